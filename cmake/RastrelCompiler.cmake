@@ -1,0 +1,33 @@
+# How every target of the project is compiled.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_package(Threads REQUIRED)
+
+add_library(rastrel_compiler INTERFACE)
+target_compile_options(rastrel_compiler INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow -Wold-style-cast -Wnon-virtual-dtor -Werror)
+target_include_directories(rastrel_compiler INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(rastrel_compiler INTERFACE Threads::Threads)
+
+if(RASTREL_SANITIZER STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+elseif(RASTREL_SANITIZER STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()
+if(RASTREL_COVERAGE)
+  add_compile_options(--coverage -O0)
+  add_link_options(--coverage)
+endif()
+
+find_program(RASTREL_CCACHE ccache)
+if(RASTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${RASTREL_CCACHE})
+endif()

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "rastrel/platform/os/outcome.h"
+
+/// The data root's layout, and how the programs and files that ship with the library get there.
+///
+///   settings.ini
+///   devices.txt                          where pages are delivered to
+///   Queue/rip/corerast.exe               the RIP
+///   Queue/rip/coreodalis.exe             the output engine
+///   Queue/rip/System/pmodes/             print modes, one folder a family
+///   Queue/rip/System/c-out/              pages being made
+///   Queue/rip/CFM/                       the spool
+///   drive_c/tmp/testpage.ps              the test page
+///   jobs/                                working copies of the command line's jobs
+namespace rastrel::host {
+
+/// Where the shipped programs (`libexec`) and files (`share`) were found: beside the library or
+/// program that asks, in an installed tree or a build tree alike, unless RASTREL_RESOURCES names
+/// another tree of the same shape. Empty texts if there are none. No closing separators.
+struct Resources {
+  std::string programs;  ///< native path; holds corerast.exe and coreodalis.exe
+  std::string files;     ///< native path; holds rip/, tmp/ and devices.txt, laid out as in the root
+};
+[[nodiscard]] Resources FindResources();
+
+/// Lays the data root out: makes what is missing, and copies in programs and files that are
+/// missing or that an earlier version of the library put there. What a user changed or put in place
+/// of ours is left alone, told by the record `Queue/.installed` (one line a file: size, time, path).
+/// Safe against other processes that do the same. A failure tells the first thing that went wrong;
+/// the rest is still tried.
+[[nodiscard]] os::Outcome<os::Done> LayOutDataRoot();
+
+/// LayOutDataRoot once a process for each root; its failure is kept for `rastrel doctor` only.
+void EnsureDataRoot();
+
+}  // namespace rastrel::host

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "rastrel/export.h"
+#include "rastrel/platform/host/base_dir.h"
+#include "rastrel/platform/host/settings.h"
+
+/// What printing needs of the program that loads the library. Each operation may be called from any
+/// thread, and none may throw.
+namespace rastrel::host {
+
+/// The store of settings.
+class RASTREL_API Settings {
+ public:
+  virtual ~Settings();
+  /// The text stored under section and key, or nothing.
+  [[nodiscard]] virtual std::optional<std::wstring> Read(const std::wstring& section,
+                                                         const std::wstring& key,
+                                                         DataStoreType store) = 0;
+  /// Stores a text. False if it could not be stored; the old value stands then.
+  [[nodiscard]] virtual bool Write(const std::wstring& section, const std::wstring& key,
+                                   const std::wstring& value, DataStoreType store) = 0;
+};
+
+/// The base directories, and those of the system.
+class RASTREL_API Directories {
+ public:
+  virtual ~Directories();
+  /// Path of a base directory without a closing separator.
+  [[nodiscard]] virtual std::wstring BaseDirectory(path_type type) = 0;
+  /// Directories of the operating system, without a closing separator; nothing where the system has
+  /// no such directory.
+  [[nodiscard]] virtual std::optional<std::wstring> WindowsDirectory() = 0;
+  [[nodiscard]] virtual std::optional<std::wstring> SystemDirectory() = 0;
+  [[nodiscard]] virtual std::optional<std::wstring> PrinterDriverDirectory() = 0;
+};
+
+/// The translation table.
+class RASTREL_API Translation {
+ public:
+  virtual ~Translation();
+  /// The text in the user's language, or nothing if the table does not have it.
+  [[nodiscard]] virtual std::optional<std::wstring> Translate(const std::wstring& text) = 0;
+};
+
+/// Hands out the three. A program that installs none gets the embedded ones: `settings.ini` and
+/// `Queue` of the data root, and texts in English with the mark removed.
+class RASTREL_API Host {
+ public:
+  virtual ~Host();
+  /// Never null; owned by the host.
+  [[nodiscard]] virtual Settings& GetSettings() = 0;
+  [[nodiscard]] virtual Directories& GetDirectories() = 0;
+  [[nodiscard]] virtual Translation& GetTranslation() = 0;
+};
+
+/// Installs a host before the library's first use. Not owned; null brings the embedded one back.
+RASTREL_API void SetHost(Host* host);
+/// The host in force. Never fails.
+[[nodiscard]] RASTREL_API Host& GetHost();
+
+}  // namespace rastrel::host

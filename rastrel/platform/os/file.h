@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/outcome.h"
+
+/// Single files and directories by library path (see path.h). Links are followed unless a line
+/// says otherwise. errno is left as the failing call set it.
+namespace rastrel::os {
+
+/// True if something of that name exists, whatever it is.
+[[nodiscard]] bool Exists(std::wstring_view path);
+/// True if it exists and is a directory.
+[[nodiscard]] bool IsDirectory(std::wstring_view path);
+/// True if it exists and this process may read it (`_waccess` mode 4). For the superuser too, a
+/// file with no read bit at all counts as unreadable only if the kernel says so.
+[[nodiscard]] bool IsReadable(std::wstring_view path);
+/// Size in bytes of a regular file; 0 if it does not exist, is of another kind or can't be asked.
+[[nodiscard]] std::uint64_t FileSize(std::wstring_view path);
+
+/// Creates one directory with mode 0777 less the umask. False if it could not, also when it exists.
+[[nodiscard]] bool MakeDirectory(std::wstring_view path);
+/// Removes a file or link (never a directory).
+[[nodiscard]] bool RemoveFile(std::wstring_view path);
+
+/// Whether the owner's write bit is off. `Failure` if the attributes can't be read.
+[[nodiscard]] Outcome<bool> IsReadOnly(std::wstring_view path);
+/// Sets the owner's write bit, and nothing else.
+[[nodiscard]] bool ClearReadOnly(std::wstring_view path);
+
+/// The whole file. `Failure` also if it is larger than `limit` bytes (error EFBIG) or not a
+/// regular file (EINVAL); never blocks on a pipe.
+[[nodiscard]] Outcome<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit);
+/// Replaces the file as a whole: a reader sees the old or the new content, never a part, also after
+/// a crash. Missing parent directories are a failure.
+[[nodiscard]] Outcome<Done> ReplaceFile(std::wstring_view path, std::string_view content);
+
+/// Opens for writing, created and truncated, mode 0666 less the umask, close-on-exec, never one of
+/// the three standard descriptors.
+[[nodiscard]] Outcome<FileDescriptor> CreateForWriting(std::wstring_view path);
+/// Opens for reading and writing, created and truncated, with mode 0600.
+[[nodiscard]] Outcome<FileDescriptor> CreateLog(std::wstring_view path);
+/// Writes all of it, going on after short writes and interruptions. False with errno set.
+[[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
+
+/// Copies one regular file over `target`, content, permission bits and modification time. By a
+/// reflink or in the kernel where the file system can.
+[[nodiscard]] Outcome<Done> CopyFileOver(std::wstring_view source, std::wstring_view target);
+
+/// Writes text to the standard error stream in one call; failures are ignored.
+void WriteToStandardError(std::string_view bytes);
+
+}  // namespace rastrel::os

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Paths as the formats write them, and the one way from them to this machine.
+///
+/// A path of the library is wide text in which '/' and '\' both separate, and which may begin with
+/// a drive letter. Only ToNative turns it into a path of the machine, and every operation of this
+/// folder that takes wide text calls it.
+namespace rastrel::os {
+
+/// The path of this machine that a library path stands for, in UTF-8:
+/// - '\' becomes '/';
+/// - a drive letter and colon become `drive_<letter>`, lower case, under DataRoot();
+/// - a component that does not exist as spelled, below a directory that does, is looked up once
+///   ignoring (ASCII) case; the first match in byte order is taken.
+/// An empty path stays empty. Components that don't exist at all are kept as spelled.
+[[nodiscard]] std::string ToNative(std::wstring_view path);
+
+/// A native path as library text: separators stay slashes.
+[[nodiscard]] std::wstring FromNative(std::string_view path);
+
+/// The root of the library's own files: $RASTREL_HOME, else `rastrel` under $XDG_DATA_HOME, else
+/// `.local/share/rastrel` under the home directory. No closing slash. Read from the environment at
+/// every call; the directory need not exist.
+[[nodiscard]] std::string DataRoot();
+
+/// The parts of a path as `_wsplitpath` makes them. drive + directory + name + extension is the
+/// path again. `drive` is a letter and its colon or empty; `directory` ends in its separator;
+/// `extension` begins with the last dot of the last component, or is empty.
+struct PathParts {
+  std::wstring drive;
+  std::wstring directory;
+  std::wstring name;
+  std::wstring extension;
+};
+[[nodiscard]] PathParts SplitPath(std::wstring_view path);
+
+/// True for '/' and '\'.
+[[nodiscard]] constexpr bool IsSeparator(wchar_t character) {
+  return character == L'/' || character == L'\\';
+}
+/// True if the text is not empty and its last character is a separator.
+[[nodiscard]] bool EndsInSeparator(std::wstring_view path);
+/// The path with a closing '\' unless it ends in a separator; an empty path becomes "\".
+[[nodiscard]] std::wstring WithClosingBackslash(std::wstring path);
+
+/// Full native path of the running program, or empty.
+[[nodiscard]] std::string ExecutablePath();
+/// Full native path of the file that holds this code (shared library or program), or empty.
+[[nodiscard]] std::string ModulePath();
+/// Present directory as a native path, or empty.
+[[nodiscard]] std::string CurrentDirectory();
+
+/// A variable of the environment, or empty if it is not set.
+[[nodiscard]] std::string EnvironmentValue(const char* name);
+
+}  // namespace rastrel::os

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rastrel/platform/os/handle.h"
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::os {
+
+/// What a child is started with. Standard streams that are 0 or invalid are this process's own.
+struct SpawnRequest {
+  std::string executable;              ///< native path; a relative one is taken from this process's directory
+  std::vector<std::string> arguments;  ///< with the program's name as first element
+  std::vector<std::string> environment;  ///< "NAME=value" each
+  std::string directory;               ///< native working directory; empty: this process's own
+  HANDLE standardInput = 0;
+  HANDLE standardOutput = 0;
+  HANDLE standardError = 0;
+};
+
+/// A running child: its descriptor, which becomes readable when it ends, and its id.
+struct ChildProcess {
+  HANDLE process = INVALID_HANDLE_VALUE;
+  std::uint32_t id = 0;
+};
+
+/// Starts a program in a session of its own, without a terminal, with default signal handling,
+/// nothing masked, and no descriptor of this process but the three. Costs the same whatever memory
+/// this process holds. A program that can't be executed is a failure here, with the error number
+/// of the exec; no child is left then.
+[[nodiscard]] Outcome<ChildProcess> Spawn(const SpawnRequest& request);
+
+/// How a child ended.
+struct ExitState {
+  bool running = false;   ///< it has not ended yet; the other fields mean nothing
+  bool byItself = false;  ///< it called exit; false if a signal ended it
+  int status = 0;         ///< exit status 0 to 255, or the signal's number
+};
+
+/// Looks whether the child has ended, and takes its end over (it is a zombie no more). Only this
+/// child is waited for; other children of the process are left alone. `Failure` if it can't be
+/// asked, for instance because somebody else in the process reaped it.
+[[nodiscard]] Outcome<ExitState> TakeExitState(HANDLE process);
+
+/// Ends the child at once (SIGKILL), waits for its end and takes it over. What it returns tells a
+/// child that had ended by itself before from one that was ended.
+[[nodiscard]] Outcome<ExitState> Terminate(HANDLE process);
+
+/// Whether a process with that id lives and this process may act on it (a signal could be sent).
+[[nodiscard]] bool CanOpenProcess(std::uint32_t id);
+
+[[nodiscard]] std::uint32_t CurrentProcessId();
+/// The kernel's number of the calling thread.
+[[nodiscard]] std::uint32_t CurrentThreadId();
+
+/// The variables of this process's environment, in order, as bytes.
+[[nodiscard]] std::vector<std::string> EnvironmentEntries();
+
+}  // namespace rastrel::os

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "rastrel/platform/os/handle.h"
+
+/// One wait over several handles, with the numbers that supervisors tell its results by.
+namespace rastrel::os {
+
+inline constexpr std::uint32_t WaitSignaledBase = 0;    ///< plus the index of the handle
+inline constexpr std::uint32_t WaitAbandonedBase = 128; ///< plus the index; no wait here returns it
+inline constexpr std::uint32_t WaitTimeout = 258;
+inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF; ///< errno tells why
+inline constexpr std::size_t WaitLimit = 64;            ///< handles in one wait
+
+/// Waits without a time limit until one of the handles is signalled: a semaphore with a count (which
+/// the wait takes one from), a process that ended. Returns WaitSignaledBase + the lowest index.
+/// No handles, or more than WaitLimit: WaitFailed. Goes on after an interruption.
+[[nodiscard]] std::uint32_t WaitForAny(std::span<const HANDLE> handles);
+
+/// Makes a counter that WaitForAny can wait for, with the count given. Invalid with errno set on
+/// failure. Never one of the three standard descriptors.
+[[nodiscard]] HANDLE CreateSemaphoreHandle(unsigned count);
+/// Adds one. Never blocks.
+void ReleaseSemaphoreHandle(HANDLE semaphore);
+/// Takes one, waiting for it without a time limit. False if the wait failed.
+[[nodiscard]] bool AcquireSemaphoreHandle(HANDLE semaphore);
+/// The present count.
+[[nodiscard]] unsigned SemaphoreCount(HANDLE semaphore);
+
+}  // namespace rastrel::os
