@@ -1,0 +1,186 @@
+"""Shows that each check of this folder notices the fault that it is there for."""
+
+import os
+import pathlib
+import sys
+import tempfile
+import unittest
+
+import documentation_examples
+import documented_interface
+import exported_symbols
+import file_sizes
+import headers_compile_alone
+import include_rules
+import sources
+import system_headers
+import tests_are_built
+
+
+class Tree(unittest.TestCase):
+    """A small source tree to look at."""
+
+    def setUp(self):
+        place = tempfile.TemporaryDirectory()
+        self.addCleanup(place.cleanup)
+        self.root = pathlib.Path(place.name)
+
+    def write(self, name, text):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+
+
+class IncludeRules(Tree):
+    RULES = {"rastrel": ["*"], "rastrel/low": [], "rastrel/high": ["rastrel/low"], "cli": ["*"]}
+
+    def test_an_arrow_upward_is_a_fault(self):
+        self.write("rastrel/low/a.cpp", '#include "rastrel/high/b.h"\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES),
+                         ["rastrel/low/a.cpp:1: rastrel/low may not include rastrel/high/b.h"])
+
+    def test_an_arrow_downward_and_the_own_folder_are_fine(self):
+        self.write("rastrel/high/a.cpp",
+                   '#include "rastrel/high/a.h"\n#include "rastrel/low/b.h"\n'
+                   '#include "rastrel/export.h"\n#include <string>\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES), [])
+
+    def test_a_folder_that_the_table_does_not_name_is_a_fault(self):
+        self.write("rastrel/new/a.cpp", "")
+        self.assertEqual(len(include_rules.check(self.root, self.RULES)), 1)
+
+    def test_an_include_that_is_not_written_from_the_root_is_a_fault(self):
+        self.write("rastrel/high/a.cpp", '#include "a.h"\n')
+        self.assertEqual(len(include_rules.check(self.root, self.RULES)), 1)
+
+    def test_a_circle_in_the_table_is_a_fault(self):
+        rules = {"rastrel/a": ["rastrel/b"], "rastrel/b": ["rastrel/a"]}
+        self.assertEqual(len(include_rules.check(self.root, rules)), 2)
+
+
+class SystemHeaders(Tree):
+    def test_a_system_header_in_the_library_is_a_fault(self):
+        self.write("rastrel/job/a.cpp", "#include <unistd.h>\n")
+        self.assertEqual(system_headers.check(self.root, set()),
+                         ["rastrel/job/a.cpp:1: <unistd.h> outside rastrel/platform"])
+
+    def test_the_platform_may_and_so_may_a_folder_that_the_table_names(self):
+        self.write("rastrel/platform/os/a.cpp", "#include <unistd.h>\n")
+        self.write("children/a.cpp", "#include <png.h>\n#include <vector>\n")
+        self.assertEqual(system_headers.check(self.root, {("children", "png.h")}), [])
+
+    def test_a_named_header_is_allowed_in_its_folder_only(self):
+        self.write("rastrel/job/a.cpp", "#include <png.h>\n")
+        self.assertEqual(len(system_headers.check(self.root, {("children", "png.h")})), 1)
+
+
+class HeadersCompileAlone(Tree):
+    COMPILER = os.environ.get("CXX", "c++").split()
+
+    def test_a_header_that_leans_on_its_includer_is_a_fault(self):
+        self.write("rastrel/a.h", "#pragma once\ninline std::string Text() { return {}; }\n")
+        self.write("rastrel/b.h", "#pragma once\ninline int Number() { return 1; }\n")
+        faults = headers_compile_alone.check(str(self.root), self.COMPILER,
+                                             ["rastrel/a.h", "rastrel/b.h"])
+        self.assertEqual(len(faults), 1)
+        self.assertIn("rastrel/a.h", faults[0])
+
+    def test_a_header_without_a_guard_is_a_fault(self):
+        self.write("rastrel/a.h", "struct Twice {};\n")
+        self.assertEqual(len(headers_compile_alone.check(str(self.root), self.COMPILER,
+                                                         ["rastrel/a.h"])), 1)
+
+
+class FileSizes(Tree):
+    def test_a_file_over_the_limit_is_a_fault_and_one_at_it_is_not(self):
+        self.write("rastrel/a.cpp", "//\n" * 600)
+        self.write("rastrel/b.cpp", "//\n" * 601)
+        self.assertEqual(file_sizes.check(self.root, ("rastrel",)),
+                         ["rastrel/b.cpp: 601 lines, more than 600"])
+
+
+class TestsAreBuilt(Tree):
+    def test_a_test_that_is_not_compiled_is_a_fault(self):
+        self.write("tests/a_test.cpp", "")
+        self.write("tests/b_test.cpp", "")
+        compiled = {str((self.root / "tests/a_test.cpp").resolve())}
+        self.assertEqual(tests_are_built.check(self.root, compiled), ["tests/b_test.cpp: not built"])
+
+
+class ExportedSymbols(unittest.TestCase):
+    def test_all_that_belongs_to_a_class_of_the_interface_is_fine(self):
+        symbols = ["CFile::Open(wchar_t const*, unsigned int)", "vtable for CFile",
+                   "typeinfo name for CFile", "non-virtual thunk to CFile::~CFile()",
+                   "CFile::Name[abi:cxx11]() const", "operator<<(CArchive&, COleDateTime const&)"]
+        self.assertEqual(exported_symbols.check(symbols, ["CFile", "operator<<"]), [])
+
+    def test_a_name_of_the_inside_is_a_fault(self):
+        self.assertEqual(len(exported_symbols.check(
+            ["CFile::Close()", "rastrel::os::ToNative(std::basic_string_view)", "vtable for Inner",
+             "CFileInner::Do()"], ["CFile"])), 3)
+
+    def test_a_missing_part_of_the_interface_is_a_fault(self):
+        self.assertEqual(exported_symbols.check(["CFile::Close()"], ["CFile", "TestPrint"]),
+                         ["TestPrint: part of the interface, and not exported"])
+
+
+class DocumentedInterface(unittest.TestCase):
+    def undocumented(self, text):
+        return [line for line, _ in documented_interface.undocumented(text)]
+
+    def test_functions_and_classes_without_a_comment_are_listed(self):
+        self.assertEqual(self.undocumented("int One();\n\n/// Said.\nint Two();\n"), [1])
+        self.assertEqual(self.undocumented("class One {\n public:\n  int Two();\n};\n"), [1, 3])
+
+    def test_a_block_shares_the_comment_above_it_up_to_an_empty_line(self):
+        self.assertEqual(self.undocumented("/// Said.\nint A();\nint B();\n\nint C();\n"), [5])
+
+    def test_a_comment_at_the_end_of_a_line_counts_for_that_line_alone(self):
+        self.assertEqual(self.undocumented("int a;  ///< said\nint b;\n"), [2])
+
+    def test_private_members_bodies_and_macros_are_passed_over(self):
+        self.assertEqual(self.undocumented(
+            "#define M(x) int x();\n/// Said.\nclass One {\n  int m_A = 0;\n public:\n"
+            "  /// Said.\n  int B() { int c = 1; return c; }\n\n private:\n  void D();\n};\n"), [])
+
+    def test_what_needs_no_words_is_left_out(self):
+        self.assertEqual(self.undocumented(
+            "/// Said.\nstruct One {\n\n  ~One();\n\n  One(const One&) = delete;\n\n"
+            "  int Two() override;\n};\n"), [])
+
+
+class DocumentationExamples(Tree):
+    def check(self, text):
+        self.write("README.md", text)
+        self.write("examples/a.ps", "%!PS\n")
+        return documentation_examples.check(self.root, self.root, HeadersCompileAlone.COMPILER)
+
+    def test_a_failing_example_is_a_fault(self):
+        faults, count = self.check("```sh example\ntest -f examples/a.ps\n```\n"
+                                   "```sh example\nfalse\ntrue\n```\n")
+        self.assertEqual((len(faults), count), (1, 2))
+        self.assertIn("README.md:4", faults[0])
+
+    def test_an_unmarked_block_is_a_fault_and_a_reason_is_asked_for(self):
+        faults, count = self.check("```sh\ntrue\n```\n```sh by-hand:\ntrue\n```\n"
+                                   "```sh by-hand: needs a printer\nfalse\n```\n```text\nno\n```\n")
+        self.assertEqual((len(faults), count), (2, 0))
+
+    def test_an_example_that_does_not_compile_is_a_fault(self):
+        faults, count = self.check("```cpp example\nint f();\n```\n```cpp example\nint f(;\n```\n")
+        self.assertEqual((len(faults), count), (1, 2))
+
+
+class PublicHeaders(Tree):
+    def test_they_are_what_the_umbrella_reaches(self):
+        self.write("rastrel/rastrel.h", '#include "rastrel/job/a.h"\n')
+        self.write("rastrel/job/a.h", '#include "rastrel/job/b.h"\n#include <string>\n')
+        self.write("rastrel/job/b.h", '#include "rastrel/job/a.h"\n')
+        self.write("rastrel/job/inner.h", "")
+        self.assertEqual(sources.public_headers(self.root),
+                         ["rastrel/job/a.h", "rastrel/job/b.h", "rastrel/rastrel.h"])
+
+
+if __name__ == "__main__":
+    sys.dont_write_bytecode = True
+    unittest.main()

@@ -1,0 +1,69 @@
+"""Fails on an include that the table include_rules.txt does not allow.
+
+usage: include_rules.py ROOT [TABLE]
+"""
+
+import pathlib
+import sys
+
+import sources
+
+
+def read_rules(file):
+    rules = {}
+    for line in sources.table(file):
+        folder, allowed = line.split(":")
+        rules[folder.strip()] = allowed.split()
+    return rules
+
+
+def circles(rules):
+    """Folders of the library from which the arrows lead back to themselves."""
+    def reached(folder, seen):
+        for other in rules.get(folder, []):
+            if other != "*" and other not in seen:
+                seen.add(other)
+                reached(other, seen)
+        return seen
+    return [f"{folder}: the table leads from it back to it"
+            for folder in rules if folder in reached(folder, set())]
+
+
+def folder_of(file, rules):
+    """The longest folder of the table that the file lies in, or None."""
+    parts = pathlib.PurePosixPath(file).parts[:-1]
+    for length in range(len(parts), 0, -1):
+        folder = "/".join(parts[:length])
+        if folder in rules:
+            return folder
+    return None
+
+
+def check(root, rules):
+    faults = circles(rules)
+    for file in sources.files(root, sources.EVERYTHING):
+        own = folder_of(file, rules)
+        if own is None or (own == "rastrel" and file.count("/") > 1):
+            faults.append(f"{file}: its folder is not in the table of include rules")
+            continue
+        for line, quoted, name in sources.includes(root, file):
+            inside = name.startswith(("rastrel/", "children/", "cli/"))
+            if quoted and not inside and own not in ("tests", "bench", "fuzz"):
+                faults.append(f"{file}:{line}: \"{name}\" is not written from the root")
+            if not inside or name == "rastrel/export.h":
+                continue
+            other = folder_of(name, rules)
+            if other != own and other not in rules[own] and "*" not in rules[own]:
+                faults.append(f"{file}:{line}: {own} may not include {name}")
+    return faults
+
+
+def main():
+    root = sys.argv[1]
+    table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
+    count = len(sources.files(root, sources.EVERYTHING))
+    sources.finish(check(root, read_rules(table)), f"{count} files keep to the include rules")
+
+
+if __name__ == "__main__":
+    main()
