@@ -3,26 +3,29 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
-#include <string_view>
 
+/// The check sum of page files: SHA-256 of FIPS 180-4.
 namespace rastrel::children {
 
-/// SHA-256 (FIPS 180-4) of bytes that come in pieces.
+/// Takes bytes in pieces of any size and gives their check sum.
 class Sha256 {
  public:
-  /// Takes more bytes. REQUIRES: Finish has not been called.
-  void Add(std::string_view bytes);
-  /// 64 lower-case hexadecimal digits for all bytes taken.
+  Sha256();
+  /// Adds bytes.
+  void Add(std::span<const std::byte> bytes);
+  void Add(const void* bytes, std::size_t count) {
+    Add({static_cast<const std::byte*>(bytes), count});
+  }
+  /// The sum of all that was added, as 64 lower-case hexadecimal digits. Nothing is added afterwards.
   [[nodiscard]] std::string Finish();
 
  private:
-  void TakeBlock(const unsigned char* block);
-
-  std::array<std::uint32_t, 8> m_State = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                          0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-  std::array<unsigned char, 64> m_Block{};
-  std::uint64_t m_Taken = 0;  ///< bytes, the ones in m_Block included
+  std::array<std::uint32_t, 8> m_State;
+  std::array<std::byte, 64> m_Block{};
+  std::size_t m_Filled = 0;
+  std::uint64_t m_Length = 0;
 };
 
 }  // namespace rastrel::children
