@@ -21,10 +21,21 @@ namespace rastrel::os {
 /// Size in bytes of a regular file; 0 if it does not exist, is of another kind or can't be asked.
 [[nodiscard]] std::uint64_t FileSize(std::wstring_view path);
 
+/// What tells one state of a file from another.
+struct FileStamp {
+  std::uint64_t size = 0;     ///< bytes
+  std::int64_t modified = 0;  ///< time of the last change, nanoseconds since 1970
+  bool operator==(const FileStamp&) const = default;
+};
+[[nodiscard]] Outcome<FileStamp> StampOf(std::wstring_view path);
+
 /// Creates one directory with mode 0777 less the umask. False if it could not, also when it exists.
 [[nodiscard]] bool MakeDirectory(std::wstring_view path);
 /// Removes a file or link (never a directory).
 [[nodiscard]] bool RemoveFile(std::wstring_view path);
+/// Gives a file another name on the same file system, in place of what had that name. False with
+/// errno set.
+[[nodiscard]] bool RenameFile(std::wstring_view source, std::wstring_view target);
 
 /// Whether the owner's write bit is off. `Failure` if the attributes can't be read.
 [[nodiscard]] Outcome<bool> IsReadOnly(std::wstring_view path);
@@ -43,6 +54,8 @@ namespace rastrel::os {
 [[nodiscard]] Outcome<FileDescriptor> CreateForWriting(std::wstring_view path);
 /// Opens for reading and writing, created and truncated, with mode 0600.
 [[nodiscard]] Outcome<FileDescriptor> CreateLog(std::wstring_view path);
+/// Opens for reading, close-on-exec, never one of the three standard descriptors.
+[[nodiscard]] Outcome<FileDescriptor> OpenForReading(std::wstring_view path);
 /// Writes all of it, going on after short writes and interruptions. False with errno set.
 [[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
 

@@ -28,6 +28,8 @@ struct SystemCalls {
   ssize_t (*read)(int descriptor, void* bytes, size_t count);
   ssize_t (*write)(int descriptor, const void* bytes, size_t count);
   int (*duplicate)(int descriptor, int lowest);  ///< close-on-exec copy, at `lowest` or above
+  ssize_t (*copy_range)(int source, off64_t* sourceOffset, int target, off64_t* targetOffset,
+                        size_t count, unsigned flags);
   int (*thread_create)(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                        void* argument);  ///< returns an error number
 };

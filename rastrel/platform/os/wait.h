@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -26,7 +27,9 @@ inline constexpr std::size_t WaitLimit = 64;            ///< handles in one wait
 void ReleaseSemaphoreHandle(HANDLE semaphore);
 /// Takes one, waiting for it without a time limit. False if the wait failed.
 [[nodiscard]] bool AcquireSemaphoreHandle(HANDLE semaphore);
-/// The present count.
+/// Takes one if there is one, and never waits. False if there was none.
+[[nodiscard]] bool TryAcquireSemaphoreHandle(HANDLE semaphore);
+/// The present count; 0 for what is no semaphore.
 [[nodiscard]] unsigned SemaphoreCount(HANDLE semaphore);
 
 }  // namespace rastrel::os

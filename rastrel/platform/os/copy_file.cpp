@@ -1,0 +1,99 @@
+#include "rastrel/platform/os/copy_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/system_calls.h"
+
+namespace rastrel::os {
+namespace {
+
+constexpr std::size_t Piece = std::size_t{256} << 10;
+
+FileDescriptor OpenSource(FileAt source, LinksInSource links, struct stat& state) {
+  const int flags = links == LinksInSource::Refused ? O_NOFOLLOW : 0;
+  // Not blocking: a pipe in the place of a file must not hold the copy up.
+  FileDescriptor file(::openat(source.directory, source.name,
+                               O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags));
+  if (!file.IsOpen() || ::fstat(file.Get(), &state) != 0) return {};
+  if (S_ISREG(state.st_mode)) return file;
+  errno = EINVAL;
+  return {};
+}
+
+// Opens the target empty. The source itself is recognised before anything is cut off.
+FileDescriptor OpenTarget(FileAt target, const struct stat& source) {
+  const int flags = O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  const mode_t mode = (source.st_mode & 0777U) | S_IWUSR;
+  FileDescriptor file(::openat(target.directory, target.name, flags | O_CREAT | O_EXCL, mode));
+  if (file.IsOpen() || errno != EEXIST) return file;
+  file.Reset(::openat(target.directory, target.name, flags | O_CREAT, mode));
+  struct stat state {};
+  if (!file.IsOpen() || ::fstat(file.Get(), &state) != 0) return {};
+  const bool same = state.st_dev == source.st_dev && state.st_ino == source.st_ino;
+  if (same || !S_ISREG(state.st_mode)) {
+    errno = EINVAL;
+    return {};
+  }
+  if (::ftruncate(file.Get(), 0) != 0) return {};
+  return file;
+}
+
+bool CopyThroughBuffer(int source, int target) {
+  // Left as it comes: clearing it would cost as much as a small file's copy.
+  const std::unique_ptr<char[]> buffer(new char[Piece]);
+  for (;;) {
+    const long got = ReadSome(source, buffer.get(), Piece);
+    if (got <= 0) return got == 0;
+    if (!WriteAll(target, {buffer.get(), static_cast<std::size_t>(got)})) return false;
+  }
+}
+
+bool CopyContent(int source, int target, std::uint64_t size) {
+  std::uint64_t left = size;
+  while (left > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, 1U << 30));
+    const ssize_t copied = Calls().copy_range(source, nullptr, target, nullptr, wanted, 0);
+    if (copied < 0 && errno == EINTR) continue;
+    if (copied <= 0) break;
+    left -= static_cast<std::uint64_t>(copied);
+  }
+  // What the kernel can't copy by itself (another file system, one that does not know how) goes
+  // through memory, from where it stopped. Files of the proc file system have no size to go by.
+  return (size > 0 && left == 0) || CopyThroughBuffer(source, target);
+}
+
+const char* Fill(int source, int target, const struct stat& state) {
+  if (!CopyContent(source, target, static_cast<std::uint64_t>(state.st_size))) return "write";
+  if (::fchmod(target, state.st_mode & 0777U) != 0) return "fchmod";
+  const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, state.st_mtim};
+  return ::futimens(target, times) != 0 ? "futimens" : nullptr;
+}
+
+}  // namespace
+
+const char* CopyFileAt(FileAt source, FileAt target, LinksInSource links) {
+  struct stat state {};
+  const FileDescriptor from = OpenSource(source, links, state);
+  if (!from.IsOpen()) return "open";
+  const FileDescriptor to = OpenTarget(target, state);
+  if (!to.IsOpen()) return "create";
+  const char* failed = Fill(from.Get(), to.Get(), state);
+  if (failed != nullptr) {
+    const int error = errno;
+    ::unlinkat(target.directory, target.name, 0);
+    errno = error;
+  }
+  return failed;
+}
+
+}  // namespace rastrel::os

@@ -1,0 +1,220 @@
+#include "rastrel/platform/os/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+
+#include "rastrel/platform/os/copy_file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/quiet_write.h"
+#include "rastrel/platform/os/system_calls.h"
+
+namespace rastrel::os {
+namespace {
+
+constexpr std::size_t ReadPiece = std::size_t{256} << 10;
+
+Failure FailureOf(const char* operation, std::string subject) {
+  const int error = errno;
+  return {operation, std::move(subject), error};
+}
+
+Outcome<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
+  int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
+  if (descriptor < 0) return FailureOf("open", path);
+  return FileDescriptor(descriptor);
+}
+
+// Reads to the end. `expected` is only a first guess: files of the proc file system tell 0.
+Outcome<std::string> ReadToEnd(int descriptor, const std::string& path, std::uint64_t expected,
+                               std::uint64_t limit) {
+  std::string content;
+  std::size_t used = 0;
+  for (;;) {
+    const std::uint64_t left = used < expected ? expected - used : 0;
+    const std::uint64_t piece = std::clamp<std::uint64_t>(left + 1, 4096, ReadPiece);
+    content.resize(std::max(content.size(), used + static_cast<std::size_t>(piece)));
+    const long got = ReadSome(descriptor, content.data() + used, static_cast<std::size_t>(piece));
+    if (got < 0) return FailureOf("read", path);
+    used += static_cast<std::size_t>(got);
+    if (used > limit) return Failure{"read", path, EFBIG};
+    if (got == 0) break;
+  }
+  content.resize(used);
+  return content;
+}
+
+// A file in the directory of `target` under a name that nothing else has.
+Outcome<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
+  static std::atomic<unsigned> next{0};
+  const std::size_t separator = target.rfind('/');
+  const std::string directory =
+      separator == std::string::npos ? std::string() : target.substr(0, separator + 1);
+  for (;;) {
+    name = directory + ".rastrel-" + std::to_string(CurrentProcessId()) + "-" +
+           std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + ".tmp";
+    Outcome<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    if (file || file.Error().error != EEXIST) return file;
+  }
+}
+
+// The directory keeps the new name over a crash only when it has been written itself. Not every
+// file system lets a directory be written, and the content is safe by then.
+void SyncDirectoryOf(const std::string& path) {
+  const std::size_t separator = path.rfind('/');
+  const std::string directory =
+      separator == std::string::npos ? "." : path.substr(0, separator + 1);
+  const FileDescriptor handle(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (handle.IsOpen()) ::fsync(handle.Get());
+}
+
+// Returns the call that failed, or null.
+const char* FillAndRename(const FileDescriptor& file, const std::string& temporary,
+                          const std::string& target, std::string_view content,
+                          const struct stat* old) {
+  if (!WriteAll(file.Get(), content)) return "write";
+  if (old != nullptr && ::fchmod(file.Get(), old->st_mode & 07777U) != 0) return "fchmod";
+  if (::fsync(file.Get()) != 0) return "fsync";
+  return ::rename(temporary.c_str(), target.c_str()) != 0 ? "rename" : nullptr;
+}
+
+// Where a link leads, so that replacing leaves the link in place.
+std::string BehindLinks(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), std::free);
+  return real ? real.get() : path;
+}
+
+}  // namespace
+
+bool Exists(std::wstring_view path) {
+  struct stat state {};
+  return ::stat(ToNative(path).c_str(), &state) == 0;
+}
+
+bool IsDirectory(std::wstring_view path) {
+  struct stat state {};
+  return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+bool IsReadable(std::wstring_view path) {
+  return ::faccessat(AT_FDCWD, ToNative(path).c_str(), R_OK, AT_EACCESS) == 0;
+}
+
+std::uint64_t FileSize(std::wstring_view path) {
+  struct stat state {};
+  if (::stat(ToNative(path).c_str(), &state) != 0 || !S_ISREG(state.st_mode)) return 0;
+  return static_cast<std::uint64_t>(state.st_size);
+}
+
+Outcome<FileStamp> StampOf(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  struct stat state {};
+  if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
+  return FileStamp{.size = static_cast<std::uint64_t>(state.st_size),
+                   .modified = static_cast<std::int64_t>(state.st_mtim.tv_sec) * 1'000'000'000 +
+                               state.st_mtim.tv_nsec};
+}
+
+bool MakeDirectory(std::wstring_view path) { return ::mkdir(ToNative(path).c_str(), 0777) == 0; }
+
+bool RemoveFile(std::wstring_view path) { return ::unlink(ToNative(path).c_str()) == 0; }
+
+bool RenameFile(std::wstring_view source, std::wstring_view target) {
+  return ::rename(ToNative(source).c_str(), ToNative(target).c_str()) == 0;
+}
+
+Outcome<bool> IsReadOnly(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  struct stat state {};
+  if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
+  return (state.st_mode & S_IWUSR) == 0;
+}
+
+bool ClearReadOnly(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  struct stat state {};
+  return ::stat(native.c_str(), &state) == 0 &&
+         ::chmod(native.c_str(), (state.st_mode & 07777U) | S_IWUSR) == 0;
+}
+
+Outcome<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit) {
+  const std::string native = ToNative(path);
+  const Outcome<FileDescriptor> file = Open(native, O_RDONLY | O_NONBLOCK, 0);
+  if (!file) return file.Error();
+  struct stat state {};
+  if (::fstat(file->Get(), &state) != 0) return FailureOf("fstat", native);
+  if (!S_ISREG(state.st_mode)) return Failure{"read", native, EINVAL};
+  const auto size = static_cast<std::uint64_t>(state.st_size);
+  if (size > limit) return Failure{"read", native, EFBIG};
+  return ReadToEnd(file->Get(), native, size, limit);
+}
+
+Outcome<Done> ReplaceFile(std::wstring_view path, std::string_view content) {
+  const std::string target = BehindLinks(ToNative(path));
+  struct stat old {};
+  const bool existed = ::stat(target.c_str(), &old) == 0;
+  if (existed && !S_ISREG(old.st_mode))
+    return Failure{"rename", target, S_ISDIR(old.st_mode) ? EISDIR : EINVAL};
+  std::string temporary;
+  const Outcome<FileDescriptor> file = OpenBeside(target, temporary);
+  if (!file) return file.Error();
+  const char* failed = FillAndRename(*file, temporary, target, content, existed ? &old : nullptr);
+  if (failed != nullptr) {
+    const Failure failure = FailureOf(failed, target);
+    ::unlink(temporary.c_str());
+    return failure;
+  }
+  SyncDirectoryOf(target);
+  return Done{};
+}
+
+Outcome<FileDescriptor> CreateForWriting(std::wstring_view path) {
+  return Open(ToNative(path), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+}
+
+Outcome<FileDescriptor> CreateLog(std::wstring_view path) {
+  return Open(ToNative(path), O_RDWR | O_CREAT | O_TRUNC, 0600);
+}
+
+Outcome<FileDescriptor> OpenForReading(std::wstring_view path) {
+  return Open(ToNative(path), O_RDONLY, 0);
+}
+
+bool WriteAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = Calls().write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    if (written == 0) {
+      errno = EIO;
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+Outcome<Done> CopyFileOver(std::wstring_view source, std::wstring_view target) {
+  const std::string from = ToNative(source);
+  const std::string to = ToNative(target);
+  const char* failed =
+      CopyFileAt({AT_FDCWD, from.c_str()}, {AT_FDCWD, to.c_str()}, LinksInSource::Followed);
+  if (failed != nullptr) return FailureOf(failed, std::string(failed) == "open" ? from : to);
+  return Done{};
+}
+
+void WriteToStandardError(std::string_view bytes) {
+  if (WriteWithoutSignal(STDERR_FILENO, bytes.data(), bytes.size()) < 0) return;
+}
+
+}  // namespace rastrel::os

@@ -1,0 +1,204 @@
+#include "rastrel/platform/os/path.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <link.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::os {
+namespace {
+
+constexpr bool IsAsciiLetter(char32_t character) {
+  return (character >= U'a' && character <= U'z') || (character >= U'A' && character <= U'Z');
+}
+
+constexpr char LowerAsciiByte(char byte) {
+  return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+bool HasDrive(std::wstring_view path) {
+  return path.size() >= 2 && path[1] == L':' && IsAsciiLetter(static_cast<char32_t>(path[0]));
+}
+
+bool IsThere(const std::string& path) {
+  struct stat state {};
+  return ::lstat(path.c_str(), &state) == 0;
+}
+
+bool SameIgnoringCase(std::string_view one, std::string_view other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char left, char right) {
+    return LowerAsciiByte(left) == LowerAsciiByte(right);
+  });
+}
+
+// The name in the directory that equals `name` but for case, or empty. Several: the first in byte
+// order, so that the answer does not change with the order of the file system.
+std::string FindIgnoringCase(const std::string& directory, std::string_view name) {
+  std::string found;
+  if (std::none_of(name.begin(), name.end(),
+                   [](char byte) { return IsAsciiLetter(static_cast<unsigned char>(byte)); }))
+    return found;
+  const std::unique_ptr<DIR, int (*)(DIR*)> listing(
+      ::opendir(directory.empty() ? "." : directory.c_str()), ::closedir);
+  if (!listing) return found;
+  while (const dirent* entry = ::readdir(listing.get())) {
+    const std::string_view candidate = entry->d_name;
+    if (SameIgnoringCase(candidate, name) && (found.empty() || candidate < found))
+      found = candidate;
+  }
+  return found;
+}
+
+// Follows `path` from `fixed`, which is taken as it stands, component by component.
+std::string ResolveCase(const std::string& path, std::size_t fixed) {
+  std::string resolved = path.substr(0, fixed);
+  std::size_t position = fixed;
+  while (position < path.size()) {
+    const std::size_t begin = std::min(path.find_first_not_of('/', position), path.size());
+    const std::size_t end = std::min(path.find('/', begin), path.size());
+    resolved.append(path, position, begin - position);
+    const std::string_view name = std::string_view(path).substr(begin, end - begin);
+    const std::string candidate = resolved + std::string(name);
+    if (name.empty() || IsThere(candidate)) {
+      resolved = candidate;
+    } else {
+      const std::string found = FindIgnoringCase(resolved, name);
+      if (found.empty()) return resolved + path.substr(begin);
+      resolved += found;
+    }
+    position = end;
+  }
+  return resolved;
+}
+
+std::string HomeDirectory() {
+  std::string home = EnvironmentValue("HOME");
+  if (!home.empty()) return home;
+  std::vector<char> buffer(16384);
+  passwd entry{};
+  passwd* found = nullptr;
+  if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+      found != nullptr && found->pw_dir != nullptr)
+    home = found->pw_dir;
+  return home;
+}
+
+std::string WithoutClosingSlashes(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+std::string ConfiguredDataRoot() {
+  const std::string own = EnvironmentValue("RASTREL_HOME");
+  if (!own.empty()) return own;
+  // The XDG base directory rules tell to ignore a relative path.
+  const std::string data = EnvironmentValue("XDG_DATA_HOME");
+  if (data.starts_with('/')) return WithoutClosingSlashes(data) + "/rastrel";
+  return WithoutClosingSlashes(HomeDirectory()) + "/.local/share/rastrel";
+}
+
+}  // namespace
+
+std::string ToNative(std::wstring_view path) {
+  if (path.empty()) return {};
+  std::string native;
+  std::size_t fixed = 0;
+  const bool drive = HasDrive(path);
+  if (drive) {
+    native = DataRoot() + "/drive_";
+    native += LowerAsciiByte(static_cast<char>(path[0]));
+    fixed = native.size();
+    path.remove_prefix(2);
+    if (!path.empty() && !IsSeparator(path[0])) native += '/';
+  }
+  const std::size_t begin = native.size();
+  AppendUtf8FromWide(native, path);
+  std::replace(native.begin() + static_cast<std::ptrdiff_t>(begin), native.end(), '\\', '/');
+  // Nearly every path exists as it is spelled. Only a missing component is worth a search: a
+  // component that is no directory, or may not be searched, exists.
+  struct stat state {};
+  if (::lstat(native.c_str(), &state) == 0 || errno != ENOENT) return native;
+  return ResolveCase(native, fixed);
+}
+
+std::wstring FromNative(std::string_view path) { return WideFromUtf8(path); }
+
+std::string DataRoot() {
+  // Children get paths below the root and run in another directory.
+  std::string root = WithoutClosingSlashes(ConfiguredDataRoot());
+  if (!root.starts_with('/')) root = CurrentDirectory() + "/" + root;
+  return root;
+}
+
+PathParts SplitPath(std::wstring_view path) {
+  PathParts parts;
+  if (HasDrive(path)) {
+    parts.drive = path.substr(0, 2);
+    path.remove_prefix(2);
+  }
+  const std::size_t separator = path.find_last_of(L"/\\");
+  if (separator != std::wstring_view::npos) {
+    parts.directory = path.substr(0, separator + 1);
+    path.remove_prefix(separator + 1);
+  }
+  const std::size_t dot = std::min(path.find_last_of(L'.'), path.size());
+  parts.name = path.substr(0, dot);
+  parts.extension = path.substr(dot);
+  return parts;
+}
+
+bool EndsInSeparator(std::wstring_view path) { return !path.empty() && IsSeparator(path.back()); }
+
+std::wstring WithClosingBackslash(std::wstring path) {
+  if (!EndsInSeparator(path)) path += L'\\';
+  return path;
+}
+
+std::string ExecutablePath() {
+  std::string path(256, '\0');
+  for (;;) {
+    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
+    if (length < 0) return {};
+    if (static_cast<std::size_t>(length) < path.size()) {
+      path.resize(static_cast<std::size_t>(length));
+      return path;
+    }
+    path.resize(path.size() * 2);
+  }
+}
+
+std::string ModulePath() {
+  Dl_info information{};
+  void* extra = nullptr;
+  static const char hereInThisModule = 0;
+  if (::dladdr1(&hereInThisModule, &information, &extra, RTLD_DL_LINKMAP) == 0) return {};
+  // The program itself has no name in the loader's list.
+  const auto* module = static_cast<const link_map*>(extra);
+  if (module == nullptr || module->l_name == nullptr || *module->l_name == '\0')
+    return ExecutablePath();
+  const std::unique_ptr<char, void (*)(void*)> path(::realpath(module->l_name, nullptr), std::free);
+  return path ? path.get() : std::string();
+}
+
+std::string CurrentDirectory() {
+  const std::unique_ptr<char, void (*)(void*)> path(::getcwd(nullptr, 0), std::free);
+  return path ? path.get() : std::string();
+}
+
+std::string EnvironmentValue(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : std::string();
+}
+
+}  // namespace rastrel::os

@@ -1,0 +1,36 @@
+#include "rastrel/platform/os/system_calls.h"
+
+#include <sys/eventfd.h>
+#include <sys/mman.h>
+#include <sys/pidfd.h>
+#include <unistd.h>
+
+namespace rastrel::os {
+
+SystemCalls& Calls() {
+  static SystemCalls calls = {
+      .pipe2 = ::pipe2,
+      .eventfd = ::eventfd,
+      .set_pipe_size =
+          [](int descriptor, int bytes) {
+            // The call tells the size on new kernels and 0 on old ones.
+            const int granted = ::fcntl(descriptor, F_SETPIPE_SZ, bytes);
+            return granted == 0 ? ::fcntl(descriptor, F_GETPIPE_SZ) : granted;
+          },
+      .memory_file = ::memfd_create,
+      .spawn = ::posix_spawn,
+      .pidfd_open = ::pidfd_open,
+      .pidfd_send_signal = ::pidfd_send_signal,
+      .waitid = ::waitid,
+      .poll = ::poll,
+      .read = ::read,
+      .write = ::write,
+      .duplicate = [](int descriptor,
+                      int lowest) { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, lowest); },
+      .copy_range = ::copy_file_range,
+      .thread_create = ::pthread_create,
+  };
+  return calls;
+}
+
+}  // namespace rastrel::os

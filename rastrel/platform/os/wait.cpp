@@ -1,0 +1,95 @@
+#include "rastrel/platform/os/wait.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/system_calls.h"
+
+namespace rastrel::os {
+namespace {
+
+enum class Taken { Yes, Raced, Failed };
+
+// Takes what a readable handle signals. A semaphore loses one count, which another waiter may have
+// taken first. A process has nothing to take: the kernel refuses to read a pidfd with EINVAL.
+Taken TakeSignal(HANDLE handle) {
+  std::uint64_t count = 0;
+  for (;;) {
+    if (Calls().read(handle, &count, sizeof count) >= 0) return Taken::Yes;
+    if (errno == EINVAL) return Taken::Yes;
+    if (errno == EAGAIN) return Taken::Raced;
+    if (errno != EINTR) return Taken::Failed;
+  }
+}
+
+bool PollOn(pollfd* entries, nfds_t count) {
+  while (Calls().poll(entries, count, -1) < 0)
+    if (errno != EINTR) return false;
+  return true;
+}
+
+}  // namespace
+
+std::uint32_t WaitForAny(std::span<const HANDLE> handles) {
+  if (handles.empty() || handles.size() > WaitLimit) {
+    errno = EINVAL;
+    return WaitFailed;
+  }
+  std::array<pollfd, WaitLimit> entries{};
+  for (std::size_t index = 0; index < handles.size(); ++index)
+    entries[index] = {.fd = handles[index], .events = POLLIN, .revents = 0};
+  for (;;) {
+    if (!PollOn(entries.data(), handles.size())) return WaitFailed;
+    for (std::size_t index = 0; index < handles.size(); ++index) {
+      if (entries[index].revents == 0) continue;
+      if ((entries[index].revents & POLLNVAL) != 0) {
+        errno = EBADF;
+        return WaitFailed;
+      }
+      const Taken taken = TakeSignal(handles[index]);
+      if (taken == Taken::Failed) return WaitFailed;
+      if (taken == Taken::Yes) return WaitSignaledBase + static_cast<std::uint32_t>(index);
+    }
+  }
+}
+
+HANDLE CreateSemaphoreHandle(unsigned count) {
+  const int handle = Calls().eventfd(count, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK);
+  return handle < 0 || handle > STDERR_FILENO ? handle : MakeNotInheritable(handle);
+}
+
+void ReleaseSemaphoreHandle(HANDLE semaphore) {
+  const std::uint64_t one = 1;
+  while (Calls().write(semaphore, &one, sizeof one) < 0 && errno == EINTR) {
+  }
+}
+
+bool AcquireSemaphoreHandle(HANDLE semaphore) {
+  return WaitForAny(std::span(&semaphore, 1)) == WaitSignaledBase;
+}
+
+bool TryAcquireSemaphoreHandle(HANDLE semaphore) { return TakeSignal(semaphore) == Taken::Yes; }
+
+unsigned SemaphoreCount(HANDLE semaphore) {
+  pollfd entry{.fd = semaphore, .events = POLLIN, .revents = 0};
+  if (Calls().poll(&entry, 1, 0) != 1 || (entry.revents & POLLIN) == 0) return 0;
+  // Reading the descriptor would change the count; the kernel tells it in this file as well.
+  std::ifstream information("/proc/self/fdinfo/" + std::to_string(semaphore));
+  const std::string label = "eventfd-count:";
+  for (std::string line; std::getline(information, line);)
+    if (line.starts_with(label))
+      return static_cast<unsigned>(std::strtoull(line.c_str() + label.size(), nullptr, 16));
+  return 1;
+}
+
+}  // namespace rastrel::os
