@@ -1,0 +1,98 @@
+"""Installs the build into a fresh prefix, moves it, builds a client against it, and prints.
+
+The build tree is out of reach of the client: what it prints with is what was installed.
+"""
+
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import prints_a_page
+
+CLIENT = pathlib.Path(__file__).parent / "project"
+
+
+def call(*command, **options):
+    ended = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True,
+                           stderr=subprocess.STDOUT, check=False, **options)
+    if ended.returncode != 0:
+        sys.exit(f"{command[0]} failed with status {ended.returncode}:\n{ended.stdout}")
+    return ended.stdout
+
+
+def install(options, place):
+    """The prefix, moved after it was installed: nothing in it may depend on where it lay."""
+    first = place / "first"
+    call(options.cmake, "--install", options.build, "--prefix", first)
+    prefix = place / "a prefix"
+    first.rename(prefix)
+    return prefix
+
+
+def build_with_cmake(options, prefix, place):
+    call(options.cmake, "-G", "Ninja", "-S", CLIENT, "-B", place / "client",
+         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_COMPILER={options.compiler}",
+         f"-DRASTREL_VERSION={options.version}")
+    call(options.cmake, "--build", place / "client")
+    return place / "client"
+
+
+def build_with_pkg_config(options, prefix, place):
+    folder = prefix / options.libdir / "pkgconfig"
+    environment = dict(os.environ, PKG_CONFIG_PATH=str(folder))
+    (place / "client").mkdir()
+    for source, target in (("client.cpp", "client"), ("print_ticket.cpp", "print_ticket")):
+        shutil.copy(CLIENT / source if source == "client.cpp"
+                    else options.root / "examples" / source, place / source)
+        script = f'"{options.compiler}" -std=c++20 -pthread {source} -o client/{target} $FLAGS'
+        call("bash", "-c", "eval \"" + script.replace('"', '\\"').replace("$FLAGS", "") +
+             "$(pkg-config --cflags --libs rastrel)\"", cwd=place, env=environment)
+    version = call("pkg-config", "--modversion", "rastrel", env=environment).strip()
+    if version != options.version:
+        sys.exit(f"pkg-config says version {version}, not {options.version}")
+    return place / "client"
+
+
+def unfinished(prefix, options):
+    """What an installed tree lacks."""
+    wanted = ["bin/rastrel", "include/rastrel/rastrel.h", "share/man/man1/rastrel.1",
+              "libexec/rastrel/corerast.exe", "libexec/rastrel/coreodalis.exe",
+              "share/rastrel/devices.txt", f"{options.libdir}/librastrel.so.{options.version}",
+              f"{options.libdir}/cmake/Rastrel/RastrelConfigVersion.cmake"]
+    return [f"{name} is not installed" for name in wanted if not (prefix / name).exists()]
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("way", choices=("cmake", "pkg-config"))
+    parser.add_argument("--root", type=pathlib.Path, required=True)
+    parser.add_argument("--build", type=pathlib.Path, required=True)
+    for name in ("cmake", "compiler", "libdir", "version"):
+        parser.add_argument("--" + name, required=True)
+    options = parser.parse_args()
+
+    with tempfile.TemporaryDirectory(prefix="rastrel-client-") as name:
+        place = pathlib.Path(name)
+        prefix = install(options, place)
+        faults = unfinished(prefix, options)
+        build = build_with_cmake if options.way == "cmake" else build_with_pkg_config
+        programs = build(options, prefix, place)
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(prefix / options.libdir))
+        sign = str(options.root / "examples" / "shopfront.ps")
+        faults += prints_a_page.run([str(programs / "client")], place / "one", 1,
+                                    environment=environment)
+        faults += prints_a_page.run([str(programs / "print_ticket"), sign], place / "two", 2,
+                                    environment=environment)
+        faults += prints_a_page.run([str(prefix / "bin" / "rastrel"), "print", sign],
+                                    place / "three", 2)
+    for fault in faults:
+        print(fault)
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
