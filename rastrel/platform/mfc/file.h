@@ -1,7 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "rastrel/export.h"
@@ -9,7 +10,7 @@
 /// A stream of bytes that an archive stands on.
 class RASTREL_API CFile {
  public:
-  /// How Open opens; combined with |.
+  /// How Open opens; combined with |. modeCreate implies modeWrite.
   enum OpenFlags : unsigned { modeRead = 0x0000, modeWrite = 0x0001, modeCreate = 0x1000 };
 
   CFile() = default;

@@ -186,6 +186,10 @@ Outcome<FileDescriptor> CreateLog(std::wstring_view path) {
   return Open(ToNative(path), O_RDWR | O_CREAT | O_TRUNC, 0600);
 }
 
+Outcome<FileDescriptor> OpenForWriting(std::wstring_view path) {
+  return Open(ToNative(path), O_WRONLY, 0);
+}
+
 Outcome<FileDescriptor> OpenForReading(std::wstring_view path) {
   return Open(ToNative(path), O_RDONLY, 0);
 }

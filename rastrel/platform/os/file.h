@@ -54,7 +54,9 @@ struct FileStamp {
 [[nodiscard]] Outcome<FileDescriptor> CreateForWriting(std::wstring_view path);
 /// Opens for reading and writing, created and truncated, with mode 0600.
 [[nodiscard]] Outcome<FileDescriptor> CreateLog(std::wstring_view path);
-/// Opens for reading, close-on-exec, never one of the three standard descriptors.
+/// Opens an existing file for writing at its start, with the same care, and keeps its content.
+[[nodiscard]] Outcome<FileDescriptor> OpenForWriting(std::wstring_view path);
+/// Opens for reading, with the same care.
 [[nodiscard]] Outcome<FileDescriptor> OpenForReading(std::wstring_view path);
 /// Writes all of it, going on after short writes and interruptions. False with errno set.
 [[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
