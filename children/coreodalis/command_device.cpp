@@ -1,0 +1,225 @@
+#include "children/coreodalis/command_device.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <utility>
+
+#include "children/coreodalis/report.h"
+#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/path.h"
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr std::size_t TailBytes = 4096;
+constexpr std::size_t LastWordsLimit = 300;
+constexpr int DirectoryTries = 100;
+constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
+
+struct Pipe {
+  os::FileDescriptor read;
+  os::FileDescriptor write;
+  /// False with errno set.
+  [[nodiscard]] bool Open() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+    read.Reset(ends[0]);
+    write.Reset(ends[1]);
+    return true;
+  }
+};
+
+/// The child's side, between fork and exec. Never returns. What goes wrong is told as an error
+/// number through the pipe that an exec closes.
+[[noreturn]] void BecomeProgram(char* const* arguments, int input, int output, int failure,
+                                int guardian) {
+  ::setpgid(0, 0);
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  std::signal(SIGPIPE, SIG_DFL);
+  const bool known = children::Guardian::GuardGroup(guardian, ::getpid());
+  errno = known ? 0 : ESRCH;
+  if (known && ::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2) {
+    ::execvp(arguments[0], arguments);
+  }
+  const int error = errno;
+  static_cast<void>(!::write(failure, &error, sizeof error));
+  ::_exit(127);
+}
+
+class Running {
+ public:
+  Running(std::string program, children::Guardian& guardian)
+      : m_Program(std::move(program)), m_Guardian(guardian) {}
+  ~Running() {
+    if (m_Id > 0) End();
+  }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+  Attempt<Success> Start(const std::vector<std::string>& words, const std::string& file) {
+    const os::FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!input.IsOpen()) return SystemProblem("open", file, errno);
+    Pipe output;
+    Pipe failure;
+    if (!output.Open() || !failure.Open()) return SystemProblem("pipe2", m_Program, errno);
+    std::vector<char*> arguments;
+    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    m_Id = ::fork();
+    if (m_Id == 0) {
+      BecomeProgram(arguments.data(), input.Get(), output.write.Get(), failure.write.Get(),
+                    m_Guardian.Descriptor());
+    }
+    if (m_Id < 0) return SystemProblem("fork", m_Program, errno);
+    ::setpgid(m_Id, m_Id);
+    failure.write.Reset();
+    int error = 0;
+    ssize_t count = 0;
+    while ((count = ::read(failure.read.Get(), &error, sizeof error)) < 0 && errno == EINTR) {
+    }
+    if (count == sizeof error) return SystemProblem("start the command", m_Program, error);
+    m_Output = std::move(output.read);
+    ::fcntl(m_Output.Get(), F_SETFL, O_NONBLOCK);
+    return Success{};
+  }
+
+  Attempt<Success> Wait(unsigned timeoutSeconds) {
+    const os::FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, m_Id, 0)));
+    if (!process.IsOpen()) return SystemProblem("pidfd_open", m_Program, errno);
+    const std::int64_t limit =
+        os::MonotonicNanoseconds() + std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
+    pollfd entries[2] = {{process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}};
+    while ((entries[0].revents & POLLIN) == 0) {
+      const std::int64_t left = (limit - os::MonotonicNanoseconds()) / NanosecondsPerMillisecond;
+      if (timeoutSeconds != 0 && left <= 0) {
+        return Failed("was ended after " + std::to_string(timeoutSeconds) + " seconds");
+      }
+      const int wait = timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
+      if (::poll(entries, 2, wait) < 0 && errno != EINTR) {
+        return SystemProblem("poll", m_Program, errno);
+      }
+      // At its end the pipe stays ready for ever; it is not asked again then.
+      if (entries[1].revents != 0 && !Drain()) entries[1].fd = -1;
+    }
+    static_cast<void>(Drain());
+    return TakeEnd();
+  }
+
+ private:
+  /// Kills the group and takes the end of its leader over.
+  void End() {
+    ::kill(-m_Id, SIGKILL);
+    ::kill(m_Id, SIGKILL);
+    static_cast<void>(Reap());
+  }
+
+  int Reap() {
+    siginfo_t ended{};
+    while (::waitid(P_PID, static_cast<id_t>(m_Id), &ended, WEXITED | WNOWAIT) != 0 &&
+           errno == EINTR) {
+    }
+    static_cast<void>(m_Guardian.ReleaseGroup(m_Id));
+    int status = 0;
+    while (::waitpid(m_Id, &status, 0) < 0 && errno == EINTR) {
+    }
+    m_Id = -1;
+    return status;
+  }
+
+  Attempt<Success> TakeEnd() {
+    const int status = Reap();
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return Success{};
+    if (WIFEXITED(status)) {
+      return Failed("ended with status " + std::to_string(WEXITSTATUS(status)));
+    }
+    return Failed("was ended by signal " + std::to_string(WTERMSIG(status)));
+  }
+
+  Problem Failed(const std::string& how) const {
+    const std::string words = LastWords();
+    return Problem{"the command '" + m_Program + "' " + how + (words.empty() ? "" : ": " + words)};
+  }
+
+  /// Takes what the program has printed; only the end of it is kept. False at the pipe's end.
+  bool Drain() {
+    char block[4096];
+    for (int rounds = 0; rounds < 64; ++rounds) {
+      const ssize_t count = ::read(m_Output.Get(), block, sizeof block);
+      if (count < 0) return errno == EAGAIN || errno == EINTR;
+      if (count == 0) return false;
+      m_Tail.append(block, static_cast<std::size_t>(count));
+      if (m_Tail.size() > TailBytes) m_Tail.erase(0, m_Tail.size() - TailBytes);
+    }
+    return true;
+  }
+
+  /// The last line with anything in it.
+  std::string LastWords() const {
+    const std::size_t last = m_Tail.find_last_not_of(" \t\r\n");
+    if (last == std::string::npos) return {};
+    const std::size_t before = m_Tail.find_last_of("\r\n", last);
+    const std::size_t first = before == std::string::npos ? 0 : before + 1;
+    return OneLine(m_Tail.substr(first, std::min(last + 1 - first, LastWordsLimit)));
+  }
+
+  std::string m_Program;
+  children::Guardian& m_Guardian;
+  pid_t m_Id = -1;
+  os::FileDescriptor m_Output;
+  std::string m_Tail;
+};
+
+}  // namespace
+
+Attempt<Success> RunCommand(const std::vector<std::string>& words, const std::string& file,
+                            children::Guardian& guardian, unsigned timeoutSeconds) {
+  Running running(words.front(), guardian);
+  if (auto started = running.Start(words, file); !started) return started;
+  return running.Wait(timeoutSeconds);
+}
+
+CommandDirectory::CommandDirectory(std::string path, children::Guardian& guardian)
+    : m_Path(std::move(path)), m_Guardian(&guardian) {}
+
+CommandDirectory::CommandDirectory(CommandDirectory&& other) noexcept
+    : m_Path(std::exchange(other.m_Path, {})), m_Guardian(other.m_Guardian) {}
+
+CommandDirectory::~CommandDirectory() {
+  if (m_Path.empty()) return;
+  std::error_code error;
+  std::filesystem::remove_all(m_Path, error);
+  if (error) ReportWarning(SystemProblem("remove", m_Path, error.value()).text);
+  static_cast<void>(m_Guardian->Release(m_Path));
+}
+
+Attempt<CommandDirectory> CommandDirectory::Create(children::Guardian& guardian) {
+  std::string parent = os::EnvironmentValue("TMPDIR");
+  if (parent.empty() || parent.front() != '/') parent = "/tmp";
+  std::random_device random;
+  for (int attempt = 0; attempt < DirectoryTries; ++attempt) {
+    char name[64];
+    std::snprintf(name, sizeof name, "/rastrel-page-%08x%08x", random(), random());
+    const std::string path = parent + name;
+    if (!guardian.Guard(path)) return Problem{"the guardian process is gone"};
+    if (::mkdir(path.c_str(), 0700) == 0) return CommandDirectory(path, guardian);
+    const int error = errno;
+    static_cast<void>(guardian.Release(path));
+    if (error != EEXIST) return SystemProblem("mkdir", path, error);
+  }
+  return Problem{"no free name for a directory in '" + parent + "'"};
+}
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,125 @@
+#include "children/coreodalis/delivery.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <set>
+#include <utility>
+
+#include "children/coreodalis/command_device.h"
+#include "children/coreodalis/render.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::odalis {
+namespace {
+
+std::string InsertBeforeExtension(const std::string& path, const std::string& text) {
+  const std::size_t name = path.rfind('/') + 1;
+  std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos || dot <= name) dot = path.size();
+  return path.substr(0, dot) + text + path.substr(dot);
+}
+
+std::vector<std::string> PathsFor(const Pattern& pattern, bool planar, const FieldValues& given,
+                                  const std::vector<std::string>& planes) {
+  FieldValues values = given;
+  values.plane = AllPlanes;
+  if (!planar) return {pattern.Expand(values)};
+  std::vector<std::string> paths;
+  std::set<std::string> taken;
+  for (const std::string& plane : planes) {
+    values.plane = plane;
+    std::string path = pattern.Expand(values);
+    if (!pattern.Has(Field::Plane)) path = InsertBeforeExtension(path, "-" + SafeName(plane));
+    const std::string first = path;
+    for (unsigned i = 2; !taken.insert(path).second; ++i) {
+      path = InsertBeforeExtension(first, "_" + std::to_string(i));
+    }
+    paths.push_back(std::move(path));
+  }
+  return paths;
+}
+
+/// One directory separator in front of the name, and no doubled ones, so that messages read well.
+std::string WithoutDoubledSlashes(std::string path) {
+  for (std::size_t at = 0; (at = path.find("//", at)) != std::string::npos;) path.erase(at, 1);
+  return path;
+}
+
+/// The words that a command is given, with the fields filled in.
+std::vector<std::string> WordsOf(const Device& device, const FieldValues& values) {
+  std::vector<std::string> words;
+  for (const Pattern& word : device.command) words.push_back(word.Expand(values));
+  return words;
+}
+
+}  // namespace
+
+std::vector<std::string> FilePaths(const DeliveryOrder& order,
+                                   const std::vector<std::string>& planes) {
+  auto paths = PathsFor(order.device->pattern, order.planar, order.values, planes);
+  for (std::string& path : paths) path = WithoutDoubledSlashes(std::move(path));
+  return paths;
+}
+
+Attempt<std::vector<std::string>> Delivery::Deliver(PageSource& source,
+                                                    const DeliveryOrder& order) {
+  if (order.device->kind == DeviceKind::File) return ToFiles(source, order);
+  if (auto sent = ToCommand(source, order); !sent) return sent.Error();
+  return std::vector<std::string>{};
+}
+
+Attempt<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
+                                                    const DeliveryOrder& order) {
+  const auto paths = FilePaths(order, source.Shape().planes);
+  std::vector<OutputFile> files;
+  std::vector<RenderTarget> targets;
+  for (const std::string& path : paths) {
+    auto file = OutputFile::Create(DirectoryOf(path), m_Guardian);
+    if (!file) return file.Error();
+    targets.push_back({file->Descriptor(), path});
+    files.push_back(std::move(*file));
+  }
+  auto rendered = Render(source, order.device->format, order.planar, targets, order.progress);
+  if (!rendered) return rendered.Error();
+  order.flushing();
+  std::vector<Publisher::Item> items;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (auto flushed = files[i].Flush(); !flushed) return flushed.Error();
+    items.push_back({&files[i], paths[i]});
+  }
+  return m_Publisher.Publish(items, order.device->overwrite);
+}
+
+Attempt<Success> Delivery::ToCommand(PageSource& source, const DeliveryOrder& order) {
+  auto directory = CommandDirectory::Create(m_Guardian);
+  if (!directory) return directory.Error();
+  // The program sees this name, and may show it.
+  const auto name = Pattern::Read(std::string("{job}-{page}.") + ExtensionOf(order.device->format));
+  if (!name) return name.Error();
+  auto paths = PathsFor(*name, order.planar, order.values, source.Shape().planes);
+  std::vector<os::FileDescriptor> files;
+  std::vector<RenderTarget> targets;
+  for (std::string& path : paths) {
+    path = directory->Path() + "/" + path;
+    os::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!file.IsOpen()) return SystemProblem("create", path, errno);
+    targets.push_back({file.Get(), path});
+    files.push_back(std::move(file));
+  }
+  auto rendered = Render(source, order.device->format, order.planar, targets, order.progress);
+  if (!rendered) return rendered;
+  files.clear();
+  order.flushing();
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    FieldValues values = order.values;
+    values.plane = order.planar ? source.Shape().planes[i] : AllPlanes;
+    values.file = paths[i];
+    auto run = RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
+                          order.device->timeoutSeconds);
+    if (!run) return run;
+  }
+  return Success{};
+}
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "children/coreodalis/attempt.h"
+#include "children/coreodalis/devices.h"
+#include "children/coreodalis/output_file.h"
+#include "children/coreodalis/page_source.h"
+#include "children/shared/guardian.h"
+
+namespace rastrel::odalis {
+
+/// What is delivered, and how.
+struct DeliveryOrder {
+  const Device* device = nullptr;
+  FieldValues values;   ///< all but plane and file
+  bool planar = false;  ///< each plane as a file of its own
+  std::function<void(double)> progress;  ///< told the share of this delivery that is done
+  std::function<void()> flushing;        ///< called when the files are written and not yet in place
+};
+
+/// Brings pages to devices. Each page arrives at most once: its files appear whole or not at all.
+class Delivery {
+ public:
+  explicit Delivery(children::Guardian& guardian) : m_Guardian(guardian) {}
+
+  /// Delivers one page. The paths of the files that are in their places now; none for a command.
+  [[nodiscard]] Attempt<std::vector<std::string>> Deliver(PageSource& source,
+                                                          const DeliveryOrder& order);
+
+ private:
+  [[nodiscard]] Attempt<std::vector<std::string>> ToFiles(PageSource& source,
+                                                          const DeliveryOrder& order);
+  [[nodiscard]] Attempt<Success> ToCommand(PageSource& source, const DeliveryOrder& order);
+
+  children::Guardian& m_Guardian;
+  Publisher m_Publisher;
+};
+
+/// The name of the only file where planes are not kept apart, in a pattern's {plane}.
+inline constexpr const char* AllPlanes = "all";
+
+/// The paths that a device's files would have, in the order of the planes; one if not planar. Where
+/// the pattern has no {plane}, "-" and the plane's name stand in front of the extension. No two are
+/// the same, whatever the planes are called.
+[[nodiscard]] std::vector<std::string> FilePaths(const DeliveryOrder& order,
+                                                 const std::vector<std::string>& planes);
+
+}  // namespace rastrel::odalis

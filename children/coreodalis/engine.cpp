@@ -1,0 +1,210 @@
+#include "children/coreodalis/engine.h"
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "children/coreodalis/cfm2_lines.h"
+#include "children/coreodalis/delivery.h"
+#include "children/coreodalis/devices.h"
+#include "children/coreodalis/page_source.h"
+#include "children/coreodalis/report.h"
+#include "children/shared/page_info.h"
+#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr std::uint64_t LargestDevicesFile = 256u << 10;
+
+/// A page directory that the text names, however many entries do so.
+struct PagePlace {
+  std::wstring path;            ///< library path
+  std::string native;           ///< the same on this machine
+  std::size_t line = 0;         ///< of the first entry
+  std::size_t lastEntry = 0;    ///< after this one it is removed, if it is to be
+  std::uint64_t printings = 0;  ///< that are asked for
+  unsigned delivered = 0;
+  bool isRemoved = false;       ///< an entry says once or delete
+};
+
+std::string Today() {
+  const os::LocalTime now = os::CurrentLocalTime();
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d", now.year, now.month, now.day);
+  return text;
+}
+
+std::string OutputDirectory() {
+  const std::string given = os::EnvironmentValue("RASTREL_OUTPUT");
+  return given.empty() ? os::DataRoot() + "/output" : given;
+}
+
+class Engine {
+ public:
+  Engine(const EngineOptions& options, children::Guardian& guardian)
+      : m_Options(options),
+        m_Output(OutputDirectory()),
+        m_Printer(os::EnvironmentValue("RASTREL_PRINTER")),
+        m_Date(Today()),
+        m_Delivery(guardian) {}
+
+  ExitStatus Run(std::string_view text) {
+    if (const auto status = Prepare(text); status != ExitStatus::Done) return status;
+    ReportState(EngineState::Ready);
+    if (m_Printings == 0) ReportNote("nothing to print");
+    if (m_Printings > 0) {
+      if (auto read = ReadDevicesFile(); !read) return Give(ExitStatus::NotDelivered, read.Error());
+      ReportState(EngineState::Printing);
+    }
+    for (std::size_t i = 0; i < m_Document.entries.size(); ++i) {
+      PagePlace& place = *m_PlaceOfEntry[i];
+      if (auto printed = PrintEntry(m_Document.entries[i], place); !printed) {
+        return Give(ExitStatus::NotDelivered, printed.Error());
+      }
+      if (place.isRemoved && place.lastEntry == i) Remove(place);
+    }
+    m_Progress.Report(1);
+    return ExitStatus::Done;
+  }
+
+ private:
+  static ExitStatus Give(ExitStatus status, const Problem& problem) {
+    ReportError(problem.text);
+    return status;
+  }
+
+  ExitStatus Prepare(std::string_view text) {
+    auto document = ReadCfm2(text);
+    if (!document) {
+      return Give(ExitStatus::BadInput, Problem{"the input is no CFM2: " + document.Error().text});
+    }
+    m_Document = std::move(*document);
+    for (const std::string& warning : m_Document.warnings) ReportWarning(warning);
+    FindPlaces();
+    for (auto& [path, place] : m_Places) {
+      place.native = os::ToNative(place.path);
+      const bool isThere = os::IsDirectory(place.path) &&
+                           os::Exists(place.path + L"/" + os::WideFromUtf8(children::PageInfoName));
+      if (isThere) continue;
+      // What is to be removed and is gone is as it should be.
+      if (place.printings == 0 && !os::Exists(place.path)) continue;
+      return Give(ExitStatus::BadInput, Problem{"line " + std::to_string(place.line) +
+                                                ": no page lies in '" + place.native + "'"});
+    }
+    return ExitStatus::Done;
+  }
+
+  void FindPlaces() {
+    m_PlaceOfEntry.reserve(m_Document.entries.size());
+    for (std::size_t i = 0; i < m_Document.entries.size(); ++i) {
+      const PageEntry& entry = m_Document.entries[i];
+      const std::string path = PageDirectoryOf(entry);
+      PagePlace& place = m_Places[path];
+      if (place.line == 0) {
+        place.line = entry.line;
+        place.path = os::WideFromUtf8(path);
+      }
+      place.lastEntry = i;
+      if (entry.type == TicketType::Once || entry.type == TicketType::Delete) place.isRemoved = true;
+      if (entry.type != TicketType::Delete) {
+        place.printings += entry.copies;
+        m_Printings += entry.copies;
+      }
+      m_PlaceOfEntry.push_back(&place);
+    }
+  }
+
+  Attempt<Success> ReadDevicesFile() {
+    m_DevicesPath = os::DataRoot() + "/devices.txt";
+    const auto text = os::ReadWholeFile(os::FromNative(m_DevicesPath), LargestDevicesFile);
+    if (!text) return Problem{"no devices: " + os::Describe(text.Error())};
+    auto devices = ReadDevices(*text);
+    if (!devices) return Problem{"'" + m_DevicesPath + "', " + devices.Error().text};
+    m_Devices = std::move(*devices);
+    if (m_Output.front() != '/') {
+      return Problem{"RASTREL_OUTPUT is '" + m_Output + "', and no full path"};
+    }
+    return Success{};
+  }
+
+  Attempt<Success> PrintEntry(const PageEntry& entry, PagePlace& place) {
+    if (entry.type == TicketType::Delete) return Success{};
+    for (unsigned copy = 0; copy < entry.copies; ++copy) {
+      if (auto printed = PrintOnce(entry, place); !printed) {
+        return Problem{"page '" + std::string(entry.title) + "': " + printed.Error().text};
+      }
+    }
+    return Success{};
+  }
+
+  Attempt<Success> PrintOnce(const PageEntry& entry, PagePlace& place) {
+    const auto info = children::ReadPageInfo(place.native);
+    if (!info) return Problem{os::Describe(info.Error())};
+    DeliveryOrder order;
+    order.values.printer = m_Printer.empty() ? info->printer : m_Printer;
+    order.device = FindDevice(m_Devices, order.values.printer);
+    if (!order.device) {
+      return Problem{"'" + m_DevicesPath + "' has no section for the printer '" +
+                     order.values.printer + "', and none for '*'"};
+    }
+    auto source = PageSource::Open(place.native, *info);
+    if (!source) return source.Error();
+    order.values.output = m_Output;
+    order.values.job = info->job.empty() ? std::string(entry.title) : info->job;
+    order.values.page = info->page;
+    order.values.copy = ++place.delivered;
+    order.values.date = m_Date;
+    order.planar = m_Options.planar;
+    order.progress = [this](double share) { ReportShare(share); };
+    order.flushing = [this] {
+      if (m_Printed + 1 == m_Printings) ReportState(EngineState::Flushing);
+    };
+    auto paths = m_Delivery.Deliver(*source, order);
+    if (!paths) return paths.Error();
+    ++m_Printed;
+    for (const std::string& path : *paths) ReportOutput(path);
+    ReportPage(info->page);
+    ReportShare(0);
+    return Success{};
+  }
+
+  void ReportShare(double share) {
+    m_Progress.Report((static_cast<double>(m_Printed) + share) / static_cast<double>(m_Printings));
+  }
+
+  static void Remove(const PagePlace& place) {
+    if (!os::Exists(place.path)) return;
+    // The page is delivered; that it stays on the disk is no reason to call the job failed.
+    if (!os::RemoveTree(place.path)) ReportWarning("could not remove '" + place.native + "'");
+  }
+
+  EngineOptions m_Options;
+  std::string m_Output;
+  std::string m_Printer;
+  std::string m_Date;
+  std::string m_DevicesPath;
+  Delivery m_Delivery;
+  Cfm2Document m_Document;
+  std::map<std::string, PagePlace> m_Places;
+  std::vector<PagePlace*> m_PlaceOfEntry;
+  std::vector<Device> m_Devices;
+  Progress m_Progress;
+  std::uint64_t m_Printings = 0;
+  std::uint64_t m_Printed = 0;
+};
+
+}  // namespace
+
+ExitStatus RunEngine(std::string_view text, const EngineOptions& options,
+                     children::Guardian& guardian) {
+  return Engine(options, guardian).Run(text);
+}
+
+}  // namespace rastrel::odalis

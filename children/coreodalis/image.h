@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "children/coreodalis/attempt.h"
+#include "children/coreodalis/devices.h"
+
+namespace rastrel::odalis {
+
+/// What the samples of a pixel mean.
+enum class ColourModel {
+  Gray,  ///< one sample, 0 is black
+  Rgb,   ///< red, green, blue; 0 is none of the light
+  Cmyk,  ///< cyan, magenta, yellow, black; 255 is no ink
+  Inks,  ///< any number of named inks; 255 is no ink
+};
+
+/// The form of a picture that is read or written row by row, 8 bits a sample.
+struct ImageShape {
+  unsigned width = 0;
+  unsigned height = 0;
+  double xResolution = 0;  ///< pixels per inch
+  double yResolution = 0;  ///< pixels per inch
+  ColourModel model = ColourModel::Gray;
+  std::vector<std::string> planes;  ///< a name each, UTF-8; their number is the samples of a pixel
+
+  [[nodiscard]] std::size_t RowBytes() const { return std::size_t{width} * planes.size(); }
+};
+
+/// Writes one picture into an open file. Not usable any more after a failure.
+class ImageWriter {
+ public:
+  virtual ~ImageWriter() = default;
+  /// Writes the next row, from the top. REQUIRES: the row has the shape's RowBytes().
+  [[nodiscard]] virtual Attempt<Success> WriteRow(std::span<const std::uint8_t> row) = 0;
+  /// Writes what remains. REQUIRES: as many rows as the shape's height were written.
+  [[nodiscard]] virtual Attempt<Success> Finish() = 0;
+};
+
+/// Makes the writer of a format. `descriptor` is open for reading and writing, empty, and stays the
+/// caller's; `name` is for messages. The problem tells that the format can't hold such a picture.
+[[nodiscard]] Attempt<std::unique_ptr<ImageWriter>> MakeImageWriter(FileFormat format,
+                                                                    int descriptor,
+                                                                    const std::string& name,
+                                                                    const ImageShape& shape);
+
+}  // namespace rastrel::odalis

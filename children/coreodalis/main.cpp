@@ -1,0 +1,104 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "children/coreodalis/engine.h"
+#include "children/coreodalis/exit_status.h"
+#include "children/coreodalis/report.h"
+#include "children/shared/guardian.h"
+
+namespace {
+
+using namespace rastrel;
+using namespace rastrel::odalis;
+
+constexpr std::size_t LargestInput = std::size_t{1} << 30;
+constexpr std::size_t BlockBytes = std::size_t{1} << 16;
+
+/// The descriptors 0 to 2 are open from here on, so that no page's file becomes one of them.
+void OpenStandardStreams() {
+  int descriptor = 0;
+  do {
+    descriptor = ::open("/dev/null", O_RDWR);
+  } while (descriptor >= 0 && descriptor <= 2);
+  if (descriptor > 2) ::close(descriptor);
+}
+
+/// Empty if an argument is not the engine's.
+std::optional<EngineOptions> ReadArguments(const std::vector<std::string_view>& arguments) {
+  EngineOptions options;
+  bool fromInput = false;
+  for (const std::string_view argument : arguments) {
+    if (argument == "-tp") {
+      options.planar = true;
+    } else if (argument == "-") {
+      fromInput = true;
+    } else if (argument != "-M" && argument != "-Q" && argument != "-N" &&
+               !argument.starts_with("-k")) {
+      ReportError("unknown argument '" + std::string(argument) + "'");
+      return std::nullopt;
+    }
+  }
+  if (!fromInput) {
+    ReportError("no input named; '-' stands for standard input");
+    return std::nullopt;
+  }
+  return options;
+}
+
+/// The whole of standard input, which the library wrote before the engine was started or writes now.
+/// Empty if it can't be read or is too large.
+std::optional<std::string> ReadInput() {
+  std::string text;
+  std::vector<char> block(BlockBytes);
+  while (true) {
+    const ssize_t count = ::read(STDIN_FILENO, block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) {
+      ReportError(SystemProblem("read", "standard input", errno).text);
+      return std::nullopt;
+    }
+    if (count == 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(count));
+    if (text.size() > LargestInput) {
+      ReportError("the input is larger than 1 GiB");
+      return std::nullopt;
+    }
+  }
+}
+
+ExitStatus Run(const std::vector<std::string_view>& arguments) {
+  const auto options = ReadArguments(arguments);
+  if (!options) return ExitStatus::WrongUse;
+  auto guardian = children::Guardian::Start(false);
+  if (!guardian) {
+    ReportError(os::Describe(guardian.Error()));
+    return ExitStatus::Internal;
+  }
+  ReportState(EngineState::Initialising);
+  const auto text = ReadInput();
+  if (!text) return ExitStatus::BadInput;
+  return RunEngine(*text, *options, *guardian);
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  OpenStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a limit on file sizes is a failed write, which is reported
+  try {
+    return static_cast<int>(Run({words + 1, words + count}));
+  } catch (const std::exception& problem) {
+    ReportError(problem.what());
+    return static_cast<int>(ExitStatus::Internal);
+  }
+}

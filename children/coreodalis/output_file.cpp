@@ -1,0 +1,207 @@
+#include "children/coreodalis/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <utility>
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr unsigned HighestNumber = 1'000'000;
+constexpr mode_t FileMode = 0666;
+constexpr int HiddenNameTries = 100;
+
+/// A name in the directory that nobody else comes upon.
+std::string HiddenPath(const std::string& directory) {
+  std::random_device random;
+  char name[48];
+  std::snprintf(name, sizeof name, "/.rastrel-%08x%08x.part", random(), random());
+  return directory + name;
+}
+
+bool IsWithoutNamelessFiles(int error) {
+  return error == EOPNOTSUPP || error == EISDIR || error == EINVAL || error == ENOENT;
+}
+
+bool IsWithoutLinks(int error) {
+  return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+}
+
+OutputFile::Naming Outcome(int result) {
+  if (result == 0) return OutputFile::Naming::Named;
+  return errno == EEXIST ? OutputFile::Naming::Taken : OutputFile::Naming::Failed;
+}
+
+/// Links a file that has no name. The way through /proc needs no privilege, the other no /proc.
+int LinkNameless(int descriptor, const std::string& path) {
+  const std::string self = "/proc/self/fd/" + std::to_string(descriptor);
+  if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return 0;
+  if (errno != ENOENT) return -1;
+  return ::linkat(descriptor, "", AT_FDCWD, path.c_str(), AT_EMPTY_PATH);
+}
+
+/// Renames without replacing, on file systems that have no links.
+int RenameHidden(const std::string& hidden, const std::string& path) {
+  if (::renameat2(AT_FDCWD, hidden.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return -1;
+  // The name is taken with an empty file first, which nobody else can do at the same time.
+  const os::FileDescriptor place(
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
+  if (!place.IsOpen()) return -1;
+  if (::rename(hidden.c_str(), path.c_str()) == 0) return 0;
+  const int error = errno;
+  ::unlink(path.c_str());
+  errno = error;
+  return -1;
+}
+
+Attempt<Success> MakeDirectories(const std::string& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+  if (error) return SystemProblem("create directory", directory, error.value());
+  return Success{};
+}
+
+}  // namespace
+
+OutputFile::OutputFile(os::FileDescriptor descriptor, std::string directory, std::string hidden,
+                       children::Guardian& guardian)
+    : m_Descriptor(std::move(descriptor)),
+      m_Directory(std::move(directory)),
+      m_Hidden(std::move(hidden)),
+      m_Guardian(&guardian) {}
+
+OutputFile::OutputFile(OutputFile&& other) noexcept
+    : m_Descriptor(std::move(other.m_Descriptor)),
+      m_Directory(std::move(other.m_Directory)),
+      m_Hidden(std::exchange(other.m_Hidden, {})),
+      m_Guardian(other.m_Guardian) {}
+
+OutputFile::~OutputFile() {
+  if (m_Hidden.empty()) return;
+  ::unlink(m_Hidden.c_str());
+  static_cast<void>(m_Guardian->Release(m_Hidden));
+}
+
+Attempt<OutputFile> OutputFile::Create(const std::string& directory, children::Guardian& guardian,
+                                       bool allowNameless) {
+  if (auto made = MakeDirectories(directory); !made) return made.Error();
+  if (allowNameless) {
+    os::FileDescriptor nameless(
+        ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, FileMode));
+    if (nameless.IsOpen()) return OutputFile(std::move(nameless), directory, {}, guardian);
+    if (!IsWithoutNamelessFiles(errno)) return SystemProblem("create a file in", directory, errno);
+  }
+  for (int attempt = 0; attempt < HiddenNameTries; ++attempt) {
+    const std::string hidden = HiddenPath(directory);
+    if (!guardian.Guard(hidden)) return Problem{"the guardian process is gone"};
+    os::FileDescriptor file(
+        ::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
+    if (file.IsOpen()) return OutputFile(std::move(file), directory, hidden, guardian);
+    const int error = errno;
+    static_cast<void>(guardian.Release(hidden));
+    if (error != EEXIST) return SystemProblem("create", hidden, error);
+  }
+  return Problem{"no free name for a file in '" + directory + "'"};
+}
+
+Attempt<Success> OutputFile::Flush() {
+  // A file system that can't be asked has nothing to tell.
+  if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return Success{};
+  return SystemProblem("flush a file in", m_Directory, errno);
+}
+
+OutputFile::Naming OutputFile::Name(const std::string& path) {
+  if (m_Hidden.empty()) return Outcome(LinkNameless(m_Descriptor.Get(), path));
+  if (::link(m_Hidden.c_str(), path.c_str()) == 0) return Naming::Named;
+  if (!IsWithoutLinks(errno)) return Outcome(-1);
+  return Outcome(RenameHidden(m_Hidden, path));
+}
+
+void OutputFile::Unname(const std::string& path) {
+  // Without links the hidden name was lost for the other one, and is the file's only name again.
+  const bool moved = !m_Hidden.empty() && ::access(m_Hidden.c_str(), F_OK) != 0;
+  if (moved) {
+    static_cast<void>(::rename(path.c_str(), m_Hidden.c_str()));
+  } else {
+    ::unlink(path.c_str());
+  }
+}
+
+OutputFile::Naming OutputFile::NameInPlace(const std::string& path) {
+  if (m_Hidden.empty()) {
+    const std::string hidden = HiddenPath(m_Directory);
+    if (!m_Guardian->Guard(hidden)) {
+      errno = ESRCH;
+      return Naming::Failed;
+    }
+    m_Hidden = hidden;
+    if (LinkNameless(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
+  }
+  return ::rename(m_Hidden.c_str(), path.c_str()) == 0 ? Naming::Named : Naming::Failed;
+}
+
+std::string NumberedPath(const std::string& path, unsigned number) {
+  if (number < 2) return path;
+  const std::size_t name = path.rfind('/') + 1;
+  std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos || dot <= name) dot = path.size();
+  return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
+}
+
+std::string DirectoryOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+Attempt<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
+  std::vector<std::string> named;
+  for (const Item& item : items) {
+    // What was replaced before a failure can't be brought back; it is whole, and stays.
+    if (item.file->NameInPlace(item.path) != OutputFile::Naming::Named) {
+      return SystemProblem("name", item.path, errno);
+    }
+    named.push_back(item.path);
+  }
+  return named;
+}
+
+Attempt<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsigned number) {
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const std::string path = NumberedPath(items[i].path, number);
+    const OutputFile::Naming naming = items[i].file->Name(path);
+    if (naming == OutputFile::Naming::Named) continue;
+    const int error = errno;
+    for (const Item& earlier : items.first(i)) {
+      earlier.file->Unname(NumberedPath(earlier.path, number));
+    }
+    if (naming == OutputFile::Naming::Failed) return SystemProblem("name", path, error);
+    return naming;
+  }
+  return OutputFile::Naming::Named;
+}
+
+Attempt<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
+  if (items.empty()) return std::vector<std::string>{};
+  if (overwrite) return Replace(items);
+  unsigned& number = m_NextNumber.try_emplace(items.front().path, 1).first->second;
+  for (; number <= HighestNumber; ++number) {
+    auto naming = NameAll(items, number);
+    if (!naming) return naming.Error();
+    if (*naming == OutputFile::Naming::Taken) continue;
+    std::vector<std::string> named;
+    for (const Item& item : items) named.push_back(NumberedPath(item.path, number));
+    ++number;
+    return named;
+  }
+  return Problem{"no free number for '" + items.front().path + "'"};
+}
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "children/coreodalis/attempt.h"
+#include "children/shared/guardian.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+/// Files that appear in their directory only when they are whole.
+namespace rastrel::odalis {
+
+/// A file that is being written and has no name yet, or, where the file system knows no such files,
+/// a hidden one that the guardian removes if the engine is ended.
+class OutputFile {
+ public:
+  /// Makes one in the directory (native path), which is made with its parents if missing. Access is
+  /// 0666 less the umask. `allowNameless`: try the first form.
+  [[nodiscard]] static Attempt<OutputFile> Create(const std::string& directory,
+                                                  children::Guardian& guardian,
+                                                  bool allowNameless = true);
+  ~OutputFile();
+  OutputFile(OutputFile&& other) noexcept;
+  OutputFile& operator=(OutputFile&& other) = delete;
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  /// Open for reading and writing; belongs to this object.
+  [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
+
+  /// Has the system write what it still holds; the moment at which a full disk shows.
+  [[nodiscard]] Attempt<Success> Flush();
+
+  /// What an attempt to give a name came to.
+  enum class Naming { Named, Taken, Failed };
+  /// Gives the file its name (a path in its directory), in one step, and never in another's place.
+  /// Failed leaves errno.
+  [[nodiscard]] Naming Name(const std::string& path);
+  /// Takes the name that Name gave away again; the file is as it was before.
+  void Unname(const std::string& path);
+  /// As Name, but in the place of a file of that name, if there is one. Failed leaves errno.
+  [[nodiscard]] Naming NameInPlace(const std::string& path);
+
+ private:
+  OutputFile(os::FileDescriptor descriptor, std::string directory, std::string hidden,
+             children::Guardian& guardian);
+
+  os::FileDescriptor m_Descriptor;
+  std::string m_Directory;
+  std::string m_Hidden;  ///< path of the hidden file; empty: it has no name
+  children::Guardian* m_Guardian;
+};
+
+/// Gives finished files their names, all or none (but for the machine's end between two of them).
+class Publisher {
+ public:
+  struct Item {
+    OutputFile* file;
+    std::string path;
+  };
+  /// The paths that the files have in the end, in order. Unless `overwrite`, no file is replaced:
+  /// where one of the names is taken, all get "-2" in front of the extension, then "-3" and so on.
+  [[nodiscard]] Attempt<std::vector<std::string>> Publish(std::span<const Item> items,
+                                                          bool overwrite);
+
+ private:
+  [[nodiscard]] static Attempt<std::vector<std::string>> Replace(std::span<const Item> items);
+  /// Named or Taken; if it is not Named, no file has a name of it.
+  [[nodiscard]] static Attempt<OutputFile::Naming> NameAll(std::span<const Item> items,
+                                                           unsigned number);
+
+  std::map<std::string, unsigned> m_NextNumber;  ///< by first path: where the last search ended
+};
+
+/// "a/b.tif" and 2 give "a/b-2.tif"; 1 gives the path as it is.
+[[nodiscard]] std::string NumberedPath(const std::string& path, unsigned number);
+
+/// The directory of a path, without closing separator but for the root.
+[[nodiscard]] std::string DirectoryOf(const std::string& path);
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,138 @@
+#include "children/coreodalis/page_source.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr std::size_t MostPlanes = 64;
+constexpr double HighestResolution = 100'000;
+constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
+
+/// Planes that are the four process inks in their order are a CMYK picture to every format.
+bool AreProcessInks(const std::vector<std::string>& planes) {
+  return std::equal(planes.begin(), planes.end(), ProcessInks.begin(), ProcessInks.end());
+}
+
+Attempt<ColourModel> ModelOf(const children::PageInfo& info, const std::vector<std::string>& planes) {
+  const std::size_t count = planes.size();
+  switch (info.colour) {
+    case children::PageColour::Gray:
+      if (count == 1) return ColourModel::Gray;
+      break;
+    case children::PageColour::Rgb:
+      if (count == 3) return ColourModel::Rgb;
+      break;
+    case children::PageColour::Cmyk:
+      if (count == 4) return ColourModel::Cmyk;
+      break;
+    case children::PageColour::Separations:
+      if (count == 0 || count > MostPlanes) break;
+      return AreProcessInks(planes) ? ColourModel::Cmyk : ColourModel::Inks;
+  }
+  return Problem{"the page's description has " + std::to_string(count) +
+                 " planes, which its colour can't have"};
+}
+
+bool IsResolution(double value) {
+  return std::isfinite(value) && value > 0 && value <= HighestResolution;
+}
+
+Attempt<ImageShape> ShapeOf(const children::PageInfo& info) {
+  if (info.bits != 8) {
+    return Problem{"the page has " + std::to_string(info.bits) + " bits a sample; 8 can be printed"};
+  }
+  if (info.width == 0 || info.height == 0 || info.width > LongestSide ||
+      info.height > LongestSide) {
+    return Problem{"a page of " + std::to_string(info.width) + " by " +
+                   std::to_string(info.height) + " pixels can't be printed"};
+  }
+  if (!IsResolution(info.xResolution) || !IsResolution(info.yResolution)) {
+    return Problem{"the page's description has no usable resolution"};
+  }
+  ImageShape shape;
+  shape.width = info.width;
+  shape.height = info.height;
+  shape.xResolution = info.xResolution;
+  shape.yResolution = info.yResolution;
+  for (const auto& plane : info.planes) shape.planes.push_back(plane.name);
+  auto model = ModelOf(info, shape.planes);
+  if (!model) return model.Error();
+  shape.model = *model;
+  if (shape.RowBytes() > LargestRow) return Problem{"the page has rows of more than 64 MiB"};
+  return shape;
+}
+
+}  // namespace
+
+Attempt<PageSource> PageSource::Open(const std::string& directory, const children::PageInfo& info) {
+  PageSource source;
+  auto shape = ShapeOf(info);
+  if (!shape) return shape.Error();
+  source.m_Shape = std::move(*shape);
+  if (auto opened = source.OpenParts(directory, info); !opened) return opened.Error();
+  return source;
+}
+
+Attempt<Success> PageSource::OpenParts(const std::string& directory,
+                                       const children::PageInfo& info) {
+  for (const auto& plane : info.planes) {
+    auto part = PartOf(directory, info, plane.file);
+    if (!part) return part.Error();
+    if (plane.channel >= m_Parts[*part].file->Samples()) {
+      return Problem{"'" + directory + "/" + plane.file + "' has no channel " +
+                     std::to_string(plane.channel) + " for the plane '" + plane.name + "'"};
+    }
+    m_Planes.push_back({*part, plane.channel});
+  }
+  m_Straight = m_Parts.size() == 1 && m_Parts.front().file->Samples() == m_Planes.size();
+  for (unsigned i = 0; i < m_Planes.size(); ++i) {
+    if (m_Planes[i].channel != i) m_Straight = false;
+  }
+  return Success{};
+}
+
+Attempt<std::size_t> PageSource::PartOf(const std::string& directory,
+                                        const children::PageInfo& info, const std::string& name) {
+  for (std::size_t i = 0; i < m_Parts.size(); ++i) {
+    if (m_Parts[i].name == name) return i;
+  }
+  const auto listed = std::find_if(info.files.begin(), info.files.end(),
+                                   [&](const auto& file) { return file.name == name; });
+  if (listed == info.files.end()) {
+    return Problem{"the page's description has no file '" + name + "' but a plane in it"};
+  }
+  auto file = OpenPixelFile(directory, *listed);
+  if (!file) return file.Error();
+  if ((*file)->Width() != m_Shape.width || (*file)->Height() != m_Shape.height) {
+    return Problem{"'" + directory + "/" + name + "' has not the page's width and height"};
+  }
+  std::size_t held = (*file)->RowBytes();
+  for (const Part& part : m_Parts) held += part.row.size();
+  if (held > LargestRow) return Problem{"the page's files have rows of more than 64 MiB together"};
+  std::vector<std::uint8_t> row((*file)->RowBytes());
+  m_Parts.push_back({name, std::move(*file), std::move(row)});
+  return m_Parts.size() - 1;
+}
+
+Attempt<Success> PageSource::ReadRow(std::span<std::uint8_t> row) {
+  if (m_Straight) return m_Parts.front().file->ReadRow(row);
+  for (Part& part : m_Parts) {
+    if (auto read = part.file->ReadRow(part.row); !read) return read;
+  }
+  const std::size_t planes = m_Planes.size();
+  for (std::size_t plane = 0; plane < planes; ++plane) {
+    const Part& part = m_Parts[m_Planes[plane].part];
+    const std::size_t step = part.file->Samples();
+    const std::uint8_t* from = part.row.data() + m_Planes[plane].channel;
+    std::uint8_t* to = row.data() + plane;
+    for (unsigned x = 0; x < m_Shape.width; ++x, from += step, to += planes) *to = *from;
+  }
+  return Success{};
+}
+
+}  // namespace rastrel::odalis

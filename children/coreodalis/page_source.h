@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "children/coreodalis/attempt.h"
+#include "children/coreodalis/image.h"
+#include "children/coreodalis/pixel_file.h"
+#include "children/shared/page_info.h"
+
+namespace rastrel::odalis {
+
+/// The pixels of a page directory as rows of all its planes, wherever they lie.
+class PageSource {
+ public:
+  /// Opens every file that holds a plane and checks sizes, checksums and dimensions. `directory` is
+  /// a native path. The problem names the file or the value of the description that is wrong.
+  [[nodiscard]] static Attempt<PageSource> Open(const std::string& directory,
+                                                const children::PageInfo& info);
+
+  /// What the rows hold: 8 bits a sample, a pixel's planes side by side in printing order. In ink
+  /// planes 255 is no ink.
+  [[nodiscard]] const ImageShape& Shape() const { return m_Shape; }
+
+  /// The next row, from the top. REQUIRES: the span has Shape().RowBytes(), and rows are left.
+  [[nodiscard]] Attempt<Success> ReadRow(std::span<std::uint8_t> row);
+
+ private:
+  struct Part {
+    std::string name;
+    std::unique_ptr<PixelFile> file;
+    std::vector<std::uint8_t> row;
+  };
+  struct PlanePlace {
+    std::size_t part = 0;
+    unsigned channel = 0;
+  };
+
+  PageSource() = default;
+  [[nodiscard]] Attempt<Success> OpenParts(const std::string& directory,
+                                           const children::PageInfo& info);
+  [[nodiscard]] Attempt<std::size_t> PartOf(const std::string& directory,
+                                            const children::PageInfo& info,
+                                            const std::string& name);
+
+  ImageShape m_Shape;
+  std::vector<Part> m_Parts;
+  std::vector<PlanePlace> m_Planes;
+  bool m_Straight = false;  ///< one file whose rows are the page's rows
+};
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,163 @@
+#include "children/coreodalis/pdf_writer.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr double LongestSidePoints = 14400;
+constexpr std::size_t BlockBytes = 1u << 16;
+constexpr int FastCompression = 3;
+constexpr std::size_t MostOffset = 9'999'999'999u;  // ten digits in the table of offsets
+
+/// A number as the format wants it: no exponent, no locale, at most four digits behind the point.
+std::string Number(double value) {
+  char digits[64];
+  const auto [end, error] =
+      std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed, 4);
+  std::string text(digits, error == std::errc() ? end : digits);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (!text.empty() && text.back() == '.') text.pop_back();
+  return text;
+}
+
+class PdfWriter final : public ImageWriter {
+ public:
+  PdfWriter(int descriptor, std::string name, const ImageShape& shape)
+      : m_Descriptor(descriptor), m_Name(std::move(name)), m_Shape(shape), m_Block(BlockBytes) {}
+  ~PdfWriter() override {
+    if (m_Deflating) deflateEnd(&m_Stream);
+  }
+  PdfWriter(const PdfWriter&) = delete;
+  PdfWriter& operator=(const PdfWriter&) = delete;
+
+  Attempt<Success> WriteHeader() {
+    if (deflateInit(&m_Stream, FastCompression) != Z_OK) return Refuse("out of memory");
+    m_Deflating = true;
+    const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
+    const double height = m_Shape.height * 72.0 / m_Shape.yResolution;
+    // Rounded up to what the file will say, so that the page keeps its size.
+    const double least = std::max({1.0, width / LongestSidePoints, height / LongestSidePoints});
+    const double unit = std::ceil(least * 1e4) / 1e4;
+    Put(unit > 1 ? "%PDF-1.6\n" : "%PDF-1.4\n");
+    Put("%\xE2\xE3\xCF\xD3\n");
+    PutObject("<< /Type /Catalog /Pages 2 0 R >>");
+    PutObject("<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    const std::string w = Number(width / unit);
+    const std::string h = Number(height / unit);
+    PutObject("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 " + w + " " + h + "]" +
+              (unit > 1 ? " /UserUnit " + Number(unit) : "") +
+              " /Contents 4 0 R /Resources << /XObject << /Page 5 0 R >> >> >>");
+    const std::string drawing = "q " + w + " 0 0 " + h + " 0 0 cm /Page Do Q";
+    PutObject("<< /Length " + std::to_string(drawing.size()) + " >>\nstream\n" + drawing +
+              "\nendstream");
+    m_Offsets.push_back(m_Written);
+    Put("5 0 obj\n<< /Type /XObject /Subtype /Image /Width " + std::to_string(m_Shape.width) +
+        " /Height " + std::to_string(m_Shape.height) + " /ColorSpace " + ColourSpace() +
+        " /BitsPerComponent 8 /Filter /FlateDecode /Length 6 0 R >>\nstream\n");
+    m_StreamStart = m_Written;
+    return State();
+  }
+
+  Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
+    m_Row.assign(row.begin(), row.end());
+    if (m_Shape.model == ColourModel::Cmyk) {
+      for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
+    }
+    return Deflate(Z_NO_FLUSH);
+  }
+
+  Attempt<Success> Finish() override {
+    m_Row.clear();
+    if (auto ended = Deflate(Z_FINISH); !ended) return ended;
+    const std::uint64_t length = m_Written - m_StreamStart;
+    Put("\nendstream\nendobj\n");
+    PutObject(std::to_string(length));
+    if (m_Written > MostOffset) return Refuse("the page is too large for a PDF file");
+    const std::uint64_t table = m_Written;
+    Put("xref\n0 " + std::to_string(m_Offsets.size() + 1) + "\n0000000000 65535 f \n");
+    for (const std::uint64_t offset : m_Offsets) {
+      const std::string digits = std::to_string(offset);
+      Put(std::string(10 - digits.size(), '0') + digits + " 00000 n \n");
+    }
+    Put("trailer\n<< /Size " + std::to_string(m_Offsets.size() + 1) +
+        " /Root 1 0 R >>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n");
+    return State();
+  }
+
+ private:
+  Problem Refuse(const std::string& why) const {
+    return Problem{"writing '" + m_Name + "': " + why};
+  }
+  Attempt<Success> State() const {
+    if (m_Error != 0) return Refuse(os::DescribeError(m_Error));
+    return Success{};
+  }
+
+  const char* ColourSpace() const {
+    if (m_Shape.model == ColourModel::Gray) return "/DeviceGray";
+    return m_Shape.model == ColourModel::Rgb ? "/DeviceRGB" : "/DeviceCMYK";
+  }
+
+  /// Writes; after the first failure nothing more, and State tells of it.
+  void Put(std::string_view bytes) {
+    if (m_Error != 0) return;
+    if (!os::WriteAll(m_Descriptor, bytes)) m_Error = errno != 0 ? errno : EIO;
+    m_Written += bytes.size();
+  }
+
+  void PutObject(const std::string& content) {
+    m_Offsets.push_back(m_Written);
+    Put(std::to_string(m_Offsets.size()) + " 0 obj\n" + content + "\nendobj\n");
+  }
+
+  /// Compresses m_Row and writes what comes out.
+  Attempt<Success> Deflate(int flush) {
+    m_Stream.next_in = m_Row.data();
+    m_Stream.avail_in = static_cast<uInt>(m_Row.size());
+    int result = Z_OK;
+    do {
+      m_Stream.next_out = m_Block.data();
+      m_Stream.avail_out = static_cast<uInt>(m_Block.size());
+      result = ::deflate(&m_Stream, flush);
+      if (result == Z_STREAM_ERROR) return Refuse("the compression failed");
+      Put(std::string_view(reinterpret_cast<const char*>(m_Block.data()),
+                           m_Block.size() - m_Stream.avail_out));
+    } while (m_Error == 0 && (m_Stream.avail_out == 0 || (flush == Z_FINISH && result != Z_STREAM_END)));
+    return State();
+  }
+
+  int m_Descriptor;
+  std::string m_Name;
+  ImageShape m_Shape;
+  std::vector<std::uint8_t> m_Block;
+  std::vector<std::uint8_t> m_Row;
+  z_stream m_Stream{};
+  bool m_Deflating = false;
+  std::vector<std::uint64_t> m_Offsets;
+  std::uint64_t m_Written = 0;
+  std::uint64_t m_StreamStart = 0;
+  int m_Error = 0;
+};
+
+}  // namespace
+
+Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
+                                                    const ImageShape& shape) {
+  if (shape.model == ColourModel::Inks) {
+    return Problem{"writing '" + name + "': a PDF file here can't hold spot inks; use TIFF or planes"};
+  }
+  auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
+  if (auto written = writer->WriteHeader(); !written) return written.Error();
+  return std::unique_ptr<ImageWriter>(std::move(writer));
+}
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,82 @@
+#include "children/coreodalis/pixel_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <vector>
+
+#include "children/coreodalis/netpbm_file.h"
+#include "children/coreodalis/tiff_reader.h"
+#include "children/shared/sha256.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::odalis {
+namespace {
+
+constexpr std::size_t HashBlock = 1u << 18;
+
+/// Opens without waiting for the other side of a pipe, and refuses all that is no regular file.
+Attempt<os::FileDescriptor> OpenRegular(const std::string& path) {
+  os::FileDescriptor descriptor(
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (!descriptor.IsOpen()) return SystemProblem("open", path, errno);
+  struct stat state {};
+  if (::fstat(descriptor.Get(), &state) != 0) return SystemProblem("fstat", path, errno);
+  if (!S_ISREG(state.st_mode)) return Problem{"'" + path + "' is no regular file"};
+  return descriptor;
+}
+
+Attempt<Success> CheckContent(int descriptor, const std::string& path,
+                              const children::PageFile& file) {
+  struct stat state {};
+  if (::fstat(descriptor, &state) != 0) return SystemProblem("fstat", path, errno);
+  if (static_cast<std::uint64_t>(state.st_size) != file.bytes) {
+    return Problem{"'" + path + "' has " + std::to_string(state.st_size) + " bytes, and " +
+                   std::to_string(file.bytes) + " by the page's description"};
+  }
+  children::Sha256 sum;
+  std::vector<char> block(HashBlock);
+  while (true) {
+    const ssize_t count = ::read(descriptor, block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return SystemProblem("read", path, errno);
+    if (count == 0) break;
+    sum.Add(std::string_view(block.data(), static_cast<std::size_t>(count)));
+  }
+  if (sum.Finish() != file.sha256) {
+    return Problem{"'" + path + "' has not the checksum of the page's description"};
+  }
+  if (::lseek(descriptor, 0, SEEK_SET) != 0) return SystemProblem("lseek", path, errno);
+  return Success{};
+}
+
+bool IsPlainName(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+         name.find('\0') == std::string::npos;
+}
+
+}  // namespace
+
+Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
+                                                  const children::PageFile& file) {
+  if (!IsPlainName(file.name)) return Problem{"'" + file.name + "' is no name of a page's file"};
+  const std::string path = directory + "/" + file.name;
+  auto descriptor = OpenRegular(path);
+  if (!descriptor) return descriptor.Error();
+  if (auto checked = CheckContent(descriptor->Get(), path, file); !checked) return checked.Error();
+  char magic[2] = {};
+  const ssize_t count = ::pread(descriptor->Get(), magic, sizeof magic, 0);
+  if (count == 2 && magic[0] == 'P' && (magic[1] == '5' || magic[1] == '6')) {
+    return OpenNetpbm(std::move(*descriptor), path, file.bytes);
+  }
+  if (count == 2 && magic[0] == magic[1] && (magic[0] == 'I' || magic[0] == 'M')) {
+    return OpenTiff(std::move(*descriptor), path, file.bytes);
+  }
+  return Problem{"'" + path + "' holds neither netpbm nor TIFF pixels"};
+}
+
+}  // namespace rastrel::odalis

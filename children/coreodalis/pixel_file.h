@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "children/coreodalis/attempt.h"
+#include "children/shared/page_info.h"
+
+/// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row or
+/// strip, whatever the file claims to hold.
+namespace rastrel::odalis {
+
+/// Pixels to a side of a page at most.
+inline constexpr unsigned LongestSide = 2'000'000;
+/// Bytes of one row, or one strip of a TIFF file, at most.
+inline constexpr std::uint64_t LargestRow = 64u << 20;
+
+class PixelFile {
+ public:
+  virtual ~PixelFile() = default;
+
+  [[nodiscard]] unsigned Width() const { return m_Width; }
+  [[nodiscard]] unsigned Height() const { return m_Height; }
+  [[nodiscard]] unsigned Samples() const { return m_Samples; }
+  /// Bytes of a row: 8 bits a sample, the samples of a pixel side by side.
+  [[nodiscard]] std::size_t RowBytes() const { return std::size_t{m_Width} * m_Samples; }
+
+  /// The next row, from the top. REQUIRES: the span has RowBytes(), and rows are left.
+  [[nodiscard]] virtual Attempt<Success> ReadRow(std::span<std::uint8_t> row) = 0;
+
+ protected:
+  unsigned m_Width = 0;
+  unsigned m_Height = 0;
+  unsigned m_Samples = 0;
+};
+
+/// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as the
+/// highest value), or TIFF in strips with 8 bits a sample and no colour conversion. The file must be
+/// a regular one of the size and checksum told; links are not followed. The problem names the file.
+[[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
+                                                                const children::PageFile& file);
+
+}  // namespace rastrel::odalis

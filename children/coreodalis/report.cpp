@@ -1,0 +1,49 @@
+#include "children/coreodalis/report.h"
+
+#include <algorithm>
+
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::odalis {
+namespace {
+
+void Write(std::string_view tag, std::string_view text) {
+  os::WriteToStandardError(std::string(tag) + OneLine(text) + "\n");
+}
+
+const char* WordOf(EngineState state) {
+  switch (state) {
+    case EngineState::Initialising: return "INITIALISING";
+    case EngineState::Ready: return "READY";
+    case EngineState::Printing: return "PRINTING";
+    case EngineState::Flushing: return "FLUSHING";
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string OneLine(std::string_view text) {
+  std::string line(text);
+  for (char& character : line) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 32 || byte == 127) character = ' ';
+  }
+  return line;
+}
+
+void ReportState(EngineState state) { Write("INFO: ", WordOf(state)); }
+void ReportError(std::string_view text) { Write("ERROR: ", text); }
+void ReportWarning(std::string_view text) { Write("WARNING: ", text); }
+void ReportOutput(std::string_view path) { Write("OUTPUT: ", path); }
+void ReportPage(unsigned page) { Write("PAGE: ", std::to_string(page)); }
+void ReportNote(std::string_view text) { Write("NOTE: ", text); }
+
+void Progress::Report(double share) {
+  const int percent = std::clamp(static_cast<int>(share * 100), 0, 100);
+  if (percent <= m_Last) return;
+  m_Last = percent;
+  Write("PROGRESS: ", std::to_string(percent) + " %");
+}
+
+}  // namespace rastrel::odalis

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// What the engine says on standard error while it works, one report a line. The lines are told in
+/// docs/formats/output-engine.md; the library and the command line tool read them. Every line is
+/// written in one call. A reader that is gone is no failure.
+namespace rastrel::odalis {
+
+/// The states that the library knows by these words.
+enum class EngineState { Initialising, Ready, Printing, Flushing };
+
+void ReportState(EngineState state);
+void ReportError(std::string_view text);
+void ReportWarning(std::string_view text);
+/// A file that is in its place now: "OUTPUT: path".
+void ReportOutput(std::string_view path);
+/// A page that is delivered now, by its number in its job: "PAGE: n".
+void ReportPage(unsigned page);
+/// Any other words for the job's log.
+void ReportNote(std::string_view text);
+
+/// Reports whole percentages, each once, and never a smaller one than before.
+class Progress {
+ public:
+  /// `share` of the work is done, 0 to 1.
+  void Report(double share);
+
+ private:
+  int m_Last = 0;
+};
+
+/// The text as one line: line ends, zero bytes and other control characters become blanks.
+[[nodiscard]] std::string OneLine(std::string_view text);
+
+}  // namespace rastrel::odalis
