@@ -34,7 +34,8 @@ struct Resources {
 /// the rest is still tried.
 [[nodiscard]] os::Outcome<os::Done> LayOutDataRoot();
 
-/// LayOutDataRoot once a process for each root; its failure is kept for `rastrel doctor` only.
+/// LayOutDataRoot once a process for each root. What can't be laid out shows where it is used, and in
+/// `rastrel doctor`, which lays the root out again and tells the failure. Any thread may call.
 void EnsureDataRoot();
 
 }  // namespace rastrel::host
