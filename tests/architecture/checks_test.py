@@ -7,6 +7,7 @@ import tempfile
 import unittest
 
 import documentation_examples
+import documentation_links
 import documented_interface
 import exported_symbols
 import file_sizes
@@ -169,6 +170,18 @@ class DocumentationExamples(Tree):
     def test_an_example_that_does_not_compile_is_a_fault(self):
         faults, count = self.check("```cpp example\nint f();\n```\n```cpp example\nint f(;\n```\n")
         self.assertEqual((len(faults), count), (1, 2))
+
+
+class DocumentationLinks(Tree):
+    def test_a_link_to_nothing_and_a_page_outside_the_index_are_faults(self):
+        self.write("README.md", "[a](docs/a.md) [b](docs/b.md#part) [c](https://example.org/c)\n")
+        self.write("docs/a.md", "")
+        self.write("docs/formats/README.md", "[one](one.md)\n")
+        self.write("docs/formats/one.md", "")
+        self.write("docs/formats/two.md", "")
+        self.assertEqual(documentation_links.check(self.root),
+                         ["README.md: there is no docs/b.md",
+                          "docs/formats/two.md: not in the index of formats"])
 
 
 class PublicHeaders(Tree):

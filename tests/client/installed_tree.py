@@ -6,7 +6,7 @@ The build tree is out of reach of the client: what it prints with is what was in
 import argparse
 import os
 import pathlib
-import shutil
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -42,19 +42,16 @@ def build_with_cmake(options, prefix, place):
 
 
 def build_with_pkg_config(options, prefix, place):
-    folder = prefix / options.libdir / "pkgconfig"
-    environment = dict(os.environ, PKG_CONFIG_PATH=str(folder))
-    (place / "client").mkdir()
-    for source, target in (("client.cpp", "client"), ("print_ticket.cpp", "print_ticket")):
-        shutil.copy(CLIENT / source if source == "client.cpp"
-                    else options.root / "examples" / source, place / source)
-        script = f'"{options.compiler}" -std=c++20 -pthread {source} -o client/{target} $FLAGS'
-        call("bash", "-c", "eval \"" + script.replace('"', '\\"').replace("$FLAGS", "") +
-             "$(pkg-config --cflags --libs rastrel)\"", cwd=place, env=environment)
+    environment = dict(os.environ, PKG_CONFIG_PATH=str(prefix / options.libdir / "pkgconfig"))
+    flags = shlex.split(call("pkg-config", "--cflags", "--libs", "rastrel", env=environment))
     version = call("pkg-config", "--modversion", "rastrel", env=environment).strip()
     if version != options.version:
         sys.exit(f"pkg-config says version {version}, not {options.version}")
-    return place / "client"
+    programs = place / "client"
+    programs.mkdir()
+    for source in (CLIENT / "client.cpp", options.root / "examples" / "print_ticket.cpp"):
+        call(options.compiler, "-std=c++20", source, "-o", programs / source.stem, *flags)
+    return programs
 
 
 def unfinished(prefix, options):
