@@ -146,7 +146,7 @@ class Engine {
 
   Attempt<Success> PrintOnce(const PageEntry& entry, PagePlace& place) {
     const auto info = children::ReadPageInfo(place.native);
-    if (!info) return Problem{os::Describe(info.Error())};
+    if (!info) return InfoProblem(place, info.Error());
     DeliveryOrder order;
     order.values.printer = m_Printer.empty() ? info->printer : m_Printer;
     order.device = FindDevice(m_Devices, order.values.printer);
@@ -173,6 +173,12 @@ class Engine {
     ReportPage(info->page);
     ReportShare(0);
     return Success{};
+  }
+
+  /// What is wrong in the text is told with its line; any other failure names the file by itself.
+  static Problem InfoProblem(const PagePlace& place, const os::Failure& failure) {
+    if (!failure.subject.starts_with("line ")) return Problem{os::Describe(failure)};
+    return Problem{"'" + place.native + "/" + children::PageInfoName + "', " + failure.subject};
   }
 
   void ReportShare(double share) {

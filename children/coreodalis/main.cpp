@@ -10,10 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "children/coreodalis/attempt.h"
 #include "children/coreodalis/engine.h"
 #include "children/coreodalis/exit_status.h"
 #include "children/coreodalis/report.h"
 #include "children/shared/guardian.h"
+#include "rastrel/platform/os/outcome.h"
 
 namespace {
 

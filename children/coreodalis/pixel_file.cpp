@@ -45,7 +45,7 @@ Attempt<Success> CheckContent(int descriptor, const std::string& path,
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return SystemProblem("read", path, errno);
     if (count == 0) break;
-    sum.Add(std::string_view(block.data(), static_cast<std::size_t>(count)));
+    sum.Add(block.data(), static_cast<std::size_t>(count));
   }
   if (sum.Finish() != file.sha256) {
     return Problem{"'" + path + "' has not the checksum of the page's description"};

@@ -2,8 +2,12 @@
 
 #include <sys/eventfd.h>
 #include <sys/mman.h>
-#include <sys/pidfd.h>
 #include <unistd.h>
+
+// The header of glibc 2.36 declares its functions without C linkage.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace rastrel::os {
 
