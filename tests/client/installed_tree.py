@@ -7,6 +7,7 @@ import argparse
 import os
 import pathlib
 import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -33,8 +34,18 @@ def install(options, place):
     return prefix
 
 
+def copy_sources(options, place):
+    """The client's sources, away from the library's."""
+    sources = place / "sources"
+    sources.mkdir()
+    shutil.copy(CLIENT / "client.cmake", sources / "CMakeLists.txt")
+    shutil.copy(CLIENT / "client.cpp", sources)
+    shutil.copy(options.root / "examples" / "print_ticket.cpp", sources)
+    return sources
+
+
 def build_with_cmake(options, prefix, place):
-    call(options.cmake, "-G", "Ninja", "-S", CLIENT, "-B", place / "client",
+    call(options.cmake, "-G", "Ninja", "-S", copy_sources(options, place), "-B", place / "client",
          f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_COMPILER={options.compiler}",
          f"-DRASTREL_VERSION={options.version}")
     call(options.cmake, "--build", place / "client")
@@ -49,7 +60,7 @@ def build_with_pkg_config(options, prefix, place):
         sys.exit(f"pkg-config says version {version}, not {options.version}")
     programs = place / "client"
     programs.mkdir()
-    for source in (CLIENT / "client.cpp", options.root / "examples" / "print_ticket.cpp"):
+    for source in sorted(copy_sources(options, place).glob("*.cpp")):
         call(options.compiler, "-std=c++20", source, "-o", programs / source.stem, *flags)
     return programs
 

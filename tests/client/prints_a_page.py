@@ -38,6 +38,8 @@ def delivered(home):
 def run(command, home, pages, status=0, says="", environment=None):
     """Runs the program with `home` as data root; a list of what is wrong."""
     variables = dict(environment or os.environ, RASTREL_HOME=str(home))
+    for name in ("RASTREL_OUTPUT", "RASTREL_RESOURCES"):
+        variables.pop(name, None)
     ended = subprocess.run(command, env=variables, stdout=subprocess.PIPE, check=False, text=True,
                            stderr=subprocess.STDOUT, timeout=TIME_LIMIT)
     faults = []

@@ -1,3 +1,4 @@
+# The client's CMakeLists.txt: it is copied, with its sources, out of this tree before it is used.
 cmake_minimum_required(VERSION 3.25)
 project(RastrelClient LANGUAGES CXX)
 
@@ -6,5 +7,5 @@ find_package(Rastrel ${RASTREL_VERSION} EXACT REQUIRED)
 add_executable(client client.cpp)
 target_link_libraries(client PRIVATE Rastrel::rastrel)
 
-add_executable(print_ticket ${CMAKE_CURRENT_SOURCE_DIR}/../../../examples/print_ticket.cpp)
+add_executable(print_ticket print_ticket.cpp)
 target_link_libraries(print_ticket PRIVATE Rastrel::rastrel)
