@@ -1,0 +1,68 @@
+// What a job's page list does on disk. The list itself is in job/cfm_file.h.
+
+#include "rastrel/cfm/directories.h"
+#include "rastrel/job/app_log.h"
+#include "rastrel/job/cfm_file.h"
+#include "rastrel/job/exe_paths.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace {
+
+CString PageDirectory(const CCFMFileEntry& entry) {
+  const CString& directory =
+      entry.Directory == L"default" ? CExePaths::Instance().m_OutputDir : entry.Directory;
+  return rastrel::os::WithClosingBackslash(directory) + entry.FileName;
+}
+
+// A rename where nobody can tell it from the copy and removal that it stands for. A source that
+// DeleteDirectory would refuse must not vanish either.
+bool MovePage(const CString& source, const CString& target) {
+  constexpr std::size_t ShortestRemovablePath = 4;
+  if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target)) return true;
+  if (!CopyTree(source.c_str(), target.c_str())) {
+    DeleteDirectory(target.c_str());
+    return false;
+  }
+  return DeleteDirectory(source.c_str());
+}
+
+}  // namespace
+
+std::int64_t CCFMFile::GetSizeOnDisk() {
+  if (TotalSize != 0) return TotalSize;
+  for (const CCFMFileEntry& entry : Entries)
+    TotalSize += static_cast<std::int64_t>(GetTreeSize(PageDirectory(entry).c_str()));
+  return TotalSize;
+}
+
+bool CCFMFile::DeletePages() {
+  bool result = true;
+  for (const CCFMFileEntry& entry : Entries)
+    result = DeleteDirectory(PageDirectory(entry).c_str()) && result;
+  // The job's own directory goes with its pages: the spool's ".cfm", or where the RIP put them. The
+  // text is taken as it stands, also where it is "default".
+  if (!Entries.empty()) result = DeleteDirectory(Entries.front().Directory.c_str()) && result;
+  Entries.clear();
+  TotalSize = 0;
+  return result;
+}
+
+bool CCFMFile::MovePages(const CString& destination) {
+  for (CCFMFileEntry& entry : Entries) {
+    const CString source = PageDirectory(entry);
+    const CString target = rastrel::os::WithClosingBackslash(destination) + entry.FileName;
+    if (rastrel::os::Exists(target)) {
+      CAppLog::Instance().Printf(
+          L"Warning: Spool: Destination directory already exists: '%s'. Overwriting.", target);
+      DeleteDirectory(target.c_str());
+    }
+    if (!MovePage(source, target)) {
+      CAppLog::Instance().Printf(L"Move dir '%s' to '%s' failed.", source, target);
+      return false;
+    }
+    entry.Directory = destination;
+  }
+  return true;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "rastrel/cfm/args.h"
+#include "rastrel/platform/os/handle.h"
+
+namespace PrintingThread {
+
+/// Starts one child process. Its supervisor adds arguments, sets the three standard handles, calls
+/// Start and takes the process handle over: this class neither waits for the child nor closes
+/// anything. Used by one thread.
+class CCPHelper {
+ public:
+  /// Full library path of the program, which becomes argument 0 too. Takes this process's standard
+  /// handles and its environment as they are now.
+  explicit CCPHelper(const std::wstring& executable);
+  CCPHelper(const CCPHelper&) = delete;
+  CCPHelper& operator=(const CCPHelper&) = delete;
+  virtual ~CCPHelper();
+
+  /// Appends one argument, as it stands.
+  void AddArgument(const std::wstring& text);
+  /// Appends the command line to `target`: each argument in double quotes with a blank behind it. A
+  /// double quote inside an argument is not escaped, and splits it at the child.
+  void GetCommandLine(std::wstring& target) const;
+  /// Starts the child in its executable's directory. A handle that is null means this process's
+  /// standard one. False with words in the application log; arguments and environment stay, so the
+  /// start may be repeated.
+  [[nodiscard]] bool Start();
+
+ private:
+  std::vector<std::wstring> m_Arguments;
+  Args m_Environment;
+
+ public:
+  HANDLE m_hProcess = INVALID_HANDLE_VALUE;  ///< valid after a start; the supervisor closes it
+  std::uint32_t m_ProcessId = 0;             ///< id of the child
+  std::uint32_t m_CreationFlags = 0;         ///< kept for supervisors; nothing here acts on it
+
+ private:
+  std::wstring m_Executable;
+
+ public:
+  HANDLE m_hStdInput;   ///< given to the child
+  HANDLE m_hStdOutput;  ///< given to the child
+  HANDLE m_hStdError;   ///< given to the child
+};
+
+}  // namespace PrintingThread

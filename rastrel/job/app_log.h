@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "rastrel/job/format_string.h"
+#include "rastrel/platform/os/recursive_lock.h"
+
+/// The library's diagnostic file, `Rastrel-<process id>.log` in the RIP directory, one a process.
+/// Entries stand one behind the other: "[day/month/year, time]", the thread's id, the text in
+/// UTF-8. Only Printf ends a line, and nothing else ever does. Never tells its caller of a failure.
+/// docs/formats/application-log.md has the format.
+///
+/// All threads of the library write; an entry is written whole in one call under one lock. Where
+/// the file could not be opened, the text goes to the standard error stream and the lock **stays
+/// entered**: the first thread that logs goes on logging, every other thread that logs waits for
+/// ever. Programs that must not stand still make sure of the RIP directory before they print
+/// (`rastrel doctor` looks for it).
+class CAppLog {
+ public:
+  /// The one object, made at first use. Making it opens the file and removes the logs of processes
+  /// that live no more.
+  static CAppLog& Instance();
+  /// Deletes the object, if there is one. The file stays; the next use makes a new object and
+  /// truncates it. No other thread may be logging.
+  static void DeleteInstance();
+
+  virtual ~CAppLog();
+  CAppLog(const CAppLog&) = delete;
+  CAppLog& operator=(const CAppLog&) = delete;
+
+  /// One entry, as it stands. No line end is added.
+  void Write(const char* text);
+  /// One entry, as UTF-8. No line end is added.
+  void Write(const wchar_t* text);
+  /// One formatted entry with a carriage return and line feed at its end.
+  template <typename... Arguments>
+  void Printf(const wchar_t* format, const Arguments&... arguments) {
+    const std::array<rastrel::job::FormatArgument, sizeof...(Arguments)> list{
+        rastrel::job::FormatArgument(arguments)...};
+    PrintArguments(format, list);
+  }
+
+ private:
+  CAppLog();
+  void Open();
+  void WriteEntry(std::string_view text);
+  void PrintArguments(const wchar_t* format, std::span<const rastrel::job::FormatArgument> arguments);
+
+  std::wstring m_FileName;  // full path
+  int m_File = -1;          // descriptor; -1 if the file could not be opened
+  rastrel::os::RecursiveLock m_Lock;
+};

@@ -1,0 +1,61 @@
+#include "rastrel/prefix/ps_prefix.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "rastrel/job/job_ticket.h"
+#include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/prefix/cutter.h"
+#include "rastrel/prefix/levels.h"
+#include "rastrel/prefix/path_names.h"
+#include "rastrel/prefix/scaling.h"
+#include "rastrel/prefix/selection.h"
+
+namespace os = rastrel::os;
+namespace prefix = rastrel::prefix;
+
+PSPrefix::PSPrefix(CJobTicket* ticket) : m_pTicket(ticket) {}
+
+PSPrefix::~PSPrefix() {
+  // Read now, so that a change while the job ran counts.
+  const bool keep = GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0;
+  if (!keep && !m_PrefixPath.empty()) static_cast<void>(os::RemoveFile(m_PrefixPath));
+}
+
+unsigned PSPrefix::Generate() {
+  if (m_pTicket == nullptr || !Open()) return 1;
+  const CJobData& settings = m_pTicket->m_JobData;
+  WriteBytes(prefix::ExitServer);
+  WriteSection(prefix::TitleSection(m_pTicket->m_JobFile.GetFullPath()));
+  if (!settings.PrinterName.empty()) {
+    WriteSection(prefix::PrinterSelection(settings));
+    if (!settings.PrintModeName.empty()) WriteSection(prefix::PrintModeSelection(settings));
+  }
+  WriteSection(prefix::ScalingSection(settings));
+  if (settings.LevelsEnabled) WriteSection(prefix::LevelsSection(settings));
+  WriteSection(prefix::CutterSection(settings));
+  WriteBytes(prefix::EndOfJob);
+  Close();
+  return 0;
+}
+
+bool PSPrefix::Open() {
+  m_PrefixPath = prefix::PrefixPathOf(m_pTicket->m_JobFile.GetFullPath());
+  m_Output.clear();
+  auto file = os::CreateForWriting(m_PrefixPath);
+  if (!file) return false;
+  m_File = file->Release();
+  return true;
+}
+
+void PSPrefix::WriteSection(const std::wstring& text) {
+  os::AppendUtf8FromWide(m_Output, std::wstring_view(text).substr(0, std::min(text.find(L'\0'), text.size())));
+}
+
+void PSPrefix::Close() {
+  static_cast<void>(os::WriteAll(m_File, m_Output));  // the job runs with whatever the disk took
+  os::CloseHandle(m_File);
+  m_Output.clear();
+}

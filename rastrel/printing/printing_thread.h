@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+
+#include "rastrel/export.h"
+#include "rastrel/platform/mfc/sync.h"
+#include "rastrel/printing/abort_flag.h"
+
+class CCFM2;
+class CCFMFile;
+class CJobTicket;
+namespace rastrel::os {
+class Thread;
+}
+
+namespace PrintingThread {
+
+/// Turns one ticket into output on a thread of its own: through the RIP and the output engine, or,
+/// for a ticket whose pages are on disk already, through the output engine alone. Made and owned by
+/// the ticket (CJobTicket::PrintJob); runs once. A host reaches it for Abort only.
+class RASTREL_API CPrintingThread {
+ public:
+  /// The ticket is not owned and must outlive the thread.
+  explicit CPrintingThread(CJobTicket* ticket);
+  CPrintingThread(const CPrintingThread&) = delete;
+  CPrintingThread& operator=(const CPrintingThread&) = delete;
+  /// Joins.
+  virtual ~CPrintingThread();
+
+  /// Checks that both child programs are there and starts the thread. On the host's thread. False
+  /// with words in the application log, and for a missing program an error on the ticket.
+  [[nodiscard]] bool Start();
+  /// Waits for the thread without a limit and frees what belongs to the run. Nothing without a thread.
+  void Join();
+  /// Asks the job to end early and returns at once; any thread, as often as one likes, but not after
+  /// Join. It is not lost if it comes before a child runs. The job ends at JS_HOLDING with
+  /// JTE_ABNORMAL, whatever stage it was in, unless it was through already.
+  void Abort();
+
+ private:
+  void ThreadMain();
+  [[nodiscard]] bool Run();
+  [[nodiscard]] bool RunInstallJob();
+  [[nodiscard]] bool RunRipAndOutput();
+  [[nodiscard]] bool RunOutputOnly();
+  [[nodiscard]] bool RipPages(CCFM2& document);
+  [[nodiscard]] bool OutputPages(CCFM2& document);
+  [[nodiscard]] bool RunRip(CCFM2& document, const wchar_t* prefixPath, bool& endedWell);
+  [[nodiscard]] bool RunOutput(CCFM2& document);
+  [[nodiscard]] bool SpoolPages(CCFMFile& pages);
+  void PrepareSpoolDirectory(const std::wstring& directory);
+  static void DiscardPages(CCFM2& document);
+
+  CJobTicket* m_pTicket;
+  std::unique_ptr<rastrel::os::Thread> m_hThread;
+  std::unique_ptr<CSemaphore> m_pSemaphore;
+  std::unique_ptr<CSingleLock> m_pLock;
+  AbortFlag m_bAbort = false;
+};
+
+}  // namespace PrintingThread

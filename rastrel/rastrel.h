@@ -1,0 +1,26 @@
+#pragma once
+
+/// The whole exported interface.
+///
+/// A host fills a ticket (job/job_ticket.h), prints it, and may stop it through its thread
+/// (printing/printing_thread.h). It saves and loads tickets with an archive
+/// (platform/mfc/archive.h). A program with settings, directories or translations of its own
+/// installs them first (platform/host/host.h).
+
+#include "rastrel/cfm/directories.h"
+#include "rastrel/job/job_ticket.h"
+#include "rastrel/job/status.h"
+#include "rastrel/job/vk_job_ticket.h"
+#include "rastrel/platform/host/base_dir.h"
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/host/translation.h"
+#include "rastrel/platform/mfc/archive.h"
+#include "rastrel/platform/mfc/date_time.h"
+#include "rastrel/platform/mfc/file.h"
+#include "rastrel/platform/mfc/object.h"
+#include "rastrel/platform/mfc/string.h"
+#include "rastrel/platform/mfc/sync.h"
+#include "rastrel/platform/mfc/window.h"
+#include "rastrel/printing/printing_thread.h"
+#include "rastrel/printing/test_print.h"
