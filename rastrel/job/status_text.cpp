@@ -41,7 +41,7 @@ std::wstring Translated(const std::wstring& text) {
   return destination.data();
 }
 
-std::wstring ChildStateText(JT_INFO code, JT_ORIGINATOR originator) {
+std::wstring TextOfChildState(JT_INFO code, JT_ORIGINATOR originator) {
   const auto& texts = ChildStateTexts.at(static_cast<std::size_t>(code - JTI_INITIALISING));
   if (originator == JTO_RIP) return texts.rip;
   if (originator == JTO_ODALIS) return texts.odalis;
@@ -113,7 +113,7 @@ std::wstring InfoText(JT_INFO code, JT_ORIGINATOR originator) {
     case JTI_FLUSHING:
     case JTI_PRINTING:
     case JTI_SPOOLING:
-    case JTI_VALID_RECOVERY: return ChildStateText(code, originator);
+    case JTI_VALID_RECOVERY: return TextOfChildState(code, originator);
   }
   return {};
 }
