@@ -6,13 +6,12 @@
 #include <type_traits>
 #include <variant>
 
-#include "rastrel/export.h"
 
 namespace rastrel::job {
 
 /// One argument of a formatted text, with its own type: a conversion that does not fit it prints it
 /// plainly instead of reading something else. Text is borrowed for the length of the call.
-class RASTREL_API FormatArgument {
+class FormatArgument {
  public:
   struct Pointer {
     const void* value;

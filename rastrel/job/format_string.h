@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 
-#include "rastrel/export.h"
 #include "rastrel/job/format_argument.h"
 
 namespace rastrel::job {
@@ -25,13 +24,13 @@ namespace rastrel::job {
 ///   among them, prints the argument plainly.
 /// - A format that ends inside a conversion gives nothing for it and takes no argument; so does a
 ///   conversion that has no argument left.
-[[nodiscard]] RASTREL_API std::wstring FormatText(std::wstring_view format,
+[[nodiscard]] std::wstring FormatText(std::wstring_view format,
                                                   std::span<const FormatArgument> arguments);
 
 /// The same rules for the arguments of a C variable list, which are taken by the sizes that the
 /// modifiers name (`h`, `l`, `ll`, `z`, `I64`). `s` takes wide text, `S` and `hs` narrow text in
 /// UTF-8, `c` a wide character.
-[[nodiscard]] RASTREL_API std::wstring FormatVariableList(const wchar_t* format, std::va_list list);
+[[nodiscard]] std::wstring FormatVariableList(const wchar_t* format, std::va_list list);
 
 }  // namespace rastrel::job
 

@@ -17,6 +17,7 @@
 /// directly; while the job prints it may read m_Status and m_Error, and leaves the rest alone.
 class RASTREL_API CJobBase : public CObject {
  public:
+  /// Every field at its default.
   CJobBase();
   CJobBase(const CJobBase&) = default;
   CJobBase& operator=(const CJobBase&) = default;

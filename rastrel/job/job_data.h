@@ -28,6 +28,7 @@ class RASTREL_API CLevelsData : public CObject {
 /// All settings of a job. The host reads and writes the fields directly.
 class RASTREL_API CJobData : public CObject {
  public:
+  /// Every field at its default.
   CJobData();
   CJobData(const CJobData&) = default;
   CJobData& operator=(const CJobData&) = default;

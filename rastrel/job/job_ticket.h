@@ -25,6 +25,7 @@ class CPrintingThread;
 /// A text error or a warning of a child leaves no mark here; only coded errors do.
 class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
  public:
+  /// An idle job: every field at its default.
   CJobTicket();
   /// Copies every field; only a ticket without a thread may be copied.
   CJobTicket(const CJobTicket&) = default;

@@ -9,16 +9,19 @@ namespace rastrel::job {
 class SharedText {
  public:
   SharedText() = default;
+  /// The other's present text.
   SharedText(const SharedText& other) : m_Text(other.Get()) {}
   SharedText& operator=(const SharedText& other) {
     if (this != &other) Set(other.Get());
     return *this;
   }
 
+  /// A copy of the present text. Any thread.
   [[nodiscard]] std::wstring Get() const {
     const std::lock_guard<std::mutex> guard(m_Mutex);
     return m_Text;
   }
+  /// Replaces the text. Any thread.
   void Set(std::wstring text) {
     const std::lock_guard<std::mutex> guard(m_Mutex);
     m_Text = std::move(text);

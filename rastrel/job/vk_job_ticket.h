@@ -22,6 +22,7 @@ inline constexpr int JobWindowEnded = 3;
 /// with cut data kept apart. Without a window it behaves as a CJobTicket.
 class RASTREL_API CVKJobTicket : public CJobTicket {
  public:
+  /// 72 pixels per inch, scaled, with no window.
   CVKJobTicket();
   CVKJobTicket(const CVKJobTicket&) = default;
   CVKJobTicket& operator=(const CVKJobTicket&) = default;

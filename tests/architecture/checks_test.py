@@ -112,7 +112,8 @@ class ExportedSymbols(unittest.TestCase):
     def test_all_that_belongs_to_a_class_of_the_interface_is_fine(self):
         symbols = ["CFile::Open(wchar_t const*, unsigned int)", "vtable for CFile",
                    "typeinfo name for CFile", "non-virtual thunk to CFile::~CFile()",
-                   "CFile::Name[abi:cxx11]() const", "operator<<(CArchive&, COleDateTime const&)"]
+                   "CFile::Name[abi:cxx11]() const", "void CFile::Get<unsigned char>(unsigned char&)",
+                   "operator<<(CArchive&, COleDateTime const&)"]
         self.assertEqual(exported_symbols.check(symbols, ["CFile", "operator<<"]), [])
 
     def test_a_name_of_the_inside_is_a_fault(self):

@@ -21,7 +21,8 @@ def owner_of(symbol):
     name = name.split("[abi:")[0]
     if name.startswith("operator"):
         return name.split("(")[0].split("<rastrel")[0].strip()
-    return re.split(r"[(\[]", name, maxsplit=1)[0]
+    name = re.sub(r"<.*>", "", name.split("(")[0])  # a template's arguments
+    return name.split(" ")[-1]  # its return type stands in front
 
 
 def covered(owner, allowed):

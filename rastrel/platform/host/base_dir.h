@@ -19,6 +19,7 @@ class RASTREL_API CBaseDir {
   CBaseDir& operator=(const CBaseDir&) = default;
   ~CBaseDir() = default;
 
+  /// The type that it was made with.
   [[nodiscard]] path_type GetType() const { return m_Type; }
   /// Valid as long as the object.
   operator const wchar_t*() const { return m_Wide.c_str(); }          // NOLINT(google-explicit-constructor)

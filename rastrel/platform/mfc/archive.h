@@ -24,6 +24,7 @@ class RASTREL_API CArchiveException : public std::exception {
     badSchema = 7
   };
 
+  /// An exception with that cause.
   explicit CArchiveException(Cause cause) : m_cause(cause) {}
   ~CArchiveException() override;
   /// English words for the cause; static text.
@@ -43,6 +44,7 @@ class RASTREL_API CArchiveException : public std::exception {
 /// not take raises genericException.
 class RASTREL_API CArchive {
  public:
+  /// Which way it goes.
   enum Mode : unsigned { store = 0, load = 1 };
 
   /// The file is not owned and must outlive the archive.
@@ -52,6 +54,7 @@ class RASTREL_API CArchive {
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
 
+  /// Whether it was opened to read, or to write.
   [[nodiscard]] bool IsLoading() const { return m_Mode == load; }
   [[nodiscard]] bool IsStoring() const { return m_Mode == store; }
 

@@ -11,6 +11,7 @@ class CArchive;
 /// 1899, 6:00), which is the form of OLE Automation.
 class RASTREL_API COleDateTime {
  public:
+  /// Whether there is a date: a good one, one that could not be made, none at all.
   enum DateTimeStatus : std::int32_t { valid = 0, invalid = 1, null = 2 };
 
   /// Zero: 30 December 1899, valid.
@@ -21,6 +22,7 @@ class RASTREL_API COleDateTime {
   /// same calendar moment.
   static COleDateTime GetCurrentTime();
 
+  /// The mark m_status. Setting it leaves the days as they are.
   [[nodiscard]] DateTimeStatus GetStatus() const { return m_status; }
   void SetStatus(DateTimeStatus status) { m_status = status; }
   /// Calendar parts. -1 if the date is not valid.

@@ -39,6 +39,7 @@ class RASTREL_API CObject {
   /// Does nothing.
   virtual void Dump(CDumpContext& context) const;
 
+  /// The record of CObject itself; it can't be created dynamically.
   static CRuntimeClass classCObject;
   /// The class of CObject itself.
   static CRuntimeClass* GetThisClass();

@@ -20,6 +20,7 @@ struct CWndMessage {
 /// and taken by the host's. Messages wait in order until they are taken, and none is dropped.
 class RASTREL_API CWnd {
  public:
+  /// A window with no messages.
   CWnd();
   virtual ~CWnd();
   CWnd(const CWnd&) = delete;

@@ -6,4 +6,5 @@
 /// holds one says who closes it.
 using HANDLE = int;
 
+/// No handle.
 inline constexpr HANDLE INVALID_HANDLE_VALUE = -1;
