@@ -22,7 +22,8 @@ namespace {
 // printing thread.
 class WatchedTicket : public CJobTicket {
  public:
-  // The thread calls the operation below, so it must be over before this part of the object is gone.
+  // The thread calls the operation below, so it must be over before this part of the object is
+  // gone.
   ~WatchedTicket() override { EndPrint(); }
 
   using CJobTicket::Error;

@@ -1,5 +1,6 @@
-// The job record's reader against any bytes: it reads a ticket or raises CArchiveException, and takes
-// no more memory than the bytes account for. A ticket that was read whole is written and read again.
+// The job record's reader against any bytes: it reads a ticket or raises CArchiveException, and
+// takes no more memory than the bytes account for. A ticket that was read whole is written and read
+// again.
 
 #include <cstddef>
 #include <cstdint>

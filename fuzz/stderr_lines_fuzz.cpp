@@ -1,5 +1,5 @@
-// The reader of a child's standard error against any bytes, in pieces as a pipe would give them. The
-// first byte is the size of the pieces.
+// The reader of a child's standard error against any bytes, in pieces as a pipe would give them.
+// The first byte is the size of the pieces.
 
 #include <algorithm>
 #include <cstddef>
@@ -16,7 +16,9 @@ namespace {
 class Listener : public CJobMessaging {
  public:
   virtual ~Listener() = default;
-  void Warning(const wchar_t* text, JT_ORIGINATOR /*originator*/) override { Check(text != nullptr); }
+  void Warning(const wchar_t* text, JT_ORIGINATOR /*originator*/) override {
+    Check(text != nullptr);
+  }
   void Error(const wchar_t* text, JT_ORIGINATOR /*originator*/) override { Check(text != nullptr); }
   void Error(JT_ERROR code, JT_ORIGINATOR /*originator*/) override { Check(code >= JTE_UNDEFINED); }
   void Info(JT_INFO code, JT_ORIGINATOR /*originator*/) override {

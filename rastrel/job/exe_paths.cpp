@@ -11,7 +11,6 @@
 #include "rastrel/platform/os/path.h"
 
 using rastrel::os::Exists;
-using rastrel::os::WithClosingBackslash;
 
 namespace {
 

@@ -31,7 +31,7 @@ Resources FindResources() {
   std::string prefix = ParentOf(os::ModulePath());
   for (int level = 0; level < levels && !prefix.empty(); ++level) {
     prefix = ParentOf(prefix);
-    const Resources found = BelowPrefix(prefix);
+    Resources found = BelowPrefix(prefix);
     if (IsAny(found)) return found;
   }
   return {};

@@ -61,9 +61,12 @@ class RASTREL_API CObject {
   /** A new object of this class; the caller owns it. */   \
   static CObject* CreateObject();
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names of classes.
+/// Defines what RASTREL_DECLARE_DYNCREATE declares; stands in one source, at global scope.
 #define RASTREL_IMPLEMENT_DYNCREATE(class_name, base_name)                                  \
   CRuntimeClass class_name::class##class_name{#class_name, 0xFFFF, class_name::CreateObject, \
                                               &base_name::class##base_name};                \
   CRuntimeClass* class_name::GetThisClass() { return &class##class_name; }                  \
   CRuntimeClass* class_name::GetRuntimeClass() const { return &class##class_name; }         \
   CObject* class_name::CreateObject() { return new class_name; }
+// NOLINTEND(bugprone-macro-parentheses)

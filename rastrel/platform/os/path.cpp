@@ -100,7 +100,7 @@ std::string WithoutClosingSlashes(std::string path) {
 }
 
 std::string ConfiguredDataRoot() {
-  const std::string own = EnvironmentValue("RASTREL_HOME");
+  std::string own = EnvironmentValue("RASTREL_HOME");
   if (!own.empty()) return own;
   // The XDG base directory rules tell to ignore a relative path.
   const std::string data = EnvironmentValue("XDG_DATA_HOME");
