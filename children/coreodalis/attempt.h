@@ -13,14 +13,18 @@ struct Problem {
 };
 
 /// "OPERATION 'SUBJECT': words of the error number".
-[[nodiscard]] Problem SystemProblem(const std::string& operation, const std::string& subject, int error);
+[[nodiscard]] Problem SystemProblem(const std::string& operation, const std::string& subject,
+                                    int error);
 
 /// A value, or the problem that stands in its place. Nothing throws.
 template <typename Value>
 class [[nodiscard]] Attempt {
  public:
-  Attempt(Value value) : m_State(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
-  Attempt(Problem problem) : m_State(std::in_place_index<1>, std::move(problem)) {}  // NOLINT(google-explicit-constructor)
+  Attempt(Value value)
+      : m_State(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
+  Attempt(Problem problem)
+      : m_State(std::in_place_index<1>, std::move(problem)) {
+  }  // NOLINT(google-explicit-constructor)
 
   /// True if there is a value.
   explicit operator bool() const { return m_State.index() == 0; }

@@ -105,7 +105,8 @@ class Reader {
     if (keyword == "begin") {
       return AtLine(m_Line, "begin inside the page of line " + std::to_string(m_Page.line));
     }
-    if (!hasValue) return AtLine(m_Line, Quoted(keyword) + " has no ':=' and is not the page's end");
+    if (!hasValue)
+      return AtLine(m_Line, Quoted(keyword) + " has no ':=' and is not the page's end");
     if (keyword == "id") {
       m_Page.id = value;
     } else if (keyword == "dir") {

@@ -10,8 +10,8 @@
 /// The CFM2 text that the library's generator writes, read by lines.
 ///
 /// The library's own reader finds pages by searching the text for words; this one does not, since
-/// titles and directories may hold the words begin and end, a '>' and anything else but a line feed.
-/// The form is told in docs/formats/output-engine.md.
+/// titles and directories may hold the words begin and end, a '>' and anything else but a line
+/// feed. The form is told in docs/formats/output-engine.md.
 namespace rastrel::odalis {
 
 /// What is to happen to a page.

@@ -99,15 +99,16 @@ class Running {
   Attempt<Success> Wait(unsigned timeoutSeconds) {
     const os::FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, m_Id, 0)));
     if (!process.IsOpen()) return SystemProblem("pidfd_open", m_Program, errno);
-    const std::int64_t limit =
-        os::MonotonicNanoseconds() + std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
+    const std::int64_t limit = os::MonotonicNanoseconds() +
+                               std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
     pollfd entries[2] = {{process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}};
     while ((entries[0].revents & POLLIN) == 0) {
       const std::int64_t left = (limit - os::MonotonicNanoseconds()) / NanosecondsPerMillisecond;
       if (timeoutSeconds != 0 && left <= 0) {
         return Failed("was ended after " + std::to_string(timeoutSeconds) + " seconds");
       }
-      const int wait = timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
+      const int wait =
+          timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
       if (::poll(entries, 2, wait) < 0 && errno != EINTR) {
         return SystemProblem("poll", m_Program, errno);
       }

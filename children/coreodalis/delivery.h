@@ -15,8 +15,8 @@ namespace rastrel::odalis {
 /// What is delivered, and how.
 struct DeliveryOrder {
   const Device* device = nullptr;
-  FieldValues values;   ///< all but plane and file
-  bool planar = false;  ///< each plane as a file of its own
+  FieldValues values;                    ///< all but plane and file
+  bool planar = false;                   ///< each plane as a file of its own
   std::function<void(double)> progress;  ///< told the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
 };

@@ -60,7 +60,8 @@ Attempt<Success> TakeValue(Section& section, std::string_view line, std::size_t 
   }
   if (value.empty()) return AtLine(number, "the key " + Quoted(key) + " has no value");
   const bool added =
-      section.values.try_emplace(std::string(key), Section::Value{std::string(value), number}).second;
+      section.values.try_emplace(std::string(key), Section::Value{std::string(value), number})
+          .second;
   if (!added) return AtLine(number, "the key " + Quoted(key) + " stands here twice");
   return Success{};
 }
@@ -113,8 +114,8 @@ Attempt<Choice> ChoiceOf(const Section& section, std::string_view key, bool opti
     if (word == value->text) return choice;
     known += (known.empty() ? "" : ", ") + std::string(word);
   }
-  return AtLine(value->line, Quoted(value->text) + " is no value of " + Quoted(key) + " (" + known +
-                                 ")");
+  return AtLine(value->line,
+                Quoted(value->text) + " is no value of " + Quoted(key) + " (" + known + ")");
 }
 
 Attempt<Success> TakePattern(const Section& section, Device& device) {
@@ -215,9 +216,12 @@ Attempt<Device> DeviceOf(const Section& section) {
 
 const char* ExtensionOf(FileFormat format) {
   switch (format) {
-    case FileFormat::Tiff: return "tif";
-    case FileFormat::Png: return "png";
-    case FileFormat::Pdf: return "pdf";
+    case FileFormat::Tiff:
+      return "tif";
+    case FileFormat::Png:
+      return "png";
+    case FileFormat::Pdf:
+      return "pdf";
   }
   return "";
 }

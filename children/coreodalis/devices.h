@@ -23,14 +23,14 @@ enum class FileFormat { Tiff, Png, Pdf };
 
 /// One section of the file.
 struct Device {
-  std::string printer;          ///< the section's name; "*" takes every name that has no section
-  std::size_t line = 0;         ///< of the section's name, counted from 1
+  std::string printer;   ///< the section's name; "*" takes every name that has no section
+  std::size_t line = 0;  ///< of the section's name, counted from 1
   DeviceKind kind = DeviceKind::File;
   FileFormat format = FileFormat::Tiff;
-  Pattern pattern;              ///< kind File: full path of the file; always begins with a root
-  bool overwrite = false;       ///< kind File: replace a file of that name
+  Pattern pattern;               ///< kind File: full path of the file; always begins with a root
+  bool overwrite = false;        ///< kind File: replace a file of that name
   std::vector<Pattern> command;  ///< kind Command: the program and its arguments, a word each
-  unsigned timeoutSeconds = 0;  ///< kind Command: the program is ended after that; 0 is never
+  unsigned timeoutSeconds = 0;   ///< kind Command: the program is ended after that; 0 is never
 };
 
 /// "tif", "png" or "pdf".
@@ -40,6 +40,7 @@ struct Device {
 [[nodiscard]] Attempt<std::vector<Device>> ReadDevices(std::string_view text);
 
 /// The section of that name, else the one for "*", else null. An empty name takes "*".
-[[nodiscard]] const Device* FindDevice(const std::vector<Device>& devices, std::string_view printer);
+[[nodiscard]] const Device* FindDevice(const std::vector<Device>& devices,
+                                       std::string_view printer);
 
 }  // namespace rastrel::odalis

@@ -31,7 +31,7 @@ struct PagePlace {
   std::size_t lastEntry = 0;    ///< after this one it is removed, if it is to be
   std::uint64_t printings = 0;  ///< that are asked for
   unsigned delivered = 0;
-  bool isRemoved = false;       ///< an entry says once or delete
+  bool isRemoved = false;  ///< an entry says once or delete
 };
 
 std::string Today() {
@@ -112,7 +112,8 @@ class Engine {
         place.path = os::WideFromUtf8(path);
       }
       place.lastEntry = i;
-      if (entry.type == TicketType::Once || entry.type == TicketType::Delete) place.isRemoved = true;
+      if (entry.type == TicketType::Once || entry.type == TicketType::Delete)
+        place.isRemoved = true;
       if (entry.type != TicketType::Delete) {
         place.printings += entry.copies;
         m_Printings += entry.copies;

@@ -56,8 +56,8 @@ std::optional<EngineOptions> ReadArguments(const std::vector<std::string_view>& 
   return options;
 }
 
-/// The whole of standard input, which the library wrote before the engine was started or writes now.
-/// Empty if it can't be read or is too large.
+/// The whole of standard input, which the library wrote before the engine was started or writes
+/// now. Empty if it can't be read or is too large.
 std::optional<std::string> ReadInput() {
   std::string text;
   std::vector<char> block(BlockBytes);

@@ -48,7 +48,8 @@ int LinkNameless(int descriptor, const std::string& path) {
 
 /// Renames without replacing, on file systems that have no links.
 int RenameHidden(const std::string& hidden, const std::string& path) {
-  if (::renameat2(AT_FDCWD, hidden.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (::renameat2(AT_FDCWD, hidden.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
+    return 0;
   if (errno != EINVAL && errno != ENOSYS) return -1;
   // The name is taken with an empty file first, which nobody else can do at the same time.
   const os::FileDescriptor place(
@@ -125,12 +126,21 @@ OutputFile::Naming OutputFile::Name(const std::string& path) {
 }
 
 void OutputFile::Unname(const std::string& path) {
-  // Without links the hidden name was lost for the other one, and is the file's only name again.
-  const bool moved = !m_Hidden.empty() && ::access(m_Hidden.c_str(), F_OK) != 0;
-  if (moved) {
-    static_cast<void>(::rename(path.c_str(), m_Hidden.c_str()));
-  } else {
+  if (m_Hidden.empty()) {
+    // A nameless file that had a name and lost it can't be given one again.
+    const std::string hidden = HiddenPath(m_Directory);
+    if (m_Guardian->Guard(hidden) && ::rename(path.c_str(), hidden.c_str()) == 0) {
+      m_Hidden = hidden;
+    } else {
+      ::unlink(path.c_str());
+    }
+    return;
+  }
+  // Without links the hidden name was given up for the other one, and is the only one again.
+  if (::access(m_Hidden.c_str(), F_OK) == 0) {
     ::unlink(path.c_str());
+  } else {
+    static_cast<void>(::rename(path.c_str(), m_Hidden.c_str()));
   }
 }
 

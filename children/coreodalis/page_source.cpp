@@ -18,7 +18,8 @@ bool AreProcessInks(const std::vector<std::string>& planes) {
   return std::equal(planes.begin(), planes.end(), ProcessInks.begin(), ProcessInks.end());
 }
 
-Attempt<ColourModel> ModelOf(const children::PageInfo& info, const std::vector<std::string>& planes) {
+Attempt<ColourModel> ModelOf(const children::PageInfo& info,
+                             const std::vector<std::string>& planes) {
   const std::size_t count = planes.size();
   switch (info.colour) {
     case children::PageColour::Gray:
@@ -44,7 +45,8 @@ bool IsResolution(double value) {
 
 Attempt<ImageShape> ShapeOf(const children::PageInfo& info) {
   if (info.bits != 8) {
-    return Problem{"the page has " + std::to_string(info.bits) + " bits a sample; 8 can be printed"};
+    return Problem{"the page has " + std::to_string(info.bits) +
+                   " bits a sample; 8 can be printed"};
   }
   if (info.width == 0 || info.height == 0 || info.width > LongestSide ||
       info.height > LongestSide) {

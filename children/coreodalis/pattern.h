@@ -51,8 +51,8 @@ class Pattern {
   std::vector<std::variant<std::string, Field>> m_Pieces;
 };
 
-/// Splits a command into words at blanks and tabs. Single quotes keep everything, double quotes keep
-/// everything but a backslash in front of '"' or '\', which is taken away; outside quotes a
+/// Splits a command into words at blanks and tabs. Single quotes keep everything, double quotes
+/// keep everything but a backslash in front of '"' or '\', which is taken away; outside quotes a
 /// backslash keeps the next character. The problem tells of a quote without its other.
 [[nodiscard]] Attempt<std::vector<std::string>> SplitWords(std::string_view text);
 

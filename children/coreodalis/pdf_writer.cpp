@@ -131,7 +131,8 @@ class PdfWriter final : public ImageWriter {
       if (result == Z_STREAM_ERROR) return Refuse("the compression failed");
       Put(std::string_view(reinterpret_cast<const char*>(m_Block.data()),
                            m_Block.size() - m_Stream.avail_out));
-    } while (m_Error == 0 && (m_Stream.avail_out == 0 || (flush == Z_FINISH && result != Z_STREAM_END)));
+    } while (m_Error == 0 &&
+             (m_Stream.avail_out == 0 || (flush == Z_FINISH && result != Z_STREAM_END)));
     return State();
   }
 
@@ -153,7 +154,8 @@ class PdfWriter final : public ImageWriter {
 Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
                                                     const ImageShape& shape) {
   if (shape.model == ColourModel::Inks) {
-    return Problem{"writing '" + name + "': a PDF file here can't hold spot inks; use TIFF or planes"};
+    return Problem{"writing '" + name +
+                   "': a PDF file here can't hold spot inks; use TIFF or planes"};
   }
   auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

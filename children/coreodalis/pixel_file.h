@@ -8,8 +8,8 @@
 #include "children/coreodalis/attempt.h"
 #include "children/shared/page_info.h"
 
-/// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row or
-/// strip, whatever the file claims to hold.
+/// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row
+/// or strip, whatever the file claims to hold.
 namespace rastrel::odalis {
 
 /// Pixels to a side of a page at most.
@@ -36,9 +36,10 @@ class PixelFile {
   unsigned m_Samples = 0;
 };
 
-/// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as the
-/// highest value), or TIFF in strips with 8 bits a sample and no colour conversion. The file must be
-/// a regular one of the size and checksum told; links are not followed. The problem names the file.
+/// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as
+/// the highest value), or TIFF in strips with 8 bits a sample and no colour conversion. The file
+/// must be a regular one of the size and checksum told; links are not followed. The problem names
+/// the file.
 [[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
                                                                 const children::PageFile& file);
 

@@ -15,9 +15,9 @@ struct RenderTarget {
   std::string name;  ///< for messages
 };
 
-/// Writes all rows of a page: into one target with all planes, or, `planar`, into a gray picture for
-/// each plane in order (in ink planes white is no ink). `progress` is told the share that is done.
-/// REQUIRES: one target, or as many as there are planes.
+/// Writes all rows of a page: into one target with all planes, or, `planar`, into a gray picture
+/// for each plane in order (in ink planes white is no ink). `progress` is told the share that is
+/// done. REQUIRES: one target, or as many as there are planes.
 [[nodiscard]] Attempt<Success> Render(PageSource& source, FileFormat format, bool planar,
                                       std::span<const RenderTarget> targets,
                                       const std::function<void(double)>& progress);

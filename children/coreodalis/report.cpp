@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::odalis {
 namespace {
+
+constexpr std::int64_t BetweenReports = 200'000'000;  // nanoseconds
 
 void Write(std::string_view tag, std::string_view text) {
   os::WriteToStandardError(std::string(tag) + OneLine(text) + "\n");
@@ -13,10 +16,14 @@ void Write(std::string_view tag, std::string_view text) {
 
 const char* WordOf(EngineState state) {
   switch (state) {
-    case EngineState::Initialising: return "INITIALISING";
-    case EngineState::Ready: return "READY";
-    case EngineState::Printing: return "PRINTING";
-    case EngineState::Flushing: return "FLUSHING";
+    case EngineState::Initialising:
+      return "INITIALISING";
+    case EngineState::Ready:
+      return "READY";
+    case EngineState::Printing:
+      return "PRINTING";
+    case EngineState::Flushing:
+      return "FLUSHING";
   }
   return "";
 }
@@ -42,6 +49,9 @@ void ReportNote(std::string_view text) { Write("NOTE: ", text); }
 void Progress::Report(double share) {
   const int percent = std::clamp(static_cast<int>(share * 100), 0, 100);
   if (percent <= m_Last) return;
+  const std::int64_t now = os::MonotonicNanoseconds();
+  if (percent < 100 && m_LastTime != 0 && now - m_LastTime < BetweenReports) return;
+  m_LastTime = now;
   m_Last = percent;
   Write("PROGRESS: ", std::to_string(percent) + " %");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,7 +22,8 @@ void ReportPage(unsigned page);
 /// Any other words for the job's log.
 void ReportNote(std::string_view text);
 
-/// Reports whole percentages, each once, and never a smaller one than before.
+/// Reports whole percentages, each once, never a smaller one than before, and no more than a few a
+/// second, since every line lands in the job's log. The last one, 100, is always reported.
 class Progress {
  public:
   /// `share` of the work is done, 0 to 1.
@@ -29,6 +31,7 @@ class Progress {
 
  private:
   int m_Last = 0;
+  std::int64_t m_LastTime = 0;  ///< nanoseconds of the monotonic clock
 };
 
 /// The text as one line: line ends, zero bytes and other control characters become blanks.

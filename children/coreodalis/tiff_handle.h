@@ -26,7 +26,8 @@ class TiffHandle {
   [[nodiscard]] bool HasFailed() const { return !m_Error.empty(); }
 
  private:
-  static int TakeError(TIFF* tiff, void* self, const char* module, const char* format, va_list list);
+  static int TakeError(TIFF* tiff, void* self, const char* module, const char* format,
+                       va_list list);
   static int TakeWarning(TIFF* tiff, void* self, const char* module, const char* format,
                          va_list list);
 

@@ -16,9 +16,7 @@ constexpr std::uint64_t StripBytes = 64u << 10;
 /// LZW can make noise larger, by less than a half; this leaves room below 4 GiB for that.
 constexpr std::uint64_t BigTiffFrom = 2'800'000'000u;
 
-bool IsInk(ColourModel model) {
-  return model == ColourModel::Cmyk || model == ColourModel::Inks;
-}
+bool IsInk(ColourModel model) { return model == ColourModel::Cmyk || model == ColourModel::Inks; }
 
 class TiffWriter final : public ImageWriter {
  public:
@@ -76,7 +74,8 @@ class TiffWriter final : public ImageWriter {
     Set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     Set(TIFFTAG_COMPRESSION, COMPRESSION_LZW);
     Set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    Set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, m_Shape.height)));
+    Set(TIFFTAG_ROWSPERSTRIP,
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, m_Shape.height)));
     Set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     Set(TIFFTAG_XRESOLUTION, m_Shape.xResolution);
     Set(TIFFTAG_YRESOLUTION, m_Shape.yResolution);
@@ -85,13 +84,19 @@ class TiffWriter final : public ImageWriter {
 
   void SetColours() {
     switch (m_Shape.model) {
-      case ColourModel::Gray: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK); break;
-      case ColourModel::Rgb: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); break;
+      case ColourModel::Gray:
+        Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        break;
+      case ColourModel::Rgb:
+        Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+        break;
       case ColourModel::Cmyk:
         Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
         Set(TIFFTAG_INKSET, INKSET_CMYK);
         break;
-      case ColourModel::Inks: SetInks(); break;
+      case ColourModel::Inks:
+        SetInks();
+        break;
     }
   }
 

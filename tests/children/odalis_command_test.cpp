@@ -1,0 +1,161 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include "tests/children/odalis_bench.h"
+
+// Devices of the kind "command", through the program.
+namespace rastrel::odalis {
+namespace {
+
+using namespace testing;
+using Names = std::vector<std::string>;
+
+class CommandDevice : public ::testing::Test {
+ protected:
+  CommandDevice() { WriteRgbPage(Root() + "/pages/p1", "A 'Sign' $HOME", 3, "Cmd"); }
+
+  const std::string& Root() const { return m_Directory.Path(); }
+  std::string Scratch() const { return Root() + "/tmp"; }
+
+  /// A run with this command; files for commands are made in Scratch().
+  std::unique_ptr<EngineRun> Start(const std::string& command, const std::string& more = "",
+                                   bool planar = false) const {
+    WriteFile(Root() + "/devices.txt",
+              "[Cmd]\nkind = command\nformat = pdf\ncommand = " + command + "\n" + more);
+    WriteFile(Scratch() + "/keep", "");
+    unlink((Scratch() + "/keep").c_str());
+    return std::make_unique<EngineRun>(Root(), Cfm2(Root() + "/pages/", {{"p1", "once"}}),
+                                       Names{"TMPDIR=" + Scratch()}, planar);
+  }
+  std::unique_ptr<EngineRun> Run(const std::string& command, const std::string& more = "",
+                                 bool planar = false) const {
+    auto run = Start(command, more, planar);
+    run->Finish();
+    return run;
+  }
+  std::string Script(const std::string& body) const {
+    const std::string path = Root() + "/script";
+    WriteFile(path, "#!/bin/sh\n" + body);
+    chmod(path.c_str(), 0755);
+    return path;
+  }
+  bool PageIsThere() const { return !NamesIn(Root() + "/pages/p1").empty(); }
+
+ private:
+  TemporaryDirectory m_Directory;
+};
+
+TEST_F(CommandDevice, gets_the_file_by_its_path_and_on_its_input) {
+  const auto run = Run(Script("cat > '" + Root() + "/input'\ncp \"$1\" '" + Root() +
+                              "/copy'\nprintf '%s|' \"$@\" > '" + Root() + "/words'\n") +
+                       " {file} \"{job} x\" {page} {copy} {printer} ';rm -rf /'");
+  EXPECT_EQ(run->Status(), 0) << run->Report();
+  EXPECT_TRUE(ReadFile(Root() + "/input").starts_with("%PDF-1.4"));
+  EXPECT_EQ(ReadFile(Root() + "/input"), ReadFile(Root() + "/copy"));
+  const std::string words = ReadFile(Root() + "/words");
+  const std::string file = words.substr(0, words.find('|'));
+  EXPECT_TRUE(file.starts_with(Scratch() + "/")) << file;
+  EXPECT_TRUE(file.ends_with("/A 'Sign' $HOME-3.pdf")) << file;
+  EXPECT_EQ(words.substr(words.find('|')), "|A 'Sign' $HOME x|3|1|Cmd|;rm -rf /|");
+  EXPECT_EQ(run->Lines("PAGE: "), (Names{"3"}));
+  EXPECT_TRUE(run->Lines("OUTPUT: ").empty());
+  EXPECT_EQ(NamesIn(Scratch()), Names{});
+  EXPECT_FALSE(PageIsThere());  // once
+}
+
+TEST_F(CommandDevice, is_run_for_each_plane) {
+  const auto run =
+      Run(Script("echo \"$1\" \"${2##*/}\" >> '" + Root() + "/planes'\n") + " {plane} {file}", "",
+          true);
+  EXPECT_EQ(run->Status(), 0) << run->Report();
+  EXPECT_EQ(ReadFile(Root() + "/planes"),
+            "Red A 'Sign' $HOME-3-Red.pdf\nGreen A 'Sign' $HOME-3-Green.pdf\n"
+            "Blue A 'Sign' $HOME-3-Blue.pdf\n");
+}
+
+TEST_F(CommandDevice, a_failing_command_is_reported_with_status_and_last_words) {
+  const std::string script = Script("echo first\necho 'out of paper' >&2\necho\nexit 3\n");
+  const auto run = Run(script);
+  EXPECT_EQ(run->Status(), 1);
+  EXPECT_EQ(run->Lines("ERROR: "),
+            (Names{"page 'p1': the command '" + script + "' ended with status 3: out of paper"}));
+  EXPECT_EQ(NamesIn(Scratch()), Names{});
+  EXPECT_TRUE(PageIsThere());
+}
+
+TEST_F(CommandDevice, a_command_that_dies_of_a_signal_is_reported) {
+  const std::string script = Script("kill -11 $$\n");
+  EXPECT_EQ(Run(script)->Lines("ERROR: "),
+            (Names{"page 'p1': the command '" + script + "' was ended by signal 11"}));
+}
+
+TEST_F(CommandDevice, a_command_that_cannot_be_started_is_reported) {
+  const auto missing = Run("/no/such/program {file}");
+  EXPECT_EQ(missing->Status(), 1);
+  EXPECT_EQ(
+      missing->Lines("ERROR: "),
+      (Names{"page 'p1': start the command '/no/such/program': No such file or directory (2)"}));
+  EXPECT_NE(Run(Root() + "/devices.txt")->Report().find("Permission denied"), std::string::npos);
+}
+
+TEST_F(CommandDevice, a_name_without_a_path_is_looked_for) {
+  EXPECT_EQ(Run("true")->Status(), 0);
+  EXPECT_EQ(Run("false")->Status(), 2);  // the page was printed once, and is gone
+}
+
+TEST_F(CommandDevice, a_command_that_takes_too_long_is_ended_with_its_children) {
+  const std::string script = Script("sleep 600 &\necho $! > '" + Root() + "/id'\nsleep 600\n");
+  const auto run = Run(script, "timeout = 1\n");
+  EXPECT_EQ(run->Status(), 1);
+  EXPECT_EQ(run->Lines("ERROR: "),
+            (Names{"page 'p1': the command '" + script + "' was ended after 1 seconds"}));
+  const pid_t child = std::stoi(ReadFile(Root() + "/id"));
+  for (int i = 0; i < 200 && kill(child, 0) == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_NE(kill(child, 0), 0);
+  EXPECT_EQ(NamesIn(Scratch()), Names{});
+}
+
+TEST_F(CommandDevice, a_flood_of_words_neither_blocks_nor_fills_memory) {
+  const std::string script =
+      Script("head -c 50000000 /dev/zero | tr '\\0' x\necho\necho end\nexit 9\n");
+  EXPECT_EQ(Run(script)->Lines("ERROR: "),
+            (Names{"page 'p1': the command '" + script + "' ended with status 9: end"}));
+}
+
+TEST_F(CommandDevice, a_grandchild_that_keeps_the_output_open_does_not_hold_the_engine) {
+  const auto start = std::chrono::steady_clock::now();
+  const auto run = Run(Script("sleep 5 &\nexit 0\n"));
+  EXPECT_EQ(run->Status(), 0) << run->Report();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+}
+
+TEST_F(CommandDevice, dies_with_the_engine_and_leaves_no_file) {
+  const auto run = Start(Script("echo $$ > '" + Root() + "/id.new'\nmv '" + Root() + "/id.new' '" +
+                                Root() + "/id'\nsleep 600\n"));
+  for (int i = 0; i < 1000 && ReadFile(Root() + "/id").empty(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  const pid_t command = std::stoi(ReadFile(Root() + "/id"));
+  ASSERT_EQ(kill(command, 0), 0);
+  EXPECT_EQ(NamesIn(Scratch()).size(), 1u);
+  run->Kill();
+  run->Finish();  // the end of its report comes when all is cleared away
+  EXPECT_EQ(run->Status(), -SIGKILL);
+  EXPECT_EQ(NamesIn(Scratch()), Names{});
+  for (int i = 0; i < 200 && kill(command, 0) == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_NE(kill(command, 0), 0);
+  EXPECT_TRUE(PageIsThere());
+}
+
+}  // namespace
+}  // namespace rastrel::odalis

@@ -1,0 +1,156 @@
+#include "children/coreodalis/output_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "rastrel/platform/os/file.h"
+#include "tests/children/odalis_bench.h"
+
+namespace rastrel::odalis {
+namespace {
+
+using namespace testing;
+using Names = std::vector<std::string>;
+
+/// Both forms of an unfinished file: without a name, and hidden.
+class OutputFiles : public ::testing::TestWithParam<bool> {
+ protected:
+  OutputFiles() {
+    auto started = children::Guardian::Start(false);
+    if (started) m_Guardian.emplace(std::move(*started));
+  }
+
+  std::string Path(const std::string& name) const { return m_Directory.Path() + "/out/" + name; }
+  Names Visible() const {
+    Names names = NamesIn(m_Directory.Path() + "/out");
+    std::erase_if(names, [](const std::string& name) { return name.starts_with("."); });
+    return names;
+  }
+  Names All() const { return NamesIn(m_Directory.Path() + "/out"); }
+
+  std::optional<OutputFile> Make(const std::string& content) {
+    auto file = OutputFile::Create(m_Directory.Path() + "/out", *m_Guardian, GetParam());
+    if (!file || !os::WriteAll(file->Descriptor(), content)) return std::nullopt;
+    return std::move(*file);
+  }
+
+ private:
+  TemporaryDirectory m_Directory;
+  std::optional<children::Guardian> m_Guardian;
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, OutputFiles, ::testing::Values(true, false),
+                         [](const auto& form) { return form.param ? "nameless" : "hidden"; });
+
+TEST_P(OutputFiles, nothing_is_seen_before_the_name_is_given) {
+  {
+    auto file = Make("whole");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(Visible(), Names{});
+    EXPECT_EQ(file->Name(Path("a.tif")), OutputFile::Naming::Named);
+    EXPECT_EQ(Visible(), (Names{"a.tif"}));
+    EXPECT_EQ(ReadFile(Path("a.tif")), "whole");
+  }
+  EXPECT_EQ(All(), (Names{"a.tif"}));
+}
+
+TEST_P(OutputFiles, a_file_that_gets_no_name_leaves_nothing) {
+  { ASSERT_TRUE(Make("given up")); }
+  EXPECT_EQ(All(), Names{});
+}
+
+TEST_P(OutputFiles, a_taken_name_is_left_alone) {
+  auto first = Make("first");
+  auto second = Make("second");
+  EXPECT_EQ(first->Name(Path("a")), OutputFile::Naming::Named);
+  EXPECT_EQ(second->Name(Path("a")), OutputFile::Naming::Taken);
+  std::filesystem::create_symlink("/nowhere", Path("link"));
+  EXPECT_EQ(second->Name(Path("link")), OutputFile::Naming::Taken);
+  EXPECT_EQ(ReadFile(Path("a")), "first");
+}
+
+TEST_P(OutputFiles, in_place_replaces_a_file_but_no_directory) {
+  auto first = Make("first");
+  auto second = Make("second");
+  auto third = Make("third");
+  EXPECT_EQ(first->NameInPlace(Path("a")), OutputFile::Naming::Named);
+  EXPECT_EQ(second->NameInPlace(Path("a")), OutputFile::Naming::Named);
+  EXPECT_EQ(ReadFile(Path("a")), "second");
+  std::filesystem::create_directory(Path("d"));
+  EXPECT_EQ(third->NameInPlace(Path("d")), OutputFile::Naming::Failed);
+  first.reset();
+  second.reset();
+  third.reset();
+  EXPECT_EQ(All(), (Names{"a", "d"}));
+}
+
+TEST_P(OutputFiles, a_name_can_be_taken_away_and_another_given) {
+  auto file = Make("content");
+  ASSERT_EQ(file->Name(Path("a")), OutputFile::Naming::Named);
+  file->Unname(Path("a"));
+  EXPECT_EQ(Visible(), Names{});
+  ASSERT_EQ(file->Name(Path("b")), OutputFile::Naming::Named);
+  file.reset();
+  EXPECT_EQ(All(), (Names{"b"}));
+  EXPECT_EQ(ReadFile(Path("b")), "content");
+}
+
+TEST_P(OutputFiles, files_of_one_page_get_their_names_together) {
+  WriteFile(Path("c.tif"), "mine");
+  auto first = Make("1");
+  auto second = Make("2");
+  const Publisher::Item items[] = {{&*first, Path("b.tif")}, {&*second, Path("c.tif")}};
+  Publisher publisher;
+  const auto paths = publisher.Publish(items, false);
+  ASSERT_TRUE(paths) << paths.Error().text;
+  EXPECT_EQ(*paths, (Names{Path("b-2.tif"), Path("c-2.tif")}));
+  first.reset();
+  second.reset();
+  EXPECT_EQ(All(), (Names{"b-2.tif", "c-2.tif", "c.tif"}));
+  EXPECT_EQ(ReadFile(Path("c.tif")), "mine");
+}
+
+TEST_P(OutputFiles, if_one_name_cannot_be_given_no_file_has_one) {
+  auto first = Make("1");
+  auto second = Make("2");
+  const Publisher::Item items[] = {{&*first, Path("a")}, {&*second, Path("missing/b")}};
+  Publisher publisher;
+  const auto paths = publisher.Publish(items, false);
+  ASSERT_FALSE(paths);
+  EXPECT_NE(paths.Error().text.find("missing/b"), std::string::npos);
+  first.reset();
+  second.reset();
+  EXPECT_EQ(All(), Names{});
+}
+
+TEST_P(OutputFiles, access_follows_the_umask) {
+  const mode_t before = umask(027);
+  auto file = Make("x");
+  umask(before);
+  ASSERT_EQ(file->Name(Path("a")), OutputFile::Naming::Named);
+  struct stat state {};
+  ASSERT_EQ(stat(Path("a").c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 0777u, 0640u);
+}
+
+TEST(NumberedPath, the_number_stands_before_the_extension) {
+  EXPECT_EQ(NumberedPath("/a.b/c.tif", 1), "/a.b/c.tif");
+  EXPECT_EQ(NumberedPath("/a.b/c.tif", 2), "/a.b/c-2.tif");
+  EXPECT_EQ(NumberedPath("/a.b/c", 3), "/a.b/c-3");
+  EXPECT_EQ(NumberedPath("/a/.c", 2), "/a/.c-2");
+  EXPECT_EQ(NumberedPath("/a/x.y.tif", 10), "/a/x.y-10.tif");
+}
+
+TEST(DirectoryOf, is_what_stands_before_the_last_slash) {
+  EXPECT_EQ(DirectoryOf("/a/b"), "/a");
+  EXPECT_EQ(DirectoryOf("/b"), "/");
+  EXPECT_EQ(DirectoryOf("b"), ".");
+}
+
+}  // namespace
+}  // namespace rastrel::odalis

@@ -1,0 +1,261 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <tiffio.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "children/coreodalis/image.h"
+#include "rastrel/platform/os/file_descriptor.h"
+#include "tests/children/odalis_bench.h"
+
+namespace rastrel::odalis {
+namespace {
+
+using namespace testing;
+
+ImageShape ShapeOf(ColourModel model, const std::vector<std::string>& planes, unsigned width = 31,
+                   unsigned height = 17) {
+  ImageShape shape;
+  shape.width = width;
+  shape.height = height;
+  shape.xResolution = 150;
+  shape.yResolution = 75;
+  shape.model = model;
+  shape.planes = planes;
+  return shape;
+}
+
+std::vector<std::uint8_t> RowOf(const ImageShape& shape, unsigned y) {
+  std::vector<std::uint8_t> row;
+  for (unsigned x = 0; x < shape.width; ++x) {
+    for (unsigned plane = 0; plane < shape.planes.size(); ++plane) {
+      row.push_back(SampleAt(x, y, plane));
+    }
+  }
+  return row;
+}
+
+/// Writes the test picture; the problem's words, or empty.
+std::string Write(FileFormat format, const std::string& path, const ImageShape& shape) {
+  const os::FileDescriptor file(
+      open(path.c_str(), O_RDWR | O_CREAT | (path.starts_with("/dev") ? 0 : O_TRUNC), 0600));
+  auto writer = MakeImageWriter(format, file.Get(), path, shape);
+  if (!writer) return writer.Error().text;
+  for (unsigned y = 0; y < shape.height; ++y) {
+    if (auto written = (*writer)->WriteRow(RowOf(shape, y)); !written) return written.Error().text;
+  }
+  auto finished = (*writer)->Finish();
+  return finished ? "" : finished.Error().text;
+}
+
+void ExpectPicture(const Picture& picture, const ImageShape& shape, bool inverted) {
+  ASSERT_EQ(picture.width, shape.width);
+  ASSERT_EQ(picture.height, shape.height);
+  ASSERT_EQ(picture.samples, shape.planes.size());
+  std::vector<std::uint8_t> expected;
+  for (unsigned y = 0; y < shape.height; ++y) {
+    for (const std::uint8_t sample : RowOf(shape, y)) {
+      expected.push_back(inverted ? static_cast<std::uint8_t>(255 - sample) : sample);
+    }
+  }
+  EXPECT_EQ(picture.pixels, expected);
+}
+
+const std::vector<std::string> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
+
+TEST(TiffWriter, each_colour_model_can_be_read_back) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.tif";
+  const struct {
+    ImageShape shape;
+    unsigned photometric;
+    bool inverted;
+    unsigned inkSet;
+    std::string inkNames;
+  } rows[] = {
+      {ShapeOf(ColourModel::Gray, {"Gray"}), PHOTOMETRIC_MINISBLACK, false, 0, ""},
+      {ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"}), PHOTOMETRIC_RGB, false, 0, ""},
+      {ShapeOf(ColourModel::Cmyk, ProcessInks), PHOTOMETRIC_SEPARATED, true, INKSET_CMYK, ""},
+      {ShapeOf(ColourModel::Inks, {"Cyan", "Gold"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
+       "Cyan|Gold|"},
+      {ShapeOf(ColourModel::Inks, {"Gr\xC3\xBCn"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
+       "Gr\xC3\xBCn|"},
+      {ShapeOf(ColourModel::Inks, {"1", "2", "3", "4", "5", "6", "7"}), PHOTOMETRIC_SEPARATED, true,
+       INKSET_MULTIINK, "1|2|3|4|5|6|7|"},
+  };
+  for (const auto& row : rows) {
+    ASSERT_EQ(Write(FileFormat::Tiff, path, row.shape), "");
+    const Picture picture = ReadTiff(path);
+    ExpectPicture(picture, row.shape, row.inverted);
+    EXPECT_EQ(picture.photometric, row.photometric);
+    EXPECT_EQ(picture.inkSet, row.inkSet);
+    EXPECT_EQ(picture.inkNames, row.inkNames);
+    EXPECT_DOUBLE_EQ(picture.xResolution, 150);
+    EXPECT_DOUBLE_EQ(picture.yResolution, 75);
+  }
+}
+
+TEST(TiffWriter, a_picture_that_may_pass_four_gigabytes_becomes_a_big_tiff) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.tif";
+  ImageShape shape = ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"}, 100'000, 10'000);
+  const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT, 0600));
+  auto writer = MakeImageWriter(FileFormat::Tiff, file.Get(), path, shape);
+  ASSERT_TRUE(writer);
+  char start[4] = {};
+  ASSERT_EQ(pread(file.Get(), start, 4, 0), 4);
+  EXPECT_EQ(start[2], 43);  // 42 is the plain form
+}
+
+TEST(PngWriter, gray_and_rgb_can_be_read_back) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.png";
+  for (const ImageShape& shape : {ShapeOf(ColourModel::Gray, {"Gray"}),
+                                  ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"})}) {
+    ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
+    ExpectPicture(ReadPng(path), shape, false);
+  }
+  // 150 pixels an inch are 5906 a metre, 75 are 2953: the pHYs chunk holds both and the unit 1.
+  const std::string chunk("pHYs\0\0\x17\x12\0\0\x0B\x89\x01", 13);
+  EXPECT_NE(ReadFile(path).find(chunk), std::string::npos);
+}
+
+TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.png";
+  const ImageShape shape = ShapeOf(ColourModel::Cmyk, ProcessInks);
+  ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
+  const Picture picture = ReadPng(path);
+  ASSERT_EQ(picture.samples, 3u);
+  for (unsigned y = 0; y < shape.height; ++y) {
+    for (unsigned x = 0; x < shape.width; ++x) {
+      for (unsigned light = 0; light < 3; ++light) {
+        const double ink = 255 - SampleAt(x, y, light);
+        const double black = 255 - SampleAt(x, y, 3);
+        const double exact = (255 - ink) * (255 - black) / 255;
+        ASSERT_NEAR(picture.pixels[(y * shape.width + x) * 3 + light], exact, 0.5);
+      }
+    }
+  }
+}
+
+TEST(MakeImageWriter, spot_inks_are_refused_where_the_format_has_no_place_for_them) {
+  const ImageShape shape = ShapeOf(ColourModel::Inks, {"Gold"});
+  EXPECT_NE(Write(FileFormat::Png, "/dev/null", shape).find("spot inks"), std::string::npos);
+  EXPECT_NE(Write(FileFormat::Pdf, "/dev/null", shape).find("spot inks"), std::string::npos);
+}
+
+TEST(MakeImageWriter, a_full_disk_is_told) {
+  const ImageShape shape = ShapeOf(ColourModel::Rgb, {"R", "G", "B"}, 3000, 400);
+  for (const FileFormat format : {FileFormat::Png, FileFormat::Pdf}) {
+    EXPECT_NE(Write(format, "/dev/full", shape).find("No space left"), std::string::npos);
+  }
+  // The TIFF library can't seek there; that it fails at all is what counts.
+  EXPECT_NE(Write(FileFormat::Tiff, "/dev/full", shape), "");
+}
+
+/// The bytes between two marks behind a position.
+std::string Between(const std::string& text, const std::string& from, const std::string& to,
+                    std::size_t at = 0) {
+  const std::size_t start = text.find(from, at) + from.size();
+  return text.substr(start, text.find(to, start) - start);
+}
+
+std::vector<std::uint8_t> PdfPixels(const std::string& pdf, std::size_t size) {
+  const std::size_t picture = pdf.find("/Subtype /Image");
+  const std::size_t start = pdf.find("stream\n", picture) + 7;
+  std::vector<std::uint8_t> pixels(size + 1);
+  uLongf length = pixels.size();
+  if (uncompress(pixels.data(), &length, reinterpret_cast<const Bytef*>(pdf.data()) + start,
+                 pdf.size() - start) != Z_OK) {
+    return {};
+  }
+  pixels.resize(length);
+  return pixels;
+}
+
+TEST(PdfWriter, the_table_of_offsets_leads_to_each_object) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.pdf";
+  ASSERT_EQ(Write(FileFormat::Pdf, path, ShapeOf(ColourModel::Rgb, {"R", "G", "B"})), "");
+  const std::string pdf = ReadFile(path);
+  EXPECT_TRUE(pdf.starts_with("%PDF-1.4\n"));
+  EXPECT_TRUE(pdf.ends_with("%%EOF\n"));
+  const std::size_t table = std::stoul(Between(pdf, "startxref\n", "\n"));
+  ASSERT_EQ(pdf.substr(table, 9), "xref\n0 7\n");
+  for (unsigned object = 1; object <= 6; ++object) {
+    const std::string line = pdf.substr(table + 9 + object * 20, 20);
+    EXPECT_EQ(line.substr(10), " 00000 n \n");
+    const std::string beginning = std::to_string(object) + " 0 obj\n";
+    EXPECT_EQ(pdf.substr(std::stoul(line.substr(0, 10)), beginning.size()), beginning);
+  }
+}
+
+TEST(PdfWriter, each_colour_model_is_there_with_its_pixels_and_size) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.pdf";
+  const struct {
+    ImageShape shape;
+    const char* space;
+    bool inverted;
+  } rows[] = {{ShapeOf(ColourModel::Gray, {"Gray"}), "/DeviceGray", false},
+              {ShapeOf(ColourModel::Rgb, {"R", "G", "B"}), "/DeviceRGB", false},
+              {ShapeOf(ColourModel::Cmyk, ProcessInks), "/DeviceCMYK", true}};
+  for (const auto& row : rows) {
+    ASSERT_EQ(Write(FileFormat::Pdf, path, row.shape), "");
+    const std::string pdf = ReadFile(path);
+    EXPECT_NE(pdf.find(std::string("/ColorSpace ") + row.space), std::string::npos);
+    // 31 pixels at 150 an inch, 17 at 75.
+    EXPECT_EQ(Between(pdf, "/MediaBox [", "]"), "0 0 14.88 16.32");
+    Picture picture;
+    picture.width = row.shape.width;
+    picture.height = row.shape.height;
+    picture.samples = static_cast<unsigned>(row.shape.planes.size());
+    picture.pixels = PdfPixels(pdf, row.shape.RowBytes() * row.shape.height);
+    ExpectPicture(picture, row.shape, row.inverted);
+    const std::string length = Between(pdf, "6 0 obj\n", "\nendobj");
+    const std::size_t start = pdf.find("stream\n", pdf.find("/Subtype /Image")) + 7;
+    EXPECT_EQ(pdf.substr(start + std::stoul(length), 11), "\nendstream\n");
+  }
+}
+
+TEST(PdfWriter, a_page_longer_than_the_format_allows_gets_a_user_unit) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.pdf";
+  ImageShape shape = ShapeOf(ColourModel::Gray, {"Gray"}, 800, 2);
+  shape.xResolution = 2;  // 28,800 points
+  shape.yResolution = 2;
+  ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
+  const std::string pdf = ReadFile(path);
+  EXPECT_TRUE(pdf.starts_with("%PDF-1.6\n"));
+  EXPECT_NE(pdf.find("/MediaBox [0 0 14400 36] /UserUnit 2 "), std::string::npos);
+}
+
+TEST(PdfWriter, another_program_shows_the_same_pixels) {
+  if (std::system("pdftoppm -v >/dev/null 2>&1") != 0) GTEST_SKIP() << "pdftoppm is not installed";
+  const TemporaryDirectory directory;
+  ImageShape shape = ShapeOf(ColourModel::Rgb, {"R", "G", "B"}, 72, 36);
+  shape.xResolution = 72;
+  shape.yResolution = 72;
+  ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
+  const std::string command = "cd '" + directory.Path() + "' && pdftoppm -r 72 x.pdf shown";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  const std::string shown = ReadFile(directory.Path() + "/shown-1.ppm");
+  ASSERT_TRUE(shown.starts_with("P6\n72 36\n255\n"));
+  std::size_t at = 13;
+  for (unsigned y = 0; y < shape.height; ++y) {
+    for (const std::uint8_t sample : RowOf(shape, y)) {
+      // It works with fewer bits inside, so a sample may lose one.
+      ASSERT_NEAR(static_cast<unsigned char>(shown.at(at)), sample, 1) << at;
+      ++at;
+    }
+  }
+  EXPECT_EQ(at, shown.size());
+}
+
+}  // namespace
+}  // namespace rastrel::odalis
