@@ -1,5 +1,7 @@
 #include "rastrel/printing/stderr_parser.h"
 
+#include <algorithm>
+
 #include "rastrel/cfm/cfm2_text.h"
 #include "rastrel/job/scan_number.h"
 
@@ -18,7 +20,7 @@ bool CBaseStderrParser::ProcessLines() {
   for (;;) {
     const std::size_t end = m_Line.find_first_of(LineEnds, std::max(begin, m_Searched));
     if (end == std::wstring::npos) break;
-    if (end > begin) ParseLine(m_Line.substr(begin, end - begin));
+    if (end > begin) ParseLine(m_Line.substr(begin, std::min(end - begin, LineLimit)));
     begin = end + 1;
   }
   m_Line.erase(0, begin);
@@ -42,9 +44,15 @@ bool CStderrParser::ProcessLines() {
 void CStderrParser::ParseLine(const std::wstring& line) {
   if (line.empty()) return;
   switch (m_Originator) {
-    case JTO_RIP: m_pMessaging->Log(L"%s%s", L"[Rip]", line.c_str()); break;
-    case JTO_ODALIS: m_pMessaging->Log(L"%s%s", L"[Odalis]", line.c_str()); break;
-    default: m_pMessaging->Log(L"%s", line.c_str()); break;
+    case JTO_RIP:
+      m_pMessaging->Log(L"%s%s", L"[Rip]", line.c_str());
+      break;
+    case JTO_ODALIS:
+      m_pMessaging->Log(L"%s%s", L"[Odalis]", line.c_str());
+      break;
+    default:
+      m_pMessaging->Log(L"%s", line.c_str());
+      break;
   }
   const std::wstring_view text = line;
   const auto restBehind = [text](std::wstring_view tag) { return text.substr(tag.size()); };
