@@ -26,9 +26,7 @@ std::int32_t StatusOf(const os::ExitState& state) {
 CBBasePrintingThread::~CBBasePrintingThread() = default;
 
 bool CBBasePrintingThread::WaitOnce(CWaitTable& table) {
-  const auto handles = table.GetHandles();
-  if (handles.empty()) return true;
-  return ReactTo(os::WaitForAny(handles), table);
+  return ReactTo(os::WaitForAny(table.GetHandles()), table);
 }
 
 bool CBBasePrintingThread::ReactTo(std::uint32_t result, const CWaitTable& table) {
@@ -36,7 +34,7 @@ bool CBBasePrintingThread::ReactTo(std::uint32_t result, const CWaitTable& table
     CAppLog::Instance().Printf(L"[Print]: WaitForMultipleObjects failed. Error: %u", errno);
     return false;
   }
-  if (result >= os::WaitTimeout) return true;
+  if (table.IsEmpty() || result >= os::WaitTimeout) return true;
   if (result >= os::WaitAbandonedBase) {
     if (const auto* entry = table.At(result - os::WaitAbandonedBase)) {
       entry->m_pfnAbandoned(*this);

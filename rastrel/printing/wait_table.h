@@ -28,6 +28,8 @@ class CWaitTable {
   /// The entry at that place among the handles last given, or null.
   [[nodiscard]] const Entry* At(std::size_t index) const;
 
+  [[nodiscard]] bool IsEmpty() const { return m_Entries.empty(); }
+
   /// The system's limit on one wait.
   static constexpr std::size_t Limit = 64;
 
