@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include "children/corerast/job_kind.h"
+#include "children/corerast/run_directory.h"
+#include "children/corerast/settings.h"
+#include "children/shared/guarded_process.h"
+
+/// The interpreter: how it is found and started.
+namespace rastrel::corerast {
+
+/// Native path of the program "gs" on PATH, or empty.
+[[nodiscard]] std::string FindGhostscript();
+
+/// What a run of it works on. Descriptors stay the caller's.
+struct InterpreterRequest {
+  std::string program;       ///< native path
+  std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes
+  std::string word;          ///< the secret word of the run's reports
+  JobKind kind = JobKind::PostScript;
+  int prefix = -1;           ///< the open prefix file; -1: none
+  int pdf = -1;              ///< the open job file if it is PDF
+};
+
+/// A running interpreter and this process's ends of its pipes, all of them non-blocking.
+struct Interpreter {
+  children::GuardedProcess process;
+  os::FileDescriptor pixels;   ///< read: the pages of the gray and RGB devices
+  os::FileDescriptor reports;  ///< read: everything that it prints
+  os::FileDescriptor job;      ///< write: the job's PostScript; closed for PDF
+};
+
+/// Starts it in job-server mode with file access controls on. The job reaches no file but the print
+/// modes, an empty temporary directory of its own and the separations' directory; pixels, reports
+/// and the job itself go through pipes, which can't be truncated.
+///
+/// All of these reach it as descriptors, so no path of this machine, whatever characters it has,
+/// takes part in its options.
+[[nodiscard]] os::Outcome<Interpreter> StartGhostscript(const InterpreterRequest& request,
+                                                        const RunDirectory& directory,
+                                                        const Settings& settings,
+                                                        children::Guardian& guardian);
+
+}  // namespace rastrel::corerast

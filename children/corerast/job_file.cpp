@@ -1,0 +1,96 @@
+#include "children/corerast/job_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::corerast {
+namespace {
+
+constexpr std::uint64_t TailSize = 4096;
+
+struct OpenFile {
+  os::FileDescriptor file;
+  std::uint64_t size = 0;
+};
+
+std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
+  std::string text(count, '\0');
+  std::size_t filled = 0;
+  while (filled < count) {
+    const ssize_t got = pread(file, text.data() + filled, count - filled,
+                              static_cast<off_t>(offset + filled));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    filled += static_cast<std::size_t>(got);
+  }
+  text.resize(filled);
+  return text;
+}
+
+RunFailure Unreadable(const char* what, const std::string& path, int error) {
+  return {ExitStatus::BadInput, std::string("The ") + what + " can't be read: " +
+                                    os::Describe({"open", path, error}) + "."};
+}
+
+// Opened without waiting, since the name could be a pipe's.
+std::variant<OpenFile, RunFailure> Open(const char* what, const std::string& path) {
+  OpenFile opened{os::FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), 0};
+  struct stat state {};
+  if (!opened.file.IsOpen() || fstat(opened.file.Get(), &state) != 0) {
+    return Unreadable(what, path, errno);
+  }
+  if (!S_ISREG(state.st_mode)) {
+    return RunFailure{ExitStatus::BadInput,
+                      std::string("The ") + what + " is not a file: " + path + "."};
+  }
+  opened.size = static_cast<std::uint64_t>(state.st_size);
+  return opened;
+}
+
+}  // namespace
+
+std::variant<JobFile, RunFailure> OpenJob(const std::string& path) {
+  auto opened = Open("job", path);
+  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
+  auto& [file, size] = std::get<OpenFile>(opened);
+  const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
+  JobLayout layout = FindJobLayout(head, size);
+  if (layout.kind == JobKind::Unknown) {
+    return RunFailure{ExitStatus::BadInput,
+                      "The job is neither PostScript nor PDF: " + path + "."};
+  }
+  if (layout.kind == JobKind::Eps && layout.pages == 0 && layout.offset > 0) {
+    // The section behind a binary header may begin with lines of its own that are to be left out.
+    const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
+    const JobLayout section =
+        FindJobLayout(ReadAt(file.Get(), layout.offset, length), layout.length);
+    if (section.kind == JobKind::Eps || section.kind == JobKind::PostScript) {
+      layout.offset += section.offset;
+      layout.length = section.length;
+      layout.pages = section.pages;
+    }
+  }
+  if (layout.wrapped) {
+    const std::uint64_t tail = std::min(TailSize, layout.length);
+    layout.length -= WrapperLength(
+        ReadAt(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
+  }
+  return JobFile{std::move(file), layout};
+}
+
+std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path) {
+  auto opened = Open("prefix", path);
+  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
+  os::FileDescriptor& file = std::get<OpenFile>(opened).file;
+  std::string title = FindTitle(ReadAt(file.Get(), 0, JobHeadSize));
+  return PrefixFile{std::move(file), std::move(title)};
+}
+
+}  // namespace rastrel::corerast

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "children/corerast/exit_status.h"
+#include "children/corerast/job_kind.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::corerast {
+
+/// An open job.
+struct JobFile {
+  os::FileDescriptor file;
+  JobLayout layout;
+};
+
+/// An open prefix.
+struct PrefixFile {
+  os::FileDescriptor file;
+  std::string title;  ///< of its "%%Title:" line; may be empty
+};
+
+/// Opens a job and finds out what it holds. Failures, all ExitStatus::BadInput: it can't be read, is
+/// no regular file, or holds neither PostScript nor PDF.
+[[nodiscard]] std::variant<JobFile, RunFailure> OpenJob(const std::string& path);
+
+/// Opens a prefix. It fails in the same way, if it can't be read or is no regular file.
+[[nodiscard]] std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path);
+
+}  // namespace rastrel::corerast

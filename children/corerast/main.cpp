@@ -1,0 +1,120 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "children/corerast/cfm2_writer.h"
+#include "children/corerast/rip_run.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::corerast {
+namespace {
+
+int Number(ExitStatus status) { return static_cast<int>(status); }
+
+int Report(Reporter& reporter, const RunFailure& failure) {
+  reporter.Error(failure.sentence);
+  return Number(failure.status);
+}
+
+int Report(Reporter& reporter, const os::Failure& failure) {
+  return Report(reporter, RunFailure{ExitStatus::Failed, os::Describe(failure) + "."});
+}
+
+// The directory of the program as it was called: a data root may hold links to programs.
+std::string RipDirectory(const char* program) {
+  std::error_code error;
+  std::string path = os::ToNative(os::WideFromUtf8(program));
+  if (path.find('/') == path.npos || access(path.c_str(), F_OK) != 0) path = os::ExecutablePath();
+  return std::filesystem::absolute(path, error).lexically_normal().parent_path().string();
+}
+
+os::Outcome<os::Done> WritePageList(const RunDirectory& directory, unsigned pages) {
+  std::vector<ListedPage> list;
+  for (unsigned page = 1; page <= pages; ++page) {
+    const std::string name = PageName(page);
+    const auto path = directory.ListedPath(name);
+    if (!path) return path.Error();
+    list.push_back({directory.Name() + "-" + std::to_string(page), *path, name});
+  }
+  if (!os::WriteAll(STDOUT_FILENO, FormatPageList(list))) {
+    return os::Failure{"write", "the page list", errno};
+  }
+  return os::Done{};
+}
+
+// Hands the pages over. Letting go of them is the last act: whoever ends this program before finds
+// nothing.
+int HandOver(Reporter& reporter, const RunDirectory& directory, unsigned pages,
+             children::Guardian& guardian) {
+  if (!directory.RemoveWork()) {
+    return Report(reporter, os::Failure{"remove", directory.Temporary(), errno});
+  }
+  const auto written = WritePageList(directory, pages);
+  if (!written) return Report(reporter, written.Error());
+  if (!guardian.ReleaseAll()) return Report(reporter, os::Failure{"release", "the pages", errno});
+  return Number(ExitStatus::Done);
+}
+
+int Rip(const CommandLine& line, const char* program, Reporter& reporter,
+        children::Guardian& guardian) {
+  RipRun::Parts parts;
+  parts.install = line.install;
+  parts.ripDirectory = RipDirectory(program);
+  std::vector<std::string> complaints;
+  parts.settings = Settings::FromEnvironment(complaints);
+  for (const std::string& complaint : complaints) reporter.Warning(complaint);
+
+  auto job = OpenJob(line.job);
+  if (const auto* const failure = std::get_if<RunFailure>(&job)) return Report(reporter, *failure);
+  parts.job = std::move(std::get<JobFile>(job));
+  parts.description.job = std::filesystem::path(line.job).stem().string();
+  if (!line.prefix.empty()) {
+    auto prefix = OpenPrefix(line.prefix);
+    if (const auto* const failure = std::get_if<RunFailure>(&prefix)) {
+      return Report(reporter, *failure);
+    }
+    auto& [file, title] = std::get<PrefixFile>(prefix);
+    parts.prefix = std::move(file);
+    if (!title.empty()) parts.description.job = title;
+  }
+  const auto directory = RunDirectory::Make(parts.ripDirectory, guardian);
+  if (!directory) return Report(reporter, directory.Error());
+  RipRun run(std::move(parts), *directory, reporter, guardian);
+  if (const auto failure = run.Run()) return Report(reporter, *failure);
+  if (line.install) return Number(ExitStatus::InstallDone);
+  return HandOver(reporter, *directory, run.Pages(), guardian);
+}
+
+int Main(std::span<const char* const> arguments) {
+  std::signal(SIGPIPE, SIG_IGN);
+  Reporter reporter;
+  reporter.Info("INITIALISING");
+  try {
+    const auto line = ReadCommandLine(arguments.subspan(1));
+    if (const auto* const failure = std::get_if<RunFailure>(&line)) {
+      return Report(reporter, *failure);
+    }
+    auto guardian = children::Guardian::Start(true);
+    if (!guardian) return Report(reporter, guardian.Error());
+    return Rip(std::get<CommandLine>(line), arguments.front(), reporter, *guardian);
+  } catch (const std::exception& problem) {
+    return Report(reporter, RunFailure{ExitStatus::Failed, problem.what()});
+  }
+}
+
+}  // namespace
+}  // namespace rastrel::corerast
+
+int main(int count, char** arguments) {
+  if (count < 1) return 3;
+  return rastrel::corerast::Main({arguments, static_cast<std::size_t>(count)});
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "children/corerast/page_stream.h"
+#include "children/corerast/preview.h"
+#include "children/shared/page_info.h"
+#include "children/shared/sha256.h"
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/outcome.h"
+
+/// Page directories: "p0001" and so on below the run's directory.
+namespace rastrel::corerast {
+
+/// What all pages of a run have in common.
+struct RunDescription {
+  std::string job;      ///< title; UTF-8
+  std::string printer;  ///< as the prefix selected it
+  std::string mode;     ///< "FOLDER/NAME"
+  double xResolution = 72;
+  double yResolution = 72;
+};
+
+/// "p0001" for 1. Five and more digits where they are needed.
+[[nodiscard]] std::string PageName(unsigned page);
+
+/// A page info with the run's description filled in.
+[[nodiscard]] children::PageInfo DescribePage(const RunDescription& run, unsigned page);
+
+/// Reads a file to its end for its size and check sum.
+[[nodiscard]] os::Outcome<children::PageFile> DescribeFile(const std::string& directory,
+                                                           const std::string& name);
+
+/// Writes the ".info" file of a finished page, last of all its files.
+[[nodiscard]] os::Outcome<os::Done> WritePageInfo(const std::string& directory,
+                                                  const children::PageInfo& info);
+
+/// Makes the directory of one page whose pixels come as a stream: "page.ppm" or "page.pgm",
+/// "preview.png" and ".info". Paths are native; everything lies below the guarded run directory.
+class PageDirectory {
+ public:
+  /// Creates directory and pixel file.
+  [[nodiscard]] static os::Outcome<std::unique_ptr<PageDirectory>> Create(
+      const std::string& runDirectory, unsigned page, const PageSize& size);
+
+  /// Appends pixels.
+  [[nodiscard]] os::Outcome<os::Done> AddPixels(std::span<const std::byte> bytes);
+  /// Writes preview and info. Nothing is added afterwards.
+  [[nodiscard]] os::Outcome<os::Done> Finish(const RunDescription& run);
+
+ private:
+  PageDirectory(std::string path, unsigned page, const PageSize& size);
+  [[nodiscard]] os::Outcome<os::Done> Write(std::span<const std::byte> bytes);
+  void FeedPreview(std::span<const std::byte> bytes);
+
+  std::string m_Path;
+  unsigned m_Page;
+  PageSize m_Size;
+  std::string m_PixelName;
+  os::FileDescriptor m_Pixels;
+  children::Sha256 m_Sum;
+  std::uint64_t m_Bytes = 0;
+  Preview m_Preview;
+  std::vector<std::byte> m_Row;  // the present row, as far as it has come, if the preview wants it
+  unsigned m_RowNumber = 0;
+  std::size_t m_RowFilled = 0;
+};
+
+}  // namespace rastrel::corerast

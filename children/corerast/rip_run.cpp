@@ -1,0 +1,328 @@
+#include "children/corerast/rip_run.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <limits>
+#include <utility>
+
+#include "children/corerast/separations.h"
+#include "rastrel/platform/os/clock.h"
+
+namespace rastrel::corerast {
+namespace {
+
+constexpr std::size_t PixelBufferSize = 262144;
+constexpr std::size_t WordBytes = 16;
+constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite of four
+constexpr std::int64_t NanosecondsPerSecond = 1000000000;
+constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
+
+// Two numbers with a blank between them.
+bool ReadPair(const std::string& text, double& first, double& second) {
+  const char* const end = text.data() + text.size();
+  const auto one = std::from_chars(text.data(), end, first);
+  if (one.ec != std::errc() || one.ptr == end || *one.ptr != ' ') return false;
+  const auto other = std::from_chars(one.ptr + 1, end, second);
+  return other.ec == std::errc() && other.ptr == end && first > 0 && second > 0;
+}
+
+std::string Whole(double value) { return std::to_string(static_cast<long long>(value)); }
+
+}  // namespace
+
+RipRun::RipRun(Parts parts, const RunDirectory& directory, Reporter& reporter,
+               children::Guardian& guardian)
+    : m_Parts(std::move(parts)),
+      m_Directory(directory),
+      m_Reporter(reporter),
+      m_Guardian(guardian),
+      m_Stream(*this) {}
+
+RipRun::~RipRun() = default;
+
+void RipRun::Fail(ExitStatus status, std::string sentence) {
+  if (!m_Failure) m_Failure = RunFailure{status, std::move(sentence)};
+}
+
+bool RipRun::FailOn(const os::Failure& failure) {
+  Fail(ExitStatus::Failed, os::Describe(failure) + ".");
+  return false;
+}
+
+std::optional<RunFailure> RipRun::Run() {
+  if (Start()) {
+    while (Step()) {
+    }
+    if (m_Failure) m_Interpreter->process.Kill();
+    JudgeEnd();
+  }
+  return m_Failure;
+}
+
+bool RipRun::Start() {
+  InterpreterRequest request;
+  request.program = FindGhostscript();
+  if (request.program.empty()) {
+    Fail(ExitStatus::Failed,
+         "Ghostscript is not installed: there is no program gs on the search path.");
+    return false;
+  }
+  m_Word = RandomDigits(WordBytes);
+  if (m_Word.empty()) return FailOn({"getrandom", {}, errno});
+  request.ripDirectory = m_Parts.ripDirectory;
+  request.word = m_Word;
+  request.kind = m_Parts.job.layout.kind;
+  request.prefix = m_Parts.prefix.Get();
+  const bool pdf = request.kind == JobKind::Pdf;
+  if (pdf) request.pdf = m_Parts.job.file.Get();
+  m_Deadline = os::MonotonicNanoseconds() +
+               static_cast<std::int64_t>(std::min<std::uint64_t>(m_Parts.settings.timeSeconds,
+                                                                 1000000000)) *
+                   NanosecondsPerSecond;
+  auto started = StartGhostscript(request, m_Directory, m_Parts.settings, m_Guardian);
+  if (!started) return FailOn(started.Error());
+  m_Interpreter.emplace(std::move(*started));
+  m_Feed.emplace(m_Parts.job.file.Get(), m_Parts.job.layout.offset, m_Parts.job.layout.length,
+                 std::move(m_Interpreter->job));
+  return true;
+}
+
+// One round of waiting and working. False when there is nothing more to wait for.
+bool RipRun::Step() {
+  const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
+  if (m_Failure || !streaming) return false;
+  if (!Poll()) return false;
+  // Reports first: what was reported before a pixel was written is known before it is read.
+  if (!ReadReports() || !ReadPixels()) return false;
+  if (m_Feed->Descriptor() >= 0 && !m_Feed->Send()) {
+    Fail(ExitStatus::BadInput, "The job can't be read: " + os::DescribeError(errno) + ".");
+    return false;
+  }
+  ShowProgress();
+  return true;
+}
+
+bool RipRun::Poll() {
+  const std::int64_t left = m_Deadline - os::MonotonicNanoseconds();
+  if (left <= 0) {
+    Fail(ExitStatus::Failed, "The job took longer than " +
+                                 std::to_string(m_Parts.settings.timeSeconds) +
+                                 " seconds and was ended (RASTREL_RIP_TIMEOUT).");
+    return false;
+  }
+  std::array<pollfd, 3> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
+                                 {m_Interpreter->pixels.Get(), POLLIN, 0},
+                                 {m_Feed->Descriptor(), POLLOUT, 0}}};
+  const auto patience = static_cast<int>(std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, 60000));
+  if (poll(entries.data(), entries.size(), patience) < 0 && errno != EINTR) {
+    return FailOn({"poll", {}, errno});
+  }
+  return true;
+}
+
+bool RipRun::ReadReports() {
+  std::array<char, 65536> buffer;
+  while (m_Interpreter->reports.IsOpen()) {
+    const ssize_t count = read(m_Interpreter->reports.Get(), buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EAGAIN) break;
+    if (count < 0) return FailOn({"read", "the interpreter's messages", errno});
+    if (count == 0) m_Interpreter->reports.Reset();
+    m_Lines.Add({buffer.data(), static_cast<std::size_t>(count)});
+    while (const auto line = m_Lines.Next()) HandleLine(*line);
+    if (count == 0 && !m_Lines.Last().empty()) HandleLine(m_Lines.Last());
+    // A flood of messages must not keep the pixels and the clock waiting.
+    if (static_cast<std::size_t>(count) == buffer.size()) break;
+  }
+  return !m_Failure;
+}
+
+bool RipRun::ReadPixels() {
+  static std::array<std::byte, PixelBufferSize> buffer;
+  if (!m_Interpreter->pixels.IsOpen()) return true;
+  const ssize_t count = read(m_Interpreter->pixels.Get(), buffer.data(), buffer.size());
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
+  if (count < 0) return FailOn({"read", "the interpreter's pixels", errno});
+  const bool taken = count == 0
+                         ? m_Stream.Finish()
+                         : m_Stream.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
+  if (count == 0) m_Interpreter->pixels.Reset();
+  if (!taken && !m_Stream.Problem().empty() && count > 0) {
+    Fail(ExitStatus::Failed, "The interpreter's pixels can't be read: " + m_Stream.Problem() + ".");
+  }
+  return !m_Failure;
+}
+
+void RipRun::HandleLine(const std::string& line) {
+  if (const auto report = ReadReport(line, m_Word)) {
+    HandleReport(*report);
+    return;
+  }
+  if (line.starts_with("Error: ") && m_LastError.empty()) m_LastError = line.substr(7);
+  m_Reporter.Text(line);
+}
+
+void RipRun::HandleReport(const Report& report) {
+  RunDescription& run = m_Parts.description;
+  if (report.key == "PRINTER") {
+    run.printer = report.value;
+    m_Reporter.Text("printer " + report.value);
+  } else if (report.key == "MODE") {
+    run.mode = report.value;
+    m_Reporter.Text("print mode " + report.value);
+  } else if (report.key == "NOMODE") {
+    m_Reporter.Warning("The print mode " + report.value +
+                       " is not installed; the page is made without it.");
+  } else if (report.key == "RESOLUTION") {
+    double x = 0;
+    double y = 0;
+    if (ReadPair(report.value, x, y)) {
+      run.xResolution = x;
+      run.yResolution = y;
+    }
+  } else if (report.key == "WARNING") {
+    m_Reporter.Warning(report.value);
+  } else if (report.key == "LOG") {
+    m_Reporter.Text(report.value);
+  } else if (report.key == "SIZE") {
+    HandleSize(report.value);
+  } else if (report.key == "PAGE") {
+    MakeSeparations(m_Ended++);
+  } else if (report.key == "JOB") {
+    m_Reporter.Info("READY");
+    m_Reporter.Info("INTERPRETING");
+  }
+}
+
+void RipRun::HandleSize(const std::string& value) {
+  double width = 0;
+  double height = 0;
+  if (!ReadPair(value, width, height)) return;
+  CheckPageSize(width, height);
+  m_PageBytes = width * height * SeparationBytesPerPixel;
+}
+
+void RipRun::CheckPageSize(double width, double height) {
+  const auto pixels = static_cast<double>(m_Parts.settings.pagePixels);
+  const auto side = static_cast<double>(SidePixels);
+  if (width * height <= pixels && width <= side && height <= side) return;
+  const double shown = 1e15;
+  Fail(ExitStatus::Failed, "Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
+                               Whole(std::min(width, shown)) + " x " +
+                               Whole(std::min(height, shown)) + " pixels; the limit is " +
+                               std::to_string(m_Parts.settings.pagePixels) +
+                               " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) +
+                               " on a side.");
+}
+
+bool RipRun::CheckTotal(std::uint64_t bytes) {
+  m_TotalBytes += bytes;
+  if (m_TotalBytes <= m_Parts.settings.totalMebibytes << 20) return true;
+  Fail(ExitStatus::Failed, "The job's pages take more than " +
+                               std::to_string(m_Parts.settings.totalMebibytes) +
+                               " MiB (RASTREL_RIP_SIZE).");
+  return false;
+}
+
+bool RipRun::BeginPage(const PageSize& size) {
+  if (!m_Converting) m_Reporter.Info("CONVERTING");
+  m_Converting = true;
+  CheckPageSize(size.width, size.height);
+  if (m_Failure || m_Parts.install) return !m_Failure;
+  auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size);
+  if (!page) return FailOn(page.Error());
+  m_Page = std::move(*page);
+  return true;
+}
+
+bool RipRun::AddPixels(std::span<const std::byte> bytes) {
+  if (!CheckTotal(bytes.size())) return false;
+  if (!m_Page) return true;
+  const auto added = m_Page->AddPixels(bytes);
+  return added || FailOn(added.Error());
+}
+
+bool RipRun::EndPage() {
+  if (m_Page) {
+    const auto finished = m_Page->Finish(m_Parts.description);
+    m_Page.reset();
+    if (!finished) return FailOn(finished.Error());
+  }
+  CountPage();
+  return true;
+}
+
+void RipRun::CountPage() { m_Reporter.Page(++m_Pages); }
+
+// Takes over the separations of every page but those that the interpreter may still be writing:
+// `complete` pages are whole.
+bool RipRun::MakeSeparations(unsigned complete) {
+  while (!m_Failure && m_Separated < complete &&
+         HasSeparations(m_Directory.Planes(), m_Separated + 1)) {
+    if (!m_Converting) m_Reporter.Info("CONVERTING");
+    m_Converting = true;
+    if (!CheckTotal(static_cast<std::uint64_t>(m_PageBytes))) return false;
+    if (m_Pages != m_Separated) {
+      Fail(ExitStatus::Failed, "The job changes between separations and other pages.");
+      return false;
+    }
+    ++m_Separated;
+    if (!m_Parts.install) {
+      const auto made =
+          MakeSeparationPage(m_Directory.Planes(), m_Directory.Path(), m_Separated,
+                             m_Parts.description, m_Parts.settings.pagePixels);
+      if (!made) return FailOn(made.Error());
+    }
+    CountPage();
+  }
+  return !m_Failure;
+}
+
+void RipRun::ShowProgress() {
+  double share = 0;
+  const unsigned pages = m_Parts.job.layout.pages;
+  if (pages > 0) {
+    share = (m_Pages + m_Stream.PresentShare()) / pages;
+  } else if (m_Parts.job.layout.kind != JobKind::Pdf) {
+    share = m_Feed->SentShare();
+  }
+  // The rest is the closing of the last page, which only the end tells.
+  m_Reporter.Progress(static_cast<unsigned>(std::clamp(share, 0.0, 0.99) * 100));
+}
+
+// What the interpreter's end means, if nothing went wrong before.
+void RipRun::JudgeEnd() {
+  const children::ProcessEnd end = m_Interpreter->process.Wait();
+  if (m_Failure) return;
+  const ExitStatus programFailed =
+      m_Parts.install ? ExitStatus::BadInput : ExitStatus::PostScriptError;
+  if (!end.byItself) {
+    const bool processor = end.status == SIGXCPU || end.status == SIGKILL;
+    Fail(ExitStatus::Failed,
+         processor ? "The job took more than " +
+                         std::to_string(m_Parts.settings.processorSeconds) +
+                         " seconds of processor time and was ended (RASTREL_RIP_CPU)."
+                   : "Ghostscript was ended by signal " + std::to_string(end.status) + ".");
+  } else if (m_LastError.find("/VMerror") != std::string::npos && end.status != 0) {
+    Fail(ExitStatus::Failed, "The job needs more than " +
+                                 std::to_string(m_Parts.settings.memoryMebibytes) +
+                                 " MiB of memory (RASTREL_RIP_MEMORY).");
+  } else if (end.status != 0) {
+    Fail(programFailed, m_LastError.empty() ? "Ghostscript could not interpret the job."
+                                            : "PostScript error: " + m_LastError + ".");
+  } else if (!m_Stream.Problem().empty()) {
+    Fail(ExitStatus::Failed, "The interpreter's pixels can't be read: " + m_Stream.Problem() + ".");
+  }
+  if (m_Failure) return;
+  m_Reporter.Info("SPOOLING");
+  if (!MakeSeparations(std::numeric_limits<unsigned>::max())) return;
+  if (m_Pages == 0 && !m_Parts.install) Fail(programFailed, "The job makes no page.");
+}
+
+}  // namespace rastrel::corerast

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "children/corerast/command_line.h"
+#include "children/corerast/ghostscript.h"
+#include "children/corerast/job_feed.h"
+#include "children/corerast/job_file.h"
+#include "children/corerast/page_directory.h"
+#include "children/corerast/report_lines.h"
+#include "children/corerast/reporter.h"
+
+namespace rastrel::corerast {
+
+/// One job on its way through the interpreter: feeds it, watches its limits, passes its reports on
+/// and makes the page directories. Single-threaded.
+class RipRun : private PageReceiver {
+ public:
+  struct Parts {
+    bool install = false;
+    std::string ripDirectory;  ///< native
+    RunDescription description;
+    JobFile job;
+    os::FileDescriptor prefix;  ///< may be closed: none
+    Settings settings;
+  };
+
+  RipRun(Parts parts, const RunDirectory& directory, Reporter& reporter,
+         children::Guardian& guardian);
+  ~RipRun() override;
+
+  /// Runs the job to its end. What it returns is why it failed; nothing if all pages lie there.
+  [[nodiscard]] std::optional<RunFailure> Run();
+  /// Number of pages that were made.
+  [[nodiscard]] unsigned Pages() const { return m_Pages; }
+
+ private:
+  bool BeginPage(const PageSize& size) override;
+  bool AddPixels(std::span<const std::byte> bytes) override;
+  bool EndPage() override;
+
+  bool Start();
+  bool Step();
+  bool Poll();
+  bool ReadReports();
+  bool ReadPixels();
+  void HandleLine(const std::string& line);
+  void HandleReport(const Report& report);
+  void HandleSize(const std::string& value);
+  void CheckPageSize(double width, double height);
+  bool CheckTotal(std::uint64_t bytes);
+  bool MakeSeparations(unsigned complete);
+  void CountPage();
+  void ShowProgress();
+  void JudgeEnd();
+  void Fail(ExitStatus status, std::string sentence);
+  bool FailOn(const os::Failure& failure);
+
+  Parts m_Parts;
+  const RunDirectory& m_Directory;
+  Reporter& m_Reporter;
+  children::Guardian& m_Guardian;
+
+  std::string m_Word;
+  std::optional<Interpreter> m_Interpreter;
+  std::optional<JobFeed> m_Feed;
+  LineCutter m_Lines;
+  PageStream m_Stream;
+  std::unique_ptr<PageDirectory> m_Page;  // the one whose pixels come at present
+  std::optional<RunFailure> m_Failure;
+  std::int64_t m_Deadline = 0;    // nanoseconds of the monotonic clock
+  std::string m_LastError;        // the interpreter's own words
+  unsigned m_Pages = 0;           // finished
+  unsigned m_Separated = 0;       // of these, from separations
+  unsigned m_Ended = 0;           // pages that the interpreter has begun to put out
+  double m_PageBytes = 0;         // of the present page, if it is separated
+  std::uint64_t m_TotalBytes = 0;
+  bool m_Converting = false;
+};
+
+}  // namespace rastrel::corerast
