@@ -11,8 +11,8 @@
 
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
-#include "support/environment_guard.h"
-#include "support/scratch_directory.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {
 
