@@ -36,6 +36,8 @@ void Reporter::Progress(unsigned percent) {
 
 void Reporter::Page(unsigned number) { WriteLine("PAGE: ", std::to_string(number)); }
 
+void Reporter::Note(std::string_view text) { WriteLine("", text); }
+
 void Reporter::Text(std::string_view line) {
   if (m_TextBytes > TextLimit) return;
   m_TextBytes += line.size() + 1;

@@ -22,6 +22,9 @@ constexpr std::size_t WordBytes = 16;
 constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite of four
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
+constexpr std::int64_t ProgressInterval = 50 * NanosecondsPerMillisecond;
+// A job that is not much longer than the pipe to the interpreter is sent before its first line runs.
+constexpr std::uint64_t MeaningfulLength = 1 << 20;
 
 // Two numbers with a blank between them.
 bool ReadPair(const std::string& text, double& first, double& second) {
@@ -172,10 +175,10 @@ void RipRun::HandleReport(const Report& report) {
   RunDescription& run = m_Parts.description;
   if (report.key == "PRINTER") {
     run.printer = report.value;
-    m_Reporter.Text("printer " + report.value);
+    m_Reporter.Note("printer " + report.value);
   } else if (report.key == "MODE") {
     run.mode = report.value;
-    m_Reporter.Text("print mode " + report.value);
+    m_Reporter.Note("print mode " + report.value);
   } else if (report.key == "NOMODE") {
     m_Reporter.Warning("The print mode " + report.value +
                        " is not installed; the page is made without it.");
@@ -193,8 +196,10 @@ void RipRun::HandleReport(const Report& report) {
   } else if (report.key == "SIZE") {
     HandleSize(report.value);
   } else if (report.key == "PAGE") {
+    ShowConverting();
     MakeSeparations(m_Ended++);
   } else if (report.key == "JOB") {
+    m_Started = true;
     m_Reporter.Info("READY");
     m_Reporter.Info("INTERPRETING");
   }
@@ -231,8 +236,7 @@ bool RipRun::CheckTotal(std::uint64_t bytes) {
 }
 
 bool RipRun::BeginPage(const PageSize& size) {
-  if (!m_Converting) m_Reporter.Info("CONVERTING");
-  m_Converting = true;
+  ShowConverting();
   CheckPageSize(size.width, size.height);
   if (m_Failure || m_Parts.install) return !m_Failure;
   auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size);
@@ -258,6 +262,11 @@ bool RipRun::EndPage() {
   return true;
 }
 
+void RipRun::ShowConverting() {
+  if (!m_Converting) m_Reporter.Info("CONVERTING");
+  m_Converting = true;
+}
+
 void RipRun::CountPage() { m_Reporter.Page(++m_Pages); }
 
 // Takes over the separations of every page but those that the interpreter may still be writing:
@@ -265,8 +274,7 @@ void RipRun::CountPage() { m_Reporter.Page(++m_Pages); }
 bool RipRun::MakeSeparations(unsigned complete) {
   while (!m_Failure && m_Separated < complete &&
          HasSeparations(m_Directory.Planes(), m_Separated + 1)) {
-    if (!m_Converting) m_Reporter.Info("CONVERTING");
-    m_Converting = true;
+    ShowConverting();
     if (!CheckTotal(static_cast<std::uint64_t>(m_PageBytes))) return false;
     if (m_Pages != m_Separated) {
       Fail(ExitStatus::Failed, "The job changes between separations and other pages.");
@@ -285,11 +293,15 @@ bool RipRun::MakeSeparations(unsigned complete) {
 }
 
 void RipRun::ShowProgress() {
+  const std::int64_t now = os::MonotonicNanoseconds();
+  if (!m_Started || now < m_NextProgress) return;
+  m_NextProgress = now + ProgressInterval;
   double share = 0;
-  const unsigned pages = m_Parts.job.layout.pages;
-  if (pages > 0) {
-    share = (m_Pages + m_Stream.PresentShare()) / pages;
-  } else if (m_Parts.job.layout.kind != JobKind::Pdf) {
+  const JobLayout& job = m_Parts.job.layout;
+  if (job.pages > 0) {
+    const double begun = m_Ended > 0 ? m_Ended - 1 : 0;
+    share = std::max(begun, m_Pages + m_Stream.PresentShare()) / job.pages;
+  } else if (job.kind != JobKind::Pdf && job.length >= MeaningfulLength) {
     share = m_Feed->SentShare();
   }
   // The rest is the closing of the last page, which only the end tells.

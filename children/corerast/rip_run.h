@@ -54,6 +54,7 @@ class RipRun : private PageReceiver {
   void CheckPageSize(double width, double height);
   bool CheckTotal(std::uint64_t bytes);
   bool MakeSeparations(unsigned complete);
+  void ShowConverting();
   void CountPage();
   void ShowProgress();
   void JudgeEnd();
@@ -79,7 +80,9 @@ class RipRun : private PageReceiver {
   unsigned m_Ended = 0;           // pages that the interpreter has begun to put out
   double m_PageBytes = 0;         // of the present page, if it is separated
   std::uint64_t m_TotalBytes = 0;
-  bool m_Converting = false;
+  std::int64_t m_NextProgress = 0;
+  bool m_Started = false;     // prolog and prefix have run
+  bool m_Converting = false;  // pixels flow
 };
 
 }  // namespace rastrel::corerast
