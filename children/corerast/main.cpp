@@ -38,12 +38,11 @@ std::string RipDirectory(const char* program) {
 }
 
 os::Outcome<os::Done> WritePageList(const RunDirectory& directory, unsigned pages) {
+  const auto path = directory.ListedPath();
+  if (!path) return path.Error();
   std::vector<ListedPage> list;
   for (unsigned page = 1; page <= pages; ++page) {
-    const std::string name = PageName(page);
-    const auto path = directory.ListedPath(name);
-    if (!path) return path.Error();
-    list.push_back({directory.Name() + "-" + std::to_string(page), *path, name});
+    list.push_back({directory.Name() + "-" + std::to_string(page), *path, PageName(page)});
   }
   if (!os::WriteAll(STDOUT_FILENO, FormatPageList(list))) {
     return os::Failure{"write", "the page list", errno};

@@ -104,15 +104,15 @@ bool RunDirectory::RemoveWork() const {
   return !first && !second;
 }
 
-os::Outcome<std::string> RunDirectory::ListedPath(const std::string& pageName) const {
-  const std::string native = m_Path + "/" + pageName + "/";
+os::Outcome<std::string> RunDirectory::ListedPath() const {
+  const std::string native = m_Path + "/";
   // A backslash separates in the library's text, so a native name with one has no such text.
   if (IsPlainValue(native) && native.find('\\') == native.npos) return native;
   const std::string root = os::DataRoot();
   for (char letter = 'r'; letter <= 'z'; ++letter) {
     if (!LeadTo(root + "/drive_" + letter, m_Parent)) continue;
     const char drive = static_cast<char>(letter - 'a' + 'A');
-    return std::string(1, drive) + ":\\" + m_Name + "\\" + pageName + "\\";
+    return std::string(1, drive) + ":\\" + m_Name + "\\";
   }
   return os::Failure{"find a drive letter that can stand for", m_Parent, EEXIST};
 }

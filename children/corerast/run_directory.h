@@ -30,10 +30,10 @@ class RunDirectory {
   /// Removes both work directories. False if one can't be removed.
   [[nodiscard]] bool RemoveWork() const;
 
-  /// The library path of a page's directory, with its closing separator, as the page list can hold
-  /// it. That is the native path; where a reader of the list would stumble over it, a path on a
+  /// The library path of this directory, with its closing separator, as the page list can hold it:
+  /// a page's own directory is the one of its title below it. That is the native path; where a reader of the list would stumble over it, a path on a
   /// drive letter from r to z, whose folder in the data root is made a link to "System/c-out".
-  [[nodiscard]] os::Outcome<std::string> ListedPath(const std::string& pageName) const;
+  [[nodiscard]] os::Outcome<std::string> ListedPath() const;
 
  private:
   RunDirectory(std::string parent, std::string name);
