@@ -14,9 +14,9 @@ struct ListedPage {
   std::string title;
 };
 
-/// Whether a reader that looks for "begin" and "end" anywhere in the text, takes '>' for the start of
-/// a comment and trims values gets this value back: none of these in it, no control character, no
-/// blank at either end, well-formed UTF-8, and not empty.
+/// Whether a reader that looks for "begin" and "end" anywhere in the text, takes '>' for the start
+/// of a comment and trims values gets this value back: none of these in it, no control character,
+/// no blank at either end, well-formed UTF-8, and not empty.
 [[nodiscard]] bool IsPlainValue(std::string_view value);
 
 /// The whole text. REQUIRES: every value is plain.

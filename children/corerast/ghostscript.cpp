@@ -17,7 +17,17 @@ namespace rastrel::corerast {
 namespace {
 
 // Numbers of the interpreter's descriptors, by their place in ProcessRequest::descriptors.
-enum Place : std::size_t { Pixels = 3, Setup, Prefix, Job, Prolog, Modes, Temporary, Planes, Count };
+enum Place : std::size_t {
+  Pixels = 3,
+  Setup,
+  Prefix,
+  Job,
+  Prolog,
+  Modes,
+  Temporary,
+  Planes,
+  Count
+};
 
 // In this order: each uses what those before it define.
 constexpr std::array<const char*, 5> PrologFiles{"reports.ps", "guard.ps", "device.ps",
@@ -32,19 +42,31 @@ std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 // the job can't read it again.
 std::string SetupText(const std::string& word) {
   return "serverdict begin 0 exitserver userdict begin\n"
-         "/rip.word (" + word + ") def\n"
-         "/rip.modes (" + At(Modes) + "/) def\n"
-         "/rip.planefiles (" + At(Planes) + "/%04d.tif) def\n"
+         "/rip.word (" +
+         word +
+         ") def\n"
+         "/rip.modes (" +
+         At(Modes) +
+         "/) def\n"
+         "/rip.planefiles (" +
+         At(Planes) +
+         "/%04d.tif) def\n"
          "end\n";
 }
 
 std::vector<std::string> Arguments(const InterpreterRequest& request, const Settings& settings) {
-  std::vector<std::string> arguments{
-      "gs", "-q", "-dBATCH", "-dNOPAUSE", "-dSAFER", "-dJOBSERVER", "-sstdout=%stderr",
-      "-K" + std::to_string(settings.memoryMebibytes * 1024),
-      "-sDEVICE=ppmraw", "-sOutputFile=" + At(Pixels),
-      "--permit-file-read=" + At(Modes) + "/*",
-      "--permit-file-write=" + At(Planes) + "/*"};
+  std::vector<std::string> arguments{"gs",
+                                     "-q",
+                                     "-dBATCH",
+                                     "-dNOPAUSE",
+                                     "-dSAFER",
+                                     "-dJOBSERVER",
+                                     "-sstdout=%stderr",
+                                     "-K" + std::to_string(settings.memoryMebibytes * 1024),
+                                     "-sDEVICE=ppmraw",
+                                     "-sOutputFile=" + At(Pixels),
+                                     "--permit-file-read=" + At(Modes) + "/*",
+                                     "--permit-file-write=" + At(Planes) + "/*"};
   if (request.kind == JobKind::Eps) arguments.emplace_back("-dEPSCrop");
   arguments.emplace_back("-f");
   arguments.push_back(At(Setup));

@@ -24,8 +24,8 @@ std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
   std::string text(count, '\0');
   std::size_t filled = 0;
   while (filled < count) {
-    const ssize_t got = pread(file, text.data() + filled, count - filled,
-                              static_cast<off_t>(offset + filled));
+    const ssize_t got =
+        pread(file, text.data() + filled, count - filled, static_cast<off_t>(offset + filled));
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) break;
     filled += static_cast<std::size_t>(got);
@@ -35,8 +35,8 @@ std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
 }
 
 RunFailure Unreadable(const char* what, const std::string& path, int error) {
-  return {ExitStatus::BadInput, std::string("The ") + what + " can't be read: " +
-                                    os::Describe({"open", path, error}) + "."};
+  return {ExitStatus::BadInput, std::string("The ") + what +
+                                    " can't be read: " + os::Describe({"open", path, error}) + "."};
 }
 
 // Opened without waiting, since the name could be a pipe's.
@@ -63,12 +63,12 @@ std::variant<JobFile, RunFailure> OpenJob(const std::string& path) {
   const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
   JobLayout layout = FindJobLayout(head, size);
   if (layout.kind == JobKind::Unknown) {
-    return RunFailure{ExitStatus::BadInput,
-                      "The job is neither PostScript nor PDF: " + path + "."};
+    return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};
   }
   if (layout.kind == JobKind::Eps && layout.pages == 0 && layout.offset > 0) {
     // The section behind a binary header may begin with lines of its own that are to be left out.
-    const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
+    const auto length =
+        static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
     const JobLayout section =
         FindJobLayout(ReadAt(file.Get(), layout.offset, length), layout.length);
     if (section.kind == JobKind::Eps || section.kind == JobKind::PostScript) {

@@ -21,8 +21,8 @@ struct PrefixFile {
   std::string title;  ///< of its "%%Title:" line; may be empty
 };
 
-/// Opens a job and finds out what it holds. Failures, all ExitStatus::BadInput: it can't be read, is
-/// no regular file, or holds neither PostScript nor PDF.
+/// Opens a job and finds out what it holds. Failures, all ExitStatus::BadInput: it can't be read,
+/// is no regular file, or holds neither PostScript nor PDF.
 [[nodiscard]] std::variant<JobFile, RunFailure> OpenJob(const std::string& path);
 
 /// Opens a prefix. It fails in the same way, if it can't be read or is no regular file.

@@ -17,8 +17,8 @@ struct PageSize {
   [[nodiscard]] std::size_t RowBytes() const { return std::size_t{width} * channels; }
 };
 
-/// Who receives the pages of a stream. Each operation returns false to end the stream, and then says
-/// why by its own means.
+/// Who receives the pages of a stream. Each operation returns false to end the stream, and then
+/// says why by its own means.
 class PageReceiver {
  public:
   virtual ~PageReceiver() = default;
@@ -53,8 +53,8 @@ class PageStream {
 
   PageReceiver& m_Receiver;
   PageSize m_Size;
-  std::size_t m_Rest = 0;    // bytes of the present page still to come
-  std::size_t m_Whole = 0;   // bytes of the present page
+  std::size_t m_Rest = 0;   // bytes of the present page still to come
+  std::size_t m_Whole = 0;  // bytes of the present page
   std::string m_Token;
   unsigned m_TokenCount = 0;
   std::size_t m_HeaderBytes = 0;

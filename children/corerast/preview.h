@@ -12,8 +12,8 @@
 namespace rastrel::corerast {
 
 /// Makes a small picture of a page while its rows pass by. Keeps the page's aspect; the longer side
-/// has 256 pixels, or the page's own number if that is less. A pixel is the mean of up to 16 samples
-/// of its cell.
+/// has 256 pixels, or the page's own number if that is less. A pixel is the mean of up to 16
+/// samples of its cell.
 class Preview {
  public:
   static constexpr unsigned LongestSide = 256;

@@ -15,7 +15,8 @@ class Reporter {
   void Progress(unsigned percent);
   /// That a page is complete, counted from 1.
   void Page(unsigned number);
-  /// A plain line for the log. REQUIRES: the text's beginning is a word of ours, not a report's tag.
+  /// A plain line for the log. REQUIRES: the text's beginning is a word of ours, not a report's
+  /// tag.
   void Note(std::string_view text);
   /// A line of the interpreter or the job. It can't be taken for a report, whatever it holds, and
   /// after TextLimit bytes of such lines no more are passed on.

@@ -23,7 +23,8 @@ constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite 
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
 constexpr std::int64_t ProgressInterval = 50 * NanosecondsPerMillisecond;
-// A job that is not much longer than the pipe to the interpreter is sent before its first line runs.
+// A job that is not much longer than the pipe to the interpreter is sent before its first line
+// runs.
 constexpr std::uint64_t MeaningfulLength = 1 << 20;
 
 // Two numbers with a blank between them.
@@ -84,10 +85,9 @@ bool RipRun::Start() {
   request.prefix = m_Parts.prefix.Get();
   const bool pdf = request.kind == JobKind::Pdf;
   if (pdf) request.pdf = m_Parts.job.file.Get();
-  m_Deadline = os::MonotonicNanoseconds() +
-               static_cast<std::int64_t>(std::min<std::uint64_t>(m_Parts.settings.timeSeconds,
-                                                                 1000000000)) *
-                   NanosecondsPerSecond;
+  m_Deadline = os::MonotonicNanoseconds() + static_cast<std::int64_t>(std::min<std::uint64_t>(
+                                                m_Parts.settings.timeSeconds, 1000000000)) *
+                                                NanosecondsPerSecond;
   auto started = StartGhostscript(request, m_Directory, m_Parts.settings, m_Guardian);
   if (!started) return FailOn(started.Error());
   m_Interpreter.emplace(std::move(*started));
@@ -122,7 +122,8 @@ bool RipRun::Poll() {
   std::array<pollfd, 3> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
                                  {m_Interpreter->pixels.Get(), POLLIN, 0},
                                  {m_Feed->Descriptor(), POLLOUT, 0}}};
-  const auto patience = static_cast<int>(std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, 60000));
+  const auto patience =
+      static_cast<int>(std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, 60000));
   if (poll(entries.data(), entries.size(), patience) < 0 && errno != EINTR) {
     return FailOn({"poll", {}, errno});
   }
@@ -218,12 +219,11 @@ void RipRun::CheckPageSize(double width, double height) {
   const auto side = static_cast<double>(SidePixels);
   if (width * height <= pixels && width <= side && height <= side) return;
   const double shown = 1e15;
-  Fail(ExitStatus::Failed, "Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
-                               Whole(std::min(width, shown)) + " x " +
-                               Whole(std::min(height, shown)) + " pixels; the limit is " +
-                               std::to_string(m_Parts.settings.pagePixels) +
-                               " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) +
-                               " on a side.");
+  Fail(ExitStatus::Failed,
+       "Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
+           Whole(std::min(width, shown)) + " x " + Whole(std::min(height, shown)) +
+           " pixels; the limit is " + std::to_string(m_Parts.settings.pagePixels) +
+           " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) + " on a side.");
 }
 
 bool RipRun::CheckTotal(std::uint64_t bytes) {
@@ -282,9 +282,8 @@ bool RipRun::MakeSeparations(unsigned complete) {
     }
     ++m_Separated;
     if (!m_Parts.install) {
-      const auto made =
-          MakeSeparationPage(m_Directory.Planes(), m_Directory.Path(), m_Separated,
-                             m_Parts.description, m_Parts.settings.pagePixels);
+      const auto made = MakeSeparationPage(m_Directory.Planes(), m_Directory.Path(), m_Separated,
+                                           m_Parts.description, m_Parts.settings.pagePixels);
       if (!made) return FailOn(made.Error());
     }
     CountPage();
@@ -317,8 +316,7 @@ void RipRun::JudgeEnd() {
   if (!end.byItself) {
     const bool processor = end.status == SIGXCPU || end.status == SIGKILL;
     Fail(ExitStatus::Failed,
-         processor ? "The job took more than " +
-                         std::to_string(m_Parts.settings.processorSeconds) +
+         processor ? "The job took more than " + std::to_string(m_Parts.settings.processorSeconds) +
                          " seconds of processor time and was ended (RASTREL_RIP_CPU)."
                    : "Ghostscript was ended by signal " + std::to_string(end.status) + ".");
   } else if (m_LastError.find("/VMerror") != std::string::npos && end.status != 0) {

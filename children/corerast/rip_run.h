@@ -73,12 +73,12 @@ class RipRun : private PageReceiver {
   PageStream m_Stream;
   std::unique_ptr<PageDirectory> m_Page;  // the one whose pixels come at present
   std::optional<RunFailure> m_Failure;
-  std::int64_t m_Deadline = 0;    // nanoseconds of the monotonic clock
-  std::string m_LastError;        // the interpreter's own words
-  unsigned m_Pages = 0;           // finished
-  unsigned m_Separated = 0;       // of these, from separations
-  unsigned m_Ended = 0;           // pages that the interpreter has begun to put out
-  double m_PageBytes = 0;         // of the present page, if it is separated
+  std::int64_t m_Deadline = 0;  // nanoseconds of the monotonic clock
+  std::string m_LastError;      // the interpreter's own words
+  unsigned m_Pages = 0;         // finished
+  unsigned m_Separated = 0;     // of these, from separations
+  unsigned m_Ended = 0;         // pages that the interpreter has begun to put out
+  double m_PageBytes = 0;       // of the present page, if it is separated
   std::uint64_t m_TotalBytes = 0;
   std::int64_t m_NextProgress = 0;
   bool m_Started = false;     // prolog and prefix have run

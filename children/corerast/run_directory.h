@@ -7,7 +7,8 @@
 
 namespace rastrel::corerast {
 
-/// `bytes` random bytes of the system as hexadecimal digits, two each; empty if it has none to give.
+/// `bytes` random bytes of the system as hexadecimal digits, two each; empty if it has none to
+/// give.
 [[nodiscard]] std::string RandomDigits(std::size_t bytes);
 
 /// The directory of one run's pages: a fresh one below the RIP's "System/c-out", with two work
@@ -30,9 +31,10 @@ class RunDirectory {
   /// Removes both work directories. False if one can't be removed.
   [[nodiscard]] bool RemoveWork() const;
 
-  /// The library path of this directory, with its closing separator, as the page list can hold it:
-  /// a page's own directory is the one of its title below it. That is the native path; where a reader of the list would stumble over it, a path on a
-  /// drive letter from r to z, whose folder in the data root is made a link to "System/c-out".
+  /// The library path of this directory, with its closing separator, as the page list can hold it;
+  /// a page's own directory is the one of its title below it. That is the native path; where a
+  /// reader of the list would stumble over it, a path on a drive letter from r to z, whose folder
+  /// in the data root is made a link to "System/c-out".
   [[nodiscard]] os::Outcome<std::string> ListedPath() const;
 
  private:

@@ -165,8 +165,9 @@ std::string PlaneName(const std::string& fileName) {
   std::string bytes;
   for (std::size_t i = 0; i < escaped.size(); ++i) {
     unsigned value = 0;
-    const bool escape = escaped[i] == '%' && i + 2 < escaped.size() &&
-                        std::sscanf(std::string(escaped.substr(i + 1, 2)).c_str(), "%2x", &value) == 1;
+    const bool escape =
+        escaped[i] == '%' && i + 2 < escaped.size() &&
+        std::sscanf(std::string(escaped.substr(i + 1, 2)).c_str(), "%2x", &value) == 1;
     bytes += escape ? static_cast<char>(value) : escaped[i];
     if (escape) i += 2;
   }
@@ -193,8 +194,7 @@ os::Outcome<os::Done> MakeSeparationPage(const std::string& workDirectory,
       return os::Failure{"take", directory, EFBIG};
     }
   }
-  const std::string composite =
-      workDirectory + "/" + PageDigits(page) + std::string(Extension);
+  const std::string composite = workDirectory + "/" + PageDigits(page) + std::string(Extension);
   const PageSize size{info.width, info.height, 4};
   const auto pictured = WritePreview(composite, size, directory + "/preview.png");
   if (!pictured) return pictured.Error();

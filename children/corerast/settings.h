@@ -8,13 +8,14 @@ namespace rastrel::corerast {
 
 /// Limits of a run. Each is read from a variable of the environment; a whole number above 0.
 struct Settings {
-  std::uint64_t timeSeconds = 1800;         ///< RASTREL_RIP_TIMEOUT: of the clock on the wall
-  std::uint64_t processorSeconds = 1800;    ///< RASTREL_RIP_CPU: of Ghostscript's processor time
-  std::uint64_t memoryMebibytes = 1024;     ///< RASTREL_RIP_MEMORY: that the interpreter may take
-  std::uint64_t pagePixels = 1600000000;    ///< RASTREL_RIP_PIXELS: of one page
-  std::uint64_t totalMebibytes = 65536;     ///< RASTREL_RIP_SIZE: of all pages of a run
+  std::uint64_t timeSeconds = 1800;       ///< RASTREL_RIP_TIMEOUT: of the clock on the wall
+  std::uint64_t processorSeconds = 1800;  ///< RASTREL_RIP_CPU: of Ghostscript's processor time
+  std::uint64_t memoryMebibytes = 1024;   ///< RASTREL_RIP_MEMORY: that the interpreter may take
+  std::uint64_t pagePixels = 1600000000;  ///< RASTREL_RIP_PIXELS: of one page
+  std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
 
-  /// Reads them. A value that is no such number is passed over and gives a sentence in `complaints`.
+  /// Reads them. A value that is no such number is passed over and gives a sentence in
+  /// `complaints`.
   [[nodiscard]] static Settings FromEnvironment(std::vector<std::string>& complaints);
 };
 

@@ -62,7 +62,8 @@ std::string Escape(std::string_view text, bool blanks) {
   while (!text.empty()) {
     const std::size_t length = SequenceLength(text);
     const char first = text.front();
-    const bool plain = length > 1 || (length == 1 && first > ' ' && first != '%' && first != 0x7F) ||
+    const bool plain = length > 1 ||
+                       (length == 1 && first > ' ' && first != '%' && first != 0x7F) ||
                        (first == ' ' && !blanks);
     if (plain) {
       escaped += text.substr(0, length);
@@ -106,14 +107,13 @@ bool ReadNumber(std::string_view text, Number& number) {
 
 std::string FormatResolution(double resolution) {
   std::array<char, 64> digits;
-  const auto [end, error] =
-      std::to_chars(digits.data(), digits.data() + digits.size(), resolution);
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), resolution);
   return error == std::errc() ? std::string(digits.data(), end) : std::string("0");
 }
 
 bool IsPlainName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
+         name.find('\0') == std::string_view::npos;
 }
 
 // The fields come in one order, so a reader needs no table of what it has seen.

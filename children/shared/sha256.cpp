@@ -46,8 +46,8 @@ void AddBlock(State& state, const std::byte* block) {
   for (std::size_t i = 0; i < 64; ++i) {
     const std::uint32_t first = h + (std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25)) +
                                 ((e & f) ^ (~e & g)) + RoundConstants[i] + words[i];
-    const std::uint32_t second = (std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22)) +
-                                 ((a & b) ^ (a & c) ^ (b & c));
+    const std::uint32_t second =
+        (std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
     h = g;
     g = f;
     f = e;

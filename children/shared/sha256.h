@@ -18,7 +18,8 @@ class Sha256 {
   void Add(const void* bytes, std::size_t count) {
     Add({static_cast<const std::byte*>(bytes), count});
   }
-  /// The sum of all that was added, as 64 lower-case hexadecimal digits. Nothing is added afterwards.
+  /// The sum of all that was added, as 64 lower-case hexadecimal digits. Nothing is added
+  /// afterwards.
   [[nodiscard]] std::string Finish();
 
  private:
