@@ -184,6 +184,11 @@ class DocumentationLinks(Tree):
                          ["README.md: there is no docs/b.md",
                           "docs/formats/two.md: not in the index of formats"])
 
+    def test_a_page_that_a_source_names_must_be_there(self):
+        self.write("rastrel/a.h", "/// docs/a.md has the format; docs/b.md tells more.\n")
+        self.write("docs/a.md", "")
+        self.assertEqual(documentation_links.check(self.root), ["rastrel/a.h: there is no docs/b.md"])
+
 
 class PublicHeaders(Tree):
     def test_they_are_what_the_umbrella_reaches(self):

@@ -1,5 +1,5 @@
-"""Fails on a link of a document to a file that is not there, and on a format page without an entry
-in the index of formats.
+"""Fails on a link of a document to a file that is not there, on a page under docs/ that a source
+names and that is not there, and on a format page without an entry in the index of formats.
 
 usage: documentation_links.py ROOT
 """
@@ -11,6 +11,7 @@ import sys
 import documentation_examples
 import sources
 
+NAMED = re.compile(r"\bdocs/[\w/.-]+\.md\b")
 LINK = re.compile(r"\]\(([^)#\s]+)(?:#[^)\s]*)?\)")
 
 
@@ -25,6 +26,10 @@ def check(root):
             linked.add((document, path))
             if not path.exists():
                 faults.append(f"{document.relative_to(root)}: there is no {target}")
+    for file in sources.files(root, sources.EVERYTHING):
+        for page in NAMED.findall((root / file).read_text(encoding="utf-8")):
+            if not (root / page).is_file():
+                faults.append(f"{file}: there is no {page}")
     index = root / "docs" / "formats" / "README.md"
     for page in sorted((root / "docs" / "formats").glob("*.md")):
         if page != index and (index, page) not in linked:
