@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace rastrel::odalis {
@@ -52,6 +54,17 @@ TEST(ReadCfm2, titles_and_directories_may_hold_the_formats_own_words) {
     EXPECT_EQ(document->entries[0].title, title);
     EXPECT_EQ(document->entries[0].directory, "C:\\weekend > begin\\");
   }
+}
+
+TEST(ReadCfm2, the_documents_example_is_valid) {
+  std::ifstream stream(std::string(RASTREL_SOURCE_DIR) + "/docs/formats/output-engine.md");
+  const std::string page{std::istreambuf_iterator<char>(stream), {}};
+  const std::size_t start = page.find("```text\n>>") + 8;
+  const std::string example = page.substr(start, page.find("```", start) - start);
+  const auto document = ReadCfm2(example);
+  ASSERT_TRUE(document) << document.Error().text;
+  ASSERT_EQ(document->entries.size(), 1u);
+  EXPECT_EQ(PageDirectoryOf(document->entries[0]), "C:\\weekend > begin\\Legend > end");
 }
 
 TEST(ReadCfm2, a_comment_ends_with_its_line_closed_or_not) {

@@ -37,6 +37,16 @@ TEST(ReadDevices, the_shipped_file_holds_the_shipped_printers) {
   }
 }
 
+TEST(ReadDevices, the_documents_example_is_valid) {
+  std::ifstream stream(std::string(RASTREL_SOURCE_DIR) + "/docs/formats/devices.md");
+  const std::string page{std::istreambuf_iterator<char>(stream), {}};
+  const std::size_t start = page.find("```ini\n") + 7;
+  const auto devices = ReadDevices(page.substr(start, page.find("```", start) - start));
+  ASSERT_TRUE(devices) << devices.Error().text;
+  EXPECT_EQ(devices->size(), 4u);
+  EXPECT_EQ(FindDevice(*devices, "Office printer")->timeoutSeconds, 120u);
+}
+
 TEST(ReadDevices, a_command_is_split_into_words_with_their_fields) {
   const auto devices = ReadDevices(
       "; comment\n[Office]\r\nkind = command\nformat=pdf\ncommand = /bin/lp -d 'my queue' "

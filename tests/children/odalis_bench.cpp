@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <png.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <tiffio.h>
 #include <unistd.h>
@@ -286,7 +287,9 @@ void EngineRun::Finish() {
   }
   close(m_Error);
   int status = 0;
-  waitpid(m_Id, &status, 0);
+  rusage usage{};
+  wait4(m_Id, &status, 0, &usage);
+  m_PeakMemory = usage.ru_maxrss;
   m_Id = -1;
   m_Status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }

@@ -98,6 +98,8 @@ class EngineRun {
   [[nodiscard]] pid_t Id() const { return m_Id; }
   /// Exit status, or minus the signal's number. After Finish.
   [[nodiscard]] int Status() const { return m_Status; }
+  /// The most memory that it held, in KiB. After Finish.
+  [[nodiscard]] long PeakMemory() const { return m_PeakMemory; }
   /// Everything it reported so far.
   [[nodiscard]] const std::string& Report() const { return m_Report; }
   /// What stands behind the tag of each line that begins with it.
@@ -110,6 +112,7 @@ class EngineRun {
   int m_Input = -1;
   int m_Error = -1;
   int m_Status = -1;
+  long m_PeakMemory = 0;
   std::string m_Report;
 };
 

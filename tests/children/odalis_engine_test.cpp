@@ -320,6 +320,25 @@ TEST_F(Engine, works_without_a_standard_output) {
   ExpectTestPicture(ReadTiff(Output() + "/Sign-1.tif"), 3);
 }
 
+TEST_F(Engine, memory_does_not_grow_with_the_page) {
+  long peaks[2] = {};
+  const unsigned heights[2] = {40, 6000};  // the second has 108 MB of pixels
+  for (int i = 0; i < 2; ++i) {
+    auto info = PageOf(children::PageColour::Rgb, {"Red", "Green", "Blue"}, 6000, 1);
+    WritePage(Pages() + "/p", info);
+    info.height = heights[i];
+    const std::string header = "P6\n6000 " + std::to_string(heights[i]) + "\n255\n";
+    WriteFile(Pages() + "/p/pixels.ppm", header);
+    fs::resize_file(Pages() + "/p/pixels.ppm", header.size() + 18'000ull * heights[i]);
+    info.files = {DescribeFile(Pages() + "/p", "pixels.ppm")};
+    WriteFile(Pages() + "/p/.info", children::FormatPageInfo(info));
+    const auto run = Run({{"p"}});
+    EXPECT_EQ(run->Status(), Done) << run->Report();
+    peaks[i] = run->PeakMemory();
+  }
+  EXPECT_LT(peaks[1], peaks[0] + 16 * 1024);
+}
+
 TEST_F(Engine, being_killed_at_any_moment_leaves_whole_files_only) {
   auto info = PageOf(children::PageColour::Rgb, {"Red", "Green", "Blue"}, 600, 400);
   WritePage(Pages() + "/p1", info);
