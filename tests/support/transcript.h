@@ -78,12 +78,9 @@ class Transcript {
  private:
   static std::string NameOf(JT_ORIGINATOR originator) {
     switch (originator) {
-      case JTO_RIP:
-        return "rip";
-      case JTO_ODALIS:
-        return "odalis";
-      case JTO_SYSTEM:
-        return "system";
+      case JTO_RIP: return "rip";
+      case JTO_ODALIS: return "odalis";
+      case JTO_SYSTEM: return "system";
     }
     return std::to_string(static_cast<int>(originator));
   }

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <dirent.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "rastrel/printing/printing_thread.h"
+#include "tests/support/library_fixture.h"
+#include "tests/support/open_descriptors.h"
+#include "tests/support/transcript.h"
+
+namespace rastrel::test {
+
+/// A RIP that renders two pages, A and B, into the data root's folder `pages` and ends well.
+inline constexpr const char* GoodRip = R"(pages="$RASTREL_HOME/pages"
+mkdir -p "$pages/A" "$pages/B"
+printf a > "$pages/A/pixels"
+printf b > "$pages/B/pixels"
+printf 'begin := once\nid := p1\ndir := %s/\ntitle := A\nend\n' "$pages"
+printf 'begin := once\nid := p2\ndir := %s/\ntitle := B\nend\n' "$pages"
+)";
+/// An output engine that keeps its input in the data root's file `engine.input` and ends well.
+inline constexpr const char* GoodEngine = "cat > \"$RASTREL_HOME/engine.input\"\n";
+/// For a script: becomes a program that runs until it is ended.
+inline constexpr const char* Hang = "exec sleep 1000\n";
+
+/// How many threads this process has.
+inline std::size_t Threads() {
+  return static_cast<std::size_t>(
+      std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
+}
+/// The same once it has come down to `expected`: a thread that was joined is listed a moment
+/// longer.
+inline std::size_t ThreadsSettled(std::size_t expected) {
+  for (int rounds = 0; Threads() > expected && rounds < 5000; ++rounds)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  return Threads();
+}
+/// Whether this process has any child, a zombie included.
+inline bool HasChildren() {
+  siginfo_t information{};
+  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+/// A test that prints the job `job/sign.ps` of a data root of its own with children that are shell
+/// scripts.
+class PrintTest : public LibraryTest {
+ protected:
+  PrintTest() {
+    const ScratchDirectory& root = Root();
+    for (const char* folder :
+         {"Queue/rip/System/c-out", "Queue/rip/System/pmodes", "Queue/rip/CFM"})
+      std::filesystem::create_directories(root.Path(folder));
+    root.Write("job/sign.ps", "%!PS\nshowpage\n");
+    Rip(GoodRip);
+    Engine(GoodEngine);
+    m_Ticket.SetJobFile(root.Wide("job/sign.ps"));
+    m_Ticket.m_JobName = L"Sign";
+  }
+
+  [[nodiscard]] const ScratchDirectory& Root() const { return m_Library.Directory(); }
+  /// Library path of the RIP directory's parts, in UTF-8, as the library forms it.
+  [[nodiscard]] std::string SpoolDirectory() const {
+    return Root().Path() + "/Queue\\rip\\CFM\\sign.cfm";
+  }
+
+  void Rip(const std::string& body) { Script("Queue/rip/corerast.exe", body); }
+  void Engine(const std::string& body) { Script("Queue/rip/coreodalis.exe", body); }
+  void Script(const std::string& name, const std::string& body) {
+    std::filesystem::remove(Root().Path(name));  // a running one is replaced, never written to
+    Root().Write(name, "#!/bin/sh\n" + body);
+    MakeExecutable(name);
+  }
+  /// Puts one of the programs of tests/support/children there.
+  void Program(const std::string& name, const char* program) {
+    std::filesystem::remove(Root().Path(name));
+    std::filesystem::copy_file(std::string(RASTREL_TEST_CHILDREN) + "/" + program,
+                               Root().Path(name));
+    MakeExecutable(name);
+  }
+  void MakeExecutable(const std::string& name) {
+    std::filesystem::permissions(Root().Path(name), std::filesystem::perms::owner_all);
+  }
+
+  /// Gives the ticket pages that are on disk: `kept/A` and `kept/B`.
+  void GivePages() {
+    for (const char* title : {"A", "B"}) {
+      Root().Write(std::string("kept/") + title + "/pixels", title);
+      m_Ticket.m_CFMFile.AddEntry(Root().Wide("kept") + L"/",
+                                  std::wstring(1, *title == 'A' ? L'A' : L'B'));
+    }
+  }
+  void RequestSpool() {
+    m_Ticket.m_JobData.SpoolRequested = true;
+    m_Ticket.m_JobData.SpoolAllowed = true;
+  }
+  void KeepFiles() { Root().Write("settings.ini", "[RASTREL]\nKeep PS Files = 1\n"); }
+
+  /// Prints the ticket to its end.
+  void Print() {
+    m_Mark = m_Library.LogMark();
+    ASSERT_TRUE(m_Ticket.PrintJob());
+    ASSERT_TRUE(m_Ticket.EndPrint());
+  }
+  void Abort() { m_Ticket.GetPrintThread()->Abort(); }
+  /// Aborts the print that is to come when that line is told.
+  void AbortAt(const std::string& line) {
+    m_Ticket.m_Told.Listen([this, line](const std::string& told) {
+      if (told == line) Abort();
+    });
+  }
+  /// What the last Print put into the application log, an entry a line; the line end that some
+  /// entries have shows as "|".
+  [[nodiscard]] Lines Logged() const {
+    Lines entries;
+    std::string log = m_Library.Log().substr(m_Mark);
+    for (std::size_t at = 0; at < log.size();) {
+      if (const std::size_t head = LibraryRoot::HeadLength(std::string_view(log).substr(at));
+          head > 0) {
+        entries.emplace_back();
+        at += head;
+        continue;
+      }
+      if (log[at] != '\r') entries.back() += log[at] == '\n' ? '|' : log[at];
+      ++at;
+    }
+    return entries;
+  }
+  [[nodiscard]] bool HasLogged(const std::string& entry) const {
+    const Lines entries = Logged();
+    return std::find(entries.begin(), entries.end(), entry) != entries.end();
+  }
+  /// Status and error of the ticket, as "3 12".
+  [[nodiscard]] std::string End() const {
+    return std::to_string(m_Ticket.m_Status.Load()) + " " + std::to_string(m_Ticket.m_Error.Load());
+  }
+  /// The codes of the printing thread's and children's errors, as "259 rip".
+  [[nodiscard]] Lines Errors() const { return m_Ticket.m_Told.Behind("Error "); }
+  /// Everything below a folder of the data root, sorted, directories with a slash.
+  [[nodiscard]] Lines Tree(const std::string& folder) const {
+    Lines names;
+    std::error_code ignored;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(Root().Path(folder), ignored)) {
+      names.push_back(std::filesystem::relative(entry.path(), Root().Path(folder)).string() +
+                      (entry.is_directory() ? "/" : ""));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  RecordingTicket m_Ticket;
+  std::size_t m_Mark = 0;
+};
+
+}  // namespace rastrel::test
