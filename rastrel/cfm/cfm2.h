@@ -16,8 +16,9 @@ struct CFM2Keyword {
 };
 
 /// A document of rendered pages, and its CFM2 text: the small format in which the RIP hands pages
-/// over and the output engine takes them. Filled by one of two roads: the RIP's text and then Parse,
-/// or pages made directly and then Generate. Used by one thread. docs/formats/cfm2.md has the format.
+/// over and the output engine takes them. Filled by one of two roads: the RIP's text and then
+/// Parse, or pages made directly and then Generate. Used by one thread. docs/formats/cfm2.md has
+/// the format.
 class CCFM2 {
  public:
   CCFM2();
@@ -25,8 +26,8 @@ class CCFM2 {
   CCFM2& operator=(const CCFM2&) = delete;
 
   /// Turns the text into the page list, which is emptied first; the text stays. True means at least
-  /// one page and none rejected: a page without a title or id is dropped and makes the result false,
-  /// the others stay. What is odd goes to the application log.
+  /// one page and none rejected: a page without a title or id is dropped and makes the result
+  /// false, the others stay. What is odd goes to the application log.
   [[nodiscard]] bool Parse();
 
   /// Turns pages, selection and copies into the text for the output engine. `pages` holds positions

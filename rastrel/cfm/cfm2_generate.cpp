@@ -14,7 +14,13 @@ namespace {
 // One line of a page. The blanks at its end belong to the format.
 void AppendLine(std::wstring& text, std::wstring_view indent, std::wstring_view keyword,
                 std::wstring_view value, std::wstring_view lineEnd) {
-  text.append(indent).append(keyword).append(L" ").append(Separator).append(L" ").append(value).append(lineEnd);
+  text.append(indent)
+      .append(keyword)
+      .append(L" ")
+      .append(Separator)
+      .append(L" ")
+      .append(value)
+      .append(lineEnd);
 }
 
 std::deque<std::int32_t> AllPages(std::size_t count) {

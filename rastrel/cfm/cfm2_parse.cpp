@@ -42,7 +42,8 @@ bool CCFM2::Parse() {
 bool CCFM2::ParsePage(std::wstring_view block) {
   auto page = std::make_unique<CCFMPage>();
   for (std::size_t at = 0; at < block.size();) {
-    const std::size_t lineEnd = std::min(block.find(static_cast<wchar_t>(m_LineDelimiter), at), block.size());
+    const std::size_t lineEnd =
+        std::min(block.find(static_cast<wchar_t>(m_LineDelimiter), at), block.size());
     ParseLine(block.substr(at, lineEnd - at), *page);
     at = lineEnd + 1;
   }

@@ -20,7 +20,8 @@ CString PageDirectory(const CCFMFileEntry& entry) {
 // DeleteDirectory would refuse must not vanish either.
 bool MovePage(const CString& source, const CString& target) {
   constexpr std::size_t ShortestRemovablePath = 4;
-  if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target)) return true;
+  if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target))
+    return true;
   if (!CopyTree(source.c_str(), target.c_str())) {
     DeleteDirectory(target.c_str());
     return false;

@@ -17,7 +17,8 @@ namespace {
 
 std::vector<std::string> EntriesOf(const Args& block) {
   std::vector<std::string> entries;
-  for (const char* at = block.Data(); *at != '\0'; at += std::strlen(at) + 1) entries.emplace_back(at);
+  for (const char* at = block.Data(); *at != '\0'; at += std::strlen(at) + 1)
+    entries.emplace_back(at);
   return entries;
 }
 
@@ -41,7 +42,8 @@ CCPHelper::~CCPHelper() = default;
 void CCPHelper::AddArgument(const std::wstring& text) { m_Arguments.push_back(text); }
 
 void CCPHelper::GetCommandLine(std::wstring& target) const {
-  for (const std::wstring& argument : m_Arguments) target.append(L"\"").append(argument).append(L"\" ");
+  for (const std::wstring& argument : m_Arguments)
+    target.append(L"\"").append(argument).append(L"\" ");
 }
 
 bool CCPHelper::Start() {

@@ -18,7 +18,9 @@ bool CopyTree(const wchar_t* source, const wchar_t* destination) {
          rastrel::os::CopyTreeInto(source, destination);
 }
 
-bool MakeDirectoryPath(const wchar_t* path) { return path != nullptr && rastrel::os::MakePath(path); }
+bool MakeDirectoryPath(const wchar_t* path) {
+  return path != nullptr && rastrel::os::MakePath(path);
+}
 
 std::uint64_t GetTreeSize(const wchar_t* path) {
   return path == nullptr ? 0 : rastrel::os::TreeSize(path);

@@ -19,8 +19,9 @@ RASTREL_API bool DeleteDirectory(const wchar_t* path);
 /// result is true all the same**; so are links and devices.
 [[nodiscard]] bool CopyTree(const wchar_t* source, const wchar_t* destination);
 
-/// Makes every missing element of a path. True if it exists already. False for a null or empty path,
-/// for a drive's root or a network's server that does not exist, and where an element can't be made.
+/// Makes every missing element of a path. True if it exists already. False for a null or empty
+/// path, for a drive's root or a network's server that does not exist, and where an element can't
+/// be made.
 [[nodiscard]] bool MakeDirectoryPath(const wchar_t* path);
 
 /// Sum in bytes of all regular files below. What can't be read counts 0.

@@ -47,7 +47,8 @@ class CAppLog {
   CAppLog();
   void Open();
   void WriteEntry(std::string_view text);
-  void PrintArguments(const wchar_t* format, std::span<const rastrel::job::FormatArgument> arguments);
+  void PrintArguments(const wchar_t* format,
+                      std::span<const rastrel::job::FormatArgument> arguments);
 
   std::wstring m_FileName;  // full path
   int m_File = -1;          // descriptor; -1 if the file could not be opened

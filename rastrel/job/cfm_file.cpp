@@ -10,7 +10,8 @@ namespace {
 // The last element with its closing separator: a saved list follows the spool to another machine.
 CString WithoutParents(const CString& directory) {
   if (directory.empty()) return directory;
-  const auto parts = rastrel::os::SplitPath(std::wstring_view(directory).substr(0, directory.size() - 1));
+  const auto parts =
+      rastrel::os::SplitPath(std::wstring_view(directory).substr(0, directory.size() - 1));
   const CString parents = parts.drive + parts.directory;
   return directory.starts_with(parents) ? directory.substr(parents.size()) : directory;
 }

@@ -45,7 +45,8 @@ class RASTREL_API CCFMFile {
   CString BaseDirectory;               ///< what stored directories stand on when they are read
 };
 
-/// Writes version 1, TotalSize, the count, and each entry's directory without its parents, and title.
+/// Writes version 1, TotalSize, the count, and each entry's directory without its parents, and
+/// title.
 RASTREL_API CArchive& operator<<(CArchive& archive, const CCFMFile& file);
 /// Reads and appends; each directory becomes BaseDirectory, a backslash and the stored text. The
 /// version's value is not looked at. What was read whole before a failure stays.

@@ -11,6 +11,10 @@ CExJobTicket::~CExJobTicket() {
   CExePaths::DeleteInstance();
 }
 
-void CExJobTicket::Error(JT_ERROR code, JT_ORIGINATOR originator) { CJobTicket::Error(code, originator); }
+void CExJobTicket::Error(JT_ERROR code, JT_ORIGINATOR originator) {
+  CJobTicket::Error(code, originator);
+}
 
-void CExJobTicket::Info(JT_INFO code, JT_ORIGINATOR originator) { CJobTicket::Info(code, originator); }
+void CExJobTicket::Info(JT_INFO code, JT_ORIGINATOR originator) {
+  CJobTicket::Info(code, originator);
+}

@@ -6,7 +6,6 @@
 #include <type_traits>
 #include <variant>
 
-
 namespace rastrel::job {
 
 /// One argument of a formatted text, with its own type: a conversion that does not fit it prints it
@@ -16,11 +15,12 @@ class FormatArgument {
   struct Pointer {
     const void* value;
   };
-  using Value =
-      std::variant<std::int64_t, std::uint64_t, double, wchar_t, std::wstring_view, std::string_view, Pointer>;
+  using Value = std::variant<std::int64_t, std::uint64_t, double, wchar_t, std::wstring_view,
+                             std::string_view, Pointer>;
 
   template <typename Type>
-  FormatArgument(const Type& value) : m_Value(ValueOf(value)) {}  // NOLINT(google-explicit-constructor)
+  FormatArgument(const Type& value)
+      : m_Value(ValueOf(value)) {}  // NOLINT(google-explicit-constructor)
 
   [[nodiscard]] const Value& Get() const { return m_Value; }
 

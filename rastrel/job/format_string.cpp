@@ -50,7 +50,8 @@ void TakeFlags(std::wstring_view format, std::size_t& at, Conversion& conversion
 }
 
 // The modifiers of a variable list that formatted text does not know are letters there.
-void TakeModifiers(std::wstring_view format, std::size_t& at, bool variableList, Conversion& conversion) {
+void TakeModifiers(std::wstring_view format, std::size_t& at, bool variableList,
+                   Conversion& conversion) {
   for (; at < format.size(); ++at) {
     const wchar_t letter = format[at];
     if (letter == L'h') {
@@ -71,7 +72,8 @@ void TakeModifiers(std::wstring_view format, std::size_t& at, bool variableList,
 }
 
 // Reads a conversion whose "%" stands before `at`. Nothing if the format ends inside it.
-std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& at, bool variableList) {
+std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& at,
+                                         bool variableList) {
   Conversion conversion;
   TakeFlags(format, at, conversion);
   conversion.width = TakeNumber(format, at);
@@ -110,7 +112,8 @@ std::optional<std::uint64_t> AsUnsigned(const FormatArgument::Value& value) {
 
 std::wstring Upper(std::wstring text) {
   for (wchar_t& character : text)
-    if (character >= L'a' && character <= L'z') character = static_cast<wchar_t>(character - L'a' + L'A');
+    if (character >= L'a' && character <= L'z')
+      character = static_cast<wchar_t>(character - L'a' + L'A');
   return text;
 }
 
@@ -125,7 +128,9 @@ std::wstring Plain(const FormatArgument::Value& value) {
   struct Printer {
     std::wstring operator()(std::int64_t number) const { return Digits(number, 10); }
     std::wstring operator()(std::uint64_t number) const { return Digits(number, 10); }
-    std::wstring operator()(double number) const { return Floating(number, std::chars_format::general, 6); }
+    std::wstring operator()(double number) const {
+      return Floating(number, std::chars_format::general, 6);
+    }
     std::wstring operator()(wchar_t character) const { return std::wstring(1, character); }
     std::wstring operator()(std::wstring_view text) const { return std::wstring(text); }
     std::wstring operator()(std::string_view text) const { return os::WideFromUtf8(text); }
@@ -203,7 +208,8 @@ std::wstring Walk(std::wstring_view format, bool variableList, Next next) {
     }
     const auto conversion = TakeConversion(format, at, variableList);
     if (!conversion) break;
-    if (const FormatArgument* argument = next(*conversion)) result += Converted(*conversion, *argument);
+    if (const FormatArgument* argument = next(*conversion))
+      result += Converted(*conversion, *argument);
   }
   return result;
 }
@@ -257,10 +263,11 @@ std::wstring FormatVariableList(const wchar_t* format, std::va_list list) {
   std::va_list arguments;
   va_copy(arguments, list);
   std::optional<FormatArgument> argument;
-  std::wstring text = Walk(format, true, [&](const Conversion& conversion) -> const FormatArgument* {
-    argument.emplace(TakeArgument(conversion, arguments));
-    return &*argument;
-  });
+  std::wstring text =
+      Walk(format, true, [&](const Conversion& conversion) -> const FormatArgument* {
+        argument.emplace(TakeArgument(conversion, arguments));
+        return &*argument;
+      });
   va_end(arguments);
   return text;
 }

@@ -15,17 +15,18 @@ namespace rastrel::job {
 /// - `%%` is a percent sign.
 /// - Flags: a blank makes the fill a blank, `0` makes it a zero, `-` aligns left, `+` takes that
 ///   back, `#` is ignored.
-/// - Then a width, then `.` and a precision. A precision makes the fill a zero unless `-` was given,
+/// - Then a width, then `.` and a precision. A precision makes the fill a zero unless `-` was
+/// given,
 ///   and means nothing else to `d`, `i`, `u` and `o`. The fill stands in front of a sign.
 /// - The modifiers `h`, `l` and `N` are ignored.
 /// - `d i u` decimal; `o` octal; `x X` hexadecimal, zeros to the precision, then blanks to the
-///   width, never cut; negative numbers under `u o x X` as 32 bits; `e E g G f F` floating, 6 digits
-///   if no precision is given; `s` text, cut to the precision; `p` a pointer; any other letter, `*`
-///   among them, prints the argument plainly.
+///   width, never cut; negative numbers under `u o x X` as 32 bits; `e E g G f F` floating, 6
+///   digits if no precision is given; `s` text, cut to the precision; `p` a pointer; any other
+///   letter, `*` among them, prints the argument plainly.
 /// - A format that ends inside a conversion gives nothing for it and takes no argument; so does a
 ///   conversion that has no argument left.
 [[nodiscard]] std::wstring FormatText(std::wstring_view format,
-                                                  std::span<const FormatArgument> arguments);
+                                      std::span<const FormatArgument> arguments);
 
 /// The same rules for the arguments of a C variable list, which are taken by the sizes that the
 /// modifiers name (`h`, `l`, `ll`, `z`, `I64`). `s` takes wide text, `S` and `hs` narrow text in
@@ -43,8 +44,9 @@ template <>
 class formatstringT<wchar_t> : public std::wstring {
  public:
   formatstringT() = default;
-  formatstringT(std::wstring text) : std::wstring(std::move(text)) {}  // NOLINT(google-explicit-constructor)
-  formatstringT(const wchar_t* text) : std::wstring(text) {}           // NOLINT(google-explicit-constructor)
+  formatstringT(std::wstring text)
+      : std::wstring(std::move(text)) {}                      // NOLINT(google-explicit-constructor)
+  formatstringT(const wchar_t* text) : std::wstring(text) {}  // NOLINT(google-explicit-constructor)
   formatstringT(const formatstringT&) = default;
   formatstringT(formatstringT&&) = default;
   formatstringT& operator=(const formatstringT&) = default;

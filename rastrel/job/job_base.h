@@ -31,15 +31,15 @@ class RASTREL_API CJobBase : public CObject {
   /// directory and name of both files, the selected pages. m_CFMFile stays.
   virtual void SetDefaults();
 
-  CString m_JobName;                                   ///< the job's label; quoted in log lines
-  CString m_JobNote;                                   ///< kept for the host
-  rastrel::os::SharedWord<JT_ERROR> m_Error = JTE_NONE;  ///< the last error
-  rastrel::os::SharedWord<JT_STATUS> m_Status = JS_IDLE; ///< where the job stands
-  std::int32_t m_Copies = 1;                           ///< whole runs of the pages
-  CJobData m_JobData;                                  ///< all settings
-  std::deque<std::int32_t> m_Pages;                    ///< selected pages, counted from 0; empty: all
-  CJTSFile m_JobFile;                                  ///< the PostScript file
-  CJTSFile m_SecondFile;                               ///< kept and measured, never opened
-  CCFMFile m_CFMFile;                                  ///< the rendered pages, if there are any
-  COleDateTime m_Created;                              ///< local time of the last reset
+  CString m_JobName;                                      ///< the job's label; quoted in log lines
+  CString m_JobNote;                                      ///< kept for the host
+  rastrel::os::SharedWord<JT_ERROR> m_Error = JTE_NONE;   ///< the last error
+  rastrel::os::SharedWord<JT_STATUS> m_Status = JS_IDLE;  ///< where the job stands
+  std::int32_t m_Copies = 1;                              ///< whole runs of the pages
+  CJobData m_JobData;                                     ///< all settings
+  std::deque<std::int32_t> m_Pages;  ///< selected pages, counted from 0; empty: all
+  CJTSFile m_JobFile;                ///< the PostScript file
+  CJTSFile m_SecondFile;             ///< kept and measured, never opened
+  CCFMFile m_CFMFile;                ///< the rendered pages, if there are any
+  COleDateTime m_Created;            ///< local time of the last reset
 };

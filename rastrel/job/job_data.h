@@ -43,26 +43,27 @@ class RASTREL_API CJobData : public CObject {
   /// keeps its last levels.
   void SetDefaults();
 
-  CString PrinterName;               ///< RIP device; empty leaves the choice to the job
-  CString PrintModeName;             ///< print mode file; empty leaves the choice to the job
-  CString PrintModeFolder;           ///< folder of the print mode file
-  bool SpoolRequested = false;       ///< with SpoolAllowed: keep the pages after output
-  bool HostFlag1 = false;            ///< kept for the host
-  bool SpoolAllowed = false;         ///< with SpoolRequested: keep the pages after output
-  std::int32_t ScaleMode = 0;        ///< 0 none, 1 named target, 2 custom size
-  CString ScaleTarget;               ///< name of a scale target
-  double ScaleWidthCm = 0.0;         ///< custom width
-  double ScaleHeightCm = 0.0;        ///< custom height
-  std::int32_t HostValue = 0;        ///< kept for the host
-  bool HostFlag2 = false;            ///< kept for the host
-  bool LevelsEnabled = false;        ///< write the levels section of the prefix
-  bool LevelsLinked = true;          ///< the first of Levels serves all channels
-  std::array<CLevelsData, 5> Levels; ///< master, red, green, blue, gray
-  bool CutterEnabled = false;        ///< a cutter colour is set
-  std::int32_t CutterColorModel = 0; ///< 0 RGB, 1 CMYK, 2 a separation (only a CVKJobTicket's prefix)
+  CString PrinterName;                ///< RIP device; empty leaves the choice to the job
+  CString PrintModeName;              ///< print mode file; empty leaves the choice to the job
+  CString PrintModeFolder;            ///< folder of the print mode file
+  bool SpoolRequested = false;        ///< with SpoolAllowed: keep the pages after output
+  bool HostFlag1 = false;             ///< kept for the host
+  bool SpoolAllowed = false;          ///< with SpoolRequested: keep the pages after output
+  std::int32_t ScaleMode = 0;         ///< 0 none, 1 named target, 2 custom size
+  CString ScaleTarget;                ///< name of a scale target
+  double ScaleWidthCm = 0.0;          ///< custom width
+  double ScaleHeightCm = 0.0;         ///< custom height
+  std::int32_t HostValue = 0;         ///< kept for the host
+  bool HostFlag2 = false;             ///< kept for the host
+  bool LevelsEnabled = false;         ///< write the levels section of the prefix
+  bool LevelsLinked = true;           ///< the first of Levels serves all channels
+  std::array<CLevelsData, 5> Levels;  ///< master, red, green, blue, gray
+  bool CutterEnabled = false;         ///< a cutter colour is set
+  std::int32_t CutterColorModel =
+      0;  ///< 0 RGB, 1 CMYK, 2 a separation (only a CVKJobTicket's prefix)
   /// Components in order. For a CJobTicket 0 to 255 each. For a CVKJobTicket RGB is 0 to 255 and
   /// CMYK 0 to 1000.
   std::array<std::int32_t, 4> CutterColor{};
-  CString CutterSeparation;          ///< name of the separation
-  bool HostFlag3 = false;            ///< kept for the host
+  CString CutterSeparation;  ///< name of the separation
+  bool HostFlag3 = false;    ///< kept for the host
 };

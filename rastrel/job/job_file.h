@@ -15,9 +15,10 @@ class RASTREL_API CJTSFile : public CObject {
   ~CJTSFile() override;
   RASTREL_DECLARE_DYNCREATE(CJTSFile)
 
-  /// Writes version 1 and FileName. Reads them back; another version empties the name. The directory
-  /// is not part of the record: the host sets Directory before it loads, and every occurrence of it
-  /// is removed from the text that was read, so that a stored full path shrinks to the name.
+  /// Writes version 1 and FileName. Reads them back; another version empties the name. The
+  /// directory is not part of the record: the host sets Directory before it loads, and every
+  /// occurrence of it is removed from the text that was read, so that a stored full path shrinks to
+  /// the name.
   void Serialize(CArchive& archive) override;
 
   /// Empties Directory and FileName. FullPath stays until the next use.

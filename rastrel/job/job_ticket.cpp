@@ -120,7 +120,8 @@ void CJobTicket::Load(CArchive& archive) {
   // Status and error wait until everything else is there: a failed load leaves them as they were.
   std::int32_t status = 0;
   std::int32_t error = 0;
-  archive >> m_JobName >> m_JobNote >> m_Created >> status >> m_Copies >> error >> m_CFMFile >> m_bPlanar;
+  archive >> m_JobName >> m_JobNote >> m_Created >> status >> m_Copies >> error >> m_CFMFile >>
+      m_bPlanar;
   m_JobFile.Serialize(archive);
   m_SecondFile.Serialize(archive);
   m_JobData.Serialize(archive);

@@ -49,8 +49,10 @@ void CJobTicket::Info(JT_INFO code, JT_ORIGINATOR originator) {
   }
   if (code == JTI_READY) m_Progress = 0;
   if (TakesProgressText(code)) m_ProgressText.Set(text);
-  if (code == JTI_PROCESSING_STARTED) CAppLog::Instance().Printf(L"[%s] START: Printing", m_JobName);
-  if (code == JTI_PROCESSING_COMPLETED) CAppLog::Instance().Printf(L"[%s] STOP: Printing", m_JobName);
+  if (code == JTI_PROCESSING_STARTED)
+    CAppLog::Instance().Printf(L"[%s] START: Printing", m_JobName);
+  if (code == JTI_PROCESSING_COMPLETED)
+    CAppLog::Instance().Printf(L"[%s] STOP: Printing", m_JobName);
   if (!IsKnown(code)) CAppLog::Instance().Printf(L"Unknown info %i in CJobTicket::Info", code);
   if (code < JT_FIRST_CHILD_CODE) Log(L"%s", text.c_str());
 }

@@ -24,31 +24,31 @@ enum JT_STATUS : int {
 /// of, a child and never reach the job log.
 enum JT_ERROR : int {
   JTE_NONE = 0,
-  JTE_RIP_MISSING = 1,        ///< no RIP executable
-  JTE_ODALIS_MISSING = 2,     ///< no output engine executable
-  JTE_STEM_MISSING = 3,       ///< reserved
-  JTE_NO_OUTPUT_THREAD = 4,   ///< reserved
-  JTE_START_ODALIS = 5,       ///< the output engine could not be started
-  JTE_START_RIP = 6,          ///< the RIP could not be started
-  JTE_RIP_EXIT = 8,           ///< RIP exit status above 3, or negative
-  JTE_ODALIS_EXIT = 9,        ///< output engine exit status above 2, or negative
-  JTE_LOW_RESOURCES = 10,     ///< pipes or reader threads could not be made
-  JTE_NUMBERED = 11,          ///< reserved
-  JTE_ABNORMAL = 12,          ///< the job was aborted
-  JTE_SPOOL_OUTPUT = 13,      ///< the pages could not be moved to the spool
-  JTE_SPOOL_GENERATE = 14,    ///< the text for the output engine could not be made
-  JTE_PREFIX = 15,            ///< the prefix file could not be made
-  JTE_SPOOL_INVALID = 16,     ///< the RIP's page list did not parse or is empty
-  JTE_SPOOL_MISSING = 17,     ///< there are no pages
-  JTE_PS_MISSING = 18,        ///< the job file is absent or unreadable
-  JTE_UNDEFINED = 255,        ///< a child said ERROR
-  JTE_RUN_INSTALL = 256,      ///< a child said RUN_INSTALL
-  JTE_INVALID_RECOVERY = 257, ///< a child said INVALID_RECOVERY
-  JTE_RIP_STATUS_1 = 258,     ///< RIP exit status 1
-  JTE_RIP_STATUS_2 = 259,     ///< RIP exit status 2
-  JTE_RIP_STATUS_3 = 260,     ///< RIP exit status 3
-  JTE_ODALIS_STATUS_1 = 261,  ///< output engine exit status 1
-  JTE_ODALIS_STATUS_2 = 262,  ///< output engine exit status 2
+  JTE_RIP_MISSING = 1,         ///< no RIP executable
+  JTE_ODALIS_MISSING = 2,      ///< no output engine executable
+  JTE_STEM_MISSING = 3,        ///< reserved
+  JTE_NO_OUTPUT_THREAD = 4,    ///< reserved
+  JTE_START_ODALIS = 5,        ///< the output engine could not be started
+  JTE_START_RIP = 6,           ///< the RIP could not be started
+  JTE_RIP_EXIT = 8,            ///< RIP exit status above 3, or negative
+  JTE_ODALIS_EXIT = 9,         ///< output engine exit status above 2, or negative
+  JTE_LOW_RESOURCES = 10,      ///< pipes or reader threads could not be made
+  JTE_NUMBERED = 11,           ///< reserved
+  JTE_ABNORMAL = 12,           ///< the job was aborted
+  JTE_SPOOL_OUTPUT = 13,       ///< the pages could not be moved to the spool
+  JTE_SPOOL_GENERATE = 14,     ///< the text for the output engine could not be made
+  JTE_PREFIX = 15,             ///< the prefix file could not be made
+  JTE_SPOOL_INVALID = 16,      ///< the RIP's page list did not parse or is empty
+  JTE_SPOOL_MISSING = 17,      ///< there are no pages
+  JTE_PS_MISSING = 18,         ///< the job file is absent or unreadable
+  JTE_UNDEFINED = 255,         ///< a child said ERROR
+  JTE_RUN_INSTALL = 256,       ///< a child said RUN_INSTALL
+  JTE_INVALID_RECOVERY = 257,  ///< a child said INVALID_RECOVERY
+  JTE_RIP_STATUS_1 = 258,      ///< RIP exit status 1
+  JTE_RIP_STATUS_2 = 259,      ///< RIP exit status 2
+  JTE_RIP_STATUS_3 = 260,      ///< RIP exit status 3
+  JTE_ODALIS_STATUS_1 = 261,   ///< output engine exit status 1
+  JTE_ODALIS_STATUS_2 = 262,   ///< output engine exit status 2
 };
 
 /// What a job is doing.

@@ -8,8 +8,8 @@
 class CWnd;
 
 /// Posted to the window of a CVKJobTicket: the job entered a state. First parameter the originator,
-/// second what kind of state: JobWindowState or JobWindowEnded. The window reads the values from the
-/// ticket.
+/// second what kind of state: JobWindowState or JobWindowEnded. The window reads the values from
+/// the ticket.
 inline constexpr unsigned JobWindowInfo = 32890;
 /// Posted at every report of progress, also of 0. First parameter the originator, second
 /// JobWindowState.

@@ -15,7 +15,8 @@ std::wstring Selection(const CJobData& settings) {
   };
   formatstringT<wchar_t> text;
   if (settings.CutterColorModel == CutterCmyk) {
-    text.Format(L"false %.4f %.4f %.4f %.4f /DeviceCMYK $setcutter\n\n", part(0), part(1), part(2), part(3));
+    text.Format(L"false %.4f %.4f %.4f %.4f /DeviceCMYK $setcutter\n\n", part(0), part(1), part(2),
+                part(3));
   } else {
     text.Format(L"false %.3f %.3f %.3f /DeviceRGB $setcutter\n\n", part(0), part(1), part(2));
   }

@@ -28,7 +28,8 @@ std::uint32_t Entry(const CLevelsData& levels, int index) {
 std::wstring Procedure(const wchar_t* own, const wchar_t* extra, const wchar_t* indent) {
   formatstringT<wchar_t> text;
   text.Format(
-      L"%s{255 mul round cvi %stransfertable exch get 255 div 255 mul round cvi %sextratransfertable "
+      L"%s{255 mul round cvi %stransfertable exch get 255 div 255 mul round cvi "
+      L"%sextratransfertable "
       L"exch get 255 div}\n",
       indent, own, extra);
   return text;

@@ -6,9 +6,9 @@
 
 namespace rastrel::prefix {
 
-/// One transfer table as hexadecimal text: 256 entries, 32 a line, each line ended. An entry has two
-/// digits at the default levels and may have up to four otherwise: the RIP's own reading depends on
-/// just that, so nothing is clamped or scaled to a byte.
+/// One transfer table as hexadecimal text: 256 entries, 32 a line, each line ended. An entry has
+/// two digits at the default levels and may have up to four otherwise: the RIP's own reading
+/// depends on just that, so nothing is clamped or scaled to a byte.
 [[nodiscard]] std::wstring LevelsTable(const CLevelsData& levels);
 
 /// The section that defines the four tables and hooks them behind the RIP's own.

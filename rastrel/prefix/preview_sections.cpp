@@ -17,8 +17,8 @@ std::wstring Selection(const CJobData& settings) {
   formatstringT<wchar_t> text;
   switch (settings.CutterColorModel) {
     case CutterRgb:
-      text.Format(L"mark %.3f %.3f %.3f [1 0 0 1 0 0] /DeviceRGB $setcutter\n\n", color[0] / RgbScale,
-                  color[1] / RgbScale, color[2] / RgbScale);
+      text.Format(L"mark %.3f %.3f %.3f [1 0 0 1 0 0] /DeviceRGB $setcutter\n\n",
+                  color[0] / RgbScale, color[1] / RgbScale, color[2] / RgbScale);
       return text;
     case CutterCmyk:
       text.Format(L"mark %.4f %.4f %.4f %.4f [1 0 0 1 0 0] /DeviceCMYK $setcutter\n\n",

@@ -51,7 +51,8 @@ bool PSPrefix::Open() {
 }
 
 void PSPrefix::WriteSection(const std::wstring& text) {
-  os::AppendUtf8FromWide(m_Output, std::wstring_view(text).substr(0, std::min(text.find(L'\0'), text.size())));
+  os::AppendUtf8FromWide(
+      m_Output, std::wstring_view(text).substr(0, std::min(text.find(L'\0'), text.size())));
 }
 
 void PSPrefix::Close() {

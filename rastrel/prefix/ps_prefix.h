@@ -5,10 +5,10 @@
 
 class CJobTicket;
 
-/// Writes the prefix of an ordinary ticket: the PostScript file that the RIP reads ahead of the job.
-/// It stands beside the job file, under its name with ".psp", and is removed with this object unless
-/// the setting "Keep PS Files" is on then. Used by one printing thread. docs/formats/prefix.md has
-/// the file.
+/// Writes the prefix of an ordinary ticket: the PostScript file that the RIP reads ahead of the
+/// job. It stands beside the job file, under its name with ".psp", and is removed with this object
+/// unless the setting "Keep PS Files" is on then. Used by one printing thread.
+/// docs/formats/prefix.md has the file.
 class PSPrefix {
  public:
   /// The ticket is not owned and may be null; Generate fails then.

@@ -10,7 +10,8 @@ constexpr double CentimetresPerInch = 2.54;
 
 std::wstring NamedTarget(const CJobData& settings) {
   formatstringT<wchar_t> text;
-  text.Format(L"  /Concinna%s SetScaleTarget\n  true SetAspectPolicy\n", settings.ScaleTarget.c_str());
+  text.Format(L"  /Concinna%s SetScaleTarget\n  true SetAspectPolicy\n",
+              settings.ScaleTarget.c_str());
   return text;
 }
 

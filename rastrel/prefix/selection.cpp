@@ -18,8 +18,8 @@ std::wstring PrinterSelection(const CJobData& settings) {
 
 std::wstring PrintModeSelection(const CJobData& settings) {
   formatstringT<wchar_t> select;
-  select.Format(L"(%%Lumiscript%%pmodes/%s/%s) SelectPrintMode\n\n", settings.PrintModeFolder.c_str(),
-                settings.PrintModeName.c_str());
+  select.Format(L"(%%Lumiscript%%pmodes/%s/%s) SelectPrintMode\n\n",
+                settings.PrintModeFolder.c_str(), settings.PrintModeName.c_str());
   return L"\n% -- Print Mode Selection Override --\n"
          L"%\n"
          L"% Select the print mode\n" +

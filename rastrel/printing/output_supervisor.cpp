@@ -23,8 +23,8 @@ constexpr ChildWords Words{L"[Print]: GetExitCodeProcess failed on odalis: %i",
 
 }  // namespace
 
-CRealReprintingThread::CRealReprintingThread(CSemaphore* semaphore, AbortFlag* abort, CCFM2* document,
-                                             CJobTicket* ticket)
+CRealReprintingThread::CRealReprintingThread(CSemaphore* semaphore, AbortFlag* abort,
+                                             CCFM2* document, CJobTicket* ticket)
     : CBasePrintingThread(semaphore, abort, document, ticket),
       m_pProcess(std::make_unique<CCPHelper>(CExePaths::Instance().m_OdalisExe)) {}
 
@@ -88,7 +88,8 @@ bool CRealReprintingThread::StartChild() {
   m_pProcess->m_hStdInput = m_hStdinRead;
   m_pProcess->m_hStdOutput = m_hStdoutWrite;
   m_pProcess->m_hStdError = m_hStderrWrite;
-  for (const wchar_t* argument : {L"-M", L"-Q", L"-k400", L"-N", L"-"}) m_pProcess->AddArgument(argument);
+  for (const wchar_t* argument : {L"-M", L"-Q", L"-k400", L"-N", L"-"})
+    m_pProcess->AddArgument(argument);
   if (m_pTicket->GetPlanar()) m_pProcess->AddArgument(L"-tp");
   if (KeepsFiles()) {
     LogCommandLine(*m_pProcess, L"***********Odalis command line**************************",

@@ -13,7 +13,8 @@ namespace PrintingThread {
 /// CRealPrintingThread.
 class CRealReprintingThread : public CBasePrintingThread {
  public:
-  CRealReprintingThread(CSemaphore* semaphore, AbortFlag* abort, CCFM2* document, CJobTicket* ticket);
+  CRealReprintingThread(CSemaphore* semaphore, AbortFlag* abort, CCFM2* document,
+                        CJobTicket* ticket);
   ~CRealReprintingThread() override;
   [[nodiscard]] bool Run() override;
 

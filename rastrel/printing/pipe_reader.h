@@ -14,8 +14,8 @@ class Thread;
 
 /// Drains one pipe of a child on a thread of its own, until the pipe ends, and hands each piece to
 /// OnData. The owner makes it after the child has started and after it has closed its own copy of
-/// the child's end, else the pipe never ends; it calls Start, ends the child, calls Wait, deletes the
-/// reader and only then closes the read end.
+/// the child's end, else the pipe never ends; it calls Start, ends the child, calls Wait, deletes
+/// the reader and only then closes the read end.
 class CPipeReader {
  public:
   /// `pipe` is the owner's variable, read again before each read; it must outlive the thread.

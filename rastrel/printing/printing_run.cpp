@@ -42,8 +42,7 @@ bool CPrintingThread::Run() {
 
 bool CPrintingThread::RunInstallJob() {
   CCFM2 document;
-  bool endedWell = false;
-  return RunRip(document, nullptr, endedWell);
+  return RunRip(document, nullptr);
 }
 
 bool CPrintingThread::RunRipAndOutput() {
@@ -60,7 +59,6 @@ bool CPrintingThread::RunRipAndOutput() {
 
 // From the prefix to the parsed page list. True without pages if the job was aborted meanwhile.
 bool CPrintingThread::RipPages(CCFM2& document) {
-  bool endedWell = false;
   {
     const std::unique_ptr<PSPrefix> prefix(m_pTicket->GetPrefix());
     if (prefix->Generate() != 0) {
@@ -68,11 +66,10 @@ bool CPrintingThread::RipPages(CCFM2& document) {
       m_pTicket->Error(JTE_PREFIX, JTO_SYSTEM);
       return false;
     }
-    if (!RunRip(document, prefix->GetPrefixPath().c_str(), endedWell)) return false;
+    if (!RunRip(document, prefix->GetPrefixPath().c_str())) return false;
   }
-  // What a RIP that was ended leaves is its own; what one that came to its end has rendered goes
-  // with the aborted job.
-  if (m_bAbort && !endedWell) return true;
+  // An aborted job's text is parsed too: what the RIP has listed before it was ended goes with the
+  // job. What it has not listed is for the RIP to clear away.
   const bool parsed = document.Parse();
   if (m_bAbort || parsed) return true;
   CAppLog::Instance().Write("[Print]: Rip's CFM2 is invalid. Aborting.");
@@ -110,7 +107,7 @@ bool CPrintingThread::RunOutputOnly() {
   return RunOutput(document);
 }
 
-bool CPrintingThread::RunRip(CCFM2& document, const wchar_t* prefixPath, bool& endedWell) {
+bool CPrintingThread::RunRip(CCFM2& document, const wchar_t* prefixPath) {
   m_pTicket->Info(JTI_START_RIPPING, JTO_SYSTEM);
   const CString& jobFile = m_pTicket->m_JobFile.GetFullPath();
   if (!os::Exists(jobFile) || !os::IsReadable(jobFile)) {
@@ -122,7 +119,6 @@ bool CPrintingThread::RunRip(CCFM2& document, const wchar_t* prefixPath, bool& e
   }
   CRealPrintingThread supervisor(m_pTicket, m_pSemaphore.get(), &m_bAbort, &document, prefixPath);
   const bool result = supervisor.Run();
-  endedWell = supervisor.EndedWell();
   m_pTicket->Info(JTI_RIPPING_COMPLETE, JTO_SYSTEM);
   CAppLog::Instance().Write("[Print]: Printing thread done");
   if (!result) CAppLog::Instance().Write("[Print]: Rip failed");

@@ -30,10 +30,11 @@ class RASTREL_API CPrintingThread {
   /// Checks that both child programs are there and starts the thread. On the host's thread. False
   /// with words in the application log, and for a missing program an error on the ticket.
   [[nodiscard]] bool Start();
-  /// Waits for the thread without a limit and frees what belongs to the run. Nothing without a thread.
+  /// Waits for the thread without a limit and frees what belongs to the run. Nothing without a
+  /// thread.
   void Join();
-  /// Asks the job to end early and returns at once; any thread, as often as one likes, but not after
-  /// Join. It is not lost if it comes before a child runs. The job ends at JS_HOLDING with
+  /// Asks the job to end early and returns at once; any thread, as often as one likes, but not
+  /// after Join. It is not lost if it comes before a child runs. The job ends at JS_HOLDING with
   /// JTE_ABNORMAL, whatever stage it was in, unless it was through already.
   void Abort();
 
@@ -45,7 +46,7 @@ class RASTREL_API CPrintingThread {
   [[nodiscard]] bool RunOutputOnly();
   [[nodiscard]] bool RipPages(CCFM2& document);
   [[nodiscard]] bool OutputPages(CCFM2& document);
-  [[nodiscard]] bool RunRip(CCFM2& document, const wchar_t* prefixPath, bool& endedWell);
+  [[nodiscard]] bool RunRip(CCFM2& document, const wchar_t* prefixPath);
   [[nodiscard]] bool RunOutput(CCFM2& document);
   [[nodiscard]] bool SpoolPages(CCFMFile& pages);
   void PrepareSpoolDirectory(const std::wstring& directory);

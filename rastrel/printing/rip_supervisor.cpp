@@ -19,8 +19,9 @@ constexpr ChildWords Words{L"[Print]: GetExitCodeProcess failed on rip: %i",
 
 }  // namespace
 
-CRealPrintingThread::CRealPrintingThread(CJobTicket* ticket, CSemaphore* semaphore, AbortFlag* abort,
-                                         CCFM2* document, const wchar_t* prefixPath)
+CRealPrintingThread::CRealPrintingThread(CJobTicket* ticket, CSemaphore* semaphore,
+                                         AbortFlag* abort, CCFM2* document,
+                                         const wchar_t* prefixPath)
     : CBasePrintingThread(semaphore, abort, document, ticket),
       m_pProcess(std::make_unique<CCPHelper>(CExePaths::Instance().m_RipExe)),
       m_PrefixPath(prefixPath == nullptr ? L"" : prefixPath) {}
@@ -108,7 +109,7 @@ void CRealPrintingThread::WaitForEnd() {
   while (!*m_pAbort && !m_bDone)
     if (!WaitOnce(table)) m_bDone = true;
   CAppLog::Instance().Write("3");
-  if (Terminate(*m_pProcess, m_ExitStatus, Words)) m_bEndedWell = true;
+  Terminate(*m_pProcess, m_ExitStatus, Words);
 }
 
 void CRealPrintingThread::CollectOutput() {
@@ -153,7 +154,6 @@ void CRealPrintingThread::OnProcessSignaled(CBBasePrintingThread& supervisor) {
   if (self.m_pProcess->m_hProcess != INVALID_HANDLE_VALUE) return;
   CAppLog::Instance().Write("[Print]: Rip exited");
   self.m_bDone = true;
-  self.m_bEndedWell = self.m_ExitStatus == 0;
 }
 
 void CRealPrintingThread::OnProcessAbandoned(CBBasePrintingThread& supervisor) {

@@ -19,10 +19,6 @@ class CRealPrintingThread : public CBasePrintingThread {
   ~CRealPrintingThread() override;
   [[nodiscard]] bool Run() override;
 
-  /// After Run: whether the RIP came to its end by itself with status 0, so that what its text
-  /// speaks of is whole.
-  [[nodiscard]] bool EndedWell() const { return m_bEndedWell; }
-
  private:
   [[nodiscard]] bool MakePipes();
   [[nodiscard]] bool StartChild();
@@ -46,7 +42,6 @@ class CRealPrintingThread : public CBasePrintingThread {
   std::unique_ptr<CRipOutReader> m_pOutReader;
   std::wstring m_PrefixPath;
   bool m_bDone = false;
-  bool m_bEndedWell = false;
 };
 
 }  // namespace PrintingThread

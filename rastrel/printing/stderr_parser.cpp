@@ -44,15 +44,9 @@ bool CStderrParser::ProcessLines() {
 void CStderrParser::ParseLine(const std::wstring& line) {
   if (line.empty()) return;
   switch (m_Originator) {
-    case JTO_RIP:
-      m_pMessaging->Log(L"%s%s", L"[Rip]", line.c_str());
-      break;
-    case JTO_ODALIS:
-      m_pMessaging->Log(L"%s%s", L"[Odalis]", line.c_str());
-      break;
-    default:
-      m_pMessaging->Log(L"%s", line.c_str());
-      break;
+    case JTO_RIP: m_pMessaging->Log(L"%s%s", L"[Rip]", line.c_str()); break;
+    case JTO_ODALIS: m_pMessaging->Log(L"%s%s", L"[Odalis]", line.c_str()); break;
+    default: m_pMessaging->Log(L"%s", line.c_str()); break;
   }
   const std::wstring_view text = line;
   const auto restBehind = [text](std::wstring_view tag) { return text.substr(tag.size()); };

@@ -31,8 +31,8 @@ class CBaseStderrParser : public CPipeReader {
 };
 
 /// Reads the line protocol of the RIP and the output engine (docs/formats/stderr-protocol.md) and
-/// turns it into reports on a job. Every line goes to the job log first. Several PROGRESS lines that
-/// arrive in one piece make one report, of the last one.
+/// turns it into reports on a job. Every line goes to the job log first. Several PROGRESS lines
+/// that arrive in one piece make one report, of the last one.
 class CStderrParser : public CBaseStderrParser {
  public:
   /// `messaging` is not owned and must outlive the thread. The originator is one of JT_ORIGINATOR,

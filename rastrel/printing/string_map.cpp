@@ -10,11 +10,16 @@ std::int32_t StringMap::Find(std::wstring_view keyword) const {
 }
 
 InfoStringMap::InfoStringMap() {
-  m_Codes = {{L"UNDEFINED", JTI_UNDEFINED},       {L"INITIALISING", JTI_INITIALISING},
-             {L"READY", JTI_READY},               {L"INTERPRETING", JTI_INTERPRETING},
-             {L"CONVERTING", JTI_CONVERTING},     {L"FLUSHING", JTI_FLUSHING},
-             {L"PRINTING", JTI_PRINTING},         {L"SPOOLING", JTI_SPOOLING},
-             {L"VALID_RECOVERY", JTI_VALID_RECOVERY}, {L"CLQ_success", JTI_CLQ_SUCCESS},
+  m_Codes = {{L"UNDEFINED", JTI_UNDEFINED},
+             {L"INITIALISING", JTI_INITIALISING},
+             {L"READY", JTI_READY},
+             {L"INTERPRETING", JTI_INTERPRETING},
+             {L"CONVERTING", JTI_CONVERTING},
+             {L"FLUSHING", JTI_FLUSHING},
+             {L"PRINTING", JTI_PRINTING},
+             {L"SPOOLING", JTI_SPOOLING},
+             {L"VALID_RECOVERY", JTI_VALID_RECOVERY},
+             {L"CLQ_success", JTI_CLQ_SUCCESS},
              {L"CLQ_failure", JTI_CLQ_FAILURE}};
 }
 

@@ -39,8 +39,7 @@ bool CBBasePrintingThread::ReactTo(std::uint32_t result, const CWaitTable& table
     if (const auto* entry = table.At(result - os::WaitAbandonedBase)) {
       entry->m_pfnAbandoned(*this);
     } else {
-      CAppLog::Instance().Write(
-          "[Print]: Unexpected return from WaitForMultipleObjects (abandon)");
+      CAppLog::Instance().Write("[Print]: Unexpected return from WaitForMultipleObjects (abandon)");
     }
     return true;
   }
@@ -85,17 +84,16 @@ void CBasePrintingThread::CheckExit(CCPHelper& process, std::int32_t& exitStatus
   m_pTicket->Log(words.exitedWith, exitStatus);
 }
 
-bool CBasePrintingThread::Terminate(CCPHelper& process, std::int32_t& exitStatus,
+void CBasePrintingThread::Terminate(CCPHelper& process, std::int32_t& exitStatus,
                                     const ChildWords& words) {
-  if (process.m_hProcess == INVALID_HANDLE_VALUE) return false;
+  if (process.m_hProcess == INVALID_HANDLE_VALUE) return;
   const auto state = os::Terminate(process.m_hProcess);
   os::CloseHandle(process.m_hProcess);
   if (!state) {
     CAppLog::Instance().Printf(words.terminateFailed, state.Error().error);
-    return false;
+    return;
   }
   exitStatus = 0;
-  return state->byItself && state->status == 0;
 }
 
 bool CBasePrintingThread::LowOnResources(const char* words) {

@@ -52,9 +52,8 @@ class CBasePrintingThread : public CBBasePrintingThread {
   void LogCommandLine(const CCPHelper& process, const wchar_t* ruler, const wchar_t* closing);
   /// Takes the exit status over if the child has ended, closes its handle and logs the status.
   void CheckExit(CCPHelper& process, std::int32_t& exitStatus, const ChildWords& words);
-  /// Ends the child if it still runs; that counts as status 0. True if it turns out that the child
-  /// had ended by itself with status 0 before.
-  bool Terminate(CCPHelper& process, std::int32_t& exitStatus, const ChildWords& words);
+  /// Ends the child if it still runs; that counts as status 0.
+  void Terminate(CCPHelper& process, std::int32_t& exitStatus, const ChildWords& words);
   /// Error(JTE_LOW_RESOURCES) with words for the application log. Always false.
   bool LowOnResources(const char* words);
 

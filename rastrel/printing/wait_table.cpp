@@ -7,7 +7,8 @@ void CWaitTable::Add(HANDLE* handle, Reaction signaled, Reaction abandoned) {
 }
 
 std::span<const HANDLE> CWaitTable::GetHandles() {
-  std::erase_if(m_Entries, [](const Entry& entry) { return *entry.m_pHandle == INVALID_HANDLE_VALUE; });
+  std::erase_if(m_Entries,
+                [](const Entry& entry) { return *entry.m_pHandle == INVALID_HANDLE_VALUE; });
   m_Handles.clear();
   for (const Entry& entry : m_Entries) m_Handles.push_back(*entry.m_pHandle);
   return m_Handles;

@@ -1,0 +1,151 @@
+// Whole jobs through the real RIP and the real output engine. Every check here is of what is there
+// when EndPrint has returned.
+
+#include "tests/acceptance/real_root.h"
+#include "tests/support/open_descriptors.h"
+
+namespace rastrel::test {
+namespace {
+
+TEST(RealJob, two_pages_become_two_files_and_nothing_else_remains) {
+  const RealRoot root;
+  const auto before = root.Content();
+  CJobTicket ticket;
+  RealRoot::Fill(ticket, root.Job("sign.ps"));
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+  EXPECT_EQ(ticket.m_Status, JS_ACTIVE);
+  EXPECT_EQ(root.Delivered(), (std::set<std::string>{"sign-1.tif", "sign-2.tif"}));
+  EXPECT_EQ(root.Content(), before);
+  EXPECT_EQ(root.Processes(), 0);
+}
+
+TEST(RealJob, a_root_and_a_job_whose_names_hold_the_formats_own_words_print) {
+  const RealRoot root("weekend > begin");
+  CJobTicket ticket;
+  RealRoot::Fill(ticket, root.Job("legend begin > end.ps"));
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+  EXPECT_EQ(root.Delivered(),
+            (std::set<std::string>{"legend begin > end-1.tif", "legend begin > end-2.tif"}));
+}
+
+TEST(RealJob, a_spooled_job_prints_again_without_an_interpreter) {
+  const RealRoot root;
+  CJobTicket ticket;
+  RealRoot::Fill(ticket, root.Job("sign.ps"));
+  ticket.m_JobData.SpoolRequested = true;
+  ticket.m_JobData.SpoolAllowed = true;
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  ASSERT_EQ(ticket.m_Error, JTE_NONE);
+  ASSERT_EQ(ticket.m_CFMFile.Entries.size(), 2U);
+
+  // Page 2 alone, twice, to another printer, with no program to be found.
+  const EnvironmentGuard path("PATH", "/nonexistent");
+  const EnvironmentGuard printer("RASTREL_PRINTER", "PNG files");
+  ticket.m_Status = JS_IDLE;
+  ticket.m_Pages = {1};
+  ticket.m_Copies = 2;
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+  EXPECT_EQ(root.Delivered(),
+            (std::set<std::string>{"sign-1.tif", "sign-2.tif", "sign-2.png", "sign-2-2.png"}));
+  EXPECT_EQ(ticket.m_CFMFile.Entries.size(), 2U);
+}
+
+TEST(RealJob, a_job_that_fails_in_the_interpreter_leaves_no_pages) {
+  const RealRoot root;
+  const auto before = root.Content();
+  CJobTicket ticket;
+  RealRoot::Fill(ticket, root.Job("bad.ps", "%!PS\nshowpage\nthis-is-no-operator\n"));
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  EXPECT_EQ(ticket.m_Status, JS_HOLDING);
+  EXPECT_EQ(ticket.m_Error, JTE_RIP_STATUS_1);
+  EXPECT_EQ(root.Content(), before);
+  EXPECT_EQ(root.Delivered(), std::set<std::string>{});
+}
+
+TEST(RealJob, the_test_page_prints_from_a_program_that_only_links_the_library) {
+  const RealRoot root;
+  ASSERT_TRUE(TestPrint());
+  EXPECT_EQ(root.Delivered(), std::set<std::string>{"testpage-1.tif"});
+}
+
+// The moments are spread over what a whole job takes on this machine, and a little beyond.
+TEST(RealJob, an_abort_at_any_moment_leaves_no_child_thread_descriptor_or_file) {
+  const RealRoot root;
+  const std::string job = root.Job("sign.ps");
+  const auto measure = std::chrono::steady_clock::now();
+  {
+    CJobTicket ticket;
+    RealRoot::Fill(ticket, job);
+    ASSERT_TRUE(ticket.PrintJob());
+    ticket.EndPrint();
+  }
+  const auto whole = std::chrono::steady_clock::now() - measure;
+  const auto before = root.Content();
+  const std::size_t descriptors = OpenDescriptors();
+  const std::size_t threads = Threads();
+  unsigned random = 2463534242U;
+  int aborted = 0;
+  for (int round = 0; round < 200; ++round) {
+    random ^= random << 13;
+    random ^= random >> 17;
+    random ^= random << 5;
+    CJobTicket ticket;
+    RealRoot::Fill(ticket, job);
+    ASSERT_TRUE(ticket.PrintJob());
+    std::this_thread::sleep_for(whole * (random % 1100) / 1000);
+    ticket.GetPrintThread()->Abort();
+    ticket.EndPrint();
+    // Either the abort came too late and the job is done, or it is held as aborted; never between.
+    if (ticket.m_Status == JS_ACTIVE) {
+      EXPECT_EQ(ticket.m_Error, JTE_NONE);
+    } else {
+      EXPECT_EQ(ticket.m_Status, JS_HOLDING);
+      EXPECT_EQ(ticket.m_Error, JTE_ABNORMAL);
+      ++aborted;
+    }
+    EXPECT_FALSE(ticket.GetCFMFileExists());
+    ASSERT_EQ(root.Content(), before) << "round " << round;
+    ASSERT_EQ(root.Processes(), 0) << "round " << round;
+    ASSERT_EQ(OpenDescriptors(), descriptors) << "round " << round;
+    ASSERT_EQ(Threads(), threads) << "round " << round;
+  }
+  EXPECT_GT(aborted, 100);
+  for (const std::string& name : root.Delivered()) EXPECT_TRUE(name.ends_with(".tif")) << name;
+}
+
+TEST(RealJob, eight_jobs_at_once_do_not_touch_each_others_pages) {
+  const RealRoot root;
+  const auto before = root.Content();
+  const std::size_t descriptors = OpenDescriptors();
+  constexpr int Lanes = 8;
+  constexpr int Rounds = 4;
+  std::vector<std::string> jobs;
+  for (int lane = 0; lane < Lanes; ++lane)
+    jobs.push_back(root.Job("job" + std::to_string(lane) + ".ps"));
+  for (int round = 0; round < Rounds; ++round) {
+    std::vector<CJobTicket> tickets(Lanes);
+    for (std::size_t lane = 0; lane < Lanes; ++lane) {
+      RealRoot::Fill(tickets[lane], jobs[lane]);
+      ASSERT_TRUE(tickets[lane].PrintJob());
+    }
+    for (CJobTicket& ticket : tickets) {
+      ticket.EndPrint();
+      EXPECT_EQ(ticket.m_Error, JTE_NONE);
+    }
+  }
+  EXPECT_EQ(root.Delivered().size(), static_cast<std::size_t>(Lanes * Rounds * 2));
+  EXPECT_EQ(root.Content(), before);
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_EQ(root.Processes(), 0);
+}
+
+}  // namespace
+}  // namespace rastrel::test
