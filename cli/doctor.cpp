@@ -1,0 +1,284 @@
+#include "cli/doctor.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/installation.h"
+#include "cli/job_directory.h"
+#include "cli/json_line.h"
+#include "cli/options.h"
+#include "cli/print_modes.h"
+#include "cli/printers.h"
+#include "cli/programs.h"
+#include "cli/spool.h"
+#include "cli/standard_streams.h"
+#include "rastrel/job/exe_paths.h"
+#include "rastrel/platform/host/data_root.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace rastrel::cli {
+namespace {
+
+using State = HealthCheck::State;
+using Checks = std::vector<HealthCheck>;
+
+constexpr std::chrono::seconds VersionLimit{5};
+constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;   // bytes
+constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;      // bytes
+constexpr int DeepestFolder = 16;
+
+const char* RestoreHint() {
+  return "remove it and run `rastrel doctor` again, which puts the shipped one there; if it stays "
+         "missing, install Rastrel anew";
+}
+
+void CheckInterpreter(Checks& checks) {
+  const std::string program = FindProgram("gs");
+  if (program.empty()) {
+    checks.push_back({"ghostscript", State::Bad, "the program gs is not on the path", {},
+                      "install it: apt-get install ghostscript"});
+    return;
+  }
+  const auto version = FirstLineOf(program, {"--version"}, VersionLimit);
+  if (!version) {
+    checks.push_back({"ghostscript", State::Bad, "gs does not run", program,
+                      "install it anew: apt-get install --reinstall ghostscript"});
+    return;
+  }
+  checks.push_back({"ghostscript", State::Good, "version " + *version, program, {}});
+}
+
+void CheckShipped(Checks& checks) {
+  const host::Resources shipped = host::FindResources();
+  if (shipped.programs.empty() || shipped.files.empty()) {
+    checks.push_back({"shipped files", State::Warning,
+                      "the programs and files that ship with Rastrel are not beside it, so that "
+                      "missing ones can't be put back",
+                      os::ExecutablePath(), "install Rastrel anew, or set RASTREL_RESOURCES"});
+    return;
+  }
+  checks.push_back({"shipped files", State::Good, "found", shipped.files, {}});
+}
+
+void CheckRoot(Checks& checks) {
+  const auto laidOut = host::LayOutDataRoot();
+  const std::string root = os::DataRoot();
+  HealthCheck check{"data root", State::Good, "laid out", root, {}};
+  if (!laidOut) {
+    check.state = State::Bad;
+    check.text = os::Describe(laidOut.Error());
+    check.mend = "make it writable, or set RASTREL_HOME to a directory that is";
+  } else if (root.find_first_of("\"\\\n") != root.npos) {
+    check.state = State::Bad;
+    check.text = "its path holds a double quote, a backslash or a line end, which the jobs' "
+                 "programs can't be told";
+    check.mend = "set RASTREL_HOME to another directory";
+  }
+  checks.push_back(check);
+}
+
+void CheckWritable(Checks& checks) {
+  for (const std::string& directory :
+       {RipDirectory(), PagesDirectory(), SpoolDirectory(), JobsDirectory()}) {
+    const std::string why = WhyNotWritable(directory);
+    HealthCheck check{"writable", State::Good, "writable", directory, {}};
+    if (!why.empty()) {
+      check.state = State::Bad;
+      check.text = why;
+      check.mend = "give yourself the right to write there (chown, chmod), or set RASTREL_HOME";
+    }
+    checks.push_back(check);
+  }
+}
+
+void CheckSpace(Checks& checks) {
+  std::error_code error;
+  const auto space = std::filesystem::space(os::DataRoot(), error);
+  if (error) {
+    checks.push_back({"disk space", State::Warning, os::DescribeError(error.value()),
+                      os::DataRoot(), {}});
+    return;
+  }
+  const std::string text = std::to_string(space.available >> 20) + " MiB free";
+  const char* mend = "pages take space: make some, for instance with `rastrel spool remove`";
+  const State state = space.available < NoSpace       ? State::Bad
+                      : space.available < LittleSpace ? State::Warning
+                                                      : State::Good;
+  checks.push_back({"disk space", state, text, os::DataRoot(), state == State::Good ? "" : mend});
+}
+
+void CheckProgram(Checks& checks, const char* name, const std::wstring& path) {
+  const std::string native = os::ToNative(path);
+  HealthCheck check{name, State::Good, "installed", native, {}};
+  if (!os::Exists(path)) {
+    check.state = State::Bad;
+    check.text = "missing";
+    check.mend = "install Rastrel anew, or set RASTREL_RESOURCES to where its programs are";
+  } else if (!os::IsProgram(native)) {
+    check.state = State::Bad;
+    check.text = "not executable";
+    check.mend = RestoreHint();
+  }
+  checks.push_back(check);
+}
+
+// Names below a shipped folder of which the data root has none.
+void FindMissing(const std::string& shipped, const std::string& present, int depth,
+                 std::vector<std::string>& missing) {
+  const auto names = os::ListDirectory(os::FromNative(shipped));
+  if (!names || depth > DeepestFolder) return;
+  for (const std::wstring& wide : *names) {
+    const std::string name = os::Utf8FromWide(wide);
+    const std::string source = shipped + "/" + name;
+    const std::string target = present + "/" + name;
+    if (os::IsDirectory(os::FromNative(source))) {
+      FindMissing(source, target, depth + 1, missing);
+    } else if (!os::Exists(os::FromNative(target))) {
+      missing.push_back(target);
+    }
+  }
+}
+
+void CheckProlog(Checks& checks) {
+  const std::string directory = RipDirectory() + "/System/prolog";
+  const host::Resources shipped = host::FindResources();
+  std::vector<std::string> missing;
+  if (!shipped.files.empty())
+    FindMissing(shipped.files + "/rip/System/prolog", directory, 0, missing);
+  const auto names = os::ListDirectory(os::FromNative(directory));
+  if (!missing.empty() || !names || names->empty()) {
+    checks.push_back({"prolog", State::Bad, "missing",
+                      missing.empty() ? directory : missing.front(), "install Rastrel anew"});
+    return;
+  }
+  checks.push_back({"prolog", State::Good, std::to_string(names->size()) + " files", directory, {}});
+}
+
+void CheckModes(Checks& checks) {
+  const auto modes = ListModes();
+  HealthCheck check{"print modes", State::Good, std::to_string(modes.size()) + " found",
+                    ModesDirectory(), {}};
+  const bool hasDefault = std::ranges::any_of(modes, [](const PrintMode& mode) {
+    return mode.folder + "/" + mode.name == DefaultMode;
+  });
+  if (!hasDefault) {
+    check.state = modes.empty() ? State::Bad : State::Warning;
+    check.text += ", but not '" + std::string(DefaultMode) + "', which is used where none is named";
+    check.mend = "install Rastrel anew";
+  }
+  checks.push_back(check);
+}
+
+void CheckDevices(Checks& checks) {
+  HealthCheck check{"printers", State::Good, {}, DevicesFile(), {}};
+  try {
+    const auto devices = ReadPrinters();
+    check.text = std::to_string(devices.size()) + " found";
+    if (odalis::FindDevice(devices, DefaultPrinter) == nullptr) {
+      check.state = State::Warning;
+      check.text += ", but nothing takes '" + std::string(DefaultPrinter) + "'";
+      check.mend = "add a section of that name, or one named *, to the file";
+    }
+  } catch (const CommandError& error) {
+    check.state = State::Bad;
+    check.text = error.what();
+    check.mend = "mend that line, or remove the file: the shipped one comes back";
+  }
+  checks.push_back(check);
+}
+
+void CheckTestPage(Checks& checks) {
+  const std::string path = os::ToNative(L"C:\\tmp\\testpage.ps");
+  const bool there = os::IsReadable(os::FromNative(path));
+  checks.push_back({"test page", there ? State::Good : State::Warning,
+                    there ? "found" : "missing", path, there ? "" : "install Rastrel anew"});
+}
+
+void AddLeftover(Checks& checks, const std::string& what, const std::string& path) {
+  checks.push_back({"leftover", State::Warning, what, path, "remove it: rm -r '" + path + "'"});
+}
+
+// What a process that was killed could not take with it.
+void CheckLeftovers(Checks& checks) {
+  const std::size_t before = checks.size();
+  if (const auto names = os::ListDirectory(os::FromNative(JobsDirectory()))) {
+    for (const std::wstring& wide : *names) {
+      const std::string name = os::Utf8FromWide(wide);
+      const unsigned process = ProcessOfJobDirectory(name);
+      if (process != 0 && !os::CanOpenProcess(process))
+        AddLeftover(checks, "working copy of a job whose process has ended",
+                    JobsDirectory() + "/" + name);
+    }
+  }
+  for (const SpoolEntry& entry : ListSpool())
+    if (entry.pages == 0)
+      AddLeftover(checks, "spool entry without pages: a print is under way, or was cut off",
+                  entry.directory);
+  if (const auto names = os::ListDirectory(os::FromNative(PagesDirectory())))
+    for (const std::wstring& name : *names)
+      AddLeftover(checks, "pages being made: a print is under way, or was cut off",
+                  PagesDirectory() + "/" + os::Utf8FromWide(name));
+  if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
+}
+
+const char* StateWord(State state) {
+  switch (state) {
+    case State::Good: return "good";
+    case State::Warning: return "warning";
+    case State::Bad: return "bad";
+  }
+  return "";
+}
+
+void Tell(const HealthCheck& check, bool json) {
+  if (json) {
+    JsonLine line("check");
+    line.Add("name", check.name).Add("state", StateWord(check.state)).Add("text", check.text);
+    line.AddIfAny("path", check.path).AddIfAny("mend", check.mend).Write();
+    return;
+  }
+  const char* mark = check.state == State::Good      ? "  ok     "
+                     : check.state == State::Warning ? "  note   "
+                                                     : "  WRONG  ";
+  std::string text = mark + check.name + ": " + check.text;
+  if (!check.path.empty()) text += " (" + check.path + ")";
+  text += "\n";
+  if (!check.mend.empty()) text += "           -> " + check.mend + "\n";
+  WriteOut(text);
+}
+
+}  // namespace
+
+std::vector<HealthCheck> ExamineInstallation() {
+  Checks checks;
+  CheckShipped(checks);
+  CheckRoot(checks);
+  CheckWritable(checks);
+  CheckSpace(checks);
+  CheckInterpreter(checks);
+  CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
+  CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
+  CheckProlog(checks);
+  CheckModes(checks);
+  CheckDevices(checks);
+  CheckTestPage(checks);
+  CheckLeftovers(checks);
+  return checks;
+}
+
+ExitStatus DoctorCommand(const Invocation& invocation) {
+  const Checks checks = ExamineInstallation();
+  for (const HealthCheck& check : checks) Tell(check, invocation.Has(OptionId::Json));
+  const bool bad = std::ranges::any_of(
+      checks, [](const HealthCheck& check) { return check.state == State::Bad; });
+  return bad ? ExitStatus::NotInstalled : ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli

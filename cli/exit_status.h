@@ -1,0 +1,47 @@
+#pragma once
+
+#include <array>
+#include <stdexcept>
+#include <string>
+
+namespace rastrel::cli {
+
+/// How the command ends. Scripts rely on the numbers; the manual page and the help tell them.
+enum class ExitStatus : int {
+  Done = 0,
+  JobFailed = 1,
+  WrongUse = 2,
+  BadInput = 3,
+  Cancelled = 4,
+  NotInstalled = 5,
+};
+
+struct ExitStatusRow {
+  ExitStatus status;
+  const char* meaning;
+};
+
+/// Every status with its meaning, in order.
+inline constexpr std::array<ExitStatusRow, 6> ExitStatuses{{
+    {ExitStatus::Done, "Done."},
+    {ExitStatus::JobFailed, "The job failed."},
+    {ExitStatus::WrongUse, "Wrong use."},
+    {ExitStatus::BadInput, "The input is missing, or is not PostScript, EPS or PDF."},
+    {ExitStatus::Cancelled, "Cancelled."},
+    {ExitStatus::NotInstalled, "Something is not installed."},
+}};
+
+/// Ends the command with a status and words for the user, from wherever it is found out; main tells
+/// them. The words are UTF-8, without a full stop or line feed at the end.
+class CommandError : public std::runtime_error {
+ public:
+  CommandError(ExitStatus status, const std::string& words)
+      : std::runtime_error(words), m_Status(status) {}
+
+  [[nodiscard]] ExitStatus Status() const { return m_Status; }
+
+ private:
+  ExitStatus m_Status;
+};
+
+}  // namespace rastrel::cli

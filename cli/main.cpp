@@ -1,0 +1,94 @@
+// The command `rastrel`: reads its arguments and hands them to the command that they name.
+
+#include <algorithm>
+#include <exception>
+#include <string_view>
+
+#include "cli/doctor.h"
+#include "cli/exit_status.h"
+#include "cli/failure_report.h"
+#include "cli/help.h"
+#include "cli/listings.h"
+#include "cli/options.h"
+#include "cli/print_command.h"
+#include "cli/reprint_command.h"
+#include "cli/spool_command.h"
+#include "cli/standard_streams.h"
+#include "cli/ticket_command.h"
+
+namespace {
+
+using namespace rastrel::cli;
+
+ExitStatus HelpCommand(const std::string& name) {
+  const std::string text = name.empty() ? SummaryText() : HelpText(name);
+  if (text.empty())
+    throw CommandError(ExitStatus::WrongUse,
+                       "there is no command '" + name + "'; see `rastrel help`");
+  WriteOut(text);
+  return ExitStatus::Done;
+}
+
+// Options alone, or nothing, or the first word of a command.
+ExitStatus RunWithoutCommand(const Invocation& invocation) {
+  if (invocation.Has(OptionId::Help)) return HelpCommand(invocation.group);
+  if (invocation.Has(OptionId::Version)) {
+    WriteOut("rastrel " RASTREL_VERSION "\n");
+    return ExitStatus::Done;
+  }
+  WriteError(invocation.group.empty() ? SummaryText() : HelpText(invocation.group));
+  return ExitStatus::WrongUse;
+}
+
+std::string NameOf(CommandId id) {
+  return std::ranges::find(Commands(), id, &CommandRow::id)->name;
+}
+
+ExitStatus Run(const Invocation& invocation) {
+  if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
+  if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
+  switch (invocation.command) {
+    case CommandId::Print: return PrintCommand(invocation);
+    case CommandId::Reprint: return ReprintCommand(invocation);
+    case CommandId::TicketShow: return ShowTicketCommand(invocation);
+    case CommandId::TicketHold: return HoldTicketCommand(invocation, true);
+    case CommandId::TicketRelease: return HoldTicketCommand(invocation, false);
+    case CommandId::SpoolList: return ListSpoolCommand(invocation);
+    case CommandId::SpoolShow: return ShowSpoolCommand(invocation);
+    case CommandId::SpoolSize: return SpoolSizeCommand(invocation);
+    case CommandId::SpoolRemove: return RemoveSpoolCommand(invocation);
+    case CommandId::SpoolOpen: return OpenSpoolCommand(invocation);
+    case CommandId::Printers: return ListPrintersCommand(invocation);
+    case CommandId::Modes: return ListModesCommand(invocation);
+    case CommandId::Doctor: return DoctorCommand(invocation);
+    case CommandId::Help: return HelpCommand(invocation.operand);
+    case CommandId::None: break;
+  }
+  return ExitStatus::WrongUse;
+}
+
+ExitStatus RunGuarded(int count, const char* const* words) {
+  // An error in the arguments themselves is told in the form that they ask for, too.
+  const bool json = std::any_of(words + std::min(count, 1), words + count,
+                                [](std::string_view word) { return word == "--json"; });
+  try {
+    return Run(ParseArguments(count, words));
+  } catch (const CommandError& error) {
+    TellError(error, json);
+    return error.Status();
+  } catch (const std::exception& error) {
+    TellError({ExitStatus::JobFailed, error.what()}, json);
+    return ExitStatus::JobFailed;
+  }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  const ExitStatus status = RunGuarded(count, words);
+  if (status == ExitStatus::Done && OutputFailed()) {
+    WriteError("rastrel: standard output could not be written\n");
+    return static_cast<int>(ExitStatus::JobFailed);
+  }
+  return static_cast<int>(status);
+}

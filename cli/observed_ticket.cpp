@@ -1,0 +1,116 @@
+#include "cli/observed_ticket.h"
+
+#include <cstdarg>
+
+#include "rastrel/job/format_string.h"
+#include "rastrel/job/status_text.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::chrono::milliseconds TickLength{200};
+
+// The ticket writes the texts of its states into the job log as well. Set on a thread while it does
+// so, since those texts are events already.
+thread_local bool t_InReport = false;
+
+class ReportScope {
+ public:
+  ReportScope() { t_InReport = true; }
+  ~ReportScope() { t_InReport = false; }
+  ReportScope(const ReportScope&) = delete;
+  ReportScope& operator=(const ReportScope&) = delete;
+};
+
+void DropLine(const wchar_t* /*line*/) {}
+
+JobEvent TextEvent(JobEventKind kind, const wchar_t* text, JT_ORIGINATOR originator) {
+  JobEvent event;
+  event.kind = kind;
+  event.originator = originator;
+  event.text = ShownText(text == nullptr ? L"" : text);
+  return event;
+}
+
+JobEvent CodeEvent(JobEventKind kind, int code, const std::wstring& text,
+                   JT_ORIGINATOR originator) {
+  JobEvent event = TextEvent(kind, text.c_str(), originator);
+  event.code = code;
+  return event;
+}
+
+}  // namespace
+
+ObservedTicket::ObservedTicket() { OpenLog(DropLine); }
+
+// The thread calls the operations below, so it must be over before this part of the object is gone.
+ObservedTicket::~ObservedTicket() { EndPrint(); }
+
+void ObservedTicket::WaitForEnd(const std::function<void()>& tick) {
+  std::unique_lock<std::mutex> lock(m_EndMutex);
+  const auto ended = [this] { return m_Ended; };
+  if (!tick) return m_Changed.wait(lock, ended);
+  while (!m_Changed.wait_for(lock, TickLength, ended)) {
+    lock.unlock();
+    tick();
+    lock.lock();
+  }
+}
+
+void ObservedTicket::Tell(const JobEvent& event) {
+  const std::lock_guard<std::mutex> guard(m_ObserverMutex);
+  for (JobObserver* observer : m_Observers) observer->OnEvent(event);
+}
+
+void ObservedTicket::Warning(const wchar_t* text, JT_ORIGINATOR originator) {
+  CJobTicket::Warning(text, originator);
+  Tell(TextEvent(JobEventKind::Warning, text, originator));
+}
+
+void ObservedTicket::Error(const wchar_t* text, JT_ORIGINATOR originator) {
+  CJobTicket::Error(text, originator);
+  Tell(TextEvent(JobEventKind::Error, text, originator));
+}
+
+void ObservedTicket::Error(JT_ERROR code, JT_ORIGINATOR originator) {
+  {
+    const ReportScope scope;
+    CJobTicket::Error(code, originator);
+  }
+  Tell(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
+}
+
+void ObservedTicket::Info(JT_INFO code, JT_ORIGINATOR originator) {
+  {
+    const ReportScope scope;
+    CJobTicket::Info(code, originator);
+  }
+  Tell(CodeEvent(JobEventKind::State, code, job::InfoText(code, originator), originator));
+  if (code != JTI_PROCESSING_COMPLETED && code != JTI_PRINTING_ABORTED) return;
+  const std::lock_guard<std::mutex> guard(m_EndMutex);
+  m_Ended = true;
+  m_Changed.notify_all();
+}
+
+void ObservedTicket::Progress(unsigned short percent, JT_ORIGINATOR originator) {
+  CJobTicket::Progress(percent, originator);
+  if (percent == 0) return;
+  JobEvent event;
+  event.kind = JobEventKind::Progress;
+  event.originator = originator;
+  event.percent = percent > 100 ? 100 : percent;
+  Tell(event);
+}
+
+void ObservedTicket::Log(const wchar_t* format, ...) {
+  std::va_list list;
+  va_start(list, format);
+  const std::wstring line = job::FormatVariableList(format, list);
+  va_end(list);
+  CJobTicket::Log(L"%s", line.c_str());
+  if (t_InReport) return;
+  if (const auto event = EventOfLogLine(line)) Tell(*event);
+}
+
+}  // namespace rastrel::cli

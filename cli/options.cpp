@@ -1,0 +1,172 @@
+#include "cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+
+#include "cli/exit_status.h"
+
+namespace rastrel::cli {
+namespace {
+
+using enum OptionId;
+
+constexpr std::array OptionTable{
+    OptionRow{Printer, "--printer", "NAME", "Deliver to this printer; see `rastrel printers`."},
+    OptionRow{Mode, "--mode", "FOLDER/NAME", "Use this print mode; see `rastrel modes`."},
+    OptionRow{Copies, "--copies", "N", "Deliver the pages N times, one whole run after the other."},
+    OptionRow{Pages, "--pages", "LIST", "Deliver these pages only, for instance 1,3-5."},
+    OptionRow{Spool, "--spool", "", "Keep the pages after printing, for `rastrel reprint`."},
+    OptionRow{KeepPs, "--keep-ps", "", "Keep the working copy of the job and its prefix."},
+    OptionRow{Planar, "--planar", "", "Deliver each colour plane as a file of its own."},
+    OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
+    OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
+    OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
+    OptionRow{Help, "--help", "", "Print this help."},
+    OptionRow{Version, "--version", "", "Print the version."},
+};
+
+constexpr std::array PrintOptions{Printer, Mode,       Copies, Pages, Spool, KeepPs,
+                                  Planar,  SaveTicket, Output, Json,  Help};
+constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
+constexpr std::array ListingOptions{Json, Help};
+constexpr std::array HelpOptions{Help};
+
+constexpr std::array CommandTable{
+    CommandRow{CommandId::Print, "print", "FILE", false, "Print a PostScript, EPS or PDF file.",
+               PrintOptions},
+    CommandRow{CommandId::Reprint, "reprint", "TICKET|NAME", false,
+               "Deliver pages that `print --spool` kept, with no RIP.", ReprintOptions},
+    CommandRow{CommandId::TicketShow, "ticket show", "TICKET", false, "Show a saved job ticket.",
+               ListingOptions},
+    CommandRow{CommandId::TicketHold, "ticket hold", "TICKET", false,
+               "Hold a saved job: it does not print until it is released.", ListingOptions},
+    CommandRow{CommandId::TicketRelease, "ticket release", "TICKET", false, "Release a held job.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolList, "spool list", "", false, "List the jobs whose pages are kept.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolShow, "spool show", "NAME", false, "Show the pages of a kept job.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolSize, "spool size", "NAME", true,
+               "Tell the size of a kept job, or of all of them.", ListingOptions},
+    CommandRow{CommandId::SpoolRemove, "spool remove", "NAME", false,
+               "Remove a kept job. Nothing is asked.", ListingOptions},
+    CommandRow{CommandId::SpoolOpen, "spool open", "NAME", true,
+               "Print the directory of a kept job, and show it in the desktop's file manager.",
+               ListingOptions},
+    CommandRow{CommandId::Printers, "printers", "", false, "List the printers.", ListingOptions},
+    CommandRow{CommandId::Modes, "modes", "", false, "List the print modes.", ListingOptions},
+    CommandRow{CommandId::Doctor, "doctor", "", false,
+               "Say what is installed, found, writable and missing, and how to mend it.",
+               ListingOptions},
+    CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
+               HelpOptions},
+};
+
+constexpr const char* Place = "operand";
+
+void AddOption(CLI::App& app, OptionId id, Invocation& result) {
+  const OptionRow& row = OptionOf(id);
+  const bool isSwitch = *row.value == '\0';
+  const std::string names = id == Help ? "-h,--help" : row.name;
+  if (isSwitch) {
+    app.add_flag_callback(names, [&result, id] { result.options[id]; }, row.description);
+    return;
+  }
+  app.add_option_function<std::string>(
+      names, [&result, id](const std::string& value) { result.options[id] = value; },
+      row.description);
+}
+
+CLI::App& GroupOf(CLI::App& program, const std::string& word, Invocation& result) {
+  const auto known = program.get_subcommands(
+      [&word](const CLI::App* one) { return one->get_name() == word; });
+  if (!known.empty()) return *known.front();
+  CLI::App* group = program.add_subcommand(word);
+  AddOption(*group, Help, result);
+  // At most one command, so that an operand may bear a command's name.
+  group->require_subcommand(0, 1);
+  group->callback([&result, word] {
+    if (result.command == CommandId::None) result.group = word;
+  });
+  return *group;
+}
+
+void AddCommand(CLI::App& program, const CommandRow& row, Invocation& result) {
+  const std::string name = row.name;
+  const std::size_t blank = name.find(' ');
+  CLI::App* command = nullptr;
+  if (blank == name.npos) {
+    command = program.add_subcommand(name, row.description);
+  } else {
+    CLI::App& group = GroupOf(program, name.substr(0, blank), result);
+    command = group.add_subcommand(name.substr(blank + 1), row.description);
+  }
+  for (const OptionId id : row.options) AddOption(*command, id, result);
+  if (row.id == CommandId::Help) {
+    command->add_option_function<std::vector<std::string>>(
+        Place, [&result](const std::vector<std::string>& values) {
+          for (const std::string& word : values)
+            result.operand += (result.operand.empty() ? "" : " ") + word;
+          result.hasOperand = true;
+        });
+  } else if (*row.operand != '\0') {
+    command->add_option_function<std::string>(Place, [&result](const std::string& value) {
+      result.operand = value;
+      result.hasOperand = true;
+    });
+  }
+  command->preparse_callback([&result, id = row.id](std::size_t) { result.command = id; });
+}
+
+// The parser's own words stand behind its own class names now and then; users have no use for those.
+std::string WordsOf(const CLI::ParseError& error) {
+  std::string words = error.what();
+  while (!words.empty() && (words.back() == '\n' || words.back() == '.')) words.pop_back();
+  return words;
+}
+
+void CheckOperand(const Invocation& result) {
+  if (result.Has(Help)) return;
+  for (const CommandRow& row : Commands()) {
+    if (row.id != result.command || row.operandOptional || *row.operand == '\0') continue;
+    if (!result.hasOperand || result.operand.empty())
+      throw CommandError(ExitStatus::WrongUse, std::string("`rastrel ") + row.name + "` needs " +
+                                                   row.operand + "; see `rastrel help " + row.name +
+                                                   "`");
+  }
+}
+
+}  // namespace
+
+std::span<const OptionRow> Options() { return OptionTable; }
+
+const OptionRow& OptionOf(OptionId id) {
+  return *std::ranges::find(OptionTable, id, &OptionRow::id);
+}
+
+std::span<const CommandRow> Commands() { return CommandTable; }
+
+std::string Invocation::ValueOr(OptionId id, std::string_view fallback) const {
+  const auto found = options.find(id);
+  return found == options.end() ? std::string(fallback) : found->second;
+}
+
+Invocation ParseArguments(int count, const char* const* words) {
+  Invocation result;
+  CLI::App program;
+  program.set_help_flag();
+  program.require_subcommand(0, 1);
+  AddOption(program, Help, result);
+  AddOption(program, Version, result);
+  for (const CommandRow& row : Commands()) AddCommand(program, row, result);
+  try {
+    program.parse(count, words);
+  } catch (const CLI::ParseError& error) {
+    throw CommandError(ExitStatus::WrongUse, WordsOf(error) + "; see `rastrel help`");
+  }
+  CheckOperand(result);
+  return result;
+}
+
+}  // namespace rastrel::cli

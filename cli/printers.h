@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "children/coreodalis/devices.h"
+
+namespace rastrel::cli {
+
+/// The printer that is used if none is named.
+inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
+
+/// The devices of the data root, as the output engine reads them. Throws
+/// CommandError(NotInstalled) if the file is missing or holds a fault.
+[[nodiscard]] std::vector<odalis::Device> ReadPrinters();
+
+/// Throws CommandError(WrongUse), with the names that there are, unless a section of the devices
+/// bears the name. The section "*" takes any name from a host, but a name that a person types and
+/// that no section bears is more likely a slip.
+void CheckPrinter(const std::string& name);
+
+/// "tiff files in {output}" or "pdf to the program /usr/bin/lp".
+[[nodiscard]] std::string DescribeDevice(const odalis::Device& device);
+
+}  // namespace rastrel::cli

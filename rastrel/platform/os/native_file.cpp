@@ -1,0 +1,33 @@
+#include "rastrel/platform/os/native_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+
+#include "rastrel/platform/os/copy_file.h"
+
+namespace rastrel::os {
+
+Outcome<Done> CopyNativeFile(const std::string& source, const std::string& target) {
+  const char* failed =
+      CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, LinksInSource::Followed);
+  if (failed == nullptr) return Done{};
+  const int error = errno;
+  return Failure{failed, std::string_view(failed) == "open" ? source : target, error};
+}
+
+bool IsProgram(const std::string& path) {
+  struct stat state {};
+  return ::stat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode) &&
+         ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
+
+bool SetEnvironmentValue(const char* name, const char* value) {
+  return (value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1)) == 0;
+}
+
+}  // namespace rastrel::os
