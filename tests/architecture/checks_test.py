@@ -54,6 +54,12 @@ class IncludeRules(Tree):
         self.write("rastrel/high/a.cpp", '#include "a.h"\n')
         self.assertEqual(len(include_rules.check(self.root, self.RULES)), 1)
 
+    def test_a_source_that_does_not_begin_with_its_own_header_is_a_fault(self):
+        self.write("rastrel/high/a.h", "")
+        self.write("rastrel/high/a.cpp", '#include <string>\n#include "rastrel/high/a.h"\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES),
+                         ["rastrel/high/a.cpp: does not include rastrel/high/a.h first"])
+
     def test_a_circle_in_the_table_is_a_fault(self):
         rules = {"rastrel/a": ["rastrel/b"], "rastrel/b": ["rastrel/a"]}
         self.assertEqual(len(include_rules.check(self.root, rules)), 2)
@@ -88,6 +94,7 @@ class HeadersCompileAlone(Tree):
 
     def test_a_header_without_a_guard_is_a_fault(self):
         self.write("rastrel/a.h", "struct Twice {};\n")
+        self.write("rastrel/a.cpp", '#include "rastrel/a.h"\n')
         self.assertEqual(len(headers_compile_alone.check(str(self.root), self.COMPILER,
                                                          ["rastrel/a.h"])), 1)
 

@@ -1,4 +1,5 @@
-"""Fails on an include that the table include_rules.txt does not allow.
+"""Fails on an include that the table include_rules.txt does not allow, and on a source that does not
+include its own header first.
 
 usage: include_rules.py ROOT [TABLE]
 """
@@ -46,7 +47,12 @@ def check(root, rules):
         if own is None or (own == "rastrel" and file.count("/") > 1):
             faults.append(f"{file}: its folder is not in the table of include rules")
             continue
-        for line, quoted, name in sources.includes(root, file):
+        included = sources.includes(root, file)
+        header = file[:-4] + ".h"
+        if file.endswith(".cpp") and (pathlib.Path(root) / header).is_file():
+            if not included or included[0][2] != header:
+                faults.append(f"{file}: does not include {header} first")
+        for line, quoted, name in included:
             inside = name.startswith(("rastrel/", "children/", "cli/"))
             if quoted and not inside and own not in ("tests", "bench", "fuzz"):
                 faults.append(f"{file}:{line}: \"{name}\" is not written from the root")
