@@ -29,6 +29,9 @@ class TestHost : public host::Host, host::Settings, host::Directories, host::Tra
   /// The translation; without one there is none for any text.
   std::function<std::optional<std::wstring>(const std::wstring&)> m_Translate;
 
+  /// Called at every read of a setting.
+  std::function<void()> m_OnRead;
+
   host::Settings& GetSettings() override { return *this; }
   host::Directories& GetDirectories() override { return *this; }
   host::Translation& GetTranslation() override { return *this; }
@@ -36,6 +39,7 @@ class TestHost : public host::Host, host::Settings, host::Directories, host::Tra
  private:
   std::optional<std::wstring> Read(const std::wstring& section, const std::wstring& key,
                                    DataStoreType) override {
+    if (m_OnRead) m_OnRead();
     const std::scoped_lock lock(m_Mutex);
     const auto found = m_Settings.find({section, key});
     if (found == m_Settings.end()) return std::nullopt;
