@@ -76,6 +76,7 @@ class Running {
     Pipe failure;
     if (!output.Open() || !failure.Open()) return SystemProblem("pipe2", m_Program, errno);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     m_Id = ::fork();

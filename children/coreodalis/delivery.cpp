@@ -101,7 +101,7 @@ Attempt<Success> Delivery::ToCommand(PageSource& source, const DeliveryOrder& or
   std::vector<os::FileDescriptor> files;
   std::vector<RenderTarget> targets;
   for (std::string& path : paths) {
-    path = directory->Path() + "/" + path;
+    path.insert(0, directory->Path() + "/");
     os::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file.IsOpen()) return SystemProblem("create", path, errno);
     targets.push_back({file.Get(), path});

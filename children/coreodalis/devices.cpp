@@ -216,12 +216,9 @@ Attempt<Device> DeviceOf(const Section& section) {
 
 const char* ExtensionOf(FileFormat format) {
   switch (format) {
-    case FileFormat::Tiff:
-      return "tif";
-    case FileFormat::Png:
-      return "png";
-    case FileFormat::Pdf:
-      return "pdf";
+    case FileFormat::Tiff: return "tif";
+    case FileFormat::Png: return "png";
+    case FileFormat::Pdf: return "pdf";
   }
   return "";
 }

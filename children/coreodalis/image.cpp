@@ -10,12 +10,9 @@ Attempt<std::unique_ptr<ImageWriter>> MakeImageWriter(FileFormat format, int des
                                                       const std::string& name,
                                                       const ImageShape& shape) {
   switch (format) {
-    case FileFormat::Tiff:
-      return MakeTiffWriter(descriptor, name, shape);
-    case FileFormat::Png:
-      return MakePngWriter(descriptor, name, shape);
-    case FileFormat::Pdf:
-      return MakePdfWriter(descriptor, name, shape);
+    case FileFormat::Tiff: return MakeTiffWriter(descriptor, name, shape);
+    case FileFormat::Png: return MakePngWriter(descriptor, name, shape);
+    case FileFormat::Pdf: return MakePdfWriter(descriptor, name, shape);
   }
   return Problem{"an unknown format"};
 }

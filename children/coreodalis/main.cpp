@@ -34,6 +34,12 @@ void OpenStandardStreams() {
   if (descriptor > 2) ::close(descriptor);
 }
 
+/// "-k" and a number.
+bool IsCacheSize(std::string_view argument) {
+  return argument.starts_with("-k") && argument.size() > 2 &&
+         argument.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
 /// Empty if an argument is not the engine's.
 std::optional<EngineOptions> ReadArguments(const std::vector<std::string_view>& arguments) {
   EngineOptions options;
@@ -43,8 +49,7 @@ std::optional<EngineOptions> ReadArguments(const std::vector<std::string_view>& 
       options.planar = true;
     } else if (argument == "-") {
       fromInput = true;
-    } else if (argument != "-M" && argument != "-Q" && argument != "-N" &&
-               !argument.starts_with("-k")) {
+    } else if (argument != "-M" && argument != "-Q" && argument != "-N" && !IsCacheSize(argument)) {
       ReportError("unknown argument '" + std::string(argument) + "'");
       return std::nullopt;
     }

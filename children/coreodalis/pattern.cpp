@@ -30,22 +30,14 @@ std::optional<Field> FieldOf(std::string_view name) {
 
 std::string ValueOf(Field field, const FieldValues& values) {
   switch (field) {
-    case Field::Output:
-      return values.output;
-    case Field::Job:
-      return SafeName(values.job);
-    case Field::Page:
-      return std::to_string(values.page);
-    case Field::Copy:
-      return std::to_string(values.copy);
-    case Field::Printer:
-      return SafeName(values.printer);
-    case Field::Plane:
-      return SafeName(values.plane);
-    case Field::Date:
-      return SafeName(values.date);
-    case Field::File:
-      return values.file;
+    case Field::Output: return values.output;
+    case Field::Job: return SafeName(values.job);
+    case Field::Page: return std::to_string(values.page);
+    case Field::Copy: return std::to_string(values.copy);
+    case Field::Printer: return SafeName(values.printer);
+    case Field::Plane: return SafeName(values.plane);
+    case Field::Date: return SafeName(values.date);
+    case Field::File: return values.file;
   }
   return {};
 }

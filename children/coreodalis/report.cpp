@@ -16,14 +16,10 @@ void Write(std::string_view tag, std::string_view text) {
 
 const char* WordOf(EngineState state) {
   switch (state) {
-    case EngineState::Initialising:
-      return "INITIALISING";
-    case EngineState::Ready:
-      return "READY";
-    case EngineState::Printing:
-      return "PRINTING";
-    case EngineState::Flushing:
-      return "FLUSHING";
+    case EngineState::Initialising: return "INITIALISING";
+    case EngineState::Ready: return "READY";
+    case EngineState::Printing: return "PRINTING";
+    case EngineState::Flushing: return "FLUSHING";
   }
   return "";
 }

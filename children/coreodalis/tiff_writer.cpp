@@ -84,19 +84,13 @@ class TiffWriter final : public ImageWriter {
 
   void SetColours() {
     switch (m_Shape.model) {
-      case ColourModel::Gray:
-        Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-        break;
-      case ColourModel::Rgb:
-        Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-        break;
+      case ColourModel::Gray: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK); break;
+      case ColourModel::Rgb: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); break;
       case ColourModel::Cmyk:
         Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
         Set(TIFFTAG_INKSET, INKSET_CMYK);
         break;
-      case ColourModel::Inks:
-        SetInks();
-        break;
+      case ColourModel::Inks: SetInks(); break;
     }
   }
 
