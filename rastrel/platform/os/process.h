@@ -12,10 +12,10 @@ namespace rastrel::os {
 
 /// What a child is started with. Standard streams that are 0 or invalid are this process's own.
 struct SpawnRequest {
-  std::string executable;              ///< native path; a relative one is taken from this process's directory
-  std::vector<std::string> arguments;  ///< with the program's name as first element
-  std::vector<std::string> environment;  ///< "NAME=value" each
-  std::string directory;               ///< native working directory; empty: this process's own
+  std::string executable{};  ///< native path; a relative one is taken from this process's directory
+  std::vector<std::string> arguments{};    ///< with the program's name as first element
+  std::vector<std::string> environment{};  ///< "NAME=value" each
+  std::string directory{};                 ///< native working directory; empty: this process's own
   HANDLE standardInput = 0;
   HANDLE standardOutput = 0;
   HANDLE standardError = 0;

@@ -39,10 +39,8 @@ class Copier {
  public:
   // Copies what `source` holds into `target`. What can't be copied is passed over.
   void CopyContent(DirectoryReader& source, int target, unsigned depth) {
-    const Identity own = IdentityOf(source.Descriptor());
-    // A directory that lies in its own copy would be copied into itself without an end.
     if (depth == 0) m_TargetRoot = IdentityOf(target);
-    if (own == IdentityOf(target) || own == m_TargetRoot) return;
+    if (IdentityOf(source.Descriptor()) == IdentityOf(target)) return;
     std::vector<DirectoryEntry> entries;
     while (source.ReadPiece(entries) && !entries.empty()) {
       m_Workers.ForEach(entries.size(), WorthwhileEntries, [&](std::size_t index) {
@@ -69,7 +67,8 @@ class Copier {
   void CopyDirectory(int source, int target, const char* name, mode_t mode, unsigned depth) {
     if (depth + 1 >= TreeDepthLimit) return;
     DirectoryReader from(source, name, false);
-    if (!from.IsOpen()) return;
+    // A directory that lies in its own copy would be copied into itself without an end.
+    if (!from.IsOpen() || IdentityOf(from.Descriptor()) == m_TargetRoot) return;
     if (::mkdirat(target, name, (mode & 0777U) | S_IRWXU) != 0 && errno != EEXIST) return;
     const FileDescriptor to = OpenDirectory(target, name);
     if (to.IsOpen()) CopyContent(from, to.Get(), depth + 1);

@@ -1,0 +1,44 @@
+#include "rastrel/platform/os/random_access_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
+
+namespace rastrel::os {
+
+Outcome<RandomAccessFile> RandomAccessFile::Open(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  // Without O_NONBLOCK the open of a pipe waits for somebody to write into it.
+  int descriptor = ::open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
+  if (descriptor < 0) return Failure{"open", native, errno};
+  FileDescriptor file(descriptor);
+  struct stat state {};
+  if (::fstat(descriptor, &state) != 0) return Failure{"fstat", native, errno};
+  if (!S_ISREG(state.st_mode))
+    return Failure{"read", native, S_ISDIR(state.st_mode) ? EISDIR : EINVAL};
+  return RandomAccessFile(std::move(file));
+}
+
+long RandomAccessFile::ReadAt(std::uint64_t offset, std::span<char> bytes) {
+  if (offset != m_Offset) {
+    if (::lseek(m_File.Get(), static_cast<off_t>(offset), SEEK_SET) < 0) return -1;
+    m_Offset = offset;
+  }
+  const long got = ReadSome(m_File.Get(), bytes.data(), bytes.size());
+  if (got > 0) m_Offset += static_cast<std::uint64_t>(got);
+  return got;
+}
+
+std::uint64_t RandomAccessFile::Size() const {
+  struct stat state {};
+  if (::fstat(m_File.Get(), &state) != 0) return 0;
+  return static_cast<std::uint64_t>(state.st_size);
+}
+
+}  // namespace rastrel::os

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::os {
+
+/// A regular file that is read at any offset. Move only; not to be used by two threads at once.
+/// The file may grow, shrink or lose its name meanwhile: a read tells what is there at that moment.
+class RandomAccessFile {
+ public:
+  /// Opens by library path (see path.h). Links are followed. What is no regular file is a failure
+  /// (EINVAL; EISDIR for a directory) and is never waited for: a pipe without a writer, a device.
+  [[nodiscard]] static Outcome<RandomAccessFile> Open(std::wstring_view path);
+
+  /// Reads from `offset` on. Returns how many bytes, which may be fewer than asked for before the
+  /// end; 0 at and behind the end; -1 with errno set. Goes on after an interruption.
+  [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes);
+
+  /// Present size in bytes; 0 if it can't be asked.
+  [[nodiscard]] std::uint64_t Size() const;
+
+ private:
+  explicit RandomAccessFile(FileDescriptor file) : m_File(std::move(file)) {}
+
+  FileDescriptor m_File;
+  std::uint64_t m_Offset = 0;  // where the next read of the descriptor begins
+};
+
+}  // namespace rastrel::os
