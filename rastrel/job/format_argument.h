@@ -40,6 +40,10 @@ class FormatArgument {
       return static_cast<std::int64_t>(value);
     } else if constexpr (std::is_floating_point_v<Plain>) {
       return static_cast<double>(value);
+    } else if constexpr (std::is_same_v<std::remove_extent_t<Type>, wchar_t>) {
+      return std::wstring_view(value);  // an array is never null, and the compiler warns of the question
+    } else if constexpr (std::is_same_v<std::remove_extent_t<Type>, char>) {
+      return std::string_view(value);
     } else if constexpr (std::is_same_v<Plain, const wchar_t*> || std::is_same_v<Plain, wchar_t*>) {
       return value == nullptr ? std::wstring_view(L"(null)") : std::wstring_view(value);
     } else if constexpr (std::is_same_v<Plain, const char*> || std::is_same_v<Plain, char*>) {
