@@ -32,6 +32,7 @@ using Checks = std::vector<HealthCheck>;
 constexpr std::chrono::seconds VersionLimit{5};
 constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;   // bytes
 constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;      // bytes
+constexpr std::chrono::hours LongPrint{1};
 constexpr int DeepestFolder = 16;
 
 const char* RestoreHint() {
@@ -205,6 +206,20 @@ void AddLeftover(Checks& checks, const std::string& what, const std::string& pat
   checks.push_back({"leftover", State::Warning, what, path, "remove it: rm -r '" + path + "'"});
 }
 
+// Runs of the RIP that nobody took the pages of. Emptied ones are the RIP's own to clear away.
+void CheckPageLeftovers(Checks& checks) {
+  std::error_code error;
+  const auto now = std::filesystem::file_time_type::clock::now();
+  for (std::filesystem::directory_iterator entry(PagesDirectory(), error), last;
+       !error && entry != last; entry.increment(error)) {
+    std::error_code ignored;
+    const auto age = now - entry->last_write_time(ignored);
+    if (ignored || age < LongPrint || std::filesystem::is_empty(entry->path(), ignored)) continue;
+    AddLeftover(checks, "pages of a print that was cut off, or has taken over an hour",
+                entry->path().string());
+  }
+}
+
 // What a process that was killed could not take with it.
 void CheckLeftovers(Checks& checks) {
   const std::size_t before = checks.size();
@@ -221,10 +236,7 @@ void CheckLeftovers(Checks& checks) {
     if (entry.pages == 0)
       AddLeftover(checks, "spool entry without pages: a print is under way, or was cut off",
                   entry.directory);
-  if (const auto names = os::ListDirectory(os::FromNative(PagesDirectory())))
-    for (const std::wstring& name : *names)
-      AddLeftover(checks, "pages being made: a print is under way, or was cut off",
-                  PagesDirectory() + "/" + os::Utf8FromWide(name));
+  CheckPageLeftovers(checks);
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
 }
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 namespace rastrel::cli {
 namespace {
 
-constexpr std::size_t LineLimit = 1000;  // bytes kept of a line
+constexpr std::size_t WordsBesideErrors = 4;
+constexpr std::size_t LineLimit = 300;  // bytes kept of a line
 
 void Keep(std::deque<std::string>& lines, std::string text) {
   if (text.size() > LineLimit) {
@@ -62,7 +64,9 @@ const char* StageName(JobStage stage) {
 
 std::vector<std::string> ChildRecord::LastWords() const {
   std::vector<std::string> all(errors.begin(), errors.end());
-  const std::size_t room = WordLimit - std::min(WordLimit, all.size());
+  // Beside an error the other words are mostly an interpreter's dump of its state.
+  const std::size_t limit = all.empty() ? WordLimit : WordsBesideErrors;
+  const std::size_t room = std::min(limit, WordLimit - std::min(WordLimit, all.size()));
   const std::size_t count = std::min(room, words.size());
   all.insert(all.end(), words.end() - static_cast<std::ptrdiff_t>(count), words.end());
   return all;

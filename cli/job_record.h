@@ -23,7 +23,7 @@ struct ChildRecord {
   std::deque<std::string> words;   ///< its other lines that are no reports, the last ones
   std::optional<int> exitStatus;   ///< as the job log tells it; nothing if it was ended
 
-  /// The errors, then the other words; at most WordLimit together.
+  /// The errors, then the other words, the last ones of each; at most WordLimit together.
   [[nodiscard]] std::vector<std::string> LastWords() const;
   static constexpr std::size_t WordLimit = 12;
 };

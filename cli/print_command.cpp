@@ -1,6 +1,5 @@
 #include "cli/print_command.h"
 
-#include <memory>
 #include <optional>
 
 #include "cli/input_file.h"
@@ -63,6 +62,18 @@ void Fill(CJobTicket& ticket, const PrintRequest& request, const std::string& co
   settings.SpoolAllowed = request.spool;
 }
 
+// The job is printed whatever becomes of its ticket, and its files are told first.
+std::optional<CommandError> TrySave(const CJobTicket& ticket, const std::string& path,
+                                    JobView& view) {
+  try {
+    SaveTicket(ticket, path);
+  } catch (const CommandError& error) {
+    return error;
+  }
+  view.Say("saved", "the ticket is saved as", path);
+  return std::nullopt;
+}
+
 void TellKept(JobView& view, const JobDirectory& directory) {
   view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
 }
@@ -93,12 +104,13 @@ ExitStatus PrintCommand(const Invocation& invocation) {
     spool->Fill();
     view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
   }
-  if (end == JobEnd::Done && !request.ticketPath.empty()) {
-    SaveTicket(ticket, request.ticketPath);
-    view.Say("saved", "the ticket is saved as", request.ticketPath);
-  }
+  std::optional<CommandError> unsaved;
+  if (end == JobEnd::Done && !request.ticketPath.empty())
+    unsaved = TrySave(ticket, request.ticketPath, view);
   if (keep) TellKept(view, directory);
-  return TellEnd(end, ticket, record, view, 0);
+  const ExitStatus status = TellEnd(end, ticket, record, view, 0);
+  if (unsaved) throw *unsaved;
+  return status;
 }
 
 }  // namespace rastrel::cli

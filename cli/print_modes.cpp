@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <tuple>
+#include <utility>
 
 #include "cli/exit_status.h"
 #include "cli/installation.h"

@@ -1,6 +1,7 @@
 #include "cli/printers.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "cli/exit_status.h"
 #include "cli/installation.h"
@@ -48,7 +49,10 @@ void CheckPrinter(const std::string& name) {
 }
 
 std::string DescribeDevice(const odalis::Device& device) {
-  const std::string format = FormatWord(device.format);
+  const std::string format =
+      std::string(device.printer == "*" ? "any name that a host uses and no other section bears: "
+                                        : "") +
+      FormatWord(device.format);
   odalis::FieldValues fields;
   fields.output = "{output}";
   if (device.kind == odalis::DeviceKind::Command)

@@ -19,7 +19,7 @@ inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
 /// that no section bears is more likely a slip.
 void CheckPrinter(const std::string& name);
 
-/// "tiff files in {output}" or "pdf to the program /usr/bin/lp".
+/// "TIFF files" or "PDF, given to a program: /usr/bin/lp".
 [[nodiscard]] std::string DescribeDevice(const odalis::Device& device);
 
 }  // namespace rastrel::cli

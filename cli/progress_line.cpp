@@ -18,6 +18,7 @@ constexpr int BarLength = 20;
 constexpr std::size_t StageWidth = 20;
 constexpr unsigned UsualColumns = 80;
 constexpr const char* ClearLine = "\r\x1b[K";
+constexpr const char* ClearRest = "\x1b[K";
 
 std::string StageOf(const JobEvent& event) {
   switch (event.code.value_or(JTI_BAD)) {
@@ -80,16 +81,17 @@ void JobProgress::Take(const JobEvent& event) {
 
 std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
                            unsigned columns) {
-  const std::string time = TimeText(std::max<std::int64_t>(elapsedSeconds, 0));
-  const std::string percent = progress.Percent() ? PercentText(*progress.Percent()) : "     ";
-  const std::string bar = BarOf(progress.Percent().value_or(0));
-  const std::string page = progress.Page() ? "page " + std::to_string(*progress.Page()) : "";
   const std::string between = "  ";
+  const std::string time = TimeText(std::max<std::int64_t>(elapsedSeconds, 0));
+  // A job that does not tell its number of pages has no percentage, and an empty bar says nothing.
+  const std::string percent = progress.Percent() ? PercentText(*progress.Percent()) : "";
+  const std::string bar = progress.Percent() ? between + BarOf(*progress.Percent()) : "";
+  const std::string page = progress.Page() ? "page " + std::to_string(*progress.Page()) : "";
   const std::string pageAndTime = page.empty() ? time : page + between + time;
   const std::array<std::string, 4> forms{
-      Padded(progress.Stage(), StageWidth) + percent + between + bar + between + pageAndTime,
+      Padded(progress.Stage(), StageWidth) + percent + bar + between + pageAndTime,
       Padded(progress.Stage(), StageWidth) + percent + between + pageAndTime,
-      progress.Stage() + between + percent,
+      percent.empty() ? progress.Stage() : progress.Stage() + between + percent,
       progress.Stage(),
   };
   for (const std::string& form : forms)
@@ -120,8 +122,9 @@ void ProgressLine::Draw() {
   m_Drawn = os::MonotonicNanoseconds();
   const unsigned columns =
       os::TerminalColumns(os::StandardHandle(os::StandardStream::Error));
-  WriteError(ClearLine + RenderProgress(m_Progress, (m_Drawn - m_Begin) / Second,
-                                        columns == 0 ? UsualColumns : columns));
+  const std::string line = RenderProgress(m_Progress, (m_Drawn - m_Begin) / Second,
+                                          columns == 0 ? UsualColumns : columns);
+  WriteError("\r" + line + ClearRest);
 }
 
 }  // namespace rastrel::cli

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <tuple>
+#include <utility>
 
 #include "cli/exit_status.h"
 #include "cli/installation.h"

@@ -1,11 +1,11 @@
 #include "cli/ticket_command.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/job_event.h"
@@ -137,12 +137,12 @@ void AddSettings(FieldList& fields, const CJobData& settings) {
   fields.Flag("host flag 3", "host-flag-3", settings.HostFlag3);
 }
 
-void AddPages(FieldList& fields, const CCFMFile& pages) {
+void AddPages(FieldList& fields, CCFMFile& pages) {
   std::vector<std::string> directories;
   for (const CCFMFileEntry& page : pages.Entries)
     directories.push_back(os::ToNative(page.Directory + page.FileName));
   fields.Texts("spooled page", "paths", directories);
-  fields.Number("spooled bytes", "bytes", pages.TotalSize);
+  fields.Number("spooled bytes", "bytes", pages.GetSizeOnDisk());
 }
 
 }  // namespace

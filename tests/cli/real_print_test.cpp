@@ -1,0 +1,132 @@
+// The program with the children that ship with it.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+constexpr const char* TwoPages =
+    "%!PS-Adobe-3.0\n%%Pages: 2\n%%EndComments\n<< /PageSize [120 80] >> setpagedevice\n"
+    "1 0 0 setrgbcolor 10 10 40 40 rectfill showpage\n"
+    "0 0 1 setrgbcolor 20 20 40 40 rectfill showpage\n%%EOF\n";
+
+class RealPrintTest : public ::testing::Test {
+ protected:
+  RealPrintTest() { m_Command.Place().Write("job.ps", TwoPages); }
+  [[nodiscard]] static std::string NameOf(const std::string& path) {
+    return fs::path(path).filename();
+  }
+  CommandRunner m_Command{CommandRunner::Children::Real};
+};
+
+TEST_F(RealPrintTest, the_shop_sign_prints_as_two_tiff_files) {
+  const CommandResult result =
+      m_Command.Run({"print", RASTREL_SOURCE_DIR "/examples/shopfront.ps"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto files = result.Lines();
+  ASSERT_EQ(files.size(), 2U);
+  for (const std::string& file : files) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string magic(4, ' ');
+    stream.read(magic.data(), 4);
+    EXPECT_TRUE(magic == std::string("II*\0", 4) || magic == std::string("MM\0*", 4)) << file;
+  }
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out"), Names());
+}
+
+TEST_F(RealPrintTest, pages_in_the_spool_reprint_without_ghostscript_alone_twice_and_elsewhere) {
+  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
+  m_Command.Set("PATH", "/nowhere");
+  const CommandResult result = m_Command.Run(
+      {"reprint", "job", "--pages", "2", "--copies", "2", "--printer", "PNG files"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto files = result.Lines();
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(NameOf(files[0]), "job-2.png");
+  EXPECT_EQ(NameOf(files[1]), "job-2-2.png");
+  EXPECT_EQ(m_Command.Run({"reprint", "job"}).status, 0);  // nothing was used up
+}
+
+TEST_F(RealPrintTest, ghostscript_off_the_path_is_5) {
+  m_Command.Set("PATH", "/nowhere");
+  const CommandResult result = m_Command.Run({"print", "job.ps"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_NE(result.error.find("Ghostscript"), std::string::npos) << result.error;
+  EXPECT_EQ(m_Command.Run({"doctor"}).status, 5);
+}
+
+TEST_F(RealPrintTest, the_doctor_finds_all_well) {
+  const CommandResult result = m_Command.Run({"doctor"});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(result.output.find("WRONG"), std::string::npos) << result.output;
+}
+
+TEST_F(RealPrintTest, the_doctor_tells_a_faulty_devices_file_by_line) {
+  ASSERT_EQ(m_Command.Run({"doctor"}).status, 0);
+  std::ofstream(m_Command.Root() + "/devices.txt") << "[A]\nkind = nonsense\n";
+  const CommandResult result = m_Command.Run({"doctor"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_NE(result.output.find("line 2"), std::string::npos) << result.output;
+}
+
+TEST_F(RealPrintTest, a_file_without_extension_in_a_read_only_folder_prints) {
+  m_Command.Place().Write("inner/noext", TwoPages);
+  const fs::path inner = m_Command.Place().Path("inner");
+  fs::permissions(inner, fs::perms::owner_read | fs::perms::owner_exec);
+  const CommandResult result = m_Command.Run({"print", "inner/noext"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(std::distance(fs::directory_iterator(inner), {}), 1);
+  fs::permissions(inner, fs::perms::owner_all);
+}
+
+TEST_F(RealPrintTest, a_mode_is_found_without_its_extension_and_in_any_case) {
+  const CommandResult result = m_Command.Run({"print", "job.ps", "--mode", "tiff/TIFF default"});
+  EXPECT_EQ(result.status, 0) << result.error;
+}
+
+TEST_F(RealPrintTest, a_postscript_error_is_told_in_the_interpreters_words) {
+  m_Command.Place().Write("bad.ps", "%!PS\nundefinedthing showpage\n");
+  const CommandResult result = m_Command.Run({"print", "bad.ps", "--json"});
+  EXPECT_EQ(result.status, 1);
+  const auto last = nlohmann::json::parse(result.LastLine());
+  EXPECT_EQ(last["stage"], "rip");
+  EXPECT_NE(last["text"].get<std::string>().find("undefinedthing"), std::string::npos) << last;
+}
+
+TEST_F(RealPrintTest, an_interrupted_job_leaves_no_process_and_no_file) {
+  m_Command.Place().Write("endless.ps", "%!PS\n{ 0 0 moveto } loop\n");
+  m_Command.Start({"print", "endless.ps", "--spool"}, "Rip Interpreting");
+  m_Command.Signal(SIGINT);
+  const CommandResult result = m_Command.Wait();
+  EXPECT_EQ(result.status, 4) << result.error;
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out"), Names());
+  EXPECT_EQ(m_Command.Processes(), 0);
+}
+
+TEST_F(RealPrintTest, the_pages_of_a_spool_entry_are_told_by_their_description) {
+  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
+  const auto lines = m_Command.Run({"spool", "show", "job", "--json"}).Lines();
+  ASSERT_EQ(lines.size(), 3U);
+  const auto page = nlohmann::json::parse(lines[2]);
+  EXPECT_EQ(page["page"], 2);
+  EXPECT_EQ(page["width"], 120);
+  EXPECT_EQ(page["height"], 80);
+  EXPECT_EQ(page["planes"], nlohmann::json({"Red", "Green", "Blue"}));
+}
+
+}  // namespace
+}  // namespace rastrel::test
