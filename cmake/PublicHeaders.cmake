@@ -1,3 +1,5 @@
+cmake_policy(VERSION 3.25)
+
 # The public headers: rastrel/rastrel.h and every header of the library that it reaches.
 
 # Sets `result` to their paths below `root`.
