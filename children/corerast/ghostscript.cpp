@@ -48,6 +48,9 @@ std::string SetupText(const std::string& word) {
          "/rip.modes (" +
          At(Modes) +
          "/) def\n"
+         "/rip.pixelfile (" +
+         At(Pixels) +
+         ") def\n"
          "/rip.planefiles (" +
          At(Planes) +
          "/%04d.tif) def\n"

@@ -61,12 +61,9 @@ bool PageStream::FinishToken() {
     case 0:
       m_Size.channels = token == "P6" ? 3 : 1;
       return token == "P6" || token == "P5" || Fail("an image of another kind");
-    case 1:
-      return ReadPositive(token, m_Size.width) || Fail("a bad width");
-    case 2:
-      return ReadPositive(token, m_Size.height) || Fail("a bad height");
-    default:
-      break;
+    case 1: return ReadPositive(token, m_Size.width) || Fail("a bad width");
+    case 2: return ReadPositive(token, m_Size.height) || Fail("a bad height");
+    default: break;
   }
   if (token != "255") return Fail("samples of another depth");
   m_TokenCount = 0;
