@@ -3,9 +3,11 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <set>
 #include <utility>
 
 #include "rastrel/platform/os/file.h"
@@ -16,6 +18,9 @@ namespace {
 constexpr double LongestSidePoints = 14400;
 constexpr std::size_t BlockBytes = 1u << 16;
 constexpr int FastCompression = 3;
+constexpr std::size_t InksOfOldVersions = 8;  // version 1.4 and before
+constexpr std::size_t MostInks = 32;
+constexpr std::size_t LongestInkName = 100;
 constexpr std::size_t MostOffset = 9'999'999'999u;  // ten digits in the table of offsets
 
 /// A number as the format wants it: no exponent, no locale, at most four digits behind the point.
@@ -27,6 +32,68 @@ std::string Number(double value) {
   text.erase(text.find_last_not_of('0') + 1);
   if (!text.empty() && text.back() == '.') text.pop_back();
   return text;
+}
+
+/// Inks that a viewer without them shows in their own colour; all others it shows as black.
+constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
+constexpr std::size_t BlackInk = 3;
+
+/// A name as the format writes it: every byte that is no letter or digit as '#' and two digits.
+std::string Name(std::string_view text) {
+  constexpr char Digits[] = "0123456789ABCDEF";
+  std::string name = "/";
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    const bool plain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+                       (byte >= 'a' && byte <= 'z');
+    if (plain) {
+      name += character;
+    } else {
+      (name += '#') += Digits[byte >> 4];
+      name += Digits[byte & 15];
+    }
+  }
+  return name;
+}
+
+/// The inks' names in an array. The format wants each of them once, not empty, and gives two names
+/// a meaning of their own.
+std::string InkArray(const std::vector<std::string>& inks) {
+  std::set<std::string> taken = {"", "All", "None"};
+  std::string array = "[";
+  for (const std::string& ink : inks) {
+    // A zero byte can't stand in a name.
+    const std::string first = ink.substr(0, std::min(ink.find('\0'), LongestInkName));
+    std::string unique = first;
+    for (unsigned i = 2; !taken.insert(unique).second; ++i) {
+      unique = first + "_" + std::to_string(i);
+    }
+    array += (array.size() > 1 ? " " : "") + Name(unique);
+  }
+  return array + "]";
+}
+
+/// How much cyan, magenta, yellow and black a viewer shows for the inks: a process ink as itself,
+/// any other as black. The program has the inks on its stack, the last on top; sums above 1 are cut
+/// by the function's range.
+std::string InkProgram(const std::vector<std::string>& inks) {
+  const std::size_t count = inks.size();
+  std::string program = "{";
+  for (std::size_t process = 0; process < ProcessInks.size(); ++process) {
+    program += " 0";
+    for (std::size_t ink = 0; ink < count; ++ink) {
+      const auto found = std::find(ProcessInks.begin(), ProcessInks.end(), inks[ink]);
+      const std::size_t shown = found == ProcessInks.end()
+                                    ? BlackInk
+                                    : static_cast<std::size_t>(found - ProcessInks.begin());
+      if (shown != process) continue;
+      // Above the ink lie the ones behind it, the results so far, and the sum.
+      program += " " + std::to_string(count - ink + process) + " index add";
+    }
+  }
+  program += " " + std::to_string(count + ProcessInks.size()) + " 4 roll";
+  for (std::size_t ink = 0; ink < count; ++ink) program += " pop";
+  return program + " }";
 }
 
 class PdfWriter final : public ImageWriter {
@@ -47,7 +114,8 @@ class PdfWriter final : public ImageWriter {
     // Rounded up to what the file will say, so that the page keeps its size.
     const double least = std::max({1.0, width / LongestSidePoints, height / LongestSidePoints});
     const double unit = std::ceil(least * 1e4) / 1e4;
-    Put(unit > 1 ? "%PDF-1.6\n" : "%PDF-1.4\n");
+    const bool isNewer = unit > 1 || m_Shape.planes.size() > InksOfOldVersions;
+    Put(isNewer ? "%PDF-1.6\n" : "%PDF-1.4\n");
     Put("%\xE2\xE3\xCF\xD3\n");
     PutObject("<< /Type /Catalog /Pages 2 0 R >>");
     PutObject("<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
@@ -69,7 +137,7 @@ class PdfWriter final : public ImageWriter {
 
   Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
     m_Row.assign(row.begin(), row.end());
-    if (m_Shape.model == ColourModel::Cmyk) {
+    if (m_Shape.model == ColourModel::Cmyk || m_Shape.model == ColourModel::Inks) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
     }
     return Deflate(Z_NO_FLUSH);
@@ -81,6 +149,7 @@ class PdfWriter final : public ImageWriter {
     const std::uint64_t length = m_Written - m_StreamStart;
     Put("\nendstream\nendobj\n");
     PutObject(std::to_string(length));
+    if (m_Shape.model == ColourModel::Inks) PutInkFunction();
     if (m_Written > MostOffset) return Refuse("the page is too large for a PDF file");
     const std::uint64_t table = m_Written;
     Put("xref\n0 " + std::to_string(m_Offsets.size() + 1) + "\n0000000000 65535 f \n");
@@ -102,9 +171,22 @@ class PdfWriter final : public ImageWriter {
     return Success{};
   }
 
-  const char* ColourSpace() const {
-    if (m_Shape.model == ColourModel::Gray) return "/DeviceGray";
-    return m_Shape.model == ColourModel::Rgb ? "/DeviceRGB" : "/DeviceCMYK";
+  std::string ColourSpace() const {
+    switch (m_Shape.model) {
+      case ColourModel::Gray: return "/DeviceGray";
+      case ColourModel::Rgb: return "/DeviceRGB";
+      case ColourModel::Cmyk: return "/DeviceCMYK";
+      case ColourModel::Inks: break;
+    }
+    return "[/DeviceN " + InkArray(m_Shape.planes) + " /DeviceCMYK 7 0 R]";
+  }
+
+  void PutInkFunction() {
+    const std::string program = InkProgram(m_Shape.planes);
+    std::string domain;
+    for (std::size_t i = 0; i < m_Shape.planes.size(); ++i) domain += "0 1 ";
+    PutObject("<< /FunctionType 4 /Domain [" + domain + "] /Range [0 1 0 1 0 1 0 1] /Length " +
+              std::to_string(program.size()) + " >>\nstream\n" + program + "\nendstream");
   }
 
   /// Writes; after the first failure nothing more, and State tells of it.
@@ -153,9 +235,9 @@ class PdfWriter final : public ImageWriter {
 
 Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
                                                     const ImageShape& shape) {
-  if (shape.model == ColourModel::Inks) {
-    return Problem{"writing '" + name +
-                   "': a PDF file here can't hold spot inks; use TIFF or planes"};
+  if (shape.planes.size() > MostInks) {
+    return Problem{"writing '" + name + "': a PDF file can't hold more than " +
+                   std::to_string(MostInks) + " inks; use TIFF or planes"};
   }
   auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

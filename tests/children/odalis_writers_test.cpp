@@ -146,7 +146,8 @@ TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
 TEST(MakeImageWriter, spot_inks_are_refused_where_the_format_has_no_place_for_them) {
   const ImageShape shape = ShapeOf(ColourModel::Inks, {"Gold"});
   EXPECT_NE(Write(FileFormat::Png, "/dev/null", shape).find("spot inks"), std::string::npos);
-  EXPECT_NE(Write(FileFormat::Pdf, "/dev/null", shape).find("spot inks"), std::string::npos);
+  const ImageShape many = ShapeOf(ColourModel::Inks, std::vector<std::string>(33, "Gold"));
+  EXPECT_NE(Write(FileFormat::Pdf, "/dev/null", many).find("32 inks"), std::string::npos);
 }
 
 TEST(MakeImageWriter, a_full_disk_is_told) {
@@ -233,6 +234,68 @@ TEST(PdfWriter, a_page_longer_than_the_format_allows_gets_a_user_unit) {
   const std::string pdf = ReadFile(path);
   EXPECT_TRUE(pdf.starts_with("%PDF-1.6\n"));
   EXPECT_NE(pdf.find("/MediaBox [0 0 14400 36] /UserUnit 2 "), std::string::npos);
+}
+
+TEST(PdfWriter, inks_have_names_of_their_own_whatever_they_are_called) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.pdf";
+  const ImageShape shape =
+      ShapeOf(ColourModel::Inks, {"Cyan", "Gr\xC3\xBCn (1)/", "Cyan", "", "None", "All"});
+  ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
+  EXPECT_EQ(Between(ReadFile(path), "/DeviceN [", "]"),
+            "/Cyan /Gr#C3#BCn#20#281#29#2F /Cyan#5F2 /#5F2 /None#5F2 /All#5F2");
+}
+
+TEST(PdfWriter, an_interpreter_separates_the_inks_again) {
+  if (std::system("gs --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "gs is not installed";
+  const TemporaryDirectory directory;
+  const std::string inks[] = {"Cyan", "Magenta", "Yellow", "Black", "CutContour"};
+  ImageShape shape = ShapeOf(ColourModel::Inks, {std::begin(inks), std::end(inks)}, 72, 36);
+  shape.xResolution = 72;
+  shape.yResolution = 72;
+  ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
+  const std::string command = "cd '" + directory.Path() +
+                              "' && gs -q -dSAFER -dBATCH -dNOPAUSE -r72 -sDEVICE=tiffsep "
+                              "-sOutputFile=page.tif x.pdf </dev/null";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  for (unsigned plane = 0; plane < std::size(inks); ++plane) {
+    const Picture picture = ReadTiff(directory.Path() + "/page(" + inks[plane] + ").tif");
+    ASSERT_EQ(picture.pixels.size(), 72u * 36u) << inks[plane];
+    for (unsigned y = 0; y < 36; ++y) {
+      for (unsigned x = 0; x < 72; ++x) {
+        ASSERT_EQ(picture.pixels[y * 72 + x], SampleAt(x, y, plane)) << inks[plane];
+      }
+    }
+  }
+}
+
+TEST(PdfWriter, an_interpreter_without_the_inks_shows_them_as_black) {
+  if (std::system("gs --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "gs is not installed";
+  const TemporaryDirectory directory;
+  // One pixel each: no ink, all of Gold, all of Cyan; 255 is no ink.
+  const std::uint8_t row[] = {255, 255, 0, 255, 255, 0};
+  ImageShape shape = ShapeOf(ColourModel::Inks, {"Gold", "Cyan"}, 3, 1);
+  shape.xResolution = 72;
+  shape.yResolution = 72;
+  const std::string path = directory.Path() + "/x.pdf";
+  {
+    const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT, 0600));
+    auto writer = MakeImageWriter(FileFormat::Pdf, file.Get(), path, shape);
+    ASSERT_TRUE(writer);
+    ASSERT_TRUE((*writer)->WriteRow(row));
+    ASSERT_TRUE((*writer)->Finish());
+  }
+  const std::string command =
+      "cd '" + directory.Path() +
+      "' && gs -q -dSAFER -dBATCH -dNOPAUSE -r72 -sDEVICE=bitcmyk "
+      "-dGrayValues=256 -dRedValues=256 -sOutputFile=shown x.pdf </dev/null";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  const std::string expected(
+      "\0\0\0\0"
+      "\0\0\0\xFF"
+      "\xFF\0\0\0",
+      12);
+  EXPECT_EQ(ReadFile(directory.Path() + "/shown"), expected);
 }
 
 TEST(PdfWriter, an_interpreter_shows_the_same_pixels) {
