@@ -230,10 +230,11 @@ TEST(HostileJob, can_not_find_the_word_of_reports) {
       // A stack with room for 0 to 39 more elements, at which some step of a report must fail. The
       // interpreter hands what lay on the stack over as an array.
       "<< /MaxOpStack 2000 >> setuserparams\n"
-      "/BeginReport currentpagedevice /BeginPage get def /failures 0 def\n"
+      "/Report currentpagedevice /EndPage get def /failures 0 def\n"
+      "{ { 0 } loop } stopped pop length /limit exch def clear\n"
       "0 1 39 {\n"
       "  /room exch def\n"
-      "  { 0 1 1999 room sub 1 sub { } for BeginReport } stopped {\n"
+      "  { 0 1 limit room sub { } for pop 0 Report } stopped {\n"
       "    /failures failures 1 add def\n"
       "    count 0 gt { dup type /arraytype eq { { dup type /stringtype eq { tell } { pop } ifelse "
       "}"
@@ -242,10 +243,10 @@ TEST(HostileJob, can_not_find_the_word_of_reports) {
       "  $error /ostack get dup type /arraytype eq { { dup type /stringtype eq { tell } { pop }"
       " ifelse } forall } { pop } ifelse\n"
       "} for\n"
-      "failures 10 gt { (many failures) tell } if\n"
+      "failures 5 gt { (many failures) tell } if\n"
       "<< /MaxOpStack 300000 >> setuserparams\n"
       // A report on a stream that is closed.
-      "(%stderr) (w) file closefile { 1 BeginReport } stopped pop\n"
+      "(%stderr) (w) file closefile { 1 0 Report } stopped pop\n"
       "count { dup type /stringtype eq { tell } { pop } ifelse } repeat\n" +
       RedPage;
   const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});

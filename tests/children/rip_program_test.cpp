@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -117,6 +119,30 @@ TEST(Rip, reports_its_stages_in_order) {
   }
   EXPECT_EQ(outcome.reports.find("ERROR:"), std::string::npos);
   EXPECT_EQ(outcome.reports.find("WARNING:"), std::string::npos);
+}
+
+// The percentages that a run reported.
+std::vector<int> Percentages(const std::string& reports) {
+  std::vector<int> found;
+  const std::string tag = "PROGRESS: ";
+  for (std::size_t at = reports.find(tag); at != std::string::npos;
+       at = reports.find(tag, at + 1)) {
+    found.push_back(std::stoi(reports.substr(at + tag.size())));
+  }
+  return found;
+}
+
+TEST(Rip, tells_how_far_a_long_job_without_a_page_count_has_come) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  std::string job = "%!PS\n<< /PageSize [72 72] >> setpagedevice\n";
+  for (int i = 0; i < 200000; ++i) job += "0 0 72 72 rectfill 0 0 72 72 rectfill\n";
+  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job + "showpage\n")});
+  EXPECT_EQ(outcome.status, 0) << outcome.reports;
+  const std::vector<int> percentages = Percentages(outcome.reports);
+  EXPECT_GE(percentages.size(), 2U) << outcome.reports;
+  EXPECT_TRUE(std::ranges::is_sorted(percentages, std::less_equal<>())) << outcome.reports;
+  for (const int percent : percentages) EXPECT_TRUE(percent > 0 && percent <= 100);
 }
 
 TEST(Rip, takes_the_resolution_from_the_print_mode) {
@@ -387,6 +413,21 @@ TEST(Rip, keeps_the_pages_of_two_runs_apart) {
   EXPECT_NE(fs::path(first).parent_path(), fs::path(second).parent_path());
   fs::remove_all(first);
   EXPECT_EQ(CheckedInfo(second).width, 72U);
+}
+
+TEST(Rip, whose_reader_is_gone_fails_and_leaves_nothing) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
+  const std::string script = "{ RASTREL_HOME='" + bench.Root() + "' '" + bench.RipDirectory() +
+                             "/corerast.exe' '" + job + "' 2>/dev/null; echo $? > '" +
+                             bench.Root() + "/status'; } | true";
+  ASSERT_EQ(std::system(script.c_str()), 0);
+  std::ifstream status(bench.Root() + "/status");
+  int number = -1;
+  status >> number;
+  EXPECT_EQ(number, 3);
+  EXPECT_EQ(bench.Remains(), Names{});
 }
 
 TEST(Rip, clears_away_the_directory_of_a_run_whose_pages_are_gone) {
