@@ -22,7 +22,10 @@ bool MovePage(const CString& source, const CString& target) {
   constexpr std::size_t ShortestRemovablePath = 4;
   if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target))
     return true;
-  if (!CopyTree(source.c_str(), target.c_str())) {
+  // A page that is moved to where it is has just been removed as its own target, and making the
+  // target would make the source anew: there is nothing to copy all the same.
+  const bool hasSource = rastrel::os::Exists(source);
+  if (!CopyTree(source.c_str(), target.c_str()) || !hasSource) {
     DeleteDirectory(target.c_str());
     return false;
   }
