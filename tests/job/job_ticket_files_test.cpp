@@ -1,35 +1,22 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
 #include "rastrel/job/job_ticket.h"
 #include "tests/support/library_fixture.h"
+#include "tests/support/present_directory.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {
 
 using rastrel::test::LibraryTest;
+using rastrel::test::PresentDirectory;
 using rastrel::test::ScratchDirectory;
 
 class JobTicketFiles : public LibraryTest {
  protected:
   ScratchDirectory m_Scratch;
-};
-
-// The present directory for one test.
-class PresentDirectory {
- public:
-  explicit PresentDirectory(const std::string& path) : m_Old(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~PresentDirectory() { std::filesystem::current_path(m_Old); }
-  PresentDirectory(const PresentDirectory&) = delete;
-  PresentDirectory& operator=(const PresentDirectory&) = delete;
-
- private:
-  std::filesystem::path m_Old;
 };
 
 TEST_F(JobTicketFiles, set_job_file_takes_a_path_apart) {
