@@ -29,6 +29,7 @@ std::string TextOf(JT_ERROR error, const FailureReport& report, int selectedPage
     return "page " + std::to_string(selectedPage) + " was asked for, and the job has " +
            std::to_string(pages);
   if (error == JTE_NONE) return "the system gives no thread or semaphore for it";
+  if (error == JTE_ABNORMAL) return "it ended before it had taken the list of pages";
   const bool known = error < JT_FIRST_CHILD_CODE || error == JTE_RUN_INSTALL ||
                      error == JTE_INVALID_RECOVERY;
   if (known) return ShownText(job::ErrorText(error));

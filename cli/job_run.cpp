@@ -100,7 +100,8 @@ JobEnd RunJob(ObservedTicket& ticket, JobRecord& record, JobView& view, StopRequ
   stop.Forget();
   ticket.EndPrint();
   view.Finish();
-  if (ticket.m_Error == JTE_ABNORMAL) return JobEnd::Cancelled;
+  // The library aborts a job by itself, too: when the output engine does not take its input.
+  if (ticket.m_Error == JTE_ABNORMAL && stop.IsMade()) return JobEnd::Cancelled;
   return ticket.m_Error == JTE_NONE ? JobEnd::Done : JobEnd::Failed;
 }
 

@@ -48,7 +48,7 @@ class InspectInputTest : public ::testing::Test {
   }
   void ExpectRefused(const std::string& path) const {
     try {
-      InspectInput(path);
+      static_cast<void>(InspectInput(path));
       ADD_FAILURE() << path << " was taken";
     } catch (const CommandError& error) {
       EXPECT_EQ(error.Status(), ExitStatus::BadInput);

@@ -124,7 +124,7 @@ TEST(ParseArguments, refuses_what_the_tables_do_not_have) {
       {"ticket", "show"},    {"modes", "--spool"}};
   for (const auto& words : wrong) {
     try {
-      Parse(words);
+      static_cast<void>(Parse(words));
       ADD_FAILURE() << words.front() << " was taken";
     } catch (const CommandError& error) {
       EXPECT_EQ(error.Status(), ExitStatus::WrongUse);
