@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "cli/failure_report.h"
 #include "cli/json_line.h"
@@ -12,7 +14,19 @@ namespace {
 
 JobEvent EventOf(const wchar_t* line) { return EventOfLogLine(line).value_or(JobEvent{}); }
 
-// The lines are those that docs/formats/events.md gives.
+// The lines of code in docs/formats/events.md.
+std::set<std::string> DocumentedLines() {
+  std::ifstream file(std::string(RASTREL_SOURCE_DIR) + "/docs/formats/events.md");
+  std::set<std::string> lines;
+  for (std::string line; std::getline(file, line);)
+    if (line.starts_with('{')) lines.insert(line + "\n");
+  return lines;
+}
+
+void ExpectDocumented(const std::string& line) {
+  EXPECT_TRUE(DocumentedLines().contains(line)) << line;
+}
+
 TEST(EventLine, has_the_documented_form_for_every_kind) {
   JobEvent event;
   event.kind = JobEventKind::State;
@@ -78,6 +92,15 @@ TEST(EventOfLogLine, takes_control_characters_out_of_what_a_terminal_will_show) 
   EXPECT_EQ(EventOf(L"[Rip]a\x1b[2Jb\x07").text, "a [2Jb ");
 }
 
+TEST(EventLine, is_in_its_document_as_it_is_written) {
+  ExpectDocumented(EventLine(EventOf(L"[Rip]PAGE: 2")));
+  ExpectDocumented(EventLine(EventOf(L"[Odalis]OUTPUT: /a b/c.tif")));
+  ExpectDocumented(EventLine(EventOf(L"[Rip]some words")));
+  EXPECT_EQ(DocumentedLines().size(), 8U);
+  for (const std::string& line : DocumentedLines())
+    EXPECT_TRUE(nlohmann::json::parse(line)["event"].is_string()) << line;
+}
+
 TEST(FailureLine, is_one_object_with_all_that_is_known) {
   FailureReport report;
   report.stage = "rip";
@@ -87,6 +110,7 @@ TEST(FailureLine, is_one_object_with_all_that_is_known) {
   report.childStatus = 3;
   report.log = "/r/l.log";
   report.hint = "h";
+  ExpectDocumented(FailureLine(report));
   EXPECT_EQ(FailureLine(report),
             "{\"event\":\"failed\",\"code\":260,\"originator\":\"system\",\"text\":\"no\","
             "\"exit\":1,\"stage\":\"rip\",\"words\":[\"a\",\"b\"],\"status\":3,"
