@@ -321,6 +321,9 @@ TEST_F(Engine, works_without_a_standard_output) {
 }
 
 TEST_F(Engine, memory_does_not_grow_with_the_page) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers hold back what was freed";
+#endif
   long peaks[2] = {};
   const unsigned heights[2] = {40, 6000};  // the second has 108 MB of pixels
   for (int i = 0; i < 2; ++i) {
@@ -342,7 +345,7 @@ TEST_F(Engine, memory_does_not_grow_with_the_page) {
 TEST_F(Engine, being_killed_at_any_moment_leaves_whole_files_only) {
   auto info = PageOf(children::PageColour::Rgb, {"Red", "Green", "Blue"}, 600, 400);
   WritePage(Pages() + "/p1", info);
-  const std::string text = Cfm2(Pages() + "/", {{"p1", "reprint", 6}});
+  const std::string text = Cfm2(Pages() + "/", {{"p1", "reprint", 20}});
   std::mt19937 random(20240506);
   unsigned early = 0;
   for (int round = 0; round < 30; ++round) {
@@ -354,7 +357,7 @@ TEST_F(Engine, being_killed_at_any_moment_leaves_whole_files_only) {
     run.Finish();
     if (run.Status() == -SIGKILL) ++early;
     const Names names = OutputNames();
-    EXPECT_LE(names.size(), 6u);
+    EXPECT_LE(names.size(), 20u);
     for (const std::string& name : names) {
       EXPECT_TRUE(name.starts_with("Job-1") && name.ends_with(".tif")) << name;
       const Picture picture = ReadTiff(Output() + "/" + name);

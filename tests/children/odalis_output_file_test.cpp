@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -136,6 +138,24 @@ TEST_P(OutputFiles, access_follows_the_umask) {
   struct stat state {};
   ASSERT_EQ(stat(Path("a").c_str(), &state), 0);
   EXPECT_EQ(state.st_mode & 0777u, 0640u);
+}
+
+TEST_P(OutputFiles, a_killed_process_leaves_none) {
+  const pid_t child = fork();
+  if (child == 0) {
+    auto guardian = children::Guardian::Start(false);
+    if (!guardian) _exit(1);
+    auto file = OutputFile::Create(Path("").substr(0, Path("").size() - 1), *guardian, GetParam());
+    if (!file || !os::WriteAll(file->Descriptor(), "half")) _exit(2);
+    const bool hidden = NamesIn(Path("")).size() == 1;
+    if (hidden == GetParam()) _exit(3);
+    kill(getpid(), SIGKILL);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status)) << WEXITSTATUS(status);
+  for (int i = 0; i < 500 && !All().empty(); ++i) usleep(10'000);
+  EXPECT_EQ(All(), Names{});
 }
 
 TEST(NumberedPath, the_number_stands_before_the_extension) {
