@@ -62,20 +62,15 @@ std::variant<JobFile, RunFailure> OpenJob(const std::string& path) {
   auto& [file, size] = std::get<OpenFile>(opened);
   const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
   JobLayout layout = FindJobLayout(head, size);
-  if (layout.kind == JobKind::Unknown) {
-    return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};
-  }
-  if (layout.kind == JobKind::Eps && layout.pages == 0 && layout.offset > 0) {
-    // The section behind a binary header may begin with lines of its own that are to be left out.
+  if (layout.section) {
     const auto length =
         static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
-    const JobLayout section =
-        FindJobLayout(ReadAt(file.Get(), layout.offset, length), layout.length);
-    if (section.kind == JobKind::Eps || section.kind == JobKind::PostScript) {
-      layout.offset += section.offset;
-      layout.length = section.length;
-      layout.pages = section.pages;
-    }
+    const std::uint64_t start = layout.offset;
+    layout = FindJobLayout(ReadAt(file.Get(), start, length), layout.length);
+    layout.offset += start;
+  }
+  if (layout.kind == JobKind::Unknown) {
+    return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};
   }
   if (layout.wrapped) {
     const std::uint64_t tail = std::min(TailSize, layout.length);

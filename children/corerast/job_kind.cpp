@@ -1,6 +1,7 @@
 #include "children/corerast/job_kind.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace rastrel::corerast {
@@ -44,6 +45,20 @@ unsigned FindPages(std::string_view head) {
   return error == std::errc() ? pages : 0;
 }
 
+// Whether the first bounding box is one that holds nothing. A box that comes later or is missing is
+// the interpreter's business.
+bool HasEmptyBox(std::string_view head) {
+  std::string_view rest = FindComment(head, "%%BoundingBox:");
+  std::array<double, 4> box{};
+  for (double& side : box) {
+    rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
+    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), side);
+    if (error != std::errc()) return false;
+    rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+  }
+  return box[2] <= box[0] || box[3] <= box[1];
+}
+
 void FindPostScript(std::string_view head, JobLayout& layout) {
   std::string_view rest = head;
   if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
@@ -62,7 +77,7 @@ void FindPostScript(std::string_view head, JobLayout& layout) {
   }
   const std::string_view line = FirstLine(rest);
   const bool eps = line.starts_with("%!PS-Adobe-") && line.find("EPSF") != line.npos;
-  layout.kind = eps ? JobKind::Eps : JobKind::PostScript;
+  layout.kind = eps && !HasEmptyBox(rest) ? JobKind::Eps : JobKind::PostScript;
   const std::size_t skipped = head.size() - rest.size();
   layout.offset += skipped;
   layout.length -= skipped;
@@ -76,6 +91,7 @@ bool FindBinaryEps(std::string_view head, std::uint64_t fileSize, JobLayout& lay
   layout.kind = JobKind::Eps;
   const bool inside = layout.offset >= BinaryHeaderSize && layout.length > 0 &&
                       layout.offset <= fileSize && layout.length <= fileSize - layout.offset;
+  layout.section = inside;
   if (!inside) layout.kind = JobKind::Unknown;
   return true;
 }

@@ -15,6 +15,7 @@ struct JobLayout {
   std::uint64_t offset = 0;  ///< where the part begins, in bytes
   std::uint64_t length = 0;  ///< bytes of it
   unsigned pages = 0;        ///< what "%%Pages:" says; 0 if it says nothing of use
+  bool section = false;      ///< it stands behind a binary header: what it holds, it says itself
   bool wrapped = false;      ///< a printer-language wrapper stands before it, so one may follow
 };
 
@@ -27,9 +28,9 @@ inline constexpr std::size_t JobHeadSize = 65536;
 /// A PDF header may stand within the first 1024 bytes. PostScript begins at its first line with
 /// "%!": white space, end-of-job bytes, a byte-order mark, comment lines and printer-language lines
 /// before it are left out, since the interpreter would not see the header behind them.
-/// "%!PS-Adobe-" with "EPSF" on the line makes it EPS. Of the EPS form with a binary header, the
-/// PostScript section is the part; a section that is empty or reaches beyond the file makes the
-/// kind Unknown.
+/// "%!PS-Adobe-" with "EPSF" on the line makes it EPS, unless its bounding box holds nothing. Of
+/// the EPS form with a binary header, the PostScript section is the part; a section that is empty
+/// or reaches beyond the file makes the kind Unknown.
 [[nodiscard]] JobLayout FindJobLayout(std::string_view head, std::uint64_t fileSize);
 
 /// How many bytes at the end of a wrapped job belong to the wrapper. `tail` is the job's end.

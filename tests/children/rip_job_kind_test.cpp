@@ -40,6 +40,15 @@ TEST(JobKind, of_eps_is_told_by_its_first_line_with_any_line_end) {
   EXPECT_EQ(Layout("%!PS-Adobe-3.0\n% EPSF\n").kind, JobKind::PostScript);
 }
 
+TEST(JobKind, of_eps_with_an_empty_box_is_postscript) {
+  const std::string header = "%!PS-Adobe-3.0 EPSF-3.0\n";
+  EXPECT_EQ(Layout(header + "%%BoundingBox: 0 0 0 0\n").kind, JobKind::PostScript);
+  EXPECT_EQ(Layout(header + "%%BoundingBox: 10 10 5 20\n").kind, JobKind::PostScript);
+  EXPECT_EQ(Layout(header + "%%BoundingBox: -5 -5 0.5 1\n").kind, JobKind::Eps);
+  EXPECT_EQ(Layout(header + "%%BoundingBox: (atend)\n").kind, JobKind::Eps);
+  EXPECT_EQ(Layout(header).kind, JobKind::Eps);
+}
+
 TEST(JobKind, leaves_out_what_stands_before_the_header) {
   for (const std::string before :
        {"\xEF\xBB\xBF", "\x04", "\n\n  \t", "%%Title: from a host\n% more\r\n",
@@ -82,6 +91,7 @@ TEST(JobKind, of_binary_eps_takes_the_postscript_section) {
   EXPECT_EQ(layout.kind, JobKind::Eps);
   EXPECT_EQ(layout.offset, 30U);
   EXPECT_EQ(layout.length, 100U);
+  EXPECT_TRUE(layout.section);
 }
 
 TEST(JobKind, of_binary_eps_whose_section_lies_outside_is_unknown) {

@@ -287,6 +287,26 @@ TEST(Rip, lets_a_job_select_what_no_prefix_fixed) {
   EXPECT_EQ(info.width, 96U);
 }
 
+TEST(Rip, finds_a_print_mode_whose_case_differs) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const Outcome outcome =
+      bench.Run({bench.Prefix("rgb/300 DPI.PS"), bench.File("job.ps", OnePage("0 setgray"))});
+  const children::PageInfo info = CheckedInfo(OnlyPage(outcome));
+  EXPECT_EQ(info.mode, "RGB/300 dpi.ps");
+  EXPECT_EQ(info.xResolution, 300);
+}
+
+TEST(Rip, does_not_crop_eps_to_an_empty_box) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string eps =
+      "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 0 0\n%%EndComments\n"
+      "<< /PageSize [40 30] >> setpagedevice 0 1 0 setrgbcolor 0 0 40 30 rectfill showpage\n";
+  const std::string page = OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", eps)}));
+  EXPECT_EQ(CheckedInfo(page).width, 40U);
+}
+
 TEST(Rip, warns_of_a_print_mode_that_is_not_there) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
