@@ -72,14 +72,9 @@ children::PageInfo PageOf(children::PageColour colour, const std::vector<std::st
   info.colour = colour;
   for (unsigned i = 0; i < planes.size(); ++i) {
     switch (colour) {
-      case children::PageColour::Gray:
-        info.planes.push_back({planes[i], "pixels.pgm", i});
-        break;
-      case children::PageColour::Rgb:
-        info.planes.push_back({planes[i], "pixels.ppm", i});
-        break;
-      default:
-        info.planes.push_back({planes[i], "plane-" + std::to_string(i) + ".tif", 0});
+      case children::PageColour::Gray: info.planes.push_back({planes[i], "pixels.pgm", i}); break;
+      case children::PageColour::Rgb: info.planes.push_back({planes[i], "pixels.ppm", i}); break;
+      default: info.planes.push_back({planes[i], "plane-" + std::to_string(i) + ".tif", 0});
     }
   }
   return info;
