@@ -58,5 +58,6 @@ void PSPrefix::WriteSection(const std::wstring& text) {
 void PSPrefix::Close() {
   static_cast<void>(os::WriteAll(m_File, m_Output));  // the job runs with whatever the disk took
   os::CloseHandle(m_File);
+  m_File = -1;
   m_Output.clear();
 }
