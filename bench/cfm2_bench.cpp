@@ -31,7 +31,8 @@ void Require(bool condition, const char* what) {
 double MillisecondsOf(const Work& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+      .count();
 }
 
 struct Pair {
@@ -51,7 +52,8 @@ Pair Measure(int turns, const Work& ours, const Work& peer) {
 
 // `limit`: the most that the ratio may be; 0 for none.
 void Report(const char* name, const char* peerName, Pair pair, double limit = 0.0) {
-  std::printf("bench\t%s\t%.3f\tms\t%s\t%.3f\t%.4f\t", name, pair.ours, peerName, pair.peer, pair.ours / pair.peer);
+  std::printf("bench\t%s\t%.3f\tms\t%s\t%.3f\t%.4f\t", name, pair.ours, peerName, pair.peer,
+              pair.ours / pair.peer);
   if (limit > 0.0) {
     std::printf("%.2f\n", limit);
   } else {
@@ -64,7 +66,8 @@ std::wstring TextOf(int pages, bool comments) {
   std::wstring text = L">> -- C-Format 2.0 -- <<  \n";
   for (int page = 0; page < pages; ++page) {
     const std::wstring number = std::to_wstring(page);
-    if (comments) text += page % 2 == 0 ? L">> page " + number + L" <<  \n" : L"> page " + number + L"\n";
+    if (comments)
+      text += page % 2 == 0 ? L">> page " + number + L" <<  \n" : L"> page " + number + L"\n";
     text += L"begin := once  \n\tid := rip" + number + L"   \n\tdir := /home/jobs/run/" + number +
             L"/   \n\ttitle := Sign Panel " + number + L"   \n\tcopies := 1   \nend   \n";
   }
@@ -72,14 +75,17 @@ std::wstring TextOf(int pages, bool comments) {
 }
 
 // Looks at every character once and keeps nothing.
-std::ptrdiff_t LineCount(const std::wstring& text) { return std::count(text.begin(), text.end(), L'\n'); }
+std::ptrdiff_t LineCount(const std::wstring& text) {
+  return std::count(text.begin(), text.end(), L'\n');
+}
 
 void MeasureParse(const char* name, int pages, bool comments) {
   CCFM2 document;
   document.m_Text = TextOf(pages, comments);
   const auto parse = [&] { Require(document.Parse(), "a text did not parse"); };
   volatile std::ptrdiff_t lines = 0;
-  Report(name, "reading the text once", Measure(5, parse, [&] { lines = LineCount(document.m_Text); }));
+  Report(name, "reading the text once",
+         Measure(5, parse, [&] { lines = LineCount(document.m_Text); }));
   Require(document.m_Pages.size() == static_cast<std::size_t>(pages), "pages are missing");
 }
 
@@ -109,7 +115,8 @@ void MeasureGrowth() {
 }
 
 // What a program would do that had every page's text at hand: nothing but append.
-std::wstring AppendPrepared(const std::wstring& head, const std::vector<std::wstring>& pages, int copies) {
+std::wstring AppendPrepared(const std::wstring& head, const std::vector<std::wstring>& pages,
+                            int copies) {
   std::wstring text = head;
   for (int copy = 0; copy < copies; ++copy)
     for (const std::wstring& page : pages) text += page;

@@ -123,7 +123,8 @@ TEST_F(Cfm2Generate, every_ticket_type_has_its_word) {
     Add(L"i", L"d", L"t");
     m_Document.m_Pages[0]->m_TicketType = type;
     EXPECT_TRUE(Generate(1));
-    EXPECT_NE(std::wstring::npos, m_Document.m_Text.find(std::wstring(L"begin := ") + words[type] + L"  \n"));
+    EXPECT_NE(std::wstring::npos,
+              m_Document.m_Text.find(std::wstring(L"begin := ") + words[type] + L"  \n"));
   }
 }
 
@@ -154,7 +155,8 @@ TEST_F(Cfm2Generate, a_title_of_4000_characters_passes_and_one_of_4001_fails) {
     Add(L"p2", L"C:\\", std::wstring(length, L't'));
     EXPECT_EQ(length <= 4000, Generate(1)) << length;
     if (length <= 4000) continue;
-    EXPECT_EQ("[Print] Warning: Title ('" + std::string(4001, 't') + "') for Odalis CFM2 too long (4000).\r\n",
+    EXPECT_EQ("[Print] Warning: Title ('" + std::string(4001, 't') +
+                  "') for Odalis CFM2 too long (4000).\r\n",
               Logged());
     EXPECT_EQ(Head(L"1") + PageA, m_Document.m_Text);
   }

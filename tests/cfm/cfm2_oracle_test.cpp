@@ -19,7 +19,9 @@ using rastrel::test::LiteralReader;
 
 class Cfm2Oracle : public LibraryTest {
  protected:
-  LiteralReader Reader() const { return LiteralReader(m_Library.RipDirectory() + L"System\\c-out\\"); }
+  LiteralReader Reader() const {
+    return LiteralReader(m_Library.RipDirectory() + L"System\\c-out\\");
+  }
 
   static std::vector<LiteralPage> PagesOf(const CCFM2& document) {
     std::vector<LiteralPage> pages;
@@ -59,12 +61,45 @@ TEST(Cfm2CommentOracle, random_runs_of_marks_agree) {
 }
 
 std::wstring RandomText(std::mt19937& random) {
-  static const std::vector<std::wstring> pieces = {
-      L">",      L">>",       L"<<",     L"<<   ", L"\n",     L"\n",      L"\n",    L"begin",
-      L"begin",  L"begin",    L"end",    L"end",   L"end",    L":=",      L" := ",  L" := ",
-      L"title",  L"title",    L"title := t\n",     L"id",     L"dir",     L"copies", L"once",
-      L"only",   L"reprint",  L"delete", L" ",     L"\t",     L"\r",      L"x",     L"default",
-      L"C:\\a",  L"/b/",      L"\u00e9", L"Once",  L"Legend", L"=",       L":",     L"begin := once\n"};
+  static const std::vector<std::wstring> pieces = {L">",
+                                                   L">>",
+                                                   L"<<",
+                                                   L"<<   ",
+                                                   L"\n",
+                                                   L"\n",
+                                                   L"\n",
+                                                   L"begin",
+                                                   L"begin",
+                                                   L"begin",
+                                                   L"end",
+                                                   L"end",
+                                                   L"end",
+                                                   L":=",
+                                                   L" := ",
+                                                   L" := ",
+                                                   L"title",
+                                                   L"title",
+                                                   L"title := t\n",
+                                                   L"id",
+                                                   L"dir",
+                                                   L"copies",
+                                                   L"once",
+                                                   L"only",
+                                                   L"reprint",
+                                                   L"delete",
+                                                   L" ",
+                                                   L"\t",
+                                                   L"\r",
+                                                   L"x",
+                                                   L"default",
+                                                   L"C:\\a",
+                                                   L"/b/",
+                                                   L"\u00e9",
+                                                   L"Once",
+                                                   L"Legend",
+                                                   L"=",
+                                                   L":",
+                                                   L"begin := once\n"};
   std::wstring text;
   for (auto piece = random() % 30; piece > 0; --piece) text += pieces[random() % pieces.size()];
   return text;
@@ -72,16 +107,23 @@ std::wstring RandomText(std::mt19937& random) {
 
 // Blocks as the RIP writes them, with something odd now and then.
 std::wstring NearlyGoodText(std::mt19937& random) {
-  static const std::vector<std::wstring> lines = {
-      L"title := t",        L"title := Sign Panel A", L"title:=x := y", L"id := rip42", L"dir := default",
-      L"dir := C:\\out",    L"dir := /a/",            L"copies := 5",   L"stray",       L"weight := 3",
-      L"title := a > b",    L"title := Legend",       L"id :=",         L"> comment",   L">> c <<  ",
-      L">> c\n\nd <<  ",    L"begin := only",         L"\r",            L"title :=",    L">> c <<"};
-  static const std::vector<std::wstring> types = {L"once", L"reprint", L"only", L"delete", L"Once", L""};
+  static const std::vector<std::wstring> lines = {L"title := t",     L"title := Sign Panel A",
+                                                  L"title:=x := y",  L"id := rip42",
+                                                  L"dir := default", L"dir := C:\\out",
+                                                  L"dir := /a/",     L"copies := 5",
+                                                  L"stray",          L"weight := 3",
+                                                  L"title := a > b", L"title := Legend",
+                                                  L"id :=",          L"> comment",
+                                                  L">> c <<  ",      L">> c\n\nd <<  ",
+                                                  L"begin := only",  L"\r",
+                                                  L"title :=",       L">> c <<"};
+  static const std::vector<std::wstring> types = {L"once",   L"reprint", L"only",
+                                                  L"delete", L"Once",    L""};
   std::wstring text;
   for (auto block = random() % 4; block > 0; --block) {
     text += L"begin := " + types[random() % types.size()] + L"  \n";
-    for (auto line = random() % 6; line > 0; --line) text += L"\t" + lines[random() % lines.size()] + L"   \n";
+    for (auto line = random() % 6; line > 0; --line)
+      text += L"\t" + lines[random() % lines.size()] + L"   \n";
     if (random() % 8 != 0) text += L"end   \n";
     if (random() % 8 == 0) text += lines[random() % lines.size()];
   }
@@ -112,8 +154,8 @@ TEST_F(Cfm2Oracle, the_reader_agrees_on_random_and_hostile_texts) {
 
 TEST_F(Cfm2Oracle, the_writer_agrees_on_random_documents) {
   std::mt19937 random(5);
-  const std::vector<std::wstring> words = {L"",  L"a", L"Sign Panel", L"C:\\out\\", L"100%s", L"%",
-                                           L">", L"\u20ac \U0001F5A8", L"x\ny"};
+  const std::vector<std::wstring> words = {L"",  L"a", L"Sign Panel",        L"C:\\out\\", L"100%s",
+                                           L"%", L">", L"\u20ac \U0001F5A8", L"x\ny"};
   const auto word = [&] { return words[random() % words.size()]; };
   for (int round = 0; round < 5'000; ++round) {
     CCFM2 document;

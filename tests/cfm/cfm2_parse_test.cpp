@@ -30,7 +30,9 @@ class Cfm2Parse : public LibraryTest {
     const auto& page = *m_Document.m_Pages.at(index);
     return {page.m_Id, page.m_Directory, page.m_Title, page.m_TicketType};
   }
-  [[nodiscard]] std::wstring Output() const { return m_Library.RipDirectory() + L"System\\c-out\\"; }
+  [[nodiscard]] std::wstring Output() const {
+    return m_Library.RipDirectory() + L"System\\c-out\\";
+  }
 
   CCFM2 m_Document;
   std::size_t m_Mark = 0;
@@ -56,7 +58,8 @@ TEST_F(Cfm2Parse, the_worked_example) {
 }
 
 TEST_F(Cfm2Parse, every_ticket_type_has_its_number) {
-  const std::pair<const wchar_t*, int> rows[] = {{L"once", 0}, {L"reprint", 1}, {L"only", 2}, {L"delete", 3}};
+  const std::pair<const wchar_t*, int> rows[] = {
+      {L"once", 0}, {L"reprint", 1}, {L"only", 2}, {L"delete", 3}};
   for (const auto& [word, type] : rows) {
     EXPECT_TRUE(Parse(std::wstring(L"begin := ") + word + L"\ntitle := t\nend"));
     EXPECT_EQ(type, Page(0).type);
@@ -78,14 +81,18 @@ TEST_F(Cfm2Parse, a_begin_without_a_value_is_a_reprint_without_a_word) {
 }
 
 TEST_F(Cfm2Parse, of_several_lines_with_one_keyword_the_last_counts) {
-  EXPECT_TRUE(Parse(L"begin := once\ntitle := a\nid := 1\ntitle := b\nid := 2\nbegin := only\ndir := x\ndir := y\nend"));
+  EXPECT_TRUE(
+      Parse(L"begin := once\ntitle := a\nid := 1\ntitle := b\nid := 2\nbegin := only\ndir := "
+            L"x\ndir := y\nend"));
   EXPECT_EQ((LiteralPage{L"2", L"y\\", L"b", 2}), Page(0));
 }
 
 TEST_F(Cfm2Parse, an_unknown_keyword_is_named_and_the_page_stays) {
   EXPECT_TRUE(Parse(L"begin := once\nTitle := x\nweight := 5 := 6\ntitle := t\nend"));
   EXPECT_EQ(L"t", Page(0).title);
-  EXPECT_EQ("Unknown instruction: Title, value: x\r\nUnknown instruction: weight, value: 5 := 6\r\n", Logged());
+  EXPECT_EQ(
+      "Unknown instruction: Title, value: x\r\nUnknown instruction: weight, value: 5 := 6\r\n",
+      Logged());
 }
 
 TEST_F(Cfm2Parse, a_line_is_split_at_its_first_separator_and_trimmed) {
@@ -105,7 +112,8 @@ TEST_F(Cfm2Parse, without_id_and_dir_a_page_has_the_defaults) {
 
 TEST_F(Cfm2Parse, a_page_without_a_title_is_rejected_and_the_others_stay) {
   EXPECT_FALSE(
-      Parse(L"begin := once\ntitle := a\nend begin := once\nid := x\nend begin := only\ntitle := c\nend"));
+      Parse(L"begin := once\ntitle := a\nend begin := once\nid := x\nend begin := only\ntitle := "
+            L"c\nend"));
   ASSERT_EQ(2U, Count());
   EXPECT_EQ(L"a", Page(0).title);
   EXPECT_EQ(L"c", Page(1).title);
@@ -128,7 +136,8 @@ TEST_F(Cfm2Parse, copies_have_no_effect) {
 }
 
 TEST_F(Cfm2Parse, without_a_begin_there_is_no_page) {
-  for (const wchar_t* const text : {L"", L"end", L"Begin := once\ntitle := t\nend", L"title := t\nend"}) {
+  for (const wchar_t* const text :
+       {L"", L"end", L"Begin := once\ntitle := t\nend", L"title := t\nend"}) {
     EXPECT_FALSE(Parse(text));
     EXPECT_EQ(0U, Count());
   }
@@ -244,7 +253,8 @@ TEST(Cfm2Comments, are_removed_as_told) {
   };
   for (const CommentRow& row : rows) {
     bool missingEnd = false;
-    EXPECT_EQ(row.rest, rastrel::cfm::WithoutComments(row.text, L'\n', missingEnd)) << std::wstring(row.text);
+    EXPECT_EQ(row.rest, rastrel::cfm::WithoutComments(row.text, L'\n', missingEnd))
+        << std::wstring(row.text);
     EXPECT_EQ(row.missingEnd, missingEnd) << std::wstring(row.text);
   }
 }

@@ -163,10 +163,12 @@ TEST_F(CfmFileDisk, an_existing_target_is_named_and_removed) {
 TEST_F(CfmFileDisk, a_page_that_is_missing_stops_the_move) {
   m_Scratch.Write("from/p1/data", "x");
   m_Scratch.Write("from/p3/data", "x");
-  for (const wchar_t* const title : {L"p1", L"p2", L"p3"}) m_File.AddEntry(m_Scratch.Wide("from"), title);
+  for (const wchar_t* const title : {L"p1", L"p2", L"p3"})
+    m_File.AddEntry(m_Scratch.Wide("from"), title);
   const std::wstring destination = m_Scratch.Wide("to");
   EXPECT_FALSE(m_File.MovePages(destination));
-  EXPECT_EQ("Move dir '" + m_Scratch.Path("from") + "\\p2' to '" + m_Scratch.Path("to") + "\\p2' failed.\r\n",
+  EXPECT_EQ("Move dir '" + m_Scratch.Path("from") + "\\p2' to '" + m_Scratch.Path("to") +
+                "\\p2' failed.\r\n",
             Logged());
   EXPECT_EQ(destination, m_File.Entries[0].Directory);
   EXPECT_EQ(m_Scratch.Wide("from"), m_File.Entries[1].Directory);
@@ -182,7 +184,8 @@ TEST_F(CfmFileDisk, a_destination_that_cannot_be_made_stops_the_move) {
   m_File.AddEntry(m_Scratch.Wide("from"), L"p");
   EXPECT_FALSE(m_File.MovePages(m_Scratch.Wide("file")));
   EXPECT_TRUE(m_Scratch.Has("from/p/data"));
-  EXPECT_EQ("Move dir '" + m_Scratch.Path("from") + "\\p' to '" + m_Scratch.Path("file") + "\\p' failed.\r\n",
+  EXPECT_EQ("Move dir '" + m_Scratch.Path("from") + "\\p' to '" + m_Scratch.Path("file") +
+                "\\p' failed.\r\n",
             Logged());
 }
 
@@ -288,7 +291,8 @@ void Grow(std::mt19937& random, const fs::path& root, int depth) {
 
 TEST_F(CfmFileDisk, a_move_cannot_be_told_from_copy_and_delete) {
   // Hundreds of small trees: in memory where the machine has such a place.
-  const fs::path place = fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
+  const fs::path place =
+      fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
   for (unsigned seed = 0; seed < 200; ++seed) {
     const ScratchDirectory ours(place);
     const ScratchDirectory theirs(place);

@@ -42,7 +42,8 @@ class CpHelper : public LibraryTest {
 
   // Starts it with its output in a file, waits for its end, and gives the output.
   std::string OutputOf(CCPHelper& helper) const {
-    const int output = ::open(m_Scratch.Path("output").c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
+    const int output =
+        ::open(m_Scratch.Path("output").c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
     helper.m_hStdOutput = output;
     const bool started = helper.Start();
     ::close(output);
@@ -70,9 +71,10 @@ constexpr const char* TellArguments = "for one in \"$@\"; do printf '[%s]' \"$on
 TEST_F(CpHelper, the_fields_stand_in_order) {
   EXPECT_TRUE(std::has_virtual_destructor_v<CCPHelper>);
   const CCPHelper helper(L"x");
-  rastrel::test::ExpectInOrder({PlaceOf(helper), PlaceOf(helper.m_hProcess), PlaceOf(helper.m_ProcessId),
-                                PlaceOf(helper.m_CreationFlags), PlaceOf(helper.m_hStdInput),
-                                PlaceOf(helper.m_hStdOutput), PlaceOf(helper.m_hStdError)});
+  rastrel::test::ExpectInOrder({PlaceOf(helper), PlaceOf(helper.m_hProcess),
+                                PlaceOf(helper.m_ProcessId), PlaceOf(helper.m_CreationFlags),
+                                PlaceOf(helper.m_hStdInput), PlaceOf(helper.m_hStdOutput),
+                                PlaceOf(helper.m_hStdError)});
 }
 
 TEST_F(CpHelper, a_fresh_helper_has_no_process_and_this_processs_streams) {
@@ -100,10 +102,11 @@ TEST_F(CpHelper, the_command_line_is_appended_with_quotes_and_a_blank_at_its_end
 
 TEST_F(CpHelper, an_argument_with_blanks_reaches_the_child_as_one) {
   CCPHelper helper(Program("show", TellArguments));
-  for (const wchar_t* const argument : {L"one two", L"", L"-x", L"C:\\dir\\", L"$HOME `x` *", L"\u00fc\u20ac",
-                                        L"tab\there", L"line\nhere"})
+  for (const wchar_t* const argument : {L"one two", L"", L"-x", L"C:\\dir\\", L"$HOME `x` *",
+                                        L"\u00fc\u20ac", L"tab\there", L"line\nhere"})
     helper.AddArgument(argument);
-  EXPECT_EQ("[one two][][-x][C:\\dir\\][$HOME `x` *][\xC3\xBC\xE2\x82\xAC][tab\there][line\nhere]", OutputOf(helper));
+  EXPECT_EQ("[one two][][-x][C:\\dir\\][$HOME `x` *][\xC3\xBC\xE2\x82\xAC][tab\there][line\nhere]",
+            OutputOf(helper));
 }
 
 TEST_F(CpHelper, an_argument_with_a_double_quote_is_split_by_it) {
@@ -174,7 +177,9 @@ TEST_F(CpHelper, without_handles_the_child_has_this_processs_streams) {
 
 TEST_F(CpHelper, the_child_has_no_other_descriptor_and_a_session_of_its_own) {
   const int open = ::open("/dev/null", O_RDONLY);  // inheritable
-  CCPHelper helper(Program("show", "ls /proc/$$/fd | tr '\\n' ' '; cut -d ' ' -f 6 /proc/$$/stat | tr -d '\\n'; echo \" $$\"\n"));
+  CCPHelper helper(Program("show",
+                           "ls /proc/$$/fd | tr '\\n' ' '; cut -d ' ' -f 6 /proc/$$/stat | tr -d "
+                           "'\\n'; echo \" $$\"\n"));
   const std::string output = OutputOf(helper);
   ::close(open);
   const std::string id = std::to_string(helper.m_ProcessId);
@@ -186,7 +191,8 @@ TEST_F(CpHelper, the_child_has_no_other_descriptor_and_a_session_of_its_own) {
 TEST_F(CpHelper, a_program_that_is_missing_is_named_with_error_2) {
   CCPHelper helper(m_Scratch.Wide() + L"\\missing.exe");
   EXPECT_FALSE(helper.Start());
-  EXPECT_EQ("[Print] Couldn't start '" + m_Scratch.Path() + "\\missing.exe', error: 2\r\n", Logged());
+  EXPECT_EQ("[Print] Couldn't start '" + m_Scratch.Path() + "\\missing.exe', error: 2\r\n",
+            Logged());
   EXPECT_EQ(-1, helper.m_hProcess);
   EXPECT_EQ(0U, helper.m_ProcessId);
 }

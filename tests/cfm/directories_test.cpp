@@ -186,8 +186,9 @@ TEST_F(Directories, a_drive_root_that_exists_is_there_and_one_that_does_not_cann
 }
 
 TEST_F(Directories, a_network_path_needs_something_behind_its_server) {
-  for (const wchar_t* const path : {L"\\\\rastrel-no-such-server", L"\\\\rastrel-no-such-server\\",
-                                    L"\\\\rastrel-no-such-server/", L"\\\\rastrel-no-such-server\\\\/"})
+  for (const wchar_t* const path :
+       {L"\\\\rastrel-no-such-server", L"\\\\rastrel-no-such-server\\",
+        L"\\\\rastrel-no-such-server/", L"\\\\rastrel-no-such-server\\\\/"})
     EXPECT_FALSE(MakeDirectoryPath(path)) << std::wstring(path);
 }
 

@@ -1,7 +1,7 @@
 #include "rastrel/job/app_log.h"
 
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,7 +40,8 @@ std::string DateNow() {
 
 TEST_F(AppLog, the_file_is_named_after_the_process_in_the_rip_directory) {
   CAppLog::Instance();
-  EXPECT_TRUE(m_Library.Directory().Has("Queue/rip/Rastrel-" + std::to_string(::getpid()) + ".log"));
+  EXPECT_TRUE(
+      m_Library.Directory().Has("Queue/rip/Rastrel-" + std::to_string(::getpid()) + ".log"));
 }
 
 TEST_F(AppLog, the_file_is_the_owners_alone) {
@@ -79,7 +80,8 @@ TEST_F(AppLog, entries_stand_one_behind_the_other_and_only_printf_ends_a_line) {
   EXPECT_EQ(
       "[Print]: Rip failed"
       "na\xC3\xAFve \xFF"
-      "Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x96\xA8"
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xF0\x9F\x96\xA8"
       "-3 of four, 5\r\n"
       "next",
       m_Library.LogTextsBehind(mark));
@@ -160,7 +162,8 @@ TEST_F(AppLog, eight_threads_write_their_entries_whole) {
     int entry = -1;
     int length = 0;
     const std::string text = log.substr(at + head, end - at - head);
-    ASSERT_EQ(2, std::sscanf(text.c_str(), "writer %d entry %d end%n", &writer, &entry, &length)) << text;
+    ASSERT_EQ(2, std::sscanf(text.c_str(), "writer %d entry %d end%n", &writer, &entry, &length))
+        << text;
     ASSERT_EQ(text.size(), static_cast<std::size_t>(length));
     EXPECT_EQ(next.at(static_cast<std::size_t>(writer))++, entry);
     at = end + 2;
@@ -223,7 +226,8 @@ TEST_F(UnopenableLog, the_first_thread_goes_on_logging_to_standard_error) {
     return 0;
   });
   EXPECT_EQ(0, child.Exit());
-  EXPECT_EQ("Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n", child.StandardError());
+  EXPECT_EQ("Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n",
+            child.StandardError());
   EXPECT_FALSE(m_Library.Directory().Has("nowhere"));
 }
 

@@ -64,7 +64,8 @@ TEST(CfmFileRecord, is_written_byte_for_byte) {
 
 TEST(CfmFileRecord, the_version_is_not_looked_at) {
   CCFMFile file;
-  Loaded(Hex("FF FF FF FF 05 00 00 00 00 00 00 00 00 00 00 00"), [&](CArchive& archive) { archive >> file; });
+  Loaded(Hex("FF FF FF FF 05 00 00 00 00 00 00 00 00 00 00 00"),
+         [&](CArchive& archive) { archive >> file; });
   EXPECT_EQ(5, file.TotalSize);
   EXPECT_TRUE(file.Entries.empty());
 }
@@ -99,9 +100,10 @@ TEST(CfmFileRecord, a_record_cut_at_any_byte_raises_and_keeps_whole_entries) {
 
 TEST(CfmFileRecord, a_count_and_a_length_that_lie_end_with_the_stream) {
   CCFMFile file;
-  EXPECT_THROW(Loaded(Hex("01 00 00 00 00 00 00 00 00 00 00 00 FF FF FF FF 00 00 00 00 00 00 00 00"),
-                      [&](CArchive& archive) { archive >> file; }),
-               CArchiveException);
+  EXPECT_THROW(
+      Loaded(Hex("01 00 00 00 00 00 00 00 00 00 00 00 FF FF FF FF 00 00 00 00 00 00 00 00"),
+             [&](CArchive& archive) { archive >> file; }),
+      CArchiveException);
   EXPECT_EQ(1U, file.Entries.size());
   EXPECT_THROW(Loaded(Hex("01 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 FF FF FF FF 41"),
                       [&](CArchive& archive) { archive >> file; }),

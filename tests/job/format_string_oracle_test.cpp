@@ -58,8 +58,9 @@ class Generator {
     if (precise) m_Format += L'.';
     if (precise && Below(4) != 0) m_Format += std::to_wstring(Below(12));
     for (int modifier = Below(3); modifier > 0; --modifier) m_Format += Pick({L"h", L"l", L"N"});
-    const std::wstring letter = Pick({L"d", L"i", L"u", L"o", L"x", L"X", L"e", L"E", L"g", L"G", L"f",
-                                      L"F", L"s", L"s", L"p", L"c", L"k", L"*", L"z", L"I", L"S"});
+    const std::wstring letter =
+        Pick({L"d", L"i", L"u", L"o", L"x", L"X", L"e", L"E", L"g", L"G", L"f",
+              L"F", L"s", L"s", L"p", L"c", L"k", L"*", L"z", L"I", L"S"});
     m_Format += letter;
     m_Arguments.push_back(ArgumentFor(letter.front()));
   }
@@ -67,7 +68,8 @@ class Generator {
   Argument ArgumentFor(wchar_t letter) {
     if (std::wstring(L"diuoxX").find(letter) != std::wstring::npos) return Number();
     if (std::wstring(L"eEgGfF").find(letter) != std::wstring::npos) return Floating(letter);
-    if (letter == L's') return Pick({L"", L"a", L"text", L"a longer text with %d in it", L"\u00fc\u20ac"});
+    if (letter == L's')
+      return Pick({L"", L"a", L"text", L"a longer text with %d in it", L"\u00fc\u20ac"});
     if (letter == L'p') return reinterpret_cast<const void*>(std::uintptr_t{m_Random()} + 1);
     if (letter == L'c') return static_cast<wchar_t>(L'A' + Below(26));
     return Below(2) == 0 ? Number() : Argument(Pick({L"plain", L"x"}));
@@ -84,11 +86,13 @@ class Generator {
   }
 
   Argument Floating(wchar_t letter) {
-    // Streams write "inf" in lower case under fixed notation whatever they are told, so not under F.
+    // Streams write "inf" in lower case under fixed notation whatever they are told, so not under
+    // F.
     if (letter != L'F' && Below(30) == 0) return std::numeric_limits<double>::infinity();
     if (letter != L'F' && Below(30) == 0) return std::numeric_limits<double>::quiet_NaN();
     const double fraction = static_cast<double>(m_Random()) / 4294967296.0 - 0.5;
-    return Below(10) == 0 ? static_cast<double>(Below(10)) : fraction * std::pow(10.0, Below(40) - 20);
+    return Below(10) == 0 ? static_cast<double>(Below(10))
+                          : fraction * std::pow(10.0, Below(40) - 20);
   }
 
   std::mt19937 m_Random;
@@ -126,10 +130,12 @@ class CommaNumbers : public std::numpunct<wchar_t> {
 };
 
 TEST(FormatStringOracle, no_locale_changes_a_number) {
-  const std::locale old = std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
+  const std::locale old =
+      std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
   // The C library's too, where the machine can make one.
   const rastrel::test::ScratchDirectory locales;
-  const std::string make = "localedef -i de_DE -f UTF-8 " + locales.Path("de_DE.UTF-8") + " 2>/dev/null";
+  const std::string make =
+      "localedef -i de_DE -f UTF-8 " + locales.Path("de_DE.UTF-8") + " 2>/dev/null";
   const bool made = std::system(make.c_str()) == 0;
   const rastrel::test::EnvironmentGuard path("LOCPATH", locales.Path());
   if (made) {

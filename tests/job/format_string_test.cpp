@@ -141,8 +141,8 @@ TEST(FormatString, text_is_cut_by_a_precision_and_not_by_a_width) {
 }
 
 TEST(FormatString, text_is_taken_in_every_form) {
-  EXPECT_EQ(L"a b c d \u00e9", Formatted(L"%s %s %s %s %s", L"a", std::wstring(L"b"), std::wstring_view(L"c"),
-                                         std::string("d"), "\xC3\xA9"));
+  EXPECT_EQ(L"a b c d \u00e9", Formatted(L"%s %s %s %s %s", L"a", std::wstring(L"b"),
+                                         std::wstring_view(L"c"), std::string("d"), "\xC3\xA9"));
   const wchar_t* const missing = nullptr;
   EXPECT_EQ(L"(null)", Formatted(L"%s", missing));
   EXPECT_EQ(L"100%s", Formatted(L"%s", L"100%s"));
@@ -161,7 +161,8 @@ TEST(FormatString, any_other_letter_prints_the_argument_plainly) {
 }
 
 TEST(FormatString, a_format_that_ends_inside_a_conversion_gives_nothing_and_takes_nothing) {
-  for (const wchar_t* const format : {L"%", L"%-", L"%05", L"%5.", L"%.3", L"%l", L"%hlN", L"% #+-0"})
+  for (const wchar_t* const format :
+       {L"%", L"%-", L"%05", L"%5.", L"%.3", L"%l", L"%hlN", L"% #+-0"})
     EXPECT_EQ(L"x", Formatted((std::wstring(L"x") + format).c_str(), 5)) << std::wstring(format);
   EXPECT_EQ(L"5 ", Formatted(L"%d %", 5, 6));
 }
@@ -170,7 +171,9 @@ TEST(FormatString, a_missing_argument_gives_nothing) {
   EXPECT_EQ(L"5||", Formatted(L"%d|%d|%s", 5));
 }
 
-TEST(FormatString, an_argument_too_many_is_not_looked_at) { EXPECT_EQ(L"5", Formatted(L"%d", 5, L"x")); }
+TEST(FormatString, an_argument_too_many_is_not_looked_at) {
+  EXPECT_EQ(L"5", Formatted(L"%d", 5, L"x"));
+}
 
 TEST(FormatString, an_argument_of_another_kind_is_printed_plainly) {
   EXPECT_EQ(L"text", Formatted(L"%d", L"text"));

@@ -38,7 +38,8 @@ TEST(LevelsData, is_written_and_read_byte_for_byte) {
   levels.High = 100.0;
   EXPECT_EQ(Hex(LevelsRecord), Stored([&](CArchive& archive) { levels.Serialize(archive); }));
   CLevelsData loaded;
-  EXPECT_TRUE(Loaded(Hex(LevelsRecord), [&](CArchive& archive) { loaded.Serialize(archive); }).empty());
+  EXPECT_TRUE(
+      Loaded(Hex(LevelsRecord), [&](CArchive& archive) { loaded.Serialize(archive); }).empty());
   EXPECT_EQ(0.5, loaded.Low);
   EXPECT_EQ(2.5, loaded.Gamma);
   EXPECT_EQ(100.0, loaded.High);
@@ -58,7 +59,8 @@ TEST(LevelsData, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) 
   for (std::size_t length = 0; length < whole.size(); ++length) {
     CLevelsData levels;
     const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-    EXPECT_THROW(Loaded(part, [&](CArchive& archive) { levels.Serialize(archive); }), CArchiveException);
+    EXPECT_THROW(Loaded(part, [&](CArchive& archive) { levels.Serialize(archive); }),
+                 CArchiveException);
     EXPECT_EQ(length >= 12 ? 0.5 : 0.0, levels.Low);
     EXPECT_EQ(length >= 20 ? 2.5 : 1.0, levels.Gamma);
     EXPECT_EQ(255.0, levels.High);
@@ -72,14 +74,16 @@ TEST(LevelsData, is_made_by_its_run_time_class) {
 
 TEST(JobData, the_fields_stand_in_order) {
   const CJobData data;
-  rastrel::test::ExpectInOrder(
-      {PlaceOf(data.PrinterName), PlaceOf(data.PrintModeName), PlaceOf(data.PrintModeFolder),
-       PlaceOf(data.SpoolRequested), PlaceOf(data.HostFlag1), PlaceOf(data.SpoolAllowed),
-       PlaceOf(data.ScaleMode), PlaceOf(data.ScaleTarget), PlaceOf(data.ScaleWidthCm),
-       PlaceOf(data.ScaleHeightCm), PlaceOf(data.HostValue), PlaceOf(data.HostFlag2),
-       PlaceOf(data.LevelsEnabled), PlaceOf(data.LevelsLinked), PlaceOf(data.Levels),
-       PlaceOf(data.CutterEnabled), PlaceOf(data.CutterColorModel), PlaceOf(data.CutterColor),
-       PlaceOf(data.CutterSeparation), PlaceOf(data.HostFlag3)});
+  rastrel::test::ExpectInOrder({PlaceOf(data.PrinterName),      PlaceOf(data.PrintModeName),
+                                PlaceOf(data.PrintModeFolder),  PlaceOf(data.SpoolRequested),
+                                PlaceOf(data.HostFlag1),        PlaceOf(data.SpoolAllowed),
+                                PlaceOf(data.ScaleMode),        PlaceOf(data.ScaleTarget),
+                                PlaceOf(data.ScaleWidthCm),     PlaceOf(data.ScaleHeightCm),
+                                PlaceOf(data.HostValue),        PlaceOf(data.HostFlag2),
+                                PlaceOf(data.LevelsEnabled),    PlaceOf(data.LevelsLinked),
+                                PlaceOf(data.Levels),           PlaceOf(data.CutterEnabled),
+                                PlaceOf(data.CutterColorModel), PlaceOf(data.CutterColor),
+                                PlaceOf(data.CutterSeparation), PlaceOf(data.HostFlag3)});
   EXPECT_EQ(5U, data.Levels.size());
   EXPECT_EQ(4U, data.CutterColor.size());
   EXPECT_EQ(4U, sizeof(data.CutterColor[0]));
@@ -103,7 +107,8 @@ CJobData Filled() {
   data.PrinterName = L"P";
   data.PrintModeName = L"N";
   data.PrintModeFolder = L"F";
-  data.SpoolRequested = data.HostFlag1 = data.SpoolAllowed = data.HostFlag2 = data.LevelsEnabled = true;
+  data.SpoolRequested = data.HostFlag1 = data.SpoolAllowed = data.HostFlag2 = data.LevelsEnabled =
+      true;
   data.LevelsLinked = false;
   data.CutterEnabled = data.HostFlag3 = true;
   data.ScaleMode = -2;

@@ -33,7 +33,8 @@ Bytes RecordOf(const std::wstring& name) {
 
 TEST_F(JobFile, the_fields_stand_in_order) {
   const CJTSFile file;
-  rastrel::test::ExpectInOrder({rastrel::test::PlaceOf(file.Directory), rastrel::test::PlaceOf(file.FileName),
+  rastrel::test::ExpectInOrder({rastrel::test::PlaceOf(file.Directory),
+                                rastrel::test::PlaceOf(file.FileName),
                                 rastrel::test::PlaceOf(file.FullPath)});
 }
 
@@ -117,7 +118,8 @@ TEST_F(JobFile, reading_removes_the_directory_from_the_text) {
 
 TEST_F(JobFile, another_version_empties_the_name_and_reads_no_text) {
   CJTSFile file = FileOf(L"D:\\x\\", L"old.ps");
-  const Bytes rest = Loaded(Hex("02 00 00 00 FF FE FF 00"), [&](CArchive& archive) { file.Serialize(archive); });
+  const Bytes rest =
+      Loaded(Hex("02 00 00 00 FF FE FF 00"), [&](CArchive& archive) { file.Serialize(archive); });
   EXPECT_EQ(Hex("FF FE FF 00"), rest);
   EXPECT_EQ(L"", file.FileName);
   EXPECT_EQ(L"D:\\x\\", file.FullPath);
@@ -128,7 +130,8 @@ TEST_F(JobFile, a_record_cut_at_any_byte_raises_and_keeps_the_name) {
   for (std::size_t length = 0; length < whole.size(); ++length) {
     CJTSFile file = FileOf(L"D:\\x\\", L"old.ps");
     const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-    EXPECT_THROW(Loaded(part, [&](CArchive& archive) { file.Serialize(archive); }), CArchiveException);
+    EXPECT_THROW(Loaded(part, [&](CArchive& archive) { file.Serialize(archive); }),
+                 CArchiveException);
     EXPECT_EQ(L"old.ps", file.FileName);
   }
 }

@@ -156,7 +156,8 @@ void FillOtherwise(CJobTicket& ticket) {
   ticket.m_JobFile.FileName = L"old.ps";
   ticket.m_SecondFile.FileName = L"old second.ps";
   CJobData& settings = ticket.m_JobData;
-  settings.PrinterName = settings.PrintModeFolder = settings.PrintModeName = settings.ScaleTarget = L"old";
+  settings.PrinterName = settings.PrintModeFolder = settings.PrintModeName = settings.ScaleTarget =
+      L"old";
   settings.HostFlag1 = settings.LevelsLinked = true;
   settings.Levels[1].Low = 5.0;
   settings.CutterEnabled = true;
@@ -246,8 +247,8 @@ TEST_F(JobTicketArchive, another_version_gives_status_0_error_0_and_the_former_s
     CJobTicket ticket;
     FillOtherwise(ticket);
     const Bytes behind = Hex("11 22 33");
-    const Bytes rest =
-        Loaded(Joined({Hex(version), behind}), [&](CArchive& archive) { ticket.Serialize(archive); });
+    const Bytes rest = Loaded(Joined({Hex(version), behind}),
+                              [&](CArchive& archive) { ticket.Serialize(archive); });
     EXPECT_EQ(behind, rest);
     EXPECT_EQ(0, ticket.m_Status);
     EXPECT_EQ(0, ticket.m_Error);
@@ -295,7 +296,8 @@ TEST_F(JobTicketArchive, counts_that_lie_end_with_the_stream) {
   const std::size_t count = bytes.size() - 12;
   bytes[count + 3] = 0x7F;
   CJobTicket ticket;
-  EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { ticket.Serialize(archive); }), CArchiveException);
+  EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { ticket.Serialize(archive); }),
+               CArchiveException);
   EXPECT_EQ(2U, ticket.m_Pages.size());
   EXPECT_EQ(JS_IDLE, ticket.m_Status);
 }
@@ -303,7 +305,8 @@ TEST_F(JobTicketArchive, counts_that_lie_end_with_the_stream) {
 TEST_F(JobTicketArchive, settings_of_another_version_put_the_read_in_the_wrong_place) {
   std::vector<Bytes> parts;
   for (const Item& item : TicketItems())
-    parts.push_back(std::string(item.name) == "settings: version" ? Hex("02 00 00 00") : item.bytes);
+    parts.push_back(std::string(item.name) == "settings: version" ? Hex("02 00 00 00")
+                                                                  : item.bytes);
   CJobTicket ticket;
   FillOtherwise(ticket);
   // The count of pages is then read from the printer's name: FF FE FF 01 is 33,554,175 pages.

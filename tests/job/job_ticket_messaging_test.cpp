@@ -198,7 +198,7 @@ TEST_F(JobTicketMessaging, log_cuts_at_1021_characters_and_keeps_its_line_end) {
   struct Row {
     std::size_t length, kept;
   };
-  const Row rows[] = {{0, 0},       {1, 1},       {1020, 1020},  {1021, 1021},
+  const Row rows[] = {{0, 0},       {1, 1},       {1020, 1020}, {1021, 1021},
                       {1022, 1021}, {1023, 1021}, {5000, 1021}, {200'000, 1021}};
   CJobTicket ticket;
   ticket.OpenLog(JobLog::Take);
@@ -214,7 +214,8 @@ TEST_F(JobTicketMessaging, log_cuts_at_1021_characters_and_keeps_its_line_end) {
 TEST_F(JobTicketMessaging, log_formats_its_arguments) {
   CJobTicket ticket;
   ticket.OpenLog(JobLog::Take);
-  ticket.Log(L"%s|%S|%i|%u|%lu|%08X|%.3f|%c|100%%", L"wide", "narrow", -5, 7U, 8UL, 0xBEEFU, 1.5, 'c');
+  ticket.Log(L"%s|%S|%i|%u|%lu|%08X|%.3f|%c|100%%", L"wide", "narrow", -5, 7U, 8UL, 0xBEEFU, 1.5,
+             'c');
   EXPECT_EQ(L"wide|narrow|-5|7|8|    BEEF|1.500|c|100%\r\n", JobLog::Taken());
 }
 
@@ -222,7 +223,10 @@ TEST_F(JobTicketMessaging, without_a_log_the_line_goes_to_standard_error) {
   CJobTicket ticket;
   testing::internal::CaptureStderr();
   ticket.Log(L"Gr\u00fc\u00dfe %i", 5);
-  EXPECT_EQ("Gr\xC3\xBC\xC3\x9F" "e 5\r\n", testing::internal::GetCapturedStderr());
+  EXPECT_EQ(
+      "Gr\xC3\xBC\xC3\x9F"
+      "e 5\r\n",
+      testing::internal::GetCapturedStderr());
 }
 
 TEST_F(JobTicketMessaging, open_log_opens_nothing_and_null_goes_back_to_standard_error) {
@@ -260,7 +264,8 @@ TEST_F(JobTicketMessaging, the_host_polls_while_the_pipeline_reports) {
     CString text;
     const int progress = ticket.GetProgress(JTO_RIP, &text);
     EXPECT_TRUE(progress >= 0 && progress <= 100);
-    EXPECT_TRUE(text.empty() || text == L"(*v*)Rip Interpreting" || text == L"(*v*)Processing Started")
+    EXPECT_TRUE(text.empty() || text == L"(*v*)Rip Interpreting" ||
+                text == L"(*v*)Processing Started")
         << Utf8FromWide(text);
     ticket.GetErrorText(text);
     ticket.GetStatusText(text);
@@ -279,7 +284,8 @@ TEST_F(JobTicketMessaging, the_ticket_of_a_run_without_a_host_reports_as_any_oth
     EXPECT_EQ(15, ticket.m_Error);
     ticket.Error(L"words", JTO_SYSTEM);
     EXPECT_EQ(15, ticket.m_Error);
-    EXPECT_EQ(L"(*v*)Printing Aborted\r\n(*v*)Can't generate PostScript prefix\r\n", JobLog::Taken());
+    EXPECT_EQ(L"(*v*)Printing Aborted\r\n(*v*)Can't generate PostScript prefix\r\n",
+              JobLog::Taken());
   }
   // Its end took the log down: the next use begins the file anew.
   CAppLog::Instance();

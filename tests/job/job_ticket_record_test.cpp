@@ -270,8 +270,8 @@ TEST_F(JobTicketRecord, hold_moves_only_between_idle_and_holding) {
   struct Row {
     int from, hold, to;
   };
-  const Row rows[] = {{0, 1, 0}, {1, 1, 1}, {2, 1, 3}, {3, 1, 3}, {4, 1, 4}, {5, 1, 5},
-                      {0, 0, 0}, {1, 0, 1}, {2, 0, 2}, {3, 0, 2}, {4, 0, 4}, {5, 0, 5},
+  const Row rows[] = {{0, 1, 0},  {1, 1, 1},   {2, 1, 3}, {3, 1, 3}, {4, 1, 4}, {5, 1, 5},
+                      {0, 0, 0},  {1, 0, 1},   {2, 0, 2}, {3, 0, 2}, {4, 0, 4}, {5, 0, 5},
                       {2, -1, 3}, {2, 256, 3}, {6, 1, 6}, {6, 0, 6}};
   for (const Row& row : rows) {
     CJobTicket ticket;

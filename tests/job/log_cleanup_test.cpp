@@ -29,7 +29,9 @@ class LogCleanup : public LibraryTest {
     CAppLog::Instance();
     return m_Library.LogTexts();
   }
-  [[nodiscard]] std::string RipPath() const { return m_Library.Directory().Path() + "/Queue\\rip\\"; }
+  [[nodiscard]] std::string RipPath() const {
+    return m_Library.Directory().Path() + "/Queue\\rip\\";
+  }
 };
 
 // The id of a process that ended and was reaped.

@@ -99,7 +99,9 @@ TEST_F(StatusText, another_originator_stands_in_the_translated_text) {
 
 TEST_F(StatusText, only_the_texts_with_a_number_are_translated) {
   TestHost host;
-  host.m_Translate = [](const std::wstring&) -> std::optional<std::wstring> { return L"translated"; };
+  host.m_Translate = [](const std::wstring&) -> std::optional<std::wstring> {
+    return L"translated";
+  };
   EXPECT_EQ(L"(*v*)Rip Ready", InfoTextOf(257, 0));
   EXPECT_EQ(L"(*v*)\"Odalis\" Ready", InfoTextOf(257, 1));
   EXPECT_EQ(L"(*v*)Processing Started", InfoTextOf(7, 5));
@@ -141,23 +143,34 @@ TEST(Vocabulary, numbers_keep_their_values) {
   EXPECT_EQ(3, JS_HOLDING);
   EXPECT_EQ(4, JS_ACTIVE);
   EXPECT_EQ(5, JS_COMPLETE);
-  const int errors[] = {JTE_NONE,          JTE_RIP_MISSING,    JTE_ODALIS_MISSING, JTE_STEM_MISSING,
-                        JTE_NO_OUTPUT_THREAD, JTE_START_ODALIS, JTE_START_RIP};
+  const int errors[] = {JTE_NONE,         JTE_RIP_MISSING,      JTE_ODALIS_MISSING,
+                        JTE_STEM_MISSING, JTE_NO_OUTPUT_THREAD, JTE_START_ODALIS,
+                        JTE_START_RIP};
   for (int code = 0; code <= 6; ++code) EXPECT_EQ(code, errors[code]);
-  const int later[] = {JTE_RIP_EXIT,       JTE_ODALIS_EXIT,   JTE_LOW_RESOURCES, JTE_NUMBERED,
-                       JTE_ABNORMAL,       JTE_SPOOL_OUTPUT,  JTE_SPOOL_GENERATE, JTE_PREFIX,
-                       JTE_SPOOL_INVALID,  JTE_SPOOL_MISSING, JTE_PS_MISSING};
+  const int later[] = {JTE_RIP_EXIT,      JTE_ODALIS_EXIT,   JTE_LOW_RESOURCES,  JTE_NUMBERED,
+                       JTE_ABNORMAL,      JTE_SPOOL_OUTPUT,  JTE_SPOOL_GENERATE, JTE_PREFIX,
+                       JTE_SPOOL_INVALID, JTE_SPOOL_MISSING, JTE_PS_MISSING};
   for (int code = 8; code <= 18; ++code) EXPECT_EQ(code, later[code - 8]);
-  const int children[] = {JTE_UNDEFINED,    JTE_RUN_INSTALL,  JTE_INVALID_RECOVERY, JTE_RIP_STATUS_1,
-                          JTE_RIP_STATUS_2, JTE_RIP_STATUS_3, JTE_ODALIS_STATUS_1,  JTE_ODALIS_STATUS_2};
+  const int children[] = {JTE_UNDEFINED,       JTE_RUN_INSTALL,    JTE_INVALID_RECOVERY,
+                          JTE_RIP_STATUS_1,    JTE_RIP_STATUS_2,   JTE_RIP_STATUS_3,
+                          JTE_ODALIS_STATUS_1, JTE_ODALIS_STATUS_2};
   for (int code = 255; code <= 262; ++code) EXPECT_EQ(code, children[code - 255]);
-  const int infos[] = {JTI_BAD,           JTI_START_RIPPING,     JTI_RIPPING_COMPLETE,
-                       JTI_START_PRINTING, JTI_PRINTING_COMPLETE, JTI_START_SPOOLING,
-                       JTI_SPOOLING_COMPLETE, JTI_PROCESSING_STARTED, JTI_PROCESSING_COMPLETED,
-                       JTI_PRINTING_ABORTED, JTI_CLQ_SUCCESS,    JTI_CLQ_FAILURE};
+  const int infos[] = {JTI_BAD,
+                       JTI_START_RIPPING,
+                       JTI_RIPPING_COMPLETE,
+                       JTI_START_PRINTING,
+                       JTI_PRINTING_COMPLETE,
+                       JTI_START_SPOOLING,
+                       JTI_SPOOLING_COMPLETE,
+                       JTI_PROCESSING_STARTED,
+                       JTI_PROCESSING_COMPLETED,
+                       JTI_PRINTING_ABORTED,
+                       JTI_CLQ_SUCCESS,
+                       JTI_CLQ_FAILURE};
   for (int code = 0; code <= 11; ++code) EXPECT_EQ(code, infos[code]);
-  const int states[] = {JTI_UNDEFINED, JTI_INITIALISING, JTI_READY,    JTI_INTERPRETING, JTI_CONVERTING,
-                        JTI_FLUSHING,  JTI_PRINTING,     JTI_SPOOLING, JTI_VALID_RECOVERY};
+  const int states[] = {JTI_UNDEFINED,    JTI_INITIALISING, JTI_READY,
+                        JTI_INTERPRETING, JTI_CONVERTING,   JTI_FLUSHING,
+                        JTI_PRINTING,     JTI_SPOOLING,     JTI_VALID_RECOVERY};
   for (int code = 255; code <= 263; ++code) EXPECT_EQ(code, states[code - 255]);
 }
 

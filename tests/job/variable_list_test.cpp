@@ -19,10 +19,12 @@ std::wstring Formatted(const wchar_t* format, ...) {
 
 TEST(FormatVariableList, takes_numbers_by_the_sizes_that_the_modifiers_name) {
   EXPECT_EQ(L"-5|6|-7|8", Formatted(L"%d|%u|%i|%u", -5, 6U, -7, 8U));
-  EXPECT_EQ(L"-5000000000|5000000000|1", Formatted(L"%ld|%lu|%d", -5'000'000'000L, 5'000'000'000UL, 1));
-  EXPECT_EQ(L"-5000000000|5000000000|1", Formatted(L"%lld|%llu|%d", -5'000'000'000LL, 5'000'000'000ULL, 1));
-  EXPECT_EQ(L"-5000000000|12a05f200|1",
-            Formatted(L"%I64d|%I64x|%d", std::int64_t{-5'000'000'000}, std::uint64_t{5'000'000'000}, 1));
+  EXPECT_EQ(L"-5000000000|5000000000|1",
+            Formatted(L"%ld|%lu|%d", -5'000'000'000L, 5'000'000'000UL, 1));
+  EXPECT_EQ(L"-5000000000|5000000000|1",
+            Formatted(L"%lld|%llu|%d", -5'000'000'000LL, 5'000'000'000ULL, 1));
+  EXPECT_EQ(L"-5000000000|12a05f200|1", Formatted(L"%I64d|%I64x|%d", std::int64_t{-5'000'000'000},
+                                                  std::uint64_t{5'000'000'000}, 1));
   EXPECT_EQ(L"5000000000|1", Formatted(L"%zu|%d", std::size_t{5'000'000'000}, 1));
 }
 

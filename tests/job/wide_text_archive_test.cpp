@@ -75,7 +75,8 @@ TEST(WideTextInRecords, a_length_that_lies_raises_and_takes_no_memory_for_it) {
   CJTSFile file;
   file.FileName = L"old";
   const Bytes bytes = Joined({Version, Hex("FF FE FF FF FF FF FF FF FF FF 41 00")});
-  EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { file.Serialize(archive); }), CArchiveException);
+  EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { file.Serialize(archive); }),
+               CArchiveException);
   EXPECT_EQ(L"old", file.FileName);
 }
 

@@ -96,10 +96,13 @@ class PsPrefix : public LibraryTest {
 
 TEST_F(PsPrefix, a_whole_file_byte_for_byte) {
   SelectPrinterAndMode();
-  EXPECT_EQ(ExitServer + Title("job12") + Printer + PrintMode + NoScaling + NoCutter + "\x04", Generated());
+  EXPECT_EQ(ExitServer + Title("job12") + Printer + PrintMode + NoScaling + NoCutter + "\x04",
+            Generated());
 }
 
-TEST_F(PsPrefix, the_first_section_has_32_bytes) { EXPECT_EQ(ExitServer, Generated().substr(0, 32)); }
+TEST_F(PsPrefix, the_first_section_has_32_bytes) {
+  EXPECT_EQ(ExitServer, Generated().substr(0, 32));
+}
 
 TEST_F(PsPrefix, printer_and_mode_stand_under_their_conditions) {
   struct Row {
@@ -116,8 +119,8 @@ TEST_F(PsPrefix, printer_and_mode_stand_under_their_conditions) {
     m_Ticket.m_JobData.PrinterName = row.printer;
     m_Ticket.m_JobData.PrintModeFolder = row.folder;
     m_Ticket.m_JobData.PrintModeName = row.mode;
-    EXPECT_EQ(ExitServer + Title("job12") + (row.writesPrinter ? Printer : "") + (row.writesMode ? PrintMode : "") +
-                  NoScaling + NoCutter + "\x04",
+    EXPECT_EQ(ExitServer + Title("job12") + (row.writesPrinter ? Printer : "") +
+                  (row.writesMode ? PrintMode : "") + NoScaling + NoCutter + "\x04",
               Generated());
   }
 }
@@ -134,7 +137,8 @@ TEST_F(PsPrefix, names_stand_as_they_are) {
   m_Ticket.m_JobData.PrintModeName = L"\u20ac)";
   const std::string text = Generated();
   EXPECT_NE(std::string::npos, text.find("\n(a(b\\c)%s%%\xC3\xA9:) SelectPrinter\n"));
-  EXPECT_NE(std::string::npos, text.find("\n(%Lumiscript%pmodes/%d(/\xE2\x82\xAC)) SelectPrintMode\n"));
+  EXPECT_NE(std::string::npos,
+            text.find("\n(%Lumiscript%pmodes/%d(/\xE2\x82\xAC)) SelectPrintMode\n"));
 }
 
 TEST_F(PsPrefix, levels_stand_between_scaling_and_cutter_if_they_are_enabled) {
@@ -208,7 +212,9 @@ TEST_F(PsPrefix, a_path_without_a_dot_raises_and_leaves_the_job_file) {
 
 TEST_F(PsPrefix, a_name_that_is_not_ascii_reaches_the_title_in_utf_8) {
   UseFile(L"Stra\u00dfe \u20ac \U0001F5A8.ps");
-  const std::string name = "Stra\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x96\xA8";
+  const std::string name =
+      "Stra\xC3\x9F"
+      "e \xE2\x82\xAC \xF0\x9F\x96\xA8";
   const std::string text = Generated(name + ".psp");
   EXPECT_EQ(ExitServer + Title(name), text.substr(0, ExitServer.size() + Title(name).size()));
 }

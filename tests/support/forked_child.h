@@ -13,8 +13,8 @@
 
 namespace rastrel::test {
 
-/// A copy of this process that does something of its own, with its standard error kept for the test.
-/// Fork before the test starts threads. The copy is ended with this object at the latest.
+/// A copy of this process that does something of its own, with its standard error kept for the
+/// test. Fork before the test starts threads. The copy is ended with this object at the latest.
 class ForkedChild {
  public:
   /// The child's ends of the two pipes.

@@ -12,8 +12,8 @@
 
 namespace rastrel::test {
 
-/// A formatter in the plainest way: the format is walked character by character, and each value goes
-/// through a wide stream with the classic locale. It has nothing in common with the library's.
+/// A formatter in the plainest way: the format is walked character by character, and each value
+/// goes through a wide stream with the classic locale. It has nothing in common with the library's.
 class FormatOracle {
  public:
   using Argument = std::variant<std::int32_t, std::uint32_t, std::int64_t, std::uint64_t, double,
@@ -104,7 +104,8 @@ class FormatOracle {
       stream << std::setprecision(precision < 0 ? 6 : precision);
     std::visit([&stream](const auto& value) { stream << value; }, argument);
     std::wstring text = stream.str();
-    if (letter == L's' && precision >= 0) text = text.substr(0, static_cast<std::size_t>(precision));
+    if (letter == L's' && precision >= 0)
+      text = text.substr(0, static_cast<std::size_t>(precision));
     return text;
   }
 
@@ -113,7 +114,8 @@ class FormatOracle {
     std::visit(
         [&stream](const auto& value) {
           using Value = std::decay_t<decltype(value)>;
-          if constexpr (std::is_same_v<Value, std::int32_t> || std::is_same_v<Value, std::int64_t>) {
+          if constexpr (std::is_same_v<Value, std::int32_t> ||
+                        std::is_same_v<Value, std::int64_t>) {
             if (value < 0) {
               stream << static_cast<std::uint32_t>(value);
             } else {

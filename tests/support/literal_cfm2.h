@@ -10,8 +10,8 @@
 
 #include "rastrel/job/format_string.h"
 
-/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md tells them and
-/// with no regard to speed: what the library's are held against.
+/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md tells them
+/// and with no regard to speed: what the library's are held against.
 namespace rastrel::test {
 
 struct LiteralPage {
@@ -137,7 +137,8 @@ inline std::wstring GenerateLiterally(const std::vector<LiteralPage>& pages, std
   static const std::map<int, std::wstring> types = {
       {0, L"once"}, {1, L"reprint"}, {2, L"only"}, {3, L"delete"}};
   if (queue.empty())
-    for (std::size_t page = 0; page < pages.size(); ++page) queue.push_back(static_cast<std::int32_t>(page));
+    for (std::size_t page = 0; page < pages.size(); ++page)
+      queue.push_back(static_cast<std::int32_t>(page));
   std::sort(queue.begin(), queue.end());
   std::wstring text;
   const auto append = [&text](const wchar_t* format, const auto&... arguments) {

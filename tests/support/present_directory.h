@@ -7,7 +7,8 @@ namespace rastrel::test {
 /// Makes a directory the present one, for one test.
 class PresentDirectory {
  public:
-  explicit PresentDirectory(const std::filesystem::path& path) : m_Old(std::filesystem::current_path()) {
+  explicit PresentDirectory(const std::filesystem::path& path)
+      : m_Old(std::filesystem::current_path()) {
     std::filesystem::current_path(path);
   }
   ~PresentDirectory() { std::filesystem::current_path(m_Old); }

@@ -9,8 +9,8 @@
 
 namespace rastrel::test {
 
-/// All that lies below a directory: by path, what it is, and for files permissions, time and content.
-/// Two equal snapshots can't be told apart.
+/// All that lies below a directory: by path, what it is, and for files permissions, time and
+/// content. Two equal snapshots can't be told apart.
 inline std::map<std::string, std::string> TreeSnapshot(const std::filesystem::path& root) {
   namespace fs = std::filesystem;
   std::map<std::string, std::string> snapshot;
@@ -23,8 +23,8 @@ inline std::map<std::string, std::string> TreeSnapshot(const std::filesystem::pa
       words << "directory";
     } else if (entry.is_regular_file()) {
       std::ifstream file(entry.path(), std::ios::binary);
-      words << "file " << std::oct << static_cast<unsigned>(entry.status().permissions()) << std::dec << ' '
-            << entry.last_write_time().time_since_epoch().count() << ' '
+      words << "file " << std::oct << static_cast<unsigned>(entry.status().permissions())
+            << std::dec << ' ' << entry.last_write_time().time_since_epoch().count() << ' '
             << std::string(std::istreambuf_iterator<char>(file), {});
     } else {
       words << "special";
