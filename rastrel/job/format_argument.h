@@ -41,7 +41,8 @@ class FormatArgument {
     } else if constexpr (std::is_floating_point_v<Plain>) {
       return static_cast<double>(value);
     } else if constexpr (std::is_same_v<std::remove_extent_t<Type>, wchar_t>) {
-      return std::wstring_view(value);  // an array is never null, and the compiler warns of the question
+      return std::wstring_view(
+          value);  // an array is never null, and the compiler warns of the question
     } else if constexpr (std::is_same_v<std::remove_extent_t<Type>, char>) {
       return std::string_view(value);
     } else if constexpr (std::is_same_v<Plain, const wchar_t*> || std::is_same_v<Plain, wchar_t*>) {
