@@ -30,8 +30,8 @@ using State = HealthCheck::State;
 using Checks = std::vector<HealthCheck>;
 
 constexpr std::chrono::seconds VersionLimit{5};
-constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;   // bytes
-constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;      // bytes
+constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;  // bytes
+constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;     // bytes
 constexpr std::chrono::hours LongPrint{1};
 constexpr int DeepestFolder = 16;
 
@@ -43,7 +43,10 @@ const char* RestoreHint() {
 void CheckInterpreter(Checks& checks) {
   const std::string program = FindProgram("gs");
   if (program.empty()) {
-    checks.push_back({"ghostscript", State::Bad, "the program gs is not on the path", {},
+    checks.push_back({"ghostscript",
+                      State::Bad,
+                      "the program gs is not on the path",
+                      {},
                       "install it: apt-get install ghostscript"});
     return;
   }
@@ -78,8 +81,9 @@ void CheckRoot(Checks& checks) {
     check.mend = "make it writable, or set RASTREL_HOME to a directory that is";
   } else if (root.find_first_of("\"\\\n") != root.npos) {
     check.state = State::Bad;
-    check.text = "its path holds a double quote, a backslash or a line end, which the jobs' "
-                 "programs can't be told";
+    check.text =
+        "its path holds a double quote, a backslash or a line end, which the jobs' "
+        "programs can't be told";
     check.mend = "set RASTREL_HOME to another directory";
   }
   checks.push_back(check);
@@ -103,8 +107,8 @@ void CheckSpace(Checks& checks) {
   std::error_code error;
   const auto space = std::filesystem::space(os::DataRoot(), error);
   if (error) {
-    checks.push_back({"disk space", State::Warning, os::DescribeError(error.value()),
-                      os::DataRoot(), {}});
+    checks.push_back(
+        {"disk space", State::Warning, os::DescribeError(error.value()), os::DataRoot(), {}});
     return;
   }
   const std::string text = std::to_string(space.available >> 20) + " MiB free";
@@ -159,16 +163,16 @@ void CheckProlog(Checks& checks) {
                       missing.empty() ? directory : missing.front(), "install Rastrel anew"});
     return;
   }
-  checks.push_back({"prolog", State::Good, std::to_string(names->size()) + " files", directory, {}});
+  checks.push_back(
+      {"prolog", State::Good, std::to_string(names->size()) + " files", directory, {}});
 }
 
 void CheckModes(Checks& checks) {
   const auto modes = ListModes();
-  HealthCheck check{"print modes", State::Good, std::to_string(modes.size()) + " found",
-                    ModesDirectory(), {}};
-  const bool hasDefault = std::ranges::any_of(modes, [](const PrintMode& mode) {
-    return mode.folder + "/" + mode.name == DefaultMode;
-  });
+  HealthCheck check{
+      "print modes", State::Good, std::to_string(modes.size()) + " found", ModesDirectory(), {}};
+  const bool hasDefault = std::ranges::any_of(
+      modes, [](const PrintMode& mode) { return mode.folder + "/" + mode.name == DefaultMode; });
   if (!hasDefault) {
     check.state = modes.empty() ? State::Bad : State::Warning;
     check.text += ", but not '" + std::string(DefaultMode) + "', which is used where none is named";
@@ -198,8 +202,8 @@ void CheckDevices(Checks& checks) {
 void CheckTestPage(Checks& checks) {
   const std::string path = os::ToNative(L"C:\\tmp\\testpage.ps");
   const bool there = os::IsReadable(os::FromNative(path));
-  checks.push_back({"test page", there ? State::Good : State::Warning,
-                    there ? "found" : "missing", path, there ? "" : "install Rastrel anew"});
+  checks.push_back({"test page", there ? State::Good : State::Warning, there ? "found" : "missing",
+                    path, there ? "" : "install Rastrel anew"});
 }
 
 void AddLeftover(Checks& checks, const std::string& what, const std::string& path) {

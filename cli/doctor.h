@@ -16,11 +16,11 @@ struct HealthCheck {
     Warning,  ///< printing works, but something is worth knowing
     Bad,      ///< printing does not work
   };
-  std::string name;   ///< what was looked at; stable, in lower case
+  std::string name;  ///< what was looked at; stable, in lower case
   State state = State::Good;
-  std::string text;   ///< what was found
-  std::string path;   ///< native; may be empty
-  std::string mend;   ///< how to mend it; empty if nothing is to be done
+  std::string text;  ///< what was found
+  std::string path;  ///< native; may be empty
+  std::string mend;  ///< how to mend it; empty if nothing is to be done
 };
 
 /// Lays the data root out and looks at everything.

@@ -31,5 +31,4 @@ std::string EventLine(const JobEvent& event) {
   return line.Text();
 }
 
-
 }  // namespace rastrel::cli

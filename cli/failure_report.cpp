@@ -30,8 +30,8 @@ std::string TextOf(JT_ERROR error, const FailureReport& report, int selectedPage
            std::to_string(pages);
   if (error == JTE_NONE) return "the system gives no thread or semaphore for it";
   if (error == JTE_ABNORMAL) return "it ended before it had taken the list of pages";
-  const bool known = error < JT_FIRST_CHILD_CODE || error == JTE_RUN_INSTALL ||
-                     error == JTE_INVALID_RECOVERY;
+  const bool known =
+      error < JT_FIRST_CHILD_CODE || error == JTE_RUN_INSTALL || error == JTE_INVALID_RECOVERY;
   if (known) return ShownText(job::ErrorText(error));
   if (!report.words.empty()) return report.words.front();
   return "it ended with an error and said nothing";
@@ -40,8 +40,8 @@ std::string TextOf(JT_ERROR error, const FailureReport& report, int selectedPage
 void AddHint(JT_ERROR error, FailureReport& report) {
   const bool missing = error == JTE_RIP_MISSING || error == JTE_ODALIS_MISSING;
   const bool noStart = error == JTE_START_RIP || error == JTE_START_ODALIS;
-  const bool noInterpreter =
-      error == JTE_RIP_STATUS_3 && report.childStatus == RipPartMissing && FindProgram("gs").empty();
+  const bool noInterpreter = error == JTE_RIP_STATUS_3 && report.childStatus == RipPartMissing &&
+                             FindProgram("gs").empty();
   if (missing || noInterpreter) report.exit = ExitStatus::NotInstalled;
   if (noInterpreter) report.text = "Ghostscript (gs) is not on the path";
   if (missing || noStart || noInterpreter) report.hint = DoctorHint;

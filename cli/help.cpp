@@ -12,7 +12,8 @@ constexpr std::size_t LeftColumn = 26;
 
 std::string Row(std::string left, std::string_view right) {
   left = "  " + left;
-  if (left.size() + 2 > LeftColumn) return left + "\n" + std::string(LeftColumn, ' ') + std::string(right) + "\n";
+  if (left.size() + 2 > LeftColumn)
+    return left + "\n" + std::string(LeftColumn, ' ') + std::string(right) + "\n";
   left.resize(LeftColumn, ' ');
   return left + std::string(right) + "\n";
 }

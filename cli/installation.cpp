@@ -65,7 +65,8 @@ std::string WhyNotWritable(const std::string& directory) {
       wide + L"/.rastrel-write-" + std::to_wstring(os::CurrentProcessId()) + L".tmp";
   const auto file = os::CreateForWriting(name);
   if (!file) return os::Describe(file.Error());
-  return os::RemoveFile(name) ? std::string() : "a file made in '" + directory + "' can't be removed";
+  return os::RemoveFile(name) ? std::string()
+                              : "a file made in '" + directory + "' can't be removed";
 }
 
 }  // namespace rastrel::cli

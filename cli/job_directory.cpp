@@ -37,8 +37,8 @@ JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
     if (os::MakeDirectory(os::FromNative(m_Path))) return;
     if (errno != EEXIST) break;
   }
-  throw CommandError(ExitStatus::NotInstalled, os::Describe({"mkdir", m_Path, errno}) +
-                                                   "; `rastrel doctor` tells more");
+  throw CommandError(ExitStatus::NotInstalled,
+                     os::Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
 }
 
 JobDirectory::~JobDirectory() {

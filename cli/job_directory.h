@@ -30,7 +30,8 @@ class JobDirectory {
   bool m_Keep;
 };
 
-/// Process id at the front of a job directory's name ("123-1"), or 0 if the name is of another form.
+/// Process id at the front of a job directory's name ("123-1"), or 0 if the name is of another
+/// form.
 [[nodiscard]] unsigned ProcessOfJobDirectory(const std::string& name);
 
 }  // namespace rastrel::cli

@@ -98,7 +98,8 @@ void JobRecord::OnEvent(const JobEvent& event) {
 void JobRecord::TakeLog(const JobEvent& event) {
   if (event.originator == JTO_RIP) return Keep(m_Rip.words, event.text);
   if (event.originator == JTO_ODALIS) return Keep(m_Odalis.words, event.text);
-  if (const auto status = StatusIn(event.text, "Rip exited with status ")) m_Rip.exitStatus = status;
+  if (const auto status = StatusIn(event.text, "Rip exited with status "))
+    m_Rip.exitStatus = status;
   if (const auto status = StatusIn(event.text, "Odalis exited with status "))
     m_Odalis.exitStatus = status;
 }

@@ -115,9 +115,8 @@ ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record
     TellCancelled(record, view);
     return ExitStatus::Cancelled;
   }
-  const FailureReport report =
-      ReportFailure(record, ticket.m_Error, HighestSelected(ticket),
-                    std::max(pages, record.PagesMade()));
+  const FailureReport report = ReportFailure(record, ticket.m_Error, HighestSelected(ticket),
+                                             std::max(pages, record.PagesMade()));
   if (view.IsJson()) {
     WriteOut(FailureLine(report));
   } else {
@@ -128,15 +127,16 @@ ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record
 }
 
 void SetUpOutput(const std::string& directory, const std::string& printer) {
-  // The engine runs in a directory of its own, so that a relative path would mean another one there.
+  // The engine runs in a directory of its own, so that a relative path would mean another one
+  // there.
   std::string output = directory.empty() ? os::EnvironmentValue(OutputVariable) : directory;
   if (!output.empty() && output.front() != '/') output = os::CurrentDirectory() + "/" + output;
   if (!directory.empty()) {
     const std::wstring wide = os::FromNative(output);
     if (!os::MakePath(wide) || !os::IsDirectory(wide))
-      throw CommandError(ExitStatus::WrongUse,
-                         "the files can't be put into '" + output + "': no such directory, and " +
-                             "it can't be made");
+      throw CommandError(ExitStatus::WrongUse, "the files can't be put into '" + output +
+                                                   "': no such directory, and " +
+                                                   "it can't be made");
   }
   if (!output.empty()) os::SetEnvironmentValue(OutputVariable, output.c_str());
   if (!printer.empty()) os::SetEnvironmentValue(PrinterVariable, printer.c_str());

@@ -4,8 +4,8 @@
 
 namespace rastrel::cli {
 
-/// For its life the host in force answers "Keep PS Files" with 1, and all else as before. Nothing is
-/// written to the user's settings.
+/// For its life the host in force answers "Keep PS Files" with 1, and all else as before. Nothing
+/// is written to the user's settings.
 class KeepFilesHost : public host::Host {
  public:
   KeepFilesHost();

@@ -70,7 +70,8 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const bool isSwitch = *row.value == '\0';
   const std::string names = id == Help ? "-h,--help" : row.name;
   if (isSwitch) {
-    app.add_flag_callback(names, [&result, id] { result.options[id]; }, row.description);
+    app.add_flag_callback(
+        names, [&result, id] { result.options[id]; }, row.description);
     return;
   }
   app.add_option_function<std::string>(
@@ -79,8 +80,8 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
 }
 
 CLI::App& GroupOf(CLI::App& program, const std::string& word, Invocation& result) {
-  const auto known = program.get_subcommands(
-      [&word](const CLI::App* one) { return one->get_name() == word; });
+  const auto known =
+      program.get_subcommands([&word](const CLI::App* one) { return one->get_name() == word; });
   if (!known.empty()) return *known.front();
   CLI::App* group = program.add_subcommand(word);
   AddOption(*group, Help, result);
@@ -119,7 +120,8 @@ void AddCommand(CLI::App& program, const CommandRow& row, Invocation& result) {
   command->preparse_callback([&result, id = row.id](std::size_t) { result.command = id; });
 }
 
-// The parser's own words stand behind its own class names now and then; users have no use for those.
+// The parser's own words stand behind its own class names now and then; users have no use for
+// those.
 std::string WordsOf(const CLI::ParseError& error) {
   std::string words = error.what();
   while (!words.empty() && (words.back() == '\n' || words.back() == '.')) words.pop_back();

@@ -51,8 +51,8 @@ enum class CommandId {
 
 struct CommandRow {
   CommandId id;
-  const char* name;         ///< one or two words
-  const char* operand;      ///< what it acts on; empty if it takes nothing
+  const char* name;     ///< one or two words
+  const char* operand;  ///< what it acts on; empty if it takes nothing
   bool operandOptional;
   const char* description;  ///< one sentence
   std::span<const OptionId> options;
@@ -77,8 +77,8 @@ struct Invocation {
   [[nodiscard]] std::string ValueOr(OptionId id, std::string_view fallback) const;
 };
 
-/// Reads the arguments of main. Throws CommandError(WrongUse) on anything that the tables don't have
-/// and on a missing operand.
+/// Reads the arguments of main. Throws CommandError(WrongUse) on anything that the tables don't
+/// have and on a missing operand.
 [[nodiscard]] Invocation ParseArguments(int count, const char* const* words);
 
 }  // namespace rastrel::cli

@@ -22,8 +22,8 @@ std::optional<std::int32_t> NumberOf(std::string_view text, std::int32_t highest
 }
 
 [[noreturn]] void Refuse(std::string_view list, const std::string& why) {
-  throw CommandError(ExitStatus::WrongUse, "--pages " + std::string(list) + ": " + why +
-                                               "; pages are given like 1,3-5");
+  throw CommandError(ExitStatus::WrongUse,
+                     "--pages " + std::string(list) + ": " + why + "; pages are given like 1,3-5");
 }
 
 std::int32_t PageIn(std::string_view text, std::string_view list) {
@@ -44,7 +44,8 @@ std::deque<std::int32_t> ParsePages(std::string_view list) {
     const std::int32_t first = PageIn(range.substr(0, dash), list);
     const std::int32_t last = dash == range.npos ? first : PageIn(range.substr(dash + 1), list);
     if (last < first) Refuse(list, "'" + std::string(range) + "' runs backwards");
-    if (wanted.size() < static_cast<std::size_t>(last)) wanted.resize(static_cast<std::size_t>(last));
+    if (wanted.size() < static_cast<std::size_t>(last))
+      wanted.resize(static_cast<std::size_t>(last));
     std::fill(wanted.begin() + (first - 1), wanted.begin() + last, true);
     begin = end + 1;
   }
@@ -56,9 +57,9 @@ std::deque<std::int32_t> ParsePages(std::string_view list) {
 
 std::int32_t ParseCopies(std::string_view text) {
   if (const auto copies = NumberOf(text, MostCopies)) return *copies;
-  throw CommandError(ExitStatus::WrongUse, "--copies " + std::string(text) +
-                                               ": not a number from 1 to " +
-                                               std::to_string(MostCopies));
+  throw CommandError(
+      ExitStatus::WrongUse,
+      "--copies " + std::string(text) + ": not a number from 1 to " + std::to_string(MostCopies));
 }
 
 }  // namespace rastrel::cli

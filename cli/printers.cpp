@@ -28,8 +28,8 @@ std::vector<odalis::Device> ReadPrinters() {
   const std::string path = DevicesFile();
   const auto text = os::ReadWholeFile(os::FromNative(path), LargestFile);
   if (!text)
-    throw CommandError(ExitStatus::NotInstalled, "the devices file can't be read: " +
-                                                     os::Describe(text.Error()));
+    throw CommandError(ExitStatus::NotInstalled,
+                       "the devices file can't be read: " + os::Describe(text.Error()));
   auto devices = odalis::ReadDevices(*text);
   if (!devices)
     throw CommandError(ExitStatus::NotInstalled,

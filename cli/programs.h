@@ -17,7 +17,8 @@ namespace rastrel::cli {
                                                      const std::vector<std::string>& arguments,
                                                      std::chrono::milliseconds limit);
 
-/// Starts a program that goes on by itself, with no standard streams of this one. False if it can't.
+/// Starts a program that goes on by itself, with no standard streams of this one. False if it
+/// can't.
 bool StartAndForget(const std::string& program, const std::vector<std::string>& arguments);
 
 }  // namespace rastrel::cli

@@ -12,7 +12,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::int64_t Second = 1'000'000'000;      // nanoseconds
+constexpr std::int64_t Second = 1'000'000'000;  // nanoseconds
 constexpr std::int64_t BetweenDrawings = Second / 12;
 constexpr int BarLength = 20;
 constexpr std::size_t StageWidth = 20;
@@ -120,8 +120,7 @@ void ProgressLine::Finish() {
 void ProgressLine::Draw() {
   if (m_Finished) return;
   m_Drawn = os::MonotonicNanoseconds();
-  const unsigned columns =
-      os::TerminalColumns(os::StandardHandle(os::StandardStream::Error));
+  const unsigned columns = os::TerminalColumns(os::StandardHandle(os::StandardStream::Error));
   const std::string line = RenderProgress(m_Progress, (m_Drawn - m_Begin) / Second,
                                           columns == 0 ? UsualColumns : columns);
   WriteError("\r" + line + ClearRest);

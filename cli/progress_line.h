@@ -26,8 +26,8 @@ class JobProgress {
 };
 
 /// "RIP interpreting   42 %  [########------------]  page 2  0:07", cut to fewer than `columns`
-/// characters: parts that don't fit are left out, the bar first. Without a percentage there is no bar.
-/// No control characters.
+/// characters: parts that don't fit are left out, the bar first. Without a percentage there is no
+/// bar. No control characters.
 [[nodiscard]] std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
                                          unsigned columns);
 

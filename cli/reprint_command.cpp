@@ -37,16 +37,17 @@ void CheckPagesOf(const CJobTicket& ticket, const std::string& path) {
     if (os::IsDirectory(page.Directory + page.FileName)) continue;
     throw CommandError(ExitStatus::BadInput, "the pages of the ticket '" + path +
                                                  "' are gone from the spool: there is no '" +
-                                                 os::ToNative(page.Directory + page.FileName) + "'");
+                                                 os::ToNative(page.Directory + page.FileName) +
+                                                 "'");
   }
 }
 
 void TakeTicket(CJobTicket& ticket, const std::string& path) {
   LoadTicket(ticket, path);
   if (ticket.m_Status == JS_HOLDING)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the job of the ticket '" + path +
-                           "' is held; `rastrel ticket release` lets it print");
+    throw CommandError(
+        ExitStatus::JobFailed,
+        "the job of the ticket '" + path + "' is held; `rastrel ticket release` lets it print");
   CheckPagesOf(ticket, path);
   ticket.m_Status = JS_IDLE;
 }
@@ -56,9 +57,9 @@ void TakeJob(CJobTicket& ticket, const std::string& operand) {
   if (operand.find('/') == operand.npos) {
     if (const auto entry = FindSpoolEntry(operand)) return TakeSpoolEntry(ticket, *entry);
     if (!os::Exists(os::FromNative(TicketPath(operand))))
-      throw CommandError(ExitStatus::BadInput,
-                         "there is neither a job '" + operand + "' in the spool (" +
-                             SpoolDirectory() + ") nor a ticket file of that name here");
+      throw CommandError(ExitStatus::BadInput, "there is neither a job '" + operand +
+                                                   "' in the spool (" + SpoolDirectory() +
+                                                   ") nor a ticket file of that name here");
   }
   TakeTicket(ticket, TicketPath(operand));
 }

@@ -12,7 +12,7 @@ namespace rastrel::cli {
 
 /// A page of a spool entry.
 struct SpoolPage {
-  std::string title;   ///< its directory's name
+  std::string title;  ///< its directory's name
   std::uint64_t bytes = 0;
   std::optional<children::PageInfo> info;  ///< nothing if its ".info" can't be read
   std::string problem;                     ///< why not
@@ -26,7 +26,8 @@ struct SpoolEntry {
   std::int64_t modified = 0;  ///< seconds since 1970
 };
 
-/// All entries, by name. An entry without pages belongs to a print that is under way, or was cut off.
+/// All entries, by name. An entry without pages belongs to a print that is under way, or was cut
+/// off.
 [[nodiscard]] std::vector<SpoolEntry> ListSpool();
 /// The entry of exactly that name, or nothing.
 [[nodiscard]] std::optional<SpoolEntry> FindSpoolEntry(const std::string& name);

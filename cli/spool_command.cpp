@@ -130,7 +130,9 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
   }
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("size");
-    line.AddIfAny("text", invocation.operand).Add("bytes", static_cast<std::int64_t>(bytes)).Write();
+    line.AddIfAny("text", invocation.operand)
+        .Add("bytes", static_cast<std::int64_t>(bytes))
+        .Write();
   } else {
     WriteOut(std::to_string(bytes) + " bytes\n");
   }

@@ -27,9 +27,8 @@ std::string StatusWord(JT_STATUS status) {
 }
 
 std::string ErrorWord(JT_ERROR error) {
-  return error == JTE_NONE
-             ? "none"
-             : ShownText(job::ErrorText(error)) + " (" + std::to_string(error) + ")";
+  return error == JTE_NONE ? "none"
+                           : ShownText(job::ErrorText(error)) + " (" + std::to_string(error) + ")";
 }
 
 std::string DateText(const COleDateTime& date) {
@@ -168,9 +167,9 @@ ExitStatus HoldTicketCommand(const Invocation& invocation, bool hold) {
   ticket.HoldJob(hold ? 1 : 0);
   const JT_STATUS wanted = hold ? JS_HOLDING : JS_IDLE;
   if (ticket.m_Status != wanted)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the job of the ticket '" + path + "' can't be " +
-                           (hold ? "held" : "released") + ": its status is " + StatusWord(before));
+    throw CommandError(ExitStatus::JobFailed, "the job of the ticket '" + path + "' can't be " +
+                                                  (hold ? "held" : "released") +
+                                                  ": its status is " + StatusWord(before));
   if (ticket.m_Status != before) SaveTicket(ticket, path);
   const std::string already = ticket.m_Status == before ? "already " : "";
   if (invocation.Has(OptionId::Json)) {

@@ -87,8 +87,8 @@ void SaveTicket(const CJobTicket& ticket, const std::string& path) {
   saved.Serialize(archive);
   archive.Close();
   const auto& bytes = file.Bytes();
-  const auto written = os::ReplaceFile(
-      os::FromNative(path), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const auto written = os::ReplaceFile(os::FromNative(path),
+                                       {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   if (!written)
     throw CommandError(ExitStatus::JobFailed,
                        "the ticket can't be saved: " + os::Describe(written.Error()));

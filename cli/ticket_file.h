@@ -6,8 +6,8 @@ class CJobTicket;
 
 namespace rastrel::cli {
 
-/// The native, absolute path that an argument names as a ticket's. Throws CommandError(WrongUse) for
-/// one that can't be used: an empty one, and one that the library would take for another file.
+/// The native, absolute path that an argument names as a ticket's. Throws CommandError(WrongUse)
+/// for one that can't be used: an empty one, and one that the library would take for another file.
 [[nodiscard]] std::string TicketPath(const std::string& text);
 
 /// Reads a ticket file into a fresh ticket. Throws CommandError(BadInput) with what is wrong and at

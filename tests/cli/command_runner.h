@@ -38,7 +38,9 @@ class CommandRunner {
   void WriteUsualChildren() const;
 
   /// Sets a variable of the command's environment.
-  void Set(const std::string& name, const std::string& value) { m_Variables.push_back(name + "=" + value); }
+  void Set(const std::string& name, const std::string& value) {
+    m_Variables.push_back(name + "=" + value);
+  }
 
   /// Runs the command in Place() and waits for its end.
   [[nodiscard]] CommandResult Run(const std::vector<std::string>& arguments);

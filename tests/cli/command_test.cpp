@@ -53,18 +53,18 @@ TEST_F(CommandTest, help_and_version_make_no_data_root) {
 }
 
 TEST_F(CommandTest, wrong_use_is_2_and_is_said_on_standard_error) {
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {},
-           {"frob"},
-           {"print"},
-           {"print", "job.ps", "--pages", "3-1"},
-           {"print", "job.ps", "--copies", "0"},
-           {"print", "job.ps", "--printer", "none such"},
-           {"print", "job.ps", "--mode", "TIFF/none such"},
-           {"print", "job.ps", "--mode", "no slash"},
-           {"print", "job.ps", "--output", "job.ps/below"},
-           {"help", "frob"},
-           {"spool"}}) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"frob"},
+                                             {"print"},
+                                             {"print", "job.ps", "--pages", "3-1"},
+                                             {"print", "job.ps", "--copies", "0"},
+                                             {"print", "job.ps", "--printer", "none such"},
+                                             {"print", "job.ps", "--mode", "TIFF/none such"},
+                                             {"print", "job.ps", "--mode", "no slash"},
+                                             {"print", "job.ps", "--output", "job.ps/below"},
+                                             {"help", "frob"},
+                                             {"spool"}}) {
     const CommandResult result = m_Command.Run(arguments);
     EXPECT_EQ(result.status, 2) << result.error;
     EXPECT_FALSE(result.error.empty());
@@ -84,17 +84,17 @@ TEST_F(CommandTest, bad_input_is_3) {
   m_Command.Place().Write("letter.txt", "Dear customer\n");
   m_Command.Place().Write("cut.ticket", std::string_view("\1\0\0\0\xFF\xFE", 6));
   m_Command.Place().Write("other.ticket", "no ticket at all");
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {"print", "missing.ps"},
-           {"print", "letter.txt"},
-           {"print", "."},
-           {"reprint", "missing"},
-           {"reprint", "./missing"},
-           {"ticket", "show", "missing"},
-           {"ticket", "show", "cut.ticket"},
-           {"ticket", "hold", "other.ticket"},
-           {"spool", "show", "missing"},
-           {"spool", "remove", ".."}}) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"print", "missing.ps"},
+                                             {"print", "letter.txt"},
+                                             {"print", "."},
+                                             {"reprint", "missing"},
+                                             {"reprint", "./missing"},
+                                             {"ticket", "show", "missing"},
+                                             {"ticket", "show", "cut.ticket"},
+                                             {"ticket", "hold", "other.ticket"},
+                                             {"spool", "show", "missing"},
+                                             {"spool", "remove", ".."}}) {
     const CommandResult result = m_Command.Run(arguments);
     EXPECT_EQ(result.status, 3) << result.error;
     EXPECT_FALSE(result.error.empty());
@@ -130,8 +130,8 @@ TEST_F(CommandTest, a_failed_rip_is_told_with_its_words_status_and_log) {
   EXPECT_EQ(failure["words"], nlohmann::json({"undefined in foo", "more words"}));
   EXPECT_TRUE(fs::exists(failure["path"].get<std::string>())) << failure["path"];
   const CommandResult plain = m_Command.Run({"print", "job.ps"});
-  for (const char* part : {"the RIP failed", "undefined in foo", "more words", "exit status: 3",
-                           "Queue/rip/Rastrel-"})
+  for (const char* part :
+       {"the RIP failed", "undefined in foo", "more words", "exit status: 3", "Queue/rip/Rastrel-"})
     EXPECT_NE(plain.error.find(part), std::string::npos) << plain.error;
   ExpectNothingLeft();
 }
@@ -162,11 +162,11 @@ TEST_F(CommandTest, every_way_of_the_rip_to_fail_names_its_stage) {
 }
 
 TEST_F(CommandTest, every_way_of_the_output_engine_to_fail_names_its_stage) {
-  for (const Misbehaviour& one : std::vector<Misbehaviour>{
-           {"cat >/dev/null; exit 1", 261, "output-engine"},
-           {"cat >/dev/null; exit 2", 262, "output-engine"},
-           {"cat >/dev/null; exit 3", 9, "output-engine"},
-           {"cat >/dev/null; kill -15 $$", 9, "output-engine"}}) {
+  for (const Misbehaviour& one :
+       std::vector<Misbehaviour>{{"cat >/dev/null; exit 1", 261, "output-engine"},
+                                 {"cat >/dev/null; exit 2", 262, "output-engine"},
+                                 {"cat >/dev/null; exit 3", 9, "output-engine"},
+                                 {"cat >/dev/null; kill -15 $$", 9, "output-engine"}}) {
     m_Command.WriteOdalis(one.script);
     const auto failure = Failure({"print", "job.ps", "--spool", "--json"}, 1);
     EXPECT_EQ(failure["code"], one.code) << one.script;
@@ -274,22 +274,22 @@ TEST_F(CommandTest, an_interrupt_in_the_output_stage_is_told_as_json_too) {
 TEST_F(CommandTest, every_line_of_json_is_an_object_with_an_event) {
   m_Command.WriteOdalis("printf 'a \\377 \"quoted\" \\\\ line\\n' >&2\ncat >/dev/null\n");
   ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool", "--save-ticket", "t"}).status, 0);
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {"print", "job.ps", "--json"},
-           {"reprint", "job", "--json"},
-           {"reprint", "none", "--json"},
-           {"print", "--json"},
-           {"printers", "--json"},
-           {"modes", "--json"},
-           {"doctor", "--json"},
-           {"ticket", "show", "t", "--json"},
-           {"ticket", "hold", "t", "--json"},
-           {"ticket", "release", "t", "--json"},
-           {"spool", "list", "--json"},
-           {"spool", "show", "job", "--json"},
-           {"spool", "size", "--json"},
-           {"spool", "open", "job", "--json"},
-           {"spool", "remove", "job", "--json"}}) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"print", "job.ps", "--json"},
+                                             {"reprint", "job", "--json"},
+                                             {"reprint", "none", "--json"},
+                                             {"print", "--json"},
+                                             {"printers", "--json"},
+                                             {"modes", "--json"},
+                                             {"doctor", "--json"},
+                                             {"ticket", "show", "t", "--json"},
+                                             {"ticket", "hold", "t", "--json"},
+                                             {"ticket", "release", "t", "--json"},
+                                             {"spool", "list", "--json"},
+                                             {"spool", "show", "job", "--json"},
+                                             {"spool", "size", "--json"},
+                                             {"spool", "open", "job", "--json"},
+                                             {"spool", "remove", "job", "--json"}}) {
     const CommandResult result = m_Command.Run(arguments);
     EXPECT_FALSE(result.Lines().empty()) << arguments[0];
     for (const std::string& line : result.Lines()) {

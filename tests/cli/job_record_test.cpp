@@ -57,7 +57,8 @@ TEST(JobRecord, keeps_the_last_words_with_errors_first) {
 
 TEST(JobRecord, keeps_little_of_a_child_that_floods) {
   JobRecord record;
-  for (int line = 0; line < 1000; ++line) TakeLine(record, L"[Rip]" + std::wstring(100000, L'\xE4'));
+  for (int line = 0; line < 1000; ++line)
+    TakeLine(record, L"[Rip]" + std::wstring(100000, L'\xE4'));
   std::size_t bytes = 0;
   for (const std::string& words : record.Rip().LastWords()) bytes += words.size();
   EXPECT_LT(bytes, 10000U);

@@ -49,8 +49,8 @@ TEST_F(RealPrintTest, the_shop_sign_prints_as_two_tiff_files) {
 TEST_F(RealPrintTest, pages_in_the_spool_reprint_without_ghostscript_alone_twice_and_elsewhere) {
   ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
   m_Command.Set("PATH", "/nowhere");
-  const CommandResult result = m_Command.Run(
-      {"reprint", "job", "--pages", "2", "--copies", "2", "--printer", "PNG files"});
+  const CommandResult result =
+      m_Command.Run({"reprint", "job", "--pages", "2", "--copies", "2", "--printer", "PNG files"});
   ASSERT_EQ(result.status, 0) << result.error;
   const auto files = result.Lines();
   ASSERT_EQ(files.size(), 2U);

@@ -9,9 +9,9 @@
 namespace rastrel::os {
 
 /// Takes the signals by which a terminal, a person or a service manager asks a program to end
-/// (SIGINT, SIGTERM, SIGHUP), so that they don't end it but come as calls. A signal that was ignored
-/// when the program was started stays ignored. Children are not touched by any of this: they start
-/// with nothing masked.
+/// (SIGINT, SIGTERM, SIGHUP), so that they don't end it but come as calls. A signal that was
+/// ignored when the program was started stays ignored. Children are not touched by any of this:
+/// they start with nothing masked.
 class StopSignals {
  public:
   /// Begins to take them. `onSignal` gets the signal's number; it is called on a thread of its own,
