@@ -143,7 +143,7 @@ std::string FindGhostscript() {
   std::string_view rest = search;
   while (!rest.empty()) {
     const std::size_t end = rest.find(':');
-    const std::string candidate = std::string(rest.substr(0, end)) + "/gs";
+    std::string candidate = std::string(rest.substr(0, end)) + "/gs";
     rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
     struct stat state {};
     const bool file = stat(candidate.c_str(), &state) == 0 && S_ISREG(state.st_mode);

@@ -43,7 +43,7 @@ bool Send(int descriptor, Order order, std::string_view text) noexcept {
     return false;
   }
   message[0] = static_cast<char>(order);
-  std::memcpy(message + 1, text.data(), text.size());
+  if (!text.empty()) std::memcpy(message + 1, text.data(), text.size());
   ssize_t sent = 0;
   do {
     sent = send(descriptor, message, text.size() + 1, MSG_NOSIGNAL);
