@@ -191,6 +191,17 @@ void LineReader::SkipComments(const bool (&letters)[256]) {
   }
 }
 
+void LineReader::SkipEmptyLines() {
+  while (!m_AtEnd && Ahead(ReadSize).size() >= ReadSize && os::IsLineEnd(*m_Here)) {
+    const char* const limit = m_End - ReadSize;
+    const char* const behind = m_Search.unlike(m_Here, limit + 1, *m_Here);
+    // Each zero is a line; of CR and LF two are. The last one is left, for what stands behind it.
+    const std::ptrdiff_t step = *m_Here == '\0' ? 1 : 2;
+    MoveTo(m_Here + (behind - m_Here - 1) / step * step);
+    if (behind <= limit || !ExtendWindow()) return;
+  }
+}
+
 void ReadLine(LineReader& in, char* buffer) {
   std::size_t count = 0;
   if (!in.AtEnd()) {

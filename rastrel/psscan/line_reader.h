@@ -61,6 +61,10 @@ class LineReader {
   /// empty. Stops as above.
   void SkipComments(const bool (&letters)[256]);
 
+  /// Passes over empty lines, as far as one byte makes them all: a run of zeros, of CR or of LF.
+  /// Stops as above.
+  void SkipEmptyLines();
+
   /// Bytes in the file at present; 0 if that can't be asked.
   [[nodiscard]] std::uint64_t FileSize() const { return m_File.Size(); }
   /// Reads without touching window and position, as RandomAccessFile::ReadAt.

@@ -149,6 +149,8 @@ void CPSParser::FollowComments(LineReader& in, SpotScan& scan) {
       in.SkipLinesWithout('%', '%');
     } else {
       in.SkipComments(Letters.is);
+      // A file can be all zeros behind its header, by the gigabyte.
+      if (!scan.namesDeferred && !scan.withBounds) in.SkipEmptyLines();
     }
     std::string_view line = in.NextLine();
     if (in.AtEnd()) return;

@@ -119,11 +119,11 @@ double NumberOf(std::wstring_view text) {
   const std::string number(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end));
   double value = 0;
   // A second sign is no number. Words such as "inf" never get here.
-  if (!number.starts_with('-')) {
-    const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (read.ec == std::errc::result_out_of_range)
-      value = IsHuge({number.data(), read.ptr}) ? std::numeric_limits<double>::infinity() : 0;
-  }
+  if (number.starts_with('-')) return 0;
+  const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (read.ec == std::errc::invalid_argument) return 0;
+  if (read.ec == std::errc::result_out_of_range)
+    value = IsHuge({number.data(), read.ptr}) ? std::numeric_limits<double>::infinity() : 0;
   return negative ? -value : value;
 }
 

@@ -88,7 +88,7 @@ class PsScanFiles {
 
   // A run of one byte: a long line, or one that ends near the buffer's edge, or many line ends.
   void AppendRun(std::string& file) {
-    const char bytes[] = {'x', '%', 'x', ' ', 'B', 'x'};
+    const char bytes[] = {'x', '%', 'x', ' ', 'B', 'x', '\0', '\n'};
     const char byte = bytes[Below(sizeof bytes)];
     if (Below(8) == 0) {
       for (unsigned count = Below(30); count > 0; --count) file += LineEndOf(Below(7));
@@ -96,7 +96,9 @@ class PsScanFiles {
     }
     const unsigned lengths[] = {Below(80), Below(300), 4090 + Below(12), 8186 + Below(12),
                                 2036 + Below(10)};
-    file += std::string(lengths[Below(5)], byte);
+    // Line ends by the thousand take the literal scans long.
+    const bool isText = byte != '\n' && byte != '\0';
+    file += std::string(lengths[isText ? Below(5) : Below(2)], byte);
   }
 
   std::mt19937 m_Random;

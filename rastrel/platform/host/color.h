@@ -19,6 +19,7 @@ class RASTREL_API CVKColor {
   /// Sets three components.
   void SetColor(const double& r, const double& g, const double& b, COLORSPACE space);
 
+  /// As it was set.
   [[nodiscard]] COLORSPACE GetColorSpace() const { return m_Space; }
   /// The components in the order in which they were set; those that the space lacks are 0.
   [[nodiscard]] const std::array<double, 4>& GetComponents() const { return m_Components; }

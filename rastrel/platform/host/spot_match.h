@@ -12,12 +12,14 @@ class RASTREL_API CSpotMatchItem {
  public:
   CSpotMatchItem() = default;
 
+  /// Keeps a copy.
   void SetName(const CString& name);
   /// The colour that the host shows and may change.
   void SetColor(const CVKColor& color);
   /// The colour as the file has it.
   void SetOriginalColor(const CVKColor& color);
 
+  /// Valid as long as the item.
   [[nodiscard]] const CString& GetName() const { return m_Name; }
   [[nodiscard]] const CVKColor& GetColor() const { return m_Color; }
   [[nodiscard]] const CVKColor& GetOriginalColor() const { return m_OriginalColor; }
@@ -48,6 +50,7 @@ class RASTREL_API CSpotMatchList {
   /// Appends a copy of the item.
   void push_back(const CSpotMatchItem& item);
 
+  /// The items, first to last, and how many there are.
   [[nodiscard]] iterator begin() { return m_Items.begin(); }
   [[nodiscard]] iterator end() { return m_Items.end(); }
   [[nodiscard]] const_iterator begin() const { return m_Items.begin(); }

@@ -24,6 +24,10 @@ const char* LastLineEnd(const char* begin, const char* end) {
   return end;
 }
 
+const char* Unlike(const char* begin, const char* end, char byte) {
+  return std::find_if(begin, end, [byte](char one) { return one != byte; });
+}
+
 const char* Pair(const char* begin, const char* end, char lead, char first, char second) {
   while (end - begin >= 2) {
     const void* const found = std::memchr(begin, lead, static_cast<std::size_t>(end - begin - 1));
@@ -111,11 +115,11 @@ RASTREL_TARGET inline Block LineEnds(Block block) {
 #endif
 
 constexpr ByteSearch Sets[] = {
-    {"portable", portable::LineEnd, portable::LastLineEnd, portable::Pair,
+    {"portable", portable::LineEnd, portable::LastLineEnd, portable::Unlike, portable::Pair,
      portable::UnlikeMarkedLines},
 #if defined(__x86_64__)
-    {"sse2", sse2::LineEnd, sse2::LastLineEnd, sse2::Pair, sse2::UnlikeMarkedLines},
-    {"avx2", avx2::LineEnd, avx2::LastLineEnd, avx2::Pair, avx2::UnlikeMarkedLines},
+    {"sse2", sse2::LineEnd, sse2::LastLineEnd, sse2::Unlike, sse2::Pair, sse2::UnlikeMarkedLines},
+    {"avx2", avx2::LineEnd, avx2::LastLineEnd, avx2::Unlike, avx2::Pair, avx2::UnlikeMarkedLines},
 #endif
 };
 

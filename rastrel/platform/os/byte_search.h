@@ -23,6 +23,9 @@ struct ByteSearch {
   /// The last line end, or `end`.
   const char* (*lastLineEnd)(const char* begin, const char* end);
 
+  /// The first byte that is not `byte`, or `end`.
+  const char* (*unlike)(const char* begin, const char* end, char byte);
+
   /// The first `lead` that has `first` or `second` right behind it, both inside; or `end`.
   const char* (*pair)(const char* begin, const char* end, char lead, char first, char second);
 

@@ -19,13 +19,15 @@ class RandomAccessFile {
   [[nodiscard]] static Outcome<RandomAccessFile> Open(std::wstring_view path);
 
   /// Reads from `offset` on. Returns how many bytes, which may be fewer than asked for before the
-  /// end; 0 at and behind the end; -1 with errno set. Goes on after an interruption.
+  /// end or where a part that was never written begins; 0 at and behind the end; -1 with errno set.
+  /// Goes on after an interruption.
   [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes);
 
   /// Present size in bytes; 0 if it can't be asked.
   [[nodiscard]] std::uint64_t Size() const;
 
  private:
+  std::size_t HoleAt(std::uint64_t offset, std::size_t count);
   explicit RandomAccessFile(FileDescriptor file) : m_File(std::move(file)) {}
 
   FileDescriptor m_File;
