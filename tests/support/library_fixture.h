@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,12 +51,14 @@ class LibraryRoot {
   [[nodiscard]] std::string LogTexts() const { return WithoutHeads(Log()); }
   /// The texts of what is logged behind a mark that LogMark gave.
   [[nodiscard]] std::string LogTextsBehind(std::size_t mark) const {
-    return WithoutHeads(Log().substr(mark));
+    std::ifstream log(m_Root.Path(LogName()), std::ios::binary);
+    log.seekg(static_cast<std::streamoff>(mark));
+    return WithoutHeads(std::string(std::istreambuf_iterator<char>(log), {}));
   }
   /// Where the log ends now. Makes the log if there is none.
   [[nodiscard]] std::size_t LogMark() const {
     CAppLog::Instance();
-    return Log().size();
+    return static_cast<std::size_t>(std::filesystem::file_size(m_Root.Path(LogName())));
   }
 
   /// A log's content without the heads of its entries.
