@@ -8,6 +8,7 @@
 #include "cli/exit_status.h"
 #include "cli/failure_report.h"
 #include "cli/help.h"
+#include "cli/inspect_command.h"
 #include "cli/listings.h"
 #include "cli/options.h"
 #include "cli/print_command.h"
@@ -61,6 +62,7 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::Printers: return ListPrintersCommand(invocation);
     case CommandId::Modes: return ListModesCommand(invocation);
     case CommandId::Doctor: return DoctorCommand(invocation);
+    case CommandId::Inspect: return InspectCommand(invocation);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

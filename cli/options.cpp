@@ -22,6 +22,9 @@ constexpr std::array OptionTable{
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
+    OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
+    OptionRow{Painted, "--painted", "",
+              "Have Ghostscript paint the pages, and tell which spot colours they use."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -30,6 +33,7 @@ constexpr std::array PrintOptions{Printer, Mode,       Copies, Pages, Spool, Kee
                                   Planar,  SaveTicket, Output, Json,  Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
+constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -59,6 +63,8 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::Doctor, "doctor", "", false,
                "Say what is installed, found, writable and missing, and how to mend it.",
                ListingOptions},
+    CommandRow{CommandId::Inspect, "inspect", "FILE...", false,
+               "Tell kind, bounds and spot colours of PostScript and EPS files.", InspectOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };
@@ -109,6 +115,13 @@ void AddCommand(CLI::App& program, const CommandRow& row, Invocation& result) {
         Place, [&result](const std::vector<std::string>& values) {
           for (const std::string& word : values)
             result.operand += (result.operand.empty() ? "" : " ") + word;
+          result.hasOperand = true;
+        });
+  } else if (std::string_view(row.operand).ends_with("...")) {
+    command->add_option_function<std::vector<std::string>>(
+        Place, [&result](const std::vector<std::string>& values) {
+          result.operands = values;
+          result.operand = values.front();
           result.hasOperand = true;
         });
   } else if (*row.operand != '\0') {

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The command line: its commands and options as tables, from which the parser and the help are
 /// made, and against which the manual page is checked.
@@ -20,6 +21,8 @@ enum class OptionId {
   SaveTicket,
   Output,
   Json,
+  Tsv,
+  Painted,
   Help,
   Version,
 };
@@ -46,6 +49,7 @@ enum class CommandId {
   Printers,
   Modes,
   Doctor,
+  Inspect,
   Help,
 };
 
@@ -70,6 +74,7 @@ struct Invocation {
   std::string group;    ///< first word of a command without its second word; else empty
   std::string operand;  ///< empty if none was given
   bool hasOperand = false;
+  std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
   std::map<OptionId, std::string> options;  ///< those that were given, with their values
 
   [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
