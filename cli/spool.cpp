@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -105,7 +107,11 @@ SpoolReservation::SpoolReservation(const std::string& name) {
 }
 
 SpoolReservation::~SpoolReservation() {
-  if (!m_Filled) static_cast<void>(os::RemoveTree(os::FromNative(m_Directory)));
+  if (m_Filled) return;
+  // Only while it is empty. The library removes a directory whose pages it could not move, and by
+  // now the name may be another print's.
+  std::error_code ignored;
+  std::filesystem::remove(m_Directory, ignored);
 }
 
 }  // namespace rastrel::cli
