@@ -14,6 +14,7 @@ namespace {
 
 constexpr wchar_t Replacement = 0xFFFD;
 constexpr std::uint32_t LastCodePoint = 0x10FFFF;
+constexpr std::size_t LongestSequence = 4;  // bytes of one character in UTF-8
 
 constexpr bool IsHighSurrogate(std::uint32_t value) { return value >= 0xD800 && value <= 0xDBFF; }
 constexpr bool IsLowSurrogate(std::uint32_t value) { return value >= 0xDC00 && value <= 0xDFFF; }
@@ -22,10 +23,11 @@ constexpr bool IsSurrogate(std::uint32_t value) { return value >= 0xD800 && valu
 // Text goes through a block that stays in the processor's cache, so that the target is written once
 // and never cleared first.
 constexpr std::size_t BlockCharacters = 4096;
-// Characters that one step of the fast path handles.
+// Characters that are looked at together, to learn where the next ones beyond ASCII stand. A run of
+// ASCII then costs a shift and a count, and no wait for what the memory holds.
+constexpr std::size_t Stride = 64;
+// Characters that one step of the vector code handles, whether they are needed or not.
 constexpr std::size_t Step = 16;
-// Room behind a block's end: a step that begins before the end, and one character after it.
-constexpr std::size_t Slack = Step + 4;
 
 // Makes room once for all that is still to come, by what the first block has grown to. A guess: a
 // later append grows the text all the same.
@@ -39,11 +41,21 @@ void ReserveByFirstBlock(Text& target, std::size_t produced, std::size_t consume
 
 #if defined(__SSE2__)
 
-// Widens 16 bytes. Returns how many of them, from the first, are ASCII and so are right.
-inline std::size_t WidenStep(const unsigned char* bytes, wchar_t* wide) {
+// Bit n is set if byte n is not ASCII.
+inline std::uint64_t BeyondAscii(const unsigned char* bytes) {
+  std::uint64_t mask = 0;
+  for (unsigned part = 0; part < Stride / Step; ++part) {
+    const auto* input = reinterpret_cast<const __m128i*>(bytes + part * Step);
+    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_loadu_si128(input)));
+    mask |= std::uint64_t{bits} << (part * Step);
+  }
+  return mask;
+}
+
+// Widens 16 bytes as if they were ASCII.
+inline void WidenStep(const unsigned char* bytes, wchar_t* wide) {
   const __m128i zero = _mm_setzero_si128();
   const __m128i input = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-  const auto others = static_cast<unsigned>(_mm_movemask_epi8(input));
   const __m128i low = _mm_unpacklo_epi8(input, zero);
   const __m128i high = _mm_unpackhi_epi8(input, zero);
   auto* output = reinterpret_cast<__m128i*>(wide);
@@ -51,45 +63,65 @@ inline std::size_t WidenStep(const unsigned char* bytes, wchar_t* wide) {
   _mm_storeu_si128(output + 1, _mm_unpackhi_epi16(low, zero));
   _mm_storeu_si128(output + 2, _mm_unpacklo_epi16(high, zero));
   _mm_storeu_si128(output + 3, _mm_unpackhi_epi16(high, zero));
-  return others == 0 ? Step : static_cast<std::size_t>(std::countr_zero(others));
 }
 
-// Narrows 16 characters. Returns how many of them, from the first, are ASCII and so are right.
-inline std::size_t NarrowStep(const wchar_t* wide, char* bytes) {
+// 16 characters as 16-bit numbers; what does not fit is the nearest that does.
+struct Halves {
+  __m128i low;
+  __m128i high;
+};
+inline Halves LoadStep(const wchar_t* wide) {
   const auto* input = reinterpret_cast<const __m128i*>(wide);
-  const __m128i zero = _mm_setzero_si128();
-  const __m128i beyond = _mm_set1_epi32(~0x7F);
-  __m128i parts[4];
-  __m128i ascii[4];
-  for (int index = 0; index < 4; ++index) {
-    parts[index] = _mm_loadu_si128(input + index);
-    ascii[index] = _mm_cmpeq_epi32(_mm_and_si128(parts[index], beyond), zero);
+  return {_mm_packs_epi32(_mm_loadu_si128(input), _mm_loadu_si128(input + 1)),
+          _mm_packs_epi32(_mm_loadu_si128(input + 2), _mm_loadu_si128(input + 3))};
+}
+
+// Bit n is set if character n is not ASCII.
+inline std::uint64_t BeyondAscii(const wchar_t* wide) {
+  std::uint64_t mask = 0;
+  for (unsigned part = 0; part < Stride / Step; ++part) {
+    const Halves halves = LoadStep(wide + part * Step);
+    // The unsigned form has the top bit of 128 and more, the signed one that of negative numbers,
+    // which a value with its highest bit set has become.
+    const __m128i large = _mm_packus_epi16(halves.low, halves.high);
+    const __m128i negative = _mm_packs_epi16(halves.low, halves.high);
+    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(large, negative)));
+    mask |= std::uint64_t{bits} << (part * Step);
   }
-  const __m128i low = _mm_packs_epi32(parts[0], parts[1]);
-  const __m128i high = _mm_packs_epi32(parts[2], parts[3]);
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(low, high));
-  const __m128i lowAscii = _mm_packs_epi32(ascii[0], ascii[1]);
-  const __m128i highAscii = _mm_packs_epi32(ascii[2], ascii[3]);
-  const auto right = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(lowAscii, highAscii)));
-  return right == 0xFFFF ? Step : static_cast<std::size_t>(std::countr_one(right));
+  return mask;
+}
+
+// Narrows 16 characters as if they were ASCII.
+inline void NarrowStep(const wchar_t* wide, char* bytes) {
+  const Halves halves = LoadStep(wide);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(halves.low, halves.high));
 }
 
 #else
 
-inline std::size_t WidenStep(const unsigned char* bytes, wchar_t* wide) {
-  std::size_t count = 0;
-  for (; count < Step && bytes[count] < 0x80; ++count) wide[count] = bytes[count];
-  return count;
+template <typename Character>
+inline std::uint64_t BeyondAscii(const Character* text) {
+  std::uint64_t mask = 0;
+  for (std::size_t index = 0; index < Stride; ++index)
+    mask |= std::uint64_t{static_cast<std::uint32_t>(text[index]) >= 0x80} << index;
+  return mask;
 }
 
-inline std::size_t NarrowStep(const wchar_t* wide, char* bytes) {
-  std::size_t count = 0;
-  for (; count < Step && static_cast<std::uint32_t>(wide[count]) < 0x80; ++count)
-    bytes[count] = static_cast<char>(wide[count]);
-  return count;
+inline void WidenStep(const unsigned char* bytes, wchar_t* wide) {
+  for (std::size_t index = 0; index < Step; ++index) wide[index] = bytes[index];
+}
+
+inline void NarrowStep(const wchar_t* wide, char* bytes) {
+  for (std::size_t index = 0; index < Step; ++index) bytes[index] = static_cast<char>(wide[index]);
 }
 
 #endif
+
+// Characters of ASCII from `position` on, in a stride whose others are told by `mask`.
+inline std::size_t RunLength(std::uint64_t mask, std::size_t position) {
+  const std::uint64_t rest = mask >> position;
+  return rest != 0 ? static_cast<std::size_t>(std::countr_zero(rest)) : Stride - position;
+}
 
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
@@ -108,22 +140,28 @@ std::size_t IllFormedLength(const unsigned char* bytes, const unsigned char* end
   return 3;
 }
 
-// Decodes the one sequence at `bytes`, which does not begin with ASCII.
+enum class End { Near, Far };
+
+// Decodes the one sequence at `bytes`, which does not begin with ASCII. The end of the text is far
+// if any sequence ends before it.
+template <End Distance>
 inline const unsigned char* DecodeOne(const unsigned char* bytes, const unsigned char* end,
                                       wchar_t& character) {
-  const auto left = end - bytes;
+  const auto holds = [&](std::ptrdiff_t count) {
+    return Distance == End::Far || end - bytes >= count;
+  };
   const std::uint32_t lead = bytes[0];
-  if (lead >= 0xC2 && lead < 0xE0 && left >= 2 && IsContinuation(bytes[1])) {
+  if (lead >= 0xC2 && lead < 0xE0 && holds(2) && IsContinuation(bytes[1])) {
     character = static_cast<wchar_t>((lead & 0x1F) << 6 | (bytes[1] & 0x3FU));
     return bytes + 2;
   }
-  if (lead >= 0xE0 && lead < 0xF0 && left >= 3 && IsContinuation(bytes[1]) &&
+  if (lead >= 0xE0 && lead < 0xF0 && holds(3) && IsContinuation(bytes[1]) &&
       IsContinuation(bytes[2])) {
     const std::uint32_t value = (lead & 0x0F) << 12 | (bytes[1] & 0x3FU) << 6 | (bytes[2] & 0x3FU);
     character = static_cast<wchar_t>(value);
     if (value >= 0x800 && !IsSurrogate(value)) return bytes + 3;
   }
-  if (lead >= 0xF0 && lead < 0xF5 && left >= 4 && IsContinuation(bytes[1]) &&
+  if (lead >= 0xF0 && lead < 0xF5 && holds(4) && IsContinuation(bytes[1]) &&
       IsContinuation(bytes[2]) && IsContinuation(bytes[3])) {
     const std::uint32_t value = (lead & 0x07) << 18 | (bytes[1] & 0x3FU) << 12 |
                                 (bytes[2] & 0x3FU) << 6 | (bytes[3] & 0x3FU);
@@ -134,65 +172,98 @@ inline const unsigned char* DecodeOne(const unsigned char* bytes, const unsigned
   return bytes + IllFormedLength(bytes, end);
 }
 
+// Decodes a stride, and what of a sequence hangs over its end.
+inline const unsigned char* DecodeStride(const unsigned char* bytes, const unsigned char* end,
+                                         wchar_t*& output) {
+  const std::uint64_t mask = BeyondAscii(bytes);
+  std::size_t position = 0;
+  while (position < Stride) {
+    const std::size_t run = RunLength(mask, position);
+    for (std::size_t done = 0; done < run; done += Step)
+      WidenStep(bytes + position + done, output + done);
+    output += run;
+    position += run;
+    while (position < Stride && (mask >> position & 1) != 0)
+      position =
+          static_cast<std::size_t>(DecodeOne<End::Far>(bytes + position, end, *output++) - bytes);
+  }
+  return bytes + position;
+}
+
 // Decodes from `bytes` until the block is full or the text is through.
 const unsigned char* DecodeBlock(const unsigned char* bytes, const unsigned char* end,
                                  wchar_t* block, std::size_t& count) {
   wchar_t* output = block;
-  const wchar_t* const full = block + BlockCharacters;
+  const wchar_t* full = block + BlockCharacters;
+  // The last step of a stride looks beyond it.
+  while (end - bytes >= static_cast<std::ptrdiff_t>(Stride + Step) &&
+         full - output >= static_cast<std::ptrdiff_t>(Stride + Step))
+    bytes = DecodeStride(bytes, end, output);
+  // A long rest is left to the next block's strides.
+  if (end - bytes >= static_cast<std::ptrdiff_t>(Stride + Step)) full = output;
   while (bytes < end && output < full) {
-    if (static_cast<std::size_t>(end - bytes) >= Step) {
-      const std::size_t ascii = WidenStep(bytes, output);
-      bytes += ascii;
-      output += ascii;
-      if (ascii == Step) continue;
-    } else if (*bytes < 0x80) {
+    if (*bytes < 0x80) {
       *output++ = *bytes++;
-      continue;
+    } else {
+      bytes = DecodeOne<End::Near>(bytes, end, *output++);
     }
-    do {
-      bytes = DecodeOne(bytes, end, *output++);
-    } while (bytes < end && *bytes >= 0x80 && output < full);
   }
   count = static_cast<std::size_t>(output - block);
   return bytes;
 }
 
 inline char* EncodeOne(std::uint32_t value, char* output) {
-  const auto put = [&](std::uint32_t byte) { *output++ = static_cast<char>(byte); };
-  if (value > LastCodePoint || IsSurrogate(value)) value = Replacement;
+  const auto put = [output](int index, std::uint32_t byte) {
+    output[index] = static_cast<char>(byte);
+  };
   if (value < 0x80) {
-    put(value);
-  } else if (value < 0x800) {
-    put(0xC0 | value >> 6);
-    put(0x80 | (value & 0x3F));
-  } else if (value < 0x10000) {
-    put(0xE0 | value >> 12);
-    put(0x80 | (value >> 6 & 0x3F));
-    put(0x80 | (value & 0x3F));
-  } else {
-    put(0xF0 | value >> 18);
-    put(0x80 | (value >> 12 & 0x3F));
-    put(0x80 | (value >> 6 & 0x3F));
-    put(0x80 | (value & 0x3F));
+    put(0, value);
+    return output + 1;
   }
-  return output;
+  if (value < 0x800) {
+    put(0, 0xC0 | value >> 6);
+    put(1, 0x80 | (value & 0x3F));
+    return output + 2;
+  }
+  if (value > LastCodePoint || IsSurrogate(value)) value = Replacement;
+  if (value < 0x10000) {
+    put(0, 0xE0 | value >> 12);
+    put(1, 0x80 | (value >> 6 & 0x3F));
+    put(2, 0x80 | (value & 0x3F));
+    return output + 3;
+  }
+  put(0, 0xF0 | value >> 18);
+  put(1, 0x80 | (value >> 12 & 0x3F));
+  put(2, 0x80 | (value >> 6 & 0x3F));
+  put(3, 0x80 | (value & 0x3F));
+  return output + 4;
+}
+
+inline void EncodeStride(const wchar_t* text, char*& output) {
+  const std::uint64_t mask = BeyondAscii(text);
+  std::size_t position = 0;
+  while (position < Stride) {
+    const std::size_t run = RunLength(mask, position);
+    for (std::size_t done = 0; done < run; done += Step)
+      NarrowStep(text + position + done, output + done);
+    output += run;
+    position += run;
+    for (; position < Stride && (mask >> position & 1) != 0; ++position)
+      output = EncodeOne(static_cast<std::uint32_t>(text[position]), output);
+  }
 }
 
 const wchar_t* EncodeBlock(const wchar_t* text, const wchar_t* end, char* block,
                            std::size_t& count) {
   char* output = block;
   const char* const full = block + BlockCharacters;
-  while (text < end && output < full) {
-    if (static_cast<std::size_t>(end - text) >= Step) {
-      const std::size_t ascii = NarrowStep(text, output);
-      text += ascii;
-      output += ascii;
-      if (ascii == Step) continue;
-    }
-    do {
-      output = EncodeOne(static_cast<std::uint32_t>(*text++), output);
-    } while (text < end && static_cast<std::uint32_t>(*text) >= 0x80 && output < full);
+  while (end - text >= static_cast<std::ptrdiff_t>(Stride + Step) &&
+         full - output >= static_cast<std::ptrdiff_t>(LongestSequence * Stride + Step)) {
+    EncodeStride(text, output);
+    text += Stride;
   }
+  while (text < end && full - output >= static_cast<std::ptrdiff_t>(LongestSequence))
+    output = EncodeOne(static_cast<std::uint32_t>(*text++), output);
   count = static_cast<std::size_t>(output - block);
   return text;
 }
@@ -214,7 +285,7 @@ char AnsiFromCharacter(wchar_t character) {
 }  // namespace
 
 void AppendWideFromUtf8(std::wstring& target, std::string_view bytes) {
-  std::array<wchar_t, BlockCharacters + Slack> block;
+  std::array<wchar_t, BlockCharacters> block;
   const auto* position = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* const end = position + bytes.size();
   for (bool first = true; position < end; first = false) {
@@ -235,7 +306,7 @@ std::wstring WideFromUtf8(std::string_view bytes) {
 }
 
 void AppendUtf8FromWide(std::string& target, std::wstring_view text) {
-  std::array<char, BlockCharacters + Slack> block;
+  std::array<char, BlockCharacters> block;
   const wchar_t* position = text.data();
   const wchar_t* const end = position + text.size();
   for (bool first = true; position < end; first = false) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <string>
@@ -444,20 +445,24 @@ TEST(WriteToStandardError, failures_are_ignored) {
 
 TEST(FileLock, one_holder_at_a_time_among_threads) {
   const ScratchDirectory scratch;
-  int inside = 0;
-  int most = 0;
+  std::atomic<int> inside{0};
+  std::atomic<int> crowded{0};
+  std::atomic<int> rounds{0};
   const auto body = [&] {
     for (int round = 0; round < 200; ++round) {
       const auto lock = os::FileLock::Acquire(scratch.Wide("lock"));
       if (!lock) return;
-      most = std::max(most, ++inside);
+      if (++inside != 1) ++crowded;
+      std::this_thread::yield();
       --inside;
+      ++rounds;
     }
   };
   std::vector<std::jthread> threads;
   for (int count = 0; count < 4; ++count) threads.emplace_back(body);
   threads.clear();
-  EXPECT_EQ(most, 1);
+  EXPECT_EQ(crowded, 0);
+  EXPECT_EQ(rounds, 800);
 }
 
 TEST(FileLock, a_file_that_can_not_be_made_is_a_failure) {
