@@ -48,6 +48,7 @@ void CPrintingThread::Join() {
   if (m_hThread == nullptr) return;
   m_hThread->Join();
   m_hThread.reset();
+  const std::lock_guard<std::mutex> guard(m_AbortMutex);
   m_pLock->Unlock();
   m_pLock.reset();
   m_pSemaphore.reset();
@@ -56,6 +57,7 @@ void CPrintingThread::Join() {
 void CPrintingThread::Abort() {
   // In this order: the supervisors read the flag only when their wait ends.
   m_bAbort = true;
+  const std::lock_guard<std::mutex> guard(m_AbortMutex);
   if (m_pLock) m_pLock->Unlock();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 
 #include "rastrel/export.h"
 #include "rastrel/platform/mfc/sync.h"
@@ -33,9 +34,10 @@ class RASTREL_API CPrintingThread {
   /// Waits for the thread without a limit and frees what belongs to the run. Nothing without a
   /// thread.
   void Join();
-  /// Asks the job to end early and returns at once; any thread, as often as one likes, but not
-  /// after Join. It is not lost if it comes before a child runs. The job ends at JS_HOLDING with
-  /// JTE_ABNORMAL, whatever stage it was in, unless it was through already.
+  /// Asks the job to end early and returns at once; any thread, as often as one likes, also
+  /// while another waits in Join; the object must be there still. It is not lost if it comes before
+  /// a child runs. The job ends at JS_HOLDING with JTE_ABNORMAL, whatever stage it was in, unless
+  /// it was through already.
   void Abort();
 
  private:
@@ -57,6 +59,7 @@ class RASTREL_API CPrintingThread {
   std::unique_ptr<CSemaphore> m_pSemaphore;
   std::unique_ptr<CSingleLock> m_pLock;
   AbortFlag m_bAbort = false;
+  std::mutex m_AbortMutex;  // an abort may meet the end of Join
 };
 
 }  // namespace PrintingThread

@@ -253,6 +253,20 @@ TEST_F(AbortedJob, twice_from_other_threads_is_one_abort) {
   EXPECT_EQ(End(), "3 12");
 }
 
+TEST_F(AbortedJob, while_another_thread_joins_is_safe) {
+  Rip(Hang);
+  PrintingThread::CPrintingThread thread(&m_Ticket);
+  ASSERT_TRUE(thread.Start());
+  std::atomic<bool> joined = false;
+  std::thread other([&] {
+    while (!joined) thread.Abort();
+  });
+  thread.Join();
+  joined = true;
+  other.join();
+  EXPECT_EQ(End(), "3 12");
+}
+
 TEST_F(AbortedJob, at_200_random_moments_always_ends_the_same_and_leaves_nothing) {
   Rip("sleep 0.003\n" + std::string(GoodRip) + "echo 'INFO: READY' >&2\nsleep 0.003\n");
   Engine("sleep 0.002\ncat > /dev/null\necho 'PROGRESS: 50%' >&2\nsleep 0.003\n");
