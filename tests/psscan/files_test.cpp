@@ -224,6 +224,27 @@ TEST(CPSParser, a_file_that_shrinks_and_grows_under_the_scans_is_survived) {
   EXPECT_GT(scans, 0);
 }
 
+TEST(CPSParser, one_parser_answers_any_number_of_threads) {
+  const ScratchDirectory scratch;
+  scratch.Write("a.eps",
+                "%!PS-Adobe EPSF\n%%DocumentCustomColors: A\n%%RGBCustomColor: 1 1 1 A\n"
+                "%%BoundingBox: 1 2 3 4\nx\n");
+  CPSParser parser(scratch.Wide("a.eps").c_str());
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number)
+    threads.emplace_back([&parser] {
+      for (int round = 0; round < 50; ++round) {
+        CRect rect;
+        CSpotMatchList list;
+        EXPECT_TRUE(parser.GetBounds(rect));
+        EXPECT_TRUE(parser.IsEpsFile());
+        EXPECT_TRUE(parser.LoadSpotMatchItems(&list));
+        EXPECT_EQ(list.size(), 1U);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
 TEST(CPSParser, a_file_that_vanishes_while_it_is_scanned_is_read_to_its_end) {
   // The header is over behind the first reads; its size can't be had then, so nothing is jumped.
   static std::string path;
