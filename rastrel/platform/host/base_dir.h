@@ -22,10 +22,10 @@ class RASTREL_API CBaseDir {
   /// The type that it was made with.
   [[nodiscard]] path_type GetType() const { return m_Type; }
   /// Valid as long as the object.
-  operator const wchar_t*() const { return m_Wide.c_str(); }          // NOLINT(google-explicit-constructor)
-  operator const char*() const { return m_Narrow.c_str(); }           // NOLINT(google-explicit-constructor)
-  operator std::wstring() const { return m_Wide; }                    // NOLINT(google-explicit-constructor)
-  operator std::string() const { return m_Narrow; }                   // NOLINT(google-explicit-constructor)
+  operator const wchar_t*() const { return m_Wide.c_str(); }  // NOLINT(google-explicit-constructor)
+  operator const char*() const { return m_Narrow.c_str(); }   // NOLINT(google-explicit-constructor)
+  operator std::wstring() const { return m_Wide; }            // NOLINT(google-explicit-constructor)
+  operator std::string() const { return m_Narrow; }           // NOLINT(google-explicit-constructor)
 
  private:
   std::wstring m_Wide;

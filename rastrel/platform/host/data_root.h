@@ -29,13 +29,13 @@ struct Resources {
 
 /// Lays the data root out: makes what is missing, and copies in programs and files that are
 /// missing or that an earlier version of the library put there. What a user changed or put in place
-/// of ours is left alone, told by the record `Queue/.installed` (one line a file: size, time, path).
-/// Safe against other processes that do the same. A failure tells the first thing that went wrong;
-/// the rest is still tried.
+/// of ours is left alone, told by the record `Queue/.installed` (one line a file: size, time,
+/// path). Safe against other processes that do the same. A failure tells the first thing that went
+/// wrong; the rest is still tried.
 [[nodiscard]] os::Outcome<os::Done> LayOutDataRoot();
 
-/// LayOutDataRoot once a process for each root. What can't be laid out shows where it is used, and in
-/// `rastrel doctor`, which lays the root out again and tells the failure. Any thread may call.
+/// LayOutDataRoot once a process for each root. What can't be laid out shows where it is used, and
+/// in `rastrel doctor`, which lays the root out again and tells the failure. Any thread may call.
 void EnsureDataRoot();
 
 }  // namespace rastrel::host

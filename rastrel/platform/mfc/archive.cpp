@@ -77,22 +77,14 @@ CArchiveException::~CArchiveException() = default;
 
 const char* CArchiveException::what() const noexcept {
   switch (m_cause) {
-    case none:
-      return "no archive error";
-    case readOnly:
-      return "the archive is open for reading and was written to";
-    case endOfFile:
-      return "the archive ends too early";
-    case writeOnly:
-      return "the archive is open for writing and was read from";
-    case badIndex:
-      return "the archive holds a bad index";
-    case badClass:
-      return "the archive holds an object of another class";
-    case badSchema:
-      return "the archive holds an object of another version";
-    default:
-      return "the archive failed";
+    case none: return "no archive error";
+    case readOnly: return "the archive is open for reading and was written to";
+    case endOfFile: return "the archive ends too early";
+    case writeOnly: return "the archive is open for writing and was read from";
+    case badIndex: return "the archive holds a bad index";
+    case badClass: return "the archive holds an object of another class";
+    case badSchema: return "the archive holds an object of another version";
+    default: return "the archive failed";
   }
 }
 

@@ -16,9 +16,9 @@ class RASTREL_API CArchiveException : public std::exception {
   enum Cause : int {
     none = 0,
     genericException = 1,
-    readOnly = 2,    ///< a write to an archive that reads
-    endOfFile = 3,   ///< a read past the end
-    writeOnly = 4,   ///< a read from an archive that writes
+    readOnly = 2,   ///< a write to an archive that reads
+    endOfFile = 3,  ///< a read past the end
+    writeOnly = 4,  ///< a read from an archive that writes
     badIndex = 5,
     badClass = 6,
     badSchema = 7

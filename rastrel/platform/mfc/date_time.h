@@ -33,8 +33,8 @@ class RASTREL_API COleDateTime {
   [[nodiscard]] int GetMinute() const;
   [[nodiscard]] int GetSecond() const;
 
-  double m_dt = 0.0;                 ///< days
-  DateTimeStatus m_status = valid;   ///< whether m_dt means something
+  double m_dt = 0.0;                ///< days
+  DateTimeStatus m_status = valid;  ///< whether m_dt means something
 };
 
 /// Writes the status as 32 bits, then the days as a double.

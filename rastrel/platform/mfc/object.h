@@ -8,10 +8,10 @@ class CObject;
 
 /// What is known of a class at run time: its name and how to make one.
 struct CRuntimeClass {
-  const char* m_lpszClassName;            ///< the class's name, ASCII
-  unsigned m_wSchema;                     ///< version for archives of objects; not used here
-  CObject* (*m_pfnCreateObject)();        ///< null if the class can't be created dynamically
-  const CRuntimeClass* m_pBaseClass;      ///< null at the root
+  const char* m_lpszClassName;        ///< the class's name, ASCII
+  unsigned m_wSchema;                 ///< version for archives of objects; not used here
+  CObject* (*m_pfnCreateObject)();    ///< null if the class can't be created dynamically
+  const CRuntimeClass* m_pBaseClass;  ///< null at the root
 
   /// A new object of the class, which the caller owns; null if it can't be created dynamically.
   [[nodiscard]] CObject* CreateObject() const {
@@ -52,21 +52,22 @@ class RASTREL_API CObject {
 
 /// Declares GetRuntimeClass, CreateObject, GetThisClass and the class's record. The virtual
 /// operation overrides the slot of CObject.
-#define RASTREL_DECLARE_DYNCREATE(class_name)              \
-  static CRuntimeClass class##class_name;                  \
-  /** The record of this class. */                         \
-  static CRuntimeClass* GetThisClass();                    \
-  /** The object's own class. */                           \
-  CRuntimeClass* GetRuntimeClass() const override;         \
-  /** A new object of this class; the caller owns it. */   \
+#define RASTREL_DECLARE_DYNCREATE(class_name)            \
+  static CRuntimeClass class##class_name;                \
+  /** The record of this class. */                       \
+  static CRuntimeClass* GetThisClass();                  \
+  /** The object's own class. */                         \
+  CRuntimeClass* GetRuntimeClass() const override;       \
+  /** A new object of this class; the caller owns it. */ \
   static CObject* CreateObject();
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names of classes.
 /// Defines what RASTREL_DECLARE_DYNCREATE declares; stands in one source, at global scope.
-#define RASTREL_IMPLEMENT_DYNCREATE(class_name, base_name)                                  \
-  CRuntimeClass class_name::class##class_name{#class_name, 0xFFFF, class_name::CreateObject, \
-                                              &base_name::class##base_name};                \
-  CRuntimeClass* class_name::GetThisClass() { return &class##class_name; }                  \
-  CRuntimeClass* class_name::GetRuntimeClass() const { return &class##class_name; }         \
+#define RASTREL_IMPLEMENT_DYNCREATE(class_name, base_name)                          \
+  CRuntimeClass class_name::class##class_name {                                     \
+#class_name, 0xFFFF, class_name::CreateObject, &base_name::class##base_name     \
+  };                                                                                \
+  CRuntimeClass* class_name::GetThisClass() { return &class##class_name; }          \
+  CRuntimeClass* class_name::GetRuntimeClass() const { return &class##class_name; } \
   CObject* class_name::CreateObject() { return new class_name; }
 // NOLINTEND(bugprone-macro-parentheses)

@@ -7,9 +7,9 @@ namespace rastrel::os {
 
 /// A moment of the local calendar.
 struct LocalTime {
-  int year = 0;    ///< four digits
-  int month = 0;   ///< 1 to 12
-  int day = 0;     ///< 1 to 31
+  int year = 0;   ///< four digits
+  int month = 0;  ///< 1 to 12
+  int day = 0;    ///< 1 to 31
   int hour = 0;
   int minute = 0;
   int second = 0;

@@ -24,8 +24,11 @@ struct Failure {
 template <typename Value>
 class [[nodiscard]] Outcome {
  public:
-  Outcome(Value value) : m_State(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
-  Outcome(Failure failure) : m_State(std::in_place_index<1>, std::move(failure)) {}  // NOLINT(google-explicit-constructor)
+  Outcome(Value value)
+      : m_State(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
+  Outcome(Failure failure)
+      : m_State(std::in_place_index<1>, std::move(failure)) {
+  }  // NOLINT(google-explicit-constructor)
 
   /// True if there is a value.
   explicit operator bool() const { return m_State.index() == 0; }

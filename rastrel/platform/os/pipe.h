@@ -27,8 +27,8 @@ namespace rastrel::os {
 /// INVALID_HANDLE_VALUE with errno set if that fails; the old one is closed then too.
 [[nodiscard]] HANDLE MakeNotInheritable(HANDLE handle);
 
-/// Reads up to `count` bytes. Returns the number read, 0 at the end of the stream, -1 with errno set.
-/// Goes on after an interruption.
+/// Reads up to `count` bytes. Returns the number read, 0 at the end of the stream, -1 with errno
+/// set. Goes on after an interruption.
 [[nodiscard]] long ReadSome(HANDLE handle, char* bytes, std::size_t count);
 
 /// Descriptor of a standard stream of this process.

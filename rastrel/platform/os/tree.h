@@ -29,7 +29,8 @@ namespace rastrel::os {
 /// rules on drives and networks.
 [[nodiscard]] bool MakePath(std::wstring_view path);
 
-/// Sum of the sizes of all regular files below. What can't be read counts 0; links are not followed.
+/// Sum of the sizes of all regular files below. What can't be read counts 0; links are not
+/// followed.
 [[nodiscard]] std::uint64_t TreeSize(std::wstring_view path);
 
 /// Moves a directory by renaming it, and only where nobody could tell the result from CopyTreeInto

@@ -9,15 +9,16 @@
 /// One wait over several handles, with the numbers that supervisors tell its results by.
 namespace rastrel::os {
 
-inline constexpr std::uint32_t WaitSignaledBase = 0;    ///< plus the index of the handle
-inline constexpr std::uint32_t WaitAbandonedBase = 128; ///< plus the index; no wait here returns it
+inline constexpr std::uint32_t WaitSignaledBase = 0;  ///< plus the index of the handle
+inline constexpr std::uint32_t WaitAbandonedBase =
+    128;  ///< plus the index; no wait here returns it
 inline constexpr std::uint32_t WaitTimeout = 258;
-inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF; ///< errno tells why
-inline constexpr std::size_t WaitLimit = 64;            ///< handles in one wait
+inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF;  ///< errno tells why
+inline constexpr std::size_t WaitLimit = 64;             ///< handles in one wait
 
-/// Waits without a time limit until one of the handles is signalled: a semaphore with a count (which
-/// the wait takes one from), a process that ended. Returns WaitSignaledBase + the lowest index.
-/// No handles, or more than WaitLimit: WaitFailed. Goes on after an interruption.
+/// Waits without a time limit until one of the handles is signalled: a semaphore with a count
+/// (which the wait takes one from), a process that ended. Returns WaitSignaledBase + the lowest
+/// index. No handles, or more than WaitLimit: WaitFailed. Goes on after an interruption.
 [[nodiscard]] std::uint32_t WaitForAny(std::span<const HANDLE> handles);
 
 /// Makes a counter that WaitForAny can wait for, with the count given. Invalid with errno set on
