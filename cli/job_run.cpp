@@ -102,7 +102,7 @@ JobEnd RunJob(ObservedTicket& ticket, JobRecord& record, JobView& view, StopRequ
   view.Finish();
   // The library aborts a job by itself, too: when the output engine does not take its input.
   if (ticket.m_Error == JTE_ABNORMAL && stop.IsMade()) return JobEnd::Cancelled;
-  return ticket.m_Error == JTE_NONE ? JobEnd::Done : JobEnd::Failed;
+  return ticket.m_Error == JTE_NONE && ticket.HasReportedEnd() ? JobEnd::Done : JobEnd::Failed;
 }
 
 ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record, JobView& view,

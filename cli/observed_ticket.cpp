@@ -5,6 +5,7 @@
 #include "rastrel/job/format_string.h"
 #include "rastrel/job/status_text.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/printing/printing_thread.h"
 
 namespace rastrel::cli {
 namespace {
@@ -49,13 +50,17 @@ ObservedTicket::~ObservedTicket() { EndPrint(); }
 
 void ObservedTicket::WaitForEnd(const std::function<void()>& tick) {
   std::unique_lock<std::mutex> lock(m_EndMutex);
-  const auto ended = [this] { return m_Ended; };
-  if (!tick) return m_Changed.wait(lock, ended);
+  const auto ended = [this] { return m_Ended || GetPrintThread()->HasEnded(); };
   while (!m_Changed.wait_for(lock, TickLength, ended)) {
     lock.unlock();
-    tick();
+    if (tick) tick();
     lock.lock();
   }
+}
+
+bool ObservedTicket::HasReportedEnd() {
+  const std::lock_guard<std::mutex> guard(m_EndMutex);
+  return m_Ended;
 }
 
 void ObservedTicket::Tell(const JobEvent& event) {

@@ -26,6 +26,8 @@ class ObservedTicket : public CJobTicket {
   /// Waits until the job has ended, whichever way. REQUIRES: PrintJob was true. `tick` is called
   /// between whiles, five times a second, unless it is empty.
   void WaitForEnd(const std::function<void()>& tick);
+  /// Whether the job told its end. One that did not has broken off, whatever its error says.
+  [[nodiscard]] bool HasReportedEnd();
 
   using CJobTicket::Error;
   void Warning(const wchar_t* text, JT_ORIGINATOR originator) override;

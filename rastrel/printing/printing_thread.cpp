@@ -40,7 +40,10 @@ bool CPrintingThread::Start() {
     m_pTicket->Error(JTE_ODALIS_MISSING, JTO_SYSTEM);
     return false;
   }
-  m_hThread = os::Thread::Start([this] { ThreadMain(); });
+  m_hThread = os::Thread::Start([this] {
+    ThreadMain();
+    m_bEnded = true;
+  });
   return m_hThread != nullptr;
 }
 

@@ -39,6 +39,9 @@ class RASTREL_API CPrintingThread {
   /// a child runs. The job ends at JS_HOLDING with JTE_ABNORMAL, whatever stage it was in, unless
   /// it was through already.
   void Abort();
+  /// Whether the thread has done all it will ever do, so that Join returns at once. It is the only
+  /// sign of an end that the ticket hears nothing of, as that by an exception. Any thread.
+  [[nodiscard]] bool HasEnded() const { return m_bEnded; }
 
  private:
   void ThreadMain();
@@ -59,6 +62,7 @@ class RASTREL_API CPrintingThread {
   std::unique_ptr<CSemaphore> m_pSemaphore;
   std::unique_ptr<CSingleLock> m_pLock;
   AbortFlag m_bAbort = false;
+  rastrel::os::SharedWord<bool> m_bEnded = false;
   std::mutex m_AbortMutex;  // an abort may meet the end of Join
 };
 

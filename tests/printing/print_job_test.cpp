@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/prefix/ps_prefix.h"
 #include "tests/support/print_fixture.h"
@@ -454,6 +456,17 @@ TEST_F(PrintJob, writes_its_command_lines_to_the_job_log_if_files_are_to_be_kept
   for (const std::string& line : lines)
     if (line == " " || line.starts_with("***") || line.starts_with("\"")) found.push_back(line);
   EXPECT_EQ(found, expected);
+}
+
+TEST_F(PrintJob, of_a_path_without_a_dot_ends_its_thread_without_a_report) {
+  Root().Write("job/sign", "%!PS\nshowpage\n");
+  m_Ticket.SetJobFile(Root().Wide("job/sign"));
+  ASSERT_EQ(m_Ticket.m_JobFile.GetFullPath().find(L'.'), std::wstring::npos);
+  ASSERT_TRUE(m_Ticket.PrintJob());
+  while (!m_Ticket.GetPrintThread()->HasEnded()) std::this_thread::yield();
+  m_Ticket.EndPrint();
+  EXPECT_EQ(Told().Stages(), "7");
+  EXPECT_EQ(End(), "4 0");
 }
 
 }  // namespace
