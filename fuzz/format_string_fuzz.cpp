@@ -17,18 +17,12 @@ namespace {
 
 rastrel::job::FormatArgument ArgumentOf(std::uint8_t kind) {
   switch (kind % 6) {
-    case 0:
-      return std::int64_t{-1234567890123};
-    case 1:
-      return std::uint64_t{18446744073709551615U};
-    case 2:
-      return kind > 127 ? 1e308 : -0.5;
-    case 3:
-      return L'\u20ac';
-    case 4:
-      return std::wstring_view(L"wide \u00e4");
-    default:
-      return std::string_view("narrow \xff");
+    case 0: return std::int64_t{-1234567890123};
+    case 1: return std::uint64_t{18446744073709551615U};
+    case 2: return kind > 127 ? 1e308 : -0.5;
+    case 3: return L'\u20ac';
+    case 4: return std::wstring_view(L"wide \u00e4");
+    default: return std::string_view("narrow \xff");
   }
 }
 

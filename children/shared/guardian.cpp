@@ -99,23 +99,15 @@ class Watch {
 
   void Obey(Order order, const std::string& text) {
     switch (order) {
-      case Order::GuardPath:
-        m_Paths.insert(text);
-        break;
-      case Order::ReleasePath:
-        m_Paths.erase(text);
-        break;
-      case Order::ReleaseAllPaths:
-        m_Paths.clear();
-        break;
+      case Order::GuardPath: m_Paths.insert(text); break;
+      case Order::ReleasePath: m_Paths.erase(text); break;
+      case Order::ReleaseAllPaths: m_Paths.clear(); break;
       case Order::GuardGroup: {
         const pid_t leader = static_cast<pid_t>(std::stol(text));
         m_Groups[leader].Reset(static_cast<int>(syscall(SYS_pidfd_open, leader, 0)));
         break;
       }
-      case Order::ReleaseGroup:
-        m_Groups.erase(static_cast<pid_t>(std::stol(text)));
-        break;
+      case Order::ReleaseGroup: m_Groups.erase(static_cast<pid_t>(std::stol(text))); break;
     }
   }
 

@@ -18,7 +18,8 @@ std::wstring_view Trimmed(std::wstring_view text) {
 // place of a removal, so nothing there can begin a comment later.
 std::wstring WithoutComments(std::wstring_view text, wchar_t lineDelimiter, bool& missingEnd) {
   std::wstring result;
-  result.reserve(text.size());  // it never grows, and growing piece by piece touches twice the memory
+  result.reserve(
+      text.size());  // it never grows, and growing piece by piece touches twice the memory
   std::size_t at = 0;
   while (at < text.size()) {
     const std::size_t open = std::min(text.find(L'>', at), text.size());
