@@ -11,17 +11,39 @@ namespace {
 
 constexpr int EntryCount = 256;
 constexpr int EntriesPerLine = 32;
+constexpr int MostDigits = 4;
 
-// All in double precision and in this order: the entries are compared to the last digit.
-std::uint32_t Entry(const CLevelsData& levels, int index) {
-  const double range = levels.High - levels.Low;
-  const double exponent = 1.0 / levels.Gamma;
-  const double ramp = (index * 0.00390625) / 255.0;
-  const double unit = (range * ramp + levels.Low) / 255.0;
-  const double scaled = std::pow(unit, exponent) * 255.0;
-  const double low = scaled > 0.0 ? scaled : 0.0;  // a value that is no number becomes 0
-  const double clamped = low < 255.0 ? low : 255.0;
-  return static_cast<std::uint32_t>(clamped * 256.0);
+// The transfer of one channel: all in double precision and in this order, since the entries are
+// compared to the last digit.
+class Transfer {
+ public:
+  explicit Transfer(const CLevelsData& levels)
+      : m_Low(levels.Low), m_Range(levels.High - levels.Low), m_Exponent(1.0 / levels.Gamma) {}
+
+  [[nodiscard]] std::uint32_t Entry(int index) const {
+    const double ramp = (index * 0.00390625) / 255.0;
+    const double unit = (m_Range * ramp + m_Low) / 255.0;
+    // The first power of a number is that number; most jobs leave the gamma alone.
+    const double scaled = (m_Exponent == 1.0 ? unit : std::pow(unit, m_Exponent)) * 255.0;
+    const double low = scaled > 0.0 ? scaled : 0.0;  // a value that is no number becomes 0
+    const double clamped = low < 255.0 ? low : 255.0;
+    return static_cast<std::uint32_t>(clamped * 256.0);
+  }
+
+ private:
+  double m_Low;
+  double m_Range;
+  double m_Exponent;
+};
+
+// Lower-case hexadecimal of at least two digits. By hand, since a job's thousand entries would
+// take longer to format than the whole file takes to write.
+void AppendHexadecimal(std::wstring& text, std::uint32_t number) {
+  constexpr const wchar_t* Digits = L"0123456789abcdef";
+  unsigned shift = 4;
+  while (shift < 28 && number >> (shift + 4) != 0) shift += 4;
+  for (; shift > 0; shift -= 4) text += Digits[number >> shift & 0xFU];
+  text += Digits[number & 0xFU];
 }
 
 // A procedure of the colour transfer: the RIP's own table, then the one of this section.
@@ -86,11 +108,11 @@ std::wstring Tables(const CJobData& settings) {
 }  // namespace
 
 std::wstring LevelsTable(const CLevelsData& levels) {
+  const Transfer transfer(levels);
   std::wstring table;
+  table.reserve(MostDigits * EntryCount + EntryCount / EntriesPerLine);
   for (int index = 0; index < EntryCount; ++index) {
-    formatstringT<wchar_t> entry;
-    entry.Format(L"%2.2x", Entry(levels, index));
-    table += entry;
+    AppendHexadecimal(table, transfer.Entry(index));
     if ((index + 1) % EntriesPerLine == 0) table += L'\n';
   }
   return table;

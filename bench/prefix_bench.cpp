@@ -1,0 +1,116 @@
+// A whole prefix file, with levels on, against writing the same bytes with one write. Both make the
+// file, close it and remove it.
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "bench/measure.h"
+#include "rastrel/job/job_ticket.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/prefix/ps_prefix.h"
+
+namespace {
+
+namespace os = rastrel::os;
+
+constexpr int FilesPerRound = 500;
+
+struct Sample {
+  const char* name;
+  bool linked;
+  double gamma;
+};
+
+void Fill(CJobTicket& ticket, const Sample& sample, const std::wstring& directory) {
+  ticket.m_JobFile.Directory = directory;
+  ticket.m_JobFile.FileName = L"job.ps";
+  CJobData& settings = ticket.m_JobData;
+  settings.PrinterName = L"KVI Tiff Screen Preview";
+  settings.PrintModeFolder = L"TIFF";
+  settings.PrintModeName = L"tiff default.ps";
+  settings.ScaleMode = 2;
+  settings.ScaleWidthCm = 25.4;
+  settings.ScaleHeightCm = 12.7;
+  settings.CutterEnabled = true;
+  settings.CutterColor = {255, 0, 0, 0};
+  settings.LevelsEnabled = true;
+  settings.LevelsLinked = sample.linked;
+  for (CLevelsData& levels : settings.Levels) {
+    levels.Low = 4.0;
+    levels.Gamma = sample.gamma;
+    levels.High = 250.0;
+  }
+}
+
+void WriteOnce(const std::wstring& path, const std::string& bytes) {
+  const auto file = os::CreateForWriting(path);
+  if (!file || !os::WriteAll(file->Get(), bytes)) std::abort();
+}
+
+// The bytes that the ticket's prefix has.
+std::string BytesOf(CJobTicket& ticket) {
+  const std::unique_ptr<PSPrefix> prefix(ticket.GetPrefix());
+  if (prefix->Generate() != 0) std::abort();
+  auto bytes = os::ReadWholeFile(prefix->GetPrefixPath(), std::uint64_t{1} << 20);
+  if (!bytes) std::abort();
+  return std::move(*bytes);
+}
+
+void CompareSample(const Sample& sample, const std::wstring& directory) {
+  CJobTicket ticket;
+  Fill(ticket, sample, directory);
+  const std::string bytes = BytesOf(ticket);
+  const std::wstring path = directory + L"peer.psp";
+  rastrel::bench::Compare(
+      {.name = std::string("500 prefix files, ") + sample.name,
+       .peerName = "one write of the same bytes",
+       .rounds = 9,
+       .limit = 3.0,
+       .clock = rastrel::bench::Clock::Wall},
+      [] {},
+      [&] {
+        for (int file = 0; file < FilesPerRound; ++file) {
+          const std::unique_ptr<PSPrefix> prefix(ticket.GetPrefix());
+          if (prefix->Generate() != 0) std::abort();
+        }
+      },
+      [&] {
+        for (int file = 0; file < FilesPerRound; ++file) {
+          WriteOnce(path, bytes);
+          if (!os::RemoveFile(path)) std::abort();
+        }
+      });
+}
+
+// A directory for the files, which is the data root too, so that nobody's settings count.
+class Place {
+ public:
+  Place() {
+    m_Path = (std::filesystem::temp_directory_path() / "rastrel-bench-XXXXXX").string();
+    if (::mkdtemp(m_Path.data()) == nullptr) std::abort();
+    ::setenv("RASTREL_HOME", m_Path.c_str(), 1);
+  }
+  ~Place() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_Path, ignored);
+  }
+  Place(const Place&) = delete;
+  Place& operator=(const Place&) = delete;
+
+  [[nodiscard]] std::wstring Wide() const { return os::FromNative(m_Path) + L"/"; }
+
+ private:
+  std::string m_Path;
+};
+
+}  // namespace
+
+int main() {
+  const Place place;
+  for (const Sample& sample :
+       {Sample{"linked levels", true, 2.2}, Sample{"levels of each channel", false, 2.2},
+        Sample{"levels of gamma 1", false, 1.0}})
+    CompareSample(sample, place.Wide());
+}
