@@ -19,6 +19,14 @@ constexpr std::array OptionTable{
     OptionRow{Spool, "--spool", "", "Keep the pages after printing, for `rastrel reprint`."},
     OptionRow{KeepPs, "--keep-ps", "", "Keep the working copy of the job and its prefix."},
     OptionRow{Planar, "--planar", "", "Deliver each colour plane as a file of its own."},
+    OptionRow{Scale, "--scale", "none|NAME|WxH", "Scale to a target, as A4, or a size, as 10x5in."},
+    OptionRow{Levels, "--levels", "LOW,GAMMA,HIGH", "Adjust all colours, for instance 10,1.2,250."},
+    OptionRow{LevelsRed, "--levels-red", "LOW,GAMMA,HIGH", "Adjust red by itself."},
+    OptionRow{LevelsGreen, "--levels-green", "LOW,GAMMA,HIGH", "Adjust green by itself."},
+    OptionRow{LevelsBlue, "--levels-blue", "LOW,GAMMA,HIGH", "Adjust blue by itself."},
+    OptionRow{LevelsGray, "--levels-gray", "LOW,GAMMA,HIGH", "Adjust gray by itself."},
+    OptionRow{CutColor, "--cut-color", "rgb:R,G,B|cmyk:C,M,Y,K|spot:NAME",
+              "Take what has this colour as cut data, not as print."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
@@ -29,8 +37,9 @@ constexpr std::array OptionTable{
     OptionRow{Version, "--version", "", "Print the version."},
 };
 
-constexpr std::array PrintOptions{Printer, Mode,       Copies, Pages, Spool, KeepPs,
-                                  Planar,  SaveTicket, Output, Json,  Help};
+constexpr std::array PrintOptions{
+    Printer,   Mode,        Copies,     Pages,      Spool,    KeepPs,     Planar, Scale, Levels,
+    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Output, Json,  Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array InspectOptions{Json, Tsv, Painted, Help};

@@ -6,6 +6,7 @@
 #include "cli/installation.h"
 #include "cli/job_directory.h"
 #include "cli/job_run.h"
+#include "cli/job_settings.h"
 #include "cli/keep_files_host.h"
 #include "cli/options.h"
 #include "cli/page_ranges.h"
@@ -24,6 +25,7 @@ struct PrintRequest {
   InputFile input;
   std::string printer;
   PrintMode mode;
+  CJobData settings;  ///< scale, levels and cut colour only
   std::int32_t copies = 1;
   std::deque<std::int32_t> pages;
   bool spool = false;
@@ -36,6 +38,7 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   request.copies = ParseCopies(invocation.ValueOr(OptionId::Copies, "1"));
   if (invocation.Has(OptionId::Pages))
     request.pages = ParsePages(invocation.ValueOr(OptionId::Pages, ""));
+  ApplySettings(request.settings, invocation, TicketKind::Print);
   request.spool = invocation.Has(OptionId::Spool);
   request.planar = invocation.Has(OptionId::Planar);
   if (invocation.Has(OptionId::SaveTicket))
@@ -55,6 +58,7 @@ void Fill(CJobTicket& ticket, const PrintRequest& request, const std::string& co
   ticket.m_Pages = request.pages;
   ticket.SetPlanar(request.planar);
   CJobData& settings = ticket.m_JobData;
+  settings = request.settings;
   settings.PrinterName = os::WideFromUtf8(request.printer);
   settings.PrintModeFolder = os::WideFromUtf8(request.mode.folder);
   settings.PrintModeName = os::WideFromUtf8(request.mode.name);
