@@ -9,6 +9,7 @@
 
 #include "cli/exit_status.h"
 #include "cli/options.h"
+#include "rastrel/job/vk_job_ticket.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/prefix/cutter.h"
 #include "rastrel/prefix/scaling.h"
@@ -21,7 +22,8 @@ constexpr double LeastGamma = 0.01;
 constexpr double MostGamma = 100.0;
 constexpr double ByteScale = 255.0;         // what users give, and what most records hold
 constexpr double PreviewInkScale = 1000.0;  // CMYK in a preview's record
-constexpr std::size_t MostLetters = 100;    // of a name
+constexpr int MostDpi = 4800;
+constexpr std::size_t MostLetters = 100;  // of a name
 
 [[noreturn]] void Refuse(std::string_view option, std::string_view text, const std::string& why) {
   throw CommandError(ExitStatus::WrongUse,
@@ -35,6 +37,15 @@ std::optional<double> NumberOf(std::string_view text) {
   const auto [stop, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
   if (error != std::errc() || stop != end || !std::isfinite(number)) return std::nullopt;
   return number;
+}
+
+std::int32_t ParseDpi(std::string_view text) {
+  std::int32_t dpi = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, dpi);
+  if (error != std::errc() || stop != end || dpi < 1 || dpi > MostDpi)
+    Refuse("--dpi", text, "not a number from 1 to " + std::to_string(MostDpi));
+  return dpi;
 }
 
 std::vector<std::string_view> Split(std::string_view text, char separator) {
@@ -202,6 +213,12 @@ void ApplyCutColor(CJobData& settings, std::string_view text, TicketKind kind) {
            "a cut colour is given as rgb:R,G,B or cmyk:C,M,Y,K or, for previews, spot:NAME");
   }
   settings.CutterEnabled = true;
+}
+
+void ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation) {
+  if (invocation.Has(OptionId::Dpi)) ticket.SetDPI(ParseDpi(invocation.ValueOr(OptionId::Dpi, "")));
+  ticket.SetPlanar(invocation.Has(OptionId::Planar));
+  ticket.SetCutOnly(invocation.Has(OptionId::CutOnly));
 }
 
 void ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind) {

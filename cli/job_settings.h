@@ -6,6 +6,8 @@
 
 #include "rastrel/job/job_data.h"
 
+class CVKJobTicket;
+
 namespace rastrel::cli {
 
 struct Invocation;
@@ -16,6 +18,10 @@ enum class TicketKind { Print, Preview };
 /// Puts what --scale, --levels, --levels-red and its like, and --cut-color say into a ticket's
 /// settings; what is not given stays. Throws CommandError(WrongUse) with what is wrong.
 void ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind);
+
+/// Puts what --dpi, --planar and --cut-only say into a preview's ticket. Throws
+/// CommandError(WrongUse).
+void ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation);
 
 /// The value of --scale: "none"; a size with its unit, "10x5in", "25.4x12.7cm", "254x127mm"; or the
 /// name of a target of the RIP, which begins with a letter.

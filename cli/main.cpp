@@ -11,6 +11,7 @@
 #include "cli/inspect_command.h"
 #include "cli/listings.h"
 #include "cli/options.h"
+#include "cli/prefix_command.h"
 #include "cli/print_command.h"
 #include "cli/reprint_command.h"
 #include "cli/spool_command.h"
@@ -50,6 +51,7 @@ ExitStatus Run(const Invocation& invocation) {
   if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
   switch (invocation.command) {
     case CommandId::Print: return PrintCommand(invocation);
+    case CommandId::Prefix: return PrefixCommand(invocation);
     case CommandId::Reprint: return ReprintCommand(invocation);
     case CommandId::TicketShow: return ShowTicketCommand(invocation);
     case CommandId::TicketHold: return HoldTicketCommand(invocation, true);

@@ -27,8 +27,13 @@ constexpr std::array OptionTable{
     OptionRow{LevelsGray, "--levels-gray", "LOW,GAMMA,HIGH", "Adjust gray by itself."},
     OptionRow{CutColor, "--cut-color", "rgb:R,G,B|cmyk:C,M,Y,K|spot:NAME",
               "Take what has this colour as cut data, not as print."},
+    OptionRow{Preview, "--preview", "", "Of a preview, not of a print."},
+    OptionRow{Dpi, "--dpi", "N",
+              "Pixels per inch of the preview, from 1 to 4800; 72 if not given."},
+    OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
+    OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
     OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
     OptionRow{Painted, "--painted", "",
@@ -40,6 +45,9 @@ constexpr std::array OptionTable{
 constexpr std::array PrintOptions{
     Printer,   Mode,        Copies,     Pages,      Spool,    KeepPs,     Planar, Scale, Levels,
     LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Output, Json,  Help};
+constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
+                                   LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
+                                   Dpi,         Planar,     CutOnly,    OutputFile, Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
@@ -48,6 +56,8 @@ constexpr std::array HelpOptions{Help};
 constexpr std::array CommandTable{
     CommandRow{CommandId::Print, "print", "FILE", false, "Print a PostScript, EPS or PDF file.",
                PrintOptions},
+    CommandRow{CommandId::Prefix, "prefix", "FILE", false,
+               "Show the PostScript that goes to the RIP ahead of a file.", PrefixOptions},
     CommandRow{CommandId::Reprint, "reprint", "TICKET|NAME", false,
                "Deliver pages that `print --spool` kept, with no RIP.", ReprintOptions},
     CommandRow{CommandId::TicketShow, "ticket show", "TICKET", false, "Show a saved job ticket.",
@@ -83,7 +93,10 @@ constexpr const char* Place = "operand";
 void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const OptionRow& row = OptionOf(id);
   const bool isSwitch = *row.value == '\0';
-  const std::string names = id == Help ? "-h,--help" : row.name;
+  const std::string names = (id == Help         ? "-h,"
+                             : id == OutputFile ? "-o,"
+                                                : "") +
+                            std::string(row.name);
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);

@@ -25,8 +25,12 @@ enum class OptionId {
   LevelsBlue,
   LevelsGray,
   CutColor,
+  Preview,
+  Dpi,
+  CutOnly,
   SaveTicket,
   Output,
+  OutputFile,
   Json,
   Tsv,
   Painted,
@@ -44,6 +48,7 @@ struct OptionRow {
 enum class CommandId {
   None,  ///< only options were given, or nothing at all
   Print,
+  Prefix,
   Reprint,
   TicketShow,
   TicketHold,
