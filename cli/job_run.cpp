@@ -87,22 +87,24 @@ void StopRequest::OnSignal() {
                                 : "already stopping; the job's programs are being ended");
 }
 
-JobEnd RunJob(ObservedTicket& ticket, JobRecord& record, JobView& view, StopRequest& stop) {
+JobEnd RunJob(CJobTicket& ticket, TicketWatch& watch, JobRecord& record, JobView& view,
+              StopRequest& stop) {
   if (stop.IsMade()) return JobEnd::Cancelled;
-  ticket.AddObserver(&record);
-  ticket.AddObserver(&view);
+  watch.AddObserver(&record);
+  watch.AddObserver(&view);
   if (!ticket.PrintJob()) {
     view.Finish();
     return JobEnd::Failed;
   }
   stop.Watch(&ticket);
-  ticket.WaitForEnd(view.IsLive() ? [&view] { view.Tick(); } : std::function<void()>());
+  watch.WaitForEnd(*ticket.GetPrintThread(),
+                   view.IsLive() ? [&view] { view.Tick(); } : std::function<void()>());
   stop.Forget();
   ticket.EndPrint();
   view.Finish();
   // The library aborts a job by itself, too: when the output engine does not take its input.
   if (ticket.m_Error == JTE_ABNORMAL && stop.IsMade()) return JobEnd::Cancelled;
-  return ticket.m_Error == JTE_NONE && ticket.HasReportedEnd() ? JobEnd::Done : JobEnd::Failed;
+  return ticket.m_Error == JTE_NONE && watch.HasReportedEnd() ? JobEnd::Done : JobEnd::Failed;
 }
 
 ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record, JobView& view,

@@ -46,9 +46,14 @@ class StopRequest {
 /// How a job ended.
 enum class JobEnd { Done, Failed, Cancelled };
 
-/// Prints the ticket and waits for its end. Observers are added here.
-[[nodiscard]] JobEnd RunJob(ObservedTicket& ticket, JobRecord& record, JobView& view,
-                            StopRequest& stop);
+/// Prints the ticket, which `watch` is a part of, and waits for its end. Observers are added here.
+[[nodiscard]] JobEnd RunJob(CJobTicket& ticket, TicketWatch& watch, JobRecord& record,
+                            JobView& view, StopRequest& stop);
+template <typename Ticket>
+[[nodiscard]] JobEnd RunJob(Observed<Ticket>& ticket, JobRecord& record, JobView& view,
+                            StopRequest& stop) {
+  return RunJob(ticket, ticket, record, view, stop);
+}
 
 /// Tells of the end of a job and gives the command's status. `pages` is how many pages the job has,
 /// 0 if only the record knows.

@@ -12,6 +12,7 @@
 #include "cli/listings.h"
 #include "cli/options.h"
 #include "cli/prefix_command.h"
+#include "cli/preview_command.h"
 #include "cli/print_command.h"
 #include "cli/reprint_command.h"
 #include "cli/spool_command.h"
@@ -51,6 +52,7 @@ ExitStatus Run(const Invocation& invocation) {
   if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
   switch (invocation.command) {
     case CommandId::Print: return PrintCommand(invocation);
+    case CommandId::Preview: return PreviewCommand(invocation);
     case CommandId::Prefix: return PrefixCommand(invocation);
     case CommandId::Reprint: return ReprintCommand(invocation);
     case CommandId::TicketShow: return ShowTicketCommand(invocation);

@@ -1,5 +1,6 @@
 #include "cli/observed_ticket.h"
 
+#include <chrono>
 #include <cstdarg>
 
 #include "rastrel/job/format_string.h"
@@ -43,14 +44,10 @@ JobEvent CodeEvent(JobEventKind kind, int code, const std::wstring& text,
 
 }  // namespace
 
-ObservedTicket::ObservedTicket() { OpenLog(DropLine); }
-
-// The thread calls the operations below, so it must be over before this part of the object is gone.
-ObservedTicket::~ObservedTicket() { EndPrint(); }
-
-void ObservedTicket::WaitForEnd(const std::function<void()>& tick) {
+void TicketWatch::WaitForEnd(const PrintingThread::CPrintingThread& thread,
+                             const std::function<void()>& tick) {
   std::unique_lock<std::mutex> lock(m_EndMutex);
-  const auto ended = [this] { return m_Ended || GetPrintThread()->HasEnded(); };
+  const auto ended = [&] { return m_Ended || thread.HasEnded(); };
   while (!m_Changed.wait_for(lock, TickLength, ended)) {
     lock.unlock();
     if (tick) tick();
@@ -58,48 +55,68 @@ void ObservedTicket::WaitForEnd(const std::function<void()>& tick) {
   }
 }
 
-bool ObservedTicket::HasReportedEnd() {
+bool TicketWatch::HasReportedEnd() {
   const std::lock_guard<std::mutex> guard(m_EndMutex);
   return m_Ended;
 }
 
-void ObservedTicket::Tell(const JobEvent& event) {
+void TicketWatch::Tell(JobEvent event) {
   const std::lock_guard<std::mutex> guard(m_ObserverMutex);
+  if (m_Filter) m_Filter(event);
   for (JobObserver* observer : m_Observers) observer->OnEvent(event);
 }
 
-void ObservedTicket::Warning(const wchar_t* text, JT_ORIGINATOR originator) {
-  CJobTicket::Warning(text, originator);
-  Tell(TextEvent(JobEventKind::Warning, text, originator));
-}
-
-void ObservedTicket::Error(const wchar_t* text, JT_ORIGINATOR originator) {
-  CJobTicket::Error(text, originator);
-  Tell(TextEvent(JobEventKind::Error, text, originator));
-}
-
-void ObservedTicket::Error(JT_ERROR code, JT_ORIGINATOR originator) {
-  {
-    const ReportScope scope;
-    CJobTicket::Error(code, originator);
-  }
-  Tell(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
-}
-
-void ObservedTicket::Info(JT_INFO code, JT_ORIGINATOR originator) {
-  {
-    const ReportScope scope;
-    CJobTicket::Info(code, originator);
-  }
-  Tell(CodeEvent(JobEventKind::State, code, job::InfoText(code, originator), originator));
-  if (code != JTI_PROCESSING_COMPLETED && code != JTI_PRINTING_ABORTED) return;
+void TicketWatch::End() {
   const std::lock_guard<std::mutex> guard(m_EndMutex);
   m_Ended = true;
   m_Changed.notify_all();
 }
 
-void ObservedTicket::Progress(unsigned short percent, JT_ORIGINATOR originator) {
-  CJobTicket::Progress(percent, originator);
+template <typename Ticket>
+Observed<Ticket>::Observed() {
+  this->OpenLog(DropLine);
+}
+
+// The thread calls the operations below, so it must be over before this part of the object is gone.
+template <typename Ticket>
+Observed<Ticket>::~Observed() {
+  this->EndPrint();
+}
+
+template <typename Ticket>
+void Observed<Ticket>::Warning(const wchar_t* text, JT_ORIGINATOR originator) {
+  Ticket::Warning(text, originator);
+  Tell(TextEvent(JobEventKind::Warning, text, originator));
+}
+
+template <typename Ticket>
+void Observed<Ticket>::Error(const wchar_t* text, JT_ORIGINATOR originator) {
+  Ticket::Error(text, originator);
+  Tell(TextEvent(JobEventKind::Error, text, originator));
+}
+
+template <typename Ticket>
+void Observed<Ticket>::Error(JT_ERROR code, JT_ORIGINATOR originator) {
+  {
+    const ReportScope scope;
+    Ticket::Error(code, originator);
+  }
+  Tell(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
+}
+
+template <typename Ticket>
+void Observed<Ticket>::Info(JT_INFO code, JT_ORIGINATOR originator) {
+  {
+    const ReportScope scope;
+    Ticket::Info(code, originator);
+  }
+  Tell(CodeEvent(JobEventKind::State, code, job::InfoText(code, originator), originator));
+  if (code == JTI_PROCESSING_COMPLETED || code == JTI_PRINTING_ABORTED) End();
+}
+
+template <typename Ticket>
+void Observed<Ticket>::Progress(unsigned short percent, JT_ORIGINATOR originator) {
+  Ticket::Progress(percent, originator);
   if (percent == 0) return;
   JobEvent event;
   event.kind = JobEventKind::Progress;
@@ -108,14 +125,18 @@ void ObservedTicket::Progress(unsigned short percent, JT_ORIGINATOR originator) 
   Tell(event);
 }
 
-void ObservedTicket::Log(const wchar_t* format, ...) {
+template <typename Ticket>
+void Observed<Ticket>::Log(const wchar_t* format, ...) {
   std::va_list list;
   va_start(list, format);
   const std::wstring line = job::FormatVariableList(format, list);
   va_end(list);
-  CJobTicket::Log(L"%s", line.c_str());
+  Ticket::Log(L"%s", line.c_str());
   if (t_InReport) return;
   if (const auto event = EventOfLogLine(line)) Tell(*event);
 }
+
+template class Observed<CJobTicket>;
+template class Observed<CVKJobTicket>;
 
 }  // namespace rastrel::cli

@@ -29,7 +29,7 @@ constexpr std::array OptionTable{
               "Take what has this colour as cut data, not as print."},
     OptionRow{Preview, "--preview", "", "Of a preview, not of a print."},
     OptionRow{Dpi, "--dpi", "N",
-              "Pixels per inch of the preview, from 1 to 4800; 72 if not given."},
+              "Pixels per inch of the preview, from 1 to 4800; 72 if not given. Not of planes."},
     OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
@@ -48,6 +48,9 @@ constexpr std::array PrintOptions{
 constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
                                    LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
                                    Dpi,         Planar,     CutOnly,    OutputFile, Help};
+constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,      Levels,
+                                    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor,
+                                    KeepPs,    OutputFile,  Json,       Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
@@ -56,6 +59,9 @@ constexpr std::array HelpOptions{Help};
 constexpr std::array CommandTable{
     CommandRow{CommandId::Print, "print", "FILE", false, "Print a PostScript, EPS or PDF file.",
                PrintOptions},
+    CommandRow{CommandId::Preview, "preview", "FILE", false,
+               "Make a picture of a file at a resolution of its own, or of its colour planes.",
+               PreviewOptions},
     CommandRow{CommandId::Prefix, "prefix", "FILE", false,
                "Show the PostScript that goes to the RIP ahead of a file.", PrefixOptions},
     CommandRow{CommandId::Reprint, "reprint", "TICKET|NAME", false,

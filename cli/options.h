@@ -48,6 +48,7 @@ struct OptionRow {
 enum class CommandId {
   None,  ///< only options were given, or nothing at all
   Print,
+  Preview,
   Prefix,
   Reprint,
   TicketShow,

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "cli/exit_status.h"
+
+namespace rastrel::cli {
+
+struct Invocation;
+
+/// `rastrel preview FILE -o out.tif`: makes a picture of each page, or of each colour plane,
+/// through the host's preview ticket. Throws CommandError.
+[[nodiscard]] ExitStatus PreviewCommand(const Invocation& invocation);
+
+}  // namespace rastrel::cli
