@@ -12,14 +12,25 @@ namespace {
 
 constexpr int PercentStep = 10;
 
-}  // namespace
-
-JobView::JobView(bool json) : m_Json(json) {
-  if (!json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
-    m_Line = std::make_unique<ProgressLine>();
+std::unique_ptr<ProgressLine> NewLine(bool json) {
+  if (json || !os::IsTerminal(os::StandardHandle(os::StandardStream::Error))) return nullptr;
+  return std::make_unique<ProgressLine>();
 }
 
+}  // namespace
+
+JobView::JobView(bool json) : m_Json(json), m_Line(NewLine(json)) {}
+
 JobView::~JobView() = default;
+
+void JobView::Begin(const std::string& file) {
+  {
+    const std::lock_guard<std::mutex> guard(m_Mutex);
+    m_Line = NewLine(m_Json);
+    m_ShownPercent = 0;
+  }
+  Say("job", "printing", file);
+}
 
 void JobView::OnEvent(const JobEvent& event) {
   const std::lock_guard<std::mutex> guard(m_Mutex);

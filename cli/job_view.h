@@ -17,6 +17,8 @@ class JobView : public JobObserver {
   explicit JobView(bool json);
   ~JobView() override;
 
+  /// Another job of the same command begins; shown from a fresh start. Before its PrintJob.
+  void Begin(const std::string& file);
   void OnEvent(const JobEvent& event) override;
   /// One line about the command itself, for instance that it is stopping. `event` is its JSON name.
   void Say(const char* event, const std::string& text, const std::string& path = {});

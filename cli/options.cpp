@@ -57,7 +57,7 @@ constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
-    CommandRow{CommandId::Print, "print", "FILE", false, "Print a PostScript, EPS or PDF file.",
+    CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
                PrintOptions},
     CommandRow{CommandId::Preview, "preview", "FILE", false,
                "Make a picture of a file at a resolution of its own, or of its colour planes.",

@@ -1,6 +1,7 @@
 #include "cli/print_command.h"
 
 #include <optional>
+#include <vector>
 
 #include "cli/input_file.h"
 #include "cli/installation.h"
@@ -22,7 +23,7 @@ namespace {
 
 /// What the options say, checked before anything runs.
 struct PrintRequest {
-  InputFile input;
+  std::vector<InputFile> inputs;
   std::string printer;
   PrintMode mode;
   CJobData settings;  ///< scale, levels and cut colour only
@@ -43,7 +44,12 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   request.planar = invocation.Has(OptionId::Planar);
   if (invocation.Has(OptionId::SaveTicket))
     request.ticketPath = TicketPath(invocation.ValueOr(OptionId::SaveTicket, ""));
-  request.input = InspectInput(invocation.operand);
+  if (invocation.Has(OptionId::SaveTicket) && invocation.operands.size() > 1)
+    throw CommandError(ExitStatus::WrongUse,
+                       "a ticket file holds one job: print the files one by "
+                       "one to save a ticket of each");
+  for (const std::string& operand : invocation.operands)
+    request.inputs.push_back(InspectInput(operand));
   MakeSureOfDataRoot();
   request.printer = invocation.ValueOr(OptionId::Printer, DefaultPrinter);
   if (invocation.Has(OptionId::Printer)) CheckPrinter(request.printer);
@@ -51,8 +57,9 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   return request;
 }
 
-void Fill(CJobTicket& ticket, const PrintRequest& request, const std::string& copy) {
-  ticket.m_JobName = os::WideFromUtf8(request.input.safeName);
+void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& input,
+          const std::string& copy) {
+  ticket.m_JobName = os::WideFromUtf8(input.safeName);
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_Copies = request.copies;
   ticket.m_Pages = request.pages;
@@ -82,26 +89,16 @@ void TellKept(JobView& view, const JobDirectory& directory) {
   view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
 }
 
-}  // namespace
-
-ExitStatus PrintCommand(const Invocation& invocation) {
-  JobView view(invocation.Has(OptionId::Json));
-  StopRequest stop(&view);
-  const PrintRequest request = CheckRequest(invocation);
-  // The pages' own description names the printer; a variable that is set would count for more.
-  SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer);
-  std::optional<KeepFilesHost> keeping;
-  if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
+ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobView& view,
+                     StopRequest& stop) {
   const bool keep = KeepsFiles();
-
   std::optional<SpoolReservation> spool;
-  if (request.spool) spool.emplace(request.input.safeName);
+  if (request.spool) spool.emplace(input.safeName);
   const JobDirectory directory(keep);
-  const std::string copy =
-      directory.Take(request.input, spool ? spool->Name() : request.input.safeName);
+  const std::string copy = directory.Take(input, spool ? spool->Name() : input.safeName);
 
   ObservedTicket ticket;
-  Fill(ticket, request, copy);
+  Fill(ticket, request, input, copy);
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, stop);
   if (spool && ticket.GetCFMFileExists()) {
@@ -115,6 +112,28 @@ ExitStatus PrintCommand(const Invocation& invocation) {
   const ExitStatus status = TellEnd(end, ticket, record, view, 0);
   if (unsaved) throw *unsaved;
   return status;
+}
+
+}  // namespace
+
+ExitStatus PrintCommand(const Invocation& invocation) {
+  JobView view(invocation.Has(OptionId::Json));
+  StopRequest stop(&view);
+  const PrintRequest request = CheckRequest(invocation);
+  // The pages' own description names the printer; a variable that is set would count for more.
+  SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer);
+  std::optional<KeepFilesHost> keeping;
+  if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
+
+  // A job that fails does not keep the files behind it from being printed; its status is told.
+  ExitStatus result = ExitStatus::Done;
+  for (const InputFile& input : request.inputs) {
+    if (request.inputs.size() > 1) view.Begin(input.path);
+    const ExitStatus status = PrintFile(request, input, view, stop);
+    if (result == ExitStatus::Done) result = status;
+    if (status == ExitStatus::Cancelled) return status;
+  }
+  return result;
 }
 
 }  // namespace rastrel::cli

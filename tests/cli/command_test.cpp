@@ -369,5 +369,28 @@ TEST_F(CommandTest, prints_of_one_name_at_once_get_a_spool_entry_each) {
     EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM/" + name), Names({"p0001", "p0002"})) << name;
 }
 
+TEST_F(CommandTest, several_files_print_one_after_the_other_and_a_failure_is_told_at_the_end) {
+  m_Command.Place().Write("bad.ps", "%!PS\n");
+  m_Command.WriteRip("case \"$*\" in *bad*) echo 'ERROR: no' >&2; exit 1;; esac\n" +
+                     std::string("mkdir -p System/c-out/r/p0001\n") +
+                     "printf 'begin := once\\n id := x\\n dir := %s/System/c-out/r/\\n"
+                     " title := p0001\\nend\\n' \"$PWD\"\n");
+  const auto result = m_Command.Run({"print", "bad.ps", "job.ps", "job.ps", "--output", "out"});
+  EXPECT_EQ(result.status, 1) << result.error;
+  EXPECT_EQ(result.Lines().size(), 2U) << result.output;
+  EXPECT_NE(result.error.find("printing: bad.ps"), std::string::npos) << result.error;
+}
+
+TEST_F(CommandTest, a_missing_file_among_several_is_told_before_any_prints) {
+  const auto result = m_Command.Run({"print", "job.ps", "missing.ps"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.output, "");
+  EXPECT_NE(result.error.find("missing.ps"), std::string::npos) << result.error;
+}
+
+TEST_F(CommandTest, one_ticket_for_several_files_is_wrong_use) {
+  EXPECT_EQ(m_Command.Run({"print", "job.ps", "job.ps", "--save-ticket", "t"}).status, 2);
+}
+
 }  // namespace
 }  // namespace rastrel::test

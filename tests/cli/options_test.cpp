@@ -119,7 +119,7 @@ TEST(ParseArguments, reads_every_command_of_the_table) {
 TEST(ParseArguments, refuses_what_the_tables_do_not_have) {
   const std::vector<std::vector<const char*>> wrong = {
       {"frobnicate"},      {"print"},           {"print", ""},
-      {"print", "a", "b"}, {"--frob"},          {"print", "a", "--frob"},
+      {"reprint", "a", "b"}, {"--frob"},          {"print", "a", "--frob"},
       {"printers", "x"},   {"spool", "frob"},   {"print", "a", "--copies"},
       {"ticket", "show"},  {"modes", "--spool"}};
   for (const auto& words : wrong) {
