@@ -27,8 +27,11 @@ inline constexpr const char* GoodEngine = "cat > \"$RASTREL_HOME/engine.input\"\
 /// For a script: becomes a program that runs until it is ended.
 inline constexpr const char* Hang = "exec sleep 1000\n";
 
-/// How many threads this process has.
+/// How many threads this process has. A sanitizer starts one of its own with the first that the
+/// program starts, so one is started before the first count.
 inline std::size_t Threads() {
+  static const bool begun = (std::thread([] {}).join(), true);
+  static_cast<void>(begun);
   return static_cast<std::size_t>(
       std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
 }

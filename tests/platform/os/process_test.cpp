@@ -112,7 +112,7 @@ TEST(Spawn, the_exit_status_is_the_childs) {
 }
 
 TEST(Spawn, a_child_that_runs_is_told_as_running) {
-  const RunningChild child(Shell("sleep 30"));
+  const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const auto state = os::TakeExitState(child.Process());
   ASSERT_TRUE(state);
@@ -305,7 +305,7 @@ TEST(Spawn, a_child_without_a_descriptor_is_ended_reaped_and_reported) {
     spawned = id;
     return FailToOpenProcess(id, flags);
   };
-  const auto child = os::Spawn(Shell("sleep 30"));
+  const auto child = os::Spawn(Shell("exec sleep 30"));
   ASSERT_FALSE(child);
   EXPECT_EQ(child.Error().operation, "pidfd_open");
   EXPECT_EQ(child.Error().error, EMFILE);
@@ -408,7 +408,7 @@ TEST(Terminate, a_child_that_had_ended_before_keeps_its_own_status) {
 }
 
 TEST(Terminate, a_signal_that_may_not_be_sent_is_a_failure_and_no_endless_wait) {
-  const RunningChild child(Shell("sleep 30"));
+  const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const os::SystemCallsGuard guard;
   os::Calls().pidfd_send_signal = [](int, int, siginfo_t*, unsigned) {
@@ -427,7 +427,7 @@ TEST(CanOpenProcess, is_true_for_living_processes_only) {
   EXPECT_FALSE(os::CanOpenProcess(0xFFFFFFFF));
   EXPECT_FALSE(os::CanOpenProcess(0x80000000));
   EXPECT_FALSE(os::CanOpenProcess(0x7FFFFFFF));
-  const auto child = os::Spawn(Shell("sleep 30"));
+  const auto child = os::Spawn(Shell("exec sleep 30"));
   ASSERT_TRUE(child);
   EXPECT_TRUE(os::CanOpenProcess(child->id));
   EXPECT_TRUE(os::Terminate(child->process));
