@@ -30,8 +30,9 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses what those before it define.
-constexpr std::array<const char*, 5> PrologFiles{"reports.ps", "guard.ps", "device.ps",
-                                                 "selection.ps", "sections.ps"};
+constexpr std::array PrologFiles{"reports.ps",   "guard.ps",   "device.ps", "selection.ps",
+                                 "sections.ps",  "capture.ps", "match.ps",  "painting.ps",
+                                 "lettering.ps", "cutter.ps"};
 constexpr const char* BeginFile = "begin.ps";
 
 constexpr int PixelPipeSize = 1 << 20;
@@ -41,7 +42,7 @@ std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 // What the prolog must know before its first file. Sent through a pipe that is empty afterwards, so
 // the job can't read it again.
 std::string SetupText(const std::string& word) {
-  return "serverdict begin 0 exitserver userdict begin\n"
+  return "serverdict begin 0 exitserver true setglobal userdict begin\n"
          "/rip.word (" +
          word +
          ") def\n"
@@ -54,7 +55,7 @@ std::string SetupText(const std::string& word) {
          "/rip.planefiles (" +
          At(Planes) +
          "/%04d.tif) def\n"
-         "end\n";
+         "end false setglobal\n";
 }
 
 std::vector<std::string> Arguments(const InterpreterRequest& request, const Settings& settings) {
@@ -70,6 +71,8 @@ std::vector<std::string> Arguments(const InterpreterRequest& request, const Sett
                                      "-sOutputFile=" + At(Pixels),
                                      "--permit-file-read=" + At(Modes) + "/*",
                                      "--permit-file-write=" + At(Planes) + "/*"};
+  // The prolog's painting operators go to systemdict, and it is closed again before the job begins.
+  if (request.cutter) arguments.emplace_back("-dWRITESYSTEMDICT");
   if (request.kind == JobKind::Eps) arguments.emplace_back("-dEPSCrop");
   arguments.emplace_back("-f");
   arguments.push_back(At(Setup));

@@ -19,8 +19,9 @@ struct InterpreterRequest {
   std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes
   std::string word;          ///< the secret word of the run's reports
   JobKind kind = JobKind::PostScript;
-  int prefix = -1;  ///< the open prefix file; -1: none
-  int pdf = -1;     ///< the open job file if it is PDF
+  bool cutter = false;  ///< the prefix may set a cut colour
+  int prefix = -1;      ///< the open prefix file; -1: none
+  int pdf = -1;         ///< the open job file if it is PDF
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.

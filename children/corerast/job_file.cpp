@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 #include "rastrel/platform/os/outcome.h"
@@ -54,6 +55,16 @@ std::variant<OpenFile, RunFailure> Open(const char* what, const std::string& pat
   return opened;
 }
 
+// Whether a line ends in a colour space's name and one of the operators that take a cut colour.
+bool SetsCutColour(std::string_view prefix) {
+  for (const std::string_view space : {"/DeviceRGB", "/DeviceCMYK", "/DeviceGray", "/Separation"}) {
+    for (const std::string_view name : {" $setcutter", " $stripcontour"}) {
+      if (prefix.find(std::string(space).append(name)) != prefix.npos) return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 std::variant<JobFile, RunFailure> OpenJob(const std::string& path) {
@@ -84,8 +95,8 @@ std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path) {
   auto opened = Open("prefix", path);
   if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
   os::FileDescriptor& file = std::get<OpenFile>(opened).file;
-  std::string title = FindTitle(ReadAt(file.Get(), 0, JobHeadSize));
-  return PrefixFile{std::move(file), std::move(title)};
+  const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
+  return PrefixFile{std::move(file), FindTitle(head), SetsCutColour(head)};
 }
 
 }  // namespace rastrel::corerast

@@ -18,7 +18,8 @@ struct JobFile {
 /// An open prefix.
 struct PrefixFile {
   os::FileDescriptor file;
-  std::string title;  ///< of its "%%Title:" line; may be empty
+  std::string title;    ///< of its "%%Title:" line; may be empty
+  bool cutter = false;  ///< it has a line that sets a cut colour
 };
 
 /// Opens a job and finds out what it holds. Failures, all ExitStatus::BadInput: it can't be read,

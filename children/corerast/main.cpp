@@ -81,8 +81,9 @@ int Rip(const CommandLine& line, const char* program, Reporter& reporter,
     if (const auto* const failure = std::get_if<RunFailure>(&prefix)) {
       return Report(reporter, *failure);
     }
-    auto& [file, title] = std::get<PrefixFile>(prefix);
+    auto& [file, title, cutter] = std::get<PrefixFile>(prefix);
     parts.prefix = std::move(file);
+    parts.cutter = cutter;
     if (!title.empty()) parts.description.job = title;
   }
   const auto directory = RunDirectory::Make(parts.ripDirectory, guardian);

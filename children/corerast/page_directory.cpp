@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "children/corerast/cut_paths.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::corerast {
@@ -142,6 +143,8 @@ os::Outcome<os::Done> PageDirectory::Finish(const RunDescription& run) {
         {m_Size.channels == 1 ? "Gray" : RgbNames[channel], m_PixelName, channel});
   }
   info.files = {{m_PixelName, m_Bytes, m_Sum.Finish()}, *picture};
+  const auto cut = WriteCutPaths(run, m_Path, info);
+  if (!cut) return cut.Error();
   return WritePageInfo(m_Path, info);
 }
 

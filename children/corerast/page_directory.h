@@ -14,6 +14,8 @@
 /// Page directories: "p0001" and so on below the run's directory.
 namespace rastrel::corerast {
 
+class CutPaths;
+
 /// What all pages of a run have in common.
 struct RunDescription {
   std::string job;      ///< title; UTF-8
@@ -21,6 +23,7 @@ struct RunDescription {
   std::string mode;     ///< "FOLDER/NAME"
   double xResolution = 72;
   double yResolution = 72;
+  CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 
 /// "p0001" for 1. Five and more digits where they are needed.

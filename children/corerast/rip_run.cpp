@@ -46,7 +46,10 @@ RipRun::RipRun(Parts parts, const RunDirectory& directory, Reporter& reporter,
       m_Directory(directory),
       m_Reporter(reporter),
       m_Guardian(guardian),
-      m_Stream(*this) {}
+      m_Stream(*this),
+      m_Pixels(PixelBufferSize) {
+  m_Parts.description.cuts = &m_Cuts;
+}
 
 RipRun::~RipRun() = default;
 
@@ -82,6 +85,7 @@ bool RipRun::Start() {
   request.ripDirectory = m_Parts.ripDirectory;
   request.word = m_Word;
   request.kind = m_Parts.job.layout.kind;
+  request.cutter = m_Parts.cutter;
   request.prefix = m_Parts.prefix.Get();
   const bool pdf = request.kind == JobKind::Pdf;
   if (pdf) request.pdf = m_Parts.job.file.Get();
@@ -101,8 +105,10 @@ bool RipRun::Step() {
   const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
   if (m_Failure || !streaming) return false;
   if (!Poll()) return false;
-  // Reports first: what was reported before a pixel was written is known before it is read.
-  if (!ReadReports() || !ReadPixels()) return false;
+  // What was reported before a pixel was written stands in the pipe when the pixel has been read,
+  // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
+  // before its pixels count.
+  if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
   if (m_Feed->Descriptor() >= 0 && !m_Feed->Send()) {
     Fail(ExitStatus::BadInput, "The job can't be read: " + os::DescribeError(errno) + ".");
     return false;
@@ -148,14 +154,19 @@ bool RipRun::ReadReports() {
 }
 
 bool RipRun::ReadPixels() {
-  static std::array<std::byte, PixelBufferSize> buffer;
   if (!m_Interpreter->pixels.IsOpen()) return true;
-  const ssize_t count = read(m_Interpreter->pixels.Get(), buffer.data(), buffer.size());
+  const ssize_t count = read(m_Interpreter->pixels.Get(), m_Pixels.data(), m_Pixels.size());
   if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
   if (count < 0) return FailOn({"read", "the interpreter's pixels", errno});
-  const bool taken = count == 0
-                         ? m_Stream.Finish()
-                         : m_Stream.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
+  m_PixelCount = static_cast<std::size_t>(count);
+  return true;
+}
+
+bool RipRun::TakePixels() {
+  if (!m_PixelCount) return true;
+  const std::size_t count = *std::exchange(m_PixelCount, {});
+  const bool taken =
+      count == 0 ? m_Stream.Finish() : m_Stream.Add(std::span(m_Pixels).first(count));
   if (count == 0) m_Interpreter->pixels.Reset();
   if (!taken && !m_Stream.Problem().empty() && count > 0) {
     Fail(ExitStatus::Failed, "The interpreter's pixels can't be read: " + m_Stream.Problem() + ".");
@@ -165,9 +176,12 @@ bool RipRun::ReadPixels() {
 
 void RipRun::HandleLine(const std::string& line) {
   if (const auto report = ReadReport(line, m_Word)) {
+    m_Reported = true;
     HandleReport(*report);
     return;
   }
+  // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
+  if (m_Parts.cutter && !m_Reported && !line.starts_with("Error: ")) return;
   if (line.starts_with("Error: ") && m_LastError.empty()) m_LastError = line.substr(7);
   m_Reporter.Text(line);
 }
@@ -195,14 +209,19 @@ void RipRun::HandleReport(const Report& report) {
   } else if (report.key == "LOG") {
     m_Reporter.Text(report.value);
   } else if (report.key == "SIZE") {
+    m_Cuts.BeginPage();
     HandleSize(report.value);
   } else if (report.key == "PAGE") {
     ShowConverting();
+    m_Cuts.EndPage();
     MakeSeparations(m_Ended++);
   } else if (report.key == "JOB") {
     m_Started = true;
     m_Reporter.Info("READY");
     m_Reporter.Info("INTERPRETING");
+  } else if (!m_Cuts.Add(report)) {
+    Fail(ExitStatus::Failed,
+         "The job's cut paths take more than " + std::to_string(CutPaths::Limit >> 20) + " MiB.");
   }
 }
 

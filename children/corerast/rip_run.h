@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "children/corerast/command_line.h"
+#include "children/corerast/cut_paths.h"
 #include "children/corerast/ghostscript.h"
 #include "children/corerast/job_feed.h"
 #include "children/corerast/job_file.h"
@@ -26,6 +27,7 @@ class RipRun : private PageReceiver {
     RunDescription description;
     JobFile job;
     os::FileDescriptor prefix;  ///< may be closed: none
+    bool cutter = false;        ///< the prefix sets a cut colour
     Settings settings;
   };
 
@@ -48,6 +50,7 @@ class RipRun : private PageReceiver {
   bool Poll();
   bool ReadReports();
   bool ReadPixels();
+  bool TakePixels();
   void HandleLine(const std::string& line);
   void HandleReport(const Report& report);
   void HandleSize(const std::string& value);
@@ -71,7 +74,10 @@ class RipRun : private PageReceiver {
   std::optional<JobFeed> m_Feed;
   LineCutter m_Lines;
   PageStream m_Stream;
-  std::unique_ptr<PageDirectory> m_Page;  // the one whose pixels come at present
+  CutPaths m_Cuts;
+  std::vector<std::byte> m_Pixels;          // read and not taken yet
+  std::optional<std::size_t> m_PixelCount;  // of these; 0: the stream's end
+  std::unique_ptr<PageDirectory> m_Page;    // the one whose pixels come at present
   std::optional<RunFailure> m_Failure;
   std::int64_t m_Deadline = 0;  // nanoseconds of the monotonic clock
   std::string m_LastError;      // the interpreter's own words
@@ -81,6 +87,7 @@ class RipRun : private PageReceiver {
   double m_PageBytes = 0;       // of the present page, if it is separated
   std::uint64_t m_TotalBytes = 0;
   std::int64_t m_NextProgress = 0;
+  bool m_Reported = false;    // the prolog has begun
   bool m_Started = false;     // prolog and prefix have run
   bool m_Converting = false;  // pixels flow
 };

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "children/corerast/cut_paths.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::corerast {
@@ -178,7 +179,13 @@ std::string PlaneName(const std::string& fileName) {
 os::Outcome<os::Done> MakeSeparationPage(const std::string& workDirectory,
                                          const std::string& runDirectory, unsigned page,
                                          const RunDescription& run, std::uint64_t pixelLimit) {
-  const std::vector<PlaneFile> planes = FindPlanes(workDirectory, page);
+  std::vector<PlaneFile> planes = FindPlanes(workDirectory, page);
+  // The interpreter makes a plane for every separation that a page names; that of the cut colour
+  // holds nothing, since its paths were taken out.
+  std::erase_if(planes, [&](const PlaneFile& plane) {
+    return run.cuts != nullptr && plane.rank >= ProcessNames.size() &&
+           run.cuts->TakesSeparation(plane.name);
+  });
   if (planes.size() < ProcessNames.size() || planes[3].rank != 3 || planes.size() > PlaneLimit) {
     return os::Failure{"find the planes of page " + std::to_string(page), workDirectory, EINVAL};
   }
@@ -202,6 +209,8 @@ os::Outcome<os::Done> MakeSeparationPage(const std::string& workDirectory,
   if (!picture) return picture.Error();
   info.files.push_back(*picture);
   unlink(composite.c_str());
+  const auto cut = WriteCutPaths(run, directory, info);
+  if (!cut) return cut.Error();
   return WritePageInfo(directory, info);
 }
 
