@@ -142,6 +142,40 @@ TEST(ScalingEffect, of_a_custom_size_is_its_pixels_with_the_drawing_inside) {
   EXPECT_EQ(pixels.At(755, 250), "255,255,255");
 }
 
+// Jobs whose page has another shape than the size: each sets its size in another way, and is red to
+// its borders.
+const std::vector<std::pair<std::string, std::string>> RedSheets{
+    {"job.ps", Page(300, 300, "1 0 0 setrgbcolor 0 0 300 300 rectfill")},
+    {"job.ps", Page(100, 300, "1 0 0 setrgbcolor 0 0 100 300 rectfill")},
+    {"job.eps",
+     "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 50 50 350 350\n%%EndComments\n"
+     "1 0 0 setrgbcolor 50 50 300 300 rectfill showpage\n"}};
+
+bool RedAtTheCorners(const RipBench& bench, const std::wstring& section, const std::string& name,
+                     const std::string& job) {
+  const std::string page =
+      Pages(bench.Run({PrefixOf(bench, section, Mode100), bench.File(name, job)}), 1).front();
+  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  EXPECT_EQ(pixels.width, 1000U);
+  EXPECT_EQ(pixels.height, 500U);
+  EXPECT_EQ(pixels.At(500, 250), "255,0,0");
+  return pixels.At(1, 1) == "255,0,0" && pixels.At(998, 1) == "255,0,0" &&
+         pixels.At(1, 498) == "255,0,0" && pixels.At(998, 498) == "255,0,0";
+}
+
+TEST(AspectPolicy, of_true_leaves_room_and_of_false_fills_the_size) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::wstring keeping = prefix::ScalingSection(CustomSize(25.4, 12.7));
+  std::wstring filling = keeping;
+  filling.replace(filling.find(L"true SetAspectPolicy"), 4, L"false");
+  for (const auto& [name, job] : RedSheets) {
+    SCOPED_TRACE(job);
+    EXPECT_FALSE(RedAtTheCorners(bench, keeping, name, job));
+    EXPECT_TRUE(RedAtTheCorners(bench, filling, name, job));
+  }
+}
+
 // ---- Cutter ----
 
 CJobData CutColour(int model, std::array<std::int32_t, 4> colour) {
@@ -453,6 +487,23 @@ TEST(CutterEffect, leaves_no_plane_of_the_cut_colour_in_separations) {
   for (const children::PagePlane& plane : CheckedInfo(page).planes) planes.push_back(plane.name);
   EXPECT_EQ(planes, (Names{"Cyan", "Magenta", "Yellow", "Black", "Gold"}));
   EXPECT_EQ(CutPathsOf(page).size(), 1U);
+}
+
+TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string job =
+      "%!PS\n(Other) DeviceSelect InitRIP\n" + Outline("1 0 0 setrgbcolor").substr(5);
+  for (const std::wstring& start :
+       std::vector<std::wstring>{L"", L"(Frameless) DeviceSelect \nInitRIP \n\n"}) {
+    const std::string page =
+        OnlyPage(bench, PrefixOf(bench, prefix::CutDataSection(RedCut) + start), job);
+    const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+    EXPECT_EQ(pixels.width, 144U);
+    const bool white = std::ranges::all_of(pixels.samples, [](char c) { return c == '\xFF'; });
+    EXPECT_EQ(white, !start.empty());
+    EXPECT_EQ(CutPathsOf(page).size(), 1U);
+  }
 }
 
 }  // namespace
