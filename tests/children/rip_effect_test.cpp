@@ -473,6 +473,42 @@ TEST(CutterEffect, of_a_pdf_takes_strokes_and_fills_out) {
   }
 }
 
+// The outline's job as other programs write it out again. Programs that are not installed are left
+// out; the interpreter's own writers always run.
+TEST(CutterEffect, holds_for_files_of_other_programs) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string source = bench.File("source.ps", Outline("1 0 0 setrgbcolor"));
+  const std::string job = bench.File("job.ps", "");
+  const std::string pdf = bench.File("source.pdf", "");
+  const std::string gs = "gs -q -dBATCH -dNOPAUSE -dSAFER ";
+  const std::string quiet = " </dev/null >/dev/null 2>&1";
+  ASSERT_EQ(
+      std::system((gs + "-sDEVICE=pdfwrite -o '" + pdf + "' '" + source + "'" + quiet).c_str()), 0);
+  const std::string both = "'" + pdf + "' '" + job + "'";
+  for (const auto& [program, command] :
+       {std::pair(std::string("gs"), gs + "-sDEVICE=ps2write -o '" + job + "' '" + source + "'"),
+        std::pair(std::string("pdftops"), "pdftops -level3 " + both),
+        std::pair(std::string("pdftocairo"), "pdftocairo -ps " + both)}) {
+    SCOPED_TRACE(command);
+    if (std::system(("command -v " + program + quiet).c_str()) != 0) continue;
+    ASSERT_EQ(std::system((command + quiet).c_str()), 0);
+    const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut));
+    ExpectOutlineCut(Pages(bench.Run({prefix, job}), 1).front());
+  }
+}
+
+// A job can paint in the cut colour, and so make cut paths; it can't write them as reports.
+TEST(CutterEffect, can_not_be_forged_in_reports) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string lines =
+      "(%stderr) (w) file dup (CUT 53\nSEG 6d2031\nENDCUT \nCUTTER 61\n\\n SEG 6d\n) "
+      "writestring flushfile\n";
+  ExpectOutlineCut(OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut)),
+                            "%!PS\n" + lines + Outline("1 0 0 setrgbcolor").substr(5)));
+}
+
 TEST(CutterEffect, leaves_no_plane_of_the_cut_colour_in_separations) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;

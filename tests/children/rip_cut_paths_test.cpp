@@ -1,0 +1,113 @@
+// The cut paths' file, made of reports.
+
+#include "children/corerast/cut_paths.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace rastrel::corerast {
+namespace {
+
+// A page of 200 by 100 pixels at 144 and 72 pixels per inch: 100 by 100 points.
+children::PageInfo PageInfoOf(unsigned page) {
+  children::PageInfo info;
+  info.page = page;
+  info.width = 200;
+  info.height = 100;
+  info.xResolution = 144;
+  info.yResolution = 72;
+  return info;
+}
+
+void Draw(CutPaths& paths, const std::string& head, const std::string& segments) {
+  EXPECT_TRUE(paths.Add({"CUT", head}));
+  EXPECT_TRUE(paths.Add({"SEG", segments}));
+  EXPECT_TRUE(paths.Add({"ENDCUT", ""}));
+}
+
+const std::string Start =
+    "Rastrel cut paths 1\nunit: point\nwidth: 100\nheight: 100\nclip: not applied\n";
+
+TEST(CutPaths, stand_in_points_from_the_bottom_left) {
+  CutPaths paths;
+  EXPECT_TRUE(paths.Add({"CUTTER", "rgb 1.0 0.0 0.0"}));
+  Draw(paths, "S 2 rgb 1.0 0.0 0.0", "m 0 100 l 200 0.5 c 1 2 3 4 5 6 h ");
+  paths.EndPage();
+  // The width's scale is the mean of 1/2 and 1: 0.7071.
+  EXPECT_EQ(paths.Take(PageInfoOf(1)),
+            Start +
+                "paths: 1\npath\nkind: stroke\ncolour: rgb 1.0 0.0 0.0\nline-width: 1.4142\n"
+                "closed: 1\nm 0 0\nl 100 99.5\nc 0.5 98 1.5 96 2.5 94\nh\nend-path\nend\n");
+}
+
+TEST(CutPaths, say_which_parts_are_closed_and_leave_out_moves_that_draw_nothing) {
+  CutPaths paths;
+  Draw(paths, "F 0 gray 0.2", "m 9 9 m 0 100 l 2 100 h l 4 100 m 0 0 l 2 0 m 8 8 ");
+  paths.EndPage();
+  EXPECT_EQ(paths.Take(PageInfoOf(1)),
+            Start +
+                "paths: 1\npath\nkind: fill\ncolour: gray 0.2\nline-width: 0\nclosed: 1 0 0\n"
+                "m 0 0\nl 1 0\nh\nm 0 0\nl 2 0\nm 0 100\nl 1 100\nend-path\nend\n");
+}
+
+TEST(CutPaths, that_draw_nothing_or_can_not_be_read_make_no_block) {
+  CutPaths paths;
+  for (const std::string segments : {"", "m 1 1 ", "m 1 ", "m 1 1 l 2 ", "m 1 1 l 2 nan ",
+                                     "m 1 1 l 2 inf ", "m 1 1 x 2 2 ", "m 1 1 l 1e999 2 "}) {
+    Draw(paths, "E 0 gray 0.2", segments);
+  }
+  Draw(paths, "", "m 1 1 l 2 2 ");
+  EXPECT_TRUE(paths.Add({"SEG", "m 1 1 l 2 2 "}));
+  paths.EndPage();
+  EXPECT_EQ(paths.Take(PageInfoOf(1)), Start + "paths: 0\nend\n");
+}
+
+TEST(CutPaths, belong_to_the_page_that_ends_after_them) {
+  CutPaths paths;
+  Draw(paths, "S 0 gray 0", "m 0 0 l 2 0 ");
+  paths.BeginPage();  // the page that it was for was never put out
+  Draw(paths, "S 0 gray 0", "m 0 0 l 4 0 ");
+  paths.EndPage();
+  paths.EndPage();
+  const std::string first = paths.Take(PageInfoOf(1));
+  EXPECT_NE(first.find("paths: 1\n"), std::string::npos) << first;
+  EXPECT_NE(first.find("l 2 100\n"), std::string::npos) << first;
+  EXPECT_FALSE(paths.Wanted(1));
+  EXPECT_EQ(paths.Take(PageInfoOf(2)), Start + "paths: 0\nend\n");
+}
+
+TEST(CutPaths, keep_a_colours_name_on_its_line) {
+  CutPaths paths;
+  EXPECT_TRUE(paths.Add({"CUTTER", "separation Cut\nend \xFF%"}));
+  EXPECT_TRUE(paths.TakesSeparation("Cut\nend \xFF%"));
+  EXPECT_FALSE(paths.TakesSeparation("Cut"));
+  Draw(paths, "T 0 separation Cut\nend \xFF%", "m 0 0 l 2 0 ");
+  paths.EndPage();
+  const std::string text = paths.Take(PageInfoOf(1));
+  EXPECT_NE(text.find("\ncolour: separation Cut%0Aend %FF%25\n"), std::string::npos) << text;
+}
+
+TEST(CutPaths, are_wanted_while_a_colour_is_set) {
+  CutPaths paths;
+  EXPECT_FALSE(paths.Wanted(1));
+  EXPECT_TRUE(paths.Add({"CUTTER", "rgb 1 0 0"}));
+  EXPECT_TRUE(paths.Wanted(1));
+  EXPECT_TRUE(paths.Add({"CUTTER", ""}));
+  EXPECT_FALSE(paths.Wanted(1));
+}
+
+TEST(CutPaths, are_refused_beyond_their_limit) {
+  CutPaths paths;
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 gray 0"}));
+  const std::string part(std::size_t{1} << 20, '9');
+  std::uint64_t taken = 0;
+  while (taken <= CutPaths::Limit && paths.Add({"SEG", part})) taken += part.size();
+  EXPECT_LE(taken, CutPaths::Limit);
+  EXPECT_GT(taken, CutPaths::Limit / 2);
+  paths.BeginPage();
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 gray 0"}));
+}
+
+}  // namespace
+}  // namespace rastrel::corerast
