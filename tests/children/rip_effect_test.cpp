@@ -27,16 +27,16 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// A prefix with these sections, for a print mode of that text.
+// A prefix with these sections, for a print mode of that text; none if it is empty.
 std::string PrefixOf(const RipBench& bench, const std::wstring& sections,
                      const std::string& mode = "3Color 72 72 SetXYResolution") {
   bench.File("root/Queue/rip/System/pmodes/Own/mode.ps", "%!PS\n" + mode + "\n");
-  return bench.File("job.psp",
-                    "\nserverdict begin 0 exitserver\n\n"
-                    "(%Lumiscript%pmodes/Own/mode.ps) SelectPrintMode\n"
-                    "/SelectPrintMode load /$SelectPrintMode$ exch def\n"
-                    "/SelectPrintMode {pop} def\n" +
-                        os::Utf8FromWide(sections) + "\x04");
+  const std::string selection = "(%Lumiscript%pmodes/Own/mode.ps) SelectPrintMode\n";
+  return bench.File("job.psp", "\nserverdict begin 0 exitserver\n\n" +
+                                   (mode.empty() ? "" : selection) +
+                                   "/SelectPrintMode load /$SelectPrintMode$ exch def\n"
+                                   "/SelectPrintMode {pop} def\n" +
+                                   os::Utf8FromWide(sections) + "\x04");
 }
 
 // A page with sides in points.
@@ -514,15 +514,18 @@ TEST(CutterEffect, leaves_no_plane_of_the_cut_colour_in_separations) {
   const RipBench bench;
   CJobData spot = CutColour(prefix::CutterNamed, {});
   spot.CutterSeparation = L"CutContour";
-  const std::string other =
-      "[/Separation /Gold /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor "
-      "0 0 9 9 rectfill ";
-  const std::string page = OnlyPage(bench, PrefixOf(bench, prefix::CutDataSection(spot), "4Color"),
-                                    Outline(Spot + (" gsave " + other + "grestore")));
-  Names planes;
-  for (const children::PagePlane& plane : CheckedInfo(page).planes) planes.push_back(plane.name);
-  EXPECT_EQ(planes, (Names{"Cyan", "Magenta", "Yellow", "Black", "Gold"}));
-  EXPECT_EQ(CutPathsOf(page).size(), 1U);
+  const std::string gold =
+      " gsave [/Separation /Gold /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor "
+      "0 0 9 9 rectfill grestore";
+  // Cut data that is kept apart asks for separations, so that no print mode needs to.
+  for (const std::string mode : {"4Color", ""}) {
+    const std::string page =
+        OnlyPage(bench, PrefixOf(bench, prefix::CutDataSection(spot), mode), Outline(Spot + gold));
+    Names planes;
+    for (const children::PagePlane& plane : CheckedInfo(page).planes) planes.push_back(plane.name);
+    EXPECT_EQ(planes, (Names{"Cyan", "Magenta", "Yellow", "Black", "Gold"}));
+    EXPECT_EQ(CutPathsOf(page).size(), 1U);
+  }
 }
 
 TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths) {
