@@ -46,7 +46,7 @@ JobDirectory::~JobDirectory() {
 }
 
 std::string JobDirectory::Take(const InputFile& input, const std::string& name) const {
-  const std::string copy = m_Path + "/" + name + input.extension;
+  std::string copy = m_Path + "/" + name + input.extension;
   const auto copied = os::CopyNativeFile(input.path, copy);
   if (copied) {
     MakeReadable(copy);

@@ -110,7 +110,7 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
     unsaved = TrySave(ticket, request.ticketPath, view);
   if (keep) TellKept(view, directory);
   const ExitStatus status = TellEnd(end, ticket, record, view, 0);
-  if (unsaved) throw *unsaved;
+  if (unsaved) throw CommandError(*unsaved);
   return status;
 }
 

@@ -81,7 +81,7 @@ std::string FindProgram(const std::string& name) {
   const std::string path = os::EnvironmentValue("PATH");
   for (std::size_t begin = 0; begin <= path.size();) {
     const std::size_t end = std::min(path.find(':', begin), path.size());
-    const std::string candidate = path.substr(begin, end - begin) + "/" + name;
+    std::string candidate = path.substr(begin, end - begin) + "/" + name;
     if (end > begin && os::IsProgram(candidate)) return candidate;
     begin = end + 1;
   }

@@ -53,7 +53,7 @@ void CheckVersion(const std::string& bytes, const std::string& path) {
 
 std::string TicketPath(const std::string& text) {
   if (text.empty()) throw CommandError(ExitStatus::WrongUse, "a ticket's path is empty");
-  const std::string path = text.front() == '/' ? text : os::CurrentDirectory() + "/" + text;
+  std::string path = text.front() == '/' ? text : os::CurrentDirectory() + "/" + text;
   const std::string taken = os::ToNative(os::FromNative(path));
   if (taken == path) return path;
   throw CommandError(ExitStatus::WrongUse,
