@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -143,10 +144,17 @@ TEST(AgainstLiteralScans, long_runs_without_a_line_end_and_of_line_ends) {
     }
 }
 
+// RASTREL_TEST_FILES=N tries that many, RASTREL_TEST_SEED=S others.
+unsigned FromEnvironment(const char* name, unsigned usual) {
+  const char* text = std::getenv(name);
+  return text == nullptr ? usual : static_cast<unsigned>(std::strtoul(text, nullptr, 10));
+}
+
 TEST(AgainstLiteralScans, random_files) {
   MemoryFile file;
-  PsScanFiles files(20250601);
-  for (int number = 0; number < 4000; ++number) {
+  PsScanFiles files(FromEnvironment("RASTREL_TEST_SEED", 20250601));
+  const unsigned count = FromEnvironment("RASTREL_TEST_FILES", 4000);
+  for (unsigned number = 0; number < count; ++number) {
     const std::string content = files.Next();
     file.Write(content);
     ASSERT_EQ(DifferencesFromLiteral(file.Path()), "") << "file " << number;
