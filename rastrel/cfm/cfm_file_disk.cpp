@@ -19,7 +19,6 @@ CString PageDirectory(const CCFMFileEntry& entry) {
 // A rename where nobody can tell it from the copy and removal that it stands for. A source that
 // DeleteDirectory would refuse must not vanish either.
 bool MovePage(const CString& source, const CString& target) {
-  constexpr std::size_t ShortestRemovablePath = 4;
   if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target))
     return true;
   // A page that is moved to where it is has just been removed as its own target, and making the

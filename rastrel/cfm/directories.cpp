@@ -4,10 +4,6 @@
 
 #include "rastrel/platform/os/tree.h"
 
-namespace {
-constexpr std::size_t ShortestRemovablePath = 4;
-}  // namespace
-
 bool DeleteDirectory(const wchar_t* path) {
   const std::wstring_view text = path == nullptr ? std::wstring_view() : path;
   return text.size() >= ShortestRemovablePath && rastrel::os::RemoveTree(text);

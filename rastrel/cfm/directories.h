@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "rastrel/export.h"
 
 /// Whole directories by library path (both separators, drive letters), with or without a closing
 /// separator. None of these logs.
+
+/// The shortest path, in characters, that DeleteDirectory takes.
+inline constexpr std::size_t ShortestRemovablePath = 4;
 
 /// Removes a directory and all below it. Refuses, false and nothing touched, a path of fewer than 4
 /// characters, which keeps drive roots out of reach. False too for what is no directory, and at the

@@ -130,14 +130,6 @@ void CRealReprintingThread::ReportExitStatus() {
   }
 }
 
-void CRealReprintingThread::OnAbortSignaled(CBBasePrintingThread& /*supervisor*/) {
-  CAppLog::Instance().Write("[Print]: Print job canceled");
-}
-
-void CRealReprintingThread::OnAbortAbandoned(CBBasePrintingThread& /*supervisor*/) {
-  CAppLog::Instance().Write("[Print]: Abort semaphore abandoned!");
-}
-
 void CRealReprintingThread::OnProcessSignaled(CBBasePrintingThread& supervisor) {
   auto& self = static_cast<CRealReprintingThread&>(supervisor);
   self.CheckExit(*self.m_pProcess, self.m_ExitStatus, Words);

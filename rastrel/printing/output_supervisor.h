@@ -25,8 +25,6 @@ class CRealReprintingThread : public CBasePrintingThread {
   void WaitForEnd();
   void ReportExitStatus();
 
-  static void OnAbortSignaled(CBBasePrintingThread& supervisor);
-  static void OnAbortAbandoned(CBBasePrintingThread& supervisor);
   static void OnProcessSignaled(CBBasePrintingThread& supervisor);
   static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
 

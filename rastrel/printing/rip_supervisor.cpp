@@ -140,14 +140,6 @@ void CRealPrintingThread::ReportExitStatus() {
   }
 }
 
-void CRealPrintingThread::OnAbortSignaled(CBBasePrintingThread& /*supervisor*/) {
-  CAppLog::Instance().Write("[Print]: Print job canceled");
-}
-
-void CRealPrintingThread::OnAbortAbandoned(CBBasePrintingThread& /*supervisor*/) {
-  CAppLog::Instance().Write("[Print]: Abort semaphore abandoned!");
-}
-
 void CRealPrintingThread::OnProcessSignaled(CBBasePrintingThread& supervisor) {
   auto& self = static_cast<CRealPrintingThread&>(supervisor);
   self.CheckExit(*self.m_pProcess, self.m_ExitStatus, Words);

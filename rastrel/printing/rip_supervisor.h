@@ -27,8 +27,6 @@ class CRealPrintingThread : public CBasePrintingThread {
   void CollectOutput();
   void ReportExitStatus();
 
-  static void OnAbortSignaled(CBBasePrintingThread& supervisor);
-  static void OnAbortAbandoned(CBBasePrintingThread& supervisor);
   static void OnProcessSignaled(CBBasePrintingThread& supervisor);
   static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
 

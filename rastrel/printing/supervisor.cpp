@@ -96,6 +96,14 @@ void CBasePrintingThread::Terminate(CCPHelper& process, std::int32_t& exitStatus
   exitStatus = 0;
 }
 
+void CBasePrintingThread::OnAbortSignaled(CBBasePrintingThread& /*supervisor*/) {
+  CAppLog::Instance().Write("[Print]: Print job canceled");
+}
+
+void CBasePrintingThread::OnAbortAbandoned(CBBasePrintingThread& /*supervisor*/) {
+  CAppLog::Instance().Write("[Print]: Abort semaphore abandoned!");
+}
+
 bool CBasePrintingThread::LowOnResources(const char* words) {
   CAppLog::Instance().Write(words);
   m_pTicket->Error(JTE_LOW_RESOURCES, JTO_SYSTEM);

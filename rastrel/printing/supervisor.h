@@ -57,6 +57,11 @@ class CBasePrintingThread : public CBBasePrintingThread {
   /// Error(JTE_LOW_RESOURCES) with words for the application log. Always false.
   bool LowOnResources(const char* words);
 
+  /// What a supervisor's wait does when the abort semaphore ends it: it only logs. The flag ends
+  /// the wait.
+  static void OnAbortSignaled(CBBasePrintingThread& supervisor);
+  static void OnAbortAbandoned(CBBasePrintingThread& supervisor);
+
   CSemaphore* m_pSemaphore;
   AbortFlag* m_pAbort;
   CCFM2* m_pDocument;

@@ -93,7 +93,7 @@ TEST(SharedWord, reads_assigns_and_copies_like_its_value) {
 }
 
 TEST(CurrentLocalTime, is_the_present_moment_in_local_time) {
-  const rastrel::test::EnvironmentGuard zone("TZ", "XXX-05:30");
+  const rastrel::test::EnvironmentGuard zone("TZ", "IST-05:30");
   ::tzset();
   const std::time_t before = std::time(nullptr);
   const os::LocalTime now = os::CurrentLocalTime();
