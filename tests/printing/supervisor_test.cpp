@@ -146,4 +146,18 @@ TEST_F(ChildSupervisor, has_a_long_line_cut_in_the_job_log_and_whole_for_its_rea
   EXPECT_EQ(m_Ticket.m_Told.Behind("Warning "), Lines{"\"" + std::string(5000, 'x') + "\" rip"});
 }
 
+// Reaches what only a wait could call, and no wait of this platform does.
+class Reactions : public PrintingThread::CBasePrintingThread {
+ public:
+  using CBasePrintingThread::CBasePrintingThread;
+  using CBasePrintingThread::OnAbortAbandoned;
+  bool Run() override { return false; }
+};
+
+TEST_F(ChildSupervisor, tells_of_an_abandoned_abort_semaphore) {
+  Reactions supervisor(&m_Semaphore, &m_Abort, &m_Document, &m_Ticket);
+  Reactions::OnAbortAbandoned(supervisor);
+  EXPECT_TRUE(HasLogged("[Print]: Abort semaphore abandoned!"));
+}
+
 }  // namespace

@@ -20,14 +20,14 @@ struct Failure {
 /// The system's words for an error number, without a locale. Never empty.
 [[nodiscard]] std::string DescribeError(int error);
 
-/// A value, or the failure that stands in its place. Nothing throws.
-template <typename Value>
-class [[nodiscard]] Outcome {
+/// A value, or the reason that stands in its place. Nothing throws.
+template <typename Value, typename Reason>
+class [[nodiscard]] Expected {
  public:
-  Outcome(Value value)
+  Expected(Value value)
       : m_State(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
-  Outcome(Failure failure)
-      : m_State(std::in_place_index<1>, std::move(failure)) {
+  Expected(Reason reason)
+      : m_State(std::in_place_index<1>, std::move(reason)) {
   }  // NOLINT(google-explicit-constructor)
 
   /// True if there is a value.
@@ -40,11 +40,15 @@ class [[nodiscard]] Outcome {
   const Value* operator->() const { return &std::get<0>(m_State); }
 
   /// REQUIRES: there is no value.
-  const Failure& Error() const { return std::get<1>(m_State); }
+  const Reason& Error() const { return std::get<1>(m_State); }
 
  private:
-  std::variant<Value, Failure> m_State;
+  std::variant<Value, Reason> m_State;
 };
+
+/// A value, or the failure of the machine that kept it from being had.
+template <typename Value>
+using Outcome = Expected<Value, Failure>;
 
 /// An operation with nothing to return but its success.
 struct Done {};
