@@ -31,10 +31,13 @@ class TestHost : public host::Host, host::Settings, host::Directories, host::Tra
 
   /// Called at every read of a setting.
   std::function<void()> m_OnRead;
+  /// How often the wait cursor was asked for.
+  int m_WaitCursors = 0;
 
   host::Settings& GetSettings() override { return *this; }
   host::Directories& GetDirectories() override { return *this; }
   host::Translation& GetTranslation() override { return *this; }
+  void BeginWaitCursor() override { ++m_WaitCursors; }
 
  private:
   std::optional<std::wstring> Read(const std::wstring& section, const std::wstring& key,

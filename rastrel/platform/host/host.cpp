@@ -18,6 +18,7 @@ Settings::~Settings() = default;
 Directories::~Directories() = default;
 Translation::~Translation() = default;
 Host::~Host() = default;
+void Host::BeginWaitCursor() {}
 
 void SetHost(Host* host) { InstalledHost().store(host, std::memory_order_release); }
 

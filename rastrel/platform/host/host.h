@@ -54,6 +54,9 @@ class RASTREL_API Host {
   [[nodiscard]] virtual Settings& GetSettings() = 0;
   [[nodiscard]] virtual Directories& GetDirectories() = 0;
   [[nodiscard]] virtual Translation& GetTranslation() = 0;
+  /// Shows the user that the host is busy, until its next event. On the host's thread. Does nothing
+  /// where there is no pointer to change.
+  virtual void BeginWaitCursor();
 };
 
 /// Installs a host before the library's first use. Not owned; null brings the embedded one back.

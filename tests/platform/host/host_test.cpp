@@ -8,8 +8,10 @@
 #include "rastrel/platform/host/base_dir.h"
 #include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/host/translation.h"
+#include "rastrel/platform/host/wait_cursor.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
+#include "tests/support/test_host.h"
 
 namespace host = rastrel::host;
 using rastrel::test::EnvironmentGuard;
@@ -71,6 +73,13 @@ TEST(SetHost, another_host_is_asked_until_null_brings_the_embedded_one_back) {
   EXPECT_EQ(Translated(L"(*v*)Active", TStringLimit), L"(nothing)");
   host::SetHost(nullptr);
   EXPECT_EQ(Translated(L"(*v*)Active", TStringLimit), L"Active");
+}
+
+TEST(BeginWaitCursor, asks_the_host_in_force_and_the_embedded_one_shows_none) {
+  BeginWaitCursor();
+  rastrel::test::TestHost busy;
+  BeginWaitCursor();
+  EXPECT_EQ(busy.m_WaitCursors, 1);
 }
 
 TEST(CBaseDir, names_a_directory_below_the_data_root_in_both_encodings) {
