@@ -20,6 +20,13 @@ Translation::~Translation() = default;
 Host::~Host() = default;
 void Host::BeginWaitCursor() {}
 
+ObjectStore* Host::GetObjectStore() { return nullptr; }
+TextCompose* Host::GetTextCompose() { return nullptr; }
+GraphicsIO* Host::GetGraphicsIO() { return nullptr; }
+ContourCut* Host::GetContourCut() { return nullptr; }
+PlaneReader* Host::GetPlaneReader() { return nullptr; }
+Application* Host::GetApplication() { return nullptr; }
+
 void SetHost(Host* host) { InstalledHost().store(host, std::memory_order_release); }
 
 Host& GetHost() {

@@ -7,9 +7,17 @@
 #include "rastrel/platform/host/base_dir.h"
 #include "rastrel/platform/host/settings.h"
 
-/// What printing needs of the program that loads the library. Each operation may be called from any
-/// thread, and none may throw.
+/// What the library needs of the program that loads it. Printing needs settings, directories and
+/// translation, whose operations may be called from any thread and may not throw. Imports and
+/// conversions need a document besides, which the user interface thread alone touches.
 namespace rastrel::host {
+
+class Application;
+class ContourCut;
+class GraphicsIO;
+class ObjectStore;
+class PlaneReader;
+class TextCompose;
 
 /// The store of settings.
 class RASTREL_API Settings {
@@ -45,8 +53,9 @@ class RASTREL_API Translation {
   [[nodiscard]] virtual std::optional<std::wstring> Translate(const std::wstring& text) = 0;
 };
 
-/// Hands out the three. A program that installs none gets the embedded ones: `settings.ini` and
-/// `Queue` of the data root, and texts in English with the mark removed.
+/// Hands out what the host provides. A program that installs no host gets an embedded one with
+/// `settings.ini` and `Queue` of the data root, with texts in English with the mark removed, and
+/// without a document.
 class RASTREL_API Host {
  public:
   virtual ~Host();
@@ -57,6 +66,17 @@ class RASTREL_API Host {
   /// Shows the user that the host is busy, until its next event. On the host's thread. Does nothing
   /// where there is no pointer to change.
   virtual void BeginWaitCursor();
+
+  /// The host's open document, by the host's libraries: object_store.h, text_compose.h,
+  /// graphics_io.h, contour_cut.h, plane_reader.h and application.h. Owned by the host, the same as
+  /// long as it is installed. Null, the default, says that the host has no such thing: an import
+  /// then changes nothing, fails, and logs why.
+  [[nodiscard]] virtual ObjectStore* GetObjectStore();
+  [[nodiscard]] virtual TextCompose* GetTextCompose();
+  [[nodiscard]] virtual GraphicsIO* GetGraphicsIO();
+  [[nodiscard]] virtual ContourCut* GetContourCut();
+  [[nodiscard]] virtual PlaneReader* GetPlaneReader();
+  [[nodiscard]] virtual Application* GetApplication();
 };
 
 /// Installs a host before the library's first use. Not owned; null brings the embedded one back.

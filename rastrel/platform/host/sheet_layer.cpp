@@ -1,0 +1,3 @@
+#include "rastrel/platform/host/sheet_layer.h"
+
+CSheetLayerPalette::~CSheetLayerPalette() = default;
