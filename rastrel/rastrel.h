@@ -9,6 +9,7 @@
 /// the same header names, and imports and conversions then build objects in it.
 
 #include "rastrel/cfm/directories.h"
+#include "rastrel/conversion/cut_data.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/job/status.h"
 #include "rastrel/job/vk_job_ticket.h"
@@ -33,6 +34,7 @@
 #include "rastrel/platform/host/spot_match.h"
 #include "rastrel/platform/host/text_compose.h"
 #include "rastrel/platform/host/tm.h"
+#include "rastrel/platform/host/stream.h"
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/host/view.h"
 #include "rastrel/platform/host/world.h"
