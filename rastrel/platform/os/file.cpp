@@ -29,7 +29,7 @@ Failure FailureOf(const char* operation, std::string subject) {
 }
 
 Outcome<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
-  int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+  int descriptor = Calls().open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
   if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
   if (descriptor < 0) return FailureOf("open", path);
   return FileDescriptor(descriptor);
@@ -127,7 +127,7 @@ Outcome<FileStamp> StampOf(std::wstring_view path) {
 
 bool MakeDirectory(std::wstring_view path) { return ::mkdir(ToNative(path).c_str(), 0777) == 0; }
 
-bool RemoveFile(std::wstring_view path) { return ::unlink(ToNative(path).c_str()) == 0; }
+bool RemoveFile(std::wstring_view path) { return Calls().unlink(ToNative(path).c_str()) == 0; }
 
 bool RenameFile(std::wstring_view source, std::wstring_view target) {
   return ::rename(ToNative(source).c_str(), ToNative(target).c_str()) == 0;

@@ -2,7 +2,10 @@
 
 #include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/random.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 // The header of glibc 2.36 declares its functions without C linkage.
 extern "C" {
@@ -29,6 +32,17 @@ SystemCalls& Calls() {
       .poll = ::poll,
       .read = ::read,
       .write = ::write,
+      .open = [](const char* path, int flags, mode_t mode) { return ::open(path, flags, mode); },
+      .unlink = ::unlink,
+      .rename_new =
+          [](const char* path, const char* newPath) {
+            return ::renameat2(AT_FDCWD, path, AT_FDCWD, newPath, RENAME_NOREPLACE);
+          },
+      .reserve =
+          [](int descriptor, off64_t bytes) {
+            return ::fallocate64(descriptor, FALLOC_FL_KEEP_SIZE, 0, bytes);
+          },
+      .random = [](void* bytes, size_t count) { return ::getrandom(bytes, count, 0); },
       .duplicate = [](int descriptor,
                       int lowest) { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, lowest); },
       .copy_range = ::copy_file_range,

@@ -27,6 +27,11 @@ struct SystemCalls {
   int (*poll)(pollfd* entries, nfds_t count, int milliseconds);
   ssize_t (*read)(int descriptor, void* bytes, size_t count);
   ssize_t (*write)(int descriptor, const void* bytes, size_t count);
+  int (*open)(const char* path, int flags, mode_t mode);
+  int (*unlink)(const char* path);
+  int (*rename_new)(const char* path, const char* newPath);  ///< fails where newPath exists
+  int (*reserve)(int descriptor, off64_t bytes);  ///< blocks beyond the end; the size stays
+  ssize_t (*random)(void* bytes, size_t count);
   int (*duplicate)(int descriptor, int lowest);  ///< close-on-exec copy, at `lowest` or above
   ssize_t (*copy_range)(int source, off64_t* sourceOffset, int target, off64_t* targetOffset,
                         size_t count, unsigned flags);

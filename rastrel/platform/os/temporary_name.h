@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::os {
+
+/// Completes a library path that ends in six letters X (as `_wmktemp` does): they become lower-case
+/// letters and digits, so that lowering the name's case changes nothing, chosen at random until
+/// nothing of that name exists. Nothing is created. `Failure` if the path ends otherwise (EINVAL),
+/// if the system has no random bytes to give, or if no free name is found (EEXIST).
+[[nodiscard]] Outcome<std::wstring> CompleteTemporaryName(std::wstring pattern);
+
+}  // namespace rastrel::os
