@@ -1,0 +1,177 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/document/palette.h"
+#include "host/document/shapes.h"
+#include "rastrel/platform/host/sheet_layer.h"
+
+namespace rastrel::document {
+
+/// The material that everything is laid out on.
+struct SignBlank {
+  double width = 60;   ///< world units, above 0
+  double height = 40;  ///< world units, above 0
+  int origin =
+      7;  ///< the corner that the user counts from: 1 to 9, rows from the top; 7 bottom left
+  bool operator==(const SignBlank&) const = default;
+};
+
+/// Margins and gaps that plates were last laid out with.
+struct PlateParameters {
+  CWorldRect margins;
+  double horizontalGap = 0;
+  double verticalGap = 0;
+  bool operator==(const PlateParameters&) const = default;
+};
+
+/// A document: objects on pages of one size, palette, sheet layers, selection and history.
+///
+/// An object is made with `Create` and stands in no place until it is put into the document or a
+/// group. Handles are given in ascending order and never twice. One thread at a time.
+///
+/// While a step is open every change is kept, so that it can be taken back. The last HistoryDepth
+/// steps are kept.
+class Document {
+ public:
+  static constexpr std::size_t HistoryDepth = 1000;
+  /// Handles that a document can give.
+  static constexpr ObjectHandle MaximumHandles = 16'000'000;
+
+  Document();
+  ~Document();
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+
+  // --- Settings ---
+
+  [[nodiscard]] const SignBlank& Blank() const { return m_Blank; }
+  void SetBlank(const SignBlank& blank) { m_Blank = blank; }
+  [[nodiscard]] const Palette& Colors() const { return m_Palette; }
+  [[nodiscard]] Palette& Colors() { return m_Palette; }
+  [[nodiscard]] const PlateParameters& Plates() const { return m_PlateParameters; }
+  void SetPlates(const PlateParameters& parameters) { m_PlateParameters = parameters; }
+  /// Sheet layers by number.
+  [[nodiscard]] const std::map<int, CSheetLayer>& SheetLayers() const { return m_SheetLayers; }
+  /// False if the number is taken or not above 0.
+  bool AddSheetLayer(const CSheetLayer& layer);
+  void RemoveSheetLayer(int number) { m_SheetLayers.erase(number); }
+  /// A number above all that were given to layers or objects.
+  [[nodiscard]] int NextEmptyLayer() const { return m_HighestLayer + 1; }
+  /// The page on show, from 1.
+  [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
+  void SetDisplayPage(int page) { m_DisplayPage = page; }
+  /// The highest page that an object of the document stands on; 0 without objects.
+  [[nodiscard]] int HighestPage() const;
+
+  // --- Objects ---
+
+  /// A new object that stands in no place.
+  ObjectHandle Create(Shape shape, const Attributes& attributes = {});
+  /// Under a handle that is not in use, as a saved document has it. False if it is in use, or below
+  /// the first.
+  bool CreateAs(ObjectHandle handle, Object object);
+  /// The object, or null for one that never was or is gone. Valid until an object is made.
+  [[nodiscard]] const Object* Find(ObjectHandle handle) const;
+  /// The same, to be changed: what it is now is kept for the open step.
+  [[nodiscard]] Object* Edit(ObjectHandle handle);
+  /// Puts an object that stands nowhere into the document or a group, as the last. False if there
+  /// is no such object or group, or if it stands somewhere.
+  bool Insert(ObjectHandle handle, ObjectHandle parent);
+  /// Takes an object out of its place, and out of the selection. It can be inserted again.
+  bool Remove(ObjectHandle handle);
+  /// Ends an object, and a group's members with it, for good.
+  void Destroy(ObjectHandle handle);
+  /// Puts an object on pages, both included. Pages are not set through `Edit`.
+  bool SetPages(ObjectHandle handle, const VK_PAGE_RANGE& pages);
+  /// Puts an object on a sheet layer; 0 for none. Not set through `Edit` either.
+  bool SetSheetLayer(ObjectHandle handle, int sheetLayer);
+  /// The members of the document (host::DocumentRoot) or of a group, in their order; empty for
+  /// anything else. Valid until one is inserted or removed.
+  [[nodiscard]] const std::vector<ObjectHandle>& Members(ObjectHandle root) const;
+  /// The document's members, and the plates among them, as they are now: what is shared does not
+  /// change when the document does.
+  [[nodiscard]] std::shared_ptr<const std::vector<ObjectHandle>> SharedMembers() const {
+    return m_Members;
+  }
+  [[nodiscard]] std::shared_ptr<const std::vector<ObjectHandle>> SharedPlateObjects() const {
+    return m_PlateObjects;
+  }
+  /// The bounds on the page, of a group those of its members.
+  [[nodiscard]] BOUNDS Bounds(ObjectHandle handle) const;
+  /// One more than the highest handle that was given.
+  [[nodiscard]] ObjectHandle NextHandle() const { return FirstHandle + m_Objects.size(); }
+  /// Objects that the document and its groups hold.
+  [[nodiscard]] std::size_t ObjectCount() const { return m_ObjectCount; }
+
+  // --- Selection ---
+
+  [[nodiscard]] const std::vector<ObjectHandle>& Selection() const { return m_Selection; }
+  void Select(ObjectHandle handle);
+  void Deselect(ObjectHandle handle);
+  void DeselectAll();
+
+  // --- History ---
+
+  /// Opens a step, or one within a step, which then counts as part of the outer one.
+  void OpenStep(const std::wstring& name);
+  void CloseStep();
+  [[nodiscard]] int OpenSteps() const { return m_OpenSteps; }
+  [[nodiscard]] bool KeepsHistory() const { return m_KeepHistory; }
+  void KeepHistory(bool keep) { m_KeepHistory = keep; }
+  /// Names of the steps that can be taken back, the last one last.
+  [[nodiscard]] std::vector<std::wstring> StepNames() const;
+  /// Takes the last step back, and does it again. False if there is none, or a step is open.
+  bool Undo();
+  bool Redo();
+
+ private:
+  static constexpr ObjectHandle FirstHandle = host::DocumentRoot + 1;
+
+  // A change, kept as what brings back what was before.
+  struct Change {
+    enum class Kind { kEdit, kInsert, kRemove } kind;
+    ObjectHandle handle;
+    Object before;             // of an edit
+    ObjectHandle parent = 0;   // of a removal
+    std::size_t position = 0;  // of a removal: its place among the parent's members
+  };
+  struct Step {
+    std::wstring name;
+    std::vector<Change> changes;
+  };
+
+  [[nodiscard]] std::vector<ObjectHandle>* MembersToChange(ObjectHandle root);
+  [[nodiscard]] bool Records() const { return m_OpenSteps > 0 && m_KeepHistory; }
+  void Keep(Change change);
+  void Link(ObjectHandle handle, ObjectHandle parent, std::size_t position);
+  std::size_t Unlink(ObjectHandle handle);
+  void CountPage(const Object& object, int howMany);
+  Step Reverse(Step step);
+
+  SignBlank m_Blank;
+  Palette m_Palette = Palette::Usual();
+  PlateParameters m_PlateParameters;
+  std::map<int, CSheetLayer> m_SheetLayers;
+  int m_HighestLayer = 0;
+  int m_DisplayPage = 1;
+  std::vector<std::unique_ptr<Object>> m_Objects;  // by handle less FirstHandle; null when gone
+  // Lists are taken by sharing these, and far more often than members change.
+  std::shared_ptr<std::vector<ObjectHandle>> m_Members;
+  std::shared_ptr<std::vector<ObjectHandle>> m_PlateObjects;
+  std::map<int, std::size_t> m_LastPages;  // how many objects of the document end on a page
+  std::vector<ObjectHandle> m_Selection;
+  std::size_t m_ObjectCount = 0;
+  std::deque<Step> m_Done;
+  std::vector<Step> m_Undone;
+  int m_OpenSteps = 0;
+  bool m_KeepHistory = true;
+};
+
+}  // namespace rastrel::document

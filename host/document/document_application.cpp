@@ -1,0 +1,230 @@
+#include "host/document/document_application.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "host/document/measure_text.h"
+#include "host/document/plate_item.h"
+#include "host/document/plate_layout.h"
+
+namespace rastrel::document {
+
+class DocumentApplication::View : public CVelumark5View, private CVelumark5Doc {
+ public:
+  explicit View(Document& document) : m_Document(document) {}
+  [[nodiscard]] CVelumark5Doc* GetDocument() override { return this; }
+  // An import that wants a new document gets the one that it was given: the user opens documents.
+  void OnNew() override {}
+  void SetUpdateAllowed(bool /*allowed*/) override {}
+
+ private:
+  [[nodiscard]] int GetOrigin() const override { return m_Document.Blank().origin; }
+  Document& m_Document;
+};
+
+class DocumentApplication::SheetLayers : public CSheetLayerPalette {
+ public:
+  explicit SheetLayers(Document& document) : m_Document(document) {}
+  [[nodiscard]] std::optional<CSheetLayer> GetSheetLayerFromPalette(int number) override {
+    const auto found = m_Document.SheetLayers().find(number);
+    if (found == m_Document.SheetLayers().end()) return std::nullopt;
+    return found->second;
+  }
+  int AddSheetToPalette(const CSheetLayer& layer) override {
+    return m_Document.AddSheetLayer(layer) ? 1 : 0;
+  }
+  void RemoveSheetFromPalette(int number) override { m_Document.RemoveSheetLayer(number); }
+
+ private:
+  Document& m_Document;
+};
+
+DocumentApplication::DocumentApplication(Document& document, DocumentStore& store, Notices& notices)
+    : m_Document(document),
+      m_Store(store),
+      m_Notices(notices),
+      m_View(std::make_unique<View>(document)),
+      m_SheetLayers(std::make_unique<SheetLayers>(document)) {}
+
+DocumentApplication::~DocumentApplication() = default;
+
+// --- Palette ---
+
+int DocumentApplication::FindPaletteColor(const wchar_t* name, CVKFullColor& color) {
+  const PaletteEntry* entry = name ? m_Document.Colors().Find(std::wstring(name)) : nullptr;
+  if (entry) color = entry->color;
+  return entry ? 1 : 0;
+}
+
+int DocumentApplication::FindPaletteColor(int index, CVKColor& color) {
+  if (index == -1) {
+    color = InvisibleColor();
+    return 1;
+  }
+  const auto& entries = m_Document.Colors().Entries();
+  if (index < 0 || static_cast<std::size_t>(index) >= entries.size()) return 0;
+  color = entries[static_cast<std::size_t>(index)].color;
+  return 1;
+}
+
+int DocumentApplication::IsColorInPalette(const CVKColor& color) {
+  return m_Document.Colors().Find(color) ? 1 : 0;
+}
+
+int DocumentApplication::AddColorToPalette(const CVKColor& color) {
+  return m_Document.Colors().Add({CVKFullColor(color), false}) ? 1 : 0;
+}
+
+int DocumentApplication::IsInvisibleColor(const CVKColor& color) {
+  return color.IsInvisible() ? 1 : 0;
+}
+
+// --- Sign blank ---
+
+void DocumentApplication::GetSignBlankSize(double& width, double& height) {
+  width = m_Document.Blank().width;
+  height = m_Document.Blank().height;
+}
+
+void DocumentApplication::SetSignBlankSize(double width, double height, int /*redraw*/) {
+  SignBlank blank = m_Document.Blank();
+  if (!std::isfinite(width) || !std::isfinite(height) || width <= 0 || height <= 0) {
+    m_Notices.Add(L"a blank of " + SizeText(width, height) + L" is none; it stays " +
+                  SizeText(blank.width, blank.height));
+    return;
+  }
+  blank.width = width;
+  blank.height = height;
+  m_Document.SetBlank(blank);
+}
+
+int DocumentApplication::GetOriginPosIndex() { return m_Document.Blank().origin; }
+int DocumentApplication::GetSignBlankOriginPos() { return m_Document.Blank().origin; }
+
+void DocumentApplication::SetSignBlankOriginPos(int origin) {
+  if (origin < 1 || origin > 9) return;
+  SignBlank blank = m_Document.Blank();
+  blank.origin = origin;
+  m_Document.SetBlank(blank);
+}
+
+void DocumentApplication::GetGridOriginXY(double& x, double& y, double& third) {
+  const SignBlank& blank = m_Document.Blank();
+  const int column = (blank.origin - 1) % 3;  // 0 left, 1 middle, 2 right
+  const int row = (blank.origin - 1) / 3;     // 0 top, 1 middle, 2 bottom
+  x = host::TextFromWorld(blank.width * column / 2);
+  y = host::TextFromWorld(blank.height * (2 - row) / 2);
+  third = 0;
+}
+
+// --- Pages and sheet layers ---
+
+int DocumentApplication::GetDisplayPage() { return m_Document.DisplayPage(); }
+int DocumentApplication::WhatisMaxNumberofPages(int /*reserved*/) {
+  return m_Document.HighestPage();
+}
+void DocumentApplication::UpdatePageWindow(int /*page*/) {}
+int DocumentApplication::GetNextEmptyLayer() { return m_Document.NextEmptyLayer(); }
+
+void DocumentApplication::AddNewSheetLayer(int sheetLayer) {
+  m_Document.AddSheetLayer({sheetLayer, L"Layer " + std::to_wstring(sheetLayer)});
+}
+
+CSheetLayerPalette* DocumentApplication::GetSheetLayerPalette() { return m_SheetLayers.get(); }
+
+// --- Plates ---
+
+std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
+    int count, double width, double height, const CWorldRect& margins, double horizontalGap,
+    double verticalGap) {
+  // The caller lays panes out page by page until none is left: one that never fits would not end.
+  auto refusal =
+      WhyNoPaneFits(m_Document.Blank(), width, height, margins, horizontalGap, verticalGap);
+  if (!refusal && (count < 1 || count > MaximumPanes)) {
+    refusal = L"a plate of " + std::to_wstring(count) + L" panes: a document holds 1 to " +
+              std::to_wstring(MaximumPanes);
+  }
+  if (refusal) {
+    m_Notices.Add(*refusal);
+    return nullptr;
+  }
+  PlateShape shape;
+  shape.wanted = count;
+  shape.width = width;
+  shape.height = height;
+  shape.margins = margins;
+  shape.horizontalGap = horizontalGap;
+  shape.verticalGap = verticalGap;
+  return std::make_unique<PlateItem>(m_Store, std::move(shape));
+}
+
+void DocumentApplication::SetPlateObjectParameters(const CWorldRect& margins, double horizontalGap,
+                                                   double verticalGap) {
+  m_Document.SetPlates({margins, horizontalGap, verticalGap});
+}
+
+ObjectHandle DocumentApplication::AdjustPlateObjects(int /*selectedOnly*/, int /*keepColors*/,
+                                                     int /*redraw*/) {
+  return PlaceNewPlates(m_Document);
+}
+
+void DocumentApplication::AddPaneToPlateObject(ObjectHandle plate) {
+  AddPanesToPlateObject(plate, 1);
+}
+
+void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
+  std::size_t panes = 0;
+  const auto shapeOf = [&](ObjectHandle handle) {
+    const Object* object = m_Document.Find(handle);
+    return object ? std::get_if<PlateShape>(&object->shape) : nullptr;
+  };
+  if (!shapeOf(plate) || count < 1) return;
+  for (const PlateShape* part = shapeOf(plate); part; part = shapeOf(part->continuation)) {
+    panes += part->panes.size();
+  }
+  GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
+}
+
+// --- Drill points ---
+
+void DocumentApplication::SetXMLDrillPoint(int on, double diameter) {
+  m_DrillDiameter.reset();
+  if (on != 0) m_DrillDiameter = diameter;
+}
+
+void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
+  if (!m_DrillDiameter) return;
+  const CWorldPoint centre{place.x / host::TextUnitsPerInch * host::CentimetresPerInch,
+                           place.y / host::TextUnitsPerInch * host::CentimetresPerInch};
+  if (!std::isfinite(centre.x) || !std::isfinite(centre.y) || !std::isfinite(*m_DrillDiameter) ||
+      *m_DrillDiameter <= 0 || *m_DrillDiameter > LargestDrillDiameter) {
+    m_Notices.Add(L"a drill point of " + MeasureText(*m_DrillDiameter) + L" cm at " +
+                  MeasureText(centre.x) + L", " + MeasureText(centre.y) + L" cm can't be made");
+    return;
+  }
+  const ObjectHandle drill = m_Document.Create(DrillShape{centre, *m_DrillDiameter});
+  m_Store.DSAddObject(drill);
+}
+
+// --- Placed files ---
+
+int DocumentApplication::LoadTHZ(CVelumark5Doc* /*document*/, CWnd* /*window*/, const wchar_t* path,
+                                 int /*reserved*/, int /*flag*/) {
+  return path && m_LoadGraphic ? m_LoadGraphic(path) : 0;
+}
+
+// --- View, messages ---
+
+CVelumark5View* DocumentApplication::UIGetActiveView() { return m_View.get(); }
+
+void DocumentApplication::TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) {
+  MessageBoxW(text, caption, icon);
+}
+
+void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*caption*/,
+                                      unsigned /*icon*/) {
+  if (text) m_Notices.Add(text);
+}
+
+}  // namespace rastrel::document

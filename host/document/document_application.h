@@ -1,0 +1,85 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/document/document.h"
+#include "host/document/document_store.h"
+#include "host/document/notices.h"
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/view.h"
+
+namespace rastrel::document {
+
+/// Holes that can be made at one place: larger or smaller ones are refused.
+inline constexpr double LargestDrillDiameter = 100;
+
+/// The application of the embedded host over one document: palette, blank, pages, plates, drill
+/// points and messages. What it loads as graphics is given to it.
+class DocumentApplication : public host::Application {
+ public:
+  /// Loads a file at a path, adds its objects to the document and selects them; non-zero for
+  /// success.
+  using LoadGraphic = std::function<int(const std::wstring& path)>;
+
+  /// All must outlive the application.
+  DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
+  ~DocumentApplication() override;
+  void SetGraphicLoader(LoadGraphic loader) { m_LoadGraphic = std::move(loader); }
+
+  int FindPaletteColor(const wchar_t* name, CVKFullColor& color) override;
+  int FindPaletteColor(int index, CVKColor& color) override;
+  [[nodiscard]] int IsColorInPalette(const CVKColor& color) override;
+  int AddColorToPalette(const CVKColor& color) override;
+  [[nodiscard]] int IsInvisibleColor(const CVKColor& color) override;
+
+  void GetSignBlankSize(double& width, double& height) override;
+  void SetSignBlankSize(double width, double height, int redraw) override;
+  [[nodiscard]] int GetOriginPosIndex() override;
+  [[nodiscard]] int GetSignBlankOriginPos() override;
+  void SetSignBlankOriginPos(int origin) override;
+  /// The grid begins where the user counts from.
+  void GetGridOriginXY(double& x, double& y, double& third) override;
+
+  [[nodiscard]] int GetDisplayPage() override;
+  [[nodiscard]] int WhatisMaxNumberofPages(int reserved) override;
+  void UpdatePageWindow(int page) override;
+  [[nodiscard]] int GetNextEmptyLayer() override;
+  void AddNewSheetLayer(int sheetLayer) override;
+  [[nodiscard]] CSheetLayerPalette* GetSheetLayerPalette() override;
+
+  [[nodiscard]] std::unique_ptr<CGenericPlateObject> NewGenericPlateObject(
+      int count, double width, double height, const CWorldRect& margins, double horizontalGap,
+      double verticalGap) override;
+  void SetPlateObjectParameters(const CWorldRect& margins, double horizontalGap,
+                                double verticalGap) override;
+  ObjectHandle AdjustPlateObjects(int selectedOnly, int keepColors, int redraw) override;
+  void AddPaneToPlateObject(ObjectHandle plate) override;
+  void AddPanesToPlateObject(ObjectHandle plate, int count) override;
+
+  void SetXMLDrillPoint(int on, double diameter) override;
+  void SetDrillPointObj(const NewWorldPt& place) override;
+
+  int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
+              int flag) override;
+  [[nodiscard]] CVelumark5View* UIGetActiveView() override;
+  void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
+  void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
+
+ private:
+  class View;
+  class SheetLayers;
+
+  Document& m_Document;
+  DocumentStore& m_Store;
+  Notices& m_Notices;
+  LoadGraphic m_LoadGraphic;
+  std::unique_ptr<View> m_View;
+  std::unique_ptr<SheetLayers> m_SheetLayers;
+  std::optional<double> m_DrillDiameter;  // nothing while drill points are off
+};
+
+}  // namespace rastrel::document

@@ -1,0 +1,236 @@
+#include "host/document/document_store.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/document/plate_item.h"
+
+namespace rastrel::document {
+
+// What stands behind a handle. It looks at the document at each question, so that it can't be old.
+class DocumentStore::Element : public DBElement {
+ public:
+  Element(DocumentStore& store, ObjectHandle object) : m_Store(store), m_Object(object) {}
+
+  [[nodiscard]] CGenericItem* GetPlaceholderItem() override {
+    const auto known = m_Store.m_Items.find(m_Object);
+    if (known != m_Store.m_Items.end()) return known->second.get();
+    // A plate of a loaded document, or one that continues another, has had no item yet.
+    const Object* object = m_Store.m_Document.Find(m_Object);
+    if (!object || !std::holds_alternative<PlateShape>(object->shape)) return nullptr;
+    m_Store.Adopt(m_Object, std::make_unique<PlateItem>(m_Store, m_Object));
+    return m_Store.m_Items[m_Object].get();
+  }
+
+  [[nodiscard]] bool IsFilled() const override {
+    const Object* object = m_Store.m_Document.Find(m_Object);
+    return object && !object->attributes.layer.IsInvisible();
+  }
+
+ private:
+  DocumentStore& m_Store;
+  ObjectHandle m_Object;
+};
+
+DocumentStore::DocumentStore(Document& document) : m_Document(document) {}
+DocumentStore::~DocumentStore() = default;
+
+void DocumentStore::Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item) {
+  m_Items[object] = std::move(item);
+}
+
+Attributes* DocumentStore::Edit(ObjectHandle object) {
+  Object* found = m_Document.Edit(object);
+  return found ? &found->attributes : nullptr;
+}
+
+// --- Undo ---
+
+void DocumentStore::UNOpenStep(const wchar_t* name) { m_Document.OpenStep(name ? name : L""); }
+void DocumentStore::UNCloseStep() { m_Document.CloseStep(); }
+int DocumentStore::GetKeepHistory() { return m_Document.KeepsHistory() ? 1 : 0; }
+void DocumentStore::WriteKeepHistory(int keep) { m_Document.KeepHistory(keep != 0); }
+
+// --- Objects ---
+
+ObjectHandle DocumentStore::DBCreateObject(int type) {
+  if (type == DBTYPE_GROUP) return m_Document.Create(GroupShape());
+  if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape());
+  if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape());
+  return 0;
+}
+
+ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attributes*/, int type,
+                                            const host::ElementData& data, int /*parent*/,
+                                            int /*closed*/, int /*reserved*/, int visible,
+                                            bool /*notify*/) {
+  const auto* paragraph = std::get_if<const ParagraphEle*>(&data);
+  TextShape text;
+  if (type != DBTYPE_PARAGRAPH || !paragraph || !*paragraph || !m_TakeText ||
+      !m_TakeText(**paragraph, text)) {
+    return 0;
+  }
+  Attributes attributes;
+  if (visible == 0) attributes.traits &= ~DBTRAIT_VISIBLE;
+  return m_Document.Create(std::move(text), attributes);
+}
+
+int DocumentStore::DBInsertObject(ObjectHandle object, ObjectHandle parent) {
+  return m_Document.Insert(object, parent) ? 1 : 0;
+}
+
+void DocumentStore::DBDestroyObject(ObjectHandle object) {
+  m_Document.Destroy(object);
+  std::erase_if(m_Items, [&](const auto& item) { return !m_Document.Find(item.first); });
+  std::erase_if(m_Elements, [&](const auto& element) { return !m_Document.Find(element.first); });
+}
+
+int DocumentStore::DBGetObjectType(ObjectHandle object) {
+  const Object* found = m_Document.Find(object);
+  return found ? TypeNumberOf(found->shape) : 0;
+}
+
+DBElement* DocumentStore::DBGetObjectElement(ObjectHandle object) {
+  if (!m_Document.Find(object)) return nullptr;
+  std::unique_ptr<Element>& element = m_Elements[object];
+  if (!element) element = std::make_unique<Element>(*this, object);
+  return element.get();
+}
+
+int DocumentStore::DSAddObject(ObjectHandle object) {
+  if (!m_Document.Insert(object, host::DocumentRoot)) return 0;
+  Edit(object)->traits |= DBTRAIT_IN_DOCUMENT;
+  m_Document.Select(object);
+  return 1;
+}
+
+int DocumentStore::DSAddSourceObject(ObjectHandle object, int /*kind*/, ObjectHandle /*source*/) {
+  return DSAddObject(object);
+}
+
+ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
+                                           ObjectHandle first) {
+  const Handles members = MembersOf(list);
+  const Object* leader = m_Document.Find(first);
+  if (members.empty() || !leader) return 0;
+  Attributes attributes = leader->attributes;
+  attributes.matrix = TM();
+  attributes.traits &= ~DBTRAIT_SELECTED;
+  const ObjectHandle group = m_Document.Create(GroupShape(), attributes);
+  for (const ObjectHandle member : members) {
+    m_Document.Remove(member);
+    m_Document.Insert(member, group);
+  }
+  m_Document.Insert(group, host::DocumentRoot);
+  return group;
+}
+
+// --- Selection ---
+
+void DocumentStore::DBDeselectAll() { m_Document.DeselectAll(); }
+void DocumentStore::DBSelect(ObjectHandle object) { m_Document.Select(object); }
+
+void DocumentStore::DBSetSelectedList(host::ListHandle list) {
+  m_Document.DeselectAll();
+  for (const ObjectHandle member : MembersOf(list)) m_Document.Select(member);
+}
+
+int DocumentStore::DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds) {
+  const Handles members = MembersOf(list);
+  if (members.empty()) return 0;
+  bounds = m_Document.Bounds(members.front());
+  for (const ObjectHandle member : members) {
+    const BOUNDS one = m_Document.Bounds(member);
+    bounds = {std::min(bounds.xmin, one.xmin), std::max(bounds.xmax, one.xmax),
+              std::min(bounds.ymin, one.ymin), std::max(bounds.ymax, one.ymax)};
+  }
+  return 1;
+}
+
+// --- Attributes ---
+
+void DocumentStore::DBSetLayer(ObjectHandle object, const CVKColor& color) {
+  if (Attributes* attributes = Edit(object)) attributes->layer = color;
+}
+
+int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
+  const Object* found = m_Document.Find(object);
+  if (found) color = found->attributes.layer;
+  return found ? 1 : 0;
+}
+
+void DocumentStore::DBSetLineColor(ObjectHandle object, const CVKColor& color) {
+  if (Attributes* attributes = Edit(object)) attributes->lineColor = color;
+}
+
+int DocumentStore::DBGetLineColor(ObjectHandle object, CVKColor& color) {
+  const Object* found = m_Document.Find(object);
+  if (found) color = found->attributes.lineColor;
+  return found ? 1 : 0;
+}
+
+int DocumentStore::DBGetLineStyle(ObjectHandle object, LINESTYLE& style) {
+  const Object* found = m_Document.Find(object);
+  if (found) style = found->attributes.lineStyle;
+  return found ? 1 : 0;
+}
+
+void DocumentStore::DBSetLineStyle(ObjectHandle object, const LINESTYLE& style) {
+  if (Attributes* attributes = Edit(object)) attributes->lineStyle = style;
+}
+
+int DocumentStore::DBGetSheetLayer(ObjectHandle object) {
+  const Object* found = m_Document.Find(object);
+  return found ? found->attributes.sheetLayer : 0;
+}
+
+void DocumentStore::DBSetSheetLayer(ObjectHandle object, int sheetLayer) {
+  m_Document.SetSheetLayer(object, sheetLayer);
+}
+
+VK_PAGE_RANGE DocumentStore::DBGetPageRange(ObjectHandle object) {
+  const Object* found = m_Document.Find(object);
+  return found ? found->attributes.pages : VK_PAGE_RANGE();
+}
+
+void DocumentStore::DBSetPageRange(ObjectHandle object, const VK_PAGE_RANGE& pages) {
+  if (pages.first >= 1 && pages.last >= pages.first) m_Document.SetPages(object, pages);
+}
+
+void DocumentStore::DBSetTrait(ObjectHandle object, int trait, int value) {
+  if (!m_Document.Find(object)) return;
+  if ((trait & DBTRAIT_SELECTED) != 0 && value != 0) m_Document.Select(object);
+  if ((trait & DBTRAIT_SELECTED) != 0 && value == 0) m_Document.Deselect(object);
+  const int others = trait & ~DBTRAIT_SELECTED;
+  if (others == 0) return;
+  int& traits = Edit(object)->traits;
+  traits = value != 0 ? traits | others : traits & ~others;
+}
+
+void DocumentStore::DBSetTraits(ObjectHandle object, int traits) {
+  DBSetTrait(object, ~traits, 0);
+  DBSetTrait(object, traits, 1);
+}
+
+void DocumentStore::DBSetPropertyLocks(ObjectHandle object, const CPropertyLocks& locks) {
+  if (Attributes* attributes = Edit(object)) attributes->locks = locks;
+}
+
+void DocumentStore::DBInvalidateBounds(ObjectHandle /*object*/) {}
+void DocumentStore::DBValidateBounds(ObjectHandle /*object*/) {}
+void DocumentStore::InvalidateObject(ObjectHandle /*object*/, int /*erase*/) {}
+
+void DocumentStore::DBApplyTM(ObjectHandle object, const TM& matrix) {
+  for (const ObjectHandle member : Handles(m_Document.Members(object))) DBApplyTM(member, matrix);
+  Attributes* attributes = Edit(object);
+  if (!attributes) return;
+  const TM was = attributes->matrix;
+  attributes->matrix = {matrix.a * was.a + matrix.c * was.b,
+                        matrix.b * was.a + matrix.d * was.b,
+                        matrix.a * was.c + matrix.c * was.d,
+                        matrix.b * was.c + matrix.d * was.d,
+                        matrix.a * was.tx + matrix.c * was.ty + matrix.tx,
+                        matrix.b * was.tx + matrix.d * was.ty + matrix.ty};
+}
+
+}  // namespace rastrel::document

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "host/document/document.h"
+#include "rastrel/platform/host/object_store.h"
+
+namespace rastrel::document {
+
+/// The document database of the embedded host over one document.
+///
+/// What a paragraph's element means is the text engine's business: it registers what gives the text
+/// of an element. A store without one makes no text objects.
+class DocumentStore : public host::ObjectStore {
+ public:
+  /// Gives the text that an element names, once; false if there is none.
+  using TakeText = std::function<bool(const ParagraphEle&, TextShape&)>;
+
+  /// The document must outlive the store.
+  explicit DocumentStore(Document& document);
+  ~DocumentStore() override;
+
+  [[nodiscard]] Document& GetDocument() { return m_Document; }
+  void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
+  /// Makes an item the one that stands for an object.
+  void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
+  /// Lists that were made and not destroyed.
+  [[nodiscard]] std::size_t OpenLists() const { return m_Lists.size(); }
+
+  void UNOpenStep(const wchar_t* name) override;
+  void UNCloseStep() override;
+  [[nodiscard]] int GetKeepHistory() override;
+  void WriteKeepHistory(int keep) override;
+
+  [[nodiscard]] host::ListHandle DBCreateList(ObjectHandle root, int flags,
+                                              ObjFilter filter) override;
+  [[nodiscard]] host::ListHandle DBCreateEmptyList() override;
+  [[nodiscard]] host::ListHandle DBFilterList(host::ListHandle list, ObjFilter filter) override;
+  [[nodiscard]] host::ListHandle DSCreateSelectedList() override;
+  void DBDestroyList(host::ListHandle list) override;
+  [[nodiscard]] ObjectHandle DBGetFirstMember(host::ListHandle list) override;
+  [[nodiscard]] ObjectHandle DBGetNextMember(host::ListHandle list) override;
+  [[nodiscard]] ObjectHandle DBGetLastMember(host::ListHandle list) override;
+  [[nodiscard]] int DBGetMemberCount(host::ListHandle list) override;
+  void DBAddToList(host::ListHandle list, ObjectHandle object) override;
+
+  [[nodiscard]] ObjectHandle DBCreateObject(int type) override;
+  [[nodiscard]] ObjectHandle DBInsertElement(const ELEMENT_ATTRIBUTES* attributes, int type,
+                                             const host::ElementData& data, int parent, int closed,
+                                             int reserved, int visible, bool notify) override;
+  int DBInsertObject(ObjectHandle object, ObjectHandle parent) override;
+  void DBDestroyObject(ObjectHandle object) override;
+  [[nodiscard]] int DBGetObjectType(ObjectHandle object) override;
+  [[nodiscard]] DBElement* DBGetObjectElement(ObjectHandle object) override;
+  int DSAddObject(ObjectHandle object) override;
+  int DSAddSourceObject(ObjectHandle object, int kind, ObjectHandle source) override;
+  [[nodiscard]] ObjectHandle DSGroupObjects(host::ListHandle list, int kind,
+                                            ObjectHandle first) override;
+
+  void DBDeselectAll() override;
+  void DBSelect(ObjectHandle object) override;
+  void DBSetSelectedList(host::ListHandle list) override;
+  int DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds) override;
+
+  void DBSetLayer(ObjectHandle object, const CVKColor& color) override;
+  int DBGetLayer(ObjectHandle object, CVKColor& color) override;
+  void DBSetLineColor(ObjectHandle object, const CVKColor& color) override;
+  int DBGetLineColor(ObjectHandle object, CVKColor& color) override;
+  int DBGetLineStyle(ObjectHandle object, LINESTYLE& style) override;
+  void DBSetLineStyle(ObjectHandle object, const LINESTYLE& style) override;
+  [[nodiscard]] int DBGetSheetLayer(ObjectHandle object) override;
+  void DBSetSheetLayer(ObjectHandle object, int sheetLayer) override;
+  [[nodiscard]] VK_PAGE_RANGE DBGetPageRange(ObjectHandle object) override;
+  void DBSetPageRange(ObjectHandle object, const VK_PAGE_RANGE& pages) override;
+  void DBSetTrait(ObjectHandle object, int trait, int value) override;
+  void DBSetTraits(ObjectHandle object, int traits) override;
+  void DBSetPropertyLocks(ObjectHandle object, const CPropertyLocks& locks) override;
+
+  // Bounds are measured when they are asked for, and nothing is on show: there is nothing to do.
+  void DBInvalidateBounds(ObjectHandle object) override;
+  void DBValidateBounds(ObjectHandle object) override;
+  void InvalidateObject(ObjectHandle object, int erase) override;
+  void DBApplyTM(ObjectHandle object, const TM& matrix) override;
+
+ private:
+  class Element;
+  using Handles = std::vector<ObjectHandle>;
+  struct List {
+    std::shared_ptr<const Handles> members;
+    std::size_t next = 0;
+  };
+
+  [[nodiscard]] bool Takes(ObjFilter filter, ObjectHandle object) const;
+  host::ListHandle AddList(std::shared_ptr<const Handles> members);
+  [[nodiscard]] List* Find(host::ListHandle list);
+  [[nodiscard]] Handles MembersOf(host::ListHandle list);
+  [[nodiscard]] Attributes* Edit(ObjectHandle object);
+
+  Document& m_Document;
+  TakeText m_TakeText;
+  std::unordered_map<unsigned long long, List> m_Lists;
+  unsigned long long m_LastList = 0;
+  std::unordered_map<ObjectHandle, std::unique_ptr<CGenericItem>> m_Items;
+  std::unordered_map<ObjectHandle, std::unique_ptr<Element>> m_Elements;
+};
+
+}  // namespace rastrel::document

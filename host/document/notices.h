@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace rastrel::document {
+
+/// What the user of the host should hear of: a refused plate, a font that was replaced. In order,
+/// and each text once.
+class Notices {
+ public:
+  void Add(const std::wstring& text);
+  [[nodiscard]] const std::vector<std::wstring>& Texts() const { return m_Texts; }
+
+ private:
+  std::vector<std::wstring> m_Texts;
+};
+
+}  // namespace rastrel::document

@@ -1,0 +1,115 @@
+#include "host/document/plate_item.h"
+
+#include <utility>
+
+#include "host/document/document_store.h"
+#include "host/document/plate_layout.h"
+
+namespace rastrel::document {
+
+// A pane's edges as they were when the walk came by; the next layout ends it.
+class PlateItem::Pane : public CPane {
+ public:
+  explicit Pane(const CWorldRect& edges) : m_Edges(edges) {}
+  [[nodiscard]] double GetLeft() const override { return m_Edges.left; }
+  [[nodiscard]] double GetTop() const override { return m_Edges.top; }
+  [[nodiscard]] double GetRight() const override { return m_Edges.right; }
+  [[nodiscard]] double GetBottom() const override { return m_Edges.bottom; }
+
+ private:
+  CWorldRect m_Edges;
+};
+
+PlateItem::PlateItem(DocumentStore& store, PlateShape shape)
+    : m_Store(store), m_Shape(std::move(shape)) {}
+
+PlateItem::PlateItem(DocumentStore& store, ObjectHandle object)
+    : m_Store(store), m_Object(object) {}
+
+PlateItem::~PlateItem() = default;
+
+const PlateShape& PlateItem::Shape() const {
+  const Object* object = m_Object != 0 ? m_Store.GetDocument().Find(m_Object) : nullptr;
+  return object ? std::get<PlateShape>(object->shape) : m_Shape;
+}
+
+PlateShape& PlateItem::ShapeToChange() {
+  Object* object = m_Object != 0 ? m_Store.GetDocument().Edit(m_Object) : nullptr;
+  return object ? std::get<PlateShape>(object->shape) : m_Shape;
+}
+
+int PlateItem::Add(int visible, int selectable, int /*reserved*/, ObjectHandle& object) {
+  if (m_Object != 0) return 0;
+  Attributes attributes;
+  attributes.traits =
+      (visible != 0 ? DBTRAIT_VISIBLE : 0) | (selectable != 0 ? DBTRAIT_SELECTABLE : 0);
+  m_Object = m_Store.GetDocument().Create(std::exchange(m_Shape, {}), attributes);
+  m_Store.Adopt(m_Object, std::unique_ptr<CGenericItem>(this));
+  object = m_Object;
+  return 1;
+}
+
+int PlateItem::CreatePanesWithOriginTopLeft(const CWorldPoint& start, double width, double height) {
+  return CreatePanes(start, width, height, false);
+}
+
+int PlateItem::CreatePanesWithOriginBottomLeft(const CWorldPoint& start, double width,
+                                               double height) {
+  return CreatePanes(start, width, height, true);
+}
+
+int PlateItem::CreatePanes(const CWorldPoint& start, double width, double height, bool fromBottom) {
+  PlateShape& shape = ShapeToChange();
+  shape.start = start;
+  shape.fromBottom = fromBottom;
+  m_Panes.clear();
+  return static_cast<int>(LayPanes(shape, SignBlank{width, height, 7},
+                                   static_cast<std::size_t>(std::max(shape.wanted, 0))));
+}
+
+void PlateItem::ResetData(int count, double width, double height, const CWorldRect& margins,
+                          double horizontalGap, double verticalGap,
+                          const std::vector<ObjectHandle>& /*objects*/, int /*flag*/) {
+  m_Panes.clear();
+  const PlateShape& now = Shape();
+  const bool sameMeasures = now.width == width && now.height == height && now.margins == margins &&
+                            now.horizontalGap == horizontalGap && now.verticalGap == verticalGap;
+  if (!sameMeasures) {
+    PlateShape& shape = ShapeToChange();
+    shape.width = width;
+    shape.height = height;
+    shape.margins = margins;
+    shape.horizontalGap = horizontalGap;
+    shape.verticalGap = verticalGap;
+    shape.panes.clear();
+  }
+  if (m_Object == 0) {
+    m_Shape.wanted = count;
+    return;
+  }
+  GrowPlate(m_Store.GetDocument(), m_Object, static_cast<std::size_t>(std::max(count, 0)));
+}
+
+CWorldRect PlateItem::GetLastPaneBounds() const {
+  const PlateShape& shape = Shape();
+  return shape.panes.empty() ? CWorldRect{} : shape.panes.back();
+}
+
+CPane* PlateItem::GetFirstPane() {
+  m_Walk = 0;
+  m_Panes.clear();
+  const PlateShape* shape = &Shape();
+  while (shape) {
+    for (const CWorldRect& edges : shape->panes) m_Panes.push_back(std::make_unique<Pane>(edges));
+    const Object* next =
+        shape->continuation != 0 ? m_Store.GetDocument().Find(shape->continuation) : nullptr;
+    shape = next ? &std::get<PlateShape>(next->shape) : nullptr;
+  }
+  return GetNextPane();
+}
+
+CPane* PlateItem::GetNextPane() {
+  return m_Walk < m_Panes.size() ? m_Panes[m_Walk++].get() : nullptr;
+}
+
+}  // namespace rastrel::document

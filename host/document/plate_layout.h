@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "host/document/document.h"
+#include "host/document/shapes.h"
+
+/// Where panes go. A plate's panes stand in rows of as many as fit side by side, from its start
+/// rightward, rows downward from the top or upward from the bottom. Plates of one page stand one
+/// below the other (or above), in the order in which they were made.
+namespace rastrel::document {
+
+/// Panes that a document can hold; more are refused.
+inline constexpr int MaximumPanes = 1'000'000;
+
+/// The start of a plate on a page without others.
+[[nodiscard]] CWorldPoint StartOnEmptyPage(const SignBlank& blank, const CWorldRect& margins,
+                                           bool fromBottom);
+
+/// Panes that fit side by side, and rows that fit, from the plate's start to the blank's edges less
+/// the margins; `reach` is a y that rows must not cross, where there is one. 0 for none.
+[[nodiscard]] std::size_t Capacity(const PlateShape& plate, const SignBlank& blank,
+                                   std::optional<double> reach = std::nullopt);
+
+/// The place of a pane, by its number from 0. A pure function of the plate's measures, start and of
+/// the blank, so that panes that are added later never move those that stand.
+[[nodiscard]] CWorldRect PaneAt(const PlateShape& plate, const SignBlank& blank,
+                                std::size_t number);
+
+/// Gives the plate its first `count` panes, or as many as fit. Returns how many it has then.
+std::size_t LayPanes(PlateShape& plate, const SignBlank& blank, std::size_t count,
+                     std::optional<double> reach = std::nullopt);
+
+/// Why no pane of that size can stand on an empty page; nothing if one can. In words for the user.
+[[nodiscard]] std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width,
+                                                        double height, const CWorldRect& margins,
+                                                        double horizontalGap, double verticalGap);
+
+/// Gives each plate that has no place yet one that no other plate covers: below the one before it,
+/// or on a page of its own. Returns the last plate of the document, or 0.
+ObjectHandle PlaceNewPlates(Document& document);
+
+/// Makes a plate of the document hold `count` panes. Those that stand stay; those that do not fit
+/// beside the other plates of its page go to plates on further pages, which continue it.
+void GrowPlate(Document& document, ObjectHandle plate, std::size_t count);
+
+}  // namespace rastrel::document

@@ -1,0 +1,152 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "rastrel/platform/host/color.h"
+#include "rastrel/platform/host/document_values.h"
+#include "rastrel/platform/host/paragraph.h"
+#include "rastrel/platform/host/rect.h"
+#include "rastrel/platform/host/tm.h"
+#include "rastrel/platform/host/world.h"
+
+/// What the objects of a document are, as values that can be copied, compared, saved and drawn.
+/// Lengths are world units (centimetres, y upward from the blank's lower left corner) where nothing
+/// else is said.
+namespace rastrel::document {
+
+using host::ObjectHandle;
+
+/// Holds other objects, which are drawn in this order.
+struct GroupShape {
+  std::vector<ObjectHandle> members;
+  bool operator==(const GroupShape&) const = default;
+};
+
+/// One piece of a path: a straight line to its last point, or a cubic Bézier curve with two control
+/// points before it.
+struct PathSegment {
+  bool curve = false;
+  std::array<CWorldPoint, 3> points{};  ///< a line uses the last alone
+  bool operator==(const PathSegment&) const = default;
+};
+
+/// A run of joined segments.
+struct SubPath {
+  CWorldPoint start;
+  std::vector<PathSegment> segments;
+  bool closed = false;
+  bool operator==(const SubPath&) const = default;
+};
+
+/// Lines and curves: a drawing, or the way of a knife.
+struct PathShape {
+  std::vector<SubPath> subPaths;
+  bool cutLine = false;  ///< true for the way of a knife, which is drawn as such
+  bool operator==(const PathShape&) const = default;
+};
+
+/// Text in one style.
+struct TextRun {
+  std::wstring text;  ///< without line ends
+  std::wstring font;  ///< a file's name without extension, or a family with its style, as asked for
+  int fontType = 2;   ///< a host::FontType
+  std::wstring replacement;  ///< the family that stands in where `font` can't be had; else empty
+  double size = 0;           ///< text units
+  CVKFullColor color;        ///< counts where `colored` is set; else the object's own colour
+  bool colored = false;
+  bool operator==(const TextRun&) const = default;
+};
+
+/// A line of a paragraph.
+struct TextLine {
+  std::vector<TextRun> runs;
+  int justification = JUSTIFY_LEFT;  ///< a LineJustification
+  int spacingKind = 0;               ///< 0: `leading` counts where it is above 0
+  double size = 0;                   ///< text units; 0 for the runs' own
+  double leading = 0;  ///< text units from base line to base line; 0 for the font's own
+  bool operator==(const TextLine&) const = default;
+};
+
+/// A paragraph in a frame.
+struct TextShape {
+  CWorldRect frame;           ///< top above bottom, without regard to margins
+  paragraphStruct paragraph;  ///< margins and fits, in text units as the record has them
+  int lineMode = 0;           ///< mode of the line list
+  int justifyMode = 0;        ///< 2: lines stand in the frame less its margins
+  std::vector<TextLine> lines;
+  bool operator==(const TextShape& other) const;
+};
+
+/// Panes of one size on a page.
+struct PlateShape {
+  int wanted = 0;      ///< panes that it was built for
+  double width = 0;    ///< of a pane
+  double height = 0;   ///< of a pane
+  CWorldRect margins;  ///< distances inward from the blank's edges
+  double horizontalGap = 0;
+  double verticalGap = 0;
+  bool fromBottom = false;        ///< rows go upward from the lower left corner
+  CWorldPoint start;              ///< the first pane's upper left corner, or lower left one
+  bool placed = false;            ///< true once it was given its place beside the other plates
+  std::vector<CWorldRect> panes;  ///< those that have a place, in layout order
+  ObjectHandle continuation = 0;  ///< the plate on a further page that holds what did not fit
+  bool operator==(const PlateShape&) const = default;
+};
+
+/// What a placed file is.
+enum class GraphicKind { kSvg, kPng, kJpeg, kTiff, kPdf, kEps };
+
+/// A file of another program, carried along whole. It stands with its lower left corner at the
+/// origin before the object's matrix.
+struct GraphicShape {
+  GraphicKind kind = GraphicKind::kPng;
+  std::wstring name;                         ///< of the file it came from, without folders
+  std::shared_ptr<const std::string> bytes;  ///< the file; never null in a document
+  double width = 0;
+  double height = 0;
+  bool operator==(const GraphicShape& other) const;
+};
+
+/// A hole.
+struct DrillShape {
+  CWorldPoint centre;
+  double diameter = 0;
+  bool operator==(const DrillShape&) const = default;
+};
+
+using Shape = std::variant<GroupShape, PathShape, TextShape, PlateShape, GraphicShape, DrillShape>;
+
+/// What every object has besides its shape.
+struct Attributes {
+  CVKColor layer;      ///< of the inside; of a plate the material
+  CVKColor lineColor;  ///< of the outline
+  LINESTYLE lineStyle{0, LINESTYLE_HAIRLINE};
+  int sheetLayer = 0;
+  VK_PAGE_RANGE pages;
+  int traits = DBTRAIT_VISIBLE | DBTRAIT_SELECTABLE;  ///< a sum of DBTrait
+  CPropertyLocks locks;
+  TM matrix;  ///< from the shape's own coordinates to the page's
+  bool operator==(const Attributes&) const = default;
+};
+
+/// An object of the document.
+struct Object {
+  Shape shape;
+  Attributes attributes;
+  ObjectHandle parent = 0;  ///< a group, host::DocumentRoot, or 0 for one that is in neither
+  bool operator==(const Object&) const = default;
+};
+
+/// The number by which the database names the kind of a shape: a DBObjectType where there is one.
+[[nodiscard]] int TypeNumberOf(const Shape& shape);
+
+/// The bounds of a shape on its page. A group's are those of nothing: its members' are the
+/// document's business. A shape without extent gives an empty box at its place.
+[[nodiscard]] BOUNDS BoundsOf(const Shape& shape, const TM& matrix);
+
+}  // namespace rastrel::document
