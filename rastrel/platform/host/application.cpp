@@ -8,7 +8,7 @@ Application::~Application() = default;
 
 int Application::FindPaletteColor(int, CVKColor&) { return 0; }
 int Application::IsColorInPalette(const CVKColor&) { return 0; }
-int Application::AddColorToPalette(const CVKColor&) { return 0; }
+int Application::AddColorToPalette(const CVKFullColor&) { return 0; }
 int Application::IsInvisibleColor(const CVKColor&) { return 0; }
 int Application::GetSignBlankOriginPos() { return 7; }
 void Application::SetSignBlankOriginPos(int) {}

@@ -41,8 +41,9 @@ class RASTREL_API Application {
   virtual int FindPaletteColor(int index, CVKColor& color);
   /// Non-zero for a colour that the palette holds. By default 0.
   [[nodiscard]] virtual int IsColorInPalette(const CVKColor& color);
-  /// Adds a colour to the palette. Non-zero for success. By default 0.
-  virtual int AddColorToPalette(const CVKColor& color);
+  /// Adds a colour to the palette, with its name where it has one. Non-zero for success. By default
+  /// 0.
+  virtual int AddColorToPalette(const CVKFullColor& color);
   /// Non-zero for the colour that draws nothing. By default 0.
   [[nodiscard]] virtual int IsInvisibleColor(const CVKColor& color);
 

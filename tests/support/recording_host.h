@@ -1,0 +1,218 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/text_compose.h"
+#include "tests/support/host_calls.h"
+#include "tests/support/recording_document.h"
+
+namespace rastrel::test {
+
+/// The text engine of a recording host. What is written into the open paragraph's records is
+/// written as a line of its own, `paragraph.fit = 2`, in front of the next call.
+class RecordingText : public host::TextCompose {
+ public:
+  explicit RecordingText(HostCalls& calls) : m_Calls(calls) {}
+
+  HostCalls& m_Calls;
+  /// Fonts that can't be had, by the name that `AddFont` is given.
+  std::set<std::wstring> m_MissingFonts;
+  /// What `GetTextFrame` gives; without it the frame that the paragraph was opened with.
+  std::optional<CWorldRect> m_Frame;
+
+  std::vector<std::string> LeftOpen() const;
+  /// Writes the fields that changed since the last line.
+  void WriteChanges();
+
+  void SetOpenParagraphInfo(ParagraphInfo& info, int reserved) override;
+  int OpenParagraph(int kind, const ParagraphInfo& info, const NewWorldPt& first,
+                    const NewWorldPt& second) override;
+  void GetCurParagraph(CurrentParagraph& current) override;
+  void CloseParagraph(int keep, const ParagraphInfo& info) override;
+  void SetTextLineJustifyMode(paragraphStruct* paragraph, list_s* lines, int mode) override;
+  void SetTextLineJustification(paragraphStruct* paragraph, list_s* lines,
+                                int justification) override;
+  CWorldRect GetTextFrame(const paragraphStruct* paragraph) override;
+  void FitTextToFrame(paragraphStruct* paragraph, list_s* lines) override;
+  void GetDefaultAttributes(ELEMENT_ATTRIBUTES& attributes) override;
+  const FontRecord* AddFont(int reserved, int type, const wchar_t* name, int weight,
+                            int italic) override;
+  void edPasteString(const wchar_t* text, int length, int position, const void* style,
+                     bool select) override;
+  void SetTextColor(const CVKColor& color) override;
+  std::unique_ptr<CFontReplacement> NewFontReplacement(const wchar_t* name) override;
+  const FontRecord* ChooseReplacementFont(CFontReplacement& replacement, const wchar_t* name,
+                                          int weight, int italic) override;
+  void InitNewText(CWnd* window, const NewWorldPt& first, const NewWorldPt& second,
+                   int kind) override;
+  void TerminateNewText(CWnd* window, int keep) override;
+  host::ObjectHandle GetTerminateTextEditHI() override;
+
+  /// Makes the object of a text that was finished.
+  std::function<host::ObjectHandle()> m_MakeText;
+
+ private:
+  /// The records of one paragraph, and what they held when the last line was written.
+  struct Records {
+    paragraphStruct paragraph;
+    list_s lines;
+    lineStruct line;
+    CharacterStyle style;
+  };
+  void Begin(const NewWorldPt& first, const NewWorldPt& second);
+  std::string NameOf(const paragraphStruct* paragraph) const;
+  void WriteChange(const char* name, double before, double now);
+
+  std::unique_ptr<Records> m_Now = std::make_unique<Records>();
+  Records m_Seen;
+  bool m_ParagraphOpen = false;
+  bool m_TextOpen = false;
+  bool m_WrittenAfterEnd = false;
+  CWorldRect m_OpenedFrame;
+  std::uint32_t m_Paragraphs = 0;
+  std::map<std::pair<int, std::wstring>, std::unique_ptr<FontRecord>> m_Fonts;
+  host::ObjectHandle m_Finished = 0;
+};
+
+/// The application of a recording host: a blank of 60 by 30 cm with its origin at the bottom left,
+/// page 1 on show. The script answers all operations that give a number by their names.
+class RecordingApplication : public host::Application, public CSheetLayerPalette {
+ public:
+  RecordingApplication(HostCalls& calls, RecordingStore& store);
+  ~RecordingApplication() override;
+
+  HostCalls& m_Calls;
+  RecordingStore& m_Store;
+  /// The palette by name, and what `FindPaletteColor` of an index gives.
+  std::map<std::wstring, CVKFullColor> m_Palette;
+  std::vector<CVKColor> m_PaletteByIndex;
+  double m_BlankWidth = 60;
+  double m_BlankHeight = 30;
+  int m_BlankOrigin = 7;
+
+  std::vector<std::string> LeftOpen() const;
+
+  int FindPaletteColor(const wchar_t* name, CVKFullColor& color) override;
+  int FindPaletteColor(int index, CVKColor& color) override;
+  int IsColorInPalette(const CVKColor& color) override;
+  int AddColorToPalette(const CVKFullColor& color) override;
+  int IsInvisibleColor(const CVKColor& color) override;
+  void GetSignBlankSize(double& width, double& height) override;
+  void SetSignBlankSize(double width, double height, int redraw) override;
+  int GetOriginPosIndex() override;
+  int GetSignBlankOriginPos() override;
+  void SetSignBlankOriginPos(int origin) override;
+  void GetGridOriginXY(double& x, double& y, double& third) override;
+  int GetDisplayPage() override;
+  int WhatisMaxNumberofPages(int reserved) override;
+  void UpdatePageWindow(int page) override;
+  int GetNextEmptyLayer() override;
+  void AddNewSheetLayer(int sheetLayer) override;
+  std::optional<int> GetEmptySeparationLayer() override;
+  CSheetLayerPalette* GetSheetLayerPalette() override;
+  void SetActiveOnlySheetLayer(int sheetLayer) override;
+  void SetCurrentSheetLayer(int sheetLayer) override;
+  std::unique_ptr<CGenericPlateObject> NewGenericPlateObject(int count, double width, double height,
+                                                             const CWorldRect& margins,
+                                                             double horizontalGap,
+                                                             double verticalGap) override;
+  void SetPlateObjectParameters(const CWorldRect& margins, double horizontalGap,
+                                double verticalGap) override;
+  host::ObjectHandle AdjustPlateObjects(int selectedOnly, int keepColors, int redraw) override;
+  void AddPaneToPlateObject(host::ObjectHandle plate) override;
+  void AddPanesToPlateObject(host::ObjectHandle plate, int count) override;
+  void SetXMLDrillPoint(int on, double diameter) override;
+  void SetDrillPointObj(const NewWorldPt& place) override;
+  int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
+              int flag) override;
+  CVelumark5View* UIGetActiveView() override;
+  void HourGlass(int on) override;
+  void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
+  void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
+  void ZoomObj() override;
+  int GetCurrentUnits() override;
+  std::wstring GGetPathDeviceInI(int device) override;
+  std::optional<std::wstring> GetStringDevice(const wchar_t* devicePath, const wchar_t* section,
+                                              const wchar_t* key) override;
+  int WriteStringDevice(const wchar_t* section, const wchar_t* key, const wchar_t* value) override;
+  int GetQueueComChannel(const wchar_t* deviceName) override;
+  void SetImportRotation(double rotation) override;
+
+  std::optional<CSheetLayer> GetSheetLayerFromPalette(int number) override;
+  int AddSheetToPalette(const CSheetLayer& layer) override;
+  void RemoveSheetFromPalette(int number) override;
+
+ private:
+  class View;
+
+  std::map<int, CSheetLayer> m_SheetLayers;
+  std::unique_ptr<View> m_View;
+  int m_HourGlasses = 0;
+  bool m_DrillPointsOn = false;
+};
+
+/// A host that writes each call with its arguments as one line and answers from a script; installed
+/// while it exists. What a test leaves open can be asked for with LeftOpen; CheckedHost
+/// (checked_host.h) fails the test by itself.
+///
+/// A setting that was written counts as open until it is written a second time: the library changes
+/// settings only for the length of an operation, but for those named with `MayStay`.
+class RecordingHost : public host::Host, host::Settings, host::Directories, host::Translation {
+ public:
+  RecordingHost();
+  ~RecordingHost() override;
+  RecordingHost(const RecordingHost&) = delete;
+  RecordingHost& operator=(const RecordingHost&) = delete;
+
+  HostCalls m_Calls;
+  RecordingStore m_Store{m_Calls};
+  RecordingText m_Text{m_Calls};
+  RecordingApplication m_Application{m_Calls, m_Store};
+
+  /// Settings by section and key, as spelled.
+  std::map<std::pair<std::wstring, std::wstring>, std::wstring> m_Settings;
+  std::map<int, std::wstring> m_BaseDirectories;
+  /// Translations; a text that has none loses its mark.
+  std::map<std::wstring, std::wstring> m_Translations;
+  /// Which of the document's libraries the host has; all at first.
+  bool m_HasDocument = true;
+
+  /// Allows a setting to keep what the library wrote.
+  void MayStay(const std::wstring& section, const std::wstring& key);
+  /// What was opened and not closed, in words; empty if all was.
+  std::vector<std::string> LeftOpen();
+
+  host::Settings& GetSettings() override { return *this; }
+  host::Directories& GetDirectories() override { return *this; }
+  host::Translation& GetTranslation() override { return *this; }
+  void BeginWaitCursor() override;
+  host::ObjectStore* GetObjectStore() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::TextCompose* GetTextCompose() override { return m_HasDocument ? &m_Text : nullptr; }
+  host::GraphicsIO* GetGraphicsIO() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::Application* GetApplication() override { return m_HasDocument ? &m_Application : nullptr; }
+
+ private:
+  std::optional<std::wstring> Read(const std::wstring& section, const std::wstring& key,
+                                   DataStoreType store) override;
+  bool Write(const std::wstring& section, const std::wstring& key, const std::wstring& value,
+             DataStoreType store) override;
+  std::wstring BaseDirectory(path_type type) override { return m_BaseDirectories[type]; }
+  std::optional<std::wstring> WindowsDirectory() override { return std::nullopt; }
+  std::optional<std::wstring> SystemDirectory() override { return std::nullopt; }
+  std::optional<std::wstring> PrinterDriverDirectory() override { return std::nullopt; }
+  std::optional<std::wstring> Translate(const std::wstring& text) override;
+
+  std::map<std::pair<std::wstring, std::wstring>, int> m_Writes;
+  std::set<std::pair<std::wstring, std::wstring>> m_MayStay;
+};
+
+}  // namespace rastrel::test
