@@ -11,7 +11,9 @@ namespace rastrel::imports::limits {
 inline constexpr int kDepth = 256;
 /// Attributes of one element, declarations of namespaces included. The parser compares each with
 /// each.
-inline constexpr std::size_t kAttributes = 1024;
+inline constexpr std::size_t kAttributes = 256;
+/// Namespaces that are declared at a time. The parser looks a prefix up one by one.
+inline constexpr std::size_t kNamespaces = 256;
 /// Memory of a loaded document's nodes, texts and names, in bytes.
 inline constexpr std::size_t kDocumentBytes = std::size_t{128} << 20;
 /// The same for what a stream holds at a time: the elements that are open and the one that is
@@ -19,8 +21,9 @@ inline constexpr std::size_t kDocumentBytes = std::size_t{128} << 20;
 inline constexpr std::size_t kStreamBytes = std::size_t{32} << 20;
 /// Different names of elements and attributes.
 inline constexpr std::size_t kNames = 65536;
-/// One tag, comment or instruction as it stands in the file, in bytes of UTF-8. Texts have no limit
-/// but the memory's.
-inline constexpr std::size_t kMarkupBytes = std::size_t{10} << 20;
+/// One tag, comment, instruction or CDATA section as it stands in the file, in bytes of UTF-8; the
+/// parser sees it whole. Texts have no limit but the memory's. Held to within a piece of reading
+/// (64 KiB, which can be 192 KiB of UTF-8).
+inline constexpr std::size_t kMarkupBytes = std::size_t{4} << 20;
 
 }  // namespace rastrel::imports::limits

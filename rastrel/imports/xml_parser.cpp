@@ -1,0 +1,392 @@
+#include "rastrel/imports/xml_parser.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "rastrel/imports/xml_limits.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::imports {
+namespace {
+
+// The parser asks for its input in pieces and never has to hold more than one and a tag.
+constexpr std::size_t kPiece = std::size_t{64} << 10;
+// As many bytes as tell the family of encodings.
+constexpr std::size_t kHead = 4;
+
+const char* Bytes(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+std::string_view Bytes(const xmlChar* text, int length) {
+  return {Bytes(text), static_cast<std::size_t>(length)};
+}
+
+struct ContextEnd {
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+};
+
+extern "C" {
+void DropMessage(void*, const char*, ...) {}
+}
+
+// The library tells some faults through functions of the thread, which belong to the program around
+// us: they are ours for the length of a call only.
+class ThreadErrors {
+ public:
+  ThreadErrors(void* user, xmlStructuredErrorFunc handler)
+      : m_Structured(xmlStructuredError),
+        m_StructuredUser(xmlStructuredErrorContext),
+        m_Generic(xmlGenericError),
+        m_GenericUser(xmlGenericErrorContext) {
+    xmlSetStructuredErrorFunc(user, handler);
+    xmlSetGenericErrorFunc(nullptr, DropMessage);
+  }
+  ~ThreadErrors() {
+    xmlSetStructuredErrorFunc(m_StructuredUser, m_Structured);
+    xmlSetGenericErrorFunc(m_GenericUser, m_Generic);
+  }
+  ThreadErrors(const ThreadErrors&) = delete;
+  ThreadErrors& operator=(const ThreadErrors&) = delete;
+
+ private:
+  xmlStructuredErrorFunc m_Structured;
+  void* m_StructuredUser;
+  xmlGenericErrorFunc m_Generic;
+  void* m_GenericUser;
+};
+
+// What the first bytes say of the encoding, by the mark or by the shape of "<?".
+enum class Family { kUnknown, kUtf8, kUtf16 };
+
+Family FamilyOf(std::string_view head) {
+  using namespace std::string_view_literals;
+  if (head.starts_with("\xEF\xBB\xBF"sv)) return Family::kUtf8;
+  for (const std::string_view sign : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv})
+    if (head.starts_with(sign)) return Family::kUtf16;
+  return Family::kUnknown;
+}
+
+bool IsNameOf(Family family, std::string_view declared) {
+  std::string lower;
+  for (const char byte : declared)
+    lower += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+  switch (family) {
+    case Family::kUnknown: return true;
+    case Family::kUtf8: return lower == "utf-8" || lower == "utf8";
+    case Family::kUtf16:
+      return lower.starts_with("utf-16") || lower == "ucs-2" || lower == "iso-10646-ucs-2";
+  }
+  return true;
+}
+
+// One reading of one document.
+class Parse {
+ public:
+  Parse(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events)
+      : m_Source(source), m_Encoding(encoding), m_Names(names), m_Events(events) {}
+
+  std::optional<XmlFailure> Run();
+
+ private:
+  static Parse& Of(void* user) { return *static_cast<Parse*>(user); }
+  static xmlSAXHandler Handler();
+
+  bool Begin(std::span<char> buffer);
+  void Push(std::string_view piece, bool last);
+  void CheckPending();
+  void CheckEnd();
+  bool Failed() const { return m_Failure.has_value(); }
+  void Fail(std::wstring reason);
+  void Fail(const xmlError& error);
+  void Note(XmlFailure failure);
+  void FollowEvents();
+
+  void OnDocument();
+  void OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
+               const xmlChar** declared, int attributes, const xmlChar** values);
+  void OnEnd();
+  void OnText(std::string_view text);
+  void OnComment(std::string_view text);
+  void OnInstruction(const char* target, std::string_view data);
+  void OnCdata(const xmlChar* text, int length);
+  void EndCdata();
+  void Declarations(int count, const xmlChar** declared);
+  void Attributes(int count, const xmlChar** values);
+
+  XmlSource& m_Source;
+  XmlEncoding m_Encoding;
+  XmlNames& m_Names;
+  XmlEvents& m_Events;
+  std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
+  std::optional<XmlFailure> m_Failure;
+  Family m_Family = Family::kUnknown;
+  int m_Depth = 0;
+  std::vector<XmlStartAttribute> m_Attributes;
+  bool m_InCdata = false;
+  std::string m_Cdata;
+};
+
+xmlSAXHandler Parse::Handler() {
+  xmlSAXHandler handler{};
+  handler.initialized = XML_SAX2_MAGIC;
+  // Without a function that keeps or looks up entities none is ever known, and none expanded.
+  handler.internalSubset = [](void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
+    Of(user).Fail(L"a document type is not accepted");
+    xmlStopParser(Of(user).m_Context.get());
+  };
+  handler.startDocument = [](void* user) { Of(user).OnDocument(); };
+  handler.startElementNs = [](void* user, const xmlChar* local, const xmlChar* prefix,
+                              const xmlChar*, int namespaces, const xmlChar** declared,
+                              int attributes, int, const xmlChar** values) {
+    if (!Of(user).Failed())
+      Of(user).OnStart(local, prefix, namespaces, declared, attributes, values);
+  };
+  handler.endElementNs = [](void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
+    if (!Of(user).Failed()) Of(user).OnEnd();
+  };
+  handler.characters = [](void* user, const xmlChar* text, int length) {
+    if (!Of(user).Failed()) Of(user).OnText(Bytes(text, length));
+  };
+  handler.ignorableWhitespace = handler.characters;
+  handler.cdataBlock = [](void* user, const xmlChar* text, int length) {
+    if (!Of(user).Failed()) Of(user).OnCdata(text, length);
+  };
+  handler.comment = [](void* user, const xmlChar* text) {
+    if (!Of(user).Failed()) Of(user).OnComment(Bytes(text));
+  };
+  handler.processingInstruction = [](void* user, const xmlChar* target, const xmlChar* data) {
+    if (!Of(user).Failed())
+      Of(user).OnInstruction(Bytes(target), data == nullptr ? std::string_view() : Bytes(data));
+  };
+  handler.serror = [](void* user, xmlErrorPtr error) { Of(user).Fail(*error); };
+  return handler;
+}
+
+std::optional<XmlFailure> Parse::Run() {
+  const auto buffer = std::make_unique_for_overwrite<char[]>(kPiece);
+  const std::span<char> room(buffer.get(), kPiece);
+  if (!Begin(room)) return m_Failure;
+  while (!Failed()) {
+    const auto count = m_Source.Read(room);
+    if (!count) {
+      Note({.reason = os::WideFromUtf8(os::Describe(count.Error()))});
+      break;
+    }
+    Push({buffer.get(), *count}, *count == 0);
+    if (*count == 0) break;
+  }
+  return m_Failure;
+}
+
+// The parser wants to see the first bytes alone, to choose how it decodes the others.
+bool Parse::Begin(std::span<char> buffer) {
+  std::size_t held = 0;
+  while (held < kHead) {
+    const auto count = m_Source.Read(buffer.subspan(held, kHead - held));
+    if (!count) {
+      Note({.reason = os::WideFromUtf8(os::Describe(count.Error()))});
+      return false;
+    }
+    if (*count == 0) break;
+    held += *count;
+  }
+  if (held == 0) {
+    Note({.line = 1, .column = 1, .reason = L"the document is empty"});
+    return false;
+  }
+  static std::once_flag once;
+  std::call_once(once, xmlInitParser);
+  xmlSAXHandler handler = Handler();
+  if (m_Encoding == XmlEncoding::kByDocument) m_Family = FamilyOf({buffer.data(), held});
+  const ThreadErrors errors(this, handler.serror);
+  m_Context.reset(
+      xmlCreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
+  if (!m_Context) {
+    Note({.reason = L"there is no memory for the parser"});
+    return false;
+  }
+  const int encoding = m_Encoding == XmlEncoding::kUtf8 ? XML_PARSE_IGNORE_ENC : 0;
+  xmlCtxtUseOptions(m_Context.get(), XML_PARSE_NONET | encoding);
+  return !Failed();
+}
+
+void Parse::Push(std::string_view piece, bool last) {
+  const ThreadErrors errors(this, m_Context->sax->serror);
+  xmlParseChunk(m_Context.get(), piece.data(), static_cast<int>(piece.size()), last ? 1 : 0);
+  if (!Failed()) CheckPending();
+  if (!Failed()) FollowEvents();
+  if (!Failed() && last) CheckEnd();
+}
+
+// What the parser could not use yet is the begin of something long. The time that it takes for a
+// tag grows with the square of the attributes, and it says how many there are only afterwards.
+void Parse::CheckPending() {
+  if (m_Context->input == nullptr) return;
+  const auto* const begin = Bytes(m_Context->input->cur);
+  const auto* const end = Bytes(m_Context->input->end);
+  if (end - begin < static_cast<std::ptrdiff_t>(kPiece)) return;
+  std::string_view pending(begin, static_cast<std::size_t>(end - begin));
+  if (pending.size() > limits::kMarkupBytes)
+    return Fail(L"a tag, comment, instruction or CDATA section has more than " +
+                std::to_wstring(limits::kMarkupBytes) + L" bytes");
+  if (pending[0] != '<' || pending[1] == '!' || pending[1] == '?') return;
+  std::size_t values = 0;
+  for (;;) {
+    const std::size_t quote = pending.find_first_of("\"'");
+    if (quote == std::string_view::npos) break;
+    ++values;
+    const std::size_t close = pending.find(pending[quote], quote + 1);
+    if (close == std::string_view::npos) break;
+    pending.remove_prefix(close + 1);
+  }
+  if (values > limits::kAttributes)
+    Fail(L"an element has more than " + std::to_wstring(limits::kAttributes) + L" attributes");
+}
+
+// Faults that the parser lets pass.
+void Parse::CheckEnd() {
+  const xmlParserCtxt& context = *m_Context;
+  if (context.wellFormed == 0 || context.nsWellFormed == 0)
+    return Fail(L"the document is not well-formed");
+  const xmlParserInput* const input = context.input;
+  const bool cut = input != nullptr && input->buf != nullptr && input->buf->raw != nullptr &&
+                   xmlBufUse(input->buf->raw) > 0;
+  if (cut) Fail(L"the document ends within a character");
+}
+
+void Parse::Fail(std::wstring reason) {
+  XmlFailure failure{.reason = std::move(reason)};
+  if (m_Context && m_Context->input != nullptr) {
+    failure.line = m_Context->input->line;
+    failure.column = m_Context->input->col;
+  }
+  Note(std::move(failure));
+}
+
+void Parse::Fail(const xmlError& error) {
+  if (error.level < XML_ERR_ERROR) return;
+  std::string_view message = error.message == nullptr ? "unknown fault" : error.message;
+  message = TrimBlanks(message);
+  if (error.domain == XML_FROM_I18N || error.line <= 0) return Fail(os::WideFromUtf8(message));
+  Note({.line = error.line, .column = error.int2, .reason = os::WideFromUtf8(message)});
+}
+
+// The first fault counts: what follows it often comes of it.
+void Parse::Note(XmlFailure failure) {
+  if (!m_Failure) m_Failure = std::move(failure);
+  if (m_Context) m_Context->disableSAX = 1;
+}
+
+void Parse::FollowEvents() {
+  if (auto refusal = m_Events.Refusal()) Fail(*std::move(refusal));
+}
+
+void Parse::OnDocument() {
+  if (Failed()) return;
+  const char* const version = Bytes(m_Context->version);
+  if (version != nullptr && std::strcmp(version, "1.0") != 0)
+    return Fail(L"the document is of another version of XML than 1.0");
+  const xmlChar* declared = m_Context->encoding;
+  if (declared == nullptr && m_Context->input != nullptr) declared = m_Context->input->encoding;
+  if (declared != nullptr && !IsNameOf(m_Family, Bytes(declared)))
+    Fail(L"the document is in another encoding than it says");
+}
+
+void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
+                    const xmlChar** declared, int attributes, const xmlChar** values) {
+  if (++m_Depth > limits::kDepth)
+    return Fail(L"elements are more than " + std::to_wstring(limits::kDepth) + L" deep");
+  if (static_cast<std::size_t>(namespaces + attributes) > limits::kAttributes)
+    return Fail(L"an element has more than " + std::to_wstring(limits::kAttributes) +
+                L" attributes");
+  if (static_cast<std::size_t>(m_Context->nsNr / 2) > limits::kNamespaces)
+    return Fail(L"more than " + std::to_wstring(limits::kNamespaces) +
+                L" namespaces are declared at a time");
+  if (m_InCdata) EndCdata();
+  m_Attributes.clear();
+  if (namespaces > 0) Declarations(namespaces, declared);
+  Attributes(attributes, values);
+  m_Events.Start(m_Names.FindKept(Bytes(prefix), Bytes(local)), m_Attributes);
+  if (m_Names.Count() > limits::kNames)
+    return Fail(L"there are more than " + std::to_wstring(limits::kNames) + L" different names");
+  FollowEvents();
+}
+
+void Parse::OnEnd() {
+  --m_Depth;
+  if (m_InCdata) EndCdata();
+  m_Events.End();
+  FollowEvents();
+}
+
+void Parse::Declarations(int count, const xmlChar** declared) {
+  for (int index = 0; index < count; ++index) {
+    const char* const prefix = Bytes(declared[2 * index]);
+    const char* const uri = Bytes(declared[2 * index + 1]);
+    const XmlName* const name =
+        prefix == nullptr ? m_Names.Find(nullptr, "xmlns") : m_Names.Find("xmlns", prefix);
+    m_Attributes.push_back({name, uri == nullptr ? std::string_view() : uri, true});
+  }
+}
+
+// Five pointers each: local name, prefix, namespace, begin and end of the value. The names lie in
+// the context's dictionary, which keeps each text once.
+void Parse::Attributes(int count, const xmlChar** values) {
+  for (int index = 0; index < count; ++index, values += 5) {
+    const char* const begin = Bytes(values[3]);
+    m_Attributes.push_back({m_Names.FindKept(Bytes(values[1]), Bytes(values[0])),
+                            {begin, static_cast<std::size_t>(Bytes(values[4]) - begin)},
+                            false});
+  }
+}
+
+void Parse::OnText(std::string_view text) {
+  if (m_InCdata) EndCdata();
+  m_Events.Text(text);
+}
+
+void Parse::OnComment(std::string_view text) {
+  if (m_InCdata) EndCdata();
+  m_Events.Comment(text);
+}
+
+void Parse::OnInstruction(const char* target, std::string_view data) {
+  if (m_InCdata) EndCdata();
+  m_Events.Instruction(m_Names.Find(nullptr, target), data);
+}
+
+// The parser hands a long section over in pieces, and does not say where one begins or ends. But a
+// piece stands in the input as it is told: behind the section's mark if it is the first.
+void Parse::OnCdata(const xmlChar* text, int length) {
+  constexpr std::string_view mark = "<![CDATA[";
+  const xmlParserInput& input = *m_Context->input;
+  const bool inside = text >= input.base && text <= input.end;
+  const auto before = inside ? text - input.base : 0;
+  const bool first = before < static_cast<std::ptrdiff_t>(mark.size()) ||
+                     Bytes(text - mark.size(), static_cast<int>(mark.size())) == mark;
+  if (m_InCdata && first) EndCdata();
+  m_InCdata = true;
+  m_Cdata.append(Bytes(text, length));
+}
+
+void Parse::EndCdata() {
+  m_InCdata = false;
+  m_Events.Cdata(m_Cdata);
+  m_Cdata.clear();
+}
+
+}  // namespace
+
+std::optional<XmlFailure> ParseXml(XmlSource& source, XmlEncoding encoding, XmlNames& names,
+                                   XmlEvents& events) {
+  return Parse(source, encoding, names, events).Run();
+}
+
+}  // namespace rastrel::imports

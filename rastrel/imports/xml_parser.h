@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "rastrel/imports/xml_failure.h"
+#include "rastrel/imports/xml_names.h"
+#include "rastrel/imports/xml_tree.h"
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::imports {
+
+/// Where a document's bytes come from.
+class XmlSource {
+ public:
+  XmlSource() = default;
+  XmlSource(const XmlSource&) = delete;
+  XmlSource& operator=(const XmlSource&) = delete;
+  virtual ~XmlSource() = default;
+  /// The next bytes, as many as there are and fit; 0 at the end.
+  [[nodiscard]] virtual os::Outcome<std::size_t> Read(std::span<char> bytes) = 0;
+};
+
+/// Receives a document's parts in order. All texts are UTF-8 and valid during the call only.
+class XmlEvents {
+ public:
+  XmlEvents() = default;
+  XmlEvents(const XmlEvents&) = delete;
+  XmlEvents& operator=(const XmlEvents&) = delete;
+  virtual ~XmlEvents() = default;
+
+  virtual void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) = 0;
+  virtual void End() = 0;
+  /// A piece of text; any number of them in a row are one text.
+  virtual void Text(std::string_view bytes) = 0;
+  /// A whole section, empty ones too.
+  virtual void Cdata(std::string_view bytes) = 0;
+  virtual void Comment(std::string_view bytes) = 0;
+  virtual void Instruction(const XmlName* target, std::string_view data) = 0;
+
+  /// Why the document is refused from here on; asked after each piece of reading and after each
+  /// element's start and end.
+  [[nodiscard]] virtual std::optional<std::wstring> Refusal() const = 0;
+};
+
+/// How the document says what encoding it is in.
+enum class XmlEncoding {
+  kByDocument,  ///< by its first bytes and its declaration
+  kUtf8,        ///< it is UTF-8, whatever it says
+};
+
+/// Reads a document and hands its parts over. The reason if it can't be read or is refused, with
+/// line and column and without a path; what was handed over till then is then void.
+[[nodiscard]] std::optional<XmlFailure> ParseXml(XmlSource& source, XmlEncoding encoding,
+                                                 XmlNames& names, XmlEvents& events);
+
+}  // namespace rastrel::imports

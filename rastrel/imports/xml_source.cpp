@@ -1,0 +1,41 @@
+#include "rastrel/imports/xml_source.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::imports {
+
+os::Outcome<std::size_t> XmlFileSource::Read(std::span<char> bytes) {
+  const long count = m_File.ReadAt(m_Offset, bytes);
+  if (count < 0)
+    return os::Failure{.operation = "read", .subject = os::ToNative(m_Path), .error = errno};
+  m_Offset += static_cast<std::uint64_t>(count);
+  return static_cast<std::size_t>(count);
+}
+
+os::Outcome<std::size_t> XmlMemorySource::Read(std::span<char> bytes) {
+  const std::string_view piece = m_Bytes.substr(0, bytes.size());
+  std::copy(piece.begin(), piece.end(), bytes.begin());
+  m_Bytes.remove_prefix(piece.size());
+  return piece.size();
+}
+
+bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events) {
+  auto file = os::RandomAccessFile::Open(path);
+  if (!file) {
+    ReportXmlFailure(
+        {.path = std::wstring(path), .reason = os::WideFromUtf8(os::Describe(file.Error()))});
+    return false;
+  }
+  XmlFileSource source(std::move(*file), path);
+  auto failure = ParseXml(source, XmlEncoding::kByDocument, names, events);
+  if (!failure) return true;
+  failure->path = path;
+  ReportXmlFailure(*std::move(failure));
+  return false;
+}
+
+}  // namespace rastrel::imports

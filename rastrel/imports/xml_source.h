@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "rastrel/imports/xml_parser.h"
+#include "rastrel/platform/os/random_access_file.h"
+
+namespace rastrel::imports {
+
+/// A regular file from its start.
+class XmlFileSource : public XmlSource {
+ public:
+  XmlFileSource(os::RandomAccessFile file, std::wstring_view path)
+      : m_File(std::move(file)), m_Path(path) {}
+  [[nodiscard]] os::Outcome<std::size_t> Read(std::span<char> bytes) override;
+
+ private:
+  os::RandomAccessFile m_File;
+  std::wstring m_Path;
+  std::uint64_t m_Offset = 0;
+};
+
+/// Bytes in memory, borrowed.
+class XmlMemorySource : public XmlSource {
+ public:
+  explicit XmlMemorySource(std::string_view bytes) : m_Bytes(bytes) {}
+  [[nodiscard]] os::Outcome<std::size_t> Read(std::span<char> bytes) override;
+
+ private:
+  std::string_view m_Bytes;
+};
+
+/// Reads the file at `path` into `events` as ParseXml does, and reports a failure. True if all of
+/// it was read.
+[[nodiscard]] bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events);
+
+}  // namespace rastrel::imports

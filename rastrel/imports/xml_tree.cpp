@@ -1,0 +1,108 @@
+#include "rastrel/imports/xml_tree.h"
+
+#include <algorithm>
+#include <new>
+
+#include "rastrel/imports/xml_node.h"
+
+namespace rastrel::imports {
+
+void XmlNode::Retain(XmlDocument& document) noexcept {
+  document.handles.fetch_add(1, std::memory_order_relaxed);
+}
+
+void XmlNode::Release(XmlDocument& document) noexcept {
+  if (document.handles.fetch_sub(1, std::memory_order_acq_rel) == 1) delete &document;
+}
+
+std::string_view TrimBlanks(std::string_view text) {
+  while (!text.empty() && IsXmlBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsXmlBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
+                                  std::span<const XmlStartAttribute> attributes,
+                                  const XmlTreeNode* parent) {
+  void* const place =
+      m_Arena.Allocate(sizeof(XmlTreeNode) + attributes.size() * sizeof(XmlTreeAttribute));
+  auto* const node = new (place) XmlTreeNode;
+  node->parent = parent;
+  node->next = nullptr;
+  node->child = nullptr;
+  node->name = name;
+  node->length = static_cast<std::uint32_t>(attributes.size());
+  node->kind = XmlKind::kElement;
+  node->blank = false;
+  auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
+  for (const XmlStartAttribute& attribute : attributes) {
+    const std::string_view value = m_Arena.Copy(attribute.value);
+    new (slot++)
+        XmlTreeAttribute{attribute.name, value.data(), static_cast<std::uint32_t>(value.size()),
+                         attribute.declaresNamespace};
+  }
+  return node;
+}
+
+void XmlTreeBuilder::Open(XmlTreeNode* root) {
+  m_Text.clear();
+  m_Open.push_back({root, nullptr});
+}
+
+void XmlTreeBuilder::Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) {
+  Flush();
+  XmlTreeNode* const node = Make(name, attributes, m_Open.back().element);
+  Join(node);
+  m_Open.push_back({node, nullptr});
+}
+
+bool XmlTreeBuilder::End() {
+  Flush();
+  m_Open.pop_back();
+  return m_Open.empty();
+}
+
+void XmlTreeBuilder::Cdata(std::string_view bytes) {
+  Flush();
+  AddContent(XmlKind::kCdata, nullptr, bytes);
+}
+
+void XmlTreeBuilder::Comment(std::string_view bytes) {
+  Flush();
+  AddContent(XmlKind::kComment, nullptr, bytes);
+}
+
+void XmlTreeBuilder::Instruction(const XmlName* target, std::string_view data) {
+  Flush();
+  AddContent(XmlKind::kInstruction, target, data);
+}
+
+// Text comes in pieces, and only its end tells whether it is more than blanks.
+void XmlTreeBuilder::Flush() {
+  if (m_Text.empty()) return;
+  const bool blank = std::all_of(m_Text.begin(), m_Text.end(), IsXmlBlank);
+  if (!blank || m_KeepBlanks) AddContent(XmlKind::kText, nullptr, m_Text, blank);
+  m_Text.clear();
+}
+
+void XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_view content,
+                                bool blank) {
+  const std::string_view copy = m_Arena.Copy(content);
+  auto* const node = new (m_Arena.Allocate(sizeof(XmlTreeNode))) XmlTreeNode;
+  node->parent = m_Open.back().element;
+  node->next = nullptr;
+  node->content = copy.data();
+  node->name = name;
+  node->length = static_cast<std::uint32_t>(copy.size());
+  node->kind = kind;
+  node->blank = blank;
+  Join(node);
+}
+
+void XmlTreeBuilder::Join(XmlTreeNode* node) {
+  Level& level = m_Open.back();
+  (level.last == nullptr ? level.element->child : level.last->next) = node;
+  level.last = node;
+}
+
+}  // namespace rastrel::imports
