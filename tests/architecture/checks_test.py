@@ -80,6 +80,12 @@ class SystemHeaders(Tree):
         self.write("rastrel/job/a.cpp", "#include <png.h>\n")
         self.assertEqual(len(system_headers.check(self.root, {("children", "png.h")})), 1)
 
+    def test_a_header_that_one_file_may_see_is_a_fault_in_its_neighbour(self):
+        self.write("rastrel/imports/a.cpp", "#include <png.h>\n")
+        self.write("rastrel/imports/b.cpp", "#include <png.h>\n")
+        self.assertEqual(system_headers.check(self.root, {("rastrel/imports/a.cpp", "png.h")}),
+                         ["rastrel/imports/b.cpp:1: <png.h> outside rastrel/platform"])
+
 
 class HeadersCompileAlone(Tree):
     COMPILER = os.environ.get("CXX", "c++").split()
