@@ -12,6 +12,7 @@ import documented_interface
 import exported_symbols
 import file_sizes
 import headers_compile_alone
+import host_guide
 import include_rules
 import sources
 import system_headers
@@ -137,6 +138,23 @@ class ExportedSymbols(unittest.TestCase):
     def test_a_missing_part_of_the_interface_is_a_fault(self):
         self.assertEqual(exported_symbols.check(["CFile::Close()"], ["CFile", "TestPrint"]),
                          ["TestPrint: part of the interface, and not exported"])
+
+
+class HostGuide(unittest.TestCase):
+    HEADERS = {"host/store.h": "class Store {\n virtual ~Store();\n  virtual int AddFont(int type) = 0;\n"
+                               "  [[nodiscard]] virtual std::vector<int> ListFonts();\n"
+                               "  // virtual int Gone();\n};\n"}
+
+    def test_each_operation_that_is_named_is_fine(self):
+        self.assertEqual(host_guide.check(self.HEADERS, "`AddFont` and `ListFonts()`"), [])
+
+    def test_an_operation_that_is_not_named_as_code_is_a_fault(self):
+        self.assertEqual(host_guide.check(self.HEADERS, "`AddFont` and ListFonts"),
+                         ["host/store.h: docs/host.md does not name ListFonts"])
+
+    def test_a_name_that_no_header_has_is_a_fault(self):
+        self.assertEqual(host_guide.check(self.HEADERS, "`AddFont`, `ListFonts`, `DropFont`"),
+                         ["docs/host.md: no header has DropFont"])
 
 
 class DocumentedInterface(unittest.TestCase):
