@@ -10,18 +10,17 @@
 
 namespace os = rastrel::os;
 
-namespace PrintingThread {
+namespace rastrel::printing {
 
-namespace {
-
-// A child that a signal ended has no status of its own; shells count such an end like this, and any
-// status above the known ones means an abnormal end here.
-std::int32_t StatusOf(const os::ExitState& state) {
+// Any status above the known ones means an abnormal end to whoever looks at it.
+std::int32_t ExitStatusOf(const os::ExitState& state) {
   constexpr int SignalBase = 128;
   return state.byItself ? state.status : SignalBase + state.status;
 }
 
-}  // namespace
+}  // namespace rastrel::printing
+
+namespace PrintingThread {
 
 CBBasePrintingThread::~CBBasePrintingThread() = default;
 
@@ -80,7 +79,7 @@ void CBasePrintingThread::CheckExit(CCPHelper& process, std::int32_t& exitStatus
     exitStatus = -1;
     return;
   }
-  exitStatus = StatusOf(*state);
+  exitStatus = rastrel::printing::ExitStatusOf(*state);
   m_pTicket->Log(words.exitedWith, exitStatus);
 }
 

@@ -9,6 +9,18 @@
 #include "rastrel/printing/abort_flag.h"
 #include "rastrel/printing/wait_table.h"
 
+namespace rastrel::os {
+struct ExitState;
+}
+
+namespace rastrel::printing {
+
+/// The exit status of a child that has ended. One that a signal ended has none of its own; it
+/// counts as 128 and the signal's number, as shells have it.
+[[nodiscard]] std::int32_t ExitStatusOf(const os::ExitState& state);
+
+}  // namespace rastrel::printing
+
 /// What the supervisors of child processes have in common. A supervisor is no thread: it is an
 /// object whose Run blocks the printing thread for the life of one child.
 namespace PrintingThread {

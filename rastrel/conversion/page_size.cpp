@@ -1,0 +1,61 @@
+#include "rastrel/conversion/page_size.h"
+
+#include <string>
+
+#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/qrast.h"
+#include "rastrel/conversion/temporary_names.h"
+#include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+
+namespace conversion = rastrel::conversion;
+namespace os = rastrel::os;
+
+namespace {
+
+using PrintingThread::QRastPageInfo;
+
+constexpr float CentimetresInInch = 2.54F;
+constexpr float NotTold = -1.0F;
+
+// A copy of the file with a job header, or nothing.
+std::wstring MakeCopy(const wchar_t* path) {
+  std::wstring copy;
+  if (!conversion::MakeRipTempName(copy, L".ps")) return {};
+  copy = os::LowerAscii(copy);
+  if (!os::CopyFileOver(path, copy)) return {};
+  const CPS2CutData noCutLine;
+  if (!conversion::WriteJobHeader(copy.c_str(), nullptr, &noCutLine, &noCutLine, nullptr))
+    return {};
+  return copy;
+}
+
+bool IsWhole(const QRastPageInfo& info) {
+  return info.bboxX != NotTold && info.bboxY != NotTold && info.bboxWidth != NotTold &&
+         info.bboxHeight != NotTold;
+}
+
+double Centimetres(float inches) {
+  // Lengths are turned in single precision and added in double.
+  const float centimetres = inches * CentimetresInInch;
+  return static_cast<double>(centimetres);
+}
+
+}  // namespace
+
+int GetPSPageSize(const wchar_t* path, BOUNDS& bounds) {
+  if (path == nullptr) return 0;
+  const std::wstring copy = MakeCopy(path);
+  if (copy.empty()) return 0;
+  QRastPageInfo info;
+  const bool measured = PrintingThread::RunQRast(copy.c_str(), &info) != 0;
+  if (GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) == 0)
+    static_cast<void>(os::RemoveFile(copy));
+  if (!measured || !IsWhole(info)) return 0;
+  bounds.xmin = Centimetres(info.bboxX);
+  bounds.ymin = Centimetres(info.bboxY);
+  bounds.xmax = bounds.xmin + Centimetres(info.bboxWidth);
+  bounds.ymax = bounds.ymin + Centimetres(info.bboxHeight);
+  return 1;
+}

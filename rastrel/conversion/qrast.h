@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "rastrel/printing/stderr_parser.h"
+#include "rastrel/printing/supervisor.h"
+
+namespace PrintingThread {
+
+/// What the queue program tells of a page while it measures it; docs/formats/page-records.md has
+/// the lines. What it did not tell stays at its initial value. Lengths are in inches.
+struct QRastPageInfo {
+  std::wstring name;
+  std::int32_t bits = -1;  ///< bits a pixel
+  std::int32_t npls = -1;  ///< number of planes
+  std::int32_t xdpi = -1;  ///< dots per inch
+  std::int32_t ydpi = -1;  ///< dots per inch
+  float bboxX = -1.0F;
+  float bboxY = -1.0F;
+  float bboxWidth = -1.0F;
+  float bboxHeight = -1.0F;
+  std::int32_t mavl = -1;                               ///< the queue program's
+  std::array<std::int32_t, 4> bmap = {-1, -1, -1, -1};  ///< the queue program's
+};
+
+/// Reads the records out of the queue program's standard error. Every line goes to the application
+/// log; what is no record is of no other use.
+class CQRastStderrParser : public CBaseStderrParser {
+ public:
+  /// Neither is owned. The record may be read once Wait has returned.
+  CQRastStderrParser(HANDLE* pipe, QRastPageInfo* pageInfo);
+  ~CQRastStderrParser() override;
+  void ParseLine(const std::wstring& line) override;
+
+ private:
+  void ParseRecord(std::wstring_view record);
+
+  QRastPageInfo* m_pPageInfo;
+};
+
+/// Runs the queue program once on a file, in its measuring mode. Serves for one run, on the stack
+/// of its caller.
+class CQRast : public CBBasePrintingThread {
+ public:
+  /// The file's path and the record are borrowed.
+  CQRast(const wchar_t* file, QRastPageInfo* pageInfo);
+  ~CQRast() override;
+  /// Blocks until the child has ended and all its lines are read. True if it ended with status 0
+  /// or 1, or had to be ended because it could not be waited for; the record holds what it told
+  /// also if it failed. Failures go to the application log.
+  [[nodiscard]] bool Run();
+
+ private:
+  [[nodiscard]] bool StartChild();
+  [[nodiscard]] bool StartParser();
+  void WaitForEnd();
+
+  static void OnProcessSignaled(CBBasePrintingThread& supervisor);
+  static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
+
+  const wchar_t* m_pFile;
+  QRastPageInfo* m_pPageInfo;
+  HANDLE m_hStderrRead = INVALID_HANDLE_VALUE;
+  HANDLE m_hStderrWrite = INVALID_HANDLE_VALUE;
+  std::int32_t m_ExitStatus = -1;
+  std::unique_ptr<CCPHelper> m_pProcess;
+  std::unique_ptr<CQRastStderrParser> m_pParser;
+  bool m_bDone = false;
+};
+
+/// Measures a file: CQRast, once it is sure that there is a queue program. Non-zero if that went
+/// well. 0 at once for a null path, or with words in the application log if the program is missing.
+[[nodiscard]] int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo);
+
+}  // namespace PrintingThread
