@@ -281,6 +281,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckInterpreter(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
+  CheckProgram(checks, "queue program", CExePaths::Instance().m_QueueExe);
   CheckProlog(checks);
   CheckModes(checks);
   CheckDevices(checks);

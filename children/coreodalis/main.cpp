@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +13,7 @@
 #include "children/coreodalis/engine.h"
 #include "children/coreodalis/exit_status.h"
 #include "children/coreodalis/report.h"
+#include "children/shared/arguments.h"
 #include "children/shared/guardian.h"
 #include "rastrel/platform/os/outcome.h"
 
@@ -24,15 +24,6 @@ using namespace rastrel::odalis;
 
 constexpr std::size_t LargestInput = std::size_t{1} << 30;
 constexpr std::size_t BlockBytes = std::size_t{1} << 16;
-
-/// The descriptors 0 to 2 are open from here on, so that no page's file becomes one of them.
-void OpenStandardStreams() {
-  int descriptor = 0;
-  do {
-    descriptor = ::open("/dev/null", O_RDWR);
-  } while (descriptor >= 0 && descriptor <= 2);
-  if (descriptor > 2) ::close(descriptor);
-}
 
 /// "-k" and a number.
 bool IsCacheSize(std::string_view argument) {
@@ -99,7 +90,7 @@ ExitStatus Run(const std::vector<std::string_view>& arguments) {
 }  // namespace
 
 int main(int count, char** words) {
-  OpenStandardStreams();
+  children::OpenStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a limit on file sizes is a failed write, which is reported
   try {

@@ -1,22 +1,12 @@
 #include "children/corerast/command_line.h"
 
-#include <unistd.h>
-
 #include <string_view>
 #include <vector>
 
-#include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
+#include "children/shared/arguments.h"
 
 namespace rastrel::corerast {
 namespace {
-
-// Paths come as the library's text. A name that is no UTF-8 has no such text and is taken as it is.
-std::string NativePath(const char* argument) {
-  std::string native = os::ToNative(os::WideFromUtf8(argument));
-  if (access(native.c_str(), F_OK) != 0 && access(argument, F_OK) == 0) return argument;
-  return native;
-}
 
 bool ChangesNothing(std::string_view word) {
   if (word == "-M" || word == "-Q") return true;
@@ -35,7 +25,7 @@ std::variant<CommandLine, RunFailure> ReadCommandLine(std::span<const char* cons
     } else if (word.starts_with('-') && !ChangesNothing(word)) {
       return RunFailure{ExitStatus::BadInput, "Unknown option " + std::string(word) + "."};
     } else if (!word.starts_with('-') && !word.empty()) {
-      paths.push_back(NativePath(argument));
+      paths.push_back(children::NativeArgument(argument));
     }
   }
   if (paths.empty()) return RunFailure{ExitStatus::BadInput, "No job was given."};

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string_view>
@@ -33,7 +34,9 @@ enum Place : std::size_t {
 constexpr std::array PrologFiles{"reports.ps",   "guard.ps",   "device.ps", "selection.ps",
                                  "sections.ps",  "capture.ps", "match.ps",  "painting.ps",
                                  "lettering.ps", "cutter.ps"};
+constexpr std::array MeasuringFiles{"reports.ps", "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";
+constexpr const char* FinishFile = "finish.ps";
 
 constexpr int PixelPipeSize = 1 << 20;
 
@@ -67,19 +70,28 @@ std::vector<std::string> Arguments(const InterpreterRequest& request, const Sett
                                      "-dJOBSERVER",
                                      "-sstdout=%stderr",
                                      "-K" + std::to_string(settings.memoryMebibytes * 1024),
-                                     "-sDEVICE=ppmraw",
+                                     request.measure ? "-sDEVICE=bbox" : "-sDEVICE=ppmraw",
                                      "-sOutputFile=" + At(Pixels),
                                      "--permit-file-read=" + At(Modes) + "/*",
                                      "--permit-file-write=" + At(Planes) + "/*"};
   // The prolog's painting operators go to systemdict, and it is closed again before the job begins.
   if (request.cutter) arguments.emplace_back("-dWRITESYSTEMDICT");
-  if (request.kind == JobKind::Eps) arguments.emplace_back("-dEPSCrop");
+  if (request.kind == JobKind::Eps && !request.picture) arguments.emplace_back("-dEPSCrop");
+  if (request.kind == JobKind::Pdf && request.picture) {
+    arguments.insert(arguments.end(), {"-dUseCropBox", "-dLastPage=1"});
+  }
   arguments.emplace_back("-f");
   arguments.push_back(At(Setup));
-  for (const char* const file : PrologFiles) arguments.push_back(At(Prolog) + "/" + file);
-  if (request.prefix >= 0) arguments.push_back(At(Prefix));
-  arguments.push_back(At(Prolog) + "/" + BeginFile);
+  const auto add = [&](const char* file) { arguments.push_back(At(Prolog) + "/" + file); };
+  if (request.measure) {
+    std::ranges::for_each(MeasuringFiles, add);
+  } else {
+    std::ranges::for_each(PrologFiles, add);
+    if (request.prefix >= 0) arguments.push_back(At(Prefix));
+    add(BeginFile);
+  }
   arguments.push_back(At(Job));
+  if (request.picture) add(FinishFile);
   return arguments;
 }
 

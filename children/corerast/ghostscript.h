@@ -20,8 +20,12 @@ struct InterpreterRequest {
   std::string word;          ///< the secret word of the run's reports
   JobKind kind = JobKind::PostScript;
   bool cutter = false;  ///< the prefix may set a cut colour
-  int prefix = -1;      ///< the open prefix file; -1: none
-  int pdf = -1;         ///< the open job file if it is PDF
+  /// The job is a picture: its first page counts, a last page that it leaves open is put out, EPS
+  /// is not cropped, and PDF has its crop box for a page.
+  bool picture = false;
+  bool measure = false;  ///< nothing is drawn; the first page's size and box are reported
+  int prefix = -1;       ///< the open prefix file; -1: none
+  int pdf = -1;          ///< the open job file if it is PDF
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.

@@ -67,18 +67,19 @@ bool SetsCutColour(std::string_view prefix) {
 
 }  // namespace
 
-std::variant<JobFile, RunFailure> OpenJob(const std::string& path) {
+std::variant<JobFile, RunFailure> OpenJob(const std::string& path, std::uint64_t start) {
   auto opened = Open("job", path);
   if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
   auto& [file, size] = std::get<OpenFile>(opened);
-  const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
-  JobLayout layout = FindJobLayout(head, size);
+  start = std::min(start, size);
+  JobLayout layout = FindJobLayout(ReadAt(file.Get(), start, JobHeadSize), size - start);
+  layout.offset += start;
   if (layout.section) {
     const auto length =
         static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
-    const std::uint64_t start = layout.offset;
-    layout = FindJobLayout(ReadAt(file.Get(), start, length), layout.length);
-    layout.offset += start;
+    const std::uint64_t section = layout.offset;
+    layout = FindJobLayout(ReadAt(file.Get(), section, length), layout.length);
+    layout.offset += section;
   }
   if (layout.kind == JobKind::Unknown) {
     return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};

@@ -11,9 +11,8 @@
 
 #include "children/corerast/cfm2_writer.h"
 #include "children/corerast/rip_run.h"
+#include "children/shared/arguments.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::corerast {
 namespace {
@@ -27,14 +26,6 @@ int Report(Reporter& reporter, const RunFailure& failure) {
 
 int Report(Reporter& reporter, const os::Failure& failure) {
   return Report(reporter, RunFailure{ExitStatus::Failed, os::Describe(failure) + "."});
-}
-
-// The directory of the program as it was called: a data root may hold links to programs.
-std::string RipDirectory(const char* program) {
-  std::error_code error;
-  std::string path = os::ToNative(os::WideFromUtf8(program));
-  if (path.find('/') == path.npos || access(path.c_str(), F_OK) != 0) path = os::ExecutablePath();
-  return std::filesystem::absolute(path, error).lexically_normal().parent_path().string();
 }
 
 os::Outcome<os::Done> WritePageList(const RunDirectory& directory, unsigned pages) {
@@ -67,7 +58,7 @@ int Rip(const CommandLine& line, const char* program, Reporter& reporter,
         children::Guardian& guardian) {
   RipRun::Parts parts;
   parts.install = line.install;
-  parts.ripDirectory = RipDirectory(program);
+  parts.ripDirectory = children::ProgramDirectory(program);
   std::vector<std::string> complaints;
   parts.settings = Settings::FromEnvironment(complaints);
   for (const std::string& complaint : complaints) reporter.Warning(complaint);

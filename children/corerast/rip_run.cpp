@@ -66,7 +66,7 @@ std::optional<RunFailure> RipRun::Run() {
   if (Start()) {
     while (Step()) {
     }
-    if (m_Failure) m_Interpreter->process.Kill();
+    if (m_Failure || HasEnough()) m_Interpreter->process.Kill();
     JudgeEnd();
   }
   return m_Failure;
@@ -86,6 +86,8 @@ bool RipRun::Start() {
   request.word = m_Word;
   request.kind = m_Parts.job.layout.kind;
   request.cutter = m_Parts.cutter;
+  request.picture = m_Parts.picture;
+  request.measure = m_Parts.measure;
   request.prefix = m_Parts.prefix.Get();
   const bool pdf = request.kind == JobKind::Pdf;
   if (pdf) request.pdf = m_Parts.job.file.Get();
@@ -103,7 +105,7 @@ bool RipRun::Start() {
 // One round of waiting and working. False when there is nothing more to wait for.
 bool RipRun::Step() {
   const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
-  if (m_Failure || !streaming) return false;
+  if (m_Failure || HasEnough() || !streaming) return false;
   if (!Poll()) return false;
   // What was reported before a pixel was written stands in the pipe when the pixel has been read,
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
@@ -215,6 +217,8 @@ void RipRun::HandleReport(const Report& report) {
     ShowConverting();
     m_Cuts.EndPage();
     MakeSeparations(m_Ended++);
+  } else if (report.key == "BOX") {
+    if (m_Box.empty()) m_Box = report.value;
   } else if (report.key == "JOB") {
     m_Started = true;
     m_Reporter.Info("READY");
@@ -255,6 +259,7 @@ bool RipRun::CheckTotal(std::uint64_t bytes) {
 }
 
 bool RipRun::BeginPage(const PageSize& size) {
+  if (HasEnough()) return false;
   ShowConverting();
   CheckPageSize(size.width, size.height);
   if (m_Failure || m_Parts.install) return !m_Failure;
@@ -329,7 +334,7 @@ void RipRun::ShowProgress() {
 // What the interpreter's end means, if nothing went wrong before.
 void RipRun::JudgeEnd() {
   const children::ProcessEnd end = m_Interpreter->process.Wait();
-  if (m_Failure) return;
+  if (m_Failure || HasEnough()) return;
   const ExitStatus programFailed =
       m_Parts.install ? ExitStatus::BadInput : ExitStatus::PostScriptError;
   if (!end.byItself) {

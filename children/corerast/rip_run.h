@@ -28,6 +28,8 @@ class RipRun : private PageReceiver {
     JobFile job;
     os::FileDescriptor prefix;  ///< may be closed: none
     bool cutter = false;        ///< the prefix sets a cut colour
+    bool picture = false;       ///< only the first page counts, ended by the job or not
+    bool measure = false;       ///< nothing is drawn: Box() is what is wanted; with `picture`
     Settings settings;
   };
 
@@ -39,6 +41,9 @@ class RipRun : private PageReceiver {
   [[nodiscard]] std::optional<RunFailure> Run();
   /// Number of pages that were made.
   [[nodiscard]] unsigned Pages() const { return m_Pages; }
+  /// What the prolog measured: six numbers with blanks between them (see measure.ps). Empty if the
+  /// run was not for that, or failed.
+  [[nodiscard]] const std::string& Box() const { return m_Box; }
 
  private:
   bool BeginPage(const PageSize& size) override;
@@ -61,6 +66,10 @@ class RipRun : private PageReceiver {
   void CountPage();
   void ShowProgress();
   void JudgeEnd();
+  /// Whether all that is wanted lies there, whatever the job would still do.
+  [[nodiscard]] bool HasEnough() const {
+    return m_Parts.picture && (m_Pages > 0 || !m_Box.empty());
+  }
   void Fail(ExitStatus status, std::string sentence);
   bool FailOn(const os::Failure& failure);
 
@@ -81,10 +90,11 @@ class RipRun : private PageReceiver {
   std::optional<RunFailure> m_Failure;
   std::int64_t m_Deadline = 0;  // nanoseconds of the monotonic clock
   std::string m_LastError;      // the interpreter's own words
-  unsigned m_Pages = 0;         // finished
-  unsigned m_Separated = 0;     // of these, from separations
-  unsigned m_Ended = 0;         // pages that the interpreter has begun to put out
-  double m_PageBytes = 0;       // of the present page, if it is separated
+  std::string m_Box;
+  unsigned m_Pages = 0;      // finished
+  unsigned m_Separated = 0;  // of these, from separations
+  unsigned m_Ended = 0;      // pages that the interpreter has begun to put out
+  double m_PageBytes = 0;    // of the present page, if it is separated
   std::uint64_t m_TotalBytes = 0;
   std::int64_t m_NextProgress = 0;
   bool m_Reported = false;    // the prolog has begun

@@ -83,6 +83,11 @@ os::Outcome<RunDirectory> RunDirectory::Make(const std::string& ripDirectory,
   fs::create_directories(parent, error);
   if (error) return os::Failure{"mkdir", parent, error.value()};
   RemoveEmptied(parent);
+  return MakeIn(parent, guardian);
+}
+
+os::Outcome<RunDirectory> RunDirectory::MakeIn(const std::string& parent,
+                                               children::Guardian& guardian) {
   const std::string name = RandomDigits(NameBytes);
   if (name.empty()) return os::Failure{"getrandom", {}, errno};
   RunDirectory made(parent, name);

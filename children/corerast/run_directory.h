@@ -19,6 +19,9 @@ class RunDirectory {
   /// Makes it, and clears away empty ones of runs whose pages others have removed.
   [[nodiscard]] static os::Outcome<RunDirectory> Make(const std::string& ripDirectory,
                                                       children::Guardian& guardian);
+  /// Makes one in that directory, which must exist. Native path without a closing slash.
+  [[nodiscard]] static os::Outcome<RunDirectory> MakeIn(const std::string& parent,
+                                                        children::Guardian& guardian);
 
   /// Native path without a closing slash.
   [[nodiscard]] const std::string& Path() const { return m_Path; }

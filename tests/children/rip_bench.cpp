@@ -183,22 +183,27 @@ void RipBench::Set(const std::string& name, const std::string& value) {
 }
 
 Outcome RipBench::Run(std::vector<std::string> paths) const {
-  return RunUntil(std::move(paths), std::nullopt);
+  return RunRip(std::move(paths), std::nullopt);
 }
 
 Outcome RipBench::RunAndKill(std::vector<std::string> paths, unsigned microseconds) const {
-  return RunUntil(std::move(paths), microseconds);
+  return RunRip(std::move(paths), microseconds);
 }
 
-Outcome RipBench::RunUntil(std::vector<std::string> paths,
-                           std::optional<unsigned> microseconds) const {
+Outcome RipBench::RunRip(std::vector<std::string> paths,
+                         std::optional<unsigned> microseconds) const {
   paths.insert(paths.begin(), {RipDirectory() + "/corerast.exe", "-M", "-Q", "-m128"});
-  const Started started = Start(RipDirectory(), std::move(paths), m_Environment);
+  return RunProgram(std::move(paths), microseconds);
+}
+
+Outcome RipBench::RunProgram(std::vector<std::string> words,
+                             std::optional<unsigned> killAfterMicroseconds, int signal) const {
+  const Started started = Start(RipDirectory(), std::move(words), m_Environment);
   std::jthread killer;
-  if (microseconds) {
-    killer = std::jthread([process = started.process, wait = *microseconds] {
+  if (killAfterMicroseconds) {
+    killer = std::jthread([process = started.process, wait = *killAfterMicroseconds, signal] {
       std::this_thread::sleep_for(std::chrono::microseconds(wait));
-      kill(process, SIGKILL);  // not waited for yet, so the number is still its own
+      kill(process, signal);  // not waited for yet, so the number is still its own
     });
   }
   Outcome outcome;

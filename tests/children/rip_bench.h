@@ -60,6 +60,11 @@ class RipBench {
   /// The same, killed that many microseconds after its start if it still runs then.
   [[nodiscard]] Outcome RunAndKill(std::vector<std::string> paths, unsigned microseconds) const;
 
+  /// Runs another program of the data root, with its words, in the same ways.
+  [[nodiscard]] Outcome RunProgram(std::vector<std::string> words,
+                                   std::optional<unsigned> killAfterMicroseconds = {},
+                                   int signal = 9) const;
+
   /// Native directories of the pages that a page list names, by the library's own reader.
   [[nodiscard]] static std::vector<std::string> PagesOf(const std::string& pageList);
   /// Paths below "System/c-out", relative to it.
@@ -68,8 +73,8 @@ class RipBench {
   [[nodiscard]] std::vector<std::string> Processes() const;
 
  private:
-  [[nodiscard]] Outcome RunUntil(std::vector<std::string> paths,
-                                 std::optional<unsigned> microseconds) const;
+  [[nodiscard]] Outcome RunRip(std::vector<std::string> paths,
+                               std::optional<unsigned> microseconds) const;
 
   test::ScratchDirectory m_Scratch;
   std::string m_Root;

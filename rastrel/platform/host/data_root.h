@@ -9,6 +9,7 @@
 ///
 ///   settings.ini
 ///   devices.txt                          where pages are delivered to
+///   Queue/JobSpool.exe                   the queue program
 ///   Queue/rip/corerast.exe               the RIP
 ///   Queue/rip/coreodalis.exe             the output engine
 ///   Queue/rip/System/pmodes/             print modes, one folder a family
@@ -22,7 +23,7 @@ namespace rastrel::host {
 /// program that asks, in an installed tree or a build tree alike, unless RASTREL_RESOURCES names
 /// another tree of the same shape. Empty texts if there are none. No closing separators.
 struct Resources {
-  std::string programs;  ///< native path; holds corerast.exe and coreodalis.exe
+  std::string programs;  ///< native path; holds the three programs
   std::string files;     ///< native path; holds rip/, tmp/ and devices.txt, laid out as in the root
 };
 [[nodiscard]] Resources FindResources();

@@ -1,0 +1,77 @@
+#include "children/jobspool/queue_run.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::jobspool {
+namespace {
+
+using corerast::ExitStatus;
+using corerast::RunFailure;
+
+RunFailure Failed(const os::Failure& failure) {
+  return {ExitStatus::Failed, os::Describe(failure) + "."};
+}
+
+os::Outcome<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
+                                         const std::string& directory) {
+  os::FileDescriptor copy(open(directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0600));
+  if (!copy.IsOpen()) return os::Failure{"make a file in", directory, errno};
+  std::vector<char> buffer(262144);
+  while (true) {
+    const ssize_t count = pread(file, buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return os::Failure{"read", "the job", errno};
+    if (count == 0) return copy;
+    if (!os::WriteAll(copy.Get(), {buffer.data(), static_cast<std::size_t>(count)})) {
+      return os::Failure{"write", "a copy of the job", errno};
+    }
+    offset += static_cast<std::uint64_t>(count);
+  }
+}
+
+}  // namespace
+
+std::variant<corerast::RipRun::Parts, RunFailure> PartsOf(const JobSource& source,
+                                                          const QueueContext& context) {
+  corerast::RipRun::Parts parts;
+  parts.ripDirectory = context.ripDirectory;
+  parts.settings = context.settings;
+  parts.picture = true;
+  parts.description.job = source.title;
+  parts.job.layout = source.job.layout;
+  parts.job.layout.pages = 1;
+  const bool shifted =
+      source.job.layout.kind == corerast::JobKind::Pdf && source.job.layout.offset > 0;
+  if (shifted) {
+    auto copy = CopyRest(source.job.file.Get(), source.job.layout.offset, context.ripDirectory);
+    if (!copy) return Failed(copy.Error());
+    parts.job.file = std::move(*copy);
+  } else {
+    parts.job.file = os::FileDescriptor(fcntl(source.job.file.Get(), F_DUPFD_CLOEXEC, 3));
+    if (!parts.job.file.IsOpen()) return Failed({"dup", "the job", errno});
+  }
+  return parts;
+}
+
+std::variant<PageMeasure, RunFailure> Measure(const JobSource& source,
+                                              const QueueContext& context) {
+  auto parts = PartsOf(source, context);
+  if (auto* const failure = std::get_if<RunFailure>(&parts)) return std::move(*failure);
+  auto& measuring = std::get<corerast::RipRun::Parts>(parts);
+  measuring.measure = true;
+  const auto directory = corerast::RunDirectory::Make(context.ripDirectory, context.guardian);
+  if (!directory) return Failed(directory.Error());
+  corerast::RipRun run(std::move(measuring), *directory, context.reporter, context.guardian);
+  if (auto failure = run.Run()) return std::move(*failure);
+  const auto page = MeasuredPage(run.Box(), source.declared);
+  if (!page) return RunFailure{ExitStatus::Failed, "The interpreter's measure can't be read."};
+  return *page;
+}
+
+}  // namespace rastrel::jobspool
