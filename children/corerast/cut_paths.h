@@ -36,15 +36,28 @@ class CutPaths {
 
  private:
   struct Path {
-    std::string head;      // kind, line width in pixels, colour
-    std::string segments;  // of the form "m 1 2 l 3 4 h"; pixels from the top left
+    char kind = 'S';
+    std::string text;      // line width, colour's number, segments "m 1 2 l 3 4 h"; in pixels from
+                           // the top left
+    std::size_t clip = 0;  // index of the page's clips
   };
-  using Page = std::vector<Path>;
+  struct Page {
+    std::vector<Path> paths;
+    std::map<std::string, std::size_t> clips;  // segments, with the index
+    std::uint64_t bytes = 0;
+  };
 
-  bool m_Set = false;  // a cut colour is
-  std::vector<std::string> m_Separations;
+  void TakeColour(const std::string& text);
+  void TakePiece(std::string_view piece);
+  void Begin(char letter);
+  void Append(std::string_view text);
+  void Grow(std::uint64_t bytes);
+
+  bool m_Set = false;                  // a cut colour is
+  std::vector<std::string> m_Colours;  // all that were set, by their number in the reports
   Page m_Present;
-  bool m_Open = false;  // the last path still grows
+  char m_Open = 0;     // what still grows: 'P' the last path, 'K' the clip, 0 nothing
+  std::string m_Clip;  // segments of the clip in force
   std::uint64_t m_Bytes = 0;
   unsigned m_Ended = 0;
   std::map<unsigned, Page> m_Pages;  // ended ones that have paths

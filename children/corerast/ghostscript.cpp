@@ -31,8 +31,8 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses what those before it define.
-constexpr std::array PrologFiles{"reports.ps",   "guard.ps",   "device.ps", "selection.ps",
-                                 "sections.ps",  "capture.ps", "match.ps",  "painting.ps",
+constexpr std::array PrologFiles{"reports.ps",   "capture.ps",  "guard.ps", "device.ps",
+                                 "selection.ps", "sections.ps", "match.ps", "painting.ps",
                                  "lettering.ps", "cutter.ps"};
 constexpr std::array MeasuringFiles{"reports.ps", "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";

@@ -127,11 +127,14 @@ bool RipRun::Poll() {
                                  " seconds and was ended (RASTREL_RIP_TIMEOUT).");
     return false;
   }
+  // The interpreter writes pixels row by row. While they flow, a moment's rest lets the pipe gather
+  // some, which costs either side far less than to be woken for each.
+  const int pixels = m_Flowing ? -1 : m_Interpreter->pixels.Get();
   std::array<pollfd, 3> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
-                                 {m_Interpreter->pixels.Get(), POLLIN, 0},
+                                 {pixels, POLLIN, 0},
                                  {m_Feed->Descriptor(), POLLOUT, 0}}};
-  const auto patience =
-      static_cast<int>(std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, 60000));
+  const auto patience = static_cast<int>(
+      std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, m_Flowing ? 1 : 60000));
   if (poll(entries.data(), entries.size(), patience) < 0 && errno != EINTR) {
     return FailOn({"poll", {}, errno});
   }
@@ -158,6 +161,7 @@ bool RipRun::ReadReports() {
 bool RipRun::ReadPixels() {
   if (!m_Interpreter->pixels.IsOpen()) return true;
   const ssize_t count = read(m_Interpreter->pixels.Get(), m_Pixels.data(), m_Pixels.size());
+  m_Flowing = count > 0 && static_cast<std::size_t>(count) < m_Pixels.size();
   if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
   if (count < 0) return FailOn({"read", "the interpreter's pixels", errno});
   m_PixelCount = static_cast<std::size_t>(count);
@@ -223,6 +227,8 @@ void RipRun::HandleReport(const Report& report) {
     m_Started = true;
     m_Reporter.Info("READY");
     m_Reporter.Info("INTERPRETING");
+  } else if (report.key == "NOCUT") {
+    m_Reporter.Warning("A path of the cut colour can't be read and is not kept.");
   } else if (!m_Cuts.Add(report)) {
     Fail(ExitStatus::Failed,
          "The job's cut paths take more than " + std::to_string(CutPaths::Limit >> 20) + " MiB.");

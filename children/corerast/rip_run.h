@@ -86,6 +86,7 @@ class RipRun : private PageReceiver {
   CutPaths m_Cuts;
   std::vector<std::byte> m_Pixels;          // read and not taken yet
   std::optional<std::size_t> m_PixelCount;  // of these; 0: the stream's end
+  bool m_Flowing = false;                   // the last reading found some, but no buffer full
   std::unique_ptr<PageDirectory> m_Page;    // the one whose pixels come at present
   std::optional<RunFailure> m_Failure;
   std::int64_t m_Deadline = 0;  // nanoseconds of the monotonic clock

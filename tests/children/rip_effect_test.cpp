@@ -196,6 +196,7 @@ struct CutPath {
   std::string kind;
   std::string colour;
   double width = 0;
+  std::string clip;
   std::string closed;
   std::string letters;         // "mlllh"
   std::vector<double> points;  // x y x y ...
@@ -230,9 +231,11 @@ std::vector<CutPath> CutPathsOf(const std::string& page) {
       paths.back().colour = value;
     } else if (key == "line-width:") {
       paths.back().width = std::stod(value);
+    } else if (key == "clip:") {
+      paths.back().clip = value;
     } else if (key == "closed:") {
       paths.back().closed = value;
-    } else if (key.size() == 1) {
+    } else if (key.size() == 1 && !paths.empty()) {
       paths.back().letters += key;
       for (double number = 0; words >> number;) paths.back().points.push_back(number);
     }

@@ -1,0 +1,186 @@
+// The RIP child against bare Ghostscript on the same page, and what a cutter colour costs it. Every
+// call is a whole process from its start to its end, and the wall clock counts: the two programs of
+// the RIP work side by side, and a user waits for the page and not for processors. Their processor
+// time is printed as well, without a limit.
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bench/measure.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/prefix/cutter.h"
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace bench = rastrel::bench;
+
+constexpr int Strokes = 200000;
+
+// Runs a program to its end, in silence. Its end is the benchmark's if it fails.
+void Run(std::vector<std::string> arguments) {
+  std::vector<char*> list;
+  for (std::string& argument : arguments) list.push_back(argument.data());
+  list.push_back(nullptr);
+  const pid_t process = vfork();
+  if (process == 0) {
+    const int nothing = open("/dev/null", O_RDWR);
+    for (const int stream : {0, 1, 2}) dup2(nothing, stream);
+    execvp(list[0], list.data());
+    _exit(127);
+  }
+  int status = 0;
+  if (process < 0 || waitpid(process, &status, 0) != process || status != 0) {
+    std::fprintf(stderr, "%s ended with status %d\n", arguments[0].c_str(), status);
+    std::exit(1);
+  }
+}
+
+// Milliseconds that the processors worked for ended children.
+double ChildrensMilliseconds() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto of = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+  };
+  return of(usage.ru_utime) + of(usage.ru_stime);
+}
+
+// A data root with the RIP in it, and the jobs, in a directory of its own.
+class Place {
+ public:
+  Place() {
+    std::string path = (fs::temp_directory_path() / "rastrel-bench-XXXXXX").string();
+    if (::mkdtemp(path.data()) == nullptr) std::abort();
+    m_Path = path;
+    fs::create_directories(m_Path / "Queue/rip");
+    fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/corerast.exe", Rip());
+    fs::copy(RASTREL_SOURCE_DIR "/share/rip", m_Path / "Queue/rip",
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    ::setenv("RASTREL_HOME", m_Path.c_str(), 1);
+  }
+  ~Place() {
+    std::error_code ignored;
+    fs::remove_all(m_Path, ignored);
+  }
+  Place(const Place&) = delete;
+  Place& operator=(const Place&) = delete;
+
+  [[nodiscard]] std::string Rip() const { return m_Path / "Queue/rip/corerast.exe"; }
+  std::string File(const std::string& name, const std::string& content) const {
+    std::ofstream(m_Path / name, std::ios::binary) << content;
+    return m_Path / name;
+  }
+  void RemovePages() const { fs::remove_all(m_Path / "Queue/rip/System/c-out"); }
+
+ private:
+  fs::path m_Path;
+};
+
+std::string Prefix(const std::string& mode, const CJobData& settings) {
+  return "\nserverdict begin 0 exitserver\n\n(%Lumiscript%pmodes/" + mode + ") SelectPrintMode\n" +
+         "/SelectPrintMode load /$SelectPrintMode$ exch def\n/SelectPrintMode {pop} def\n" +
+         rastrel::os::Utf8FromWide(rastrel::prefix::CutterSection(settings)) + "\x04";
+}
+
+// A full page: a background that shades off, areas, curves and text all over it, as a sign's proof
+// has them.
+std::string FullPage() {
+  std::string job =
+      "%!PS\n<< /PageSize [595 842] >> setpagedevice\n<< /ShadingType 2 /ColorSpace /DeviceRGB "
+      "/Coords [0 0 595 842] /Function << /FunctionType 2 /Domain [0 1] /C0 [1 1 0.9] "
+      "/C1 [0.6 0.8 1] /N 1 >> >> shfill\n/Helvetica findfont 11 scalefont setfont\n";
+  for (int row = 0; row < 60; ++row) {
+    const std::string y = std::to_string(20 + row * 13);
+    job += std::to_string(row % 7) + " 7 div 0.4 0.2 setrgbcolor 30 " + y +
+           " moveto (Engraved plates, brass and acrylic, in any size and number) show\n";
+    for (int column = 0; column < 8; ++column) {
+      const std::string x = std::to_string(360 + column * 27);
+      job += "0." + std::to_string(column) + " 0.5 0.3 setrgbcolor newpath " + x + " " + y +
+             " 11 0 360 arc fill\n";
+    }
+  }
+  return job + "showpage\n";
+}
+
+// Each stroke is written out, as drawing programs do.
+std::string StrokePage(const std::string& colour) {
+  std::string job = "%!PS\n<< /PageSize [595 842] >> setpagedevice\n" + colour +
+                    " setrgbcolor 0.5 setlinewidth\n";
+  for (int i = 0; i < Strokes; ++i) {
+    job += std::to_string(i % 590) + " " + std::to_string(i % 830) + " moveto 5 5 rlineto stroke\n";
+  }
+  return job + "showpage\n";
+}
+
+// Measures both kinds of time of the same runs.
+void Compare(const Place& place, const bench::Comparison& comparison,
+             const std::vector<std::string>& ours, const std::vector<std::string>& peer) {
+  std::vector<double> processor[2];
+  const auto measured = [&](std::size_t side, const std::vector<std::string>& command) {
+    return [&processor, side, &command] {
+      const double before = ChildrensMilliseconds();
+      Run(command);
+      processor[side].push_back(ChildrensMilliseconds() - before);
+    };
+  };
+  bench::Compare(
+      comparison, [&] { place.RemovePages(); }, measured(0, ours), measured(1, peer));
+  const double our = bench::Median(processor[0]);
+  const double theirs = bench::Median(processor[1]);
+  std::printf("bench\t%s, processor time\t%.2f\tms\t%s\t%.2f\t%.3f\t-\n", comparison.name.c_str(),
+              our, comparison.peerName.c_str(), theirs, our / theirs);
+  std::fflush(stdout);
+}
+
+void ComparePage(const Place& place) {
+  const std::string job = place.File("page.ps", FullPage());
+  const std::string prefix = place.File("page.psp", Prefix("RGB/300 dpi.ps", {}));
+  Compare(place,
+          {.name = "RIP, an A4 page at 300 dpi",
+           .peerName = "bare Ghostscript, the same device",
+           .rounds = 15,
+           .limit = 1.15},
+          {place.Rip(), prefix, job},
+          {"gs", "-q", "-dBATCH", "-dNOPAUSE", "-dSAFER", "-sDEVICE=ppmraw", "-r300",
+           "-sOutputFile=" + place.File("page.ppm", ""), job});
+}
+
+void CompareCutter(const Place& place) {
+  CJobData red;
+  red.CutterEnabled = true;
+  red.CutterColor = {255, 0, 0, 0};
+  const std::string mode = "TIFF/tiff default.ps";
+  const std::string none = place.File("none.psp", Prefix(mode, {}));
+  const std::string cutter = place.File("cutter.psp", Prefix(mode, red));
+  const std::string blue = place.File("blue.ps", StrokePage("0 0 1"));
+  const std::string matching = place.File("red.ps", StrokePage("1 0 0"));
+  Compare(place,
+          {.name = "RIP, 200,000 strokes, none in the cutter's colour",
+           .peerName = "no cutter",
+           .rounds = 9,
+           .limit = 3.0},
+          {place.Rip(), cutter, blue}, {place.Rip(), none, blue});
+  Compare(place,
+          {.name = "RIP, 200,000 strokes, all in the cutter's colour",
+           .peerName = "no cutter",
+           .rounds = 9},
+          {place.Rip(), cutter, matching}, {place.Rip(), none, matching});
+}
+
+}  // namespace
+
+int main() {
+  const Place place;
+  ComparePage(place);
+  CompareCutter(place);
+}
