@@ -14,6 +14,7 @@ enum class ExitStatus : int {
   BadInput = 3,
   Cancelled = 4,
   NotInstalled = 5,
+  NoMatch = 6,
 };
 
 struct ExitStatusRow {
@@ -22,13 +23,14 @@ struct ExitStatusRow {
 };
 
 /// Every status with its meaning, in order.
-inline constexpr std::array<ExitStatusRow, 6> ExitStatuses{{
+inline constexpr std::array<ExitStatusRow, 7> ExitStatuses{{
     {ExitStatus::Done, "Done."},
     {ExitStatus::JobFailed, "The job failed."},
     {ExitStatus::WrongUse, "Wrong use."},
-    {ExitStatus::BadInput, "The input is missing, or is not PostScript, EPS or PDF."},
+    {ExitStatus::BadInput, "The input is missing, or is not what the command reads."},
     {ExitStatus::Cancelled, "Cancelled."},
     {ExitStatus::NotInstalled, "Something is not installed."},
+    {ExitStatus::NoMatch, "A chart has no entry that matches."},
 }};
 
 /// Ends the command with a status and words for the user, from wherever it is found out; main tells

@@ -4,12 +4,15 @@
 #include <exception>
 #include <string_view>
 
+#include "cli/cars_command.h"
+#include "cli/chart_command.h"
 #include "cli/doctor.h"
 #include "cli/exit_status.h"
 #include "cli/failure_report.h"
 #include "cli/help.h"
 #include "cli/inspect_command.h"
 #include "cli/listings.h"
+#include "cli/notes_command.h"
 #include "cli/options.h"
 #include "cli/prefix_command.h"
 #include "cli/preview_command.h"
@@ -67,6 +70,13 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::Modes: return ListModesCommand(invocation);
     case CommandId::Doctor: return DoctorCommand(invocation);
     case CommandId::Inspect: return InspectCommand(invocation);
+    case CommandId::Notes: return NotesCommand(invocation);
+    case CommandId::Cars: return CarsCommand(invocation);
+    case CommandId::ChartTrademark: return TrademarkChartCommand(invocation);
+    case CommandId::ChartSymbol: return SymbolChartCommand(invocation);
+    case CommandId::ChartFont: return FontTableCommand(invocation);
+    case CommandId::ChartCopyright: return CopyrightChartCommand(invocation);
+    case CommandId::ChartCaps: return CapRulesCommand(invocation);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

@@ -38,6 +38,15 @@ constexpr std::array OptionTable{
     OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
     OptionRow{Painted, "--painted", "",
               "Have Ghostscript paint the pages, and tell which spot colours they use."},
+    OptionRow{Mark, "--mark", "TEXT", "The trademark's mark, as the chart has it."},
+    OptionRow{Quality, "--quality", "TEXT", "The quality, or a part of it: Fine finds Extra Fine."},
+    OptionRow{RingSize, "--size", "TEXT", "The ring's size, as the chart writes it."},
+    OptionRow{Node, "--node", "NAME", "The node whose font is asked for."},
+    OptionRow{RingStyle, "--style", "TEXT", "The ring's style, as the chart has it."},
+    OptionRow{StyleSize, "--style-size", "TEXT", "The size of the style, as the chart writes it."},
+    OptionRow{EngravingFont, "--font", "NAME", "The font of the engraving."},
+    OptionRow{Rows, "--rows", "N", "The number of rows, as the chart writes it."},
+    OptionRow{FingerSize, "--finger", "N", "The finger size, for instance 5.5."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -54,6 +63,11 @@ constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,  
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
+constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
+constexpr std::array SymbolOptions{RingSize, Json, Help};
+constexpr std::array FontOptions{Node, Json, Help};
+constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
+                                      FingerSize, Json,      Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -90,6 +104,21 @@ constexpr std::array CommandTable{
                ListingOptions},
     CommandRow{CommandId::Inspect, "inspect", "FILE...", false,
                "Tell kind, bounds and spot colours of PostScript and EPS files.", InspectOptions},
+    CommandRow{CommandId::Notes, "notes", "FILE", false,
+               "Show the companies and jobs of a job notes file.", ListingOptions},
+    CommandRow{CommandId::Cars, "cars", "FILE", false,
+               "Show the folders and files of a car data library as a tree.", ListingOptions},
+    CommandRow{CommandId::ChartTrademark, "chart trademark", "FILE", false,
+               "Tell which trademark file a chart has for a mark and a quality.", TrademarkOptions},
+    CommandRow{CommandId::ChartSymbol, "chart symbol", "FILE", false,
+               "Tell the heights of symbol, trademark and signature for a ring size.",
+               SymbolOptions},
+    CommandRow{CommandId::ChartFont, "chart font", "FILE", false,
+               "Tell the font that a table has for a node.", FontOptions},
+    CommandRow{CommandId::ChartCopyright, "chart copyright", "FILE", false,
+               "Tell the font size of a copyright engraving.", CopyrightOptions},
+    CommandRow{CommandId::ChartCaps, "chart caps", "FILE", false,
+               "List the words that keep special capitals.", ListingOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "cli/exit_status.h"
+#include "cli/options.h"
+#include "rastrel/readers/car_data.h"
+
+namespace rastrel::cli {
+
+/// Shows a car data library as a tree, or as the objects of docs/formats/car-data.md. Throws
+/// CommandError(BadInput) with the reason if the file is refused.
+[[nodiscard]] ExitStatus CarsCommand(const Invocation& invocation);
+
+/// Whether the environment says that text is UTF-8, by LC_ALL, LC_CTYPE or LANG, the first that is
+/// set.
+[[nodiscard]] bool TextIsUtf8();
+
+/// A folder and all below it, one line each, with the tree's branches in box drawing characters or
+/// in ASCII.
+[[nodiscard]] std::string FolderTree(const CFolderInfo& folder, bool boxDrawing);
+
+}  // namespace rastrel::cli

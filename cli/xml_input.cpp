@@ -1,0 +1,67 @@
+#include "cli/xml_input.h"
+
+#include <array>
+#include <charconv>
+
+#include "cli/exit_status.h"
+#include "rastrel/imports/xml_failure.h"
+#include "rastrel/imports/xml_layer.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
+  throw CommandError(ExitStatus::BadInput, "can't read '" + path + "': " + why);
+}
+
+// Places are told as compilers tell them.
+void ThrowXmlFailure(const XmlInput& input) {
+  std::optional<imports::XmlFailure> failure = imports::TakeXmlFailure();
+  if (!failure) return;
+  failure->path = os::FromNative(input.path);
+  throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(imports::Describe(*failure)));
+}
+
+bool EndsInXml(const std::wstring& path) {
+  return os::LowerAscii(os::SplitPath(path).extension) == L".xml";
+}
+
+}  // namespace
+
+std::wstring ReaderPath(const std::string& path) {
+  constexpr std::size_t shortest = 5;
+  const std::wstring wide = os::FromNative(path);
+  return wide.empty() || wide.size() >= shortest ? wide : L"././" + wide;
+}
+
+void ThrowIfRefused(const XmlInput& input) {
+  ThrowXmlFailure(input);
+  const std::wstring path = ReaderPath(input.path);
+  if (!os::Exists(path)) Refuse(input.path, "there is no such file");
+  if (input.namedXml && !EndsInXml(path)) Refuse(input.path, "its name does not end in .xml");
+  const XmlNode root = LoadXmlFile(path);
+  ThrowXmlFailure(input);
+  std::wstring name;
+  NodeBaseName(root, name);
+  if (name != input.root)
+    Refuse(input.path, "its root is <" + os::Utf8FromWide(name) + ">, and not <" +
+                           os::Utf8FromWide(input.root) + ">");
+}
+
+std::string OneLineText(const wchar_t* text) {
+  std::wstring line = text;
+  for (wchar_t& character : line)
+    if (character < L' ' || character == L'\x7F') character = L' ';
+  return os::Utf8FromWide(line);
+}
+
+std::string ShortNumber(double number) {
+  std::array<char, 32> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() ? std::string(text.data(), end) : "?";
+}
+
+}  // namespace rastrel::cli

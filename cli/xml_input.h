@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+namespace rastrel::cli {
+
+/// An XML file that a reader is asked to read.
+struct XmlInput {
+  std::string path;       ///< native, as given
+  std::wstring root;      ///< the name that its root has
+  bool namedXml = false;  ///< whether its name has to end in ".xml"
+};
+
+/// The path as the readers take it. They refuse paths of less than five characters, so a short name
+/// of a user's gets its directory in front.
+[[nodiscard]] std::wstring ReaderPath(const std::string& path);
+
+/// Throws CommandError(BadInput) with the reason why a reader refused the file, as far as the file
+/// itself is one: it is missing, misnamed, no well-formed document (with line and column), has
+/// another root, or has a value that is too long. Comes back if none of these is it. Called right
+/// after the reader, in its thread.
+void ThrowIfRefused(const XmlInput& input);
+
+/// Text in one line: each control character becomes a blank. UTF-8.
+[[nodiscard]] std::string OneLineText(const wchar_t* text);
+
+/// A number without needless digits, with a point.
+[[nodiscard]] std::string ShortNumber(double number);
+
+}  // namespace rastrel::cli
