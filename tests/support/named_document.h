@@ -1,0 +1,47 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "rastrel/job/app_log.h"
+#include "rastrel/job/exe_paths.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/memory_file.h"
+#include "tests/support/scratch_directory.h"
+
+namespace rastrel::test {
+
+/// A document in memory under the name "file.xml", written anew as often as one likes, and a data
+/// root of its own, whose log begins anew now and then: refused documents are told there.
+class NamedDocument {
+ public:
+  NamedDocument() : m_Home("RASTREL_HOME", m_Root.Path()) {
+    ForgetLog();
+    std::filesystem::create_symlink(m_File.Path(), m_Root.Path("file.xml"));
+  }
+  ~NamedDocument() { ForgetLog(); }
+  NamedDocument(const NamedDocument&) = delete;
+  NamedDocument& operator=(const NamedDocument&) = delete;
+
+  /// Replaces the content and gives the path.
+  [[nodiscard]] std::wstring Write(std::string_view content) {
+    constexpr int documentsPerLog = 20000;
+    if (++m_Documents % documentsPerLog == 0) CAppLog::DeleteInstance();
+    m_File.Write(content);
+    return m_Root.Wide("file.xml");
+  }
+
+ private:
+  static void ForgetLog() {
+    CAppLog::DeleteInstance();
+    CExePaths::DeleteInstance();
+  }
+
+  MemoryScratchDirectory m_Root;
+  EnvironmentGuard m_Home;
+  MemoryFile m_File;
+  int m_Documents = 0;
+};
+
+}  // namespace rastrel::test
