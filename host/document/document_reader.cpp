@@ -1,0 +1,272 @@
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "host/document/base64.h"
+#include "host/document/document_file.h"
+#include "host/document/document_words.h"
+#include "host/document/json_reader.h"
+#include "host/document/plate_layout.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::document {
+
+namespace {
+
+constexpr std::int64_t LastPage = 1'000'000;
+
+CVKColor ColorFrom(const JsonValue& json) {
+  if (json.IsText()) {
+    if (json.Utf8() != "invisible") json.Fail("is no colour");
+    return {-1, COLORSPACE_RGB, 0, 0};
+  }
+  CVKColor color;
+  if (json.Has("cmyk")) {
+    const JsonValue parts = json["cmyk"];
+    color.SetColor(parts.At(0).Number(), parts.At(1).Number(), parts.At(2).Number(),
+                   parts.At(3).Number(), COLORSPACE_CMYK);
+    return color;
+  }
+  const JsonValue parts = json["rgb"];
+  const int space = json.Has("space") ? json["space"].Int() : COLORSPACE_RGB;
+  color.SetColor(parts.At(0).Number(), parts.At(1).Number(), parts.At(2).Number(),
+                 static_cast<COLORSPACE>(space));
+  return color;
+}
+
+CVKFullColor FullColorFrom(const JsonValue& json) {
+  CVKFullColor color(ColorFrom(json["color"]));
+  if (json.Has("name")) color.SetColorName(json["name"].Text());
+  return color;
+}
+
+CWorldPoint PointFrom(const JsonValue& json) { return {json.At(0).Number(), json.At(1).Number()}; }
+
+CWorldRect RectFrom(const JsonValue& json) {
+  return {json["left"].Number(), json["top"].Number(), json["right"].Number(),
+          json["bottom"].Number()};
+}
+
+PathShape PathFrom(const JsonValue& json) {
+  PathShape path;
+  path.cutLine = json["cutLine"].Bool();
+  json["subPaths"].Each([&](const JsonValue& part) {
+    SubPath& added = path.subPaths.emplace_back();
+    added.start = PointFrom(part["start"]);
+    added.closed = part["closed"].Bool();
+    part["segments"].Each([&](const JsonValue& points) {
+      PathSegment& segment = added.segments.emplace_back();
+      if (points.Count() != 1 && points.Count() != 3) points.Fail("has neither 1 nor 3 points");
+      segment.curve = points.Count() == 3;
+      for (std::size_t i = 0; i < points.Count(); ++i) {
+        segment.points[segment.curve ? i : 2] = PointFrom(points.At(i));
+      }
+    });
+  });
+  return path;
+}
+
+TextRun RunFrom(const JsonValue& json) {
+  TextRun run;
+  run.text = json["text"].Text();
+  run.font = json["font"].Text();
+  run.fontType = json["fontType"].Int();
+  if (json.Has("replacement")) run.replacement = json["replacement"].Text();
+  run.size = json["size"].Number();
+  run.colored = json.Has("color");
+  if (run.colored) run.color = FullColorFrom(json["color"]);
+  return run;
+}
+
+paragraphStruct ParagraphFrom(const JsonValue& json) {
+  paragraphStruct paragraph;
+  paragraph.lineFit = json["lineFit"].Int();
+  paragraph.fit = json["fit"].Int();
+  paragraph.frameMode = json["frameMode"].Int();
+  paragraph.flags = static_cast<std::uint32_t>(json["flags"].Whole(0, UINT32_MAX));
+  paragraph.leftMargin = json["leftMargin"].Number();
+  paragraph.topMargin = json["topMargin"].Number();
+  paragraph.rightMargin = json["rightMargin"].Number();
+  paragraph.bottomMargin = json["bottomMargin"].Number();
+  paragraph.leftPercent = json["leftPercent"].Int();
+  paragraph.rightPercent = json["rightPercent"].Int();
+  return paragraph;
+}
+
+TextShape TextFrom(const JsonValue& json) {
+  TextShape text;
+  text.frame = RectFrom(json["frame"]);
+  text.paragraph = ParagraphFrom(json["paragraph"]);
+  text.lineMode = json["lineMode"].Int();
+  text.justifyMode = json["justifyMode"].Int();
+  json["lines"].Each([&](const JsonValue& line) {
+    TextLine& added = text.lines.emplace_back();
+    added.justification = line["justification"].Word(JustificationWords);
+    added.size = line["size"].Number();
+    added.spacingKind = line["spacingKind"].Int();
+    added.leading = line["leading"].Number();
+    line["runs"].Each([&](const JsonValue& run) { added.runs.push_back(RunFrom(run)); });
+  });
+  return text;
+}
+
+PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
+  PlateShape plate;
+  plate.wanted = static_cast<int>(json["wanted"].Whole(0, MaximumPanes));
+  plate.width = json["width"].NumberAbove0();
+  plate.height = json["height"].NumberAbove0();
+  plate.margins = RectFrom(json["margins"]);
+  plate.horizontalGap = json["horizontalGap"].Number();
+  plate.verticalGap = json["verticalGap"].Number();
+  plate.fromBottom = json["fromBottom"].Bool();
+  plate.start = PointFrom(json["start"]);
+  plate.placed = json["placed"].Bool();
+  const JsonValue continuation = json["continuation"];
+  plate.continuation = static_cast<ObjectHandle>(
+      continuation.Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
+  // A plate is continued by later ones alone, so that whoever follows them comes to an end.
+  if (plate.continuation != 0 && plate.continuation <= own) {
+    continuation.Fail("is no later plate");
+  }
+  if (json["panes"].Count() > static_cast<std::size_t>(MaximumPanes))
+    json.Fail("has too many panes");
+  json["panes"].Each([&](const JsonValue& pane) { plate.panes.push_back(RectFrom(pane)); });
+  return plate;
+}
+
+GraphicShape GraphicFrom(const JsonValue& json) {
+  GraphicShape graphic;
+  graphic.kind = json["fileKind"].Word(GraphicWords);
+  graphic.name = json["name"].Text();
+  graphic.width = json["width"].NumberAbove0();
+  graphic.height = json["height"].NumberAbove0();
+  auto bytes = BytesFromBase64(json["file"].Utf8());
+  if (!bytes) json["file"].Fail("is no base 64");
+  graphic.bytes = std::make_shared<const std::string>(std::move(*bytes));
+  return graphic;
+}
+
+Shape ShapeFrom(const JsonValue& json, ObjectHandle own) {
+  const std::string& kind = json["kind"].Utf8();
+  if (kind == "group") return GroupShape();
+  if (kind == "path") return PathFrom(json);
+  if (kind == "text") return TextFrom(json);
+  if (kind == "plate") return PlateFrom(json, own);
+  if (kind == "graphic") return GraphicFrom(json);
+  if (kind == "drillPoint") {
+    return DrillShape{PointFrom(json["centre"]), json["diameter"].NumberAbove0()};
+  }
+  json["kind"].Fail("unknown kind \"" + kind + "\"");
+}
+
+Attributes AttributesFrom(const JsonValue& json) {
+  Attributes attributes;
+  attributes.layer = ColorFrom(json["layer"]);
+  attributes.lineColor = ColorFrom(json["lineColor"]);
+  attributes.lineStyle = {json["lineWidth"].Number(),
+                          static_cast<std::uint32_t>(json["lineStyle"].Whole(0, UINT32_MAX))};
+  attributes.sheetLayer = static_cast<int>(json["sheetLayer"].Whole(0, INT32_MAX));
+  attributes.pages.first = static_cast<int>(json["pages"].At(0).Whole(1, LastPage));
+  attributes.pages.last =
+      static_cast<int>(json["pages"].At(1).Whole(attributes.pages.first, LastPage));
+  attributes.traits = 0;
+  json["traits"].Each([&](const JsonValue& word) { attributes.traits |= word.Word(TraitWords); });
+  attributes.traits &= ~DBTRAIT_SELECTED;
+  if (json.Has("locks")) {
+    const JsonValue locks = json["locks"];
+    attributes.locks = {locks["color"].Int(), locks["font"].Int(), locks["lineStyle"].Int(),
+                        locks["size"].Int()};
+  }
+  if (json.Has("matrix")) {
+    const JsonValue m = json["matrix"];
+    attributes.matrix = {m.At(0).Number(), m.At(1).Number(), m.At(2).Number(),
+                         m.At(3).Number(), m.At(4).Number(), m.At(5).Number()};
+  }
+  return attributes;
+}
+
+void ReadObjects(Document& document, const JsonValue& json, ObjectHandle parent, int depth) {
+  if (depth > DeepestGroup) json.Fail("groups stand too deep in groups");
+  json.Each([&](const JsonValue& object) {
+    const auto handle = static_cast<ObjectHandle>(
+        object["id"].Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
+    if (!document.CreateAs(handle, {ShapeFrom(object, handle), AttributesFrom(object), 0})) {
+      object["id"].Fail("is taken, or no number for an object");
+    }
+    if (!document.Insert(handle, parent)) object.Fail("stands in no group");
+    if (object.Has("members")) ReadObjects(document, object["members"], handle, depth + 1);
+  });
+}
+
+void ReadSettings(Document& document, const JsonValue& json) {
+  const JsonValue blank = json["blank"];
+  document.SetBlank({blank["width"].NumberAbove0(), blank["height"].NumberAbove0(),
+                     static_cast<int>(blank["origin"].Whole(1, 9))});
+  document.SetDisplayPage(static_cast<int>(json["displayPage"].Whole(0, LastPage)));
+  const JsonValue plates = json["plates"];
+  document.SetPlates({RectFrom(plates["margins"]), plates["horizontalGap"].Number(),
+                      plates["verticalGap"].Number()});
+  Palette palette;
+  json["palette"].Each([&](const JsonValue& entry) {
+    if (!palette.Add({FullColorFrom(entry), entry["spot"].Bool()})) {
+      entry.Fail("names a colour twice");
+    }
+  });
+  document.Colors() = std::move(palette);
+  json["sheetLayers"].Each([&](const JsonValue& layer) {
+    if (!document.AddSheetLayer({layer["number"].Int(), layer["name"].Text(), layer["type"].Int(),
+                                 layer["substrate"].Bool()})) {
+      layer.Fail("has a number that is taken or not above 0");
+    }
+  });
+}
+
+// Plates are continued by plates.
+void CheckContinuations(const Document& document, const JsonValue& objects) {
+  for (const ObjectHandle handle : *document.SharedPlateObjects()) {
+    const ObjectHandle next = std::get<PlateShape>(document.Find(handle)->shape).continuation;
+    const Object* object = next != 0 ? document.Find(next) : nullptr;
+    if (next != 0 && (!object || !std::holds_alternative<PlateShape>(object->shape))) {
+      objects.Fail("plate " + std::to_string(handle) + " is continued by no plate");
+    }
+  }
+}
+
+std::unique_ptr<Document> DocumentFrom(const JsonValue& json) {
+  if (!json.Has("format") || !json["format"].IsText() ||
+      json["format"].Utf8() != DocumentFormatName) {
+    json.Fail("is no document of this program");
+  }
+  const int version = json["version"].Int();
+  if (version != DocumentVersion) {
+    json["version"].Fail("is " + std::to_string(version) + ", and this program reads version " +
+                         std::to_string(DocumentVersion));
+  }
+  auto document = std::make_unique<Document>();
+  ReadSettings(*document, json);
+  ReadObjects(*document, json["objects"], host::DocumentRoot, 0);
+  CheckContinuations(*document, json["objects"]);
+  return document;
+}
+
+}  // namespace
+
+ReadDocument ReadDocumentText(std::string_view text) {
+  try {
+    const auto json = nlohmann::ordered_json::parse(text);
+    return DocumentFrom(JsonValue(json, ""));
+  } catch (const JsonFault& fault) {
+    const std::string where = fault.where.empty() ? "the file" : fault.where;
+    return os::WideFromUtf8(where + ": " + fault.what);
+  } catch (const nlohmann::ordered_json::exception& fault) {
+    return os::WideFromUtf8(fault.what());
+  }
+}
+
+ReadDocument LoadDocument(const std::wstring& path) {
+  const auto text = os::ReadWholeFile(path, LargestDocumentFile);
+  if (!text) return os::WideFromUtf8(os::Describe(text.Error()));
+  return ReadDocumentText(*text);
+}
+
+}  // namespace rastrel::document

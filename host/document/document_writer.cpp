@@ -1,0 +1,234 @@
+#include <nlohmann/json.hpp>
+
+#include "host/document/base64.h"
+#include "host/document/document_file.h"
+#include "host/document/document_words.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::document {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Utf8(const std::wstring& text) { return os::Utf8FromWide(text); }
+
+template <typename Words, typename Value>
+std::string_view WordOf(const Words& words, Value value) {
+  for (const auto& [own, word] : words) {
+    if (own == value) return word;
+  }
+  return words.front().second;
+}
+
+Json JsonOf(const CVKColor& color) {
+  if (color.IsInvisible()) return "invisible";
+  const auto& parts = color.GetComponents();
+  if (color.GetColorSpace() == COLORSPACE_CMYK) {
+    return {{"cmyk", {parts[0], parts[1], parts[2], parts[3]}}};
+  }
+  Json json = {{"rgb", {parts[0], parts[1], parts[2]}}};
+  if (color.GetColorSpace() != COLORSPACE_RGB) {
+    json["space"] = static_cast<int>(color.GetColorSpace());
+  }
+  return json;
+}
+
+Json JsonOf(const CVKFullColor& color) {
+  Json json = {{"color", JsonOf(static_cast<const CVKColor&>(color))}};
+  std::wstring name;
+  if (color.GetColorName(name) != 0) json["name"] = Utf8(name);
+  return json;
+}
+
+Json JsonOf(const CWorldPoint& point) { return {point.x, point.y}; }
+
+Json JsonOf(const CWorldRect& rect) {
+  return {{"left", rect.left}, {"top", rect.top}, {"right", rect.right}, {"bottom", rect.bottom}};
+}
+
+Json JsonOf(const SubPath& part) {
+  Json segments = Json::array();
+  for (const PathSegment& segment : part.segments) {
+    Json points = Json::array();
+    for (std::size_t i = segment.curve ? 0 : 2; i < 3; ++i) {
+      points.push_back(JsonOf(segment.points[i]));
+    }
+    segments.push_back(std::move(points));
+  }
+  return {
+      {"start", JsonOf(part.start)}, {"closed", part.closed}, {"segments", std::move(segments)}};
+}
+
+Json JsonOf(const TextRun& run) {
+  Json json = {{"text", Utf8(run.text)}, {"font", Utf8(run.font)}, {"fontType", run.fontType}};
+  if (!run.replacement.empty()) json["replacement"] = Utf8(run.replacement);
+  json["size"] = run.size;
+  if (run.colored) json["color"] = JsonOf(run.color);
+  return json;
+}
+
+Json JsonOf(const TextLine& line) {
+  Json runs = Json::array();
+  for (const TextRun& run : line.runs) runs.push_back(JsonOf(run));
+  return {{"justification", WordOf(JustificationWords, line.justification)},
+          {"size", line.size},
+          {"spacingKind", line.spacingKind},
+          {"leading", line.leading},
+          {"runs", std::move(runs)}};
+}
+
+Json JsonOf(const paragraphStruct& paragraph) {
+  return {{"lineFit", paragraph.lineFit},         {"fit", paragraph.fit},
+          {"frameMode", paragraph.frameMode},     {"flags", paragraph.flags},
+          {"leftMargin", paragraph.leftMargin},   {"topMargin", paragraph.topMargin},
+          {"rightMargin", paragraph.rightMargin}, {"bottomMargin", paragraph.bottomMargin},
+          {"leftPercent", paragraph.leftPercent}, {"rightPercent", paragraph.rightPercent}};
+}
+
+// What a shape adds to its object. A group's members are added by the caller, who has the document.
+struct ShapeWriter {
+  Json& json;
+
+  void operator()(const GroupShape&) const { json["kind"] = "group"; }
+  void operator()(const PathShape& path) const {
+    json["kind"] = "path";
+    json["cutLine"] = path.cutLine;
+    Json parts = Json::array();
+    for (const SubPath& part : path.subPaths) parts.push_back(JsonOf(part));
+    json["subPaths"] = std::move(parts);
+  }
+  void operator()(const TextShape& text) const {
+    json["kind"] = "text";
+    json["frame"] = JsonOf(text.frame);
+    json["paragraph"] = JsonOf(text.paragraph);
+    json["lineMode"] = text.lineMode;
+    json["justifyMode"] = text.justifyMode;
+    Json lines = Json::array();
+    for (const TextLine& line : text.lines) lines.push_back(JsonOf(line));
+    json["lines"] = std::move(lines);
+  }
+  void operator()(const PlateShape& plate) const {
+    json["kind"] = "plate";
+    json["wanted"] = plate.wanted;
+    json["width"] = plate.width;
+    json["height"] = plate.height;
+    json["margins"] = JsonOf(plate.margins);
+    json["horizontalGap"] = plate.horizontalGap;
+    json["verticalGap"] = plate.verticalGap;
+    json["fromBottom"] = plate.fromBottom;
+    json["start"] = JsonOf(plate.start);
+    json["placed"] = plate.placed;
+    json["continuation"] = plate.continuation;
+    Json panes = Json::array();
+    for (const CWorldRect& pane : plate.panes) panes.push_back(JsonOf(pane));
+    json["panes"] = std::move(panes);
+  }
+  void operator()(const GraphicShape& graphic) const {
+    json["kind"] = "graphic";
+    json["fileKind"] = WordOf(GraphicWords, graphic.kind);
+    json["name"] = Utf8(graphic.name);
+    json["width"] = graphic.width;
+    json["height"] = graphic.height;
+    json["file"] = graphic.bytes ? Base64FromBytes(*graphic.bytes) : std::string();
+  }
+  void operator()(const DrillShape& drill) const {
+    json["kind"] = "drillPoint";
+    json["centre"] = JsonOf(drill.centre);
+    json["diameter"] = drill.diameter;
+  }
+};
+
+Json JsonOf(const Attributes& attributes) {
+  Json json = {{"layer", JsonOf(attributes.layer)},
+               {"lineColor", JsonOf(attributes.lineColor)},
+               {"lineWidth", attributes.lineStyle.width},
+               {"lineStyle", attributes.lineStyle.style},
+               {"sheetLayer", attributes.sheetLayer},
+               {"pages", {attributes.pages.first, attributes.pages.last}}};
+  Json traits = Json::array();
+  for (const auto& [trait, word] : TraitWords) {
+    if (trait != DBTRAIT_SELECTED && (attributes.traits & trait) != 0) traits.push_back(word);
+  }
+  json["traits"] = std::move(traits);
+  const CPropertyLocks& locks = attributes.locks;
+  if (!(locks == CPropertyLocks())) {
+    json["locks"] = {{"color", locks.color},
+                     {"font", locks.font},
+                     {"lineStyle", locks.lineStyle},
+                     {"size", locks.size}};
+  }
+  const TM& tm = attributes.matrix;
+  if (!(tm == TM())) json["matrix"] = {tm.a, tm.b, tm.c, tm.d, tm.tx, tm.ty};
+  return json;
+}
+
+Json MembersJson(const Document& document, ObjectHandle root);
+
+Json ObjectJson(const Document& document, ObjectHandle handle) {
+  const Object& object = *document.Find(handle);
+  Json json = {{"id", handle}};
+  std::visit(ShapeWriter{json}, object.shape);
+  json.update(JsonOf(object.attributes));
+  if (std::holds_alternative<GroupShape>(object.shape)) {
+    json["members"] = MembersJson(document, handle);
+  }
+  return json;
+}
+
+Json MembersJson(const Document& document, ObjectHandle root) {
+  Json members = Json::array();
+  for (const ObjectHandle member : document.Members(root)) {
+    members.push_back(ObjectJson(document, member));
+  }
+  return members;
+}
+
+Json PaletteJson(const Palette& palette) {
+  Json entries = Json::array();
+  for (const PaletteEntry& entry : palette.Entries()) {
+    Json json = JsonOf(entry.color);
+    json["spot"] = entry.spot;
+    entries.push_back(std::move(json));
+  }
+  return entries;
+}
+
+Json SheetLayersJson(const Document& document) {
+  Json layers = Json::array();
+  for (const auto& [number, layer] : document.SheetLayers()) {
+    layers.push_back({{"number", number},
+                      {"name", Utf8(layer.name)},
+                      {"type", layer.sheetType},
+                      {"substrate", layer.hasSubstrate}});
+  }
+  return layers;
+}
+
+}  // namespace
+
+std::string DocumentText(const Document& document) {
+  const SignBlank& blank = document.Blank();
+  const PlateParameters& plates = document.Plates();
+  Json json = {
+      {"format", DocumentFormatName},
+      {"version", DocumentVersion},
+      {"unit", "cm"},
+      {"blank", {{"width", blank.width}, {"height", blank.height}, {"origin", blank.origin}}},
+      {"displayPage", document.DisplayPage()},
+      {"plates",
+       {{"margins", JsonOf(plates.margins)},
+        {"horizontalGap", plates.horizontalGap},
+        {"verticalGap", plates.verticalGap}}}};
+  json["palette"] = PaletteJson(document.Colors());
+  json["sheetLayers"] = SheetLayersJson(document);
+  json["objects"] = MembersJson(document, host::DocumentRoot);
+  return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+os::Outcome<os::Done> SaveDocument(const Document& document, const std::wstring& path) {
+  return os::ReplaceFile(path, DocumentText(document));
+}
+
+}  // namespace rastrel::document

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
+
+/// Reading JSON strictly: each value is asked for by its place and its kind, and what is not as
+/// asked ends the reading with a fault that names the place.
+namespace rastrel::document {
+
+/// Why a file can't be read. `where` is a JSON pointer (RFC 6901), empty for the whole.
+struct JsonFault {
+  std::string where;
+  std::string what;
+};
+
+/// A value of a document and its place. Every member throws JsonFault where the value is not as
+/// asked. The JSON must outlive it.
+class JsonValue {
+ public:
+  JsonValue(const nlohmann::ordered_json& value, std::string where);
+
+  [[noreturn]] void Fail(const std::string& what) const;
+
+  /// A member of an object; it must be there.
+  [[nodiscard]] JsonValue operator[](const char* name) const;
+  [[nodiscard]] bool Has(const char* name) const;
+  /// The elements of an array.
+  [[nodiscard]] std::size_t Count() const;
+  [[nodiscard]] JsonValue At(std::size_t index) const;
+
+  [[nodiscard]] double Number() const;
+  [[nodiscard]] double NumberAbove0() const;
+  /// A whole number between two, both included.
+  [[nodiscard]] std::int64_t Whole(std::int64_t least, std::int64_t most) const;
+  [[nodiscard]] int Int() const;
+  [[nodiscard]] bool Bool() const;
+  [[nodiscard]] std::wstring Text() const;
+  [[nodiscard]] const std::string& Utf8() const;
+  [[nodiscard]] bool IsText() const;
+
+  /// The value that a word of a table stands for.
+  template <typename Words>
+  [[nodiscard]] auto Word(const Words& words) const {
+    const std::string& own = Utf8();
+    for (const auto& [value, word] : words) {
+      if (word == own) return value;
+    }
+    Fail("unknown word \"" + own + "\"");
+  }
+
+  /// Calls with each element of an array.
+  template <typename Visit>
+  void Each(Visit visit) const {
+    const std::size_t count = Count();
+    for (std::size_t i = 0; i < count; ++i) visit(At(i));
+  }
+
+ private:
+  const nlohmann::ordered_json* m_Value;
+  std::string m_Where;
+};
+
+}  // namespace rastrel::document
