@@ -72,8 +72,8 @@ int DocumentApplication::IsColorInPalette(const CVKColor& color) {
   return m_Document.Colors().Find(color) ? 1 : 0;
 }
 
-int DocumentApplication::AddColorToPalette(const CVKColor& color) {
-  return m_Document.Colors().Add({CVKFullColor(color), false}) ? 1 : 0;
+int DocumentApplication::AddColorToPalette(const CVKFullColor& color) {
+  return m_Document.Colors().Add({color, false}) ? 1 : 0;
 }
 
 int DocumentApplication::IsInvisibleColor(const CVKColor& color) {

@@ -33,7 +33,7 @@ class DocumentApplication : public host::Application {
   int FindPaletteColor(const wchar_t* name, CVKFullColor& color) override;
   int FindPaletteColor(int index, CVKColor& color) override;
   [[nodiscard]] int IsColorInPalette(const CVKColor& color) override;
-  int AddColorToPalette(const CVKColor& color) override;
+  int AddColorToPalette(const CVKFullColor& color) override;
   [[nodiscard]] int IsInvisibleColor(const CVKColor& color) override;
 
   void GetSignBlankSize(double& width, double& height) override;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "host/document/notices.h"
+#include "rastrel/platform/host/paragraph.h"
+
+namespace rastrel::text {
+
+/// A font as the text engine hands it out.
+struct Font : FontRecord {
+  std::wstring name;         ///< as it was asked for: a file's name without extension, or a family
+  int type = 2;              ///< as it was asked for, a host::FontType
+  std::wstring replacement;  ///< the family that stands in where it can't be had; else empty
+};
+
+/// What a font looks like to the layout: a description that Pango understands.
+struct FontFace {
+  std::string family;  ///< UTF-8
+  int weight = 400;    ///< as OpenType has it: 400 regular, 700 bold
+  bool italic = false;
+  bool replaced = false;  ///< true if it stands in for one that can't be had
+};
+
+/// The fonts of this machine, by fontconfig. A font is asked for by the name of its file, or by its
+/// family and style, in any case of letters. What can't be had is replaced by a sans-serif font,
+/// and the user hears of it once a font.
+class FontCatalog {
+ public:
+  /// `notices` must outlive the catalogue.
+  explicit FontCatalog(document::Notices& notices);
+  ~FontCatalog();
+  FontCatalog(const FontCatalog&) = delete;
+  FontCatalog& operator=(const FontCatalog&) = delete;
+
+  /// The font of a name and a type. Never null; the same record for the same question.
+  [[nodiscard]] const Font* Get(int type, const std::wstring& name);
+
+  /// The face of a font that a document names. The same whatever was asked before.
+  [[nodiscard]] FontFace FaceOf(int type, const std::wstring& name) const;
+
+ private:
+  class Index;
+
+  document::Notices& m_Notices;
+  std::unique_ptr<Index> m_Index;
+  std::map<std::pair<int, std::wstring>, std::unique_ptr<Font>> m_Fonts;
+};
+
+}  // namespace rastrel::text

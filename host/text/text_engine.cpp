@@ -1,0 +1,190 @@
+#include "host/text/text_engine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace rastrel::text {
+
+using document::TextLine;
+using document::TextRun;
+using document::TextShape;
+
+namespace {
+
+constexpr int FailedToOpen = 1;
+
+double WorldFromText(double value) {
+  return value / host::TextUnitsPerInch * host::CentimetresPerInch;
+}
+
+// The rectangle between two opposite corners, whichever they are; nothing if it has no area.
+std::optional<CWorldRect> FrameBetween(const NewWorldPt& first, const NewWorldPt& second) {
+  for (const double value : {first.x, first.y, second.x, second.y}) {
+    if (!std::isfinite(value)) return std::nullopt;
+  }
+  const CWorldRect frame{std::min(first.x, second.x), std::max(first.y, second.y),
+                         std::max(first.x, second.x), std::min(first.y, second.y)};
+  if (frame.right <= frame.left || frame.top <= frame.bottom) return std::nullopt;
+  return frame;
+}
+
+}  // namespace
+
+TextEngine::TextEngine(document::DocumentStore& store, FontCatalog& fonts,
+                       document::Notices& notices)
+    : m_Store(store), m_Fonts(fonts), m_Notices(notices) {
+  store.SetTextSource(
+      [this](const ParagraphEle& element, TextShape& text) { return Take(element, text); });
+}
+
+TextEngine::~TextEngine() { m_Store.SetTextSource(nullptr); }
+
+// --- A paragraph in a frame ---
+
+void TextEngine::SetOpenParagraphInfo(ParagraphInfo& info, int /*reserved*/) {
+  info.first = m_Open ? m_LastId : m_LastId + 1;
+  info.second = 0;
+}
+
+bool TextEngine::Begin(const NewWorldPt& first, const NewWorldPt& second) {
+  const auto frame = FrameBetween(first, second);
+  if (m_Open || !frame) return false;
+  m_Open.emplace();
+  m_Open->frame = *frame;
+  m_Open->text.emplace_back();
+  ++m_LastId;
+  return true;
+}
+
+int TextEngine::OpenParagraph(int /*kind*/, const ParagraphInfo& /*info*/, const NewWorldPt& first,
+                              const NewWorldPt& second) {
+  return Begin(first, second) ? 0 : FailedToOpen;
+}
+
+void TextEngine::GetCurParagraph(CurrentParagraph& current) {
+  current = {};
+  if (!m_Open) return;
+  current.paragraph = &m_Open->paragraph;
+  current.lines = &m_Open->lines;
+  current.line = &m_Open->line;
+  current.style = &m_Open->style;
+}
+
+TextShape TextEngine::Finish() {
+  TextShape text;
+  text.frame = {WorldFromText(m_Open->frame.left), WorldFromText(m_Open->frame.top),
+                WorldFromText(m_Open->frame.right), WorldFromText(m_Open->frame.bottom)};
+  text.paragraph = m_Open->paragraph;
+  text.lineMode = m_Open->lines.mode;
+  text.justifyMode = m_Open->justifyMode;
+  text.lines = std::move(m_Open->text);
+  m_Open.reset();
+  return text;
+}
+
+void TextEngine::CloseParagraph(int keep, const ParagraphInfo& /*info*/) {
+  if (!m_Open) return;
+  TextShape text = Finish();
+  if (keep != 0) m_Closed[m_LastId] = std::move(text);
+}
+
+bool TextEngine::Take(const ParagraphEle& element, TextShape& text) {
+  const auto found = m_Closed.find(element.first);
+  if (found == m_Closed.end()) return false;
+  text = std::move(found->second);
+  m_Closed.erase(found);
+  return true;
+}
+
+void TextEngine::SetTextLineJustifyMode(paragraphStruct* /*paragraph*/, list_s* /*lines*/,
+                                        int mode) {
+  if (m_Open) m_Open->justifyMode = mode;
+}
+
+void TextEngine::SetTextLineJustification(paragraphStruct* /*paragraph*/, list_s* /*lines*/,
+                                          int justification) {
+  if (!m_Open || justification < JUSTIFY_LEFT || justification > JUSTIFY_CENTER) return;
+  m_Open->justification = justification;
+  m_Open->text.back().justification = justification;
+}
+
+CWorldRect TextEngine::GetTextFrame(const paragraphStruct* paragraph) {
+  return paragraph && m_Open ? m_Open->frame : CWorldRect{};
+}
+
+// The text is laid out when it is drawn, between the margins that it has then.
+void TextEngine::FitTextToFrame(paragraphStruct* /*paragraph*/, list_s* /*lines*/) {}
+
+void TextEngine::GetDefaultAttributes(ELEMENT_ATTRIBUTES& attributes) { attributes = {}; }
+
+// --- What is pasted ---
+
+const FontRecord* TextEngine::AddFont(int /*reserved*/, int type, const wchar_t* name,
+                                      int /*weight*/, int /*italic*/) {
+  return m_Fonts.Get(type, name ? name : L"");
+}
+
+void TextEngine::SetTextColor(const CVKColor& color) {
+  if (m_Open) m_Open->color = color;
+}
+
+void TextEngine::Paste(std::wstring_view piece) {
+  TextLine& line = m_Open->text.back();
+  line.size = m_Open->line.size;
+  line.spacingKind = m_Open->line.spacingKind;
+  line.leading = m_Open->line.leading;
+  if (piece.empty()) return;
+  TextRun run;
+  run.text = piece;
+  const auto* font = static_cast<const Font*>(m_Open->style.font);
+  if (font) {
+    run.font = font->name;
+    run.fontType = font->type;
+    run.replacement = font->replacement;
+  }
+  run.size = m_Open->style.size;
+  run.colored = m_Open->color.has_value();
+  if (run.colored) run.color = CVKFullColor(*m_Open->color);
+  line.runs.push_back(std::move(run));
+}
+
+void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/,
+                               const void* /*style*/, bool /*select*/) {
+  if (!m_Open || !text || length <= 0) return;
+  std::wstring_view rest(text, static_cast<std::size_t>(length));
+  const std::size_t room = LongestParagraph - m_Open->characters;
+  if (rest.size() > room) {
+    m_Notices.Add(L"a text of more than " + std::to_wstring(LongestParagraph) +
+                  L" characters is cut off there");
+    rest = rest.substr(0, room);
+  }
+  m_Open->characters += rest.size();
+  while (true) {
+    const std::size_t end = rest.find_first_of(L"\r\n");
+    Paste(rest.substr(0, end));
+    if (end == std::wstring_view::npos) return;
+    const bool pair = rest[end] == L'\r' && end + 1 < rest.size() && rest[end + 1] == L'\n';
+    rest.remove_prefix(end + (pair ? 2 : 1));
+    m_Open->text.emplace_back().justification = m_Open->justification;
+    if (rest.empty()) return;
+  }
+}
+
+// --- New text ---
+
+void TextEngine::InitNewText(CWnd* /*window*/, const NewWorldPt& first, const NewWorldPt& second,
+                             int /*kind*/) {
+  if (!Begin(first, second)) m_Notices.Add(L"a text frame without area holds no text");
+}
+
+void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
+  m_LastText = 0;
+  if (!m_Open) return;
+  TextShape text = Finish();
+  if (keep == 0) return;
+  m_LastText = m_Store.GetDocument().Create(std::move(text));
+  m_Store.DSAddObject(m_LastText);
+}
+
+}  // namespace rastrel::text

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "host/document/document_store.h"
+#include "host/text/font_catalog.h"
+#include "rastrel/platform/host/text_compose.h"
+
+namespace rastrel::text {
+
+/// Characters that one paragraph can hold; what is pasted beyond is left out, and the user hears of
+/// it.
+inline constexpr std::size_t LongestParagraph = 1'000'000;
+
+/// The text engine of the embedded host. It collects what is pasted; where letters stand is found
+/// when the text is drawn (text_layout.h).
+class TextEngine : public host::TextCompose {
+ public:
+  /// All must outlive the engine, which registers as the store's source of texts.
+  TextEngine(document::DocumentStore& store, FontCatalog& fonts, document::Notices& notices);
+  ~TextEngine() override;
+
+  /// Whether a paragraph or a new text is open.
+  [[nodiscard]] bool IsOpen() const { return m_Open.has_value(); }
+
+  void SetOpenParagraphInfo(ParagraphInfo& info, int reserved) override;
+  [[nodiscard]] int OpenParagraph(int kind, const ParagraphInfo& info, const NewWorldPt& first,
+                                  const NewWorldPt& second) override;
+  void GetCurParagraph(CurrentParagraph& current) override;
+  void CloseParagraph(int keep, const ParagraphInfo& info) override;
+  void SetTextLineJustifyMode(paragraphStruct* paragraph, list_s* lines, int mode) override;
+  void SetTextLineJustification(paragraphStruct* paragraph, list_s* lines,
+                                int justification) override;
+  [[nodiscard]] CWorldRect GetTextFrame(const paragraphStruct* paragraph) override;
+  void FitTextToFrame(paragraphStruct* paragraph, list_s* lines) override;
+  void GetDefaultAttributes(ELEMENT_ATTRIBUTES& attributes) override;
+
+  [[nodiscard]] const FontRecord* AddFont(int reserved, int type, const wchar_t* name, int weight,
+                                          int italic) override;
+  void edPasteString(const wchar_t* text, int length, int position, const void* style,
+                     bool select) override;
+  void SetTextColor(const CVKColor& color) override;
+
+  void InitNewText(CWnd* window, const NewWorldPt& first, const NewWorldPt& second,
+                   int kind) override;
+  void TerminateNewText(CWnd* window, int keep) override;
+  [[nodiscard]] host::ObjectHandle GetTerminateTextEditHI() override { return m_LastText; }
+
+ private:
+  // The open paragraph: the records that the library writes, and what was pasted so far.
+  struct Open {
+    CWorldRect frame;  // text units
+    paragraphStruct paragraph;
+    list_s lines;
+    lineStruct line;
+    CharacterStyle style;
+    int justifyMode = 0;
+    int justification = JUSTIFY_LEFT;
+    std::optional<CVKColor> color;
+    std::vector<document::TextLine> text;
+    std::size_t characters = 0;
+  };
+
+  [[nodiscard]] bool Begin(const NewWorldPt& first, const NewWorldPt& second);
+  [[nodiscard]] document::TextShape Finish();
+  void Paste(std::wstring_view piece);
+  bool Take(const ParagraphEle& element, document::TextShape& text);
+
+  document::DocumentStore& m_Store;
+  FontCatalog& m_Fonts;
+  document::Notices& m_Notices;
+  std::optional<Open> m_Open;
+  std::uint32_t m_LastId = 0;
+  std::unordered_map<std::uint32_t, document::TextShape> m_Closed;  // until an object takes them
+  host::ObjectHandle m_LastText = 0;
+};
+
+}  // namespace rastrel::text
