@@ -40,7 +40,7 @@ class RASTREL_API CXMLCarDataCut {
   /// Reads the file (library text, see platform/os/path.h) at once. Nothing is told of a failure:
   /// there are no folders then. Failures are a null or empty path, a file that does not exist, an
   /// extension other than "xml" in any case, a document that the XML layer refuses, another root
-  /// than "LIBRARY", an attribute that its field does not hold, and more nodes than fit 192 MiB.
+  /// than "LIBRARY", an attribute that its field does not hold, and more nodes than fit 128 MiB.
   /// The last two and the refusal of a document stand in the application log.
   explicit CXMLCarDataCut(const wchar_t* path);
   CXMLCarDataCut(const CXMLCarDataCut&);

@@ -73,7 +73,7 @@ class RASTREL_API CJobNotesFileImport {
   /// Reads the file (library text, see platform/os/path.h) at once. Nothing is told of a failure:
   /// there are no companies then. Failures are a null or empty path, a file that does not exist, an
   /// extension other than "xml" in any case, a document that the XML layer refuses, another root
-  /// than "JOBNOTESLIST", a text that its field does not hold, and more records than fit 192 MiB.
+  /// than "JOBNOTESLIST", a text that its field does not hold, and more records than fit 128 MiB.
   /// The last two and the refusal of a document stand in the application log.
   explicit CJobNotesFileImport(const wchar_t* path);
   CJobNotesFileImport(const CJobNotesFileImport&);

@@ -7,9 +7,9 @@
 /// file whose records would take too much is refused.
 namespace rastrel::readers {
 
-/// What the records of one file may take together: some 14,000 jobs, or 64,000 files of a car data
+/// What the records of one file may take together: some 9,000 jobs, or 43,000 files of a car data
 /// library.
-inline constexpr std::size_t RecordBytesLimit = std::size_t{192} << 20;
+inline constexpr std::size_t RecordBytesLimit = std::size_t{128} << 20;
 
 /// Counts the records of one file.
 class RecordBudget {

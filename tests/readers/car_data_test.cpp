@@ -158,7 +158,7 @@ TEST(CarData, nodes_up_to_the_limit_are_read_and_one_more_refuses_the_file) {
     OpenCarData cars(file.Path().c_str());
     EXPECT_EQ(cars.Valid(), more < 2) << more;
     EXPECT_EQ(cars.GetFirstFolder() != nullptr, more < 2);
-    EXPECT_EQ(file.LogTexts().find("192 MiB") != std::string::npos, more == 2);
+    EXPECT_EQ(file.LogTexts().find("128 MiB") != std::string::npos, more == 2);
     files += "<FILE/>";
   }
 }

@@ -261,7 +261,7 @@ TEST(JobNotes, records_up_to_the_limit_are_read_and_one_more_refuses_the_file) {
     OpenJobNotes notes(file.Path().c_str());
     EXPECT_EQ(notes.Valid(), more < 2) << more;
     EXPECT_EQ(Count(notes), more < 2 ? 2 : 0);
-    EXPECT_EQ(file.LogTexts().find("192 MiB") != std::string::npos, more == 2);
+    EXPECT_EQ(file.LogTexts().find("128 MiB") != std::string::npos, more == 2);
     jobs += "<JOB/>";
   }
 }
