@@ -53,3 +53,5 @@
 #include "rastrel/readers/car_data.h"
 #include "rastrel/readers/charts.h"
 #include "rastrel/readers/job_notes.h"
+#include "rastrel/readers/ms_excel_xml_import.h"
+#include "rastrel/readers/open_office_xml_import.h"

@@ -1,0 +1,74 @@
+#include "rastrel/readers/excel_elements.h"
+
+#include <iterator>
+
+#include "rastrel/imports/xml_layer.h"
+#include "rastrel/imports/xml_stream.h"
+
+namespace rastrel::readers {
+namespace {
+
+using imports::StreamChoice;
+
+// Characters of names and values that may be kept, all elements together. Far more than the part
+// names of the largest workbook.
+constexpr std::size_t CharacterLimit = std::size_t{4} << 20;
+
+class ElementReader : public imports::XmlStreamHandler {
+ public:
+  ElementReader(const ExcelElementNames& names, std::size_t limit)
+      : m_Names(names), m_Limit(limit) {}
+
+  StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
+    if (depth == 0 && baseName != m_Names.root) {
+      Refuse(L"the document element is not \"" + std::wstring(m_Names.root) + L"\"");
+      return StreamChoice::kSkip;
+    }
+    if (depth == 0) return StreamChoice::kEnter;
+    if (depth == 1 && baseName != m_Names.parent) return StreamChoice::kSkip;
+    if (depth == 1 && !m_Names.child.empty()) return StreamChoice::kEnter;
+    if (depth == 1 || baseName == m_Names.child) Take(baseName, start);
+    return StreamChoice::kSkip;
+  }
+
+  void Node(const XmlNode&) override {}
+  void End(std::wstring_view, int) override {}
+
+  [[nodiscard]] std::vector<ExcelElement>& Elements() { return m_Elements; }
+
+ private:
+  void Take(std::wstring_view baseName, const XmlNode& start) {
+    if (Refusal()) return;
+    ExcelElement element{std::wstring(baseName), AttributeList(start)};
+    for (const auto& [name, value] : element.m_Attributes)
+      m_Characters += name.size() + value.size();
+    m_Elements.push_back(std::move(element));
+    if (m_Elements.size() > m_Limit || m_Characters > CharacterLimit)
+      Refuse(L"more than " + std::to_wstring(m_Limit) + L" elements are to be kept, or more than " +
+             std::to_wstring(CharacterLimit) + L" characters of them");
+  }
+
+  ExcelElementNames m_Names;
+  std::size_t m_Limit;
+  std::vector<ExcelElement> m_Elements;
+  std::size_t m_Characters = 0;
+};
+
+}  // namespace
+
+std::wstring ExcelElement::Value(std::wstring_view localName) const {
+  for (auto attribute = m_Attributes.rbegin(); attribute != m_Attributes.rend(); ++attribute)
+    if (attribute->first == localName) return attribute->second;
+  return {};
+}
+
+bool ReadExcelElements(std::wstring_view path, const ExcelElementNames& names,
+                       const SheetLimits& limits, std::vector<ExcelElement>& elements) {
+  ElementReader reader(names, limits.elements);
+  if (!imports::StreamXmlFile(path, reader)) return false;
+  elements.insert(elements.end(), std::make_move_iterator(reader.Elements().begin()),
+                  std::make_move_iterator(reader.Elements().end()));
+  return true;
+}
+
+}  // namespace rastrel::readers

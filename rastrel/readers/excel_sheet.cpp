@@ -1,0 +1,114 @@
+#include "rastrel/readers/excel_sheet.h"
+
+#include <string>
+
+#include "rastrel/imports/number_text.h"
+#include "rastrel/imports/xml_failure.h"
+#include "rastrel/imports/xml_stream.h"
+#include "rastrel/imports/xml_walk.h"
+#include "rastrel/readers/cell_value.h"
+
+namespace rastrel::readers {
+namespace {
+
+using imports::StreamChoice;
+
+constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+// Never takes off anything as long as each cell ends in its tab, which is what the tab is for.
+constexpr std::string_view RowEnds = " ,.";
+
+class SheetReader : public imports::XmlStreamHandler {
+ public:
+  SheetReader(const SharedStrings& strings, SheetText& text) : m_Strings(strings), m_Text(text) {}
+
+  StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
+    if (depth == 0) {
+      m_DataDepth = baseName == L"worksheet" ? 1 : 2;
+      return StreamChoice::kEnter;
+    }
+    if (depth < m_DataDepth) return Once(m_HasWorksheet, baseName == L"worksheet");
+    if (depth == m_DataDepth) return Once(m_HasData, baseName == L"sheetData");
+    return baseName == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
+  }
+
+  void Node(const XmlNode& row) override {
+    AppendRow(row);
+    m_Text.TrimRight(RowEnds);
+    m_Text.Append('\n');
+    if (m_Text.IsOverLimit())
+      Refuse(L"the sheets become more than " + std::to_wstring(m_Text.Size()) + L" bytes of text");
+  }
+
+  void End(std::wstring_view, int) override {}
+
+  [[nodiscard]] bool HasData() const { return m_HasData; }
+
+ private:
+  static StreamChoice Once(bool& done, bool isWanted) {
+    if (done || !isWanted) return StreamChoice::kSkip;
+    done = true;
+    return StreamChoice::kEnter;
+  }
+
+  // Every child counts in a cell's place, also a comment or one of another name.
+  void AppendRow(const XmlNode& row) {
+    std::size_t place = 0;
+    for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
+      if (imports::BaseName(cell) == L"c") {
+        place += AppendGap(imports::AttributeBytes(cell, L"r"), place);
+        AppendValue(cell);
+        m_Text.Append('\t');
+      }
+      ++place;
+    }
+  }
+
+  // The tabs that stand in front of a cell; gives their number.
+  std::size_t AppendGap(std::string_view reference, std::size_t place) {
+    std::size_t letter = place;
+    while (letter < Alphabet.size() && reference.find(Alphabet[letter]) == std::string_view::npos)
+      ++letter;
+    m_Text.Append(letter - place, '\t');
+    return letter - place;
+  }
+
+  void AppendValue(const XmlNode& cell) {
+    XmlNode value = imports::FirstChild(cell);
+    while (value && imports::BaseName(value) != L"v") value = imports::NextSibling(value);
+    if (!value) return;
+    const std::string_view text = imports::TextBytes(value, m_Joined);
+    if (text.empty()) return;
+    if (imports::AttributeBytes(cell, L"t") == "s")
+      m_Text.Append(m_Strings.Find(imports::Int32FromText(text)));
+    else
+      AppendNumber(m_Text, text);
+  }
+
+  const SharedStrings& m_Strings;
+  SheetText& m_Text;
+  std::string m_Joined;
+  int m_DataDepth = 1;  // of "sheetData"
+  bool m_HasWorksheet = false;
+  bool m_HasData = false;
+};
+
+}  // namespace
+
+ExcelSheetResult AppendExcelSheet(std::wstring_view path, const SharedStrings& strings,
+                                  SheetText& text) {
+  const std::size_t before = text.Size();
+  SheetReader reader(strings, text);
+  const bool isDocument = imports::StreamXmlFile(path, reader);
+  if (isDocument && reader.HasData()) {
+    text.TrimRight("\n");
+    return ExcelSheetResult::Appended;
+  }
+  if (isDocument)
+    imports::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no \"sheetData\""});
+  const bool isOverLimit = text.IsOverLimit();
+  text.Truncate(before);
+  return isOverLimit ? ExcelSheetResult::OverLimit : ExcelSheetResult::Refused;
+}
+
+}  // namespace rastrel::readers

@@ -1,0 +1,199 @@
+#include "rastrel/readers/open_office_document.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <string>
+#include <utility>
+
+#include "rastrel/imports/xml_failure.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/readers/cell_value.h"
+#include "rastrel/readers/open_office_xml_import.h"
+#include "rastrel/readers/text_file.h"
+
+namespace rastrel::readers {
+namespace {
+
+// Never takes off anything as long as each cell ends in its tab, which is what the tab is for.
+constexpr std::string_view RowEnds = " .";
+
+// What the machine's memory takes for a piece of its own besides what is asked for.
+constexpr std::size_t AllocationCost = 16;
+
+bool HasXmlExtension(std::wstring_view path) {
+  std::wstring extension = os::LowerAscii(os::SplitPath(path).extension);
+  std::erase(extension, L'.');
+  const std::size_t begin = extension.find_first_not_of(L' ');
+  const std::size_t end = extension.find_last_not_of(L' ');
+  return begin != std::wstring::npos && extension.substr(begin, end + 1 - begin) == L"xml";
+}
+
+// Bytes that the records of a table would take.
+std::size_t RecordSize(OpenOfficeTables::Walk table) {
+  std::size_t size = sizeof(tagOPEN_OFFICE_DATA);
+  OpenOfficeTables::Item item;
+  while (table.Next(item)) {
+    std::size_t one = item.repeat == 0 ? sizeof(tagTABLE_TABLE_ROW) + AllocationCost
+                                       : sizeof(tagTABLE_TABLE_CELL);
+    if (!item.text.empty()) one += AllocationCost + (item.text.size() + 1) * sizeof(wchar_t);
+    size += one * std::max<std::size_t>(item.repeat, 1);
+  }
+  return size;
+}
+
+std::unique_ptr<wchar_t[]> CopyOf(const std::wstring& text) {
+  auto copy = std::make_unique_for_overwrite<wchar_t[]>(text.size() + 1);
+  std::copy_n(text.c_str(), text.size() + 1, copy.get());
+  return copy;
+}
+
+// A row's cells are counted ahead of being made, so that no list has room to spare.
+std::size_t CountCells(OpenOfficeTables::Walk rest) {
+  std::size_t count = 0;
+  OpenOfficeTables::Item item;
+  while (rest.Next(item) && item.repeat > 0) count += item.repeat;
+  return count;
+}
+
+std::size_t CountRows(OpenOfficeTables::Walk table) {
+  std::size_t count = 0;
+  OpenOfficeTables::Item item;
+  while (table.Next(item)) count += item.repeat == 0 ? 1 : 0;
+  return count;
+}
+
+std::unique_ptr<tagOPEN_OFFICE_DATA> MakeRecord(OpenOfficeTables::Walk table) {
+  auto record = std::make_unique<tagOPEN_OFFICE_DATA>();
+  record->m_Rows.reserve(CountRows(table));
+  OpenOfficeTables::Item item;
+  while (table.Next(item)) {
+    if (item.repeat == 0) {
+      record->m_Rows.emplace_back().m_Cells.reserve(CountCells(table));
+      continue;
+    }
+    std::vector<tagTABLE_TABLE_CELL>& cells = record->m_Rows.back().m_Cells;
+    const std::wstring text = os::WideFromUtf8(item.text);
+    for (std::uint32_t repeat = item.repeat; repeat > 0; --repeat) {
+      cells.emplace_back();
+      if (!text.empty()) cells.back().m_Text = CopyOf(text);
+    }
+  }
+  return record;
+}
+
+// The tables as one text. Entities are replaced cell by cell, which gives what replacing them in
+// the whole text would: none of them reaches over a tab, and none becomes white space.
+class Flattening {
+ public:
+  explicit Flattening(std::size_t limit) : m_Text(limit) {}
+
+  void Append(const tagOPEN_OFFICE_DATA& table) {
+    for (const tagTABLE_TABLE_ROW& row : table.m_Rows) {
+      for (const tagTABLE_TABLE_CELL& cell : row.m_Cells)
+        AppendCells(1, cell.m_Text ? os::Utf8FromWide(cell.m_Text.get()) : std::string());
+      EndRow();
+    }
+  }
+
+  void Append(OpenOfficeTables::Walk table) {
+    bool isInRow = false;
+    OpenOfficeTables::Item item;
+    while (table.Next(item)) {
+      if (item.repeat > 0) {
+        AppendCells(item.repeat, item.text);
+        continue;
+      }
+      if (isInRow) EndRow();
+      isInRow = true;
+    }
+    if (isInRow) EndRow();
+  }
+
+  [[nodiscard]] SheetText& Text() { return m_Text; }
+
+ private:
+  void AppendCells(std::size_t repeat, std::string_view text) {
+    if (text.empty()) return m_Text.Append(repeat, '\t');
+    if (ReplaceEntities(text, m_Scratch)) text = m_Scratch;
+    for (; repeat > 0 && !m_Text.IsOverLimit(); --repeat) {
+      m_Text.Append(text);
+      m_Text.Append('\t');
+    }
+  }
+
+  void EndRow() {
+    m_Text.TrimRight(RowEnds);
+    m_Text.Append('\n');
+  }
+
+  SheetText m_Text;
+  std::string m_Scratch;
+};
+
+}  // namespace
+
+OpenOfficeDocument::OpenOfficeDocument(const SheetLimits& limits) : m_Limits(limits) {}
+OpenOfficeDocument::~OpenOfficeDocument() = default;
+
+bool OpenOfficeDocument::ParseFile(std::wstring_view path) {
+  if (path.empty() || !os::Exists(path) || !HasXmlExtension(path)) {
+    imports::ReportXmlFailure(
+        {std::wstring(path), 0, 0, L"there is no such file of the extension \"xml\""});
+    return false;
+  }
+  return m_Tables.Read(path, m_Limits);
+}
+
+tagOPEN_OFFICE_DATA* OpenOfficeDocument::Record(std::size_t index) {
+  if (!MakeRecords() || index >= m_Records.size()) return nullptr;
+  return m_Records[index].get();
+}
+
+bool OpenOfficeDocument::MakeRecords() {
+  std::size_t size = m_RecordBytes;
+  for (std::size_t index = 0; index < m_Tables.Count(); ++index)
+    size += RecordSize(m_Tables.Table(index));
+  if (size > m_Limits.records) {
+    imports::ReportXmlFailure({{},
+                               0,
+                               0,
+                               L"the records of the tables take more than " +
+                                   std::to_wstring(m_Limits.records) + L" bytes"});
+    return false;
+  }
+  for (std::size_t index = 0; index < m_Tables.Count(); ++index)
+    m_Records.push_back(MakeRecord(m_Tables.Table(index)));
+  m_RecordBytes = size;
+  m_Tables.Clear();
+  return true;
+}
+
+void OpenOfficeDocument::Clear() {
+  m_Records.clear();
+  m_RecordBytes = 0;
+  m_Tables.Clear();
+}
+
+bool OpenOfficeDocument::SaveText(std::wstring_view name) const {
+  Flattening flattening(m_Limits.resultText);
+  for (const auto& record : m_Records) flattening.Append(*record);
+  for (std::size_t index = 0; index < m_Tables.Count(); ++index)
+    flattening.Append(m_Tables.Table(index));
+  SheetText& text = flattening.Text();
+  if (text.IsOverLimit()) {
+    imports::ReportXmlFailure(
+        {std::wstring(name), 0, 0,
+         L"the tables become more than " + std::to_wstring(m_Limits.resultText) + L" bytes"});
+    return false;
+  }
+  text.TrimRight("\n");
+  const auto [begin, end] = text.TrimmedRange();
+  if (begin == end || name.empty()) return false;
+  TextFile file{std::wstring(name)};
+  text.ForEachPiece(begin, end, [&file](std::string_view piece) { return file.Write(piece); });
+  return file.Close();
+}
+
+}  // namespace rastrel::readers

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::readers {
+
+/// A text file in the mode "wt,ccs=UTF-8" of the platform's C run-time: UTF-8 with a byte-order
+/// mark, and CR LF for each line feed. What is written goes through a small buffer.
+class TextFile {
+ public:
+  /// Creates the file by its library path, or empties it, and writes the mark.
+  explicit TextFile(std::wstring path);
+
+  /// Whether the file could be opened and took all bytes so far. The first failure is reported
+  /// (imports/xml_failure.h).
+  [[nodiscard]] bool IsGood() const { return m_IsGood; }
+  /// Appends bytes of UTF-8. Does nothing after a failure. The same result as IsGood.
+  bool Write(std::string_view bytes);
+  /// Writes what is left in the buffer. True if the file holds all of it. A file that could not be
+  /// written to its end stays as far as it was.
+  [[nodiscard]] bool Close();
+
+ private:
+  void Flush();
+  void Fail(const std::string& reason);
+
+  std::wstring m_Path;
+  os::FileDescriptor m_File;
+  std::string m_Buffer;
+  bool m_IsGood = true;
+};
+
+}  // namespace rastrel::readers
