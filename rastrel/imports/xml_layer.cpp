@@ -79,6 +79,10 @@ bool NodeNameIs(const XmlNode& node, std::wstring_view name) {
   return imports::IsElement(node) && imports::BaseName(node) == name;
 }
 
+int NodeLine(const XmlNode& node) {
+  return imports::IsElement(node) ? static_cast<int>(node.Tree()->line) : 0;
+}
+
 bool NodeBaseName(const XmlNode& node, std::wstring& name) {
   name = imports::BaseName(node);
   return !name.empty();

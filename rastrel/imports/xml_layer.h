@@ -71,6 +71,10 @@ bool AttributeInt(const XmlNode& node, std::wstring_view name, std::int32_t& val
 /// itself "xmlns".
 [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> AttributeList(const XmlNode& node);
 
+/// The line of its file that an element's start tag ends on, from 1, for messages about it; 0 for
+/// anything but an element. Not counted beyond 16,777,215.
+[[nodiscard]] int NodeLine(const XmlNode& node);
+
 /// Writes the node and all below it to a new text file, in UTF-8, with the namespaces that it uses
 /// declared on it, so that it is a document of its own. True if the file could be made and written.
 bool SaveNodeXml(const XmlNode& node, std::wstring_view path);

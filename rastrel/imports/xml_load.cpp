@@ -16,9 +16,10 @@ class Loader : public XmlEvents {
   explicit Loader(XmlDocument& document)
       : m_Document(document), m_Builder(document.arena, /*keepBlanks=*/false) {}
 
-  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) override {
-    if (m_Builder.IsOpen()) return m_Builder.Start(name, attributes);
-    m_Root = m_Builder.Make(name, attributes, nullptr);
+  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+             std::uint32_t line) override {
+    if (m_Builder.IsOpen()) return m_Builder.Start(name, attributes, line);
+    m_Root = m_Builder.Make(name, attributes, line, nullptr);
     m_Builder.Open(m_Root);
   }
   void End() override { m_Builder.End(); }

@@ -313,7 +313,8 @@ void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
   m_Attributes.clear();
   if (namespaces > 0) Declarations(namespaces, declared);
   Attributes(attributes, values);
-  m_Events.Start(m_Names.FindKept(Bytes(prefix), Bytes(local)), m_Attributes);
+  m_Events.Start(m_Names.FindKept(Bytes(prefix), Bytes(local)), m_Attributes,
+                 static_cast<std::uint32_t>(std::max(m_Context->input->line, 0)));
   if (m_Names.Count() > limits::kNames)
     return Fail(L"there are more than " + std::to_wstring(limits::kNames) + L" different names");
   FollowEvents();

@@ -31,7 +31,9 @@ class XmlEvents {
   XmlEvents& operator=(const XmlEvents&) = delete;
   virtual ~XmlEvents() = default;
 
-  virtual void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) = 0;
+  /// An element. `line` is where its start tag ends, from 1.
+  virtual void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+                     std::uint32_t line) = 0;
   virtual void End() = 0;
   /// A piece of text; any number of them in a row are one text.
   virtual void Text(std::string_view bytes) = 0;

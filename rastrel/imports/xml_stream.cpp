@@ -16,13 +16,14 @@ class Streamer : public XmlEvents {
   Streamer(XmlStreamHandler& handler, const XmlNames& names, XmlBlanks blanks)
       : m_Handler(handler), m_Names(names), m_Builder(m_Arena, blanks == XmlBlanks::kKeep) {}
 
-  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) override {
-    if (m_Builder.IsOpen()) return m_Builder.Start(name, attributes);
+  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+             std::uint32_t line) override {
+    if (m_Builder.IsOpen()) return m_Builder.Start(name, attributes, line);
     if (m_Skipped > 0) {
       ++m_Skipped;
       return;
     }
-    Announce(name, attributes);
+    Announce(name, attributes, line);
   }
 
   void End() override {
@@ -62,10 +63,11 @@ class Streamer : public XmlEvents {
     XmlArena::Mark before;
   };
 
-  void Announce(const XmlName* name, std::span<const XmlStartAttribute> attributes) {
+  void Announce(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+                std::uint32_t line) {
     const XmlArena::Mark before = m_Arena.Here();
-    XmlTreeNode* const element =
-        m_Builder.Make(name, attributes, m_Entered.empty() ? nullptr : m_Entered.back().element);
+    XmlTreeNode* const element = m_Builder.Make(
+        name, attributes, line, m_Entered.empty() ? nullptr : m_Entered.back().element);
     const int depth = static_cast<int>(m_Entered.size());
     switch (m_Handler.Begin(name->local, XmlNode(element), depth)) {
       case StreamChoice::kSkip:

@@ -22,7 +22,7 @@ std::string_view TrimBlanks(std::string_view text) {
 }
 
 XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
-                                  std::span<const XmlStartAttribute> attributes,
+                                  std::span<const XmlStartAttribute> attributes, std::uint32_t line,
                                   const XmlTreeNode* parent) {
   void* const place =
       m_Arena.Allocate(sizeof(XmlTreeNode) + attributes.size() * sizeof(XmlTreeAttribute));
@@ -34,6 +34,7 @@ XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
   node->length = static_cast<std::uint32_t>(attributes.size());
   node->kind = XmlKind::kElement;
   node->blank = false;
+  node->line = std::min(line, XmlLastLine) & XmlLastLine;
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
   for (const XmlStartAttribute& attribute : attributes) {
     const std::string_view value = m_Arena.Copy(attribute.value);
@@ -49,9 +50,10 @@ void XmlTreeBuilder::Open(XmlTreeNode* root) {
   m_Open.push_back({root, nullptr});
 }
 
-void XmlTreeBuilder::Start(const XmlName* name, std::span<const XmlStartAttribute> attributes) {
+void XmlTreeBuilder::Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+                           std::uint32_t line) {
   Flush();
-  XmlTreeNode* const node = Make(name, attributes, m_Open.back().element);
+  XmlTreeNode* const node = Make(name, attributes, line, m_Open.back().element);
   Join(node);
   m_Open.push_back({node, nullptr});
 }
@@ -96,6 +98,7 @@ void XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_v
   node->length = static_cast<std::uint32_t>(copy.size());
   node->kind = kind;
   node->blank = blank;
+  node->line = 0;
   Join(node);
 }
 

@@ -37,8 +37,9 @@ struct XmlTreeNode {
   };
   const XmlName* name;   ///< of an element or instruction; else null
   std::uint32_t length;  ///< of the content in bytes, or how many attributes
-  XmlKind kind;
-  bool blank;  ///< a text of blanks alone, kept on demand and no child of its parent
+  XmlKind kind : 7;
+  bool blank : 1;           ///< a text of blanks alone, kept on demand and no child of its parent
+  std::uint32_t line : 24;  ///< of an element: where its start tag ends, from 1; else 0
 
   [[nodiscard]] std::string_view Content() const { return {content, length}; }
   [[nodiscard]] std::span<const XmlTreeAttribute> Attributes() const {
@@ -46,6 +47,8 @@ struct XmlTreeNode {
   }
 };
 static_assert(sizeof(XmlTreeNode) % alignof(XmlTreeAttribute) == 0);
+/// The last line that a node can name; those behind it count as this one.
+inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
 
 /// A loaded document. Counted by its nodes' handles.
 struct XmlDocument {
@@ -75,12 +78,13 @@ class XmlTreeBuilder {
 
   /// Makes an element without joining it to anything but its parent.
   [[nodiscard]] XmlTreeNode* Make(const XmlName* name,
-                                  std::span<const XmlStartAttribute> attributes,
+                                  std::span<const XmlStartAttribute> attributes, std::uint32_t line,
                                   const XmlTreeNode* parent);
   /// From here on everything is a part of `root`. REQUIRES: no element is open.
   void Open(XmlTreeNode* root);
   /// An element begins in the one that is open.
-  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes);
+  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+             std::uint32_t line);
   /// The element that is open ends. True if it was the root.
   bool End();
   /// A piece of text; what follows directly belongs to it.

@@ -55,4 +55,18 @@ TEST_F(XmlLayer, an_element_of_another_case_counts_as_absent) {
   EXPECT_FALSE(static_cast<bool>(FirstChildNamed(root, L"pLATE")));
 }
 
+TEST_F(XmlLayer, an_element_knows_its_line_and_nothing_else_has_one) {
+  const XmlNode root =
+      LoadXmlString(L"<?xml version='1.0'?>\n<a>\n\n<b x='1'\n  y='2'/>text<!-- c -->\n</a>");
+  ASSERT_TRUE(root);
+  int count = 0;
+  const std::vector<XmlNode> children = NodeChildren(root, count);
+  ASSERT_EQ(count, 3);
+  EXPECT_EQ(NodeLine(root), 2);
+  EXPECT_EQ(NodeLine(children[0]), 5) << "where the start tag ends";
+  EXPECT_EQ(NodeLine(children[1]), 0);
+  EXPECT_EQ(NodeLine(children[2]), 0);
+  EXPECT_EQ(NodeLine(XmlNode()), 0);
+}
+
 }  // namespace
