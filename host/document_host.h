@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "rastrel/platform/host/embedded_host.h"
+#include "rastrel/platform/os/outcome.h"
+
+namespace rastrel::text {
+class FontCatalog;
+class TextEngine;
+}  // namespace rastrel::text
+
+namespace rastrel::document {
+
+class Document;
+class DocumentApplication;
+class DocumentStore;
+class Notices;
+
+/// The embedded host with a document: what imports and conversions work on in a program that has no
+/// document of its own. Settings, directories and translation are the embedded host's.
+///
+/// It is installed with host::SetHost and holds one document as long as it lives. What the user
+/// should hear of is collected in the notices. The thread that made it alone may use it. It has no
+/// contour cutting and no plane reading.
+class DocumentHost : public host::EmbeddedHost {
+ public:
+  /// With a new, empty document.
+  DocumentHost();
+  /// With that document, which must not be null.
+  explicit DocumentHost(std::unique_ptr<Document> document);
+  ~DocumentHost() override;
+  DocumentHost(const DocumentHost&) = delete;
+  DocumentHost& operator=(const DocumentHost&) = delete;
+
+  /// With the document of a file (document_file.h), or why it can't be read, in words.
+  [[nodiscard]] static os::Expected<std::unique_ptr<DocumentHost>, std::wstring> Open(
+      const std::wstring& path);
+  /// Saves the document to a file, whole or not at all.
+  [[nodiscard]] os::Outcome<os::Done> Save(const std::wstring& path) const;
+
+  [[nodiscard]] host::ObjectStore* GetObjectStore() override;
+  [[nodiscard]] host::TextCompose* GetTextCompose() override;
+  [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
+  [[nodiscard]] host::Application* GetApplication() override;
+
+  /// The document, and what belongs to it. Owned by the host.
+  [[nodiscard]] Document& GetDocument();
+  [[nodiscard]] const Document& GetDocument() const;
+  [[nodiscard]] Notices& GetNotices();
+  [[nodiscard]] const text::FontCatalog& GetFonts() const;
+
+  /// What a command should have closed behind itself.
+  struct LeftOpen {
+    int undoSteps = 0;
+    std::size_t lists = 0;
+    bool paragraph = false;
+    bool operator==(const LeftOpen&) const = default;
+  };
+  /// All 0 and false between commands that close what they open.
+  [[nodiscard]] LeftOpen WhatIsOpen() const;
+
+ private:
+  struct Parts;
+  std::unique_ptr<Parts> m_Parts;
+};
+
+}  // namespace rastrel::document

@@ -1,0 +1,87 @@
+#include "host/graphics/native_graphics.h"
+
+#include <unordered_map>
+#include <utility>
+
+#include "host/document/document_file.h"
+
+namespace rastrel::graphics {
+
+using document::Document;
+using document::GroupShape;
+using document::Object;
+using document::ObjectHandle;
+using document::PlateShape;
+using document::Shape;
+
+namespace {
+
+class Copier {
+ public:
+  Copier(const Document& source, Document& target) : m_Source(source), m_Target(target) {}
+
+  std::vector<ObjectHandle> Copy(ObjectHandle sourceParent, ObjectHandle targetParent) {
+    std::vector<ObjectHandle> copies;
+    for (const ObjectHandle member : m_Source.Members(sourceParent)) {
+      copies.push_back(CopyOne(member, targetParent));
+    }
+    return copies;
+  }
+
+  // A plate is followed by later ones, which have copies only now.
+  void JoinPlates() {
+    for (const auto& [own, copy] : m_Copies) {
+      const auto* plate = std::get_if<PlateShape>(&m_Source.Find(own)->shape);
+      if (!plate || plate->continuation == 0) continue;
+      std::get<PlateShape>(m_Target.Edit(copy)->shape).continuation =
+          m_Copies.at(plate->continuation);
+    }
+  }
+
+ private:
+  ObjectHandle CopyOne(ObjectHandle handle, ObjectHandle parent) {
+    const Object& object = *m_Source.Find(handle);
+    const bool group = std::holds_alternative<GroupShape>(object.shape);
+    document::Attributes attributes = object.attributes;
+    attributes.traits &= ~DBTRAIT_SELECTED;
+    const ObjectHandle copy =
+        m_Target.Create(group ? Shape(GroupShape()) : object.shape, attributes);
+    m_Target.Insert(copy, parent);
+    m_Copies.emplace(handle, copy);
+    if (group) Copy(handle, copy);
+    return copy;
+  }
+
+  const Document& m_Source;
+  Document& m_Target;
+  std::unordered_map<ObjectHandle, ObjectHandle> m_Copies;
+};
+
+}  // namespace
+
+std::vector<ObjectHandle> CopyObjects(const Document& source, Document& target) {
+  for (const auto& [number, layer] : source.SheetLayers()) target.AddSheetLayer(layer);
+  Copier copier(source, target);
+  auto copies = copier.Copy(host::DocumentRoot, host::DocumentRoot);
+  copier.JoinPlates();
+  return copies;
+}
+
+int NativeGraphics::LoadVEFile(CWnd* /*window*/, const wchar_t* path, int /*reserved*/) {
+  if (!path) return 0;
+  const auto loaded = document::LoadDocument(path);
+  if (!loaded) {
+    m_Notices.Add(std::wstring(path) + L": " + loaded.Error());
+    return 0;
+  }
+  if ((*loaded)->ObjectCount() == 0) {
+    m_Notices.Add(std::wstring(path) + L": holds no objects");
+    return 0;
+  }
+  const auto copies = CopyObjects(**loaded, m_Document);
+  m_Document.DeselectAll();
+  for (const ObjectHandle copy : copies) m_Document.Select(copy);
+  return 1;
+}
+
+}  // namespace rastrel::graphics

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "rastrel/platform/host/graphics_io.h"
+
+namespace rastrel::graphics {
+
+/// Copies all objects of one document into another, as its last, on the pages, at the places and in
+/// the sizes that they have. Groups keep their members, and plates the plates that continue them.
+/// Sheet layers that the target lacks come along; colours are the objects' own. Returns the copies
+/// of the source's direct members, in their order.
+std::vector<document::ObjectHandle> CopyObjects(const document::Document& source,
+                                                document::Document& target);
+
+/// Loads graphics of the host's own kind, which are document files (docs/formats/document.md).
+class NativeGraphics : public host::GraphicsIO {
+ public:
+  /// Both must outlive this.
+  NativeGraphics(document::Document& document, document::Notices& notices)
+      : m_Document(document), m_Notices(notices) {}
+
+  /// A file that can't be read is told in the notices.
+  int LoadVEFile(CWnd* window, const wchar_t* path, int reserved) override;
+
+ private:
+  document::Document& m_Document;
+  document::Notices& m_Notices;
+};
+
+}  // namespace rastrel::graphics

@@ -1,0 +1,156 @@
+#include "host/document_host.h"
+
+#include <gtest/gtest.h>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "host/graphics/native_graphics.h"
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/object_store.h"
+#include "rastrel/platform/host/text_compose.h"
+#include "tests/support/scratch_directory.h"
+
+namespace rastrel::document {
+namespace {
+
+// A line of text, put into the document as an import does.
+ObjectHandle AddLine(DocumentHost& host, const std::wstring& line) {
+  host::TextCompose& text = *host.GetTextCompose();
+  ParagraphInfo info;
+  text.SetOpenParagraphInfo(info, 0);
+  EXPECT_EQ(text.OpenParagraph(4, info, {0, 2000}, {4000, 0}), 0);
+  CurrentParagraph current;
+  text.GetCurParagraph(current);
+  current.style->font = text.AddFont(0, host::FONTTYPE_TRUETYPE, L"DejaVuSans", -1, 1);
+  current.style->size = 500;
+  text.edPasteString(line.c_str(), static_cast<int>(line.size()), 0, nullptr, false);
+  text.CloseParagraph(1, info);
+  ELEMENT_ATTRIBUTES attributes;
+  text.GetDefaultAttributes(attributes);
+  host::ObjectStore& store = *host.GetObjectStore();
+  const ParagraphEle element{info.first, info.second};
+  const ObjectHandle object =
+      store.DBInsertElement(&attributes, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false);
+  store.DBSetTrait(object, DBTRAIT_IN_DOCUMENT, 1);
+  store.UNOpenStep(L"Adding text");
+  store.DSAddSourceObject(object, 2, object);
+  store.UNCloseStep();
+  return object;
+}
+
+TEST(DocumentHost, it_has_what_an_import_needs_and_says_that_it_has_no_more) {
+  DocumentHost host;
+  EXPECT_NE(host.GetObjectStore(), nullptr);
+  EXPECT_NE(host.GetTextCompose(), nullptr);
+  EXPECT_NE(host.GetGraphicsIO(), nullptr);
+  EXPECT_NE(host.GetApplication(), nullptr);
+  EXPECT_EQ(host.GetContourCut(), nullptr);
+  EXPECT_EQ(host.GetPlaneReader(), nullptr);
+  EXPECT_EQ(host.GetTranslation().Translate(L"(*v*)Adding text"), L"Adding text");
+}
+
+TEST(DocumentHost, what_one_part_makes_the_others_find) {
+  DocumentHost host;
+  const ObjectHandle object = AddLine(host, L"Mill");
+  ASSERT_NE(object, 0U);
+  EXPECT_EQ(host.GetDocument().Members(host::DocumentRoot), std::vector<ObjectHandle>{object});
+  EXPECT_EQ(host.GetDocument().StepNames(), std::vector<std::wstring>{L"Adding text"});
+  EXPECT_EQ(host.GetObjectStore()->DBGetObjectType(object), DBTYPE_PARAGRAPH);
+  EXPECT_EQ(host.WhatIsOpen(), DocumentHost::LeftOpen());
+}
+
+TEST(DocumentHost, what_was_left_open_is_told) {
+  DocumentHost host;
+  host.GetObjectStore()->UNOpenStep(L"step");
+  const host::ListHandle list = host.GetObjectStore()->DBCreateEmptyList();
+  ParagraphInfo info;
+  ASSERT_EQ(host.GetTextCompose()->OpenParagraph(4, info, {0, 0}, {1, 1}), 0);
+  EXPECT_EQ(host.WhatIsOpen(), (DocumentHost::LeftOpen{1, 1, true}));
+  host.GetObjectStore()->UNCloseStep();
+  host.GetObjectStore()->DBDestroyList(list);
+  host.GetTextCompose()->CloseParagraph(0, info);
+  EXPECT_EQ(host.WhatIsOpen(), DocumentHost::LeftOpen());
+}
+
+TEST(DocumentHost, a_saved_document_opens_as_it_was) {
+  const test::ScratchDirectory directory;
+  DocumentHost host;
+  const ObjectHandle object = AddLine(host, L"Mill");
+  host.GetDocument().DeselectAll();  // the selection is not part of the file
+  ASSERT_TRUE(host.Save(directory.Wide("mill.rdoc")));
+  const auto opened = DocumentHost::Open(directory.Wide("mill.rdoc"));
+  ASSERT_TRUE(opened);
+  EXPECT_EQ(*(*opened)->GetDocument().Find(object), *host.GetDocument().Find(object));
+}
+
+TEST(DocumentHost, a_file_that_is_none_does_not_open_and_says_why) {
+  const test::ScratchDirectory directory;
+  directory.Write("broken.rdoc", "{");
+  for (const char* name : {"broken.rdoc", "missing.rdoc"}) {
+    const auto opened = DocumentHost::Open(directory.Wide(name));
+    ASSERT_FALSE(opened);
+    EXPECT_FALSE(opened.Error().empty());
+  }
+  EXPECT_FALSE(DocumentHost().Save(directory.Wide("no/such/folder.rdoc")));
+}
+
+TEST(NativeGraphics, a_document_file_is_loaded_into_the_document_and_selected) {
+  const test::ScratchDirectory directory;
+  DocumentHost source;
+  Document& document = source.GetDocument();
+  const ObjectHandle group = document.Create(GroupShape());
+  const ObjectHandle drill = document.Create(DrillShape{{3, 4}, 0.5});
+  ASSERT_TRUE(document.Insert(drill, group));
+  ASSERT_TRUE(document.Insert(group, host::DocumentRoot));
+  document.AddSheetLayer({7, L"Steel", 0, true});
+  ASSERT_TRUE(source.Save(directory.Wide("part.rdoc")));
+
+  DocumentHost host;
+  const ObjectHandle before = host.GetDocument().Create(DrillShape{{1, 1}, 1});
+  ASSERT_TRUE(host.GetDocument().Insert(before, host::DocumentRoot));
+  host.GetDocument().Select(before);
+  ASSERT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, directory.Wide("part.rdoc").c_str(), 1), 1);
+  const auto& members = host.GetDocument().Members(host::DocumentRoot);
+  ASSERT_EQ(members.size(), 2U);
+  EXPECT_EQ(host.GetDocument().Selection(), std::vector<ObjectHandle>{members[1]});
+  const ObjectHandle inner = host.GetDocument().Members(members[1]).at(0);
+  EXPECT_EQ(std::get<DrillShape>(host.GetDocument().Find(inner)->shape), (DrillShape{{3, 4}, 0.5}));
+  EXPECT_TRUE(host.GetDocument().SheetLayers().contains(7));
+}
+
+TEST(NativeGraphics, plates_that_continue_each_other_still_do_as_copies) {
+  Document source;
+  PlateShape plate;
+  plate.width = plate.height = 1;
+  const ObjectHandle first = source.Create(plate);
+  const ObjectHandle second = source.Create(plate);
+  source.Insert(first, host::DocumentRoot);
+  source.Insert(second, host::DocumentRoot);
+  std::get<PlateShape>(source.Edit(first)->shape).continuation = second;
+  Document target;
+  target.Insert(target.Create(DrillShape()), host::DocumentRoot);
+  const auto copies = graphics::CopyObjects(source, target);
+  ASSERT_EQ(copies.size(), 2U);
+  EXPECT_EQ(std::get<PlateShape>(target.Find(copies[0])->shape).continuation, copies[1]);
+  EXPECT_EQ(std::get<PlateShape>(target.Find(copies[1])->shape).continuation, 0U);
+}
+
+TEST(NativeGraphics, a_file_that_can_not_be_read_changes_nothing_and_is_told) {
+  const test::ScratchDirectory directory;
+  directory.Write("broken.rdoc", "no document");
+  ASSERT_TRUE(DocumentHost().Save(directory.Wide("empty.rdoc")));
+  DocumentHost host;
+  const ObjectHandle drill = host.GetDocument().Create(DrillShape());
+  host.GetDocument().Insert(drill, host::DocumentRoot);
+  host.GetDocument().Select(drill);
+  for (const char* name : {"broken.rdoc", "missing.rdoc", "empty.rdoc"}) {
+    EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, directory.Wide(name).c_str(), 1), 0);
+    EXPECT_NE(host.GetNotices().Texts().back().find(directory.Wide(name)), std::wstring::npos);
+  }
+  EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, nullptr, 1), 0);
+  EXPECT_EQ(host.GetDocument().ObjectCount(), 1U);
+  EXPECT_EQ(host.GetDocument().Selection(), std::vector<ObjectHandle>{drill});
+}
+
+}  // namespace
+}  // namespace rastrel::document
