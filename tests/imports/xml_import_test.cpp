@@ -12,7 +12,7 @@ class Recorder : public CXMLImport {
  public:
   Recorder(const wchar_t* fileName, bool& cleared) : CXMLImport(fileName), m_Cleared(cleared) {
     EXPECT_FALSE(m_bParsed);
-    EXPECT_FALSE(m_bTextOpen);
+    EXPECT_FALSE(m_Text.isOpen);
     m_bParsed = ParseFile(m_pFileName);
   }
   ~Recorder() override { ClearPlates(); }

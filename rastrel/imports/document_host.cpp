@@ -1,0 +1,40 @@
+#include "rastrel/imports/document_host.h"
+
+#include <array>
+#include <string_view>
+
+#include "rastrel/job/app_log.h"
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/text_compose.h"
+#include "rastrel/platform/host/translation.h"
+
+namespace rastrel::imports {
+
+std::optional<DocumentHost> FindDocumentHost() {
+  host::Host& present = host::GetHost();
+  host::ObjectStore* const store = present.GetObjectStore();
+  host::TextCompose* const text = present.GetTextCompose();
+  host::Application* const application = present.GetApplication();
+  if (store == nullptr || text == nullptr || application == nullptr) {
+    CAppLog::Instance().Printf(L"[Import] the host has no document to import into");
+    return std::nullopt;
+  }
+  return DocumentHost{.store = *store, .text = *text, .application = *application};
+}
+
+std::wstring TranslatedText(const wchar_t* text) {
+  std::array<wchar_t, TStringLimit> translated{};
+  std::wstring_view(text).copy(translated.data(), translated.size() - 1);
+  TString(text, translated.data(), TStringLimit);
+  translated.back() = L'\0';
+  return translated.data();
+}
+
+CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name) {
+  CVKFullColor color;
+  if (application.FindPaletteColor(name, color) != 0) return color;
+  return {0, COLORSPACE_RGB, 0, 0};
+}
+
+}  // namespace rastrel::imports

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "rastrel/platform/host/color.h"
+#include "rastrel/platform/host/object_store.h"
+
+namespace rastrel::host {
+class Application;
+class TextCompose;
+}  // namespace rastrel::host
+
+namespace rastrel::imports {
+
+/// What an import builds objects with. Valid while the host is installed.
+struct DocumentHost {
+  host::ObjectStore& store;
+  host::TextCompose& text;
+  host::Application& application;
+};
+
+/// The open document of the host in force; nothing if the host has none, which is written to the
+/// application log, tag "[Import]".
+[[nodiscard]] std::optional<DocumentHost> FindDocumentHost();
+
+/// The host's translation of a text with the mark "(*v*)"; the text as it is if the host has none.
+[[nodiscard]] std::wstring TranslatedText(const wchar_t* text);
+
+/// A colour of the document's palette by its name; black if the palette has no such name.
+[[nodiscard]] CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name);
+
+/// An undo step, open as long as this lives. The name is translated.
+class UndoStep {
+ public:
+  UndoStep(host::ObjectStore& store, const wchar_t* name) : m_Store(store) {
+    m_Store.UNOpenStep(TranslatedText(name).c_str());
+  }
+  ~UndoStep() { m_Store.UNCloseStep(); }
+  UndoStep(const UndoStep&) = delete;
+  UndoStep& operator=(const UndoStep&) = delete;
+
+ private:
+  host::ObjectStore& m_Store;
+};
+
+}  // namespace rastrel::imports
