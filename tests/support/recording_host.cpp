@@ -1,5 +1,7 @@
 #include "tests/support/recording_host.h"
 
+#include "rastrel/platform/host/embedded_host.h"
+
 namespace rastrel::test {
 
 RecordingHost::RecordingHost() {
@@ -43,6 +45,12 @@ bool RecordingHost::Write(const std::wstring& section, const std::wstring& key,
   ++m_Writes[{section, key}];
   m_Settings[{section, key}] = value;
   return true;
+}
+
+std::wstring RecordingHost::BaseDirectory(path_type type) {
+  const auto found = m_BaseDirectories.find(type);
+  return found != m_BaseDirectories.end() ? found->second
+                                          : host::DataRootDirectories().BaseDirectory(type);
 }
 
 std::optional<std::wstring> RecordingHost::Translate(const std::wstring& text) {

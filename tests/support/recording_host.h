@@ -179,6 +179,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
 
   /// Settings by section and key, as spelled.
   std::map<std::pair<std::wstring, std::wstring>, std::wstring> m_Settings;
+  /// Base directories by type; others are those of the data root.
   std::map<int, std::wstring> m_BaseDirectories;
   /// Translations; a text that has none loses its mark.
   std::map<std::wstring, std::wstring> m_Translations;
@@ -205,7 +206,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
                                    DataStoreType store) override;
   bool Write(const std::wstring& section, const std::wstring& key, const std::wstring& value,
              DataStoreType store) override;
-  std::wstring BaseDirectory(path_type type) override { return m_BaseDirectories[type]; }
+  std::wstring BaseDirectory(path_type type) override;
   std::optional<std::wstring> WindowsDirectory() override { return std::nullopt; }
   std::optional<std::wstring> SystemDirectory() override { return std::nullopt; }
   std::optional<std::wstring> PrinterDriverDirectory() override { return std::nullopt; }
