@@ -23,6 +23,7 @@
 #include "rastrel/platform/host/document_values.h"
 #include "rastrel/platform/host/generic_item.h"
 #include "rastrel/platform/host/graphics_io.h"
+#include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/paragraph.h"

@@ -6,6 +6,7 @@
 #include "rastrel/conversion/qrast.h"
 #include "rastrel/conversion/temporary_names.h"
 #include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/host/wait_cursor.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 
@@ -46,6 +47,7 @@ double Centimetres(float inches) {
 
 int GetPSPageSize(const wchar_t* path, BOUNDS& bounds) {
   if (path == nullptr) return 0;
+  BeginWaitCursor();
   const std::wstring copy = MakeCopy(path);
   if (copy.empty()) return 0;
   QRastPageInfo info;

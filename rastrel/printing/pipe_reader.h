@@ -27,6 +27,10 @@ class CPipeReader {
   /// One piece of the stream, at most BufferSize bytes, never empty. On the reader's thread.
   virtual void OnData(const char* bytes, unsigned count) = 0;
 
+  /// Lets the stream count as ended as soon as `stop` is signalled (a semaphore, which keeps its
+  /// count), whoever still holds the write end. May be called several times, before Start; the
+  /// handle must outlive the thread.
+  void EndWith(HANDLE stop) { m_Stops.push_back(stop); }
   /// Starts the thread. False if the system has none to give, or no semaphore (said in the
   /// application log).
   [[nodiscard]] bool Start();
@@ -40,6 +44,7 @@ class CPipeReader {
 
   std::unique_ptr<rastrel::os::Thread> m_hThread;
   HANDLE* m_pPipe;
+  std::vector<HANDLE> m_Stops;
   std::unique_ptr<char[]> m_pBuffer;
   unsigned m_BufferSize = BufferSize;
   std::unique_ptr<CSemaphore> m_pSemaphore;

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "rastrel/platform/host/embedded_host.h"
+#include "rastrel/platform/host/headless_faces.h"
 
 namespace rastrel::host {
 namespace {
@@ -19,6 +20,11 @@ Directories::~Directories() = default;
 Translation::~Translation() = default;
 Host::~Host() = default;
 void Host::BeginWaitCursor() {}
+
+DialogFaces& Host::GetDialogFaces() {
+  static HeadlessFaces faces;
+  return faces;
+}
 
 ObjectStore* Host::GetObjectStore() { return nullptr; }
 TextCompose* Host::GetTextCompose() { return nullptr; }

@@ -31,3 +31,8 @@ std::optional<CWndMessage> CWnd::TakeMessage() {
   if (m_hEvent != INVALID_HANDLE_VALUE) static_cast<void>(os::TryAcquireSemaphoreHandle(m_hEvent));
   return oldest;
 }
+
+std::size_t CWnd::CountMessages() {
+  const std::scoped_lock lock(m_Mutex);
+  return m_Messages.size();
+}

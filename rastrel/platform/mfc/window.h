@@ -33,6 +33,9 @@ class RASTREL_API CWnd {
   /// Takes the oldest message, or nothing if there is none.
   [[nodiscard]] std::optional<CWndMessage> TakeMessage();
 
+  /// How many messages wait.
+  [[nodiscard]] std::size_t CountMessages();
+
   /// A descriptor that is readable while messages wait, for the host's own poll. Owned by the
   /// window; INVALID_HANDLE_VALUE if the system had none to give.
   [[nodiscard]] HANDLE GetMessageHandle() const { return m_hEvent; }

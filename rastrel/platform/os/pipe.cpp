@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <vector>
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/quiet_write.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/os/wait.h"
 
 namespace rastrel::os {
 namespace {
@@ -111,6 +113,14 @@ long ReadSome(HANDLE handle, char* bytes, std::size_t count) {
     got = Calls().read(handle, bytes, count);
   } while (got < 0 && errno == EINTR);
   return got;
+}
+
+long ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handle, char* bytes, std::size_t count) {
+  std::vector<HANDLE> handles(stops.begin(), stops.end());
+  handles.push_back(handle);
+  const std::uint32_t ready = WaitReadable(handles, -1);
+  if (ready == WaitFailed) return -1;
+  return ready == WaitSignaledBase + stops.size() ? ReadSome(handle, bytes, count) : 0;
 }
 
 HANDLE StandardHandle(StandardStream stream) { return static_cast<HANDLE>(stream); }

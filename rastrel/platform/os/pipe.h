@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 #include "rastrel/platform/os/handle.h"
@@ -30,6 +31,11 @@ namespace rastrel::os {
 /// Reads up to `count` bytes. Returns the number read, 0 at the end of the stream, -1 with errno
 /// set. Goes on after an interruption.
 [[nodiscard]] long ReadSome(HANDLE handle, char* bytes, std::size_t count);
+
+/// The same, but a stream counts as ended as soon as one of `stops` is signalled (a semaphore with
+/// a count, which it keeps), also while the read waits. Invalid handles among them are passed over.
+[[nodiscard]] long ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handle, char* bytes,
+                                  std::size_t count);
 
 /// Descriptor of a standard stream of this process.
 enum class StandardStream { Input = 0, Output = 1, Error = 2 };

@@ -32,10 +32,12 @@ Taken TakeSignal(HANDLE handle) {
   }
 }
 
-bool PollOn(pollfd* entries, nfds_t count) {
-  while (Calls().poll(entries, count, -1) < 0)
-    if (errno != EINTR) return false;
-  return true;
+// How many entries are ready; -1 if that failed.
+int PollOn(pollfd* entries, nfds_t count, int milliseconds = -1) {
+  for (;;) {
+    const int ready = Calls().poll(entries, count, milliseconds);
+    if (ready >= 0 || errno != EINTR) return ready;
+  }
 }
 
 }  // namespace
@@ -49,7 +51,7 @@ std::uint32_t WaitForAny(std::span<const HANDLE> handles) {
   for (std::size_t index = 0; index < handles.size(); ++index)
     entries[index] = {.fd = handles[index], .events = POLLIN, .revents = 0};
   for (;;) {
-    if (!PollOn(entries.data(), handles.size())) return WaitFailed;
+    if (PollOn(entries.data(), handles.size()) < 0) return WaitFailed;
     for (std::size_t index = 0; index < handles.size(); ++index) {
       if (entries[index].revents == 0) continue;
       if ((entries[index].revents & POLLNVAL) != 0) {
@@ -61,6 +63,20 @@ std::uint32_t WaitForAny(std::span<const HANDLE> handles) {
       if (taken == Taken::Yes) return WaitSignaledBase + static_cast<std::uint32_t>(index);
     }
   }
+}
+
+std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds) {
+  if (handles.size() > WaitLimit) {
+    errno = EINVAL;
+    return WaitFailed;
+  }
+  std::array<pollfd, WaitLimit> entries{};
+  for (std::size_t index = 0; index < handles.size(); ++index)
+    entries.at(index) = {.fd = handles[index], .events = POLLIN, .revents = 0};
+  if (PollOn(entries.data(), handles.size(), milliseconds) < 0) return WaitFailed;
+  for (std::size_t index = 0; index < handles.size(); ++index)
+    if (entries.at(index).revents != 0) return WaitSignaledBase + static_cast<std::uint32_t>(index);
+  return WaitTimeout;
 }
 
 HANDLE CreateSemaphoreHandle(unsigned count) {

@@ -21,6 +21,11 @@ inline constexpr std::size_t WaitLimit = 64;             ///< handles in one wai
 /// index. No handles, or more than WaitLimit: WaitFailed. Goes on after an interruption.
 [[nodiscard]] std::uint32_t WaitForAny(std::span<const HANDLE> handles);
 
+/// Waits until one of the handles can be read, at most `milliseconds` (-1: without a limit), and
+/// takes nothing from it. Returns WaitSignaledBase + the lowest index, WaitTimeout, or WaitFailed.
+/// Handles that are invalid are passed over. Goes on after an interruption, from the beginning.
+[[nodiscard]] std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds);
+
 /// Makes a counter that WaitForAny can wait for, with the count given. Invalid with errno set on
 /// failure. Never one of the three standard descriptors.
 [[nodiscard]] HANDLE CreateSemaphoreHandle(unsigned count);

@@ -1,0 +1,104 @@
+#include "rastrel/conversion/clq_ticket.h"
+
+#include <cstdarg>
+#include <cwchar>
+
+#include "rastrel/conversion/clq_thread.h"
+#include "rastrel/job/app_log.h"
+#include "rastrel/job/format_string.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/thread.h"
+
+namespace os = rastrel::os;
+
+namespace {
+
+// What a log text may have more than its format: the buffer's room without its end.
+constexpr std::size_t LogTextRoom = 1024 - 3;
+
+bool IsWhole(const CSemaphore& semaphore) { return semaphore.m_hObject != INVALID_HANDLE_VALUE; }
+
+}  // namespace
+
+CLQTicket::CLQTicket(const std::wstring& executable) : m_ExePath(executable) {}
+
+void CLQTicket::Warning(const wchar_t*, JT_ORIGINATOR) {}
+
+void CLQTicket::Error(const wchar_t*, JT_ORIGINATOR) {}
+
+void CLQTicket::Error(JT_ERROR, JT_ORIGINATOR) {}
+
+void CLQTicket::Info(JT_INFO, JT_ORIGINATOR) {}
+
+void CLQTicket::Progress(unsigned short, JT_ORIGINATOR) {}
+
+void CLQTicket::Log(const wchar_t* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::wstring text = rastrel::job::FormatVariableList(format, arguments);
+  va_end(arguments);
+  if (const std::size_t room = std::wcslen(format) + LogTextRoom; text.size() > room)
+    text.resize(room);
+  CAppLog::Instance().Write((text + L"\r\n").c_str());
+}
+
+CLQTicket::~CLQTicket() { CLQTicket::Join(); }
+
+bool CLQTicket::Start(const wchar_t* file) {
+  if (m_hThread != nullptr || file == nullptr) return false;
+  if (!os::Exists(m_ExePath) || !os::Exists(file)) return false;
+  if (!TakeLock()) {
+    CAppLog::Instance().Write("[Print]: Couldn't set up synchronization");
+    return false;
+  }
+  m_bEnded = false;
+  m_hThread = os::Thread::Start([this, path = std::wstring(file)] { Work(path); });
+  if (m_hThread == nullptr) FreeLock();
+  return m_hThread != nullptr;
+}
+
+bool CLQTicket::TakeLock() {
+  m_pSemaphore = std::make_unique<CSemaphore>(1, 1);
+  m_pGiveUp = std::make_unique<CSemaphore>(0, 1);
+  m_pLock = std::make_unique<CSingleLock>(m_pSemaphore.get());
+  if (IsWhole(*m_pSemaphore) && IsWhole(*m_pGiveUp) && m_pLock->Lock()) return true;
+  FreeLock();
+  return false;
+}
+
+void CLQTicket::FreeLock() {
+  m_pLock.reset();  // gives its count back, so the semaphore goes after it
+  m_pGiveUp.reset();
+  m_pSemaphore.reset();
+}
+
+void CLQTicket::Work(const std::wstring& file) {
+  {
+    PrintingThread::CLQThread supervisor({.ticket = this,
+                                          .semaphore = m_pSemaphore.get(),
+                                          .abort = &m_bAbort,
+                                          .giveUp = m_pGiveUp->m_hObject},
+                                         std::make_unique<PrintingThread::CCPHelper>(m_ExePath),
+                                         file);
+    static_cast<void>(supervisor.Run());  // a failure was reported; nobody asks again
+  }
+  m_bEnded = true;
+  OnEnd();
+}
+
+void CLQTicket::OnEnd() {}
+
+void CLQTicket::Abort() {
+  if (m_hThread == nullptr) return;
+  m_bAbort = true;
+  m_pGiveUp->Unlock();
+  m_pLock->Unlock();
+  Join();
+}
+
+void CLQTicket::Join() {
+  if (m_hThread == nullptr) return;
+  m_hThread->Join();
+  m_hThread.reset();
+  FreeLock();
+}

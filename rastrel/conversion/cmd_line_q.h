@@ -1,0 +1,34 @@
+#pragma once
+
+#include <mutex>
+
+#include "rastrel/conversion/clq_ticket.h"
+
+class CQProgressDlg;
+
+/// The ticket of a conversion that a person watches: what the queue program reports becomes posted
+/// messages to the progress dialog, the only way in which anything crosses to it.
+class CCmdLineQ : public CLQTicket {
+ public:
+  using CLQTicket::CLQTicket;
+  ~CCmdLineQ() override;
+
+  /// Starts the program, and on success lets its reports go to the dialog, which is not owned and
+  /// outlives the job. No report is lost on the way.
+  [[nodiscard]] bool StartFor(CQProgressDlg& dialog, const wchar_t* file);
+
+  /// Posts the state, if it is one that the dialog shows and there is a dialog.
+  void Info(JT_INFO code, JT_ORIGINATOR originator) override;
+  /// Posts the percentage, if there is a dialog.
+  void Progress(unsigned short percent, JT_ORIGINATOR originator) override;
+
+ protected:
+  /// Posts that the job has ended.
+  void OnEnd() override;
+
+ private:
+  void Post(unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
+
+  CQProgressDlg* m_pDialog = nullptr;
+  std::mutex m_Mutex;  // a child may report before it is known that it was started
+};

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/platform/host/dialog.h"
+
+/// Watches the queue program work on one file. DoModal starts it and returns OkCommand when it has
+/// reported success, CancelCommand when it has reported failure or a person gave up; then the
+/// program and its threads are gone. Without a report it stays up until it is given up, also when
+/// the program has ended: the report is the only thing that counts.
+class CQProgressDlg : public CDialog {
+ public:
+  static constexpr int ResourceId = 1003;
+  // Controls.
+  static constexpr int CancelButton = 2005;
+  static constexpr int StageText = 2021;
+  static constexpr int ProgressBar = 2022;
+  // Posted messages.
+  static constexpr unsigned WorkEndedMessage = 0x8078;  ///< the job's thread is through
+  static constexpr unsigned OtherMessage = 0x8079;      ///< nobody posts it here
+  static constexpr unsigned StateMessage = 0x807A;      ///< originator; JT_INFO
+  static constexpr unsigned ProgressMessage = 0x807B;   ///< originator; percentage
+
+  /// Messages that may wait. Beyond it, those that the next one of their kind makes worthless are
+  /// dropped, so that a program that floods takes no memory.
+  static constexpr std::size_t WaitingLimit = 10'000;
+
+  /// `parent` may be null. If the queue program is missing, a message says so, and the dialog runs
+  /// without a job.
+  CQProgressDlg(const wchar_t* file, CWnd* parent);
+  /// Ends with the job.
+  ~CQProgressDlg() override;
+
+  bool PostMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
+  [[nodiscard]] std::span<const Message> GetMessageMap() const override;
+  void DoDataExchange(bool fromControls) override;
+  bool OnInitDialog() override;
+  /// As long as the job runs.
+  [[nodiscard]] bool MayEndByItself() const override;
+
+  /// Whether a person gave up, so that the caller removes what there is.
+  [[nodiscard]] bool IsCancelled() const { return m_bCancelled; }
+
+ private:
+  std::intptr_t OnState(JT_INFO code);
+  std::intptr_t OnProgress(std::intptr_t percent);
+  std::intptr_t OnWorkEnded();
+  std::intptr_t OnCancelButton();
+  void EndAfterJob(int result);
+
+  std::wstring m_File;
+  std::unique_ptr<CCmdLineQ> m_pQueue;
+  bool m_bCancelled = false;
+  [[maybe_unused]] int m_Spare = 0;
+  int m_Pending = 0;  // what the dialog ends with once the job has ended; 0: nothing yet
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "rastrel/platform/host/dialogs.h"
+#include "rastrel/platform/mfc/window.h"
+
+/// The framework's modal dialog as far as this library needs one: logic that runs behind the face
+/// that the host gives it. A derived class says which messages and commands it takes, and what
+/// happens before it is shown. Used on the host's thread; only PostMessage may be called on others.
+class CDialog : public CWnd, public rastrel::host::DialogLogic {
+ public:
+  /// The resource must outlive the dialog; `parent`, which may be null, too.
+  CDialog(const rastrel::host::DialogResource& resource, CWnd* parent);
+  ~CDialog() override;
+
+  /// One line of a message map.
+  struct Message {
+    unsigned message;  ///< number of a posted message, or CommandMessage
+    int control;       ///< for CommandMessage: which control
+    /// What is done; the result is the message's answer.
+    std::intptr_t (*handler)(CDialog& dialog, std::uintptr_t wParam, std::intptr_t lParam);
+  };
+  /// The number of a command's message.
+  static constexpr unsigned CommandMessage = 0x0111;
+
+  /// Shows the dialog until it has ended. Returns what EndDialog was given; CancelCommand if it
+  /// can't be shown.
+  virtual int DoModal();
+  /// Ends the dialog; the first call counts.
+  void EndDialog(int result);
+  /// Acts on a message at once and returns its answer; 0 for one that is not in the map. A command
+  /// that is not in the map ends the dialog if it is OkCommand or CancelCommand.
+  std::intptr_t SendMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
+
+  /// What the dialog acts on.
+  [[nodiscard]] virtual std::span<const Message> GetMessageMap() const;
+  /// Moves values between the dialog and its controls. Does nothing here.
+  virtual void DoDataExchange(bool fromControls);
+  /// Prepares the dialog before it is shown: exchanges data. Always true.
+  virtual bool OnInitDialog();
+
+  [[nodiscard]] const rastrel::host::DialogResource& GetResource() const override;
+  [[nodiscard]] CWnd* GetParent() const override { return m_pParent; }
+  [[nodiscard]] HANDLE GetPostedHandle() const override { return GetMessageHandle(); }
+  std::size_t HandleMessages() override;
+  void Command(int control) override;
+  [[nodiscard]] bool HasEnded() const override { return m_Ended; }
+  [[nodiscard]] bool MayEndByItself() const override { return false; }
+
+ protected:
+  /// The controls of the face; nothing while the dialog is not on show.
+  void SetText(int control, const std::wstring& text);
+  void SetRange(int control, int lowest, int highest);
+  void SetPosition(int control, int position);
+  /// Shows the dialog's fixed texts in the user's language (the host's TranslateDialog).
+  void TranslateDialog();
+
+ private:
+  const rastrel::host::DialogResource& m_Resource;
+  CWnd* m_pParent;
+  std::unique_ptr<rastrel::host::DialogFace> m_pFace;
+  int m_Result = rastrel::host::CancelCommand;
+  bool m_Ended = false;
+};
