@@ -31,9 +31,9 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses what those before it define.
-constexpr std::array PrologFiles{"reports.ps",   "capture.ps",  "guard.ps", "device.ps",
-                                 "selection.ps", "sections.ps", "match.ps", "painting.ps",
-                                 "lettering.ps", "cutter.ps"};
+constexpr std::array PrologFiles{"reports.ps",  "capture.ps",   "match.ps",     "pdftext.ps",
+                                 "guard.ps",    "device.ps",    "selection.ps", "sections.ps",
+                                 "painting.ps", "lettering.ps", "cutter.ps"};
 constexpr std::array MeasuringFiles{"reports.ps", "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
@@ -44,7 +44,7 @@ std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 
 // What the prolog must know before its first file. Sent through a pipe that is empty afterwards, so
 // the job can't read it again.
-std::string SetupText(const std::string& word) {
+std::string SetupText(const std::string& word, bool pdf) {
   return "serverdict begin 0 exitserver true setglobal userdict begin\n"
          "/rip.word (" +
          word +
@@ -58,6 +58,9 @@ std::string SetupText(const std::string& word) {
          "/rip.planefiles (" +
          At(Planes) +
          "/%04d.tif) def\n"
+         "/rip.ispdf " +
+         (pdf ? "true" : "false") +
+         " def\n"
          "end false setglobal\n";
 }
 
@@ -170,7 +173,7 @@ std::string FindGhostscript() {
 os::Outcome<Interpreter> StartGhostscript(const InterpreterRequest& request,
                                           const RunDirectory& directory, const Settings& settings,
                                           children::Guardian& guardian) {
-  auto pipes = MakePipes(SetupText(request.word));
+  auto pipes = MakePipes(SetupText(request.word, request.kind == JobKind::Pdf));
   if (!pipes) return pipes.Error();
   std::array<os::FileDescriptor, 4> directories;
   const std::array paths{request.ripDirectory + "/System/prolog",

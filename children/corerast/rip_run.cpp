@@ -186,6 +186,8 @@ void RipRun::HandleLine(const std::string& line) {
     HandleReport(*report);
     return;
   }
+  // Its older PDF code is chosen on purpose.
+  if (line.find("legacy PDF interpreter") != line.npos) return;
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
   if (m_Parts.cutter && !m_Reported && !line.starts_with("Error: ")) return;
   if (line.starts_with("Error: ") && m_LastError.empty()) m_LastError = line.substr(7);

@@ -22,7 +22,7 @@ ClipPosition PositionOf(const std::string& clip, const std::vector<PixelPoint>& 
 
 TEST(ClipShape, of_a_rectangle_holds_what_lies_in_it_or_on_its_border) {
   for (const std::string& clip : {Box, std::string("m 10 10 l 10 60 l 90 60 l 90 10 l 10 10 h "),
-                                 std::string("m 90 60 l 10 60 l 10 60 l 10 10 l 90 10 ")}) {
+                                  std::string("m 90 60 l 10 60 l 10 60 l 10 10 l 90 10 ")}) {
     SCOPED_TRACE(clip);
     EXPECT_EQ(PositionOf(clip, {{10, 10}, {90, 60}, {50, 30}}), ClipPosition::Inside);
     EXPECT_EQ(PositionOf(clip, {{10 - 1.0 / 256, 10}}), ClipPosition::Inside);

@@ -1,0 +1,143 @@
+#include "tests/children/rip_effects.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "rastrel/platform/os/text.h"
+#include "rastrel/prefix/cutter.h"
+
+namespace rastrel::corerast::testing {
+
+std::string PrefixOf(const RipBench& bench, const std::wstring& sections, const std::string& mode) {
+  bench.File("root/Queue/rip/System/pmodes/Own/mode.ps", "%!PS\n" + mode + "\n");
+  const std::string selection = "(%Lumiscript%pmodes/Own/mode.ps) SelectPrintMode\n";
+  return bench.File("job.psp", "\nserverdict begin 0 exitserver\n\n" +
+                                   (mode.empty() ? "" : selection) +
+                                   "/SelectPrintMode load /$SelectPrintMode$ exch def\n"
+                                   "/SelectPrintMode {pop} def\n" +
+                                   os::Utf8FromWide(sections) + "\x04");
+}
+
+std::string Page(unsigned width, unsigned height, const std::string& drawing) {
+  return "%!PS\n<< /PageSize [" + std::to_string(width) + " " + std::to_string(height) +
+         "] >> setpagedevice\n" + drawing + "\nshowpage\n";
+}
+
+Names Pages(const Outcome& outcome, std::size_t count) {
+  EXPECT_EQ(outcome.status, 0) << outcome.reports;
+  Names pages = RipBench::PagesOf(outcome.output);
+  EXPECT_EQ(pages.size(), count) << outcome.reports;
+  pages.resize(count);
+  for (const std::string& page : pages) static_cast<void>(CheckedInfo(page));
+  return pages;
+}
+
+std::string OnlyPage(const RipBench& bench, const std::string& prefix, const std::string& job) {
+  return Pages(bench.Run({prefix, bench.File("job.ps", job)}), 1).front();
+}
+
+CJobData CutColour(int model, std::array<std::int32_t, 4> colour) {
+  CJobData settings;
+  settings.CutterEnabled = true;
+  settings.CutterColorModel = model;
+  settings.CutterColor = colour;
+  return settings;
+}
+
+CJobData RedCut() { return CutColour(prefix::CutterRgb, {255, 0, 0, 0}); }
+
+CJobData NamedCut(const std::wstring& separation) {
+  CJobData settings = CutColour(prefix::CutterNamed, {});
+  settings.CutterSeparation = separation;
+  return settings;
+}
+
+static std::string FileText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool CutPath::Passes(double x, double y, double distance) const {
+  for (std::size_t i = 0; i + 1 < points.size(); i += 2) {
+    if (std::abs(points[i] - x) <= distance && std::abs(points[i + 1] - y) <= distance) return true;
+  }
+  return false;
+}
+
+std::vector<CutPath> CutPathsOf(const std::string& page) {
+  std::istringstream file(FileText(page + "/cut-paths"));
+  std::vector<CutPath> paths;
+  std::string line;
+  std::getline(file, line);
+  EXPECT_EQ(line, "Rastrel cut paths 1");
+  while (std::getline(file, line) && line != "end") {
+    std::istringstream words(line);
+    std::string key;
+    words >> key;
+    const std::string value = line.size() > key.size() ? line.substr(key.size() + 1) : "";
+    if (key == "path") {
+      paths.emplace_back();
+    } else if (key == "kind:") {
+      paths.back().kind = value;
+    } else if (key == "colour:") {
+      paths.back().colour = value;
+    } else if (key == "line-width:") {
+      paths.back().width = std::stod(value);
+    } else if (key == "clip:") {
+      paths.back().clip = value;
+    } else if (key == "closed:") {
+      paths.back().closed = value;
+    } else if (key.size() == 1 && !paths.empty()) {
+      paths.back().letters += key;
+      for (double number = 0; words >> number;) paths.back().points.push_back(number);
+    }
+  }
+  EXPECT_EQ(line, "end");
+  return paths;
+}
+
+bool HasRed(const Pixels& pixels) {
+  for (std::size_t i = 0; i + 2 < pixels.samples.size(); i += 3) {
+    if (static_cast<unsigned char>(pixels.samples[i]) >
+        static_cast<unsigned char>(pixels.samples[i + 1])) {
+      return true;
+    }
+  }
+  return false;
+}
+
+std::string Outline(const std::string& colour) {
+  return Page(144, 144,
+              "0 0 1 setrgbcolor 30 90 20 20 rectfill\n" + colour +
+                  " 2 setlinewidth 20 20 moveto 100 0 rlineto 0 50 rlineto -100 0 rlineto "
+                  "closepath stroke");
+}
+
+void ExpectOutlineCut(const std::string& page) {
+  const std::vector<CutPath> paths = CutPathsOf(page);
+  ASSERT_EQ(paths.size(), 1U);
+  EXPECT_EQ(paths[0].kind, "stroke");
+  EXPECT_EQ(paths[0].closed, "1");
+  const double half = 0.5;  // of a pixel, which is a point here
+  EXPECT_NEAR(paths[0].width, 2, half);
+  for (const auto& [x, y] : {std::pair(20, 20), {120, 20}, {120, 70}, {20, 70}}) {
+    EXPECT_TRUE(paths[0].Passes(x, y, half)) << x << " " << y;
+  }
+  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  EXPECT_FALSE(HasRed(pixels));
+  EXPECT_EQ(pixels.At(70, 124), "255,255,255");
+  EXPECT_EQ(pixels.At(40, 44), "0,0,255");
+}
+
+bool RunCommand(const std::string& command) {
+  return std::system((command + " </dev/null >/dev/null 2>&1").c_str()) == 0;
+}
+
+bool HaveProgram(const std::string& name) { return RunCommand("command -v " + name); }
+
+}  // namespace rastrel::corerast::testing

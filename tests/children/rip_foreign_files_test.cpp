@@ -1,0 +1,282 @@
+// Cut paths from files that other programs made: EPS and PostScript, and PDF with its text.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rastrel/prefix/cutter.h"
+#include "rastrel/prefix/preview_sections.h"
+#include "tests/children/rip_effects.h"
+
+namespace rastrel::corerast::testing {
+namespace {
+
+std::string Quoted(const std::string& path) { return "'" + path + "'"; }
+
+const std::string Ghostscript = "gs -q -dBATCH -dNOPAUSE -dSAFER ";
+
+// A PDF that the interpreter's own writer makes of a job.
+std::string Pdf(const RipBench& bench, const std::string& job) {
+  const std::string source = bench.File("source.ps", job);
+  std::string pdf = bench.File("source.pdf", "");
+  EXPECT_TRUE(
+      RunCommand(Ghostscript + "-sDEVICE=pdfwrite -o " + Quoted(pdf) + " " + Quoted(source)));
+  return pdf;
+}
+
+TEST(ForeignFile, that_is_a_pdf_loses_its_outlines_to_the_cut_paths) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  for (const auto& [section, colour] :
+       {std::pair(prefix::CutterSection(RedCut()), std::string("1 0 0 setrgbcolor")),
+        std::pair(prefix::CutDataSection(NamedCut(L"CutContour")), std::string(Spot))}) {
+    SCOPED_TRACE(colour);
+    const std::string pdf = Pdf(bench, Outline(colour));
+    ExpectOutlineCut(Pages(bench.Run({PrefixOf(bench, section), pdf}), 1).front());
+  }
+}
+
+// The outline's job as other programs write it out again. Programs that are not installed are left
+// out; the interpreter's own writers always run.
+TEST(ForeignFile, that_is_postscript_loses_its_outlines_to_the_cut_paths) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string outline = Outline("1 0 0 setrgbcolor");
+  const std::string source = bench.File("outline.ps", outline);
+  const std::string job = bench.File("job.ps", "");
+  const std::string both = Quoted(Pdf(bench, outline)) + " " + Quoted(job);
+  for (const auto& [program, command] :
+       {std::pair(std::string("gs"),
+                  Ghostscript + "-sDEVICE=ps2write -o " + Quoted(job) + " " + Quoted(source)),
+        std::pair(std::string("pdftops"), "pdftops -level3 " + both),
+        std::pair(std::string("pdftocairo"), "pdftocairo -ps " + both)}) {
+    SCOPED_TRACE(command);
+    if (!HaveProgram(program)) continue;
+    ASSERT_TRUE(RunCommand(command));
+    const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
+    ExpectOutlineCut(Pages(bench.Run({prefix, job}), 1).front());
+  }
+}
+
+// ---- Text of PDF files ----
+
+struct Box {
+  double left = 1e9;
+  double bottom = 1e9;
+  double right = -1e9;
+  double top = -1e9;
+};
+
+void Add(Box& box, double x, double y) {
+  box.left = std::min(box.left, x);
+  box.right = std::max(box.right, x);
+  box.bottom = std::min(box.bottom, y);
+  box.top = std::max(box.top, y);
+}
+
+// Around all places of a path; of a curve, around 33 on its way.
+void Add(Box& box, const CutPath& path) {
+  std::size_t at = 0;
+  for (const char letter : path.letters) {
+    if (letter == 'h') continue;
+    for (int step = 0; letter == 'c' && step <= 32; ++step) {
+      const double t = step / 32.0;
+      const double u = 1 - t;
+      const auto on = [&](std::size_t axis) {
+        const double* const p = path.points.data() + at - 2 + axis;
+        return u * u * u * p[0] + 3 * u * u * t * p[2] + 3 * u * t * t * p[4] + t * t * t * p[6];
+      };
+      Add(box, on(0), on(1));
+    }
+    if (letter != 'c') Add(box, path.points[at], path.points[at + 1]);
+    at += letter == 'c' ? 6 : 2;
+  }
+}
+
+Box BoxOf(const std::vector<CutPath>& paths) {
+  Box box;
+  for (const CutPath& path : paths) Add(box, path);
+  return box;
+}
+
+// Around what the interpreter paints of a file's first page without any of our prolog: another road
+// to the same text. In points, from pixels of 1/1200 inch.
+Box PaintedBox(const std::string& file) {
+  const std::string picture = file + ".ppm";
+  EXPECT_TRUE(RunCommand(Ghostscript + "-sDEVICE=pgmraw -r1200 -dLastPage=1 -sOutputFile=- " +
+                         Quoted(file) + " | LC_ALL=C sed '2{/^#/d}' > " + Quoted(picture) + " #"));
+  const Pixels pixels = ReadNetpbm(picture);
+  Box box;
+  for (unsigned y = 0; y < pixels.height; ++y) {
+    const std::string_view row(pixels.samples.data() + std::size_t{y} * pixels.width, pixels.width);
+    const std::size_t first = row.find_first_not_of('\xFF');
+    if (first == row.npos) continue;
+    const double scale = 72.0 / 1200;
+    box.left = std::min(box.left, static_cast<double>(first) * scale);
+    box.right = std::max(box.right, static_cast<double>(row.find_last_not_of('\xFF') + 1) * scale);
+    box.top = std::max(box.top, (pixels.height - y) * scale);
+    box.bottom = std::min(box.bottom, (pixels.height - y - 1) * scale);
+  }
+  return box;
+}
+
+constexpr double HalfPixel = 0.5 * 72 / 300;  // in points, at the tests' resolution
+constexpr const char* Mode300 = "3Color 300 300 SetXYResolution";
+
+void ExpectSameBox(const Box& box, const Box& other) {
+  EXPECT_NEAR(box.left, other.left, HalfPixel);
+  EXPECT_NEAR(box.right, other.right, HalfPixel);
+  EXPECT_NEAR(box.bottom, other.bottom, HalfPixel);
+  EXPECT_NEAR(box.top, other.top, HalfPixel);
+}
+
+// A PDF of one page of 200 by 200 points with these operators. Font F is Helvetica; T has glyphs
+// that are programs; the colour space Cut is a separation.
+std::string HandMadePdf(const std::string& content) {
+  const std::string square = "1000 0 0 0 750 750 d1 0 0 750 750 re f";
+  const auto stream = [](const std::string& text) {
+    return "<< /Length " + std::to_string(text.size()) + " >>\nstream\n" + text + "\nendstream";
+  };
+  const std::vector<std::string> objects{
+      "<< /Type /Catalog /Pages 2 0 R >>",
+      "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R /Resources << /Font "
+      "<< /F 5 0 R /T 7 0 R >> /ColorSpace << /Cut [/Separation /CutContour /DeviceCMYK 6 0 R] >> "
+      ">> >>",
+      stream(content),
+      "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
+      "<< /FunctionType 2 /Domain [0 1] /C0 [0 0 0 0] /C1 [0 1 0 0] /N 1 >>",
+      "<< /Type /Font /Subtype /Type3 /FontBBox [0 0 1000 1000] /FontMatrix [.001 0 0 .001 0 0] "
+      "/FirstChar 97 /LastChar 97 /Widths [1000] /Encoding << /Type /Encoding /Differences [97 /a] "
+      ">> /CharProcs << /a 8 0 R >> /Resources << >> >>",
+      stream(square)};
+  std::string file = "%PDF-1.4\n";
+  std::string table = "0000000000 65535 f \n";
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    const std::string offset = std::to_string(file.size());
+    table += std::string(10 - offset.size(), '0') + offset + " 00000 n \n";
+    file += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+  }
+  const std::string size = std::to_string(objects.size() + 1);
+  return file + "xref\n0 " + size + "\n" + table + "trailer << /Size " + size +
+         " /Root 1 0 R >>\nstartxref\n" + std::to_string(file.size()) + "\n%%EOF\n";
+}
+
+Names KindsOf(const std::vector<CutPath>& paths) {
+  Names kinds;
+  for (const CutPath& path : paths) kinds.push_back(path.kind);
+  return kinds;
+}
+
+// Every way in which a PDF spaces and turns its text: the outlines lie where the text is painted.
+TEST(PdfText, in_the_cut_colour_becomes_outlines_where_it_would_be_painted) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string show = " /F 20 Tf 20 100 Td (Cut me) Tj ET";
+  for (const std::string& content :
+       Names{"1 0 0 rg BT" + show, "1 0 0 rg BT 5 Tc" + show, "1 0 0 rg BT 10 Tw" + show,
+             "1 0 0 rg BT 5 Tc 10 Tw 80 Tz" + show,
+             "q .7 .7 -.7 .7 90 -40 cm 1 0 0 rg BT" + show + " Q",
+             "1 0 0 rg BT /F 20 Tf 20 100 Td [(A) -500 (V) 120 (A)] TJ 3 Ts (B) Tj ET",
+             "1 0 0 rg q BT 3 Tr ET Q BT" + show, "q 1 0 0 rg BT 4 Tr" + show + " Q"}) {
+    SCOPED_TRACE(content);
+    const std::string pdf = bench.File("job.pdf", HandMadePdf(content));
+    const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()), Mode300);
+    const std::string page = Pages(bench.Run({prefix, pdf}), 1).front();
+    const std::vector<CutPath> paths = CutPathsOf(page);
+    ASSERT_FALSE(paths.empty());
+    for (const std::string& kind : KindsOf(paths)) EXPECT_EQ(kind, "text");
+    ExpectSameBox(BoxOf(paths), PaintedBox(pdf));
+    EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+  }
+}
+
+struct Rendering {
+  std::string content;
+  Names kinds;
+  bool red = false;  // in the picture that is left
+  bool blue = false;
+};
+
+TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_colour) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string show = " /F 40 Tf 20 100 Td (Cut) Tj ET";
+  const std::vector<Rendering> cases{
+      {"1 0 0 RG 0 0 1 rg BT 0 Tr" + show, {}, false, true},
+      {"1 0 0 RG 0 0 1 rg BT 1 Tr" + show, {"stroke"}, false, false},
+      {"1 0 0 RG 0 0 1 rg BT 2 Tr" + show, {"stroke"}, false, true},
+      {"0 0 1 RG 1 0 0 rg BT 2 Tr" + show, {"fill"}, false, true},
+      {"1 0 0 RG 1 0 0 rg BT 3 Tr" + show, {}, false, false},
+      {"q 1 0 0 RG 0 0 1 rg BT 5 Tr" + show + " 0 0 200 110 re f Q", {"stroke"}, false, true},
+      {"q 1 0 0 rg BT 7 Tr" + show + " 0 0 1 rg 0 0 200 110 re f Q", {}, false, true},
+      // The colour or the mode changes within a text.
+      {"1 0 0 rg BT /F 40 Tf 20 100 Td (A) Tj 0 0 1 rg (B) Tj ET", {"text"}, false, true},
+      {"1 0 0 rg BT 3 Tr ET q BT 0 Tr" + show + " Q BT 1 0 0 1 20 20 Tm (C) Tj ET",
+       {"text"},
+       false,
+       false},
+      // Glyphs that are programs are painted.
+      {"1 0 0 rg BT /T 20 Tf 20 100 Td (aa) Tj ET", {}, true, false}};
+  for (const Rendering& one : cases) {
+    SCOPED_TRACE(one.content);
+    const std::string pdf = bench.File("job.pdf", HandMadePdf(one.content));
+    const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
+    const std::string page = Pages(bench.Run({prefix, pdf}), 1).front();
+    EXPECT_EQ(KindsOf(CutPathsOf(page)), one.kinds);
+    const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+    EXPECT_EQ(HasRed(pixels), one.red);
+    bool blue = false;
+    for (std::size_t i = 0; i + 2 < pixels.samples.size(); i += 3) {
+      blue = blue || static_cast<unsigned char>(pixels.samples[i + 2]) >
+                         static_cast<unsigned char>(pixels.samples[i + 1]);
+    }
+    EXPECT_EQ(blue, one.blue);
+  }
+}
+
+TEST(PdfText, of_a_separation_is_taken_out) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string pdf =
+      bench.File("job.pdf", HandMadePdf("/Cut cs 1 scn BT /F 20 Tf 20 100 Td (Cut me) Tj ET"));
+  const std::string prefix =
+      PrefixOf(bench, prefix::CutDataSection(NamedCut(L"CutContour")), Mode300);
+  const std::string page = Pages(bench.Run({prefix, pdf}), 1).front();
+  const std::vector<CutPath> paths = CutPathsOf(page);
+  EXPECT_EQ(KindsOf(paths), (Names{"text"}));
+  ExpectSameBox(BoxOf(paths), PaintedBox(pdf));
+  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+}
+
+// Text in embedded fonts, as the writers of PDF files embed it, on two pages.
+TEST(PdfText, of_other_programs_files_is_taken_out) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string text =
+      "%!PS\n<< /PageSize [200 200] >> setpagedevice\n/Helvetica findfont 20 scalefont setfont\n"
+      "2 { 1 0 0 setrgbcolor 20 100 moveto (Cut me) show showpage } repeat\n";
+  const std::string pdf = Pdf(bench, text);
+  const std::string job = bench.File("job.pdf", "");
+  const std::string both = Quoted(pdf) + " " + Quoted(job);
+  for (const auto& [program, command] :
+       {std::pair(std::string("gs"), "cp " + both),
+        std::pair(std::string("pdftocairo"), "pdftocairo -pdf " + both)}) {
+    SCOPED_TRACE(command);
+    if (!HaveProgram(program)) continue;
+    ASSERT_TRUE(RunCommand(command));
+    const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()), Mode300);
+    for (const std::string& page : Pages(bench.Run({prefix, job}), 2)) {
+      const std::vector<CutPath> paths = CutPathsOf(page);
+      ASSERT_FALSE(paths.empty());
+      ExpectSameBox(BoxOf(paths), PaintedBox(job));
+      EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace rastrel::corerast::testing
