@@ -83,16 +83,15 @@ double DoubleFromText(std::string_view text) {
 
 double DoubleFromText(std::wstring_view text) {
   const bool negative = TakeSign(text);
-  if (!text.empty() && (text.front() == L'-' || text.front() == L'+')) return 0.0;
-  std::string number;  // short ones are kept in the string itself
+  if (text.empty() || !(IsDigit(text.front()) || text.front() == L'.')) return 0.0;
+  std::string number(negative ? "-" : "");  // short ones are kept in the string itself
   for (const wchar_t character : text) {
     const bool part = IsDigit(character) || character == L'.' || character == L'e' ||
                       character == L'E' || character == L'-' || character == L'+';
     if (!part) break;
     number += static_cast<char>(character);
   }
-  const double value = DoubleFromText(number);
-  return negative ? -value : value;
+  return DoubleFromText(number);
 }
 
 std::int32_t Int32FromText(std::string_view text) { return IntegerFrom<std::int32_t>(text); }

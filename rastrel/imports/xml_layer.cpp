@@ -64,19 +64,19 @@ std::vector<XmlNode> NodeChildren(const XmlNode& node, int& count) {
 std::vector<XmlNode> ChildrenNamed(const XmlNode& node, std::wstring_view name) {
   std::vector<XmlNode> children;
   ForEachChild(node, [&](const XmlNode& child) {
-    if (NodeNameIs(child, name)) children.push_back(child);
+    if (imports::IsNamed(child, name)) children.push_back(child);
   });
   return children;
 }
 
 XmlNode FirstChildNamed(const XmlNode& node, std::wstring_view name) {
   XmlNode child = imports::FirstChild(node);
-  while (child && !NodeNameIs(child, name)) child = imports::NextSibling(child);
+  while (child && !imports::IsNamed(child, name)) child = imports::NextSibling(child);
   return child;
 }
 
 bool NodeNameIs(const XmlNode& node, std::wstring_view name) {
-  return imports::IsElement(node) && imports::BaseName(node) == name;
+  return imports::IsNamed(node, name);
 }
 
 int NodeLine(const XmlNode& node) {

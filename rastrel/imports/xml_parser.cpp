@@ -213,7 +213,9 @@ bool Parse::Begin(std::span<char> buffer) {
     return false;
   }
   const int encoding = m_Encoding == XmlEncoding::kUtf8 ? XML_PARSE_IGNORE_ENC : 0;
-  xmlCtxtUseOptions(m_Context.get(), XML_PARSE_NONET | encoding);
+  // There are no entities but the five to replace, and without NOENT an ampersand in an attribute
+  // would be told as "&#38;".
+  xmlCtxtUseOptions(m_Context.get(), XML_PARSE_NONET | XML_PARSE_NOENT | encoding);
   return !Failed();
 }
 
@@ -317,14 +319,14 @@ void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
                  static_cast<std::uint32_t>(std::max(m_Context->input->line, 0)));
   if (m_Names.Count() > limits::kNames)
     return Fail(L"there are more than " + std::to_wstring(limits::kNames) + L" different names");
-  FollowEvents();
+  if (m_Events.Refused()) FollowEvents();
 }
 
 void Parse::OnEnd() {
   --m_Depth;
   if (m_InCdata) EndCdata();
   m_Events.End();
-  FollowEvents();
+  if (m_Events.Refused()) FollowEvents();
 }
 
 void Parse::Declarations(int count, const xmlChar** declared) {
@@ -377,8 +379,15 @@ void Parse::OnCdata(const xmlChar* text, int length) {
   m_Cdata.append(Bytes(text, length));
 }
 
+// A section is told with the line ends of the file, which XML wants to be line feeds.
 void Parse::EndCdata() {
   m_InCdata = false;
+  std::size_t kept = 0;
+  for (std::size_t at = 0; at < m_Cdata.size(); ++at) {
+    const bool pair = m_Cdata[at] == '\r' && at + 1 < m_Cdata.size() && m_Cdata[at + 1] == '\n';
+    if (!pair) m_Cdata[kept++] = m_Cdata[at] == '\r' ? '\n' : m_Cdata[at];
+  }
+  m_Cdata.resize(kept);
   m_Events.Cdata(m_Cdata);
   m_Cdata.clear();
 }

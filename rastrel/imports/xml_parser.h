@@ -42,9 +42,13 @@ class XmlEvents {
   virtual void Comment(std::string_view bytes) = 0;
   virtual void Instruction(const XmlName* target, std::string_view data) = 0;
 
-  /// Why the document is refused from here on; asked after each piece of reading and after each
-  /// element's start and end.
+  /// Why the document is refused from here on; nothing if it is not. Asked after each piece of
+  /// reading, and at once after an element's start or end that set m_Refused.
   [[nodiscard]] virtual std::optional<std::wstring> Refusal() const = 0;
+  [[nodiscard]] bool Refused() const { return m_Refused; }
+
+ protected:
+  bool m_Refused = false;
 };
 
 /// How the document says what encoding it is in.

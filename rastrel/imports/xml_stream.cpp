@@ -69,7 +69,9 @@ class Streamer : public XmlEvents {
     XmlTreeNode* const element = m_Builder.Make(
         name, attributes, line, m_Entered.empty() ? nullptr : m_Entered.back().element);
     const int depth = static_cast<int>(m_Entered.size());
-    switch (m_Handler.Begin(name->local, XmlNode(element), depth)) {
+    const StreamChoice choice = m_Handler.Begin(name->local, XmlNode(element), depth);
+    m_Refused = m_Handler.Refusal().has_value();
+    switch (choice) {
       case StreamChoice::kSkip:
         m_Skipped = 1;
         m_Arena.GoBack(before);
@@ -84,6 +86,7 @@ class Streamer : public XmlEvents {
 
   void HandOver() {
     m_Handler.Node(XmlNode(m_Collected.element));
+    m_Refused = m_Handler.Refusal().has_value();
     m_Arena.GoBack(m_Collected.before);
   }
 
@@ -91,6 +94,7 @@ class Streamer : public XmlEvents {
     const Entered ended = m_Entered.back();
     m_Entered.pop_back();
     m_Handler.End(ended.element->name->local, static_cast<int>(m_Entered.size()));
+    m_Refused = m_Handler.Refusal().has_value();
     m_Arena.GoBack(ended.before);
   }
 

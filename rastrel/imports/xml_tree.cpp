@@ -21,11 +21,14 @@ std::string_view TrimBlanks(std::string_view text) {
   return text;
 }
 
+// The node, its attributes and their values lie in one piece.
 XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
                                   std::span<const XmlStartAttribute> attributes, std::uint32_t line,
                                   const XmlTreeNode* parent) {
-  void* const place =
-      m_Arena.Allocate(sizeof(XmlTreeNode) + attributes.size() * sizeof(XmlTreeAttribute));
+  std::size_t size = sizeof(XmlTreeNode) + attributes.size() * sizeof(XmlTreeAttribute);
+  const std::size_t valuesAt = size;
+  for (const XmlStartAttribute& attribute : attributes) size += attribute.value.size();
+  auto* const place = static_cast<std::byte*>(m_Arena.Allocate(size));
   auto* const node = new (place) XmlTreeNode;
   node->parent = parent;
   node->next = nullptr;
@@ -36,19 +39,17 @@ XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
   node->blank = false;
   node->line = std::min(line, XmlLastLine) & XmlLastLine;
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
+  auto* value = reinterpret_cast<char*>(place + valuesAt);
   for (const XmlStartAttribute& attribute : attributes) {
-    const std::string_view value = m_Arena.Copy(attribute.value);
     new (slot++)
-        XmlTreeAttribute{attribute.name, value.data(), static_cast<std::uint32_t>(value.size()),
+        XmlTreeAttribute{attribute.name, value, static_cast<std::uint32_t>(attribute.value.size()),
                          attribute.declaresNamespace};
+    value = std::copy(attribute.value.begin(), attribute.value.end(), value);
   }
   return node;
 }
 
-void XmlTreeBuilder::Open(XmlTreeNode* root) {
-  m_Text.clear();
-  m_Open.push_back({root, nullptr});
-}
+void XmlTreeBuilder::Open(XmlTreeNode* root) { m_Open.push_back({root, nullptr}); }
 
 void XmlTreeBuilder::Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
                            std::uint32_t line) {
@@ -79,16 +80,35 @@ void XmlTreeBuilder::Instruction(const XmlName* target, std::string_view data) {
   AddContent(XmlKind::kInstruction, target, data);
 }
 
-// Text comes in pieces, and only its end tells whether it is more than blanks.
-void XmlTreeBuilder::Flush() {
-  if (m_Text.empty()) return;
-  const bool blank = std::all_of(m_Text.begin(), m_Text.end(), IsXmlBlank);
-  if (!blank || m_KeepBlanks) AddContent(XmlKind::kText, nullptr, m_Text, blank);
+// Text comes in pieces, but nearly always in one, which then needs no other place than its node.
+// One that begins with a blank may turn out to be nothing.
+void XmlTreeBuilder::Text(std::string_view bytes) {
+  if (bytes.empty()) return;
+  if (m_OnePiece == nullptr && m_Text.empty() && !IsXmlBlank(bytes.front())) {
+    m_OnePiece = AddContent(XmlKind::kText, nullptr, bytes);
+    return;
+  }
+  if (m_OnePiece != nullptr && m_Text.empty()) m_Text = m_OnePiece->Content();
+  m_Text.append(bytes);
+}
+
+void XmlTreeBuilder::EndText() {
+  if (m_OnePiece != nullptr) {
+    if (!m_Text.empty()) {
+      const std::string_view content = m_Arena.Copy(m_Text);
+      m_OnePiece->content = content.data();
+      m_OnePiece->length = static_cast<std::uint32_t>(content.size());
+    }
+    m_OnePiece = nullptr;
+  } else {
+    const bool blank = std::all_of(m_Text.begin(), m_Text.end(), IsXmlBlank);
+    if (!blank || m_KeepBlanks) AddContent(XmlKind::kText, nullptr, m_Text, blank);
+  }
   m_Text.clear();
 }
 
-void XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_view content,
-                                bool blank) {
+XmlTreeNode* XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_view content,
+                                        bool blank) {
   const std::string_view copy = m_Arena.Copy(content);
   auto* const node = new (m_Arena.Allocate(sizeof(XmlTreeNode))) XmlTreeNode;
   node->parent = m_Open.back().element;
@@ -100,6 +120,7 @@ void XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_v
   node->blank = blank;
   node->line = 0;
   Join(node);
+  return node;
 }
 
 void XmlTreeBuilder::Join(XmlTreeNode* node) {

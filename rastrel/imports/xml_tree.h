@@ -88,7 +88,7 @@ class XmlTreeBuilder {
   /// The element that is open ends. True if it was the root.
   bool End();
   /// A piece of text; what follows directly belongs to it.
-  void Text(std::string_view bytes) { m_Text.append(bytes); }
+  void Text(std::string_view bytes);
   void Cdata(std::string_view bytes);
   void Comment(std::string_view bytes);
   void Instruction(const XmlName* target, std::string_view data);
@@ -103,14 +103,19 @@ class XmlTreeBuilder {
     XmlTreeNode* element;
     XmlTreeNode* last;  // its last child; null without one
   };
-  void Flush();
-  void AddContent(XmlKind kind, const XmlName* name, std::string_view content, bool blank = false);
+  void Flush() {
+    if (m_OnePiece != nullptr || !m_Text.empty()) EndText();
+  }
+  void EndText();
+  XmlTreeNode* AddContent(XmlKind kind, const XmlName* name, std::string_view content,
+                          bool blank = false);
   void Join(XmlTreeNode* node);
 
   XmlArena& m_Arena;
   bool m_KeepBlanks;
   std::vector<Level> m_Open;
-  std::string m_Text;
+  XmlTreeNode* m_OnePiece = nullptr;  // holds the first piece of the text that is being read
+  std::string m_Text;                 // all of it, if there is more, or if it begins with a blank
 };
 
 }  // namespace rastrel::imports

@@ -5,11 +5,6 @@
 namespace rastrel::imports {
 namespace {
 
-const XmlTreeNode* SkipBlanks(const XmlTreeNode* node) {
-  while (node != nullptr && node->blank) node = node->next;
-  return node;
-}
-
 bool HoldsText(const XmlTreeNode& node, bool blanks) {
   return node.kind == XmlKind::kCdata || (node.kind == XmlKind::kText && (blanks || !node.blank));
 }
@@ -37,32 +32,6 @@ std::string_view TextOf(const XmlTreeNode* node, bool blanks, std::string& scrat
 }
 
 }  // namespace
-
-XmlNode FirstChild(const XmlNode& node) {
-  if (!IsElement(node)) return {};
-  const XmlTreeNode* const child = SkipBlanks(node.Tree()->child);
-  return child == nullptr ? XmlNode() : XmlNode(child, node.Document());
-}
-
-XmlNode NextSibling(const XmlNode& node) {
-  // The document element stands alone, and an announced one has no neighbours yet.
-  if (!node) return {};
-  const XmlTreeNode* const next = SkipBlanks(node.Tree()->next);
-  return next == nullptr ? XmlNode() : XmlNode(next, node.Document());
-}
-
-bool IsElement(const XmlNode& node) { return node && node.Tree()->kind == XmlKind::kElement; }
-
-std::wstring_view BaseName(const XmlNode& node) {
-  return IsElement(node) ? node.Tree()->name->local : std::wstring_view();
-}
-
-std::string_view AttributeBytes(const XmlNode& node, std::wstring_view name) {
-  if (!IsElement(node)) return {};
-  for (const XmlTreeAttribute& attribute : node.Tree()->Attributes())
-    if (attribute.name->qualified == name) return attribute.Value();
-  return {};
-}
 
 std::string_view TextBytes(const XmlNode& node, std::string& scratch) {
   return TrimBlanks(TextOf(node.Tree(), false, scratch));

@@ -1,0 +1,166 @@
+// The XML layer on a large sheet: read as a stream of rows, and loaded as a whole, against the
+// parser alone with functions that do nothing.
+
+#include <libxml/parser.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "bench/measure.h"
+#include "rastrel/imports/xml_layer.h"
+#include "rastrel/imports/xml_stream.h"
+#include "rastrel/imports/xml_walk.h"
+#include "rastrel/platform/os/path.h"
+
+namespace {
+
+using namespace rastrel;
+using imports::StreamChoice;
+
+constexpr int kRows = 200000;
+constexpr int kColumns = 10;
+
+// A sheet as spreadsheet programs write it: strings by index, and numbers.
+void WriteSheet(const std::string& path, int rows) {
+  std::ofstream out(path, std::ios::binary);
+  out << R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+      << "\n"
+      << R"(<worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">)"
+      << R"(<dimension ref="A1:J200000"/><sheetData>)";
+  for (int row = 1; row <= rows; ++row) {
+    const std::string number = std::to_string(row);
+    out << "<row r=\"" << number << "\" spans=\"1:10\" customFormat=\"false\" ht=\"12.8\">";
+    for (int column = 0; column < kColumns; ++column) {
+      const char letter = static_cast<char>('A' + column);
+      out << "<c r=\"" << letter << number << "\" s=\"0\"";
+      if (column % 2 == 0)
+        out << " t=\"s\"><v>" << (row * 7 + column) % 5000 << "</v></c>";
+      else
+        out << "><v>" << row << '.' << column << "25</v></c>";
+    }
+    out << "</row>";
+  }
+  out << "</sheetData></worksheet>";
+}
+
+// Reads every cell's attributes and value, as a reader of sheets does.
+class Cells : public imports::XmlStreamHandler {
+ public:
+  StreamChoice Begin(std::wstring_view name, const XmlNode&, int depth) override {
+    if (depth == 0 || (depth == 1 && name == L"sheetData")) return StreamChoice::kEnter;
+    return depth == 2 && name == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
+  }
+  void Node(const XmlNode& row) override {
+    for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
+      if (!imports::IsNamed(cell, L"c")) continue;
+      m_Sum += imports::AttributeBytes(cell, L"r").size();
+      m_Sum += imports::AttributeBytes(cell, L"t").size();
+      if (NodeText(FirstChildNamed(cell, L"v"), m_Text)) m_Sum += m_Text.size();
+    }
+  }
+  void End(std::wstring_view, int) override {}
+  [[nodiscard]] std::uint64_t Sum() const { return m_Sum; }
+
+ private:
+  std::uint64_t m_Sum = 0;
+  std::wstring m_Text;
+};
+
+void StreamCells(const std::string& path) {
+  Cells cells;
+  if (!imports::StreamXmlFile(os::FromNative(path), cells) || cells.Sum() == 0)
+    std::fputs("the sheet was not read\n", stderr);
+}
+
+void LoadAll(const std::string& path) {
+  if (!LoadXmlFile(os::FromNative(path))) std::fputs("the sheet was not loaded\n", stderr);
+}
+
+void ParserAlone(const std::string& path) {
+  static xmlSAXHandler handler = [] {
+    xmlSAXHandler empty{};
+    empty.initialized = XML_SAX2_MAGIC;
+    empty.startElementNs = [](void*, const xmlChar*, const xmlChar*, const xmlChar*, int,
+                              const xmlChar**, int, int, const xmlChar**) {};
+    empty.endElementNs = [](void*, const xmlChar*, const xmlChar*, const xmlChar*) {};
+    empty.characters = [](void*, const xmlChar*, int) {};
+    empty.ignorableWhitespace = empty.characters;
+    return empty;
+  }();
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                             std::fclose);
+  xmlParserCtxt* const context = xmlCreatePushParserCtxt(&handler, nullptr, nullptr, 0, nullptr);
+  std::string piece(std::size_t{64} << 10, '\0');
+  for (std::size_t count = 1; count > 0;) {
+    count = std::fread(piece.data(), 1, piece.size(), file.get());
+    xmlParseChunk(context, piece.data(), static_cast<int>(count), count == 0 ? 1 : 0);
+  }
+  xmlFreeParserCtxt(context);
+}
+
+void WholeTree(const std::string& path) {
+  xmlFreeDoc(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_HUGE));
+}
+
+// Highest memory of a process that does nothing else, in MiB.
+double PeakOf(void (*work)(const std::string&), const std::string& path) {
+  const pid_t child = fork();
+  if (child == 0) {
+    work(path);
+    _exit(0);
+  }
+  int status = 0;
+  rusage used{};
+  wait4(child, &status, 0, &used);
+  return static_cast<double>(used.ru_maxrss) / 1024.0;
+}
+
+void ReportPeak(const char* name, double ours, const char* peerName, double peer, double limit) {
+  std::printf("bench\t%s\t%.1f\tMiB\t%s\t%.1f\t%.3f\t%f\n", name, ours, peerName, peer, ours / peer,
+              limit);
+}
+
+}  // namespace
+
+int main() {
+  const auto folder =
+      std::filesystem::temp_directory_path() / ("xml-bench-" + std::to_string(getpid()));
+  std::filesystem::create_directory(folder);
+  const std::string sheet = folder / "sheet.xml";
+  const std::string part = folder / "part.xml";
+  WriteSheet(sheet, kRows);
+  WriteSheet(part, kRows / 10);
+  const auto nothing = [] {};
+  bench::Compare(
+      {.name = "XML, a sheet of 200,000 rows as a stream, every cell read",
+       .peerName = "libxml2 SAX2 alone",
+       .limit = 1.35,
+       .clock = bench::Clock::Processor},
+      nothing, [&] { StreamCells(sheet); }, [&] { ParserAlone(sheet); });
+  bench::Compare(
+      {.name = "XML, 20,000 rows loaded",
+       .peerName = "libxml2 SAX2 alone",
+       .limit = 1.5,
+       .clock = bench::Clock::Processor},
+      nothing, [&] { LoadAll(part); }, [&] { ParserAlone(part); });
+  bench::Compare(
+      {.name = "XML, 20,000 rows loaded, against the tree",
+       .peerName = "libxml2 tree",
+       .limit = 0.6,
+       .clock = bench::Clock::Processor},
+      nothing, [&] { LoadAll(part); }, [&] { WholeTree(part); });
+  ReportPeak("XML, memory of the stream of 200,000 rows", PeakOf(StreamCells, sheet),
+             "libxml2 tree", PeakOf(WholeTree, sheet), 0.1);
+  ReportPeak("XML, memory of 20,000 rows loaded", PeakOf(LoadAll, part), "libxml2 tree",
+             PeakOf(WholeTree, part), 0.6);
+  std::filesystem::remove_all(folder);
+  return 0;
+}
