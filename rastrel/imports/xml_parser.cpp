@@ -4,6 +4,7 @@
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
+#include <libxml/xmlstring.h>
 
 #include <algorithm>
 #include <array>
@@ -379,9 +380,12 @@ void Parse::OnCdata(const xmlChar* text, int length) {
   m_Cdata.append(Bytes(text, length));
 }
 
-// A section is told with the line ends of the file, which XML wants to be line feeds.
+// A section is told with the line ends of the file, which XML wants to be line feeds, and with half
+// a character at its end, which is none.
 void Parse::EndCdata() {
   m_InCdata = false;
+  if (xmlCheckUTF8(reinterpret_cast<const xmlChar*>(m_Cdata.c_str())) == 0)
+    return Fail(L"a CDATA section holds bytes that are no characters");
   std::size_t kept = 0;
   for (std::size_t at = 0; at < m_Cdata.size(); ++at) {
     const bool pair = m_Cdata[at] == '\r' && at + 1 < m_Cdata.size() && m_Cdata[at + 1] == '\n';
