@@ -1,0 +1,117 @@
+#include "cli/sheet/part_name.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace rastrel::cli::sheet {
+namespace {
+
+constexpr std::size_t LongestName = 1024;  // bytes
+constexpr std::size_t LongestElement = 255;
+
+bool IsControl(char letter) { return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F; }
+
+std::vector<std::string_view> ElementsOf(std::string_view name) {
+  std::vector<std::string_view> elements;
+  for (;;) {
+    const std::size_t slash = name.find('/');
+    elements.push_back(name.substr(0, slash));
+    if (slash == name.npos) return elements;
+    name.remove_prefix(slash + 1);
+  }
+}
+
+int HexDigit(char letter) {
+  if (letter >= '0' && letter <= '9') return letter - '0';
+  if (letter >= 'a' && letter <= 'f') return letter - 'a' + 10;
+  if (letter >= 'A' && letter <= 'F') return letter - 'A' + 10;
+  return -1;
+}
+
+std::string Unescaped(std::string_view target) {
+  std::string text;
+  for (std::size_t at = 0; at < target.size(); ++at) {
+    const bool isEscape = target[at] == '%' && at + 2 < target.size() &&
+                          HexDigit(target[at + 1]) >= 0 && HexDigit(target[at + 2]) >= 0;
+    if (isEscape) {
+      text += static_cast<char>(HexDigit(target[at + 1]) * 16 + HexDigit(target[at + 2]));
+      at += 2;
+    } else {
+      text += target[at];
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string WhyBadName(std::string_view name) {
+  if (name.empty()) return "its name is empty";
+  if (name.size() > LongestName)
+    return "its name has more than " + std::to_string(LongestName) + " bytes";
+  if (std::ranges::any_of(name, IsControl)) return "its name has a control character";
+  if (name.find('\\') != name.npos) return "its name has a backslash";
+  if (name.front() == '/') return "its name is an absolute path";
+  if (name.size() > 1 && name[1] == ':') return "its name begins with a drive";
+  if (name.back() == '/') name.remove_suffix(1);
+  for (const std::string_view element : ElementsOf(name)) {
+    if (element == "..") return "its name leads out of the package";
+    if (element.empty() || element == ".") return "its name has an empty element";
+    if (element.size() > LongestElement)
+      return "its name has an element of more than " + std::to_string(LongestElement) + " bytes";
+  }
+  return {};
+}
+
+std::string ResolveTarget(std::string_view part, std::string_view target) {
+  std::string text = Unescaped(target);
+  std::vector<std::string> elements;
+  if (!text.starts_with('/')) {
+    for (const std::string_view element : ElementsOf(part)) elements.emplace_back(element);
+    elements.pop_back();
+  }
+  for (const std::string_view element : ElementsOf(text)) {
+    if (element.empty() || element == ".") continue;
+    if (element != "..") {
+      elements.emplace_back(element);
+      continue;
+    }
+    if (elements.empty()) return {};
+    elements.pop_back();
+  }
+  std::string name;
+  for (const std::string& element : elements) name += (name.empty() ? "" : "/") + element;
+  return WhyBadName(name).empty() ? name : std::string();
+}
+
+std::string RelationshipsOf(std::string_view part) {
+  const std::size_t slash = part.rfind('/');
+  const std::size_t begin = slash == part.npos ? 0 : slash + 1;
+  return std::string(part.substr(0, begin)) + "_rels/" + std::string(part.substr(begin)) + ".rels";
+}
+
+std::string PrintableName(std::string_view name) {
+  constexpr std::size_t most = 200;
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string text;
+  for (const char letter : name.substr(0, most)) {
+    const auto byte = static_cast<unsigned char>(letter);
+    if (byte >= 0x20 && byte < 0x7F && letter != '\'') {
+      text += letter;
+    } else {
+      text += "\\x";
+      text += digits[byte / 16];
+      text += digits[byte % 16];
+    }
+  }
+  return text + (name.size() > most ? "..." : "");
+}
+
+bool SameName(std::string_view one, std::string_view other) {
+  const auto lower = [](char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+  };
+  return std::ranges::equal(one, other, {}, lower, lower);
+}
+
+}  // namespace rastrel::cli::sheet
