@@ -74,6 +74,8 @@ class FormatCode {
   /// What a cell of this format shows.
   [[nodiscard]] std::string ShowNumber(double value, DateSystem dates) const;
   [[nodiscard]] std::string ShowText(const std::string& text) const;
+  /// Whether it shows positive numbers as dates or times.
+  [[nodiscard]] bool ShowsDates() const { return m_Numbers.front().isDate; }
 
  private:
   [[nodiscard]] std::size_t SectionFor(double value) const;

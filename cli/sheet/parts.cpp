@@ -1,0 +1,52 @@
+#include "cli/sheet/parts.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "cli/exit_status.h"
+#include "cli/sheet/part_name.h"
+#include "rastrel/imports/xml_failure.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli::sheet {
+
+namespace fs = std::filesystem;
+
+Parts::Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgress progress)
+    : m_Package(std::move(package)), m_Folder(std::move(folder)), m_Progress(std::move(progress)) {}
+
+std::string Parts::Fetch(const std::string& part) {
+  const std::string path = PathOf(part);
+  std::error_code error;
+  if (fs::exists(path, error)) return path;
+  if (!Has(part))
+    throw CommandError(ExitStatus::BadInput,
+                       Name() + ": it has no part '" + PrintableName(part) + "'");
+  fs::create_directories(fs::path(path).parent_path(), error);
+  if (error)
+    throw CommandError(ExitStatus::JobFailed, "can't make a folder for '" + path +
+                                                  "': " + error.message());
+  m_Package->Unpack(part, path, m_Progress);
+  return path;
+}
+
+void Parts::RefuseXml(const std::string& part, const std::string& otherwise) const {
+  const std::string words = TakeXmlWords();
+  if (words.empty()) Refuse(part, otherwise);
+  throw CommandError(ExitStatus::BadInput, Name() + ": " + PrintableName(part) + ":" + words);
+}
+
+void Parts::Refuse(const std::string& part, const std::string& why) const {
+  throw CommandError(ExitStatus::BadInput, Name() + ": " + PrintableName(part) + ": " + why);
+}
+
+std::string TakeXmlWords() {
+  const auto failure = imports::TakeXmlFailure();
+  if (!failure) return {};
+  std::string place;
+  if (failure->line > 0) place = std::to_string(failure->line) + ":";
+  if (failure->column > 0) place += std::to_string(failure->column) + ":";
+  return place + " " + os::Utf8FromWide(failure->reason);
+}
+
+}  // namespace rastrel::cli::sheet

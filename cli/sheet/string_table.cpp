@@ -1,0 +1,82 @@
+#include "cli/sheet/string_table.h"
+
+#include "cli/sheet/spreadsheet.h"
+#include "cli/sheet/xml_reading.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli::sheet {
+namespace {
+
+void AddText(const XmlNode& element, std::string& text) {
+  std::string scratch;
+  text += StringTable::Unescaped(imports::RawTextBytes(element, scratch));
+}
+
+int HexValue(std::string_view digits) {
+  int value = 0;
+  for (const char digit : digits) {
+    const int one = digit >= '0' && digit <= '9'   ? digit - '0'
+                    : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10
+                    : digit >= 'a' && digit <= 'f' ? digit - 'a' + 10
+                                                   : -1;
+    if (one < 0) return -1;
+    value = value * 16 + one;
+  }
+  return value;
+}
+
+}  // namespace
+
+StringTable StringTable::Read(Parts& parts, const std::string& part) {
+  StringTable table;
+  if (part.empty()) return table;
+  PathReader reader;
+  reader.On({L"sst", L"si"}, [&](const XmlNode& node) {
+    table.m_Text += TextOf(node);
+    table.m_Ends.push_back(static_cast<std::uint32_t>(table.m_Text.size()));
+    if (table.m_Ends.size() > limits::Strings)
+      reader.Refuse(L"there are more shared strings than the limit of " +
+                    std::to_wstring(limits::Strings));
+    if (table.m_Text.size() > limits::StringBytes)
+      reader.Refuse(L"the shared strings have more bytes than the limit of " +
+                    std::to_wstring(limits::StringBytes));
+  });
+  const std::string path = parts.Fetch(part);
+  if (!imports::StreamXmlFile(os::FromNative(path), reader, imports::XmlBlanks::kKeep))
+    parts.RefuseXml(part, "it can't be read");
+  if (!reader.FoundRoot()) parts.Refuse(part, "its root element is not 'sst'");
+  return table;
+}
+
+std::string StringTable::TextOf(const XmlNode& element) {
+  std::string text;
+  for (XmlNode child = imports::FirstChild(element); child; child = imports::NextSibling(child)) {
+    const std::wstring_view name = imports::BaseName(child);
+    if (name == L"t") AddText(child, text);
+    if (name != L"r") continue;
+    for (XmlNode part = imports::FirstChild(child); part; part = imports::NextSibling(part))
+      if (imports::BaseName(part) == L"t") AddText(part, text);
+  }
+  return text;
+}
+
+std::string StringTable::Unescaped(std::string_view text) {
+  constexpr std::size_t escapeSize = 7;  // "_x000D_"
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string_view escape = text.substr(at, escapeSize);
+    const bool isOne = escape.size() == escapeSize && escape.starts_with("_x") && escape[6] == '_';
+    const int value = isOne ? HexValue(escape.substr(2, 4)) : -1;
+    if (value < 0) {
+      result += text[at];
+      continue;
+    }
+    const auto character = static_cast<wchar_t>(value);
+    os::AppendUtf8FromWide(result, std::wstring_view(&character, 1));
+    at += escapeSize - 1;
+  }
+  return result;
+}
+
+}  // namespace rastrel::cli::sheet

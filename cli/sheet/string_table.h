@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/sheet/parts.h"
+#include "rastrel/imports/xml_node.h"
+
+namespace rastrel::cli::sheet {
+
+/// The shared strings of a workbook, by the index that cells have: one for each `si`, be it empty
+/// or of several runs.
+class StringTable {
+ public:
+  /// Reads the part; without one the table is empty. Throws CommandError(BadInput), also beyond
+  /// limits::Strings or limits::StringBytes.
+  [[nodiscard]] static StringTable Read(Parts& parts, const std::string& part);
+
+  [[nodiscard]] std::size_t Count() const { return m_Ends.size(); }
+  /// REQUIRES: index < Count().
+  [[nodiscard]] std::string At(std::size_t index) const {
+    const std::size_t begin = index == 0 ? 0 : m_Ends[index - 1];
+    return m_Text.substr(begin, m_Ends[index] - begin);
+  }
+
+  /// What a string element shows: its text or that of its runs, without phonetic hints.
+  [[nodiscard]] static std::string TextOf(const XmlNode& element);
+  /// With the escapes of characters that XML lacks ("_x000D_") read.
+  [[nodiscard]] static std::string Unescaped(std::string_view text);
+
+ private:
+  std::string m_Text;
+  std::vector<std::uint32_t> m_Ends;
+};
+
+}  // namespace rastrel::cli::sheet
