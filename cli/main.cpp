@@ -18,6 +18,7 @@
 #include "cli/preview_command.h"
 #include "cli/print_command.h"
 #include "cli/reprint_command.h"
+#include "cli/sheet_command.h"
 #include "cli/spool_command.h"
 #include "cli/standard_streams.h"
 #include "cli/ticket_command.h"
@@ -77,6 +78,7 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::ChartFont: return FontTableCommand(invocation);
     case CommandId::ChartCopyright: return CopyrightChartCommand(invocation);
     case CommandId::ChartCaps: return CapRulesCommand(invocation);
+    case CommandId::Sheet: return SheetCommand(invocation);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

@@ -47,6 +47,12 @@ constexpr std::array OptionTable{
     OptionRow{EngravingFont, "--font", "NAME", "The font of the engraving."},
     OptionRow{Rows, "--rows", "N", "The number of rows, as the chart writes it."},
     OptionRow{FingerSize, "--finger", "N", "The finger size, for instance 5.5."},
+    OptionRow{Sheet, "--sheet", "NAME|N", "Read this sheet only, by its name or its place from 1."},
+    OptionRow{List, "--list", "", "List the sheets: place, name, visibility, size."},
+    OptionRow{Faithful, "--faithful", "",
+              "Make the text that the library makes of the file. This is the default."},
+    OptionRow{AsShown, "--as-shown", "",
+              "Make a text of what a person sees in the cells, sheet by sheet."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -68,6 +74,7 @@ constexpr std::array SymbolOptions{RingSize, Json, Help};
 constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
+constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -119,6 +126,8 @@ constexpr std::array CommandTable{
                "Tell the font size of a copyright engraving.", CopyrightOptions},
     CommandRow{CommandId::ChartCaps, "chart caps", "FILE", false,
                "List the words that keep special capitals.", ListingOptions},
+    CommandRow{CommandId::Sheet, "sheet", "FILE|FOLDER", false,
+               "Make a tab-separated text of a spreadsheet (.xlsx, .ods, .fods).", SheetOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };

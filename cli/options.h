@@ -43,6 +43,10 @@ enum class OptionId {
   EngravingFont,
   Rows,
   FingerSize,
+  Sheet,
+  List,
+  Faithful,
+  AsShown,
   Help,
   Version,
 };
@@ -79,6 +83,7 @@ enum class CommandId {
   ChartFont,
   ChartCopyright,
   ChartCaps,
+  Sheet,
   Help,
 };
 

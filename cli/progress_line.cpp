@@ -68,6 +68,11 @@ std::string TimeText(std::int64_t seconds) {
 
 void JobProgress::Enter(std::string stage) { m_Stage = std::move(stage); }
 
+void JobProgress::Set(std::string stage, std::optional<int> percent) {
+  Enter(std::move(stage));
+  m_Percent = percent;
+}
+
 void JobProgress::Take(const JobEvent& event) {
   if (event.kind == JobEventKind::Progress) m_Percent = event.percent;
   if (event.kind == JobEventKind::Page) m_Page = event.page;
@@ -106,6 +111,10 @@ void ProgressLine::OnEvent(const JobEvent& event) {
   if (event.kind == JobEventKind::Warning) Say("warning: " + event.text);
   if (event.kind == JobEventKind::State || os::MonotonicNanoseconds() - m_Drawn > BetweenDrawings)
     Draw();
+}
+
+void ProgressLine::Show(std::string stage, std::optional<int> percent) {
+  m_Progress.Set(std::move(stage), percent);
 }
 
 void ProgressLine::Tick() { Draw(); }

@@ -12,6 +12,8 @@ namespace rastrel::cli {
 class JobProgress {
  public:
   void Take(const JobEvent& event);
+  /// Of work that is no job: what is being done, and how far it is where that is known.
+  void Set(std::string stage, std::optional<int> percent);
 
   [[nodiscard]] const std::string& Stage() const { return m_Stage; }
   [[nodiscard]] std::optional<int> Percent() const { return m_Percent; }
@@ -38,6 +40,8 @@ class ProgressLine : public JobObserver {
   /// Takes the time of the beginning.
   ProgressLine();
   void OnEvent(const JobEvent& event) override;
+  /// The same of work that is no job. Drawn with the next Tick.
+  void Show(std::string stage, std::optional<int> percent);
   /// Draws the line again, for the time that has gone by.
   void Tick();
   /// Takes the line away and prints one that stays. The line is drawn again with the next event.

@@ -25,7 +25,8 @@ std::optional<double> DaysOf(std::string_view text) {
                                          std::chrono::day(static_cast<unsigned>(*day))};
   if (!date.ok()) return std::nullopt;
   constexpr int daysTo1970 = 25569;
-  const int days = std::chrono::sys_days(date).time_since_epoch().count() + daysTo1970;
+  const auto days =
+      static_cast<double>(std::chrono::sys_days(date).time_since_epoch().count() + daysTo1970);
   if (text.size() == 10) return days;
   const auto hour = number(11, 2);
   const auto minute = number(14, 2);

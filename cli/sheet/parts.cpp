@@ -22,10 +22,9 @@ std::string Parts::Fetch(const std::string& part) {
   if (!Has(part))
     throw CommandError(ExitStatus::BadInput,
                        Name() + ": it has no part '" + PrintableName(part) + "'");
-  fs::create_directories(fs::path(path).parent_path(), error);
-  if (error)
-    throw CommandError(ExitStatus::JobFailed, "can't make a folder for '" + path +
-                                                  "': " + error.message());
+  // Never the folder itself: somebody who removes it must not find it back.
+  for (std::size_t slash = part.find('/'); slash != part.npos; slash = part.find('/', slash + 1))
+    fs::create_directory(PathOf(part.substr(0, slash)), error);
   m_Package->Unpack(part, path, m_Progress);
   return path;
 }

@@ -2,7 +2,6 @@
 
 #include "cli/sheet/spreadsheet.h"
 #include "cli/sheet/xml_reading.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli::sheet {
@@ -43,7 +42,7 @@ StringTable StringTable::Read(Parts& parts, const std::string& part) {
                     std::to_wstring(limits::StringBytes));
   });
   const std::string path = parts.Fetch(part);
-  if (!imports::StreamXmlFile(os::FromNative(path), reader, imports::XmlBlanks::kKeep))
+  if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep))
     parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot()) parts.Refuse(part, "its root element is not 'sst'");
   return table;

@@ -6,7 +6,6 @@
 #include "cli/exit_status.h"
 #include "cli/sheet/part_name.h"
 #include "cli/sheet/xml_reading.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli::sheet {
 namespace {
@@ -29,7 +28,7 @@ bool IsOfType(const Relationship& relationship, std::string_view word) {
 void Stream(Parts& parts, const std::string& part, PathReader& reader, const char* root) {
   static_cast<void>(TakeXmlWords());
   const std::string path = parts.Fetch(part);
-  if (!imports::StreamXmlFile(os::FromNative(path), reader))
+  if (!reader.ReadFrom(path))
     parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot())
     parts.Refuse(part, std::string("its root element is not '") + root + "'");

@@ -2,7 +2,6 @@
 
 #include "cli/sheet/spreadsheet.h"
 #include "cli/sheet/xml_reading.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli::sheet {
 
@@ -27,7 +26,7 @@ WorkbookFormats WorkbookFormats::Read(Parts& parts, const std::string& part) {
     check(numbers.size());
   });
   const std::string path = parts.Fetch(part);
-  if (!imports::StreamXmlFile(os::FromNative(path), reader))
+  if (!reader.ReadFrom(path))
     parts.RefuseXml(part, "it can't be read");
   formats.Build(codes, numbers);
   return formats;

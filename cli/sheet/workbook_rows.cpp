@@ -11,7 +11,6 @@
 #include "cli/sheet/workbook.h"
 #include "cli/sheet/workbook_formats.h"
 #include "cli/sheet/xml_reading.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli::sheet {
@@ -47,7 +46,7 @@ std::optional<CellPlace> PlaceOf(std::string_view reference) {
   return place;
 }
 
-class SheetReader : public imports::XmlStreamHandler {
+class SheetReader : public GuardedHandler {
  public:
   SheetReader(const StringTable& strings, const WorkbookFormats& formats, DateSystem dates,
               RowSink& sink)
@@ -80,7 +79,7 @@ class SheetReader : public imports::XmlStreamHandler {
     if (m_Row > limits::Rows)
       return Refuse(L"row " + std::to_wstring(m_Row) + L" lies behind the last one, " +
                     std::to_wstring(limits::Rows));
-    m_Sink.Row(m_Row, m_Cells);
+    Guard([this] { m_Sink.Row(m_Row, m_Cells); });
   }
 
  private:
@@ -170,7 +169,7 @@ void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink&
       parts.Refuse(sheet.part, "several sheets share it");
     SheetReader reader(strings, formats, workbook.dates, sink);
     const std::string path = parts.Fetch(sheet.part);
-    if (!imports::StreamXmlFile(os::FromNative(path), reader, imports::XmlBlanks::kKeep))
+    if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep))
       parts.RefuseXml(sheet.part, "it can't be read");
     if (!reader.FoundRoot()) parts.Refuse(sheet.part, "its root element is not 'worksheet'");
   }

@@ -4,11 +4,18 @@
 #include <charconv>
 
 #include "rastrel/imports/xml_layer.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli::sheet {
 
 using imports::StreamChoice;
+
+bool GuardedHandler::ReadFrom(const std::string& path, imports::XmlBlanks blanks) {
+  const bool done = imports::StreamXmlFile(os::FromNative(path), *this, blanks);
+  if (m_Thrown) std::rethrow_exception(m_Thrown);
+  return done;
+}
 
 StreamChoice PathReader::Begin(std::wstring_view baseName, const XmlNode& start, int depth) {
   static_cast<void>(start);
@@ -30,7 +37,7 @@ StreamChoice PathReader::Begin(std::wstring_view baseName, const XmlNode& start,
 }
 
 void PathReader::Node(const XmlNode& node) {
-  if (m_Current != nullptr) m_Current->call(node);
+  if (m_Current != nullptr) Guard([&] { m_Current->call(node); });
 }
 
 void PathReader::End(std::wstring_view baseName, int depth) {
@@ -39,7 +46,7 @@ void PathReader::End(std::wstring_view baseName, int depth) {
 }
 
 std::string AttributeNamed(const XmlNode& node, std::wstring_view localName) {
-  for (const auto& [name, value] : imports::AttributeList(node))
+  for (const auto& [name, value] : AttributeList(node))
     if (name == localName) return os::Utf8FromWide(value);
   return {};
 }

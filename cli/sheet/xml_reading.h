@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -13,9 +14,32 @@
 /// How the command reads the XML of spreadsheets: by paths of local names.
 namespace rastrel::cli::sheet {
 
+/// A handler whose calls may throw: the parser is left in order first.
+class GuardedHandler : public imports::XmlStreamHandler {
+ public:
+  /// As imports::StreamXmlFile by native path. Throws what a call threw.
+  [[nodiscard]] bool ReadFrom(const std::string& path,
+                              imports::XmlBlanks blanks = imports::XmlBlanks::kDrop);
+
+ protected:
+  /// Runs `call`; what it throws ends the reading.
+  template <typename Call>
+  void Guard(const Call& call) {
+    try {
+      call();
+    } catch (...) {
+      m_Thrown = std::current_exception();
+      Refuse(L"the reading was stopped");
+    }
+  }
+
+ private:
+  std::exception_ptr m_Thrown;
+};
+
 /// Reads a document whose wanted elements lie at fixed paths. Each path is a list of local names,
 /// the root's first; elements at a path's end are handed over as nodes.
-class PathReader : public imports::XmlStreamHandler {
+class PathReader : public GuardedHandler {
  public:
   using Path = std::vector<std::wstring_view>;
   using OnNode = std::function<void(const XmlNode&)>;

@@ -33,6 +33,20 @@ std::string_view TextOf(const XmlTreeNode* node, bool blanks, std::string& scrat
 
 }  // namespace
 
+XmlNode FirstPiece(const XmlNode& node) {
+  if (!IsElement(node) || node.Tree()->child == nullptr) return {};
+  return XmlNode(node.Tree()->child, node.Document());
+}
+
+XmlNode NextPiece(const XmlNode& node) {
+  if (!node || node.Tree()->next == nullptr) return {};
+  return XmlNode(node.Tree()->next, node.Document());
+}
+
+bool IsText(const XmlNode& node) {
+  return node && (node.Tree()->kind == XmlKind::kText || node.Tree()->kind == XmlKind::kCdata);
+}
+
 std::string_view TextBytes(const XmlNode& node, std::string& scratch) {
   return TrimBlanks(TextOf(node.Tree(), false, scratch));
 }

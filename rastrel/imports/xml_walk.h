@@ -16,6 +16,12 @@ namespace rastrel::imports {
 [[nodiscard]] inline XmlNode FirstChild(const XmlNode& node);
 [[nodiscard]] inline XmlNode NextSibling(const XmlNode& node);
 
+/// The same, and texts of blanks alone besides where the stream was told to keep them.
+[[nodiscard]] XmlNode FirstPiece(const XmlNode& node);
+[[nodiscard]] XmlNode NextPiece(const XmlNode& node);
+
+/// Whether the node is a text or a CDATA section.
+[[nodiscard]] bool IsText(const XmlNode& node);
 /// Whether the node is an element (and has a name and attributes).
 [[nodiscard]] inline bool IsElement(const XmlNode& node);
 /// The local name; empty if the node is no element.

@@ -1,0 +1,153 @@
+// The text that the library's own imports make.
+
+#include <filesystem>
+#include <fstream>
+#include <list>
+
+#include "cli/exit_status.h"
+#include "cli/sheet/part_name.h"
+#include "cli/sheet/source.h"
+#include "cli/sheet/xml_reading.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/readers/ms_excel_xml_import.h"
+#include "rastrel/readers/open_office_xml_import.h"
+
+namespace rastrel::cli::sheet {
+namespace {
+
+constexpr const char* TextName = "content.txt";
+constexpr const char* AsShownHint = "; --as-shown reads it";
+// Where the import looks for sheets, whatever the workbook's own place is.
+constexpr std::string_view WorkbookFolder = "xl/";
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char letter : text) {
+    if (letter == '&')
+      escaped += "&amp;";
+    else if (letter == '<')
+      escaped += "&lt;";
+    else if (letter == '"')
+      escaped += "&quot;";
+    else
+      escaped += letter;
+  }
+  return escaped;
+}
+
+// A workbook that has one of the sheets only.
+std::string WriteWorkbookOf(const SheetInfo& sheet, const Workspace& workspace) {
+  std::string path = workspace.Path("workbook.xml");
+  std::ofstream file(path, std::ios::binary);
+  file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<workbook xmlns:r=\"urn:r\"><sheets>"
+       << "<sheet name=\"" << Escaped(sheet.name) << "\" sheetId=\"1\" r:id=\"" << Escaped(sheet.id)
+       << "\"/></sheets></workbook>\n";
+  file.close();
+  if (!file) throw CommandError(ExitStatus::JobFailed, "can't write '" + path + "'");
+  return path;
+}
+
+class FileList {
+ public:
+  void Add(int type, const std::string& path) {
+    tagEXCEL_XML_FILE& file = m_Files.emplace_back();
+    file.type = type;
+    const std::wstring wide = os::FromNative(path);
+    if (wide.size() >= tagEXCEL_XML_FILE::PathSize)
+      throw CommandError(ExitStatus::JobFailed, "the path '" + path + "' is too long");
+    std::copy(wide.begin(), wide.end(), file.path);
+  }
+  [[nodiscard]] std::vector<tagEXCEL_XML_FILE*> Pointers() {
+    std::vector<tagEXCEL_XML_FILE*> pointers;
+    for (tagEXCEL_XML_FILE& file : m_Files) pointers.push_back(&file);
+    return pointers;
+  }
+
+ private:
+  std::list<tagEXCEL_XML_FILE> m_Files;
+};
+
+// Why the import finds no part for a sheet; empty if it does.
+std::string WhyNotFound(const SheetInfo& sheet) {
+  const std::string name = "sheet '" + PrintableName(sheet.name) + "'";
+  const std::string target = "'" + PrintableName(sheet.target) + "'";
+  if (sheet.target.empty()) return name + " has no relationship";
+  if (sheet.target.starts_with('/'))
+    return name + ": its target " + target + " is absolute, and is looked for below xl" +
+           AsShownHint;
+  if (sheet.target.find("..") != sheet.target.npos)
+    return name + ": its target " + target + " leads out of its folder";
+  if (sheet.part != std::string(WorkbookFolder) + sheet.target)
+    return name + ": its target " + target + " is not in the package";
+  return {};
+}
+
+std::string WhyNothing(const std::vector<const SheetInfo*>& sheets) {
+  const std::string words = TakeXmlWords();
+  for (const SheetInfo* sheet : sheets) {
+    if (std::string why = WhyNotFound(*sheet); !why.empty()) return why;
+    if (!words.empty()) return PrintableName(sheet->part) + ":" + words;
+    if (!sheet->hasCells) return "sheet '" + PrintableName(sheet->name) + "' is a chart";
+  }
+  if (!words.empty()) return words.substr(words.find(' ') + 1);
+  return "there is no text in it";
+}
+
+std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
+                           std::vector<std::string>& notes) {
+  Parts& parts = *source.parts;
+  const Workbook& workbook = source.workbook;
+  if (PrintableName(workbook.part).find('/') != WorkbookFolder.size() - 1 ||
+      !workbook.part.starts_with(WorkbookFolder))
+    throw CommandError(ExitStatus::BadInput,
+                       parts.Name() + ": its workbook is '" + PrintableName(workbook.part) +
+                           "', and sheets are looked for below xl" + AsShownHint);
+  std::vector<const SheetInfo*> sheets;
+  for (std::size_t index = 0; index < workbook.sheets.size(); ++index)
+    if (only < 0 || index == static_cast<std::size_t>(only))
+      sheets.push_back(&workbook.sheets[index]);
+  FileList files;
+  files.Add(1, only < 0 ? parts.Fetch(workbook.part) : WriteWorkbookOf(*sheets.front(), workspace));
+  if (!workbook.relationships.empty()) files.Add(2, parts.Fetch(workbook.relationships));
+  if (!workbook.strings.empty()) files.Add(3, parts.Fetch(workbook.strings));
+  for (const SheetInfo* sheet : sheets)
+    if (!sheet->part.empty()) parts.Fetch(sheet->part);
+
+  static_cast<void>(TakeXmlWords());
+  CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
+  if (!import.ParseXmlFiles(files.Pointers()))
+    throw CommandError(ExitStatus::BadInput, parts.Name() + ": " + WhyNothing(sheets));
+  for (const SheetInfo* sheet : sheets)
+    if (const std::string why = WhyNotFound(*sheet); !why.empty()) notes.push_back(why);
+  if (const std::string words = TakeXmlWords(); !words.empty())
+    notes.push_back("something could not be read:" + words);
+  return parts.PathOf(TextName);
+}
+
+std::string ImportOpenDocument(const Source& source, int only, const Workspace& workspace) {
+  std::string content = source.document.path;
+  if (source.kind == Source::Kind::Flat || only >= 0) {
+    content = workspace.Path("content.xml");
+    WriteSpreadsheetContent(source.document, only, content);
+  }
+  std::string text = workspace.Path(TextName);
+  static_cast<void>(TakeXmlWords());
+  COpenOfficeXMLImport import(os::FromNative(content).c_str());
+  import.SetDataSaveFileName(os::FromNative(text).c_str());
+  if (import.ImportXMLFile() == 1) return text;
+  const std::string words = TakeXmlWords();
+  throw CommandError(ExitStatus::BadInput,
+                     source.document.words +
+                         (words.empty() ? ": there is no text in it" : ":" + words));
+}
+
+}  // namespace
+
+std::string MakeFaithfulText(Source& source, int only, Workspace& workspace,
+                             std::vector<std::string>& notes) {
+  if (source.kind == Source::Kind::Workbook)
+    return ImportWorkbook(source, only, workspace, notes);
+  return ImportOpenDocument(source, only, workspace);
+}
+
+}  // namespace rastrel::cli::sheet

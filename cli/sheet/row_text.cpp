@@ -1,0 +1,107 @@
+#include "cli/sheet/row_text.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "cli/exit_status.h"
+#include "cli/json_line.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+
+namespace rastrel::cli::sheet {
+namespace {
+
+constexpr std::size_t PieceSize = 64 * 1024;
+
+os::FileDescriptor Create(const std::string& path) {
+  auto file = os::CreateForWriting(os::FromNative(path));
+  if (!file) throw CommandError(ExitStatus::JobFailed, os::Describe(file.Error()));
+  return std::move(*file);
+}
+
+}  // namespace
+
+void AppendEscaped(std::string& line, std::string_view text) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  for (const char letter : text) {
+    const auto byte = static_cast<unsigned char>(letter);
+    if (letter == '\\') {
+      line += "\\\\";
+    } else if (letter == '\t') {
+      line += "\\t";
+    } else if (letter == '\n') {
+      line += "\\n";
+    } else if (letter == '\r') {
+      line += "\\r";
+    } else if (byte < 0x20 || byte == 0x7F) {
+      line += "\\x";
+      line += digits[byte / 16];
+      line += digits[byte % 16];
+    } else {
+      line += letter;
+    }
+  }
+}
+
+RowText::RowText(const std::string& path, Form form, bool marks)
+    : m_Path(path), m_Form(form), m_Marks(marks), m_File(Create(path)) {}
+
+void RowText::BeginSheet(const SheetInfo& sheet, std::size_t number) {
+  m_Row = 0;
+  m_Sheet = sheet.name;
+  if (!m_Marks) return;
+  if (m_Form == Form::Json) {
+    JsonLine line("sheet");
+    line.Add("text", std::string_view(sheet.name));
+    line.Add("number", static_cast<std::int64_t>(number));
+    m_Text += line.Add("visibility", WordOf(sheet.visibility)).Text();
+    return;
+  }
+  m_Text += "\\sheet\t";
+  AppendEscaped(m_Text, sheet.name);
+  m_Text += '\n';
+}
+
+void RowText::Row(std::uint64_t row, std::vector<std::string>& cells) {
+  if (m_Form == Form::Json) {
+    JsonLine line("row");
+    line.Add("sheet", std::string_view(m_Sheet));
+    m_Text += line.Add("row", static_cast<std::int64_t>(row)).Add("cells", cells).Text();
+  } else {
+    m_Text.append(row - m_Row - 1, '\n');
+    for (std::size_t column = 0; column < cells.size(); ++column) {
+      if (column > 0) m_Text += '\t';
+      AppendEscaped(m_Text, cells[column]);
+    }
+    m_Text += '\n';
+  }
+  m_Row = row;
+  if (m_Text.size() > PieceSize) Flush();
+}
+
+void RowText::Finish() { Flush(); }
+
+void RowText::Flush() {
+  m_Written += m_Text.size();
+  if (m_Written > limits::OutputBytes)
+    throw CommandError(ExitStatus::BadInput, "the text has more than " +
+                                                 std::to_string(limits::OutputBytes) +
+                                                 " bytes, which is the limit");
+  if (!os::WriteAll(m_File.Get(), m_Text))
+    throw CommandError(ExitStatus::JobFailed, os::Describe({"write", m_Path, errno}));
+  m_Text.clear();
+}
+
+void RowCounter::BeginSheet(const SheetInfo& sheet, std::size_t number) {
+  m_Sheets.push_back({sheet, number, {}});
+}
+
+void RowCounter::Row(std::uint64_t row, std::vector<std::string>& cells) {
+  Size& size = m_Sheets.back().size;
+  size.rows = row;
+  size.columns = std::max<std::uint64_t>(size.columns, cells.size());
+  size.cells += static_cast<std::uint64_t>(
+      std::ranges::count_if(cells, [](const std::string& cell) { return !cell.empty(); }));
+}
+
+}  // namespace rastrel::cli::sheet

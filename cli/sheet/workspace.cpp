@@ -1,0 +1,102 @@
+#include "cli/sheet/workspace.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "cli/exit_status.h"
+#include "cli/failure_report.h"
+#include "cli/installation.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/signals.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace rastrel::cli::sheet {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void RefuseTarget(const std::string& target, const std::string& why) {
+  throw CommandError(ExitStatus::JobFailed, "can't write '" + target + "': " + why);
+}
+
+void WriteThrough(const std::string& source, const std::string& target) {
+  std::ifstream input(source, std::ios::binary);
+  errno = 0;
+  std::ofstream output(target, std::ios::binary);
+  if (!output) RefuseTarget(target, os::DescribeError(errno));
+  if (fs::file_size(source) > 0) output << input.rdbuf();
+  output.flush();
+  if (!output) RefuseTarget(target, os::DescribeError(errno));
+}
+
+}  // namespace
+
+Workspace::Workspace(bool json)
+    : m_Json(json), m_Signals(os::StopSignals::Start([this](int) { Stop(); })) {
+  if (!m_Signals)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the system gives no thread or descriptor: " + os::DescribeError(errno));
+  MakeSureOfDataRoot();
+  const std::lock_guard<std::mutex> guard(m_Mutex);
+  m_Directory.emplace(false);
+}
+
+Workspace::~Workspace() {
+  const std::lock_guard<std::mutex> guard(m_Mutex);
+  m_Directory.reset();
+}
+
+void Workspace::Stop() {
+  const std::lock_guard<std::mutex> guard(m_Mutex);
+  std::error_code ignored;
+  if (!m_Unfinished.empty()) fs::remove(m_Unfinished, ignored);
+  if (m_Directory) {
+    // The other thread may be making a file in it while its neighbours are removed.
+    constexpr int attempts = 1000;
+    const std::wstring path = os::FromNative(m_Directory->Path());
+    for (int attempt = 0; attempt < attempts && os::Exists(path); ++attempt)
+      static_cast<void>(os::RemoveTree(path));
+  }
+  TellError({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"}, m_Json);
+  std::_Exit(static_cast<int>(ExitStatus::Cancelled));
+}
+
+std::string Workspace::MakeFolder(const std::string& name) const {
+  std::string path = Path(name);
+  if (!os::MakeDirectory(os::FromNative(path)))
+    throw CommandError(ExitStatus::JobFailed, os::Describe({"mkdir", path, errno}));
+  return path;
+}
+
+void Workspace::SetUnfinished(const std::string& path) {
+  const std::lock_guard<std::mutex> guard(m_Mutex);
+  m_Unfinished = path;
+}
+
+void Workspace::Deliver(const std::string& source, const std::string& target) {
+  std::error_code error;
+  fs::path place = target;
+  if (fs::is_symlink(place, error) && fs::exists(place, error)) place = fs::canonical(place, error);
+  const auto state = fs::status(place, error);
+  if (fs::is_directory(state)) RefuseTarget(target, "it is a directory");
+  if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
+  const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
+                                                 std::to_string(os::CurrentProcessId()));
+  SetUnfinished(beside);
+  const auto copied = os::CopyNativeFile(source, beside);
+  if (!copied) RefuseTarget(target, os::DescribeError(copied.Error().error));
+  fs::rename(beside, place, error);
+  if (error) {
+    const std::string why = error.message();
+    fs::remove(beside, error);
+    RefuseTarget(target, why);
+  }
+  SetUnfinished({});
+}
+
+}  // namespace rastrel::cli::sheet

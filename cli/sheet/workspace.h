@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/job_directory.h"
+
+namespace rastrel::os {
+class StopSignals;
+}
+
+namespace rastrel::cli::sheet {
+
+/// A directory for what is unpacked, below the data root's `jobs`. It is removed with all it holds
+/// at the end of its life, and at a signal that asks the program to end: that ends it at once, with
+/// the status Cancelled.
+class Workspace {
+ public:
+  /// Begins to take signals, and makes the directory. `json` is how a cancellation is told. Throws
+  /// CommandError. REQUIRES: no other thread runs yet.
+  explicit Workspace(bool json);
+  ~Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+  /// Native path of something in it.
+  [[nodiscard]] std::string Path(const std::string& name) const {
+    return m_Directory->Path() + "/" + name;
+  }
+  /// Makes an empty directory in it, and returns its native path. Throws CommandError.
+  [[nodiscard]] std::string MakeFolder(const std::string& name) const;
+  /// Moves a file of it to its final place, which is changed as a whole or not at all. What is no
+  /// regular file there (a pipe, a terminal) is written to. Throws CommandError.
+  void Deliver(const std::string& source, const std::string& target);
+
+ private:
+  [[noreturn]] void Stop();
+  void SetUnfinished(const std::string& path);
+
+  bool m_Json;
+  std::mutex m_Mutex;
+  std::string m_Unfinished;  // a file beside the final place
+  std::optional<JobDirectory> m_Directory;
+  std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
+};
+
+}  // namespace rastrel::cli::sheet

@@ -1,0 +1,179 @@
+#include "cli/sheet_command.h"
+
+#include <array>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "cli/json_line.h"
+#include "cli/options.h"
+#include "cli/sheet/row_text.h"
+#include "cli/sheet/source.h"
+#include "cli/sheet/work_progress.h"
+#include "cli/sheet/workspace.h"
+#include "cli/standard_streams.h"
+
+namespace rastrel::cli {
+namespace {
+
+using sheet::RowCounter;
+using sheet::RowText;
+using sheet::Source;
+using sheet::WorkProgress;
+using sheet::Workspace;
+
+constexpr const char* StandardOutputName = "-";
+
+struct Task {
+  const Invocation& invocation;
+  Workspace& workspace;
+  WorkProgress& progress;
+  Source source;
+  int only = -1;  // place of the one sheet that is wanted
+
+  [[nodiscard]] bool IsJson() const { return invocation.Has(OptionId::Json); }
+  /// Where the text goes; empty for standard output.
+  [[nodiscard]] std::string Target() const {
+    const std::string target = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);
+    return target == StandardOutputName ? std::string() : target;
+  }
+};
+
+void CheckUse(const Invocation& invocation) {
+  const bool asShown = invocation.Has(OptionId::AsShown);
+  if (asShown && invocation.Has(OptionId::Faithful))
+    throw CommandError(ExitStatus::WrongUse, "--faithful and --as-shown exclude each other");
+  const bool writes = asShown || invocation.Has(OptionId::Faithful) ||
+                      invocation.Has(OptionId::OutputFile) || invocation.Has(OptionId::Sheet);
+  if (invocation.Has(OptionId::List) && writes)
+    throw CommandError(ExitStatus::WrongUse, "--list goes with no option but --json");
+  if (invocation.Has(OptionId::OutputFile) && invocation.ValueOr(OptionId::OutputFile, "").empty())
+    throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or - ");
+}
+
+void TellDone(const Task& task) {
+  if (!task.IsJson()) return;
+  JsonLine line("done");
+  line.Add("originator", "system").Add("exit", 0);
+  std::vector<std::string> paths;
+  if (!task.Target().empty()) paths.push_back(task.Target());
+  line.Add("paths", paths).Write();
+}
+
+void TellNotes(const Task& task, const std::vector<std::string>& notes) {
+  for (const std::string& note : notes) {
+    const std::string words = task.invocation.operand + ": passed over: " + note;
+    if (task.IsJson())
+      JsonLine("warning").Add("originator", "system").Add("text", std::string_view(words)).Write();
+    else
+      WriteError("rastrel: " + words + "\n");
+  }
+}
+
+void CopyToOutput(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::array<char, 64 * 1024> piece;
+  while (file) {
+    file.read(piece.data(), piece.size());
+    WriteOut({piece.data(), static_cast<std::size_t>(file.gcount())});
+  }
+}
+
+// The import's lines, as objects.
+void WriteLinesAsJson(const std::string& path) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  std::ifstream file(path, std::ios::binary);
+  std::int64_t number = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (number++ == 0 && line.starts_with(mark)) line.erase(0, mark.size());
+    if (line.ends_with('\r')) line.pop_back();
+    std::vector<std::string> cells;
+    for (std::size_t begin = 0; begin <= line.size();) {
+      const std::size_t tab = std::min(line.find('\t', begin), line.size());
+      cells.push_back(line.substr(begin, tab - begin));
+      begin = tab + 1;
+    }
+    JsonLine("line").Add("row", number).Add("cells", cells).Write();
+  }
+}
+
+void WriteFaithful(Task& task) {
+  std::vector<std::string> notes;
+  task.progress.Enter("reading");
+  const std::string text = MakeFaithfulText(task.source, task.only, task.workspace, notes);
+  if (!task.Target().empty())
+    task.workspace.Deliver(text, task.Target());
+  else if (task.IsJson())
+    WriteLinesAsJson(text);
+  else
+    CopyToOutput(text);
+  TellNotes(task, notes);
+  TellDone(task);
+}
+
+void WriteAsShown(Task& task) {
+  const bool isJson = task.IsJson() && task.Target().empty();
+  const std::string path = task.workspace.Path("shown.txt");
+  task.progress.Enter("reading");
+  {
+    RowText text(path, isJson ? RowText::Form::Json : RowText::Form::Table, task.only < 0);
+    ReadRows(task.source, task.only, text);
+    text.Finish();
+  }
+  if (task.Target().empty())
+    CopyToOutput(path);
+  else
+    task.workspace.Deliver(path, task.Target());
+  TellDone(task);
+}
+
+void WriteList(Task& task) {
+  RowCounter counter;
+  task.progress.Enter("counting");
+  ReadRows(task.source, task.only, counter);
+  for (const RowCounter::Entry& entry : counter.Sheets()) {
+    const char* visibility = WordOf(entry.sheet.visibility);
+    const auto rows = static_cast<std::int64_t>(entry.size.rows);
+    const auto columns = static_cast<std::int64_t>(entry.size.columns);
+    const auto cells = static_cast<std::int64_t>(entry.size.cells);
+    if (task.IsJson()) {
+      JsonLine line("sheet");
+      line.Add("text", std::string_view(entry.sheet.name));
+      line.Add("number", static_cast<std::int64_t>(entry.number)).Add("visibility", visibility);
+      line.Add("rows", rows).Add("columns", columns).Add("cells", cells).Write();
+      continue;
+    }
+    std::string line = std::to_string(entry.number) + "\t";
+    sheet::AppendEscaped(line, entry.sheet.name);
+    WriteOut(line + "\t" + visibility + "\t" + std::to_string(rows) + " rows\t" +
+             std::to_string(columns) + " columns\t" + std::to_string(cells) + " cells\n");
+  }
+  TellDone(task);
+}
+
+}  // namespace
+
+ExitStatus SheetCommand(const Invocation& invocation) {
+  CheckUse(invocation);
+  const bool json = invocation.Has(OptionId::Json);
+  Workspace workspace(json);
+  WorkProgress progress(json);
+  progress.Enter("unpacking");
+  Task task{invocation, workspace, progress,
+            OpenSource(invocation.operand, workspace,
+                       [&progress](std::uint64_t done, std::uint64_t whole) {
+                         progress.Reach(done, whole);
+                       })};
+  if (invocation.Has(OptionId::Sheet))
+    task.only = PlaceOfSheet(SheetsOf(task.source), invocation.ValueOr(OptionId::Sheet, ""),
+                             invocation.operand);
+  if (invocation.Has(OptionId::List))
+    WriteList(task);
+  else if (invocation.Has(OptionId::AsShown))
+    WriteAsShown(task);
+  else
+    WriteFaithful(task);
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli
