@@ -17,6 +17,8 @@ namespace {
 
 constexpr const char* TextName = "content.txt";
 constexpr const char* AsShownHint = "; --as-shown reads it";
+constexpr const char* NoText =
+    "the library's import finds no text in it; --as-shown tells whether there is any";
 // Where the import looks for sheets, whatever the workbook's own place is.
 constexpr std::string_view WorkbookFolder = "xl/";
 
@@ -82,15 +84,15 @@ std::string WhyNotFound(const SheetInfo& sheet) {
   return {};
 }
 
-std::string WhyNothing(const std::vector<const SheetInfo*>& sheets) {
-  const std::string words = TakeXmlWords();
-  for (const SheetInfo* sheet : sheets) {
-    if (std::string why = WhyNotFound(*sheet); !why.empty()) return why;
-    if (!words.empty()) return PrintableName(sheet->part) + ":" + words;
-    if (!sheet->hasCells) return "sheet '" + PrintableName(sheet->name) + "' is a chart";
+std::string WhyNothing(const std::vector<const SheetInfo*>& sheets, const std::string& folder) {
+  const std::string words = TakeXmlWords(folder);
+  if (!sheets.empty()) {
+    const SheetInfo& first = *sheets.front();
+    if (std::string why = WhyNotFound(first); !why.empty()) return why;
+    if (!words.empty()) return words;
+    if (!first.hasCells) return "sheet '" + PrintableName(first.name) + "' is a chart";
   }
-  if (!words.empty()) return words.substr(words.find(' ') + 1);
-  return "there is no text in it";
+  return words.empty() ? NoText : words;
 }
 
 std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
@@ -116,11 +118,11 @@ std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
   static_cast<void>(TakeXmlWords());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
   if (!import.ParseXmlFiles(files.Pointers()))
-    throw CommandError(ExitStatus::BadInput, parts.Name() + ": " + WhyNothing(sheets));
+    throw CommandError(ExitStatus::BadInput, parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
   for (const SheetInfo* sheet : sheets)
     if (const std::string why = WhyNotFound(*sheet); !why.empty()) notes.push_back(why);
-  if (const std::string words = TakeXmlWords(); !words.empty())
-    notes.push_back("something could not be read:" + words);
+  if (const std::string words = TakeXmlWords(parts.Folder()); !words.empty())
+    notes.push_back(words);
   return parts.PathOf(TextName);
 }
 
@@ -138,7 +140,7 @@ std::string ImportOpenDocument(const Source& source, int only, const Workspace& 
   const std::string words = TakeXmlWords();
   throw CommandError(ExitStatus::BadInput,
                      source.document.words +
-                         (words.empty() ? ": there is no text in it" : ":" + words));
+                         (words.empty() ? std::string(": ") + NoText : ":" + words));
 }
 
 }  // namespace

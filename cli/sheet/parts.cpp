@@ -1,5 +1,6 @@
 #include "cli/sheet/parts.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -39,13 +40,29 @@ void Parts::Refuse(const std::string& part, const std::string& why) const {
   throw CommandError(ExitStatus::BadInput, Name() + ": " + PrintableName(part) + ": " + why);
 }
 
+namespace {
+
+std::string WordsOf(const imports::XmlFailure& failure) {
+  std::string place;
+  if (failure.line > 0) place = std::to_string(failure.line) + ":";
+  if (failure.column > 0) place += std::to_string(failure.column) + ":";
+  return place + " " + os::Utf8FromWide(failure.reason);
+}
+
+}  // namespace
+
 std::string TakeXmlWords() {
   const auto failure = imports::TakeXmlFailure();
+  return failure ? WordsOf(*failure) : std::string();
+}
+
+std::string TakeXmlWords(const std::string& folder) {
+  const auto failure = imports::TakeXmlFailure();
   if (!failure) return {};
-  std::string place;
-  if (failure->line > 0) place = std::to_string(failure->line) + ":";
-  if (failure->column > 0) place += std::to_string(failure->column) + ":";
-  return place + " " + os::Utf8FromWide(failure->reason);
+  std::string path = os::Utf8FromWide(failure->path);
+  std::ranges::replace(path, '\\', '/');
+  if (path.starts_with(folder + "/")) path.erase(0, folder.size() + 1);
+  return path + (path.empty() ? "" : ":") + WordsOf(*failure);
 }
 
 }  // namespace rastrel::cli::sheet

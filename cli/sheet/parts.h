@@ -39,5 +39,8 @@ class Parts {
 
 /// What the XML layer found wrong last, as "3:17: why"; empty if nothing. Forgets it.
 [[nodiscard]] std::string TakeXmlWords();
+/// The same with the file's name in front, "xl/styles.xml:3:17: why": the part's, if it lies below
+/// `folder`, a native path.
+[[nodiscard]] std::string TakeXmlWords(const std::string& folder);
 
 }  // namespace rastrel::cli::sheet
