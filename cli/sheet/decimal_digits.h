@@ -4,9 +4,9 @@
 
 namespace rastrel::cli::sheet {
 
-/// A number of zero or more as decimal digits, the way spreadsheets show numbers: its 15 significant
-/// digits count, and halves are rounded up, so that 2.675 with two decimals is 2.68 although the
-/// binary number lies a little below. Never by the locale.
+/// A number of zero or more as decimal digits, the way spreadsheets show numbers: its 15
+/// significant digits count, and halves are rounded up, so that 2.675 with two decimals is 2.68
+/// although the binary number lies a little below. Never by the locale.
 class DecimalDigits {
  public:
   /// REQUIRES: finite and not negative.

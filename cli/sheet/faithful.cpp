@@ -118,7 +118,8 @@ std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
   static_cast<void>(TakeXmlWords());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
   if (!import.ParseXmlFiles(files.Pointers()))
-    throw CommandError(ExitStatus::BadInput, parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
+    throw CommandError(ExitStatus::BadInput,
+                       parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
   for (const SheetInfo* sheet : sheets)
     if (const std::string why = WhyNotFound(*sheet); !why.empty()) notes.push_back(why);
   if (const std::string words = TakeXmlWords(parts.Folder()); !words.empty())
@@ -138,17 +139,16 @@ std::string ImportOpenDocument(const Source& source, int only, const Workspace& 
   import.SetDataSaveFileName(os::FromNative(text).c_str());
   if (import.ImportXMLFile() == 1) return text;
   const std::string words = TakeXmlWords();
-  throw CommandError(ExitStatus::BadInput,
-                     source.document.words +
-                         (words.empty() ? std::string(": ") + NoText : ":" + words));
+  throw CommandError(
+      ExitStatus::BadInput,
+      source.document.words + (words.empty() ? std::string(": ") + NoText : ":" + words));
 }
 
 }  // namespace
 
 std::string MakeFaithfulText(Source& source, int only, Workspace& workspace,
                              std::vector<std::string>& notes) {
-  if (source.kind == Source::Kind::Workbook)
-    return ImportWorkbook(source, only, workspace, notes);
+  if (source.kind == Source::Kind::Workbook) return ImportWorkbook(source, only, workspace, notes);
   return ImportOpenDocument(source, only, workspace);
 }
 

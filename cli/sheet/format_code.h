@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// Number formats of cells, as ECMA-376 Part 1, 18.8.30 and 18.8.31 have them: "#,##0.00", "d/m/yy",
+/// Number formats of cells, as ECMA-376 Part 1, 18.8.30 and 18.8.31 have them: "#,##0.00",
+/// "d/m/yy",
 /// "[h]:mm", "0%;[Red]-0%". All text is UTF-8. Names of months and days are English.
 namespace rastrel::cli::sheet {
 
@@ -54,10 +55,10 @@ struct FormatSection {
   std::optional<Condition> condition;
   bool isDate = false;
   bool hasElapsed = false;
-  bool hasText = false;   ///< holds an @
-  bool isGrouped = false; ///< thousands are set apart
-  int thousands = 0;      ///< commas behind the last place: so often divided by 1000
-  int percents = 0;       ///< so often multiplied by 100
+  bool hasText = false;    ///< holds an @
+  bool isGrouped = false;  ///< thousands are set apart
+  int thousands = 0;       ///< commas behind the last place: so often divided by 1000
+  int percents = 0;        ///< so often multiplied by 100
   [[nodiscard]] bool Has(PieceKind kind) const;
 };
 
@@ -90,7 +91,8 @@ class FormatCode {
 
 /// A section's pieces for a number of zero or more: digits, fractions and exponents. `sign` goes in
 /// front unless no digit other than zero is shown.
-[[nodiscard]] std::string ShowDigits(const FormatSection& section, double magnitude, bool isNegative);
+[[nodiscard]] std::string ShowDigits(const FormatSection& section, double magnitude,
+                                     bool isNegative);
 /// The same of a date or time, by the days since day 0 of the system.
 [[nodiscard]] std::string ShowDate(const FormatSection& section, double days, DateSystem dates);
 

@@ -190,8 +190,8 @@ class SectionReader {
   void ReadCommas() {
     const std::size_t count = std::min(m_Rest.find_first_not_of(','), m_Rest.size());
     Take(count);
-    const bool goesOn = !m_Rest.empty() && std::string_view("0#?").find(m_Rest.front()) !=
-                                               std::string_view::npos;
+    const bool goesOn =
+        !m_Rest.empty() && std::string_view("0#?").find(m_Rest.front()) != std::string_view::npos;
     if (goesOn)
       m_Section.isGrouped = true;
     else

@@ -154,12 +154,10 @@ class RowReader : public TableReader {
     const std::wstring why = ShowOpenDocumentCell(cell, text);
     if (!why.empty()) return Refuse(L"row " + std::to_wstring(m_Row + 1) + L": " + why);
     if (text.empty()) return;
-    if (column > limits::Columns || repeats > limits::Columns ||
-        column + repeats > limits::Columns)
+    if (column > limits::Columns || repeats > limits::Columns || column + repeats > limits::Columns)
       return Refuse(L"row " + std::to_wstring(m_Row + 1) + L" has a cell that comes " +
                     std::to_wstring(repeats) + L" times behind " + std::to_wstring(column) +
-                    L" others, and the limit is " + std::to_wstring(limits::Columns) +
-                    L" columns");
+                    L" others, and the limit is " + std::to_wstring(limits::Columns) + L" columns");
     CountRepeats(repeats - 1);
     m_Cells.resize(column);
     m_Cells.insert(m_Cells.end(), repeats, text);

@@ -12,11 +12,11 @@ namespace rastrel::cli::sheet {
 
 /// What a package may hold. Beyond any of these it is refused, with words that name the entry.
 struct PackageLimits {
-  std::uint64_t entries = 10'000;                     ///< of the whole package
-  std::uint64_t directoryBytes = 16ULL << 20;         ///< of the list of its entries
-  std::uint64_t totalBytes = 4ULL << 30;              ///< of all that is unpacked
-  std::uint64_t ratio = 250;                          ///< unpacked to packed, of one entry ...
-  std::uint64_t ratioFromBytes = 64ULL << 20;         ///< ... that unpacks to more than this
+  std::uint64_t entries = 10'000;              ///< of the whole package
+  std::uint64_t directoryBytes = 16ULL << 20;  ///< of the list of its entries
+  std::uint64_t totalBytes = 4ULL << 30;       ///< of all that is unpacked
+  std::uint64_t ratio = 250;                   ///< unpacked to packed, of one entry ...
+  std::uint64_t ratioFromBytes = 64ULL << 20;  ///< ... that unpacks to more than this
 };
 
 /// How far the unpacking is, in bytes of the part at hand; `whole` is what its header says. May

@@ -20,16 +20,16 @@ constexpr const char* NoDate = "#####";
 constexpr std::array<std::string_view, 12> MonthNames{
     "January", "February", "March",     "April",   "May",      "June",
     "July",    "August",   "September", "October", "November", "December"};
-constexpr std::array<std::string_view, 7> DayNames{
-    "Saturday", "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday"};
+constexpr std::array<std::string_view, 7> DayNames{"Saturday",  "Sunday",   "Monday", "Tuesday",
+                                                   "Wednesday", "Thursday", "Friday"};
 
 struct Moment {
   std::int64_t day = 0;  // since 30 December 1899
   std::int64_t year = 0;
   unsigned month = 1;
   unsigned dayOfMonth = 1;
-  std::int64_t seconds = 0;   // of the day; of all days if elapsed
-  std::string subSeconds;     // digits behind the point
+  std::int64_t seconds = 0;  // of the day; of all days if elapsed
+  std::string subSeconds;    // digits behind the point
 };
 
 // Days to a date of the Gregorian calendar, by eras of 400 years.
@@ -65,8 +65,8 @@ int SubSecondPlaces(const FormatSection& section) {
 void SetSeconds(Moment& moment, double seconds, int places) {
   const double whole = std::floor(seconds);
   const auto scale = static_cast<std::int64_t>(std::llround(std::pow(10.0, places)));
-  const auto fraction =
-      std::min(std::llround((seconds - whole) * static_cast<double>(scale)), static_cast<long long>(scale - 1));
+  const auto fraction = std::min(std::llround((seconds - whole) * static_cast<double>(scale)),
+                                 static_cast<long long>(scale - 1));
   moment.seconds = static_cast<std::int64_t>(whole);
   moment.subSeconds = places > 0 ? Number(fraction, places) : "";
 }
@@ -83,8 +83,8 @@ Moment MomentOf(const FormatSection& section, double days) {
   constexpr double precision = 1e5;
   double seconds = std::round((days - std::floor(days)) * SecondsADay * precision) / precision;
   moment.day = static_cast<std::int64_t>(std::floor(days));
-  const bool hasDate = section.Has(PieceKind::Year) || section.Has(PieceKind::Month) ||
-                       section.Has(PieceKind::Day);
+  const bool hasDate =
+      section.Has(PieceKind::Year) || section.Has(PieceKind::Month) || section.Has(PieceKind::Day);
   const bool hasTime = section.Has(PieceKind::Hour) || section.Has(PieceKind::Minute) ||
                        section.Has(PieceKind::Second);
   if (hasTime && hasDate && std::round(seconds * scale) / scale >= SecondsADay) {
@@ -106,8 +106,7 @@ std::string ShowMonth(const Moment& moment, int letters) {
 
 std::string ShowDay(const Moment& moment, int letters) {
   if (letters <= 2) return Number(moment.dayOfMonth, letters);
-  const std::string_view name =
-      DayNames[static_cast<std::size_t>(((moment.day % 7) + 7) % 7)];
+  const std::string_view name = DayNames[static_cast<std::size_t>(((moment.day % 7) + 7) % 7)];
   return std::string(letters == 3 ? name.substr(0, 3) : name);
 }
 

@@ -66,8 +66,8 @@ std::string ShowFraction(const Pieces& pieces, std::size_t begin, std::size_t en
   for (std::size_t at = begin; at < end; ++at) {
     if (pieces[at].kind == PieceKind::Literal) shown += pieces[at].text;
     if (pieces[at].kind != PieceKind::Digit) continue;
-    const std::string_view digit = index < used ? std::string_view(digits).substr(index, 1)
-                                                : UnusedPlace(pieces[at]);
+    const std::string_view digit =
+        index < used ? std::string_view(digits).substr(index, 1) : UnusedPlace(pieces[at]);
     hasDigit = hasDigit || !digit.empty();
     shown += digit;
     ++index;
@@ -75,7 +75,8 @@ std::string ShowFraction(const Pieces& pieces, std::size_t begin, std::size_t en
   return (hasDigit ? "." : "") + shown;
 }
 
-std::string ShowMantissa(const FormatSection& section, std::size_t end, const DecimalDigits& digits) {
+std::string ShowMantissa(const FormatSection& section, std::size_t end,
+                         const DecimalDigits& digits) {
   const Pieces& pieces = section.pieces;
   const std::size_t point = std::min(Find(pieces, PieceKind::Point), end);
   std::string shown = PlacesIn(pieces, 0, point) == 0 && point < end ? digits.Integer() : "";

@@ -40,9 +40,9 @@ enum class Visibility {
 struct SheetInfo {
   std::string name;
   Visibility visibility = Visibility::Visible;
-  std::string id;      ///< of its relationship; of OOXML alone
-  std::string target;  ///< as the relationship has it
-  std::string part;    ///< where that leads in the package; empty if nowhere
+  std::string id;        ///< of its relationship; of OOXML alone
+  std::string target;    ///< as the relationship has it
+  std::string part;      ///< where that leads in the package; empty if nowhere
   bool hasCells = true;  ///< false for a chart that has a sheet to itself
 };
 

@@ -34,8 +34,9 @@ class ContentWriter : public GuardedHandler {
     switch (depth) {
       case 0:
         if (baseName != L"document" && baseName != L"document-content") return StreamChoice::kSkip;
-        return Enter("document-content xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:"
-                     "1.0\"");
+        return Enter(
+            "document-content xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:"
+            "1.0\"");
       case 1: return baseName == L"body" ? Enter("body") : StreamChoice::kSkip;
       case 2:
         if (baseName != L"spreadsheet") return StreamChoice::kSkip;

@@ -42,8 +42,7 @@ StringTable StringTable::Read(Parts& parts, const std::string& part) {
                     std::to_wstring(limits::StringBytes));
   });
   const std::string path = parts.Fetch(part);
-  if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep))
-    parts.RefuseXml(part, "it can't be read");
+  if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep)) parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot()) parts.Refuse(part, "its root element is not 'sst'");
   return table;
 }
@@ -72,8 +71,9 @@ std::string StringTable::Unescaped(std::string_view text) {
       continue;
     }
     const auto character = static_cast<wchar_t>(value);
-    os::AppendUtf8FromWide(result, std::wstring_view(&character, 1));
     at += escapeSize - 1;
+    if (character == L'\r' && text.substr(at + 1).starts_with('\n')) continue;
+    os::AppendUtf8FromWide(result, std::wstring_view(&character, 1));
   }
   return result;
 }

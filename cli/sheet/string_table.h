@@ -26,7 +26,8 @@ class StringTable {
 
   /// What a string element shows: its text or that of its runs, without phonetic hints.
   [[nodiscard]] static std::string TextOf(const XmlNode& element);
-  /// With the escapes of characters that XML lacks ("_x000D_") read.
+  /// With the escapes of characters that XML lacks ("_x000D_") read, and without the carriage
+  /// return that some programs put in front of a line feed.
   [[nodiscard]] static std::string Unescaped(std::string_view text);
 
  private:

@@ -11,8 +11,8 @@
 
 namespace rastrel::cli::sheet {
 
-/// Shows work that takes more than a second: as a line on a terminal, or as JSON lines. Elsewhere it
-/// shows nothing.
+/// Shows work that takes more than a second: as a line on a terminal, or as JSON lines. Elsewhere
+/// it shows nothing.
 class WorkProgress {
  public:
   /// `json` for lines of JSON on standard output.

@@ -28,8 +28,7 @@ bool IsOfType(const Relationship& relationship, std::string_view word) {
 void Stream(Parts& parts, const std::string& part, PathReader& reader, const char* root) {
   static_cast<void>(TakeXmlWords());
   const std::string path = parts.Fetch(part);
-  if (!reader.ReadFrom(path))
-    parts.RefuseXml(part, "it can't be read");
+  if (!reader.ReadFrom(path)) parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot())
     parts.Refuse(part, std::string("its root element is not '") + root + "'");
 }

@@ -26,8 +26,7 @@ WorkbookFormats WorkbookFormats::Read(Parts& parts, const std::string& part) {
     check(numbers.size());
   });
   const std::string path = parts.Fetch(part);
-  if (!reader.ReadFrom(path))
-    parts.RefuseXml(part, "it can't be read");
+  if (!reader.ReadFrom(path)) parts.RefuseXml(part, "it can't be read");
   formats.Build(codes, numbers);
   return formats;
 }

@@ -25,8 +25,8 @@ class WorkbookFormats {
              const std::vector<std::uint64_t>& numbers);
 
   FormatCode m_General;
-  std::vector<FormatCode> m_Codes;      // of the different numbers
-  std::vector<std::size_t> m_Indices;   // for each format of cells its place in them
+  std::vector<FormatCode> m_Codes;     // of the different numbers
+  std::vector<std::size_t> m_Indices;  // for each format of cells its place in them
 };
 
 }  // namespace rastrel::cli::sheet

@@ -126,9 +126,7 @@ class SheetReader : public GuardedHandler {
     return number ? code.ShowNumber(*number, m_Dates) : std::string(text);
   }
 
-  std::string_view RawText(const XmlNode& node) {
-    return imports::RawTextBytes(node, m_Scratch);
-  }
+  std::string_view RawText(const XmlNode& node) { return imports::RawTextBytes(node, m_Scratch); }
 
   std::string ShowShared(std::string_view text, const FormatCode& code) {
     const auto index = WholeNumber(text);
@@ -165,8 +163,7 @@ void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink&
                          parts.Name() + ": the part of sheet '" + PrintableName(sheet.name) +
                              "' is not in the package: '" + PrintableName(sheet.target) + "'");
     // A small file could otherwise ask for one large sheet over and over.
-    if (!read.insert(sheet.part).second)
-      parts.Refuse(sheet.part, "several sheets share it");
+    if (!read.insert(sheet.part).second) parts.Refuse(sheet.part, "several sheets share it");
     SheetReader reader(strings, formats, workbook.dates, sink);
     const std::string path = parts.Fetch(sheet.part);
     if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep))

@@ -138,8 +138,8 @@ class ZipPackage : public Package {
     CheckName(entry);
     if (stat.encryption_method != ZIP_EM_NONE) RefuseEntry(entry.name, "it is encrypted");
     if (entry.packed > m_FileSize)
-      RefuseEntry(entry.name, "it would take " + Count(entry.packed) +
-                                  " bytes, and the file has " + Count(m_FileSize));
+      RefuseEntry(entry.name, "it would take " + Count(entry.packed) + " bytes, and the file has " +
+                                  Count(m_FileSize));
     if (stat.comp_method != ZIP_CM_STORE && stat.comp_method != ZIP_CM_DEFLATE)
       RefuseEntry(entry.name, "it is packed by method " + std::to_string(stat.comp_method) +
                                   ", which packages don't have");
@@ -172,9 +172,8 @@ class ZipPackage : public Package {
                                   Count(m_Limits.totalBytes) + " bytes, which is the limit");
     const std::uint64_t packed = std::max<std::uint64_t>(entry.packed, 1);
     if (size > m_Limits.ratioFromBytes && size / m_Limits.ratio > packed)
-      RefuseEntry(entry.name, "it unpacks to more than " + Count(m_Limits.ratio) +
-                                  " times its " + Count(entry.packed) +
-                                  " bytes, which is the limit");
+      RefuseEntry(entry.name, "it unpacks to more than " + Count(m_Limits.ratio) + " times its " +
+                                  Count(entry.packed) + " bytes, which is the limit");
   }
 
   const ZipLibrary& m_Zip;
@@ -201,8 +200,8 @@ void ZipPackage::Unpack(const std::string& part, const std::string& target,
   for (;;) {
     const zip_int64_t count = m_Zip.readEntry(file.get(), piece.data(), piece.size());
     if (count < 0)
-      RefuseEntry(entry.name, std::string("it is damaged: ") +
-                                  m_Zip.errorText(m_Zip.entryError(file.get())));
+      RefuseEntry(entry.name,
+                  std::string("it is damaged: ") + m_Zip.errorText(m_Zip.entryError(file.get())));
     if (count == 0) break;
     done += static_cast<std::uint64_t>(count);
     if (done > entry.size) RefuseEntry(entry.name, "it unpacks to more than its header says");

@@ -56,9 +56,10 @@ TEST(ShowGeneral, gives_up_to_fifteen_digits_and_an_exponent_only_where_it_must)
 
 TEST(DecimalDigits, rounds_halves_up_by_what_a_person_typed) {
   const std::tuple<double, int, const char*, const char*> examples[] = {
-      {2.675, 2, "2", "68"}, {1.005, 2, "1", "01"},   {0.5, 0, "1", ""},     {0.4999, 0, "", ""},
-      {99.95, 1, "100", "0"}, {9.99, 0, "10", ""},    {0.05, 1, "", "1"},    {0.04, 1, "", "0"},
-      {1e20, 1, "100000000000000000000", "0"},        {0.06, 0, "", ""},
+      {2.675, 2, "2", "68"}, {1.005, 2, "1", "01"},  {0.5, 0, "1", ""},
+      {0.4999, 0, "", ""},   {99.95, 1, "100", "0"}, {9.99, 0, "10", ""},
+      {0.05, 1, "", "1"},    {0.04, 1, "", "0"},     {1e20, 1, "100000000000000000000", "0"},
+      {0.06, 0, "", ""},
   };
   for (const auto& [value, places, integer, fraction] : examples) {
     DecimalDigits digits(value);
@@ -226,8 +227,8 @@ TEST(ShowIsoDate, shows_dates_by_formats_of_dates_only) {
   EXPECT_EQ(ShowIsoDate("2021-03-01T12:30:00Z", date, DateSystem::From1900), "1/3/2021 12:30");
   EXPECT_EQ(ShowIsoDate("2021-03-01", date, DateSystem::From1904), "1/3/2021 0:00");
   EXPECT_EQ(ShowIsoDate("2021-03-01", FormatCode(), DateSystem::From1900), "2021-03-01");
-  for (const char* text : {"", "2021", "2021-13-01", "2021-02-30", "2021-03-01X", "2021-03-01T25:00",
-                           "99999999999-01-01", "abcd-ef-gh"})
+  for (const char* text : {"", "2021", "2021-13-01", "2021-02-30", "2021-03-01X",
+                           "2021-03-01T25:00", "99999999999-01-01", "abcd-ef-gh"})
     EXPECT_EQ(ShowIsoDate(text, date, DateSystem::From1900), text);
 }
 

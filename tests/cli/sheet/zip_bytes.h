@@ -70,9 +70,9 @@ class ZipBytes {
   void Add(const ZipEntry& entry) {
     const std::string packed = entry.deflated ? Deflated(entry.content) : entry.content;
     const unsigned method = entry.method.value_or(entry.deflated ? 8 : 0);
-    const auto crc = entry.claimedCrc.value_or(static_cast<std::uint32_t>(
-        crc32(0, reinterpret_cast<const Bytef*>(entry.content.data()),
-              static_cast<uInt>(entry.content.size()))));
+    const auto crc = entry.claimedCrc.value_or(
+        static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(entry.content.data()),
+                                         static_cast<uInt>(entry.content.size()))));
     const std::uint64_t size =
         entry.claimedSize.value_or(static_cast<std::uint32_t>(entry.content.size()));
     std::string shared;
