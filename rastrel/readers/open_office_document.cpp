@@ -11,13 +11,10 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/readers/open_office_xml_import.h"
-#include "rastrel/readers/text_file.h"
+#include "rastrel/readers/trimmed_text.h"
 
 namespace rastrel::readers {
 namespace {
-
-// Never takes off anything as long as each cell ends in its tab, which is what the tab is for.
-constexpr std::string_view RowEnds = " .";
 
 // What the machine's memory takes for a piece of its own besides what is asked for.
 constexpr std::size_t AllocationCost = 16;
@@ -83,11 +80,13 @@ std::unique_ptr<tagOPEN_OFFICE_DATA> MakeRecord(OpenOfficeTables::Walk table) {
   return record;
 }
 
-// The tables as one text. Entities are replaced cell by cell, which gives what replacing them in
-// the whole text would: none of them reaches over a tab, and none becomes white space.
+// The tables as one text. Behind each row dots and blanks are taken off the text's end, which never
+// finds any: a tab stands behind each cell, a line feed behind each row, and that is what the tab
+// is for. Entities are replaced cell by cell, which gives what replacing them in the whole text
+// would: none of them reaches over a tab, and none becomes white space.
 class Flattening {
  public:
-  explicit Flattening(std::size_t limit) : m_Text(limit) {}
+  explicit Flattening(std::wstring_view name) : m_Text(name) {}
 
   void Append(const tagOPEN_OFFICE_DATA& table) {
     for (const tagTABLE_TABLE_ROW& row : table.m_Rows) {
@@ -111,24 +110,22 @@ class Flattening {
     if (isInRow) EndRow();
   }
 
-  [[nodiscard]] SheetText& Text() { return m_Text; }
+  // The line feeds behind the last table go with the white space at the end.
+  [[nodiscard]] bool Close() { return m_Text.Close(); }
 
  private:
   void AppendCells(std::size_t repeat, std::string_view text) {
-    if (text.empty()) return m_Text.Append(repeat, '\t');
+    if (text.empty()) return m_Text.AppendWhiteSpace(repeat, '\t');
     if (ReplaceEntities(text, m_Scratch)) text = m_Scratch;
-    for (; repeat > 0 && !m_Text.IsOverLimit(); --repeat) {
+    for (; repeat > 0; --repeat) {
       m_Text.Append(text);
-      m_Text.Append('\t');
+      m_Text.AppendWhiteSpace(1, '\t');
     }
   }
 
-  void EndRow() {
-    m_Text.TrimRight(RowEnds);
-    m_Text.Append('\n');
-  }
+  void EndRow() { m_Text.AppendWhiteSpace(1, '\n'); }
 
-  SheetText m_Text;
+  TrimmedText m_Text;
   std::string m_Scratch;
 };
 
@@ -177,23 +174,10 @@ void OpenOfficeDocument::Clear() {
 }
 
 bool OpenOfficeDocument::SaveText(std::wstring_view name) const {
-  Flattening flattening(m_Limits.resultText);
-  for (const auto& record : m_Records) flattening.Append(*record);
-  for (std::size_t index = 0; index < m_Tables.Count(); ++index)
-    flattening.Append(m_Tables.Table(index));
-  SheetText& text = flattening.Text();
-  if (text.IsOverLimit()) {
-    imports::ReportXmlFailure(
-        {std::wstring(name), 0, 0,
-         L"the tables become more than " + std::to_wstring(m_Limits.resultText) + L" bytes"});
-    return false;
-  }
-  text.TrimRight("\n");
-  const auto [begin, end] = text.TrimmedRange();
-  if (begin == end || name.empty()) return false;
-  TextFile file{std::wstring(name)};
-  text.ForEachPiece(begin, end, [&file](std::string_view piece) { return file.Write(piece); });
-  return file.Close();
+  Flattening text(name);
+  for (const auto& record : m_Records) text.Append(*record);
+  for (std::size_t index = 0; index < m_Tables.Count(); ++index) text.Append(m_Tables.Table(index));
+  return text.Close();
 }
 
 }  // namespace rastrel::readers

@@ -7,7 +7,6 @@
 
 #include "rastrel/readers/open_office_tables.h"
 #include "rastrel/readers/sheet_limits.h"
-#include "rastrel/readers/sheet_text.h"
 
 struct tagOPEN_OFFICE_DATA;
 

@@ -6,7 +6,7 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/readers/open_office_document.h"
-#include "rastrel/readers/text_file.h"
+#include "rastrel/readers/trimmed_text.h"
 
 COpenOfficeXMLImport::COpenOfficeXMLImport(const wchar_t* path)
     : CXMLImport(path), m_Document(std::make_unique<rastrel::readers::OpenOfficeDocument>()) {
@@ -42,15 +42,11 @@ void* COpenOfficeXMLImport::GetNextPlate() {
 }
 
 int COpenOfficeXMLImport::SaveDataToFile(const CString& text) {
-  std::string trimmed = rastrel::os::Utf8FromWide(text);
-  const std::size_t begin = trimmed.find_first_not_of(rastrel::readers::WhiteSpace);
-  if (begin == std::string::npos || m_SaveName.empty()) return 0;
-  trimmed.erase(trimmed.find_last_not_of(rastrel::readers::WhiteSpace) + 1);
-  trimmed.erase(0, begin);
+  const std::string bytes = rastrel::os::Utf8FromWide(text);
   std::string replaced;
-  const bool isReplaced = rastrel::readers::ReplaceEntities(trimmed, replaced);
-  rastrel::readers::TextFile file(m_SaveName);
-  file.Write(isReplaced ? replaced : trimmed);
+  const bool isReplaced = rastrel::readers::ReplaceEntities(bytes, replaced);
+  rastrel::readers::TrimmedText file(m_SaveName);
+  file.Append(isReplaced ? replaced : bytes);
   return file.Close() ? 1 : 0;
 }
 

@@ -20,9 +20,9 @@ struct SheetLimits {
   /// Cells of an OpenOffice document, each as often as it is repeated.
   std::uint64_t cells = std::uint64_t{64} << 20;
   /// Texts of its cells as they are kept, each once, in bytes of UTF-8 with up to 15 for the cell.
-  std::size_t cellText = std::size_t{64} << 20;
+  std::size_t cellText = std::size_t{48} << 20;
   /// The records that a host walks, in bytes. They are made only when the host asks for them.
-  std::size_t records = std::size_t{96} << 20;
+  std::size_t records = std::size_t{184} << 20;
 };
 
 }  // namespace rastrel::readers
