@@ -1,3 +1,5 @@
+#include "rastrel/imports/xml_load.h"
+
 #include <algorithm>
 #include <memory>
 
@@ -65,27 +67,43 @@ std::optional<XmlFailure> FindNoCharacter(std::wstring_view text) {
 }
 
 }  // namespace
+
+XmlNode LoadXml(XmlSource& source, XmlEncoding encoding, std::optional<XmlFailure>& failure) {
+  auto document = std::make_unique<XmlDocument>();
+  Loader loader(*document);
+  failure = ParseXml(source, encoding, document->names, loader);
+  return failure ? XmlNode() : XmlNode(loader.Root(), document.release());
+}
+
 }  // namespace rastrel::imports
 
 namespace imports = rastrel::imports;
+namespace os = rastrel::os;
 
 XmlNode LoadXmlFile(std::wstring_view path) {
-  auto document = std::make_unique<imports::XmlDocument>();
-  imports::Loader loader(*document);
-  if (!imports::ParseXmlFile(path, document->names, loader)) return {};
-  return XmlNode(loader.Root(), document.release());
+  auto file = os::RandomAccessFile::Open(path);
+  std::optional<imports::XmlFailure> failure;
+  XmlNode root;
+  if (file) {
+    imports::XmlFileSource source(std::move(*file), path);
+    root = imports::LoadXml(source, imports::XmlEncoding::kByDocument, failure);
+  } else {
+    failure.emplace().reason = os::WideFromUtf8(os::Describe(file.Error()));
+  }
+  if (!failure) return root;
+  failure->path = path;
+  imports::ReportXmlFailure(*std::move(failure));
+  return {};
 }
 
 XmlNode LoadXmlString(std::wstring_view text) {
   auto failure = imports::FindNoCharacter(text);
-  auto document = std::make_unique<imports::XmlDocument>();
-  imports::Loader loader(*document);
+  XmlNode root;
   if (!failure) {
-    const std::string bytes = rastrel::os::Utf8FromWide(text);
+    const std::string bytes = os::Utf8FromWide(text);
     imports::XmlMemorySource source(bytes);
-    failure = imports::ParseXml(source, imports::XmlEncoding::kUtf8, document->names, loader);
+    root = imports::LoadXml(source, imports::XmlEncoding::kUtf8, failure);
   }
-  if (!failure) return XmlNode(loader.Root(), document.release());
-  imports::ReportXmlFailure(*std::move(failure));
-  return {};
+  if (failure) imports::ReportXmlFailure(*std::move(failure));
+  return root;
 }

@@ -4,7 +4,6 @@
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
-#include <libxml/xmlstring.h>
 
 #include <algorithm>
 #include <array>
@@ -83,6 +82,26 @@ bool IsNameOf(Family family, std::string_view declared) {
     case Family::kUtf8: return lower == "utf-8" || lower == "utf8";
     case Family::kUtf16:
       return lower.starts_with("utf-16") || lower == "ucs-2" || lower == "iso-10646-ucs-2";
+  }
+  return true;
+}
+
+// Whether the bytes are UTF-8 in its one strict form (RFC 3629).
+bool IsUtf8(std::string_view bytes) {
+  for (std::size_t at = 0; at < bytes.size();) {
+    const auto lead = static_cast<unsigned char>(bytes[at++]);
+    if (lead < 0x80) continue;
+    const std::size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
+    if (lead < 0xC2 || lead > 0xF4 || bytes.size() - at < more) return false;
+    std::uint32_t value = lead & (0x3FU >> more);
+    for (const std::size_t end = at + more; at < end; ++at) {
+      const auto byte = static_cast<unsigned char>(bytes[at]);
+      if ((byte & 0xC0) != 0x80) return false;
+      value = value << 6 | (byte & 0x3F);
+    }
+    constexpr std::uint32_t smallest[] = {0x80, 0x800, 0x10000};
+    const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
+    if (value < smallest[more - 1] || value > 0x10FFFF || surrogate) return false;
   }
   return true;
 }
@@ -380,12 +399,11 @@ void Parse::OnCdata(const xmlChar* text, int length) {
   m_Cdata.append(Bytes(text, length));
 }
 
-// A section is told with the line ends of the file, which XML wants to be line feeds, and with half
-// a character at its end, which is none.
+// A section is told with the line ends of the file, which XML wants to be line feeds, and hardly
+// looked at.
 void Parse::EndCdata() {
   m_InCdata = false;
-  if (xmlCheckUTF8(reinterpret_cast<const xmlChar*>(m_Cdata.c_str())) == 0)
-    return Fail(L"a CDATA section holds bytes that are no characters");
+  if (!IsUtf8(m_Cdata)) return Fail(L"a CDATA section holds bytes that are no characters");
   std::size_t kept = 0;
   for (std::size_t at = 0; at < m_Cdata.size(); ++at) {
     const bool pair = m_Cdata[at] == '\r' && at + 1 < m_Cdata.size() && m_Cdata[at + 1] == '\n';
