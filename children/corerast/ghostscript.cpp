@@ -34,7 +34,8 @@ enum Place : std::size_t {
 constexpr std::array PrologFiles{"reports.ps",  "capture.ps",   "match.ps",     "pdftext.ps",
                                  "guard.ps",    "device.ps",    "selection.ps", "sections.ps",
                                  "painting.ps", "lettering.ps", "cutter.ps"};
-constexpr std::array MeasuringFiles{"reports.ps", "measure.ps"};
+constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "measure.ps"};
+constexpr const char* PictureFile = "picture.ps";
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
 
@@ -90,6 +91,7 @@ std::vector<std::string> Arguments(const InterpreterRequest& request, const Sett
     std::ranges::for_each(MeasuringFiles, add);
   } else {
     std::ranges::for_each(PrologFiles, add);
+    if (request.picture) add(PictureFile);
     if (request.prefix >= 0) arguments.push_back(At(Prefix));
     add(BeginFile);
   }

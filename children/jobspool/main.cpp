@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "children/jobspool/command_line.h"
+#include "children/jobspool/conversion.h"
 #include "children/jobspool/queue_run.h"
 #include "children/shared/arguments.h"
 #include "rastrel/platform/os/file.h"
@@ -40,7 +41,8 @@ std::optional<RunFailure> Work(const CommandLine& line, const char* program,
   for (const std::string& complaint : std::get<JobSource>(source).header.complaints) {
     reporter.Warning(complaint);
   }
-  return MeasureFile(std::get<JobSource>(source), context);
+  if (line.measure) return MeasureFile(std::get<JobSource>(source), context);
+  return Convert(line.file, std::get<JobSource>(source), context);
 }
 
 int Main(std::span<const char* const> arguments) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <vector>
 
 #include "rastrel/platform/os/file.h"
@@ -69,6 +70,12 @@ std::variant<PageMeasure, RunFailure> Measure(const JobSource& source,
   if (!directory) return Failed(directory.Error());
   corerast::RipRun run(std::move(measuring), *directory, context.reporter, context.guardian);
   if (auto failure = run.Run()) return std::move(*failure);
+  std::error_code error;
+  std::filesystem::remove_all(directory->Path(), error);
+  if (error) return Failed({"remove", directory->Path(), error.value()});
+  if (!context.guardian.Release(directory->Path())) {
+    return Failed({"release", directory->Path(), errno});
+  }
   const auto page = MeasuredPage(run.Box(), source.declared);
   if (!page) return RunFailure{ExitStatus::Failed, "The interpreter's measure can't be read."};
   return *page;

@@ -1,0 +1,209 @@
+#include "children/jobspool/conversion.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+#include "children/corerast/cut_paths.h"
+#include "children/jobspool/bitmap_file.h"
+#include "children/jobspool/cut_archive.h"
+#include "children/jobspool/leftovers.h"
+#include "children/jobspool/prefix_text.h"
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::jobspool {
+namespace {
+
+namespace fs = std::filesystem;
+using corerast::ExitStatus;
+using corerast::RunFailure;
+
+constexpr int OrdinaryResolution = 72;
+constexpr double PointsPerInch = 72;
+constexpr double PointsPerFlatness = 72 / 2540.;  // a hundredth of a millimetre
+constexpr double SmallestTolerance = 1e-4;        // points: what cut paths are told to
+
+RunFailure Failed(const os::Failure& failure) {
+  return {ExitStatus::Failed, os::Describe(failure) + "."};
+}
+
+// What lies there when all went well.
+struct Products {
+  explicit Products(const std::string& file)
+      : pages(Companion(file, ".cfm")),
+        archive(Companion(file, ".cut")),
+        bitmap(Companion(file, "_Color.bmp")) {}
+
+  std::string pages;
+  std::string archive;
+  std::string bitmap;
+};
+
+// A directory of that name that holds anything but pages is somebody's own.
+os::Outcome<os::Done> RemoveEarlierPages(const std::string& path) {
+  std::error_code error;
+  const fs::file_status state = fs::symlink_status(path, error);
+  if (state.type() == fs::file_type::not_found) return os::Done{};
+  const bool ours =
+      fs::is_directory(state) &&
+      (fs::exists(path + "/" + children::PageInfoName, error) || fs::is_empty(path, error));
+  if (!ours) return os::Failure{"replace", path, EEXIST};
+  fs::remove_all(path, error);
+  if (error) return os::Failure{"remove", path, error.value()};
+  return os::Done{};
+}
+
+os::Outcome<os::Done> RemoveEarlier(const Products& products) {
+  const auto removed = RemoveEarlierPages(products.pages);
+  if (!removed) return removed.Error();
+  for (const std::string& path : {products.archive, products.bitmap}) {
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) return os::Failure{"remove", path, errno};
+  }
+  return os::Done{};
+}
+
+os::Outcome<os::FileDescriptor> HoldText(const std::string& text) {
+  os::FileDescriptor file(memfd_create("prefix", MFD_CLOEXEC));
+  if (!file.IsOpen()) return os::Failure{"memfd_create", "prefix", errno};
+  if (!os::WriteAll(file.Get(), text)) return os::Failure{"write", "prefix", errno};
+  return file;
+}
+
+class Conversion {
+ public:
+  Conversion(std::string file, const JobSource& source, const QueueContext& context)
+      : m_File(std::move(file)), m_Source(source), m_Context(context), m_Products(m_File) {}
+
+  std::optional<RunFailure> Run() {
+    RemoveForgottenBitmaps(m_Context.ripDirectory);
+    if (const auto removed = RemoveEarlier(m_Products); !removed) return Failed(removed.Error());
+    const std::string parent = fs::path(m_File).parent_path().string();
+    const auto directory = corerast::RunDirectory::MakeIn(parent, m_Context.guardian);
+    if (!directory) return Failed(directory.Error());
+    unsigned pages = 0;
+    if (auto failure = Interpret(*directory, pages)) return failure;
+    m_Context.reporter.Info("FLUSHING");
+    const auto finished = Finish(*directory, pages);
+    if (!finished) return Failed(finished.Error());
+    return {};
+  }
+
+ private:
+  [[nodiscard]] bool IsPicture() const { return m_Source.header.length > 0; }
+  [[nodiscard]] int Resolution() const {
+    return m_Source.header.resolution.value_or(OrdinaryResolution);
+  }
+
+  // A PDF says itself how large its pages are. PostScript that doesn't say what its picture is has
+  // to be run for that.
+  std::optional<RunFailure> FindArea(PictureTask& task) const {
+    if (m_Source.job.layout.kind == corerast::JobKind::Pdf) return {};
+    task.area = m_Source.declared;
+    if (task.area) return {};
+    const auto measured = Measure(m_Source, m_Context);
+    if (const auto* const failure = std::get_if<RunFailure>(&measured)) return *failure;
+    task.area = std::get<PageMeasure>(measured).box;
+    return {};
+  }
+
+  std::optional<RunFailure> Interpret(const corerast::RunDirectory& directory, unsigned& pages) {
+    auto made = PartsOf(m_Source, m_Context);
+    if (auto* const failure = std::get_if<RunFailure>(&made)) return std::move(*failure);
+    auto& parts = std::get<corerast::RipRun::Parts>(made);
+    std::string prefix = SeparationPrefix();
+    if (IsPicture()) {
+      PictureTask task;
+      if (auto failure = FindArea(task)) return failure;
+      task.size = m_Source.header.size;
+      task.resolution = Resolution();
+      task.cutLines = m_Source.header.cutLines;
+      prefix = PicturePrefix(task);
+      parts.cutter = !task.cutLines.empty();
+    } else {
+      parts.picture = false;
+      parts.job.layout.pages = m_Source.job.layout.pages;
+    }
+    auto held = HoldText(prefix);
+    if (!held) return Failed(held.Error());
+    parts.prefix = std::move(*held);
+    corerast::RipRun run(std::move(parts), directory, m_Context.reporter, m_Context.guardian);
+    if (auto failure = run.Run()) return failure;
+    pages = run.Pages();
+    return {};
+  }
+
+  os::Outcome<os::Done> Finish(const corerast::RunDirectory& directory, unsigned pages) const {
+    const std::string first = directory.Path() + "/" + corerast::PageName(1);
+    const std::string archive = directory.Path() + "/archive";
+    const std::string bitmap = directory.Path() + "/bitmap";
+    const bool cut = IsPicture() && !m_Source.header.cutLines.empty();
+    if (cut) {
+      const auto written = WriteCutArchive(first + "/" + corerast::CutPaths::FileName, archive,
+                                           m_Source.header.cutLines, Tolerance());
+      if (!written) return written.Error();
+    }
+    if (IsPicture()) {
+      const auto written = WriteBitmapFile(first + "/page.ppm", bitmap, Resolution());
+      if (!written) return written.Error();
+    }
+    if (!directory.RemoveWork()) return os::Failure{"remove", directory.Temporary(), errno};
+    // Further pages lie below the first, whose description a reader finds without searching.
+    for (unsigned page = 2; page <= pages; ++page) {
+      const std::string name = "/" + corerast::PageName(page);
+      if (rename((directory.Path() + name).c_str(), (first + name).c_str()) != 0) {
+        return os::Failure{"rename", directory.Path() + name, errno};
+      }
+    }
+    if (cut) {
+      const auto moved = HandOver(archive, m_Products.archive);
+      if (!moved) return moved.Error();
+    }
+    if (IsPicture()) {
+      const auto moved = HandOver(bitmap, m_Products.bitmap);
+      if (!moved) return moved.Error();
+    }
+    const auto moved = HandOver(first, m_Products.pages);
+    if (!moved) return moved.Error();
+    if (rmdir(directory.Path().c_str()) != 0) {
+      return os::Failure{"remove", directory.Path(), errno};
+    }
+    if (!m_Context.guardian.ReleaseAll()) return os::Failure{"release", m_Products.pages, errno};
+    return os::Done{};
+  }
+
+  // Under guard at the new name before it has it.
+  os::Outcome<os::Done> HandOver(const std::string& from, const std::string& to) const {
+    if (!m_Context.guardian.Guard(to)) return os::Failure{"guard", to, errno};
+    if (rename(from.c_str(), to.c_str()) != 0) return os::Failure{"rename", to, errno};
+    return os::Done{};
+  }
+
+  [[nodiscard]] double Tolerance() const {
+    const double halfPixel = PointsPerInch / 2 / Resolution();
+    return std::max(SmallestTolerance,
+                    std::min(m_Source.header.flatness * PointsPerFlatness, halfPixel));
+  }
+
+  std::string m_File;
+  const JobSource& m_Source;
+  const QueueContext& m_Context;
+  Products m_Products;
+};
+
+}  // namespace
+
+std::optional<RunFailure> Convert(const std::string& file, const JobSource& source,
+                                  const QueueContext& context) {
+  std::error_code error;
+  const fs::path path = fs::absolute(file, error);
+  if (error) return Failed({"find", file, error.value()});
+  return Conversion(path.string(), source, context).Run();
+}
+
+}  // namespace rastrel::jobspool

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "children/jobspool/job_source.h"
+
+namespace rastrel::jobspool {
+
+/// What the prefix of a picture's run says. All lengths in points.
+struct PictureTask {
+  /// The part of the page that becomes the picture; nothing: the page that the job sets.
+  std::optional<PointBox> area;
+  std::optional<PictureSize> size;  ///< of the picture; nothing: as large as the area
+  int resolution = 72;              ///< dots per inch, both ways
+  std::vector<CutLine> cutLines;    ///< their paths are taken out
+};
+
+/// The PostScript that goes ahead of a job whose first page becomes a picture: RGB, filled from
+/// edge to edge by the area, whatever the job asks of its device.
+[[nodiscard]] std::string PicturePrefix(const PictureTask& task);
+
+/// The same for a job that is separated: all pages, in CMYK and spot colours.
+[[nodiscard]] std::string SeparationPrefix();
+
+/// The names that a separation of that Windows-1252 name may have in a job, as bytes: that name and
+/// its UTF-8 form, or one if they don't differ.
+[[nodiscard]] std::vector<std::string> SpellingsOf(const std::string& name);
+
+}  // namespace rastrel::jobspool
