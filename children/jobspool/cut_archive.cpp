@@ -128,7 +128,7 @@ bool PutObject(ArchiveFile& file, const std::string& cutPaths, const std::vector
   std::uint64_t place = 0;
   std::uint64_t polygons = 0;
   while (!file.Failed() && reader.NextPath()) {
-    if (LineOfColour(reader.Colour(), lines) != line) continue;
+    if (reader.Hidden() || LineOfColour(reader.Colour(), lines) != line) continue;
     if (polygons++ == 0) {
       file.Put(ObjectVersion);
       file.Put(os::WideFromUtf8(ColourText(lines[line])));

@@ -69,7 +69,12 @@ bool CutPathReader::ReadHead() {
   if (!NextLine() || !Value("width")) return false;
   if (!NextLine() || !Value("height")) return false;
   if (!ReadNumbers(" " + *Value("height"), std::span(&m_Height, 1))) return false;
-  return NextLine() && Value("clip") && NextLine() && Value("paths");
+  if (!NextLine() || !Value("clips")) return false;
+  while (NextLine() && m_Line == "clip") {
+    while (NextLine() && m_Line != "end-clip") {
+    }
+  }
+  return m_Good && Value("paths");
 }
 
 bool CutPathReader::NextPath() {
@@ -82,7 +87,10 @@ bool CutPathReader::NextPath() {
   m_Good = NextLine() && Value("kind") && NextLine() && Value("colour");
   if (!m_Good) return false;
   m_Colour = Unescape(*Value("colour"));
-  m_Good = NextLine() && Value("line-width") && NextLine() && Value("closed");
+  m_Good = NextLine() && Value("line-width") && NextLine() && Value("clip");
+  if (!m_Good) return false;
+  m_Hidden = m_Line == "clip: outside";
+  m_Good = NextLine() && Value("closed");
   if (!m_Good) return false;
   const std::string closed = *Value("closed");
   m_Parts = closed.size() / 2 + 1;

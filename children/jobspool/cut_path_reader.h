@@ -27,6 +27,8 @@ class CutPathReader {
   [[nodiscard]] bool NextPath();
   /// The path's colour with its escapes resolved: "rgb 1.0 0.0 0.0", "separation CutContour".
   [[nodiscard]] const std::string& Colour() const { return m_Colour; }
+  /// Whether the job's clip hides all of the path.
+  [[nodiscard]] bool Hidden() const { return m_Hidden; }
   /// How many parts the path says that it has.
   [[nodiscard]] std::size_t Parts() const { return m_Parts; }
   /// The next part of the path; nothing behind the last, or if the file breaks its form.
@@ -48,6 +50,7 @@ class CutPathReader {
   std::string m_Line;
   std::string m_Colour;
   std::size_t m_Parts = 0;
+  bool m_Hidden = false;
   bool m_InPath = false;
   bool m_HasLine = false;  // m_Line is to be taken again
   bool m_HeadRead = false;

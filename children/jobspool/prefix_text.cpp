@@ -79,9 +79,7 @@ std::string Page(const PictureSize& size, const PictureTask& task) {
     text += "[ 0 0 currentpagedevice /PageSize get aload pop ]";
   }
   text +=
-      " //queue.lay exec }\n    /BeginPage { pop (SIZE )\n"
-      "      //queue.dots 0 get round //rip.text exec ( ) //rip.join exec\n"
-      "      //queue.dots 1 get round //rip.text exec //rip.join exec //rip.report exec } bind\n"
+      " //queue.lay exec }\n"
       "  >> //rip.setpagedevice exec\n} bind def\n/queue.picture SetScaleTarget\n";
   return text;
 }

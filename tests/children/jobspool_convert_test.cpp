@@ -182,6 +182,17 @@ TEST_F(QueueConvert, a_page_that_the_job_sets_fills_the_size_too) {
   EXPECT_EQ(Page().height, 50U);
 }
 
+TEST_F(QueueConvert, a_job_may_ask_for_a_page_of_any_size) {
+  m_Bench.Set("RASTREL_RIP_PIXELS", "20000");
+  RunWell(Header("%# KVI_Res= 72\r\n") +
+          "%!PS\n%%BoundingBox: 100 200 300 300\n<< /PageSize [ 9000 9000 ] >> setpagedevice\n" +
+          Squares + "showpage\n");
+  EXPECT_EQ(Page().At(0, 99), "0,0,255");
+  RunWell(Header("%# KVI_Res= 72\r\n") + "%!PS\n%%BoundingBox: 100 200 300 300\nletter\n" +
+          Squares + "showpage\n");
+  EXPECT_EQ(Page().At(199, 0), "0,255,0");
+}
+
 TEST_F(QueueConvert, a_job_without_any_size_is_the_box_around_its_marks) {
   RunWell(Header("%# KVI_Res= 72\r\n") + "%!PS\n" + Squares + "showpage\n");
   EXPECT_NEAR(Page().width, 200, 1);

@@ -122,6 +122,18 @@ TEST_F(QueueCut, the_page_size_scales_paths_as_it_scales_the_picture) {
   ExpectPoints(objects[0].polygons[0][0].points, {{20, -10}, {100, -10}, {100, -45}});
 }
 
+TEST_F(QueueCut, a_path_that_is_hidden_wholly_is_left_out) {
+  const auto objects =
+      Run("%# KVI_CutLine= RGB, 1.000, 0.000, 0.000\r\n",
+          Box +
+              "1 0 0 setrgbcolor newpath 400 210 moveto 420 230 lineto stroke "
+              "newpath 290 210 moveto 420 230 lineto stroke "
+              "110 210 20 20 rectclip newpath 150 250 moveto 160 260 lineto stroke\n");
+  ASSERT_EQ(objects.size(), 1U);
+  ASSERT_EQ(objects[0].polygons.size(), 1U);
+  ExpectPoints(objects[0].polygons[0].at(0).points, {{190, -90}, {320, -70}});
+}
+
 TEST_F(QueueCut, two_lines_are_two_objects_in_their_order) {
   const std::string art =
       Box +
@@ -284,10 +296,13 @@ class QueueCutFile : public ::testing::Test {
 
   test::ScratchDirectory m_Scratch;
   const std::string m_Text =
-      "Rastrel cut paths 1\nunit: point\nwidth: 100\nheight: 50\nclip: not applied\npaths: 2\n"
-      "path\nkind: stroke\ncolour: rgb 1.0 0.0 0.0\nline-width: 2\nclosed: 1 0\nm 1 2\nl 3 4\nh\n"
+      "Rastrel cut paths 1\nunit: point\nwidth: 100\nheight: 50\nclips: 1\nclip\nm 0 0\nl 1 "
+      "1\nend-clip\npaths: 2\n"
+      "path\nkind: stroke\ncolour: rgb 1.0 0.0 0.0\nline-width: 2\nclip: crosses 1\nclosed: 1 0\nm "
+      "1 2\nl 3 4\nh\n"
       "m 5 6\nc 7 8 9 10 11 12\nend-path\n"
-      "path\nkind: fill\ncolour: rgb 0.0 0.0 0.0\nline-width: 0\nclosed: 0\nm 1 2\nl 3 "
+      "path\nkind: fill\ncolour: rgb 0.0 0.0 0.0\nline-width: 0\nclip: inside\nclosed: 0\nm 1 2\nl "
+      "3 "
       "4\nend-path\n"
       "end\n";
 };

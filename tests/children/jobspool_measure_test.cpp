@@ -66,6 +66,14 @@ TEST_F(QueueMeasure, other_settings_of_the_page_device_do_not_set_a_page) {
             {100, 200, 150, 230});
 }
 
+TEST_F(QueueMeasure, a_job_can_not_change_what_measures) {
+  ExpectBox(
+      BoxOf("%!PS\n<< /HWResolution [ 72 72 ] /Install { 2 2 scale } /BeginPage { pop } /EndPage "
+            "{ pop pop true } /OutputDevice /ppmraw >> setpagedevice\n" +
+            Rectangle + "showpage\n"),
+      {100, 200, 150, 230});
+}
+
 TEST_F(QueueMeasure, a_job_without_showpage_is_measured_too) {
   ExpectBox(BoxOf("%!PS-Adobe-3.0 EPSF-3.0\n/showpage {} def\n" + Rectangle), {100, 200, 150, 230});
   ExpectBox(BoxOf("%!PS\n" + Rectangle + "\x04\r\n"), {100, 200, 150, 230});
