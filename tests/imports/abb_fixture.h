@@ -12,8 +12,8 @@
 
 namespace rastrel::test {
 
-/// Plate files written by a test, a host that records what their import asks for, and a log of their
-/// own. The palette has Red, White and Green.
+/// Plate files written by a test, a host that records what their import asks for, and a log of
+/// their own. The palette has Red, White and Green.
 class AbbTest : public ::testing::Test {
  protected:
   using Lines = HostCalls::Lines;

@@ -17,38 +17,74 @@ class AbbTranscript : public AbbTest {
     return "GetSignBlankSize() -> (60 30)\n"
            "GetOriginPosIndex() -> 7\n"
            "GetDisplayPage() -> 1\n"
-           "NewGenericPlateObject(1, " + size + ", (0 0 0 0), 0, 0) -> " + name + "\n" +
-           name + ".CreatePanesWithOriginBottomLeft((0 0), 60, 30) -> 1\n" +
-           name + ".Add(1, 1, 0) -> " + object + "\n"
+           "NewGenericPlateObject(1, " +
+           size + ", (0 0 0 0), 0, 0) -> " + name + "\n" + name +
+           ".CreatePanesWithOriginBottomLeft((0 0), 60, 30) -> 1\n" + name + ".Add(1, 1, 0) -> " +
+           object +
+           "\n"
            "TString(\"(*v*)Create plate object\") -> \"Create plate object\"\n"
            "UNOpenStep(\"Create plate object\")\n"
-           "DSAddObject(" + object + ") -> 1\n"
+           "DSAddObject(" +
+           object +
+           ") -> 1\n"
            "UNCloseStep()\n"
-           "DBSetLayer(" + object + ", RGB(255 0 0))\n"
-           "DBSetLineColor(" + object + ", RGB(255 0 0))\n"
-           "DBGetLineStyle(" + object + ") -> (width 0 style 0)\n"
-           "DBSetLineStyle(" + object + ", (width 0 style 16))\n"
-           "GetNextEmptyLayer() -> " + sheet + "\n"
-           "AddNewSheetLayer(" + sheet + ")\n"
-           "DBSetSheetLayer(" + object + ", " + sheet + ")\n"
-           "DBSetPageRange(" + object + ", 1..1)\n"
+           "DBSetLayer(" +
+           object +
+           ", RGB(255 0 0))\n"
+           "DBSetLineColor(" +
+           object +
+           ", RGB(255 0 0))\n"
+           "DBGetLineStyle(" +
+           object +
+           ") -> (width 0 style 0)\n"
+           "DBSetLineStyle(" +
+           object +
+           ", (width 0 style 16))\n"
+           "GetNextEmptyLayer() -> " +
+           sheet +
+           "\n"
+           "AddNewSheetLayer(" +
+           sheet +
+           ")\n"
+           "DBSetSheetLayer(" +
+           object + ", " + sheet +
+           ")\n"
+           "DBSetPageRange(" +
+           object +
+           ", 1..1)\n"
            "UpdatePageWindow(0)\n"
-           "DBInvalidateBounds(" + object + ")\n"
-           "DBValidateBounds(" + object + ")\n"
-           "InvalidateObject(" + object + ", 1)\n"
+           "DBInvalidateBounds(" +
+           object +
+           ")\n"
+           "DBValidateBounds(" +
+           object +
+           ")\n"
+           "InvalidateObject(" +
+           object +
+           ", 1)\n"
            "WhatisMaxNumberofPages(0) -> 1\n"
            "SetPlateObjectParameters((0 0 0 0), 0, 0)\n"
-           "AdjustPlateObjects(0, 0, 1) -> " + object + "\n";
+           "AdjustPlateObjects(0, 0, 1) -> " +
+           object + "\n";
   }
   static std::string FoundPlate(const std::string& name, const std::string& object,
                                 const std::string& list, const std::string& bounds, int layer) {
-    return "DBCreateList(1, 9, IsGenericPlate) -> " + list + "\n"
-           "DBGetLastMember(" + list + ") -> " + object + "\n"
-           "DBGetObjectElement(" + object + ")\n" +
-           name + ".GetLastPaneBounds() -> " + bounds + "\n"
-           "DBGetPageRange(" + object + ") -> 1..1\n"
-           "DBGetSheetLayer(" + object + ") -> " + std::to_string(layer) + "\n"
-           "DBDestroyList(" + list + ")\n";
+    return "DBCreateList(1, 9, IsGenericPlate) -> " + list +
+           "\n"
+           "DBGetLastMember(" +
+           list + ") -> " + object +
+           "\n"
+           "DBGetObjectElement(" +
+           object + ")\n" + name + ".GetLastPaneBounds() -> " + bounds +
+           "\n"
+           "DBGetPageRange(" +
+           object +
+           ") -> 1..1\n"
+           "DBGetSheetLayer(" +
+           object + ") -> " + std::to_string(layer) +
+           "\n"
+           "DBDestroyList(" +
+           list + ")\n";
   }
 };
 
@@ -131,36 +167,41 @@ TEST_F(AbbTranscript, several_plates_of_one_size_are_panes_of_one_object) {
             1);
   const auto further = [](const std::string& color, const std::string& panes,
                           const std::string& panesNow) {
-    return "FindPaletteColor(" + color + "\nDBGetObjectElement(#2)\n"
-           "P1.GetPaneCount() -> " + panes + "\n"
+    return "FindPaletteColor(" + color +
+           "\nDBGetObjectElement(#2)\n"
+           "P1.GetPaneCount() -> " +
+           panes +
+           "\n"
            "P1.GetPaneWidth() -> 7.62\n"
            "P1.GetPaneHeight() -> 3.81\n"
            "P1.GetMargins() -> (0 0 0 0)\n"
            "P1.GetHorizontalGap() -> 0\n"
            "P1.GetVerticalGap() -> 0\n"
-           "P1.ResetData(" + panesNow + ", 7.62, 3.81, (0 0 0 0), 0, 0, {}, 0)\n";
+           "P1.ResetData(" +
+           panesNow + ", 7.62, 3.81, (0 0 0 0), 0, 0, {}, 0)\n";
   };
-  EXPECT_EQ(Calls().Text(), "BeginWaitCursor()\n"
-                            "FindPaletteColor(\"Red\") -> 1\n" +
-                                NewPlate("P1", "#2", "7.62, 3.81", 1) +
-                                FoundPlate("P1", "#2", "L1", "(0 3.81 7.62 0)", 1) +
-                                further("\"Green\") -> 1", "1", "2") +
-                                FoundPlate("P1", "#2", "L2", "(7.62 3.81 15.24 0)", 1) +
-                                further("\"\") -> 0", "2", "3") +
-                                FoundPlate("P1", "#2", "L3", "(15.24 3.81 22.86 0)", 1));
+  EXPECT_EQ(Calls().Text(),
+            "BeginWaitCursor()\n"
+            "FindPaletteColor(\"Red\") -> 1\n" +
+                NewPlate("P1", "#2", "7.62, 3.81", 1) +
+                FoundPlate("P1", "#2", "L1", "(0 3.81 7.62 0)", 1) +
+                further("\"Green\") -> 1", "1", "2") +
+                FoundPlate("P1", "#2", "L2", "(7.62 3.81 15.24 0)", 1) +
+                further("\"\") -> 0", "2", "3") +
+                FoundPlate("P1", "#2", "L3", "(15.24 3.81 22.86 0)", 1));
 }
 
 TEST_F(AbbTranscript, plates_of_two_sizes_are_an_object_each) {
   EXPECT_EQ(Import("<PLATE><COLOR>Red</COLOR><WIDTH>3</WIDTH><HEIGHT>1.5</HEIGHT></PLATE>"
                    "<PLATE><COLOR>Red</COLOR><WIDTH>4</WIDTH><HEIGHT>2</HEIGHT></PLATE>"),
             1);
-  EXPECT_EQ(Calls().Text(), "BeginWaitCursor()\n"
-                            "FindPaletteColor(\"Red\") -> 1\n" +
-                                NewPlate("P1", "#2", "7.62, 3.81", 1) +
-                                FoundPlate("P1", "#2", "L1", "(0 3.81 7.62 0)", 1) +
-                                "FindPaletteColor(\"Red\") -> 1\n" +
-                                NewPlate("P2", "#3", "10.16, 5.08", 2) +
-                                FoundPlate("P2", "#3", "L2", "(0 5.08 10.16 0)", 2));
+  EXPECT_EQ(Calls().Text(),
+            "BeginWaitCursor()\n"
+            "FindPaletteColor(\"Red\") -> 1\n" +
+                NewPlate("P1", "#2", "7.62, 3.81", 1) +
+                FoundPlate("P1", "#2", "L1", "(0 3.81 7.62 0)", 1) +
+                "FindPaletteColor(\"Red\") -> 1\n" + NewPlate("P2", "#3", "10.16, 5.08", 2) +
+                FoundPlate("P2", "#3", "L2", "(0 5.08 10.16 0)", 2));
 }
 
 TEST_F(AbbTranscript, a_file_without_plates_is_not_imported_at_all) {

@@ -179,6 +179,11 @@ HostCalls::Lines HostCalls::Of(std::initializer_list<std::string_view> names) {
   return found;
 }
 
+bool HostCalls::Has(std::string_view line) {
+  const Lines& lines = All();
+  return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
 void HostCalls::Clear() {
   All();
   m_Lines.clear();

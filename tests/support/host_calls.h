@@ -96,6 +96,8 @@ class HostCalls {
   /// The lines whose operation is one of these: what stands before the parenthesis, behind the last
   /// point. So "Add" finds `P1.Add(1, 1, 0) -> #2`.
   Lines Of(std::initializer_list<std::string_view> names);
+  /// Whether a line is among them, in full.
+  bool Has(std::string_view line);
   /// How often an operation was called.
   std::size_t Count(std::string_view name) { return Of({name}).size(); }
   /// Forgets the lines, not the script.

@@ -102,6 +102,8 @@ class RecordingStore : public host::ObjectStore, public host::GraphicsIO, public
   HostCalls& m_Calls;
   /// What `GetLastPaneBounds` gives, in place of the row that the plates are laid out in.
   std::optional<CWorldRect> m_LastPaneBounds;
+  /// The line style that a new object begins with.
+  LINESTYLE m_NewLineStyle;
   /// The bounds that `DBGetSelectedListBounds` gives.
   BOUNDS m_SelectedBounds{.xmin = 0, .xmax = 2, .ymin = 0, .ymax = 1};
 

@@ -29,6 +29,7 @@ std::vector<std::string> RecordingStore::LeftOpen() const {
 ObjectHandle RecordingStore::Make(int type, bool selected) {
   const ObjectHandle object = ++m_LastObject;
   m_Objects[object].type = type;
+  m_Objects[object].lineStyle = m_NewLineStyle;
   if (selected) {
     AddToDocument(object);
     m_Selection.push_back(object);

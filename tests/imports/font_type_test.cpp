@@ -1,0 +1,58 @@
+#include "rastrel/imports/font_type.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct Answer {
+  int type;
+  std::wstring name;  ///< what is left of it
+  bool operator==(const Answer&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Answer& answer) {
+  return out << answer.type << ' ' << std::string(answer.name.begin(), answer.name.end());
+}
+
+Answer TypeOf(std::wstring name) {
+  const int type = rastrel::imports::FontTypeOf(name.data());
+  return {type, name.c_str()};
+}
+
+TEST(FontTypeOf, knows_the_extensions_of_font_files_and_cuts_them_off) {
+  const std::pair<const wchar_t*, int> extensions[] = {
+      {L"ttf", 2},  {L"otf", 2},  {L"pfb", 3},  {L"wfn", 0},  {L"vef", 1},
+      {L"fnt", 5},  {L"clf", 6},  {L"be", 7},   {L"fon", 8},  {L"cff", 9},
+      {L"ft9", 10}, {L"shx", 13}, {L"chr", 15}, {L"f3s", 15}, {L"1c", 14}};
+  for (const auto& [extension, type] : extensions)
+    EXPECT_EQ(TypeOf(std::wstring(L"Roman Bold.") + extension), (Answer{type, L"Roman Bold"}));
+}
+
+TEST(FontTypeOf, compares_the_beginning_of_an_extension_only) {
+  EXPECT_EQ(TypeOf(L"a.shxyz"), (Answer{13, L"a"}));
+  EXPECT_EQ(TypeOf(L"a.bee"), (Answer{7, L"a"}));
+  EXPECT_EQ(TypeOf(L"a.1cx"), (Answer{14, L"a"}));
+  EXPECT_EQ(TypeOf(L"a.sh"), (Answer{2, L"a"}));
+  EXPECT_EQ(TypeOf(L"a.b"), (Answer{2, L"a"}));
+}
+
+TEST(FontTypeOf, compares_by_case) {
+  EXPECT_EQ(TypeOf(L"a.SHX"), (Answer{2, L"a"}));
+  EXPECT_EQ(TypeOf(L"a.Pfb"), (Answer{2, L"a"}));
+}
+
+TEST(FontTypeOf, takes_a_name_without_a_dot_whole_with_type_2) {
+  EXPECT_EQ(TypeOf(L"shx"), (Answer{2, L"shx"}));
+  EXPECT_EQ(TypeOf(L""), (Answer{2, L""}));
+}
+
+TEST(FontTypeOf, cuts_at_the_last_dot_also_before_what_it_does_not_know) {
+  EXPECT_EQ(TypeOf(L"a.shx.fnt"), (Answer{5, L"a.shx"}));
+  EXPECT_EQ(TypeOf(L"St. Louis"), (Answer{2, L"St"}));
+  EXPECT_EQ(TypeOf(L".pfb"), (Answer{3, L""}));
+  EXPECT_EQ(TypeOf(L"a."), (Answer{2, L"a"}));
+}
+
+}  // namespace
