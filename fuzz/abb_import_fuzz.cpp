@@ -19,6 +19,13 @@ void ImportTwice(CXMLFileImport& importer) {
   if (!recording.LeftOpen().empty()) std::abort();
 }
 
+bool HasBoundedTexts(const tagABB_PLATE_DATA& record) {
+  for (const auto& line : record.texts)
+    if (line->data.size() >= AbbTextSize || line->fontName.size() >= AbbTextSize) return false;
+  const tagABB_PLATE& plate = *record.plates.front();
+  return plate.color.size() < AbbTextSize && plate.textColor.size() < AbbTextSize;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -27,10 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   CXMLFileImport importer(document.Write(bytes).c_str());
   ImportTwice(importer);
-  int records = 0;
   for (const auto* record = importer.GetFirstPlate(); record != nullptr;
        record = importer.GetNextPlate())
-    ++records;
-  if (records > 0 && size < 8) std::abort();
+    if (record->plates.size() != 1 || !HasBoundedTexts(*record)) std::abort();
   return 0;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/imports/xml_failure.h"
 #include "rastrel/imports/xml_file_import.h"
 #include "tests/support/checked_host.h"
 #include "tests/support/library_fixture.h"
@@ -23,6 +24,9 @@ class AbbTest : public ::testing::Test {
     m_Host.m_Application.m_Palette[L"White"] = CVKFullColor(0xFFFFFF, COLORSPACE_RGB, 0, 0);
     m_Host.m_Application.m_Palette[L"Green"] = CVKFullColor(0x00FF00, COLORSPACE_RGB, 0, 0);
   }
+
+  /// What was refused here is no other test's.
+  ~AbbTest() override { static_cast<void>(imports::TakeXmlFailure()); }
 
   /// Path of a new file of that content.
   std::wstring Write(std::string_view content, std::string_view name = "plates.xml") const {
