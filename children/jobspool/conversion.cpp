@@ -1,7 +1,5 @@
 #include "children/jobspool/conversion.h"
 
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +12,7 @@
 #include "children/jobspool/bitmap_file.h"
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/leftovers.h"
+#include "children/jobspool/nameless_file.h"
 #include "children/jobspool/prefix_text.h"
 #include "rastrel/platform/os/file.h"
 
@@ -68,10 +67,9 @@ os::Outcome<os::Done> RemoveEarlier(const Products& products) {
   return os::Done{};
 }
 
-os::Outcome<os::FileDescriptor> HoldText(const std::string& text) {
-  os::FileDescriptor file(memfd_create("prefix", MFD_CLOEXEC));
-  if (!file.IsOpen()) return os::Failure{"memfd_create", "prefix", errno};
-  if (!os::WriteAll(file.Get(), text)) return os::Failure{"write", "prefix", errno};
+os::Outcome<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
+  auto file = MakeNamelessFile(directory);
+  if (file && !os::WriteAll(file->Get(), text)) return os::Failure{"write", "a prefix", errno};
   return file;
 }
 
@@ -129,7 +127,7 @@ class Conversion {
       parts.picture = false;
       parts.job.layout.pages = m_Source.job.layout.pages;
     }
-    auto held = HoldText(prefix);
+    auto held = HoldText(prefix, directory.Path());
     if (!held) return Failed(held.Error());
     parts.prefix = std::move(*held);
     corerast::RipRun run(std::move(parts), directory, m_Context.reporter, m_Context.guardian);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "children/jobspool/nameless_file.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::jobspool {
@@ -21,15 +22,15 @@ RunFailure Failed(const os::Failure& failure) {
 
 os::Outcome<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
                                          const std::string& directory) {
-  os::FileDescriptor copy(open(directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0600));
-  if (!copy.IsOpen()) return os::Failure{"make a file in", directory, errno};
+  auto copy = MakeNamelessFile(directory);
+  if (!copy) return copy;
   std::vector<char> buffer(262144);
   while (true) {
     const ssize_t count = pread(file, buffer.data(), buffer.size(), static_cast<off_t>(offset));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return os::Failure{"read", "the job", errno};
     if (count == 0) return copy;
-    if (!os::WriteAll(copy.Get(), {buffer.data(), static_cast<std::size_t>(count)})) {
+    if (!os::WriteAll(copy->Get(), {buffer.data(), static_cast<std::size_t>(count)})) {
       return os::Failure{"write", "a copy of the job", errno};
     }
     offset += static_cast<std::uint64_t>(count);
