@@ -1,0 +1,560 @@
+// `rastrel sheet` as it is run: what it reads, what it makes of it, and that nothing is left.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "rastrel/readers/ms_excel_xml_import.h"
+#include "rastrel/readers/open_office_xml_import.h"
+#include "tests/cli/command_runner.h"
+#include "tests/cli/sheet/workbook_files.h"
+
+namespace rastrel::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+WorkbookFiles TwoSheets() {
+  WorkbookFiles files;
+  files.sheets = {
+      {"First", Row(1, Cell("A1", "0", "s") + Cell("B1", "1.5")) +
+                    Row(3, Cell("A3", "1", "s") + Cell("C3", "1", "b"))},
+      {"Second", Row(1, Cell("A1", "7", "n", 1) + Cell("AA1", "8")), "state=\"hidden\""}};
+  files.strings = "<si><t>Name</t></si><si><t>two\nlines\tand \\</t></si>";
+  files.styles =
+      "<numFmts><numFmt numFmtId=\"164\" formatCode=\"0.00&quot; m&quot;\"/></numFmts>"
+      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"164\"/></cellXfs>";
+  return files;
+}
+
+class SheetCommandTest : public ::testing::Test {
+ protected:
+  ~SheetCommandTest() override {
+    EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+    for (const auto& entry : fs::directory_iterator(m_Command.Place().Path()))
+      EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
+  }
+  CommandResult Sheet(const std::string& bytes, Names options = {}) {
+    m_Command.Place().Write("book", bytes);
+    options.insert(options.begin(), {"sheet", "book"});
+    return m_Command.Run(options);
+  }
+  // The text, or the words of the refusal without the file's name.
+  std::string Shown(const std::string& bytes, const Names& options = {"--as-shown"}) {
+    const CommandResult result = Sheet(bytes, options);
+    if (result.status == 0) {
+      EXPECT_EQ(result.error, "");
+      return result.output;
+    }
+    EXPECT_EQ(result.status, 3) << result.error;
+    EXPECT_EQ(result.output, "");
+    // In a flat file the line comes first.
+    std::string words = result.error;
+    EXPECT_TRUE(words.starts_with("rastrel: book:")) << words;
+    words.erase(0, std::string("rastrel: book:").size());
+    return words.substr(words.starts_with(' ') ? 1 : 0);
+  }
+  std::string ShownTables(const std::string& tables) {
+    return Shown(OpenDocument(tables, "document"));
+  }
+  CommandRunner m_Command{CommandRunner::Children::None};
+};
+
+TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_package) {
+  const ScratchDirectory package;
+  for (const ZipEntry& entry : TwoSheets().Entries()) package.Write(entry.name, entry.content);
+  std::vector<tagEXCEL_XML_FILE> files(3);
+  const std::wstring names[] = {L"/xl/workbook.xml", L"/xl/_rels/workbook.xml.rels",
+                                L"/xl/texts.xml"};
+  for (std::size_t index = 0; index < files.size(); ++index) {
+    files[index].type = static_cast<int>(index) + 1;
+    (package.Wide() + names[index]).copy(files[index].path, 1000);
+  }
+  CMSExcelXMLImport import(package.Wide().c_str());
+  ASSERT_TRUE(import.ParseXmlFiles({&files[0], &files[1], &files[2]}));
+  const std::string expected = package.Read("content.txt");
+  ASSERT_NE(expected.find("Name\t1.500000\t"), std::string::npos);
+  EXPECT_EQ(Shown(TwoSheets().Bytes(), {}), expected);
+  EXPECT_EQ(Shown(TwoSheets().Bytes(), {"--faithful"}), expected);
+  EXPECT_EQ(Shown(TwoSheets().Bytes(), {"-o", "-"}), expected);
+}
+
+TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_document) {
+  const std::string tables =
+      Table("A", TableRow(TableCell("a &amp; b") +
+                          TableCell("r", "table:number-columns-repeated=\"3\"")) +
+                     "<table:table-row-group>" + TableRow(TableCell("in a group")) +
+                     "</table:table-row-group>") +
+      Table("B",
+            TableRow("<table:table-cell><text:p>one</text:p><text:p> <text:span>two</text:span>"
+                     " words </text:p></table:table-cell>"));
+  const ScratchDirectory scratch;
+  scratch.Write("content.xml", OpenDocument(tables));
+  COpenOfficeXMLImport import(scratch.Wide("content.xml").c_str());
+  import.SetDataSaveFileName(scratch.Wide("text").c_str());
+  ASSERT_EQ(import.ImportXMLFile(), 1);
+  const std::string expected = scratch.Read("text");
+  EXPECT_EQ(Shown(OpenDocumentPackage(OpenDocument(tables)), {}), expected);
+  EXPECT_EQ(Shown(OpenDocument(tables), {}), expected);
+  // A flat document's root has a name that the import does not take.
+  EXPECT_EQ(Shown(OpenDocument(tables, "document"), {}), expected);
+}
+
+TEST_F(SheetCommandTest, shows_what_a_person_sees) {
+  EXPECT_EQ(Shown(TwoSheets().Bytes()),
+            "\\sheet\tFirst\nName\t1.5\n\ntwo\\nlines\\tand \\\\\t\tTRUE\n"
+            "\\sheet\tSecond\n7.00 m" +
+                std::string(26, '\t') + "8\n");
+}
+
+TEST_F(SheetCommandTest, shows_every_kind_of_cell) {
+  WorkbookFiles files;
+  files.strings =
+      "<si><r><t>rich </t></r><r><rPr/><t>text</t></r></si><si><t/></si>"
+      "<si><t>base</t><rPh sb=\"0\" eb=\"1\"><t>hint</t></rPh></si>"
+      "<si><t>a_x000D_\nb_x0041__x005F_x0041_</t></si><si><t xml:space=\"preserve\"> </t></si>";
+  files.styles = "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"14\"/><xf numFmtId=\"9\"/></cellXfs>";
+  files.sheets = {
+      {"S", Row(1, Cell("A1", "0", "s") + Cell("B1", "1", "s") + Cell("C1", "2", "s") +
+                       Cell("D1", "3", "s") + Cell("E1", "4", "s")) +
+                Row(2, Cell("A2", "0", "b") + Cell("B2", "#N/A", "e") + Cell("C2", "f", "str") +
+                           Cell("D2", "44197", "n", 1) + Cell("E2", "0.5", "n", 2) +
+                           Cell("F2", "2021-02-03", "d", 1)) +
+                "<row><c t=\"inlineStr\"><is><t>in</t></is></c>"
+                "<c t=\"inlineStr\"><is><r><t>ru</t></r><r><t>ns</t></r></is></c>"
+                "<c><f>1+1</f></c><c><v></v></c><c><v>no number</v></c></row>"}};
+  EXPECT_EQ(Shown(files.Bytes(), {"--as-shown", "--sheet", "S"}),
+            "rich text\t\tbase\ta\\nbA_x0041_\t \n"
+            "FALSE\t#N/A\tf\t1/1/2021\t50%\t2/3/2021\n"
+            "in\truns\t\t\tno number\n");
+  files.workbookExtra = "<workbookPr date1904=\"1\"/>";
+  EXPECT_NE(Shown(files.Bytes()).find("\t1/2/2025\t"), std::string::npos);
+}
+
+TEST_F(SheetCommandTest, shows_open_document_cells_as_they_were_saved) {
+  EXPECT_EQ(
+      ShownTables(Table(
+          "T", TableRow("<table:table-cell><text:p> a  b\n<text:s text:c=\"3\"/>c<text:tab/>"
+                        "<text:span>d</text:span> <text:span>e</text:span><text:line-break/>f "
+                        "</text:p><text:p>g</text:p><office:annotation><text:p>note</text:p>"
+                        "</office:annotation></table:table-cell>") +
+                   TableRow("<table:covered-table-cell><text:p>no</text:p>"
+                            "</table:covered-table-cell>" +
+                            TableCell("next")) +
+                   TableRow("<table:table-cell office:value-type=\"float\" "
+                            "office:value=\"0.1\"/><table:table-cell "
+                            "office:value-type=\"percentage\" office:value=\"0.5\"/>"
+                            "<table:table-cell office:value-type=\"boolean\" "
+                            "office:boolean-value=\"true\"/><table:table-cell "
+                            "office:value-type=\"string\" office:string-value=\"s\"/>"))),
+      "\\sheet\tT\na b    c\\td e\\nf\\ng\n\tnext\n0.1\t50%\tTRUE\ts\n");
+}
+
+TEST_F(SheetCommandTest, shows_repeats_as_often_as_they_come) {
+  EXPECT_EQ(
+      ShownTables(Table("T", TableRow(TableCell("", "table:number-columns-repeated=\"2\"") +
+                                      TableCell("a", "table:number-columns-repeated=\"3\"") +
+                                      TableCell("", "table:number-columns-repeated=\"16000\"")) +
+                                 TableRow("", "table:number-rows-repeated=\"2\"") +
+                                 "<table:table-header-rows>" +
+                                 TableRow(TableCell("b"), "table:number-rows-repeated=\"2\"") +
+                                 "</table:table-header-rows>" +
+                                 TableRow("", "table:number-rows-repeated=\"1048000\""))),
+      "\\sheet\tT\n\t\ta\ta\ta\n\n\nb\nb\n");
+  for (const char* odd : {"0", "-1", "x", ""})
+    EXPECT_EQ(ShownTables(Table(
+                  "T", TableRow(TableCell(
+                           "a", std::string("table:number-columns-repeated=\"") + odd + "\"")))),
+              "\\sheet\tT\na\n");
+}
+
+TEST_F(SheetCommandTest, lists_sheets_with_their_sizes) {
+  const CommandResult list = Sheet(TwoSheets().Bytes(), {"--list"});
+  EXPECT_EQ(list.Lines(), Names({"1\tFirst\tvisible\t3 rows\t3 columns\t4 cells",
+                                 "2\tSecond\thidden\t1 rows\t27 columns\t2 cells"}));
+  const CommandResult json = Sheet(TwoSheets().Bytes(), {"--list", "--json"});
+  ASSERT_EQ(json.Lines().size(), 3U);
+  EXPECT_EQ(json.Lines()[1],
+            "{\"event\":\"sheet\",\"text\":\"Second\",\"number\":2,\"visibility\":"
+            "\"hidden\",\"rows\":1,\"columns\":27,\"cells\":2}");
+  WorkbookFiles files = TwoSheets();
+  files.sheets[0].attributes = "state=\"veryHidden\"";
+  EXPECT_NE(Sheet(files.Bytes(), {"--list"}).output.find("\tvery-hidden\t"), std::string::npos);
+}
+
+TEST_F(SheetCommandTest, lists_tables_that_a_style_hides) {
+  const std::string styles =
+      "<office:automatic-styles><style:style style:name=\"h\" style:family=\"table\">"
+      "<style:table-properties table:display=\"false\"/></style:style></office:automatic-styles>";
+  const std::string tables =
+      "<table:table table:name=\"A\" table:style-name=\"h\"/>" + Table("B", "");
+  EXPECT_EQ(Sheet(OpenDocument(tables, "document", styles), {"--list"}).Lines(),
+            Names({"1\tA\thidden\t0 rows\t0 columns\t0 cells",
+                   "2\tB\tvisible\t0 rows\t0 columns\t0 cells"}));
+}
+
+TEST_F(SheetCommandTest, one_sheet_is_chosen_by_name_or_by_place_and_a_name_counts_first) {
+  WorkbookFiles files = TwoSheets();
+  for (const char* wanted : {"First", "1"})
+    EXPECT_EQ(Shown(files.Bytes(), {"--as-shown", "--sheet", wanted}),
+              "Name\t1.5\n\ntwo\\nlines\\tand \\\\\t\tTRUE\n");
+  // The import looks for the second cell's column from B on, and goes to the last letter.
+  EXPECT_EQ(Shown(files.Bytes(), {"--sheet", "Second"}),
+            "\xEF\xBB\xBF"
+            "7" +
+                std::string(26, '\t') + "8");
+  files.sheets[0].name = "2";
+  EXPECT_NE(Shown(files.Bytes(), {"--as-shown", "--sheet", "2"}).find("Name"), std::string::npos);
+  for (const char* wanted : {"0", "3", "none", "", "-1", "18446744073709551617"}) {
+    const CommandResult result = Sheet(TwoSheets().Bytes(), {"--sheet", wanted});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.error.find("there are 'First', 'Second'"), std::string::npos) << result.error;
+  }
+}
+
+TEST_F(SheetCommandTest, one_table_is_chosen_in_both_forms) {
+  const std::string tables = Table("A", TableRow(TableCell("a"))) +
+                             Table("B &amp; C", TableRow(TableCell("b") + TableCell("c")));
+  for (const std::string& bytes :
+       {OpenDocumentPackage(OpenDocument(tables)), OpenDocument(tables, "document")}) {
+    EXPECT_EQ(Shown(bytes, {"--sheet", "B & C"}),
+              "\xEF\xBB\xBF"
+              "b\tc");
+    EXPECT_EQ(Shown(bytes, {"--as-shown", "--sheet", "2"}), "b\tc\n");
+  }
+}
+
+TEST_F(SheetCommandTest, parts_are_found_by_relationships_whatever_they_are_called) {
+  WorkbookFiles files = TwoSheets();
+  files.workbookPart = "xl/main-book.xml";
+  EXPECT_NE(Shown(files.Bytes()).find("Name\t1.5"), std::string::npos);
+  EXPECT_NE(Shown(files.Bytes(), {}).find("Name\t1.500000"), std::string::npos);
+}
+
+TEST_F(SheetCommandTest, a_workbook_elsewhere_is_shown_and_the_import_says_why_it_fails) {
+  WorkbookFiles files = TwoSheets();
+  files.workbookPart = "office/book.xml";
+  files.sheets[0].target = "../xl/tables/t1.xml";
+  files.sheets[1].target = "/xl/tables/t2.xml";
+  files.strings.clear();
+  files.sheets[0].rows = Row(1, Cell("A1", "5"));
+  EXPECT_EQ(Shown(files.Bytes()).substr(0, 16), "\\sheet\tFirst\n5\n\\");
+  EXPECT_EQ(Shown(files.Bytes(), {}),
+            "its workbook is 'office/book.xml', and sheets are looked for below xl; --as-shown "
+            "reads it\n");
+}
+
+TEST_F(SheetCommandTest, an_absolute_target_is_followed_by_what_is_shown_alone) {
+  WorkbookFiles files = TwoSheets();
+  files.sheets[0].target = "/xl/tables/t1.xml";
+  EXPECT_NE(Shown(files.Bytes()).find("Name\t1.5"), std::string::npos);
+  EXPECT_EQ(
+      Shown(files.Bytes(), {}),
+      "sheet 'First': its target '/xl/tables/t1.xml' is absolute, and is looked for below xl; "
+      "--as-shown reads it\n");
+}
+
+TEST_F(SheetCommandTest, targets_that_lead_out_lead_nowhere) {
+  for (const char* target : {"../../secret.xml", "..\\..\\secret.xml", "none.xml", ""}) {
+    WorkbookFiles files = TwoSheets();
+    files.sheets[0].target = target;
+    if (*target == '\0') files.sheets[0].kind = "x\" TargetMode=\"External";
+    for (const Names& options : {Names{}, Names{"--as-shown"}})
+      EXPECT_NE(Shown(files.Bytes(), options).find("sheet 'First'"), std::string::npos) << target;
+  }
+}
+
+TEST_F(SheetCommandTest, the_import_passes_over_a_later_sheet_and_the_command_says_so) {
+  WorkbookFiles files = TwoSheets();
+  files.sheets[1].rows = "<row><c><v>1</v>";
+  const CommandResult faithful = Sheet(files.Bytes());
+  EXPECT_EQ(faithful.status, 0);
+  EXPECT_NE(faithful.output.find("Name"), std::string::npos);
+  EXPECT_TRUE(faithful.error.starts_with("rastrel: book: passed over: xl/tables/t2.xml:2:"))
+      << faithful.error;
+  EXPECT_EQ(Shown(files.Bytes()).substr(0, 20), "xl/tables/t2.xml:2:1");
+  const CommandResult json = Sheet(files.Bytes(), {"--json"});
+  EXPECT_NE(json.output.find("{\"event\":\"warning\""), std::string::npos);
+}
+
+TEST_F(SheetCommandTest, a_sheet_that_breaks_in_its_last_row_gives_no_text_at_all) {
+  WorkbookFiles files;
+  std::string rows;
+  for (int row = 1; row <= 20'000; ++row) rows += Row(row, Cell("A" + std::to_string(row), "1"));
+  files.sheets = {{"S", rows + "<row>"}};
+  for (const Names& options : {Names{}, Names{"--as-shown"}, Names{"--list"}})
+    EXPECT_TRUE(Shown(files.Bytes(), options).starts_with("xl/tables/t1.xml:2:"));
+}
+
+TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
+  const std::string text = Shown(TwoSheets().Bytes());
+  m_Command.Place().Write("out.tsv", "old");
+  CommandResult result = Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", "out.tsv"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(m_Command.Place().Read("out.tsv"), text);
+  result = Sheet(TwoSheets().Bytes(), {"--as-shown", "--output", "out.tsv", "--json"});
+  EXPECT_EQ(result.Lines(), Names({"{\"event\":\"done\",\"originator\":\"system\",\"exit\":0,"
+                                   "\"paths\":[\"out.tsv\"]}"}));
+  fs::create_symlink("out.tsv", m_Command.Place().Path("link"));
+  EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"-o", "link"}).status, 0);
+  EXPECT_TRUE(fs::is_symlink(m_Command.Place().Path("link")));
+  const std::string before = m_Command.Place().Read("out.tsv");
+  EXPECT_NE(before, text);
+  EXPECT_EQ(Sheet("none", {"-o", "out.tsv"}).status, 3);
+  EXPECT_EQ(m_Command.Place().Read("out.tsv"), before);
+}
+
+TEST_F(SheetCommandTest, a_target_that_can_not_be_written_is_said) {
+  fs::create_directory(m_Command.Place().Path("folder"));
+  for (const char* target : {"folder", "none/out.tsv"}) {
+    const CommandResult result = Sheet(TwoSheets().Bytes(), {"-o", target});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.error.find(target), std::string::npos) << result.error;
+  }
+  EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"-o", "/dev/full"}).status, 1);
+}
+
+TEST_F(SheetCommandTest, json_gives_rows_with_their_places) {
+  EXPECT_EQ(
+      Sheet(TwoSheets().Bytes(), {"--as-shown", "--json"}).Lines(),
+      Names({"{\"event\":\"sheet\",\"text\":\"First\",\"number\":1,\"visibility\":\"visible\"}",
+             "{\"event\":\"row\",\"sheet\":\"First\",\"row\":1,\"cells\":[\"Name\",\"1.5\"]}",
+             "{\"event\":\"row\",\"sheet\":\"First\",\"row\":3,\"cells\":[\"two\\nlines\\tand "
+             "\\\\\",\"\",\"TRUE\"]}",
+             "{\"event\":\"sheet\",\"text\":\"Second\",\"number\":2,\"visibility\":\"hidden\"}",
+             "{\"event\":\"row\",\"sheet\":\"Second\",\"row\":1,\"cells\":[\"7.00 m\"" +
+                 [] {
+                   std::string empty;
+                   for (int column = 0; column < 25; ++column) empty += ",\"\"";
+                   return empty;
+                 }() +
+                 ",\"8\"]}",
+             "{\"event\":\"done\",\"originator\":\"system\",\"exit\":0,\"paths\":[]}"}));
+  EXPECT_EQ(Sheet(OpenDocument(Table("T", TableRow(TableCell("a") + TableCell("b")))), {"--json"})
+                .Lines()
+                .front(),
+            "{\"event\":\"line\",\"row\":1,\"cells\":[\"a\",\"b\"]}");
+  const CommandResult bad = Sheet("none", {"--json"});
+  EXPECT_EQ(bad.status, 3);
+  EXPECT_EQ(nlohmann::json::parse(bad.LastLine())["event"], "failed");
+}
+
+TEST_F(SheetCommandTest, wrong_use_is_told) {
+  for (const Names& options : {Names{"--faithful", "--as-shown"}, Names{"--list", "-o", "x"},
+                               Names{"--list", "--as-shown"}, Names{"--list", "--sheet", "1"},
+                               Names{"-o", ""}, Names{"--sheet"}})
+    EXPECT_EQ(Sheet(TwoSheets().Bytes(), options).status, 2);
+  EXPECT_EQ(m_Command.Run({"sheet"}).status, 2);
+}
+
+TEST_F(SheetCommandTest, a_folder_is_read_and_stays_as_it_is) {
+  for (const ZipEntry& entry : TwoSheets().Entries())
+    m_Command.Place().Write("package/" + entry.name, entry.content);
+  m_Command.Place().Write("document/content.xml",
+                          OpenDocument(Table("T", TableRow(TableCell("a")))));
+  const auto names = [this] {
+    Names found;
+    for (const auto& entry : fs::recursive_directory_iterator(m_Command.Place().Path()))
+      found.push_back(entry.path());
+    std::ranges::sort(found);
+    return found;
+  };
+  const Names before = names();
+  EXPECT_EQ(m_Command.Run({"sheet", "document"}).output,
+            "\xEF\xBB\xBF"
+            "a");
+  const std::string text = m_Command.Run({"sheet", "package"}).output;
+  EXPECT_EQ(m_Command.Run({"sheet", "package/"}).output, text);
+  EXPECT_EQ(names(), before);
+  EXPECT_EQ(text, Shown(TwoSheets().Bytes(), {}));
+  m_Command.Place().Write("secret", "<worksheet/>");
+  fs::remove(m_Command.Place().Path("package/xl/tables/t1.xml"));
+  fs::create_symlink("../../../secret", m_Command.Place().Path("package/xl/tables/t1.xml"));
+  const CommandResult link = m_Command.Run({"sheet", "package"});
+  EXPECT_EQ(link.status, 3);
+  EXPECT_NE(link.error.find("entry 'xl/tables/t1.xml': it is a link"), std::string::npos)
+      << link.error;
+}
+
+TEST_F(SheetCommandTest, what_is_no_spreadsheet_is_refused_with_what_it_is) {
+  WorkbookFiles binary = TwoSheets();
+  binary.workbookType = "application/vnd.ms-excel.sheet.binary.macroEnabled.main";
+  WorkbookFiles letter = TwoSheets();
+  letter.workbookType = "application/vnd.openxmlformats-officedocument.wordprocessingml.document";
+  const std::string encrypted =
+      "<m:manifest "
+      "xmlns:m=\"urn:m\"><m:file-entry><m:encryption-data/></m:file-entry></m:manifest>";
+  const std::vector<std::pair<std::string, std::string>> files{
+      {"", "it is empty"},
+      {"words", "it is neither a package of a spreadsheet nor a document of XML"},
+      {std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8), "it is encrypted, or of the old binary"},
+      {"<html/>", "it is no spreadsheet: its root element is 'html'"},
+      {"<document/>", "it is no spreadsheet"},
+      {binary.Bytes(), "it is a binary workbook (.xlsb)"},
+      {letter.Bytes(), "it is no workbook: the content type"},
+      {ZipBytes({ZipEntry{"a", "x"}}).Make(), "it is no spreadsheet: it has neither"},
+      {ZipBytes({}).Make(), "it is no spreadsheet: it has neither"},
+      {ZipBytes({{"mimetype", "application/vnd.oasis.opendocument.text"}, {"content.xml", "<a/>"}})
+           .Make(),
+       "it is no spreadsheet, but 'application/vnd.oasis.opendocument.text'"},
+      {OpenDocumentPackage("\x01\x02", encrypted), "it is encrypted"},
+      {OpenDocumentPackage("<a/>"), "content.xml:"},
+      {TwoSheets().Bytes().substr(0, 500), "it is no whole zip file"},
+  };
+  for (const auto& [bytes, words] : files)
+    for (const Names& options : {Names{}, Names{"--as-shown"}, Names{"--list"}})
+      EXPECT_TRUE(Shown(bytes, options).starts_with(words)) << words;
+  EXPECT_EQ(m_Command.Run({"sheet", "missing"}).status, 3);
+  EXPECT_EQ(m_Command.Run({"sheet", "/dev/null"}).status, 3);
+}
+
+TEST_F(SheetCommandTest, a_document_type_inside_a_package_is_refused_with_its_place) {
+  for (const char* part : {"xl/workbook.xml", "xl/tables/t1.xml", "_rels/.rels",
+                           "[Content_Types].xml", "xl/forms.xml", "xl/texts.xml"}) {
+    auto entries = TwoSheets().Entries();
+    for (ZipEntry& entry : entries)
+      if (entry.name == part)
+        entry.content =
+            "<!DOCTYPE x [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;\">]><x>&b;</x>";
+    const std::string words = Shown(ZipBytes(entries).Make());
+    EXPECT_TRUE(words.starts_with(std::string(part) + ":1:")) << words;
+  }
+}
+
+TEST_F(SheetCommandTest, a_hostile_package_is_refused_before_anything_is_written) {
+  auto entries = TwoSheets().Entries();
+  entries.push_back({"../../evil", "x"});
+  EXPECT_EQ(Shown(ZipBytes(entries).Make(), {}),
+            "entry '../../evil': its name leads out of the package\n");
+}
+
+TEST_F(SheetCommandTest, rows_and_columns_are_bounded) {
+  const auto shown = [this](const std::string& cells) {
+    WorkbookFiles files;
+    files.sheets = {{"S", cells}};
+    return Sheet(files.Bytes(), {"--list"});
+  };
+  for (const int row : {1'048'575, 1'048'576, 1'048'577}) {
+    const CommandResult result = shown(Row(row, Cell("A" + std::to_string(row), "1")));
+    EXPECT_EQ(result.status, row <= 1'048'576 ? 0 : 3);
+  }
+  EXPECT_EQ(shown(Row(1, Cell("XFC1", "1"))).status, 0);
+  EXPECT_EQ(shown(Row(1, Cell("XFD1", "1"))).status, 0);
+  EXPECT_NE(shown(Row(1, Cell("XFE1", "1"))).error.find("cell 'XFE1' of row 1 lies behind"),
+            std::string::npos);
+  EXPECT_EQ(shown(Row(1, Cell(std::string(100, 'Z') + "1", "1"))).status, 3);
+  EXPECT_NE(shown(Row(2, "") + Row(2, "")).error.find("row numbered '2' comes after row 2"),
+            std::string::npos);
+  EXPECT_EQ(shown("<row r=\"99999999999999999999\"/>").status, 3);
+}
+
+TEST_F(SheetCommandTest, repeats_are_bounded) {
+  const auto status = [this](int columns, int rows, int more) {
+    const auto times = [](const char* what, int count) {
+      return std::string("table:number-") + what + "-repeated=\"" + std::to_string(count) + "\"";
+    };
+    std::string tables = TableRow(TableCell("x", times("columns", columns)), times("rows", rows));
+    if (more > 0) tables += TableRow(TableCell("x", times("columns", more)));
+    return Sheet(OpenDocument(Table("T", tables), "document"), {"--list"}).status;
+  };
+  EXPECT_EQ(status(16'383, 1, 0), 0);
+  EXPECT_EQ(status(16'384, 1, 0), 0);
+  EXPECT_EQ(status(16'385, 1, 0), 3);
+  EXPECT_EQ(status(1, 1'048'575, 0), 0);
+  EXPECT_EQ(status(1, 1'048'576, 0), 0);
+  EXPECT_EQ(status(1, 1'048'577, 0), 3);
+  EXPECT_EQ(status(1, 1'048'576, 1), 3);
+  EXPECT_EQ(status(999'999'999, 999'999'999, 0), 3);
+  // All but the first of a row's cells, and all of the rows behind the first, come by repeats.
+  EXPECT_EQ(status(16'384, 1'024, 1), 0);
+  EXPECT_EQ(status(16'384, 1'024, 2), 0);
+  EXPECT_EQ(status(16'384, 1'024, 3), 3);
+}
+
+TEST_F(SheetCommandTest, texts_of_cells_are_bounded) {
+  for (const int size : {(1 << 20) - 1, 1 << 20, (1 << 20) + 1}) {
+    const std::string blanks = "<text:s text:c=\"" + std::to_string(size - 2) + "\"/>";
+    const std::string shown = ShownTables(Table("T", TableRow(TableCell("a" + blanks + "b"))));
+    if (size <= 1 << 20)
+      EXPECT_EQ(shown.size(),
+                static_cast<std::size_t>(size) + std::string("\\sheet\tT\n\n").size());
+    else
+      EXPECT_NE(shown.find("row 1: a cell has a text longer than the limit"), std::string::npos);
+    WorkbookFiles files;
+    files.sheets = {
+        {"S", Row(1, Cell("A1", std::string(static_cast<std::size_t>(size), 'x'), "str"))}};
+    EXPECT_EQ(Sheet(files.Bytes(), {"--list"}).status, size <= 1 << 20 ? 0 : 3);
+  }
+  EXPECT_NE(ShownTables(Table("T", TableRow(TableCell("<text:s text:c=\"999999999\"/>x"))))
+                .find("longer than the limit"),
+            std::string::npos);
+}
+
+TEST_F(SheetCommandTest, sheets_are_bounded_and_share_no_part) {
+  for (const std::size_t count : {4095U, 4096U, 4097U}) {
+    std::string tables;
+    for (std::size_t index = 0; index < count; ++index) tables += Table("T", "");
+    EXPECT_EQ(Sheet(OpenDocument(tables, "document"), {"--list"}).status, count <= 4096 ? 0 : 3);
+    WorkbookFiles files;
+    files.sheets = {{"S", ""}};
+    files.workbookExtra = "<sheets>";
+    for (std::size_t index = 1; index < count; ++index)
+      files.workbookExtra += "<sheet name=\"x\" r:id=\"none\"/>";
+    files.workbookExtra += "</sheets>";
+    const std::string words = Shown(files.Bytes());
+    EXPECT_EQ(words.find("more sheets than the limit of 4096") != words.npos, count > 4096);
+  }
+  WorkbookFiles files = TwoSheets();
+  files.sheets[1].target = "tables/t1.xml";
+  EXPECT_EQ(Shown(files.Bytes()), "xl/tables/t1.xml: several sheets share it\n");
+}
+
+TEST_F(SheetCommandTest, a_shared_string_that_is_not_there_is_a_fault) {
+  WorkbookFiles files = TwoSheets();
+  files.sheets[0].rows = Row(4, Cell("A4", "2", "s"));
+  EXPECT_NE(
+      Shown(files.Bytes()).find("a cell of row 4 asks for the shared string '2', and there are 2"),
+      std::string::npos);
+}
+
+TEST_F(SheetCommandTest, charts_have_no_rows) {
+  WorkbookFiles files = TwoSheets();
+  files.sheets[0].kind = "chartsheet";
+  EXPECT_EQ(Shown(files.Bytes()).substr(0, 31), "\\sheet\tFirst\n\\sheet\tSecond\n7.00");
+}
+
+TEST_F(SheetCommandTest, a_signal_ends_it_and_leaves_nothing) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    m_Command.Place().Write("book", TwoSheets().Bytes());
+    const std::string pipe = m_Command.Place().Path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    // Nobody reads the pipe, so that the command waits.
+    m_Command.Start({"sheet", "book", "--json", "-o", "pipe"}, "\"progress\"");
+    EXPECT_EQ(m_Command.NamesIn("jobs").size(), 1U);
+    m_Command.Signal(signal);
+    const CommandResult result = m_Command.Wait();
+    EXPECT_EQ(result.status, 4);
+    EXPECT_NE(result.LastLine().find("cancelled; what was unpacked has been removed"),
+              std::string::npos);
+    EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+    fs::remove(pipe);
+  }
+}
+
+TEST_F(SheetCommandTest, the_examples_say_what_they_are_for) {
+  const std::string examples = std::string(RASTREL_SOURCE_DIR) + "/examples/";
+  EXPECT_EQ(
+      m_Command.Run({"sheet", examples + "price-list", "--as-shown", "--sheet", "Prices"}).output,
+      "Sign\tPrice\tRebate\tValid from\nShop front\t\u20AC 1,249.50\t15%\t1-Jan-25\n"
+      "Brass plate, engraved\t\u20AC 89.00\t\t1-Mar-25\n");
+  EXPECT_EQ(m_Command.Run({"sheet", examples + "price-list.fods", "--list"}).output,
+            "1\tPrices\tvisible\t3 rows\t2 columns\t6 cells\n");
+}
+
+}  // namespace
+}  // namespace rastrel::test
