@@ -1,17 +1,12 @@
 #include "rastrel/imports/xml_parser.h"
 
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
-#include <libxml/tree.h>
-#include <libxml/xmlerror.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "rastrel/imports/xml_library.h"
 #include "rastrel/imports/xml_limits.h"
 #include "rastrel/platform/os/text.h"
 
@@ -28,8 +23,11 @@ std::string_view Bytes(const xmlChar* text, int length) {
   return {Bytes(text), static_cast<std::size_t>(length)};
 }
 
+// REQUIRES: the parser's library is there, as it is wherever a document is being read.
+const XmlLibrary& Xml() { return *XmlLibrary::Instance(); }
+
 struct ContextEnd {
-  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+  void operator()(xmlParserCtxt* context) const { Xml().FreeParserCtxt(context); }
 };
 
 extern "C" {
@@ -41,16 +39,16 @@ void DropMessage(void*, const char*, ...) {}
 class ThreadErrors {
  public:
   ThreadErrors(void* user, xmlStructuredErrorFunc handler)
-      : m_Structured(xmlStructuredError),
-        m_StructuredUser(xmlStructuredErrorContext),
-        m_Generic(xmlGenericError),
-        m_GenericUser(xmlGenericErrorContext) {
-    xmlSetStructuredErrorFunc(user, handler);
-    xmlSetGenericErrorFunc(nullptr, DropMessage);
+      : m_Structured(*Xml().StructuredError()),
+        m_StructuredUser(*Xml().StructuredErrorContext()),
+        m_Generic(*Xml().GenericError()),
+        m_GenericUser(*Xml().GenericErrorContext()) {
+    Xml().SetStructuredErrorFunc(user, handler);
+    Xml().SetGenericErrorFunc(nullptr, DropMessage);
   }
   ~ThreadErrors() {
-    xmlSetStructuredErrorFunc(m_StructuredUser, m_Structured);
-    xmlSetGenericErrorFunc(m_GenericUser, m_Generic);
+    Xml().SetStructuredErrorFunc(m_StructuredUser, m_Structured);
+    Xml().SetGenericErrorFunc(m_GenericUser, m_Generic);
   }
   ThreadErrors(const ThreadErrors&) = delete;
   ThreadErrors& operator=(const ThreadErrors&) = delete;
@@ -159,7 +157,7 @@ xmlSAXHandler Parse::Handler() {
   // Without a function that keeps or looks up entities none is ever known, and none expanded.
   handler.internalSubset = [](void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
     Of(user).Fail(L"a document type is not accepted");
-    xmlStopParser(Of(user).m_Context.get());
+    Xml().StopParser(Of(user).m_Context.get());
   };
   handler.startDocument = [](void* user) { Of(user).OnDocument(); };
   handler.startElementNs = [](void* user, const xmlChar* local, const xmlChar* prefix,
@@ -221,13 +219,15 @@ bool Parse::Begin(std::span<char> buffer) {
     Note({.line = 1, .column = 1, .reason = L"the document is empty"});
     return false;
   }
-  static std::once_flag once;
-  std::call_once(once, xmlInitParser);
+  if (!XmlLibrary::Instance()) {
+    Note({.reason = os::WideFromUtf8(XmlLibrary::Instance().Error())});
+    return false;
+  }
   xmlSAXHandler handler = Handler();
   if (m_Encoding == XmlEncoding::kByDocument) m_Family = FamilyOf({buffer.data(), held});
   const ThreadErrors errors(this, handler.serror);
   m_Context.reset(
-      xmlCreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
+      Xml().CreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
   if (!m_Context) {
     Note({.reason = L"there is no memory for the parser"});
     return false;
@@ -235,13 +235,13 @@ bool Parse::Begin(std::span<char> buffer) {
   const int encoding = m_Encoding == XmlEncoding::kUtf8 ? XML_PARSE_IGNORE_ENC : 0;
   // There are no entities but the five to replace, and without NOENT an ampersand in an attribute
   // would be told as "&#38;".
-  xmlCtxtUseOptions(m_Context.get(), XML_PARSE_NONET | XML_PARSE_NOENT | encoding);
+  Xml().CtxtUseOptions(m_Context.get(), XML_PARSE_NONET | XML_PARSE_NOENT | encoding);
   return !Failed();
 }
 
 void Parse::Push(std::string_view piece, bool last) {
   const ThreadErrors errors(this, m_Context->sax->serror);
-  xmlParseChunk(m_Context.get(), piece.data(), static_cast<int>(piece.size()), last ? 1 : 0);
+  Xml().ParseChunk(m_Context.get(), piece.data(), static_cast<int>(piece.size()), last ? 1 : 0);
   if (!Failed()) CheckPending();
   if (!Failed()) FollowEvents();
   if (!Failed() && last) CheckEnd();
@@ -279,7 +279,7 @@ void Parse::CheckEnd() {
     return Fail(L"the document is not well-formed");
   const xmlParserInput* const input = context.input;
   const bool cut = input != nullptr && input->buf != nullptr && input->buf->raw != nullptr &&
-                   xmlBufUse(input->buf->raw) > 0;
+                   Xml().BufUse(input->buf->raw) > 0;
   if (cut) Fail(L"the document ends within a character");
 }
 

@@ -1,0 +1,37 @@
+#include "rastrel/imports/xml_library.h"
+
+#include "rastrel/platform/os/shared_library.h"
+
+namespace rastrel::imports {
+namespace {
+
+os::Expected<XmlLibrary, std::string> Load() {
+  const auto library = os::SharedLibrary::Open(RASTREL_LIBXML2);
+  if (!library) return "the XML parser can't be had: " + library.Error();
+  XmlLibrary xml;
+  const bool whole = library->Bind(xml.InitParser, "xmlInitParser") &&
+                     library->Bind(xml.CreatePushParserCtxt, "xmlCreatePushParserCtxt") &&
+                     library->Bind(xml.CtxtUseOptions, "xmlCtxtUseOptions") &&
+                     library->Bind(xml.ParseChunk, "xmlParseChunk") &&
+                     library->Bind(xml.StopParser, "xmlStopParser") &&
+                     library->Bind(xml.FreeParserCtxt, "xmlFreeParserCtxt") &&
+                     library->Bind(xml.BufUse, "xmlBufUse") &&
+                     library->Bind(xml.SetStructuredErrorFunc, "xmlSetStructuredErrorFunc") &&
+                     library->Bind(xml.SetGenericErrorFunc, "xmlSetGenericErrorFunc") &&
+                     library->Bind(xml.StructuredError, "__xmlStructuredError") &&
+                     library->Bind(xml.StructuredErrorContext, "__xmlStructuredErrorContext") &&
+                     library->Bind(xml.GenericError, "__xmlGenericError") &&
+                     library->Bind(xml.GenericErrorContext, "__xmlGenericErrorContext");
+  if (!whole) return std::string("the XML parser " RASTREL_LIBXML2 " is of another kind");
+  xml.InitParser();
+  return xml;
+}
+
+}  // namespace
+
+const os::Expected<XmlLibrary, std::string>& XmlLibrary::Instance() {
+  static const os::Expected<XmlLibrary, std::string> library = Load();
+  return library;
+}
+
+}  // namespace rastrel::imports

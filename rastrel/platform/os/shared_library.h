@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "rastrel/platform/os/outcome.h"
+
+/// Libraries that are bound when they are first needed. Linking one costs its share, and that of
+/// all that it needs in turn, of every start of every program.
+namespace rastrel::os {
+
+/// A library of the system, by the name that programs are linked against ("libxml2.so.2"). Stays
+/// loaded for the life of the process, whatever becomes of this object; may be copied. Thread: any.
+class SharedLibrary {
+ public:
+  /// Loads it, or the loader's words for why it can't be had.
+  [[nodiscard]] static Expected<SharedLibrary, std::string> Open(const char* name);
+
+  /// Sets the function to the one of that name. False if the library has none; the function is then
+  /// null. REQUIRES: the type is the one that the library's header declares.
+  template <typename Function>
+  [[nodiscard]] bool Bind(Function*& function, const char* name) const {
+    function = reinterpret_cast<Function*>(Find(name));
+    return function != nullptr;
+  }
+
+ private:
+  explicit SharedLibrary(void* library) : m_Library(library) {}
+  [[nodiscard]] void* Find(const char* name) const;
+
+  void* m_Library;
+};
+
+}  // namespace rastrel::os

@@ -1,0 +1,31 @@
+#include "rastrel/platform/os/shared_library.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using rastrel::os::SharedLibrary;
+
+TEST(SharedLibrary, gives_functions_by_name) {
+  const auto library = SharedLibrary::Open("libm.so.6");
+  ASSERT_TRUE(static_cast<bool>(library));
+  double (*root)(double) = nullptr;
+  ASSERT_TRUE(library->Bind(root, "sqrt"));
+  EXPECT_EQ(3.0, root(9.0));
+}
+
+TEST(SharedLibrary, has_no_function_of_another_name) {
+  const auto library = SharedLibrary::Open("libm.so.6");
+  ASSERT_TRUE(static_cast<bool>(library));
+  double (*function)(double) = [](double value) { return value; };
+  EXPECT_FALSE(library->Bind(function, "no_such_function"));
+  EXPECT_EQ(nullptr, function);
+}
+
+TEST(SharedLibrary, says_why_it_can_not_be_had) {
+  const auto library = SharedLibrary::Open("libno-such-library.so.1");
+  ASSERT_FALSE(static_cast<bool>(library));
+  EXPECT_NE(std::string::npos, library.Error().find("libno-such-library.so.1")) << library.Error();
+}
+
+}  // namespace
