@@ -73,6 +73,18 @@ TEST_F(RealPrintTest, the_doctor_finds_all_well) {
   EXPECT_EQ(result.output.find("WRONG"), std::string::npos) << result.output;
 }
 
+TEST_F(RealPrintTest, the_doctor_knows_the_queue_program) {
+  ASSERT_EQ(m_Command.Run({"doctor"}).status, 0);
+  const std::string program = m_Command.Root() + "/Queue/JobSpool.exe";
+  fs::remove(program);
+  // A user's own stays, and is none that can be started.
+  std::ofstream(program) << "not a program";
+  const CommandResult result = m_Command.Run({"doctor"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_NE(result.output.find("queue program"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("not executable"), std::string::npos) << result.output;
+}
+
 TEST_F(RealPrintTest, the_doctor_tells_a_faulty_devices_file_by_line) {
   ASSERT_EQ(m_Command.Run({"doctor"}).status, 0);
   std::ofstream(m_Command.Root() + "/devices.txt") << "[A]\nkind = nonsense\n";
