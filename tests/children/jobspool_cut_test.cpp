@@ -182,6 +182,31 @@ TEST_F(QueueCut, a_name_beyond_ascii_is_found_in_either_spelling) {
   }
 }
 
+TEST_F(QueueCut, a_pdf_has_cut_paths_too) {
+  const std::string content =
+      "/S CS 1 SCN 60 390 m 100 390 l 100 350 l S 0 0 1 RG 0 0 m 300 500 l S\n";
+  const std::string pdf =
+      "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+      "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+      "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 300 500]/CropBox[50 100 250 400]"
+      "/Resources<</ColorSpace<</S[/Separation/CutContour/DeviceCMYK<</FunctionType 2/Domain[0 1]"
+      "/C0[0 0 0 0]/C1[0 1 0 0]/N 1>>]>>>>/Contents 4 0 R>>endobj\n4 0 obj<</Length " +
+      std::to_string(content.size()) + ">>stream\n" + content +
+      "endstream endobj\ntrailer<</Root 1 0 R>>\n%%EOF\n";
+  const std::string file = m_Bench.Job("vkaaaaaa.pdf", pdf);
+  for (const auto& [size, scale] : {std::pair{"", 1.0}, {"%#PageSize=Custom,400,600\r\n", 2.0}}) {
+    m_Bench.Job("vkaaaaaa.jhdr", Header("%# KVI_Res= 144\r\n" + std::string(size) +
+                                        "%# KVI_CutLine= SEP, CutContour\r\n"));
+    m_Outcome = m_Bench.Convert(file);
+    ASSERT_EQ(m_Outcome.status, 0) << m_Outcome.reports;
+    const auto objects = Decode(m_Bench.RipDirectory() + "/vkaaaaaa.cut");
+    ASSERT_EQ(objects.size(), 1U);
+    ASSERT_EQ(objects[0].polygons.size(), 1U);
+    ExpectPoints(objects[0].polygons[0].at(0).points,
+                 {{10 * scale, -10 * scale}, {50 * scale, -10 * scale}, {50 * scale, -50 * scale}});
+  }
+}
+
 TEST_F(QueueCut, a_curve_keeps_to_its_flatness) {
   const std::string circle =
       Box + "1 0 0 setrgbcolor newpath 200 250 40 0 360 arc closepath stroke\n";
