@@ -15,17 +15,24 @@ namespace {
 
 constexpr std::size_t NameLimit = 150;  // bytes; leaves room for what is put behind it
 
-[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
-  throw CommandError(ExitStatus::BadInput, "can't print '" + path + "': " + why);
+// A file that is asked for something.
+struct Asked {
+  const std::string& path;
+  const char* verb;
+};
+
+[[noreturn]] void Refuse(const Asked& file, const std::string& why) {
+  throw CommandError(ExitStatus::BadInput,
+                     "can't " + std::string(file.verb) + " '" + file.path + "': " + why);
 }
 
-std::string HeadOf(const std::string& path) {
+std::string HeadOf(const Asked& asked) {
   errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) Refuse(path, os::DescribeError(errno));
+  std::ifstream file(asked.path, std::ios::binary);
+  if (!file) Refuse(asked, os::DescribeError(errno));
   std::string head(corerast::JobHeadSize, '\0');
   file.read(head.data(), static_cast<std::streamsize>(head.size()));
-  if (file.bad()) Refuse(path, os::DescribeError(errno));
+  if (file.bad()) Refuse(asked, os::DescribeError(errno));
   head.resize(static_cast<std::size_t>(file.gcount()));
   return head;
 }
@@ -48,19 +55,20 @@ bool IsUnsafe(wchar_t character) {
 
 }  // namespace
 
-InputFile InspectInput(const std::string& path) {
+InputFile InspectInput(const std::string& path, const char* verb) {
+  const Asked asked{path, verb};
   std::error_code error;
   const auto state = std::filesystem::status(path, error);
-  if (state.type() == std::filesystem::file_type::not_found) Refuse(path, "there is no such file");
-  if (error) Refuse(path, os::DescribeError(error.value()));
-  if (std::filesystem::is_directory(state)) Refuse(path, "it is a directory");
-  if (!std::filesystem::is_regular_file(state)) Refuse(path, "it is no regular file");
-  const std::string head = HeadOf(path);
-  if (head.empty()) Refuse(path, "it is empty");
+  if (state.type() == std::filesystem::file_type::not_found) Refuse(asked, "there is no such file");
+  if (error) Refuse(asked, os::DescribeError(error.value()));
+  if (std::filesystem::is_directory(state)) Refuse(asked, "it is a directory");
+  if (!std::filesystem::is_regular_file(state)) Refuse(asked, "it is no regular file");
+  const std::string head = HeadOf(asked);
+  if (head.empty()) Refuse(asked, "it is empty");
   const auto size = std::filesystem::file_size(path, error);
   const auto layout = corerast::FindJobLayout(head, error ? head.size() : size);
   if (layout.kind == corerast::JobKind::Unknown)
-    Refuse(path, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
+    Refuse(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
   InputFile input;
   input.path = path;
   input.safeName = SafeJobName(path.substr(path.rfind('/') + 1));

@@ -5,7 +5,7 @@
 
 namespace rastrel::cli {
 
-/// A file that is to be printed.
+/// A file that is to be printed or converted.
 struct InputFile {
   std::string path;       ///< native, as given
   std::string safeName;   ///< base name of the working copy, without extension
@@ -13,8 +13,8 @@ struct InputFile {
 };
 
 /// Looks at the file's beginning. Throws CommandError(BadInput) if it is missing, unreadable, no
-/// regular file, or neither PostScript, EPS nor PDF.
-[[nodiscard]] InputFile InspectInput(const std::string& path);
+/// regular file, or neither PostScript, EPS nor PDF; `verb` says what can't be done with it then.
+[[nodiscard]] InputFile InspectInput(const std::string& path, const char* verb = "print");
 
 /// The base name, without extension, that a working copy of a file has. It becomes part of a
 /// PostScript comment, a command line, names of output files and of the spool entry. Backslashes,

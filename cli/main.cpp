@@ -9,14 +9,17 @@
 #include "cli/doctor.h"
 #include "cli/exit_status.h"
 #include "cli/failure_report.h"
+#include "cli/header_command.h"
 #include "cli/help.h"
 #include "cli/inspect_command.h"
 #include "cli/listings.h"
 #include "cli/notes_command.h"
 #include "cli/options.h"
+#include "cli/page_size_command.h"
 #include "cli/prefix_command.h"
 #include "cli/preview_command.h"
 #include "cli/print_command.h"
+#include "cli/queue_command.h"
 #include "cli/reprint_command.h"
 #include "cli/sheet_command.h"
 #include "cli/spool_command.h"
@@ -79,6 +82,9 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::ChartCopyright: return CopyrightChartCommand(invocation);
     case CommandId::ChartCaps: return CapRulesCommand(invocation);
     case CommandId::Sheet: return SheetCommand(invocation);
+    case CommandId::PageSize: return PageSizeCommand(invocation);
+    case CommandId::Queue: return QueueCommand(invocation);
+    case CommandId::Header: return HeaderCommand(invocation);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

@@ -30,6 +30,11 @@ constexpr std::array OptionTable{
     OptionRow{Preview, "--preview", "", "Of a preview, not of a print."},
     OptionRow{Dpi, "--dpi", "N",
               "Pixels per inch of the preview, from 1 to 4800; 72 if not given. Not of planes."},
+    OptionRow{Resolution, "--dpi", "N", "Dots per inch of the conversion, from 1 to 4800."},
+    OptionRow{OptionId::PageSize, "--page-size", "WxH", "Size of the page, as 21x29.7cm."},
+    OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
+              "Take what has this colour as lines that are cut half through."},
+    OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},
     OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
@@ -75,6 +80,11 @@ constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Json, Help};
+constexpr std::array QueueOptions{
+    OptionId::PageSize, Resolution, CutColor, HalfCutColor, KeepPs, Output, Json, Help};
+constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
+                                   HalfCutColor,       OutputFile, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -128,6 +138,13 @@ constexpr std::array CommandTable{
                "List the words that keep special capitals.", ListingOptions},
     CommandRow{CommandId::Sheet, "sheet", "FILE|FOLDER", false,
                "Make a tab-separated text of a spreadsheet (.xlsx, .ods, .fods).", SheetOptions},
+    CommandRow{CommandId::PageSize, "pagesize", "FILE...", false,
+               "Measure the first page of PostScript and EPS files.", PageSizeOptions},
+    CommandRow{CommandId::Queue, "queue", "FILE", false,
+               "Convert a file to planes, a picture and cut paths by the queue program.",
+               QueueOptions},
+    CommandRow{CommandId::Header, "header", "FILE", false,
+               "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };

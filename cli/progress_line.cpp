@@ -17,8 +17,6 @@ constexpr std::int64_t BetweenDrawings = Second / 12;
 constexpr int BarLength = 20;
 constexpr std::size_t StageWidth = 20;
 constexpr unsigned UsualColumns = 80;
-constexpr const char* ClearLine = "\r\x1b[K";
-constexpr const char* ClearRest = "\x1b[K";
 
 std::string StageOf(const JobEvent& event) {
   switch (event.code.value_or(JTI_BAD)) {
@@ -84,24 +82,30 @@ void JobProgress::Take(const JobEvent& event) {
   if (std::string stage = StageOf(event); !stage.empty()) Enter(std::move(stage));
 }
 
-std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
+std::string RenderProgress(const ProgressView& progress, std::int64_t elapsedSeconds,
                            unsigned columns) {
   const std::string between = "  ";
   const std::string time = TimeText(std::max<std::int64_t>(elapsedSeconds, 0));
   // A job that does not tell its number of pages has no percentage, and an empty bar says nothing.
-  const std::string percent = progress.Percent() ? PercentText(*progress.Percent()) : "";
-  const std::string bar = progress.Percent() ? between + BarOf(*progress.Percent()) : "";
-  const std::string page = progress.Page() ? "page " + std::to_string(*progress.Page()) : "";
+  const std::string percent = progress.percent ? PercentText(*progress.percent) : "";
+  const std::string bar = progress.percent ? between + BarOf(*progress.percent) : "";
+  const std::string page = progress.page ? "page " + std::to_string(*progress.page) : "";
   const std::string pageAndTime = page.empty() ? time : page + between + time;
   const std::array<std::string, 4> forms{
-      Padded(progress.Stage(), StageWidth) + percent + bar + between + pageAndTime,
-      Padded(progress.Stage(), StageWidth) + percent + between + pageAndTime,
-      percent.empty() ? progress.Stage() : progress.Stage() + between + percent,
-      progress.Stage(),
+      Padded(progress.stage, StageWidth) + percent + bar + between + pageAndTime,
+      Padded(progress.stage, StageWidth) + percent + between + pageAndTime,
+      percent.empty() ? progress.stage : progress.stage + between + percent,
+      progress.stage,
   };
   for (const std::string& form : forms)
     if (form.size() < columns) return form;
   return forms.back().substr(0, columns == 0 ? 0 : columns - 1);
+}
+
+std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
+                           unsigned columns) {
+  return RenderProgress(ProgressView{progress.Stage(), progress.Percent(), progress.Page()},
+                        elapsedSeconds, columns);
 }
 
 ProgressLine::ProgressLine() : m_Begin(os::MonotonicNanoseconds()) {}

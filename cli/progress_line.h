@@ -27,11 +27,24 @@ class JobProgress {
   std::optional<int> m_Page;
 };
 
+/// What a line of progress says.
+struct ProgressView {
+  std::string stage;
+  std::optional<int> percent;
+  std::optional<int> page;
+};
+
 /// "RIP interpreting   42 %  [########------------]  page 2  0:07", cut to fewer than `columns`
 /// characters: parts that don't fit are left out, the bar first. Without a percentage there is no
 /// bar. No control characters.
+[[nodiscard]] std::string RenderProgress(const ProgressView& progress, std::int64_t elapsedSeconds,
+                                         unsigned columns);
 [[nodiscard]] std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
                                          unsigned columns);
+
+/// What takes a drawn line away, and what the rest of one that a shorter line was drawn over.
+inline constexpr const char* ClearLine = "\r\x1b[K";
+inline constexpr const char* ClearRest = "\x1b[K";
 
 /// Shows a job on a terminal: one line that is drawn over and over, with what is to stay above it.
 /// Events and Tick come from several threads; the owner sees to it that they come one at a time.

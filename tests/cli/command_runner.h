@@ -34,6 +34,7 @@ class CommandRunner {
   /// Puts a shell script in a child's place; "#!/bin/sh" is put in front.
   void WriteRip(const std::string& script) const { WriteChild("corerast.exe", script); }
   void WriteOdalis(const std::string& script) const { WriteChild("coreodalis.exe", script); }
+  void WriteQueue(const std::string& script) const { WriteChild("../JobSpool.exe", script); }
   /// A RIP of two pages, and an engine that says what it delivers and who the printer is.
   void WriteUsualChildren() const;
 
@@ -51,6 +52,8 @@ class CommandRunner {
   /// Waits for the started command's end.
   [[nodiscard]] CommandResult Wait();
 
+  /// "NAME=value" of the variables that the command gets besides this process's own.
+  [[nodiscard]] const std::vector<std::string>& Variables() const { return m_Variables; }
   /// The working directory of the command.
   [[nodiscard]] const ScratchDirectory& Place() const { return m_Place; }
   /// The data root.

@@ -1,9 +1,15 @@
 #include "rastrel/platform/os/terminal.h"
 
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
+#include <array>
+#include <utility>
+
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/wait.h"
 
 namespace rastrel::os {
 
@@ -14,6 +20,37 @@ bool IsTerminal(HANDLE handle) {
 unsigned TerminalColumns(HANDLE handle) {
   winsize size{};
   return ::ioctl(handle, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+struct TerminalKeys::State {
+  termios settings{};
+};
+
+TerminalKeys::TerminalKeys(HANDLE terminal, std::unique_ptr<State> old)
+    : m_Terminal(terminal), m_Old(std::move(old)) {}
+
+std::unique_ptr<TerminalKeys> TerminalKeys::Take(HANDLE terminal) {
+  auto old = std::make_unique<State>();
+  if (::tcgetattr(terminal, &old->settings) != 0) return nullptr;
+  // Changing the settings of a terminal that another job has would stop this process.
+  if (::tcgetpgrp(terminal) != ::getpgrp()) return nullptr;
+  termios raw = old->settings;
+  raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ISIG);
+  raw.c_cc[VMIN] = 1;
+  raw.c_cc[VTIME] = 0;
+  if (::tcsetattr(terminal, TCSANOW, &raw) != 0) return nullptr;
+  return std::unique_ptr<TerminalKeys>(new TerminalKeys(terminal, std::move(old)));
+}
+
+TerminalKeys::~TerminalKeys() { ::tcsetattr(m_Terminal, TCSANOW, &m_Old->settings); }
+
+std::string TerminalKeys::Read() {
+  const std::array<HANDLE, 1> handles{m_Terminal};
+  if (m_Gone || WaitReadable(handles, 0) != WaitSignaledBase) return {};
+  std::array<char, 256> bytes{};
+  const long count = ReadSome(m_Terminal, bytes.data(), bytes.size());
+  m_Gone = count <= 0;
+  return {bytes.data(), static_cast<std::size_t>(count > 0 ? count : 0)};
 }
 
 }  // namespace rastrel::os

@@ -1,0 +1,152 @@
+#include "cli/queue_command.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "cli/conversion_settings.h"
+#include "cli/input_file.h"
+#include "cli/installation.h"
+#include "cli/job_directory.h"
+#include "cli/json_line.h"
+#include "cli/keep_files_host.h"
+#include "cli/queue_program.h"
+#include "cli/standard_streams.h"
+#include "cli/terminal_faces.h"
+#include "rastrel/conversion/dialogs/q_progress_dlg.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/signals.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::set<fs::path> NamesIn(const std::string& directory) {
+  std::set<fs::path> names;
+  for (const auto& entry : fs::directory_iterator(directory)) names.insert(entry.path().filename());
+  return names;
+}
+
+// Puts the header in front of the copy, or, of a PDF, beside it.
+void WriteHeader(const ConversionSettings& settings, const std::string& copy) {
+  const std::wstring header = settings.Header();
+  bool written = false;
+  if (fs::path(copy).extension() == ".pdf") {
+    const std::string beside = fs::path(copy).replace_extension(".jhdr");
+    const auto file = os::CreateForWriting(os::FromNative(beside));
+    written = file && os::WriteAll(file->Get(), os::AnsiFromWide(header));
+  } else {
+    written = conversion::PrependToFile(os::FromNative(copy).c_str(), header);
+  }
+  if (!written)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the job header can't be written: " + os::DescribeError(errno));
+}
+
+std::string OutputDirectory(const Invocation& invocation) {
+  std::string directory = invocation.ValueOr(OptionId::Output, ".");
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (!fs::is_directory(directory))
+    throw CommandError(ExitStatus::WrongUse, "the files can't be put into '" + directory +
+                                                 "': no such directory, and it can't be made");
+  return directory;
+}
+
+void Move(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  fs::rename(from, to, error);
+  if (!error) return;
+  // Another file system, or a directory in the way.
+  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing, error);
+  if (error)
+    throw CommandError(ExitStatus::JobFailed, "can't put '" + from.filename().string() +
+                                                  "' into '" + to.parent_path().string() +
+                                                  "': " + os::DescribeError(error.value()));
+}
+
+// What the program has made, moved.
+std::vector<std::string> TakeResults(const std::string& directory, const std::set<fs::path>& before,
+                                     const std::string& target) {
+  std::vector<std::string> paths;
+  for (const fs::path& name : NamesIn(directory)) {
+    if (before.contains(name)) continue;
+    const fs::path path = target == "." ? name : fs::path(target) / name;
+    Move(fs::path(directory) / name, path);
+    paths.push_back(path.string());
+  }
+  return paths;
+}
+
+ExitStatus TellDone(const std::vector<std::string>& paths, bool json) {
+  if (json) {
+    JsonLine("done").Add("exit", 0).Add("paths", paths).Write();
+  } else {
+    for (const std::string& path : paths) WriteOut(path + "\n");
+  }
+  return ExitStatus::Done;
+}
+
+ExitStatus TellCancelled(bool json) {
+  if (json) {
+    JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
+  } else {
+    WriteError("rastrel: cancelled; what was unfinished has been removed\n");
+  }
+  return ExitStatus::Cancelled;
+}
+
+[[noreturn]] void Fail() {
+  const std::string why = LastErrorOfQueue();
+  throw CommandError(ExitStatus::JobFailed,
+                     why.empty() ? "the conversion failed; the application log in '" +
+                                       RipDirectory() + "' tells more"
+                                 : "the conversion failed: " + why);
+}
+
+// A request to end is one to cancel, from the first moment on.
+std::unique_ptr<os::StopSignals> TakeSignals(TerminalFaces& faces) {
+  auto signals = os::StopSignals::Start([&faces](int) { faces.RequestStop(); });
+  if (!signals)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the system gives no thread or descriptor: " + os::DescribeError(errno));
+  return signals;
+}
+
+}  // namespace
+
+ExitStatus QueueCommand(const Invocation& invocation) {
+  const bool json = invocation.Has(OptionId::Json);
+  TerminalFaces faces(json);
+  const auto signals = TakeSignals(faces);
+  const ConversionSettings settings = ReadConversionSettings(invocation);
+  const InputFile input = InspectInput(invocation.operand, "convert");
+  MakeSureOfDataRoot();
+  CheckQueueProgram();
+  const std::string target = OutputDirectory(invocation);
+  std::optional<KeepFilesHost> keeping;
+  if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
+  const bool keep = KeepsFiles();
+
+  const JobDirectory directory(keep);
+  const std::string copy = directory.Take(input, input.safeName);
+  WriteHeader(settings, copy);
+  const std::set<fs::path> before = NamesIn(directory.Path());
+  const FacesHost host(faces);
+  const int result = CQProgressDlg(os::FromNative(copy).c_str(), nullptr).DoModal();
+  if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
+  if (result == host::OkCommand)
+    return TellDone(TakeResults(directory.Path(), before, target), json);
+  if (faces.IsCancelled()) return TellCancelled(json);
+  Fail();
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "rastrel/platform/host/dialogs.h"
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/mfc/sync.h"
+
+namespace rastrel::cli {
+
+/// Shows dialogs on the terminal: title, stage, bar and the time that has gone by as one line that
+/// is drawn over and over; plain lines where standard error is no terminal; JSON lines on standard
+/// output if asked for. q, Escape, Ctrl-C and a stop request cancel; a dialog that only a person
+/// could end is cancelled by itself, since there is nothing to wait for. The terminal has its old
+/// state when a dialog is over.
+class TerminalFaces : public host::DialogFaces {
+ public:
+  explicit TerminalFaces(bool json) : m_Json(json) {}
+
+  [[nodiscard]] std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override;
+  void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) override;
+
+  /// Cancels the dialog on show and every later one. Any thread.
+  void RequestStop() {
+    m_Stopped = true;
+    m_Stop.Unlock();
+  }
+  /// Whether a person cancelled or asked for a stop.
+  [[nodiscard]] bool IsCancelled() const { return m_Stopped; }
+
+ private:
+  class Face;
+  bool m_Json;
+  std::atomic<bool> m_Stopped = false;
+  CSemaphore m_Stop{0, 1};
+};
+
+/// The host in force with other dialog faces, for this object's life.
+class FacesHost : public host::Host {
+ public:
+  explicit FacesHost(host::DialogFaces& faces);
+  ~FacesHost() override;
+  FacesHost(const FacesHost&) = delete;
+  FacesHost& operator=(const FacesHost&) = delete;
+
+  [[nodiscard]] host::Settings& GetSettings() override { return m_Inner.GetSettings(); }
+  [[nodiscard]] host::Directories& GetDirectories() override { return m_Inner.GetDirectories(); }
+  [[nodiscard]] host::Translation& GetTranslation() override { return m_Inner.GetTranslation(); }
+  void BeginWaitCursor() override { m_Inner.BeginWaitCursor(); }
+  [[nodiscard]] host::DialogFaces& GetDialogFaces() override { return m_Faces; }
+
+ private:
+  host::Host& m_Inner;
+  host::DialogFaces& m_Faces;
+};
+
+/// Whether these bytes from a terminal hold a key that cancels: q, Q, Ctrl-C, or Escape by itself.
+/// An escape at the end of the bytes may be the beginning of another key: `more` is set then.
+[[nodiscard]] bool HoldsCancelKey(const std::string& bytes, bool& more);
+
+}  // namespace rastrel::cli
