@@ -20,7 +20,7 @@ class CLQThread : public CBBasePrintingThread {
     CLQTicket* ticket;
     CSemaphore* semaphore;   ///< released by an abort
     const AbortFlag* abort;  ///< set before that
-    HANDLE giveUp;           ///< signalled by an abort for good: nobody waits for the pipes' end
+    HANDLE giveUp;           ///< signalled, and stays so: the pipes' end is waited for no longer
   };
 
   /// `process` is the program, not yet started.

@@ -1,5 +1,6 @@
 #include "rastrel/conversion/clq_ticket.h"
 
+#include <array>
 #include <cstdarg>
 #include <cwchar>
 
@@ -8,6 +9,7 @@
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/thread.h"
+#include "rastrel/platform/os/wait.h"
 
 namespace os = rastrel::os;
 
@@ -19,6 +21,8 @@ constexpr std::size_t LogTextRoom = 1024 - 3;
 bool IsWhole(const CSemaphore& semaphore) { return semaphore.m_hObject != INVALID_HANDLE_VALUE; }
 
 }  // namespace
+
+int CLQTicket::s_Patience = 5000;
 
 CLQTicket::CLQTicket(const std::wstring& executable) : m_ExePath(executable) {}
 
@@ -60,8 +64,10 @@ bool CLQTicket::Start(const wchar_t* file) {
 bool CLQTicket::TakeLock() {
   m_pSemaphore = std::make_unique<CSemaphore>(1, 1);
   m_pGiveUp = std::make_unique<CSemaphore>(0, 1);
+  m_pEnd = std::make_unique<CSemaphore>(0, 1);
   m_pLock = std::make_unique<CSingleLock>(m_pSemaphore.get());
-  if (IsWhole(*m_pSemaphore) && IsWhole(*m_pGiveUp) && m_pLock->Lock()) return true;
+  if (IsWhole(*m_pSemaphore) && IsWhole(*m_pGiveUp) && IsWhole(*m_pEnd) && m_pLock->Lock())
+    return true;
   FreeLock();
   return false;
 }
@@ -69,6 +75,7 @@ bool CLQTicket::TakeLock() {
 void CLQTicket::FreeLock() {
   m_pLock.reset();  // gives its count back, so the semaphore goes after it
   m_pGiveUp.reset();
+  m_pEnd.reset();
   m_pSemaphore.reset();
 }
 
@@ -83,6 +90,7 @@ void CLQTicket::Work(const std::wstring& file) {
     static_cast<void>(supervisor.Run());  // a failure was reported; nobody asks again
   }
   m_bEnded = true;
+  m_pEnd->Unlock();
   OnEnd();
 }
 
@@ -91,8 +99,9 @@ void CLQTicket::OnEnd() {}
 void CLQTicket::Abort() {
   if (m_hThread == nullptr) return;
   m_bAbort = true;
-  m_pGiveUp->Unlock();
   m_pLock->Unlock();
+  const std::array<HANDLE, 1> end{m_pEnd->m_hObject};
+  if (os::WaitReadable(end, s_Patience) != os::WaitSignaledBase) m_pGiveUp->Unlock();
   Join();
 }
 

@@ -40,11 +40,15 @@ class CLQTicket : public CJobMessaging {
   /// Starts the program on a file. False if either is missing, if a job runs already, or if the
   /// system has no semaphore or thread to give; then nothing runs.
   [[nodiscard]] virtual bool Start(const wchar_t* file);
-  /// Ends the job early, and returns when it has ended. Waits for the program's end, which it
-  /// brings about, but for nobody who holds the program's pipes. Nothing without a job.
+  /// Ends the job early, and returns when it has ended. The program is killed; whoever else holds
+  /// its standard error, as what clears away behind it does, is waited for, but not longer than
+  /// s_Patience. Nothing without a job.
   virtual void Abort();
   /// Waits for the job's end without a limit. Nothing without a job, so it may be called again.
   virtual void Join();
+
+  /// Milliseconds. Long enough to remove what a large job has made.
+  static int s_Patience;
 
   /// Whether a job was started and has not ended by itself; it may end at any time.
   [[nodiscard]] bool IsRunning() const { return m_hThread != nullptr && !m_bEnded; }
@@ -63,6 +67,7 @@ class CLQTicket : public CJobMessaging {
   std::unique_ptr<CSemaphore> m_pSemaphore;
   std::unique_ptr<CSingleLock> m_pLock;
   PrintingThread::AbortFlag m_bAbort = false;
-  std::unique_ptr<CSemaphore> m_pGiveUp;  // signalled by an abort, and stays so
+  std::unique_ptr<CSemaphore> m_pGiveUp;  // signalled by an abort that has no patience left
+  std::unique_ptr<CSemaphore> m_pEnd;     // signalled when the job has ended
   rastrel::os::SharedWord<bool> m_bEnded = false;
 };

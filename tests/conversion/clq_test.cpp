@@ -178,11 +178,13 @@ TEST_F(QueueJob, aborted_ends_a_child_that_floods) {
 // Somebody else who holds the child's pipes.
 class HeldPipes : public QueueJob {
  protected:
+  HeldPipes() { CLQTicket::s_Patience = 100; }
   void Leave(const std::string& redirection, int status) {
     Queue("sleep 1000 " + redirection + " &\necho $! > \"$RASTREL_HOME/left\"\n" +
           "echo 'INFO: CONVERTING' >&2\nexit " + std::to_string(status) + "\n");
   }
   ~HeldPipes() override {
+    CLQTicket::s_Patience = 5000;
     if (Root().Has("left")) ::kill(std::stoi(Root().Read("left")), SIGKILL);
   }
 };
@@ -203,6 +205,17 @@ TEST_F(HeldPipes, aborted_ends_a_job_whose_child_is_gone) {
     queue.Abort();
     ::kill(std::stoi(Root().Read("left")), SIGKILL);
   }
+}
+
+TEST_F(HeldPipes, aborted_waits_for_what_clears_away_behind_the_child) {
+  CLQTicket::s_Patience = 30'000;
+  Queue(
+      "(sleep 0.3; touch \"$RASTREL_HOME/cleared\") &\necho 'INFO: CONVERTING' >&2\n"
+      "exec sleep 1000\n");
+  ASSERT_TRUE(Start());
+  m_Queue.WaitFor("Info 259 4");
+  m_Queue.Abort();
+  EXPECT_TRUE(Root().Has("cleared"));
 }
 
 // The log.
@@ -255,7 +268,7 @@ class RefusedQueue : public QueueJob {
 };
 
 TEST_F(RefusedQueue, without_a_semaphore_does_not_start) {
-  for (const int time : {1, 2}) {
+  for (const int time : {1, 2, 3}) {
     failingTime = time;
     os::Calls().eventfd = [](unsigned count, int flags) {
       return --failingTime == 0 ? (errno = EMFILE, -1) : machine.eventfd(count, flags);

@@ -164,9 +164,11 @@ TEST_F(ProgressDialog, cancelled_ends_a_child_that_reported_success_and_hangs) {
 }
 
 TEST_F(ProgressDialog, cancelled_ends_when_the_child_is_gone_and_others_hold_its_pipes) {
+  CLQTicket::s_Patience = 100;
   Queue("sleep 1000 &\necho $! > \"$RASTREL_HOME/left\"\necho 'INFO: CONVERTING' >&2\nexit 1\n");
   CancelAt(Begun);
   EXPECT_EQ(Run(), CancelCommand);
+  CLQTicket::s_Patience = 5000;
   ::kill(std::stoi(Root().Read("left")), SIGKILL);
 }
 
