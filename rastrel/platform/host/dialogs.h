@@ -39,6 +39,7 @@ inline constexpr int CancelCommand = 2;
 /// The identifier by which SetText means the dialog's title.
 inline constexpr int TitleControl = 0;
 
+/// What a control is.
 enum class ControlKind { Text, Progress, Button };
 
 /// A control of a dialog.
