@@ -329,10 +329,14 @@ void RipRun::ShowProgress() {
   m_NextProgress = now + ProgressInterval;
   double share = 0;
   const JobLayout& job = m_Parts.job.layout;
-  if (job.pages > 0) {
+  const bool telling = job.kind != JobKind::Pdf && job.length >= MeaningfulLength;
+  if (m_Parts.measure) return;
+  if (m_Parts.picture) {
+    share = (telling ? m_Feed->SentShare() : 0) / 2 + m_Stream.PresentShare() / 2;
+  } else if (job.pages > 0) {
     const double begun = m_Ended > 0 ? m_Ended - 1 : 0;
     share = std::max(begun, m_Pages + m_Stream.PresentShare()) / job.pages;
-  } else if (job.kind != JobKind::Pdf && job.length >= MeaningfulLength) {
+  } else if (telling) {
     share = m_Feed->SentShare();
   }
   // The rest is the closing of the last page, which only the end tells.

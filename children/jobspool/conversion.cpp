@@ -125,7 +125,6 @@ class Conversion {
       parts.cutter = !task.cutLines.empty();
     } else {
       parts.picture = false;
-      parts.job.layout.pages = m_Source.job.layout.pages;
     }
     auto held = HoldText(prefix, directory.Path());
     if (!held) return Failed(held.Error());

@@ -47,7 +47,6 @@ std::variant<corerast::RipRun::Parts, RunFailure> PartsOf(const JobSource& sourc
   parts.picture = true;
   parts.description.job = source.title;
   parts.job.layout = source.job.layout;
-  parts.job.layout.pages = 1;
   const bool shifted =
       source.job.layout.kind == corerast::JobKind::Pdf && source.job.layout.offset > 0;
   if (shifted) {

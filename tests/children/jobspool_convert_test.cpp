@@ -3,12 +3,15 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/path.h"
+#include "tests/children/odalis_bench.h"
 #include "tests/children/queue_bench.h"
 
 namespace rastrel::jobspool::testing {
@@ -266,6 +269,18 @@ TEST_F(QueueConvert, a_job_without_a_header_is_separated_page_by_page) {
   ASSERT_EQ(second.planes.size(), 5U);
   EXPECT_EQ(second.page, 2U);
   EXPECT_EQ(second.planes[4].name, "Gold");
+  const auto ink = [&](const std::string& file, std::size_t x) {
+    const auto plane = odalis::testing::ReadTiff(m_Stem + ".cfm/" + file);
+    EXPECT_EQ(plane.pixels.size(), 300U * 300U) << file;
+    return plane.pixels.empty() ? -1 : 255 - plane.pixels.at(150 * 300 + x);
+  };
+  for (const char* const none : {"cyan.tif", "yellow.tif", "black.tif", "p0002/magenta.tif"}) {
+    EXPECT_EQ(ink(none, 10), 0) << none;
+  }
+  EXPECT_EQ(ink("magenta.tif", 10), 255);
+  EXPECT_EQ(ink("magenta.tif", 290), 0);
+  EXPECT_EQ(ink("p0002/" + second.planes[4].file, 10), 255);
+  EXPECT_EQ(ink("p0002/" + second.planes[4].file, 290), 0);
   EXPECT_EQ(m_Bench.Leftovers(), (std::vector<std::string>{"vkaaaaaa.cfm", "vkaaaaaa.ps"}));
 }
 
@@ -320,6 +335,38 @@ TEST_F(QueueConvert, a_job_that_fails_leaves_nothing) {
   const Outcome measured = Run(Header() + "%!PS\nno.such.name\n");
   EXPECT_EQ(measured.status, 1);
   ExpectNothing(measured);
+}
+
+TEST_F(QueueConvert, without_its_interpreter_or_prolog_it_fails) {
+  m_Bench.Set("PATH", "/nowhere");
+  Outcome outcome = Run(Header() + Eps);
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_NE(outcome.reports.find("Ghostscript is not installed"), std::string::npos);
+  ExpectNothing(outcome);
+  m_Bench.Set("PATH", os::EnvironmentValue("PATH"));
+  fs::remove_all(m_Bench.RipDirectory() + "/System/prolog");
+  outcome = Run(Header() + Eps);
+  EXPECT_EQ(outcome.status, 3);
+  ExpectNothing(outcome);
+}
+
+TEST_F(QueueConvert, a_long_job_tells_its_progress) {
+  std::string strokes;
+  while (strokes.size() < 3000000) strokes += "0 0 moveto 99 300 lineto stroke\n";
+  const Outcome outcome = Run(Header("%# KVI_Res= 300\r\n") + Eps + strokes);
+  ASSERT_EQ(outcome.status, 0);
+  int last = 0;
+  unsigned count = 0;
+  for (std::size_t at = outcome.reports.find("\nPROGRESS: "); at != std::string::npos;
+       at = outcome.reports.find("\nPROGRESS: ", at + 1)) {
+    int percent = 0;
+    ASSERT_EQ(std::sscanf(outcome.reports.c_str() + at, "\nPROGRESS: %d %%", &percent), 1);
+    EXPECT_GT(percent, last);
+    EXPECT_LT(percent, 100);
+    last = percent;
+    ++count;
+  }
+  EXPECT_GE(count, 2U) << outcome.reports;
 }
 
 TEST_F(QueueConvert, a_job_without_a_file_or_words_fails) {
