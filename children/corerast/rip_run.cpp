@@ -11,6 +11,7 @@
 #include <limits>
 #include <utility>
 
+#include "children/corerast/disk_use.h"
 #include "children/corerast/separations.h"
 #include "rastrel/platform/os/clock.h"
 
@@ -23,6 +24,8 @@ constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite 
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
 constexpr std::int64_t ProgressInterval = 50 * NanosecondsPerMillisecond;
+// A disk takes a gigabyte in a second, so a job can go that share of it beyond the limit.
+constexpr std::int64_t WatchInterval = 100 * NanosecondsPerMillisecond;
 // A job that is not much longer than the pipe to the interpreter is sent before its first line
 // runs.
 constexpr std::uint64_t MeaningfulLength = 1 << 20;
@@ -106,7 +109,7 @@ bool RipRun::Start() {
 bool RipRun::Step() {
   const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
   if (m_Failure || HasEnough() || !streaming) return false;
-  if (!Poll()) return false;
+  if (!Poll() || !CheckWork()) return false;
   // What was reported before a pixel was written stands in the pipe when the pixel has been read,
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
@@ -134,7 +137,8 @@ bool RipRun::Poll() {
                                  {pixels, POLLIN, 0},
                                  {m_Feed->Descriptor(), POLLOUT, 0}}};
   const auto patience = static_cast<int>(
-      std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1, m_Flowing ? 1 : 60000));
+      std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1,
+                             m_Flowing ? 1 : WatchInterval / NanosecondsPerMillisecond));
   if (poll(entries.data(), entries.size(), patience) < 0 && errno != EINTR) {
     return FailOn({"poll", {}, errno});
   }
@@ -264,6 +268,27 @@ bool RipRun::CheckTotal(std::uint64_t bytes) {
                                std::to_string(m_Parts.settings.totalMebibytes) +
                                " MiB (RASTREL_RIP_SIZE).");
   return false;
+}
+
+// Looks now and then at what the interpreter has in its work directories. The job can write there.
+bool RipRun::CheckWork() {
+  const std::int64_t now = os::MonotonicNanoseconds();
+  if (now < m_NextWatch) return true;
+  m_NextWatch = now + WatchInterval;
+  const DiskUse named = UseOf(m_Directory.Temporary());
+  const DiskUse nameless = UseOfNameless(m_Interpreter->process.Number());
+  const DiskUse planes = UseOf(m_Directory.Planes());
+  const std::uint64_t limit = m_Parts.settings.workMebibytes;
+  if (named.bytes + nameless.bytes > limit << 20 || named.files > WorkFiles) {
+    Fail(ExitStatus::Failed, "The job's temporary files take more than " + std::to_string(limit) +
+                                 " MiB (RASTREL_RIP_TEMP), or are more than " +
+                                 std::to_string(WorkFiles) + ".");
+  } else if (planes.bytes > m_Parts.settings.totalMebibytes << 20 || planes.files > WorkFiles) {
+    Fail(ExitStatus::Failed,
+         "The job's separations take more than " + std::to_string(m_Parts.settings.totalMebibytes) +
+             " MiB (RASTREL_RIP_SIZE), or are more than " + std::to_string(WorkFiles) + " files.");
+  }
+  return !m_Failure;
 }
 
 bool RipRun::BeginPage(const PageSize& size) {

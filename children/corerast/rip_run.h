@@ -61,6 +61,7 @@ class RipRun : private PageReceiver {
   void HandleSize(const std::string& value);
   void CheckPageSize(double width, double height);
   bool CheckTotal(std::uint64_t bytes);
+  bool CheckWork();
   bool MakeSeparations(unsigned complete);
   void ShowConverting();
   void CountPage();
@@ -98,6 +99,7 @@ class RipRun : private PageReceiver {
   double m_PageBytes = 0;    // of the present page, if it is separated
   std::uint64_t m_TotalBytes = 0;
   std::int64_t m_NextProgress = 0;
+  std::int64_t m_NextWatch = 0;
   bool m_Reported = false;    // the prolog has begun
   bool m_Started = false;     // prolog and prefix have run
   bool m_Converting = false;  // pixels flow

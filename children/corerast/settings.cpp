@@ -33,6 +33,7 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_MEMORY", settings.memoryMebibytes, complaints);
   Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
+  Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
   return settings;
 }
 

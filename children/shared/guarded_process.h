@@ -48,6 +48,8 @@ class GuardedProcess {
 
   /// Becomes readable when the program has ended. Owned by this object.
   [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
+  /// Its number, which is its own until Wait() has returned.
+  [[nodiscard]] pid_t Number() const { return m_Process; }
   /// Sends SIGKILL to the whole group.
   void Kill();
   /// Waits for the end without a limit and takes it over. Later calls return the same.
