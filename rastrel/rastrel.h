@@ -41,6 +41,7 @@
 #include "rastrel/platform/host/tm.h"
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/host/view.h"
+#include "rastrel/platform/host/window_faces.h"
 #include "rastrel/platform/host/world.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/mfc/date_time.h"

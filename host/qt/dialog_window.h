@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "rastrel/platform/host/dialogs.h"
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QSocketNotifier;
+
+namespace rastrel::qt {
+
+/// A dialog of the library as a window: its controls from top to bottom, the time that has gone by,
+/// its buttons at the right. Sizes follow the font, and so the screen's scale. Escape, the window's
+/// close button and the session's end give the dialog up, which is the logic's to act on: the
+/// window itself closes only when the logic says that it is over.
+class DialogWindow : public QDialog, public host::DialogFace {
+ public:
+  explicit DialogWindow(host::DialogLogic& logic);
+  ~DialogWindow() override;
+
+  void SetText(int control, const std::wstring& text) override;
+  void SetRange(int control, int lowest, int highest) override;
+  void SetPosition(int control, int position) override;
+  void RunModal() override;
+
+  /// Escape comes here.
+  void reject() override;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  QWidget* MakeControl(const host::DialogControl& control);
+  void Command(int control);
+  void Work();
+  void ShowElapsed();
+  void CloseIfOver();
+
+  host::DialogLogic& m_Logic;
+  std::map<int, QLabel*> m_Texts;
+  std::map<int, QProgressBar*> m_Bars;
+  std::map<int, QPushButton*> m_Buttons;
+  QLabel* m_Elapsed = nullptr;
+  QElapsedTimer m_Clock;
+  QTimer m_Second;
+  QTimer m_Fallback;
+};
+
+}  // namespace rastrel::qt

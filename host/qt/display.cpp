@@ -1,0 +1,34 @@
+#include "host/qt/display.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace rastrel::qt {
+
+namespace {
+
+std::string_view Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr ? value : std::string_view();
+}
+
+bool AnswersX() {
+  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+  const bool answers = xcb_connection_has_error(connection) == 0;
+  xcb_disconnect(connection);
+  return answers;
+}
+
+}  // namespace
+
+std::optional<std::string> WhyNoWindow() {
+  const std::string_view platform = Variable("QT_QPA_PLATFORM");
+  if (platform == "offscreen" || platform == "minimal") return std::nullopt;
+  if (Variable("DISPLAY").empty()) return "there is no display: the variable DISPLAY is not set";
+  if (AnswersX()) return std::nullopt;
+  return "the display " + std::string(Variable("DISPLAY")) + " does not answer";
+}
+
+}  // namespace rastrel::qt

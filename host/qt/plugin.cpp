@@ -1,0 +1,57 @@
+// The component's one exported function, and the faces behind it.
+
+#include <QApplication>
+#include <QMessageBox>
+#include <memory>
+#include <string>
+
+#include "host/qt/dialog_window.h"
+#include "host/qt/display.h"
+#include "rastrel/platform/host/window_faces.h"
+
+namespace rastrel::qt {
+namespace {
+
+// A program with windows of its own has an application already; any other gets one.
+void NeedApplication() {
+  if (QCoreApplication::instance() != nullptr) return;
+  static int count = 1;
+  static char name[] = "rastrel";
+  static char* words[] = {name, nullptr};
+  // It lives till the process ends: its end at that time would come after its display's.
+  static auto* const application = new QApplication(count, words);
+  application->setQuitOnLastWindowClosed(false);
+}
+
+class WindowFaces : public host::DialogFaces {
+ public:
+  [[nodiscard]] std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override {
+    return std::make_unique<DialogWindow>(dialog);
+  }
+  void ShowMessage(CWnd* /*parent*/, const std::wstring& text, const std::wstring& title) override {
+    QMessageBox box(QMessageBox::Warning, QString::fromStdWString(title),
+                    QString::fromStdWString(text), QMessageBox::Ok);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+  }
+};
+
+}  // namespace
+}  // namespace rastrel::qt
+
+extern "C" __attribute__((visibility("default"))) rastrel::host::DialogFaces*
+RastrelMakeWindowFaces(int version, const char** reason) {
+  static std::string why;
+  if (version != rastrel::host::WindowFacesVersion) {
+    why = "rastrel-window.so is of another version";
+  } else {
+    why = rastrel::qt::WhyNoWindow().value_or("");
+  }
+  if (!why.empty()) {
+    *reason = why.c_str();
+    return nullptr;
+  }
+  rastrel::qt::NeedApplication();
+  static rastrel::qt::WindowFaces faces;
+  return &faces;
+}

@@ -1,0 +1,23 @@
+#include "rastrel/platform/host/window_faces.h"
+
+#include "rastrel/platform/host/data_root.h"
+#include "rastrel/platform/os/library.h"
+
+namespace rastrel::host {
+
+os::Expected<DialogFaces*, std::string> LoadWindowFaces() {
+  static DialogFaces* faces = nullptr;
+  if (faces != nullptr) return faces;
+  const std::string programs = FindResources().programs;
+  if (programs.empty()) return std::string("rastrel-window.so is not installed");
+  const auto library = os::LoadLibrary(programs + "/rastrel-window.so");
+  if (!library) return library.Error();
+  auto* const make = reinterpret_cast<MakeWindowFaces*>(library->Find(MakeWindowFacesName));
+  if (make == nullptr) return std::string("rastrel-window.so is of another kind");
+  const char* reason = nullptr;
+  faces = make(WindowFacesVersion, &reason);
+  if (faces != nullptr) return faces;
+  return std::string(reason != nullptr ? reason : "no window can be shown");
+}
+
+}  // namespace rastrel::host

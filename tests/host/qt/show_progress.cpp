@@ -1,0 +1,58 @@
+// Shows the progress dialog as a window over a file, as a host with windows does, and tells on
+// standard output how it ended: the result, whether it was cancelled, and how many threads and
+// descriptors are there afterwards more than before.
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "rastrel/conversion/dialogs/q_progress_dlg.h"
+#include "rastrel/platform/host/embedded_host.h"
+#include "rastrel/platform/host/window_faces.h"
+#include "rastrel/platform/os/path.h"
+
+namespace {
+
+class WindowHost : public rastrel::host::EmbeddedHost {
+ public:
+  explicit WindowHost(rastrel::host::DialogFaces& faces) : m_Faces(faces) {}
+  [[nodiscard]] rastrel::host::DialogFaces& GetDialogFaces() override { return m_Faces; }
+
+ private:
+  rastrel::host::DialogFaces& m_Faces;
+};
+
+long EntriesOf(const char* directory) {
+  long count = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(directory)) ++count;
+  return count;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 2) return 2;
+  const auto faces = rastrel::host::LoadWindowFaces();
+  if (!faces) {
+    std::printf("no window: %s\n", faces.Error().c_str());
+    return 1;
+  }
+  WindowHost host(**faces);
+  rastrel::host::SetHost(&host);
+  const auto run = [&] {
+    CQProgressDlg dialog(rastrel::os::FromNative(words[1]).c_str(), nullptr);
+    const int result = dialog.DoModal();
+    return std::pair(result, dialog.IsCancelled());
+  };
+  // The first window makes what the toolkit keeps: what is there after it is the beginning.
+  auto [result, cancelled] = run();
+  const long threads = EntriesOf("/proc/self/task");
+  const long descriptors = EntriesOf("/proc/self/fd");
+  std::printf("result %d cancelled %d\n", result, cancelled ? 1 : 0);
+  std::fflush(stdout);
+  std::tie(result, cancelled) = run();
+  std::printf("result %d cancelled %d threads %+ld descriptors %+ld\n", result, cancelled ? 1 : 0,
+              EntriesOf("/proc/self/task") - threads, EntriesOf("/proc/self/fd") - descriptors);
+  rastrel::host::SetHost(nullptr);
+  return 0;
+}
