@@ -274,10 +274,8 @@ void Parse::CheckPending() {
 
 // Faults that the parser lets pass.
 void Parse::CheckEnd() {
-  const xmlParserCtxt& context = *m_Context;
-  if (context.wellFormed == 0 || context.nsWellFormed == 0)
-    return Fail(L"the document is not well-formed");
-  const xmlParserInput* const input = context.input;
+  if (m_Context->wellFormed == 0) return Fail(L"the document is not well-formed");
+  const xmlParserInput* const input = m_Context->input;
   const bool cut = input != nullptr && input->buf != nullptr && input->buf->raw != nullptr &&
                    Xml().BufUse(input->buf->raw) > 0;
   if (cut) Fail(L"the document ends within a character");
@@ -294,6 +292,8 @@ void Parse::Fail(std::wstring reason) {
 
 void Parse::Fail(const xmlError& error) {
   if (error.level < XML_ERR_ERROR) return;
+  // Any text names a namespace, and templates of other programs have names that are no addresses.
+  if (error.domain == XML_FROM_NAMESPACE && error.code == XML_WAR_NS_URI) return;
   std::string_view message = error.message == nullptr ? "unknown fault" : error.message;
   message = TrimBlanks(message);
   if (error.domain == XML_FROM_I18N || error.line <= 0) return Fail(os::WideFromUtf8(message));

@@ -129,7 +129,18 @@ TEST_F(XmlRefusal, a_prefix_has_to_be_declared_where_it_stands) {
   EXPECT_NE("", ReasonOf(L"<a:b:c xmlns:a='u'/>"));
   EXPECT_EQ("", ReasonOf(L"<a xml:lang='en' xml:space='preserve'/>"));
   EXPECT_EQ("", ReasonOf(L"<a xmlns='u'><b xmlns=''/></a>"));
-  EXPECT_EQ("", ReasonOf(L"<a xmlns:p='relative/path'><p:b/></a>"));
+}
+
+TEST_F(XmlRefusal, any_text_names_a_namespace) {
+  for (const wchar_t* const name :
+       {L"relative/path", L"two words", L"[x]", L"%", L"u&gt;", L"\u00E9"}) {
+    const std::wstring text = name;
+    EXPECT_EQ("", ReasonOf(L"<p:a xmlns:p='" + text + L"'><p:b/></p:a>"));
+    EXPECT_EQ("", ReasonOf(L"<a xmlns='" + text + L"'><b/></a>"));
+    // ... and excuses nothing else.
+    EXPECT_NE("", ReasonOf(L"<p:a xmlns:p='" + text + L"'><q:b/></p:a>"));
+    EXPECT_NE("", ReasonOf(L"<q:a xmlns:p='" + text + L"'/>"));
+  }
 }
 
 TEST_F(XmlRefusal, a_document_type_is_not_accepted_whatever_it_holds) {

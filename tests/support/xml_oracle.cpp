@@ -127,6 +127,14 @@ std::string ElementChildren(const XmlNode& root) {
   return text;
 }
 
+// Counts the faults, in the number that the context carries for its user. Any text names a
+// namespace.
+void CountFault(void* user, xmlErrorPtr error) {
+  const bool name = error->domain == XML_FROM_NAMESPACE && error->code == XML_WAR_NS_URI;
+  auto& count = *static_cast<int*>(static_cast<xmlParserCtxt*>(user)->_private);
+  if (error->level >= XML_ERR_ERROR && !name) ++count;
+}
+
 }  // namespace
 
 std::string DumpOf(const XmlNode& node) {
@@ -144,14 +152,17 @@ std::string DumpOf(const XmlNode& node) {
 }
 
 std::optional<std::string> LiteralDump(std::string_view document) {
+  int faults = 0;
   const std::unique_ptr<xmlParserCtxt, void (*)(xmlParserCtxt*)> context(xmlNewParserCtxt(),
                                                                          xmlFreeParserCtxt);
+  context->_private = &faults;
+  context->sax->serror = CountFault;
   const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> tree(
       xmlCtxtReadMemory(
           context.get(), document.data(), static_cast<int>(document.size()), nullptr, nullptr,
           XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
       xmlFreeDoc);
-  if (!tree || context->wellFormed == 0 || context->nsWellFormed == 0) return std::nullopt;
+  if (!tree || context->wellFormed == 0 || faults > 0) return std::nullopt;
   return LiteralNode(xmlDocGetRootElement(tree.get()));
 }
 
