@@ -11,6 +11,8 @@
 namespace rastrel::imports {
 namespace {
 
+using namespace std::string_view_literals;  // lengths of names are known beforehand
+
 using Plates = std::vector<std::unique_ptr<tagABB_PLATE_DATA>>;
 
 /// Reads plates of one document. Each function is false when a text does not fit its field, which
@@ -39,15 +41,17 @@ class AbbReader {
 /// The value that was read last. Records are many and texts short, so a record holds no more than
 /// its characters.
 bool AbbReader::Keep(std::wstring_view name, std::wstring& field) {
+  if (m_Value.size() < AbbTextSize) {
+    field = m_Value;
+    return true;
+  }
   std::array<wchar_t, AbbTextSize> bounded;
-  if (!BoundedCopy(bounded, m_Value, name, m_Path)) return false;
-  field = bounded.data();
-  return true;
+  return BoundedCopy(bounded, m_Value, name, m_Path);
 }
 
 /// The node's text, if it has that name and a text.
 bool AbbReader::TextOf(const XmlNode& node, std::wstring_view name, std::wstring& field) {
-  if (!NodeNameIs(node, name) || !NodeText(node, m_Value)) return true;
+  if (!IsNamed(node, name) || !NodeText(node, m_Value)) return true;
   return Keep(name, field);
 }
 
@@ -57,14 +61,14 @@ bool AbbReader::AttributeOf(const XmlNode& node, std::wstring_view name, std::ws
 }
 
 void NumberOf(const XmlNode& node, std::wstring_view name, double& value) {
-  if (NodeNameIs(node, name)) NodeDouble(node, value);
+  if (IsNamed(node, name)) NodeDouble(node, value);
 }
 
 bool AbbReader::ReadTemplate(const XmlNode& node) {
   for (XmlNode child = FirstChild(node); child; child = NextSibling(child)) {
     // The plates stand beside the element that announces them, never inside it.
-    if (NodeNameIs(child, L"PLATES")) m_HasPlates = true;
-    if (NodeNameIs(child, L"PLATE") && !ReadPlate(child)) return false;
+    if (IsNamed(child, L"PLATES"sv)) m_HasPlates = true;
+    if (IsNamed(child, L"PLATE"sv) && !ReadPlate(child)) return false;
   }
   return true;
 }
@@ -73,14 +77,14 @@ bool AbbReader::ReadPlate(const XmlNode& node) {
   auto record = std::make_unique<tagABB_PLATE_DATA>();
   tagABB_PLATE& plate = *record->plates.emplace_back(std::make_unique<tagABB_PLATE>());
   for (XmlNode child = FirstChild(node); child; child = NextSibling(child)) {
-    if (!TextOf(child, L"COLOR", plate.color) || !TextOf(child, L"TOOLNAME", plate.toolName) ||
-        !TextOf(child, L"TEXTCOLOR", plate.textColor))
+    if (!TextOf(child, L"COLOR"sv, plate.color) || !TextOf(child, L"TOOLNAME"sv, plate.toolName) ||
+        !TextOf(child, L"TEXTCOLOR"sv, plate.textColor))
       return false;
-    NumberOf(child, L"WIDTH", plate.width);
-    NumberOf(child, L"HEIGHT", plate.height);
-    if (NodeNameIs(child, L"TEXTFRAME")) NodeInt(child, plate.textFrame);
-    if (NodeNameIs(child, L"TEXT") && !ReadText(child, *record)) return false;
-    if (NodeNameIs(child, L"DRILLPOINT") && !ReadDrillPoint(child, *record)) return false;
+    NumberOf(child, L"WIDTH"sv, plate.width);
+    NumberOf(child, L"HEIGHT"sv, plate.height);
+    if (IsNamed(child, L"TEXTFRAME"sv)) NodeInt(child, plate.textFrame);
+    if (IsNamed(child, L"TEXT"sv) && !ReadText(child, *record)) return false;
+    if (IsNamed(child, L"DRILLPOINT"sv) && !ReadDrillPoint(child, *record)) return false;
   }
   m_Plates.push_back(std::move(record));
   return true;
@@ -88,14 +92,14 @@ bool AbbReader::ReadPlate(const XmlNode& node) {
 
 bool AbbReader::ReadText(const XmlNode& node, tagABB_PLATE_DATA& record) {
   tagTEXTDATA& text = *record.texts.emplace_back(std::make_unique<tagTEXTDATA>());
-  AttributeInt(node, L"line", text.line);
-  if (!AttributeOf(node, L"data", text.data)) return false;
+  AttributeInt(node, L"line"sv, text.line);
+  if (!AttributeOf(node, L"data"sv, text.data)) return false;
   if (!text.data.empty()) record.plates.front()->hasText = 1;
   for (XmlNode child = FirstChild(node); child; child = NextSibling(child)) {
-    if (!TextOf(child, L"TOOLNAME", text.toolName)) return false;
-    if (!NodeNameIs(child, L"FONT")) continue;
-    if (!AttributeOf(child, L"name", text.fontName)) return false;
-    AttributeDouble(child, L"size", text.size);
+    if (!TextOf(child, L"TOOLNAME"sv, text.toolName)) return false;
+    if (!IsNamed(child, L"FONT"sv)) continue;
+    if (!AttributeOf(child, L"name"sv, text.fontName)) return false;
+    AttributeDouble(child, L"size"sv, text.size);
   }
   return true;
 }
@@ -103,11 +107,11 @@ bool AbbReader::ReadText(const XmlNode& node, tagABB_PLATE_DATA& record) {
 bool AbbReader::ReadDrillPoint(const XmlNode& node, tagABB_PLATE_DATA& record) {
   tagDRILLPOINT& point = *record.drillPoints.emplace_back(std::make_unique<tagDRILLPOINT>());
   for (XmlNode child = FirstChild(node); child; child = NextSibling(child)) {
-    if (!TextOf(child, L"COLOR", point.color) || !TextOf(child, L"TOOLNAME", point.toolName))
+    if (!TextOf(child, L"COLOR"sv, point.color) || !TextOf(child, L"TOOLNAME"sv, point.toolName))
       return false;
-    NumberOf(child, L"XLOC", point.x);
-    NumberOf(child, L"YLOC", point.y);
-    NumberOf(child, L"DIAMETER", point.diameter);
+    NumberOf(child, L"XLOC"sv, point.x);
+    NumberOf(child, L"YLOC"sv, point.y);
+    NumberOf(child, L"DIAMETER"sv, point.diameter);
   }
   return true;
 }
@@ -120,7 +124,7 @@ bool ParseAbbPlates(const wchar_t* path, Plates& plates) {
   if (!root) return false;
   AbbReader reader(path, plates);
   for (XmlNode child = FirstChild(root); child; child = NextSibling(child)) {
-    if (!NodeNameIs(child, L"ENGRAVINGTEMPLATE") || reader.ReadTemplate(child)) continue;
+    if (!IsNamed(child, L"ENGRAVINGTEMPLATE"sv) || reader.ReadTemplate(child)) continue;
     plates.clear();
     return false;
   }

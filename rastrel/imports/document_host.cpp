@@ -1,13 +1,9 @@
 #include "rastrel/imports/document_host.h"
 
-#include <array>
-#include <string_view>
-
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/text_compose.h"
-#include "rastrel/platform/host/translation.h"
 
 namespace rastrel::imports {
 
@@ -21,14 +17,6 @@ std::optional<DocumentHost> FindDocumentHost() {
     return std::nullopt;
   }
   return DocumentHost{.store = *store, .text = *text, .application = *application};
-}
-
-std::wstring TranslatedText(const wchar_t* text) {
-  std::array<wchar_t, TStringLimit> translated{};
-  std::wstring_view(text).copy(translated.data(), translated.size() - 1);
-  TString(text, translated.data(), TStringLimit);
-  translated.back() = L'\0';
-  return translated.data();
 }
 
 CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name) {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "rastrel/platform/host/color.h"
 #include "rastrel/platform/host/object_store.h"
+#include "rastrel/platform/host/translation.h"
 
 namespace rastrel::host {
 class Application;
@@ -24,9 +24,6 @@ struct DocumentHost {
 /// application log, tag "[Import]".
 [[nodiscard]] std::optional<DocumentHost> FindDocumentHost();
 
-/// The host's translation of a text with the mark "(*v*)"; the text as it is if the host has none.
-[[nodiscard]] std::wstring TranslatedText(const wchar_t* text);
-
 /// A colour of the document's palette by its name; black if the palette has no such name.
 [[nodiscard]] CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name);
 
@@ -34,7 +31,7 @@ struct DocumentHost {
 class UndoStep {
  public:
   UndoStep(host::ObjectStore& store, const wchar_t* name) : m_Store(store) {
-    m_Store.UNOpenStep(TranslatedText(name).c_str());
+    m_Store.UNOpenStep(host::TranslatedText(name).c_str());
   }
   ~UndoStep() { m_Store.UNCloseStep(); }
   UndoStep(const UndoStep&) = delete;
