@@ -7,6 +7,7 @@
 #include "host/document/document_file.h"
 #include "host/document/document_store.h"
 #include "host/document/notices.h"
+#include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
@@ -21,7 +22,11 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices) {}
+        graphics(*document, notices) {
+    application.SetGraphicLoader([this](const std::wstring& path) {
+      return graphics::LoadGraphic(*document, notices, path);
+    });
+  }
 
   Notices notices;
   std::unique_ptr<Document> document;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace rastrel::document {
@@ -14,6 +15,7 @@ class Notices {
 
  private:
   std::vector<std::wstring> m_Texts;
+  std::unordered_set<std::wstring> m_Told;
 };
 
 }  // namespace rastrel::document

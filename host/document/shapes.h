@@ -67,7 +67,7 @@ struct TextLine {
   std::vector<TextRun> runs;
   int justification = JUSTIFY_LEFT;  ///< a LineJustification
   int spacingKind = 0;               ///< 0: `leading` counts where it is above 0
-  double size = 0;                   ///< text units; 0 for the runs' own
+  double size = 0;     ///< text units, as it was set; letters are as large as their runs say
   double leading = 0;  ///< text units from base line to base line; 0 for the font's own
   bool operator==(const TextLine&) const = default;
 };

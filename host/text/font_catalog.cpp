@@ -3,6 +3,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -16,9 +17,6 @@ namespace {
 // The family of a font that has a picture for nearly every letter, and ships with every desktop.
 constexpr const char* Replacement = "DejaVu Sans";
 
-struct ConfigEnd {
-  void operator()(FcConfig* config) const { FcConfigDestroy(config); }
-};
 struct FontSetEnd {
   void operator()(FcFontSet* set) const { FcFontSetDestroy(set); }
 };
@@ -45,6 +43,15 @@ std::string TextOf(FcPattern* pattern, const char* object) {
   return reinterpret_cast<const char*>(text);  // NOLINT: fontconfig's bytes are unsigned
 }
 
+std::vector<std::string> TextsOf(FcPattern* pattern, const char* object) {
+  std::vector<std::string> texts;
+  FcChar8* text = nullptr;
+  for (int i = 0; FcPatternGetString(pattern, object, i, &text) == FcResultMatch; ++i) {
+    texts.emplace_back(reinterpret_cast<const char*>(text));  // NOLINT
+  }
+  return texts;
+}
+
 // The file's name without folders and extension.
 std::string StemOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -52,34 +59,63 @@ std::string StemOf(const std::string& path) {
   return name.substr(0, name.rfind('.'));
 }
 
+// Fontconfig's widths are percents of the normal one; Pango has nine steps.
+int StretchOf(int width) {
+  constexpr int steps[] = {50, 63, 75, 87, 100, 113, 125, 150, 200};
+  int nearest = 0;
+  for (int i = 1; i < 9; ++i) {
+    if (std::abs(width - steps[i]) < std::abs(width - steps[nearest])) nearest = i;
+  }
+  return nearest;
+}
+
 FontFace FaceOfPattern(FcPattern* pattern) {
   FontFace face;
   face.family = TextOf(pattern, FC_FAMILY);
   int weight = FC_WEIGHT_REGULAR;
   int slant = FC_SLANT_ROMAN;
+  int width = FC_WIDTH_NORMAL;
   FcPatternGetInteger(pattern, FC_WEIGHT, 0, &weight);
   FcPatternGetInteger(pattern, FC_SLANT, 0, &slant);
+  FcPatternGetInteger(pattern, FC_WIDTH, 0, &width);
   face.weight = FcWeightToOpenType(weight);
   face.italic = slant != FC_SLANT_ROMAN;
+  face.stretch = StretchOf(width);
   return face;
+}
+
+// How far a face is from its family's regular one.
+int DistanceFromRegular(const FontFace& face) {
+  return std::abs(face.weight - 400) + (face.italic ? 1000 : 0) + std::abs(face.stretch - 4) * 2000;
 }
 
 }  // namespace
 
-// Every font by the names that it may be asked for by. The first font of a name in the order of
-// file names keeps it, so that the answer does not depend on the order of folders.
+std::wstring ReplacementNotice(const std::wstring& name, const FontFace& face) {
+  return L"the font \"" + name + L"\" can't be had; " + os::WideFromUtf8(face.family) +
+         L" stands in for it";
+}
+
+// Every font by the names that it may be asked for by. Where two fonts have a name, the first in
+// the order of file names keeps it, so that the answer does not depend on the order of folders.
 class FontCatalog::Index {
  public:
-  Index() : m_Config(FcInitLoadConfigAndFonts()) {
+  // The configuration in force, which the layout finds its fonts by too.
+  Index() {
+    FcInit();
     const std::unique_ptr<FcPattern, PatternEnd> all(FcPatternCreate());
     const std::unique_ptr<FcObjectSet, ObjectSetEnd> wanted(
         FcObjectSetBuild(FC_FILE, FC_FAMILY, FC_STYLE, FC_WEIGHT, FC_SLANT, FC_WIDTH, nullptr));
     const std::unique_ptr<FcFontSet, FontSetEnd> found(
-        FcFontList(m_Config.get(), all.get(), wanted.get()));
+        FcFontList(nullptr, all.get(), wanted.get()));
     if (!found) return;
     std::vector<FcPattern*> fonts(found->fonts, found->fonts + found->nfont);
     std::ranges::sort(fonts, {}, [](FcPattern* font) { return TextOf(font, FC_FILE); });
-    for (FcPattern* font : fonts) Add(font);
+    for (FcPattern* font : fonts) {
+      m_Faces.try_emplace(Plain(StemOf(TextOf(font, FC_FILE))), FaceOfPattern(font));
+    }
+    AddStyles(fonts);
+    AddFamilies(fonts);
   }
 
   // The face of a plain name, or null.
@@ -89,17 +125,30 @@ class FontCatalog::Index {
   }
 
  private:
-  void Add(FcPattern* font) {
-    const FontFace face = FaceOfPattern(font);
-    const std::string family = Plain(face.family);
-    const std::string style = Plain(TextOf(font, FC_STYLE));
-    m_Faces.try_emplace(Plain(StemOf(TextOf(font, FC_FILE))), face);
-    m_Faces.try_emplace(family + style, face);
-    const bool regular = face.weight >= 380 && face.weight <= 420 && !face.italic;
-    if (regular) m_Faces.try_emplace(family, face);
+  // A font may have several families and styles: that of the whole, and a narrower one.
+  void AddStyles(const std::vector<FcPattern*>& fonts) {
+    for (FcPattern* font : fonts) {
+      const FontFace face = FaceOfPattern(font);
+      for (const std::string& family : TextsOf(font, FC_FAMILY)) {
+        for (const std::string& style : TextsOf(font, FC_STYLE)) {
+          m_Faces.try_emplace(Plain(family) + Plain(style), face);
+        }
+      }
+    }
   }
 
-  std::unique_ptr<FcConfig, ConfigEnd> m_Config;
+  void AddFamilies(const std::vector<FcPattern*>& fonts) {
+    std::map<std::string, FontFace> families;
+    for (FcPattern* font : fonts) {
+      const FontFace face = FaceOfPattern(font);
+      for (const std::string& family : TextsOf(font, FC_FAMILY)) {
+        const auto [place, added] = families.try_emplace(Plain(family), face);
+        if (DistanceFromRegular(face) < DistanceFromRegular(place->second)) place->second = face;
+      }
+    }
+    m_Faces.merge(families);  // names that are taken stay
+  }
+
   std::map<std::string, FontFace> m_Faces;
 };
 
@@ -113,7 +162,10 @@ FontFace FontCatalog::FaceOf(int type, const std::wstring& name) const {
       type == host::FONTTYPE_TRUETYPE || type == host::FONTTYPE_TYPE1 || type == host::FONTTYPE_CFF;
   const FontFace* face = outline ? m_Index->Find(Plain(os::Utf8FromWide(name))) : nullptr;
   if (face) return *face;
-  return {Replacement, 400, false, true};
+  FontFace replacement;
+  replacement.family = Replacement;
+  replacement.replaced = true;
+  return replacement;
 }
 
 const Font* FontCatalog::Get(int type, const std::wstring& name) {
@@ -126,8 +178,7 @@ const Font* FontCatalog::Get(int type, const std::wstring& name) {
   const FontFace face = FaceOf(type, name);
   if (face.replaced) {
     font->replacement = os::WideFromUtf8(face.family);
-    m_Notices.Add(L"the font \"" + name + L"\" can't be had; " + font->replacement +
-                  L" stands in for it");
+    m_Notices.Add(ReplacementNotice(name, face));
   }
   return font.get();
 }

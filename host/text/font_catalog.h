@@ -21,13 +21,19 @@ struct Font : FontRecord {
 struct FontFace {
   std::string family;  ///< UTF-8
   int weight = 400;    ///< as OpenType has it: 400 regular, 700 bold
+  int stretch = 4;     ///< a PangoStretch: 0 the narrowest, 4 normal, 8 the widest
   bool italic = false;
   bool replaced = false;  ///< true if it stands in for one that can't be had
 };
 
-/// The fonts of this machine, by fontconfig. A font is asked for by the name of its file, or by its
-/// family and style, in any case of letters. What can't be had is replaced by a sans-serif font,
-/// and the user hears of it once a font.
+/// What the user is told of a font that can't be had.
+[[nodiscard]] std::wstring ReplacementNotice(const std::wstring& name, const FontFace& face);
+
+/// The fonts of this machine, by fontconfig. A font is asked for by the name of its file without
+/// extension, or by its family, or family and style, in any case of letters, with or without blanks
+/// and hyphens. File names come first, then family and style, then the family alone, which means
+/// its regular font or what it has next to that. What can't be had is replaced by a sans-serif
+/// font, and the user hears of it once a font.
 class FontCatalog {
  public:
   /// `notices` must outlive the catalogue.

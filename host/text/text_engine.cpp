@@ -18,6 +18,17 @@ double WorldFromText(double value) {
   return value / host::TextUnitsPerInch * host::CentimetresPerInch;
 }
 
+// A document holds numbers alone.
+double Finite(double value) { return std::isfinite(value) ? value : 0; }
+
+paragraphStruct Finite(paragraphStruct paragraph) {
+  for (double* margin : {&paragraph.leftMargin, &paragraph.topMargin, &paragraph.rightMargin,
+                         &paragraph.bottomMargin}) {
+    *margin = Finite(*margin);
+  }
+  return paragraph;
+}
+
 // The rectangle between two opposite corners, whichever they are; nothing if it has no area.
 std::optional<CWorldRect> FrameBetween(const NewWorldPt& first, const NewWorldPt& second) {
   for (const double value : {first.x, first.y, second.x, second.y}) {
@@ -75,7 +86,7 @@ TextShape TextEngine::Finish() {
   TextShape text;
   text.frame = {WorldFromText(m_Open->frame.left), WorldFromText(m_Open->frame.top),
                 WorldFromText(m_Open->frame.right), WorldFromText(m_Open->frame.bottom)};
-  text.paragraph = m_Open->paragraph;
+  text.paragraph = Finite(m_Open->paragraph);
   text.lineMode = m_Open->lines.mode;
   text.justifyMode = m_Open->justifyMode;
   text.lines = std::move(m_Open->text);
@@ -131,9 +142,9 @@ void TextEngine::SetTextColor(const CVKColor& color) {
 
 void TextEngine::Paste(std::wstring_view piece) {
   TextLine& line = m_Open->text.back();
-  line.size = m_Open->line.size;
+  line.size = Finite(m_Open->line.size);
   line.spacingKind = m_Open->line.spacingKind;
-  line.leading = m_Open->line.leading;
+  line.leading = Finite(m_Open->line.leading);
   if (piece.empty()) return;
   TextRun run;
   run.text = piece;
@@ -143,7 +154,7 @@ void TextEngine::Paste(std::wstring_view piece) {
     run.fontType = font->type;
     run.replacement = font->replacement;
   }
-  run.size = m_Open->style.size;
+  run.size = Finite(m_Open->style.size);
   run.colored = m_Open->color.has_value();
   if (run.colored) run.color = CVKFullColor(*m_Open->color);
   line.runs.push_back(std::move(run));

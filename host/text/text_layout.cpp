@@ -3,6 +3,8 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
+#include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "rastrel/platform/host/world.h"
@@ -17,9 +19,16 @@ using document::TextShape;
 namespace {
 
 constexpr double PointsPerInch = 72;
-// Sizes beyond these are laid out as these: the font engine counts in 1/1024 of a point.
+// Sizes beyond these are laid out as these.
 constexpr double SmallestSize = 0.01;
 constexpr double LargestSize = 100'000;
+// Letters are measured in one size and scaled to their own: Pango counts 1/1024 points in 32 bits,
+// in which neither a tiny letter has a width nor a huge line an end.
+constexpr double MeasuredSize = 100;
+// For the same reason a long run is cut; so many of the widest letters stay within the bits.
+constexpr std::size_t LongestPiece = 4096;
+// Where no page reaches. Keeps what is computed of a frame finite.
+constexpr double Far = 1e9;
 
 template <typename Kind>
 struct ObjectEnd {
@@ -34,12 +43,17 @@ struct DescriptionEnd {
   }
 };
 
-double PointsFromText(double value) { return value / host::TextUnitsPerInch * PointsPerInch; }
-double PointsFromWorld(double value) { return value / host::CentimetresPerInch * PointsPerInch; }
+double Bounded(double value) { return std::isnan(value) ? 0 : std::clamp(value, -Far, Far); }
+double PointsFromText(double value) {
+  return Bounded(value / host::TextUnitsPerInch * PointsPerInch);
+}
+double PointsFromWorld(double value) {
+  return Bounded(value / host::CentimetresPerInch * PointsPerInch);
+}
 
 // Letters stand where the font says, and not on a grid of pixels: the same on paper and on screen.
 Owned<PangoContext> NewContext() {
-  static const Owned<PangoFontMap> map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+  const Owned<PangoFontMap> map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
   pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), PointsPerInch);
   Owned<PangoContext> context(pango_font_map_create_context(map.get()));
   cairo_font_options_t* options = cairo_font_options_create();
@@ -49,48 +63,40 @@ Owned<PangoContext> NewContext() {
   pango_cairo_context_set_font_options(context.get(), options);
   cairo_font_options_destroy(options);
   pango_context_set_round_glyph_positions(context.get(), FALSE);
+  // What a locale prefers among scripts must not change a picture.
+  pango_context_set_language(context.get(), pango_language_from_string("en"));
   return context;
 }
 
-}  // namespace
-
-// A run with its letters.
-struct TextLayout::Run {
-  TextRun source;
-  Owned<PangoLayout> letters;
-  double width = 0;
-};
-
-struct TextLayout::Line {
-  std::vector<Run> runs;
-  int justification = JUSTIFY_LEFT;
-  double width = 0;
-  double ascent = 0;
-  double descent = 0;
-  double leading = 0;
-  double scaleX = 1;
-};
-
-namespace {
-
-double SizeOf(const TextRun& run) {
-  return std::clamp(PointsFromText(run.size), SmallestSize, LargestSize);
+// Fonts are found and opened once.
+PangoContext* Context() {
+  static const Owned<PangoContext> context = NewContext();
+  return context.get();
 }
 
-Owned<PangoLayout> LettersOf(PangoContext* context, const FontFace& face, double size,
-                             const std::wstring& text) {
-  Owned<PangoLayout> layout(pango_layout_new(context));
-  const std::unique_ptr<PangoFontDescription, DescriptionEnd> font(pango_font_description_new());
-  pango_font_description_set_family(font.get(), face.family.c_str());
-  pango_font_description_set_weight(font.get(), static_cast<PangoWeight>(face.weight));
-  pango_font_description_set_style(font.get(),
-                                   face.italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
-  pango_font_description_set_absolute_size(font.get(), size * PANGO_SCALE);
-  pango_layout_set_font_description(layout.get(), font.get());
+double SizeOf(const TextRun& run) {
+  const double points = PointsFromText(run.size);
+  return std::clamp(points, SmallestSize, LargestSize);
+}
+
+Owned<PangoLayout> LettersOf(const PangoFontDescription* font, std::wstring_view text) {
+  Owned<PangoLayout> layout(pango_layout_new(Context()));
+  pango_layout_set_font_description(layout.get(), font);
   pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
   const std::string bytes = os::Utf8FromWide(text);
   pango_layout_set_text(layout.get(), bytes.data(), static_cast<int>(bytes.size()));
   return layout;
+}
+
+std::unique_ptr<PangoFontDescription, DescriptionEnd> DescriptionOf(const FontFace& face) {
+  std::unique_ptr<PangoFontDescription, DescriptionEnd> font(pango_font_description_new());
+  pango_font_description_set_family(font.get(), face.family.c_str());
+  pango_font_description_set_weight(font.get(), static_cast<PangoWeight>(face.weight));
+  pango_font_description_set_stretch(font.get(), static_cast<PangoStretch>(face.stretch));
+  pango_font_description_set_style(font.get(),
+                                   face.italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
+  pango_font_description_set_absolute_size(font.get(), MeasuredSize * PANGO_SCALE);
+  return font;
 }
 
 // The one size of a text whose lines are to be of equal height; 0 for any other text.
@@ -115,12 +121,45 @@ Room RoomOf(const TextShape& shape) {
   const double right = margins ? PointsFromText(paragraph.rightMargin) : 0;
   const double top = margins ? PointsFromText(paragraph.topMargin) : 0;
   const double bottom = margins ? PointsFromText(paragraph.bottomMargin) : 0;
-  return {PointsFromWorld(shape.frame.left) + left, PointsFromWorld(shape.frame.top) - top,
-          std::max(0.0, PointsFromWorld(shape.frame.right - shape.frame.left) - left - right),
-          std::max(0.0, PointsFromWorld(shape.frame.top - shape.frame.bottom) - top - bottom)};
+  const CWorldRect& frame = shape.frame;
+  const double frameLeft = PointsFromWorld(frame.left);
+  const double frameTop = PointsFromWorld(frame.top);
+  return {frameLeft + left, frameTop - top,
+          std::max(0.0, PointsFromWorld(frame.right) - frameLeft - left - right),
+          std::max(0.0, frameTop - PointsFromWorld(frame.bottom) - top - bottom)};
+}
+
+struct Extents {
+  double width, ascent, descent;
+};
+
+// Of letters in the size that they are measured in.
+Extents ExtentsOf(PangoLayout* letters) {
+  PangoRectangle logical;
+  pango_layout_line_get_extents(pango_layout_get_line_readonly(letters, 0), nullptr, &logical);
+  return {static_cast<double>(logical.width) / PANGO_SCALE,
+          -static_cast<double>(logical.y) / PANGO_SCALE,
+          static_cast<double>(logical.y + logical.height) / PANGO_SCALE};
 }
 
 }  // namespace
+
+struct TextLayout::Letters {
+  Owned<PangoLayout> layout;
+  double scale = 1;  // from the measured size to the run's
+};
+
+struct TextLayout::Line {
+  std::size_t firstRun = 0;
+  std::size_t runCount = 0;
+  int justification = JUSTIFY_LEFT;
+  double width = 0;
+  double ascent = 0;
+  double descent = 0;
+  double leading = 0;
+  double scaleX = 1;
+  double scaleY = 1;
+};
 
 TextLayout::TextLayout(const TextShape& shape, const FontCatalog& fonts) {
   Measure(shape, fonts);
@@ -132,33 +171,51 @@ TextLayout::TextLayout(const TextShape& shape, const FontCatalog& fonts) {
 TextLayout::~TextLayout() = default;
 
 void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
-  const Owned<PangoContext> context = NewContext();
   const double common = CommonSize(shape);
   for (const TextLine& source : shape.lines) {
     auto line = std::make_unique<Line>();
     line->justification = source.justification;
+    line->firstRun = m_Runs.size();
     for (const TextRun& run : source.runs) {
       const double size = common > 0 ? common : SizeOf(run);
-      Run placed{run,
-                 LettersOf(context.get(), fonts.FaceOf(run.fontType, run.font), size, run.text), 0};
-      PangoRectangle logical;
-      pango_layout_line_get_extents(pango_layout_get_line_readonly(placed.letters.get(), 0),
-                                    nullptr, &logical);
-      placed.width = static_cast<double>(logical.width) / PANGO_SCALE;
-      line->width += placed.width;
-      line->ascent = std::max(line->ascent, -static_cast<double>(logical.y) / PANGO_SCALE);
-      line->descent =
-          std::max(line->descent, static_cast<double>(logical.y + logical.height) / PANGO_SCALE);
-      line->runs.push_back(std::move(placed));
+      const FontFace face = fonts.FaceOf(run.fontType, run.font);
+      const auto font = DescriptionOf(face);
+      const std::wstring_view text = run.text;
+      for (std::size_t begin = 0; begin < text.size(); begin += LongestPiece) {
+        const std::wstring_view piece = text.substr(begin, LongestPiece);
+        const double scale = size / MeasuredSize;
+        auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
+        const Extents extents = ExtentsOf(letters->layout.get());
+        // `left` is that within the line until the line has its place.
+        m_Runs.push_back({std::wstring(piece), face, size, line->width, 0, extents.width * scale, 1,
+                          1, run.colored, run.color});
+        m_Letters.push_back(std::move(letters));
+        line->width += extents.width * scale;
+        line->ascent = std::max(line->ascent, extents.ascent * scale);
+        line->descent = std::max(line->descent, extents.descent * scale);
+      }
     }
-    // A line without letters keeps the place of the one before it.
-    if (source.runs.empty() && !m_Content.empty()) {
-      line->ascent = m_Content.back()->ascent;
-      line->descent = m_Content.back()->descent;
-    }
-    line->leading = source.spacingKind == 0 && source.leading > 0 ? PointsFromText(source.leading)
-                                                                  : line->ascent + line->descent;
+    line->runCount = m_Runs.size() - line->firstRun;
+    if (source.spacingKind == 0 && source.leading > 0)
+      line->leading = PointsFromText(source.leading);
     m_Content.push_back(std::move(line));
+  }
+  FillEmptyLines();
+}
+
+// A line without letters takes as much room as the one before it; before the first with letters, as
+// that one.
+void TextLayout::FillEmptyLines() {
+  const auto first =
+      std::ranges::find_if(m_Content, [](const auto& line) { return line->runCount > 0; });
+  const Line* model = first == m_Content.end() ? nullptr : first->get();
+  for (const auto& line : m_Content) {
+    if (line->runCount > 0) model = line.get();
+    if (model) {
+      line->ascent = model->ascent;
+      line->descent = model->descent;
+    }
+    if (line->leading <= 0) line->leading = line->ascent + line->descent;
   }
 }
 
@@ -179,6 +236,7 @@ void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
   const double smaller = height / total;
   for (const auto& line : m_Content) {
     line->scaleX = std::min(line->scaleX, smaller);
+    line->scaleY = smaller;
     line->ascent *= smaller;
     line->descent *= smaller;
     line->leading *= smaller;
@@ -195,6 +253,7 @@ void TextLayout::Place(const TextShape& shape) {
     PlacedLine placed;
     placed.natural = line->width;
     placed.scaleX = line->scaleX;
+    placed.scaleY = line->scaleY;
     placed.width = line->width * line->scaleX;
     placed.ascent = line->ascent;
     placed.descent = line->descent;
@@ -205,18 +264,12 @@ void TextLayout::Place(const TextShape& shape) {
     placed.left = room.left + (line->justification == JUSTIFY_CENTER  ? over / 2
                                : line->justification == JUSTIFY_RIGHT ? over
                                                                       : 0);
-    PangoRectangle logical{};
-    if (!line->runs.empty()) {
-      pango_layout_line_get_extents(
-          pango_layout_get_line_readonly(line->runs.front().letters.get(), 0), nullptr, &logical);
-      const double natural = -static_cast<double>(logical.y) / PANGO_SCALE;
-      double highest = natural;
-      for (const Run& run : line->runs) {
-        pango_layout_line_get_extents(pango_layout_get_line_readonly(run.letters.get(), 0), nullptr,
-                                      &logical);
-        highest = std::max(highest, -static_cast<double>(logical.y) / PANGO_SCALE);
-      }
-      if (highest > 0) placed.scaleY = line->ascent / highest;
+    for (std::size_t i = line->firstRun; i < line->firstRun + line->runCount; ++i) {
+      PlacedRun& run = m_Runs[i];
+      run.left = placed.left + run.left * line->scaleX;
+      run.baseline = placed.baseline;
+      run.scaleX = line->scaleX;
+      run.scaleY = line->scaleY;
     }
     m_Lines.push_back(placed);
     top -= line->leading;
@@ -228,30 +281,22 @@ bool TextLayout::IsSqueezed() const {
       m_Lines, [](const PlacedLine& line) { return line.scaleX < 1 || line.scaleY < 1; });
 }
 
-void TextLayout::Draw(cairo_t* context, double pageHeight, bool outlines,
-                      const std::function<void(const TextRun&)>& color) const {
-  for (std::size_t i = 0; i < m_Content.size(); ++i) {
-    const PlacedLine& placed = m_Lines[i];
-    double pen = 0;
-    for (const Run& run : m_Content[i]->runs) {
-      // Nothing can be drawn in no width.
-      if (placed.scaleX <= 0 || placed.scaleY <= 0) continue;
-      cairo_save(context);
-      cairo_translate(context, placed.left, pageHeight - placed.baseline);
-      cairo_scale(context, placed.scaleX, placed.scaleY);
-      cairo_move_to(context, pen, 0);
-      color(run.source);
-      PangoLayoutLine* line = pango_layout_get_line_readonly(run.letters.get(), 0);
-      if (outlines) {
-        pango_cairo_layout_line_path(context, line);
-        cairo_fill(context);
-      } else {
-        pango_cairo_show_layout_line(context, line);
-      }
-      cairo_restore(context);
-      pen += run.width;
-    }
-  }
+void TextLayout::DrawRun(cairo_t* context, std::size_t run) const {
+  const Letters& letters = *m_Letters[run];
+  cairo_save(context);
+  cairo_scale(context, letters.scale, letters.scale);
+  cairo_move_to(context, 0, 0);
+  pango_cairo_show_layout_line(context, pango_layout_get_line_readonly(letters.layout.get(), 0));
+  cairo_restore(context);
+}
+
+void TextLayout::AddOutlines(cairo_t* context, std::size_t run) const {
+  const Letters& letters = *m_Letters[run];
+  cairo_save(context);
+  cairo_scale(context, letters.scale, letters.scale);
+  cairo_move_to(context, 0, 0);
+  pango_cairo_layout_line_path(context, pango_layout_get_line_readonly(letters.layout.get(), 0));
+  cairo_restore(context);
 }
 
 }  // namespace rastrel::text

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <functional>
+#include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "host/document/shapes.h"
@@ -24,16 +25,33 @@ struct PlacedLine {
   double scaleY = 1;   ///< squeezing of heights
 };
 
+/// A piece of a line in one style, as it was placed, in the same coordinates.
+struct PlacedRun {
+  std::wstring text;
+  FontFace face;
+  double size = 0;  ///< points, unsqueezed
+  double left = 0;  ///< of the first letter's origin
+  double baseline = 0;
+  double width = 0;  ///< unsqueezed
+  double scaleX = 1;
+  double scaleY = 1;
+  bool colored = false;  ///< it has a colour of its own
+  CVKColor color;
+};
+
 /// How a text stands in its frame, by Pango.
 ///
 /// Lines stand below each other, one leading apart: the line's own where it has one, else the
-/// height that its fonts ask for. Left and right margin, where lines are justified in the frame
-/// less its margins, make the room narrower. A text that fits as it is stays as it is. Where the
-/// fit is on (1 or 2), lines that are too wide are squeezed in width: each for itself, all by one
-/// factor, or, for lines of equal height, all lines set in one size (the largest that a line asks
-/// for) and then squeezed by one factor. A text that is too high is then made smaller as a whole.
-/// Text stays inside the frame that way, whatever its size. A block of lines stands in the middle
-/// between top and bottom; lines set one by one begin at the top.
+/// height that its fonts ask for; an empty line is as high as the one before it. Left and right
+/// margin, where lines are justified in the frame less its margins, make the room narrower. A text
+/// that fits as it is stays as it is. Where the fit is on (1 or 2), lines that are too wide are
+/// squeezed in width: each for itself, all by one factor, or, for lines of equal height, all lines
+/// set in one size (the largest that a line asks for) and then squeezed by one factor. A text that
+/// is too high is then made smaller as a whole. Text stays inside the frame that way, whatever its
+/// size. A block of lines stands in the middle between top and bottom; lines set one by one begin
+/// at the top.
+///
+/// One thread at a time may lay text out or draw it.
 class TextLayout {
  public:
   /// Lays a text out. The shape and the catalogue are not kept.
@@ -43,24 +61,30 @@ class TextLayout {
   TextLayout& operator=(const TextLayout&) = delete;
 
   [[nodiscard]] const std::vector<PlacedLine>& Lines() const { return m_Lines; }
+  /// From the first line to the last, and in each from left to right.
+  [[nodiscard]] const std::vector<PlacedRun>& Runs() const { return m_Runs; }
   /// True if lines were squeezed, or made smaller.
   [[nodiscard]] bool IsSqueezed() const;
 
-  /// Draws into a context whose unit is a point and whose y grows downward, with the page's upper
-  /// edge at 0. `pageHeight` is in points. Before each run `color` is called with the run, to set
-  /// the source. As outlines, every letter is a filled path; else text.
-  void Draw(cairo_t* context, double pageHeight, bool outlines,
-            const std::function<void(const document::TextRun&)>& color) const;
+  /// Draws a run in the context's colour, as letters of a font. The context's unit is a point of
+  /// the run before it is squeezed, its y grows downward, and its origin is that of the first
+  /// letter.
+  void DrawRun(cairo_t* context, std::size_t run) const;
+  /// Adds the outlines of a run's letters to the context's path, in the same coordinates.
+  void AddOutlines(cairo_t* context, std::size_t run) const;
 
  private:
-  struct Run;
+  struct Letters;
   struct Line;
   void Measure(const document::TextShape& shape, const FontCatalog& fonts);
+  void FillEmptyLines();
   void Squeeze(const document::TextShape& shape, double width, double height);
   void Place(const document::TextShape& shape);
 
   std::vector<std::unique_ptr<Line>> m_Content;
   std::vector<PlacedLine> m_Lines;
+  std::vector<PlacedRun> m_Runs;
+  std::vector<std::unique_ptr<Letters>> m_Letters;  // of the run at the same place
 };
 
 }  // namespace rastrel::text

@@ -1,0 +1,54 @@
+#include "host/graphics/graphic_loader.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "host/graphics/picture.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::graphics {
+
+namespace {
+
+constexpr double CentimetresPerPoint = 2.54 / 72;
+
+os::Expected<document::GraphicShape, std::wstring> ShapeOf(const std::wstring& path) {
+  auto read = os::ReadWholeFile(path, LargestGraphicFile);
+  if (!read) return os::WideFromUtf8(os::Describe(read.Error()));
+  const auto kind = KindOf(*read);
+  if (!kind) return std::wstring(L"it is neither SVG, PNG, JPEG, TIFF, PDF nor EPS");
+  document::GraphicShape shape;
+  shape.kind = *kind;
+  const os::PathParts parts = os::SplitPath(path);
+  shape.name = parts.name + parts.extension;
+  shape.bytes = std::make_shared<const std::string>(std::move(*read));
+  const auto picture = OpenPicture(shape.kind, shape.bytes);
+  if (!picture) return picture.Error();
+  shape.width = (*picture)->Width() * CentimetresPerPoint;
+  shape.height = (*picture)->Height() * CentimetresPerPoint;
+  return shape;
+}
+
+}  // namespace
+
+int LoadGraphic(document::Document& document, document::Notices& notices,
+                const std::wstring& path) {
+  auto shape = ShapeOf(path);
+  if (!shape) {
+    notices.Add(path + L" can't be placed: " + shape.Error());
+    return 0;
+  }
+  document::Attributes attributes;
+  const int page = std::max(document.DisplayPage(), 1);
+  attributes.pages = {page, page};
+  const document::ObjectHandle object = document.Create(std::move(*shape), attributes);
+  document.Insert(object, host::DocumentRoot);
+  document.DeselectAll();
+  document.Select(object);
+  return 1;
+}
+
+}  // namespace rastrel::graphics

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/graphics/picture.h"
+
+// The drawing library's surface, whose header only sources include.
+typedef struct _cairo_surface cairo_surface_t;
+
+namespace rastrel::graphics {
+
+/// Dots to the inch across and down.
+struct Resolution {
+  double x = 96;
+  double y = 96;
+};
+
+/// A resolution that a file names, or 96 dpi where it can't be one.
+[[nodiscard]] Resolution Plausible(double x, double y);
+
+/// Why an image of that many pixels is not opened, in words; nothing if it is.
+[[nodiscard]] std::optional<std::wstring> WhyNotSoLarge(std::uint64_t width, std::uint64_t height);
+
+struct SurfaceEnd {
+  void operator()(cairo_surface_t* surface) const;
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceEnd>;
+
+/// An image in memory.
+class ImagePicture : public Picture {
+ public:
+  /// `mimeType` as Picture::MimeType says.
+  ImagePicture(Surface surface, const Resolution& resolution, const char* mimeType);
+  ~ImagePicture() override;
+
+  void Draw(cairo_t* context) const override;
+  [[nodiscard]] const char* MimeType() const override { return m_MimeType; }
+  [[nodiscard]] std::uint64_t Pixels() const override;
+
+ private:
+  Surface m_Surface;
+  Resolution m_Resolution;
+  const char* m_MimeType;
+};
+
+}  // namespace rastrel::graphics

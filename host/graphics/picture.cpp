@@ -1,0 +1,110 @@
+#include "host/graphics/picture.h"
+
+#include <cmath>
+#include <utility>
+
+#include "host/document/measure_text.h"
+#include "host/graphics/eps_conversion.h"
+#include "host/graphics/picture_kinds.h"
+
+namespace rastrel::graphics {
+
+using document::GraphicKind;
+
+namespace {
+
+constexpr double PointsPerCentimetre = 72 / 2.54;
+
+// How far into a file a PDF's and an SVG's beginning may lie.
+constexpr std::size_t HeadLength = 1024;
+constexpr std::size_t SvgHeadLength = 65'536;
+
+// An SVG is an XML document whose first element is svg, whatever prefix that has.
+bool IsSvg(std::string_view bytes) {
+  std::string_view rest = bytes.substr(0, SvgHeadLength);
+  if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
+  while (true) {
+    const std::size_t begin = rest.find_first_not_of(" \t\r\n");
+    if (begin == std::string_view::npos || rest[begin] != '<') return false;
+    rest.remove_prefix(begin);
+    const bool comment = rest.starts_with("<!--");
+    const bool instruction = rest.starts_with("<?");
+    if (!comment && !instruction && !rest.starts_with("<!")) break;
+    std::size_t end = rest.find(comment ? "-->" : instruction ? "?>" : ">");
+    // A document type may bring declarations of its own, in brackets.
+    const std::size_t bracket = rest.find('[');
+    if (!comment && !instruction && bracket < end) end = rest.find("]>", bracket);
+    if (end == std::string_view::npos) return false;
+    rest.remove_prefix(rest.find('>', end) + 1);
+  }
+  std::string_view name = rest.substr(1, rest.find_first_of(" \t\r\n/>") - 1);
+  if (const std::size_t colon = name.find(':'); colon != std::string_view::npos) {
+    name.remove_prefix(colon + 1);
+  }
+  return name == "svg";
+}
+
+bool IsEps(std::string_view bytes) {
+  if (bytes.starts_with("\xC5\xD0\xD3\xC6")) return true;
+  if (!bytes.starts_with("%!PS-Adobe-")) return false;
+  return bytes.substr(0, bytes.find_first_of("\r\n")).find("EPSF-") != std::string_view::npos;
+}
+
+os::Expected<std::unique_ptr<Picture>, std::wstring> OpenEps(const std::string& bytes) {
+  auto converted = PdfFromEps(bytes);
+  if (!converted) return converted.Error();
+  return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
+}
+
+os::Expected<std::unique_ptr<Picture>, std::wstring> OpenKind(
+    GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
+  switch (kind) {
+    case GraphicKind::kSvg: return OpenSvg(*bytes);
+    case GraphicKind::kPng: return OpenPng(*bytes);
+    case GraphicKind::kJpeg: return OpenJpeg(*bytes);
+    case GraphicKind::kTiff: return OpenTiff(*bytes);
+    case GraphicKind::kPdf: return OpenPdf(bytes);
+    case GraphicKind::kEps: return OpenEps(*bytes);
+  }
+  return std::wstring(L"it is of no kind that is known");
+}
+
+}  // namespace
+
+std::optional<GraphicKind> KindOf(std::string_view bytes) {
+  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return GraphicKind::kPng;
+  if (bytes.starts_with("\xFF\xD8\xFF")) return GraphicKind::kJpeg;
+  using namespace std::string_view_literals;
+  for (const std::string_view start : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
+    if (bytes.starts_with(start)) return GraphicKind::kTiff;
+  }
+  if (IsEps(bytes)) return GraphicKind::kEps;
+  if (bytes.substr(0, HeadLength).find("%PDF-") != std::string_view::npos) {
+    return GraphicKind::kPdf;
+  }
+  if (IsSvg(bytes)) return GraphicKind::kSvg;
+  return std::nullopt;
+}
+
+os::Expected<std::unique_ptr<Picture>, std::wstring> OpenPicture(
+    GraphicKind kind, std::shared_ptr<const std::string> bytes) {
+  if (bytes->size() > LargestGraphicFile) {
+    return L"it has " + std::to_wstring(bytes->size()) + L" bytes; " +
+           std::to_wstring(LargestGraphicFile) + L" are the most";
+  }
+  auto picture = OpenKind(kind, bytes);
+  if (!picture) return picture.Error();
+  const double width = (*picture)->Width() / PointsPerCentimetre;
+  const double height = (*picture)->Height() / PointsPerCentimetre;
+  for (const double side : {width, height}) {
+    if (!(side > 0) || side > LargestGraphicSide) {
+      return L"its size of " + document::SizeText(width, height) +
+             L" can't be had: sides must be above 0 and at most " +
+             document::MeasureText(LargestGraphicSide) + L" cm";
+    }
+  }
+  (*picture)->m_Bytes = std::move(bytes);
+  return picture;
+}
+
+}  // namespace rastrel::graphics

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/graphics/picture.h"
+
+/// What OpenPicture opens each kind of file with.
+namespace rastrel::graphics {
+
+/// A picture, or why the bytes are none, in words. Its size is the file's, and not yet checked.
+using OpenedPicture = os::Expected<std::unique_ptr<Picture>, std::wstring>;
+
+/// By librsvg, which reads nothing beside the bytes.
+[[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes);
+/// PNG (ISO 15948), JPEG (ISO 10918-1) and TIFF 6.0, of which the first image counts. Decoded at
+/// once.
+[[nodiscard]] OpenedPicture OpenPng(const std::string& bytes);
+[[nodiscard]] OpenedPicture OpenJpeg(const std::string& bytes);
+[[nodiscard]] OpenedPicture OpenTiff(const std::string& bytes);
+/// By poppler. The picture keeps the bytes.
+[[nodiscard]] OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes);
+
+}  // namespace rastrel::graphics

@@ -1,0 +1,118 @@
+#include "host/render/cairo_canvas.h"
+
+#include <cairo.h>
+
+#include "host/graphics/picture.h"
+#include "host/text/text_layout.h"
+
+namespace rastrel::render {
+
+namespace {
+
+// Cairo keeps device coordinates in 24 bits before the binary point; half of that leaves room for
+// the width of lines.
+constexpr double FarthestUnit = 4'000'000;
+
+constexpr double Dashes[] = {4, 1.5};  // points
+
+void SetColor(cairo_t* context, const Color& color) {
+  cairo_set_source_rgb(context, color.red, color.green, color.blue);
+}
+
+void AddPath(cairo_t* context, const Outline& outline) {
+  const Point* point = outline.points.data();
+  for (const Outline::Step step : outline.steps) {
+    switch (step) {
+      case Outline::Step::kMove:
+        cairo_move_to(context, point[0].x, point[0].y);
+        point += 1;
+        break;
+      case Outline::Step::kLine:
+        cairo_line_to(context, point[0].x, point[0].y);
+        point += 1;
+        break;
+      case Outline::Step::kCurve:
+        cairo_curve_to(context, point[0].x, point[0].y, point[1].x, point[1].y, point[2].x,
+                       point[2].y);
+        point += 3;
+        break;
+      case Outline::Step::kClose: cairo_close_path(context); break;
+    }
+  }
+}
+
+cairo_matrix_t MatrixOf(const TM& place) {
+  cairo_matrix_t matrix;
+  cairo_matrix_init(&matrix, place.a, place.b, place.c, place.d, place.tx, place.ty);
+  return matrix;
+}
+
+}  // namespace
+
+CairoCanvas::CairoCanvas(cairo_t* context, double unitsPerPoint, double thinnest, bool outlines)
+    : m_Context(context),
+      m_Farthest(FarthestUnit / unitsPerPoint),
+      m_Thinnest(thinnest),
+      m_Outlines(outlines) {
+  cairo_set_fill_rule(context, CAIRO_FILL_RULE_EVEN_ODD);
+}
+
+void CairoCanvas::Stroke(const Pen& pen) {
+  SetColor(m_Context, pen.color);
+  cairo_set_line_width(m_Context, pen.width > 0 ? pen.width : m_Thinnest);
+  if (pen.dashed) cairo_set_dash(m_Context, Dashes, 2, 0);
+  cairo_stroke(m_Context);
+  if (pen.dashed) cairo_set_dash(m_Context, nullptr, 0, 0);
+}
+
+void CairoCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& inside,
+                              const std::optional<Pen>& pen) {
+  AddPath(m_Context, outline);
+  if (inside) {
+    SetColor(m_Context, *inside);
+    if (pen) {
+      cairo_fill_preserve(m_Context);
+    } else {
+      cairo_fill(m_Context);
+    }
+  }
+  if (pen) Stroke(*pen);
+  cairo_new_path(m_Context);
+}
+
+void CairoCanvas::DrawCircle(Point centre, double radius, const Pen& pen) {
+  constexpr double fullTurn = 6.283185307179586;
+  cairo_new_sub_path(m_Context);
+  cairo_arc(m_Context, centre.x, centre.y, radius, 0, fullTurn);
+  cairo_close_path(m_Context);
+  Stroke(pen);
+}
+
+void CairoCanvas::DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
+                           const TM& place) {
+  const cairo_matrix_t matrix = MatrixOf(place);
+  cairo_save(m_Context);
+  cairo_transform(m_Context, &matrix);
+  SetColor(m_Context, color);
+  if (m_Outlines) {
+    layout.AddOutlines(m_Context, run);
+    // Letters overlap where fonts and ligatures have it so.
+    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
+    cairo_fill(m_Context);
+  } else {
+    layout.DrawRun(m_Context, run);
+  }
+  cairo_restore(m_Context);
+}
+
+void CairoCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
+  const cairo_matrix_t matrix = MatrixOf(place);
+  cairo_save(m_Context);
+  cairo_transform(m_Context, &matrix);
+  cairo_rectangle(m_Context, 0, 0, picture.Width(), picture.Height());
+  cairo_clip(m_Context);
+  picture.Draw(m_Context);
+  cairo_restore(m_Context);
+}
+
+}  // namespace rastrel::render

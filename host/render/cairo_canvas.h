@@ -1,0 +1,34 @@
+#pragma once
+
+#include "host/render/canvas.h"
+
+// The drawing library's context, whose header only sources include.
+typedef struct _cairo cairo_t;
+
+namespace rastrel::render {
+
+/// Paints into a cairo context whose unit is a point and whose y grows downward.
+class CairoCanvas : public Canvas {
+ public:
+  /// `context` must outlive the canvas. `unitsPerPoint` is the device's resolution, `thinnest` the
+  /// width in points of lines without one. With `outlines` every letter is a path.
+  CairoCanvas(cairo_t* context, double unitsPerPoint, double thinnest, bool outlines);
+
+  [[nodiscard]] double Farthest() const override { return m_Farthest; }
+  void DrawOutline(const Outline& outline, const std::optional<Color>& inside,
+                   const std::optional<Pen>& pen) override;
+  void DrawCircle(Point centre, double radius, const Pen& pen) override;
+  void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
+                const TM& place) override;
+  void DrawPicture(const graphics::Picture& picture, const TM& place) override;
+
+ private:
+  void Stroke(const Pen& pen);
+
+  cairo_t* m_Context;
+  double m_Farthest;
+  double m_Thinnest;
+  bool m_Outlines;
+};
+
+}  // namespace rastrel::render

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "rastrel/platform/host/tm.h"
+
+namespace rastrel::text {
+class TextLayout;
+}
+namespace rastrel::graphics {
+class Picture;
+}
+
+/// What a page is painted on. Lengths are points (1/72 inch) from the page's upper left corner, y
+/// downward, unless something else is said.
+namespace rastrel::render {
+
+struct Point {
+  double x = 0;
+  double y = 0;
+};
+
+/// Red, green and blue, 0 to 1 each.
+struct Color {
+  double red = 0;
+  double green = 0;
+  double blue = 0;
+};
+
+/// How a line is drawn.
+struct Pen {
+  Color color;
+  double width = 0;  ///< 0 for as thin as the canvas can and the eye still sees
+  bool dashed = false;
+};
+
+/// Lines and curves, as steps and the points that they take: one, three for a curve, none to close.
+struct Outline {
+  enum class Step : std::uint8_t { kMove, kLine, kCurve, kClose };
+  std::vector<Step> steps;
+  std::vector<Point> points;
+
+  void Clear() {
+    steps.clear();
+    points.clear();
+  }
+  void MoveTo(Point point) { Add(Step::kMove, point); }
+  void LineTo(Point point) { Add(Step::kLine, point); }
+  void CurveTo(Point first, Point second, Point end) {
+    Add(Step::kCurve, first);
+    points.push_back(second);
+    points.push_back(end);
+  }
+  void Close() { steps.push_back(Step::kClose); }
+
+ private:
+  void Add(Step step, Point point) {
+    steps.push_back(step);
+    points.push_back(point);
+  }
+};
+
+/// What something is in the document, for a canvas that keeps it.
+enum class Role { kBlank, kPane, kText, kPath, kCutLine, kDrillPoint, kGraphic };
+
+/// Something to paint on. What is painted later covers what was before. Coordinates are finite and
+/// within `Farthest`.
+class Canvas {
+ public:
+  Canvas() = default;
+  virtual ~Canvas() = default;
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+
+  /// How far from 0 a coordinate may be.
+  [[nodiscard]] virtual double Farthest() const = 0;
+
+  /// Brackets what one object of the document, or a group, is made of.
+  virtual void Begin(Role /*role*/) {}
+  virtual void End() {}
+  virtual void BeginGroup() {}
+  virtual void EndGroup() {}
+
+  /// Fills an outline, by the even-odd rule, and draws it with a pen; either may be missing.
+  virtual void DrawOutline(const Outline& outline, const std::optional<Color>& inside,
+                           const std::optional<Pen>& pen) = 0;
+  virtual void DrawCircle(Point centre, double radius, const Pen& pen) = 0;
+  /// Draws a run of letters. `place` maps the run's own coordinates (TextLayout::DrawRun) to the
+  /// page's.
+  virtual void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
+                        const TM& place) = 0;
+  /// Draws a placed file. `place` maps its own coordinates, points in its true size from its upper
+  /// left corner, to the page's.
+  virtual void DrawPicture(const graphics::Picture& picture, const TM& place) = 0;
+};
+
+}  // namespace rastrel::render

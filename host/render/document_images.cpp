@@ -1,0 +1,179 @@
+#include "host/render/document_images.h"
+
+#include <cairo-pdf.h>
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "host/document/measure_text.h"
+#include "host/render/cairo_canvas.h"
+#include "host/render/page_renderer.h"
+#include "host/render/picture_png.h"
+#include "host/render/svg_canvas.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::render {
+
+namespace {
+
+constexpr double PointsPerInch = 72;
+constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
+
+struct CairoEnd {
+  void operator()(cairo_t* context) const { cairo_destroy(context); }
+  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+};
+using Context = std::unique_ptr<cairo_t, CairoEnd>;
+using Surface = std::unique_ptr<cairo_surface_t, CairoEnd>;
+
+using Image = os::Expected<std::string, std::wstring>;
+
+cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
+  // NOLINTNEXTLINE: the library's bytes are unsigned
+  static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), count);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+std::wstring Words(cairo_status_t status) {
+  return L"the page can't be drawn: " + os::WideFromUtf8(cairo_status_to_string(status));
+}
+
+struct Pages {
+  int first;
+  int last;
+};
+
+// The resolution that a PNG of the page can have, or why it can't have the one that is asked for.
+std::optional<std::wstring> WhyNoPng(const PageRenderer& renderer, double dpi) {
+  if (!(dpi >= LowestDpi && dpi <= HighestDpi)) {
+    return document::MeasureText(dpi) + L" dpi: a picture has " + document::MeasureText(LowestDpi) +
+           L" to " + document::MeasureText(HighestDpi);
+  }
+  const double width = renderer.Width() * dpi / PointsPerInch;
+  const double height = renderer.Height() * dpi / PointsPerInch;
+  if (width * height <= static_cast<double>(MostPixels) &&
+      std::max(width, height) <= LongestPixelSide) {
+    return std::nullopt;
+  }
+  return L"a picture of " + document::MeasureText(std::ceil(width)) + L" by " +
+         document::MeasureText(std::ceil(height)) + L" pixels is too large: " +
+         std::to_wstring(MostPixels) + L" pixels, and " + std::to_wstring(LongestPixelSide) +
+         L" a side, are the most; " + document::MeasureText(dpi) + L" dpi are too many";
+}
+
+Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
+  SvgCanvas canvas(renderer.Width(), renderer.Height(), options.outlines);
+  renderer.Draw(page, canvas, options.blank);
+  return canvas.Finish();
+}
+
+Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
+  if (auto refusal = WhyNoPng(renderer, options.dpi)) return std::move(*refusal);
+  const double scale = options.dpi / PointsPerInch;
+  const auto pixels = [&](double points) {
+    return std::max(1, static_cast<int>(std::lround(points * scale)));
+  };
+  const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels(renderer.Width()),
+                                                   pixels(renderer.Height())));
+  const Context context(cairo_create(surface.get()));
+  cairo_set_source_rgb(context.get(), 1, 1, 1);
+  cairo_paint(context.get());
+  cairo_scale(context.get(), scale, scale);
+  CairoCanvas canvas(context.get(), scale, std::max(ThinnestLine, 1 / scale), options.outlines);
+  renderer.Draw(page, canvas, options.blank);
+  const cairo_status_t status = cairo_status(context.get());
+  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  std::string png = PngOfSurface(surface.get(), options.dpi);
+  if (png.empty()) return Words(CAIRO_STATUS_NO_MEMORY);
+  return png;
+}
+
+Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) {
+  std::string bytes;
+  const Surface surface(
+      cairo_pdf_surface_create_for_stream(Append, &bytes, renderer.Width(), renderer.Height()));
+  // The day on which it was made is no part of the picture.
+  cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
+  {
+    const Context context(cairo_create(surface.get()));
+    CairoCanvas canvas(context.get(), 1, ThinnestLine, options.outlines);
+    for (int page = pages.first; page <= pages.last; ++page) {
+      renderer.Draw(page, canvas, options.blank);
+      cairo_show_page(context.get());
+    }
+    const cairo_status_t status = cairo_status(context.get());
+    if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  }
+  cairo_surface_finish(surface.get());
+  const cairo_status_t status = cairo_surface_status(surface.get());
+  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  return bytes;
+}
+
+os::Expected<Pages, std::wstring> PagesOf(const PageRenderer& renderer,
+                                          const ImageOptions& options) {
+  if (renderer.Refusal()) return *renderer.Refusal();
+  if (!options.page) return Pages{1, renderer.PageCount()};
+  if (*options.page < 1 || *options.page > renderer.PageCount()) {
+    return L"there is no page " + std::to_wstring(*options.page) + L": the document has " +
+           std::to_wstring(renderer.PageCount());
+  }
+  return Pages{*options.page, *options.page};
+}
+
+std::wstring NumberedPath(const std::wstring& path, int number) {
+  const os::PathParts parts = os::SplitPath(path);
+  return parts.drive + parts.directory + parts.name + L"-" + std::to_wstring(number) +
+         parts.extension;
+}
+
+// Draws the pictures one by one and hands each over; ends with the first reason that comes back.
+template <typename Take>
+std::optional<std::wstring> DrawEach(const ImageSource& source, ImageFormat format,
+                                     const ImageOptions& options, Take take) {
+  PageRenderer renderer(source.document, source.fonts, source.notices);
+  const auto pages = PagesOf(renderer, options);
+  if (!pages) return pages.Error();
+  const bool single = format == ImageFormat::kPdf || pages->first == pages->last;
+  for (int page = pages->first; page <= (single ? pages->first : pages->last); ++page) {
+    Image image = format == ImageFormat::kPdf   ? DrawPdf(renderer, *pages, options)
+                  : format == ImageFormat::kSvg ? DrawSvg(renderer, page, options)
+                                                : DrawPng(renderer, page, options);
+    if (!image) return image.Error();
+    if (auto reason = take(std::move(*image), single ? 0 : page)) return reason;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Images DrawDocument(const ImageSource& source, ImageFormat format, const ImageOptions& options) {
+  std::vector<std::string> images;
+  auto reason = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
+    images.push_back(std::move(image));
+    return std::optional<std::wstring>();
+  });
+  if (reason) return std::move(*reason);
+  return images;
+}
+
+WrittenFiles SaveImages(const ImageSource& source, ImageFormat format, const ImageOptions& options,
+                        const std::wstring& path) {
+  std::vector<std::wstring> written;
+  auto reason = DrawEach(source, format, options, [&](const std::string& image, int number) {
+    const std::wstring target = number == 0 ? path : NumberedPath(path, number);
+    const auto replaced = os::ReplaceFile(target, image);
+    if (!replaced) return std::optional(os::WideFromUtf8(os::Describe(replaced.Error())));
+    written.push_back(target);
+    return std::optional<std::wstring>();
+  });
+  if (reason) return std::move(*reason);
+  return written;
+}
+
+}  // namespace rastrel::render

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "host/text/font_catalog.h"
+#include "rastrel/platform/os/outcome.h"
+
+/// Pictures of a document's pages in true size. The same document gives the same bytes, whenever
+/// and by whichever process they are made, as long as the same fonts are installed.
+namespace rastrel::render {
+
+enum class ImageFormat { kSvg, kPdf, kPng };
+
+/// What a picture shows, and how.
+struct ImageOptions {
+  std::optional<int> page;  ///< counted from 1; nothing for all of them
+  bool outlines = false;    ///< every letter as a path, rather than as text in a font
+  bool blank = true;        ///< the blank and its edge behind the objects
+  double dpi = 150;         ///< of PNG, LowestDpi to HighestDpi
+};
+
+inline constexpr double LowestDpi = 1;
+inline constexpr double HighestDpi = 10'000;
+/// Pixels of a PNG, and of its longer side.
+inline constexpr std::uint64_t MostPixels = 100'000'000;
+inline constexpr int LongestPixelSide = 32'767;
+
+/// What the pictures are made of. All must outlive the call; the notices tell of placed files that
+/// can't be drawn and of fonts that can't be had.
+struct ImageSource {
+  const document::Document& document;
+  const text::FontCatalog& fonts;
+  document::Notices& notices;
+};
+
+/// Pictures as bytes: of PDF one with all pages, of SVG and PNG one for each page. Or why there are
+/// none, in words for the user.
+using Images = os::Expected<std::vector<std::string>, std::wstring>;
+[[nodiscard]] Images DrawDocument(const ImageSource& source, ImageFormat format,
+                                  const ImageOptions& options);
+
+/// Draws the pictures and writes them: one to `path`; several to `path` with "-1", "-2" and so on
+/// before the extension. Each file is replaced as a whole. Returns the paths, or why they could not
+/// all be written; then those before the one that failed stand.
+using WrittenFiles = os::Expected<std::vector<std::wstring>, std::wstring>;
+[[nodiscard]] WrittenFiles SaveImages(const ImageSource& source, ImageFormat format,
+                                      const ImageOptions& options, const std::wstring& path);
+
+}  // namespace rastrel::render

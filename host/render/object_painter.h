@@ -1,0 +1,56 @@
+#pragma once
+
+#include <optional>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "host/render/canvas.h"
+#include "host/text/font_catalog.h"
+
+namespace rastrel::render {
+
+class PictureShelf;
+
+/// Paints single objects of a document on a page: all but groups. What stands wholly beside the
+/// page is left out, as is what a matrix makes nothing or endless of.
+class ObjectPainter {
+ public:
+  /// All must outlive the painter. `page` is the page's lower right corner.
+  ObjectPainter(const document::Document& document, const text::FontCatalog& fonts,
+                document::Notices& notices, PictureShelf& pictures, Point page, Canvas& canvas);
+
+  void Paint(const document::Object& object);
+
+  // One for each kind of shape, for std::visit.
+  void operator()(const document::GroupShape& /*group*/) {}
+  void operator()(const document::PathShape& path);
+  void operator()(const document::TextShape& text);
+  void operator()(const document::PlateShape& plate);
+  void operator()(const document::GraphicShape& graphic);
+  void operator()(const document::DrillShape& drill);
+
+ private:
+  [[nodiscard]] Point OnPage(double x, double y) const;
+  [[nodiscard]] std::optional<Pen> LinePen() const;
+  [[nodiscard]] bool HasMaterial() const;
+  [[nodiscard]] bool IsBesidePage(const document::Shape& shape) const;
+  [[nodiscard]] std::optional<TM> Placed(Point origin, double scaleX, double scaleY, Point upper,
+                                         Point lower) const;
+  void AddPath(const document::PathShape& path, bool closedAlone);
+  void AddRect(const CWorldRect& rect);
+  void AddEllipse(const document::DrillShape& drill);
+  void TellReplacedFonts(const document::TextShape& text);
+  void DrawLine();
+
+  const document::Document& m_Document;
+  const text::FontCatalog& m_Fonts;
+  document::Notices& m_Notices;
+  PictureShelf& m_Pictures;
+  Point m_Page;
+  Canvas& m_Canvas;
+  const document::Attributes* m_Attributes = nullptr;  // of the object that is painted
+  double m_Scale = 1;                                  // of lengths, by its matrix
+  Outline m_Outline;                                   // kept, so that its memory is
+};
+
+}  // namespace rastrel::render

@@ -1,0 +1,108 @@
+#include "host/render/page_renderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "host/document/measure_text.h"
+#include "host/render/object_painter.h"
+#include "host/render/picture_shelf.h"
+
+namespace rastrel::render {
+
+using document::Document;
+using document::Object;
+using document::ObjectHandle;
+
+namespace {
+
+constexpr double PointsPerCentimetre = 72 / 2.54;
+constexpr double Thinnest = 0;
+constexpr Color White{1, 1, 1};
+constexpr Color EdgeGray{0.6, 0.6, 0.6};
+
+bool IsVisible(const Object& object) { return (object.attributes.traits & DBTRAIT_VISIBLE) != 0; }
+
+}  // namespace
+
+PageRenderer::PageRenderer(const Document& document, const text::FontCatalog& fonts,
+                           document::Notices& notices)
+    : m_Document(document),
+      m_Fonts(fonts),
+      m_Notices(notices),
+      m_Pictures(std::make_unique<PictureShelf>(notices)),
+      m_Width(document.Blank().width * PointsPerCentimetre),
+      m_Height(document.Blank().height * PointsPerCentimetre),
+      m_Refusal(Sort()) {}
+
+PageRenderer::~PageRenderer() = default;
+
+std::optional<std::wstring> PageRenderer::Sort() {
+  const document::SignBlank& blank = m_Document.Blank();
+  for (const double side : {m_Width, m_Height}) {
+    if (!(side > 0) || side > LargestPage) {
+      return L"a blank of " + document::SizeText(blank.width, blank.height) +
+             L" can't be drawn: its sides must be above 0 and at most " +
+             document::MeasureText(LargestPage / PointsPerCentimetre) + L" cm";
+    }
+  }
+  std::size_t count = 0;
+  for (const ObjectHandle handle : m_Document.Members(host::DocumentRoot)) {
+    const VK_PAGE_RANGE pages = m_Document.Find(handle)->attributes.pages;
+    if (pages.last > MostPages) {
+      return L"the document has " + std::to_wstring(pages.last) + L" pages; at most " +
+             std::to_wstring(MostPages) + L" can be drawn";
+    }
+    for (int page = std::max(pages.first, 1); page <= pages.last; ++page) {
+      if (++count > MostObjects) {
+        return L"the document has more than " + std::to_wstring(MostObjects) +
+               L" objects on its pages, which are the most that can be drawn";
+      }
+      m_Pages[page].push_back(handle);
+    }
+    m_PageCount = std::max(m_PageCount, pages.last);
+  }
+  return std::nullopt;
+}
+
+void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
+  if (blank) {
+    Outline edge;
+    edge.MoveTo({0, 0});
+    edge.LineTo({m_Width, 0});
+    edge.LineTo({m_Width, m_Height});
+    edge.LineTo({0, m_Height});
+    edge.Close();
+    canvas.Begin(Role::kBlank);
+    canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
+    canvas.End();
+  }
+  const auto found = m_Pages.find(page);
+  if (found == m_Pages.end()) return;
+  ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
+  // Groups may stand in groups to any depth, so what is left to draw is kept here.
+  struct Level {
+    const Handles* members;
+    std::size_t next;
+  };
+  std::vector<Level> levels{{&found->second, 0}};
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.next == level.members->size()) {
+      levels.pop_back();
+      if (!levels.empty()) canvas.EndGroup();
+      continue;
+    }
+    const ObjectHandle handle = (*level.members)[level.next++];
+    const Object& object = *m_Document.Find(handle);
+    if (!IsVisible(object)) continue;
+    if (std::holds_alternative<document::GroupShape>(object.shape)) {
+      canvas.BeginGroup();
+      levels.push_back({&m_Document.Members(handle), 0});
+    } else {
+      painter.Paint(object);
+    }
+  }
+}
+
+}  // namespace rastrel::render

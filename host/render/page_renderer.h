@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "host/render/canvas.h"
+#include "host/text/font_catalog.h"
+
+namespace rastrel::render {
+
+class PictureShelf;
+
+/// Pages and objects that can be drawn at once; an object counts on each page that it stands on.
+inline constexpr int MostPages = 10'000;
+inline constexpr std::size_t MostObjects = 5'000'000;
+/// Points that a page may be wide and high: 352 m.
+inline constexpr double LargestPage = 1'000'000;
+
+/// Draws pages of a document.
+///
+/// Objects are drawn in the document's order. Pages and sheet layer of a group count for all that
+/// it holds; an object that is not visible is not drawn, nor what it holds. What has the invisible
+/// colour is left out.
+///
+/// - The blank is white with a thin gray edge, where it is wanted.
+/// - Panes of a plate are filled with the plate's colour and have an edge: as their line style
+///   says, or else a thin gray one. On a sheet layer without material they have the edge alone.
+/// - Letters have the colour of their run, or that of the text.
+/// - Paths are filled where they are closed, and outlined as their line style says.
+/// - Cut lines are thin, dashed, in their line colour, whatever their style.
+/// - Drill points are a circle in true size with a cross, thin, in their line colour.
+/// - Placed files stand in their box; one that can't be drawn is a crossed box, and is told.
+class PageRenderer {
+ public:
+  /// All must outlive the renderer, and the document must stay as it is.
+  PageRenderer(const document::Document& document, const text::FontCatalog& fonts,
+               document::Notices& notices);
+  ~PageRenderer();
+  PageRenderer(const PageRenderer&) = delete;
+  PageRenderer& operator=(const PageRenderer&) = delete;
+
+  /// Why the document can't be drawn, in words for the user; nothing if it can. Without effect, and
+  /// Draw must not be called, where there is a reason.
+  [[nodiscard]] const std::optional<std::wstring>& Refusal() const { return m_Refusal; }
+  /// At least 1.
+  [[nodiscard]] int PageCount() const { return m_PageCount; }
+  /// Size of a page in points.
+  [[nodiscard]] double Width() const { return m_Width; }
+  [[nodiscard]] double Height() const { return m_Height; }
+
+  /// Draws a page, counted from 1. A page without objects is the blank alone.
+  void Draw(int page, Canvas& canvas, bool blank);
+
+ private:
+  using Handles = std::vector<document::ObjectHandle>;
+
+  [[nodiscard]] std::optional<std::wstring> Sort();
+
+  const document::Document& m_Document;
+  const text::FontCatalog& m_Fonts;
+  document::Notices& m_Notices;
+  std::unique_ptr<PictureShelf> m_Pictures;
+  double m_Width;
+  double m_Height;
+  int m_PageCount = 1;
+  std::unordered_map<int, Handles> m_Pages;  // the document's members on a page
+  std::optional<std::wstring> m_Refusal;
+};
+
+}  // namespace rastrel::render

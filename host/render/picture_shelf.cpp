@@ -1,0 +1,43 @@
+#include "host/render/picture_shelf.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace rastrel::render {
+
+namespace {
+
+constexpr std::size_t MostPictures = 64;
+
+}  // namespace
+
+const graphics::Picture* PictureShelf::Get(const document::GraphicShape& shape) {
+  const auto found = std::ranges::find_if(m_Entries, [&](const Entry& entry) {
+    return entry.bytes == shape.bytes && entry.kind == shape.kind;
+  });
+  if (found != m_Entries.end()) {
+    m_Entries.splice(m_Entries.begin(), m_Entries, found);
+    return m_Entries.front().picture.get();
+  }
+  auto opened = graphics::OpenPicture(shape.kind, shape.bytes);
+  if (!opened)
+    m_Notices.Add(L"the placed file \"" + shape.name + L"\" can't be drawn: " + opened.Error());
+  m_Entries.push_front({shape.bytes, shape.kind, opened ? std::move(*opened) : nullptr});
+  MakeRoom();
+  return m_Entries.front().picture.get();
+}
+
+void PictureShelf::MakeRoom() {
+  std::uint64_t pixels = 0;
+  std::size_t count = 0;
+  for (auto entry = m_Entries.begin(); entry != m_Entries.end(); ++entry) {
+    pixels += entry->picture ? entry->picture->Pixels() : 0;
+    if (++count > 1 && (count > MostPictures || pixels > graphics::MostGraphicPixels)) {
+      m_Entries.erase(entry, m_Entries.end());
+      return;
+    }
+  }
+}
+
+}  // namespace rastrel::render

@@ -1,0 +1,260 @@
+#include "host/render/svg_canvas.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "host/document/base64.h"
+#include "host/graphics/picture.h"
+#include "host/render/picture_png.h"
+#include "host/render/svg_text.h"
+#include "host/text/text_layout.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::render {
+
+namespace {
+
+// A hundred times what the largest page has; numbers stay short.
+constexpr double FarthestPoint = 1e8;
+constexpr double ThinnestPoints = 0.25;
+
+const char* ClassOf(Role role) {
+  switch (role) {
+    case Role::kBlank: return "blank";
+    case Role::kPane: return "plate";
+    case Role::kText: return "text";
+    case Role::kPath: return "path";
+    case Role::kCutLine: return "cut-line";
+    case Role::kDrillPoint: return "drill-point";
+    case Role::kGraphic: return "graphic";
+  }
+  return "";
+}
+
+const char* StretchWord(int stretch) {
+  constexpr const char* words[] = {"ultra-condensed", "extra-condensed", "condensed",
+                                   "semi-condensed",  "normal",          "semi-expanded",
+                                   "expanded",        "extra-expanded",  "ultra-expanded"};
+  return words[std::clamp(stretch, 0, 8)];
+}
+
+bool IsUpright(const TM& place) {
+  return place.a == 1 && place.b == 0 && place.c == 0 && place.d == 1;
+}
+
+void AppendMatrix(std::string& text, const TM& place) {
+  text += "transform=\"matrix(";
+  for (const double part : {place.a, place.b, place.c, place.d}) {
+    AppendNumber(text, part);
+    text += ' ';
+  }
+  AppendMillimetres(text, place.tx);
+  text += ' ';
+  AppendMillimetres(text, place.ty);
+  text += ")\"";
+}
+
+// The family as a string of CSS, within an attribute.
+void AppendFamily(std::string& text, const std::string& family) {
+  text += "font-family=\"'";
+  std::wstring quoted;
+  for (const wchar_t character : os::WideFromUtf8(family)) {
+    if (character == L'\'' || character == L'\\') quoted += L'\\';
+    quoted += character;
+  }
+  AppendEscaped(text, quoted);
+  text += "'\"";
+}
+
+struct CairoEnd {
+  void operator()(cairo_t* context) const { cairo_destroy(context); }
+  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+  void operator()(cairo_path_t* path) const { cairo_path_destroy(path); }
+};
+
+Point Mapped(const TM& place, double x, double y) {
+  return {place.a * x + place.c * y + place.tx, place.b * x + place.d * y + place.ty};
+}
+
+// The outlines of a run on the page. The drawing library keeps 1/256 of a unit, so the letters are
+// drawn large there.
+Outline OutlinesOf(const text::TextLayout& layout, std::size_t run, const TM& place) {
+  const text::PlacedRun& placed = layout.Runs()[run];
+  const double scale = std::clamp(1e6 / std::max({placed.width, placed.size, 1.0}), 1e-3, 64.0);
+  const std::unique_ptr<cairo_surface_t, CairoEnd> surface(
+      cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+  const std::unique_ptr<cairo_t, CairoEnd> context(cairo_create(surface.get()));
+  cairo_scale(context.get(), scale, scale);
+  layout.AddOutlines(context.get(), run);
+  const std::unique_ptr<cairo_path_t, CairoEnd> path(cairo_copy_path(context.get()));
+  Outline outline;
+  for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+    const cairo_path_data_t* data = &path->data[i];
+    const auto point = [&](int number) {
+      return Mapped(place, data[number].point.x, data[number].point.y);
+    };
+    switch (data->header.type) {
+      case CAIRO_PATH_MOVE_TO: outline.MoveTo(point(1)); break;
+      case CAIRO_PATH_LINE_TO: outline.LineTo(point(1)); break;
+      case CAIRO_PATH_CURVE_TO: outline.CurveTo(point(1), point(2), point(3)); break;
+      case CAIRO_PATH_CLOSE_PATH: outline.Close(); break;
+    }
+  }
+  return outline;
+}
+
+}  // namespace
+
+SvgCanvas::SvgCanvas(double width, double height, bool outlines) : m_Outlines(outlines) {
+  m_Text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
+      "version=\"1.1\" width=\"";
+  AppendMillimetres(m_Text, width);
+  m_Text += "mm\" height=\"";
+  AppendMillimetres(m_Text, height);
+  m_Text += "mm\" viewBox=\"0 0 ";
+  AppendMillimetres(m_Text, width);
+  m_Text += ' ';
+  AppendMillimetres(m_Text, height);
+  m_Text += "\">\n";
+}
+
+std::string SvgCanvas::Finish() {
+  m_Text += "</svg>\n";
+  return std::move(m_Text);
+}
+
+double SvgCanvas::Farthest() const { return FarthestPoint; }
+
+void SvgCanvas::Begin(Role role) {
+  m_Text += "<g class=\"";
+  m_Text += ClassOf(role);
+  m_Text += "\">\n";
+}
+void SvgCanvas::End() { m_Text += "</g>\n"; }
+void SvgCanvas::BeginGroup() { m_Text += "<g>\n"; }
+void SvgCanvas::EndGroup() { m_Text += "</g>\n"; }
+
+void SvgCanvas::AddStroke(const Pen& pen) {
+  m_Text += " stroke=\"";
+  AppendColor(m_Text, pen.color);
+  m_Text += "\" stroke-width=\"";
+  AppendMillimetres(m_Text, pen.width > 0 ? pen.width : ThinnestPoints);
+  m_Text += '"';
+  if (pen.dashed) m_Text += " stroke-dasharray=\"1.4 0.5\"";
+}
+
+void SvgCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& inside,
+                            const std::optional<Pen>& pen) {
+  m_Text += "<path d=\"";
+  AppendPath(m_Text, outline);
+  m_Text += "\" fill-rule=\"evenodd\" fill=\"";
+  if (inside) {
+    AppendColor(m_Text, *inside);
+  } else {
+    m_Text += "none";
+  }
+  m_Text += '"';
+  if (pen) AddStroke(*pen);
+  m_Text += "/>\n";
+}
+
+void SvgCanvas::DrawCircle(Point centre, double radius, const Pen& pen) {
+  m_Text += "<circle cx=\"";
+  AppendMillimetres(m_Text, centre.x);
+  m_Text += "\" cy=\"";
+  AppendMillimetres(m_Text, centre.y);
+  m_Text += "\" r=\"";
+  AppendMillimetres(m_Text, radius);
+  m_Text += "\" fill=\"none\"";
+  AddStroke(pen);
+  m_Text += "/>\n";
+}
+
+void SvgCanvas::DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
+                         const TM& place) {
+  if (m_Outlines) {
+    DrawOutlines(layout, run, color, place);
+  } else {
+    DrawLetters(layout, run, color, place);
+  }
+}
+
+void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, const Color& color,
+                            const TM& place) {
+  const text::PlacedRun& placed = layout.Runs()[run];
+  m_Text += "<text xml:space=\"preserve\" ";
+  if (IsUpright(place)) {
+    m_Text += "x=\"";
+    AppendMillimetres(m_Text, place.tx);
+    m_Text += "\" y=\"";
+    AppendMillimetres(m_Text, place.ty);
+    m_Text += '"';
+  } else {
+    AppendMatrix(m_Text, place);
+  }
+  m_Text += ' ';
+  AppendFamily(m_Text, placed.face.family);
+  m_Text += " font-size=\"";
+  AppendMillimetres(m_Text, placed.size);
+  m_Text += '"';
+  if (placed.face.weight != 400) {
+    m_Text += " font-weight=\"" + std::to_string(placed.face.weight) + '"';
+  }
+  if (placed.face.italic) m_Text += " font-style=\"italic\"";
+  if (placed.face.stretch != 4) {
+    m_Text += std::string(" font-stretch=\"") + StretchWord(placed.face.stretch) + '"';
+  }
+  m_Text += " textLength=\"";
+  AppendMillimetres(m_Text, placed.width);
+  m_Text += "\" lengthAdjust=\"spacingAndGlyphs\" fill=\"";
+  AppendColor(m_Text, color);
+  m_Text += "\">";
+  AppendEscaped(m_Text, placed.text);
+  m_Text += "</text>\n";
+}
+
+void SvgCanvas::DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
+                             const TM& place) {
+  const Outline outline = OutlinesOf(layout, run, place);
+  if (outline.steps.empty()) return;
+  m_Text += "<path d=\"";
+  AppendPath(m_Text, outline);
+  m_Text += "\" fill=\"";
+  AppendColor(m_Text, color);
+  m_Text += "\"/>\n";
+}
+
+// A file that is placed several times stands in the SVG once.
+const std::string& SvgCanvas::AddressOf(const graphics::Picture& picture) {
+  const auto [place, added] = m_Pictures.try_emplace(&picture.Bytes());
+  if (!added) return place->second;
+  place->second = "picture-" + std::to_string(m_Pictures.size());
+  m_Text += "<defs><image id=\"" + place->second + "\" width=\"";
+  AppendMillimetres(m_Text, picture.Width());
+  m_Text += "\" height=\"";
+  AppendMillimetres(m_Text, picture.Height());
+  m_Text += "\" preserveAspectRatio=\"none\" xlink:href=\"data:";
+  if (picture.MimeType()) {
+    m_Text +=
+        std::string(picture.MimeType()) + ";base64," + document::Base64FromBytes(picture.Bytes());
+  } else {
+    m_Text += "image/png;base64," + document::Base64FromBytes(PngOfPicture(picture));
+  }
+  m_Text += "\"/></defs>\n";
+  return place->second;
+}
+
+void SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
+  const std::string& address = AddressOf(picture);
+  m_Text += "<use xlink:href=\"#" + address + "\" ";
+  AppendMatrix(m_Text, place);
+  m_Text += "/>\n";
+}
+
+}  // namespace rastrel::render

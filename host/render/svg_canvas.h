@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "host/render/canvas.h"
+
+namespace rastrel::render {
+
+/// Writes a page as SVG 1.1 (https://www.w3.org/TR/SVG11/). A unit of its coordinates is a
+/// millimetre. Text stays text: every run is a `text` element with the family of its font, and with
+/// the length that it has here, so that a viewer with another font keeps to the frame. What an
+/// element is in the document is its class: "blank", "plate", "text", "path", "cut-line",
+/// "drill-point", "graphic".
+class SvgCanvas : public Canvas {
+ public:
+  /// A page of that size in points. With `outlines` every letter is a path.
+  SvgCanvas(double width, double height, bool outlines);
+
+  /// The whole file, once all is drawn.
+  [[nodiscard]] std::string Finish();
+
+  [[nodiscard]] double Farthest() const override;
+  void Begin(Role role) override;
+  void End() override;
+  void BeginGroup() override;
+  void EndGroup() override;
+  void DrawOutline(const Outline& outline, const std::optional<Color>& inside,
+                   const std::optional<Pen>& pen) override;
+  void DrawCircle(Point centre, double radius, const Pen& pen) override;
+  void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
+                const TM& place) override;
+  void DrawPicture(const graphics::Picture& picture, const TM& place) override;
+
+ private:
+  void AddStroke(const Pen& pen);
+  void DrawLetters(const text::TextLayout& layout, std::size_t run, const Color& color,
+                   const TM& place);
+  void DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
+                    const TM& place);
+  [[nodiscard]] const std::string& AddressOf(const graphics::Picture& picture);
+
+  std::string m_Text;
+  bool m_Outlines;
+  std::map<const std::string*, std::string> m_Pictures;  // ids of placed files, by their bytes
+};
+
+}  // namespace rastrel::render

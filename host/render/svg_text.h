@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/render/canvas.h"
+
+/// Pieces of an SVG file.
+namespace rastrel::render {
+
+/// Appends points as millimetres: to a ten-thousandth, with a dot, without closing zeros.
+void AppendMillimetres(std::string& text, double points);
+/// Appends a number without a unit: to a millionth, in the same way.
+void AppendNumber(std::string& text, double number);
+/// Appends "#rrggbb".
+void AppendColor(std::string& text, const Color& color);
+/// Appends text as the content of an element or a value in double quotes. What XML 1.0 can't hold
+/// becomes U+FFFD.
+void AppendEscaped(std::string& text, std::wstring_view content);
+/// Appends the commands of a path.
+void AppendPath(std::string& text, const Outline& outline);
+
+}  // namespace rastrel::render
