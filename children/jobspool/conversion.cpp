@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <utility>
@@ -98,16 +99,37 @@ class Conversion {
     return m_Source.header.resolution.value_or(OrdinaryResolution);
   }
 
-  // A PDF says itself how large its pages are. PostScript that doesn't say what its picture is has
-  // to be run for that.
+  // A PDF sets its page while it runs. PostScript that doesn't say what its picture is has to be
+  // run for that.
   std::optional<RunFailure> FindArea(PictureTask& task) const {
-    if (m_Source.job.layout.kind == corerast::JobKind::Pdf) return {};
+    const bool pdf = m_Source.job.layout.kind == corerast::JobKind::Pdf;
     task.area = m_Source.declared;
-    if (task.area) return {};
+    if (task.area || (pdf && (task.size || task.resolution >= LowestDeviceResolution))) return {};
     const auto measured = Measure(m_Source, m_Context);
     if (const auto* const failure = std::get_if<RunFailure>(&measured)) return *failure;
-    task.area = std::get<PageMeasure>(measured).box;
+    const PointBox& box = std::get<PageMeasure>(measured).box;
+    if (pdf) {
+      task.size = PictureSize{box.Width(), box.Height()};
+    } else {
+      task.area = box;
+    }
     return {};
+  }
+
+  // Said here in words; the interpreter would only fail.
+  [[nodiscard]] std::optional<RunFailure> CheckSize(const PictureTask& task) const {
+    const auto dots = DotsOf(task);
+    const auto limit = m_Context.settings.pagePixels;
+    const auto side = static_cast<double>(corerast::SidePixels);
+    if (!dots || (dots->width <= side && dots->height <= side &&
+                  dots->width * dots->height <= static_cast<double>(limit))) {
+      return {};
+    }
+    const auto whole = [](double value) { return std::to_string(std::llround(value)); };
+    return RunFailure{ExitStatus::Failed,
+                      "The picture would be " + whole(dots->width) + " x " + whole(dots->height) +
+                          " pixels; the limit is " + std::to_string(limit) +
+                          " pixels (RASTREL_RIP_PIXELS) and " + whole(side) + " on a side."};
   }
 
   std::optional<RunFailure> Interpret(const corerast::RunDirectory& directory, unsigned& pages) {
@@ -116,11 +138,9 @@ class Conversion {
     auto& parts = std::get<corerast::RipRun::Parts>(made);
     std::string prefix = SeparationPrefix();
     if (IsPicture()) {
-      PictureTask task;
+      PictureTask task{{}, m_Source.header.size, Resolution(), m_Source.header.cutLines};
       if (auto failure = FindArea(task)) return failure;
-      task.size = m_Source.header.size;
-      task.resolution = Resolution();
-      task.cutLines = m_Source.header.cutLines;
+      if (auto failure = CheckSize(task)) return failure;
       prefix = PicturePrefix(task);
       parts.cutter = !task.cutLines.empty();
     } else {

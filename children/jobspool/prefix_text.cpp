@@ -1,5 +1,6 @@
 #include "children/jobspool/prefix_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -53,35 +54,32 @@ std::string CutLines(const std::vector<CutLine>& lines) {
   return text;
 }
 
-// Lays the area, [ left bottom right top ] on the stack, over the whole picture, whichever way the
-// interpreter would have fitted and turned it.
-constexpr std::string_view Lay =
-    "/queue.lay {\n"
-    "  8 dict begin aload pop /top exch def /right exch def /bottom exch def /left exch def\n"
-    "  /x //queue.dots 0 get right left sub div def\n"
-    "  /y //queue.dots 1 get top bottom sub div def\n"
-    "  [ x 0 0 y neg left x mul neg top y mul ] end setmatrix\n"
-    "} bind def\n";
+// Lays the page that the job sets over a picture of that size in dots.
+constexpr std::string_view LayPage =
+    "currentpagedevice /PageSize get aload pop\n"
+    "      //queue.dots 1 get exch div exch //queue.dots 0 get exch div exch\n"
+    "      [ 3 1 roll 0 exch 0 exch neg 0 //queue.dots 1 get ] setmatrix";
 
-// The picture's size in dots decides about the page, not the size that the job asks for.
-std::string Page(const PictureSize& size, const PictureTask& task) {
-  const double width = size.width * task.resolution / PointsPerInch;
-  const double height = size.height * task.resolution / PointsPerInch;
-  std::string text = "/queue.dots [ " + Number(width) + " " + Number(height) + " ] def\n";
-  text += Lay;
-  text += "/queue.picture {\n  statusdict /printer_desc get /BBoxInches [ 0.0 " +
-          Number(size.height / PointsPerInch) + " " + Number(size.width / PointsPerInch) +
-          " 0.0 ] put\n  InitRIP\n  <<\n    /Install { ";
-  if (task.area) {
-    text += "[ " + Number(task.area->left) + " " + Number(task.area->bottom) + " " +
-            Number(task.area->right) + " " + Number(task.area->top) + " ]";
-  } else {
-    text += "[ 0 0 currentpagedevice /PageSize get aload pop ]";
-  }
-  text +=
-      " //queue.lay exec }\n"
-      "  >> //rip.setpagedevice exec\n} bind def\n/queue.picture SetScaleTarget\n";
-  return text;
+// Lays the area over it. The matrix is set outright, so it doesn't matter how the interpreter has
+// fitted and turned the page that the job asks for.
+std::string LayArea(const PointBox& area, const PictureSize& dots) {
+  const double x = dots.width / area.Width();
+  const double y = dots.height / area.Height();
+  return "[ " + Number(x) + " 0 0 " + Number(-y) + " " + Number(-area.left * x) + " " +
+         Number(area.top * y) + " ] setmatrix";
+}
+
+// A page is made of dots, so a smaller page at a higher resolution has the same ones.
+std::string Page(const PictureSize& dots, const PictureTask& task) {
+  const int device = std::max(task.resolution, LowestDeviceResolution);
+  const std::string told = std::to_string(task.resolution);
+  return "/queue.dots [ " + Number(dots.width) + " " + Number(dots.height) +
+         " ] def\n/queue.picture {\n  statusdict /printer_desc get /BBoxInches [ 0.0 " +
+         Number(dots.height / device) + " " + Number(dots.width / device) +
+         " 0.0 ] put\n  InitRIP\n  (RESOLUTION ) (" + told + " " + told +
+         ") //rip.report exec\n  << /Install {\n      " +
+         (task.area ? LayArea(*task.area, dots) : std::string(LayPage)) +
+         "\n  } bind >> //rip.setpagedevice exec\n} bind def\n/queue.picture SetScaleTarget\n";
 }
 
 }  // namespace
@@ -92,14 +90,19 @@ std::vector<std::string> SpellingsOf(const std::string& name) {
   return {name, utf8};
 }
 
-std::string PicturePrefix(const PictureTask& task) {
-  const std::string dots = std::to_string(task.resolution);
-  std::string text(Start);
-  text += "3Color\n" + dots + " " + dots + " SetXYResolution\n" + CutLines(task.cutLines);
+std::optional<PictureSize> DotsOf(const PictureTask& task) {
   std::optional<PictureSize> size = task.size;
   if (!size && task.area) size = PictureSize{task.area->Width(), task.area->Height()};
-  if (size) text += Page(*size, task);
-  return text + "end\n";
+  if (!size) return {};
+  return PictureSize{std::max(1.0, size->width * task.resolution / PointsPerInch),
+                     std::max(1.0, size->height * task.resolution / PointsPerInch)};
+}
+
+std::string PicturePrefix(const PictureTask& task) {
+  const std::string device = std::to_string(std::max(task.resolution, LowestDeviceResolution));
+  const auto dots = DotsOf(task);
+  return std::string(Start) + "3Color\n" + device + " " + device + " SetXYResolution\n" +
+         CutLines(task.cutLines) + (dots ? Page(*dots, task) : "") + "end\n";
 }
 
 std::string SeparationPrefix() {

@@ -16,6 +16,13 @@ struct PictureTask {
   std::vector<CutLine> cutLines;    ///< their paths are taken out
 };
 
+/// Dots per inch below which the interpreter's screens fail. A task below it has a size or an area.
+inline constexpr int LowestDeviceResolution = 4;
+
+/// The picture's size in dots, not rounded and at least 1 each way; nothing if the job's page tells
+/// it.
+[[nodiscard]] std::optional<PictureSize> DotsOf(const PictureTask& task);
+
 /// The PostScript that goes ahead of a job whose first page becomes a picture: RGB, filled from
 /// edge to edge by the area, whatever the job asks of its device.
 [[nodiscard]] std::string PicturePrefix(const PictureTask& task);

@@ -255,6 +255,16 @@ TEST_F(QueueConvert, a_pdf_fills_a_page_size_too) {
   EXPECT_EQ(Page().At(42, 38), "255,255,255");
 }
 
+TEST_F(QueueConvert, a_pdf_has_any_resolution_too) {
+  for (const unsigned resolution : {1U, 3U, 4U}) {
+    m_Bench.Job("vkaaaaaa.jhdr", Header("%# KVI_Res= " + std::to_string(resolution) + "\r\n"));
+    ASSERT_EQ(Run(Pdf, "vkaaaaaa.pdf").status, 0);
+    EXPECT_NEAR(Page().width, 200 * resolution / 72.0, 0.51);
+    EXPECT_NEAR(Page().height, 300 * resolution / 72.0, 0.51);
+    EXPECT_EQ(CheckedInfo(m_Stem + ".cfm").xResolution, resolution);
+  }
+}
+
 TEST_F(QueueConvert, a_job_without_a_header_is_separated_page_by_page) {
   RunWell(
       "%!PS\n<< /PageSize [ 72 72 ] >> setpagedevice 0 1 0 0 setcmykcolor 0 0 36 72 rectfill "
@@ -386,6 +396,32 @@ TEST_F(QueueConvert, a_picture_that_is_too_large_is_refused) {
   EXPECT_EQ(outcome.status, 3);
   ExpectNothing(outcome);
   EXPECT_NE(outcome.reports.find("RASTREL_RIP_PIXELS"), std::string::npos);
+}
+
+TEST_F(QueueConvert, a_picture_has_a_pixel_at_least_and_any_resolution) {
+  RunWell(Header("%#PageSize=Custom,0.1,72.0\r\n%# KVI_Res= 72\r\n") + Eps);
+  EXPECT_EQ(Page().width, 1U);
+  EXPECT_EQ(Page().height, 72U);
+  for (const unsigned resolution : {1U, 2U, 3U, 4U, 5U, 9U}) {
+    RunWell(
+        Header("%#PageSize=Custom,1440,720\r\n%# KVI_Res= " + std::to_string(resolution) + "\r\n") +
+        Eps);
+    const Pixels page = Page();
+    ASSERT_EQ(page.width, 20 * resolution);
+    ASSERT_EQ(page.height, 10 * resolution);
+    EXPECT_EQ(page.At(0, 10 * resolution - 1), "0,0,255");
+    EXPECT_EQ(page.At(20 * resolution - 1, 0), "0,255,0");
+    EXPECT_EQ(page.At(10 * resolution, 0), "255,255,255");
+    EXPECT_EQ(CheckedInfo(m_Stem + ".cfm").xResolution, resolution);
+  }
+}
+
+TEST_F(QueueConvert, a_box_without_bounds_is_refused_in_words) {
+  const Outcome outcome =
+      Run(Header("%# KVI_Res= 72\r\n") + "%!PS\n%%BoundingBox: 0 0 9999999 9999999\nshowpage\n");
+  EXPECT_EQ(outcome.status, 3);
+  ExpectNothing(outcome);
+  EXPECT_NE(outcome.reports.find("9999999 x 9999999 pixels"), std::string::npos) << outcome.reports;
 }
 
 TEST_F(QueueConvert, an_endless_job_ends_at_the_limit) {
