@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +26,8 @@ struct RunDescription {
   std::string mode;     ///< "FOLDER/NAME"
   double xResolution = 72;
   double yResolution = 72;
+  /// What becomes of the samples of planes with these names, whose levels the interpreter leaves.
+  std::map<std::string, std::array<std::uint8_t, 256>> transfers;
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 

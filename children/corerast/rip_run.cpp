@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t PixelBufferSize = 262144;
 constexpr std::size_t WordBytes = 16;
 constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite of four
+constexpr std::size_t TransferSize = 256;      // of a plane's table, a byte for each sample
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
 constexpr std::int64_t ProgressInterval = 50 * NanosecondsPerMillisecond;
@@ -216,6 +217,9 @@ void RipRun::HandleReport(const Report& report) {
       run.xResolution = x;
       run.yResolution = y;
     }
+  } else if (report.key == "TRANSFER" && report.value.size() > TransferSize) {
+    std::ranges::copy(std::string_view(report.value).substr(0, TransferSize),
+                      run.transfers[report.value.substr(TransferSize)].begin());
   } else if (report.key == "WARNING") {
     m_Reporter.Warning(report.value);
   } else if (report.key == "LOG") {

@@ -123,9 +123,48 @@ os::Outcome<PageSize> CheckPlane(const std::string& path) {
   return *size;
 }
 
+// Writes a plane again with other samples, and removes it where it was.
+os::Outcome<os::Done> MoveChanged(const std::string& source, const std::string& target,
+                                  const PageSize& size,
+                                  const std::array<std::uint8_t, 256>& transfer) {
+  const Tiff from = OpenTiff(source);
+  const Tiff to(TIFFOpen(target.c_str(), "w"));
+  if (!from || !to) return os::Failure{"open", from ? target : source, EINVAL};
+  TIFFSetField(to.get(), TIFFTAG_IMAGEWIDTH, size.width);
+  TIFFSetField(to.get(), TIFFTAG_IMAGELENGTH, size.height);
+  TIFFSetField(to.get(), TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(to.get(), TIFFTAG_SAMPLESPERPIXEL, 1);
+  TIFFSetField(to.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+  TIFFSetField(to.get(), TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  TIFFSetField(to.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  for (const ttag_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION}) {
+    float resolution = 0;
+    if (TIFFGetField(from.get(), tag, &resolution) == 1) {
+      TIFFSetField(to.get(), tag, static_cast<double>(resolution));
+    }
+  }
+  TIFFSetField(to.get(), TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  TIFFSetField(to.get(), TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(to.get(), 0));
+  std::vector<std::uint8_t> samples(static_cast<std::size_t>(TIFFScanlineSize64(from.get())));
+  if (samples.size() != size.width) return os::Failure{"read", source, EINVAL};
+  for (unsigned row = 0; row < size.height; ++row) {
+    if (TIFFReadScanline(from.get(), samples.data(), row) < 0) {
+      return os::Failure{"read", source, EINVAL};
+    }
+    for (std::uint8_t& sample : samples) sample = transfer[sample];
+    if (TIFFWriteScanline(to.get(), samples.data(), row) < 0) {
+      return os::Failure{"write", target, errno != 0 ? errno : ENOSPC};
+    }
+  }
+  if (TIFFFlush(to.get()) != 1) return os::Failure{"write", target, errno != 0 ? errno : ENOSPC};
+  if (unlink(source.c_str()) != 0) return os::Failure{"remove", source, errno};
+  return os::Done{};
+}
+
 // Moves a plane to its page and takes it into the info.
-os::Outcome<os::Done> TakePlane(const PlaneFile& plane, const std::string& workDirectory,
-                                const std::string& directory, children::PageInfo& info) {
+os::Outcome<os::Done> TakePlane(const PlaneFile& plane, const RunDescription& run,
+                                const std::string& workDirectory, const std::string& directory,
+                                children::PageInfo& info) {
   const std::size_t spot = info.planes.size() + 1 - ProcessNames.size();
   const std::string name = plane.rank < ProcessFiles.size()
                                ? std::string(ProcessFiles[plane.rank])
@@ -139,7 +178,11 @@ os::Outcome<os::Done> TakePlane(const PlaneFile& plane, const std::string& workD
   } else if (size->width != info.width || size->height != info.height) {
     return os::Failure{"compare planes", source, EINVAL};
   }
-  if (rename(source.c_str(), (directory + "/" + name).c_str()) != 0) {
+  const std::string target = directory + "/" + name;
+  if (const auto transfer = run.transfers.find(plane.name); transfer != run.transfers.end()) {
+    const auto moved = MoveChanged(source, target, *size, transfer->second);
+    if (!moved) return moved.Error();
+  } else if (rename(source.c_str(), target.c_str()) != 0) {
     return os::Failure{"rename", source, errno};
   }
   const auto described = DescribeFile(directory, name);
@@ -195,7 +238,7 @@ os::Outcome<os::Done> MakeSeparationPage(const std::string& workDirectory,
   info.colour = planes.size() > ProcessNames.size() ? children::PageColour::Separations
                                                     : children::PageColour::Cmyk;
   for (const PlaneFile& plane : planes) {
-    const auto taken = TakePlane(plane, workDirectory, directory, info);
+    const auto taken = TakePlane(plane, run, workDirectory, directory, info);
     if (!taken) return taken.Error();
     if (std::uint64_t{info.width} * info.height > pixelLimit) {
       return os::Failure{"take", directory, EFBIG};

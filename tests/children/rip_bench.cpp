@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/wait.h>
+#include <tiffio.h>
 #include <unistd.h>
 
 #include <array>
@@ -130,6 +131,17 @@ Pixels ReadNetpbm(const std::string& path) {
   EXPECT_EQ(largest, 255U) << path;
   EXPECT_EQ(pixels.samples.size(), std::size_t{pixels.width} * pixels.height * pixels.channels);
   return pixels;
+}
+
+int PlaneSample(const std::string& path, unsigned x, unsigned y) {
+  TIFF* const file = TIFFOpen(path.c_str(), "r");
+  if (file == nullptr) return -1;
+  std::vector<unsigned char> row(static_cast<std::size_t>(TIFFScanlineSize64(file)));
+  for (unsigned line = 0; line <= y; ++line) {
+    if (TIFFReadScanline(file, row.data(), line) < 0) row.assign(row.size(), 0);
+  }
+  TIFFClose(file);
+  return row.at(x);
 }
 
 RipBench::RipBench(const std::string& rootName) : m_Root(m_Scratch.Path(rootName)) {

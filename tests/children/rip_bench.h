@@ -35,6 +35,9 @@ struct Pixels {
 };
 [[nodiscard]] Pixels ReadNetpbm(const std::string& path);
 
+/// A sample of a TIFF file of one plane; -1 if there is no such file.
+[[nodiscard]] int PlaneSample(const std::string& path, unsigned x, unsigned y);
+
 /// A data root, in a directory of that name below a temporary one, with the RIP installed.
 class RipBench {
  public:

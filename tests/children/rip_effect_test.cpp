@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -68,6 +70,82 @@ TEST(LevelsEffect, of_a_gamma_is_what_the_tables_bytes_say) {
   const int mean = (below + above) / 2;
   EXPECT_NEAR(mean, 99, 1);
   ExpectNear(GrayUnder(settings), {mean, mean, mean}, 2);
+}
+
+// A patch of half a colour for each plane, side by side on a page of 120 by 20 points.
+const std::string Patches = Page(
+    120, 20,
+    "0.5 0 0 0 setcmykcolor 0 0 20 20 rectfill 0 0.5 0 0 setcmykcolor 20 0 20 20 rectfill "
+    "0 0 0.5 0 setcmykcolor 40 0 20 20 rectfill 0 0 0 0.5 setcmykcolor 60 0 20 20 rectfill "
+    "[/Separation (Hexachrome Orange) cvn /DeviceCMYK {0 exch dup 0}] setcolorspace 0.5 setcolor "
+    "80 0 20 20 rectfill [/Separation (Hexachrome Green) cvn /DeviceCMYK {0 exch 0}] setcolorspace "
+    "0.5 setcolor "
+    "100 0 20 20 rectfill");
+
+// The sample of each plane in the middle of its own patch, by the plane's name.
+std::map<std::string, int> PatchesUnder(const CJobData& settings, const std::string& mode) {
+  const RipBench bench;
+  const std::string page =
+      OnlyPage(bench, PrefixOf(bench, prefix::LevelsSection(settings), mode), Patches);
+  std::map<std::string, int> samples;
+  const children::PageInfo info = CheckedInfo(page);
+  for (const children::PagePlane& plane : info.planes) {
+    const Names order{"Cyan",  "Magenta",           "Yellow",
+                      "Black", "Hexachrome Orange", "Hexachrome Green"};
+    const auto place = std::ranges::find(order, plane.name) - order.begin();
+    samples[plane.name] =
+        PlaneSample(page + "/" + plane.file, static_cast<unsigned>(place) * 20 + 10, 10);
+  }
+  return samples;
+}
+
+// The prefix asks the device for its first name, and takes its other branch for six colours: the
+// extra planes have the levels of red and green.
+TEST(LevelsEffect, of_six_colours_gives_the_extra_planes_those_of_red_and_green) {
+  REQUIRE_GHOSTSCRIPT();
+  CJobData settings = WithLevels(0, 1, 255);
+  settings.LevelsLinked = false;
+  const auto plain = PatchesUnder(settings, "6Color");
+  ASSERT_EQ(plain.size(), 6U);
+  for (const auto& [name, sample] : plain) EXPECT_NEAR(sample, 127, 1) << name;
+  // By High 128, red halves the light that its planes let through.
+  settings.Levels[1].High = 128;
+  const auto red = PatchesUnder(settings, "6Color");
+  for (const auto& [name, sample] : red) {
+    EXPECT_NEAR(sample, name == "Cyan" || name == "Hexachrome Orange" ? 63 : 127, 1) << name;
+  }
+  settings.Levels[1].High = 255;
+  settings.Levels[2].High = 64;
+  const auto green = PatchesUnder(settings, "6Color");
+  for (const auto& [name, sample] : green) {
+    EXPECT_NEAR(sample, name == "Magenta" || name == "Hexachrome Green" ? 31 : 127, 1) << name;
+  }
+  // The same separations beside four colours have no levels.
+  const auto four = PatchesUnder(settings, "4Color");
+  ASSERT_EQ(four.size(), 6U);
+  for (const auto& [name, sample] : four) {
+    EXPECT_NEAR(sample, name == "Magenta" ? 31 : 127, 1) << name;
+  }
+}
+
+TEST(SixColours, have_their_planes_on_every_page_and_further_spots_too) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string gold =
+      "[/Separation /Gold /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor 0 0 9 9 rectfill";
+  for (const auto& [job, names] :
+       {std::pair(Page(72, 72, ""), Names{"Cyan", "Magenta", "Yellow", "Black", "Hexachrome Green",
+                                          "Hexachrome Orange"}),
+        std::pair(Page(72, 72, gold), Names{"Cyan", "Magenta", "Yellow", "Black", "Gold",
+                                            "Hexachrome Green", "Hexachrome Orange"})}) {
+    const std::string page = OnlyPage(bench, bench.Prefix("Hexachrome/300 dpi.ps"), job);
+    const children::PageInfo info = CheckedInfo(page);
+    Names planes;
+    for (const children::PagePlane& plane : info.planes) planes.push_back(plane.name);
+    EXPECT_EQ(planes, names);
+    EXPECT_EQ(info.xResolution, 300);
+    EXPECT_EQ(info.mode, "Hexachrome/300 dpi.ps");
+  }
 }
 
 // ---- Scaling ----

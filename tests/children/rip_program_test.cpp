@@ -1,7 +1,6 @@
 // The RIP as the library runs it, on jobs that go well.
 
 #include <gtest/gtest.h>
-#include <tiffio.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -53,18 +52,6 @@ std::string OnlyPage(const Outcome& outcome) {
   EXPECT_EQ(pages.size(), 1U) << outcome.output;
   return pages.size() == 1 ? pages.front() : "";
 }
-
-int PlaneSample(const std::string& path, unsigned x, unsigned y) {
-  TIFF* const file = TIFFOpen(path.c_str(), "r");
-  if (file == nullptr) return -1;
-  std::vector<unsigned char> row(static_cast<std::size_t>(TIFFScanlineSize64(file)));
-  for (unsigned line = 0; line <= y; ++line) {
-    if (TIFFReadScanline(file, row.data(), line) < 0) row.assign(row.size(), 0);
-  }
-  TIFFClose(file);
-  return row.at(x);
-}
-
 TEST(Rip, makes_one_directory_a_page) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
