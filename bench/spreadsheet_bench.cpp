@@ -1,0 +1,343 @@
+// The command's text of spreadsheets against the programs that people use for it, against inflating
+// the package alone, and its memory against a tree of the same document. Every call is a whole
+// process from its start to its end by the wall's clock: a user waits for the text, and start-up is
+// a part of that.
+#include <fcntl.h>
+#include <libxml/parser.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zip.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bench/measure.h"
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace bench = rastrel::bench;
+
+constexpr int Rows = 200000;
+constexpr int Columns = 10;
+constexpr int SmallRows = 50;
+constexpr int Strings = 50000;
+constexpr int Rounds = 3;
+
+// What a process took.
+struct Cost {
+  double milliseconds = 0;
+  double peakMiB = 0;
+};
+
+// Runs a program to its end, in silence. No cost if it is not installed; another failure is the end
+// of the benchmark, since the time of a program that fails tells nothing.
+Cost Run(std::vector<std::string> arguments) {
+  std::vector<char*> list;
+  for (std::string& argument : arguments) list.push_back(argument.data());
+  list.push_back(nullptr);
+  int status = 0;
+  rusage used{};
+  Cost cost;
+  cost.milliseconds = bench::Milliseconds(bench::Clock::Wall, [&] {
+    const pid_t process = vfork();
+    if (process == 0) {
+      const int nothing = open("/dev/null", O_RDWR);
+      for (const int stream : {0, 1, 2}) dup2(nothing, stream);
+      execvp(list[0], list.data());
+      _exit(127);
+    }
+    if (process < 0 || wait4(process, &status, 0, &used) != process) std::exit(1);
+  });
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 127) return {};
+  if (status != 0) {
+    std::fprintf(stderr, "%s ended with status %d\n", arguments[0].c_str(), status);
+    std::exit(1);
+  }
+  cost.peakMiB = static_cast<double>(used.ru_maxrss) / 1024.0;
+  return cost;
+}
+
+// Cells of the two documents, the same in both: texts, whole numbers, fractions, and a gap now and
+// then.
+class Cells {
+ public:
+  enum class Kind { Gap, Text, Whole, Fraction };
+  struct Cell {
+    Kind kind;
+    int text;       // number of the text
+    double number;  // else
+  };
+  Cell Next(int column) {
+    if (m_Random() % 20 == 0) return {Kind::Gap, 0, 0};
+    if (column % 3 == 0) return {Kind::Text, static_cast<int>(m_Random() % Strings), 0};
+    if (column % 3 == 1) return {Kind::Whole, 0, static_cast<double>(m_Random() % 100000)};
+    return {Kind::Fraction, 0, static_cast<double>(m_Random() % 1000000007) / 1048576.0};
+  }
+
+ private:
+  std::mt19937 m_Random{1};
+};
+
+std::string TextOf(int number) { return "Label " + std::to_string(number) + " of the list"; }
+
+std::string Printed(double number) {
+  char text[40];
+  std::snprintf(text, sizeof(text), "%.15g", number);
+  return text;
+}
+
+void WriteSheet(const std::string& path, int rows) {
+  std::ofstream file(path, std::ios::binary);
+  file << "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<worksheet "
+          "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>";
+  Cells cells;
+  for (int row = 1; row <= rows; ++row) {
+    file << "<row r=\"" << row << "\" spans=\"1:10\">";
+    for (int column = 0; column < Columns; ++column) {
+      const Cells::Cell cell = cells.Next(column);
+      if (cell.kind == Cells::Kind::Gap) continue;
+      file << "<c r=\"" << static_cast<char>('A' + column) << row;
+      if (cell.kind == Cells::Kind::Text)
+        file << "\" t=\"s\"><v>" << cell.text;
+      else
+        file << "\"><v>" << Printed(cell.number);
+      file << "</v></c>";
+    }
+    file << "</row>";
+  }
+  file << "</sheetData></worksheet>";
+}
+
+void WriteContent(const std::string& path, int rows) {
+  std::ofstream file(path, std::ios::binary);
+  const std::string names = "urn:oasis:names:tc:opendocument:xmlns:";
+  file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<office:document-content xmlns:office=\""
+       << names << "office:1.0\" xmlns:table=\"" << names << "table:1.0\" xmlns:text=\"" << names
+       << "text:1.0\" office:version=\"1.3\"><office:body><office:spreadsheet>"
+          "<table:table table:name=\"S\"><table:table-column "
+          "table:number-columns-repeated=\"10\"/>";
+  Cells cells;
+  for (int row = 1; row <= rows; ++row) {
+    file << "<table:table-row>";
+    for (int column = 0; column < Columns; ++column) {
+      const Cells::Cell cell = cells.Next(column);
+      if (cell.kind == Cells::Kind::Gap) {
+        file << "<table:table-cell/>";
+        continue;
+      }
+      const std::string shown =
+          cell.kind == Cells::Kind::Text ? TextOf(cell.text) : Printed(cell.number);
+      file << "<table:table-cell office:value-type=";
+      if (cell.kind == Cells::Kind::Text)
+        file << "\"string\"";
+      else
+        file << "\"float\" office:value=\"" << shown << '"';
+      file << "><text:p>" << shown << "</text:p></table:table-cell>";
+    }
+    file << "</table:table-row>";
+  }
+  file << "</table:table></office:spreadsheet></office:body></office:document-content>";
+}
+
+std::string SharedStrings() {
+  std::string text = "<sst xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\">";
+  for (int number = 0; number < Strings; ++number) text += "<si><t>" + TextOf(number) + "</t></si>";
+  return text + "</sst>";
+}
+
+// Makes a package of parts: a file's path begins with a slash, anything else is the content itself.
+void WriteZip(const std::string& path,
+              const std::vector<std::pair<std::string, std::string>>& parts) {
+  int error = 0;
+  zip_t* const package = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+  if (package == nullptr) std::exit(1);
+  for (const auto& [name, content] : parts) {
+    zip_source_t* const source =
+        content.starts_with('/') ? zip_source_file(package, content.c_str(), 0, -1)
+                                 : zip_source_buffer(package, content.data(), content.size(), 0);
+    if (zip_file_add(package, name.c_str(), source, ZIP_FL_ENC_UTF_8) < 0) std::exit(1);
+  }
+  if (zip_close(package) != 0) std::exit(1);
+}
+
+void WriteWorkbook(const std::string& path, const std::string& sheet) {
+  const std::string office = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+  const std::string package = "http://schemas.openxmlformats.org/package/2006/";
+  const std::string kind = "application/vnd.openxmlformats-officedocument.spreadsheetml.";
+  const std::string relationships = "<Relationships xmlns=\"" + package + "relationships\">";
+  const auto link = [&](const char* id, const char* type, const char* target) {
+    return std::string("<Relationship Id=\"") + id + "\" Type=\"" + office + "/" + type +
+           "\" Target=\"" + target + "\"/>";
+  };
+  const auto type = [&](const char* part, const char* name) {
+    return std::string("<Override PartName=\"/xl/") + part + "\" ContentType=\"" + kind + name +
+           "+xml\"/>";
+  };
+  WriteZip(
+      path,
+      {{"[Content_Types].xml",
+        "<Types xmlns=\"" + package + "content-types\"><Default Extension=\"rels\" ContentType=\"" +
+            "application/vnd.openxmlformats-package.relationships+xml\"/>" +
+            type("workbook.xml", "sheet.main") + type("worksheets/sheet1.xml", "worksheet") +
+            type("sharedStrings.xml", "sharedStrings") + "</Types>"},
+       {"_rels/.rels",
+        relationships + link("rId1", "officeDocument", "xl/workbook.xml") + "</Relationships>"},
+       {"xl/workbook.xml",
+        "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" xmlns:r=\"" +
+            office +
+            "\"><sheets><sheet name=\"S\" sheetId=\"1\" r:id=\"rId1\"/></sheets></workbook>"},
+       {"xl/_rels/workbook.xml.rels",
+        relationships + link("rId1", "worksheet", "worksheets/sheet1.xml") +
+            link("rId2", "sharedStrings", "sharedStrings.xml") + "</Relationships>"},
+       {"xl/sharedStrings.xml", SharedStrings()},
+       {"xl/worksheets/sheet1.xml", sheet}});
+}
+
+void WriteOpenDocument(const std::string& path, const std::string& content) {
+  const std::string type = "application/vnd.oasis.opendocument.spreadsheet";
+  WriteZip(path, {{"mimetype", type},
+                  {"META-INF/manifest.xml",
+                   "<manifest:manifest xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:"
+                   "manifest:1.0\" manifest:version=\"1.3\"><manifest:file-entry "
+                   "manifest:full-path=\"/\" manifest:media-type=\"" +
+                       type +
+                       "\"/><manifest:file-entry manifest:full-path=\"content.xml\" "
+                       "manifest:media-type=\"text/xml\"/></manifest:manifest>"},
+                  {"content.xml", content}});
+}
+
+// The two modes in which this program is its own peer.
+
+int InflateAll(const char* path) {
+  zip_t* const package = zip_open(path, ZIP_RDONLY, nullptr);
+  if (package == nullptr) return 1;
+  std::vector<char> piece(std::size_t{64} << 10);
+  for (zip_int64_t entry = 0; entry < zip_get_num_entries(package, 0); ++entry) {
+    zip_file_t* const file = zip_fopen_index(package, static_cast<zip_uint64_t>(entry), 0);
+    if (file == nullptr) return 1;
+    zip_int64_t count = 1;
+    while (count > 0) count = zip_fread(file, piece.data(), piece.size());
+    if (count < 0 || zip_fclose(file) != 0) return 1;
+  }
+  zip_discard(package);
+  return 0;
+}
+
+int LoadTree(const char* path) {
+  return xmlReadFile(path, nullptr, XML_PARSE_NONET | XML_PARSE_HUGE) != nullptr ? 0 : 1;
+}
+
+struct Peer {
+  std::string name;
+  std::vector<std::string> arguments;
+  double limit;
+};
+
+class Bench {
+ public:
+  explicit Bench(std::string self) : m_Self(std::move(self)) {
+    fs::create_directory(m_Folder);
+    ::setenv("RASTREL_HOME", (m_Folder / "home").c_str(), 1);
+    WriteSheet(Path("sheet.xml"), Rows);
+    WriteSheet(Path("small.xml"), SmallRows);
+    WriteContent(Path("content.xml"), Rows);
+    WriteContent(Path("small-content.xml"), SmallRows);
+    WriteWorkbook(Path("large.xlsx"), Path("sheet.xml"));
+    WriteWorkbook(Path("small.xlsx"), Path("small.xml"));
+    WriteOpenDocument(Path("large.ods"), Path("content.xml"));
+    WriteOpenDocument(Path("small.ods"), Path("small-content.xml"));
+    Run(LibreOffice("small.xlsx"));  // makes its profile, which no round is to pay for
+  }
+  ~Bench() {
+    std::error_code ignored;
+    fs::remove_all(m_Folder, ignored);
+  }
+  Bench(const Bench&) = delete;
+  Bench& operator=(const Bench&) = delete;
+
+  // Ours and all peers in turn, a line a peer. `rows` is 0 where cells a second tell nothing.
+  void Measure(const std::string& what, const std::string& file, const std::string& document,
+               int rows) {
+    std::vector<double> ours;
+    std::map<std::string, std::vector<double>> theirs;
+    double peak = 0;
+    const std::vector<Peer> peers = PeersFor(file);
+    for (int round = 0; round < Rounds; ++round) {
+      const Cost own = Run({m_Command, "sheet", Path(file), "-o", Path("ours.tsv")});
+      if (own.milliseconds <= 0) std::exit(1);
+      ours.push_back(own.milliseconds);
+      peak = std::max(peak, own.peakMiB);
+      for (const Peer& peer : peers)
+        if (const Cost cost = Run(peer.arguments); cost.milliseconds > 0)
+          theirs[peer.name].push_back(cost.milliseconds);
+    }
+    const double our = bench::Median(ours);
+    for (const Peer& peer : peers) {
+      if (theirs[peer.name].empty()) continue;
+      const double their = bench::Median(theirs[peer.name]);
+      std::printf("bench\t%s to text\t%.1f\tms\t%s\t%.1f\t%.3f\t%.2f\n", what.c_str(), our,
+                  peer.name.c_str(), their, our / their, peer.limit);
+      if (rows > 0 && peer.name == "LibreOffice")
+        std::printf("bench\t%s, cells a second\t%.2f\tmillion\t%s\t%.2f\t%.1f\t-\n", what.c_str(),
+                    rows * Columns / our / 1e3, peer.name.c_str(), rows * Columns / their / 1e3,
+                    their / our);
+    }
+    if (rows > 0) {
+      const double tree = Run({m_Self, "--tree", Path(document)}).peakMiB;
+      std::printf(
+          "bench\t%s to text, peak memory\t%.1f\tMiB\ttree of the document\t%.1f\t%.3f\t0.10\n",
+          what.c_str(), peak, tree, peak / tree);
+    }
+    std::fflush(stdout);
+  }
+
+ private:
+  [[nodiscard]] std::string Path(const std::string& name) const { return m_Folder / name; }
+
+  [[nodiscard]] std::vector<std::string> LibreOffice(const std::string& file) const {
+    return {"soffice",      "-env:UserInstallation=file://" + Path("profile"),
+            "--headless",   "--convert-to",
+            "csv",          "--outdir",
+            Path("office"), Path(file)};
+  }
+
+  [[nodiscard]] std::vector<Peer> PeersFor(const std::string& file) const {
+    std::vector<Peer> peers = {{"LibreOffice", LibreOffice(file), 0.15}};
+    if (file.ends_with(".xlsx"))
+      peers.push_back({"xlsx2csv", {"xlsx2csv", Path(file), Path("theirs.csv")}, 0.12});
+    peers.push_back({"ssconvert", {"ssconvert", Path(file), Path("theirs.csv")}, 0.10});
+    if (file.starts_with("large"))
+      peers.push_back({"inflating alone", {m_Self, "--inflate", Path(file)}, 5.0});
+    return peers;
+  }
+
+  std::string m_Self;
+  std::string m_Command = fs::path(m_Self).parent_path().parent_path() / "bin/rastrel";
+  fs::path m_Folder =
+      fs::temp_directory_path() / ("spreadsheet-bench-" + std::to_string(::getpid()));
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count == 3 && std::string(arguments[1]) == "--inflate") return InflateAll(arguments[2]);
+  if (count == 3 && std::string(arguments[1]) == "--tree") return LoadTree(arguments[2]);
+  Bench bench(fs::read_symlink("/proc/self/exe"));
+  bench.Measure("Excel, 200,000 rows by 10", "large.xlsx", "sheet.xml", Rows);
+  bench.Measure("OpenOffice, 200,000 rows by 10", "large.ods", "content.xml", Rows);
+  bench.Measure("Excel, 50 rows by 10", "small.xlsx", "small.xml", 0);
+  bench.Measure("OpenOffice, 50 rows by 10", "small.ods", "small-content.xml", 0);
+  return 0;
+}
