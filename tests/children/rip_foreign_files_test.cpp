@@ -3,16 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "rastrel/prefix/cutter.h"
 #include "rastrel/prefix/preview_sections.h"
+#include "tests/children/queue_bench.h"
 #include "tests/children/rip_effects.h"
 
 namespace rastrel::corerast::testing {
 namespace {
+
+constexpr double HalfPixel = 0.5 * 72 / 300;  // in points, at the tests' resolution
+constexpr const char* Mode300 = "3Color 300 300 SetXYResolution";
+
+std::string TextOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
 
@@ -58,6 +70,91 @@ TEST(ForeignFile, that_is_postscript_loses_its_outlines_to_the_cut_paths) {
     ASSERT_TRUE(RunCommand(command));
     const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
     ExpectOutlineCut(Pages(bench.Run({prefix, job}), 1).front());
+  }
+}
+
+// Inkscape takes longer to install than all else together, so where it is missing this is left out.
+TEST(ForeignFile, of_inkscape_loses_its_outlines_to_the_cut_paths) {
+  REQUIRE_GHOSTSCRIPT();
+  if (!HaveProgram("inkscape")) GTEST_SKIP() << "Inkscape is not installed.";
+  const RipBench bench;
+  const std::string drawing = bench.File(
+      "job.svg",
+      R"(<svg xmlns="http://www.w3.org/2000/svg" width="144pt" height="144pt" viewBox="0 0 144 144">
+<rect x="30" y="34" width="20" height="20" fill="#0000ff"/>
+<rect x="20" y="74" width="100" height="50" fill="none" stroke="#ff0000" stroke-width="2"/>
+</svg>
+)");
+  const std::string out = drawing.substr(0, drawing.size() - 4);
+  ASSERT_TRUE(
+      RunCommand("inkscape " + Quoted(drawing) +
+                 " --export-area-page --export-type=eps,ps,pdf --export-filename=" + Quoted(out)));
+  const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
+  for (const std::string type : {".ps", ".pdf"}) {
+    SCOPED_TRACE(type);
+    ExpectOutlineCut(Pages(bench.Run({prefix, out + type}), 1).front());
+  }
+  // The EPS is cropped to what is drawn, whose box its comment tells.
+  const std::string eps = TextOf(out + ".eps");
+  std::istringstream box(eps.substr(eps.find("%%BoundingBox:") + 14));
+  double left = 0;
+  double bottom = 0;
+  ASSERT_TRUE(box >> left >> bottom);
+  const std::string page = Pages(bench.Run({prefix, out + ".eps"}), 1).front();
+  const std::vector<CutPath> paths = CutPathsOf(page);
+  ASSERT_EQ(paths.size(), 1U);
+  for (const auto& [x, y] : {std::pair(20, 20), {120, 20}, {120, 70}, {20, 70}}) {
+    EXPECT_TRUE(paths[0].Passes(x - left, y - bottom, 0.5)) << x << " " << y;
+  }
+  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+}
+
+// The numbers before a word that ends a segment: "1 2 m", "1 2 3 4 5 6 C". A reading of the file's
+// own text, with no interpreter in between.
+std::vector<double> PointsInText(const std::string& text) {
+  std::vector<double> points;
+  std::vector<double> numbers;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    char* end = nullptr;
+    const double number = std::strtod(word.c_str(), &end);
+    if (*end == '\0') {
+      numbers.push_back(number);
+    } else {
+      if (word == "m" || word == "L" || word == "l" || word == "C" || word == "c") {
+        points.insert(points.end(), numbers.begin(), numbers.end());
+      }
+      numbers.clear();
+    }
+  }
+  return points;
+}
+
+TEST(ForeignFile, of_coreldraw_keeps_the_outline_of_its_cutting_line_to_each_point) {
+  REQUIRE_GHOSTSCRIPT();
+  const std::string file = jobspool::testing::CorpusFile("doseps/coreldraw-x7-cutcontour.eps");
+  if (file.empty()) GTEST_SKIP() << "The corpus of real files is not here.";
+  const RipBench bench;
+  const std::string prefix =
+      PrefixOf(bench, prefix::CutDataSection(NamedCut(L"CutContour")), Mode300);
+  const std::string page = Pages(bench.Run({prefix, file}), 1).front();
+  const std::vector<CutPath> paths = CutPathsOf(page);
+  ASSERT_EQ(paths.size(), 1U);
+  EXPECT_EQ(paths[0].kind, "stroke");
+  EXPECT_EQ(paths[0].colour, "separation CutContour");
+  // "0 0.50003 0.50003 0.00000 @w" sets the line's width.
+  EXPECT_NEAR(paths[0].width, 0.5, HalfPixel);
+
+  const std::string text = TextOf(file);
+  const std::size_t start = text.find("(CutContour) [", text.find("%%EndComments"));
+  ASSERT_NE(start, text.npos);
+  const std::vector<double> points =
+      PointsInText(text.substr(start, text.find("\nS", start) - start));
+  ASSERT_GT(points.size(), 100U);
+  ASSERT_EQ(paths[0].points.size(), points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    // The page begins at the corner of the box in the comments.
+    EXPECT_NEAR(paths[0].points[i], points[i] - (i % 2 == 0 ? 72 : 490), HalfPixel) << i;
   }
 }
 
@@ -122,9 +219,6 @@ Box PaintedBox(const std::string& file) {
   }
   return box;
 }
-
-constexpr double HalfPixel = 0.5 * 72 / 300;  // in points, at the tests' resolution
-constexpr const char* Mode300 = "3Color 300 300 SetXYResolution";
 
 void ExpectSameBox(const Box& box, const Box& other) {
   EXPECT_NEAR(box.left, other.left, HalfPixel);
@@ -276,6 +370,22 @@ TEST(PdfText, of_other_programs_files_is_taken_out) {
       EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
     }
   }
+}
+
+// Its ink's box, as it was measured when the file was collected: 11.214 19.728 194.04 28.746.
+TEST(PdfText, of_a_real_file_in_a_spot_colour_is_taken_out) {
+  REQUIRE_GHOSTSCRIPT();
+  const std::string file = jobspool::testing::CorpusFile("pdf/sep-pantone485m-tiny.pdf");
+  if (file.empty()) GTEST_SKIP() << "The corpus of real files is not here.";
+  const RipBench bench;
+  const std::string prefix =
+      PrefixOf(bench, prefix::CutDataSection(NamedCut(L"PANTONE 485 M")), Mode300);
+  const std::string page = Pages(bench.Run({prefix, file}), 1).front();
+  const std::vector<CutPath> paths = CutPathsOf(page);
+  ASSERT_EQ(KindsOf(paths), (Names{"text"}));
+  EXPECT_EQ(paths[0].colour, "separation PANTONE 485 M");
+  ExpectSameBox(BoxOf(paths), {11.214, 19.728, 194.04, 28.746});
+  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
 }
 
 }  // namespace
