@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 
 #include "tests/cli/command_runner.h"
 
@@ -22,7 +23,10 @@ using test::CommandRunner;
 // The command with a pseudo-terminal of its own for all three streams.
 class OnTerminal : public ::testing::Test {
  protected:
-  OnTerminal() { m_Command.Place().Write("sign.ps", "%!PS\nshowpage\n"); }
+  explicit OnTerminal(CommandRunner::Children children = CommandRunner::Children::None)
+      : m_Command(children) {
+    m_Command.Place().Write("sign.ps", "%!PS\nshowpage\n");
+  }
   ~OnTerminal() override {
     if (m_Id > 0) ::kill(m_Id, SIGKILL), ::waitpid(m_Id, nullptr, 0);
     if (m_Keyboard >= 0) ::close(m_Keyboard);
@@ -74,7 +78,7 @@ class OnTerminal : public ::testing::Test {
     return -1;
   }
 
-  CommandRunner m_Command{CommandRunner::Children::None};
+  CommandRunner m_Command;
   std::string m_Drawn;
 
  private:
@@ -172,6 +176,34 @@ TEST_F(OnTerminal, ends_by_itself_and_leaves_no_line_behind) {
   Start();
   EXPECT_EQ(End(), 0);
   EXPECT_TRUE(m_Drawn.ends_with("\r\x1b[K")) << m_Drawn;
+}
+
+// With the interpreter behind it.
+class OnTerminalWithInterpreter : public OnTerminal {
+ protected:
+  OnTerminalWithInterpreter() : OnTerminal(CommandRunner::Children::Real) {}
+};
+
+TEST_F(OnTerminalWithInterpreter, a_cancelled_conversion_leaves_no_process_and_no_file) {
+  m_Command.Place().Write("sign.ps", "%!PS\n0 0 moveto 99 99 lineto stroke\n{ } loop\n");
+  Start();
+  WaitFor("Interpreting");
+  Press("q");
+  EXPECT_EQ(End(), 4);
+  EXPECT_EQ(m_Command.Processes(), 0);
+  EXPECT_EQ(m_Command.NamesIn("jobs"), std::vector<std::string>());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out"), std::vector<std::string>());
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(m_Command.Place().Path()))
+    files += entry.exists() ? 1 : 0;
+  EXPECT_EQ(files, 1U) << "only the file itself";
+}
+
+TEST_F(OnTerminalWithInterpreter, a_conversion_ends_with_its_files) {
+  Start();
+  EXPECT_EQ(End(), 0);
+  WaitFor("sign.cfm");
+  EXPECT_TRUE(m_Command.Place().Has("sign.cfm/.info"));
 }
 
 }  // namespace
