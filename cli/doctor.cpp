@@ -12,6 +12,7 @@
 #include "cli/print_modes.h"
 #include "cli/printers.h"
 #include "cli/programs.h"
+#include "cli/sheet/zip_library.h"
 #include "cli/spool.h"
 #include "cli/standard_streams.h"
 #include "rastrel/job/exe_paths.h"
@@ -117,6 +118,16 @@ void CheckSpace(Checks& checks) {
                       : space.available < LittleSpace ? State::Warning
                                                       : State::Good;
   checks.push_back({"disk space", state, text, os::DataRoot(), state == State::Good ? "" : mend});
+}
+
+// Bound by `sheet` alone, so that nothing else misses it.
+void CheckZipLibrary(Checks& checks) {
+  try {
+    static_cast<void>(sheet::ZipLibrary::Instance());
+    checks.push_back({"libzip", State::Good, "found", {}, {}});
+  } catch (const CommandError& error) {
+    checks.push_back({"libzip", State::Warning, error.what(), {}, {}});
+  }
 }
 
 void CheckProgram(Checks& checks, const char* name, const std::wstring& path) {
@@ -278,6 +289,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckRoot(checks);
   CheckWritable(checks);
   CheckSpace(checks);
+  CheckZipLibrary(checks);
   CheckInterpreter(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);

@@ -85,7 +85,7 @@ std::string WhyNotFound(const SheetInfo& sheet) {
 }
 
 std::string WhyNothing(const std::vector<const SheetInfo*>& sheets, const std::string& folder) {
-  const std::string words = TakeXmlWords(folder);
+  std::string words = TakeXmlWords(folder);
   if (!sheets.empty()) {
     const SheetInfo& first = *sheets.front();
     if (std::string why = WhyNotFound(first); !why.empty()) return why;

@@ -17,7 +17,7 @@ Parts::Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgres
     : m_Package(std::move(package)), m_Folder(std::move(folder)), m_Progress(std::move(progress)) {}
 
 std::string Parts::Fetch(const std::string& part) {
-  const std::string path = PathOf(part);
+  std::string path = PathOf(part);
   std::error_code error;
   if (fs::exists(path, error)) return path;
   if (!Has(part))

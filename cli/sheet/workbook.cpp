@@ -76,7 +76,7 @@ std::string FindWorkbookPart(Parts& parts) {
   const Relationships package = ReadRelationships(parts, RelationshipsOf(""));
   for (const auto& [id, relationship] : package) {
     if (!IsOfType(relationship, "officeDocument")) continue;
-    const std::string part = ResolveTarget("", relationship.target);
+    std::string part = ResolveTarget("", relationship.target);
     if (part.empty() || !parts.Has(part))
       RefusePackage(parts, "its main part '" + PrintableName(relationship.target) +
                                "' is not in the package");
@@ -97,7 +97,7 @@ std::string PartOfType(const Parts& parts, const Relationships& relationships,
                        const std::string& workbook, std::string_view word) {
   for (const auto& [id, relationship] : relationships) {
     if (!IsOfType(relationship, word)) continue;
-    const std::string part = ResolveTarget(workbook, relationship.target);
+    std::string part = ResolveTarget(workbook, relationship.target);
     if (!part.empty() && parts.Has(part)) return part;
   }
   return {};
