@@ -1,0 +1,195 @@
+#include "host/text/text_engine.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "host/document/document_file.h"
+
+namespace rastrel::text {
+namespace {
+
+using document::Document;
+using document::DocumentStore;
+using document::TextShape;
+using host::ObjectHandle;
+
+class TextEngineTest : public testing::Test {
+ protected:
+  void Open() {
+    ParagraphInfo info;
+    m_Engine.SetOpenParagraphInfo(info, 0);
+    ASSERT_EQ(m_Engine.OpenParagraph(4, info, {0, 2000}, {4000, 0}), 0);
+    m_Engine.GetCurParagraph(m_Current);
+  }
+
+  void Paste(const std::wstring& text) {
+    m_Engine.edPasteString(text.c_str(), static_cast<int>(text.size()), 0, nullptr, false);
+  }
+
+  // Closes the paragraph and gives its text.
+  TextShape Close() {
+    ParagraphInfo info;
+    m_Engine.SetOpenParagraphInfo(info, 0);
+    m_Engine.CloseParagraph(1, info);
+    const ParagraphEle element{info.first, info.second};
+    const ObjectHandle object =
+        m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false);
+    const document::Object* found = m_Document.Find(object);
+    return found ? std::get<TextShape>(found->shape) : TextShape();
+  }
+
+  Document m_Document;
+  DocumentStore m_Store{m_Document};
+  document::Notices m_Notices;
+  FontCatalog m_Fonts{m_Notices};
+  TextEngine m_Engine{m_Store, m_Fonts, m_Notices};
+  CurrentParagraph m_Current;
+};
+
+TEST_F(TextEngineTest, a_paragraph_opens_once_at_a_time) {
+  Open();
+  ParagraphInfo info;
+  EXPECT_NE(m_Engine.OpenParagraph(4, info, {0, 2000}, {4000, 0}), 0);
+  EXPECT_TRUE(m_Engine.IsOpen());
+  m_Engine.CloseParagraph(0, info);
+  EXPECT_FALSE(m_Engine.IsOpen());
+  Open();
+  EXPECT_TRUE(m_Engine.IsOpen());
+}
+
+TEST_F(TextEngineTest, corners_that_make_no_frame_open_nothing) {
+  ParagraphInfo info;
+  for (const auto& [first, second] : {std::pair{NewWorldPt{0, 0}, NewWorldPt{0, 100}},
+                                      {{0, 0}, {100, 0}},
+                                      {{NAN, 0}, {100, 100}},
+                                      {{0, 0}, {INFINITY, 100}}}) {
+    EXPECT_NE(m_Engine.OpenParagraph(4, info, first, second), 0);
+    EXPECT_FALSE(m_Engine.IsOpen());
+  }
+}
+
+TEST_F(TextEngineTest, the_frame_is_told_in_text_units_whichever_corners_were_given) {
+  ParagraphInfo info;
+  ASSERT_EQ(m_Engine.OpenParagraph(4, info, {4000, 100}, {1000, 2000}), 0);
+  m_Engine.GetCurParagraph(m_Current);
+  EXPECT_EQ(m_Engine.GetTextFrame(m_Current.paragraph), (CWorldRect{1000, 2000, 4000, 100}));
+  EXPECT_EQ(m_Engine.GetTextFrame(nullptr), CWorldRect());
+}
+
+TEST_F(TextEngineTest, carriage_return_and_line_feed_begin_one_line) {
+  Open();
+  Paste(L"one\r\n");
+  Paste(L"two\r\nthree");
+  const TextShape text = Close();
+  ASSERT_EQ(text.lines.size(), 3U);
+  EXPECT_EQ(text.lines[0].runs.at(0).text, L"one");
+  EXPECT_EQ(text.lines[2].runs.at(0).text, L"three");
+}
+
+TEST_F(TextEngineTest, a_closing_line_end_leaves_an_empty_line) {
+  Open();
+  Paste(L"one\r\n");
+  const TextShape text = Close();
+  ASSERT_EQ(text.lines.size(), 2U);
+  EXPECT_TRUE(text.lines[1].runs.empty());
+}
+
+TEST_F(TextEngineTest, text_takes_the_style_that_is_current_when_it_is_pasted) {
+  Open();
+  m_Current.style->font = m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"DejaVuSans", -1, 1);
+  m_Current.style->size = 500;
+  m_Engine.SetTextColor(CVKColor(0x0000FF, COLORSPACE_RGB, 0, 0));
+  Paste(L"red");
+  m_Current.style->font = m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"No Such Font", -1, 1);
+  m_Current.style->size = 250;
+  Paste(L"other");
+  const TextShape text = Close();
+  ASSERT_EQ(text.lines.at(0).runs.size(), 2U);
+  EXPECT_EQ(text.lines[0].runs[0].font, L"DejaVuSans");
+  EXPECT_EQ(text.lines[0].runs[0].replacement, L"");
+  EXPECT_TRUE(text.lines[0].runs[0].colored);
+  EXPECT_EQ(text.lines[0].runs[1].size, 250);
+  EXPECT_EQ(text.lines[0].runs[1].replacement, L"DejaVu Sans");
+}
+
+TEST_F(TextEngineTest, margins_that_the_library_writes_are_kept) {
+  Open();
+  m_Engine.SetTextLineJustifyMode(m_Current.paragraph, m_Current.lines, 2);
+  m_Engine.SetTextLineJustification(m_Current.paragraph, m_Current.lines, JUSTIFY_CENTER);
+  m_Current.paragraph->leftPercent = 220;
+  m_Current.paragraph->leftMargin = 880;
+  m_Engine.FitTextToFrame(m_Current.paragraph, m_Current.lines);
+  Paste(L"one\r\ntwo");
+  const TextShape text = Close();
+  EXPECT_EQ(text.paragraph.leftPercent, 220);
+  EXPECT_EQ(text.paragraph.leftMargin, 880);
+  EXPECT_EQ(text.justifyMode, 2);
+  for (const auto& line : text.lines) EXPECT_EQ(line.justification, JUSTIFY_CENTER);
+}
+
+TEST_F(TextEngineTest, what_is_no_number_becomes_none_in_the_document) {
+  Open();
+  m_Current.paragraph->leftMargin = NAN;
+  m_Current.paragraph->topMargin = INFINITY;
+  m_Current.line->leading = -INFINITY;
+  m_Current.line->size = NAN;
+  m_Current.style->size = NAN;
+  Paste(L"text");
+  const TextShape text = Close();
+  EXPECT_EQ(text.paragraph.leftMargin, 0);
+  EXPECT_EQ(text.paragraph.topMargin, 0);
+  EXPECT_EQ(text.lines.at(0).leading, 0);
+  EXPECT_EQ(text.lines[0].size, 0);
+  EXPECT_EQ(text.lines[0].runs.at(0).size, 0);
+  EXPECT_TRUE(document::ReadDocumentText(document::DocumentText(m_Document)));
+}
+
+TEST_F(TextEngineTest, a_paragraph_takes_its_limit_and_leaves_the_rest_out_once_told) {
+  for (const std::size_t excess : {std::size_t{0}, std::size_t{1}}) {
+    Open();
+    Paste(std::wstring(LongestParagraph - 1, L'x'));
+    Paste(std::wstring(1 + excess, L'y'));
+    const TextShape text = Close();
+    std::size_t letters = 0;
+    for (const auto& run : text.lines.at(0).runs) letters += run.text.size();
+    EXPECT_EQ(letters, LongestParagraph);
+    EXPECT_EQ(m_Notices.Texts().size(), excess);
+  }
+}
+
+TEST_F(TextEngineTest, a_paragraph_that_is_not_kept_leaves_nothing) {
+  Open();
+  Paste(L"text");
+  ParagraphInfo info;
+  m_Engine.SetOpenParagraphInfo(info, 0);
+  m_Engine.CloseParagraph(0, info);
+  const ParagraphEle element{info.first, info.second};
+  EXPECT_EQ(m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false), 0U);
+}
+
+TEST_F(TextEngineTest, new_text_goes_into_the_document_by_itself) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"text");
+  m_Engine.TerminateNewText(nullptr, 1);
+  EXPECT_EQ(m_Document.Members(host::DocumentRoot),
+            std::vector<ObjectHandle>{m_Engine.GetTerminateTextEditHI()});
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.TerminateNewText(nullptr, 0);
+  EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
+  EXPECT_EQ(m_Document.ObjectCount(), 1U);
+}
+
+TEST_F(TextEngineTest, nothing_happens_without_an_open_paragraph) {
+  Paste(L"text");
+  m_Engine.CloseParagraph(1, {});
+  m_Engine.TerminateNewText(nullptr, 1);
+  m_Engine.SetTextColor({});
+  m_Engine.GetCurParagraph(m_Current);
+  EXPECT_EQ(m_Current.paragraph, nullptr);
+  EXPECT_EQ(m_Current.style, nullptr);
+  EXPECT_EQ(m_Document.ObjectCount(), 0U);
+}
+
+}  // namespace
+}  // namespace rastrel::text
