@@ -1,14 +1,14 @@
 // The command `rastrel`: reads its arguments and hands them to the command that they name.
 
 #include <algorithm>
-#include <exception>
-#include <string_view>
+#include <string>
+#include <vector>
 
 #include "cli/cars_command.h"
 #include "cli/chart_command.h"
 #include "cli/doctor.h"
+#include "cli/document_program.h"
 #include "cli/exit_status.h"
-#include "cli/failure_report.h"
 #include "cli/header_command.h"
 #include "cli/help.h"
 #include "cli/inspect_command.h"
@@ -19,6 +19,7 @@
 #include "cli/prefix_command.h"
 #include "cli/preview_command.h"
 #include "cli/print_command.h"
+#include "cli/program.h"
 #include "cli/queue_command.h"
 #include "cli/reprint_command.h"
 #include "cli/sheet_command.h"
@@ -54,7 +55,7 @@ std::string NameOf(CommandId id) {
   return std::ranges::find(Commands(), id, &CommandRow::id)->name;
 }
 
-ExitStatus Run(const Invocation& invocation) {
+ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& words) {
   if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
   if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
   switch (invocation.command) {
@@ -85,34 +86,18 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::PageSize: return PageSizeCommand(invocation);
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
+    case CommandId::Import:
+    case CommandId::View: return RunDocumentProgram(words);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }
   return ExitStatus::WrongUse;
 }
 
-ExitStatus RunGuarded(int count, const char* const* words) {
-  // An error in the arguments themselves is told in the form that they ask for, too.
-  const bool json = std::any_of(words + std::min(count, 1), words + count,
-                                [](std::string_view word) { return word == "--json"; });
-  try {
-    return Run(ParseArguments(count, words));
-  } catch (const CommandError& error) {
-    TellError(error, json);
-    return error.Status();
-  } catch (const std::exception& error) {
-    TellError({ExitStatus::JobFailed, error.what()}, json);
-    return ExitStatus::JobFailed;
-  }
-}
-
 }  // namespace
 
 int main(int count, char** words) {
-  const ExitStatus status = RunGuarded(count, words);
-  if (status == ExitStatus::Done && OutputFailed()) {
-    WriteError("rastrel: standard output could not be written\n");
-    return static_cast<int>(ExitStatus::JobFailed);
-  }
-  return static_cast<int>(status);
+  const std::vector<std::string> copy(words, words + count);
+  return RunProgram(count, words,
+                    [&](const Invocation& invocation) { return Run(invocation, copy); });
 }

@@ -58,6 +58,16 @@ constexpr std::array OptionTable{
               "Make the text that the library makes of the file. This is the default."},
     OptionRow{AsShown, "--as-shown", "",
               "Make a text of what a person sees in the cells, sheet by sheet."},
+    OptionRow{Format, "--format", "NAME", "Read the file as this format, whatever it looks like."},
+    OptionRow{Page, "--page", "N", "Draw this page only; from 1."},
+    OptionRow{PictureDpi, "--dpi", "N",
+              "Pixels per inch of a picture, from 1 to 2400; 96 if not given."},
+    OptionRow{Blank, "--blank", "WxH",
+              "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
+    OptionRow{Outlines, "--outlines", "",
+              "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{Strict, "--strict", "",
+              "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -85,6 +95,9 @@ constexpr std::array QueueOptions{
     OptionId::PageSize, Resolution, CutColor, HalfCutColor, KeepPs, Output, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
+constexpr std::array ImportOptions{Format,   OutputFile, Page, PictureDpi, Blank,
+                                   Outlines, Strict,     Json, Help};
+constexpr std::array ViewOptions{Format, OutputFile, Page, PictureDpi, Blank, Outlines, Json, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -145,6 +158,10 @@ constexpr std::array CommandTable{
                QueueOptions},
     CommandRow{CommandId::Header, "header", "FILE", false,
                "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
+    CommandRow{CommandId::Import, "import", "FILE", false,
+               "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
+    CommandRow{CommandId::View, "view", "FILE", false,
+               "Show what a template or a document looks like.", ViewOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };

@@ -51,6 +51,12 @@ enum class OptionId {
   List,
   Faithful,
   AsShown,
+  Format,
+  Page,
+  PictureDpi,
+  Blank,
+  Outlines,
+  Strict,
   Help,
   Version,
 };
@@ -91,6 +97,8 @@ enum class CommandId {
   ChartCopyright,
   ChartCaps,
   Sheet,
+  Import,
+  View,
   Help,
 };
 

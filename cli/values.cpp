@@ -66,14 +66,18 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
   return parts;
 }
 
-std::int32_t ParseDpi(std::string_view text) {
-  std::int32_t dpi = 0;
+std::int32_t WholeNumberOf(std::string_view option, std::string_view text, std::int32_t least,
+                           std::int32_t most) {
+  std::int32_t number = 0;
   const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, dpi);
-  if (error != std::errc() || stop != end || dpi < 1 || dpi > MostDpi)
-    RefuseValue("--dpi", text, "not a number from 1 to " + std::to_string(MostDpi));
-  return dpi;
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || number < least || number > most)
+    RefuseValue(option, text,
+                "not a number from " + std::to_string(least) + " to " + std::to_string(most));
+  return number;
 }
+
+std::int32_t ParseDpi(std::string_view text) { return WholeNumberOf("--dpi", text, 1, MostDpi); }
 
 Size ParseSize(std::string_view option, std::string_view text) {
   const auto unit =

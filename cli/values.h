@@ -23,6 +23,10 @@ namespace rastrel::cli {
 /// The value of --dpi: 1 to 4800.
 [[nodiscard]] std::int32_t ParseDpi(std::string_view text);
 
+/// A whole number between two.
+[[nodiscard]] std::int32_t WholeNumberOf(std::string_view option, std::string_view text,
+                                         std::int32_t least, std::int32_t most);
+
 struct Size {
   double widthCm;
   double heightCm;

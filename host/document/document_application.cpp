@@ -146,7 +146,7 @@ std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
               std::to_wstring(MaximumPanes);
   }
   if (refusal) {
-    m_Notices.Add(*refusal);
+    m_Notices.AddLoss(*refusal);
     return nullptr;
   }
   PlateShape shape;
@@ -199,8 +199,8 @@ void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
                            place.y / host::TextUnitsPerInch * host::CentimetresPerInch};
   if (!std::isfinite(centre.x) || !std::isfinite(centre.y) || !std::isfinite(*m_DrillDiameter) ||
       *m_DrillDiameter <= 0 || *m_DrillDiameter > LargestDrillDiameter) {
-    m_Notices.Add(L"a drill point of " + MeasureText(*m_DrillDiameter) + L" cm at " +
-                  MeasureText(centre.x) + L", " + MeasureText(centre.y) + L" cm can't be made");
+    m_Notices.AddLoss(L"a drill point of " + MeasureText(*m_DrillDiameter) + L" cm at " +
+                      MeasureText(centre.x) + L", " + MeasureText(centre.y) + L" cm can't be made");
     return;
   }
   const ObjectHandle drill = m_Document.Create(DrillShape{centre, *m_DrillDiameter});

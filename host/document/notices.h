@@ -6,15 +6,19 @@
 
 namespace rastrel::document {
 
-/// What the user of the host should hear of: a refused plate, a font that was replaced. In order,
-/// and each text once.
+/// What the user of the host should hear of, in order, and each text once.
 class Notices {
  public:
+  /// Something is there, but not as asked: a font that was replaced.
   void Add(const std::wstring& text);
+  /// Something is not there: a plate that was refused.
+  void AddLoss(const std::wstring& text);
   [[nodiscard]] const std::vector<std::wstring>& Texts() const { return m_Texts; }
+  [[nodiscard]] const std::vector<std::wstring>& Losses() const { return m_Losses; }
 
  private:
   std::vector<std::wstring> m_Texts;
+  std::vector<std::wstring> m_Losses;
   std::unordered_set<std::wstring> m_Told;
 };
 

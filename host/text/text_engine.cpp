@@ -166,8 +166,8 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
   std::wstring_view rest(text, static_cast<std::size_t>(length));
   const std::size_t room = LongestParagraph - m_Open->characters;
   if (rest.size() > room) {
-    m_Notices.Add(L"a text of more than " + std::to_wstring(LongestParagraph) +
-                  L" characters is cut off there");
+    m_Notices.AddLoss(L"a text of more than " + std::to_wstring(LongestParagraph) +
+                      L" characters is cut off there");
     rest = rest.substr(0, room);
   }
   m_Open->characters += rest.size();
@@ -186,7 +186,7 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
 
 void TextEngine::InitNewText(CWnd* /*window*/, const NewWorldPt& first, const NewWorldPt& second,
                              int /*kind*/) {
-  if (!Begin(first, second)) m_Notices.Add(L"a text frame without area holds no text");
+  if (!Begin(first, second)) m_Notices.AddLoss(L"a text frame without area holds no text");
 }
 
 void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {

@@ -190,6 +190,15 @@ Outcome<ExitState> Terminate(HANDLE process) {
   return WaitForEnd(process, WEXITED);
 }
 
+Failure ReplaceProcess(const std::string& executable, const std::vector<std::string>& arguments) {
+  std::vector<char*> words;
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  ::execv(executable.c_str(), words.data());
+  return {"exec", executable, errno};
+}
+
 bool CanOpenProcess(std::uint32_t id) {
   // 0 and what is negative as a pid_t would ask for groups of processes.
   if (id == 0 || id > static_cast<std::uint32_t>(INT_MAX)) return false;

@@ -33,6 +33,12 @@ struct ChildProcess {
 /// of the exec; no child is left then.
 [[nodiscard]] Outcome<ChildProcess> Spawn(const SpawnRequest& request);
 
+/// Puts another program in this process's place, with the same environment, directory, terminal and
+/// standard streams; other descriptors that are close-on-exec end. Returns only if it can't, with
+/// the reason.
+[[nodiscard]] Failure ReplaceProcess(const std::string& executable,
+                                     const std::vector<std::string>& arguments);
+
 /// How a child ended.
 struct ExitState {
   bool running = false;   ///< it has not ended yet; the other fields mean nothing

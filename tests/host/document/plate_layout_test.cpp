@@ -82,11 +82,11 @@ TEST_F(PlateLayout, margins_and_gaps_take_room) {
 
 TEST_F(PlateLayout, a_pane_as_large_as_the_blank_fits_and_a_larger_one_is_refused_in_words) {
   EXPECT_NE(Add(1, 60, 40), 0U);
-  EXPECT_TRUE(notices.Texts().empty());
+  EXPECT_TRUE(notices.Losses().empty());
   EXPECT_EQ(Add(1, 60.01, 40), 0U);
   EXPECT_EQ(Add(1, 60, 40.01), 0U);
-  ASSERT_EQ(notices.Texts().size(), 2U);
-  EXPECT_NE(notices.Texts()[0].find(L"60.01 by 40 cm does not fit on the blank of 60 by 40 cm"),
+  ASSERT_EQ(notices.Losses().size(), 2U);
+  EXPECT_NE(notices.Losses()[0].find(L"60.01 by 40 cm does not fit on the blank of 60 by 40 cm"),
             std::wstring::npos);
 }
 

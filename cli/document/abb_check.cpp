@@ -1,0 +1,219 @@
+#include "cli/document/abb_check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <string_view>
+
+#include "host/document/document.h"
+#include "host/text/font_catalog.h"
+#include "host/text/text_layout.h"
+#include "rastrel/imports/font_type.h"
+#include "rastrel/imports/xml_layer.h"
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/color.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+using Names = std::initializer_list<std::wstring_view>;
+
+// A number as a whole: what stands behind one would be passed over in silence too.
+bool IsNumber(std::wstring_view text) {
+  const auto blank = [](wchar_t letter) { return letter == L' ' || letter == L'\t'; };
+  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+  if (!text.empty() && (text.front() == L'-' || text.front() == L'+')) text.remove_prefix(1);
+  if (text.empty()) return false;
+  bool digit = false;
+  bool point = false;
+  bool exponent = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const wchar_t letter = text[i];
+    if (letter >= L'0' && letter <= L'9') {
+      digit = true;
+    } else if (letter == L'.' && !point && !exponent) {
+      point = true;
+    } else if ((letter == L'e' || letter == L'E') && digit && !exponent && i + 1 < text.size()) {
+      exponent = true;
+      digit = false;
+      if (text[i + 1] == L'-' || text[i + 1] == L'+') ++i;
+    } else {
+      return false;
+    }
+  }
+  return digit;
+}
+
+class Checker {
+ public:
+  explicit Checker(document::DocumentHost& host) : m_Host(host) {}
+
+  Findings Check(const XmlNode& root) {
+    Children(root, {L"ENGRAVINGTEMPLATE"});
+    for (const XmlNode& part : ChildrenNamed(root, L"ENGRAVINGTEMPLATE")) Template(part);
+    if (!m_HasPlates) Tell(root, "there is no <PLATES>, without which nothing is imported");
+    return std::move(m_Findings);
+  }
+
+ private:
+  void Tell(const XmlNode& node, std::string text) {
+    m_Findings.push_back({NodeLine(node), std::move(text)});
+  }
+
+  static std::string NameOf(const XmlNode& node) {
+    std::wstring name;
+    NodeBaseName(node, name);
+    return os::Utf8FromWide(name);
+  }
+
+  void Children(const XmlNode& node, Names known) {
+    int count = 0;
+    for (const XmlNode& child : NodeChildren(node, count)) {
+      std::wstring name;
+      if (!NodeBaseName(child, name) || NodeLine(child) == 0) continue;
+      if (std::ranges::find(known, std::wstring_view(name)) == known.end())
+        Tell(child, "<" + NameOf(child) + "> is not known in <" + NameOf(node) + ">");
+    }
+  }
+
+  void Attributes(const XmlNode& node, Names known) {
+    for (const auto& [name, value] : AttributeList(node)) {
+      if (std::ranges::find(known, std::wstring_view(name)) == known.end())
+        Tell(node, "<" + NameOf(node) + "> has an attribute \"" + os::Utf8FromWide(name) +
+                       "\" that is not known");
+    }
+  }
+
+  void Template(const XmlNode& node) {
+    Children(node, {L"PLATES", L"PLATE"});
+    for (const XmlNode& plates : ChildrenNamed(node, L"PLATES")) {
+      m_HasPlates = true;
+      if (const XmlNode inside = FirstChildNamed(plates, L"PLATE"))
+        Tell(inside, "a <PLATE> in <PLATES> is not read; it has to stand beside it");
+    }
+    for (const XmlNode& plate : ChildrenNamed(node, L"PLATE")) Plate(plate);
+  }
+
+  void Plate(const XmlNode& node) {
+    Children(node, {L"COLOR", L"TOOLNAME", L"WIDTH", L"HEIGHT", L"TEXTCOLOR", L"TEXTFRAME", L"TEXT",
+                    L"DRILLPOINT"});
+    Color(node, L"COLOR");
+    Number(node, L"WIDTH", true);
+    Number(node, L"HEIGHT", true);
+    Number(node, L"TEXTFRAME", false);
+    const auto lines = ChildrenNamed(node, L"TEXT");
+    if (!lines.empty()) Color(node, L"TEXTCOLOR");
+    for (const XmlNode& line : lines) Line(line);
+    for (const XmlNode& drill : ChildrenNamed(node, L"DRILLPOINT")) {
+      Children(drill, {L"COLOR", L"TOOLNAME", L"XLOC", L"YLOC", L"DIAMETER"});
+      Color(drill, L"COLOR");
+      Number(drill, L"XLOC", true);
+      Number(drill, L"YLOC", true);
+      Number(drill, L"DIAMETER", false);
+    }
+  }
+
+  void Line(const XmlNode& node) {
+    Children(node, {L"TOOLNAME", L"FONT"});
+    Attributes(node, {L"line", L"data"});
+    std::wstring data;
+    if (!AttributeString(node, L"data", data)) return;
+    const XmlNode font = FirstChildNamed(node, L"FONT");
+    if (!font) return Tell(node, "the text has no <FONT>");
+    Attributes(font, {L"name", L"size"});
+    std::wstring size;
+    if (!AttributeString(font, L"size", size) || !IsNumber(size))
+      Tell(font, "the font has no size that is a number");
+    std::wstring name;
+    if (!AttributeString(font, L"name", name)) return Tell(font, "the font has no name");
+    Font(font, name);
+  }
+
+  void Font(const XmlNode& node, std::wstring name) {
+    const std::string asked = os::Utf8FromWide(name);
+    name.push_back(L'\0');
+    const int type = imports::FontTypeOf(name.data());
+    name = name.c_str();
+    const text::FontFace face = m_Host.GetFonts().FaceOf(type, name);
+    if (face.replaced)
+      Tell(node, "the font \"" + asked + "\" can't be had; " + face.family + " stands in for it");
+  }
+
+  void Number(const XmlNode& node, std::wstring_view name, bool needed) {
+    const XmlNode child = FirstChildNamed(node, name);
+    std::wstring value;
+    const bool given = child && NodeText(child, value);
+    const std::string shown = "<" + os::Utf8FromWide(name) + ">";
+    if (!given && needed)
+      Tell(node, "<" + NameOf(node) + "> has no " + shown + ", which counts as 0");
+    if (given && !IsNumber(value))
+      Tell(child, shown + " is no number: \"" + os::Utf8FromWide(value) + "\"");
+  }
+
+  void Color(const XmlNode& node, std::wstring_view name) {
+    const XmlNode child = FirstChildNamed(node, name);
+    std::wstring value;
+    if (!child || !NodeText(child, value))
+      return Tell(node, "<" + NameOf(node) + "> has no <" + os::Utf8FromWide(name) +
+                            ">, and becomes black");
+    CVKFullColor color;
+    if (m_Host.GetApplication()->FindPaletteColor(value.c_str(), color) == 0)
+      Tell(child,
+           "the palette has no colour \"" + os::Utf8FromWide(value) + "\"; it becomes black");
+  }
+
+  document::DocumentHost& m_Host;
+  Findings m_Findings;
+  bool m_HasPlates = false;
+};
+
+bool HasText(const XmlNode& plate) {
+  std::wstring data;
+  return std::ranges::any_of(ChildrenNamed(plate, L"TEXT"), [&](const XmlNode& line) {
+    return AttributeString(line, L"data", data);
+  });
+}
+
+// Lines of the plates that have text, in order.
+std::vector<int> TextPlates(const XmlNode& root) {
+  std::vector<int> lines;
+  for (const XmlNode& part : ChildrenNamed(root, L"ENGRAVINGTEMPLATE")) {
+    for (const XmlNode& plate : ChildrenNamed(part, L"PLATE")) {
+      if (HasText(plate)) lines.push_back(NodeLine(plate));
+    }
+  }
+  return lines;
+}
+
+}  // namespace
+
+Findings CheckAbb(const std::wstring& path, document::DocumentHost& host) {
+  const XmlNode root = LoadXmlFile(path);
+  if (!root) return {};
+  Findings findings = Checker(host).Check(root);
+  std::ranges::stable_sort(findings, {}, &Finding::line);
+  return findings;
+}
+
+Findings CheckAbbFit(const std::wstring& path, const document::DocumentHost& host) {
+  Findings findings;
+  const std::vector<int> plates = TextPlates(LoadXmlFile(path));
+  std::vector<const document::TextShape*> texts;
+  const document::Document& document = host.GetDocument();
+  for (const host::ObjectHandle member : document.Members(host::DocumentRoot)) {
+    if (const auto* text = std::get_if<document::TextShape>(&document.Find(member)->shape))
+      texts.push_back(text);
+  }
+  // A plate that got no text, for instance because it was refused, leaves its place unknown.
+  const bool placesAreKnown = plates.size() == texts.size();
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (text::TextLayout(*texts[i], host.GetFonts()).IsSqueezed())
+      findings.push_back({placesAreKnown ? plates[i] : 0,
+                          "the text does not fit between its margins as it is, and is squeezed"});
+  }
+  return findings;
+}
+
+}  // namespace rastrel::cli

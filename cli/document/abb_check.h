@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/document/finding.h"
+#include "host/document_host.h"
+
+namespace rastrel::cli {
+
+/// What a plate XML of ABB holds that an import passes over: elements and attributes that it does
+/// not know, numbers and texts that are missing or are none, colours that the palette and fonts
+/// that the machine lacks. In the file's order. `path` is a library path of a file that loads.
+[[nodiscard]] Findings CheckAbb(const std::wstring& path, document::DocumentHost& host);
+
+/// Text that had to be squeezed into its frame, from the document that the file became, which held
+/// no text before.
+[[nodiscard]] Findings CheckAbbFit(const std::wstring& path, const document::DocumentHost& host);
+
+}  // namespace rastrel::cli

@@ -1,0 +1,109 @@
+#include "cli/document/document_summary.h"
+
+#include <variant>
+
+#include "cli/json_line.h"
+#include "cli/standard_streams.h"
+#include "host/document/measure_text.h"
+#include "host/document/notices.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+void Count(const document::Document& document, host::ObjectHandle root, DocumentCounts& counts) {
+  for (const host::ObjectHandle member : document.Members(root)) {
+    const document::Shape& shape = document.Find(member)->shape;
+    if (const auto* plate = std::get_if<document::PlateShape>(&shape)) {
+      ++counts.plateObjects;
+      counts.panes += plate->panes.size();
+    } else if (std::holds_alternative<document::TextShape>(shape)) {
+      ++counts.texts;
+    } else if (std::holds_alternative<document::DrillShape>(shape)) {
+      ++counts.drillPoints;
+    } else if (std::holds_alternative<document::GraphicShape>(shape)) {
+      ++counts.graphics;
+    } else if (std::holds_alternative<document::GroupShape>(shape)) {
+      Count(document, member, counts);
+    } else {
+      ++counts.others;
+    }
+  }
+}
+
+std::string Number(std::size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+void TellWords(const OpenedFile& file, const std::string& path,
+               const std::vector<std::string>& output) {
+  for (const Finding& finding : file.findings) {
+    WriteError(path + ":" + (finding.line > 0 ? std::to_string(finding.line) + ":" : "") + " " +
+               finding.text + "\n");
+  }
+  const document::Notices& notices = file.host->GetNotices();
+  if (file.findings.empty()) {
+    for (const std::wstring& text : notices.Texts())
+      WriteError("rastrel: " + os::Utf8FromWide(text) + "\n");
+  }
+  for (const std::wstring& text : notices.Losses())
+    WriteError("rastrel: left out: " + os::Utf8FromWide(text) + "\n");
+  const document::Document& document = file.host->GetDocument();
+  const DocumentCounts counts = CountsOf(document);
+  const document::SignBlank& blank = document.Blank();
+  std::string text = Number(static_cast<std::size_t>(counts.pages), "page", "pages") + " of " +
+                     os::Utf8FromWide(document::SizeText(blank.width, blank.height)) + ": " +
+                     Number(counts.panes, "plate", "plates") + ", " +
+                     Number(counts.texts, "text", "texts") + ", " +
+                     Number(counts.drillPoints, "drill point", "drill points");
+  if (counts.graphics > 0) text += ", " + Number(counts.graphics, "graphic", "graphics");
+  for (const std::string& name : output)
+    text += (&name == output.data() ? "; written to " : ", ") + name;
+  WriteOut(text + "\n");
+}
+
+void TellJson(const OpenedFile& file, const std::string& path,
+              const std::vector<std::string>& output) {
+  for (const Finding& finding : file.findings)
+    JsonLine("finding")
+        .Add("file", path)
+        .Add("line", finding.line)
+        .Add("text", finding.text)
+        .Write();
+  for (const std::wstring& text : file.host->GetNotices().Texts())
+    JsonLine("note").Add("text", os::Utf8FromWide(text)).Write();
+  for (const std::wstring& text : file.host->GetNotices().Losses())
+    JsonLine("left-out").Add("text", os::Utf8FromWide(text)).Write();
+  const document::Document& document = file.host->GetDocument();
+  const DocumentCounts counts = CountsOf(document);
+  const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };
+  JsonLine("document")
+      .Add("file", path)
+      .Add("format", NameOf(file.format))
+      .Add("pages", counts.pages)
+      .AddNumber("width_cm", document.Blank().width)
+      .AddNumber("height_cm", document.Blank().height)
+      .Add("plate_objects", number(counts.plateObjects))
+      .Add("plates", number(counts.panes))
+      .Add("texts", number(counts.texts))
+      .Add("drill_points", number(counts.drillPoints))
+      .Add("graphics", number(counts.graphics))
+      .Add("output", output)
+      .Write();
+}
+
+}  // namespace
+
+DocumentCounts CountsOf(const document::Document& document) {
+  DocumentCounts counts;
+  counts.pages = document.HighestPage();
+  Count(document, host::DocumentRoot, counts);
+  return counts;
+}
+
+void TellDocument(const OpenedFile& file, const std::string& path,
+                  const std::vector<std::string>& output, bool json) {
+  json ? TellJson(file, path, output) : TellWords(file, path, output);
+}
+
+}  // namespace rastrel::cli

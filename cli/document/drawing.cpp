@@ -1,0 +1,78 @@
+#include "cli/document/drawing.h"
+
+#include <array>
+#include <filesystem>
+
+#include "cli/exit_status.h"
+#include "cli/values.h"
+#include "host/render/document_images.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr int MostDpi = 2400;
+constexpr int MostPage = 1'000'000;
+
+struct Extension {
+  const char* name;
+  DrawingKind kind;
+};
+
+constexpr std::array Extensions{
+    Extension{".svg", DrawingKind::Svg}, Extension{".pdf", DrawingKind::Pdf},
+    Extension{".png", DrawingKind::Png}, Extension{".json", DrawingKind::Document},
+    Extension{".rdoc", DrawingKind::Document}};
+
+DrawingKind KindOf(const std::string& output) {
+  const std::string extension = std::filesystem::path(output).extension();
+  for (const Extension& row : Extensions) {
+    if (extension == row.name) return row.kind;
+  }
+  throw CommandError(ExitStatus::WrongUse,
+                     "-o " + output + ": its name has to end in .svg, .pdf, .png, .rdoc or .json");
+}
+
+render::ImageFormat FormatOf(DrawingKind kind) {
+  switch (kind) {
+    case DrawingKind::Svg: return render::ImageFormat::kSvg;
+    case DrawingKind::Pdf: return render::ImageFormat::kPdf;
+    default: return render::ImageFormat::kPng;
+  }
+}
+
+}  // namespace
+
+DrawingRequest DrawingRequestOf(const Invocation& invocation, const std::string& output) {
+  DrawingRequest request;
+  if (!output.empty()) request.kind = KindOf(output);
+  const std::string page = invocation.ValueOr(OptionId::Page, "");
+  if (!page.empty()) request.page = WholeNumberOf("--page", page, 1, MostPage);
+  const std::string dpi = invocation.ValueOr(OptionId::PictureDpi, "");
+  if (!dpi.empty()) request.dpi = WholeNumberOf("--dpi", dpi, 1, MostDpi);
+  request.outlines = invocation.Has(OptionId::Outlines);
+  return request;
+}
+
+std::vector<std::string> WriteDrawing(document::DocumentHost& host, const DrawingRequest& request,
+                                      const std::string& output) {
+  const std::wstring path = os::FromNative(output);
+  if (request.kind == DrawingKind::Document) {
+    if (const auto saved = host.Save(path); !saved)
+      throw CommandError(ExitStatus::JobFailed, os::Describe(saved.Error()));
+    return {output};
+  }
+  const render::ImageSource source{host.GetDocument(), host.GetFonts(), host.GetNotices()};
+  render::ImageOptions options;
+  if (request.page > 0) options.page = request.page;
+  options.outlines = request.outlines;
+  options.dpi = request.dpi;
+  const auto written = render::SaveImages(source, FormatOf(request.kind), options, path);
+  if (!written) throw CommandError(ExitStatus::JobFailed, os::Utf8FromWide(written.Error()));
+  std::vector<std::string> files;
+  for (const std::wstring& file : *written) files.push_back(os::Utf8FromWide(file));
+  return files;
+}
+
+}  // namespace rastrel::cli

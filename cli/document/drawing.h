@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/options.h"
+#include "host/document_host.h"
+
+namespace rastrel::cli {
+
+/// What a document is made into.
+enum class DrawingKind {
+  Svg,       ///< a drawing a page
+  Pdf,       ///< one file of all pages
+  Png,       ///< a picture a page
+  Document,  ///< the document itself
+};
+
+/// How a file is made of a document.
+struct DrawingRequest {
+  DrawingKind kind = DrawingKind::Document;
+  int page = 0;  ///< from 1; 0 for all
+  int dpi = 96;  ///< pixels per inch of a picture
+  bool outlines = false;
+};
+
+/// Reads what the options ask for; the kind by the extension of `output`, .svg, .pdf, .png, .json
+/// or .rdoc. Throws CommandError(WrongUse) for any other and for values out of range. An empty
+/// output asks for no file.
+[[nodiscard]] DrawingRequest DrawingRequestOf(const Invocation& invocation,
+                                              const std::string& output);
+
+/// Makes the file, whole or not at all; of a drawing or picture of several pages one file a page,
+/// with
+/// "-1", "-2" before the extension. Returns the files' names. Throws CommandError(JobFailed) with
+/// the reason.
+std::vector<std::string> WriteDrawing(document::DocumentHost& host, const DrawingRequest& request,
+                                      const std::string& output);
+
+}  // namespace rastrel::cli

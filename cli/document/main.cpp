@@ -1,0 +1,26 @@
+// The program `rastrel-document`: the commands of `rastrel` that open documents. `rastrel` starts
+// it in its own place.
+
+#include "cli/document/import_command.h"
+#include "cli/document/view_command.h"
+#include "cli/help.h"
+#include "cli/program.h"
+#include "cli/standard_streams.h"
+
+namespace {
+
+using namespace rastrel::cli;
+
+ExitStatus Run(const Invocation& invocation) {
+  switch (invocation.command) {
+    case CommandId::Import: return ImportCommand(invocation);
+    case CommandId::View: return ViewCommand(invocation);
+    default: break;
+  }
+  throw CommandError(ExitStatus::WrongUse,
+                     "this program is a part of `rastrel`; see `rastrel help import`");
+}
+
+}  // namespace
+
+int main(int count, char** words) { return RunProgram(count, words, Run); }

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "cli/exit_status.h"
+#include "cli/options.h"
+
+namespace rastrel::cli {
+
+/// `rastrel view`: shows what a template or a document looks like, on the terminal where it can
+/// show pictures, else in the desktop's viewer, else as a file whose name is printed.
+[[nodiscard]] ExitStatus ViewCommand(const Invocation& invocation);
+
+}  // namespace rastrel::cli

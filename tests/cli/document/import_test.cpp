@@ -1,0 +1,222 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::cli {
+namespace {
+
+using nlohmann::json;
+using test::CommandResult;
+using test::CommandRunner;
+
+const std::string Examples = std::string(RASTREL_SOURCE_DIR) + "/examples/plates/";
+
+// A plate with a line of text, and with what is put beside it.
+std::string Template(const std::string& inside, const std::string& beside = "<PLATES/>") {
+  return "<ABB>\n<ENGRAVINGTEMPLATE>" + beside + "\n<PLATE>\n" + inside +
+         "\n</PLATE>\n</ENGRAVINGTEMPLATE>\n</ABB>\n";
+}
+
+constexpr const char* Sound =
+    "<COLOR>Gold</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT><TEXTCOLOR>Black</TEXTCOLOR>"
+    "<TEXT data='Ada'><FONT name='DejaVuSans.ttf' size='0.25'/></TEXT>";
+
+class Import : public ::testing::Test {
+ protected:
+  CommandResult RunOn(const std::string& content, std::vector<std::string> arguments = {},
+                      const std::string& name = "plates.xml") {
+    m_Command.Place().Write(name, content);
+    arguments.insert(arguments.begin(), {"import", name});
+    return m_Command.Run(arguments);
+  }
+
+  // The last line of an import with --json.
+  static json Summary(const CommandResult& result) { return json::parse(result.LastLine()); }
+
+  CommandRunner m_Command{CommandRunner::Children::None};
+};
+
+TEST_F(Import, tells_how_much_of_what_there_is) {
+  const auto result = RunOn(Template(Sound));
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.output, "1 page of 60 by 40 cm: 1 plate, 1 text, 0 drill points\n");
+  EXPECT_EQ(result.error, "");
+}
+
+TEST_F(Import, takes_every_example_without_a_complaint_but_for_the_one_that_does_not_fit) {
+  const struct {
+    const char* name;
+    int plates, objects, texts, drillPoints, status;
+  } examples[] = {{"name-badge.xml", 1, 1, 1, 0, 0},
+                  {"valve-tags.xml", 12, 1, 12, 12, 0},
+                  {"panel.xml", 3, 2, 3, 4, 0},
+                  {"default-margins.xml", 1, 1, 1, 0, 3},
+                  {"blank-plates.xml", 2, 1, 0, 0, 0}};
+  for (const auto& example : examples) {
+    const auto result = m_Command.Run({"import", Examples + example.name, "--strict", "--json"});
+    EXPECT_EQ(result.status, example.status) << example.name;
+    const json summary = Summary(result);
+    EXPECT_EQ(summary["format"], "abb");
+    EXPECT_EQ(summary["pages"], 1);
+    EXPECT_EQ(summary["plates"], example.plates) << example.name;
+    EXPECT_EQ(summary["plate_objects"], example.objects) << example.name;
+    EXPECT_EQ(summary["texts"], example.texts) << example.name;
+    EXPECT_EQ(summary["drill_points"], example.drillPoints) << example.name;
+  }
+}
+
+TEST_F(Import, saves_a_document_that_opens_again) {
+  const auto saved = RunOn(Template(Sound), {"-o", "out.rdoc"});
+  EXPECT_EQ(saved.status, 0) << saved.error;
+  const auto document = json::parse(m_Command.Place().Read("out.rdoc"));
+  EXPECT_EQ(document["format"], "rastrel-document");
+  const auto again = m_Command.Run({"import", "out.rdoc", "-o", "again.json", "--json"});
+  EXPECT_EQ(again.status, 0) << again.error;
+  EXPECT_EQ(Summary(again)["format"], "document");
+  EXPECT_EQ(m_Command.Place().Read("again.json"), m_Command.Place().Read("out.rdoc"));
+}
+
+TEST_F(Import, lays_out_on_the_blank_that_is_asked_for) {
+  const auto result = RunOn(Template(Sound), {"--blank", "100x50mm", "--json"});
+  EXPECT_EQ(Summary(result)["width_cm"], 10.0);
+  EXPECT_EQ(Summary(result)["height_cm"], 5.0);
+}
+
+TEST_F(Import, a_plate_that_does_not_fit_on_the_blank_is_told_and_is_a_failure) {
+  const auto result = RunOn(Template(Sound), {"--blank", "2x2in"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.error.find("left out: a plate of 7.62 by 2.54 cm does not fit on the blank"),
+            std::string::npos)
+      << result.error;
+}
+
+TEST_F(Import, a_font_that_can_not_be_had_is_told_once) {
+  const auto result =
+      RunOn(Template("<WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>"
+                     "<TEXT data='a'><FONT name='NoSuchFont.ttf' size='0.2'/></TEXT>"
+                     "<TEXT data='b'><FONT name='NoSuchFont.ttf' size='0.2'/></TEXT>"));
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.error,
+            "rastrel: the font \"NoSuchFont\" can't be had; DejaVu Sans stands in for it\n");
+}
+
+TEST_F(Import, strict_tells_with_its_line_of_each_thing_that_is_passed_over) {
+  const auto result = RunOn(
+      "<ABB>\n"
+      "<OTHER/>\n"
+      "<ENGRAVINGTEMPLATE>\n"
+      "<PLATES><PLATE/></PLATES>\n"
+      "<PLATE>\n"
+      "<COLOUR>Gold</COLOUR>\n"
+      "<COLOR>No Such Colour</COLOR>\n"
+      "<WIDTH>3 inch</WIDTH>\n"
+      "<HEIGHT>1</HEIGHT>\n"
+      "<TEXTCOLOR>Black</TEXTCOLOR>\n"
+      "<TEXT data='x' colour='red'><FONT name='NoSuchFont.ttf'/></TEXT>\n"
+      "<TEXT data='y'/>\n"
+      "<DRILLPOINT><COLOR>Red</COLOR><XLOC>1</XLOC></DRILLPOINT>\n"
+      "</PLATE></ENGRAVINGTEMPLATE></ABB>\n",
+      {"--strict"});
+  EXPECT_EQ(result.status, 3);
+  const std::vector<std::string> told = {
+      "plates.xml:2: <OTHER> is not known in <ABB>",
+      "plates.xml:4: a <PLATE> in <PLATES> is not read; it has to stand beside it",
+      "plates.xml:6: <COLOUR> is not known in <PLATE>",
+      "plates.xml:7: the palette has no colour \"No Such Colour\"; it becomes black",
+      "plates.xml:8: <WIDTH> is no number: \"3 inch\"",
+      "plates.xml:11: <TEXT> has an attribute \"colour\" that is not known",
+      "plates.xml:11: the font has no size that is a number",
+      "plates.xml:11: the font \"NoSuchFont.ttf\" can't be had; DejaVu Sans stands in for it",
+      "plates.xml:12: the text has no <FONT>",
+      "plates.xml:13: <DRILLPOINT> has no <YLOC>, which counts as 0",
+  };
+  std::string all;
+  for (const std::string& line : told) all += line + "\n";
+  EXPECT_EQ(result.error, all);
+}
+
+TEST_F(Import, strict_findings_come_as_json_with_their_lines) {
+  const auto result = RunOn(Template(std::string(Sound) + "\n<NEW/>"), {"--strict", "--json"});
+  const auto lines = result.Lines();
+  ASSERT_GE(lines.size(), 2U);
+  EXPECT_EQ(json::parse(lines[0]), (json{{"event", "finding"},
+                                         {"file", "plates.xml"},
+                                         {"line", 5},
+                                         {"text", "<NEW> is not known in <PLATE>"}}));
+}
+
+TEST_F(Import, a_file_that_is_no_xml_is_told_with_line_column_and_reason) {
+  const auto result = RunOn("<ABB>\n  <ENGRAVINGTEMPLATE>\n");
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.error.rfind("rastrel: plates.xml:2:22: ", 0), 0U) << result.error;
+}
+
+TEST_F(Import, a_file_without_plates_is_refused) {
+  const auto none = RunOn(Template(Sound, ""));
+  EXPECT_EQ(none.status, 3);
+  EXPECT_NE(none.error.find("there is no <PLATES>"), std::string::npos) << none.error;
+  const auto other = RunOn("<SHEET/>");
+  EXPECT_EQ(other.status, 3);
+  EXPECT_NE(other.error.find("plates.xml:1: <SHEET> holds no template that is known"),
+            std::string::npos)
+      << other.error;
+}
+
+TEST_F(Import, a_format_decides_whatever_the_file_looks_like) {
+  const auto document = RunOn(Template(Sound), {"--format", "document"});
+  EXPECT_EQ(document.status, 3);
+  const auto named = RunOn(Template(Sound), {"--format", "abb"}, "plates.txt");
+  EXPECT_EQ(named.status, 3);
+  EXPECT_NE(named.error.find("its name does not end in .xml"), std::string::npos) << named.error;
+  const auto unknown = RunOn(Template(Sound), {"--format", "plates"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_NE(unknown.error.find("there are document, abb"), std::string::npos) << unknown.error;
+}
+
+TEST_F(Import, wrong_values_of_options_are_told) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* told;
+  } wrong[] = {{{"-o", "out.txt"}, "its name has to end in .svg, .pdf, .png, .rdoc or .json"},
+               {{"--page", "0"}, "--page 0: not a number from 1 to 1000000"},
+               {{"--dpi", "2401"}, "--dpi 2401: not a number from 1 to 2400"},
+               {{"--blank", "10x5"}, "--blank 10x5: a size has its unit behind it"},
+               {{"--blank", "0x5cm"}, "is no length above 0"}};
+  for (const auto& one : wrong) {
+    const auto result = RunOn(Template(Sound), one.arguments);
+    EXPECT_EQ(result.status, 2) << one.told;
+    EXPECT_NE(result.error.find(one.told), std::string::npos) << result.error;
+  }
+}
+
+TEST_F(Import, a_missing_file_and_a_directory_are_told) {
+  EXPECT_EQ(m_Command.Run({"import", "none.xml"}).status, 3);
+  const auto directory = m_Command.Run({"import", "."});
+  EXPECT_EQ(directory.status, 3);
+  EXPECT_NE(directory.error.find("it is a directory"), std::string::npos) << directory.error;
+}
+
+TEST_F(Import, measures_that_are_none_are_left_out_and_end_the_import_soon) {
+  for (const char* width : {"1e308", "-3", "nan", "inf", "0", "1e-300", ""}) {
+    const auto result =
+        RunOn(Template("<WIDTH>" + std::string(width) + "</WIDTH><HEIGHT>1</HEIGHT>"));
+    EXPECT_TRUE(result.status == 1 || result.status == 0) << width << result.error;
+    if (result.status == 1) {
+      EXPECT_NE(result.error.find("left out"), std::string::npos) << width;
+    }
+  }
+}
+
+TEST_F(Import, a_text_longer_than_a_field_is_refused_with_its_element) {
+  const auto result = RunOn(Template("<WIDTH>3</WIDTH><HEIGHT>1</HEIGHT><TEXT data='" +
+                                     std::string(256, 'x') + "'><FONT name='a' size='1'/></TEXT>"));
+  EXPECT_EQ(result.status, 3);
+  EXPECT_NE(result.error.find("data"), std::string::npos) << result.error;
+}
+
+}  // namespace
+}  // namespace rastrel::cli
