@@ -165,9 +165,15 @@ class Conversion {
                                            m_Source.header.cutLines, Tolerance());
       if (!written) return written.Error();
     }
+    bool hasBitmap = false;
     if (IsPicture()) {
       const auto written = WriteBitmapFile(first + "/page.ppm", bitmap, Resolution());
-      if (!written) return written.Error();
+      hasBitmap = static_cast<bool>(written);
+      if (!hasBitmap && written.Error().error != EFBIG) return written.Error();
+      if (!hasBitmap) {
+        m_Context.reporter.Warning(
+            "The picture is too large for a bitmap file, which is left out.");
+      }
     }
     if (!directory.RemoveWork()) return os::Failure{"remove", directory.Temporary(), errno};
     // Further pages lie below the first, whose description a reader finds without searching.
@@ -181,7 +187,7 @@ class Conversion {
       const auto moved = HandOver(archive, m_Products.archive);
       if (!moved) return moved.Error();
     }
-    if (IsPicture()) {
+    if (hasBitmap) {
       const auto moved = HandOver(bitmap, m_Products.bitmap);
       if (!moved) return moved.Error();
     }

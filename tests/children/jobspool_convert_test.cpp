@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "children/jobspool/bitmap_file.h"
 #include "rastrel/platform/os/path.h"
 #include "tests/children/odalis_bench.h"
 #include "tests/children/queue_bench.h"
@@ -362,7 +364,7 @@ TEST_F(QueueConvert, without_its_interpreter_or_prolog_it_fails) {
 
 TEST_F(QueueConvert, a_long_job_tells_its_progress) {
   std::string strokes;
-  while (strokes.size() < 3000000) strokes += "0 0 moveto 99 300 lineto stroke\n";
+  while (strokes.size() < 3000000) strokes += "20 { 0 0 moveto 99 300 lineto stroke } repeat\n";
   const Outcome outcome = Run(Header("%# KVI_Res= 300\r\n") + Eps + strokes);
   ASSERT_EQ(outcome.status, 0);
   int last = 0;
@@ -481,6 +483,55 @@ TEST_F(QueueConvert, a_path_in_the_librarys_text_is_the_same_place) {
   std::string path = m_Bench.RipDirectory() + "\\here.ps";
   EXPECT_EQ(m_Bench.Convert(path).status, 0);
   EXPECT_TRUE(fs::exists(m_Bench.RipDirectory() + "/here.cfm/.info"));
+}
+
+// A picture of that size whose samples take no room on the disk.
+std::string SparsePicture(const test::ScratchDirectory& scratch, std::uint64_t width,
+                          std::uint64_t height, std::uint64_t missing = 0) {
+  const std::string head =
+      "P6\n" + std::to_string(width) + " " + std::to_string(height) + "\n255\n";
+  scratch.Write("page.ppm", head);
+  fs::resize_file(scratch.Path("page.ppm"), head.size() + width * height * 3 - missing);
+  return scratch.Path("page.ppm");
+}
+
+TEST(QueueBitmap, holds_rows_of_every_width_from_the_bottom) {
+  const test::ScratchDirectory scratch;
+  for (unsigned width = 1; width <= 5; ++width) {
+    std::string picture = "P6\n" + std::to_string(width) + " 3\n255\n";
+    for (unsigned i = 0; i < width * 9; ++i) picture += static_cast<char>(i * 5 + 1);
+    scratch.Write("page.ppm", picture);
+    const std::string path = scratch.Path("out" + std::to_string(width) + ".bmp");
+    ASSERT_TRUE(WriteBitmapFile(scratch.Path("page.ppm"), path, 254));
+    const Bitmap bitmap = ReadBitmap(path);
+    EXPECT_EQ(bitmap.dotsPerMetre, 10000U);
+    const Pixels pixels = ReadNetpbm(scratch.Path("page.ppm"));
+    for (unsigned y = 0; y < 3; ++y) {
+      for (unsigned x = 0; x < width; ++x) ASSERT_EQ(bitmap.At(x, y), pixels.At(x, y));
+    }
+  }
+}
+
+TEST(QueueBitmap, of_four_gibibytes_is_refused) {
+  const test::ScratchDirectory scratch;
+  const std::string picture = SparsePicture(scratch, 40000, 35792);
+  const auto written = WriteBitmapFile(picture, scratch.Path("out.bmp"), 72);
+  ASSERT_FALSE(written);
+  EXPECT_EQ(written.Error().error, EFBIG);
+  EXPECT_FALSE(fs::exists(scratch.Path("out.bmp")));
+}
+
+TEST(QueueBitmap, of_a_file_that_is_no_whole_picture_is_refused) {
+  const test::ScratchDirectory scratch;
+  EXPECT_FALSE(WriteBitmapFile(SparsePicture(scratch, 10, 10, 1), scratch.Path("a.bmp"), 72));
+  for (const char* const text : {"", "P6", "P5\n1 1\n255\nx", "P6\n0 1\n255\n",
+                                 "P6\n1 1\n65535\n123456", "P6\n99999999999 1\n255\nabc"}) {
+    scratch.Write("page.ppm", text);
+    const auto written = WriteBitmapFile(scratch.Path("page.ppm"), scratch.Path("a.bmp"), 72);
+    ASSERT_FALSE(written) << text;
+    EXPECT_EQ(written.Error().error, EINVAL) << text;
+  }
+  EXPECT_FALSE(WriteBitmapFile(scratch.Path("none"), scratch.Path("a.bmp"), 72));
 }
 
 }  // namespace
