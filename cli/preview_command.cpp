@@ -14,11 +14,14 @@
 #include "cli/options.h"
 #include "cli/preview_files.h"
 #include "cli/printers.h"
+#include "cli/terminal_picture.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
+
+constexpr std::size_t PicturesShown = 4;
 
 odalis::FileFormat FormatOf(const std::string& target) {
   const std::string extension = std::filesystem::path(target).extension();
@@ -48,6 +51,13 @@ void CheckDirectory(const std::string& target) {
   if (!folder.empty() && !std::filesystem::is_directory(folder, error))
     throw CommandError(ExitStatus::WrongUse, "the preview can't be put into '" + folder.string() +
                                                  "': no such directory");
+}
+
+// Shows the first of the pictures, if the terminal can; all names were told as they were made.
+void ShowFirst(const PreviewFiles& files) {
+  for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
+    if (!ShowPicture(os::FromNative(files.Names()[i]))) return;
+  }
 }
 
 }  // namespace
@@ -84,6 +94,7 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   const ExitStatus status = TellEnd(end, ticket, record, view, 0);
   if (end == JobEnd::Done && !files.Fault().empty())
     throw CommandError(ExitStatus::JobFailed, files.Fault());
+  if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);
   return status;
 }
 

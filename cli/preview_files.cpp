@@ -54,6 +54,7 @@ void PreviewFiles::Take(JobEvent& event) {
   const std::string why = WhyNotMoved(event.path, name);
   if (why.empty()) {
     event.path = name;
+    m_Names.push_back(name);
     return;
   }
   event.kind = JobEventKind::Log;

@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "cli/job_event.h"
 
@@ -23,6 +24,8 @@ class PreviewFiles {
   /// What went wrong first, in words; empty if nothing did.
   [[nodiscard]] const std::string& Fault() const { return m_Fault; }
 
+  /// The names that files were moved to, in the order in which they came.
+  [[nodiscard]] const std::vector<std::string>& Names() const { return m_Names; }
   /// The name that a delivered file gets.
   [[nodiscard]] std::string NameFor(const std::string& delivered) const;
 
@@ -31,6 +34,7 @@ class PreviewFiles {
   std::string m_Extension;  // with its dot
   std::string m_JobName;
   std::set<std::string> m_Taken;
+  std::vector<std::string> m_Names;
   std::string m_Fault;
 };
 

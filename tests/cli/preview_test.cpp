@@ -46,6 +46,7 @@ TEST(PreviewFiles, no_file_of_a_run_is_written_over_another) {
   EXPECT_EQ(event.path, scratch.Path("out-2.tif"));
   EXPECT_EQ(scratch.Read("out.tif"), "job-1.tif");
   EXPECT_EQ(scratch.Read("out-2.tif"), "again");
+  EXPECT_EQ(files.Names(), Names({scratch.Path("out.tif"), scratch.Path("out-2.tif")}));
   EXPECT_EQ(files.Fault(), "");
 }
 
@@ -58,6 +59,7 @@ TEST(PreviewFiles, a_file_that_can_not_be_moved_is_no_output) {
   EXPECT_EQ(event.kind, JobEventKind::Log);
   EXPECT_NE(files.Fault().find("none/out.tif"), std::string::npos);
   EXPECT_EQ(event.text, files.Fault());
+  EXPECT_TRUE(files.Names().empty());
 }
 
 TEST(PreviewFiles, other_events_stay) {
