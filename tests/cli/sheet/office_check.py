@@ -13,6 +13,7 @@ import json
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -182,9 +183,16 @@ def theirs(folder, path):
     """Rows by sheet as LibreOffice exports them."""
     out = os.path.join(folder, "out")
     shutil.rmtree(out, ignore_errors=True)
-    subprocess.run(["soffice", "--headless", f"-env:UserInstallation=file://{folder}/profile",
-                    "--convert-to", FILTER, "--outdir", out, path], check=False, timeout=240,
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    office = subprocess.Popen(
+        ["soffice", "--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to",
+         FILTER, "--outdir", out, path], start_new_session=True, stdout=subprocess.DEVNULL,
+        stderr=subprocess.DEVNULL)
+    try:
+        office.wait(120)
+    except subprocess.TimeoutExpired:
+        # The program that is started starts the one that works.
+        os.killpg(office.pid, signal.SIGKILL)
+        office.wait()
     sheets = {}
     stem = os.path.splitext(os.path.basename(path))[0]
     for name in sorted(glob.glob(os.path.join(glob.escape(out), "*.csv"))):
