@@ -151,6 +151,19 @@ void WriteList(Task& task) {
   TellDone(task);
 }
 
+void Run(Task& task) {
+  const Invocation& invocation = task.invocation;
+  if (invocation.Has(OptionId::Sheet))
+    task.only = PlaceOfSheet(SheetsOf(task.source), invocation.ValueOr(OptionId::Sheet, ""),
+                             invocation.operand);
+  if (invocation.Has(OptionId::List))
+    WriteList(task);
+  else if (invocation.Has(OptionId::AsShown))
+    WriteAsShown(task);
+  else
+    WriteFaithful(task);
+}
+
 }  // namespace
 
 ExitStatus SheetCommand(const Invocation& invocation) {
@@ -164,15 +177,13 @@ ExitStatus SheetCommand(const Invocation& invocation) {
                        [&progress](std::uint64_t done, std::uint64_t whole) {
                          progress.Reach(done, whole);
                        })};
-  if (invocation.Has(OptionId::Sheet))
-    task.only = PlaceOfSheet(SheetsOf(task.source), invocation.ValueOr(OptionId::Sheet, ""),
-                             invocation.operand);
-  if (invocation.Has(OptionId::List))
-    WriteList(task);
-  else if (invocation.Has(OptionId::AsShown))
-    WriteAsShown(task);
-  else
-    WriteFaithful(task);
+  try {
+    Run(task);
+  } catch (const CommandError&) {
+    // A part that could not be unpacked tells more than what its reader made of that.
+    if (task.source.parts) task.source.parts->Settle();
+    throw;
+  }
   return ExitStatus::Done;
 }
 

@@ -112,12 +112,19 @@ std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
   files.Add(1, only < 0 ? parts.Fetch(workbook.part) : WriteWorkbookOf(*sheets.front(), workspace));
   if (!workbook.relationships.empty()) files.Add(2, parts.Fetch(workbook.relationships));
   if (!workbook.strings.empty()) files.Add(3, parts.Fetch(workbook.strings));
-  for (const SheetInfo* sheet : sheets)
-    if (!sheet->part.empty()) parts.Fetch(sheet->part);
+  std::vector<std::string> ahead;
+  for (const SheetInfo* sheet : sheets) {
+    if (sheet->part.empty()) continue;
+    if (!parts.Has(sheet->part)) parts.Fetch(sheet->part);  // which says so
+    ahead.push_back(sheet->part);
+  }
+  parts.FetchAhead(ahead);
 
   static_cast<void>(TakeXmlWords());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
-  if (!import.ParseXmlFiles(files.Pointers()))
+  const bool isWritten = import.ParseXmlFiles(files.Pointers());
+  parts.Settle();
+  if (!isWritten)
     throw CommandError(ExitStatus::BadInput,
                        parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
   for (const SheetInfo* sheet : sheets)
@@ -137,7 +144,9 @@ std::string ImportOpenDocument(const Source& source, int only, const Workspace& 
   static_cast<void>(TakeXmlWords());
   COpenOfficeXMLImport import(os::FromNative(content).c_str());
   import.SetDataSaveFileName(os::FromNative(text).c_str());
-  if (import.ImportXMLFile() == 1) return text;
+  const bool isWritten = import.ImportXMLFile() == 1;
+  if (source.parts) source.parts->Settle();
+  if (isWritten) return text;
   const std::string words = TakeXmlWords();
   throw CommandError(
       ExitStatus::BadInput,

@@ -16,6 +16,63 @@ namespace fs = std::filesystem;
 Parts::Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgress progress)
     : m_Package(std::move(package)), m_Folder(std::move(folder)), m_Progress(std::move(progress)) {}
 
+// Thrown through the unpacking when nobody waits for it any more.
+struct Stopped {};
+
+Parts::~Parts() {
+  m_Stops = true;
+  Join();
+}
+
+void Parts::Join() {
+  if (m_Thread.joinable()) m_Thread.join();
+}
+
+void Parts::MakeFoldersFor(const std::string& part) const {
+  std::error_code ignored;
+  // Never the folder itself: somebody who removes it must not find it back.
+  for (std::size_t slash = part.find('/'); slash != part.npos; slash = part.find('/', slash + 1))
+    fs::create_directory(PathOf(part.substr(0, slash)), ignored);
+}
+
+void Parts::FetchAhead(const std::vector<std::string>& parts) {
+  Settle();
+  std::vector<Ahead> ahead;
+  std::error_code error;
+  for (const std::string& part : parts) {
+    if (part.empty() || !Has(part) || fs::exists(PathOf(part), error)) continue;
+    MakeFoldersFor(part);
+    ahead.push_back({part, std::make_unique<os::GrowingFile>(PathOf(part))});
+    if (const auto& state = ahead.back().file->State(); !state)
+      throw CommandError(ExitStatus::JobFailed, os::Describe(state.Error()));
+  }
+  m_Ahead = std::move(ahead);
+  if (!m_Ahead.empty()) m_Thread = std::thread([this] { UnpackAhead(); });
+}
+
+void Parts::UnpackAhead() {
+  for (Ahead& ahead : m_Ahead) {
+    try {
+      if (m_Failure) throw Stopped();
+      m_Package->Unpack(ahead.part, PathOf(ahead.part),
+                        [&](std::uint64_t done, std::uint64_t whole) {
+                          if (m_Stops) throw Stopped();
+                          ahead.file->Grow(done);
+                          if (m_Progress) m_Progress(done, whole);
+                        });
+      ahead.file->End(true);
+    } catch (...) {
+      if (!m_Failure) m_Failure = std::current_exception();
+      ahead.file->End(false);
+    }
+  }
+}
+
+void Parts::Settle() {
+  Join();
+  if (m_Failure) std::rethrow_exception(std::exchange(m_Failure, nullptr));
+}
+
 std::string Parts::Fetch(const std::string& part) {
   std::string path = PathOf(part);
   std::error_code error;
@@ -23,9 +80,8 @@ std::string Parts::Fetch(const std::string& part) {
   if (!Has(part))
     throw CommandError(ExitStatus::BadInput,
                        Name() + ": it has no part '" + PrintableName(part) + "'");
-  // Never the folder itself: somebody who removes it must not find it back.
-  for (std::size_t slash = part.find('/'); slash != part.npos; slash = part.find('/', slash + 1))
-    fs::create_directory(PathOf(part.substr(0, slash)), error);
+  Join();  // a package is unpacked by one thread at a time
+  MakeFoldersFor(part);
   m_Package->Unpack(part, path, m_Progress);
   return path;
 }

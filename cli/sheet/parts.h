@@ -1,9 +1,14 @@
 #pragma once
 
+#include <atomic>
+#include <exception>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "cli/sheet/package.h"
+#include "rastrel/platform/os/growing_file.h"
 
 namespace rastrel::cli::sheet {
 
@@ -13,12 +18,22 @@ class Parts {
  public:
   /// `folder` is there and empty; a native path.
   Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgress progress);
+  ~Parts();
+  Parts(const Parts&) = delete;
+  Parts& operator=(const Parts&) = delete;
 
   /// Whether the package has the part.
   [[nodiscard]] bool Has(const std::string& part) const { return !m_Package->Find(part).empty(); }
   /// Native path of the part's file, which is unpacked at the first call. Throws
   /// CommandError(BadInput) if the package has no such part.
   std::string Fetch(const std::string& part);
+  /// Begins to unpack parts in this order on a thread of its own, and returns at once. Who reads
+  /// their files through the XML layer waits for what is still to come. What the package lacks, and
+  /// what is there already, is passed over. The progress is told on that thread.
+  void FetchAhead(const std::vector<std::string>& parts);
+  /// Waits until they are unpacked. Throws what kept one from it; its readers were told that its
+  /// file can't be read.
+  void Settle();
   /// Native path that the part has or would have.
   [[nodiscard]] std::string PathOf(const std::string& part) const { return m_Folder + "/" + part; }
   [[nodiscard]] const std::string& Folder() const { return m_Folder; }
@@ -34,7 +49,19 @@ class Parts {
  private:
   std::unique_ptr<Package> m_Package;
   std::string m_Folder;
+  struct Ahead {
+    std::string part;
+    std::unique_ptr<os::GrowingFile> file;
+  };
+  void MakeFoldersFor(const std::string& part) const;
+  void UnpackAhead();
+  void Join();
+
   UnpackProgress m_Progress;
+  std::vector<Ahead> m_Ahead;
+  std::exception_ptr m_Failure;  // of the thread
+  std::atomic<bool> m_Stops = false;
+  std::thread m_Thread;
 };
 
 /// What the XML layer found wrong last, as "3:17: why"; empty if nothing. Forgets it.

@@ -74,6 +74,7 @@ Source OpenDocumentSource(std::unique_ptr<Parts> parts) {
   if (IsEncrypted(*parts)) Refuse(name, "it is encrypted; save it without a password");
   Source source;
   source.kind = Source::Kind::OpenDocument;
+  parts->FetchAhead({ContentPart});
   source.document = {parts->Fetch(ContentPart), name + ": " + ContentPart};
   source.parts = std::move(parts);
   return source;

@@ -9,7 +9,14 @@
 namespace rastrel::imports {
 
 os::Outcome<std::size_t> XmlFileSource::Read(std::span<char> bytes) {
-  const long count = m_File.ReadAt(m_Offset, bytes);
+  long count = m_File.ReadAt(m_Offset, bytes);
+  while (count == 0 && !bytes.empty()) {
+    const os::Growth growth = m_File.AwaitGrowth(m_Offset);
+    if (growth == os::Growth::Whole) break;
+    if (growth == os::Growth::Failed)
+      return os::Failure{.operation = "read", .subject = os::ToNative(m_Path), .error = EIO};
+    count = m_File.ReadAt(m_Offset, bytes);
+  }
   if (count < 0)
     return os::Failure{.operation = "read", .subject = os::ToNative(m_Path), .error = errno};
   m_Offset += static_cast<std::uint64_t>(count);

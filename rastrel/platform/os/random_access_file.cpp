@@ -50,13 +50,15 @@ long RandomAccessFile::ReadAt(std::uint64_t offset, std::span<char> bytes) {
 // How many of `count` bytes from `offset` on were never written, and so are zeros. Reading them
 // would have the system fill its cache with zeros, at a hundredth of the speed.
 std::size_t RandomAccessFile::HoleAt(std::uint64_t offset, std::size_t count) {
-  const off_t data = ::lseek(m_File.Get(), static_cast<off_t>(offset), SEEK_DATA);
+  const auto find = [&] { return ::lseek(m_File.Get(), static_cast<off_t>(offset), SEEK_DATA); };
+  off_t data = find();
   std::uint64_t end = offset;
-  if (data >= 0) {
-    m_Offset = end = static_cast<std::uint64_t>(data);
-  } else if (errno == ENXIO) {
+  if (data < 0 && errno == ENXIO) {
+    // A file that grows meanwhile has data behind a size that was asked for before.
     end = std::max(Size(), offset);
+    data = end > offset ? find() : -1;
   }
+  if (data >= 0) m_Offset = end = static_cast<std::uint64_t>(data);
   return static_cast<std::size_t>(std::min<std::uint64_t>(end - offset, count));
 }
 

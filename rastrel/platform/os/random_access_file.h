@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/growing_file.h"
 #include "rastrel/platform/os/outcome.h"
 
 namespace rastrel::os {
@@ -22,6 +23,12 @@ class RandomAccessFile {
   /// end or where a part that was never written begins; 0 at and behind the end; -1 with errno set.
   /// Goes on after an interruption.
   [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes);
+
+  /// At the file's end: waits if the file is announced as one that this process still writes (see
+  /// growing_file.h).
+  [[nodiscard]] Growth AwaitGrowth(std::uint64_t size) const {
+    return WaitForGrowth(m_File.Get(), size);
+  }
 
   /// Present size in bytes; 0 if it can't be asked.
   [[nodiscard]] std::uint64_t Size() const;

@@ -1,0 +1,89 @@
+#include "cli/sheet/parts.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "cli/exit_status.h"
+#include "rastrel/imports/xml_layer.h"
+#include "rastrel/platform/os/growing_file.h"
+#include "rastrel/platform/os/path.h"
+#include "tests/support/library_fixture.h"
+#include "tests/support/scratch_directory.h"
+
+using rastrel::cli::CommandError;
+using rastrel::cli::ExitStatus;
+using rastrel::cli::sheet::Package;
+using rastrel::cli::sheet::Parts;
+using rastrel::cli::sheet::UnpackProgress;
+using rastrel::test::ScratchDirectory;
+
+namespace {
+
+// Its parts are documents of many pieces; "broken" fails in its middle, "missing" is not there.
+class SlowPackage : public Package {
+ public:
+  SlowPackage() : Package("slow") {}
+  [[nodiscard]] std::string Find(const std::string& part) const override {
+    return part == "missing" ? "" : part;
+  }
+  [[nodiscard]] std::uint64_t SizeOf(const std::string&) const override { return 0; }
+  void Unpack(const std::string& part, const std::string& target,
+              const UnpackProgress& progress) override {
+    std::ofstream file(target, std::ios::binary);
+    file << "<root>";
+    for (int piece = 0; piece < 500; ++piece) {
+      if (part == "broken" && piece == 250)
+        throw CommandError(ExitStatus::BadInput, "slow: it is damaged");
+      file << "<item>" << std::string(1000, 'x') << "</item>" << std::flush;
+      if (progress) progress(static_cast<std::uint64_t>(file.tellp()), 0);
+    }
+    file << "</root>";
+  }
+};
+
+class PartsTest : public rastrel::test::LibraryTest {
+ protected:
+  std::size_t Items(const std::string& part) const {
+    return ChildrenNamed(LoadXmlFile(rastrel::os::FromNative(m_Parts.PathOf(part))), L"item")
+        .size();
+  }
+  ScratchDirectory m_Directory;
+  Parts m_Parts{std::make_unique<SlowPackage>(), m_Directory.Path(), {}};
+};
+
+}  // namespace
+
+TEST_F(PartsTest, parts_that_are_fetched_ahead_are_read_whole_while_they_are_unpacked) {
+  m_Parts.FetchAhead({"a/one", "missing", "", "a/two"});
+  EXPECT_EQ(Items("a/two"), 500U);
+  EXPECT_EQ(Items("a/one"), 500U);
+  m_Parts.Settle();
+  EXPECT_FALSE(m_Directory.Has("missing"));
+}
+
+TEST_F(PartsTest, another_part_is_fetched_when_the_ones_ahead_are_there) {
+  m_Parts.FetchAhead({"one"});
+  EXPECT_EQ(m_Parts.Fetch("two"), m_Parts.PathOf("two"));
+  EXPECT_EQ(Items("two"), 500U);
+  EXPECT_EQ(Items("one"), 500U);
+}
+
+TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_tells_why) {
+  m_Parts.FetchAhead({"broken", "behind"});
+  EXPECT_EQ(Items("broken"), 0U);
+  EXPECT_EQ(Items("behind"), 0U);
+  try {
+    m_Parts.Settle();
+    ADD_FAILURE() << "settled";
+  } catch (const CommandError& error) {
+    EXPECT_STREQ(error.what(), "slow: it is damaged");
+  }
+  m_Parts.Settle();
+}
+
+TEST_F(PartsTest, parts_that_nobody_waits_for_are_left) {
+  m_Parts.FetchAhead({"one", "two", "three"});
+}
