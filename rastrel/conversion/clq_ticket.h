@@ -50,7 +50,8 @@ class CLQTicket : public CJobMessaging {
   /// Milliseconds. Long enough to remove what a large job has made.
   static int s_Patience;
 
-  /// Whether a job was started and has not ended by itself; it may end at any time.
+  /// Whether a job was started and has not ended by itself; it may end at any time. Like all but
+  /// the reports, for the host's thread.
   [[nodiscard]] bool IsRunning() const { return m_hThread != nullptr && !m_bEnded; }
 
  protected:
