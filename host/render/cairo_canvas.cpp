@@ -2,7 +2,11 @@
 
 #include <cairo.h>
 
+#include <algorithm>
+#include <cmath>
+
 #include "host/graphics/picture.h"
+#include "host/render/letter_outlines.h"
 #include "host/text/text_layout.h"
 
 namespace rastrel::render {
@@ -49,17 +53,17 @@ cairo_matrix_t MatrixOf(const TM& place) {
 
 }  // namespace
 
-CairoCanvas::CairoCanvas(cairo_t* context, double unitsPerPoint, double thinnest, bool outlines)
+CairoCanvas::CairoCanvas(cairo_t* context, const Device& device, bool outlines)
     : m_Context(context),
-      m_Farthest(FarthestUnit / unitsPerPoint),
-      m_Thinnest(thinnest),
+      m_Device(device),
+      m_Farthest(FarthestUnit / device.unitsPerPoint),
       m_Outlines(outlines) {
   cairo_set_fill_rule(context, CAIRO_FILL_RULE_EVEN_ODD);
 }
 
 void CairoCanvas::Stroke(const Pen& pen) {
   SetColor(m_Context, pen.color);
-  cairo_set_line_width(m_Context, pen.width > 0 ? pen.width : m_Thinnest);
+  cairo_set_line_width(m_Context, pen.width > 0 ? pen.width : m_Device.thinnest);
   if (pen.dashed) cairo_set_dash(m_Context, Dashes, 2, 0);
   cairo_stroke(m_Context);
   if (pen.dashed) cairo_set_dash(m_Context, nullptr, 0, 0);
@@ -90,18 +94,20 @@ void CairoCanvas::DrawCircle(Point centre, double radius, const Pen& pen) {
 
 void CairoCanvas::DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                            const TM& place) {
+  const double stretch = std::max(std::hypot(place.a, place.b), std::hypot(place.c, place.d));
+  const double letter = layout.Runs()[run].size * stretch * m_Device.unitsPerPoint;
+  SetColor(m_Context, color);
+  if (m_Outlines || letter > m_Device.largestLetter) {
+    AddPath(m_Context, LetterOutlines(layout, run, place));
+    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
+    cairo_fill(m_Context);
+    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_EVEN_ODD);
+    return;
+  }
   const cairo_matrix_t matrix = MatrixOf(place);
   cairo_save(m_Context);
   cairo_transform(m_Context, &matrix);
-  SetColor(m_Context, color);
-  if (m_Outlines) {
-    layout.AddOutlines(m_Context, run);
-    // Letters overlap where fonts and ligatures have it so.
-    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
-    cairo_fill(m_Context);
-  } else {
-    layout.DrawRun(m_Context, run);
-  }
+  layout.DrawRun(m_Context, run);
   cairo_restore(m_Context);
 }
 

@@ -10,9 +10,15 @@ namespace rastrel::render {
 /// Paints into a cairo context whose unit is a point and whose y grows downward.
 class CairoCanvas : public Canvas {
  public:
-  /// `context` must outlive the canvas. `unitsPerPoint` is the device's resolution, `thinnest` the
-  /// width in points of lines without one. With `outlines` every letter is a path.
-  CairoCanvas(cairo_t* context, double unitsPerPoint, double thinnest, bool outlines);
+  /// What the device is like.
+  struct Device {
+    double unitsPerPoint = 1;       ///< resolution
+    double thinnest = 0.25;         ///< points: the width of lines without one
+    double largestLetter = 10'000;  ///< units: larger ones are drawn as paths
+  };
+
+  /// `context` must outlive the canvas. With `outlines` every letter is a path.
+  CairoCanvas(cairo_t* context, const Device& device, bool outlines);
 
   [[nodiscard]] double Farthest() const override { return m_Farthest; }
   void DrawOutline(const Outline& outline, const std::optional<Color>& inside,
@@ -26,8 +32,8 @@ class CairoCanvas : public Canvas {
   void Stroke(const Pen& pen);
 
   cairo_t* m_Context;
+  Device m_Device;
   double m_Farthest;
-  double m_Thinnest;
   bool m_Outlines;
 };
 

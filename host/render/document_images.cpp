@@ -23,6 +23,10 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
+// Letters that are larger are drawn as paths: pictures of single letters take memory, and the font
+// library has no letters without end.
+constexpr double LargestPixelLetter = 1000;
+constexpr double LargestPdfLetter = 10'000;
 
 struct CairoEnd {
   void operator()(cairo_t* context) const { cairo_destroy(context); }
@@ -84,7 +88,8 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
   cairo_set_source_rgb(context.get(), 1, 1, 1);
   cairo_paint(context.get());
   cairo_scale(context.get(), scale, scale);
-  CairoCanvas canvas(context.get(), scale, std::max(ThinnestLine, 1 / scale), options.outlines);
+  CairoCanvas canvas(context.get(), {scale, std::max(ThinnestLine, 1 / scale), LargestPixelLetter},
+                     options.outlines);
   renderer.Draw(page, canvas, options.blank);
   const cairo_status_t status = cairo_status(context.get());
   if (status != CAIRO_STATUS_SUCCESS) return Words(status);
@@ -101,7 +106,7 @@ Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) 
   cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
   {
     const Context context(cairo_create(surface.get()));
-    CairoCanvas canvas(context.get(), 1, ThinnestLine, options.outlines);
+    CairoCanvas canvas(context.get(), {1, ThinnestLine, LargestPdfLetter}, options.outlines);
     for (int page = pages.first; page <= pages.last; ++page) {
       renderer.Draw(page, canvas, options.blank);
       cairo_show_page(context.get());

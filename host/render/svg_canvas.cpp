@@ -1,14 +1,11 @@
 #include "host/render/svg_canvas.h"
 
-#include <cairo.h>
-
 #include <algorithm>
-#include <cmath>
-#include <memory>
 #include <utility>
 
 #include "host/document/base64.h"
 #include "host/graphics/picture.h"
+#include "host/render/letter_outlines.h"
 #include "host/render/picture_png.h"
 #include "host/render/svg_text.h"
 #include "host/text/text_layout.h"
@@ -68,43 +65,6 @@ void AppendFamily(std::string& text, const std::string& family) {
   }
   AppendEscaped(text, quoted);
   text += "'\"";
-}
-
-struct CairoEnd {
-  void operator()(cairo_t* context) const { cairo_destroy(context); }
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-  void operator()(cairo_path_t* path) const { cairo_path_destroy(path); }
-};
-
-Point Mapped(const TM& place, double x, double y) {
-  return {place.a * x + place.c * y + place.tx, place.b * x + place.d * y + place.ty};
-}
-
-// The outlines of a run on the page. The drawing library keeps 1/256 of a unit, so the letters are
-// drawn large there.
-Outline OutlinesOf(const text::TextLayout& layout, std::size_t run, const TM& place) {
-  const text::PlacedRun& placed = layout.Runs()[run];
-  const double scale = std::clamp(1e6 / std::max({placed.width, placed.size, 1.0}), 1e-3, 64.0);
-  const std::unique_ptr<cairo_surface_t, CairoEnd> surface(
-      cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
-  const std::unique_ptr<cairo_t, CairoEnd> context(cairo_create(surface.get()));
-  cairo_scale(context.get(), scale, scale);
-  layout.AddOutlines(context.get(), run);
-  const std::unique_ptr<cairo_path_t, CairoEnd> path(cairo_copy_path(context.get()));
-  Outline outline;
-  for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
-    const cairo_path_data_t* data = &path->data[i];
-    const auto point = [&](int number) {
-      return Mapped(place, data[number].point.x, data[number].point.y);
-    };
-    switch (data->header.type) {
-      case CAIRO_PATH_MOVE_TO: outline.MoveTo(point(1)); break;
-      case CAIRO_PATH_LINE_TO: outline.LineTo(point(1)); break;
-      case CAIRO_PATH_CURVE_TO: outline.CurveTo(point(1), point(2), point(3)); break;
-      case CAIRO_PATH_CLOSE_PATH: outline.Close(); break;
-    }
-  }
-  return outline;
 }
 
 }  // namespace
@@ -221,7 +181,7 @@ void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, con
 
 void SvgCanvas::DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
                              const TM& place) {
-  const Outline outline = OutlinesOf(layout, run, place);
+  const Outline outline = LetterOutlines(layout, run, place);
   if (outline.steps.empty()) return;
   m_Text += "<path d=\"";
   AppendPath(m_Text, outline);
