@@ -52,20 +52,25 @@ struct Pages {
   int last;
 };
 
-// The resolution that a PNG of the page can have, or why it can't have the one that is asked for.
+// Whole pixels of a length, at least 1.
+double PixelsOf(double points, double dpi) {
+  return std::max(1.0, std::round(points * dpi / PointsPerInch));
+}
+
+// Why a PNG of the page can't have the resolution that is asked for; nothing if it can.
 std::optional<std::wstring> WhyNoPng(const PageRenderer& renderer, double dpi) {
   if (!(dpi >= LowestDpi && dpi <= HighestDpi)) {
     return document::MeasureText(dpi) + L" dpi: a picture has " + document::MeasureText(LowestDpi) +
            L" to " + document::MeasureText(HighestDpi);
   }
-  const double width = renderer.Width() * dpi / PointsPerInch;
-  const double height = renderer.Height() * dpi / PointsPerInch;
+  const double width = PixelsOf(renderer.Width(), dpi);
+  const double height = PixelsOf(renderer.Height(), dpi);
   if (width * height <= static_cast<double>(MostPixels) &&
       std::max(width, height) <= LongestPixelSide) {
     return std::nullopt;
   }
-  return L"a picture of " + document::MeasureText(std::ceil(width)) + L" by " +
-         document::MeasureText(std::ceil(height)) + L" pixels is too large: " +
+  return L"a picture of " + std::to_wstring(std::llround(width)) + L" by " +
+         std::to_wstring(std::llround(height)) + L" pixels is too large: " +
          std::to_wstring(MostPixels) + L" pixels, and " + std::to_wstring(LongestPixelSide) +
          L" a side, are the most; " + document::MeasureText(dpi) + L" dpi are too many";
 }
@@ -79,11 +84,9 @@ Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
 Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
   if (auto refusal = WhyNoPng(renderer, options.dpi)) return std::move(*refusal);
   const double scale = options.dpi / PointsPerInch;
-  const auto pixels = [&](double points) {
-    return std::max(1, static_cast<int>(std::lround(points * scale)));
-  };
-  const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels(renderer.Width()),
-                                                   pixels(renderer.Height())));
+  const Surface surface(cairo_image_surface_create(
+      CAIRO_FORMAT_RGB24, static_cast<int>(PixelsOf(renderer.Width(), options.dpi)),
+      static_cast<int>(PixelsOf(renderer.Height(), options.dpi))));
   const Context context(cairo_create(surface.get()));
   cairo_set_source_rgb(context.get(), 1, 1, 1);
   cairo_paint(context.get());
