@@ -43,8 +43,8 @@ void AppendEscaped(std::string& line, std::string_view text) {
   }
 }
 
-RowText::RowText(const std::string& path, Form form, bool marks)
-    : m_Path(path), m_Form(form), m_Marks(marks), m_File(Create(path)) {}
+RowText::RowText(const std::string& path, Form form, bool marks, std::uint64_t mostBytes)
+    : m_Path(path), m_Form(form), m_Marks(marks), m_MostBytes(mostBytes), m_File(Create(path)) {}
 
 void RowText::BeginSheet(const SheetInfo& sheet, std::size_t number) {
   m_Row = 0;
@@ -83,10 +83,10 @@ void RowText::Finish() { Flush(); }
 
 void RowText::Flush() {
   m_Written += m_Text.size();
-  if (m_Written > limits::OutputBytes)
-    throw CommandError(ExitStatus::BadInput, "the text has more than " +
-                                                 std::to_string(limits::OutputBytes) +
-                                                 " bytes, which is the limit");
+  if (m_Written > m_MostBytes)
+    throw CommandError(
+        ExitStatus::BadInput,
+        "the text has more than " + std::to_string(m_MostBytes) + " bytes, which is the limit");
   if (!os::WriteAll(m_File.Get(), m_Text))
     throw CommandError(ExitStatus::JobFailed, os::Describe({"write", m_Path, errno}));
   m_Text.clear();

@@ -22,8 +22,9 @@ class RowText : public RowSink {
     Json,   ///< a JSON object for each row
   };
   /// Makes the file new. With `marks` a line stands in front of each sheet's rows. Throws
-  /// CommandError.
-  RowText(const std::string& path, Form form, bool marks);
+  /// CommandError, later also for a text of more than `mostBytes`.
+  RowText(const std::string& path, Form form, bool marks,
+          std::uint64_t mostBytes = limits::OutputBytes);
 
   void BeginSheet(const SheetInfo& sheet, std::size_t number) override;
   void Row(std::uint64_t row, std::vector<std::string>& cells) override;
@@ -36,6 +37,7 @@ class RowText : public RowSink {
   std::string m_Path;
   Form m_Form;
   bool m_Marks;
+  std::uint64_t m_MostBytes;
   os::FileDescriptor m_File;
   std::string m_Text;
   std::string m_Sheet;

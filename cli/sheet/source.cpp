@@ -97,11 +97,15 @@ Source PackageSource(std::unique_ptr<Package> package, const Workspace& workspac
   return source;
 }
 
-Source FlatSource(const std::string& path) {
+Source FlatSource(const std::string& path, std::string_view head) {
   static_cast<void>(TakeXmlWords());
   RootReader reader;
   static_cast<void>(reader.ReadFrom(path));
   const std::string words = TakeXmlWords();
+  // A mark and blanks may stand in front.
+  const bool isMarkup = head.find('<') < head.find_first_not_of("\xEF\xBB\xBF \t\r\n<");
+  if (reader.Root().empty() && isMarkup)
+    throw CommandError(ExitStatus::BadInput, path + ":" + words);
   if (reader.Root().empty())
     Refuse(path, "it is neither a package of a spreadsheet nor a document of XML:" + words);
   if (reader.Root() != L"document" && reader.Root() != L"document-content")
@@ -128,7 +132,7 @@ Source OpenSource(const std::string& path, Workspace& workspace, const UnpackPro
     return PackageSource(OpenZipPackage(path), workspace, progress);
   if (head.starts_with("\xD0\xCF\x11\xE0"sv))
     Refuse(path, "it is encrypted, or of the old binary form (.xls); save it as .xlsx");
-  return FlatSource(path);
+  return FlatSource(path, head);
 }
 
 std::vector<SheetInfo> SheetsOf(const Source& source) {

@@ -1,6 +1,5 @@
 #include "cli/sheet/string_table.h"
 
-#include "cli/sheet/spreadsheet.h"
 #include "cli/sheet/xml_reading.h"
 #include "rastrel/platform/os/text.h"
 
@@ -27,7 +26,7 @@ int HexValue(std::string_view digits) {
 
 }  // namespace
 
-StringTable StringTable::Read(Parts& parts, const std::string& part) {
+StringTable StringTable::Read(Parts& parts, const std::string& part, std::size_t mostBytes) {
   StringTable table;
   if (part.empty()) return table;
   PathReader reader;
@@ -37,9 +36,9 @@ StringTable StringTable::Read(Parts& parts, const std::string& part) {
     if (table.m_Ends.size() > limits::Strings)
       reader.Refuse(L"there are more shared strings than the limit of " +
                     std::to_wstring(limits::Strings));
-    if (table.m_Text.size() > limits::StringBytes)
+    if (table.m_Text.size() > mostBytes)
       reader.Refuse(L"the shared strings have more bytes than the limit of " +
-                    std::to_wstring(limits::StringBytes));
+                    std::to_wstring(mostBytes));
   });
   const std::string path = parts.Fetch(part);
   if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep)) parts.RefuseXml(part, "it can't be read");

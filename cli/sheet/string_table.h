@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/sheet/parts.h"
+#include "cli/sheet/spreadsheet.h"
 #include "rastrel/imports/xml_node.h"
 
 namespace rastrel::cli::sheet {
@@ -14,8 +15,9 @@ namespace rastrel::cli::sheet {
 class StringTable {
  public:
   /// Reads the part; without one the table is empty. Throws CommandError(BadInput), also beyond
-  /// limits::Strings or limits::StringBytes.
-  [[nodiscard]] static StringTable Read(Parts& parts, const std::string& part);
+  /// limits::Strings or `mostBytes`.
+  [[nodiscard]] static StringTable Read(Parts& parts, const std::string& part,
+                                        std::size_t mostBytes = limits::StringBytes);
 
   [[nodiscard]] std::size_t Count() const { return m_Ends.size(); }
   /// REQUIRES: index < Count().
