@@ -1,31 +1,28 @@
 #include "cli/sheet/zip_library.h"
 
-#include <dlfcn.h>
-
 #include <string>
 
 #include "cli/exit_status.h"
+#include "rastrel/platform/os/shared_library.h"
 
 namespace rastrel::cli::sheet {
 namespace {
 
-[[noreturn]] void Missing() {
-  const char* why = ::dlerror();
-  throw CommandError(ExitStatus::NotInstalled,
-                     std::string("libzip, which reads packages of spreadsheets, can't be used: ") +
-                         (why != nullptr ? why : "unknown reason") + "; install libzip4");
+[[noreturn]] void Missing(const std::string& why) {
+  throw CommandError(
+      ExitStatus::NotInstalled,
+      "libzip, which reads packages of spreadsheets, can't be used: " + why + "; install libzip4");
 }
 
 template <typename Function>
-void Bind(void* library, Function& function, const char* name) {
-  void* address = ::dlsym(library, name);
-  if (address == nullptr) Missing();
-  function = reinterpret_cast<Function>(address);
+void Bind(const os::SharedLibrary& library, Function*& function, const char* name) {
+  if (!library.Bind(function, name)) Missing(std::string("it has no ") + name);
 }
 
 ZipLibrary Load() {
-  void* library = ::dlopen(RASTREL_LIBZIP, RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) Missing();
+  const auto found = os::SharedLibrary::Open(RASTREL_LIBZIP);
+  if (!found) Missing(found.Error());
+  const os::SharedLibrary& library = *found;
   ZipLibrary zip{};
   Bind(library, zip.open, "zip_open");
   Bind(library, zip.discard, "zip_discard");

@@ -1,7 +1,7 @@
 #include "rastrel/platform/host/window_faces.h"
 
 #include "rastrel/platform/host/data_root.h"
-#include "rastrel/platform/os/library.h"
+#include "rastrel/platform/os/shared_library.h"
 
 namespace rastrel::host {
 
@@ -10,10 +10,11 @@ os::Expected<DialogFaces*, std::string> LoadWindowFaces() {
   if (faces != nullptr) return faces;
   const std::string programs = FindResources().programs;
   if (programs.empty()) return std::string("rastrel-window.so is not installed");
-  const auto library = os::LoadLibrary(programs + "/rastrel-window.so");
+  const auto library = os::SharedLibrary::Open((programs + "/rastrel-window.so").c_str());
   if (!library) return library.Error();
-  auto* const make = reinterpret_cast<MakeWindowFaces*>(library->Find(MakeWindowFacesName));
-  if (make == nullptr) return std::string("rastrel-window.so is of another kind");
+  MakeWindowFaces* make = nullptr;
+  if (!library->Bind(make, MakeWindowFacesName))
+    return std::string("rastrel-window.so is of another kind");
   const char* reason = nullptr;
   faces = make(WindowFacesVersion, &reason);
   if (faces != nullptr) return faces;

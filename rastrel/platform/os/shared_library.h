@@ -8,8 +8,9 @@
 /// all that it needs in turn, of every start of every program.
 namespace rastrel::os {
 
-/// A library of the system, by the name that programs are linked against ("libxml2.so.2"). Stays
-/// loaded for the life of the process, whatever becomes of this object; may be copied. Thread: any.
+/// A library of the system, by the name that programs are linked against ("libxml2.so.2"), or one
+/// of our own by its native path. Stays loaded for the life of the process, whatever becomes of
+/// this object; may be copied. Thread: any.
 class SharedLibrary {
  public:
   /// Loads it, or the loader's words for why it can't be had.
