@@ -137,7 +137,7 @@ os::Outcome<os::Done> MoveChanged(const std::string& source, const std::string& 
   TIFFSetField(to.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
   TIFFSetField(to.get(), TIFFTAG_COMPRESSION, COMPRESSION_NONE);
   TIFFSetField(to.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-  for (const ttag_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION}) {
+  for (const ttag_t tag : {ttag_t{TIFFTAG_XRESOLUTION}, ttag_t{TIFFTAG_YRESOLUTION}}) {
     float resolution = 0;
     if (TIFFGetField(from.get(), tag, &resolution) == 1) {
       TIFFSetField(to.get(), tag, static_cast<double>(resolution));
