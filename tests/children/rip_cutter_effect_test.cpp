@@ -237,6 +237,41 @@ TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths
   }
 }
 
+// A restore takes back what the interpreter holds since the save, but what was cut stays cut.
+TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string start = "%!PS\n<< /PageSize [144 144] >> setpagedevice\n";
+  const std::string square = " 1 0 0 setrgbcolor 40 40 20 20 rectstroke ";
+  const std::string small = " gsave 0 0 10 10 rectclip" + square + "grestore ";
+  // On each page, its paths: whether they lie inside of the clip.
+  const std::vector<std::pair<std::string, std::vector<Names>>> cases{
+      {"save" + square + "restore showpage", {{"inside"}}},
+      {"save" + square + "restore" + square + "save" + square + "restore showpage",
+       {{"inside", "inside", "inside"}}},
+      {"save save" + square + "restore" + square + "restore showpage", {{"inside", "inside"}}},
+      {"save" + square + "showpage" + square + "restore showpage", {{"inside"}, {"inside"}}},
+      {"save" + small + "restore" + square + "showpage", {{"outside", "inside"}}},
+      {square + "save" + small + "restore" + square + "showpage",
+       {{"inside", "outside", "inside"}}},
+      {"save" + square + "restore showpage \x04" + start + square + "showpage",
+       {{"inside"}, {"inside"}}},
+      // Painted behind the last page of a job, and so on none.
+      {square + "showpage" + square + "\x04" + start + square + "showpage",
+       {{"inside"}, {"inside"}}}};
+  for (const auto& [drawing, expected] : cases) {
+    SCOPED_TRACE(drawing);
+    const std::string job = bench.File("job.ps", start + drawing + "\n");
+    const Names pages =
+        Pages(bench.Run({PrefixOf(bench, prefix::CutterSection(RedCut())), job}), expected.size());
+    for (std::size_t page = 0; page < pages.size(); ++page) {
+      Names clips;
+      for (const CutPath& path : CutPathsOf(pages[page])) clips.push_back(path.clip);
+      EXPECT_EQ(clips, expected[page]);
+    }
+  }
+}
+
 // Fonts whose glyphs are programs: one with a shape in the text's colour, one that paints blue.
 TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_colour) {
   REQUIRE_GHOSTSCRIPT();
