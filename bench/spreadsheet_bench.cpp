@@ -32,12 +32,14 @@ namespace bench = rastrel::bench;
 constexpr int Rows = 200000;
 constexpr int Columns = 10;
 constexpr int SmallRows = 50;
-constexpr int Strings = 50000;
+// Different texts of a document with so many rows.
+int StringsOf(int rows) { return rows / 4; }
 constexpr int Rounds = 3;
 
 // What a process took.
 struct Cost {
   double milliseconds = 0;
+  double processorMilliseconds = 0;
   double peakMiB = 0;
 };
 
@@ -65,6 +67,10 @@ Cost Run(std::vector<std::string> arguments) {
     std::fprintf(stderr, "%s ended with status %d\n", arguments[0].c_str(), status);
     std::exit(1);
   }
+  const auto of = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+  };
+  cost.processorMilliseconds = of(used.ru_utime) + of(used.ru_stime);
   cost.peakMiB = static_cast<double>(used.ru_maxrss) / 1024.0;
   return cost;
 }
@@ -79,14 +85,17 @@ class Cells {
     int text;       // number of the text
     double number;  // else
   };
+  explicit Cells(int rows) : m_Strings(static_cast<unsigned>(StringsOf(rows))) {}
+
   Cell Next(int column) {
     if (m_Random() % 20 == 0) return {Kind::Gap, 0, 0};
-    if (column % 3 == 0) return {Kind::Text, static_cast<int>(m_Random() % Strings), 0};
+    if (column % 3 == 0) return {Kind::Text, static_cast<int>(m_Random() % m_Strings), 0};
     if (column % 3 == 1) return {Kind::Whole, 0, static_cast<double>(m_Random() % 100000)};
     return {Kind::Fraction, 0, static_cast<double>(m_Random() % 1000000007) / 1048576.0};
   }
 
  private:
+  unsigned m_Strings;
   std::mt19937 m_Random{1};
 };
 
@@ -102,7 +111,7 @@ void WriteSheet(const std::string& path, int rows) {
   std::ofstream file(path, std::ios::binary);
   file << "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<worksheet "
           "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>";
-  Cells cells;
+  Cells cells(rows);
   for (int row = 1; row <= rows; ++row) {
     file << "<row r=\"" << row << "\" spans=\"1:10\">";
     for (int column = 0; column < Columns; ++column) {
@@ -128,7 +137,7 @@ void WriteContent(const std::string& path, int rows) {
        << "text:1.0\" office:version=\"1.3\"><office:body><office:spreadsheet>"
           "<table:table table:name=\"S\"><table:table-column "
           "table:number-columns-repeated=\"10\"/>";
-  Cells cells;
+  Cells cells(rows);
   for (int row = 1; row <= rows; ++row) {
     file << "<table:table-row>";
     for (int column = 0; column < Columns; ++column) {
@@ -151,9 +160,10 @@ void WriteContent(const std::string& path, int rows) {
   file << "</table:table></office:spreadsheet></office:body></office:document-content>";
 }
 
-std::string SharedStrings() {
+std::string SharedStrings(int rows) {
   std::string text = "<sst xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\">";
-  for (int number = 0; number < Strings; ++number) text += "<si><t>" + TextOf(number) + "</t></si>";
+  for (int number = 0; number < StringsOf(rows); ++number)
+    text += "<si><t>" + TextOf(number) + "</t></si>";
   return text + "</sst>";
 }
 
@@ -172,7 +182,7 @@ void WriteZip(const std::string& path,
   if (zip_close(package) != 0) std::exit(1);
 }
 
-void WriteWorkbook(const std::string& path, const std::string& sheet) {
+void WriteWorkbook(const std::string& path, const std::string& sheet, int rows) {
   const std::string office = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
   const std::string package = "http://schemas.openxmlformats.org/package/2006/";
   const std::string kind = "application/vnd.openxmlformats-officedocument.spreadsheetml.";
@@ -201,7 +211,7 @@ void WriteWorkbook(const std::string& path, const std::string& sheet) {
        {"xl/_rels/workbook.xml.rels",
         relationships + link("rId1", "worksheet", "worksheets/sheet1.xml") +
             link("rId2", "sharedStrings", "sharedStrings.xml") + "</Relationships>"},
-       {"xl/sharedStrings.xml", SharedStrings()},
+       {"xl/sharedStrings.xml", SharedStrings(rows)},
        {"xl/worksheets/sheet1.xml", sheet}});
 }
 
@@ -254,8 +264,8 @@ class Bench {
     WriteSheet(Path("small.xml"), SmallRows);
     WriteContent(Path("content.xml"), Rows);
     WriteContent(Path("small-content.xml"), SmallRows);
-    WriteWorkbook(Path("large.xlsx"), Path("sheet.xml"));
-    WriteWorkbook(Path("small.xlsx"), Path("small.xml"));
+    WriteWorkbook(Path("large.xlsx"), Path("sheet.xml"), Rows);
+    WriteWorkbook(Path("small.xlsx"), Path("small.xml"), SmallRows);
     WriteOpenDocument(Path("large.ods"), Path("content.xml"));
     WriteOpenDocument(Path("small.ods"), Path("small-content.xml"));
     Run(LibreOffice("small.xlsx"));  // makes its profile, which no round is to pay for
@@ -267,43 +277,57 @@ class Bench {
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
 
-  // Ours and all peers in turn, a line a peer. `rows` is 0 where cells a second tell nothing.
-  void Measure(const std::string& what, const std::string& file, const std::string& document,
-               int rows) {
-    std::vector<double> ours;
-    std::map<std::string, std::vector<double>> theirs;
-    double peak = 0;
+  // Ours and all peers in turn, a line a peer. Small documents have no limits: what they tell is
+  // how long the programs take to start.
+  void Measure(const std::string& what, const std::string& file) {
+    std::vector<Cost> ours;
+    std::map<std::string, std::vector<Cost>> theirs;
     const std::vector<Peer> peers = PeersFor(file);
     for (int round = 0; round < Rounds; ++round) {
-      const Cost own = Run({m_Command, "sheet", Path(file), "-o", Path("ours.tsv")});
-      if (own.milliseconds <= 0) std::exit(1);
-      ours.push_back(own.milliseconds);
-      peak = std::max(peak, own.peakMiB);
-      for (const Peer& peer : peers)
-        if (const Cost cost = Run(peer.arguments); cost.milliseconds > 0)
-          theirs[peer.name].push_back(cost.milliseconds);
+      ours.push_back(Run({m_Command, "sheet", Path(file), "-o", Path("ours.tsv")}));
+      for (const Peer& peer : peers) theirs[peer.name].push_back(Run(peer.arguments));
     }
-    const double our = bench::Median(ours);
+    const bool isSmall = file.starts_with("small");
     for (const Peer& peer : peers) {
-      if (theirs[peer.name].empty()) continue;
-      const double their = bench::Median(theirs[peer.name]);
-      std::printf("bench\t%s to text\t%.1f\tms\t%s\t%.1f\t%.3f\t%.2f\n", what.c_str(), our,
-                  peer.name.c_str(), their, our / their, peer.limit);
-      if (rows > 0 && peer.name == "LibreOffice")
-        std::printf("bench\t%s, cells a second\t%.2f\tmillion\t%s\t%.2f\t%.1f\t-\n", what.c_str(),
-                    rows * Columns / our / 1e3, peer.name.c_str(), rows * Columns / their / 1e3,
-                    their / our);
+      const std::vector<Cost>& costs = theirs[peer.name];
+      if (costs.front().milliseconds <= 0) continue;  // not installed
+      Tell(what + " to text", "ms", peer.name, MedianOf(ours, &Cost::milliseconds),
+           MedianOf(costs, &Cost::milliseconds), isSmall ? 0 : peer.limit);
+      if (isSmall) continue;
+      Tell(what + " to text, processor time", "ms", peer.name,
+           MedianOf(ours, &Cost::processorMilliseconds),
+           MedianOf(costs, &Cost::processorMilliseconds), 0);
+      Tell(what + " to text, cells a second", "million", peer.name,
+           MillionCells / MedianOf(ours, &Cost::milliseconds) * 1e3,
+           MillionCells / MedianOf(costs, &Cost::milliseconds) * 1e3, 0);
     }
-    if (rows > 0) {
-      const double tree = Run({m_Self, "--tree", Path(document)}).peakMiB;
-      std::printf(
-          "bench\t%s to text, peak memory\t%.1f\tMiB\ttree of the document\t%.1f\t%.3f\t0.10\n",
-          what.c_str(), peak, tree, peak / tree);
-    }
-    std::fflush(stdout);
+    m_Peaks[file] = MedianOf(ours, &Cost::peakMiB);
+  }
+
+  // The memory of that, against a tree of the document.
+  void MeasureMemory(const std::string& what, const std::string& file,
+                     const std::string& document) {
+    Tell(what + " to text, peak memory", "MiB", "tree of the document", m_Peaks[file],
+         Run({m_Self, "--tree", Path(document)}).peakMiB, 0.10);
   }
 
  private:
+  static constexpr double MillionCells = Rows * Columns / 1e6;
+
+  static double MedianOf(const std::vector<Cost>& costs, double Cost::*member) {
+    std::vector<double> values;
+    for (const Cost& cost : costs) values.push_back(cost.*member);
+    return bench::Median(values);
+  }
+
+  static void Tell(const std::string& name, const char* unit, const std::string& peer, double ours,
+                   double theirs, double limit) {
+    const std::string most = limit > 0 ? std::to_string(limit) : "-";
+    std::printf("bench\t%s\t%.2f\t%s\t%s\t%.2f\t%.3f\t%s\n", name.c_str(), ours, unit, peer.c_str(),
+                theirs, ours / theirs, most.c_str());
+    std::fflush(stdout);
+  }
+
   [[nodiscard]] std::string Path(const std::string& name) const { return m_Folder / name; }
 
   [[nodiscard]] std::vector<std::string> LibreOffice(const std::string& file) const {
@@ -324,6 +348,7 @@ class Bench {
   }
 
   std::string m_Self;
+  std::map<std::string, double> m_Peaks;
   std::string m_Command = fs::path(m_Self).parent_path().parent_path() / "bin/rastrel";
   fs::path m_Folder =
       fs::temp_directory_path() / ("spreadsheet-bench-" + std::to_string(::getpid()));
@@ -335,9 +360,11 @@ int main(int count, char** arguments) {
   if (count == 3 && std::string(arguments[1]) == "--inflate") return InflateAll(arguments[2]);
   if (count == 3 && std::string(arguments[1]) == "--tree") return LoadTree(arguments[2]);
   Bench bench(fs::read_symlink("/proc/self/exe"));
-  bench.Measure("Excel, 200,000 rows by 10", "large.xlsx", "sheet.xml", Rows);
-  bench.Measure("OpenOffice, 200,000 rows by 10", "large.ods", "content.xml", Rows);
-  bench.Measure("Excel, 50 rows by 10", "small.xlsx", "small.xml", 0);
-  bench.Measure("OpenOffice, 50 rows by 10", "small.ods", "small-content.xml", 0);
+  bench.Measure("Excel, 200,000 rows by 10", "large.xlsx");
+  bench.MeasureMemory("Excel, 200,000 rows by 10", "large.xlsx", "sheet.xml");
+  bench.Measure("OpenOffice, 200,000 rows by 10", "large.ods");
+  bench.MeasureMemory("OpenOffice, 200,000 rows by 10", "large.ods", "content.xml");
+  bench.Measure("Excel, 50 rows by 10", "small.xlsx");
+  bench.Measure("OpenOffice, 50 rows by 10", "small.ods");
   return 0;
 }

@@ -55,7 +55,7 @@ class SheetReader : public imports::XmlStreamHandler {
   void AppendRow(const XmlNode& row) {
     std::size_t place = 0;
     for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
-      if (imports::BaseName(cell) == L"c") {
+      if (imports::IsNamed(cell, L"c")) {
         place += AppendGap(imports::AttributeBytes(cell, L"r"), place);
         AppendValue(cell);
         m_Text.Append('\t');
@@ -75,7 +75,7 @@ class SheetReader : public imports::XmlStreamHandler {
 
   void AppendValue(const XmlNode& cell) {
     XmlNode value = imports::FirstChild(cell);
-    while (value && imports::BaseName(value) != L"v") value = imports::NextSibling(value);
+    while (value && !imports::IsNamed(value, L"v")) value = imports::NextSibling(value);
     if (!value) return;
     const std::string_view text = imports::TextBytes(value, m_Joined);
     if (text.empty()) return;

@@ -114,18 +114,40 @@ class Flattening {
   [[nodiscard]] bool Close() { return m_Text.Close(); }
 
  private:
+  // Rows are handed on whole, but for those that repeats make very long.
+  static constexpr std::size_t MostOfRow = std::size_t{64} << 10;
+
   void AppendCells(std::size_t repeat, std::string_view text) {
-    if (text.empty()) return m_Text.AppendWhiteSpace(repeat, '\t');
+    if (text.empty()) return AppendTabs(repeat);
     if (ReplaceEntities(text, m_Scratch)) text = m_Scratch;
     for (; repeat > 0; --repeat) {
-      m_Text.Append(text);
-      m_Text.AppendWhiteSpace(1, '\t');
+      m_Row.append(text);
+      m_Row += '\t';
+      if (m_Row.size() > MostOfRow) HandOn();
     }
   }
 
-  void EndRow() { m_Text.AppendWhiteSpace(1, '\n'); }
+  void AppendTabs(std::size_t count) {
+    if (count <= MostOfRow) {
+      m_Row.append(count, '\t');
+    } else {
+      HandOn();
+      m_Text.AppendWhiteSpace(count, '\t');
+    }
+  }
+
+  void EndRow() {
+    m_Row += '\n';
+    HandOn();
+  }
+
+  void HandOn() {
+    m_Text.Append(m_Row);
+    m_Row.clear();
+  }
 
   TrimmedText m_Text;
+  std::string m_Row;
   std::string m_Scratch;
 };
 

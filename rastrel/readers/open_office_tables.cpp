@@ -57,7 +57,7 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
     if (Refusal()) return;
     std::string_view text;
     for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-      if (imports::BaseName(child) != L"p") continue;
+      if (!imports::IsNamed(child, L"p")) continue;
       std::string& scratch = text.data() == m_Joined[0].data() ? m_Joined[1] : m_Joined[0];
       const std::string_view paragraph = imports::TextBytes(child, scratch);
       if (!paragraph.empty()) text = paragraph;

@@ -30,7 +30,7 @@ class SharedStrings::Reader : public imports::XmlStreamHandler {
 
   void Node(const XmlNode& si) override {
     for (XmlNode child = imports::FirstChild(si); child; child = imports::NextSibling(child)) {
-      if (imports::BaseName(child) != L"t") continue;
+      if (!imports::IsNamed(child, L"t")) continue;
       const std::string_view text = imports::TextBytes(child, m_Joined);
       if (!text.empty()) Add(CleanedValue(text, m_Cleaned));
     }

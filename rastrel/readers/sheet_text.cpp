@@ -11,10 +11,11 @@ bool SheetText::TakeRoom(std::size_t wanted) {
     m_IsOverLimit = true;
     return false;
   }
+  const std::size_t block = m_Size / BlockSize;
   const std::size_t inBlock = m_Size % BlockSize;
-  if (m_Size / BlockSize == m_Blocks.size())
+  if (block == m_Blocks.size())
     m_Blocks.push_back(std::make_unique_for_overwrite<char[]>(BlockSize));
-  m_End = m_Blocks.back().get() + inBlock;
+  m_End = m_Blocks[block].get() + inBlock;
   m_Room = std::min(BlockSize - inBlock, m_Limit - m_Size);
   return true;
 }
@@ -45,12 +46,14 @@ void SheetText::TrimRight(std::string_view set) {
 
 void SheetText::Truncate(std::size_t size) {
   m_Size = size;
-  m_Blocks.resize((size + BlockSize - 1) / BlockSize);
+  // One block is kept, for texts that are emptied again and again.
+  const std::size_t needed = std::max<std::size_t>((size + BlockSize - 1) / BlockSize, 1);
+  if (m_Blocks.size() > needed) m_Blocks.resize(needed);
   m_End = nullptr;
   m_Room = 0;
   m_IsOverLimit = false;
   if (size % BlockSize != 0) {
-    m_End = m_Blocks.back().get() + size % BlockSize;
+    m_End = m_Blocks[size / BlockSize].get() + size % BlockSize;
     m_Room = std::min(BlockSize - size % BlockSize, m_Limit - size);
   }
 }

@@ -72,8 +72,8 @@ class SheetText {
     return m_Blocks[index / BlockSize][index % BlockSize];
   }
 
-  std::vector<std::unique_ptr<char[]>> m_Blocks;  // all full but the last
-  char* m_End = nullptr;                          // in the last block
+  std::vector<std::unique_ptr<char[]>> m_Blocks;  // all full but the last that is in use
+  char* m_End = nullptr;                          // in that one
   std::size_t m_Room = 0;                         // from there to its end, within the limit
   std::size_t m_Size = 0;
   std::size_t m_Limit;
