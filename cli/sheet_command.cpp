@@ -1,8 +1,10 @@
 #include "cli/sheet_command.h"
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "cli/json_line.h"
@@ -48,7 +50,12 @@ void CheckUse(const Invocation& invocation) {
   if (invocation.Has(OptionId::List) && writes)
     throw CommandError(ExitStatus::WrongUse, "--list goes with no option but --json");
   if (invocation.Has(OptionId::OutputFile) && invocation.ValueOr(OptionId::OutputFile, "").empty())
-    throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or - ");
+    throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");
+  std::error_code ignored;
+  const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  if (std::filesystem::equivalent(target, invocation.operand, ignored))
+    throw CommandError(ExitStatus::WrongUse,
+                       "the text would take the place of '" + target + "', which it is made of");
 }
 
 void TellDone(const Task& task) {
@@ -175,7 +182,9 @@ ExitStatus SheetCommand(const Invocation& invocation) {
   Task task{invocation, workspace, progress,
             OpenSource(invocation.operand, workspace,
                        [&progress](std::uint64_t done, std::uint64_t whole) {
-                         progress.Reach(done, whole);
+                         // What is unpacked is read next, and nobody knows how far that is.
+                         progress.Enter(done < whole ? "unpacking" : "reading");
+                         if (done < whole) progress.Reach(done, whole);
                        })};
   try {
     Run(task);

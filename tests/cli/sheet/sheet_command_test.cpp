@@ -350,6 +350,8 @@ TEST_F(SheetCommandTest, wrong_use_is_told) {
                                Names{"-o", ""}, Names{"--sheet"}})
     EXPECT_EQ(Sheet(TwoSheets().Bytes(), options).status, 2);
   EXPECT_EQ(m_Command.Run({"sheet"}).status, 2);
+  EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"-o", "./book"}).status, 2);
+  EXPECT_EQ(m_Command.Place().Read("book"), TwoSheets().Bytes());
 }
 
 TEST_F(SheetCommandTest, a_folder_is_read_and_stays_as_it_is) {
