@@ -15,7 +15,7 @@ using imports::StreamChoice;
 constexpr std::wstring_view RepeatAttribute = L"table:number-columns-repeated";
 
 // Levels of a document, from its root on.
-enum Level { RootLevel, BodyLevel, SpreadsheetLevel, TableLevel, RowLevel };
+enum Level { RootLevel, BodyLevel, SpreadsheetLevel, TableLevel };
 
 // Seven bits a byte, the lowest first; the eighth says that more follow.
 constexpr std::uint32_t NumberBits = 7;
@@ -29,7 +29,7 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
   Reader(OpenOfficeTables& tables, const SheetLimits& limits)
       : m_Tables(tables), m_Limits(limits) {}
 
-  StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
+  StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     switch (depth) {
       case RootLevel:
         if (baseName != L"document-content")
@@ -44,17 +44,23 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
       case TableLevel:
         if (baseName == L"table") m_Tables.m_Begins.push_back(m_Tables.m_Bytes.size());
         return EnterIf(baseName == L"table");
-      case RowLevel:
-        if (baseName == L"table-row") BeginRow();
-        return EnterIf(baseName == L"table-row");
-      default:
-        return baseName == L"table-cell" && RepeatOf(start) > 0 ? StreamChoice::kNode
-                                                                : StreamChoice::kSkip;
+      default: return baseName == L"table-row" ? StreamChoice::kNode : StreamChoice::kSkip;
     }
   }
 
-  void Node(const XmlNode& cell) override {
-    if (Refusal()) return;
+  void Node(const XmlNode& row) override {
+    BeginRow();
+    for (XmlNode cell = imports::FirstChild(row); cell && !Refusal();
+         cell = imports::NextSibling(cell))
+      if (imports::IsNamed(cell, L"table-cell")) AppendCell(cell);
+  }
+
+  void End(std::wstring_view, int) override {}
+
+ private:
+  void AppendCell(const XmlNode& cell) {
+    const std::int32_t repeat = RepeatOf(cell);
+    if (repeat <= 0) return;
     std::string_view text;
     for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
       if (!imports::IsNamed(child, L"p")) continue;
@@ -62,12 +68,9 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
       const std::string_view paragraph = imports::TextBytes(child, scratch);
       if (!paragraph.empty()) text = paragraph;
     }
-    AppendCells(static_cast<std::uint32_t>(RepeatOf(cell)), text);
+    AppendCells(static_cast<std::uint32_t>(repeat), text);
   }
 
-  void End(std::wstring_view, int) override {}
-
- private:
   static StreamChoice EnterIf(bool isWanted) {
     return isWanted ? StreamChoice::kEnter : StreamChoice::kSkip;
   }
