@@ -1,6 +1,7 @@
 #include "cli/conversion_settings.h"
 
 #include <algorithm>
+#include <fstream>
 
 #include "cli/options.h"
 #include "cli/values.h"
@@ -10,6 +11,9 @@ namespace rastrel::cli {
 namespace {
 
 constexpr double ChannelScale = 255.0;
+constexpr std::string_view HeaderBegin = "%#Velumark Header";
+constexpr std::string_view HeaderEnd = "%#End Job";
+constexpr std::size_t MostOfHeader = 65536;  // bytes
 
 }  // namespace
 
@@ -61,6 +65,16 @@ ConversionSettings ReadConversionSettings(const Invocation& invocation) {
   if (invocation.Has(OptionId::HalfCutColor))
     settings.halfCut = ParseCutData("--half-cut-color", value(OptionId::HalfCutColor));
   return settings;
+}
+
+std::string HeaderOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string head(MostOfHeader, '\0');
+  file.read(head.data(), static_cast<std::streamsize>(head.size()));
+  head.resize(static_cast<std::size_t>(file.gcount()));
+  const std::size_t last = head.find(HeaderEnd);
+  if (!head.starts_with(HeaderBegin) || last == head.npos) return {};
+  return head.substr(0, last + HeaderEnd.size()) + "\r\n";
 }
 
 }  // namespace rastrel::cli

@@ -31,4 +31,8 @@ struct ConversionSettings {
 /// "rgb:R,G,B" or "cmyk:C,M,Y,K", each from 0 to 255 or a percentage, or "spot:NAME".
 [[nodiscard]] CPS2CutData ParseCutData(std::string_view option, std::string_view text);
 
+/// The job header that a file begins with, up to its last line, in its own bytes; empty if it has
+/// none.
+[[nodiscard]] std::string HeaderOf(const std::string& path);
+
 }  // namespace rastrel::cli

@@ -1,8 +1,8 @@
 #include "cli/header_command.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 
 #include "cli/conversion_settings.h"
 #include "cli/input_file.h"
@@ -16,21 +16,6 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::string_view HeaderBegin = "%#Velumark Header";
-constexpr std::string_view HeaderEnd = "%#End Job";
-constexpr std::size_t MostOfHeader = 65536;  // bytes
-
-// The header that the file begins with, up to its last line; empty if it has none.
-std::string HeaderOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string head(MostOfHeader, '\0');
-  file.read(head.data(), static_cast<std::streamsize>(head.size()));
-  head.resize(static_cast<std::size_t>(file.gcount()));
-  const std::size_t last = head.find(HeaderEnd);
-  if (!head.starts_with(HeaderBegin) || last == head.npos) return {};
-  return head.substr(0, last + HeaderEnd.size()) + "\r\n";
-}
-
 [[noreturn]] void FailToWrite(const std::string& target) {
   throw CommandError(ExitStatus::JobFailed,
                      "can't write '" + target + "': " + os::DescribeError(errno));
@@ -38,7 +23,7 @@ std::string HeaderOf(const std::string& path) {
 
 // Names that no library path can spell, as those with a backslash.
 std::wstring PathOfTarget(const std::string& target) {
-  const std::wstring path = os::FromNative(target);
+  std::wstring path = os::FromNative(target);
   if (os::ToNative(path) != target)
     throw CommandError(ExitStatus::WrongUse, "can't write '" + target +
                                                  "': such a name is not for "

@@ -35,20 +35,39 @@ std::set<fs::path> NamesIn(const std::string& directory) {
   return names;
 }
 
-// Puts the header in front of the copy, or, of a PDF, beside it.
-void WriteHeader(const ConversionSettings& settings, const std::string& copy) {
-  const std::wstring header = settings.Header();
-  bool written = false;
-  if (fs::path(copy).extension() == ".pdf") {
-    const std::string beside = fs::path(copy).replace_extension(".jhdr");
-    const auto file = os::CreateForWriting(os::FromNative(beside));
-    written = file && os::WriteAll(file->Get(), os::AnsiFromWide(header));
-  } else {
-    written = conversion::PrependToFile(os::FromNative(copy).c_str(), header);
+[[noreturn]] void FailToWriteHeader() {
+  throw CommandError(ExitStatus::JobFailed,
+                     "the job header can't be written: " + os::DescribeError(errno));
+}
+
+std::string HeaderBeside(const std::string& path) {
+  return fs::path(path).replace_extension(".jhdr");
+}
+
+// A PDF's header lies beside it. One that the user has put there stays in force without options.
+void WriteHeaderBeside(const ConversionSettings& settings, const std::string& source,
+                       const std::string& copy) {
+  std::error_code error;
+  if (!settings.Any() && fs::exists(HeaderBeside(source), error)) {
+    if (!fs::copy_file(HeaderBeside(source), HeaderBeside(copy), error)) {
+      errno = error.value();
+      FailToWriteHeader();
+    }
+    return;
   }
-  if (!written)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the job header can't be written: " + os::DescribeError(errno));
+  const auto file = os::CreateForWriting(os::FromNative(HeaderBeside(copy)));
+  if (!file || !os::WriteAll(file->Get(), os::AnsiFromWide(settings.Header()))) FailToWriteHeader();
+}
+
+// Puts the header in front of the copy, unless it has one and no option asks for another.
+void WriteHeader(const ConversionSettings& settings, const InputFile& input,
+                 const std::string& copy) {
+  if (input.extension == ".pdf") {
+    WriteHeaderBeside(settings, input.path, copy);
+  } else if (settings.Any() || HeaderOf(copy).empty()) {
+    if (!conversion::PrependToFile(os::FromNative(copy).c_str(), settings.Header()))
+      FailToWriteHeader();
+  }
 }
 
 std::string OutputDirectory(const Invocation& invocation) {
@@ -138,7 +157,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
 
   const JobDirectory directory(keep);
   const std::string copy = directory.Take(input, input.safeName);
-  WriteHeader(settings, copy);
+  WriteHeader(settings, input, copy);
   const std::set<fs::path> before = NamesIn(directory.Path());
   const FacesHost host(faces);
   const int result = CQProgressDlg(os::FromNative(copy).c_str(), nullptr).DoModal();

@@ -97,6 +97,7 @@ std::vector<double> ParseComponents(std::string_view option, std::string_view li
   if (parts.size() != count)
     RefuseValue(option, text, "it takes " + std::to_string(count) + " components");
   std::vector<double> components;
+  components.reserve(count);
   for (const std::string_view part : parts) components.push_back(Component(option, part, text));
   return components;
 }

@@ -180,6 +180,27 @@ TEST_F(Conversions, queue_gives_a_pdf_its_header_beside_it) {
   EXPECT_TRUE(m_Command.Place().Read("sign.cut").starts_with("%#Velumark Header"));
 }
 
+TEST_F(Conversions, queue_leaves_the_header_that_a_file_has_in_force_unless_options_are_given) {
+  const std::string own = "%#Velumark Header 2.0\r\n%# KVI_Res= 300\r\n%#End Job\r\n";
+  m_Command.Place().Write("own.ps", own + "%!PS\nshowpage\n");
+  m_Command.WriteQueue("cp \"$3\" \"${3%.*}.cut\"\necho 'INFO: CLQ_success' >&2\n");
+  EXPECT_EQ(Run({"queue", "own.ps"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("own.cut"), own + "%!PS\nshowpage\n");
+  EXPECT_EQ(Run({"queue", "own.ps", "--dpi", "72"}).status, 0);
+  EXPECT_NE(m_Command.Place().Read("own.cut").find("KVI_Res= 72\r\n%#End Job\r\n" + own),
+            std::string::npos);
+}
+
+TEST_F(Conversions, queue_leaves_the_header_beside_a_pdf_in_force_unless_options_are_given) {
+  m_Command.Place().Write("sign.pdf", "%PDF-1.4\n%%EOF\n");
+  m_Command.Place().Write("sign.jhdr", "own");
+  m_Command.WriteQueue("cp \"${3%.pdf}.jhdr\" \"${3%.pdf}.cut\"\necho 'INFO: CLQ_success' >&2\n");
+  EXPECT_EQ(Run({"queue", "sign.pdf"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("sign.cut"), "own");
+  EXPECT_EQ(Run({"queue", "sign.pdf", "--dpi", "72"}).status, 0);
+  EXPECT_TRUE(m_Command.Place().Read("sign.cut").starts_with("%#Velumark Header"));
+}
+
 TEST_F(Conversions, queue_tells_objects) {
   m_Command.WriteQueue("echo 'INFO: CONVERTING' >&2\nsleep 0.05\necho 'INFO: CLQ_success' >&2\n");
   std::vector<std::string> events;

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/conversion/queue_fixture.h"
 
@@ -65,6 +66,18 @@ cp "$found" "$RASTREL_HOME/copy"
       path.end())
       << path;
   EXPECT_NE(path.find("\\rip\\vk"), path.npos) << path;
+}
+
+TEST_F(PageSizeTest, has_the_host_show_that_it_is_busy) {
+  class BusyHost : public rastrel::host::EmbeddedHost {
+   public:
+    BusyHost() { rastrel::host::SetHost(this); }
+    ~BusyHost() override { rastrel::host::SetHost(nullptr); }
+    void BeginWaitCursor() override { ++m_Times; }
+    int m_Times = 0;
+  } host;
+  EXPECT_EQ(Measure(), 1);
+  EXPECT_EQ(host.m_Times, 1);
 }
 
 TEST_F(PageSizeTest, leaves_the_file_itself_alone) {
