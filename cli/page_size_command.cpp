@@ -1,6 +1,8 @@
 #include "cli/page_size_command.h"
 
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -14,8 +16,11 @@
 #include "cli/json_line.h"
 #include "cli/queue_program.h"
 #include "cli/standard_streams.h"
-#include "rastrel/conversion/page_size.h"
+#include "rastrel/conversion/measure_page.h"
+#include "rastrel/platform/mfc/sync.h"
+#include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/signals.h"
 #include "rastrel/psscan/ps_parser.h"
 
 namespace rastrel::cli {
@@ -45,9 +50,31 @@ std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
   return InCentimetres(points);
 }
 
-BOUNDS Measured(const wchar_t* path) {
+// The signals that ask for an end stop the measuring that runs, and let none follow.
+class Stop {
+ public:
+  Stop() : m_Signals(os::StopSignals::Start([this](int) { Make(); })) {
+    if (!m_Signals)
+      throw CommandError(ExitStatus::JobFailed,
+                         "the system gives no thread or descriptor: " + os::DescribeError(errno));
+  }
+  [[nodiscard]] bool IsMade() const { return m_Made; }
+  [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
+
+ private:
+  void Make() {
+    m_Made = true;
+    m_Semaphore.Unlock();
+  }
+  std::atomic<bool> m_Made = false;
+  CSemaphore m_Semaphore{0, 1};
+  std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
+};
+
+BOUNDS Measured(const wchar_t* path, Stop& stop) {
   BOUNDS bounds;
-  if (GetPSPageSize(path, bounds) == 0) {
+  if (conversion::MeasurePage(path, bounds, stop.Semaphore()) == 0) {
+    if (stop.IsMade()) throw CommandError(ExitStatus::Cancelled, "cancelled");
     const std::string why = LastErrorOfQueue();
     throw CommandError(ExitStatus::JobFailed, why.empty() ? "its page can't be measured"
                                                           : "its page can't be measured: " + why);
@@ -86,13 +113,14 @@ void Tell(const std::string& file, const BOUNDS& bounds, const char* source, boo
            "\n");
 }
 
-void TellFile(const std::string& file, bool comments, bool json) {
+void TellFile(const std::string& file, const Invocation& invocation, Stop& stop) {
+  const bool json = invocation.Has(OptionId::Json);
   const InputFile input = InspectInput(file, "measure");
   const Reachable reachable(input);
   std::optional<BOUNDS> told;
-  if (comments) told = BoundsOfComments(reachable.Path());
+  if (invocation.Has(OptionId::Dsc)) told = BoundsOfComments(reachable.Path());
   if (told) Tell(file, *told, "comments", json);
-  const BOUNDS measured = Measured(reachable.Path());
+  const BOUNDS measured = Measured(reachable.Path(), stop);
   if (!told || Differ(*told, measured)) Tell(file, measured, "measured", json);
 }
 
@@ -100,13 +128,15 @@ void TellFile(const std::string& file, bool comments, bool json) {
 
 ExitStatus PageSizeCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
+  Stop stop;
   MakeSureOfDataRoot();
   CheckQueueProgram();
   ExitStatus status = ExitStatus::Done;
   for (const std::string& file : invocation.operands) {
     try {
-      TellFile(file, invocation.Has(OptionId::Dsc), json);
+      TellFile(file, invocation, stop);
     } catch (const CommandError& error) {
+      if (error.Status() == ExitStatus::Cancelled) throw;
       TellError({error.Status(), file + ": " + error.what()}, json);
       if (status != ExitStatus::BadInput) status = error.Status();
     }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/measure_page.h"
 #include "rastrel/conversion/qrast.h"
 #include "rastrel/conversion/temporary_names.h"
 #include "rastrel/platform/host/settings.h"
@@ -45,13 +46,15 @@ double Centimetres(float inches) {
 
 }  // namespace
 
-int GetPSPageSize(const wchar_t* path, BOUNDS& bounds) {
+namespace rastrel::conversion {
+
+int MeasurePage(const wchar_t* path, BOUNDS& bounds, CSemaphore* stop) {
   if (path == nullptr) return 0;
   BeginWaitCursor();
   const std::wstring copy = MakeCopy(path);
   if (copy.empty()) return 0;
   QRastPageInfo info;
-  const bool measured = PrintingThread::RunQRast(copy.c_str(), &info) != 0;
+  const bool measured = PrintingThread::RunQRast(copy.c_str(), &info, stop) != 0;
   if (GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) == 0)
     static_cast<void>(os::RemoveFile(copy));
   if (!measured || !IsWhole(info)) return 0;
@@ -60,4 +63,10 @@ int GetPSPageSize(const wchar_t* path, BOUNDS& bounds) {
   bounds.xmax = bounds.xmin + Centimetres(info.bboxWidth);
   bounds.ymax = bounds.ymin + Centimetres(info.bboxHeight);
   return 1;
+}
+
+}  // namespace rastrel::conversion
+
+int GetPSPageSize(const wchar_t* path, BOUNDS& bounds) {
+  return conversion::MeasurePage(path, bounds, nullptr);
 }

@@ -21,10 +21,11 @@ constexpr const wchar_t* TerminateFailed = L"[QRast]: Couldn't terminate exe: %i
 
 }  // namespace
 
-CQRast::CQRast(const wchar_t* file, QRastPageInfo* pageInfo)
+CQRast::CQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop)
     : m_pFile(file),
       m_pPageInfo(pageInfo),
-      m_pProcess(std::make_unique<CCPHelper>(CExePaths::Instance().m_QueueExe)) {}
+      m_pProcess(std::make_unique<CCPHelper>(CExePaths::Instance().m_QueueExe)),
+      m_pStop(stop) {}
 
 CQRast::~CQRast() {
   if (m_pParser) m_pParser->Wait();
@@ -41,7 +42,7 @@ bool CQRast::Run() {
   m_pParser.reset();
   os::CloseHandle(m_hStderrRead);
   // 1 is what the program ends with when it has measured and made nothing.
-  return static_cast<std::uint32_t>(m_ExitStatus) <= 1;
+  return !m_bStopped && static_cast<std::uint32_t>(m_ExitStatus) <= 1;
 }
 
 bool CQRast::StartChild() {
@@ -73,9 +74,16 @@ bool CQRast::StartParser() {
 void CQRast::WaitForEnd() {
   CWaitTable table;
   table.Add(&m_pProcess->m_hProcess, OnProcessSignaled, OnProcessAbandoned);
+  if (m_pStop != nullptr) table.Add(&m_pStop->m_hObject, OnStopped, OnStopped);
   while (!m_bDone)
     if (!conversion::WaitOnce(*this, table, WaitFailed)) m_bDone = true;
   conversion::Terminate(*m_pProcess, m_ExitStatus, TerminateFailed);
+}
+
+void CQRast::OnStopped(CBBasePrintingThread& supervisor) {
+  auto& self = static_cast<CQRast&>(supervisor);
+  self.m_bStopped = true;
+  self.m_bDone = true;
 }
 
 void CQRast::OnProcessSignaled(CBBasePrintingThread& supervisor) {
@@ -93,13 +101,13 @@ void CQRast::OnProcessAbandoned(CBBasePrintingThread& supervisor) {
   OnProcessSignaled(supervisor);
 }
 
-int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo) {
+int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop) {
   if (file == nullptr) return 0;
   if (!os::Exists(CExePaths::Instance().m_QueueExe)) {
     CAppLog::Instance().Write("[QRast] qrast executable missing.");
     return 0;
   }
-  CQRast supervisor(file, pageInfo);
+  CQRast supervisor(file, pageInfo, stop);
   return supervisor.Run() ? 1 : 0;
 }
 

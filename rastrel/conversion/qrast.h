@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "rastrel/platform/mfc/sync.h"
 #include "rastrel/printing/stderr_parser.h"
 #include "rastrel/printing/supervisor.h"
 
@@ -45,12 +46,13 @@ class CQRastStderrParser : public CBaseStderrParser {
 /// of its caller.
 class CQRast : public CBBasePrintingThread {
  public:
-  /// The file's path and the record are borrowed.
-  CQRast(const wchar_t* file, QRastPageInfo* pageInfo);
+  /// The file's path and the record are borrowed. So is `stop`, which may be null: a count of it
+  /// ends the run.
+  CQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop = nullptr);
   ~CQRast() override;
   /// Blocks until the child has ended and all its lines are read. True if it ended with status 0
   /// or 1, or had to be ended because it could not be waited for; the record holds what it told
-  /// also if it failed. Failures go to the application log.
+  /// also if it failed. Failures go to the application log. False also if it was stopped.
   [[nodiscard]] bool Run();
 
  private:
@@ -58,6 +60,7 @@ class CQRast : public CBBasePrintingThread {
   [[nodiscard]] bool StartParser();
   void WaitForEnd();
 
+  static void OnStopped(CBBasePrintingThread& supervisor);
   static void OnProcessSignaled(CBBasePrintingThread& supervisor);
   static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
 
@@ -69,10 +72,13 @@ class CQRast : public CBBasePrintingThread {
   std::unique_ptr<CCPHelper> m_pProcess;
   std::unique_ptr<CQRastStderrParser> m_pParser;
   bool m_bDone = false;
+  CSemaphore* m_pStop;
+  bool m_bStopped = false;
 };
 
 /// Measures a file: CQRast, once it is sure that there is a queue program. Non-zero if that went
 /// well. 0 at once for a null path, or with words in the application log if the program is missing.
-[[nodiscard]] int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo);
+[[nodiscard]] int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo,
+                           CSemaphore* stop = nullptr);
 
 }  // namespace PrintingThread

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -90,6 +91,20 @@ TEST_F(Conversions, pagesize_measures_a_file_whose_name_no_library_path_has) {
   m_Command.WriteQueue("echo QRAST:bbox 0 11 8.5 0 >&2\n");
   m_Command.Place().Write("a\\b.ps", "%!PS\nshowpage\n");
   EXPECT_EQ(Run({"pagesize", "a\\b.ps"}).status, 0);
+}
+
+TEST_F(Conversions, pagesize_is_stopped_by_a_signal_and_leaves_nothing) {
+  m_Command.WriteQueue("touch \"$RASTREL_HOME/begun\"\nexec sleep 1000\n");
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    m_Command.Place().Write("two.ps", "%!PS\n");
+    m_Command.Start({"pagesize", "sign.eps", "two.ps"}, "");
+    while (!fs::exists(m_Command.Root() + "/begun")) ::usleep(1000);
+    m_Command.Signal(signal);
+    const CommandResult result = m_Command.Wait();
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(result.error, "rastrel: cancelled\n") << "the second file is not begun";
+    fs::remove(m_Command.Root() + "/begun");
+  }
 }
 
 TEST_F(Conversions, need_the_queue_program) {

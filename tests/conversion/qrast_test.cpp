@@ -166,6 +166,17 @@ TEST_F(QRast, reads_all_of_a_child_that_floods) {
   EXPECT_EQ(m_Info.xdpi, 72);
 }
 
+TEST_F(QRast, stopped_ends_a_child_that_hangs_and_failed) {
+  Queue(Hang);
+  CSemaphore stop(0, 1);
+  std::thread person([&stop] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    stop.Unlock();
+  });
+  EXPECT_EQ(RunQRast(L"/jobs/sign.ps", &m_Info, &stop), 0);
+  person.join();
+}
+
 // A system that refuses: the call that fails, and what is logged of it.
 
 TEST_F(QRast, without_a_pipe_or_its_duplicate_says_so) {
