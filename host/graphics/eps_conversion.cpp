@@ -4,6 +4,9 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,7 +17,9 @@
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/os/temporary_name.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::graphics {
 
@@ -56,25 +61,108 @@ std::string FindInterpreter() {
   return {};
 }
 
-std::vector<std::string> Arguments(const ConversionLimits& limits) {
-  return {"gs",
-          "-q",
-          "-dBATCH",
-          "-dNOPAUSE",
-          "-dSAFER",
-          "-dEPSCrop",
-          "-K" + std::to_string(limits.memoryKibibytes),
-          "-sDEVICE=pdfwrite",
-          "-sstdout=%stderr",
-          "-sOutputFile=%stdout",
-          "-f",
-          "/dev/fd/0"};
+using Box = std::array<double, 4>;
+
+// Four numbers with blanks before them.
+std::optional<Box> BoxFrom(std::string_view text) {
+  Box box;
+  for (double& side : box) {
+    const std::size_t begin = text.find_first_not_of(" \t");
+    if (begin == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(begin);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), side);
+    if (error != std::errc() || !std::isfinite(side)) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  }
+  return box[0] < box[2] && box[1] < box[3] ? std::optional(box) : std::nullopt;
 }
 
+// The last box that a comment gives.
+std::optional<Box> LastBox(std::string_view file, std::string_view comment) {
+  std::size_t place = file.rfind(comment);
+  while (place != std::string_view::npos) {
+    const std::string_view line = file.substr(place, file.find_first_of("\r\n", place) - place);
+    if (const auto box = BoxFrom(line.substr(comment.size()))) return box;
+    if (place == 0) break;
+    place = file.rfind(comment, place - 1);
+  }
+  return std::nullopt;
+}
+
+// The box of a file that only says at its end how large it is: too late for the interpreter, which
+// then takes a sheet of paper. Nothing where the beginning says it.
+std::optional<Box> BoxAtEnd(std::string_view file) {
+  constexpr std::string_view comment = "%%BoundingBox:";
+  const std::size_t first = file.find(comment);
+  if (first == std::string_view::npos) return std::nullopt;
+  std::string_view value = file.substr(first + comment.size());
+  value = value.substr(0, value.find_first_of("\r\n"));
+  if (value.find("(atend)") == std::string_view::npos) return std::nullopt;
+  const auto fine = LastBox(file, "%%HiResBoundingBox:");
+  return fine ? fine : LastBox(file, comment);
+}
+
+std::string Text(double number) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, 4);
+  return {text, end.ec == std::errc() ? end.ptr : text};
+}
+
+std::vector<std::string> Arguments(const ConversionLimits& limits, const std::optional<Box>& box) {
+  std::vector<std::string> arguments{"gs",
+                                     "-q",
+                                     "-dBATCH",
+                                     "-dNOPAUSE",
+                                     "-dSAFER",
+                                     "-K" + std::to_string(limits.memoryKibibytes),
+                                     "-sDEVICE=pdfwrite",
+                                     "-sstdout=%stderr",
+                                     "-sOutputFile=%stdout"};
+  if (box) {
+    const auto& [left, bottom, right, top] = *box;
+    arguments.insert(arguments.end(), {"-dFIXEDMEDIA", "-dDEVICEWIDTHPOINTS=" + Text(right - left),
+                                       "-dDEVICEHEIGHTPOINTS=" + Text(top - bottom), "-c",
+                                       "<</Install {" + Text(-left) + " " + Text(-bottom) +
+                                           " translate}>> setpagedevice"});
+  } else {
+    arguments.emplace_back("-dEPSCrop");
+  }
+  arguments.insert(arguments.end(), {"-f", "/dev/fd/0"});
+  return arguments;
+}
+
+// A folder for the interpreter's own files, which goes with what is in it. A file that it
+// interprets may read and write there, and only there.
+class TemporaryFolder {
+ public:
+  [[nodiscard]] static os::Outcome<TemporaryFolder> Make() {
+    const std::string place = os::EnvironmentValue("TMPDIR");
+    const std::string base = place.starts_with('/') ? place : "/tmp";
+    auto path = os::CompleteTemporaryName(os::FromNative(base + "/rastrel-XXXXXX"));
+    if (!path) return path.Error();
+    if (!os::MakeDirectory(*path)) return os::Failure{"mkdir", os::ToNative(*path), errno};
+    return TemporaryFolder(std::move(*path));
+  }
+  ~TemporaryFolder() {
+    if (!m_Path.empty()) static_cast<void>(os::RemoveTree(m_Path));
+  }
+  TemporaryFolder(TemporaryFolder&& other) noexcept : m_Path(std::exchange(other.m_Path, {})) {}
+  TemporaryFolder& operator=(TemporaryFolder&&) = delete;
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  [[nodiscard]] std::string Path() const { return os::ToNative(m_Path); }
+
+ private:
+  explicit TemporaryFolder(std::wstring path) : m_Path(std::move(path)) {}
+  std::wstring m_Path;
+};
+
 // Settings of the user's that would change the interpreter's options stay outside.
-std::vector<std::string> Environment() {
-  std::vector<std::string> environment{"LC_ALL=C"};
-  for (const char* const name : {"PATH", "HOME", "TMPDIR", "FONTCONFIG_FILE", "FONTCONFIG_PATH"}) {
+std::vector<std::string> Environment(const TemporaryFolder& folder) {
+  std::vector<std::string> environment{"LC_ALL=C", "TMPDIR=" + folder.Path(),
+                                       "TEMP=" + folder.Path()};
+  for (const char* const name : {"PATH", "HOME", "FONTCONFIG_FILE", "FONTCONFIG_PATH"}) {
     const std::string value = os::EnvironmentValue(name);
     if (!value.empty()) environment.push_back(std::string(name) + "=" + value);
   }
@@ -179,6 +267,8 @@ os::Expected<std::string, std::wstring> PdfFromEps(const std::string& bytes,
   if (program.empty()) {
     return std::wstring(L"Ghostscript is needed for EPS, and there is no program gs on PATH");
   }
+  const auto folder = TemporaryFolder::Make();
+  if (!folder) return Refused(folder.Error());
   auto input = FileOf(bytes);
   if (!input) return Refused(input.Error());
   auto picture = MakePipe();
@@ -186,8 +276,8 @@ os::Expected<std::string, std::wstring> PdfFromEps(const std::string& bytes,
   auto words = MakePipe();
   if (!words) return Refused(words.Error());
   auto child = os::Spawn({program,
-                          Arguments(limits),
-                          Environment(),
+                          Arguments(limits, BoxAtEnd(bytes)),
+                          Environment(*folder),
                           {},
                           input->Get(),
                           picture->writing.Get(),

@@ -58,7 +58,9 @@ OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
     return L"it is no PDF that can be drawn" +
            (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
   }
-  std::unique_ptr<PopplerPage, GObjectEnd> page(poppler_document_get_page(document.get(), 0));
+  std::unique_ptr<PopplerPage, GObjectEnd> page(poppler_document_get_n_pages(document.get()) > 0
+                                                    ? poppler_document_get_page(document.get(), 0)
+                                                    : nullptr);
   if (!page) return std::wstring(L"the PDF has no page");
   return std::unique_ptr<Picture>(
       std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page)));
