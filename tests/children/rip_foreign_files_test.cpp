@@ -372,6 +372,32 @@ TEST(PdfText, of_other_programs_files_is_taken_out) {
   }
 }
 
+// The interpreter's PDF code in C calls no operators. With the choice of the other code left out of
+// the prolog, it is the one that runs, as in a Ghostscript that has no other.
+TEST(PdfText, that_can_not_be_taken_out_is_warned_of) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string cutter = "root/Queue/rip/System/prolog/cutter.ps";
+  std::string prolog = TextOf(bench.RipDirectory() + "/System/prolog/cutter.ps");
+  const std::string choice = "userdict /NEWPDF false put";
+  ASSERT_NE(prolog.find(choice), prolog.npos);
+  prolog.erase(prolog.find(choice), choice.size());
+  const std::string pdf =
+      bench.File("job.pdf", HandMadePdf("1 0 0 rg BT /F 20 Tf 20 100 Td (Cut me) Tj ET"));
+  const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
+  const std::string warning =
+      "WARNING: This Ghostscript has no PDF code that cut paths can be taken from; they stay in "
+      "the "
+      "picture.";
+  EXPECT_FALSE(bench.Run({prefix, pdf}).Says(warning));
+  bench.File(cutter, prolog);
+  const Outcome outcome = bench.Run({prefix, pdf});
+  EXPECT_TRUE(outcome.Says(warning)) << outcome.reports;
+  const std::string page = Pages(outcome, 1).front();
+  EXPECT_TRUE(CutPathsOf(page).empty());
+  EXPECT_TRUE(HasRed(ReadNetpbm(page + "/page.ppm")));
+}
+
 // Its ink's box, as it was measured when the file was collected: 11.214 19.728 194.04 28.746.
 TEST(PdfText, of_a_real_file_in_a_spot_colour_is_taken_out) {
   REQUIRE_GHOSTSCRIPT();
