@@ -22,7 +22,7 @@ class SheetText {
   [[nodiscard]] bool IsOverLimit() const { return m_IsOverLimit; }
 
   void Append(std::string_view bytes) {
-    if (bytes.size() > m_Room) return AppendSlowly(bytes);
+    if (bytes.empty() || bytes.size() > m_Room) return AppendSlowly(bytes);
     std::memcpy(m_End, bytes.data(), bytes.size());
     Advance(bytes.size());
   }
