@@ -41,8 +41,7 @@ inline std::string PngFile() {
   return file;
 }
 
-/// With a pHYs chunk of that unit; its check sum is left wrong, which readers of that chunk pass
-/// over.
+/// With a pHYs chunk of that unit.
 inline std::string PngFile(std::uint32_t x, std::uint32_t y, char unit) {
   std::string chunk{'\0', '\0', '\0', '\x9', 'p', 'H', 'Y', 's'};
   for (const std::uint32_t value : {x, y}) {
