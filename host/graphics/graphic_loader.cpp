@@ -38,7 +38,7 @@ int LoadGraphic(document::Document& document, document::Notices& notices,
                 const std::wstring& path) {
   auto shape = ShapeOf(path);
   if (!shape) {
-    notices.Add(path + L" can't be placed: " + shape.Error());
+    notices.AddLoss(path + L" can't be placed: " + shape.Error());
     return 0;
   }
   document::Attributes attributes;

@@ -71,11 +71,11 @@ int NativeGraphics::LoadVEFile(CWnd* /*window*/, const wchar_t* path, int /*rese
   if (!path) return 0;
   const auto loaded = document::LoadDocument(path);
   if (!loaded) {
-    m_Notices.Add(std::wstring(path) + L": " + loaded.Error());
+    m_Notices.AddLoss(std::wstring(path) + L": " + loaded.Error());
     return 0;
   }
   if ((*loaded)->ObjectCount() == 0) {
-    m_Notices.Add(std::wstring(path) + L": holds no objects");
+    m_Notices.AddLoss(std::wstring(path) + L": holds no objects");
     return 0;
   }
   const auto copies = CopyObjects(**loaded, m_Document);

@@ -145,7 +145,7 @@ TEST(NativeGraphics, a_file_that_can_not_be_read_changes_nothing_and_is_told) {
   host.GetDocument().Select(drill);
   for (const char* name : {"broken.rdoc", "missing.rdoc", "empty.rdoc"}) {
     EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, directory.Wide(name).c_str(), 1), 0);
-    EXPECT_NE(host.GetNotices().Texts().back().find(directory.Wide(name)), std::wstring::npos);
+    EXPECT_NE(host.GetNotices().Losses().back().find(directory.Wide(name)), std::wstring::npos);
   }
   EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, nullptr, 1), 0);
   EXPECT_EQ(host.GetDocument().ObjectCount(), 1U);

@@ -65,8 +65,8 @@ TEST_F(GraphicLoaderTest, a_file_that_can_not_be_placed_changes_nothing_and_is_t
   for (const char* name :
        {"text.txt", "cut.png", "empty.svg", "folder.png", "large.png", "missing.png"}) {
     EXPECT_EQ(Load(name), 0) << name;
-    ASSERT_EQ(m_Notices.Texts().size(), ++told);
-    EXPECT_EQ(m_Notices.Texts().back().find(m_Directory.Wide(name) + L" can't be placed: "), 0U);
+    ASSERT_EQ(m_Notices.Losses().size(), ++told);
+    EXPECT_EQ(m_Notices.Losses().back().find(m_Directory.Wide(name) + L" can't be placed: "), 0U);
   }
   EXPECT_EQ(m_Document.ObjectCount(), 1U);
   EXPECT_EQ(m_Document.Selection(), std::vector{drill});

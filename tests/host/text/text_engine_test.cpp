@@ -154,7 +154,7 @@ TEST_F(TextEngineTest, a_paragraph_takes_its_limit_and_leaves_the_rest_out_once_
     std::size_t letters = 0;
     for (const auto& run : text.lines.at(0).runs) letters += run.text.size();
     EXPECT_EQ(letters, LongestParagraph);
-    EXPECT_EQ(m_Notices.Texts().size(), excess);
+    EXPECT_EQ(m_Notices.Losses().size(), excess);
   }
 }
 
