@@ -237,6 +237,53 @@ TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths
   }
 }
 
+// The same numbers as the cut colour's, in every other kind of colour space: nothing is taken, and
+// nothing fails. Two of the colours match, one for each of two cut colours.
+TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const std::string uncoloured =
+      "/pt << /PatternType 1 /PaintType 2 /TilingType 1 /BBox [0 0 20 20] /XStep 20 /YStep 20 "
+      "/PaintProc { pop 5 5 10 10 rectfill } >> matrix makepattern def\n";
+  std::string drawing;
+  for (const std::string& colour :
+       Names{"[/Pattern /DeviceRGB] setcolorspace 1 0 0 pt setcolor",
+             "[/Pattern /DeviceCMYK] setcolorspace 0 1 1 0 pt setcolor",
+             "[/Pattern /DeviceGray] setcolorspace 0 pt setcolor",
+             "[/Pattern [/DeviceN [/A /B] /DeviceCMYK {0 0}]] setcolorspace 1 0 pt setcolor",
+             "[/Pattern [/DeviceN [/A /B /C] /DeviceCMYK {0}]] setcolorspace 0 1 1 pt setcolor",
+             "/Pattern setcolorspace",
+             "[/Indexed /DeviceRGB 1 <ff0000 00ff00>] setcolorspace 0 setcolor",
+             "[/DeviceN [/A /B /C] /DeviceCMYK {0}] setcolorspace 1 0 0 setcolor",
+             "[/DeviceN [/A /B /C /D] /DeviceCMYK {}] setcolorspace 0 1 1 0 setcolor",
+             "[/CIEBasedABC << /WhitePoint [0.95 1 1.09] >>] setcolorspace 1 0 0 setcolor",
+             "[/CIEBasedA << /WhitePoint [0.95 1 1.09] >>] setcolorspace 0 setcolor", "1 setgray",
+             "0 setgray", "[/Separation /All /DeviceCMYK {dup dup dup}] setcolorspace 1 setcolor",
+             "1 0 0 setrgbcolor", "0 1 1 0 setcmykcolor"}) {
+    drawing += colour + " 10 10 20 20 rectfill 10 10 moveto 9 9 lineto stroke\n";
+  }
+  const std::string job =
+      bench.File("job.ps", Page(144, 144, uncoloured + drawing + "count 0 ne { fehler } if"));
+  const auto coloursUnder = [&](const std::wstring& section) {
+    Names colours;
+    const std::string page = Pages(bench.Run({PrefixOf(bench, section), job}), 1).front();
+    for (const CutPath& path : CutPathsOf(page)) colours.push_back(path.colour);
+    return colours;
+  };
+  const std::string rgb = "rgb 1.0 0.0 0.0";
+  const std::string cmyk = "cmyk 0.0 1.0 1.0 0.0";
+  std::wstring both = prefix::CutterSection(RedCut());
+  const std::wstring line = L"/DeviceRGB $setcutter\n";
+  ASSERT_NE(both.find(line), both.npos);
+  both.insert(both.find(line) + line.size(),
+              L"false 0.0000 1.0000 1.0000 0.0000 /DeviceCMYK $stripcontour\n");
+  EXPECT_EQ(coloursUnder(prefix::CutterSection(RedCut())), (Names{rgb, rgb}));
+  EXPECT_EQ(coloursUnder(prefix::CutterSection(CutColour(prefix::CutterCmyk, {0, 255, 255, 0}))),
+            (Names{cmyk, cmyk}));
+  EXPECT_EQ(coloursUnder(prefix::CutDataSection(NamedCut(L"CutContour"))), Names{});
+  EXPECT_EQ(coloursUnder(both), (Names{rgb, rgb, cmyk, cmyk}));
+}
+
 // A restore takes back what the interpreter holds since the save, but what was cut stays cut.
 TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
   REQUIRE_GHOSTSCRIPT();
