@@ -41,7 +41,8 @@ inline std::string Deflated(std::string_view content) {
 }
 
 inline void AddNumber(std::string& bytes, std::uint64_t number, int size) {
-  for (int index = 0; index < size; ++index) bytes += static_cast<char>(number >> 8 * index & 0xFF);
+  for (int index = 0; index < size; ++index, number >>= 8)
+    bytes += static_cast<char>(number & 0xFF);
 }
 
 /// Puts zip files together by APPNOTE, whatever their fields say.
