@@ -134,14 +134,20 @@ bool RipRun::Poll() {
   // The interpreter writes pixels row by row. While they flow, a moment's rest lets the pipe gather
   // some, which costs either side far less than to be woken for each.
   const int pixels = m_Flowing ? -1 : m_Interpreter->pixels.Get();
-  std::array<pollfd, 3> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
+  std::array<pollfd, 4> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
                                  {pixels, POLLIN, 0},
-                                 {m_Feed->Descriptor(), POLLOUT, 0}}};
+                                 {m_Feed->Descriptor(), POLLOUT, 0},
+                                 {STDERR_FILENO, 0, 0}}};
   const auto patience = static_cast<int>(
       std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1,
                              m_Flowing ? 1 : WatchInterval / NanosecondsPerMillisecond));
   if (poll(entries.data(), entries.size(), patience) < 0 && errno != EINTR) {
     return FailOn({"poll", {}, errno});
+  }
+  // A host that was killed can end nothing any more. Its pipe tells: no one reads it.
+  if ((entries[3].revents & POLLERR) != 0) {
+    Fail(ExitStatus::Failed, "Nobody reads the reports any more.");
+    return false;
   }
   return true;
 }

@@ -69,5 +69,15 @@ TEST_F(KilledQueue, takes_an_endless_interpreter_with_it) {
   }
 }
 
+TEST_F(KilledQueue, ends_in_an_endless_job_when_its_host_was_killed) {
+  const std::string file = m_Bench.Job("vkaaaaaa.ps", Header() + "%!PS\n{} loop\n");
+  const Outcome outcome =
+      m_Bench.RunAndLeave({m_Bench.Program(), "-ps", "-q", file}, "INTERPRETING");
+  EXPECT_NE(outcome.reports.find("INTERPRETING"), std::string::npos);
+  EXPECT_NE(outcome.status, 0);
+  EXPECT_TRUE(m_Bench.Processes().empty());
+  EXPECT_EQ(m_Bench.Leftovers(), std::vector<std::string>{"vkaaaaaa.ps"});
+}
+
 }  // namespace
 }  // namespace rastrel::jobspool::testing

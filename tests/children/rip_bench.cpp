@@ -228,6 +228,24 @@ Outcome RipBench::RunProgram(std::vector<std::string> words,
   return outcome;
 }
 
+Outcome RipBench::RunAndLeave(std::vector<std::string> words, const std::string& text) const {
+  const Started started = Start(RipDirectory(), std::move(words), m_Environment);
+  Outcome outcome;
+  std::vector<char> buffer(4096);
+  while (outcome.reports.find(text) == std::string::npos) {
+    const ssize_t count = read(started.reports, buffer.data(), buffer.size());
+    if (count <= 0) break;
+    outcome.reports.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  close(started.output);
+  close(started.reports);
+  int status = 0;
+  waitpid(started.process, &status, 0);
+  outcome.byItself = WIFEXITED(status);
+  outcome.status = outcome.byItself ? WEXITSTATUS(status) : WTERMSIG(status);
+  return outcome;
+}
+
 std::vector<std::string> RipBench::PagesOf(const std::string& pageList) {
   CCFM2 document;
   document.m_Text = os::WideFromUtf8(pageList);

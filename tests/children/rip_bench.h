@@ -68,6 +68,10 @@ class RipBench {
                                    std::optional<unsigned> killAfterMicroseconds = {},
                                    int signal = 9) const;
 
+  /// Runs a program in the same way and stops to read what it writes, as a host that was killed, as
+  /// soon as its reports hold that text. Gives how the program ended, with the reports so far.
+  [[nodiscard]] Outcome RunAndLeave(std::vector<std::string> words, const std::string& text) const;
+
   /// Native directories of the pages that a page list names, by the library's own reader.
   [[nodiscard]] static std::vector<std::string> PagesOf(const std::string& pageList);
   /// Paths below "System/c-out", relative to it.

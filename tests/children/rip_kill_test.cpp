@@ -75,5 +75,18 @@ TEST(KilledRip, in_an_endless_job_takes_the_interpreter_with_it) {
   EXPECT_EQ(bench.Processes(), Names{});
 }
 
+TEST(LeftRip, in_an_endless_job_ends_when_nobody_reads_its_reports) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipBench bench;
+  const Outcome outcome =
+      bench.RunAndLeave({bench.RipDirectory() + "/corerast.exe", "-M", "-Q", "-m128",
+                         bench.Prefix(), bench.File("job.ps", "%!PS\n{} loop\n")},
+                        "INTERPRETING");
+  EXPECT_NE(outcome.reports.find("INTERPRETING"), std::string::npos);
+  EXPECT_NE(outcome.status, 0);
+  EXPECT_EQ(bench.Remains(), Names{});
+  EXPECT_EQ(bench.Processes(), Names{});
+}
+
 }  // namespace
 }  // namespace rastrel::corerast::testing
