@@ -36,6 +36,7 @@ constexpr std::array OptionTable{
               "Take what has this colour as lines that are cut half through."},
     OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},
     OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
+    OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
@@ -91,8 +92,15 @@ constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
 constexpr std::array PageSizeOptions{Dsc, Json, Help};
-constexpr std::array QueueOptions{
-    OptionId::PageSize, Resolution, CutColor, HalfCutColor, KeepPs, Output, Json, Help};
+constexpr std::array QueueOptions{OptionId::PageSize,
+                                  Resolution,
+                                  CutColor,
+                                  HalfCutColor,
+                                  OptionId::Window,
+                                  KeepPs,
+                                  Output,
+                                  Json,
+                                  Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,   OutputFile, Page, PictureDpi, Blank,

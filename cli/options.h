@@ -32,6 +32,7 @@ enum class OptionId {
   HalfCutColor,
   Dsc,
   CutOnly,
+  Window,
   SaveTicket,
   Output,
   OutputFile,

@@ -15,9 +15,8 @@
 #include "cli/json_line.h"
 #include "cli/keep_files_host.h"
 #include "cli/queue_program.h"
+#include "cli/queue_view.h"
 #include "cli/standard_streams.h"
-#include "cli/terminal_faces.h"
-#include "rastrel/conversion/dialogs/q_progress_dlg.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/path.h"
@@ -132,8 +131,8 @@ ExitStatus TellCancelled(bool json) {
 }
 
 // A request to end is one to cancel, from the first moment on.
-std::unique_ptr<os::StopSignals> TakeSignals(TerminalFaces& faces) {
-  auto signals = os::StopSignals::Start([&faces](int) { faces.RequestStop(); });
+std::unique_ptr<os::StopSignals> TakeSignals(QueueView& view) {
+  auto signals = os::StopSignals::Start([&view](int) { view.RequestStop(); });
   if (!signals)
     throw CommandError(ExitStatus::JobFailed,
                        "the system gives no thread or descriptor: " + os::DescribeError(errno));
@@ -144,12 +143,13 @@ std::unique_ptr<os::StopSignals> TakeSignals(TerminalFaces& faces) {
 
 ExitStatus QueueCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
-  TerminalFaces faces(json);
-  const auto signals = TakeSignals(faces);
+  QueueView view(json);
+  const auto signals = TakeSignals(view);
   const ConversionSettings settings = ReadConversionSettings(invocation);
   const InputFile input = InspectInput(invocation.operand, "convert");
   MakeSureOfDataRoot();
   CheckQueueProgram();
+  if (invocation.Has(OptionId::Window)) view.UseWindow();
   const std::string target = OutputDirectory(invocation);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
@@ -159,12 +159,12 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const std::string copy = directory.Take(input, input.safeName);
   WriteHeader(settings, input, copy);
   const std::set<fs::path> before = NamesIn(directory.Path());
-  const FacesHost host(faces);
-  const int result = CQProgressDlg(os::FromNative(copy).c_str(), nullptr).DoModal();
+  CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
+  const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (result == host::OkCommand)
     return TellDone(TakeResults(directory.Path(), before, target), json);
-  if (faces.IsCancelled()) return TellCancelled(json);
+  if (view.IsCancelled()) return TellCancelled(json);
   Fail();
 }
 

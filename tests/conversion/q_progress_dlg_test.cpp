@@ -214,7 +214,8 @@ TEST_F(ProgressDialog, keeps_a_flood_of_messages_small_and_still_hears_the_end) 
   EXPECT_FALSE(dialog.PostMessage(CQProgressDlg::ProgressMessage, 4, 5));
   EXPECT_TRUE(dialog.PostMessage(CQProgressDlg::StateMessage, 4, JTI_CLQ_SUCCESS));
   EXPECT_TRUE(dialog.PostMessage(CQProgressDlg::WorkEndedMessage, 4, 0));
-  EXPECT_EQ(dialog.CountMessages(), limit + 2);
+  EXPECT_TRUE(dialog.PostMessage(CDialog::CommandMessage, CancelCommand, 0));
+  EXPECT_EQ(dialog.CountMessages(), limit + 3);
 }
 
 TEST_F(ProgressDialog, shows_texts_that_its_host_translates) {

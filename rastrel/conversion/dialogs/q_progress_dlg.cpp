@@ -34,7 +34,7 @@ const wchar_t* TextOf(JT_INFO code) {
 
 // Whether the dialog may end by it.
 bool IsEnd(unsigned message, std::intptr_t lParam) {
-  return message == CQProgressDlg::WorkEndedMessage ||
+  return message == CQProgressDlg::WorkEndedMessage || message == CDialog::CommandMessage ||
          (message == CQProgressDlg::StateMessage &&
           (lParam == JTI_CLQ_SUCCESS || lParam == JTI_CLQ_FAILURE));
 }

@@ -1,6 +1,8 @@
 #include "rastrel/platform/host/window_faces.h"
 
 #include "rastrel/platform/host/data_root.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/shared_library.h"
 
 namespace rastrel::host {
@@ -9,8 +11,10 @@ os::Expected<DialogFaces*, std::string> LoadWindowFaces() {
   static DialogFaces* faces = nullptr;
   if (faces != nullptr) return faces;
   const std::string programs = FindResources().programs;
-  if (programs.empty()) return std::string("rastrel-window.so is not installed");
-  const auto library = os::SharedLibrary::Open((programs + "/rastrel-window.so").c_str());
+  const std::string component = programs + "/rastrel-window.so";
+  if (programs.empty() || !os::Exists(os::FromNative(component)))
+    return std::string("rastrel-window.so is not installed");
+  const auto library = os::SharedLibrary::Open(component.c_str());
   if (!library) return library.Error();
   MakeWindowFaces* make = nullptr;
   if (!library->Bind(make, MakeWindowFacesName))

@@ -1,0 +1,46 @@
+#include "cli/queue_view.h"
+
+#include "cli/exit_status.h"
+#include "rastrel/platform/host/window_faces.h"
+
+namespace rastrel::cli {
+namespace {
+
+void PostCancel(CQProgressDlg& dialog) {
+  dialog.PostMessage(CDialog::CommandMessage, host::CancelCommand, 0);
+}
+
+}  // namespace
+
+void QueueView::UseWindow() {
+  const auto faces = host::LoadWindowFaces();
+  if (!faces)
+    throw CommandError(ExitStatus::NotInstalled,
+                       "--window: no window can be shown: " + faces.Error());
+  m_Faces = *faces;
+}
+
+int QueueView::Show(CQProgressDlg& dialog) {
+  const FacesHost host(*m_Faces);
+  SetDialog(&dialog);
+  const int result = dialog.DoModal();
+  SetDialog(nullptr);
+  // The terminal gives a dialog up by itself when only a person could end it; a window never does.
+  m_Cancelled = m_Faces != &m_Terminal && dialog.IsCancelled();
+  return result;
+}
+
+void QueueView::SetDialog(CQProgressDlg* dialog) {
+  const std::lock_guard lock(m_Mutex);
+  m_Dialog = dialog;
+  if (m_Stopped && dialog != nullptr) PostCancel(*dialog);
+}
+
+void QueueView::RequestStop() {
+  m_Terminal.RequestStop();
+  const std::lock_guard lock(m_Mutex);
+  m_Stopped = true;
+  if (m_Dialog != nullptr) PostCancel(*m_Dialog);
+}
+
+}  // namespace rastrel::cli
