@@ -42,6 +42,8 @@ std::optional<CWorldRect> FrameBetween(const NewWorldPt& first, const NewWorldPt
 
 }  // namespace
 
+TextEngine::Open::Open() = default;
+
 TextEngine::TextEngine(document::DocumentStore& store, FontCatalog& fonts,
                        document::Notices& notices)
     : m_Store(store), m_Fonts(fonts), m_Notices(notices) {

@@ -53,6 +53,7 @@ class TextEngine : public host::TextCompose {
  private:
   // The open paragraph: the records that the library writes, and what was pasted so far.
   struct Open {
+    Open();
     CWorldRect frame;  // text units
     paragraphStruct paragraph;
     list_s lines;
