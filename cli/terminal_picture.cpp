@@ -94,14 +94,23 @@ unsigned PictureColumns(std::string_view png, unsigned terminalColumns) {
   return std::clamp(width / PixelsOfColumn, 1U, most);
 }
 
+namespace {
+
+PictureProtocol ProtocolOfOutput() {
+  if (!os::IsTerminal(os::StandardHandle(os::StandardStream::Output))) return PictureProtocol::None;
+  return ProtocolOf([](const char* name) { return os::EnvironmentValue(name); });
+}
+
+}  // namespace
+
+bool ShowsPictures() { return ProtocolOfOutput() != PictureProtocol::None; }
+
 bool ShowPicture(const std::wstring& path) {
-  const HANDLE output = os::StandardHandle(os::StandardStream::Output);
-  if (!os::IsTerminal(output)) return false;
-  const PictureProtocol protocol =
-      ProtocolOf([](const char* name) { return os::EnvironmentValue(name); });
+  const PictureProtocol protocol = ProtocolOfOutput();
   if (protocol == PictureProtocol::None) return false;
   const auto png = os::ReadWholeFile(path, PictureLimit);
   if (!png) return false;
+  const HANDLE output = os::StandardHandle(os::StandardStream::Output);
   const unsigned columns = PictureColumns(*png, os::TerminalColumns(output));
   if (columns == 0) return false;
   WriteOut(PictureSequence(protocol, *png, columns));

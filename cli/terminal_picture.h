@@ -30,6 +30,9 @@ using VariableReader = std::function<std::string(const char*)>;
 /// Bytes of a file that are shown at most; terminals keep what they show.
 inline constexpr unsigned long PictureLimit = 8UL << 20;
 
+/// Whether standard output is a terminal that shows pictures.
+[[nodiscard]] bool ShowsPictures();
+
 /// Shows a PNG file on standard output. False, and nothing is written, if that is no terminal which
 /// shows pictures, or the file is none or too large: then its path is to be told instead.
 [[nodiscard]] bool ShowPicture(const std::wstring& path);

@@ -1,19 +1,50 @@
 #include "cli/document/import_command.h"
 
+#include <algorithm>
+
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
+#include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
+#include "cli/exit_status.h"
+#include "cli/terminal_picture.h"
+#include "host/document/document.h"
 #include "host/document/notices.h"
+#include "rastrel/platform/host/world.h"
 
 namespace rastrel::cli {
+namespace {
+
+// Pixels of a picture that nobody asked for, which terminals show smaller anyway.
+constexpr double MostPixelsAcross = 1600;
+
+// Who imports at a terminal that takes pictures sees what became of the file.
+void ShowOnTerminal(const OpenedFile& file, DrawingRequest request, const std::string& input) {
+  if (!ShowsPictures()) return;
+  const document::SignBlank& blank = file.host->GetDocument().Blank();
+  const double inches = std::max({blank.width, blank.height, 1.0}) / host::CentimetresPerInch;
+  request.dpi = std::clamp(static_cast<int>(MostPixelsAcross / inches), 1, request.dpi);
+  try {
+    static_cast<void>(ShownPicture(*file.host, request, input).ShowOnTerminal());
+  } catch (const CommandError&) {
+    // A document that is too much for a picture is imported all the same.
+  }
+}
+
+}  // namespace
 
 ExitStatus ImportCommand(const Invocation& invocation) {
   const std::string output = invocation.ValueOr(OptionId::OutputFile, "");
   const DrawingRequest request = DrawingRequestOf(invocation, output);
   const OpenedFile file = OpenTemplate(invocation);
   std::vector<std::string> files;
-  if (!output.empty()) files = WriteDrawing(*file.host, request, output);
-  TellDocument(file, invocation.operand, files, invocation.Has(OptionId::Json));
+  const bool json = invocation.Has(OptionId::Json);
+  if (!output.empty()) {
+    files = WriteDrawing(*file.host, request, output);
+  } else if (!json) {
+    ShowOnTerminal(file, request, invocation.operand);
+  }
+  TellDocument(file, invocation.operand, files, json);
   if (!file.host->GetNotices().Losses().empty()) return ExitStatus::JobFailed;
   return file.findings.empty() ? ExitStatus::Done : ExitStatus::BadInput;
 }

@@ -1,28 +1,17 @@
 #include "cli/document/view_command.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
+#include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
 #include "cli/programs.h"
-#include "cli/standard_streams.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 
 namespace rastrel::cli {
 namespace {
-
-// A file for a viewer, which may still read it when this program has ended: the system's temporary
-// files are its end.
-std::string TemporaryPicture(const std::string& input) {
-  std::string folder = (std::filesystem::temp_directory_path() / "rastrel-view-XXXXXX").string();
-  if (::mkdtemp(folder.data()) == nullptr)
-    throw CommandError(ExitStatus::JobFailed, "no folder can be made for the picture in " +
-                                                  std::filesystem::temp_directory_path().string());
-  return folder + "/" + std::filesystem::path(input).stem().string() + ".png";
-}
 
 bool HasDesktop() {
   return std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
@@ -35,21 +24,27 @@ bool OpenInViewer(const std::string& picture) {
   return !opener.empty() && StartAndForget(opener, {"xdg-open", picture});
 }
 
+void Show(const OpenedFile& file, const DrawingRequest& request, const Invocation& invocation) {
+  const bool json = invocation.Has(OptionId::Json);
+  ShownPicture picture(*file.host, request, invocation.operand);
+  if (!json && picture.ShowOnTerminal()) return TellDocument(file, invocation.operand, {}, json);
+  picture.Keep();
+  TellDocument(file, invocation.operand, {picture.Path()}, json);
+  OpenInViewer(picture.Path());
+}
+
 }  // namespace
 
 ExitStatus ViewCommand(const Invocation& invocation) {
-  std::string output = invocation.ValueOr(OptionId::OutputFile, "");
-  DrawingRequest request = DrawingRequestOf(invocation, output);
+  const std::string output = invocation.ValueOr(OptionId::OutputFile, "");
+  const DrawingRequest request = DrawingRequestOf(invocation, output);
   const OpenedFile file = OpenTemplate(invocation);
-  const bool shown = output.empty();
-  if (shown) {
-    output = TemporaryPicture(invocation.operand);
-    request.kind = DrawingKind::Png;
-    if (request.page == 0) request.page = 1;
+  if (output.empty()) {
+    Show(file, request, invocation);
+  } else {
+    const std::vector<std::string> files = WriteDrawing(*file.host, request, output);
+    TellDocument(file, invocation.operand, files, invocation.Has(OptionId::Json));
   }
-  const std::vector<std::string> files = WriteDrawing(*file.host, request, output);
-  TellDocument(file, invocation.operand, files, invocation.Has(OptionId::Json));
-  if (shown) OpenInViewer(files.front());
   return file.host->GetNotices().Losses().empty() ? ExitStatus::Done : ExitStatus::JobFailed;
 }
 

@@ -1,0 +1,115 @@
+"""What `rastrel view` and `rastrel import` show on a terminal that takes pictures, and on others.
+
+usage: terminal_test.py COMMAND SOURCE_TREE
+"""
+
+import base64
+import os
+import pathlib
+import pty
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from png_picture import Picture, difference
+
+COMMAND, SOURCES = os.path.abspath(sys.argv.pop(1)), pathlib.Path(sys.argv.pop(1)).resolve()
+EXAMPLE = SOURCES / "examples/plates/further-pages.xml"
+
+
+class Terminal(unittest.TestCase):
+    def setUp(self):
+        place = tempfile.TemporaryDirectory(prefix="rastrel-terminal-")
+        self.addCleanup(place.cleanup)
+        self.place = pathlib.Path(place.name)
+        self.temporary = self.place / "temporary"
+        self.temporary.mkdir()
+
+    def environment(self, pictures):
+        gone = ("DISPLAY", "WAYLAND_DISPLAY", "TMUX", "STY")
+        return {**{name: value for name, value in os.environ.items() if name not in gone},
+                "TMPDIR": str(self.temporary), "RASTREL_PICTURES": pictures, "TERM": "xterm"}
+
+    def on_terminal(self, pictures, *words):
+        """Exit status, and all that the terminal got."""
+        mine, its = pty.openpty()
+        process = subprocess.Popen([COMMAND, *map(str, words)], stdin=its, stdout=its, stderr=its,
+                                   env=self.environment(pictures))
+        os.close(its)
+        shown = b""
+        while True:
+            try:
+                part = os.read(mine, 65536)
+            except OSError:  # what the other end of a terminal says when it has closed
+                break
+            if not part:
+                break
+            shown += part
+        os.close(mine)
+        return process.wait(), shown
+
+    def picture_in(self, shown):
+        """The file that the graphics protocol of kitty carries."""
+        parts = re.findall(rb"\x1b_G[^;]*;([^\x1b]*)\x1b\\", shown)
+        self.assertTrue(parts, "no picture came")
+        file = self.place / "shown.png"
+        file.write_bytes(base64.b64decode(b"".join(parts)))
+        return Picture(file)
+
+    def drawn(self, *words):
+        file = self.place / "drawn.png"
+        subprocess.run([COMMAND, "view", EXAMPLE, *map(str, words), "-o", file], check=True,
+                       stdout=subprocess.DEVNULL)
+        return Picture(file)
+
+    def test_view_shows_the_first_page_and_leaves_no_file(self):
+        status, shown = self.on_terminal("kitty", "view", EXAMPLE, "--dpi", "20")
+        self.assertEqual(status, 0)
+        self.assertIsNone(difference(self.picture_in(shown), self.drawn("--page", 1, "--dpi", 20)))
+        self.assertIn(b"2 pages of 60 by 40 cm: 6 plates, 6 texts, 12 drill points\r\n", shown)
+        self.assertNotIn(b"written to", shown)
+        self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_view_shows_the_page_that_is_asked_for(self):
+        _, shown = self.on_terminal("kitty", "view", EXAMPLE, "--page", "2", "--dpi", "20")
+        self.assertIsNone(difference(self.picture_in(shown), self.drawn("--page", 2, "--dpi", 20)))
+
+    def test_import_without_a_file_to_make_shows_the_page_no_larger_than_a_screen(self):
+        status, shown = self.on_terminal("kitty", "import", EXAMPLE)
+        self.assertEqual(status, 0)
+        self.assertIn(b"2 pages of 60 by 40 cm", shown)
+        self.assertTrue(1000 < self.picture_in(shown).width <= 1600)
+        self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_nothing_is_shown_where_a_file_or_json_is_asked_for(self):
+        for words in (("import", EXAMPLE, "-o", self.place / "a.svg"), ("import", EXAMPLE, "--json")):
+            status, shown = self.on_terminal("kitty", *words)
+            self.assertEqual(status, 0)
+            self.assertNotIn(b"\x1b", shown)
+            self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_a_terminal_without_pictures_gets_the_name_of_a_file_that_stays(self):
+        status, shown = self.on_terminal("none", "view", EXAMPLE, "--dpi", "20")
+        self.assertEqual(status, 0)
+        self.assertNotIn(b"\x1b", shown)
+        name = re.search(r"written to (\S+)", shown.decode()).group(1)
+        self.assertIsNone(difference(Picture(name), self.drawn("--page", 1, "--dpi", 20)))
+
+    def test_a_document_too_large_for_a_picture_is_imported_all_the_same(self):
+        status, shown = self.on_terminal("kitty", "import", EXAMPLE, "--blank", "99999x99999cm")
+        self.assertEqual(status, 0)
+        self.assertIn(b"1 page of 99999 by 99999 cm", shown)
+        self.assertNotIn(b"\x1b", shown)
+        self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_a_view_that_can_not_be_drawn_leaves_no_file(self):
+        status, shown = self.on_terminal("none", "view", EXAMPLE, "--blank", "99999x99999cm")
+        self.assertEqual(status, 1)
+        self.assertNotIn(b"written to", shown)
+        self.assertEqual(list(self.temporary.iterdir()), [])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
