@@ -60,7 +60,7 @@ class RunScript(unittest.TestCase):
         for name, body in TOOLS.items():
             (self.tools / name).write_text(f"#!/bin/sh\n{body}\n", encoding="utf-8")
             (self.tools / name).chmod(0o755)
-        self.install("build", "run", "test")
+        self.install("build", "host", "run", "test")
         (self.place / "wanted").write_text("", encoding="utf-8")
 
     def packages(self, *groups):
