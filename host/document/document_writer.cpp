@@ -206,6 +206,28 @@ Json SheetLayersJson(const Document& document) {
   return layers;
 }
 
+// Line feeds stand between values only, never in them.
+void AppendIndented(std::string& text, const Json& json, std::string_view indent) {
+  const std::string own = json.dump(1, ' ', false, Json::error_handler_t::replace);
+  for (const char letter : own) {
+    text += letter;
+    if (letter == '\n') text += indent;
+  }
+}
+
+// The objects as the array at the document's end, one after the other: as values they would take
+// many times the memory of the document and of its text.
+void AppendObjects(std::string& text, const Document& document) {
+  text += ",\n \"objects\": [";
+  bool first = true;
+  for (const ObjectHandle member : document.Members(host::DocumentRoot)) {
+    text += first ? "\n  " : ",\n  ";
+    AppendIndented(text, ObjectJson(document, member), "  ");
+    first = false;
+  }
+  text += first ? "]" : "\n ]";
+}
+
 }  // namespace
 
 std::string DocumentText(const Document& document) {
@@ -223,8 +245,11 @@ std::string DocumentText(const Document& document) {
         {"verticalGap", plates.verticalGap}}}};
   json["palette"] = PaletteJson(document.Colors());
   json["sheetLayers"] = SheetLayersJson(document);
-  json["objects"] = MembersJson(document, host::DocumentRoot);
-  return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+  std::string text = json.dump(1, ' ', false, Json::error_handler_t::replace);
+  text.resize(text.size() - std::string_view("\n}").size());
+  AppendObjects(text, document);
+  text += "\n}\n";
+  return text;
 }
 
 os::Outcome<os::Done> SaveDocument(const Document& document, const std::wstring& path) {
