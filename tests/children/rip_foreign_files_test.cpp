@@ -73,7 +73,7 @@ TEST(ForeignFile, that_is_postscript_loses_its_outlines_to_the_cut_paths) {
   }
 }
 
-// Inkscape takes longer to install than all else together, so where it is missing this is left out.
+// Inkscape is large, and not everybody who builds this has it: without it this is left out.
 TEST(ForeignFile, of_inkscape_loses_its_outlines_to_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
   if (!HaveProgram("inkscape")) GTEST_SKIP() << "Inkscape is not installed.";

@@ -112,16 +112,28 @@ class RandomLevels {
   std::mt19937_64 m_Random;
 };
 
-// How many settings are tried: a hundred thousand, or as many as RASTREL_TEST_LEVELS says.
-int SettingCount() {
-  const std::string asked = rastrel::os::EnvironmentValue("RASTREL_TEST_LEVELS");
-  return asked.empty() ? 100'000 : std::atoi(asked.c_str());
-}
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int UsualSettings = 50'000;
+#else
+constexpr int UsualSettings = 1'000'000;
+#endif
 
-TEST(LevelsTable, is_the_literal_evaluation_to_the_last_digit_for_random_settings) {
+// The settings are tried in parts, which a test run may spread over processors.
+class RandomLevelsTable : public ::testing::TestWithParam<int> {
+ protected:
+  static constexpr int Parts = 5;
+
+  // How many settings a part tries; all parts as many as RASTREL_TEST_LEVELS says, or the usual.
+  static int SettingCount() {
+    const std::string asked = rastrel::os::EnvironmentValue("RASTREL_TEST_LEVELS");
+    return (asked.empty() ? UsualSettings : std::atoi(asked.c_str())) / Parts;
+  }
+};
+
+TEST_P(RandomLevelsTable, is_the_literal_evaluation_to_the_last_digit) {
   const int count = SettingCount();
   ASSERT_LT(0, count);
-  RandomLevels random(20261121);
+  RandomLevels random(20261121 + static_cast<unsigned>(GetParam()));
   int different = 0;
   for (int index = 0; index < count && different < 5; ++index) {
     const CLevelsData levels = random.Next();
@@ -130,6 +142,8 @@ TEST(LevelsTable, is_the_literal_evaluation_to_the_last_digit_for_random_setting
     ADD_FAILURE() << "Low " << levels.Low << ", Gamma " << levels.Gamma << ", High " << levels.High;
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(, RandomLevelsTable, ::testing::Range(0, 5));
 
 // The entries as numbers, for those that stand in the middle of a table.
 std::vector<std::uint32_t> EntriesOf(const CLevelsData& levels) {
