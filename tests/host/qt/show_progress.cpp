@@ -53,6 +53,7 @@ int main(int count, char** words) {
   std::tie(result, cancelled) = run();
   std::printf("result %d cancelled %d threads %+ld descriptors %+ld\n", result, cancelled ? 1 : 0,
               EntriesOf("/proc/self/task") - threads, EntriesOf("/proc/self/fd") - descriptors);
+  std::fflush(stdout);
   rastrel::host::SetHost(nullptr);
   return 0;
 }
