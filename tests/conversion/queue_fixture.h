@@ -41,7 +41,8 @@ class QueueTest : public PrintTest {
   void ExpectNothingLeft() {
     EXPECT_FALSE(HasChildren());
     EXPECT_EQ(OpenDescriptors(), m_Descriptors);
-    EXPECT_EQ(ThreadsSettled(m_Threads), m_Threads);
+    // Fewer is no fault: a sanitizer's own thread may have gone since.
+    EXPECT_LE(ThreadsSettled(m_Threads), m_Threads);
   }
 
   std::size_t m_Descriptors;
