@@ -118,10 +118,10 @@ TEST(ParseArguments, reads_every_command_of_the_table) {
 
 TEST(ParseArguments, refuses_what_the_tables_do_not_have) {
   const std::vector<std::vector<const char*>> wrong = {
-      {"frobnicate"},      {"print"},           {"print", ""},
+      {"frobnicate"},        {"print"},           {"print", ""},
       {"reprint", "a", "b"}, {"--frob"},          {"print", "a", "--frob"},
-      {"printers", "x"},   {"spool", "frob"},   {"print", "a", "--copies"},
-      {"ticket", "show"},  {"modes", "--spool"}};
+      {"printers", "x"},     {"spool", "frob"},   {"print", "a", "--copies"},
+      {"ticket", "show"},    {"modes", "--spool"}};
   for (const auto& words : wrong) {
     try {
       static_cast<void>(Parse(words));
