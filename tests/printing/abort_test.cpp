@@ -295,7 +295,7 @@ TEST_F(AbortedJob, at_200_random_moments_always_ends_the_same_and_leaves_nothing
     ASSERT_FALSE(HasChildren()) << told;
     ASSERT_EQ(OpenDescriptors(), descriptors) << told;
     ASSERT_EQ(ThreadsSettled(threads), threads) << told;
-    std::filesystem::remove_all(Root().Path("pages"));
+    rastrel::test::RemoveTree(Root().Path("pages"));
   }
   EXPECT_GT(aborted, 0);
 }

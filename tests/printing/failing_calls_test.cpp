@@ -208,7 +208,7 @@ TEST_F(FailingCall, has_its_words_its_error_and_its_end) {
     ExpectNothingLeft(where);
     stagesBefore = m_Ticket.m_Told.Stages().size();
     errorsBefore = errors.size();
-    std::filesystem::remove_all(Root().Path("pages"));
+    rastrel::test::RemoveTree(Root().Path("pages"));
   }
 }
 
@@ -401,7 +401,7 @@ TEST_F(FailingCall, of_any_kind_at_any_time_leaves_nothing_and_the_next_job_prin
           std::string(CallNames[static_cast<std::size_t>(call)]) + " " + std::to_string(time);
       if (call == WaitProcess) ReapLeftChild();
       ExpectNothingLeft(where);
-      std::filesystem::remove_all(Root().Path("pages"));
+      rastrel::test::RemoveTree(Root().Path("pages"));
     }
     Renew();
     Arm(CallCount, 0);

@@ -2,14 +2,28 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace rastrel::test {
+
+/// Removes a directory with all that is in it. A program that was ended a moment ago may have
+/// started another, which makes a file while the directory is emptied: then once more.
+inline void RemoveTree(const std::filesystem::path& path) {
+  std::error_code error;
+  for (int attempt = 0; attempt < 200; ++attempt) {
+    std::filesystem::remove_all(path, error);
+    if (!error) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  std::filesystem::remove_all(path);
+}
 
 /// A new empty directory for one test, removed at its end whatever it holds then.
 class ScratchDirectory {
