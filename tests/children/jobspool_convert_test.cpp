@@ -15,6 +15,7 @@
 #include "rastrel/platform/os/path.h"
 #include "tests/children/odalis_bench.h"
 #include "tests/children/queue_bench.h"
+#include "tests/support/ordinary_user.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -458,16 +459,40 @@ TEST_F(QueueConvert, the_prefix_can_not_be_reached_by_a_name) {
   EXPECT_TRUE(fs::exists(m_Stem + ".cut"));
 }
 
+// Gives a directory with all in it to the ordinary user, and back.
+class OwnedBy {
+ public:
+  explicit OwnedBy(fs::path directory) : m_Directory(std::move(directory)) { Give(65534); }
+  ~OwnedBy() { Give(0); }
+  OwnedBy(const OwnedBy&) = delete;
+  OwnedBy& operator=(const OwnedBy&) = delete;
+
+ private:
+  void Give(uid_t user) const {
+    if (geteuid() != 0) return;
+    EXPECT_EQ(lchown(m_Directory.c_str(), user, static_cast<gid_t>(-1)), 0);
+    for (const auto& entry : fs::recursive_directory_iterator(m_Directory))
+      EXPECT_EQ(lchown(entry.path().c_str(), user, static_cast<gid_t>(-1)), 0);
+  }
+  fs::path m_Directory;
+};
+
 TEST_F(QueueConvert, a_directory_that_takes_no_file_fails) {
-  if (geteuid() == 0) GTEST_SKIP() << "The superuser may write everywhere.";
   const std::string place = m_Bench.RipDirectory() + "/closed";
   fs::create_directories(place);
   const std::string job = m_Bench.Job("closed/a.ps", Header() + Eps);
-  fs::permissions(place, fs::perms::owner_read | fs::perms::owner_exec);
-  const Outcome outcome = m_Bench.Convert(job);
-  fs::permissions(place, fs::perms::owner_all);
-  EXPECT_EQ(outcome.status, 3);
-  EXPECT_TRUE(outcome.Says("INFO: CLQ_failure"));
+  // The superuser may write everywhere, so the data root goes to somebody whom permissions bind.
+  const OwnedBy nobody(fs::path(m_Bench.Root()).parent_path());
+  const auto convert = [&](fs::perms permissions) {
+    fs::permissions(place, permissions);
+    const test::OrdinaryUser user;
+    return m_Bench.Convert(job);
+  };
+  const Outcome closed = convert(fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(closed.status, 3) << closed.reports;
+  EXPECT_TRUE(closed.Says("INFO: CLQ_failure"));
+  const Outcome open = convert(fs::perms::owner_all);
+  EXPECT_EQ(open.status, 0) << "nothing but the permissions was in the way: " << open.reports;
 }
 
 TEST_F(QueueConvert, a_relative_path_is_a_place_like_any) {
