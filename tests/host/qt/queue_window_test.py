@@ -14,6 +14,8 @@ import tempfile
 import time
 import unittest
 
+import display
+
 COMMAND, TREE = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
 NEEDED = ("Xvfb", "xdotool", "gs")
 PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
@@ -22,22 +24,7 @@ ENDLESS = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 72 72\n0 0 72 72 rectfill\n{ } loo
 SHORT = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 72 72\n0 0 72 72 rectfill\nshowpage\n"
 
 
-class QueueWindow(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        read, write = os.pipe()
-        cls.display = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"],
-            pass_fds=(write,), stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as number:
-            cls.name = ":" + number.readline().strip()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.display.terminate()
-        cls.display.wait()
-
+class QueueWindow(display.DisplayTest):
     def setUp(self):
         place = tempfile.TemporaryDirectory(prefix="rastrel-queue-window-")
         self.addCleanup(place.cleanup)

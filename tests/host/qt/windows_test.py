@@ -16,6 +16,8 @@ import tempfile
 import time
 import unittest
 
+import display
+
 PROGRAM, TREE = sys.argv.pop(1), sys.argv.pop(1)
 NEEDED = ("Xvfb", "xdotool")
 PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
@@ -52,22 +54,7 @@ def alive(process):
     return os.path.exists(f"/proc/{process}/status")
 
 
-class Windows(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        read, write = os.pipe()
-        cls.display = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"],
-            pass_fds=(write,), stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as number:
-            cls.name = ":" + number.readline().strip()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.display.terminate()
-        cls.display.wait()
-
+class Windows(display.DisplayTest):
     def setUp(self):
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-windows-"))
         self.addCleanup(shutil.rmtree, self.home)
