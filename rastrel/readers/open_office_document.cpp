@@ -6,26 +6,17 @@
 #include <utility>
 
 #include "rastrel/imports/xml_failure.h"
-#include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/readers/open_office_xml_import.h"
 #include "rastrel/readers/trimmed_text.h"
+#include "rastrel/readers/xml_file_name.h"
 
 namespace rastrel::readers {
 namespace {
 
 // What the machine's memory takes for a piece of its own besides what is asked for.
 constexpr std::size_t AllocationCost = 16;
-
-bool HasXmlExtension(std::wstring_view path) {
-  std::wstring extension = os::LowerAscii(os::SplitPath(path).extension);
-  std::erase(extension, L'.');
-  const std::size_t begin = extension.find_first_not_of(L' ');
-  const std::size_t end = extension.find_last_not_of(L' ');
-  return begin != std::wstring::npos && extension.substr(begin, end + 1 - begin) == L"xml";
-}
 
 // Bytes that the records of a table would take.
 std::size_t RecordSize(OpenOfficeTables::Walk table) {
@@ -157,7 +148,7 @@ OpenOfficeDocument::OpenOfficeDocument(const SheetLimits& limits) : m_Limits(lim
 OpenOfficeDocument::~OpenOfficeDocument() = default;
 
 bool OpenOfficeDocument::ParseFile(std::wstring_view path) {
-  if (path.empty() || !os::Exists(path) || !HasXmlExtension(path)) {
+  if (!IsNamedXml(std::wstring(path).c_str())) {
     imports::ReportXmlFailure(
         {std::wstring(path), 0, 0, L"there is no such file of the extension \"xml\""});
     return false;

@@ -135,6 +135,19 @@ TEST_F(OpenOfficeImport, texts_made_of_several_pieces_do_not_mix_with_the_paragr
       "two");
 }
 
+TEST_F(OpenOfficeImport, blanks_tabs_and_breaks_that_are_elements_are_no_text) {
+  EXPECT_EQ(ImportRows(Row("<table:table-cell><text:p>a <text:s text:c=\"3\"/>b<text:tab/>c"
+                           "<text:line-break/>d</text:p></table:table-cell>")),
+            "a bcd");
+}
+
+TEST_F(OpenOfficeImport, blanks_alone_between_two_spans_are_no_text) {
+  EXPECT_EQ(
+      ImportRows(Row("<table:table-cell><text:p>is<text:span> </text:span><text:span>bold"
+                     "</text:span> <text:span>, sure</text:span></text:p></table:table-cell>")),
+      "isbold, sure");
+}
+
 TEST_F(OpenOfficeImport, a_line_feed_within_a_paragraph_stays) {
   EXPECT_EQ(ImportRows(Row(Cell("one\ntwo") + Cell("b"))), "one\ntwo\tb");
 }
@@ -170,7 +183,7 @@ TEST_F(OpenOfficeImport, another_root_no_table_or_a_broken_document_fails) {
 }
 
 TEST_F(OpenOfficeImport, the_extension_is_xml_in_any_case) {
-  for (const char* const name : {"a.XML", "a.xMl", "a.b.xml", "a.xml ", "a. xml"}) {
+  for (const char* const name : {"a.XML", "a.xMl", "a.b.xml", "a.xml ", "a. xml", "a.xml\t"}) {
     m_Directory.Write(name, Document(Table("")));
     COpenOfficeXMLImport import(m_Directory.Wide(name).c_str());
     EXPECT_NE(import.GetFirstPlate(), nullptr) << name;
