@@ -15,6 +15,7 @@
 #include "cli/sheet/zip_library.h"
 #include "cli/spool.h"
 #include "cli/standard_streams.h"
+#include "cli/xml_input.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/host/data_root.h"
 #include "rastrel/platform/os/file.h"
@@ -120,13 +121,22 @@ void CheckSpace(Checks& checks) {
   checks.push_back({"disk space", state, text, os::DataRoot(), state == State::Good ? "" : mend});
 }
 
-// Bound by `sheet` alone, so that nothing else misses it.
+// Bound by `sheet` alone, and the next by all that reads XML, so that nothing else misses them.
 void CheckZipLibrary(Checks& checks) {
   try {
     static_cast<void>(sheet::ZipLibrary::Instance());
     checks.push_back({"libzip", State::Good, "found", {}, {}});
   } catch (const CommandError& error) {
     checks.push_back({"libzip", State::Warning, error.what(), {}, {}});
+  }
+}
+
+void CheckXmlLibrary(Checks& checks) {
+  try {
+    RequireXmlParser();
+    checks.push_back({"libxml2", State::Good, "found", {}, {}});
+  } catch (const CommandError& error) {
+    checks.push_back({"libxml2", State::Warning, error.what(), {}, {}});
   }
 }
 
@@ -290,6 +300,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckWritable(checks);
   CheckSpace(checks);
   CheckZipLibrary(checks);
+  CheckXmlLibrary(checks);
   CheckInterpreter(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);

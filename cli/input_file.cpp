@@ -1,13 +1,11 @@
 #include "cli/input_file.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include "children/corerast/job_kind.h"
 #include "cli/exit_status.h"
-#include "rastrel/platform/os/outcome.h"
+#include "cli/file_head.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -24,17 +22,6 @@ struct Asked {
 [[noreturn]] void Refuse(const Asked& file, const std::string& why) {
   throw CommandError(ExitStatus::BadInput,
                      "can't " + std::string(file.verb) + " '" + file.path + "': " + why);
-}
-
-std::string HeadOf(const Asked& asked) {
-  errno = 0;
-  std::ifstream file(asked.path, std::ios::binary);
-  if (!file) Refuse(asked, os::DescribeError(errno));
-  std::string head(corerast::JobHeadSize, '\0');
-  file.read(head.data(), static_cast<std::streamsize>(head.size()));
-  if (file.bad()) Refuse(asked, os::DescribeError(errno));
-  head.resize(static_cast<std::size_t>(file.gcount()));
-  return head;
 }
 
 const char* ExtensionOf(corerast::JobKind kind) {
@@ -57,16 +44,11 @@ bool IsUnsafe(wchar_t character) {
 
 InputFile InspectInput(const std::string& path, const char* verb) {
   const Asked asked{path, verb};
+  const FileHead head = ReadFileHead(path, corerast::JobHeadSize);
+  if (!head.trouble.empty()) Refuse(asked, head.trouble);
   std::error_code error;
-  const auto state = std::filesystem::status(path, error);
-  if (state.type() == std::filesystem::file_type::not_found) Refuse(asked, "there is no such file");
-  if (error) Refuse(asked, os::DescribeError(error.value()));
-  if (std::filesystem::is_directory(state)) Refuse(asked, "it is a directory");
-  if (!std::filesystem::is_regular_file(state)) Refuse(asked, "it is no regular file");
-  const std::string head = HeadOf(asked);
-  if (head.empty()) Refuse(asked, "it is empty");
   const auto size = std::filesystem::file_size(path, error);
-  const auto layout = corerast::FindJobLayout(head, error ? head.size() : size);
+  const auto layout = corerast::FindJobLayout(head.bytes, error ? head.bytes.size() : size);
   if (layout.kind == corerast::JobKind::Unknown)
     Refuse(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
   InputFile input;

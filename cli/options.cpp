@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "cli/exit_status.h"
 
@@ -249,6 +250,24 @@ std::string WordsOf(const CLI::ParseError& error) {
   return words;
 }
 
+// Which words of help have to do with what was typed, and what is wrong if it is the command
+// itself.
+std::string HintFor(const CLI::ParseError& error, const Invocation& result,
+                    std::span<const char* const> words) {
+  const auto row = std::ranges::find(Commands(), result.command, &CommandRow::id);
+  if (row != Commands().end() && result.command != CommandId::None)
+    return WordsOf(error) + "; see `rastrel help " + row->name + "`";
+  if (words.size() < 2 || *words[1] == '-') return WordsOf(error) + "; see `rastrel help`";
+  const std::string group = words[1];
+  const bool isGroup = std::ranges::any_of(Commands(), [&group](const CommandRow& one) {
+    return std::string_view(one.name).starts_with(group + " ");
+  });
+  if (!isGroup) return "there is no command '" + group + "'; see `rastrel help`";
+  if (words.size() > 2 && *words[2] != '-')
+    return "there is no command '" + group + " " + words[2] + "'; see `rastrel help " + group + "`";
+  return WordsOf(error) + "; see `rastrel help " + group + "`";
+}
+
 void CheckOperand(const Invocation& result) {
   if (result.Has(Help)) return;
   for (const CommandRow& row : Commands()) {
@@ -286,7 +305,8 @@ Invocation ParseArguments(int count, const char* const* words) {
   try {
     program.parse(count, words);
   } catch (const CLI::ParseError& error) {
-    throw CommandError(ExitStatus::WrongUse, WordsOf(error) + "; see `rastrel help`");
+    const std::span all(words, static_cast<std::size_t>(count));
+    throw CommandError(ExitStatus::WrongUse, HintFor(error, result, all));
   }
   CheckOperand(result);
   return result;

@@ -14,6 +14,7 @@
 #include "cli/sheet/work_progress.h"
 #include "cli/sheet/workspace.h"
 #include "cli/standard_streams.h"
+#include "cli/xml_input.h"
 
 namespace rastrel::cli {
 namespace {
@@ -175,6 +176,7 @@ void Run(Task& task) {
 
 ExitStatus SheetCommand(const Invocation& invocation) {
   CheckUse(invocation);
+  RequireXmlParser();
   const bool json = invocation.Has(OptionId::Json);
   Workspace workspace(json);
   WorkProgress progress(json);

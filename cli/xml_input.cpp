@@ -4,9 +4,10 @@
 #include <charconv>
 
 #include "cli/exit_status.h"
+#include "cli/file_head.h"
 #include "rastrel/imports/xml_failure.h"
 #include "rastrel/imports/xml_layer.h"
-#include "rastrel/platform/os/file.h"
+#include "rastrel/imports/xml_present.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -25,6 +26,16 @@ void ThrowXmlFailure(const XmlInput& input) {
   throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(imports::Describe(*failure)));
 }
 
+// What no reader of XML need be asked about.
+void ThrowIfNoXml(const XmlInput& input) {
+  constexpr std::size_t size = 512;
+  const FileHead head = ReadFileHead(input.path, size);
+  if (!head.trouble.empty()) Refuse(input.path, head.trouble);
+  if (MayBeXml(head.bytes)) return;
+  const std::string kind(KnownKind(head.bytes));
+  Refuse(input.path, "it is no document of XML" + (kind.empty() ? "" : ", but " + kind));
+}
+
 bool EndsInXml(const std::wstring& path) {
   return os::LowerAscii(os::SplitPath(path).extension) == L".xml";
 }
@@ -37,10 +48,16 @@ std::wstring ReaderPath(const std::string& path) {
   return wide.empty() || wide.size() >= shortest ? wide : L"././" + wide;
 }
 
+void RequireXmlParser() {
+  const std::string why = imports::WhyNoXmlParser();
+  if (!why.empty()) throw CommandError(ExitStatus::NotInstalled, why + "; install libxml2");
+}
+
 void ThrowIfRefused(const XmlInput& input) {
+  RequireXmlParser();
+  ThrowIfNoXml(input);
   ThrowXmlFailure(input);
   const std::wstring path = ReaderPath(input.path);
-  if (!os::Exists(path)) Refuse(input.path, "there is no such file");
   if (input.namedXml && !EndsInXml(path)) Refuse(input.path, "its name does not end in .xml");
   const XmlNode root = LoadXmlFile(path);
   ThrowXmlFailure(input);

@@ -15,10 +15,13 @@ struct XmlInput {
 /// of a user's gets its directory in front.
 [[nodiscard]] std::wstring ReaderPath(const std::string& path);
 
+/// Throws CommandError(NotInstalled) if there is nothing on this machine that reads XML.
+void RequireXmlParser();
+
 /// Throws CommandError(BadInput) with the reason why a reader refused the file, as far as the file
-/// itself is one: it is missing, misnamed, no well-formed document (with line and column), has
-/// another root, or has a value that is too long. Comes back if none of these is it. Called right
-/// after the reader, in its thread.
+/// itself is one: it is missing, unreadable, of another kind, misnamed, no well-formed document
+/// (with line and column), has another root, or has a value that is too long. Comes back if none of
+/// these is it. Called right after the reader, in its thread. Throws as RequireXmlParser does.
 void ThrowIfRefused(const XmlInput& input);
 
 /// Text in one line: each control character becomes a blank. UTF-8.

@@ -35,6 +35,7 @@ namespace {
 }
 
 void ImportAbb(const std::string& path, bool strict, OpenedFile& file) {
+  RequireXmlParser();
   const std::wstring readerPath = ReaderPath(path);
   if (strict) file.findings = CheckAbb(readerPath, *file.host);
   CXMLFileImport importer(readerPath.c_str());

@@ -1,13 +1,12 @@
 #include "cli/sheet/source.h"
 
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
 #include "cli/exit_status.h"
+#include "cli/file_head.h"
 #include "cli/sheet/part_name.h"
 #include "cli/sheet/xml_reading.h"
-#include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli::sheet {
@@ -16,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
+constexpr std::size_t HeadSize = 512;
 constexpr const char* ContentPart = "content.xml";
 constexpr const char* TypePart = "mimetype";
 constexpr const char* ManifestPart = "META-INF/manifest.xml";
@@ -23,18 +23,6 @@ constexpr std::string_view SpreadsheetType = "application/vnd.oasis.opendocument
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& why) {
   throw CommandError(ExitStatus::BadInput, path + ": " + why);
-}
-
-std::string HeadOf(const std::string& path) {
-  constexpr std::size_t size = 512;
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) Refuse(path, os::DescribeError(errno));
-  std::string head(size, '\0');
-  file.read(head.data(), static_cast<std::streamsize>(head.size()));
-  if (file.bad()) Refuse(path, os::DescribeError(errno));
-  head.resize(static_cast<std::size_t>(file.gcount()));
-  return head;
 }
 
 // Looks at the root alone.
@@ -98,16 +86,16 @@ Source PackageSource(std::unique_ptr<Package> package, const Workspace& workspac
 }
 
 Source FlatSource(const std::string& path, std::string_view head) {
+  if (!MayBeXml(head)) {
+    const std::string kind(KnownKind(head));
+    Refuse(path, "it is neither a package of a spreadsheet nor a document of XML" +
+                     (kind.empty() ? "" : ", but " + kind));
+  }
   static_cast<void>(TakeXmlWords());
   RootReader reader;
   static_cast<void>(reader.ReadFrom(path));
   const std::string words = TakeXmlWords();
-  // A mark and blanks may stand in front.
-  const bool isMarkup = head.find('<') < head.find_first_not_of("\xEF\xBB\xBF \t\r\n<");
-  if (reader.Root().empty() && isMarkup)
-    throw CommandError(ExitStatus::BadInput, path + ":" + words);
-  if (reader.Root().empty())
-    Refuse(path, "it is neither a package of a spreadsheet nor a document of XML:" + words);
+  if (reader.Root().empty()) throw CommandError(ExitStatus::BadInput, path + ":" + words);
   if (reader.Root() != L"document" && reader.Root() != L"document-content")
     Refuse(path, "it is no spreadsheet: its root element is '" +
                      PrintableName(os::Utf8FromWide(reader.Root())) + "'");
@@ -120,14 +108,11 @@ Source FlatSource(const std::string& path, std::string_view head) {
 }  // namespace
 
 Source OpenSource(const std::string& path, Workspace& workspace, const UnpackProgress& progress) {
-  std::error_code error;
-  const auto state = fs::status(path, error);
-  if (state.type() == fs::file_type::not_found) Refuse(path, "there is no such file");
-  if (error) Refuse(path, os::DescribeError(error.value()));
-  if (fs::is_directory(state)) return PackageSource(OpenFolderPackage(path), workspace, progress);
-  if (!fs::is_regular_file(state)) Refuse(path, "it is no regular file");
-  const std::string head = HeadOf(path);
-  if (head.empty()) Refuse(path, "it is empty");
+  std::error_code ignored;
+  if (fs::is_directory(path, ignored))
+    return PackageSource(OpenFolderPackage(path), workspace, progress);
+  const auto [head, trouble] = ReadFileHead(path, HeadSize);
+  if (!trouble.empty()) Refuse(path, trouble);
   if (head.starts_with("PK\x03\x04"sv) || head.starts_with("PK\x05\x06"sv))
     return PackageSource(OpenZipPackage(path), workspace, progress);
   if (head.starts_with("\xD0\xCF\x11\xE0"sv))

@@ -1,5 +1,6 @@
 #include "rastrel/imports/xml_library.h"
 
+#include "rastrel/imports/xml_present.h"
 #include "rastrel/platform/os/shared_library.h"
 
 namespace rastrel::imports {
@@ -32,6 +33,10 @@ os::Expected<XmlLibrary, std::string> Load() {
 const os::Expected<XmlLibrary, std::string>& XmlLibrary::Instance() {
   static const os::Expected<XmlLibrary, std::string> library = Load();
   return library;
+}
+
+std::string WhyNoXmlParser() {
+  return XmlLibrary::Instance() ? std::string() : XmlLibrary::Instance().Error();
 }
 
 }  // namespace rastrel::imports

@@ -106,6 +106,31 @@ TEST_F(Lists, a_missing_or_misnamed_file_and_another_root_are_told_apart) {
             "rastrel: can't read 'file.xml': its root is <LIBRARY>, and not <CAPSET>\n");
 }
 
+TEST_F(Lists, what_is_no_xml_is_refused_with_what_it_is) {
+  m_Command.Place().Write("folder.xml/a", "");
+  const std::vector<std::vector<std::string>> commands = {
+      {"notes", "file.xml"}, {"cars", "file.xml"}, {"chart", "caps", "file.xml"}};
+  const std::vector<std::pair<std::string, std::string>> files = {
+      {"", "it is empty"},
+      {"\n", "it holds nothing but blanks"},
+      {"words", "it is no document of XML"},
+      {"%!PS-Adobe-3.0\n", "it is no document of XML, but PostScript"},
+      {"PK\x03\x04", "it is no document of XML, but a zip file, as spreadsheets are"}};
+  for (auto command : commands) {
+    for (const auto& [content, why] : files) {
+      const auto result = RunOn(content, command);
+      EXPECT_EQ(result.status, 3);
+      EXPECT_EQ(result.error, "rastrel: can't read 'file.xml': " + why + "\n");
+    }
+    command.back() = "folder.xml";
+    EXPECT_EQ(m_Command.Run(command).error,
+              "rastrel: can't read 'folder.xml': it is a directory\n");
+  }
+  const auto picture = RunOn("\x89PNG", {"notes", "--json", "file.xml"});
+  EXPECT_EQ(json::parse(picture.output)["text"],
+            "can't read 'file.xml': it is no document of XML, but a picture (PNG)");
+}
+
 TEST_F(Lists, cars_are_a_tree_in_box_drawing_or_in_ascii) {
   m_Command.Set("LC_ALL", "en_US.UTF-8");
   const auto tree = m_Command.Run({"cars", Examples + "car-library.xml"});

@@ -139,5 +139,33 @@ TEST(HelpText, knows_groups_and_nothing_that_is_no_command) {
   EXPECT_EQ(HelpText(""), "");
 }
 
+// The words for what can't be understood.
+std::string WordsFor(const std::vector<const char*>& words) {
+  try {
+    static_cast<void>(Parse(words));
+  } catch (const CommandError& error) {
+    EXPECT_EQ(error.Status(), ExitStatus::WrongUse);
+    return error.what();
+  }
+  return "understood";
+}
+
+TEST(Options, a_command_that_is_none_is_named_and_its_group_told) {
+  EXPECT_EQ(WordsFor({"shet", "a.xlsx"}), "there is no command 'shet'; see `rastrel help`");
+  EXPECT_EQ(WordsFor({"chart", "capitals", "a.xml"}),
+            "there is no command 'chart capitals'; see `rastrel help chart`");
+}
+
+TEST(Options, what_is_not_expected_is_told_with_the_help_that_belongs_to_it) {
+  const auto endsIn = [](const std::vector<const char*>& words, const char* end) {
+    const std::string said = WordsFor(words);
+    EXPECT_TRUE(said.ends_with(end)) << said;
+  };
+  endsIn({"sheet", "a.xlsx", "b.xlsx"}, "b.xlsx; see `rastrel help sheet`");
+  endsIn({"chart", "caps", "--lst", "a.xml"}, "--lst; see `rastrel help chart caps`");
+  endsIn({"chart", "--lst"}, "--lst; see `rastrel help chart`");
+  endsIn({"--lst"}, "--lst; see `rastrel help`");
+}
+
 }  // namespace
 }  // namespace rastrel::cli

@@ -393,7 +393,10 @@ TEST_F(SheetCommandTest, what_is_no_spreadsheet_is_refused_with_what_it_is) {
       "xmlns:m=\"urn:m\"><m:file-entry><m:encryption-data/></m:file-entry></m:manifest>";
   const std::vector<std::pair<std::string, std::string>> files{
       {"", "it is empty"},
-      {"words", "it is neither a package of a spreadsheet nor a document of XML"},
+      {" \n", "it holds nothing but blanks"},
+      {"words", "it is neither a package of a spreadsheet nor a document of XML\n"},
+      {"%PDF-1.4",
+       "it is neither a package of a spreadsheet nor a document of XML, but a PDF file\n"},
       {std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8), "it is encrypted, or of the old binary"},
       {"<!DOCTYPE a>\n<a/>", "1:"},
       {"<a", "it is no spreadsheet: its root element is 'a'"},
