@@ -8,11 +8,15 @@
 #include "cli/exit_status.h"
 #include "cli/failure_report.h"
 #include "cli/installation.h"
+#include "cli/progress_line.h"
+#include "cli/standard_streams.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/signals.h"
+#include "rastrel/platform/os/terminal.h"
 #include "rastrel/platform/os/tree.h"
 
 namespace rastrel::cli::sheet {
@@ -62,6 +66,9 @@ void Workspace::Stop() {
     for (int attempt = 0; attempt < attempts && os::Exists(path); ++attempt)
       static_cast<void>(os::RemoveTree(path));
   }
+  // A line of progress may stand there, and behind it what the terminal makes of the key.
+  if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
+    WriteError(ClearLine);
   TellError({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"}, m_Json);
   std::_Exit(static_cast<int>(ExitStatus::Cancelled));
 }

@@ -329,6 +329,21 @@ TEST(TrademarkChart, asking_again_changes_the_file_and_not_what_the_constructor_
   EXPECT_STREQ(reader.m_TrademarkFile, L"g.eps");
 }
 
+TEST(TrademarkChart, copies_copy_the_file) {
+  const WrittenFile file("<TRADEMARKCHART><FILES>" + Gull + "</FILES></TRADEMARKCHART>");
+  Question gull = L"Gull";
+  Question fine = L"Fine";
+  const CHTrademarkXMLReader reader(gull, fine, file.Path().c_str(), nullptr);
+  CHTrademarkXMLReader copy = reader;
+  CHTrademarkXMLReader assigned(gull, fine, L"/no/such/file.xml", nullptr);
+  assigned = reader;
+  for (CHTrademarkXMLReader* const one : {&copy, &assigned}) {
+    wchar_t target[CHTrademarkXMLReader::FileSize] = L"untouched";
+    EXPECT_TRUE(one->GetTrademarkFile(target));
+    EXPECT_STREQ(target, L"g.eps");
+  }
+}
+
 TEST(SymbolChart, the_first_ring_of_the_size_wins_and_sizes_are_texts) {
   const std::string chart =
       "<RINGS><RING size='4.0'><HEIGHT>9</HEIGHT></RING><RING size='4'><HEIGHT>1</HEIGHT>"
@@ -464,6 +479,23 @@ TEST(CopyrightChart, a_chart_without_the_list_or_with_an_empty_one_fails) {
   EXPECT_EQ(Copyright("", L"5"), "none");
   const WrittenFile file("<COPYRIGHTENGRAVING>" + Entry("0,9", "2") + "</COPYRIGHTENGRAVING>");
   EXPECT_EQ(CopyrightOf(file.Path(), L"s", L"4", L"f", L"1", L"5"), "none");
+}
+
+TEST(CopyrightChart, copies_copy_the_size) {
+  const WrittenFile file(
+      "<COPYRIGHTENGRAVING><ENTRIES><ENTRY><RINGSTYLE>a</RINGSTYLE><STYLESIZE>a</STYLESIZE>"
+      "<FONT>a</FONT><NUMROWS>a</NUMROWS><FINGERSIZE>G1</FINGERSIZE><FONTSIZE>1.5</FONTSIZE>"
+      "</ENTRY></ENTRIES></COPYRIGHTENGRAVING>");
+  Question same = L"a";
+  Question size = L"5";
+  const CHCopyrightEngravingXMLReader reader(same, same, same, same, size, file.Path().c_str(),
+                                             nullptr);
+  CHCopyrightEngravingXMLReader assigned(same, same, same, same, size, nullptr, nullptr);
+  EXPECT_FALSE(assigned.m_bValid);
+  assigned = reader;
+  const CHCopyrightEngravingXMLReader copy = assigned;
+  EXPECT_TRUE(copy.m_bValid);
+  EXPECT_EQ(copy.m_FontSize, 1.5);
 }
 
 TEST(CapRules, all_words_are_appended_in_order_and_an_empty_entry_is_an_empty_word) {

@@ -209,6 +209,20 @@ TEST_F(ExcelImport, a_workbook_with_no_sheets_has_no_text_to_save) {
   EXPECT_EQ(m_Folder.Import(), NoText);
 }
 
+TEST_F(ExcelImport, processing_no_sheets_at_all_succeeds) {
+  CMSExcelXMLImport import(m_Folder.Path().c_str());
+  EXPECT_TRUE(import.ProcessExcelSheets());
+  EXPECT_FALSE(import.SaveDataToFile());
+}
+
+TEST_F(ExcelImport, blanks_commas_and_stops_that_end_a_row_are_kept_by_its_tab) {
+  m_Folder.WriteStrings("<si><t>Mill Inc.</t></si><si><t>a, b,.,</t></si><si><t>.</t></si>");
+  EXPECT_EQ(m_Folder.ImportRows("<row><c r='A1' t='s'><v>0</v></c></row><row/>"
+                                "<row><c r='A3' t='s'><v>1</v></c></row>"
+                                "<row><c r='A4' t='s'><v>2</v></c></row>"),
+            "Mill Inc.\t\n\na, b,.,\t\n.");
+}
+
 TEST_F(ExcelImport, an_empty_sheet_has_no_text_to_save) {
   EXPECT_EQ(m_Folder.ImportRows(""), NoText);
   EXPECT_EQ(m_Folder.ImportRows("<row/><row><c r='C1'/></row>"), NoText);

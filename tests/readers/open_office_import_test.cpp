@@ -14,6 +14,7 @@
 #include "rastrel/readers/open_office_xml_import.h"
 #include "tests/support/excel_folder.h"
 #include "tests/support/library_fixture.h"
+#include "tests/support/test_host.h"
 
 using rastrel::readers::OpenOfficeDocument;
 using rastrel::readers::SheetLimits;
@@ -219,6 +220,23 @@ TEST_F(OpenOfficeImport, without_a_name_to_save_under_nothing_is_written) {
 TEST_F(OpenOfficeImport, white_space_at_both_ends_is_taken_off_tabs_included) {
   EXPECT_EQ(ImportRows(Row(EmptyCell("3") + Cell("a") + EmptyCell("9")) + Row("")), "a");
   EXPECT_EQ(ImportRows(Row(EmptyCell("3"))), NoText);
+}
+
+TEST_F(OpenOfficeImport, blanks_and_stops_that_end_a_row_are_kept_by_its_tab) {
+  EXPECT_EQ(ImportRows(Row(Cell("Mill Inc.")) + Row("") + Row(Cell(". .")) + Row(Cell("."))),
+            "Mill Inc.\t\n\n. .\t\n.");
+}
+
+TEST_F(OpenOfficeImport, the_wait_cursor_shows_if_there_is_something_to_write) {
+  rastrel::test::TestHost host;
+  m_Directory.Write("content.xml", Document(Table(Row(Cell("a")))));
+  COpenOfficeXMLImport import(m_Path.c_str());
+  EXPECT_EQ(host.m_WaitCursors, 0);
+  EXPECT_EQ(import.ImportXMLFile(), 0);
+  EXPECT_EQ(host.m_WaitCursors, 1);
+  COpenOfficeXMLImport none(m_Directory.Wide("none.xml").c_str());
+  EXPECT_EQ(none.ImportXMLFile(), 0);
+  EXPECT_EQ(host.m_WaitCursors, 1);
 }
 
 TEST_F(OpenOfficeImport, entities_are_replaced_one_kind_after_the_other) {
