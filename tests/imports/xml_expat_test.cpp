@@ -379,6 +379,14 @@ TEST_F(XmlExpat, a_declaration_of_the_prefix_xml_itself_is_taken_and_not_told) {
   EXPECT_EQ("(a n=[1]||)", DumpOf(LoadXmlFile(m_Folder.Wide(name))));
 }
 
+// Names are those of the fifth edition of XML 1.0, and expat knows those of the fourth.
+TEST_F(XmlExpat, names_that_the_fifth_edition_let_in_are_taken) {
+  const std::string name = Add("<\xE2\x82\xAC/>");
+  Ask();
+  EXPECT_TRUE(m_Folder.Read(name + ".dump").starts_with(Refused));
+  EXPECT_EQ("(\xE2\x82\xAC||)", DumpOf(LoadXmlFile(m_Folder.Wide(name))));
+}
+
 TEST_F(XmlExpat, documents_in_other_encodings_are_what_another_parser_finds) {
   using namespace std::string_literals;
   std::string high;
