@@ -96,6 +96,7 @@ ExitStatus CapRulesCommand(const Invocation& invocation) {
   // A document of another kind is a chart without words to a host; a user gave the wrong file.
   if (words.empty()) ThrowWithoutAnswer(invocation, L"CAPSET");
   std::vector<std::string> texts;
+  texts.reserve(words.size());
   for (const std::wstring& word : words) texts.push_back(os::Utf8FromWide(word));
   if (invocation.Has(OptionId::Json)) {
     JsonLine("caps").Add("words", texts).Write();

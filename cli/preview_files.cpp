@@ -33,7 +33,7 @@ std::string SuffixOf(const std::string& stem, const std::string& jobName) {
 
 }  // namespace
 
-PreviewFiles::PreviewFiles(std::string target, std::string jobName)
+PreviewFiles::PreviewFiles(const std::string& target, std::string jobName)
     : m_Extension(fs::path(target).extension()), m_JobName(std::move(jobName)) {
   m_Stem = target.substr(0, target.size() - m_Extension.size());
 }

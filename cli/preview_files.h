@@ -15,7 +15,7 @@ class PreviewFiles {
  public:
   /// `target` is the native path that the user gave, and ends in an extension; `jobName` is what
   /// the engine's file names begin with.
-  PreviewFiles(std::string target, std::string jobName);
+  PreviewFiles(const std::string& target, std::string jobName);
 
   /// Moves the file of an output event over whatever has its new name, and puts that name into the
   /// event. If it can't be moved, the event becomes a line of the log. All other events stay.

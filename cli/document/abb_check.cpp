@@ -135,7 +135,8 @@ class Checker {
     const std::string asked = os::Utf8FromWide(name);
     name.push_back(L'\0');
     const int type = imports::FontTypeOf(name.data());
-    name = name.c_str();
+    // The extension's dot has become a terminator.
+    name.resize(name.find(L'\0'));
     const text::FontFace face = m_Host.GetFonts().FaceOf(type, name);
     if (face.replaced)
       Tell(node, "the font \"" + asked + "\" can't be had; " + face.family + " stands in for it");

@@ -135,7 +135,8 @@ std::size_t Capacity(const PlateShape& plate, const SignBlank& blank, std::optio
 CWorldRect PaneAt(const PlateShape& plate, const SignBlank& blank, std::size_t number) {
   const std::size_t columns = std::max<std::size_t>(Columns(plate, blank), 1);
   const auto column = static_cast<double>(number % columns);
-  const auto row = static_cast<double>(number / columns);
+  const std::size_t rowNumber = number / columns;
+  const auto row = static_cast<double>(rowNumber);
   const double left = plate.start.x + column * (plate.width + plate.horizontalGap);
   const double step = row * (plate.height + plate.verticalGap);
   const double bottom =

@@ -54,7 +54,7 @@ std::string FindInterpreter() {
   std::string_view rest = search;
   while (!rest.empty()) {
     const std::size_t end = rest.find(':');
-    const std::string candidate = std::string(rest.substr(0, end)) + "/gs";
+    std::string candidate = std::string(rest.substr(0, end)) + "/gs";
     rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
     if (candidate.front() == '/' && os::FileSize(os::FromNative(candidate)) > 0) return candidate;
   }

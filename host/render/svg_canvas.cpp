@@ -69,11 +69,12 @@ void AppendFamily(std::string& text, const std::string& family) {
 
 }  // namespace
 
-SvgCanvas::SvgCanvas(double width, double height, bool outlines) : m_Outlines(outlines) {
-  m_Text =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
-      "version=\"1.1\" width=\"";
+SvgCanvas::SvgCanvas(double width, double height, bool outlines)
+    : m_Text(
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+          "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
+          "version=\"1.1\" width=\""),
+      m_Outlines(outlines) {
   AppendMillimetres(m_Text, width);
   m_Text += "mm\" height=\"";
   AppendMillimetres(m_Text, height);

@@ -173,15 +173,14 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
     rest = rest.substr(0, room);
   }
   m_Open->characters += rest.size();
-  while (true) {
-    const std::size_t end = rest.find_first_of(L"\r\n");
+  const auto nextLineEnd = [&rest] { return rest.find_first_of(L"\r\n"); };
+  for (std::size_t end = nextLineEnd(); end != std::wstring_view::npos; end = nextLineEnd()) {
     Paste(rest.substr(0, end));
-    if (end == std::wstring_view::npos) return;
-    const bool pair = rest[end] == L'\r' && end + 1 < rest.size() && rest[end + 1] == L'\n';
-    rest.remove_prefix(end + (pair ? 2 : 1));
+    rest.remove_prefix(end);
+    rest.remove_prefix(rest.starts_with(L"\r\n") ? 2 : 1);
     m_Open->text.emplace_back().justification = m_Open->justification;
-    if (rest.empty()) return;
   }
+  if (!rest.empty()) Paste(rest);
 }
 
 // --- New text ---

@@ -17,6 +17,8 @@ class RASTREL_API PolyBaseClass2 {
   PolyBaseClass2() = default;
   /// A copy begins with no references of its own.
   PolyBaseClass2(const PolyBaseClass2&) noexcept {}
+  /// References are to the object and not to its value.
+  // cppcheck-suppress operatorEqVarError
   PolyBaseClass2& operator=(const PolyBaseClass2&) noexcept { return *this; }
   virtual ~PolyBaseClass2();
 

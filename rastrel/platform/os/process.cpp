@@ -192,6 +192,7 @@ Outcome<ExitState> Terminate(HANDLE process) {
 
 Failure ReplaceProcess(const std::string& executable, const std::vector<std::string>& arguments) {
   std::vector<char*> words;
+  words.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments)
     words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
