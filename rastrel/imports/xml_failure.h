@@ -12,7 +12,7 @@ namespace rastrel::imports {
 struct XmlFailure {
   std::wstring path{};    ///< library path as it was given; empty for a document in memory
   int line = 0;           ///< from 1; 0 if the file could not be read at all
-  int column = 0;         ///< from 1, in bytes of UTF-8; 0 where the line is
+  int column = 0;         ///< from 1, in characters; 0 where the line is
   std::wstring reason{};  ///< one sentence without a full stop
 
   bool operator==(const XmlFailure&) const = default;

@@ -6,8 +6,10 @@
 #include <memory>
 #include <vector>
 
+#include "rastrel/imports/xml_characters.h"
 #include "rastrel/imports/xml_library.h"
 #include "rastrel/imports/xml_limits.h"
+#include "rastrel/imports/xml_plain_scanner.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::imports {
@@ -15,6 +17,10 @@ namespace {
 
 // The parser asks for its input in pieces and never has to hold more than one and a tag.
 constexpr std::size_t kPiece = std::size_t{64} << 10;
+// What is looked through for whole elements: a row that is longer is told in parts.
+constexpr std::size_t kWindow = 2 * kPiece;
+// What the parser reads at least where there was something that only it can read.
+constexpr std::size_t kLeastForParser = 64;
 // As many bytes as tell the family of encodings.
 constexpr std::size_t kHead = 4;
 
@@ -84,31 +90,18 @@ bool IsNameOf(Family family, std::string_view declared) {
   return true;
 }
 
-// Whether the bytes are UTF-8 in its one strict form (RFC 3629).
-bool IsUtf8(std::string_view bytes) {
-  for (std::size_t at = 0; at < bytes.size();) {
-    const auto lead = static_cast<unsigned char>(bytes[at++]);
-    if (lead < 0x80) continue;
-    const std::size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    if (lead < 0xC2 || lead > 0xF4 || bytes.size() - at < more) return false;
-    std::uint32_t value = lead & (0x3FU >> more);
-    for (const std::size_t end = at + more; at < end; ++at) {
-      const auto byte = static_cast<unsigned char>(bytes[at]);
-      if ((byte & 0xC0) != 0x80) return false;
-      value = value << 6 | (byte & 0x3F);
-    }
-    constexpr std::uint32_t smallest[] = {0x80, 0x800, 0x10000};
-    const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-    if (value < smallest[more - 1] || value > 0x10FFFF || surrogate) return false;
-  }
-  return true;
-}
-
 // One reading of one document.
 class Parse {
  public:
-  Parse(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events)
-      : m_Source(source), m_Encoding(encoding), m_Names(names), m_Events(events) {}
+  Parse(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events,
+        XmlElements* elements)
+      : m_Source(source),
+        m_Encoding(encoding),
+        m_Names(names),
+        m_Events(events),
+        m_Elements(elements) {
+    if (elements != nullptr) m_Scanner.emplace(names, *elements);
+  }
 
   std::optional<XmlFailure> Run();
 
@@ -117,6 +110,13 @@ class Parse {
   static xmlSAXHandler Handler();
 
   bool Begin(std::span<char> buffer);
+  std::size_t Consume(std::string_view bytes, bool isFull);
+  [[nodiscard]] bool IsBetweenElements() const;
+  bool TakeElements(std::string_view& bytes, bool isFull);
+  void Pass(std::string_view bytes, std::uint32_t line);
+  void SetScope();
+  [[nodiscard]] std::size_t PieceForParser(std::string_view bytes) const;
+  void HurryParser();
   void Push(std::string_view piece, bool last);
   void CheckPending();
   void CheckEnd();
@@ -142,6 +142,11 @@ class Parse {
   XmlEncoding m_Encoding;
   XmlNames& m_Names;
   XmlEvents& m_Events;
+  XmlElements* m_Elements;  // null if all is told in parts
+  std::optional<XmlPlainScanner> m_Scanner;
+  std::vector<XmlBinding> m_Bindings;
+  const XmlName* m_NotPlain = nullptr;  // an element that is the parser's
+  std::size_t m_ForParser = 0;          // bytes that it is to read at once, at least
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
   std::optional<XmlFailure> m_Failure;
   Family m_Family = Family::kUnknown;
@@ -188,19 +193,119 @@ xmlSAXHandler Parse::Handler() {
 }
 
 std::optional<XmlFailure> Parse::Run() {
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kPiece);
-  const std::span<char> room(buffer.get(), kPiece);
+  const std::size_t size = m_Elements != nullptr ? kWindow : kPiece;
+  const auto buffer = std::make_unique_for_overwrite<char[]>(size);
+  const std::span<char> room(buffer.get(), size);
   if (!Begin(room)) return m_Failure;
+  std::size_t held = 0;
   while (!Failed()) {
-    const auto count = m_Source.Read(room);
+    const auto count = m_Source.Read(room.subspan(held));
     if (!count) {
       Note({.reason = os::WideFromUtf8(os::Describe(count.Error()))});
       break;
     }
-    Push({buffer.get(), *count}, *count == 0);
-    if (*count == 0) break;
+    held += *count;
+    const bool isLast = *count == 0;
+    const std::size_t used = Consume({buffer.get(), held}, isLast || held == size);
+    held -= used;
+    std::memmove(buffer.get(), buffer.get() + used, held);
+    if (!Failed() && isLast) Push({}, true);
+    if (isLast) break;
   }
   return m_Failure;
+}
+
+// Reads what can be read, all of it if there is no room for more. Whole elements that are plain are
+// taken by the scanner. The parser never sees them, which is all the same to it: before and behind
+// an element it is in the same state.
+std::size_t Parse::Consume(std::string_view bytes, bool isFull) {
+  std::string_view rest = bytes;
+  while (!Failed() && !rest.empty()) {
+    if (IsBetweenElements()) {
+      if (!TakeElements(rest, isFull)) break;
+    } else if (m_Elements != nullptr) {
+      HurryParser();
+    }
+    if (Failed() || rest.empty()) break;
+    const std::string_view piece = rest.substr(0, PieceForParser(rest));
+    Push(piece, false);
+    rest.remove_prefix(piece.size());
+  }
+  return bytes.size() - rest.size();
+}
+
+// Whether all that the parser was given is read, and an element may follow.
+bool Parse::IsBetweenElements() const {
+  if (m_Elements == nullptr || m_Elements->Collected() != nullptr) return false;
+  const xmlParserInput* const input = m_Context->input;
+  return m_Context->instate == XML_PARSER_CONTENT && m_Context->inputNr == 1 &&
+         input->cur == input->end && input->buf != nullptr && input->buf->encoder == nullptr;
+}
+
+// Takes elements off the front until there is something for the parser. False if more bytes are
+// needed to say what is next.
+bool Parse::TakeElements(std::string_view& bytes, bool isFull) {
+  if (m_InCdata) EndCdata();
+  SetScope();
+  const char* const begin = bytes.data();
+  auto line = static_cast<std::uint32_t>(m_Context->input->line);
+  auto scan = XmlScan::kTaken;
+  while (!Failed() && scan == XmlScan::kTaken && !m_Events.Refused()) {
+    scan = m_Scanner->Scan(bytes, m_Depth, line);
+    if (scan != XmlScan::kTaken && scan != XmlScan::kRefused) break;
+    const auto size = static_cast<std::size_t>(m_Scanner->End() - bytes.data());
+    bytes.remove_prefix(size);
+    line = m_Scanner->Line();
+    m_ForParser -= std::min(m_ForParser, size);
+  }
+  Pass({begin, bytes.data()}, line);
+  if (m_Events.Refused()) FollowEvents();
+  if (scan == XmlScan::kIncomplete && !isFull) return false;
+  const bool isLong = scan == XmlScan::kIncomplete && m_Scanner->IsWanted();
+  m_NotPlain = isLong || scan == XmlScan::kNotPlain ? m_Scanner->Name() : nullptr;
+  if (scan == XmlScan::kNotPlain) HurryParser();
+  if (scan == XmlScan::kEntered) m_ForParser = 0;
+  return true;
+}
+
+// The parser's place is behind bytes that it has not seen.
+void Parse::Pass(std::string_view bytes, std::uint32_t line) {
+  xmlParserInput& input = *m_Context->input;
+  if (static_cast<int>(line) != input.line) {
+    bytes.remove_prefix(bytes.rfind('\n') + 1);
+    input.col = 1;
+  }
+  input.line = static_cast<int>(line);
+  input.col += static_cast<int>(std::ranges::count_if(
+      bytes, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+// The parser keeps prefixes and addresses as pairs of texts, the innermost last, and each text
+// once.
+void Parse::SetScope() {
+  m_Bindings.clear();
+  for (int index = 0; index + 1 < m_Context->nsNr; index += 2)
+    m_Bindings.push_back({Bytes(m_Context->nsTab[index]), Bytes(m_Context->nsTab[index + 1])});
+  m_Scanner->SetScope(m_Bindings);
+}
+
+// Up to the next tag's end, where the scanner may go on; behind the element that it can't take.
+std::size_t Parse::PieceForParser(std::string_view bytes) const {
+  if (m_Elements == nullptr) return bytes.size();
+  const XmlName* const element =
+      m_Elements->Collected() != nullptr ? m_Elements->Collected() : m_NotPlain;
+  std::size_t at = m_ForParser;
+  if (element != nullptr && at < bytes.size()) {
+    const std::string end = "</" + std::string(element->bytes);
+    at = bytes.find(end, at);
+  }
+  at = at < bytes.size() ? bytes.find('>', at) : bytes.npos;
+  return at == bytes.npos ? bytes.size() : at + 1;
+}
+
+// Small pieces cost the parser more than they save where one follows the other.
+void Parse::HurryParser() {
+  m_ForParser = std::min(std::max(kLeastForParser, m_ForParser * 2), kPiece);
 }
 
 // The parser wants to see the first bytes alone, to choose how it decodes the others.
@@ -417,8 +522,8 @@ void Parse::EndCdata() {
 }  // namespace
 
 std::optional<XmlFailure> ParseXml(XmlSource& source, XmlEncoding encoding, XmlNames& names,
-                                   XmlEvents& events) {
-  return Parse(source, encoding, names, events).Run();
+                                   XmlEvents& events, XmlElements* elements) {
+  return Parse(source, encoding, names, events, elements).Run();
 }
 
 }  // namespace rastrel::imports

@@ -30,7 +30,8 @@ os::Outcome<std::size_t> XmlMemorySource::Read(std::span<char> bytes) {
   return piece.size();
 }
 
-bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events) {
+bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events,
+                  XmlElements* elements) {
   auto file = os::RandomAccessFile::Open(path);
   if (!file) {
     ReportXmlFailure(
@@ -38,7 +39,7 @@ bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events) {
     return false;
   }
   XmlFileSource source(std::move(*file), path);
-  auto failure = ParseXml(source, XmlEncoding::kByDocument, names, events);
+  auto failure = ParseXml(source, XmlEncoding::kByDocument, names, events, elements);
   if (!failure) return true;
   failure->path = path;
   ReportXmlFailure(*std::move(failure));

@@ -34,6 +34,7 @@ class XmlMemorySource : public XmlSource {
 
 /// Reads the file at `path` into `events` as ParseXml does, and reports a failure. True if all of
 /// it was read.
-[[nodiscard]] bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events);
+[[nodiscard]] bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events,
+                                XmlElements* elements);
 
 }  // namespace rastrel::imports

@@ -4,19 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/imports/xml_elements.h"
 #include "rastrel/imports/xml_node.h"
 
 /// Documents that are too large to be held: the parser hands on what it has read, and only the
 /// parts that are asked for become nodes. Same strictness, same nodes, same functions as
 /// xml_layer.h.
 namespace rastrel::imports {
-
-/// What is to become of an element whose start has been read.
-enum class StreamChoice {
-  kSkip,   ///< it and all below it is read past (and must be well-formed)
-  kEnter,  ///< its child elements are announced in their turn; its own texts are read past
-  kNode,   ///< it is collected with all below it and handed over as one node
-};
 
 /// Receives a document. Called on the thread that reads.
 class XmlStreamHandler {
