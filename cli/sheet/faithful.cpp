@@ -144,8 +144,8 @@ std::string ImportOpenDocument(const Source& source, int only, const Workspace& 
   static_cast<void>(TakeXmlWords());
   COpenOfficeXMLImport import(os::FromNative(content).c_str());
   import.SetDataSaveFileName(os::FromNative(text).c_str());
+  if (source.parts) source.parts->Discard(ContentPart);
   const bool isWritten = import.ImportXMLFile() == 1;
-  if (source.parts) source.parts->Settle();
   if (isWritten) return text;
   const std::string words = TakeXmlWords();
   throw CommandError(

@@ -73,6 +73,14 @@ void Parts::Settle() {
   if (m_Failure) std::rethrow_exception(std::exchange(m_Failure, nullptr));
 }
 
+void Parts::Discard(const std::string& part) {
+  Settle();
+  m_Thread = std::thread([path = PathOf(part)] {
+    std::error_code ignored;
+    fs::remove(path, ignored);
+  });
+}
+
 std::string Parts::Fetch(const std::string& part) {
   std::string path = PathOf(part);
   std::error_code error;

@@ -34,6 +34,9 @@ class Parts {
   /// Waits until they are unpacked. Throws what kept one from it; its readers were told that its
   /// file can't be read.
   void Settle();
+  /// Begins to remove the part's file, which nobody will ask for again: giving back the pages of a
+  /// large one takes the system a while. Settles first.
+  void Discard(const std::string& part);
   /// Native path that the part has or would have.
   [[nodiscard]] std::string PathOf(const std::string& part) const { return m_Folder + "/" + part; }
   [[nodiscard]] const std::string& Folder() const { return m_Folder; }

@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
 constexpr std::size_t HeadSize = 512;
-constexpr const char* ContentPart = "content.xml";
 constexpr const char* TypePart = "mimetype";
 constexpr const char* ManifestPart = "META-INF/manifest.xml";
 constexpr std::string_view SpreadsheetType = "application/vnd.oasis.opendocument.spreadsheet";

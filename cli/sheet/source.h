@@ -24,6 +24,9 @@ struct Source {
   XmlPlace document;             ///< of the others
 };
 
+/// The part of an OpenDocument package that has its sheets.
+inline constexpr const char* ContentPart = "content.xml";
+
 /// Opens a file or folder, whose kind is told by its content, and unpacks what tells of its sheets.
 /// Throws CommandError.
 [[nodiscard]] Source OpenSource(const std::string& path, Workspace& workspace,

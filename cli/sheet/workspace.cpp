@@ -92,6 +92,9 @@ void Workspace::Deliver(const std::string& source, const std::string& target) {
   const auto state = fs::status(place, error);
   if (fs::is_directory(state)) RefuseTarget(target, "it is a directory");
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
+  fs::rename(source, place, error);
+  if (!error) return;
+  // Another file system, most likely; if not, what follows says why it can't be.
   const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
                                                  std::to_string(os::CurrentProcessId()));
   SetUnfinished(beside);

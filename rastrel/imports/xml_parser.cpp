@@ -90,6 +90,11 @@ bool IsNameOf(Family family, std::string_view declared) {
   return true;
 }
 
+std::size_t CharactersIn(std::string_view bytes) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      bytes, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
 // One reading of one document.
 class Parse {
  public:
@@ -276,8 +281,7 @@ void Parse::Pass(std::string_view bytes, std::uint32_t line) {
     input.col = 1;
   }
   input.line = static_cast<int>(line);
-  input.col += static_cast<int>(std::ranges::count_if(
-      bytes, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+  input.col += static_cast<int>(m_Scanner->TakeIsAscii() ? bytes.size() : CharactersIn(bytes));
 }
 
 // The parser keeps prefixes and addresses as pairs of texts, the innermost last, and each text

@@ -40,6 +40,27 @@ constexpr std::array<std::uint8_t, 256> Classes = MakeClasses();
 
 unsigned ClassOf(char byte) { return Classes[static_cast<unsigned char>(byte)]; }
 
+// Two pieces of a known size that overlap reach over all of a few bytes.
+template <typename Piece>
+bool SameEnds(const char* left, const char* right, std::size_t count) {
+  const auto at = [](const char* bytes) {
+    Piece piece;
+    std::memcpy(&piece, bytes, sizeof(piece));
+    return piece;
+  };
+  const std::size_t last = count - sizeof(Piece);
+  return at(left) == at(right) && at(left + last) == at(right + last);
+}
+
+// Names are short, and a call would cost more than comparing them.
+bool SameBytes(const char* left, const char* right, std::size_t count) {
+  if (count > 16) return std::memcmp(left, right, count) == 0;
+  if (count >= 8) return SameEnds<std::uint64_t>(left, right, count);
+  if (count >= 4) return SameEnds<std::uint32_t>(left, right, count);
+  if (count >= 2) return SameEnds<std::uint16_t>(left, right, count);
+  return count == 0 || *left == *right;
+}
+
 std::string_view Between(const char* begin, const char* end) {
   return {begin, static_cast<std::size_t>(end - begin)};
 }
@@ -129,7 +150,7 @@ XmlPlainScanner::Step XmlPlainScanner::ReadEnd(const XmlName& name) {
   ++m_At;
   const std::size_t length = name.bytes.size();
   if (static_cast<std::size_t>(m_End - m_At) <= length) return Step::kIncomplete;
-  if (std::memcmp(m_At, name.bytes.data(), length) != 0) return Step::kNotPlain;
+  if (!SameBytes(m_At, name.bytes.data(), length)) return Step::kNotPlain;
   m_At += length;
   SkipBlanks();
   if (m_At == m_End) return Step::kIncomplete;
@@ -154,7 +175,7 @@ XmlPlainScanner::Step XmlPlainScanner::ReadText(std::string_view& text) {
       if (m_End - at < 3) return Step::kIncomplete;
       if (at[1] == ']' && at[2] == '>') return Step::kNotPlain;
     } else if ((ClassOf(*at) & kBeyondAscii) != 0) {
-      isAscii = false;
+      isAscii = m_IsAscii = false;
     } else {
       return Step::kNotPlain;
     }
@@ -230,7 +251,9 @@ XmlPlainScanner::Step XmlPlainScanner::ReadValue(std::string_view& value) {
   if (m_At == m_End) return Step::kIncomplete;
   value = Between(begin, m_At++);
   if ((seen & kNotInValue) != 0) return Step::kNotPlain;
-  return (seen & kBeyondAscii) == 0 || AreXmlCharacters(value) ? Step::kDone : Step::kNotPlain;
+  if ((seen & kBeyondAscii) == 0) return Step::kDone;
+  m_IsAscii = false;
+  return AreXmlCharacters(value) ? Step::kDone : Step::kNotPlain;
 }
 
 // A name and whatever ends it, which is still to be read.
@@ -244,7 +267,8 @@ XmlPlainScanner::Step XmlPlainScanner::ReadName(Known& name) {
                             static_cast<unsigned char>(bytes.back()) * std::size_t{31} +
                             bytes.size() * 13;
   Known& known = m_Known[mixed % kKnown];
-  if (known.name == nullptr || known.name->bytes != bytes) {
+  if (known.name == nullptr || known.name->bytes.size() != bytes.size() ||
+      !SameBytes(known.name->bytes.data(), bytes.data(), bytes.size())) {
     const Known learned = Learn(bytes);
     if (learned.name == nullptr) return Step::kNotPlain;
     known = learned;

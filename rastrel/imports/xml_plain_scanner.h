@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "rastrel/imports/xml_arena.h"
@@ -56,6 +57,8 @@ class XmlPlainScanner {
   [[nodiscard]] const char* End() const { return m_At; }
   /// Its line.
   [[nodiscard]] std::uint32_t Line() const { return m_Line; }
+  /// Whether there was nothing but ASCII in what was read since this was last asked.
+  [[nodiscard]] bool TakeIsAscii() { return std::exchange(m_IsAscii, true); }
   /// The element's name if that could be read; else null.
   [[nodiscard]] const XmlName* Name() const { return m_Name; }
   /// Whether the element has been asked for, and is to be collected.
@@ -106,6 +109,7 @@ class XmlPlainScanner {
   const char* m_TagEnd =
       nullptr;  // where a start tag's last bracket stands, or the slash before it
   std::uint32_t m_Line = 1;
+  bool m_IsAscii = true;
   int m_Depth = 0;
   const XmlName* m_Name = nullptr;
   bool m_Builds = false;

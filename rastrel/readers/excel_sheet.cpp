@@ -12,6 +12,7 @@ namespace rastrel::readers {
 namespace {
 
 using imports::StreamChoice;
+using namespace std::string_view_literals;
 
 constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
@@ -55,8 +56,8 @@ class SheetReader : public imports::XmlStreamHandler {
   void AppendRow(const XmlNode& row) {
     std::size_t place = 0;
     for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
-      if (imports::IsNamed(cell, L"c")) {
-        place += AppendGap(imports::AttributeBytes(cell, L"r"), place);
+      if (imports::IsNamed(cell, L"c"sv)) {
+        place += AppendGap(imports::AttributeBytes(cell, L"r"sv), place);
         AppendValue(cell);
         m_Text.Append('\t');
       }
@@ -75,11 +76,11 @@ class SheetReader : public imports::XmlStreamHandler {
 
   void AppendValue(const XmlNode& cell) {
     XmlNode value = imports::FirstChild(cell);
-    while (value && !imports::IsNamed(value, L"v")) value = imports::NextSibling(value);
+    while (value && !imports::IsNamed(value, L"v"sv)) value = imports::NextSibling(value);
     if (!value) return;
     const std::string_view text = imports::TextBytes(value, m_Joined);
     if (text.empty()) return;
-    if (imports::AttributeBytes(cell, L"t") == "s")
+    if (imports::AttributeBytes(cell, L"t"sv) == "s")
       m_Text.Append(m_Strings.Find(imports::Int32FromText(text)));
     else
       AppendNumber(m_Text, text);

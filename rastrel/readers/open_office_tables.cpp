@@ -11,6 +11,7 @@ namespace rastrel::readers {
 namespace {
 
 using imports::StreamChoice;
+using namespace std::string_view_literals;
 
 constexpr std::wstring_view RepeatAttribute = L"table:number-columns-repeated";
 
@@ -52,7 +53,7 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
     BeginRow();
     for (XmlNode cell = imports::FirstChild(row); cell && !Refusal();
          cell = imports::NextSibling(cell))
-      if (imports::IsNamed(cell, L"table-cell")) AppendCell(cell);
+      if (imports::IsNamed(cell, L"table-cell"sv)) AppendCell(cell);
   }
 
   void End(std::wstring_view, int) override {}
@@ -63,7 +64,7 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
     if (repeat <= 0) return;
     std::string_view text;
     for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-      if (!imports::IsNamed(child, L"p")) continue;
+      if (!imports::IsNamed(child, L"p"sv)) continue;
       std::string& scratch = text.data() == m_Joined[0].data() ? m_Joined[1] : m_Joined[0];
       const std::string_view paragraph = imports::TextBytes(child, scratch);
       if (!paragraph.empty()) text = paragraph;
