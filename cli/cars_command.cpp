@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "cli/long_output.h"
 #include "cli/standard_streams.h"
 #include "cli/xml_input.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/readers/car_data.h"
 
 namespace rastrel::cli {
 namespace {
@@ -31,32 +33,44 @@ std::string NodeText(const CFolderInfo& node) {
   return text;
 }
 
-void AppendChildren(const CFolderInfo& folder, const std::string& indent, const Branches& branches,
-                    std::string& text) {
+void WriteChildren(const CFolderInfo& folder, const std::string& indent, const Branches& branches,
+                   LongOutput& output) {
   for (const auto& child : folder.m_Children) {
     const bool last = child == folder.m_Children.back();
-    text += indent + (last ? branches.lastChild : branches.child) + NodeText(*child) + "\n";
-    AppendChildren(*child, indent + (last ? branches.ended : branches.goesOn), branches, text);
+    output.Append(indent + (last ? branches.lastChild : branches.child) + NodeText(*child) + "\n");
+    WriteChildren(*child, indent + (last ? branches.ended : branches.goesOn), branches, output);
   }
 }
 
-Json NodeObject(const CFolderInfo& node) {
+void WriteTree(const CFolderInfo& folder, const Branches& branches, LongOutput& output) {
+  output.Append(NodeText(folder) + "\n");
+  WriteChildren(folder, "", branches, output);
+}
+
+// An object of the node alone. Folders get their children behind that.
+std::string MembersOf(const CFolderInfo& node, const char* event) {
   const bool isFolder = node.m_Folder != 0;
-  Json object = {{"kind", isFolder ? "folder" : "file"}, {"name", os::Utf8FromWide(node.m_Name)}};
+  Json object = Json::object();
+  if (*event != '\0') object["event"] = event;
+  object["kind"] = isFolder ? "folder" : "file";
+  object["name"] = os::Utf8FromWide(node.m_Name);
   if (!isFolder) {
     object["url"] = os::Utf8FromWide(node.m_Url);
     object["extension"] = os::Utf8FromWide(node.m_Extension);
-    return object;
   }
-  object["children"] = Json::array();
-  for (const auto& child : node.m_Children) object["children"].push_back(NodeObject(*child));
-  return object;
+  return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string FolderObject(const CFolderInfo& folder) {
-  Json object = {{"event", "folder"}};
-  object.update(NodeObject(folder));
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+void WriteObject(const CFolderInfo& node, const char* event, LongOutput& output) {
+  std::string members = MembersOf(node, event);
+  if (node.m_Folder == 0) return output.Append(members);
+  members.pop_back();
+  output.Append(members + ",\"children\":[");
+  for (const auto& child : node.m_Children) {
+    if (child != node.m_Children.front()) output.Append(",");
+    WriteObject(*child, "", output);
+  }
+  output.Append("]}");
 }
 
 }  // namespace
@@ -75,12 +89,6 @@ bool TextIsUtf8() {
   return locale.find(".utf8") != locale.npos;
 }
 
-std::string FolderTree(const CFolderInfo& folder, bool boxDrawing) {
-  std::string text = NodeText(folder) + "\n";
-  AppendChildren(folder, "", boxDrawing ? BoxDrawing : Ascii, text);
-  return text;
-}
-
 ExitStatus CarsCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   CXMLCarDataCut cars(ReaderPath(invocation.operand).c_str());
@@ -89,9 +97,16 @@ ExitStatus CarsCommand(const Invocation& invocation) {
     ThrowIfRefused({invocation.operand, L"LIBRARY", true});
     if (!json) WriteOut("no folders\n");
   }
-  const bool boxDrawing = TextIsUtf8();
-  for (; folder != nullptr; folder = cars.GetNextFolder())
-    WriteOut(json ? FolderObject(*folder) : FolderTree(*folder, boxDrawing));
+  const Branches& branches = TextIsUtf8() ? BoxDrawing : Ascii;
+  LongOutput output;
+  for (; folder != nullptr; folder = cars.GetNextFolder()) {
+    if (!json) {
+      WriteTree(*folder, branches, output);
+      continue;
+    }
+    WriteObject(*folder, "folder", output);
+    output.Append("\n");
+  }
   return ExitStatus::Done;
 }
 

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <string>
-
 #include "cli/exit_status.h"
 #include "cli/options.h"
-#include "rastrel/readers/car_data.h"
 
 namespace rastrel::cli {
 
@@ -15,9 +12,5 @@ namespace rastrel::cli {
 /// Whether the environment says that text is UTF-8, by LC_ALL, LC_CTYPE or LANG, the first that is
 /// set.
 [[nodiscard]] bool TextIsUtf8();
-
-/// A folder and all below it, one line each, with the tree's branches in box drawing characters or
-/// in ASCII.
-[[nodiscard]] std::string FolderTree(const CFolderInfo& folder, bool boxDrawing);
 
 }  // namespace rastrel::cli

@@ -1,8 +1,12 @@
 #include "cli/notes_command.h"
 
 #include <array>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
+#include "cli/long_output.h"
 #include "cli/standard_streams.h"
 #include "cli/xml_input.h"
 #include "rastrel/platform/os/text.h"
@@ -93,15 +97,14 @@ std::string NumberLines(const Job& job) {
   return text;
 }
 
-std::string CompanyText(const tagCOMPANY_DATA& company, int number) {
-  std::string text = "company " + std::to_string(number) + "\n";
+void WriteText(const tagCOMPANY_DATA& company, int number, LongOutput& output) {
+  output.Append("company " + std::to_string(number) + "\n");
   for (const auto& address : company.m_Addresses)
-    text += "  address\n" + TextLines(*address, AddressTexts);
+    output.Append("  address\n" + TextLines(*address, AddressTexts));
   for (const auto& contact : company.m_Contacts)
-    text += "  contact\n" + TextLines(*contact, ContactTexts);
+    output.Append("  contact\n" + TextLines(*contact, ContactTexts));
   for (const auto& job : company.m_Jobs)
-    text += "  job\n" + TextLines(*job, JobTexts) + NumberLines(*job);
-  return text;
+    output.Append("  job\n" + TextLines(*job, JobTexts) + NumberLines(*job));
 }
 
 template <typename Record, std::size_t Count>
@@ -118,18 +121,28 @@ Json JobObject(const Job& job) {
   return object;
 }
 
-std::string CompanyObject(const tagCOMPANY_DATA& company) {
-  Json addresses = Json::array();
-  for (const auto& address : company.m_Addresses)
-    addresses.push_back(TextObject(*address, AddressTexts));
-  Json contacts = Json::array();
-  for (const auto& contact : company.m_Contacts)
-    contacts.push_back(TextObject(*contact, ContactTexts));
-  Json jobs = Json::array();
-  for (const auto& job : company.m_Jobs) jobs.push_back(JobObject(*job));
-  const Json object = {
-      {"event", "company"}, {"addresses", addresses}, {"contacts", contacts}, {"jobs", jobs}};
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+// A member of the company's object, record by record.
+template <typename Record, typename MakeObject>
+void WriteRecords(const char* name, const std::vector<std::unique_ptr<Record>>& records,
+                  const MakeObject& makeObject, LongOutput& output) {
+  output.Append(std::string(",\"") + name + "\":[");
+  for (const auto& record : records) {
+    if (record != records.front()) output.Append(",");
+    output.Append(makeObject(*record).dump(-1, ' ', false, Json::error_handler_t::replace));
+  }
+  output.Append("]");
+}
+
+void WriteObject(const tagCOMPANY_DATA& company, LongOutput& output) {
+  output.Append("{\"event\":\"company\"");
+  WriteRecords(
+      "addresses", company.m_Addresses,
+      [](const Address& address) { return TextObject(address, AddressTexts); }, output);
+  WriteRecords(
+      "contacts", company.m_Contacts,
+      [](const Contact& contact) { return TextObject(contact, ContactTexts); }, output);
+  WriteRecords("jobs", company.m_Jobs, JobObject, output);
+  output.Append("}\n");
 }
 
 }  // namespace
@@ -142,8 +155,13 @@ ExitStatus NotesCommand(const Invocation& invocation) {
     ThrowIfRefused({invocation.operand, L"JOBNOTESLIST", true});
     if (!json) WriteOut("no companies\n");
   }
-  for (int number = 1; company != nullptr; company = notes.GetNextCompany(), ++number)
-    WriteOut(json ? CompanyObject(*company) : CompanyText(*company, number));
+  LongOutput output;
+  for (int number = 1; company != nullptr; company = notes.GetNextCompany(), ++number) {
+    if (json)
+      WriteObject(*company, output);
+    else
+      WriteText(*company, number, output);
+  }
   return ExitStatus::Done;
 }
 

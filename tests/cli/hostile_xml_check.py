@@ -79,7 +79,7 @@ def main():
                 if why:
                     print(f"{os.path.basename(path)}: {' '.join(words[1:-1])}: {why}")
                     bad += 1
-    print(f"{len(files)} files, {len(files) * len(COMMANDS)} runs, {bad} otherwise than they should")
+    print(f"{len(files)} files, {len(files) * len(COMMANDS)} runs, {bad} not as they should be")
     return 1 if bad else 0
 
 

@@ -164,6 +164,30 @@ TEST_F(Lists, cars_as_json_have_an_object_a_folder) {
   EXPECT_FALSE(folder["children"][2].contains("children"));
 }
 
+// Longer than the pieces in which it goes out.
+TEST_F(Lists, long_lists_come_out_whole) {
+  constexpr int count = 2000;
+  std::string jobs;
+  std::string files;
+  for (int number = 0; number < count; ++number) {
+    const std::string name = std::to_string(number) + std::string(200, 'x');
+    jobs += "<JOB><JOBNUMBER>" + name + "</JOBNUMBER></JOB>";
+    files += "<FILE name='" + name + "'/>";
+  }
+  const std::string notes = "<JOBNOTESLIST><COMPANY>" + jobs + "</COMPANY></JOBNOTESLIST>";
+  const std::string cars = "<LIBRARY><FOLDER name='a'>" + files + "</FOLDER></LIBRARY>";
+  const json company = json::parse(RunOn(notes, {"notes", "file.xml", "--json"}).output);
+  ASSERT_EQ(company["jobs"].size(), static_cast<std::size_t>(count));
+  EXPECT_EQ(company["jobs"][count - 1]["JOBNUMBER"],
+            std::to_string(count - 1) + std::string(200, 'x'));
+  EXPECT_EQ(RunOn(notes, {"notes", "file.xml"}).Lines().size(), 1U + 2U * count);
+  const json folder = json::parse(RunOn(cars, {"cars", "file.xml", "--json"}).output);
+  ASSERT_EQ(folder["children"].size(), static_cast<std::size_t>(count));
+  EXPECT_EQ(folder["children"][count - 1]["name"],
+            std::to_string(count - 1) + std::string(200, 'x'));
+  EXPECT_EQ(RunOn(cars, {"cars", "file.xml"}).Lines().size(), 1U + count);
+}
+
 TEST_F(Lists, an_empty_library_says_so) {
   EXPECT_EQ(RunOn("<LIBRARY/>", {"cars", "file.xml"}).output, "no folders\n");
 }

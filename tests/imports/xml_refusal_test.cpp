@@ -181,6 +181,24 @@ TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
             m_Library.LogTextsBehind(mark));
 }
 
+TEST_F(XmlRefusal, counts_columns_in_characters) {
+  // Of one, two, three and four bytes, in a text, an attribute, a comment and a name.
+  for (const char* const character : {"e", "\xC3\xA9", "\xE8\xAA\xB2", "\xF0\xA0\x80\x80"}) {
+    const std::string two = std::string(character) + character;
+    const std::pair<std::string, int> lines[] = {{"<b>" + two + "</b></c>", 14},
+                                                 {"<b n='" + two + "'/></c>", 16},
+                                                 {"<!--" + two + "--></c>", 14},
+                                                 {"<" + two + " n='1'/></c>", 16}};
+    for (const auto& [line, behind] : lines) {
+      EXPECT_FALSE(static_cast<bool>(LoadFile("<a>\n" + line)));
+      const auto failure = TakeXmlFailure();
+      ASSERT_TRUE(failure.has_value());
+      EXPECT_EQ(2, failure->line);
+      EXPECT_EQ(behind, failure->column) << line;
+    }
+  }
+}
+
 TEST_F(XmlRefusal, is_told_once_and_not_after_a_success) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlString(L"<a>")));
   EXPECT_TRUE(static_cast<bool>(LoadXmlString(L"<a/>")));

@@ -77,7 +77,8 @@ class Maker:
     def sheet(self):
         rows = "".join(self.row(number + 1) for number in range(self.random.randint(0, 7)))
         data = self.mostly(
-            "<sheetData>{}</sheetData>", "<none>{}</none>", "<s:sheetData xmlns:s='u'>{}</s:sheetData>",
+            "<sheetData>{}</sheetData>", "<none>{}</none>",
+            "<s:sheetData xmlns:s='u'>{}</s:sheetData>",
             "<sheetData>{}</sheetData><sheetData><row><c><v>1</v></c></row></sheetData>")
         root = self.mostly(
             "<worksheet>{}</worksheet>", "<other><worksheet>{}</worksheet><worksheet/></other>",

@@ -125,7 +125,7 @@ def workbook_text(parts, strings_part):
         targets.setdefault(one.getAttribute("Id"), one.getAttribute("Target"))
     text = ""
     has_succeeded = False
-    for sheet in [sheet for sheets in named(workbook, "sheets") for sheet in named(sheets, "sheet")]:
+    for sheet in [one for sheets in named(workbook, "sheets") for one in named(sheets, "sheet")]:
         target = targets.get(local_attribute(sheet, "id"), "")
         root = load(parts.get("xl/" + target, b""))
         if root is not None and root.localName != "worksheet":
