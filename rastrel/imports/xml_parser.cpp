@@ -203,6 +203,7 @@ std::optional<XmlFailure> Parse::Run() {
   const std::span<char> room(buffer.get(), size);
   if (!Begin(room)) return m_Failure;
   std::size_t held = 0;
+  std::size_t enough = 0;
   while (!Failed()) {
     const auto count = m_Source.Read(room.subspan(held));
     if (!count) {
@@ -211,9 +212,12 @@ std::optional<XmlFailure> Parse::Run() {
     }
     held += *count;
     const bool isLast = *count == 0;
+    if (held < enough && !isLast) continue;
     const std::size_t used = Consume({buffer.get(), held}, isLast || held == size);
     held -= used;
     std::memmove(buffer.get(), buffer.get() + used, held);
+    // What is left is looked at again from its begin, so not for every few bytes that come.
+    enough = std::min(2 * held, size);
     if (!Failed() && isLast) Push({}, true);
     if (isLast) break;
   }
