@@ -116,6 +116,7 @@ class Parse {
 
   bool Begin(std::span<char> buffer);
   std::size_t Consume(std::string_view bytes, bool isFull);
+  [[nodiscard]] bool IsUnconverted() const;
   [[nodiscard]] bool IsBetweenElements() const;
   bool TakeElements(std::string_view& bytes, bool isFull);
   void Pass(std::string_view bytes, std::uint32_t line);
@@ -243,12 +244,17 @@ std::size_t Parse::Consume(std::string_view bytes, bool isFull) {
   return bytes.size() - rest.size();
 }
 
+// Whether the bytes are UTF-8, so that the parser reads them as they are.
+bool Parse::IsUnconverted() const {
+  const xmlParserInput* const input = m_Context->input;
+  return input != nullptr && input->buf != nullptr && input->buf->encoder == nullptr;
+}
+
 // Whether all that the parser was given is read, and an element may follow.
 bool Parse::IsBetweenElements() const {
-  if (m_Elements == nullptr || m_Elements->Collected() != nullptr) return false;
-  const xmlParserInput* const input = m_Context->input;
-  return m_Context->instate == XML_PARSER_CONTENT && m_Context->inputNr == 1 &&
-         input->cur == input->end && input->buf != nullptr && input->buf->encoder == nullptr;
+  return m_Elements != nullptr && m_Elements->Collected() == nullptr && IsUnconverted() &&
+         m_Context->instate == XML_PARSER_CONTENT && m_Context->inputNr == 1 &&
+         m_Context->input->cur == m_Context->input->end;
 }
 
 // Takes elements off the front until there is something for the parser. False if more bytes are
@@ -299,7 +305,7 @@ void Parse::SetScope() {
 
 // Up to the next tag's end, where the scanner may go on; behind the element that it can't take.
 std::size_t Parse::PieceForParser(std::string_view bytes) const {
-  if (m_Elements == nullptr) return bytes.size();
+  if (m_Elements == nullptr || !IsUnconverted()) return bytes.size();
   const XmlName* const element =
       m_Elements->Collected() != nullptr ? m_Elements->Collected() : m_NotPlain;
   std::size_t at = m_ForParser;

@@ -106,6 +106,16 @@ class Listener : public imports::XmlStreamHandler {
   std::vector<std::wstring> m_Parents;
 };
 
+// Whether the document says that it is in another encoding than UTF-8, or looks so.
+bool IsConverted(std::string_view document) {
+  const std::string_view head = document.substr(0, 200);
+  if (head.substr(0, 4).find_first_of(std::string_view("\0\xFE\xFF", 3)) != head.npos) return true;
+  const std::size_t declared = head.find("encoding");
+  const std::string_view rest = head.substr(std::min(declared, head.size()));
+  return declared != head.npos && rest.find("\"UTF-8\"") == rest.npos &&
+         rest.find("'UTF-8'") == rest.npos;
+}
+
 }  // namespace
 
 std::string CallsOf(std::string_view document, const Streaming& streaming) {
@@ -118,6 +128,8 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
   const auto failure = imports::ParseXml(source, imports::XmlEncoding::kByDocument, names, streamer,
                                          streaming.takesWhole ? &streamer : nullptr);
   if (!failure) return listener.Notes();
+  // The converter meets a fault ahead of the parser, as soon as it lies in the same piece.
+  if (IsConverted(document)) return "refused";
   std::string text = listener.Notes() + "\nrefused";
   // What the parser says of a section or a text that never ends, and where, depends on how much of
   // it there was in its piece; and what it says of bytes that are no characters on how many follow.
