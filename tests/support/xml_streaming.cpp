@@ -108,12 +108,13 @@ class Listener : public imports::XmlStreamHandler {
 
 // Whether the document says that it is in another encoding than UTF-8, or looks so.
 bool IsConverted(std::string_view document) {
-  const std::string_view head = document.substr(0, 200);
-  if (head.substr(0, 4).find_first_of(std::string_view("\0\xFE\xFF", 3)) != head.npos) return true;
-  const std::size_t declared = head.find("encoding");
-  const std::string_view rest = head.substr(std::min(declared, head.size()));
-  return declared != head.npos && rest.find("\"UTF-8\"") == rest.npos &&
-         rest.find("'UTF-8'") == rest.npos;
+  const std::string_view head = document.substr(0, 4);
+  if (head.find_first_of(std::string_view("\0\xFE\xFF", 3)) != head.npos) return true;
+  const std::size_t declared = document.find("encoding");
+  if (declared == document.npos) return false;
+  const std::string_view rest = document.substr(declared);
+  const std::size_t quote = rest.find_first_of("\"'");
+  return quote == rest.npos || rest.substr(quote + 1, 5) != "UTF-8";
 }
 
 }  // namespace
