@@ -74,8 +74,8 @@ class Maker:
         name = self.mostly("row", "row", "Row")
         return f"<{name} r='{number}' spans='1:3'>{cells}</{name}>"
 
-    def sheet(self):
-        rows = "".join(self.row(number + 1) for number in range(self.random.randint(0, 7)))
+    def sheet(self, most):
+        rows = "".join(self.row(number + 1) for number in range(self.random.randint(0, most)))
         data = self.mostly(
             "<sheetData>{}</sheetData>", "<none>{}</none>",
             "<s:sheetData xmlns:s='u'>{}</s:sheetData>",
@@ -92,7 +92,7 @@ class Maker:
                          "<si/>", "<x><t>{}</t></x>", "<si><t>{}</t><t>z</t></si>",
                          "<si><p:t xmlns:p='q'>{}</p:t></si>").format(self.pick(*TEXTS))
 
-    def workbook(self):
+    def workbook(self, most_rows=7):
         count = self.random.randint(1, 4)
         strings = self.mostly("<sst>{}</sst>", "<tss>{}</tss>", "<sst>{}</sst")
         names = "".join(f'<sheet name="S{n}" sheetId="{n}" r:id="r{n}"/>' for n in range(count))
@@ -111,7 +111,7 @@ class Maker:
                                           '</Relationships>',
             "xl/sharedStrings.xml": strings.format(self.times(10, self.string)),
         }
-        parts.update({f"xl/worksheets/s{n}.xml": self.sheet() for n in range(count)})
+        parts.update({f"xl/worksheets/s{n}.xml": self.sheet(most_rows) for n in range(count)})
         return parts
 
     def paragraph(self):
@@ -183,7 +183,10 @@ def main():
         os.environ["RASTREL_HOME"] = os.path.join(folder, "home")
         path = os.path.join(folder, "spreadsheet")
         for number in range(count):
-            parts = maker.workbook() if number % 2 else maker.open_document()
+            parts = maker.open_document()
+            if number % 2:
+                # Now and then one that is longer than the pieces that are read at a time.
+                parts = maker.workbook(1000 if number % 100 == 1 else 7)
             with zipfile.ZipFile(path, "w") as package:
                 for name, content in parts.items():
                     package.writestr(name, content)
