@@ -72,7 +72,7 @@ def finished(rastrel, folder):
     with open(run.pipe, "rb") as pipe:
         text = pipe.read()
     status = run.end()
-    line = run.shown.startswith(b"\rreading ") and run.shown.endswith(CLEAR)
+    line = b"\rreading " in run.shown and run.shown.endswith(CLEAR)
     if status != 0 or not line or text != b"\xef\xbb\xbf7":
         return f"finished: status {status}, shown {run.shown!r}, text {text!r}"
     return ""
