@@ -132,14 +132,14 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
   // The converter meets a fault ahead of the parser, as soon as it lies in the same piece.
   if (IsConverted(document)) return "refused";
   std::string text = listener.Notes() + "\nrefused";
-  // What the parser says of a section or a text that never ends, and where, depends on how much of
-  // it there was in its piece; and what it says of bytes that are no characters on how many follow.
+  // What the parser says of a section or a text that never ends, or of bytes that are no
+  // characters, and where, depends on how much there was in its piece.
   const bool hasSection = document.find("<![CDATA[") != std::string_view::npos;
-  if (hasSection || failure->reason == L"Extra content at the end of the document") return text;
-  text +=
-      " in line " + std::to_string(failure->line) + " column " + std::to_string(failure->column);
-  if (imports::IsUtf8(document)) text += " " + os::Utf8FromWide(failure->reason);
-  return text;
+  if (hasSection || failure->reason == L"Extra content at the end of the document" ||
+      !imports::IsUtf8(document))
+    return text;
+  return text + " in line " + std::to_string(failure->line) + " column " +
+         std::to_string(failure->column) + " " + os::Utf8FromWide(failure->reason);
 }
 
 std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
