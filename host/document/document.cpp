@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace rastrel::document {
@@ -32,23 +33,31 @@ bool Document::AddSheetLayer(const CSheetLayer& layer) {
   return true;
 }
 
+int Document::NextEmptyLayer() const {
+  return m_HighestLayer < std::numeric_limits<int>::max() ? m_HighestLayer + 1 : m_HighestLayer;
+}
+
 int Document::HighestPage() const { return m_LastPages.empty() ? 0 : m_LastPages.rbegin()->first; }
 
 // --- Objects ---
 
 ObjectHandle Document::Create(Shape shape, const Attributes& attributes) {
   const ObjectHandle handle = NextHandle();
-  m_Objects.push_back(std::make_unique<Object>(Object{std::move(shape), attributes, 0}));
+  if (handle > MaximumHandles) return 0;
+  auto object = std::make_unique<Object>(Object{std::move(shape), attributes, 0});
+  object->attributes.traits &= ~DBTRAIT_SELECTED;
+  m_Objects.push_back(std::move(object));
   m_HighestLayer = std::max(m_HighestLayer, attributes.sheetLayer);
   return handle;
 }
 
 bool Document::CreateAs(ObjectHandle handle, Object object) {
-  if (handle < FirstHandle || handle - FirstHandle > MaximumHandles) return false;
+  if (handle < FirstHandle || handle > MaximumHandles) return false;
   if (handle >= NextHandle()) m_Objects.resize(handle - FirstHandle + 1);
   std::unique_ptr<Object>& place = m_Objects[handle - FirstHandle];
   if (place) return false;
   object.parent = 0;
+  object.attributes.traits &= ~DBTRAIT_SELECTED;
   m_HighestLayer = std::max(m_HighestLayer, object.attributes.sheetLayer);
   place = std::make_unique<Object>(std::move(object));
   return true;
@@ -69,7 +78,7 @@ Object* Document::Edit(ObjectHandle handle) {
 
 bool Document::SetPages(ObjectHandle handle, const VK_PAGE_RANGE& pages) {
   const Object* found = Find(handle);
-  if (!found) return false;
+  if (!found || pages.first < 1 || pages.last < pages.first || pages.last > LastPage) return false;
   if (found->attributes.pages == pages) return true;
   Object& object = *Edit(handle);
   CountPage(object, -1);
@@ -79,7 +88,7 @@ bool Document::SetPages(ObjectHandle handle, const VK_PAGE_RANGE& pages) {
 }
 
 bool Document::SetSheetLayer(ObjectHandle handle, int sheetLayer) {
-  Object* object = Edit(handle);
+  Object* object = sheetLayer >= 0 ? Edit(handle) : nullptr;
   if (!object) return false;
   object->attributes.sheetLayer = sheetLayer;
   m_HighestLayer = std::max(m_HighestLayer, sheetLayer);
@@ -105,12 +114,14 @@ bool Document::Insert(ObjectHandle handle, ObjectHandle parent) {
   const Object* object = Find(handle);
   if (!object || object->parent != 0 || !MembersToChange(parent)) return false;
   // A group within itself would have no end.
-  for (ObjectHandle above = parent; above != 0 && above != host::DocumentRoot;) {
+  int levels = GroupLevels(handle);
+  for (ObjectHandle above = parent; above != 0 && above != host::DocumentRoot; ++levels) {
     if (above == handle) return false;
     above = Find(above)->parent;
   }
+  if (levels > DeepestGroup) return false;
   Link(handle, parent, Members(parent).size());
-  if (Records()) Keep({Change::Kind::kInsert, handle, {}, parent});
+  KeepOrForget({Change::Kind::kInsert, handle, {}, parent});
   return true;
 }
 
@@ -119,7 +130,7 @@ bool Document::Remove(ObjectHandle handle) {
   if (!object || object->parent == 0) return false;
   const ObjectHandle parent = object->parent;
   const std::size_t position = Unlink(handle);
-  if (Records()) Keep({Change::Kind::kRemove, handle, {}, parent, position});
+  KeepOrForget({Change::Kind::kRemove, handle, {}, parent, position});
   return true;
 }
 
@@ -127,12 +138,20 @@ void Document::Destroy(ObjectHandle handle) {
   const Object* object = Find(handle);
   if (!object) return;
   if (object->parent != 0) Unlink(handle);
-  const Handles members = Members(handle);
-  for (const ObjectHandle member : members) Destroy(member);
-  m_Objects[handle - FirstHandle].reset();
+  Handles ended{handle};
+  for (std::size_t i = 0; i < ended.size(); ++i) {
+    const Handles& members = Members(ended[i]);
+    ended.insert(ended.end(), members.begin(), members.end());
+  }
+  for (const ObjectHandle one : ended) {
+    std::unique_ptr<Object>& place = m_Objects[one - FirstHandle];
+    if (place->parent != 0) --m_ObjectCount;
+    CountPage(*place, -1);
+    place.reset();
+  }
+  std::erase_if(m_Selection, [&](ObjectHandle selected) { return !Find(selected); });
   // What is gone for good can't be brought back, and the history may speak of it.
-  m_Done.clear();
-  m_Undone.clear();
+  Forget();
 }
 
 void Document::Link(ObjectHandle handle, ObjectHandle parent, std::size_t position) {
@@ -165,8 +184,7 @@ std::size_t Document::Unlink(ObjectHandle handle) {
     std::erase(Alone(m_PlateObjects), handle);
   }
   object.parent = 0;
-  object.attributes.traits &= ~DBTRAIT_SELECTED;
-  std::erase(m_Selection, handle);
+  Deselect(handle);
   return position;
 }
 
@@ -177,14 +195,34 @@ void Document::CountPage(const Object& object, int howMany) {
   if (count == 0) m_LastPages.erase(object.attributes.pages.last);
 }
 
+bool Document::Stands(ObjectHandle handle) const {
+  const Object* object = Find(handle);
+  while (object && object->parent != host::DocumentRoot) object = Find(object->parent);
+  return object != nullptr;
+}
+
+int Document::GroupLevels(ObjectHandle handle) const {
+  const Object* object = Find(handle);
+  if (!object || !std::holds_alternative<GroupShape>(object->shape)) return 0;
+  int within = 0;
+  for (const ObjectHandle member : Members(handle)) {
+    within = std::max(within, GroupLevels(member));
+  }
+  return within + 1;
+}
+
 BOUNDS Document::Bounds(ObjectHandle handle) const {
   const Object* object = Find(handle);
   if (!object) return {};
   const Handles& members = Members(handle);
-  if (members.empty()) return BoundsOf(object->shape, object->attributes.matrix);
-  BOUNDS all = Bounds(members.front());
-  for (const ObjectHandle member : members) {
-    const BOUNDS one = Bounds(member);
+  return members.empty() ? BoundsOf(object->shape, object->attributes.matrix) : Bounds(members);
+}
+
+BOUNDS Document::Bounds(std::span<const ObjectHandle> handles) const {
+  if (handles.empty()) return {};
+  BOUNDS all = Bounds(handles.front());
+  for (const ObjectHandle handle : handles.subspan(1)) {
+    const BOUNDS one = Bounds(handle);
     all = {std::min(all.xmin, one.xmin), std::max(all.xmax, one.xmax), std::min(all.ymin, one.ymin),
            std::max(all.ymax, one.ymax)};
   }
@@ -202,8 +240,12 @@ void Document::Select(ObjectHandle handle) {
 }
 
 void Document::Deselect(ObjectHandle handle) {
-  if (std::erase(m_Selection, handle) == 0) return;
-  m_Objects[handle - FirstHandle]->attributes.traits &= ~DBTRAIT_SELECTED;
+  if (!Find(handle)) return;
+  int& traits = m_Objects[handle - FirstHandle]->attributes.traits;
+  // Most objects are not selected, and the selection may be long.
+  if ((traits & DBTRAIT_SELECTED) == 0) return;
+  traits &= ~DBTRAIT_SELECTED;
+  std::erase(m_Selection, handle);
 }
 
 void Document::DeselectAll() {

@@ -5,6 +5,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -31,18 +32,25 @@ struct PlateParameters {
   bool operator==(const PlateParameters&) const = default;
 };
 
+/// Groups that may stand in one another, the outermost and the innermost included. What walks
+/// through a document may call itself for each of them.
+inline constexpr int DeepestGroup = 64;
+
 /// A document: objects on pages of one size, palette, sheet layers, selection and history.
 ///
 /// An object is made with `Create` and stands in no place until it is put into the document or a
 /// group. Handles are given in ascending order and never twice. One thread at a time.
 ///
 /// While a step is open every change is kept, so that it can be taken back. The last HistoryDepth
-/// steps are kept.
+/// steps are kept. What is put in or taken out without being kept makes the document forget its
+/// history, which speaks of places that are no more.
 class Document {
  public:
   static constexpr std::size_t HistoryDepth = 1000;
-  /// Handles that a document can give.
+  /// The highest handle that a document gives.
   static constexpr ObjectHandle MaximumHandles = 16'000'000;
+  /// The highest number of a page.
+  static constexpr int LastPage = 1'000'000;
 
   Document();
   ~Document();
@@ -62,8 +70,9 @@ class Document {
   /// False if the number is taken or not above 0.
   bool AddSheetLayer(const CSheetLayer& layer);
   void RemoveSheetLayer(int number) { m_SheetLayers.erase(number); }
-  /// A number above all that were given to layers or objects.
-  [[nodiscard]] int NextEmptyLayer() const { return m_HighestLayer + 1; }
+  /// A number above all that were given to layers or objects, or the highest there is if that was
+  /// given too.
+  [[nodiscard]] int NextEmptyLayer() const;
   /// The page on show, from 1.
   [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
   void SetDisplayPage(int page) { m_DisplayPage = page; }
@@ -72,7 +81,7 @@ class Document {
 
   // --- Objects ---
 
-  /// A new object that stands in no place.
+  /// A new object that stands in no place and is not selected; 0 if all handles were given.
   ObjectHandle Create(Shape shape, const Attributes& attributes = {});
   /// Under a handle that is not in use, as a saved document has it. False if it is in use, or below
   /// the first.
@@ -82,15 +91,18 @@ class Document {
   /// The same, to be changed: what it is now is kept for the open step.
   [[nodiscard]] Object* Edit(ObjectHandle handle);
   /// Puts an object that stands nowhere into the document or a group, as the last. False if there
-  /// is no such object or group, or if it stands somewhere.
+  /// is no such object or group, if it stands somewhere, or if groups would stand more than
+  /// DeepestGroup deep.
   bool Insert(ObjectHandle handle, ObjectHandle parent);
   /// Takes an object out of its place, and out of the selection. It can be inserted again.
   bool Remove(ObjectHandle handle);
-  /// Ends an object, and a group's members with it, for good.
+  /// Ends an object, and a group's members with it, for good. Forgets the history.
   void Destroy(ObjectHandle handle);
-  /// Puts an object on pages, both included. Pages are not set through `Edit`.
+  /// Puts an object on pages, both included. False if there is no such object, or no such pages:
+  /// they go upward from 1 to LastPage. Pages are not set through `Edit`.
   bool SetPages(ObjectHandle handle, const VK_PAGE_RANGE& pages);
-  /// Puts an object on a sheet layer; 0 for none. Not set through `Edit` either.
+  /// Puts an object on a sheet layer; 0 for none. False if there is no such object, or the number
+  /// is below 0. Not set through `Edit` either.
   bool SetSheetLayer(ObjectHandle handle, int sheetLayer);
   /// The members of the document (host::DocumentRoot) or of a group, in their order; empty for
   /// anything else. Valid until one is inserted or removed.
@@ -103,8 +115,15 @@ class Document {
   [[nodiscard]] std::shared_ptr<const std::vector<ObjectHandle>> SharedPlateObjects() const {
     return m_PlateObjects;
   }
+  /// True for an object that the document or one of its groups holds.
+  [[nodiscard]] bool Stands(ObjectHandle handle) const;
+  /// Groups that stand in one another from this object inward: 0 if it is no group, 1 if none of
+  /// its members is one.
+  [[nodiscard]] int GroupLevels(ObjectHandle handle) const;
   /// The bounds on the page, of a group those of its members.
   [[nodiscard]] BOUNDS Bounds(ObjectHandle handle) const;
+  /// The bounds of several objects together; of none an empty box at the origin.
+  [[nodiscard]] BOUNDS Bounds(std::span<const ObjectHandle> handles) const;
   /// One more than the highest handle that was given.
   [[nodiscard]] ObjectHandle NextHandle() const { return FirstHandle + m_Objects.size(); }
   /// Objects that the document and its groups hold.
@@ -150,6 +169,8 @@ class Document {
   [[nodiscard]] std::vector<ObjectHandle>* MembersToChange(ObjectHandle root);
   [[nodiscard]] bool Records() const { return m_OpenSteps > 0 && m_KeepHistory; }
   void Keep(Change change);
+  void KeepOrForget(Change change);
+  void Forget();
   void Link(ObjectHandle handle, ObjectHandle parent, std::size_t position);
   std::size_t Unlink(ObjectHandle handle);
   void CountPage(const Object& object, int howMany);

@@ -180,8 +180,9 @@ void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
     return object ? std::get_if<PlateShape>(&object->shape) : nullptr;
   };
   if (!shapeOf(plate) || count < 1) return;
-  for (const PlateShape* part = shapeOf(plate); part; part = shapeOf(part->continuation)) {
+  for (const PlateShape* part = shapeOf(plate); part;) {
     panes += part->panes.size();
+    part = m_Document.Stands(part->continuation) ? shapeOf(part->continuation) : nullptr;
   }
   GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
 }

@@ -30,8 +30,6 @@ using ReadDocument = os::Expected<std::unique_ptr<Document>, std::wstring>;
 /// Loads from a path.
 [[nodiscard]] ReadDocument LoadDocument(const std::wstring& path);
 
-/// Levels of groups within groups that a file may have.
-inline constexpr int DeepestGroup = 64;
 /// Bytes that a document file may have.
 inline constexpr std::size_t LargestDocumentFile = std::size_t{1} << 30;
 

@@ -5,6 +5,7 @@
 #include "host/document/document_file.h"
 #include "host/document/document_words.h"
 #include "host/document/json_reader.h"
+#include "host/document/json_stream.h"
 #include "host/document/plate_layout.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
@@ -12,8 +13,6 @@
 namespace rastrel::document {
 
 namespace {
-
-constexpr std::int64_t LastPage = 1'000'000;
 
 CVKColor ColorFrom(const JsonValue& json) {
   if (json.IsText()) {
@@ -166,12 +165,11 @@ Attributes AttributesFrom(const JsonValue& json) {
   attributes.lineStyle = {json["lineWidth"].Number(),
                           static_cast<std::uint32_t>(json["lineStyle"].Whole(0, UINT32_MAX))};
   attributes.sheetLayer = static_cast<int>(json["sheetLayer"].Whole(0, INT32_MAX));
-  attributes.pages.first = static_cast<int>(json["pages"].At(0).Whole(1, LastPage));
+  attributes.pages.first = static_cast<int>(json["pages"].At(0).Whole(1, Document::LastPage));
   attributes.pages.last =
-      static_cast<int>(json["pages"].At(1).Whole(attributes.pages.first, LastPage));
+      static_cast<int>(json["pages"].At(1).Whole(attributes.pages.first, Document::LastPage));
   attributes.traits = 0;
   json["traits"].Each([&](const JsonValue& word) { attributes.traits |= word.Word(TraitWords); });
-  attributes.traits &= ~DBTRAIT_SELECTED;
   if (json.Has("locks")) {
     const JsonValue locks = json["locks"];
     attributes.locks = {locks["color"].Int(), locks["font"].Int(), locks["lineStyle"].Int(),
@@ -185,24 +183,28 @@ Attributes AttributesFrom(const JsonValue& json) {
   return attributes;
 }
 
-void ReadObjects(Document& document, const JsonValue& json, ObjectHandle parent, int depth) {
-  if (depth > DeepestGroup) json.Fail("groups stand too deep in groups");
-  json.Each([&](const JsonValue& object) {
-    const auto handle = static_cast<ObjectHandle>(
-        object["id"].Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
-    if (!document.CreateAs(handle, {ShapeFrom(object, handle), AttributesFrom(object), 0})) {
-      object["id"].Fail("is taken, or no number for an object");
-    }
-    if (!document.Insert(handle, parent)) object.Fail("stands in no group");
-    if (object.Has("members")) ReadObjects(document, object["members"], handle, depth + 1);
-  });
+// An object and its members; `groups` are those that it stands in.
+void ReadObject(Document& document, const JsonValue& json, ObjectHandle parent, int groups) {
+  const auto handle = static_cast<ObjectHandle>(
+      json["id"].Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
+  Shape shape = ShapeFrom(json, handle);
+  if (std::holds_alternative<GroupShape>(shape) && groups == DeepestGroup) {
+    json.Fail("groups stand more than " + std::to_string(DeepestGroup) + " deep in groups");
+  }
+  if (!document.CreateAs(handle, {std::move(shape), AttributesFrom(json), 0})) {
+    json["id"].Fail("is taken, or no number for an object");
+  }
+  if (!document.Insert(handle, parent)) json.Fail("stands in no group");
+  if (!json.Has("members")) return;
+  json["members"].Each(
+      [&](const JsonValue& member) { ReadObject(document, member, handle, groups + 1); });
 }
 
 void ReadSettings(Document& document, const JsonValue& json) {
   const JsonValue blank = json["blank"];
   document.SetBlank({blank["width"].NumberAbove0(), blank["height"].NumberAbove0(),
                      static_cast<int>(blank["origin"].Whole(1, 9))});
-  document.SetDisplayPage(static_cast<int>(json["displayPage"].Whole(0, LastPage)));
+  document.SetDisplayPage(static_cast<int>(json["displayPage"].Whole(0, Document::LastPage)));
   const JsonValue plates = json["plates"];
   document.SetPlates({RectFrom(plates["margins"]), plates["horizontalGap"].Number(),
                       plates["verticalGap"].Number()});
@@ -221,18 +223,20 @@ void ReadSettings(Document& document, const JsonValue& json) {
   });
 }
 
-// Plates are continued by plates.
-void CheckContinuations(const Document& document, const JsonValue& objects) {
-  for (const ObjectHandle handle : *document.SharedPlateObjects()) {
-    const ObjectHandle next = std::get<PlateShape>(document.Find(handle)->shape).continuation;
-    const Object* object = next != 0 ? document.Find(next) : nullptr;
-    if (next != 0 && (!object || !std::holds_alternative<PlateShape>(object->shape))) {
-      objects.Fail("plate " + std::to_string(handle) + " is continued by no plate");
+// Plates are continued by plates, wherever they stand.
+void CheckContinuations(const Document& document) {
+  for (ObjectHandle handle = host::DocumentRoot + 1; handle < document.NextHandle(); ++handle) {
+    const Object* object = document.Find(handle);
+    const auto* plate = object ? std::get_if<PlateShape>(&object->shape) : nullptr;
+    if (!plate || plate->continuation == 0) continue;
+    const Object* next = document.Find(plate->continuation);
+    if (!next || !std::holds_alternative<PlateShape>(next->shape)) {
+      throw JsonFault{"/objects", "plate " + std::to_string(handle) + " is continued by no plate"};
     }
   }
 }
 
-std::unique_ptr<Document> DocumentFrom(const JsonValue& json) {
+void CheckFormat(const JsonValue& json) {
   if (!json.Has("format") || !json["format"].IsText() ||
       json["format"].Utf8() != DocumentFormatName) {
     json.Fail("is no document of this program");
@@ -242,10 +246,30 @@ std::unique_ptr<Document> DocumentFrom(const JsonValue& json) {
     json["version"].Fail("is " + std::to_string(version) + ", and this program reads version " +
                          std::to_string(DocumentVersion));
   }
+}
+
+// Objects are read as they come, unless they stand before what says whether they can be: as values
+// they would take many times the memory of the text and of the document.
+std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   auto document = std::make_unique<Document>();
+  bool begun = false;
+  const ElementTaker taker{
+      [&](const JsonValue& before) {
+        if (begun) before.Fail("has \"objects\" twice");
+        begun = before.Has("format") && before.Has("version");
+        if (begun) CheckFormat(before);
+        return begun;
+      },
+      [&](const JsonValue& object) { ReadObject(*document, object, host::DocumentRoot, 0); }};
+  const nlohmann::json values = ParseJson(text, "objects", taker);
+  const JsonValue json(values, "");
+  CheckFormat(json);
   ReadSettings(*document, json);
-  ReadObjects(*document, json["objects"], host::DocumentRoot, 0);
-  CheckContinuations(*document, json["objects"]);
+  if (!begun || json.Has("objects")) {
+    json["objects"].Each(
+        [&](const JsonValue& object) { ReadObject(*document, object, host::DocumentRoot, 0); });
+  }
+  CheckContinuations(*document);
   return document;
 }
 
@@ -253,13 +277,10 @@ std::unique_ptr<Document> DocumentFrom(const JsonValue& json) {
 
 ReadDocument ReadDocumentText(std::string_view text) {
   try {
-    const auto json = nlohmann::ordered_json::parse(text);
-    return DocumentFrom(JsonValue(json, ""));
+    return DocumentFrom(text);
   } catch (const JsonFault& fault) {
     const std::string where = fault.where.empty() ? "the file" : fault.where;
     return os::WideFromUtf8(where + ": " + fault.what);
-  } catch (const nlohmann::ordered_json::exception& fault) {
-    return os::WideFromUtf8(fault.what());
   }
 }
 

@@ -1,6 +1,7 @@
 #include "host/document/document_store.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/document/plate_item.h"
@@ -112,11 +113,14 @@ ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
                                            ObjectHandle first) {
   const Handles members = MembersOf(list);
   const Object* leader = m_Document.Find(first);
-  if (members.empty() || !leader) return 0;
+  // A group that could not be put into the document would lose it its members.
+  const bool tooDeep = std::ranges::any_of(
+      members, [&](ObjectHandle member) { return m_Document.GroupLevels(member) >= DeepestGroup; });
+  if (members.empty() || !leader || tooDeep) return 0;
   Attributes attributes = leader->attributes;
   attributes.matrix = TM();
-  attributes.traits &= ~DBTRAIT_SELECTED;
   const ObjectHandle group = m_Document.Create(GroupShape(), attributes);
+  if (group == 0) return 0;
   for (const ObjectHandle member : members) {
     m_Document.Remove(member);
     m_Document.Insert(member, group);
@@ -138,12 +142,7 @@ void DocumentStore::DBSetSelectedList(host::ListHandle list) {
 int DocumentStore::DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds) {
   const Handles members = MembersOf(list);
   if (members.empty()) return 0;
-  bounds = m_Document.Bounds(members.front());
-  for (const ObjectHandle member : members) {
-    const BOUNDS one = m_Document.Bounds(member);
-    bounds = {std::min(bounds.xmin, one.xmin), std::max(bounds.xmax, one.xmax),
-              std::min(bounds.ymin, one.ymin), std::max(bounds.ymax, one.ymax)};
-  }
+  bounds = m_Document.Bounds(members);
   return 1;
 }
 
@@ -194,7 +193,7 @@ VK_PAGE_RANGE DocumentStore::DBGetPageRange(ObjectHandle object) {
 }
 
 void DocumentStore::DBSetPageRange(ObjectHandle object, const VK_PAGE_RANGE& pages) {
-  if (pages.first >= 1 && pages.last >= pages.first) m_Document.SetPages(object, pages);
+  m_Document.SetPages(object, pages);
 }
 
 void DocumentStore::DBSetTrait(ObjectHandle object, int trait, int value) {
@@ -222,15 +221,20 @@ void DocumentStore::InvalidateObject(ObjectHandle /*object*/, int /*erase*/) {}
 
 void DocumentStore::DBApplyTM(ObjectHandle object, const TM& matrix) {
   for (const ObjectHandle member : Handles(m_Document.Members(object))) DBApplyTM(member, matrix);
-  Attributes* attributes = Edit(object);
-  if (!attributes) return;
-  const TM was = attributes->matrix;
-  attributes->matrix = {matrix.a * was.a + matrix.c * was.b,
-                        matrix.b * was.a + matrix.d * was.b,
-                        matrix.a * was.c + matrix.c * was.d,
-                        matrix.b * was.c + matrix.d * was.d,
-                        matrix.a * was.tx + matrix.c * was.ty + matrix.tx,
-                        matrix.b * was.tx + matrix.d * was.ty + matrix.ty};
+  const Object* found = m_Document.Find(object);
+  if (!found) return;
+  const TM& was = found->attributes.matrix;
+  const TM moved = {matrix.a * was.a + matrix.c * was.b,
+                    matrix.b * was.a + matrix.d * was.b,
+                    matrix.a * was.c + matrix.c * was.d,
+                    matrix.b * was.c + matrix.d * was.d,
+                    matrix.a * was.tx + matrix.c * was.ty + matrix.tx,
+                    matrix.b * was.tx + matrix.d * was.ty + matrix.ty};
+  // Beyond all numbers an object could be neither drawn nor saved: it stays where it is.
+  for (const double part : {moved.a, moved.b, moved.c, moved.d, moved.tx, moved.ty}) {
+    if (!std::isfinite(part)) return;
+  }
+  Edit(object)->matrix = moved;
 }
 
 }  // namespace rastrel::document

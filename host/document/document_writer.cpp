@@ -170,6 +170,9 @@ Json ObjectJson(const Document& document, ObjectHandle handle) {
   const Object& object = *document.Find(handle);
   Json json = {{"id", handle}};
   std::visit(ShapeWriter{json}, object.shape);
+  // A plate that was taken out is in no file that a plate could be continued by.
+  const auto* plate = std::get_if<PlateShape>(&object.shape);
+  if (plate && !document.Stands(plate->continuation)) json["continuation"] = 0;
   json.update(JsonOf(object.attributes));
   if (std::holds_alternative<GroupShape>(object.shape)) {
     json["members"] = MembersJson(document, handle);

@@ -24,6 +24,19 @@ void Document::Keep(Change change) {
   m_Done.back().changes.push_back(std::move(change));
 }
 
+void Document::KeepOrForget(Change change) {
+  if (Records()) {
+    Keep(std::move(change));
+  } else {
+    Forget();
+  }
+}
+
+void Document::Forget() {
+  m_Done.clear();
+  m_Undone.clear();
+}
+
 std::vector<std::wstring> Document::StepNames() const {
   std::vector<std::wstring> names;
   for (const Step& step : m_Done) names.push_back(step.name);

@@ -9,7 +9,7 @@
 
 namespace rastrel::document {
 
-JsonValue::JsonValue(const nlohmann::ordered_json& value, std::string where)
+JsonValue::JsonValue(const nlohmann::json& value, std::string where)
     : m_Value(&value), m_Where(std::move(where)) {}
 
 void JsonValue::Fail(const std::string& what) const { throw JsonFault{m_Where, what}; }

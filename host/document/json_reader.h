@@ -19,7 +19,7 @@ struct JsonFault {
 /// asked. The JSON must outlive it.
 class JsonValue {
  public:
-  JsonValue(const nlohmann::ordered_json& value, std::string where);
+  JsonValue(const nlohmann::json& value, std::string where);
 
   [[noreturn]] void Fail(const std::string& what) const;
 
@@ -58,7 +58,7 @@ class JsonValue {
   }
 
  private:
-  const nlohmann::ordered_json* m_Value;
+  const nlohmann::json* m_Value;
   std::string m_Where;
 };
 

@@ -43,7 +43,10 @@ int PlateItem::Add(int visible, int selectable, int /*reserved*/, ObjectHandle& 
   Attributes attributes;
   attributes.traits =
       (visible != 0 ? DBTRAIT_VISIBLE : 0) | (selectable != 0 ? DBTRAIT_SELECTABLE : 0);
-  m_Object = m_Store.GetDocument().Create(std::exchange(m_Shape, {}), attributes);
+  const ObjectHandle created = m_Store.GetDocument().Create(m_Shape, attributes);
+  if (created == 0) return 0;
+  m_Object = created;
+  m_Shape = {};
   m_Store.Adopt(m_Object, std::unique_ptr<CGenericItem>(this));
   object = m_Object;
   return 1;
@@ -101,9 +104,9 @@ CPane* PlateItem::GetFirstPane() {
   const PlateShape* shape = &Shape();
   while (shape) {
     for (const CWorldRect& edges : shape->panes) m_Panes.push_back(std::make_unique<Pane>(edges));
-    const Object* next =
-        shape->continuation != 0 ? m_Store.GetDocument().Find(shape->continuation) : nullptr;
-    shape = next ? &std::get<PlateShape>(next->shape) : nullptr;
+    const Document& document = m_Store.GetDocument();
+    const ObjectHandle next = shape->continuation;
+    shape = document.Stands(next) ? &std::get<PlateShape>(document.Find(next)->shape) : nullptr;
   }
   return GetNextPane();
 }

@@ -111,12 +111,13 @@ ObjectHandle Continue(Document& document, ObjectHandle handle, std::size_t count
   plate.wanted = static_cast<int>(LayPanes(plate, document.Blank(), count));
   if (plate.wanted == 0) return 0;
   const int page = document.HighestPage() + 1;
+  if (page > Document::LastPage) return 0;
   attributes.pages = {page, page};
   attributes.sheetLayer = document.NextEmptyLayer();
   document.AddSheetLayer(
       {attributes.sheetLayer, L"Layer " + std::to_wstring(attributes.sheetLayer)});
   const ObjectHandle next = document.Create(std::move(plate), attributes);
-  document.Insert(next, host::DocumentRoot);
+  if (!document.Insert(next, host::DocumentRoot)) return 0;
   PlateToChange(document, handle).continuation = next;
   return next;
 }
@@ -203,7 +204,7 @@ void GrowPlate(Document& document, ObjectHandle handle, std::size_t count) {
     count -= std::min(count, plate.panes.size());
     if (count == 0) return;
     const ObjectHandle next = plate.continuation;
-    handle = next != 0 ? next : Continue(document, handle, count);
+    handle = document.Stands(next) ? next : Continue(document, handle, count);
   }
 }
 

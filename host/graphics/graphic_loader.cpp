@@ -45,7 +45,10 @@ int LoadGraphic(document::Document& document, document::Notices& notices,
   const int page = std::max(document.DisplayPage(), 1);
   attributes.pages = {page, page};
   const document::ObjectHandle object = document.Create(std::move(*shape), attributes);
-  document.Insert(object, host::DocumentRoot);
+  if (!document.Insert(object, host::DocumentRoot)) {
+    notices.AddLoss(path + L" can't be placed: the document is full");
+    return 0;
+  }
   document.DeselectAll();
   document.Select(object);
   return 1;

@@ -23,7 +23,7 @@ class Copier {
   std::vector<ObjectHandle> Copy(ObjectHandle sourceParent, ObjectHandle targetParent) {
     std::vector<ObjectHandle> copies;
     for (const ObjectHandle member : m_Source.Members(sourceParent)) {
-      copies.push_back(CopyOne(member, targetParent));
+      if (const ObjectHandle copy = CopyOne(member, targetParent)) copies.push_back(copy);
     }
     return copies;
   }
@@ -33,8 +33,9 @@ class Copier {
     for (const auto& [own, copy] : m_Copies) {
       const auto* plate = std::get_if<PlateShape>(&m_Source.Find(own)->shape);
       if (!plate || plate->continuation == 0) continue;
+      const auto next = m_Copies.find(plate->continuation);
       std::get<PlateShape>(m_Target.Edit(copy)->shape).continuation =
-          m_Copies.at(plate->continuation);
+          next == m_Copies.end() ? 0 : next->second;
     }
   }
 
@@ -46,7 +47,7 @@ class Copier {
     attributes.traits &= ~DBTRAIT_SELECTED;
     const ObjectHandle copy =
         m_Target.Create(group ? Shape(GroupShape()) : object.shape, attributes);
-    m_Target.Insert(copy, parent);
+    if (!m_Target.Insert(copy, parent)) return 0;
     m_Copies.emplace(handle, copy);
     if (group) Copy(handle, copy);
     return copy;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/document/base64.h"
+#include "host/document/json_stream.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::document {
@@ -160,21 +161,162 @@ TEST(DocumentFile, what_it_does_not_know_is_passed_over) {
   EXPECT_TRUE(ReadDocumentText(With(text, "\"unit\": \"cm\"", "\"unit\": \"cm\", \"new\": [1]")));
 }
 
+// An object as it stands in a file, of a kind that needs nothing else.
+std::string ObjectText(int id, const std::string& rest) {
+  return R"({"id": )" + std::to_string(id) + R"(, "layer": "invisible", "lineColor": "invisible",
+    "lineWidth": 0, "lineStyle": 0, "sheetLayer": 0, "pages": [1, 1], "traits": [], )" +
+         rest + "}";
+}
+
+std::string PlateText(int id, int continuation) {
+  const std::string zero = R"({"left": 0, "top": 0, "right": 0, "bottom": 0})";
+  return ObjectText(id, R"("kind": "plate", "wanted": 0, "width": 1, "height": 1, "margins": )" +
+                            zero + R"(, "horizontalGap": 0, "verticalGap": 0, "fromBottom": false,
+    "start": [0, 0], "placed": true, "panes": [], "continuation": )" +
+                            std::to_string(continuation));
+}
+
+// The text of a document without objects, with these members in place of its objects.
+std::string FileWith(const std::string& members) {
+  return With(DocumentText(Document()), "\"objects\": []", members);
+}
+
+std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
+
 TEST(DocumentFile, groups_deeper_than_the_limit_are_refused) {
-  for (const int depth : {DeepestGroup, DeepestGroup + 1}) {
-    Document document;
-    ObjectHandle parent = host::DocumentRoot;
-    for (int i = 0; i < depth; ++i) {
-      const ObjectHandle group = document.Create(GroupShape());
-      document.Insert(group, parent);
-      parent = group;
+  for (const int depth : {DeepestGroup - 1, DeepestGroup, DeepestGroup + 1}) {
+    // The innermost one may tell of its members or not.
+    for (const char* members : {R"("kind": "group", "members": [])", R"("kind": "group")"}) {
+      std::string objects = ObjectText(2, members);
+      for (int i = 1; i < depth; ++i) {
+        objects = ObjectText(2 + i, R"("kind": "group", "members": [)" + objects + "]");
+      }
+      const auto read = ReadDocumentText(FileWith("\"objects\": [" + objects + "]"));
+      ASSERT_EQ(static_cast<bool>(read), depth <= DeepestGroup) << depth;
+      if (read) {
+        EXPECT_TRUE(ReadDocumentText(DocumentText(**read))) << depth;
+      } else {
+        EXPECT_NE(read.Error().find(L"/members/0: groups stand more than 64 deep in groups"),
+                  std::wstring::npos);
+      }
     }
-    EXPECT_EQ(static_cast<bool>(ReadDocumentText(DocumentText(document))), depth <= DeepestGroup);
   }
+}
+
+TEST(DocumentFile, the_deepest_groups_of_a_document_come_back) {
+  Document document;
+  ObjectHandle parent = host::DocumentRoot;
+  for (ObjectHandle group = document.Create(GroupShape()); document.Insert(group, parent);
+       group = document.Create(GroupShape())) {
+    parent = group;
+  }
+  EXPECT_EQ(document.ObjectCount(), static_cast<std::size_t>(DeepestGroup));
+  const auto read = ReadDocumentText(DocumentText(document));
+  ASSERT_TRUE(read) << Narrow(read.Error());
+  EXPECT_EQ((*read)->ObjectCount(), document.ObjectCount());
 }
 
 TEST(DocumentFile, nesting_without_end_is_refused_without_a_crash) {
   EXPECT_FALSE(ReadDocumentText(std::string(1'000'000, '[')));
+}
+
+TEST(DocumentFile, what_it_does_not_know_may_be_as_deep_as_any_text) {
+  for (const std::size_t depth : {DeepestJson - 2, DeepestJson - 1, DeepestJson}) {
+    const std::string deep = std::string(depth, '[') + std::string(depth, ']');
+    // It stands in the document, which is the first level.
+    const auto read = ReadDocumentText(FileWith("\"new\": " + deep + ", \"objects\": []"));
+    ASSERT_EQ(static_cast<bool>(read), depth < DeepestJson) << depth;
+    if (!read) {
+      EXPECT_EQ(read.Error(), L"the file: values stand more than 1000 deep in values");
+    }
+  }
+}
+
+TEST(DocumentFile, objects_may_stand_before_what_says_how_to_read_them) {
+  const std::string objects = "\"objects\": [" + PlateText(2, 0) + "]";
+  const std::string file = With(FileWith("\"end\": 0"), "{", "{" + objects + ",");
+  const auto read = ReadDocumentText(file);
+  ASSERT_TRUE(read) << Narrow(read.Error());
+  EXPECT_EQ((*read)->ObjectCount(), 1U);
+  const auto later = ReadDocumentText(With(file, "\"version\": 1", "\"version\": 2"));
+  ASSERT_FALSE(later);
+  EXPECT_EQ(later.Error(), L"/version: is 2, and this program reads version 1");
+}
+
+TEST(DocumentFile, of_a_later_version_no_object_is_looked_at) {
+  const auto read = ReadDocumentText(
+      With(FileWith("\"objects\": [{\"id\": \"new\"}]"), "\"version\": 1", "\"version\": 2"));
+  ASSERT_FALSE(read);
+  EXPECT_EQ(read.Error(), L"/version: is 2, and this program reads version 1");
+}
+
+TEST(DocumentFile, objects_that_are_missing_told_twice_or_no_array_are_refused) {
+  const struct {
+    const char* members;
+    const wchar_t* told;
+  } faults[] = {
+      {"\"end\": 0", L"the file: lacks \"objects\""},
+      {"\"objects\": {}", L"/objects: is no array"},
+      {"\"objects\": [], \"objects\": []", L"the file: has \"objects\" twice"},
+      {"\"objects\": [], \"objects\": 1", L"/objects: is no array"},
+      {"\"objects\": [], \"version\": 2", L"/version: is 2, and this program reads version 1"},
+      {"\"objects\": [], \"blank\": 0", L"/blank: is no object"},
+      {"\"objects\": [1]", L"/objects/0: is no object"},
+  };
+  for (const auto& fault : faults) {
+    const auto read = ReadDocumentText(FileWith(fault.members));
+    ASSERT_FALSE(read) << fault.members;
+    EXPECT_EQ(read.Error(), fault.told) << Narrow(read.Error());
+  }
+}
+
+TEST(DocumentFile, a_syntax_fault_is_told_with_its_line) {
+  const auto read = ReadDocumentText("{\n\"format\": tru}");
+  ASSERT_FALSE(read);
+  EXPECT_EQ(read.Error().find(L"the file: parse error at line 2, column 14: "), 0U)
+      << Narrow(read.Error());
+}
+
+TEST(DocumentFile, an_object_of_many_members_is_read_as_fast_as_they_are_written) {
+  std::string members;
+  for (int i = 0; i < 300'000; ++i) members += "\"m" + std::to_string(i) + "\": 0, ";
+  EXPECT_TRUE(ReadDocumentText(FileWith(members + "\"objects\": []")));
+}
+
+TEST(DocumentFile, a_plate_in_a_group_is_continued_by_a_plate_or_refused) {
+  const auto file = [](int continuation) {
+    return FileWith(
+        "\"objects\": [" +
+        ObjectText(2, R"("kind": "group", "members": [)" + PlateText(3, continuation) + "]") +
+        ", " + PlateText(4, 0) + ", " + ObjectText(5, "\"kind\": \"group\"") + "]");
+  };
+  EXPECT_TRUE(ReadDocumentText(file(0)));
+  EXPECT_TRUE(ReadDocumentText(file(4)));
+  for (const int continuation : {5, 6}) {
+    const auto read = ReadDocumentText(file(continuation));
+    ASSERT_FALSE(read) << continuation;
+    EXPECT_EQ(read.Error(), L"/objects: plate 3 is continued by no plate");
+  }
+}
+
+TEST(DocumentFile, a_plate_whose_continuation_is_gone_is_saved_without_it) {
+  for (const bool forGood : {true, false}) {
+    Document document;
+    PlateShape plate;
+    plate.width = plate.height = 1;
+    const ObjectHandle first = document.Create(plate);
+    const ObjectHandle next = document.Create(plate);
+    document.Insert(first, host::DocumentRoot);
+    document.Insert(next, host::DocumentRoot);
+    std::get<PlateShape>(document.Edit(first)->shape).continuation = next;
+    const auto whole = ReadDocumentText(DocumentText(document));
+    ASSERT_TRUE(whole) << Narrow(whole.Error());
+    EXPECT_EQ(std::get<PlateShape>((*whole)->Find(first)->shape).continuation, next);
+    forGood ? document.Destroy(next) : static_cast<void>(document.Remove(next));
+    const auto read = ReadDocumentText(DocumentText(document));
+    ASSERT_TRUE(read) << Narrow(read.Error());
+    EXPECT_EQ(std::get<PlateShape>((*read)->Find(first)->shape).continuation, 0U);
+  }
 }
 
 // The test vectors of RFC 4648, chapter 10.

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits>
+#include <vector>
+
 #include "host/document/document_store.h"
 
 namespace rastrel::document {
@@ -56,6 +60,127 @@ TEST(Document, a_destroyed_group_takes_its_members_with_it) {
   EXPECT_EQ(document.Find(drill), nullptr);
   EXPECT_TRUE(document.Members(host::DocumentRoot).empty());
   EXPECT_EQ(document.ObjectCount(), 0U);
+}
+
+// Groups in one another, the outermost first. They stand in the parent as far as they are taken.
+std::vector<ObjectHandle> NestGroups(Document& document, ObjectHandle parent, int levels) {
+  std::vector<ObjectHandle> groups;
+  for (int i = 0; i < levels; ++i) {
+    groups.push_back(document.Create(GroupShape()));
+    document.Insert(groups.back(), parent);
+    parent = groups.back();
+  }
+  return groups;
+}
+
+TEST(Document, groups_stand_in_groups_down_to_the_limit) {
+  for (const int levels : {DeepestGroup - 1, DeepestGroup, DeepestGroup + 1}) {
+    Document document;
+    const auto groups = NestGroups(document, host::DocumentRoot, levels);
+    EXPECT_EQ(document.Stands(groups.back()), levels <= DeepestGroup) << levels;
+    EXPECT_EQ(document.GroupLevels(groups.front()), std::min(levels, DeepestGroup));
+    const ObjectHandle drill = document.Create(DrillShape{{1, 1}, 0.4});
+    EXPECT_TRUE(document.Insert(drill, groups.back())) << "a drill point is no further level";
+  }
+}
+
+TEST(Document, a_group_is_put_into_another_with_all_its_levels) {
+  for (const int inner : {DeepestGroup - 11, DeepestGroup - 10, DeepestGroup - 9}) {
+    Document document;
+    const auto outside = NestGroups(document, host::DocumentRoot, 10);
+    // The levels stand on the member that comes last, beside members without any.
+    const ObjectHandle top = document.Create(GroupShape());
+    document.Insert(document.Create(DrillShape()), top);
+    document.Insert(document.Create(GroupShape()), top);
+    NestGroups(document, top, inner - 1);
+    EXPECT_EQ(document.GroupLevels(top), inner);
+    EXPECT_EQ(document.Insert(top, outside.back()), inner <= DeepestGroup - 10) << inner;
+  }
+}
+
+TEST(Document, the_deepest_groups_are_measured_moved_and_destroyed) {
+  Document document;
+  DocumentStore store(document);
+  const auto groups = NestGroups(document, host::DocumentRoot, DeepestGroup);
+  const ObjectHandle drill = document.Create(DrillShape{{2, 1}, 1});
+  document.Insert(drill, groups.back());
+  EXPECT_EQ(document.Bounds(groups.front()), (BOUNDS{1.5, 2.5, 0.5, 1.5}));
+  store.DBApplyTM(groups.front(), TM{1, 0, 0, 1, 10, 0});
+  EXPECT_EQ(document.Bounds(groups.front()), (BOUNDS{11.5, 12.5, 0.5, 1.5}));
+  document.Select(drill);
+  document.Destroy(groups.front());
+  EXPECT_EQ(document.Find(drill), nullptr);
+  EXPECT_TRUE(document.Selection().empty());
+  EXPECT_EQ(document.ObjectCount(), 0U);
+  EXPECT_EQ(document.HighestPage(), 0);
+}
+
+TEST(Document, a_group_of_many_members_ends_as_fast_as_they_do) {
+  constexpr std::size_t Many = 300'000;
+  Document document;
+  const ObjectHandle group = document.Create(GroupShape());
+  for (std::size_t i = 0; i < Many; ++i) document.Insert(document.Create(DrillShape()), group);
+  document.Insert(group, host::DocumentRoot);
+  EXPECT_EQ(document.ObjectCount(), Many + 1);
+  document.Destroy(group);
+  EXPECT_EQ(document.ObjectCount(), 0U);
+}
+
+TEST(Document, a_place_that_changes_without_being_kept_ends_the_history) {
+  Document document;
+  const ObjectHandle first = AddDrill(document, 1);
+  const ObjectHandle second = AddDrill(document, 2);
+  document.OpenStep(L"taken out");
+  document.Remove(second);
+  document.CloseStep();
+  // Taking the step back would put the second behind a first that is there no more.
+  document.Remove(first);
+  EXPECT_FALSE(document.Undo());
+  EXPECT_TRUE(document.Members(host::DocumentRoot).empty());
+}
+
+TEST(Document, a_change_that_moves_nothing_leaves_the_history) {
+  Document document;
+  const ObjectHandle first = AddDrill(document, 1);
+  document.OpenStep(L"taken out");
+  document.Remove(first);
+  document.CloseStep();
+  document.Edit(first)->attributes.sheetLayer = 3;
+  EXPECT_TRUE(document.Undo());
+  EXPECT_TRUE(document.Stands(first));
+}
+
+TEST(Document, pages_and_sheet_layers_that_no_file_can_hold_are_refused) {
+  Document document;
+  const ObjectHandle drill = AddDrill(document, 1);
+  EXPECT_TRUE(document.SetPages(drill, {1, Document::LastPage - 1}));
+  EXPECT_TRUE(document.SetPages(drill, {1, Document::LastPage}));
+  for (const VK_PAGE_RANGE& pages :
+       {VK_PAGE_RANGE{1, Document::LastPage + 1}, VK_PAGE_RANGE{0, 1}, VK_PAGE_RANGE{3, 2}}) {
+    EXPECT_FALSE(document.SetPages(drill, pages)) << pages.first << " to " << pages.last;
+  }
+  EXPECT_EQ(document.HighestPage(), Document::LastPage);
+  EXPECT_FALSE(document.SetSheetLayer(drill, -1));
+  EXPECT_TRUE(document.SetSheetLayer(drill, 0));
+}
+
+TEST(Document, the_highest_sheet_layer_has_none_above_it) {
+  Document document;
+  const int highest = std::numeric_limits<int>::max();
+  document.SetSheetLayer(AddDrill(document, 1), highest - 1);
+  EXPECT_EQ(document.NextEmptyLayer(), highest);
+  EXPECT_TRUE(document.AddSheetLayer({highest, L"last"}));
+  EXPECT_EQ(document.NextEmptyLayer(), highest);
+  EXPECT_FALSE(document.AddSheetLayer({document.NextEmptyLayer(), L"none left"}));
+}
+
+TEST(Document, no_object_is_made_when_all_handles_were_given) {
+  Document document;
+  EXPECT_FALSE(document.CreateAs(Document::MaximumHandles + 1, {DrillShape(), {}, 0}));
+  EXPECT_TRUE(document.CreateAs(Document::MaximumHandles - 1, {DrillShape(), {}, 0}));
+  EXPECT_EQ(document.Create(DrillShape()), Document::MaximumHandles);
+  EXPECT_EQ(document.Create(DrillShape()), 0U);
+  EXPECT_FALSE(document.Insert(0, host::DocumentRoot));
 }
 
 TEST(Document, a_step_is_undone_and_done_again_as_a_whole) {
@@ -184,6 +309,32 @@ TEST(DocumentStore, a_matrix_maps_a_group_and_what_stands_in_it) {
   EXPECT_DOUBLE_EQ(bounds.xmin, 11.6);
   EXPECT_DOUBLE_EQ(bounds.xmax, 16.4);
   EXPECT_DOUBLE_EQ(bounds.ymax, 2.4);
+}
+
+TEST(DocumentStore, objects_that_would_stand_too_deep_are_not_grouped) {
+  for (const int levels : {DeepestGroup - 1, DeepestGroup}) {
+    Document document;
+    DocumentStore store(document);
+    const auto groups = NestGroups(document, host::DocumentRoot, levels);
+    const ObjectHandle drill = AddDrill(document, 1);
+    const auto list = store.DBCreateList(host::DocumentRoot, 9, ObjFilter_IsCurrent);
+    const ObjectHandle group = store.DSGroupObjects(list, 2, drill);
+    const bool deeper = levels < DeepestGroup;
+    EXPECT_EQ(group != 0, deeper) << levels;
+    const std::vector<ObjectHandle> both{groups.front(), drill};
+    EXPECT_EQ(document.Members(host::DocumentRoot), deeper ? std::vector{group} : both);
+    EXPECT_EQ(document.Members(group), deeper ? both : std::vector<ObjectHandle>());
+  }
+}
+
+TEST(DocumentStore, a_matrix_that_leads_beyond_all_numbers_moves_nothing) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  const TM large{1e200, 0, 0, 1e200, 0, 0};
+  store.DBApplyTM(drill, large);
+  store.DBApplyTM(drill, large);
+  EXPECT_EQ(document.Find(drill)->attributes.matrix, large);
 }
 
 TEST(DocumentStore, operations_on_no_object_do_nothing_and_give_0) {

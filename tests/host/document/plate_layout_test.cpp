@@ -155,6 +155,25 @@ TEST_F(PlateLayout, a_walk_over_panes_goes_on_on_further_pages) {
   EXPECT_EQ(document.HighestPage(), 3);
 }
 
+TEST_F(PlateLayout, a_plate_whose_continuation_is_gone_is_continued_anew) {
+  for (const bool forGood : {true, false}) {
+    const ObjectHandle plate = Add(12, 20, 10);
+    Grow(plate, 13);
+    const ObjectHandle gone = Shape(plate).continuation;
+    forGood ? document.Destroy(gone) : static_cast<void>(document.Remove(gone));
+    int panes = 0;
+    for (CPane* pane = Item(plate).GetFirstPane(); pane; pane = Item(plate).GetNextPane()) ++panes;
+    EXPECT_EQ(panes, 12);
+    Grow(plate, 14);
+    const ObjectHandle next = Shape(plate).continuation;
+    EXPECT_NE(next, gone);
+    EXPECT_TRUE(document.Stands(next));
+    EXPECT_EQ(Shape(next).panes.size(), 2U);
+    document.Destroy(next);
+    document.Destroy(plate);
+  }
+}
+
 TEST_F(PlateLayout, a_plate_does_not_grow_over_the_one_below_it) {
   const ObjectHandle first = Add(1, 20, 10);
   const ObjectHandle second = Add(1, 30, 5);
