@@ -57,7 +57,7 @@ TEST_F(XmlStreaming, a_row_of_any_length_comes_the_same_whole_and_in_parts) {
     std::string row = "<row>";
     while (row.size() + 6 < size) row += "<c>1</c>";
     row += "</row>";
-    for (std::size_t blanks = 0; blanks < 12; ++blanks) {
+    for (const std::size_t blanks : {0, 1, 5, 11}) {
       const std::string document =
           "<t><data>" + std::string(blanks, ' ') + row + "<row/>" + row + "</data></t>";
       ASSERT_EQ("", DifferencesInStreaming(document, 0, 0)) << size << " " << blanks;
