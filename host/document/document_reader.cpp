@@ -183,22 +183,45 @@ Attributes AttributesFrom(const JsonValue& json) {
   return attributes;
 }
 
-// An object and its members; `groups` are those that it stands in.
-void ReadObject(Document& document, const JsonValue& json, ObjectHandle parent, int groups) {
-  const auto handle = static_cast<ObjectHandle>(
-      json["id"].Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
-  Shape shape = ShapeFrom(json, handle);
-  if (std::holds_alternative<GroupShape>(shape) && groups == DeepestGroup) {
-    json.Fail("groups stand more than " + std::to_string(DeepestGroup) + " deep in groups");
+// Makes objects of their values, members before the group that they stand in.
+class ObjectReader {
+ public:
+  explicit ObjectReader(Document& document) : m_Document(document) {}
+
+  // An object that stands in so many groups. Its members were read before it, or stand in it.
+  void Read(const JsonValue& json, std::size_t groups) {
+    if (json.Has("members")) {
+      json["members"].Each([&](const JsonValue& member) { Read(member, groups + 1); });
+    }
+    const ObjectHandle handle = Make(json, groups);
+    if (m_Waiting.size() < groups + 2) m_Waiting.resize(groups + 2);
+    for (const ObjectHandle member : std::exchange(m_Waiting[groups + 1], {})) {
+      if (!m_Document.Insert(member, handle)) json.Fail("has members and is no group");
+    }
+    if (groups > 0) {
+      m_Waiting[groups].push_back(handle);
+    } else if (!m_Document.Insert(handle, host::DocumentRoot)) {
+      json.Fail("can't be put into the document");
+    }
   }
-  if (!document.CreateAs(handle, {std::move(shape), AttributesFrom(json), 0})) {
-    json["id"].Fail("is taken, or no number for an object");
+
+ private:
+  ObjectHandle Make(const JsonValue& json, std::size_t groups) {
+    const auto handle = static_cast<ObjectHandle>(
+        json["id"].Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
+    Shape shape = ShapeFrom(json, handle);
+    if (std::holds_alternative<GroupShape>(shape) && groups >= DeepestGroup) {
+      json.Fail("groups stand more than " + std::to_string(DeepestGroup) + " deep in groups");
+    }
+    if (!m_Document.CreateAs(handle, {std::move(shape), AttributesFrom(json), 0})) {
+      json["id"].Fail("is taken, or no number for an object");
+    }
+    return handle;
   }
-  if (!document.Insert(handle, parent)) json.Fail("stands in no group");
-  if (!json.Has("members")) return;
-  json["members"].Each(
-      [&](const JsonValue& member) { ReadObject(document, member, handle, groups + 1); });
-}
+
+  Document& m_Document;
+  std::vector<std::vector<ObjectHandle>> m_Waiting;  // members whose group comes, by its depth + 1
+};
 
 void ReadSettings(Document& document, const JsonValue& json) {
   const JsonValue blank = json["blank"];
@@ -252,23 +275,20 @@ void CheckFormat(const JsonValue& json) {
 // they would take many times the memory of the text and of the document.
 std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   auto document = std::make_unique<Document>();
-  bool begun = false;
+  ObjectReader objects(*document);
   const ElementTaker taker{
-      [&](const JsonValue& before) {
-        if (begun) before.Fail("has \"objects\" twice");
-        begun = before.Has("format") && before.Has("version");
-        if (begun) CheckFormat(before);
-        return begun;
+      "objects", "members",
+      [](const JsonValue& before) {
+        if (!before.Has("format") || !before.Has("version")) return false;
+        CheckFormat(before);
+        return true;
       },
-      [&](const JsonValue& object) { ReadObject(*document, object, host::DocumentRoot, 0); }};
-  const nlohmann::json values = ParseJson(text, "objects", taker);
+      [&](const JsonValue& object, std::size_t groups) { objects.Read(object, groups); }};
+  const nlohmann::json values = ParseJson(text, taker);
   const JsonValue json(values, "");
   CheckFormat(json);
   ReadSettings(*document, json);
-  if (!begun || json.Has("objects")) {
-    json["objects"].Each(
-        [&](const JsonValue& object) { ReadObject(*document, object, host::DocumentRoot, 0); });
-  }
+  json["objects"].Each([&](const JsonValue& object) { objects.Read(object, 0); });
   CheckContinuations(*document);
   return document;
 }

@@ -21,8 +21,7 @@ std::string ReasonOf(const Json::exception& fault) {
 // Makes values of the parser's events; the names of its members are the parser's.
 class Builder {
  public:
-  Builder(std::string_view streamed, const ElementTaker& taker)
-      : m_Streamed(streamed), m_Taker(taker) {}
+  explicit Builder(const ElementTaker& taker) : m_Taker(taker) {}
 
   [[nodiscard]] Json& Result() { return m_Result; }
 
@@ -36,12 +35,10 @@ class Builder {
   bool start_object(std::size_t /*count*/) { return Open(Json::object()); }
   bool end_object() { return Close(); }
   bool start_array(std::size_t /*count*/) {
-    const bool streams = m_Open.size() == 1 && m_Open.back().value.is_object() &&
-                         m_Open.back().key == m_Streamed &&
-                         m_Taker.begins(JsonValue(m_Open.back().value, ""));
-    if (streams) m_Count = 0;
-    m_Streams = m_Streams || streams;
-    return Open(Json::array());
+    const bool taken = BeginsTaken();
+    Open(Json::array());
+    m_Open.back().taken = taken;
+    return true;
   }
   bool end_array() { return Close(); }
   bool key(std::string& name) {
@@ -57,8 +54,34 @@ class Builder {
   // A value that has begun.
   struct Level {
     Json value;
-    std::string key;  // of an object: the member that comes next
+    std::string key;        // of an object: the member that comes next
+    bool taken = false;     // an array whose elements are taken
+    std::size_t count = 0;  // of those that were taken
   };
+
+  // Whether the array that begins is one whose elements are taken.
+  [[nodiscard]] bool BeginsTaken() const {
+    if (m_Open.empty() || !m_Open.back().value.is_object()) return false;
+    const Level& object = m_Open.back();
+    const bool outermost = m_Open.size() == 1;
+    const bool element = !outermost && m_Open[m_Open.size() - 2].taken;
+    if (!(outermost && object.key == m_Taker.outer) && !(element && object.key == m_Taker.nested)) {
+      return false;
+    }
+    const JsonValue before(object.value, Where());
+    if (outermost && !m_Taker.begins(before)) return false;
+    if (before.Has(object.key.c_str())) before.Fail("has \"" + object.key + "\" twice");
+    return true;
+  }
+
+  // The place of what stands within the innermost level, without its own name.
+  [[nodiscard]] std::string Where() const {
+    std::string where;
+    for (std::size_t i = 0; i + 1 < m_Open.size(); ++i) {
+      where += '/' + (m_Open[i].taken ? std::to_string(m_Open[i].count) : m_Open[i].key);
+    }
+    return where;
+  }
 
   bool Open(Json value) {
     if (m_Open.size() == DeepestJson) {
@@ -72,40 +95,36 @@ class Builder {
   bool Close() {
     Json value = std::move(m_Open.back().value);
     m_Open.pop_back();
-    if (m_Streams && m_Open.size() == 1) {
-      m_Streams = false;
-      return true;
-    }
     return Put(std::move(value));
   }
 
   bool Put(Json value) {
     if (m_Open.empty()) {
       m_Result = std::move(value);
-    } else if (m_Streams && m_Open.size() == 2) {
-      const std::string where = "/" + m_Open.front().key + "/" + std::to_string(m_Count++);
-      m_Taker.take(JsonValue(value, where));
-    } else if (m_Open.back().value.is_array()) {
-      m_Open.back().value.push_back(std::move(value));
+      return true;
+    }
+    Level& level = m_Open.back();
+    if (level.taken) {
+      const std::string where = Where() + "/" + std::to_string(level.count);
+      m_Taker.take(JsonValue(value, where), m_Open.size() / 2 - 1);
+      ++level.count;
+    } else if (level.value.is_array()) {
+      level.value.push_back(std::move(value));
     } else {
-      m_Open.back().value[m_Open.back().key] = std::move(value);
+      level.value[level.key] = std::move(value);
     }
     return true;
   }
 
-  std::string_view m_Streamed;
   const ElementTaker& m_Taker;
   std::vector<Level> m_Open;
-  bool m_Streams = false;   // the second level is the array whose elements are taken
-  std::size_t m_Count = 0;  // of its elements that were taken
   Json m_Result;
 };
 
 }  // namespace
 
-nlohmann::json ParseJson(std::string_view text, std::string_view streamed,
-                         const ElementTaker& taker) {
-  Builder builder(streamed, taker);
+nlohmann::json ParseJson(std::string_view text, const ElementTaker& taker) {
+  Builder builder(taker);
   Json::sax_parse(text, &builder);
   return std::move(builder.Result());
 }

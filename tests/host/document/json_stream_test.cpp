@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rastrel::document {
@@ -13,38 +13,59 @@ namespace {
 struct Read {
   nlohmann::json rest;
   std::string before;
-  std::vector<std::int64_t> taken;
+  std::vector<std::string> taken;  // the name of each element and its depth
 };
 
 Read Parse(const std::string& text, bool takes = true) {
   Read read;
-  const ElementTaker taker{
-      [&](const JsonValue& before) {
-        read.before = before.Has("a") ? "a" : "nothing";
-        return takes;
-      },
-      [&](const JsonValue& element) { read.taken.push_back(element.At(0).Int()); }};
-  read.rest = ParseJson(text, "list", taker);
+  const ElementTaker taker{"list", "more",
+                           [&](const JsonValue& before) {
+                             read.before += before.Has("a") ? "a" : "nothing";
+                             return takes;
+                           },
+                           [&](const JsonValue& element, std::size_t depth) {
+                             EXPECT_TRUE(!element.Has("more") || element["more"].Count() == 0);
+                             read.taken.push_back(element["n"].Utf8() + std::to_string(depth));
+                           }};
+  read.rest = ParseJson(text, taker);
   return read;
 }
 
 TEST(JsonStream, elements_of_the_one_array_are_taken_and_not_kept) {
-  const Read read = Parse(R"({"a": [[1], {"list": [2]}], "list": [[3, [4]], [5]], "b": [6]})");
+  const Read read = Parse(
+      R"({"a": [[1], {"list": [2]}], "list": [{"n": "x"}, {"n": "y", "list": [1]}], "b": [6]})");
   EXPECT_EQ(read.before, "a");
-  EXPECT_EQ(read.taken, (std::vector<std::int64_t>{3, 5}));
-  EXPECT_EQ(read.rest, nlohmann::json::parse(R"({"a": [[1], {"list": [2]}], "b": [6]})"));
+  EXPECT_EQ(read.taken, (std::vector<std::string>{"x0", "y0"}));
+  EXPECT_EQ(read.rest,
+            nlohmann::json::parse(R"({"a": [[1], {"list": [2]}], "list": [], "b": [6]})"));
 }
 
-TEST(JsonStream, an_array_that_is_not_wanted_is_kept) {
-  const Read read = Parse(R"({"list": [[3]], "a": 1})", false);
+TEST(JsonStream, elements_of_elements_are_taken_before_them) {
+  const Read read = Parse(R"({"list": [{"more": [{"n": "x", "more": [{"n": "y"}]}, {"n": "z"}],
+    "n": "w"}, {"n": "v", "other": {"more": [1]}, "more": []}], "more": [2]})");
+  EXPECT_EQ(read.taken, (std::vector<std::string>{"y2", "x1", "z1", "w0", "v0"}));
+  EXPECT_EQ(read.rest, nlohmann::json::parse(R"({"list": [], "more": [2]})"));
+}
+
+TEST(JsonStream, an_array_that_is_not_wanted_is_kept_with_all_that_is_in_it) {
+  const std::string text = R"({"list": [{"n": "x", "more": [{"n": "y"}]}], "a": 1})";
+  const Read read = Parse(text, false);
   EXPECT_EQ(read.before, "nothing");
   EXPECT_TRUE(read.taken.empty());
-  EXPECT_EQ(read.rest, nlohmann::json::parse(R"({"list": [[3]], "a": 1})"));
+  EXPECT_EQ(read.rest, nlohmann::json::parse(text));
+}
+
+TEST(JsonStream, an_array_that_is_taken_stands_once) {
+  for (const char* text : {R"({"list": [], "list": []})", R"({"list": 1, "list": []})",
+                           R"({"list": [{"more": [], "more": []}]})"}) {
+    EXPECT_THROW(Parse(text), JsonFault) << text;
+  }
 }
 
 TEST(JsonStream, only_an_array_of_the_outermost_object_is_taken) {
-  for (const char* text : {R"([{"list": [[1]]}])", R"({"list": 1})", R"({"list": {"list": [[1]]}})",
-                           R"([["list"]])", R"("list")", "7"}) {
+  for (const char* text :
+       {R"([{"list": [{"n": "x"}]}])", R"({"list": 1})", R"({"list": {"list": [{"n": "x"}]}})",
+        R"([["list"]])", R"("list")", "7"}) {
     const Read read = Parse(text);
     EXPECT_TRUE(read.taken.empty()) << text;
     EXPECT_EQ(read.rest, nlohmann::json::parse(text));
@@ -58,17 +79,27 @@ TEST(JsonStream, values_of_every_kind_are_as_they_were_written) {
 }
 
 TEST(JsonStream, what_the_taker_does_not_take_is_told_with_its_place) {
-  try {
-    Parse(R"({"list": [[1], ["x"]]})");
-    FAIL() << "no fault";
-  } catch (const JsonFault& fault) {
-    EXPECT_EQ(fault.where, "/list/1/0");
-    EXPECT_EQ(fault.what, "is no whole number");
+  const std::string one = R"({"n": "x"})";
+  const std::pair<std::string, const char*> faults[] = {
+      {R"({"list": [)" + one + R"(, {"n": 1}]})", "/list/1/n"},
+      {R"({"list": [)" + one + R"(, {"more": [)" + one + ", " + one + R"(, {"n": 1}], "n": 2}]})",
+       "/list/1/more/2/n"},
+      {R"({"list": [{"more": [)" + one + R"(], "n": 1}]})", "/list/0/n"},
+  };
+  for (const auto& [text, where] : faults) {
+    try {
+      Parse(text);
+      ADD_FAILURE() << "no fault in " << text;
+    } catch (const JsonFault& fault) {
+      EXPECT_EQ(fault.where, where);
+      EXPECT_EQ(fault.what, "is no text");
+    }
   }
 }
 
 TEST(JsonStream, a_text_cut_off_anywhere_is_a_fault) {
-  const std::string text = R"({"a": 1.5, "list": [[3], [5]], "b": {"c": "d"}})";
+  const std::string text =
+      R"({"a": 1.5, "list": [{"n": "x", "more": [{"n": "y"}]}], "b": {"c": "d"}})";
   for (std::size_t length = 0; length < text.size(); ++length) {
     EXPECT_THROW(Parse(text.substr(0, length)), JsonFault) << length;
   }
