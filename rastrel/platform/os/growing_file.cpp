@@ -81,7 +81,6 @@ void GrowingFile::End(bool isWhole) {
 Growth WaitForGrowth(int descriptor, std::uint64_t size) {
   Register& files = Files();
   std::unique_lock lock(files.mutex);
-  if (files.files.empty()) return Growth::Whole;
   struct stat state {};
   if (::fstat(descriptor, &state) != 0) return Growth::Failed;
   const Identity identity(state.st_dev, state.st_ino);

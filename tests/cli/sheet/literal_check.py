@@ -163,14 +163,15 @@ def literally(path):
 def actually(rastrel, path):
     run = subprocess.run([rastrel, "sheet", path, "--faithful"], stdout=subprocess.PIPE,
                          stderr=subprocess.PIPE, check=False)
-    return run.stdout if run.returncode == 0 else None
+    return (run.stdout if run.returncode == 0 else None), run.stderr
 
 
 def differs(rastrel, path, name):
     """Whether a file's text is another than it should be; and if there is one."""
-    expected, found = literally(path), actually(rastrel, path)
+    expected = literally(path)
+    found, said = actually(rastrel, path)
     if expected != found:
-        print(f"{name}:\n  expected {expected!r}\n  found    {found!r}")
+        print(f"{name}:\n  expected {expected!r}\n  found    {found!r}\n  said     {said!r}")
     return expected != found, expected is not None
 
 

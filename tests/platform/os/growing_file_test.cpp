@@ -71,6 +71,22 @@ TEST(GrowingFile, a_reader_waits_for_all_that_is_still_written) {
   EXPECT_EQ(end, Growth::Whole);
 }
 
+TEST(GrowingFile,
+     what_was_written_after_the_readers_last_look_is_read_although_the_writer_has_ended) {
+  const ScratchDirectory directory;
+  GrowingFile growing(directory.Path("file"));
+  auto file = RandomAccessFile::Open(directory.Wide("file"));
+  ASSERT_TRUE(file);
+  std::string piece(100, '\0');
+  ASSERT_EQ(file->ReadAt(0, piece), 0);
+  Append(directory, "text");
+  growing.Grow(4);
+  growing.End(true);
+  EXPECT_EQ(file->AwaitGrowth(0), Growth::Grown);
+  EXPECT_EQ(file->AwaitGrowth(3), Growth::Grown);
+  EXPECT_EQ(file->AwaitGrowth(4), Growth::Whole);
+}
+
 TEST(GrowingFile, a_reader_is_told_that_the_rest_never_comes_also_if_it_comes_late) {
   const ScratchDirectory directory;
   GrowingFile growing(directory.Path("file"));
