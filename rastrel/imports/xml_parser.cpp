@@ -278,7 +278,8 @@ bool Parse::TakeElements(std::string_view& bytes, bool isFull) {
   if (scan == XmlScan::kIncomplete && !isFull) return false;
   const bool isLong = scan == XmlScan::kIncomplete && m_Scanner->IsWanted();
   m_NotPlain = isLong || scan == XmlScan::kNotPlain ? m_Scanner->Name() : nullptr;
-  if (scan == XmlScan::kNotPlain) HurryParser();
+  // Elements inside each other that are all too long are not each to be looked through.
+  if (scan == XmlScan::kNotPlain || scan == XmlScan::kIncomplete) HurryParser();
   if (scan == XmlScan::kEntered) m_ForParser = 0;
   return true;
 }
