@@ -84,6 +84,21 @@ TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_tells_why)
   m_Parts.Settle();
 }
 
+TEST_F(PartsTest, a_discarded_part_goes_and_the_others_stay) {
+  m_Parts.FetchAhead({"one", "two"});
+  EXPECT_EQ(Items("one"), 500U);
+  m_Parts.Discard("one");
+  m_Parts.Discard("missing");
+  m_Parts.Settle();
+  EXPECT_FALSE(m_Directory.Has("one"));
+  EXPECT_EQ(Items("two"), 500U);
+}
+
+TEST_F(PartsTest, discarding_tells_why_a_part_is_not_whole) {
+  m_Parts.FetchAhead({"broken"});
+  EXPECT_THROW(m_Parts.Discard("broken"), CommandError);
+}
+
 TEST_F(PartsTest, parts_that_nobody_waits_for_are_left) {
   m_Parts.FetchAhead({"one", "two", "three"});
 }

@@ -11,6 +11,7 @@
 #include "rastrel/readers/open_office_xml_import.h"
 #include "tests/cli/command_runner.h"
 #include "tests/cli/sheet/workbook_files.h"
+#include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {
 namespace {
@@ -307,6 +308,23 @@ TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
   EXPECT_NE(before, text);
   EXPECT_EQ(Sheet("none", {"-o", "out.tsv"}).status, 3);
   EXPECT_EQ(m_Command.Place().Read("out.tsv"), before);
+}
+
+TEST_F(SheetCommandTest, another_file_system_gets_the_same_text_in_a_file_like_any_other) {
+  const std::string text = Shown(TwoSheets().Bytes());
+  const MemoryScratchDirectory memory;
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  for (const std::string& target : {memory.Path("out.tsv"), m_Command.Place().Path("out.tsv")}) {
+    EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", target}).status, 0);
+    struct stat state {};
+    ASSERT_EQ(::stat(target.c_str(), &state), 0) << target;
+    EXPECT_EQ(state.st_mode & 07777U, 0666U & ~mask) << target;
+  }
+  EXPECT_EQ(memory.Read("out.tsv"), text);
+  EXPECT_EQ(m_Command.Place().Read("out.tsv"), text);
+  // Nothing else: no unfinished file beside it.
+  EXPECT_EQ(std::distance(fs::directory_iterator(memory.Path()), {}), 1);
 }
 
 TEST_F(SheetCommandTest, a_target_that_can_not_be_written_is_said) {
