@@ -1,9 +1,32 @@
 #include "rastrel/imports/xml_characters.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
+#include <string>
 
 namespace rastrel::imports {
+
+using namespace std::string_view_literals;
+
+XmlEncodingFamily EncodingFamilyOf(std::string_view head) {
+  if (head.starts_with("\xEF\xBB\xBF"sv)) return XmlEncodingFamily::kUtf8;
+  for (const std::string_view sign : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv})
+    if (head.starts_with(sign)) return XmlEncodingFamily::kUtf16;
+  return XmlEncodingFamily::kUnknown;
+}
+
+bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared) {
+  std::string lower;
+  for (const char byte : declared)
+    lower += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+  switch (family) {
+    case XmlEncodingFamily::kUnknown: return true;
+    case XmlEncodingFamily::kUtf8: return lower == "utf-8" || lower == "utf8";
+    case XmlEncodingFamily::kUtf16:
+      return lower.starts_with("utf-16") || lower == "ucs-2" || lower == "iso-10646-ucs-2";
+  }
+  return true;
+}
 
 bool IsUtf8(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size();) {
@@ -25,9 +48,13 @@ bool IsUtf8(std::string_view bytes) {
 }
 
 bool AreXmlCharacters(std::string_view bytes) {
-  using namespace std::string_view_literals;
   return IsUtf8(bytes) && bytes.find("\xEF\xBF\xBE"sv) == bytes.npos &&
          bytes.find("\xEF\xBF\xBF"sv) == bytes.npos;
+}
+
+std::size_t CharactersIn(std::string_view bytes) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      bytes, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
 }
 
 }  // namespace rastrel::imports

@@ -66,35 +66,6 @@ class ThreadErrors {
   void* m_GenericUser;
 };
 
-// What the first bytes say of the encoding, by the mark or by the shape of "<?".
-enum class Family { kUnknown, kUtf8, kUtf16 };
-
-Family FamilyOf(std::string_view head) {
-  using namespace std::string_view_literals;
-  if (head.starts_with("\xEF\xBB\xBF"sv)) return Family::kUtf8;
-  for (const std::string_view sign : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv})
-    if (head.starts_with(sign)) return Family::kUtf16;
-  return Family::kUnknown;
-}
-
-bool IsNameOf(Family family, std::string_view declared) {
-  std::string lower;
-  for (const char byte : declared)
-    lower += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
-  switch (family) {
-    case Family::kUnknown: return true;
-    case Family::kUtf8: return lower == "utf-8" || lower == "utf8";
-    case Family::kUtf16:
-      return lower.starts_with("utf-16") || lower == "ucs-2" || lower == "iso-10646-ucs-2";
-  }
-  return true;
-}
-
-std::size_t CharactersIn(std::string_view bytes) {
-  return static_cast<std::size_t>(std::ranges::count_if(
-      bytes, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
-
 // One reading of one document.
 class Parse {
  public:
@@ -155,7 +126,7 @@ class Parse {
   std::size_t m_ForParser = 0;          // bytes that it is to read at once, at least
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
   std::optional<XmlFailure> m_Failure;
-  Family m_Family = Family::kUnknown;
+  XmlEncodingFamily m_Family = XmlEncodingFamily::kUnknown;
   int m_Depth = 0;
   std::vector<XmlStartAttribute> m_Attributes;
   bool m_InCdata = false;
@@ -344,7 +315,7 @@ bool Parse::Begin(std::span<char> buffer) {
     return false;
   }
   xmlSAXHandler handler = Handler();
-  if (m_Encoding == XmlEncoding::kByDocument) m_Family = FamilyOf({buffer.data(), held});
+  if (m_Encoding == XmlEncoding::kByDocument) m_Family = EncodingFamilyOf({buffer.data(), held});
   const ThreadErrors errors(this, handler.serror);
   m_Context.reset(
       Xml().CreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
@@ -437,7 +408,7 @@ void Parse::OnDocument() {
     return Fail(L"the document is of another version of XML than 1.0");
   const xmlChar* declared = m_Context->encoding;
   if (declared == nullptr && m_Context->input != nullptr) declared = m_Context->input->encoding;
-  if (declared != nullptr && !IsNameOf(m_Family, Bytes(declared)))
+  if (declared != nullptr && !IsEncodingOf(m_Family, Bytes(declared)))
     Fail(L"the document is in another encoding than it says");
 }
 
@@ -445,7 +416,8 @@ void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
                     const xmlChar** declared, int attributes, const xmlChar** values) {
   if (++m_Depth > limits::kDepth)
     return Fail(L"elements are more than " + std::to_wstring(limits::kDepth) + L" deep");
-  if (static_cast<std::size_t>(namespaces + attributes) > limits::kAttributes)
+  if (static_cast<std::size_t>(namespaces) + static_cast<std::size_t>(attributes) >
+      limits::kAttributes)
     return Fail(L"an element has more than " + std::to_wstring(limits::kAttributes) +
                 L" attributes");
   if (static_cast<std::size_t>(m_Context->nsNr / 2) > limits::kNamespaces)
