@@ -80,7 +80,7 @@ void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
   const auto found = m_Pages.find(page);
   if (found == m_Pages.end()) return;
   ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
-  // Groups may stand in groups to any depth, so what is left to draw is kept here.
+  // What is left to draw of the groups that stand in one another, the outermost first.
   struct Level {
     const Handles* members;
     std::size_t next;

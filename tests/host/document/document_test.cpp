@@ -337,6 +337,82 @@ TEST(DocumentStore, a_matrix_that_leads_beyond_all_numbers_moves_nothing) {
   EXPECT_EQ(document.Find(drill)->attributes.matrix, large);
 }
 
+TEST(DocumentStore, a_filtered_list_holds_the_objects_of_its_kind) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  const ObjectHandle text = document.Create(TextShape());
+  const ObjectHandle plate = document.Create(PlateShape());
+  document.Insert(text, host::DocumentRoot);
+  document.Insert(plate, host::DocumentRoot);
+  const auto all = store.DBCreateEmptyList();
+  for (const ObjectHandle object : {plate, drill, text}) store.DBAddToList(all, object);
+  store.DBAddToList(all, 99);
+  EXPECT_EQ(store.DBGetMemberCount(all), 3);
+  const auto texts = store.DBFilterList(all, ObjFilter_IsText);
+  EXPECT_EQ(store.DBGetMemberCount(texts), 1);
+  EXPECT_EQ(store.DBGetFirstMember(texts), text);
+  const auto plates = store.DBFilterList(all, ObjFilter_IsGenericPlate);
+  EXPECT_EQ(store.DBGetMemberCount(plates), 1);
+  EXPECT_EQ(store.DBGetFirstMember(plates), plate);
+}
+
+TEST(DocumentStore, what_is_made_empty_is_a_group_a_path_or_a_text) {
+  Document document;
+  DocumentStore store(document);
+  for (const int type : {DBTYPE_GROUP, DBTYPE_POLYARC, DBTYPE_PARAGRAPH}) {
+    const ObjectHandle object = store.DBCreateObject(type);
+    EXPECT_EQ(store.DBGetObjectType(object), type);
+    EXPECT_EQ(store.DBInsertObject(object, host::DocumentRoot), 1);
+    EXPECT_EQ(store.DBInsertObject(object, host::DocumentRoot), 0) << "it stands there already";
+  }
+  EXPECT_EQ(store.DBCreateObject(-1), 0U);
+}
+
+TEST(DocumentStore, a_selected_list_has_the_bounds_of_all_its_members) {
+  Document document;
+  DocumentStore store(document);
+  AddDrill(document, 1);
+  const ObjectHandle last = AddDrill(document, 3);
+  store.DBSelect(last);
+  const auto list = store.DBCreateList(host::DocumentRoot, 9, ObjFilter_IsCurrent);
+  store.DBSetSelectedList(list);
+  EXPECT_EQ(document.Selection(), document.Members(host::DocumentRoot));
+  BOUNDS bounds{9, 9, 9, 9};
+  EXPECT_EQ(store.DBGetSelectedListBounds(store.DBCreateEmptyList(), bounds), 0);
+  EXPECT_EQ(bounds, (BOUNDS{9, 9, 9, 9}));
+  EXPECT_EQ(store.DBGetSelectedListBounds(list, bounds), 1);
+  EXPECT_EQ(bounds, (BOUNDS{0.8, 3.2, 0.8, 1.2}));
+}
+
+TEST(DocumentStore, traits_are_set_as_a_whole_with_the_selection_among_them) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  store.DBSetTraits(drill, DBTRAIT_SELECTED | DBTRAIT_IN_DOCUMENT);
+  EXPECT_EQ(document.Find(drill)->attributes.traits, DBTRAIT_SELECTED | DBTRAIT_IN_DOCUMENT);
+  EXPECT_EQ(document.Selection(), std::vector<ObjectHandle>{drill});
+  store.DBSetTraits(drill, DBTRAIT_VISIBLE);
+  EXPECT_EQ(document.Find(drill)->attributes.traits, DBTRAIT_VISIBLE);
+  EXPECT_TRUE(document.Selection().empty());
+}
+
+TEST(Document, a_plate_that_comes_back_stands_where_it_stood_among_the_plates) {
+  Document document;
+  std::vector<ObjectHandle> plates;
+  for (int i = 0; i < 3; ++i) {
+    plates.push_back(document.Create(PlateShape()));
+    document.Insert(plates.back(), host::DocumentRoot);
+    AddDrill(document, i);
+  }
+  document.OpenStep(L"taken out");
+  document.Remove(plates[1]);
+  document.CloseStep();
+  EXPECT_EQ(document.SharedPlateObjects()->size(), 2U);
+  document.Undo();
+  EXPECT_EQ(*document.SharedPlateObjects(), plates);
+}
+
 TEST(DocumentStore, operations_on_no_object_do_nothing_and_give_0) {
   Document document;
   DocumentStore store(document);

@@ -72,16 +72,14 @@ TEST_F(Page, members_of_a_group_stand_on_the_groups_pages) {
   EXPECT_EQ(Drills(2), 1U);
 }
 
-TEST_F(Page, groups_may_stand_in_groups_to_any_depth) {
+TEST_F(Page, what_stands_in_the_deepest_groups_is_drawn) {
   document::ObjectHandle parent = host::DocumentRoot;
-  // From the innermost outward: an object is looked for above itself when it is put in place.
-  std::vector<document::ObjectHandle> groups;
-  for (int i = 0; i < 20'000; ++i) groups.push_back(m_Document.Create(document::GroupShape()));
-  m_Document.Insert(m_Document.Create(Drill, Colored(Red)), groups.back());
-  for (std::size_t i = groups.size() - 1; i > 0; --i) {
-    m_Document.Insert(groups[i], groups[i - 1]);
+  for (int i = 0; i < document::DeepestGroup; ++i) {
+    const document::ObjectHandle group = m_Document.Create(document::GroupShape());
+    ASSERT_TRUE(m_Document.Insert(group, parent));
+    parent = group;
   }
-  m_Document.Insert(groups.front(), parent);
+  ASSERT_TRUE(m_Document.Insert(m_Document.Create(Drill, Colored(Red)), parent));
   const std::string svg = DrawSvg();
   EXPECT_NE(svg.find("drill-point"), std::string::npos);
   EXPECT_NE(svg.find("</g>\n</svg>"), std::string::npos);

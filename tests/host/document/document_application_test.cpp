@@ -1,0 +1,114 @@
+#include "host/document/document_application.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "host/document/document_store.h"
+#include "host/document/notices.h"
+
+namespace rastrel::document {
+namespace {
+
+class DocumentApplicationTest : public testing::Test {
+ protected:
+  Document m_Document;
+  DocumentStore m_Store{m_Document};
+  Notices m_Notices;
+  DocumentApplication m_Application{m_Document, m_Store, m_Notices};
+};
+
+TEST_F(DocumentApplicationTest, a_blank_takes_only_a_size_that_can_be) {
+  double width = 0;
+  double height = 0;
+  m_Application.SetSignBlankSize(30.5, 20, 1);
+  for (const double none : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+    m_Application.SetSignBlankSize(none, 10, 1);
+    m_Application.SetSignBlankSize(10, none, 1);
+  }
+  m_Application.GetSignBlankSize(width, height);
+  EXPECT_EQ(width, 30.5);
+  EXPECT_EQ(height, 20);
+  ASSERT_FALSE(m_Notices.Texts().empty());
+  EXPECT_EQ(m_Notices.Texts().front(), L"a blank of 0 by 10 cm is none; it stays 30.5 by 20 cm");
+}
+
+// The origin is counted in rows from the top; the grid in text units from the lower left corner.
+TEST_F(DocumentApplicationTest, the_grid_begins_in_the_corner_that_is_counted_from) {
+  m_Application.SetSignBlankSize(25.4, 50.8, 1);  // 10 by 20 inches
+  const struct {
+    int origin;
+    double x, y;
+  } corners[] = {{1, 0, 20000}, {2, 5000, 20000}, {3, 10000, 20000},
+                 {4, 0, 10000}, {5, 5000, 10000}, {6, 10000, 10000},
+                 {7, 0, 0},     {8, 5000, 0},     {9, 10000, 0}};
+  for (const auto& corner : corners) {
+    m_Application.SetSignBlankOriginPos(corner.origin);
+    m_Application.SetSignBlankOriginPos(0);
+    m_Application.SetSignBlankOriginPos(10);
+    EXPECT_EQ(m_Application.GetSignBlankOriginPos(), corner.origin);
+    double x = 1;
+    double y = 1;
+    double third = 1;
+    m_Application.GetGridOriginXY(x, y, third);
+    EXPECT_NEAR(x, corner.x, 1e-6) << corner.origin;
+    EXPECT_NEAR(y, corner.y, 1e-6) << corner.origin;
+    EXPECT_EQ(third, 0);
+  }
+}
+
+TEST_F(DocumentApplicationTest, a_palette_colour_is_found_by_number_and_by_what_it_is) {
+  const int count = static_cast<int>(m_Document.Colors().Entries().size());
+  CVKColor color(7, COLORSPACE_RGB, 7, 7);
+  EXPECT_EQ(m_Application.FindPaletteColor(count, color), 0);
+  EXPECT_EQ(m_Application.FindPaletteColor(-2, color), 0);
+  EXPECT_EQ(color, CVKColor(7, COLORSPACE_RGB, 7, 7));
+  EXPECT_EQ(m_Application.FindPaletteColor(-1, color), 1);
+  EXPECT_EQ(m_Application.IsInvisibleColor(color), 1);
+
+  const CVKFullColor mauve = NamedRgb(L"Mauve", 224, 176, 255);
+  EXPECT_EQ(m_Application.IsColorInPalette(mauve), 0);
+  EXPECT_EQ(m_Application.AddColorToPalette(mauve), 1);
+  EXPECT_EQ(m_Application.AddColorToPalette(NamedRgb(L"Mauve", 1, 2, 3)), 0)
+      << "a name stands once";
+  EXPECT_EQ(m_Application.IsColorInPalette(mauve), 1);
+  EXPECT_EQ(m_Application.FindPaletteColor(count, color), 1);
+  EXPECT_EQ(color, static_cast<const CVKColor&>(mauve));
+  EXPECT_EQ(m_Application.IsInvisibleColor(color), 0);
+}
+
+TEST_F(DocumentApplicationTest, sheet_layers_are_kept_by_their_number) {
+  CSheetLayerPalette& layers = *m_Application.GetSheetLayerPalette();
+  EXPECT_EQ(layers.AddSheetToPalette({3, L"Brass", 1, true}), 1);
+  EXPECT_EQ(layers.AddSheetToPalette({3, L"Steel", 1, true}), 0);
+  EXPECT_EQ(m_Application.GetNextEmptyLayer(), 4);
+  ASSERT_TRUE(layers.GetSheetLayerFromPalette(3));
+  EXPECT_EQ(layers.GetSheetLayerFromPalette(3)->name, L"Brass");
+  layers.RemoveSheetFromPalette(3);
+  EXPECT_FALSE(layers.GetSheetLayerFromPalette(3));
+}
+
+TEST_F(DocumentApplicationTest, a_drill_point_that_can_not_be_is_told_and_not_made) {
+  m_Application.SetDrillPointObj({});
+  EXPECT_TRUE(m_Notices.Losses().empty()) << "drill points are off";
+  for (const double diameter : {0.0, -1.0, std::nan(""), 1e300}) {
+    m_Application.SetXMLDrillPoint(1, diameter);
+    m_Application.SetDrillPointObj({});
+  }
+  EXPECT_EQ(m_Notices.Losses().size(), 4U);
+  EXPECT_EQ(m_Document.ObjectCount(), 0U);
+  m_Application.SetXMLDrillPoint(1, 0.4);
+  m_Application.SetDrillPointObj({});
+  EXPECT_EQ(m_Document.ObjectCount(), 1U);
+}
+
+TEST_F(DocumentApplicationTest, messages_become_notices) {
+  m_Application.TMessageBox(L"first", L"caption", 0);
+  m_Application.MessageBoxW(L"second", L"caption", 0);
+  m_Application.MessageBoxW(nullptr, nullptr, 0);
+  EXPECT_EQ(m_Notices.Texts(), (std::vector<std::wstring>{L"first", L"second"}));
+}
+
+}  // namespace
+}  // namespace rastrel::document
