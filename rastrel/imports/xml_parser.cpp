@@ -387,6 +387,9 @@ void Parse::Fail(const xmlError& error) {
   if (error.domain == XML_FROM_NAMESPACE && error.code == XML_WAR_NS_URI) return;
   std::string_view message = error.message == nullptr ? "unknown fault" : error.message;
   message = TrimBlanks(message);
+  // Its own words are that the document is empty, which one of another kind is not.
+  if (error.code == XML_ERR_DOCUMENT_EMPTY)
+    message = "no tag stands where the document should begin";
   if (error.domain == XML_FROM_I18N || error.line <= 0) return Fail(os::WideFromUtf8(message));
   Note({.line = error.line, .column = error.int2, .reason = os::WideFromUtf8(message)});
 }

@@ -225,6 +225,13 @@ TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
   EXPECT_TRUE(Reason().ends_with("1:1: the document is empty"));
 }
 
+TEST_F(XmlRefusal, what_is_no_markup_at_all_says_so) {
+  for (const char* const content : {"%PDF-1.7\n", "<!-- c -->\nplates"}) {
+    EXPECT_FALSE(static_cast<bool>(LoadXmlFile(FileOf(content))));
+    EXPECT_TRUE(Reason().ends_with("no tag stands where the document should begin")) << content;
+  }
+}
+
 TEST_F(XmlRefusal, a_billion_laughs_stay_unheard) {
   std::string content = "<!DOCTYPE a [<!ENTITY e0 \"ha\">";
   for (int level = 1; level < 30; ++level)
