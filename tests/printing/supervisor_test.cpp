@@ -2,17 +2,47 @@
 
 #include <gtest/gtest.h>
 
+#include "rastrel/platform/os/wait.h"
 #include "rastrel/printing/output_supervisor.h"
 #include "rastrel/printing/rip_supervisor.h"
 #include "tests/support/print_fixture.h"
+#include "tests/support/private_member.h"
 
 using PrintingThread::AbortFlag;
+using PrintingThread::CBBasePrintingThread;
+using PrintingThread::CCPHelper;
 using PrintingThread::CRealPrintingThread;
 using PrintingThread::CRealReprintingThread;
 using rastrel::test::Hang;
 using rastrel::test::HasChildren;
 using rastrel::test::Lines;
 using rastrel::test::OpenDescriptors;
+
+namespace rastrel::test {
+
+// This system's waits abandon nothing; what the supervisors would do of it is called by hand.
+struct RipAbandoned {
+  using Type = void (*)(CBBasePrintingThread&);
+  friend Type PrivateMember(RipAbandoned);
+};
+template struct Reveal<RipAbandoned, &CRealPrintingThread::OnProcessAbandoned>;
+struct RipProcess {
+  using Type = std::unique_ptr<CCPHelper> CRealPrintingThread::*;
+  friend Type PrivateMember(RipProcess);
+};
+template struct Reveal<RipProcess, &CRealPrintingThread::m_pProcess>;
+struct EngineAbandoned {
+  using Type = void (*)(CBBasePrintingThread&);
+  friend Type PrivateMember(EngineAbandoned);
+};
+template struct Reveal<EngineAbandoned, &CRealReprintingThread::OnProcessAbandoned>;
+struct EngineProcess {
+  using Type = std::unique_ptr<CCPHelper> CRealReprintingThread::*;
+  friend Type PrivateMember(EngineProcess);
+};
+template struct Reveal<EngineProcess, &CRealReprintingThread::m_pProcess>;
+
+}  // namespace rastrel::test
 
 namespace {
 
@@ -158,6 +188,33 @@ TEST_F(ChildSupervisor, tells_of_an_abandoned_abort_semaphore) {
   Reactions supervisor(&m_Semaphore, &m_Abort, &m_Document, &m_Ticket);
   Reactions::OnAbortAbandoned(supervisor);
   EXPECT_TRUE(HasLogged("[Print]: Abort semaphore abandoned!"));
+}
+
+// Starts the child and waits until it has ended.
+void RunToItsEnd(CCPHelper& process) {
+  ASSERT_TRUE(process.Start());
+  const HANDLE ended[] = {process.m_hProcess};
+  ASSERT_EQ(rastrel::os::WaitForAny(ended), rastrel::os::WaitSignaledBase);
+}
+
+TEST_F(ChildSupervisor, whose_wait_for_the_rip_is_abandoned_logs_it_and_takes_its_end) {
+  Rip("exit 0\n");
+  CRealPrintingThread supervisor(&m_Ticket, &m_Semaphore, &m_Abort, &m_Document, nullptr);
+  CCPHelper& process = *(supervisor.*PrivateMember(rastrel::test::RipProcess()));
+  RunToItsEnd(process);
+  PrivateMember(rastrel::test::RipAbandoned())(supervisor);
+  EXPECT_EQ(Logged(), (Lines{"[Print]: Wait abandoned on rip!", "[Print]: Rip exited"}));
+  EXPECT_EQ(process.m_hProcess, INVALID_HANDLE_VALUE);
+}
+
+TEST_F(ChildSupervisor, whose_wait_for_the_engine_is_abandoned_logs_it_and_takes_its_end) {
+  Engine("exit 0\n");
+  CRealReprintingThread supervisor(&m_Semaphore, &m_Abort, &m_Document, &m_Ticket);
+  CCPHelper& process = *(supervisor.*PrivateMember(rastrel::test::EngineProcess()));
+  RunToItsEnd(process);
+  PrivateMember(rastrel::test::EngineAbandoned())(supervisor);
+  EXPECT_EQ(Logged(), (Lines{"[Print]: Wait abandoned on odalis!", "[Print]: Odalis exited"}));
+  EXPECT_EQ(process.m_hProcess, INVALID_HANDLE_VALUE);
 }
 
 }  // namespace

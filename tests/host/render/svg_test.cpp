@@ -40,6 +40,16 @@ TEST_F(Svg, drill_points_stand_to_a_hundredth_of_a_millimetre) {
   }
 }
 
+TEST_F(Svg, a_bold_face_is_asked_for_by_its_weight) {
+  Add(Paragraph({1, 10, 20, 1}, 220, JUSTIFY_LEFT, LINEFIT_EACH_LINE,
+                {{Piece(L"bold", 300, L"DejaVuSans-Bold")}, {Piece(L"plain", 300)}}));
+  const std::string svg = DrawSvg();
+  const auto bold = svg.find("font-weight=\"700\"");
+  ASSERT_NE(bold, std::string::npos);
+  EXPECT_LT(bold, svg.find(">bold<"));
+  EXPECT_EQ(svg.find("font-weight", bold + 1), std::string::npos) << "the usual weight is not told";
+}
+
 TEST_F(Svg, a_moved_and_mirrored_drill_point_keeps_its_circle) {
   document::Attributes attributes = Colored(Red);
   attributes.matrix = {-2, 0, 0, 2, 10, 1};
