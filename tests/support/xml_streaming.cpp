@@ -117,7 +117,7 @@ bool IsRefused(std::string_view text) { return text.rfind(Refused) != text.npos;
 // documents.
 bool DependsOnPieces(std::string_view document, const std::string& parts, Streaming streaming) {
   streaming.takesWhole = false;
-  for (const std::size_t piece : {1, 2, 3, 7, 16, 40, 64, 200, 1000}) {
+  for (const std::size_t piece : {1U, 2U, 3U, 7U, 16U, 40U, 64U, 200U, 1000U}) {
     streaming.piece = piece;
     if (CallsOf(document, streaming) != parts) return true;
   }
