@@ -1,19 +1,19 @@
 // An import of 10,000 plates into the embedded document, file to objects, against parsing their XML
 // alone.
 
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 
 #include "bench/measure.h"
+#include "bench/require.h"
 #include "host/document/document.h"
 #include "host/document_host.h"
 #include "rastrel/imports/xml_file_import.h"
 #include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/path.h"
+#include "tests/support/scratch_directory.h"
 
 namespace {
 
@@ -52,12 +52,12 @@ class OpenDocument {
 };
 
 void Import(const std::wstring& path, const OpenDocument& document) {
-  if (CXMLFileImport(path.c_str()).ImportXMLFile() != 1 || document.IsEmpty())
-    std::fputs("the plates were not imported\n", stderr);
+  bench::Require(CXMLFileImport(path.c_str()).ImportXMLFile() == 1 && !document.IsEmpty(),
+                 "the plates were not imported");
 }
 
 void Parse(const std::wstring& path) {
-  if (!LoadXmlFile(path)) std::fputs("the plates were not parsed\n", stderr);
+  bench::Require(static_cast<bool>(LoadXmlFile(path)), "the plates were not parsed");
 }
 
 void CompareImport(const std::string& folder, int sizes, const char* name) {
@@ -81,11 +81,8 @@ void CompareImport(const std::string& folder, int sizes, const char* name) {
 }  // namespace
 
 int main() {
-  const std::string folder =
-      (std::filesystem::temp_directory_path() / "rastrel-import-bench").string();
-  std::filesystem::create_directories(folder);
-  CompareImport(folder, 1, "10,000 plates of one size, imported");
-  CompareImport(folder, 2, "10,000 plates of two sizes in turn, imported");
-  std::filesystem::remove_all(folder);
+  const test::ScratchDirectory folder;
+  CompareImport(folder.Path(), 1, "10,000 plates of one size, imported");
+  CompareImport(folder.Path(), 2, "10,000 plates of two sizes in turn, imported");
   return 0;
 }

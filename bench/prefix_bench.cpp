@@ -1,19 +1,19 @@
 // A whole prefix file, with levels on, against writing the same bytes with one write. Both make the
 // file, close it and remove it.
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "bench/data_root.h"
 #include "bench/measure.h"
+#include "bench/require.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/prefix/ps_prefix.h"
 
 namespace {
 
 namespace os = rastrel::os;
+using rastrel::bench::Require;
 
 // Short rounds and many of them: what else the machine does falls on few of each side.
 constexpr int FilesPerRound = 20;
@@ -47,15 +47,15 @@ void Fill(CJobTicket& ticket, const Sample& sample, const std::wstring& director
 
 void WriteOnce(const std::wstring& path, const std::string& bytes) {
   const auto file = os::CreateForWriting(path);
-  if (!file || !os::WriteAll(file->Get(), bytes)) std::abort();
+  Require(file && os::WriteAll(file->Get(), bytes), "the bytes were not written");
 }
 
 // The bytes that the ticket's prefix has.
 std::string BytesOf(CJobTicket& ticket) {
   const std::unique_ptr<PSPrefix> prefix(ticket.GetPrefix());
-  if (prefix->Generate() != 0) std::abort();
+  Require(prefix->Generate() == 0, "a prefix was not written");
   auto bytes = os::ReadWholeFile(prefix->GetPrefixPath(), std::uint64_t{1} << 20);
-  if (!bytes) std::abort();
+  Require(static_cast<bool>(bytes), "a prefix can't be read");
   return std::move(*bytes);
 }
 
@@ -74,44 +74,23 @@ void CompareSample(const Sample& sample, const std::wstring& directory) {
       [&] {
         for (int file = 0; file < FilesPerRound; ++file) {
           const std::unique_ptr<PSPrefix> prefix(ticket.GetPrefix());
-          if (prefix->Generate() != 0) std::abort();
+          Require(prefix->Generate() == 0, "a prefix was not written");
         }
       },
       [&] {
         for (int file = 0; file < FilesPerRound; ++file) {
           WriteOnce(path, bytes);
-          if (!os::RemoveFile(path)) std::abort();
+          Require(static_cast<bool>(os::RemoveFile(path)), "a file can't be removed");
         }
       });
 }
 
-// A directory for the files, which is the data root too, so that nobody's settings count.
-class Place {
- public:
-  Place() {
-    m_Path = (std::filesystem::temp_directory_path() / "rastrel-bench-XXXXXX").string();
-    if (::mkdtemp(m_Path.data()) == nullptr) std::abort();
-    ::setenv("RASTREL_HOME", m_Path.c_str(), 1);
-  }
-  ~Place() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_Path, ignored);
-  }
-  Place(const Place&) = delete;
-  Place& operator=(const Place&) = delete;
-
-  [[nodiscard]] std::wstring Wide() const { return os::FromNative(m_Path) + L"/"; }
-
- private:
-  std::string m_Path;
-};
-
 }  // namespace
 
 int main() {
-  const Place place;
+  const rastrel::bench::DataRoot place;
   for (const Sample& sample :
        {Sample{"linked levels", true, 2.2}, Sample{"levels of each channel", false, 2.2},
         Sample{"levels of gamma 1", false, 1.0}})
-    CompareSample(sample, place.Wide());
+    CompareSample(sample, place.Wide() + L"/");
 }

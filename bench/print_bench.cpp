@@ -12,7 +12,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -23,11 +22,13 @@
 #include <cstring>
 #include <cwchar>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "bench/data_root.h"
+#include "bench/measure.h"
+#include "bench/require.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/system_calls.h"
@@ -36,6 +37,7 @@
 namespace {
 
 namespace os = rastrel::os;
+namespace bench = rastrel::bench;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t TouchedBytes = std::size_t{1} << 30;
@@ -47,66 +49,45 @@ double Milliseconds(Clock::duration duration) {
   return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 void Report(const char* name, const std::vector<double>& ours, const char* peerName,
             const std::vector<double>& peer, const char* unit, double scale) {
-  const double mine = Median(ours) * scale;
-  const double others = Median(peer) * scale;
-  std::printf("bench\t%s\t%.3f\t%s\t%s\t%.3f\t%.2f\t%.1f\n", name, mine, unit, peerName, others,
-              mine / others, LimitOfRatio);
-  std::fflush(stdout);
+  bench::Print({name, bench::Median(ours) * scale, unit, peerName, bench::Median(peer) * scale,
+                LimitOfRatio});
 }
 
 [[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "print_bench: %s: %s\n", what, std::strerror(errno));
-  std::exit(1);
+  bench::Fail(std::string(what) + ": " + std::strerror(errno));
 }
 
-/// A data root with two children, removed at the end.
-class Root {
+/// A data root with two children.
+class Root : public bench::DataRoot {
  public:
   Root() {
-    std::string name = (std::filesystem::temp_directory_path() / "rastrel-bench-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) Fail("mkdtemp");
-    m_Path = name;
-    ::setenv("RASTREL_HOME", m_Path.c_str(), 1);
-    ::setenv("RASTREL_RESOURCES", m_Path.c_str(), 1);  // holds none
+    ::setenv("RASTREL_RESOURCES", Path().c_str(), 1);  // holds none
     for (const char* folder : {"Queue/rip/System/c-out", "Queue/rip/CFM", "job"})
-      std::filesystem::create_directories(m_Path / folder);
+      std::filesystem::create_directories(Path(folder));
     Write("job/sign.ps", "%!PS\n");
     // The format is a page list; the printf of coreutils passes over the arguments with a warning.
-    Write("Queue/rip/quick",
-          "#!/usr/bin/printf begin := once\\nid := 1\\ndir := /none/\\ntitle := A\\nend\\n\n");
-    Write("Queue/rip/slow", "#!/bin/sh\nexec sleep 1000\n");
+    WriteScript(
+        "Queue/rip/quick",
+        "#!/usr/bin/printf begin := once\\nid := 1\\ndir := /none/\\ntitle := A\\nend\\n\n");
+    WriteScript("Queue/rip/slow", "#!/bin/sh\nexec sleep 1000\n");
     // It ends once it has seen its input: a write to one that is gone already aborts the job.
-    Write("Queue/rip/coreodalis.exe", "#!/bin/sh\nread -r line\nexit 0\n");
+    WriteScript("Queue/rip/coreodalis.exe", "#!/bin/sh\nread -r line\nexit 0\n");
     UseRip("quick");
   }
-  ~Root() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_Path, ignored);
-  }
-  Root(const Root&) = delete;
-  Root& operator=(const Root&) = delete;
 
   void UseRip(const char* name) const {
-    std::filesystem::remove(m_Path / "Queue/rip/corerast.exe");
-    std::filesystem::create_symlink(name, m_Path / "Queue/rip/corerast.exe");
+    const std::string rip = Path("Queue/rip/corerast.exe");
+    std::filesystem::remove(rip);
+    std::filesystem::create_symlink(name, rip);
   }
-  [[nodiscard]] std::string Path(const char* name) const { return (m_Path / name).string(); }
-  [[nodiscard]] std::wstring JobFile() const { return (m_Path / "job/sign.ps").wstring(); }
+  [[nodiscard]] std::wstring JobFile() const { return Wide("job/sign.ps"); }
 
  private:
-  void Write(const char* name, const char* content) const {
-    std::ofstream(m_Path / name) << content;
-    std::filesystem::permissions(m_Path / name, std::filesystem::perms::owner_all);
+  void WriteScript(const char* name, const char* content) const {
+    std::filesystem::permissions(File(name, content), std::filesystem::perms::owner_all);
   }
-  std::filesystem::path m_Path;
 };
 
 /// Both ends of a pipe; what is still open is closed at the end.

@@ -3,25 +3,22 @@
 // too.
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench/measure.h"
+#include "bench/program.h"
+#include "bench/require.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/process.h"
-#include "rastrel/platform/os/wait.h"
 #include "rastrel/psscan/ps_parser.h"
 #include "tests/support/literal_ps_scans.h"
 #include "tests/support/scratch_directory.h"
@@ -33,61 +30,19 @@
 namespace {
 
 namespace os = rastrel::os;
+namespace bench = rastrel::bench;
+using bench::Peer;
+using bench::Require;
+using bench::Work;
 using rastrel::test::LiteralPsScans;
-using Work = std::function<void()>;
 
-constexpr int Turns = 5;
 constexpr std::size_t Whole = std::size_t{1} << 30;
 // The literal reader is timed on a part and its time multiplied.
 constexpr std::size_t LiteralPart = Whole / 16;
 constexpr std::size_t DocumentSize = std::size_t{200} << 20;
 
-void Require(bool condition, const char* what) {
-  if (condition) return;
-  std::printf("psscan_bench: %s\n", what);
-  std::exit(1);
-}
-
-double ProcessorMilliseconds() {
-  double milliseconds = 0;
-  for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-    rusage usage{};
-    ::getrusage(who, &usage);
-    for (const timeval& time : {usage.ru_utime, usage.ru_stime})
-      milliseconds +=
-          static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
-  }
-  return milliseconds;
-}
-
-double MillisecondsOf(const Work& work) {
-  const double start = ProcessorMilliseconds();
-  work();
-  return ProcessorMilliseconds() - start;
-}
-
-struct Peer {
-  std::string name;
-  Work work;
-  double limit;
-  double times = 1;  // what the peer's time is multiplied by
-};
-
-// Runs ours and all peers in turn, and tells the best time of each.
 void Compare(const std::string& name, const Work& ours, const std::vector<Peer>& peers) {
-  double best = 1e300;
-  std::vector<double> bestOfPeers(peers.size(), 1e300);
-  for (int turn = 0; turn < Turns; ++turn) {
-    best = std::min(best, MillisecondsOf(ours));
-    for (std::size_t peer = 0; peer < peers.size(); ++peer)
-      bestOfPeers[peer] =
-          std::min(bestOfPeers[peer], MillisecondsOf(peers[peer].work) * peers[peer].times);
-  }
-  for (std::size_t peer = 0; peer < peers.size(); ++peer)
-    std::printf("bench\t%s\t%.3f\tms\t%s\t%.3f\t%.4f\t%g\n", name.c_str(), best,
-                peers[peer].name.c_str(), bestOfPeers[peer], best / bestOfPeers[peer],
-                peers[peer].limit);
-  std::fflush(stdout);
+  bench::CompareBest(name, {.count = 5, .clock = bench::Clock::ProcessorOfChildren}, ours, peers);
 }
 
 // Lines of 60 to 250 bytes of program text, each with `lead` in front.
@@ -129,22 +84,6 @@ void Walk(const std::string& path) {
   Require(lines > 0, "the walk found no line");
 }
 
-// Runs a program to its end.
-int Run(const std::string& program, std::vector<std::string> arguments, HANDLE output) {
-  os::SpawnRequest request;
-  request.executable = program;
-  request.arguments = std::move(arguments);
-  request.environment = os::EnvironmentEntries();
-  request.standardOutput = output;
-  const auto child = os::Spawn(request);
-  Require(static_cast<bool>(child), "a program can't be started");
-  const os::FileDescriptor process(child->process);
-  Require(os::WaitForAny({&child->process, 1}) == os::WaitSignaledBase, "a wait failed");
-  const auto state = os::TakeExitState(process.Get());
-  Require(state && state->byItself, "a program failed");
-  return state->status;
-}
-
 os::FileDescriptor TemporaryFile() {
   return os::FileDescriptor(::open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
 }
@@ -153,7 +92,7 @@ os::FileDescriptor TemporaryFile() {
 Work Program(std::vector<std::string> arguments) {
   return [arguments] {
     const os::FileDescriptor output = TemporaryFile();
-    Require(Run("/usr/bin/" + arguments.front(), arguments, output.Get()) == 0, "a peer failed");
+    bench::Run(arguments, {.output = output.Get()});
   };
 }
 
@@ -293,29 +232,22 @@ void CompareHeaderQuestions(const rastrel::test::ScratchDirectory& scratch) {
 // KiB that the scans of a file add to a process that does nothing else.
 double AddedBy(const std::string& path) {
   const os::FileDescriptor out = TemporaryFile();
-  Require(Run(os::ExecutablePath(), {"psscan_bench", "--peak", path}, out.Get()) == 0, "--peak");
+  bench::Run({os::ExecutablePath(), "--peak", path}, {.output = out.Get()});
   char text[32] = {};
   Require(::pread(out.Get(), text, sizeof text - 1, 0) > 0, "--peak told nothing");
   return std::strtod(text, nullptr);
 }
 
-// What getrusage tells includes the process that this one was started by.
-long StatusKilobytes(const std::string& name) {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;)
-    if (word == name && status >> word) return std::strtol(word.c_str(), nullptr, 10);
-  return 0;
-}
-
+// The peak of this process as getrusage tells it would include that of its starter.
 int TellPeak(const std::string& path) {
-  const long before = StatusKilobytes("VmRSS:");
+  const long before = bench::StatusKilobytes("VmRSS:");
   CRect rect;
   std::vector<CString> names;
   CSpotMatchList list;
   (void)ParserOf(path).GetBounds(rect);
   (void)ParserOf(path).GetBoundsAndStrings(rect, names);
   (void)ParserOf(path).LoadSpotMatchItems(&list);
-  std::printf("%ld\n", StatusKilobytes("VmHWM:") - before);
+  std::printf("%ld\n", bench::StatusKilobytes("VmHWM:") - before);
   return 0;
 }
 
@@ -325,12 +257,9 @@ void ComparePeaks(const rastrel::test::ScratchDirectory& scratch) {
   WriteFile(small, 1, ColourHead, Lines("%"), ColourTail);
   const double ours = AddedBy(large);
   const double peer = AddedBy(small);
-  std::printf(
-      "bench\tpeak memory that the scans add, 1 GiB\t%.0f\tKiB\tthe same of 4 "
-      "MiB\t%.0f\t%.4f\t1.1\n",
-      ours, peer, ours / peer);
-  std::printf("bench\tpeak memory that the scans add, 1 GiB\t%.0f\tKiB\t8 MiB\t8192\t%.4f\t1\n",
-              ours, ours / 8192);
+  const std::string peak = "peak memory that the scans add, 1 GiB";
+  bench::Print({peak, ours, "KiB", "the same of 4 MiB", peer, 1.1});
+  bench::Print({peak, ours, "KiB", "8 MiB", 8192, 1});
 }
 
 }  // namespace

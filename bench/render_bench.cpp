@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bench/measure.h"
+#include "bench/require.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/render/document_images.h"
@@ -152,7 +153,7 @@ void Measure(const std::string& name, const std::string& peer, AddObjects add, P
       [&] {
         const auto images =
             render::DrawDocument({document, fonts, notices}, render::ImageFormat::kPdf, {});
-        if (!images || images->front().size() < size / 2) std::abort();
+        Require(images && images->front().size() >= size / 2, "the page was not drawn");
       },
       [&] { size = Bare(paint); });
 }

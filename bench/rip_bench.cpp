@@ -2,88 +2,31 @@
 // call is a whole process from its start to its end, and the wall clock counts: the two programs of
 // the RIP work side by side, and a user waits for the page and not for processors. Their processor
 // time is printed as well, without a limit.
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "bench/data_root.h"
 #include "bench/measure.h"
+#include "bench/program.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/prefix/cutter.h"
 
-extern char** environ;
-
 namespace {
 
-namespace fs = std::filesystem;
 namespace bench = rastrel::bench;
 
 constexpr int Strokes = 200000;
 
-// Runs a program to its end, in silence. Its end is the benchmark's if it fails.
-void Run(std::vector<std::string> arguments) {
-  std::vector<char*> list;
-  for (std::string& argument : arguments) list.push_back(argument.data());
-  list.push_back(nullptr);
-  const pid_t process = vfork();
-  if (process == 0) {
-    const int nothing = open("/dev/null", O_RDWR);
-    for (const int stream : {0, 1, 2}) dup2(nothing, stream);
-    execvp(list[0], list.data());
-    _exit(127);
-  }
-  int status = 0;
-  if (process < 0 || waitpid(process, &status, 0) != process || status != 0) {
-    std::fprintf(stderr, "%s ended with status %d\n", arguments[0].c_str(), status);
-    std::exit(1);
-  }
-}
+// The RIP, and a place for the jobs.
+struct Place {
+  bench::DataRoot root;
+  std::string rip = root.InstallChild("rip/corerast.exe");
 
-// Milliseconds that the processors worked for ended children.
-double ChildrensMilliseconds() {
-  rusage usage{};
-  getrusage(RUSAGE_CHILDREN, &usage);
-  const auto of = [](const timeval& time) {
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
-  };
-  return of(usage.ru_utime) + of(usage.ru_stime);
-}
-
-// A data root with the RIP in it, and the jobs, in a directory of its own.
-class Place {
- public:
-  Place() {
-    std::string path = (fs::temp_directory_path() / "rastrel-bench-XXXXXX").string();
-    if (::mkdtemp(path.data()) == nullptr) std::abort();
-    m_Path = path;
-    fs::create_directories(m_Path / "Queue/rip");
-    fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/corerast.exe", Rip());
-    fs::copy(RASTREL_SOURCE_DIR "/share/rip", m_Path / "Queue/rip",
-             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
-    ::setenv("RASTREL_HOME", m_Path.c_str(), 1);
+  [[nodiscard]] std::string File(const std::string& name, const std::string& content) const {
+    return root.File(name, content);
   }
-  ~Place() {
-    std::error_code ignored;
-    fs::remove_all(m_Path, ignored);
-  }
-  Place(const Place&) = delete;
-  Place& operator=(const Place&) = delete;
-
-  [[nodiscard]] std::string Rip() const { return m_Path / "Queue/rip/corerast.exe"; }
-  std::string File(const std::string& name, const std::string& content) const {
-    std::ofstream(m_Path / name, std::ios::binary) << content;
-    return m_Path / name;
-  }
-  void RemovePages() const { fs::remove_all(m_Path / "Queue/rip/System/c-out"); }
-
- private:
-  fs::path m_Path;
+  void RemovePages() const { std::filesystem::remove_all(root.Path("Queue/rip/System/c-out")); }
 };
 
 std::string Prefix(const std::string& mode, const CJobData& settings) {
@@ -128,18 +71,13 @@ void Compare(const Place& place, const bench::Comparison& comparison,
   std::vector<double> processor[2];
   const auto measured = [&](std::size_t side, const std::vector<std::string>& command) {
     return [&processor, side, &command] {
-      const double before = ChildrensMilliseconds();
-      Run(command);
-      processor[side].push_back(ChildrensMilliseconds() - before);
+      processor[side].push_back(bench::Run(command).processorMilliseconds);
     };
   };
   bench::Compare(
       comparison, [&] { place.RemovePages(); }, measured(0, ours), measured(1, peer));
-  const double our = bench::Median(processor[0]);
-  const double theirs = bench::Median(processor[1]);
-  std::printf("bench\t%s, processor time\t%.2f\tms\t%s\t%.2f\t%.3f\t-\n", comparison.name.c_str(),
-              our, comparison.peerName.c_str(), theirs, our / theirs);
-  std::fflush(stdout);
+  bench::Print({comparison.name + ", processor time", bench::Median(processor[0]), "ms",
+                comparison.peerName, bench::Median(processor[1])});
 }
 
 void ComparePage(const Place& place) {
@@ -150,7 +88,7 @@ void ComparePage(const Place& place) {
            .peerName = "bare Ghostscript, the same device",
            .rounds = 15,
            .limit = 1.15},
-          {place.Rip(), prefix, job},
+          {place.rip, prefix, job},
           {"gs", "-q", "-dBATCH", "-dNOPAUSE", "-dSAFER", "-sDEVICE=ppmraw", "-r300",
            "-sOutputFile=" + place.File("page.ppm", ""), job});
 }
@@ -169,12 +107,12 @@ void CompareCutter(const Place& place) {
            .peerName = "no cutter",
            .rounds = 9,
            .limit = 3.0},
-          {place.Rip(), cutter, blue}, {place.Rip(), none, blue});
+          {place.rip, cutter, blue}, {place.rip, none, blue});
   Compare(place,
           {.name = "RIP, 200,000 strokes, all in the cutter's colour",
            .peerName = "no cutter",
            .rounds = 9},
-          {place.Rip(), cutter, matching}, {place.Rip(), none, matching});
+          {place.rip, cutter, matching}, {place.rip, none, matching});
 }
 
 }  // namespace

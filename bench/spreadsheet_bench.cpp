@@ -2,32 +2,29 @@
 // the package alone, and its memory against a tree of the same document. Every call is a whole
 // process from its start to its end by the wall's clock: a user waits for the text, and start-up is
 // a part of that.
-#include <fcntl.h>
 #include <libxml/parser.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zip.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
-#include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/measure.h"
-
-extern char** environ;
+#include "bench/program.h"
+#include "bench/require.h"
+#include "tests/support/scratch_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace bench = rastrel::bench;
+using bench::Cost;
 
 constexpr int Rows = 200000;
 constexpr int Columns = 10;
@@ -35,45 +32,6 @@ constexpr int SmallRows = 50;
 // Different texts of a document with so many rows.
 int StringsOf(int rows) { return rows / 4; }
 constexpr int Rounds = 3;
-
-// What a process took.
-struct Cost {
-  double milliseconds = 0;
-  double processorMilliseconds = 0;
-  double peakMiB = 0;
-};
-
-// Runs a program to its end, in silence. No cost if it is not installed; another failure is the end
-// of the benchmark, since the time of a program that fails tells nothing.
-Cost Run(std::vector<std::string> arguments) {
-  std::vector<char*> list;
-  for (std::string& argument : arguments) list.push_back(argument.data());
-  list.push_back(nullptr);
-  int status = 0;
-  rusage used{};
-  Cost cost;
-  cost.milliseconds = bench::Milliseconds(bench::Clock::Wall, [&] {
-    const pid_t process = vfork();
-    if (process == 0) {
-      const int nothing = open("/dev/null", O_RDWR);
-      for (const int stream : {0, 1, 2}) dup2(nothing, stream);
-      execvp(list[0], list.data());
-      _exit(127);
-    }
-    if (process < 0 || wait4(process, &status, 0, &used) != process) std::exit(1);
-  });
-  if (WIFEXITED(status) && WEXITSTATUS(status) == 127) return {};
-  if (status != 0) {
-    std::fprintf(stderr, "%s ended with status %d\n", arguments[0].c_str(), status);
-    std::exit(1);
-  }
-  const auto of = [](const timeval& time) {
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
-  };
-  cost.processorMilliseconds = of(used.ru_utime) + of(used.ru_stime);
-  cost.peakMiB = static_cast<double>(used.ru_maxrss) / 1024.0;
-  return cost;
-}
 
 // Cells of the two documents, the same in both: texts, whole numbers, fractions, and a gap now and
 // then.
@@ -172,14 +130,15 @@ void WriteZip(const std::string& path,
               const std::vector<std::pair<std::string, std::string>>& parts) {
   int error = 0;
   zip_t* const package = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
-  if (package == nullptr) std::exit(1);
+  bench::Require(package != nullptr, "no package can be made");
   for (const auto& [name, content] : parts) {
     zip_source_t* const source =
         content.starts_with('/') ? zip_source_file(package, content.c_str(), 0, -1)
                                  : zip_source_buffer(package, content.data(), content.size(), 0);
-    if (zip_file_add(package, name.c_str(), source, ZIP_FL_ENC_UTF_8) < 0) std::exit(1);
+    bench::Require(zip_file_add(package, name.c_str(), source, ZIP_FL_ENC_UTF_8) >= 0,
+                   "a part can't be added");
   }
-  if (zip_close(package) != 0) std::exit(1);
+  bench::Require(zip_close(package) == 0, "a package can't be written");
 }
 
 void WriteWorkbook(const std::string& path, const std::string& sheet, int rows) {
@@ -258,8 +217,7 @@ struct Peer {
 class Bench {
  public:
   explicit Bench(std::string self) : m_Self(std::move(self)) {
-    fs::create_directory(m_Folder);
-    ::setenv("RASTREL_HOME", (m_Folder / "home").c_str(), 1);
+    ::setenv("RASTREL_HOME", Path("home").c_str(), 1);
     WriteSheet(Path("sheet.xml"), Rows);
     WriteSheet(Path("small.xml"), SmallRows);
     WriteContent(Path("content.xml"), Rows);
@@ -268,14 +226,9 @@ class Bench {
     WriteWorkbook(Path("small.xlsx"), Path("small.xml"), SmallRows);
     WriteOpenDocument(Path("large.ods"), Path("content.xml"));
     WriteOpenDocument(Path("small.ods"), Path("small-content.xml"));
-    Run(LibreOffice("small.xlsx"));  // makes its profile, which no round is to pay for
+    // Makes its profile, which no round is to pay for.
+    (void)bench::Process(LibreOffice("small.xlsx")).EndIfInstalled();
   }
-  ~Bench() {
-    std::error_code ignored;
-    fs::remove_all(m_Folder, ignored);
-  }
-  Bench(const Bench&) = delete;
-  Bench& operator=(const Bench&) = delete;
 
   // Ours and all peers in turn, a line a peer. Small documents have no limits: what they tell is
   // how long the programs take to start.
@@ -284,13 +237,15 @@ class Bench {
     std::map<std::string, std::vector<Cost>> theirs;
     const std::vector<Peer> peers = PeersFor(file);
     for (int round = 0; round < Rounds; ++round) {
-      ours.push_back(Run({m_Command, "sheet", Path(file), "-o", Path("ours.tsv")}));
-      for (const Peer& peer : peers) theirs[peer.name].push_back(Run(peer.arguments));
+      ours.push_back(bench::Run({m_Command, "sheet", Path(file), "-o", Path("ours.tsv")}));
+      for (const Peer& peer : peers)
+        if (const auto cost = bench::Process(peer.arguments).EndIfInstalled())
+          theirs[peer.name].push_back(*cost);
     }
     const bool isSmall = file.starts_with("small");
     for (const Peer& peer : peers) {
       const std::vector<Cost>& costs = theirs[peer.name];
-      if (costs.front().milliseconds <= 0) continue;  // not installed
+      if (costs.empty()) continue;  // not installed
       Tell(what + " to text", "ms", peer.name, MedianOf(ours, &Cost::milliseconds),
            MedianOf(costs, &Cost::milliseconds), isSmall ? 0 : peer.limit);
       if (isSmall) continue;
@@ -308,7 +263,7 @@ class Bench {
   void MeasureMemory(const std::string& what, const std::string& file,
                      const std::string& document) {
     Tell(what + " to text, peak memory", "MiB", "tree of the document", m_Peaks[file],
-         Run({m_Self, "--tree", Path(document)}).peakMiB, 0.10);
+         bench::Run({m_Self, "--tree", Path(document)}).peakMiB, 0.10);
   }
 
  private:
@@ -322,13 +277,10 @@ class Bench {
 
   static void Tell(const std::string& name, const char* unit, const std::string& peer, double ours,
                    double theirs, double limit) {
-    const std::string most = limit > 0 ? std::to_string(limit) : "-";
-    std::printf("bench\t%s\t%.2f\t%s\t%s\t%.2f\t%.3f\t%s\n", name.c_str(), ours, unit, peer.c_str(),
-                theirs, ours / theirs, most.c_str());
-    std::fflush(stdout);
+    bench::Print({name, ours, unit, peer, theirs, limit});
   }
 
-  [[nodiscard]] std::string Path(const std::string& name) const { return m_Folder / name; }
+  [[nodiscard]] std::string Path(const std::string& name) const { return m_Folder.Path(name); }
 
   [[nodiscard]] std::vector<std::string> LibreOffice(const std::string& file) const {
     return {"soffice",      "-env:UserInstallation=file://" + Path("profile"),
@@ -350,8 +302,7 @@ class Bench {
   std::string m_Self;
   std::map<std::string, double> m_Peaks;
   std::string m_Command = fs::path(m_Self).parent_path().parent_path() / "bin/rastrel";
-  fs::path m_Folder =
-      fs::temp_directory_path() / ("spreadsheet-bench-" + std::to_string(::getpid()));
+  rastrel::test::ScratchDirectory m_Folder;
 };
 
 }  // namespace

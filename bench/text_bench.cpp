@@ -3,16 +3,17 @@
 // memory that the system has to give costs more than the conversion.
 #include <iconv.h>
 
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "bench/measure.h"
+#include "bench/require.h"
 #include "rastrel/platform/os/text.h"
 
 namespace {
 
 namespace os = rastrel::os;
+using rastrel::bench::Require;
 
 constexpr std::size_t TextBytes = std::size_t{100} << 20;
 constexpr std::size_t PieceBytes = std::size_t{64} << 10;
@@ -27,7 +28,8 @@ std::string Repeated(std::string_view sample) {
 void Convert(iconv_t converter, std::string_view from, char* to, std::size_t room) {
   char* in = const_cast<char*>(from.data());
   std::size_t left = from.size();
-  if (::iconv(converter, &in, &left, &to, &room) == static_cast<std::size_t>(-1)) std::abort();
+  Require(::iconv(converter, &in, &left, &to, &room) != static_cast<std::size_t>(-1),
+          "iconv failed");
 }
 
 rastrel::bench::Comparison TextComparison(const std::string& name, double limit) {
@@ -79,9 +81,7 @@ void CompareSample(const std::string& name, std::string_view sample) {
   for (std::size_t index = 0; index < pieces; ++index) whole += piece;
   rastrel::bench::Compare(
       TextComparison("UTF-8 to wide, one new text, " + name, 0.0), [] {},
-      [&] {
-        if (os::WideFromUtf8(whole).empty()) std::abort();
-      },
+      [&] { Require(!os::WideFromUtf8(whole).empty(), "nothing was converted"); },
       [&] {
         std::wstring target(whole.size(), L'\0');
         Convert(decoder, whole, reinterpret_cast<char*>(target.data()),

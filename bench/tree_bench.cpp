@@ -1,34 +1,20 @@
 // Copying and removing trees against cp -r and rm -rf, on files in memory and strictly in turn. The
 // peers are programs, so that their start is part of their time: about a millisecond.
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "bench/measure.h"
-#include "rastrel/platform/os/path.h"
+#include "bench/program.h"
+#include "bench/require.h"
 #include "rastrel/platform/os/tree.h"
+#include "tests/support/scratch_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace os = rastrel::os;
-
-void Run(std::vector<std::string> arguments) {
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
-  pid_t id = 0;
-  int status = 0;
-  if (::posix_spawnp(&id, pointers[0], nullptr, nullptr, pointers.data(), ::environ) != 0 ||
-      ::waitpid(id, &status, 0) != id || status != 0)
-    std::abort();
-}
+using rastrel::bench::Run;
 
 void MakeTree(const fs::path& root, int count, std::size_t size) {
   fs::create_directories(root);
@@ -47,7 +33,7 @@ void CompareTree(const std::string& name, const fs::path& place, int count, std:
     Run({"cp", "-r", source, target});
   };
   const auto require = [](bool done) {
-    if (!done) std::abort();
+    rastrel::bench::Require(done, "a tree was not brought about");
   };
   rastrel::bench::Compare(
       {.name = "copy " + name, .peerName = "cp -r", .rounds = 7, .limit = 0.8}, clear,
@@ -81,9 +67,8 @@ void CompareTree(const std::string& name, const fs::path& place, int count, std:
 }  // namespace
 
 int main() {
-  std::string place = "/dev/shm/rastrel-bench-XXXXXX";
-  if (::mkdtemp(place.data()) == nullptr) return 1;
+  const rastrel::test::ScratchDirectory scratch("/dev/shm");
+  const fs::path place = scratch.Path();
   CompareTree("1,000 files of 1 MiB", place, 1000, std::size_t{1} << 20);
   CompareTree("20,000 files of 4 KiB", place, 20000, std::size_t{4} << 10);
-  fs::remove_all(place);
 }

@@ -2,23 +2,22 @@
 // parser alone with functions that do nothing.
 
 #include <libxml/parser.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "bench/measure.h"
+#include "bench/program.h"
+#include "bench/require.h"
 #include "rastrel/imports/xml_layer.h"
 #include "rastrel/imports/xml_stream.h"
 #include "rastrel/imports/xml_walk.h"
 #include "rastrel/platform/os/path.h"
+#include "tests/support/scratch_directory.h"
 
 namespace {
 
@@ -76,12 +75,12 @@ class Cells : public imports::XmlStreamHandler {
 
 void StreamCells(const std::string& path) {
   Cells cells;
-  if (!imports::StreamXmlFile(os::FromNative(path), cells) || cells.Sum() == 0)
-    std::fputs("the sheet was not read\n", stderr);
+  bench::Require(imports::StreamXmlFile(os::FromNative(path), cells) && cells.Sum() > 0,
+                 "the sheet was not read");
 }
 
 void LoadAll(const std::string& path) {
-  if (!LoadXmlFile(os::FromNative(path))) std::fputs("the sheet was not loaded\n", stderr);
+  bench::Require(static_cast<bool>(LoadXmlFile(os::FromNative(path))), "the sheet was not loaded");
 }
 
 void ParserAlone(const std::string& path) {
@@ -112,30 +111,15 @@ void WholeTree(const std::string& path) {
 
 // Highest memory of a process that does nothing else, in MiB.
 double PeakOf(void (*work)(const std::string&), const std::string& path) {
-  const pid_t child = fork();
-  if (child == 0) {
-    work(path);
-    _exit(0);
-  }
-  int status = 0;
-  rusage used{};
-  wait4(child, &status, 0, &used);
-  return static_cast<double>(used.ru_maxrss) / 1024.0;
-}
-
-void ReportPeak(const char* name, double ours, const char* peerName, double peer, double limit) {
-  std::printf("bench\t%s\t%.1f\tMiB\t%s\t%.1f\t%.3f\t%f\n", name, ours, peerName, peer, ours / peer,
-              limit);
+  return bench::Process([&] { work(path); }).End().peakMiB;
 }
 
 }  // namespace
 
 int main() {
-  const auto folder =
-      std::filesystem::temp_directory_path() / ("xml-bench-" + std::to_string(getpid()));
-  std::filesystem::create_directory(folder);
-  const std::string sheet = folder / "sheet.xml";
-  const std::string part = folder / "part.xml";
+  const test::ScratchDirectory folder;
+  const std::string sheet = folder.Path("sheet.xml");
+  const std::string part = folder.Path("part.xml");
   WriteSheet(sheet, kRows);
   WriteSheet(part, kRows / 10);
   const auto nothing = [] {};
@@ -157,10 +141,9 @@ int main() {
        .limit = 0.25,
        .clock = bench::Clock::Processor},
       nothing, [&] { LoadAll(part); }, [&] { WholeTree(part); });
-  ReportPeak("XML, memory of the stream of 200,000 rows", PeakOf(StreamCells, sheet),
-             "libxml2 tree", PeakOf(WholeTree, sheet), 0.1);
-  ReportPeak("XML, memory of 20,000 rows loaded", PeakOf(LoadAll, part), "libxml2 tree",
-             PeakOf(WholeTree, part), 0.3);
-  std::filesystem::remove_all(folder);
+  bench::Print({"XML, memory of the stream of 200,000 rows", PeakOf(StreamCells, sheet), "MiB",
+                "libxml2 tree", PeakOf(WholeTree, sheet), 0.1});
+  bench::Print({"XML, memory of 20,000 rows loaded", PeakOf(LoadAll, part), "MiB", "libxml2 tree",
+                PeakOf(WholeTree, part), 0.3});
   return 0;
 }
