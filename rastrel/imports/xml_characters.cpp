@@ -8,6 +8,19 @@ namespace rastrel::imports {
 
 using namespace std::string_view_literals;
 
+namespace {
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& byte : lower)
+    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte + ('a' - 'A'));
+  return lower;
+}
+
+bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
+}  // namespace
+
 XmlEncodingFamily EncodingFamilyOf(std::string_view head) {
   if (head.starts_with("\xEF\xBB\xBF"sv)) return XmlEncodingFamily::kUtf8;
   for (const std::string_view sign : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv})
@@ -15,10 +28,18 @@ XmlEncodingFamily EncodingFamilyOf(std::string_view head) {
   return XmlEncodingFamily::kUnknown;
 }
 
+bool IsEncodingName(std::string_view declared) {
+  const std::string name = Lower(declared);
+  std::string bare = name;
+  std::erase_if(bare, [](char byte) { return (byte < 'a' || byte > 'z') && !IsDigit(byte); });
+  if (bare == "utf8") return name == "utf-8" || name == "utf8";
+  if (bare.starts_with("utf16"))
+    return name == "utf-16" || name == "utf-16le" || name == "utf-16be" || name == "utf16";
+  return true;
+}
+
 bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared) {
-  std::string lower;
-  for (const char byte : declared)
-    lower += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+  const std::string lower = Lower(declared);
   switch (family) {
     case XmlEncodingFamily::kUnknown: return true;
     case XmlEncodingFamily::kUtf8: return lower == "utf-8" || lower == "utf8";

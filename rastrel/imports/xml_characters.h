@@ -11,6 +11,11 @@ enum class XmlEncodingFamily { kUnknown, kUtf8, kUtf16 };
 /// The family by the first bytes, of which four are enough.
 [[nodiscard]] XmlEncodingFamily EncodingFamilyOf(std::string_view head);
 
+/// Whether an encoding may be declared by this name. Converters know the Unicode encodings by more
+/// spellings than are registered, with other stops or none, and some of these convert a character
+/// wrongly that lies in two pieces.
+[[nodiscard]] bool IsEncodingName(std::string_view declared);
+
 /// Whether a document of the family may declare this encoding. Any may, if nothing is known.
 [[nodiscard]] bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared);
 

@@ -411,7 +411,10 @@ void Parse::OnDocument() {
     return Fail(L"the document is of another version of XML than 1.0");
   const xmlChar* declared = m_Context->encoding;
   if (declared == nullptr && m_Context->input != nullptr) declared = m_Context->input->encoding;
-  if (declared != nullptr && !IsEncodingOf(m_Family, Bytes(declared)))
+  if (declared == nullptr) return;
+  if (!IsEncodingName(Bytes(declared)))
+    return Fail(L"\"" + os::WideFromUtf8(Bytes(declared)) + L"\" is no name of an encoding");
+  if (!IsEncodingOf(m_Family, Bytes(declared)))
     Fail(L"the document is in another encoding than it says");
 }
 

@@ -110,6 +110,19 @@ TEST_F(XmlEncodingTest, a_declaration_that_does_not_hold_is_refused) {
   }
 }
 
+TEST_F(XmlEncodingTest, other_spellings_of_unicode_encodings_are_refused) {
+  const auto reason = [this](const std::string& name) {
+    return ReasonOfFile("<?xml version='1.0' encoding='" + name + "'?><a>\xC3\xA9</a>");
+  };
+  for (const std::string name : {"UTF_8", "UTF-8-", "utf..8", "UTF8."})
+    EXPECT_TRUE(reason(name).ends_with("\"" + name + "\" is no name of an encoding")) << name;
+  // The parser may have been told something of these before.
+  for (const std::string name : {"UTF-16-", "UTF_16", "u-tf-16le"})
+    EXPECT_NE("", reason(name)) << name;
+  for (const std::string name : {"UTF-8", "utf-8", "UTF8", "Utf-8"})
+    EXPECT_EQ("", reason(name)) << name;
+}
+
 TEST_F(XmlEncodingTest, a_text_in_memory_is_what_it_is_whatever_it_declares) {
   for (const wchar_t* const name : {L"UTF-8", L"UTF-16", L"ISO-8859-1", L"windows-1252"})
     EXPECT_EQ(L"\u00E9\u20AC", Text(Load(L"<?xml version='1.0' encoding='" + std::wstring(name) +
