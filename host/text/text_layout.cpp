@@ -147,6 +147,14 @@ Extents ExtentsOf(PangoLayout* letters) {
 struct TextLayout::Letters {
   Owned<PangoLayout> layout;
   double scale = 1;  // from the measured size to the run's
+
+  void Give(cairo_t* context, void (*how)(cairo_t*, PangoLayoutLine*)) const {
+    cairo_save(context);
+    cairo_scale(context, scale, scale);
+    cairo_move_to(context, 0, 0);
+    how(context, pango_layout_get_line_readonly(layout.get(), 0));
+    cairo_restore(context);
+  }
 };
 
 struct TextLayout::Line {
@@ -282,21 +290,11 @@ bool TextLayout::IsSqueezed() const {
 }
 
 void TextLayout::DrawRun(cairo_t* context, std::size_t run) const {
-  const Letters& letters = *m_Letters[run];
-  cairo_save(context);
-  cairo_scale(context, letters.scale, letters.scale);
-  cairo_move_to(context, 0, 0);
-  pango_cairo_show_layout_line(context, pango_layout_get_line_readonly(letters.layout.get(), 0));
-  cairo_restore(context);
+  m_Letters[run]->Give(context, pango_cairo_show_layout_line);
 }
 
 void TextLayout::AddOutlines(cairo_t* context, std::size_t run) const {
-  const Letters& letters = *m_Letters[run];
-  cairo_save(context);
-  cairo_scale(context, letters.scale, letters.scale);
-  cairo_move_to(context, 0, 0);
-  pango_cairo_layout_line_path(context, pango_layout_get_line_readonly(letters.layout.get(), 0));
-  cairo_restore(context);
+  m_Letters[run]->Give(context, pango_cairo_layout_line_path);
 }
 
 }  // namespace rastrel::text

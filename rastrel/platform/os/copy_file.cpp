@@ -6,18 +6,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 #include <string_view>
 
-#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/file_content.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::os {
 namespace {
-
-constexpr std::size_t Piece = std::size_t{256} << 10;
 
 FileDescriptor OpenSource(FileAt source, LinksInSource links, struct stat& state) {
   const int flags = links == LinksInSource::Refused ? O_NOFOLLOW : 0;
@@ -48,16 +44,6 @@ FileDescriptor OpenTarget(FileAt target, const struct stat& source) {
   return file;
 }
 
-bool CopyThroughBuffer(int source, int target) {
-  // Left as it comes: clearing it would cost as much as a small file's copy.
-  const std::unique_ptr<char[]> buffer(new char[Piece]);
-  for (;;) {
-    const long got = ReadSome(source, buffer.get(), Piece);
-    if (got <= 0) return got == 0;
-    if (!WriteAll(target, {buffer.get(), static_cast<std::size_t>(got)})) return false;
-  }
-}
-
 bool CopyContent(int source, int target, std::uint64_t size) {
   std::uint64_t left = size;
   while (left > 0) {
@@ -69,7 +55,7 @@ bool CopyContent(int source, int target, std::uint64_t size) {
   }
   // What the kernel can't copy by itself (another file system, one that does not know how) goes
   // through memory, from where it stopped. Files of the proc file system have no size to go by.
-  return (size > 0 && left == 0) || CopyThroughBuffer(source, target);
+  return (size > 0 && left == 0) || AppendContent(target, source);
 }
 
 const char* Fill(int source, int target, const struct stat& state) {
