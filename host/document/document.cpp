@@ -110,7 +110,7 @@ Handles* Document::MembersToChange(ObjectHandle root) {
   return group ? &group->members : nullptr;
 }
 
-bool Document::Insert(ObjectHandle handle, ObjectHandle parent) {
+bool Document::Insert(ObjectHandle handle, ObjectHandle parent, std::size_t position) {
   const Object* object = Find(handle);
   if (!object || object->parent != 0 || !MembersToChange(parent)) return false;
   // A group within itself would have no end.
@@ -120,7 +120,7 @@ bool Document::Insert(ObjectHandle handle, ObjectHandle parent) {
     above = Find(above)->parent;
   }
   if (levels > DeepestGroup) return false;
-  Link(handle, parent, Members(parent).size());
+  Link(handle, parent, std::min(position, Members(parent).size()));
   KeepOrForget({Change::Kind::kInsert, handle, {}, parent});
   return true;
 }

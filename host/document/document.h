@@ -90,10 +90,10 @@ class Document {
   [[nodiscard]] const Object* Find(ObjectHandle handle) const;
   /// The same, to be changed: what it is now is kept for the open step.
   [[nodiscard]] Object* Edit(ObjectHandle handle);
-  /// Puts an object that stands nowhere into the document or a group, as the last. False if there
-  /// is no such object or group, if it stands somewhere, or if groups would stand more than
-  /// DeepestGroup deep.
-  bool Insert(ObjectHandle handle, ObjectHandle parent);
+  /// Puts an object that stands nowhere into the document or a group, in front of the member at
+  /// `position`, as the last if there are no more. False if there is no such object or group, if it
+  /// stands somewhere, or if groups would stand more than DeepestGroup deep.
+  bool Insert(ObjectHandle handle, ObjectHandle parent, std::size_t position = SIZE_MAX);
   /// Takes an object out of its place, and out of the selection. It can be inserted again.
   bool Remove(ObjectHandle handle);
   /// Ends an object, and a group's members with it, for good. Forgets the history.

@@ -109,6 +109,17 @@ int DocumentStore::DSAddSourceObject(ObjectHandle object, int /*kind*/, ObjectHa
   return DSAddObject(object);
 }
 
+// The first object of the document behind `object` that is none of those; 0 if there is none.
+ObjectHandle DocumentStore::NextBehind(ObjectHandle object, Handles those) const {
+  std::ranges::sort(those);
+  const Handles& objects = m_Document.Members(host::DocumentRoot);
+  const auto place = std::ranges::find(objects, object);
+  const auto next = std::find_if(place, objects.end(), [&](ObjectHandle other) {
+    return !std::ranges::binary_search(those, other);
+  });
+  return next == objects.end() ? 0 : *next;
+}
+
 ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
                                            ObjectHandle first) {
   const Handles members = MembersOf(list);
@@ -121,11 +132,14 @@ ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
   attributes.matrix = TM();
   const ObjectHandle group = m_Document.Create(GroupShape(), attributes);
   if (group == 0) return 0;
+  const ObjectHandle next = NextBehind(first, members);
   for (const ObjectHandle member : members) {
     m_Document.Remove(member);
     m_Document.Insert(member, group);
   }
-  m_Document.Insert(group, host::DocumentRoot);
+  const Handles& objects = m_Document.Members(host::DocumentRoot);
+  const auto place = std::ranges::find(objects, next);
+  m_Document.Insert(group, host::DocumentRoot, static_cast<std::size_t>(place - objects.begin()));
   return group;
 }
 

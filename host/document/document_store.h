@@ -98,6 +98,7 @@ class DocumentStore : public host::ObjectStore {
   [[nodiscard]] List* Find(host::ListHandle list);
   [[nodiscard]] Handles MembersOf(host::ListHandle list);
   [[nodiscard]] Attributes* Edit(ObjectHandle object);
+  [[nodiscard]] ObjectHandle NextBehind(ObjectHandle object, Handles those) const;
 
   Document& m_Document;
   TakeText m_TakeText;

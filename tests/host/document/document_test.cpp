@@ -311,6 +311,43 @@ TEST(DocumentStore, a_matrix_maps_a_group_and_what_stands_in_it) {
   EXPECT_DOUBLE_EQ(bounds.ymax, 2.4);
 }
 
+TEST(DocumentStore, a_group_takes_the_place_of_the_object_that_leads_it) {
+  for (std::size_t lead = 0; lead < 3; ++lead) {
+    Document document;
+    DocumentStore store(document);
+    const ObjectHandle below = AddDrill(document, 1);
+    const std::vector<ObjectHandle> members{AddDrill(document, 2), AddDrill(document, 3),
+                                            AddDrill(document, 4)};
+    const ObjectHandle above = AddDrill(document, 5);
+    document.DeselectAll();
+    for (const ObjectHandle member : members) document.Select(member);
+    const auto list = store.DSCreateSelectedList();
+    document.OpenStep(L"Group");
+    const ObjectHandle group = store.DSGroupObjects(list, 2, members[lead]);
+    document.CloseStep();
+    EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{below, group, above}));
+    EXPECT_EQ(document.Members(group), members);
+    EXPECT_TRUE(document.Undo());
+    EXPECT_EQ(document.Members(host::DocumentRoot),
+              (std::vector{below, members[0], members[1], members[2], above}));
+    EXPECT_TRUE(document.Redo());
+    EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{below, group, above}));
+  }
+}
+
+TEST(DocumentStore, a_group_of_what_lies_apart_stands_where_its_leader_stood) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle first = AddDrill(document, 1);
+  const ObjectHandle between = AddDrill(document, 2);
+  const ObjectHandle last = AddDrill(document, 3);
+  document.DeselectAll();
+  document.Select(first);
+  document.Select(last);
+  const ObjectHandle group = store.DSGroupObjects(store.DSCreateSelectedList(), 2, last);
+  EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{between, group}));
+}
+
 TEST(DocumentStore, objects_that_would_stand_too_deep_are_not_grouped) {
   for (const int levels : {DeepestGroup - 1, DeepestGroup}) {
     Document document;
