@@ -23,6 +23,8 @@ constexpr std::size_t kWindow = 2 * kPiece;
 constexpr std::size_t kLeastForParser = 64;
 // As many bytes as tell the family of encodings.
 constexpr std::size_t kHead = 4;
+constexpr std::string_view kCommentMark = "<!--";
+constexpr std::string_view kCommentEnd = "-->";
 
 const char* Bytes(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 std::string_view Bytes(const xmlChar* text, int length) {
@@ -66,6 +68,16 @@ class ThreadErrors {
   void* m_GenericUser;
 };
 
+// A piece that does not end within a comment, where there is a choice. Around the document element
+// the parser takes "<!-->" for a comment that has come to its end, and complains that it has none.
+std::size_t WithWholeComments(std::string_view bytes, std::size_t size, bool isFull) {
+  const std::size_t begin = bytes.substr(0, size).rfind(kCommentMark);
+  if (begin == bytes.npos) return size;
+  const std::size_t close = bytes.find(kCommentEnd, begin + kCommentMark.size());
+  if (close != bytes.npos) return std::max(size, close + kCommentEnd.size());
+  return begin > 0 ? begin : isFull ? size : 0;
+}
+
 // One reading of one document.
 class Parse {
  public:
@@ -92,7 +104,7 @@ class Parse {
   bool TakeElements(std::string_view& bytes, bool isFull);
   void Pass(std::string_view bytes, std::uint32_t line);
   void SetScope();
-  [[nodiscard]] std::size_t PieceForParser(std::string_view bytes) const;
+  [[nodiscard]] std::size_t PieceForParser(std::string_view bytes, bool isFull) const;
   void HurryParser();
   void Push(std::string_view piece, bool last);
   void CheckPending();
@@ -124,6 +136,7 @@ class Parse {
   std::vector<XmlBinding> m_Bindings;
   const XmlName* m_NotPlain = nullptr;  // an element that is the parser's
   std::size_t m_ForParser = 0;          // bytes that it is to read at once, at least
+  bool m_BeginsInComment = false;       // the parser has a comment's mark, and nothing else so far
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
   std::optional<XmlFailure> m_Failure;
   XmlEncodingFamily m_Family = XmlEncodingFamily::kUnknown;
@@ -208,7 +221,9 @@ std::size_t Parse::Consume(std::string_view bytes, bool isFull) {
       HurryParser();
     }
     if (Failed() || rest.empty()) break;
-    const std::string_view piece = rest.substr(0, PieceForParser(rest));
+    const std::string_view piece = rest.substr(0, PieceForParser(rest, isFull));
+    if (piece.empty()) break;
+    m_BeginsInComment = false;
     Push(piece, false);
     rest.remove_prefix(piece.size());
   }
@@ -275,8 +290,9 @@ void Parse::SetScope() {
   m_Scanner->SetScope(m_Bindings);
 }
 
-// Up to the next tag's end, where the scanner may go on; behind the element that it can't take.
-std::size_t Parse::PieceForParser(std::string_view bytes) const {
+// Up to the next tag's end, where the scanner may go on; behind the element that it can't take. 0
+// if more bytes are needed to say that.
+std::size_t Parse::PieceForParser(std::string_view bytes, bool isFull) const {
   if (m_Elements == nullptr || !IsUnconverted()) return bytes.size();
   const XmlName* const element =
       m_Elements->Collected() != nullptr ? m_Elements->Collected() : m_NotPlain;
@@ -286,7 +302,13 @@ std::size_t Parse::PieceForParser(std::string_view bytes) const {
     at = bytes.find(end, at);
   }
   at = at < bytes.size() ? bytes.find('>', at) : bytes.npos;
-  return at == bytes.npos ? bytes.size() : at + 1;
+  const std::size_t size = at == bytes.npos ? bytes.size() : at + 1;
+  if (m_BeginsInComment) {
+    const std::size_t close = bytes.find(kCommentEnd);
+    if (close == bytes.npos) return isFull ? bytes.size() : 0;
+    return WithWholeComments(bytes, std::max(size, close + kCommentEnd.size()), isFull);
+  }
+  return WithWholeComments(bytes, size, isFull);
 }
 
 // Small pieces cost the parser more than they save where one follows the other.
@@ -314,6 +336,7 @@ bool Parse::Begin(std::span<char> buffer) {
     Note({.reason = os::WideFromUtf8(XmlLibrary::Instance().Error())});
     return false;
   }
+  m_BeginsInComment = std::string_view(buffer.data(), held) == kCommentMark;
   xmlSAXHandler handler = Handler();
   if (m_Encoding == XmlEncoding::kByDocument) m_Family = EncodingFamilyOf({buffer.data(), held});
   const ThreadErrors errors(this, handler.serror);

@@ -76,6 +76,23 @@ TEST_F(XmlStreaming, a_table_that_is_cut_anywhere_is_refused_the_same) {
           << size;
 }
 
+TEST_F(XmlStreaming, comments_that_begin_with_a_bracket_are_comments_wherever_they_stand) {
+  for (const std::string comment : {"<!--> c -->", "<!---> c -->", "<!-->\n<t>-->", "<!---->"}) {
+    const std::string padding(70, ' ');
+    // Too long to lie in the least that the parser is given.
+    const std::string longer =
+        comment.substr(0, comment.size() - 3) + padding + "> " + padding + "> " + padding + "-->";
+    for (const std::string& document :
+         {comment + "<t><d><r/></d></t>", "<?xml version='1.0'?>" + comment + "<t><d/></t>",
+          "<t>" + comment + "<d>" + comment + "<r/></d>" + comment + "</t>", longer + "<t/>",
+          "<?i?>" + longer + "<t/>", "<t><d/></t>" + longer, longer + longer + "<t/>",
+          "<t><d><r/></d></t>" + comment, "<t><d><r/></d></t>" + padding + comment + comment}) {
+      EXPECT_EQ(CallsOf(document, {}).find("refused"), std::string::npos) << document;
+      EXPECT_EQ("", DifferencesInStreaming(document, 0, 0)) << document;
+    }
+  }
+}
+
 TEST_F(XmlStreaming, the_calls_tell_all_that_differs) {
   EXPECT_EQ(
       "\nbegin 0 t@1\nbegin 1 d@1\nbegin 2 r@2 a=[1]\nnode (0 r@2 a=[1](0 c@2)(1 [x]))"
