@@ -110,10 +110,9 @@ class Listener : public imports::XmlStreamHandler {
   std::vector<std::wstring> m_Parents;
 };
 
-// Separates the calls from what became of the document.
+// Stands behind the calls, ahead of why the document was refused.
 constexpr std::string_view Refused = "\nrefused";
 
-std::string_view CallsAlone(std::string_view text) { return text.substr(0, text.rfind(Refused)); }
 bool IsRefused(std::string_view text) { return text.rfind(Refused) != text.npos; }
 
 // Where the parser sees a fault, and what it makes of it, depends for some faults on how much there
@@ -155,11 +154,10 @@ std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
     streaming.piece = most;
     const std::string whole = CallsOf(document, streaming);
     if (whole == parts) continue;
+    if (IsRefused(parts) && IsRefused(whole) && DependsOnPieces(document, parts, streaming))
+      continue;
     const auto [left, right] = std::ranges::mismatch(parts, whole);
     const auto at = static_cast<std::size_t>(left - parts.begin());
-    if (IsRefused(parts) && IsRefused(whole) && at >= CallsAlone(parts).size() &&
-        DependsOnPieces(document, parts, streaming))
-      continue;
     const std::size_t from = at < 200 ? 0 : at - 200;
     return "in parts ..." + parts.substr(from, 400) + "\nwhole ..." + whole.substr(from, 400);
   }
