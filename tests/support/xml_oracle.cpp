@@ -170,7 +170,7 @@ bool IsBeyondTheLayer(std::string_view document) {
   if (document.find("<!DOCTYPE") != std::string_view::npos) return true;
   const std::string_view head = document.substr(0, 200);
   return head.find("<?xml") != std::string_view::npos ||
-         head.find('\0') != std::string_view::npos || head.starts_with("\xFE\xFF") ||
+         document.find('\0') != std::string_view::npos || head.starts_with("\xFE\xFF") ||
          head.starts_with("\xFF\xFE");
 }
 

@@ -18,8 +18,8 @@ namespace rastrel::test {
 /// The same of the literal tree of a document; nothing if it is not well-formed.
 [[nodiscard]] std::optional<std::string> LiteralDump(std::string_view document);
 
-/// Whether the layer refuses by rules of its own what XML allows: a document type, another version,
-/// an encoding.
+/// Whether the layer refuses by rules of its own what XML allows (a document type, another version,
+/// an encoding), or what the literal reading takes although it is not allowed (a NUL).
 [[nodiscard]] bool IsBeyondTheLayer(std::string_view document);
 
 /// What differs between the layer's ways to read a document (whole; in pieces of a few bytes; as a
