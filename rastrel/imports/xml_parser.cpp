@@ -68,14 +68,20 @@ class ThreadErrors {
   void* m_GenericUser;
 };
 
-// A piece that does not end within a comment, where there is a choice. Around the document element
-// the parser takes "<!-->" for a comment that has come to its end, and complains that it has none.
-std::size_t WithWholeComments(std::string_view bytes, std::size_t size, bool isFull) {
-  const std::size_t begin = bytes.substr(0, size).rfind(kCommentMark);
-  if (begin == bytes.npos) return size;
-  const std::size_t close = bytes.find(kCommentEnd, begin + kCommentMark.size());
-  if (close != bytes.npos) return std::max(size, close + kCommentEnd.size());
-  return begin > 0 ? begin : isFull ? size : 0;
+// A piece that does not end within a comment, where there is a choice; `from` is behind what
+// belongs to one that began before. Around the document element the parser takes "<!-->" for a
+// comment that has come to its end, and complains that it has none.
+std::size_t WithWholeComments(std::string_view bytes, std::size_t from, std::size_t size,
+                              bool isFull) {
+  size = std::max(from, size);
+  for (;;) {
+    const std::size_t begin = bytes.substr(0, size).find(kCommentMark, from);
+    if (begin == bytes.npos) return size;
+    const std::size_t close = bytes.find(kCommentEnd, begin + kCommentMark.size());
+    if (close == bytes.npos) return begin > 0 ? begin : isFull ? size : 0;
+    from = close + kCommentEnd.size();
+    size = std::max(from, size);
+  }
 }
 
 // One reading of one document.
@@ -303,12 +309,13 @@ std::size_t Parse::PieceForParser(std::string_view bytes, bool isFull) const {
   }
   at = at < bytes.size() ? bytes.find('>', at) : bytes.npos;
   const std::size_t size = at == bytes.npos ? bytes.size() : at + 1;
+  std::size_t behindComment = 0;
   if (m_BeginsInComment) {
     const std::size_t close = bytes.find(kCommentEnd);
     if (close == bytes.npos) return isFull ? bytes.size() : 0;
-    return WithWholeComments(bytes, std::max(size, close + kCommentEnd.size()), isFull);
+    behindComment = close + kCommentEnd.size();
   }
-  return WithWholeComments(bytes, size, isFull);
+  return WithWholeComments(bytes, behindComment, size, isFull);
 }
 
 // Small pieces cost the parser more than they save where one follows the other.

@@ -77,7 +77,8 @@ TEST_F(XmlStreaming, a_table_that_is_cut_anywhere_is_refused_the_same) {
 }
 
 TEST_F(XmlStreaming, comments_that_begin_with_a_bracket_are_comments_wherever_they_stand) {
-  for (const std::string comment : {"<!--> c -->", "<!---> c -->", "<!-->\n<t>-->", "<!---->"}) {
+  for (const std::string comment :
+       {"<!--> c -->", "<!---> c -->", "<!-->\n<t>-->", "<!---->", "<!--> <!-->"}) {
     const std::string padding(70, ' ');
     // Too long to lie in the least that the parser is given.
     const std::string longer =
