@@ -19,8 +19,8 @@
 #include "bench/require.h"
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/job_header.h"
-#include "rastrel/platform/host/stream.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/values/stream.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {

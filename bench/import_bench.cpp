@@ -10,9 +10,9 @@
 #include "host/document/document.h"
 #include "host/document_host.h"
 #include "rastrel/imports/xml_file_import.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/xml/layer.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {

@@ -13,16 +13,16 @@
 #include "bench/measure.h"
 #include "bench/program.h"
 #include "bench/require.h"
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_stream.h"
-#include "rastrel/imports/xml_walk.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/stream.h"
+#include "rastrel/xml/walk.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {
 
 using namespace rastrel;
-using imports::StreamChoice;
+using xml::StreamChoice;
 
 constexpr int kRows = 200000;
 constexpr int kColumns = 10;
@@ -51,17 +51,17 @@ void WriteSheet(const std::string& path, int rows) {
 }
 
 // Reads every cell's attributes and value, as a reader of sheets does.
-class Cells : public imports::XmlStreamHandler {
+class Cells : public xml::XmlStreamHandler {
  public:
   StreamChoice Begin(std::wstring_view name, const XmlNode&, int depth) override {
     if (depth == 0 || (depth == 1 && name == L"sheetData")) return StreamChoice::kEnter;
     return depth == 2 && name == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
   }
   void Node(const XmlNode& row) override {
-    for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
-      if (!imports::IsNamed(cell, L"c")) continue;
-      m_Sum += imports::AttributeBytes(cell, L"r").size();
-      m_Sum += imports::AttributeBytes(cell, L"t").size();
+    for (XmlNode cell = xml::FirstChild(row); cell; cell = xml::NextSibling(cell)) {
+      if (!xml::IsNamed(cell, L"c")) continue;
+      m_Sum += xml::AttributeBytes(cell, L"r").size();
+      m_Sum += xml::AttributeBytes(cell, L"t").size();
       if (NodeText(FirstChildNamed(cell, L"v"), m_Text)) m_Sum += m_Text.size();
     }
   }
@@ -75,7 +75,7 @@ class Cells : public imports::XmlStreamHandler {
 
 void StreamCells(const std::string& path) {
   Cells cells;
-  bench::Require(imports::StreamXmlFile(os::FromNative(path), cells) && cells.Sum() > 0,
+  bench::Require(xml::StreamXmlFile(os::FromNative(path), cells) && cells.Sum() > 0,
                  "the sheet was not read");
 }
 

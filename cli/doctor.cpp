@@ -17,13 +17,13 @@
 #include "cli/standard_streams.h"
 #include "cli/xml_input.h"
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/platform/host/data_root.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
+#include "rastrel/platform/standalone/data_root.h"
 
 namespace rastrel::cli {
 namespace {
@@ -62,7 +62,7 @@ void CheckInterpreter(Checks& checks) {
 }
 
 void CheckShipped(Checks& checks) {
-  const host::Resources shipped = host::FindResources();
+  const standalone::Resources shipped = standalone::FindResources();
   if (shipped.programs.empty() || shipped.files.empty()) {
     checks.push_back({"shipped files", State::Warning,
                       "the programs and files that ship with Rastrel are not beside it, so that "
@@ -74,12 +74,12 @@ void CheckShipped(Checks& checks) {
 }
 
 void CheckRoot(Checks& checks) {
-  const auto laidOut = host::LayOutDataRoot();
+  const auto laidOut = standalone::LayOutDataRoot();
   const std::string root = os::DataRoot();
   HealthCheck check{"data root", State::Good, "laid out", root, {}};
   if (!laidOut) {
     check.state = State::Bad;
-    check.text = os::Describe(laidOut.Error());
+    check.text = Describe(laidOut.Error());
     check.mend = "make it writable, or set RASTREL_HOME to a directory that is";
   } else if (root.find_first_of("\"\\\n") != root.npos) {
     check.state = State::Bad;
@@ -110,7 +110,7 @@ void CheckSpace(Checks& checks) {
   const auto space = std::filesystem::space(os::DataRoot(), error);
   if (error) {
     checks.push_back(
-        {"disk space", State::Warning, os::DescribeError(error.value()), os::DataRoot(), {}});
+        {"disk space", State::Warning, DescribeError(error.value()), os::DataRoot(), {}});
     return;
   }
   const std::string text = std::to_string(space.available >> 20) + " MiB free";
@@ -174,7 +174,7 @@ void FindMissing(const std::string& shipped, const std::string& present, int dep
 
 void CheckProlog(Checks& checks) {
   const std::string directory = RipDirectory() + "/System/prolog";
-  const host::Resources shipped = host::FindResources();
+  const standalone::Resources shipped = standalone::FindResources();
   std::vector<std::string> missing;
   if (!shipped.files.empty())
     FindMissing(shipped.files + "/rip/System/prolog", directory, 0, missing);

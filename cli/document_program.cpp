@@ -1,19 +1,19 @@
 #include "cli/document_program.h"
 
-#include "rastrel/platform/host/data_root.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/standalone/data_root.h"
 
 namespace rastrel::cli {
 
 ExitStatus RunDocumentProgram(const std::vector<std::string>& words) {
-  const std::string programs = host::FindResources().programs;
+  const std::string programs = standalone::FindResources().programs;
   if (programs.empty())
     throw CommandError(ExitStatus::NotInstalled,
                        "rastrel-document, which opens documents, is not installed");
-  const os::Failure failure = os::ReplaceProcess(programs + "/rastrel-document", words);
+  const Failure failure = os::ReplaceProcess(programs + "/rastrel-document", words);
   throw CommandError(
       ExitStatus::NotInstalled,
-      "rastrel-document, which opens documents, can't be started: " + os::Describe(failure));
+      "rastrel-document, which opens documents, can't be started: " + Describe(failure));
 }
 
 }  // namespace rastrel::cli

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 namespace {
@@ -44,7 +44,7 @@ std::string WhyNoFile(const std::string& path) {
   std::error_code error;
   const auto state = std::filesystem::status(path, error);
   if (state.type() == std::filesystem::file_type::not_found) return "there is no such file";
-  if (error) return os::DescribeError(error.value());
+  if (error) return DescribeError(error.value());
   if (std::filesystem::is_directory(state)) return "it is a directory";
   return std::filesystem::is_regular_file(state) ? "" : "it is no regular file";
 }
@@ -61,7 +61,7 @@ FileHead ReadFileHead(const std::string& path, std::size_t size) {
     file.read(head.bytes.data(), static_cast<std::streamsize>(size));
     head.bytes.resize(static_cast<std::size_t>(file.gcount()));
   }
-  if (!file.is_open() || file.bad()) return {{}, os::DescribeError(errno)};
+  if (!file.is_open() || file.bad()) return {{}, DescribeError(errno)};
   if (head.bytes.empty()) head.trouble = "it is empty";
   // Where more may follow, who reads on will see.
   const bool isWhole = head.bytes.size() < size;

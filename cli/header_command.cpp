@@ -18,7 +18,7 @@ namespace {
 
 [[noreturn]] void FailToWrite(const std::string& target) {
   throw CommandError(ExitStatus::JobFailed,
-                     "can't write '" + target + "': " + os::DescribeError(errno));
+                     "can't write '" + target + "': " + DescribeError(errno));
 }
 
 // Names that no library path can spell, as those with a backslash.

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include "children/corerast/job_kind.h"
 #include "cli/exit_status.h"
 #include "cli/file_head.h"
+#include "interpreter/job_kind.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -24,12 +24,12 @@ struct Asked {
                      "can't " + std::string(file.verb) + " '" + file.path + "': " + why);
 }
 
-const char* ExtensionOf(corerast::JobKind kind) {
+const char* ExtensionOf(interpreter::JobKind kind) {
   switch (kind) {
-    case corerast::JobKind::Pdf: return ".pdf";
-    case corerast::JobKind::Eps: return ".eps";
-    case corerast::JobKind::PostScript:
-    case corerast::JobKind::Unknown: break;
+    case interpreter::JobKind::Pdf: return ".pdf";
+    case interpreter::JobKind::Eps: return ".eps";
+    case interpreter::JobKind::PostScript:
+    case interpreter::JobKind::Unknown: break;
   }
   return ".ps";
 }
@@ -44,12 +44,12 @@ bool IsUnsafe(wchar_t character) {
 
 InputFile InspectInput(const std::string& path, const char* verb) {
   const Asked asked{path, verb};
-  const FileHead head = ReadFileHead(path, corerast::JobHeadSize);
+  const FileHead head = ReadFileHead(path, interpreter::JobHeadSize);
   if (!head.trouble.empty()) Refuse(asked, head.trouble);
   std::error_code error;
   const auto size = std::filesystem::file_size(path, error);
-  const auto layout = corerast::FindJobLayout(head.bytes, error ? head.bytes.size() : size);
-  if (layout.kind == corerast::JobKind::Unknown)
+  const auto layout = interpreter::FindJobLayout(head.bytes, error ? head.bytes.size() : size);
+  if (layout.kind == interpreter::JobKind::Unknown)
     Refuse(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
   InputFile input;
   input.path = path;

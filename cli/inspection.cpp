@@ -118,10 +118,10 @@ std::uint32_t WordAt(std::string_view bytes, std::size_t offset) {
 // The file's first bytes; those that it doesn't have are zeros.
 std::string HeadOf(const std::string& path, const std::wstring& wide) {
   auto file = os::RandomAccessFile::Open(wide);
-  if (!file) throw CommandError(ExitStatus::BadInput, os::Describe(file.Error()));
+  if (!file) throw CommandError(ExitStatus::BadInput, Describe(file.Error()));
   std::string head(DosHeaderSize, '\0');
   const long got = file->ReadAt(0, head);
-  if (got < 0) throw CommandError(ExitStatus::BadInput, os::Describe({"read", path, errno}));
+  if (got < 0) throw CommandError(ExitStatus::BadInput, Describe({"read", path, errno}));
   if (got == 0) head.clear();
   return head;
 }

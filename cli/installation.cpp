@@ -3,10 +3,10 @@
 #include "cli/exit_status.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/log_cleanup.h"
-#include "rastrel/platform/host/data_root.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/standalone/data_root.h"
 
 namespace rastrel::cli {
 namespace {
@@ -22,9 +22,9 @@ void MakeSureOfLog() {
   const std::wstring name = job::LogNamePrefix + std::to_wstring(os::CurrentProcessId()) + L".log";
   const auto file = os::CreateLog(CExePaths::Instance().m_RipDir + name);
   if (file) return;
-  throw CommandError(ExitStatus::NotInstalled,
-                     "the data root can't be used: " + os::Describe(file.Error()) +
-                         "; `rastrel doctor` tells more");
+  throw CommandError(
+      ExitStatus::NotInstalled,
+      "the data root can't be used: " + Describe(file.Error()) + "; `rastrel doctor` tells more");
 }
 
 void MakeSureOf(const std::string& directory) {
@@ -43,7 +43,7 @@ void MakeSureOfDataRoot() {
     MakeSureOf(directory);
 }
 
-void LayOutQuietly() { host::EnsureDataRoot(); }
+void LayOutQuietly() { standalone::EnsureDataRoot(); }
 
 std::string RipDirectory() { return NativeDirectory(CExePaths::Instance().m_RipDir); }
 
@@ -64,7 +64,7 @@ std::string WhyNotWritable(const std::string& directory) {
   const std::wstring name =
       wide + L"/.rastrel-write-" + std::to_wstring(os::CurrentProcessId()) + L".tmp";
   const auto file = os::CreateForWriting(name);
-  if (!file) return os::Describe(file.Error());
+  if (!file) return Describe(file.Error());
   return os::RemoveFile(name) ? std::string()
                               : "a file made in '" + directory + "' can't be removed";
 }

@@ -38,7 +38,7 @@ JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
     if (errno != EEXIST) break;
   }
   throw CommandError(ExitStatus::NotInstalled,
-                     os::Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
+                     Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
 }
 
 JobDirectory::~JobDirectory() {
@@ -52,9 +52,9 @@ std::string JobDirectory::Take(const InputFile& input, const std::string& name) 
     MakeReadable(copy);
     return copy;
   }
-  const bool source = copied.Error().operation == "open";
+  const bool source = copied.Error().what == "open";
   throw CommandError(source ? ExitStatus::BadInput : ExitStatus::JobFailed,
-                     "can't copy the job: " + os::Describe(copied.Error()));
+                     "can't copy the job: " + Describe(copied.Error()));
 }
 
 unsigned ProcessOfJobDirectory(const std::string& name) {

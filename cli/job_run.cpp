@@ -54,7 +54,7 @@ StopRequest::StopRequest(JobView* view)
     : m_View(view), m_Signals(os::StopSignals::Start([this](int) { OnSignal(); })) {
   if (!m_Signals)
     throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + os::DescribeError(errno));
+                       "the system gives no thread or descriptor: " + DescribeError(errno));
 }
 
 StopRequest::~StopRequest() = default;

@@ -18,7 +18,7 @@
 #include "cli/standard_streams.h"
 #include "rastrel/conversion/measure_page.h"
 #include "rastrel/platform/mfc/sync.h"
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/psscan/ps_parser.h"
@@ -56,7 +56,7 @@ class Stop {
   Stop() : m_Signals(os::StopSignals::Start([this](int) { Make(); })) {
     if (!m_Signals)
       throw CommandError(ExitStatus::JobFailed,
-                         "the system gives no thread or descriptor: " + os::DescribeError(errno));
+                         "the system gives no thread or descriptor: " + DescribeError(errno));
   }
   [[nodiscard]] bool IsMade() const { return m_Made; }
   [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }

@@ -12,8 +12,8 @@
 
 #include "cli/exit_status.h"
 #include "cli/programs.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -80,8 +80,8 @@ class PrivateDirectory {
       fs::permissions(path, fs::perms::owner_all, error);
     }
     if (error || m_Path.empty())
-      throw CommandError(ExitStatus::JobFailed, "no temporary directory could be made: " +
-                                                    os::DescribeError(error.value()));
+      throw CommandError(ExitStatus::JobFailed,
+                         "no temporary directory could be made: " + DescribeError(error.value()));
   }
   ~PrivateDirectory() {
     std::error_code ignored;

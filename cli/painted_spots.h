@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/platform/host/rect.h"
+#include "rastrel/platform/values/rect.h"
 
 namespace rastrel::cli {
 

@@ -64,7 +64,7 @@ std::string BytesOf(CJobTicket& ticket, const JobDirectory& directory) {
   auto bytes = os::ReadWholeFile(prefix->GetPrefixPath(), MostBytes);
   if (!bytes)
     throw CommandError(ExitStatus::JobFailed,
-                       "the prefix can't be read: " + os::Describe(bytes.Error()));
+                       "the prefix can't be read: " + Describe(bytes.Error()));
   // The library does not notice a disk that takes only a part.
   if (bytes->empty() || bytes->back() != EndOfJob)
     throw CommandError(ExitStatus::JobFailed,
@@ -78,8 +78,8 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   file << bytes;
   file.close();
   if (file.fail())
-    throw CommandError(ExitStatus::JobFailed, "the prefix can't be written to '" + path +
-                                                  "': " + os::DescribeError(errno));
+    throw CommandError(ExitStatus::JobFailed,
+                       "the prefix can't be written to '" + path + "': " + DescribeError(errno));
 }
 
 // With the end-of-job byte in letters, on a line of its own.

@@ -29,7 +29,7 @@ std::vector<odalis::Device> ReadPrinters() {
   const auto text = os::ReadWholeFile(os::FromNative(path), LargestFile);
   if (!text)
     throw CommandError(ExitStatus::NotInstalled,
-                       "the devices file can't be read: " + os::Describe(text.Error()));
+                       "the devices file can't be read: " + Describe(text.Error()));
   auto devices = odalis::ReadDevices(*text);
   if (!devices)
     throw CommandError(ExitStatus::NotInstalled,

@@ -17,8 +17,8 @@
 #include "cli/queue_program.h"
 #include "cli/queue_view.h"
 #include "cli/standard_streams.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/text.h"
@@ -36,7 +36,7 @@ std::set<fs::path> NamesIn(const std::string& directory) {
 
 [[noreturn]] void FailToWriteHeader() {
   throw CommandError(ExitStatus::JobFailed,
-                     "the job header can't be written: " + os::DescribeError(errno));
+                     "the job header can't be written: " + DescribeError(errno));
 }
 
 std::string HeaderBeside(const std::string& path) {
@@ -88,7 +88,7 @@ void Move(const fs::path& from, const fs::path& to) {
   if (error)
     throw CommandError(ExitStatus::JobFailed, "can't put '" + from.filename().string() +
                                                   "' into '" + to.parent_path().string() +
-                                                  "': " + os::DescribeError(error.value()));
+                                                  "': " + DescribeError(error.value()));
 }
 
 // What the program has made, moved.
@@ -135,7 +135,7 @@ std::unique_ptr<os::StopSignals> TakeSignals(QueueView& view) {
   auto signals = os::StopSignals::Start([&view](int) { view.RequestStop(); });
   if (!signals)
     throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + os::DescribeError(errno));
+                       "the system gives no thread or descriptor: " + DescribeError(errno));
   return signals;
 }
 

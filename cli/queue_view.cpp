@@ -1,7 +1,7 @@
 #include "cli/queue_view.h"
 
 #include "cli/exit_status.h"
-#include "rastrel/platform/host/window_faces.h"
+#include "rastrel/platform/standalone/window_faces.h"
 
 namespace rastrel::cli {
 namespace {
@@ -16,7 +16,7 @@ void QueueView::UseWindow() {
   const auto faces = host::LoadWindowFaces();
   if (!faces)
     throw CommandError(ExitStatus::NotInstalled,
-                       "--window: no window can be shown: " + faces.Error());
+                       "--window: no window can be shown: " + Describe(faces.Error()));
   m_Faces = *faces;
 }
 

@@ -78,10 +78,10 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     page.title = title;
     const std::string directory = entry.directory + "/" + title;
     page.bytes = os::TreeSize(os::FromNative(directory));
-    if (auto info = children::ReadPageInfo(directory)) {
+    if (auto info = pages::ReadPageInfo(directory)) {
       page.info = *info;
     } else {
-      page.problem = os::Describe(info.Error());
+      page.problem = Describe(info.Error());
     }
     pages.push_back(std::move(page));
   }
@@ -102,8 +102,8 @@ SpoolReservation::SpoolReservation(const std::string& name) {
     if (os::MakeDirectory(directory)) return;
     if (errno != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed, "no name in the spool can be had: " +
-                                                os::Describe({"mkdir", m_Directory, errno}));
+  throw CommandError(ExitStatus::JobFailed,
+                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
 }
 
 SpoolReservation::~SpoolReservation() {

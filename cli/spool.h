@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 
 /// The spool: directories "NAME.cfm" that hold the pages of one job each.
 namespace rastrel::cli {
@@ -14,8 +14,8 @@ namespace rastrel::cli {
 struct SpoolPage {
   std::string title;  ///< its directory's name
   std::uint64_t bytes = 0;
-  std::optional<children::PageInfo> info;  ///< nothing if its ".info" can't be read
-  std::string problem;                     ///< why not
+  std::optional<pages::PageInfo> info;  ///< nothing if its ".info" can't be read
+  std::string problem;                  ///< why not
 };
 
 struct SpoolEntry {

@@ -33,26 +33,26 @@ std::string Resolution(double value) {
   return error == std::errc() ? std::string(text.data(), end) : "?";
 }
 
-const char* ColourWord(children::PageColour colour) {
+const char* ColourWord(pages::PageColour colour) {
   switch (colour) {
-    case children::PageColour::Gray: return "gray";
-    case children::PageColour::Rgb: return "RGB";
-    case children::PageColour::Cmyk: return "CMYK";
-    case children::PageColour::Separations: return "separations";
+    case pages::PageColour::Gray: return "gray";
+    case pages::PageColour::Rgb: return "RGB";
+    case pages::PageColour::Cmyk: return "CMYK";
+    case pages::PageColour::Separations: return "separations";
   }
   return "";
 }
 
-std::string PlaneNames(const children::PageInfo& info) {
+std::string PlaneNames(const pages::PageInfo& info) {
   std::string names;
-  for (const children::PagePlane& plane : info.planes)
+  for (const pages::PagePlane& plane : info.planes)
     names += (names.empty() ? "" : ", ") + plane.name;
   return names;
 }
 
 std::string PageText(const SpoolPage& page) {
   if (!page.info) return page.title + "\t" + page.problem + "\n";
-  const children::PageInfo& info = *page.info;
+  const pages::PageInfo& info = *page.info;
   return "page " + std::to_string(info.page) + "\t" + std::to_string(info.width) + " x " +
          std::to_string(info.height) + " pixels\t" + Resolution(info.xResolution) + " x " +
          Resolution(info.yResolution) + " dpi\t" + std::to_string(info.bits) + " bits " +
@@ -66,13 +66,13 @@ std::string PageLine(const SpoolEntry& entry, const SpoolPage& page) {
     line.Add("text", page.problem).Add("path", entry.directory + "/" + page.title);
     return line.Text();
   }
-  const children::PageInfo& info = *page.info;
+  const pages::PageInfo& info = *page.info;
   line.Add("page", info.page).Add("path", entry.directory + "/" + page.title);
   line.Add("width", info.width).Add("height", info.height);
   line.AddNumber("x-resolution", info.xResolution).AddNumber("y-resolution", info.yResolution);
   line.Add("bits", info.bits).Add("colour", ColourWord(info.colour));
   std::vector<std::string> planes;
-  for (const children::PagePlane& plane : info.planes) planes.push_back(plane.name);
+  for (const pages::PagePlane& plane : info.planes) planes.push_back(plane.name);
   line.Add("planes", planes).Add("bytes", static_cast<std::int64_t>(page.bytes));
   line.Add("job", info.job).Add("printer", info.printer).Add("mode", info.mode);
   return line.Text();

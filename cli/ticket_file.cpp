@@ -63,7 +63,7 @@ std::string TicketPath(const std::string& text) {
 
 void LoadTicket(CJobTicket& ticket, const std::string& path) {
   auto content = os::ReadWholeFile(os::FromNative(path), LargestTicket);
-  if (!content) Refuse(path, os::Describe(content.Error()));
+  if (!content) Refuse(path, Describe(content.Error()));
   TicketBytes file(std::move(*content));
   CheckVersion(file.Bytes(), path);
   CArchive archive(&file, CArchive::load);
@@ -91,7 +91,7 @@ void SaveTicket(const CJobTicket& ticket, const std::string& path) {
                                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   if (!written)
     throw CommandError(ExitStatus::JobFailed,
-                       "the ticket can't be saved: " + os::Describe(written.Error()));
+                       "the ticket can't be saved: " + Describe(written.Error()));
 }
 
 }  // namespace rastrel::cli

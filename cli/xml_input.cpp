@@ -5,11 +5,11 @@
 
 #include "cli/exit_status.h"
 #include "cli/file_head.h"
-#include "rastrel/imports/xml_failure.h"
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_present.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/present.h"
 
 namespace rastrel::cli {
 namespace {
@@ -20,10 +20,10 @@ namespace {
 
 // Places are told as compilers tell them.
 void ThrowXmlFailure(const XmlInput& input) {
-  std::optional<imports::XmlFailure> failure = imports::TakeXmlFailure();
+  std::optional<xml::XmlFailure> failure = xml::TakeXmlFailure();
   if (!failure) return;
   failure->path = os::FromNative(input.path);
-  throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(imports::Describe(*failure)));
+  throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
 }
 
 // What no reader of XML need be asked about.
@@ -49,7 +49,7 @@ std::wstring ReaderPath(const std::string& path) {
 }
 
 void RequireXmlParser() {
-  const std::string why = imports::WhyNoXmlParser();
+  const std::string why = xml::WhyNoXmlParser();
   if (!why.empty()) throw CommandError(ExitStatus::NotInstalled, why + "; install libxml2");
 }
 

@@ -30,4 +30,17 @@ function(rastrel_install_public_headers root destination)
     file(INSTALL DESTINATION "${CMAKE_INSTALL_PREFIX}/${destination}/${folder}" TYPE FILE
       FILES "${root}/${header}")
   endforeach()
+  rastrel_install_moved_headers("${root}" "${destination}")
+endfunction()
+
+# Puts a header of one line where each line of packaging/moved-headers.txt says that one was.
+function(rastrel_install_moved_headers root destination)
+  file(STRINGS ${root}/packaging/moved-headers.txt lines REGEX "^rastrel/")
+  foreach(line IN LISTS lines)
+    string(REGEX MATCH "^([^ ]+) +([^ ]+)$" line "${line}")
+    set(path "${CMAKE_INSTALL_PREFIX}/${destination}/${CMAKE_MATCH_1}")
+    file(WRITE "$ENV{DESTDIR}${path}" "#include \"${CMAKE_MATCH_2}\"  // moved there\n")
+    list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${path}")
+  endforeach()
+  set(CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_MANIFEST_FILES}" PARENT_SCOPE)
 endfunction()

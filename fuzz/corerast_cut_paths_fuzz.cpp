@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "children/corerast/cut_paths.h"
+#include "interpreter/cut_paths.h"
 
 namespace {
 
@@ -69,8 +69,8 @@ void CheckFile(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   std::string_view text(reinterpret_cast<const char*>(bytes), size);
-  corerast::CutPaths paths;
-  children::PageInfo info;
+  interpreter::CutPaths paths;
+  pages::PageInfo info;
   info.width = 200;
   info.height = 100;
   info.xResolution = 144;

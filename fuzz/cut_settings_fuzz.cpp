@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "rastrel/conversion/cut_data.h"
-#include "rastrel/platform/host/stream.h"
+#include "rastrel/platform/values/stream.h"
 
 namespace {
 

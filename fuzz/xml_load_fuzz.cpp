@@ -6,9 +6,9 @@
 #include <iostream>
 #include <string>
 
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/layer.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/xml_oracle.h"
 

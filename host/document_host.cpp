@@ -44,14 +44,14 @@ DocumentHost::DocumentHost(std::unique_ptr<Document> document)
 
 DocumentHost::~DocumentHost() = default;
 
-os::Expected<std::unique_ptr<DocumentHost>, std::wstring> DocumentHost::Open(
+os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> DocumentHost::Open(
     const std::wstring& path) {
   auto document = LoadDocument(path);
   if (!document) return document.Error();
   return std::make_unique<DocumentHost>(std::move(*document));
 }
 
-os::Outcome<os::Done> DocumentHost::Save(const std::wstring& path) const {
+Expected<void> DocumentHost::Save(const std::wstring& path) const {
   return SaveDocument(*m_Parts->document, path);
 }
 

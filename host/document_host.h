@@ -4,8 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "rastrel/platform/host/embedded_host.h"
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/expected_or.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 
 namespace rastrel::text {
 class FontCatalog;
@@ -25,7 +26,7 @@ class Notices;
 /// It is installed with host::SetHost and holds one document as long as it lives. What the user
 /// should hear of is collected in the notices. The thread that made it alone may use it. It has no
 /// contour cutting and no plane reading.
-class DocumentHost : public host::EmbeddedHost {
+class DocumentHost : public standalone::StandaloneHost {
  public:
   /// With a new, empty document.
   DocumentHost();
@@ -36,10 +37,10 @@ class DocumentHost : public host::EmbeddedHost {
   DocumentHost& operator=(const DocumentHost&) = delete;
 
   /// With the document of a file (document_file.h), or why it can't be read, in words.
-  [[nodiscard]] static os::Expected<std::unique_ptr<DocumentHost>, std::wstring> Open(
+  [[nodiscard]] static os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> Open(
       const std::wstring& path);
   /// Saves the document to a file, whole or not at all.
-  [[nodiscard]] os::Outcome<os::Done> Save(const std::wstring& path) const;
+  [[nodiscard]] Expected<void> Save(const std::wstring& path) const;
 
   [[nodiscard]] host::ObjectStore* GetObjectStore() override;
   [[nodiscard]] host::TextCompose* GetTextCompose() override;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected_or.h"
 
 namespace rastrel::odalis {
 
@@ -18,7 +18,7 @@ struct Problem {
 
 /// A value, or the problem that stands in its place.
 template <typename Value>
-using Attempt = os::Expected<Value, Problem>;
+using Attempt = os::ExpectedOr<Value, Problem>;
 
 /// An attempt at something that gives nothing but its success.
 struct Success {};

@@ -49,7 +49,7 @@ struct Pipe {
   ::setpgid(0, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::signal(SIGPIPE, SIG_DFL);
-  const bool known = children::Guardian::GuardGroup(guardian, ::getpid());
+  const bool known = interpreter::Guardian::GuardGroup(guardian, ::getpid());
   errno = known ? 0 : ESRCH;
   if (known && ::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2) {
     ::execvp(arguments[0], arguments);
@@ -61,7 +61,7 @@ struct Pipe {
 
 class Running {
  public:
-  Running(std::string program, children::Guardian& guardian)
+  Running(std::string program, interpreter::Guardian& guardian)
       : m_Program(std::move(program)), m_Guardian(guardian) {}
   ~Running() {
     if (m_Id > 0) End();
@@ -178,7 +178,7 @@ class Running {
   }
 
   std::string m_Program;
-  children::Guardian& m_Guardian;
+  interpreter::Guardian& m_Guardian;
   pid_t m_Id = -1;
   os::FileDescriptor m_Output;
   std::string m_Tail;
@@ -187,13 +187,13 @@ class Running {
 }  // namespace
 
 Attempt<Success> RunCommand(const std::vector<std::string>& words, const std::string& file,
-                            children::Guardian& guardian, unsigned timeoutSeconds) {
+                            interpreter::Guardian& guardian, unsigned timeoutSeconds) {
   Running running(words.front(), guardian);
   if (auto started = running.Start(words, file); !started) return started;
   return running.Wait(timeoutSeconds);
 }
 
-CommandDirectory::CommandDirectory(std::string path, children::Guardian& guardian)
+CommandDirectory::CommandDirectory(std::string path, interpreter::Guardian& guardian)
     : m_Path(std::move(path)), m_Guardian(&guardian) {}
 
 CommandDirectory::CommandDirectory(CommandDirectory&& other) noexcept
@@ -207,7 +207,7 @@ CommandDirectory::~CommandDirectory() {
   static_cast<void>(m_Guardian->Release(m_Path));
 }
 
-Attempt<CommandDirectory> CommandDirectory::Create(children::Guardian& guardian) {
+Attempt<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
   std::string parent = os::EnvironmentValue("TMPDIR");
   if (parent.empty() || parent.front() != '/') parent = "/tmp";
   std::random_device random;

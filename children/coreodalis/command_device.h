@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "children/coreodalis/attempt.h"
-#include "children/shared/guardian.h"
+#include "interpreter/guardian.h"
 
 namespace rastrel::odalis {
 
@@ -16,7 +16,7 @@ namespace rastrel::odalis {
 /// The problem says how it ended and the last line that it printed. `timeoutSeconds`: its group is
 /// killed after that; 0 is never. REQUIRES: this process has one thread.
 [[nodiscard]] Attempt<Success> RunCommand(const std::vector<std::string>& words,
-                                          const std::string& file, children::Guardian& guardian,
+                                          const std::string& file, interpreter::Guardian& guardian,
                                           unsigned timeoutSeconds);
 
 /// A private directory for the file that a program is given. It is removed with all in it when this
@@ -24,7 +24,7 @@ namespace rastrel::odalis {
 class CommandDirectory {
  public:
   /// Makes it in $TMPDIR, or in /tmp.
-  [[nodiscard]] static Attempt<CommandDirectory> Create(children::Guardian& guardian);
+  [[nodiscard]] static Attempt<CommandDirectory> Create(interpreter::Guardian& guardian);
   ~CommandDirectory();
   CommandDirectory(CommandDirectory&& other) noexcept;
   CommandDirectory& operator=(CommandDirectory&& other) = delete;
@@ -35,10 +35,10 @@ class CommandDirectory {
   [[nodiscard]] const std::string& Path() const { return m_Path; }
 
  private:
-  CommandDirectory(std::string path, children::Guardian& guardian);
+  CommandDirectory(std::string path, interpreter::Guardian& guardian);
 
   std::string m_Path;
-  children::Guardian* m_Guardian;
+  interpreter::Guardian* m_Guardian;
 };
 
 }  // namespace rastrel::odalis

@@ -8,7 +8,7 @@
 #include "children/coreodalis/devices.h"
 #include "children/coreodalis/output_file.h"
 #include "children/coreodalis/page_source.h"
-#include "children/shared/guardian.h"
+#include "interpreter/guardian.h"
 
 namespace rastrel::odalis {
 
@@ -24,7 +24,7 @@ struct DeliveryOrder {
 /// Brings pages to devices. Each page arrives at most once: its files appear whole or not at all.
 class Delivery {
  public:
-  explicit Delivery(children::Guardian& guardian) : m_Guardian(guardian) {}
+  explicit Delivery(interpreter::Guardian& guardian) : m_Guardian(guardian) {}
 
   /// Delivers one page. The paths of the files that are in their places now; none for a command.
   [[nodiscard]] Attempt<std::vector<std::string>> Deliver(PageSource& source,
@@ -35,7 +35,7 @@ class Delivery {
                                                           const DeliveryOrder& order);
   [[nodiscard]] Attempt<Success> ToCommand(PageSource& source, const DeliveryOrder& order);
 
-  children::Guardian& m_Guardian;
+  interpreter::Guardian& m_Guardian;
   Publisher m_Publisher;
 };
 

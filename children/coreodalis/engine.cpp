@@ -11,7 +11,7 @@
 #include "children/coreodalis/devices.h"
 #include "children/coreodalis/page_source.h"
 #include "children/coreodalis/report.h"
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -48,7 +48,7 @@ std::string OutputDirectory() {
 
 class Engine {
  public:
-  Engine(const EngineOptions& options, children::Guardian& guardian)
+  Engine(const EngineOptions& options, interpreter::Guardian& guardian)
       : m_Options(options),
         m_Output(OutputDirectory()),
         m_Printer(os::EnvironmentValue("RASTREL_PRINTER")),
@@ -91,7 +91,7 @@ class Engine {
     for (auto& [path, place] : m_Places) {
       place.native = os::ToNative(place.path);
       const bool isThere = os::IsDirectory(place.path) &&
-                           os::Exists(place.path + L"/" + os::WideFromUtf8(children::PageInfoName));
+                           os::Exists(place.path + L"/" + os::WideFromUtf8(pages::PageInfoName));
       if (isThere) continue;
       // What is to be removed and is gone is as it should be.
       if (place.printings == 0 && !os::Exists(place.path)) continue;
@@ -125,7 +125,7 @@ class Engine {
   Attempt<Success> ReadDevicesFile() {
     m_DevicesPath = os::DataRoot() + "/devices.txt";
     const auto text = os::ReadWholeFile(os::FromNative(m_DevicesPath), LargestDevicesFile);
-    if (!text) return Problem{"no devices: " + os::Describe(text.Error())};
+    if (!text) return Problem{"no devices: " + Describe(text.Error())};
     auto devices = ReadDevices(*text);
     if (!devices) return Problem{"'" + m_DevicesPath + "', " + devices.Error().text};
     m_Devices = std::move(*devices);
@@ -146,7 +146,7 @@ class Engine {
   }
 
   Attempt<Success> PrintOnce(const PageEntry& entry, PagePlace& place) {
-    const auto info = children::ReadPageInfo(place.native);
+    const auto info = pages::ReadPageInfo(place.native);
     if (!info) return InfoProblem(place, info.Error());
     DeliveryOrder order;
     order.values.printer = m_Printer.empty() ? info->printer : m_Printer;
@@ -177,9 +177,9 @@ class Engine {
   }
 
   /// What is wrong in the text is told with its line; any other failure names the file by itself.
-  static Problem InfoProblem(const PagePlace& place, const os::Failure& failure) {
-    if (!failure.subject.starts_with("line ")) return Problem{os::Describe(failure)};
-    return Problem{"'" + place.native + "/" + children::PageInfoName + "', " + failure.subject};
+  static Problem InfoProblem(const PagePlace& place, const Failure& failure) {
+    if (!failure.where.starts_with("line ")) return Problem{Describe(failure)};
+    return Problem{"'" + place.native + "/" + pages::PageInfoName + "', " + failure.where};
   }
 
   void ReportShare(double share) {
@@ -210,7 +210,7 @@ class Engine {
 }  // namespace
 
 ExitStatus RunEngine(std::string_view text, const EngineOptions& options,
-                     children::Guardian& guardian) {
+                     interpreter::Guardian& guardian) {
   return Engine(options, guardian).Run(text);
 }
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "children/coreodalis/exit_status.h"
-#include "children/shared/guardian.h"
+#include "interpreter/guardian.h"
 
 namespace rastrel::odalis {
 
@@ -19,6 +19,6 @@ struct EngineOptions {
 /// Before anything is delivered, every page directory of the text is looked for. The first page
 /// that can't be delivered ends the run; the ones before it stay.
 [[nodiscard]] ExitStatus RunEngine(std::string_view text, const EngineOptions& options,
-                                   children::Guardian& guardian);
+                                   interpreter::Guardian& guardian);
 
 }  // namespace rastrel::odalis

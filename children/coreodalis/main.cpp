@@ -14,8 +14,8 @@
 #include "children/coreodalis/exit_status.h"
 #include "children/coreodalis/report.h"
 #include "children/shared/arguments.h"
-#include "children/shared/guardian.h"
-#include "rastrel/platform/os/outcome.h"
+#include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace {
 
@@ -76,9 +76,9 @@ std::optional<std::string> ReadInput() {
 ExitStatus Run(const std::vector<std::string_view>& arguments) {
   const auto options = ReadArguments(arguments);
   if (!options) return ExitStatus::WrongUse;
-  auto guardian = children::Guardian::Start(false);
+  auto guardian = interpreter::Guardian::Start(false);
   if (!guardian) {
-    ReportError(os::Describe(guardian.Error()));
+    ReportError(Describe(guardian.Error()));
     return ExitStatus::Internal;
   }
   ReportState(EngineState::Initialising);

@@ -72,7 +72,7 @@ Attempt<Success> MakeDirectories(const std::string& directory) {
 }  // namespace
 
 OutputFile::OutputFile(os::FileDescriptor descriptor, std::string directory, std::string hidden,
-                       children::Guardian& guardian)
+                       interpreter::Guardian& guardian)
     : m_Descriptor(std::move(descriptor)),
       m_Directory(std::move(directory)),
       m_Hidden(std::move(hidden)),
@@ -90,8 +90,8 @@ OutputFile::~OutputFile() {
   static_cast<void>(m_Guardian->Release(m_Hidden));
 }
 
-Attempt<OutputFile> OutputFile::Create(const std::string& directory, children::Guardian& guardian,
-                                       bool allowNameless) {
+Attempt<OutputFile> OutputFile::Create(const std::string& directory,
+                                       interpreter::Guardian& guardian, bool allowNameless) {
   if (auto made = MakeDirectories(directory); !made) return made.Error();
   if (allowNameless) {
     os::FileDescriptor nameless(

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "children/coreodalis/attempt.h"
-#include "children/shared/guardian.h"
+#include "interpreter/guardian.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 /// Files that appear in their directory only when they are whole.
@@ -19,7 +19,7 @@ class OutputFile {
   /// Makes one in the directory (native path), which is made with its parents if missing. Access is
   /// 0666 less the umask. `allowNameless`: try the first form.
   [[nodiscard]] static Attempt<OutputFile> Create(const std::string& directory,
-                                                  children::Guardian& guardian,
+                                                  interpreter::Guardian& guardian,
                                                   bool allowNameless = true);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;
@@ -45,12 +45,12 @@ class OutputFile {
 
  private:
   OutputFile(os::FileDescriptor descriptor, std::string directory, std::string hidden,
-             children::Guardian& guardian);
+             interpreter::Guardian& guardian);
 
   os::FileDescriptor m_Descriptor;
   std::string m_Directory;
   std::string m_Hidden;  ///< path of the hidden file; empty: it has no name
-  children::Guardian* m_Guardian;
+  interpreter::Guardian* m_Guardian;
 };
 
 /// Gives finished files their names, all or none (but for the machine's end between two of them).

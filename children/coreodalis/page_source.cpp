@@ -18,20 +18,19 @@ bool AreProcessInks(const std::vector<std::string>& planes) {
   return std::equal(planes.begin(), planes.end(), ProcessInks.begin(), ProcessInks.end());
 }
 
-Attempt<ColourModel> ModelOf(const children::PageInfo& info,
-                             const std::vector<std::string>& planes) {
+Attempt<ColourModel> ModelOf(const pages::PageInfo& info, const std::vector<std::string>& planes) {
   const std::size_t count = planes.size();
   switch (info.colour) {
-    case children::PageColour::Gray:
+    case pages::PageColour::Gray:
       if (count == 1) return ColourModel::Gray;
       break;
-    case children::PageColour::Rgb:
+    case pages::PageColour::Rgb:
       if (count == 3) return ColourModel::Rgb;
       break;
-    case children::PageColour::Cmyk:
+    case pages::PageColour::Cmyk:
       if (count == 4) return ColourModel::Cmyk;
       break;
-    case children::PageColour::Separations:
+    case pages::PageColour::Separations:
       if (count == 0 || count > MostPlanes) break;
       return AreProcessInks(planes) ? ColourModel::Cmyk : ColourModel::Inks;
   }
@@ -43,7 +42,7 @@ bool IsResolution(double value) {
   return std::isfinite(value) && value > 0 && value <= HighestResolution;
 }
 
-Attempt<ImageShape> ShapeOf(const children::PageInfo& info) {
+Attempt<ImageShape> ShapeOf(const pages::PageInfo& info) {
   if (info.bits != 8) {
     return Problem{"the page has " + std::to_string(info.bits) +
                    " bits a sample; 8 can be printed"};
@@ -71,7 +70,7 @@ Attempt<ImageShape> ShapeOf(const children::PageInfo& info) {
 
 }  // namespace
 
-Attempt<PageSource> PageSource::Open(const std::string& directory, const children::PageInfo& info) {
+Attempt<PageSource> PageSource::Open(const std::string& directory, const pages::PageInfo& info) {
   PageSource source;
   auto shape = ShapeOf(info);
   if (!shape) return shape.Error();
@@ -80,8 +79,7 @@ Attempt<PageSource> PageSource::Open(const std::string& directory, const childre
   return source;
 }
 
-Attempt<Success> PageSource::OpenParts(const std::string& directory,
-                                       const children::PageInfo& info) {
+Attempt<Success> PageSource::OpenParts(const std::string& directory, const pages::PageInfo& info) {
   for (const auto& plane : info.planes) {
     auto part = PartOf(directory, info, plane.file);
     if (!part) return part.Error();
@@ -98,8 +96,8 @@ Attempt<Success> PageSource::OpenParts(const std::string& directory,
   return Success{};
 }
 
-Attempt<std::size_t> PageSource::PartOf(const std::string& directory,
-                                        const children::PageInfo& info, const std::string& name) {
+Attempt<std::size_t> PageSource::PartOf(const std::string& directory, const pages::PageInfo& info,
+                                        const std::string& name) {
   for (std::size_t i = 0; i < m_Parts.size(); ++i) {
     if (m_Parts[i].name == name) return i;
   }

@@ -9,7 +9,7 @@
 #include "children/coreodalis/attempt.h"
 #include "children/coreodalis/image.h"
 #include "children/coreodalis/pixel_file.h"
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 
 namespace rastrel::odalis {
 
@@ -19,7 +19,7 @@ class PageSource {
   /// Opens every file that holds a plane and checks sizes, checksums and dimensions. `directory` is
   /// a native path. The problem names the file or the value of the description that is wrong.
   [[nodiscard]] static Attempt<PageSource> Open(const std::string& directory,
-                                                const children::PageInfo& info);
+                                                const pages::PageInfo& info);
 
   /// What the rows hold: 8 bits a sample, a pixel's planes side by side in printing order. In ink
   /// planes 255 is no ink.
@@ -41,10 +41,9 @@ class PageSource {
 
   PageSource() = default;
   [[nodiscard]] Attempt<Success> OpenParts(const std::string& directory,
-                                           const children::PageInfo& info);
+                                           const pages::PageInfo& info);
   [[nodiscard]] Attempt<std::size_t> PartOf(const std::string& directory,
-                                            const children::PageInfo& info,
-                                            const std::string& name);
+                                            const pages::PageInfo& info, const std::string& name);
 
   ImageShape m_Shape;
   std::vector<Part> m_Parts;

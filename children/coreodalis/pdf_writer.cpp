@@ -167,7 +167,7 @@ class PdfWriter final : public ImageWriter {
     return Problem{"writing '" + m_Name + "': " + why};
   }
   Attempt<Success> State() const {
-    if (m_Error != 0) return Refuse(os::DescribeError(m_Error));
+    if (m_Error != 0) return Refuse(DescribeError(m_Error));
     return Success{};
   }
 

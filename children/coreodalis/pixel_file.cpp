@@ -11,7 +11,7 @@
 
 #include "children/coreodalis/netpbm_file.h"
 #include "children/coreodalis/tiff_reader.h"
-#include "children/shared/sha256.h"
+#include "pages/sha256.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::odalis {
@@ -31,14 +31,14 @@ Attempt<os::FileDescriptor> OpenRegular(const std::string& path) {
 }
 
 Attempt<Success> CheckContent(int descriptor, const std::string& path,
-                              const children::PageFile& file) {
+                              const pages::PageFile& file) {
   struct stat state {};
   if (::fstat(descriptor, &state) != 0) return SystemProblem("fstat", path, errno);
   if (static_cast<std::uint64_t>(state.st_size) != file.bytes) {
     return Problem{"'" + path + "' has " + std::to_string(state.st_size) + " bytes, and " +
                    std::to_string(file.bytes) + " by the page's description"};
   }
-  children::Sha256 sum;
+  pages::Sha256 sum;
   std::vector<char> block(HashBlock);
   while (true) {
     const ssize_t count = ::read(descriptor, block.data(), block.size());
@@ -62,7 +62,7 @@ bool IsPlainName(const std::string& name) {
 }  // namespace
 
 Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                  const children::PageFile& file) {
+                                                  const pages::PageFile& file) {
   if (!IsPlainName(file.name)) return Problem{"'" + file.name + "' is no name of a page's file"};
   const std::string path = directory + "/" + file.name;
   auto descriptor = OpenRegular(path);

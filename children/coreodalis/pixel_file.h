@@ -6,7 +6,7 @@
 #include <string>
 
 #include "children/coreodalis/attempt.h"
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 
 /// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row
 /// or strip, whatever the file claims to hold.
@@ -41,6 +41,6 @@ class PixelFile {
 /// must be a regular one of the size and checksum told; links are not followed. The problem names
 /// the file.
 [[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                                const children::PageFile& file);
+                                                                const pages::PageFile& file);
 
 }  // namespace rastrel::odalis

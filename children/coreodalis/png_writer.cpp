@@ -94,7 +94,7 @@ class PngWriter final : public ImageWriter {
 
   static void TakeError(png_structp png, png_const_charp text) {
     auto* self = static_cast<PngWriter*>(png_get_error_ptr(png));
-    self->m_Error = self->m_WriteError != 0 ? os::DescribeError(self->m_WriteError) : text;
+    self->m_Error = self->m_WriteError != 0 ? DescribeError(self->m_WriteError) : text;
     png_longjmp(png, 1);
   }
   static void TakeWarning(png_structp, png_const_charp) {}

@@ -15,7 +15,8 @@ bool ChangesNothing(std::string_view word) {
 
 }  // namespace
 
-std::variant<CommandLine, RunFailure> ReadCommandLine(std::span<const char* const> arguments) {
+std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
+    std::span<const char* const> arguments) {
   CommandLine line;
   std::vector<std::string> paths;
   for (const char* const argument : arguments) {
@@ -23,14 +24,17 @@ std::variant<CommandLine, RunFailure> ReadCommandLine(std::span<const char* cons
     if (word == "-s") {
       line.install = true;
     } else if (word.starts_with('-') && !ChangesNothing(word)) {
-      return RunFailure{ExitStatus::BadInput, "Unknown option " + std::string(word) + "."};
+      return interpreter::RunFailure{interpreter::ExitStatus::BadInput,
+                                     "Unknown option " + std::string(word) + "."};
     } else if (!word.starts_with('-') && !word.empty()) {
       paths.push_back(children::NativeArgument(argument));
     }
   }
-  if (paths.empty()) return RunFailure{ExitStatus::BadInput, "No job was given."};
+  if (paths.empty())
+    return interpreter::RunFailure{interpreter::ExitStatus::BadInput, "No job was given."};
   if (paths.size() > 2) {
-    return RunFailure{ExitStatus::BadInput, "More than a prefix and a job were given."};
+    return interpreter::RunFailure{interpreter::ExitStatus::BadInput,
+                                   "More than a prefix and a job were given."};
   }
   line.job = paths.back();
   if (paths.size() == 2) line.prefix = paths.front();

@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "children/corerast/exit_status.h"
+#include "interpreter/exit_status.h"
 
 namespace rastrel::corerast {
 
@@ -17,8 +17,8 @@ struct CommandLine {
 
 /// Reads "[-M] [-Q] [-m<n>] [-s] [PREFIX] JOB", without the program's name. "-M", "-Q" and "-m<n>"
 /// are taken and change nothing. Any other word that begins with '-', and less than one or more
-/// than two paths, are failures with ExitStatus::BadInput.
-[[nodiscard]] std::variant<CommandLine, RunFailure> ReadCommandLine(
+/// than two paths, are failures with interpreter::ExitStatus::BadInput.
+[[nodiscard]] std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
     std::span<const char* const> arguments);
 
 }  // namespace rastrel::corerast

@@ -101,19 +101,19 @@ void TurnRows(const std::vector<char>& rows, std::size_t rowBytes, std::size_t s
 
 }  // namespace
 
-os::Outcome<os::Done> WriteBitmapFile(const std::string& picturePath, const std::string& bitmap,
-                                      int resolution) {
+Expected<void> WriteBitmapFile(const std::string& picturePath, const std::string& bitmap,
+                               int resolution) {
   const auto picture = OpenPicture(picturePath);
-  if (!picture) return os::Failure{"read", picturePath, EINVAL};
+  if (!picture) return Failure{"read", picturePath, EINVAL};
   const std::uint64_t rowBytes = picture->RowBytes();
   const std::uint64_t stride = (rowBytes + 3) / 4 * 4;
   const std::uint64_t pixelBytes = stride * picture->height;
-  if (pixelBytes + HeadSize > UINT32_MAX) return os::Failure{"write", bitmap, EFBIG};
+  if (pixelBytes + HeadSize > UINT32_MAX) return Failure{"write", bitmap, EFBIG};
   const os::FileDescriptor file(
       open(bitmap.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-  if (!file.IsOpen()) return os::Failure{"create", bitmap, errno};
+  if (!file.IsOpen()) return Failure{"create", bitmap, errno};
   if (!os::WriteAll(file.Get(), BitmapHead(*picture, pixelBytes, resolution))) {
-    return os::Failure{"write", bitmap, errno};
+    return Failure{"write", bitmap, errno};
   }
   const auto rowsOfBlock = std::max<std::uint64_t>(1, BlockSize / rowBytes);
   std::vector<char> rows;
@@ -123,14 +123,14 @@ os::Outcome<os::Done> WriteBitmapFile(const std::string& picturePath, const std:
     left -= count;
     rows.resize(static_cast<std::size_t>(count * rowBytes));
     if (!ReadExactly(picture->file.Get(), picture->pixels + left * rowBytes, rows)) {
-      return os::Failure{"read", picturePath, errno};
+      return Failure{"read", picturePath, errno};
     }
     TurnRows(rows, static_cast<std::size_t>(rowBytes), static_cast<std::size_t>(stride), turned);
     if (!os::WriteAll(file.Get(), {turned.data(), turned.size()})) {
-      return os::Failure{"write", bitmap, errno};
+      return Failure{"write", bitmap, errno};
     }
   }
-  return os::Done{};
+  return {};
 }
 
 }  // namespace rastrel::jobspool

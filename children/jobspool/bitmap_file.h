@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {
 
@@ -10,7 +10,7 @@ namespace rastrel::jobspool {
 /// bitmap: 24 bits, rows from the bottom, no compression. Native paths; the bitmap must not exist.
 /// Fails with EINVAL if the picture is none, with EFBIG if the bitmap would take 4 GiB or more,
 /// which its head can't say. Memory is that of a few rows.
-[[nodiscard]] os::Outcome<os::Done> WriteBitmapFile(const std::string& picture,
-                                                    const std::string& bitmap, int resolution);
+[[nodiscard]] Expected<void> WriteBitmapFile(const std::string& picture, const std::string& bitmap,
+                                             int resolution);
 
 }  // namespace rastrel::jobspool

@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "children/corerast/exit_status.h"
+#include "interpreter/exit_status.h"
 
 /// The queue program: one file becomes what a conversion reads, or is measured.
 namespace rastrel::jobspool {
@@ -17,7 +17,7 @@ struct CommandLine {
 
 /// Reads the words behind the program's name. The order of the two options tells the task. Any
 /// other words are a failure with ExitStatus::BadInput.
-[[nodiscard]] std::variant<CommandLine, corerast::RunFailure> ReadCommandLine(
+[[nodiscard]] std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
     std::span<const char* const> arguments);
 
 }  // namespace rastrel::jobspool

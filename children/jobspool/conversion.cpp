@@ -9,29 +9,27 @@
 #include <filesystem>
 #include <utility>
 
-#include "children/corerast/cut_paths.h"
 #include "children/jobspool/bitmap_file.h"
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/leftovers.h"
 #include "children/jobspool/nameless_file.h"
 #include "children/jobspool/prefix_text.h"
+#include "interpreter/cut_paths.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::jobspool {
 namespace {
 
 namespace fs = std::filesystem;
-using corerast::ExitStatus;
-using corerast::RunFailure;
+using interpreter::ExitStatus;
+using interpreter::RunFailure;
 
 constexpr int OrdinaryResolution = 72;
 constexpr double PointsPerInch = 72;
 constexpr double PointsPerFlatness = 72 / 2540.;  // a hundredth of a millimetre
 constexpr double SmallestTolerance = 1e-4;        // points: what cut paths are told to
 
-RunFailure Failed(const os::Failure& failure) {
-  return {ExitStatus::Failed, os::Describe(failure) + "."};
-}
+RunFailure Failed(const Failure& failure) { return {ExitStatus::Failed, Describe(failure) + "."}; }
 
 // What lies there when all went well.
 struct Products {
@@ -46,31 +44,31 @@ struct Products {
 };
 
 // A directory of that name that holds anything but pages is somebody's own.
-os::Outcome<os::Done> RemoveEarlierPages(const std::string& path) {
+Expected<void> RemoveEarlierPages(const std::string& path) {
   std::error_code error;
   const fs::file_status state = fs::symlink_status(path, error);
-  if (state.type() == fs::file_type::not_found) return os::Done{};
+  if (state.type() == fs::file_type::not_found) return {};
   const bool ours =
       fs::is_directory(state) &&
-      (fs::exists(path + "/" + children::PageInfoName, error) || fs::is_empty(path, error));
-  if (!ours) return os::Failure{"replace", path, EEXIST};
+      (fs::exists(path + "/" + pages::PageInfoName, error) || fs::is_empty(path, error));
+  if (!ours) return Failure{"replace", path, EEXIST};
   fs::remove_all(path, error);
-  if (error) return os::Failure{"remove", path, error.value()};
-  return os::Done{};
+  if (error) return Failure{"remove", path, error.value()};
+  return {};
 }
 
-os::Outcome<os::Done> RemoveEarlier(const Products& products) {
+Expected<void> RemoveEarlier(const Products& products) {
   const auto removed = RemoveEarlierPages(products.pages);
   if (!removed) return removed.Error();
   for (const std::string& path : {products.archive, products.bitmap}) {
-    if (unlink(path.c_str()) != 0 && errno != ENOENT) return os::Failure{"remove", path, errno};
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) return Failure{"remove", path, errno};
   }
-  return os::Done{};
+  return {};
 }
 
-os::Outcome<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
+Expected<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
   auto file = MakeNamelessFile(directory);
-  if (file && !os::WriteAll(file->Get(), text)) return os::Failure{"write", "a prefix", errno};
+  if (file && !os::WriteAll(file->Get(), text)) return Failure{"write", "a prefix", errno};
   return file;
 }
 
@@ -83,7 +81,7 @@ class Conversion {
     RemoveForgottenBitmaps(m_Context.ripDirectory);
     if (const auto removed = RemoveEarlier(m_Products); !removed) return Failed(removed.Error());
     const std::string parent = fs::path(m_File).parent_path().string();
-    const auto directory = corerast::RunDirectory::MakeIn(parent, m_Context.guardian);
+    const auto directory = interpreter::RunDirectory::MakeIn(parent, m_Context.guardian);
     if (!directory) return Failed(directory.Error());
     unsigned pages = 0;
     if (auto failure = Interpret(*directory, pages)) return failure;
@@ -102,7 +100,7 @@ class Conversion {
   // A PDF sets its page while it runs. PostScript that doesn't say what its picture is has to be
   // run for that.
   std::optional<RunFailure> FindArea(PictureTask& task) const {
-    const bool pdf = m_Source.job.layout.kind == corerast::JobKind::Pdf;
+    const bool pdf = m_Source.job.layout.kind == interpreter::JobKind::Pdf;
     task.area = m_Source.declared;
     if (task.area || (pdf && (task.size || task.resolution >= LowestDeviceResolution))) return {};
     const auto measured = Measure(m_Source, m_Context);
@@ -120,7 +118,7 @@ class Conversion {
   [[nodiscard]] std::optional<RunFailure> CheckSize(const PictureTask& task) const {
     const auto dots = DotsOf(task);
     const auto limit = m_Context.settings.pagePixels;
-    const auto side = static_cast<double>(corerast::SidePixels);
+    const auto side = static_cast<double>(interpreter::SidePixels);
     if (!dots || (dots->width <= side && dots->height <= side &&
                   dots->width * dots->height <= static_cast<double>(limit))) {
       return {};
@@ -132,10 +130,10 @@ class Conversion {
                           " pixels (RASTREL_RIP_PIXELS) and " + whole(side) + " on a side."};
   }
 
-  std::optional<RunFailure> Interpret(const corerast::RunDirectory& directory, unsigned& pages) {
+  std::optional<RunFailure> Interpret(const interpreter::RunDirectory& directory, unsigned& pages) {
     auto made = PartsOf(m_Source, m_Context);
     if (auto* const failure = std::get_if<RunFailure>(&made)) return std::move(*failure);
-    auto& parts = std::get<corerast::RipRun::Parts>(made);
+    auto& parts = std::get<interpreter::RipRun::Parts>(made);
     std::string prefix = SeparationPrefix();
     if (IsPicture()) {
       PictureTask task{{}, m_Source.header.size, Resolution(), m_Source.header.cutLines};
@@ -149,19 +147,19 @@ class Conversion {
     auto held = HoldText(prefix, directory.Path());
     if (!held) return Failed(held.Error());
     parts.prefix = std::move(*held);
-    corerast::RipRun run(std::move(parts), directory, m_Context.reporter, m_Context.guardian);
+    interpreter::RipRun run(std::move(parts), directory, m_Context.reporter, m_Context.guardian);
     if (auto failure = run.Run()) return failure;
     pages = run.Pages();
     return {};
   }
 
-  os::Outcome<os::Done> Finish(const corerast::RunDirectory& directory, unsigned pages) const {
-    const std::string first = directory.Path() + "/" + corerast::PageName(1);
+  Expected<void> Finish(const interpreter::RunDirectory& directory, unsigned pages) const {
+    const std::string first = directory.Path() + "/" + interpreter::PageName(1);
     const std::string archive = directory.Path() + "/archive";
     const std::string bitmap = directory.Path() + "/bitmap";
     const bool cut = IsPicture() && !m_Source.header.cutLines.empty();
     if (cut) {
-      const auto written = WriteCutArchive(first + "/" + corerast::CutPaths::FileName, archive,
+      const auto written = WriteCutArchive(first + "/" + interpreter::CutPaths::FileName, archive,
                                            m_Source.header.cutLines, Tolerance());
       if (!written) return written.Error();
     }
@@ -175,12 +173,12 @@ class Conversion {
             "The picture is too large for a bitmap file, which is left out.");
       }
     }
-    if (!directory.RemoveWork()) return os::Failure{"remove", directory.Temporary(), errno};
+    if (!directory.RemoveWork()) return Failure{"remove", directory.Temporary(), errno};
     // Further pages lie below the first, whose description a reader finds without searching.
     for (unsigned page = 2; page <= pages; ++page) {
-      const std::string name = "/" + corerast::PageName(page);
+      const std::string name = "/" + interpreter::PageName(page);
       if (rename((directory.Path() + name).c_str(), (first + name).c_str()) != 0) {
-        return os::Failure{"rename", directory.Path() + name, errno};
+        return Failure{"rename", directory.Path() + name, errno};
       }
     }
     if (cut) {
@@ -194,17 +192,17 @@ class Conversion {
     const auto moved = HandOver(first, m_Products.pages);
     if (!moved) return moved.Error();
     if (rmdir(directory.Path().c_str()) != 0) {
-      return os::Failure{"remove", directory.Path(), errno};
+      return Failure{"remove", directory.Path(), errno};
     }
-    if (!m_Context.guardian.ReleaseAll()) return os::Failure{"release", m_Products.pages, errno};
-    return os::Done{};
+    if (!m_Context.guardian.ReleaseAll()) return Failure{"release", m_Products.pages, errno};
+    return {};
   }
 
   // Under guard at the new name before it has it.
-  os::Outcome<os::Done> HandOver(const std::string& from, const std::string& to) const {
-    if (!m_Context.guardian.Guard(to)) return os::Failure{"guard", to, errno};
-    if (rename(from.c_str(), to.c_str()) != 0) return os::Failure{"rename", to, errno};
-    return os::Done{};
+  Expected<void> HandOver(const std::string& from, const std::string& to) const {
+    if (!m_Context.guardian.Guard(to)) return Failure{"guard", to, errno};
+    if (rename(from.c_str(), to.c_str()) != 0) return Failure{"rename", to, errno};
+    return {};
   }
 
   [[nodiscard]] double Tolerance() const {

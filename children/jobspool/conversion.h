@@ -15,8 +15,8 @@ namespace rastrel::jobspool {
 /// Files of those names that lie there from before go first. All are put under guard and let go of
 /// in the last step, so nothing of a conversion that fails or is killed stays. What it returns is
 /// why it failed. `file` is native.
-[[nodiscard]] std::optional<corerast::RunFailure> Convert(const std::string& file,
-                                                          const JobSource& source,
-                                                          const QueueContext& context);
+[[nodiscard]] std::optional<interpreter::RunFailure> Convert(const std::string& file,
+                                                             const JobSource& source,
+                                                             const QueueContext& context);
 
 }  // namespace rastrel::jobspool

@@ -197,8 +197,8 @@ std::size_t LineOfColour(const std::string& colour, const std::vector<CutLine>& 
   return static_cast<std::size_t>(found - lines.begin());
 }
 
-os::Outcome<os::Done> WriteCutArchive(const std::string& cutPaths, const std::string& archive,
-                                      const std::vector<CutLine>& lines, double tolerance) {
+Expected<void> WriteCutArchive(const std::string& cutPaths, const std::string& archive,
+                               const std::vector<CutLine>& lines, double tolerance) {
   ArchiveFile file(archive);
   std::uint32_t objects = 0;
   file.Put(ArchiveVersion);
@@ -206,13 +206,13 @@ os::Outcome<os::Done> WriteCutArchive(const std::string& cutPaths, const std::st
   file.Put(objects);
   for (std::size_t line = 0; line < lines.size() && !file.Failed(); ++line) {
     if (!PutObject(file, cutPaths, lines, line, tolerance, objects) && !file.Failed()) {
-      return os::Failure{"read", cutPaths, EINVAL};
+      return Failure{"read", cutPaths, EINVAL};
     }
   }
   file.PutAt(place, objects);
   const int error = file.Finish();
-  if (error != 0) return os::Failure{"write", archive, error};
-  return os::Done{};
+  if (error != 0) return Failure{"write", archive, error};
+  return {};
 }
 
 }  // namespace rastrel::jobspool

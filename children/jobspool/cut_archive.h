@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "children/jobspool/job_header.h"
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {
 
@@ -22,10 +22,9 @@ namespace rastrel::jobspool {
 /// that lie at most `tolerance` points beside them. Paths are native; the archive must not exist.
 /// Fails with EFBIG if the archive would take more than ArchiveLimit bytes, with EINVAL if the file
 /// is none of the RIP's making.
-[[nodiscard]] os::Outcome<os::Done> WriteCutArchive(const std::string& cutPaths,
-                                                    const std::string& archive,
-                                                    const std::vector<CutLine>& lines,
-                                                    double tolerance);
+[[nodiscard]] Expected<void> WriteCutArchive(const std::string& cutPaths,
+                                             const std::string& archive,
+                                             const std::vector<CutLine>& lines, double tolerance);
 
 inline constexpr std::uint64_t ArchiveLimit = std::uint64_t{2} << 30;
 

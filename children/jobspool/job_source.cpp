@@ -85,7 +85,7 @@ std::optional<PointBox> ReadBox(std::string_view text) {
 }
 
 // An end-of-job byte at the end would undo what an unfinished page needs.
-void DropEndOfJob(corerast::JobFile& job, std::string_view tail) {
+void DropEndOfJob(interpreter::JobFile& job, std::string_view tail) {
   const std::size_t last = tail.find_last_not_of(std::string(Blanks) + EndOfJob);
   const std::size_t kept = last == tail.npos ? 0 : last + 1;
   const std::string_view dropped = tail.substr(kept);
@@ -118,27 +118,28 @@ std::string Companion(const std::string& path, const std::string& suffix) {
   return path.substr(0, dot == path.npos || dot <= name ? path.size() : dot) + suffix;
 }
 
-std::variant<JobSource, corerast::RunFailure> OpenJobSource(const std::string& path) {
+std::variant<JobSource, interpreter::RunFailure> OpenJobSource(const std::string& path) {
   JobSource source;
   source.header = ReadJobHeader(ReadHead(path));
-  auto opened = corerast::OpenJob(path, source.header.length);
-  if (auto* const failure = std::get_if<corerast::RunFailure>(&opened)) return std::move(*failure);
-  source.job = std::move(std::get<corerast::JobFile>(opened));
+  auto opened = interpreter::OpenJob(path, source.header.length);
+  if (auto* const failure = std::get_if<interpreter::RunFailure>(&opened))
+    return std::move(*failure);
+  source.job = std::move(std::get<interpreter::JobFile>(opened));
   source.title = AsUtf8(FileStem(path));
-  corerast::JobLayout& layout = source.job.layout;
-  if (layout.kind == corerast::JobKind::Pdf) {
+  interpreter::JobLayout& layout = source.job.layout;
+  if (layout.kind == interpreter::JobKind::Pdf) {
     if (source.header.length == 0) {
       source.header = ReadJobHeader(ReadHead(Companion(path, ".jhdr")));
     }
     return source;
   }
   const int file = source.job.file.Get();
-  const std::string head =
-      ReadPart(file, layout.offset, std::min<std::uint64_t>(corerast::JobHeadSize, layout.length));
+  const std::string head = ReadPart(
+      file, layout.offset, std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length));
   const std::uint64_t tailSize = std::min<std::uint64_t>(TailSize, layout.length);
   const std::string tail = ReadPart(file, layout.offset + layout.length - tailSize, tailSize);
   source.declared = FindDeclaredBox(head, tail);
-  const std::string title = corerast::FindTitle(head);
+  const std::string title = interpreter::FindTitle(head);
   if (!title.empty()) source.title = AsUtf8(title);
   DropEndOfJob(source.job, tail);
   return source;

@@ -5,8 +5,8 @@
 #include <string>
 #include <variant>
 
-#include "children/corerast/job_file.h"
 #include "children/jobspool/job_header.h"
+#include "interpreter/job_file.h"
 
 namespace rastrel::jobspool {
 
@@ -24,7 +24,7 @@ struct PointBox {
 
 /// A file that was handed to the queue program.
 struct JobSource {
-  corerast::JobFile job;             ///< without the header
+  interpreter::JobFile job;          ///< without the header
   JobHeader header;                  ///< of the file itself, or of the ".jhdr" file beside a PDF
   std::string title;                 ///< of the PostScript's comments, or the file's name; UTF-8
   std::optional<PointBox> declared;  ///< what its bounding box comment says, if it holds anything
@@ -32,7 +32,8 @@ struct JobSource {
 
 /// Opens the file at that native path and finds out what it holds. Failures, all
 /// ExitStatus::BadInput: it can't be read, is no regular file, or holds neither PostScript nor PDF.
-[[nodiscard]] std::variant<JobSource, corerast::RunFailure> OpenJobSource(const std::string& path);
+[[nodiscard]] std::variant<JobSource, interpreter::RunFailure> OpenJobSource(
+    const std::string& path);
 
 /// The box that a document's comments declare. `head` is its beginning, `tail` its end; they may
 /// overlap. The first "%%BoundingBox:" line of the head counts; if that says "(atend)", or the head

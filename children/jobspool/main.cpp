@@ -14,8 +14,8 @@
 namespace rastrel::jobspool {
 namespace {
 
-using corerast::ExitStatus;
-using corerast::RunFailure;
+using interpreter::ExitStatus;
+using interpreter::RunFailure;
 
 constexpr int OrdinaryResolution = 72;
 
@@ -29,12 +29,12 @@ std::optional<RunFailure> MeasureFile(const JobSource& source, const QueueContex
 }
 
 std::optional<RunFailure> Work(const CommandLine& line, const char* program,
-                               corerast::Reporter& reporter) {
-  auto guardian = children::Guardian::Start(!line.measure);
-  if (!guardian) return RunFailure{ExitStatus::Failed, os::Describe(guardian.Error()) + "."};
+                               interpreter::Reporter& reporter) {
+  auto guardian = interpreter::Guardian::Start(!line.measure);
+  if (!guardian) return RunFailure{ExitStatus::Failed, Describe(guardian.Error()) + "."};
   std::vector<std::string> complaints;
   QueueContext context{children::ProgramDirectory(program) + "/rip",
-                       corerast::Settings::FromEnvironment(complaints), reporter, *guardian};
+                       interpreter::Settings::FromEnvironment(complaints), reporter, *guardian};
   for (const std::string& complaint : complaints) reporter.Warning(complaint);
   auto source = OpenJobSource(line.file);
   if (const auto* const failure = std::get_if<RunFailure>(&source)) return *failure;
@@ -47,7 +47,7 @@ std::optional<RunFailure> Work(const CommandLine& line, const char* program,
 
 int Main(std::span<const char* const> arguments) {
   std::signal(SIGPIPE, SIG_IGN);
-  corerast::Reporter reporter;
+  interpreter::Reporter reporter;
   reporter.Info("INITIALISING");
   std::optional<RunFailure> failure;
   bool measure = false;

@@ -5,18 +5,18 @@
 
 #include <cerrno>
 
-#include "children/corerast/run_directory.h"
+#include "interpreter/run_directory.h"
 
 namespace rastrel::jobspool {
 
-os::Outcome<os::FileDescriptor> MakeNamelessFile(const std::string& directory) {
+Expected<os::FileDescriptor> MakeNamelessFile(const std::string& directory) {
   os::FileDescriptor file(open(directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0600));
   if (file.IsOpen()) return file;
   // Layered and network file systems may have no such files.
-  const std::string path = directory + "/." + corerast::RandomDigits(16);
+  const std::string path = directory + "/." + interpreter::RandomDigits(16);
   file = os::FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!file.IsOpen()) return os::Failure{"make a file in", directory, errno};
-  if (unlink(path.c_str()) != 0) return os::Failure{"remove", path, errno};
+  if (!file.IsOpen()) return Failure{"make a file in", directory, errno};
+  if (unlink(path.c_str()) != 0) return Failure{"remove", path, errno};
   return file;
 }
 

@@ -2,13 +2,13 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/outcome.h"
 
 namespace rastrel::jobspool {
 
 /// A new file on the file system of that native directory, open for reading and writing, that has
 /// no name and is gone with its last descriptor.
-[[nodiscard]] os::Outcome<os::FileDescriptor> MakeNamelessFile(const std::string& directory);
+[[nodiscard]] Expected<os::FileDescriptor> MakeNamelessFile(const std::string& directory);
 
 }  // namespace rastrel::jobspool

@@ -13,25 +13,23 @@
 namespace rastrel::jobspool {
 namespace {
 
-using corerast::ExitStatus;
-using corerast::RunFailure;
+using interpreter::ExitStatus;
+using interpreter::RunFailure;
 
-RunFailure Failed(const os::Failure& failure) {
-  return {ExitStatus::Failed, os::Describe(failure) + "."};
-}
+RunFailure Failed(const Failure& failure) { return {ExitStatus::Failed, Describe(failure) + "."}; }
 
-os::Outcome<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
-                                         const std::string& directory) {
+Expected<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
+                                      const std::string& directory) {
   auto copy = MakeNamelessFile(directory);
   if (!copy) return copy;
   std::vector<char> buffer(262144);
   while (true) {
     const ssize_t count = pread(file, buffer.data(), buffer.size(), static_cast<off_t>(offset));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return os::Failure{"read", "the job", errno};
+    if (count < 0) return Failure{"read", "the job", errno};
     if (count == 0) return copy;
     if (!os::WriteAll(copy->Get(), {buffer.data(), static_cast<std::size_t>(count)})) {
-      return os::Failure{"write", "a copy of the job", errno};
+      return Failure{"write", "a copy of the job", errno};
     }
     offset += static_cast<std::uint64_t>(count);
   }
@@ -39,16 +37,16 @@ os::Outcome<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
 
 }  // namespace
 
-std::variant<corerast::RipRun::Parts, RunFailure> PartsOf(const JobSource& source,
-                                                          const QueueContext& context) {
-  corerast::RipRun::Parts parts;
+std::variant<interpreter::RipRun::Parts, RunFailure> PartsOf(const JobSource& source,
+                                                             const QueueContext& context) {
+  interpreter::RipRun::Parts parts;
   parts.ripDirectory = context.ripDirectory;
   parts.settings = context.settings;
   parts.picture = true;
   parts.description.job = source.title;
   parts.job.layout = source.job.layout;
   const bool shifted =
-      source.job.layout.kind == corerast::JobKind::Pdf && source.job.layout.offset > 0;
+      source.job.layout.kind == interpreter::JobKind::Pdf && source.job.layout.offset > 0;
   if (shifted) {
     auto copy = CopyRest(source.job.file.Get(), source.job.layout.offset, context.ripDirectory);
     if (!copy) return Failed(copy.Error());
@@ -64,11 +62,11 @@ std::variant<PageMeasure, RunFailure> Measure(const JobSource& source,
                                               const QueueContext& context) {
   auto parts = PartsOf(source, context);
   if (auto* const failure = std::get_if<RunFailure>(&parts)) return std::move(*failure);
-  auto& measuring = std::get<corerast::RipRun::Parts>(parts);
+  auto& measuring = std::get<interpreter::RipRun::Parts>(parts);
   measuring.measure = true;
-  const auto directory = corerast::RunDirectory::Make(context.ripDirectory, context.guardian);
+  const auto directory = interpreter::RunDirectory::Make(context.ripDirectory, context.guardian);
   if (!directory) return Failed(directory.Error());
-  corerast::RipRun run(std::move(measuring), *directory, context.reporter, context.guardian);
+  interpreter::RipRun run(std::move(measuring), *directory, context.reporter, context.guardian);
   if (auto failure = run.Run()) return std::move(*failure);
   std::error_code error;
   std::filesystem::remove_all(directory->Path(), error);

@@ -9,10 +9,10 @@
 #include "host/text/font_catalog.h"
 #include "host/text/text_layout.h"
 #include "rastrel/imports/font_type.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/host/application.h"
-#include "rastrel/platform/host/color.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/values/color.h"
+#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {

@@ -60,7 +60,7 @@ std::vector<std::string> WriteDrawing(document::DocumentHost& host, const Drawin
   const std::wstring path = os::FromNative(output);
   if (request.kind == DrawingKind::Document) {
     if (const auto saved = host.Save(path); !saved)
-      throw CommandError(ExitStatus::JobFailed, os::Describe(saved.Error()));
+      throw CommandError(ExitStatus::JobFailed, Describe(saved.Error()));
     return {output};
   }
   const render::ImageSource source{host.GetDocument(), host.GetFonts(), host.GetNotices()};

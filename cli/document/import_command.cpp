@@ -10,7 +10,7 @@
 #include "cli/terminal_picture.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::cli {
 namespace {

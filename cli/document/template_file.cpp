@@ -8,13 +8,13 @@
 #include "cli/values.h"
 #include "cli/xml_input.h"
 #include "host/document/document.h"
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/imports/xml_file_import.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
+#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {
@@ -25,9 +25,9 @@ namespace {
 
 // Why an importer of plate XML took nothing.
 [[noreturn]] void RefuseAbb(const std::string& path, const std::wstring& readerPath) {
-  if (auto failure = imports::TakeXmlFailure()) {
+  if (auto failure = xml::TakeXmlFailure()) {
     failure->path = os::FromNative(path);
-    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(imports::Describe(*failure)));
+    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
   }
   if (!path.ends_with(".xml") && os::LowerAscii(os::SplitPath(readerPath).extension) != L".xml")
     Refuse(path, "its name does not end in .xml");

@@ -6,10 +6,10 @@
 
 #include "cli/exit_status.h"
 #include "cli/xml_input.h"
-#include "rastrel/imports/xml_failure.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
+#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {
@@ -61,10 +61,10 @@ TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name
   const std::wstring readerPath = ReaderPath(path);
   const XmlNode root = LoadXmlFile(readerPath);
   if (!root) {
-    auto failure = imports::TakeXmlFailure();
+    auto failure = xml::TakeXmlFailure();
     if (!failure) throw CommandError(ExitStatus::BadInput, path + ": can't be read");
     failure->path = os::FromNative(path);
-    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(imports::Describe(*failure)));
+    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
   }
   if (HasPlates(root)) return TemplateFormat::Abb;
   std::wstring rootName;

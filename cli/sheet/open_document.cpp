@@ -13,7 +13,7 @@
 namespace rastrel::cli::sheet {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 
 // Walks down to the tables and their rows. The root has one name in packages and another in flat
 // files.
@@ -43,7 +43,7 @@ class TableReader : public GuardedHandler {
   }
 
   void Node(const XmlNode& node) override {
-    if (imports::BaseName(node) == L"style")
+    if (xml::BaseName(node) == L"style")
       TakeStyle(node);
     else
       Row(node);
@@ -56,13 +56,13 @@ class TableReader : public GuardedHandler {
 
  private:
   static bool IsTableStyle(const XmlNode& style) {
-    return imports::AttributeBytes(style, L"style:family") == "table";
+    return xml::AttributeBytes(style, L"style:family") == "table";
   }
 
   void TakeStyle(const XmlNode& style) {
-    for (XmlNode child = imports::FirstChild(style); child; child = imports::NextSibling(child))
-      if (imports::AttributeBytes(child, L"table:display") == "false")
-        m_Hidden.emplace(imports::AttributeBytes(style, L"style:name"));
+    for (XmlNode child = xml::FirstChild(style); child; child = xml::NextSibling(child))
+      if (xml::AttributeBytes(child, L"table:display") == "false")
+        m_Hidden.emplace(xml::AttributeBytes(style, L"style:name"));
     if (m_Hidden.size() > limits::Formats) Refuse(L"there are too many styles of hidden tables");
   }
 
@@ -73,8 +73,8 @@ class TableReader : public GuardedHandler {
     }
     if (m_Only >= 0 && m_Tables != static_cast<std::size_t>(m_Only) + 1) return StreamChoice::kSkip;
     SheetInfo sheet;
-    sheet.name = imports::AttributeBytes(start, L"table:name");
-    const std::string style(imports::AttributeBytes(start, L"table:style-name"));
+    sheet.name = xml::AttributeBytes(start, L"table:name");
+    const std::string style(xml::AttributeBytes(start, L"table:style-name"));
     if (m_Hidden.contains(style)) sheet.visibility = Visibility::Hidden;
     Table(sheet, m_Tables);
     return m_WithRows ? StreamChoice::kEnter : StreamChoice::kSkip;
@@ -136,10 +136,9 @@ class RowReader : public TableReader {
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
-    for (XmlNode cell = imports::FirstChild(row); cell && !Refusal();
-         cell = imports::NextSibling(cell)) {
-      if (imports::BaseName(cell) != L"table-cell") {
-        if (imports::BaseName(cell) == L"covered-table-cell")
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell)) {
+      if (xml::BaseName(cell) != L"table-cell") {
+        if (xml::BaseName(cell) == L"covered-table-cell")
           column += RepeatsOf(cell, L"table:number-columns-repeated");
         continue;
       }
@@ -179,7 +178,7 @@ class RowReader : public TableReader {
 
 void Read(const XmlPlace& document, TableReader& reader) {
   static_cast<void>(TakeXmlWords());
-  if (!reader.ReadFrom(document.path, imports::XmlBlanks::kKeep))
+  if (!reader.ReadFrom(document.path, xml::XmlBlanks::kKeep))
     throw CommandError(ExitStatus::BadInput, document.words + ":" + TakeXmlWords());
   if (!reader.FoundRoot() || !reader.FoundSpreadsheet())
     throw CommandError(ExitStatus::BadInput, document.words + ": it is no spreadsheet");

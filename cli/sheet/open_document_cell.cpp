@@ -26,11 +26,11 @@ class ParagraphText {
 
  private:
   void AddChildren(const XmlNode& node) {
-    for (XmlNode piece = imports::FirstPiece(node); piece && !IsTooLong();
-         piece = imports::NextPiece(piece)) {
-      if (imports::IsText(piece))
-        AddCharacters(imports::RawTextBytes(piece, m_Scratch));
-      else if (imports::IsElement(piece))
+    for (XmlNode piece = xml::FirstPiece(node); piece && !IsTooLong();
+         piece = xml::NextPiece(piece)) {
+      if (xml::IsText(piece))
+        AddCharacters(xml::RawTextBytes(piece, m_Scratch));
+      else if (xml::IsElement(piece))
         AddElement(piece);
     }
   }
@@ -47,10 +47,10 @@ class ParagraphText {
   }
 
   void AddElement(const XmlNode& element) {
-    const std::wstring_view name = imports::BaseName(element);
+    const std::wstring_view name = xml::BaseName(element);
     if (name == L"annotation" || name == L"ruby-text") return;
     if (name == L"s") {
-      const auto count = WholeNumber(imports::AttributeBytes(element, L"text:c")).value_or(1);
+      const auto count = WholeNumber(xml::AttributeBytes(element, L"text:c")).value_or(1);
       m_Text.append(static_cast<std::size_t>(std::min<std::uint64_t>(count, limits::CellBytes + 1)),
                     ' ');
     } else if (name == L"tab") {
@@ -71,7 +71,7 @@ class ParagraphText {
 // For writers that leave the paragraphs out.
 std::string ShowValue(const XmlNode& cell) {
   const auto attribute = [&cell](std::wstring_view name) {
-    return imports::AttributeBytes(cell, name);
+    return xml::AttributeBytes(cell, name);
   };
   const std::string_view type = attribute(L"office:value-type");
   if (type == "string") return std::string(attribute(L"office:string-value"));
@@ -91,8 +91,8 @@ std::wstring ShowOpenDocumentCell(const XmlNode& cell, std::string& text) {
   text.clear();
   ParagraphText paragraph(text);
   bool first = true;
-  for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-    if (imports::BaseName(child) != L"p" && imports::BaseName(child) != L"h") continue;
+  for (XmlNode child = xml::FirstChild(cell); child; child = xml::NextSibling(child)) {
+    if (xml::BaseName(child) != L"p" && xml::BaseName(child) != L"h") continue;
     if (!std::exchange(first, false)) text += '\n';
     paragraph.Add(child);
     if (paragraph.IsTooLong())
@@ -104,7 +104,7 @@ std::wstring ShowOpenDocumentCell(const XmlNode& cell, std::string& text) {
 }
 
 std::uint64_t RepeatsOf(const XmlNode& node, std::wstring_view attribute) {
-  const std::string_view value = imports::AttributeBytes(node, attribute);
+  const std::string_view value = xml::AttributeBytes(node, attribute);
   if (value.empty()) return 1;
   // What is too large for a number is too large for every limit, too.
   constexpr std::uint64_t most = 1ULL << 40;

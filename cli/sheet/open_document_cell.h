@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "rastrel/imports/xml_node.h"
+#include "rastrel/xml/node.h"
 
 namespace rastrel::cli::sheet {
 

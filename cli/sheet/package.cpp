@@ -32,7 +32,7 @@ class FolderPackage : public Package {
     if (size > m_BytesLeft) RefuseEntry(part, "the parts together are larger than the limit");
     m_BytesLeft -= size;
     const auto copied = os::CopyNativeFile((m_Root / part).string(), target);
-    if (!copied) Refuse(os::Describe(copied.Error()));
+    if (!copied) Refuse(Describe(copied.Error()));
     if (progress) progress(size, size);
   }
 

@@ -6,8 +6,8 @@
 
 #include "cli/exit_status.h"
 #include "cli/sheet/part_name.h"
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::cli::sheet {
 
@@ -44,7 +44,7 @@ void Parts::FetchAhead(const std::vector<std::string>& parts) {
     MakeFoldersFor(part);
     ahead.push_back({part, std::make_unique<os::GrowingFile>(PathOf(part))});
     if (const auto& state = ahead.back().file->State(); !state)
-      throw CommandError(ExitStatus::JobFailed, os::Describe(state.Error()));
+      throw CommandError(ExitStatus::JobFailed, Describe(state.Error()));
   }
   m_Ahead = std::move(ahead);
   if (!m_Ahead.empty()) m_Thread = std::thread([this] { UnpackAhead(); });
@@ -106,7 +106,7 @@ void Parts::Refuse(const std::string& part, const std::string& why) const {
 
 namespace {
 
-std::string WordsOf(const imports::XmlFailure& failure) {
+std::string WordsOf(const xml::XmlFailure& failure) {
   std::string place;
   if (failure.line > 0) place = std::to_string(failure.line) + ":";
   if (failure.column > 0) place += std::to_string(failure.column) + ":";
@@ -116,12 +116,12 @@ std::string WordsOf(const imports::XmlFailure& failure) {
 }  // namespace
 
 std::string TakeXmlWords() {
-  const auto failure = imports::TakeXmlFailure();
+  const auto failure = xml::TakeXmlFailure();
   return failure ? WordsOf(*failure) : std::string();
 }
 
 std::string TakeXmlWords(const std::string& folder) {
-  const auto failure = imports::TakeXmlFailure();
+  const auto failure = xml::TakeXmlFailure();
   if (!failure) return {};
   std::string path = os::Utf8FromWide(failure->path);
   std::ranges::replace(path, '\\', '/');

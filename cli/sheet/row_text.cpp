@@ -15,7 +15,7 @@ constexpr std::size_t PieceSize = 64 * 1024;
 
 os::FileDescriptor Create(const std::string& path) {
   auto file = os::CreateForWriting(os::FromNative(path));
-  if (!file) throw CommandError(ExitStatus::JobFailed, os::Describe(file.Error()));
+  if (!file) throw CommandError(ExitStatus::JobFailed, Describe(file.Error()));
   return std::move(*file);
 }
 
@@ -88,7 +88,7 @@ void RowText::Flush() {
         ExitStatus::BadInput,
         "the text has more than " + std::to_string(m_MostBytes) + " bytes, which is the limit");
   if (!os::WriteAll(m_File.Get(), m_Text))
-    throw CommandError(ExitStatus::JobFailed, os::Describe({"write", m_Path, errno}));
+    throw CommandError(ExitStatus::JobFailed, Describe({"write", m_Path, errno}));
   m_Text.clear();
 }
 

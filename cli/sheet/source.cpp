@@ -28,10 +28,10 @@ constexpr std::string_view SpreadsheetType = "application/vnd.oasis.opendocument
 class RootReader : public GuardedHandler {
  public:
   [[nodiscard]] const std::wstring& Root() const { return m_Root; }
-  imports::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int) override {
+  xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int) override {
     m_Root = baseName;
     GuardedHandler::Refuse(L"enough is known");
-    return imports::StreamChoice::kSkip;
+    return xml::StreamChoice::kSkip;
   }
   void Node(const XmlNode&) override {}
   void End(std::wstring_view, int) override {}

@@ -14,7 +14,7 @@
 namespace rastrel::cli::sheet {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 
 constexpr std::size_t PieceSize = 64 * 1024;
 
@@ -24,7 +24,7 @@ class ContentWriter : public GuardedHandler {
  public:
   ContentWriter(int only, const std::string& target)
       : m_Only(only), m_Target(target), m_File(os::CreateForWriting(os::FromNative(target))) {
-    if (!m_File) throw CommandError(ExitStatus::JobFailed, os::Describe(m_File.Error()));
+    if (!m_File) throw CommandError(ExitStatus::JobFailed, Describe(m_File.Error()));
     m_Text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
   }
 
@@ -52,8 +52,8 @@ class ContentWriter : public GuardedHandler {
 
   void Node(const XmlNode& row) override {
     m_Text += "<table-row>";
-    for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell))
-      if (imports::BaseName(cell) == L"table-cell") AddCell(cell);
+    for (XmlNode cell = xml::FirstChild(row); cell; cell = xml::NextSibling(cell))
+      if (xml::BaseName(cell) == L"table-cell") AddCell(cell);
     m_Text += "</table-row>\n";
     if (m_Text.size() > PieceSize) Guard([this] { Flush(); });
   }
@@ -65,7 +65,7 @@ class ContentWriter : public GuardedHandler {
 
   void Flush() {
     if (!os::WriteAll(m_File->Get(), m_Text))
-      throw CommandError(ExitStatus::JobFailed, os::Describe({"write", m_Target, errno}));
+      throw CommandError(ExitStatus::JobFailed, Describe({"write", m_Target, errno}));
     m_Text.clear();
   }
 
@@ -78,16 +78,16 @@ class ContentWriter : public GuardedHandler {
   void AddCell(const XmlNode& cell) {
     constexpr std::wstring_view repeats = L"table:number-columns-repeated";
     m_Text += "<table-cell";
-    if (const auto value = imports::AttributeBytes(cell, repeats); !value.empty()) {
+    if (const auto value = xml::AttributeBytes(cell, repeats); !value.empty()) {
       m_Text += " table:number-columns-repeated=\"";
       AddEscaped(value);
       m_Text += '"';
     }
     m_Text += '>';
-    for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-      if (imports::BaseName(child) != L"p") continue;
+    for (XmlNode child = xml::FirstChild(cell); child; child = xml::NextSibling(child)) {
+      if (xml::BaseName(child) != L"p") continue;
       m_Text += "<p>";
-      AddEscaped(imports::RawTextBytes(child, m_Scratch));
+      AddEscaped(xml::RawTextBytes(child, m_Scratch));
       m_Text += "</p>";
     }
     m_Text += "</table-cell>";
@@ -106,7 +106,7 @@ class ContentWriter : public GuardedHandler {
 
   int m_Only;
   std::string m_Target;
-  os::Outcome<os::FileDescriptor> m_File;
+  Expected<os::FileDescriptor> m_File;
   std::string m_Text;
   std::string m_Scratch;
   int m_Tables = 0;

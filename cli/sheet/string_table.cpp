@@ -8,7 +8,7 @@ namespace {
 
 void AddText(const XmlNode& element, std::string& text) {
   std::string scratch;
-  text += StringTable::Unescaped(imports::RawTextBytes(element, scratch));
+  text += StringTable::Unescaped(xml::RawTextBytes(element, scratch));
 }
 
 int HexValue(std::string_view digits) {
@@ -41,19 +41,19 @@ StringTable StringTable::Read(Parts& parts, const std::string& part, std::size_t
                     std::to_wstring(mostBytes));
   });
   const std::string path = parts.Fetch(part);
-  if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep)) parts.RefuseXml(part, "it can't be read");
+  if (!reader.ReadFrom(path, xml::XmlBlanks::kKeep)) parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot()) parts.Refuse(part, "its root element is not 'sst'");
   return table;
 }
 
 std::string StringTable::TextOf(const XmlNode& element) {
   std::string text;
-  for (XmlNode child = imports::FirstChild(element); child; child = imports::NextSibling(child)) {
-    const std::wstring_view name = imports::BaseName(child);
+  for (XmlNode child = xml::FirstChild(element); child; child = xml::NextSibling(child)) {
+    const std::wstring_view name = xml::BaseName(child);
     if (name == L"t") AddText(child, text);
     if (name != L"r") continue;
-    for (XmlNode part = imports::FirstChild(child); part; part = imports::NextSibling(part))
-      if (imports::BaseName(part) == L"t") AddText(part, text);
+    for (XmlNode part = xml::FirstChild(child); part; part = xml::NextSibling(part))
+      if (xml::BaseName(part) == L"t") AddText(part, text);
   }
   return text;
 }

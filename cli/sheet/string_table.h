@@ -6,7 +6,7 @@
 
 #include "cli/sheet/parts.h"
 #include "cli/sheet/spreadsheet.h"
-#include "rastrel/imports/xml_node.h"
+#include "rastrel/xml/node.h"
 
 namespace rastrel::cli::sheet {
 

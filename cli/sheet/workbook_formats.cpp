@@ -17,12 +17,12 @@ WorkbookFormats WorkbookFormats::Read(Parts& parts, const std::string& part) {
                     std::to_wstring(limits::Formats));
   };
   reader.On({L"styleSheet", L"numFmts", L"numFmt"}, [&](const XmlNode& node) {
-    const auto number = WholeNumber(imports::AttributeBytes(node, L"numFmtId"));
-    if (number) codes[*number] = imports::AttributeBytes(node, L"formatCode");
+    const auto number = WholeNumber(xml::AttributeBytes(node, L"numFmtId"));
+    if (number) codes[*number] = xml::AttributeBytes(node, L"formatCode");
     check(codes.size());
   });
   reader.On({L"styleSheet", L"cellXfs", L"xf"}, [&](const XmlNode& node) {
-    numbers.push_back(WholeNumber(imports::AttributeBytes(node, L"numFmtId")).value_or(0));
+    numbers.push_back(WholeNumber(xml::AttributeBytes(node, L"numFmtId")).value_or(0));
     check(numbers.size());
   });
   const std::string path = parts.Fetch(part);

@@ -16,7 +16,7 @@
 namespace rastrel::cli::sheet {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 
 std::string ShowBoolean(std::string_view text) { return IsYes(text) ? "TRUE" : "FALSE"; }
 
@@ -66,7 +66,7 @@ class SheetReader : public GuardedHandler {
 
   void Node(const XmlNode& row) override {
     const std::uint64_t before = m_Row++;
-    if (const std::string_view number = imports::AttributeBytes(row, L"r"); !number.empty()) {
+    if (const std::string_view number = xml::AttributeBytes(row, L"r"); !number.empty()) {
       const auto own = WholeNumber(number);
       if (!own || *own <= before)
         return Refuse(L"the row numbered '" + os::WideFromUtf8(number) + L"' comes after row " +
@@ -86,11 +86,10 @@ class SheetReader : public GuardedHandler {
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
-    for (XmlNode cell = imports::FirstChild(row); cell && !Refusal();
-         cell = imports::NextSibling(cell)) {
-      if (imports::BaseName(cell) != L"c") continue;
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell)) {
+      if (xml::BaseName(cell) != L"c") continue;
       ++column;
-      const std::string_view reference = imports::AttributeBytes(cell, L"r");
+      const std::string_view reference = xml::AttributeBytes(cell, L"r");
       if (const auto place = PlaceOf(reference)) column = place->column;
       if (column > limits::Columns)
         return Refuse(L"cell '" + os::WideFromUtf8(reference) + L"' of row " +
@@ -106,18 +105,18 @@ class SheetReader : public GuardedHandler {
   }
 
   std::string Show(const XmlNode& cell) {
-    const std::string_view type = imports::AttributeBytes(cell, L"t");
-    const auto format = WholeNumber(imports::AttributeBytes(cell, L"s"));
+    const std::string_view type = xml::AttributeBytes(cell, L"t");
+    const auto format = WholeNumber(xml::AttributeBytes(cell, L"s"));
     const FormatCode& code = m_Formats.CodeOf(format.value_or(0));
     XmlNode value;
-    for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-      const std::wstring_view name = imports::BaseName(child);
+    for (XmlNode child = xml::FirstChild(cell); child; child = xml::NextSibling(child)) {
+      const std::wstring_view name = xml::BaseName(child);
       if (name == L"v" && !value) value = child;
       if (name == L"is" && type == "inlineStr") return code.ShowText(StringTable::TextOf(child));
     }
     if (!value) return {};
     if (type == "str") return code.ShowText(StringTable::Unescaped(RawText(value)));
-    const std::string_view text = imports::TextBytes(value, m_Scratch);
+    const std::string_view text = xml::TextBytes(value, m_Scratch);
     if (text.empty() || type == "e" || type == "inlineStr") return std::string(text);
     if (type == "s") return ShowShared(text, code);
     if (type == "b") return ShowBoolean(text);
@@ -126,7 +125,7 @@ class SheetReader : public GuardedHandler {
     return number ? code.ShowNumber(*number, m_Dates) : std::string(text);
   }
 
-  std::string_view RawText(const XmlNode& node) { return imports::RawTextBytes(node, m_Scratch); }
+  std::string_view RawText(const XmlNode& node) { return xml::RawTextBytes(node, m_Scratch); }
 
   std::string ShowShared(std::string_view text, const FormatCode& code) {
     const auto index = WholeNumber(text);
@@ -166,7 +165,7 @@ void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink&
     if (!read.insert(sheet.part).second) parts.Refuse(sheet.part, "several sheets share it");
     SheetReader reader(strings, formats, workbook.dates, sink);
     const std::string path = parts.Fetch(sheet.part);
-    if (!reader.ReadFrom(path, imports::XmlBlanks::kKeep))
+    if (!reader.ReadFrom(path, xml::XmlBlanks::kKeep))
       parts.RefuseXml(sheet.part, "it can't be read");
     if (!reader.FoundRoot()) parts.Refuse(sheet.part, "its root element is not 'worksheet'");
   }

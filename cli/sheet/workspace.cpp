@@ -32,10 +32,10 @@ void WriteThrough(const std::string& source, const std::string& target) {
   std::ifstream input(source, std::ios::binary);
   errno = 0;
   std::ofstream output(target, std::ios::binary);
-  if (!output) RefuseTarget(target, os::DescribeError(errno));
+  if (!output) RefuseTarget(target, DescribeError(errno));
   if (fs::file_size(source) > 0) output << input.rdbuf();
   output.flush();
-  if (!output) RefuseTarget(target, os::DescribeError(errno));
+  if (!output) RefuseTarget(target, DescribeError(errno));
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ Workspace::Workspace(bool json)
     : m_Json(json), m_Signals(os::StopSignals::Start([this](int) { Stop(); })) {
   if (!m_Signals)
     throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + os::DescribeError(errno));
+                       "the system gives no thread or descriptor: " + DescribeError(errno));
   MakeSureOfDataRoot();
   const std::lock_guard<std::mutex> guard(m_Mutex);
   m_Directory.emplace(false);
@@ -76,7 +76,7 @@ void Workspace::Stop() {
 std::string Workspace::MakeFolder(const std::string& name) const {
   std::string path = Path(name);
   if (!os::MakeDirectory(os::FromNative(path)))
-    throw CommandError(ExitStatus::JobFailed, os::Describe({"mkdir", path, errno}));
+    throw CommandError(ExitStatus::JobFailed, Describe({"mkdir", path, errno}));
   return path;
 }
 
@@ -99,7 +99,7 @@ void Workspace::Deliver(const std::string& source, const std::string& target) {
                                                  std::to_string(os::CurrentProcessId()));
   SetUnfinished(beside);
   const auto copied = os::CopyNativeFile(source, beside);
-  if (!copied) RefuseTarget(target, os::DescribeError(copied.Error().error));
+  if (!copied) RefuseTarget(target, DescribeError(copied.Error().error));
   fs::rename(beside, place, error);
   if (error) {
     const std::string why = error.message();

@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <charconv>
 
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli::sheet {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 
-bool GuardedHandler::ReadFrom(const std::string& path, imports::XmlBlanks blanks) {
-  const bool done = imports::StreamXmlFile(os::FromNative(path), *this, blanks);
+bool GuardedHandler::ReadFrom(const std::string& path, xml::XmlBlanks blanks) {
+  const bool done = xml::StreamXmlFile(os::FromNative(path), *this, blanks);
   if (m_Thrown) std::rethrow_exception(m_Thrown);
   return done;
 }

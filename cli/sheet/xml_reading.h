@@ -8,18 +8,18 @@
 #include <string_view>
 #include <vector>
 
-#include "rastrel/imports/xml_stream.h"
-#include "rastrel/imports/xml_walk.h"
+#include "rastrel/xml/stream.h"
+#include "rastrel/xml/walk.h"
 
 /// How the command reads the XML of spreadsheets: by paths of local names.
 namespace rastrel::cli::sheet {
 
 /// A handler whose calls may throw: the parser is left in order first.
-class GuardedHandler : public imports::XmlStreamHandler {
+class GuardedHandler : public xml::XmlStreamHandler {
  public:
-  /// As imports::StreamXmlFile by native path. Throws what a call threw.
+  /// As xml::StreamXmlFile by native path. Throws what a call threw.
   [[nodiscard]] bool ReadFrom(const std::string& path,
-                              imports::XmlBlanks blanks = imports::XmlBlanks::kDrop);
+                              xml::XmlBlanks blanks = xml::XmlBlanks::kDrop);
 
  protected:
   /// Runs `call`; what it throws ends the reading.
@@ -52,7 +52,7 @@ class PathReader : public GuardedHandler {
   [[nodiscard]] bool FoundRoot() const { return m_FoundRoot; }
   using XmlStreamHandler::Refuse;
 
-  imports::StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override;
+  xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override;
   void Node(const XmlNode& node) override;
   void End(std::wstring_view baseName, int depth) override;
 

@@ -21,7 +21,7 @@ void Bind(const os::SharedLibrary& library, Function*& function, const char* nam
 
 ZipLibrary Load() {
   const auto found = os::SharedLibrary::Open(RASTREL_LIBZIP);
-  if (!found) Missing(found.Error());
+  if (!found) Missing(Describe(found.Error()));
   const os::SharedLibrary& library = *found;
   ZipLibrary zip{};
   Bind(library, zip.open, "zip_open");

@@ -194,7 +194,7 @@ void ZipPackage::Unpack(const std::string& part, const std::string& target,
       m_Zip.openEntry(m_Archive, entry.index, ZIP_FL_UNCHANGED), close);
   if (!file) RefuseEntry(entry.name, m_Zip.errorText(m_Zip.errorOf(m_Archive)));
   const auto output = os::CreateForWriting(os::FromNative(target));
-  if (!output) throw CommandError(ExitStatus::JobFailed, os::Describe(output.Error()));
+  if (!output) throw CommandError(ExitStatus::JobFailed, Describe(output.Error()));
   std::array<char, PieceSize> piece;
   std::uint64_t done = 0;
   for (;;) {
@@ -206,7 +206,7 @@ void ZipPackage::Unpack(const std::string& part, const std::string& target,
     done += static_cast<std::uint64_t>(count);
     if (done > entry.size) RefuseEntry(entry.name, "it unpacks to more than its header says");
     if (!os::WriteAll(output->Get(), {piece.data(), static_cast<std::size_t>(count)}))
-      throw CommandError(ExitStatus::JobFailed, os::Describe({"write", target, errno}));
+      throw CommandError(ExitStatus::JobFailed, Describe({"write", target, errno}));
     if (progress) progress(done, entry.size);
   }
   if (done != entry.size) RefuseEntry(entry.name, "it unpacks to less than its header says");

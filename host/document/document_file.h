@@ -6,7 +6,8 @@
 #include <string_view>
 
 #include "host/document/document.h"
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/expected_or.h"
 
 /// The document file: JSON in UTF-8, for people and programs (docs/formats/document.md). It holds
 /// all of a document but its selection, its history and objects that stand nowhere; placed files
@@ -18,15 +19,14 @@ namespace rastrel::document {
 [[nodiscard]] std::string DocumentText(const Document& document);
 
 /// A document, or why there is none: what is wrong, and where in the file, in words for the user.
-using ReadDocument = os::Expected<std::unique_ptr<Document>, std::wstring>;
+using ReadDocument = os::ExpectedOr<std::unique_ptr<Document>, std::wstring>;
 
 /// Reads a text. Unknown members are passed over, so that a later version's files can be read where
 /// they say no more than this one's; a later version itself is refused.
 [[nodiscard]] ReadDocument ReadDocumentText(std::string_view text);
 
 /// Saves to a path of the library's kind (platform/os/path.h): whole or not at all.
-[[nodiscard]] os::Outcome<os::Done> SaveDocument(const Document& document,
-                                                 const std::wstring& path);
+[[nodiscard]] Expected<void> SaveDocument(const Document& document, const std::wstring& path);
 /// Loads from a path.
 [[nodiscard]] ReadDocument LoadDocument(const std::wstring& path);
 

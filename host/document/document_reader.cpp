@@ -306,7 +306,7 @@ ReadDocument ReadDocumentText(std::string_view text) {
 
 ReadDocument LoadDocument(const std::wstring& path) {
   const auto text = os::ReadWholeFile(path, LargestDocumentFile);
-  if (!text) return os::WideFromUtf8(os::Describe(text.Error()));
+  if (!text) return os::WideFromUtf8(Describe(text.Error()));
   return ReadDocumentText(*text);
 }
 

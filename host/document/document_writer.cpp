@@ -255,7 +255,7 @@ std::string DocumentText(const Document& document) {
   return text;
 }
 
-os::Outcome<os::Done> SaveDocument(const Document& document, const std::wstring& path) {
+Expected<void> SaveDocument(const Document& document, const std::wstring& path) {
   return os::ReplaceFile(path, DocumentText(document));
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/platform/host/color.h"
+#include "rastrel/platform/values/color.h"
 
 namespace rastrel::document {
 

@@ -7,12 +7,12 @@
 #include <variant>
 #include <vector>
 
-#include "rastrel/platform/host/color.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/paragraph.h"
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/tm.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/color.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/paragraph.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/tm.h"
+#include "rastrel/platform/values/world.h"
 
 /// What the objects of a document are, as values that can be copied, compared, saved and drawn.
 /// Lengths are world units (centimetres, y upward from the blank's lower left corner) where nothing

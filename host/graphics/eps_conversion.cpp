@@ -34,18 +34,18 @@ struct Pipe {
   os::FileDescriptor writing;
 };
 
-os::Outcome<Pipe> MakePipe() {
+Expected<Pipe> MakePipe() {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
-  if (!os::CreatePipe(reading, writing, PipeSize)) return os::Failure{"pipe", {}, errno};
+  if (!os::CreatePipe(reading, writing, PipeSize)) return Failure{"pipe", {}, errno};
   return Pipe{os::FileDescriptor(reading), os::FileDescriptor(writing)};
 }
 
 // A file without a name that holds the bytes: the interpreter goes back and forth in it.
-os::Outcome<os::FileDescriptor> FileOf(const std::string& bytes) {
+Expected<os::FileDescriptor> FileOf(const std::string& bytes) {
   os::FileDescriptor file(os::Calls().memory_file("eps", MFD_CLOEXEC));
-  if (!file.IsOpen()) return os::Failure{"memfd_create", {}, errno};
-  if (!os::WriteAll(file.Get(), bytes)) return os::Failure{"write", {}, errno};
+  if (!file.IsOpen()) return Failure{"memfd_create", {}, errno};
+  if (!os::WriteAll(file.Get(), bytes)) return Failure{"write", {}, errno};
   return file;
 }
 
@@ -135,12 +135,12 @@ std::vector<std::string> Arguments(const ConversionLimits& limits, const std::op
 // interprets may read and write there, and only there.
 class TemporaryFolder {
  public:
-  [[nodiscard]] static os::Outcome<TemporaryFolder> Make() {
+  [[nodiscard]] static Expected<TemporaryFolder> Make() {
     const std::string place = os::EnvironmentValue("TMPDIR");
     const std::string base = place.starts_with('/') ? place : "/tmp";
     auto path = os::CompleteTemporaryName(os::FromNative(base + "/rastrel-XXXXXX"));
     if (!path) return path.Error();
-    if (!os::MakeDirectory(*path)) return os::Failure{"mkdir", os::ToNative(*path), errno};
+    if (!os::MakeDirectory(*path)) return Failure{"mkdir", os::ToNative(*path), errno};
     return TemporaryFolder(std::move(*path));
   }
   ~TemporaryFolder() {
@@ -180,7 +180,7 @@ class Interpreter {
   Interpreter& operator=(const Interpreter&) = delete;
 
   // How it ended, after its output did. Killed if it goes on all the same.
-  os::Outcome<os::ExitState> End() {
+  Expected<os::ExitState> End() {
     m_Ended = true;
     return os::Terminate(m_Process.Get());
   }
@@ -224,7 +224,7 @@ std::wstring ReadStreams(Streams& streams, const Interpreter& interpreter,
                                  pollfd{ended ? -1 : interpreter.Descriptor(), POLLIN, 0}};
     const auto milliseconds = static_cast<int>((end - now) / NanosecondsPerMillisecond + 1);
     if (os::Calls().poll(waited.data(), waited.size(), milliseconds) < 0 && errno != EINTR) {
-      return os::WideFromUtf8(os::Describe({"poll", {}, errno}));
+      return os::WideFromUtf8(Describe({"poll", {}, errno}));
     }
     if (waited[0].revents != 0 && !Take(streams.picture, streams.pictureBytes)) {
       streams.picture.Reset();
@@ -255,14 +255,14 @@ std::wstring WordsOf(const std::string& text) {
   return os::WideFromUtf8(last);
 }
 
-std::wstring Refused(const os::Failure& failure) {
-  return L"the interpreter can't be started: " + os::WideFromUtf8(os::Describe(failure));
+std::wstring Refused(const Failure& failure) {
+  return L"the interpreter can't be started: " + os::WideFromUtf8(Describe(failure));
 }
 
 }  // namespace
 
-os::Expected<std::string, std::wstring> PdfFromEps(const std::string& bytes,
-                                                   const ConversionLimits& limits) {
+os::ExpectedOr<std::string, std::wstring> PdfFromEps(const std::string& bytes,
+                                                     const ConversionLimits& limits) {
   const std::string program = FindInterpreter();
   if (program.empty()) {
     return std::wstring(L"Ghostscript is needed for EPS, and there is no program gs on PATH");
@@ -290,7 +290,7 @@ os::Expected<std::string, std::wstring> PdfFromEps(const std::string& bytes,
   const std::wstring reason = ReadStreams(streams, interpreter, limits);
   if (!reason.empty()) return reason;
   const auto end = interpreter.End();
-  if (!end) return os::WideFromUtf8(os::Describe(end.Error()));
+  if (!end) return os::WideFromUtf8(Describe(end.Error()));
   if (!end->byItself || end->status != 0 || streams.pictureBytes.empty()) {
     return L"the interpreter ended with " + std::to_wstring(end->status) + L": " +
            WordsOf(streams.wordBytes);

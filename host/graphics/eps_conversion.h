@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected_or.h"
 
 namespace rastrel::graphics {
 
@@ -18,7 +18,7 @@ struct ConversionLimits {
 /// An Encapsulated PostScript file as PDF with one page, as large as its bounding box; or why it
 /// can't be had, in words, with what the interpreter said last. Ghostscript does it, as a process
 /// in its safer mode, which reads and writes no file besides.
-[[nodiscard]] os::Expected<std::string, std::wstring> PdfFromEps(
+[[nodiscard]] os::ExpectedOr<std::string, std::wstring> PdfFromEps(
     const std::string& bytes, const ConversionLimits& limits = {});
 
 }  // namespace rastrel::graphics

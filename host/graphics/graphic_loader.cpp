@@ -15,9 +15,9 @@ namespace {
 
 constexpr double CentimetresPerPoint = 2.54 / 72;
 
-os::Expected<document::GraphicShape, std::wstring> ShapeOf(const std::wstring& path) {
+os::ExpectedOr<document::GraphicShape, std::wstring> ShapeOf(const std::wstring& path) {
   auto read = os::ReadWholeFile(path, LargestGraphicFile);
-  if (!read) return os::WideFromUtf8(os::Describe(read.Error()));
+  if (!read) return os::WideFromUtf8(Describe(read.Error()));
   const auto kind = KindOf(*read);
   if (!kind) return std::wstring(L"it is neither SVG, PNG, JPEG, TIFF, PDF nor EPS");
   document::GraphicShape shape;

@@ -50,13 +50,13 @@ bool IsEps(std::string_view bytes) {
   return bytes.substr(0, bytes.find_first_of("\r\n")).find("EPSF-") != std::string_view::npos;
 }
 
-os::Expected<std::unique_ptr<Picture>, std::wstring> OpenEps(const std::string& bytes) {
+os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenEps(const std::string& bytes) {
   auto converted = PdfFromEps(bytes);
   if (!converted) return converted.Error();
   return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
 }
 
-os::Expected<std::unique_ptr<Picture>, std::wstring> OpenKind(
+os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenKind(
     GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
   switch (kind) {
     case GraphicKind::kSvg: return OpenSvg(*bytes);
@@ -86,7 +86,7 @@ std::optional<GraphicKind> KindOf(std::string_view bytes) {
   return std::nullopt;
 }
 
-os::Expected<std::unique_ptr<Picture>, std::wstring> OpenPicture(
+os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
     GraphicKind kind, std::shared_ptr<const std::string> bytes) {
   if (bytes->size() > LargestGraphicFile) {
     return L"it has " + std::to_wstring(bytes->size()) + L" bytes; " +

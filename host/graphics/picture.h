@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "host/document/shapes.h"
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected_or.h"
 
 // The drawing library's context, whose header only sources include.
 typedef struct _cairo cairo_t;
@@ -48,7 +48,7 @@ class Picture {
   }
 
  private:
-  friend os::Expected<std::unique_ptr<Picture>, std::wstring> OpenPicture(
+  friend os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
       document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
   double m_Width = 0;
   double m_Height = 0;
@@ -64,7 +64,7 @@ class Picture {
 ///
 /// True size: an SVG by its own units, with 96 px to the inch; an image by the resolution that it
 /// names, and 96 dpi where it names none that can be; PDF and EPS by their points.
-[[nodiscard]] os::Expected<std::unique_ptr<Picture>, std::wstring> OpenPicture(
+[[nodiscard]] os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
 
 }  // namespace rastrel::graphics

@@ -9,7 +9,7 @@
 namespace rastrel::graphics {
 
 /// A picture, or why the bytes are none, in words. Its size is the file's, and not yet checked.
-using OpenedPicture = os::Expected<std::unique_ptr<Picture>, std::wstring>;
+using OpenedPicture = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
 
 /// By librsvg, which reads nothing beside the bytes.
 [[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes);

@@ -7,7 +7,7 @@
 
 #include "host/qt/dialog_window.h"
 #include "host/qt/display.h"
-#include "rastrel/platform/host/window_faces.h"
+#include "rastrel/platform/standalone/window_faces.h"
 
 namespace rastrel::qt {
 namespace {

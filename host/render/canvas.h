@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "rastrel/platform/host/tm.h"
+#include "rastrel/platform/values/tm.h"
 
 namespace rastrel::text {
 class TextLayout;

@@ -35,7 +35,7 @@ struct CairoEnd {
 using Context = std::unique_ptr<cairo_t, CairoEnd>;
 using Surface = std::unique_ptr<cairo_surface_t, CairoEnd>;
 
-using Image = os::Expected<std::string, std::wstring>;
+using Image = os::ExpectedOr<std::string, std::wstring>;
 
 cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
   // NOLINTNEXTLINE: the library's bytes are unsigned
@@ -123,8 +123,8 @@ Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) 
   return bytes;
 }
 
-os::Expected<Pages, std::wstring> PagesOf(const PageRenderer& renderer,
-                                          const ImageOptions& options) {
+os::ExpectedOr<Pages, std::wstring> PagesOf(const PageRenderer& renderer,
+                                            const ImageOptions& options) {
   if (renderer.Refusal()) return *renderer.Refusal();
   if (!options.page) return Pages{1, renderer.PageCount()};
   if (*options.page < 1 || *options.page > renderer.PageCount()) {
@@ -176,7 +176,7 @@ WrittenFiles SaveImages(const ImageSource& source, ImageFormat format, const Ima
   auto reason = DrawEach(source, format, options, [&](const std::string& image, int number) {
     const std::wstring target = number == 0 ? path : NumberedPath(path, number);
     const auto replaced = os::ReplaceFile(target, image);
-    if (!replaced) return std::optional(os::WideFromUtf8(os::Describe(replaced.Error())));
+    if (!replaced) return std::optional(os::WideFromUtf8(Describe(replaced.Error())));
     written.push_back(target);
     return std::optional<std::wstring>();
   });

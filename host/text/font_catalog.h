@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "host/document/notices.h"
-#include "rastrel/platform/host/paragraph.h"
+#include "rastrel/platform/values/paragraph.h"
 
 namespace rastrel::text {
 

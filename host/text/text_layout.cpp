@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "rastrel/platform/host/world.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::text {
 

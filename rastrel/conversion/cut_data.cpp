@@ -2,7 +2,7 @@
 
 #include "rastrel/conversion/cut_color_text.h"
 #include "rastrel/job/format_string.h"
-#include "rastrel/platform/host/stream.h"
+#include "rastrel/platform/values/stream.h"
 
 using rastrel::conversion::CutColorText;
 

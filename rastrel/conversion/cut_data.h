@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/color.h"
 #include "rastrel/platform/mfc/string.h"
+#include "rastrel/platform/values/color.h"
 
 class CStream;
 

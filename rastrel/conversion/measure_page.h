@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rastrel/platform/host/rect.h"
+#include "rastrel/platform/values/rect.h"
 
 class CSemaphore;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/rect.h"
+#include "rastrel/platform/values/rect.h"
 
 /// Measures the first page of a PostScript or EPS file by having the queue program process a copy
 /// of it, since a page's size can't be had from comments in general. Blocks until that program has

@@ -5,8 +5,8 @@
 
 #include "rastrel/imports/bounded_copy.h"
 #include "rastrel/imports/file_extension.h"
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_walk.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/walk.h"
 
 namespace rastrel::imports {
 namespace {

@@ -11,7 +11,7 @@
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/plate_object.h"
 #include "rastrel/platform/host/selected_object_list.h"
-#include "rastrel/platform/host/smart_double.h"
+#include "rastrel/platform/values/smart_double.h"
 
 namespace rastrel::imports {
 namespace {

@@ -6,8 +6,8 @@
 #include "rastrel/imports/document_host.h"
 #include "rastrel/imports/last_plate.h"
 #include "rastrel/imports/placed_text.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::imports {
 

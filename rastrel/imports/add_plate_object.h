@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "rastrel/imports/document_host.h"
-#include "rastrel/platform/host/color.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/color.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::imports {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "rastrel/imports/xml_failure.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::imports {
 
@@ -15,12 +15,12 @@ bool BoundedCopy(std::span<wchar_t> field, std::wstring_view value, std::wstring
     return true;
   }
   if (!field.empty()) field.front() = L'\0';
-  XmlFailure failure;
+  xml::XmlFailure failure;
   failure.path = path;
   failure.reason = L"the value of " + std::wstring(element) + L" has " +
                    std::to_wstring(value.size()) + L" characters, and its field has room for " +
                    std::to_wstring(field.empty() ? 0 : field.size() - 1);
-  ReportXmlFailure(std::move(failure));
+  xml::ReportXmlFailure(std::move(failure));
   return false;
 }
 

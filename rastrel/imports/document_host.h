@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "rastrel/platform/host/color.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/translation.h"
+#include "rastrel/platform/values/color.h"
 
 namespace rastrel::host {
 class Application;

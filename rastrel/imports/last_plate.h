@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rastrel/platform/host/document_values.h"
+#include "rastrel/platform/values/document_values.h"
 
 namespace rastrel::imports {
 

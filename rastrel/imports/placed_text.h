@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rastrel/platform/host/paragraph.h"
+#include "rastrel/platform/values/paragraph.h"
 
 namespace rastrel::imports {
 

@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "rastrel/imports/placed_text.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 /// How importers put text into the document: they open a paragraph in a frame, paste lines in it,
 /// and make an object of it. At most one paragraph is open in a process. Only the host's user

@@ -8,8 +8,8 @@
 #include "rastrel/imports/abb_plate_data.h"
 #include "rastrel/imports/last_plate.h"
 #include "rastrel/imports/placed_text.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 /// Imports a plate XML of ABB (docs/formats/abb-plates.md) into the host's open document: plate
 /// objects with panes, centred text, drill points. The constructor parses; nothing is imported

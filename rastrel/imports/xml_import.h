@@ -2,8 +2,8 @@
 
 #include "rastrel/export.h"
 #include "rastrel/imports/placed_text.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 /// What the importers have in common that are made on a path, parse it at once, and import when
 /// they are told to. A derived class parses in its own constructor and keeps the result in

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/spot_match.h"
 #include "rastrel/platform/mfc/string.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/spot_match.h"
 
 namespace rastrel::psscan {
 class LineReader;

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "rastrel/imports/bounded_copy.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/readers/record_budget.h"
 #include "rastrel/readers/xml_file_name.h"
+#include "rastrel/xml/layer.h"
 
 namespace {
 

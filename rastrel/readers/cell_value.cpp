@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include "rastrel/imports/number_text.h"
+#include "rastrel/platform/os/number_text.h"
 
 namespace rastrel::readers {
 namespace {
@@ -29,7 +29,7 @@ void AppendInteger(SheetText& text, std::string_view number) {
   if (isPlain) return text.Append(number);
   std::array<char, 24> buffer{};
   const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), imports::Int64FromText(number));
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), os::Int64FromText(number));
   text.Append(std::string_view(buffer.data(), end.ptr));
 }
 
@@ -81,7 +81,7 @@ void AppendFraction(SheetText& text, std::string_view number) {
     return AppendMillionths(text, digits.size() < number.size(), *value);
   std::array<char, 340> buffer{};  // sign, 309 digits, point, 6 digits
   const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), imports::DoubleFromText(number),
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), os::DoubleFromText(number),
                     std::chars_format::fixed, static_cast<int>(Decimals));
   text.Append(std::string_view(buffer.data(), end.ptr));
 }

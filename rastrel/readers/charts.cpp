@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "rastrel/imports/bounded_copy.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/readers/finger_size.h"
+#include "rastrel/xml/layer.h"
 
 namespace {
 

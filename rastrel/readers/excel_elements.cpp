@@ -2,19 +2,19 @@
 
 #include <iterator>
 
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_stream.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/stream.h"
 
 namespace rastrel::readers {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 
 // Characters of names and values that may be kept, all elements together. Far more than the part
 // names of the largest workbook.
 constexpr std::size_t CharacterLimit = std::size_t{4} << 20;
 
-class ElementReader : public imports::XmlStreamHandler {
+class ElementReader : public xml::XmlStreamHandler {
  public:
   ElementReader(const ExcelElementNames& names, std::size_t limit)
       : m_Names(names), m_Limit(limit) {}
@@ -65,7 +65,7 @@ std::wstring ExcelElement::Value(std::wstring_view localName) const {
 bool ReadExcelElements(std::wstring_view path, const ExcelElementNames& names,
                        const SheetLimits& limits, std::vector<ExcelElement>& elements) {
   ElementReader reader(names, limits.elements);
-  if (!imports::StreamXmlFile(path, reader)) return false;
+  if (!xml::StreamXmlFile(path, reader)) return false;
   elements.insert(elements.end(), std::make_move_iterator(reader.Elements().begin()),
                   std::make_move_iterator(reader.Elements().end()));
   return true;

@@ -30,7 +30,7 @@ struct ExcelElementNames {
 
 /// Appends them to `elements`. False, and nothing is appended, if the file can't be read or is no
 /// document, if its root has another name, or if it passes a limit; all of them are reported
-/// (imports/xml_failure.h).
+/// (xml/failure.h).
 [[nodiscard]] bool ReadExcelElements(std::wstring_view path, const ExcelElementNames& names,
                                      const SheetLimits& limits,
                                      std::vector<ExcelElement>& elements);

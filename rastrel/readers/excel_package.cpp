@@ -6,7 +6,6 @@
 #include <optional>
 #include <utility>
 
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/inside.h"
 #include "rastrel/platform/os/path.h"
@@ -14,6 +13,7 @@
 #include "rastrel/readers/excel_sheet.h"
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/text_file.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
 namespace {
@@ -25,7 +25,7 @@ constexpr std::int32_t SharedStringTable = 3;
 constexpr std::wstring_view ResultName = L"\\content.txt";
 
 void Report(std::wstring path, std::wstring reason) {
-  imports::ReportXmlFailure({std::move(path), 0, 0, std::move(reason)});
+  xml::ReportXmlFailure({std::move(path), 0, 0, std::move(reason)});
 }
 
 // The path of the field, which need not be terminated where it is full.

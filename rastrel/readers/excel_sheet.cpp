@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "rastrel/imports/number_text.h"
-#include "rastrel/imports/xml_failure.h"
-#include "rastrel/imports/xml_stream.h"
-#include "rastrel/imports/xml_walk.h"
+#include "rastrel/platform/os/number_text.h"
 #include "rastrel/readers/cell_value.h"
+#include "rastrel/xml/failure.h"
+#include "rastrel/xml/stream.h"
+#include "rastrel/xml/walk.h"
 
 namespace rastrel::readers {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 using namespace std::string_view_literals;
 
 constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
@@ -19,7 +19,7 @@ constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 // Never takes off anything as long as each cell ends in its tab, which is what the tab is for.
 constexpr std::string_view RowEnds = " ,.";
 
-class SheetReader : public imports::XmlStreamHandler {
+class SheetReader : public xml::XmlStreamHandler {
  public:
   SheetReader(const SharedStrings& strings, SheetText& text) : m_Strings(strings), m_Text(text) {}
 
@@ -55,9 +55,9 @@ class SheetReader : public imports::XmlStreamHandler {
   // Every child counts in a cell's place, also a comment or one of another name.
   void AppendRow(const XmlNode& row) {
     std::size_t place = 0;
-    for (XmlNode cell = imports::FirstChild(row); cell; cell = imports::NextSibling(cell)) {
-      if (imports::IsNamed(cell, L"c"sv)) {
-        place += AppendGap(imports::AttributeBytes(cell, L"r"sv), place);
+    for (XmlNode cell = xml::FirstChild(row); cell; cell = xml::NextSibling(cell)) {
+      if (xml::IsNamed(cell, L"c"sv)) {
+        place += AppendGap(xml::AttributeBytes(cell, L"r"sv), place);
         AppendValue(cell);
         m_Text.Append('\t');
       }
@@ -75,13 +75,13 @@ class SheetReader : public imports::XmlStreamHandler {
   }
 
   void AppendValue(const XmlNode& cell) {
-    XmlNode value = imports::FirstChild(cell);
-    while (value && !imports::IsNamed(value, L"v"sv)) value = imports::NextSibling(value);
+    XmlNode value = xml::FirstChild(cell);
+    while (value && !xml::IsNamed(value, L"v"sv)) value = xml::NextSibling(value);
     if (!value) return;
-    const std::string_view text = imports::TextBytes(value, m_Joined);
+    const std::string_view text = xml::TextBytes(value, m_Joined);
     if (text.empty()) return;
-    if (imports::AttributeBytes(cell, L"t"sv) == "s")
-      m_Text.Append(m_Strings.Find(imports::Int32FromText(text)));
+    if (xml::AttributeBytes(cell, L"t"sv) == "s")
+      m_Text.Append(m_Strings.Find(os::Int32FromText(text)));
     else
       AppendNumber(m_Text, text);
   }
@@ -100,13 +100,12 @@ ExcelSheetResult AppendExcelSheet(std::wstring_view path, const SharedStrings& s
                                   SheetText& text) {
   const std::size_t before = text.Size();
   SheetReader reader(strings, text);
-  const bool isDocument = imports::StreamXmlFile(path, reader);
+  const bool isDocument = xml::StreamXmlFile(path, reader);
   if (isDocument && reader.HasData()) {
     text.TrimRight("\n");
     return ExcelSheetResult::Appended;
   }
-  if (isDocument)
-    imports::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no \"sheetData\""});
+  if (isDocument) xml::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no \"sheetData\""});
   const bool isOverLimit = text.IsOverLimit();
   text.Truncate(before);
   return isOverLimit ? ExcelSheetResult::OverLimit : ExcelSheetResult::Refused;

@@ -25,7 +25,7 @@ enum class ExcelSheetResult {
 /// and AA3 is in column A. docs/formats/spreadsheet-text.md has the values.
 ///
 /// In every case but Appended the text is as it was, and the reason is reported
-/// (imports/xml_failure.h).
+/// (xml/failure.h).
 [[nodiscard]] ExcelSheetResult AppendExcelSheet(std::wstring_view path,
                                                 const SharedStrings& strings, SheetText& text);
 

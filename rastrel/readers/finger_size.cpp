@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "rastrel/imports/number_text.h"
-#include "rastrel/platform/host/compare.h"
+#include "rastrel/platform/os/number_text.h"
+#include "rastrel/platform/values/compare.h"
 
 namespace rastrel::readers {
 namespace {
 
-using imports::DoubleFromText;
+using os::DoubleFromText;
 
 // Whether it is one of the numbers or lies between them.
 bool IsWithin(double size, double one, double other) {
@@ -22,19 +22,19 @@ bool IsWithin(double size, double one, double other) {
 }  // namespace
 
 bool SatisfiesFingerSizeRule(const std::wstring& fingerSize, std::wstring rule) {
-  const double size = DoubleFromText(fingerSize);
+  const double size = os::DoubleFromText(fingerSize);
   const wchar_t kind = rule.empty() ? L'\0' : rule.front();
   if (kind == L'L' || kind == L'G') {
     // Charts rely on the letter counting as a digit: "L.5" is 0.5, and "L-6" is 0.
     rule.front() = L'0';
-    const double limit = DoubleFromText(rule);
+    const double limit = os::DoubleFromText(rule);
     return kind == L'L' ? IsDoubleLessthan(size, limit, FingerSizeTolerance)
                         : IsDoubleGreaterthan(size, limit, FingerSizeTolerance);
   }
   const std::size_t comma = std::min(rule.find(L','), rule.size());
   const std::wstring first = rule.substr(0, comma);
   const std::wstring second = comma < rule.size() ? rule.substr(comma + 1) : std::wstring();
-  return IsWithin(size, DoubleFromText(first), DoubleFromText(second));
+  return IsWithin(size, os::DoubleFromText(first), os::DoubleFromText(second));
 }
 
 }  // namespace rastrel::readers

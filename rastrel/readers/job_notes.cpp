@@ -7,10 +7,10 @@
 #include <string_view>
 
 #include "rastrel/imports/bounded_copy.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/host/wait_cursor.h"
 #include "rastrel/readers/record_budget.h"
 #include "rastrel/readers/xml_file_name.h"
+#include "rastrel/xml/layer.h"
 
 namespace {
 

@@ -5,12 +5,12 @@
 #include <string>
 #include <utility>
 
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/readers/open_office_xml_import.h"
 #include "rastrel/readers/trimmed_text.h"
 #include "rastrel/readers/xml_file_name.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
 namespace {
@@ -149,7 +149,7 @@ OpenOfficeDocument::~OpenOfficeDocument() = default;
 
 bool OpenOfficeDocument::ParseFile(std::wstring_view path) {
   if (!IsNamedXml(std::wstring(path).c_str())) {
-    imports::ReportXmlFailure(
+    xml::ReportXmlFailure(
         {std::wstring(path), 0, 0, L"there is no such file of the extension \"xml\""});
     return false;
   }
@@ -166,11 +166,11 @@ bool OpenOfficeDocument::MakeRecords() {
   for (std::size_t index = 0; index < m_Tables.Count(); ++index)
     size += RecordSize(m_Tables.Table(index));
   if (size > m_Limits.records) {
-    imports::ReportXmlFailure({{},
-                               0,
-                               0,
-                               L"the records of the tables take more than " +
-                                   std::to_wstring(m_Limits.records) + L" bytes"});
+    xml::ReportXmlFailure({{},
+                           0,
+                           0,
+                           L"the records of the tables take more than " +
+                               std::to_wstring(m_Limits.records) + L" bytes"});
     return false;
   }
   for (std::size_t index = 0; index < m_Tables.Count(); ++index)

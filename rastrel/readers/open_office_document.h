@@ -25,7 +25,7 @@ class OpenOfficeDocument {
   /// as COpenOfficeXMLImport::ParseFile.
   [[nodiscard]] bool ParseFile(std::wstring_view path);
   /// The record of a table; null if there is none of that number, or if the records of all tables
-  /// would pass their limit, which is reported (imports/xml_failure.h).
+  /// would pass their limit, which is reported (xml/failure.h).
   [[nodiscard]] tagOPEN_OFFICE_DATA* Record(std::size_t index);
   /// Frees all tables.
   void Clear();

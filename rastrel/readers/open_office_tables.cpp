@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-#include "rastrel/imports/number_text.h"
-#include "rastrel/imports/xml_failure.h"
-#include "rastrel/imports/xml_stream.h"
-#include "rastrel/imports/xml_walk.h"
+#include "rastrel/platform/os/number_text.h"
+#include "rastrel/xml/failure.h"
+#include "rastrel/xml/stream.h"
+#include "rastrel/xml/walk.h"
 
 namespace rastrel::readers {
 namespace {
 
-using imports::StreamChoice;
+using xml::StreamChoice;
 using namespace std::string_view_literals;
 
 constexpr std::wstring_view RepeatAttribute = L"table:number-columns-repeated";
@@ -25,7 +25,7 @@ constexpr std::uint32_t MoreFollows = 0x80;
 
 }  // namespace
 
-class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
+class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
  public:
   Reader(OpenOfficeTables& tables, const SheetLimits& limits)
       : m_Tables(tables), m_Limits(limits) {}
@@ -51,9 +51,8 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
 
   void Node(const XmlNode& row) override {
     BeginRow();
-    for (XmlNode cell = imports::FirstChild(row); cell && !Refusal();
-         cell = imports::NextSibling(cell))
-      if (imports::IsNamed(cell, L"table-cell"sv)) AppendCell(cell);
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell))
+      if (xml::IsNamed(cell, L"table-cell"sv)) AppendCell(cell);
   }
 
   void End(std::wstring_view, int) override {}
@@ -63,10 +62,10 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
     const std::int32_t repeat = RepeatOf(cell);
     if (repeat <= 0) return;
     std::string_view text;
-    for (XmlNode child = imports::FirstChild(cell); child; child = imports::NextSibling(child)) {
-      if (!imports::IsNamed(child, L"p"sv)) continue;
+    for (XmlNode child = xml::FirstChild(cell); child; child = xml::NextSibling(child)) {
+      if (!xml::IsNamed(child, L"p"sv)) continue;
       std::string& scratch = text.data() == m_Joined[0].data() ? m_Joined[1] : m_Joined[0];
-      const std::string_view paragraph = imports::TextBytes(child, scratch);
+      const std::string_view paragraph = xml::TextBytes(child, scratch);
       if (!paragraph.empty()) text = paragraph;
     }
     AppendCells(static_cast<std::uint32_t>(repeat), text);
@@ -77,8 +76,8 @@ class OpenOfficeTables::Reader : public imports::XmlStreamHandler {
   }
 
   static std::int32_t RepeatOf(const XmlNode& cell) {
-    const std::string_view repeat = imports::AttributeBytes(cell, RepeatAttribute);
-    return repeat.empty() ? 1 : imports::Int32FromText(repeat);
+    const std::string_view repeat = xml::AttributeBytes(cell, RepeatAttribute);
+    return repeat.empty() ? 1 : os::Int32FromText(repeat);
   }
 
   void BeginRow() {
@@ -130,9 +129,9 @@ bool OpenOfficeTables::Read(std::wstring_view path, const SheetLimits& limits) {
   const std::uint64_t cells = m_Cells;
   const std::uint64_t resultText = m_ResultText;
   Reader reader(*this, limits);
-  const bool isDocument = imports::StreamXmlFile(path, reader);
+  const bool isDocument = xml::StreamXmlFile(path, reader);
   if (isDocument && m_Begins.size() > tables) return true;
-  if (isDocument) imports::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no table"});
+  if (isDocument) xml::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no table"});
   m_Bytes.resize(bytes);
   m_Begins.resize(tables);
   m_Cells = cells;

@@ -39,7 +39,7 @@ class OpenOfficeTables {
   ///
   /// True if there is a table. False, and nothing is appended, if there is none, if the file can't
   /// be read or is no document, if its root is not "document-content", or if it passes a limit; the
-  /// reason is reported (imports/xml_failure.h).
+  /// reason is reported (xml/failure.h).
   [[nodiscard]] bool Read(std::wstring_view path, const SheetLimits& limits);
 
   [[nodiscard]] std::size_t Count() const { return m_Begins.size(); }

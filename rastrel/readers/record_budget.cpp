@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "rastrel/imports/xml_failure.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
 
@@ -12,11 +12,11 @@ bool RecordBudget::Take(std::size_t bytes) {
     m_Left -= bytes;
     return true;
   }
-  imports::XmlFailure failure;
+  xml::XmlFailure failure;
   failure.path = m_Path;
   failure.reason = L"its records take more than " + std::to_wstring(RecordBytesLimit >> 20) +
                    L" MiB, which is the limit";
-  imports::ReportXmlFailure(std::move(failure));
+  xml::ReportXmlFailure(std::move(failure));
   return false;
 }
 

@@ -17,7 +17,7 @@ class RecordBudget {
   /// The path is for the report, and outlives the object.
   explicit RecordBudget(std::wstring_view path) : m_Path(path) {}
 
-  /// Counts a record. False if that is too much; it is reported (imports/xml_failure.h) then.
+  /// Counts a record. False if that is too much; it is reported (xml/failure.h) then.
   [[nodiscard]] bool Take(std::size_t bytes);
 
  private:

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_stream.h"
-#include "rastrel/imports/xml_walk.h"
 #include "rastrel/readers/cell_value.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/stream.h"
+#include "rastrel/xml/walk.h"
 
 namespace rastrel::readers {
 namespace {
@@ -15,23 +15,23 @@ constexpr std::size_t LengthSize = sizeof(std::uint32_t);
 
 }  // namespace
 
-class SharedStrings::Reader : public imports::XmlStreamHandler {
+class SharedStrings::Reader : public xml::XmlStreamHandler {
  public:
   explicit Reader(SharedStrings& table) : m_Table(table) {}
 
-  imports::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
+  xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     if (depth == 0 && baseName != L"sst") {
       Refuse(L"the document element of shared strings is \"sst\", so none are read here");
-      return imports::StreamChoice::kSkip;
+      return xml::StreamChoice::kSkip;
     }
-    if (depth == 0) return imports::StreamChoice::kEnter;
-    return baseName == L"si" ? imports::StreamChoice::kNode : imports::StreamChoice::kSkip;
+    if (depth == 0) return xml::StreamChoice::kEnter;
+    return baseName == L"si" ? xml::StreamChoice::kNode : xml::StreamChoice::kSkip;
   }
 
   void Node(const XmlNode& si) override {
-    for (XmlNode child = imports::FirstChild(si); child; child = imports::NextSibling(child)) {
-      if (!imports::IsNamed(child, L"t")) continue;
-      const std::string_view text = imports::TextBytes(child, m_Joined);
+    for (XmlNode child = xml::FirstChild(si); child; child = xml::NextSibling(child)) {
+      if (!xml::IsNamed(child, L"t")) continue;
+      const std::string_view text = xml::TextBytes(child, m_Joined);
       if (!text.empty()) Add(CleanedValue(text, m_Cleaned));
     }
   }
@@ -63,7 +63,7 @@ class SharedStrings::Reader : public imports::XmlStreamHandler {
 bool SharedStrings::Read(std::wstring_view path) {
   const std::size_t before = m_Texts.size();
   Reader reader(*this);
-  if (!imports::StreamXmlFile(path, reader)) {
+  if (!xml::StreamXmlFile(path, reader)) {
     m_Texts.resize(before);
     return !reader.IsOverLimit();
   }

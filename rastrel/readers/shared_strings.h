@@ -22,7 +22,7 @@ class SharedStrings {
   /// Reads a table, whose texts take the indices from 0 on; of a table read before stays what lies
   /// behind them. A file that can't be read, is no document or has another root than "sst" is
   /// passed over and changes nothing. False only if a limit is passed, which is reported
-  /// (imports/xml_failure.h).
+  /// (xml/failure.h).
   [[nodiscard]] bool Read(std::wstring_view path);
 
   /// The text of that index, as CleanedValue (cell_value.h) makes it; empty if there is none.

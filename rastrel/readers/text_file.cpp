@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <utility>
 
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
 namespace {
@@ -17,12 +17,12 @@ constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 }  // namespace
 
 TextFile::TextFile(std::wstring path) : m_Path(std::move(path)) {
-  os::Outcome<os::FileDescriptor> file = os::CreateForWriting(m_Path);
+  Expected<os::FileDescriptor> file = os::CreateForWriting(m_Path);
   if (file) {
     m_File = std::move(*file);
     m_Buffer = ByteOrderMark;
   } else {
-    Fail(os::Describe(file.Error()));
+    Fail(Describe(file.Error()));
   }
 }
 
@@ -44,13 +44,13 @@ bool TextFile::Close() {
 }
 
 void TextFile::Flush() {
-  if (!os::WriteAll(m_File.Get(), m_Buffer)) Fail("write: " + os::DescribeError(errno));
+  if (!os::WriteAll(m_File.Get(), m_Buffer)) Fail("write: " + DescribeError(errno));
   m_Buffer.clear();
 }
 
 void TextFile::Fail(const std::string& reason) {
   m_IsGood = false;
-  imports::ReportXmlFailure({m_Path, 0, 0, os::WideFromUtf8(reason)});
+  xml::ReportXmlFailure({m_Path, 0, 0, os::WideFromUtf8(reason)});
 }
 
 }  // namespace rastrel::readers

@@ -15,7 +15,7 @@ class TextFile {
   explicit TextFile(std::wstring path);
 
   /// Whether the file could be opened and took all bytes so far. The first failure is reported
-  /// (imports/xml_failure.h).
+  /// (xml/failure.h).
   [[nodiscard]] bool IsGood() const { return m_IsGood; }
   /// Appends bytes of UTF-8. Does nothing after a failure. The same result as IsGood.
   bool Write(std::string_view bytes);

@@ -11,7 +11,8 @@ import sys
 import sources
 
 GUIDE = "docs/host.md"
-FOLDER = "rastrel/platform/host"
+FOLDERS = ("rastrel/platform/host/", "rastrel/platform/values/",
+           "rastrel/platform/standalone/")
 VIRTUAL = re.compile(r"\bvirtual\s+[^;(~]*?\b(\w+)\s*\(")
 CODE = re.compile(r"`([^`\n]+)`")
 
@@ -41,7 +42,7 @@ def check(headers, guide):
 def main():
     root = pathlib.Path(sys.argv[1])
     headers = {path: (root / path).read_text(encoding="utf-8")
-               for path in sources.public_headers(root) if path.startswith(FOLDER + "/")}
+               for path in sources.public_headers(root) if path.startswith(FOLDERS)}
     faults = check(headers, (root / GUIDE).read_text(encoding="utf-8"))
     count = sum(len(operations(text)) for text in headers.values())
     sources.finish(faults, f"{GUIDE} tells of all {count} operations of a host")

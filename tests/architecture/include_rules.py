@@ -53,7 +53,7 @@ def check(root, rules):
             if not included or included[0][2] != header:
                 faults.append(f"{file}: does not include {header} first")
         for line, quoted, name in included:
-            inside = name.startswith(("rastrel/", "children/", "cli/", "host/"))
+            inside = name.split("/")[0] in sources.PRODUCT
             if quoted and not inside and own not in ("tests", "bench", "fuzz"):
                 faults.append(f"{file}:{line}: \"{name}\" is not written from the root")
             if not inside or name == "rastrel/export.h":

@@ -126,11 +126,11 @@ TEST_F(QueueConvert, makes_the_page_directory_and_the_bitmap_and_nothing_else) {
   RunWell(Header("%# KVI_Res= 72\r\n") + Eps);
   EXPECT_EQ(m_Bench.Leftovers(),
             (std::vector<std::string>{"vkaaaaaa.cfm", "vkaaaaaa.ps", "vkaaaaaa_Color.bmp"}));
-  const children::PageInfo info = CheckedInfo(m_Stem + ".cfm");
+  const pages::PageInfo info = CheckedInfo(m_Stem + ".cfm");
   EXPECT_EQ(info.width, 200U);
   EXPECT_EQ(info.height, 100U);
   EXPECT_EQ(info.xResolution, 72);
-  EXPECT_EQ(info.colour, children::PageColour::Rgb);
+  EXPECT_EQ(info.colour, pages::PageColour::Rgb);
 }
 
 TEST_F(QueueConvert, the_declared_box_is_the_picture) {
@@ -274,11 +274,11 @@ TEST_F(QueueConvert, a_job_without_a_header_is_separated_page_by_page) {
       "showpage\n"
       "[ /Separation (Gold) /DeviceCMYK { pop 0 0 1 0 } ] setcolorspace 1 setcolor 0 0 36 72 "
       "rectfill showpage\n");
-  const children::PageInfo first = CheckedInfo(m_Stem + ".cfm");
+  const pages::PageInfo first = CheckedInfo(m_Stem + ".cfm");
   EXPECT_EQ(first.planes.size(), 4U);
   EXPECT_EQ(first.page, 1U);
   EXPECT_EQ(first.width, 300U);
-  const children::PageInfo second = CheckedInfo(m_Stem + ".cfm/p0002");
+  const pages::PageInfo second = CheckedInfo(m_Stem + ".cfm/p0002");
   ASSERT_EQ(second.planes.size(), 5U);
   EXPECT_EQ(second.page, 2U);
   EXPECT_EQ(second.planes[4].name, "Gold");

@@ -19,7 +19,7 @@ const std::string Full = Header(
 
 JobHeader ReadLines(const std::string& lines) { return ReadJobHeader(Header(lines)); }
 
-std::variant<CommandLine, corerast::RunFailure> ReadWords(std::vector<const char*> words) {
+std::variant<CommandLine, interpreter::RunFailure> ReadWords(std::vector<const char*> words) {
   return ReadCommandLine(words);
 }
 
@@ -236,8 +236,8 @@ TEST(QueueCommandLine, anything_else_is_refused) {
                                              {"-ps", "-q", "f", "g"},
                                              {"-s", "-q", "f"}}) {
     const auto read = ReadWords(words);
-    ASSERT_TRUE(std::holds_alternative<corerast::RunFailure>(read)) << words.size();
-    EXPECT_EQ(std::get<corerast::RunFailure>(read).status, corerast::ExitStatus::BadInput);
+    ASSERT_TRUE(std::holds_alternative<interpreter::RunFailure>(read)) << words.size();
+    EXPECT_EQ(std::get<interpreter::RunFailure>(read).status, interpreter::ExitStatus::BadInput);
   }
 }
 

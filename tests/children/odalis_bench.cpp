@@ -14,7 +14,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "children/shared/sha256.h"
+#include "pages/sha256.h"
 
 namespace rastrel::odalis::testing {
 
@@ -54,16 +54,16 @@ std::uint8_t SampleAt(unsigned x, unsigned y, unsigned plane) {
   return static_cast<std::uint8_t>(x * 7 + y * 13 + plane * 61 + x * y);
 }
 
-children::PageFile DescribeFile(const std::string& directory, const std::string& name) {
+pages::PageFile DescribeFile(const std::string& directory, const std::string& name) {
   const std::string content = ReadFile(directory + "/" + name);
-  children::Sha256 sum;
+  pages::Sha256 sum;
   sum.Add(content.data(), content.size());
   return {name, content.size(), sum.Finish()};
 }
 
-children::PageInfo PageOf(children::PageColour colour, const std::vector<std::string>& planes,
-                          unsigned width, unsigned height) {
-  children::PageInfo info;
+pages::PageInfo PageOf(pages::PageColour colour, const std::vector<std::string>& planes,
+                       unsigned width, unsigned height) {
+  pages::PageInfo info;
   info.job = "Job";
   info.width = width;
   info.height = height;
@@ -72,8 +72,8 @@ children::PageInfo PageOf(children::PageColour colour, const std::vector<std::st
   info.colour = colour;
   for (unsigned i = 0; i < planes.size(); ++i) {
     switch (colour) {
-      case children::PageColour::Gray: info.planes.push_back({planes[i], "pixels.pgm", i}); break;
-      case children::PageColour::Rgb: info.planes.push_back({planes[i], "pixels.ppm", i}); break;
+      case pages::PageColour::Gray: info.planes.push_back({planes[i], "pixels.pgm", i}); break;
+      case pages::PageColour::Rgb: info.planes.push_back({planes[i], "pixels.ppm", i}); break;
       default: info.planes.push_back({planes[i], "plane-" + std::to_string(i) + ".tif", 0});
     }
   }
@@ -114,10 +114,10 @@ void WriteNetpbm(const std::string& path, unsigned width, unsigned height, unsig
 
 }  // namespace
 
-void WritePage(const std::string& directory, children::PageInfo& info) {
+void WritePage(const std::string& directory, pages::PageInfo& info) {
   fs::create_directories(directory);
   info.files.clear();
-  if (info.colour == children::PageColour::Rgb || info.colour == children::PageColour::Gray) {
+  if (info.colour == pages::PageColour::Rgb || info.colour == pages::PageColour::Gray) {
     const std::string& name = info.planes.front().file;
     WriteNetpbm(directory + "/" + name, info.width, info.height,
                 static_cast<unsigned>(info.planes.size()));
@@ -128,12 +128,12 @@ void WritePage(const std::string& directory, children::PageInfo& info) {
       info.files.push_back(DescribeFile(directory, info.planes[i].file));
     }
   }
-  WriteFile(directory + "/" + children::PageInfoName, children::FormatPageInfo(info));
+  WriteFile(directory + "/" + pages::PageInfoName, pages::FormatPageInfo(info));
 }
 
-children::PageInfo WriteRgbPage(const std::string& directory, const std::string& job, unsigned page,
-                                const std::string& printer) {
-  children::PageInfo info = PageOf(children::PageColour::Rgb, {"Red", "Green", "Blue"}, 40, 30);
+pages::PageInfo WriteRgbPage(const std::string& directory, const std::string& job, unsigned page,
+                             const std::string& printer) {
+  pages::PageInfo info = PageOf(pages::PageColour::Rgb, {"Red", "Green", "Blue"}, 40, 30);
   info.job = job;
   info.page = page;
   info.printer = printer;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 
 /// What the output engine's tests share: directories that go away, page directories made by hand,
 /// and the engine as a process.
@@ -35,17 +35,16 @@ void WriteFile(const std::string& path, const std::string& content);
 
 /// A description of a page of the test picture whose planes lie in "pixels.ppm" or "pixels.pgm"
 /// (gray, rgb), or in "plane-N.tif" each (the others).
-[[nodiscard]] children::PageInfo PageOf(children::PageColour colour,
-                                        const std::vector<std::string>& planes, unsigned width,
-                                        unsigned height);
+[[nodiscard]] pages::PageInfo PageOf(pages::PageColour colour,
+                                     const std::vector<std::string>& planes, unsigned width,
+                                     unsigned height);
 /// Writes the page's files and its ".info" into the directory, with sizes and sums filled in.
-void WritePage(const std::string& directory, children::PageInfo& info);
+void WritePage(const std::string& directory, pages::PageInfo& info);
 /// An RGB page of 40 by 30 pixels.
-children::PageInfo WriteRgbPage(const std::string& directory, const std::string& job,
-                                unsigned page = 1, const std::string& printer = "");
+pages::PageInfo WriteRgbPage(const std::string& directory, const std::string& job,
+                             unsigned page = 1, const std::string& printer = "");
 /// A file's description as it stands on the disk.
-[[nodiscard]] children::PageFile DescribeFile(const std::string& directory,
-                                              const std::string& name);
+[[nodiscard]] pages::PageFile DescribeFile(const std::string& directory, const std::string& name);
 /// Writes a gray TIFF plane of the test picture.
 void WriteTiffPlane(const std::string& path, unsigned width, unsigned height, unsigned plane);
 

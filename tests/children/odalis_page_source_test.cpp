@@ -15,8 +15,8 @@ namespace rastrel::odalis {
 namespace {
 
 using namespace testing;
-using children::PageColour;
-using children::PageInfo;
+using pages::PageColour;
+using pages::PageInfo;
 
 /// All samples of a page, or the problem's words.
 std::string ReadAll(const std::string& directory, const PageInfo& info,

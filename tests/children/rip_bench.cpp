@@ -17,8 +17,8 @@
 #include <sstream>
 #include <thread>
 
-#include "children/corerast/ghostscript.h"
-#include "children/corerast/page_directory.h"
+#include "interpreter/ghostscript.h"
+#include "interpreter/page_directory.h"
 #include "rastrel/cfm/cfm2.h"
 #include "rastrel/cfm/cfm_page.h"
 #include "rastrel/platform/os/path.h"
@@ -289,16 +289,16 @@ std::vector<std::string> RipBench::Processes() const {
   return found;
 }
 
-children::PageInfo CheckedInfo(const std::string& pageDirectory) {
-  const auto info = children::ReadPageInfo(pageDirectory);
+pages::PageInfo CheckedInfo(const std::string& pageDirectory) {
+  const auto info = pages::ReadPageInfo(pageDirectory);
   if (!info) {
-    ADD_FAILURE() << os::Describe(info.Error());
+    ADD_FAILURE() << Describe(info.Error());
     return {};
   }
-  for (const children::PageFile& file : info->files) {
-    const auto present = DescribeFile(pageDirectory, file.name);
+  for (const pages::PageFile& file : info->files) {
+    const auto present = interpreter::DescribeFile(pageDirectory, file.name);
     if (!present) {
-      ADD_FAILURE() << os::Describe(present.Error());
+      ADD_FAILURE() << Describe(present.Error());
       continue;
     }
     EXPECT_EQ(present->bytes, file.bytes) << file.name;
@@ -307,6 +307,6 @@ children::PageInfo CheckedInfo(const std::string& pageDirectory) {
   return *info;
 }
 
-bool HaveGhostscript() { return !FindGhostscript().empty(); }
+bool HaveGhostscript() { return !interpreter::FindGhostscript().empty(); }
 
 }  // namespace rastrel::corerast::testing

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "children/shared/page_info.h"
+#include "pages/page_info.h"
 #include "tests/support/scratch_directory.h"
 
 /// What the RIP's tests share: a data root with the RIP in it, and the RIP as a process.
@@ -89,7 +89,7 @@ class RipBench {
 };
 
 /// The checked info of a page; files must lie there with the sizes and sums that it says.
-[[nodiscard]] children::PageInfo CheckedInfo(const std::string& pageDirectory);
+[[nodiscard]] pages::PageInfo CheckedInfo(const std::string& pageDirectory);
 
 /// Whether the tests can run here; else why not.
 [[nodiscard]] bool HaveGhostscript();

@@ -214,7 +214,7 @@ TEST(CutterEffect, leaves_no_plane_of_the_cut_colour_in_separations) {
     const std::string page =
         OnlyPage(bench, PrefixOf(bench, prefix::CutDataSection(spot), mode), Outline(Spot + gold));
     Names planes;
-    for (const children::PagePlane& plane : CheckedInfo(page).planes) planes.push_back(plane.name);
+    for (const pages::PagePlane& plane : CheckedInfo(page).planes) planes.push_back(plane.name);
     EXPECT_EQ(planes, (Names{"Cyan", "Magenta", "Yellow", "Black", "Gold"}));
     EXPECT_EQ(CutPathsOf(page).size(), 1U);
   }

@@ -88,8 +88,8 @@ std::map<std::string, int> PatchesUnder(const CJobData& settings, const std::str
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::LevelsSection(settings), mode), Patches);
   std::map<std::string, int> samples;
-  const children::PageInfo info = CheckedInfo(page);
-  for (const children::PagePlane& plane : info.planes) {
+  const pages::PageInfo info = CheckedInfo(page);
+  for (const pages::PagePlane& plane : info.planes) {
     const Names order{"Cyan",  "Magenta",           "Yellow",
                       "Black", "Hexachrome Orange", "Hexachrome Green"};
     const auto place = std::ranges::find(order, plane.name) - order.begin();
@@ -139,9 +139,9 @@ TEST(SixColours, have_their_planes_on_every_page_and_further_spots_too) {
         std::pair(Page(72, 72, gold), Names{"Cyan", "Magenta", "Yellow", "Black", "Gold",
                                             "Hexachrome Green", "Hexachrome Orange"})}) {
     const std::string page = OnlyPage(bench, bench.Prefix("Hexachrome/300 dpi.ps"), job);
-    const children::PageInfo info = CheckedInfo(page);
+    const pages::PageInfo info = CheckedInfo(page);
     Names planes;
-    for (const children::PagePlane& plane : info.planes) planes.push_back(plane.name);
+    for (const pages::PagePlane& plane : info.planes) planes.push_back(plane.name);
     EXPECT_EQ(planes, names);
     EXPECT_EQ(info.xResolution, 300);
     EXPECT_EQ(info.mode, "Hexachrome/300 dpi.ps");

@@ -37,7 +37,7 @@ void ExpectRedPage(const RipBench& bench, const std::string& job) {
   const Pixels pixels = ReadNetpbm(pages[0] + "/page.ppm");
   EXPECT_EQ(pixels.width, 72U);
   EXPECT_EQ(pixels.At(36, 36), "255,0,0");
-  const children::PageInfo info = CheckedInfo(pages[0]);
+  const pages::PageInfo info = CheckedInfo(pages[0]);
   EXPECT_EQ(info.printer, "KVI Tiff Screen Preview");
   EXPECT_EQ(info.mode, "TIFF/tiff default.ps");
   EXPECT_EQ(info.xResolution, 72);

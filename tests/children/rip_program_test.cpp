@@ -39,9 +39,9 @@ Names NamesIn(const std::string& directory) {
   return names;
 }
 
-Names PlaneNames(const children::PageInfo& info) {
+Names PlaneNames(const pages::PageInfo& info) {
   Names names;
-  for (const children::PagePlane& plane : info.planes) names.push_back(plane.name);
+  for (const pages::PagePlane& plane : info.planes) names.push_back(plane.name);
   return names;
 }
 
@@ -78,7 +78,7 @@ TEST(Rip, says_in_the_info_what_it_made) {
       bench.Run({bench.Prefix("RGB/300 dpi.ps", "Shop (window)"), bench.File("job.ps", TwoPages)});
   const Names pages = RipBench::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
-  const children::PageInfo info = CheckedInfo(pages[1]);
+  const pages::PageInfo info = CheckedInfo(pages[1]);
   EXPECT_EQ(info.job, "job12");
   EXPECT_EQ(info.printer, "Shop (window)");
   EXPECT_EQ(info.mode, "RGB/300 dpi.ps");
@@ -88,7 +88,7 @@ TEST(Rip, says_in_the_info_what_it_made) {
   EXPECT_EQ(info.xResolution, 300);
   EXPECT_EQ(info.yResolution, 300);
   EXPECT_EQ(info.bits, 8U);
-  EXPECT_EQ(info.colour, children::PageColour::Rgb);
+  EXPECT_EQ(info.colour, pages::PageColour::Rgb);
   EXPECT_EQ(PlaneNames(info), (Names{"Red", "Green", "Blue"}));
 }
 
@@ -152,8 +152,8 @@ TEST(Rip, makes_a_plane_a_colour_in_the_cmyk_mode) {
   const RipBench bench;
   const std::string page = OnlyPage(bench.Run(
       {bench.Prefix("CMYK/300 dpi.ps"), bench.File("job.ps", OnePage("1 0 0 0.2 setcmykcolor"))}));
-  const children::PageInfo info = CheckedInfo(page);
-  EXPECT_EQ(info.colour, children::PageColour::Cmyk);
+  const pages::PageInfo info = CheckedInfo(page);
+  EXPECT_EQ(info.colour, pages::PageColour::Cmyk);
   EXPECT_EQ(PlaneNames(info), (Names{"Cyan", "Magenta", "Yellow", "Black"}));
   EXPECT_EQ(NamesIn(page),
             (Names{".info", "black.tif", "cyan.tif", "magenta.tif", "preview.png", "yellow.tif"}));
@@ -170,8 +170,8 @@ TEST(Rip, keeps_a_plane_for_each_spot_colour) {
       "[/Separation (Cut Contour) /DeviceCMYK {0 exch dup 0 exch 0}] setcolorspace 1 setcolor";
   const std::string page =
       OnlyPage(bench.Run({bench.Prefix("CMYK/300 dpi.ps"), bench.File("job.ps", OnePage(paint))}));
-  const children::PageInfo info = CheckedInfo(page);
-  EXPECT_EQ(info.colour, children::PageColour::Separations);
+  const pages::PageInfo info = CheckedInfo(page);
+  EXPECT_EQ(info.colour, pages::PageColour::Separations);
   EXPECT_EQ(PlaneNames(info), (Names{"Cyan", "Magenta", "Yellow", "Black", "Cut Contour"}));
   EXPECT_EQ(PlaneSample(page + "/spot-1.tif", 150, 150), 0);
   EXPECT_EQ(PlaneSample(page + "/cyan.tif", 150, 150), 255);
@@ -186,7 +186,7 @@ TEST(Rip, makes_gray_pages_for_one_colour) {
   const Pixels pixels = ReadNetpbm(page + "/page.pgm");
   EXPECT_EQ(pixels.width, 40U);
   EXPECT_EQ(pixels.At(20, 20), "51");
-  EXPECT_EQ(CheckedInfo(page).colour, children::PageColour::Gray);
+  EXPECT_EQ(CheckedInfo(page).colour, pages::PageColour::Gray);
 }
 
 TEST(Rip, crops_eps_to_its_bounding_box) {
@@ -255,7 +255,7 @@ TEST(Rip, prints_without_a_prefix) {
   const RipBench bench;
   const std::string page =
       OnlyPage(bench.Run({bench.File("leaflet.ps", OnePage("1 0 0 setrgbcolor"))}));
-  const children::PageInfo info = CheckedInfo(page);
+  const pages::PageInfo info = CheckedInfo(page);
   EXPECT_EQ(info.job, "leaflet");
   EXPECT_EQ(info.printer, "");
   EXPECT_EQ(info.mode, "");
@@ -268,7 +268,7 @@ TEST(Rip, lets_a_job_select_what_no_prefix_fixed) {
   const std::string job =
       "%!PS\n(Own:) SelectPrinter (%Lumiscript%pmodes/Screen/preview.ps) SelectPrintMode\n" +
       OnePage("1 0 0 setrgbcolor").substr(5);
-  const children::PageInfo info = CheckedInfo(OnlyPage(bench.Run({bench.File("job.ps", job)})));
+  const pages::PageInfo info = CheckedInfo(OnlyPage(bench.Run({bench.File("job.ps", job)})));
   EXPECT_EQ(info.printer, "Own");
   EXPECT_EQ(info.mode, "Screen/preview.ps");
   EXPECT_EQ(info.width, 96U);
@@ -279,7 +279,7 @@ TEST(Rip, finds_a_print_mode_whose_case_differs) {
   const RipBench bench;
   const Outcome outcome =
       bench.Run({bench.Prefix("rgb/300 DPI.PS"), bench.File("job.ps", OnePage("0 setgray"))});
-  const children::PageInfo info = CheckedInfo(OnlyPage(outcome));
+  const pages::PageInfo info = CheckedInfo(OnlyPage(outcome));
   EXPECT_EQ(info.mode, "RGB/300 dpi.ps");
   EXPECT_EQ(info.xResolution, 300);
 }

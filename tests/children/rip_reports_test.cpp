@@ -5,16 +5,19 @@
 #include <vector>
 
 #include "children/corerast/command_line.h"
-#include "children/corerast/report_lines.h"
-#include "children/corerast/reporter.h"
+#include "interpreter/report_lines.h"
+#include "interpreter/reporter.h"
 
 namespace rastrel::corerast {
 namespace {
 
+using interpreter::LineCutter;
+using interpreter::Reporter;
+
 const std::string Word = "0123abcd";
 
 std::string Read(const std::string& line) {
-  const auto report = ReadReport(line, Word);
+  const auto report = interpreter::ReadReport(line, Word);
   return report ? report->key + "=" + report->value : "(text)";
 }
 
@@ -31,11 +34,11 @@ TEST(ReportLine, is_nothing_else) {
         "ERROR: 0123abcd PAGE "}) {
     EXPECT_EQ(Read(line), "(text)") << line;
   }
-  EXPECT_FALSE(ReadReport(" PAGE ", ""));
+  EXPECT_FALSE(interpreter::ReadReport(" PAGE ", ""));
 }
 
 std::vector<std::string> Cut(const std::string& text, std::size_t piece) {
-  LineCutter cutter;
+  interpreter::LineCutter cutter;
   std::vector<std::string> lines;
   for (std::size_t at = 0; at < text.size(); at += piece) {
     cutter.Add(std::string_view(text).substr(at, piece));
@@ -53,7 +56,7 @@ TEST(LineCutter, gives_whole_lines_whatever_the_pieces) {
 }
 
 TEST(LineCutter, gives_a_line_without_end_in_pieces) {
-  const auto lines = Cut(std::string(3 * LineCutter::Limit + 5, 'x'), 1000);
+  const auto lines = Cut(std::string(3 * interpreter::LineCutter::Limit + 5, 'x'), 1000);
   ASSERT_EQ(lines.size(), 4U);
   EXPECT_EQ(lines[0].size(), LineCutter::Limit);
   EXPECT_EQ(lines[3], "rest xxxxx");
@@ -63,7 +66,7 @@ TEST(LineCutter, gives_a_line_without_end_in_pieces) {
 template <typename Action>
 std::string Written(Action action) {
   ::testing::internal::CaptureStderr();
-  Reporter reporter;
+  interpreter::Reporter reporter;
   action(reporter);
   return ::testing::internal::GetCapturedStderr();
 }
@@ -104,7 +107,7 @@ TEST(Reporter, passes_only_so_much_of_a_jobs_text_on) {
 
 std::string ReadLine(std::vector<const char*> arguments) {
   const auto line = ReadCommandLine(arguments);
-  if (const auto* const failure = std::get_if<RunFailure>(&line)) {
+  if (const auto* const failure = std::get_if<interpreter::RunFailure>(&line)) {
     return std::to_string(static_cast<int>(failure->status)) + " " + failure->sentence;
   }
   const auto& read = std::get<CommandLine>(line);

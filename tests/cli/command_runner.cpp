@@ -114,7 +114,7 @@ void CommandRunner::Launch(const std::vector<std::string>& arguments) {
   request.standardOutput = output->Get();
   request.standardError = error->Get();
   const auto child = os::Spawn(request);
-  ASSERT_TRUE(child) << os::Describe(child.Error());
+  ASSERT_TRUE(child) << Describe(child.Error());
   m_Process = child->process;
   m_ProcessId = child->id;
 }

@@ -65,6 +65,20 @@ def build_with_pkg_config(options, prefix, place):
     return programs
 
 
+def moved_headers(root):
+    """The names that installed headers had before they moved."""
+    table = (root / "packaging" / "moved-headers.txt").read_text(encoding="utf-8")
+    return [line.split()[0] for line in table.splitlines() if line.startswith("rastrel/")]
+
+
+def compile_moved_headers(options, prefix, place):
+    """A client that still includes headers by their old names is compiled as before."""
+    source = place / "old_names.cpp"
+    source.write_text("".join(f"#include <{name}>\n" for name in moved_headers(options.root)) +
+                      "int main() { return CVKColor() == CVKColor() ? 0 : 1; }\n", encoding="utf-8")
+    call(options.compiler, "-std=c++20", "-fsyntax-only", "-I", prefix / "include", source)
+
+
 def unfinished(prefix, options):
     """What an installed tree lacks."""
     wanted = ["bin/rastrel", "include/rastrel/rastrel.h", "share/man/man1/rastrel.1",
@@ -89,6 +103,7 @@ def main():
         faults = unfinished(prefix, options)
         build = build_with_cmake if options.way == "cmake" else build_with_pkg_config
         programs = build(options, prefix, place)
+        compile_moved_headers(options, prefix, place)
         environment = dict(os.environ, LD_LIBRARY_PATH=str(prefix / options.libdir))
         sign = str(options.root / "examples" / "shopfront.ps")
         faults += prints_a_page.run([str(programs / "client")], place / "one", 1,

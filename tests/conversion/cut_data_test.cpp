@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "rastrel/platform/host/stream.h"
+#include "rastrel/platform/values/stream.h"
 #include "tests/support/archive_bytes.h"
 #include "tests/support/comma_locale.h"
 

@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 #include "tests/conversion/queue_fixture.h"
 
 namespace os = rastrel::os;
@@ -69,7 +69,7 @@ cp "$found" "$RASTREL_HOME/copy"
 }
 
 TEST_F(PageSizeTest, has_the_host_show_that_it_is_busy) {
-  class BusyHost : public rastrel::host::EmbeddedHost {
+  class BusyHost : public rastrel::standalone::StandaloneHost {
    public:
     BusyHost() { rastrel::host::SetHost(this); }
     ~BusyHost() override { rastrel::host::SetHost(nullptr); }

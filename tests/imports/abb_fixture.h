@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "rastrel/imports/xml_failure.h"
 #include "rastrel/imports/xml_file_import.h"
+#include "rastrel/xml/failure.h"
 #include "tests/support/checked_host.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/scratch_directory.h"
@@ -26,7 +26,7 @@ class AbbTest : public ::testing::Test {
   }
 
   /// What was refused here is no other test's.
-  ~AbbTest() override { static_cast<void>(imports::TakeXmlFailure()); }
+  ~AbbTest() override { static_cast<void>(xml::TakeXmlFailure()); }
 
   /// Path of a new file of that content.
   std::wstring Write(std::string_view content, std::string_view name = "plates.xml") const {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tests/imports/xml_fixture.h"
+#include "tests/xml/xml_fixture.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "rastrel/imports/number_text.h"
+#include "rastrel/platform/os/number_text.h"
 #include "rastrel/readers/cell_value.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/spreadsheet_answers.h"
@@ -34,7 +34,7 @@ std::string PrintedNumber(const std::string& number) {
 
 std::string ExpectedFraction(const std::string& number) {
   char printed[400];
-  std::snprintf(printed, sizeof(printed), "%f", rastrel::imports::DoubleFromText(number));
+  std::snprintf(printed, sizeof(printed), "%f", rastrel::os::DoubleFromText(number));
   return printed;
 }
 
@@ -121,7 +121,7 @@ TEST_F(AgainstLiteralSpreadsheets, whole_numbers_are_what_printf_makes_of_64_bit
   std::mt19937 random(2);
   for (int round = 0; round < 100000; ++round) {
     const std::string number = (random() % 3 == 0 ? "-" : "") + DigitsOf(random, random() % 22);
-    const std::string expected = std::to_string(rastrel::imports::Int64FromText(number));
+    const std::string expected = std::to_string(rastrel::os::Int64FromText(number));
     ASSERT_EQ(PrintedNumber(number), expected) << number;
   }
 }

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/spot_match.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/spot_match.h"
 
 namespace rastrel::test {
 

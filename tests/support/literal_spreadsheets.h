@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "rastrel/imports/number_text.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/number_text.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/ms_excel_xml_import.h"
+#include "rastrel/xml/layer.h"
 
 /// The imports of spreadsheets as their rules are written down: whole documents as trees, wide text
 /// that grows and is trimmed, one step after the other. They are what the shipped ones, which read
@@ -178,14 +178,14 @@ class LiteralExcelImport {
     std::wstring text;
     if (!NodeText(FirstChildNamed(cell, L"v"), text)) return {};
     if (type == L"s") {
-      const auto found = m_SharedStrings.find(imports::Int32FromText(text));
+      const auto found = m_SharedStrings.find(os::Int32FromText(text));
       return found == m_SharedStrings.end() ? std::wstring() : found->second;
     }
     wchar_t printed[400] = {};
     if (text.find(L'.') == std::wstring::npos)
-      std::swprintf(printed, 400, L"%lld", static_cast<long long>(imports::Int64FromText(text)));
+      std::swprintf(printed, 400, L"%lld", static_cast<long long>(os::Int64FromText(text)));
     else
-      std::swprintf(printed, 400, L"%f", imports::DoubleFromText(text));
+      std::swprintf(printed, 400, L"%f", os::DoubleFromText(text));
     return printed;
   }
 

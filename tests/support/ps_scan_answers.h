@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/spot_match.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/spot_match.h"
 #include "rastrel/psscan/ps_parser.h"
 #include "tests/support/literal_ps_scans.h"
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/platform/host/color.h"
 #include "rastrel/platform/host/contour_cut.h"
 #include "rastrel/platform/host/graphics_io.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/plate_object.h"
+#include "rastrel/platform/values/color.h"
 #include "tests/support/host_calls.h"
 
 namespace rastrel::test {

@@ -1,6 +1,6 @@
 #include "tests/support/recording_host.h"
 
-#include "rastrel/platform/host/embedded_host.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 
 namespace rastrel::test {
 
@@ -50,7 +50,7 @@ bool RecordingHost::Write(const std::wstring& section, const std::wstring& key,
 std::wstring RecordingHost::BaseDirectory(path_type type) {
   const auto found = m_BaseDirectories.find(type);
   return found != m_BaseDirectories.end() ? found->second
-                                          : host::DataRootDirectories().BaseDirectory(type);
+                                          : standalone::DataRootDirectories().BaseDirectory(type);
 }
 
 std::optional<std::wstring> RecordingHost::Translate(const std::wstring& text) {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "rastrel/platform/host/dialogs.h"
-#include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/wait.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 
 namespace rastrel::test {
 
@@ -94,7 +94,7 @@ class ScriptedFaces : public host::DialogFaces {
 };
 
 /// The embedded host with scripted faces; installed while it exists.
-class ScriptedHost : public host::EmbeddedHost {
+class ScriptedHost : public standalone::StandaloneHost {
  public:
   ScriptedHost() { host::SetHost(this); }
   ~ScriptedHost() override { host::SetHost(nullptr); }

@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "rastrel/imports/xml_layer.h"
-#include "rastrel/imports/xml_load.h"
-#include "rastrel/imports/xml_source.h"
-#include "rastrel/imports/xml_stream.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/load.h"
+#include "rastrel/xml/source.h"
+#include "rastrel/xml/stream.h"
 #include "tests/support/memory_file.h"
 
 namespace rastrel::test {
@@ -71,10 +71,10 @@ std::string LiteralNode(const xmlNode* node) {
 }
 
 // A few bytes at a time, and not always as many.
-class Dribble : public imports::XmlSource {
+class Dribble : public xml::XmlSource {
  public:
   Dribble(std::string_view bytes, std::size_t most) : m_Bytes(bytes), m_Most(most) {}
-  [[nodiscard]] os::Outcome<std::size_t> Read(std::span<char> bytes) override {
+  [[nodiscard]] Expected<std::size_t> Read(std::span<char> bytes) override {
     m_Step = m_Step % m_Most + 1;
     const std::string_view piece = m_Bytes.substr(0, std::min(m_Step, bytes.size()));
     std::copy(piece.begin(), piece.end(), bytes.begin());
@@ -89,11 +89,11 @@ class Dribble : public imports::XmlSource {
 };
 
 // Collects the document at the given depth, as dumps of its parts.
-class Collector : public imports::XmlStreamHandler {
+class Collector : public xml::XmlStreamHandler {
  public:
   explicit Collector(int depth) : m_Depth(depth) {}
-  imports::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
-    return depth == m_Depth ? imports::StreamChoice::kNode : imports::StreamChoice::kEnter;
+  xml::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
+    return depth == m_Depth ? xml::StreamChoice::kNode : xml::StreamChoice::kEnter;
   }
   void Node(const XmlNode& node) override { m_Dump += DumpOf(node); }
   void End(std::wstring_view, int) override {}
@@ -105,14 +105,14 @@ class Collector : public imports::XmlStreamHandler {
 };
 
 std::string Loaded(std::string_view document, std::size_t pieces) {
-  std::optional<imports::XmlFailure> failure;
+  std::optional<xml::XmlFailure> failure;
   XmlNode root;
   if (pieces == 0) {
-    imports::XmlMemorySource source(document);
-    root = imports::LoadXml(source, imports::XmlEncoding::kByDocument, failure);
+    xml::XmlMemorySource source(document);
+    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
   } else {
     Dribble source(document, pieces);
-    root = imports::LoadXml(source, imports::XmlEncoding::kByDocument, failure);
+    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
   }
   if (static_cast<bool>(root) == failure.has_value()) return "(both a document and none)";
   return root ? DumpOf(root) : std::string();
@@ -185,11 +185,11 @@ std::string DifferencesFromLiteral(std::string_view document, std::size_t pieces
   const MemoryFile file;
   file.Write(document);
   Collector rooted(0);
-  const bool streamed = imports::StreamXmlFile(file.Wide(), rooted);
+  const bool streamed = xml::StreamXmlFile(file.Wide(), rooted);
   if (streamed != !whole.empty()) return "streamed or not\n" + whole;
   if (streamed && rooted.Dump() != whole) return "streamed\n" + whole + "\n" + rooted.Dump();
   Collector inner(1);
-  const bool parts = imports::StreamXmlFile(file.Wide(), inner);
+  const bool parts = xml::StreamXmlFile(file.Wide(), inner);
   if (parts != streamed) return "parts streamed or not\n" + whole;
   if (parts && inner.Dump() != ElementChildren(LoadXmlFile(file.Wide())))
     return "streamed in parts\n" + whole + "\n" + inner.Dump();

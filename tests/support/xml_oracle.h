@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "rastrel/imports/xml_node.h"
+#include "rastrel/xml/node.h"
 
 /// What a document should look like to the XML layer, by another way: the parser's own tree, made
 /// by its own reading from memory, looked at literally.

@@ -5,11 +5,11 @@
 #include <optional>
 #include <span>
 
-#include "rastrel/imports/xml_characters.h"
-#include "rastrel/imports/xml_parser.h"
-#include "rastrel/imports/xml_streamer.h"
-#include "rastrel/imports/xml_walk.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/characters.h"
+#include "rastrel/xml/parser.h"
+#include "rastrel/xml/streamer.h"
+#include "rastrel/xml/walk.h"
 
 namespace rastrel::test {
 namespace {
@@ -17,10 +17,10 @@ namespace {
 // A piece ends with each bracket that may end a tag.
 constexpr std::size_t ToTagEnds = SIZE_MAX;
 
-class Pieces : public imports::XmlSource {
+class Pieces : public xml::XmlSource {
  public:
   Pieces(std::string_view bytes, std::size_t most) : m_Bytes(bytes), m_Most(most) {}
-  [[nodiscard]] os::Outcome<std::size_t> Read(std::span<char> bytes) override {
+  [[nodiscard]] Expected<std::size_t> Read(std::span<char> bytes) override {
     std::size_t most = m_Most == 0 ? bytes.size() : std::min(m_Most, bytes.size());
     if (m_Most == ToTagEnds) most = std::min(m_Bytes.find('>'), bytes.size() - 1) + 1;
     const std::string_view piece = m_Bytes.substr(0, most);
@@ -34,42 +34,42 @@ class Pieces : public imports::XmlSource {
   std::size_t m_Most;
 };
 
-std::string StartNotes(const imports::XmlTreeNode& node) {
+std::string StartNotes(const xml::XmlTreeNode& node) {
   std::string text(node.name->bytes);
   text += "@" + std::to_string(node.line);
-  for (const imports::XmlTreeAttribute& attribute : node.Attributes())
+  for (const xml::XmlTreeAttribute& attribute : node.Attributes())
     text += " " + std::string(attribute.name->bytes) + (attribute.declaresNamespace ? ":=" : "=") +
             "[" + std::string(attribute.Value()) + "]";
   return text;
 }
 
-std::string NodeNotes(const XmlNode& node, const imports::XmlTreeNode* parent) {
-  const imports::XmlTreeNode& tree = *node.Tree();
+std::string NodeNotes(const XmlNode& node, const xml::XmlTreeNode* parent) {
+  const xml::XmlTreeNode& tree = *node.Tree();
   std::string text = "(" + std::to_string(static_cast<int>(tree.kind));
   if (tree.parent != parent) text += " of another parent";
-  if (!imports::IsElement(node))
+  if (!xml::IsElement(node))
     return text + (tree.blank ? " blank" : "") + " [" + std::string(tree.Content()) + "])";
   text += " " + StartNotes(tree);
-  for (XmlNode child = imports::FirstPiece(node); child; child = imports::NextPiece(child))
+  for (XmlNode child = xml::FirstPiece(node); child; child = xml::NextPiece(child))
     text += NodeNotes(child, &tree);
   return text + ")";
 }
 
 // Chooses by the name, the depth and how often it was asked, so that the same name gets several
 // answers in a document.
-class Listener : public imports::XmlStreamHandler {
+class Listener : public xml::XmlStreamHandler {
  public:
   explicit Listener(std::uint32_t choices) : m_Choices(choices) {}
 
-  imports::StreamChoice Begin(std::wstring_view name, const XmlNode& start, int depth) override {
+  xml::StreamChoice Begin(std::wstring_view name, const XmlNode& start, int depth) override {
     ++m_Calls;
     m_Notes += "\nbegin " + std::to_string(depth) + " " + StartNotes(*start.Tree());
-    if (imports::FirstPiece(start) || imports::NextPiece(start)) m_Notes += " with more";
+    if (xml::FirstPiece(start) || xml::NextPiece(start)) m_Notes += " with more";
     if (m_Parents.empty() ? start.Tree()->parent != nullptr : start.Tree()->parent == nullptr)
       m_Notes += " of a wrong parent";
     MayRefuse("begin");
     const auto choice = Choose(name, depth);
-    if (choice == imports::StreamChoice::kEnter) m_Parents.emplace_back(name);
+    if (choice == xml::StreamChoice::kEnter) m_Parents.emplace_back(name);
     return choice;
   }
   void Node(const XmlNode& node) override {
@@ -87,8 +87,8 @@ class Listener : public imports::XmlStreamHandler {
   [[nodiscard]] const std::string& Notes() const { return m_Notes; }
 
  private:
-  [[nodiscard]] imports::StreamChoice Choose(std::wstring_view name, int depth) const {
-    using imports::StreamChoice;
+  [[nodiscard]] xml::StreamChoice Choose(std::wstring_view name, int depth) const {
+    using xml::StreamChoice;
     const std::uint32_t style = m_Choices % 4;
     if (style == 0) return depth < 2 ? StreamChoice::kEnter : StreamChoice::kNode;
     if (style == 1) return depth < 1 ? StreamChoice::kEnter : StreamChoice::kNode;
@@ -119,7 +119,7 @@ bool IsRefused(std::string_view text) { return text.rfind(Refused) != text.npos;
 // was in its piece: texts, sections and comments that never end, bytes that are no characters,
 // converted documents.
 bool DependsOnPieces(std::string_view document, const std::string& parts, Streaming streaming) {
-  if (!imports::IsUtf8(document)) return true;
+  if (!xml::IsUtf8(document)) return true;
   if (parts.ends_with("Extra content at the end of the document")) return true;
   streaming.takesWhole = false;
   for (const std::size_t piece : {ToTagEnds, std::size_t{1}, std::size_t{7}, std::size_t{64}}) {
@@ -134,12 +134,11 @@ bool DependsOnPieces(std::string_view document, const std::string& parts, Stream
 std::string CallsOf(std::string_view document, const Streaming& streaming) {
   Listener listener(streaming.choices);
   Pieces source(document, streaming.piece);
-  imports::XmlNames names;
-  imports::XmlStreamer streamer(
-      listener, names,
-      streaming.keepsBlanks ? imports::XmlBlanks::kKeep : imports::XmlBlanks::kDrop);
-  const auto failure = imports::ParseXml(source, imports::XmlEncoding::kByDocument, names, streamer,
-                                         streaming.takesWhole ? &streamer : nullptr);
+  xml::XmlNames names;
+  xml::XmlStreamer streamer(listener, names,
+                            streaming.keepsBlanks ? xml::XmlBlanks::kKeep : xml::XmlBlanks::kDrop);
+  const auto failure = xml::ParseXml(source, xml::XmlEncoding::kByDocument, names, streamer,
+                                     streaming.takesWhole ? &streamer : nullptr);
   if (!failure) return listener.Notes();
   return listener.Notes() + std::string(Refused) + " in line " + std::to_string(failure->line) +
          " column " + std::to_string(failure->column) + " " + os::Utf8FromWide(failure->reason);

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "rastrel/conversion/cmd_line_q.h"
-#include "rastrel/platform/host/dialog.h"
+#include "rastrel/conversion/dialogs/dialog.h"
 
 /// Watches the queue program work on one file. DoModal starts it and returns OkCommand when it has
 /// reported success, CancelCommand when it has reported failure or a person gave up; then the

@@ -6,12 +6,12 @@
 #include <string>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
 #include "rastrel/platform/host/placed_graphics.h"
 #include "rastrel/platform/host/plate_object.h"
 #include "rastrel/platform/host/sheet_layer.h"
 #include "rastrel/platform/host/view.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 class CVKColor;
 class CVKFullColor;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
+#include "rastrel/platform/values/document_values.h"
 
 /// The allocator of the host's polygon vectors.
 template <class Element>

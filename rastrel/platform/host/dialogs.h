@@ -10,7 +10,7 @@
 class CWnd;
 
 /// How a dialog of the library meets the eyes of a person. The library's dialogs are logic without
-/// a toolkit (platform/host/dialog.h): they know controls by identifier and posted messages by
+/// a toolkit (conversion/dialogs/dialog.h): they know controls by identifier and posted messages by
 /// number. A face shows one dialog, in a window or otherwise, and hands on what the person does.
 ///
 /// Everything in this header is called on one thread, the host's. A face in a library of its own

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/paragraph.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/paragraph.h"
 
 /// An object of the host that can become an element of the document: what stands in the document's
 /// place for it. The host makes all of them; the user interface thread uses them.

@@ -5,11 +5,11 @@
 #include <variant>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
 #include "rastrel/platform/host/generic_item.h"
-#include "rastrel/platform/host/paragraph.h"
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/tm.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/paragraph.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/tm.h"
 
 class CVKBitmap;
 class CVKColor;

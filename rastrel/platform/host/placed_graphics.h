@@ -6,8 +6,8 @@
 
 #include "rastrel/export.h"
 #include "rastrel/platform/host/generic_item.h"
-#include "rastrel/platform/host/rect.h"
-#include "rastrel/platform/host/tm.h"
+#include "rastrel/platform/values/rect.h"
+#include "rastrel/platform/values/tm.h"
 
 class CPS2CutData;
 class CStream;

@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
 #include "rastrel/platform/host/generic_item.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/world.h"
 
 /// One pane of a plate object: the piece of material that one badge or sign is cut from. Its edges
 /// are world units, top above bottom. It belongs to its plate object and is valid until that is

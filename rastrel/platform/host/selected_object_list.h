@@ -1,7 +1,7 @@
 #pragma once
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
+#include "rastrel/platform/values/document_values.h"
 
 namespace rastrel::host {
 class ObjectStore;

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/document_values.h"
-#include "rastrel/platform/host/paragraph.h"
-#include "rastrel/platform/host/world.h"
+#include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/paragraph.h"
+#include "rastrel/platform/values/world.h"
 
 class CVKColor;
 class CWnd;

@@ -15,9 +15,9 @@ bool CFile::Open(const wchar_t* path, unsigned flags) {
   CFile::Close();
   const bool creates = (flags & modeCreate) != 0;
   const bool writes = (flags & modeWrite) != 0;
-  os::Outcome<os::FileDescriptor> file = creates  ? os::CreateForWriting(path)
-                                         : writes ? os::OpenForWriting(path)
-                                                  : os::OpenForReading(path);
+  rastrel::Expected<os::FileDescriptor> file = creates  ? os::CreateForWriting(path)
+                                               : writes ? os::OpenForWriting(path)
+                                                        : os::OpenForReading(path);
   if (!file) return false;
   m_Descriptor = file->Release();
   return true;

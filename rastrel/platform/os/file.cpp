@@ -28,7 +28,7 @@ Failure FailureOf(const char* operation, std::string subject) {
   return {operation, std::move(subject), error};
 }
 
-Outcome<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
+Expected<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
   int descriptor = Calls().open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
   if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
   if (descriptor < 0) return FailureOf("open", path);
@@ -36,8 +36,8 @@ Outcome<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
 }
 
 // Reads to the end. `expected` is only a first guess: files of the proc file system tell 0.
-Outcome<std::string> ReadToEnd(int descriptor, const std::string& path, std::uint64_t expected,
-                               std::uint64_t limit) {
+Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::uint64_t expected,
+                                std::uint64_t limit) {
   std::string content;
   std::size_t used = 0;
   for (;;) {
@@ -55,7 +55,7 @@ Outcome<std::string> ReadToEnd(int descriptor, const std::string& path, std::uin
 }
 
 // A file in the directory of `target` under a name that nothing else has.
-Outcome<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
+Expected<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
   static std::atomic<unsigned> next{0};
   const std::size_t separator = target.rfind('/');
   const std::string directory =
@@ -63,7 +63,7 @@ Outcome<FileDescriptor> OpenBeside(const std::string& target, std::string& name)
   for (;;) {
     name = directory + ".rastrel-" + std::to_string(CurrentProcessId()) + "-" +
            std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + ".tmp";
-    Outcome<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    Expected<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
     if (file || file.Error().error != EEXIST) return file;
   }
 }
@@ -116,7 +116,7 @@ std::uint64_t FileSize(std::wstring_view path) {
   return static_cast<std::uint64_t>(state.st_size);
 }
 
-Outcome<FileStamp> StampOf(std::wstring_view path) {
+Expected<FileStamp> StampOf(std::wstring_view path) {
   const std::string native = ToNative(path);
   struct stat state {};
   if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
@@ -133,7 +133,7 @@ bool RenameFile(std::wstring_view source, std::wstring_view target) {
   return ::rename(ToNative(source).c_str(), ToNative(target).c_str()) == 0;
 }
 
-Outcome<bool> IsReadOnly(std::wstring_view path) {
+Expected<bool> IsReadOnly(std::wstring_view path) {
   const std::string native = ToNative(path);
   struct stat state {};
   if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
@@ -147,9 +147,9 @@ bool ClearReadOnly(std::wstring_view path) {
          ::chmod(native.c_str(), (state.st_mode & 07777U) | S_IWUSR) == 0;
 }
 
-Outcome<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit) {
+Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit) {
   const std::string native = ToNative(path);
-  const Outcome<FileDescriptor> file = Open(native, O_RDONLY | O_NONBLOCK, 0);
+  const Expected<FileDescriptor> file = Open(native, O_RDONLY | O_NONBLOCK, 0);
   if (!file) return file.Error();
   struct stat state {};
   if (::fstat(file->Get(), &state) != 0) return FailureOf("fstat", native);
@@ -159,14 +159,14 @@ Outcome<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit) 
   return ReadToEnd(file->Get(), native, size, limit);
 }
 
-Outcome<Done> ReplaceFile(std::wstring_view path, std::string_view content) {
+Expected<void> ReplaceFile(std::wstring_view path, std::string_view content) {
   const std::string target = BehindLinks(ToNative(path));
   struct stat old {};
   const bool existed = ::stat(target.c_str(), &old) == 0;
   if (existed && !S_ISREG(old.st_mode))
     return Failure{"rename", target, S_ISDIR(old.st_mode) ? EISDIR : EINVAL};
   std::string temporary;
-  const Outcome<FileDescriptor> file = OpenBeside(target, temporary);
+  const Expected<FileDescriptor> file = OpenBeside(target, temporary);
   if (!file) return file.Error();
   const char* failed = FillAndRename(*file, temporary, target, content, existed ? &old : nullptr);
   if (failed != nullptr) {
@@ -175,22 +175,22 @@ Outcome<Done> ReplaceFile(std::wstring_view path, std::string_view content) {
     return failure;
   }
   SyncDirectoryOf(target);
-  return Done{};
+  return {};
 }
 
-Outcome<FileDescriptor> CreateForWriting(std::wstring_view path) {
+Expected<FileDescriptor> CreateForWriting(std::wstring_view path) {
   return Open(ToNative(path), O_WRONLY | O_CREAT | O_TRUNC, 0666);
 }
 
-Outcome<FileDescriptor> CreateLog(std::wstring_view path) {
+Expected<FileDescriptor> CreateLog(std::wstring_view path) {
   return Open(ToNative(path), O_RDWR | O_CREAT | O_TRUNC, 0600);
 }
 
-Outcome<FileDescriptor> OpenForWriting(std::wstring_view path) {
+Expected<FileDescriptor> OpenForWriting(std::wstring_view path) {
   return Open(ToNative(path), O_WRONLY, 0);
 }
 
-Outcome<FileDescriptor> OpenForReading(std::wstring_view path) {
+Expected<FileDescriptor> OpenForReading(std::wstring_view path) {
   return Open(ToNative(path), O_RDONLY, 0);
 }
 
@@ -208,13 +208,13 @@ bool WriteAll(int descriptor, std::string_view bytes) {
   return true;
 }
 
-Outcome<Done> CopyFileOver(std::wstring_view source, std::wstring_view target) {
+Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target) {
   const std::string from = ToNative(source);
   const std::string to = ToNative(target);
   const char* failed =
       CopyFileAt({AT_FDCWD, from.c_str()}, {AT_FDCWD, to.c_str()}, LinksInSource::Followed);
   if (failed != nullptr) return FailureOf(failed, std::string(failed) == "open" ? from : to);
-  return Done{};
+  return {};
 }
 
 void WriteToStandardError(std::string_view bytes) {

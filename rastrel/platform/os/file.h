@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/outcome.h"
 
 /// Single files and directories by library path (see path.h). Links are followed unless a line
 /// says otherwise. errno is left as the failing call set it.
@@ -27,7 +27,7 @@ struct FileStamp {
   std::int64_t modified = 0;  ///< time of the last change, nanoseconds since 1970
   bool operator==(const FileStamp&) const = default;
 };
-[[nodiscard]] Outcome<FileStamp> StampOf(std::wstring_view path);
+[[nodiscard]] Expected<FileStamp> StampOf(std::wstring_view path);
 
 /// Creates one directory with mode 0777 less the umask. False if it could not, also when it exists.
 [[nodiscard]] bool MakeDirectory(std::wstring_view path);
@@ -38,32 +38,32 @@ struct FileStamp {
 [[nodiscard]] bool RenameFile(std::wstring_view source, std::wstring_view target);
 
 /// Whether the owner's write bit is off. `Failure` if the attributes can't be read.
-[[nodiscard]] Outcome<bool> IsReadOnly(std::wstring_view path);
+[[nodiscard]] Expected<bool> IsReadOnly(std::wstring_view path);
 /// Sets the owner's write bit, and nothing else.
 [[nodiscard]] bool ClearReadOnly(std::wstring_view path);
 
 /// The whole file. `Failure` also if it is larger than `limit` bytes (error EFBIG) or not a
 /// regular file (EINVAL); never blocks on a pipe.
-[[nodiscard]] Outcome<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit);
+[[nodiscard]] Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit);
 /// Replaces the file as a whole: a reader sees the old or the new content, never a part, also after
 /// a crash. Missing parent directories are a failure.
-[[nodiscard]] Outcome<Done> ReplaceFile(std::wstring_view path, std::string_view content);
+[[nodiscard]] Expected<void> ReplaceFile(std::wstring_view path, std::string_view content);
 
 /// Opens for writing, created and truncated, mode 0666 less the umask, close-on-exec, never one of
 /// the three standard descriptors.
-[[nodiscard]] Outcome<FileDescriptor> CreateForWriting(std::wstring_view path);
+[[nodiscard]] Expected<FileDescriptor> CreateForWriting(std::wstring_view path);
 /// Opens for reading and writing, created and truncated, with mode 0600.
-[[nodiscard]] Outcome<FileDescriptor> CreateLog(std::wstring_view path);
+[[nodiscard]] Expected<FileDescriptor> CreateLog(std::wstring_view path);
 /// Opens an existing file for writing at its start, with the same care, and keeps its content.
-[[nodiscard]] Outcome<FileDescriptor> OpenForWriting(std::wstring_view path);
+[[nodiscard]] Expected<FileDescriptor> OpenForWriting(std::wstring_view path);
 /// Opens for reading, with the same care.
-[[nodiscard]] Outcome<FileDescriptor> OpenForReading(std::wstring_view path);
+[[nodiscard]] Expected<FileDescriptor> OpenForReading(std::wstring_view path);
 /// Writes all of it, going on after short writes and interruptions. False with errno set.
 [[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
 
 /// Copies one regular file over `target`, content, permission bits and modification time. By a
 /// reflink or in the kernel where the file system can.
-[[nodiscard]] Outcome<Done> CopyFileOver(std::wstring_view source, std::wstring_view target);
+[[nodiscard]] Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target);
 
 /// Writes text to the standard error stream in one call; failures are ignored.
 void WriteToStandardError(std::string_view bytes);

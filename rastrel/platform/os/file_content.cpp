@@ -21,7 +21,7 @@ constexpr mode_t PermissionBits = 0777;
 
 }  // namespace
 
-Outcome<FileDescriptor> OpenRegularFile(std::wstring_view path) {
+Expected<FileDescriptor> OpenRegularFile(std::wstring_view path) {
   const std::string native = ToNative(path);
   int descriptor = Calls().open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0);
   if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);

@@ -3,15 +3,15 @@
 #include <cstdint>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/outcome.h"
 
 /// Moving the content of open files, for what is larger than memory should be.
 namespace rastrel::os {
 
 /// Opens a regular file for reading by library path. Anything else is a failure (EINVAL; EISDIR for
 /// a directory) and is never waited for.
-[[nodiscard]] Outcome<FileDescriptor> OpenRegularFile(std::wstring_view path);
+[[nodiscard]] Expected<FileDescriptor> OpenRegularFile(std::wstring_view path);
 
 /// Gives `target` the permission bits of `source`, and room on the disk for what `source` holds and
 /// `more` bytes besides, so that a large copy does not grow it step by step. A target that can have

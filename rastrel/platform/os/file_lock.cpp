@@ -9,7 +9,7 @@
 
 namespace rastrel::os {
 
-Outcome<FileLock> FileLock::Acquire(std::wstring_view path) {
+Expected<FileLock> FileLock::Acquire(std::wstring_view path) {
   const std::string native = ToNative(path);
   FileDescriptor file(::open(native.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, 0666));
   if (!file.IsOpen()) return Failure{"open", native, errno};

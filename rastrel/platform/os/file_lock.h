@@ -3,8 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/outcome.h"
 
 namespace rastrel::os {
 
@@ -13,7 +13,7 @@ namespace rastrel::os {
 class FileLock {
  public:
   /// Waits for the lock without a time limit.
-  [[nodiscard]] static Outcome<FileLock> Acquire(std::wstring_view path);
+  [[nodiscard]] static Expected<FileLock> Acquire(std::wstring_view path);
 
  private:
   explicit FileLock(FileDescriptor file) : m_File(std::move(file)) {}

@@ -35,8 +35,8 @@ Register& Files() {
 
 }  // namespace
 
-GrowingFile::GrowingFile(const std::string& path) : m_State(Done{}) {
-  const Outcome<FileDescriptor> file = CreateForWriting(FromNative(path));
+GrowingFile::GrowingFile(const std::string& path) {
+  const Expected<FileDescriptor> file = CreateForWriting(FromNative(path));
   struct stat state {};
   if (!file) {
     m_State = file.Error();

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::os {
 
@@ -22,14 +22,14 @@ class GrowingFile {
   GrowingFile(const GrowingFile&) = delete;
   GrowingFile& operator=(const GrowingFile&) = delete;
 
-  [[nodiscard]] const Outcome<Done>& State() const { return m_State; }
+  [[nodiscard]] const Expected<void>& State() const { return m_State; }
   /// The file has so many bytes now; readers go on.
   void Grow(std::uint64_t size);
   /// It is whole, or it never will be, which every reader that comes to its end is told.
   void End(bool isWhole);
 
  private:
-  Outcome<Done> m_State;
+  Expected<void> m_State;
   std::uint64_t m_Device = 0;
   std::uint64_t m_Number = 0;
 };

@@ -12,10 +12,10 @@
 
 namespace rastrel::os {
 
-Outcome<Done> CopyNativeFile(const std::string& source, const std::string& target) {
+Expected<void> CopyNativeFile(const std::string& source, const std::string& target) {
   const char* failed =
       CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, LinksInSource::Followed);
-  if (failed == nullptr) return Done{};
+  if (failed == nullptr) return {};
   const int error = errno;
   return Failure{failed, std::string_view(failed) == "open" ? source : target, error};
 }

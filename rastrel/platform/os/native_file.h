@@ -2,14 +2,14 @@
 
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 /// The few operations on paths of this machine that a library path can't spell: names with a
 /// backslash or with bytes that are no UTF-8.
 namespace rastrel::os {
 
 /// As CopyFileOver (see file.h), by native paths taken as they stand.
-[[nodiscard]] Outcome<Done> CopyNativeFile(const std::string& source, const std::string& target);
+[[nodiscard]] Expected<void> CopyNativeFile(const std::string& source, const std::string& target);
 
 /// Whether this process may execute the file, and it is a regular one.
 [[nodiscard]] bool IsProgram(const std::string& path);

@@ -155,7 +155,7 @@ ExitState StateFrom(const siginfo_t& information) {
           .status = information.si_status};
 }
 
-Outcome<ExitState> WaitForEnd(HANDLE process, int options) {
+Expected<ExitState> WaitForEnd(HANDLE process, int options) {
   siginfo_t information{};
   if (process <= 0 || !WaitFor(P_PIDFD, static_cast<id_t>(process), information, options)) {
     const int error = process <= 0 ? EBADF : errno;
@@ -166,7 +166,7 @@ Outcome<ExitState> WaitForEnd(HANDLE process, int options) {
 
 }  // namespace
 
-Outcome<ChildProcess> Spawn(const SpawnRequest& request) {
+Expected<ChildProcess> Spawn(const SpawnRequest& request) {
   const std::string executable = AbsoluteExecutable(request);
   pid_t id = 0;
   const int error = SpawnProcess(request, executable, id);
@@ -182,9 +182,9 @@ Outcome<ChildProcess> Spawn(const SpawnRequest& request) {
   return ChildProcess{.process = process, .id = static_cast<std::uint32_t>(id)};
 }
 
-Outcome<ExitState> TakeExitState(HANDLE process) { return WaitForEnd(process, WEXITED | WNOHANG); }
+Expected<ExitState> TakeExitState(HANDLE process) { return WaitForEnd(process, WEXITED | WNOHANG); }
 
-Outcome<ExitState> Terminate(HANDLE process) {
+Expected<ExitState> Terminate(HANDLE process) {
   if (process > 0 && Calls().pidfd_send_signal(process, SIGKILL, nullptr, 0) != 0 && errno != ESRCH)
     return Failure{"pidfd_send_signal", "process handle " + std::to_string(process), errno};
   return WaitForEnd(process, WEXITED);

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/handle.h"
-#include "rastrel/platform/os/outcome.h"
 
 namespace rastrel::os {
 
@@ -31,7 +31,7 @@ struct ChildProcess {
 /// nothing masked, and no descriptor of this process but the three. Costs the same whatever memory
 /// this process holds. A program that can't be executed is a failure here, with the error number
 /// of the exec; no child is left then.
-[[nodiscard]] Outcome<ChildProcess> Spawn(const SpawnRequest& request);
+[[nodiscard]] Expected<ChildProcess> Spawn(const SpawnRequest& request);
 
 /// Puts another program in this process's place, with the same environment, directory, terminal and
 /// standard streams; other descriptors that are close-on-exec end. Returns only if it can't, with
@@ -49,11 +49,11 @@ struct ExitState {
 /// Looks whether the child has ended, and takes its end over (it is a zombie no more). Only this
 /// child is waited for; other children of the process are left alone. `Failure` if it can't be
 /// asked, for instance because somebody else in the process reaped it.
-[[nodiscard]] Outcome<ExitState> TakeExitState(HANDLE process);
+[[nodiscard]] Expected<ExitState> TakeExitState(HANDLE process);
 
 /// Ends the child at once (SIGKILL), waits for its end and takes it over. What it returns tells a
 /// child that had ended by itself before from one that was ended.
-[[nodiscard]] Outcome<ExitState> Terminate(HANDLE process);
+[[nodiscard]] Expected<ExitState> Terminate(HANDLE process);
 
 /// Whether a process with that id lives and this process may act on it (a signal could be sent).
 [[nodiscard]] bool CanOpenProcess(std::uint32_t id);

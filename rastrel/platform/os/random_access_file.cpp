@@ -18,7 +18,7 @@ constexpr std::size_t HoleStep = std::size_t{64} << 10;
 
 }  // namespace
 
-Outcome<RandomAccessFile> RandomAccessFile::Open(std::wstring_view path) {
+Expected<RandomAccessFile> RandomAccessFile::Open(std::wstring_view path) {
   const std::string native = ToNative(path);
   // Without O_NONBLOCK the open of a pipe waits for somebody to write into it.
   int descriptor = ::open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);

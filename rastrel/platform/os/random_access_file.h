@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/growing_file.h"
-#include "rastrel/platform/os/outcome.h"
 
 namespace rastrel::os {
 
@@ -17,7 +17,7 @@ class RandomAccessFile {
  public:
   /// Opens by library path (see path.h). Links are followed. What is no regular file is a failure
   /// (EINVAL; EISDIR for a directory) and is never waited for: a pipe without a writer, a device.
-  [[nodiscard]] static Outcome<RandomAccessFile> Open(std::wstring_view path);
+  [[nodiscard]] static Expected<RandomAccessFile> Open(std::wstring_view path);
 
   /// Reads from `offset` on. Returns how many bytes, which may be fewer than asked for before the
   /// end or where a part that was never written begins; 0 at and behind the end; -1 with errno set.

@@ -4,12 +4,12 @@
 
 namespace rastrel::os {
 
-Expected<SharedLibrary, std::string> SharedLibrary::Open(const char* name) {
+Expected<SharedLibrary> SharedLibrary::Open(const char* name) {
   // Not unloaded at the end of anything: libraries leave threads' data and exit functions behind.
   void* const library = ::dlopen(name, RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
   if (library != nullptr) return SharedLibrary(library);
   const char* const why = ::dlerror();
-  return std::string(why != nullptr ? why : "unknown reason");
+  return FailureOf(why != nullptr ? why : "unknown reason");
 }
 
 void* SharedLibrary::Find(const char* name) const { return ::dlsym(m_Library, name); }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Libraries that are bound when they are first needed. Linking one costs its share, and that of
 /// all that it needs in turn, of every start of every program.
@@ -13,8 +13,8 @@ namespace rastrel::os {
 /// this object; may be copied. Thread: any.
 class SharedLibrary {
  public:
-  /// Loads it, or the loader's words for why it can't be had.
-  [[nodiscard]] static Expected<SharedLibrary, std::string> Open(const char* name);
+  /// Loads it. The failure's `why` has the loader's words.
+  [[nodiscard]] static Expected<SharedLibrary> Open(const char* name);
 
   /// Sets the function to the one of that name. False if the library has none; the function is then
   /// null. REQUIRES: the type is the one that the library's header declares.

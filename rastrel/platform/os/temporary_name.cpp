@@ -32,7 +32,7 @@ bool Draw(std::array<unsigned char, Mark.size()>& bytes) {
 
 }  // namespace
 
-Outcome<std::wstring> CompleteTemporaryName(std::wstring pattern) {
+Expected<std::wstring> CompleteTemporaryName(std::wstring pattern) {
   if (!pattern.ends_with(Mark)) return Failure{"name", ToNative(pattern), EINVAL};
   const std::size_t place = pattern.size() - Mark.size();
   for (int round = 0; round < Tries; ++round) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::os {
 
@@ -10,6 +10,6 @@ namespace rastrel::os {
 /// letters and digits, so that lowering the name's case changes nothing, chosen at random until
 /// nothing of that name exists. Nothing is created. `Failure` if the path ends otherwise (EINVAL),
 /// if the system has no random bytes to give, or if no free name is found (EEXIST).
-[[nodiscard]] Outcome<std::wstring> CompleteTemporaryName(std::wstring pattern);
+[[nodiscard]] Expected<std::wstring> CompleteTemporaryName(std::wstring pattern);
 
 }  // namespace rastrel::os

@@ -60,7 +60,7 @@ std::uint64_t SizeOf(int parent, const char* name, bool followLink, unsigned dep
 
 }  // namespace
 
-Outcome<std::vector<std::wstring>> ListDirectory(std::wstring_view path) {
+Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path) {
   const std::string native = ToNative(path);
   DirectoryReader reader(AT_FDCWD, native.c_str(), true);
   if (!reader.IsOpen()) return Failure{"opendir", native, errno};

@@ -5,13 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include "rastrel/platform/os/outcome.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Whole directories by library path (see path.h). None of these logs; the callers do.
 namespace rastrel::os {
 
 /// Names in a directory but "." and "..", unsorted, as wide text. `Failure` if it can't be read.
-[[nodiscard]] Outcome<std::vector<std::wstring>> ListDirectory(std::wstring_view path);
+[[nodiscard]] Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path);
 
 /// Removes a directory and all below it. False at the first thing that can't be removed, with what
 /// went before removed; which that is depends on the file system's order. Links are removed, never

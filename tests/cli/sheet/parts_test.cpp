@@ -7,9 +7,9 @@
 #include <string>
 
 #include "cli/exit_status.h"
-#include "rastrel/imports/xml_layer.h"
 #include "rastrel/platform/os/growing_file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/xml/layer.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/scratch_directory.h"
 

@@ -19,7 +19,7 @@ using test::PngHead;
 using test::SvgFile;
 using test::TiffFile;
 
-using Opened = os::Expected<std::unique_ptr<Picture>, std::wstring>;
+using Opened = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
 
 Opened Open(const std::string& bytes) {
   const auto kind = KindOf(bytes);

@@ -7,13 +7,13 @@
 #include <string>
 
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
-#include "rastrel/platform/host/embedded_host.h"
-#include "rastrel/platform/host/window_faces.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/standalone/standalone_host.h"
+#include "rastrel/platform/standalone/window_faces.h"
 
 namespace {
 
-class WindowHost : public rastrel::host::EmbeddedHost {
+class WindowHost : public rastrel::standalone::StandaloneHost {
  public:
   explicit WindowHost(rastrel::host::DialogFaces& faces) : m_Faces(faces) {}
   [[nodiscard]] rastrel::host::DialogFaces& GetDialogFaces() override { return m_Faces; }
@@ -34,7 +34,7 @@ int main(int count, char** words) {
   if (count != 2) return 2;
   const auto faces = rastrel::host::LoadWindowFaces();
   if (!faces) {
-    std::printf("no window: %s\n", faces.Error().c_str());
+    std::printf("no window: %s\n", Describe(faces.Error()).c_str());
     return 1;
   }
   WindowHost host(**faces);

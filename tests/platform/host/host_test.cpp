@@ -6,14 +6,15 @@
 #include <string>
 
 #include "rastrel/platform/host/base_dir.h"
-#include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/host/wait_cursor.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
 #include "tests/support/test_host.h"
 
 namespace host = rastrel::host;
+namespace standalone = rastrel::standalone;
 using rastrel::test::EnvironmentGuard;
 using rastrel::test::ScratchDirectory;
 
@@ -34,8 +35,8 @@ class OtherHost : public host::Host {
   host::Translation& GetTranslation() override { return m_Translation; }
 
  private:
-  host::IniSettings m_Settings;
-  host::DataRootDirectories m_Directories;
+  standalone::IniSettings m_Settings;
+  standalone::DataRootDirectories m_Directories;
   OtherTranslation m_Translation;
 };
 
@@ -110,7 +111,7 @@ TEST(CBaseDir, the_directory_is_made_only_if_that_is_asked_for) {
 }
 
 TEST(DataRootDirectories, the_system_has_none_of_its_own_and_temporary_files_have_theirs) {
-  host::DataRootDirectories directories;
+  standalone::DataRootDirectories directories;
   EXPECT_FALSE(directories.WindowsDirectory());
   EXPECT_FALSE(directories.SystemDirectory());
   EXPECT_FALSE(directories.PrinterDriverDirectory());

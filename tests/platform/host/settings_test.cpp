@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "rastrel/platform/host/embedded_host.h"
 #include "rastrel/platform/host/host.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
 

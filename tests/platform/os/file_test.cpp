@@ -167,7 +167,7 @@ TEST(ClearReadOnly, a_missing_file_is_a_failure) {
   const auto readOnly = os::IsReadOnly(L"/no/such/file");
   ASSERT_FALSE(readOnly);
   EXPECT_EQ(readOnly.Error().error, ENOENT);
-  EXPECT_EQ(readOnly.Error().subject, "/no/such/file");
+  EXPECT_EQ(readOnly.Error().where, "/no/such/file");
 }
 
 TEST(ReadWholeFile, reads_up_to_the_limit_and_no_further) {
@@ -210,7 +210,7 @@ TEST(ReadWholeFile, a_failing_read_is_told_with_its_number) {
   os::Calls().read = FailToRead;
   const auto read = os::ReadWholeFile(scratch.Wide("file"), 100);
   ASSERT_FALSE(read);
-  EXPECT_EQ(os::Describe(read.Error()),
+  EXPECT_EQ(rastrel::Describe(read.Error()),
             "read '" + scratch.Path("file") + "': Input/output error (5)");
 }
 
@@ -302,7 +302,7 @@ TEST(CreateForWriting, a_failing_copy_of_a_low_descriptor_is_a_failure_without_a
 TEST(CreateForWriting, a_missing_directory_is_a_failure) {
   const auto file = os::CreateForWriting(L"C:\\no\\such\\file");
   ASSERT_FALSE(file);
-  EXPECT_EQ(file.Error().operation, "open");
+  EXPECT_EQ(file.Error().what, "open");
   EXPECT_EQ(file.Error().error, ENOENT);
 }
 

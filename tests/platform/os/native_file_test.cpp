@@ -18,7 +18,7 @@ TEST(CopyNativeFile, takes_names_that_a_library_path_can_not_spell) {
   const test::ScratchDirectory place;
   place.Write("back\\slash\xFF", "content");
   const auto copied = CopyNativeFile(place.Path("back\\slash\xFF"), place.Path("c:x\\y"));
-  ASSERT_TRUE(copied) << Describe(copied.Error());
+  ASSERT_TRUE(copied) << rastrel::Describe(copied.Error());
   EXPECT_EQ(place.Read("c:x\\y"), "content");
 }
 
@@ -27,12 +27,12 @@ TEST(CopyNativeFile, tells_which_of_the_two_failed) {
   place.Write("source", "content");
   const auto missing = CopyNativeFile(place.Path("none"), place.Path("target"));
   ASSERT_FALSE(missing);
-  EXPECT_EQ(missing.Error().operation, "open");
-  EXPECT_EQ(missing.Error().subject, place.Path("none"));
+  EXPECT_EQ(missing.Error().what, "open");
+  EXPECT_EQ(missing.Error().where, place.Path("none"));
   EXPECT_EQ(missing.Error().error, ENOENT);
   const auto nowhere = CopyNativeFile(place.Path("source"), place.Path("no/target"));
   ASSERT_FALSE(nowhere);
-  EXPECT_EQ(nowhere.Error().subject, place.Path("no/target"));
+  EXPECT_EQ(nowhere.Error().where, place.Path("no/target"));
   EXPECT_EQ(nowhere.Error().error, ENOENT);
 }
 

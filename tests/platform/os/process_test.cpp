@@ -60,7 +60,7 @@ class RunningChild {
   }
 
  private:
-  os::Outcome<os::ChildProcess> m_Child;
+  rastrel::Expected<os::ChildProcess> m_Child;
 };
 
 // What a child writes to its standard output, until it closes it.
@@ -145,8 +145,8 @@ TEST(Spawn, a_program_that_can_not_be_executed_is_a_failure_with_the_number_of_t
     const auto child = os::Spawn({.executable = row.path, .arguments = {"x"}});
     ASSERT_FALSE(child) << row.path;
     EXPECT_EQ(child.Error().error, row.error) << row.path;
-    EXPECT_EQ(child.Error().operation, "posix_spawn");
-    EXPECT_EQ(child.Error().subject, row.path);
+    EXPECT_EQ(child.Error().what, "posix_spawn");
+    EXPECT_EQ(child.Error().where, row.path);
   }
   EXPECT_EQ(OpenDescriptors(), before);
   // No child is left, neither running nor as a zombie.
@@ -159,7 +159,7 @@ TEST(Spawn, a_directory_that_is_missing_is_named_in_the_failure) {
   request.directory = "/no/such/directory";
   const auto child = os::Spawn(request);
   ASSERT_FALSE(child);
-  EXPECT_EQ(os::Describe(child.Error()),
+  EXPECT_EQ(rastrel::Describe(child.Error()),
             "chdir '/no/such/directory': No such file or directory (2)");
 }
 
@@ -307,7 +307,7 @@ TEST(Spawn, a_child_without_a_descriptor_is_ended_reaped_and_reported) {
   };
   const auto child = os::Spawn(Shell("exec sleep 30"));
   ASSERT_FALSE(child);
-  EXPECT_EQ(child.Error().operation, "pidfd_open");
+  EXPECT_EQ(child.Error().what, "pidfd_open");
   EXPECT_EQ(child.Error().error, EMFILE);
   EXPECT_EQ(::kill(spawned, 0), -1);
   EXPECT_EQ(errno, ESRCH);
@@ -417,7 +417,7 @@ TEST(Terminate, a_signal_that_may_not_be_sent_is_a_failure_and_no_endless_wait) 
   };
   const auto state = os::Terminate(child.Process());
   ASSERT_FALSE(state);
-  EXPECT_EQ(state.Error().operation, "pidfd_send_signal");
+  EXPECT_EQ(state.Error().what, "pidfd_send_signal");
   EXPECT_EQ(state.Error().error, EPERM);
 }
 

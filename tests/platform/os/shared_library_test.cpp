@@ -25,7 +25,8 @@ TEST(SharedLibrary, has_no_function_of_another_name) {
 TEST(SharedLibrary, says_why_it_can_not_be_had) {
   const auto library = SharedLibrary::Open("libno-such-library.so.1");
   ASSERT_FALSE(static_cast<bool>(library));
-  EXPECT_NE(std::string::npos, library.Error().find("libno-such-library.so.1")) << library.Error();
+  EXPECT_NE(std::string::npos, library.Error().why.find("libno-such-library.so.1"))
+      << library.Error().why;
 }
 
 }  // namespace

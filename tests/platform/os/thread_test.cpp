@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <ctime>
 #include <memory>
 #include <thread>
 #include <vector>
 
 #include "rastrel/platform/os/clock.h"
-#include "rastrel/platform/os/outcome.h"
 #include "rastrel/platform/os/recursive_lock.h"
 #include "rastrel/platform/os/shared_word.h"
 #include "rastrel/platform/os/system_calls.h"
@@ -116,24 +114,4 @@ TEST(MonotonicNanoseconds, goes_forward_in_nanoseconds) {
   const std::int64_t passed = os::MonotonicNanoseconds() - begin;
   EXPECT_GE(passed, 10'000'000);
   EXPECT_LT(passed, 10'000'000'000);
-}
-
-TEST(Describe, says_what_on_what_and_why) {
-  EXPECT_EQ(os::Describe({"open", "/a/b", ENOENT}), "open '/a/b': No such file or directory (2)");
-  EXPECT_EQ(os::Describe({"poll", "", EINTR}), "poll: Interrupted system call (4)");
-}
-
-TEST(DescribeError, unknown_numbers_have_words_too) {
-  EXPECT_EQ(os::DescribeError(0), "Success");
-  EXPECT_EQ(os::DescribeError(100'000), "Unknown error");
-  EXPECT_EQ(os::DescribeError(-1), "Unknown error");
-}
-
-TEST(Outcome, is_a_value_or_a_failure) {
-  const os::Outcome<int> value = 5;
-  ASSERT_TRUE(value);
-  EXPECT_EQ(*value, 5);
-  const os::Outcome<int> failure = os::Failure{"read", "x", EIO};
-  ASSERT_FALSE(failure);
-  EXPECT_EQ(failure.Error().error, EIO);
 }

@@ -32,7 +32,7 @@ class Semaphore {
   HANDLE m_Handle;
 };
 
-os::Outcome<os::ChildProcess> StartShell(const char* script) {
+rastrel::Expected<os::ChildProcess> StartShell(const char* script) {
   return os::Spawn({.executable = "/bin/sh",
                     .arguments = {"sh", "-c", script},
                     .environment = {"PATH=/usr/bin:/bin"}});

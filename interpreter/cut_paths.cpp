@@ -1,0 +1,300 @@
+#include "interpreter/cut_paths.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "interpreter/clip_shape.h"
+#include "interpreter/segment_text.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+constexpr double PointsPerInch = 72;
+constexpr std::string_view SeparationWord = "separation ";
+constexpr std::size_t MostColours = 10000;  // of a run; a prefix sets one
+
+// With four decimals at most: a point's ten-thousandth is far below any cutter's step.
+std::string Number(double value) {
+  std::array<char, 400> digits;
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                          std::chars_format::fixed, 4);
+  std::string text(digits.data(), error == std::errc() ? end : digits.data());
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  return text == "-0" ? "0" : text;
+}
+
+// Control characters, '%' and what is no UTF-8 as %XX, so that a text keeps to its line.
+std::string Escape(std::string_view text) {
+  const bool wellFormed = os::Utf8FromWide(os::WideFromUtf8(text)) == text;
+  std::string escaped;
+  for (const char character : text) {
+    const auto value = static_cast<unsigned char>(character);
+    if (value >= ' ' && value != 0x7F && value != '%' && (value < 0x80 || wellFormed)) {
+      escaped += character;
+    } else {
+      escaped += '%';
+      escaped += "0123456789ABCDEF"[value >> 4];
+      escaped += "0123456789ABCDEF"[value & 15U];
+    }
+  }
+  return escaped;
+}
+
+std::string_view KindWord(char letter) {
+  if (letter == 'S') return "stroke";
+  if (letter == 'F') return "fill";
+  return letter == 'E' ? "eofill" : "text";
+}
+
+// Turns segments in pixels from the top left into lines in points from the bottom left.
+class SegmentWriter {
+ public:
+  explicit SegmentWriter(const pages::PageInfo& info)
+      : m_XScale(PointsPerInch / info.xResolution),
+        m_YScale(PointsPerInch / info.yResolution),
+        m_Height(info.height) {}
+
+  // False if the text is none of the prolog's making. The judge, if there is one, is told all
+  // points that lines are made of.
+  bool Add(std::string_view text, ClipJudge* judge) {
+    SegmentReader reader(text);
+    while (const auto segment = reader.Next()) Take(*segment, judge);
+    return reader.AtEnd();
+  }
+
+  [[nodiscard]] const std::string& Lines() const { return m_Lines; }
+  // "1 0": whether each part of the path is closed.
+  [[nodiscard]] const std::string& Closed() const { return m_Closed; }
+
+ private:
+  void Take(const Segment& segment, ClipJudge* judge) {
+    if (segment.letter == 'm') {
+      m_Start = segment.storage[0];
+      m_Drawing = false;
+      return;
+    }
+    if (segment.letter == 'h') {
+      if (!m_Drawing) return;
+      m_Lines += "h\n";
+      m_Closed.back() = '1';
+      m_Drawing = false;  // what follows without a move begins where this part began
+      return;
+    }
+    if (!m_Drawing) Begin(judge);
+    Write(segment.letter, segment.Points(), judge);
+  }
+
+  // A move that nothing follows draws nothing, so moves wait for the first segment.
+  void Begin(ClipJudge* judge) {
+    Write('m', std::span(&m_Start, 1), judge);
+    m_Closed += m_Closed.empty() ? "0" : " 0";
+    m_Drawing = true;
+  }
+
+  void Write(char letter, std::span<const PixelPoint> points, ClipJudge* judge) {
+    m_Lines += letter;
+    for (const PixelPoint& point : points) {
+      if (judge != nullptr) judge->Add(point);
+      m_Lines += " " + Number(point.x * m_XScale) + " " + Number((m_Height - point.y) * m_YScale);
+    }
+    m_Lines += '\n';
+  }
+
+  double m_XScale;
+  double m_YScale;
+  double m_Height;
+  PixelPoint m_Start;
+  bool m_Drawing = false;
+  std::string m_Lines;
+  std::string m_Closed;
+};
+
+// The clips of a page, which are written ahead of its paths if one of these crosses them.
+class PageClips {
+ public:
+  PageClips(const pages::PageInfo& info, const std::map<std::string, std::size_t>& clips)
+      : m_Info(info), m_Texts(clips.size()), m_Shapes(clips.size()), m_Numbers(clips.size()) {
+    for (const auto& [text, index] : clips) m_Texts[index] = &text;
+  }
+
+  [[nodiscard]] const ClipShape& Shape(std::size_t index) {
+    auto& shape = m_Shapes[index];
+    if (!shape) shape.emplace(*m_Texts[index]);
+    return *shape;
+  }
+  // The word of a path that lies so to that clip.
+  [[nodiscard]] std::string Word(ClipPosition position, std::size_t index) {
+    if (position == ClipPosition::Inside) return "inside";
+    if (position == ClipPosition::Outside) return "outside";
+    if (m_Numbers[index] == 0) Write(index);
+    return "crosses " + std::to_string(m_Numbers[index]);
+  }
+  [[nodiscard]] std::string Blocks() const {
+    return "clips: " + std::to_string(m_Count) + "\n" + m_Blocks;
+  }
+
+ private:
+  void Write(std::size_t index) {
+    SegmentWriter writer(m_Info);
+    static_cast<void>(writer.Add(*m_Texts[index], nullptr));
+    m_Numbers[index] = ++m_Count;
+    m_Blocks += "clip\n" + writer.Lines() + "end-clip\n";
+  }
+
+  const pages::PageInfo& m_Info;
+  std::vector<const std::string*> m_Texts;
+  std::vector<std::optional<ClipShape>> m_Shapes;
+  std::vector<unsigned> m_Numbers;  // in the file, from 1; 0: not in it
+  unsigned m_Count = 0;
+  std::string m_Blocks;
+};
+
+struct PathHead {
+  double width = 0;
+  std::size_t colour = 0;
+};
+
+// Takes line width and the colour's number off a path's text.
+std::optional<PathHead> ReadHead(std::string_view& text) {
+  PathHead head;
+  const auto width = ReadNumber(NextWord(text));
+  const auto colour = ReadNumber(NextWord(text));
+  if (!width || !colour || *colour < 0 || *colour > MostColours) return {};
+  head.width = *width;
+  head.colour = static_cast<std::size_t>(*colour);
+  return head;
+}
+
+}  // namespace
+
+void CutPaths::Grow(std::uint64_t bytes) {
+  m_Present.bytes += bytes;
+  m_Bytes += bytes;
+}
+
+void CutPaths::BeginPage() {
+  m_Bytes -= m_Present.bytes;
+  m_Present = {};
+  m_Open = 0;
+}
+
+void CutPaths::EndPage() {
+  ++m_Ended;
+  m_Open = 0;
+  if (m_Present.paths.empty()) {
+    BeginPage();
+  } else {
+    m_Pages[m_Ended] = std::exchange(m_Present, {});
+  }
+}
+
+void CutPaths::TakeColour(const std::string& text) {
+  m_Set = !text.empty();
+  if (m_Set && m_Colours.size() <= MostColours) m_Colours.push_back(text);
+}
+
+// A path, clip or mark of a failure begins.
+void CutPaths::Begin(char letter) {
+  m_Open = 0;
+  if (letter == 'K') {
+    m_Clip.clear();
+    m_Open = 'K';
+  } else if (letter == 'X') {
+    if (!m_Present.paths.empty()) m_Present.paths.pop_back();
+  } else {
+    const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
+    if (isNew) Grow(m_Clip.size() + sizeof(Path));
+    m_Present.paths.push_back({letter, {}, clip->second});
+    Grow(sizeof(Path));
+    m_Open = 'P';
+  }
+}
+
+void CutPaths::Append(std::string_view text) {
+  if (m_Open == 'K') {
+    m_Clip += text;
+  } else if (m_Open == 'P') {
+    m_Present.paths.back().text += text;
+    Grow(text.size());
+  }
+}
+
+// Capital letters begin something; what stands before the first one belongs to what is open.
+void CutPaths::TakePiece(std::string_view piece) {
+  while (!piece.empty()) {
+    const std::size_t next = piece.find_first_of("SFETKX");
+    Append(piece.substr(0, next));
+    if (next == piece.npos) break;
+    Begin(piece[next]);
+    piece.remove_prefix(next + 1);
+  }
+}
+
+bool CutPaths::Add(const Report& report) {
+  if (report.key == "CUTTER") TakeColour(report.value);
+  if (report.key == "CUT") TakePiece(report.value);
+  return m_Bytes <= Limit && m_Clip.size() <= Limit;
+}
+
+bool CutPaths::TakesSeparation(std::string_view name) const {
+  return std::ranges::any_of(m_Colours, [&](std::string_view colour) {
+    return colour.starts_with(SeparationWord) && colour.substr(SeparationWord.size()) == name;
+  });
+}
+
+std::string CutPaths::Take(const pages::PageInfo& info) {
+  Page page;
+  if (const auto found = m_Pages.find(info.page); found != m_Pages.end()) {
+    page = std::move(found->second);
+    m_Bytes -= page.bytes;
+    m_Pages.erase(found);
+  }
+  const double scale = PointsPerInch / std::sqrt(info.xResolution * info.yResolution);
+  PageClips clips(info, page.clips);
+  std::string blocks;
+  unsigned count = 0;
+  for (const Path& path : page.paths) {
+    std::string_view text = path.text;
+    const auto head = ReadHead(text);
+    if (!head || head->colour >= m_Colours.size()) continue;
+    SegmentWriter writer(info);
+    ClipJudge judge(clips.Shape(path.clip));
+    if (!writer.Add(text, &judge) || writer.Lines().empty()) continue;
+    blocks += "path\nkind: " + std::string(KindWord(path.kind)) +
+              "\ncolour: " + Escape(m_Colours[head->colour]) +
+              "\nline-width: " + Number(head->width * scale) +
+              "\nclip: " + clips.Word(judge.Position(), path.clip) +
+              "\nclosed: " + writer.Closed() + "\n" + writer.Lines() + "end-path\n";
+    ++count;
+  }
+  return "Rastrel cut paths 1\nunit: point\nwidth: " +
+         Number(info.width * PointsPerInch / info.xResolution) +
+         "\nheight: " + Number(info.height * PointsPerInch / info.yResolution) + "\n" +
+         clips.Blocks() + "paths: " + std::to_string(count) + "\n" + blocks + "end\n";
+}
+
+Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,
+                             pages::PageInfo& info) {
+  if (run.cuts == nullptr || !run.cuts->Wanted(info.page)) return {};
+  const std::string path = directory + "/" + CutPaths::FileName;
+  const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  if (!file.IsOpen()) return Failure{"create", path, errno};
+  if (!os::WriteAll(file.Get(), run.cuts->Take(info))) return Failure{"write", path, errno};
+  const auto described = DescribeFile(directory, CutPaths::FileName);
+  if (!described) return described.Error();
+  info.files.push_back(*described);
+  return {};
+}
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "interpreter/page_directory.h"
+#include "interpreter/report_lines.h"
+
+namespace rastrel::interpreter {
+
+/// The paths that the prolog takes out of the picture, from its reports to the file "cut-paths" of
+/// each page (docs/formats/cut-paths.md). Pages are counted from 1 as the interpreter ends them.
+class CutPaths {
+ public:
+  /// What the paths that wait for their page may take together, in bytes of memory.
+  static constexpr std::uint64_t Limit = std::uint64_t{256} << 20;
+  static constexpr const char* FileName = "cut-paths";
+
+  /// A page begins. What was drawn since the last page's end is lost with the page it was for.
+  void BeginPage();
+  /// The present page is put out.
+  void EndPage();
+  /// Takes a report. Those of other things are passed over. False if the limit was passed.
+  [[nodiscard]] bool Add(const Report& report);
+
+  /// Whether that ended page gets the file: a cut colour is set, or was for a path of it.
+  [[nodiscard]] bool Wanted(unsigned page) const { return m_Set || m_Pages.contains(page); }
+  /// Whether that separation, by its name, is a cut colour.
+  [[nodiscard]] bool TakesSeparation(std::string_view name) const;
+  /// The file's text for an ended page, whose number, size and resolution are in `info`. Forgets
+  /// the page's paths.
+  [[nodiscard]] std::string Take(const pages::PageInfo& info);
+
+ private:
+  struct Path {
+    char kind = 'S';
+    std::string text;      // line width, colour's number, segments "m 1 2 l 3 4 h"; in pixels from
+                           // the top left
+    std::size_t clip = 0;  // index of the page's clips
+  };
+  struct Page {
+    std::vector<Path> paths;
+    std::map<std::string, std::size_t> clips;  // segments, with the index
+    std::uint64_t bytes = 0;
+  };
+
+  void TakeColour(const std::string& text);
+  void TakePiece(std::string_view piece);
+  void Begin(char letter);
+  void Append(std::string_view text);
+  void Grow(std::uint64_t bytes);
+
+  bool m_Set = false;                  // a cut colour is
+  std::vector<std::string> m_Colours;  // all that were set, by their number in the reports
+  Page m_Present;
+  char m_Open = 0;     // what still grows: 'P' the last path, 'K' the clip, 0 nothing
+  std::string m_Clip;  // segments of the clip in force
+  std::uint64_t m_Bytes = 0;
+  unsigned m_Ended = 0;
+  std::map<unsigned, Page> m_Pages;  // ended ones that have paths
+};
+
+/// Writes the file into a page's directory, if the run looks for cut paths, and adds it to the
+/// info's files.
+[[nodiscard]] Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,
+                                           pages::PageInfo& info);
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+
+namespace rastrel::interpreter {
+
+/// What files take on the disk.
+struct DiskUse {
+  std::uint64_t bytes = 0;
+  std::uint64_t files = 0;
+};
+
+/// Of the files in that directory, which has none below it. What can't be read counts as nothing.
+[[nodiscard]] DiskUse UseOf(const std::string& directory);
+
+/// Of files without a name that the process holds open: deleted ones, which take their room until
+/// they are closed.
+[[nodiscard]] DiskUse UseOfNameless(pid_t process);
+
+}  // namespace rastrel::interpreter

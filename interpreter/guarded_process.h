@@ -1,0 +1,68 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+/// Programs that a child program runs, which must not outlive it.
+namespace rastrel::interpreter {
+
+/// What a program is started with. Limits of 0 are none.
+struct ProcessRequest {
+  std::string executable;                ///< native path
+  std::vector<std::string> arguments;    ///< with the program's name as first element
+  std::vector<std::string> environment;  ///< "NAME=value" each; nothing else is passed on
+  std::string directory;                 ///< native working directory; empty: this process's own
+  /// The element at n becomes the program's descriptor n; -1 stands for /dev/null. No other
+  /// descriptor is passed on. They stay this process's own.
+  std::vector<int> descriptors;
+  std::uint64_t fileSizeLimit = 0;   ///< bytes of any one file that it writes
+  std::uint64_t processorLimit = 0;  ///< seconds of processor time
+};
+
+/// How a program ended.
+struct ProcessEnd {
+  bool byItself = false;  ///< it called exit; false if a signal ended it
+  int status = 0;         ///< exit status, or the signal's number
+};
+
+/// A running program, in a process group of its own that is under guard from before its first
+/// instruction: when this process dies at any moment, so does it.
+class GuardedProcess {
+ public:
+  /// Starts it. A program that can't be executed is a failure with the exec's error number.
+  [[nodiscard]] static Expected<GuardedProcess> Start(const ProcessRequest& request,
+                                                      Guardian& guardian);
+  /// Kills the group if it still runs, and waits for its end.
+  ~GuardedProcess();
+  GuardedProcess(GuardedProcess&& other) noexcept;
+  GuardedProcess& operator=(GuardedProcess&&) = delete;
+  GuardedProcess(const GuardedProcess&) = delete;
+  GuardedProcess& operator=(const GuardedProcess&) = delete;
+
+  /// Becomes readable when the program has ended. Owned by this object.
+  [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
+  /// Its number, which is its own until Wait() has returned.
+  [[nodiscard]] pid_t Number() const { return m_Process; }
+  /// Sends SIGKILL to the whole group.
+  void Kill();
+  /// Waits for the end without a limit and takes it over. Later calls return the same.
+  ProcessEnd Wait();
+
+ private:
+  GuardedProcess(pid_t process, int descriptor, Guardian& guardian)
+      : m_Process(process), m_Descriptor(descriptor), m_Guardian(&guardian) {}
+
+  pid_t m_Process;
+  os::FileDescriptor m_Descriptor;
+  Guardian* m_Guardian;
+  ProcessEnd m_End;
+};
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,60 @@
+#include "interpreter/job_feed.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace rastrel::interpreter {
+namespace {
+
+constexpr std::size_t BufferSize = 65536;
+
+}  // namespace
+
+JobFeed::JobFeed(int file, std::uint64_t offset, std::uint64_t length, os::FileDescriptor pipe)
+    : m_File(file), m_Offset(offset), m_Length(length), m_Pipe(std::move(pipe)) {}
+
+bool JobFeed::Refill() {
+  m_Buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(BufferSize, m_Length - m_Read)));
+  ssize_t count = 0;
+  do {
+    count = pread(m_File, m_Buffer.data(), m_Buffer.size(), static_cast<off_t>(m_Offset + m_Read));
+  } while (count < 0 && errno == EINTR);
+  if (count < 0) return false;
+  if (count == 0) m_Length = m_Read;  // the file has become shorter
+  m_Buffer.resize(static_cast<std::size_t>(count));
+  m_Read += static_cast<std::uint64_t>(count);
+  m_Sent = 0;
+  return true;
+}
+
+bool JobFeed::Send() {
+  while (m_Pipe.IsOpen()) {
+    if (m_Sent == m_Buffer.size()) {
+      if (m_Read < m_Length && !Refill()) return false;
+      if (m_Sent == m_Buffer.size()) {
+        m_Pipe.Reset();
+        break;
+      }
+    }
+    const ssize_t count = write(m_Pipe.Get(), m_Buffer.data() + m_Sent, m_Buffer.size() - m_Sent);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EAGAIN) break;
+    if (count < 0) {
+      m_Pipe.Reset();  // the job said quit, or has failed; its exit status tells
+      break;
+    }
+    m_Sent += static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+double JobFeed::SentShare() const {
+  if (m_Length == 0) return 0;
+  const std::uint64_t waiting = m_Buffer.size() - m_Sent;
+  return static_cast<double>(m_Read - waiting) / static_cast<double>(m_Length);
+}
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::interpreter {
+
+/// Sends a part of the job file into the interpreter's pipe as that takes it.
+class JobFeed {
+ public:
+  /// `file` is the open job; both descriptors are borrowed but for `pipe`, which this owns. An
+  /// invalid `pipe` has nothing to send.
+  JobFeed(int file, std::uint64_t offset, std::uint64_t length, os::FileDescriptor pipe);
+
+  /// The pipe's end while there is something to send, else -1.
+  [[nodiscard]] int Descriptor() const { return m_Pipe.Get(); }
+  /// Sends what the pipe takes now. Closes it at the part's end, or when the interpreter reads no
+  /// more. False if the file can't be read; errno says why.
+  [[nodiscard]] bool Send();
+  /// Which share of the part was sent, from 0 to 1.
+  [[nodiscard]] double SentShare() const;
+
+ private:
+  [[nodiscard]] bool Refill();
+
+  int m_File;
+  std::uint64_t m_Offset;
+  std::uint64_t m_Length;
+  std::uint64_t m_Read = 0;
+  os::FileDescriptor m_Pipe;
+  std::string m_Buffer;
+  std::size_t m_Sent = 0;  // of the buffer
+};
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,150 @@
+#include "interpreter/page_directory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "interpreter/cut_paths.h"
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+constexpr const char* PreviewName = "preview.png";
+
+os::FileDescriptor CreateFile(const std::string& path) {
+  return os::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+}
+
+}  // namespace
+
+std::string PageName(unsigned page) {
+  std::string digits = std::to_string(page);
+  if (digits.size() < 4) digits.insert(0, 4 - digits.size(), '0');
+  return "p" + digits;
+}
+
+pages::PageInfo DescribePage(const RunDescription& run, unsigned page) {
+  pages::PageInfo info;
+  info.job = run.job;
+  info.printer = run.printer;
+  info.mode = run.mode;
+  info.page = page;
+  info.xResolution = run.xResolution;
+  info.yResolution = run.yResolution;
+  return info;
+}
+
+Expected<pages::PageFile> DescribeFile(const std::string& directory, const std::string& name) {
+  const std::string path = directory + "/" + name;
+  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.IsOpen()) return Failure{"open", path, errno};
+  pages::Sha256 sum;
+  pages::PageFile described{name, 0, {}};
+  std::vector<std::byte> buffer(262144);
+  while (true) {
+    const ssize_t count = read(file.Get(), buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Failure{"read", path, errno};
+    if (count == 0) break;
+    sum.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
+    described.bytes += static_cast<std::uint64_t>(count);
+  }
+  described.sha256 = sum.Finish();
+  return described;
+}
+
+Expected<void> WritePageInfo(const std::string& directory, const pages::PageInfo& info) {
+  const std::string path = directory + "/" + pages::PageInfoName;
+  const os::FileDescriptor file = CreateFile(path);
+  if (!file.IsOpen()) return Failure{"create", path, errno};
+  if (!os::WriteAll(file.Get(), FormatPageInfo(info))) return Failure{"write", path, errno};
+  return {};
+}
+
+PageDirectory::PageDirectory(std::string path, unsigned page, const PageSize& size)
+    : m_Path(std::move(path)),
+      m_Page(page),
+      m_Size(size),
+      m_PixelName(size.channels == 1 ? "page.pgm" : "page.ppm"),
+      m_Preview(size),
+      m_Row(size.RowBytes()) {}
+
+Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string& runDirectory,
+                                                               unsigned page,
+                                                               const PageSize& size) {
+  const std::string path = runDirectory + "/" + PageName(page);
+  if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
+  std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
+  made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
+  if (!made->m_Pixels.IsOpen()) return Failure{"create", path, errno};
+  const std::string header = std::string(size.channels == 1 ? "P5\n" : "P6\n") +
+                             std::to_string(size.width) + " " + std::to_string(size.height) +
+                             "\n255\n";
+  const auto written = made->Write(std::as_bytes(std::span(header)));
+  if (!written) return written.Error();
+  return made;
+}
+
+Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  if (!os::WriteAll(m_Pixels.Get(), text)) {
+    return Failure{"write", m_Path + "/" + m_PixelName, errno};
+  }
+  m_Sum.Add(bytes);
+  m_Bytes += bytes.size();
+  return {};
+}
+
+Expected<void> PageDirectory::AddPixels(std::span<const std::byte> bytes) {
+  FeedPreview(bytes);
+  return Write(bytes);
+}
+
+void PageDirectory::FeedPreview(std::span<const std::byte> bytes) {
+  while (!bytes.empty()) {
+    const std::size_t taken = std::min(bytes.size(), m_Row.size() - m_RowFilled);
+    const bool wanted = m_Preview.Wants(m_RowNumber);
+    if (wanted && taken == m_Row.size()) {
+      m_Preview.AddRow(m_RowNumber, bytes.first(taken));
+    } else if (wanted) {
+      std::copy_n(bytes.begin(), taken, m_Row.begin() + static_cast<std::ptrdiff_t>(m_RowFilled));
+      if (m_RowFilled + taken == m_Row.size()) m_Preview.AddRow(m_RowNumber, m_Row);
+    }
+    m_RowFilled += taken;
+    bytes = bytes.subspan(taken);
+    if (m_RowFilled == m_Row.size()) {
+      m_RowFilled = 0;
+      ++m_RowNumber;
+    }
+  }
+}
+
+Expected<void> PageDirectory::Finish(const RunDescription& run) {
+  m_Pixels.Reset();
+  const auto pictured = m_Preview.Write(m_Path + "/" + PreviewName);
+  if (!pictured) return pictured.Error();
+  const auto picture = DescribeFile(m_Path, PreviewName);
+  if (!picture) return picture.Error();
+  pages::PageInfo info = DescribePage(run, m_Page);
+  info.width = m_Size.width;
+  info.height = m_Size.height;
+  info.colour = m_Size.channels == 1 ? pages::PageColour::Gray : pages::PageColour::Rgb;
+  static constexpr std::array RgbNames{"Red", "Green", "Blue"};
+  for (unsigned channel = 0; channel < m_Size.channels; ++channel) {
+    info.planes.push_back(
+        {m_Size.channels == 1 ? "Gray" : RgbNames[channel], m_PixelName, channel});
+  }
+  info.files = {{m_PixelName, m_Bytes, m_Sum.Finish()}, *picture};
+  const auto cut = WriteCutPaths(run, m_Path, info);
+  if (!cut) return cut.Error();
+  return WritePageInfo(m_Path, info);
+}
+
+}  // namespace rastrel::interpreter

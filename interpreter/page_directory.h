@@ -1,0 +1,79 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "interpreter/page_stream.h"
+#include "interpreter/preview.h"
+#include "pages/page_info.h"
+#include "pages/sha256.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+/// Page directories: "p0001" and so on below the run's directory.
+namespace rastrel::interpreter {
+
+class CutPaths;
+
+/// What all pages of a run have in common.
+struct RunDescription {
+  std::string job;      ///< title; UTF-8
+  std::string printer;  ///< as the prefix selected it
+  std::string mode;     ///< "FOLDER/NAME"
+  double xResolution = 72;
+  double yResolution = 72;
+  /// What becomes of the samples of planes with these names, whose levels the interpreter leaves.
+  std::map<std::string, std::array<std::uint8_t, 256>> transfers;
+  CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
+};
+
+/// "p0001" for 1. Five and more digits where they are needed.
+[[nodiscard]] std::string PageName(unsigned page);
+
+/// A page info with the run's description filled in.
+[[nodiscard]] pages::PageInfo DescribePage(const RunDescription& run, unsigned page);
+
+/// Reads a file to its end for its size and check sum.
+[[nodiscard]] Expected<pages::PageFile> DescribeFile(const std::string& directory,
+                                                     const std::string& name);
+
+/// Writes the ".info" file of a finished page, last of all its files.
+[[nodiscard]] Expected<void> WritePageInfo(const std::string& directory,
+                                           const pages::PageInfo& info);
+
+/// Makes the directory of one page whose pixels come as a stream: "page.ppm" or "page.pgm",
+/// "preview.png" and ".info". Paths are native; everything lies below the guarded run directory.
+class PageDirectory {
+ public:
+  /// Creates directory and pixel file.
+  [[nodiscard]] static Expected<std::unique_ptr<PageDirectory>> Create(
+      const std::string& runDirectory, unsigned page, const PageSize& size);
+
+  /// Appends pixels.
+  [[nodiscard]] Expected<void> AddPixels(std::span<const std::byte> bytes);
+  /// Writes preview and info. Nothing is added afterwards.
+  [[nodiscard]] Expected<void> Finish(const RunDescription& run);
+
+ private:
+  PageDirectory(std::string path, unsigned page, const PageSize& size);
+  [[nodiscard]] Expected<void> Write(std::span<const std::byte> bytes);
+  void FeedPreview(std::span<const std::byte> bytes);
+
+  std::string m_Path;
+  unsigned m_Page;
+  PageSize m_Size;
+  std::string m_PixelName;
+  os::FileDescriptor m_Pixels;
+  pages::Sha256 m_Sum;
+  std::uint64_t m_Bytes = 0;
+  Preview m_Preview;
+  std::vector<std::byte> m_Row;  // the present row, as far as it has come, if the preview wants it
+  unsigned m_RowNumber = 0;
+  std::size_t m_RowFilled = 0;
+};
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,53 @@
+#include "interpreter/report_lines.h"
+
+#include <algorithm>
+
+namespace rastrel::interpreter {
+namespace {
+
+int DigitValue(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+  return -1;
+}
+
+}  // namespace
+
+std::optional<Report> ReadReport(std::string_view line, std::string_view word) {
+  if (word.empty() || !line.starts_with(word)) return {};
+  line.remove_prefix(word.size());
+  if (!line.starts_with(' ')) return {};
+  line.remove_prefix(1);
+  const std::size_t blank = line.find(' ');
+  if (blank == line.npos || blank == 0) return {};
+  Report report{std::string(line.substr(0, blank)), {}};
+  const std::string_view digits = line.substr(blank + 1);
+  if (digits.size() % 2 != 0) return {};
+  for (std::size_t i = 0; i < digits.size(); i += 2) {
+    const int high = DigitValue(digits[i]);
+    const int low = DigitValue(digits[i + 1]);
+    if (high < 0 || low < 0) return {};
+    report.value += static_cast<char>(high * 16 + low);
+  }
+  return report;
+}
+
+void LineCutter::Add(std::string_view bytes) {
+  m_Text.erase(0, m_Start);
+  m_Start = 0;
+  m_Text.append(bytes);
+}
+
+std::optional<std::string> LineCutter::Next() {
+  m_Start = std::min(m_Text.find_first_not_of("\r\n", m_Start), m_Text.size());
+  const std::size_t rest = m_Text.size() - m_Start;
+  std::size_t length = m_Text.find_first_of("\r\n", m_Start);
+  length = length == m_Text.npos ? rest : length - m_Start;
+  if (length == rest && rest < Limit) return {};
+  length = std::min(length, Limit);
+  std::string line = m_Text.substr(m_Start, length);
+  m_Start += length;
+  return line;
+}
+
+}  // namespace rastrel::interpreter

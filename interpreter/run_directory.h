@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+
+#include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
+
+namespace rastrel::interpreter {
+
+/// `bytes` random bytes of the system as hexadecimal digits, two each; empty if it has none to
+/// give.
+[[nodiscard]] std::string RandomDigits(std::size_t bytes);
+
+/// The directory of one run's pages: a fresh one below the RIP's "System/c-out", with two work
+/// directories in it that are gone when the pages are handed over. Under guard from before it is
+/// made.
+class RunDirectory {
+ public:
+  /// Makes it, and clears away empty ones of runs whose pages others have removed.
+  [[nodiscard]] static Expected<RunDirectory> Make(const std::string& ripDirectory,
+                                                   Guardian& guardian);
+  /// Makes one in that directory, which must exist. Native path without a closing slash.
+  [[nodiscard]] static Expected<RunDirectory> MakeIn(const std::string& parent, Guardian& guardian);
+
+  /// Native path without a closing slash.
+  [[nodiscard]] const std::string& Path() const { return m_Path; }
+  /// The one name of it that no other run has: 32 hexadecimal digits.
+  [[nodiscard]] const std::string& Name() const { return m_Name; }
+  /// The interpreter's private directory for temporary files.
+  [[nodiscard]] std::string Temporary() const { return m_Path + "/.tmp"; }
+  /// Where the interpreter puts separations before they move to their pages.
+  [[nodiscard]] std::string Planes() const { return m_Path + "/.planes"; }
+  /// Removes both work directories. False if one can't be removed.
+  [[nodiscard]] bool RemoveWork() const;
+
+  /// The library path of this directory, with its closing separator, as the page list can hold it;
+  /// a page's own directory is the one of its title below it. That is the native path; where a
+  /// reader of the list would stumble over it, a path on a drive letter from r to z, whose folder
+  /// in the data root is made a link to "System/c-out".
+  [[nodiscard]] Expected<std::string> ListedPath() const;
+
+ private:
+  RunDirectory(std::string parent, std::string name);
+
+  std::string m_Parent;
+  std::string m_Name;
+  std::string m_Path;
+};
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,40 @@
+#include "interpreter/settings.h"
+
+#include <charconv>
+
+#include "rastrel/platform/os/path.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+// Large enough for any use, small enough that seconds or mebibytes can be reckoned with.
+constexpr std::uint64_t Largest = 1000000000000;
+
+void Read(const char* name, std::uint64_t& value, std::vector<std::string>& complaints) {
+  const std::string text = os::EnvironmentValue(name);
+  if (text.empty()) return;
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc() && stop == end && number > 0 && number <= Largest) {
+    value = number;
+  } else {
+    complaints.push_back(std::string(name) + " is not a whole number above 0; " +
+                         std::to_string(value) + " is used.");
+  }
+}
+
+}  // namespace
+
+Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
+  Settings settings;
+  Read("RASTREL_RIP_TIMEOUT", settings.timeSeconds, complaints);
+  Read("RASTREL_RIP_CPU", settings.processorSeconds, complaints);
+  Read("RASTREL_RIP_MEMORY", settings.memoryMebibytes, complaints);
+  Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
+  Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
+  Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
+  return settings;
+}
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,319 @@
+#include "pages/page_info.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+#include "rastrel/platform/os/file_descriptor.h"
+
+namespace rastrel::pages {
+namespace {
+
+constexpr std::string_view Heading = "Rastrel page 1";
+constexpr std::size_t SizeLimit = std::size_t{1} << 20;
+constexpr unsigned ChannelLimit = 64;
+
+constexpr std::array<std::pair<PageColour, std::string_view>, 4> ColourWords = {{
+    {PageColour::Gray, "gray"},
+    {PageColour::Rgb, "rgb"},
+    {PageColour::Cmyk, "cmyk"},
+    {PageColour::Separations, "separations"},
+}};
+
+// Length of the well-formed UTF-8 sequence that the text begins with, or 0.
+std::size_t SequenceLength(std::string_view text) {
+  const auto byte = [&](std::size_t i) {
+    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+  };
+  const auto follows = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
+  const unsigned lead = byte(0);
+  if (lead < 0x80) return 1;
+  if (lead >= 0xC2 && lead <= 0xDF) return follows(1) ? 2 : 0;
+  if (lead >= 0xE0 && lead <= 0xEF) {
+    const bool overlong = lead == 0xE0 && byte(1) < 0xA0;
+    const bool surrogate = lead == 0xED && byte(1) > 0x9F;
+    return follows(1) && follows(2) && !overlong && !surrogate ? 3 : 0;
+  }
+  if (lead >= 0xF0 && lead <= 0xF4) {
+    const bool outside = (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F);
+    return follows(1) && follows(2) && follows(3) && !outside ? 4 : 0;
+  }
+  return 0;
+}
+
+void AppendEscape(std::string& target, char character) {
+  const auto value = static_cast<unsigned char>(character);
+  target += '%';
+  target += "0123456789ABCDEF"[value >> 4];
+  target += "0123456789ABCDEF"[value & 15];
+}
+
+// Control characters, '%' and what is no UTF-8 become %XX; blanks too where they part two values.
+std::string Escape(std::string_view text, bool blanks) {
+  std::string escaped;
+  while (!text.empty()) {
+    const std::size_t length = SequenceLength(text);
+    const char first = text.front();
+    const bool plain = length > 1 ||
+                       (length == 1 && first > ' ' && first != '%' && first != 0x7F) ||
+                       (first == ' ' && !blanks);
+    if (plain) {
+      escaped += text.substr(0, length);
+    } else {
+      AppendEscape(escaped, first);
+    }
+    text.remove_prefix(plain ? length : 1);
+  }
+  return escaped;
+}
+
+int DigitValue(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+  return -1;
+}
+
+bool Unescape(std::string_view text, std::string& plain) {
+  plain.clear();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      plain += text[i];
+      continue;
+    }
+    if (i + 2 >= text.size()) return false;
+    const int high = DigitValue(text[i + 1]);
+    const int low = DigitValue(text[i + 2]);
+    if (high < 0 || low < 0) return false;
+    plain += static_cast<char>(high * 16 + low);
+    i += 2;
+  }
+  return true;
+}
+
+template <typename Number>
+bool ReadNumber(std::string_view text, Number& number) {
+  if (text.empty()) return false;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+std::string FormatResolution(double resolution) {
+  std::array<char, 64> digits;
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), resolution);
+  return error == std::errc() ? std::string(digits.data(), end) : std::string("0");
+}
+
+bool IsPlainName(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
+         name.find('\0') == std::string_view::npos;
+}
+
+// The fields come in one order, so a reader needs no table of what it has seen.
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : m_Rest(text) {}
+
+  Expected<PageInfo> Read() {
+    PageInfo info;
+    if (ReadAll(info)) return info;
+    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Problem, EINVAL};
+  }
+
+ private:
+  bool ReadAll(PageInfo& info) {
+    if (!NextLine()) return false;
+    if (m_Text != Heading) return Fail("not a page info of this version");
+    return ReadText("job", info.job) && ReadText("printer", info.printer) &&
+           ReadText("mode", info.mode) && ReadPositive("page", info.page) &&
+           ReadPositive("width", info.width) && ReadPositive("height", info.height) &&
+           ReadResolution("x-resolution", info.xResolution) &&
+           ReadResolution("y-resolution", info.yResolution) && ReadPositive("bits", info.bits) &&
+           ReadColour(info.colour) && ReadPlanes(info.planes) && ReadFiles(info.files) &&
+           ReadEnd() && Check(info);
+  }
+
+  bool Fail(std::string problem) {
+    m_Problem = std::move(problem);
+    return false;
+  }
+
+  bool NextLine() {
+    ++m_Line;
+    const std::size_t end = m_Rest.find('\n');
+    if (end == std::string_view::npos) {
+      return Fail(m_Rest.empty() ? "the text ends here" : "no line feed at the end");
+    }
+    m_Text = m_Rest.substr(0, end);
+    m_Rest.remove_prefix(end + 1);
+    return true;
+  }
+
+  bool NextIs(std::string_view key) const {
+    return m_Rest.starts_with(key) && m_Rest.substr(key.size()).starts_with(": ");
+  }
+
+  bool NextValue(std::string_view key) {
+    const bool present = NextIs(key);
+    if (!NextLine()) return false;
+    if (!present) return Fail("\"" + std::string(key) + ": \" expected");
+    m_Text.remove_prefix(key.size() + 2);
+    return true;
+  }
+
+  bool ReadText(std::string_view key, std::string& text) {
+    return NextValue(key) && (Unescape(m_Text, text) || Fail("a bad escape"));
+  }
+
+  bool ReadPositive(std::string_view key, unsigned& number) {
+    if (!NextValue(key)) return false;
+    return (ReadNumber(m_Text, number) && number > 0) || Fail("not a number above 0");
+  }
+
+  bool ReadResolution(std::string_view key, double& number) {
+    if (!NextValue(key)) return false;
+    return (ReadNumber(m_Text, number) && std::isfinite(number) && number > 0) ||
+           Fail("not a resolution above 0");
+  }
+
+  bool ReadColour(PageColour& colour) {
+    if (!NextValue("colour")) return false;
+    for (const auto& [value, word] : ColourWords) {
+      if (m_Text == word) {
+        colour = value;
+        return true;
+      }
+    }
+    return Fail("an unknown colour model");
+  }
+
+  // A field up to the next blank; the rest of the line stays.
+  std::string_view TakeField() {
+    const std::size_t end = m_Text.find(' ');
+    const std::string_view field = m_Text.substr(0, end);
+    m_Text.remove_prefix(end == std::string_view::npos ? m_Text.size() : end + 1);
+    return field;
+  }
+
+  bool ReadPlanes(std::vector<PagePlane>& planes) {
+    do {
+      if (!NextValue("plane")) return false;
+      PagePlane plane;
+      if (!ReadNumber(TakeField(), plane.channel) || plane.channel >= ChannelLimit) {
+        return Fail("a bad channel");
+      }
+      if (!Unescape(TakeField(), plane.file)) return Fail("a bad escape");
+      if (!Unescape(m_Text, plane.name)) return Fail("a bad escape");
+      if (plane.name.empty()) return Fail("a plane without a name");
+      planes.push_back(std::move(plane));
+    } while (NextIs("plane"));
+    return true;
+  }
+
+  bool ReadFiles(std::vector<PageFile>& files) {
+    do {
+      if (!NextValue("file")) return false;
+      PageFile file;
+      if (!ReadNumber(TakeField(), file.bytes)) return Fail("a bad size");
+      file.sha256 = TakeField();
+      const bool hexadecimal =
+          file.sha256.find_first_not_of("0123456789abcdef") == std::string::npos;
+      if (file.sha256.size() != 64 || !hexadecimal) return Fail("a bad check sum");
+      if (!Unescape(m_Text, file.name)) return Fail("a bad escape");
+      if (!IsPlainName(file.name)) return Fail("not a plain file name");
+      files.push_back(std::move(file));
+    } while (NextIs("file"));
+    return true;
+  }
+
+  bool ReadEnd() {
+    if (!NextLine()) return false;
+    if (m_Text != "end") return Fail("\"end\" expected");
+    return m_Rest.empty() || Fail("text behind the end");
+  }
+
+  bool Check(const PageInfo& info) {
+    if (info.bits > 16) return Fail("more than 16 bits a sample");
+    const std::size_t planes = info.planes.size();
+    const bool counted = (info.colour == PageColour::Gray && planes == 1) ||
+                         (info.colour == PageColour::Rgb && planes == 3) ||
+                         (info.colour == PageColour::Cmyk && planes == 4) ||
+                         info.colour == PageColour::Separations;
+    if (!counted) return Fail("the number of planes does not fit the colour model");
+    for (const PagePlane& plane : info.planes) {
+      const bool listed = std::ranges::any_of(
+          info.files, [&](const PageFile& file) { return file.name == plane.file; });
+      if (!listed) return Fail("a plane lies in a file that is not listed: " + plane.file);
+    }
+    return true;
+  }
+
+  std::string_view m_Rest;
+  std::string_view m_Text;
+  unsigned m_Line = 0;
+  std::string m_Problem;
+};
+
+Failure Failed(const char* operation, const std::string& path) {
+  return Failure{operation, path, errno};
+}
+
+}  // namespace
+
+std::string FormatPageInfo(const PageInfo& info) {
+  std::string text(Heading);
+  const auto line = [&](std::string_view key, const std::string& value) {
+    text.append("\n").append(key).append(": ").append(value);
+  };
+  line("job", Escape(info.job, false));
+  line("printer", Escape(info.printer, false));
+  line("mode", Escape(info.mode, false));
+  line("page", std::to_string(info.page));
+  line("width", std::to_string(info.width));
+  line("height", std::to_string(info.height));
+  line("x-resolution", FormatResolution(info.xResolution));
+  line("y-resolution", FormatResolution(info.yResolution));
+  line("bits", std::to_string(info.bits));
+  for (const auto& [value, word] : ColourWords) {
+    if (info.colour == value) line("colour", std::string(word));
+  }
+  for (const PagePlane& plane : info.planes) {
+    line("plane", std::to_string(plane.channel) + " " + Escape(plane.file, true) + " " +
+                      Escape(plane.name, false));
+  }
+  for (const PageFile& file : info.files) {
+    line("file", std::to_string(file.bytes) + " " + file.sha256 + " " + Escape(file.name, false));
+  }
+  return text + "\nend\n";
+}
+
+Expected<PageInfo> ParsePageInfo(const std::string& text) { return Reader(text).Read(); }
+
+Expected<PageInfo> ReadPageInfo(const std::string& directory) {
+  const std::string path = directory + "/" + PageInfoName;
+  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat state {};
+  if (!file.IsOpen() || fstat(file.Get(), &state) != 0) return Failed("open", path);
+  if (!S_ISREG(state.st_mode)) return Failure{"read page info", path, EINVAL};
+  std::string text(SizeLimit + 1, '\0');
+  std::size_t filled = 0;
+  while (filled < text.size()) {
+    const ssize_t count = read(file.Get(), text.data() + filled, text.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Failed("read", path);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+  }
+  if (filled > SizeLimit) return Failure{"read page info", path, EFBIG};
+  text.resize(filled);
+  return ParsePageInfo(text);
+}
+
+}  // namespace rastrel::pages

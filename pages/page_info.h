@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "rastrel/platform/os/expected.h"
+
+/// The ".info" file of a page directory: what the RIP made and in which files it lies. The format
+/// is told in docs/formats/page-directory.md; this is its one reader and writer.
+namespace rastrel::pages {
+
+/// How a page's pixels are coloured.
+enum class PageColour { Gray, Rgb, Cmyk, Separations };
+
+/// One file of the page directory.
+struct PageFile {
+  std::string name;  ///< plain file name, no separator
+  std::uint64_t bytes = 0;
+  std::string sha256;  ///< 64 lower-case hexadecimal digits
+};
+
+/// One colour plane, in printing order.
+struct PagePlane {
+  std::string name;      ///< "Red", "Cyan", a spot colour's name; UTF-8, any character
+  std::string file;      ///< the file that holds it
+  unsigned channel = 0;  ///< which sample of each pixel of that file
+};
+
+struct PageInfo {
+  std::string job;      ///< the prefix's title; UTF-8, any character
+  std::string printer;  ///< the printer that the prefix selected, without its colon; may be empty
+  std::string mode;     ///< the print mode, "FOLDER/NAME"; may be empty
+  unsigned page = 1;    ///< counted from 1
+  unsigned width = 0;   ///< pixels
+  unsigned height = 0;  ///< pixels
+  double xResolution = 0;  ///< pixels per inch
+  double yResolution = 0;  ///< pixels per inch
+  unsigned bits = 8;       ///< of one sample
+  PageColour colour = PageColour::Rgb;
+  std::vector<PagePlane> planes;
+  std::vector<PageFile> files;
+};
+
+/// Name of the file in a page directory.
+inline constexpr const char* PageInfoName = ".info";
+
+/// The file's text.
+[[nodiscard]] std::string FormatPageInfo(const PageInfo& info);
+/// Reads such a text. The failure's subject says the line and what is wrong with it; error is
+/// EINVAL.
+[[nodiscard]] Expected<PageInfo> ParsePageInfo(const std::string& text);
+/// Reads the ".info" of a page directory, given by its native path, with or without closing slash.
+[[nodiscard]] Expected<PageInfo> ReadPageInfo(const std::string& directory);
+
+}  // namespace rastrel::pages

@@ -1,0 +1,91 @@
+#include "rastrel/conversion/dialogs/dialog.h"
+
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/translation.h"
+
+using namespace rastrel::host;
+
+namespace {
+
+// Enough to keep up, few enough to leave the face's loop its turn.
+constexpr std::size_t MessagesAtOnce = 64;
+
+}  // namespace
+
+CDialog::CDialog(const DialogResource& resource, CWnd* parent)
+    : m_Resource(resource), m_pParent(parent) {}
+
+CDialog::~CDialog() = default;
+
+int CDialog::DoModal() {
+  m_Ended = false;
+  m_Result = CancelCommand;
+  m_pFace = GetHost().GetDialogFaces().MakeFace(*this);
+  if (m_pFace != nullptr) {
+    OnInitDialog();
+    if (!m_Ended) m_pFace->RunModal();
+  }
+  m_pFace.reset();
+  m_Ended = true;
+  return m_Result;
+}
+
+void CDialog::EndDialog(int result) {
+  if (m_Ended) return;
+  m_Result = result;
+  m_Ended = true;
+}
+
+std::intptr_t CDialog::SendMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  const auto control = message == CommandMessage ? static_cast<int>(wParam) : 0;
+  for (const Message& entry : GetMessageMap())
+    if (entry.message == message && entry.control == control)
+      return entry.handler(*this, wParam, lParam);
+  if (message == CommandMessage && (control == OkCommand || control == CancelCommand))
+    EndDialog(control);
+  return 0;
+}
+
+std::span<const CDialog::Message> CDialog::GetMessageMap() const { return {}; }
+
+void CDialog::DoDataExchange(bool /*fromControls*/) {}
+
+bool CDialog::OnInitDialog() {
+  DoDataExchange(false);
+  return true;
+}
+
+const DialogResource& CDialog::GetResource() const { return m_Resource; }
+
+std::size_t CDialog::HandleMessages() {
+  std::size_t count = 0;
+  while (!m_Ended && count < MessagesAtOnce) {
+    const auto message = TakeMessage();
+    if (!message) break;
+    SendMessage(message->message, message->wParam, message->lParam);
+    ++count;
+  }
+  return count;
+}
+
+void CDialog::Command(int control) {
+  if (!m_Ended) SendMessage(CommandMessage, static_cast<std::uintptr_t>(control), 0);
+}
+
+void CDialog::SetText(int control, const std::wstring& text) {
+  if (m_pFace) m_pFace->SetText(control, text);
+}
+
+void CDialog::SetRange(int control, int lowest, int highest) {
+  if (m_pFace) m_pFace->SetRange(control, lowest, highest);
+}
+
+void CDialog::SetPosition(int control, int position) {
+  if (m_pFace) m_pFace->SetPosition(control, position);
+}
+
+void CDialog::TranslateDialog() {
+  SetText(TitleControl, TranslatedText(m_Resource.title));
+  for (const DialogControl& control : m_Resource.controls)
+    if (*control.text != L'\0') SetText(control.id, TranslatedText(control.text));
+}

@@ -1,0 +1,143 @@
+#include "rastrel/platform/standalone/data_root.h"
+
+#include <cerrno>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/file_lock.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/tree.h"
+#include "rastrel/platform/standalone/install_record.h"
+
+namespace rastrel::standalone {
+namespace {
+
+constexpr const wchar_t* Folders[] = {L"Queue/rip/System/pmodes", L"Queue/rip/System/c-out",
+                                      L"Queue/rip/CFM", L"drive_c/tmp", L"jobs"};
+constexpr const wchar_t* RecordName = L"Queue/.installed";
+constexpr std::uint64_t LargestRecord = std::uint64_t{16} << 20;
+// Folders below a shipped one that are followed. What ships is three deep.
+constexpr int DeepestFolder = 16;
+
+// Brings one root up to date. Keeps the first failure and goes on.
+class RootLayout {
+ public:
+  explicit RootLayout(const std::string& root) : m_Root(os::FromNative(root) + L"/") {}
+
+  Expected<void> Run() {
+    MakeFolder(L"");
+    const Expected<os::FileLock> lock = os::FileLock::Acquire(m_Root + L".lock");
+    if (!lock) Keep(lock.Error());
+    for (const wchar_t* folder : Folders) MakeFolder(folder);
+    // Without the lock another process may be in the middle of the same work.
+    if (lock) Install();
+    if (m_Failure) return *m_Failure;
+    return {};
+  }
+
+ private:
+  void Install() {
+    const std::wstring recordPath = m_Root + RecordName;
+    const Expected<std::string> text = os::ReadWholeFile(recordPath, LargestRecord);
+    if (text) m_Record = ParseInstallRecord(*text);
+    const InstallRecord before = m_Record;
+    InstallShipped(FindResources());
+    if (m_Record == before) return;
+    const Expected<void> written = os::ReplaceFile(recordPath, FormatInstallRecord(m_Record));
+    if (!written) Keep(written.Error());
+  }
+
+  void InstallShipped(const Resources& shipped) {
+    if (!shipped.programs.empty()) InstallPrograms(os::FromNative(shipped.programs) + L"/");
+    if (shipped.files.empty()) return;
+    const std::wstring files = os::FromNative(shipped.files) + L"/";
+    InstallFolder(files + L"rip/", L"Queue/rip/", 0);
+    InstallFolder(files + L"tmp/", L"drive_c/tmp/", 0);
+    if (os::Exists(files + L"devices.txt")) InstallFile(files + L"devices.txt", L"devices.txt");
+  }
+
+  void InstallPrograms(const std::wstring& source) {
+    const Expected<std::vector<std::wstring>> names = os::ListDirectory(source);
+    if (!names) return Keep(names.Error());
+    for (const std::wstring& name : *names) {
+      if (!name.ends_with(L".exe")) continue;
+      const bool queue = name == L"JobSpool.exe";
+      InstallFile(source + name, (queue ? L"Queue/" : L"Queue/rip/") + name);
+    }
+  }
+
+  void InstallFolder(const std::wstring& source, const std::wstring& target, int depth) {
+    if (!os::IsDirectory(source) || depth > DeepestFolder) return;
+    MakeFolder(target);
+    const Expected<std::vector<std::wstring>> names = os::ListDirectory(source);
+    if (!names) return Keep(names.Error());
+    for (const std::wstring& name : *names) {
+      if (os::IsDirectory(source + name)) {
+        InstallFolder(source + name + L"/", target + name + L"/", depth + 1);
+      } else {
+        InstallFile(source + name, target + name);
+      }
+    }
+  }
+
+  // Copies one file where there is none, or where what lies there is ours, untouched and of another
+  // version.
+  void InstallFile(const std::wstring& source, const std::wstring& target) {
+    const Expected<os::FileStamp> shipped = os::StampOf(source);
+    if (!shipped) return Keep(shipped.Error());
+    const std::wstring path = m_Root + target;
+    const std::string name = os::ToNative(path).substr(os::ToNative(m_Root).size());
+    const Expected<os::FileStamp> present = os::StampOf(path);
+    if (present) {
+      const auto recorded = m_Record.find(name);
+      const bool ours = recorded != m_Record.end() && recorded->second == *present;
+      if (!ours || *present == *shipped) return;
+    } else if (present.Error().error != ENOENT) {
+      return Keep(present.Error());
+    }
+    CopyWhole(source, path, name);
+  }
+
+  void CopyWhole(const std::wstring& source, const std::wstring& target, const std::string& name) {
+    // Beside the target, so that a program that runs is replaced and never written to.
+    const std::wstring temporary = target + L".new";
+    const Expected<void> copied = os::CopyFileOver(source, temporary);
+    if (!copied) return Keep(copied.Error());
+    if (!os::RenameFile(temporary, target)) {
+      Keep({"rename", os::ToNative(target), errno});
+      static_cast<void>(os::RemoveFile(temporary));
+      return;
+    }
+    const Expected<os::FileStamp> stamp = os::StampOf(target);
+    if (stamp) m_Record[name] = *stamp;
+  }
+
+  void MakeFolder(const std::wstring& folder) {
+    if (!os::MakePath(m_Root + folder)) Keep({"mkdir", os::ToNative(m_Root + folder), errno});
+  }
+
+  void Keep(const Failure& failure) {
+    if (!m_Failure) m_Failure = failure;
+  }
+
+  std::wstring m_Root;
+  InstallRecord m_Record;
+  std::optional<Failure> m_Failure;
+};
+
+}  // namespace
+
+Expected<void> LayOutDataRoot() { return RootLayout(os::DataRoot()).Run(); }
+
+void EnsureDataRoot() {
+  static std::mutex mutex;
+  static std::set<std::string>* const done = new std::set<std::string>;
+  const std::scoped_lock lock(mutex);
+  if (done->insert(os::DataRoot()).second) static_cast<void>(LayOutDataRoot());
+}
+
+}  // namespace rastrel::standalone

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "rastrel/platform/os/expected.h"
+
+/// The data root's layout, and how the programs and files that ship with the library get there.
+///
+///   settings.ini
+///   devices.txt                          where pages are delivered to
+///   Queue/JobSpool.exe                   the queue program
+///   Queue/rip/corerast.exe               the RIP
+///   Queue/rip/coreodalis.exe             the output engine
+///   Queue/rip/System/pmodes/             print modes, one folder a family
+///   Queue/rip/System/c-out/              pages being made
+///   Queue/rip/CFM/                       the spool
+///   drive_c/tmp/testpage.ps              the test page
+///   jobs/                                working copies of the command line's jobs
+namespace rastrel::standalone {
+
+/// Where the shipped programs (`libexec`) and files (`share`) were found: beside the library or
+/// program that asks, in an installed tree or a build tree alike, unless RASTREL_RESOURCES names
+/// another tree of the same shape. Empty texts if there are none. No closing separators.
+struct Resources {
+  std::string programs;  ///< native path; holds the three programs
+  std::string files;     ///< native path; holds rip/, tmp/ and devices.txt, laid out as in the root
+};
+[[nodiscard]] Resources FindResources();
+
+/// Lays the data root out: makes what is missing, and copies in programs and files that are
+/// missing or that an earlier version of the library put there. What a user changed or put in place
+/// of ours is left alone, told by the record `Queue/.installed` (one line a file: size, time,
+/// path). Safe against other processes that do the same. A failure tells the first thing that went
+/// wrong; the rest is still tried.
+[[nodiscard]] Expected<void> LayOutDataRoot();
+
+/// LayOutDataRoot once a process for each root. What can't be laid out shows where it is used, and
+/// in `rastrel doctor`, which lays the root out again and tells the failure. Any thread may call.
+void EnsureDataRoot();
+
+}  // namespace rastrel::standalone

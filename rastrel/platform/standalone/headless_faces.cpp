@@ -1,0 +1,46 @@
+#include "rastrel/platform/standalone/headless_faces.h"
+
+#include <array>
+
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/wait.h"
+
+namespace rastrel::standalone {
+
+namespace {
+
+constexpr int WithoutHandle = 100;  // milliseconds between two looks
+
+}  // namespace
+
+void HeadlessFace::SetText(int, const std::wstring&) {}
+
+void HeadlessFace::SetRange(int, int, int) {}
+
+void HeadlessFace::SetPosition(int, int) {}
+
+void HeadlessFace::RunModal() {
+  while (!m_Dialog.HasEnded()) {
+    // In this order: what works for the dialog posts its last message before it ends.
+    const bool mayEnd = m_Dialog.MayEndByItself();
+    if (m_Dialog.HandleMessages() > 0) continue;
+    if (!mayEnd) {
+      m_Dialog.Command(host::CancelCommand);
+      continue;
+    }
+    const std::array<HANDLE, 1> posted{m_Dialog.GetPostedHandle()};
+    const bool canWait = posted[0] != INVALID_HANDLE_VALUE;
+    static_cast<void>(os::WaitReadable(posted, canWait ? -1 : WithoutHandle));
+  }
+}
+
+std::unique_ptr<host::DialogFace> HeadlessFaces::MakeFace(host::DialogLogic& dialog) {
+  return std::make_unique<HeadlessFace>(dialog);
+}
+
+void HeadlessFaces::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
+  os::WriteToStandardError(os::Utf8FromWide(title + L": " + text + L"\n"));
+}
+
+}  // namespace rastrel::standalone

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include "rastrel/platform/host/host.h"
+
+/// The host of a program that has none: everything lives under the data root (platform/os/path.h).
+namespace rastrel::standalone {
+
+/// `settings.ini` of the data root: UTF-8, sections in brackets, `key = value`, lines that begin
+/// with ';' or '#' are comments and survive a write. Read at every call, so a change by another
+/// program counts at once; replaced as a whole, under a lock that other processes honour. Values
+/// are one line; a line end in one, or text that would not read back as it is, is refused.
+class IniSettings : public host::Settings {
+ public:
+  [[nodiscard]] std::optional<std::wstring> Read(const std::wstring& section,
+                                                 const std::wstring& key,
+                                                 DataStoreType store) override;
+  [[nodiscard]] bool Write(const std::wstring& section, const std::wstring& key,
+                           const std::wstring& value, DataStoreType store) override;
+};
+
+/// The data root's directories. There are no system directories on this platform.
+class DataRootDirectories : public host::Directories {
+ public:
+  [[nodiscard]] std::wstring BaseDirectory(path_type type) override;
+  [[nodiscard]] std::optional<std::wstring> WindowsDirectory() override;
+  [[nodiscard]] std::optional<std::wstring> SystemDirectory() override;
+  [[nodiscard]] std::optional<std::wstring> PrinterDriverDirectory() override;
+};
+
+/// English: the mark "(*v*)" is removed, the rest stands.
+class EnglishTranslation : public host::Translation {
+ public:
+  [[nodiscard]] std::optional<std::wstring> Translate(const std::wstring& text) override;
+};
+
+class StandaloneHost : public host::Host {
+ public:
+  [[nodiscard]] host::Settings& GetSettings() override { return m_Settings; }
+  [[nodiscard]] host::Directories& GetDirectories() override { return m_Directories; }
+  [[nodiscard]] host::Translation& GetTranslation() override { return m_Translation; }
+
+ private:
+  IniSettings m_Settings;
+  DataRootDirectories m_Directories;
+  EnglishTranslation m_Translation;
+};
+
+}  // namespace rastrel::standalone

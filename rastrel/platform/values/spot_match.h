@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+
+#include "rastrel/export.h"
+#include "rastrel/platform/mfc/string.h"
+#include "rastrel/platform/values/color.h"
+
+/// A spot colour of a placed file, which the host may match to one of its own.
+class RASTREL_API CSpotMatchItem {
+ public:
+  CSpotMatchItem() = default;
+
+  /// Keeps a copy.
+  void SetName(const CString& name);
+  /// The colour that the host shows and may change.
+  void SetColor(const CVKColor& color);
+  /// The colour as the file has it.
+  void SetOriginalColor(const CVKColor& color);
+
+  /// Valid as long as the item.
+  [[nodiscard]] const CString& GetName() const { return m_Name; }
+  [[nodiscard]] const CVKColor& GetColor() const { return m_Color; }
+  [[nodiscard]] const CVKColor& GetOriginalColor() const { return m_OriginalColor; }
+
+  bool operator==(const CSpotMatchItem&) const = default;
+
+ private:
+  CString m_Name;  // first: the host reads it at the item's start
+  CVKColor m_Color;
+  CVKColor m_OriginalColor;
+};
+
+/// The host's list of spot colours, in the order in which they were appended. References to items
+/// stay valid while more are appended.
+class RASTREL_API CSpotMatchList {
+ public:
+  using iterator = std::deque<CSpotMatchItem>::iterator;
+  using const_iterator = std::deque<CSpotMatchItem>::const_iterator;
+
+  /// An empty list.
+  CSpotMatchList();
+  CSpotMatchList(const CSpotMatchList&);
+  CSpotMatchList(CSpotMatchList&&) noexcept;
+  CSpotMatchList& operator=(const CSpotMatchList&);
+  CSpotMatchList& operator=(CSpotMatchList&&) noexcept;
+  ~CSpotMatchList();
+
+  /// Appends a copy of the item.
+  void push_back(const CSpotMatchItem& item);
+
+  /// The items, first to last, and how many there are.
+  [[nodiscard]] iterator begin() { return m_Items.begin(); }
+  [[nodiscard]] iterator end() { return m_Items.end(); }
+  [[nodiscard]] const_iterator begin() const { return m_Items.begin(); }
+  [[nodiscard]] const_iterator end() const { return m_Items.end(); }
+  [[nodiscard]] std::size_t size() const { return m_Items.size(); }
+  [[nodiscard]] bool empty() const { return m_Items.empty(); }
+
+ private:
+  std::deque<CSpotMatchItem> m_Items;
+};

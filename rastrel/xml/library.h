@@ -1,0 +1,37 @@
+#pragma once
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+
+#include <string>
+
+#include "rastrel/platform/os/expected.h"
+
+namespace rastrel::xml {
+
+/// The parser's functions, by the names that they have there less the prefix. They are bound when
+/// the first document is read: the library and what it needs in turn, 30 MB of tables of characters
+/// among it, would make every start of every program twice as long, and few of them read XML.
+struct XmlLibrary {
+  /// The one that is bound, or why it can't be had. Thread: any.
+  [[nodiscard]] static const Expected<XmlLibrary>& Instance();
+
+  decltype(&::xmlInitParser) InitParser = nullptr;
+  decltype(&::xmlCreatePushParserCtxt) CreatePushParserCtxt = nullptr;
+  decltype(&::xmlCtxtUseOptions) CtxtUseOptions = nullptr;
+  decltype(&::xmlParseChunk) ParseChunk = nullptr;
+  decltype(&::xmlStopParser) StopParser = nullptr;
+  decltype(&::xmlFreeParserCtxt) FreeParserCtxt = nullptr;
+  decltype(&::xmlBufUse) BufUse = nullptr;
+  decltype(&::xmlSetStructuredErrorFunc) SetStructuredErrorFunc = nullptr;
+  decltype(&::xmlSetGenericErrorFunc) SetGenericErrorFunc = nullptr;
+  // What a thread's functions for faults are; the header has macros of the plain names.
+  decltype(&::__xmlStructuredError) StructuredError = nullptr;
+  decltype(&::__xmlStructuredErrorContext) StructuredErrorContext = nullptr;
+  decltype(&::__xmlGenericError) GenericError = nullptr;
+  decltype(&::__xmlGenericErrorContext) GenericErrorContext = nullptr;
+};
+
+}  // namespace rastrel::xml

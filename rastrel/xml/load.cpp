@@ -1,0 +1,109 @@
+#include "rastrel/xml/load.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "rastrel/platform/os/text.h"
+#include "rastrel/xml/layer.h"
+#include "rastrel/xml/limits.h"
+#include "rastrel/xml/source.h"
+#include "rastrel/xml/tree.h"
+
+namespace rastrel::xml {
+namespace {
+
+// Keeps all of a document below its element.
+class Loader : public XmlEvents {
+ public:
+  explicit Loader(XmlDocument& document)
+      : m_Document(document), m_Builder(document.arena, /*keepBlanks=*/false) {}
+
+  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+             std::uint32_t line) override {
+    if (m_Builder.IsOpen()) return m_Builder.Start(name, attributes, line);
+    m_Root = m_Builder.Make(name, attributes, line, nullptr);
+    m_Builder.Open(m_Root);
+  }
+  void End() override { m_Builder.End(); }
+  void Text(std::string_view bytes) override { m_Builder.Text(bytes); }
+  void Cdata(std::string_view bytes) override { m_Builder.Cdata(bytes); }
+  // What stands around the document element is no part of it.
+  void Comment(std::string_view bytes) override {
+    if (m_Builder.IsOpen()) m_Builder.Comment(bytes);
+  }
+  void Instruction(const XmlName* target, std::string_view data) override {
+    if (m_Builder.IsOpen()) m_Builder.Instruction(target, data);
+  }
+  [[nodiscard]] std::optional<std::wstring> Refusal() const override {
+    const std::size_t size =
+        m_Document.arena.Size() + m_Document.names.Size() + m_Builder.Pending();
+    if (size <= limits::kDocumentBytes) return std::nullopt;
+    return L"the document takes more than " + std::to_wstring(limits::kDocumentBytes) +
+           L" bytes of memory";
+  }
+
+  [[nodiscard]] const XmlTreeNode* Root() const { return m_Root; }
+
+ private:
+  XmlDocument& m_Document;
+  XmlTreeBuilder m_Builder;
+  XmlTreeNode* m_Root = nullptr;
+};
+
+// The first place that holds no character of Unicode, if there is one.
+std::optional<XmlFailure> FindNoCharacter(std::wstring_view text) {
+  const auto bad = std::find_if(text.begin(), text.end(), [](wchar_t character) {
+    const auto value = static_cast<std::uint32_t>(character);
+    return value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF);
+  });
+  if (bad == text.end()) return std::nullopt;
+  const std::wstring_view before(text.begin(), bad);
+  const std::size_t line = before.rfind(L'\n');
+  const std::size_t column =
+      line == std::wstring_view::npos ? before.size() : before.size() - line - 1;
+  return XmlFailure{.line = 1 + static_cast<int>(std::count(before.begin(), before.end(), L'\n')),
+                    .column = 1 + static_cast<int>(column),
+                    .reason = L"the text holds half of a surrogate pair"};
+}
+
+}  // namespace
+
+XmlNode LoadXml(XmlSource& source, XmlEncoding encoding, std::optional<XmlFailure>& failure) {
+  auto document = std::make_unique<XmlDocument>();
+  Loader loader(*document);
+  failure = ParseXml(source, encoding, document->names, loader);
+  return failure ? XmlNode() : XmlNode(loader.Root(), document.release());
+}
+
+}  // namespace rastrel::xml
+
+namespace xml = rastrel::xml;
+namespace os = rastrel::os;
+
+XmlNode LoadXmlFile(std::wstring_view path) {
+  auto file = os::RandomAccessFile::Open(path);
+  std::optional<xml::XmlFailure> failure;
+  XmlNode root;
+  if (file) {
+    xml::XmlFileSource source(std::move(*file), path);
+    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
+  } else {
+    failure.emplace().reason = os::WideFromUtf8(Describe(file.Error()));
+  }
+  if (!failure) return root;
+  failure->path = path;
+  xml::ReportXmlFailure(*std::move(failure));
+  return {};
+}
+
+XmlNode LoadXmlString(std::wstring_view text) {
+  auto failure = xml::FindNoCharacter(text);
+  XmlNode root;
+  if (!failure) {
+    const std::string bytes = os::Utf8FromWide(text);
+    xml::XmlMemorySource source(bytes);
+    root = xml::LoadXml(source, xml::XmlEncoding::kUtf8, failure);
+  }
+  if (failure) xml::ReportXmlFailure(*std::move(failure));
+  return root;
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "rastrel/xml/arena.h"
+#include "rastrel/xml/elements.h"
+#include "rastrel/xml/names.h"
+#include "rastrel/xml/tree.h"
+
+namespace rastrel::xml {
+
+/// A prefix and the address of what it stands for. One address is one text.
+struct XmlBinding {
+  const char* prefix;  ///< null for the namespace of names without one
+  const char* uri;
+  bool operator==(const XmlBinding&) const = default;
+};
+
+/// What became of the bytes that a scanner was given.
+enum class XmlScan {
+  kTaken,       ///< there was an element, and it was taken whole
+  kEntered,     ///< there is a start, which was answered with kEnter
+  kRefused,     ///< there is a start, and the document is refused for it
+  kNotPlain,    ///< there is something else, or the element has something that is not plain
+  kIncomplete,  ///< the bytes end before that can be said
+};
+
+/// Reads elements that are written as programs write the rows of a table, at several times the
+/// speed of a parser: start and end tags with names of ASCII letters, attributes and text as they
+/// stand. What it takes is well-formed, and any parser (XML 1.0, Namespaces in XML 1.0) would tell
+/// the same of it. All else it leaves to the parser: references, carriage returns, declarations of
+/// namespaces, attributes of "xml" but for the usual "xml:space", line ends and tabs in attributes,
+/// CDATA sections, comments, instructions, whatever is wrong, and whatever is unusual enough that
+/// looking closer would not pay.
+///
+/// Bytes are UTF-8 from before an element, blanks in front of it included. One thread.
+class XmlPlainScanner {
+ public:
+  XmlPlainScanner(XmlNames& names, XmlElements& elements)
+      : m_Names(names), m_Elements(elements), m_KeepsBlanks(elements.KeepsBlanks()) {}
+
+  /// The namespaces that are declared where the next elements stand, the innermost last.
+  void SetScope(std::span<const XmlBinding> bindings);
+
+  /// Reads one element. `depth` is how many are open around it, `line` where the bytes begin. Nodes
+  /// point into the bytes.
+  [[nodiscard]] XmlScan Scan(std::string_view bytes, int depth, std::uint32_t line);
+
+  /// Behind what was read: the element with the blanks in front of it, or its start tag if it was
+  /// entered, or what of it comes before its closing bracket if it was refused.
+  [[nodiscard]] const char* End() const { return m_At; }
+  /// Its line.
+  [[nodiscard]] std::uint32_t Line() const { return m_Line; }
+  /// Whether there was nothing but ASCII in what was read since this was last asked.
+  [[nodiscard]] bool TakeIsAscii() { return std::exchange(m_IsAscii, true); }
+  /// The element's name if that could be read; else null.
+  [[nodiscard]] const XmlName* Name() const { return m_Name; }
+  /// Whether the element has been asked for, and is to be collected.
+  [[nodiscard]] bool IsWanted() const { return m_Builds; }
+
+ private:
+  // A name that may be used here.
+  struct Known {
+    const XmlName* name = nullptr;
+    bool isSpace = false;  // "xml:space", which is an attribute's name
+  };
+  enum class Step { kDone, kNotPlain, kIncomplete };
+  struct Level {
+    const XmlName* name;
+    XmlTreeNode* element;  // null where nothing is collected
+    XmlTreeNode* last;     // its last child; null without one
+  };
+
+  static constexpr std::size_t kKnown = 128;
+  static constexpr std::size_t kAttributes = 32;
+
+  bool SkipBlanks();
+  Step ReadName(Known& name);
+  [[nodiscard]] Known Learn(std::string_view bytes) const;
+  [[nodiscard]] bool IsInScope(std::string_view prefix) const;
+  Step ReadStart(const XmlName*& name, bool& isEmpty);
+  Step ReadAttributes(bool& isEmpty);
+  Step ReadAttribute();
+  Step ReadValue(std::string_view& value);
+  [[nodiscard]] bool Repeats(const XmlName& name) const;
+  Step ReadContent();
+  Step ReadText(std::string_view& text);
+  Step ReadEnd(const XmlName& name);
+  Step ReadChild();
+  XmlTreeNode* MakeElement(const XmlName* name);
+  void AddText(std::string_view text);
+  void Join(XmlTreeNode* node);
+
+  XmlNames& m_Names;
+  XmlElements& m_Elements;
+  bool m_KeepsBlanks;
+  std::vector<XmlBinding> m_Bindings;
+  bool m_HasSynonyms = false;  // two prefixes of one namespace
+  std::array<Known, kKnown> m_Known{};
+
+  const char* m_At = nullptr;
+  const char* m_End = nullptr;
+  const char* m_TagEnd =
+      nullptr;  // where a start tag's last bracket stands, or the slash before it
+  std::uint32_t m_Line = 1;
+  bool m_IsAscii = true;
+  int m_Depth = 0;
+  const XmlName* m_Name = nullptr;
+  bool m_Builds = false;
+  std::array<XmlTreeAttribute, kAttributes> m_Attributes{};
+  std::size_t m_AttributeCount = 0;
+  std::vector<Level> m_Open;
+  XmlArena m_Arena;
+};
+
+}  // namespace rastrel::xml

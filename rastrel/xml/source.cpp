@@ -1,0 +1,48 @@
+#include "rastrel/xml/source.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::xml {
+
+Expected<std::size_t> XmlFileSource::Read(std::span<char> bytes) {
+  long count = m_File.ReadAt(m_Offset, bytes);
+  while (count == 0 && !bytes.empty()) {
+    const os::Growth growth = m_File.AwaitGrowth(m_Offset);
+    if (growth == os::Growth::Whole) break;
+    if (growth == os::Growth::Failed)
+      return Failure{.what = "read", .where = os::ToNative(m_Path), .error = EIO};
+    count = m_File.ReadAt(m_Offset, bytes);
+  }
+  if (count < 0) return Failure{.what = "read", .where = os::ToNative(m_Path), .error = errno};
+  m_Offset += static_cast<std::uint64_t>(count);
+  return static_cast<std::size_t>(count);
+}
+
+Expected<std::size_t> XmlMemorySource::Read(std::span<char> bytes) {
+  const std::string_view piece = m_Bytes.substr(0, bytes.size());
+  std::copy(piece.begin(), piece.end(), bytes.begin());
+  m_Bytes.remove_prefix(piece.size());
+  return piece.size();
+}
+
+bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events,
+                  XmlElements* elements) {
+  auto file = os::RandomAccessFile::Open(path);
+  if (!file) {
+    ReportXmlFailure(
+        {.path = std::wstring(path), .reason = os::WideFromUtf8(Describe(file.Error()))});
+    return false;
+  }
+  XmlFileSource source(std::move(*file), path);
+  auto failure = ParseXml(source, XmlEncoding::kByDocument, names, events, elements);
+  if (!failure) return true;
+  failure->path = path;
+  ReportXmlFailure(*std::move(failure));
+  return false;
+}
+
+}  // namespace rastrel::xml

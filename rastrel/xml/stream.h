@@ -1,0 +1,55 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "rastrel/xml/elements.h"
+#include "rastrel/xml/node.h"
+
+/// Documents that are too large to be held: the parser hands on what it has read, and only the
+/// parts that are asked for become nodes. Same strictness, same nodes, same functions as
+/// xml_layer.h.
+namespace rastrel::xml {
+
+/// Receives a document. Called on the thread that reads.
+class XmlStreamHandler {
+ public:
+  XmlStreamHandler() = default;
+  XmlStreamHandler(const XmlStreamHandler&) = delete;
+  XmlStreamHandler& operator=(const XmlStreamHandler&) = delete;
+  virtual ~XmlStreamHandler();
+
+  /// An element begins. `start` has its name and attributes, no children, and is valid during the
+  /// call, as `baseName` is. `depth` is 0 for the document element.
+  virtual StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) = 0;
+  /// An element that was answered with kNode is complete. Valid during the call only: its memory is
+  /// used for the next.
+  virtual void Node(const XmlNode& node) = 0;
+  /// An element that was answered with kEnter ends.
+  virtual void End(std::wstring_view baseName, int depth) = 0;
+
+  /// Why the handler wants no more of the document; empty as long as it does.
+  [[nodiscard]] const std::optional<std::wstring>& Refusal() const { return m_Refusal; }
+
+ protected:
+  /// Ends the reading after the present call. The document counts as refused, for this reason (one
+  /// sentence without a full stop), which goes the way of all refusals. The first reason counts.
+  void Refuse(std::wstring reason) {
+    if (!m_Refusal) m_Refusal = std::move(reason);
+  }
+
+ private:
+  std::optional<std::wstring> m_Refusal;
+};
+
+/// What becomes of texts of blanks alone below a kNode element. Neither is a child of its parent;
+/// kept ones are seen by RawTextBytes (xml_walk.h) alone.
+enum class XmlBlanks { kDrop, kKeep };
+
+/// Reads a file by library path. True if all of it was read and is a document. False if it can't be
+/// read or is refused, also in its last line: what was handed over till then is then void.
+[[nodiscard]] bool StreamXmlFile(std::wstring_view path, XmlStreamHandler& handler,
+                                 XmlBlanks blanks = XmlBlanks::kDrop);
+
+}  // namespace rastrel::xml

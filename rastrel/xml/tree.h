@@ -1,0 +1,121 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rastrel/xml/arena.h"
+#include "rastrel/xml/names.h"
+
+/// The tree behind XmlNode: for the layer's own sources. Made for speed: all of a document lies in
+/// one arena in the order of reading, texts in UTF-8, names kept once.
+namespace rastrel::xml {
+
+enum class XmlKind : std::uint8_t { kElement, kText, kCdata, kComment, kInstruction };
+
+/// One attribute of an element.
+struct XmlTreeAttribute {
+  const XmlName* name;
+  const char* value;
+  std::uint32_t length;
+  bool declaresNamespace;  ///< xmlns or xmlns:prefix
+
+  [[nodiscard]] std::string_view Value() const { return {value, length}; }
+};
+
+/// One node. An element's attributes follow it directly.
+struct XmlTreeNode {
+  const XmlTreeNode* parent;  ///< null for the document element
+  XmlTreeNode* next;          ///< of the same parent
+  union {
+    XmlTreeNode* child;   ///< an element's first one
+    const char* content;  ///< any other's text; an instruction's data
+  };
+  const XmlName* name;   ///< of an element or instruction; else null
+  std::uint32_t length;  ///< of the content in bytes, or how many attributes
+  XmlKind kind : 7;
+  bool blank : 1;           ///< a text of blanks alone, kept on demand and no child of its parent
+  std::uint32_t line : 24;  ///< of an element: where its start tag ends, from 1; else 0
+
+  [[nodiscard]] std::string_view Content() const { return {content, length}; }
+  [[nodiscard]] std::span<const XmlTreeAttribute> Attributes() const {
+    return {reinterpret_cast<const XmlTreeAttribute*>(this + 1), length};
+  }
+};
+static_assert(sizeof(XmlTreeNode) % alignof(XmlTreeAttribute) == 0);
+/// The last line that a node can name; those behind it count as this one.
+inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
+
+/// A loaded document. Counted by its nodes' handles.
+struct XmlDocument {
+  std::atomic<std::size_t> handles = 0;
+  XmlNames names;
+  XmlArena arena;
+};
+
+/// An attribute as the parser tells it. The value is valid during the call only.
+struct XmlStartAttribute {
+  const XmlName* name;
+  std::string_view value;
+  bool declaresNamespace;
+};
+
+/// Blank, tab, carriage return or line feed.
+[[nodiscard]] constexpr bool IsXmlBlank(char byte) {
+  return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+/// The text without blanks at both ends.
+[[nodiscard]] std::string_view TrimBlanks(std::string_view text);
+
+/// Builds the nodes below one element in an arena.
+class XmlTreeBuilder {
+ public:
+  XmlTreeBuilder(XmlArena& arena, bool keepBlanks) : m_Arena(arena), m_KeepBlanks(keepBlanks) {}
+
+  /// Makes an element without joining it to anything but its parent.
+  [[nodiscard]] XmlTreeNode* Make(const XmlName* name,
+                                  std::span<const XmlStartAttribute> attributes, std::uint32_t line,
+                                  const XmlTreeNode* parent);
+  /// From here on everything is a part of `root`. REQUIRES: no element is open.
+  void Open(XmlTreeNode* root);
+  /// An element begins in the one that is open.
+  void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
+             std::uint32_t line);
+  /// The element that is open ends. True if it was the root.
+  bool End();
+  /// A piece of text; what follows directly belongs to it.
+  void Text(std::string_view bytes);
+  void Cdata(std::string_view bytes);
+  void Comment(std::string_view bytes);
+  void Instruction(const XmlName* target, std::string_view data);
+
+  /// Whether an element is open.
+  [[nodiscard]] bool IsOpen() const { return !m_Open.empty(); }
+  /// Bytes of text that are still to become a node.
+  [[nodiscard]] std::size_t Pending() const { return m_Text.size(); }
+
+ private:
+  struct Level {
+    XmlTreeNode* element;
+    XmlTreeNode* last;  // its last child; null without one
+  };
+  void Flush() {
+    if (m_OnePiece != nullptr || !m_Text.empty()) EndText();
+  }
+  void EndText();
+  XmlTreeNode* AddContent(XmlKind kind, const XmlName* name, std::string_view content,
+                          bool blank = false);
+  void Join(XmlTreeNode* node);
+
+  XmlArena& m_Arena;
+  bool m_KeepBlanks;
+  std::vector<Level> m_Open;
+  XmlTreeNode* m_OnePiece = nullptr;  // holds the first piece of the text that is being read
+  std::string m_Text;                 // all of it, if there is more, or if it begins with a blank
+};
+
+}  // namespace rastrel::xml
