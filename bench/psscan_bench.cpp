@@ -121,9 +121,9 @@ void Spots(Parser parser) {
 
 const std::string Head = "%!PS-Adobe-3.0\n%%BoundingBox: (atend)\n%%Pages: 1\n%%EndComments\n";
 const std::string Tail = "%%Trailer\n%%BoundingBox: 10 20 300 400\n%%EOF\n";
-const std::string ColourHead =
+const std::string ColorHead =
     "%!PS-Adobe-3.0\n%%BoundingBox: (atend)\n%%DocumentCustomColors: (A)\n";
-const std::string ColourTail = "%%CMYKCustomColor: 0 1 0 0 (A)\n%%EndComments\nshowpage\n";
+const std::string ColorTail = "%%CMYKCustomColor: 0 1 0 0 (A)\n%%EndComments\nshowpage\n";
 
 void CompareScans(const rastrel::test::ScratchDirectory& scratch) {
   struct Scan {
@@ -143,7 +143,7 @@ void CompareScans(const rastrel::test::ScratchDirectory& scratch) {
       {"GetBoundsAndStrings, no colours, 1 GiB", Head, "", Tail,
        [](const Path& path) -> Work { return [path] { Strings(ParserOf(path)); }; },
        [](const Path& path) -> Work { return [path] { Strings(LiteralPsScans(path)); }; }, 1.0},
-      {"LoadSpotMatchItems, header of 1 GiB", ColourHead, "%", ColourTail,
+      {"LoadSpotMatchItems, header of 1 GiB", ColorHead, "%", ColorTail,
        [](const Path& path) -> Work { return [path] { Spots(ParserOf(path)); }; },
        [](const Path& path) -> Work { return [path] { Spots(LiteralPsScans(path)); }; }, 1.2}};
   const std::string whole = scratch.Path("whole.ps");
@@ -190,7 +190,7 @@ void CompareDocument([[maybe_unused]] const rastrel::test::ScratchDirectory& scr
   const Peer peer{"libspectre loading it", [&] { LoadBySpectre(path); }, 0.3};
   Compare("GetBounds, 200 MB of pages", [&] { Bounds(ParserOf(path)); }, {peer});
   Compare("GetBoundsAndStrings, 200 MB of pages", [&] { Strings(ParserOf(path)); }, {peer});
-  WriteFile(path, DocumentSize, ColourHead, Lines("%"), ColourTail);
+  WriteFile(path, DocumentSize, ColorHead, Lines("%"), ColorTail);
   Compare("LoadSpotMatchItems, header of 200 MB", [&] { Spots(ParserOf(path)); }, {peer});
 #else
   std::printf("libspectre is not installed: no comparison with it\n");
@@ -254,7 +254,7 @@ int TellPeak(const std::string& path) {
 void ComparePeaks(const rastrel::test::ScratchDirectory& scratch) {
   const std::string large = scratch.Path("whole.ps");
   const std::string small = scratch.Path("one.ps");
-  WriteFile(small, 1, ColourHead, Lines("%"), ColourTail);
+  WriteFile(small, 1, ColorHead, Lines("%"), ColorTail);
   const double ours = AddedBy(large);
   const double peer = AddedBy(small);
   const std::string peak = "peak memory that the scans add, 1 GiB";

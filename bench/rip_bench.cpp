@@ -1,4 +1,4 @@
-// The RIP child against bare Ghostscript on the same page, and what a cutter colour costs it. Every
+// The RIP child against bare Ghostscript on the same page, and what a cutter color costs it. Every
 // call is a whole process from its start to its end, and the wall clock counts: the two programs of
 // the RIP work side by side, and a user waits for the page and not for processors. Their processor
 // time is printed as well, without a limit.
@@ -56,9 +56,9 @@ std::string FullPage() {
 }
 
 // Each stroke is written out, as drawing programs do.
-std::string StrokePage(const std::string& colour) {
-  std::string job = "%!PS\n<< /PageSize [595 842] >> setpagedevice\n" + colour +
-                    " setrgbcolor 0.5 setlinewidth\n";
+std::string StrokePage(const std::string& color) {
+  std::string job =
+      "%!PS\n<< /PageSize [595 842] >> setpagedevice\n" + color + " setrgbcolor 0.5 setlinewidth\n";
   for (int i = 0; i < Strokes; ++i) {
     job += std::to_string(i % 590) + " " + std::to_string(i % 830) + " moveto 5 5 rlineto stroke\n";
   }

@@ -13,7 +13,7 @@ namespace {
 constexpr double ChannelScale = 255.0;
 constexpr std::string_view HeaderBegin = "%#Velumark Header";
 constexpr std::string_view HeaderEnd = "%#End Job";
-constexpr std::size_t MostOfHeader = 65536;  // bytes
+constexpr std::size_t MaximumOfHeader = 65536;  // bytes
 
 }  // namespace
 
@@ -69,7 +69,7 @@ ConversionSettings ReadConversionSettings(const Invocation& invocation) {
 
 std::string HeaderOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::string head(MostOfHeader, '\0');
+  std::string head(MaximumOfHeader, '\0');
   file.read(head.data(), static_cast<std::streamsize>(head.size()));
   head.resize(static_cast<std::size_t>(file.gcount()));
   const std::size_t last = head.find(HeaderEnd);

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool TerminalShowsColour() {
+bool TerminalShowsColor() {
   return os::IsTerminal(os::StandardHandle(os::StandardStream::Output)) &&
          os::EnvironmentValue("NO_COLOR").empty() && os::EnvironmentValue("TERM") != "dumb";
 }
@@ -107,7 +107,7 @@ ExitStatus InspectCommand(const Invocation& invocation) {
   const bool table = invocation.Has(OptionId::Tsv);
   if (json && table)
     throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
-  const bool colour = !json && !table && TerminalShowsColour();
+  const bool color = !json && !table && TerminalShowsColor();
   ExitStatus status = ExitStatus::Done;
   if (table) WriteOut(InspectionTableHead());
   for (const std::string& operand : invocation.operands)
@@ -117,7 +117,7 @@ ExitStatus InspectCommand(const Invocation& invocation) {
         if (invocation.Has(OptionId::Painted)) AddPainted(inspection);
         WriteOut(json    ? InspectionObject(inspection)
                  : table ? InspectionRow(inspection)
-                         : InspectionLine(inspection, colour));
+                         : InspectionLine(inspection, color));
       } catch (const CommandError& error) {
         WriteError("rastrel: " + file + ": " + error.what() + "\n");
         if (status != ExitStatus::BadInput) status = error.Status();

@@ -48,7 +48,7 @@ void TakeNames(std::string_view text, int numbers, std::vector<SpotName>& names)
   }
 }
 
-// Reads the colour comments of the whole file, but for those of documents inside it.
+// Reads the color comments of the whole file, but for those of documents inside it.
 class CommentReader {
  public:
   explicit CommentReader(CommentNames& names) : m_Names(names) {}

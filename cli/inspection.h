@@ -20,14 +20,14 @@ struct FileSection {
   std::uint32_t length = 0;  ///< 0 if there is none
 };
 
-/// A spot colour's name.
+/// A spot color's name.
 struct SpotName {
   std::string name;        ///< as the interface gives it; UTF-8
   std::string postScript;  ///< with its escapes read as PostScript reads them, in octal; UTF-8
   bool operator==(const SpotName&) const = default;
 };
 
-/// A spot colour with the values that the file gives for it.
+/// A spot color with the values that the file gives for it.
 struct InspectedSpot {
   SpotName name;
   CVKColor color;

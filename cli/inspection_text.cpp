@@ -37,14 +37,14 @@ std::string NameText(const SpotName& name) {
 
 bool IsCmyk(const CVKColor& color) { return color.GetColorSpace() == COLORSPACE_CMYK; }
 
-std::string ColourText(const CVKColor& color) {
+std::string ColorText(const CVKColor& color) {
   std::string text = IsCmyk(color) ? "CMYK" : "RGB";
   for (std::size_t index = 0; index < (IsCmyk(color) ? 4U : 3U); ++index)
     text += " " + Number(color.GetComponents().at(index));
   return text;
 }
 
-// Two blanks on the colour, as far as a screen shows it.
+// Two blanks on the color, as far as a screen shows it.
 std::string Swatch(const CVKColor& color) {
   const std::array<double, 4>& values = color.GetComponents();
   std::string text = "\x1b[48;2";
@@ -85,14 +85,14 @@ std::string PaintedText(const PaintedReport& report) {
   return text;
 }
 
-std::string SpotsText(const Inspection& inspection, bool colour) {
+std::string SpotsText(const Inspection& inspection, bool color) {
   std::string text;
   if (!inspection.names.empty())
     text += "; colours: " + OneLine(Joined(inspection.names, ", ", NameText));
   if (!inspection.spots.empty())
-    text += "; spots: " + Joined(inspection.spots, ", ", [colour](const InspectedSpot& spot) {
-              return (colour ? Swatch(spot.color) : std::string()) + OneLine(NameText(spot.name)) +
-                     " " + ColourText(spot.color);
+    text += "; spots: " + Joined(inspection.spots, ", ", [color](const InspectedSpot& spot) {
+              return (color ? Swatch(spot.color) : std::string()) + OneLine(NameText(spot.name)) +
+                     " " + ColorText(spot.color);
             });
   if (!inspection.undefined.empty())
     text += "; not defined: " + OneLine(Joined(inspection.undefined, ", ", NameText));
@@ -126,7 +126,7 @@ nlohmann::ordered_json SpotList(const std::vector<InspectedSpot>& spots) {
 
 }  // namespace
 
-std::string InspectionLine(const Inspection& inspection, bool colour) {
+std::string InspectionLine(const Inspection& inspection, bool color) {
   std::string text = inspection.path + ": " + KindWord(inspection.kind) + " (" + inspection.reason;
   if (inspection.kind == FileKind::DosEps)
     text += SectionText("PostScript", inspection.postScript) +
@@ -140,7 +140,7 @@ std::string InspectionLine(const Inspection& inspection, bool colour) {
   } else {
     text += "; no bounds";
   }
-  text += SpotsText(inspection, colour);
+  text += SpotsText(inspection, color);
   if (inspection.painted) text += OneLine(PaintedText(*inspection.painted));
   return text + "\n";
 }
@@ -166,7 +166,7 @@ std::string InspectionRow(const Inspection& inspection) {
   fields.push_back(inspection.bounds ? Joined(CentimetresOf(*inspection.bounds), " ", Number) : "");
   fields.push_back(Joined(inspection.names, " | ", NameText));
   fields.push_back(Joined(inspection.spots, " | ", [](const InspectedSpot& spot) {
-    return NameText(spot.name) + " = " + ColourText(spot.color);
+    return NameText(spot.name) + " = " + ColorText(spot.color);
   }));
   fields.push_back(Joined(inspection.undefined, " | ", NameText));
   const PaintedReport report = inspection.painted.value_or(PaintedReport());

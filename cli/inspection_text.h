@@ -8,8 +8,8 @@
 /// end; control characters in texts are blanks in the first two.
 namespace rastrel::cli {
 
-/// For a person. `colour` paints a swatch before each spot colour, for a terminal that shows it.
-[[nodiscard]] std::string InspectionLine(const Inspection& inspection, bool colour);
+/// For a person. `color` paints a swatch before each spot color, for a terminal that shows it.
+[[nodiscard]] std::string InspectionLine(const Inspection& inspection, bool color);
 
 /// A row of the table of docs/formats/inspect.md, and the row with the columns' names.
 [[nodiscard]] std::string InspectionRow(const Inspection& inspection);

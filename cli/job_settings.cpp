@@ -17,10 +17,10 @@ namespace rastrel::cli {
 namespace {
 
 constexpr double LeastGamma = 0.01;
-constexpr double MostGamma = 100.0;
-constexpr double ByteScale = 255.0;         // what users give, and what most records hold
-constexpr double PreviewInkScale = 1000.0;  // CMYK in a preview's record
-constexpr std::size_t MostLetters = 100;    // of a name
+constexpr double MaximumGamma = 100.0;
+constexpr double ByteScale = 255.0;          // what users give, and what most records hold
+constexpr double PreviewInkScale = 1000.0;   // CMYK in a preview's record
+constexpr std::size_t MaximumLetters = 100;  // of a name
 
 bool IsLetter(char character) {
   return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
@@ -30,7 +30,7 @@ bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 // A target's name becomes a part of a PostScript name, with nothing around it.
 bool IsTargetName(std::string_view text) {
-  return !text.empty() && text.size() <= MostLetters && IsLetter(text.front()) &&
+  return !text.empty() && text.size() <= MaximumLetters && IsLetter(text.front()) &&
          std::ranges::all_of(text, [](char character) {
            return IsLetter(character) || IsDigit(character) || character == '-' ||
                   character == '_' || character == '.';
@@ -110,7 +110,7 @@ CLevelsData ParseLevels(std::string_view option, std::string_view text) {
   };
   CLevelsData levels;
   levels.Low = number(0, 0.0, ByteScale, "low end from 0 to 255");
-  levels.Gamma = number(1, LeastGamma, MostGamma, "gamma from 0.01 to 100");
+  levels.Gamma = number(1, LeastGamma, MaximumGamma, "gamma from 0.01 to 100");
   levels.High = number(2, 0.0, ByteScale, "high end from 0 to 255");
   return levels;
 }

@@ -11,7 +11,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::int32_t MostCopies = 100'000;
+constexpr std::int32_t MaximumCopies = 100'000;
 
 std::optional<std::int32_t> NumberOf(std::string_view text, std::int32_t highest) {
   std::int32_t number = 0;
@@ -56,10 +56,10 @@ std::deque<std::int32_t> ParsePages(std::string_view list) {
 }
 
 std::int32_t ParseCopies(std::string_view text) {
-  if (const auto copies = NumberOf(text, MostCopies)) return *copies;
-  throw CommandError(
-      ExitStatus::WrongUse,
-      "--copies " + std::string(text) + ": not a number from 1 to " + std::to_string(MostCopies));
+  if (const auto copies = NumberOf(text, MaximumCopies)) return *copies;
+  throw CommandError(ExitStatus::WrongUse, "--copies " + std::string(text) +
+                                               ": not a number from 1 to " +
+                                               std::to_string(MaximumCopies));
 }
 
 }  // namespace rastrel::cli

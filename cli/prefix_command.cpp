@@ -23,7 +23,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::uint64_t MostBytes = std::uint64_t{16} << 20;
+constexpr std::uint64_t MaximumBytes = std::uint64_t{16} << 20;
 constexpr char EndOfJob = '\x04';
 
 void RefusePreviewOptions(const Invocation& invocation) {
@@ -61,7 +61,7 @@ std::string BytesOf(CJobTicket& ticket, const JobDirectory& directory) {
   if (prefix->Generate() != 0)
     throw CommandError(ExitStatus::JobFailed,
                        "the prefix can't be written in '" + directory.Path() + "'");
-  auto bytes = os::ReadWholeFile(prefix->GetPrefixPath(), MostBytes);
+  auto bytes = os::ReadWholeFile(prefix->GetPrefixPath(), MaximumBytes);
   if (!bytes)
     throw CommandError(ExitStatus::JobFailed,
                        "the prefix can't be read: " + Describe(bytes.Error()));

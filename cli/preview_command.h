@@ -6,7 +6,7 @@ namespace rastrel::cli {
 
 struct Invocation;
 
-/// `rastrel preview FILE -o out.tif`: makes a picture of each page, or of each colour plane,
+/// `rastrel preview FILE -o out.tif`: makes a picture of each page, or of each color plane,
 /// through the host's preview ticket. Throws CommandError.
 [[nodiscard]] ExitStatus PreviewCommand(const Invocation& invocation);
 

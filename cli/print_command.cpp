@@ -26,7 +26,7 @@ struct PrintRequest {
   std::vector<InputFile> inputs;
   std::string printer;
   PrintMode mode;
-  CJobData settings;  ///< scale, levels and cut colour only
+  CJobData settings;  ///< scale, levels and cut color only
   std::int32_t copies = 1;
   std::deque<std::int32_t> pages;
   bool spool = false;

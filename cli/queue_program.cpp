@@ -12,7 +12,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::uint64_t MostOfLog = std::uint64_t{64} << 20;
+constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
 
 }  // namespace
 
@@ -27,7 +27,7 @@ void CheckQueueProgram() {
 std::string LastErrorOfQueue() {
   const std::string name =
       RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
-  const auto log = os::ReadWholeFile(os::FromNative(name), MostOfLog);
+  const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
   if (!log) return {};
   // Behind the head of an entry: the time, then the thread's number in brackets.
   const std::string mark = "]ERROR: ";

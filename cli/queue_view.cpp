@@ -1,7 +1,7 @@
 #include "cli/queue_view.h"
 
 #include "cli/exit_status.h"
-#include "rastrel/platform/standalone/window_faces.h"
+#include "rastrel/platform/standalone/window_views.h"
 
 namespace rastrel::cli {
 namespace {
@@ -13,20 +13,20 @@ void PostCancel(CQProgressDlg& dialog) {
 }  // namespace
 
 void QueueView::UseWindow() {
-  const auto faces = host::LoadWindowFaces();
-  if (!faces)
+  const auto views = host::LoadWindowViews();
+  if (!views)
     throw CommandError(ExitStatus::NotInstalled,
-                       "--window: no window can be shown: " + Describe(faces.Error()));
-  m_Faces = *faces;
+                       "--window: no window can be shown: " + Describe(views.Error()));
+  m_Views = *views;
 }
 
 int QueueView::Show(CQProgressDlg& dialog) {
-  const FacesHost host(*m_Faces);
+  const ViewsHost host(*m_Views);
   SetDialog(&dialog);
   const int result = dialog.DoModal();
   SetDialog(nullptr);
   // The terminal gives a dialog up by itself when only a person could end it; a window never does.
-  m_Cancelled = m_Faces != &m_Terminal && dialog.IsCancelled();
+  m_Cancelled = m_Views != &m_Terminal && dialog.IsCancelled();
   return result;
 }
 

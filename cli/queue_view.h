@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "cli/terminal_faces.h"
+#include "cli/terminal_views.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 
 namespace rastrel::cli {
@@ -30,8 +30,8 @@ class QueueView {
  private:
   void SetDialog(CQProgressDlg* dialog);
 
-  TerminalFaces m_Terminal;
-  host::DialogFaces* m_Faces = &m_Terminal;
+  TerminalViews m_Terminal;
+  host::DialogViews* m_Views = &m_Terminal;
   bool m_Cancelled = false;
   std::mutex m_Mutex;
   CQProgressDlg* m_Dialog = nullptr;  // on show; guarded

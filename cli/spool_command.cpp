@@ -33,12 +33,12 @@ std::string Resolution(double value) {
   return error == std::errc() ? std::string(text.data(), end) : "?";
 }
 
-const char* ColourWord(pages::PageColour colour) {
-  switch (colour) {
-    case pages::PageColour::Gray: return "gray";
-    case pages::PageColour::Rgb: return "RGB";
-    case pages::PageColour::Cmyk: return "CMYK";
-    case pages::PageColour::Separations: return "separations";
+const char* ColorWord(pages::PageColor color) {
+  switch (color) {
+    case pages::PageColor::Gray: return "gray";
+    case pages::PageColor::Rgb: return "RGB";
+    case pages::PageColor::Cmyk: return "CMYK";
+    case pages::PageColor::Separations: return "separations";
   }
   return "";
 }
@@ -56,7 +56,7 @@ std::string PageText(const SpoolPage& page) {
   return "page " + std::to_string(info.page) + "\t" + std::to_string(info.width) + " x " +
          std::to_string(info.height) + " pixels\t" + Resolution(info.xResolution) + " x " +
          Resolution(info.yResolution) + " dpi\t" + std::to_string(info.bits) + " bits " +
-         ColourWord(info.colour) + " (" + PlaneNames(info) + ")\t" + std::to_string(page.bytes) +
+         ColorWord(info.color) + " (" + PlaneNames(info) + ")\t" + std::to_string(page.bytes) +
          " bytes\t" + info.printer + "\t" + info.mode + "\n";
 }
 
@@ -70,7 +70,7 @@ std::string PageLine(const SpoolEntry& entry, const SpoolPage& page) {
   line.Add("page", info.page).Add("path", entry.directory + "/" + page.title);
   line.Add("width", info.width).Add("height", info.height);
   line.AddNumber("x-resolution", info.xResolution).AddNumber("y-resolution", info.yResolution);
-  line.Add("bits", info.bits).Add("colour", ColourWord(info.colour));
+  line.Add("bits", info.bits).Add("colour", ColorWord(info.color));
   std::vector<std::string> planes;
   for (const pages::PagePlane& plane : info.planes) planes.push_back(plane.name);
   line.Add("planes", planes).Add("bytes", static_cast<std::int64_t>(page.bytes));

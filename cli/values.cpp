@@ -10,10 +10,10 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr double MostCentimetres = 100'000.0;  // a kilometre
-constexpr double MostOfByte = 255.0;
-constexpr int MostDpi = 4800;
-constexpr std::size_t MostLetters = 100;  // of a name
+constexpr double MaximumCentimetres = 100'000.0;  // a kilometre
+constexpr double MaximumOfByte = 255.0;
+constexpr int MaximumDpi = 4800;
+constexpr std::size_t MaximumLetters = 100;  // of a name
 
 struct Unit {
   const char* name;
@@ -25,7 +25,7 @@ constexpr std::array Units{Unit{"cm", 1.0}, Unit{"mm", 0.1}, Unit{"in", 2.54}};
 double Centimetres(std::string_view option, std::string_view number, const Unit& unit,
                    std::string_view text) {
   const auto length = NumberOf(number);
-  if (!length || *length <= 0.0 || *length * unit.centimetres > MostCentimetres)
+  if (!length || *length <= 0.0 || *length * unit.centimetres > MaximumCentimetres)
     RefuseValue(option, text,
                 "'" + std::string(number) + "' is no length above 0 and up to a kilometre");
   return *length * unit.centimetres;
@@ -34,7 +34,7 @@ double Centimetres(std::string_view option, std::string_view number, const Unit&
 double Component(std::string_view option, std::string_view part, std::string_view text) {
   const bool percentage = part.ends_with('%');
   const auto number = NumberOf(percentage ? part.substr(0, part.size() - 1) : part);
-  const double most = percentage ? 100.0 : MostOfByte;
+  const double most = percentage ? 100.0 : MaximumOfByte;
   if (!number || *number < 0.0 || *number > most)
     RefuseValue(option, text,
                 "'" + std::string(part) + "' is neither a number from 0 to 255 nor a percentage");
@@ -77,7 +77,7 @@ std::int32_t WholeNumberOf(std::string_view option, std::string_view text, std::
   return number;
 }
 
-std::int32_t ParseDpi(std::string_view text) { return WholeNumberOf("--dpi", text, 1, MostDpi); }
+std::int32_t ParseDpi(std::string_view text) { return WholeNumberOf("--dpi", text, 1, MaximumDpi); }
 
 Size ParseSize(std::string_view option, std::string_view text) {
   const auto unit =
@@ -108,11 +108,11 @@ void CheckSpotName(std::string_view option, std::string_view name, std::string_v
     return static_cast<unsigned char>(character) < 32 || character == 127 || character == '(' ||
            character == ')' || character == '\\';
   });
-  if (breaks || name.size() > MostLetters)
+  if (breaks || name.size() > MaximumLetters)
     RefuseValue(option, text,
                 "a spot colour's name holds no parentheses, backslashes or control characters, "
                 "and at most " +
-                    std::to_string(MostLetters) + " bytes");
+                    std::to_string(MaximumLetters) + " bytes");
 }
 
 }  // namespace rastrel::cli

@@ -34,7 +34,7 @@ struct Size {
 /// A size with its unit, "10x5in", "25.4x12.7cm", "254x127mm".
 [[nodiscard]] Size ParseSize(std::string_view option, std::string_view text);
 
-/// So many components of a colour, each from 0 to 255 or a percentage; as parts of 1.
+/// So many components of a color, each from 0 to 255 or a percentage; as parts of 1.
 [[nodiscard]] std::vector<double> ParseComponents(std::string_view option, std::string_view list,
                                                   std::size_t count, std::string_view text);
 

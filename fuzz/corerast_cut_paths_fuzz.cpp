@@ -1,5 +1,5 @@
 // The reports of cut paths against any text, and the file that is made of them. A line of the input
-// is a report: "C..." sets a colour, "B" and "E" begin and end a page, any other is a piece of
+// is a report: "C..." sets a color, "B" and "E" begin and end a page, any other is a piece of
 // paths.
 
 #include <cstddef>

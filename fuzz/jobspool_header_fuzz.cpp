@@ -31,7 +31,7 @@ void CheckValues(const JobHeader& header) {
   for (const CutLine& line : header.cutLines) {
     for (const double value : line.values) Require(value >= 0 && value <= 1);
     Require((line.kind == CutLine::Kind::Separation) != line.name.empty());
-    Require(!ColourText(line).empty());
+    Require(!ColorText(line).empty());
   }
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr std::string_view SeparationWord = "separation ";
-constexpr std::size_t MostColours = 10000;  // of a run; a prefix sets one
+constexpr std::size_t MaximumColors = 10000;  // of a run; a prefix sets one
 
 // With four decimals at most: a point's ten-thousandth is far below any cutter's step.
 std::string Number(double value) {
@@ -162,17 +162,17 @@ class PageClips {
 
 struct PathHead {
   double width = 0;
-  std::size_t colour = 0;
+  std::size_t color = 0;
 };
 
-// Takes line width and the colour's number off a path's text.
+// Takes line width and the color's number off a path's text.
 std::optional<PathHead> ReadHead(std::string_view& text) {
   PathHead head;
   const auto width = ReadNumber(NextWord(text));
-  const auto colour = ReadNumber(NextWord(text));
-  if (!width || !colour || *colour < 0 || *colour > MostColours) return {};
+  const auto color = ReadNumber(NextWord(text));
+  if (!width || !color || *color < 0 || *color > MaximumColors) return {};
   head.width = *width;
-  head.colour = static_cast<std::size_t>(*colour);
+  head.color = static_cast<std::size_t>(*color);
   return head;
 }
 
@@ -199,9 +199,9 @@ void CutPaths::EndPage() {
   }
 }
 
-void CutPaths::TakeColour(const std::string& text) {
+void CutPaths::TakeColor(const std::string& text) {
   m_Set = !text.empty();
-  if (m_Set && m_Colours.size() <= MostColours) m_Colours.push_back(text);
+  if (m_Set && m_Colors.size() <= MaximumColors) m_Colors.push_back(text);
 }
 
 // A path, clip or mark of a failure begins.
@@ -242,14 +242,14 @@ void CutPaths::TakePiece(std::string_view piece) {
 }
 
 bool CutPaths::Add(const Report& report) {
-  if (report.key == "CUTTER") TakeColour(report.value);
+  if (report.key == "CUTTER") TakeColor(report.value);
   if (report.key == "CUT") TakePiece(report.value);
   return m_Bytes <= Limit && m_Clip.size() <= Limit;
 }
 
 bool CutPaths::TakesSeparation(std::string_view name) const {
-  return std::ranges::any_of(m_Colours, [&](std::string_view colour) {
-    return colour.starts_with(SeparationWord) && colour.substr(SeparationWord.size()) == name;
+  return std::ranges::any_of(m_Colors, [&](std::string_view color) {
+    return color.starts_with(SeparationWord) && color.substr(SeparationWord.size()) == name;
   });
 }
 
@@ -267,12 +267,12 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
   for (const Path& path : page.paths) {
     std::string_view text = path.text;
     const auto head = ReadHead(text);
-    if (!head || head->colour >= m_Colours.size()) continue;
+    if (!head || head->color >= m_Colors.size()) continue;
     SegmentWriter writer(info);
     ClipJudge judge(clips.Shape(path.clip));
     if (!writer.Add(text, &judge) || writer.Lines().empty()) continue;
     blocks += "path\nkind: " + std::string(KindWord(path.kind)) +
-              "\ncolour: " + Escape(m_Colours[head->colour]) +
+              "\ncolour: " + Escape(m_Colors[head->color]) +
               "\nline-width: " + Number(head->width * scale) +
               "\nclip: " + clips.Word(judge.Position(), path.clip) +
               "\nclosed: " + writer.Closed() + "\n" + writer.Lines() + "end-path\n";

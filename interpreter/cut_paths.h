@@ -26,9 +26,9 @@ class CutPaths {
   /// Takes a report. Those of other things are passed over. False if the limit was passed.
   [[nodiscard]] bool Add(const Report& report);
 
-  /// Whether that ended page gets the file: a cut colour is set, or was for a path of it.
+  /// Whether that ended page gets the file: a cut color is set, or was for a path of it.
   [[nodiscard]] bool Wanted(unsigned page) const { return m_Set || m_Pages.contains(page); }
-  /// Whether that separation, by its name, is a cut colour.
+  /// Whether that separation, by its name, is a cut color.
   [[nodiscard]] bool TakesSeparation(std::string_view name) const;
   /// The file's text for an ended page, whose number, size and resolution are in `info`. Forgets
   /// the page's paths.
@@ -37,7 +37,7 @@ class CutPaths {
  private:
   struct Path {
     char kind = 'S';
-    std::string text;      // line width, colour's number, segments "m 1 2 l 3 4 h"; in pixels from
+    std::string text;      // line width, color's number, segments "m 1 2 l 3 4 h"; in pixels from
                            // the top left
     std::size_t clip = 0;  // index of the page's clips
   };
@@ -47,14 +47,14 @@ class CutPaths {
     std::uint64_t bytes = 0;
   };
 
-  void TakeColour(const std::string& text);
+  void TakeColor(const std::string& text);
   void TakePiece(std::string_view piece);
   void Begin(char letter);
   void Append(std::string_view text);
   void Grow(std::uint64_t bytes);
 
-  bool m_Set = false;                  // a cut colour is
-  std::vector<std::string> m_Colours;  // all that were set, by their number in the reports
+  bool m_Set = false;                 // a cut color is
+  std::vector<std::string> m_Colors;  // all that were set, by their number in the reports
   Page m_Present;
   char m_Open = 0;     // what still grows: 'P' the last path, 'K' the clip, 0 nothing
   std::string m_Clip;  // segments of the clip in force

@@ -19,7 +19,7 @@ struct InterpreterRequest {
   std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes
   std::string word;          ///< the secret word of the run's reports
   JobKind kind = JobKind::PostScript;
-  bool cutter = false;  ///< the prefix may set a cut colour
+  bool cutter = false;  ///< the prefix may set a cut color
   /// The job is a picture: its first page counts, a last page that it leaves open is put out, EPS
   /// is not cropped, and PDF has its crop box for a page.
   bool picture = false;

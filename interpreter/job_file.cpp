@@ -55,8 +55,8 @@ std::variant<OpenFile, RunFailure> Open(const char* what, const std::string& pat
   return opened;
 }
 
-// Whether a line ends in a colour space's name and one of the operators that take a cut colour.
-bool SetsCutColour(std::string_view prefix) {
+// Whether a line ends in a color space's name and one of the operators that take a cut color.
+bool SetsCutColor(std::string_view prefix) {
   for (const std::string_view space : {"/DeviceRGB", "/DeviceCMYK", "/DeviceGray", "/Separation"}) {
     for (const std::string_view name : {" $setcutter", " $stripcontour"}) {
       if (prefix.find(std::string(space).append(name)) != prefix.npos) return true;
@@ -97,7 +97,7 @@ std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path) {
   if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
   os::FileDescriptor& file = std::get<OpenFile>(opened).file;
   const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
-  return PrefixFile{std::move(file), FindTitle(head), SetsCutColour(head)};
+  return PrefixFile{std::move(file), FindTitle(head), SetsCutColor(head)};
 }
 
 }  // namespace rastrel::interpreter

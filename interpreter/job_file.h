@@ -19,7 +19,7 @@ struct JobFile {
 struct PrefixFile {
   os::FileDescriptor file;
   std::string title;    ///< of its "%%Title:" line; may be empty
-  bool cutter = false;  ///< it has a line that sets a cut colour
+  bool cutter = false;  ///< it has a line that sets a cut color
 };
 
 /// Opens a job and finds out what it holds from `start` on; offsets count from the file's

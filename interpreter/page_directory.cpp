@@ -135,7 +135,7 @@ Expected<void> PageDirectory::Finish(const RunDescription& run) {
   pages::PageInfo info = DescribePage(run, m_Page);
   info.width = m_Size.width;
   info.height = m_Size.height;
-  info.colour = m_Size.channels == 1 ? pages::PageColour::Gray : pages::PageColour::Rgb;
+  info.color = m_Size.channels == 1 ? pages::PageColor::Gray : pages::PageColor::Rgb;
   static constexpr std::array RgbNames{"Red", "Green", "Blue"};
   for (unsigned channel = 0; channel < m_Size.channels; ++channel) {
     info.planes.push_back(

@@ -15,8 +15,8 @@ namespace {
 constexpr unsigned SamplesPerSide = 4;  // of a cell, in either direction
 
 unsigned Scaled(unsigned side, unsigned longest) {
-  if (longest <= Preview::LongestSide) return side;
-  const std::uint64_t scaled = std::uint64_t{side} * Preview::LongestSide / longest;
+  if (longest <= Preview::MaximumSide) return side;
+  const std::uint64_t scaled = std::uint64_t{side} * Preview::MaximumSide / longest;
   return std::max(1U, static_cast<unsigned>(scaled));
 }
 

@@ -16,7 +16,7 @@ namespace rastrel::interpreter {
 /// samples of its cell.
 class Preview {
  public:
-  static constexpr unsigned LongestSide = 256;
+  static constexpr unsigned MaximumSide = 256;
 
   explicit Preview(const PageSize& page);
 

@@ -26,7 +26,7 @@ class RipRun : private PageReceiver {
     RunDescription description;
     JobFile job;
     os::FileDescriptor prefix;  ///< may be closed: none
-    bool cutter = false;        ///< the prefix sets a cut colour
+    bool cutter = false;        ///< the prefix sets a cut color
     bool picture = false;       ///< only the first page counts, ended by the job or not
     bool measure = false;       ///< nothing is drawn: Box() is what is wanted; with `picture`
     Settings settings;

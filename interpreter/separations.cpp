@@ -29,9 +29,9 @@ constexpr std::size_t PlaneLimit = 64;
 constexpr std::string_view Extension = ".tif";
 
 struct PlaneFile {
-  std::string name;    // of the colour
+  std::string name;    // of the color
   std::string source;  // file name in the work directory
-  std::size_t rank;    // process colours by their order, all others behind
+  std::size_t rank;    // process colors by their order, all others behind
 };
 
 struct TiffCloser {
@@ -222,7 +222,7 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
                                   unsigned page, const RunDescription& run,
                                   std::uint64_t pixelLimit) {
   std::vector<PlaneFile> planes = FindPlanes(workDirectory, page);
-  // The interpreter makes a plane for every separation that a page names; that of the cut colour
+  // The interpreter makes a plane for every separation that a page names; that of the cut color
   // holds nothing, since its paths were taken out.
   std::erase_if(planes, [&](const PlaneFile& plane) {
     return run.cuts != nullptr && plane.rank >= ProcessNames.size() &&
@@ -234,8 +234,8 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
   const std::string directory = runDirectory + "/" + PageName(page);
   if (mkdir(directory.c_str(), 0777) != 0) return Failure{"mkdir", directory, errno};
   pages::PageInfo info = DescribePage(run, page);
-  info.colour = planes.size() > ProcessNames.size() ? pages::PageColour::Separations
-                                                    : pages::PageColour::Cmyk;
+  info.color =
+      planes.size() > ProcessNames.size() ? pages::PageColor::Separations : pages::PageColor::Cmyk;
   for (const PlaneFile& plane : planes) {
     const auto taken = TakePlane(plane, run, workDirectory, directory, info);
     if (!taken) return taken.Error();

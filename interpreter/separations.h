@@ -5,7 +5,7 @@
 
 #include "interpreter/page_directory.h"
 
-/// Pages in CMYK and spot colours. The interpreter writes a file a plane and one of all planes
+/// Pages in CMYK and spot colors. The interpreter writes a file a plane and one of all planes
 /// together into the run's work directory; from these come page directories.
 namespace rastrel::interpreter {
 
@@ -18,7 +18,7 @@ namespace rastrel::interpreter {
 [[nodiscard]] std::string PlaneName(const std::string& fileName);
 
 /// Makes the page's directory: a TIFF file a plane with 8 bits, 255 for no ink; "preview.png";
-/// ".info". The process colours come first, then the others by name. REQUIRES: HasSeparations, and
+/// ".info". The process colors come first, then the others by name. REQUIRES: HasSeparations, and
 /// the interpreter is done with the page. Fails with EFBIG if the page has more than `pixelLimit`
 /// pixels.
 [[nodiscard]] Expected<void> MakeSeparationPage(const std::string& workDirectory,

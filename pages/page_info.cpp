@@ -21,11 +21,11 @@ constexpr std::string_view Heading = "Rastrel page 1";
 constexpr std::size_t SizeLimit = std::size_t{1} << 20;
 constexpr unsigned ChannelLimit = 64;
 
-constexpr std::array<std::pair<PageColour, std::string_view>, 4> ColourWords = {{
-    {PageColour::Gray, "gray"},
-    {PageColour::Rgb, "rgb"},
-    {PageColour::Cmyk, "cmyk"},
-    {PageColour::Separations, "separations"},
+constexpr std::array<std::pair<PageColor, std::string_view>, 4> ColorWords = {{
+    {PageColor::Gray, "gray"},
+    {PageColor::Rgb, "rgb"},
+    {PageColor::Cmyk, "cmyk"},
+    {PageColor::Separations, "separations"},
 }};
 
 // Length of the well-formed UTF-8 sequence that the text begins with, or 0.
@@ -136,8 +136,8 @@ class Reader {
            ReadPositive("width", info.width) && ReadPositive("height", info.height) &&
            ReadResolution("x-resolution", info.xResolution) &&
            ReadResolution("y-resolution", info.yResolution) && ReadPositive("bits", info.bits) &&
-           ReadColour(info.colour) && ReadPlanes(info.planes) && ReadFiles(info.files) &&
-           ReadEnd() && Check(info);
+           ReadColor(info.color) && ReadPlanes(info.planes) && ReadFiles(info.files) && ReadEnd() &&
+           Check(info);
   }
 
   bool Fail(std::string problem) {
@@ -183,11 +183,11 @@ class Reader {
            Fail("not a resolution above 0");
   }
 
-  bool ReadColour(PageColour& colour) {
+  bool ReadColor(PageColor& color) {
     if (!NextValue("colour")) return false;
-    for (const auto& [value, word] : ColourWords) {
+    for (const auto& [value, word] : ColorWords) {
       if (m_Text == word) {
-        colour = value;
+        color = value;
         return true;
       }
     }
@@ -242,10 +242,10 @@ class Reader {
   bool Check(const PageInfo& info) {
     if (info.bits > 16) return Fail("more than 16 bits a sample");
     const std::size_t planes = info.planes.size();
-    const bool counted = (info.colour == PageColour::Gray && planes == 1) ||
-                         (info.colour == PageColour::Rgb && planes == 3) ||
-                         (info.colour == PageColour::Cmyk && planes == 4) ||
-                         info.colour == PageColour::Separations;
+    const bool counted = (info.color == PageColor::Gray && planes == 1) ||
+                         (info.color == PageColor::Rgb && planes == 3) ||
+                         (info.color == PageColor::Cmyk && planes == 4) ||
+                         info.color == PageColor::Separations;
     if (!counted) return Fail("the number of planes does not fit the colour model");
     for (const PagePlane& plane : info.planes) {
       const bool listed = std::ranges::any_of(
@@ -281,8 +281,8 @@ std::string FormatPageInfo(const PageInfo& info) {
   line("x-resolution", FormatResolution(info.xResolution));
   line("y-resolution", FormatResolution(info.yResolution));
   line("bits", std::to_string(info.bits));
-  for (const auto& [value, word] : ColourWords) {
-    if (info.colour == value) line("colour", std::string(word));
+  for (const auto& [value, word] : ColorWords) {
+    if (info.color == value) line("colour", std::string(word));
   }
   for (const PagePlane& plane : info.planes) {
     line("plane", std::to_string(plane.channel) + " " + Escape(plane.file, true) + " " +

@@ -10,8 +10,8 @@
 /// is told in docs/formats/page-directory.md; this is its one reader and writer.
 namespace rastrel::pages {
 
-/// How a page's pixels are coloured.
-enum class PageColour { Gray, Rgb, Cmyk, Separations };
+/// How a page's pixels are colored.
+enum class PageColor { Gray, Rgb, Cmyk, Separations };
 
 /// One file of the page directory.
 struct PageFile {
@@ -20,9 +20,9 @@ struct PageFile {
   std::string sha256;  ///< 64 lower-case hexadecimal digits
 };
 
-/// One colour plane, in printing order.
+/// One color plane, in printing order.
 struct PagePlane {
-  std::string name;      ///< "Red", "Cyan", a spot colour's name; UTF-8, any character
+  std::string name;      ///< "Red", "Cyan", a spot color's name; UTF-8, any character
   std::string file;      ///< the file that holds it
   unsigned channel = 0;  ///< which sample of each pixel of that file
 };
@@ -37,7 +37,7 @@ struct PageInfo {
   double xResolution = 0;  ///< pixels per inch
   double yResolution = 0;  ///< pixels per inch
   unsigned bits = 8;       ///< of one sample
-  PageColour colour = PageColour::Rgb;
+  PageColor color = PageColor::Rgb;
   std::vector<PagePlane> planes;
   std::vector<PageFile> files;
 };

@@ -40,7 +40,7 @@
 #include "rastrel/platform/mfc/string.h"
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/mfc/window.h"
-#include "rastrel/platform/standalone/window_faces.h"
+#include "rastrel/platform/standalone/window_views.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"

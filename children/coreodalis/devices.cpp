@@ -10,7 +10,7 @@ namespace rastrel::odalis {
 namespace {
 
 constexpr std::string_view Blanks = " \t\r\v\f";
-constexpr unsigned LongestTimeout = 7 * 24 * 60 * 60;
+constexpr unsigned MaximumTimeout = 7 * 24 * 60 * 60;
 
 std::string_view Trim(std::string_view text) {
   const std::size_t first = text.find_first_not_of(Blanks);
@@ -157,9 +157,9 @@ Attempt<Success> TakeTimeout(const Section& section, Device& device) {
   if (!value) return Success{};
   const char* end = value->text.data() + value->text.size();
   const auto [stop, error] = std::from_chars(value->text.data(), end, device.timeoutSeconds);
-  if (error != std::errc() || stop != end || device.timeoutSeconds > LongestTimeout) {
+  if (error != std::errc() || stop != end || device.timeoutSeconds > MaximumTimeout) {
     return AtLine(value->line, Quoted(value->text) + " is no number of seconds from 0 to " +
-                                   std::to_string(LongestTimeout));
+                                   std::to_string(MaximumTimeout));
   }
   return Success{};
 }

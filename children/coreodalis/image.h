@@ -13,7 +13,7 @@
 namespace rastrel::odalis {
 
 /// What the samples of a pixel mean.
-enum class ColourModel {
+enum class ColorModel {
   Gray,  ///< one sample, 0 is black
   Rgb,   ///< red, green, blue; 0 is none of the light
   Cmyk,  ///< cyan, magenta, yellow, black; 255 is no ink
@@ -26,7 +26,7 @@ struct ImageShape {
   unsigned height = 0;
   double xResolution = 0;  ///< pixels per inch
   double yResolution = 0;  ///< pixels per inch
-  ColourModel model = ColourModel::Gray;
+  ColorModel model = ColorModel::Gray;
   std::vector<std::string> planes;  ///< a name each, UTF-8; their number is the samples of a pixel
 
   [[nodiscard]] std::size_t RowBytes() const { return std::size_t{width} * planes.size(); }

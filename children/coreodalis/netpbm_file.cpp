@@ -13,7 +13,7 @@ namespace rastrel::odalis {
 namespace {
 
 constexpr std::size_t BlockBytes = 1u << 18;
-constexpr std::size_t LongestHeader = 4096;
+constexpr std::size_t MaximumHeader = 4096;
 
 bool IsBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
 
@@ -70,7 +70,7 @@ class NetpbmFile final : public PixelFile {
 
   /// The next byte of the header.
   std::optional<char> TakeByte() {
-    if (m_HeaderBytes >= LongestHeader || (m_At == m_Filled && !Fill())) return std::nullopt;
+    if (m_HeaderBytes >= MaximumHeader || (m_At == m_Filled && !Fill())) return std::nullopt;
     ++m_HeaderBytes;
     return m_Block[m_At++];
   }
@@ -88,7 +88,7 @@ class NetpbmFile final : public PixelFile {
     bool any = false;
     for (; byte && *byte >= '0' && *byte <= '9'; byte = TakeByte()) {
       number = number * 10 + static_cast<unsigned>(*byte - '0');
-      if (number > LongestSide) return std::nullopt;
+      if (number > MaximumSide) return std::nullopt;
       any = true;
     }
     if (!any || !byte || !IsBlank(*byte)) return std::nullopt;

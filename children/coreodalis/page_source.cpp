@@ -9,7 +9,7 @@
 namespace rastrel::odalis {
 namespace {
 
-constexpr std::size_t MostPlanes = 64;
+constexpr std::size_t MaximumPlanes = 64;
 constexpr double HighestResolution = 100'000;
 constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
 
@@ -18,21 +18,21 @@ bool AreProcessInks(const std::vector<std::string>& planes) {
   return std::equal(planes.begin(), planes.end(), ProcessInks.begin(), ProcessInks.end());
 }
 
-Attempt<ColourModel> ModelOf(const pages::PageInfo& info, const std::vector<std::string>& planes) {
+Attempt<ColorModel> ModelOf(const pages::PageInfo& info, const std::vector<std::string>& planes) {
   const std::size_t count = planes.size();
-  switch (info.colour) {
-    case pages::PageColour::Gray:
-      if (count == 1) return ColourModel::Gray;
+  switch (info.color) {
+    case pages::PageColor::Gray:
+      if (count == 1) return ColorModel::Gray;
       break;
-    case pages::PageColour::Rgb:
-      if (count == 3) return ColourModel::Rgb;
+    case pages::PageColor::Rgb:
+      if (count == 3) return ColorModel::Rgb;
       break;
-    case pages::PageColour::Cmyk:
-      if (count == 4) return ColourModel::Cmyk;
+    case pages::PageColor::Cmyk:
+      if (count == 4) return ColorModel::Cmyk;
       break;
-    case pages::PageColour::Separations:
-      if (count == 0 || count > MostPlanes) break;
-      return AreProcessInks(planes) ? ColourModel::Cmyk : ColourModel::Inks;
+    case pages::PageColor::Separations:
+      if (count == 0 || count > MaximumPlanes) break;
+      return AreProcessInks(planes) ? ColorModel::Cmyk : ColorModel::Inks;
   }
   return Problem{"the page's description has " + std::to_string(count) +
                  " planes, which its colour can't have"};
@@ -47,8 +47,8 @@ Attempt<ImageShape> ShapeOf(const pages::PageInfo& info) {
     return Problem{"the page has " + std::to_string(info.bits) +
                    " bits a sample; 8 can be printed"};
   }
-  if (info.width == 0 || info.height == 0 || info.width > LongestSide ||
-      info.height > LongestSide) {
+  if (info.width == 0 || info.height == 0 || info.width > MaximumSide ||
+      info.height > MaximumSide) {
     return Problem{"a page of " + std::to_string(info.width) + " by " +
                    std::to_string(info.height) + " pixels can't be printed"};
   }

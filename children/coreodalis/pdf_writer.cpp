@@ -15,13 +15,13 @@
 namespace rastrel::odalis {
 namespace {
 
-constexpr double LongestSidePoints = 14400;
+constexpr double MaximumSidePoints = 14400;
 constexpr std::size_t BlockBytes = 1u << 16;
 constexpr int FastCompression = 3;
 constexpr std::size_t InksOfOldVersions = 8;  // version 1.4 and before
-constexpr std::size_t MostInks = 32;
-constexpr std::size_t LongestInkName = 100;
-constexpr std::size_t MostOffset = 9'999'999'999u;  // ten digits in the table of offsets
+constexpr std::size_t MaximumInks = 32;
+constexpr std::size_t MaximumInkName = 100;
+constexpr std::size_t MaximumOffset = 9'999'999'999u;  // ten digits in the table of offsets
 
 /// A number as the format wants it: no exponent, no locale, at most four digits behind the point.
 std::string Number(double value) {
@@ -34,7 +34,7 @@ std::string Number(double value) {
   return text;
 }
 
-/// Inks that a viewer without them shows in their own colour; all others it shows as black.
+/// Inks that a viewer without them shows in their own color; all others it shows as black.
 constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
 constexpr std::size_t BlackInk = 3;
 
@@ -63,7 +63,7 @@ std::string InkArray(const std::vector<std::string>& inks) {
   std::string array = "[";
   for (const std::string& ink : inks) {
     // A zero byte can't stand in a name.
-    const std::string first = ink.substr(0, std::min(ink.find('\0'), LongestInkName));
+    const std::string first = ink.substr(0, std::min(ink.find('\0'), MaximumInkName));
     std::string unique = first;
     for (unsigned i = 2; !taken.insert(unique).second; ++i) {
       unique = first + "_" + std::to_string(i);
@@ -112,7 +112,7 @@ class PdfWriter final : public ImageWriter {
     const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
     const double height = m_Shape.height * 72.0 / m_Shape.yResolution;
     // Rounded up to what the file will say, so that the page keeps its size.
-    const double least = std::max({1.0, width / LongestSidePoints, height / LongestSidePoints});
+    const double least = std::max({1.0, width / MaximumSidePoints, height / MaximumSidePoints});
     const double unit = std::ceil(least * 1e4) / 1e4;
     const bool isNewer = unit > 1 || m_Shape.planes.size() > InksOfOldVersions;
     Put(isNewer ? "%PDF-1.6\n" : "%PDF-1.4\n");
@@ -129,7 +129,7 @@ class PdfWriter final : public ImageWriter {
               "\nendstream");
     m_Offsets.push_back(m_Written);
     Put("5 0 obj\n<< /Type /XObject /Subtype /Image /Width " + std::to_string(m_Shape.width) +
-        " /Height " + std::to_string(m_Shape.height) + " /ColorSpace " + ColourSpace() +
+        " /Height " + std::to_string(m_Shape.height) + " /ColorSpace " + ColorSpace() +
         " /BitsPerComponent 8 /Filter /FlateDecode /Length 6 0 R >>\nstream\n");
     m_StreamStart = m_Written;
     return State();
@@ -137,7 +137,7 @@ class PdfWriter final : public ImageWriter {
 
   Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
     m_Row.assign(row.begin(), row.end());
-    if (m_Shape.model == ColourModel::Cmyk || m_Shape.model == ColourModel::Inks) {
+    if (m_Shape.model == ColorModel::Cmyk || m_Shape.model == ColorModel::Inks) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
     }
     return Deflate(Z_NO_FLUSH);
@@ -149,8 +149,8 @@ class PdfWriter final : public ImageWriter {
     const std::uint64_t length = m_Written - m_StreamStart;
     Put("\nendstream\nendobj\n");
     PutObject(std::to_string(length));
-    if (m_Shape.model == ColourModel::Inks) PutInkFunction();
-    if (m_Written > MostOffset) return Refuse("the page is too large for a PDF file");
+    if (m_Shape.model == ColorModel::Inks) PutInkFunction();
+    if (m_Written > MaximumOffset) return Refuse("the page is too large for a PDF file");
     const std::uint64_t table = m_Written;
     Put("xref\n0 " + std::to_string(m_Offsets.size() + 1) + "\n0000000000 65535 f \n");
     for (const std::uint64_t offset : m_Offsets) {
@@ -171,12 +171,12 @@ class PdfWriter final : public ImageWriter {
     return Success{};
   }
 
-  std::string ColourSpace() const {
+  std::string ColorSpace() const {
     switch (m_Shape.model) {
-      case ColourModel::Gray: return "/DeviceGray";
-      case ColourModel::Rgb: return "/DeviceRGB";
-      case ColourModel::Cmyk: return "/DeviceCMYK";
-      case ColourModel::Inks: break;
+      case ColorModel::Gray: return "/DeviceGray";
+      case ColorModel::Rgb: return "/DeviceRGB";
+      case ColorModel::Cmyk: return "/DeviceCMYK";
+      case ColorModel::Inks: break;
     }
     return "[/DeviceN " + InkArray(m_Shape.planes) + " /DeviceCMYK 7 0 R]";
   }
@@ -235,9 +235,9 @@ class PdfWriter final : public ImageWriter {
 
 Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
                                                     const ImageShape& shape) {
-  if (shape.planes.size() > MostInks) {
+  if (shape.planes.size() > MaximumInks) {
     return Problem{"writing '" + name + "': a PDF file can't hold more than " +
-                   std::to_string(MostInks) + " inks; use TIFF or planes"};
+                   std::to_string(MaximumInks) + " inks; use TIFF or planes"};
   }
   auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

@@ -13,7 +13,7 @@
 namespace rastrel::odalis {
 
 /// Pixels to a side of a page at most.
-inline constexpr unsigned LongestSide = 2'000'000;
+inline constexpr unsigned MaximumSide = 2'000'000;
 /// Bytes of one row, or one strip of a TIFF file, at most.
 inline constexpr std::uint64_t LargestRow = 64u << 20;
 
@@ -37,7 +37,7 @@ class PixelFile {
 };
 
 /// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as
-/// the highest value), or TIFF in strips with 8 bits a sample and no colour conversion. The file
+/// the highest value), or TIFF in strips with 8 bits a sample and no color conversion. The file
 /// must be a regular one of the size and checksum told; links are not followed. The problem names
 /// the file.
 [[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,

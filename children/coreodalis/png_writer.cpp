@@ -19,7 +19,7 @@ class PngWriter final : public ImageWriter {
  public:
   PngWriter(int descriptor, std::string name, const ImageShape& shape)
       : m_Descriptor(descriptor), m_Name(std::move(name)), m_Shape(shape) {
-    if (shape.model == ColourModel::Cmyk) m_Row.resize(std::size_t{shape.width} * 3);
+    if (shape.model == ColorModel::Cmyk) m_Row.resize(std::size_t{shape.width} * 3);
   }
   ~PngWriter() override { png_destroy_write_struct(&m_Png, &m_Info); }
   PngWriter(const PngWriter&) = delete;
@@ -34,7 +34,7 @@ class PngWriter final : public ImageWriter {
 
   Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
     m_Source = row.data();
-    if (m_Shape.model == ColourModel::Cmyk) {
+    if (m_Shape.model == ColorModel::Cmyk) {
       ConvertRow(row);
       m_Source = m_Row.data();
     }
@@ -58,7 +58,7 @@ class PngWriter final : public ImageWriter {
     png_set_write_fn(m_Png, this, Write, nullptr);
     png_set_user_limits(m_Png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_compression_level(m_Png, FastCompression);
-    const int type = m_Shape.model == ColourModel::Gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB;
+    const int type = m_Shape.model == ColorModel::Gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB;
     png_set_IHDR(m_Png, m_Info, m_Shape.width, m_Shape.height, 8, type, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_pHYs(m_Png, m_Info, PerMetre(m_Shape.xResolution), PerMetre(m_Shape.yResolution),
@@ -114,7 +114,7 @@ class PngWriter final : public ImageWriter {
 
 Attempt<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor, const std::string& name,
                                                     const ImageShape& shape) {
-  if (shape.model == ColourModel::Inks) {
+  if (shape.model == ColorModel::Inks) {
     return Problem{"writing '" + name + "': a PNG file can't hold spot inks; use TIFF or planes"};
   }
   auto writer = std::make_unique<PngWriter>(descriptor, name, shape);

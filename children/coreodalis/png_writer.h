@@ -8,7 +8,7 @@
 namespace rastrel::odalis {
 
 /// Writes PNG, gray or RGB, with the resolution in pixels per metre. CMYK is turned into RGB
-/// without a colour profile: each light is (255 - ink) * (255 - black) / 255, rounded to the
+/// without a color profile: each light is (255 - ink) * (255 - black) / 255, rounded to the
 /// nearest. Other inks can't be held, which is the problem then.
 [[nodiscard]] Attempt<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor,
                                                                   const std::string& name,

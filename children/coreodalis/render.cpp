@@ -19,7 +19,7 @@ class Rendering {
     for (std::size_t i = 0; i < targets.size(); ++i) {
       ImageShape shape = m_Source.Shape();
       if (m_Planar) {
-        shape.model = ColourModel::Gray;
+        shape.model = ColorModel::Gray;
         shape.planes = {m_Source.Shape().planes[i]};
       }
       auto writer = MakeImageWriter(format, targets[i].descriptor, targets[i].name, shape);

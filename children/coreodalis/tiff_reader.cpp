@@ -28,7 +28,7 @@ class TiffReader final : public PixelFile {
     std::uint32_t height = 0;
     TIFFGetField(m_Tiff.Get(), TIFFTAG_IMAGEWIDTH, &width);
     TIFFGetField(m_Tiff.Get(), TIFFTAG_IMAGELENGTH, &height);
-    if (width == 0 || height == 0 || width > LongestSide || height > LongestSide) {
+    if (width == 0 || height == 0 || width > MaximumSide || height > MaximumSide) {
       return Refuse("has a side of no or too many pixels");
     }
     m_Width = width;

@@ -16,7 +16,7 @@ constexpr std::uint64_t StripBytes = 64u << 10;
 /// LZW can make noise larger, by less than a half; this leaves room below 4 GiB for that.
 constexpr std::uint64_t BigTiffFrom = 2'800'000'000u;
 
-bool IsInk(ColourModel model) { return model == ColourModel::Cmyk || model == ColourModel::Inks; }
+bool IsInk(ColorModel model) { return model == ColorModel::Cmyk || model == ColorModel::Inks; }
 
 class TiffWriter final : public ImageWriter {
  public:
@@ -30,7 +30,7 @@ class TiffWriter final : public ImageWriter {
   Attempt<Success> WriteHeader() {
     if (!m_Tiff.Get()) return Refuse();
     SetForm();
-    SetColours();
+    SetColors();
     if (m_Tiff.HasFailed()) return Refuse();
     return Success{};
   }
@@ -82,15 +82,15 @@ class TiffWriter final : public ImageWriter {
     Set(TIFFTAG_SOFTWARE, "Rastrel");
   }
 
-  void SetColours() {
+  void SetColors() {
     switch (m_Shape.model) {
-      case ColourModel::Gray: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK); break;
-      case ColourModel::Rgb: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); break;
-      case ColourModel::Cmyk:
+      case ColorModel::Gray: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK); break;
+      case ColorModel::Rgb: Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); break;
+      case ColorModel::Cmyk:
         Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
         Set(TIFFTAG_INKSET, INKSET_CMYK);
         break;
-      case ColourModel::Inks: SetInks(); break;
+      case ColorModel::Inks: SetInks(); break;
     }
   }
 

@@ -9,10 +9,10 @@
 #include <filesystem>
 #include <utility>
 
+#include "children/jobspool/anonymous_file.h"
 #include "children/jobspool/bitmap_file.h"
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/leftovers.h"
-#include "children/jobspool/nameless_file.h"
 #include "children/jobspool/prefix_text.h"
 #include "interpreter/cut_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -67,7 +67,7 @@ Expected<void> RemoveEarlier(const Products& products) {
 }
 
 Expected<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
-  auto file = MakeNamelessFile(directory);
+  auto file = MakeAnonymousFile(directory);
   if (file && !os::WriteAll(file->Get(), text)) return Failure{"write", "a prefix", errno};
   return file;
 }

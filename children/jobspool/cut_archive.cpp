@@ -128,10 +128,10 @@ bool PutObject(ArchiveFile& file, const std::string& cutPaths, const std::vector
   std::uint64_t place = 0;
   std::uint64_t polygons = 0;
   while (!file.Failed() && reader.NextPath()) {
-    if (reader.Hidden() || LineOfColour(reader.Colour(), lines) != line) continue;
+    if (reader.Hidden() || LineOfColor(reader.Color(), lines) != line) continue;
     if (polygons++ == 0) {
       file.Put(ObjectVersion);
-      file.Put(os::WideFromUtf8(ColourText(lines[line])));
+      file.Put(os::WideFromUtf8(ColorText(lines[line])));
       file.Put(OrdinaryNumber);
       place = file.Position();
       file.Put(polygons);
@@ -146,7 +146,7 @@ bool PutObject(ArchiveFile& file, const std::string& cutPaths, const std::vector
   return reader.Whole();
 }
 
-// Whole numbers of thousandths or ten-thousandths, in which colours are compared.
+// Whole numbers of thousandths or ten-thousandths, in which colors are compared.
 bool SameValues(std::string_view text, const CutLine& line, std::size_t count, double factor) {
   for (std::size_t i = 0; i < count; ++i) {
     while (text.starts_with(' ')) text.remove_prefix(1);
@@ -159,11 +159,11 @@ bool SameValues(std::string_view text, const CutLine& line, std::size_t count, d
   return true;
 }
 
-bool IsColour(std::string_view colour, const CutLine& line) {
-  const std::size_t blank = colour.find(' ');
-  if (blank == colour.npos) return false;
-  const std::string_view kind = colour.substr(0, blank);
-  const std::string_view rest = colour.substr(blank + 1);
+bool IsColor(std::string_view color, const CutLine& line) {
+  const std::size_t blank = color.find(' ');
+  if (blank == color.npos) return false;
+  const std::string_view kind = color.substr(0, blank);
+  const std::string_view rest = color.substr(blank + 1);
   switch (line.kind) {
     case CutLine::Kind::Rgb: return kind == "rgb" && SameValues(rest, line, 3, 1000);
     case CutLine::Kind::Cmyk: return kind == "cmyk" && SameValues(rest, line, 4, 10000);
@@ -175,7 +175,7 @@ bool IsColour(std::string_view colour, const CutLine& line) {
 
 }  // namespace
 
-std::string ColourText(const CutLine& line) {
+std::string ColorText(const CutLine& line) {
   std::array<char, 128> text{};
   const auto& v = line.values;
   switch (line.kind) {
@@ -191,9 +191,9 @@ std::string ColourText(const CutLine& line) {
   return text.data();
 }
 
-std::size_t LineOfColour(const std::string& colour, const std::vector<CutLine>& lines) {
+std::size_t LineOfColor(const std::string& color, const std::vector<CutLine>& lines) {
   const auto found =
-      std::ranges::find_if(lines, [&](const CutLine& line) { return IsColour(colour, line); });
+      std::ranges::find_if(lines, [&](const CutLine& line) { return IsColor(color, line); });
   return static_cast<std::size_t>(found - lines.begin());
 }
 

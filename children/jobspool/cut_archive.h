@@ -8,14 +8,13 @@
 
 namespace rastrel::jobspool {
 
-/// The text by which a host finds the paths of that colour again; the number of digits and of
+/// The text by which a host finds the paths of that color again; the number of digits and of
 /// blanks is what it compares. UTF-8.
-[[nodiscard]] std::string ColourText(const CutLine& line);
+[[nodiscard]] std::string ColorText(const CutLine& line);
 
-/// Which of the lines a colour of a cut paths' file is ("rgb 1.0 0.0 0.0", "separation NAME"); the
+/// Which of the lines a color of a cut paths' file is ("rgb 1.0 0.0 0.0", "separation NAME"); the
 /// number of lines if it is none of them.
-[[nodiscard]] std::size_t LineOfColour(const std::string& colour,
-                                       const std::vector<CutLine>& lines);
+[[nodiscard]] std::size_t LineOfColor(const std::string& color, const std::vector<CutLine>& lines);
 
 /// Turns the file "cut-paths" of a page into a ".cut" archive (docs/formats/cut-archive.md): a cut
 /// object for each of the lines that has paths, in the lines' order. Curves become straight lines

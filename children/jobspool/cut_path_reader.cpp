@@ -86,7 +86,7 @@ bool CutPathReader::NextPath() {
   if (!m_Good) return false;
   m_Good = NextLine() && Value("kind") && NextLine() && Value("colour");
   if (!m_Good) return false;
-  m_Colour = Unescape(*Value("colour"));
+  m_Color = Unescape(*Value("colour"));
   m_Good = NextLine() && Value("line-width") && NextLine() && Value("clip");
   if (!m_Good) return false;
   m_Hidden = m_Line == "clip: outside";

@@ -25,8 +25,8 @@ class CutPathReader {
 
   /// Goes to the next path. False at the end, and when the file can't be read or breaks its form.
   [[nodiscard]] bool NextPath();
-  /// The path's colour with its escapes resolved: "rgb 1.0 0.0 0.0", "separation CutContour".
-  [[nodiscard]] const std::string& Colour() const { return m_Colour; }
+  /// The path's color with its escapes resolved: "rgb 1.0 0.0 0.0", "separation CutContour".
+  [[nodiscard]] const std::string& Color() const { return m_Color; }
   /// Whether the job's clip hides all of the path.
   [[nodiscard]] bool Hidden() const { return m_Hidden; }
   /// How many parts the path says that it has.
@@ -48,7 +48,7 @@ class CutPathReader {
   double m_Tolerance;
   double m_Height = 0;  // of the page, points
   std::string m_Line;
-  std::string m_Colour;
+  std::string m_Color;
   std::size_t m_Parts = 0;
   bool m_Hidden = false;
   bool m_InPath = false;

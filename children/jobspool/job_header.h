@@ -9,7 +9,7 @@
 
 namespace rastrel::jobspool {
 
-/// A colour whose paths are to be cut, as the job header names it.
+/// A color whose paths are to be cut, as the job header names it.
 struct CutLine {
   enum class Kind { Rgb, Cmyk, Separation };
   Kind kind = Kind::Rgb;

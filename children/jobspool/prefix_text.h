@@ -27,7 +27,7 @@ inline constexpr int LowestDeviceResolution = 4;
 /// edge to edge by the area, whatever the job asks of its device.
 [[nodiscard]] std::string PicturePrefix(const PictureTask& task);
 
-/// The same for a job that is separated: all pages, in CMYK and spot colours.
+/// The same for a job that is separated: all pages, in CMYK and spot colors.
 [[nodiscard]] std::string SeparationPrefix();
 
 /// The names that a separation of that Windows-1252 name may have in a job, as bytes: that name and

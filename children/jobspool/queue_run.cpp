@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "children/jobspool/nameless_file.h"
+#include "children/jobspool/anonymous_file.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::jobspool {
@@ -20,7 +20,7 @@ RunFailure Failed(const Failure& failure) { return {ExitStatus::Failed, Describe
 
 Expected<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
                                       const std::string& directory) {
-  auto copy = MakeNamelessFile(directory);
+  auto copy = MakeAnonymousFile(directory);
   if (!copy) return copy;
   std::vector<char> buffer(262144);
   while (true) {

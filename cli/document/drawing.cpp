@@ -12,8 +12,8 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr int MostDpi = 2400;
-constexpr int MostPage = 1'000'000;
+constexpr int MaximumDpi = 2400;
+constexpr int MaximumPage = 1'000'000;
 
 struct Extension {
   const char* name;
@@ -48,9 +48,9 @@ DrawingRequest DrawingRequestOf(const Invocation& invocation, const std::string&
   DrawingRequest request;
   if (!output.empty()) request.kind = KindOf(output);
   const std::string page = invocation.ValueOr(OptionId::Page, "");
-  if (!page.empty()) request.page = WholeNumberOf("--page", page, 1, MostPage);
+  if (!page.empty()) request.page = WholeNumberOf("--page", page, 1, MaximumPage);
   const std::string dpi = invocation.ValueOr(OptionId::PictureDpi, "");
-  if (!dpi.empty()) request.dpi = WholeNumberOf("--dpi", dpi, 1, MostDpi);
+  if (!dpi.empty()) request.dpi = WholeNumberOf("--dpi", dpi, 1, MaximumDpi);
   request.outlines = invocation.Has(OptionId::Outlines);
   return request;
 }

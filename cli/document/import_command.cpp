@@ -16,14 +16,14 @@ namespace rastrel::cli {
 namespace {
 
 // Pixels of a picture that nobody asked for, which terminals show smaller anyway.
-constexpr double MostPixelsAcross = 1600;
+constexpr double MaximumPixelsAcross = 1600;
 
 // Who imports at a terminal that takes pictures sees what became of the file.
 void ShowOnTerminal(const OpenedFile& file, DrawingRequest request, const std::string& input) {
   if (!ShowsPictures()) return;
   const document::SignBlank& blank = file.host->GetDocument().Blank();
   const double inches = std::max({blank.width, blank.height, 1.0}) / host::CentimetresPerInch;
-  request.dpi = std::clamp(static_cast<int>(MostPixelsAcross / inches), 1, request.dpi);
+  request.dpi = std::clamp(static_cast<int>(MaximumPixelsAcross / inches), 1, request.dpi);
   try {
     static_cast<void>(ShownPicture(*file.host, request, input).ShowOnTerminal());
   } catch (const CommandError&) {

@@ -11,7 +11,7 @@ constexpr int SignificantDigits = 15;
 // From where on a cell shows an exponent.
 constexpr int LargestPlainExponent = 15;
 constexpr int SmallestPlainExponent = -9;
-constexpr int MostPlainPlaces = 18;
+constexpr int MaximumPlainPlaces = 18;
 
 }  // namespace
 
@@ -86,7 +86,7 @@ std::string ShowGeneral(double value) {
   const int exponent = digits.Exponent();
   const int places = digits.Places();
   const bool isPlain = exponent <= LargestPlainExponent && exponent >= SmallestPlainExponent &&
-                       places <= MostPlainPlaces &&
+                       places <= MaximumPlainPlaces &&
                        (exponent < LargestPlainExponent || std::fabs(value) <= 1e15);
   if (isPlain) {
     const std::string integer = digits.Integer();

@@ -104,7 +104,7 @@ class SectionReader {
       AddElapsed(PieceKind::Minute, content);
     else if (content.find_first_not_of("sS") == content.npos)
       AddElapsed(PieceKind::Second, content);
-    // Anything else is a colour, or of no effect on what is shown here.
+    // Anything else is a color, or of no effect on what is shown here.
   }
 
   void AddElapsed(PieceKind kind, std::string_view letters) {

@@ -6,8 +6,8 @@
 namespace rastrel::cli::sheet {
 namespace {
 
-constexpr std::size_t LongestName = 1024;  // bytes
-constexpr std::size_t LongestElement = 255;
+constexpr std::size_t MaximumName = 1024;  // bytes
+constexpr std::size_t MaximumElement = 255;
 
 bool IsControl(char letter) { return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F; }
 
@@ -47,8 +47,8 @@ std::string Unescaped(std::string_view target) {
 
 std::string WhyBadName(std::string_view name) {
   if (name.empty()) return "its name is empty";
-  if (name.size() > LongestName)
-    return "its name has more than " + std::to_string(LongestName) + " bytes";
+  if (name.size() > MaximumName)
+    return "its name has more than " + std::to_string(MaximumName) + " bytes";
   if (std::ranges::any_of(name, IsControl)) return "its name has a control character";
   if (name.find('\\') != name.npos) return "its name has a backslash";
   if (name.front() == '/') return "its name is an absolute path";
@@ -57,8 +57,8 @@ std::string WhyBadName(std::string_view name) {
   for (const std::string_view element : ElementsOf(name)) {
     if (element == "..") return "its name leads out of the package";
     if (element.empty() || element == ".") return "its name has an empty element";
-    if (element.size() > LongestElement)
-      return "its name has an element of more than " + std::to_string(LongestElement) + " bytes";
+    if (element.size() > MaximumElement)
+      return "its name has an element of more than " + std::to_string(MaximumElement) + " bytes";
   }
   return {};
 }

@@ -44,7 +44,7 @@ void AppendEscaped(std::string& line, std::string_view text) {
 }
 
 RowText::RowText(const std::string& path, Form form, bool marks, std::uint64_t mostBytes)
-    : m_Path(path), m_Form(form), m_Marks(marks), m_MostBytes(mostBytes), m_File(Create(path)) {}
+    : m_Path(path), m_Form(form), m_Marks(marks), m_MaximumBytes(mostBytes), m_File(Create(path)) {}
 
 void RowText::BeginSheet(const SheetInfo& sheet, std::size_t number) {
   m_Row = 0;
@@ -83,10 +83,10 @@ void RowText::Finish() { Flush(); }
 
 void RowText::Flush() {
   m_Written += m_Text.size();
-  if (m_Written > m_MostBytes)
+  if (m_Written > m_MaximumBytes)
     throw CommandError(
         ExitStatus::BadInput,
-        "the text has more than " + std::to_string(m_MostBytes) + " bytes, which is the limit");
+        "the text has more than " + std::to_string(m_MaximumBytes) + " bytes, which is the limit");
   if (!os::WriteAll(m_File.Get(), m_Text))
     throw CommandError(ExitStatus::JobFailed, Describe({"write", m_Path, errno}));
   m_Text.clear();

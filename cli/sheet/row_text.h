@@ -37,7 +37,7 @@ class RowText : public RowSink {
   std::string m_Path;
   Form m_Form;
   bool m_Marks;
-  std::uint64_t m_MostBytes;
+  std::uint64_t m_MaximumBytes;
   os::FileDescriptor m_File;
   std::string m_Text;
   std::string m_Sheet;

@@ -11,7 +11,7 @@ namespace rastrel::cli::sheet {
 namespace {
 
 constexpr const char* ContentTypesPart = "[Content_Types].xml";
-constexpr std::size_t MostRelationships = 65'536;
+constexpr std::size_t MaximumRelationships = 65'536;
 
 struct Relationship {
   std::string type;
@@ -41,9 +41,9 @@ Relationships ReadRelationships(Parts& parts, const std::string& part) {
                      AttributeNamed(node, L"TargetMode") == "External"};
     // The first of several with one id counts.
     relationships.emplace(AttributeNamed(node, L"Id"), std::move(one));
-    if (relationships.size() > MostRelationships)
+    if (relationships.size() > MaximumRelationships)
       reader.Refuse(L"there are more relationships than the limit of " +
-                    std::to_wstring(MostRelationships));
+                    std::to_wstring(MaximumRelationships));
   });
   Stream(parts, part, reader, "Relationships");
   return relationships;

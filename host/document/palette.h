@@ -8,24 +8,24 @@
 
 namespace rastrel::document {
 
-/// A colour of the palette.
+/// A color of the palette.
 struct PaletteEntry {
   CVKFullColor color;  ///< with its name
   bool spot = false;   ///< an ink of its own rather than a mixture
   bool operator==(const PaletteEntry&) const = default;
 };
 
-/// The colours that a document knows by name, in the order in which the user sees them. Names are
+/// The colors that a document knows by name, in the order in which the user sees them. Names are
 /// compared as they stand.
 class Palette {
  public:
-  /// The colours of a new document: the usual materials and inks of an engraver.
+  /// The colors of a new document: the usual materials and inks of an engraver.
   [[nodiscard]] static Palette Usual();
 
   [[nodiscard]] const std::vector<PaletteEntry>& Entries() const { return m_Entries; }
   /// The first entry of that name, or null.
   [[nodiscard]] const PaletteEntry* Find(const std::wstring& name) const;
-  /// The first entry whose colour is that one, whatever its name, or null.
+  /// The first entry whose color is that one, whatever its name, or null.
   [[nodiscard]] const PaletteEntry* Find(const CVKColor& color) const;
   /// Appends an entry. False, and nothing changes, if the name is not empty and taken.
   bool Add(PaletteEntry entry);
@@ -36,10 +36,10 @@ class Palette {
   std::vector<PaletteEntry> m_Entries;
 };
 
-/// The colour that nothing is painted in.
+/// The color that nothing is painted in.
 [[nodiscard]] CVKColor InvisibleColor();
 
-/// A colour of red, green and blue, 0 to 255 each, under a name.
+/// A color of red, green and blue, 0 to 255 each, under a name.
 [[nodiscard]] CVKFullColor NamedRgb(const std::wstring& name, int red, int green, int blue);
 
 }  // namespace rastrel::document

@@ -57,7 +57,7 @@ struct TextRun {
   int fontType = 2;   ///< a host::FontType
   std::wstring replacement;  ///< the family that stands in where `font` can't be had; else empty
   double size = 0;           ///< text units
-  CVKFullColor color;        ///< counts where `colored` is set; else the object's own colour
+  CVKFullColor color;        ///< counts where `colored` is set; else the object's own color
   bool colored = false;
   bool operator==(const TextRun&) const = default;
 };

@@ -27,7 +27,7 @@ namespace {
 
 constexpr long NanosecondsPerMillisecond = 1'000'000;
 constexpr std::size_t PipeSize = 65'536;
-constexpr std::size_t MostWords = 4096;  // of what the interpreter says, from the end
+constexpr std::size_t MaximumWords = 4096;  // of what the interpreter says, from the end
 
 struct Pipe {
   os::FileDescriptor reading;
@@ -234,8 +234,8 @@ std::wstring ReadStreams(Streams& streams, const Interpreter& interpreter,
     if (streams.pictureBytes.size() > limits.bytes) {
       return L"the interpreter made more than " + std::to_wstring(limits.bytes) + L" bytes of it";
     }
-    if (streams.wordBytes.size() > 2 * MostWords) {
-      streams.wordBytes.erase(0, streams.wordBytes.size() - MostWords);
+    if (streams.wordBytes.size() > 2 * MaximumWords) {
+      streams.wordBytes.erase(0, streams.wordBytes.size() - MaximumWords);
     }
   }
   return {};

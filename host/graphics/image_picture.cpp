@@ -12,7 +12,7 @@ namespace {
 constexpr double PointsPerInch = 72;
 constexpr double LowestDpi = 1;
 constexpr double HighestDpi = 100'000;
-constexpr std::uint64_t LongestSide = 32'767;  // of the drawing library's pictures
+constexpr std::uint64_t MaximumSide = 32'767;  // of the drawing library's pictures
 
 }  // namespace
 
@@ -23,11 +23,11 @@ Resolution Plausible(double x, double y) {
 
 std::optional<std::wstring> WhyNotSoLarge(std::uint64_t width, std::uint64_t height) {
   if (width == 0 || height == 0) return L"it has no pixels";
-  if (std::max(width, height) <= LongestSide && width * height <= MostGraphicPixels) {
+  if (std::max(width, height) <= MaximumSide && width * height <= MaximumGraphicPixels) {
     return std::nullopt;
   }
   return L"it has " + std::to_wstring(width) + L" by " + std::to_wstring(height) + L" pixels; " +
-         std::to_wstring(MostGraphicPixels) + L", and " + std::to_wstring(LongestSide) +
+         std::to_wstring(MaximumGraphicPixels) + L", and " + std::to_wstring(MaximumSide) +
          L" a side, are the most";
 }
 

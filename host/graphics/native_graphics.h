@@ -11,7 +11,7 @@ namespace rastrel::graphics {
 
 /// Copies all objects of one document into another, as its last, on the pages, at the places and in
 /// the sizes that they have. Groups keep their members, and plates the plates that continue them.
-/// Sheet layers that the target lacks come along; colours are the objects' own. Returns the copies
+/// Sheet layers that the target lacks come along; colors are the objects' own. Returns the copies
 /// of the source's direct members, in their order; those that the target has no room for are
 /// missing.
 std::vector<document::ObjectHandle> CopyObjects(const document::Document& source,

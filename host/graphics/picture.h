@@ -17,7 +17,7 @@ namespace rastrel::graphics {
 
 /// What a placed file may hold.
 inline constexpr std::size_t LargestGraphicFile = std::size_t{256} << 20;  ///< bytes
-inline constexpr std::uint64_t MostGraphicPixels = 100'000'000;            ///< of an image
+inline constexpr std::uint64_t MaximumGraphicPixels = 100'000'000;         ///< of an image
 inline constexpr double LargestGraphicSide = 10'000;                       ///< centimetres
 
 /// A placed file, ready to be drawn.

@@ -21,7 +21,7 @@ namespace {
 
 constexpr double CentimetresPerInch = 2.54;
 // What the library may ask for at once: strips as large as the largest image, and not more.
-constexpr tmsize_t LargestAllocation = tmsize_t{8} * MostGraphicPixels;
+constexpr tmsize_t LargestAllocation = tmsize_t{8} * MaximumGraphicPixels;
 
 // A file in memory, as the library reads one.
 struct Source {

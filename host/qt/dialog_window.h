@@ -20,7 +20,7 @@ namespace rastrel::qt {
 /// its buttons at the right. Sizes follow the font, and so the screen's scale. Escape, the window's
 /// close button and the session's end give the dialog up, which is the logic's to act on: the
 /// window itself closes only when the logic says that it is over.
-class DialogWindow : public QDialog, public host::DialogFace {
+class DialogWindow : public QDialog, public host::DialogView {
  public:
   explicit DialogWindow(host::DialogLogic& logic);
   ~DialogWindow() override;

@@ -1,4 +1,4 @@
-// The component's one exported function, and the faces behind it.
+// The component's one exported function, and the views behind it.
 
 #include <QApplication>
 #include <QMessageBox>
@@ -7,7 +7,7 @@
 
 #include "host/qt/dialog_window.h"
 #include "host/qt/display.h"
-#include "rastrel/platform/standalone/window_faces.h"
+#include "rastrel/platform/standalone/window_views.h"
 
 namespace rastrel::qt {
 namespace {
@@ -23,9 +23,9 @@ void NeedApplication() {
   application->setQuitOnLastWindowClosed(false);
 }
 
-class WindowFaces : public host::DialogFaces {
+class WindowViews : public host::DialogViews {
  public:
-  [[nodiscard]] std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override {
+  [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override {
     return std::make_unique<DialogWindow>(dialog);
   }
   void ShowMessage(CWnd* /*parent*/, const std::wstring& text, const std::wstring& title) override {
@@ -39,10 +39,10 @@ class WindowFaces : public host::DialogFaces {
 }  // namespace
 }  // namespace rastrel::qt
 
-extern "C" __attribute__((visibility("default"))) rastrel::host::DialogFaces*
-RastrelMakeWindowFaces(int version, const char** reason) {
+extern "C" __attribute__((visibility("default"))) rastrel::host::DialogViews*
+RastrelMakeWindowViews(int version, const char** reason) {
   static std::string why;
-  if (version != rastrel::host::WindowFacesVersion) {
+  if (version != rastrel::host::WindowViewsVersion) {
     why = "rastrel-window.so is of another version";
   } else {
     why = rastrel::qt::WhyNoWindow().value_or("");
@@ -52,6 +52,6 @@ RastrelMakeWindowFaces(int version, const char** reason) {
     return nullptr;
   }
   rastrel::qt::NeedApplication();
-  static rastrel::qt::WindowFaces faces;
-  return &faces;
+  static rastrel::qt::WindowViews views;
+  return &views;
 }

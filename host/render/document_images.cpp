@@ -65,13 +65,13 @@ std::optional<std::wstring> WhyNoPng(const PageRenderer& renderer, double dpi) {
   }
   const double width = PixelsOf(renderer.Width(), dpi);
   const double height = PixelsOf(renderer.Height(), dpi);
-  if (width * height <= static_cast<double>(MostPixels) &&
-      std::max(width, height) <= LongestPixelSide) {
+  if (width * height <= static_cast<double>(MaximumPixels) &&
+      std::max(width, height) <= MaximumPixelSide) {
     return std::nullopt;
   }
   return L"a picture of " + std::to_wstring(std::llround(width)) + L" by " +
          std::to_wstring(std::llround(height)) + L" pixels is too large: " +
-         std::to_wstring(MostPixels) + L" pixels, and " + std::to_wstring(LongestPixelSide) +
+         std::to_wstring(MaximumPixels) + L" pixels, and " + std::to_wstring(MaximumPixelSide) +
          L" a side, are the most; " + document::MeasureText(dpi) + L" dpi are too many";
 }
 

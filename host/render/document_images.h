@@ -27,8 +27,8 @@ struct ImageOptions {
 inline constexpr double LowestDpi = 1;
 inline constexpr double HighestDpi = 10'000;
 /// Pixels of a PNG, and of its longer side.
-inline constexpr std::uint64_t MostPixels = 100'000'000;
-inline constexpr int LongestPixelSide = 32'767;
+inline constexpr std::uint64_t MaximumPixels = 100'000'000;
+inline constexpr int MaximumPixelSide = 32'767;
 
 /// What the pictures are made of. All must outlive the call; the notices tell of placed files that
 /// can't be drawn and of fonts that can't be had.

@@ -14,7 +14,7 @@ namespace {
 // The drawing library keeps 1/256 of a unit, so letters are drawn large there; it keeps 24 bits of
 // units, and the font library has letters of at most some ten thousand.
 constexpr double LargestScale = 64;
-constexpr double LongestRun = 1e6;
+constexpr double MaximumRun = 1e6;
 constexpr double LargestLetter = 6400;
 
 struct CairoEnd {
@@ -31,7 +31,7 @@ Point Mapped(const TM& place, double x, double y) {
 
 Outline LetterOutlines(const text::TextLayout& layout, std::size_t run, const TM& place) {
   const text::PlacedRun& placed = layout.Runs()[run];
-  const double scale = std::min({LargestScale, LongestRun / std::max(placed.width, 1e-6),
+  const double scale = std::min({LargestScale, MaximumRun / std::max(placed.width, 1e-6),
                                  LargestLetter / std::max(placed.size, 1e-6)});
   const std::unique_ptr<cairo_surface_t, CairoEnd> surface(
       cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));

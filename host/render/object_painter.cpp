@@ -4,7 +4,7 @@
 #include <cmath>
 #include <variant>
 
-#include "host/render/picture_shelf.h"
+#include "host/render/picture_cache.h"
 #include "host/text/text_layout.h"
 
 namespace rastrel::render {
@@ -27,13 +27,13 @@ constexpr double SmallestLetter = 0.001;
 // What a matrix must leave of an area for it to be one.
 constexpr double SmallestArea = 1e-18;
 // Longer lines are drawn without dashes, of which there would be too many to draw.
-constexpr double LongestDashedLine = 500'000;
+constexpr double MaximumDashedLine = 500'000;
 // The arms of a drill point's cross, in radii.
 constexpr double CrossArm = 1.3;
 
 constexpr Color EdgeGray{0.5, 0.5, 0.5};
 
-// The colour that paints, or nothing for the one that does not.
+// The color that paints, or nothing for the one that does not.
 std::optional<Color> ColorOf(const CVKColor& color) {
   if (color.IsInvisible()) return std::nullopt;
   double red = 0;
@@ -84,7 +84,7 @@ double LengthOf(const Outline& outline) {
 }  // namespace
 
 ObjectPainter::ObjectPainter(const document::Document& document, const text::FontCatalog& fonts,
-                             document::Notices& notices, PictureShelf& pictures, Point page,
+                             document::Notices& notices, PictureCache& pictures, Point page,
                              Canvas& canvas)
     : m_Document(document),
       m_Fonts(fonts),
@@ -216,7 +216,7 @@ void ObjectPainter::DrawLine() {
   const std::optional<Color> color = ColorOf(m_Attributes->lineColor);
   if (!color) return;
   m_Canvas.DrawOutline(m_Outline, std::nullopt,
-                       Pen{*color, 0, LengthOf(m_Outline) <= LongestDashedLine});
+                       Pen{*color, 0, LengthOf(m_Outline) <= MaximumDashedLine});
 }
 
 // --- Plates ---

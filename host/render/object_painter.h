@@ -9,7 +9,7 @@
 
 namespace rastrel::render {
 
-class PictureShelf;
+class PictureCache;
 
 /// Paints single objects of a document on a page: all but groups. What stands wholly beside the
 /// page is left out, as is what a matrix makes nothing or endless of.
@@ -17,7 +17,7 @@ class ObjectPainter {
  public:
   /// All must outlive the painter. `page` is the page's lower right corner.
   ObjectPainter(const document::Document& document, const text::FontCatalog& fonts,
-                document::Notices& notices, PictureShelf& pictures, Point page, Canvas& canvas);
+                document::Notices& notices, PictureCache& pictures, Point page, Canvas& canvas);
 
   void Paint(const document::Object& object);
 
@@ -45,7 +45,7 @@ class ObjectPainter {
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;
   document::Notices& m_Notices;
-  PictureShelf& m_Pictures;
+  PictureCache& m_Pictures;
   Point m_Page;
   Canvas& m_Canvas;
   const document::Attributes* m_Attributes = nullptr;  // of the object that is painted

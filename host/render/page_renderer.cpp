@@ -6,7 +6,7 @@
 
 #include "host/document/measure_text.h"
 #include "host/render/object_painter.h"
-#include "host/render/picture_shelf.h"
+#include "host/render/picture_cache.h"
 
 namespace rastrel::render {
 
@@ -30,7 +30,7 @@ PageRenderer::PageRenderer(const Document& document, const text::FontCatalog& fo
     : m_Document(document),
       m_Fonts(fonts),
       m_Notices(notices),
-      m_Pictures(std::make_unique<PictureShelf>(notices)),
+      m_Pictures(std::make_unique<PictureCache>(notices)),
       m_Width(document.Blank().width * PointsPerCentimetre),
       m_Height(document.Blank().height * PointsPerCentimetre),
       m_Refusal(Sort()) {}
@@ -49,13 +49,13 @@ std::optional<std::wstring> PageRenderer::Sort() {
   std::size_t count = 0;
   for (const ObjectHandle handle : m_Document.Members(host::DocumentRoot)) {
     const VK_PAGE_RANGE pages = m_Document.Find(handle)->attributes.pages;
-    if (pages.last > MostPages) {
+    if (pages.last > MaximumPages) {
       return L"the document has " + std::to_wstring(pages.last) + L" pages; at most " +
-             std::to_wstring(MostPages) + L" can be drawn";
+             std::to_wstring(MaximumPages) + L" can be drawn";
     }
     for (int page = std::max(pages.first, 1); page <= pages.last; ++page) {
-      if (++count > MostObjects) {
-        return L"the document has more than " + std::to_wstring(MostObjects) +
+      if (++count > MaximumObjects) {
+        return L"the document has more than " + std::to_wstring(MaximumObjects) +
                L" objects on its pages, which are the most that can be drawn";
       }
       m_Pages[page].push_back(handle);

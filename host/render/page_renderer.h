@@ -13,11 +13,11 @@
 
 namespace rastrel::render {
 
-class PictureShelf;
+class PictureCache;
 
 /// Pages and objects that can be drawn at once; an object counts on each page that it stands on.
-inline constexpr int MostPages = 10'000;
-inline constexpr std::size_t MostObjects = 5'000'000;
+inline constexpr int MaximumPages = 10'000;
+inline constexpr std::size_t MaximumObjects = 5'000'000;
 /// Points that a page may be wide and high: 352 m.
 inline constexpr double LargestPage = 1'000'000;
 
@@ -25,15 +25,15 @@ inline constexpr double LargestPage = 1'000'000;
 ///
 /// Objects are drawn in the document's order. Pages and sheet layer of a group count for all that
 /// it holds; an object that is not visible is not drawn, nor what it holds. What has the invisible
-/// colour is left out.
+/// color is left out.
 ///
 /// - The blank is white with a thin gray edge, where it is wanted.
-/// - Panes of a plate are filled with the plate's colour and have an edge: as their line style
+/// - Panes of a plate are filled with the plate's color and have an edge: as their line style
 ///   says, or else a thin gray one. On a sheet layer without material they have the edge alone.
-/// - Letters have the colour of their run, or that of the text.
+/// - Letters have the color of their run, or that of the text.
 /// - Paths are filled where they are closed, and outlined as their line style says.
-/// - Cut lines are thin, dashed, in their line colour, whatever their style.
-/// - Drill points are a circle in true size with a cross, thin, in their line colour.
+/// - Cut lines are thin, dashed, in their line color, whatever their style.
+/// - Drill points are a circle in true size with a cross, thin, in their line color.
 /// - Placed files stand in their box; one that can't be drawn is a crossed box, and is told.
 class PageRenderer {
  public:
@@ -64,7 +64,7 @@ class PageRenderer {
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;
   document::Notices& m_Notices;
-  std::unique_ptr<PictureShelf> m_Pictures;
+  std::unique_ptr<PictureCache> m_Pictures;
   double m_Width;
   double m_Height;
   int m_PageCount = 1;

@@ -17,8 +17,8 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr double PictureDpi = 300;
-constexpr double MostPixels = 16e6;
-constexpr double LongestSide = 32'000;  // cairo's pictures end at 32767
+constexpr double MaximumPixels = 16e6;
+constexpr double MaximumSide = 32'000;  // cairo's pictures end at 32767
 
 struct CairoEnd {
   void operator()(cairo_t* context) const { cairo_destroy(context); }
@@ -73,8 +73,8 @@ std::string PngOfSurface(cairo_surface_t* surface, double dpi) {
 std::string PngOfPicture(const graphics::Picture& picture) {
   const double area = picture.Width() * picture.Height();
   const double longest = std::max(picture.Width(), picture.Height());
-  const double scale =
-      std::min({PictureDpi / PointsPerInch, std::sqrt(MostPixels / area), LongestSide / longest});
+  const double scale = std::min(
+      {PictureDpi / PointsPerInch, std::sqrt(MaximumPixels / area), MaximumSide / longest});
   const auto pixels = [&](double points) {
     return std::max(1, static_cast<int>(std::ceil(points * scale)));
   };

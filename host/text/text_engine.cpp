@@ -166,9 +166,9 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
                                const void* /*style*/, bool /*select*/) {
   if (!m_Open || !text || length <= 0) return;
   std::wstring_view rest(text, static_cast<std::size_t>(length));
-  const std::size_t room = LongestParagraph - m_Open->characters;
+  const std::size_t room = MaximumParagraph - m_Open->characters;
   if (rest.size() > room) {
-    m_Notices.AddLoss(L"a text of more than " + std::to_wstring(LongestParagraph) +
+    m_Notices.AddLoss(L"a text of more than " + std::to_wstring(MaximumParagraph) +
                       L" characters is cut off there");
     rest = rest.substr(0, room);
   }

@@ -14,7 +14,7 @@ namespace rastrel::text {
 
 /// Characters that one paragraph can hold; what is pasted beyond is left out, and the user hears of
 /// it.
-inline constexpr std::size_t LongestParagraph = 1'000'000;
+inline constexpr std::size_t MaximumParagraph = 1'000'000;
 
 /// The text engine of the embedded host. It collects what is pasted; where letters stand is found
 /// when the text is drawn (text_layout.h).

@@ -26,7 +26,7 @@ constexpr double LargestSize = 100'000;
 // in which neither a tiny letter has a width nor a huge line an end.
 constexpr double MeasuredSize = 100;
 // For the same reason a long run is cut; so many of the widest letters stay within the bits.
-constexpr std::size_t LongestPiece = 4096;
+constexpr std::size_t MaximumPiece = 4096;
 // Where no page reaches. Keeps what is computed of a frame finite.
 constexpr double Far = 1e9;
 
@@ -189,8 +189,8 @@ void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
       const FontFace face = fonts.FaceOf(run.fontType, run.font);
       const auto font = DescriptionOf(face);
       const std::wstring_view text = run.text;
-      for (std::size_t begin = 0; begin < text.size(); begin += LongestPiece) {
-        const std::wstring_view piece = text.substr(begin, LongestPiece);
+      for (std::size_t begin = 0; begin < text.size(); begin += MaximumPiece) {
+        const std::wstring_view piece = text.substr(begin, MaximumPiece);
         const double scale = size / MeasuredSize;
         auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
         const Extents extents = ExtentsOf(letters->layout.get());

@@ -35,7 +35,7 @@ struct PlacedRun {
   double width = 0;  ///< unsqueezed
   double scaleX = 1;
   double scaleY = 1;
-  bool colored = false;  ///< it has a colour of its own
+  bool colored = false;  ///< it has a color of its own
   CVKColor color;
 };
 
@@ -66,7 +66,7 @@ class TextLayout {
   /// True if lines were squeezed, or made smaller.
   [[nodiscard]] bool IsSqueezed() const;
 
-  /// Draws a run in the context's colour, as letters of a font. The context's unit is a point of
+  /// Draws a run in the context's color, as letters of a font. The context's unit is a point of
   /// the run before it is squeezed, its y grows downward, and its origin is that of the first
   /// letter.
   void DrawRun(cairo_t* context, std::size_t run) const;

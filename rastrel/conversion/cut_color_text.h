@@ -6,11 +6,11 @@
 
 namespace rastrel::conversion {
 
-/// The text of a record's colour, by its colorKind: `rgb` formatted with red, green and blue from 0
+/// The text of a record's color, by its colorKind: `rgb` formatted with red, green and blue from 0
 /// to 1, `cmyk` with cyan, magenta, yellow and black, `named` with the name. Empty for a named
-/// colour without a name and for any other colorKind.
+/// color without a name and for any other colorKind.
 ///
-/// The header, the override and the comparison all come here: the queue program repeats a colour as
+/// The header, the override and the comparison all come here: the queue program repeats a color as
 /// it was given, so the precision of all three must be one.
 struct CutColorFormats {
   const wchar_t* rgb;

@@ -62,7 +62,7 @@ int CPS2CutData::Load(CStream* stream) {
 
 void CPS2CutData::PutCutterOverride(CStream* stream) const {
   if (enabled == 0) return;
-  // The colour is tried inside "stopped": an error in it must not end the job.
+  // The color is tried inside "stopped": an error in it must not end the job.
   const std::wstring begin = Formatted(L"[{\r\n%%%%BeginFeature: RIP Cutter\r\n");
   const std::wstring selection = Selection(*this);
   const std::wstring end = Formatted(L"%%%%EndFeature\r\n");

@@ -8,14 +8,14 @@ namespace rastrel::conversion {
 
 namespace {
 
-constexpr std::size_t LongestName = 260;  // characters, terminator included
+constexpr std::size_t MaximumName = 260;  // characters, terminator included
 
 }  // namespace
 
 bool MakeRipTempName(std::wstring& out, const wchar_t* suffix) {
   formatstringT<wchar_t> pattern;
   pattern.Format(L"%svkXXXXXX", CExePaths::Instance().m_RipDir);
-  if (pattern.size() >= LongestName) return false;
+  if (pattern.size() >= MaximumName) return false;
   const auto name = os::CompleteTemporaryName(pattern);
   if (!name) return false;
   out = *name + suffix;

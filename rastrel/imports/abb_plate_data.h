@@ -15,11 +15,11 @@ inline constexpr std::size_t AbbTextSize = 256;
 
 /// The plate itself.
 struct tagABB_PLATE {
-  std::wstring color;          ///< a colour name of the palette
+  std::wstring color;          ///< a color name of the palette
   std::wstring toolName;       ///< kept and not used
   double width = 0;            ///< inches
   double height = 0;           ///< inches
-  std::wstring textColor;      ///< a colour name of the palette
+  std::wstring textColor;      ///< a color name of the palette
   std::int32_t hasText = 0;    ///< 1 once a line was not empty
   std::int32_t textFrame = 0;  ///< side margin in percent of the frame's width; 0 is the default
 };
@@ -35,7 +35,7 @@ struct tagTEXTDATA {
 
 /// A hole.
 struct tagDRILLPOINT {
-  std::wstring color;     ///< a colour name of the palette
+  std::wstring color;     ///< a color name of the palette
   std::wstring toolName;  ///< kept and not used
   double x = 0;           ///< inches from the pane's left
   double y = 0;           ///< inches down from the pane's top

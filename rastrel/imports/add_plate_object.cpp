@@ -16,7 +16,7 @@ constexpr int OriginBottomLeft = 7;
 
 /// A host refuses panes that fit no page. One that neither refuses nor ever lays a pane out would
 /// keep the library asking for pages without end.
-constexpr int MostPagesWithoutPane = 1000;
+constexpr int MaximumPagesWithoutPane = 1000;
 
 struct Blank {
   double width = 0;
@@ -87,7 +87,7 @@ bool LayPagesOut(const DocumentHost& document, const PlateRequest& request, cons
     auto plate = document.application.NewGenericPlateObject(left, request.width, request.height,
                                                             request.margins, request.horizontalGap,
                                                             request.verticalGap);
-    if (plate == nullptr || pagesWithoutPane == MostPagesWithoutPane) {
+    if (plate == nullptr || pagesWithoutPane == MaximumPagesWithoutPane) {
       LogRefusal(request);
       return added;
     }

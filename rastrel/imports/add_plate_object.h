@@ -22,7 +22,7 @@ struct PlateRequest {
 
 /// Where the formats differ.
 struct PlateStyle {
-  bool setsLineColor = true;  ///< the outline gets the plate's colour too
+  bool setsLineColor = true;  ///< the outline gets the plate's color too
   int keepsColors = 0;        ///< second value of `AdjustPlateObjects`
 };
 

@@ -24,7 +24,7 @@ struct DocumentHost {
 /// application log, tag "[Import]".
 [[nodiscard]] std::optional<DocumentHost> FindDocumentHost();
 
-/// A colour of the document's palette by its name; black if the palette has no such name.
+/// A color of the document's palette by its name; black if the palette has no such name.
 [[nodiscard]] CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name);
 
 /// An undo step, open as long as this lives. The name is translated.

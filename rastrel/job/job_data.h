@@ -7,7 +7,7 @@
 #include "rastrel/platform/mfc/object.h"
 #include "rastrel/platform/mfc/string.h"
 
-/// One levels adjustment of a colour channel, on a scale of 0 to 255.
+/// One levels adjustment of a color channel, on a scale of 0 to 255.
 class RASTREL_API CLevelsData : public CObject {
  public:
   CLevelsData() = default;
@@ -58,7 +58,7 @@ class RASTREL_API CJobData : public CObject {
   bool LevelsEnabled = false;         ///< write the levels section of the prefix
   bool LevelsLinked = true;           ///< the first of Levels serves all channels
   std::array<CLevelsData, 5> Levels;  ///< master, red, green, blue, gray
-  bool CutterEnabled = false;         ///< a cutter colour is set
+  bool CutterEnabled = false;         ///< a cutter color is set
   std::int32_t CutterColorModel =
       0;  ///< 0 RGB, 1 CMYK, 2 a separation (only a CVKJobTicket's prefix)
   /// Components in order. For a CJobTicket 0 to 255 each. For a CVKJobTicket RGB is 0 to 255 and

@@ -99,7 +99,7 @@ class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
   void SetActiveAnimFrame(int frame) { m_ActiveAnimFrame = frame; }
   /// The thread from PrintJob to EndPrint, also when it has ended; else null. Owned by the ticket.
   [[nodiscard]] PrintingThread::CPrintingThread* GetPrintThread() const { return m_pPrintThread; }
-  /// Asks the output engine for one file a colour plane.
+  /// Asks the output engine for one file a color plane.
   [[nodiscard]] bool GetPlanar() const { return m_bPlanar; }
   void SetPlanar(bool planar) { m_bPlanar = planar; }
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int EntryCount = 256;
 constexpr int EntriesPerLine = 32;
-constexpr int MostDigits = 4;
+constexpr int MaximumDigits = 4;
 
 // The transfer of one channel: all in double precision and in this order, since the entries are
 // compared to the last digit.
@@ -46,7 +46,7 @@ void AppendHexadecimal(std::wstring& text, std::uint32_t number) {
   text += Digits[number & 0xFU];
 }
 
-// A procedure of the colour transfer: the RIP's own table, then the one of this section.
+// A procedure of the color transfer: the RIP's own table, then the one of this section.
 std::wstring Procedure(const wchar_t* own, const wchar_t* extra, const wchar_t* indent) {
   formatstringT<wchar_t> text;
   text.Format(
@@ -57,20 +57,20 @@ std::wstring Procedure(const wchar_t* own, const wchar_t* extra, const wchar_t* 
   return text;
 }
 
-// The procedures of the four channels, and of the two further planes of a six-colour device, which
+// The procedures of the four channels, and of the two further planes of a six-color device, which
 // take the red and green tables again. `kind` stands before "transfertable".
 std::wstring Procedures(bool hexachrome, const wchar_t* kind, const wchar_t* indent) {
   struct Channel {
     const wchar_t* own;
     const wchar_t* extra;
-    bool sixColoursOnly;
+    bool sixColorsOnly;
   };
   constexpr Channel Channels[] = {{L"red", L"red", false},   {L"green", L"green", false},
                                   {L"blue", L"blue", false}, {L"gray", L"gray", false},
                                   {L"hex1", L"red", true},   {L"hex2", L"green", true}};
   std::wstring text;
   for (const Channel& channel : Channels) {
-    if (channel.sixColoursOnly && !hexachrome) continue;
+    if (channel.sixColorsOnly && !hexachrome) continue;
     text += Procedure((std::wstring(channel.own) + kind).c_str(), channel.extra, indent);
   }
   return text;
@@ -110,7 +110,7 @@ std::wstring Tables(const CJobData& settings) {
 std::wstring LevelsTable(const CLevelsData& levels) {
   const Transfer transfer(levels);
   std::wstring table;
-  table.reserve(MostDigits * EntryCount + EntryCount / EntriesPerLine);
+  table.reserve(MaximumDigits * EntryCount + EntryCount / EntriesPerLine);
   for (int index = 0; index < EntryCount; ++index) {
     AppendHexadecimal(table, transfer.Entry(index));
     if ((index + 1) % EntriesPerLine == 0) table += L'\n';

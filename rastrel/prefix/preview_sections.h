@@ -7,7 +7,7 @@
 /// The sections that only the preview's prefix has.
 namespace rastrel::prefix {
 
-/// Asks the RIP to keep cut data apart, names the cut colour, and keeps the job from changing it.
+/// Asks the RIP to keep cut data apart, names the cut color, and keeps the job from changing it.
 /// Unlike the ordinary prefix: CMYK stands on a scale of 0 to 1000, RGB needs its own model number,
 /// a separation is named, and the operator is replaced with no alias of the old one.
 [[nodiscard]] std::wstring CutDataSection(const CJobData& settings);

@@ -48,7 +48,7 @@ bool FindBounds(LineReader& in, CRect& rect) {
   }
 }
 
-// Takes the names of a colour comment and of the lines that continue it. Returns the line behind,
+// Takes the names of a color comment and of the lines that continue it. Returns the line behind,
 // which is not put back.
 std::string_view TakeNames(LineReader& in, std::string_view line, std::vector<CString>& names) {
   line.remove_prefix(keyword::DocumentColors.size());
@@ -64,14 +64,14 @@ std::string_view TakeNames(LineReader& in, std::string_view line, std::vector<CS
 }
 
 void FindBoundsAndNames(LineReader& in, CRect& rect, std::vector<CString>& names) {
-  bool coloursSeen = false;
+  bool colorsSeen = false;
   bool boundsSeen = false;
-  while (!coloursSeen || !boundsSeen) {
+  while (!colorsSeen || !boundsSeen) {
     in.SkipLinesWithout('B', 'D');
     std::string_view line = in.NextLine();
     if (line.starts_with(keyword::ImageData)) return;
     if (line.starts_with(keyword::DocumentColors)) {
-      coloursSeen = true;
+      colorsSeen = true;
       if (!psscan::IsDeferred(line)) line = TakeNames(in, line, names);
     }
     if (in.AtEnd()) return;

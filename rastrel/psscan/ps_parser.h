@@ -13,7 +13,7 @@ class LineReader;
 }
 
 /// What the comments of a PostScript or EPS file tell: where the PostScript begins, whether it is
-/// an EPS, its bounds, and its spot colours. The program text is never interpreted.
+/// an EPS, its bounds, and its spot colors. The program text is never interpreted.
 ///
 /// It holds the path alone (library text, see platform/os/path.h). Every operation opens the file
 /// anew, in any order and any number of times, from any thread. None reports a message or throws. A
@@ -49,7 +49,7 @@ class RASTREL_API CPSParser {
   /// or where the image data of a bitmap program begins. True for any file with a PostScript start.
   bool GetBoundsAndStrings(CRect& rect, std::vector<CString>& names);
 
-  /// Appends to `list` the spot colours that the document names and defines: first those defined by
+  /// Appends to `list` the spot colors that the document names and defines: first those defined by
   /// CMYK, then those by RGB, each in file order, one item a definition. Names that are deferred to
   /// the trailer are looked for in the last MiB only. True for any file with a PostScript start.
   /// The caller owns the list; no other thread may use it meanwhile.

@@ -106,7 +106,7 @@ class Flattening {
 
  private:
   // Rows are handed on whole, but for those that repeats make very long.
-  static constexpr std::size_t MostOfRow = std::size_t{64} << 10;
+  static constexpr std::size_t MaximumOfRow = std::size_t{64} << 10;
 
   void AppendCells(std::size_t repeat, std::string_view text) {
     if (text.empty()) return AppendTabs(repeat);
@@ -114,12 +114,12 @@ class Flattening {
     for (; repeat > 0; --repeat) {
       m_Row.append(text);
       m_Row += '\t';
-      if (m_Row.size() > MostOfRow) HandOn();
+      if (m_Row.size() > MaximumOfRow) HandOn();
     }
   }
 
   void AppendTabs(std::size_t count) {
-    if (count <= MostOfRow) {
+    if (count <= MaximumOfRow) {
       m_Row.append(count, '\t');
     } else {
       HandOn();

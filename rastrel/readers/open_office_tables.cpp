@@ -107,7 +107,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
   // Room for a text and two numbers, so that the store grows by doubling up to its limit at most.
   bool CheckKept(std::size_t size) {
     std::string& bytes = m_Tables.m_Bytes;
-    const std::size_t wanted = bytes.size() + size + MostForNumbers;
+    const std::size_t wanted = bytes.size() + size + MaximumForNumbers;
     if (wanted > m_Limits.cellText)
       Refuse(L"the cells hold more than " + std::to_wstring(m_Limits.cellText) + L" bytes");
     else if (wanted > bytes.capacity())
@@ -115,7 +115,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
     return !Refusal();
   }
 
-  static constexpr std::size_t MostForNumbers = 15;
+  static constexpr std::size_t MaximumForNumbers = 15;
 
   OpenOfficeTables& m_Tables;
   const SheetLimits& m_Limits;

@@ -24,7 +24,7 @@ namespace rastrel::test {
 /// The log callback of jobs whose log nobody reads.
 inline void IgnoreLog(const wchar_t* /*text*/) {}
 
-/// A small job: two pages of 120 by 80 points with a coloured square each.
+/// A small job: two pages of 120 by 80 points with a colored square each.
 inline constexpr const char* TwoPages =
     "%!PS-Adobe-3.0\n%%Pages: 2\n%%EndComments\n<< /PageSize [120 80] >> setpagedevice\n"
     "1 0 0 setrgbcolor 10 10 40 40 rectfill showpage\n"

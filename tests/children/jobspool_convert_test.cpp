@@ -130,7 +130,7 @@ TEST_F(QueueConvert, makes_the_page_directory_and_the_bitmap_and_nothing_else) {
   EXPECT_EQ(info.width, 200U);
   EXPECT_EQ(info.height, 100U);
   EXPECT_EQ(info.xResolution, 72);
-  EXPECT_EQ(info.colour, pages::PageColour::Rgb);
+  EXPECT_EQ(info.color, pages::PageColor::Rgb);
 }
 
 TEST_F(QueueConvert, the_declared_box_is_the_picture) {

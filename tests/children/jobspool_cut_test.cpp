@@ -42,7 +42,7 @@ struct Part {
   std::vector<Point> points;
 };
 struct Object {
-  std::string head;  // "NUMBER KIND COLOUR"
+  std::string head;  // "NUMBER KIND COLOR"
   std::vector<std::vector<Part>> polygons;
 };
 
@@ -154,7 +154,7 @@ TEST_F(QueueCut, two_lines_are_two_objects_in_their_order) {
   ASSERT_EQ(objects[1].polygons.size(), 1U);
 }
 
-TEST_F(QueueCut, a_colour_that_nothing_has_makes_an_archive_without_objects) {
+TEST_F(QueueCut, a_color_that_nothing_has_makes_an_archive_without_objects) {
   EXPECT_TRUE(
       Run("%# KVI_CutLine= RGB, 1.000, 0.000, 0.000\r\n", Box + "0 0 9 9 rectfill\n").empty());
 }
@@ -302,11 +302,11 @@ TEST_F(QueueCut, a_generated_contour_lies_where_another_device_puts_it) {
   }
 }
 
-TEST(QueueColourText, prints_as_the_host_compares) {
-  EXPECT_EQ(ColourText({CutLine::Kind::Rgb, {1, 0.502, 0}, {}}), "RGB: 1.000  0.502  0.000");
-  EXPECT_EQ(ColourText({CutLine::Kind::Cmyk, {0, 1, 1, 0.12345}, {}}),
+TEST(QueueColorText, prints_as_the_host_compares) {
+  EXPECT_EQ(ColorText({CutLine::Kind::Rgb, {1, 0.502, 0}, {}}), "RGB: 1.000  0.502  0.000");
+  EXPECT_EQ(ColorText({CutLine::Kind::Cmyk, {0, 1, 1, 0.12345}, {}}),
             "CMYK: 0.0000  1.0000  1.0000  0.1235");
-  EXPECT_EQ(ColourText({CutLine::Kind::Separation, {}, "Cut \x80"}), "Cut \xE2\x82\xAC");
+  EXPECT_EQ(ColorText({CutLine::Kind::Separation, {}, "Cut \x80"}), "Cut \xE2\x82\xAC");
 }
 
 class QueueCutFile : public ::testing::Test {

@@ -121,7 +121,7 @@ TEST(QueueHeader, keeps_a_separations_name_as_it_stands) {
   EXPECT_TRUE(ReadLines("%# KVI_CutLine= SEP\r\n").cutLines.empty());
 }
 
-TEST(QueueHeader, refuses_colours_that_are_none) {
+TEST(QueueHeader, refuses_colors_that_are_none) {
   for (const char* const bad :
        {"RGB, 1, 0", "RGB, 1, 0, x", "RGB, 1.1, 0, 0", "RGB, -0.1, 0, 0", "RGB, nan, 0, 0",
         "RGB, inf, 0, 0", "CMYK, 1, 0, 0", "cmyk, 1, 0, 0, 0", "LAB, 1, 0, 0", ""}) {

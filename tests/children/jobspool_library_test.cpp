@@ -94,21 +94,21 @@ TEST_F(LibraryQueue, hears_of_a_failure) {
   EXPECT_FALSE(fs::exists(Product(".cfm")));
 }
 
-// The texts of an archive's colours, by the framework's own reader of wide text.
-std::vector<std::wstring> Colours(const std::string& path) {
+// The texts of an archive's colors, by the framework's own reader of wide text.
+std::vector<std::wstring> Colors(const std::string& path) {
   CFile file;
   EXPECT_TRUE(file.Open(os::WideFromUtf8(path).c_str(), CFile::modeRead));
   CArchive archive(&file, CArchive::load);
-  std::vector<std::wstring> colours;
+  std::vector<std::wstring> colors;
   std::int32_t number = 0;
   std::int32_t count = 0;
   archive >> number >> count;
   for (std::int32_t object = 0; object < count; ++object) {
-    CString colour;
+    CString color;
     double real = 0;
     std::int64_t polygons = 0;
-    archive >> number >> colour >> real >> polygons;
-    colours.push_back(colour);
+    archive >> number >> color >> real >> polygons;
+    colors.push_back(color);
     EXPECT_EQ(number, 1);
     for (; polygons > 0; --polygons) {
       std::int64_t parts = 0;
@@ -126,10 +126,10 @@ std::vector<std::wstring> Colours(const std::string& path) {
     }
     archive >> number;
   }
-  return colours;
+  return colors;
 }
 
-TEST_F(LibraryQueue, finds_its_cut_colours_in_the_archive) {
+TEST_F(LibraryQueue, finds_its_cut_colors_in_the_archive) {
   CPS2CutData rgb;
   rgb.enabled = 1;
   rgb.color = CVKFullColor(255 | 128 << 8, COLORSPACE_RGB, 0, 0);
@@ -140,11 +140,11 @@ TEST_F(LibraryQueue, finds_its_cut_colours_in_the_archive) {
       L"D\xE9"
       L"coupe");
   EXPECT_EQ(Convert(Art, rgb, named).back(), 10);
-  const auto colours = Colours(Product(".cut"));
-  ASSERT_EQ(colours.size(), 2U);
-  EXPECT_TRUE(rgb.IsColorMatchKVI(colours[0])) << os::Utf8FromWide(colours[0]);
-  EXPECT_FALSE(named.IsColorMatchKVI(colours[0]));
-  EXPECT_TRUE(named.IsColorMatchKVI(colours[1])) << os::Utf8FromWide(colours[1]);
+  const auto colors = Colors(Product(".cut"));
+  ASSERT_EQ(colors.size(), 2U);
+  EXPECT_TRUE(rgb.IsColorMatchKVI(colors[0])) << os::Utf8FromWide(colors[0]);
+  EXPECT_FALSE(named.IsColorMatchKVI(colors[0]));
+  EXPECT_TRUE(named.IsColorMatchKVI(colors[1])) << os::Utf8FromWide(colors[1]);
 }
 
 TEST_F(LibraryQueue, measures_real_files_by_the_interface) {

@@ -61,7 +61,7 @@ pages::PageFile DescribeFile(const std::string& directory, const std::string& na
   return {name, content.size(), sum.Finish()};
 }
 
-pages::PageInfo PageOf(pages::PageColour colour, const std::vector<std::string>& planes,
+pages::PageInfo PageOf(pages::PageColor color, const std::vector<std::string>& planes,
                        unsigned width, unsigned height) {
   pages::PageInfo info;
   info.job = "Job";
@@ -69,11 +69,11 @@ pages::PageInfo PageOf(pages::PageColour colour, const std::vector<std::string>&
   info.height = height;
   info.xResolution = 100;
   info.yResolution = 50;
-  info.colour = colour;
+  info.color = color;
   for (unsigned i = 0; i < planes.size(); ++i) {
-    switch (colour) {
-      case pages::PageColour::Gray: info.planes.push_back({planes[i], "pixels.pgm", i}); break;
-      case pages::PageColour::Rgb: info.planes.push_back({planes[i], "pixels.ppm", i}); break;
+    switch (color) {
+      case pages::PageColor::Gray: info.planes.push_back({planes[i], "pixels.pgm", i}); break;
+      case pages::PageColor::Rgb: info.planes.push_back({planes[i], "pixels.ppm", i}); break;
       default: info.planes.push_back({planes[i], "plane-" + std::to_string(i) + ".tif", 0});
     }
   }
@@ -117,7 +117,7 @@ void WriteNetpbm(const std::string& path, unsigned width, unsigned height, unsig
 void WritePage(const std::string& directory, pages::PageInfo& info) {
   fs::create_directories(directory);
   info.files.clear();
-  if (info.colour == pages::PageColour::Rgb || info.colour == pages::PageColour::Gray) {
+  if (info.color == pages::PageColor::Rgb || info.color == pages::PageColor::Gray) {
     const std::string& name = info.planes.front().file;
     WriteNetpbm(directory + "/" + name, info.width, info.height,
                 static_cast<unsigned>(info.planes.size()));
@@ -133,7 +133,7 @@ void WritePage(const std::string& directory, pages::PageInfo& info) {
 
 pages::PageInfo WriteRgbPage(const std::string& directory, const std::string& job, unsigned page,
                              const std::string& printer) {
-  pages::PageInfo info = PageOf(pages::PageColour::Rgb, {"Red", "Green", "Blue"}, 40, 30);
+  pages::PageInfo info = PageOf(pages::PageColor::Rgb, {"Red", "Green", "Blue"}, 40, 30);
   info.job = job;
   info.page = page;
   info.printer = printer;

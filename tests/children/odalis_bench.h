@@ -35,9 +35,8 @@ void WriteFile(const std::string& path, const std::string& content);
 
 /// A description of a page of the test picture whose planes lie in "pixels.ppm" or "pixels.pgm"
 /// (gray, rgb), or in "plane-N.tif" each (the others).
-[[nodiscard]] pages::PageInfo PageOf(pages::PageColour colour,
-                                     const std::vector<std::string>& planes, unsigned width,
-                                     unsigned height);
+[[nodiscard]] pages::PageInfo PageOf(pages::PageColor color, const std::vector<std::string>& planes,
+                                     unsigned width, unsigned height);
 /// Writes the page's files and its ".info" into the directory, with sizes and sums filled in.
 void WritePage(const std::string& directory, pages::PageInfo& info);
 /// An RGB page of 40 by 30 pixels.

@@ -197,7 +197,7 @@ TEST_F(Engine, changed_pixels_are_not_delivered) {
 
 TEST_F(Engine, planes_become_files_of_their_own) {
   WriteRgbPage(Pages() + "/p1", "Sign");
-  auto info = PageOf(pages::PageColour::Separations, {"Cyan", "../Spot", "_._Spot"}, 40, 30);
+  auto info = PageOf(pages::PageColor::Separations, {"Cyan", "../Spot", "_._Spot"}, 40, 30);
   info.job = "Inks";
   WritePage(Pages() + "/p2", info);
   const auto run = Run({{"p1"}, {"p2"}}, {}, true);
@@ -225,7 +225,7 @@ TEST_F(Engine, planes_of_one_page_get_one_number) {
 }
 
 TEST_F(Engine, planes_whose_names_become_the_same_stay_apart) {
-  auto info = PageOf(pages::PageColour::Separations, {"A/B", "A\\B", "A_B"}, 40, 30);
+  auto info = PageOf(pages::PageColor::Separations, {"A/B", "A\\B", "A_B"}, 40, 30);
   WritePage(Pages() + "/p1", info);
   const auto run = Run({{"p1"}}, {}, true);
   EXPECT_EQ(run->Status(), Done) << run->Report();
@@ -233,7 +233,7 @@ TEST_F(Engine, planes_whose_names_become_the_same_stay_apart) {
 }
 
 TEST_F(Engine, spot_inks_are_refused_by_formats_that_cannot_hold_them) {
-  auto info = PageOf(pages::PageColour::Separations, {"Cyan", "Gold"}, 40, 30);
+  auto info = PageOf(pages::PageColor::Separations, {"Cyan", "Gold"}, 40, 30);
   info.printer = "Png";
   WritePage(Pages() + "/p1", info);
   const auto run = Run({{"p1"}});
@@ -327,7 +327,7 @@ TEST_F(Engine, memory_does_not_grow_with_the_page) {
   long peaks[2] = {};
   const unsigned heights[2] = {40, 6000};  // the second has 108 MB of pixels
   for (int i = 0; i < 2; ++i) {
-    auto info = PageOf(pages::PageColour::Rgb, {"Red", "Green", "Blue"}, 6000, 1);
+    auto info = PageOf(pages::PageColor::Rgb, {"Red", "Green", "Blue"}, 6000, 1);
     WritePage(Pages() + "/p", info);
     info.height = heights[i];
     const std::string header = "P6\n6000 " + std::to_string(heights[i]) + "\n255\n";
@@ -343,7 +343,7 @@ TEST_F(Engine, memory_does_not_grow_with_the_page) {
 }
 
 TEST_F(Engine, being_killed_at_any_moment_leaves_whole_files_only) {
-  auto info = PageOf(pages::PageColour::Rgb, {"Red", "Green", "Blue"}, 600, 400);
+  auto info = PageOf(pages::PageColor::Rgb, {"Red", "Green", "Blue"}, 600, 400);
   WritePage(Pages() + "/p1", info);
   const std::string text = Cfm2(Pages() + "/", {{"p1", "reprint", 20}});
   std::mt19937 random(20240506);

@@ -15,7 +15,7 @@ namespace rastrel::odalis {
 namespace {
 
 using namespace testing;
-using pages::PageColour;
+using pages::PageColor;
 using pages::PageInfo;
 
 /// All samples of a page, or the problem's words.
@@ -46,23 +46,23 @@ void ExpectTestPicture(const PageInfo& info, const std::vector<std::uint8_t>& pi
 }
 
 struct Form {
-  PageColour colour;
+  PageColor color;
   std::vector<std::string> planes;
-  ColourModel model;
+  ColorModel model;
 };
 
 TEST(PageSource, rows_hold_all_planes_wherever_they_lie) {
   const Form forms[] = {
-      {PageColour::Gray, {"Gray"}, ColourModel::Gray},
-      {PageColour::Rgb, {"Red", "Green", "Blue"}, ColourModel::Rgb},
-      {PageColour::Cmyk, {"Cyan", "Magenta", "Yellow", "Black"}, ColourModel::Cmyk},
-      {PageColour::Separations, {"Cyan", "Magenta", "Yellow", "Black"}, ColourModel::Cmyk},
-      {PageColour::Separations, {"Cyan", "Gold", "Varnish"}, ColourModel::Inks},
-      {PageColour::Separations, {"Gold"}, ColourModel::Inks},
+      {PageColor::Gray, {"Gray"}, ColorModel::Gray},
+      {PageColor::Rgb, {"Red", "Green", "Blue"}, ColorModel::Rgb},
+      {PageColor::Cmyk, {"Cyan", "Magenta", "Yellow", "Black"}, ColorModel::Cmyk},
+      {PageColor::Separations, {"Cyan", "Magenta", "Yellow", "Black"}, ColorModel::Cmyk},
+      {PageColor::Separations, {"Cyan", "Gold", "Varnish"}, ColorModel::Inks},
+      {PageColor::Separations, {"Gold"}, ColorModel::Inks},
   };
   for (const Form& form : forms) {
     const TemporaryDirectory directory;
-    PageInfo info = PageOf(form.colour, form.planes, 37, 23);
+    PageInfo info = PageOf(form.color, form.planes, 37, 23);
     WritePage(directory.Path(), info);
     std::vector<std::uint8_t> pixels;
     EXPECT_EQ(ReadAll(directory.Path(), info, pixels), "");
@@ -73,7 +73,7 @@ TEST(PageSource, rows_hold_all_planes_wherever_they_lie) {
 
 TEST(PageSource, planes_may_lie_in_another_order_than_their_channels) {
   const TemporaryDirectory directory;
-  PageInfo info = PageOf(PageColour::Rgb, {"Red", "Green", "Blue"}, 5, 4);
+  PageInfo info = PageOf(PageColor::Rgb, {"Red", "Green", "Blue"}, 5, 4);
   WritePage(directory.Path(), info);
   std::swap(info.planes[0].channel, info.planes[2].channel);
   std::vector<std::uint8_t> pixels;
@@ -136,7 +136,7 @@ TEST(PageSource, a_spoilt_netpbm_page_is_refused_with_the_reason) {
   int row = 0;
   for (const Spoilt& fault : NetpbmFaults) {
     const TemporaryDirectory directory;
-    PageInfo info = PageOf(PageColour::Rgb, {"Red", "Green", "Blue"}, 5, 4);
+    PageInfo info = PageOf(PageColor::Rgb, {"Red", "Green", "Blue"}, 5, 4);
     WritePage(directory.Path(), info);
     fault.spoil(directory.Path(), info);
     std::vector<std::uint8_t> pixels;
@@ -156,18 +156,18 @@ const Spoilt DescriptionFaults[] = {
     {"2 planes", [](auto&, auto& i) { i.planes.pop_back(); }},
     {"0 planes",
      [](auto&, auto& i) {
-       i.colour = PageColour::Separations;
+       i.color = PageColor::Separations;
        i.planes.clear();
      }},
     {"65 planes",
      [](auto&, auto& i) {
-       i.colour = PageColour::Separations;
+       i.color = PageColor::Separations;
        i.planes.resize(65, i.planes[0]);
      }},
     {"no file 'other' but a plane in it", [](auto&, auto& i) { i.planes[1].file = "other"; }},
     {"64 MiB",
      [](auto&, auto& i) {
-       i.colour = PageColour::Separations;
+       i.color = PageColor::Separations;
        i.planes.resize(64, i.planes[0]);
        i.width = 1'900'000;
      }},
@@ -175,7 +175,7 @@ const Spoilt DescriptionFaults[] = {
 
 TEST(PageSource, a_description_that_cannot_be_is_refused_with_the_reason) {
   const TemporaryDirectory directory;
-  PageInfo good = PageOf(PageColour::Rgb, {"Red", "Green", "Blue"}, 5, 4);
+  PageInfo good = PageOf(PageColor::Rgb, {"Red", "Green", "Blue"}, 5, 4);
   WritePage(directory.Path(), good);
   for (const Spoilt& fault : DescriptionFaults) {
     PageInfo info = good;
@@ -210,7 +210,7 @@ std::string TiffWith(const std::string& path, int bits, int samples, int planar,
 
 TEST(PageSource, a_spoilt_tiff_plane_is_refused_with_the_reason) {
   const TemporaryDirectory directory;
-  PageInfo info = PageOf(PageColour::Separations, {"Gold"}, 5, 4);
+  PageInfo info = PageOf(PageColor::Separations, {"Gold"}, 5, 4);
   WritePage(directory.Path(), info);
   const std::string good = ReadFile(directory.Path() + "/plane-0.tif");
   const std::string scratch = directory.Path() + "/scratch.tif";
@@ -232,7 +232,7 @@ TEST(PageSource, a_spoilt_tiff_plane_is_refused_with_the_reason) {
 
 TEST(PageSource, a_tiff_plane_cut_or_changed_at_any_byte_never_harms) {
   const TemporaryDirectory directory;
-  PageInfo info = PageOf(PageColour::Separations, {"Gold"}, 5, 4);
+  PageInfo info = PageOf(PageColor::Separations, {"Gold"}, 5, 4);
   WritePage(directory.Path(), info);
   const std::string good = ReadFile(directory.Path() + "/plane-0.tif");
   std::vector<std::uint8_t> pixels;

@@ -17,7 +17,7 @@ namespace {
 
 using namespace testing;
 
-ImageShape ShapeOf(ColourModel model, const std::vector<std::string>& planes, unsigned width = 31,
+ImageShape ShapeOf(ColorModel model, const std::vector<std::string>& planes, unsigned width = 31,
                    unsigned height = 17) {
   ImageShape shape;
   shape.width = width;
@@ -67,7 +67,7 @@ void ExpectPicture(const Picture& picture, const ImageShape& shape, bool inverte
 
 const std::vector<std::string> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
 
-TEST(TiffWriter, each_colour_model_can_be_read_back) {
+TEST(TiffWriter, each_color_model_can_be_read_back) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.tif";
   const struct {
@@ -77,14 +77,14 @@ TEST(TiffWriter, each_colour_model_can_be_read_back) {
     unsigned inkSet;
     std::string inkNames;
   } rows[] = {
-      {ShapeOf(ColourModel::Gray, {"Gray"}), PHOTOMETRIC_MINISBLACK, false, 0, ""},
-      {ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"}), PHOTOMETRIC_RGB, false, 0, ""},
-      {ShapeOf(ColourModel::Cmyk, ProcessInks), PHOTOMETRIC_SEPARATED, true, INKSET_CMYK, ""},
-      {ShapeOf(ColourModel::Inks, {"Cyan", "Gold"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
+      {ShapeOf(ColorModel::Gray, {"Gray"}), PHOTOMETRIC_MINISBLACK, false, 0, ""},
+      {ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"}), PHOTOMETRIC_RGB, false, 0, ""},
+      {ShapeOf(ColorModel::Cmyk, ProcessInks), PHOTOMETRIC_SEPARATED, true, INKSET_CMYK, ""},
+      {ShapeOf(ColorModel::Inks, {"Cyan", "Gold"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
        "Cyan|Gold|"},
-      {ShapeOf(ColourModel::Inks, {"Gr\xC3\xBCn"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
+      {ShapeOf(ColorModel::Inks, {"Gr\xC3\xBCn"}), PHOTOMETRIC_SEPARATED, true, INKSET_MULTIINK,
        "Gr\xC3\xBCn|"},
-      {ShapeOf(ColourModel::Inks, {"1", "2", "3", "4", "5", "6", "7"}), PHOTOMETRIC_SEPARATED, true,
+      {ShapeOf(ColorModel::Inks, {"1", "2", "3", "4", "5", "6", "7"}), PHOTOMETRIC_SEPARATED, true,
        INKSET_MULTIINK, "1|2|3|4|5|6|7|"},
   };
   for (const auto& row : rows) {
@@ -102,7 +102,7 @@ TEST(TiffWriter, each_colour_model_can_be_read_back) {
 TEST(TiffWriter, a_picture_that_may_pass_four_gigabytes_becomes_a_big_tiff) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.tif";
-  ImageShape shape = ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"}, 100'000, 10'000);
+  ImageShape shape = ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"}, 100'000, 10'000);
   const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT, 0600));
   auto writer = MakeImageWriter(FileFormat::Tiff, file.Get(), path, shape);
   ASSERT_TRUE(writer);
@@ -114,8 +114,8 @@ TEST(TiffWriter, a_picture_that_may_pass_four_gigabytes_becomes_a_big_tiff) {
 TEST(PngWriter, gray_and_rgb_can_be_read_back) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.png";
-  for (const ImageShape& shape : {ShapeOf(ColourModel::Gray, {"Gray"}),
-                                  ShapeOf(ColourModel::Rgb, {"Red", "Green", "Blue"})}) {
+  for (const ImageShape& shape :
+       {ShapeOf(ColorModel::Gray, {"Gray"}), ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"})}) {
     ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
     ExpectPicture(ReadPng(path), shape, false);
   }
@@ -127,7 +127,7 @@ TEST(PngWriter, gray_and_rgb_can_be_read_back) {
 TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.png";
-  const ImageShape shape = ShapeOf(ColourModel::Cmyk, ProcessInks);
+  const ImageShape shape = ShapeOf(ColorModel::Cmyk, ProcessInks);
   ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
   const Picture picture = ReadPng(path);
   ASSERT_EQ(picture.samples, 3u);
@@ -144,14 +144,14 @@ TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
 }
 
 TEST(MakeImageWriter, spot_inks_are_refused_where_the_format_has_no_place_for_them) {
-  const ImageShape shape = ShapeOf(ColourModel::Inks, {"Gold"});
+  const ImageShape shape = ShapeOf(ColorModel::Inks, {"Gold"});
   EXPECT_NE(Write(FileFormat::Png, "/dev/null", shape).find("spot inks"), std::string::npos);
-  const ImageShape many = ShapeOf(ColourModel::Inks, std::vector<std::string>(33, "Gold"));
+  const ImageShape many = ShapeOf(ColorModel::Inks, std::vector<std::string>(33, "Gold"));
   EXPECT_NE(Write(FileFormat::Pdf, "/dev/null", many).find("32 inks"), std::string::npos);
 }
 
 TEST(MakeImageWriter, a_full_disk_is_told) {
-  const ImageShape shape = ShapeOf(ColourModel::Rgb, {"R", "G", "B"}, 3000, 400);
+  const ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 3000, 400);
   for (const FileFormat format : {FileFormat::Png, FileFormat::Pdf}) {
     EXPECT_NE(Write(format, "/dev/full", shape).find("No space left"), std::string::npos);
   }
@@ -182,7 +182,7 @@ std::vector<std::uint8_t> PdfPixels(const std::string& pdf, std::size_t size) {
 TEST(PdfWriter, the_table_of_offsets_leads_to_each_object) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.pdf";
-  ASSERT_EQ(Write(FileFormat::Pdf, path, ShapeOf(ColourModel::Rgb, {"R", "G", "B"})), "");
+  ASSERT_EQ(Write(FileFormat::Pdf, path, ShapeOf(ColorModel::Rgb, {"R", "G", "B"})), "");
   const std::string pdf = ReadFile(path);
   EXPECT_TRUE(pdf.starts_with("%PDF-1.4\n"));
   EXPECT_TRUE(pdf.ends_with("%%EOF\n"));
@@ -196,16 +196,16 @@ TEST(PdfWriter, the_table_of_offsets_leads_to_each_object) {
   }
 }
 
-TEST(PdfWriter, each_colour_model_is_there_with_its_pixels_and_size) {
+TEST(PdfWriter, each_color_model_is_there_with_its_pixels_and_size) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.pdf";
   const struct {
     ImageShape shape;
     const char* space;
     bool inverted;
-  } rows[] = {{ShapeOf(ColourModel::Gray, {"Gray"}), "/DeviceGray", false},
-              {ShapeOf(ColourModel::Rgb, {"R", "G", "B"}), "/DeviceRGB", false},
-              {ShapeOf(ColourModel::Cmyk, ProcessInks), "/DeviceCMYK", true}};
+  } rows[] = {{ShapeOf(ColorModel::Gray, {"Gray"}), "/DeviceGray", false},
+              {ShapeOf(ColorModel::Rgb, {"R", "G", "B"}), "/DeviceRGB", false},
+              {ShapeOf(ColorModel::Cmyk, ProcessInks), "/DeviceCMYK", true}};
   for (const auto& row : rows) {
     ASSERT_EQ(Write(FileFormat::Pdf, path, row.shape), "");
     const std::string pdf = ReadFile(path);
@@ -227,7 +227,7 @@ TEST(PdfWriter, each_colour_model_is_there_with_its_pixels_and_size) {
 TEST(PdfWriter, a_page_longer_than_the_format_allows_gets_a_user_unit) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.pdf";
-  ImageShape shape = ShapeOf(ColourModel::Gray, {"Gray"}, 800, 2);
+  ImageShape shape = ShapeOf(ColorModel::Gray, {"Gray"}, 800, 2);
   shape.xResolution = 2;  // 28,800 points
   shape.yResolution = 2;
   ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
@@ -240,7 +240,7 @@ TEST(PdfWriter, inks_have_names_of_their_own_whatever_they_are_called) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.pdf";
   const ImageShape shape =
-      ShapeOf(ColourModel::Inks, {"Cyan", "Gr\xC3\xBCn (1)/", "Cyan", "", "None", "All"});
+      ShapeOf(ColorModel::Inks, {"Cyan", "Gr\xC3\xBCn (1)/", "Cyan", "", "None", "All"});
   ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
   EXPECT_EQ(Between(ReadFile(path), "/DeviceN [", "]"),
             "/Cyan /Gr#C3#BCn#20#281#29#2F /Cyan#5F2 /#5F2 /None#5F2 /All#5F2");
@@ -250,7 +250,7 @@ TEST(PdfWriter, an_interpreter_separates_the_inks_again) {
   if (std::system("gs --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "gs is not installed";
   const TemporaryDirectory directory;
   const std::string inks[] = {"Cyan", "Magenta", "Yellow", "Black", "CutContour"};
-  ImageShape shape = ShapeOf(ColourModel::Inks, {std::begin(inks), std::end(inks)}, 72, 36);
+  ImageShape shape = ShapeOf(ColorModel::Inks, {std::begin(inks), std::end(inks)}, 72, 36);
   shape.xResolution = 72;
   shape.yResolution = 72;
   ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
@@ -274,7 +274,7 @@ TEST(PdfWriter, an_interpreter_without_the_inks_shows_them_as_black) {
   const TemporaryDirectory directory;
   // One pixel each: no ink, all of Gold, all of Cyan; 255 is no ink.
   const std::uint8_t row[] = {255, 255, 0, 255, 255, 0};
-  ImageShape shape = ShapeOf(ColourModel::Inks, {"Gold", "Cyan"}, 3, 1);
+  ImageShape shape = ShapeOf(ColorModel::Inks, {"Gold", "Cyan"}, 3, 1);
   shape.xResolution = 72;
   shape.yResolution = 72;
   const std::string path = directory.Path() + "/x.pdf";
@@ -301,7 +301,7 @@ TEST(PdfWriter, an_interpreter_without_the_inks_shows_them_as_black) {
 TEST(PdfWriter, an_interpreter_shows_the_same_pixels) {
   if (std::system("gs --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "gs is not installed";
   const TemporaryDirectory directory;
-  ImageShape shape = ShapeOf(ColourModel::Rgb, {"R", "G", "B"}, 72, 36);
+  ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 72, 36);
   shape.xResolution = 72;
   shape.yResolution = 72;
   ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");

@@ -1,4 +1,4 @@
-// What the cutter's section does to a page: paths of its colour leave the picture and are kept.
+// What the cutter's section does to a page: paths of its color leave the picture and are kept.
 
 #include <gtest/gtest.h>
 
@@ -22,31 +22,31 @@ TEST(CutterEffect, of_each_model_takes_the_outline_out_of_the_picture) {
   const CJobData spot = NamedCut(L"CutContour");
   const std::vector<std::pair<std::wstring, std::string>> cases{
       {prefix::CutterSection(RedCut()), "1 0 0 setrgbcolor"},
-      {prefix::CutterSection(CutColour(prefix::CutterCmyk, {0, 128, 255, 0})),
+      {prefix::CutterSection(CutColor(prefix::CutterCmyk, {0, 128, 255, 0})),
        "0 0.502 1 0 setcmykcolor"},
       {prefix::CutDataSection(RedCut()), "1 0 0 setrgbcolor"},
-      {prefix::CutDataSection(CutColour(prefix::CutterCmyk, {0, 500, 1000, 0})),
+      {prefix::CutDataSection(CutColor(prefix::CutterCmyk, {0, 500, 1000, 0})),
        "0 0.5 1 0 setcmykcolor"},
       {prefix::CutDataSection(spot), Spot},
       {prefix::CutDataSection(spot),
        "[/DeviceN [/CutContour] /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor"},
-      {prefix::CutterSection(CutColour(prefix::CutterRgb, {51, 51, 51, 0})), "0.2 setgray"},
-      {prefix::CutterSection(CutColour(prefix::CutterCmyk, {0, 0, 0, 204})), "0.2 setgray"}};
-  for (const auto& [section, colour] : cases) {
-    SCOPED_TRACE(os::Utf8FromWide(section) + colour);
-    ExpectOutlineCut(OnlyPage(bench, PrefixOf(bench, section), Outline(colour)));
+      {prefix::CutterSection(CutColor(prefix::CutterRgb, {51, 51, 51, 0})), "0.2 setgray"},
+      {prefix::CutterSection(CutColor(prefix::CutterCmyk, {0, 0, 0, 204})), "0.2 setgray"}};
+  for (const auto& [section, color] : cases) {
+    SCOPED_TRACE(os::Utf8FromWide(section) + color);
+    ExpectOutlineCut(OnlyPage(bench, PrefixOf(bench, section), Outline(color)));
   }
 }
 
-TEST(CutterEffect, leaves_other_colours_in_the_picture) {
+TEST(CutterEffect, leaves_other_colors_in_the_picture) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
-  for (const std::string& colour :
+  for (const std::string& color :
        Names{"0.99 0 0 setrgbcolor", "0 1 1 0 setcmykcolor", Spot,
              "[/Separation /Other /DeviceRGB {0 0}] setcolorspace 1 setcolor"}) {
-    SCOPED_TRACE(colour);
+    SCOPED_TRACE(color);
     const std::string page =
-        OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut())), Outline(colour));
+        OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut())), Outline(color));
     EXPECT_TRUE(CutPathsOf(page).empty());
     EXPECT_TRUE(HasRed(ReadNetpbm(page + "/page.ppm")));
   }
@@ -191,7 +191,7 @@ TEST(CutterEffect, can_not_be_undone_by_a_job) {
   }
 }
 
-// A job can paint in the cut colour, and so make cut paths; it can't write them as reports.
+// A job can paint in the cut color, and so make cut paths; it can't write them as reports.
 TEST(CutterEffect, can_not_be_forged_in_reports) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
@@ -202,7 +202,7 @@ TEST(CutterEffect, can_not_be_forged_in_reports) {
                             "%!PS\n" + lines + Outline("1 0 0 setrgbcolor").substr(5)));
 }
 
-TEST(CutterEffect, leaves_no_plane_of_the_cut_colour_in_separations) {
+TEST(CutterEffect, leaves_no_plane_of_the_cut_color_in_separations) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const CJobData spot = NamedCut(L"CutContour");
@@ -237,16 +237,16 @@ TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths
   }
 }
 
-// The same numbers as the cut colour's, in every other kind of colour space: nothing is taken, and
-// nothing fails. Two of the colours match, one for each of two cut colours.
+// The same numbers as the cut color's, in every other kind of color space: nothing is taken, and
+// nothing fails. Two of the colors match, one for each of two cut colors.
 TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
-  const std::string uncoloured =
+  const std::string uncolored =
       "/pt << /PatternType 1 /PaintType 2 /TilingType 1 /BBox [0 0 20 20] /XStep 20 /YStep 20 "
       "/PaintProc { pop 5 5 10 10 rectfill } >> matrix makepattern def\n";
   std::string drawing;
-  for (const std::string& colour :
+  for (const std::string& color :
        Names{"[/Pattern /DeviceRGB] setcolorspace 1 0 0 pt setcolor",
              "[/Pattern /DeviceCMYK] setcolorspace 0 1 1 0 pt setcolor",
              "[/Pattern /DeviceGray] setcolorspace 0 pt setcolor",
@@ -260,15 +260,15 @@ TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
              "[/CIEBasedA << /WhitePoint [0.95 1 1.09] >>] setcolorspace 0 setcolor", "1 setgray",
              "0 setgray", "[/Separation /All /DeviceCMYK {dup dup dup}] setcolorspace 1 setcolor",
              "1 0 0 setrgbcolor", "0 1 1 0 setcmykcolor"}) {
-    drawing += colour + " 10 10 20 20 rectfill 10 10 moveto 9 9 lineto stroke\n";
+    drawing += color + " 10 10 20 20 rectfill 10 10 moveto 9 9 lineto stroke\n";
   }
   const std::string job =
-      bench.File("job.ps", Page(144, 144, uncoloured + drawing + "count 0 ne { fehler } if"));
-  const auto coloursUnder = [&](const std::wstring& section) {
-    Names colours;
+      bench.File("job.ps", Page(144, 144, uncolored + drawing + "count 0 ne { fehler } if"));
+  const auto colorsUnder = [&](const std::wstring& section) {
+    Names colors;
     const std::string page = Pages(bench.Run({PrefixOf(bench, section), job}), 1).front();
-    for (const CutPath& path : CutPathsOf(page)) colours.push_back(path.colour);
-    return colours;
+    for (const CutPath& path : CutPathsOf(page)) colors.push_back(path.color);
+    return colors;
   };
   const std::string rgb = "rgb 1.0 0.0 0.0";
   const std::string cmyk = "cmyk 0.0 1.0 1.0 0.0";
@@ -277,11 +277,11 @@ TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
   ASSERT_NE(both.find(line), both.npos);
   both.insert(both.find(line) + line.size(),
               L"false 0.0000 1.0000 1.0000 0.0000 /DeviceCMYK $stripcontour\n");
-  EXPECT_EQ(coloursUnder(prefix::CutterSection(RedCut())), (Names{rgb, rgb}));
-  EXPECT_EQ(coloursUnder(prefix::CutterSection(CutColour(prefix::CutterCmyk, {0, 255, 255, 0}))),
+  EXPECT_EQ(colorsUnder(prefix::CutterSection(RedCut())), (Names{rgb, rgb}));
+  EXPECT_EQ(colorsUnder(prefix::CutterSection(CutColor(prefix::CutterCmyk, {0, 255, 255, 0}))),
             (Names{cmyk, cmyk}));
-  EXPECT_EQ(coloursUnder(prefix::CutDataSection(NamedCut(L"CutContour"))), Names{});
-  EXPECT_EQ(coloursUnder(both), (Names{rgb, rgb, cmyk, cmyk}));
+  EXPECT_EQ(colorsUnder(prefix::CutDataSection(NamedCut(L"CutContour"))), Names{});
+  EXPECT_EQ(colorsUnder(both), (Names{rgb, rgb, cmyk, cmyk}));
 }
 
 // A restore takes back what the interpreter holds since the save, but what was cut stays cut.
@@ -319,8 +319,8 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
   }
 }
 
-// Fonts whose glyphs are programs: one with a shape in the text's colour, one that paints blue.
-TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_colour) {
+// Fonts whose glyphs are programs: one with a shape in the text's color, one that paints blue.
+TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const auto font = [](const std::string& name, const std::string& glyph) {

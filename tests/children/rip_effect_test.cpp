@@ -72,7 +72,7 @@ TEST(LevelsEffect, of_a_gamma_is_what_the_tables_bytes_say) {
   ExpectNear(GrayUnder(settings), {mean, mean, mean}, 2);
 }
 
-// A patch of half a colour for each plane, side by side on a page of 120 by 20 points.
+// A patch of half a color for each plane, side by side on a page of 120 by 20 points.
 const std::string Patches = Page(
     120, 20,
     "0.5 0 0 0 setcmykcolor 0 0 20 20 rectfill 0 0.5 0 0 setcmykcolor 20 0 20 20 rectfill "
@@ -99,9 +99,9 @@ std::map<std::string, int> PatchesUnder(const CJobData& settings, const std::str
   return samples;
 }
 
-// The prefix asks the device for its first name, and takes its other branch for six colours: the
+// The prefix asks the device for its first name, and takes its other branch for six colors: the
 // extra planes have the levels of red and green.
-TEST(LevelsEffect, of_six_colours_gives_the_extra_planes_those_of_red_and_green) {
+TEST(LevelsEffect, of_six_colors_gives_the_extra_planes_those_of_red_and_green) {
   REQUIRE_GHOSTSCRIPT();
   CJobData settings = WithLevels(0, 1, 255);
   settings.LevelsLinked = false;
@@ -120,7 +120,7 @@ TEST(LevelsEffect, of_six_colours_gives_the_extra_planes_those_of_red_and_green)
   for (const auto& [name, sample] : green) {
     EXPECT_NEAR(sample, name == "Magenta" || name == "Hexachrome Green" ? 31 : 127, 1) << name;
   }
-  // The same separations beside four colours have no levels.
+  // The same separations beside four colors have no levels.
   const auto four = PatchesUnder(settings, "4Color");
   ASSERT_EQ(four.size(), 6U);
   for (const auto& [name, sample] : four) {
@@ -128,7 +128,7 @@ TEST(LevelsEffect, of_six_colours_gives_the_extra_planes_those_of_red_and_green)
   }
 }
 
-TEST(SixColours, have_their_planes_on_every_page_and_further_spots_too) {
+TEST(SixColors, have_their_planes_on_every_page_and_further_spots_too) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const std::string gold =

@@ -41,18 +41,18 @@ std::string OnlyPage(const RipBench& bench, const std::string& prefix, const std
   return Pages(bench.Run({prefix, bench.File("job.ps", job)}), 1).front();
 }
 
-CJobData CutColour(int model, std::array<std::int32_t, 4> colour) {
+CJobData CutColor(int model, std::array<std::int32_t, 4> color) {
   CJobData settings;
   settings.CutterEnabled = true;
   settings.CutterColorModel = model;
-  settings.CutterColor = colour;
+  settings.CutterColor = color;
   return settings;
 }
 
-CJobData RedCut() { return CutColour(prefix::CutterRgb, {255, 0, 0, 0}); }
+CJobData RedCut() { return CutColor(prefix::CutterRgb, {255, 0, 0, 0}); }
 
 CJobData NamedCut(const std::wstring& separation) {
-  CJobData settings = CutColour(prefix::CutterNamed, {});
+  CJobData settings = CutColor(prefix::CutterNamed, {});
   settings.CutterSeparation = separation;
   return settings;
 }
@@ -85,7 +85,7 @@ std::vector<CutPath> CutPathsOf(const std::string& page) {
     } else if (key == "kind:") {
       paths.back().kind = value;
     } else if (key == "colour:") {
-      paths.back().colour = value;
+      paths.back().color = value;
     } else if (key == "line-width:") {
       paths.back().width = std::stod(value);
     } else if (key == "clip:") {
@@ -111,9 +111,9 @@ bool HasRed(const Pixels& pixels) {
   return false;
 }
 
-std::string Outline(const std::string& colour) {
+std::string Outline(const std::string& color) {
   return Page(144, 144,
-              "0 0 1 setrgbcolor 30 90 20 20 rectfill\n" + colour +
+              "0 0 1 setrgbcolor 30 90 20 20 rectfill\n" + color +
                   " 2 setlinewidth 20 20 moveto 100 0 rlineto 0 50 rlineto -100 0 rlineto "
                   "closepath stroke");
 }

@@ -30,15 +30,15 @@ inline constexpr const char* Mode100 = "3Color 100 100 SetXYResolution";
 [[nodiscard]] std::string OnlyPage(const RipBench& bench, const std::string& prefix,
                                    const std::string& job);
 
-/// Settings with a cut colour.
-[[nodiscard]] CJobData CutColour(int model, std::array<std::int32_t, 4> colour);
+/// Settings with a cut color.
+[[nodiscard]] CJobData CutColor(int model, std::array<std::int32_t, 4> color);
 [[nodiscard]] CJobData RedCut();
 [[nodiscard]] CJobData NamedCut(const std::wstring& separation);
 
 /// One path of a page's file of cut paths.
 struct CutPath {
   std::string kind;
-  std::string colour;
+  std::string color;
   double width = 0;
   std::string clip;
   std::string closed;
@@ -53,10 +53,10 @@ struct CutPath {
 /// Whether any pixel is redder than it is green: neither white, black nor blue is.
 [[nodiscard]] bool HasRed(const Pixels& pixels);
 
-/// A job that draws the outline of a rectangle of 100 by 50 points at 20, 20 in that colour, beside
+/// A job that draws the outline of a rectangle of 100 by 50 points at 20, 20 in that color, beside
 /// a blue square that stays.
-[[nodiscard]] std::string Outline(const std::string& colour);
-/// Sets the separation CutContour as the colour.
+[[nodiscard]] std::string Outline(const std::string& color);
+/// Sets the separation CutContour as the color.
 inline constexpr const char* Spot =
     "[/Separation /CutContour /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor";
 /// The page must have the outline as a cut path and the square in its picture, at 72 pixels per

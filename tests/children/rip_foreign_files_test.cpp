@@ -42,11 +42,11 @@ std::string Pdf(const RipBench& bench, const std::string& job) {
 TEST(ForeignFile, that_is_a_pdf_loses_its_outlines_to_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
-  for (const auto& [section, colour] :
+  for (const auto& [section, color] :
        {std::pair(prefix::CutterSection(RedCut()), std::string("1 0 0 setrgbcolor")),
         std::pair(prefix::CutDataSection(NamedCut(L"CutContour")), std::string(Spot))}) {
-    SCOPED_TRACE(colour);
-    const std::string pdf = Pdf(bench, Outline(colour));
+    SCOPED_TRACE(color);
+    const std::string pdf = Pdf(bench, Outline(color));
     ExpectOutlineCut(Pages(bench.Run({PrefixOf(bench, section), pdf}), 1).front());
   }
 }
@@ -141,7 +141,7 @@ TEST(ForeignFile, of_coreldraw_keeps_the_outline_of_its_cutting_line_to_each_poi
   const std::vector<CutPath> paths = CutPathsOf(page);
   ASSERT_EQ(paths.size(), 1U);
   EXPECT_EQ(paths[0].kind, "stroke");
-  EXPECT_EQ(paths[0].colour, "separation CutContour");
+  EXPECT_EQ(paths[0].color, "separation CutContour");
   // "0 0.50003 0.50003 0.00000 @w" sets the line's width.
   EXPECT_NEAR(paths[0].width, 0.5, HalfPixel);
 
@@ -228,7 +228,7 @@ void ExpectSameBox(const Box& box, const Box& other) {
 }
 
 // A PDF of one page of 200 by 200 points with these operators. Font F is Helvetica; T has glyphs
-// that are programs; the colour space Cut is a separation.
+// that are programs; the color space Cut is a separation.
 std::string HandMadePdf(const std::string& content) {
   const std::string square = "1000 0 0 0 750 750 d1 0 0 750 750 re f";
   const auto stream = [](const std::string& text) {
@@ -266,7 +266,7 @@ Names KindsOf(const std::vector<CutPath>& paths) {
 }
 
 // Every way in which a PDF spaces and turns its text: the outlines lie where the text is painted.
-TEST(PdfText, in_the_cut_colour_becomes_outlines_where_it_would_be_painted) {
+TEST(PdfText, in_the_cut_color_becomes_outlines_where_it_would_be_painted) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const std::string show = " /F 20 Tf 20 100 Td (Cut me) Tj ET";
@@ -295,7 +295,7 @@ struct Rendering {
   bool blue = false;
 };
 
-TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_colour) {
+TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const std::string show = " /F 40 Tf 20 100 Td (Cut) Tj ET";
@@ -307,7 +307,7 @@ TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_colour) 
       {"1 0 0 RG 1 0 0 rg BT 3 Tr" + show, {}, false, false},
       {"q 1 0 0 RG 0 0 1 rg BT 5 Tr" + show + " 0 0 200 110 re f Q", {"stroke"}, false, true},
       {"q 1 0 0 rg BT 7 Tr" + show + " 0 0 1 rg 0 0 200 110 re f Q", {}, false, true},
-      // The colour or the mode changes within a text.
+      // The color or the mode changes within a text.
       {"1 0 0 rg BT /F 40 Tf 20 100 Td (A) Tj 0 0 1 rg (B) Tj ET", {"text"}, false, true},
       {"1 0 0 rg BT 3 Tr ET q BT 0 Tr" + show + " Q BT 1 0 0 1 20 20 Tm (C) Tj ET",
        {"text"},
@@ -399,7 +399,7 @@ TEST(PdfText, that_can_not_be_taken_out_is_warned_of) {
 }
 
 // Its ink's box, as it was measured when the file was collected: 11.214 19.728 194.04 28.746.
-TEST(PdfText, of_a_real_file_in_a_spot_colour_is_taken_out) {
+TEST(PdfText, of_a_real_file_in_a_spot_color_is_taken_out) {
   REQUIRE_GHOSTSCRIPT();
   const std::string file = jobspool::testing::CorpusFile("pdf/sep-pantone485m-tiny.pdf");
   if (file.empty()) GTEST_SKIP() << "The corpus of real files is not here.";
@@ -409,7 +409,7 @@ TEST(PdfText, of_a_real_file_in_a_spot_colour_is_taken_out) {
   const std::string page = Pages(bench.Run({prefix, file}), 1).front();
   const std::vector<CutPath> paths = CutPathsOf(page);
   ASSERT_EQ(KindsOf(paths), (Names{"text"}));
-  EXPECT_EQ(paths[0].colour, "separation PANTONE 485 M");
+  EXPECT_EQ(paths[0].color, "separation PANTONE 485 M");
   ExpectSameBox(BoxOf(paths), {11.214, 19.728, 194.04, 28.746});
   EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
 }

@@ -24,7 +24,7 @@ const std::string TwoPages =
     "<< /PageSize [144 72] >> setpagedevice 1 0 0 setrgbcolor 0 0 72 72 rectfill showpage\n"
     "<< /PageSize [72 72] >> setpagedevice 0 0 1 setrgbcolor 0 0 72 72 rectfill showpage\n";
 
-// A page of one inch with one colour on it.
+// A page of one inch with one color on it.
 std::string OnePage(const std::string& paint) {
   return "%!PS\n<< /PageSize [72 72] >> setpagedevice\n" + paint +
          "\n0 0 72 72 rectfill showpage\n";
@@ -88,7 +88,7 @@ TEST(Rip, says_in_the_info_what_it_made) {
   EXPECT_EQ(info.xResolution, 300);
   EXPECT_EQ(info.yResolution, 300);
   EXPECT_EQ(info.bits, 8U);
-  EXPECT_EQ(info.colour, pages::PageColour::Rgb);
+  EXPECT_EQ(info.color, pages::PageColor::Rgb);
   EXPECT_EQ(PlaneNames(info), (Names{"Red", "Green", "Blue"}));
 }
 
@@ -147,13 +147,13 @@ TEST(Rip, takes_the_resolution_from_the_print_mode) {
   }
 }
 
-TEST(Rip, makes_a_plane_a_colour_in_the_cmyk_mode) {
+TEST(Rip, makes_a_plane_a_color_in_the_cmyk_mode) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const std::string page = OnlyPage(bench.Run(
       {bench.Prefix("CMYK/300 dpi.ps"), bench.File("job.ps", OnePage("1 0 0 0.2 setcmykcolor"))}));
   const pages::PageInfo info = CheckedInfo(page);
-  EXPECT_EQ(info.colour, pages::PageColour::Cmyk);
+  EXPECT_EQ(info.color, pages::PageColor::Cmyk);
   EXPECT_EQ(PlaneNames(info), (Names{"Cyan", "Magenta", "Yellow", "Black"}));
   EXPECT_EQ(NamesIn(page),
             (Names{".info", "black.tif", "cyan.tif", "magenta.tif", "preview.png", "yellow.tif"}));
@@ -163,7 +163,7 @@ TEST(Rip, makes_a_plane_a_colour_in_the_cmyk_mode) {
   EXPECT_EQ(PlaneSample(page + "/black.tif", 150, 150), 204);
 }
 
-TEST(Rip, keeps_a_plane_for_each_spot_colour) {
+TEST(Rip, keeps_a_plane_for_each_spot_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   const std::string paint =
@@ -171,13 +171,13 @@ TEST(Rip, keeps_a_plane_for_each_spot_colour) {
   const std::string page =
       OnlyPage(bench.Run({bench.Prefix("CMYK/300 dpi.ps"), bench.File("job.ps", OnePage(paint))}));
   const pages::PageInfo info = CheckedInfo(page);
-  EXPECT_EQ(info.colour, pages::PageColour::Separations);
+  EXPECT_EQ(info.color, pages::PageColor::Separations);
   EXPECT_EQ(PlaneNames(info), (Names{"Cyan", "Magenta", "Yellow", "Black", "Cut Contour"}));
   EXPECT_EQ(PlaneSample(page + "/spot-1.tif", 150, 150), 0);
   EXPECT_EQ(PlaneSample(page + "/cyan.tif", 150, 150), 255);
 }
 
-TEST(Rip, makes_gray_pages_for_one_colour) {
+TEST(Rip, makes_gray_pages_for_one_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
   bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 40 40 SetXYResolution\n");
@@ -186,7 +186,7 @@ TEST(Rip, makes_gray_pages_for_one_colour) {
   const Pixels pixels = ReadNetpbm(page + "/page.pgm");
   EXPECT_EQ(pixels.width, 40U);
   EXPECT_EQ(pixels.At(20, 20), "51");
-  EXPECT_EQ(CheckedInfo(page).colour, pages::PageColour::Gray);
+  EXPECT_EQ(CheckedInfo(page).color, pages::PageColor::Gray);
 }
 
 TEST(Rip, crops_eps_to_its_bounding_box) {
@@ -362,19 +362,19 @@ TEST(Rip, applies_the_tables_of_a_levels_section) {
       << pixels.At(36, 36);
 }
 
-TEST(Rip, takes_the_cutters_colour_in_every_form) {
+TEST(Rip, takes_the_cutters_color_in_every_form) {
   REQUIRE_GHOSTSCRIPT();
   const RipBench bench;
-  for (const std::string colour :
+  for (const std::string color :
        {"false 1.000 0.000 0.000 /DeviceRGB", "false 0.0000 0.5020 0.0000 0.0000 /DeviceCMYK",
         "mark false", "mark 1.000 0.000 0.000 [1 0 0 1 0 0] /DeviceRGB",
         "mark 0.0 0.5 0.0 0.0 [1 0 0 1 0 0] /DeviceCMYK",
         "mark [1 0 0 1 0 0] (CutContour) /Separation"}) {
-    const std::string section = colour + " $setcutter count 0 ne { fehler } if\n";
+    const std::string section = color + " $setcutter count 0 ne { fehler } if\n";
     const std::string page =
         OnlyPage(bench.Run({bench.Prefix("TIFF/tiff default.ps", "KVI", section),
                             bench.File("job.ps", OnePage("1 0 0 setrgbcolor"))}));
-    EXPECT_EQ(CheckedInfo(page).width, 72U) << colour;
+    EXPECT_EQ(CheckedInfo(page).width, 72U) << color;
   }
 }
 

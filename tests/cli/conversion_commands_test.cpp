@@ -10,7 +10,7 @@
 
 #include "cli/conversion_settings.h"
 #include "cli/exit_status.h"
-#include "cli/terminal_faces.h"
+#include "cli/terminal_views.h"
 #include "tests/cli/command_runner.h"
 
 namespace rastrel::cli {

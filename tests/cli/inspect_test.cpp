@@ -139,7 +139,7 @@ TEST(InspectFile, comments_of_a_document_inside_are_not_the_documents) {
   EXPECT_EQ(inspection.names[0].name, "B");
 }
 
-TEST(InspectionLine, a_swatch_is_the_colour_as_a_screen_shows_it) {
+TEST(InspectionLine, a_swatch_is_the_color_as_a_screen_shows_it) {
   Inspection inspection = Inspect(Sign);
   EXPECT_NE(InspectionLine(inspection, true).find("\x1b[48;2;255;0;255m  \x1b[0m Cut CMYK"),
             std::string::npos);
@@ -187,7 +187,7 @@ TEST(FilesOfOperand, folders_patterns_and_names_are_told_apart) {
   EXPECT_EQ(below("none*"), "none* ");
 }
 
-TEST(PlaneName, a_planes_file_names_its_colour) {
+TEST(PlaneName, a_planes_file_names_its_color) {
   EXPECT_EQ(PlaneName("p1(Cut Contour).tif"), "Cut Contour");
   EXPECT_EQ(PlaneName("p12(a%28b).c).tif"), "a(b).c");
   EXPECT_EQ(PlaneName("p1.tif"), std::nullopt);

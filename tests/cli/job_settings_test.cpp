@@ -146,7 +146,7 @@ TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
             Color({0, 500, 500, 1000}));
 }
 
-TEST(ApplyCutColor, a_spot_colour_is_for_previews_only) {
+TEST(ApplyCutColor, a_spot_color_is_for_previews_only) {
   const CJobData preview = Cut("spot:Cut Contour: 1", TicketKind::Preview);
   EXPECT_EQ(preview.CutterColorModel, 2);
   EXPECT_EQ(preview.CutterSeparation, L"Cut Contour: 1");
@@ -154,7 +154,7 @@ TEST(ApplyCutColor, a_spot_colour_is_for_previews_only) {
   EXPECT_NE(words.find("for previews"), std::string::npos) << words;
 }
 
-TEST(ApplyCutColor, refuses_what_is_no_colour_or_would_end_its_string) {
+TEST(ApplyCutColor, refuses_what_is_no_color_or_would_end_its_string) {
   for (const char* text : {"", "red", "rgb", "rgb:", "rgb:1,2", "rgb:1,2,3,4", "cmyk:1,2,3",
                            "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
                            "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})

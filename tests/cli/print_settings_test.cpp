@@ -1,4 +1,4 @@
-// Scale, levels and cut colour of a printed job, as its kept prefix has them.
+// Scale, levels and cut color of a printed job, as its kept prefix has them.
 
 #include <gtest/gtest.h>
 

@@ -73,7 +73,7 @@ std::vector<std::wstring> Override(const CPS2CutData& cut) {
 
 std::wstring Selection(const CPS2CutData& cut) { return Override(cut).at(3); }
 
-// The colour of the golden bytes: RGB black without a name.
+// The color of the golden bytes: RGB black without a name.
 const char* const BlackBytes =
     "01 00 00 00  00 00 00 00  00 00 00 00  00 00 00 00 "
     "00 00 00 00 00 00 00 00  00 00 00 00 00 00 00 00 "
@@ -94,7 +94,7 @@ TEST(CPS2CutData, assigning_a_record_to_itself_changes_nothing) {
   EXPECT_TRUE(Same(cut, WithName(L"Cut")));
 }
 
-TEST(CPS2CutData, is_saved_as_version_block_length_three_numbers_and_the_colour) {
+TEST(CPS2CutData, is_saved_as_version_block_length_three_numbers_and_the_color) {
   CPS2CutData cut;
   cut.resolution = 300;
   cut.colorKind = -1;
@@ -157,9 +157,9 @@ TEST(CPS2CutData, a_block_shorter_than_its_fields_is_read_on) {
   EXPECT_EQ(stream.ReadUInt32(), 7U) << "nothing is passed over";
 }
 
-TEST(CPS2CutData, an_unknown_colour_is_the_result_and_the_rest_is_taken) {
+TEST(CPS2CutData, an_unknown_color_is_the_result_and_the_rest_is_taken) {
   Bytes bytes = Saved(WithRgb(1, 2, 3));
-  bytes[24] = 2;  // the colour's space
+  bytes[24] = 2;  // the color's space
   CMemFile file(Joined({bytes, Hex("07 00 00 00")}));
   CStream stream(&file);
   CPS2CutData cut = WithName(L"Old");
@@ -211,11 +211,11 @@ TEST(CutterOverride, names_a_separation_unescaped) {
             L"mark false (Cut (2)%) /Separation $stripcontour\r\n");
 }
 
-TEST(CutterOverride, of_a_named_colour_without_a_name_only_sets_the_cutter) {
+TEST(CutterOverride, of_a_named_color_without_a_name_only_sets_the_cutter) {
   EXPECT_EQ(Selection(WithName(L"")), L"mark false $setcutter\r\n");
 }
 
-TEST(CutterOverride, of_any_other_kind_strips_without_a_colour) {
+TEST(CutterOverride, of_any_other_kind_strips_without_a_color) {
   for (const std::int32_t kind : {-1, 3, 1000}) {
     CPS2CutData cut = WithRgb(1, 2, 3);
     cut.colorKind = kind;
@@ -237,7 +237,7 @@ TEST(IsColorMatchKVI, rgb_prints_three_decimals_with_two_blanks_between) {
   EXPECT_FALSE(cut.IsColorMatchKVI(L"rgb: 1.000  0.502  0.000"));
 }
 
-TEST(IsColorMatchKVI, colours_match_if_and_only_if_they_print_alike) {
+TEST(IsColorMatchKVI, colors_match_if_and_only_if_they_print_alike) {
   EXPECT_TRUE(WithRgb(128, 0, 0).IsColorMatchKVI(L"RGB: 0.502  0.000  0.000"));
   EXPECT_TRUE(WithRgb(128.1, 0, 0).IsColorMatchKVI(L"RGB: 0.502  0.000  0.000"));
   EXPECT_FALSE(WithRgb(128.2, 0, 0).IsColorMatchKVI(L"RGB: 0.502  0.000  0.000"));
@@ -248,12 +248,12 @@ TEST(IsColorMatchKVI, cmyk_prints_four_decimals) {
   EXPECT_FALSE(WithCmyk(0, 1, 0.12345, 0).IsColorMatchKVI(L"CMYK: 0.000  1.000  0.123  0.000"));
 }
 
-TEST(IsColorMatchKVI, a_named_colour_is_compared_case_and_all) {
+TEST(IsColorMatchKVI, a_named_color_is_compared_case_and_all) {
   EXPECT_TRUE(WithName(L"CutContour").IsColorMatchKVI(L"CutContour"));
   EXPECT_FALSE(WithName(L"CutContour").IsColorMatchKVI(L"Cutcontour"));
 }
 
-TEST(IsColorMatchKVI, a_named_colour_without_a_name_and_any_other_kind_match_the_empty_text) {
+TEST(IsColorMatchKVI, a_named_color_without_a_name_and_any_other_kind_match_the_empty_text) {
   EXPECT_TRUE(WithName(L"").IsColorMatchKVI(L""));
   EXPECT_FALSE(WithName(L"").IsColorMatchKVI(L"CutContour"));
   CPS2CutData cut = WithRgb(1, 2, 3);

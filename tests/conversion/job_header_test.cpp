@@ -98,7 +98,7 @@ TEST_F(JobHeader, has_the_name_of_a_separation_as_it_stands) {
   EXPECT_EQ(CutLines(cut), L"%# KVI_CutLine= SEP, Cut %s, 2\r\n" + Flatness10);
 }
 
-TEST_F(JobHeader, has_no_cut_line_for_a_named_colour_without_a_name_but_its_flatness) {
+TEST_F(JobHeader, has_no_cut_line_for_a_named_color_without_a_name_but_its_flatness) {
   EXPECT_EQ(CutLines(Cut(CutColorNamed)), Flatness10);
 }
 

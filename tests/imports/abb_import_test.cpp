@@ -1,4 +1,4 @@
-// What an import of plate XML makes of sizes, colours, texts and drill points.
+// What an import of plate XML makes of sizes, colors, texts and drill points.
 
 #include <gtest/gtest.h>
 
@@ -206,7 +206,7 @@ TEST_F(AbbImport, a_text_that_the_host_makes_no_object_of_is_logged) {
   EXPECT_EQ(Calls().Count("DSAddSourceObject") + Calls().Count("DBSetTrait"), 0U);
 }
 
-TEST_F(AbbImport, a_colour_that_is_not_in_the_palette_is_black) {
+TEST_F(AbbImport, a_color_that_is_not_in_the_palette_is_black) {
   EXPECT_EQ(Import("<PLATE><COLOR>Teal</COLOR><TEXTCOLOR>red</TEXTCOLOR><WIDTH>4</WIDTH>"
                    "<HEIGHT>2</HEIGHT>" +
                    Text("A") + "<DRILLPOINT/></PLATE>"),

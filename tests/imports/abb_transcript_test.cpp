@@ -109,7 +109,7 @@ TEST_F(AbbTranscript, drill_points_with_and_without_a_diameter) {
                 DrillPoint("0.40640000000000004", "(0 2000)", "L3", "#4", "\"\") -> 0", Black));
 }
 
-TEST_F(AbbTranscript, colours_that_are_not_in_the_palette_are_black) {
+TEST_F(AbbTranscript, colors_that_are_not_in_the_palette_are_black) {
   EXPECT_EQ(Import("<PLATE><COLOR>Teal</COLOR><WIDTH>4</WIDTH><HEIGHT>2</HEIGHT>"
                    "<TEXTCOLOR>red</TEXTCOLOR>" +
                    Text("A") + "<DRILLPOINT><COLOR>Sand</COLOR></DRILLPOINT></PLATE>"),

@@ -141,7 +141,7 @@ TEST_F(AddPlateObjectTest, an_object_that_the_host_does_not_take_is_deleted_and_
             "[Import] the host did not take a plate object\r\n");
 }
 
-TEST_F(AddPlateObjectTest, formats_without_an_outline_keep_the_colours_when_all_is_laid_out) {
+TEST_F(AddPlateObjectTest, formats_without_an_outline_keep_the_colors_when_all_is_laid_out) {
   EXPECT_TRUE(AddPlateObject(m_Document, m_Request, {.setsLineColor = false, .keepsColors = 1})
                   .has_value());
   EXPECT_EQ(Calls().Count("DBSetLineColor"), 0U);

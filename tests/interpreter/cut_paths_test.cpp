@@ -22,13 +22,13 @@ pages::PageInfo PageInfoOf(unsigned page) {
 
 const std::string WholePage = "K m 0 0 l 200 0 l 200 100 l 0 100 h ";
 
-// Kind, line width and the colour's number; segments. In two pieces.
+// Kind, line width and the color's number; segments. In two pieces.
 void Draw(CutPaths& paths, const std::string& head, const std::string& segments) {
   EXPECT_TRUE(paths.Add({"CUT", WholePage + head + " "}));
   EXPECT_TRUE(paths.Add({"CUT", segments}));
 }
 
-// Cut paths with the colour gray 0.2 set.
+// Cut paths with the color gray 0.2 set.
 CutPaths WithGray() {
   CutPaths paths;
   EXPECT_TRUE(paths.Add({"CUTTER", "gray 0.2"}));
@@ -96,7 +96,7 @@ TEST(CutPaths, belong_to_the_page_that_ends_after_them) {
   EXPECT_EQ(paths.Take(PageInfoOf(2)), Start + "paths: 0\nend\n");
 }
 
-TEST(CutPaths, keep_a_colours_name_on_its_line) {
+TEST(CutPaths, keep_a_colors_name_on_its_line) {
   CutPaths paths;
   EXPECT_TRUE(paths.Add({"CUTTER", "separation Cut\nend \xFF%"}));
   EXPECT_TRUE(paths.TakesSeparation("Cut\nend \xFF%"));
@@ -126,7 +126,7 @@ TEST(CutPaths, say_how_they_lie_to_the_clip_and_list_those_that_cross_one) {
                 "crosses 1\nclosed: 0\nm 10 80\nl 10 19\nend-path\nend\n");
 }
 
-TEST(CutPaths, are_wanted_while_a_colour_is_set) {
+TEST(CutPaths, are_wanted_while_a_color_is_set) {
   CutPaths paths;
   EXPECT_FALSE(paths.Wanted(1));
   EXPECT_TRUE(paths.Add({"CUTTER", "rgb 1 0 0"}));

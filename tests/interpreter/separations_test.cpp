@@ -48,7 +48,7 @@ TEST(Separations, that_are_no_pictures_are_refused) {
   EXPECT_EQ(made.Error().error, EINVAL);
 }
 
-TEST(Separations, without_a_process_colour_are_refused) {
+TEST(Separations, without_a_process_color_are_refused) {
   const test::ScratchDirectory directory;
   for (const char* const name : {"", "(Cyan)", "(Magenta)", "(Yellow)", "(Spot)"}) {
     directory.Write("work/0001" + std::string(name) + ".tif", "x");

@@ -25,7 +25,7 @@ PageInfo Sample() {
   info.height = 1754;
   info.xResolution = 150;
   info.yResolution = 72.5;
-  info.colour = PageColour::Separations;
+  info.color = PageColor::Separations;
   info.planes = {{"Black", "black.tif", 0}, {"Cut Contour", "spot 1.tif", 3}};
   info.files = {{"black.tif", 17, FirstSum}, {"spot 1.tif", 18446744073709551615U, SecondSum}};
   return info;
@@ -82,7 +82,7 @@ TEST(PageInfo, comes_back_as_it_was) {
   EXPECT_EQ(read->xResolution, 150);
   EXPECT_EQ(read->yResolution, 72.5);
   EXPECT_EQ(read->bits, 8U);
-  EXPECT_EQ(read->colour, PageColour::Separations);
+  EXPECT_EQ(read->color, PageColor::Separations);
   ASSERT_EQ(read->planes.size(), 2U);
   EXPECT_EQ(read->planes[1].name, "Cut Contour");
   EXPECT_EQ(read->planes[1].file, "spot 1.tif");
@@ -148,10 +148,10 @@ TEST(PageInfo, names_no_file_outside_of_its_directory) {
   }
 }
 
-TEST(PageInfo, holds_planes_and_colour_against_each_other) {
+TEST(PageInfo, holds_planes_and_color_against_each_other) {
   pages::PageInfo info = Sample();
-  for (const PageColour colour : {PageColour::Gray, PageColour::Rgb, PageColour::Cmyk}) {
-    info.colour = colour;
+  for (const PageColor color : {PageColor::Gray, PageColor::Rgb, PageColor::Cmyk}) {
+    info.color = color;
     EXPECT_FALSE(pages::ParsePageInfo(pages::FormatPageInfo(info)));
   }
   EXPECT_EQ(Complaint(Replaced(SampleText, "spot%201.tif", "spot%202.tif")),

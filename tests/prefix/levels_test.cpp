@@ -216,7 +216,7 @@ TEST(LevelsTable, no_entry_has_more_than_four_digits) {
   }
 }
 
-// The table that a section defines for a colour.
+// The table that a section defines for a color.
 std::wstring TableIn(const std::wstring& section, const std::wstring& color) {
   const std::wstring head = L"/" + color + L"extratransfertable <\n";
   const std::size_t begin = section.find(head) + head.size();
@@ -251,7 +251,7 @@ TEST(LevelsSection, unlinked_levels_make_each_table_of_its_own_entry) {
   EXPECT_EQ(section, LevelsSection(settings));
 }
 
-TEST(LevelsSection, the_extra_planes_stand_in_the_branch_of_six_colours_alone) {
+TEST(LevelsSection, the_extra_planes_stand_in_the_branch_of_six_colors_alone) {
   const std::wstring section = LevelsSection(CJobData());
   const std::size_t other = section.find(L"    } {\n");
   ASSERT_NE(std::wstring::npos, other);

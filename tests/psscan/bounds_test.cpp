@@ -120,7 +120,7 @@ TEST(GetBoundsAndStrings, the_scan_ends_when_it_has_both) {
             "1 2 3 4|A");
 }
 
-TEST(GetBoundsAndStrings, deferred_colours_count_as_seen) {
+TEST(GetBoundsAndStrings, deferred_colors_count_as_seen) {
   EXPECT_EQ(
       ScannedFile(
           Head +

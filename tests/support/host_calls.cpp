@@ -127,7 +127,7 @@ void HostCalls::Write(std::string line) {
     m_Before();
     m_Writing = false;
   }
-  if (m_Lines.size() < m_MostLines) m_Lines.push_back(std::move(line));
+  if (m_Lines.size() < m_MaximumLines) m_Lines.push_back(std::move(line));
 }
 
 void HostCalls::Next(const std::string& name, std::initializer_list<double> answers) {

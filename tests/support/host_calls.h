@@ -103,7 +103,7 @@ class HostCalls {
   /// Forgets the lines, not the script.
   void Clear();
   /// How many lines are kept; a run that calls more often is still answered.
-  void Limit(std::size_t mostLines) { m_MostLines = mostLines; }
+  void Limit(std::size_t mostLines) { m_MaximumLines = mostLines; }
 
  private:
   template <class... Arguments>
@@ -120,7 +120,7 @@ class HostCalls {
   std::map<std::string, double> m_Standing;
   std::map<std::string, std::deque<double>> m_Next;
   std::function<void()> m_Before;
-  std::size_t m_MostLines = 1'000'000;
+  std::size_t m_MaximumLines = 1'000'000;
   bool m_Writing = false;
 };
 

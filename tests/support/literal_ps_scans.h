@@ -82,14 +82,14 @@ class LiteralPsScans {
     std::ifstream in;
     if (!OpenAtStart(in)) return false;
     char line[4097] = {};
-    bool colours = false;
+    bool colors = false;
     bool bounds = false;
     for (;;) {
       EPSGetLine(in, line);
       bool e = in.eof();
       if (std::strncmp(line, "%BeginPhotoshop", 14) == 0) break;
       if (Begins(line, "%%DocumentCustomColors:")) {
-        colours = true;
+        colors = true;
         if (!Deferred(line)) {
           std::size_t index = std::strlen("%%DocumentCustomColors:");
           for (;;) {
@@ -106,7 +106,7 @@ class LiteralPsScans {
         ReadBox(line, rect);
         bounds = true;
       }
-      if (bounds && colours) break;
+      if (bounds && colors) break;
     }
     return true;
   }

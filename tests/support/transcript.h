@@ -25,7 +25,7 @@ class Transcript {
   void Add(const std::string& line) {
     {
       const std::scoped_lock lock(m_Mutex);
-      if (m_Lines.size() < MostLines) m_Lines.push_back(line);
+      if (m_Lines.size() < MaximumLines) m_Lines.push_back(line);
       ++m_Count;
     }
     if (m_Listener) m_Listener(line);
@@ -84,7 +84,7 @@ class Transcript {
     }
     return std::to_string(static_cast<int>(originator));
   }
-  static constexpr std::size_t MostLines = 100'000;
+  static constexpr std::size_t MaximumLines = 100'000;
   mutable std::mutex m_Mutex;
   Lines m_Lines;
   std::size_t m_Count = 0;

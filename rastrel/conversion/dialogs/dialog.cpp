@@ -7,7 +7,7 @@ using namespace rastrel::host;
 
 namespace {
 
-// Enough to keep up, few enough to leave the face's loop its turn.
+// Enough to keep up, few enough to leave the view's loop its turn.
 constexpr std::size_t MessagesAtOnce = 64;
 
 }  // namespace
@@ -20,12 +20,12 @@ CDialog::~CDialog() = default;
 int CDialog::DoModal() {
   m_Ended = false;
   m_Result = CancelCommand;
-  m_pFace = GetHost().GetDialogFaces().MakeFace(*this);
-  if (m_pFace != nullptr) {
+  m_pView = GetHost().GetDialogViews().MakeView(*this);
+  if (m_pView != nullptr) {
     OnInitDialog();
-    if (!m_Ended) m_pFace->RunModal();
+    if (!m_Ended) m_pView->RunModal();
   }
-  m_pFace.reset();
+  m_pView.reset();
   m_Ended = true;
   return m_Result;
 }
@@ -73,15 +73,15 @@ void CDialog::Command(int control) {
 }
 
 void CDialog::SetText(int control, const std::wstring& text) {
-  if (m_pFace) m_pFace->SetText(control, text);
+  if (m_pView) m_pView->SetText(control, text);
 }
 
 void CDialog::SetRange(int control, int lowest, int highest) {
-  if (m_pFace) m_pFace->SetRange(control, lowest, highest);
+  if (m_pView) m_pView->SetRange(control, lowest, highest);
 }
 
 void CDialog::SetPosition(int control, int position) {
-  if (m_pFace) m_pFace->SetPosition(control, position);
+  if (m_pView) m_pView->SetPosition(control, position);
 }
 
 void CDialog::TranslateDialog() {

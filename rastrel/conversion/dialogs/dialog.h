@@ -8,7 +8,7 @@
 #include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/mfc/window.h"
 
-/// The framework's modal dialog as far as this library needs one: logic that runs behind the face
+/// The framework's modal dialog as far as this library needs one: logic that runs behind the view
 /// that the host gives it. A derived class says which messages and commands it takes, and what
 /// happens before it is shown. Used on the host's thread; only PostMessage may be called on others.
 class CDialog : public CWnd, public rastrel::host::DialogLogic {
@@ -52,7 +52,7 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   [[nodiscard]] bool MayEndByItself() const override { return false; }
 
  protected:
-  /// The controls of the face; nothing while the dialog is not on show.
+  /// The controls of the view; nothing while the dialog is not on show.
   void SetText(int control, const std::wstring& text);
   void SetRange(int control, int lowest, int highest);
   void SetPosition(int control, int position);
@@ -62,7 +62,7 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
  private:
   const rastrel::host::DialogResource& m_Resource;
   CWnd* m_pParent;
-  std::unique_ptr<rastrel::host::DialogFace> m_pFace;
+  std::unique_ptr<rastrel::host::DialogView> m_pView;
   int m_Result = rastrel::host::CancelCommand;
   bool m_Ended = false;
 };

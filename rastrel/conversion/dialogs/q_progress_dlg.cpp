@@ -47,7 +47,7 @@ CQProgressDlg::CQProgressDlg(const wchar_t* file, CWnd* parent)
   if (rastrel::os::Exists(executable)) {
     m_pQueue = std::make_unique<CCmdLineQ>(executable);
   } else {
-    GetHost().GetDialogFaces().ShowMessage(parent, TranslatedText(L"(*v*)RIP executable missing"),
+    GetHost().GetDialogViews().ShowMessage(parent, TranslatedText(L"(*v*)RIP executable missing"),
                                            TranslatedText(L"(*v*)Separation"));
   }
 }

@@ -21,7 +21,7 @@ namespace rastrel::host {
 
 /// The application's own operations: palette, sign blank, pages, plate objects, drill points,
 /// placed files, windows. Only the user interface thread calls. Measures are world units and
-/// colours those of the document where nothing else is said.
+/// colors those of the document where nothing else is said.
 ///
 /// Operations that are not pure have a default which means "not supported": it changes nothing and
 /// gives 0, null, an empty result or the values that its comment names.
@@ -34,17 +34,17 @@ class RASTREL_API Application {
 
   // --- Palette ---
 
-  /// The document's colour of that name. Non-zero when found; `color` stays as it was otherwise.
+  /// The document's color of that name. Non-zero when found; `color` stays as it was otherwise.
   virtual int FindPaletteColor(const wchar_t* name, CVKFullColor& color) = 0;
-  /// The palette's colour at an index from 0; -1 gives the invisible colour. Non-zero when found;
+  /// The palette's color at an index from 0; -1 gives the invisible color. Non-zero when found;
   /// `color` stays as it was otherwise. By default 0.
   virtual int FindPaletteColor(int index, CVKColor& color);
-  /// Non-zero for a colour that the palette holds. By default 0.
+  /// Non-zero for a color that the palette holds. By default 0.
   [[nodiscard]] virtual int IsColorInPalette(const CVKColor& color);
-  /// Adds a colour to the palette, with its name where it has one. Non-zero for success. By default
+  /// Adds a color to the palette, with its name where it has one. Non-zero for success. By default
   /// 0.
   virtual int AddColorToPalette(const CVKFullColor& color);
-  /// Non-zero for the colour that draws nothing. By default 0.
+  /// Non-zero for the color that draws nothing. By default 0.
   [[nodiscard]] virtual int IsInvisibleColor(const CVKColor& color);
 
   // --- Sign blank ---

@@ -79,7 +79,7 @@ class RASTREL_API ContourCut {
   ContourCut& operator=(const ContourCut&) = delete;
 
   /// Makes the members of a list lines that a knife cuts: into the material, or all the way through
-  /// it. The library gives 0. They keep their handles, colours and places.
+  /// it. The library gives 0. They keep their handles, colors and places.
   virtual void ChangeObjectsToContourCut(ListHandle list, int reserved) = 0;
   virtual void ChangeObjectsToContourCutThrough(ListHandle list, int reserved) = 0;
 };

@@ -11,15 +11,15 @@ class CWnd;
 
 /// How a dialog of the library meets the eyes of a person. The library's dialogs are logic without
 /// a toolkit (conversion/dialogs/dialog.h): they know controls by identifier and posted messages by
-/// number. A face shows one dialog, in a window or otherwise, and hands on what the person does.
+/// number. A view shows one dialog, in a window or otherwise, and hands on what the person does.
 ///
-/// Everything in this header is called on one thread, the host's. A face in a library of its own
+/// Everything in this header is called on one thread, the host's. A view in a library of its own
 /// needs no symbol of this one: all that it calls is virtual.
 ///
-/// What a window face does:
-/// - MakeFace gets the dialog and looks into GetResource() for title, controls and their texts,
+/// What a window view does:
+/// - MakeView gets the dialog and looks into GetResource() for title, controls and their texts,
 ///   which have no translation yet: SetText brings it, before the dialog is shown.
-/// - SetText, SetRange and SetPosition may come at any time from MakeFace on, also within
+/// - SetText, SetRange and SetPosition may come at any time from MakeView on, also within
 ///   HandleMessages and Command.
 /// - RunModal shows the window, modal to GetParent()'s if there is one, and runs the toolkit's loop
 ///   until HasEnded() is true. It calls HandleMessages whenever GetPostedHandle() is readable (or
@@ -28,8 +28,8 @@ class CWnd;
 ///   flood of them leaves the loop time for the person.
 /// - A pressed button is Command(its identifier). Escape, the window's close button and the
 ///   session's end are Command(CancelCommand).
-/// - The time that has gone by since RunModal began is the face's own to show.
-/// - If nobody could press anything (no display, no terminal), the face does as HeadlessFace does.
+/// - The time that has gone by since RunModal began is the view's own to show.
+/// - If nobody could press anything (no display, no terminal), the view does as HeadlessView does.
 namespace rastrel::host {
 
 /// What a dialog is ended with and how a person gives it up, by the platform's numbers.
@@ -56,7 +56,7 @@ struct DialogResource {
   std::span<const DialogControl> controls;
 };
 
-/// What a face sees of its dialog.
+/// What a view sees of its dialog.
 class DialogLogic {
  public:
   DialogLogic() = default;
@@ -83,12 +83,12 @@ class DialogLogic {
 };
 
 /// One dialog on show. Destroyed when the dialog is over.
-class DialogFace {
+class DialogView {
  public:
-  DialogFace() = default;
-  DialogFace(const DialogFace&) = delete;
-  DialogFace& operator=(const DialogFace&) = delete;
-  virtual ~DialogFace() = default;
+  DialogView() = default;
+  DialogView(const DialogView&) = delete;
+  DialogView& operator=(const DialogView&) = delete;
+  virtual ~DialogView() = default;
 
   /// The text of a control, or of the dialog's title, as it is to be shown.
   virtual void SetText(int control, const std::wstring& text) = 0;
@@ -100,17 +100,17 @@ class DialogFace {
   virtual void RunModal() = 0;
 };
 
-/// Makes faces. Handed out by the host.
-class DialogFaces {
+/// Makes views. Handed out by the host.
+class DialogViews {
  public:
-  DialogFaces() = default;
-  DialogFaces(const DialogFaces&) = delete;
-  DialogFaces& operator=(const DialogFaces&) = delete;
-  virtual ~DialogFaces() = default;
+  DialogViews() = default;
+  DialogViews(const DialogViews&) = delete;
+  DialogViews& operator=(const DialogViews&) = delete;
+  virtual ~DialogViews() = default;
 
-  /// A face for a dialog, which outlives it. Null if it can't be shown: the dialog is cancelled
+  /// A view for a dialog, which outlives it. Null if it can't be shown: the dialog is cancelled
   /// then.
-  [[nodiscard]] virtual std::unique_ptr<DialogFace> MakeFace(DialogLogic& dialog) = 0;
+  [[nodiscard]] virtual std::unique_ptr<DialogView> MakeView(DialogLogic& dialog) = 0;
   /// Tells a person something and waits until it has been read. `parent` may be null.
   virtual void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) = 0;
 };

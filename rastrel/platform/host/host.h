@@ -14,7 +14,7 @@ namespace rastrel::host {
 
 class Application;
 class ContourCut;
-class DialogFaces;
+class DialogViews;
 class GraphicsIO;
 class ObjectStore;
 class PlaneReader;
@@ -70,7 +70,7 @@ class RASTREL_API Host {
 
   /// How dialogs are shown; owned by the host. The default shows nothing: a dialog runs to the end
   /// that its work has, and is cancelled once it could only be ended by a person.
-  [[nodiscard]] virtual DialogFaces& GetDialogFaces();
+  [[nodiscard]] virtual DialogViews& GetDialogViews();
 
   /// The host's open document, by the host's libraries: object_store.h, text_compose.h,
   /// graphics_io.h, contour_cut.h, plane_reader.h and application.h. Owned by the host, the same as

@@ -138,11 +138,11 @@ class RASTREL_API ObjectStore {
 
   // --- Attributes ---
 
-  /// The colour of an object's inside, and of a plate's material ("layer").
+  /// The color of an object's inside, and of a plate's material ("layer").
   virtual void DBSetLayer(ObjectHandle object, const CVKColor& color) = 0;
   /// Reads it. Non-zero for success. By default 0.
   virtual int DBGetLayer(ObjectHandle object, CVKColor& color);
-  /// The colour of an object's outline.
+  /// The color of an object's outline.
   virtual void DBSetLineColor(ObjectHandle object, const CVKColor& color) = 0;
   /// Reads it. Non-zero for success. By default 0.
   virtual int DBGetLineColor(ObjectHandle object, CVKColor& color);

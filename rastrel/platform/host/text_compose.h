@@ -100,7 +100,7 @@ class RASTREL_API TextCompose {
   /// begins a new line. `length` counts characters. The library gives 0, null and false.
   virtual void edPasteString(const wchar_t* text, int length, int position, const void* style,
                              bool select) = 0;
-  /// The colour of what is pasted next.
+  /// The color of what is pasted next.
   virtual void SetTextColor(const CVKColor& color);
 
   // --- Fonts in place of missing ones ---

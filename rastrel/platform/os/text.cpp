@@ -14,7 +14,7 @@ namespace {
 
 constexpr wchar_t Replacement = 0xFFFD;
 constexpr std::uint32_t LastCodePoint = 0x10FFFF;
-constexpr std::size_t LongestSequence = 4;  // bytes of one character in UTF-8
+constexpr std::size_t MaximumSequence = 4;  // bytes of one character in UTF-8
 
 constexpr bool IsHighSurrogate(std::uint32_t value) { return value >= 0xD800 && value <= 0xDBFF; }
 constexpr bool IsLowSurrogate(std::uint32_t value) { return value >= 0xDC00 && value <= 0xDFFF; }
@@ -258,11 +258,11 @@ const wchar_t* EncodeBlock(const wchar_t* text, const wchar_t* end, char* block,
   char* output = block;
   const char* const full = block + BlockCharacters;
   while (end - text >= static_cast<std::ptrdiff_t>(Stride + Step) &&
-         full - output >= static_cast<std::ptrdiff_t>(LongestSequence * Stride + Step)) {
+         full - output >= static_cast<std::ptrdiff_t>(MaximumSequence * Stride + Step)) {
     EncodeStride(text, output);
     text += Stride;
   }
-  while (text < end && full - output >= static_cast<std::ptrdiff_t>(LongestSequence))
+  while (text < end && full - output >= static_cast<std::ptrdiff_t>(MaximumSequence))
     output = EncodeOne(static_cast<std::uint32_t>(*text++), output);
   count = static_cast<std::size_t>(output - block);
   return text;

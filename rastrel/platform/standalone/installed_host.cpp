@@ -1,7 +1,7 @@
 #include <atomic>
 
 #include "rastrel/platform/host/host.h"
-#include "rastrel/platform/standalone/headless_faces.h"
+#include "rastrel/platform/standalone/headless_views.h"
 #include "rastrel/platform/standalone/standalone_host.h"
 
 // Which host is in force. Defined here and not beside the interfaces, which know no host: a program
@@ -16,9 +16,9 @@ std::atomic<Host*>& InstalledHost() {
 
 }  // namespace
 
-DialogFaces& Host::GetDialogFaces() {
-  static standalone::HeadlessFaces faces;
-  return faces;
+DialogViews& Host::GetDialogViews() {
+  static standalone::HeadlessViews views;
+  return views;
 }
 
 void SetHost(Host* host) { InstalledHost().store(host, std::memory_order_release); }

@@ -8,16 +8,16 @@
 
 class CStream;
 
-/// The colour spaces that the library hands over, with the host's numbers.
+/// The color spaces that the library hands over, with the host's numbers.
 enum COLORSPACE : int { COLORSPACE_RGB = 1, COLORSPACE_CMYK = 3 };
 
-/// A colour of the host: its space and its components as they were set, not clipped. CMYK is
+/// A color of the host: its space and its components as they were set, not clipped. CMYK is
 /// normally 0 to 1 each, RGB 0 to 255. A new one is RGB black.
 class RASTREL_API CVKColor {
  public:
   CVKColor() = default;
-  /// A colour reference: red, green and blue from 0 to 255 in the low three bytes, red lowest. The
-  /// reference -1 is the colour that nothing is painted in. `space` and the two others are kept as
+  /// A color reference: red, green and blue from 0 to 255 in the low three bytes, red lowest. The
+  /// reference -1 is the color that nothing is painted in. `space` and the two others are kept as
   /// they are given.
   CVKColor(std::int32_t reference, int space, int correction, int reflectivity);
 
@@ -31,21 +31,21 @@ class RASTREL_API CVKColor {
   [[nodiscard]] COLORSPACE GetColorSpace() const { return m_Space; }
   /// The components in the order in which they were set; those that the space lacks are 0.
   [[nodiscard]] const std::array<double, 4>& GetComponents() const { return m_Components; }
-  /// Whether it is the colour that nothing is painted in (reference -1).
+  /// Whether it is the color that nothing is painted in (reference -1).
   [[nodiscard]] bool IsInvisible() const { return m_Invisible; }
 
-  /// Red, green and blue from 0 to 255. A CMYK colour is turned into them without a profile:
+  /// Red, green and blue from 0 to 255. A CMYK color is turned into them without a profile:
   /// 255 (1 - ink) (1 - black). The last argument receives 0. Null pointers are passed over.
   void GetColorChannels(double* r, double* g, double* b, double* unused) const;
-  /// Cyan, magenta, yellow and black from 0 to 1. An RGB colour is turned into them without a
+  /// Cyan, magenta, yellow and black from 0 to 1. An RGB color is turned into them without a
   /// profile: what is gray in it becomes black alone. Null pointers are passed over.
   void GetCMYKcolor(double* c, double* m, double* y, double* k) const;
 
-  /// Writes the colour; docs/formats/cut-settings.md has the bytes. The stream's exceptions pass.
+  /// Writes the color; docs/formats/cut-settings.md has the bytes. The stream's exceptions pass.
   /// Returns 1.
   int Save(CStream* stream) const;
   /// Reads what Save wrote. `version` is that of the layout, 1. The stream's exceptions pass.
-  /// Returns 1; 0, with the colour as it was, if the layout or the colour space is unknown.
+  /// Returns 1; 0, with the color as it was, if the layout or the color space is unknown.
   int Load(CStream* stream, int version);
 
   bool operator==(const CVKColor&) const = default;
@@ -58,14 +58,14 @@ class RASTREL_API CVKColor {
   std::int32_t m_Reflectivity = 0;
 };
 
-/// A colour that may have a name, as a spot colour or one of the palette has.
+/// A color that may have a name, as a spot color or one of the palette has.
 class RASTREL_API CVKFullColor : public CVKColor {
  public:
   CVKFullColor() = default;
   /// As the base's, without a name.
   CVKFullColor(std::int32_t reference, int space, int correction, int reflectivity)
       : CVKColor(reference, space, correction, reflectivity) {}
-  /// That colour, without a name.
+  /// That color, without a name.
   explicit CVKFullColor(const CVKColor& color) : CVKColor(color) {}
 
   /// An empty text takes the name away.

@@ -7,16 +7,16 @@
 #include "rastrel/platform/mfc/string.h"
 #include "rastrel/platform/values/color.h"
 
-/// A spot colour of a placed file, which the host may match to one of its own.
+/// A spot color of a placed file, which the host may match to one of its own.
 class RASTREL_API CSpotMatchItem {
  public:
   CSpotMatchItem() = default;
 
   /// Keeps a copy.
   void SetName(const CString& name);
-  /// The colour that the host shows and may change.
+  /// The color that the host shows and may change.
   void SetColor(const CVKColor& color);
-  /// The colour as the file has it.
+  /// The color as the file has it.
   void SetOriginalColor(const CVKColor& color);
 
   /// Valid as long as the item.
@@ -32,7 +32,7 @@ class RASTREL_API CSpotMatchItem {
   CVKColor m_OriginalColor;
 };
 
-/// The host's list of spot colours, in the order in which they were appended. References to items
+/// The host's list of spot colors, in the order in which they were appended. References to items
 /// stay valid while more are appended.
 class RASTREL_API CSpotMatchList {
  public:

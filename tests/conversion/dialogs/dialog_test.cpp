@@ -7,8 +7,8 @@
 
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/system_calls.h"
-#include "rastrel/platform/standalone/headless_faces.h"
-#include "tests/support/scripted_faces.h"
+#include "rastrel/platform/standalone/headless_views.h"
+#include "tests/support/scripted_views.h"
 
 using namespace rastrel::host;
 using rastrel::test::ScriptedHost;
@@ -56,10 +56,10 @@ class TrialDialog : public CDialog {
 
 TEST(CDialog, returns_what_it_was_ended_with_and_shows_its_texts_translated) {
   ScriptedHost host;
-  host.m_Faces.PressAt("run", Button);
+  host.m_Views.PressAt("run", Button);
   TrialDialog dialog;
   EXPECT_EQ(dialog.DoModal(), 42);
-  EXPECT_EQ(host.m_Faces.m_Told,
+  EXPECT_EQ(host.m_Views.m_Told,
             (Told{"make 77", "text 0 Trial", "text 5 Press", "text 6 shown", "run", "end"}));
 }
 
@@ -68,31 +68,31 @@ TEST(CDialog, ended_before_it_is_shown_is_not_shown) {
   TrialDialog dialog;
   dialog.m_EndsAtOnce = true;
   EXPECT_EQ(dialog.DoModal(), 9);
-  EXPECT_FALSE(host.m_Faces.HasTold("run"));
+  EXPECT_FALSE(host.m_Views.HasTold("run"));
 }
 
 TEST(CDialog, without_a_face_is_cancelled) {
   ScriptedHost host;
-  host.m_Faces.m_Refuses = true;
+  host.m_Views.m_Refuses = true;
   TrialDialog dialog;
   EXPECT_EQ(dialog.DoModal(), CancelCommand);
-  EXPECT_TRUE(host.m_Faces.m_Told.empty());
+  EXPECT_TRUE(host.m_Views.m_Told.empty());
 }
 
 TEST(CDialog, may_be_shown_again) {
   ScriptedHost host;
   TrialDialog dialog;
-  host.m_Faces.PressAt("run", Button);
+  host.m_Views.PressAt("run", Button);
   EXPECT_EQ(dialog.DoModal(), 42);
-  host.m_Faces.PressAt("run", CancelCommand);
+  host.m_Views.PressAt("run", CancelCommand);
   EXPECT_EQ(dialog.DoModal(), CancelCommand);
 }
 
 TEST(CDialog, ok_and_cancel_end_it_unless_its_map_says_otherwise) {
   ScriptedHost host;
   for (const int command : {OkCommand, CancelCommand}) {
-    host.m_Faces.m_Actions.clear();
-    host.m_Faces.PressAt("run", command);
+    host.m_Views.m_Actions.clear();
+    host.m_Views.PressAt("run", command);
     EXPECT_EQ(TrialDialog().DoModal(), command);
   }
 }
@@ -103,7 +103,7 @@ TEST(CDialog, the_first_end_counts_and_a_dialog_that_has_ended_takes_no_command)
   dialog.EndDialog(4);
   EXPECT_TRUE(dialog.HasEnded());
   ScriptedHost host;
-  host.m_Faces.m_Actions.emplace_back("run", [](DialogLogic& logic) {
+  host.m_Views.m_Actions.emplace_back("run", [](DialogLogic& logic) {
     logic.Command(Button);
     logic.Command(CancelCommand);
   });
@@ -128,12 +128,12 @@ TEST(CDialog, takes_a_bounded_number_of_posted_messages_at_a_time) {
   EXPECT_EQ(dialog.m_Sum, 65);
 }
 
-TEST(HeadlessFace, cancels_what_only_a_person_could_end) {
+TEST(HeadlessView, cancels_what_only_a_person_could_end) {
   TrialDialog dialog;
   EXPECT_EQ(dialog.DoModal(), CancelCommand) << "the default host shows nothing";
 }
 
-TEST(HeadlessFace, takes_what_was_posted_before_the_work_ended) {
+TEST(HeadlessView, takes_what_was_posted_before_the_work_ended) {
   TrialDialog dialog;
   dialog.m_MayEnd = true;
   std::thread work([&dialog] {
@@ -145,7 +145,7 @@ TEST(HeadlessFace, takes_what_was_posted_before_the_work_ended) {
   work.join();
 }
 
-TEST(HeadlessFace, goes_on_without_a_handle_to_wait_for) {
+TEST(HeadlessView, goes_on_without_a_handle_to_wait_for) {
   const rastrel::os::SystemCallsGuard guard;
   rastrel::os::Calls().eventfd = [](unsigned, int) { return -1; };
   TrialDialog dialog;

@@ -1,4 +1,4 @@
-// The progress dialog with real children behind it and scripted faces in front.
+// The progress dialog with real children behind it and scripted views in front.
 
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 
@@ -6,9 +6,9 @@
 
 #include <csignal>
 
-#include "rastrel/platform/standalone/headless_faces.h"
+#include "rastrel/platform/standalone/headless_views.h"
 #include "tests/conversion/queue_fixture.h"
-#include "tests/support/scripted_faces.h"
+#include "tests/support/scripted_views.h"
 
 using namespace rastrel::host;
 using rastrel::test::HasChildren;
@@ -32,9 +32,9 @@ class ProgressDialog : public rastrel::test::QueueTest {
     EXPECT_FALSE(HasChildren()) << "the job is over when the dialog is";
     return result;
   }
-  [[nodiscard]] Lines& Told() { return m_Host.m_Faces.m_Told; }
+  [[nodiscard]] Lines& Told() { return m_Host.m_Views.m_Told; }
   void CancelAt(const char* line, int control = CQProgressDlg::CancelButton) {
-    m_Host.m_Faces.PressAt(line, control);
+    m_Host.m_Views.PressAt(line, control);
   }
 
   ScriptedHost m_Host;
@@ -80,7 +80,7 @@ TEST_F(ProgressDialog, hears_a_child_that_reports_before_the_dialog_knows_that_i
 TEST_F(ProgressDialog, without_the_program_says_so_and_stays_up_until_it_is_cancelled) {
   std::filesystem::remove(Root().Path(QueueProgram));
   int turns = 0;
-  m_Host.m_Faces.m_OnTurn = [&](DialogLogic& dialog) {
+  m_Host.m_Views.m_OnTurn = [&](DialogLogic& dialog) {
     EXPECT_FALSE(dialog.MayEndByItself());
     if (++turns == 10) dialog.Command(CQProgressDlg::CancelButton);
   };
@@ -100,7 +100,7 @@ TEST_F(ProgressDialog, of_a_missing_file_stays_up_until_it_is_cancelled) {
 TEST_F(ProgressDialog, stays_up_after_a_child_that_ended_without_a_word) {
   Queue("exit 0\n");
   int turns = 0;
-  m_Host.m_Faces.m_OnTurn = [&](DialogLogic& dialog) {
+  m_Host.m_Views.m_OnTurn = [&](DialogLogic& dialog) {
     if (!dialog.MayEndByItself() && ++turns == 10) dialog.Command(CQProgressDlg::CancelButton);
   };
   EXPECT_EQ(Run(), CancelCommand);
@@ -112,7 +112,7 @@ TEST_F(ProgressDialog, stays_up_if_the_job_can_not_be_run) {
   Root().Write(QueueProgram, "#!/nowhere/sh\n");
   MakeExecutable(QueueProgram);
   int turns = 0;
-  m_Host.m_Faces.m_OnTurn = [&](DialogLogic& dialog) {
+  m_Host.m_Views.m_OnTurn = [&](DialogLogic& dialog) {
     if (!dialog.MayEndByItself() && ++turns == 5) dialog.Command(CQProgressDlg::CancelButton);
   };
   EXPECT_EQ(Run(), CancelCommand);
@@ -129,7 +129,7 @@ TEST_F(ProgressDialog, cancelled_ends_a_child_that_hangs) {
 
 TEST_F(ProgressDialog, is_cancelled_by_escape_and_the_close_button_too_and_by_enter_not) {
   Queue("echo 'INFO: CONVERTING' >&2\nexec sleep 1000\n");
-  m_Host.m_Faces.m_Actions.emplace_back(Begun, [](DialogLogic& dialog) {
+  m_Host.m_Views.m_Actions.emplace_back(Begun, [](DialogLogic& dialog) {
     dialog.Command(OkCommand);
     EXPECT_FALSE(dialog.HasEnded());
     dialog.Command(CancelCommand);
@@ -149,7 +149,7 @@ TEST_F(ProgressDialog, cancelled_ends_a_child_that_floods) {
   Queue(
       "echo 'INFO: CONVERTING' >&2\n"
       "while :; do echo 'PROGRESS: 5%'; echo 'INFO: FLUSHING'; done >&2\n");
-  m_Host.m_Faces.m_Actions.emplace_back("text 2021 Flushing", [](DialogLogic& dialog) {
+  m_Host.m_Views.m_Actions.emplace_back("text 2021 Flushing", [](DialogLogic& dialog) {
     dialog.Command(CQProgressDlg::CancelButton);
   });
   EXPECT_EQ(Run(), CancelCommand);
@@ -221,9 +221,9 @@ TEST_F(ProgressDialog, keeps_a_flood_of_messages_small_and_still_hears_the_end) 
 TEST_F(ProgressDialog, shows_texts_that_its_host_translates) {
   class German : public rastrel::standalone::StandaloneHost, Translation {
    public:
-    explicit German(DialogFaces& faces) : m_Faces(faces) { SetHost(this); }
+    explicit German(DialogViews& views) : m_Views(views) { SetHost(this); }
     Translation& GetTranslation() override { return *this; }
-    DialogFaces& GetDialogFaces() override { return m_Faces; }
+    DialogViews& GetDialogViews() override { return m_Views; }
     std::optional<std::wstring> Translate(const std::wstring& text) override {
       if (text == L"(*v*)Done") return L"Fertig";
       if (text == L"(*v*)Cancel") return L"Abbrechen";
@@ -231,12 +231,12 @@ TEST_F(ProgressDialog, shows_texts_that_its_host_translates) {
     }
 
    private:
-    DialogFaces& m_Faces;
-  } german(m_Host.m_Faces);
+    DialogViews& m_Views;
+  } german(m_Host.m_Views);
   Queue("echo 'INFO: CLQ_success' >&2\n");
   EXPECT_EQ(Run(), OkCommand);
-  EXPECT_TRUE(m_Host.m_Faces.HasTold("text 2005 Abbrechen"));
-  EXPECT_TRUE(m_Host.m_Faces.HasTold("text 2021 Fertig"));
+  EXPECT_TRUE(m_Host.m_Views.HasTold("text 2005 Abbrechen"));
+  EXPECT_TRUE(m_Host.m_Views.HasTold("text 2021 Fertig"));
 }
 
 // With nobody to watch.

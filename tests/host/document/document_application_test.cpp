@@ -58,7 +58,7 @@ TEST_F(DocumentApplicationTest, the_grid_begins_in_the_corner_that_is_counted_fr
   }
 }
 
-TEST_F(DocumentApplicationTest, a_palette_colour_is_found_by_number_and_by_what_it_is) {
+TEST_F(DocumentApplicationTest, a_palette_color_is_found_by_number_and_by_what_it_is) {
   const int count = static_cast<int>(m_Document.Colors().Entries().size());
   CVKColor color(7, COLORSPACE_RGB, 7, 7);
   EXPECT_EQ(m_Application.FindPaletteColor(count, color), 0);

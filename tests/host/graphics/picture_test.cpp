@@ -47,7 +47,7 @@ void ExpectSize(const std::string& bytes, double width, double height) {
   EXPECT_NEAR(size[1], height, 0.01);
 }
 
-// The colours in the middle of the upper and the lower half.
+// The colors in the middle of the upper and the lower half.
 std::array<unsigned, 2> Halves(const Picture& picture) {
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 200, 100);
   cairo_t* context = cairo_create(surface);
@@ -87,7 +87,7 @@ TEST(GraphicFile, every_kind_is_drawn_the_right_way_up) {
     const Opened opened = Open(bytes);
     ASSERT_TRUE(opened) << static_cast<int>(kind);
     const auto halves = Halves(**opened);
-    // JPEG rounds colours.
+    // JPEG rounds colors.
     EXPECT_EQ(halves[0] & 0xF0F0F0, 0xF00000U) << static_cast<int>(kind);
     EXPECT_EQ(halves[1] & 0xF0F0F0, 0x0000F0U) << static_cast<int>(kind);
   }

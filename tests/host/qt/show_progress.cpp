@@ -9,17 +9,17 @@
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/standalone_host.h"
-#include "rastrel/platform/standalone/window_faces.h"
+#include "rastrel/platform/standalone/window_views.h"
 
 namespace {
 
 class WindowHost : public rastrel::standalone::StandaloneHost {
  public:
-  explicit WindowHost(rastrel::host::DialogFaces& faces) : m_Faces(faces) {}
-  [[nodiscard]] rastrel::host::DialogFaces& GetDialogFaces() override { return m_Faces; }
+  explicit WindowHost(rastrel::host::DialogViews& views) : m_Views(views) {}
+  [[nodiscard]] rastrel::host::DialogViews& GetDialogViews() override { return m_Views; }
 
  private:
-  rastrel::host::DialogFaces& m_Faces;
+  rastrel::host::DialogViews& m_Views;
 };
 
 long EntriesOf(const char* directory) {
@@ -32,12 +32,12 @@ long EntriesOf(const char* directory) {
 
 int main(int count, char** words) {
   if (count != 2) return 2;
-  const auto faces = rastrel::host::LoadWindowFaces();
-  if (!faces) {
-    std::printf("no window: %s\n", Describe(faces.Error()).c_str());
+  const auto views = rastrel::host::LoadWindowViews();
+  if (!views) {
+    std::printf("no window: %s\n", Describe(views.Error()).c_str());
     return 1;
   }
-  WindowHost host(**faces);
+  WindowHost host(**views);
   rastrel::host::SetHost(&host);
   const auto run = [&] {
     CQProgressDlg dialog(rastrel::os::FromNative(words[1]).c_str(), nullptr);

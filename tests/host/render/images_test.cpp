@@ -50,7 +50,7 @@ class Pixels {
   std::unique_ptr<cairo_surface_t, SurfaceEnd> m_Surface;
 };
 
-// The box around the pixels of a colour; no width if there are none.
+// The box around the pixels of a color; no width if there are none.
 struct Box {
   int left = std::numeric_limits<int>::max(), right = -1;
   int top = std::numeric_limits<int>::max(), bottom = -1;
@@ -196,9 +196,9 @@ TEST_F(Images, resolutions_beyond_the_limits_are_refused_in_words) {
 TEST_F(Images, a_side_has_as_many_pixels_as_the_limit_says_and_no_more) {
   ImageOptions options;
   options.dpi = 254;  // a pixel is a tenth of a millimetre
-  m_Document.SetBlank({LongestPixelSide / 100.0 - 0.001, 0.1, 7});
+  m_Document.SetBlank({MaximumPixelSide / 100.0 - 0.001, 0.1, 7});
   EXPECT_EQ(Refusal(ImageFormat::kPng, options), L"");
-  m_Document.SetBlank({0.1, LongestPixelSide / 100.0 + 0.01, 7});
+  m_Document.SetBlank({0.1, MaximumPixelSide / 100.0 + 0.01, 7});
   EXPECT_EQ(Refusal(ImageFormat::kPng, options),
             L"a picture of 10 by 32768 pixels is too large: 100000000 pixels, and 32767 a side, "
             L"are the most; 254 dpi are too many");

@@ -85,7 +85,7 @@ TEST_F(Page, what_stands_in_the_deepest_groups_is_drawn) {
   EXPECT_NE(svg.find("</g>\n</svg>"), std::string::npos);
 }
 
-TEST_F(Page, the_invisible_colour_draws_nothing) {
+TEST_F(Page, the_invisible_color_draws_nothing) {
   Add(Drill, Colored(Invisible));
   Add(Polygon({{1, 1}, {5, 1}, {5, 5}}, true), Colored(Invisible));
   Add(Paragraph({1, 11, 19, 1}, 0, JUSTIFY_LEFT, LINEFIT_EACH_LINE, {{Piece(L"text", 300)}}),
@@ -93,7 +93,7 @@ TEST_F(Page, the_invisible_colour_draws_nothing) {
   EXPECT_EQ(Measured().size(), 1U) << "the page alone";
 }
 
-TEST_F(Page, a_run_has_its_own_colour_before_that_of_its_text) {
+TEST_F(Page, a_run_has_its_own_color_before_that_of_its_text) {
   document::TextShape text = Paragraph({1, 11, 19, 1}, 0, JUSTIFY_LEFT, LINEFIT_EACH_LINE,
                                        {{Piece(L"red", 300), Piece(L"none", 300)}});
   text.lines[0].runs[0].colored = text.lines[0].runs[1].colored = true;
@@ -157,16 +157,17 @@ TEST_F(Page, a_blank_may_be_as_large_as_a_page_can_be_and_no_larger) {
 }
 
 TEST_F(Page, as_many_pages_are_drawn_as_the_limit_says_and_no_more) {
-  const auto last = Add(Drill, OnPages(MostPages, MostPages));
-  EXPECT_EQ(Drills(MostPages), 1U);
-  m_Document.SetPages(last, {1, MostPages + 1});
+  const auto last = Add(Drill, OnPages(MaximumPages, MaximumPages));
+  EXPECT_EQ(Drills(MaximumPages), 1U);
+  m_Document.SetPages(last, {1, MaximumPages + 1});
   EXPECT_EQ(Refusal(ImageFormat::kPdf),
             L"the document has 10001 pages; at most 10000 can be drawn");
 }
 
 TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
-  for (std::size_t i = 0; i < MostObjects / MostPages; ++i) Add(Drill, OnPages(1, MostPages));
-  EXPECT_EQ(Drills(1), MostObjects / MostPages);
+  for (std::size_t i = 0; i < MaximumObjects / MaximumPages; ++i)
+    Add(Drill, OnPages(1, MaximumPages));
+  EXPECT_EQ(Drills(1), MaximumObjects / MaximumPages);
   Add(Drill, OnPages(1, 1));
   EXPECT_NE(Refusal(ImageFormat::kSvg).find(L"more than 5000000 objects"), std::wstring::npos);
 }

@@ -111,7 +111,7 @@ TEST_F(Svg, any_text_makes_a_well_formed_file) {
   EXPECT_NE(DrawSvg().find("&lt;/text&gt;]]&gt;&amp;#0;&quot;"), std::string::npos);
 }
 
-TEST_F(Svg, a_cut_line_is_dashed_and_thin_in_its_own_colour_whatever_its_style) {
+TEST_F(Svg, a_cut_line_is_dashed_and_thin_in_its_own_color_whatever_its_style) {
   document::PathShape cut = Polygon({{1, 1}, {5, 1}, {5, 5}}, true);
   cut.cutLine = true;
   document::Attributes attributes = Colored(Red);
@@ -154,7 +154,7 @@ TEST_F(Svg, only_closed_paths_are_filled) {
                                       "path none #0000ff 0.0882"}));
 }
 
-TEST_F(Svg, colours_of_inks_are_turned_into_those_of_light) {
+TEST_F(Svg, colors_of_inks_are_turned_into_those_of_light) {
   CVKColor color;
   color.SetColor(0, 1, 1, 0, COLORSPACE_CMYK);
   Add(Polygon({{1, 1}, {5, 1}, {5, 5}}, true), Colored(color));

@@ -148,12 +148,12 @@ TEST_F(TextEngineTest, what_is_no_number_becomes_none_in_the_document) {
 TEST_F(TextEngineTest, a_paragraph_takes_its_limit_and_leaves_the_rest_out_once_told) {
   for (const std::size_t excess : {std::size_t{0}, std::size_t{1}}) {
     Open();
-    Paste(std::wstring(LongestParagraph - 1, L'x'));
+    Paste(std::wstring(MaximumParagraph - 1, L'x'));
     Paste(std::wstring(1 + excess, L'y'));
     const TextShape text = Close();
     std::size_t letters = 0;
     for (const auto& run : text.lines.at(0).runs) letters += run.text.size();
-    EXPECT_EQ(letters, LongestParagraph);
+    EXPECT_EQ(letters, MaximumParagraph);
     EXPECT_EQ(m_Notices.Losses().size(), excess);
   }
 }

@@ -52,12 +52,12 @@ TEST(CVKColor, a_reference_holds_red_lowest) {
   EXPECT_FALSE(color.IsInvisible());
 }
 
-TEST(CVKColor, reference_0_is_the_black_of_a_new_colour) {
+TEST(CVKColor, reference_0_is_the_black_of_a_new_color) {
   EXPECT_EQ(CVKColor(0, 1, 0, 0), CVKColor());
   EXPECT_EQ(Channels(CVKColor()), (Four{0, 0, 0, 0}));
 }
 
-TEST(CVKColor, reference_minus_1_is_invisible_until_a_colour_is_set) {
+TEST(CVKColor, reference_minus_1_is_invisible_until_a_color_is_set) {
   CVKColor color(-1, 1, 0, 0);
   EXPECT_TRUE(color.IsInvisible());
   EXPECT_NE(color, CVKColor());
@@ -65,11 +65,11 @@ TEST(CVKColor, reference_minus_1_is_invisible_until_a_colour_is_set) {
   EXPECT_FALSE(color.IsInvisible());
 }
 
-TEST(CVKColor, channels_of_an_rgb_colour_are_what_was_set) {
+TEST(CVKColor, channels_of_an_rgb_color_are_what_was_set) {
   EXPECT_EQ(Channels(Rgb(255, 127.5, -3)), (Four{255, 127.5, -3, 0}));
 }
 
-TEST(CVKColor, inks_of_a_cmyk_colour_are_what_was_set) {
+TEST(CVKColor, inks_of_a_cmyk_color_are_what_was_set) {
   EXPECT_EQ(Inks(Cmyk(0, 1, 1, 0)), (Four{0, 1, 1, 0}));
 }
 
@@ -116,7 +116,7 @@ TEST(CVKFullColor, is_saved_as_space_flags_two_numbers_four_components_and_the_n
                               "03 00 00 00  43 00 75 00 74 00"));
 }
 
-TEST(CVKFullColor, an_invisible_colour_and_the_hosts_numbers_are_saved) {
+TEST(CVKFullColor, an_invisible_color_and_the_hosts_numbers_are_saved) {
   EXPECT_EQ(Saved(CVKFullColor(-1, 1, 2, 3)),
             Hex("01 00 00 00  01 00 00 00  02 00 00 00  03 00 00 00 "
                 "00 00 00 00 00 00 00 00  00 00 00 00 00 00 00 00 "

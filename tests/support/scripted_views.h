@@ -15,11 +15,11 @@
 
 namespace rastrel::test {
 
-/// Faces that write down what they are to show, one line each, and act as a script says, on the
+/// Views that write down what they are to show, one line each, and act as a script says, on the
 /// dialog's thread between two turns of their loop:
 ///   "make 1003", "text 2021 Converting", "text 0 Processing", "range 2022 0 100",
 ///   "position 2022 42", "run", "end", "message Separation: RIP executable missing".
-class ScriptedFaces : public host::DialogFaces {
+class ScriptedViews : public host::DialogViews {
  public:
   using Action = std::function<void(host::DialogLogic&)>;
 
@@ -28,7 +28,7 @@ class ScriptedFaces : public host::DialogFaces {
   std::vector<std::pair<std::string, Action>> m_Actions;
   /// Called at every turn of the loop.
   Action m_OnTurn;
-  /// No face can be had.
+  /// No view can be had.
   bool m_Refuses = false;
 
   /// Presses a control once a line has been told.
@@ -39,7 +39,7 @@ class ScriptedFaces : public host::DialogFaces {
     return std::find(m_Told.begin(), m_Told.end(), line) != m_Told.end();
   }
 
-  std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override {
+  std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override {
     if (m_Refuses) return nullptr;
     Tell("make " + std::to_string(dialog.GetResource().id));
     return std::make_unique<Face>(*this, dialog);
@@ -49,9 +49,9 @@ class ScriptedFaces : public host::DialogFaces {
   }
 
  private:
-  class Face : public host::DialogFace {
+  class Face : public host::DialogView {
    public:
-    Face(ScriptedFaces& script, host::DialogLogic& dialog) : m_Script(script), m_Dialog(dialog) {}
+    Face(ScriptedViews& script, host::DialogLogic& dialog) : m_Script(script), m_Dialog(dialog) {}
     void SetText(int control, const std::wstring& text) override {
       m_Script.Tell("text " + std::to_string(control) + " " + os::Utf8FromWide(text));
     }
@@ -79,7 +79,7 @@ class ScriptedFaces : public host::DialogFaces {
     }
 
    private:
-    ScriptedFaces& m_Script;
+    ScriptedViews& m_Script;
     host::DialogLogic& m_Dialog;
   };
 
@@ -93,7 +93,7 @@ class ScriptedFaces : public host::DialogFaces {
   }
 };
 
-/// The embedded host with scripted faces; installed while it exists.
+/// The embedded host with scripted views; installed while it exists.
 class ScriptedHost : public standalone::StandaloneHost {
  public:
   ScriptedHost() { host::SetHost(this); }
@@ -101,9 +101,9 @@ class ScriptedHost : public standalone::StandaloneHost {
   ScriptedHost(const ScriptedHost&) = delete;
   ScriptedHost& operator=(const ScriptedHost&) = delete;
 
-  host::DialogFaces& GetDialogFaces() override { return m_Faces; }
+  host::DialogViews& GetDialogViews() override { return m_Views; }
 
-  ScriptedFaces m_Faces;
+  ScriptedViews m_Views;
 };
 
 }  // namespace rastrel::test

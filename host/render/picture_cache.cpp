@@ -1,4 +1,4 @@
-#include "host/render/picture_shelf.h"
+#include "host/render/picture_cache.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,11 +8,11 @@ namespace rastrel::render {
 
 namespace {
 
-constexpr std::size_t MostPictures = 64;
+constexpr std::size_t MaximumPictures = 64;
 
 }  // namespace
 
-const graphics::Picture* PictureShelf::Get(const document::GraphicShape& shape) {
+const graphics::Picture* PictureCache::Get(const document::GraphicShape& shape) {
   const auto found = std::ranges::find_if(m_Entries, [&](const Entry& entry) {
     return entry.bytes == shape.bytes && entry.kind == shape.kind;
   });
@@ -28,12 +28,12 @@ const graphics::Picture* PictureShelf::Get(const document::GraphicShape& shape) 
   return m_Entries.front().picture.get();
 }
 
-void PictureShelf::MakeRoom() {
+void PictureCache::MakeRoom() {
   std::uint64_t pixels = 0;
   std::size_t count = 0;
   for (auto entry = m_Entries.begin(); entry != m_Entries.end(); ++entry) {
     pixels += entry->picture ? entry->picture->Pixels() : 0;
-    if (++count > 1 && (count > MostPictures || pixels > graphics::MostGraphicPixels)) {
+    if (++count > 1 && (count > MaximumPictures || pixels > graphics::MaximumGraphicPixels)) {
       m_Entries.erase(entry, m_Entries.end());
       return;
     }

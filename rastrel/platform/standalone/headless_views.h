@@ -6,10 +6,10 @@ namespace rastrel::standalone {
 
 /// Shows nothing and nobody watches: runs a dialog to the end that its work has, and cancels it
 /// once only a person could end it.
-class HeadlessFace : public host::DialogFace {
+class HeadlessView : public host::DialogView {
  public:
   /// The dialog is not owned.
-  explicit HeadlessFace(host::DialogLogic& dialog) : m_Dialog(dialog) {}
+  explicit HeadlessView(host::DialogLogic& dialog) : m_Dialog(dialog) {}
   void SetText(int control, const std::wstring& text) override;
   void SetRange(int control, int lowest, int highest) override;
   void SetPosition(int control, int position) override;
@@ -20,9 +20,9 @@ class HeadlessFace : public host::DialogFace {
 };
 
 /// Makes them. Messages to a person go to the standard error stream.
-class HeadlessFaces : public host::DialogFaces {
+class HeadlessViews : public host::DialogViews {
  public:
-  [[nodiscard]] std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override;
+  [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override;
   void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) override;
 };
 

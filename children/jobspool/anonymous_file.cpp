@@ -1,4 +1,4 @@
-#include "children/jobspool/nameless_file.h"
+#include "children/jobspool/anonymous_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 
 namespace rastrel::jobspool {
 
-Expected<os::FileDescriptor> MakeNamelessFile(const std::string& directory) {
+Expected<os::FileDescriptor> MakeAnonymousFile(const std::string& directory) {
   os::FileDescriptor file(open(directory.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0600));
   if (file.IsOpen()) return file;
   // Layered and network file systems may have no such files.

@@ -1,4 +1,4 @@
-#include "rastrel/platform/standalone/headless_faces.h"
+#include "rastrel/platform/standalone/headless_views.h"
 
 #include <array>
 
@@ -14,13 +14,13 @@ constexpr int WithoutHandle = 100;  // milliseconds between two looks
 
 }  // namespace
 
-void HeadlessFace::SetText(int, const std::wstring&) {}
+void HeadlessView::SetText(int, const std::wstring&) {}
 
-void HeadlessFace::SetRange(int, int, int) {}
+void HeadlessView::SetRange(int, int, int) {}
 
-void HeadlessFace::SetPosition(int, int) {}
+void HeadlessView::SetPosition(int, int) {}
 
-void HeadlessFace::RunModal() {
+void HeadlessView::RunModal() {
   while (!m_Dialog.HasEnded()) {
     // In this order: what works for the dialog posts its last message before it ends.
     const bool mayEnd = m_Dialog.MayEndByItself();
@@ -35,11 +35,11 @@ void HeadlessFace::RunModal() {
   }
 }
 
-std::unique_ptr<host::DialogFace> HeadlessFaces::MakeFace(host::DialogLogic& dialog) {
-  return std::make_unique<HeadlessFace>(dialog);
+std::unique_ptr<host::DialogView> HeadlessViews::MakeView(host::DialogLogic& dialog) {
+  return std::make_unique<HeadlessView>(dialog);
 }
 
-void HeadlessFaces::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
+void HeadlessViews::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
   os::WriteToStandardError(os::Utf8FromWide(title + L": " + text + L"\n"));
 }
 

@@ -12,10 +12,10 @@ namespace rastrel::render {
 
 /// Placed files, opened when they are first drawn and kept open while there is room: opening one
 /// may run a program.
-class PictureShelf {
+class PictureCache {
  public:
   /// `notices` must outlive the shelf.
-  explicit PictureShelf(document::Notices& notices) : m_Notices(notices) {}
+  explicit PictureCache(document::Notices& notices) : m_Notices(notices) {}
 
   /// The picture of a placed file, or null for one that can't be drawn, which is told. Valid until
   /// the next call.

@@ -16,11 +16,11 @@ namespace rastrel::cli {
 /// output if asked for. q, Escape, Ctrl-C and a stop request cancel; a dialog that only a person
 /// could end is cancelled by itself, since there is nothing to wait for. The terminal has its old
 /// state when a dialog is over.
-class TerminalFaces : public host::DialogFaces {
+class TerminalViews : public host::DialogViews {
  public:
-  explicit TerminalFaces(bool json) : m_Json(json) {}
+  explicit TerminalViews(bool json) : m_Json(json) {}
 
-  [[nodiscard]] std::unique_ptr<host::DialogFace> MakeFace(host::DialogLogic& dialog) override;
+  [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override;
   void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) override;
 
   /// Cancels the dialog on show and every later one. Any thread.
@@ -32,29 +32,29 @@ class TerminalFaces : public host::DialogFaces {
   [[nodiscard]] bool IsCancelled() const { return m_Stopped; }
 
  private:
-  class Face;
+  class View;
   bool m_Json;
   std::atomic<bool> m_Stopped = false;
   CSemaphore m_Stop{0, 1};
 };
 
-/// The host in force with other dialog faces, for this object's life.
-class FacesHost : public host::Host {
+/// The host in force with other dialog views, for this object's life.
+class ViewsHost : public host::Host {
  public:
-  explicit FacesHost(host::DialogFaces& faces);
-  ~FacesHost() override;
-  FacesHost(const FacesHost&) = delete;
-  FacesHost& operator=(const FacesHost&) = delete;
+  explicit ViewsHost(host::DialogViews& views);
+  ~ViewsHost() override;
+  ViewsHost(const ViewsHost&) = delete;
+  ViewsHost& operator=(const ViewsHost&) = delete;
 
   [[nodiscard]] host::Settings& GetSettings() override { return m_Inner.GetSettings(); }
   [[nodiscard]] host::Directories& GetDirectories() override { return m_Inner.GetDirectories(); }
   [[nodiscard]] host::Translation& GetTranslation() override { return m_Inner.GetTranslation(); }
   void BeginWaitCursor() override { m_Inner.BeginWaitCursor(); }
-  [[nodiscard]] host::DialogFaces& GetDialogFaces() override { return m_Faces; }
+  [[nodiscard]] host::DialogViews& GetDialogViews() override { return m_Views; }
 
  private:
   host::Host& m_Inner;
-  host::DialogFaces& m_Faces;
+  host::DialogViews& m_Views;
 };
 
 /// Whether these bytes from a terminal hold a key that cancels: q, Q, Ctrl-C, or Escape by itself.

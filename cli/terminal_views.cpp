@@ -1,4 +1,4 @@
-#include "cli/terminal_faces.h"
+#include "cli/terminal_views.h"
 
 #include <algorithm>
 #include <array>
@@ -48,10 +48,10 @@ bool HoldsCancelKey(const std::string& bytes, bool& more) {
   return false;
 }
 
-class TerminalFaces::Face : public host::DialogFace {
+class TerminalViews::View : public host::DialogView {
  public:
-  Face(TerminalFaces& faces, host::DialogLogic& dialog)
-      : m_Faces(faces), m_Dialog(dialog), m_Live(IsLive(faces.m_Json)) {}
+  View(TerminalViews& views, host::DialogLogic& dialog)
+      : m_Views(views), m_Dialog(dialog), m_Live(IsLive(views.m_Json)) {}
 
   void SetText(int control, const std::wstring& text) override;
   void SetRange(int control, int lowest, int highest) override;
@@ -68,7 +68,7 @@ class TerminalFaces::Face : public host::DialogFace {
   void ShowStage(const std::string& stage);
   void ShowPercent(int percent);
 
-  TerminalFaces& m_Faces;
+  TerminalViews& m_Views;
   host::DialogLogic& m_Dialog;
   const bool m_Live;
   std::unique_ptr<os::TerminalKeys> m_Keys;
@@ -80,11 +80,11 @@ class TerminalFaces::Face : public host::DialogFace {
   bool m_Changed = true;
 };
 
-std::unique_ptr<host::DialogFace> TerminalFaces::MakeFace(host::DialogLogic& dialog) {
-  return std::make_unique<Face>(*this, dialog);
+std::unique_ptr<host::DialogView> TerminalViews::MakeView(host::DialogLogic& dialog) {
+  return std::make_unique<View>(*this, dialog);
 }
 
-void TerminalFaces::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
+void TerminalViews::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
   if (m_Json) {
     JsonLine("message").Add("text", os::Utf8FromWide(text)).Write();
   } else {
@@ -92,14 +92,14 @@ void TerminalFaces::ShowMessage(CWnd*, const std::wstring& text, const std::wstr
   }
 }
 
-bool TerminalFaces::Face::Is(int control, host::ControlKind kind) const {
+bool TerminalViews::View::Is(int control, host::ControlKind kind) const {
   const auto& controls = m_Dialog.GetResource().controls;
   return std::ranges::any_of(controls, [&](const host::DialogControl& one) {
     return one.id == control && one.kind == kind;
   });
 }
 
-void TerminalFaces::Face::SetText(int control, const std::wstring& text) {
+void TerminalViews::View::SetText(int control, const std::wstring& text) {
   const std::string words = os::Utf8FromWide(text);
   // The title is what there is to say before the first stage.
   if (control == host::TitleControl && m_View.stage.empty()) {
@@ -111,37 +111,37 @@ void TerminalFaces::Face::SetText(int control, const std::wstring& text) {
   m_Changed = true;
 }
 
-void TerminalFaces::Face::SetRange(int, int lowest, int highest) {
+void TerminalViews::View::SetRange(int, int lowest, int highest) {
   m_Lowest = lowest;
   m_Highest = highest;
 }
 
-void TerminalFaces::Face::SetPosition(int, int position) {
+void TerminalViews::View::SetPosition(int, int position) {
   const int inside = std::clamp(position, m_Lowest, m_Highest);
   const int percent = m_Highest > m_Lowest ? (inside - m_Lowest) * 100 / (m_Highest - m_Lowest) : 0;
   if (m_View.percent != percent) ShowPercent(percent);
   m_Changed = true;
 }
 
-void TerminalFaces::Face::ShowStage(const std::string& stage) {
-  if (m_Faces.m_Json) {
+void TerminalViews::View::ShowStage(const std::string& stage) {
+  if (m_Views.m_Json) {
     JsonLine("state").Add("text", stage).Write();
   } else if (!m_Live) {
     WriteError(stage + "\n");
   }
 }
 
-void TerminalFaces::Face::ShowPercent(int percent) {
+void TerminalViews::View::ShowPercent(int percent) {
   const int before = m_View.percent.value_or(0);
   m_View.percent = percent;
-  if (m_Faces.m_Json) {
+  if (m_Views.m_Json) {
     JsonLine("progress").Add("percent", static_cast<std::int64_t>(percent)).Write();
   } else if (!m_Live && percent / PercentStep != before / PercentStep) {
     WriteError(std::to_string(percent) + " %\n");
   }
 }
 
-void TerminalFaces::Face::RunModal() {
+void TerminalViews::View::RunModal() {
   m_Begin = os::MonotonicNanoseconds();
   if (m_Live) m_Keys = os::TerminalKeys::Take(os::StandardHandle(os::StandardStream::Input));
   while (!m_Dialog.HasEnded()) Turn();
@@ -149,8 +149,8 @@ void TerminalFaces::Face::RunModal() {
   if (m_Live) WriteError(ClearLine);
 }
 
-void TerminalFaces::Face::Turn() {
-  if (m_Faces.m_Stopped) return Cancel();
+void TerminalViews::View::Turn() {
+  if (m_Views.m_Stopped) return Cancel();
   TakeKeys();
   // In this order: what works for the dialog posts its last message before it ends.
   const bool mayEnd = m_Dialog.MayEndByItself();
@@ -160,13 +160,13 @@ void TerminalFaces::Face::Turn() {
   Wait();
 }
 
-void TerminalFaces::Face::Wait() {
+void TerminalViews::View::Wait() {
   const HANDLE keys = m_Keys && !m_Keys->IsGone() ? m_Keys->GetHandle() : INVALID_HANDLE_VALUE;
-  const std::array<HANDLE, 3> handles{m_Dialog.GetPostedHandle(), m_Faces.m_Stop.m_hObject, keys};
+  const std::array<HANDLE, 3> handles{m_Dialog.GetPostedHandle(), m_Views.m_Stop.m_hObject, keys};
   static_cast<void>(os::WaitReadable(handles, BetweenDrawings));
 }
 
-void TerminalFaces::Face::TakeKeys() {
+void TerminalViews::View::TakeKeys() {
   if (!m_Keys) return;
   std::string bytes = m_Keys->Read();
   bool more = false;
@@ -178,17 +178,17 @@ void TerminalFaces::Face::TakeKeys() {
     cancels = rest.empty() || HoldsCancelKey(Escape + rest, more);
   }
   if (!cancels && !m_Keys->IsGone()) return;
-  m_Faces.m_Stopped = true;
+  m_Views.m_Stopped = true;
   Cancel();
 }
 
-void TerminalFaces::Face::Cancel() {
+void TerminalViews::View::Cancel() {
   if (m_Dialog.HasEnded()) return;
   if (m_Live) WriteError("\rstopping" + std::string(ClearRest));
   m_Dialog.Command(host::CancelCommand);
 }
 
-void TerminalFaces::Face::Draw() {
+void TerminalViews::View::Draw() {
   if (!m_Live || m_Dialog.HasEnded()) return;
   const std::int64_t now = os::MonotonicNanoseconds();
   const std::int64_t pause = BetweenDrawings * (Second / 1000);
@@ -203,10 +203,10 @@ void TerminalFaces::Face::Draw() {
   WriteError("\r" + line + ClearRest);
 }
 
-FacesHost::FacesHost(host::DialogFaces& faces) : m_Inner(host::GetHost()), m_Faces(faces) {
+ViewsHost::ViewsHost(host::DialogViews& views) : m_Inner(host::GetHost()), m_Views(views) {
   host::SetHost(this);
 }
 
-FacesHost::~FacesHost() { host::SetHost(&m_Inner); }
+ViewsHost::~ViewsHost() { host::SetHost(&m_Inner); }
 
 }  // namespace rastrel::cli

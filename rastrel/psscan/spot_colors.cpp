@@ -171,7 +171,7 @@ void CPSParser::FollowComments(LineReader& in, SpotScan& scan) {
       ReadBox(line, scan.bounds);
       scan.boundsFound = true;
     }
-    // After a comment with colours this is the line behind it, which comes once more.
+    // After a comment with colors this is the line behind it, which comes once more.
     const bool isComment = line.starts_with('%');
     const bool endsHeader = line.starts_with(keyword::EndComments);
     if (!scan.namesDeferred) {

@@ -53,7 +53,7 @@ TEST(LoadSpotMatchItems, a_file_under_a_mib_is_read_on_from_the_header_up_to_its
             "A=1,0,0,0|B=0,0,255");
 }
 
-TEST(LoadSpotMatchItems, a_colour_that_the_document_does_not_name_is_not_delivered) {
+TEST(LoadSpotMatchItems, a_color_that_the_document_does_not_name_is_not_delivered) {
   EXPECT_EQ(ScannedFile(Head + "%%DocumentCustomColors: (A)\n%%CMYKCustomColor: 0 0 0 1 (B) 1 0 0 "
                                "0 (A)\n%%EndComments\nx\n")
                 .Spots(),
@@ -65,14 +65,14 @@ TEST(LoadSpotMatchItems, a_colour_that_the_document_does_not_name_is_not_deliver
       "");
 }
 
-TEST(LoadSpotMatchItems, a_colour_defined_both_ways_comes_twice_cmyk_first) {
+TEST(LoadSpotMatchItems, a_color_defined_both_ways_comes_twice_cmyk_first) {
   EXPECT_EQ(ScannedFile(Head + "%%RGBCustomColor: 1 0 0 (A)\n%%CMYKCustomColor: 0 1 1 0 "
                                "(A)\n%%DocumentCustomColors: (A) (A)\n%%EndComments\nx\n")
                 .Spots(),
             "A=0,1,1,0|A=255,0,0");
 }
 
-TEST(LoadSpotMatchItems, several_colours_stand_on_one_line) {
+TEST(LoadSpotMatchItems, several_colors_stand_on_one_line) {
   EXPECT_EQ(ScannedFile(Head + "%%CMYKCustomColor: 0 0 0 1 (Spot 1) 1 0 0 0 (Spot "
                                "2)\n%%DocumentCustomColors: (Spot 1) (Spot 2)\n%%EndComments\nx\n")
                 .Spots(),
@@ -115,14 +115,14 @@ TEST(LoadSpotMatchItems, a_blank_line_behind_a_line_end_is_never_seen) {
 }
 
 TEST(LoadSpotMatchItems, end_of_comments_and_text_end_the_header) {
-  const std::string colours = "%%DocumentCustomColors: (A)\n%%CMYKCustomColor: 0 0 0 1 (A)\nx\n";
-  EXPECT_EQ(ScannedFile(Head + colours).Spots(), "A=0,0,0,1");
-  EXPECT_EQ(ScannedFile(Head + "%%EndComments\n" + colours).Spots(), "");
-  EXPECT_EQ(ScannedFile(Head + "x\n" + colours).Spots(), "");
-  EXPECT_EQ(ScannedFile(Head + "%%EOF\n" + colours).Spots(), "");
+  const std::string colors = "%%DocumentCustomColors: (A)\n%%CMYKCustomColor: 0 0 0 1 (A)\nx\n";
+  EXPECT_EQ(ScannedFile(Head + colors).Spots(), "A=0,0,0,1");
+  EXPECT_EQ(ScannedFile(Head + "%%EndComments\n" + colors).Spots(), "");
+  EXPECT_EQ(ScannedFile(Head + "x\n" + colors).Spots(), "");
+  EXPECT_EQ(ScannedFile(Head + "%%EOF\n" + colors).Spots(), "");
 }
 
-TEST(LoadSpotMatchItems, a_colour_comment_on_the_very_last_line_is_not_read) {
+TEST(LoadSpotMatchItems, a_color_comment_on_the_very_last_line_is_not_read) {
   EXPECT_EQ(
       ScannedFile(Head + "%%DocumentCustomColors: (A)\n%%CMYKCustomColor: 0 0 0 1 (A)\n").Spots(),
       "");
@@ -178,7 +178,7 @@ TEST(LoadSpotItemsAndBounds, without_a_box_the_answer_is_false_and_the_items_com
   EXPECT_EQ(bounds, (BOUNDS{1, 2, 3, 4}));
 }
 
-TEST(LoadSpotItemsAndBounds, a_trailers_box_is_read_when_the_colours_are_deferred) {
+TEST(LoadSpotItemsAndBounds, a_trailers_box_is_read_when_the_colors_are_deferred) {
   EXPECT_TRUE(ScannedFile(Deferred + Body(2 << 20) + "%%BoundingBox: 1 2 3 4\n" + Lists + "x\n")
                   .HasBounds());
   EXPECT_FALSE(ScannedFile(Head + "%%EndComments\n" + Body(1000) + "%%BoundingBox: 1 2 3 4\n" +
@@ -193,7 +193,7 @@ TEST(LoadSpotItemsAndBounds, an_empty_line_ends_a_header_whose_names_are_deferre
   EXPECT_EQ(ScannedFile(content).SpotsWithBounds(), "A=1,0,0,0|B=0,0,255");
 }
 
-TEST(CVKColor, a_colour_keeps_what_was_set) {
+TEST(CVKColor, a_color_keeps_what_was_set) {
   CVKColor color;
   const double value = 0.25;
   color.SetColor(value, 2, -1, 0.5, COLORSPACE_CMYK);
