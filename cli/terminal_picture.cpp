@@ -1,9 +1,9 @@
 #include "cli/terminal_picture.h"
 
 #include <algorithm>
-#include <cstdint>
 
 #include "cli/standard_streams.h"
+#include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
@@ -18,27 +18,9 @@ constexpr unsigned PixelsOfColumn = 10;
 constexpr unsigned UsualColumns = 80;
 constexpr std::size_t KittyChunk = 4096;  // characters that one of its sequences may carry
 
-std::string Base64(std::string_view bytes) {
-  static constexpr std::string_view Digits =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const std::string_view group = bytes.substr(i, 3);
-    std::uint32_t bits = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0U);
-    }
-    for (std::size_t k = 0; k < 4; ++k) {
-      text += k <= group.size() ? Digits[bits >> (18 - 6 * k) & 63U] : '=';
-    }
-  }
-  return text;
-}
-
 // The first sequence says what follows; all but the last say that there is more.
 std::string KittySequence(std::string_view png, unsigned columns) {
-  const std::string data = Base64(png);
+  const std::string data = os::Base64FromBytes(png);
   std::string text;
   for (std::size_t at = 0; at < data.size(); at += KittyChunk) {
     const bool more = at + KittyChunk < data.size();
@@ -53,7 +35,8 @@ std::string KittySequence(std::string_view png, unsigned columns) {
 
 std::string ItermSequence(std::string_view png, unsigned columns) {
   return "\x1b]1337;File=inline=1;size=" + std::to_string(png.size()) +
-         ";width=" + std::to_string(columns) + ";preserveAspectRatio=1:" + Base64(png) + "\a";
+         ";width=" + std::to_string(columns) +
+         ";preserveAspectRatio=1:" + os::Base64FromBytes(png) + "\a";
 }
 
 }  // namespace

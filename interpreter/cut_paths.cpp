@@ -14,6 +14,7 @@
 #include "interpreter/clip_shape.h"
 #include "interpreter/segment_text.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
@@ -44,8 +45,7 @@ std::string Escape(std::string_view text) {
       escaped += character;
     } else {
       escaped += '%';
-      escaped += "0123456789ABCDEF"[value >> 4];
-      escaped += "0123456789ABCDEF"[value & 15U];
+      os::AppendHex(escaped, value, os::HexCase::Upper);
     }
   }
   return escaped;

@@ -1,12 +1,12 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "host/document/base64.h"
 #include "host/document/document_file.h"
 #include "host/document/document_words.h"
 #include "host/document/json_reader.h"
 #include "host/document/json_stream.h"
 #include "host/document/plate_layout.h"
+#include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 
@@ -139,7 +139,7 @@ GraphicShape GraphicFrom(const JsonValue& json) {
   graphic.name = json["name"].Text();
   graphic.width = json["width"].NumberAbove0();
   graphic.height = json["height"].NumberAbove0();
-  auto bytes = BytesFromBase64(json["file"].Utf8());
+  auto bytes = os::BytesFromBase64(json["file"].Utf8());
   if (!bytes) json["file"].Fail("is no base 64");
   graphic.bytes = std::make_shared<const std::string>(std::move(*bytes));
   return graphic;

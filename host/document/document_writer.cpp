@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
-#include "host/document/base64.h"
 #include "host/document/document_file.h"
 #include "host/document/document_words.h"
+#include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 
@@ -131,7 +131,7 @@ struct ShapeWriter {
     json["name"] = Utf8(graphic.name);
     json["width"] = graphic.width;
     json["height"] = graphic.height;
-    json["file"] = graphic.bytes ? Base64FromBytes(*graphic.bytes) : std::string();
+    json["file"] = graphic.bytes ? os::Base64FromBytes(*graphic.bytes) : std::string();
   }
   void operator()(const DrillShape& drill) const {
     json["kind"] = "drillPoint";

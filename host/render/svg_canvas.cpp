@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/document/base64.h"
 #include "host/graphics/picture.h"
 #include "host/render/letter_outlines.h"
 #include "host/render/picture_png.h"
 #include "host/render/svg_text.h"
 #include "host/text/text_layout.h"
+#include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
@@ -202,10 +202,9 @@ const std::string& SvgCanvas::AddressOf(const graphics::Picture& picture) {
   AppendMillimetres(m_Text, picture.Height());
   m_Text += "\" preserveAspectRatio=\"none\" xlink:href=\"data:";
   if (picture.MimeType()) {
-    m_Text +=
-        std::string(picture.MimeType()) + ";base64," + document::Base64FromBytes(picture.Bytes());
+    m_Text += std::string(picture.MimeType()) + ";base64," + os::Base64FromBytes(picture.Bytes());
   } else {
-    m_Text += "image/png;base64," + document::Base64FromBytes(PngOfPicture(picture));
+    m_Text += "image/png;base64," + os::Base64FromBytes(PngOfPicture(picture));
   }
   m_Text += "\"/></defs>\n";
   return place->second;

@@ -1,9 +1,9 @@
-#include "host/document/base64.h"
+#include "rastrel/platform/os/base64.h"
 
 #include <array>
 #include <cstdint>
 
-namespace rastrel::document {
+namespace rastrel::os {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::optional<std::string> BytesFromBase64(std::string_view text) {
   return bytes;
 }
 
-}  // namespace rastrel::document
+}  // namespace rastrel::os
