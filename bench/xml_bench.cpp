@@ -54,8 +54,8 @@ void WriteSheet(const std::string& path, int rows) {
 class Cells : public xml::XmlStreamHandler {
  public:
   StreamChoice Begin(std::wstring_view name, const XmlNode&, int depth) override {
-    if (depth == 0 || (depth == 1 && name == L"sheetData")) return StreamChoice::kEnter;
-    return depth == 2 && name == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
+    if (depth == 0 || (depth == 1 && name == L"sheetData")) return StreamChoice::Enter;
+    return depth == 2 && name == L"row" ? StreamChoice::Node : StreamChoice::Skip;
   }
   void Node(const XmlNode& row) override {
     for (XmlNode cell = xml::FirstChild(row); cell; cell = xml::NextSibling(cell)) {

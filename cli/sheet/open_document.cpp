@@ -28,16 +28,16 @@ class TableReader : public GuardedHandler {
     switch (depth) {
       case 0:
         m_FoundRoot = baseName == L"document-content" || baseName == L"document";
-        return m_FoundRoot ? StreamChoice::kEnter : StreamChoice::kSkip;
+        return m_FoundRoot ? StreamChoice::Enter : StreamChoice::Skip;
       case 1:
-        if (baseName == L"automatic-styles") return StreamChoice::kEnter;
-        return baseName == L"body" ? StreamChoice::kEnter : StreamChoice::kSkip;
+        if (baseName == L"automatic-styles") return StreamChoice::Enter;
+        return baseName == L"body" ? StreamChoice::Enter : StreamChoice::Skip;
       case 2:
-        if (baseName == L"style" && IsTableStyle(start)) return StreamChoice::kNode;
-        if (baseName != L"spreadsheet") return StreamChoice::kSkip;
+        if (baseName == L"style" && IsTableStyle(start)) return StreamChoice::Node;
+        if (baseName != L"spreadsheet") return StreamChoice::Skip;
         m_FoundSpreadsheet = true;
-        return StreamChoice::kEnter;
-      case 3: return baseName == L"table" ? BeginTable(start) : StreamChoice::kSkip;
+        return StreamChoice::Enter;
+      case 3: return baseName == L"table" ? BeginTable(start) : StreamChoice::Skip;
       default: return BeginInTable(baseName);
     }
   }
@@ -69,22 +69,22 @@ class TableReader : public GuardedHandler {
   StreamChoice BeginTable(const XmlNode& start) {
     if (++m_Tables > limits::Sheets) {
       Refuse(L"there are more sheets than the limit of " + std::to_wstring(limits::Sheets));
-      return StreamChoice::kSkip;
+      return StreamChoice::Skip;
     }
-    if (m_Only >= 0 && m_Tables != static_cast<std::size_t>(m_Only) + 1) return StreamChoice::kSkip;
+    if (m_Only >= 0 && m_Tables != static_cast<std::size_t>(m_Only) + 1) return StreamChoice::Skip;
     SheetInfo sheet;
     sheet.name = xml::AttributeBytes(start, L"table:name");
     const std::string style(xml::AttributeBytes(start, L"table:style-name"));
     if (m_Hidden.contains(style)) sheet.visibility = Visibility::Hidden;
     Table(sheet, m_Tables);
-    return m_WithRows ? StreamChoice::kEnter : StreamChoice::kSkip;
+    return m_WithRows ? StreamChoice::Enter : StreamChoice::Skip;
   }
 
   static StreamChoice BeginInTable(std::wstring_view baseName) {
-    if (baseName == L"table-row") return StreamChoice::kNode;
+    if (baseName == L"table-row") return StreamChoice::Node;
     const bool holdsRows = baseName == L"table-header-rows" || baseName == L"table-rows" ||
                            baseName == L"table-row-group";
-    return holdsRows ? StreamChoice::kEnter : StreamChoice::kSkip;
+    return holdsRows ? StreamChoice::Enter : StreamChoice::Skip;
   }
 
   int m_Only;
@@ -178,7 +178,7 @@ class RowReader : public TableReader {
 
 void Read(const XmlPlace& document, TableReader& reader) {
   static_cast<void>(TakeXmlWords());
-  if (!reader.ReadFrom(document.path, xml::XmlBlanks::kKeep))
+  if (!reader.ReadFrom(document.path, xml::XmlBlanks::Keep))
     throw CommandError(ExitStatus::BadInput, document.words + ":" + TakeXmlWords());
   if (!reader.FoundRoot() || !reader.FoundSpreadsheet())
     throw CommandError(ExitStatus::BadInput, document.words + ": it is no spreadsheet");

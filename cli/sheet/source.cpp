@@ -31,7 +31,7 @@ class RootReader : public GuardedHandler {
   xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int) override {
     m_Root = baseName;
     GuardedHandler::Refuse(L"enough is known");
-    return xml::StreamChoice::kSkip;
+    return xml::StreamChoice::Skip;
   }
   void Node(const XmlNode&) override {}
   void End(std::wstring_view, int) override {}

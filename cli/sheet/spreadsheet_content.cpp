@@ -33,20 +33,20 @@ class ContentWriter : public GuardedHandler {
   StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     switch (depth) {
       case 0:
-        if (baseName != L"document" && baseName != L"document-content") return StreamChoice::kSkip;
+        if (baseName != L"document" && baseName != L"document-content") return StreamChoice::Skip;
         return Enter(
             "document-content xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:"
             "1.0\"");
-      case 1: return baseName == L"body" ? Enter("body") : StreamChoice::kSkip;
+      case 1: return baseName == L"body" ? Enter("body") : StreamChoice::Skip;
       case 2:
-        if (baseName != L"spreadsheet") return StreamChoice::kSkip;
+        if (baseName != L"spreadsheet") return StreamChoice::Skip;
         m_FoundSpreadsheet = true;
         return Enter("spreadsheet");
       case 3:
         if (baseName != L"table" || (++m_Tables != m_Only + 1 && m_Only >= 0))
-          return StreamChoice::kSkip;
+          return StreamChoice::Skip;
         return Enter("table");
-      default: return baseName == L"table-row" ? StreamChoice::kNode : StreamChoice::kSkip;
+      default: return baseName == L"table-row" ? StreamChoice::Node : StreamChoice::Skip;
     }
   }
 
@@ -72,7 +72,7 @@ class ContentWriter : public GuardedHandler {
  private:
   StreamChoice Enter(const char* name) {
     m_Text += std::string("<") + name + ">";
-    return StreamChoice::kEnter;
+    return StreamChoice::Enter;
   }
 
   void AddCell(const XmlNode& cell) {

@@ -57,10 +57,10 @@ class SheetReader : public GuardedHandler {
   StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     if (depth == 0) {
       m_FoundRoot = baseName == L"worksheet";
-      return m_FoundRoot ? StreamChoice::kEnter : StreamChoice::kSkip;
+      return m_FoundRoot ? StreamChoice::Enter : StreamChoice::Skip;
     }
-    if (depth == 1 && baseName == L"sheetData") return StreamChoice::kEnter;
-    return depth == 2 && baseName == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
+    if (depth == 1 && baseName == L"sheetData") return StreamChoice::Enter;
+    return depth == 2 && baseName == L"row" ? StreamChoice::Node : StreamChoice::Skip;
   }
   void End(std::wstring_view, int) override {}
 
@@ -165,7 +165,7 @@ void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink&
     if (!read.insert(sheet.part).second) parts.Refuse(sheet.part, "several sheets share it");
     SheetReader reader(strings, formats, workbook.dates, sink);
     const std::string path = parts.Fetch(sheet.part);
-    if (!reader.ReadFrom(path, xml::XmlBlanks::kKeep))
+    if (!reader.ReadFrom(path, xml::XmlBlanks::Keep))
       parts.RefuseXml(sheet.part, "it can't be read");
     if (!reader.FoundRoot()) parts.Refuse(sheet.part, "its root element is not 'worksheet'");
   }

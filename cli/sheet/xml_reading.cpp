@@ -21,7 +21,7 @@ StreamChoice PathReader::Begin(std::wstring_view baseName, const XmlNode& start,
   static_cast<void>(start);
   m_Open.resize(static_cast<std::size_t>(depth));
   m_Open.emplace_back(baseName);
-  StreamChoice choice = StreamChoice::kSkip;
+  StreamChoice choice = StreamChoice::Skip;
   for (const Wanted& wanted : m_Wanted) {
     const bool isOnPath = m_Open.size() <= wanted.path.size() &&
                           std::equal(m_Open.begin(), m_Open.end(), wanted.path.begin());
@@ -29,9 +29,9 @@ StreamChoice PathReader::Begin(std::wstring_view baseName, const XmlNode& start,
     if (depth == 0) m_FoundRoot = true;
     if (m_Open.size() == wanted.path.size()) {
       m_Current = &wanted;
-      return StreamChoice::kNode;
+      return StreamChoice::Node;
     }
-    choice = StreamChoice::kEnter;
+    choice = StreamChoice::Enter;
   }
   return choice;
 }

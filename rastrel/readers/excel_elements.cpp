@@ -22,13 +22,13 @@ class ElementReader : public xml::XmlStreamHandler {
   StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
     if (depth == 0 && baseName != m_Names.root) {
       Refuse(L"the document element is not \"" + std::wstring(m_Names.root) + L"\"");
-      return StreamChoice::kSkip;
+      return StreamChoice::Skip;
     }
-    if (depth == 0) return StreamChoice::kEnter;
-    if (depth == 1 && baseName != m_Names.parent) return StreamChoice::kSkip;
-    if (depth == 1 && !m_Names.child.empty()) return StreamChoice::kEnter;
+    if (depth == 0) return StreamChoice::Enter;
+    if (depth == 1 && baseName != m_Names.parent) return StreamChoice::Skip;
+    if (depth == 1 && !m_Names.child.empty()) return StreamChoice::Enter;
     if (depth == 1 || baseName == m_Names.child) Take(baseName, start);
-    return StreamChoice::kSkip;
+    return StreamChoice::Skip;
   }
 
   void Node(const XmlNode&) override {}

@@ -26,11 +26,11 @@ class SheetReader : public xml::XmlStreamHandler {
   StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     if (depth == 0) {
       m_DataDepth = baseName == L"worksheet" ? 1 : 2;
-      return StreamChoice::kEnter;
+      return StreamChoice::Enter;
     }
     if (depth < m_DataDepth) return Once(m_HasWorksheet, baseName == L"worksheet");
     if (depth == m_DataDepth) return Once(m_HasData, baseName == L"sheetData");
-    return baseName == L"row" ? StreamChoice::kNode : StreamChoice::kSkip;
+    return baseName == L"row" ? StreamChoice::Node : StreamChoice::Skip;
   }
 
   void Node(const XmlNode& row) override {
@@ -47,9 +47,9 @@ class SheetReader : public xml::XmlStreamHandler {
 
  private:
   static StreamChoice Once(bool& done, bool isWanted) {
-    if (done || !isWanted) return StreamChoice::kSkip;
+    if (done || !isWanted) return StreamChoice::Skip;
     done = true;
-    return StreamChoice::kEnter;
+    return StreamChoice::Enter;
   }
 
   // Every child counts in a cell's place, also a comment or one of another name.

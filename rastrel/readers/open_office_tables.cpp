@@ -35,7 +35,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
       case RootLevel:
         if (baseName != L"document-content")
           Refuse(L"the document element is not \"document-content\"");
-        return StreamChoice::kEnter;
+        return StreamChoice::Enter;
       case BodyLevel: {
         const bool isFirst = baseName == L"body" && !m_HasBody;
         m_HasBody = m_HasBody || isFirst;
@@ -45,7 +45,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
       case TableLevel:
         if (baseName == L"table") m_Tables.m_Begins.push_back(m_Tables.m_Bytes.size());
         return EnterIf(baseName == L"table");
-      default: return baseName == L"table-row" ? StreamChoice::kNode : StreamChoice::kSkip;
+      default: return baseName == L"table-row" ? StreamChoice::Node : StreamChoice::Skip;
     }
   }
 
@@ -72,7 +72,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
   }
 
   static StreamChoice EnterIf(bool isWanted) {
-    return isWanted ? StreamChoice::kEnter : StreamChoice::kSkip;
+    return isWanted ? StreamChoice::Enter : StreamChoice::Skip;
   }
 
   static std::int32_t RepeatOf(const XmlNode& cell) {

@@ -22,10 +22,10 @@ class SharedStrings::Reader : public xml::XmlStreamHandler {
   xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     if (depth == 0 && baseName != L"sst") {
       Refuse(L"the document element of shared strings is \"sst\", so none are read here");
-      return xml::StreamChoice::kSkip;
+      return xml::StreamChoice::Skip;
     }
-    if (depth == 0) return xml::StreamChoice::kEnter;
-    return baseName == L"si" ? xml::StreamChoice::kNode : xml::StreamChoice::kSkip;
+    if (depth == 0) return xml::StreamChoice::Enter;
+    return baseName == L"si" ? xml::StreamChoice::Node : xml::StreamChoice::Skip;
   }
 
   void Node(const XmlNode& si) override {

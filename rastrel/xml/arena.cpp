@@ -8,8 +8,8 @@ namespace rastrel::xml {
 namespace {
 
 // A template has a few hundred nodes; a large document soon gets chunks of the largest size.
-constexpr std::size_t kFirstChunk = std::size_t{8} << 10;
-constexpr std::size_t kLargestChunk = std::size_t{512} << 10;
+constexpr std::size_t FirstChunkSize = std::size_t{8} << 10;
+constexpr std::size_t LargestChunkSize = std::size_t{512} << 10;
 
 }  // namespace
 
@@ -27,8 +27,8 @@ void XmlArena::NextChunk(std::size_t size) {
   if (next >= m_Chunks.size()) m_Chunks.emplace_back();
   Chunk& chunk = m_Chunks[next];
   if (chunk.size < size) {
-    const std::size_t grown = next == 0 ? kFirstChunk : m_Chunks[next - 1].size * 2;
-    chunk.size = std::max(size, std::min(grown, kLargestChunk));
+    const std::size_t grown = next == 0 ? FirstChunkSize : m_Chunks[next - 1].size * 2;
+    chunk.size = std::max(size, std::min(grown, LargestChunkSize));
     chunk.bytes = std::make_unique_for_overwrite<std::byte[]>(chunk.size);
   }
   if (next > 0) m_Before += m_Chunks[next - 1].size;

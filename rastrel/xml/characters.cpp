@@ -22,10 +22,10 @@ bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 }  // namespace
 
 XmlEncodingFamily EncodingFamilyOf(std::string_view head) {
-  if (head.starts_with("\xEF\xBB\xBF"sv)) return XmlEncodingFamily::kUtf8;
+  if (head.starts_with("\xEF\xBB\xBF"sv)) return XmlEncodingFamily::Utf8;
   for (const std::string_view sign : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv})
-    if (head.starts_with(sign)) return XmlEncodingFamily::kUtf16;
-  return XmlEncodingFamily::kUnknown;
+    if (head.starts_with(sign)) return XmlEncodingFamily::Utf16;
+  return XmlEncodingFamily::Unknown;
 }
 
 bool IsEncodingName(std::string_view declared) {
@@ -41,9 +41,9 @@ bool IsEncodingName(std::string_view declared) {
 bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared) {
   const std::string lower = Lower(declared);
   switch (family) {
-    case XmlEncodingFamily::kUnknown: return true;
-    case XmlEncodingFamily::kUtf8: return lower == "utf-8" || lower == "utf8";
-    case XmlEncodingFamily::kUtf16:
+    case XmlEncodingFamily::Unknown: return true;
+    case XmlEncodingFamily::Utf8: return lower == "utf-8" || lower == "utf8";
+    case XmlEncodingFamily::Utf16:
       return lower.starts_with("utf-16") || lower == "ucs-2" || lower == "iso-10646-ucs-2";
   }
   return true;

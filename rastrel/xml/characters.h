@@ -6,7 +6,7 @@
 namespace rastrel::xml {
 
 /// What the first bytes of a document say of its encoding, by a mark or by the shape of "<?".
-enum class XmlEncodingFamily { kUnknown, kUtf8, kUtf16 };
+enum class XmlEncodingFamily { Unknown, Utf8, Utf16 };
 
 /// The family by the first bytes, of which four are enough.
 [[nodiscard]] XmlEncodingFamily EncodingFamilyOf(std::string_view head);

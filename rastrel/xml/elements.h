@@ -8,9 +8,9 @@ namespace rastrel::xml {
 
 /// What is to become of an element whose start has been read.
 enum class StreamChoice {
-  kSkip,   ///< it and all below it is read past (and must be well-formed)
-  kEnter,  ///< its child elements are announced in their turn; its own texts are read past
-  kNode,   ///< it is collected with all below it and handed over as one node
+  Skip,   ///< it and all below it is read past (and must be well-formed)
+  Enter,  ///< its child elements are announced in their turn; its own texts are read past
+  Node,   ///< it is collected with all below it and handed over as one node
 };
 
 /// Takes elements whole that would otherwise be told part by part (XmlEvents, xml_parser.h).
@@ -28,7 +28,7 @@ class XmlElements {
   /// its parent here; nothing if the document is refused for it. An element may turn out not to be
   /// told whole after all: then it is asked for again, or told in parts from its start on.
   [[nodiscard]] virtual std::optional<StreamChoice> Choose(XmlTreeNode& start) = 0;
-  /// The element of the last answer, if that was kSkip (with nothing below it) or kNode. Valid
+  /// The element of the last answer, if that was Skip (with nothing below it) or Node. Valid
   /// during the call only.
   virtual void Take(const XmlTreeNode& element) = 0;
   /// Whether texts of blanks alone are to stand in the nodes.

@@ -37,8 +37,8 @@ class Loader : public XmlEvents {
   [[nodiscard]] std::optional<std::wstring> Refusal() const override {
     const std::size_t size =
         m_Document.arena.Size() + m_Document.names.Size() + m_Builder.Pending();
-    if (size <= limits::kDocumentBytes) return std::nullopt;
-    return L"the document takes more than " + std::to_wstring(limits::kDocumentBytes) +
+    if (size <= limits::DocumentBytes) return std::nullopt;
+    return L"the document takes more than " + std::to_wstring(limits::DocumentBytes) +
            L" bytes of memory";
   }
 
@@ -86,7 +86,7 @@ XmlNode LoadXmlFile(std::wstring_view path) {
   XmlNode root;
   if (file) {
     xml::XmlFileSource source(std::move(*file), path);
-    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
+    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
   } else {
     failure.emplace().reason = os::WideFromUtf8(Describe(file.Error()));
   }
@@ -102,7 +102,7 @@ XmlNode LoadXmlString(std::wstring_view text) {
   if (!failure) {
     const std::string bytes = os::Utf8FromWide(text);
     xml::XmlMemorySource source(bytes);
-    root = xml::LoadXml(source, xml::XmlEncoding::kUtf8, failure);
+    root = xml::LoadXml(source, xml::XmlEncoding::Utf8, failure);
   }
   if (failure) xml::ReportXmlFailure(*std::move(failure));
   return root;

@@ -36,7 +36,7 @@ class XmlNames {
   /// How many different names there are.
   [[nodiscard]] std::size_t Count() const { return m_Names.size(); }
   /// Bytes that they take.
-  [[nodiscard]] std::size_t Size() const { return m_Arena.Size() + m_Names.size() * kEntrySize; }
+  [[nodiscard]] std::size_t Size() const { return m_Arena.Size() + m_Names.size() * EntrySize; }
 
  private:
   struct Known {
@@ -44,19 +44,19 @@ class XmlNames {
     const char* local = nullptr;
     const XmlName* name = nullptr;
   };
-  static constexpr std::size_t kKnown = 128;
-  static constexpr std::size_t kEntrySize = 64;  // of the map, about
+  static constexpr std::size_t KnownCount = 128;
+  static constexpr std::size_t EntrySize = 64;  // of the map, about
 
   // The parser's texts stand one behind the other, so the low bits tell them apart.
   static std::size_t Slot(const char* prefix, const char* local) {
     const auto mixed =
         reinterpret_cast<std::uintptr_t>(local) + 31 * reinterpret_cast<std::uintptr_t>(prefix);
-    return (mixed ^ (mixed >> 7)) % kKnown;
+    return (mixed ^ (mixed >> 7)) % KnownCount;
   }
 
   XmlArena m_Arena;
   std::unordered_map<std::string_view, const XmlName*> m_Names;
-  std::array<Known, kKnown> m_Known{};
+  std::array<Known, KnownCount> m_Known{};
   std::string m_Bytes;
 };
 

@@ -16,15 +16,15 @@ namespace rastrel::xml {
 namespace {
 
 // The parser asks for its input in pieces and never has to hold more than one and a tag.
-constexpr std::size_t kPiece = std::size_t{64} << 10;
+constexpr std::size_t PieceSize = std::size_t{64} << 10;
 // What is looked through for whole elements: a row that is longer is told in parts.
-constexpr std::size_t kWindow = 2 * kPiece;
+constexpr std::size_t WindowSize = 2 * PieceSize;
 // What the parser reads at least where there was something that only it can read.
-constexpr std::size_t kLeastForParser = 64;
+constexpr std::size_t MinimumForParser = 64;
 // As many bytes as tell the family of encodings.
-constexpr std::size_t kHead = 4;
-constexpr std::string_view kCommentMark = "<!--";
-constexpr std::string_view kCommentEnd = "-->";
+constexpr std::size_t HeadSize = 4;
+constexpr std::string_view CommentMark = "<!--";
+constexpr std::string_view CommentEnd = "-->";
 
 const char* Bytes(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 std::string_view Bytes(const xmlChar* text, int length) {
@@ -75,11 +75,11 @@ std::size_t WithWholeComments(std::string_view bytes, std::size_t from, std::siz
                               bool isFull) {
   size = std::max(from, size);
   for (;;) {
-    const std::size_t begin = bytes.substr(0, size).find(kCommentMark, from);
+    const std::size_t begin = bytes.substr(0, size).find(CommentMark, from);
     if (begin == bytes.npos) return size;
-    const std::size_t close = bytes.find(kCommentEnd, begin + kCommentMark.size());
+    const std::size_t close = bytes.find(CommentEnd, begin + CommentMark.size());
     if (close == bytes.npos) return begin > 0 ? begin : isFull ? size : 0;
-    from = close + kCommentEnd.size();
+    from = close + CommentEnd.size();
     size = std::max(from, size);
   }
 }
@@ -145,7 +145,7 @@ class Parse {
   bool m_BeginsInComment = false;       // the parser has a comment's mark, and nothing else so far
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
   std::optional<XmlFailure> m_Failure;
-  XmlEncodingFamily m_Family = XmlEncodingFamily::kUnknown;
+  XmlEncodingFamily m_Family = XmlEncodingFamily::Unknown;
   int m_Depth = 0;
   std::vector<XmlStartAttribute> m_Attributes;
   bool m_InCdata = false;
@@ -189,7 +189,7 @@ xmlSAXHandler Parse::Handler() {
 }
 
 std::optional<XmlFailure> Parse::Run() {
-  const std::size_t size = m_Elements != nullptr ? kWindow : kPiece;
+  const std::size_t size = m_Elements != nullptr ? WindowSize : PieceSize;
   const auto buffer = std::make_unique_for_overwrite<char[]>(size);
   const std::span<char> room(buffer.get(), size);
   if (!Begin(room)) return m_Failure;
@@ -256,10 +256,10 @@ bool Parse::TakeElements(std::string_view& bytes, bool isFull) {
   SetScope();
   const char* const begin = bytes.data();
   auto line = static_cast<std::uint32_t>(m_Context->input->line);
-  auto scan = XmlScan::kTaken;
-  while (!Failed() && scan == XmlScan::kTaken && !m_Events.Refused()) {
+  auto scan = XmlScan::Taken;
+  while (!Failed() && scan == XmlScan::Taken && !m_Events.Refused()) {
     scan = m_Scanner->Scan(bytes, m_Depth, line);
-    if (scan != XmlScan::kTaken && scan != XmlScan::kRefused) break;
+    if (scan != XmlScan::Taken && scan != XmlScan::Refused) break;
     const auto size = static_cast<std::size_t>(m_Scanner->End() - bytes.data());
     bytes.remove_prefix(size);
     line = m_Scanner->Line();
@@ -267,12 +267,12 @@ bool Parse::TakeElements(std::string_view& bytes, bool isFull) {
   }
   Pass({begin, bytes.data()}, line);
   if (m_Events.Refused()) FollowEvents();
-  if (scan == XmlScan::kIncomplete && !isFull) return false;
-  const bool isLong = scan == XmlScan::kIncomplete && m_Scanner->IsWanted();
-  m_NotPlain = isLong || scan == XmlScan::kNotPlain ? m_Scanner->Name() : nullptr;
+  if (scan == XmlScan::Incomplete && !isFull) return false;
+  const bool isLong = scan == XmlScan::Incomplete && m_Scanner->IsWanted();
+  m_NotPlain = isLong || scan == XmlScan::NotPlain ? m_Scanner->Name() : nullptr;
   // Elements inside each other that are all too long are not each to be looked through.
-  if (scan == XmlScan::kNotPlain || scan == XmlScan::kIncomplete) HurryParser();
-  if (scan == XmlScan::kEntered) m_ForParser = 0;
+  if (scan == XmlScan::NotPlain || scan == XmlScan::Incomplete) HurryParser();
+  if (scan == XmlScan::Entered) m_ForParser = 0;
   return true;
 }
 
@@ -311,23 +311,23 @@ std::size_t Parse::PieceForParser(std::string_view bytes, bool isFull) const {
   const std::size_t size = at == bytes.npos ? bytes.size() : at + 1;
   std::size_t behindComment = 0;
   if (m_BeginsInComment) {
-    const std::size_t close = bytes.find(kCommentEnd);
+    const std::size_t close = bytes.find(CommentEnd);
     if (close == bytes.npos) return isFull ? bytes.size() : 0;
-    behindComment = close + kCommentEnd.size();
+    behindComment = close + CommentEnd.size();
   }
   return WithWholeComments(bytes, behindComment, size, isFull);
 }
 
 // Small pieces cost the parser more than they save where one follows the other.
 void Parse::HurryParser() {
-  m_ForParser = std::min(std::max(kLeastForParser, m_ForParser * 2), kPiece);
+  m_ForParser = std::min(std::max(MinimumForParser, m_ForParser * 2), PieceSize);
 }
 
 // The parser wants to see the first bytes alone, to choose how it decodes the others.
 bool Parse::Begin(std::span<char> buffer) {
   std::size_t held = 0;
-  while (held < kHead) {
-    const auto count = m_Source.Read(buffer.subspan(held, kHead - held));
+  while (held < HeadSize) {
+    const auto count = m_Source.Read(buffer.subspan(held, HeadSize - held));
     if (!count) {
       Note({.reason = os::WideFromUtf8(Describe(count.Error()))});
       return false;
@@ -343,9 +343,9 @@ bool Parse::Begin(std::span<char> buffer) {
     Note({.reason = os::WideFromUtf8(Describe(XmlLibrary::Instance().Error()))});
     return false;
   }
-  m_BeginsInComment = std::string_view(buffer.data(), held) == kCommentMark;
+  m_BeginsInComment = std::string_view(buffer.data(), held) == CommentMark;
   xmlSAXHandler handler = Handler();
-  if (m_Encoding == XmlEncoding::kByDocument) m_Family = EncodingFamilyOf({buffer.data(), held});
+  if (m_Encoding == XmlEncoding::ByDocument) m_Family = EncodingFamilyOf({buffer.data(), held});
   const ThreadErrors errors(this, handler.serror);
   m_Context.reset(
       Xml().CreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
@@ -353,7 +353,7 @@ bool Parse::Begin(std::span<char> buffer) {
     Note({.reason = L"there is no memory for the parser"});
     return false;
   }
-  const int encoding = m_Encoding == XmlEncoding::kUtf8 ? XML_PARSE_IGNORE_ENC : 0;
+  const int encoding = m_Encoding == XmlEncoding::Utf8 ? XML_PARSE_IGNORE_ENC : 0;
   // There are no entities but the five to replace, and without NOENT an ampersand in an attribute
   // would be told as "&#38;".
   Xml().CtxtUseOptions(m_Context.get(), XML_PARSE_NONET | XML_PARSE_NOENT | encoding);
@@ -374,11 +374,11 @@ void Parse::CheckPending() {
   if (m_Context->input == nullptr) return;
   const auto* const begin = Bytes(m_Context->input->cur);
   const auto* const end = Bytes(m_Context->input->end);
-  if (end - begin < static_cast<std::ptrdiff_t>(kPiece)) return;
+  if (end - begin < static_cast<std::ptrdiff_t>(PieceSize)) return;
   std::string_view pending(begin, static_cast<std::size_t>(end - begin));
-  if (pending.size() > limits::kMarkupBytes)
+  if (pending.size() > limits::MarkupBytes)
     return Fail(L"a tag, comment, instruction or CDATA section has more than " +
-                std::to_wstring(limits::kMarkupBytes) + L" bytes");
+                std::to_wstring(limits::MarkupBytes) + L" bytes");
   if (pending[0] != '<' || pending[1] == '!' || pending[1] == '?') return;
   std::size_t values = 0;
   for (;;) {
@@ -389,8 +389,8 @@ void Parse::CheckPending() {
     if (close == std::string_view::npos) break;
     pending.remove_prefix(close + 1);
   }
-  if (values > limits::kAttributes)
-    Fail(L"an element has more than " + std::to_wstring(limits::kAttributes) + L" attributes");
+  if (values > limits::Attributes)
+    Fail(L"an element has more than " + std::to_wstring(limits::Attributes) + L" attributes");
 }
 
 // Faults that the parser lets pass.
@@ -450,14 +450,14 @@ void Parse::OnDocument() {
 
 void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
                     const xmlChar** declared, int attributes, const xmlChar** values) {
-  if (++m_Depth > limits::kDepth)
-    return Fail(L"elements are more than " + std::to_wstring(limits::kDepth) + L" deep");
+  if (++m_Depth > limits::Depth)
+    return Fail(L"elements are more than " + std::to_wstring(limits::Depth) + L" deep");
   if (static_cast<std::size_t>(namespaces) + static_cast<std::size_t>(attributes) >
-      limits::kAttributes)
-    return Fail(L"an element has more than " + std::to_wstring(limits::kAttributes) +
+      limits::Attributes)
+    return Fail(L"an element has more than " + std::to_wstring(limits::Attributes) +
                 L" attributes");
-  if (static_cast<std::size_t>(m_Context->nsNr / 2) > limits::kNamespaces)
-    return Fail(L"more than " + std::to_wstring(limits::kNamespaces) +
+  if (static_cast<std::size_t>(m_Context->nsNr / 2) > limits::Namespaces)
+    return Fail(L"more than " + std::to_wstring(limits::Namespaces) +
                 L" namespaces are declared at a time");
   if (m_InCdata) EndCdata();
   m_Attributes.clear();
@@ -465,8 +465,8 @@ void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
   Attributes(attributes, values);
   m_Events.Start(m_Names.FindKept(Bytes(prefix), Bytes(local)), m_Attributes,
                  static_cast<std::uint32_t>(std::max(m_Context->input->line, 0)));
-  if (m_Names.Count() > limits::kNames)
-    return Fail(L"there are more than " + std::to_wstring(limits::kNames) + L" different names");
+  if (m_Names.Count() > limits::Names)
+    return Fail(L"there are more than " + std::to_wstring(limits::Names) + L" different names");
   if (m_Events.Refused()) FollowEvents();
 }
 

@@ -54,8 +54,8 @@ class XmlEvents {
 
 /// How the document says what encoding it is in.
 enum class XmlEncoding {
-  kByDocument,  ///< by its first bytes and its declaration
-  kUtf8,        ///< it is UTF-8, whatever it says
+  ByDocument,  ///< by its first bytes and its declaration
+  Utf8,        ///< it is UTF-8, whatever it says
 };
 
 /// Reads a document and hands its parts over. The reason if it can't be read or is refused, with

@@ -13,11 +13,11 @@ namespace {
 
 // What a byte can be. Those beyond ASCII are looked at together, where they end.
 enum Class : std::uint8_t {
-  kNameStart = 1,  // begins a name
-  kNameByte = 2,   // goes on with it; the colon among them
-  kStopsText = 4,  // needs a closer look in a text
-  kNotInValue = 8,
-  kBeyondAscii = 16,
+  NameStart = 1,  // begins a name
+  NameByte = 2,   // goes on with it; the colon among them
+  StopsText = 4,  // needs a closer look in a text
+  NotInValue = 8,
+  BeyondAscii = 16,
 };
 
 constexpr std::array<std::uint8_t, 256> MakeClasses() {
@@ -26,12 +26,12 @@ constexpr std::array<std::uint8_t, 256> MakeClasses() {
     const bool letter = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '_';
     const bool more = letter || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
     unsigned what = 0;
-    if (letter) what |= kNameStart;
-    if (more || byte == ':') what |= kNameByte;
-    if (byte < 0x20 || byte == '<' || byte == '&') what |= kNotInValue;
+    if (letter) what |= NameStart;
+    if (more || byte == ':') what |= NameByte;
+    if (byte < 0x20 || byte == '<' || byte == '&') what |= NotInValue;
     if ((byte < 0x20 && byte != '\t') || byte == '<' || byte == '&' || byte == ']' || byte >= 0x80)
-      what |= kStopsText;
-    if (byte >= 0x80) what |= kBeyondAscii;
+      what |= StopsText;
+    if (byte >= 0x80) what |= BeyondAscii;
     classes[byte] = static_cast<std::uint8_t>(what);
   }
   return classes;
@@ -94,70 +94,70 @@ XmlScan XmlPlainScanner::Scan(std::string_view bytes, int depth, std::uint32_t l
   m_Arena.GoBack({});
 
   SkipBlanks();
-  if (m_At == m_End) return XmlScan::kIncomplete;
-  if (*m_At++ != '<') return XmlScan::kNotPlain;
+  if (m_At == m_End) return XmlScan::Incomplete;
+  if (*m_At++ != '<') return XmlScan::NotPlain;
   const auto failure = [](Step step) {
-    return step == Step::kIncomplete ? XmlScan::kIncomplete : XmlScan::kNotPlain;
+    return step == Step::Incomplete ? XmlScan::Incomplete : XmlScan::NotPlain;
   };
   bool isEmpty = false;
-  if (const Step step = ReadStart(m_Name, isEmpty); step != Step::kDone) return failure(step);
+  if (const Step step = ReadStart(m_Name, isEmpty); step != Step::Done) return failure(step);
   XmlTreeNode* const element = MakeElement(m_Name);
   const auto choice = m_Elements.Choose(*element);
   if (!choice) {
     m_At = m_TagEnd;
-    return XmlScan::kRefused;
+    return XmlScan::Refused;
   }
-  if (*choice == StreamChoice::kEnter) return XmlScan::kEntered;
-  m_Builds = *choice == StreamChoice::kNode;
+  if (*choice == StreamChoice::Enter) return XmlScan::Entered;
+  m_Builds = *choice == StreamChoice::Node;
   if (!isEmpty) {
     m_Open.push_back({m_Name, element, nullptr});
-    if (const Step step = ReadContent(); step != Step::kDone) return failure(step);
+    if (const Step step = ReadContent(); step != Step::Done) return failure(step);
   }
   m_Elements.Take(*element);
-  return XmlScan::kTaken;
+  return XmlScan::Taken;
 }
 
 // Up to the end of the element that is open.
 XmlPlainScanner::Step XmlPlainScanner::ReadContent() {
   while (!m_Open.empty()) {
     std::string_view text;
-    if (const Step step = ReadText(text); step != Step::kDone) return step;
+    if (const Step step = ReadText(text); step != Step::Done) return step;
     if (m_Builds && !text.empty()) AddText(text);
     ++m_At;
-    if (m_At == m_End) return Step::kIncomplete;
+    if (m_At == m_End) return Step::Incomplete;
     const Step step = *m_At == '/' ? ReadEnd(*m_Open.back().name) : ReadChild();
-    if (step != Step::kDone) return step;
+    if (step != Step::Done) return step;
   }
-  return Step::kDone;
+  return Step::Done;
 }
 
 XmlPlainScanner::Step XmlPlainScanner::ReadChild() {
-  if (m_Depth + static_cast<int>(m_Open.size()) >= limits::kDepth) return Step::kNotPlain;
+  if (m_Depth + static_cast<int>(m_Open.size()) >= limits::Depth) return Step::NotPlain;
   const XmlName* name = nullptr;
   bool isEmpty = false;
-  if (const Step step = ReadStart(name, isEmpty); step != Step::kDone) return step;
+  if (const Step step = ReadStart(name, isEmpty); step != Step::Done) return step;
   XmlTreeNode* element = nullptr;
   if (m_Builds) {
     element = MakeElement(name);
     Join(element);
   }
   if (!isEmpty) m_Open.push_back({name, element, nullptr});
-  return Step::kDone;
+  return Step::Done;
 }
 
 // REQUIRES: the slash of an end tag stands here.
 XmlPlainScanner::Step XmlPlainScanner::ReadEnd(const XmlName& name) {
   ++m_At;
   const std::size_t length = name.bytes.size();
-  if (static_cast<std::size_t>(m_End - m_At) <= length) return Step::kIncomplete;
-  if (!SameBytes(m_At, name.bytes.data(), length)) return Step::kNotPlain;
+  if (static_cast<std::size_t>(m_End - m_At) <= length) return Step::Incomplete;
+  if (!SameBytes(m_At, name.bytes.data(), length)) return Step::NotPlain;
   m_At += length;
   SkipBlanks();
-  if (m_At == m_End) return Step::kIncomplete;
-  if (*m_At != '>') return Step::kNotPlain;
+  if (m_At == m_End) return Step::Incomplete;
+  if (*m_At != '>') return Step::NotPlain;
   ++m_At;
   m_Open.pop_back();
-  return Step::kDone;
+  return Step::Done;
 }
 
 // Up to the next tag.
@@ -166,30 +166,30 @@ XmlPlainScanner::Step XmlPlainScanner::ReadText(std::string_view& text) {
   const char* at = begin;
   bool isAscii = true;
   for (;; ++at) {
-    while (at != m_End && (ClassOf(*at) & kStopsText) == 0) ++at;
-    if (at == m_End) return Step::kIncomplete;
+    while (at != m_End && (ClassOf(*at) & StopsText) == 0) ++at;
+    if (at == m_End) return Step::Incomplete;
     if (*at == '<') break;
     if (*at == '\n') {
       ++m_Line;
     } else if (*at == ']') {
-      if (m_End - at < 3) return Step::kIncomplete;
-      if (at[1] == ']' && at[2] == '>') return Step::kNotPlain;
-    } else if ((ClassOf(*at) & kBeyondAscii) != 0) {
+      if (m_End - at < 3) return Step::Incomplete;
+      if (at[1] == ']' && at[2] == '>') return Step::NotPlain;
+    } else if ((ClassOf(*at) & BeyondAscii) != 0) {
       isAscii = m_IsAscii = false;
     } else {
-      return Step::kNotPlain;
+      return Step::NotPlain;
     }
   }
   m_At = at;
   text = Between(begin, at);
-  return isAscii || AreXmlCharacters(text) ? Step::kDone : Step::kNotPlain;
+  return isAscii || AreXmlCharacters(text) ? Step::Done : Step::NotPlain;
 }
 
 // A start tag from its name on.
 XmlPlainScanner::Step XmlPlainScanner::ReadStart(const XmlName*& name, bool& isEmpty) {
   Known known;
-  if (const Step step = ReadName(known); step != Step::kDone) return step;
-  if (known.isSpace) return Step::kNotPlain;
+  if (const Step step = ReadName(known); step != Step::Done) return step;
+  if (known.isSpace) return Step::NotPlain;
   name = known.name;
   return ReadAttributes(isEmpty);
 }
@@ -198,35 +198,35 @@ XmlPlainScanner::Step XmlPlainScanner::ReadAttributes(bool& isEmpty) {
   m_AttributeCount = 0;
   for (;;) {
     const bool hasBlank = SkipBlanks();
-    if (m_At == m_End) return Step::kIncomplete;
+    if (m_At == m_End) return Step::Incomplete;
     m_TagEnd = m_At;
     if (*m_At == '>') {
       ++m_At;
       isEmpty = false;
-      return Step::kDone;
+      return Step::Done;
     }
     if (*m_At == '/') {
-      if (m_End - m_At < 2) return Step::kIncomplete;
-      if (m_At[1] != '>') return Step::kNotPlain;
+      if (m_End - m_At < 2) return Step::Incomplete;
+      if (m_At[1] != '>') return Step::NotPlain;
       m_At += 2;
       isEmpty = true;
-      return Step::kDone;
+      return Step::Done;
     }
-    if (!hasBlank || m_AttributeCount == kAttributes) return Step::kNotPlain;
-    if (const Step step = ReadAttribute(); step != Step::kDone) return step;
+    if (!hasBlank || m_AttributeCount == MaximumAttributes) return Step::NotPlain;
+    if (const Step step = ReadAttribute(); step != Step::Done) return step;
   }
 }
 
 XmlPlainScanner::Step XmlPlainScanner::ReadAttribute() {
   Known known;
-  if (const Step step = ReadName(known); step != Step::kDone) return step;
-  if (*m_At++ != '=' || Repeats(*known.name)) return Step::kNotPlain;
+  if (const Step step = ReadName(known); step != Step::Done) return step;
+  if (*m_At++ != '=' || Repeats(*known.name)) return Step::NotPlain;
   std::string_view value;
-  if (const Step step = ReadValue(value); step != Step::kDone) return step;
-  if (known.isSpace && value != "preserve" && value != "default") return Step::kNotPlain;
+  if (const Step step = ReadValue(value); step != Step::Done) return step;
+  if (known.isSpace && value != "preserve" && value != "default") return Step::NotPlain;
   m_Attributes[m_AttributeCount++] = {known.name, value.data(),
                                       static_cast<std::uint32_t>(value.size()), false};
-  return Step::kDone;
+  return Step::Done;
 }
 
 // Two attributes of an element must not have the same name, nor the same part behind prefixes that
@@ -242,39 +242,39 @@ bool XmlPlainScanner::Repeats(const XmlName& name) const {
 }
 
 XmlPlainScanner::Step XmlPlainScanner::ReadValue(std::string_view& value) {
-  if (m_At == m_End) return Step::kIncomplete;
+  if (m_At == m_End) return Step::Incomplete;
   const char quote = *m_At;
-  if (quote != '"' && quote != '\'') return Step::kNotPlain;
+  if (quote != '"' && quote != '\'') return Step::NotPlain;
   const char* const begin = ++m_At;
   unsigned seen = 0;
   for (; m_At != m_End && *m_At != quote; ++m_At) seen |= ClassOf(*m_At);
-  if (m_At == m_End) return Step::kIncomplete;
+  if (m_At == m_End) return Step::Incomplete;
   value = Between(begin, m_At++);
-  if ((seen & kNotInValue) != 0) return Step::kNotPlain;
-  if ((seen & kBeyondAscii) == 0) return Step::kDone;
+  if ((seen & NotInValue) != 0) return Step::NotPlain;
+  if ((seen & BeyondAscii) == 0) return Step::Done;
   m_IsAscii = false;
-  return AreXmlCharacters(value) ? Step::kDone : Step::kNotPlain;
+  return AreXmlCharacters(value) ? Step::Done : Step::NotPlain;
 }
 
 // A name and whatever ends it, which is still to be read.
 XmlPlainScanner::Step XmlPlainScanner::ReadName(Known& name) {
   const char* const begin = m_At;
-  while (m_At != m_End && (ClassOf(*m_At) & kNameByte) != 0) ++m_At;
-  if (m_At == m_End) return Step::kIncomplete;
+  while (m_At != m_End && (ClassOf(*m_At) & NameByte) != 0) ++m_At;
+  if (m_At == m_End) return Step::Incomplete;
   const std::string_view bytes = Between(begin, m_At);
-  if (bytes.empty()) return Step::kNotPlain;
+  if (bytes.empty()) return Step::NotPlain;
   const std::size_t mixed = static_cast<unsigned char>(bytes.front()) * std::size_t{7} +
                             static_cast<unsigned char>(bytes.back()) * std::size_t{31} +
                             bytes.size() * 13;
-  Known& known = m_Known[mixed % kKnown];
+  Known& known = m_Known[mixed % KnownCount];
   if (known.name == nullptr || known.name->bytes.size() != bytes.size() ||
       !SameBytes(known.name->bytes.data(), bytes.data(), bytes.size())) {
     const Known learned = Learn(bytes);
-    if (learned.name == nullptr) return Step::kNotPlain;
+    if (learned.name == nullptr) return Step::NotPlain;
     known = learned;
   }
   name = known;
-  return Step::kDone;
+  return Step::Done;
 }
 
 // Nothing if it is no name, or none that may be used here, or one of those that mean something to
@@ -284,10 +284,9 @@ XmlPlainScanner::Known XmlPlainScanner::Learn(std::string_view bytes) const {
   const std::string_view prefix = colon == bytes.npos ? std::string_view() : bytes.substr(0, colon);
   const std::string_view local = bytes.substr(colon == bytes.npos ? 0 : colon + 1);
   const auto isName = [](std::string_view part) {
-    return !part.empty() && (ClassOf(part.front()) & kNameStart) != 0 &&
-           part.find(':') == part.npos;
+    return !part.empty() && (ClassOf(part.front()) & NameStart) != 0 && part.find(':') == part.npos;
   };
-  if (!isName(local) || m_Names.Count() >= limits::kNames) return {};
+  if (!isName(local) || m_Names.Count() >= limits::Names) return {};
   if (colon == bytes.npos)
     return local == "xmlns" ? Known{} : Known{m_Names.Find("", std::string(local).c_str())};
   const bool isSpace = bytes == "xml:space";
@@ -316,7 +315,7 @@ XmlTreeNode* XmlPlainScanner::MakeElement(const XmlName* name) {
   node->child = nullptr;
   node->name = name;
   node->length = static_cast<std::uint32_t>(m_AttributeCount);
-  node->kind = XmlKind::kElement;
+  node->kind = XmlKind::Element;
   node->blank = false;
   node->line = std::min(m_Line, XmlLastLine) & XmlLastLine;
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
@@ -334,7 +333,7 @@ void XmlPlainScanner::AddText(std::string_view text) {
   node->content = text.data();
   node->name = nullptr;
   node->length = static_cast<std::uint32_t>(text.size());
-  node->kind = XmlKind::kText;
+  node->kind = XmlKind::Text;
   node->blank = isBlank;
   node->line = 0;
   Join(node);

@@ -24,11 +24,11 @@ struct XmlBinding {
 
 /// What became of the bytes that a scanner was given.
 enum class XmlScan {
-  kTaken,       ///< there was an element, and it was taken whole
-  kEntered,     ///< there is a start, which was answered with kEnter
-  kRefused,     ///< there is a start, and the document is refused for it
-  kNotPlain,    ///< there is something else, or the element has something that is not plain
-  kIncomplete,  ///< the bytes end before that can be said
+  Taken,       ///< there was an element, and it was taken whole
+  Entered,     ///< there is a start, which was answered with Enter
+  Refused,     ///< there is a start, and the document is refused for it
+  NotPlain,    ///< there is something else, or the element has something that is not plain
+  Incomplete,  ///< the bytes end before that can be said
 };
 
 /// Reads elements that are written as programs write the rows of a table, at several times the
@@ -70,15 +70,15 @@ class XmlPlainScanner {
     const XmlName* name = nullptr;
     bool isSpace = false;  // "xml:space", which is an attribute's name
   };
-  enum class Step { kDone, kNotPlain, kIncomplete };
+  enum class Step { Done, NotPlain, Incomplete };
   struct Level {
     const XmlName* name;
     XmlTreeNode* element;  // null where nothing is collected
     XmlTreeNode* last;     // its last child; null without one
   };
 
-  static constexpr std::size_t kKnown = 128;
-  static constexpr std::size_t kAttributes = 32;
+  static constexpr std::size_t KnownCount = 128;
+  static constexpr std::size_t MaximumAttributes = 32;
 
   bool SkipBlanks();
   Step ReadName(Known& name);
@@ -102,7 +102,7 @@ class XmlPlainScanner {
   bool m_KeepsBlanks;
   std::vector<XmlBinding> m_Bindings;
   bool m_HasSynonyms = false;  // two prefixes of one namespace
-  std::array<Known, kKnown> m_Known{};
+  std::array<Known, KnownCount> m_Known{};
 
   const char* m_At = nullptr;
   const char* m_End = nullptr;
@@ -113,7 +113,7 @@ class XmlPlainScanner {
   int m_Depth = 0;
   const XmlName* m_Name = nullptr;
   bool m_Builds = false;
-  std::array<XmlTreeAttribute, kAttributes> m_Attributes{};
+  std::array<XmlTreeAttribute, MaximumAttributes> m_Attributes{};
   std::size_t m_AttributeCount = 0;
   std::vector<Level> m_Open;
   XmlArena m_Arena;

@@ -75,13 +75,13 @@ void AppendElement(std::string& target, const XmlTreeNode& element, bool outermo
 }
 
 void AppendNode(std::string& target, const XmlTreeNode& node, bool outermost) {
-  const std::string_view content = node.kind == XmlKind::kElement ? "" : node.Content();
+  const std::string_view content = node.kind == XmlKind::Element ? "" : node.Content();
   switch (node.kind) {
-    case XmlKind::kElement: return AppendElement(target, node, outermost);
-    case XmlKind::kText: return AppendEscaped(target, content, false);
-    case XmlKind::kCdata: target.append("<![CDATA[").append(content).append("]]>"); break;
-    case XmlKind::kComment: target.append("<!--").append(content).append("-->"); break;
-    case XmlKind::kInstruction:
+    case XmlKind::Element: return AppendElement(target, node, outermost);
+    case XmlKind::Text: return AppendEscaped(target, content, false);
+    case XmlKind::Cdata: target.append("<![CDATA[").append(content).append("]]>"); break;
+    case XmlKind::Comment: target.append("<!--").append(content).append("-->"); break;
+    case XmlKind::Instruction:
       target.append("<?").append(node.name->bytes);
       if (!content.empty()) target.append(" ").append(content);
       target.append("?>");

@@ -38,7 +38,7 @@ bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events,
     return false;
   }
   XmlFileSource source(std::move(*file), path);
-  auto failure = ParseXml(source, XmlEncoding::kByDocument, names, events, elements);
+  auto failure = ParseXml(source, XmlEncoding::ByDocument, names, events, elements);
   if (!failure) return true;
   failure->path = path;
   ReportXmlFailure(*std::move(failure));

@@ -23,10 +23,10 @@ class XmlStreamHandler {
   /// An element begins. `start` has its name and attributes, no children, and is valid during the
   /// call, as `baseName` is. `depth` is 0 for the document element.
   virtual StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) = 0;
-  /// An element that was answered with kNode is complete. Valid during the call only: its memory is
+  /// An element that was answered with Node is complete. Valid during the call only: its memory is
   /// used for the next.
   virtual void Node(const XmlNode& node) = 0;
-  /// An element that was answered with kEnter ends.
+  /// An element that was answered with Enter ends.
   virtual void End(std::wstring_view baseName, int depth) = 0;
 
   /// Why the handler wants no more of the document; empty as long as it does.
@@ -43,13 +43,13 @@ class XmlStreamHandler {
   std::optional<std::wstring> m_Refusal;
 };
 
-/// What becomes of texts of blanks alone below a kNode element. Neither is a child of its parent;
+/// What becomes of texts of blanks alone below a Node element. Neither is a child of its parent;
 /// kept ones are seen by RawTextBytes (xml_walk.h) alone.
-enum class XmlBlanks { kDrop, kKeep };
+enum class XmlBlanks { Drop, Keep };
 
 /// Reads a file by library path. True if all of it was read and is a document. False if it can't be
 /// read or is refused, also in its last line: what was handed over till then is then void.
 [[nodiscard]] bool StreamXmlFile(std::wstring_view path, XmlStreamHandler& handler,
-                                 XmlBlanks blanks = XmlBlanks::kDrop);
+                                 XmlBlanks blanks = XmlBlanks::Drop);
 
 }  // namespace rastrel::xml

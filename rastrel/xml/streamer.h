@@ -23,7 +23,7 @@ class XmlStreamer : public XmlEvents, public XmlElements {
   XmlStreamer(XmlStreamHandler& handler, const XmlNames& names, XmlBlanks blanks)
       : m_Handler(handler),
         m_Names(names),
-        m_KeepsBlanks(blanks == XmlBlanks::kKeep),
+        m_KeepsBlanks(blanks == XmlBlanks::Keep),
         m_Builder(m_Arena, m_KeepsBlanks) {}
 
   void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
@@ -64,7 +64,7 @@ class XmlStreamer : public XmlEvents, public XmlElements {
   }
 
   [[nodiscard]] std::optional<StreamChoice> Choose(XmlTreeNode& start) override {
-    if (m_Skipped > 0) return StreamChoice::kSkip;
+    if (m_Skipped > 0) return StreamChoice::Skip;
     start.parent = m_Entered.empty() ? nullptr : m_Entered.back().element;
     if (!m_Choice) m_Choice = Ask(start);
     return m_Refused ? std::nullopt : m_Choice;
@@ -72,7 +72,7 @@ class XmlStreamer : public XmlEvents, public XmlElements {
 
   void Take(const XmlTreeNode& element) override {
     if (m_Skipped > 0) return;
-    const bool isWanted = m_Choice == StreamChoice::kNode;
+    const bool isWanted = m_Choice == StreamChoice::Node;
     m_Choice.reset();
     if (!isWanted) return;
     m_Handler.Node(XmlNode(&element));
@@ -83,9 +83,9 @@ class XmlStreamer : public XmlEvents, public XmlElements {
 
   [[nodiscard]] std::optional<std::wstring> Refusal() const override {
     if (m_Handler.Refusal()) return m_Handler.Refusal();
-    if (m_Arena.Size() + m_Names.Size() + m_Builder.Pending() <= limits::kStreamBytes)
+    if (m_Arena.Size() + m_Names.Size() + m_Builder.Pending() <= limits::StreamBytes)
       return std::nullopt;
-    return L"a part of the document takes more than " + std::to_wstring(limits::kStreamBytes) +
+    return L"a part of the document takes more than " + std::to_wstring(limits::StreamBytes) +
            L" bytes of memory";
   }
 
@@ -103,12 +103,12 @@ class XmlStreamer : public XmlEvents, public XmlElements {
     const StreamChoice choice = m_Choice ? *m_Choice : Ask(*element);
     m_Choice.reset();
     switch (choice) {
-      case StreamChoice::kSkip:
+      case StreamChoice::Skip:
         m_Skipped = 1;
         m_Arena.GoBack(before);
         break;
-      case StreamChoice::kEnter: m_Entered.push_back({element, before}); break;
-      case StreamChoice::kNode:
+      case StreamChoice::Enter: m_Entered.push_back({element, before}); break;
+      case StreamChoice::Node:
         m_Collected = {element, before};
         m_Builder.Open(element);
         break;

@@ -35,7 +35,7 @@ XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
   node->child = nullptr;
   node->name = name;
   node->length = static_cast<std::uint32_t>(attributes.size());
-  node->kind = XmlKind::kElement;
+  node->kind = XmlKind::Element;
   node->blank = false;
   node->line = std::min(line, XmlLastLine) & XmlLastLine;
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
@@ -67,17 +67,17 @@ bool XmlTreeBuilder::End() {
 
 void XmlTreeBuilder::Cdata(std::string_view bytes) {
   Flush();
-  AddContent(XmlKind::kCdata, nullptr, bytes);
+  AddContent(XmlKind::Cdata, nullptr, bytes);
 }
 
 void XmlTreeBuilder::Comment(std::string_view bytes) {
   Flush();
-  AddContent(XmlKind::kComment, nullptr, bytes);
+  AddContent(XmlKind::Comment, nullptr, bytes);
 }
 
 void XmlTreeBuilder::Instruction(const XmlName* target, std::string_view data) {
   Flush();
-  AddContent(XmlKind::kInstruction, target, data);
+  AddContent(XmlKind::Instruction, target, data);
 }
 
 // Text comes in pieces, but nearly always in one, which then needs no other place than its node.
@@ -85,7 +85,7 @@ void XmlTreeBuilder::Instruction(const XmlName* target, std::string_view data) {
 void XmlTreeBuilder::Text(std::string_view bytes) {
   if (bytes.empty()) return;
   if (m_OnePiece == nullptr && m_Text.empty() && !IsXmlBlank(bytes.front())) {
-    m_OnePiece = AddContent(XmlKind::kText, nullptr, bytes);
+    m_OnePiece = AddContent(XmlKind::Text, nullptr, bytes);
     return;
   }
   if (m_OnePiece != nullptr && m_Text.empty()) m_Text = m_OnePiece->Content();
@@ -102,7 +102,7 @@ void XmlTreeBuilder::EndText() {
     m_OnePiece = nullptr;
   } else {
     const bool blank = std::all_of(m_Text.begin(), m_Text.end(), IsXmlBlank);
-    if (!blank || m_KeepBlanks) AddContent(XmlKind::kText, nullptr, m_Text, blank);
+    if (!blank || m_KeepBlanks) AddContent(XmlKind::Text, nullptr, m_Text, blank);
   }
   m_Text.clear();
 }

@@ -15,7 +15,7 @@
 /// one arena in the order of reading, texts in UTF-8, names kept once.
 namespace rastrel::xml {
 
-enum class XmlKind : std::uint8_t { kElement, kText, kCdata, kComment, kInstruction };
+enum class XmlKind : std::uint8_t { Element, Text, Cdata, Comment, Instruction };
 
 /// One attribute of an element.
 struct XmlTreeAttribute {

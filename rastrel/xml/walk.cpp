@@ -6,13 +6,13 @@ namespace rastrel::xml {
 namespace {
 
 bool HoldsText(const XmlTreeNode& node, bool blanks) {
-  return node.kind == XmlKind::kCdata || (node.kind == XmlKind::kText && (blanks || !node.blank));
+  return node.kind == XmlKind::Cdata || (node.kind == XmlKind::Text && (blanks || !node.blank));
 }
 
 // Appends the texts below an element. Elements lie no deeper than the layer's limit.
 void AppendTexts(const XmlTreeNode& element, bool blanks, std::string& text) {
   for (const XmlTreeNode* node = element.child; node != nullptr; node = node->next) {
-    if (node->kind == XmlKind::kElement) {
+    if (node->kind == XmlKind::Element) {
       AppendTexts(*node, blanks, text);
     } else if (HoldsText(*node, blanks)) {
       text.append(node->Content());
@@ -22,7 +22,7 @@ void AppendTexts(const XmlTreeNode& element, bool blanks, std::string& text) {
 
 std::string_view TextOf(const XmlTreeNode* node, bool blanks, std::string& scratch) {
   if (node == nullptr) return {};
-  if (node->kind != XmlKind::kElement) return node->Content();
+  if (node->kind != XmlKind::Element) return node->Content();
   const XmlTreeNode* const child = node->child;
   if (child == nullptr) return {};
   if (child->next == nullptr && HoldsText(*child, blanks)) return child->Content();
@@ -44,7 +44,7 @@ XmlNode NextPiece(const XmlNode& node) {
 }
 
 bool IsText(const XmlNode& node) {
-  return node && (node.Tree()->kind == XmlKind::kText || node.Tree()->kind == XmlKind::kCdata);
+  return node && (node.Tree()->kind == XmlKind::Text || node.Tree()->kind == XmlKind::Cdata);
 }
 
 std::string_view TextBytes(const XmlNode& node, std::string& scratch) {

@@ -50,9 +50,7 @@ inline XmlNode NodeFrom(const XmlTreeNode* node, XmlDocument* document) {
   return node == nullptr ? XmlNode() : XmlNode(node, document);
 }
 
-inline bool IsElement(const XmlNode& node) {
-  return node && node.Tree()->kind == XmlKind::kElement;
-}
+inline bool IsElement(const XmlNode& node) { return node && node.Tree()->kind == XmlKind::Element; }
 
 inline XmlNode FirstChild(const XmlNode& node) {
   return IsElement(node) ? NodeFrom(node.Tree()->child, node.Document()) : XmlNode();

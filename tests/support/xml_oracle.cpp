@@ -93,7 +93,7 @@ class Collector : public xml::XmlStreamHandler {
  public:
   explicit Collector(int depth) : m_Depth(depth) {}
   xml::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
-    return depth == m_Depth ? xml::StreamChoice::kNode : xml::StreamChoice::kEnter;
+    return depth == m_Depth ? xml::StreamChoice::Node : xml::StreamChoice::Enter;
   }
   void Node(const XmlNode& node) override { m_Dump += DumpOf(node); }
   void End(std::wstring_view, int) override {}
@@ -109,10 +109,10 @@ std::string Loaded(std::string_view document, std::size_t pieces) {
   XmlNode root;
   if (pieces == 0) {
     xml::XmlMemorySource source(document);
-    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
+    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
   } else {
     Dribble source(document, pieces);
-    root = xml::LoadXml(source, xml::XmlEncoding::kByDocument, failure);
+    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
   }
   if (static_cast<bool>(root) == failure.has_value()) return "(both a document and none)";
   return root ? DumpOf(root) : std::string();

@@ -69,7 +69,7 @@ class Listener : public xml::XmlStreamHandler {
       m_Notes += " of a wrong parent";
     MayRefuse("begin");
     const auto choice = Choose(name, depth);
-    if (choice == xml::StreamChoice::kEnter) m_Parents.emplace_back(name);
+    if (choice == xml::StreamChoice::Enter) m_Parents.emplace_back(name);
     return choice;
   }
   void Node(const XmlNode& node) override {
@@ -90,13 +90,13 @@ class Listener : public xml::XmlStreamHandler {
   [[nodiscard]] xml::StreamChoice Choose(std::wstring_view name, int depth) const {
     using xml::StreamChoice;
     const std::uint32_t style = m_Choices % 4;
-    if (style == 0) return depth < 2 ? StreamChoice::kEnter : StreamChoice::kNode;
-    if (style == 1) return depth < 1 ? StreamChoice::kEnter : StreamChoice::kNode;
-    if (style == 2 && depth < 1) return StreamChoice::kEnter;
+    if (style == 0) return depth < 2 ? StreamChoice::Enter : StreamChoice::Node;
+    if (style == 1) return depth < 1 ? StreamChoice::Enter : StreamChoice::Node;
+    if (style == 2 && depth < 1) return StreamChoice::Enter;
     const std::uint32_t mixed =
         (m_Calls * 7 + static_cast<std::uint32_t>(name.size()) * 3 + m_Choices) / 4;
-    if (mixed % 5 == 0) return StreamChoice::kSkip;
-    return mixed % 5 < 3 ? StreamChoice::kEnter : StreamChoice::kNode;
+    if (mixed % 5 == 0) return StreamChoice::Skip;
+    return mixed % 5 < 3 ? StreamChoice::Enter : StreamChoice::Node;
   }
   // One of seven handlers stops somewhere.
   void MayRefuse(const char* where) {
@@ -136,8 +136,8 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
   Pieces source(document, streaming.piece);
   xml::XmlNames names;
   xml::XmlStreamer streamer(listener, names,
-                            streaming.keepsBlanks ? xml::XmlBlanks::kKeep : xml::XmlBlanks::kDrop);
-  const auto failure = xml::ParseXml(source, xml::XmlEncoding::kByDocument, names, streamer,
+                            streaming.keepsBlanks ? xml::XmlBlanks::Keep : xml::XmlBlanks::Drop);
+  const auto failure = xml::ParseXml(source, xml::XmlEncoding::ByDocument, names, streamer,
                                      streaming.takesWhole ? &streamer : nullptr);
   if (!failure) return listener.Notes();
   return listener.Notes() + std::string(Refused) + " in line " + std::to_string(failure->line) +

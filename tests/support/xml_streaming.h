@@ -11,7 +11,7 @@ namespace rastrel::test {
 /// How a document is streamed.
 struct Streaming {
   bool takesWhole = true;     ///< plain elements come whole; else all comes part by part
-  bool keepsBlanks = false;   ///< as xml::XmlBlanks::kKeep
+  bool keepsBlanks = false;   ///< as xml::XmlBlanks::Keep
   std::size_t piece = 0;      ///< the source gives at most so many bytes at a time; 0 for all
   std::uint32_t choices = 0;  ///< by which the handler skips, enters, collects, and refuses
 };

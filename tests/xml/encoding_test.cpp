@@ -157,7 +157,7 @@ TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_s
 class Listener : public rastrel::xml::XmlStreamHandler {
  public:
   rastrel::xml::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
-    return depth == 0 ? rastrel::xml::StreamChoice::kEnter : rastrel::xml::StreamChoice::kNode;
+    return depth == 0 ? rastrel::xml::StreamChoice::Enter : rastrel::xml::StreamChoice::Node;
   }
   void Node(const XmlNode&) override {}
   void End(std::wstring_view, int) override {}

@@ -272,8 +272,7 @@ class StreamedParts : public rastrel::xml::XmlStreamHandler {
  public:
   explicit StreamedParts(int depth) : m_Depth(depth) {}
   rastrel::xml::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
-    return depth == m_Depth ? rastrel::xml::StreamChoice::kNode
-                            : rastrel::xml::StreamChoice::kEnter;
+    return depth == m_Depth ? rastrel::xml::StreamChoice::Node : rastrel::xml::StreamChoice::Enter;
   }
   void Node(const XmlNode& node) override { m_Dump += DumpOf(node); }
   void End(std::wstring_view, int) override {}

@@ -15,7 +15,7 @@ namespace {
 using namespace rastrel::xml;
 
 std::string TextOf(const XmlTreeNode& node) {
-  if (node.kind != XmlKind::kElement)
+  if (node.kind != XmlKind::Element)
     return (node.blank ? "blank[" : "[") + std::string(node.Content()) + "]";
   std::string text = "<" + std::string(node.name->bytes) + "@" + std::to_string(node.line);
   for (const XmlTreeAttribute& attribute : node.Attributes())
@@ -37,7 +37,7 @@ class Taker : public XmlElements {
   void Take(const XmlTreeNode& element) override { taken = TextOf(element); }
   [[nodiscard]] bool KeepsBlanks() const override { return keepsBlanks; }
 
-  std::optional<StreamChoice> choice = StreamChoice::kNode;
+  std::optional<StreamChoice> choice = StreamChoice::Node;
   bool keepsBlanks = false;
   std::string chosen;
   std::string taken;
@@ -56,11 +56,11 @@ class XmlPlain : public testing::Test {
     m_Name = scanner.Name() == nullptr ? "" : scanner.Name()->bytes;
     m_Rest = bytes.substr(static_cast<std::size_t>(scanner.End() - bytes.data()));
     switch (m_Result) {
-      case XmlScan::kTaken: return m_Taker.taken + (m_Rest.empty() ? "" : " then " + m_Rest);
-      case XmlScan::kEntered: return "entered, then " + m_Rest;
-      case XmlScan::kRefused: return "refused before " + m_Rest;
-      case XmlScan::kNotPlain: return "not plain";
-      case XmlScan::kIncomplete: return "incomplete";
+      case XmlScan::Taken: return m_Taker.taken + (m_Rest.empty() ? "" : " then " + m_Rest);
+      case XmlScan::Entered: return "entered, then " + m_Rest;
+      case XmlScan::Refused: return "refused before " + m_Rest;
+      case XmlScan::NotPlain: return "not plain";
+      case XmlScan::Incomplete: return "incomplete";
     }
     return {};
   }
@@ -72,7 +72,7 @@ class XmlPlain : public testing::Test {
   Taker m_Taker;
   XmlNames m_Names;
   std::vector<XmlBinding> m_Scope;
-  XmlScan m_Result = XmlScan::kTaken;
+  XmlScan m_Result = XmlScan::Taken;
   std::uint32_t m_Line = 0;
   std::string m_Name;
   std::string m_Rest;
@@ -224,11 +224,11 @@ TEST_F(XmlPlain, another_scope_counts_from_the_next_element_on) {
   XmlPlainScanner scanner(m_Names, m_Taker);
   const std::vector<XmlBinding> scope = {{"p", u}};
   scanner.SetScope(scope);
-  EXPECT_EQ(XmlScan::kTaken, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(XmlScan::Taken, scanner.Scan("<p:a/>", 1, 1));
   scanner.SetScope({});
-  EXPECT_EQ(XmlScan::kNotPlain, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(XmlScan::NotPlain, scanner.Scan("<p:a/>", 1, 1));
   scanner.SetScope(scope);
-  EXPECT_EQ(XmlScan::kTaken, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(XmlScan::Taken, scanner.Scan("<p:a/>", 1, 1));
 }
 
 TEST_F(XmlPlain, elements_are_taken_to_the_depth_that_documents_have) {
@@ -238,9 +238,9 @@ TEST_F(XmlPlain, elements_are_taken_to_the_depth_that_documents_have) {
     for (int level = 0; level < count; ++level) text += "</a>";
     return text;
   };
-  EXPECT_EQ(0U, Scan(nested(limits::kDepth - 3), 2).find("<a"));
-  EXPECT_EQ(0U, Scan(nested(limits::kDepth - 2), 2).find("<a"));
-  EXPECT_EQ("not plain", Scan(nested(limits::kDepth - 1), 2));
+  EXPECT_EQ(0U, Scan(nested(limits::Depth - 3), 2).find("<a"));
+  EXPECT_EQ(0U, Scan(nested(limits::Depth - 2), 2).find("<a"));
+  EXPECT_EQ("not plain", Scan(nested(limits::Depth - 1), 2));
 }
 
 TEST_F(XmlPlain, an_element_of_more_than_32_attributes_is_left_to_the_parser) {
@@ -255,14 +255,14 @@ TEST_F(XmlPlain, an_element_of_more_than_32_attributes_is_left_to_the_parser) {
 }
 
 TEST_F(XmlPlain, a_skipped_element_is_read_as_strictly_and_has_nothing_in_it) {
-  m_Taker.choice = StreamChoice::kSkip;
+  m_Taker.choice = StreamChoice::Skip;
   EXPECT_EQ("<a@1 b=1>/ then x", Scan("<a b='1'><c>y</c>z</a>x"));
   ExpectNotPlain("<a><c></a></c>");
   EXPECT_EQ("incomplete", Scan("<a><c>"));
 }
 
 TEST_F(XmlPlain, an_entered_element_is_left_behind_its_start) {
-  m_Taker.choice = StreamChoice::kEnter;
+  m_Taker.choice = StreamChoice::Enter;
   EXPECT_EQ("entered, then <c/></a>", Scan(" <a b='1'><c/></a>"));
   EXPECT_EQ("entered, then x", Scan("<a/>x"));
 }

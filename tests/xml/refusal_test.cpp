@@ -271,9 +271,9 @@ TEST_F(XmlRefusal, depth_has_its_limit_at_one_number) {
     const auto count = static_cast<std::size_t>(depth);
     return Repeat("<a>", count) + Repeat("</a>", count);
   };
-  EXPECT_EQ("", ReasonOfFile(nested(limits::kDepth - 1)));
-  EXPECT_EQ("", ReasonOfFile(nested(limits::kDepth)));
-  EXPECT_NE("", ReasonOfFile(nested(limits::kDepth + 1)));
+  EXPECT_EQ("", ReasonOfFile(nested(limits::Depth - 1)));
+  EXPECT_EQ("", ReasonOfFile(nested(limits::Depth)));
+  EXPECT_NE("", ReasonOfFile(nested(limits::Depth + 1)));
 }
 
 std::string Attributes(std::size_t count) {
@@ -287,11 +287,11 @@ TEST_F(XmlRefusal, a_million_attributes_are_too_many) {
 }
 
 TEST_F(XmlRefusal, attributes_have_their_limit_at_one_number) {
-  EXPECT_EQ("", ReasonOfFile(Attributes(limits::kAttributes - 1)));
-  EXPECT_EQ("", ReasonOfFile(Attributes(limits::kAttributes)));
-  EXPECT_NE("", ReasonOfFile(Attributes(limits::kAttributes + 1)));
+  EXPECT_EQ("", ReasonOfFile(Attributes(limits::Attributes - 1)));
+  EXPECT_EQ("", ReasonOfFile(Attributes(limits::Attributes)));
+  EXPECT_NE("", ReasonOfFile(Attributes(limits::Attributes + 1)));
   // With declarations among them.
-  std::string mixed = Attributes(limits::kAttributes - 1);
+  std::string mixed = Attributes(limits::Attributes - 1);
   EXPECT_EQ("", ReasonOfFile(mixed.insert(2, " xmlns:p='u'")));
   EXPECT_NE("", ReasonOfFile(mixed.insert(2, " xmlns:q='u'")));
 }
@@ -306,9 +306,9 @@ TEST_F(XmlRefusal, namespaces_have_their_limit_at_one_number) {
     }
     return text + Repeat("</a>", (count + 1) / 2);
   };
-  EXPECT_EQ("", ReasonOfFile(nested(limits::kNamespaces - 1)));
-  EXPECT_EQ("", ReasonOfFile(nested(limits::kNamespaces)));
-  EXPECT_NE("", ReasonOfFile(nested(limits::kNamespaces + 1)));
+  EXPECT_EQ("", ReasonOfFile(nested(limits::Namespaces - 1)));
+  EXPECT_EQ("", ReasonOfFile(nested(limits::Namespaces)));
+  EXPECT_NE("", ReasonOfFile(nested(limits::Namespaces + 1)));
 }
 
 TEST_F(XmlRefusal, names_have_their_limit_at_one_number) {
@@ -317,9 +317,9 @@ TEST_F(XmlRefusal, names_have_their_limit_at_one_number) {
     for (std::size_t index = 1; index < count; ++index) text += "<n" + std::to_string(index) + "/>";
     return text + "</a>";
   };
-  EXPECT_EQ("", ReasonOfFile(many(limits::kNames - 1)));
-  EXPECT_EQ("", ReasonOfFile(many(limits::kNames)));
-  EXPECT_NE("", ReasonOfFile(many(limits::kNames + 1)));
+  EXPECT_EQ("", ReasonOfFile(many(limits::Names - 1)));
+  EXPECT_EQ("", ReasonOfFile(many(limits::Names)));
+  EXPECT_NE("", ReasonOfFile(many(limits::Names + 1)));
 }
 
 TEST_F(XmlRefusal, an_attribute_of_ten_megabytes_is_too_long) {
@@ -334,8 +334,8 @@ TEST_F(XmlRefusal, markup_has_its_limit_to_within_a_piece_of_reading) {
   const auto tag = [](std::size_t length) {
     return "<a n='" + std::string(length - 9, 'x') + "'/>";
   };
-  EXPECT_EQ("", ReasonOfFile(tag(limits::kMarkupBytes)));
-  EXPECT_NE("", ReasonOfFile(tag(limits::kMarkupBytes + 2 * piece)));
+  EXPECT_EQ("", ReasonOfFile(tag(limits::MarkupBytes)));
+  EXPECT_NE("", ReasonOfFile(tag(limits::MarkupBytes + 2 * piece)));
 }
 
 TEST_F(XmlRefusal, a_text_is_as_long_as_memory_allows) {

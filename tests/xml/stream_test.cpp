@@ -22,8 +22,8 @@ class Notes : public XmlStreamHandler {
     EXPECT_FALSE(static_cast<bool>(FirstChild(start)));
     EXPECT_FALSE(static_cast<bool>(NextSibling(start)));
     if (name.starts_with(L'x')) Refuse(L"no " + std::wstring(name) + L" here");
-    if (name.starts_with(L's')) return StreamChoice::kSkip;
-    return name.starts_with(L'n') ? StreamChoice::kNode : StreamChoice::kEnter;
+    if (name.starts_with(L's')) return StreamChoice::Skip;
+    return name.starts_with(L'n') ? StreamChoice::Node : StreamChoice::Enter;
   }
   void Node(const XmlNode& node) override {
     std::string scratch;
@@ -46,7 +46,7 @@ class Notes : public XmlStreamHandler {
 
 class XmlStream : public rastrel::test::XmlTest {
  protected:
-  std::string NotesOf(std::string_view content, XmlBlanks blanks = XmlBlanks::kDrop) {
+  std::string NotesOf(std::string_view content, XmlBlanks blanks = XmlBlanks::Drop) {
     Notes notes;
     const bool whole = StreamXmlFile(FileOf(content), notes, blanks);
     return notes.Text() + (whole ? "" : "!");
@@ -74,7 +74,7 @@ TEST_F(XmlStream, collected_nodes_are_as_in_a_loaded_document) {
 TEST_F(XmlStream, blanks_alone_are_kept_for_those_who_want_them_raw) {
   const std::string content = "<n> <b>x</b> <b>y</b>\n</n>";
   EXPECT_EQ("<n0{2 xy|xy}", NotesOf(content));
-  EXPECT_EQ("<n0{2 xy| x y\n}", NotesOf(content, XmlBlanks::kKeep));
+  EXPECT_EQ("<n0{2 xy| x y\n}", NotesOf(content, XmlBlanks::Keep));
 }
 
 TEST_F(XmlStream, a_handler_may_refuse_in_every_call_and_hears_no_more) {
@@ -110,15 +110,15 @@ TEST_F(XmlStream, what_can_not_be_read_is_refused) {
 TEST_F(XmlStream, many_parts_take_no_more_than_one) {
   std::string content = "<a>";
   const std::string part = "<n i='1'>" + std::string(1000, 'x') + "</n>";
-  while (content.size() < 2 * limits::kStreamBytes) content += part;
+  while (content.size() < 2 * limits::StreamBytes) content += part;
   const std::string calls = NotesOf(content + "</a>");
   EXPECT_TRUE(calls.ends_with(">a0")) << Reason();
 }
 
 TEST_F(XmlStream, one_part_has_its_limit) {
-  EXPECT_EQ("<n0!", NotesOf("<n>" + std::string(limits::kStreamBytes, 'x') + "</n>"));
+  EXPECT_EQ("<n0!", NotesOf("<n>" + std::string(limits::StreamBytes, 'x') + "</n>"));
   EXPECT_NE(std::string::npos, Reason().find("takes more than 33554432 bytes of memory"));
-  EXPECT_EQ("<s0", NotesOf("<s>" + std::string(limits::kStreamBytes, 'x') + "</s>"));
+  EXPECT_EQ("<s0", NotesOf("<s>" + std::string(limits::StreamBytes, 'x') + "</s>"));
 }
 
 TEST_F(XmlStream, what_is_skipped_or_entered_has_the_same_limit_of_depth) {
@@ -129,8 +129,8 @@ TEST_F(XmlStream, what_is_skipped_or_entered_has_the_same_limit_of_depth) {
       for (int level = 0; level < depth; ++level) content += std::string("</") + tag + ">";
       return content;
     };
-    EXPECT_FALSE(NotesOf(nested(limits::kDepth)).ends_with("!")) << tag;
-    EXPECT_TRUE(NotesOf(nested(limits::kDepth + 1)).ends_with("!")) << tag;
+    EXPECT_FALSE(NotesOf(nested(limits::Depth)).ends_with("!")) << tag;
+    EXPECT_TRUE(NotesOf(nested(limits::Depth + 1)).ends_with("!")) << tag;
   }
 }
 
@@ -139,7 +139,7 @@ TEST_F(XmlStream, a_lent_node_is_written_with_the_namespaces_around_it) {
    public:
     explicit Saver(std::wstring path) : m_Path(std::move(path)) {}
     StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
-      return depth < 2 ? StreamChoice::kEnter : StreamChoice::kNode;
+      return depth < 2 ? StreamChoice::Enter : StreamChoice::Node;
     }
     void Node(const XmlNode& node) override { EXPECT_TRUE(SaveNodeXml(node, m_Path)); }
     void End(std::wstring_view, int) override {}
