@@ -20,10 +20,10 @@ namespace {
 
 // Places are told as compilers tell them.
 void ThrowXmlFailure(const XmlInput& input) {
-  std::optional<xml::XmlFailure> failure = xml::TakeXmlFailure();
+  std::optional<Failure> failure = xml::TakeXmlFailure();
   if (!failure) return;
-  failure->path = os::FromNative(input.path);
-  throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
+  failure->where = os::Utf8FromWide(os::FromNative(input.path));
+  throw CommandError(ExitStatus::BadInput, Describe(*failure));
 }
 
 // What no reader of XML need be asked about.

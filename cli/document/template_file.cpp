@@ -26,8 +26,8 @@ namespace {
 // Why an importer of plate XML took nothing.
 [[noreturn]] void RefuseAbb(const std::string& path, const std::wstring& readerPath) {
   if (auto failure = xml::TakeXmlFailure()) {
-    failure->path = os::FromNative(path);
-    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
+    failure->where = os::Utf8FromWide(os::FromNative(path));
+    throw CommandError(ExitStatus::BadInput, Describe(*failure));
   }
   if (!path.ends_with(".xml") && os::LowerAscii(os::SplitPath(readerPath).extension) != L".xml")
     Refuse(path, "its name does not end in .xml");

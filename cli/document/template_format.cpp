@@ -63,8 +63,8 @@ TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name
   if (!root) {
     auto failure = xml::TakeXmlFailure();
     if (!failure) throw CommandError(ExitStatus::BadInput, path + ": can't be read");
-    failure->path = os::FromNative(path);
-    throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
+    failure->where = os::Utf8FromWide(os::FromNative(path));
+    throw CommandError(ExitStatus::BadInput, Describe(*failure));
   }
   if (HasPlates(root)) return TemplateFormat::Abb;
   std::wstring rootName;

@@ -106,11 +106,11 @@ void Parts::Refuse(const std::string& part, const std::string& why) const {
 
 namespace {
 
-std::string WordsOf(const xml::XmlFailure& failure) {
+std::string WordsOf(const Failure& failure) {
   std::string place;
   if (failure.line > 0) place = std::to_string(failure.line) + ":";
   if (failure.column > 0) place += std::to_string(failure.column) + ":";
-  return place + " " + os::Utf8FromWide(failure.reason);
+  return place + " " + failure.why;
 }
 
 }  // namespace
@@ -123,7 +123,7 @@ std::string TakeXmlWords() {
 std::string TakeXmlWords(const std::string& folder) {
   const auto failure = xml::TakeXmlFailure();
   if (!failure) return {};
-  std::string path = os::Utf8FromWide(failure->path);
+  std::string path = failure->where;
   std::ranges::replace(path, '\\', '/');
   if (path.starts_with(folder + "/")) path.erase(0, folder.size() + 1);
   return path + (path.empty() ? "" : ":") + WordsOf(*failure);

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
 
 namespace rastrel::imports {
@@ -15,11 +16,11 @@ bool BoundedCopy(std::span<wchar_t> field, std::wstring_view value, std::wstring
     return true;
   }
   if (!field.empty()) field.front() = L'\0';
-  xml::XmlFailure failure;
-  failure.path = path;
-  failure.reason = L"the value of " + std::wstring(element) + L" has " +
-                   std::to_wstring(value.size()) + L" characters, and its field has room for " +
-                   std::to_wstring(field.empty() ? 0 : field.size() - 1);
+  Failure failure =
+      FailureOf("the value of " + os::Utf8FromWide(element) + " has " +
+                std::to_string(value.size()) + " characters, and its field has room for " +
+                std::to_string(field.empty() ? 0 : field.size() - 1));
+  failure.where = os::Utf8FromWide(path);
   xml::ReportXmlFailure(std::move(failure));
   return false;
 }

@@ -24,8 +24,8 @@ constexpr std::int32_t SharedStringTable = 3;
 
 constexpr std::wstring_view ResultName = L"\\content.txt";
 
-void Report(std::wstring path, std::wstring reason) {
-  xml::ReportXmlFailure({std::move(path), 0, 0, std::move(reason)});
+void Report(std::wstring_view path, std::string why) {
+  xml::ReportXmlFailure({.where = os::Utf8FromWide(path), .why = std::move(why)});
 }
 
 // The path of the field, which need not be terminated where it is full.
@@ -46,12 +46,12 @@ bool HasParentFolder(std::wstring_view target) {
 // as good as absent, and that is said.
 bool StaysInside(std::wstring_view folder, std::wstring_view rest) {
   if (HasParentFolder(rest)) {
-    Report(std::wstring(folder) + std::wstring(rest), L"leads out of the package");
+    Report(std::wstring(folder) + std::wstring(rest), "leads out of the package");
     return false;
   }
   const std::optional<std::string> foreign = os::ForeignBelow(folder, rest);
   if (foreign)
-    Report(os::FromNative(*foreign), L"is a link or a special file, which no package has");
+    Report(os::FromNative(*foreign), "is a link or a special file, which no package has");
   return !foreign;
 }
 
@@ -79,7 +79,7 @@ bool ExcelPackage::ParseXmlFiles(const std::vector<tagEXCEL_XML_FILE*>& files) {
 bool ExcelPackage::ReadFile(const tagEXCEL_XML_FILE& file, bool previous) {
   const std::wstring path = PathOf(file);
   if (path.empty() || !os::Exists(path)) {
-    Report(path, L"there is no such file");
+    Report(path, "there is no such file");
     return false;
   }
   switch (file.type) {
@@ -116,13 +116,14 @@ std::wstring ExcelPackage::PathOfSheet(const ExcelElement& sheet) const {
   std::wstring target;
   const std::wstring id = sheet.Value(L"id");
   if (!FindTarget(id, type, target))
-    Report(m_Folder, L"no relationship has the id \"" + id + L"\" of the sheet \"" +
-                         sheet.Value(L"name") + L"\"");
+    Report(m_Folder, "no relationship has the id \"" + os::Utf8FromWide(id) + "\" of the sheet \"" +
+                         os::Utf8FromWide(sheet.Value(L"name")) + "\"");
+
   const std::wstring rest = L"\\xl\\" + target;
   if (!StaysInside(m_Folder, rest)) return {};
   std::wstring path = m_Folder + rest;
   if (os::Exists(path)) return path;
-  Report(path, L"there is no such file");
+  Report(path, "there is no such file");
   return {};
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "rastrel/platform/os/number_text.h"
+#include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/xml/failure.h"
 #include "rastrel/xml/stream.h"
@@ -105,7 +106,8 @@ ExcelSheetResult AppendExcelSheet(std::wstring_view path, const SharedStrings& s
     text.TrimRight("\n");
     return ExcelSheetResult::Appended;
   }
-  if (isDocument) xml::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no \"sheetData\""});
+  if (isDocument)
+    xml::ReportXmlFailure({.where = os::Utf8FromWide(path), .why = "there is no \"sheetData\""});
   const bool isOverLimit = text.IsOverLimit();
   text.Truncate(before);
   return isOverLimit ? ExcelSheetResult::OverLimit : ExcelSheetResult::Refused;

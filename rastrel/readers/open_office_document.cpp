@@ -150,7 +150,7 @@ OpenOfficeDocument::~OpenOfficeDocument() = default;
 bool OpenOfficeDocument::ParseFile(std::wstring_view path) {
   if (!IsNamedXml(std::wstring(path).c_str())) {
     xml::ReportXmlFailure(
-        {std::wstring(path), 0, 0, L"there is no such file of the extension \"xml\""});
+        {.where = os::Utf8FromWide(path), .why = "there is no such file of the extension \"xml\""});
     return false;
   }
   return m_Tables.Read(path, m_Limits);
@@ -166,11 +166,8 @@ bool OpenOfficeDocument::MakeRecords() {
   for (std::size_t index = 0; index < m_Tables.Count(); ++index)
     size += RecordSize(m_Tables.Table(index));
   if (size > m_Limits.records) {
-    xml::ReportXmlFailure({{},
-                           0,
-                           0,
-                           L"the records of the tables take more than " +
-                               std::to_wstring(m_Limits.records) + L" bytes"});
+    xml::ReportXmlFailure(FailureOf("the records of the tables take more than " +
+                                    std::to_string(m_Limits.records) + " bytes"));
     return false;
   }
   for (std::size_t index = 0; index < m_Tables.Count(); ++index)

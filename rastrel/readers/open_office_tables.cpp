@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "rastrel/platform/os/number_text.h"
+#include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
 #include "rastrel/xml/stream.h"
 #include "rastrel/xml/walk.h"
@@ -131,7 +132,8 @@ bool OpenOfficeTables::Read(std::wstring_view path, const SheetLimits& limits) {
   Reader reader(*this, limits);
   const bool isDocument = xml::StreamXmlFile(path, reader);
   if (isDocument && m_Begins.size() > tables) return true;
-  if (isDocument) xml::ReportXmlFailure({std::wstring(path), 0, 0, L"there is no table"});
+  if (isDocument)
+    xml::ReportXmlFailure({.where = os::Utf8FromWide(path), .why = "there is no table"});
   m_Bytes.resize(bytes);
   m_Begins.resize(tables);
   m_Cells = cells;

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
@@ -12,10 +13,9 @@ bool RecordBudget::Take(std::size_t bytes) {
     m_Left -= bytes;
     return true;
   }
-  xml::XmlFailure failure;
-  failure.path = m_Path;
-  failure.reason = L"its records take more than " + std::to_wstring(RecordBytesLimit >> 20) +
-                   L" MiB, which is the limit";
+  Failure failure = FailureOf("its records take more than " +
+                              std::to_string(RecordBytesLimit >> 20) + " MiB, which is the limit");
+  failure.where = os::Utf8FromWide(m_Path);
   xml::ReportXmlFailure(std::move(failure));
   return false;
 }

@@ -50,7 +50,7 @@ void TextFile::Flush() {
 
 void TextFile::Fail(const std::string& reason) {
   m_IsGood = false;
-  xml::ReportXmlFailure({m_Path, 0, 0, os::WideFromUtf8(reason)});
+  xml::ReportXmlFailure({.where = os::Utf8FromWide(m_Path), .why = reason});
 }
 
 }  // namespace rastrel::readers

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
 #include "rastrel/xml/layer.h"
 #include "rastrel/xml/limits.h"
 #include "rastrel/xml/source.h"
@@ -50,60 +51,59 @@ class Loader : public XmlEvents {
   XmlTreeNode* m_Root = nullptr;
 };
 
-// The first place that holds no character of Unicode, if there is one.
-std::optional<XmlFailure> FindNoCharacter(std::wstring_view text) {
+// Fails at the first place that holds no character of Unicode.
+Expected<void> CheckCharacters(std::wstring_view text) {
   const auto bad = std::find_if(text.begin(), text.end(), [](wchar_t character) {
     const auto value = static_cast<std::uint32_t>(character);
     return value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF);
   });
-  if (bad == text.end()) return std::nullopt;
+  if (bad == text.end()) return {};
   const std::wstring_view before(text.begin(), bad);
   const std::size_t line = before.rfind(L'\n');
   const std::size_t column =
       line == std::wstring_view::npos ? before.size() : before.size() - line - 1;
-  return XmlFailure{.line = 1 + static_cast<int>(std::count(before.begin(), before.end(), L'\n')),
-                    .column = 1 + static_cast<int>(column),
-                    .reason = L"the text holds half of a surrogate pair"};
+  Failure failure = FailureOf("the text holds half of a surrogate pair");
+  failure.line = 1 + static_cast<int>(std::count(before.begin(), before.end(), L'\n'));
+  failure.column = 1 + static_cast<int>(column);
+  return failure;
+}
+
+Expected<XmlNode> LoadFile(std::wstring_view path) {
+  auto file = os::RandomAccessFile::Open(path);
+  if (!file) return FailureOf(Describe(file.Error()));
+  XmlFileSource source(std::move(*file), path);
+  return LoadXml(source, XmlEncoding::ByDocument);
+}
+
+Expected<XmlNode> LoadText(std::wstring_view text) {
+  if (auto checked = CheckCharacters(text); !checked) return checked.Error();
+  const std::string bytes = os::Utf8FromWide(text);
+  XmlMemorySource source(bytes);
+  return LoadXml(source, XmlEncoding::Utf8);
+}
+
+// The document element; none if it could not be had, which is reported.
+XmlNode NodeOrReport(Expected<XmlNode> root, std::wstring_view path) {
+  if (root) return *std::move(root);
+  Failure failure = root.Error();
+  failure.where = os::Utf8FromWide(path);
+  ReportXmlFailure(std::move(failure));
+  return {};
 }
 
 }  // namespace
 
-XmlNode LoadXml(XmlSource& source, XmlEncoding encoding, std::optional<XmlFailure>& failure) {
+Expected<XmlNode> LoadXml(XmlSource& source, XmlEncoding encoding) {
   auto document = std::make_unique<XmlDocument>();
   Loader loader(*document);
-  failure = ParseXml(source, encoding, document->names, loader);
-  return failure ? XmlNode() : XmlNode(loader.Root(), document.release());
+  if (auto parsed = ParseXml(source, encoding, document->names, loader); !parsed)
+    return parsed.Error();
+  return XmlNode(loader.Root(), document.release());
 }
 
 }  // namespace rastrel::xml
 
 namespace xml = rastrel::xml;
-namespace os = rastrel::os;
 
-XmlNode LoadXmlFile(std::wstring_view path) {
-  auto file = os::RandomAccessFile::Open(path);
-  std::optional<xml::XmlFailure> failure;
-  XmlNode root;
-  if (file) {
-    xml::XmlFileSource source(std::move(*file), path);
-    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
-  } else {
-    failure.emplace().reason = os::WideFromUtf8(Describe(file.Error()));
-  }
-  if (!failure) return root;
-  failure->path = path;
-  xml::ReportXmlFailure(*std::move(failure));
-  return {};
-}
-
-XmlNode LoadXmlString(std::wstring_view text) {
-  auto failure = xml::FindNoCharacter(text);
-  XmlNode root;
-  if (!failure) {
-    const std::string bytes = os::Utf8FromWide(text);
-    xml::XmlMemorySource source(bytes);
-    root = xml::LoadXml(source, xml::XmlEncoding::Utf8, failure);
-  }
-  if (failure) xml::ReportXmlFailure(*std::move(failure));
-  return root;
-}
+XmlNode LoadXmlFile(std::wstring_view path) { return xml::NodeOrReport(xml::LoadFile(path), path); }
+XmlNode LoadXmlString(std::wstring_view text) { return xml::NodeOrReport(xml::LoadText(text), {}); }

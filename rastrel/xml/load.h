@@ -5,8 +5,8 @@
 
 namespace rastrel::xml {
 
-/// The document element of what the source gives; or none, and `failure` says why. Reports nothing.
-[[nodiscard]] XmlNode LoadXml(XmlSource& source, XmlEncoding encoding,
-                              std::optional<XmlFailure>& failure);
+/// Reads a whole document and returns its document element. Fails as ParseXml does, without a path
+/// in the failure, and reports nothing.
+[[nodiscard]] Expected<XmlNode> LoadXml(XmlSource& source, XmlEncoding encoding);
 
 }  // namespace rastrel::xml

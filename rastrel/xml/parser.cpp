@@ -97,7 +97,7 @@ class Parse {
     if (elements != nullptr) m_Scanner.emplace(names, *elements);
   }
 
-  std::optional<XmlFailure> Run();
+  Expected<void> Run();
 
  private:
   static Parse& Of(void* user) { return *static_cast<Parse*>(user); }
@@ -116,9 +116,9 @@ class Parse {
   void CheckPending();
   void CheckEnd();
   bool Failed() const { return m_Failure.has_value(); }
-  void Fail(std::wstring reason);
+  void Fail(std::string why);
   void Fail(const xmlError& error);
-  void Note(XmlFailure failure);
+  void Note(Failure failure);
   void FollowEvents();
 
   void OnDocument();
@@ -144,7 +144,7 @@ class Parse {
   std::size_t m_ForParser = 0;          // bytes that it is to read at once, at least
   bool m_BeginsInComment = false;       // the parser has a comment's mark, and nothing else so far
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
-  std::optional<XmlFailure> m_Failure;
+  std::optional<Failure> m_Failure;
   XmlEncodingFamily m_Family = XmlEncodingFamily::Unknown;
   int m_Depth = 0;
   std::vector<XmlStartAttribute> m_Attributes;
@@ -157,7 +157,7 @@ xmlSAXHandler Parse::Handler() {
   handler.initialized = XML_SAX2_MAGIC;
   // Without a function that keeps or looks up entities none is ever known, and none expanded.
   handler.internalSubset = [](void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
-    Of(user).Fail(L"a document type is not accepted");
+    Of(user).Fail("a document type is not accepted");
     Xml().StopParser(Of(user).m_Context.get());
   };
   handler.startDocument = [](void* user) { Of(user).OnDocument(); };
@@ -188,17 +188,17 @@ xmlSAXHandler Parse::Handler() {
   return handler;
 }
 
-std::optional<XmlFailure> Parse::Run() {
+Expected<void> Parse::Run() {
   const std::size_t size = m_Elements != nullptr ? WindowSize : PieceSize;
   const auto buffer = std::make_unique_for_overwrite<char[]>(size);
   const std::span<char> room(buffer.get(), size);
-  if (!Begin(room)) return m_Failure;
+  if (!Begin(room)) return *m_Failure;
   std::size_t held = 0;
   std::size_t enough = 0;
   while (!Failed()) {
     const auto count = m_Source.Read(room.subspan(held));
     if (!count) {
-      Note({.reason = os::WideFromUtf8(Describe(count.Error()))});
+      Note(FailureOf(Describe(count.Error())));
       break;
     }
     held += *count;
@@ -212,7 +212,8 @@ std::optional<XmlFailure> Parse::Run() {
     if (!Failed() && isLast) Push({}, true);
     if (isLast) break;
   }
-  return m_Failure;
+  if (m_Failure) return *std::move(m_Failure);
+  return {};
 }
 
 // Reads what can be read, all of it if there is no room for more. Whole elements that are plain are
@@ -329,18 +330,18 @@ bool Parse::Begin(std::span<char> buffer) {
   while (held < HeadSize) {
     const auto count = m_Source.Read(buffer.subspan(held, HeadSize - held));
     if (!count) {
-      Note({.reason = os::WideFromUtf8(Describe(count.Error()))});
+      Note(FailureOf(Describe(count.Error())));
       return false;
     }
     if (*count == 0) break;
     held += *count;
   }
   if (held == 0) {
-    Note({.line = 1, .column = 1, .reason = L"the document is empty"});
+    Note({.why = "the document is empty", .line = 1, .column = 1});
     return false;
   }
   if (!XmlLibrary::Instance()) {
-    Note({.reason = os::WideFromUtf8(Describe(XmlLibrary::Instance().Error()))});
+    Note(FailureOf(Describe(XmlLibrary::Instance().Error())));
     return false;
   }
   m_BeginsInComment = std::string_view(buffer.data(), held) == CommentMark;
@@ -350,7 +351,7 @@ bool Parse::Begin(std::span<char> buffer) {
   m_Context.reset(
       Xml().CreatePushParserCtxt(&handler, this, buffer.data(), static_cast<int>(held), nullptr));
   if (!m_Context) {
-    Note({.reason = L"there is no memory for the parser"});
+    Note(FailureOf("there is no memory for the parser"));
     return false;
   }
   const int encoding = m_Encoding == XmlEncoding::Utf8 ? XML_PARSE_IGNORE_ENC : 0;
@@ -377,8 +378,8 @@ void Parse::CheckPending() {
   if (end - begin < static_cast<std::ptrdiff_t>(PieceSize)) return;
   std::string_view pending(begin, static_cast<std::size_t>(end - begin));
   if (pending.size() > limits::MarkupBytes)
-    return Fail(L"a tag, comment, instruction or CDATA section has more than " +
-                std::to_wstring(limits::MarkupBytes) + L" bytes");
+    return Fail("a tag, comment, instruction or CDATA section has more than " +
+                std::to_string(limits::MarkupBytes) + " bytes");
   if (pending[0] != '<' || pending[1] == '!' || pending[1] == '?') return;
   std::size_t values = 0;
   for (;;) {
@@ -390,20 +391,20 @@ void Parse::CheckPending() {
     pending.remove_prefix(close + 1);
   }
   if (values > limits::Attributes)
-    Fail(L"an element has more than " + std::to_wstring(limits::Attributes) + L" attributes");
+    Fail("an element has more than " + std::to_string(limits::Attributes) + " attributes");
 }
 
 // Faults that the parser lets pass.
 void Parse::CheckEnd() {
-  if (m_Context->wellFormed == 0) return Fail(L"the document is not well-formed");
+  if (m_Context->wellFormed == 0) return Fail("the document is not well-formed");
   const xmlParserInput* const input = m_Context->input;
   const bool cut = input != nullptr && input->buf != nullptr && input->buf->raw != nullptr &&
                    Xml().BufUse(input->buf->raw) > 0;
-  if (cut) Fail(L"the document ends within a character");
+  if (cut) Fail("the document ends within a character");
 }
 
-void Parse::Fail(std::wstring reason) {
-  XmlFailure failure{.reason = std::move(reason)};
+void Parse::Fail(std::string why) {
+  Failure failure = FailureOf(std::move(why));
   if (m_Context && m_Context->input != nullptr) {
     failure.line = m_Context->input->line;
     failure.column = m_Context->input->col;
@@ -420,45 +421,44 @@ void Parse::Fail(const xmlError& error) {
   // Its own words are that the document is empty, which one of another kind is not.
   if (error.code == XML_ERR_DOCUMENT_EMPTY)
     message = "no tag stands where the document should begin";
-  if (error.domain == XML_FROM_I18N || error.line <= 0) return Fail(os::WideFromUtf8(message));
-  Note({.line = error.line, .column = error.int2, .reason = os::WideFromUtf8(message)});
+  if (error.domain == XML_FROM_I18N || error.line <= 0) return Fail(std::string(message));
+  Note({.why = std::string(message), .line = error.line, .column = error.int2});
 }
 
 // The first fault counts: what follows it often comes of it.
-void Parse::Note(XmlFailure failure) {
+void Parse::Note(Failure failure) {
   if (!m_Failure) m_Failure = std::move(failure);
   if (m_Context) m_Context->disableSAX = 1;
 }
 
 void Parse::FollowEvents() {
-  if (auto refusal = m_Events.Refusal()) Fail(*std::move(refusal));
+  if (auto refusal = m_Events.Refusal()) Fail(os::Utf8FromWide(*refusal));
 }
 
 void Parse::OnDocument() {
   if (Failed()) return;
   const char* const version = Bytes(m_Context->version);
   if (version != nullptr && std::strcmp(version, "1.0") != 0)
-    return Fail(L"the document is of another version of XML than 1.0");
+    return Fail("the document is of another version of XML than 1.0");
   const xmlChar* declared = m_Context->encoding;
   if (declared == nullptr && m_Context->input != nullptr) declared = m_Context->input->encoding;
   if (declared == nullptr) return;
   if (!IsEncodingName(Bytes(declared)))
-    return Fail(L"\"" + os::WideFromUtf8(Bytes(declared)) + L"\" is no name of an encoding");
+    return Fail("\"" + std::string(Bytes(declared)) + "\" is no name of an encoding");
   if (!IsEncodingOf(m_Family, Bytes(declared)))
-    Fail(L"the document is in another encoding than it says");
+    Fail("the document is in another encoding than it says");
 }
 
 void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
                     const xmlChar** declared, int attributes, const xmlChar** values) {
   if (++m_Depth > limits::Depth)
-    return Fail(L"elements are more than " + std::to_wstring(limits::Depth) + L" deep");
+    return Fail("elements are more than " + std::to_string(limits::Depth) + " deep");
   if (static_cast<std::size_t>(namespaces) + static_cast<std::size_t>(attributes) >
       limits::Attributes)
-    return Fail(L"an element has more than " + std::to_wstring(limits::Attributes) +
-                L" attributes");
+    return Fail("an element has more than " + std::to_string(limits::Attributes) + " attributes");
   if (static_cast<std::size_t>(m_Context->nsNr / 2) > limits::Namespaces)
-    return Fail(L"more than " + std::to_wstring(limits::Namespaces) +
-                L" namespaces are declared at a time");
+    return Fail("more than " + std::to_string(limits::Namespaces) +
+                " namespaces are declared at a time");
   if (m_InCdata) EndCdata();
   m_Attributes.clear();
   if (namespaces > 0) Declarations(namespaces, declared);
@@ -466,7 +466,7 @@ void Parse::OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
   m_Events.Start(m_Names.FindKept(Bytes(prefix), Bytes(local)), m_Attributes,
                  static_cast<std::uint32_t>(std::max(m_Context->input->line, 0)));
   if (m_Names.Count() > limits::Names)
-    return Fail(L"there are more than " + std::to_wstring(limits::Names) + L" different names");
+    return Fail("there are more than " + std::to_string(limits::Names) + " different names");
   if (m_Events.Refused()) FollowEvents();
 }
 
@@ -531,7 +531,7 @@ void Parse::OnCdata(const xmlChar* text, int length) {
 // looked at.
 void Parse::EndCdata() {
   m_InCdata = false;
-  if (!IsUtf8(m_Cdata)) return Fail(L"a CDATA section holds bytes that are no characters");
+  if (!IsUtf8(m_Cdata)) return Fail("a CDATA section holds bytes that are no characters");
   std::size_t kept = 0;
   for (std::size_t at = 0; at < m_Cdata.size(); ++at) {
     const bool pair = m_Cdata[at] == '\r' && at + 1 < m_Cdata.size() && m_Cdata[at + 1] == '\n';
@@ -544,8 +544,8 @@ void Parse::EndCdata() {
 
 }  // namespace
 
-std::optional<XmlFailure> ParseXml(XmlSource& source, XmlEncoding encoding, XmlNames& names,
-                                   XmlEvents& events, XmlElements* elements) {
+Expected<void> ParseXml(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events,
+                        XmlElements* elements) {
   return Parse(source, encoding, names, events, elements).Run();
 }
 

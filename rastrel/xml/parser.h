@@ -7,7 +7,6 @@
 
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/xml/elements.h"
-#include "rastrel/xml/failure.h"
 #include "rastrel/xml/names.h"
 #include "rastrel/xml/tree.h"
 
@@ -58,11 +57,10 @@ enum class XmlEncoding {
   Utf8,        ///< it is UTF-8, whatever it says
 };
 
-/// Reads a document and hands its parts over. The reason if it can't be read or is refused, with
-/// line and column and without a path; what was handed over till then is then void. With `elements`
-/// whole elements may go there in place of their parts, which is several times as fast.
-[[nodiscard]] std::optional<XmlFailure> ParseXml(XmlSource& source, XmlEncoding encoding,
-                                                 XmlNames& names, XmlEvents& events,
-                                                 XmlElements* elements = nullptr);
+/// Reads a document and hands its parts over. Fails if it can't be read or is refused, with the
+/// line and column in the failure and without a path; all that was handed over is void then. With
+/// `elements` whole elements may go there in place of their parts, which is several times as fast.
+[[nodiscard]] Expected<void> ParseXml(XmlSource& source, XmlEncoding encoding, XmlNames& names,
+                                      XmlEvents& events, XmlElements* elements = nullptr);
 
 }  // namespace rastrel::xml

@@ -5,6 +5,7 @@
 
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/failure.h"
 
 namespace rastrel::xml {
 
@@ -32,16 +33,16 @@ Expected<std::size_t> XmlMemorySource::Read(std::span<char> bytes) {
 bool ParseXmlFile(std::wstring_view path, XmlNames& names, XmlEvents& events,
                   XmlElements* elements) {
   auto file = os::RandomAccessFile::Open(path);
-  if (!file) {
-    ReportXmlFailure(
-        {.path = std::wstring(path), .reason = os::WideFromUtf8(Describe(file.Error()))});
-    return false;
-  }
-  XmlFileSource source(std::move(*file), path);
-  auto failure = ParseXml(source, XmlEncoding::ByDocument, names, events, elements);
-  if (!failure) return true;
-  failure->path = path;
-  ReportXmlFailure(*std::move(failure));
+  const auto parse = [&]() -> Expected<void> {
+    if (!file) return FailureOf(Describe(file.Error()));
+    XmlFileSource source(std::move(*file), path);
+    return ParseXml(source, XmlEncoding::ByDocument, names, events, elements);
+  };
+  const auto parsed = parse();
+  if (parsed) return true;
+  Failure failure = parsed.Error();
+  failure.where = os::Utf8FromWide(path);
+  ReportXmlFailure(std::move(failure));
   return false;
 }
 

@@ -105,17 +105,17 @@ class Collector : public xml::XmlStreamHandler {
 };
 
 std::string Loaded(std::string_view document, std::size_t pieces) {
-  std::optional<xml::XmlFailure> failure;
-  XmlNode root;
-  if (pieces == 0) {
+  const auto load = [&] {
+    if (pieces > 0) {
+      Dribble source(document, pieces);
+      return xml::LoadXml(source, xml::XmlEncoding::ByDocument);
+    }
     xml::XmlMemorySource source(document);
-    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
-  } else {
-    Dribble source(document, pieces);
-    root = xml::LoadXml(source, xml::XmlEncoding::ByDocument, failure);
-  }
-  if (static_cast<bool>(root) == failure.has_value()) return "(both a document and none)";
-  return root ? DumpOf(root) : std::string();
+    return xml::LoadXml(source, xml::XmlEncoding::ByDocument);
+  };
+  const auto root = load();
+  if (!root) return {};
+  return *root ? DumpOf(*root) : "(a document without an element)";
 }
 
 std::string ElementChildren(const XmlNode& root) {

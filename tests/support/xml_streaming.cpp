@@ -137,11 +137,12 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
   xml::XmlNames names;
   xml::XmlStreamer streamer(listener, names,
                             streaming.keepsBlanks ? xml::XmlBlanks::Keep : xml::XmlBlanks::Drop);
-  const auto failure = xml::ParseXml(source, xml::XmlEncoding::ByDocument, names, streamer,
-                                     streaming.takesWhole ? &streamer : nullptr);
-  if (!failure) return listener.Notes();
-  return listener.Notes() + std::string(Refused) + " in line " + std::to_string(failure->line) +
-         " column " + std::to_string(failure->column) + " " + os::Utf8FromWide(failure->reason);
+  const auto parsed = xml::ParseXml(source, xml::XmlEncoding::ByDocument, names, streamer,
+                                    streaming.takesWhole ? &streamer : nullptr);
+  if (parsed) return listener.Notes();
+  const Failure& failure = parsed.Error();
+  return listener.Notes() + std::string(Refused) + " in line " + std::to_string(failure.line) +
+         " column " + std::to_string(failure.column) + " " + failure.why;
 }
 
 std::string DifferencesInStreaming(std::string_view document, std::size_t piece,

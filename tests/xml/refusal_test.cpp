@@ -173,12 +173,11 @@ TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(path)));
   const auto failure = TakeXmlFailure();
   ASSERT_TRUE(failure.has_value());
-  EXPECT_EQ(path, failure->path);
+  EXPECT_EQ(failure->where, rastrel::os::Utf8FromWide(path));
   EXPECT_EQ(2, failure->line);
   EXPECT_GT(failure->column, 3);
-  EXPECT_NE(std::wstring::npos, failure->reason.find(L"b line 2 and c")) << Reason();
-  EXPECT_EQ("[XML] " + rastrel::os::Utf8FromWide(Describe(*failure)) + "\r\n",
-            m_Library.LogTextsBehind(mark));
+  EXPECT_NE(std::string::npos, failure->why.find("b line 2 and c")) << Reason();
+  EXPECT_EQ("[XML] " + Describe(*failure) + "\r\n", m_Library.LogTextsBehind(mark));
 }
 
 TEST_F(XmlRefusal, counts_columns_in_characters) {
@@ -207,11 +206,11 @@ TEST_F(XmlRefusal, is_told_once_and_not_after_a_success) {
 }
 
 TEST_F(XmlRefusal, is_described_without_what_is_unknown) {
-  EXPECT_EQ(L"a.xml:3:4: why",
-            Describe({.path = L"a.xml", .line = 3, .column = 4, .reason = L"why"}));
-  EXPECT_EQ(L"a.xml: why", Describe({.path = L"a.xml", .reason = L"why"}));
-  EXPECT_EQ(L"3:4: why", Describe({.line = 3, .column = 4, .reason = L"why"}));
-  EXPECT_EQ(L"why", Describe({.reason = L"why"}));
+  EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why", .line = 3, .column = 4}),
+            "a.xml:3:4: why");
+  EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why"}), "a.xml: why");
+  EXPECT_EQ(rastrel::Describe({.why = "why", .line = 3, .column = 4}), "3:4: why");
+  EXPECT_EQ(rastrel::Describe({.why = "why"}), "why");
 }
 
 TEST_F(XmlRefusal, what_can_not_be_read_says_so) {

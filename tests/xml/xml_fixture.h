@@ -31,7 +31,7 @@ class XmlTest : public LibraryTest {
   /// The latest reason, in UTF-8; empty if there is none.
   static std::string Reason() {
     const auto failure = xml::TakeXmlFailure();
-    return failure ? os::Utf8FromWide(Describe(*failure)) : std::string();
+    return failure ? Describe(*failure) : std::string();
   }
   /// Why a text is refused; empty if it is not.
   static std::string ReasonOf(std::wstring_view text) {
