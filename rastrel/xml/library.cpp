@@ -1,6 +1,7 @@
 #include "rastrel/xml/library.h"
 
 #include "rastrel/platform/os/shared_library.h"
+#include "rastrel/xml/parser_internals.h"
 #include "rastrel/xml/present.h"
 
 namespace rastrel::xml {
@@ -17,6 +18,8 @@ Expected<XmlLibrary> Load() {
                      library->Bind(xml.StopParser, "xmlStopParser") &&
                      library->Bind(xml.FreeParserCtxt, "xmlFreeParserCtxt") &&
                      library->Bind(xml.BufUse, "xmlBufUse") &&
+                     library->Bind(xml.SAX2GetLineNumber, "xmlSAX2GetLineNumber") &&
+                     library->Bind(xml.SAX2GetColumnNumber, "xmlSAX2GetColumnNumber") &&
                      library->Bind(xml.SetStructuredErrorFunc, "xmlSetStructuredErrorFunc") &&
                      library->Bind(xml.SetGenericErrorFunc, "xmlSetGenericErrorFunc") &&
                      library->Bind(xml.StructuredError, "__xmlStructuredError") &&
@@ -25,6 +28,10 @@ Expected<XmlLibrary> Load() {
                      library->Bind(xml.GenericErrorContext, "__xmlGenericErrorContext");
   if (!whole) return FailureOf("the XML parser " RASTREL_LIBXML2 " is of another kind");
   xml.InitParser();
+  // Some builds have no such function. Then the version is one that was not checked.
+  decltype(&::__xmlParserVersion) version = nullptr;
+  if (library->Bind(version, "__xmlParserVersion"))
+    xml.version = XmlParserInternals::VersionNumber(*version());
   return xml;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <libxml/SAX2.h>
+#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
@@ -25,6 +27,8 @@ struct XmlLibrary {
   decltype(&::xmlStopParser) StopParser = nullptr;
   decltype(&::xmlFreeParserCtxt) FreeParserCtxt = nullptr;
   decltype(&::xmlBufUse) BufUse = nullptr;
+  decltype(&::xmlSAX2GetLineNumber) SAX2GetLineNumber = nullptr;
+  decltype(&::xmlSAX2GetColumnNumber) SAX2GetColumnNumber = nullptr;
   decltype(&::xmlSetStructuredErrorFunc) SetStructuredErrorFunc = nullptr;
   decltype(&::xmlSetGenericErrorFunc) SetGenericErrorFunc = nullptr;
   // What a thread's functions for faults are; the header has macros of the plain names.
@@ -32,6 +36,9 @@ struct XmlLibrary {
   decltype(&::__xmlStructuredErrorContext) StructuredErrorContext = nullptr;
   decltype(&::__xmlGenericError) GenericError = nullptr;
   decltype(&::__xmlGenericErrorContext) GenericErrorContext = nullptr;
+
+  /// Its version, numbered as LIBXML_VERSION is; 0 if it does not say.
+  int version = 0;
 };
 
 }  // namespace rastrel::xml

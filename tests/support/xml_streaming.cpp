@@ -8,6 +8,7 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/characters.h"
 #include "rastrel/xml/parser.h"
+#include "rastrel/xml/parser_internals.h"
 #include "rastrel/xml/streamer.h"
 #include "rastrel/xml/walk.h"
 
@@ -122,6 +123,7 @@ bool DependsOnPieces(std::string_view document, const std::string& parts, Stream
   if (!xml::IsUtf8(document)) return true;
   if (parts.ends_with("Extra content at the end of the document")) return true;
   streaming.takesWhole = false;
+  streaming.isUnchecked = false;
   for (const std::size_t piece : {ToTagEnds, std::size_t{1}, std::size_t{7}, std::size_t{64}}) {
     streaming.piece = piece;
     if (CallsOf(document, streaming) != parts) return true;
@@ -129,9 +131,20 @@ bool DependsOnPieces(std::string_view document, const std::string& parts, Stream
   return false;
 }
 
+std::string DifferenceBetween(const std::string& parts, const std::string& whole,
+                              bool isUnchecked) {
+  const auto [left, right] = std::ranges::mismatch(parts, whole);
+  const auto at = static_cast<std::size_t>(left - parts.begin());
+  const std::size_t from = at < 200 ? 0 : at - 200;
+  return "in parts ..." + parts.substr(from, 400) + (isUnchecked ? "\nunchecked" : "\nwhole") +
+         " ..." + whole.substr(from, 400);
+}
+
 }  // namespace
 
 std::string CallsOf(std::string_view document, const Streaming& streaming) {
+  std::optional<xml::XmlUncheckedVersion> unchecked;
+  if (streaming.isUnchecked) unchecked.emplace();
   Listener listener(streaming.choices);
   Pieces source(document, streaming.piece);
   xml::XmlNames names;
@@ -147,19 +160,23 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
 
 std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
                                    std::uint32_t choices) {
-  Streaming streaming{false, choices % 3 == 0, 0, choices};
+  Streaming streaming{
+      .takesWhole = false, .keepsBlanks = choices % 3 == 0, .piece = 0, .choices = choices};
   const std::string parts = CallsOf(document, streaming);
   streaming.takesWhole = true;
-  for (const std::size_t most : {std::size_t{0}, piece}) {
-    streaming.piece = most;
-    const std::string whole = CallsOf(document, streaming);
-    if (whole == parts) continue;
-    if (IsRefused(parts) && IsRefused(whole) && DependsOnPieces(document, parts, streaming))
-      continue;
-    const auto [left, right] = std::ranges::mismatch(parts, whole);
-    const auto at = static_cast<std::size_t>(left - parts.begin());
-    const std::size_t from = at < 200 ? 0 : at - 200;
-    return "in parts ..." + parts.substr(from, 400) + "\nwhole ..." + whole.substr(from, 400);
+  for (const bool isUnchecked : {false, true}) {
+    streaming.isUnchecked = isUnchecked;
+    for (const std::size_t most : {std::size_t{0}, piece}) {
+      streaming.piece = most;
+      const std::string whole = CallsOf(document, streaming);
+      if (whole == parts) continue;
+      // Where the parser reads all of it in the same pieces, nothing may differ.
+      const bool mayDepend = !isUnchecked || most > 0;
+      if (mayDepend && IsRefused(parts) && IsRefused(whole) &&
+          DependsOnPieces(document, parts, streaming))
+        continue;
+      return DifferenceBetween(parts, whole, isUnchecked);
+    }
   }
   return {};
 }

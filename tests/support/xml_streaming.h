@@ -11,6 +11,7 @@ namespace rastrel::test {
 /// How a document is streamed.
 struct Streaming {
   bool takesWhole = true;     ///< plain elements come whole; else all comes part by part
+  bool isUnchecked = false;   ///< the parser is taken for a version that was not checked
   bool keepsBlanks = false;   ///< as xml::XmlBlanks::Keep
   std::size_t piece = 0;      ///< the source gives at most so many bytes at a time; 0 for all
   std::uint32_t choices = 0;  ///< by which the handler skips, enters, collects, and refuses
@@ -20,7 +21,8 @@ struct Streaming {
 /// end where and why the document was refused.
 [[nodiscard]] std::string CallsOf(std::string_view document, const Streaming& streaming);
 
-/// What differs between the two ways for handlers that choose in this manner; empty if nothing.
+/// What differs between the two ways, or in a parser that was not checked, for handlers that choose
+/// in this manner; empty if nothing.
 [[nodiscard]] std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
                                                  std::uint32_t choices);
 
