@@ -7,9 +7,9 @@
 #include "cli/file_head.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/availability.h"
 #include "rastrel/xml/failure.h"
 #include "rastrel/xml/layer.h"
-#include "rastrel/xml/present.h"
 
 namespace rastrel::cli {
 namespace {
@@ -49,8 +49,9 @@ std::wstring ReaderPath(const std::string& path) {
 }
 
 void RequireXmlParser() {
-  const std::string why = xml::WhyNoXmlParser();
-  if (!why.empty()) throw CommandError(ExitStatus::NotInstalled, why + "; install libxml2");
+  const auto parser = xml::LoadXmlParser();
+  if (parser) return;
+  throw CommandError(ExitStatus::NotInstalled, Describe(parser.Error()) + "; install libxml2");
 }
 
 void ThrowIfRefused(const XmlInput& input) {

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "rastrel/imports/bounded_copy.h"
+#include "rastrel/imports/file_extension.h"
 #include "rastrel/readers/record_budget.h"
-#include "rastrel/readers/xml_file_name.h"
 #include "rastrel/xml/layer.h"
 
 namespace {
@@ -81,7 +81,8 @@ CXMLCarDataCut& CXMLCarDataCut::operator=(const CXMLCarDataCut&) = default;
 CXMLCarDataCut::~CXMLCarDataCut() { ClearFolders(); }
 
 bool CXMLCarDataCut::ParseFile(const wchar_t* path) {
-  if (!rastrel::readers::IsNamedXml(path)) return false;
+  using rastrel::imports::ExtensionTrim;
+  if (!rastrel::imports::IsFileOfType(path, {L"xml"}, ExtensionTrim::Whitespace)) return false;
   const XmlNode root = LoadXmlFile(path);
   if (!root || !NodeNameIs(root, L"LIBRARY")) return false;
   Parser parser(path);

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "rastrel/imports/bounded_copy.h"
+#include "rastrel/imports/file_extension.h"
 #include "rastrel/platform/host/wait_cursor.h"
 #include "rastrel/readers/record_budget.h"
-#include "rastrel/readers/xml_file_name.h"
 #include "rastrel/xml/layer.h"
 
 namespace {
@@ -149,7 +149,8 @@ CJobNotesFileImport& CJobNotesFileImport::operator=(const CJobNotesFileImport&) 
 CJobNotesFileImport::~CJobNotesFileImport() { ClearCompanies(); }
 
 bool CJobNotesFileImport::ParseFile(const wchar_t* path) {
-  if (!rastrel::readers::IsNamedXml(path)) return false;
+  using rastrel::imports::ExtensionTrim;
+  if (!rastrel::imports::IsFileOfType(path, {L"xml"}, ExtensionTrim::Whitespace)) return false;
   const XmlNode root = LoadXmlFile(path);
   if (!root || !NodeNameIs(root, L"JOBNOTESLIST")) return false;
   Parser parser(path);

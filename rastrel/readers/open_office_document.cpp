@@ -5,11 +5,11 @@
 #include <string>
 #include <utility>
 
+#include "rastrel/imports/file_extension.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/cell_value.h"
 #include "rastrel/readers/open_office_xml_import.h"
 #include "rastrel/readers/trimmed_text.h"
-#include "rastrel/readers/xml_file_name.h"
 #include "rastrel/xml/failure.h"
 
 namespace rastrel::readers {
@@ -148,7 +148,8 @@ OpenOfficeDocument::OpenOfficeDocument(const SheetLimits& limits) : m_Limits(lim
 OpenOfficeDocument::~OpenOfficeDocument() = default;
 
 bool OpenOfficeDocument::ParseFile(std::wstring_view path) {
-  if (!IsNamedXml(std::wstring(path).c_str())) {
+  const std::wstring name(path);
+  if (!imports::IsFileOfType(name.c_str(), {L"xml"}, imports::ExtensionTrim::Whitespace)) {
     xml::ReportXmlFailure(
         {.where = os::Utf8FromWide(path), .why = "there is no such file of the extension \"xml\""});
     return false;

@@ -1,8 +1,8 @@
 #include "rastrel/xml/library.h"
 
 #include "rastrel/platform/os/shared_library.h"
+#include "rastrel/xml/availability.h"
 #include "rastrel/xml/parser_internals.h"
-#include "rastrel/xml/present.h"
 
 namespace rastrel::xml {
 namespace {
@@ -42,8 +42,10 @@ const Expected<XmlLibrary>& XmlLibrary::Instance() {
   return library;
 }
 
-std::string WhyNoXmlParser() {
-  return XmlLibrary::Instance() ? std::string() : Describe(XmlLibrary::Instance().Error());
+Expected<void> LoadXmlParser() {
+  const Expected<XmlLibrary>& library = XmlLibrary::Instance();
+  if (!library) return library.Error();
+  return {};
 }
 
 }  // namespace rastrel::xml

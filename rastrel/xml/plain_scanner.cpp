@@ -110,7 +110,7 @@ XmlScan XmlPlainScanner::Scan(std::string_view bytes, int depth, std::uint32_t l
   if (*choice == StreamChoice::Enter) return XmlScan::Entered;
   m_Builds = *choice == StreamChoice::Node;
   if (!isEmpty) {
-    m_Open.push_back({m_Name, element, nullptr});
+    m_Open.push_back({m_Name, {element, nullptr}});
     if (const Step step = ReadContent(); step != Step::Done) return failure(step);
   }
   m_Elements.Take(*element);
@@ -139,9 +139,9 @@ XmlPlainScanner::Step XmlPlainScanner::ReadChild() {
   XmlTreeNode* element = nullptr;
   if (m_Builds) {
     element = MakeElement(name);
-    Join(element);
+    m_Open.back().node.Append(element);
   }
-  if (!isEmpty) m_Open.push_back({name, element, nullptr});
+  if (!isEmpty) m_Open.push_back({name, {element, nullptr}});
   return Step::Done;
 }
 
@@ -309,15 +309,8 @@ bool XmlPlainScanner::SkipBlanks() {
 
 XmlTreeNode* XmlPlainScanner::MakeElement(const XmlName* name) {
   const std::size_t size = sizeof(XmlTreeNode) + m_AttributeCount * sizeof(XmlTreeAttribute);
-  auto* const node = new (m_Arena.Allocate(size)) XmlTreeNode;
-  node->parent = m_Open.empty() ? nullptr : m_Open.back().element;
-  node->next = nullptr;
-  node->child = nullptr;
-  node->name = name;
-  node->length = static_cast<std::uint32_t>(m_AttributeCount);
-  node->kind = XmlKind::Element;
-  node->blank = false;
-  node->line = std::min(m_Line, XmlLastLine) & XmlLastLine;
+  XmlTreeNode* const node = MakeElementAt(m_Arena.Allocate(size), name, m_AttributeCount, m_Line,
+                                          m_Open.empty() ? nullptr : m_Open.back().node.element);
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
   for (std::size_t index = 0; index < m_AttributeCount; ++index)
     new (slot++) XmlTreeAttribute(m_Attributes[index]);
@@ -327,22 +320,9 @@ XmlTreeNode* XmlPlainScanner::MakeElement(const XmlName* name) {
 void XmlPlainScanner::AddText(std::string_view text) {
   const bool isBlank = IsXmlBlank(text.front()) && std::ranges::all_of(text, IsXmlBlank);
   if (isBlank && !m_KeepsBlanks) return;
-  auto* const node = new (m_Arena.Allocate(sizeof(XmlTreeNode))) XmlTreeNode;
-  node->parent = m_Open.back().element;
-  node->next = nullptr;
-  node->content = text.data();
-  node->name = nullptr;
-  node->length = static_cast<std::uint32_t>(text.size());
-  node->kind = XmlKind::Text;
-  node->blank = isBlank;
-  node->line = 0;
-  Join(node);
-}
-
-void XmlPlainScanner::Join(XmlTreeNode* node) {
-  Level& level = m_Open.back();
-  (level.last == nullptr ? level.element->child : level.last->next) = node;
-  level.last = node;
+  XmlTreeLevel& parent = m_Open.back().node;
+  parent.Append(MakeContentAt(m_Arena.Allocate(sizeof(XmlTreeNode)), XmlKind::Text, nullptr, text,
+                              isBlank, parent.element));
 }
 
 }  // namespace rastrel::xml

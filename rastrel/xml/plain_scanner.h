@@ -73,8 +73,7 @@ class XmlPlainScanner {
   enum class Step { Done, NotPlain, Incomplete };
   struct Level {
     const XmlName* name;
-    XmlTreeNode* element;  // null where nothing is collected
-    XmlTreeNode* last;     // its last child; null without one
+    XmlTreeLevel node;  // without an element where nothing is collected
   };
 
   static constexpr std::size_t KnownCount = 128;
@@ -95,7 +94,6 @@ class XmlPlainScanner {
   Step ReadChild();
   XmlTreeNode* MakeElement(const XmlName* name);
   void AddText(std::string_view text);
-  void Join(XmlTreeNode* node);
 
   XmlNames& m_Names;
   XmlElements& m_Elements;

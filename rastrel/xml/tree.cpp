@@ -29,15 +29,7 @@ XmlTreeNode* XmlTreeBuilder::Make(const XmlName* name,
   const std::size_t valuesAt = size;
   for (const XmlStartAttribute& attribute : attributes) size += attribute.value.size();
   auto* const place = static_cast<std::byte*>(m_Arena.Allocate(size));
-  auto* const node = new (place) XmlTreeNode;
-  node->parent = parent;
-  node->next = nullptr;
-  node->child = nullptr;
-  node->name = name;
-  node->length = static_cast<std::uint32_t>(attributes.size());
-  node->kind = XmlKind::Element;
-  node->blank = false;
-  node->line = std::min(line, XmlLastLine) & XmlLastLine;
+  XmlTreeNode* const node = MakeElementAt(place, name, attributes.size(), line, parent);
   auto* slot = reinterpret_cast<XmlTreeAttribute*>(node + 1);
   auto* value = reinterpret_cast<char*>(place + valuesAt);
   for (const XmlStartAttribute& attribute : attributes) {
@@ -55,7 +47,7 @@ void XmlTreeBuilder::Start(const XmlName* name, std::span<const XmlStartAttribut
                            std::uint32_t line) {
   Flush();
   XmlTreeNode* const node = Make(name, attributes, line, m_Open.back().element);
-  Join(node);
+  m_Open.back().Append(node);
   m_Open.push_back({node, nullptr});
 }
 
@@ -110,23 +102,10 @@ void XmlTreeBuilder::EndText() {
 XmlTreeNode* XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_view content,
                                         bool blank) {
   const std::string_view copy = m_Arena.Copy(content);
-  auto* const node = new (m_Arena.Allocate(sizeof(XmlTreeNode))) XmlTreeNode;
-  node->parent = m_Open.back().element;
-  node->next = nullptr;
-  node->content = copy.data();
-  node->name = name;
-  node->length = static_cast<std::uint32_t>(copy.size());
-  node->kind = kind;
-  node->blank = blank;
-  node->line = 0;
-  Join(node);
+  XmlTreeNode* const node = MakeContentAt(m_Arena.Allocate(sizeof(XmlTreeNode)), kind, name, copy,
+                                          blank, m_Open.back().element);
+  m_Open.back().Append(node);
   return node;
-}
-
-void XmlTreeBuilder::Join(XmlTreeNode* node) {
-  Level& level = m_Open.back();
-  (level.last == nullptr ? level.element->child : level.last->next) = node;
-  level.last = node;
 }
 
 }  // namespace rastrel::xml

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <string>
 #include <string_view>
@@ -49,6 +51,50 @@ struct XmlTreeNode {
 static_assert(sizeof(XmlTreeNode) % alignof(XmlTreeAttribute) == 0);
 /// The last line that a node can name; those behind it count as this one.
 inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
+
+/// Makes an element in memory for it and its attributes, which follow it and are still to be made.
+/// It has no children and no neighbor.
+[[nodiscard]] inline XmlTreeNode* MakeElementAt(void* memory, const XmlName* name,
+                                                std::size_t attributes, std::uint32_t line,
+                                                const XmlTreeNode* parent) {
+  auto* const node = new (memory) XmlTreeNode;
+  node->parent = parent;
+  node->next = nullptr;
+  node->child = nullptr;
+  node->name = name;
+  node->length = static_cast<std::uint32_t>(attributes);
+  node->kind = XmlKind::Element;
+  node->blank = false;
+  node->line = std::min(line, XmlLastLine) & XmlLastLine;
+  return node;
+}
+
+/// Makes any other node. `content` is borrowed; `name` is an instruction's target, or null.
+[[nodiscard]] inline XmlTreeNode* MakeContentAt(void* memory, XmlKind kind, const XmlName* name,
+                                                std::string_view content, bool blank,
+                                                const XmlTreeNode* parent) {
+  auto* const node = new (memory) XmlTreeNode;
+  node->parent = parent;
+  node->next = nullptr;
+  node->content = content.data();
+  node->name = name;
+  node->length = static_cast<std::uint32_t>(content.size());
+  node->kind = kind;
+  node->blank = blank;
+  node->line = 0;
+  return node;
+}
+
+/// An element whose children are being read.
+struct XmlTreeLevel {
+  XmlTreeNode* element;
+  XmlTreeNode* last;  ///< its last child; null without one
+
+  void Append(XmlTreeNode* child) {
+    (last == nullptr ? element->child : last->next) = child;
+    last = child;
+  }
+};
 
 /// A loaded document. Counted by its nodes' handles.
 struct XmlDocument {
@@ -99,21 +145,16 @@ class XmlTreeBuilder {
   [[nodiscard]] std::size_t Pending() const { return m_Text.size(); }
 
  private:
-  struct Level {
-    XmlTreeNode* element;
-    XmlTreeNode* last;  // its last child; null without one
-  };
   void Flush() {
     if (m_OnePiece != nullptr || !m_Text.empty()) EndText();
   }
   void EndText();
   XmlTreeNode* AddContent(XmlKind kind, const XmlName* name, std::string_view content,
                           bool blank = false);
-  void Join(XmlTreeNode* node);
 
   XmlArena& m_Arena;
   bool m_KeepBlanks;
-  std::vector<Level> m_Open;
+  std::vector<XmlTreeLevel> m_Open;
   XmlTreeNode* m_OnePiece = nullptr;  // holds the first piece of the text that is being read
   std::string m_Text;                 // all of it, if there is more, or if it begins with a blank
 };
