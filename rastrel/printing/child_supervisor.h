@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "rastrel/cfm/cp_helper.h"
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/os/handle.h"
 #include "rastrel/printing/abort_flag.h"
+#include "rastrel/printing/child_process.h"
 #include "rastrel/printing/pipe_reader.h"
 #include "rastrel/printing/stderr_parser.h"
 #include "rastrel/printing/supervisor.h"
