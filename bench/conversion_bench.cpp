@@ -18,7 +18,7 @@
 #include "bench/measure.h"
 #include "bench/require.h"
 #include "rastrel/conversion/cut_data.h"
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/values/stream.h"
 #include "tests/support/scratch_directory.h"

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "rastrel/conversion/cut_data.h"
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 
 namespace rastrel::cli {
 

@@ -7,7 +7,7 @@
 #include "cli/standard_streams.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/log_cleanup.h"
-#include "rastrel/job/status_text.h"
+#include "rastrel/job/job_code_text.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 

@@ -8,6 +8,7 @@
 #include "cli/input_file.h"
 #include "cli/installation.h"
 #include "cli/standard_streams.h"
+#include "rastrel/conversion/prepend.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_content.h"
 #include "rastrel/platform/os/path.h"

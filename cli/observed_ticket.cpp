@@ -4,7 +4,7 @@
 #include <cstdarg>
 
 #include "rastrel/job/format_string.h"
-#include "rastrel/job/status_text.h"
+#include "rastrel/job/job_code_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/printing/printing_thread.h"
 

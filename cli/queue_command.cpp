@@ -17,6 +17,7 @@
 #include "cli/queue_program.h"
 #include "cli/queue_view.h"
 #include "cli/standard_streams.h"
+#include "rastrel/conversion/prepend.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"

@@ -14,7 +14,7 @@
 #include "cli/standard_streams.h"
 #include "cli/ticket_file.h"
 #include "rastrel/job/job_ticket.h"
-#include "rastrel/job/status_text.h"
+#include "rastrel/job/job_code_text.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 

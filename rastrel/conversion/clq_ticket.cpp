@@ -4,12 +4,13 @@
 #include <cstdarg>
 #include <cwchar>
 
-#include "rastrel/conversion/clq_thread.h"
+#include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/thread.h"
 #include "rastrel/platform/os/wait.h"
+#include "rastrel/printing/held_semaphore.h"
 
 namespace os = rastrel::os;
 
@@ -21,8 +22,6 @@ constexpr std::size_t LogTextRoom = 1024 - 3;
 bool IsWhole(const CSemaphore& semaphore) { return semaphore.m_hObject != INVALID_HANDLE_VALUE; }
 
 }  // namespace
-
-int CLQTicket::s_Patience = 5000;
 
 CLQTicket::CLQTicket(const std::wstring& executable) : m_ExePath(executable) {}
 
@@ -51,10 +50,7 @@ CLQTicket::~CLQTicket() { CLQTicket::Join(); }
 bool CLQTicket::Start(const wchar_t* file) {
   if (m_hThread != nullptr || file == nullptr) return false;
   if (!os::Exists(m_ExePath) || !os::Exists(file)) return false;
-  if (!TakeLock()) {
-    CAppLog::Instance().Write("[Print]: Couldn't set up synchronization");
-    return false;
-  }
+  if (!TakeLock()) return false;
   m_bEnded = false;
   m_hThread = os::Thread::Start([this, path = std::wstring(file)] { Work(path); });
   if (m_hThread == nullptr) FreeLock();
@@ -62,13 +58,12 @@ bool CLQTicket::Start(const wchar_t* file) {
 }
 
 bool CLQTicket::TakeLock() {
-  m_pSemaphore = std::make_unique<CSemaphore>(1, 1);
+  if (!rastrel::printing::MakeHeldSemaphore(m_pSemaphore, m_pLock)) return false;
   m_pGiveUp = std::make_unique<CSemaphore>(0, 1);
   m_pEnd = std::make_unique<CSemaphore>(0, 1);
-  m_pLock = std::make_unique<CSingleLock>(m_pSemaphore.get());
-  if (IsWhole(*m_pSemaphore) && IsWhole(*m_pGiveUp) && IsWhole(*m_pEnd) && m_pLock->Lock())
-    return true;
+  if (IsWhole(*m_pGiveUp) && IsWhole(*m_pEnd)) return true;
   FreeLock();
+  rastrel::printing::LogNoSemaphore();
   return false;
 }
 
@@ -101,7 +96,8 @@ void CLQTicket::Abort() {
   m_bAbort = true;
   m_pLock->Unlock();
   const std::array<HANDLE, 1> end{m_pEnd->m_hObject};
-  if (os::WaitReadable(end, s_Patience) != os::WaitSignaledBase) m_pGiveUp->Unlock();
+  if (os::WaitReadable(end, PrintingThread::CLQThread::s_GuardianTimeout) != os::WaitSignaledBase)
+    m_pGiveUp->Unlock();
   Join();
 }
 

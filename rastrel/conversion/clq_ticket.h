@@ -40,15 +40,12 @@ class CLQTicket : public CJobMessaging {
   /// Starts the program on a file. False if either is missing, if a job runs already, or if the
   /// system has no semaphore or thread to give; then nothing runs.
   [[nodiscard]] virtual bool Start(const wchar_t* file);
-  /// Ends the job early, and returns when it has ended. The program is killed; whoever else holds
-  /// its standard error, as what clears away behind it does, is waited for, but not longer than
-  /// s_Patience. Nothing without a job.
+  /// Ends the job early, and returns when it has ended. The program is killed at once. Its guardian
+  /// (docs/formats/queue-program.md), which holds its standard error, is waited for, but no longer
+  /// than CLQThread::GuardianTimeout. Does nothing without a job.
   virtual void Abort();
   /// Waits for the job's end without a limit. Nothing without a job, so it may be called again.
   virtual void Join();
-
-  /// Milliseconds. Long enough to remove what a large job has made.
-  static int s_Patience;
 
   /// Whether a job was started and has not ended by itself; it may end at any time. Like all but
   /// the reports, for the host's thread.
@@ -68,7 +65,8 @@ class CLQTicket : public CJobMessaging {
   std::unique_ptr<CSemaphore> m_pSemaphore;
   std::unique_ptr<CSingleLock> m_pLock;
   PrintingThread::AbortFlag m_bAbort = false;
-  std::unique_ptr<CSemaphore> m_pGiveUp;  // signalled by an abort that has no patience left
-  std::unique_ptr<CSemaphore> m_pEnd;     // signalled when the job has ended
+  std::unique_ptr<CSemaphore>
+      m_pGiveUp;  // signalled by an abort whose wait for the guardian timed out
+  std::unique_ptr<CSemaphore> m_pEnd;  // signalled when the job has ended
   rastrel::os::SharedWord<bool> m_bEnded = false;
 };

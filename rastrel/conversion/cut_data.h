@@ -8,13 +8,13 @@
 
 class CStream;
 
-/// How CPS2CutData::colorKind gives the color of a cut line.
+/// The kinds of color that mark a cut line (CPS2CutData::colorKind).
 enum CutColorKind : int { CutColorRgb = 0, CutColorCmyk = 1, CutColorNamed = 2 };
 
-/// How the conversion of a PostScript object treats cut lines: at which resolution it runs, whether
-/// a cut line is wanted, and which color of the artwork marks it. The host keeps it with its
-/// objects (docs/formats/cut-settings.md); the job header carries it to the queue program
-/// (docs/formats/job-header.md). Used by one thread.
+/// How the conversion of a PostScript object treats cut lines: the resolution it runs at, whether a
+/// cut line is wanted, and which color of the artwork marks it. The host stores it with its objects
+/// (docs/formats/cut-settings.md). The job header carries it to the queue program
+/// (docs/formats/job-header.md). Used by one thread at a time.
 class RASTREL_API CPS2CutData {
  public:
   /// 72 dots per inch, no cut line, RGB black.
@@ -23,19 +23,21 @@ class RASTREL_API CPS2CutData {
   CPS2CutData& operator=(const CPS2CutData&) = default;
   ~CPS2CutData() = default;
 
-  /// Writes the record. The stream's exceptions pass. Returns 1.
+  /// Writes the record. `stream` must not be null. The stream's exceptions pass. Returns 1.
   int Save(CStream* stream) const;
-  /// Reads what Save wrote. Returns 1; 0 if the color is of an unknown kind and was not taken. A
-  /// record of a later form (version 50 and above) is passed over: the fields stay, and that is 1.
-  /// The stream's exceptions pass, and the record stays as it was.
+  /// Reads a record that Save wrote. `stream` must not be null. Returns 1, or 0 if the color is of
+  /// an unknown kind; the color stays then. A record of a later form (version 50 and above) is
+  /// skipped: the fields stay, and the result is 1. The stream's exceptions pass, and the fields
+  /// stay.
   int Load(CStream* stream);
 
-  /// Writes the PostScript that has the RIP take the color as cut data. Nothing unless `enabled`.
-  /// The name of a color is not escaped. The stream's exceptions pass.
+  /// Writes the PostScript that makes the RIP treat the color as cut data; nothing if `enabled` is
+  /// 0. A color's name is not escaped, so it must not hold a parenthesis or a backslash. The
+  /// stream's exceptions pass.
   void PutCutterOverride(CStream* stream) const;
 
-  /// Whether `text`, by which the queue program names the color of a cut path, is this record's
-  /// color. Texts are compared, case and all: colors match if they print alike, RGB with three
+  /// Whether `text`, the queue program's form of the color of a cut path, is this record's color.
+  /// The texts are compared, and case counts: two colors match if they print alike, RGB with three
   /// decimals and CMYK with four.
   [[nodiscard]] bool IsColorMatchKVI(const CString& text) const;
 

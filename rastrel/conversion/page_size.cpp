@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 #include "rastrel/conversion/measure_page.h"
 #include "rastrel/conversion/qrast.h"
 #include "rastrel/conversion/temporary_names.h"

@@ -3,11 +3,13 @@
 #include "rastrel/export.h"
 #include "rastrel/platform/values/rect.h"
 
-/// Measures the first page of a PostScript or EPS file by having the queue program process a copy
-/// of it, since a page's size can't be had from comments in general. Blocks until that program has
-/// ended. 1 with `bounds` in centimetres; 0, with `bounds` as they were, on any failure, which the
-/// application log tells of. A side that is told as exactly -1 inch counts as not told.
+/// Measures the first page of a PostScript or EPS file. The queue program processes a copy of it,
+/// since comments do not give a page's size in general. `path` is a library path. Blocks until that
+/// program has ended, without a time limit; any thread, and several at once on different files.
+/// Returns 1 with `bounds` in centimetres. Returns 0 on any failure, with `bounds` as they were;
+/// the application log has the reason. A side that is reported as exactly -1 inch counts as not
+/// reported.
 ///
-/// The copy lies in the RIP directory and is deleted, unless "Keep PS Files" of section "RASTREL"
-/// is set, or its job header could not be written.
+/// The copy is made in the RIP directory and deleted at the end, unless "Keep PS Files" of section
+/// "RASTREL" is set, or its job header could not be written.
 RASTREL_API int GetPSPageSize(const wchar_t* path, BOUNDS& bounds);

@@ -1,6 +1,5 @@
-// Putting a text in front of a file.
+#include "rastrel/conversion/prepend.h"
 
-#include "rastrel/conversion/job_header.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_content.h"
 #include "rastrel/platform/os/path.h"

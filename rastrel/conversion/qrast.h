@@ -2,12 +2,11 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "rastrel/platform/mfc/sync.h"
+#include "rastrel/printing/child_supervisor.h"
 #include "rastrel/printing/stderr_parser.h"
-#include "rastrel/printing/supervisor.h"
 
 namespace PrintingThread {
 
@@ -44,7 +43,7 @@ class CQRastStderrParser : public CBaseStderrParser {
 
 /// Runs the queue program once on a file, in its measuring mode. Serves for one run, on the stack
 /// of its caller.
-class CQRast : public CBBasePrintingThread {
+class CQRast : public rastrel::printing::ChildSupervisor {
  public:
   /// The file's path and the record are borrowed. So is `stop`, which may be null: a count of it
   /// ends the run.
@@ -56,22 +55,14 @@ class CQRast : public CBBasePrintingThread {
   [[nodiscard]] bool Run();
 
  private:
-  [[nodiscard]] bool StartChild();
-  [[nodiscard]] bool StartParser();
+  void AddArguments();
   void WaitForEnd();
+  void LogExitStatus() override;
 
   static void OnStopped(CBBasePrintingThread& supervisor);
-  static void OnProcessSignaled(CBBasePrintingThread& supervisor);
-  static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
 
   const wchar_t* m_pFile;
   QRastPageInfo* m_pPageInfo;
-  HANDLE m_hStderrRead = INVALID_HANDLE_VALUE;
-  HANDLE m_hStderrWrite = INVALID_HANDLE_VALUE;
-  std::int32_t m_ExitStatus = -1;
-  std::unique_ptr<CCPHelper> m_pProcess;
-  std::unique_ptr<CQRastStderrParser> m_pParser;
-  bool m_bDone = false;
   CSemaphore* m_pStop;
   bool m_bStopped = false;
 };

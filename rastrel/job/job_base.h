@@ -27,15 +27,15 @@ class RASTREL_API CJobBase : public CObject {
   CRuntimeClass* GetRuntimeClass() const override;
   static CRuntimeClass classCJobBase;
 
-  /// Back to the defaults given here: settings, names, status, copies, error, creation time, the
-  /// directory and name of both files, the selected pages. m_CFMFile stays.
+  /// Resets to the defaults given here: settings, names, status, copies, error, creation time
+  /// (now), the directory and name of both files, the selected pages. m_CFMFile stays.
   virtual void SetDefaults();
 
   CString m_JobName;                                      ///< the job's label; quoted in log lines
-  CString m_JobNote;                                      ///< kept for the host
+  CString m_JobNote;                                      ///< for the host's own use
   rastrel::os::SharedWord<JT_ERROR> m_Error = JTE_NONE;   ///< the last error
-  rastrel::os::SharedWord<JT_STATUS> m_Status = JS_IDLE;  ///< where the job stands
-  std::int32_t m_Copies = 1;                              ///< whole runs of the pages
+  rastrel::os::SharedWord<JT_STATUS> m_Status = JS_IDLE;  ///< the job's state
+  std::int32_t m_Copies = 1;                              ///< collated copies of all pages
   CJobData m_JobData;                                     ///< all settings
   std::deque<std::int32_t> m_Pages;  ///< selected pages, counted from 0; empty: all
   CJTSFile m_JobFile;                ///< the PostScript file

@@ -16,8 +16,15 @@ class RASTREL_API CLevelsData : public CObject {
   ~CLevelsData() override;
   RASTREL_DECLARE_DYNCREATE(CLevelsData)
 
-  /// Version 1 as 32 bits, then Low, Gamma and High as doubles. A read of another version stops
-  /// behind the version. For the host; a job's record does not hold its levels.
+  /// Writes 28 bytes, or reads them:
+  ///
+  ///     +-------------+----------+------------+-----------+
+  ///     | version = 1 | Low      | Gamma      | High      |
+  ///     | 32 bits     | double   | double     | double    |
+  ///     +-------------+----------+------------+-----------+
+  ///
+  /// A read of another version stops after it and changes nothing. CArchiveException passes. Only
+  /// hosts call it: a job's record does not hold its levels.
   void Serialize(CArchive& archive) override;
 
   double Low = 0.0;     ///< lower end of the input range
@@ -25,7 +32,9 @@ class RASTREL_API CLevelsData : public CObject {
   double High = 255.0;  ///< upper end of the input range
 };
 
-/// All settings of a job. The host reads and writes the fields directly.
+/// All settings of a job. The host reads and writes the fields directly, and leaves them alone
+/// while the job prints. The names (printer, print mode, scale target, separation) are written into
+/// the prefix unescaped.
 class RASTREL_API CJobData : public CObject {
  public:
   /// Every field at its default.
@@ -35,12 +44,13 @@ class RASTREL_API CJobData : public CObject {
   ~CJobData() override;
   RASTREL_DECLARE_DYNCREATE(CJobData)
 
-  /// The record told in docs/formats/job-record.md. Levels, cutter fields and HostValue are not
-  /// part of it. A read of a version other than 1 ends at once with nothing changed.
+  /// Reads or writes the settings' record (docs/formats/job-record.md). Levels, the cutter fields
+  /// and HostValue are not part of it. A read of a version other than 1 stops after it and changes
+  /// nothing. CArchiveException passes; the fields before the failure are read then.
   void Serialize(CArchive& archive) override;
 
-  /// Resets every field to the default given here, but for HostValue and Levels: a reset ticket
-  /// keeps its last levels.
+  /// Resets every field to the default given here, except HostValue and Levels: a ticket that is
+  /// reset keeps its last levels.
   void SetDefaults();
 
   CString PrinterName;                ///< RIP device; empty leaves the choice to the job
@@ -51,8 +61,8 @@ class RASTREL_API CJobData : public CObject {
   bool SpoolAllowed = false;          ///< with SpoolRequested: keep the pages after output
   std::int32_t ScaleMode = 0;         ///< 0 none, 1 named target, 2 custom size
   CString ScaleTarget;                ///< name of a scale target
-  double ScaleWidthCm = 0.0;          ///< custom width
-  double ScaleHeightCm = 0.0;         ///< custom height
+  double ScaleWidthCm = 0.0;          ///< custom width in centimetres
+  double ScaleHeightCm = 0.0;         ///< custom height in centimetres
   std::int32_t HostValue = 0;         ///< kept for the host
   bool HostFlag2 = false;             ///< kept for the host
   bool LevelsEnabled = false;         ///< write the levels section of the prefix

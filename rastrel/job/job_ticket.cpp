@@ -1,8 +1,8 @@
 #include "rastrel/job/job_ticket.h"
 
 #include "rastrel/job/format_string.h"
+#include "rastrel/job/job_code_text.h"
 #include "rastrel/job/record_version.h"
-#include "rastrel/job/status_text.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"

@@ -12,17 +12,25 @@ namespace PrintingThread {
 class CPrintingThread;
 }
 
-/// The one object through which a host asks for a print and hears of it: the record (CJobBase), the
-/// interface that the pipeline reports to (CJobMessaging), and the printing thread while one runs.
+/// A print job. A host starts a print with it and reads the job's state from it. It is the record
+/// (CJobBase), the interface that the pipeline reports to (CJobMessaging), and the owner of the
+/// printing thread while one runs.
 ///
-/// Use: create it; fill m_JobName, m_JobData, m_JobFile, m_Copies and m_Pages; OpenLog; PrintJob;
-/// poll GetProgress, GetStatusText and GetErrorText, or stop it with GetPrintThread()->Abort();
-/// EndPrint. All of this on one thread, the host's. A job that ended well stays at JS_ACTIVE with
-/// m_Error 0 until the host resets it; a failed or aborted one is at JS_HOLDING with m_Error set.
-/// After EndPrint it may be reset and printed again. A ticket whose m_CFMFile has entries prints
-/// those pages and never runs the RIP.
+/// Use:
 ///
-/// A text error or a warning of a child leaves no mark here; only coded errors do.
+///   1. Create it. Fill m_JobName, m_JobData, m_JobFile (SetJobFile), m_Copies and m_Pages.
+///   2. OpenLog, if the host wants the job log.
+///   3. PrintJob starts the printing thread and returns.
+///   4. Poll m_Status, m_Error and GetProgress. GetPrintThread()->Abort() stops the job.
+///   5. EndPrint waits for the thread. Only then may the other fields be changed again.
+///
+/// All of this is done on one thread, the host's, unless an operation says otherwise. A job that
+/// ended well stays at JS_ACTIVE with m_Error 0 until the host resets it (SetDefaults, or m_Status
+/// to JS_IDLE). A failed or aborted job is at JS_HOLDING with m_Error set. After EndPrint a job may
+/// be reset and printed again. A ticket whose m_CFMFile has entries prints those pages and does not
+/// run the RIP.
+///
+/// Only errors with a code change m_Error. A child's warning or error text goes to the log alone.
 class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
  public:
   /// An idle job: every field at its default.
@@ -31,23 +39,28 @@ class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
   CJobTicket(const CJobTicket&) = default;
   /// The same.
   CJobTicket& operator=(const CJobTicket&) = default;
-  /// Waits for a running print without a limit.
+  /// Waits for a running print, without a time limit.
   ~CJobTicket() override;
   RASTREL_DECLARE_DYNCREATE(CJobTicket)
 
-  /// Reads or writes the ticket; docs/formats/job-record.md has the bytes. CArchiveException passes
-  /// through and leaves a partly filled ticket, whose status and error are as they were.
+  /// Reads or writes the ticket's record (docs/formats/job-record.md). Not while it prints. A read
+  /// of an unknown version leaves the ticket at JS_RECEIVING with no error. On a failure the
+  /// archive's CArchiveException passes through; the ticket is partly filled then, and its status
+  /// and error are as before.
   void Serialize(CArchive& archive) override;
-  /// The record's defaults, then those of the fields below. Ends no thread: m_pPrintThread is only
-  /// forgotten, so call EndPrint first. m_CFMFile stays.
+  /// Resets the record (CJobBase::SetDefaults) and then the ticket's own fields: no progress, the
+  /// log on the standard error stream, no RIP installation, not planar. m_CFMFile stays. Call
+  /// EndPrint first: a running thread is not ended but lost.
   void SetDefaults() override;
 
-  /// A new generator of this ticket's prefix; the caller deletes it. Never null.
+  /// A new generator of this ticket's prefix, which the caller deletes. Never null.
   virtual PSPrefix* GetPrefix();
-  /// Starts to print. False, and nothing runs, if the job is not idle, if a former print was never
-  /// ended (which also holds the job), or if the thread refused: m_Error tells then.
+  /// Starts the print and returns at once. False, and nothing runs, if the job is not JS_IDLE; if
+  /// an earlier print was not ended with EndPrint (the job is held then); or if the thread could
+  /// not start. m_Error has the reason of the last if a child program is missing.
   virtual bool PrintJob();
-  /// Waits for the printing thread without a limit and forgets it. Always true.
+  /// Waits for the printing thread, without a time limit, and deletes it. Does nothing without a
+  /// thread. Always true.
   virtual bool EndPrint();
 
   void Warning(const wchar_t* text, JT_ORIGINATOR originator) override;
@@ -60,46 +73,50 @@ class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
   /// Non-zero: an idle job is held. 0: a held job becomes idle. Anything else changes nothing.
   void HoldJob(int hold);
 
-  /// Percentage, 0 to 100 as the children report it; `text`, if given, receives the latest status
-  /// sentence. Any thread. The originator is not looked at, here and in the next two.
+  /// The percentage done, 0 to 100 as the children report it. `text`, unless null, receives the
+  /// latest status sentence. Any thread. The originator is ignored, here and in the next two.
   [[nodiscard]] int GetProgress(JT_ORIGINATOR originator, CString* text) const;
-  /// Sets the percentage, and the sentence if one is given.
+  /// Sets the percentage, and the sentence unless `text` is null. Any thread.
   void SetProgress(JT_ORIGINATOR originator, int percent, const CString* text);
-  /// Sets the sentence.
+  /// Sets the sentence. Any thread.
   void SetProgressText(JT_ORIGINATOR originator, const CString& text);
 
-  /// The text of m_Error, with its translation mark; returns m_Error. Empty for no error.
+  /// Stores the text of m_Error, and returns m_Error. The text has the translation mark "(*v*)"; it
+  /// is empty for JTE_NONE.
   JT_ERROR GetErrorText(CString& text) const;
-  /// The text of an info code; empty for a code outside the vocabulary.
+  /// Stores the text of an info code; an empty text for an unknown code.
   void GetInfoText(JT_INFO code, JT_ORIGINATOR originator, CString& text) const;
-  /// The text of m_Status; `text` stays as it was for a value outside the vocabulary.
+  /// Stores the text of m_Status. `text` stays as it was for an unknown value.
   void GetStatusText(CString& text) const;
 
   /// Whether m_CFMFile has entries.
   [[nodiscard]] bool GetCFMFileExists() const;
-  /// Whether there is something to print: the job file exists, or pages do.
+  /// Whether there is something to print: the job file exists, or m_CFMFile has entries.
   [[nodiscard]] bool IsJobTicketValid();
-  /// Sum in bytes of what the arguments ask for with a non-zero value: the job file, the pages, the
-  /// second file. What is missing counts 0.
+  /// The sum of the sizes, in bytes, of the files whose argument is not 0: the job file, the pages,
+  /// the second file. A missing file counts 0.
   [[nodiscard]] std::int64_t GetSizeOnDisk(int jobFile, int pages, int secondFile);
 
-  /// Where job log lines go, each with its line end; null: the standard error stream. The function
-  /// is called on every thread that logs, several at once. Nothing is opened.
+  /// Sets the function that receives the job log, one line a call, with its line end. Null, the
+  /// default, is the standard error stream. The function is called on each thread that logs, and on
+  /// several at once; the text is valid during the call only. SetDefaults resets it.
   void OpenLog(void (*log)(const wchar_t* text)) { m_pfnLog = log; }
 
-  /// Sets m_JobFile from a path: directory and name apart, slashes of the directory as backslashes,
-  /// no directory meaning the present one.
+  /// Sets m_JobFile from a library path, split into directory and name. Slashes of the directory
+  /// become backslashes. A path without a directory is in the current one.
   void SetJobFile(const CString& path);
 
-  /// Makes this a job that installs something in the RIP: no prefix, no output.
+  /// Makes this a job that installs something in the RIP: it has no prefix and no output, and the
+  /// RIP's exit status 1 counts as success. SetDefaults takes it back.
   void SetRIPInstallJob() { m_bRIPInstallJob = true; }
   [[nodiscard]] bool IsRIPInstallJob() const { return m_bRIPInstallJob; }
-  /// Kept for the host.
+  /// A number for the host's own use. -1 by default.
   [[nodiscard]] int GetActiveAnimFrame() const { return m_ActiveAnimFrame; }
   void SetActiveAnimFrame(int frame) { m_ActiveAnimFrame = frame; }
-  /// The thread from PrintJob to EndPrint, also when it has ended; else null. Owned by the ticket.
+  /// The printing thread, from PrintJob to EndPrint, even after it has ended; otherwise null. Owned
+  /// by the ticket.
   [[nodiscard]] PrintingThread::CPrintingThread* GetPrintThread() const { return m_pPrintThread; }
-  /// Asks the output engine for one file a color plane.
+  /// Whether the output engine is to write one file for each color plane. False by default.
   [[nodiscard]] bool GetPlanar() const { return m_bPlanar; }
   void SetPlanar(bool planar) { m_bPlanar = planar; }
 

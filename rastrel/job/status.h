@@ -1,27 +1,27 @@
 #pragma once
 
-/// The numbers that a print job is spoken of in. All are 32-bit. They cross the boundary to the
-/// host and are stored in job files, so they keep their values and their gaps.
+/// The codes of a print job. All are 32-bit. They are part of the interface to the host and are
+/// stored in job files, so they keep their values and their gaps.
 
-/// Who reports.
+/// Where a report comes from.
 enum JT_ORIGINATOR : int {
   JTO_RIP = 0,     ///< the RIP child process
   JTO_ODALIS = 1,  ///< the output engine child process
   JTO_SYSTEM = 2,  ///< the printing thread itself
 };
 
-/// Where a job stands (the ticket's m_Status).
+/// The state of a job (the ticket's m_Status).
 enum JT_STATUS : int {
   JS_RECEIVING = 0,
   JS_PREPROCESSING = 1,
   JS_IDLE = 2,     ///< may be printed
-  JS_HOLDING = 3,  ///< held by the host, or failed or aborted: m_Error tells
+  JS_HOLDING = 3,  ///< held by the host, failed, or aborted: see m_Error
   JS_ACTIVE = 4,   ///< printing, or printed well and not yet reset by the host
   JS_COMPLETE = 5,
 };
 
-/// What went wrong with a job (the ticket's m_Error). Codes of 255 and above come from, or speak
-/// of, a child and never reach the job log.
+/// The error of a job (the ticket's m_Error). Codes of 255 and above come from a child, or are
+/// about one, and are not written to the job log.
 enum JT_ERROR : int {
   JTE_NONE = 0,
   JTE_RIP_MISSING = 1,         ///< no RIP executable
@@ -51,7 +51,7 @@ enum JT_ERROR : int {
   JTE_ODALIS_STATUS_2 = 262,   ///< output engine exit status 2
 };
 
-/// What a job is doing.
+/// A step of a job, or a state of a child.
 enum JT_INFO : int {
   JTI_BAD = 0,
   JTI_START_RIPPING = 1,
@@ -66,7 +66,7 @@ enum JT_INFO : int {
   JTI_CLQ_SUCCESS = 10,
   JTI_CLQ_FAILURE = 11,
   JTI_UNDEFINED = 255,
-  // States of the child processes; their words depend on the originator.
+  // States of the child processes; their texts depend on the originator.
   JTI_INITIALISING = 256,
   JTI_READY = 257,
   JTI_INTERPRETING = 258,
@@ -77,5 +77,5 @@ enum JT_INFO : int {
   JTI_VALID_RECOVERY = 263,
 };
 
-/// Codes from here on are a child's own and stay out of the job log.
+/// The first code of a child's own. Such codes are not written to the job log.
 inline constexpr int JT_FIRST_CHILD_CODE = 255;

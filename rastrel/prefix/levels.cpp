@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "rastrel/job/format_string.h"
+#include "rastrel/platform/os/hex.h"
 
 namespace rastrel::prefix {
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr int EntryCount = 256;
 constexpr int EntriesPerLine = 32;
-constexpr int MaximumDigits = 4;
+constexpr int MaximumDigits = 4;  // an entry is at most 255 * 256
 
 // The transfer of one channel: all in double precision and in this order, since the entries are
 // compared to the last digit.
@@ -36,14 +37,13 @@ class Transfer {
   double m_Exponent;
 };
 
-// Lower-case hexadecimal of at least two digits. By hand, since a job's thousand entries would
-// take longer to format than the whole file takes to write.
+// Hexadecimal of two digits, or as many as a larger number needs.
 void AppendHexadecimal(std::wstring& text, std::uint32_t number) {
-  constexpr const wchar_t* Digits = L"0123456789abcdef";
-  unsigned shift = 4;
-  while (shift < 28 && number >> (shift + 4) != 0) shift += 4;
-  for (; shift > 0; shift -= 4) text += Digits[number >> shift & 0xFU];
-  text += Digits[number & 0xFU];
+  std::string digits;
+  if (number > 0xFF) os::AppendHex(digits, static_cast<unsigned char>(number >> 8));
+  if (digits.starts_with('0')) digits.erase(0, 1);
+  os::AppendHex(digits, static_cast<unsigned char>(number & 0xFF));
+  text.append(digits.begin(), digits.end());
 }
 
 // A procedure of the color transfer: the RIP's own table, then the one of this section.

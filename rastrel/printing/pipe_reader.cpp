@@ -8,6 +8,7 @@
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/thread.h"
+#include "rastrel/printing/held_semaphore.h"
 
 namespace os = rastrel::os;
 
@@ -25,14 +26,7 @@ CPipeReader::CPipeReader(HANDLE* pipe) : m_pPipe(pipe), m_pBuffer(new char[Buffe
 CPipeReader::~CPipeReader() = default;
 
 bool CPipeReader::Start() {
-  m_pSemaphore = std::make_unique<CSemaphore>(1, 1);
-  m_pLock = std::make_unique<CSingleLock>(m_pSemaphore.get());
-  if (m_pSemaphore->m_hObject == INVALID_HANDLE_VALUE || !m_pLock->Lock()) {
-    m_pLock.reset();
-    m_pSemaphore.reset();
-    CAppLog::Instance().Write("[Print]: Couldn't set up synchronization");
-    return false;
-  }
+  if (!rastrel::printing::MakeHeldSemaphore(m_pSemaphore, m_pLock)) return false;
   m_hThread = os::Thread::Start([this] { ReadAll(); });
   return m_hThread != nullptr;
 }

@@ -7,6 +7,7 @@
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/thread.h"
+#include "rastrel/printing/held_semaphore.h"
 
 namespace os = rastrel::os;
 
@@ -17,15 +18,8 @@ CPrintingThread::CPrintingThread(CJobTicket* ticket) : m_pTicket(ticket) {}
 CPrintingThread::~CPrintingThread() { Join(); }
 
 bool CPrintingThread::Start() {
-  m_pSemaphore = std::make_unique<CSemaphore>(1, 1);
-  m_pLock = std::make_unique<CSingleLock>(m_pSemaphore.get());
   // The lock is held for the length of the job: the semaphore is signalled by an abort alone.
-  if (m_pSemaphore->m_hObject == INVALID_HANDLE_VALUE || !m_pLock->Lock()) {
-    m_pLock.reset();
-    m_pSemaphore.reset();
-    CAppLog::Instance().Write("[Print]: Couldn't set up synchronization");
-    return false;
-  }
+  if (!rastrel::printing::MakeHeldSemaphore(m_pSemaphore, m_pLock)) return false;
   if (m_pTicket == nullptr) {
     CAppLog::Instance().Write("[Print]: Invalid m_pTicket");
     return false;

@@ -28,19 +28,20 @@ class RASTREL_API CPrintingThread {
   /// Joins.
   virtual ~CPrintingThread();
 
-  /// Checks that both child programs are there and starts the thread. On the host's thread. False
-  /// with words in the application log, and for a missing program an error on the ticket.
+  /// Checks that both child programs exist and starts the thread. Called on the host's thread,
+  /// once. False if a program is missing or the system has no semaphore or thread to give. The
+  /// application log has the reason; a missing program is an error on the ticket too.
   [[nodiscard]] bool Start();
-  /// Waits for the thread without a limit and frees what belongs to the run. Nothing without a
-  /// thread.
+  /// Waits for the thread, without a time limit, and frees the run's resources. Does nothing
+  /// without a thread. Called on the host's thread.
   void Join();
-  /// Asks the job to end early and returns at once; any thread, as often as one likes, also
-  /// while another waits in Join; the object must be there still. It is not lost if it comes before
-  /// a child runs. The job ends at JS_HOLDING with JTE_ABNORMAL, whatever stage it was in, unless
-  /// it was through already.
+  /// Asks the job to end early and returns at once. Any thread may call it, any number of times,
+  /// also while another waits in Join; the object must still exist. A call before a child runs
+  /// counts as well. The job ends at JS_HOLDING with JTE_ABNORMAL in every stage, unless it has
+  /// ended already.
   void Abort();
-  /// Whether the thread has done all it will ever do, so that Join returns at once. It is the only
-  /// sign of an end that the ticket hears nothing of, as that by an exception. Any thread.
+  /// Whether the thread has ended, so that Join returns at once. After an end by an exception the
+  /// ticket has no report of it, and this is the only sign. Any thread.
   [[nodiscard]] bool HasEnded() const { return m_bEnded; }
 
  private:

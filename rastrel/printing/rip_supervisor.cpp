@@ -2,121 +2,90 @@
 
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/pipe.h"
-
-namespace os = rastrel::os;
 
 namespace PrintingThread {
 
 namespace {
 
-constexpr std::size_t StdoutPipeSize = 16'384;
-constexpr std::size_t StderrPipeSize = 512;
+constexpr rastrel::printing::PipeSizes Pipes{.standardOutput = 16'384, .standardError = 512};
 
-constexpr ChildWords Words{L"[Print]: GetExitCodeProcess failed on rip: %i",
-                           L"[Print]: Couldn't terminate rip: %i", L"Rip exited with status %i"};
+constexpr rastrel::printing::ChildMessages Messages{
+    .noPipes = "[Print]: Couldn't create pipes (1).",
+    .pipesInheritable = "[Print]: Couldn't set pipes non inheritable.",
+    .notStarted = "[Print]: Didn't start the rip",
+    .couldNotStart = "[Print]: Couldn't start rip",
+    .noReaders = "[Print]: Couldn't start parsers.",
+    .waitFailed = L"[Print]: WaitForMultipleObjects failed. Error: %u",
+    .canceled = "[Print]: Print job canceled",
+    .abortAbandoned = "[Print]: Abort semaphore abandoned!",
+    .waitAbandoned = "[Print]: Wait abandoned on rip!",
+    .exitCodeFailed = L"[Print]: GetExitCodeProcess failed on rip: %i",
+    .exited = "[Print]: Rip exited",
+    .terminateFailed = L"[Print]: Couldn't terminate rip: %i",
+    .stillAlive = "[Print] Rip handle still alive"};
 
 }  // namespace
 
 CRealPrintingThread::CRealPrintingThread(CJobTicket* ticket, CSemaphore* semaphore,
                                          AbortFlag* abort, CCFM2* document,
                                          const wchar_t* prefixPath)
-    : CBasePrintingThread(semaphore, abort, document, ticket),
-      m_pProcess(std::make_unique<CCPHelper>(CExePaths::Instance().m_RipExe)),
+    : CBasePrintingThread(
+          {.ticket = ticket, .semaphore = semaphore, .abort = abort, .document = document},
+          CExePaths::Instance().m_RipExe, Messages, L"Rip exited with status %i"),
       m_PrefixPath(prefixPath == nullptr ? L"" : prefixPath) {}
 
-CRealPrintingThread::~CRealPrintingThread() {
-  // A reader that was started ends with the child's end of its pipe; it must be gone before its
-  // pipe is closed.
-  if (m_pStderrParser) m_pStderrParser->Wait();
-  if (m_pOutReader) m_pOutReader->Wait();
-  m_pStderrParser.reset();
-  m_pOutReader.reset();
-  os::CloseHandle(m_hStdoutRead);
-  os::CloseHandle(m_hStdoutWrite);
-  os::CloseHandle(m_hStderrRead);
-  os::CloseHandle(m_hStderrWrite);
-  if (m_pProcess->m_hProcess != INVALID_HANDLE_VALUE) {
-    CAppLog::Instance().Write("[Print] Rip handle still alive");
-    os::CloseHandle(m_pProcess->m_hProcess);
-  }
-}
+CRealPrintingThread::~CRealPrintingThread() = default;
 
+// The steps of ChildSupervisor. The RIP has no input, so there is no step 3.
 bool CRealPrintingThread::Run() {
-  if (!MakePipes()) return false;
-  if (!StartChild()) {
-    CAppLog::Instance().Write("[Print]: Couldn't start rip");
+  if (!MakePipes(Pipes)) return LowOnResources();  // 1
+  AddArguments();
+  if (!StartProcess()) {  // 2
     m_pTicket->Error(JTE_START_RIP, JTO_SYSTEM);
     return false;
   }
-  if (!StartReaders()) {
-    LowOnResources("[Print]: Couldn't start parsers.");
-    Terminate(*m_pProcess, m_ExitStatus, Words);
+  MakeReaders();
+  if (!StartReaders()) {  // 4
+    LowOnResources();
+    Terminate();
     return false;
   }
-  WaitForEnd();
-  CollectOutput();
+  WaitForEnd();     // 5 and 6
+  CollectOutput();  // 7
   CAppLog::Instance().Write("6");
-  ReportExitStatus();
+  ReportExitStatus();  // 8
   return m_ExitStatus == 0;
 }
 
-bool CRealPrintingThread::MakePipes() {
-  if (!os::CreatePipe(m_hStdoutRead, m_hStdoutWrite, StdoutPipeSize) ||
-      !os::CreatePipe(m_hStderrRead, m_hStderrWrite, StderrPipeSize)) {
-    return LowOnResources("[Print]: Couldn't create pipes (1).");
-  }
-  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead);
-  m_hStdoutRead = os::MakeNotInheritable(m_hStdoutRead);
-  if (m_hStderrRead == INVALID_HANDLE_VALUE || m_hStdoutRead == INVALID_HANDLE_VALUE)
-    return LowOnResources("[Print]: Couldn't set pipes non inheritable.");
-  return true;
-}
-
-bool CRealPrintingThread::StartChild() {
-  m_pProcess->m_hStdOutput = m_hStdoutWrite;
-  m_pProcess->m_hStdError = m_hStderrWrite;
+void CRealPrintingThread::AddArguments() {
   for (const wchar_t* argument : {L"-M", L"-Q", L"-m128"}) m_pProcess->AddArgument(argument);
   if (m_pTicket->IsRIPInstallJob()) m_pProcess->AddArgument(L"-s");
   if (!m_PrefixPath.empty()) m_pProcess->AddArgument(m_PrefixPath);
   m_pProcess->AddArgument(m_pTicket->m_JobFile.GetFullPath());
-  if (KeepsFiles()) {
-    LogCommandLine(*m_pProcess, L"**************Rip command line**************************",
-                   L"********************************************************");
-  }
-  const bool started = m_pProcess->Start();
-  // The readers see the end of a stream only if nobody here holds its write end.
-  os::CloseHandle(m_hStdoutWrite);
-  os::CloseHandle(m_hStderrWrite);
-  if (started && m_pProcess->m_hProcess != INVALID_HANDLE_VALUE) return true;
-  CAppLog::Instance().Write("[Print]: Didn't start the rip");
-  return false;
+  LogCommandLine(L"**************Rip command line**************************",
+                 L"********************************************************");
 }
 
-bool CRealPrintingThread::StartReaders() {
+void CRealPrintingThread::MakeReaders() {
   m_pStderrParser = std::make_unique<CStderrParser>(m_pTicket, &m_hStderrRead, JTO_RIP);
   m_pOutReader = std::make_unique<CRipOutReader>(&m_hStdoutRead);
-  return m_pStderrParser->Start() && m_pOutReader->Start();
 }
 
+// The log counts its way through the wait and the readers' end: "1" to "6", each on its own line.
 void CRealPrintingThread::WaitForEnd() {
   CAppLog::Instance().Write("1");
   CWaitTable table;
-  table.Add(&m_pSemaphore->m_hObject, OnAbortSignaled, OnAbortAbandoned);
-  table.Add(&m_pProcess->m_hProcess, OnProcessSignaled, OnProcessAbandoned);
+  AddAbort(table, *m_pSemaphore);
+  AddProcess(table);
   CAppLog::Instance().Write("2");
-  while (!*m_pAbort && !m_bDone)
-    if (!WaitOnce(table)) m_bDone = true;
+  WaitForProcess(table, m_pAbort);
   CAppLog::Instance().Write("3");
-  Terminate(*m_pProcess, m_ExitStatus, Words);
+  Terminate();
 }
 
 void CRealPrintingThread::CollectOutput() {
   CAppLog::Instance().Write("4");
-  m_pStderrParser->Wait();
-  m_pStderrParser.reset();
-  os::CloseHandle(m_hStderrRead);
+  EndStderrReader();
   CAppLog::Instance().Write("5");
   m_pOutReader->Wait();
   if (m_pDocument->m_Text.empty()) {
@@ -124,8 +93,7 @@ void CRealPrintingThread::CollectOutput() {
   } else {
     m_pDocument->m_Text += m_pOutReader->m_Text;
   }
-  m_pOutReader.reset();
-  os::CloseHandle(m_hStdoutRead);
+  EndStdoutReader();
 }
 
 void CRealPrintingThread::ReportExitStatus() {
@@ -138,19 +106,6 @@ void CRealPrintingThread::ReportExitStatus() {
     case 3: m_pTicket->Error(JTE_RIP_STATUS_3, JTO_RIP); break;
     default: m_pTicket->Error(JTE_RIP_EXIT, JTO_RIP); break;
   }
-}
-
-void CRealPrintingThread::OnProcessSignaled(CBBasePrintingThread& supervisor) {
-  auto& self = static_cast<CRealPrintingThread&>(supervisor);
-  self.CheckExit(*self.m_pProcess, self.m_ExitStatus, Words);
-  if (self.m_pProcess->m_hProcess != INVALID_HANDLE_VALUE) return;
-  CAppLog::Instance().Write("[Print]: Rip exited");
-  self.m_bDone = true;
-}
-
-void CRealPrintingThread::OnProcessAbandoned(CBBasePrintingThread& supervisor) {
-  CAppLog::Instance().Write("[Print]: Wait abandoned on rip!");
-  OnProcessSignaled(supervisor);
 }
 
 }  // namespace PrintingThread

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "rastrel/printing/pipe_reader.h"
-#include "rastrel/printing/stderr_parser.h"
-#include "rastrel/printing/supervisor.h"
+#include "rastrel/printing/job_supervisor.h"
 
 namespace PrintingThread {
 
@@ -20,26 +17,13 @@ class CRealPrintingThread : public CBasePrintingThread {
   [[nodiscard]] bool Run() override;
 
  private:
-  [[nodiscard]] bool MakePipes();
-  [[nodiscard]] bool StartChild();
-  [[nodiscard]] bool StartReaders();
+  void AddArguments();
+  void MakeReaders();
   void WaitForEnd();
   void CollectOutput();
   void ReportExitStatus();
 
-  static void OnProcessSignaled(CBBasePrintingThread& supervisor);
-  static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
-
-  HANDLE m_hStdoutRead = INVALID_HANDLE_VALUE;
-  HANDLE m_hStdoutWrite = INVALID_HANDLE_VALUE;
-  HANDLE m_hStderrRead = INVALID_HANDLE_VALUE;
-  HANDLE m_hStderrWrite = INVALID_HANDLE_VALUE;
-  std::unique_ptr<CCPHelper> m_pProcess;
-  std::int32_t m_ExitStatus = -1;
-  std::unique_ptr<CStderrParser> m_pStderrParser;
-  std::unique_ptr<CRipOutReader> m_pOutReader;
   std::wstring m_PrefixPath;
-  bool m_bDone = false;
 };
 
 }  // namespace PrintingThread

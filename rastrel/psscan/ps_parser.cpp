@@ -8,8 +8,8 @@
 
 #include "rastrel/psscan/keywords.h"
 #include "rastrel/psscan/line_reader.h"
-#include "rastrel/psscan/scan.h"
-#include "rastrel/psscan/start.h"
+#include "rastrel/psscan/postscript_start.h"
+#include "rastrel/psscan/scan_from.h"
 #include "rastrel/psscan/tokens.h"
 
 namespace psscan = rastrel::psscan;

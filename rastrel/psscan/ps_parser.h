@@ -12,13 +12,13 @@ namespace rastrel::psscan {
 class LineReader;
 }
 
-/// What the comments of a PostScript or EPS file tell: where the PostScript begins, whether it is
-/// an EPS, its bounds, and its spot colors. The program text is never interpreted.
+/// Reads the comments of a PostScript or EPS file: where the PostScript begins, whether it is an
+/// EPS, its bounds, and its spot colors. The program text is never interpreted.
 ///
-/// It holds the path alone (library text, see platform/os/path.h). Every operation opens the file
-/// anew, in any order and any number of times, from any thread. None reports a message or throws. A
-/// file that does not exist, can't be read, is no regular file or holds no PostScript start gives
-/// false, and so does one that can't be read to where its scan leads.
+/// It holds only the path, a library path (platform/os/path.h). Every operation opens the file
+/// anew; they may be called in any order, any number of times, and on any thread. None logs or
+/// throws. An operation returns false if the file does not exist, can't be read as far as the scan
+/// needs it, is no regular file, or has no PostScript start.
 class RASTREL_API CPSParser {
  public:
   /// Keeps a copy of the path; null is an empty one.
@@ -29,33 +29,33 @@ class RASTREL_API CPSParser {
   CPSParser& operator=(CPSParser&&) noexcept;
   ~CPSParser();
 
-  /// Where the PostScript begins and how long it is, in bytes. It begins at "%!" at the file's
-  /// start, where a DOS EPS header says, or at the first "%!PS" found. The length is the header's,
-  /// or reaches from the start to the file's last ASCII letter; it may be 0 or negative for a file
-  /// cut short. Both are 0 with false.
+  /// Stores the offset of the PostScript and its length, in bytes. It begins at a "%!" at the
+  /// file's first byte, at the offset in a DOS EPS header, or at the first "%!PS" found. The length
+  /// is the header's, or the distance from the start to the file's last ASCII letter; it may be 0
+  /// or negative for a truncated file. If the result is false, both are 0.
   bool FindEPSStart(long long& start, long long& length);
 
-  /// True if the first line of the PostScript holds "epsf", in either case.
+  /// True if the first line of the PostScript contains "epsf", in either case.
   bool IsEpsFile();
-  /// True if it holds "%!ps-adobe", in either case.
+  /// True if that line contains "%!ps-adobe", in either case.
   bool IsPostscriptFile();
 
-  /// The first "%%BoundingBox:" that has its numbers with it, in points, y upward: `top` is the
-  /// upper value. Fractions are cut off, a missing number is 0. Empty and false if there is none;
-  /// one on the file's last line doesn't count.
+  /// Stores the first "%%BoundingBox:" that is not deferred to the trailer, in points, with y
+  /// upward: `top` is the upper value. Fractions are truncated, and a missing number is 0. False,
+  /// with an empty rectangle, if there is none; one on the file's last line is ignored.
   bool GetBounds(CRect& rect);
-  /// The bounds as above (the last one that was passed, empty if none), and the names of
-  /// "%%DocumentCustomColors:" appended to `names`, in one pass, which ends as soon as it has both,
-  /// or where the image data of a bitmap program begins. True for any file with a PostScript start.
+  /// Stores the bounds as above (the last box read, empty if there is none), and appends the names
+  /// of "%%DocumentCustomColors:" to `names`. It is one pass, which ends when it has both, or where
+  /// the image data of a bitmap program begins. True for any file with a PostScript start.
   bool GetBoundsAndStrings(CRect& rect, std::vector<CString>& names);
 
-  /// Appends to `list` the spot colors that the document names and defines: first those defined by
-  /// CMYK, then those by RGB, each in file order, one item a definition. Names that are deferred to
-  /// the trailer are looked for in the last MiB only. True for any file with a PostScript start.
-  /// The caller owns the list; no other thread may use it meanwhile.
+  /// Appends to `list` the spot colors that the document both names and defines, one item for each
+  /// definition: first the definitions by CMYK, then those by RGB, each in file order. Names that
+  /// are deferred to the trailer are looked for in the last MiB only. True for any file with a
+  /// PostScript start. The caller owns the list; no other thread may use it during the call.
   bool LoadSpotMatchItems(CSpotMatchList* list);
-  /// The same, and the bounding box in centimetres, rounded to single precision. True only if there
-  /// was a box; the items are appended either way. `bounds` is untouched without one.
+  /// The same, and stores the bounding box in centimetres, rounded to single precision. True only
+  /// if there is a box. Without one the items are appended all the same, and `bounds` is untouched.
   bool LoadSpotItemsAndBounds(CSpotMatchList* list, BOUNDS& bounds);
 
  protected:
@@ -66,12 +66,12 @@ class RASTREL_API CPSParser {
   /// psscan/tokens.h.
   int GetEPSint(char* text, int& value);
   /// Reads a word or a string in parentheses; returns the bytes consumed. The text ends at its
-  /// first CR or LF. See psscan/tokens.h.
+  /// first CR or LF. See psscan/tokens.h for both.
   int GetEPStext(char* text, CString& out);
 
-  /// These three read a comment, from `offset` of its line on, and the "%%+" lines behind it, and
-  /// append what they find. They leave the first other line in `line`, and the reader before it.
-  /// Always true. `atend` is set if the names stand in the trailer, and is never cleared.
+  /// These three read a comment, from `offset` of its line, and the "%%+" lines after it, and
+  /// append the colors that they find. They leave the first other line in `line`, and the reader
+  /// before it. Always true. `atend` is set if the names are in the trailer, and is never cleared.
   bool ParseDocColors(std::vector<CString>* names, rastrel::psscan::LineReader& in, char* line,
                       int offset, bool& atend);
   bool ParseCMYK(CSpotMatchList* list, rastrel::psscan::LineReader& in, char* line, int offset);
@@ -86,7 +86,7 @@ class RASTREL_API CPSParser {
   std::wstring m_Path;
 };
 
-/// 1 if CPSParser::IsEpsFile holds of the file, or 0.
+/// 1 if CPSParser::IsEpsFile is true of the file, otherwise 0.
 RASTREL_API int IsEPSFile(const wchar_t* path);
-/// 1 if CPSParser::IsPostscriptFile holds of the file, or 0.
+/// 1 if CPSParser::IsPostscriptFile is true of the file, otherwise 0.
 RASTREL_API int IsPostscriptFile(const wchar_t* path);

@@ -8,7 +8,7 @@
 #include "rastrel/psscan/keywords.h"
 #include "rastrel/psscan/line_reader.h"
 #include "rastrel/psscan/ps_parser.h"
-#include "rastrel/psscan/scan.h"
+#include "rastrel/psscan/scan_from.h"
 #include "rastrel/psscan/tokens.h"
 
 namespace psscan = rastrel::psscan;

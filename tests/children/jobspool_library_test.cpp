@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "rastrel/conversion/clq_ticket.h"
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 #include "rastrel/conversion/page_size.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/mfc/archive.h"

@@ -1,10 +1,10 @@
-// This system's waits abandon nothing; what the supervisors would do of it is called by hand.
+// This system's waits abandon nothing; the supervisors' reaction to it is called by hand.
 
 #include <gtest/gtest.h>
 
-#include "rastrel/conversion/clq_thread.h"
 #include "rastrel/conversion/clq_ticket.h"
 #include "rastrel/conversion/qrast.h"
+#include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/wait.h"
 #include "tests/conversion/queue_fixture.h"
@@ -18,21 +18,16 @@ using rastrel::test::Lines;
 
 namespace rastrel::test {
 
-struct QueueSemaphoreAbandoned {
+struct SemaphoreAbandoned {
   using Type = void (*)(CBBasePrintingThread&);
-  friend Type PrivateMember(QueueSemaphoreAbandoned);
+  friend Type PrivateMember(SemaphoreAbandoned);
 };
-template struct Reveal<QueueSemaphoreAbandoned, &CLQThread::OnAbortAbandoned>;
-struct QueueProcessAbandoned {
+template struct Reveal<SemaphoreAbandoned, &printing::ChildSupervisor::OnAbortAbandoned>;
+struct ProcessAbandoned {
   using Type = void (*)(CBBasePrintingThread&);
-  friend Type PrivateMember(QueueProcessAbandoned);
+  friend Type PrivateMember(ProcessAbandoned);
 };
-template struct Reveal<QueueProcessAbandoned, &CLQThread::OnProcessAbandoned>;
-struct MeasuringAbandoned {
-  using Type = void (*)(CBBasePrintingThread&);
-  friend Type PrivateMember(MeasuringAbandoned);
-};
-template struct Reveal<MeasuringAbandoned, &CQRast::OnProcessAbandoned>;
+template struct Reveal<ProcessAbandoned, &printing::ChildSupervisor::OnProcessAbandoned>;
 
 namespace {
 
@@ -46,7 +41,7 @@ TEST_F(AbandonedWait, on_the_queues_semaphore_is_logged) {
   CLQThread supervisor({.ticket = &ticket, .semaphore = nullptr, .abort = nullptr, .giveUp = -1},
                        std::make_unique<CCPHelper>(L"none"), L"file");
   m_Mark = m_Library.LogMark();
-  PrivateMember(QueueSemaphoreAbandoned())(supervisor);
+  PrivateMember(SemaphoreAbandoned())(supervisor);
   EXPECT_EQ(Logged(), Lines{"[CLQ]: Abort semaphore abandoned!"});
 }
 
@@ -61,7 +56,7 @@ TEST_F(AbandonedWait, on_the_queue_program_is_logged_and_its_end_is_taken) {
   CLQThread supervisor({.ticket = &ticket, .semaphore = nullptr, .abort = nullptr, .giveUp = -1},
                        std::move(process), L"file");
   m_Mark = m_Library.LogMark();
-  PrivateMember(QueueProcessAbandoned())(supervisor);
+  PrivateMember(ProcessAbandoned())(supervisor);
   EXPECT_EQ(Logged(),
             (Lines{"[CLQ]: Wait abandoned on Q!", "Q exited with status 0|", "[CLQ]: Q exited"}));
   EXPECT_EQ(started.m_hProcess, INVALID_HANDLE_VALUE);
@@ -71,7 +66,7 @@ TEST_F(AbandonedWait, on_the_measuring_program_is_logged) {
   PrintingThread::QRastPageInfo info;
   CQRast supervisor(L"file", &info);
   m_Mark = m_Library.LogMark();
-  PrivateMember(MeasuringAbandoned())(supervisor);
+  PrivateMember(ProcessAbandoned())(supervisor);
   EXPECT_EQ(Logged(), Lines{"[QRast]: Wait abandoned on exe!"});
 }
 

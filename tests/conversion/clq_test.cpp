@@ -7,13 +7,14 @@
 #include <csignal>
 #include <mutex>
 
-#include "rastrel/conversion/clq_thread.h"
 #include "rastrel/conversion/clq_ticket.h"
 #include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/conversion/queue_fixture.h"
+#include "tests/support/pipe_sizes.h"
 
 namespace os = rastrel::os;
 using PrintingThread::CCPHelper;
@@ -115,6 +116,14 @@ TEST_F(QueueJob, hands_over_two_options_and_the_path_and_both_output_streams) {
   EXPECT_NE(told.find("other descriptors 0"), told.npos) << told;
 }
 
+TEST_F(QueueJob, has_pipes_of_16384_bytes_for_output_and_of_512_for_errors) {
+  const os::SystemCallsGuard guard;
+  Queue("exit 0\n");
+  rastrel::test::RecordPipeSizes();
+  Run();
+  EXPECT_EQ(rastrel::test::PipeSizes(), (std::vector<int>{16384, 512}));
+}
+
 TEST_F(QueueJob, needs_the_program_and_the_file) {
   EXPECT_FALSE(Start()) << "no program";
   Queue("exit 0\n");
@@ -183,16 +192,22 @@ TEST_F(QueueJob, aborted_ends_a_child_that_floods) {
   m_Queue.Abort();
 }
 
+// docs/architecture.md promises it to whoever cancels.
+TEST(GuardianTimeout, of_a_cancelled_job_is_five_seconds) {
+  EXPECT_EQ(CLQThread::GuardianTimeout, 5000);
+  EXPECT_EQ(CLQThread::s_GuardianTimeout, CLQThread::GuardianTimeout);
+}
+
 // Somebody else who holds the child's pipes.
 class HeldPipes : public QueueJob {
  protected:
-  HeldPipes() { CLQTicket::s_Patience = 100; }
+  HeldPipes() { CLQThread::s_GuardianTimeout = 100; }
   void Leave(const std::string& redirection, int status) {
     Queue("sleep 1000 " + redirection + " &\necho $! > \"$RASTREL_HOME/left\"\n" +
           "echo 'INFO: CONVERTING' >&2\nexit " + std::to_string(status) + "\n");
   }
   ~HeldPipes() override {
-    CLQTicket::s_Patience = 5000;
+    CLQThread::s_GuardianTimeout = CLQThread::GuardianTimeout;
     if (Root().Has("left")) ::kill(std::stoi(Root().Read("left")), SIGKILL);
   }
 };
@@ -216,7 +231,7 @@ TEST_F(HeldPipes, aborted_ends_a_job_whose_child_is_gone) {
 }
 
 TEST_F(HeldPipes, aborted_waits_for_what_clears_away_behind_the_child) {
-  CLQTicket::s_Patience = 30'000;
+  CLQThread::s_GuardianTimeout = 30'000;
   Queue(
       "(sleep 0.3; touch \"$RASTREL_HOME/cleared\") &\necho 'INFO: CONVERTING' >&2\n"
       "exec sleep 1000\n");

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/prepend.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/ordinary_user.h"

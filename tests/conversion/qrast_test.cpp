@@ -9,6 +9,7 @@
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/conversion/queue_fixture.h"
+#include "tests/support/pipe_sizes.h"
 
 namespace os = rastrel::os;
 using PrintingThread::CQRast;
@@ -123,6 +124,14 @@ TEST_F(QRast, hands_over_two_options_and_the_path_and_redirects_only_the_error_s
   }
   EXPECT_NE(told.find("\n2 pipe:"), told.npos) << told;
   EXPECT_NE(told.find("other descriptors 0"), told.npos) << told;
+}
+
+TEST_F(QRast, has_one_pipe_of_16384_bytes) {
+  const os::SystemCallsGuard guard;
+  Queue("exit 0\n");
+  rastrel::test::RecordPipeSizes();
+  EXPECT_TRUE(Run());
+  EXPECT_EQ(rastrel::test::PipeSizes(), std::vector<int>{16384});
 }
 
 TEST_F(QRast, of_a_child_that_ends_with_1_has_its_box) {

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "rastrel/cfm/args.h"
+#include "rastrel/printing/environment_block.h"
 
 namespace rastrel::test {
 

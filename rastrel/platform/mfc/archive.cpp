@@ -12,9 +12,9 @@ namespace os = rastrel::os;
 
 namespace {
 
-// What is written goes to the file in pieces of this size.
+// Written bytes go to the file in pieces of this size.
 constexpr std::size_t PendingLimit = 65536;
-// What is read of a text at once, so that a length that the stream merely claims costs no memory.
+// A text is read in pieces, so that a length that the stream merely claims costs no memory.
 constexpr std::size_t ReadPiece = 65536;
 
 // The marks of a text's length: a byte that says "longer", a 16-bit value that says "longer still",
@@ -98,7 +98,7 @@ CArchive::CArchive(CFile* file, unsigned mode)
 CArchive::~CArchive() {
   try {
     Close();
-  } catch (...) {  // a destructor can tell nobody; who wants to know calls Close
+  } catch (...) {  // a caller that wants the failure calls Close itself
   }
 }
 
@@ -125,7 +125,7 @@ void CArchive::Write(const void* bytes, unsigned count) {
 
 void CArchive::Close() {
   if (m_Pending.empty()) return;
-  // Emptied first: what the file did not take is not offered to it a second time.
+  // Emptied first: bytes that the file refused are not written a second time.
   const std::string pending = std::move(m_Pending);
   m_Pending.clear();
   if (!m_File->Write(pending.data(), static_cast<unsigned>(pending.size())))

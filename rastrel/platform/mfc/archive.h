@@ -9,10 +9,10 @@
 #include "rastrel/platform/mfc/file.h"
 #include "rastrel/platform/mfc/string.h"
 
-/// What a failing archive raises; the only exceptions of this library's interface.
+/// The exception of a failing archive: the only one of this library's interface.
 class RASTREL_API CArchiveException : public std::exception {
  public:
-  /// The framework's numbers.
+  /// The framework's codes.
   enum Cause : int {
     none = 0,
     genericException = 1,
@@ -27,7 +27,7 @@ class RASTREL_API CArchiveException : public std::exception {
   /// An exception with that cause.
   explicit CArchiveException(Cause cause) : m_cause(cause) {}
   ~CArchiveException() override;
-  /// English words for the cause; static text.
+  /// The cause in English; a static text.
   [[nodiscard]] const char* what() const noexcept override;
 
   int m_cause;  ///< one of Cause
@@ -37,32 +37,35 @@ class RASTREL_API CArchiveException : public std::exception {
 [[noreturn]] RASTREL_API void AfxThrowArchiveException(int cause);
 
 /// The host's serialisation stream: little-endian numbers and length-prefixed text, to or from a
-/// CFile. Used by one thread.
+/// CFile. It goes in one direction. Used by one thread at a time.
 ///
-/// A read past the end raises CArchiveException(endOfFile) and leaves the target as it was; so does
-/// a read or write against the archive's mode (writeOnly, readOnly), and a write that the file does
-/// not take raises genericException.
+/// A failure raises a CArchiveException and leaves the target of a read as it was:
+///
+///   endOfFile         a read past the end
+///   readOnly          a write to an archive that loads
+///   writeOnly         a read from an archive that stores
+///   genericException  a write that the file did not accept
 class RASTREL_API CArchive {
  public:
-  /// Which way it goes.
+  /// The direction.
   enum Mode : unsigned { store = 0, load = 1 };
 
-  /// The file is not owned and must outlive the archive.
+  /// `mode` is one of Mode. The file is not owned; it must be open and must outlive the archive.
   CArchive(CFile* file, unsigned mode);
-  /// Closes, without an exception.
+  /// Closes. A write that fails here is lost: call Close to learn of it.
   ~CArchive();
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
 
-  /// Whether it was opened to read, or to write.
+  /// The direction that it was opened for.
   [[nodiscard]] bool IsLoading() const { return m_Mode == load; }
   [[nodiscard]] bool IsStoring() const { return m_Mode == store; }
 
-  /// Reads up to `count` raw bytes; returns how many there were.
+  /// Reads up to `count` raw bytes and returns the number read, which is less only at the end.
   unsigned Read(void* bytes, unsigned count);
-  /// Writes raw bytes.
+  /// Writes `count` raw bytes. They may be buffered until Close.
   void Write(const void* bytes, unsigned count);
-  /// Hands over what is buffered. Called by the destructor too.
+  /// Writes the buffered bytes to the file, which stays open. The destructor calls it too.
   void Close();
 
   // Numbers: 1, 2, 4 or 8 bytes, little-endian; doubles as IEEE 754 binary64.
@@ -80,14 +83,21 @@ class RASTREL_API CArchive {
   CArchive& operator>>(std::uint32_t& value);
   CArchive& operator>>(std::int64_t& value);
   CArchive& operator>>(double& value);
-  /// Any byte but 0 is true.
+  /// Any byte except 0 is true.
   CArchive& operator>>(bool& value);
 
-  /// Wide text: FF FE FF, the length in 16-bit units in one of the three forms of
-  /// AfxWriteStringLength, then the units, UTF-16LE, with no terminator.
+  /// Wide text, without a terminator:
+  ///
+  ///     +----------+-------------------+--------------------+
+  ///     | FF FE FF | length, in 16-bit | UTF-16LE units     |
+  ///     |          | units; 1, 3 or    |                    |
+  ///     |          | 7 bytes           |                    |
+  ///     +----------+-------------------+--------------------+
+  ///
+  /// AfxWriteStringLength has the forms of the length.
   CArchive& operator<<(const CString& text);
-  /// Wide text as above; without the tag the characters are one byte each, in Windows-1252. Memory
-  /// grows with the bytes that are really there, never with the length that the stream claims.
+  /// Reads wide text. Without the tag FF FE FF the characters are one byte each, in Windows-1252.
+  /// Memory grows with the bytes that the stream has, never with the length that it claims.
   CArchive& operator>>(CString& text);
 
  private:
@@ -99,21 +109,31 @@ class RASTREL_API CArchive {
 
   CFile* m_File;
   unsigned m_Mode;
-  std::string m_Pending;  // written and not yet handed to the file
+  std::string m_Pending;  // buffered for the file
 };
 
-/// Writes the length of a text: one byte below 255; else FF and 16 bits below 0xFFFE; else FF, FFFF
-/// and 32 bits. With `unicode`, the tag FF FE FF stands first.
+/// Writes the length of a text, in characters of its encoding:
+///
+///     below 255     | length, 8 bits |
+///     below 0xFFFE  | FF | length, 16 bits |
+///     any other     | FF | FF FF | length, 32 bits |
+///
+/// With `unicode`, the tag FF FE FF comes first.
 RASTREL_API void AfxWriteStringLength(CArchive& archive, std::uint32_t length, bool unicode);
-/// Reads such a length. `characterSize` becomes 2 where the tag stood, 1 without it.
+/// Reads such a length. `characterSize` becomes 2 if the tag is there, otherwise 1.
 RASTREL_API std::uint32_t AfxReadStringLength(CArchive& archive, int& characterSize);
 
 namespace rastrel::mfc {
 
-/// The library's own narrow text: a 32-bit byte length, then that many bytes of UTF-8, with no
-/// terminator.
+/// Writes the library's own narrow text, without a terminator:
+///
+///     +--------------------+-------+
+///     | length in bytes    | UTF-8 |
+///     | 32 bits            |       |
+///     +--------------------+-------+
 RASTREL_API void WriteNarrowText(CArchive& archive, const std::wstring& text);
-/// Reads it. Fewer bytes than the length says: CArchiveException(endOfFile), `text` as it was.
+/// Reads such a text. Fewer bytes than the length says raise CArchiveException(endOfFile), and
+/// `text` stays.
 RASTREL_API void ReadNarrowText(CArchive& archive, std::wstring& text);
 
 }  // namespace rastrel::mfc

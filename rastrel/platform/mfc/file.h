@@ -7,10 +7,11 @@
 
 #include "rastrel/export.h"
 
-/// A stream of bytes that an archive stands on.
+/// A stream of bytes, on disk or (in a derived class) elsewhere, that an archive reads or writes.
+/// Used by one thread at a time.
 class RASTREL_API CFile {
  public:
-  /// How Open opens; combined with |. modeCreate implies modeWrite.
+  /// The flags of Open, combined with |. modeCreate implies modeWrite.
   enum OpenFlags : unsigned { modeRead = 0x0000, modeWrite = 0x0001, modeCreate = 0x1000 };
 
   CFile() = default;
@@ -18,21 +19,23 @@ class RASTREL_API CFile {
   CFile(const CFile&) = delete;
   CFile& operator=(const CFile&) = delete;
 
-  /// Opens a file by library path (UTF-8 on disk, both separators, drive letters). modeCreate makes
-  /// or truncates it. False if it can't be opened; errno tells why.
+  /// Opens a file by its library path (platform/os/path.h). modeCreate makes or truncates it. False
+  /// with errno set if it can't be opened.
   [[nodiscard]] virtual bool Open(const wchar_t* path, unsigned flags);
-  /// Reads up to `count` bytes; returns how many, fewer only at the end or on a failure.
+  /// Reads up to `count` bytes and returns the number read, which is less only at the end or on a
+  /// failure.
   virtual unsigned Read(void* bytes, unsigned count);
-  /// Writes `count` bytes; false if not all could be written.
+  /// Writes `count` bytes. False if not all could be written.
   [[nodiscard]] virtual bool Write(const void* bytes, unsigned count);
-  /// Closes; a second call does nothing.
+  /// Closes the file. A second call does nothing. The destructor closes too.
   virtual void Close();
 
  private:
   int m_Descriptor = -1;
 };
 
-/// A file in memory. Reading starts at the first byte and follows what was written.
+/// A file in memory. Writes are appended. Reads start at the first byte and may go up to the last
+/// byte written.
 class RASTREL_API CMemFile : public CFile {
  public:
   CMemFile() = default;
@@ -47,7 +50,7 @@ class RASTREL_API CMemFile : public CFile {
   /// Goes back to the first byte.
   void Close() override;
 
-  /// All that was written. Valid until the next write.
+  /// All bytes of the file. Valid until the next write.
   [[nodiscard]] const std::vector<std::uint8_t>& Bytes() const { return m_Bytes; }
 
  private:

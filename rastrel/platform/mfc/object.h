@@ -6,7 +6,7 @@ class CArchive;
 class CDumpContext;
 class CObject;
 
-/// What is known of a class at run time: its name and how to make one.
+/// The record of a class at run time: its name, its base class, and how to make an object.
 struct CRuntimeClass {
   const char* m_lpszClassName;        ///< the class's name, ASCII
   unsigned m_wSchema;                 ///< version for archives of objects; not used here
@@ -17,7 +17,7 @@ struct CRuntimeClass {
   [[nodiscard]] CObject* CreateObject() const {
     return m_pfnCreateObject == nullptr ? nullptr : m_pfnCreateObject();
   }
-  /// True if this class is `base` or derives from it.
+  /// True if this class is `base` or is derived from it.
   [[nodiscard]] bool IsDerivedFrom(const CRuntimeClass* base) const {
     for (const CRuntimeClass* one = this; one != nullptr; one = one->m_pBaseClass)
       if (one == base) return true;
@@ -25,14 +25,15 @@ struct CRuntimeClass {
   }
 };
 
-/// The framework's root class: run-time class, persistence, and two diagnostic operations that do
-/// nothing here. The order of the virtual operations is the interface's.
+/// The framework's root class: the run-time class, persistence, and two diagnostic operations that
+/// do nothing here. The order of the virtual operations is part of the binary interface.
 class RASTREL_API CObject {
  public:
   /// The object's own class. Never null.
   virtual CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
-  /// Reads or writes the object by the archive's mode. This one does nothing.
+  /// Reads or writes the object, by the archive's direction. A derived class overrides it; this one
+  /// does nothing.
   virtual void Serialize(CArchive& archive);
   /// Does nothing.
   virtual void AssertValid() const;
@@ -62,7 +63,8 @@ class RASTREL_API CObject {
   static CObject* CreateObject();
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names of classes.
-/// Defines what RASTREL_DECLARE_DYNCREATE declares; stands in one source, at global scope.
+/// Defines the members that RASTREL_DECLARE_DYNCREATE declares. Used in one source, at global
+/// scope.
 #define RASTREL_IMPLEMENT_DYNCREATE(class_name, base_name)                          \
   CRuntimeClass class_name::class##class_name {                                     \
 #class_name, 0xFFFF, class_name::CreateObject, &base_name::class##base_name     \

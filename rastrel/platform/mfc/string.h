@@ -2,5 +2,6 @@
 
 #include <string>
 
-/// The framework's string is the standard wide string here: one Unicode code point a character.
+/// The framework's string type, which is the standard wide string here: each character is one
+/// Unicode code point.
 using CString = std::wstring;

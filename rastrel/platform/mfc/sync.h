@@ -3,20 +3,22 @@
 #include "rastrel/export.h"
 #include "rastrel/platform/os/handle.h"
 
-/// A counting semaphore that a wait for several things can include: its handle is a descriptor that
-/// is readable while the count is above 0. Any thread may use it.
+/// A counting semaphore that a wait on several handles can include: its handle is a descriptor that
+/// is readable while the count is above 0. Any thread may use it, several at once.
 class RASTREL_API CSemaphore {
  public:
-  /// Count and maximum as given. If the system has no handle to give, m_hObject is invalid.
+  /// Starts with that count. `maximumCount` limits Unlock. If the system has no handle to give,
+  /// m_hObject is INVALID_HANDLE_VALUE, and every operation fails.
   explicit CSemaphore(int initialCount = 1, int maximumCount = 1);
   ~CSemaphore();
   CSemaphore(const CSemaphore&) = delete;
   CSemaphore& operator=(const CSemaphore&) = delete;
 
-  /// Waits for a count without a time limit and takes it. False if the wait failed.
+  /// Takes one from the count, waiting without a time limit while it is 0. False if the wait
+  /// failed.
   [[nodiscard]] bool Lock();
-  /// Gives one back. False, and nothing changed, at the maximum. Never blocks, and never lost: a
-  /// wait that begins later finds it.
+  /// Adds one to the count. False, and nothing changes, at the maximum. Never blocks. A wait that
+  /// begins later finds the count.
   bool Unlock();
 
   HANDLE m_hObject;  ///< owned; INVALID_HANDLE_VALUE if it could not be made
@@ -25,21 +27,24 @@ class RASTREL_API CSemaphore {
   int m_Maximum;
 };
 
-/// Holds one count of a semaphore. Lock and Unlock may be called from different threads, one after
-/// the other.
+/// Holds one count of a semaphore. One thread may call Lock and another Unlock, after it.
 class RASTREL_API CSingleLock {
  public:
-  /// The semaphore is not owned. Takes the count at once if `initialLock` is set.
+  /// The semaphore is not owned and must outlive the lock. If `initialLock` is set, waits for a
+  /// count as Lock does; IsLocked says whether that worked.
   explicit CSingleLock(CSemaphore* semaphore, bool initialLock = false);
   /// Gives the count back if it is held.
   ~CSingleLock();
   CSingleLock(const CSingleLock&) = delete;
   CSingleLock& operator=(const CSingleLock&) = delete;
 
-  /// Waits for a count without a time limit. False if that failed.
+  /// Waits for a count, without a time limit, and holds it. False if the wait failed or there is no
+  /// semaphore.
   [[nodiscard]] bool Lock();
-  /// Gives the count back. False if it is not held. Of two threads that unlock at once, one does.
+  /// Gives the count back. False if it is not held. Of two threads that call it at once, one
+  /// succeeds.
   bool Unlock();
+  /// Whether the count is held.
   [[nodiscard]] bool IsLocked() const;
 
  private:

@@ -7,8 +7,9 @@
 /// Base 64 as RFC 4648, chapter 4, with padding and without line ends.
 namespace rastrel::os {
 
+/// The text of these bytes.
 [[nodiscard]] std::string Base64FromBytes(std::string_view bytes);
-/// Nothing for text that is not what Base64FromBytes gives.
+/// The bytes of such a text; nothing if Base64FromBytes does not produce it for any bytes.
 [[nodiscard]] std::optional<std::string> BytesFromBase64(std::string_view text);
 
 }  // namespace rastrel::os

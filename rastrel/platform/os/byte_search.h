@@ -8,7 +8,7 @@
 /// No search reads a byte outside of [begin, end).
 namespace rastrel::os {
 
-/// True for what ends a line of text: CR, LF, and a zero byte.
+/// True for the bytes that end a line of text: CR, LF, and zero.
 [[nodiscard]] constexpr bool IsLineEnd(char byte) {
   return byte == '\n' || byte == '\r' || byte == '\0';
 }
@@ -26,21 +26,21 @@ struct ByteSearch {
   /// The first byte that is not `byte`, or `end`.
   const char* (*unlike)(const char* begin, const char* end, char byte);
 
-  /// The first `lead` that has `first` or `second` right behind it, both inside; or `end`.
+  /// The first `lead` that has `first` or `second` right after it, both inside; or `end`.
   const char* (*pair)(const char* begin, const char* end, char lead, char first, char second);
 
   /// Passes over lines that begin with one `mark`, in text whose first line does. Returns a place
   /// in [begin, end] such that no byte before it is one where
-  /// - a line end has neither `mark` nor CR nor LF behind it,
-  /// - a line end and two more of CR or LF stand in a row, or
-  /// - two marks have one of `letters` behind them.
+  /// - a line end is not followed by `mark`, CR or LF,
+  /// - a line end is followed by two of CR or LF, or
+  /// - two marks are followed by one of `letters`.
   /// A place where one of these holds is returned; so is one where about PlainStretch bytes follow
   /// without a line end; else one within 2 bytes of `end`, or `end`.
   const char* (*unlikeMarkedLines)(const char* begin, const char* end, char mark,
                                    const bool (&letters)[256]);
 };
 
-/// See ByteSearch::unlikeMarkedLines: text that was passed over holds a line end at least every
+/// See ByteSearch::unlikeMarkedLines: text that was skipped has a line end at least every
 /// 2 * PlainStretch bytes.
 inline constexpr std::ptrdiff_t PlainStretch = 2040;
 

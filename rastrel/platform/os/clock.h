@@ -15,7 +15,7 @@ struct LocalTime {
   int second = 0;
 };
 
-/// The present moment in local time. All zero if the system can't tell.
+/// The current local time. All zero if the system can't give it.
 [[nodiscard]] LocalTime CurrentLocalTime();
 
 /// Nanoseconds of a clock that only goes forward.

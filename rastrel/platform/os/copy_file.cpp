@@ -53,33 +53,31 @@ bool CopyContent(int source, int target, std::uint64_t size) {
     if (copied <= 0) break;
     left -= static_cast<std::uint64_t>(copied);
   }
-  // What the kernel can't copy by itself (another file system, one that does not know how) goes
-  // through memory, from where it stopped. Files of the proc file system have no size to go by.
+  // If the kernel can't copy by itself (to another file system, say), the rest goes through memory.
+  // Files of the proc file system have no size, so their content always does.
   return (size > 0 && left == 0) || AppendContent(target, source);
 }
 
-const char* Fill(int source, int target, const struct stat& state) {
-  if (!CopyContent(source, target, static_cast<std::uint64_t>(state.st_size))) return "write";
-  if (::fchmod(target, state.st_mode & 0777U) != 0) return "fchmod";
+Expected<void> Fill(int source, int target, const struct stat& state, const char* name) {
+  if (!CopyContent(source, target, static_cast<std::uint64_t>(state.st_size)))
+    return Failure{"write", name, errno};
+  if (::fchmod(target, state.st_mode & 0777U) != 0) return Failure{"fchmod", name, errno};
   const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, state.st_mtim};
-  return ::futimens(target, times) != 0 ? "futimens" : nullptr;
+  if (::futimens(target, times) != 0) return Failure{"futimens", name, errno};
+  return {};
 }
 
 }  // namespace
 
-const char* CopyFileAt(FileAt source, FileAt target, LinksInSource links) {
+Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links) {
   struct stat state {};
   const FileDescriptor from = OpenSource(source, links, state);
-  if (!from.IsOpen()) return "open";
+  if (!from.IsOpen()) return Failure{"open", source.name, errno};
   const FileDescriptor to = OpenTarget(target, state);
-  if (!to.IsOpen()) return "create";
-  const char* failed = Fill(from.Get(), to.Get(), state);
-  if (failed != nullptr) {
-    const int error = errno;
-    ::unlinkat(target.directory, target.name, 0);
-    errno = error;
-  }
-  return failed;
+  if (!to.IsOpen()) return Failure{"create", target.name, errno};
+  auto filled = Fill(from.Get(), to.Get(), state, target.name);
+  if (!filled) ::unlinkat(target.directory, target.name, 0);
+  return filled;
 }
 
 }  // namespace rastrel::os

@@ -1,7 +1,9 @@
 #pragma once
 
-/// Copying of single files by native name, below open directories: what CopyFileOver and
-/// CopyTreeInto share.
+#include "rastrel/platform/os/expected.h"
+
+/// Copying of single files by native name, below open directories. CopyFileOver and CopyTreeInto
+/// share it.
 namespace rastrel::os {
 
 /// A name below an open directory.
@@ -10,13 +12,13 @@ struct FileAt {
   const char* name;  ///< native bytes, relative to it
 };
 
-/// What becomes of a source that is a link.
+/// Whether a source that is a link is followed or a failure.
 enum class LinksInSource { Followed, Refused };
 
 /// Copies a regular file's content, permission bits and modification time over the target, which is
-/// made if it is missing. A target that is the source itself is a failure and stays whole; any
-/// other failure leaves no half target behind. Returns null, or the call that failed ("open"
-/// concerns the source), with errno set.
-[[nodiscard]] const char* CopyFileAt(FileAt source, FileAt target, LinksInSource links);
+/// made if it is missing. A target that is the source itself is a failure (EINVAL) and stays whole;
+/// any other failure removes an incomplete target. The Failure's `what` is the call ("open" of the
+/// source, any other of the target), and `where` the name as given.
+[[nodiscard]] Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links);
 
 }  // namespace rastrel::os

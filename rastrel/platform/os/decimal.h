@@ -6,9 +6,9 @@
 /// locale, and without an exponent.
 namespace rastrel::os {
 
-/// The number rounded to `places` decimals (at most 17), without the zeros at its end: "12.5",
-/// "3", "-0.0001". What rounds to nothing is "0", without a sign. Infinities and what is no number
-/// are written as the standard library does: "inf", "nan".
+/// The number rounded to `places` decimals (maximum 17), without trailing zeros: "12.5",
+/// "3", "-0.0001". A number that rounds to zero is "0", without a sign. Infinities and NaN are
+/// written as the standard library does: "inf", "nan".
 [[nodiscard]] std::string ShortDecimal(double value, int places);
 
 }  // namespace rastrel::os

@@ -12,7 +12,7 @@ namespace rastrel::os {
 /// One name in a directory, as bytes: it need not be UTF-8.
 struct DirectoryEntry {
   std::string name;
-  unsigned char type = DT_UNKNOWN;  ///< DT_ constant; unknown where the file system does not tell
+  unsigned char type = DT_UNKNOWN;  ///< DT_ constant; unknown if the file system has no type
 };
 
 /// Reads a directory piece by piece, so that one with millions of names costs no more memory than
@@ -20,15 +20,15 @@ struct DirectoryEntry {
 class DirectoryReader {
  public:
   /// Opens `name` below the open directory `parent` (or AT_FDCWD). With `followLink` unset a link
-  /// is a failure. IsOpen tells success; errno says why not.
+  /// is a failure. On a failure IsOpen is false and errno has the reason.
   DirectoryReader(int parent, const char* name, bool followLink);
 
   [[nodiscard]] bool IsOpen() const { return m_Stream != nullptr; }
-  /// The directory's descriptor, for calls on what it holds. REQUIRES: open.
+  /// The directory's descriptor, for calls on its entries. REQUIRES: open.
   [[nodiscard]] int Descriptor() const { return ::dirfd(m_Stream.get()); }
 
-  /// The next entries but "." and "..", without their order; `entries` empty at the end. False with
-  /// errno set if the directory can't be read on.
+  /// Stores the next entries, unsorted and without "." and ".."; none at the end. False with errno
+  /// set if the directory can't be read further.
   [[nodiscard]] bool ReadPiece(std::vector<DirectoryEntry>& entries);
 
  private:

@@ -4,23 +4,24 @@
 #include <utility>
 #include <variant>
 
-/// The one way in which anything here says that it failed: `Expected<T>` holds a value, or the
-/// `Failure` that stands in its place. It is used from the calls of the operating system up to the
-/// command, which shows it. Nothing throws. The interface's own booleans, numbers and exceptions
-/// stay as its callers expect them, and are made of a Failure where they leave the library.
+/// How every function here reports a failure: `Expected<T>` holds a value, or a `Failure` in its
+/// place. It is used from the calls of the operating system up to the command, which shows it.
+/// Nothing throws. The public interface keeps its own booleans, numbers and exceptions, which are
+/// made from a Failure.
 namespace rastrel {
 
-/// What failed, on what, and why. Every field is optional; Describe leaves out what is empty.
+/// The call that failed, its object, and the reason. Every field is optional; Describe leaves out
+/// the empty ones.
 struct Failure {
   /// The call or the step: "open", "read". Lower case, without a full stop. Empty if `why` is a
   /// whole sentence.
   std::string what{};
-  /// What it was made on: a native path or a name, UTF-8 or the bytes of the path. May be foreign
-  /// text, with any character in it.
+  /// The object of the call: a native path or a name, in UTF-8 or as the path's bytes. It may come
+  /// from a file and hold any character.
   std::string where{};
   /// The system's error number as the call left it; 0 if no call of the system failed.
   int error = 0;
-  /// The reason in words, UTF-8, without a full stop. Empty: the system's words for `error`.
+  /// The reason as text, UTF-8, without a full stop. Empty: the system's text for `error`.
   std::string why{};
   /// Line in `where`, from 1; 0 if it is no text or could not be read at all.
   int line = 0;
@@ -39,10 +40,10 @@ struct Failure {
 /// Independent of the locale.
 [[nodiscard]] std::string Describe(const Failure& failure);
 
-/// The system's words for an error number, without a locale. Never empty.
+/// The system's text for an error number, in English whatever the locale. Never empty.
 [[nodiscard]] std::string DescribeError(int error);
 
-/// A failure of which only words are known: `why`.
+/// A failure with nothing but a text: `why`.
 [[nodiscard]] inline Failure FailureOf(std::string why) {
   Failure failure;
   failure.why = std::move(why);
@@ -50,7 +51,7 @@ struct Failure {
 }
 
 /// A value, or the failure that kept it from being had. Owns either. Made of a `T` or of a
-/// `Failure`, without a word between: `return file;`, `return Failure{"open", path, errno};`.
+/// `Failure` implicitly: `return file;`, `return Failure{"open", path, errno};`.
 template <typename T>
 class [[nodiscard]] Expected {
  public:

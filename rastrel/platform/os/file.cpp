@@ -35,7 +35,7 @@ Expected<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
   return FileDescriptor(descriptor);
 }
 
-// Reads to the end. `expected` is only a first guess: files of the proc file system tell 0.
+// Reads to the end. `expected` is only a first guess: files of the proc file system have size 0.
 Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::uint64_t expected,
                                 std::uint64_t limit) {
   std::string content;
@@ -209,12 +209,8 @@ bool WriteAll(int descriptor, std::string_view bytes) {
 }
 
 Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target) {
-  const std::string from = ToNative(source);
-  const std::string to = ToNative(target);
-  const char* failed =
-      CopyFileAt({AT_FDCWD, from.c_str()}, {AT_FDCWD, to.c_str()}, LinksInSource::Followed);
-  if (failed != nullptr) return FailureOf(failed, std::string(failed) == "open" ? from : to);
-  return {};
+  return CopyFileAt({AT_FDCWD, ToNative(source).c_str()}, {AT_FDCWD, ToNative(target).c_str()},
+                    LinksInSource::Followed);
 }
 
 void WriteToStandardError(std::string_view bytes) {

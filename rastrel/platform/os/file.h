@@ -11,17 +11,18 @@
 /// says otherwise. errno is left as the failing call set it.
 namespace rastrel::os {
 
-/// True if something of that name exists, whatever it is.
+/// True if an entry of that name exists, of any kind.
 [[nodiscard]] bool Exists(std::wstring_view path);
 /// True if it exists and is a directory.
 [[nodiscard]] bool IsDirectory(std::wstring_view path);
 /// True if it exists and this process may read it (`_waccess` mode 4). For the superuser too, a
 /// file with no read bit at all counts as unreadable only if the kernel says so.
 [[nodiscard]] bool IsReadable(std::wstring_view path);
-/// Size in bytes of a regular file; 0 if it does not exist, is of another kind or can't be asked.
+/// Size in bytes of a regular file; 0 if it does not exist, is of another kind or can't be
+/// examined.
 [[nodiscard]] std::uint64_t FileSize(std::wstring_view path);
 
-/// What tells one state of a file from another.
+/// Distinguishes one state of a file from another.
 struct FileStamp {
   std::uint64_t size = 0;     ///< bytes
   std::int64_t modified = 0;  ///< time of the last change, nanoseconds since 1970
@@ -29,11 +30,12 @@ struct FileStamp {
 };
 [[nodiscard]] Expected<FileStamp> StampOf(std::wstring_view path);
 
-/// Creates one directory with mode 0777 less the umask. False if it could not, also when it exists.
+/// Creates one directory with mode 0777 less the umask. False with errno set if that failed, and if
+/// it exists.
 [[nodiscard]] bool MakeDirectory(std::wstring_view path);
 /// Removes a file or link (never a directory).
 [[nodiscard]] bool RemoveFile(std::wstring_view path);
-/// Gives a file another name on the same file system, in place of what had that name. False with
+/// Gives a file another name on the same file system, and replaces a file of that name. False with
 /// errno set.
 [[nodiscard]] bool RenameFile(std::wstring_view source, std::wstring_view target);
 
@@ -45,7 +47,7 @@ struct FileStamp {
 /// The whole file. `Failure` also if it is larger than `limit` bytes (error EFBIG) or not a
 /// regular file (EINVAL); never blocks on a pipe.
 [[nodiscard]] Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit);
-/// Replaces the file as a whole: a reader sees the old or the new content, never a part, also after
+/// Replaces the file as a whole: a reader sees the old or the new content, never a part, even after
 /// a crash. Missing parent directories are a failure.
 [[nodiscard]] Expected<void> ReplaceFile(std::wstring_view path, std::string_view content);
 

@@ -7,25 +7,23 @@
 
 namespace rastrel::os {
 
-/// A file that this process is still writing while another of its threads reads it already. As long
-/// as this object lives and has not ended, whoever comes to the file's end through
-/// WaitForGrowth waits for what is still to come.
+/// A file that one thread of this process still writes while another reads it. Until End, a reader
+/// that has come to the file's end waits in WaitForGrowth for more bytes.
 ///
 /// Any thread; one writer. Objects of several files may live at a time.
 class GrowingFile {
  public:
-  /// Makes an empty file by its native path and announces it. IsGood tells whether it could.
+  /// Makes an empty file by its native path and announces it. State has the failure, if any.
   explicit GrowingFile(const std::string& path);
-  /// From here on the file is like any other, so the object is to live as long as there may be
-  /// readers.
+  /// From here on the file is like any other, so the object must live as long as its readers.
   ~GrowingFile();
   GrowingFile(const GrowingFile&) = delete;
   GrowingFile& operator=(const GrowingFile&) = delete;
 
   [[nodiscard]] const Expected<void>& State() const { return m_State; }
-  /// The file has so many bytes now; readers go on.
+  /// The file has `size` bytes now; waiting readers continue.
   void Grow(std::uint64_t size);
-  /// It is whole, or it never will be, which every reader that comes to its end is told.
+  /// The file is complete, or will never be. Readers at its end get Whole or Failed.
   void End(bool isWhole);
 
  private:
@@ -34,10 +32,10 @@ class GrowingFile {
   std::uint64_t m_Number = 0;
 };
 
-/// What a reader finds at the end of a file.
+/// The state of a file at a reader's position.
 enum class Growth {
   Grown,  ///< there is more than `size` bytes by now
-  Whole,  ///< there will be no more; so it is with every file that nobody announced
+  Whole,  ///< there will be no more; always so for a file that was not announced
   Failed  ///< the rest could not be written
 };
 

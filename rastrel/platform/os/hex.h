@@ -7,7 +7,7 @@
 /// Hexadecimal digits, two a byte.
 namespace rastrel::os {
 
-/// Which letters stand for 10 to 15.
+/// The case of the digits 10 to 15.
 enum class HexCase { Lower, Upper };
 
 /// Appends the two digits of a byte.

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// Folders that came from outside, where names may lead elsewhere.
+/// Folders from an untrusted source, whose entries may be links to other places.
 namespace rastrel::os {
 
 /// The native path of the first thing on the way from `folder` to `folder` + `rest` that is no

@@ -6,18 +6,14 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <string_view>
 
 #include "rastrel/platform/os/copy_file.h"
 
 namespace rastrel::os {
 
 Expected<void> CopyNativeFile(const std::string& source, const std::string& target) {
-  const char* failed =
-      CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, LinksInSource::Followed);
-  if (failed == nullptr) return {};
-  const int error = errno;
-  return Failure{failed, std::string_view(failed) == "open" ? source : target, error};
+  return CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()},
+                    LinksInSource::Followed);
 }
 
 bool IsProgram(const std::string& path) {

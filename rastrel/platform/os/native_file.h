@@ -8,7 +8,7 @@
 /// backslash or with bytes that are no UTF-8.
 namespace rastrel::os {
 
-/// As CopyFileOver (see file.h), by native paths taken as they stand.
+/// As CopyFileOver (see file.h), by native paths, which are not changed.
 [[nodiscard]] Expected<void> CopyNativeFile(const std::string& source, const std::string& target);
 
 /// Whether this process may execute the file, and it is a regular one.

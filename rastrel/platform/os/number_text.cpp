@@ -26,8 +26,8 @@ bool TakeSign(std::basic_string_view<Character>& text) {
   return negative;
 }
 
-// What a number out of range has become is told by the place of its first digit that counts, which
-// no exponent can hide: the value is either beyond 1e308 or below 1e-307.
+// A number out of range is too large or too small by the place of its first digit that counts,
+// which no exponent can hide: the value is either beyond 1e308 or below 1e-307.
 bool IsHuge(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size() && text[at] == '0') ++at;

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string_view>
 
-/// Numbers as the platform's `_wtof`, `_wtoi` and `_wtoi64` read them: white space in front (blank,
+/// Reads numbers as the platform's `_wtof`, `_wtoi` and `_wtoi64` do: leading whitespace (space,
 /// tab, line feed, vertical tab, form feed, carriage return), one sign, then the longest part that
-/// is a decimal number. What follows is not looked at, and no number is 0. The decimal point is a
-/// full stop, whatever the locale. Bytes are UTF-8.
+/// is a decimal number. The rest of the text is ignored; without a number the result is 0. The
+/// decimal point is a full stop, whatever the locale. Bytes are UTF-8.
 namespace rastrel::os {
 
 /// Digits, a point and digits, and an exponent (e or E, sign, digits) if it is whole. Rounded to

@@ -60,7 +60,7 @@ std::string FindIgnoringCase(const std::string& directory, std::string_view name
   return found;
 }
 
-// Follows `path` from `fixed`, which is taken as it stands, component by component.
+// Follows `path` from `fixed`, which is not looked up, component by component.
 std::string ResolveCase(const std::string& path, std::size_t fixed) {
   std::string resolved = path.substr(0, fixed);
   std::size_t position = fixed;
@@ -102,7 +102,7 @@ std::string WithoutClosingSlashes(std::string path) {
 std::string ConfiguredDataRoot() {
   std::string own = EnvironmentValue("RASTREL_HOME");
   if (!own.empty()) return own;
-  // The XDG base directory rules tell to ignore a relative path.
+  // The XDG base directory rules say to ignore a relative path.
   const std::string data = EnvironmentValue("XDG_DATA_HOME");
   if (data.starts_with('/')) return WithoutClosingSlashes(data) + "/rastrel";
   return WithoutClosingSlashes(HomeDirectory()) + "/.local/share/rastrel";

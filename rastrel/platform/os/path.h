@@ -10,7 +10,7 @@
 /// folder that takes wide text calls it.
 namespace rastrel::os {
 
-/// The path of this machine that a library path stands for, in UTF-8:
+/// The native path of a library path, in UTF-8:
 /// - '\' becomes '/';
 /// - a drive letter and colon become `drive_<letter>`, lower case, under DataRoot();
 /// - a component that does not exist as spelled, below a directory that does, is looked up once
@@ -50,7 +50,7 @@ struct PathParts {
 [[nodiscard]] std::string ExecutablePath();
 /// Full native path of the file that holds this code (shared library or program), or empty.
 [[nodiscard]] std::string ModulePath();
-/// Present directory as a native path, or empty.
+/// The current directory as a native path, or empty.
 [[nodiscard]] std::string CurrentDirectory();
 
 /// A variable of the environment, or empty if it is not set.

@@ -18,7 +18,7 @@
 namespace rastrel::os {
 namespace {
 
-// What a process without privileges may ask for where nobody changed the system's limit.
+// The system's default limit for a process without privileges.
 constexpr int UsualPipeLimit = 1 << 20;
 
 struct Ends {
@@ -40,7 +40,7 @@ bool OpenPipe(Ends& ends) {
   return LiftAboveStandard(ends.read) && LiftAboveStandard(ends.write);
 }
 
-// Returns the size that the pipe has then, or -1 if that is not known.
+// Returns the pipe's new size, or -1 if it is unknown.
 int GrowPipe(const Ends& ends, std::size_t size) {
   const int wanted = static_cast<int>(std::min<std::size_t>(size, INT_MAX));
   const int granted = Calls().set_pipe_size(ends.write.Get(), wanted);

@@ -201,7 +201,7 @@ Failure ReplaceProcess(const std::string& executable, const std::vector<std::str
 }
 
 bool CanOpenProcess(std::uint32_t id) {
-  // 0 and what is negative as a pid_t would ask for groups of processes.
+  // 0, and a number that is negative as a pid_t, would mean groups of processes.
   if (id == 0 || id > static_cast<std::uint32_t>(INT_MAX)) return false;
   return ::kill(static_cast<pid_t>(id), 0) == 0;
 }

@@ -10,7 +10,7 @@
 
 namespace rastrel::os {
 
-/// What a child is started with. Standard streams that are 0 or invalid are this process's own.
+/// The parameters of a child's start. A standard stream that is 0 or invalid is this process's own.
 struct SpawnRequest {
   std::string executable{};  ///< native path; a relative one is taken from this process's directory
   std::vector<std::string> arguments{};    ///< with the program's name as first element
@@ -41,18 +41,18 @@ struct ChildProcess {
 
 /// How a child ended.
 struct ExitState {
-  bool running = false;   ///< it has not ended yet; the other fields mean nothing
+  bool running = false;   ///< it has not ended yet; the other fields have no meaning
   bool byItself = false;  ///< it called exit; false if a signal ended it
   int status = 0;         ///< exit status 0 to 255, or the signal's number
 };
 
-/// Looks whether the child has ended, and takes its end over (it is a zombie no more). Only this
-/// child is waited for; other children of the process are left alone. `Failure` if it can't be
-/// asked, for instance because somebody else in the process reaped it.
+/// Checks whether the child has ended, and reaps it if so. Does not wait. Other children of the
+/// process are left alone. `Failure` if the state is not to be had, for instance because other code
+/// in the process has reaped the child.
 [[nodiscard]] Expected<ExitState> TakeExitState(HANDLE process);
 
-/// Ends the child at once (SIGKILL), waits for its end and takes it over. What it returns tells a
-/// child that had ended by itself before from one that was ended.
+/// Ends the child at once (SIGKILL), waits for its end and reaps it. The result distinguishes a
+/// child that had ended by itself before from one that was killed here.
 [[nodiscard]] Expected<ExitState> Terminate(HANDLE process);
 
 /// Whether a process with that id lives and this process may act on it (a signal could be sent).

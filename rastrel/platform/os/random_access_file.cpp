@@ -54,7 +54,7 @@ std::size_t RandomAccessFile::HoleAt(std::uint64_t offset, std::size_t count) {
   off_t data = find();
   std::uint64_t end = offset;
   if (data < 0 && errno == ENXIO) {
-    // A file that grows meanwhile has data behind a size that was asked for before.
+    // A file that grows meanwhile has data after a size that was read before.
     end = std::max(Size(), offset);
     data = end > offset ? find() : -1;
   }

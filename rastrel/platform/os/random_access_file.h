@@ -12,15 +12,16 @@
 namespace rastrel::os {
 
 /// A regular file that is read at any offset. Move only; not to be used by two threads at once.
-/// The file may grow, shrink or lose its name meanwhile: a read tells what is there at that moment.
+/// The file may grow, shrink or lose its name meanwhile: a read sees the file of that moment.
 class RandomAccessFile {
  public:
-  /// Opens by library path (see path.h). Links are followed. What is no regular file is a failure
-  /// (EINVAL; EISDIR for a directory) and is never waited for: a pipe without a writer, a device.
+  /// Opens by library path (see path.h). Links are followed. Anything but a regular file is a
+  /// failure (EINVAL; EISDIR for a directory) and is never waited for: a pipe without a writer, a
+  /// device.
   [[nodiscard]] static Expected<RandomAccessFile> Open(std::wstring_view path);
 
   /// Reads from `offset` on. Returns how many bytes, which may be fewer than asked for before the
-  /// end or where a part that was never written begins; 0 at and behind the end; -1 with errno set.
+  /// end or where a part that was never written begins; 0 at and after the end; -1 with errno set.
   /// Goes on after an interruption.
   [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes);
 
@@ -30,7 +31,7 @@ class RandomAccessFile {
     return WaitForGrowth(m_File.Get(), size);
   }
 
-  /// Present size in bytes; 0 if it can't be asked.
+  /// The current size in bytes; 0 if it is not to be had.
   [[nodiscard]] std::uint64_t Size() const;
 
  private:

@@ -5,7 +5,7 @@
 namespace rastrel::os {
 
 Expected<SharedLibrary> SharedLibrary::Open(const char* name) {
-  // Not unloaded at the end of anything: libraries leave threads' data and exit functions behind.
+  // Not unloaded at the end of anything: libraries keep threads' data and exit functions.
   void* const library = ::dlopen(name, RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
   if (library != nullptr) return SharedLibrary(library);
   const char* const why = ::dlerror();

@@ -13,7 +13,7 @@ namespace rastrel::os {
 /// this object; may be copied. Thread: any.
 class SharedLibrary {
  public:
-  /// Loads it. The failure's `why` has the loader's words.
+  /// Loads it. The failure's `why` is the loader's message.
   [[nodiscard]] static Expected<SharedLibrary> Open(const char* name);
 
   /// Sets the function to the one of that name. False if the library has none; the function is then

@@ -20,7 +20,7 @@ class StopSignals {
   [[nodiscard]] static std::unique_ptr<StopSignals> Start(std::function<void(int)> onSignal);
 
   /// Waits for a call that is under way. The signals stay masked, so that one that comes late does
-  /// not cut off what the program still does before its end.
+  /// not interrupt the program's last steps.
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;

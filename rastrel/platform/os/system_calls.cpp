@@ -20,7 +20,7 @@ SystemCalls& Calls() {
       .eventfd = ::eventfd,
       .set_pipe_size =
           [](int descriptor, int bytes) {
-            // The call tells the size on new kernels and 0 on old ones.
+            // The call returns the size on new kernels and 0 on old ones.
             const int granted = ::fcntl(descriptor, F_SETPIPE_SZ, bytes);
             return granted == 0 ? ::fcntl(descriptor, F_GETPIPE_SZ) : granted;
           },

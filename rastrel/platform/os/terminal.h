@@ -10,7 +10,7 @@ namespace rastrel::os {
 /// Whether the descriptor is a terminal that understands control sequences (not "dumb").
 [[nodiscard]] bool IsTerminal(HANDLE handle);
 
-/// Characters in a row of the terminal, or 0 if it can't be told.
+/// Characters in a row of the terminal; 0 if unknown.
 [[nodiscard]] unsigned TerminalColumns(HANDLE handle);
 
 /// Gives a program the keys of its terminal one by one, unechoed, Ctrl-C and Ctrl-Z among them as

@@ -23,8 +23,8 @@ constexpr bool IsSurrogate(std::uint32_t value) { return value >= 0xD800 && valu
 // Text goes through a block that stays in the processor's cache, so that the target is written once
 // and never cleared first.
 constexpr std::size_t BlockCharacters = 4096;
-// Characters that are looked at together, to learn where the next ones beyond ASCII stand. A run of
-// ASCII then costs a shift and a count, and no wait for what the memory holds.
+// Characters that are looked at together, to find the next ones beyond ASCII. A run of
+// ASCII then costs a shift and a count, and no wait for memory.
 constexpr std::size_t Stride = 64;
 // Characters that one step of the vector code handles, whether they are needed or not.
 constexpr std::size_t Step = 16;
@@ -65,7 +65,7 @@ inline void WidenStep(const unsigned char* bytes, wchar_t* wide) {
   _mm_storeu_si128(output + 3, _mm_unpackhi_epi16(high, zero));
 }
 
-// 16 characters as 16-bit numbers; what does not fit is the nearest that does.
+// 16 characters as 16-bit numbers, saturated.
 struct Halves {
   __m128i low;
   __m128i high;

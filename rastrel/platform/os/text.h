@@ -28,10 +28,10 @@ void AppendUtf8FromWide(std::string& target, std::wstring_view text);
 
 /// Decodes the ANSI code page, Windows-1252. Its five undefined bytes map to the same code points.
 [[nodiscard]] std::wstring WideFromAnsi(std::string_view bytes);
-/// Encodes in Windows-1252; what it lacks becomes '?'.
+/// Encodes in Windows-1252; a character that it lacks becomes '?'.
 [[nodiscard]] std::string AnsiFromWide(std::wstring_view text);
 
-/// Lower case of the 26 ASCII letters, all else as it is; never by the locale.
+/// The text with the 26 ASCII letters in lower case, independent of the locale.
 [[nodiscard]] std::wstring LowerAscii(std::wstring_view text);
 
 }  // namespace rastrel::os

@@ -23,7 +23,7 @@ std::size_t FirstElement(std::wstring_view path) {
     return position;
   };
   if (path.starts_with(L"\\\\")) {
-    // The server can't be made. A slash ends its name even where a backslash stands before it.
+    // The server can't be made. A slash ends its name even after a backslash.
     std::size_t end = path.find(L'/', 2);
     if (end == std::wstring_view::npos) end = path.find(L'\\', 2);
     return end == std::wstring_view::npos ? path.size() : skipSeparators(end);

@@ -37,7 +37,7 @@ FileDescriptor OpenDirectory(int parent, const char* name) {
 
 class Copier {
  public:
-  // Copies what `source` holds into `target`. What can't be copied is passed over.
+  // Copies the entries of `source` into `target`, except those that can't be copied.
   void CopyContent(DirectoryReader& source, int target, unsigned depth) {
     if (depth == 0) m_TargetRoot = IdentityOf(target);
     if (IdentityOf(source.Descriptor()) == IdentityOf(target)) return;

@@ -14,7 +14,7 @@ namespace rastrel::os {
 namespace {
 
 // Answers whether copying and deleting a tree would have passed nothing over, lost nothing and
-// failed nowhere. Only what belongs to this user is judged, since the mode bits then tell all.
+// failed nowhere. Only this user's files are judged, since for them the mode bits decide.
 class MoveJudge {
  public:
   explicit MoveJudge(dev_t device) : m_Device(device) {}
@@ -44,7 +44,7 @@ class MoveJudge {
            (state.st_mode & (S_ISUID | S_ISGID)) == 0 && Permits(state, S_IRUSR);
   }
 
-  // What is mounted inside would be copied, and could not be removed.
+  // A mounted file system would be copied, and could not be removed.
   [[nodiscard]] bool IsOwn(const struct stat& state) const {
     return state.st_dev == m_Device && state.st_uid == m_User;
   }

@@ -20,8 +20,8 @@ namespace {
 
 enum class Taken { Yes, Raced, Failed };
 
-// Takes what a readable handle signals. A semaphore loses one count, which another waiter may have
-// taken first. A process has nothing to take: the kernel refuses to read a pidfd with EINVAL.
+// Consumes the signal of a readable handle. A semaphore loses one count, which another waiter may
+// have taken first. A process has nothing to take: the kernel refuses to read a pidfd with EINVAL.
 Taken TakeSignal(HANDLE handle) {
   std::uint64_t count = 0;
   for (;;) {
@@ -99,7 +99,7 @@ bool TryAcquireSemaphoreHandle(HANDLE semaphore) { return TakeSignal(semaphore) 
 unsigned SemaphoreCount(HANDLE semaphore) {
   pollfd entry{.fd = semaphore, .events = POLLIN, .revents = 0};
   if (Calls().poll(&entry, 1, 0) != 1 || (entry.revents & POLLIN) == 0) return 0;
-  // Reading the descriptor would change the count; the kernel tells it in this file as well.
+  // Reading the descriptor would change the count; the kernel has it in this file as well.
   std::ifstream information("/proc/self/fdinfo/" + std::to_string(semaphore));
   const std::string label = "eventfd-count:";
   for (std::string line; std::getline(information, line);)

@@ -6,14 +6,14 @@
 
 #include "rastrel/platform/os/handle.h"
 
-/// One wait over several handles, with the numbers that supervisors tell its results by.
+/// One wait over several handles, with the result codes that supervisors use.
 namespace rastrel::os {
 
 inline constexpr std::uint32_t WaitSignaledBase = 0;  ///< plus the index of the handle
 inline constexpr std::uint32_t WaitAbandonedBase =
     128;  ///< plus the index; no wait here returns it
 inline constexpr std::uint32_t WaitTimeout = 258;
-inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF;  ///< errno tells why
+inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF;  ///< errno has the reason
 inline constexpr std::size_t WaitLimit = 64;             ///< handles in one wait
 
 /// Waits without a time limit until one of the handles is signalled: a semaphore with a count
@@ -21,9 +21,9 @@ inline constexpr std::size_t WaitLimit = 64;             ///< handles in one wai
 /// index. No handles, or more than WaitLimit: WaitFailed. Goes on after an interruption.
 [[nodiscard]] std::uint32_t WaitForAny(std::span<const HANDLE> handles);
 
-/// Waits until one of the handles can be read, at most `milliseconds` (-1: without a limit), and
-/// takes nothing from it. Returns WaitSignaledBase + the lowest index, WaitTimeout, or WaitFailed.
-/// Handles that are invalid are passed over. Goes on after an interruption, from the beginning.
+/// Waits until one of the handles can be read, `milliseconds` at the longest (-1: without a limit),
+/// and takes nothing from it. Returns WaitSignaledBase + the lowest index, WaitTimeout, or
+/// WaitFailed. Invalid handles are skipped. An interruption restarts the wait and its time.
 [[nodiscard]] std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds);
 
 /// Makes a counter that WaitForAny can wait for, with the count given. Invalid with errno set on
@@ -35,7 +35,7 @@ void ReleaseSemaphoreHandle(HANDLE semaphore);
 [[nodiscard]] bool AcquireSemaphoreHandle(HANDLE semaphore);
 /// Takes one if there is one, and never waits. False if there was none.
 [[nodiscard]] bool TryAcquireSemaphoreHandle(HANDLE semaphore);
-/// The present count; 0 for what is no semaphore.
+/// The current count; 0 for a handle that is no semaphore.
 [[nodiscard]] unsigned SemaphoreCount(HANDLE semaphore);
 
 }  // namespace rastrel::os

@@ -6,11 +6,13 @@
 
 #include <csignal>
 
+#include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/platform/standalone/headless_views.h"
 #include "tests/conversion/queue_fixture.h"
 #include "tests/support/scripted_views.h"
 
 using namespace rastrel::host;
+using PrintingThread::CLQThread;
 using rastrel::test::HasChildren;
 using rastrel::test::Lines;
 using rastrel::test::ScriptedHost;
@@ -164,11 +166,11 @@ TEST_F(ProgressDialog, cancelled_ends_a_child_that_reported_success_and_hangs) {
 }
 
 TEST_F(ProgressDialog, cancelled_ends_when_the_child_is_gone_and_others_hold_its_pipes) {
-  CLQTicket::s_Patience = 100;
+  CLQThread::s_GuardianTimeout = 100;
   Queue("sleep 1000 &\necho $! > \"$RASTREL_HOME/left\"\necho 'INFO: CONVERTING' >&2\nexit 1\n");
   CancelAt(Begun);
   EXPECT_EQ(Run(), CancelCommand);
-  CLQTicket::s_Patience = 5000;
+  CLQThread::s_GuardianTimeout = CLQThread::GuardianTimeout;
   ::kill(std::stoi(Root().Read("left")), SIGKILL);
 }
 

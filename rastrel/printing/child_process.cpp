@@ -1,13 +1,13 @@
-#include "rastrel/cfm/cp_helper.h"
+#include "rastrel/printing/child_process.h"
 
 #include <cstring>
 
-#include "rastrel/cfm/command_line.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/printing/command_line.h"
 
 namespace os = rastrel::os;
 
@@ -57,7 +57,7 @@ bool CCPHelper::Start() {
 
   os::SpawnRequest request;
   request.executable = os::ToNative(m_Executable);
-  for (const std::wstring& argument : rastrel::cfm::ArgumentsOfCommandLine(commandLine))
+  for (const std::wstring& argument : rastrel::printing::ArgumentsOfCommandLine(commandLine))
     request.arguments.push_back(os::Utf8FromWide(argument));
   request.environment = EntriesOf(m_Environment);
   request.directory = os::ToNative(parts.drive + parts.directory);

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "rastrel/cfm/args.h"
 #include "rastrel/platform/os/handle.h"
+#include "rastrel/printing/environment_block.h"
 
 namespace PrintingThread {
 

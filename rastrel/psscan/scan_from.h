@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "rastrel/psscan/line_reader.h"
-#include "rastrel/psscan/start.h"
+#include "rastrel/psscan/postscript_start.h"
 
 namespace rastrel::psscan {
 

@@ -1,4 +1,4 @@
-#include "rastrel/cfm/args.h"
+#include "rastrel/printing/environment_block.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "rastrel/cfm/cp_helper.h"
+#include "rastrel/printing/child_process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "rastrel/psscan/start.h"
+#include "rastrel/psscan/postscript_start.h"
 
 #include <gtest/gtest.h>
 

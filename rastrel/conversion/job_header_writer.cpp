@@ -1,8 +1,9 @@
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 
 #include <array>
 
 #include "rastrel/conversion/cut_color_text.h"
+#include "rastrel/conversion/prepend.h"
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/host/settings.h"
 

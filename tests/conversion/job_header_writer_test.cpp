@@ -1,4 +1,4 @@
-#include "rastrel/conversion/job_header.h"
+#include "rastrel/conversion/job_header_writer.h"
 
 #include <gtest/gtest.h>
 

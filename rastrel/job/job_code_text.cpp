@@ -1,4 +1,4 @@
-#include "rastrel/job/status_text.h"
+#include "rastrel/job/job_code_text.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "rastrel/cfm/command_line.h"
+#include "rastrel/printing/command_line.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using rastrel::cfm::ArgumentsOfCommandLine;
+using rastrel::printing::ArgumentsOfCommandLine;
 using Words = std::vector<std::wstring>;
 
 TEST(CommandLine, quotes_keep_blanks_together_and_stand_nowhere_themselves) {

@@ -1,6 +1,6 @@
-#include "rastrel/cfm/command_line.h"
+#include "rastrel/printing/command_line.h"
 
-namespace rastrel::cfm {
+namespace rastrel::printing {
 
 std::vector<std::wstring> ArgumentsOfCommandLine(std::wstring_view line) {
   std::vector<std::wstring> arguments;
@@ -22,4 +22,4 @@ std::vector<std::wstring> ArgumentsOfCommandLine(std::wstring_view line) {
   return arguments;
 }
 
-}  // namespace rastrel::cfm
+}  // namespace rastrel::printing

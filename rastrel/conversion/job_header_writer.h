@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "rastrel/conversion/cut_data.h"
+
+/// Size of a page in centimetres.
+struct PageSize {
+  double height = 0;
+  double width = 0;
+};
+
+namespace rastrel::conversion {
+
+/// The lines that tell the queue program what to do with a file; docs/formats/job-header.md has
+/// them. `page` and `resolution` may be null: no line then. A resolution below 1 has none either.
+[[nodiscard]] std::wstring JobHeaderText(const PageSize* page, const CPS2CutData* cut,
+                                         const CPS2CutData* halfCut, const int* resolution);
+
+/// Puts that text in front of a file, in place. False if that failed; PrependToFile (prepend.h)
+/// says what is left then. Nothing is logged.
+[[nodiscard]] bool WriteJobHeader(const wchar_t* file, const PageSize* page, const CPS2CutData* cut,
+                                  const CPS2CutData* halfCut, const int* resolution);
+
+}  // namespace rastrel::conversion
