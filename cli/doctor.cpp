@@ -12,7 +12,6 @@
 #include "cli/print_modes.h"
 #include "cli/printers.h"
 #include "cli/programs.h"
-#include "cli/sheet/zip_library.h"
 #include "cli/spool.h"
 #include "cli/standard_streams.h"
 #include "cli/xml_input.h"
@@ -24,6 +23,7 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/standalone/data_root.h"
+#include "spreadsheet/source.h"
 
 namespace rastrel::cli {
 namespace {
@@ -123,12 +123,10 @@ void CheckSpace(Checks& checks) {
 
 // Bound by `sheet` alone, and the next by all that reads XML, so that nothing else misses them.
 void CheckZipLibrary(Checks& checks) {
-  try {
-    static_cast<void>(sheet::ZipLibrary::Instance());
+  if (const auto support = spreadsheet::ZipSupport())
     checks.push_back({"libzip", State::Good, "found", {}, {}});
-  } catch (const CommandError& error) {
-    checks.push_back({"libzip", State::Warning, error.what(), {}, {}});
-  }
+  else
+    checks.push_back({"libzip", State::Warning, Describe(support.Error()), {}, {}});
 }
 
 void CheckXmlLibrary(Checks& checks) {

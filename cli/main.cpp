@@ -22,7 +22,7 @@
 #include "cli/program.h"
 #include "cli/queue_command.h"
 #include "cli/reprint_command.h"
-#include "cli/sheet_command.h"
+#include "cli/sheet/sheet_command.h"
 #include "cli/spool_command.h"
 #include "cli/standard_streams.h"
 #include "cli/ticket_command.h"
