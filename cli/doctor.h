@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 
 namespace rastrel::cli {
 

@@ -2,8 +2,8 @@
 
 #include <variant>
 
-#include "cli/json_line.h"
-#include "cli/standard_streams.h"
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
 #include "host/document/measure_text.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/os/text.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/options.h"
+#include "cli/console/options.h"
 #include "host/document_host.h"
 
 namespace rastrel::cli {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "cli/console/exit_status.h"
+#include "cli/console/terminal_picture.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
 #include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
-#include "cli/exit_status.h"
-#include "cli/terminal_picture.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/values/world.h"

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
+#include "cli/console/options.h"
 #include "cli/document/finding.h"
 #include "cli/document/template_format.h"
-#include "cli/options.h"
 #include "host/document_host.h"
 
 namespace rastrel::cli {

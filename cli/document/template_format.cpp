@@ -4,8 +4,8 @@
 #include <array>
 #include <fstream>
 
-#include "cli/exit_status.h"
-#include "cli/xml_input.h"
+#include "cli/console/exit_status.h"
+#include "cli/input/xml_input.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"

@@ -2,11 +2,11 @@
 
 #include <cstdlib>
 
+#include "cli/console/other_programs.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
 #include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
-#include "cli/programs.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 

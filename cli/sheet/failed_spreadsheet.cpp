@@ -1,6 +1,6 @@
 #include "cli/sheet/failed_spreadsheet.h"
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 #include "spreadsheet/source.h"
 
 namespace rastrel::cli::sheet {

@@ -6,7 +6,7 @@
 #include <list>
 #include <optional>
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 #include "cli/sheet/failed_spreadsheet.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/readers/ms_excel_xml_import.h"

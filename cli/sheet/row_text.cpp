@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "cli/json_line.h"
+#include "cli/console/json_line.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/path.h"

@@ -7,16 +7,16 @@
 #include <system_error>
 #include <vector>
 
-#include "cli/file_head.h"
-#include "cli/json_line.h"
-#include "cli/options.h"
+#include "cli/console/json_line.h"
+#include "cli/console/options.h"
+#include "cli/console/standard_streams.h"
+#include "cli/input/file_head.h"
+#include "cli/input/xml_input.h"
 #include "cli/sheet/failed_spreadsheet.h"
 #include "cli/sheet/faithful_text.h"
 #include "cli/sheet/row_text.h"
 #include "cli/sheet/work_progress.h"
 #include "cli/sheet/workspace.h"
-#include "cli/standard_streams.h"
-#include "cli/xml_input.h"
 #include "spreadsheet/source.h"
 
 namespace rastrel::cli {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 
 namespace rastrel::cli {
 

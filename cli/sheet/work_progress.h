@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "cli/progress_line.h"
+#include "cli/job/progress_line.h"
 
 namespace rastrel::cli::sheet {
 

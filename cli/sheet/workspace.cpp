@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "cli/exit_status.h"
-#include "cli/failure_report.h"
-#include "cli/installation.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
+#include "cli/console/error_message.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/standard_streams.h"
+#include "cli/installation/installation.h"
+#include "cli/job/progress_line.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
@@ -69,7 +69,8 @@ void Workspace::Stop() {
   // A line of progress may stand there, and behind it what the terminal makes of the key.
   if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
     WriteError(ClearLine);
-  TellError({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"}, m_Json);
+  WriteErrorMessage({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"},
+                    m_Json);
   std::_Exit(static_cast<int>(ExitStatus::Cancelled));
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/job_directory.h"
+#include "cli/installation/job_directory.h"
 
 namespace rastrel::os {
 class StopSignals;
