@@ -64,6 +64,29 @@ TEST(Options, the_manual_has_an_entry_for_each_command_and_none_for_another) {
   EXPECT_EQ(ManualEntries("Cm"), commands);
 }
 
+// The lines of an option's entry in the manual, joined by blanks.
+std::string ManualEntryOf(const std::string& option) {
+  std::string text;
+  bool isInside = false;
+  for (const std::string& line : ManualLines()) {
+    if (isInside && (line.starts_with(".It ") || line.starts_with(".El"))) break;
+    if (isInside) text += line + " ";
+    if (line == ".It Fl " + option || line.starts_with(".It Fl " + option + " ")) isInside = true;
+  }
+  return text;
+}
+
+// That these are the defaults in force is tested where they are used.
+TEST(Options, the_help_and_the_manual_state_the_same_resolutions) {
+  const std::string preview = "from 1 to 4800; 72 if not given.";
+  const std::string picture = "from 1 to 2400; 96 if not given.";
+  EXPECT_NE(std::string(OptionOf(OptionId::Dpi).description).find(preview), std::string::npos);
+  EXPECT_TRUE(std::string(OptionOf(OptionId::PictureDpi).description).ends_with(picture));
+  EXPECT_NE(ManualEntryOf("-dpi").find(preview), std::string::npos);
+  EXPECT_NE(ManualEntryOf("-dpi").find(picture), std::string::npos);
+  EXPECT_EQ(ManualEntryOf("-dsc").find("if not given"), std::string::npos);
+}
+
 TEST(Options, the_manual_tells_every_exit_status_by_the_same_words) {
   const auto lines = ManualLines();
   for (const ExitStatusRow& row : ExitStatuses) {

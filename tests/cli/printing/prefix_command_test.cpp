@@ -54,6 +54,12 @@ TEST_F(PrefixCommandTest, is_written_as_it_is_and_as_a_print_has_it) {
   EXPECT_EQ(bytes, std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
+TEST_F(PrefixCommandTest, of_a_preview_without_a_resolution_is_that_of_72_dpi) {
+  const std::string shown = Shown({"--preview"});
+  EXPECT_EQ(shown, Shown({"--preview", "--dpi", "72"}));
+  EXPECT_NE(shown, Shown({"--preview", "--dpi", "73"}));
+}
+
 TEST_F(PrefixCommandTest, of_a_preview_has_its_own_sections) {
   const std::string text = Shown({"--preview", "--dpi", "150", "--cut-only", "--cut-color",
                                   "spot:CutContour", "--levels", "0,1,128"});
