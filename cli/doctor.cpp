@@ -243,7 +243,7 @@ void CheckPageLeftovers(Checks& checks) {
   }
 }
 
-// What a process that was killed could not take with it.
+// Files that a killed process left.
 void CheckLeftovers(Checks& checks) {
   const std::size_t before = checks.size();
   if (const auto names = os::ListDirectory(os::FromNative(JobsDirectory()))) {
@@ -272,7 +272,7 @@ const char* StateWord(State state) {
   return "";
 }
 
-void Tell(const HealthCheck& check, bool json) {
+void WriteCheck(const HealthCheck& check, bool json) {
   if (json) {
     JsonLine line("check");
     line.Add("name", check.name).Add("state", StateWord(check.state)).Add("text", check.text);
@@ -313,7 +313,7 @@ std::vector<HealthCheck> ExamineInstallation() {
 
 ExitStatus DoctorCommand(const Invocation& invocation) {
   const Checks checks = ExamineInstallation();
-  for (const HealthCheck& check : checks) Tell(check, invocation.Has(OptionId::Json));
+  for (const HealthCheck& check : checks) WriteCheck(check, invocation.Has(OptionId::Json));
   const bool bad = std::ranges::any_of(
       checks, [](const HealthCheck& check) { return check.state == State::Bad; });
   return bad ? ExitStatus::NotInstalled : ExitStatus::Done;

@@ -55,7 +55,7 @@ std::string NameOf(CommandId id) {
   return std::ranges::find(Commands(), id, &CommandRow::id)->name;
 }
 
-ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& words) {
+ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& arguments) {
   if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
   if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
   switch (invocation.command) {
@@ -87,7 +87,7 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& wor
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
     case CommandId::Import:
-    case CommandId::View: return RunDocumentProgram(words);
+    case CommandId::View: return RunDocumentProgram(arguments);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }
@@ -96,8 +96,8 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& wor
 
 }  // namespace
 
-int main(int count, char** words) {
-  const std::vector<std::string> copy(words, words + count);
-  return RunProgram(count, words,
+int main(int count, char** arguments) {
+  const std::vector<std::string> copy(arguments, arguments + count);
+  return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });
 }

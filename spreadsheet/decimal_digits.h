@@ -12,7 +12,7 @@ class DecimalDigits {
   /// REQUIRES: finite and not negative.
   explicit DecimalDigits(double magnitude);
 
-  /// Rounds to so many places behind the point; fewer than none round before it.
+  /// Rounds to so many places after the point; fewer than none round before it.
   void RoundTo(int places);
   /// Moves the point to the right, or to the left if `places` is negative.
   void Scale(int places) { m_Exponent += places; }
@@ -22,9 +22,9 @@ class DecimalDigits {
   [[nodiscard]] int Exponent() const { return IsZero() ? 0 : m_Exponent; }
   /// Digits before the point without zeros in front; empty below 1.
   [[nodiscard]] std::string Integer() const;
-  /// `places` digits behind the point, with zeros at the end.
+  /// `places` digits after the point, with zeros at the end.
   [[nodiscard]] std::string Fraction(int places) const;
-  /// How many digits behind the point are none of the zeros at the end.
+  /// How many digits there are after the point, without zeros at the end.
   [[nodiscard]] int Places() const;
 
  private:

@@ -9,7 +9,7 @@
 namespace rastrel::spreadsheet {
 namespace {
 
-// Splits at semicolons that stand by themselves.
+// Splits at semicolons that are neither quoted nor escaped.
 std::vector<std::string_view> SectionsOf(std::string_view code) {
   std::vector<std::string_view> sections;
   std::size_t begin = 0;

@@ -30,7 +30,7 @@ enum class PieceKind {
   Hour,
   Minute,
   Second,
-  SubSecond,  ///< `count` digits behind the second, with the point
+  SubSecond,  ///< `count` digits after the second, with the point
   HalfDay,    ///< AM or PM; `flag` for the short a or p
 };
 
@@ -49,7 +49,7 @@ struct Condition {
   [[nodiscard]] bool Holds(double value) const;
 };
 
-/// What stands between two semicolons of a format.
+/// The part of a format between two semicolons.
 struct FormatSection {
   std::vector<Piece> pieces;
   std::optional<Condition> condition;
@@ -57,12 +57,12 @@ struct FormatSection {
   bool hasElapsed = false;
   bool hasText = false;    ///< holds an @
   bool isGrouped = false;  ///< thousands are set apart
-  int thousands = 0;       ///< commas behind the last place: so often divided by 1000
-  int percents = 0;        ///< so often multiplied by 100
+  int thousands = 0;       ///< commas after the last place: each divides by 1000
+  int percents = 0;        ///< each multiplies by 100
   [[nodiscard]] bool Has(PieceKind kind) const;
 };
 
-/// Reads one section. Anything can be read: what has no meaning stands for itself.
+/// Reads one section. Anything can be read: a character without a meaning is literal.
 [[nodiscard]] FormatSection ReadFormatSection(std::string_view code);
 
 /// A number format.
@@ -72,7 +72,7 @@ class FormatCode {
   FormatCode() : FormatCode("General") {}
   explicit FormatCode(std::string_view code);
 
-  /// What a cell of this format shows.
+  /// The text of a cell of this format.
   [[nodiscard]] std::string ShowNumber(double value, DateSystem dates) const;
   [[nodiscard]] std::string ShowText(const std::string& text) const;
   /// Whether it shows positive numbers as dates or times.
@@ -85,8 +85,8 @@ class FormatCode {
   std::optional<FormatSection> m_Text;
 };
 
-/// The code that a format number stands for without a definition of its own (18.8.30); "General"
-/// for one that the standard gives none.
+/// The code of a format number that has no definition of its own (18.8.30); "General" for one that
+/// the standard doesn't define.
 [[nodiscard]] std::string_view BuiltInFormat(int number);
 
 /// A section's pieces for a number of zero or more: digits, fractions and exponents. `sign` goes in

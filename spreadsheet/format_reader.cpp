@@ -80,7 +80,7 @@ class SectionReader {
     Take(1);
   }
 
-  // The character behind, for itself or for its width or for filling.
+  // The next character, for itself or for its width or for filling.
   void ReadAfter(std::string_view shown, bool showsIt) {
     Take(1);
     if (m_Rest.empty()) return;
@@ -104,7 +104,7 @@ class SectionReader {
       AddElapsed(PieceKind::Minute, content);
     else if (content.find_first_not_of("sS") == content.npos)
       AddElapsed(PieceKind::Second, content);
-    // Anything else is a color, or of no effect on what is shown here.
+    // Anything else is a color, or has no effect on the text.
   }
 
   void AddElapsed(PieceKind kind, std::string_view letters) {
@@ -186,7 +186,7 @@ class SectionReader {
     return true;
   }
 
-  // Between places commas ask for groups, behind the last one for a division.
+  // Between places commas ask for groups, after the last one for a division.
   void ReadCommas() {
     const std::size_t count = std::min(m_Rest.find_first_not_of(','), m_Rest.size());
     Take(count);

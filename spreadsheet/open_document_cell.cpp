@@ -16,10 +16,10 @@ class ParagraphText {
   explicit ParagraphText(std::string& text) : m_Text(text) {}
 
   void Add(const XmlNode& paragraph) {
-    m_AfterBlank = true;
+    m_AfterSpace = true;
     const std::size_t begin = m_Text.size();
     AddChildren(paragraph);
-    if (m_AfterBlank && m_Text.size() > begin) m_Text.pop_back();
+    if (m_AfterSpace && m_Text.size() > begin) m_Text.pop_back();
   }
 
   [[nodiscard]] bool IsTooLong() const { return m_Text.size() > limits::CellBytes; }
@@ -37,12 +37,12 @@ class ParagraphText {
 
   void AddCharacters(std::string_view bytes) {
     for (const char byte : bytes) {
-      const bool isBlank = byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
-      if (!isBlank)
+      const bool isWhitespace = byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+      if (!isWhitespace)
         m_Text += byte;
-      else if (!m_AfterBlank)
+      else if (!m_AfterSpace)
         m_Text += ' ';
-      m_AfterBlank = isBlank;
+      m_AfterSpace = isWhitespace;
     }
   }
 
@@ -60,12 +60,12 @@ class ParagraphText {
     } else {
       return AddChildren(element);
     }
-    m_AfterBlank = false;
+    m_AfterSpace = false;
   }
 
   std::string& m_Text;
   std::string m_Scratch;
-  bool m_AfterBlank = true;
+  bool m_AfterSpace = true;
 };
 
 // For writers that leave the paragraphs out.
@@ -106,11 +106,11 @@ std::wstring ShowOpenDocumentCell(const XmlNode& cell, std::string& text) {
 std::uint64_t RepeatsOf(const XmlNode& node, std::wstring_view attribute) {
   const std::string_view value = xml::AttributeBytes(node, attribute);
   if (value.empty()) return 1;
-  // What is too large for a number is too large for every limit, too.
-  constexpr std::uint64_t most = 1ULL << 40;
+  // A count too large for a number is too large for every limit, too.
+  constexpr std::uint64_t maximum = 1ULL << 40;
   const bool isNumber = value.find_first_not_of("0123456789") == value.npos;
-  const std::uint64_t count = WholeNumber(value).value_or(isNumber ? most : 1);
-  return std::clamp<std::uint64_t>(count, 1, most);
+  const std::uint64_t count = WholeNumber(value).value_or(isNumber ? maximum : 1);
+  return std::clamp<std::uint64_t>(count, 1, maximum);
 }
 
 }  // namespace rastrel::spreadsheet

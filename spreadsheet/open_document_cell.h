@@ -8,10 +8,10 @@
 
 namespace rastrel::spreadsheet {
 
-/// What a cell of an OpenDocument table shows: its paragraphs, one on a line, as their writer
-/// formatted them; without any, its value. Runs of blanks are one blank, as the standard has it
-/// (ISO/IEC 26300-1, 6.1.2); blanks, tabs and line breaks that are elements stay what they are.
-/// Notes don't count. Returns why the cell can't be shown, empty if it can.
+/// The text of a cell of an OpenDocument table: its paragraphs, one on a line, as their writer
+/// formatted them; without any, its value. A run of whitespace is one space, as the standard
+/// demands (ISO/IEC 26300-1, 6.1.2); spaces, tabs and line breaks that are elements are kept. Notes
+/// are left out. Returns why the cell is refused, empty if it is not.
 [[nodiscard]] std::wstring ShowOpenDocumentCell(const XmlNode& cell, std::string& text);
 
 /// How often a cell or row comes; 1 unless the attribute is a larger number.

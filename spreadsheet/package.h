@@ -7,10 +7,10 @@
 #include <vector>
 
 /// Packages of spreadsheets: a zip file or a folder. Their parts are unpacked or copied one by one,
-/// so that what is not needed costs nothing.
+/// so that the others cost nothing.
 namespace rastrel::spreadsheet {
 
-/// What a package may hold. Beyond any of these it is refused, and the failure names the entry.
+/// The limits of one package. Beyond any of these it is refused, and the failure names the entry.
 struct PackageLimits {
   std::uint64_t entries = 10'000;              ///< of the whole package
   std::uint64_t directoryBytes = 16ULL << 20;  ///< of the list of its entries
@@ -31,7 +31,7 @@ class Package {
   Package(const Package&) = delete;
   Package& operator=(const Package&) = delete;
 
-  /// Name of the entry that stands for the part: the same name, or else the only one that differs
+  /// Name of the entry that is the part: the same name, or else the only one that differs
   /// in the case of ASCII letters alone, as the Open Packaging Conventions want. Empty if there is
   /// none.
   [[nodiscard]] virtual std::string Find(const std::string& part) const = 0;

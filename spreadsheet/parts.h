@@ -14,7 +14,7 @@
 namespace rastrel::spreadsheet {
 
 /// The parts of a package that are needed, as files below a folder of this process's own, each at
-/// the place that its name tells.
+/// the path that its name gives.
 class Parts {
  public:
   /// `folder` is there and empty; a native path.

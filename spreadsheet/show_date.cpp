@@ -12,7 +12,7 @@ namespace {
 
 constexpr double SecondsADay = 86400;
 constexpr double DaysBetweenSystems = 1462;
-// What no program shows as a date: years beyond four digits.
+// Years beyond four digits, which no program shows as a date.
 constexpr double LastDay = 2958466;
 constexpr double FirstDay = -693594;
 constexpr const char* NoDate = "#####";
@@ -29,7 +29,7 @@ struct Moment {
   unsigned month = 1;
   unsigned dayOfMonth = 1;
   std::int64_t seconds = 0;  // of the day; of all days if elapsed
-  std::string subSeconds;    // digits behind the point
+  std::string subSeconds;    // digits after the point
 };
 
 // Days to a date of the Gregorian calendar, by eras of 400 years.
@@ -54,13 +54,13 @@ std::string Number(std::int64_t number, int width) {
 }
 
 int SubSecondPlaces(const FormatSection& section) {
-  constexpr int most = 9;
+  constexpr int maximum = 9;
   for (const Piece& piece : section.pieces)
-    if (piece.kind == PieceKind::SubSecond) return std::min(piece.count, most);
+    if (piece.kind == PieceKind::SubSecond) return std::min(piece.count, maximum);
   return 0;
 }
 
-// Seconds and what is behind their point. A fraction that would be rounded up to the next second is
+// Seconds and their fraction. A fraction that would be rounded up to the next second is
 // cut off, so that 23:59:59.99 does not become a minute of 60 seconds.
 void SetSeconds(Moment& moment, double seconds, int places) {
   const double whole = std::floor(seconds);

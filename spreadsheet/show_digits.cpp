@@ -24,13 +24,13 @@ int PlacesIn(const Pieces& pieces, std::size_t begin, std::size_t end) {
   return count;
 }
 
-// What an unused place shows.
+// The character of an unused place.
 std::string_view UnusedPlace(const Piece& place) {
   if (place.text == "0") return "0";
   return place.text == "?" ? " " : "";
 }
 
-// Fills the places from the right; the first one takes what is left over.
+// Fills the places from the right; the first one takes all the rest.
 std::string ShowInteger(const Pieces& pieces, std::size_t begin, std::size_t end,
                         const std::string& digits, bool grouped) {
   std::string shown;
@@ -118,8 +118,8 @@ struct Ratio {
   std::int64_t denominator = 1;
 };
 
-// The nearest ratio with a denominator of `most` or less, by continued fractions.
-Ratio NearestRatio(double value, std::int64_t most) {
+// The nearest ratio with a denominator of `maximum` or less, by continued fractions.
+Ratio NearestRatio(double value, std::int64_t maximum) {
   Ratio before{0, 1};
   Ratio last{1, 0};
   double rest = value;
@@ -128,9 +128,9 @@ Ratio NearestRatio(double value, std::int64_t most) {
     const auto quotient = static_cast<std::int64_t>(whole);
     const Ratio next{before.numerator + quotient * last.numerator,
                      before.denominator + quotient * last.denominator};
-    if (next.denominator > most) {
+    if (next.denominator > maximum) {
       // A part of the quotient may still be nearer than the last convergent.
-      const std::int64_t part = (most - before.denominator) / last.denominator;
+      const std::int64_t part = (maximum - before.denominator) / last.denominator;
       const Ratio bound{before.numerator + part * last.numerator,
                         before.denominator + part * last.denominator};
       const auto distance = [value](const Ratio& ratio) {
@@ -148,9 +148,9 @@ Ratio NearestRatio(double value, std::int64_t most) {
 }
 
 std::int64_t LargestDenominator(int places) {
-  constexpr int mostPlaces = 5;
+  constexpr int maximumPlaces = 5;
   std::int64_t largest = 1;
-  for (int place = 0; place < std::min(places, mostPlaces); ++place) largest *= 10;
+  for (int place = 0; place < std::min(places, maximumPlaces); ++place) largest *= 10;
   return std::max<std::int64_t>(largest - 1, 1);
 }
 

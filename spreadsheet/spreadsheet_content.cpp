@@ -17,8 +17,8 @@ using xml::StreamChoice;
 
 constexpr std::size_t PieceSize = 64 * 1024;
 
-// Writes what the reader looks at: elements by their places, texts of paragraphs, and the repeats
-// of cells.
+// Writes the contents that the import reads: elements by their places, texts of paragraphs, and the
+// repeats of cells.
 class ContentWriter : public GuardedHandler {
  public:
   ContentWriter(int only, const std::string& target)

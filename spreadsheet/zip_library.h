@@ -6,9 +6,8 @@
 
 namespace rastrel::spreadsheet {
 
-/// The functions of libzip that packages are read with, bound when the first package is opened: the
-/// search for that library and for what it needs in its turn takes longer than all else that a
-/// short command does.
+/// The functions of libzip that packages are read with, bound when the first package is opened: to
+/// find that library and its dependencies takes longer than the rest of a short command.
 struct ZipLibrary {
   decltype(&zip_open) open;
   decltype(&zip_discard) discard;

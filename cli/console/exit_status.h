@@ -6,7 +6,7 @@
 
 namespace rastrel::cli {
 
-/// How the command ends. Scripts rely on the numbers; the manual page and the help tell them.
+/// How the command ends. Scripts rely on the numbers, which the manual page and the help list.
 enum class ExitStatus : int {
   Done = 0,
   JobFailed = 1,
@@ -33,12 +33,12 @@ inline constexpr std::array<ExitStatusRow, 7> ExitStatuses{{
     {ExitStatus::NoMatch, "A chart has no entry that matches."},
 }};
 
-/// Ends the command with a status and words for the user, from wherever it is found out; main tells
-/// them. The words are UTF-8, without a full stop or line feed at the end.
+/// Ends the command with a status and a message for the user, which RunProgram writes. The message
+/// is UTF-8, without a full stop or line feed at the end.
 class CommandError : public std::runtime_error {
  public:
-  CommandError(ExitStatus status, const std::string& words)
-      : std::runtime_error(words), m_Status(status) {}
+  CommandError(ExitStatus status, const std::string& message)
+      : std::runtime_error(message), m_Status(status) {}
 
   [[nodiscard]] ExitStatus Status() const { return m_Status; }
 

@@ -5,8 +5,8 @@
 
 namespace rastrel::cli {
 
-/// Takes a long text for standard output and hands it on in pieces, so that it is never held whole.
-/// What is left goes out with the object. One thread, and no other one writes meanwhile.
+/// A buffer in front of standard output for long texts, which are written in pieces of 64 KiB. The
+/// destructor writes the rest. For one thread, and no other one may write meanwhile.
 class LongOutput {
  public:
   LongOutput() = default;

@@ -202,7 +202,7 @@ CLI::App& GroupOf(CLI::App& program, const std::string& word, Invocation& result
   if (!known.empty()) return *known.front();
   CLI::App* group = program.add_subcommand(word);
   AddOption(*group, Help, result);
-  // At most one command, so that an operand may bear a command's name.
+  // No more than one command, so that an operand may have a command's name.
   group->require_subcommand(0, 1);
   group->callback([&result, word] {
     if (result.command == CommandId::None) result.group = word;
@@ -244,30 +244,32 @@ void AddCommand(CLI::App& program, const CommandRow& row, Invocation& result) {
   command->preparse_callback([&result, id = row.id](std::size_t) { result.command = id; });
 }
 
-// The parser's own words stand behind its own class names now and then; users have no use for
+// The parser's messages come after its class names now and then; users have no use for
 // those.
-std::string WordsOf(const CLI::ParseError& error) {
-  std::string words = error.what();
-  while (!words.empty() && (words.back() == '\n' || words.back() == '.')) words.pop_back();
-  return words;
+std::string MessageOf(const CLI::ParseError& error) {
+  std::string message = error.what();
+  while (!message.empty() && (message.back() == '\n' || message.back() == '.')) message.pop_back();
+  return message;
 }
 
-// Which words of help have to do with what was typed, and what is wrong if it is the command
+// The part of the help that concerns the arguments, and the fault if it is the command
 // itself.
 std::string HintFor(const CLI::ParseError& error, const Invocation& result,
-                    std::span<const char* const> words) {
+                    std::span<const char* const> arguments) {
   const auto row = std::ranges::find(Commands(), result.command, &CommandRow::id);
   if (row != Commands().end() && result.command != CommandId::None)
-    return WordsOf(error) + "; see `rastrel help " + row->name + "`";
-  if (words.size() < 2 || *words[1] == '-') return WordsOf(error) + "; see `rastrel help`";
-  const std::string group = words[1];
+    return MessageOf(error) + "; see `rastrel help " + row->name + "`";
+  if (arguments.size() < 2 || *arguments[1] == '-')
+    return MessageOf(error) + "; see `rastrel help`";
+  const std::string group = arguments[1];
   const bool isGroup = std::ranges::any_of(Commands(), [&group](const CommandRow& one) {
     return std::string_view(one.name).starts_with(group + " ");
   });
   if (!isGroup) return "there is no command '" + group + "'; see `rastrel help`";
-  if (words.size() > 2 && *words[2] != '-')
-    return "there is no command '" + group + " " + words[2] + "'; see `rastrel help " + group + "`";
-  return WordsOf(error) + "; see `rastrel help " + group + "`";
+  if (arguments.size() > 2 && *arguments[2] != '-')
+    return "there is no command '" + group + " " + arguments[2] + "'; see `rastrel help " + group +
+           "`";
+  return MessageOf(error) + "; see `rastrel help " + group + "`";
 }
 
 void CheckOperand(const Invocation& result) {
@@ -296,7 +298,7 @@ std::string Invocation::ValueOr(OptionId id, std::string_view fallback) const {
   return found == options.end() ? std::string(fallback) : found->second;
 }
 
-Invocation ParseArguments(int count, const char* const* words) {
+Invocation ParseArguments(int count, const char* const* arguments) {
   Invocation result;
   CLI::App program;
   program.set_help_flag();
@@ -305,9 +307,9 @@ Invocation ParseArguments(int count, const char* const* words) {
   AddOption(program, Version, result);
   for (const CommandRow& row : Commands()) AddCommand(program, row, result);
   try {
-    program.parse(count, words);
+    program.parse(count, arguments);
   } catch (const CLI::ParseError& error) {
-    const std::span all(words, static_cast<std::size_t>(count));
+    const std::span all(arguments, static_cast<std::size_t>(count));
     throw CommandError(ExitStatus::WrongUse, HintFor(error, result, all));
   }
   CheckOperand(result);

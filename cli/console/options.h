@@ -65,7 +65,7 @@ enum class OptionId {
 struct OptionRow {
   OptionId id;
   const char* name;         ///< with its dashes
-  const char* value;        ///< what stands for the value in the help; empty for a switch
+  const char* value;        ///< the placeholder of the value in the help; empty for a switch
   const char* description;  ///< one sentence
 };
 
@@ -106,7 +106,7 @@ enum class CommandId {
 struct CommandRow {
   CommandId id;
   const char* name;     ///< one or two words
-  const char* operand;  ///< what it acts on; empty if it takes nothing
+  const char* operand;  ///< its placeholder in the help; empty if it takes none
   bool operandOptional;
   const char* description;  ///< one sentence
   std::span<const OptionId> options;
@@ -118,7 +118,7 @@ struct CommandRow {
 /// Every command.
 [[nodiscard]] std::span<const CommandRow> Commands();
 
-/// What the user asked for.
+/// The command line, parsed.
 struct Invocation {
   CommandId command = CommandId::None;
   std::string group;    ///< first word of a command without its second word; else empty
@@ -134,6 +134,6 @@ struct Invocation {
 
 /// Reads the arguments of main. Throws CommandError(WrongUse) on anything that the tables don't
 /// have and on a missing operand.
-[[nodiscard]] Invocation ParseArguments(int count, const char* const* words);
+[[nodiscard]] Invocation ParseArguments(int count, const char* const* arguments);
 
 }  // namespace rastrel::cli

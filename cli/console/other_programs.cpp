@@ -97,7 +97,7 @@ std::optional<std::string> FirstLineOf(const std::string& program,
   if (!nothing.IsOpen() || !os::CreatePipe(readEnd, writeEnd, OutputLimit)) return std::nullopt;
   const os::FileDescriptor reader(readEnd);
   const os::FileDescriptor writer(writeEnd);
-  // One byte of our own, so that the read never waits for something that the program left behind.
+  // One byte of our own, so that the read never waits for a process that the program has left.
   if (!os::WriteInput(writer.Get(), "\n")) return std::nullopt;
   os::SpawnRequest request = RequestOf(program, arguments, nothing.Get());
   request.standardOutput = writer.Get();

@@ -10,8 +10,8 @@ namespace rastrel::cli {
 /// Native path of a program that the variable PATH leads to, or empty.
 [[nodiscard]] std::string FindProgram(const std::string& name);
 
-/// Runs a program that says little and ends soon, and gives the first line of what it wrote to
-/// standard output. Nothing if it can't be started, fails, or has not ended after `limit`, when it
+/// Runs a program that writes little and ends soon, and returns the first line of its standard
+/// output. Nothing if it can't be started, fails, or has not ended after `limit`, when it
 /// is ended.
 [[nodiscard]] std::optional<std::string> FirstLineOf(const std::string& program,
                                                      const std::vector<std::string>& arguments,

@@ -10,13 +10,13 @@
 namespace rastrel::cli {
 namespace {
 
-ExitStatus RunGuarded(int count, const char* const* words,
+ExitStatus RunGuarded(int count, const char* const* arguments,
                       const std::function<ExitStatus(const Invocation&)>& run) {
   // An error in the arguments themselves is told in the form that they ask for, too.
-  const bool json = std::any_of(words + std::min(count, 1), words + count,
+  const bool json = std::any_of(arguments + std::min(count, 1), arguments + count,
                                 [](std::string_view word) { return word == "--json"; });
   try {
-    return run(ParseArguments(count, words));
+    return run(ParseArguments(count, arguments));
   } catch (const CommandError& error) {
     WriteErrorMessage(error, json);
     return error.Status();
@@ -28,9 +28,9 @@ ExitStatus RunGuarded(int count, const char* const* words,
 
 }  // namespace
 
-int RunProgram(int count, const char* const* words,
+int RunProgram(int count, const char* const* arguments,
                const std::function<ExitStatus(const Invocation&)>& run) {
-  const ExitStatus status = RunGuarded(count, words, run);
+  const ExitStatus status = RunGuarded(count, arguments, run);
   if (status == ExitStatus::Done && OutputFailed()) {
     WriteError("rastrel: standard output could not be written\n");
     return static_cast<int>(ExitStatus::JobFailed);

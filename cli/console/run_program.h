@@ -7,10 +7,10 @@
 
 namespace rastrel::cli {
 
-/// What every program of the command has around its work: reads the arguments, has `run` do what
-/// they ask for, tells errors in words or, where the arguments ask for it, as JSON, and gives the
-/// exit status of main. What was written and could not be makes the work fail.
-[[nodiscard]] int RunProgram(int count, const char* const* words,
+/// The frame of every program of the command: parses the arguments, calls `run`, writes a
+/// CommandError or any other exception as a message or, with --json, as JSON, and returns the exit
+/// status of main. Output that could not be written makes the program fail.
+[[nodiscard]] int RunProgram(int count, const char* const* arguments,
                              const std::function<ExitStatus(const Invocation&)>& run);
 
 }  // namespace rastrel::cli

@@ -5,7 +5,7 @@
 namespace rastrel::cli {
 
 /// Writes all of the text to standard output or standard error, each call whole. A reader that is
-/// gone or a full disk is no failure and no signal: what was going on goes on. Any thread.
+/// gone or a full disk is no failure and no signal: the work goes on. Any thread.
 void WriteOut(std::string_view text);
 void WriteError(std::string_view text);
 

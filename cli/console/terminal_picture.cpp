@@ -13,12 +13,12 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::string_view Signature = "\x89PNG\r\n\x1a\n";
-constexpr std::size_t WidthPlace = 16;  // in the file, behind the signature and a chunk's beginning
+constexpr std::size_t WidthPlace = 16;  // in the file, after the signature and a chunk's head
 constexpr unsigned PixelsOfColumn = 10;
 constexpr unsigned UsualColumns = 80;
 constexpr std::size_t KittyChunk = 4096;  // characters that one of its sequences may carry
 
-// The first sequence says what follows; all but the last say that there is more.
+// The first sequence has the parameters; all but the last announce more.
 std::string KittySequence(std::string_view png, unsigned columns) {
   const std::string data = os::Base64FromBytes(png);
   std::string text;
@@ -73,8 +73,8 @@ unsigned PictureColumns(std::string_view png, unsigned terminalColumns) {
   for (const char byte : png.substr(WidthPlace, 4)) {
     width = width << 8 | static_cast<unsigned char>(byte);
   }
-  const unsigned most = terminalColumns > 0 ? terminalColumns : UsualColumns;
-  return std::clamp(width / PixelsOfColumn, 1U, most);
+  const unsigned maximum = terminalColumns > 0 ? terminalColumns : UsualColumns;
+  return std::clamp(width / PixelsOfColumn, 1U, maximum);
 }
 
 namespace {

@@ -13,8 +13,8 @@ enum class PictureProtocol { None, Kitty, Iterm2 };
 /// Gives a variable of the environment; empty if it is not set.
 using VariableReader = std::function<std::string(const char*)>;
 
-/// What the terminal says of itself in TERM, TERM_PROGRAM and the like. RASTREL_PICTURES, "kitty",
-/// "iterm2" or "none", counts for more. Inside of tmux and screen there are no pictures, since
+/// The protocol of the terminal, by TERM, TERM_PROGRAM and the like. RASTREL_PICTURES, "kitty",
+/// "iterm2" or "none", overrides them. Inside of tmux and screen there are no pictures, since
 /// these would let the file through as text.
 [[nodiscard]] PictureProtocol ProtocolOf(const VariableReader& variable);
 
@@ -27,7 +27,7 @@ using VariableReader = std::function<std::string(const char*)>;
 /// terminal's. 0 if that is no PNG file. A terminal of 0 columns is one of 80.
 [[nodiscard]] unsigned PictureColumns(std::string_view png, unsigned terminalColumns);
 
-/// Bytes of a file that are shown at most; terminals keep what they show.
+/// Maximum size of a shown file in bytes; terminals keep their pictures in memory.
 inline constexpr unsigned long PictureLimit = 8UL << 20;
 
 /// Whether standard output is a terminal that shows pictures.

@@ -50,7 +50,7 @@ struct ColorText {
 [[nodiscard]] std::vector<double> ParseComponents(std::string_view option, std::string_view list,
                                                   std::size_t count, std::string_view text);
 
-/// Throws unless the name may stand in a PostScript string as it is.
+/// Throws unless the name may be written into a PostScript string as it is.
 void CheckSpotName(std::string_view option, std::string_view name, std::string_view text);
 
 }  // namespace rastrel::cli

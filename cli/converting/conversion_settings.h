@@ -11,7 +11,7 @@ namespace rastrel::cli {
 
 struct Invocation;
 
-/// What the options say of a conversion.
+/// The settings of a conversion.
 struct ConversionSettings {
   std::optional<PageSize> page;
   std::optional<int> resolution;
@@ -24,8 +24,8 @@ struct ConversionSettings {
   [[nodiscard]] std::wstring Header() const;
 };
 
-/// Takes --page-size, --dpi, --cut-color and --half-cut-color. Throws CommandError(WrongUse) with
-/// what is wrong.
+/// Takes --page-size, --dpi, --cut-color and --half-cut-color. Throws CommandError(WrongUse)
+/// with the fault.
 [[nodiscard]] ConversionSettings ReadConversionSettings(const Invocation& invocation);
 
 /// "rgb:R,G,B" or "cmyk:C,M,Y,K", each from 0 to 255 or a percentage, or "spot:NAME".

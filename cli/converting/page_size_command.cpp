@@ -96,7 +96,7 @@ std::string Number(double number, int decimals) {
   return text.data();
 }
 
-void Tell(const std::string& file, const BOUNDS& bounds, const char* source, bool json) {
+void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* source, bool json) {
   const double width = bounds.xmax - bounds.xmin;
   const double height = bounds.ymax - bounds.ymin;
   if (json) {
@@ -113,15 +113,15 @@ void Tell(const std::string& file, const BOUNDS& bounds, const char* source, boo
            "\n");
 }
 
-void TellFile(const std::string& file, const Invocation& invocation, Stop& stop) {
+void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
   const bool json = invocation.Has(OptionId::Json);
   const InputFile input = InspectInput(file, "measure");
   const Reachable reachable(input);
-  std::optional<BOUNDS> told;
-  if (invocation.Has(OptionId::Dsc)) told = BoundsOfComments(reachable.Path());
-  if (told) Tell(file, *told, "comments", json);
+  std::optional<BOUNDS> declared;
+  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.Path());
+  if (declared) WriteBounds(file, *declared, "comments", json);
   const BOUNDS measured = Measured(reachable.Path(), stop);
-  if (!told || Differ(*told, measured)) Tell(file, measured, "measured", json);
+  if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
 }
 
 }  // namespace
@@ -134,7 +134,7 @@ ExitStatus PageSizeCommand(const Invocation& invocation) {
   ExitStatus status = ExitStatus::Done;
   for (const std::string& file : invocation.operands) {
     try {
-      TellFile(file, invocation, stop);
+      MeasureFile(file, invocation, stop);
     } catch (const CommandError& error) {
       if (error.Status() == ExitStatus::Cancelled) throw;
       WriteErrorMessage({error.Status(), file + ": " + error.what()}, json);

@@ -91,7 +91,7 @@ void Move(const fs::path& from, const fs::path& to) {
                                                   "': " + DescribeError(error.value()));
 }
 
-// What the program has made, moved.
+// The results of the program, moved.
 std::vector<std::string> TakeResults(const std::string& directory, const std::set<fs::path>& before,
                                      const std::string& target) {
   std::vector<std::string> paths;
@@ -104,7 +104,7 @@ std::vector<std::string> TakeResults(const std::string& directory, const std::se
   return paths;
 }
 
-ExitStatus TellDone(const std::vector<std::string>& paths, bool json) {
+ExitStatus WriteDone(const std::vector<std::string>& paths, bool json) {
   if (json) {
     JsonLine("done").Add("exit", 0).Add("paths", paths).Write();
   } else {
@@ -113,7 +113,7 @@ ExitStatus TellDone(const std::vector<std::string>& paths, bool json) {
   return ExitStatus::Done;
 }
 
-ExitStatus TellCancelled(bool json) {
+ExitStatus WriteCancelled(bool json) {
   if (json) {
     JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
   } else {
@@ -163,8 +163,8 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (result == host::OkCommand)
-    return TellDone(TakeResults(directory.Path(), before, target), json);
-  if (view.IsCancelled()) return TellCancelled(json);
+    return WriteDone(TakeResults(directory.Path(), before, target), json);
+  if (view.IsCancelled()) return WriteCancelled(json);
   Fail();
 }
 

@@ -5,8 +5,8 @@
 
 namespace rastrel::cli {
 
-/// `rastrel queue`: converts a file by the queue program and puts what that makes into --output, or
-/// the present directory. The file itself is only read.
+/// `rastrel queue`: converts a file by the queue program and puts the results into --output, or the
+/// working directory. The file itself is only read.
 [[nodiscard]] ExitStatus QueueCommand(const Invocation& invocation);
 
 }  // namespace rastrel::cli

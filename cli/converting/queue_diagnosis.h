@@ -7,8 +7,8 @@ namespace rastrel::cli {
 /// Throws CommandError(NotInstalled) if there is no queue program.
 void CheckQueueProgram();
 
-/// The last error that the queue program has told since this process began, as it said it; empty if
-/// there is none. It stands in the application log, where the library puts all that it says.
+/// The last error message of the queue program since this process began; empty if there is none. It
+/// is read from the application log, where the library writes all messages of that program.
 [[nodiscard]] std::string LastErrorOfQueue();
 
 }  // namespace rastrel::cli

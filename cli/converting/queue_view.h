@@ -24,7 +24,7 @@ class QueueView {
 
   /// Cancels the dialog on show, and one that comes later. Any thread.
   void RequestStop();
-  /// Whether a person cancelled or asked for a stop.
+  /// Whether a person cancelled, or a stop was requested.
   [[nodiscard]] bool IsCancelled() const { return m_Cancelled || m_Terminal.IsCancelled(); }
 
  private:

@@ -18,7 +18,7 @@ namespace {
 // Pixels of a picture that nobody asked for, which terminals show smaller anyway.
 constexpr double MaximumPixelsAcross = 1600;
 
-// Who imports at a terminal that takes pictures sees what became of the file.
+// At a terminal that takes pictures the result is shown.
 void ShowOnTerminal(const OpenedFile& file, DrawingRequest request, const std::string& input) {
   if (!ShowsPictures()) return;
   const document::SignBlank& blank = file.host->GetDocument().Blank();
@@ -44,7 +44,7 @@ ExitStatus ImportCommand(const Invocation& invocation) {
   } else if (!json) {
     ShowOnTerminal(file, request, invocation.operand);
   }
-  TellDocument(file, invocation.operand, files, json);
+  WriteSummary(file, invocation.operand, files, json);
   if (!file.host->GetNotices().Losses().empty()) return ExitStatus::JobFailed;
   return file.findings.empty() ? ExitStatus::Done : ExitStatus::BadInput;
 }

@@ -23,4 +23,4 @@ ExitStatus Run(const Invocation& invocation) {
 
 }  // namespace
 
-int main(int count, char** words) { return RunProgram(count, words, Run); }
+int main(int count, char** arguments) { return RunProgram(count, arguments, Run); }

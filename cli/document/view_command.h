@@ -5,7 +5,7 @@
 
 namespace rastrel::cli {
 
-/// `rastrel view`: shows what a template or a document looks like, on the terminal where it can
+/// `rastrel view`: shows a template or a document, on the terminal where it can
 /// show pictures, else in the desktop's viewer, else as a file whose name is printed.
 [[nodiscard]] ExitStatus ViewCommand(const Invocation& invocation);
 

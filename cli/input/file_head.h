@@ -9,20 +9,20 @@ namespace rastrel::cli {
 
 /// How a file begins.
 struct FileHead {
-  std::string bytes;    ///< at most as many as were asked for
+  std::string bytes;    ///< no more than were asked for
   std::string trouble;  ///< why there are none: "it is a directory"; empty if there are some
 };
 
-/// Reads the first bytes of a regular file by its native path. A file that holds nothing, or
-/// blanks alone, is a trouble too.
+/// Reads the first bytes of a regular file by its native path. An empty file,
+/// or one of whitespace alone, is a trouble too.
 [[nodiscard]] FileHead ReadFileHead(const std::string& path, std::size_t size);
 
-/// Whether an XML document may begin so: with markup behind a byte order mark and blanks at most.
-/// Nothing but blanks may go on so.
+/// Whether an XML document may begin so: with markup after nothing but a byte order mark and
+/// whitespace. A head of whitespace alone may be followed by markup.
 [[nodiscard]] bool MayBeXml(std::string_view head);
 
-/// What a file of another kind that begins so is, for a user who took it for something else ("a PDF
-/// file"); empty if that is not known.
+/// The kind of a file that begins so, for a user who took it for something else: "a PDF file".
+/// Empty if it is not known.
 [[nodiscard]] std::string_view KnownKind(std::string_view head);
 
 }  // namespace rastrel::cli

@@ -11,7 +11,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::size_t NameLimit = 150;  // bytes; leaves room for what is put behind it
+constexpr std::size_t NameLimit = 150;  // bytes; leaves room for endings
 
 // A file that is asked for something.
 struct Asked {

@@ -18,7 +18,7 @@ namespace {
   throw CommandError(ExitStatus::BadInput, "can't read '" + path + "': " + why);
 }
 
-// Places are told as compilers tell them.
+// Places are written as compilers write them.
 void ThrowXmlFailure(const XmlInput& input) {
   std::optional<xml::XmlFailure> failure = xml::TakeXmlFailure();
   if (!failure) return;
@@ -26,7 +26,7 @@ void ThrowXmlFailure(const XmlInput& input) {
   throw CommandError(ExitStatus::BadInput, os::Utf8FromWide(xml::Describe(*failure)));
 }
 
-// What no reader of XML need be asked about.
+// Faults that are found without a reader of XML.
 void ThrowIfNoXml(const XmlInput& input) {
   constexpr std::size_t size = 512;
   const FileHead head = ReadFileHead(input.path, size);

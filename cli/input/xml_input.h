@@ -4,7 +4,7 @@
 
 namespace rastrel::cli {
 
-/// An XML file that a reader is asked to read.
+/// An XML file and the demands of its reader.
 struct XmlInput {
   std::string path;       ///< native, as given
   std::wstring root;      ///< the name that its root has
@@ -20,11 +20,11 @@ void RequireXmlParser();
 
 /// Throws CommandError(BadInput) with the reason why a reader refused the file, as far as the file
 /// itself is one: it is missing, unreadable, of another kind, misnamed, no well-formed document
-/// (with line and column), has another root, or has a value that is too long. Comes back if none of
-/// these is it. Called right after the reader, in its thread. Throws as RequireXmlParser does.
+/// (with line and column), has another root, or has a value that is too long. Returns if it is
+/// none of these. Called right after the reader, in its thread. Throws as RequireXmlParser does.
 void ThrowIfRefused(const XmlInput& input);
 
-/// Text in one line: each control character becomes a blank. UTF-8.
+/// Text in one line: each control character becomes a space. UTF-8.
 [[nodiscard]] std::string OneLineText(const wchar_t* text);
 
 /// A number without needless digits, with a point.

@@ -4,12 +4,12 @@
 
 namespace rastrel::cli {
 
-/// The root of the data, laid out if it was not, and made sure to take what a print writes there:
-/// the library would stand still over an application log that can't be opened. Throws
-/// CommandError(NotInstalled) with what is wrong.
+/// Lays the data root out if it was not, and makes sure that the files of a print can be written
+/// there: the library would wait forever for an application log that can't be opened. Throws
+/// CommandError(NotInstalled) with the fault.
 void MakeSureOfDataRoot();
 
-/// Lays the data root out and leaves what is wrong to whoever meets it.
+/// Lays the data root out. A fault is left to the first caller that needs the files.
 void LayOutQuietly();
 
 /// Native paths without closing separators.
@@ -20,7 +20,7 @@ void LayOutQuietly();
 [[nodiscard]] std::string JobsDirectory();
 [[nodiscard]] std::string DevicesFile();
 
-/// Why a file can't be made in a directory, in words; empty if one can. Leaves nothing there.
+/// Why a file can't be made in a directory, as a message; empty if one can. Leaves nothing there.
 [[nodiscard]] std::string WhyNotWritable(const std::string& directory);
 
 }  // namespace rastrel::cli

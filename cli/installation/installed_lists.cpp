@@ -35,8 +35,8 @@ ExitStatus ListModesCommand(const Invocation& invocation) {
       line.Add("text", name).AddIfAny("title", mode.title);
       line.AddIfAny("description", mode.description).AddFlag("default", isDefault).Write();
     } else {
-      const std::string& words = mode.description.empty() ? mode.title : mode.description;
-      WriteOut(name + "\t" + words + (isDefault ? " (default)" : "") + "\n");
+      const std::string& description = mode.description.empty() ? mode.title : mode.description;
+      WriteOut(name + "\t" + description + (isDefault ? " (default)" : "") + "\n");
     }
   }
   return ExitStatus::Done;

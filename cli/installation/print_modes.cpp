@@ -15,7 +15,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::size_t HeadSize = 4096;  // bytes in which a mode's comments stand
+constexpr std::size_t HeadSize = 4096;  // bytes that hold a mode's comments
 constexpr std::string_view Extension = ".ps";
 
 std::string CommentIn(std::string_view head, std::string_view comment) {

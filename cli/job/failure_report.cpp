@@ -23,7 +23,7 @@ std::string LogPath() {
   return os::ToNative(CExePaths::Instance().m_RipDir + name);
 }
 
-// Texts for errors whose own words say less than what is known here.
+// Texts for errors whose own text says less than the record.
 std::string TextOf(JT_ERROR error, const FailureReport& report, int selectedPage, int pages) {
   if (error == JTE_SPOOL_GENERATE && pages > 0 && selectedPage > pages)
     return "page " + std::to_string(selectedPage) + " was asked for, and the job has " +
@@ -33,7 +33,7 @@ std::string TextOf(JT_ERROR error, const FailureReport& report, int selectedPage
   const bool known =
       error < JT_FIRST_CHILD_CODE || error == JTE_RUN_INSTALL || error == JTE_INVALID_RECOVERY;
   if (known) return ShownText(job::ErrorText(error));
-  if (!report.words.empty()) return report.words.front();
+  if (!report.messages.empty()) return report.messages.front();
   return "it ended with an error and said nothing";
 }
 
@@ -61,7 +61,7 @@ FailureReport ReportFailure(const JobRecord& record, JT_ERROR error, int selecte
   report.stageName = StageName(stage);
   report.code = error;
   if (const ChildRecord* child = record.ChildOf(stage)) {
-    report.words = child->LastWords();
+    report.messages = child->LastMessages();
     report.childStatus = child->exitStatus;
   }
   report.text = TextOf(error, report, selectedPage, pages);
@@ -72,8 +72,8 @@ FailureReport ReportFailure(const JobRecord& record, JT_ERROR error, int selecte
 
 std::string FailureText(const FailureReport& report) {
   std::string text = "rastrel: " + report.stageName + " failed: " + report.text + "\n";
-  for (const std::string& words : report.words)
-    if (words != report.text) text += "  it said: " + words + "\n";
+  for (const std::string& message : report.messages)
+    if (message != report.text) text += "  it said: " + message + "\n";
   if (report.childStatus) text += "  its exit status: " + StatusText(*report.childStatus) + "\n";
   if (report.code != 0) text += "  error code: " + std::to_string(report.code) + "\n";
   if (!report.log.empty()) text += "  log: " + report.log + "\n";
@@ -86,7 +86,7 @@ std::string FailureLine(const FailureReport& report) {
   if (report.code != 0) line.Add("code", report.code);
   line.Add("originator", OriginatorWord(JTO_SYSTEM)).Add("text", report.text);
   line.Add("exit", static_cast<int>(report.exit)).Add("stage", report.stage);
-  if (!report.words.empty()) line.Add("words", report.words);
+  if (!report.messages.empty()) line.Add("words", report.messages);
   if (report.childStatus) line.Add("status", *report.childStatus);
   line.AddIfAny("path", report.log).AddIfAny("hint", report.hint);
   return line.Text();

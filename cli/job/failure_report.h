@@ -11,20 +11,20 @@ namespace rastrel::cli {
 
 class JobRecord;
 
-/// All that is told of a job that failed.
+/// The report on a failed job.
 struct FailureReport {
   ExitStatus exit = ExitStatus::JobFailed;
-  std::string stage;               ///< the stage's word in JSON lines
-  std::string stageName;           ///< and for people
-  int code = 0;                    ///< JT_ERROR; 0 if the job did not start
-  std::string text;                ///< what went wrong
-  std::vector<std::string> words;  ///< the child's last words
-  std::optional<int> childStatus;  ///< how the child ended; above 128 a signal
-  std::string log;                 ///< native path of the application log
-  std::string hint;                ///< what to do about it; may be empty
+  std::string stage;                  ///< the stage in JSON lines, "rip"
+  std::string stageName;              ///< the stage for people, "RIP"
+  int code = 0;                       ///< JT_ERROR; 0 if the job did not start
+  std::string text;                   ///< the fault in one sentence
+  std::vector<std::string> messages;  ///< the child's last messages
+  std::optional<int> childStatus;     ///< how the child ended; above 128 a signal
+  std::string log;                    ///< native path of the application log
+  std::string hint;                   ///< a remedy; may be empty
 };
 
-/// Puts together what is known. `selectedPage` is the highest page that was asked for by number, 0
+/// Makes the report. `selectedPage` is the highest page that was asked for by number, 0
 /// if none was, and `pages` how many the job has, 0 if that isn't known.
 [[nodiscard]] FailureReport ReportFailure(const JobRecord& record, JT_ERROR error, int selectedPage,
                                           int pages);

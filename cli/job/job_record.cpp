@@ -8,7 +8,7 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr std::size_t WordsBesideErrors = 4;
+constexpr std::size_t LinesBesideErrors = 4;
 constexpr std::size_t LineLimit = 300;  // bytes kept of a line
 
 void Keep(std::deque<std::string>& lines, std::string text) {
@@ -20,7 +20,7 @@ void Keep(std::deque<std::string>& lines, std::string text) {
     text += "...";
   }
   lines.push_back(std::move(text));
-  if (lines.size() > ChildRecord::WordLimit) lines.pop_front();
+  if (lines.size() > ChildRecord::MessageLimit) lines.pop_front();
 }
 
 std::optional<int> StatusIn(std::string_view text, std::string_view prefix) {
@@ -62,13 +62,13 @@ const char* StageName(JobStage stage) {
   return "";
 }
 
-std::vector<std::string> ChildRecord::LastWords() const {
+std::vector<std::string> ChildRecord::LastMessages() const {
   std::vector<std::string> all(errors.begin(), errors.end());
-  // Beside an error the other words are mostly an interpreter's dump of its state.
-  const std::size_t limit = all.empty() ? WordLimit : WordsBesideErrors;
-  const std::size_t room = std::min(limit, WordLimit - std::min(WordLimit, all.size()));
-  const std::size_t count = std::min(room, words.size());
-  all.insert(all.end(), words.end() - static_cast<std::ptrdiff_t>(count), words.end());
+  // Beside an error the other lines are usually an interpreter's dump of its state.
+  const std::size_t limit = all.empty() ? MessageLimit : LinesBesideErrors;
+  const std::size_t room = std::min(limit, MessageLimit - std::min(MessageLimit, all.size()));
+  const std::size_t count = std::min(room, lines.size());
+  all.insert(all.end(), lines.end() - static_cast<std::ptrdiff_t>(count), lines.end());
   return all;
 }
 
@@ -96,8 +96,8 @@ void JobRecord::OnEvent(const JobEvent& event) {
 }
 
 void JobRecord::TakeLog(const JobEvent& event) {
-  if (event.originator == JTO_RIP) return Keep(m_Rip.words, event.text);
-  if (event.originator == JTO_ODALIS) return Keep(m_Odalis.words, event.text);
+  if (event.originator == JTO_RIP) return Keep(m_Rip.lines, event.text);
+  if (event.originator == JTO_ODALIS) return Keep(m_Odalis.lines, event.text);
   if (const auto status = StatusIn(event.text, "Rip exited with status "))
     m_Rip.exitStatus = status;
   if (const auto status = StatusIn(event.text, "Odalis exited with status "))

@@ -17,25 +17,25 @@ enum class JobStage { Start, JobFile, Prefix, Rip, PageList, PageSelection, Outp
 [[nodiscard]] const char* StageWord(JobStage stage);
 [[nodiscard]] const char* StageName(JobStage stage);
 
-/// What a child said and how it ended.
+/// A child's messages and its exit status.
 struct ChildRecord {
   std::deque<std::string> errors;  ///< its ERROR reports, the last ones
-  std::deque<std::string> words;   ///< its other lines that are no reports, the last ones
-  std::optional<int> exitStatus;   ///< as the job log tells it; nothing if it was ended
+  std::deque<std::string> lines;   ///< its other lines that are no reports, the last ones
+  std::optional<int> exitStatus;   ///< by the job log; nothing if a signal ended it
 
-  /// The errors, then the other words, the last ones of each; at most WordLimit together.
-  [[nodiscard]] std::vector<std::string> LastWords() const;
-  static constexpr std::size_t WordLimit = 12;
+  /// The errors, then the other lines, the last ones of each; at most MessageLimit together.
+  [[nodiscard]] std::vector<std::string> LastMessages() const;
+  static constexpr std::size_t MessageLimit = 12;
 };
 
-/// Remembers of a job what is told when it is over. Takes as much memory as the delivered files'
+/// Keeps what the report at the end of a job needs. Takes as much memory as the delivered files'
 /// paths, whatever the children say.
 class JobRecord : public JobObserver {
  public:
   void OnEvent(const JobEvent& event) override;
 
   [[nodiscard]] const std::vector<std::string>& Outputs() const { return m_Outputs; }
-  /// The highest page number that the RIP told of.
+  /// The highest page number that the RIP reported.
   [[nodiscard]] int PagesMade() const { return m_PagesMade; }
   [[nodiscard]] const ChildRecord& Rip() const { return m_Rip; }
   [[nodiscard]] const ChildRecord& Odalis() const { return m_Odalis; }

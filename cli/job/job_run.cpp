@@ -24,7 +24,7 @@ int HighestSelected(const CJobTicket& ticket) {
   return *std::max_element(ticket.m_Pages.begin(), ticket.m_Pages.end()) + 1;
 }
 
-void TellDone(const JobRecord& record, const JobView& view) {
+void WriteDone(const JobRecord& record, const JobView& view) {
   if (view.IsJson()) {
     JsonLine line("done");
     line.Add("originator", OriginatorWord(JTO_SYSTEM)).Add("exit", 0);
@@ -34,7 +34,7 @@ void TellDone(const JobRecord& record, const JobView& view) {
   for (const std::string& path : record.Outputs()) WriteOut(path + "\n");
 }
 
-void TellCancelled(const JobRecord& record, const JobView& view) {
+void WriteCancelled(const JobRecord& record, const JobView& view) {
   if (view.IsJson()) {
     JsonLine line("cancelled");
     line.Add("code", static_cast<int>(JTE_ABNORMAL)).Add("originator", OriginatorWord(JTO_SYSTEM));
@@ -107,14 +107,14 @@ JobEnd RunJob(CJobTicket& ticket, TicketWatch& watch, JobRecord& record, JobView
   return ticket.m_Error == JTE_NONE && watch.HasReportedEnd() ? JobEnd::Done : JobEnd::Failed;
 }
 
-ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record, JobView& view,
-                   int pages) {
+ExitStatus ReportEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record, JobView& view,
+                     int pages) {
   if (end == JobEnd::Done) {
-    TellDone(record, view);
+    WriteDone(record, view);
     return ExitStatus::Done;
   }
   if (end == JobEnd::Cancelled) {
-    TellCancelled(record, view);
+    WriteCancelled(record, view);
     return ExitStatus::Cancelled;
   }
   const FailureReport report = ReportFailure(record, ticket.m_Error, HighestSelected(ticket),

@@ -15,8 +15,8 @@ class StopSignals;
 
 namespace rastrel::cli {
 
-/// What the signals that ask for an end do to a job: the first one aborts it, further ones are told
-/// that this is under way. Made before any other thread runs.
+/// Ends a job at a signal that asks for it: the first one aborts it, further ones are answered with
+/// a message that this is under way. Made before any other thread runs.
 class StopRequest {
  public:
   /// The view is not owned and must outlive this.
@@ -25,7 +25,7 @@ class StopRequest {
   StopRequest(const StopRequest&) = delete;
   StopRequest& operator=(const StopRequest&) = delete;
 
-  /// Whether somebody asked.
+  /// Whether a signal has come.
   [[nodiscard]] bool IsMade() const;
   /// From now on a request aborts this ticket's print; one that was made before does so at once.
   /// REQUIRES: it has a printing thread until Forget.
@@ -55,10 +55,10 @@ template <typename Ticket>
   return RunJob(ticket, ticket, record, view, stop);
 }
 
-/// Tells of the end of a job and gives the command's status. `pages` is how many pages the job has,
-/// 0 if only the record knows.
-[[nodiscard]] ExitStatus TellEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record,
-                                 JobView& view, int pages);
+/// Reports the end of a job and returns the command's status. `pages` is how many pages the job
+/// has, 0 if only the record knows.
+[[nodiscard]] ExitStatus ReportEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record,
+                                   JobView& view, int pages);
 
 /// Makes the environment of the output engine: where files go, and the printer. Empty texts leave
 /// it as it is. Throws CommandError(WrongUse) if the directory can't be made.

@@ -74,11 +74,11 @@ void JobView::Say(const char* event, const std::string& text, const std::string&
     line.AddIfAny("path", path).Write();
     return;
   }
-  const std::string words = path.empty() ? text : text + ": " + path;
+  const std::string message = path.empty() ? text : text + ": " + path;
   if (m_Line) {
-    m_Line->Say(words);
+    m_Line->Say(message);
   } else {
-    WriteError(words + "\n");
+    WriteError(message + "\n");
   }
 }
 

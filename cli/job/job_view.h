@@ -24,9 +24,9 @@ class JobView : public JobObserver {
   void Say(const char* event, const std::string& text, const std::string& path = {});
   /// True if Tick is of use.
   [[nodiscard]] bool IsLive() const { return m_Line != nullptr; }
-  /// Shows the time that has gone by.
+  /// Shows the elapsed time.
   void Tick();
-  /// The job is over: nothing of it is shown any more, what is said stays.
+  /// The job is over: its progress is cleared, messages stay.
   void Finish();
   [[nodiscard]] bool IsJson() const { return m_Json; }
 

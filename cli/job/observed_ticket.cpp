@@ -60,7 +60,7 @@ bool TicketWatch::HasReportedEnd() {
   return m_Ended;
 }
 
-void TicketWatch::Tell(JobEvent event) {
+void TicketWatch::Notify(JobEvent event) {
   const std::lock_guard<std::mutex> guard(m_ObserverMutex);
   if (m_Filter) m_Filter(event);
   for (JobObserver* observer : m_Observers) observer->OnEvent(event);
@@ -86,13 +86,13 @@ Observed<Ticket>::~Observed() {
 template <typename Ticket>
 void Observed<Ticket>::Warning(const wchar_t* text, JT_ORIGINATOR originator) {
   Ticket::Warning(text, originator);
-  Tell(TextEvent(JobEventKind::Warning, text, originator));
+  Notify(TextEvent(JobEventKind::Warning, text, originator));
 }
 
 template <typename Ticket>
 void Observed<Ticket>::Error(const wchar_t* text, JT_ORIGINATOR originator) {
   Ticket::Error(text, originator);
-  Tell(TextEvent(JobEventKind::Error, text, originator));
+  Notify(TextEvent(JobEventKind::Error, text, originator));
 }
 
 template <typename Ticket>
@@ -101,7 +101,7 @@ void Observed<Ticket>::Error(JT_ERROR code, JT_ORIGINATOR originator) {
     const ReportScope scope;
     Ticket::Error(code, originator);
   }
-  Tell(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
+  Notify(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
 }
 
 template <typename Ticket>
@@ -110,7 +110,7 @@ void Observed<Ticket>::Info(JT_INFO code, JT_ORIGINATOR originator) {
     const ReportScope scope;
     Ticket::Info(code, originator);
   }
-  Tell(CodeEvent(JobEventKind::State, code, job::InfoText(code, originator), originator));
+  Notify(CodeEvent(JobEventKind::State, code, job::InfoText(code, originator), originator));
   if (code == JTI_PROCESSING_COMPLETED || code == JTI_PRINTING_ABORTED) End();
 }
 
@@ -122,7 +122,7 @@ void Observed<Ticket>::Progress(unsigned short percent, JT_ORIGINATOR originator
   event.kind = JobEventKind::Progress;
   event.originator = originator;
   event.percent = percent > 100 ? 100 : percent;
-  Tell(event);
+  Notify(event);
 }
 
 template <typename Ticket>
@@ -133,7 +133,7 @@ void Observed<Ticket>::Log(const wchar_t* format, ...) {
   va_end(list);
   Ticket::Log(L"%s", line.c_str());
   if (t_InReport) return;
-  if (const auto event = EventOfLogLine(line)) Tell(*event);
+  if (const auto event = EventOfLogLine(line)) Notify(*event);
 }
 
 template class Observed<CJobTicket>;

@@ -15,7 +15,7 @@ class CPrintingThread;
 
 namespace rastrel::cli {
 
-/// Who hears of a ticket's events, and the end of its job. Observers are called under one lock,
+/// The observers of a ticket's events, and the end of its job. Observers are called under one lock,
 /// whatever the thread.
 class TicketWatch {
  public:
@@ -31,15 +31,16 @@ class TicketWatch {
   void SetFilter(std::function<void(JobEvent&)> filter) { m_Filter = std::move(filter); }
 
   /// Waits until the job has ended, whichever way. `thread` is the one that prints it; REQUIRES:
-  /// PrintJob was true. `tick` is called between whiles, five times a second, unless it is empty.
+  /// PrintJob was true. `tick` is called every redraw::ForElapsedTime meanwhile, unless it is
+  /// empty.
   void WaitForEnd(const PrintingThread::CPrintingThread& thread, const std::function<void()>& tick);
-  /// Whether the job told its end. One that did not has broken off, whatever its error says.
+  /// Whether the job reported its end. One that did not has broken off, whatever its error is.
   [[nodiscard]] bool HasReportedEnd();
 
  protected:
   ~TicketWatch() = default;
 
-  void Tell(JobEvent event);
+  void Notify(JobEvent event);
   /// The job is over.
   void End();
 
@@ -52,7 +53,7 @@ class TicketWatch {
   bool m_Ended = false;
 };
 
-/// A ticket whose events go to observers, and that tells when the job has ended. Nothing of it goes
+/// A ticket whose events go to observers, and that reports the end of the job. Nothing of it goes
 /// to the standard error stream.
 template <typename Ticket>
 class Observed : public Ticket, public TicketWatch {

@@ -86,7 +86,7 @@ std::string RenderProgress(const ProgressView& progress, std::int64_t elapsedSec
                            unsigned columns) {
   const std::string between = "  ";
   const std::string time = TimeText(std::max<std::int64_t>(elapsedSeconds, 0));
-  // A job that does not tell its number of pages has no percentage, and an empty bar says nothing.
+  // A job of an unknown number of pages has no percentage, and an empty bar says nothing.
   const std::string percent = progress.percent ? PercentText(*progress.percent) : "";
   const std::string bar = progress.percent ? between + BarOf(*progress.percent) : "";
   const std::string page = progress.page ? "page " + std::to_string(*progress.page) : "";

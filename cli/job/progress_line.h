@@ -8,11 +8,11 @@
 
 namespace rastrel::cli {
 
-/// How far a job is, as its events tell.
+/// How far a job is, by its events.
 class JobProgress {
  public:
   void Take(const JobEvent& event);
-  /// Of work that is no job: what is being done, and how far it is where that is known.
+  /// For work that is no job: its stage, and its percentage where that is known.
   void Set(std::string stage, std::optional<int> percent);
 
   [[nodiscard]] const std::string& Stage() const { return m_Stage; }
@@ -27,7 +27,7 @@ class JobProgress {
   std::optional<int> m_Page;
 };
 
-/// What a line of progress says.
+/// The parts of a progress line.
 struct ProgressView {
   std::string stage;
   std::optional<int> percent;
@@ -42,24 +42,24 @@ struct ProgressView {
 [[nodiscard]] std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
                                          unsigned columns);
 
-/// What takes a drawn line away, and what the rest of one that a shorter line was drawn over.
+/// Control sequences that clear the whole line, and the line from the cursor on.
 inline constexpr const char* ClearLine = "\r\x1b[K";
 inline constexpr const char* ClearRest = "\x1b[K";
 
-/// Shows a job on a terminal: one line that is drawn over and over, with what is to stay above it.
+/// Shows a job on a terminal: one line that is drawn over and over, below the lines that stay.
 /// Events and Tick come from several threads; the owner sees to it that they come one at a time.
 class ProgressLine : public JobObserver {
  public:
-  /// Takes the time of the beginning.
+  /// Elapsed time counts from here.
   ProgressLine();
   void OnEvent(const JobEvent& event) override;
   /// The same of work that is no job. Drawn with the next Tick.
   void Show(std::string stage, std::optional<int> percent);
-  /// Draws the line again, for the time that has gone by.
+  /// Draws the line again, for the elapsed time.
   void Tick();
-  /// Takes the line away and prints one that stays. The line is drawn again with the next event.
+  /// Clears the line and prints one that stays. The progress is drawn again with the next event.
   void Say(const std::string& text);
-  /// Takes the line away for good.
+  /// Clears the line for good.
   void Finish();
 
  private:

@@ -100,13 +100,13 @@ bool TerminalViews::View::Is(int control, host::ControlKind kind) const {
 }
 
 void TerminalViews::View::SetText(int control, const std::wstring& text) {
-  const std::string words = os::Utf8FromWide(text);
-  // The title is what there is to say before the first stage.
+  const std::string message = os::Utf8FromWide(text);
+  // Before the first stage the title is shown.
   if (control == host::TitleControl && m_View.stage.empty()) {
-    m_View.stage = words;
+    m_View.stage = message;
   } else if (Is(control, host::ControlKind::Text)) {
-    m_View.stage = words;
-    ShowStage(words);
+    m_View.stage = message;
+    ShowStage(message);
   }
   m_Changed = true;
 }
@@ -152,7 +152,7 @@ void TerminalViews::View::RunModal() {
 void TerminalViews::View::Turn() {
   if (m_Views.m_Stopped) return Cancel();
   TakeKeys();
-  // In this order: what works for the dialog posts its last message before it ends.
+  // In this order: the worker of the dialog posts its last message before it ends.
   const bool mayEnd = m_Dialog.MayEndByItself();
   if (m_Dialog.HasEnded() || m_Dialog.HandleMessages() > 0) return Draw();
   if (!mayEnd) return m_Dialog.Command(host::CancelCommand);

@@ -11,8 +11,8 @@
 
 namespace rastrel::cli {
 
-/// Shows dialogs on the terminal: title, stage, bar and the time that has gone by as one line that
-/// is drawn over and over; plain lines where standard error is no terminal; JSON lines on standard
+/// Shows dialogs on the terminal: title, stage, bar and elapsed time as one line that is drawn over
+/// and over; plain lines where standard error is no terminal; JSON lines on standard
 /// output if asked for. q, Escape, Ctrl-C and a stop request cancel; a dialog that only a person
 /// could end is cancelled by itself, since there is nothing to wait for. The terminal has its old
 /// state when a dialog is over.
@@ -28,7 +28,7 @@ class TerminalViews : public host::DialogViews {
     m_Stopped = true;
     m_Stop.Unlock();
   }
-  /// Whether a person cancelled or asked for a stop.
+  /// Whether a person cancelled, or a stop was requested.
   [[nodiscard]] bool IsCancelled() const { return m_Stopped; }
 
  private:

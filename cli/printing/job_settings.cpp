@@ -16,9 +16,9 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr double LeastGamma = 0.01;
+constexpr double MinimumGamma = 0.01;
 constexpr double MaximumGamma = 100.0;
-constexpr double ByteScale = 255.0;          // what users give, and what most records hold
+constexpr double ByteScale = 255.0;          // of values that users give, and of nearly all records
 constexpr double PreviewInkScale = 1000.0;   // CMYK in a preview's record
 constexpr std::size_t MaximumLetters = 100;  // of a name
 
@@ -102,15 +102,15 @@ CLevelsData ParseLevels(std::string_view option, std::string_view text) {
   const auto parts = Split(text, ',');
   if (parts.size() != 3)
     RefuseValue(option, text, "levels are given as LOW,GAMMA,HIGH, as in 0,1.2,255");
-  const auto number = [&](std::size_t index, double least, double most, const char* range) {
+  const auto number = [&](std::size_t index, double minimum, double maximum, const char* range) {
     const auto value = NumberOf(parts[index]);
-    if (!value || *value < least || *value > most)
+    if (!value || *value < minimum || *value > maximum)
       RefuseValue(option, text, "'" + std::string(parts[index]) + "' is no " + range);
     return *value;
   };
   CLevelsData levels;
   levels.Low = number(0, 0.0, ByteScale, "low end from 0 to 255");
-  levels.Gamma = number(1, LeastGamma, MaximumGamma, "gamma from 0.01 to 100");
+  levels.Gamma = number(1, MinimumGamma, MaximumGamma, "gamma from 0.01 to 100");
   levels.High = number(2, 0.0, ByteScale, "high end from 0 to 255");
   return levels;
 }

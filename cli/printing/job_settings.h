@@ -15,11 +15,11 @@ struct Invocation;
 /// Which ticket takes the settings: their scales differ, and not all of them fit both.
 enum class TicketKind { Print, Preview };
 
-/// Puts what --scale, --levels, --levels-red and its like, and --cut-color say into a ticket's
-/// settings; what is not given stays. Throws CommandError(WrongUse) with what is wrong.
+/// Takes --scale, --levels, --levels-red and its like, and --cut-color into a ticket's settings;
+/// the others keep their values. Throws CommandError(WrongUse) with the fault.
 void ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind);
 
-/// Puts what --dpi, --planar and --cut-only say into a preview's ticket. Throws
+/// Takes --dpi, --planar and --cut-only into a preview's ticket. Throws
 /// CommandError(WrongUse).
 void ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation);
 

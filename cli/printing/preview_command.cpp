@@ -91,7 +91,7 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, stop);
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
-  const ExitStatus status = TellEnd(end, ticket, record, view, 0);
+  const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
   if (end == JobEnd::Done && !files.Fault().empty())
     throw CommandError(ExitStatus::JobFailed, files.Fault());
   if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);

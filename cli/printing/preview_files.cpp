@@ -21,7 +21,7 @@ std::string WhyNotMoved(const fs::path& source, const fs::path& target) {
   return error ? error.message() : std::string();
 }
 
-// What stands behind the job's name in a delivered file's name: "-1", "-2", "-1-Cyan". The number
+// The part after the job's name in a delivered file's name: "-1", "-2", "-1-Cyan". The number
 // of the first page goes.
 std::string SuffixOf(const std::string& stem, const std::string& jobName) {
   constexpr std::string_view first = "-1";

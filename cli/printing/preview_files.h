@@ -13,15 +13,15 @@ namespace rastrel::cli {
 /// "sign-Cyan.tif" or "sign-2-Cyan.tif". Called on one thread at a time.
 class PreviewFiles {
  public:
-  /// `target` is the native path that the user gave, and ends in an extension; `jobName` is what
-  /// the engine's file names begin with.
+  /// `target` is the native path that the user gave, and ends in an extension; The engine's
+  /// file names begin with `jobName`.
   PreviewFiles(const std::string& target, std::string jobName);
 
   /// Moves the file of an output event over whatever has its new name, and puts that name into the
   /// event. If it can't be moved, the event becomes a line of the log. All other events stay.
   void Take(JobEvent& event);
 
-  /// What went wrong first, in words; empty if nothing did.
+  /// The first fault as a message; empty if there was none.
   [[nodiscard]] const std::string& Fault() const { return m_Fault; }
 
   /// The names that files were moved to, in the order in which they came.

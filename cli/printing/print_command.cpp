@@ -22,7 +22,7 @@
 namespace rastrel::cli {
 namespace {
 
-/// What the options say, checked before anything runs.
+/// The options, checked before anything runs.
 struct PrintRequest {
   std::vector<InputFile> inputs;
   std::string printer;
@@ -86,7 +86,7 @@ std::optional<CommandError> TrySave(const CJobTicket& ticket, const std::string&
   return std::nullopt;
 }
 
-void TellKept(JobView& view, const JobDirectory& directory) {
+void ReportKeptFiles(JobView& view, const JobDirectory& directory) {
   view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
 }
 
@@ -110,8 +110,8 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   std::optional<CommandError> unsaved;
   if (end == JobEnd::Done && !request.ticketPath.empty())
     unsaved = TrySave(ticket, request.ticketPath, view);
-  if (keep) TellKept(view, directory);
-  const ExitStatus status = TellEnd(end, ticket, record, view, 0);
+  if (keep) ReportKeptFiles(view, directory);
+  const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
   if (unsaved) throw CommandError(*unsaved);
   return status;
 }
@@ -127,7 +127,7 @@ ExitStatus PrintCommand(const Invocation& invocation) {
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
 
-  // A job that fails does not keep the files behind it from being printed; its status is told.
+  // A job that fails does not keep the files after it from being printed; its status is returned.
   ExitStatus result = ExitStatus::Done;
   for (const InputFile& input : request.inputs) {
     if (request.inputs.size() > 1) view.Begin(input.path);

@@ -95,7 +95,7 @@ ExitStatus ReprintCommand(const Invocation& invocation) {
   const auto count = static_cast<int>(ticket.m_CFMFile.Entries.size());
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, stop);
-  return TellEnd(end, ticket, record, view, count);
+  return ReportEnd(end, ticket, record, view, count);
 }
 
 }  // namespace rastrel::cli

@@ -10,8 +10,8 @@ namespace rastrel::cli {
 /// for one that can't be used: an empty one, and one that the library would take for another file.
 [[nodiscard]] std::string TicketPath(const std::string& text);
 
-/// Reads a ticket file into a fresh ticket. Throws CommandError(BadInput) with what is wrong and at
-/// which byte.
+/// Reads a ticket file into a fresh ticket. Throws CommandError(BadInput) with the fault and its
+/// byte.
 void LoadTicket(CJobTicket& ticket, const std::string& path);
 
 /// Replaces the file as a whole. A job that was printed is saved as one that may be printed again.

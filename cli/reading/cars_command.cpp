@@ -47,7 +47,7 @@ void WriteTree(const CFolderInfo& folder, const Branches& branches, LongOutput& 
   WriteChildren(folder, "", branches, output);
 }
 
-// An object of the node alone. Folders get their children behind that.
+// An object of the node alone. Folders get their children after that.
 std::string MembersOf(const CFolderInfo& node, const char* event) {
   const bool isFolder = node.m_Folder != 0;
   Json object = Json::object();

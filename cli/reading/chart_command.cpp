@@ -93,7 +93,7 @@ ExitStatus CopyrightChartCommand(const Invocation& invocation) {
 ExitStatus CapRulesCommand(const Invocation& invocation) {
   std::vector<std::wstring> words;
   const CHCapRulesXMLReader reader(words, ReaderPath(invocation.operand).c_str(), nullptr);
-  // A document of another kind is a chart without words to a host; a user gave the wrong file.
+  // To a host a document of another kind is an empty chart; a user gave the wrong file.
   if (words.empty()) ThrowWithoutAnswer(invocation, L"CAPSET");
   std::vector<std::string> texts;
   texts.reserve(words.size());

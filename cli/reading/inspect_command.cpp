@@ -57,7 +57,7 @@ void AddPainted(Inspection& inspection) {
 }  // namespace
 
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
-  // Where the last star stands, and how much of the name it has taken: going back that far is
+  // The place of the last star, and how much of the name it has taken: going back that far is
   // enough.
   std::size_t star = pattern.npos;
   std::size_t taken = 0;

@@ -135,7 +135,7 @@ std::string HeaderOf(const std::wstring& path) {
   return header;
 }
 
-void TellKind(Inspection& result, const std::string& head, CPSParser& parser) {
+void SetKind(Inspection& result, const std::string& head, CPSParser& parser) {
   if (!parser.FindEPSStart(result.start, result.length)) {
     result.reason = head.empty() ? "it is empty" : "it has no \"%!PS\"";
     return;
@@ -202,7 +202,7 @@ Inspection InspectFile(const std::string& path) {
   const std::wstring wide = os::FromNative(path);
   const std::string head = HeadOf(path, wide);
   CPSParser parser(wide.c_str());
-  TellKind(result, head, parser);
+  SetKind(result, head, parser);
   if (result.kind == FileKind::Neither) return result;
 
   result.header = HeaderOf(wide);

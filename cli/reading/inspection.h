@@ -33,14 +33,15 @@ struct InspectedSpot {
   CVKColor color;
 };
 
-/// What a page paints, by the interpreter's word. Names as PostScript means them; UTF-8.
+/// The spot colors that the pages paint, as reported by the interpreter. Names as PostScript reads
+/// them; UTF-8.
 struct PaintedReport {
   std::vector<std::string> painted;
   std::vector<std::string> notPainted;   ///< declared, and painted by no page
   std::vector<std::string> notDeclared;  ///< painted, and not declared
 };
 
-/// What is told of one file.
+/// The result of inspecting one file.
 struct Inspection {
   std::string path;  ///< native, as given
   FileKind kind = FileKind::Neither;
@@ -58,7 +59,7 @@ struct Inspection {
   std::optional<PaintedReport> painted;
 };
 
-/// Looks at a file's comments. Throws CommandError(BadInput) if it can't be read.
+/// Reads a file's comments. Throws CommandError(BadInput) if it can't be read.
 [[nodiscard]] Inspection InspectFile(const std::string& path);
 
 /// The bytes of a PostScript string with its escapes resolved, as UTF-8 of Windows-1252 text.

@@ -32,7 +32,7 @@ std::string Joined(const Values& values, const char* between, const TextOf& text
   return text;
 }
 
-// The name, and behind it what PostScript means by it if that is another.
+// The name, followed by the name as PostScript reads it if that differs.
 std::string NameText(const SpotName& name) {
   return name.name == name.postScript ? name.name : name.name + " (" + name.postScript + ")";
 }

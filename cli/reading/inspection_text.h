@@ -4,8 +4,8 @@
 
 #include "cli/reading/inspection.h"
 
-/// What is told of a file, in its three forms. All are UTF-8 of one line with a line feed at its
-/// end; control characters in texts are blanks in the first two.
+/// An inspection in its three forms. Each is one line of UTF-8 with a line feed at its end. Control
+/// characters in texts are spaces in the first two.
 namespace rastrel::cli {
 
 /// For a person. `color` paints a swatch before each spot color, for a terminal that shows it.

@@ -15,7 +15,7 @@ namespace rastrel::cli::sheet {
 /// Appends a cell's text with tabs, line ends, backslashes and other control characters escaped.
 void AppendEscaped(std::string& line, std::string_view text);
 
-/// Bytes of the whole text, at most.
+/// Maximum size of the whole text in bytes.
 inline constexpr std::uint64_t MaximumTextBytes = 4ULL << 30;
 
 /// Writes rows to a file.

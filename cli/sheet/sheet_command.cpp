@@ -62,7 +62,7 @@ void CheckUse(const Invocation& invocation) {
                        "the text would take the place of '" + target + "', which it is made of");
 }
 
-void TellDone(const Task& task) {
+void WriteDone(const Task& task) {
   if (!task.IsJson()) return;
   JsonLine line("done");
   line.Add("originator", "system").Add("exit", 0);
@@ -71,13 +71,16 @@ void TellDone(const Task& task) {
   line.Add("paths", paths).Write();
 }
 
-void TellNotes(const Task& task, const std::vector<std::string>& notes) {
+void WriteNotes(const Task& task, const std::vector<std::string>& notes) {
   for (const std::string& note : notes) {
-    const std::string words = task.invocation.operand + ": passed over: " + note;
+    const std::string message = task.invocation.operand + ": passed over: " + note;
     if (task.IsJson())
-      JsonLine("warning").Add("originator", "system").Add("text", std::string_view(words)).Write();
+      JsonLine("warning")
+          .Add("originator", "system")
+          .Add("text", std::string_view(message))
+          .Write();
     else
-      WriteError("rastrel: " + words + "\n");
+      WriteError("rastrel: " + message + "\n");
   }
 }
 
@@ -118,8 +121,8 @@ void WriteFaithful(Task& task) {
     WriteLinesAsJson(text);
   else
     CopyToOutput(text);
-  TellNotes(task, notes);
-  TellDone(task);
+  WriteNotes(task, notes);
+  WriteDone(task);
 }
 
 void WriteAsShown(Task& task) {
@@ -135,7 +138,7 @@ void WriteAsShown(Task& task) {
     CopyToOutput(path);
   else
     task.workspace.Deliver(path, task.Target());
-  TellDone(task);
+  WriteDone(task);
 }
 
 void WriteList(Task& task) {
@@ -159,7 +162,7 @@ void WriteList(Task& task) {
     WriteOut(line + "\t" + visibility + "\t" + std::to_string(rows) + " rows\t" +
              std::to_string(columns) + " columns\t" + std::to_string(cells) + " cells\n");
   }
-  TellDone(task);
+  WriteDone(task);
 }
 
 int PlaceOfWantedSheet(const Task& task) {
@@ -184,7 +187,7 @@ void Run(Task& task) {
 
 constexpr std::size_t HeadSize = 512;
 
-// Refuses a file that can be no spreadsheet, with what it is if that is known.
+// Refuses a file that can be no spreadsheet, and names its kind if that is known.
 void CheckKind(const std::string& path) {
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) return;

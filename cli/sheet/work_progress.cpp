@@ -43,7 +43,7 @@ void WorkProgress::Run() {
   while (!m_Changed.wait_for(lock, wait, [this] { return m_Ended; })) {
     wait = m_Json ? redraw::OfSpreadsheetAsJson : redraw::OfSpreadsheet;
     if (m_Json) {
-      TellJson();
+      WriteJson();
       continue;
     }
     m_Shown = true;
@@ -52,7 +52,7 @@ void WorkProgress::Run() {
   }
 }
 
-void WorkProgress::TellJson() {
+void WorkProgress::WriteJson() {
   JsonLine line("progress");
   line.Add("originator", "system").Add("text", std::string_view(m_Stage));
   if (m_Percent) line.Add("percent", *m_Percent);

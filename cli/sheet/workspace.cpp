@@ -66,7 +66,7 @@ void Workspace::Stop() {
     for (int attempt = 0; attempt < attempts && os::Exists(path); ++attempt)
       static_cast<void>(os::RemoveTree(path));
   }
-  // A line of progress may stand there, and behind it what the terminal makes of the key.
+  // The progress line may be there, followed by the terminal's echo of the key.
   if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
     WriteError(ClearLine);
   WriteErrorMessage({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"},
@@ -95,7 +95,7 @@ void Workspace::Deliver(const std::string& source, const std::string& target) {
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
   fs::rename(source, place, error);
   if (!error) return;
-  // Another file system, most likely; if not, what follows says why it can't be.
+  // Another file system, most likely; if not, the copy below fails with the reason.
   const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
                                                  std::to_string(os::CurrentProcessId()));
   SetUnfinished(beside);

@@ -106,7 +106,7 @@ TEST(FailureLine, is_one_object_with_all_that_is_known) {
   report.stage = "rip";
   report.code = 260;
   report.text = "no";
-  report.words = {"a", "b"};
+  report.messages = {"a", "b"};
   report.childStatus = 3;
   report.log = "/r/l.log";
   report.hint = "h";

@@ -47,12 +47,12 @@ TEST(JobRecord, a_child_can_not_speak_for_the_library_about_its_own_end) {
 TEST(JobRecord, keeps_the_last_words_with_errors_first) {
   JobRecord record;
   for (int line = 1; line <= 100; ++line) TakeLine(record, L"[Rip]line " + std::to_wstring(line));
-  EXPECT_EQ(record.Rip().LastWords().size(), ChildRecord::WordLimit);
-  EXPECT_EQ(record.Rip().LastWords().back(), "line 100");
+  EXPECT_EQ(record.Rip().LastMessages().size(), ChildRecord::MessageLimit);
+  EXPECT_EQ(record.Rip().LastMessages().back(), "line 100");
   TakeError(record, "broken");
-  EXPECT_EQ(record.Rip().LastWords(),
+  EXPECT_EQ(record.Rip().LastMessages(),
             std::vector<std::string>({"broken", "line 97", "line 98", "line 99", "line 100"}));
-  EXPECT_TRUE(record.Odalis().LastWords().empty());
+  EXPECT_TRUE(record.Odalis().LastMessages().empty());
 }
 
 TEST(JobRecord, keeps_little_of_a_child_that_floods) {
@@ -60,7 +60,7 @@ TEST(JobRecord, keeps_little_of_a_child_that_floods) {
   for (int line = 0; line < 1000; ++line)
     TakeLine(record, L"[Rip]" + std::wstring(100000, L'\xE4'));
   std::size_t bytes = 0;
-  for (const std::string& words : record.Rip().LastWords()) bytes += words.size();
+  for (const std::string& message : record.Rip().LastMessages()) bytes += message.size();
   EXPECT_LT(bytes, 10000U);
 }
 
