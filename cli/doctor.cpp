@@ -5,17 +5,16 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/installation.h"
-#include "cli/job_directory.h"
-#include "cli/json_line.h"
-#include "cli/options.h"
-#include "cli/print_modes.h"
-#include "cli/printers.h"
-#include "cli/programs.h"
-#include "cli/sheet/zip_library.h"
-#include "cli/spool.h"
-#include "cli/standard_streams.h"
-#include "cli/xml_input.h"
+#include "cli/console/json_line.h"
+#include "cli/console/options.h"
+#include "cli/console/other_programs.h"
+#include "cli/console/standard_streams.h"
+#include "cli/input/xml_input.h"
+#include "cli/installation/installation.h"
+#include "cli/installation/job_directory.h"
+#include "cli/installation/print_modes.h"
+#include "cli/installation/printers.h"
+#include "cli/printing/spool.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
@@ -24,6 +23,7 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/standalone/data_root.h"
+#include "spreadsheet/source.h"
 
 namespace rastrel::cli {
 namespace {
@@ -123,12 +123,10 @@ void CheckSpace(Checks& checks) {
 
 // Bound by `sheet` alone, and the next by all that reads XML, so that nothing else misses them.
 void CheckZipLibrary(Checks& checks) {
-  try {
-    static_cast<void>(sheet::ZipLibrary::Instance());
+  if (const auto support = spreadsheet::ZipSupport())
     checks.push_back({"libzip", State::Good, "found", {}, {}});
-  } catch (const CommandError& error) {
-    checks.push_back({"libzip", State::Warning, error.what(), {}, {}});
-  }
+  else
+    checks.push_back({"libzip", State::Warning, Describe(support.Error()), {}, {}});
 }
 
 void CheckXmlLibrary(Checks& checks) {
@@ -245,7 +243,7 @@ void CheckPageLeftovers(Checks& checks) {
   }
 }
 
-// What a process that was killed could not take with it.
+// Files that a killed process left.
 void CheckLeftovers(Checks& checks) {
   const std::size_t before = checks.size();
   if (const auto names = os::ListDirectory(os::FromNative(JobsDirectory()))) {
@@ -274,7 +272,7 @@ const char* StateWord(State state) {
   return "";
 }
 
-void Tell(const HealthCheck& check, bool json) {
+void WriteCheck(const HealthCheck& check, bool json) {
   if (json) {
     JsonLine line("check");
     line.Add("name", check.name).Add("state", StateWord(check.state)).Add("text", check.text);
@@ -315,7 +313,7 @@ std::vector<HealthCheck> ExamineInstallation() {
 
 ExitStatus DoctorCommand(const Invocation& invocation) {
   const Checks checks = ExamineInstallation();
-  for (const HealthCheck& check : checks) Tell(check, invocation.Has(OptionId::Json));
+  for (const HealthCheck& check : checks) WriteCheck(check, invocation.Has(OptionId::Json));
   const bool bad = std::ranges::any_of(
       checks, [](const HealthCheck& check) { return check.state == State::Bad; });
   return bad ? ExitStatus::NotInstalled : ExitStatus::Done;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 
 namespace rastrel::cli {
 
@@ -16,14 +16,14 @@ struct HealthCheck {
     Warning,  ///< printing works, but something is worth knowing
     Bad,      ///< printing does not work
   };
-  std::string name;  ///< what was looked at; stable, in lower case
+  std::string name;  ///< of the check; stable, in lower case
   State state = State::Good;
-  std::string text;  ///< what was found
+  std::string text;  ///< the finding
   std::string path;  ///< native; may be empty
-  std::string mend;  ///< how to mend it; empty if nothing is to be done
+  std::string mend;  ///< a remedy; empty if nothing is to be done
 };
 
-/// Lays the data root out and looks at everything.
+/// Lays the data root out and checks everything.
 [[nodiscard]] std::vector<HealthCheck> ExamineInstallation();
 
 /// `rastrel doctor`: Done, or NotInstalled if a check is Bad.

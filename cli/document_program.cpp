@@ -5,12 +5,12 @@
 
 namespace rastrel::cli {
 
-ExitStatus RunDocumentProgram(const std::vector<std::string>& words) {
+ExitStatus RunDocumentProgram(const std::vector<std::string>& arguments) {
   const std::string programs = standalone::FindResources().programs;
   if (programs.empty())
     throw CommandError(ExitStatus::NotInstalled,
                        "rastrel-document, which opens documents, is not installed");
-  const Failure failure = os::ReplaceProcess(programs + "/rastrel-document", words);
+  const Failure failure = os::ReplaceProcess(programs + "/rastrel-document", arguments);
   throw CommandError(
       ExitStatus::NotInstalled,
       "rastrel-document, which opens documents, can't be started: " + Describe(failure));

@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/exit_status.h"
+#include "cli/console/exit_status.h"
 
 namespace rastrel::cli {
 
-/// Runs the program that opens documents in this one's place, with these words of the command line.
-/// It is a program of its own, since fonts, graphics and what draws them would make every other
-/// command start slower. Comes back only by throwing CommandError(NotInstalled).
-[[noreturn]] ExitStatus RunDocumentProgram(const std::vector<std::string>& words);
+/// Runs the program that opens documents in this one's place, with these arguments. It is a program
+/// of its own, since the libraries for fonts and graphics would make every other command start
+/// slower. Returns only by throwing CommandError(NotInstalled).
+[[noreturn]] ExitStatus RunDocumentProgram(const std::vector<std::string>& arguments);
 
 }  // namespace rastrel::cli

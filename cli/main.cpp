@@ -4,28 +4,28 @@
 #include <string>
 #include <vector>
 
-#include "cli/cars_command.h"
-#include "cli/chart_command.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/help.h"
+#include "cli/console/options.h"
+#include "cli/console/run_program.h"
+#include "cli/console/standard_streams.h"
+#include "cli/converting/header_command.h"
+#include "cli/converting/page_size_command.h"
+#include "cli/converting/queue_command.h"
 #include "cli/doctor.h"
 #include "cli/document_program.h"
-#include "cli/exit_status.h"
-#include "cli/header_command.h"
-#include "cli/help.h"
-#include "cli/inspect_command.h"
-#include "cli/listings.h"
-#include "cli/notes_command.h"
-#include "cli/options.h"
-#include "cli/page_size_command.h"
-#include "cli/prefix_command.h"
-#include "cli/preview_command.h"
-#include "cli/print_command.h"
-#include "cli/program.h"
-#include "cli/queue_command.h"
-#include "cli/reprint_command.h"
-#include "cli/sheet_command.h"
-#include "cli/spool_command.h"
-#include "cli/standard_streams.h"
-#include "cli/ticket_command.h"
+#include "cli/installation/installed_lists.h"
+#include "cli/printing/prefix_command.h"
+#include "cli/printing/preview_command.h"
+#include "cli/printing/print_command.h"
+#include "cli/printing/reprint_command.h"
+#include "cli/printing/spool_command.h"
+#include "cli/printing/ticket_command.h"
+#include "cli/reading/cars_command.h"
+#include "cli/reading/chart_command.h"
+#include "cli/reading/inspect_command.h"
+#include "cli/reading/notes_command.h"
+#include "cli/sheet/sheet_command.h"
 
 namespace {
 
@@ -55,7 +55,7 @@ std::string NameOf(CommandId id) {
   return std::ranges::find(Commands(), id, &CommandRow::id)->name;
 }
 
-ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& words) {
+ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& arguments) {
   if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
   if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
   switch (invocation.command) {
@@ -87,7 +87,7 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& wor
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
     case CommandId::Import:
-    case CommandId::View: return RunDocumentProgram(words);
+    case CommandId::View: return RunDocumentProgram(arguments);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }
@@ -96,8 +96,8 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& wor
 
 }  // namespace
 
-int main(int count, char** words) {
-  const std::vector<std::string> copy(words, words + count);
-  return RunProgram(count, words,
+int main(int count, char** arguments) {
+  const std::vector<std::string> copy(arguments, arguments + count);
+  return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });
 }

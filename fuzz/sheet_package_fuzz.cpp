@@ -9,23 +9,22 @@
 #include <string>
 #include <string_view>
 
-#include "cli/exit_status.h"
-#include "cli/sheet/package.h"
-#include "cli/sheet/zip_directory.h"
+#include "spreadsheet/error.h"
+#include "spreadsheet/package.h"
+#include "spreadsheet/zip_directory.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using rastrel::cli::CommandError;
-using rastrel::cli::ExitStatus;
+using rastrel::spreadsheet::Error;
 
 void Check(bool fine) {
   if (!fine) std::abort();
 }
 
-rastrel::cli::sheet::PackageLimits SmallLimits() {
-  rastrel::cli::sheet::PackageLimits limits;
+rastrel::spreadsheet::PackageLimits SmallLimits() {
+  rastrel::spreadsheet::PackageLimits limits;
   limits.entries = 20;
   limits.directoryBytes = 4096;
   limits.totalBytes = 100'000;
@@ -36,7 +35,7 @@ rastrel::cli::sheet::PackageLimits SmallLimits() {
 
 void Unpack(const std::string& path, const rastrel::test::MemoryScratchDirectory& scratch) {
   const auto limits = SmallLimits();
-  const auto package = rastrel::cli::sheet::OpenZipPackage(path, limits);
+  const auto package = rastrel::spreadsheet::OpenZipPackage(path, limits);
   std::uint64_t total = 0;
   for (const char* name : {"a", "b", "mimetype", "content.xml", "[Content_Types].xml",
                            "_rels/.rels", "xl/workbook.xml", "../a", "/a", "d/"}) {
@@ -60,12 +59,12 @@ void Unpack(const std::string& path, const rastrel::test::MemoryScratchDirectory
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   static const rastrel::test::MemoryScratchDirectory scratch;
   const std::string_view input(reinterpret_cast<const char*>(bytes), size);
-  static_cast<void>(rastrel::cli::sheet::FindZipDirectory(input));
+  static_cast<void>(rastrel::spreadsheet::FindZipDirectory(input));
   scratch.Write("p.zip", input);
   try {
     Unpack(scratch.Path("p.zip"), scratch);
-  } catch (const CommandError& error) {
-    Check(error.Status() == ExitStatus::BadInput);
+  } catch (const Error& error) {
+    Check(error.Reason().error == 0);
     const std::string_view words = error.what();
     Check(words.starts_with(scratch.Path("p.zip: ")));
     Check(words.find_first_of("\n\t\x1b") == words.npos);

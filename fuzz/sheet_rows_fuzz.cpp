@@ -10,18 +10,16 @@
 #include <utility>
 #include <vector>
 
-#include "cli/exit_status.h"
-#include "cli/sheet/format_code.h"
-#include "cli/sheet/open_document.h"
 #include "cli/sheet/row_text.h"
-#include "cli/sheet/workbook.h"
+#include "spreadsheet/error.h"
+#include "spreadsheet/format_code.h"
+#include "spreadsheet/open_document.h"
+#include "spreadsheet/workbook.h"
 #include "tests/support/scratch_directory.h"
 
 namespace {
 
-using namespace rastrel::cli::sheet;
-using rastrel::cli::CommandError;
-using rastrel::cli::ExitStatus;
+using namespace rastrel::spreadsheet;
 
 void Check(bool fine) {
   if (!fine) std::abort();
@@ -30,17 +28,19 @@ void Check(bool fine) {
 // Rows grow, are not empty, and stay in their bounds.
 class Checker : public RowSink {
  public:
-  void BeginSheet(const SheetInfo&, std::size_t number) override {
+  rastrel::Expected<void> BeginSheet(const SheetInfo&, std::size_t number) override {
     Check(number > 0);
     m_Row = 0;
+    return {};
   }
-  void Row(std::uint64_t row, std::vector<std::string>& cells) override {
+  rastrel::Expected<void> Row(std::uint64_t row, std::vector<std::string>& cells) override {
     Check(row > m_Row && row <= limits::Rows);
     Check(!cells.empty() && cells.size() <= limits::Columns && !cells.back().empty());
     m_Row = row;
     std::string line;
-    for (const std::string& cell : cells) AppendEscaped(line, cell);
+    for (const std::string& cell : cells) rastrel::cli::sheet::AppendEscaped(line, cell);
     Check(line.find_first_of("\n\t\r") == line.npos);
+    return {};
   }
 
  private:
@@ -88,7 +88,7 @@ void ShowDocument(const rastrel::test::ScratchDirectory& scratch, std::string_vi
   Checker checker;
   ReadOpenDocumentRows(place, -1, checker);
   static_cast<void>(ReadOpenDocumentSheets(place));
-  WriteSpreadsheetContent(place, -1, scratch.Path("content.xml"));
+  OrThrow(WriteSpreadsheetContent(place, -1, scratch.Path("content.xml")));
   // What is handed to the import has the same tables.
   const XmlPlace content{scratch.Path("content.xml"), "content"};
   Check(ReadOpenDocumentSheets(place).size() == ReadOpenDocumentSheets(content).size());
@@ -108,8 +108,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
       case 3: ShowWorkbook(scratch, input, Rows, Styles); break;
       default: ShowWorkbook(scratch, Strings, Rows, input); break;
     }
-  } catch (const CommandError& error) {
-    Check(error.Status() == ExitStatus::BadInput);
+  } catch (const Error& error) {
+    Check(error.Reason().error == 0);
   }
   return 0;
 }

@@ -19,7 +19,7 @@ namespace {
 
 using Names = std::initializer_list<std::wstring_view>;
 
-// A number as a whole: what stands behind one would be passed over in silence too.
+// A number as a whole: text after one would be passed over in silence too.
 bool IsNumber(std::wstring_view text) {
   const auto blank = [](wchar_t letter) { return letter == L' ' || letter == L'\t'; };
   while (!text.empty() && blank(text.back())) text.remove_suffix(1);
@@ -53,12 +53,12 @@ class Checker {
   Findings Check(const XmlNode& root) {
     Children(root, {L"ENGRAVINGTEMPLATE"});
     for (const XmlNode& part : ChildrenNamed(root, L"ENGRAVINGTEMPLATE")) Template(part);
-    if (!m_HasPlates) Tell(root, "there is no <PLATES>, without which nothing is imported");
+    if (!m_HasPlates) AddFinding(root, "there is no <PLATES>, without which nothing is imported");
     return std::move(m_Findings);
   }
 
  private:
-  void Tell(const XmlNode& node, std::string text) {
+  void AddFinding(const XmlNode& node, std::string text) {
     m_Findings.push_back({NodeLine(node), std::move(text)});
   }
 
@@ -74,15 +74,15 @@ class Checker {
       std::wstring name;
       if (!NodeBaseName(child, name) || NodeLine(child) == 0) continue;
       if (std::ranges::find(known, std::wstring_view(name)) == known.end())
-        Tell(child, "<" + NameOf(child) + "> is not known in <" + NameOf(node) + ">");
+        AddFinding(child, "<" + NameOf(child) + "> is not known in <" + NameOf(node) + ">");
     }
   }
 
   void Attributes(const XmlNode& node, Names known) {
     for (const auto& [name, value] : AttributeList(node)) {
       if (std::ranges::find(known, std::wstring_view(name)) == known.end())
-        Tell(node, "<" + NameOf(node) + "> has an attribute \"" + os::Utf8FromWide(name) +
-                       "\" that is not known");
+        AddFinding(node, "<" + NameOf(node) + "> has an attribute \"" + os::Utf8FromWide(name) +
+                             "\" that is not known");
     }
   }
 
@@ -91,7 +91,7 @@ class Checker {
     for (const XmlNode& plates : ChildrenNamed(node, L"PLATES")) {
       m_HasPlates = true;
       if (const XmlNode inside = FirstChildNamed(plates, L"PLATE"))
-        Tell(inside, "a <PLATE> in <PLATES> is not read; it has to stand beside it");
+        AddFinding(inside, "a <PLATE> in <PLATES> is not read; it has to stand beside it");
     }
     for (const XmlNode& plate : ChildrenNamed(node, L"PLATE")) Plate(plate);
   }
@@ -121,13 +121,13 @@ class Checker {
     std::wstring data;
     if (!AttributeString(node, L"data", data)) return;
     const XmlNode font = FirstChildNamed(node, L"FONT");
-    if (!font) return Tell(node, "the text has no <FONT>");
+    if (!font) return AddFinding(node, "the text has no <FONT>");
     Attributes(font, {L"name", L"size"});
     std::wstring size;
     if (!AttributeString(font, L"size", size) || !IsNumber(size))
-      Tell(font, "the font has no size that is a number");
+      AddFinding(font, "the font has no size that is a number");
     std::wstring name;
-    if (!AttributeString(font, L"name", name)) return Tell(font, "the font has no name");
+    if (!AttributeString(font, L"name", name)) return AddFinding(font, "the font has no name");
     Font(font, name);
   }
 
@@ -139,7 +139,8 @@ class Checker {
     name.resize(name.find(L'\0'));
     const text::FontFace face = m_Host.GetFonts().FaceOf(type, name);
     if (face.replaced)
-      Tell(node, "the font \"" + asked + "\" can't be had; " + face.family + " stands in for it");
+      AddFinding(node,
+                 "the font \"" + asked + "\" can't be had; " + face.family + " stands in for it");
   }
 
   void Number(const XmlNode& node, std::wstring_view name, bool needed) {
@@ -148,21 +149,21 @@ class Checker {
     const bool given = child && NodeText(child, value);
     const std::string shown = "<" + os::Utf8FromWide(name) + ">";
     if (!given && needed)
-      Tell(node, "<" + NameOf(node) + "> has no " + shown + ", which counts as 0");
+      AddFinding(node, "<" + NameOf(node) + "> has no " + shown + ", which counts as 0");
     if (given && !IsNumber(value))
-      Tell(child, shown + " is no number: \"" + os::Utf8FromWide(value) + "\"");
+      AddFinding(child, shown + " is no number: \"" + os::Utf8FromWide(value) + "\"");
   }
 
   void Color(const XmlNode& node, std::wstring_view name) {
     const XmlNode child = FirstChildNamed(node, name);
     std::wstring value;
     if (!child || !NodeText(child, value))
-      return Tell(node, "<" + NameOf(node) + "> has no <" + os::Utf8FromWide(name) +
-                            ">, and becomes black");
+      return AddFinding(node, "<" + NameOf(node) + "> has no <" + os::Utf8FromWide(name) +
+                                  ">, and becomes black");
     CVKFullColor color;
     if (m_Host.GetApplication()->FindPaletteColor(value.c_str(), color) == 0)
-      Tell(child,
-           "the palette has no colour \"" + os::Utf8FromWide(value) + "\"; it becomes black");
+      AddFinding(child,
+                 "the palette has no colour \"" + os::Utf8FromWide(value) + "\"; it becomes black");
   }
 
   document::DocumentHost& m_Host;

@@ -8,8 +8,8 @@
 
 namespace rastrel::cli {
 
-/// What a plate XML of ABB holds that an import passes over: elements and attributes that it does
-/// not know, numbers and texts that are missing or are none, colors that the palette and fonts
+/// The contents of a plate XML of ABB that an import passes over: elements and attributes that it
+/// does not know, numbers and texts that are missing or are none, colors that the palette and fonts
 /// that the machine lacks. In the file's order. `path` is a library path of a file that loads.
 [[nodiscard]] Findings CheckAbb(const std::wstring& path, document::DocumentHost& host);
 

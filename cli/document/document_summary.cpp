@@ -2,8 +2,8 @@
 
 #include <variant>
 
-#include "cli/json_line.h"
-#include "cli/standard_streams.h"
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
 #include "host/document/measure_text.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/os/text.h"
@@ -35,7 +35,7 @@ std::string Number(std::size_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-void TellWords(const OpenedFile& file, const std::string& path,
+void WriteText(const OpenedFile& file, const std::string& path,
                const std::vector<std::string>& output) {
   for (const Finding& finding : file.findings) {
     WriteError(path + ":" + (finding.line > 0 ? std::to_string(finding.line) + ":" : "") + " " +
@@ -62,8 +62,8 @@ void TellWords(const OpenedFile& file, const std::string& path,
   WriteOut(text + "\n");
 }
 
-void TellJson(const OpenedFile& file, const std::string& path,
-              const std::vector<std::string>& output) {
+void WriteJson(const OpenedFile& file, const std::string& path,
+               const std::vector<std::string>& output) {
   for (const Finding& finding : file.findings)
     JsonLine("finding")
         .Add("file", path)
@@ -101,9 +101,9 @@ DocumentCounts CountsOf(const document::Document& document) {
   return counts;
 }
 
-void TellDocument(const OpenedFile& file, const std::string& path,
+void WriteSummary(const OpenedFile& file, const std::string& path,
                   const std::vector<std::string>& output, bool json) {
-  json ? TellJson(file, path, output) : TellWords(file, path, output);
+  json ? WriteJson(file, path, output) : WriteText(file, path, output);
 }
 
 }  // namespace rastrel::cli

@@ -9,7 +9,7 @@
 
 namespace rastrel::cli {
 
-/// How much of what a document holds.
+/// The counts of a document's contents.
 struct DocumentCounts {
   int pages = 0;
   std::size_t plateObjects = 0;
@@ -21,10 +21,10 @@ struct DocumentCounts {
 };
 [[nodiscard]] DocumentCounts CountsOf(const document::Document& document);
 
-/// Tells what became of a file, in words or, with `json`, as lines of JSON
-/// (docs/formats/events.md): findings, replaced fonts, what is missing, and the counts. `output` is
+/// Writes the result of an import, as text or, with `json`, as lines of JSON
+/// (docs/formats/events.md): findings, replaced fonts, missing things, and the counts. `output` is
 /// the file that was made, or empty.
-void TellDocument(const OpenedFile& file, const std::string& path,
+void WriteSummary(const OpenedFile& file, const std::string& path,
                   const std::vector<std::string>& output, bool json);
 
 }  // namespace rastrel::cli

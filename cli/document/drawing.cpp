@@ -3,8 +3,8 @@
 #include <array>
 #include <filesystem>
 
-#include "cli/exit_status.h"
-#include "cli/values.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/values.h"
 #include "host/render/document_images.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"

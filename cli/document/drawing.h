@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/options.h"
+#include "cli/console/options.h"
 #include "host/document_host.h"
 
 namespace rastrel::cli {
 
-/// What a document is made into.
+/// The kind of file that a document is drawn into.
 enum class DrawingKind {
   Svg,       ///< a drawing a page
   Pdf,       ///< one file of all pages
@@ -24,7 +24,7 @@ struct DrawingRequest {
   bool outlines = false;
 };
 
-/// Reads what the options ask for; the kind by the extension of `output`, .svg, .pdf, .png, .json
+/// Reads the options of drawing; the kind by the extension of `output`, .svg, .pdf, .png, .json
 /// or .rdoc. Throws CommandError(WrongUse) for any other and for values out of range. An empty
 /// output asks for no file.
 [[nodiscard]] DrawingRequest DrawingRequestOf(const Invocation& invocation,

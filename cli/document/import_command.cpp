@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "cli/console/exit_status.h"
+#include "cli/console/terminal_picture.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
 #include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
-#include "cli/exit_status.h"
-#include "cli/terminal_picture.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/values/world.h"
@@ -18,7 +18,7 @@ namespace {
 // Pixels of a picture that nobody asked for, which terminals show smaller anyway.
 constexpr double MaximumPixelsAcross = 1600;
 
-// Who imports at a terminal that takes pictures sees what became of the file.
+// At a terminal that takes pictures the result is shown.
 void ShowOnTerminal(const OpenedFile& file, DrawingRequest request, const std::string& input) {
   if (!ShowsPictures()) return;
   const document::SignBlank& blank = file.host->GetDocument().Blank();
@@ -44,7 +44,7 @@ ExitStatus ImportCommand(const Invocation& invocation) {
   } else if (!json) {
     ShowOnTerminal(file, request, invocation.operand);
   }
-  TellDocument(file, invocation.operand, files, json);
+  WriteSummary(file, invocation.operand, files, json);
   if (!file.host->GetNotices().Losses().empty()) return ExitStatus::JobFailed;
   return file.findings.empty() ? ExitStatus::Done : ExitStatus::BadInput;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cli/exit_status.h"
-#include "cli/options.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
 
 namespace rastrel::cli {
 

@@ -1,11 +1,11 @@
 // The program `rastrel-document`: the commands of `rastrel` that open documents. `rastrel` starts
 // it in its own place.
 
+#include "cli/console/help.h"
+#include "cli/console/run_program.h"
+#include "cli/console/standard_streams.h"
 #include "cli/document/import_command.h"
 #include "cli/document/view_command.h"
-#include "cli/help.h"
-#include "cli/program.h"
-#include "cli/standard_streams.h"
 
 namespace {
 
@@ -23,4 +23,4 @@ ExitStatus Run(const Invocation& invocation) {
 
 }  // namespace
 
-int main(int count, char** words) { return RunProgram(count, words, Run); }
+int main(int count, char** arguments) { return RunProgram(count, arguments, Run); }

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/exit_status.h"
-#include "cli/terminal_picture.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/terminal_picture.h"
 #include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {

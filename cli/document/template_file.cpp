@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "cli/console/exit_status.h"
+#include "cli/console/values.h"
 #include "cli/document/abb_check.h"
-#include "cli/exit_status.h"
-#include "cli/values.h"
-#include "cli/xml_input.h"
+#include "cli/input/xml_input.h"
 #include "host/document/document.h"
 #include "rastrel/imports/xml_file_import.h"
 #include "rastrel/platform/host/host.h"

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
+#include "cli/console/options.h"
 #include "cli/document/finding.h"
 #include "cli/document/template_format.h"
-#include "cli/options.h"
 #include "host/document_host.h"
 
 namespace rastrel::cli {
@@ -14,7 +14,7 @@ namespace rastrel::cli {
 struct OpenedFile {
   TemplateFormat format = TemplateFormat::Document;
   std::unique_ptr<document::DocumentHost> host;  ///< never null
-  Findings findings;  ///< what the import passed over, where they were asked for
+  Findings findings;  ///< contents that the import passed over, if asked for
 };
 
 /// Opens the file that a command was given: loads a document, or imports a template into a new one,

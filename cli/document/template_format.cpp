@@ -4,8 +4,8 @@
 #include <array>
 #include <fstream>
 
-#include "cli/exit_status.h"
-#include "cli/xml_input.h"
+#include "cli/console/exit_status.h"
+#include "cli/input/xml_input.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
@@ -31,7 +31,7 @@ TemplateFormat FormatNamed(const std::string& name) {
   throw CommandError(ExitStatus::WrongUse, "there is no format '" + name + "'; there are " + known);
 }
 
-// The first byte of a file that is no blank or byte order mark; 0 for none.
+// The first byte of a file after whitespace and a byte order mark; 0 for none.
 char FirstByteOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::array<char, 64> start{};

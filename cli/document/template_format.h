@@ -5,7 +5,7 @@
 
 namespace rastrel::cli {
 
-/// What a file that becomes a document can be.
+/// The formats of files that become documents.
 enum class TemplateFormat {
   Document,  ///< a document of the embedded host (docs/formats/document.md)
   Abb,       ///< the plate XML of ABB (docs/formats/abb-plates.md)

@@ -2,11 +2,11 @@
 
 #include <cstdlib>
 
+#include "cli/console/other_programs.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
 #include "cli/document/shown_picture.h"
 #include "cli/document/template_file.h"
-#include "cli/programs.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 
@@ -27,9 +27,9 @@ bool OpenInViewer(const std::string& picture) {
 void Show(const OpenedFile& file, const DrawingRequest& request, const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   ShownPicture picture(*file.host, request, invocation.operand);
-  if (!json && picture.ShowOnTerminal()) return TellDocument(file, invocation.operand, {}, json);
+  if (!json && picture.ShowOnTerminal()) return WriteSummary(file, invocation.operand, {}, json);
   picture.Keep();
-  TellDocument(file, invocation.operand, {picture.Path()}, json);
+  WriteSummary(file, invocation.operand, {picture.Path()}, json);
   OpenInViewer(picture.Path());
 }
 
@@ -43,7 +43,7 @@ ExitStatus ViewCommand(const Invocation& invocation) {
     Show(file, request, invocation);
   } else {
     const std::vector<std::string> files = WriteDrawing(*file.host, request, output);
-    TellDocument(file, invocation.operand, files, invocation.Has(OptionId::Json));
+    WriteSummary(file, invocation.operand, files, invocation.Has(OptionId::Json));
   }
   return file.host->GetNotices().Losses().empty() ? ExitStatus::Done : ExitStatus::JobFailed;
 }

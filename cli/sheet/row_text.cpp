@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
-#include "cli/exit_status.h"
-#include "cli/json_line.h"
+#include "cli/console/json_line.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli::sheet {
@@ -13,16 +14,9 @@ namespace {
 
 constexpr std::size_t PieceSize = 64 * 1024;
 
-os::FileDescriptor Create(const std::string& path) {
-  auto file = os::CreateForWriting(os::FromNative(path));
-  if (!file) throw CommandError(ExitStatus::JobFailed, Describe(file.Error()));
-  return std::move(*file);
-}
-
 }  // namespace
 
 void AppendEscaped(std::string& line, std::string_view text) {
-  constexpr std::string_view digits = "0123456789abcdef";
   for (const char letter : text) {
     const auto byte = static_cast<unsigned char>(letter);
     if (letter == '\\') {
@@ -35,34 +29,38 @@ void AppendEscaped(std::string& line, std::string_view text) {
       line += "\\r";
     } else if (byte < 0x20 || byte == 0x7F) {
       line += "\\x";
-      line += digits[byte / 16];
-      line += digits[byte % 16];
+      os::AppendHex(line, byte);
     } else {
       line += letter;
     }
   }
 }
 
-RowText::RowText(const std::string& path, Form form, bool marks, std::uint64_t mostBytes)
-    : m_Path(path), m_Form(form), m_Marks(marks), m_MaximumBytes(mostBytes), m_File(Create(path)) {}
+RowText::RowText(std::string path, Form form, bool marks, std::uint64_t maximumBytes)
+    : m_Path(std::move(path)),
+      m_Form(form),
+      m_Marks(marks),
+      m_MaximumBytes(maximumBytes),
+      m_File(os::CreateForWriting(os::FromNative(m_Path))) {}
 
-void RowText::BeginSheet(const SheetInfo& sheet, std::size_t number) {
+Expected<void> RowText::BeginSheet(const spreadsheet::SheetInfo& sheet, std::size_t number) {
   m_Row = 0;
   m_Sheet = sheet.name;
-  if (!m_Marks) return;
+  if (!m_Marks) return {};
   if (m_Form == Form::Json) {
     JsonLine line("sheet");
     line.Add("text", std::string_view(sheet.name));
     line.Add("number", static_cast<std::int64_t>(number));
     m_Text += line.Add("visibility", WordOf(sheet.visibility)).Text();
-    return;
+    return {};
   }
   m_Text += "\\sheet\t";
   AppendEscaped(m_Text, sheet.name);
   m_Text += '\n';
+  return {};
 }
 
-void RowText::Row(std::uint64_t row, std::vector<std::string>& cells) {
+Expected<void> RowText::Row(std::uint64_t row, std::vector<std::string>& cells) {
   if (m_Form == Form::Json) {
     JsonLine line("row");
     line.Add("sheet", std::string_view(m_Sheet));
@@ -76,32 +74,34 @@ void RowText::Row(std::uint64_t row, std::vector<std::string>& cells) {
     m_Text += '\n';
   }
   m_Row = row;
-  if (m_Text.size() > PieceSize) Flush();
+  return m_Text.size() > PieceSize ? Flush() : Expected<void>();
 }
 
-void RowText::Finish() { Flush(); }
+Expected<void> RowText::Finish() { return Flush(); }
 
-void RowText::Flush() {
+Expected<void> RowText::Flush() {
+  if (!m_File) return m_File.Error();
   m_Written += m_Text.size();
   if (m_Written > m_MaximumBytes)
-    throw CommandError(
-        ExitStatus::BadInput,
-        "the text has more than " + std::to_string(m_MaximumBytes) + " bytes, which is the limit");
-  if (!os::WriteAll(m_File.Get(), m_Text))
-    throw CommandError(ExitStatus::JobFailed, Describe({"write", m_Path, errno}));
+    return FailureOf("the text has more than " + std::to_string(m_MaximumBytes) +
+                     " bytes, which is the limit");
+  if (!os::WriteAll(m_File->Get(), m_Text)) return Failure{"write", m_Path, errno};
   m_Text.clear();
+  return {};
 }
 
-void RowCounter::BeginSheet(const SheetInfo& sheet, std::size_t number) {
+Expected<void> RowCounter::BeginSheet(const spreadsheet::SheetInfo& sheet, std::size_t number) {
   m_Sheets.push_back({sheet, number, {}});
+  return {};
 }
 
-void RowCounter::Row(std::uint64_t row, std::vector<std::string>& cells) {
+Expected<void> RowCounter::Row(std::uint64_t row, std::vector<std::string>& cells) {
   Size& size = m_Sheets.back().size;
   size.rows = row;
   size.columns = std::max<std::uint64_t>(size.columns, cells.size());
   size.cells += static_cast<std::uint64_t>(
       std::ranges::count_if(cells, [](const std::string& cell) { return !cell.empty(); }));
+  return {};
 }
 
 }  // namespace rastrel::cli::sheet

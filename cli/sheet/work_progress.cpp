@@ -1,20 +1,13 @@
 #include "cli/sheet/work_progress.h"
 
 #include <algorithm>
-#include <chrono>
 
-#include "cli/json_line.h"
+#include "cli/console/json_line.h"
+#include "cli/job/redraw_intervals.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::cli::sheet {
-namespace {
-
-constexpr std::chrono::milliseconds BeforeFirst{1000};
-constexpr std::chrono::milliseconds BetweenDrawings{100};
-constexpr std::chrono::milliseconds BetweenLines{1000};
-
-}  // namespace
 
 WorkProgress::WorkProgress(bool json) : m_Json(json) {
   const bool isLive = os::IsTerminal(os::StandardHandle(os::StandardStream::Error));
@@ -46,11 +39,11 @@ void WorkProgress::Reach(std::uint64_t done, std::uint64_t whole) {
 
 void WorkProgress::Run() {
   std::unique_lock<std::mutex> lock(m_Mutex);
-  auto wait = BeforeFirst;
+  auto wait = redraw::BeforeSpreadsheet;
   while (!m_Changed.wait_for(lock, wait, [this] { return m_Ended; })) {
-    wait = m_Json ? BetweenLines : BetweenDrawings;
+    wait = m_Json ? redraw::OfSpreadsheetAsJson : redraw::OfSpreadsheet;
     if (m_Json) {
-      TellJson();
+      WriteJson();
       continue;
     }
     m_Shown = true;
@@ -59,7 +52,7 @@ void WorkProgress::Run() {
   }
 }
 
-void WorkProgress::TellJson() {
+void WorkProgress::WriteJson() {
   JsonLine line("progress");
   line.Add("originator", "system").Add("text", std::string_view(m_Stage));
   if (m_Percent) line.Add("percent", *m_Percent);

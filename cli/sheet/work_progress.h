@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "cli/progress_line.h"
+#include "cli/job/progress_line.h"
 
 namespace rastrel::cli::sheet {
 
@@ -21,14 +21,14 @@ class WorkProgress {
   WorkProgress(const WorkProgress&) = delete;
   WorkProgress& operator=(const WorkProgress&) = delete;
 
-  /// What is being done from now on.
+  /// The stage from now on, "unpacking". Any thread.
   void Enter(const std::string& stage);
-  /// How far it is.
+  /// How far the stage is. Any thread.
   void Reach(std::uint64_t done, std::uint64_t whole);
 
  private:
   void Run();
-  void TellJson();
+  void WriteJson();
 
   bool m_Json;
   std::mutex m_Mutex;

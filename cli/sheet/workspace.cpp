@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "cli/exit_status.h"
-#include "cli/failure_report.h"
-#include "cli/installation.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
+#include "cli/console/error_message.h"
+#include "cli/console/exit_status.h"
+#include "cli/console/standard_streams.h"
+#include "cli/installation/installation.h"
+#include "cli/job/progress_line.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
@@ -66,10 +66,11 @@ void Workspace::Stop() {
     for (int attempt = 0; attempt < attempts && os::Exists(path); ++attempt)
       static_cast<void>(os::RemoveTree(path));
   }
-  // A line of progress may stand there, and behind it what the terminal makes of the key.
+  // The progress line may be there, followed by the terminal's echo of the key.
   if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
     WriteError(ClearLine);
-  TellError({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"}, m_Json);
+  WriteErrorMessage({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"},
+                    m_Json);
   std::_Exit(static_cast<int>(ExitStatus::Cancelled));
 }
 
@@ -94,7 +95,7 @@ void Workspace::Deliver(const std::string& source, const std::string& target) {
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
   fs::rename(source, place, error);
   if (!error) return;
-  // Another file system, most likely; if not, what follows says why it can't be.
+  // Another file system, most likely; if not, the copy below fails with the reason.
   const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
                                                  std::to_string(os::CurrentProcessId()));
   SetUnfinished(beside);

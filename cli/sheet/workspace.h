@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/job_directory.h"
+#include "cli/installation/job_directory.h"
 
 namespace rastrel::os {
 class StopSignals;
@@ -14,13 +14,13 @@ class StopSignals;
 
 namespace rastrel::cli::sheet {
 
-/// A directory for what is unpacked, below the data root's `jobs`. It is removed with all it holds
+/// A directory for unpacked parts, below the data root's `jobs`. It is removed with all it holds
 /// at the end of its life, and at a signal that asks the program to end: that ends it at once, with
 /// the status Cancelled.
 class Workspace {
  public:
-  /// Begins to take signals, and makes the directory. `json` is how a cancellation is told. Throws
-  /// CommandError. REQUIRES: no other thread runs yet.
+  /// Begins to take signals, and makes the directory. With `json` a cancellation is a JSON line.
+  /// Throws CommandError. REQUIRES: no other thread runs yet.
   explicit Workspace(bool json);
   ~Workspace();
   Workspace(const Workspace&) = delete;
@@ -32,8 +32,8 @@ class Workspace {
   }
   /// Makes an empty directory in it, and returns its native path. Throws CommandError.
   [[nodiscard]] std::string MakeFolder(const std::string& name) const;
-  /// Moves a file of it to its final place, which is changed as a whole or not at all. What is no
-  /// regular file there (a pipe, a terminal) is written to. Throws CommandError.
+  /// Moves a file of it to its final place, which is changed as a whole or not at all. A pipe or
+  /// a terminal there is written to. Throws CommandError.
   void Deliver(const std::string& source, const std::string& target);
 
  private:

@@ -48,6 +48,28 @@ TEST_F(Import, tells_how_much_of_what_there_is) {
   EXPECT_EQ(result.error, "");
 }
 
+TEST_F(Import, draws_a_picture_of_96_dpi_unless_told_otherwise) {
+  const auto drawn = [this](const std::string& name, std::vector<std::string> more) {
+    more.insert(more.begin(), {"--output", name});
+    const auto result = RunOn(Template(Sound), more);
+    EXPECT_EQ(result.status, 0) << result.error;
+    return m_Command.Place().Read(name);
+  };
+  const std::string picture = drawn("plain.png", {});
+  EXPECT_EQ(picture, drawn("same.png", {"--dpi", "96"}));
+  EXPECT_NE(picture, drawn("finer.png", {"--dpi", "97"}));
+}
+
+TEST_F(Import, takes_resolutions_up_to_2400_dpi) {
+  const std::vector<std::string> drawing{"--output", "out.png", "--blank", "1x1cm", "--dpi"};
+  for (const char* dpi : {"0", "2401", "96.5"}) {
+    auto arguments = drawing;
+    arguments.emplace_back(dpi);
+    EXPECT_EQ(RunOn(Template(Sound), arguments).error,
+              "rastrel: --dpi " + std::string(dpi) + ": not a number from 1 to 2400\n");
+  }
+}
+
 TEST_F(Import, makes_of_every_example_what_it_holds_and_tells_what_is_special) {
   const struct {
     const char* name;

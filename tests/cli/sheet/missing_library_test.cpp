@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/command_runner.h"
-#include "tests/cli/sheet/workbook_files.h"
+#include "tests/spreadsheet/workbook_files.h"
 
 namespace rastrel::test {
 namespace {

@@ -10,7 +10,7 @@
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/open_office_xml_import.h"
 #include "tests/cli/command_runner.h"
-#include "tests/cli/sheet/workbook_files.h"
+#include "tests/spreadsheet/workbook_files.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <stdexcept>
+#include <string>
+
+namespace rastrel::cli {
+
+/// How the command ends. Scripts rely on the numbers, which the manual page and the help list.
+enum class ExitStatus : int {
+  Done = 0,
+  JobFailed = 1,
+  WrongUse = 2,
+  BadInput = 3,
+  Cancelled = 4,
+  NotInstalled = 5,
+  NoMatch = 6,
+};
+
+struct ExitStatusRow {
+  ExitStatus status;
+  const char* meaning;
+};
+
+/// Every status with its meaning, in order.
+inline constexpr std::array<ExitStatusRow, 7> ExitStatuses{{
+    {ExitStatus::Done, "Done."},
+    {ExitStatus::JobFailed, "The job failed."},
+    {ExitStatus::WrongUse, "Wrong use."},
+    {ExitStatus::BadInput, "The input is missing, or is not what the command reads."},
+    {ExitStatus::Cancelled, "Cancelled."},
+    {ExitStatus::NotInstalled, "Something is not installed."},
+    {ExitStatus::NoMatch, "A chart has no entry that matches."},
+}};
+
+/// Ends the command with a status and a message for the user, which RunProgram writes. The message
+/// is UTF-8, without a full stop or line feed at the end.
+class CommandError : public std::runtime_error {
+ public:
+  CommandError(ExitStatus status, const std::string& message)
+      : std::runtime_error(message), m_Status(status) {}
+
+  [[nodiscard]] ExitStatus Status() const { return m_Status; }
+
+ private:
+  ExitStatus m_Status;
+};
+
+}  // namespace rastrel::cli

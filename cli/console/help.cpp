@@ -1,0 +1,69 @@
+#include "cli/console/help.h"
+
+#include <algorithm>
+
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::size_t LeftColumn = 26;
+
+std::string Row(std::string left, std::string_view right) {
+  left = "  " + left;
+  if (left.size() + 2 > LeftColumn)
+    return left + "\n" + std::string(LeftColumn, ' ') + std::string(right) + "\n";
+  left.resize(LeftColumn, ' ');
+  return left + std::string(right) + "\n";
+}
+
+std::string OptionRowText(OptionId id) {
+  const OptionRow& row = OptionOf(id);
+  std::string left = row.name;
+  if (*row.value != '\0') left += std::string(" ") + row.value;
+  return Row(left, row.description);
+}
+
+std::string UsageOf(const CommandRow& row) {
+  std::string usage = row.name;
+  if (*row.operand == '\0') return usage;
+  return usage + (row.operandOptional ? std::string(" [") + row.operand + "]"
+                                      : std::string(" ") + row.operand);
+}
+
+std::string ExitStatusText() {
+  std::string text = "\nexit status:\n";
+  for (const ExitStatusRow& row : ExitStatuses)
+    text += Row(std::to_string(static_cast<int>(row.status)), row.meaning);
+  return text;
+}
+
+bool IsNamed(const CommandRow& row, std::string_view name) {
+  const std::string_view own = row.name;
+  return own == name || (own.starts_with(name) && own.substr(name.size()).starts_with(' '));
+}
+
+}  // namespace
+
+std::string SummaryText() {
+  std::string text = "usage: rastrel COMMAND [OPTION...]\n\ncommands:\n";
+  for (const CommandRow& row : Commands()) text += Row(UsageOf(row), row.description);
+  text += "\noptions:\n" + OptionRowText(OptionId::Help) + OptionRowText(OptionId::Version);
+  return text + ExitStatusText() + "\n`rastrel help COMMAND` tells of a command's options.\n";
+}
+
+std::string HelpText(std::string_view name) {
+  std::string text;
+  if (name.empty()) return text;
+  for (const CommandRow& row : Commands()) {
+    if (!IsNamed(row, name)) continue;
+    if (!text.empty()) text += "\n";
+    text += "usage: rastrel " + UsageOf(row) + (row.options.size() > 1 ? " [OPTION...]" : "") +
+            "\n\n" + row.description + "\n\noptions:\n";
+    for (const OptionId id : row.options) text += OptionRowText(id);
+  }
+  return text.empty() ? text : text + ExitStatusText();
+}
+
+}  // namespace rastrel::cli

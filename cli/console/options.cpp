@@ -1,0 +1,319 @@
+#include "cli/console/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "cli/console/exit_status.h"
+
+namespace rastrel::cli {
+namespace {
+
+using enum OptionId;
+
+constexpr std::array OptionTable{
+    OptionRow{Printer, "--printer", "NAME", "Deliver to this printer; see `rastrel printers`."},
+    OptionRow{Mode, "--mode", "FOLDER/NAME", "Use this print mode; see `rastrel modes`."},
+    OptionRow{Copies, "--copies", "N", "Deliver the pages N times, one whole run after the other."},
+    OptionRow{Pages, "--pages", "LIST", "Deliver these pages only, for instance 1,3-5."},
+    OptionRow{Spool, "--spool", "", "Keep the pages after printing, for `rastrel reprint`."},
+    OptionRow{KeepPs, "--keep-ps", "", "Keep the working copy of the job and its prefix."},
+    OptionRow{Planar, "--planar", "", "Deliver each colour plane as a file of its own."},
+    OptionRow{Scale, "--scale", "none|NAME|WxH", "Scale to a target, as A4, or a size, as 10x5in."},
+    OptionRow{Levels, "--levels", "LOW,GAMMA,HIGH", "Adjust all colours, for instance 10,1.2,250."},
+    OptionRow{LevelsRed, "--levels-red", "LOW,GAMMA,HIGH", "Adjust red by itself."},
+    OptionRow{LevelsGreen, "--levels-green", "LOW,GAMMA,HIGH", "Adjust green by itself."},
+    OptionRow{LevelsBlue, "--levels-blue", "LOW,GAMMA,HIGH", "Adjust blue by itself."},
+    OptionRow{LevelsGray, "--levels-gray", "LOW,GAMMA,HIGH", "Adjust gray by itself."},
+    OptionRow{CutColor, "--cut-color", "rgb:R,G,B|cmyk:C,M,Y,K|spot:NAME",
+              "Take what has this colour as cut data, not as print."},
+    OptionRow{Preview, "--preview", "", "Of a preview, not of a print."},
+    OptionRow{Dpi, "--dpi", "N",
+              "Pixels per inch of the preview, from 1 to 4800; 72 if not given. Not of planes."},
+    OptionRow{Resolution, "--dpi", "N", "Dots per inch of the conversion, from 1 to 4800."},
+    OptionRow{OptionId::PageSize, "--page-size", "WxH", "Size of the page, as 21x29.7cm."},
+    OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
+              "Take what has this colour as lines that are cut half through."},
+    OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},
+    OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
+    OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
+    OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
+    OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
+    OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
+    OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
+    OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
+    OptionRow{Painted, "--painted", "",
+              "Have Ghostscript paint the pages, and tell which spot colours they use."},
+    OptionRow{Mark, "--mark", "TEXT", "The trademark's mark, as the chart has it."},
+    OptionRow{Quality, "--quality", "TEXT", "The quality, or a part of it: Fine finds Extra Fine."},
+    OptionRow{RingSize, "--size", "TEXT", "The ring's size, as the chart writes it."},
+    OptionRow{Node, "--node", "NAME", "The node whose font is asked for."},
+    OptionRow{RingStyle, "--style", "TEXT", "The ring's style, as the chart has it."},
+    OptionRow{StyleSize, "--style-size", "TEXT", "The size of the style, as the chart writes it."},
+    OptionRow{EngravingFont, "--font", "NAME", "The font of the engraving."},
+    OptionRow{Rows, "--rows", "N", "The number of rows, as the chart writes it."},
+    OptionRow{FingerSize, "--finger", "N", "The finger size, for instance 5.5."},
+    OptionRow{Sheet, "--sheet", "NAME|N", "Read this sheet only, by its name or its place from 1."},
+    OptionRow{List, "--list", "", "List the sheets: place, name, visibility, size."},
+    OptionRow{Faithful, "--faithful", "",
+              "Make the text that the library makes: stored numbers, sheets joined. The default."},
+    OptionRow{AsShown, "--as-shown", "",
+              "Make a text of what a person sees in the cells, sheet by sheet."},
+    OptionRow{Format, "--format", "NAME", "Read the file as this format, whatever it looks like."},
+    OptionRow{Page, "--page", "N", "Draw this page only; from 1."},
+    OptionRow{PictureDpi, "--dpi", "N",
+              "Pixels per inch of a picture, from 1 to 2400; 96 if not given."},
+    OptionRow{Blank, "--blank", "WxH",
+              "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
+    OptionRow{Outlines, "--outlines", "",
+              "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{Strict, "--strict", "",
+              "Tell of all that the format does not know, lacks, or can't have as asked."},
+    OptionRow{Help, "--help", "", "Print this help."},
+    OptionRow{Version, "--version", "", "Print the version."},
+};
+
+constexpr std::array PrintOptions{
+    Printer,   Mode,        Copies,     Pages,      Spool,    KeepPs,     Planar, Scale, Levels,
+    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Output, Json,  Help};
+constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
+                                   LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
+                                   Dpi,         Planar,     CutOnly,    OutputFile, Help};
+constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,      Levels,
+                                    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor,
+                                    KeepPs,    OutputFile,  Json,       Help};
+constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
+constexpr std::array ListingOptions{Json, Help};
+constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
+constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
+constexpr std::array SymbolOptions{RingSize, Json, Help};
+constexpr std::array FontOptions{Node, Json, Help};
+constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
+                                      FingerSize, Json,      Help};
+constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Json, Help};
+constexpr std::array QueueOptions{OptionId::PageSize,
+                                  Resolution,
+                                  CutColor,
+                                  HalfCutColor,
+                                  OptionId::Window,
+                                  KeepPs,
+                                  Output,
+                                  Json,
+                                  Help};
+constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
+                                   HalfCutColor,       OutputFile, Help};
+constexpr std::array ImportOptions{Format,   OutputFile, Page, PictureDpi, Blank,
+                                   Outlines, Strict,     Json, Help};
+constexpr std::array ViewOptions{Format, OutputFile, Page, PictureDpi, Blank, Outlines, Json, Help};
+constexpr std::array HelpOptions{Help};
+
+constexpr std::array CommandTable{
+    CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
+               PrintOptions},
+    CommandRow{CommandId::Preview, "preview", "FILE", false,
+               "Make a picture of a file at a resolution of its own, or of its colour planes.",
+               PreviewOptions},
+    CommandRow{CommandId::Prefix, "prefix", "FILE", false,
+               "Show the PostScript that goes to the RIP ahead of a file.", PrefixOptions},
+    CommandRow{CommandId::Reprint, "reprint", "TICKET|NAME", false,
+               "Deliver pages that `print --spool` kept, with no RIP.", ReprintOptions},
+    CommandRow{CommandId::TicketShow, "ticket show", "TICKET", false, "Show a saved job ticket.",
+               ListingOptions},
+    CommandRow{CommandId::TicketHold, "ticket hold", "TICKET", false,
+               "Hold a saved job: it does not print until it is released.", ListingOptions},
+    CommandRow{CommandId::TicketRelease, "ticket release", "TICKET", false, "Release a held job.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolList, "spool list", "", false, "List the jobs whose pages are kept.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolShow, "spool show", "NAME", false, "Show the pages of a kept job.",
+               ListingOptions},
+    CommandRow{CommandId::SpoolSize, "spool size", "NAME", true,
+               "Tell the size of a kept job, or of all of them.", ListingOptions},
+    CommandRow{CommandId::SpoolRemove, "spool remove", "NAME", false,
+               "Remove a kept job. Nothing is asked.", ListingOptions},
+    CommandRow{CommandId::SpoolOpen, "spool open", "NAME", true,
+               "Print the directory of a kept job, and show it in the desktop's file manager.",
+               ListingOptions},
+    CommandRow{CommandId::Printers, "printers", "", false, "List the printers.", ListingOptions},
+    CommandRow{CommandId::Modes, "modes", "", false, "List the print modes.", ListingOptions},
+    CommandRow{CommandId::Doctor, "doctor", "", false,
+               "Say what is installed, found, writable and missing, and how to mend it.",
+               ListingOptions},
+    CommandRow{CommandId::Inspect, "inspect", "FILE...", false,
+               "Tell kind, bounds and spot colours of PostScript and EPS files.", InspectOptions},
+    CommandRow{CommandId::Notes, "notes", "FILE", false,
+               "Show the companies and jobs of a job notes file.", ListingOptions},
+    CommandRow{CommandId::Cars, "cars", "FILE", false,
+               "Show the folders and files of a car data library as a tree.", ListingOptions},
+    CommandRow{CommandId::ChartTrademark, "chart trademark", "FILE", false,
+               "Tell which trademark file a chart has for a mark and a quality.", TrademarkOptions},
+    CommandRow{CommandId::ChartSymbol, "chart symbol", "FILE", false,
+               "Tell the heights of symbol, trademark and signature for a ring size.",
+               SymbolOptions},
+    CommandRow{CommandId::ChartFont, "chart font", "FILE", false,
+               "Tell the font that a table has for a node.", FontOptions},
+    CommandRow{CommandId::ChartCopyright, "chart copyright", "FILE", false,
+               "Tell the font size of a copyright engraving.", CopyrightOptions},
+    CommandRow{CommandId::ChartCaps, "chart caps", "FILE", false,
+               "List the words that keep special capitals.", ListingOptions},
+    CommandRow{
+        CommandId::Sheet, "sheet", "FILE|FOLDER", false,
+        "Make a tab-separated text of a spreadsheet (.xlsx, .ods, .fods, or an unpacked one).",
+        SheetOptions},
+    CommandRow{CommandId::PageSize, "pagesize", "FILE...", false,
+               "Measure the first page of PostScript and EPS files.", PageSizeOptions},
+    CommandRow{CommandId::Queue, "queue", "FILE", false,
+               "Convert a file to planes, a picture and cut paths by the queue program.",
+               QueueOptions},
+    CommandRow{CommandId::Header, "header", "FILE", false,
+               "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
+    CommandRow{CommandId::Import, "import", "FILE", false,
+               "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
+    CommandRow{CommandId::View, "view", "FILE", false,
+               "Show what a template or a document looks like.", ViewOptions},
+    CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
+               HelpOptions},
+};
+
+constexpr const char* Place = "operand";
+
+void AddOption(CLI::App& app, OptionId id, Invocation& result) {
+  const OptionRow& row = OptionOf(id);
+  const bool isSwitch = *row.value == '\0';
+  const std::string names = (id == Help         ? "-h,"
+                             : id == OutputFile ? "-o,"
+                                                : "") +
+                            std::string(row.name);
+  if (isSwitch) {
+    app.add_flag_callback(
+        names, [&result, id] { result.options[id]; }, row.description);
+    return;
+  }
+  app.add_option_function<std::string>(
+      names, [&result, id](const std::string& value) { result.options[id] = value; },
+      row.description);
+}
+
+CLI::App& GroupOf(CLI::App& program, const std::string& word, Invocation& result) {
+  const auto known =
+      program.get_subcommands([&word](const CLI::App* one) { return one->get_name() == word; });
+  if (!known.empty()) return *known.front();
+  CLI::App* group = program.add_subcommand(word);
+  AddOption(*group, Help, result);
+  // No more than one command, so that an operand may have a command's name.
+  group->require_subcommand(0, 1);
+  group->callback([&result, word] {
+    if (result.command == CommandId::None) result.group = word;
+  });
+  return *group;
+}
+
+void AddCommand(CLI::App& program, const CommandRow& row, Invocation& result) {
+  const std::string name = row.name;
+  const std::size_t blank = name.find(' ');
+  CLI::App* command = nullptr;
+  if (blank == name.npos) {
+    command = program.add_subcommand(name, row.description);
+  } else {
+    CLI::App& group = GroupOf(program, name.substr(0, blank), result);
+    command = group.add_subcommand(name.substr(blank + 1), row.description);
+  }
+  for (const OptionId id : row.options) AddOption(*command, id, result);
+  if (row.id == CommandId::Help) {
+    command->add_option_function<std::vector<std::string>>(
+        Place, [&result](const std::vector<std::string>& values) {
+          for (const std::string& word : values)
+            result.operand += (result.operand.empty() ? "" : " ") + word;
+          result.hasOperand = true;
+        });
+  } else if (std::string_view(row.operand).ends_with("...")) {
+    command->add_option_function<std::vector<std::string>>(
+        Place, [&result](const std::vector<std::string>& values) {
+          result.operands = values;
+          result.operand = values.front();
+          result.hasOperand = true;
+        });
+  } else if (*row.operand != '\0') {
+    command->add_option_function<std::string>(Place, [&result](const std::string& value) {
+      result.operand = value;
+      result.hasOperand = true;
+    });
+  }
+  command->preparse_callback([&result, id = row.id](std::size_t) { result.command = id; });
+}
+
+// The parser's messages come after its class names now and then; users have no use for
+// those.
+std::string MessageOf(const CLI::ParseError& error) {
+  std::string message = error.what();
+  while (!message.empty() && (message.back() == '\n' || message.back() == '.')) message.pop_back();
+  return message;
+}
+
+// The part of the help that concerns the arguments, and the fault if it is the command
+// itself.
+std::string HintFor(const CLI::ParseError& error, const Invocation& result,
+                    std::span<const char* const> arguments) {
+  const auto row = std::ranges::find(Commands(), result.command, &CommandRow::id);
+  if (row != Commands().end() && result.command != CommandId::None)
+    return MessageOf(error) + "; see `rastrel help " + row->name + "`";
+  if (arguments.size() < 2 || *arguments[1] == '-')
+    return MessageOf(error) + "; see `rastrel help`";
+  const std::string group = arguments[1];
+  const bool isGroup = std::ranges::any_of(Commands(), [&group](const CommandRow& one) {
+    return std::string_view(one.name).starts_with(group + " ");
+  });
+  if (!isGroup) return "there is no command '" + group + "'; see `rastrel help`";
+  if (arguments.size() > 2 && *arguments[2] != '-')
+    return "there is no command '" + group + " " + arguments[2] + "'; see `rastrel help " + group +
+           "`";
+  return MessageOf(error) + "; see `rastrel help " + group + "`";
+}
+
+void CheckOperand(const Invocation& result) {
+  if (result.Has(Help)) return;
+  for (const CommandRow& row : Commands()) {
+    if (row.id != result.command || row.operandOptional || *row.operand == '\0') continue;
+    if (!result.hasOperand || result.operand.empty())
+      throw CommandError(ExitStatus::WrongUse, std::string("`rastrel ") + row.name + "` needs " +
+                                                   row.operand + "; see `rastrel help " + row.name +
+                                                   "`");
+  }
+}
+
+}  // namespace
+
+std::span<const OptionRow> Options() { return OptionTable; }
+
+const OptionRow& OptionOf(OptionId id) {
+  return *std::ranges::find(OptionTable, id, &OptionRow::id);
+}
+
+std::span<const CommandRow> Commands() { return CommandTable; }
+
+std::string Invocation::ValueOr(OptionId id, std::string_view fallback) const {
+  const auto found = options.find(id);
+  return found == options.end() ? std::string(fallback) : found->second;
+}
+
+Invocation ParseArguments(int count, const char* const* arguments) {
+  Invocation result;
+  CLI::App program;
+  program.set_help_flag();
+  program.require_subcommand(0, 1);
+  AddOption(program, Help, result);
+  AddOption(program, Version, result);
+  for (const CommandRow& row : Commands()) AddCommand(program, row, result);
+  try {
+    program.parse(count, arguments);
+  } catch (const CLI::ParseError& error) {
+    const std::span all(arguments, static_cast<std::size_t>(count));
+    throw CommandError(ExitStatus::WrongUse, HintFor(error, result, all));
+  }
+  CheckOperand(result);
+  return result;
+}
+
+}  // namespace rastrel::cli

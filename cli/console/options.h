@@ -1,0 +1,139 @@
+#pragma once
+
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The command line: its commands and options as tables, from which the parser and the help are
+/// made, and against which the manual page is checked.
+namespace rastrel::cli {
+
+enum class OptionId {
+  Printer,
+  Mode,
+  Copies,
+  Pages,
+  Spool,
+  KeepPs,
+  Planar,
+  Scale,
+  Levels,
+  LevelsRed,
+  LevelsGreen,
+  LevelsBlue,
+  LevelsGray,
+  CutColor,
+  Preview,
+  Dpi,
+  Resolution,
+  PageSize,
+  HalfCutColor,
+  Dsc,
+  CutOnly,
+  Window,
+  SaveTicket,
+  Output,
+  OutputFile,
+  Json,
+  Tsv,
+  Painted,
+  Mark,
+  Quality,
+  RingSize,
+  Node,
+  RingStyle,
+  StyleSize,
+  EngravingFont,
+  Rows,
+  FingerSize,
+  Sheet,
+  List,
+  Faithful,
+  AsShown,
+  Format,
+  Page,
+  PictureDpi,
+  Blank,
+  Outlines,
+  Strict,
+  Help,
+  Version,
+};
+
+struct OptionRow {
+  OptionId id;
+  const char* name;         ///< with its dashes
+  const char* value;        ///< the placeholder of the value in the help; empty for a switch
+  const char* description;  ///< one sentence
+};
+
+enum class CommandId {
+  None,  ///< only options were given, or nothing at all
+  Print,
+  Preview,
+  Prefix,
+  Reprint,
+  TicketShow,
+  TicketHold,
+  TicketRelease,
+  SpoolList,
+  SpoolShow,
+  SpoolSize,
+  SpoolRemove,
+  SpoolOpen,
+  Printers,
+  Modes,
+  Doctor,
+  Inspect,
+  PageSize,
+  Queue,
+  Header,
+  Notes,
+  Cars,
+  ChartTrademark,
+  ChartSymbol,
+  ChartFont,
+  ChartCopyright,
+  ChartCaps,
+  Sheet,
+  Import,
+  View,
+  Help,
+};
+
+struct CommandRow {
+  CommandId id;
+  const char* name;     ///< one or two words
+  const char* operand;  ///< its placeholder in the help; empty if it takes none
+  bool operandOptional;
+  const char* description;  ///< one sentence
+  std::span<const OptionId> options;
+};
+
+/// Every option. --help and --version belong to the program, and --help to each command too.
+[[nodiscard]] std::span<const OptionRow> Options();
+[[nodiscard]] const OptionRow& OptionOf(OptionId id);
+/// Every command.
+[[nodiscard]] std::span<const CommandRow> Commands();
+
+/// The command line, parsed.
+struct Invocation {
+  CommandId command = CommandId::None;
+  std::string group;    ///< first word of a command without its second word; else empty
+  std::string operand;  ///< empty if none was given
+  bool hasOperand = false;
+  std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
+  std::map<OptionId, std::string> options;  ///< those that were given, with their values
+
+  [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
+  /// The option's value, or `fallback` if it was not given.
+  [[nodiscard]] std::string ValueOr(OptionId id, std::string_view fallback) const;
+};
+
+/// Reads the arguments of main. Throws CommandError(WrongUse) on anything that the tables don't
+/// have and on a missing operand.
+[[nodiscard]] Invocation ParseArguments(int count, const char* const* arguments);
+
+}  // namespace rastrel::cli

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <functional>
+
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
+
+namespace rastrel::cli {
+
+/// The frame of every program of the command: parses the arguments, calls `run`, writes a
+/// CommandError or any other exception as a message or, with --json, as JSON, and returns the exit
+/// status of main. Output that could not be written makes the program fail.
+[[nodiscard]] int RunProgram(int count, const char* const* arguments,
+                             const std::function<ExitStatus(const Invocation&)>& run);
+
+}  // namespace rastrel::cli

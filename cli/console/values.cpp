@@ -1,0 +1,129 @@
+#include "cli/console/values.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "cli/console/exit_status.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr double MaximumCentimetres = 100'000.0;  // a kilometre
+constexpr double MaximumOfByte = 255.0;
+constexpr int MaximumDpi = 4800;
+constexpr std::int32_t MaximumCopies = 100'000;
+constexpr std::size_t MaximumLetters = 100;  // of a name
+
+struct Unit {
+  const char* name;
+  double centimetres;
+};
+
+constexpr std::array Units{Unit{"cm", 1.0}, Unit{"mm", 0.1}, Unit{"in", 2.54}};
+
+double Centimetres(std::string_view option, std::string_view number, const Unit& unit,
+                   std::string_view text) {
+  const auto length = NumberOf(number);
+  if (!length || *length <= 0.0 || *length * unit.centimetres > MaximumCentimetres)
+    RefuseValue(option, text,
+                "'" + std::string(number) + "' is no length above 0 and up to a kilometre");
+  return *length * unit.centimetres;
+}
+
+double Component(std::string_view option, std::string_view part, std::string_view text) {
+  const bool percentage = part.ends_with('%');
+  const auto number = NumberOf(percentage ? part.substr(0, part.size() - 1) : part);
+  const double maximum = percentage ? 100.0 : MaximumOfByte;
+  if (!number || *number < 0.0 || *number > maximum)
+    RefuseValue(option, text,
+                "'" + std::string(part) + "' is neither a number from 0 to 255 nor a percentage");
+  return *number / maximum;
+}
+
+}  // namespace
+
+void RefuseValue(std::string_view option, std::string_view text, const std::string& why) {
+  throw CommandError(ExitStatus::WrongUse,
+                     std::string(option) + " " + std::string(text) + ": " + why);
+}
+
+std::optional<double> NumberOf(std::string_view text) {
+  double number = 0.0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+  if (error != std::errc() || stop != end || !std::isfinite(number)) return std::nullopt;
+  return number;
+}
+
+std::vector<std::string_view> Split(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find(separator, begin), text.size());
+    parts.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return parts;
+}
+
+std::int32_t WholeNumberOf(std::string_view option, std::string_view text, std::int32_t minimum,
+                           std::int32_t maximum) {
+  std::int32_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || number < minimum || number > maximum)
+    RefuseValue(option, text,
+                "not a number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
+  return number;
+}
+
+std::int32_t ParseDpi(std::string_view text) { return WholeNumberOf("--dpi", text, 1, MaximumDpi); }
+
+std::int32_t ParseCopies(std::string_view text) {
+  return WholeNumberOf("--copies", text, 1, MaximumCopies);
+}
+
+ColorText SplitColor(std::string_view text) {
+  const std::size_t colon = std::min(text.find(':'), text.size());
+  return {.model = text.substr(0, colon),
+          .components = text.substr(std::min(colon + 1, text.size()))};
+}
+
+Size ParseSize(std::string_view option, std::string_view text) {
+  const auto unit =
+      std::ranges::find_if(Units, [text](const Unit& one) { return text.ends_with(one.name); });
+  if (unit == Units.end())
+    RefuseValue(option, text, "a size has its unit behind it: cm, mm or in, as in 10x5in");
+  const auto sides = Split(text.substr(0, text.size() - 2), 'x');
+  if (sides.size() != 2)
+    RefuseValue(option, text, "a size is WIDTHxHEIGHT and a unit, as in 10x5in");
+  return {.widthCm = Centimetres(option, sides[0], *unit, text),
+          .heightCm = Centimetres(option, sides[1], *unit, text)};
+}
+
+std::vector<double> ParseComponents(std::string_view option, std::string_view list,
+                                    std::size_t count, std::string_view text) {
+  const auto parts = Split(list, ',');
+  if (parts.size() != count)
+    RefuseValue(option, text, "it takes " + std::to_string(count) + " components");
+  std::vector<double> components;
+  components.reserve(count);
+  for (const std::string_view part : parts) components.push_back(Component(option, part, text));
+  return components;
+}
+
+void CheckSpotName(std::string_view option, std::string_view name, std::string_view text) {
+  if (name.empty()) RefuseValue(option, text, "the spot colour has no name");
+  const bool breaks = std::ranges::any_of(name, [](char character) {
+    return static_cast<unsigned char>(character) < 32 || character == 127 || character == '(' ||
+           character == ')' || character == '\\';
+  });
+  if (breaks || name.size() > MaximumLetters)
+    RefuseValue(option, text,
+                "a spot colour's name holds no parentheses, backslashes or control characters, "
+                "and at most " +
+                    std::to_string(MaximumLetters) + " bytes");
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,147 @@
+#include "cli/converting/page_size_command.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "cli/console/error_message.h"
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
+#include "cli/converting/queue_diagnosis.h"
+#include "cli/input/input_file.h"
+#include "cli/input/page_bounds.h"
+#include "cli/installation/installation.h"
+#include "cli/installation/job_directory.h"
+#include "rastrel/conversion/measure_page.h"
+#include "rastrel/platform/mfc/sync.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/signals.h"
+#include "rastrel/psscan/ps_parser.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr double PointCm = 2.54 / 72.0;
+
+// A library path by which the file may be reached; names that such a path can't spell lead to a
+// copy.
+class Reachable {
+ public:
+  explicit Reachable(const InputFile& input) : m_Path(os::FromNative(input.path)) {
+    if (os::ToNative(m_Path) == input.path) return;
+    m_Directory = std::make_unique<JobDirectory>(false);
+    m_Path = os::FromNative(m_Directory->CopyIn(input.path, input.safeName + input.extension));
+  }
+  [[nodiscard]] const wchar_t* Path() const { return m_Path.c_str(); }
+
+ private:
+  std::unique_ptr<JobDirectory> m_Directory;
+  std::wstring m_Path;
+};
+
+std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
+  CRect points;
+  if (!CPSParser(path).GetBounds(points)) return std::nullopt;
+  return InCentimetres(points);
+}
+
+// The signals that ask for an end stop the measuring that runs, and let none follow.
+class Stop {
+ public:
+  Stop() : m_Signals(os::StopSignals::Start([this](int) { Make(); })) {
+    if (!m_Signals)
+      throw CommandError(ExitStatus::JobFailed,
+                         "the system gives no thread or descriptor: " + DescribeError(errno));
+  }
+  [[nodiscard]] bool IsMade() const { return m_Made; }
+  [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
+
+ private:
+  void Make() {
+    m_Made = true;
+    m_Semaphore.Unlock();
+  }
+  std::atomic<bool> m_Made = false;
+  CSemaphore m_Semaphore{0, 1};
+  std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
+};
+
+BOUNDS Measured(const wchar_t* path, Stop& stop) {
+  BOUNDS bounds;
+  if (conversion::MeasurePage(path, bounds, stop.Semaphore()) == 0) {
+    if (stop.IsMade()) throw CommandError(ExitStatus::Cancelled, "cancelled");
+    const std::string why = LastErrorOfQueue();
+    throw CommandError(ExitStatus::JobFailed, why.empty() ? "its page can't be measured"
+                                                          : "its page can't be measured: " + why);
+  }
+  return bounds;
+}
+
+bool Differ(const BOUNDS& one, const BOUNDS& other) {
+  return std::abs(one.xmin - other.xmin) > PointCm || std::abs(one.xmax - other.xmax) > PointCm ||
+         std::abs(one.ymin - other.ymin) > PointCm || std::abs(one.ymax - other.ymax) > PointCm;
+}
+
+std::string Number(double number, int decimals) {
+  // A rounded -0.000 has no sign to show.
+  const double scale = std::pow(10.0, decimals);
+  const double rounded = std::round(number * scale) / scale;
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%.*f", decimals, rounded == 0 ? 0.0 : rounded);
+  return text.data();
+}
+
+void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* source, bool json) {
+  const double width = bounds.xmax - bounds.xmin;
+  const double height = bounds.ymax - bounds.ymin;
+  if (json) {
+    JsonLine line("pagesize");
+    line.Add("path", file).Add("source", source);
+    line.AddNumber("xmin", bounds.xmin).AddNumber("ymin", bounds.ymin);
+    line.AddNumber("xmax", bounds.xmax).AddNumber("ymax", bounds.ymax);
+    line.AddNumber("width", width).AddNumber("height", height).Write();
+    return;
+  }
+  WriteOut(file + ": " + Number(width, 3) + " x " + Number(height, 3) + " cm at " +
+           Number(bounds.xmin, 3) + ", " + Number(bounds.ymin, 3) + " (" +
+           Number(width / PointCm, 2) + " x " + Number(height / PointCm, 2) + " pt), " + source +
+           "\n");
+}
+
+void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
+  const bool json = invocation.Has(OptionId::Json);
+  const InputFile input = InspectInput(file, "measure");
+  const Reachable reachable(input);
+  std::optional<BOUNDS> declared;
+  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.Path());
+  if (declared) WriteBounds(file, *declared, "comments", json);
+  const BOUNDS measured = Measured(reachable.Path(), stop);
+  if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
+}
+
+}  // namespace
+
+ExitStatus PageSizeCommand(const Invocation& invocation) {
+  const bool json = invocation.Has(OptionId::Json);
+  Stop stop;
+  MakeSureOfDataRoot();
+  CheckQueueProgram();
+  ExitStatus status = ExitStatus::Done;
+  for (const std::string& file : invocation.operands) {
+    try {
+      MeasureFile(file, invocation, stop);
+    } catch (const CommandError& error) {
+      if (error.Status() == ExitStatus::Cancelled) throw;
+      WriteErrorMessage({error.Status(), file + ": " + error.what()}, json);
+      if (status != ExitStatus::BadInput) status = error.Status();
+    }
+  }
+  return status;
+}
+
+}  // namespace rastrel::cli

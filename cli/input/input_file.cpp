@@ -1,0 +1,72 @@
+#include "cli/input/input_file.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "cli/console/exit_status.h"
+#include "cli/input/file_head.h"
+#include "interpreter/job_kind.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::size_t NameLimit = 150;  // bytes; leaves room for endings
+
+// A file that is asked for something.
+struct Asked {
+  const std::string& path;
+  const char* verb;
+};
+
+[[noreturn]] void Refuse(const Asked& file, const std::string& why) {
+  throw CommandError(ExitStatus::BadInput,
+                     "can't " + std::string(file.verb) + " '" + file.path + "': " + why);
+}
+
+const char* ExtensionOf(interpreter::JobKind kind) {
+  switch (kind) {
+    case interpreter::JobKind::Pdf: return ".pdf";
+    case interpreter::JobKind::Eps: return ".eps";
+    case interpreter::JobKind::PostScript:
+    case interpreter::JobKind::Unknown: break;
+  }
+  return ".ps";
+}
+
+bool IsUnsafe(wchar_t character) {
+  constexpr std::wstring_view unsafe = L"/\\()\"'\x7F\xFFFD";
+  return character < L' ' || (character >= 0x80 && character < 0xA0) ||
+         unsafe.find(character) != unsafe.npos;
+}
+
+}  // namespace
+
+InputFile InspectInput(const std::string& path, const char* verb) {
+  const Asked asked{path, verb};
+  const FileHead head = ReadFileHead(path, interpreter::JobHeadSize);
+  if (!head.trouble.empty()) Refuse(asked, head.trouble);
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  const auto layout = interpreter::FindJobLayout(head.bytes, error ? head.bytes.size() : size);
+  if (layout.kind == interpreter::JobKind::Unknown)
+    Refuse(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
+  InputFile input;
+  input.path = path;
+  input.safeName = SafeJobName(path.substr(path.rfind('/') + 1));
+  input.extension = ExtensionOf(layout.kind);
+  return input;
+}
+
+std::string SafeJobName(std::string_view fileName) {
+  std::wstring name = os::WideFromUtf8(fileName);
+  for (wchar_t& character : name)
+    if (IsUnsafe(character)) character = L'_';
+  name.erase(0, std::min(name.find_first_not_of(L".- "), name.size()));
+  if (const auto dot = name.rfind(L'.'); dot != name.npos && dot > 0) name.resize(dot);
+  while (os::Utf8FromWide(name).size() > NameLimit) name.pop_back();
+  name.resize(name.find_last_not_of(L" .") + 1);
+  return name.empty() ? "job" : os::Utf8FromWide(name);
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace rastrel::cli {
+
+/// A file that is to be printed or converted.
+struct InputFile {
+  std::string path;       ///< native, as given
+  std::string safeName;   ///< base name of the working copy, without extension
+  std::string extension;  ///< ".ps", ".eps" or ".pdf", by the content
+};
+
+/// Looks at the file's beginning. Throws CommandError(BadInput) if it is missing, unreadable, no
+/// regular file, or neither PostScript, EPS nor PDF; the message then says that it can't `verb` the
+/// file.
+[[nodiscard]] InputFile InspectInput(const std::string& path, const char* verb = "print");
+
+/// The base name, without extension, that a working copy of a file has. It becomes part of a
+/// PostScript comment, a command line, names of output files and of the spool entry. Backslashes,
+/// parentheses, quotes, control characters and ill-formed UTF-8 become '_'; dots, dashes and blanks
+/// at the front and blanks and dots at the end go; at most 150 bytes stay. An extension goes unless
+/// there is nothing before it. Never empty: "job".
+[[nodiscard]] std::string SafeJobName(std::string_view fileName);
+
+}  // namespace rastrel::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+namespace rastrel::cli {
+
+/// Lays the data root out if it was not, and makes sure that the files of a print can be written
+/// there: the library would wait forever for an application log that can't be opened. Throws
+/// CommandError(NotInstalled) with the fault.
+void MakeSureOfDataRoot();
+
+/// Lays the data root out. A fault is left to the first caller that needs the files.
+void LayOutQuietly();
+
+/// Native paths without closing separators.
+[[nodiscard]] std::string RipDirectory();
+[[nodiscard]] std::string SpoolDirectory();
+[[nodiscard]] std::string ModesDirectory();
+[[nodiscard]] std::string PagesDirectory();
+[[nodiscard]] std::string JobsDirectory();
+[[nodiscard]] std::string DevicesFile();
+
+/// Why a file can't be made in a directory, as a message; empty if one can. Leaves nothing there.
+[[nodiscard]] std::string WhyNotWritable(const std::string& directory);
+
+}  // namespace rastrel::cli

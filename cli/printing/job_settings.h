@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "rastrel/job/job_data.h"
+
+class CVKJobTicket;
+
+namespace rastrel::cli {
+
+struct Invocation;
+
+/// Which ticket takes the settings: their scales differ, and not all of them fit both.
+enum class TicketKind { Print, Preview };
+
+/// Takes --scale, --levels, --levels-red and its like, and --cut-color into a ticket's settings;
+/// the others keep their values. Throws CommandError(WrongUse) with the fault.
+void ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind);
+
+/// Takes --dpi, --planar and --cut-only into a preview's ticket. Throws
+/// CommandError(WrongUse).
+void ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation);
+
+/// The value of --scale: "none"; a size with its unit, "10x5in", "25.4x12.7cm", "254x127mm"; or the
+/// name of a target of the RIP, which begins with a letter.
+void ApplyScale(CJobData& settings, std::string_view text);
+
+/// The value of --levels or, with the option's name, of one for a channel: low and high end from 0
+/// to 255, and a gamma between them, as "10,1.2,250".
+[[nodiscard]] CLevelsData ParseLevels(std::string_view option, std::string_view text);
+
+/// The value of --cut-color: "rgb:R,G,B" or "cmyk:C,M,Y,K", each from 0 to 255 or a percentage, or
+/// "spot:NAME", which only a preview's ticket takes. Components are converted to the scale of the
+/// ticket's record and rounded to whole numbers.
+void ApplyCutColor(CJobData& settings, std::string_view text, TicketKind kind);
+
+}  // namespace rastrel::cli

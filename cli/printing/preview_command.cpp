@@ -1,0 +1,101 @@
+#include "cli/printing/preview_command.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "cli/console/options.h"
+#include "cli/console/terminal_picture.h"
+#include "cli/input/input_file.h"
+#include "cli/installation/installation.h"
+#include "cli/installation/job_directory.h"
+#include "cli/installation/printers.h"
+#include "cli/job/job_run.h"
+#include "cli/job/keep_files_host.h"
+#include "cli/printing/job_settings.h"
+#include "cli/printing/preview_files.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::size_t PicturesShown = 4;
+
+odalis::FileFormat FormatOf(const std::string& target) {
+  const std::string extension = std::filesystem::path(target).extension();
+  if (extension == ".tif" || extension == ".tiff") return odalis::FileFormat::Tiff;
+  if (extension == ".png") return odalis::FileFormat::Png;
+  throw CommandError(ExitStatus::WrongUse,
+                     "a preview needs the name of its file, which ends in "
+                     ".tif, .tiff or .png, as in -o out.tif");
+}
+
+// A printer that makes files of the format below the directory of the job.
+std::string PrinterFor(odalis::FileFormat format) {
+  const auto devices = ReadPrinters();
+  const auto found = std::ranges::find_if(devices, [format](const odalis::Device& device) {
+    return device.kind == odalis::DeviceKind::File && device.format == format &&
+           device.printer != "*" && device.pattern.BeginsWith(odalis::Field::Output);
+  });
+  if (found != devices.end()) return found->printer;
+  throw CommandError(ExitStatus::NotInstalled, "no printer of " + DevicesFile() + " makes " +
+                                                   odalis::ExtensionOf(format) +
+                                                   " files below {output}, which a preview needs");
+}
+
+void CheckDirectory(const std::string& target) {
+  const std::filesystem::path folder = std::filesystem::path(target).parent_path();
+  std::error_code error;
+  if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+    throw CommandError(ExitStatus::WrongUse, "the preview can't be put into '" + folder.string() +
+                                                 "': no such directory");
+}
+
+// Shows the first of the pictures, if the terminal can; all names were told as they were made.
+void ShowFirst(const PreviewFiles& files) {
+  for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
+    if (!ShowPicture(os::FromNative(files.Names()[i]))) return;
+  }
+}
+
+}  // namespace
+
+ExitStatus PreviewCommand(const Invocation& invocation) {
+  JobView view(invocation.Has(OptionId::Json));
+  StopRequest stop(&view);
+  ObservedPreview ticket;
+  ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview);
+  ApplyPreview(ticket, invocation);
+  const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  const odalis::FileFormat format = FormatOf(target);
+  CheckDirectory(target);
+  const InputFile input = InspectInput(invocation.operand);
+  MakeSureOfDataRoot();
+  const std::string printer = PrinterFor(format);
+  std::optional<KeepFilesHost> keeping;
+  if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
+
+  const bool keep = KeepsFiles();
+  if (ticket.GetPlanar() && invocation.Has(OptionId::Dpi))
+    view.Say("note", "planes have the RIP's own resolution; --dpi has no effect on them");
+
+  const JobDirectory directory(keep);
+  SetUpOutput(directory.Path() + "/output", printer);
+  ticket.m_JobName = os::WideFromUtf8(input.safeName);
+  ticket.SetJobFile(os::FromNative(directory.CopyIn(input.path, input.safeName + input.extension)));
+  ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
+  PreviewFiles files(target, input.safeName);
+  ticket.SetFilter([&files](JobEvent& event) { files.Take(event); });
+  JobRecord record;
+  const JobEnd end = RunJob(ticket, record, view, stop);
+  if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
+  const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
+  if (end == JobEnd::Done && !files.Fault().empty())
+    throw CommandError(ExitStatus::JobFailed, files.Fault());
+  if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);
+  return status;
+}
+
+}  // namespace rastrel::cli

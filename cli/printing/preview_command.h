@@ -1,0 +1,13 @@
+#pragma once
+
+#include "cli/console/exit_status.h"
+
+namespace rastrel::cli {
+
+struct Invocation;
+
+/// `rastrel preview FILE -o out.tif`: makes a picture of each page, or of each color plane,
+/// through the host's preview ticket. Throws CommandError.
+[[nodiscard]] ExitStatus PreviewCommand(const Invocation& invocation);
+
+}  // namespace rastrel::cli

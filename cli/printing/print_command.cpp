@@ -1,0 +1,141 @@
+#include "cli/printing/print_command.h"
+
+#include <optional>
+#include <vector>
+
+#include "cli/console/options.h"
+#include "cli/console/values.h"
+#include "cli/input/input_file.h"
+#include "cli/installation/installation.h"
+#include "cli/installation/job_directory.h"
+#include "cli/installation/print_modes.h"
+#include "cli/installation/printers.h"
+#include "cli/job/job_run.h"
+#include "cli/job/keep_files_host.h"
+#include "cli/printing/job_settings.h"
+#include "cli/printing/page_ranges.h"
+#include "cli/printing/spool.h"
+#include "cli/printing/ticket_file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::cli {
+namespace {
+
+/// The options, checked before anything runs.
+struct PrintRequest {
+  std::vector<InputFile> inputs;
+  std::string printer;
+  PrintMode mode;
+  CJobData settings;  ///< scale, levels and cut color only
+  std::int32_t copies = 1;
+  std::deque<std::int32_t> pages;
+  bool spool = false;
+  bool planar = false;
+  std::string ticketPath;  ///< empty: none is saved
+};
+
+PrintRequest CheckRequest(const Invocation& invocation) {
+  PrintRequest request;
+  request.copies = ParseCopies(invocation.ValueOr(OptionId::Copies, "1"));
+  if (invocation.Has(OptionId::Pages))
+    request.pages = ParsePages(invocation.ValueOr(OptionId::Pages, ""));
+  ApplySettings(request.settings, invocation, TicketKind::Print);
+  request.spool = invocation.Has(OptionId::Spool);
+  request.planar = invocation.Has(OptionId::Planar);
+  if (invocation.Has(OptionId::SaveTicket))
+    request.ticketPath = TicketPath(invocation.ValueOr(OptionId::SaveTicket, ""));
+  if (invocation.Has(OptionId::SaveTicket) && invocation.operands.size() > 1)
+    throw CommandError(ExitStatus::WrongUse,
+                       "a ticket file holds one job: print the files one by "
+                       "one to save a ticket of each");
+  for (const std::string& operand : invocation.operands)
+    request.inputs.push_back(InspectInput(operand));
+  MakeSureOfDataRoot();
+  request.printer = invocation.ValueOr(OptionId::Printer, DefaultPrinter);
+  if (invocation.Has(OptionId::Printer)) CheckPrinter(request.printer);
+  request.mode = FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode));
+  return request;
+}
+
+void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& input,
+          const std::string& copy) {
+  ticket.m_JobName = os::WideFromUtf8(input.safeName);
+  ticket.SetJobFile(os::FromNative(copy));
+  ticket.m_Copies = request.copies;
+  ticket.m_Pages = request.pages;
+  ticket.SetPlanar(request.planar);
+  CJobData& settings = ticket.m_JobData;
+  settings = request.settings;
+  settings.PrinterName = os::WideFromUtf8(request.printer);
+  settings.PrintModeFolder = os::WideFromUtf8(request.mode.folder);
+  settings.PrintModeName = os::WideFromUtf8(request.mode.name);
+  settings.SpoolRequested = request.spool;
+  settings.SpoolAllowed = request.spool;
+}
+
+// The job is printed whatever becomes of its ticket, and its files are told first.
+std::optional<CommandError> TrySave(const CJobTicket& ticket, const std::string& path,
+                                    JobView& view) {
+  try {
+    SaveTicket(ticket, path);
+  } catch (const CommandError& error) {
+    return error;
+  }
+  view.Say("saved", "the ticket is saved as", path);
+  return std::nullopt;
+}
+
+void ReportKeptFiles(JobView& view, const JobDirectory& directory) {
+  view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
+}
+
+ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobView& view,
+                     StopRequest& stop) {
+  const bool keep = KeepsFiles();
+  std::optional<SpoolReservation> spool;
+  if (request.spool) spool.emplace(input.safeName);
+  const JobDirectory directory(keep);
+  const std::string copy =
+      directory.CopyIn(input.path, (spool ? spool->Name() : input.safeName) + input.extension);
+
+  ObservedTicket ticket;
+  Fill(ticket, request, input, copy);
+  JobRecord record;
+  const JobEnd end = RunJob(ticket, record, view, stop);
+  if (spool && ticket.GetCFMFileExists()) {
+    spool->Fill();
+    view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
+  }
+  std::optional<CommandError> unsaved;
+  if (end == JobEnd::Done && !request.ticketPath.empty())
+    unsaved = TrySave(ticket, request.ticketPath, view);
+  if (keep) ReportKeptFiles(view, directory);
+  const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
+  if (unsaved) throw CommandError(*unsaved);
+  return status;
+}
+
+}  // namespace
+
+ExitStatus PrintCommand(const Invocation& invocation) {
+  JobView view(invocation.Has(OptionId::Json));
+  StopRequest stop(&view);
+  const PrintRequest request = CheckRequest(invocation);
+  // The pages' own description names the printer; a variable that is set would count for more.
+  SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer);
+  std::optional<KeepFilesHost> keeping;
+  if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
+
+  // A job that fails does not keep the files after it from being printed; its status is returned.
+  ExitStatus result = ExitStatus::Done;
+  for (const InputFile& input : request.inputs) {
+    if (request.inputs.size() > 1) view.Begin(input.path);
+    const ExitStatus status = PrintFile(request, input, view, stop);
+    if (result == ExitStatus::Done) result = status;
+    if (status == ExitStatus::Cancelled) return status;
+  }
+  return result;
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,117 @@
+#include "cli/printing/spool.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include "cli/console/exit_status.h"
+#include "cli/installation/installation.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::string_view Extension = ".cfm";
+constexpr int Attempts = 100'000;
+constexpr std::int64_t Second = 1'000'000'000;  // nanoseconds
+
+std::vector<std::string> DirectoriesIn(const std::string& path) {
+  std::vector<std::string> names;
+  const auto entries = os::ListDirectory(os::FromNative(path));
+  if (!entries) return names;
+  for (const std::wstring& entry : *entries) {
+    std::string name = os::Utf8FromWide(entry);
+    if (os::IsDirectory(os::FromNative(path + "/" + name))) names.push_back(std::move(name));
+  }
+  std::ranges::sort(names);
+  return names;
+}
+
+SpoolEntry EntryOf(const std::string& directoryName) {
+  SpoolEntry entry;
+  entry.name = directoryName.substr(0, directoryName.size() - Extension.size());
+  entry.directory = SpoolDirectory() + "/" + directoryName;
+  entry.pages = DirectoriesIn(entry.directory).size();
+  entry.bytes = os::TreeSize(os::FromNative(entry.directory));
+  if (const auto stamp = os::StampOf(os::FromNative(entry.directory)))
+    entry.modified = stamp->modified / Second;
+  return entry;
+}
+
+bool IsEntry(const std::string& name) {
+  return name.ends_with(Extension) && name.size() > Extension.size();
+}
+
+}  // namespace
+
+std::vector<SpoolEntry> ListSpool() {
+  std::vector<SpoolEntry> entries;
+  for (const std::string& name : DirectoriesIn(SpoolDirectory()))
+    if (IsEntry(name)) entries.push_back(EntryOf(name));
+  return entries;
+}
+
+std::optional<SpoolEntry> FindSpoolEntry(const std::string& name) {
+  // Looked up among the names that are there, so that no text leads out of the spool.
+  for (const std::string& directory : DirectoriesIn(SpoolDirectory()))
+    if (IsEntry(directory) && directory == name + std::string(Extension)) return EntryOf(directory);
+  return std::nullopt;
+}
+
+SpoolEntry NeedSpoolEntry(const std::string& name) {
+  if (auto entry = FindSpoolEntry(name)) return *entry;
+  throw CommandError(ExitStatus::BadInput, "there is no job '" + name + "' in the spool (" +
+                                               SpoolDirectory() +
+                                               "); `rastrel spool list` tells which are");
+}
+
+std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
+  std::vector<SpoolPage> pages;
+  for (const std::string& title : DirectoriesIn(entry.directory)) {
+    SpoolPage page;
+    page.title = title;
+    const std::string directory = entry.directory + "/" + title;
+    page.bytes = os::TreeSize(os::FromNative(directory));
+    if (auto info = pages::ReadPageInfo(directory)) {
+      page.info = *info;
+    } else {
+      page.problem = Describe(info.Error());
+    }
+    pages.push_back(std::move(page));
+  }
+  const auto order = [](const SpoolPage& page) {
+    return std::tuple(page.info ? 0 : 1, page.info ? page.info->page : 0U, page.title);
+  };
+  std::ranges::sort(pages, {}, order);
+  return pages;
+}
+
+SpoolReservation::SpoolReservation(const std::string& name) {
+  for (int number = 1; number <= Attempts; ++number) {
+    m_Name = number == 1 ? name : name + "-" + std::to_string(number);
+    m_Directory = SpoolDirectory() + "/" + m_Name + std::string(Extension);
+    const std::wstring directory = os::FromNative(m_Directory);
+    // A name that differs in case only would be found in place of this one.
+    if (os::Exists(directory)) continue;
+    if (os::MakeDirectory(directory)) return;
+    if (errno != EEXIST) break;
+  }
+  throw CommandError(ExitStatus::JobFailed,
+                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
+}
+
+SpoolReservation::~SpoolReservation() {
+  if (m_Filled) return;
+  // Only while it is empty. The library removes a directory whose pages it could not move, and by
+  // now the name may be another print's.
+  std::error_code ignored;
+  std::filesystem::remove(m_Directory, ignored);
+}
+
+}  // namespace rastrel::cli

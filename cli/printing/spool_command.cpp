@@ -1,0 +1,170 @@
+#include "cli/printing/spool_command.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <ctime>
+
+#include "cli/console/json_line.h"
+#include "cli/console/options.h"
+#include "cli/console/other_programs.h"
+#include "cli/console/standard_streams.h"
+#include "cli/installation/installation.h"
+#include "cli/printing/spool.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/tree.h"
+
+namespace rastrel::cli {
+namespace {
+
+std::string DateText(std::int64_t seconds) {
+  const auto time = static_cast<std::time_t>(seconds);
+  std::array<char, 32> text{};
+  const std::tm* local = std::localtime(&time);
+  if (local == nullptr || std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", local) == 0)
+    return "unknown";
+  return text.data();
+}
+
+std::string Resolution(double value) {
+  const double rounded = std::round(value * 100) / 100;
+  std::array<char, 32> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), rounded);
+  return error == std::errc() ? std::string(text.data(), end) : "?";
+}
+
+const char* ColorWord(pages::PageColor color) {
+  switch (color) {
+    case pages::PageColor::Gray: return "gray";
+    case pages::PageColor::Rgb: return "RGB";
+    case pages::PageColor::Cmyk: return "CMYK";
+    case pages::PageColor::Separations: return "separations";
+  }
+  return "";
+}
+
+std::string PlaneNames(const pages::PageInfo& info) {
+  std::string names;
+  for (const pages::PagePlane& plane : info.planes)
+    names += (names.empty() ? "" : ", ") + plane.name;
+  return names;
+}
+
+std::string PageText(const SpoolPage& page) {
+  if (!page.info) return page.title + "\t" + page.problem + "\n";
+  const pages::PageInfo& info = *page.info;
+  return "page " + std::to_string(info.page) + "\t" + std::to_string(info.width) + " x " +
+         std::to_string(info.height) + " pixels\t" + Resolution(info.xResolution) + " x " +
+         Resolution(info.yResolution) + " dpi\t" + std::to_string(info.bits) + " bits " +
+         ColorWord(info.color) + " (" + PlaneNames(info) + ")\t" + std::to_string(page.bytes) +
+         " bytes\t" + info.printer + "\t" + info.mode + "\n";
+}
+
+std::string PageLine(const SpoolEntry& entry, const SpoolPage& page) {
+  JsonLine line("page");
+  if (!page.info) {
+    line.Add("text", page.problem).Add("path", entry.directory + "/" + page.title);
+    return line.Text();
+  }
+  const pages::PageInfo& info = *page.info;
+  line.Add("page", info.page).Add("path", entry.directory + "/" + page.title);
+  line.Add("width", info.width).Add("height", info.height);
+  line.AddNumber("x-resolution", info.xResolution).AddNumber("y-resolution", info.yResolution);
+  line.Add("bits", info.bits).Add("colour", ColorWord(info.color));
+  std::vector<std::string> planes;
+  for (const pages::PagePlane& plane : info.planes) planes.push_back(plane.name);
+  line.Add("planes", planes).Add("bytes", static_cast<std::int64_t>(page.bytes));
+  line.Add("job", info.job).Add("printer", info.printer).Add("mode", info.mode);
+  return line.Text();
+}
+
+std::string EntryLine(const SpoolEntry& entry) {
+  JsonLine line("spool");
+  line.Add("text", entry.name).Add("path", entry.directory);
+  line.Add("pages", static_cast<std::int64_t>(entry.pages));
+  line.Add("bytes", static_cast<std::int64_t>(entry.bytes));
+  line.Add("date", DateText(entry.modified));
+  return line.Text();
+}
+
+std::string EntryText(const SpoolEntry& entry) {
+  return entry.name + "\t" + std::to_string(entry.pages) + (entry.pages == 1 ? " page" : " pages") +
+         "\t" + std::to_string(entry.bytes) + " bytes\t" + DateText(entry.modified) +
+         (entry.pages == 0 ? "\tunder way, or cut off" : "") + "\n";
+}
+
+void ShowInDesktop(const std::string& directory) {
+  const bool desktop =
+      !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
+  if (!desktop) return;
+  const std::string opener = FindProgram("xdg-open");
+  if (!opener.empty()) StartAndForget(opener, {directory});
+}
+
+}  // namespace
+
+ExitStatus ListSpoolCommand(const Invocation& invocation) {
+  LayOutQuietly();
+  for (const SpoolEntry& entry : ListSpool())
+    WriteOut(invocation.Has(OptionId::Json) ? EntryLine(entry) : EntryText(entry));
+  return ExitStatus::Done;
+}
+
+ExitStatus ShowSpoolCommand(const Invocation& invocation) {
+  LayOutQuietly();
+  const SpoolEntry entry = NeedSpoolEntry(invocation.operand);
+  const bool json = invocation.Has(OptionId::Json);
+  WriteOut(json ? EntryLine(entry) : EntryText(entry));
+  for (const SpoolPage& page : PagesOf(entry))
+    WriteOut(json ? PageLine(entry, page) : PageText(page));
+  return ExitStatus::Done;
+}
+
+ExitStatus SpoolSizeCommand(const Invocation& invocation) {
+  LayOutQuietly();
+  std::uint64_t bytes = 0;
+  if (invocation.hasOperand) {
+    bytes = NeedSpoolEntry(invocation.operand).bytes;
+  } else {
+    for (const SpoolEntry& entry : ListSpool()) bytes += entry.bytes;
+  }
+  if (invocation.Has(OptionId::Json)) {
+    JsonLine line("size");
+    line.AddIfAny("text", invocation.operand)
+        .Add("bytes", static_cast<std::int64_t>(bytes))
+        .Write();
+  } else {
+    WriteOut(std::to_string(bytes) + " bytes\n");
+  }
+  return ExitStatus::Done;
+}
+
+ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
+  LayOutQuietly();
+  const SpoolEntry entry = NeedSpoolEntry(invocation.operand);
+  if (!os::RemoveTree(os::FromNative(entry.directory)))
+    throw CommandError(ExitStatus::JobFailed, "'" + entry.directory + "' can't be removed whole");
+  if (invocation.Has(OptionId::Json)) {
+    JsonLine line("removed");
+    line.Add("text", entry.name).Add("path", entry.directory).Write();
+  } else {
+    WriteOut("removed " + entry.name + "\n");
+  }
+  return ExitStatus::Done;
+}
+
+ExitStatus OpenSpoolCommand(const Invocation& invocation) {
+  LayOutQuietly();
+  const std::string directory =
+      invocation.hasOperand ? NeedSpoolEntry(invocation.operand).directory : SpoolDirectory();
+  if (invocation.Has(OptionId::Json)) {
+    JsonLine line("directory");
+    line.Add("path", directory).Write();
+  } else {
+    WriteOut(directory + "\n");
+  }
+  ShowInDesktop(directory);
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,128 @@
+#include "cli/reading/inspect_command.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+#include "cli/console/standard_streams.h"
+#include "cli/reading/inspection.h"
+#include "cli/reading/inspection_text.h"
+#include "cli/reading/painted_spots.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/terminal.h"
+
+namespace rastrel::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool TerminalShowsColor() {
+  return os::IsTerminal(os::StandardHandle(os::StandardStream::Output)) &&
+         os::EnvironmentValue("NO_COLOR").empty() && os::EnvironmentValue("TERM") != "dumb";
+}
+
+template <typename Iterator, typename Wanted>
+std::vector<std::string> FilesIn(const fs::path& folder, const Wanted& wanted) {
+  std::vector<std::string> files;
+  std::error_code error;
+  Iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+  for (const Iterator end; !error && entry != end; entry.increment(error))
+    if (wanted(*entry)) files.push_back(entry->path().string());
+  std::ranges::sort(files);
+  return files;
+}
+
+bool IsIn(const std::vector<SpotName>& names, const std::string& postScript) {
+  return std::ranges::find(names, postScript, &SpotName::postScript) != names.end();
+}
+
+void AddPainted(Inspection& inspection) {
+  if (inspection.kind == FileKind::Neither) return;
+  PaintedReport report;
+  // An EPS has no page but its bounds; other files set theirs.
+  std::optional<CRect> page;
+  const bool hasArea = inspection.bounds && inspection.bounds->left < inspection.bounds->right &&
+                       inspection.bounds->bottom < inspection.bounds->top;
+  if (inspection.kind != FileKind::PostScript && hasArea) page = inspection.bounds;
+  report.painted = PaintedSpots(inspection.path, page);
+  for (const std::string& name : report.painted)
+    if (!IsIn(inspection.names, name)) report.notDeclared.push_back(name);
+  for (const SpotName& name : inspection.names)
+    if (std::ranges::find(report.painted, name.postScript) == report.painted.end())
+      report.notPainted.push_back(name.postScript);
+  inspection.painted = std::move(report);
+}
+
+}  // namespace
+
+bool MatchesPattern(std::string_view name, std::string_view pattern) {
+  // The place of the last star, and how much of the name it has taken: going back that far is
+  // enough.
+  std::size_t star = pattern.npos;
+  std::size_t taken = 0;
+  std::size_t at = 0;
+  std::size_t index = 0;
+  while (index < name.size()) {
+    if (at < pattern.size() && pattern[at] == '*') {
+      star = at++;
+      taken = index;
+    } else if (at < pattern.size() && (pattern[at] == '?' || pattern[at] == name[index])) {
+      ++at;
+      ++index;
+    } else if (star != pattern.npos) {
+      at = star + 1;
+      index = ++taken;
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('*', at) == pattern.npos;
+}
+
+std::vector<std::string> FilesOfOperand(const std::string& operand) {
+  std::error_code error;
+  if (fs::is_directory(operand, error))
+    return FilesIn<fs::recursive_directory_iterator>(operand, [](const fs::directory_entry& entry) {
+      std::error_code ignored;
+      return entry.is_regular_file(ignored);
+    });
+  const std::string pattern = fs::path(operand).filename().string();
+  if (fs::exists(operand, error) || pattern.find_first_of("*?") == pattern.npos) return {operand};
+  const fs::path folder = fs::path(operand).parent_path();
+  std::vector<std::string> files = FilesIn<fs::directory_iterator>(
+      folder.empty() ? fs::path(".") : folder, [&](const fs::directory_entry& entry) {
+        const std::string name = entry.path().filename().string();
+        return MatchesPattern(name, pattern) && (name.front() != '.' || pattern.front() == '.');
+      });
+  if (folder.empty())
+    for (std::string& file : files) file.erase(0, 2);
+  // Nothing matches: the message names the pattern.
+  return files.empty() ? std::vector<std::string>{operand} : files;
+}
+
+ExitStatus InspectCommand(const Invocation& invocation) {
+  const bool json = invocation.Has(OptionId::Json);
+  const bool table = invocation.Has(OptionId::Tsv);
+  if (json && table)
+    throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
+  const bool color = !json && !table && TerminalShowsColor();
+  ExitStatus status = ExitStatus::Done;
+  if (table) WriteOut(InspectionTableHead());
+  for (const std::string& operand : invocation.operands)
+    for (const std::string& file : FilesOfOperand(operand)) {
+      try {
+        Inspection inspection = InspectFile(file);
+        if (invocation.Has(OptionId::Painted)) AddPainted(inspection);
+        WriteOut(json    ? InspectionObject(inspection)
+                 : table ? InspectionRow(inspection)
+                         : InspectionLine(inspection, color));
+      } catch (const CommandError& error) {
+        WriteError("rastrel: " + file + ": " + error.what() + "\n");
+        if (status != ExitStatus::BadInput) status = error.Status();
+      }
+    }
+  return status;
+}
+
+}  // namespace rastrel::cli

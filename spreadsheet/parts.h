@@ -1,0 +1,73 @@
+#pragma once
+
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/growing_file.h"
+#include "spreadsheet/package.h"
+
+namespace rastrel::spreadsheet {
+
+/// The parts of a package that are needed, as files below a folder of this process's own, each at
+/// the path that its name gives.
+class Parts {
+ public:
+  /// `folder` is there and empty; a native path.
+  Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgress progress);
+  ~Parts();
+  Parts(const Parts&) = delete;
+  Parts& operator=(const Parts&) = delete;
+
+  /// Whether the package has the part. Throws an Error if it is a link.
+  [[nodiscard]] bool Has(const std::string& part) const { return !m_Package->Find(part).empty(); }
+  /// Native path of the part's file, which is unpacked at the first call. Fails if the package has
+  /// no such part, or can't give it.
+  [[nodiscard]] Expected<std::string> Fetch(const std::string& part);
+  /// Begins to unpack parts in this order on a thread of its own, and returns at once. A reader of
+  /// their files through the XML layer waits for the bytes still to come. Parts that the package
+  /// lacks, and files already made, are skipped. Progress is reported on that thread. Settles
+  /// first.
+  [[nodiscard]] Expected<void> FetchAhead(const std::vector<std::string>& parts);
+  /// Waits until they are unpacked. Fails with the reason of the first one that could not be; its
+  /// readers found only that its file can't be read. A failure is returned once.
+  [[nodiscard]] Expected<void> Settle();
+  /// Begins to remove the part's file, which nobody will ask for again: giving back the pages of a
+  /// large one takes the system a while. Settles first, and fails as that does.
+  [[nodiscard]] Expected<void> Discard(const std::string& part);
+  /// Native path that the part has or would have.
+  [[nodiscard]] std::string PathOf(const std::string& part) const { return m_Folder + "/" + part; }
+  [[nodiscard]] const std::string& Folder() const { return m_Folder; }
+  /// Of the package, for messages.
+  [[nodiscard]] const std::string& Name() const { return m_Package->Name(); }
+
+  /// Throws an Error since a part is no readable XML: with the place and the reason of the XML
+  /// layer, or with `otherwise` if it reported none.
+  [[noreturn]] void RefuseXml(const std::string& part, const std::string& otherwise) const;
+  /// The same with the caller's reason.
+  [[noreturn]] void Refuse(const std::string& part, const std::string& why) const;
+
+ private:
+  std::unique_ptr<Package> m_Package;
+  std::string m_Folder;
+  struct Ahead {
+    std::string part;
+    std::unique_ptr<os::GrowingFile> file;
+  };
+  void MakeFoldersFor(const std::string& part) const;
+  void UnpackAhead();
+  void Join();
+  void ThrowFailure();
+
+  UnpackProgress m_Progress;
+  std::vector<Ahead> m_Ahead;
+  std::exception_ptr m_Failure;  // of the thread
+  std::atomic<bool> m_Stops = false;
+  std::thread m_Thread;
+};
+
+}  // namespace rastrel::spreadsheet

@@ -1,0 +1,113 @@
+#include "cli/installation/job_directory.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+
+#include "cli/console/exit_status.h"
+#include "cli/installation/installation.h"
+#include "cli/printing/spool.h"
+#include "tests/support/library_fixture.h"
+
+namespace rastrel::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+class JobDirectoryTest : public test::LibraryTest {
+ protected:
+  JobDirectoryTest() {
+    MakeSureOfDataRoot();
+    m_Place.Write("job.ps", "%!PS\n");
+  }
+  [[nodiscard]] std::set<std::string> JobNames() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(JobsDirectory()))
+      names.insert(entry.path().filename());
+    return names;
+  }
+  test::ScratchDirectory m_Place;
+};
+
+TEST_F(JobDirectoryTest, is_named_by_the_process_and_counted) {
+  const std::string process = std::to_string(::getpid());
+  const JobDirectory first(false);
+  const JobDirectory second(false);
+  EXPECT_EQ(JobNames(), std::set<std::string>({process + "-1", process + "-2"}));
+  EXPECT_EQ(ProcessOfJobDirectory(process + "-2"), static_cast<unsigned>(::getpid()));
+}
+
+TEST_F(JobDirectoryTest, goes_with_all_that_it_holds) {
+  {
+    const JobDirectory directory(false);
+    const std::string copy = directory.CopyIn(m_Place.Path("job.ps"), "name.ps");
+    EXPECT_EQ(copy, directory.Path() + "/name.ps");
+    EXPECT_TRUE(fs::exists(copy));
+  }
+  EXPECT_TRUE(JobNames().empty());
+}
+
+TEST_F(JobDirectoryTest, stays_under_another_name_if_it_is_kept) {
+  { const JobDirectory directory(true); }
+  const std::string name = "kept-" + std::to_string(::getpid()) + "-1";
+  EXPECT_EQ(JobNames(), std::set<std::string>({name}));
+  EXPECT_EQ(ProcessOfJobDirectory(name), 0U);
+}
+
+TEST_F(JobDirectoryTest, makes_the_copy_readable_to_this_user) {
+  fs::permissions(m_Place.Path("job.ps"), fs::perms::group_read | fs::perms::owner_read);
+  const JobDirectory directory(false);
+  fs::permissions(m_Place.Path("job.ps"), fs::perms::owner_read);
+  const auto rights =
+      fs::status(directory.CopyIn(m_Place.Path("job.ps"), "name.ps")).permissions();
+  const auto wanted = fs::perms::owner_read | fs::perms::owner_write;
+  EXPECT_EQ(rights & wanted, wanted);
+}
+
+TEST_F(JobDirectoryTest, takes_a_name_that_a_library_path_can_not_spell) {
+  const std::string name = m_Place.Path("back\\slash\xFF.ps");
+  fs::copy(m_Place.Path("job.ps"), name);
+  const JobDirectory directory(false);
+  EXPECT_TRUE(fs::exists(directory.CopyIn(name, "name.ps")));
+}
+
+TEST_F(JobDirectoryTest, a_job_that_went_meanwhile_is_bad_input) {
+  const JobDirectory directory(false);
+  try {
+    static_cast<void>(directory.CopyIn(m_Place.Path("gone.ps"), "name.ps"));
+    FAIL();
+  } catch (const CommandError& error) {
+    EXPECT_EQ(error.Status(), ExitStatus::BadInput);
+  }
+}
+
+using SpoolReservationTest = JobDirectoryTest;
+
+TEST_F(SpoolReservationTest, takes_the_next_free_name) {
+  const SpoolReservation first("sign");
+  const SpoolReservation second("sign");
+  const SpoolReservation third("SIGN");
+  EXPECT_EQ(first.Name(), "sign");
+  EXPECT_EQ(second.Name(), "sign-2");
+  EXPECT_EQ(third.Name(), "SIGN-3");  // names that differ in case only would be one to the library
+}
+
+TEST_F(SpoolReservationTest, gives_the_name_back_unless_pages_came) {
+  { const SpoolReservation unused("sign"); }
+  EXPECT_FALSE(FindSpoolEntry("sign"));
+  {
+    SpoolReservation used("sign");
+    used.Fill();
+  }
+  EXPECT_TRUE(FindSpoolEntry("sign"));
+}
+
+TEST_F(SpoolReservationTest, no_text_leads_out_of_the_spool) {
+  for (const char* name : {"", ".", "..", "../CFM/sign", "/", "sign/", "sign\\"})
+    EXPECT_FALSE(FindSpoolEntry(name)) << name;
+}
+
+}  // namespace
+}  // namespace rastrel::cli

@@ -1,0 +1,168 @@
+#include "cli/printing/job_settings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
+
+namespace rastrel::cli {
+namespace {
+
+// The words with which a value is refused; empty if it is taken.
+template <typename Work>
+std::string RefusalOf(Work work) {
+  try {
+    work();
+  } catch (const CommandError& error) {
+    EXPECT_EQ(error.Status(), ExitStatus::WrongUse);
+    return error.what();
+  }
+  return {};
+}
+
+CJobData Scaled(const char* text) {
+  CJobData settings;
+  ApplyScale(settings, text);
+  return settings;
+}
+
+CJobData Cut(const std::string& text, TicketKind kind = TicketKind::Print) {
+  CJobData settings;
+  ApplyCutColor(settings, text, kind);
+  return settings;
+}
+
+CJobData Applied(std::vector<const char*> words, TicketKind kind = TicketKind::Print) {
+  words.insert(words.begin(), {"rastrel", "print", "job.ps"});
+  CJobData settings;
+  ApplySettings(settings, ParseArguments(static_cast<int>(words.size()), words.data()), kind);
+  return settings;
+}
+
+using Color = std::array<std::int32_t, 4>;
+
+TEST(ApplyScale, none_is_no_scaling) {
+  CJobData settings;
+  settings.ScaleMode = 2;
+  ApplyScale(settings, "none");
+  EXPECT_EQ(settings.ScaleMode, 0);
+}
+
+TEST(ApplyScale, a_word_is_the_name_of_a_target) {
+  for (const char* name : {"Letter", "A4", "Roll-1.5_wide", "x"}) {
+    const CJobData settings = Scaled(name);
+    EXPECT_EQ(settings.ScaleMode, 1);
+    EXPECT_EQ(settings.ScaleTarget, std::wstring(name, name + std::string(name).size()));
+  }
+}
+
+TEST(ApplyScale, a_size_becomes_centimetres) {
+  for (const char* text : {"10x5in", "25.4x12.7cm", "254x127mm"}) {
+    const CJobData settings = Scaled(text);
+    EXPECT_EQ(settings.ScaleMode, 2) << text;
+    EXPECT_NEAR(settings.ScaleWidthCm, 25.4, 1e-9) << text;
+    EXPECT_NEAR(settings.ScaleHeightCm, 12.7, 1e-9) << text;
+  }
+}
+
+TEST(ApplyScale, refuses_what_is_neither_and_what_would_be_more_than_a_name) {
+  const std::vector<std::string> wrong = {
+      "",        "10x5",    "10in",     "10x5x2in",   "x5in x",   "10x5ft",   "0x5in", "-1x5in",
+      "1e3x5in", "10 x5in", "10x 5in",  "10xin",      "10xinfin", "10xnanin", "A4)",   "A 4",
+      "A4/x",    "A4\nq",   "\xC3\xA9", "200000x1cm", "10,5x2cm", "+1x1cm",   "%"};
+  for (const std::string& text : wrong) {
+    EXPECT_NE(RefusalOf([&] { static_cast<void>(Scaled(text.c_str())); }).find("--scale"),
+              std::string::npos)
+        << text;
+  }
+  EXPECT_NE(RefusalOf([] { static_cast<void>(Scaled("10x5")); }).find("cm, mm or in"),
+            std::string::npos);
+}
+
+TEST(ParseLevels, takes_low_gamma_and_high) {
+  const CLevelsData levels = ParseLevels("--levels", "10,1.2,250.5");
+  EXPECT_EQ(levels.Low, 10.0);
+  EXPECT_EQ(levels.Gamma, 1.2);
+  EXPECT_EQ(levels.High, 250.5);
+}
+
+TEST(ParseLevels, refuses_other_numbers_and_says_which) {
+  for (const char* text : {"", "1", "1,2", "1,2,3,4", "-1,1,255", "0,0,255", "0,1,256", "a,1,255",
+                           "0,1,", "0, 1,255", "0,nan,255", "0,inf,255", "0,101,255"}) {
+    const std::string words =
+        RefusalOf([&] { static_cast<void>(ParseLevels("--levels-red", text)); });
+    EXPECT_TRUE(words.starts_with("--levels-red ")) << text;
+  }
+}
+
+TEST(ApplySettings, levels_for_all_are_linked) {
+  const CJobData settings = Applied({"--levels", "10,1.2,250"});
+  EXPECT_TRUE(settings.LevelsEnabled);
+  EXPECT_TRUE(settings.LevelsLinked);
+  EXPECT_EQ(settings.Levels[0].Low, 10.0);
+}
+
+TEST(ApplySettings, levels_of_one_channel_leave_the_others_at_those_for_all) {
+  const CJobData settings = Applied({"--levels-green", "1,2,3", "--levels", "10,1.2,250"});
+  EXPECT_TRUE(settings.LevelsEnabled);
+  EXPECT_FALSE(settings.LevelsLinked);
+  for (const std::size_t index : {1U, 3U, 4U}) EXPECT_EQ(settings.Levels[index].Low, 10.0);
+  EXPECT_EQ(settings.Levels[2].Low, 1.0);
+  EXPECT_EQ(settings.Levels[2].Gamma, 2.0);
+  EXPECT_EQ(settings.Levels[2].High, 3.0);
+}
+
+TEST(ApplySettings, each_channel_has_its_own_place) {
+  const CJobData settings = Applied({"--levels-red", "1,1,255", "--levels-green", "2,1,255",
+                                     "--levels-blue", "3,1,255", "--levels-gray", "4,1,255"});
+  for (std::size_t index = 1; index < 5; ++index)
+    EXPECT_EQ(settings.Levels[index].Low, static_cast<double>(index));
+}
+
+TEST(ApplySettings, nothing_given_changes_nothing) {
+  const CJobData settings = Applied({});
+  EXPECT_EQ(settings.ScaleMode, 0);
+  EXPECT_FALSE(settings.LevelsEnabled);
+  EXPECT_FALSE(settings.CutterEnabled);
+}
+
+TEST(ApplyCutColor, rgb_stays_on_the_scale_of_255) {
+  for (const TicketKind kind : {TicketKind::Print, TicketKind::Preview}) {
+    const CJobData settings = Cut("rgb:255,0,50%", kind);
+    EXPECT_TRUE(settings.CutterEnabled);
+    EXPECT_EQ(settings.CutterColorModel, 0);
+    EXPECT_EQ(settings.CutterColor, Color({255, 0, 128, 0}));
+  }
+}
+
+TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
+  const CJobData print = Cut("cmyk:0,127.5,50%,100%");
+  EXPECT_EQ(print.CutterColorModel, 1);
+  EXPECT_EQ(print.CutterColor, Color({0, 128, 128, 255}));
+  EXPECT_EQ(Cut("cmyk:0,127.5,50%,100%", TicketKind::Preview).CutterColor,
+            Color({0, 500, 500, 1000}));
+}
+
+TEST(ApplyCutColor, a_spot_color_is_for_previews_only) {
+  const CJobData preview = Cut("spot:Cut Contour: 1", TicketKind::Preview);
+  EXPECT_EQ(preview.CutterColorModel, 2);
+  EXPECT_EQ(preview.CutterSeparation, L"Cut Contour: 1");
+  const std::string words = RefusalOf([] { static_cast<void>(Cut("spot:CutContour")); });
+  EXPECT_NE(words.find("for previews"), std::string::npos) << words;
+}
+
+TEST(ApplyCutColor, refuses_what_is_no_color_or_would_end_its_string) {
+  for (const char* text : {"", "red", "rgb", "rgb:", "rgb:1,2", "rgb:1,2,3,4", "cmyk:1,2,3",
+                           "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
+                           "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})
+    EXPECT_NE(
+        RefusalOf([&] { static_cast<void>(Cut(text, TicketKind::Preview)); }).find("--cut-color"),
+        std::string::npos)
+        << text;
+}
+
+}  // namespace
+}  // namespace rastrel::cli

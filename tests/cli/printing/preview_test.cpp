@@ -1,0 +1,188 @@
+// Previews: where their files go, and what the shipped programs make of a page.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+
+#include "cli/printing/preview_files.h"
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::test {
+namespace {
+
+namespace fs = std::filesystem;
+using cli::JobEvent;
+using cli::JobEventKind;
+using cli::PreviewFiles;
+using Names = std::vector<std::string>;
+
+JobEvent Output(const std::string& path) {
+  JobEvent event;
+  event.kind = JobEventKind::Output;
+  event.path = path;
+  return event;
+}
+
+TEST(PreviewFiles, the_first_page_has_the_name_and_others_a_number_or_plane) {
+  const PreviewFiles files("a.b/out.png", "sign-1");
+  EXPECT_EQ(files.NameFor("/x/sign-1-1.png"), "a.b/out.png");
+  EXPECT_EQ(files.NameFor("/x/sign-1-2.png"), "a.b/out-2.png");
+  EXPECT_EQ(files.NameFor("/x/sign-1-12.png"), "a.b/out-12.png");
+  EXPECT_EQ(files.NameFor("/x/sign-1-1-Cyan.png"), "a.b/out-Cyan.png");
+  EXPECT_EQ(files.NameFor("/x/sign-1-2-Cyan.png"), "a.b/out-2-Cyan.png");
+  EXPECT_EQ(files.NameFor("/x/other.png"), "a.b/out-other.png");
+}
+
+TEST(PreviewFiles, no_file_of_a_run_is_written_over_another) {
+  const ScratchDirectory scratch;
+  PreviewFiles files(scratch.Path("out.tif"), "job");
+  for (const char* name : {"job-1.tif", "job-1.x.tif"}) scratch.Write(name, name);
+  JobEvent event = Output(scratch.Path("job-1.tif"));
+  files.Take(event);
+  scratch.Write("job-1.tif", "again");
+  event = Output(scratch.Path("job-1.tif"));
+  files.Take(event);
+  EXPECT_EQ(event.path, scratch.Path("out-2.tif"));
+  EXPECT_EQ(scratch.Read("out.tif"), "job-1.tif");
+  EXPECT_EQ(scratch.Read("out-2.tif"), "again");
+  EXPECT_EQ(files.Names(), Names({scratch.Path("out.tif"), scratch.Path("out-2.tif")}));
+  EXPECT_EQ(files.Fault(), "");
+}
+
+TEST(PreviewFiles, a_file_that_can_not_be_moved_is_no_output) {
+  const ScratchDirectory scratch;
+  PreviewFiles files(scratch.Path("none/out.tif"), "job");
+  scratch.Write("job-1.tif", "x");
+  JobEvent event = Output(scratch.Path("job-1.tif"));
+  files.Take(event);
+  EXPECT_EQ(event.kind, JobEventKind::Log);
+  EXPECT_NE(files.Fault().find("none/out.tif"), std::string::npos);
+  EXPECT_EQ(event.text, files.Fault());
+  EXPECT_TRUE(files.Names().empty());
+}
+
+TEST(PreviewFiles, other_events_stay) {
+  PreviewFiles files("out.tif", "job");
+  JobEvent event = Output("/x/job-1.tif");
+  event.kind = JobEventKind::Warning;
+  files.Take(event);
+  EXPECT_EQ(event.path, "/x/job-1.tif");
+}
+
+// A RIP of one page, and an engine that delivers two files.
+class PreviewTest : public ::testing::Test {
+ protected:
+  PreviewTest() {
+    m_Command.WriteUsualChildren();
+    m_Command.WriteOdalis(
+        "cat >/dev/null\nfor n in 1 2; do f=\"$RASTREL_OUTPUT/job-$n.tif\"; echo $n >\"$f\"; "
+        "echo \"OUTPUT: $f\" >&2; done\n");
+    m_Command.Place().Write("job.ps", "%!PS\nshowpage\n");
+  }
+  CommandRunner m_Command{CommandRunner::Children::None};
+};
+
+TEST_F(PreviewTest, its_files_have_the_name_that_was_given_and_nothing_else_is_left) {
+  m_Command.Place().Write("out.tif", "old");
+  const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.Lines(), Names({"out.tif", "out-2.tif"}));
+  EXPECT_EQ(m_Command.Place().Read("out.tif"), "1\n");
+  EXPECT_EQ(m_Command.Place().Read("out-2.tif"), "2\n");
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+}
+
+TEST_F(PreviewTest, wrong_use_is_told_before_anything_runs) {
+  for (const std::vector<std::string>& options :
+       std::vector<std::vector<std::string>>{{},
+                                             {"-o", "out"},
+                                             {"-o", "out.pdf"},
+                                             {"-o", "none/out.tif"},
+                                             {"-o", "out.tif", "--dpi", "0"},
+                                             {"-o", "out.tif", "--cut-color", "spot:("}}) {
+    std::vector<std::string> words{"preview", "job.ps"};
+    words.insert(words.end(), options.begin(), options.end());
+    const CommandResult result = m_Command.Run(words);
+    EXPECT_EQ(result.status, 2) << result.error;
+    EXPECT_EQ(result.output, "");
+  }
+  EXPECT_FALSE(fs::exists(m_Command.Place().Path("out.tif")));
+}
+
+TEST_F(PreviewTest, a_picture_that_can_not_be_written_fails) {
+  fs::create_directories(m_Command.Place().Path("out.tif/full"));
+  const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.error.find("out.tif"), std::string::npos) << result.error;
+}
+
+TEST_F(PreviewTest, the_rip_gets_the_prefix_of_a_preview) {
+  m_Command.WriteRip("cat \"$(printf %s \"$4\" | tr '\\\\' /)\" >&2\nexit 1\n");
+  const CommandResult result = m_Command.Run(
+      {"preview", "job.ps", "-o", "out.png", "--dpi", "31", "--cut-color", "spot:Cut", "--json"});
+  EXPECT_EQ(result.status, 1);
+  for (const char* part : {"(PNG files:) SelectPrinter", "31 dup SetXYResolution",
+                           "(Cut) /Separation $setcutter", "InitRIP"})
+    EXPECT_NE(result.output.find(part), std::string::npos) << part;
+}
+
+// A number of four bytes in a PNG's first chunk.
+std::uint32_t PngNumber(const std::string& file, std::size_t at) {
+  std::uint32_t number = 0;
+  for (std::size_t index = at; index < at + 4 && index < file.size(); ++index)
+    number = number << 8 | static_cast<unsigned char>(file[index]);
+  return number;
+}
+
+class RealPreviewTest : public ::testing::Test {
+ protected:
+  RealPreviewTest() {
+    m_Command.Place().Write("job.ps",
+                            "%!PS\n<< /PageSize [120 80] >> setpagedevice\n"
+                            "1 0 0 setrgbcolor 10 10 40 40 rectfill showpage\n");
+  }
+  // Width and height of the picture.
+  [[nodiscard]] std::pair<std::uint32_t, std::uint32_t> SizeOf(const std::string& name) const {
+    const std::string file = m_Command.Place().Read(name);
+    EXPECT_TRUE(file.starts_with("\x89PNG")) << name;
+    return {PngNumber(file, 16), PngNumber(file, 20)};
+  }
+  CommandRunner m_Command{CommandRunner::Children::Real};
+};
+
+TEST_F(RealPreviewTest, the_picture_has_the_resolution_that_was_asked_for) {
+  for (const unsigned dpi : {36U, 72U, 144U}) {
+    const CommandResult result =
+        m_Command.Run({"preview", "job.ps", "-o", "out.png", "--dpi", std::to_string(dpi)});
+    ASSERT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(result.Lines(), Names({"out.png"}));
+    EXPECT_EQ(SizeOf("out.png"), std::pair(120 * dpi / 72, 80 * dpi / 72));
+  }
+}
+
+TEST_F(RealPreviewTest, planes_are_files_with_their_names) {
+  const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.png", "--planar"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.Lines(),
+            Names({"out-Cyan.png", "out-Magenta.png", "out-Yellow.png", "out-Black.png"}));
+  EXPECT_EQ(SizeOf("out-Cyan.png"), std::pair(120U, 80U));
+  EXPECT_EQ(result.error.find("--dpi"), std::string::npos);
+}
+
+TEST_F(RealPreviewTest, a_resolution_of_planes_is_said_to_have_no_effect) {
+  const CommandResult result =
+      m_Command.Run({"preview", "job.ps", "-o", "out.png", "--planar", "--dpi", "144"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  EXPECT_NE(result.error.find("--dpi has no effect"), std::string::npos);
+  EXPECT_EQ(SizeOf("out-Cyan.png"), std::pair(120U, 80U));
+}
+
+TEST_F(RealPreviewTest, a_tiff_is_one_too) {
+  ASSERT_EQ(m_Command.Run({"preview", "job.ps", "-o", "out.tiff"}).status, 0);
+  const std::string magic = m_Command.Place().Read("out.tiff").substr(0, 4);
+  EXPECT_TRUE(magic == std::string("II*\0", 4) || magic == std::string("MM\0*", 4));
+}
+
+}  // namespace
+}  // namespace rastrel::test

@@ -1,0 +1,62 @@
+// What the commands on the spool print of a job whose files were put there by hand.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SpoolCommand : public ::testing::Test {
+ protected:
+  SpoolCommand() {
+    // The first run lays the data root out.
+    EXPECT_EQ(m_Command.Run({"spool", "list"}).output, "");
+    m_Command.Set("TZ", "UTC0");
+  }
+  // Puts a file of so many bytes into an entry, "sign.cfm/p1/page".
+  void Write(const std::string& name, std::size_t bytes) const {
+    const fs::path path = Spool() / name;
+    fs::create_directories(path.parent_path());
+    std::ofstream(path) << std::string(bytes, 'x');
+  }
+  // Dates an entry: seconds since 1970.
+  void Date(const std::string& entry, std::int64_t seconds) const {
+    const auto time = std::chrono::sys_seconds(std::chrono::seconds(seconds));
+    fs::last_write_time(Spool() / entry, std::chrono::file_clock::from_sys(time));
+  }
+  [[nodiscard]] fs::path Spool() const { return fs::path(m_Command.Root()) / "Queue/rip/CFM"; }
+
+  CommandRunner m_Command{CommandRunner::Children::None};
+};
+
+// 86,399 seconds after the beginning of 1970 is the last one of its first day.
+TEST_F(SpoolCommand, list_has_name_pages_bytes_and_date) {
+  Write("sign.cfm/p1/page", 1000);
+  Write("sign.cfm/p2/page", 234);
+  Write("banner.cfm/p1/page", 5);
+  Date("sign.cfm", 86'399);
+  Date("banner.cfm", 86'400);
+  fs::create_directory(Spool() / "going.cfm");
+  Date("going.cfm", 0);
+  EXPECT_EQ(m_Command.Run({"spool", "list"}).output,
+            "banner\t1 page\t5 bytes\t1970-01-02 00:00:00\n"
+            "going\t0 pages\t0 bytes\t1970-01-01 00:00:00\tunder way, or cut off\n"
+            "sign\t2 pages\t1234 bytes\t1970-01-01 23:59:59\n");
+}
+
+TEST_F(SpoolCommand, size_is_that_of_one_or_of_all) {
+  Write("sign.cfm/p1/page", 1000);
+  Write("banner.cfm/p1/page", 5);
+  EXPECT_EQ(m_Command.Run({"spool", "size", "sign"}).output, "1000 bytes\n");
+  EXPECT_EQ(m_Command.Run({"spool", "size"}).output, "1005 bytes\n");
+}
+
+}  // namespace
+}  // namespace rastrel::test

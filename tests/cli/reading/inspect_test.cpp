@@ -1,0 +1,211 @@
+#include "cli/reading/inspect_command.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/reading/inspection.h"
+#include "cli/reading/inspection_text.h"
+#include "cli/reading/painted_spots.h"
+#include "tests/cli/command_runner.h"
+#include "tests/support/scratch_directory.h"
+
+namespace rastrel::cli {
+namespace {
+
+using test::CommandRunner;
+using test::ScratchDirectory;
+
+const std::string Sign =
+    "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 72 144\n%%DocumentCustomColors: (Cut) (B\\050)\n"
+    "%%+ (Loose)\n%%CMYKCustomColor: 0 1 0 0 (Cut)\n%%+ 0 0 0 0.5 (B\\050)\n%%EndComments\n"
+    "[/Separation (Cut) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor 10 10 20 20 rectfill\n"
+    "[/Separation (Ghost) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor 40 40 9 9 rectfill\n"
+    "[/Separation (Loose) /DeviceCMYK {0 exch 0 0}] setcolorspace\nshowpage\n%%EOF\n";
+
+Inspection Inspect(const std::string& content) {
+  const ScratchDirectory scratch;
+  scratch.Write("file.eps", content);
+  return InspectFile(scratch.Path("file.eps"));
+}
+
+std::string Word(unsigned value) {
+  std::string bytes;
+  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<char>(value >> shift));
+  return bytes;
+}
+
+TEST(Inspect, a_line_tells_all_of_a_file) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("sign.eps", Sign);
+  const auto result = command.Run({"inspect", "sign.eps"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(
+      result.output,
+      "sign.eps: EPS (its first line says EPSF); %!PS-Adobe-3.0 EPSF-3.0; bounds 0 0 72 144 pt,"
+      " 0 0 2.54 5.08 cm; colours: Cut, B2 (B(), Loose; spots: Cut CMYK 0 1 0 0,"
+      " B2 (B() CMYK 0 0 0 0.5; not defined: Loose\n");
+}
+
+TEST(Inspect, json_holds_the_same_as_members) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("sign.eps", Sign);
+  const auto object = nlohmann::json::parse(command.Run({"inspect", "--json", "sign.eps"}).output);
+  EXPECT_EQ(object["event"], "file");
+  EXPECT_EQ(object["path"], "sign.eps");
+  EXPECT_EQ(object["kind"], "EPS");
+  EXPECT_EQ(object["points"], (std::vector<double>{0, 0, 72, 144}));
+  EXPECT_EQ(object["names"].size(), 3U);
+  EXPECT_EQ(object["spots"][1]["name"], "B2");
+  EXPECT_EQ(object["spots"][1]["postscript"], "B(");
+  EXPECT_EQ(object["spots"][1]["values"], (std::vector<double>{0, 0, 0, 0.5}));
+  EXPECT_EQ(object["undefined"][0]["name"], "Loose");
+  EXPECT_FALSE(object.contains("painted"));
+}
+
+TEST(Inspect, a_table_has_as_many_fields_in_each_row_as_its_head) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("a.eps", Sign);
+  command.Place().Write("tab\tin.ps", "%!\tPS\n");
+  command.Place().Write("z", "nothing");
+  const auto lines = command.Run({"inspect", "--tsv", "."}).Lines();
+  ASSERT_EQ(lines.size(), 4U);
+  for (const std::string& line : lines)
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 19) << line;
+  EXPECT_TRUE(lines[1].starts_with("./a.eps\tEPS\t"));
+  EXPECT_TRUE(lines[2].starts_with("./tab in.ps\tPostScript\t"));
+  EXPECT_TRUE(lines[3].starts_with("./z\tneither\t"));
+}
+
+TEST(Inspect, a_file_that_can_not_be_read_is_told_and_the_others_follow) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("sign.eps", Sign);
+  const auto result = command.Run({"inspect", "missing.eps", "sign.eps"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.Lines().size(), 1U);
+  EXPECT_EQ(result.error,
+            "rastrel: missing.eps: open 'missing.eps': No such file or directory (2)\n");
+}
+
+TEST(Inspect, json_and_a_table_exclude_each_other) {
+  CommandRunner command(CommandRunner::Children::None);
+  EXPECT_EQ(command.Run({"inspect", "--json", "--tsv", "x"}).status, 2);
+}
+
+TEST(Inspect, what_the_pages_paint_is_asked_of_ghostscript) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("sign.eps", Sign);
+  const auto result = command.Run({"inspect", "--painted", "--json", "sign.eps"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto object = nlohmann::json::parse(result.output);
+  EXPECT_EQ(object["painted"], (std::vector<std::string>{"Cut", "Ghost"}));
+  EXPECT_EQ(object["not_painted"], (std::vector<std::string>{"B(", "Loose"}));
+  EXPECT_EQ(object["not_declared"], (std::vector<std::string>{"Ghost"}));
+}
+
+TEST(Inspect, a_program_that_fails_under_ghostscript_is_told) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("bad.ps", "%!PS\nno_such_operator\n");
+  const auto result = command.Run({"inspect", "--painted", "bad.ps"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(result.error.starts_with("rastrel: bad.ps: Ghostscript can't paint it"));
+}
+
+TEST(InspectFile, a_dos_header_tells_its_sections) {
+  const std::string header = "\xC5\xD0\xD3\xC6" + Word(30) + Word(9) + Word(0) + Word(0) +
+                             Word(39) + Word(3) + std::string(2, '\xFF');
+  const Inspection inspection = Inspect(header + "%!PS EPSFtif");
+  EXPECT_EQ(inspection.kind, FileKind::DosEps);
+  EXPECT_EQ(inspection.postScript.offset, 30U);
+  EXPECT_EQ(inspection.postScript.length, 9U);
+  EXPECT_EQ(inspection.tiff.offset, 39U);
+  EXPECT_EQ(inspection.tiff.length, 3U);
+  EXPECT_EQ(inspection.metafile.length, 0U);
+}
+
+TEST(InspectFile, each_kind_has_its_reason) {
+  EXPECT_EQ(Inspect("").reason, "it is empty");
+  EXPECT_EQ(Inspect("text").reason, "it has no \"%!PS\"");
+  EXPECT_EQ(Inspect("%!PS-Adobe-3.0\n").reason, "its first line says PS-Adobe, and not EPSF");
+  EXPECT_EQ(Inspect("%!\n").reason, "it has \"%!\", and neither PS-Adobe nor EPSF");
+}
+
+TEST(InspectFile, comments_of_a_document_inside_are_not_the_documents) {
+  const Inspection inspection = Inspect(
+      "%!PS\n%%BeginDocument: x\n%%DocumentCustomColors: A\n%%EndDocument\n"
+      "%%DocumentCustomColors: B\nx\n%%+ C\nx\n");
+  ASSERT_EQ(inspection.names.size(), 1U);
+  EXPECT_EQ(inspection.names[0].name, "B");
+}
+
+TEST(InspectionLine, a_swatch_is_the_color_as_a_screen_shows_it) {
+  Inspection inspection = Inspect(Sign);
+  EXPECT_NE(InspectionLine(inspection, true).find("\x1b[48;2;255;0;255m  \x1b[0m Cut CMYK"),
+            std::string::npos);
+  EXPECT_EQ(InspectionLine(inspection, false).find('\x1b'), std::string::npos);
+}
+
+TEST(InspectionLine, control_characters_of_a_file_do_not_reach_the_terminal) {
+  const Inspection inspection = Inspect("%!PS \x1b]0;x\x07\n%%DocumentCustomColors: \x1b[2J\nx\n");
+  const std::string line = InspectionLine(inspection, false);
+  EXPECT_EQ(line.find('\x1b'), std::string::npos);
+  EXPECT_EQ(line.find('\x07'), std::string::npos);
+}
+
+TEST(PostScriptText, escapes_are_read_as_the_language_has_them) {
+  EXPECT_EQ(PostScriptText("a\\050\\51\\1012\\\\\\(\\n\\x"), "a()A2\\(\nx");
+  EXPECT_EQ(PostScriptText("\\351 \xE9"), "\xC3\xA9 \xC3\xA9");
+  EXPECT_EQ(PostScriptText("\\"), "\\");
+}
+
+TEST(MatchesPattern, a_star_is_any_text_and_a_question_mark_a_byte) {
+  EXPECT_TRUE(MatchesPattern("sign.eps", "*.eps"));
+  EXPECT_TRUE(MatchesPattern("sign.eps", "s*g?.*s"));
+  EXPECT_TRUE(MatchesPattern("", "**"));
+  EXPECT_FALSE(MatchesPattern("sign.eps", "*.ps"));
+  EXPECT_FALSE(MatchesPattern("sign.eps", "sign"));
+  EXPECT_FALSE(MatchesPattern("a", "?b"));
+  EXPECT_FALSE(MatchesPattern(std::string(5000, 'a'), "*a*a*a*a*a*a*b"));
+}
+
+TEST(FilesOfOperand, folders_patterns_and_names_are_told_apart) {
+  const ScratchDirectory scratch;
+  scratch.Write("b/two.eps", "");
+  scratch.Write("b/c/three.eps", "");
+  scratch.Write("a.eps", "");
+  scratch.Write("what?.ps", "");
+  const auto below = [&](const std::string& operand) {
+    std::string names;
+    for (const std::string& file : FilesOfOperand(scratch.Path(operand)))
+      names += file.substr(scratch.Path().size() + 1) + " ";
+    return names;
+  };
+  EXPECT_EQ(below("b"), "b/c/three.eps b/two.eps ");
+  EXPECT_EQ(below("*.eps"), "a.eps ");
+  EXPECT_EQ(below("what?.ps"), "what?.ps ");
+  EXPECT_EQ(below("none*"), "none* ");
+}
+
+TEST(PlaneName, a_planes_file_names_its_color) {
+  EXPECT_EQ(PlaneName("p1(Cut Contour).tif"), "Cut Contour");
+  EXPECT_EQ(PlaneName("p12(a%28b).c).tif"), "a(b).c");
+  EXPECT_EQ(PlaneName("p1.tif"), std::nullopt);
+}
+
+TEST(PlaneHasInk, a_plane_cut_at_any_byte_is_no_plane_or_has_no_ink) {
+  // Header, a directory of three entries, and one strip of four pixels at its end.
+  std::string plane = std::string("II*\0", 4) + Word(8) + std::string("\3\0", 2);
+  const auto entry = [](unsigned tag, unsigned value) {
+    return Word(tag | 4U << 16) + Word(1) + Word(value);
+  };
+  plane += entry(259, 1) + entry(273, 50) + entry(279, 4) + Word(0);
+  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFF\xFF"), false);
+  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFE\xFF"), true);
+  for (std::size_t size = 0; size < plane.size(); ++size)
+    EXPECT_EQ(PlaneHasInk(plane.substr(0, size)), std::nullopt) << size;
+  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFF"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace rastrel::cli
