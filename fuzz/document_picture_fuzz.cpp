@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
   const auto read = document::ReadDocumentText({reinterpret_cast<const char*>(data), size});
   if (!read) {
-    if (read.Error().empty()) std::abort();
+    if (read.Error().where.empty() || read.Error().why.empty()) std::abort();
     return 0;
   }
   const std::string text = document::DocumentText(**read);

@@ -44,8 +44,7 @@ DocumentHost::DocumentHost(std::unique_ptr<Document> document)
 
 DocumentHost::~DocumentHost() = default;
 
-os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> DocumentHost::Open(
-    const std::wstring& path) {
+Expected<std::unique_ptr<DocumentHost>> DocumentHost::Open(const std::wstring& path) {
   auto document = LoadDocument(path);
   if (!document) return document.Error();
   return std::make_unique<DocumentHost>(std::move(*document));

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "rastrel/platform/os/expected.h"
-#include "rastrel/platform/os/expected_or.h"
 #include "rastrel/platform/standalone/standalone_host.h"
 
 namespace rastrel::text {
@@ -36,9 +35,8 @@ class DocumentHost : public standalone::StandaloneHost {
   DocumentHost(const DocumentHost&) = delete;
   DocumentHost& operator=(const DocumentHost&) = delete;
 
-  /// With the document of a file (document_file.h), or why it can't be read, in words.
-  [[nodiscard]] static os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> Open(
-      const std::wstring& path);
+  /// With the document of a file. Fails as LoadDocument does (document_file.h).
+  [[nodiscard]] static Expected<std::unique_ptr<DocumentHost>> Open(const std::wstring& path);
   /// Saves the document to a file, whole or not at all.
   [[nodiscard]] Expected<void> Save(const std::wstring& path) const;
 

@@ -8,7 +8,6 @@
 #include "host/document/plate_layout.h"
 #include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
 
@@ -247,14 +246,14 @@ void ReadSettings(Document& document, const JsonValue& json) {
 }
 
 // Plates are continued by plates, wherever they stand.
-void CheckContinuations(const Document& document) {
+void CheckContinuations(const Document& document, const JsonValue& json) {
   for (ObjectHandle handle = host::DocumentRoot + 1; handle < document.NextHandle(); ++handle) {
     const Object* object = document.Find(handle);
     const auto* plate = object ? std::get_if<PlateShape>(&object->shape) : nullptr;
     if (!plate || plate->continuation == 0) continue;
     const Object* next = document.Find(plate->continuation);
     if (!next || !std::holds_alternative<PlateShape>(next->shape)) {
-      throw JsonFault{"/objects", "plate " + std::to_string(handle) + " is continued by no plate"};
+      json["objects"].Fail("plate " + std::to_string(handle) + " is continued by no plate");
     }
   }
 }
@@ -289,24 +288,25 @@ std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   CheckFormat(json);
   ReadSettings(*document, json);
   json["objects"].Each([&](const JsonValue& object) { objects.Read(object, 0); });
-  CheckContinuations(*document);
+  CheckContinuations(*document, json);
   return document;
 }
 
 }  // namespace
 
-ReadDocument ReadDocumentText(std::string_view text) {
+Expected<std::unique_ptr<Document>> ReadDocumentText(std::string_view text) {
   try {
     return DocumentFrom(text);
   } catch (const JsonFault& fault) {
-    const std::string where = fault.where.empty() ? "the file" : fault.where;
-    return os::WideFromUtf8(where + ": " + fault.what);
+    Failure failure = fault.failure;
+    if (failure.where.empty()) failure.where = "the file";
+    return failure;
   }
 }
 
-ReadDocument LoadDocument(const std::wstring& path) {
+Expected<std::unique_ptr<Document>> LoadDocument(const std::wstring& path) {
   const auto text = os::ReadWholeFile(path, LargestDocumentFile);
-  if (!text) return os::WideFromUtf8(Describe(text.Error()));
+  if (!text) return text.Error();
   return ReadDocumentText(*text);
 }
 

@@ -5,14 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
+
 /// Reading JSON strictly: each value is asked for by its place and its kind, and what is not as
 /// asked ends the reading with a fault that names the place.
 namespace rastrel::document {
 
-/// Why a file can't be read. `where` is a JSON pointer (RFC 6901), empty for the whole.
+/// Thrown for a text that can't be read. The failure's `where` is a JSON pointer (RFC 6901), empty
+/// for the whole; its `why` is the rule that is broken.
 struct JsonFault {
-  std::string where;
-  std::string what;
+  Failure failure;
 };
 
 /// A value of a document and its place. Every member throws JsonFault where the value is not as
@@ -21,7 +23,8 @@ class JsonValue {
  public:
   JsonValue(const nlohmann::json& value, std::string where);
 
-  [[noreturn]] void Fail(const std::string& what) const;
+  /// Throws JsonFault with the place of this value.
+  [[noreturn]] void Fail(const std::string& why) const;
 
   /// A member of an object; it must be there.
   [[nodiscard]] JsonValue operator[](const char* name) const;

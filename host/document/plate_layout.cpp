@@ -154,15 +154,14 @@ std::size_t LayPanes(PlateShape& plate, const SignBlank& blank, std::size_t coun
   return fitting;
 }
 
-std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width, double height,
-                                          const CWorldRect& margins, double horizontalGap,
-                                          double verticalGap) {
+Expected<void> CheckPaneFits(const SignBlank& blank, double width, double height,
+                             const CWorldRect& margins, double horizontalGap, double verticalGap) {
   for (const double measure : {width, height, margins.left, margins.top, margins.right,
                                margins.bottom, horizontalGap, verticalGap}) {
-    if (!std::isfinite(measure)) return L"a measure of the plate is not a number";
+    if (!std::isfinite(measure)) return FailureOf("a measure of the plate is not a number");
   }
   if (width <= 0 || height <= 0) {
-    return L"a plate of " + SizeText(width, height) + L" has no area";
+    return FailureOf("a plate of " + SizeText(width, height) + " has no area");
   }
   PlateShape plate;
   plate.width = width;
@@ -171,11 +170,12 @@ std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width, 
   plate.horizontalGap = horizontalGap;
   plate.verticalGap = verticalGap;
   plate.start = StartOnEmptyPage(blank, margins, false);
-  if (Capacity(plate, blank) > 0) return std::nullopt;
-  return L"a plate of " + SizeText(width, height) + L" does not fit on the blank of " +
-         SizeText(blank.width, blank.height) + L" with margins of " + MeasureText(margins.left) +
-         L", " + MeasureText(margins.top) + L", " + MeasureText(margins.right) + L" and " +
-         MeasureText(margins.bottom) + L" cm (left, top, right, bottom)";
+  if (Capacity(plate, blank) > 0) return {};
+  return FailureOf("a plate of " + SizeText(width, height) + " does not fit on the blank of " +
+                   SizeText(blank.width, blank.height) + " with margins of " +
+                   MeasureText(margins.left) + ", " + MeasureText(margins.top) + ", " +
+                   MeasureText(margins.right) + " and " + MeasureText(margins.bottom) +
+                   " cm (left, top, right, bottom)");
 }
 
 ObjectHandle PlaceNewPlates(Document& document) {

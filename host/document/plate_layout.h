@@ -5,6 +5,7 @@
 
 #include "host/document/document.h"
 #include "host/document/shapes.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Where panes go. A plate's panes stand in rows of as many as fit side by side, from its start
 /// rightward, rows downward from the top or upward from the bottom. Plates of one page stand one
@@ -32,10 +33,11 @@ inline constexpr int MaximumPanes = 1'000'000;
 std::size_t LayPanes(PlateShape& plate, const SignBlank& blank, std::size_t count,
                      std::optional<double> reach = std::nullopt);
 
-/// Why no pane of that size can stand on an empty page; nothing if one can. In words for the user.
-[[nodiscard]] std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width,
-                                                        double height, const CWorldRect& margins,
-                                                        double horizontalGap, double verticalGap);
+/// Succeeds if at least one pane of that size fits on an empty page. The failure's `why` is a
+/// sentence for the user.
+[[nodiscard]] Expected<void> CheckPaneFits(const SignBlank& blank, double width, double height,
+                                           const CWorldRect& margins, double horizontalGap,
+                                           double verticalGap);
 
 /// Gives each plate that has no place yet one that no other plate covers: below the one before it,
 /// or on a page of its own. Returns the last plate of the document, or 0.

@@ -9,7 +9,6 @@
 
 #include "host/graphics/image_picture.h"
 #include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
 
 /// PNG and JPEG files as pictures.
 namespace rastrel::graphics {
@@ -155,14 +154,13 @@ void AttachJpeg(cairo_surface_t* surface, const std::string& bytes) {
 }  // namespace
 
 OpenedPicture OpenPng(const std::string& bytes) {
-  if (auto reason = WhyNotSoLarge(BigEndian(bytes, 16, 4), BigEndian(bytes, 20, 4))) {
-    return std::move(*reason);
-  }
+  const auto size = CheckImageSize(BigEndian(bytes, 16, 4), BigEndian(bytes, 20, 4));
+  if (!size) return size.Error();
   Reader reader{bytes};
   Surface surface(cairo_image_surface_create_from_png_stream(ReadBytes, &reader));
   const cairo_status_t status = cairo_surface_status(surface.get());
   if (status != CAIRO_STATUS_SUCCESS) {
-    return L"it is no whole PNG file: " + os::WideFromUtf8(cairo_status_to_string(status));
+    return FailureOf(std::string("it is no whole PNG file: ") + cairo_status_to_string(status));
   }
   return std::unique_ptr<Picture>(
       std::make_unique<ImagePicture>(std::move(surface), PngResolution(bytes), "image/png"));
@@ -170,7 +168,7 @@ OpenedPicture OpenPng(const std::string& bytes) {
 
 OpenedPicture OpenJpeg(const std::string& bytes) {
   const JpegHead head = HeadOfJpeg(bytes);
-  if (auto reason = WhyNotSoLarge(head.width, head.height)) return std::move(*reason);
+  if (const auto size = CheckImageSize(head.width, head.height); !size) return size.Error();
   const std::unique_ptr<GdkPixbufLoader, GObjectEnd> loader(
       gdk_pixbuf_loader_new_with_type("jpeg", nullptr));
   GError* raised = nullptr;
@@ -181,12 +179,12 @@ OpenedPicture OpenJpeg(const std::string& bytes) {
   const std::unique_ptr<GError, ErrorEnd> error(raised);
   const GdkPixbuf* pixels = gdk_pixbuf_loader_get_pixbuf(loader.get());
   if (!written || !whole || !pixels) {
-    return L"it is no whole JPEG file" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf(std::string("it is no whole JPEG file") +
+                     (error ? std::string(": ") + error->message : ""));
   }
   Surface surface = SurfaceOf(pixels);
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-    return std::wstring(L"there is no memory for its pixels");
+    return FailureOf("there is no memory for its pixels");
   }
   // Viewers disagree on what four inks look like, and on which way round they are.
   const bool carried = head.components == 1 || head.components == 3;

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "host/graphics/picture.h"
@@ -21,8 +20,8 @@ struct Resolution {
 /// A resolution that a file names, or 96 dpi where it can't be one.
 [[nodiscard]] Resolution Plausible(double x, double y);
 
-/// Why an image of that many pixels is not opened, in words; nothing if it is.
-[[nodiscard]] std::optional<std::wstring> WhyNotSoLarge(std::uint64_t width, std::uint64_t height);
+/// Succeeds if an image of that many pixels may be opened.
+[[nodiscard]] Expected<void> CheckImageSize(std::uint64_t width, std::uint64_t height);
 
 struct SurfaceEnd {
   void operator()(cairo_surface_t* surface) const;

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
 
 /// PDF files as pictures.
 namespace rastrel::graphics {
@@ -55,13 +54,13 @@ OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
       poppler_document_new_from_bytes(data.get(), nullptr, &raised));
   const std::unique_ptr<GError, ErrorEnd> error(raised);
   if (!document) {
-    return L"it is no PDF that can be drawn" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf(std::string("it is no PDF that can be drawn") +
+                     (error ? std::string(": ") + error->message : ""));
   }
   std::unique_ptr<PopplerPage, GObjectEnd> page(poppler_document_get_n_pages(document.get()) > 0
                                                     ? poppler_document_get_page(document.get(), 0)
                                                     : nullptr);
-  if (!page) return std::wstring(L"the PDF has no page");
+  if (!page) return FailureOf("the PDF has no page");
   return std::unique_ptr<Picture>(
       std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page)));
 }

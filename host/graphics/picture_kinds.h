@@ -8,8 +8,8 @@
 /// What OpenPicture opens each kind of file with.
 namespace rastrel::graphics {
 
-/// A picture, or why the bytes are none, in words. Its size is the file's, and not yet checked.
-using OpenedPicture = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
+/// An opened file. Its size is the one that the file names, and not yet checked.
+using OpenedPicture = Expected<std::unique_ptr<Picture>>;
 
 /// By librsvg, which reads nothing beside the bytes.
 [[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes);

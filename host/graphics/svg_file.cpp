@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
 
 /// SVG files as pictures.
 namespace rastrel::graphics {
@@ -73,8 +72,8 @@ OpenedPicture OpenSvg(const std::string& bytes) {
   Handle handle(rsvg_handle_new_from_data(data, bytes.size(), &raised));
   const std::unique_ptr<GError, ErrorEnd> error(raised);
   if (!handle) {
-    return L"it is no SVG that can be drawn" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf(std::string("it is no SVG that can be drawn") +
+                     (error ? std::string(": ") + error->message : ""));
   }
   rsvg_handle_set_dpi(handle.get(), PixelsPerInch);
   const Size size = SizeOf(handle.get());

@@ -12,7 +12,6 @@
 
 #include "host/graphics/image_picture.h"
 #include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
 
 /// TIFF files as pictures.
 namespace rastrel::graphics {
@@ -97,9 +96,9 @@ Resolution ResolutionOf(TIFF* file) {
   return {};
 }
 
-std::wstring Words(const Source& source) {
-  return L"it is no whole TIFF file" +
-         (source.fault.empty() ? std::wstring() : L": " + os::WideFromUtf8(source.fault));
+Failure NotWhole(const Source& source) {
+  return FailureOf("it is no whole TIFF file" +
+                   (source.fault.empty() ? std::string() : ": " + source.fault));
 }
 
 // From red, green, blue and alpha in the order of rising bits to the drawing library's order.
@@ -112,21 +111,21 @@ std::uint32_t Reordered(std::uint32_t pixel) {
 OpenedPicture OpenTiff(const std::string& bytes) {
   Source source{bytes, 0, {}};
   const File file = Open(source);
-  if (!file) return Words(source);
+  if (!file) return NotWhole(source);
   std::uint32_t width = 0;
   std::uint32_t height = 0;
   TIFFGetField(file.get(), TIFFTAG_IMAGEWIDTH, &width);
   TIFFGetField(file.get(), TIFFTAG_IMAGELENGTH, &height);
-  if (auto reason = WhyNotSoLarge(width, height)) return std::move(*reason);
+  if (const auto size = CheckImageSize(width, height); !size) return size.Error();
   std::vector<std::uint32_t> pixels(std::size_t{width} * height);
   if (TIFFReadRGBAImageOriented(file.get(), width, height, pixels.data(), ORIENTATION_TOPLEFT, 1) ==
       0) {
-    return Words(source);
+    return NotWhole(source);
   }
   Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(width),
                                              static_cast<int>(height)));
   unsigned char* target = cairo_image_surface_get_data(surface.get());
-  if (!target) return std::wstring(L"there is no memory for its pixels");
+  if (!target) return FailureOf("there is no memory for its pixels");
   // Rows of whole pixels of 4 bytes need no padding.
   std::ranges::transform(pixels, pixels.begin(), Reordered);
   std::memcpy(target, pixels.data(), pixels.size() * sizeof pixels[0]);

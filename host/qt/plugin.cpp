@@ -42,12 +42,11 @@ class WindowViews : public host::DialogViews {
 extern "C" __attribute__((visibility("default"))) rastrel::host::DialogViews*
 RastrelMakeWindowViews(int version, const char** reason) {
   static std::string why;
-  if (version != rastrel::host::WindowViewsVersion) {
-    why = "rastrel-window.so is of another version";
-  } else {
-    why = rastrel::qt::WhyNoWindow().value_or("");
-  }
-  if (!why.empty()) {
+  const auto usable = version == rastrel::host::WindowViewsVersion
+                          ? rastrel::qt::CheckDisplay()
+                          : rastrel::FailureOf("rastrel-window.so is of another version");
+  if (!usable) {
+    why = usable.Error().why;
     *reason = why.c_str();
     return nullptr;
   }

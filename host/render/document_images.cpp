@@ -15,7 +15,6 @@
 #include "host/render/svg_canvas.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
@@ -35,7 +34,7 @@ struct CairoEnd {
 using Context = std::unique_ptr<cairo_t, CairoEnd>;
 using Surface = std::unique_ptr<cairo_surface_t, CairoEnd>;
 
-using Image = os::ExpectedOr<std::string, std::wstring>;
+using Image = Expected<std::string>;
 
 cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
   // NOLINTNEXTLINE: the library's bytes are unsigned
@@ -43,8 +42,8 @@ cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) 
   return CAIRO_STATUS_SUCCESS;
 }
 
-std::wstring Words(cairo_status_t status) {
-  return L"the page can't be drawn: " + os::WideFromUtf8(cairo_status_to_string(status));
+Failure NotDrawn(cairo_status_t status) {
+  return FailureOf(std::string("the page can't be drawn: ") + cairo_status_to_string(status));
 }
 
 struct Pages {
@@ -57,22 +56,23 @@ double PixelsOf(double points, double dpi) {
   return std::max(1.0, std::round(points * dpi / PointsPerInch));
 }
 
-// Why a PNG of the page can't have the resolution that is asked for; nothing if it can.
-std::optional<std::wstring> WhyNoPng(const PageRenderer& renderer, double dpi) {
+// Whether a PNG of the page may have the resolution that is asked for.
+Expected<void> CheckPngSize(const PageRenderer& renderer, double dpi) {
   if (!(dpi >= LowestDpi && dpi <= HighestDpi)) {
-    return document::MeasureText(dpi) + L" dpi: a picture has " + document::MeasureText(LowestDpi) +
-           L" to " + document::MeasureText(HighestDpi);
+    return FailureOf(document::MeasureText(dpi) + " dpi: a picture has " +
+                     document::MeasureText(LowestDpi) + " to " + document::MeasureText(HighestDpi));
   }
   const double width = PixelsOf(renderer.Width(), dpi);
   const double height = PixelsOf(renderer.Height(), dpi);
   if (width * height <= static_cast<double>(MaximumPixels) &&
       std::max(width, height) <= MaximumPixelSide) {
-    return std::nullopt;
+    return {};
   }
-  return L"a picture of " + std::to_wstring(std::llround(width)) + L" by " +
-         std::to_wstring(std::llround(height)) + L" pixels is too large: " +
-         std::to_wstring(MaximumPixels) + L" pixels, and " + std::to_wstring(MaximumPixelSide) +
-         L" a side, are the most; " + document::MeasureText(dpi) + L" dpi are too many";
+  return FailureOf("a picture of " + std::to_string(std::llround(width)) + " by " +
+                   std::to_string(std::llround(height)) +
+                   " pixels is too large: " + std::to_string(MaximumPixels) + " pixels, and " +
+                   std::to_string(MaximumPixelSide) + " a side, are the most; " +
+                   document::MeasureText(dpi) + " dpi are too many");
 }
 
 Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
@@ -82,7 +82,7 @@ Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
 }
 
 Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
-  if (auto refusal = WhyNoPng(renderer, options.dpi)) return std::move(*refusal);
+  if (const auto size = CheckPngSize(renderer, options.dpi); !size) return size.Error();
   const double scale = options.dpi / PointsPerInch;
   const Surface surface(cairo_image_surface_create(
       CAIRO_FORMAT_RGB24, static_cast<int>(PixelsOf(renderer.Width(), options.dpi)),
@@ -95,9 +95,9 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
                      options.outlines);
   renderer.Draw(page, canvas, options.blank);
   const cairo_status_t status = cairo_status(context.get());
-  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   std::string png = PngOfSurface(surface.get(), options.dpi);
-  if (png.empty()) return Words(CAIRO_STATUS_NO_MEMORY);
+  if (png.empty()) return NotDrawn(CAIRO_STATUS_NO_MEMORY);
   return png;
 }
 
@@ -115,21 +115,20 @@ Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) 
       cairo_show_page(context.get());
     }
     const cairo_status_t status = cairo_status(context.get());
-    if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+    if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   }
   cairo_surface_finish(surface.get());
   const cairo_status_t status = cairo_surface_status(surface.get());
-  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   return bytes;
 }
 
-os::ExpectedOr<Pages, std::wstring> PagesOf(const PageRenderer& renderer,
-                                            const ImageOptions& options) {
-  if (renderer.Refusal()) return *renderer.Refusal();
+Expected<Pages> PagesOf(const PageRenderer& renderer, const ImageOptions& options) {
+  if (!renderer.Drawable()) return renderer.Drawable().Error();
   if (!options.page) return Pages{1, renderer.PageCount()};
   if (*options.page < 1 || *options.page > renderer.PageCount()) {
-    return L"there is no page " + std::to_wstring(*options.page) + L": the document has " +
-           std::to_wstring(renderer.PageCount());
+    return FailureOf("there is no page " + std::to_string(*options.page) + ": the document has " +
+                     std::to_string(renderer.PageCount()));
   }
   return Pages{*options.page, *options.page};
 }
@@ -140,10 +139,10 @@ std::wstring NumberedPath(const std::wstring& path, int number) {
          parts.extension;
 }
 
-// Draws the pictures one by one and hands each over; ends with the first reason that comes back.
+// Draws the pictures one by one and hands each over; ends with the first failure of either.
 template <typename Take>
-std::optional<std::wstring> DrawEach(const ImageSource& source, ImageFormat format,
-                                     const ImageOptions& options, Take take) {
+Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const ImageOptions& options,
+                        Take take) {
   PageRenderer renderer(source.document, source.fonts, source.notices);
   const auto pages = PagesOf(renderer, options);
   if (!pages) return pages.Error();
@@ -153,34 +152,35 @@ std::optional<std::wstring> DrawEach(const ImageSource& source, ImageFormat form
                   : format == ImageFormat::kSvg ? DrawSvg(renderer, page, options)
                                                 : DrawPng(renderer, page, options);
     if (!image) return image.Error();
-    if (auto reason = take(std::move(*image), single ? 0 : page)) return reason;
+    if (Expected<void> taken = take(std::move(*image), single ? 0 : page); !taken) return taken;
   }
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace
 
-Images DrawDocument(const ImageSource& source, ImageFormat format, const ImageOptions& options) {
+Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, ImageFormat format,
+                                                const ImageOptions& options) {
   std::vector<std::string> images;
-  auto reason = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
+  const auto drawn = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
     images.push_back(std::move(image));
-    return std::optional<std::wstring>();
+    return Expected<void>();
   });
-  if (reason) return std::move(*reason);
+  if (!drawn) return drawn.Error();
   return images;
 }
 
-WrittenFiles SaveImages(const ImageSource& source, ImageFormat format, const ImageOptions& options,
-                        const std::wstring& path) {
+Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source, ImageFormat format,
+                                               const ImageOptions& options,
+                                               const std::wstring& path) {
   std::vector<std::wstring> written;
-  auto reason = DrawEach(source, format, options, [&](const std::string& image, int number) {
+  const auto drawn = DrawEach(source, format, options, [&](const std::string& image, int number) {
     const std::wstring target = number == 0 ? path : NumberedPath(path, number);
-    const auto replaced = os::ReplaceFile(target, image);
-    if (!replaced) return std::optional(os::WideFromUtf8(Describe(replaced.Error())));
-    written.push_back(target);
-    return std::optional<std::wstring>();
+    Expected<void> replaced = os::ReplaceFile(target, image);
+    if (replaced) written.push_back(target);
+    return replaced;
   });
-  if (reason) return std::move(*reason);
+  if (!drawn) return drawn.Error();
   return written;
 }
 

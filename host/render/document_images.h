@@ -8,7 +8,7 @@
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/text/font_catalog.h"
-#include "rastrel/platform/os/expected_or.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Pictures of a document's pages in true size. The same document gives the same bytes, whenever
 /// and by whichever process they are made, as long as the same fonts are installed.
@@ -38,17 +38,18 @@ struct ImageSource {
   document::Notices& notices;
 };
 
-/// Pictures as bytes: of PDF one with all pages, of SVG and PNG one for each page. Or why there are
-/// none, in words for the user.
-using Images = os::ExpectedOr<std::vector<std::string>, std::wstring>;
-[[nodiscard]] Images DrawDocument(const ImageSource& source, ImageFormat format,
-                                  const ImageOptions& options);
+/// Pictures as bytes: of PDF one with all pages, of SVG and PNG one for each page. A failure's
+/// `why` is a sentence for the user.
+[[nodiscard]] Expected<std::vector<std::string>> DrawDocument(const ImageSource& source,
+                                                              ImageFormat format,
+                                                              const ImageOptions& options);
 
 /// Draws the pictures and writes them: one to `path`; several to `path` with "-1", "-2" and so on
-/// before the extension. Each file is replaced as a whole. Returns the paths, or why they could not
-/// all be written; then those before the one that failed stand.
-using WrittenFiles = os::ExpectedOr<std::vector<std::wstring>, std::wstring>;
-[[nodiscard]] WrittenFiles SaveImages(const ImageSource& source, ImageFormat format,
-                                      const ImageOptions& options, const std::wstring& path);
+/// before the extension. Each file is replaced as a whole. Returns the paths. Fails as DrawDocument
+/// does, and where a file can't be written; the files before that one are kept.
+[[nodiscard]] Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source,
+                                                             ImageFormat format,
+                                                             const ImageOptions& options,
+                                                             const std::wstring& path);
 
 }  // namespace rastrel::render

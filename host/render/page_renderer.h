@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "host/document/notices.h"
 #include "host/render/canvas.h"
 #include "host/text/font_catalog.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::render {
 
@@ -44,9 +44,9 @@ class PageRenderer {
   PageRenderer(const PageRenderer&) = delete;
   PageRenderer& operator=(const PageRenderer&) = delete;
 
-  /// Why the document can't be drawn, in words for the user; nothing if it can. Without effect, and
-  /// Draw must not be called, where there is a reason.
-  [[nodiscard]] const std::optional<std::wstring>& Refusal() const { return m_Refusal; }
+  /// Success if the document can be drawn; else a sentence for the user, and Draw must not be
+  /// called.
+  [[nodiscard]] const Expected<void>& Drawable() const { return m_Drawable; }
   /// At least 1.
   [[nodiscard]] int PageCount() const { return m_PageCount; }
   /// Size of a page in points.
@@ -59,7 +59,8 @@ class PageRenderer {
  private:
   using Handles = std::vector<document::ObjectHandle>;
 
-  [[nodiscard]] std::optional<std::wstring> Sort();
+  // Puts the document's members on their pages; fails for what is beyond the limits.
+  [[nodiscard]] Expected<void> Sort();
 
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;
@@ -69,7 +70,7 @@ class PageRenderer {
   double m_Height;
   int m_PageCount = 1;
   std::unordered_map<int, Handles> m_Pages;  // the document's members on a page
-  std::optional<std::wstring> m_Refusal;
+  Expected<void> m_Drawable;
 };
 
 }  // namespace rastrel::render

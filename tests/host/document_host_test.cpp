@@ -89,7 +89,7 @@ TEST(DocumentHost, a_file_that_is_none_does_not_open_and_says_why) {
   for (const char* name : {"broken.rdoc", "missing.rdoc"}) {
     const auto opened = DocumentHost::Open(directory.Wide(name));
     ASSERT_FALSE(opened);
-    EXPECT_FALSE(opened.Error().empty());
+    EXPECT_FALSE(Describe(opened.Error()).empty());
   }
   EXPECT_FALSE(DocumentHost().Save(directory.Wide("no/such/folder.rdoc")));
 }

@@ -19,24 +19,23 @@ using test::PngHead;
 using test::SvgFile;
 using test::TiffFile;
 
-using Opened = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
+using Opened = Expected<std::unique_ptr<Picture>>;
 
 Opened Open(const std::string& bytes) {
   const auto kind = KindOf(bytes);
-  if (!kind) return std::wstring(L"of no kind");
+  if (!kind) return FailureOf("of no kind");
   return OpenPicture(*kind, std::make_shared<const std::string>(bytes));
 }
 
-std::wstring Refusal(const std::string& bytes) {
+std::string Refusal(const std::string& bytes) {
   const Opened opened = Open(bytes);
-  return opened ? L"" : opened.Error();
+  return opened ? "" : Describe(opened.Error());
 }
 
 // Sides in points, or 0.
 std::array<double, 2> SizeOf(const std::string& bytes) {
   const Opened opened = Open(bytes);
-  EXPECT_TRUE(opened) << std::string(opened ? L"" : opened.Error().c_str(),
-                                     opened ? L"" : opened.Error().c_str());
+  EXPECT_TRUE(opened) << (opened ? "" : Describe(opened.Error()));
   if (!opened) return {0, 0};
   return {(*opened)->Width(), (*opened)->Height()};
 }
@@ -175,18 +174,18 @@ TEST(GraphicSize, an_eps_that_says_its_box_at_its_end_has_that_box) {
 TEST(GraphicLimits, images_of_too_many_pixels_are_refused_by_their_heads) {
   for (const auto& [width, height] :
        {std::pair{32'768U, 1U}, {1U, 32'768U}, {10'000U, 10'001U}, {0xFFFFFFFFU, 0xFFFFFFFFU}}) {
-    EXPECT_NE(Refusal(PngHead(width, height)).find(L"a side, are the most"), std::wstring::npos);
+    EXPECT_NE(Refusal(PngHead(width, height)).find("a side, are the most"), std::string::npos);
   }
-  EXPECT_EQ(Refusal(PngHead(0, 10)), L"it has no pixels");
-  EXPECT_NE(Refusal(PngHead(32'767, 1)).find(L"no whole PNG"), std::wstring::npos)
+  EXPECT_EQ(Refusal(PngHead(0, 10)), "it has no pixels");
+  EXPECT_NE(Refusal(PngHead(32'767, 1)).find("no whole PNG"), std::string::npos)
       << "not too large, and cut off";
 }
 
 TEST(GraphicLimits, sizes_that_no_page_could_hold_are_refused) {
-  EXPECT_EQ(Refusal(SvgFile("width=\"9999cm\" height=\"1cm\"")), L"");
-  EXPECT_NE(Refusal(SvgFile("width=\"10001cm\" height=\"1cm\"")).find(L"at most 10000 cm"),
-            std::wstring::npos);
-  EXPECT_NE(Refusal(SvgFile("width=\"0\" height=\"1cm\"")), L"");
+  EXPECT_EQ(Refusal(SvgFile("width=\"9999cm\" height=\"1cm\"")), "");
+  EXPECT_NE(Refusal(SvgFile("width=\"10001cm\" height=\"1cm\"")).find("at most 10000 cm"),
+            std::string::npos);
+  EXPECT_NE(Refusal(SvgFile("width=\"0\" height=\"1cm\"")), "");
 }
 
 TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in_words) {
@@ -196,7 +195,7 @@ TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in
       const auto opened =
           OpenPicture(kind, std::make_shared<const std::string>(bytes.substr(0, length)));
       if (!opened) {
-        EXPECT_FALSE(opened.Error().empty());
+        EXPECT_FALSE(opened.Error().why.empty());
       } else {
         Halves(**opened);
       }

@@ -90,7 +90,7 @@ class DrawnDocument : public testing::Test {
                                  const render::ImageOptions& options = {}) {
     const auto images = render::DrawDocument(Source(), format, options);
     if (images) return images->front();
-    ADD_FAILURE() << std::string(images.Error().begin(), images.Error().end());
+    ADD_FAILURE() << Describe(images.Error());
     return {};
   }
   [[nodiscard]] std::string DrawSvg(const render::ImageOptions& options = {}) {
@@ -98,10 +98,10 @@ class DrawnDocument : public testing::Test {
   }
 
   /// Why there is no picture.
-  [[nodiscard]] std::wstring Refusal(render::ImageFormat format,
-                                     const render::ImageOptions& options = {}) {
+  [[nodiscard]] std::string Refusal(render::ImageFormat format,
+                                    const render::ImageOptions& options = {}) {
     const auto images = render::DrawDocument(Source(), format, options);
-    return images ? L"" : images.Error();
+    return images ? "" : Describe(images.Error());
   }
 
   /// The lines that measure_svg.py prints of the first page, or those that begin with a word.

@@ -182,14 +182,14 @@ TEST_F(Images, resolutions_beyond_the_limits_are_refused_in_words) {
   ImageOptions options;
   for (const double dpi : {0.0, -1.0, 0.999, 10'001.0, std::nan(""), HUGE_VAL}) {
     options.dpi = dpi;
-    EXPECT_NE(Refusal(ImageFormat::kPng, options).find(L" dpi: a picture has 1 to 10000"),
-              std::wstring::npos)
+    EXPECT_NE(Refusal(ImageFormat::kPng, options).find(" dpi: a picture has 1 to 10000"),
+              std::string::npos)
         << dpi;
   }
   m_Document.SetBlank({0.1, 0.1, 7});
   for (const double dpi : {LowestDpi, HighestDpi}) {
     options.dpi = dpi;
-    EXPECT_EQ(Refusal(ImageFormat::kPng, options), L"");
+    EXPECT_EQ(Refusal(ImageFormat::kPng, options), "");
   }
 }
 
@@ -197,19 +197,19 @@ TEST_F(Images, a_side_has_as_many_pixels_as_the_limit_says_and_no_more) {
   ImageOptions options;
   options.dpi = 254;  // a pixel is a tenth of a millimetre
   m_Document.SetBlank({MaximumPixelSide / 100.0 - 0.001, 0.1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kPng, options), L"");
+  EXPECT_EQ(Refusal(ImageFormat::kPng, options), "");
   m_Document.SetBlank({0.1, MaximumPixelSide / 100.0 + 0.01, 7});
   EXPECT_EQ(Refusal(ImageFormat::kPng, options),
-            L"a picture of 10 by 32768 pixels is too large: 100000000 pixels, and 32767 a side, "
-            L"are the most; 254 dpi are too many");
+            "a picture of 10 by 32768 pixels is too large: 100000000 pixels, and 32767 a side, "
+            "are the most; 254 dpi are too many");
 }
 
 TEST_F(Images, more_pixels_than_the_limit_are_refused_before_there_is_memory_for_them) {
   ImageOptions options;
   options.dpi = 254;
   m_Document.SetBlank({100, 100.01, 7});
-  EXPECT_NE(Refusal(ImageFormat::kPng, options).find(L"10000 by 10001 pixels is too large"),
-            std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::kPng, options).find("10000 by 10001 pixels is too large"),
+            std::string::npos);
 }
 
 // --- PDF ---
@@ -355,7 +355,7 @@ TEST_F(Images, a_file_that_can_not_be_written_is_told_and_the_old_one_stands) {
   const auto missing =
       SaveImages(Source(), ImageFormat::kSvg, {}, m_Directory.Wide("no/such/page.svg"));
   ASSERT_FALSE(missing);
-  EXPECT_NE(missing.Error().find(L"No such file or directory"), std::wstring::npos);
+  EXPECT_NE(Describe(missing.Error()).find("No such file or directory"), std::string::npos);
   m_Directory.Write("page.svg", "old");
   const os::SystemCallsGuard guard;
   os::Calls().write = [](int, const void*, std::size_t) -> ssize_t {
@@ -364,7 +364,7 @@ TEST_F(Images, a_file_that_can_not_be_written_is_told_and_the_old_one_stands) {
   };
   const auto full = SaveImages(Source(), ImageFormat::kSvg, {}, m_Directory.Wide("page.svg"));
   ASSERT_FALSE(full);
-  EXPECT_NE(full.Error().find(L"No space left on device"), std::wstring::npos);
+  EXPECT_NE(Describe(full.Error()).find("No space left on device"), std::string::npos);
   EXPECT_EQ(m_Directory.Read("page.svg"), "old");
 }
 

@@ -49,7 +49,7 @@ TEST_F(Page, a_page_that_is_not_there_is_refused_in_words) {
   for (const int page : {-1, 0, 3}) {
     options.page = page;
     EXPECT_EQ(Refusal(ImageFormat::kSvg, options),
-              L"there is no page " + std::to_wstring(page) + L": the document has 2");
+              "there is no page " + std::to_string(page) + ": the document has 2");
   }
 }
 
@@ -149,19 +149,18 @@ TEST_F(Page, a_placed_file_that_can_not_be_drawn_is_a_crossed_box_and_is_told_on
 TEST_F(Page, a_blank_may_be_as_large_as_a_page_can_be_and_no_larger) {
   const double largest = LargestPage * 2.54 / 72;
   m_Document.SetBlank({largest * 0.999999, 1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kSvg), L"");
+  EXPECT_EQ(Refusal(ImageFormat::kSvg), "");
   m_Document.SetBlank({1, largest * 1.000001, 7});
-  EXPECT_NE(Refusal(ImageFormat::kSvg).find(L"at most 35277.8 cm"), std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::kSvg).find("at most 35277.8 cm"), std::string::npos);
   m_Document.SetBlank({1e-300, 1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kSvg), L"");
+  EXPECT_EQ(Refusal(ImageFormat::kSvg), "");
 }
 
 TEST_F(Page, as_many_pages_are_drawn_as_the_limit_says_and_no_more) {
   const auto last = Add(Drill, OnPages(MaximumPages, MaximumPages));
   EXPECT_EQ(Drills(MaximumPages), 1U);
   m_Document.SetPages(last, {1, MaximumPages + 1});
-  EXPECT_EQ(Refusal(ImageFormat::kPdf),
-            L"the document has 10001 pages; at most 10000 can be drawn");
+  EXPECT_EQ(Refusal(ImageFormat::kPdf), "the document has 10001 pages; at most 10000 can be drawn");
 }
 
 TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
@@ -169,7 +168,7 @@ TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
     Add(Drill, OnPages(1, MaximumPages));
   EXPECT_EQ(Drills(1), MaximumObjects / MaximumPages);
   Add(Drill, OnPages(1, 1));
-  EXPECT_NE(Refusal(ImageFormat::kSvg).find(L"more than 5000000 objects"), std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::kSvg).find("more than 5000000 objects"), std::string::npos);
 }
 
 // --- Documents that nobody means well with ---
