@@ -64,7 +64,7 @@ const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }
 Notices& DocumentHost::GetNotices() { return m_Parts->notices; }
 const text::FontCatalog& DocumentHost::GetFonts() const { return m_Parts->fonts; }
 
-DocumentHost::LeftOpen DocumentHost::WhatIsOpen() const {
+DocumentHost::OpenWork DocumentHost::StillOpen() const {
   return {m_Parts->document->OpenSteps(), m_Parts->store.OpenLists(), m_Parts->text.IsOpen()};
 }
 

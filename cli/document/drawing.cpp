@@ -36,9 +36,9 @@ DrawingKind KindOf(const std::string& output) {
 
 render::ImageFormat FormatOf(DrawingKind kind) {
   switch (kind) {
-    case DrawingKind::Svg: return render::ImageFormat::kSvg;
-    case DrawingKind::Pdf: return render::ImageFormat::kPdf;
-    default: return render::ImageFormat::kPng;
+    case DrawingKind::Svg: return render::ImageFormat::Svg;
+    case DrawingKind::Pdf: return render::ImageFormat::Pdf;
+    default: return render::ImageFormat::Png;
   }
 }
 

@@ -72,7 +72,7 @@ Object* Document::Edit(ObjectHandle handle) {
   if (!Find(handle)) return nullptr;
   Object& object = *m_Objects[handle - FirstHandle];
   // An object that was made within the step goes with its insertion.
-  if (Records() && object.parent != 0) Keep({Change::Kind::kEdit, handle, object});
+  if (Records() && object.parent != 0) Keep({Change::Kind::Edit, handle, object});
   return &object;
 }
 
@@ -121,7 +121,7 @@ bool Document::Insert(ObjectHandle handle, ObjectHandle parent, std::size_t posi
   }
   if (levels > DeepestGroup) return false;
   Link(handle, parent, std::min(position, Members(parent).size()));
-  KeepOrForget({Change::Kind::kInsert, handle, {}, parent});
+  KeepOrForget({Change::Kind::Insert, handle, {}, parent});
   return true;
 }
 
@@ -130,7 +130,7 @@ bool Document::Remove(ObjectHandle handle) {
   if (!object || object->parent == 0) return false;
   const ObjectHandle parent = object->parent;
   const std::size_t position = Unlink(handle);
-  KeepOrForget({Change::Kind::kRemove, handle, {}, parent, position});
+  KeepOrForget({Change::Kind::Remove, handle, {}, parent, position});
   return true;
 }
 

@@ -155,7 +155,7 @@ class Document {
 
   // A change, kept as what brings back what was before.
   struct Change {
-    enum class Kind { kEdit, kInsert, kRemove } kind;
+    enum class Kind { Edit, Insert, Remove } kind;
     ObjectHandle handle;
     Object before;             // of an edit
     ObjectHandle parent = 0;   // of a removal

@@ -9,8 +9,8 @@
 #include "rastrel/platform/os/expected.h"
 
 /// The document file: JSON in UTF-8, for people and programs (docs/formats/document.md). It holds
-/// all of a document but its selection, its history and objects that stand nowhere; placed files
-/// are carried along whole.
+/// a whole document except its selection, its history and objects without a place; placed files are
+/// in it whole.
 namespace rastrel::document {
 
 /// A text of a document. The same document gives the same bytes. Lengths are written so that

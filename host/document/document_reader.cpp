@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "host/document/document_file.h"
-#include "host/document/document_words.h"
+#include "host/document/document_format.h"
 #include "host/document/json_reader.h"
 #include "host/document/json_stream.h"
 #include "host/document/plate_layout.h"
@@ -99,7 +99,7 @@ TextShape TextFrom(const JsonValue& json) {
   text.justifyMode = json["justifyMode"].Int();
   json["lines"].Each([&](const JsonValue& line) {
     TextLine& added = text.lines.emplace_back();
-    added.justification = line["justification"].Word(JustificationWords);
+    added.justification = line["justification"].Named(JustificationNames);
     added.size = line["size"].Number();
     added.spacingKind = line["spacingKind"].Int();
     added.leading = line["leading"].Number();
@@ -134,7 +134,7 @@ PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
 
 GraphicShape GraphicFrom(const JsonValue& json) {
   GraphicShape graphic;
-  graphic.kind = json["fileKind"].Word(GraphicWords);
+  graphic.kind = json["fileKind"].Named(GraphicKindNames);
   graphic.name = json["name"].Text();
   graphic.width = json["width"].NumberAbove0();
   graphic.height = json["height"].NumberAbove0();
@@ -168,7 +168,7 @@ Attributes AttributesFrom(const JsonValue& json) {
   attributes.pages.last =
       static_cast<int>(json["pages"].At(1).Whole(attributes.pages.first, Document::LastPage));
   attributes.traits = 0;
-  json["traits"].Each([&](const JsonValue& word) { attributes.traits |= word.Word(TraitWords); });
+  json["traits"].Each([&](const JsonValue& name) { attributes.traits |= name.Named(TraitNames); });
   if (json.Has("locks")) {
     const JsonValue locks = json["locks"];
     attributes.locks = {locks["color"].Int(), locks["font"].Int(), locks["lineStyle"].Int(),

@@ -99,12 +99,12 @@ struct PlateShape {
 };
 
 /// What a placed file is.
-enum class GraphicKind { kSvg, kPng, kJpeg, kTiff, kPdf, kEps };
+enum class GraphicKind { Svg, Png, Jpeg, Tiff, Pdf, Eps };
 
 /// A file of another program, carried along whole. It stands with its lower left corner at the
 /// origin before the object's matrix.
 struct GraphicShape {
-  GraphicKind kind = GraphicKind::kPng;
+  GraphicKind kind = GraphicKind::Png;
   std::wstring name;                         ///< of the file it came from, without folders
   std::shared_ptr<const std::string> bytes;  ///< the file; never null in a document
   double width = 0;

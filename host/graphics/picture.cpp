@@ -5,7 +5,7 @@
 
 #include "host/document/measure_text.h"
 #include "host/graphics/eps_conversion.h"
-#include "host/graphics/picture_kinds.h"
+#include "host/graphics/picture_formats.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
@@ -59,12 +59,12 @@ OpenedPicture OpenEps(const std::string& bytes) {
 
 OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
   switch (kind) {
-    case GraphicKind::kSvg: return OpenSvg(*bytes);
-    case GraphicKind::kPng: return OpenPng(*bytes);
-    case GraphicKind::kJpeg: return OpenJpeg(*bytes);
-    case GraphicKind::kTiff: return OpenTiff(*bytes);
-    case GraphicKind::kPdf: return OpenPdf(bytes);
-    case GraphicKind::kEps: return OpenEps(*bytes);
+    case GraphicKind::Svg: return OpenSvg(*bytes);
+    case GraphicKind::Png: return OpenPng(*bytes);
+    case GraphicKind::Jpeg: return OpenJpeg(*bytes);
+    case GraphicKind::Tiff: return OpenTiff(*bytes);
+    case GraphicKind::Pdf: return OpenPdf(bytes);
+    case GraphicKind::Eps: return OpenEps(*bytes);
   }
   return FailureOf("it is of no kind that is known");
 }
@@ -72,17 +72,17 @@ OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string
 }  // namespace
 
 std::optional<GraphicKind> KindOf(std::string_view bytes) {
-  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return GraphicKind::kPng;
-  if (bytes.starts_with("\xFF\xD8\xFF")) return GraphicKind::kJpeg;
+  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return GraphicKind::Png;
+  if (bytes.starts_with("\xFF\xD8\xFF")) return GraphicKind::Jpeg;
   using namespace std::string_view_literals;
   for (const std::string_view start : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
-    if (bytes.starts_with(start)) return GraphicKind::kTiff;
+    if (bytes.starts_with(start)) return GraphicKind::Tiff;
   }
-  if (IsEps(bytes)) return GraphicKind::kEps;
+  if (IsEps(bytes)) return GraphicKind::Eps;
   if (bytes.substr(0, HeadLength).find("%PDF-") != std::string_view::npos) {
-    return GraphicKind::kPdf;
+    return GraphicKind::Pdf;
   }
-  if (IsSvg(bytes)) return GraphicKind::kSvg;
+  if (IsSvg(bytes)) return GraphicKind::Svg;
   return std::nullopt;
 }
 

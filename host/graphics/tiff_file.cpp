@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/graphics/image_picture.h"
-#include "host/graphics/picture_kinds.h"
+#include "host/graphics/picture_formats.h"
 
 /// TIFF files as pictures.
 namespace rastrel::graphics {

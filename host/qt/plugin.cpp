@@ -1,4 +1,4 @@
-// The component's one exported function, and the views behind it.
+// The component's one exported function, and the views that it returns.
 
 #include <QApplication>
 #include <QMessageBox>
@@ -17,9 +17,9 @@ void NeedApplication() {
   if (QCoreApplication::instance() != nullptr) return;
   static int count = 1;
   static char name[] = "rastrel";
-  static char* words[] = {name, nullptr};
+  static char* arguments[] = {name, nullptr};
   // It lives till the process ends: its end at that time would come after its display's.
-  static auto* const application = new QApplication(count, words);
+  static auto* const application = new QApplication(count, arguments);
   application->setQuitOnLastWindowClosed(false);
 }
 

@@ -1,15 +1,14 @@
 #include "host/render/document_images.h"
 
 #include <cairo-pdf.h>
-#include <cairo.h>
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <utility>
 
 #include "host/document/measure_text.h"
 #include "host/render/cairo_canvas.h"
+#include "host/render/cairo_objects.h"
 #include "host/render/page_renderer.h"
 #include "host/render/picture_png.h"
 #include "host/render/svg_canvas.h"
@@ -22,25 +21,12 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
-// Letters that are larger are drawn as paths: pictures of single letters take memory, and the font
-// library has no letters without end.
+// Larger letters are drawn as paths: pictures of single letters take memory, and the font library
+// has a maximum size.
 constexpr double LargestPixelLetter = 1000;
 constexpr double LargestPdfLetter = 10'000;
 
-struct CairoEnd {
-  void operator()(cairo_t* context) const { cairo_destroy(context); }
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-};
-using Context = std::unique_ptr<cairo_t, CairoEnd>;
-using Surface = std::unique_ptr<cairo_surface_t, CairoEnd>;
-
 using Image = Expected<std::string>;
-
-cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
-  // NOLINTNEXTLINE: the library's bytes are unsigned
-  static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), count);
-  return CAIRO_STATUS_SUCCESS;
-}
 
 Failure NotDrawn(cairo_status_t status) {
   return FailureOf(std::string("the page can't be drawn: ") + cairo_status_to_string(status));
@@ -84,10 +70,10 @@ Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
 Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
   if (const auto size = CheckPngSize(renderer, options.dpi); !size) return size.Error();
   const double scale = options.dpi / PointsPerInch;
-  const Surface surface(cairo_image_surface_create(
+  const CairoSurface surface(cairo_image_surface_create(
       CAIRO_FORMAT_RGB24, static_cast<int>(PixelsOf(renderer.Width(), options.dpi)),
       static_cast<int>(PixelsOf(renderer.Height(), options.dpi))));
-  const Context context(cairo_create(surface.get()));
+  const CairoContext context(cairo_create(surface.get()));
   cairo_set_source_rgb(context.get(), 1, 1, 1);
   cairo_paint(context.get());
   cairo_scale(context.get(), scale, scale);
@@ -103,12 +89,11 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
 
 Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) {
   std::string bytes;
-  const Surface surface(
-      cairo_pdf_surface_create_for_stream(Append, &bytes, renderer.Width(), renderer.Height()));
-  // The day on which it was made is no part of the picture.
+  const CairoSurface surface = PdfSurface(bytes, renderer.Width(), renderer.Height());
+  // With a date the same document would not give the same bytes.
   cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
   {
-    const Context context(cairo_create(surface.get()));
+    const CairoContext context(cairo_create(surface.get()));
     CairoCanvas canvas(context.get(), {1, ThinnestLine, LargestPdfLetter}, options.outlines);
     for (int page = pages.first; page <= pages.last; ++page) {
       renderer.Draw(page, canvas, options.blank);
@@ -146,11 +131,11 @@ Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const Ima
   PageRenderer renderer(source.document, source.fonts, source.notices);
   const auto pages = PagesOf(renderer, options);
   if (!pages) return pages.Error();
-  const bool single = format == ImageFormat::kPdf || pages->first == pages->last;
+  const bool single = format == ImageFormat::Pdf || pages->first == pages->last;
   for (int page = pages->first; page <= (single ? pages->first : pages->last); ++page) {
-    Image image = format == ImageFormat::kPdf   ? DrawPdf(renderer, *pages, options)
-                  : format == ImageFormat::kSvg ? DrawSvg(renderer, page, options)
-                                                : DrawPng(renderer, page, options);
+    Image image = format == ImageFormat::Pdf   ? DrawPdf(renderer, *pages, options)
+                  : format == ImageFormat::Svg ? DrawSvg(renderer, page, options)
+                                               : DrawPng(renderer, page, options);
     if (!image) return image.Error();
     if (Expected<void> taken = take(std::move(*image), single ? 0 : page); !taken) return taken;
   }

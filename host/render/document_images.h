@@ -14,7 +14,7 @@
 /// and by whichever process they are made, as long as the same fonts are installed.
 namespace rastrel::render {
 
-enum class ImageFormat { kSvg, kPdf, kPng };
+enum class ImageFormat { Svg, Pdf, Png };
 
 /// What a picture shows, and how.
 struct ImageOptions {

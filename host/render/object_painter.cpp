@@ -191,7 +191,7 @@ void ObjectPainter::AddPath(const PathShape& path, bool closedAlone) {
 }
 
 void ObjectPainter::operator()(const PathShape& path) {
-  m_Canvas.Begin(path.cutLine ? Role::kCutLine : Role::kPath);
+  m_Canvas.Begin(path.cutLine ? Role::CutLine : Role::Path);
   if (path.cutLine) {
     AddPath(path, false);
     DrawLine();
@@ -234,7 +234,7 @@ void ObjectPainter::operator()(const PlateShape& plate) {
   const std::optional<Color> inside =
       HasMaterial() ? ColorOf(m_Attributes->layer) : std::optional<Color>();
   const Pen edge = LinePen().value_or(Pen{EdgeGray});
-  m_Canvas.Begin(Role::kPane);
+  m_Canvas.Begin(Role::Pane);
   for (const CWorldRect& pane : plate.panes) {
     AddRect(pane);
     m_Canvas.DrawOutline(m_Outline, inside, edge);
@@ -259,7 +259,7 @@ void ObjectPainter::operator()(const TextShape& text) {
   if (std::ranges::any_of(runs, [](const auto& run) { return run.face.replaced; })) {
     TellReplacedFonts(text);
   }
-  m_Canvas.Begin(Role::kText);
+  m_Canvas.Begin(Role::Text);
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const text::PlacedRun& run = runs[i];
     const std::optional<Color> color = ColorOf(run.colored ? run.color : m_Attributes->layer);
@@ -279,7 +279,7 @@ void ObjectPainter::operator()(const TextShape& text) {
 void ObjectPainter::operator()(const GraphicShape& graphic) {
   const double width = graphic.width * PointsPerCentimetre;
   const double height = graphic.height * PointsPerCentimetre;
-  m_Canvas.Begin(Role::kGraphic);
+  m_Canvas.Begin(Role::Graphic);
   const graphics::Picture* picture = m_Pictures.Get(graphic);
   if (!picture) {
     AddRect({0, graphic.height, graphic.width, 0});
@@ -318,7 +318,7 @@ void ObjectPainter::operator()(const DrillShape& drill) {
   const std::optional<Color> color = ColorOf(m_Attributes->lineColor);
   if (!color) return;
   const Pen pen{*color};
-  m_Canvas.Begin(Role::kDrillPoint);
+  m_Canvas.Begin(Role::DrillPoint);
   if (IsSimilarity(m_Attributes->matrix)) {
     const double radius = drill.diameter / 2 * m_Scale * PointsPerCentimetre;
     m_Canvas.DrawCircle(OnPage(drill.centre.x, drill.centre.y),

@@ -73,7 +73,7 @@ void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
     edge.LineTo({m_Width, m_Height});
     edge.LineTo({0, m_Height});
     edge.Close();
-    canvas.Begin(Role::kBlank);
+    canvas.Begin(Role::Blank);
     canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
     canvas.End();
   }

@@ -68,7 +68,7 @@ std::unique_ptr<Document> FullDocument() {
   document->Insert(document->Create(DrillShape{{1, 2}, 0.4064}), group);
 
   GraphicShape graphic;
-  graphic.kind = GraphicKind::kEps;
+  graphic.kind = GraphicKind::Eps;
   graphic.name = L"logo.eps";
   graphic.bytes = std::make_shared<const std::string>(std::string("%!PS\0\xff", 6));
   graphic.width = 3;

@@ -68,12 +68,12 @@ std::array<unsigned, 2> Halves(const Picture& picture) {
 
 const std::vector<std::pair<GraphicKind, std::string>>& Files() {
   static const std::vector<std::pair<GraphicKind, std::string>> files{
-      {GraphicKind::kSvg, SvgFile("width=\"20\" height=\"10\"")},
-      {GraphicKind::kPng, PngFile()},
-      {GraphicKind::kJpeg, JpegFile(1, 96)},
-      {GraphicKind::kTiff, TiffFile(2, 96)},
-      {GraphicKind::kPdf, PdfFile()},
-      {GraphicKind::kEps, EpsFile()}};
+      {GraphicKind::Svg, SvgFile("width=\"20\" height=\"10\"")},
+      {GraphicKind::Png, PngFile()},
+      {GraphicKind::Jpeg, JpegFile(1, 96)},
+      {GraphicKind::Tiff, TiffFile(2, 96)},
+      {GraphicKind::Pdf, PdfFile()},
+      {GraphicKind::Eps, EpsFile()}};
   return files;
 }
 
@@ -105,12 +105,12 @@ TEST(GraphicFile, an_svg_is_known_behind_its_prolog) {
        {"\xEF\xBB\xBF<svg/>", "<?xml version=\"1.0\"?>\n<!-- <html> -->\n<svg width=\"1\">",
         "<!DOCTYPE svg PUBLIC \"a\" \"b\">\r\n<svg>",
         "<!DOCTYPE svg [<!ENTITY a \"b\"> <!ENTITY c '>'> ]>\n<svg>", "<s:svg xmlns:s=\"\">"}) {
-    EXPECT_EQ(KindOf(bytes), GraphicKind::kSvg) << bytes;
+    EXPECT_EQ(KindOf(bytes), GraphicKind::Svg) << bytes;
   }
 }
 
 TEST(GraphicFile, an_eps_with_a_binary_head_is_known) {
-  EXPECT_EQ(KindOf("\xC5\xD0\xD3\xC6\x1E"), GraphicKind::kEps);
+  EXPECT_EQ(KindOf("\xC5\xD0\xD3\xC6\x1E"), GraphicKind::Eps);
 }
 
 // --- True size ---
@@ -190,7 +190,7 @@ TEST(GraphicLimits, sizes_that_no_page_could_hold_are_refused) {
 
 TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in_words) {
   for (const auto& [kind, bytes] : Files()) {
-    if (kind == GraphicKind::kEps) continue;
+    if (kind == GraphicKind::Eps) continue;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
       const auto opened =
           OpenPicture(kind, std::make_shared<const std::string>(bytes.substr(0, length)));
@@ -208,7 +208,7 @@ TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in
 
 TEST(GraphicFaults, an_image_with_one_wrong_byte_does_no_harm) {
   for (const auto& [kind, bytes] : Files()) {
-    if (kind == GraphicKind::kEps) continue;
+    if (kind == GraphicKind::Eps) continue;
     for (std::size_t place = 0; place < std::min<std::size_t>(bytes.size(), 600); ++place) {
       std::string changed = bytes;
       changed[place] = static_cast<char>(changed[place] ^ 0xFF);

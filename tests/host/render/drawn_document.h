@@ -94,7 +94,7 @@ class DrawnDocument : public testing::Test {
     return {};
   }
   [[nodiscard]] std::string DrawSvg(const render::ImageOptions& options = {}) {
-    return Draw(render::ImageFormat::kSvg, options);
+    return Draw(render::ImageFormat::Svg, options);
   }
 
   /// Why there is no picture.

@@ -5,7 +5,7 @@
 
 #include "host/graphics/picture.h"
 
-/// What OpenPicture opens each kind of file with.
+/// One opener for each kind of file, for OpenPicture.
 namespace rastrel::graphics {
 
 /// An opened file. Its size is the one that the file names, and not yet checked.
