@@ -11,7 +11,7 @@
 
 #include "host/document/palette.h"
 #include "host/document/shapes.h"
-#include "rastrel/platform/host/sheet_layer.h"
+#include "rastrel/platform/values/document_values.h"
 
 namespace rastrel::document {
 

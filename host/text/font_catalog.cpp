@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "rastrel/platform/host/text_compose.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::text {
