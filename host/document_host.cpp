@@ -14,7 +14,7 @@
 
 namespace rastrel::document {
 
-// In the order in which each stands on those before it.
+// Each uses those before it.
 struct DocumentHost::Parts {
   explicit Parts(std::unique_ptr<Document> opened)
       : document(std::move(opened)),

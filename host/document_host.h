@@ -45,7 +45,7 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
   [[nodiscard]] host::Application* GetApplication() override;
 
-  /// The document, and what belongs to it. Owned by the host.
+  /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();
   [[nodiscard]] const Document& GetDocument() const;
   [[nodiscard]] Notices& GetNotices();

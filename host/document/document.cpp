@@ -12,7 +12,7 @@ namespace {
 
 using Handles = std::vector<ObjectHandle>;
 
-// The vector behind a pointer, alone: whoever shares it keeps the old one.
+// The vector of a pointer, unshared: others that share it keep the old one.
 Handles& Alone(std::shared_ptr<Handles>& handles) {
   if (handles.use_count() > 1) handles = std::make_shared<Handles>(*handles);
   return *handles;
@@ -150,7 +150,7 @@ void Document::Destroy(ObjectHandle handle) {
     place.reset();
   }
   std::erase_if(m_Selection, [&](ObjectHandle selected) { return !Find(selected); });
-  // What is gone for good can't be brought back, and the history may speak of it.
+  // A destroyed object can't come back, and the history may hold it.
   Forget();
 }
 
@@ -195,7 +195,7 @@ void Document::CountPage(const Object& object, int howMany) {
   if (count == 0) m_LastPages.erase(object.attributes.pages.last);
 }
 
-bool Document::Stands(ObjectHandle handle) const {
+bool Document::Holds(ObjectHandle handle) const {
   const Object* object = Find(handle);
   while (object && object->parent != host::DocumentRoot) object = Find(object->parent);
   return object != nullptr;

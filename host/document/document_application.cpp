@@ -139,9 +139,15 @@ CSheetLayerPalette* DocumentApplication::GetSheetLayerPalette() { return m_Sheet
 std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
     int count, double width, double height, const CWorldRect& margins, double horizontalGap,
     double verticalGap) {
+  PlateShape shape;
+  shape.wanted = count;
+  shape.width = width;
+  shape.height = height;
+  shape.margins = margins;
+  shape.horizontalGap = horizontalGap;
+  shape.verticalGap = verticalGap;
   // The caller lays panes out page by page until none is left: one that never fits would not end.
-  Expected<void> fits =
-      CheckPaneFits(m_Document.Blank(), width, height, margins, horizontalGap, verticalGap);
+  Expected<void> fits = CheckPaneFits(m_Document.Blank(), shape);
   if (fits && (count < 1 || count > MaximumPanes)) {
     fits = FailureOf("a plate of " + std::to_string(count) + " panes: a document holds 1 to " +
                      std::to_string(MaximumPanes));
@@ -150,13 +156,6 @@ std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
     m_Notices.AddLoss(os::WideFromUtf8(Describe(fits.Error())));
     return nullptr;
   }
-  PlateShape shape;
-  shape.wanted = count;
-  shape.width = width;
-  shape.height = height;
-  shape.margins = margins;
-  shape.horizontalGap = horizontalGap;
-  shape.verticalGap = verticalGap;
   return std::make_unique<PlateItem>(m_Store, std::move(shape));
 }
 
@@ -183,7 +182,7 @@ void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
   if (!shapeOf(plate) || count < 1) return;
   for (const PlateShape* part = shapeOf(plate); part;) {
     panes += part->panes.size();
-    part = m_Document.Stands(part->continuation) ? shapeOf(part->continuation) : nullptr;
+    part = m_Document.Holds(part->continuation) ? shapeOf(part->continuation) : nullptr;
   }
   GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
 }

@@ -13,8 +13,8 @@
 /// in it whole.
 namespace rastrel::document {
 
-/// A text of a document. The same document gives the same bytes. Lengths are written so that
-/// reading them gives the same numbers.
+/// The text of a document. The same document has the same bytes. Lengths are written with as many
+/// digits as bring back the same numbers.
 [[nodiscard]] std::string DocumentText(const Document& document);
 
 /// Reads a text. Unknown members are passed over, so that a later version's files can be read where

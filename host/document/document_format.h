@@ -6,7 +6,7 @@
 
 #include "host/document/shapes.h"
 
-/// The names that stand in a document file for values, for its writer and its reader.
+/// The names of values in a document file, for its writer and its reader.
 namespace rastrel::document {
 
 inline constexpr std::string_view DocumentFormatName = "rastrel-document";

@@ -122,7 +122,7 @@ PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
   const JsonValue continuation = json["continuation"];
   plate.continuation = static_cast<ObjectHandle>(
       continuation.Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
-  // A plate is continued by later ones alone, so that whoever follows them comes to an end.
+  // A plate is only continued by later ones, so that following them always ends.
   if (plate.continuation != 0 && plate.continuation <= own) {
     continuation.Fail("is no later plate");
   }
@@ -182,12 +182,12 @@ Attributes AttributesFrom(const JsonValue& json) {
   return attributes;
 }
 
-// Makes objects of their values, members before the group that they stand in.
+// Makes objects of their values, members before their group.
 class ObjectReader {
  public:
   explicit ObjectReader(Document& document) : m_Document(document) {}
 
-  // An object that stands in so many groups. Its members were read before it, or stand in it.
+  // Reads an object within so many groups. Its members were taken before it, or are in its value.
   void Read(const JsonValue& json, std::size_t groups) {
     if (json.Has("members")) {
       json["members"].Each([&](const JsonValue& member) { Read(member, groups + 1); });
@@ -245,7 +245,7 @@ void ReadSettings(Document& document, const JsonValue& json) {
   });
 }
 
-// Plates are continued by plates, wherever they stand.
+// Plates are continued by plates, also within groups.
 void CheckContinuations(const Document& document, const JsonValue& json) {
   for (ObjectHandle handle = host::DocumentRoot + 1; handle < document.NextHandle(); ++handle) {
     const Object* object = document.Find(handle);
@@ -270,8 +270,8 @@ void CheckFormat(const JsonValue& json) {
   }
 }
 
-// Objects are read as they come, unless they stand before what says whether they can be: as values
-// they would take many times the memory of the text and of the document.
+// Objects are read as they come, unless they are ahead of format and version: as values they would
+// take many times the memory of the text and of the document.
 std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   auto document = std::make_unique<Document>();
   ObjectReader objects(*document);

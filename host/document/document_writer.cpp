@@ -87,7 +87,8 @@ Json JsonOf(const paragraphStruct& paragraph) {
           {"leftPercent", paragraph.leftPercent}, {"rightPercent", paragraph.rightPercent}};
 }
 
-// What a shape adds to its object. A group's members are added by the caller, who has the document.
+// The members that a shape adds to its object. Those of a group are added by the caller, who has
+// the document.
 struct ShapeWriter {
   Json& json;
 
@@ -172,7 +173,7 @@ Json ObjectJson(const Document& document, ObjectHandle handle) {
   std::visit(ShapeWriter{json}, object.shape);
   // A plate that was taken out is in no file that a plate could be continued by.
   const auto* plate = std::get_if<PlateShape>(&object.shape);
-  if (plate && !document.Stands(plate->continuation)) json["continuation"] = 0;
+  if (plate && !document.Holds(plate->continuation)) json["continuation"] = 0;
   json.update(JsonOf(object.attributes));
   if (std::holds_alternative<GroupShape>(object.shape)) {
     json["members"] = MembersJson(document, handle);

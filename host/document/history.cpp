@@ -59,7 +59,8 @@ bool Document::Redo() {
   return true;
 }
 
-// Applies the changes' reverses from the last to the first, and gives the step that reverses that.
+// Applies the changes' reverses from the last to the first, and returns the step that reverses
+// that.
 Document::Step Document::Reverse(Step step) {
   std::reverse(step.changes.begin(), step.changes.end());
   for (Change& change : step.changes) {

@@ -78,7 +78,7 @@ class Builder {
     return true;
   }
 
-  // The place of what stands within the innermost level, without its own name.
+  // The place of the innermost level.
   [[nodiscard]] std::string Where() const {
     std::string where;
     for (std::size_t i = 0; i + 1 < m_Open.size(); ++i) {

@@ -6,7 +6,7 @@
 
 #include "host/document/json_reader.h"
 
-/// Reading a long JSON text so that its values never stand in memory all at once.
+/// Reading a long JSON text without holding all its values in memory at once.
 namespace rastrel::document {
 
 /// Levels of arrays and objects that a text may have: more than any document's, and few enough that
@@ -31,7 +31,7 @@ struct ElementTaker {
 
 /// Parses a whole text (RFC 8259). The result holds the values that were not taken; a taken array
 /// is empty there. Of members of one name the last one counts, but a taken one is refused if it
-/// stands twice. Throws JsonFault for a text that is not JSON or is too deep, and lets the taker's
+/// comes twice. Throws JsonFault for a text that is not JSON or is too deep, and lets the taker's
 /// exceptions pass.
 [[nodiscard]] nlohmann::json ParseJson(std::string_view text, const ElementTaker& taker);
 

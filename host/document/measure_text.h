@@ -5,7 +5,7 @@
 
 namespace rastrel::document {
 
-/// A measure as a person reads it: at most six digits, a dot whatever the locale. ASCII.
+/// A measure for a person: at most six digits, with a dot whatever the locale. ASCII.
 [[nodiscard]] inline std::string MeasureText(double value) {
   char text[32];
   const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6);

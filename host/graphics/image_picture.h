@@ -17,7 +17,7 @@ struct Resolution {
   double y = 96;
 };
 
-/// A resolution that a file names, or 96 dpi where it can't be one.
+/// The resolution that a file names; 96 dpi if it is not plausible.
 [[nodiscard]] Resolution Plausible(double x, double y);
 
 /// Succeeds if an image of that many pixels may be opened.

@@ -123,7 +123,7 @@ OpenedPicture OpenJpeg(const std::string& bytes) {
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
     return FailureOf("there is no memory for its pixels");
   }
-  // Viewers disagree on what four inks look like, and on which way round they are.
+  // Viewers show four inks in different ways, some of them inverted.
   const bool carried = head.components == 1 || head.components == 3;
   if (carried) AttachJpeg(surface.get(), bytes);
   return std::unique_ptr<Picture>(std::make_unique<ImagePicture>(

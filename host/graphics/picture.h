@@ -15,7 +15,7 @@ typedef struct _cairo cairo_t;
 
 namespace rastrel::graphics {
 
-/// What a placed file may hold.
+/// Limits of a placed file.
 inline constexpr std::size_t LargestGraphicFile = std::size_t{256} << 20;  ///< bytes
 inline constexpr std::uint64_t MaximumGraphicPixels = 100'000'000;         ///< of an image
 inline constexpr double LargestGraphicSide = 10'000;                       ///< centimetres
@@ -55,7 +55,7 @@ class Picture {
   std::shared_ptr<const std::string> m_Bytes;
 };
 
-/// The kind of a file, by its first bytes; nothing for what can't be placed.
+/// The kind of a file, by its first bytes; nothing for one that can't be placed.
 [[nodiscard]] std::optional<document::GraphicKind> KindOf(std::string_view bytes);
 
 /// A file of that kind as a picture. Images are decoded and documents read here, so that a picture
@@ -64,7 +64,7 @@ class Picture {
 /// crop box.
 ///
 /// True size: an SVG by its own units, with 96 px to the inch; an image by the resolution that it
-/// names, and 96 dpi where it names none that can be; PDF and EPS by their points.
+/// names, and 96 dpi where that is missing or not plausible; PDF and EPS by their points.
 [[nodiscard]] Expected<std::unique_ptr<Picture>> OpenPicture(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
 

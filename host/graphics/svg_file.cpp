@@ -21,7 +21,7 @@ struct Size {
   double height = 0;
 };
 
-// In px: of width and height, else of the view box, else of what is drawn.
+// In px: of width and height, else of the view box, else of the drawing.
 Size SizeOf(RsvgHandle* handle) {
   Size size;
   if (rsvg_handle_get_intrinsic_size_in_pixels(handle, &size.width, &size.height) != FALSE) {

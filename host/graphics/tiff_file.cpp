@@ -19,14 +19,14 @@ namespace rastrel::graphics {
 namespace {
 
 constexpr double CentimetresPerInch = 2.54;
-// What the library may ask for at once: strips as large as the largest image, and not more.
+// The maximum size of one allocation: a strip as large as the largest image.
 constexpr tmsize_t LargestAllocation = tmsize_t{8} * MaximumGraphicPixels;
 
 // A file in memory, as the library reads one.
 struct Source {
   const std::string& bytes;
   std::uint64_t place = 0;
-  std::string fault;  // the library's words for the first thing that is wrong
+  std::string fault;  // the library's message for the first fault
 };
 
 Source& SourceOf(thandle_t handle) { return *static_cast<Source*>(handle); }

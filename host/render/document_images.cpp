@@ -124,7 +124,7 @@ std::wstring NumberedPath(const std::wstring& path, int number) {
          parts.extension;
 }
 
-// Draws the pictures one by one and hands each over; ends with the first failure of either.
+// Draws the pictures one by one and passes each on; ends with the first failure of either.
 template <typename Take>
 Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const ImageOptions& options,
                         Take take) {

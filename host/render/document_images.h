@@ -10,13 +10,13 @@
 #include "host/text/font_catalog.h"
 #include "rastrel/platform/os/expected.h"
 
-/// Pictures of a document's pages in true size. The same document gives the same bytes, whenever
-/// and by whichever process they are made, as long as the same fonts are installed.
+/// Pictures of a document's pages in true size. The same document has the same pictures to the
+/// byte, in every process, as long as the same fonts are installed.
 namespace rastrel::render {
 
 enum class ImageFormat { Svg, Pdf, Png };
 
-/// What a picture shows, and how.
+/// The content of a picture, and its form.
 struct ImageOptions {
   std::optional<int> page;  ///< counted from 1; nothing for all of them
   bool outlines = false;    ///< every letter as a path, rather than as text in a font
@@ -30,8 +30,8 @@ inline constexpr double HighestDpi = 10'000;
 inline constexpr std::uint64_t MaximumPixels = 100'000'000;
 inline constexpr int MaximumPixelSide = 32'767;
 
-/// What the pictures are made of. All must outlive the call; the notices tell of placed files that
-/// can't be drawn and of fonts that can't be had.
+/// The source of the pictures. All must outlive the call; placed files that can't be drawn and
+/// missing fonts become notices.
 struct ImageSource {
   const document::Document& document;
   const text::FontCatalog& fonts;

@@ -65,22 +65,24 @@ Expected<void> PageRenderer::Sort() {
   return {};
 }
 
+void PageRenderer::DrawBlank(Canvas& canvas) const {
+  Outline edge;
+  edge.MoveTo({0, 0});
+  edge.LineTo({m_Width, 0});
+  edge.LineTo({m_Width, m_Height});
+  edge.LineTo({0, m_Height});
+  edge.Close();
+  canvas.Begin(Role::Blank);
+  canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
+  canvas.End();
+}
+
 void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
-  if (blank) {
-    Outline edge;
-    edge.MoveTo({0, 0});
-    edge.LineTo({m_Width, 0});
-    edge.LineTo({m_Width, m_Height});
-    edge.LineTo({0, m_Height});
-    edge.Close();
-    canvas.Begin(Role::Blank);
-    canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
-    canvas.End();
-  }
+  if (blank) DrawBlank(canvas);
   const auto found = m_Pages.find(page);
   if (found == m_Pages.end()) return;
   ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
-  // What is left to draw of the groups that stand in one another, the outermost first.
+  // The open groups and the next member of each, the outermost first.
   struct Level {
     const Handles* members;
     std::size_t next;

@@ -15,7 +15,7 @@ namespace rastrel::render {
 
 class PictureCache;
 
-/// Pages and objects that can be drawn at once; an object counts on each page that it stands on.
+/// Pages and objects that can be drawn at once; an object counts on each page that it is on.
 inline constexpr int MaximumPages = 10'000;
 inline constexpr std::size_t MaximumObjects = 5'000'000;
 /// Points that a page may be wide and high: 352 m.
@@ -23,9 +23,9 @@ inline constexpr double LargestPage = 1'000'000;
 
 /// Draws pages of a document.
 ///
-/// Objects are drawn in the document's order. Pages and sheet layer of a group count for all that
-/// it holds; an object that is not visible is not drawn, nor what it holds. What has the invisible
-/// color is left out.
+/// Objects are drawn in the document's order. Pages and sheet layer of a group count for all its
+/// members; an object that is not visible is not drawn, nor are its members. Parts in the invisible
+/// color are left out.
 ///
 /// - The blank is white with a thin gray edge, where it is wanted.
 /// - Panes of a plate are filled with the plate's color and have an edge: as their line style
@@ -34,7 +34,7 @@ inline constexpr double LargestPage = 1'000'000;
 /// - Paths are filled where they are closed, and outlined as their line style says.
 /// - Cut lines are thin, dashed, in their line color, whatever their style.
 /// - Drill points are a circle in true size with a cross, thin, in their line color.
-/// - Placed files stand in their box; one that can't be drawn is a crossed box, and is told.
+/// - Placed files fill their box; one that can't be drawn is a crossed box, with a notice.
 class PageRenderer {
  public:
   /// All must outlive the renderer, and the document must stay as it is.
@@ -59,7 +59,8 @@ class PageRenderer {
  private:
   using Handles = std::vector<document::ObjectHandle>;
 
-  // Puts the document's members on their pages; fails for what is beyond the limits.
+  void DrawBlank(Canvas& canvas) const;
+  // Puts the document's members on their pages; fails beyond the limits.
   [[nodiscard]] Expected<void> Sort();
 
   const document::Document& m_Document;

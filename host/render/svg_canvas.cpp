@@ -15,7 +15,7 @@ namespace rastrel::render {
 
 namespace {
 
-// A hundred times what the largest page has; numbers stay short.
+// A hundred times the largest page; numbers stay short.
 constexpr double FarthestPoint = 1e8;
 constexpr double ThinnestPoints = 0.25;
 

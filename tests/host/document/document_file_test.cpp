@@ -158,7 +158,7 @@ TEST(DocumentFile, what_it_does_not_know_is_passed_over) {
   EXPECT_TRUE(ReadDocumentText(With(text, "\"unit\": \"cm\"", "\"unit\": \"cm\", \"new\": [1]")));
 }
 
-// An object as it stands in a file, of a kind that needs nothing else.
+// The text of an object in a file, of a kind that needs nothing else.
 std::string ObjectText(int id, const std::string& rest) {
   return R"({"id": )" + std::to_string(id) + R"(, "layer": "invisible", "lineColor": "invisible",
     "lineWidth": 0, "lineStyle": 0, "sheetLayer": 0, "pages": [1, 1], "traits": [], )" +
@@ -180,7 +180,7 @@ std::string FileWith(const std::string& members) {
 
 TEST(DocumentFile, groups_deeper_than_the_limit_are_refused) {
   for (const int depth : {DeepestGroup - 1, DeepestGroup, DeepestGroup + 1}) {
-    // The innermost one may tell of its members or not.
+    // The innermost one may have its members or not.
     for (const char* members : {R"("kind": "group", "members": [])", R"("kind": "group")"}) {
       std::string objects = ObjectText(2, members);
       for (int i = 1; i < depth; ++i) {
@@ -219,7 +219,7 @@ TEST(DocumentFile, nesting_without_end_is_refused_without_a_crash) {
 TEST(DocumentFile, what_it_does_not_know_may_be_as_deep_as_any_text) {
   for (const std::size_t depth : {DeepestJson - 2, DeepestJson - 1, DeepestJson}) {
     const std::string deep = std::string(depth, '[') + std::string(depth, ']');
-    // It stands in the document, which is the first level.
+    // It is in the document, which is the first level.
     const auto read = ReadDocumentText(FileWith("\"new\": " + deep + ", \"objects\": []"));
     ASSERT_EQ(static_cast<bool>(read), depth < DeepestJson) << depth;
     if (!read) {

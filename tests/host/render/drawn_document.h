@@ -17,7 +17,7 @@
 /// A document that tests put objects into and have drawn.
 namespace rastrel::test {
 
-/// What a command prints. Fails the test if it fails.
+/// The output of a command. Fails the test if the command fails.
 inline std::string Output(const std::string& command) {
   const auto close = [](std::FILE* pipe) { EXPECT_EQ(::pclose(pipe), 0) << "the command failed"; };
   const std::unique_ptr<std::FILE, decltype(close)> pipe(::popen(command.c_str(), "r"), close);

@@ -264,7 +264,7 @@ TEST_F(Images, one_page_of_a_pdf_can_be_had) {
 
 // --- All of them ---
 
-// Three renderers of three makers: what they show must be the same picture.
+// Three renderers of three makers must show the same picture.
 TEST_F(Images, svg_pdf_and_png_show_the_same) {
   AddUsual();
   ImageOptions options;

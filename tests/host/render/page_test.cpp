@@ -171,7 +171,7 @@ TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
   EXPECT_NE(Refusal(ImageFormat::Svg).find("more than 5000000 objects"), std::string::npos);
 }
 
-// --- Documents that nobody means well with ---
+// --- Hostile documents ---
 
 class HostilePage : public test::DrawnDocument {
  protected:
