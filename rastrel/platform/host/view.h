@@ -28,7 +28,7 @@ class RASTREL_API CVelumark5View {
 
   /// Its document, owned by the host; never null.
   [[nodiscard]] virtual CVelumark5Doc* GetDocument() = 0;
-  /// Replaces the document by a new, empty one. Handles of the old one are no longer valid.
+  /// Replaces the document by a new one. Handles of the old one are no longer valid.
   virtual void OnNew() = 0;
   /// Sets whether the view may draw itself; a conversion clears it while it works.
   virtual void SetUpdateAllowed(bool allowed) = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <mutex>
+#include <optional>
 #include <string>
 
 #include "rastrel/platform/host/host.h"
@@ -37,6 +37,7 @@ class EnglishTranslation : public host::Translation {
   [[nodiscard]] std::optional<std::wstring> Translate(const std::wstring& text) override;
 };
 
+/// The three as one host, without a document.
 class StandaloneHost : public host::Host {
  public:
   [[nodiscard]] host::Settings& GetSettings() override { return m_Settings; }

@@ -23,7 +23,7 @@ class RASTREL_API CVKColor {
   /// and `reflectivity` are kept as they are.
   CVKColor(std::int32_t reference, int space, int correction, int reflectivity);
 
-  /// Sets four components, which must be those of the space. The color is then not invisible.
+  /// Sets the space and its four components. The color is then not invisible.
   void SetColor(const double& c, const double& m, const double& y, const double& k,
                 COLORSPACE space);
   /// Sets three components in the same way.
