@@ -152,7 +152,7 @@ void Measure(const std::string& name, const std::string& peer, AddObjects add, P
       {name, peer, 7, 2, Clock::Processor}, [] {},
       [&] {
         const auto images =
-            render::DrawDocument({document, fonts, notices}, render::ImageFormat::kPdf, {});
+            render::DrawDocument({document, fonts, notices}, render::ImageFormat::Pdf, {});
         Require(images && images->front().size() >= size / 2, "the page was not drawn");
       },
       [&] { size = Bare(paint); });

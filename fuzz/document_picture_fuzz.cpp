@@ -18,9 +18,9 @@ void Draw(const document::Document& document) {
   document::Notices notices;
   static document::Notices fontNotices;
   static const text::FontCatalog fonts(fontNotices);
-  for (const auto format : {render::ImageFormat::kSvg, render::ImageFormat::kPdf}) {
+  for (const auto format : {render::ImageFormat::Svg, render::ImageFormat::Pdf}) {
     render::ImageOptions options;
-    options.outlines = format == render::ImageFormat::kPdf;
+    options.outlines = format == render::ImageFormat::Pdf;
     options.page = 1;
     const auto first = render::DrawDocument({document, fonts, notices}, format, options);
     const auto second = render::DrawDocument({document, fonts, notices}, format, options);
@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
   const auto read = document::ReadDocumentText({reinterpret_cast<const char*>(data), size});
   if (!read) {
-    if (read.Error().empty()) std::abort();
+    if (read.Error().where.empty() || read.Error().why.empty()) std::abort();
     return 0;
   }
   const std::string text = document::DocumentText(**read);

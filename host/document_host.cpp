@@ -14,7 +14,7 @@
 
 namespace rastrel::document {
 
-// In the order in which each stands on those before it.
+// Each uses those before it.
 struct DocumentHost::Parts {
   explicit Parts(std::unique_ptr<Document> opened)
       : document(std::move(opened)),
@@ -44,8 +44,7 @@ DocumentHost::DocumentHost(std::unique_ptr<Document> document)
 
 DocumentHost::~DocumentHost() = default;
 
-os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> DocumentHost::Open(
-    const std::wstring& path) {
+Expected<std::unique_ptr<DocumentHost>> DocumentHost::Open(const std::wstring& path) {
   auto document = LoadDocument(path);
   if (!document) return document.Error();
   return std::make_unique<DocumentHost>(std::move(*document));
@@ -65,7 +64,7 @@ const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }
 Notices& DocumentHost::GetNotices() { return m_Parts->notices; }
 const text::FontCatalog& DocumentHost::GetFonts() const { return m_Parts->fonts; }
 
-DocumentHost::LeftOpen DocumentHost::WhatIsOpen() const {
+DocumentHost::OpenWork DocumentHost::StillOpen() const {
   return {m_Parts->document->OpenSteps(), m_Parts->store.OpenLists(), m_Parts->text.IsOpen()};
 }
 

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "rastrel/platform/os/expected.h"
-#include "rastrel/platform/os/expected_or.h"
 #include "rastrel/platform/standalone/standalone_host.h"
 
 namespace rastrel::text {
@@ -20,12 +19,12 @@ class DocumentApplication;
 class DocumentStore;
 class Notices;
 
-/// The embedded host with a document: what imports and conversions work on in a program that has no
-/// document of its own. Settings, directories and translation are the embedded host's.
+/// The embedded host: a host with a document, for imports and conversions in a program that has no
+/// document of its own. Settings, directories and translation are the standalone host's.
 ///
-/// It is installed with host::SetHost and holds one document as long as it lives. What the user
-/// should hear of is collected in the notices. The thread that made it alone may use it. It has no
-/// contour cutting and no plane reading.
+/// It is installed with host::SetHost and holds one document as long as it lives. Messages to the
+/// user are collected in the notices. Only the thread that made it may use it. It has no contour
+/// cutting and no plane reading.
 class DocumentHost : public standalone::StandaloneHost {
  public:
   /// With a new, empty document.
@@ -36,9 +35,8 @@ class DocumentHost : public standalone::StandaloneHost {
   DocumentHost(const DocumentHost&) = delete;
   DocumentHost& operator=(const DocumentHost&) = delete;
 
-  /// With the document of a file (document_file.h), or why it can't be read, in words.
-  [[nodiscard]] static os::ExpectedOr<std::unique_ptr<DocumentHost>, std::wstring> Open(
-      const std::wstring& path);
+  /// With the document of a file. Fails as LoadDocument does (document_file.h).
+  [[nodiscard]] static Expected<std::unique_ptr<DocumentHost>> Open(const std::wstring& path);
   /// Saves the document to a file, whole or not at all.
   [[nodiscard]] Expected<void> Save(const std::wstring& path) const;
 
@@ -47,21 +45,22 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
   [[nodiscard]] host::Application* GetApplication() override;
 
-  /// The document, and what belongs to it. Owned by the host.
+  /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();
   [[nodiscard]] const Document& GetDocument() const;
   [[nodiscard]] Notices& GetNotices();
   [[nodiscard]] const text::FontCatalog& GetFonts() const;
 
-  /// What a command should have closed behind itself.
-  struct LeftOpen {
+  /// Work that was begun and not closed.
+  struct OpenWork {
     int undoSteps = 0;
     std::size_t lists = 0;
     bool paragraph = false;
-    bool operator==(const LeftOpen&) const = default;
+    bool operator==(const OpenWork&) const = default;
   };
-  /// All 0 and false between commands that close what they open.
-  [[nodiscard]] LeftOpen WhatIsOpen() const;
+  /// The undo steps, lists and paragraph that are open now: all 0 and false after a command that
+  /// closes what it opens.
+  [[nodiscard]] OpenWork StillOpen() const;
 
  private:
   struct Parts;

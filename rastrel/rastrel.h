@@ -1,12 +1,26 @@
 #pragma once
 
-/// The whole exported interface.
+/// The whole exported interface: the one header that a host includes.
 ///
-/// A host fills a ticket (job/job_ticket.h), prints it, and may stop it through its thread
-/// (printing/printing_thread.h). It saves and loads tickets with an archive
-/// (platform/mfc/archive.h). A program with settings, directories or translations of its own
-/// installs them first (platform/host/host.h); one with a document implements the interfaces that
-/// the same header names, and imports and conversions then build objects in it.
+/// Where to begin:
+///
+/// - To print: fill a ticket (job/job_ticket.h), call its `PrintJob`, poll its status
+///   (job/status.h), and call `EndPrint`. The ticket's thread (printing/printing_thread.h) stops
+///   it. A program that prints needs nothing else: without a host of its own it has the standalone
+///   host, with settings and a queue below the data root.
+/// - To keep jobs: save and load tickets with an archive (platform/mfc/archive.h).
+/// - To use settings, directories or translations of your own: derive from
+///   `rastrel::host::Host` (platform/host/host.h), and call `SetHost` before all else.
+/// - To import templates, or convert: let that host return a database, a text engine and an
+///   application as well (platform/host/object_store.h, text_compose.h, application.h).
+///   docs/host.md is the guide. The importers are in imports/, the readers of lists and charts in
+///   readers/.
+/// - To show progress: let it return views for dialogs (platform/host/dialogs.h), your own or the
+///   windows of platform/standalone/window_views.h.
+///
+/// Values that pass both ways (colors, rectangles, matrices, text records) are in platform/values,
+/// the framework's types in platform/mfc. Operations of the host are called on its user interface
+/// thread unless their header says otherwise.
 
 #include "rastrel/cfm/directories.h"
 #include "rastrel/conversion/cut_data.h"
@@ -41,9 +55,11 @@
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/mfc/window.h"
 #include "rastrel/platform/standalone/window_views.h"
+#include "rastrel/platform/values/bitmap_header.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"
+#include "rastrel/platform/values/poly_reference.h"
 #include "rastrel/platform/values/rect.h"
 #include "rastrel/platform/values/smart_double.h"
 #include "rastrel/platform/values/spot_match.h"

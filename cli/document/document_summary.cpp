@@ -52,7 +52,7 @@ void WriteText(const OpenedFile& file, const std::string& path,
   const DocumentCounts counts = CountsOf(document);
   const document::SignBlank& blank = document.Blank();
   std::string text = Number(static_cast<std::size_t>(counts.pages), "page", "pages") + " of " +
-                     os::Utf8FromWide(document::SizeText(blank.width, blank.height)) + ": " +
+                     document::SizeText(blank.width, blank.height) + ": " +
                      Number(counts.panes, "plate", "plates") + ", " +
                      Number(counts.texts, "text", "texts") + ", " +
                      Number(counts.drillPoints, "drill point", "drill points");

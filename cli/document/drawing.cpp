@@ -36,9 +36,9 @@ DrawingKind KindOf(const std::string& output) {
 
 render::ImageFormat FormatOf(DrawingKind kind) {
   switch (kind) {
-    case DrawingKind::Svg: return render::ImageFormat::kSvg;
-    case DrawingKind::Pdf: return render::ImageFormat::kPdf;
-    default: return render::ImageFormat::kPng;
+    case DrawingKind::Svg: return render::ImageFormat::Svg;
+    case DrawingKind::Pdf: return render::ImageFormat::Pdf;
+    default: return render::ImageFormat::Png;
   }
 }
 
@@ -69,7 +69,7 @@ std::vector<std::string> WriteDrawing(document::DocumentHost& host, const Drawin
   options.outlines = request.outlines;
   options.dpi = request.dpi;
   const auto written = render::SaveImages(source, FormatOf(request.kind), options, path);
-  if (!written) throw CommandError(ExitStatus::JobFailed, os::Utf8FromWide(written.Error()));
+  if (!written) throw CommandError(ExitStatus::JobFailed, Describe(written.Error()));
   std::vector<std::string> files;
   for (const std::wstring& file : *written) files.push_back(os::Utf8FromWide(file));
   return files;

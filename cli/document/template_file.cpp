@@ -58,7 +58,7 @@ OpenedFile OpenTemplate(const Invocation& invocation) {
     if (!blank.empty())
       throw CommandError(ExitStatus::WrongUse, "--blank: a document has its blank already");
     auto opened = document::DocumentHost::Open(os::FromNative(path));
-    if (!opened) Refuse(path, os::Utf8FromWide(opened.Error()));
+    if (!opened) Refuse(path, Describe(opened.Error()));
     file.host = std::move(*opened);
     host::SetHost(file.host.get());
     return file;

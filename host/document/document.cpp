@@ -12,7 +12,7 @@ namespace {
 
 using Handles = std::vector<ObjectHandle>;
 
-// The vector behind a pointer, alone: whoever shares it keeps the old one.
+// The vector of a pointer, unshared: others that share it keep the old one.
 Handles& Alone(std::shared_ptr<Handles>& handles) {
   if (handles.use_count() > 1) handles = std::make_shared<Handles>(*handles);
   return *handles;
@@ -72,7 +72,7 @@ Object* Document::Edit(ObjectHandle handle) {
   if (!Find(handle)) return nullptr;
   Object& object = *m_Objects[handle - FirstHandle];
   // An object that was made within the step goes with its insertion.
-  if (Records() && object.parent != 0) Keep({Change::Kind::kEdit, handle, object});
+  if (Records() && object.parent != 0) Keep({Change::Kind::Edit, handle, object});
   return &object;
 }
 
@@ -121,7 +121,7 @@ bool Document::Insert(ObjectHandle handle, ObjectHandle parent, std::size_t posi
   }
   if (levels > DeepestGroup) return false;
   Link(handle, parent, std::min(position, Members(parent).size()));
-  KeepOrForget({Change::Kind::kInsert, handle, {}, parent});
+  KeepOrForget({Change::Kind::Insert, handle, {}, parent});
   return true;
 }
 
@@ -130,7 +130,7 @@ bool Document::Remove(ObjectHandle handle) {
   if (!object || object->parent == 0) return false;
   const ObjectHandle parent = object->parent;
   const std::size_t position = Unlink(handle);
-  KeepOrForget({Change::Kind::kRemove, handle, {}, parent, position});
+  KeepOrForget({Change::Kind::Remove, handle, {}, parent, position});
   return true;
 }
 
@@ -150,7 +150,7 @@ void Document::Destroy(ObjectHandle handle) {
     place.reset();
   }
   std::erase_if(m_Selection, [&](ObjectHandle selected) { return !Find(selected); });
-  // What is gone for good can't be brought back, and the history may speak of it.
+  // A destroyed object can't come back, and the history may hold it.
   Forget();
 }
 
@@ -195,7 +195,7 @@ void Document::CountPage(const Object& object, int howMany) {
   if (count == 0) m_LastPages.erase(object.attributes.pages.last);
 }
 
-bool Document::Stands(ObjectHandle handle) const {
+bool Document::Holds(ObjectHandle handle) const {
   const Object* object = Find(handle);
   while (object && object->parent != host::DocumentRoot) object = Find(object->parent);
   return object != nullptr;

@@ -11,7 +11,7 @@
 
 #include "host/document/palette.h"
 #include "host/document/shapes.h"
-#include "rastrel/platform/host/sheet_layer.h"
+#include "rastrel/platform/values/document_values.h"
 
 namespace rastrel::document {
 
@@ -32,22 +32,22 @@ struct PlateParameters {
   bool operator==(const PlateParameters&) const = default;
 };
 
-/// Groups that may stand in one another, the outermost and the innermost included. What walks
-/// through a document may call itself for each of them.
+/// How deep groups may be nested, the outermost and the innermost included. Functions that walk
+/// through a document may recurse for each of them.
 inline constexpr int DeepestGroup = 64;
 
 /// A document: objects on pages of one size, palette, sheet layers, selection and history.
 ///
-/// An object is made with `Create` and stands in no place until it is put into the document or a
-/// group. Handles are given in ascending order and never twice. One thread at a time.
+/// An object is made with `Create` and has no place until it is inserted into the document or a
+/// group. Handles ascend and are never used twice. One thread at a time.
 ///
-/// While a step is open every change is kept, so that it can be taken back. The last HistoryDepth
-/// steps are kept. What is put in or taken out without being kept makes the document forget its
-/// history, which speaks of places that are no more.
+/// While a step is open every change is kept, so that it can be undone. The last HistoryDepth steps
+/// are kept. An insertion or a removal that is not kept makes the document forget its history,
+/// whose places are then no longer right.
 class Document {
  public:
   static constexpr std::size_t HistoryDepth = 1000;
-  /// The highest handle that a document gives.
+  /// The maximum handle of a document.
   static constexpr ObjectHandle MaximumHandles = 16'000'000;
   /// The highest number of a page.
   static constexpr int LastPage = 1'000'000;
@@ -70,29 +70,28 @@ class Document {
   /// False if the number is taken or not above 0.
   bool AddSheetLayer(const CSheetLayer& layer);
   void RemoveSheetLayer(int number) { m_SheetLayers.erase(number); }
-  /// A number above all that were given to layers or objects, or the highest there is if that was
-  /// given too.
+  /// A number above all that layers or objects have had, or the maximum int if that is in use too.
   [[nodiscard]] int NextEmptyLayer() const;
   /// The page on show, from 1.
   [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
   void SetDisplayPage(int page) { m_DisplayPage = page; }
-  /// The highest page that an object of the document stands on; 0 without objects.
+  /// The highest page that an object of the document is on; 0 without objects.
   [[nodiscard]] int HighestPage() const;
 
   // --- Objects ---
 
-  /// A new object that stands in no place and is not selected; 0 if all handles were given.
+  /// A new object without a place, not selected; 0 if no handles are left.
   ObjectHandle Create(Shape shape, const Attributes& attributes = {});
   /// Under a handle that is not in use, as a saved document has it. False if it is in use, or below
   /// the first.
   bool CreateAs(ObjectHandle handle, Object object);
   /// The object, or null for one that never was or is gone. Valid until an object is made.
   [[nodiscard]] const Object* Find(ObjectHandle handle) const;
-  /// The same, to be changed: what it is now is kept for the open step.
+  /// The same, to be changed: its present value is kept for the open step.
   [[nodiscard]] Object* Edit(ObjectHandle handle);
-  /// Puts an object that stands nowhere into the document or a group, in front of the member at
-  /// `position`, as the last if there are no more. False if there is no such object or group, if it
-  /// stands somewhere, or if groups would stand more than DeepestGroup deep.
+  /// Inserts an object without a place into the document or a group, before the member at
+  /// `position`, as the last if there are no more. False if there is no such object or group, if
+  /// the object has a place, or if groups would be more than DeepestGroup deep.
   bool Insert(ObjectHandle handle, ObjectHandle parent, std::size_t position = SIZE_MAX);
   /// Takes an object out of its place, and out of the selection. It can be inserted again.
   bool Remove(ObjectHandle handle);
@@ -107,8 +106,8 @@ class Document {
   /// The members of the document (host::DocumentRoot) or of a group, in their order; empty for
   /// anything else. Valid until one is inserted or removed.
   [[nodiscard]] const std::vector<ObjectHandle>& Members(ObjectHandle root) const;
-  /// The document's members, and the plates among them, as they are now: what is shared does not
-  /// change when the document does.
+  /// The document's members, and the plates among them, as they are now: the shared vector does not
+  /// change with the document.
   [[nodiscard]] std::shared_ptr<const std::vector<ObjectHandle>> SharedMembers() const {
     return m_Members;
   }
@@ -116,15 +115,15 @@ class Document {
     return m_PlateObjects;
   }
   /// True for an object that the document or one of its groups holds.
-  [[nodiscard]] bool Stands(ObjectHandle handle) const;
-  /// Groups that stand in one another from this object inward: 0 if it is no group, 1 if none of
-  /// its members is one.
+  [[nodiscard]] bool Holds(ObjectHandle handle) const;
+  /// The depth of groups from this object inward: 0 if it is no group, 1 if none of its members is
+  /// one.
   [[nodiscard]] int GroupLevels(ObjectHandle handle) const;
   /// The bounds on the page, of a group those of its members.
   [[nodiscard]] BOUNDS Bounds(ObjectHandle handle) const;
   /// The bounds of several objects together; of none an empty box at the origin.
   [[nodiscard]] BOUNDS Bounds(std::span<const ObjectHandle> handles) const;
-  /// One more than the highest handle that was given.
+  /// One more than the highest handle in use so far.
   [[nodiscard]] ObjectHandle NextHandle() const { return FirstHandle + m_Objects.size(); }
   /// Objects that the document and its groups hold.
   [[nodiscard]] std::size_t ObjectCount() const { return m_ObjectCount; }
@@ -144,18 +143,18 @@ class Document {
   [[nodiscard]] int OpenSteps() const { return m_OpenSteps; }
   [[nodiscard]] bool KeepsHistory() const { return m_KeepHistory; }
   void KeepHistory(bool keep) { m_KeepHistory = keep; }
-  /// Names of the steps that can be taken back, the last one last.
+  /// Names of the steps that can be undone, the last one last.
   [[nodiscard]] std::vector<std::wstring> StepNames() const;
-  /// Takes the last step back, and does it again. False if there is none, or a step is open.
+  /// Undoes the last step, or does it again. False if there is none, or a step is open.
   bool Undo();
   bool Redo();
 
  private:
   static constexpr ObjectHandle FirstHandle = host::DocumentRoot + 1;
 
-  // A change, kept as what brings back what was before.
+  // A change, kept as the values before it.
   struct Change {
-    enum class Kind { kEdit, kInsert, kRemove } kind;
+    enum class Kind { Edit, Insert, Remove } kind;
     ObjectHandle handle;
     Object before;             // of an edit
     ObjectHandle parent = 0;   // of a removal

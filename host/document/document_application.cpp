@@ -7,6 +7,7 @@
 #include "host/document/measure_text.h"
 #include "host/document/plate_item.h"
 #include "host/document/plate_layout.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
 
@@ -90,8 +91,8 @@ void DocumentApplication::GetSignBlankSize(double& width, double& height) {
 void DocumentApplication::SetSignBlankSize(double width, double height, int /*redraw*/) {
   SignBlank blank = m_Document.Blank();
   if (!std::isfinite(width) || !std::isfinite(height) || width <= 0 || height <= 0) {
-    m_Notices.Add(L"a blank of " + SizeText(width, height) + L" is none; it stays " +
-                  SizeText(blank.width, blank.height));
+    m_Notices.Add(os::WideFromUtf8("a blank of " + SizeText(width, height) + " is none; it stays " +
+                                   SizeText(blank.width, blank.height)));
     return;
   }
   blank.width = width;
@@ -138,17 +139,6 @@ CSheetLayerPalette* DocumentApplication::GetSheetLayerPalette() { return m_Sheet
 std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
     int count, double width, double height, const CWorldRect& margins, double horizontalGap,
     double verticalGap) {
-  // The caller lays panes out page by page until none is left: one that never fits would not end.
-  auto refusal =
-      WhyNoPaneFits(m_Document.Blank(), width, height, margins, horizontalGap, verticalGap);
-  if (!refusal && (count < 1 || count > MaximumPanes)) {
-    refusal = L"a plate of " + std::to_wstring(count) + L" panes: a document holds 1 to " +
-              std::to_wstring(MaximumPanes);
-  }
-  if (refusal) {
-    m_Notices.AddLoss(*refusal);
-    return nullptr;
-  }
   PlateShape shape;
   shape.wanted = count;
   shape.width = width;
@@ -156,6 +146,16 @@ std::unique_ptr<CGenericPlateObject> DocumentApplication::NewGenericPlateObject(
   shape.margins = margins;
   shape.horizontalGap = horizontalGap;
   shape.verticalGap = verticalGap;
+  // The caller lays panes out page by page until none is left: one that never fits would not end.
+  Expected<void> fits = CheckPaneFits(m_Document.Blank(), shape);
+  if (fits && (count < 1 || count > MaximumPanes)) {
+    fits = FailureOf("a plate of " + std::to_string(count) + " panes: a document holds 1 to " +
+                     std::to_string(MaximumPanes));
+  }
+  if (!fits) {
+    m_Notices.AddLoss(os::WideFromUtf8(Describe(fits.Error())));
+    return nullptr;
+  }
   return std::make_unique<PlateItem>(m_Store, std::move(shape));
 }
 
@@ -182,7 +182,7 @@ void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
   if (!shapeOf(plate) || count < 1) return;
   for (const PlateShape* part = shapeOf(plate); part;) {
     panes += part->panes.size();
-    part = m_Document.Stands(part->continuation) ? shapeOf(part->continuation) : nullptr;
+    part = m_Document.Holds(part->continuation) ? shapeOf(part->continuation) : nullptr;
   }
   GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
 }
@@ -200,8 +200,9 @@ void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
                            place.y / host::TextUnitsPerInch * host::CentimetresPerInch};
   if (!std::isfinite(centre.x) || !std::isfinite(centre.y) || !std::isfinite(*m_DrillDiameter) ||
       *m_DrillDiameter <= 0 || *m_DrillDiameter > LargestDrillDiameter) {
-    m_Notices.AddLoss(L"a drill point of " + MeasureText(*m_DrillDiameter) + L" cm at " +
-                      MeasureText(centre.x) + L", " + MeasureText(centre.y) + L" cm can't be made");
+    m_Notices.AddLoss(os::WideFromUtf8("a drill point of " + MeasureText(*m_DrillDiameter) +
+                                       " cm at " + MeasureText(centre.x) + ", " +
+                                       MeasureText(centre.y) + " cm can't be made"));
     return;
   }
   const ObjectHandle drill = m_Document.Create(DrillShape{centre, *m_DrillDiameter});

@@ -14,11 +14,11 @@
 
 namespace rastrel::document {
 
-/// Holes that can be made at one place: larger or smaller ones are refused.
+/// The largest hole, in world units: larger ones are refused.
 inline constexpr double LargestDrillDiameter = 100;
 
 /// The application of the embedded host over one document: palette, blank, pages, plates, drill
-/// points and messages. What it loads as graphics is given to it.
+/// points and messages. Its loader of graphics is set from outside.
 class DocumentApplication : public host::Application {
  public:
   /// Loads a file at a path, adds its objects to the document and selects them; non-zero for

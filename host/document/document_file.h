@@ -7,28 +7,26 @@
 
 #include "host/document/document.h"
 #include "rastrel/platform/os/expected.h"
-#include "rastrel/platform/os/expected_or.h"
 
 /// The document file: JSON in UTF-8, for people and programs (docs/formats/document.md). It holds
-/// all of a document but its selection, its history and objects that stand nowhere; placed files
-/// are carried along whole.
+/// a whole document except its selection, its history and objects without a place; placed files are
+/// in it whole.
 namespace rastrel::document {
 
-/// A text of a document. The same document gives the same bytes. Lengths are written so that
-/// reading them gives the same numbers.
+/// The text of a document. The same document has the same bytes. Lengths are written with as many
+/// digits as bring back the same numbers.
 [[nodiscard]] std::string DocumentText(const Document& document);
 
-/// A document, or why there is none: what is wrong, and where in the file, in words for the user.
-using ReadDocument = os::ExpectedOr<std::unique_ptr<Document>, std::wstring>;
-
 /// Reads a text. Unknown members are passed over, so that a later version's files can be read where
-/// they say no more than this one's; a later version itself is refused.
-[[nodiscard]] ReadDocument ReadDocumentText(std::string_view text);
+/// they say no more than this one's; a later version itself is refused. A failure's `where` is the
+/// place as a JSON pointer (RFC 6901), or "the file", and its `why` the rule that is broken.
+[[nodiscard]] Expected<std::unique_ptr<Document>> ReadDocumentText(std::string_view text);
 
 /// Saves to a path of the library's kind (platform/os/path.h): whole or not at all.
 [[nodiscard]] Expected<void> SaveDocument(const Document& document, const std::wstring& path);
-/// Loads from a path.
-[[nodiscard]] ReadDocument LoadDocument(const std::wstring& path);
+/// Loads from a path of the library's kind. Fails as ReadDocumentText does, and with the system's
+/// error where the file can't be read or is larger than LargestDocumentFile.
+[[nodiscard]] Expected<std::unique_ptr<Document>> LoadDocument(const std::wstring& path);
 
 /// Bytes that a document file may have.
 inline constexpr std::size_t LargestDocumentFile = std::size_t{1} << 30;

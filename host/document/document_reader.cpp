@@ -2,13 +2,12 @@
 #include <utility>
 
 #include "host/document/document_file.h"
-#include "host/document/document_words.h"
+#include "host/document/document_format.h"
 #include "host/document/json_reader.h"
 #include "host/document/json_stream.h"
 #include "host/document/plate_layout.h"
 #include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
 
@@ -100,7 +99,7 @@ TextShape TextFrom(const JsonValue& json) {
   text.justifyMode = json["justifyMode"].Int();
   json["lines"].Each([&](const JsonValue& line) {
     TextLine& added = text.lines.emplace_back();
-    added.justification = line["justification"].Word(JustificationWords);
+    added.justification = line["justification"].Named(JustificationNames);
     added.size = line["size"].Number();
     added.spacingKind = line["spacingKind"].Int();
     added.leading = line["leading"].Number();
@@ -123,7 +122,7 @@ PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
   const JsonValue continuation = json["continuation"];
   plate.continuation = static_cast<ObjectHandle>(
       continuation.Whole(0, static_cast<std::int64_t>(Document::MaximumHandles)));
-  // A plate is continued by later ones alone, so that whoever follows them comes to an end.
+  // A plate is only continued by later ones, so that following them always ends.
   if (plate.continuation != 0 && plate.continuation <= own) {
     continuation.Fail("is no later plate");
   }
@@ -135,7 +134,7 @@ PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
 
 GraphicShape GraphicFrom(const JsonValue& json) {
   GraphicShape graphic;
-  graphic.kind = json["fileKind"].Word(GraphicWords);
+  graphic.kind = json["fileKind"].Named(GraphicKindNames);
   graphic.name = json["name"].Text();
   graphic.width = json["width"].NumberAbove0();
   graphic.height = json["height"].NumberAbove0();
@@ -169,7 +168,7 @@ Attributes AttributesFrom(const JsonValue& json) {
   attributes.pages.last =
       static_cast<int>(json["pages"].At(1).Whole(attributes.pages.first, Document::LastPage));
   attributes.traits = 0;
-  json["traits"].Each([&](const JsonValue& word) { attributes.traits |= word.Word(TraitWords); });
+  json["traits"].Each([&](const JsonValue& name) { attributes.traits |= name.Named(TraitNames); });
   if (json.Has("locks")) {
     const JsonValue locks = json["locks"];
     attributes.locks = {locks["color"].Int(), locks["font"].Int(), locks["lineStyle"].Int(),
@@ -183,12 +182,12 @@ Attributes AttributesFrom(const JsonValue& json) {
   return attributes;
 }
 
-// Makes objects of their values, members before the group that they stand in.
+// Makes objects of their values, members before their group.
 class ObjectReader {
  public:
   explicit ObjectReader(Document& document) : m_Document(document) {}
 
-  // An object that stands in so many groups. Its members were read before it, or stand in it.
+  // Reads an object within so many groups. Its members were taken before it, or are in its value.
   void Read(const JsonValue& json, std::size_t groups) {
     if (json.Has("members")) {
       json["members"].Each([&](const JsonValue& member) { Read(member, groups + 1); });
@@ -246,15 +245,15 @@ void ReadSettings(Document& document, const JsonValue& json) {
   });
 }
 
-// Plates are continued by plates, wherever they stand.
-void CheckContinuations(const Document& document) {
+// Plates are continued by plates, also within groups.
+void CheckContinuations(const Document& document, const JsonValue& json) {
   for (ObjectHandle handle = host::DocumentRoot + 1; handle < document.NextHandle(); ++handle) {
     const Object* object = document.Find(handle);
     const auto* plate = object ? std::get_if<PlateShape>(&object->shape) : nullptr;
     if (!plate || plate->continuation == 0) continue;
     const Object* next = document.Find(plate->continuation);
     if (!next || !std::holds_alternative<PlateShape>(next->shape)) {
-      throw JsonFault{"/objects", "plate " + std::to_string(handle) + " is continued by no plate"};
+      json["objects"].Fail("plate " + std::to_string(handle) + " is continued by no plate");
     }
   }
 }
@@ -271,8 +270,8 @@ void CheckFormat(const JsonValue& json) {
   }
 }
 
-// Objects are read as they come, unless they stand before what says whether they can be: as values
-// they would take many times the memory of the text and of the document.
+// Objects are read as they come, unless they are ahead of format and version: as values they would
+// take many times the memory of the text and of the document.
 std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   auto document = std::make_unique<Document>();
   ObjectReader objects(*document);
@@ -289,24 +288,25 @@ std::unique_ptr<Document> DocumentFrom(std::string_view text) {
   CheckFormat(json);
   ReadSettings(*document, json);
   json["objects"].Each([&](const JsonValue& object) { objects.Read(object, 0); });
-  CheckContinuations(*document);
+  CheckContinuations(*document, json);
   return document;
 }
 
 }  // namespace
 
-ReadDocument ReadDocumentText(std::string_view text) {
+Expected<std::unique_ptr<Document>> ReadDocumentText(std::string_view text) {
   try {
     return DocumentFrom(text);
   } catch (const JsonFault& fault) {
-    const std::string where = fault.where.empty() ? "the file" : fault.where;
-    return os::WideFromUtf8(where + ": " + fault.what);
+    Failure failure = fault.failure;
+    if (failure.where.empty()) failure.where = "the file";
+    return failure;
   }
 }
 
-ReadDocument LoadDocument(const std::wstring& path) {
+Expected<std::unique_ptr<Document>> LoadDocument(const std::wstring& path) {
   const auto text = os::ReadWholeFile(path, LargestDocumentFile);
-  if (!text) return os::WideFromUtf8(Describe(text.Error()));
+  if (!text) return text.Error();
   return ReadDocumentText(*text);
 }
 

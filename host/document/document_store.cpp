@@ -8,7 +8,7 @@
 
 namespace rastrel::document {
 
-// What stands behind a handle. It looks at the document at each question, so that it can't be old.
+// The element of a handle. It asks the document in each call, so that it is never out of date.
 class DocumentStore::Element : public DBElement {
  public:
   Element(DocumentStore& store, ObjectHandle object) : m_Store(store), m_Object(object) {}
@@ -109,8 +109,8 @@ int DocumentStore::DSAddSourceObject(ObjectHandle object, int /*kind*/, ObjectHa
   return DSAddObject(object);
 }
 
-// The first object of the document behind `object` that is none of those; 0 if there is none.
-ObjectHandle DocumentStore::NextBehind(ObjectHandle object, Handles those) const {
+// The first object of the document after `object` that is not among `those`; 0 if there is none.
+ObjectHandle DocumentStore::NextAfter(ObjectHandle object, Handles those) const {
   std::ranges::sort(those);
   const Handles& objects = m_Document.Members(host::DocumentRoot);
   const auto place = std::ranges::find(objects, object);
@@ -124,7 +124,7 @@ ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
                                            ObjectHandle first) {
   const Handles members = MembersOf(list);
   const Object* leader = m_Document.Find(first);
-  // A group that could not be put into the document would lose it its members.
+  // If the group could not be inserted, its members would be lost.
   const bool tooDeep = std::ranges::any_of(
       members, [&](ObjectHandle member) { return m_Document.GroupLevels(member) >= DeepestGroup; });
   if (members.empty() || !leader || tooDeep) return 0;
@@ -132,7 +132,7 @@ ObjectHandle DocumentStore::DSGroupObjects(host::ListHandle list, int /*kind*/,
   attributes.matrix = TM();
   const ObjectHandle group = m_Document.Create(GroupShape(), attributes);
   if (group == 0) return 0;
-  const ObjectHandle next = NextBehind(first, members);
+  const ObjectHandle next = NextAfter(first, members);
   for (const ObjectHandle member : members) {
     m_Document.Remove(member);
     m_Document.Insert(member, group);
@@ -244,7 +244,7 @@ void DocumentStore::DBApplyTM(ObjectHandle object, const TM& matrix) {
                     matrix.b * was.c + matrix.d * was.d,
                     matrix.a * was.tx + matrix.c * was.ty + matrix.tx,
                     matrix.b * was.tx + matrix.d * was.ty + matrix.ty};
-  // Beyond all numbers an object could be neither drawn nor saved: it stays where it is.
+  // With infinite numbers an object could be neither drawn nor saved: it stays where it is.
   for (const double part : {moved.a, moved.b, moved.c, moved.d, moved.tx, moved.ty}) {
     if (!std::isfinite(part)) return;
   }

@@ -12,11 +12,11 @@ namespace rastrel::document {
 
 /// The document database of the embedded host over one document.
 ///
-/// What a paragraph's element means is the text engine's business: it registers what gives the text
-/// of an element. A store without one makes no text objects.
+/// Only the text engine knows the meaning of a paragraph's element: it registers the function that
+/// returns its text. A store without one makes no text objects.
 class DocumentStore : public host::ObjectStore {
  public:
-  /// Gives the text that an element names, once; false if there is none.
+  /// Moves the text that an element names to its second argument, once; false if there is none.
   using TakeText = std::function<bool(const ParagraphEle&, TextShape&)>;
 
   /// The document must outlive the store.
@@ -25,7 +25,7 @@ class DocumentStore : public host::ObjectStore {
 
   [[nodiscard]] Document& GetDocument() { return m_Document; }
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
-  /// Makes an item the one that stands for an object.
+  /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
   /// Lists that were made and not destroyed.
   [[nodiscard]] std::size_t OpenLists() const { return m_Lists.size(); }
@@ -98,7 +98,7 @@ class DocumentStore : public host::ObjectStore {
   [[nodiscard]] List* Find(host::ListHandle list);
   [[nodiscard]] Handles MembersOf(host::ListHandle list);
   [[nodiscard]] Attributes* Edit(ObjectHandle object);
-  [[nodiscard]] ObjectHandle NextBehind(ObjectHandle object, Handles those) const;
+  [[nodiscard]] ObjectHandle NextAfter(ObjectHandle object, Handles those) const;
 
   Document& m_Document;
   TakeText m_TakeText;

@@ -1,7 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/document/document_file.h"
-#include "host/document/document_words.h"
+#include "host/document/document_format.h"
 #include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
@@ -14,12 +14,12 @@ using Json = nlohmann::ordered_json;
 
 std::string Utf8(const std::wstring& text) { return os::Utf8FromWide(text); }
 
-template <typename Words, typename Value>
-std::string_view WordOf(const Words& words, Value value) {
-  for (const auto& [own, word] : words) {
-    if (own == value) return word;
+template <typename Names, typename Value>
+std::string_view NameOf(const Names& names, Value value) {
+  for (const auto& [own, name] : names) {
+    if (own == value) return name;
   }
-  return words.front().second;
+  return names.front().second;
 }
 
 Json JsonOf(const CVKColor& color) {
@@ -72,7 +72,7 @@ Json JsonOf(const TextRun& run) {
 Json JsonOf(const TextLine& line) {
   Json runs = Json::array();
   for (const TextRun& run : line.runs) runs.push_back(JsonOf(run));
-  return {{"justification", WordOf(JustificationWords, line.justification)},
+  return {{"justification", NameOf(JustificationNames, line.justification)},
           {"size", line.size},
           {"spacingKind", line.spacingKind},
           {"leading", line.leading},
@@ -87,7 +87,8 @@ Json JsonOf(const paragraphStruct& paragraph) {
           {"leftPercent", paragraph.leftPercent}, {"rightPercent", paragraph.rightPercent}};
 }
 
-// What a shape adds to its object. A group's members are added by the caller, who has the document.
+// The members that a shape adds to its object. Those of a group are added by the caller, who has
+// the document.
 struct ShapeWriter {
   Json& json;
 
@@ -127,7 +128,7 @@ struct ShapeWriter {
   }
   void operator()(const GraphicShape& graphic) const {
     json["kind"] = "graphic";
-    json["fileKind"] = WordOf(GraphicWords, graphic.kind);
+    json["fileKind"] = NameOf(GraphicKindNames, graphic.kind);
     json["name"] = Utf8(graphic.name);
     json["width"] = graphic.width;
     json["height"] = graphic.height;
@@ -148,8 +149,8 @@ Json JsonOf(const Attributes& attributes) {
                {"sheetLayer", attributes.sheetLayer},
                {"pages", {attributes.pages.first, attributes.pages.last}}};
   Json traits = Json::array();
-  for (const auto& [trait, word] : TraitWords) {
-    if (trait != DBTRAIT_SELECTED && (attributes.traits & trait) != 0) traits.push_back(word);
+  for (const auto& [trait, name] : TraitNames) {
+    if (trait != DBTRAIT_SELECTED && (attributes.traits & trait) != 0) traits.push_back(name);
   }
   json["traits"] = std::move(traits);
   const CPropertyLocks& locks = attributes.locks;
@@ -172,7 +173,7 @@ Json ObjectJson(const Document& document, ObjectHandle handle) {
   std::visit(ShapeWriter{json}, object.shape);
   // A plate that was taken out is in no file that a plate could be continued by.
   const auto* plate = std::get_if<PlateShape>(&object.shape);
-  if (plate && !document.Stands(plate->continuation)) json["continuation"] = 0;
+  if (plate && !document.Holds(plate->continuation)) json["continuation"] = 0;
   json.update(JsonOf(object.attributes));
   if (std::holds_alternative<GroupShape>(object.shape)) {
     json["members"] = MembersJson(document, handle);
@@ -209,7 +210,7 @@ Json SheetLayersJson(const Document& document) {
   return layers;
 }
 
-// Line feeds stand between values only, never in them.
+// Line feeds are between values only: within a text JSON escapes them.
 void AppendIndented(std::string& text, const Json& json, std::string_view indent) {
   const std::string own = json.dump(1, ' ', false, Json::error_handler_t::replace);
   for (const char letter : own) {
@@ -220,6 +221,18 @@ void AppendIndented(std::string& text, const Json& json, std::string_view indent
 
 // The objects as the array at the document's end, one after the other: as values they would take
 // many times the memory of the document and of its text.
+//
+//     {
+//      "format": "rastrel-document",        which a reader needs before the objects
+//      "version": 1,
+//      "unit": "cm",
+//      "blank": { ... },  "displayPage": 1,  "plates": { ... },
+//      "palette": [ ... ],  "sheetLayers": [ ... ],
+//      "objects": [
+//       {"id": 2, "kind": "plate", ...shape..., ...attributes...},
+//       {"id": 3, "kind": "group", ...attributes..., "members": [ {"id": 4, ...}, ... ]}
+//      ]
+//     }
 void AppendObjects(std::string& text, const Document& document) {
   text += ",\n \"objects\": [";
   bool first = true;

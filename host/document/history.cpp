@@ -59,13 +59,14 @@ bool Document::Redo() {
   return true;
 }
 
-// Applies the changes' reverses from the last to the first, and gives the step that reverses that.
+// Applies the changes' reverses from the last to the first, and returns the step that reverses
+// that.
 Document::Step Document::Reverse(Step step) {
   std::reverse(step.changes.begin(), step.changes.end());
   for (Change& change : step.changes) {
     Object& object = *m_Objects[change.handle - FirstHandle];
     switch (change.kind) {
-      case Change::Kind::kEdit: {
+      case Change::Kind::Edit: {
         CountPage(object, -1);
         std::swap(object, change.before);
         CountPage(object, 1);
@@ -74,14 +75,14 @@ Document::Step Document::Reverse(Step step) {
                                    (change.before.attributes.traits & DBTRAIT_SELECTED);
         break;
       }
-      case Change::Kind::kInsert:
+      case Change::Kind::Insert:
         change.parent = object.parent;
         change.position = Unlink(change.handle);
-        change.kind = Change::Kind::kRemove;
+        change.kind = Change::Kind::Remove;
         break;
-      case Change::Kind::kRemove:
+      case Change::Kind::Remove:
         Link(change.handle, change.parent, change.position);
-        change.kind = Change::Kind::kInsert;
+        change.kind = Change::Kind::Insert;
         break;
     }
   }

@@ -12,7 +12,11 @@ namespace rastrel::document {
 JsonValue::JsonValue(const nlohmann::json& value, std::string where)
     : m_Value(&value), m_Where(std::move(where)) {}
 
-void JsonValue::Fail(const std::string& what) const { throw JsonFault{m_Where, what}; }
+void JsonValue::Fail(const std::string& why) const {
+  Failure failure = FailureOf(why);
+  failure.where = m_Where;
+  throw JsonFault{failure};
+}
 
 bool JsonValue::Has(const char* name) const {
   if (!m_Value->is_object()) Fail("is no object");

@@ -5,23 +5,26 @@
 #include <string>
 #include <string_view>
 
-/// Reading JSON strictly: each value is asked for by its place and its kind, and what is not as
-/// asked ends the reading with a fault that names the place.
+#include "rastrel/platform/os/expected.h"
+
+/// Reading JSON strictly: each value is asked for by its place and its kind, and a value of another
+/// kind ends the reading with a fault that names the place.
 namespace rastrel::document {
 
-/// Why a file can't be read. `where` is a JSON pointer (RFC 6901), empty for the whole.
+/// Thrown for a text that can't be read. The failure's `where` is a JSON pointer (RFC 6901), empty
+/// for the whole; its `why` is the rule that is broken.
 struct JsonFault {
-  std::string where;
-  std::string what;
+  Failure failure;
 };
 
-/// A value of a document and its place. Every member throws JsonFault where the value is not as
-/// asked. The JSON must outlive it.
+/// A value of a JSON text and its place. Every member throws JsonFault if the value is not of the
+/// kind that it asks for. The JSON must outlive it.
 class JsonValue {
  public:
   JsonValue(const nlohmann::json& value, std::string where);
 
-  [[noreturn]] void Fail(const std::string& what) const;
+  /// Throws JsonFault with the place of this value.
+  [[noreturn]] void Fail(const std::string& why) const;
 
   /// A member of an object; it must be there.
   [[nodiscard]] JsonValue operator[](const char* name) const;
@@ -40,12 +43,12 @@ class JsonValue {
   [[nodiscard]] const std::string& Utf8() const;
   [[nodiscard]] bool IsText() const;
 
-  /// The value that a word of a table stands for.
-  template <typename Words>
-  [[nodiscard]] auto Word(const Words& words) const {
+  /// The value that this text names in a table of values and names.
+  template <typename Names>
+  [[nodiscard]] auto Named(const Names& names) const {
     const std::string& own = Utf8();
-    for (const auto& [value, word] : words) {
-      if (word == own) return value;
+    for (const auto& [value, name] : names) {
+      if (name == own) return value;
     }
     Fail("unknown word \"" + own + "\"");
   }

@@ -5,17 +5,21 @@
 #include <utility>
 #include <vector>
 
+#include "rastrel/platform/os/text.h"
+
 namespace rastrel::document {
 
 namespace {
 
 using Json = nlohmann::json;
 
-// The parser's words without its own number for them.
+// The parser's message without its own number for it. It may quote bytes of the text that are no
+// UTF-8, which a failure must not hold.
 std::string ReasonOf(const Json::exception& fault) {
-  const std::string_view words = fault.what();
-  const std::size_t end = words.find("] ");
-  return std::string(end == std::string_view::npos ? words : words.substr(end + 2));
+  const std::string_view message = fault.what();
+  const std::size_t end = message.find("] ");
+  return os::Utf8FromWide(
+      os::WideFromUtf8(end == std::string_view::npos ? message : message.substr(end + 2)));
 }
 
 // Makes values of the parser's events; the names of its members are the parser's.
@@ -47,7 +51,7 @@ class Builder {
   }
   [[noreturn]] bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                                 const Json::exception& fault) {
-    throw JsonFault{"", ReasonOf(fault)};
+    throw JsonFault{FailureOf(ReasonOf(fault))};
   }
 
  private:
@@ -74,7 +78,7 @@ class Builder {
     return true;
   }
 
-  // The place of what stands within the innermost level, without its own name.
+  // The place of the innermost level.
   [[nodiscard]] std::string Where() const {
     std::string where;
     for (std::size_t i = 0; i + 1 < m_Open.size(); ++i) {
@@ -85,8 +89,8 @@ class Builder {
 
   bool Open(Json value) {
     if (m_Open.size() == DeepestJson) {
-      throw JsonFault{"",
-                      "values stand more than " + std::to_string(DeepestJson) + " deep in values"};
+      throw JsonFault{
+          FailureOf("values stand more than " + std::to_string(DeepestJson) + " deep in values")};
     }
     m_Open.push_back({std::move(value), {}});
     return true;

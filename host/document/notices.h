@@ -6,7 +6,7 @@
 
 namespace rastrel::document {
 
-/// What the user of the host should hear of, in order, and each text once.
+/// Messages to the user of the host, in order, and each text once.
 class Notices {
  public:
   /// Something is there, but not as asked: a font that was replaced.

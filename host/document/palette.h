@@ -16,7 +16,7 @@ struct PaletteEntry {
 };
 
 /// The colors that a document knows by name, in the order in which the user sees them. Names are
-/// compared as they stand.
+/// compared exactly.
 class Palette {
  public:
   /// The colors of a new document: the usual materials and inks of an engraver.

@@ -106,7 +106,7 @@ CPane* PlateItem::GetFirstPane() {
     for (const CWorldRect& edges : shape->panes) m_Panes.push_back(std::make_unique<Pane>(edges));
     const Document& document = m_Store.GetDocument();
     const ObjectHandle next = shape->continuation;
-    shape = document.Stands(next) ? &std::get<PlateShape>(document.Find(next)->shape) : nullptr;
+    shape = document.Holds(next) ? &std::get<PlateShape>(document.Find(next)->shape) : nullptr;
   }
   return GetNextPane();
 }

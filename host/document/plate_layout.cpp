@@ -10,7 +10,7 @@ namespace rastrel::document {
 
 namespace {
 
-// What a pane may lack in room: sizes come from inches, sums of them are not exact.
+// The room that a pane may lack: sizes come from inches, and their sums are not exact.
 constexpr double Tolerance = 1e-6;
 
 // How many lengths with gaps between them fit into a room.
@@ -86,7 +86,7 @@ void PlaceBeside(Document& document, ObjectHandle handle, ObjectHandle before) {
   }
 }
 
-// The y that a plate's rows must not cross, because a later plate of its page stands there.
+// The y that a plate's rows must not cross, because a later plate of its page is there.
 std::optional<double> ReachOf(const Document& document, ObjectHandle handle) {
   const auto plates = document.SharedPlateObjects();
   const int page = PageOf(document, handle);
@@ -154,28 +154,23 @@ std::size_t LayPanes(PlateShape& plate, const SignBlank& blank, std::size_t coun
   return fitting;
 }
 
-std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width, double height,
-                                          const CWorldRect& margins, double horizontalGap,
-                                          double verticalGap) {
-  for (const double measure : {width, height, margins.left, margins.top, margins.right,
-                               margins.bottom, horizontalGap, verticalGap}) {
-    if (!std::isfinite(measure)) return L"a measure of the plate is not a number";
+Expected<void> CheckPaneFits(const SignBlank& blank, PlateShape plate) {
+  const CWorldRect& margins = plate.margins;
+  for (const double measure : {plate.width, plate.height, margins.left, margins.top, margins.right,
+                               margins.bottom, plate.horizontalGap, plate.verticalGap}) {
+    if (!std::isfinite(measure)) return FailureOf("a measure of the plate is not a number");
   }
-  if (width <= 0 || height <= 0) {
-    return L"a plate of " + SizeText(width, height) + L" has no area";
+  const std::string size = SizeText(plate.width, plate.height);
+  if (plate.width <= 0 || plate.height <= 0) {
+    return FailureOf("a plate of " + size + " has no area");
   }
-  PlateShape plate;
-  plate.width = width;
-  plate.height = height;
-  plate.margins = margins;
-  plate.horizontalGap = horizontalGap;
-  plate.verticalGap = verticalGap;
   plate.start = StartOnEmptyPage(blank, margins, false);
-  if (Capacity(plate, blank) > 0) return std::nullopt;
-  return L"a plate of " + SizeText(width, height) + L" does not fit on the blank of " +
-         SizeText(blank.width, blank.height) + L" with margins of " + MeasureText(margins.left) +
-         L", " + MeasureText(margins.top) + L", " + MeasureText(margins.right) + L" and " +
-         MeasureText(margins.bottom) + L" cm (left, top, right, bottom)";
+  if (Capacity(plate, blank) > 0) return {};
+  return FailureOf("a plate of " + size + " does not fit on the blank of " +
+                   SizeText(blank.width, blank.height) + " with margins of " +
+                   MeasureText(margins.left) + ", " + MeasureText(margins.top) + ", " +
+                   MeasureText(margins.right) + " and " + MeasureText(margins.bottom) +
+                   " cm (left, top, right, bottom)");
 }
 
 ObjectHandle PlaceNewPlates(Document& document) {
@@ -194,7 +189,7 @@ void GrowPlate(Document& document, ObjectHandle handle, std::size_t count) {
     PlateShape& plate = PlateToChange(document, handle);
     const std::size_t fitting =
         std::min(count, Capacity(plate, document.Blank(), ReachOf(document, handle)));
-    // What stands stays, also where a smaller blank would hold less.
+    // Panes that are there stay, also if a smaller blank would hold fewer.
     const std::size_t had = plate.panes.size();
     for (std::size_t i = had; i < fitting; ++i) {
       plate.panes.push_back(PaneAt(plate, document.Blank(), i));
@@ -204,7 +199,7 @@ void GrowPlate(Document& document, ObjectHandle handle, std::size_t count) {
     count -= std::min(count, plate.panes.size());
     if (count == 0) return;
     const ObjectHandle next = plate.continuation;
-    handle = document.Stands(next) ? next : Continue(document, handle, count);
+    handle = document.Holds(next) ? next : Continue(document, handle, count);
   }
 }
 

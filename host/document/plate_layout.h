@@ -5,13 +5,14 @@
 
 #include "host/document/document.h"
 #include "host/document/shapes.h"
+#include "rastrel/platform/os/expected.h"
 
-/// Where panes go. A plate's panes stand in rows of as many as fit side by side, from its start
-/// rightward, rows downward from the top or upward from the bottom. Plates of one page stand one
-/// below the other (or above), in the order in which they were made.
+/// The layout of panes and plates. A plate's panes are in rows of as many as fit side by side,
+/// rightward from its start, with rows downward from the top or upward from the bottom. Plates of
+/// one page are one below the other (or above), in the order in which they were made.
 namespace rastrel::document {
 
-/// Panes that a document can hold; more are refused.
+/// The maximum number of panes in a document; more are refused.
 inline constexpr int MaximumPanes = 1'000'000;
 
 /// The start of a plate on a page without others.
@@ -24,7 +25,7 @@ inline constexpr int MaximumPanes = 1'000'000;
                                    std::optional<double> reach = std::nullopt);
 
 /// The place of a pane, by its number from 0. A pure function of the plate's measures, start and of
-/// the blank, so that panes that are added later never move those that stand.
+/// the blank, so that panes that are added later never move earlier ones.
 [[nodiscard]] CWorldRect PaneAt(const PlateShape& plate, const SignBlank& blank,
                                 std::size_t number);
 
@@ -32,16 +33,15 @@ inline constexpr int MaximumPanes = 1'000'000;
 std::size_t LayPanes(PlateShape& plate, const SignBlank& blank, std::size_t count,
                      std::optional<double> reach = std::nullopt);
 
-/// Why no pane of that size can stand on an empty page; nothing if one can. In words for the user.
-[[nodiscard]] std::optional<std::wstring> WhyNoPaneFits(const SignBlank& blank, double width,
-                                                        double height, const CWorldRect& margins,
-                                                        double horizontalGap, double verticalGap);
+/// Succeeds if at least one pane of the plate's measures fits on an empty page. The failure's `why`
+/// is a sentence for the user.
+[[nodiscard]] Expected<void> CheckPaneFits(const SignBlank& blank, PlateShape plate);
 
 /// Gives each plate that has no place yet one that no other plate covers: below the one before it,
 /// or on a page of its own. Returns the last plate of the document, or 0.
 ObjectHandle PlaceNewPlates(Document& document);
 
-/// Makes a plate of the document hold `count` panes. Those that stand stay; those that do not fit
+/// Makes a plate of the document hold `count` panes. Earlier ones stay; those that do not fit
 /// beside the other plates of its page go to plates on further pages, which continue it.
 void GrowPlate(Document& document, ObjectHandle plate, std::size_t count);
 

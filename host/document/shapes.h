@@ -14,9 +14,9 @@
 #include "rastrel/platform/values/tm.h"
 #include "rastrel/platform/values/world.h"
 
-/// What the objects of a document are, as values that can be copied, compared, saved and drawn.
-/// Lengths are world units (centimetres, y upward from the blank's lower left corner) where nothing
-/// else is said.
+/// The objects of a document, as values that can be copied, compared, saved and drawn. Lengths are
+/// world units (centimetres, y upward from the blank's lower left corner) unless a field says
+/// otherwise.
 namespace rastrel::document {
 
 using host::ObjectHandle;
@@ -55,7 +55,7 @@ struct TextRun {
   std::wstring text;  ///< without line ends
   std::wstring font;  ///< a file's name without extension, or a family with its style, as asked for
   int fontType = 2;   ///< a host::FontType
-  std::wstring replacement;  ///< the family that stands in where `font` can't be had; else empty
+  std::wstring replacement;  ///< the family in place of a missing `font`; else empty
   double size = 0;           ///< text units
   CVKFullColor color;        ///< counts where `colored` is set; else the object's own color
   bool colored = false;
@@ -77,7 +77,7 @@ struct TextShape {
   CWorldRect frame;           ///< top above bottom, without regard to margins
   paragraphStruct paragraph;  ///< margins and fits, in text units as the record has them
   int lineMode = 0;           ///< mode of the line list
-  int justifyMode = 0;        ///< 2: lines stand in the frame less its margins
+  int justifyMode = 0;        ///< 2: lines are in the frame less its margins
   std::vector<TextLine> lines;
   bool operator==(const TextShape& other) const;
 };
@@ -94,17 +94,17 @@ struct PlateShape {
   CWorldPoint start;              ///< the first pane's upper left corner, or lower left one
   bool placed = false;            ///< true once it was given its place beside the other plates
   std::vector<CWorldRect> panes;  ///< those that have a place, in layout order
-  ObjectHandle continuation = 0;  ///< the plate on a further page that holds what did not fit
+  ObjectHandle continuation = 0;  ///< the plate on a further page with the panes that did not fit
   bool operator==(const PlateShape&) const = default;
 };
 
-/// What a placed file is.
-enum class GraphicKind { kSvg, kPng, kJpeg, kTiff, kPdf, kEps };
+/// The kinds of placed file.
+enum class GraphicKind { Svg, Png, Jpeg, Tiff, Pdf, Eps };
 
-/// A file of another program, carried along whole. It stands with its lower left corner at the
-/// origin before the object's matrix.
+/// A file of another program, kept whole. Its lower left corner is at the origin before the
+/// object's matrix.
 struct GraphicShape {
-  GraphicKind kind = GraphicKind::kPng;
+  GraphicKind kind = GraphicKind::Png;
   std::wstring name;                         ///< of the file it came from, without folders
   std::shared_ptr<const std::string> bytes;  ///< the file; never null in a document
   double width = 0;
@@ -121,7 +121,7 @@ struct DrillShape {
 
 using Shape = std::variant<GroupShape, PathShape, TextShape, PlateShape, GraphicShape, DrillShape>;
 
-/// What every object has besides its shape.
+/// The attributes that every object has besides its shape.
 struct Attributes {
   CVKColor layer;      ///< of the inside; of a plate the material
   CVKColor lineColor;  ///< of the outline
@@ -145,8 +145,8 @@ struct Object {
 /// The number by which the database names the kind of a shape: a DBObjectType where there is one.
 [[nodiscard]] int TypeNumberOf(const Shape& shape);
 
-/// The bounds of a shape on its page. A group's are those of nothing: its members' are the
-/// document's business. A shape without extent gives an empty box at its place.
+/// The bounds of a shape on its page. Those of a group are empty: its members are the document's. A
+/// shape without extent has an empty box at its place.
 [[nodiscard]] BOUNDS BoundsOf(const Shape& shape, const TM& matrix);
 
 }  // namespace rastrel::document

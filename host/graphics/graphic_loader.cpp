@@ -15,11 +15,11 @@ namespace {
 
 constexpr double CentimetresPerPoint = 2.54 / 72;
 
-os::ExpectedOr<document::GraphicShape, std::wstring> ShapeOf(const std::wstring& path) {
+Expected<document::GraphicShape> ShapeOf(const std::wstring& path) {
   auto read = os::ReadWholeFile(path, LargestGraphicFile);
-  if (!read) return os::WideFromUtf8(Describe(read.Error()));
+  if (!read) return read.Error();
   const auto kind = KindOf(*read);
-  if (!kind) return std::wstring(L"it is neither SVG, PNG, JPEG, TIFF, PDF nor EPS");
+  if (!kind) return FailureOf("it is neither SVG, PNG, JPEG, TIFF, PDF nor EPS");
   document::GraphicShape shape;
   shape.kind = *kind;
   const os::PathParts parts = os::SplitPath(path);
@@ -38,7 +38,7 @@ int LoadGraphic(document::Document& document, document::Notices& notices,
                 const std::wstring& path) {
   auto shape = ShapeOf(path);
   if (!shape) {
-    notices.AddLoss(path + L" can't be placed: " + shape.Error());
+    notices.AddLoss(path + L" can't be placed: " + os::WideFromUtf8(Describe(shape.Error())));
     return 0;
   }
   document::Attributes attributes;

@@ -21,14 +21,12 @@ Resolution Plausible(double x, double y) {
   return can(x) && can(y) ? Resolution{x, y} : Resolution();
 }
 
-std::optional<std::wstring> WhyNotSoLarge(std::uint64_t width, std::uint64_t height) {
-  if (width == 0 || height == 0) return L"it has no pixels";
-  if (std::max(width, height) <= MaximumSide && width * height <= MaximumGraphicPixels) {
-    return std::nullopt;
-  }
-  return L"it has " + std::to_wstring(width) + L" by " + std::to_wstring(height) + L" pixels; " +
-         std::to_wstring(MaximumGraphicPixels) + L", and " + std::to_wstring(MaximumSide) +
-         L" a side, are the most";
+Expected<void> CheckImageSize(std::uint64_t width, std::uint64_t height) {
+  if (width == 0 || height == 0) return FailureOf("it has no pixels");
+  if (std::max(width, height) <= MaximumSide && width * height <= MaximumGraphicPixels) return {};
+  return FailureOf("it has " + std::to_string(width) + " by " + std::to_string(height) +
+                   " pixels; " + std::to_string(MaximumGraphicPixels) + ", and " +
+                   std::to_string(MaximumSide) + " a side, are the most");
 }
 
 void SurfaceEnd::operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "host/graphics/picture.h"
@@ -18,11 +17,11 @@ struct Resolution {
   double y = 96;
 };
 
-/// A resolution that a file names, or 96 dpi where it can't be one.
+/// The resolution that a file names; 96 dpi if it is not plausible.
 [[nodiscard]] Resolution Plausible(double x, double y);
 
-/// Why an image of that many pixels is not opened, in words; nothing if it is.
-[[nodiscard]] std::optional<std::wstring> WhyNotSoLarge(std::uint64_t width, std::uint64_t height);
+/// Succeeds if an image of that many pixels may be opened.
+[[nodiscard]] Expected<void> CheckImageSize(std::uint64_t width, std::uint64_t height);
 
 struct SurfaceEnd {
   void operator()(cairo_surface_t* surface) const;

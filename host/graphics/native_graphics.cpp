@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/document/document_file.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
 
@@ -72,7 +73,7 @@ int NativeGraphics::LoadVEFile(CWnd* /*window*/, const wchar_t* path, int /*rese
   if (!path) return 0;
   const auto loaded = document::LoadDocument(path);
   if (!loaded) {
-    m_Notices.AddLoss(std::wstring(path) + L": " + loaded.Error());
+    m_Notices.AddLoss(std::wstring(path) + L": " + os::WideFromUtf8(Describe(loaded.Error())));
     return 0;
   }
   if ((*loaded)->ObjectCount() == 0) {

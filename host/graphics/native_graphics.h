@@ -24,7 +24,7 @@ class NativeGraphics : public host::GraphicsIO {
   NativeGraphics(document::Document& document, document::Notices& notices)
       : m_Document(document), m_Notices(notices) {}
 
-  /// A file that can't be read is told in the notices.
+  /// The reason why a file can't be read becomes a notice.
   int LoadVEFile(CWnd* window, const wchar_t* path, int reserved) override;
 
  private:

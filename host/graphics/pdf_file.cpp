@@ -1,32 +1,21 @@
-#include <glib.h>
 #include <poppler.h>
 
 #include <memory>
 #include <utility>
 
-#include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
+#include "host/graphics/glib_objects.h"
+#include "host/graphics/picture_formats.h"
 
 /// PDF files as pictures.
 namespace rastrel::graphics {
 
 namespace {
 
-struct GObjectEnd {
-  void operator()(void* object) const { g_object_unref(object); }
-};
-struct BytesEnd {
-  void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
-};
-struct ErrorEnd {
-  void operator()(GError* error) const { g_error_free(error); }
-};
-
 class PdfPicture : public Picture {
  public:
   PdfPicture(std::shared_ptr<const std::string> bytes,
-             std::unique_ptr<PopplerDocument, GObjectEnd> document,
-             std::unique_ptr<PopplerPage, GObjectEnd> page)
+             std::unique_ptr<PopplerDocument, GlibEnd> document,
+             std::unique_ptr<PopplerPage, GlibEnd> page)
       : m_File(std::move(bytes)), m_Document(std::move(document)), m_Page(std::move(page)) {
     double width = 0;
     double height = 0;
@@ -42,26 +31,25 @@ class PdfPicture : public Picture {
 
  private:
   std::shared_ptr<const std::string> m_File;  // which the document reads from
-  std::unique_ptr<PopplerDocument, GObjectEnd> m_Document;
-  std::unique_ptr<PopplerPage, GObjectEnd> m_Page;
+  std::unique_ptr<PopplerDocument, GlibEnd> m_Document;
+  std::unique_ptr<PopplerPage, GlibEnd> m_Page;
 };
 
 }  // namespace
 
 OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
-  const std::unique_ptr<GBytes, BytesEnd> data(g_bytes_new_static(bytes->data(), bytes->size()));
+  const std::unique_ptr<GBytes, GlibEnd> data(g_bytes_new_static(bytes->data(), bytes->size()));
   GError* raised = nullptr;
-  std::unique_ptr<PopplerDocument, GObjectEnd> document(
+  std::unique_ptr<PopplerDocument, GlibEnd> document(
       poppler_document_new_from_bytes(data.get(), nullptr, &raised));
-  const std::unique_ptr<GError, ErrorEnd> error(raised);
+  const GlibError error(raised);
   if (!document) {
-    return L"it is no PDF that can be drawn" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf("it is no PDF that can be drawn" + ReasonAfterColon(error));
   }
-  std::unique_ptr<PopplerPage, GObjectEnd> page(poppler_document_get_n_pages(document.get()) > 0
-                                                    ? poppler_document_get_page(document.get(), 0)
-                                                    : nullptr);
-  if (!page) return std::wstring(L"the PDF has no page");
+  std::unique_ptr<PopplerPage, GlibEnd> page(poppler_document_get_n_pages(document.get()) > 0
+                                                 ? poppler_document_get_page(document.get(), 0)
+                                                 : nullptr);
+  if (!page) return FailureOf("the PDF has no page");
   return std::unique_ptr<Picture>(
       std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page)));
 }

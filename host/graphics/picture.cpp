@@ -5,7 +5,8 @@
 
 #include "host/document/measure_text.h"
 #include "host/graphics/eps_conversion.h"
-#include "host/graphics/picture_kinds.h"
+#include "host/graphics/picture_formats.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
 
@@ -50,47 +51,46 @@ bool IsEps(std::string_view bytes) {
   return bytes.substr(0, bytes.find_first_of("\r\n")).find("EPSF-") != std::string_view::npos;
 }
 
-os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenEps(const std::string& bytes) {
+OpenedPicture OpenEps(const std::string& bytes) {
   auto converted = PdfFromEps(bytes);
-  if (!converted) return converted.Error();
+  if (!converted) return FailureOf(os::Utf8FromWide(converted.Error()));
   return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
 }
 
-os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenKind(
-    GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
+OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
   switch (kind) {
-    case GraphicKind::kSvg: return OpenSvg(*bytes);
-    case GraphicKind::kPng: return OpenPng(*bytes);
-    case GraphicKind::kJpeg: return OpenJpeg(*bytes);
-    case GraphicKind::kTiff: return OpenTiff(*bytes);
-    case GraphicKind::kPdf: return OpenPdf(bytes);
-    case GraphicKind::kEps: return OpenEps(*bytes);
+    case GraphicKind::Svg: return OpenSvg(*bytes);
+    case GraphicKind::Png: return OpenPng(*bytes);
+    case GraphicKind::Jpeg: return OpenJpeg(*bytes);
+    case GraphicKind::Tiff: return OpenTiff(*bytes);
+    case GraphicKind::Pdf: return OpenPdf(bytes);
+    case GraphicKind::Eps: return OpenEps(*bytes);
   }
-  return std::wstring(L"it is of no kind that is known");
+  return FailureOf("it is of no kind that is known");
 }
 
 }  // namespace
 
 std::optional<GraphicKind> KindOf(std::string_view bytes) {
-  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return GraphicKind::kPng;
-  if (bytes.starts_with("\xFF\xD8\xFF")) return GraphicKind::kJpeg;
+  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return GraphicKind::Png;
+  if (bytes.starts_with("\xFF\xD8\xFF")) return GraphicKind::Jpeg;
   using namespace std::string_view_literals;
   for (const std::string_view start : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
-    if (bytes.starts_with(start)) return GraphicKind::kTiff;
+    if (bytes.starts_with(start)) return GraphicKind::Tiff;
   }
-  if (IsEps(bytes)) return GraphicKind::kEps;
+  if (IsEps(bytes)) return GraphicKind::Eps;
   if (bytes.substr(0, HeadLength).find("%PDF-") != std::string_view::npos) {
-    return GraphicKind::kPdf;
+    return GraphicKind::Pdf;
   }
-  if (IsSvg(bytes)) return GraphicKind::kSvg;
+  if (IsSvg(bytes)) return GraphicKind::Svg;
   return std::nullopt;
 }
 
-os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
-    GraphicKind kind, std::shared_ptr<const std::string> bytes) {
+Expected<std::unique_ptr<Picture>> OpenPicture(GraphicKind kind,
+                                               std::shared_ptr<const std::string> bytes) {
   if (bytes->size() > LargestGraphicFile) {
-    return L"it has " + std::to_wstring(bytes->size()) + L" bytes; " +
-           std::to_wstring(LargestGraphicFile) + L" are the most";
+    return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
+                     std::to_string(LargestGraphicFile) + " are the most");
   }
   auto picture = OpenKind(kind, bytes);
   if (!picture) return picture.Error();
@@ -98,9 +98,9 @@ os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
   const double height = (*picture)->Height() / PointsPerCentimetre;
   for (const double side : {width, height}) {
     if (!(side > 0) || side > LargestGraphicSide) {
-      return L"its size of " + document::SizeText(width, height) +
-             L" can't be had: sides must be above 0 and at most " +
-             document::MeasureText(LargestGraphicSide) + L" cm";
+      return FailureOf("its size of " + document::SizeText(width, height) +
+                       " can't be had: sides must be above 0 and at most " +
+                       document::MeasureText(LargestGraphicSide) + " cm");
     }
   }
   (*picture)->m_Bytes = std::move(bytes);

@@ -8,14 +8,14 @@
 #include <string_view>
 
 #include "host/document/shapes.h"
-#include "rastrel/platform/os/expected_or.h"
+#include "rastrel/platform/os/expected.h"
 
 // The drawing library's context, whose header only sources include.
 typedef struct _cairo cairo_t;
 
 namespace rastrel::graphics {
 
-/// What a placed file may hold.
+/// Limits of a placed file.
 inline constexpr std::size_t LargestGraphicFile = std::size_t{256} << 20;  ///< bytes
 inline constexpr std::uint64_t MaximumGraphicPixels = 100'000'000;         ///< of an image
 inline constexpr double LargestGraphicSide = 10'000;                       ///< centimetres
@@ -48,23 +48,24 @@ class Picture {
   }
 
  private:
-  friend os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
-      document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
+  friend Expected<std::unique_ptr<Picture>> OpenPicture(document::GraphicKind kind,
+                                                        std::shared_ptr<const std::string> bytes);
   double m_Width = 0;
   double m_Height = 0;
   std::shared_ptr<const std::string> m_Bytes;
 };
 
-/// The kind of a file, by its first bytes; nothing for what can't be placed.
+/// The kind of a file, by its first bytes; nothing for one that can't be placed.
 [[nodiscard]] std::optional<document::GraphicKind> KindOf(std::string_view bytes);
 
-/// A file of that kind as a picture, or why it can't be one, in words. Images are decoded and
-/// documents read, so that what opens can be drawn. Of a PDF file the first page counts, with its
+/// A file of that kind as a picture. Images are decoded and documents read here, so that a picture
+/// can be drawn once it is open. A failure's `why` is a sentence about the file ("it has no
+/// pixels") for the user. Of a PDF file the first page counts, with its
 /// crop box.
 ///
 /// True size: an SVG by its own units, with 96 px to the inch; an image by the resolution that it
-/// names, and 96 dpi where it names none that can be; PDF and EPS by their points.
-[[nodiscard]] os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenPicture(
+/// names, and 96 dpi where that is missing or not plausible; PDF and EPS by their points.
+[[nodiscard]] Expected<std::unique_ptr<Picture>> OpenPicture(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
 
 }  // namespace rastrel::graphics

@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
+#include "host/graphics/glib_objects.h"
+#include "host/graphics/picture_formats.h"
 
 /// SVG files as pictures.
 namespace rastrel::graphics {
@@ -14,21 +14,14 @@ namespace {
 constexpr double PixelsPerInch = 96;
 constexpr double PointsPerPixel = 72 / PixelsPerInch;
 
-struct HandleEnd {
-  void operator()(RsvgHandle* handle) const { g_object_unref(handle); }
-};
-using Handle = std::unique_ptr<RsvgHandle, HandleEnd>;
-
-struct ErrorEnd {
-  void operator()(GError* error) const { g_error_free(error); }
-};
+using Handle = std::unique_ptr<RsvgHandle, GlibEnd>;
 
 struct Size {
   double width = 0;
   double height = 0;
 };
 
-// In px: of width and height, else of the view box, else of what is drawn.
+// In px: of width and height, else of the view box, else of the drawing.
 Size SizeOf(RsvgHandle* handle) {
   Size size;
   if (rsvg_handle_get_intrinsic_size_in_pixels(handle, &size.width, &size.height) != FALSE) {
@@ -71,10 +64,9 @@ OpenedPicture OpenSvg(const std::string& bytes) {
   // NOLINTNEXTLINE: the library's bytes are unsigned
   const auto* data = reinterpret_cast<const guint8*>(bytes.data());
   Handle handle(rsvg_handle_new_from_data(data, bytes.size(), &raised));
-  const std::unique_ptr<GError, ErrorEnd> error(raised);
+  const GlibError error(raised);
   if (!handle) {
-    return L"it is no SVG that can be drawn" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf("it is no SVG that can be drawn" + ReasonAfterColon(error));
   }
   rsvg_handle_set_dpi(handle.get(), PixelsPerInch);
   const Size size = SizeOf(handle.get());

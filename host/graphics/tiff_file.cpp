@@ -11,8 +11,7 @@
 #include <vector>
 
 #include "host/graphics/image_picture.h"
-#include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
+#include "host/graphics/picture_formats.h"
 
 /// TIFF files as pictures.
 namespace rastrel::graphics {
@@ -20,14 +19,14 @@ namespace rastrel::graphics {
 namespace {
 
 constexpr double CentimetresPerInch = 2.54;
-// What the library may ask for at once: strips as large as the largest image, and not more.
+// The maximum size of one allocation: a strip as large as the largest image.
 constexpr tmsize_t LargestAllocation = tmsize_t{8} * MaximumGraphicPixels;
 
 // A file in memory, as the library reads one.
 struct Source {
   const std::string& bytes;
   std::uint64_t place = 0;
-  std::string fault;  // the library's words for the first thing that is wrong
+  std::string fault;  // the library's message for the first fault
 };
 
 Source& SourceOf(thandle_t handle) { return *static_cast<Source*>(handle); }
@@ -97,9 +96,9 @@ Resolution ResolutionOf(TIFF* file) {
   return {};
 }
 
-std::wstring Words(const Source& source) {
-  return L"it is no whole TIFF file" +
-         (source.fault.empty() ? std::wstring() : L": " + os::WideFromUtf8(source.fault));
+Failure NotWhole(const Source& source) {
+  return FailureOf("it is no whole TIFF file" +
+                   (source.fault.empty() ? std::string() : ": " + source.fault));
 }
 
 // From red, green, blue and alpha in the order of rising bits to the drawing library's order.
@@ -112,21 +111,21 @@ std::uint32_t Reordered(std::uint32_t pixel) {
 OpenedPicture OpenTiff(const std::string& bytes) {
   Source source{bytes, 0, {}};
   const File file = Open(source);
-  if (!file) return Words(source);
+  if (!file) return NotWhole(source);
   std::uint32_t width = 0;
   std::uint32_t height = 0;
   TIFFGetField(file.get(), TIFFTAG_IMAGEWIDTH, &width);
   TIFFGetField(file.get(), TIFFTAG_IMAGELENGTH, &height);
-  if (auto reason = WhyNotSoLarge(width, height)) return std::move(*reason);
+  if (const auto size = CheckImageSize(width, height); !size) return size.Error();
   std::vector<std::uint32_t> pixels(std::size_t{width} * height);
   if (TIFFReadRGBAImageOriented(file.get(), width, height, pixels.data(), ORIENTATION_TOPLEFT, 1) ==
       0) {
-    return Words(source);
+    return NotWhole(source);
   }
   Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(width),
                                              static_cast<int>(height)));
   unsigned char* target = cairo_image_surface_get_data(surface.get());
-  if (!target) return std::wstring(L"there is no memory for its pixels");
+  if (!target) return FailureOf("there is no memory for its pixels");
   // Rows of whole pixels of 4 bytes need no padding.
   std::ranges::transform(pixels, pixels.begin(), Reordered);
   std::memcpy(target, pixels.data(), pixels.size() * sizeof pixels[0]);

@@ -20,7 +20,7 @@ constexpr int SecondsPerMinute = 60;
 
 QString FromWide(const std::wstring& text) { return QString::fromStdWString(text); }
 
-// Texts of a resource stand with their mark until their translation comes.
+// Texts of a resource have their mark until their translation comes.
 QString WithoutMark(const wchar_t* text) {
   QString shown = QString::fromWCharArray(text);
   const QString mark = QStringLiteral("(*v*)");

@@ -18,8 +18,8 @@ namespace rastrel::qt {
 
 /// A dialog of the library as a window: its controls from top to bottom, the time that has gone by,
 /// its buttons at the right. Sizes follow the font, and so the screen's scale. Escape, the window's
-/// close button and the session's end give the dialog up, which is the logic's to act on: the
-/// window itself closes only when the logic says that it is over.
+/// close button and the session's end cancel the dialog, through its logic: the window itself
+/// closes only when the logic has ended.
 class DialogWindow : public QDialog, public host::DialogView {
  public:
   explicit DialogWindow(host::DialogLogic& logic);

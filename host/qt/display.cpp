@@ -23,12 +23,13 @@ bool AnswersX() {
 
 }  // namespace
 
-std::optional<std::string> WhyNoWindow() {
+Expected<void> CheckDisplay() {
   const std::string_view platform = Variable("QT_QPA_PLATFORM");
-  if (platform == "offscreen" || platform == "minimal") return std::nullopt;
-  if (Variable("DISPLAY").empty()) return "there is no display: the variable DISPLAY is not set";
-  if (AnswersX()) return std::nullopt;
-  return "the display " + std::string(Variable("DISPLAY")) + " does not answer";
+  if (platform == "offscreen" || platform == "minimal") return {};
+  if (Variable("DISPLAY").empty())
+    return FailureOf("there is no display: the variable DISPLAY is not set");
+  if (AnswersX()) return {};
+  return FailureOf("the display " + std::string(Variable("DISPLAY")) + " does not answer");
 }
 
 }  // namespace rastrel::qt

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <optional>
-#include <string>
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::qt {
 
-/// Why no window can be shown, in words; nothing if one can. The toolkit ends the process where it
-/// finds no display, so it is asked only if this finds one.
-[[nodiscard]] std::optional<std::string> WhyNoWindow();
+/// Succeeds if a window can be shown; else the failure's `why` is a sentence for the user. The
+/// toolkit ends the process where it finds no display, so it is used only if this finds one.
+[[nodiscard]] Expected<void> CheckDisplay();
 
 }  // namespace rastrel::qt

@@ -1,4 +1,4 @@
-// The component's one exported function, and the views behind it.
+// The component's one exported function, and the views that it returns.
 
 #include <QApplication>
 #include <QMessageBox>
@@ -17,9 +17,9 @@ void NeedApplication() {
   if (QCoreApplication::instance() != nullptr) return;
   static int count = 1;
   static char name[] = "rastrel";
-  static char* words[] = {name, nullptr};
+  static char* arguments[] = {name, nullptr};
   // It lives till the process ends: its end at that time would come after its display's.
-  static auto* const application = new QApplication(count, words);
+  static auto* const application = new QApplication(count, arguments);
   application->setQuitOnLastWindowClosed(false);
 }
 
@@ -42,12 +42,11 @@ class WindowViews : public host::DialogViews {
 extern "C" __attribute__((visibility("default"))) rastrel::host::DialogViews*
 RastrelMakeWindowViews(int version, const char** reason) {
   static std::string why;
-  if (version != rastrel::host::WindowViewsVersion) {
-    why = "rastrel-window.so is of another version";
-  } else {
-    why = rastrel::qt::WhyNoWindow().value_or("");
-  }
-  if (!why.empty()) {
+  const auto usable = version == rastrel::host::WindowViewsVersion
+                          ? rastrel::qt::CheckDisplay()
+                          : rastrel::FailureOf("rastrel-window.so is of another version");
+  if (!usable) {
+    why = usable.Error().why;
     *reason = why.c_str();
     return nullptr;
   }

@@ -27,20 +27,20 @@ void AddPath(cairo_t* context, const Outline& outline) {
   const Point* point = outline.points.data();
   for (const Outline::Step step : outline.steps) {
     switch (step) {
-      case Outline::Step::kMove:
+      case Outline::Step::Move:
         cairo_move_to(context, point[0].x, point[0].y);
         point += 1;
         break;
-      case Outline::Step::kLine:
+      case Outline::Step::Line:
         cairo_line_to(context, point[0].x, point[0].y);
         point += 1;
         break;
-      case Outline::Step::kCurve:
+      case Outline::Step::Curve:
         cairo_curve_to(context, point[0].x, point[0].y, point[1].x, point[1].y, point[2].x,
                        point[2].y);
         point += 3;
         break;
-      case Outline::Step::kClose: cairo_close_path(context); break;
+      case Outline::Step::Close: cairo_close_path(context); break;
     }
   }
 }

@@ -10,7 +10,7 @@ namespace rastrel::render {
 /// Paints into a cairo context whose unit is a point and whose y grows downward.
 class CairoCanvas : public Canvas {
  public:
-  /// What the device is like.
+  /// The properties of the device.
   struct Device {
     double unitsPerPoint = 1;       ///< resolution
     double thinnest = 0.25;         ///< points: the width of lines without one

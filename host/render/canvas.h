@@ -14,8 +14,8 @@ namespace rastrel::graphics {
 class Picture;
 }
 
-/// What a page is painted on. Lengths are points (1/72 inch) from the page's upper left corner, y
-/// downward, unless something else is said.
+/// The surface of a page. Lengths are points (1/72 inch) from the page's upper left corner, y
+/// downward, unless an operation says otherwise.
 namespace rastrel::render {
 
 struct Point {
@@ -39,7 +39,7 @@ struct Pen {
 
 /// Lines and curves, as steps and the points that they take: one, three for a curve, none to close.
 struct Outline {
-  enum class Step : std::uint8_t { kMove, kLine, kCurve, kClose };
+  enum class Step : std::uint8_t { Move, Line, Curve, Close };
   std::vector<Step> steps;
   std::vector<Point> points;
 
@@ -47,14 +47,14 @@ struct Outline {
     steps.clear();
     points.clear();
   }
-  void MoveTo(Point point) { Add(Step::kMove, point); }
-  void LineTo(Point point) { Add(Step::kLine, point); }
+  void MoveTo(Point point) { Add(Step::Move, point); }
+  void LineTo(Point point) { Add(Step::Line, point); }
   void CurveTo(Point first, Point second, Point end) {
-    Add(Step::kCurve, first);
+    Add(Step::Curve, first);
     points.push_back(second);
     points.push_back(end);
   }
-  void Close() { steps.push_back(Step::kClose); }
+  void Close() { steps.push_back(Step::Close); }
 
  private:
   void Add(Step step, Point point) {
@@ -63,11 +63,11 @@ struct Outline {
   }
 };
 
-/// What something is in the document, for a canvas that keeps it.
-enum class Role { kBlank, kPane, kText, kPath, kCutLine, kDrillPoint, kGraphic };
+/// The role of an object in the document, for a canvas that keeps it.
+enum class Role { Blank, Pane, Text, Path, CutLine, DrillPoint, Graphic };
 
-/// Something to paint on. What is painted later covers what was before. Coordinates are finite and
-/// within `Farthest`.
+/// A surface to paint on; later painting covers earlier. Coordinates are finite and within
+/// `Farthest`.
 class Canvas {
  public:
   Canvas() = default;
@@ -78,7 +78,7 @@ class Canvas {
   /// How far from 0 a coordinate may be.
   [[nodiscard]] virtual double Farthest() const = 0;
 
-  /// Brackets what one object of the document, or a group, is made of.
+  /// Brackets the operations that paint one object of the document, or a group.
   virtual void Begin(Role /*role*/) {}
   virtual void End() {}
   virtual void BeginGroup() {}

@@ -1,21 +1,19 @@
 #include "host/render/document_images.h"
 
 #include <cairo-pdf.h>
-#include <cairo.h>
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <utility>
 
 #include "host/document/measure_text.h"
 #include "host/render/cairo_canvas.h"
+#include "host/render/cairo_objects.h"
 #include "host/render/page_renderer.h"
 #include "host/render/picture_png.h"
 #include "host/render/svg_canvas.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
@@ -23,28 +21,15 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
-// Letters that are larger are drawn as paths: pictures of single letters take memory, and the font
-// library has no letters without end.
+// Larger letters are drawn as paths: pictures of single letters take memory, and the font library
+// has a maximum size.
 constexpr double LargestPixelLetter = 1000;
 constexpr double LargestPdfLetter = 10'000;
 
-struct CairoEnd {
-  void operator()(cairo_t* context) const { cairo_destroy(context); }
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-};
-using Context = std::unique_ptr<cairo_t, CairoEnd>;
-using Surface = std::unique_ptr<cairo_surface_t, CairoEnd>;
+using Image = Expected<std::string>;
 
-using Image = os::ExpectedOr<std::string, std::wstring>;
-
-cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
-  // NOLINTNEXTLINE: the library's bytes are unsigned
-  static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), count);
-  return CAIRO_STATUS_SUCCESS;
-}
-
-std::wstring Words(cairo_status_t status) {
-  return L"the page can't be drawn: " + os::WideFromUtf8(cairo_status_to_string(status));
+Failure NotDrawn(cairo_status_t status) {
+  return FailureOf(std::string("the page can't be drawn: ") + cairo_status_to_string(status));
 }
 
 struct Pages {
@@ -57,22 +42,23 @@ double PixelsOf(double points, double dpi) {
   return std::max(1.0, std::round(points * dpi / PointsPerInch));
 }
 
-// Why a PNG of the page can't have the resolution that is asked for; nothing if it can.
-std::optional<std::wstring> WhyNoPng(const PageRenderer& renderer, double dpi) {
+// Whether a PNG of the page may have the resolution that is asked for.
+Expected<void> CheckPngSize(const PageRenderer& renderer, double dpi) {
   if (!(dpi >= LowestDpi && dpi <= HighestDpi)) {
-    return document::MeasureText(dpi) + L" dpi: a picture has " + document::MeasureText(LowestDpi) +
-           L" to " + document::MeasureText(HighestDpi);
+    return FailureOf(document::MeasureText(dpi) + " dpi: a picture has " +
+                     document::MeasureText(LowestDpi) + " to " + document::MeasureText(HighestDpi));
   }
   const double width = PixelsOf(renderer.Width(), dpi);
   const double height = PixelsOf(renderer.Height(), dpi);
   if (width * height <= static_cast<double>(MaximumPixels) &&
       std::max(width, height) <= MaximumPixelSide) {
-    return std::nullopt;
+    return {};
   }
-  return L"a picture of " + std::to_wstring(std::llround(width)) + L" by " +
-         std::to_wstring(std::llround(height)) + L" pixels is too large: " +
-         std::to_wstring(MaximumPixels) + L" pixels, and " + std::to_wstring(MaximumPixelSide) +
-         L" a side, are the most; " + document::MeasureText(dpi) + L" dpi are too many";
+  return FailureOf("a picture of " + std::to_string(std::llround(width)) + " by " +
+                   std::to_string(std::llround(height)) +
+                   " pixels is too large: " + std::to_string(MaximumPixels) + " pixels, and " +
+                   std::to_string(MaximumPixelSide) + " a side, are the most; " +
+                   document::MeasureText(dpi) + " dpi are too many");
 }
 
 Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
@@ -82,12 +68,12 @@ Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
 }
 
 Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
-  if (auto refusal = WhyNoPng(renderer, options.dpi)) return std::move(*refusal);
+  if (const auto size = CheckPngSize(renderer, options.dpi); !size) return size.Error();
   const double scale = options.dpi / PointsPerInch;
-  const Surface surface(cairo_image_surface_create(
+  const CairoSurface surface(cairo_image_surface_create(
       CAIRO_FORMAT_RGB24, static_cast<int>(PixelsOf(renderer.Width(), options.dpi)),
       static_cast<int>(PixelsOf(renderer.Height(), options.dpi))));
-  const Context context(cairo_create(surface.get()));
+  const CairoContext context(cairo_create(surface.get()));
   cairo_set_source_rgb(context.get(), 1, 1, 1);
   cairo_paint(context.get());
   cairo_scale(context.get(), scale, scale);
@@ -95,41 +81,39 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
                      options.outlines);
   renderer.Draw(page, canvas, options.blank);
   const cairo_status_t status = cairo_status(context.get());
-  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   std::string png = PngOfSurface(surface.get(), options.dpi);
-  if (png.empty()) return Words(CAIRO_STATUS_NO_MEMORY);
+  if (png.empty()) return NotDrawn(CAIRO_STATUS_NO_MEMORY);
   return png;
 }
 
 Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) {
   std::string bytes;
-  const Surface surface(
-      cairo_pdf_surface_create_for_stream(Append, &bytes, renderer.Width(), renderer.Height()));
-  // The day on which it was made is no part of the picture.
+  const CairoSurface surface = PdfSurface(bytes, renderer.Width(), renderer.Height());
+  // With a date the same document would not give the same bytes.
   cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
   {
-    const Context context(cairo_create(surface.get()));
+    const CairoContext context(cairo_create(surface.get()));
     CairoCanvas canvas(context.get(), {1, ThinnestLine, LargestPdfLetter}, options.outlines);
     for (int page = pages.first; page <= pages.last; ++page) {
       renderer.Draw(page, canvas, options.blank);
       cairo_show_page(context.get());
     }
     const cairo_status_t status = cairo_status(context.get());
-    if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+    if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   }
   cairo_surface_finish(surface.get());
   const cairo_status_t status = cairo_surface_status(surface.get());
-  if (status != CAIRO_STATUS_SUCCESS) return Words(status);
+  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   return bytes;
 }
 
-os::ExpectedOr<Pages, std::wstring> PagesOf(const PageRenderer& renderer,
-                                            const ImageOptions& options) {
-  if (renderer.Refusal()) return *renderer.Refusal();
+Expected<Pages> PagesOf(const PageRenderer& renderer, const ImageOptions& options) {
+  if (!renderer.Drawable()) return renderer.Drawable().Error();
   if (!options.page) return Pages{1, renderer.PageCount()};
   if (*options.page < 1 || *options.page > renderer.PageCount()) {
-    return L"there is no page " + std::to_wstring(*options.page) + L": the document has " +
-           std::to_wstring(renderer.PageCount());
+    return FailureOf("there is no page " + std::to_string(*options.page) + ": the document has " +
+                     std::to_string(renderer.PageCount()));
   }
   return Pages{*options.page, *options.page};
 }
@@ -140,47 +124,48 @@ std::wstring NumberedPath(const std::wstring& path, int number) {
          parts.extension;
 }
 
-// Draws the pictures one by one and hands each over; ends with the first reason that comes back.
+// Draws the pictures one by one and passes each on; ends with the first failure of either.
 template <typename Take>
-std::optional<std::wstring> DrawEach(const ImageSource& source, ImageFormat format,
-                                     const ImageOptions& options, Take take) {
+Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const ImageOptions& options,
+                        Take take) {
   PageRenderer renderer(source.document, source.fonts, source.notices);
   const auto pages = PagesOf(renderer, options);
   if (!pages) return pages.Error();
-  const bool single = format == ImageFormat::kPdf || pages->first == pages->last;
+  const bool single = format == ImageFormat::Pdf || pages->first == pages->last;
   for (int page = pages->first; page <= (single ? pages->first : pages->last); ++page) {
-    Image image = format == ImageFormat::kPdf   ? DrawPdf(renderer, *pages, options)
-                  : format == ImageFormat::kSvg ? DrawSvg(renderer, page, options)
-                                                : DrawPng(renderer, page, options);
+    Image image = format == ImageFormat::Pdf   ? DrawPdf(renderer, *pages, options)
+                  : format == ImageFormat::Svg ? DrawSvg(renderer, page, options)
+                                               : DrawPng(renderer, page, options);
     if (!image) return image.Error();
-    if (auto reason = take(std::move(*image), single ? 0 : page)) return reason;
+    if (Expected<void> taken = take(std::move(*image), single ? 0 : page); !taken) return taken;
   }
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace
 
-Images DrawDocument(const ImageSource& source, ImageFormat format, const ImageOptions& options) {
+Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, ImageFormat format,
+                                                const ImageOptions& options) {
   std::vector<std::string> images;
-  auto reason = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
+  const auto drawn = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
     images.push_back(std::move(image));
-    return std::optional<std::wstring>();
+    return Expected<void>();
   });
-  if (reason) return std::move(*reason);
+  if (!drawn) return drawn.Error();
   return images;
 }
 
-WrittenFiles SaveImages(const ImageSource& source, ImageFormat format, const ImageOptions& options,
-                        const std::wstring& path) {
+Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source, ImageFormat format,
+                                               const ImageOptions& options,
+                                               const std::wstring& path) {
   std::vector<std::wstring> written;
-  auto reason = DrawEach(source, format, options, [&](const std::string& image, int number) {
+  const auto drawn = DrawEach(source, format, options, [&](const std::string& image, int number) {
     const std::wstring target = number == 0 ? path : NumberedPath(path, number);
-    const auto replaced = os::ReplaceFile(target, image);
-    if (!replaced) return std::optional(os::WideFromUtf8(Describe(replaced.Error())));
-    written.push_back(target);
-    return std::optional<std::wstring>();
+    Expected<void> replaced = os::ReplaceFile(target, image);
+    if (replaced) written.push_back(target);
+    return replaced;
   });
-  if (reason) return std::move(*reason);
+  if (!drawn) return drawn.Error();
   return written;
 }
 

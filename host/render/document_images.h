@@ -8,15 +8,15 @@
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/text/font_catalog.h"
-#include "rastrel/platform/os/expected_or.h"
+#include "rastrel/platform/os/expected.h"
 
-/// Pictures of a document's pages in true size. The same document gives the same bytes, whenever
-/// and by whichever process they are made, as long as the same fonts are installed.
+/// Pictures of a document's pages in true size. The same document has the same pictures to the
+/// byte, in every process, as long as the same fonts are installed.
 namespace rastrel::render {
 
-enum class ImageFormat { kSvg, kPdf, kPng };
+enum class ImageFormat { Svg, Pdf, Png };
 
-/// What a picture shows, and how.
+/// The content of a picture, and its form.
 struct ImageOptions {
   std::optional<int> page;  ///< counted from 1; nothing for all of them
   bool outlines = false;    ///< every letter as a path, rather than as text in a font
@@ -30,25 +30,26 @@ inline constexpr double HighestDpi = 10'000;
 inline constexpr std::uint64_t MaximumPixels = 100'000'000;
 inline constexpr int MaximumPixelSide = 32'767;
 
-/// What the pictures are made of. All must outlive the call; the notices tell of placed files that
-/// can't be drawn and of fonts that can't be had.
+/// The source of the pictures. All must outlive the call; placed files that can't be drawn and
+/// missing fonts become notices.
 struct ImageSource {
   const document::Document& document;
   const text::FontCatalog& fonts;
   document::Notices& notices;
 };
 
-/// Pictures as bytes: of PDF one with all pages, of SVG and PNG one for each page. Or why there are
-/// none, in words for the user.
-using Images = os::ExpectedOr<std::vector<std::string>, std::wstring>;
-[[nodiscard]] Images DrawDocument(const ImageSource& source, ImageFormat format,
-                                  const ImageOptions& options);
+/// Pictures as bytes: of PDF one with all pages, of SVG and PNG one for each page. A failure's
+/// `why` is a sentence for the user.
+[[nodiscard]] Expected<std::vector<std::string>> DrawDocument(const ImageSource& source,
+                                                              ImageFormat format,
+                                                              const ImageOptions& options);
 
 /// Draws the pictures and writes them: one to `path`; several to `path` with "-1", "-2" and so on
-/// before the extension. Each file is replaced as a whole. Returns the paths, or why they could not
-/// all be written; then those before the one that failed stand.
-using WrittenFiles = os::ExpectedOr<std::vector<std::wstring>, std::wstring>;
-[[nodiscard]] WrittenFiles SaveImages(const ImageSource& source, ImageFormat format,
-                                      const ImageOptions& options, const std::wstring& path);
+/// before the extension. Each file is replaced as a whole. Returns the paths. Fails as DrawDocument
+/// does, and where a file can't be written; the files before that one are kept.
+[[nodiscard]] Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source,
+                                                             ImageFormat format,
+                                                             const ImageOptions& options,
+                                                             const std::wstring& path);
 
 }  // namespace rastrel::render

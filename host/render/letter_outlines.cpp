@@ -3,8 +3,8 @@
 #include <cairo.h>
 
 #include <algorithm>
-#include <memory>
 
+#include "host/render/cairo_objects.h"
 #include "host/text/text_layout.h"
 
 namespace rastrel::render {
@@ -17,12 +17,6 @@ constexpr double LargestScale = 64;
 constexpr double MaximumRun = 1e6;
 constexpr double LargestLetter = 6400;
 
-struct CairoEnd {
-  void operator()(cairo_t* context) const { cairo_destroy(context); }
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-  void operator()(cairo_path_t* path) const { cairo_path_destroy(path); }
-};
-
 Point Mapped(const TM& place, double x, double y) {
   return {place.a * x + place.c * y + place.tx, place.b * x + place.d * y + place.ty};
 }
@@ -33,12 +27,11 @@ Outline LetterOutlines(const text::TextLayout& layout, std::size_t run, const TM
   const text::PlacedRun& placed = layout.Runs()[run];
   const double scale = std::min({LargestScale, MaximumRun / std::max(placed.width, 1e-6),
                                  LargestLetter / std::max(placed.size, 1e-6)});
-  const std::unique_ptr<cairo_surface_t, CairoEnd> surface(
-      cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
-  const std::unique_ptr<cairo_t, CairoEnd> context(cairo_create(surface.get()));
+  const CairoSurface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+  const CairoContext context(cairo_create(surface.get()));
   cairo_scale(context.get(), scale, scale);
   layout.AddOutlines(context.get(), run);
-  const std::unique_ptr<cairo_path_t, CairoEnd> path(cairo_copy_path(context.get()));
+  const CairoPath path(cairo_copy_path(context.get()));
   Outline outline;
   for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
     const cairo_path_data_t* data = &path->data[i];

@@ -20,11 +20,11 @@ namespace {
 constexpr double PointsPerCentimetre = 72 / 2.54;
 // A line that has a width keeps one, however small.
 constexpr double ThinnestWidth = 0.01;
-// Room around the page for the width of what stands beside it.
+// Room around the page for the lines of objects beside it.
 constexpr double PageMargin = 72;
 // Letters narrower or lower than this, in points, are nothing that a device could show.
 constexpr double SmallestLetter = 0.001;
-// What a matrix must leave of an area for it to be one.
+// The smallest area under a matrix that is still drawn.
 constexpr double SmallestArea = 1e-18;
 // Longer lines are drawn without dashes, of which there would be too many to draw.
 constexpr double MaximumDashedLine = 500'000;
@@ -101,7 +101,7 @@ void ObjectPainter::Paint(const document::Object& object) {
        {matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty, m_Scale}) {
     if (!std::isfinite(part)) return;
   }
-  // Letters and files stand where their own size puts them, which bounds say nothing of.
+  // Letters may be outside the bounds of their text, which are those of the frame.
   const bool bounded = !std::holds_alternative<TextShape>(object.shape);
   if (bounded && IsBesidePage(object.shape)) return;
   std::visit(*this, object.shape);
@@ -112,13 +112,13 @@ bool ObjectPainter::IsBesidePage(const document::Shape& shape) const {
   const double height = m_Page.y / PointsPerCentimetre;
   const double width = m_Page.x / PointsPerCentimetre;
   const double margin = PageMargin / PointsPerCentimetre + m_Attributes->lineStyle.width * m_Scale;
-  // Written so that what is no number counts as beside.
+  // Written so that NaN counts as beside.
   return !(bounds.xmax >= -margin && bounds.ymax >= -margin && bounds.xmin <= width + margin &&
            bounds.ymin <= height + margin);
 }
 
-// A point of the shape on the page. What is farther than the canvas reaches is moved to where it
-// ends: the page is never there.
+// A point of the shape on the page. A point beyond the canvas is moved to its end: the page is
+// never there.
 Point ObjectPainter::OnPage(double x, double y) const {
   const TM& m = m_Attributes->matrix;
   const double farthest = m_Canvas.Farthest();
@@ -191,7 +191,7 @@ void ObjectPainter::AddPath(const PathShape& path, bool closedAlone) {
 }
 
 void ObjectPainter::operator()(const PathShape& path) {
-  m_Canvas.Begin(path.cutLine ? Role::kCutLine : Role::kPath);
+  m_Canvas.Begin(path.cutLine ? Role::CutLine : Role::Path);
   if (path.cutLine) {
     AddPath(path, false);
     DrawLine();
@@ -234,7 +234,7 @@ void ObjectPainter::operator()(const PlateShape& plate) {
   const std::optional<Color> inside =
       HasMaterial() ? ColorOf(m_Attributes->layer) : std::optional<Color>();
   const Pen edge = LinePen().value_or(Pen{EdgeGray});
-  m_Canvas.Begin(Role::kPane);
+  m_Canvas.Begin(Role::Pane);
   for (const CWorldRect& pane : plate.panes) {
     AddRect(pane);
     m_Canvas.DrawOutline(m_Outline, inside, edge);
@@ -259,7 +259,7 @@ void ObjectPainter::operator()(const TextShape& text) {
   if (std::ranges::any_of(runs, [](const auto& run) { return run.face.replaced; })) {
     TellReplacedFonts(text);
   }
-  m_Canvas.Begin(Role::kText);
+  m_Canvas.Begin(Role::Text);
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const text::PlacedRun& run = runs[i];
     const std::optional<Color> color = ColorOf(run.colored ? run.color : m_Attributes->layer);
@@ -279,7 +279,7 @@ void ObjectPainter::operator()(const TextShape& text) {
 void ObjectPainter::operator()(const GraphicShape& graphic) {
   const double width = graphic.width * PointsPerCentimetre;
   const double height = graphic.height * PointsPerCentimetre;
-  m_Canvas.Begin(Role::kGraphic);
+  m_Canvas.Begin(Role::Graphic);
   const graphics::Picture* picture = m_Pictures.Get(graphic);
   if (!picture) {
     AddRect({0, graphic.height, graphic.width, 0});
@@ -318,7 +318,7 @@ void ObjectPainter::operator()(const DrillShape& drill) {
   const std::optional<Color> color = ColorOf(m_Attributes->lineColor);
   if (!color) return;
   const Pen pen{*color};
-  m_Canvas.Begin(Role::kDrillPoint);
+  m_Canvas.Begin(Role::DrillPoint);
   if (IsSimilarity(m_Attributes->matrix)) {
     const double radius = drill.diameter / 2 * m_Scale * PointsPerCentimetre;
     m_Canvas.DrawCircle(OnPage(drill.centre.x, drill.centre.y),

@@ -11,8 +11,8 @@ namespace rastrel::render {
 
 class PictureCache;
 
-/// Paints single objects of a document on a page: all but groups. What stands wholly beside the
-/// page is left out, as is what a matrix makes nothing or endless of.
+/// Paints single objects of a document on a page: all but groups. Objects wholly beside the page
+/// are left out, as are those that a matrix makes empty or infinite.
 class ObjectPainter {
  public:
   /// All must outlive the painter. `page` is the page's lower right corner.

@@ -33,54 +33,56 @@ PageRenderer::PageRenderer(const Document& document, const text::FontCatalog& fo
       m_Pictures(std::make_unique<PictureCache>(notices)),
       m_Width(document.Blank().width * PointsPerCentimetre),
       m_Height(document.Blank().height * PointsPerCentimetre),
-      m_Refusal(Sort()) {}
+      m_Drawable(Sort()) {}
 
 PageRenderer::~PageRenderer() = default;
 
-std::optional<std::wstring> PageRenderer::Sort() {
+Expected<void> PageRenderer::Sort() {
   const document::SignBlank& blank = m_Document.Blank();
   for (const double side : {m_Width, m_Height}) {
     if (!(side > 0) || side > LargestPage) {
-      return L"a blank of " + document::SizeText(blank.width, blank.height) +
-             L" can't be drawn: its sides must be above 0 and at most " +
-             document::MeasureText(LargestPage / PointsPerCentimetre) + L" cm";
+      return FailureOf("a blank of " + document::SizeText(blank.width, blank.height) +
+                       " can't be drawn: its sides must be above 0 and at most " +
+                       document::MeasureText(LargestPage / PointsPerCentimetre) + " cm");
     }
   }
   std::size_t count = 0;
   for (const ObjectHandle handle : m_Document.Members(host::DocumentRoot)) {
     const VK_PAGE_RANGE pages = m_Document.Find(handle)->attributes.pages;
     if (pages.last > MaximumPages) {
-      return L"the document has " + std::to_wstring(pages.last) + L" pages; at most " +
-             std::to_wstring(MaximumPages) + L" can be drawn";
+      return FailureOf("the document has " + std::to_string(pages.last) + " pages; at most " +
+                       std::to_string(MaximumPages) + " can be drawn");
     }
     for (int page = std::max(pages.first, 1); page <= pages.last; ++page) {
       if (++count > MaximumObjects) {
-        return L"the document has more than " + std::to_wstring(MaximumObjects) +
-               L" objects on its pages, which are the most that can be drawn";
+        return FailureOf("the document has more than " + std::to_string(MaximumObjects) +
+                         " objects on its pages, which are the most that can be drawn");
       }
       m_Pages[page].push_back(handle);
     }
     m_PageCount = std::max(m_PageCount, pages.last);
   }
-  return std::nullopt;
+  return {};
+}
+
+void PageRenderer::DrawBlank(Canvas& canvas) const {
+  Outline edge;
+  edge.MoveTo({0, 0});
+  edge.LineTo({m_Width, 0});
+  edge.LineTo({m_Width, m_Height});
+  edge.LineTo({0, m_Height});
+  edge.Close();
+  canvas.Begin(Role::Blank);
+  canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
+  canvas.End();
 }
 
 void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
-  if (blank) {
-    Outline edge;
-    edge.MoveTo({0, 0});
-    edge.LineTo({m_Width, 0});
-    edge.LineTo({m_Width, m_Height});
-    edge.LineTo({0, m_Height});
-    edge.Close();
-    canvas.Begin(Role::kBlank);
-    canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
-    canvas.End();
-  }
+  if (blank) DrawBlank(canvas);
   const auto found = m_Pages.find(page);
   if (found == m_Pages.end()) return;
   ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
-  // What is left to draw of the groups that stand in one another, the outermost first.
+  // The open groups and the next member of each, the outermost first.
   struct Level {
     const Handles* members;
     std::size_t next;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -10,12 +9,13 @@
 #include "host/document/notices.h"
 #include "host/render/canvas.h"
 #include "host/text/font_catalog.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::render {
 
 class PictureCache;
 
-/// Pages and objects that can be drawn at once; an object counts on each page that it stands on.
+/// Pages and objects that can be drawn at once; an object counts on each page that it is on.
 inline constexpr int MaximumPages = 10'000;
 inline constexpr std::size_t MaximumObjects = 5'000'000;
 /// Points that a page may be wide and high: 352 m.
@@ -23,9 +23,9 @@ inline constexpr double LargestPage = 1'000'000;
 
 /// Draws pages of a document.
 ///
-/// Objects are drawn in the document's order. Pages and sheet layer of a group count for all that
-/// it holds; an object that is not visible is not drawn, nor what it holds. What has the invisible
-/// color is left out.
+/// Objects are drawn in the document's order. Pages and sheet layer of a group count for all its
+/// members; an object that is not visible is not drawn, nor are its members. Parts in the invisible
+/// color are left out.
 ///
 /// - The blank is white with a thin gray edge, where it is wanted.
 /// - Panes of a plate are filled with the plate's color and have an edge: as their line style
@@ -34,7 +34,7 @@ inline constexpr double LargestPage = 1'000'000;
 /// - Paths are filled where they are closed, and outlined as their line style says.
 /// - Cut lines are thin, dashed, in their line color, whatever their style.
 /// - Drill points are a circle in true size with a cross, thin, in their line color.
-/// - Placed files stand in their box; one that can't be drawn is a crossed box, and is told.
+/// - Placed files fill their box; one that can't be drawn is a crossed box, with a notice.
 class PageRenderer {
  public:
   /// All must outlive the renderer, and the document must stay as it is.
@@ -44,9 +44,9 @@ class PageRenderer {
   PageRenderer(const PageRenderer&) = delete;
   PageRenderer& operator=(const PageRenderer&) = delete;
 
-  /// Why the document can't be drawn, in words for the user; nothing if it can. Without effect, and
-  /// Draw must not be called, where there is a reason.
-  [[nodiscard]] const std::optional<std::wstring>& Refusal() const { return m_Refusal; }
+  /// Success if the document can be drawn; else a sentence for the user, and Draw must not be
+  /// called.
+  [[nodiscard]] const Expected<void>& Drawable() const { return m_Drawable; }
   /// At least 1.
   [[nodiscard]] int PageCount() const { return m_PageCount; }
   /// Size of a page in points.
@@ -59,7 +59,9 @@ class PageRenderer {
  private:
   using Handles = std::vector<document::ObjectHandle>;
 
-  [[nodiscard]] std::optional<std::wstring> Sort();
+  void DrawBlank(Canvas& canvas) const;
+  // Puts the document's members on their pages; fails beyond the limits.
+  [[nodiscard]] Expected<void> Sort();
 
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;
@@ -69,7 +71,7 @@ class PageRenderer {
   double m_Height;
   int m_PageCount = 1;
   std::unordered_map<int, Handles> m_Pages;  // the document's members on a page
-  std::optional<std::wstring> m_Refusal;
+  Expected<void> m_Drawable;
 };
 
 }  // namespace rastrel::render

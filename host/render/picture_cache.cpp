@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "rastrel/platform/os/text.h"
+
 namespace rastrel::render {
 
 namespace {
@@ -21,8 +23,10 @@ const graphics::Picture* PictureCache::Get(const document::GraphicShape& shape) 
     return m_Entries.front().picture.get();
   }
   auto opened = graphics::OpenPicture(shape.kind, shape.bytes);
-  if (!opened)
-    m_Notices.Add(L"the placed file \"" + shape.name + L"\" can't be drawn: " + opened.Error());
+  if (!opened) {
+    m_Notices.Add(L"the placed file \"" + shape.name + L"\" can't be drawn: " +
+                  os::WideFromUtf8(Describe(opened.Error())));
+  }
   m_Entries.push_front({shape.bytes, shape.kind, opened ? std::move(*opened) : nullptr});
   MakeRoom();
   return m_Entries.front().picture.get();

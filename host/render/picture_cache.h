@@ -14,11 +14,11 @@ namespace rastrel::render {
 /// may run a program.
 class PictureCache {
  public:
-  /// `notices` must outlive the shelf.
+  /// `notices` must outlive the cache.
   explicit PictureCache(document::Notices& notices) : m_Notices(notices) {}
 
-  /// The picture of a placed file, or null for one that can't be drawn, which is told. Valid until
-  /// the next call.
+  /// The picture of a placed file; null for one that can't be drawn, of which a notice is made.
+  /// Valid until the next call.
   [[nodiscard]] const graphics::Picture* Get(const document::GraphicShape& shape);
 
  private:

@@ -6,10 +6,10 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "host/graphics/picture.h"
+#include "host/render/cairo_objects.h"
 
 namespace rastrel::render {
 
@@ -19,17 +19,6 @@ constexpr double PointsPerInch = 72;
 constexpr double PictureDpi = 300;
 constexpr double MaximumPixels = 16e6;
 constexpr double MaximumSide = 32'000;  // cairo's pictures end at 32767
-
-struct CairoEnd {
-  void operator()(cairo_t* context) const { cairo_destroy(context); }
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-};
-
-cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) {
-  // NOLINTNEXTLINE: the library's bytes are unsigned
-  static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), count);
-  return CAIRO_STATUS_SUCCESS;
-}
 
 // The check sum of PNG chunks (ISO 15948, annex D).
 std::uint32_t CheckSum(std::string_view bytes) {
@@ -45,7 +34,14 @@ void AppendBigEndian(std::string& text, std::uint32_t value) {
   for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xFF);
 }
 
-// A pHYs chunk: pixels to the metre.
+// A chunk that names the resolution (ISO 15948, 11.3.5.3). All numbers have the most significant
+// byte first:
+//
+//     +---------------+---------+---------------+---------------+-----------+-------------+
+//     | length 9      | "pHYs"  | pixels per    | pixels per    | unit 1    | check sum   |
+//     | 4 bytes       | 4 bytes | metre, x: 4   | metre, y: 4   | 1 byte    | 4 bytes     |
+//     +---------------+---------+---------------+---------------+-----------+-------------+
+//                     |<------- the check sum is of these ----------------->|
 std::string ResolutionChunk(double dpi) {
   constexpr double inchesPerMetre = 1 / 0.0254;
   const auto perMetre = static_cast<std::uint32_t>(std::lround(dpi * inchesPerMetre));
@@ -64,8 +60,8 @@ std::string ResolutionChunk(double dpi) {
 
 std::string PngOfSurface(cairo_surface_t* surface, double dpi) {
   constexpr std::size_t headEnd = 8 + 25;  // the signature, and the chunk that is always first
-  std::string png;
-  if (cairo_surface_write_to_png_stream(surface, Append, &png) != CAIRO_STATUS_SUCCESS) return {};
+  std::string png = PngBytes(surface);
+  if (png.empty()) return {};
   png.insert(headEnd, ResolutionChunk(dpi));
   return png;
 }
@@ -78,9 +74,9 @@ std::string PngOfPicture(const graphics::Picture& picture) {
   const auto pixels = [&](double points) {
     return std::max(1, static_cast<int>(std::ceil(points * scale)));
   };
-  const std::unique_ptr<cairo_surface_t, CairoEnd> surface(cairo_image_surface_create(
+  const CairoSurface surface(cairo_image_surface_create(
       CAIRO_FORMAT_ARGB32, pixels(picture.Width()), pixels(picture.Height())));
-  const std::unique_ptr<cairo_t, CairoEnd> context(cairo_create(surface.get()));
+  const CairoContext context(cairo_create(surface.get()));
   cairo_scale(context.get(), pixels(picture.Width()) / picture.Width(),
               pixels(picture.Height()) / picture.Height());
   picture.Draw(context.get());

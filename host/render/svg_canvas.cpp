@@ -15,28 +15,28 @@ namespace rastrel::render {
 
 namespace {
 
-// A hundred times what the largest page has; numbers stay short.
+// A hundred times the largest page; numbers stay short.
 constexpr double FarthestPoint = 1e8;
 constexpr double ThinnestPoints = 0.25;
 
 const char* ClassOf(Role role) {
   switch (role) {
-    case Role::kBlank: return "blank";
-    case Role::kPane: return "plate";
-    case Role::kText: return "text";
-    case Role::kPath: return "path";
-    case Role::kCutLine: return "cut-line";
-    case Role::kDrillPoint: return "drill-point";
-    case Role::kGraphic: return "graphic";
+    case Role::Blank: return "blank";
+    case Role::Pane: return "plate";
+    case Role::Text: return "text";
+    case Role::Path: return "path";
+    case Role::CutLine: return "cut-line";
+    case Role::DrillPoint: return "drill-point";
+    case Role::Graphic: return "graphic";
   }
   return "";
 }
 
-const char* StretchWord(int stretch) {
-  constexpr const char* words[] = {"ultra-condensed", "extra-condensed", "condensed",
+const char* StretchName(int stretch) {
+  constexpr const char* names[] = {"ultra-condensed", "extra-condensed", "condensed",
                                    "semi-condensed",  "normal",          "semi-expanded",
                                    "expanded",        "extra-expanded",  "ultra-expanded"};
-  return words[std::clamp(stretch, 0, 8)];
+  return names[std::clamp(stretch, 0, 8)];
 }
 
 bool IsUpright(const TM& place) {
@@ -169,7 +169,7 @@ void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, con
   }
   if (placed.face.italic) m_Text += " font-style=\"italic\"";
   if (placed.face.stretch != 4) {
-    m_Text += std::string(" font-stretch=\"") + StretchWord(placed.face.stretch) + '"';
+    m_Text += std::string(" font-stretch=\"") + StretchName(placed.face.stretch) + '"';
   }
   m_Text += " textLength=\"";
   AppendMillimetres(m_Text, placed.width);
@@ -191,7 +191,7 @@ void SvgCanvas::DrawOutlines(const text::TextLayout& layout, std::size_t run, co
   m_Text += "\"/>\n";
 }
 
-// A file that is placed several times stands in the SVG once.
+// A file that is placed several times is in the SVG once.
 const std::string& SvgCanvas::AddressOf(const graphics::Picture& picture) {
   const auto [place, added] = m_Pictures.try_emplace(&picture.Bytes());
   if (!added) return place->second;

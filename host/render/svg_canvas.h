@@ -10,9 +10,21 @@ namespace rastrel::render {
 
 /// Writes a page as SVG 1.1 (https://www.w3.org/TR/SVG11/). A unit of its coordinates is a
 /// millimetre. Text stays text: every run is a `text` element with the family of its font, and with
-/// the length that it has here, so that a viewer with another font keeps to the frame. What an
-/// element is in the document is its class: "blank", "plate", "text", "path", "cut-line",
-/// "drill-point", "graphic".
+/// its length in this layout, so that a viewer with another font keeps to the frame. The class of
+/// an element is its role in the document.
+///
+///     <svg width="600mm" height="400mm" viewBox="0 0 600 400">
+///       <g class="blank"> <path/> </g>                      the blank and its edge
+///       <g class="plate"> <path/> ... </g>                  a path for each pane
+///       <g class="text"> <text/> ... </g>                   an element for each run, or a path
+///       <g class="path"> <path/> </g>                       also class="cut-line"
+///       <g class="drill-point"> <circle/> <path/> </g>      the hole and its cross
+///       <g> ... </g>                                        a group and its objects
+///       <g class="graphic">
+///         <defs> <image id="picture-1"/> </defs>            a placed file, at its first use
+///         <use xlink:href="#picture-1"/>
+///       </g>
+///     </svg>
 class SvgCanvas : public Canvas {
  public:
   /// A page of that size in points. With `outlines` every letter is a path.

@@ -1,9 +1,10 @@
 #include "host/render/svg_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
+#include "rastrel/platform/os/decimal.h"
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
@@ -11,19 +12,6 @@ namespace rastrel::render {
 namespace {
 
 constexpr double MillimetresPerPoint = 25.4 / 72;
-
-void AppendFixed(std::string& text, double number, int digits) {
-  char buffer[64];
-  const auto end =
-      std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::fixed, digits);
-  std::string_view written(buffer, static_cast<std::size_t>(end.ptr - buffer));
-  if (end.ec != std::errc()) written = "0";
-  if (written.find('.') != std::string_view::npos) {
-    written = written.substr(0, written.find_last_not_of('0') + 1);
-    if (written.back() == '.') written.remove_suffix(1);
-  }
-  text += written == "-0" ? "0" : written;
-}
 
 // XML 1.0, production 2.
 bool IsXmlCharacter(wchar_t character) {
@@ -41,18 +29,16 @@ void AppendPoint(std::string& text, const Point& point) {
 }  // namespace
 
 void AppendMillimetres(std::string& text, double points) {
-  AppendFixed(text, points * MillimetresPerPoint, 4);
+  text += os::ShortDecimal(points * MillimetresPerPoint, 4);
 }
 
-void AppendNumber(std::string& text, double number) { AppendFixed(text, number, 6); }
+void AppendNumber(std::string& text, double number) { text += os::ShortDecimal(number, 6); }
 
 void AppendColor(std::string& text, const Color& color) {
-  constexpr char digits[] = "0123456789abcdef";
   text += '#';
   for (const double part : {color.red, color.green, color.blue}) {
-    const auto value = static_cast<unsigned>(std::lround(std::clamp(part, 0.0, 1.0) * 255));
-    text += digits[value / 16];
-    text += digits[value % 16];
+    const long value = std::lround(std::clamp(part, 0.0, 1.0) * 255);
+    os::AppendHex(text, static_cast<unsigned char>(value));
   }
 }
 
@@ -78,12 +64,12 @@ void AppendPath(std::string& text, const Outline& outline) {
   const Point* point = outline.points.data();
   for (const Outline::Step step : outline.steps) {
     switch (step) {
-      case Outline::Step::kMove:
-      case Outline::Step::kLine:
-        text += step == Outline::Step::kMove ? 'M' : 'L';
+      case Outline::Step::Move:
+      case Outline::Step::Line:
+        text += step == Outline::Step::Move ? 'M' : 'L';
         AppendPoint(text, *point++);
         break;
-      case Outline::Step::kCurve:
+      case Outline::Step::Curve:
         text += 'C';
         AppendPoint(text, *point++);
         text += ' ';
@@ -91,7 +77,7 @@ void AppendPath(std::string& text, const Outline& outline) {
         text += ' ';
         AppendPoint(text, *point++);
         break;
-      case Outline::Step::kClose: text += 'Z'; break;
+      case Outline::Step::Close: text += 'Z'; break;
     }
   }
 }

@@ -14,8 +14,8 @@ void AppendMillimetres(std::string& text, double points);
 void AppendNumber(std::string& text, double number);
 /// Appends "#rrggbb".
 void AppendColor(std::string& text, const Color& color);
-/// Appends text as the content of an element or a value in double quotes. What XML 1.0 can't hold
-/// becomes U+FFFD.
+/// Appends text as the content of an element or a value in double quotes. A character that XML 1.0
+/// can't hold becomes U+FFFD.
 void AppendEscaped(std::string& text, std::wstring_view content);
 /// Appends the commands of a path.
 void AppendPath(std::string& text, const Outline& outline);

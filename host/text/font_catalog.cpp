@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "rastrel/platform/host/text_compose.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::text {
@@ -27,7 +26,7 @@ struct ObjectSetEnd {
   void operator()(FcObjectSet* set) const { FcObjectSetDestroy(set); }
 };
 
-// Lower case with blanks and hyphens left out: "Arial Black" and "arialblack" are one name.
+// Lower case without spaces, hyphens and underscores: "Arial Black" and "arialblack" are one name.
 std::string Plain(std::string_view name) {
   std::string plain;
   for (const char letter : name) {

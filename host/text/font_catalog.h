@@ -10,30 +10,30 @@
 
 namespace rastrel::text {
 
-/// A font as the text engine hands it out.
+/// A font as the text engine returns it.
 struct Font : FontRecord {
   std::wstring name;         ///< as it was asked for: a file's name without extension, or a family
   int type = 2;              ///< as it was asked for, a host::FontType
-  std::wstring replacement;  ///< the family that stands in where it can't be had; else empty
+  std::wstring replacement;  ///< the family in place of a font that is missing; else empty
 };
 
-/// What a font looks like to the layout: a description that Pango understands.
+/// A font for the layout, in terms of Pango.
 struct FontFace {
   std::string family;  ///< UTF-8
   int weight = 400;    ///< as OpenType has it: 400 regular, 700 bold
   int stretch = 4;     ///< a PangoStretch: 0 the narrowest, 4 normal, 8 the widest
   bool italic = false;
-  bool replaced = false;  ///< true if it stands in for one that can't be had
+  bool replaced = false;  ///< true if it replaces a missing one
 };
 
-/// What the user is told of a font that can't be had.
+/// The notice about a font that is missing and was replaced.
 [[nodiscard]] std::wstring ReplacementNotice(const std::wstring& name, const FontFace& face);
 
 /// The fonts of this machine, by fontconfig. A font is asked for by the name of its file without
-/// extension, or by its family, or family and style, in any case of letters, with or without blanks
-/// and hyphens. File names come first, then family and style, then the family alone, which means
-/// its regular font or what it has next to that. What can't be had is replaced by a sans-serif
-/// font, and the user hears of it once a font.
+/// extension, or by its family, or family and style, in any case of letters, with or without spaces
+/// and hyphens. File names come first, then family and style, then the family alone: its regular
+/// font, or the one nearest to that. A missing font is replaced by a sans-serif one, with one
+/// notice for each.
 class FontCatalog {
  public:
   /// `notices` must outlive the catalogue.

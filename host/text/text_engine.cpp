@@ -131,7 +131,7 @@ void TextEngine::FitTextToFrame(paragraphStruct* /*paragraph*/, list_s* /*lines*
 
 void TextEngine::GetDefaultAttributes(ELEMENT_ATTRIBUTES& attributes) { attributes = {}; }
 
-// --- What is pasted ---
+// --- Fonts and content ---
 
 const FontRecord* TextEngine::AddFont(int /*reserved*/, int type, const wchar_t* name,
                                       int /*weight*/, int /*italic*/) {

@@ -12,12 +12,11 @@
 
 namespace rastrel::text {
 
-/// Characters that one paragraph can hold; what is pasted beyond is left out, and the user hears of
-/// it.
+/// The maximum number of characters in a paragraph. Further text is left out, with a notice.
 inline constexpr std::size_t MaximumParagraph = 1'000'000;
 
-/// The text engine of the embedded host. It collects what is pasted; where letters stand is found
-/// when the text is drawn (text_layout.h).
+/// The text engine of the embedded host. It collects the pasted text; letters are placed when the
+/// text is drawn (text_layout.h).
 class TextEngine : public host::TextCompose {
  public:
   /// All must outlive the engine, which registers as the store's source of texts.
@@ -51,7 +50,7 @@ class TextEngine : public host::TextCompose {
   [[nodiscard]] host::ObjectHandle GetTerminateTextEditHI() override { return m_LastText; }
 
  private:
-  // The open paragraph: the records that the library writes, and what was pasted so far.
+  // The open paragraph: the records that the library writes, and the text pasted so far.
   struct Open {
     Open();
     CWorldRect frame;  // text units

@@ -27,7 +27,7 @@ constexpr double LargestSize = 100'000;
 constexpr double MeasuredSize = 100;
 // For the same reason a long run is cut; so many of the widest letters stay within the bits.
 constexpr std::size_t MaximumPiece = 4096;
-// Where no page reaches. Keeps what is computed of a frame finite.
+// Beyond every page. Keeps all coordinates of a frame finite.
 constexpr double Far = 1e9;
 
 template <typename Kind>
@@ -51,7 +51,7 @@ double PointsFromWorld(double value) {
   return Bounded(value / host::CentimetresPerInch * PointsPerInch);
 }
 
-// Letters stand where the font says, and not on a grid of pixels: the same on paper and on screen.
+// Letters are placed by the font, and not on a grid of pixels: the same on paper and on screen.
 Owned<PangoContext> NewContext() {
   const Owned<PangoFontMap> map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
   pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), PointsPerInch);
@@ -63,7 +63,7 @@ Owned<PangoContext> NewContext() {
   pango_cairo_context_set_font_options(context.get(), options);
   cairo_font_options_destroy(options);
   pango_context_set_round_glyph_positions(context.get(), FALSE);
-  // What a locale prefers among scripts must not change a picture.
+  // The locale's preferred script must not change a picture.
   pango_context_set_language(context.get(), pango_language_from_string("en"));
   return context;
 }
@@ -178,6 +178,26 @@ TextLayout::TextLayout(const TextShape& shape, const FontCatalog& fonts) {
 
 TextLayout::~TextLayout() = default;
 
+// Appends a run to a line, in pieces if it is long.
+void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& fonts, Line& line) {
+  const FontFace face = fonts.FaceOf(run.fontType, run.font);
+  const auto font = DescriptionOf(face);
+  const double scale = size / MeasuredSize;
+  const std::wstring_view text = run.text;
+  for (std::size_t begin = 0; begin < text.size(); begin += MaximumPiece) {
+    const std::wstring_view piece = text.substr(begin, MaximumPiece);
+    auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
+    const Extents extents = ExtentsOf(letters->layout.get());
+    // `left` is that within the line until the line has its place.
+    m_Runs.push_back({std::wstring(piece), face, size, line.width, 0, extents.width * scale, 1, 1,
+                      run.colored, run.color});
+    m_Letters.push_back(std::move(letters));
+    line.width += extents.width * scale;
+    line.ascent = std::max(line.ascent, extents.ascent * scale);
+    line.descent = std::max(line.descent, extents.descent * scale);
+  }
+}
+
 void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
   const double common = CommonSize(shape);
   for (const TextLine& source : shape.lines) {
@@ -185,23 +205,7 @@ void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
     line->justification = source.justification;
     line->firstRun = m_Runs.size();
     for (const TextRun& run : source.runs) {
-      const double size = common > 0 ? common : SizeOf(run);
-      const FontFace face = fonts.FaceOf(run.fontType, run.font);
-      const auto font = DescriptionOf(face);
-      const std::wstring_view text = run.text;
-      for (std::size_t begin = 0; begin < text.size(); begin += MaximumPiece) {
-        const std::wstring_view piece = text.substr(begin, MaximumPiece);
-        const double scale = size / MeasuredSize;
-        auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
-        const Extents extents = ExtentsOf(letters->layout.get());
-        // `left` is that within the line until the line has its place.
-        m_Runs.push_back({std::wstring(piece), face, size, line->width, 0, extents.width * scale, 1,
-                          1, run.colored, run.color});
-        m_Letters.push_back(std::move(letters));
-        line->width += extents.width * scale;
-        line->ascent = std::max(line->ascent, extents.ascent * scale);
-        line->descent = std::max(line->descent, extents.descent * scale);
-      }
+      AddRun(run, common > 0 ? common : SizeOf(run), fonts, *line);
     }
     line->runCount = m_Runs.size() - line->firstRun;
     if (source.spacingKind == 0 && source.leading > 0)
@@ -265,7 +269,7 @@ void TextLayout::Place(const TextShape& shape) {
     placed.width = line->width * line->scaleX;
     placed.ascent = line->ascent;
     placed.descent = line->descent;
-    // The letters stand in the middle of their leading.
+    // The letters are in the middle of their leading.
     const double spare = line->leading - line->ascent - line->descent;
     placed.baseline = top - spare / 2 - line->ascent;
     const double over = room.width - placed.width;

@@ -17,9 +17,9 @@ namespace rastrel::text {
 struct PlacedLine {
   double left = 0;  ///< of the first letter's origin
   double baseline = 0;
-  double width = 0;    ///< as it stands, squeezed
-  double natural = 0;  ///< what the line would take unsqueezed, in its own font size
-  double ascent = 0;   ///< above the base line, as it stands
+  double width = 0;    ///< squeezed
+  double natural = 0;  ///< unsqueezed, in the line's own font size
+  double ascent = 0;   ///< above the base line, squeezed
   double descent = 0;  ///< below it
   double scaleX = 1;   ///< squeezing of widths
   double scaleY = 1;   ///< squeezing of heights
@@ -39,17 +39,16 @@ struct PlacedRun {
   CVKColor color;
 };
 
-/// How a text stands in its frame, by Pango.
+/// Lays a text out in its frame, by Pango.
 ///
-/// Lines stand below each other, one leading apart: the line's own where it has one, else the
-/// height that its fonts ask for; an empty line is as high as the one before it. Left and right
-/// margin, where lines are justified in the frame less its margins, make the room narrower. A text
-/// that fits as it is stays as it is. Where the fit is on (1 or 2), lines that are too wide are
-/// squeezed in width: each for itself, all by one factor, or, for lines of equal height, all lines
-/// set in one size (the largest that a line asks for) and then squeezed by one factor. A text that
-/// is too high is then made smaller as a whole. Text stays inside the frame that way, whatever its
-/// size. A block of lines stands in the middle between top and bottom; lines set one by one begin
-/// at the top.
+/// Lines are one leading apart: the line's own if it has one, else the height of its fonts; an
+/// empty line is as high as the one before it. Where lines are justified in the frame less its
+/// margins, left and right margin make the room narrower. A text that fits stays as it is. If the
+/// fit is on (1 or 2), lines that are too wide are squeezed in width: each by its own factor, all
+/// by one, or, for lines of equal height, all lines set in one size (the largest that a line asks
+/// for) and then squeezed by one factor. A text that is too high is then made smaller as a whole.
+/// Text stays inside the frame that way, whatever its size. A block of lines is centered between
+/// top and bottom; lines set one by one begin at the top.
 ///
 /// One thread at a time may lay text out or draw it.
 class TextLayout {
@@ -77,6 +76,7 @@ class TextLayout {
   struct Letters;
   struct Line;
   void Measure(const document::TextShape& shape, const FontCatalog& fonts);
+  void AddRun(const document::TextRun& run, double size, const FontCatalog& fonts, Line& line);
   void FillEmptyLines();
   void Squeeze(const document::TextShape& shape, double width, double height);
   void Place(const document::TextShape& shape);

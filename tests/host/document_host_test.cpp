@@ -56,7 +56,7 @@ TEST(DocumentHost, what_one_part_makes_the_others_find) {
   EXPECT_EQ(host.GetDocument().Members(host::DocumentRoot), std::vector<ObjectHandle>{object});
   EXPECT_EQ(host.GetDocument().StepNames(), std::vector<std::wstring>{L"Adding text"});
   EXPECT_EQ(host.GetObjectStore()->DBGetObjectType(object), DBTYPE_PARAGRAPH);
-  EXPECT_EQ(host.WhatIsOpen(), DocumentHost::LeftOpen());
+  EXPECT_EQ(host.StillOpen(), DocumentHost::OpenWork());
 }
 
 TEST(DocumentHost, what_was_left_open_is_told) {
@@ -65,11 +65,11 @@ TEST(DocumentHost, what_was_left_open_is_told) {
   const host::ListHandle list = host.GetObjectStore()->DBCreateEmptyList();
   ParagraphInfo info;
   ASSERT_EQ(host.GetTextCompose()->OpenParagraph(4, info, {0, 0}, {1, 1}), 0);
-  EXPECT_EQ(host.WhatIsOpen(), (DocumentHost::LeftOpen{1, 1, true}));
+  EXPECT_EQ(host.StillOpen(), (DocumentHost::OpenWork{1, 1, true}));
   host.GetObjectStore()->UNCloseStep();
   host.GetObjectStore()->DBDestroyList(list);
   host.GetTextCompose()->CloseParagraph(0, info);
-  EXPECT_EQ(host.WhatIsOpen(), DocumentHost::LeftOpen());
+  EXPECT_EQ(host.StillOpen(), DocumentHost::OpenWork());
 }
 
 TEST(DocumentHost, a_saved_document_opens_as_it_was) {
@@ -89,7 +89,7 @@ TEST(DocumentHost, a_file_that_is_none_does_not_open_and_says_why) {
   for (const char* name : {"broken.rdoc", "missing.rdoc"}) {
     const auto opened = DocumentHost::Open(directory.Wide(name));
     ASSERT_FALSE(opened);
-    EXPECT_FALSE(opened.Error().empty());
+    EXPECT_FALSE(Describe(opened.Error()).empty());
   }
   EXPECT_FALSE(DocumentHost().Save(directory.Wide("no/such/folder.rdoc")));
 }

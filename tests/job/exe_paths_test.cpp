@@ -60,7 +60,7 @@ TEST_F(ExePaths, without_a_configured_queue_all_stands_below_the_base_directory)
   EXPECT_EQ(L"C:\\Programs/Queue\\rip\\CFM", paths.m_CFMDir);
 }
 
-TEST_F(ExePaths, the_embedded_host_puts_the_queue_in_the_data_root) {
+TEST_F(ExePaths, the_standalone_host_puts_the_queue_in_the_data_root) {
   const CExePaths& paths = Paths();
   EXPECT_EQ(m_Library.Directory().Wide() + L"/Queue\\", paths.m_QueueDir);
   EXPECT_TRUE(m_Library.Directory().Has("Queue"));
@@ -173,7 +173,7 @@ TEST_F(QueuePath, configuration_is_read_once) {
   EXPECT_EQ(before, CExePaths::Instance().m_QueueDir);
 }
 
-TEST_F(QueuePath, values_come_from_settings_ini_with_the_embedded_host) {
+TEST_F(QueuePath, values_come_from_settings_ini_with_the_standalone_host) {
   rastrel::host::SetHost(nullptr);
   m_Library.Directory().Write("settings.ini", "[Debug]\nCmdlineQpath = C:\\queue\n");
   EXPECT_EQ(L"C:\\queue\\", Paths().m_QueueDir);

@@ -89,7 +89,7 @@ inline const std::map<int, ChildTexts>& ChildInfoTexts() {
   return texts;
 }
 
-/// The text of a code with the embedded host, whose translation takes the mark away.
+/// The text of a code with the standalone host, whose translation takes the mark away.
 inline std::wstring ExpectedInfoText(int code, int originator) {
   const auto plain = InfoTexts().find(code);
   if (plain != InfoTexts().end()) return plain->second;

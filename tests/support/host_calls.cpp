@@ -123,7 +123,7 @@ std::string TextOf(const FontRecord* font) {
 
 void HostCalls::Write(std::string line) {
   if (m_Before && !m_Writing) {
-    m_Writing = true;  // what the callback writes is no call
+    m_Writing = true;  // a line of the callback is no call
     m_Before();
     m_Writing = false;
   }

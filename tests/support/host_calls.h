@@ -25,13 +25,13 @@ struct ObjectText {
   host::ObjectHandle handle = 0;
 };
 
-/// A name that stands in a line as it is, without quotes.
+/// A name that is written as it is, without quotes.
 struct NameText {
   std::string name;
 };
 
 // Arguments and results as a line has them. Numbers have as many digits as bring them back, texts
-// stand in double quotes with \r, \n, \" and \\ escaped, in UTF-8.
+// are in double quotes with \r, \n, \" and \\ escaped, in UTF-8.
 std::string TextOf(double value);
 std::string TextOf(const wchar_t* text);
 std::string TextOf(const ObjectText& object);
@@ -58,7 +58,7 @@ inline std::string TextOf(const CWnd* window) { return window != nullptr ? "wind
 template <class Whole>
 requires std::is_integral_v<Whole> std::string TextOf(Whole value) { return std::to_string(value); }
 
-/// The calls that a host was given, one line each, and the answers that a test wants it to give.
+/// The calls that a host was given, one line each, and the answers that a test sets for it.
 class HostCalls {
  public:
   using Lines = std::vector<std::string>;
@@ -68,7 +68,7 @@ class HostCalls {
   void Told(std::string_view name, const Arguments&... arguments) {
     Write(Line(name, arguments...));
   }
-  /// Writes `name(argument, ...) -> result` and gives the result.
+  /// Writes `name(argument, ...) -> result` and returns the result.
   template <class Result, class... Arguments>
   Result Answered(const Result& result, std::string_view name, const Arguments&... arguments) {
     Write(Line(name, arguments...) + " -> " + TextOf(result));
@@ -76,24 +76,24 @@ class HostCalls {
   }
   /// Writes a line as it is.
   void Write(std::string line);
-  /// Called before each line is written, to write what happened without a call.
+  /// Called before each line is written, to write changes that were made without a call.
   void BeforeLines(std::function<void()> callback) { m_Before = std::move(callback); }
 
   /// The answer of an operation from now on.
   void Always(const std::string& name, double answer) { m_Standing[name] = answer; }
   /// Its answers at the next calls, one after the other; then the standing one counts again.
   void Next(const std::string& name, std::initializer_list<double> answers);
-  /// What the script says for this call, or nothing.
+  /// The script's answer to this call; nothing if it has none.
   std::optional<double> Scripted(const std::string& name);
-  /// What the script says for this call, or `otherwise`.
+  /// The script's answer to this call, or `otherwise`.
   int Answer(const std::string& name, int otherwise);
   double AnswerNumber(const std::string& name, double otherwise);
 
-  /// All lines so far, and what was written without a call since the last.
+  /// All lines so far, and the fields written without a call since the last.
   const Lines& All();
   /// The lines as one text, each ended by a line feed.
   std::string Text();
-  /// The lines whose operation is one of these: what stands before the parenthesis, behind the last
+  /// The lines whose operation is one of these: the text before the parenthesis, after the last
   /// point. So "Add" finds `P1.Add(1, 1, 0) -> #2`.
   Lines Of(std::initializer_list<std::string_view> names);
   /// Whether a line is among them, in full.

@@ -29,7 +29,7 @@ class RecordingPane : public CPane {
 
 class RecordingStore;
 
-/// A plate object that writes its calls as `P1.ResetData(...)`. Its panes stand in one row from the
+/// A plate object that writes its calls as `P1.ResetData(...)`. Its panes are in one row from the
 /// start point. It has as many as were wanted, unless the script answers
 /// `CreatePanesWithOriginTopLeft` or `...BottomLeft`.
 class RecordingPlate : public CGenericPlateObject {
@@ -78,7 +78,7 @@ class RecordingPlate : public CGenericPlateObject {
   bool m_InDocument = false;
 };
 
-/// What the recording document knows of an object.
+/// An object of the recording document.
 struct RecordedObject {
   int type = 0;
   bool inDocument = false;
@@ -100,14 +100,14 @@ class RecordingStore : public host::ObjectStore, public host::GraphicsIO, public
   explicit RecordingStore(HostCalls& calls) : m_Calls(calls) {}
 
   HostCalls& m_Calls;
-  /// What `GetLastPaneBounds` gives, in place of the row that the plates are laid out in.
+  /// The result of `GetLastPaneBounds`, in place of the row that the plates are laid out in.
   std::optional<CWorldRect> m_LastPaneBounds;
   /// The line style that a new object begins with.
   LINESTYLE m_NewLineStyle;
-  /// The bounds that `DBGetSelectedListBounds` gives.
+  /// The bounds that `DBGetSelectedListBounds` reads.
   BOUNDS m_SelectedBounds{.xmin = 0, .xmax = 2, .ymin = 0, .ymax = 1};
 
-  /// What was opened and not closed, in words.
+  /// A text for each thing that was opened and not closed.
   std::vector<std::string> LeftOpen() const;
   /// A new object as the host itself makes one: in the document, and selected if asked.
   host::ObjectHandle Make(int type, bool selected);
@@ -199,7 +199,7 @@ class RecordingStore : public host::ObjectStore, public host::GraphicsIO, public
   std::string NextPlateName() { return "P" + std::to_string(++m_PlatesMade); }
 
   std::map<host::ObjectHandle, RecordedObject> m_Objects;
-  std::vector<host::ObjectHandle> m_Document;  ///< what is in it, in order
+  std::vector<host::ObjectHandle> m_Document;  ///< its objects, in order
   std::vector<host::ObjectHandle> m_Plates;    ///< of these the plates
   std::vector<host::ObjectHandle> m_Selection;
   std::map<host::ListHandle, List> m_Lists;

@@ -17,7 +17,7 @@ void RecordingHost::MayStay(const std::wstring& section, const std::wstring& key
 }
 
 std::vector<std::string> RecordingHost::LeftOpen() {
-  m_Calls.All();  // also what was written since the last line
+  m_Calls.All();  // also the fields written since the last line
   std::vector<std::string> open = m_Store.LeftOpen();
   for (std::string& what : m_Text.LeftOpen()) open.push_back(std::move(what));
   for (std::string& what : m_Application.LeftOpen()) open.push_back(std::move(what));

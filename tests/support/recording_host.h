@@ -16,7 +16,7 @@
 
 namespace rastrel::test {
 
-/// The text engine of a recording host. What is written into the open paragraph's records is
+/// The text engine of a recording host. A field that is written in the open paragraph's records is
 /// written as a line of its own, `paragraph.fit = 2`, in front of the next call.
 class RecordingText : public host::TextCompose {
  public:
@@ -25,7 +25,7 @@ class RecordingText : public host::TextCompose {
   HostCalls& m_Calls;
   /// Fonts that can't be had, by the name that `AddFont` is given.
   std::set<std::wstring> m_MissingFonts;
-  /// What `GetTextFrame` gives; without it the frame that the paragraph was opened with.
+  /// The result of `GetTextFrame`; without it the frame that the paragraph was opened with.
   std::optional<CWorldRect> m_Frame;
 
   std::vector<std::string> LeftOpen() const;
@@ -60,7 +60,7 @@ class RecordingText : public host::TextCompose {
   std::function<host::ObjectHandle()> m_MakeText;
 
  private:
-  /// The records of one paragraph, and what they held when the last line was written.
+  /// The records of one paragraph, and their values when the last line was written.
   struct Records {
     paragraphStruct paragraph;
     list_s lines;
@@ -83,7 +83,7 @@ class RecordingText : public host::TextCompose {
 };
 
 /// The application of a recording host: a blank of 60 by 30 cm with its origin at the bottom left,
-/// page 1 on show. The script answers all operations that give a number by their names.
+/// page 1 on show. The script answers all operations that return a number by their names.
 class RecordingApplication : public host::Application, public CSheetLayerPalette {
  public:
   RecordingApplication(HostCalls& calls, RecordingStore& store);
@@ -91,7 +91,7 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
 
   HostCalls& m_Calls;
   RecordingStore& m_Store;
-  /// The palette by name, and what `FindPaletteColor` of an index gives.
+  /// The palette by name, and the result of `FindPaletteColor` of an index.
   std::map<std::wstring, CVKFullColor> m_Palette;
   std::vector<CVKColor> m_PaletteByIndex;
   double m_BlankWidth = 60;
@@ -160,7 +160,7 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
 };
 
 /// A host that writes each call with its arguments as one line and answers from a script; installed
-/// while it exists. What a test leaves open can be asked for with LeftOpen; CheckedHost
+/// while it exists. LeftOpen returns the things that a test leaves open; CheckedHost
 /// (checked_host.h) fails the test by itself.
 ///
 /// A setting that was written counts as open until it is written a second time: the library changes
@@ -186,9 +186,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   /// Which of the document's libraries the host has; all at first.
   bool m_HasDocument = true;
 
-  /// Allows a setting to keep what the library wrote.
+  /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
-  /// What was opened and not closed, in words; empty if all was.
+  /// A text for each thing that was opened and not closed; empty if all was closed.
   std::vector<std::string> LeftOpen();
 
   host::Settings& GetSettings() override { return *this; }

@@ -93,7 +93,7 @@ class ScriptedViews : public host::DialogViews {
   }
 };
 
-/// The embedded host with scripted views; installed while it exists.
+/// The standalone host with scripted views; installed while it exists.
 class ScriptedHost : public standalone::StandaloneHost {
  public:
   ScriptedHost() { host::SetHost(this); }

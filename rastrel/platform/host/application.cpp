@@ -4,7 +4,7 @@ namespace rastrel::host {
 
 Application::~Application() = default;
 
-// What a host leaves out does nothing.
+// The defaults of operations that a host leaves out.
 
 int Application::FindPaletteColor(int, CVKColor&) { return 0; }
 int Application::IsColorInPalette(const CVKColor&) { return 0; }

@@ -1,5 +1,7 @@
 #pragma once
 
+/// The application behind the document: palette, sign blank, pages, plates, drill points, files.
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,12 +21,15 @@ class CWnd;
 
 namespace rastrel::host {
 
-/// The application's own operations: palette, sign blank, pages, plate objects, drill points,
-/// placed files, windows. Only the user interface thread calls. Measures are world units and
-/// colors those of the document where nothing else is said.
+/// The application's own operations. Only the user interface thread calls, and nothing throws but
+/// for want of memory.
 ///
-/// Operations that are not pure have a default which means "not supported": it changes nothing and
-/// gives 0, null, an empty result or the values that its comment names.
+/// Measures are world units (centimetres) unless an operation says text units (thousandths of an
+/// inch). Texts are wide, end with a zero, and are never null; paths are texts with either
+/// separator. A text or an object that is passed in belongs to the caller and ends with the call.
+///
+/// An operation that is not pure has a default for a host that leaves it out. The default changes
+/// nothing and returns the value that the operation's comment names.
 class RASTREL_API Application {
  public:
   Application() = default;
@@ -34,124 +39,145 @@ class RASTREL_API Application {
 
   // --- Palette ---
 
-  /// The document's color of that name. Non-zero when found; `color` stays as it was otherwise.
+  /// Finds the palette's color of exactly that name. Non-zero when found; 0 leaves `color` as it
+  /// was.
   virtual int FindPaletteColor(const wchar_t* name, CVKFullColor& color) = 0;
-  /// The palette's color at an index from 0; -1 gives the invisible color. Non-zero when found;
-  /// `color` stays as it was otherwise. By default 0.
+  /// Finds the palette's color at an index from 0; -1 is the invisible color. Non-zero when found;
+  /// 0 leaves `color` as it was. By default 0.
   virtual int FindPaletteColor(int index, CVKColor& color);
   /// Non-zero for a color that the palette holds. By default 0.
   [[nodiscard]] virtual int IsColorInPalette(const CVKColor& color);
-  /// Adds a color to the palette, with its name where it has one. Non-zero for success. By default
-  /// 0.
+  /// Appends a copy of a color to the palette, with its name if it has one. Non-zero for success.
+  /// By default 0.
   virtual int AddColorToPalette(const CVKFullColor& color);
-  /// Non-zero for the color that draws nothing. By default 0.
+  /// Non-zero for the color that nothing is painted in. By default 0.
   [[nodiscard]] virtual int IsInvisibleColor(const CVKColor& color);
 
   // --- Sign blank ---
 
-  /// The size of the material that everything is laid out on.
+  /// Reads the size of the material that everything is laid out on. Both are above 0.
   virtual void GetSignBlankSize(double& width, double& height) = 0;
-  /// Sets it; the library gives 1 (have it drawn). Sizes that are not above 0 are refused: the
-  /// blank stays as it was.
+  /// Sets the size of the sign blank, and draws it again if `redraw` is 1, as in every call of the
+  /// library. A size that is not above 0 is refused: the blank stays as it was.
   virtual void SetSignBlankSize(double width, double height, int redraw) = 0;
-  /// The corner, side or centre that the user counts from: codes 1 to 9, rows from the top, in each
-  /// from the left, so that 7 is bottom left. `GetOriginPosIndex` gives the same code as the layout
-  /// of plates uses it. By default the setter and `GetSignBlankOriginPos` act on nothing and 7.
+  /// The corner, side or center of the sign blank that plates are laid out from, as a code of 1 to
+  /// 9: rows from the top, each from the left, so that 7 is the bottom left corner.
   [[nodiscard]] virtual int GetOriginPosIndex() = 0;
+  /// The point of the sign blank that the user counts from, as a code of 1 to 9 as above. By
+  /// default 7.
   [[nodiscard]] virtual int GetSignBlankOriginPos();
+  /// Sets it. A code outside 1 to 9 changes nothing. By default nothing.
   virtual void SetSignBlankOriginPos(int origin);
-  /// Where the grid begins, in text units, and a third value that the library does not use. By
-  /// default all 0.
+  /// Reads the point at which the grid begins, in text units, and a third value that the library
+  /// does not use. By default all three are 0.
   virtual void GetGridOriginXY(double& x, double& y, double& third);
 
   // --- Pages and sheet layers ---
 
-  /// The page on show, counted from 1; 0 when all pages are.
+  /// The page on show, from 1; 0 when all pages are shown.
   [[nodiscard]] virtual int GetDisplayPage() = 0;
-  /// The highest page that an object stands on; 0 in an empty document. The library gives 0.
+  /// The highest page that an object is on; 0 in an empty document. The library passes 0.
   [[nodiscard]] virtual int WhatisMaxNumberofPages(int reserved) = 0;
-  /// Has the window of pages show what changed. The library gives 0.
+  /// Has the window of pages show the changes. The library passes 0. A hint: a host without such a
+  /// window does nothing.
   virtual void UpdatePageWindow(int page) = 0;
-  /// The number of the first sheet layer that no object lies on and that was not handed out before.
+  /// The number of the first sheet layer, from 1, that holds no object and that no earlier call
+  /// returned.
   [[nodiscard]] virtual int GetNextEmptyLayer() = 0;
   /// Makes a sheet layer of that number, with a name of the host's choice.
   virtual void AddNewSheetLayer(int sheetLayer) = 0;
-  /// The number of a sheet layer for separated planes that holds none; nothing if there is no such
-  /// layer. By default nothing.
+  /// The number of a sheet layer for separated planes that holds no object; nothing if there is
+  /// none. By default nothing.
   [[nodiscard]] virtual std::optional<int> GetEmptySeparationLayer();
-  /// The sheet layers as the main window has them. By default null.
+  /// The sheet layers as the main window has them, owned by the host and valid as long as it is
+  /// installed. By default null.
   [[nodiscard]] virtual CSheetLayerPalette* GetSheetLayerPalette();
-  /// Makes a sheet layer the only active one, and the one for new objects.
+  /// Makes a sheet layer the only active one. By default nothing.
   virtual void SetActiveOnlySheetLayer(int sheetLayer);
+  /// Makes a sheet layer the one that new objects go to. By default nothing.
   virtual void SetCurrentSheetLayer(int sheetLayer);
 
   // --- Plate objects ---
 
-  /// A plate object that wants `count` panes of that size with those margins and gaps. It has no
-  /// panes yet and is not in the document. Null when not even one pane fits on an empty page, or a
-  /// measure is not a number or not positive: the host tells its user why, and the library adds
-  /// nothing and logs it. A host that never refuses must lay at least one pane out on each page.
+  /// Makes a plate object for `count` panes of that size with those margins (distances inward from
+  /// the blank's edges) and gaps. It has no panes yet and is not in the document; the caller owns
+  /// it until `Add` (generic_item.h) succeeds.
+  ///
+  /// Null when not even one pane fits on an empty page, or when a measure is not a finite number,
+  /// or a size not positive: the host shows its user why, and the library adds nothing and logs it.
+  /// A host must return null then. The library lays panes out page after page until none is left,
+  /// and with a pane that fits on no page it would not end.
   [[nodiscard]] virtual std::unique_ptr<CGenericPlateObject> NewGenericPlateObject(
       int count, double width, double height, const CWorldRect& margins, double horizontalGap,
       double verticalGap) = 0;
-  /// Keeps margins and gaps for the document, for what `AdjustPlateObjects` does.
+  /// Keeps margins and gaps for the document, which `AdjustPlateObjects` then uses.
   virtual void SetPlateObjectParameters(const CWorldRect& margins, double horizontalGap,
                                         double verticalGap) = 0;
-  /// Lays all plate objects out anew. The library gives 0, 0, 1, or 0, 1, 1 for templates that
-  /// replace the document. The result is the handle of the plate object made last; 0 without any.
+  /// Lays all plate objects out again. The library passes 0, 0, 1, or 0, 1, 1 for templates that
+  /// replace the document. Returns the plate object made last; 0 without any.
   virtual ObjectHandle AdjustPlateObjects(int selectedOnly, int keepColors, int redraw) = 0;
-  /// Append one pane, or some, to a plate object, as `ResetData` with a higher count does.
+  /// Appends one pane to a plate object, as `ResetData` with a higher count does. By default
+  /// nothing.
   virtual void AddPaneToPlateObject(ObjectHandle plate);
+  /// Appends `count` panes to a plate object in the same way. By default nothing.
   virtual void AddPanesToPlateObject(ObjectHandle plate, int count);
 
   // --- Drill points ---
 
-  /// Switches the making of drill points on (1) with a diameter in world units, or off (0).
+  /// Switches drill points on (1), with a diameter in world units, or off (0).
   virtual void SetXMLDrillPoint(int on, double diameter) = 0;
-  /// Makes a drill point at a place in text units, adds it to the document, and selects it. Without
-  /// effect while drill points are off, and for a place or a diameter that is no number.
+  /// Makes a drill point at a place in text units, adds it to the document, and makes it the
+  /// selection. Nothing happens while drill points are off, or for a place or a diameter that is
+  /// not a finite number.
   virtual void SetDrillPointObj(const NewWorldPt& place) = 0;
 
   // --- Placed files ---
 
-  /// Loads a graphic of any other kind than the host's own through its file filters. `window` may
-  /// be null; the library gives 1. `flag` says that thick lines stay as they are. Non-zero for
-  /// success: the loaded objects are then the selection. 0 leaves the document as it was. By
-  /// default 0.
+  /// Loads a graphic of any kind but the host's own through its file filters. `document` is the
+  /// view's, `window` may be null, and the library passes 1 as `reserved`. `flag` is non-zero to
+  /// keep thick lines as they are. Non-zero for success: the loaded objects are then the selection.
+  /// 0 leaves the document as it was. By default 0.
   virtual int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
                       int flag);
-  /// Objects of placed files, not yet in the document. `path` names the file, of planes the ".info"
-  /// file; layers and planes count from 0. By default null.
+  /// Makes the object of a placed EPS file, not yet in the document and owned by the caller until
+  /// `Add` succeeds. By default null.
   [[nodiscard]] virtual std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path);
+  /// Makes the object of a separated plane in the same way. `path` is that of the ".info" file;
+  /// layers and planes count from 0. By default null.
   [[nodiscard]] virtual std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path,
                                                                            int layer, int plane);
-  /// A bitmap, and its end. By default null.
+  /// Makes an empty bitmap, which the caller gives back with `DeleteVKBitmap`. By default null.
   [[nodiscard]] virtual CVKBitmap* NewVKBitmap();
+  /// Destroys a bitmap of `NewVKBitmap`, once. By default nothing.
   virtual void DeleteVKBitmap(CVKBitmap* bitmap);
 
   // --- View, windows, messages ---
 
-  /// The view that the user works in. By default null.
+  /// The view that the user works in, owned by the host. By default null.
   [[nodiscard]] virtual CVelumark5View* UIGetActiveView();
-  /// The host's window of a kind; the library asks for 2, the document's. By default null.
+  /// The host's window of a kind, owned by the host. The library asks for 2, the document's. By
+  /// default null.
   [[nodiscard]] virtual CWnd* GetWindowHandle(int kind);
-  /// Shows that work is going on (1), and takes that away (0).
+  /// Shows that work is in progress (1), or no longer (0). By default nothing.
   virtual void HourGlass(int on);
-  /// Shows the user a text that is translated first, or one that stands as it is. `icon` is 16 for
-  /// stop and 48 for a warning. By default both do nothing.
+  /// Shows the user a text after translating it, and waits until it has been read. `icon` is 16 for
+  /// stop and 48 for a warning. By default nothing: the message is lost.
   virtual void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon);
+  /// The same without a translation.
   virtual void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon);
-  /// Brings all objects into view.
+  /// Brings all objects into view. By default nothing.
   virtual void ZoomObj();
-  /// The unit that the user reads and types lengths in: 0 centimetres, 1 millimetres, 2 inches. By
+  /// The unit in which the user reads and types lengths: 0 centimetres, 1 millimetres, 2 inches. By
   /// default 0.
   [[nodiscard]] virtual int GetCurrentUnits();
 
   // --- Devices ---
 
-  /// The path of the settings of the plotter of that index; empty without one. By default empty.
+  /// The path of the settings of the plotter of that index; empty if there is none. By default
+  /// empty.
   [[nodiscard]] virtual std::wstring GGetPathDeviceInI(int device);
-  /// A text of a plotter's settings; nothing when there is none. By default nothing.
+  /// A text of a plotter's settings, by the path that `GGetPathDeviceInI` returned; nothing if
+  /// there is none. By default nothing.
   [[nodiscard]] virtual std::optional<std::wstring> GetStringDevice(const wchar_t* devicePath,
                                                                     const wchar_t* section,
                                                                     const wchar_t* key);
@@ -159,7 +185,8 @@ class RASTREL_API Application {
   virtual int WriteStringDevice(const wchar_t* section, const wchar_t* key, const wchar_t* value);
   /// The channel of the queue of a device that jobs are printed to. By default 0.
   [[nodiscard]] virtual int GetQueueComChannel(const wchar_t* deviceName);
-  /// The rotation that a template asks for its job, as its number stands there.
+  /// Sets the rotation that a template asks for its job: the number in the template, as it is. By
+  /// default nothing.
   virtual void SetImportRotation(double rotation);
 };
 

@@ -15,7 +15,7 @@ CBaseDir::CBaseDir(path_type type, const wchar_t* subdirectory, bool create)
     if (!os::EndsInSeparator(m_Wide)) m_Wide += L'/';
     m_Wide += subdirectory;
   }
-  // One that can't be made shows when it is used; there is nobody to tell it here.
+  // A constructor has no failing result: the first use of the directory shows it.
   if (create) static_cast<void>(os::MakePath(m_Wide));
   m_Narrow = os::Utf8FromWide(m_Wide);
 }

@@ -1,76 +1,17 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <utility>
+/// Making objects of the document into cut lines.
 
 #include "rastrel/export.h"
 #include "rastrel/platform/values/document_values.h"
-
-/// The allocator of the host's polygon vectors.
-template <class Element>
-using SfAllocator = std::allocator<Element>;
-
-/// What all polygons are made of: a count of references, kept in the object. One thread at a time.
-class RASTREL_API PolyBaseClass2 {
- public:
-  PolyBaseClass2() = default;
-  /// A copy begins with no references of its own.
-  PolyBaseClass2(const PolyBaseClass2&) noexcept {}
-  /// References are to the object and not to its value.
-  // cppcheck-suppress operatorEqVarError
-  PolyBaseClass2& operator=(const PolyBaseClass2&) noexcept { return *this; }
-  virtual ~PolyBaseClass2();
-
-  /// Counts a reference, unless the count is negative: such an object is not counted.
-  void AddReference() {
-    if (m_References >= 0) ++m_References;
-  }
-  /// Takes one away. The object ends when the count falls from 1 to 0.
-  void ReleaseReference() {
-    if (m_References <= 0) return;
-    if (--m_References == 0) delete this;
-  }
-  /// References that hold the object; negative for one that is not counted.
-  [[nodiscard]] std::int32_t GetReferenceCount() const { return m_References; }
-
- private:
-  std::int32_t m_References = 0;
-};
-
-/// A counted reference to a polygon object. Null when it is new.
-template <class Object>
-class PolyReference {
- public:
-  PolyReference() = default;
-  /// Takes a reference of its own; null is fine.
-  explicit PolyReference(Object* object) : m_Object(object) {
-    if (m_Object != nullptr) m_Object->AddReference();
-  }
-  PolyReference(const PolyReference& other) : PolyReference(other.m_Object) {}
-  PolyReference(PolyReference&& other) noexcept
-      : m_Object(std::exchange(other.m_Object, nullptr)) {}
-  PolyReference& operator=(PolyReference other) noexcept {
-    std::swap(m_Object, other.m_Object);
-    return *this;
-  }
-  ~PolyReference() {
-    if (m_Object != nullptr) m_Object->ReleaseReference();
-  }
-
-  /// The object, owned by all its references together.
-  [[nodiscard]] Object* Get() const { return m_Object; }
-  Object* operator->() const { return m_Object; }
-  Object& operator*() const { return *m_Object; }
-  explicit operator bool() const { return m_Object != nullptr; }
-
- private:
-  Object* m_Object = nullptr;
-};
+// The polygons' references were declared here until version 0.1.
+#include "rastrel/platform/values/poly_reference.h"
 
 namespace rastrel::host {
 
-/// Making objects into cut lines. Only the user interface thread calls.
+/// Makes objects into lines that a knife cuts. The objects keep their handles, colors and places.
+/// An object of the list that is gone is passed over, and ListHandle::None is an empty list. Only
+/// the user interface thread calls.
 class RASTREL_API ContourCut {
  public:
   ContourCut() = default;
@@ -78,9 +19,10 @@ class RASTREL_API ContourCut {
   ContourCut(const ContourCut&) = delete;
   ContourCut& operator=(const ContourCut&) = delete;
 
-  /// Makes the members of a list lines that a knife cuts: into the material, or all the way through
-  /// it. The library gives 0. They keep their handles, colors and places.
+  /// Makes the members of a list lines that are cut into the material. The library passes 0. The
+  /// list stays the caller's.
   virtual void ChangeObjectsToContourCut(ListHandle list, int reserved) = 0;
+  /// The same for lines that are cut all the way through the material.
   virtual void ChangeObjectsToContourCutThrough(ListHandle list, int reserved) = 0;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+/// Dialogs as the library runs them, and the views by which a host shows them.
+
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -9,54 +11,57 @@
 
 class CWnd;
 
-/// How a dialog of the library meets the eyes of a person. The library's dialogs are logic without
-/// a toolkit (conversion/dialogs/dialog.h): they know controls by identifier and posted messages by
-/// number. A view shows one dialog, in a window or otherwise, and hands on what the person does.
+/// The library's dialogs are logic without a toolkit (conversion/dialogs/dialog.h): they know
+/// controls by identifier and posted messages by number. A view shows one dialog, in a window or
+/// otherwise, and passes the user's actions on.
 ///
-/// Everything in this header is called on one thread, the host's. A view in a library of its own
-/// needs no symbol of this one: all that it calls is virtual.
+/// Everything in this header is called on one thread, the host's user interface thread, and nothing
+/// throws but for want of memory. Texts are wide. A view in a library of its own needs no symbol of
+/// this one: all that it calls is virtual.
 ///
-/// What a window view does:
-/// - MakeView gets the dialog and looks into GetResource() for title, controls and their texts,
-///   which have no translation yet: SetText brings it, before the dialog is shown.
-/// - SetText, SetRange and SetPosition may come at any time from MakeView on, also within
+/// A view that shows a window:
+/// - MakeView gets the dialog and reads title, controls and their texts from GetResource(). The
+///   texts are not translated yet: SetText brings the translation before the dialog is shown.
+/// - SetText, SetRange and SetPosition may be called at any time from MakeView on, also within
 ///   HandleMessages and Command.
 /// - RunModal shows the window, modal to GetParent()'s if there is one, and runs the toolkit's loop
 ///   until HasEnded() is true. It calls HandleMessages whenever GetPostedHandle() is readable (or
-///   every tenth of a second where that is invalid), and looks at HasEnded() after each call of
-///   HandleMessages and Command. HandleMessages takes a bounded number of messages at a time, so a
-///   flood of them leaves the loop time for the person.
+///   every tenth of a second if that is invalid), and checks HasEnded() after each call of
+///   HandleMessages and Command. HandleMessages takes a bounded number of messages at a time, so
+///   that many of them leave the loop time for the user.
 /// - A pressed button is Command(its identifier). Escape, the window's close button and the
 ///   session's end are Command(CancelCommand).
-/// - The time that has gone by since RunModal began is the view's own to show.
-/// - If nobody could press anything (no display, no terminal), the view does as HeadlessView does.
+/// - The time since RunModal began is the view's own to show.
+/// - Where no user could press anything (no display, no terminal), a view cancels the dialog once
+///   only a user could end it: see MayEndByItself.
 namespace rastrel::host {
 
-/// What a dialog is ended with and how a person gives it up, by the platform's numbers.
+/// The commands that end a dialog, with the platform's numbers: its work is done ...
 inline constexpr int OkCommand = 1;
+/// ... or the user gave it up.
 inline constexpr int CancelCommand = 2;
 
-/// The identifier by which SetText means the dialog's title.
+/// The identifier of the dialog's title, for SetText.
 inline constexpr int TitleControl = 0;
 
-/// What a control is.
+/// The kinds of control.
 enum class ControlKind { Text, Progress, Button };
 
 /// A control of a dialog.
 struct DialogControl {
-  int id;
-  ControlKind kind;
-  const wchar_t* text;  ///< with its translation mark; empty for what has no fixed text
+  int id;               ///< unique in the dialog
+  ControlKind kind;     ///< a line of text, a progress bar or a button
+  const wchar_t* text;  ///< with its translation mark, ends with a zero; empty without a fixed text
 };
 
-/// A dialog as it is laid out before it runs: controls from top to bottom.
+/// The layout of a dialog before it runs.
 struct DialogResource {
-  int id;
-  const wchar_t* title;  ///< with its translation mark
-  std::span<const DialogControl> controls;
+  int id;                                   ///< of the dialog
+  const wchar_t* title;                     ///< with its translation mark, ends with a zero
+  std::span<const DialogControl> controls;  ///< from top to bottom
 };
 
-/// What a view sees of its dialog.
+/// A dialog as its view sees it. The library makes it, and it outlives its view.
 class DialogLogic {
  public:
   DialogLogic() = default;
@@ -64,25 +69,26 @@ class DialogLogic {
   DialogLogic& operator=(const DialogLogic&) = delete;
   virtual ~DialogLogic() = default;
 
-  /// Valid as long as the dialog.
+  /// The layout. Valid as long as the dialog.
   [[nodiscard]] virtual const DialogResource& GetResource() const = 0;
-  /// The window that the dialog belongs to, or null.
+  /// The window that the dialog belongs to, owned by the host; null if there is none.
   [[nodiscard]] virtual CWnd* GetParent() const = 0;
-  /// A descriptor that is readable while posted messages wait; to be polled, not read.
-  /// INVALID_HANDLE_VALUE if the system had none to give.
+  /// A descriptor that is readable while posted messages wait: to be polled, not read, and owned by
+  /// the dialog. INVALID_HANDLE_VALUE if the system had none left.
   [[nodiscard]] virtual HANDLE GetPostedHandle() const = 0;
-  /// Takes posted messages and acts on them, a bounded number at a time. Returns how many.
+  /// Takes posted messages and acts on them, a bounded number at a time. Returns how many it took.
   virtual std::size_t HandleMessages() = 0;
-  /// A person pressed the control, or gave the dialog up.
+  /// The user pressed the button of that identifier, or gave the dialog up (CancelCommand).
   virtual void Command(int control) = 0;
-  /// Whether the dialog is over, so that RunModal has to return.
+  /// True if the dialog is over, so that RunModal has to return.
   [[nodiscard]] virtual bool HasEnded() const = 0;
-  /// Whether the dialog may still end without a person: something works for it. Asked before
-  /// HandleMessages: if the answer is no and no message waited, only Command ends it.
+  /// True while the dialog may still end without the user, because something works for it. A view
+  /// asks before HandleMessages: if it is false, and HandleMessages then takes nothing, only
+  /// Command ends the dialog.
   [[nodiscard]] virtual bool MayEndByItself() const = 0;
 };
 
-/// One dialog on show. Destroyed when the dialog is over.
+/// One dialog on show. The library owns it and destroys it when the dialog is over.
 class DialogView {
  public:
   DialogView() = default;
@@ -90,17 +96,18 @@ class DialogView {
   DialogView& operator=(const DialogView&) = delete;
   virtual ~DialogView() = default;
 
-  /// The text of a control, or of the dialog's title, as it is to be shown.
+  /// Sets the text of a control, or of the dialog's title (TitleControl), to be shown as it is. An
+  /// unknown identifier, here and below, changes nothing.
   virtual void SetText(int control, const std::wstring& text) = 0;
-  /// Lowest and highest position of a progress bar.
+  /// Sets the lowest and the highest position of a progress bar.
   virtual void SetRange(int control, int lowest, int highest) = 0;
-  /// Position of a progress bar; one outside its range counts as the nearest in it.
+  /// Sets the position of a progress bar; one outside its range counts as the nearest in it.
   virtual void SetPosition(int control, int position) = 0;
-  /// Shows the dialog until it has ended.
+  /// Shows the dialog, and returns when it has ended.
   virtual void RunModal() = 0;
 };
 
-/// Makes views. Handed out by the host.
+/// Makes views. The host owns it (`Host::GetDialogViews`).
 class DialogViews {
  public:
   DialogViews() = default;
@@ -108,10 +115,10 @@ class DialogViews {
   DialogViews& operator=(const DialogViews&) = delete;
   virtual ~DialogViews() = default;
 
-  /// A view for a dialog, which outlives it. Null if it can't be shown: the dialog is cancelled
-  /// then.
+  /// A view for a dialog, owned by the caller. Null if it can't be shown: the dialog is then
+  /// cancelled.
   [[nodiscard]] virtual std::unique_ptr<DialogView> MakeView(DialogLogic& dialog) = 0;
-  /// Tells a person something and waits until it has been read. `parent` may be null.
+  /// Shows the user a message and waits until it has been read. `parent` may be null.
   virtual void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) = 0;
 };
 

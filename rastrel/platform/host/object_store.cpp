@@ -6,7 +6,7 @@ namespace rastrel::host {
 
 ObjectStore::~ObjectStore() = default;
 
-// What a host leaves out does nothing.
+// The defaults of operations that a host leaves out.
 
 int ObjectStore::GetKeepHistory() { return 0; }
 void ObjectStore::WriteKeepHistory(int) {}

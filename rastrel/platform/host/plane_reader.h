@@ -1,14 +1,16 @@
 #pragma once
 
+/// Finding, loading and using the reader of separated planes.
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 
 #include "rastrel/export.h"
-#include "rastrel/platform/host/placed_graphics.h"
+#include "rastrel/platform/values/bitmap_header.h"
 
-/// An interface's identifier, in the order in which it is written.
+/// An interface's identifier, with its fields in the order in which it is written.
 struct InterfaceId {
   std::uint32_t first = 0;
   std::uint16_t second = 0;
@@ -17,8 +19,9 @@ struct InterfaceId {
   bool operator==(const InterfaceId&) const = default;
 };
 
-/// One separated plane, read from its ".info" file. It lives as long as the reader that gave it.
-/// Every operation gives non-zero for success.
+/// One separated plane, read from its ".info" file. It belongs to the reader that returned it and
+/// ends with it. Every operation returns non-zero for success. Paths and keys are wide and end with
+/// a zero. Only the user interface thread uses it.
 class RASTREL_API CFMPlane {
  public:
   CFMPlane() = default;
@@ -26,21 +29,23 @@ class RASTREL_API CFMPlane {
   CFMPlane(const CFMPlane&) = delete;
   CFMPlane& operator=(const CFMPlane&) = delete;
 
-  /// Tells the host's directory of programs (type 2) and, where it has one, the key of its
-  /// language.
+  /// Sets the host's directory of programs (PATH_PROGRAMS).
   virtual int SetBaseDirectory(const wchar_t* path) = 0;
+  /// Sets the key of the host's language, if it has one.
   virtual int SetLanguageKey(const wchar_t* key) = 0;
   /// Opens a plane by the path of its ".info" file.
   virtual int Open(const wchar_t* path) = 0;
-  /// Pixels across and rows.
+  /// Reads the size of the open plane: pixels across, and rows.
   virtual int GetDimensions(std::int32_t& width, std::int32_t& height) = 0;
-  /// The pixels as one block with the head that belongs to it, rows from the top. Both are the
-  /// plane's until they are given back, which happens once, also after a failure elsewhere.
+  /// Reads the pixels of the open plane as one block, rows from the top, and their header. Both
+  /// belong to the plane until `ReleasePixels`, which must be called once for each success.
   virtual int GetPixels(const BITMAPINFOHEADER*& header, std::span<const std::byte>& pixels) = 0;
+  /// Gives them back.
   virtual void ReleasePixels(const BITMAPINFOHEADER* header, std::span<const std::byte> pixels) = 0;
 };
 
-/// What the plane reader's library creates.
+/// A reader: the object that the plane reader's library creates. Only the user interface thread
+/// uses it.
 class RASTREL_API CFMDllIF {
  public:
   CFMDllIF() = default;
@@ -57,8 +62,8 @@ namespace rastrel::host {
 /// A library that is loaded while the program runs; null is none.
 using LibraryHandle = void*;
 
-/// Finding and loading the plane reader's library "cfplane.dll". A host that has its reader built
-/// in gives any handle that is not null, and the two functions. Only the user interface thread
+/// Finds and loads the plane reader's library "cfplane.dll". A host that has its reader built in
+/// returns any handle that is not null, and the two functions. Only the user interface thread
 /// calls.
 class RASTREL_API PlaneReader {
  public:
@@ -67,20 +72,24 @@ class RASTREL_API PlaneReader {
   PlaneReader(const PlaneReader&) = delete;
   PlaneReader& operator=(const PlaneReader&) = delete;
 
-  /// The functions that the library exports: one makes a reader, the other ends it.
+  /// Makes a reader, which the caller owns; null if that fails. Exported by the library.
   using CreateFunction = CFMDllIF* (*)();
+  /// Destroys a reader, once. Exported by the library.
   using DestroyFunction = void (*)(CFMDllIF*);
 
-  /// The path of a library on the system's search path; empty when there is none.
+  /// The path of a library on the system's search path; empty if there is none.
   [[nodiscard]] virtual std::wstring SearchPath(const wchar_t* fileName) = 0;
-  /// Loads a library by its path or its bare name; null when it can't be loaded.
+  /// Loads a library by its path or its bare name. The caller gives it back with `FreeLibrary`.
+  /// Null if it can't be loaded.
   [[nodiscard]] virtual LibraryHandle LoadLibrary(const wchar_t* path) = 0;
-  /// Exports by their decorated names; null for one that is missing.
+  /// The function that makes a reader, by its decorated name (ASCII); null if it is missing. Valid
+  /// until the library is given back.
   [[nodiscard]] virtual CreateFunction GetCreateFunction(LibraryHandle library,
                                                          const char* name) = 0;
+  /// The function that destroys a reader, in the same way.
   [[nodiscard]] virtual DestroyFunction GetDestroyFunction(LibraryHandle library,
                                                            const char* name) = 0;
-  /// Gives a library back.
+  /// Gives a library back, once.
   virtual void FreeLibrary(LibraryHandle library) = 0;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+/// Plate objects and their panes.
+
 #include <vector>
 
 #include "rastrel/export.h"
@@ -7,9 +9,9 @@
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/world.h"
 
-/// One pane of a plate object: the piece of material that one badge or sign is cut from. Its edges
-/// are world units, top above bottom. It belongs to its plate object and is valid until that is
-/// laid out again.
+/// One pane of a plate object: the piece of material that one badge or sign is cut from. It belongs
+/// to its plate object and is valid until that is laid out again. Edges are world units, top above
+/// bottom.
 class RASTREL_API CPane {
  public:
   CPane() = default;
@@ -17,48 +19,58 @@ class RASTREL_API CPane {
   CPane(const CPane&) = delete;
   CPane& operator=(const CPane&) = delete;
 
-  /// Its edges.
+  /// The left edge.
   [[nodiscard]] virtual double GetLeft() const = 0;
+  /// The top edge.
   [[nodiscard]] virtual double GetTop() const = 0;
+  /// The right edge.
   [[nodiscard]] virtual double GetRight() const = 0;
+  /// The bottom edge.
   [[nodiscard]] virtual double GetBottom() const = 0;
 };
 
 /// Panes of one size, laid out on the sign blank in rows from the left, with margins round all of
-/// them and gaps between them. All measures are world units.
+/// them and gaps between them. All measures are world units. Only the user interface thread uses
+/// it.
 class RASTREL_API CGenericPlateObject : public CGenericItem {
  public:
   ~CGenericPlateObject() override;
 
-  /// Lay panes out, at most as many as were wanted, rows downward from `start` (the upper left
-  /// corner of the first pane), within a blank of that size less the margins. The result is how
+  /// Lays panes out on a blank of that size less the margins: at most as many as were wanted, from
+  /// `start`, the upper left corner of the first pane, rightward and in rows downward. Returns how
   /// many fit, 0 for none; the object then has that many.
   virtual int CreatePanesWithOriginTopLeft(const CWorldPoint& start, double width,
                                            double height) = 0;
-  /// The same from the lower left corner of the first pane, rows upward.
+  /// The same from the lower left corner of the first pane, with rows upward.
   virtual int CreatePanesWithOriginBottomLeft(const CWorldPoint& start, double width,
                                               double height) = 0;
 
-  /// Rebuilds the object with a new pane count. Panes that were there keep their order, new ones
-  /// follow. What does not fit on the page goes on to further pages. `objects` is empty and `flag`
-  /// 0 in every call of the library.
+  /// Rebuilds the object with a new pane count. Panes that were there keep their order, and new
+  /// ones follow. Those that do not fit on the page go to further pages. In every call of the
+  /// library `objects` is empty and `flag` is 0.
   virtual void ResetData(int count, double width, double height, const CWorldRect& margins,
                          double horizontalGap, double verticalGap,
                          const std::vector<rastrel::host::ObjectHandle>& objects, int flag) = 0;
 
-  /// What the object was last built with.
+  /// The pane count that the object was last built with.
   [[nodiscard]] virtual int GetPaneCount() const = 0;
+  /// The width of a pane.
   [[nodiscard]] virtual double GetPaneWidth() const = 0;
+  /// The height of a pane.
   [[nodiscard]] virtual double GetPaneHeight() const = 0;
+  /// The margins: distances inward from the blank's edges.
   [[nodiscard]] virtual CWorldRect GetMargins() const = 0;
+  /// The gap between two panes of a row.
   [[nodiscard]] virtual double GetHorizontalGap() const = 0;
+  /// The gap between two rows.
   [[nodiscard]] virtual double GetVerticalGap() const = 0;
 
-  /// The last pane's edges; all 0 when there is no pane.
+  /// The last pane's edges; all 0 without a pane.
   [[nodiscard]] virtual CWorldRect GetLastPaneBounds() const = 0;
 
-  /// Walk the panes in layout order, whatever their page; null behind the last. The place of the
-  /// walk lives in the object.
+  /// The first pane in layout order, whatever its page, and the start of a walk; null without a
+  /// pane. The place of the walk is the object's.
   [[nodiscard]] virtual CPane* GetFirstPane() = 0;
+  /// The pane after the one returned last; null after the last.
   [[nodiscard]] virtual CPane* GetNextPane() = 0;
 };

@@ -1,21 +1,14 @@
 #pragma once
 
+/// The document's sheet layers as the host's window has them.
+
 #include <optional>
 #include <string>
 
 #include "rastrel/export.h"
+#include "rastrel/platform/values/document_values.h"
 
-/// A sheet layer: the objects of a document that lie on one piece of material.
-struct CSheetLayer {
-  int number = 0;            ///< counts from 1; 0 is no layer
-  std::wstring name;         ///< as the user sees it
-  int sheetType = 0;         ///< 1: the layer of separated planes
-  bool hasSubstrate = true;  ///< false: drawn without its material
-  bool operator==(const CSheetLayer&) const = default;
-};
-
-/// The document's sheet layers as the host's window shows them. Only the user interface thread
-/// calls.
+/// The sheet layers by their numbers. The host owns it; only the user interface thread uses it.
 class RASTREL_API CSheetLayerPalette {
  public:
   CSheetLayerPalette() = default;
@@ -23,10 +16,10 @@ class RASTREL_API CSheetLayerPalette {
   CSheetLayerPalette(const CSheetLayerPalette&) = delete;
   CSheetLayerPalette& operator=(const CSheetLayerPalette&) = delete;
 
-  /// The layer of a number, or nothing.
+  /// A copy of the layer of that number; nothing if there is none.
   [[nodiscard]] virtual std::optional<CSheetLayer> GetSheetLayerFromPalette(int number) = 0;
-  /// Adds a layer under its number. Non-zero for success; 0 if the number is taken.
+  /// Adds a copy of a layer under its number. Non-zero for success; 0 if the number is taken.
   virtual int AddSheetToPalette(const CSheetLayer& layer) = 0;
-  /// Removes a layer, not its objects.
+  /// Removes a layer, not its objects. Nothing if there is none of that number.
   virtual void RemoveSheetFromPalette(int number) = 0;
 };

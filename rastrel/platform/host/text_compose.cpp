@@ -6,7 +6,7 @@ namespace rastrel::host {
 
 TextCompose::~TextCompose() = default;
 
-// What a host leaves out does nothing.
+// The defaults of operations that a host leaves out.
 
 void TextCompose::SetTextColor(const CVKColor&) {}
 std::unique_ptr<CFontReplacement> TextCompose::NewFontReplacement(const wchar_t*) {

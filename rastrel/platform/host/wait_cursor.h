@@ -1,5 +1,5 @@
 #pragma once
 
-/// Has the host show that it is busy. The library never takes the cursor away again: the host's
-/// next event does. On the host's thread.
+/// Shows the user that the host is busy, by `Host::BeginWaitCursor`. The library never takes the
+/// cursor away again: the host's next event does. Only the host's user interface thread may call.
 void BeginWaitCursor();

@@ -20,7 +20,7 @@ constexpr const wchar_t* Folders[] = {L"Queue/rip/System/pmodes", L"Queue/rip/Sy
                                       L"Queue/rip/CFM", L"drive_c/tmp", L"jobs"};
 constexpr const wchar_t* RecordName = L"Queue/.installed";
 constexpr std::uint64_t LargestRecord = std::uint64_t{16} << 20;
-// Folders below a shipped one that are followed. What ships is three deep.
+// The maximum depth of shipped folders. Those that ship are three deep.
 constexpr int DeepestFolder = 16;
 
 // Brings one root up to date. Keeps the first failure and goes on.
@@ -84,8 +84,8 @@ class RootLayout {
     }
   }
 
-  // Copies one file where there is none, or where what lies there is ours, untouched and of another
-  // version.
+  // Copies one file where there is none, or one that this library installed, untouched and of
+  // another version.
   void InstallFile(const std::wstring& source, const std::wstring& target) {
     const Expected<os::FileStamp> shipped = os::StampOf(source);
     if (!shipped) return Keep(shipped.Error());

@@ -29,14 +29,14 @@ struct Resources {
 [[nodiscard]] Resources FindResources();
 
 /// Lays the data root out: makes what is missing, and copies in programs and files that are
-/// missing or that an earlier version of the library put there. What a user changed or put in place
-/// of ours is left alone, told by the record `Queue/.installed` (one line a file: size, time,
-/// path). Safe against other processes that do the same. A failure tells the first thing that went
-/// wrong; the rest is still tried.
+/// missing or that an earlier version of the library put there. A file that a user changed or
+/// replaced is left alone: the record `Queue/.installed` (install_record.h) shows which those are.
+/// Safe against other processes that do the same. Returns the first failure; the other steps are
+/// still tried.
 [[nodiscard]] Expected<void> LayOutDataRoot();
 
-/// LayOutDataRoot once a process for each root. What can't be laid out shows where it is used, and
-/// in `rastrel doctor`, which lays the root out again and tells the failure. Any thread may call.
+/// Calls LayOutDataRoot once in a process for each root. A failure shows where the missing part is
+/// used, and in `rastrel doctor`, which lays the root out again and prints it. Any thread may call.
 void EnsureDataRoot();
 
 }  // namespace rastrel::standalone

@@ -10,7 +10,7 @@ namespace rastrel::standalone {
 
 namespace {
 
-constexpr int WithoutHandle = 100;  // milliseconds between two looks
+constexpr int PollInterval = 100;  // milliseconds between two attempts
 
 }  // namespace
 
@@ -22,7 +22,7 @@ void HeadlessView::SetPosition(int, int) {}
 
 void HeadlessView::RunModal() {
   while (!m_Dialog.HasEnded()) {
-    // In this order: what works for the dialog posts its last message before it ends.
+    // In this order: the dialog's worker posts its last message before it ends.
     const bool mayEnd = m_Dialog.MayEndByItself();
     if (m_Dialog.HandleMessages() > 0) continue;
     if (!mayEnd) {
@@ -31,7 +31,7 @@ void HeadlessView::RunModal() {
     }
     const std::array<HANDLE, 1> posted{m_Dialog.GetPostedHandle()};
     const bool canWait = posted[0] != INVALID_HANDLE_VALUE;
-    static_cast<void>(os::WaitReadable(posted, canWait ? -1 : WithoutHandle));
+    static_cast<void>(os::WaitReadable(posted, canWait ? -1 : PollInterval));
   }
 }
 

@@ -4,8 +4,8 @@
 
 namespace rastrel::standalone {
 
-/// Shows nothing and nobody watches: runs a dialog to the end that its work has, and cancels it
-/// once only a person could end it.
+/// Shows nothing: runs a dialog to the end that its work has, and cancels it once only a person
+/// could end it.
 class HeadlessView : public host::DialogView {
  public:
   /// The dialog is not owned.
@@ -19,7 +19,7 @@ class HeadlessView : public host::DialogView {
   host::DialogLogic& m_Dialog;
 };
 
-/// Makes them. Messages to a person go to the standard error stream.
+/// Makes them. Messages go to the standard error stream.
 class HeadlessViews : public host::DialogViews {
  public:
   [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override;

@@ -11,7 +11,7 @@
 namespace rastrel::standalone {
 namespace {
 
-// Far beyond any settings file; what is larger is none.
+// Far beyond any settings file; a larger file is not read.
 constexpr std::uint64_t LargestFile = std::uint64_t{16} << 20;
 
 std::wstring SettingsPath() { return os::FromNative(os::DataRoot()) + L"/settings.ini"; }

@@ -22,12 +22,12 @@ bool SameName(std::string_view one, std::string_view other) {
                     [&](char left, char right) { return lower(left) == lower(right); });
 }
 
-// Where a setting stands in a text, in bytes from its begin.
+// The place of a setting in a text, in bytes from its start.
 struct Place {
   bool sectionFound = false;
   bool keyFound = false;
   std::size_t lineBegin = 0;  // of the key's line; else where a new line of the section belongs
-  std::size_t lineEnd = 0;    // behind the line, its line end not included
+  std::size_t lineEnd = 0;    // after the line, without its line end
   std::string_view value;
 };
 
@@ -43,7 +43,7 @@ Place FindPlace(std::string_view text, std::string_view section, std::string_vie
     const bool isHeader = line.starts_with('[') && line.ends_with(']') && line.size() >= 2;
     if (isHeader) inSection = SameName(Trimmed(line.substr(1, line.size() - 2)), section);
     if (!inSection || line.empty()) continue;
-    // New keys go behind the last line of the section's first appearance that is not blank.
+    // New keys go after the last line of the section's first appearance that is not empty.
     if (!place.sectionFound || !isHeader) place.lineBegin = position;
     place.sectionFound = true;
     const std::size_t equals = line.find('=');

@@ -6,7 +6,7 @@
 namespace rastrel::standalone {
 namespace {
 
-// Takes a number and the blank behind it off the front.
+// Takes a number and the space after it off the front.
 template <typename Number>
 bool TakeNumber(std::string_view& line, Number& number) {
   const char* const end = line.data() + line.size();

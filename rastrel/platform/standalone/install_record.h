@@ -6,15 +6,21 @@
 
 #include "rastrel/platform/os/file.h"
 
-/// What was put into the data root by us, and in which state: a line a file of its size in bytes,
-/// its time in nanoseconds since 1970 and its path below the root, with one blank between them.
+/// The files that this library put into the data root, and their state then. One line for each
+/// file:
+///
+///     SIZE TIME PATH
+///
+/// its size in bytes, its time in nanoseconds since 1970 and its path below the root (UTF-8, may
+/// hold spaces), with one space between them.
 namespace rastrel::standalone {
 
 /// By native path below the root.
 using InstallRecord = std::map<std::string, os::FileStamp>;
 
-/// Lines that are no such line are left out.
+/// Reads a record; lines of another form are left out.
 [[nodiscard]] InstallRecord ParseInstallRecord(std::string_view text);
+/// Writes a record, in the order of the paths.
 [[nodiscard]] std::string FormatInstallRecord(const InstallRecord& record);
 
 }  // namespace rastrel::standalone

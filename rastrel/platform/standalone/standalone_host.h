@@ -1,11 +1,12 @@
 #pragma once
 
-#include <mutex>
+#include <optional>
 #include <string>
 
 #include "rastrel/platform/host/host.h"
 
-/// The host of a program that has none: everything lives under the data root (platform/os/path.h).
+/// The standalone host, for a program that brings none: everything is under the data root
+/// (platform/os/path.h).
 namespace rastrel::standalone {
 
 /// `settings.ini` of the data root: UTF-8, sections in brackets, `key = value`, lines that begin
@@ -30,12 +31,13 @@ class DataRootDirectories : public host::Directories {
   [[nodiscard]] std::optional<std::wstring> PrinterDriverDirectory() override;
 };
 
-/// English: the mark "(*v*)" is removed, the rest stands.
+/// English: the mark "(*v*)" is removed, and the rest stays.
 class EnglishTranslation : public host::Translation {
  public:
   [[nodiscard]] std::optional<std::wstring> Translate(const std::wstring& text) override;
 };
 
+/// The three as one host, without a document.
 class StandaloneHost : public host::Host {
  public:
   [[nodiscard]] host::Settings& GetSettings() override { return m_Settings; }

@@ -1,26 +1,31 @@
 #pragma once
 
+/// Dialogs as windows of the desktop, by a component that is loaded when it is asked for.
+
 #include <string>
 
 #include "rastrel/export.h"
 #include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/os/expected.h"
 
-/// Dialogs as windows: an optional component, `rastrel-window.so` beside the other programs, that
-/// is found and loaded when it is asked for. Nothing of the library needs it, or its toolkit.
+/// The optional component `rastrel-window.so` is beside the library's programs and is loaded by its
+/// name. Nothing of the library needs it, or its toolkit.
 namespace rastrel::host {
 
-/// The name of the function that the component exports, and its kind. It returns null, and sets the
-/// reason to a text that stays, if no window can be shown: there is no display. The version is that
-/// of the interface in dialogs.h; a component that has another one refuses.
+/// The name of the function that the component exports.
 inline constexpr const char* MakeWindowViewsName = "RastrelMakeWindowViews";
+/// The version of the interface in dialogs.h; a component of another version makes no views.
 inline constexpr int WindowViewsVersion = 1;
+/// The function's type. It returns the component's views, which it owns until the process ends;
+/// null if no window can be shown, with `reason` set to a static text (UTF-8).
 using MakeWindowViews = DialogViews*(int version, const char** reason);
 
-/// Views that show dialogs as windows of the desktop, for a host to hand out. The same object at
-/// each call, which lives till the process ends. Only the thread that will show the dialogs may
-/// call. The reason in words (UTF-8) if there are none: the component is not installed, its toolkit
-/// is not, or there is no display.
+/// Views that show dialogs as windows, for a host to return from `GetDialogViews`. The same object
+/// in each call; it lives until the process ends. Only the thread that will show the dialogs may
+/// call. A process without an application of the toolkit gets one with the first success.
+///
+/// Fails if the component or its toolkit is not installed, if the component is of another version,
+/// or if there is no display that answers. The failure's `why` is then a text for the user.
 [[nodiscard]] RASTREL_API Expected<DialogViews*> LoadWindowViews();
 
 }  // namespace rastrel::host

@@ -1,5 +1,7 @@
 #pragma once
 
+/// Colors of the host, with and without a name.
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -12,40 +14,41 @@ class CStream;
 enum COLORSPACE : int { COLORSPACE_RGB = 1, COLORSPACE_CMYK = 3 };
 
 /// A color of the host: its space and its components as they were set, not clipped. CMYK is
-/// normally 0 to 1 each, RGB 0 to 255. A new one is RGB black.
+/// normally 0 to 1 each, RGB 0 to 255. A new one is RGB black. A value; one thread at a time.
 class RASTREL_API CVKColor {
  public:
   CVKColor() = default;
-  /// A color reference: red, green and blue from 0 to 255 in the low three bytes, red lowest. The
-  /// reference -1 is the color that nothing is painted in. `space` and the two others are kept as
-  /// they are given.
+  /// A color of a reference: red, green and blue from 0 to 255 in its low three bytes, red lowest.
+  /// The reference -1 is the invisible color, in which nothing is painted. `space`, `correction`
+  /// and `reflectivity` are kept as they are.
   CVKColor(std::int32_t reference, int space, int correction, int reflectivity);
 
-  /// Sets four components.
+  /// Sets the space and its four components. The color is then not invisible.
   void SetColor(const double& c, const double& m, const double& y, const double& k,
                 COLORSPACE space);
-  /// Sets three components.
+  /// Sets three components in the same way.
   void SetColor(const double& r, const double& g, const double& b, COLORSPACE space);
 
-  /// As it was set.
+  /// The space that was set, also one that is no COLORSPACE.
   [[nodiscard]] COLORSPACE GetColorSpace() const { return m_Space; }
-  /// The components in the order in which they were set; those that the space lacks are 0.
+  /// The components in the order in which they were set; the fourth of three is 0.
   [[nodiscard]] const std::array<double, 4>& GetComponents() const { return m_Components; }
-  /// Whether it is the color that nothing is painted in (reference -1).
+  /// True for the invisible color (reference -1).
   [[nodiscard]] bool IsInvisible() const { return m_Invisible; }
 
   /// Red, green and blue from 0 to 255. A CMYK color is turned into them without a profile:
-  /// 255 (1 - ink) (1 - black). The last argument receives 0. Null pointers are passed over.
+  /// 255 (1 - ink) (1 - black). The last argument receives 0. A null pointer receives nothing.
   void GetColorChannels(double* r, double* g, double* b, double* unused) const;
   /// Cyan, magenta, yellow and black from 0 to 1. An RGB color is turned into them without a
-  /// profile: what is gray in it becomes black alone. Null pointers are passed over.
+  /// profile: its gray part becomes black alone. A null pointer receives nothing.
   void GetCMYKcolor(double* c, double* m, double* y, double* k) const;
 
-  /// Writes the color; docs/formats/cut-settings.md has the bytes. The stream's exceptions pass.
-  /// Returns 1.
+  /// Writes the color; docs/formats/cut-settings.md describes the bytes. Returns 1. Throws
+  /// CStreamException if the stream fails.
   int Save(CStream* stream) const;
-  /// Reads what Save wrote. `version` is that of the layout, 1. The stream's exceptions pass.
-  /// Returns 1; 0, with the color as it was, if the layout or the color space is unknown.
+  /// Reads the bytes that Save wrote. `version` is that of the layout, 1. Returns 1; 0, with the
+  /// color as it was, if the layout or the color space is unknown. Throws CStreamException if the
+  /// stream fails.
   int Load(CStream* stream, int version);
 
   bool operator==(const CVKColor&) const = default;
@@ -62,18 +65,18 @@ class RASTREL_API CVKColor {
 class RASTREL_API CVKFullColor : public CVKColor {
  public:
   CVKFullColor() = default;
-  /// As the base's, without a name.
+  /// The base's, without a name.
   CVKFullColor(std::int32_t reference, int space, int correction, int reflectivity)
       : CVKColor(reference, space, correction, reflectivity) {}
   /// That color, without a name.
   explicit CVKFullColor(const CVKColor& color) : CVKColor(color) {}
 
-  /// An empty text takes the name away.
+  /// Sets the name; an empty one removes it.
   void SetColorName(const std::wstring& name) { m_Name = name; }
   /// Copies the name; non-zero if there is one. Without one `name` becomes empty.
   int GetColorName(std::wstring& name) const;
 
-  /// As the base's, with the name behind it.
+  /// As the base's, with the name after the color.
   int Save(CStream* stream) const;
   /// As the base's.
   int Load(CStream* stream, int version);

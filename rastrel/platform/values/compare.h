@@ -1,10 +1,10 @@
 #pragma once
 
-/// The host's comparisons of measures. Two values that are no more than `tolerance` apart are the
-/// same to it, so that exactly one of the three is true of any two finite values. None is true of a
-/// value that is no number.
+/// Comparisons of measures within a tolerance, as the host makes them. Two values that are at most
+/// `tolerance` apart are equal, so that exactly one of the three is true of any two finite values.
+/// None is true of NaN.
 
-/// True if the values are no more than `tolerance` apart.
+/// True if the values are at most `tolerance` apart.
 [[nodiscard]] inline bool IsDoubleEqual(double left, double right, double tolerance) {
   return left == right || (left - right <= tolerance && right - left <= tolerance);
 }

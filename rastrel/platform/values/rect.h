@@ -1,8 +1,10 @@
 #pragma once
 
+/// Rectangles: the framework's in whole numbers, and bounds in centimetres.
+
 #include <cstdint>
 
-/// A rectangle of the framework. Whoever fills it says in which unit, and which way is up.
+/// A rectangle of the framework. The operation that fills it names the unit, and which way is up.
 struct CRect {
   std::int32_t left = 0;
   std::int32_t top = 0;
@@ -16,7 +18,7 @@ struct CRect {
   bool operator==(const CRect&) const = default;
 };
 
-/// Bounds in centimetres, y upward. The order of the fields is the host's.
+/// Bounds in world units (centimetres), y upward. The order of the fields is the host's.
 struct BOUNDS {
   double xmin = 0;
   double xmax = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+/// Lengths that are compared to a number of decimals.
+
 #include "rastrel/export.h"
 
 /// A length that compares at a decimal precision: two are equal when value times 10 to that
@@ -11,12 +13,12 @@ class RASTREL_API SmartDouble {
   /// Keeps the value as it is.
   explicit SmartDouble(double value, int precision = 3) : m_Value(value), m_Precision(precision) {}
 
-  /// As it was given.
+  /// The value, not rounded.
   [[nodiscard]] double GetValue() const { return m_Value; }
-  /// Decimals that count in a comparison.
+  /// The decimals that count in a comparison.
   [[nodiscard]] int GetPrecision() const { return m_Precision; }
 
-  /// Compares at the precision of the left one.
+  /// Compares at the precision of the left operand.
   bool operator==(const SmartDouble& other) const;
 
  private:

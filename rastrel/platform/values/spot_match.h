@@ -1,5 +1,7 @@
 #pragma once
 
+/// Spot colors of placed files, and the host's matches for them.
+
 #include <cstddef>
 #include <deque>
 
@@ -7,19 +9,20 @@
 #include "rastrel/platform/mfc/string.h"
 #include "rastrel/platform/values/color.h"
 
-/// A spot color of a placed file, which the host may match to one of its own.
+/// A spot color of a placed file, which the host may match to one of its own. A value; one thread
+/// at a time.
 class RASTREL_API CSpotMatchItem {
  public:
   CSpotMatchItem() = default;
 
-  /// Keeps a copy.
+  /// Sets the name, of which it keeps a copy.
   void SetName(const CString& name);
-  /// The color that the host shows and may change.
+  /// Sets the color that the host shows and may change.
   void SetColor(const CVKColor& color);
-  /// The color as the file has it.
+  /// Sets the color that the file names.
   void SetOriginalColor(const CVKColor& color);
 
-  /// Valid as long as the item.
+  /// The name. Valid as long as the item, as the colors are.
   [[nodiscard]] const CString& GetName() const { return m_Name; }
   [[nodiscard]] const CVKColor& GetColor() const { return m_Color; }
   [[nodiscard]] const CVKColor& GetOriginalColor() const { return m_OriginalColor; }
@@ -33,7 +36,7 @@ class RASTREL_API CSpotMatchItem {
 };
 
 /// The host's list of spot colors, in the order in which they were appended. References to items
-/// stay valid while more are appended.
+/// stay valid while more are appended. One thread at a time.
 class RASTREL_API CSpotMatchList {
  public:
   using iterator = std::deque<CSpotMatchItem>::iterator;

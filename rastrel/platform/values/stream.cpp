@@ -11,10 +11,10 @@ namespace os = rastrel::os;
 
 namespace {
 
-// What is written outside blocks goes to the file in pieces of this size, and is read in them.
+// Bytes outside blocks are written to the file in pieces of this size, and read in them.
 constexpr std::size_t Piece = 65536;
 // A writer's memory grows by at least this much.
-constexpr std::size_t LeastGrowth = 1024;
+constexpr std::size_t MinimumGrowth = 1024;
 
 static_assert(std::endian::native == std::endian::little, "numbers are copied as they lie");
 
@@ -43,7 +43,7 @@ CStream::CStream(CFile* file) : m_File(file) {}
 CStream::~CStream() {
   try {
     Flush();
-  } catch (...) {  // a destructor can tell nobody; who wants to know calls Flush
+  } catch (...) {  // a destructor can't report it; who needs to know calls Flush
   }
 }
 
@@ -54,10 +54,10 @@ void CStream::Read(void* bytes, std::size_t count) {
     m_Taken += count;
     return;
   }
-  ReadBehindBuffer(target, count);
+  ReadPastBuffer(target, count);
 }
 
-void CStream::ReadBehindBuffer(unsigned char* target, std::size_t count) {
+void CStream::ReadPastBuffer(unsigned char* target, std::size_t count) {
   while (count > 0) {
     if (m_Taken == m_Used) Fill();
     const std::size_t part = std::min(count, m_Used - m_Taken);
@@ -80,7 +80,7 @@ void CStream::Fill() {
   m_Taken = 0;
 }
 
-void CStream::PassOver(std::uint64_t count) {
+void CStream::Skip(std::uint64_t count) {
   while (count > 0) {
     if (m_Taken == m_Used) Fill();
     const std::uint64_t part = std::min<std::uint64_t>(count, m_Used - m_Taken);
@@ -95,12 +95,12 @@ void CStream::Write(const void* bytes, std::size_t count) {
   m_Used += count;
 }
 
-// Makes room for `count` more bytes: by handing on what stands outside blocks, else by growing.
+// Makes room for `count` more bytes: by writing the bytes outside blocks, else by growing.
 void CStream::Grow(std::size_t count) {
   if (m_WriteBlocks.empty()) Flush();
   if (count <= m_Capacity - m_Used) return;
-  const std::size_t least = m_WriteBlocks.empty() ? Piece : LeastGrowth;
-  const std::size_t capacity = m_Capacity + std::max({count, least, m_Capacity / 2});
+  const std::size_t minimum = m_WriteBlocks.empty() ? Piece : MinimumGrowth;
+  const std::size_t capacity = m_Capacity + std::max({count, minimum, m_Capacity / 2});
   std::unique_ptr<unsigned char[]> larger(new unsigned char[capacity]);
   if (m_Used > 0) std::memcpy(larger.get(), m_Buffer.get(), m_Used);
   m_Buffer = std::move(larger);
@@ -111,16 +111,16 @@ void CStream::Flush() {
   if (m_Position != 0) return;  // a reader's buffer
   const std::size_t ready = m_WriteBlocks.empty() ? m_Used : m_WriteBlocks.front();
   if (ready == 0) return;
-  GiveToFile(m_Buffer.get(), ready);
+  WriteToFile(m_Buffer.get(), ready);
   std::memmove(m_Buffer.get(), m_Buffer.get() + ready, m_Used - ready);
   m_Used -= ready;
   for (std::size_t& block : m_WriteBlocks) block -= ready;
 }
 
-void CStream::GiveToFile(const unsigned char* bytes, std::size_t count) {
-  constexpr std::size_t most = std::numeric_limits<unsigned>::max();
+void CStream::WriteToFile(const unsigned char* bytes, std::size_t count) {
+  constexpr std::size_t maximum = std::numeric_limits<unsigned>::max();
   while (count > 0) {
-    const std::size_t part = std::min(count, most);
+    const std::size_t part = std::min(count, maximum);
     if (!m_File->Write(bytes, static_cast<unsigned>(part)))
       throw CStreamException(CStreamException::writeFailed);
     bytes += part;
@@ -190,7 +190,7 @@ void CStream::CloseReadBlock() {
   const ReadBlock block = m_ReadBlocks.back();
   m_ReadBlocks.pop_back();
   const std::uint64_t taken = m_Position - (m_Used - m_Taken) - block.begin;
-  if (taken < block.length) PassOver(block.length - taken);
+  if (taken < block.length) Skip(block.length - taken);
 }
 
 int CStream::WritePostscript(const wchar_t* text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+/// The host's stream of document data.
+
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -10,10 +12,10 @@
 #include "rastrel/export.h"
 #include "rastrel/platform/mfc/file.h"
 
-/// What a failing CStream raises.
+/// Thrown by a CStream that fails.
 class RASTREL_API CStreamException : public std::exception {
  public:
-  /// Why.
+  /// The reason.
   enum Cause : int {
     endOfFile = 1,    ///< a read came up short
     writeFailed = 2,  ///< the file did not take what was written
@@ -23,21 +25,30 @@ class RASTREL_API CStreamException : public std::exception {
   /// An exception with that cause.
   explicit CStreamException(Cause cause) : m_cause(cause) {}
   ~CStreamException() override;
-  /// English words for the cause; static text.
+  /// The cause in English; static text.
   [[nodiscard]] const char* what() const noexcept override;
 
-  Cause m_cause;  ///< as it was given
+  Cause m_cause;  ///< the reason
 };
 
 /// The host's stream of document data: bytes, little-endian numbers, and blocks that carry their
-/// length. A stream stands on a CFile that it does not own, goes one way only, and is used by one
-/// thread. It keeps a buffer, so nothing else may use the file meanwhile. After an exception it is
-/// of no more use.
+/// length. A stream reads or writes a CFile that it does not own: one of the two, and on one
+/// thread. It keeps a buffer, so nothing else may use the file meanwhile. After an exception it
+/// must not be used.
 ///
-/// A block is 8 bytes of length and that many bytes. Blocks nest. A writer collects the outermost
-/// open block in memory; the length is that of what was written until the block is closed. A reader
-/// that closes a block passes over what it did not take of it, so that a later writer may append to
-/// a block; a reader that takes more than the length says reads on, and nothing is passed over.
+/// A block is a length and that many bytes. Blocks nest:
+///
+///     +------------------+--------------------------------------------------+
+///     | length: 8 bytes, | content                                          |
+///     | little-endian    |   ... +------------------+-------------------+   |
+///     |                  |       | length           | content           |   |
+///     |                  |   ... +------------------+-------------------+   |
+///     +------------------+--------------------------------------------------+
+///                        |<------- as many bytes as the length says ------->|
+///
+/// A writer collects the outermost open block in memory, and sets its length when it is closed. A
+/// reader that closes a block skips the rest of it, so that a later writer may append to a block. A
+/// reader that reads beyond a block's end is not stopped, and closing the block then skips nothing.
 class RASTREL_API CStream {
  public:
   /// The file must outlive the stream.
@@ -47,12 +58,12 @@ class RASTREL_API CStream {
   CStream(const CStream&) = delete;
   CStream& operator=(const CStream&) = delete;
 
-  /// Takes `count` bytes; raises endOfFile if there are fewer.
+  /// Reads `count` bytes; throws endOfFile if there are fewer.
   void Read(void* bytes, std::size_t count);
-  /// Appends `count` bytes; raises writeFailed, at some time before Flush returns, if they don't
-  /// reach the file.
+  /// Appends `count` bytes; throws writeFailed, here or before Flush returns, if they don't reach
+  /// the file.
   void Write(const void* bytes, std::size_t count);
-  /// Hands what was written outside open blocks to the file.
+  /// Writes all bytes outside open blocks to the file. Throws writeFailed.
   void Flush();
 
   /// Numbers, little-endian; doubles as IEEE 754. Exceptions as those of Read and Write.
@@ -64,39 +75,45 @@ class RASTREL_API CStream {
   void WriteUInt32(std::uint32_t value);
   void WriteUInt64(std::uint64_t value);
   void WriteDouble(double value);
-  /// Text: 4 bytes with the number of UTF-16 code units, then the units. A length that the stream
-  /// merely claims costs no memory.
+  /// Text: 4 bytes with the number of UTF-16 code units, then the units, without a terminator.
+  /// Memory grows with the units that are there, and not with the number. Throws as Read and Write
+  /// do.
   [[nodiscard]] std::wstring ReadText();
   void WriteText(const std::wstring& text);
 
-  /// Blocks, the writer's and the reader's. Closing raises noBlock if none is open.
+  /// Opens a block to write.
   void OpenWriteBlock();
+  /// Closes the block opened last; throws noBlock if none is open, and writeFailed.
   void CloseWriteBlock();
+  /// Opens a block to read; throws endOfFile.
   void OpenReadBlock();
+  /// Closes the block opened last and skips the rest of it; throws noBlock if none is open, and
+  /// endOfFile.
   void CloseReadBlock();
 
-  /// Writes PostScript text as UTF-8, without a terminator. Returns 1.
+  /// Writes PostScript text (wide, ends with a zero) as UTF-8, without a terminator. Returns 1.
+  /// Throws writeFailed. A host's own stream may override it to send the text elsewhere.
   virtual int WritePostscript(const wchar_t* text);
 
  private:
   void Grow(std::size_t count);
   void Fill();
-  void ReadBehindBuffer(unsigned char* target, std::size_t count);
-  void PassOver(std::uint64_t count);
-  void GiveToFile(const unsigned char* bytes, std::size_t count);
+  void ReadPastBuffer(unsigned char* target, std::size_t count);
+  void Skip(std::uint64_t count);
+  void WriteToFile(const unsigned char* bytes, std::size_t count);
 
   struct ReadBlock {
-    std::uint64_t begin;  // position behind the length
+    std::uint64_t begin;  // position after the length
     std::uint64_t length;
   };
 
   CFile* m_File;
-  // Written and not yet with the file, or read and not yet taken (from m_Taken on).
+  // Bytes written and not yet in the file, or read from it and not yet taken (from m_Taken on).
   std::unique_ptr<unsigned char[]> m_Buffer;
   std::size_t m_Capacity = 0;
   std::size_t m_Used = 0;
   std::size_t m_Taken = 0;
   std::uint64_t m_Position = 0;            // of the byte that m_Buffer[m_Used] would be, reading
-  std::vector<std::size_t> m_WriteBlocks;  // where the length of each stands in m_Buffer
+  std::vector<std::size_t> m_WriteBlocks;  // the place of each length in m_Buffer
   std::vector<ReadBlock> m_ReadBlocks;
 };

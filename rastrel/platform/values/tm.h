@@ -1,10 +1,14 @@
 #pragma once
 
+/// Plane matrices, and bounds under them.
+
 #include "rastrel/export.h"
 #include "rastrel/platform/values/rect.h"
 
-/// A plane matrix: x' = a x + c y + tx, y' = b x + d y + ty, in world units. A new one is the
-/// identity.
+/// A plane matrix in world units. A new one is the identity.
+///
+///     x' = a x + c y + tx
+///     y' = b x + d y + ty
 struct TM {
   double a = 1;
   double b = 0;
@@ -18,6 +22,7 @@ struct TM {
 /// The bounds of a mapped rectangle: the smallest upright one that holds its four corners.
 [[nodiscard]] RASTREL_API BOUNDS DBTranslateBounds(const BOUNDS& bounds, const TM& matrix);
 
-/// The matrix that maps one rectangle onto another by scaling and moving. A source without width or
-/// height is not scaled in that direction, only moved, so that the matrix is finite.
+/// Sets `matrix` to the one that maps one rectangle onto another by scaling and moving. A source
+/// without width or height is not scaled in that direction, only moved, so that the matrix is
+/// finite.
 RASTREL_API void GetTmFromBounds(const BOUNDS& source, const BOUNDS& target, TM& matrix);

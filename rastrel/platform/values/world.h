@@ -1,6 +1,8 @@
 #pragma once
 
-/// The measures of a document. World units are centimetres; x grows to the right, y upward, and the
+/// The measures of a document: points and rectangles in its two units.
+///
+/// World units are centimetres; x grows to the right, y upward, and the
 /// origin is the lower left corner of the sign blank. Text units are thousandths of an inch in the
 /// same directions from the same origin.
 
@@ -11,8 +13,8 @@ struct CWorldPoint {
   bool operator==(const CWorldPoint&) const = default;
 };
 
-/// A rectangle in world units, top at or above bottom; or four margins, each a distance inward.
-/// Whoever hands one over says which.
+/// A rectangle in world units, top at or above bottom; or four margins, each a distance inward. The
+/// operation that takes or returns one says which, and where it has text units.
 struct CWorldRect {
   double left = 0;
   double top = 0;
@@ -21,7 +23,7 @@ struct CWorldRect {
   bool operator==(const CWorldRect&) const = default;
 };
 
-/// A point in text units, as the text engine and drill points want it.
+/// A point in text units, for the text engine and drill points.
 struct NewWorldPt {
   double x = 0;
   double y = 0;

@@ -68,7 +68,7 @@ std::unique_ptr<Document> FullDocument() {
   document->Insert(document->Create(DrillShape{{1, 2}, 0.4064}), group);
 
   GraphicShape graphic;
-  graphic.kind = GraphicKind::kEps;
+  graphic.kind = GraphicKind::Eps;
   graphic.name = L"logo.eps";
   graphic.bytes = std::make_shared<const std::string>(std::string("%!PS\0\xff", 6));
   graphic.width = 3;
@@ -95,7 +95,7 @@ std::string With(std::string text, const std::string& old, const std::string& re
 TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {
   const auto document = FullDocument();
   const auto read = ReadDocumentText(DocumentText(*document));
-  ASSERT_TRUE(read) << std::string(read.Error().begin(), read.Error().end());
+  ASSERT_TRUE(read) << Describe(read.Error());
   const Document& back = **read;
   EXPECT_EQ(back.Blank(), document->Blank());
   EXPECT_EQ(back.Plates(), document->Plates());
@@ -131,27 +131,25 @@ TEST(DocumentFile, a_fault_is_told_with_its_place) {
   const struct {
     const char* old;
     const char* replacement;
-    const wchar_t* told;
+    const char* told;
   } faults[] = {
-      {"rastrel-document", "other", L"the file: is no document of this program"},
-      {"\"version\": 1", "\"version\": 2", L"/version: is 2, and this program reads version 1"},
-      {"\"origin\": 1", "\"origin\": 10", L"/blank/origin: is not between 1 and 9"},
-      {"\"diameter\": 0.4064", "\"diameter\": -1",
-       L"/objects/2/members/1/diameter: is not above 0"},
-      {"\"diameter\": 0.4064", "\"diameter\": 1e999", L"number overflow"},
-      {"\"kind\": \"plate\"", "\"kind\": \"plait\"", L"/objects/0/kind: unknown kind \"plait\""},
-      {"\"continuation\": 0", "\"continuation\": 1", L"/objects/0/continuation: is no later plate"},
-      {"\"continuation\": 0", "\"continuation\": 3", L"plate 2 is continued by no plate"},
-      {"\"id\": 3", "\"id\": 2", L"/objects/1/id: is taken"},
-      {"\"file\": \"JSF", "\"file\": \"?SF", L"/objects/3/file: is no base 64"},
-      {"\"spot\": true", "\"spot\": 1", L"spot: is neither true nor false"},
-      {"\"name\": \"White\"", "\"name\": \"Black\"", L"/palette/1: names a colour twice"},
+      {"rastrel-document", "other", "the file: is no document of this program"},
+      {"\"version\": 1", "\"version\": 2", "/version: is 2, and this program reads version 1"},
+      {"\"origin\": 1", "\"origin\": 10", "/blank/origin: is not between 1 and 9"},
+      {"\"diameter\": 0.4064", "\"diameter\": -1", "/objects/2/members/1/diameter: is not above 0"},
+      {"\"diameter\": 0.4064", "\"diameter\": 1e999", "number overflow"},
+      {"\"kind\": \"plate\"", "\"kind\": \"plait\"", "/objects/0/kind: unknown kind \"plait\""},
+      {"\"continuation\": 0", "\"continuation\": 1", "/objects/0/continuation: is no later plate"},
+      {"\"continuation\": 0", "\"continuation\": 3", "plate 2 is continued by no plate"},
+      {"\"id\": 3", "\"id\": 2", "/objects/1/id: is taken"},
+      {"\"file\": \"JSF", "\"file\": \"?SF", "/objects/3/file: is no base 64"},
+      {"\"spot\": true", "\"spot\": 1", "spot: is neither true nor false"},
+      {"\"name\": \"White\"", "\"name\": \"Black\"", "/palette/1: names a colour twice"},
   };
   for (const auto& fault : faults) {
     const auto read = ReadDocumentText(With(text, fault.old, fault.replacement));
     ASSERT_FALSE(read) << fault.replacement;
-    EXPECT_NE(read.Error().find(fault.told), std::wstring::npos)
-        << std::string(read.Error().begin(), read.Error().end());
+    EXPECT_NE(Describe(read.Error()).find(fault.told), std::string::npos) << Describe(read.Error());
   }
 }
 
@@ -160,7 +158,7 @@ TEST(DocumentFile, what_it_does_not_know_is_passed_over) {
   EXPECT_TRUE(ReadDocumentText(With(text, "\"unit\": \"cm\"", "\"unit\": \"cm\", \"new\": [1]")));
 }
 
-// An object as it stands in a file, of a kind that needs nothing else.
+// The text of an object in a file, of a kind that needs nothing else.
 std::string ObjectText(int id, const std::string& rest) {
   return R"({"id": )" + std::to_string(id) + R"(, "layer": "invisible", "lineColor": "invisible",
     "lineWidth": 0, "lineStyle": 0, "sheetLayer": 0, "pages": [1, 1], "traits": [], )" +
@@ -180,11 +178,9 @@ std::string FileWith(const std::string& members) {
   return With(DocumentText(Document()), "\"objects\": []", members);
 }
 
-std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
-
 TEST(DocumentFile, groups_deeper_than_the_limit_are_refused) {
   for (const int depth : {DeepestGroup - 1, DeepestGroup, DeepestGroup + 1}) {
-    // The innermost one may tell of its members or not.
+    // The innermost one may have its members or not.
     for (const char* members : {R"("kind": "group", "members": [])", R"("kind": "group")"}) {
       std::string objects = ObjectText(2, members);
       for (int i = 1; i < depth; ++i) {
@@ -195,8 +191,9 @@ TEST(DocumentFile, groups_deeper_than_the_limit_are_refused) {
       if (read) {
         EXPECT_TRUE(ReadDocumentText(DocumentText(**read))) << depth;
       } else {
-        EXPECT_NE(read.Error().find(L"/members/0: groups stand more than 64 deep in groups"),
-                  std::wstring::npos);
+        EXPECT_NE(
+            Describe(read.Error()).find("/members/0: groups stand more than 64 deep in groups"),
+            std::string::npos);
       }
     }
   }
@@ -211,7 +208,7 @@ TEST(DocumentFile, the_deepest_groups_of_a_document_come_back) {
   }
   EXPECT_EQ(document.ObjectCount(), static_cast<std::size_t>(DeepestGroup));
   const auto read = ReadDocumentText(DocumentText(document));
-  ASSERT_TRUE(read) << Narrow(read.Error());
+  ASSERT_TRUE(read) << Describe(read.Error());
   EXPECT_EQ((*read)->ObjectCount(), document.ObjectCount());
 }
 
@@ -222,11 +219,11 @@ TEST(DocumentFile, nesting_without_end_is_refused_without_a_crash) {
 TEST(DocumentFile, what_it_does_not_know_may_be_as_deep_as_any_text) {
   for (const std::size_t depth : {DeepestJson - 2, DeepestJson - 1, DeepestJson}) {
     const std::string deep = std::string(depth, '[') + std::string(depth, ']');
-    // It stands in the document, which is the first level.
+    // It is in the document, which is the first level.
     const auto read = ReadDocumentText(FileWith("\"new\": " + deep + ", \"objects\": []"));
     ASSERT_EQ(static_cast<bool>(read), depth < DeepestJson) << depth;
     if (!read) {
-      EXPECT_EQ(read.Error(), L"the file: values stand more than 1000 deep in values");
+      EXPECT_EQ(Describe(read.Error()), "the file: values stand more than 1000 deep in values");
     }
   }
 }
@@ -235,45 +232,45 @@ TEST(DocumentFile, objects_may_stand_before_what_says_how_to_read_them) {
   const std::string objects = "\"objects\": [" + PlateText(2, 0) + "]";
   const std::string file = With(FileWith("\"end\": 0"), "{", "{" + objects + ",");
   const auto read = ReadDocumentText(file);
-  ASSERT_TRUE(read) << Narrow(read.Error());
+  ASSERT_TRUE(read) << Describe(read.Error());
   EXPECT_EQ((*read)->ObjectCount(), 1U);
   const auto later = ReadDocumentText(With(file, "\"version\": 1", "\"version\": 2"));
   ASSERT_FALSE(later);
-  EXPECT_EQ(later.Error(), L"/version: is 2, and this program reads version 1");
+  EXPECT_EQ(Describe(later.Error()), "/version: is 2, and this program reads version 1");
 }
 
 TEST(DocumentFile, of_a_later_version_no_object_is_looked_at) {
   const auto read = ReadDocumentText(
       With(FileWith("\"objects\": [{\"id\": \"new\"}]"), "\"version\": 1", "\"version\": 2"));
   ASSERT_FALSE(read);
-  EXPECT_EQ(read.Error(), L"/version: is 2, and this program reads version 1");
+  EXPECT_EQ(Describe(read.Error()), "/version: is 2, and this program reads version 1");
 }
 
 TEST(DocumentFile, objects_that_are_missing_told_twice_or_no_array_are_refused) {
   const struct {
     const char* members;
-    const wchar_t* told;
+    const char* told;
   } faults[] = {
-      {"\"end\": 0", L"the file: lacks \"objects\""},
-      {"\"objects\": {}", L"/objects: is no array"},
-      {"\"objects\": [], \"objects\": []", L"the file: has \"objects\" twice"},
-      {"\"objects\": [], \"objects\": 1", L"/objects: is no array"},
-      {"\"objects\": [], \"version\": 2", L"/version: is 2, and this program reads version 1"},
-      {"\"objects\": [], \"blank\": 0", L"/blank: is no object"},
-      {"\"objects\": [1]", L"/objects/0: is no object"},
+      {"\"end\": 0", "the file: lacks \"objects\""},
+      {"\"objects\": {}", "/objects: is no array"},
+      {"\"objects\": [], \"objects\": []", "the file: has \"objects\" twice"},
+      {"\"objects\": [], \"objects\": 1", "/objects: is no array"},
+      {"\"objects\": [], \"version\": 2", "/version: is 2, and this program reads version 1"},
+      {"\"objects\": [], \"blank\": 0", "/blank: is no object"},
+      {"\"objects\": [1]", "/objects/0: is no object"},
   };
   for (const auto& fault : faults) {
     const auto read = ReadDocumentText(FileWith(fault.members));
     ASSERT_FALSE(read) << fault.members;
-    EXPECT_EQ(read.Error(), fault.told) << Narrow(read.Error());
+    EXPECT_EQ(Describe(read.Error()), fault.told) << Describe(read.Error());
   }
 }
 
 TEST(DocumentFile, a_syntax_fault_is_told_with_its_line) {
   const auto read = ReadDocumentText("{\n\"format\": tru}");
   ASSERT_FALSE(read);
-  EXPECT_EQ(read.Error().find(L"the file: parse error at line 2, column 14: "), 0U)
-      << Narrow(read.Error());
+  EXPECT_EQ(Describe(read.Error()).find("the file: parse error at line 2, column 14: "), 0U)
+      << Describe(read.Error());
 }
 
 TEST(DocumentFile, an_object_of_many_members_is_read_as_fast_as_they_are_written) {
@@ -294,7 +291,7 @@ TEST(DocumentFile, a_plate_in_a_group_is_continued_by_a_plate_or_refused) {
   for (const int continuation : {5, 6}) {
     const auto read = ReadDocumentText(file(continuation));
     ASSERT_FALSE(read) << continuation;
-    EXPECT_EQ(read.Error(), L"/objects: plate 3 is continued by no plate");
+    EXPECT_EQ(Describe(read.Error()), "/objects: plate 3 is continued by no plate");
   }
 }
 
@@ -309,15 +306,14 @@ TEST(DocumentFile, a_plate_whose_continuation_is_gone_is_saved_without_it) {
     document.Insert(next, host::DocumentRoot);
     std::get<PlateShape>(document.Edit(first)->shape).continuation = next;
     const auto whole = ReadDocumentText(DocumentText(document));
-    ASSERT_TRUE(whole) << Narrow(whole.Error());
+    ASSERT_TRUE(whole) << Describe(whole.Error());
     EXPECT_EQ(std::get<PlateShape>((*whole)->Find(first)->shape).continuation, next);
     forGood ? document.Destroy(next) : static_cast<void>(document.Remove(next));
     const auto read = ReadDocumentText(DocumentText(document));
-    ASSERT_TRUE(read) << Narrow(read.Error());
+    ASSERT_TRUE(read) << Describe(read.Error());
     EXPECT_EQ(std::get<PlateShape>((*read)->Find(first)->shape).continuation, 0U);
   }
 }
 
-// The test vectors of RFC 4648, chapter 10.
 }  // namespace
 }  // namespace rastrel::document

@@ -62,7 +62,7 @@ TEST(Document, a_destroyed_group_takes_its_members_with_it) {
   EXPECT_EQ(document.ObjectCount(), 0U);
 }
 
-// Groups in one another, the outermost first. They stand in the parent as far as they are taken.
+// Nested groups, the outermost first. They are in the parent as far as it takes them.
 std::vector<ObjectHandle> NestGroups(Document& document, ObjectHandle parent, int levels) {
   std::vector<ObjectHandle> groups;
   for (int i = 0; i < levels; ++i) {
@@ -77,7 +77,7 @@ TEST(Document, groups_stand_in_groups_down_to_the_limit) {
   for (const int levels : {DeepestGroup - 1, DeepestGroup, DeepestGroup + 1}) {
     Document document;
     const auto groups = NestGroups(document, host::DocumentRoot, levels);
-    EXPECT_EQ(document.Stands(groups.back()), levels <= DeepestGroup) << levels;
+    EXPECT_EQ(document.Holds(groups.back()), levels <= DeepestGroup) << levels;
     EXPECT_EQ(document.GroupLevels(groups.front()), std::min(levels, DeepestGroup));
     const ObjectHandle drill = document.Create(DrillShape{{1, 1}, 0.4});
     EXPECT_TRUE(document.Insert(drill, groups.back())) << "a drill point is no further level";
@@ -88,7 +88,7 @@ TEST(Document, a_group_is_put_into_another_with_all_its_levels) {
   for (const int inner : {DeepestGroup - 11, DeepestGroup - 10, DeepestGroup - 9}) {
     Document document;
     const auto outside = NestGroups(document, host::DocumentRoot, 10);
-    // The levels stand on the member that comes last, beside members without any.
+    // The levels are those of the last member, beside members without any.
     const ObjectHandle top = document.Create(GroupShape());
     document.Insert(document.Create(DrillShape()), top);
     document.Insert(document.Create(GroupShape()), top);
@@ -133,7 +133,7 @@ TEST(Document, a_place_that_changes_without_being_kept_ends_the_history) {
   document.OpenStep(L"taken out");
   document.Remove(second);
   document.CloseStep();
-  // Taking the step back would put the second behind a first that is there no more.
+  // Undoing the step would put the second after a first that is gone.
   document.Remove(first);
   EXPECT_FALSE(document.Undo());
   EXPECT_TRUE(document.Members(host::DocumentRoot).empty());
@@ -147,7 +147,7 @@ TEST(Document, a_change_that_moves_nothing_leaves_the_history) {
   document.CloseStep();
   document.Edit(first)->attributes.sheetLayer = 3;
   EXPECT_TRUE(document.Undo());
-  EXPECT_TRUE(document.Stands(first));
+  EXPECT_TRUE(document.Holds(first));
 }
 
 TEST(Document, pages_and_sheet_layers_that_no_file_can_hold_are_refused) {

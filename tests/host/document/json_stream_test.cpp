@@ -91,8 +91,8 @@ TEST(JsonStream, what_the_taker_does_not_take_is_told_with_its_place) {
       Parse(text);
       ADD_FAILURE() << "no fault in " << text;
     } catch (const JsonFault& fault) {
-      EXPECT_EQ(fault.where, where);
-      EXPECT_EQ(fault.what, "is no text");
+      EXPECT_EQ(fault.failure.where, where);
+      EXPECT_EQ(fault.failure.why, "is no text");
     }
   }
 }

@@ -15,7 +15,7 @@ namespace {
 // A blank of 60 by 40 cm whose plates are laid out the way an import does it.
 class PlateLayout : public testing::Test {
  protected:
-  // Adds a plate object as an import does, and gives its handle; 0 when the host refuses it.
+  // Adds a plate object as an import does, and returns its handle; 0 when the host refuses it.
   ObjectHandle Add(int count, double width, double height, const CWorldRect& margins = {},
                    double gap = 0, bool fromBottom = false) {
     auto plate = application.NewGenericPlateObject(count, width, height, margins, gap, gap);
@@ -167,7 +167,7 @@ TEST_F(PlateLayout, a_plate_whose_continuation_is_gone_is_continued_anew) {
     Grow(plate, 14);
     const ObjectHandle next = Shape(plate).continuation;
     EXPECT_NE(next, gone);
-    EXPECT_TRUE(document.Stands(next));
+    EXPECT_TRUE(document.Holds(next));
     EXPECT_EQ(Shape(next).panes.size(), 2U);
     document.Destroy(next);
     document.Destroy(plate);
@@ -177,7 +177,7 @@ TEST_F(PlateLayout, a_plate_whose_continuation_is_gone_is_continued_anew) {
 TEST_F(PlateLayout, a_plate_does_not_grow_over_the_one_below_it) {
   const ObjectHandle first = Add(1, 20, 10);
   const ObjectHandle second = Add(1, 30, 5);
-  Grow(first, 4);  // three fit beside each other; below them stands the second
+  Grow(first, 4);  // three fit beside each other; below them is the second
   EXPECT_EQ(Shape(first).panes.size(), 3U);
   EXPECT_EQ(Shape(second).panes[0].top, 30);
   EXPECT_EQ(document.HighestPage(), 2);

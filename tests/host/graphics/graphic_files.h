@@ -85,7 +85,7 @@ inline std::string JpegFile(char unit, unsigned char density) {
   std::string file(bytes, count);
   g_free(bytes);
   g_object_unref(pixels);
-  // The head of JFIF is the first segment: its unit stands at 13, and two densities follow.
+  // The head of JFIF is the first segment: its unit is at 13, and two densities follow.
   file[13] = unit;
   file[14] = file[16] = 0;
   file[15] = file[17] = static_cast<char>(density);

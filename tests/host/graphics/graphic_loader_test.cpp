@@ -33,7 +33,7 @@ TEST_F(GraphicLoaderTest, a_file_stands_on_the_page_on_show_in_true_size_and_is_
   const auto object = m_Document.Members(host::DocumentRoot).at(1);
   EXPECT_EQ(m_Document.Selection(), std::vector{object});
   const auto& shape = std::get<GraphicShape>(m_Document.Find(object)->shape);
-  EXPECT_EQ(shape.kind, GraphicKind::kPng);
+  EXPECT_EQ(shape.kind, GraphicKind::Png);
   EXPECT_EQ(shape.name, L"halves.dat");
   EXPECT_EQ(*shape.bytes, test::PngFile(2835, 2835, 1));
   EXPECT_NEAR(shape.width, 20 * 2.54 / 72, 1e-4);

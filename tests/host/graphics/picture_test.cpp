@@ -19,24 +19,23 @@ using test::PngHead;
 using test::SvgFile;
 using test::TiffFile;
 
-using Opened = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
+using Opened = Expected<std::unique_ptr<Picture>>;
 
 Opened Open(const std::string& bytes) {
   const auto kind = KindOf(bytes);
-  if (!kind) return std::wstring(L"of no kind");
+  if (!kind) return FailureOf("of no kind");
   return OpenPicture(*kind, std::make_shared<const std::string>(bytes));
 }
 
-std::wstring Refusal(const std::string& bytes) {
+std::string Refusal(const std::string& bytes) {
   const Opened opened = Open(bytes);
-  return opened ? L"" : opened.Error();
+  return opened ? "" : Describe(opened.Error());
 }
 
 // Sides in points, or 0.
 std::array<double, 2> SizeOf(const std::string& bytes) {
   const Opened opened = Open(bytes);
-  EXPECT_TRUE(opened) << std::string(opened ? L"" : opened.Error().c_str(),
-                                     opened ? L"" : opened.Error().c_str());
+  EXPECT_TRUE(opened) << (opened ? "" : Describe(opened.Error()));
   if (!opened) return {0, 0};
   return {(*opened)->Width(), (*opened)->Height()};
 }
@@ -69,12 +68,12 @@ std::array<unsigned, 2> Halves(const Picture& picture) {
 
 const std::vector<std::pair<GraphicKind, std::string>>& Files() {
   static const std::vector<std::pair<GraphicKind, std::string>> files{
-      {GraphicKind::kSvg, SvgFile("width=\"20\" height=\"10\"")},
-      {GraphicKind::kPng, PngFile()},
-      {GraphicKind::kJpeg, JpegFile(1, 96)},
-      {GraphicKind::kTiff, TiffFile(2, 96)},
-      {GraphicKind::kPdf, PdfFile()},
-      {GraphicKind::kEps, EpsFile()}};
+      {GraphicKind::Svg, SvgFile("width=\"20\" height=\"10\"")},
+      {GraphicKind::Png, PngFile()},
+      {GraphicKind::Jpeg, JpegFile(1, 96)},
+      {GraphicKind::Tiff, TiffFile(2, 96)},
+      {GraphicKind::Pdf, PdfFile()},
+      {GraphicKind::Eps, EpsFile()}};
   return files;
 }
 
@@ -106,12 +105,12 @@ TEST(GraphicFile, an_svg_is_known_behind_its_prolog) {
        {"\xEF\xBB\xBF<svg/>", "<?xml version=\"1.0\"?>\n<!-- <html> -->\n<svg width=\"1\">",
         "<!DOCTYPE svg PUBLIC \"a\" \"b\">\r\n<svg>",
         "<!DOCTYPE svg [<!ENTITY a \"b\"> <!ENTITY c '>'> ]>\n<svg>", "<s:svg xmlns:s=\"\">"}) {
-    EXPECT_EQ(KindOf(bytes), GraphicKind::kSvg) << bytes;
+    EXPECT_EQ(KindOf(bytes), GraphicKind::Svg) << bytes;
   }
 }
 
 TEST(GraphicFile, an_eps_with_a_binary_head_is_known) {
-  EXPECT_EQ(KindOf("\xC5\xD0\xD3\xC6\x1E"), GraphicKind::kEps);
+  EXPECT_EQ(KindOf("\xC5\xD0\xD3\xC6\x1E"), GraphicKind::Eps);
 }
 
 // --- True size ---
@@ -175,28 +174,28 @@ TEST(GraphicSize, an_eps_that_says_its_box_at_its_end_has_that_box) {
 TEST(GraphicLimits, images_of_too_many_pixels_are_refused_by_their_heads) {
   for (const auto& [width, height] :
        {std::pair{32'768U, 1U}, {1U, 32'768U}, {10'000U, 10'001U}, {0xFFFFFFFFU, 0xFFFFFFFFU}}) {
-    EXPECT_NE(Refusal(PngHead(width, height)).find(L"a side, are the most"), std::wstring::npos);
+    EXPECT_NE(Refusal(PngHead(width, height)).find("a side, are the most"), std::string::npos);
   }
-  EXPECT_EQ(Refusal(PngHead(0, 10)), L"it has no pixels");
-  EXPECT_NE(Refusal(PngHead(32'767, 1)).find(L"no whole PNG"), std::wstring::npos)
+  EXPECT_EQ(Refusal(PngHead(0, 10)), "it has no pixels");
+  EXPECT_NE(Refusal(PngHead(32'767, 1)).find("no whole PNG"), std::string::npos)
       << "not too large, and cut off";
 }
 
 TEST(GraphicLimits, sizes_that_no_page_could_hold_are_refused) {
-  EXPECT_EQ(Refusal(SvgFile("width=\"9999cm\" height=\"1cm\"")), L"");
-  EXPECT_NE(Refusal(SvgFile("width=\"10001cm\" height=\"1cm\"")).find(L"at most 10000 cm"),
-            std::wstring::npos);
-  EXPECT_NE(Refusal(SvgFile("width=\"0\" height=\"1cm\"")), L"");
+  EXPECT_EQ(Refusal(SvgFile("width=\"9999cm\" height=\"1cm\"")), "");
+  EXPECT_NE(Refusal(SvgFile("width=\"10001cm\" height=\"1cm\"")).find("at most 10000 cm"),
+            std::string::npos);
+  EXPECT_NE(Refusal(SvgFile("width=\"0\" height=\"1cm\"")), "");
 }
 
 TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in_words) {
   for (const auto& [kind, bytes] : Files()) {
-    if (kind == GraphicKind::kEps) continue;
+    if (kind == GraphicKind::Eps) continue;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
       const auto opened =
           OpenPicture(kind, std::make_shared<const std::string>(bytes.substr(0, length)));
       if (!opened) {
-        EXPECT_FALSE(opened.Error().empty());
+        EXPECT_FALSE(opened.Error().why.empty());
       } else {
         Halves(**opened);
       }
@@ -209,7 +208,7 @@ TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in
 
 TEST(GraphicFaults, an_image_with_one_wrong_byte_does_no_harm) {
   for (const auto& [kind, bytes] : Files()) {
-    if (kind == GraphicKind::kEps) continue;
+    if (kind == GraphicKind::Eps) continue;
     for (std::size_t place = 0; place < std::min<std::size_t>(bytes.size(), 600); ++place) {
       std::string changed = bytes;
       changed[place] = static_cast<char>(changed[place] ^ 0xFF);

@@ -1,7 +1,9 @@
 """A display without a screen, for tests that show real windows."""
 
 import os
+import shutil
 import subprocess
+import sys
 import unittest
 
 
@@ -23,3 +25,12 @@ class DisplayTest(unittest.TestCase):
     def tearDownClass(cls):
         cls.display.terminate()
         cls.display.wait()
+
+
+def main(needed):
+    """Runs the tests of the calling program; skips them all where a program that they need lacks."""
+    missing = [name for name in needed if shutil.which(name) is None]
+    if missing:
+        print("skipped: not installed:", ", ".join(missing))
+        sys.exit(77)
+    unittest.main(verbosity=2)

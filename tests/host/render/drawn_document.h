@@ -17,7 +17,7 @@
 /// A document that tests put objects into and have drawn.
 namespace rastrel::test {
 
-/// What a command prints. Fails the test if it fails.
+/// The output of a command. Fails the test if the command fails.
 inline std::string Output(const std::string& command) {
   const auto close = [](std::FILE* pipe) { EXPECT_EQ(::pclose(pipe), 0) << "the command failed"; };
   const std::unique_ptr<std::FILE, decltype(close)> pipe(::popen(command.c_str(), "r"), close);
@@ -90,18 +90,18 @@ class DrawnDocument : public testing::Test {
                                  const render::ImageOptions& options = {}) {
     const auto images = render::DrawDocument(Source(), format, options);
     if (images) return images->front();
-    ADD_FAILURE() << std::string(images.Error().begin(), images.Error().end());
+    ADD_FAILURE() << Describe(images.Error());
     return {};
   }
   [[nodiscard]] std::string DrawSvg(const render::ImageOptions& options = {}) {
-    return Draw(render::ImageFormat::kSvg, options);
+    return Draw(render::ImageFormat::Svg, options);
   }
 
   /// Why there is no picture.
-  [[nodiscard]] std::wstring Refusal(render::ImageFormat format,
-                                     const render::ImageOptions& options = {}) {
+  [[nodiscard]] std::string Refusal(render::ImageFormat format,
+                                    const render::ImageOptions& options = {}) {
     const auto images = render::DrawDocument(Source(), format, options);
-    return images ? L"" : images.Error();
+    return images ? "" : Describe(images.Error());
   }
 
   /// The lines that measure_svg.py prints of the first page, or those that begin with a word.

@@ -91,11 +91,11 @@ class Images : public test::DrawnDocument {
     ImageOptions options;
     options.dpi = 254;
     options.outlines = outlines;
-    m_Directory.Write("page.png", Draw(ImageFormat::kPng, options));
+    m_Directory.Write("page.png", Draw(ImageFormat::Png, options));
     return Pixels(m_Directory.Path("page.png"));
   }
   std::string PdfTool(const std::string& tool) {
-    m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf));
+    m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
     return Output(tool + " '" + m_Directory.Path("page.pdf") + "' -");
   }
 };
@@ -182,14 +182,14 @@ TEST_F(Images, resolutions_beyond_the_limits_are_refused_in_words) {
   ImageOptions options;
   for (const double dpi : {0.0, -1.0, 0.999, 10'001.0, std::nan(""), HUGE_VAL}) {
     options.dpi = dpi;
-    EXPECT_NE(Refusal(ImageFormat::kPng, options).find(L" dpi: a picture has 1 to 10000"),
-              std::wstring::npos)
+    EXPECT_NE(Refusal(ImageFormat::Png, options).find(" dpi: a picture has 1 to 10000"),
+              std::string::npos)
         << dpi;
   }
   m_Document.SetBlank({0.1, 0.1, 7});
   for (const double dpi : {LowestDpi, HighestDpi}) {
     options.dpi = dpi;
-    EXPECT_EQ(Refusal(ImageFormat::kPng, options), L"");
+    EXPECT_EQ(Refusal(ImageFormat::Png, options), "");
   }
 }
 
@@ -197,19 +197,19 @@ TEST_F(Images, a_side_has_as_many_pixels_as_the_limit_says_and_no_more) {
   ImageOptions options;
   options.dpi = 254;  // a pixel is a tenth of a millimetre
   m_Document.SetBlank({MaximumPixelSide / 100.0 - 0.001, 0.1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kPng, options), L"");
+  EXPECT_EQ(Refusal(ImageFormat::Png, options), "");
   m_Document.SetBlank({0.1, MaximumPixelSide / 100.0 + 0.01, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kPng, options),
-            L"a picture of 10 by 32768 pixels is too large: 100000000 pixels, and 32767 a side, "
-            L"are the most; 254 dpi are too many");
+  EXPECT_EQ(Refusal(ImageFormat::Png, options),
+            "a picture of 10 by 32768 pixels is too large: 100000000 pixels, and 32767 a side, "
+            "are the most; 254 dpi are too many");
 }
 
 TEST_F(Images, more_pixels_than_the_limit_are_refused_before_there_is_memory_for_them) {
   ImageOptions options;
   options.dpi = 254;
   m_Document.SetBlank({100, 100.01, 7});
-  EXPECT_NE(Refusal(ImageFormat::kPng, options).find(L"10000 by 10001 pixels is too large"),
-            std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::Png, options).find("10000 by 10001 pixels is too large"),
+            std::string::npos);
 }
 
 // --- PDF ---
@@ -219,7 +219,7 @@ TEST_F(Images, a_pdf_is_as_large_as_the_blank_and_has_all_pages) {
   document::Attributes attributes = Colored(Red);
   attributes.pages = {1, 3};
   Add(document::DrillShape{{5, 5}, 1}, attributes);
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
   const std::string info = Output("pdfinfo '" + m_Directory.Path("page.pdf") + "'");
   EXPECT_NE(info.find("595.276 x 841.89 pts (A4)"), std::string::npos) << info;
   EXPECT_NE(info.find("Pages:           3"), std::string::npos) << info;
@@ -246,7 +246,7 @@ TEST_F(Images, a_pdf_of_outlines_has_neither_text_nor_fonts) {
   AddUsual();
   ImageOptions options;
   options.outlines = true;
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf, options));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf, options));
   EXPECT_EQ(Output("pdftotext '" + m_Directory.Path("page.pdf") + "' -"), "\f");
   EXPECT_EQ(Output("pdffonts '" + m_Directory.Path("page.pdf") + "' | tail -n +3"), "");
 }
@@ -257,26 +257,26 @@ TEST_F(Images, one_page_of_a_pdf_can_be_had) {
   Add(document::DrillShape{{5, 5}, 1}, attributes);
   ImageOptions options;
   options.page = 2;
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf, options));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf, options));
   EXPECT_NE(Output("pdfinfo '" + m_Directory.Path("page.pdf") + "'").find("Pages:           1\n"),
             std::string::npos);
 }
 
 // --- All of them ---
 
-// Three renderers of three makers: what they show must be the same picture.
+// Three renderers of three makers must show the same picture.
 TEST_F(Images, svg_pdf_and_png_show_the_same) {
   AddUsual();
   ImageOptions options;
   options.dpi = 127;
-  m_Directory.Write("page.png", Draw(ImageFormat::kPng, options));
+  m_Directory.Write("page.png", Draw(ImageFormat::Png, options));
   m_Directory.Write("page.svg", DrawSvg());
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
   const std::string base = m_Directory.Path();
   Output("cd '" + base +
          "' && pdftoppm -scale-to-x 1000 -scale-to-y 600 -png -singlefile page.pdf from-pdf");
   auto svg = std::make_shared<const std::string>(m_Directory.Read("page.svg"));
-  const auto picture = graphics::OpenPicture(document::GraphicKind::kSvg, svg);
+  const auto picture = graphics::OpenPicture(document::GraphicKind::Svg, svg);
   ASSERT_TRUE(picture);
   const std::unique_ptr<cairo_surface_t, SurfaceEnd> surface(
       cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1000, 600));
@@ -292,7 +292,7 @@ TEST_F(Images, svg_pdf_and_png_show_the_same) {
   }
 }
 
-constexpr ImageFormat Formats[] = {ImageFormat::kSvg, ImageFormat::kPdf, ImageFormat::kPng};
+constexpr ImageFormat Formats[] = {ImageFormat::Svg, ImageFormat::Pdf, ImageFormat::Png};
 
 TEST_F(Images, the_same_document_gives_the_same_bytes) {
   AddUsual();
@@ -335,15 +335,15 @@ TEST_F(Images, one_page_is_written_under_the_name_and_several_under_numbers) {
   const auto save = [&](ImageFormat format, const wchar_t* name) {
     return SaveImages(Source(), format, {}, m_Directory.Wide() + L"/" + name);
   };
-  auto written = save(ImageFormat::kSvg, L"page.svg");
+  auto written = save(ImageFormat::Svg, L"page.svg");
   ASSERT_TRUE(written);
   EXPECT_EQ(*written, std::vector<std::wstring>{m_Directory.Wide("page.svg")});
   m_Document.SetPages(drill, {2, 2});
-  written = save(ImageFormat::kPng, L"page.a.png");
+  written = save(ImageFormat::Png, L"page.a.png");
   ASSERT_TRUE(written);
   EXPECT_EQ(*written, (std::vector<std::wstring>{m_Directory.Wide("page.a-1.png"),
                                                  m_Directory.Wide("page.a-2.png")}));
-  written = save(ImageFormat::kPdf, L"page.pdf");
+  written = save(ImageFormat::Pdf, L"page.pdf");
   ASSERT_TRUE(written);
   EXPECT_EQ(written->size(), 1U);
   EXPECT_TRUE(m_Directory.Has("page.a-2.png"));
@@ -353,18 +353,18 @@ TEST_F(Images, one_page_is_written_under_the_name_and_several_under_numbers) {
 TEST_F(Images, a_file_that_can_not_be_written_is_told_and_the_old_one_stands) {
   AddUsual();
   const auto missing =
-      SaveImages(Source(), ImageFormat::kSvg, {}, m_Directory.Wide("no/such/page.svg"));
+      SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Wide("no/such/page.svg"));
   ASSERT_FALSE(missing);
-  EXPECT_NE(missing.Error().find(L"No such file or directory"), std::wstring::npos);
+  EXPECT_NE(Describe(missing.Error()).find("No such file or directory"), std::string::npos);
   m_Directory.Write("page.svg", "old");
   const os::SystemCallsGuard guard;
   os::Calls().write = [](int, const void*, std::size_t) -> ssize_t {
     errno = ENOSPC;
     return -1;
   };
-  const auto full = SaveImages(Source(), ImageFormat::kSvg, {}, m_Directory.Wide("page.svg"));
+  const auto full = SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Wide("page.svg"));
   ASSERT_FALSE(full);
-  EXPECT_NE(full.Error().find(L"No space left on device"), std::wstring::npos);
+  EXPECT_NE(Describe(full.Error()).find("No space left on device"), std::string::npos);
   EXPECT_EQ(m_Directory.Read("page.svg"), "old");
 }
 

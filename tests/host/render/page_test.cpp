@@ -48,8 +48,8 @@ TEST_F(Page, a_page_that_is_not_there_is_refused_in_words) {
   ImageOptions options;
   for (const int page : {-1, 0, 3}) {
     options.page = page;
-    EXPECT_EQ(Refusal(ImageFormat::kSvg, options),
-              L"there is no page " + std::to_wstring(page) + L": the document has 2");
+    EXPECT_EQ(Refusal(ImageFormat::Svg, options),
+              "there is no page " + std::to_string(page) + ": the document has 2");
   }
 }
 
@@ -125,7 +125,7 @@ TEST_F(Page, a_font_that_is_missing_is_told_once_when_it_is_drawn) {
                   {{Piece(L"text", 300, L"No Such Font"), Piece(L"text", 300)}}));
   }
   EXPECT_FALSE(DrawSvg().empty());
-  EXPECT_FALSE(Draw(ImageFormat::kPdf).empty());
+  EXPECT_FALSE(Draw(ImageFormat::Pdf).empty());
   EXPECT_EQ(m_Notices.Texts(),
             std::vector<std::wstring>{
                 L"the font \"No Such Font\" can't be had; DejaVu Sans stands in for it"});
@@ -139,7 +139,7 @@ TEST_F(Page, a_placed_file_that_can_not_be_drawn_is_a_crossed_box_and_is_told_on
   Add(graphic);
   Add(graphic);
   EXPECT_NE(DrawSvg().find("class=\"graphic\""), std::string::npos);
-  EXPECT_FALSE(Draw(ImageFormat::kPng).empty());
+  EXPECT_FALSE(Draw(ImageFormat::Png).empty());
   ASSERT_EQ(m_Notices.Texts().size(), 1U);
   EXPECT_EQ(m_Notices.Texts()[0].find(L"the placed file \"broken.png\" can't be drawn: "), 0U);
 }
@@ -149,19 +149,18 @@ TEST_F(Page, a_placed_file_that_can_not_be_drawn_is_a_crossed_box_and_is_told_on
 TEST_F(Page, a_blank_may_be_as_large_as_a_page_can_be_and_no_larger) {
   const double largest = LargestPage * 2.54 / 72;
   m_Document.SetBlank({largest * 0.999999, 1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kSvg), L"");
+  EXPECT_EQ(Refusal(ImageFormat::Svg), "");
   m_Document.SetBlank({1, largest * 1.000001, 7});
-  EXPECT_NE(Refusal(ImageFormat::kSvg).find(L"at most 35277.8 cm"), std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::Svg).find("at most 35277.8 cm"), std::string::npos);
   m_Document.SetBlank({1e-300, 1, 7});
-  EXPECT_EQ(Refusal(ImageFormat::kSvg), L"");
+  EXPECT_EQ(Refusal(ImageFormat::Svg), "");
 }
 
 TEST_F(Page, as_many_pages_are_drawn_as_the_limit_says_and_no_more) {
   const auto last = Add(Drill, OnPages(MaximumPages, MaximumPages));
   EXPECT_EQ(Drills(MaximumPages), 1U);
   m_Document.SetPages(last, {1, MaximumPages + 1});
-  EXPECT_EQ(Refusal(ImageFormat::kPdf),
-            L"the document has 10001 pages; at most 10000 can be drawn");
+  EXPECT_EQ(Refusal(ImageFormat::Pdf), "the document has 10001 pages; at most 10000 can be drawn");
 }
 
 TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
@@ -169,17 +168,17 @@ TEST_F(Page, as_many_objects_are_drawn_as_the_limit_says_and_no_more) {
     Add(Drill, OnPages(1, MaximumPages));
   EXPECT_EQ(Drills(1), MaximumObjects / MaximumPages);
   Add(Drill, OnPages(1, 1));
-  EXPECT_NE(Refusal(ImageFormat::kSvg).find(L"more than 5000000 objects"), std::wstring::npos);
+  EXPECT_NE(Refusal(ImageFormat::Svg).find("more than 5000000 objects"), std::string::npos);
 }
 
-// --- Documents that nobody means well with ---
+// --- Hostile documents ---
 
 class HostilePage : public test::DrawnDocument {
  protected:
   // Seconds to draw one of each kind. Every one must be a picture.
   double DrawAll() {
     const auto begin = std::chrono::steady_clock::now();
-    for (const ImageFormat format : {ImageFormat::kSvg, ImageFormat::kPdf, ImageFormat::kPng}) {
+    for (const ImageFormat format : {ImageFormat::Svg, ImageFormat::Pdf, ImageFormat::Png}) {
       for (const bool outlines : {false, true}) {
         ImageOptions options;
         options.outlines = outlines;
@@ -228,7 +227,7 @@ TEST_F(HostilePage, letters_of_any_size_are_drawn) {
 
 TEST_F(HostilePage, matrices_that_make_nothing_or_too_much_of_an_object_leave_it_out) {
   document::GraphicShape graphic;
-  graphic.kind = document::GraphicKind::kSvg;
+  graphic.kind = document::GraphicKind::Svg;
   graphic.bytes = std::make_shared<const std::string>(
       "<svg xmlns='http://www.w3.org/2000/svg' width='10' height='10'/>");
   graphic.width = graphic.height = 1;
@@ -287,7 +286,7 @@ TEST_F(HostilePage, ten_million_letters_take_seconds) {
   Add(Paragraph({1, 11, 19, 1}, 50, JUSTIFY_CENTER, LINEFIT_EACH_LINE, {{Piece(text, 300)}}),
       Colored(Blue));
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_FALSE(Draw(ImageFormat::kPng).empty());
+  EXPECT_FALSE(Draw(ImageFormat::Png).empty());
   EXPECT_FALSE(DrawSvg().empty());
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(120));
 }

@@ -57,7 +57,7 @@ TEST_F(PlacedFile, several_places_of_one_file_carry_it_once) {
 TEST_F(PlacedFile, letters_and_lines_of_a_document_stay_what_they_are_in_pdf) {
   Place(test::EpsFile("/Helvetica findfont 4 scalefont setfont 101 202 moveto (Letters) show\n"),
         {1, 0, 0, 1, 2, 2});
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
   EXPECT_NE(Output("pdftotext '" + m_Directory.Path("page.pdf") + "' -").find("Letters"),
             std::string::npos);
   EXPECT_EQ(Output("pdfimages -list '" + m_Directory.Path("page.pdf") + "' | tail -n +3"), "");
@@ -66,7 +66,7 @@ TEST_F(PlacedFile, letters_and_lines_of_a_document_stay_what_they_are_in_pdf) {
 TEST_F(PlacedFile, an_image_is_carried_in_its_own_pixels_and_a_jpeg_in_its_own_bytes) {
   Place(test::PngFile(), {3, 0, 0, 3, 0, 0});
   Place(test::JpegFile(1, 96), {5, 0, 0, 5, 0, 0});
-  m_Directory.Write("page.pdf", Draw(ImageFormat::kPdf));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
   const std::string images = Output("pdfimages -list '" + m_Directory.Path("page.pdf") +
                                     "' | tail -n +3 | awk "
                                     "'{print $4, $5, $9}'");
@@ -79,7 +79,7 @@ TEST_F(PlacedFile, pictures_with_files_in_them_are_the_same_in_every_run) {
         test::TiffFile(2, 72), test::SvgFile("width=\"20pt\" height=\"10pt\"")}) {
     Place(bytes, {2, 0, 0, 3, 5, 1});
   }
-  for (const ImageFormat format : {ImageFormat::kSvg, ImageFormat::kPdf, ImageFormat::kPng}) {
+  for (const ImageFormat format : {ImageFormat::Svg, ImageFormat::Pdf, ImageFormat::Png}) {
     const std::string first = Draw(format);
     EXPECT_EQ(Draw(format), first);
   }

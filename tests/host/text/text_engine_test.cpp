@@ -27,7 +27,7 @@ class TextEngineTest : public testing::Test {
     m_Engine.edPasteString(text.c_str(), static_cast<int>(text.size()), 0, nullptr, false);
   }
 
-  // Closes the paragraph and gives its text.
+  // Closes the paragraph and returns its text.
   TextShape Close() {
     ParagraphInfo info;
     m_Engine.SetOpenParagraphInfo(info, 0);

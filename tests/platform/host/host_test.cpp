@@ -66,7 +66,7 @@ TEST(TString, writes_nothing_where_the_text_does_not_fit) {
   TString(nullptr, nullptr, 5);
 }
 
-TEST(SetHost, another_host_is_asked_until_null_brings_the_embedded_one_back) {
+TEST(SetHost, another_host_is_asked_until_null_brings_the_standalone_one_back) {
   OtherHost other;
   host::SetHost(&other);
   EXPECT_EQ(&host::GetHost(), &other);
@@ -76,7 +76,7 @@ TEST(SetHost, another_host_is_asked_until_null_brings_the_embedded_one_back) {
   EXPECT_EQ(Translated(L"(*v*)Active", TStringLimit), L"Active");
 }
 
-TEST(BeginWaitCursor, asks_the_host_in_force_and_the_embedded_one_shows_none) {
+TEST(BeginWaitCursor, asks_the_host_in_force_and_the_standalone_one_shows_none) {
   BeginWaitCursor();
   rastrel::test::TestHost busy;
   BeginWaitCursor();

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
-#include "rastrel/platform/host/contour_cut.h"
 #include "rastrel/platform/values/document_values.h"
+#include "rastrel/platform/values/poly_reference.h"
 #include "rastrel/platform/values/smart_double.h"
 #include "rastrel/platform/values/tm.h"
 #include "rastrel/platform/values/world.h"

@@ -14,9 +14,9 @@ int main(int count, char** arguments) {
   const std::wstring target = os::FromNative(arguments[2]);
   const auto host = document::DocumentHost::Open(os::FromNative(arguments[1]));
   if (!host) return 3;
-  const auto format = target.ends_with(L".svg")   ? render::ImageFormat::kSvg
-                      : target.ends_with(L".pdf") ? render::ImageFormat::kPdf
-                                                  : render::ImageFormat::kPng;
+  const auto format = target.ends_with(L".svg")   ? render::ImageFormat::Svg
+                      : target.ends_with(L".pdf") ? render::ImageFormat::Pdf
+                                                  : render::ImageFormat::Png;
   const auto written = render::SaveImages(
       {(*host)->GetDocument(), (*host)->GetFonts(), (*host)->GetNotices()}, format, {}, target);
   return written ? 0 : 4;

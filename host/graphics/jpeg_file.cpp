@@ -7,60 +7,17 @@
 #include <string_view>
 #include <utility>
 
+#include "host/graphics/big_endian.h"
+#include "host/graphics/glib_objects.h"
 #include "host/graphics/image_picture.h"
-#include "host/graphics/picture_kinds.h"
-#include "rastrel/platform/os/text.h"
+#include "host/graphics/picture_formats.h"
 
-/// PNG and JPEG files as pictures.
+/// JPEG files as pictures.
 namespace rastrel::graphics {
 
 namespace {
 
-constexpr double MetresPerInch = 0.0254;
 constexpr double CentimetresPerInch = 2.54;
-
-// Numbers of the file, most significant byte first; 0 beyond its end.
-std::uint32_t BigEndian(std::string_view bytes, std::size_t offset, std::size_t count) {
-  std::uint32_t value = 0;
-  for (std::size_t i = offset; i < offset + count; ++i) {
-    value = value << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
-  }
-  return value;
-}
-
-// --- PNG ---
-
-constexpr std::size_t PngSignature = 8;
-constexpr std::size_t ChunkFrame = 12;  // length, name and check sum
-
-Resolution PngResolution(std::string_view bytes) {
-  std::size_t place = PngSignature;
-  while (place + ChunkFrame <= bytes.size()) {
-    const std::size_t length = BigEndian(bytes, place, 4);
-    const std::string_view name = bytes.substr(place + 4, 4);
-    if (name == "IDAT" || name == "IEND" || length > bytes.size()) break;
-    if (name == "pHYs" && length == 9 && bytes[place + 16] == 1) {
-      return Plausible(BigEndian(bytes, place + 8, 4) * MetresPerInch,
-                       BigEndian(bytes, place + 12, 4) * MetresPerInch);
-    }
-    place += ChunkFrame + length;
-  }
-  return {};
-}
-
-struct Reader {
-  std::string_view rest;
-};
-
-cairo_status_t ReadBytes(void* source, unsigned char* bytes, unsigned count) {
-  std::string_view& rest = static_cast<Reader*>(source)->rest;
-  if (count > rest.size()) return CAIRO_STATUS_READ_ERROR;
-  std::memcpy(bytes, rest.data(), count);
-  rest.remove_prefix(count);
-  return CAIRO_STATUS_SUCCESS;
-}
-
-// --- JPEG ---
 
 struct JpegHead {
   std::uint32_t width = 0;
@@ -111,13 +68,6 @@ JpegHead HeadOfJpeg(std::string_view bytes) {
   return head;
 }
 
-struct GObjectEnd {
-  void operator()(void* object) const { g_object_unref(object); }
-};
-struct ErrorEnd {
-  void operator()(GError* error) const { g_error_free(error); }
-};
-
 // The pixels of a decoded image on a surface.
 Surface SurfaceOf(const GdkPixbuf* pixels) {
   const int width = gdk_pixbuf_get_width(pixels);
@@ -154,41 +104,26 @@ void AttachJpeg(cairo_surface_t* surface, const std::string& bytes) {
 
 }  // namespace
 
-OpenedPicture OpenPng(const std::string& bytes) {
-  if (auto reason = WhyNotSoLarge(BigEndian(bytes, 16, 4), BigEndian(bytes, 20, 4))) {
-    return std::move(*reason);
-  }
-  Reader reader{bytes};
-  Surface surface(cairo_image_surface_create_from_png_stream(ReadBytes, &reader));
-  const cairo_status_t status = cairo_surface_status(surface.get());
-  if (status != CAIRO_STATUS_SUCCESS) {
-    return L"it is no whole PNG file: " + os::WideFromUtf8(cairo_status_to_string(status));
-  }
-  return std::unique_ptr<Picture>(
-      std::make_unique<ImagePicture>(std::move(surface), PngResolution(bytes), "image/png"));
-}
-
 OpenedPicture OpenJpeg(const std::string& bytes) {
   const JpegHead head = HeadOfJpeg(bytes);
-  if (auto reason = WhyNotSoLarge(head.width, head.height)) return std::move(*reason);
-  const std::unique_ptr<GdkPixbufLoader, GObjectEnd> loader(
+  if (const auto size = CheckImageSize(head.width, head.height); !size) return size.Error();
+  const std::unique_ptr<GdkPixbufLoader, GlibEnd> loader(
       gdk_pixbuf_loader_new_with_type("jpeg", nullptr));
   GError* raised = nullptr;
   // NOLINTNEXTLINE: the library's bytes are unsigned
   const auto* data = reinterpret_cast<const guchar*>(bytes.data());
   const bool written = gdk_pixbuf_loader_write(loader.get(), data, bytes.size(), &raised) != FALSE;
   const bool whole = gdk_pixbuf_loader_close(loader.get(), written ? &raised : nullptr) != FALSE;
-  const std::unique_ptr<GError, ErrorEnd> error(raised);
+  const GlibError error(raised);
   const GdkPixbuf* pixels = gdk_pixbuf_loader_get_pixbuf(loader.get());
   if (!written || !whole || !pixels) {
-    return L"it is no whole JPEG file" +
-           (error ? L": " + os::WideFromUtf8(error->message) : std::wstring());
+    return FailureOf("it is no whole JPEG file" + ReasonAfterColon(error));
   }
   Surface surface = SurfaceOf(pixels);
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-    return std::wstring(L"there is no memory for its pixels");
+    return FailureOf("there is no memory for its pixels");
   }
-  // Viewers disagree on what four inks look like, and on which way round they are.
+  // Viewers show four inks in different ways, some of them inverted.
   const bool carried = head.components == 1 || head.components == 3;
   if (carried) AttachJpeg(surface.get(), bytes);
   return std::unique_ptr<Picture>(std::make_unique<ImagePicture>(

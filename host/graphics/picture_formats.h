@@ -5,11 +5,11 @@
 
 #include "host/graphics/picture.h"
 
-/// What OpenPicture opens each kind of file with.
+/// One opener for each kind of file, for OpenPicture.
 namespace rastrel::graphics {
 
-/// A picture, or why the bytes are none, in words. Its size is the file's, and not yet checked.
-using OpenedPicture = os::ExpectedOr<std::unique_ptr<Picture>, std::wstring>;
+/// An opened file. Its size is the one that the file names, and not yet checked.
+using OpenedPicture = Expected<std::unique_ptr<Picture>>;
 
 /// By librsvg, which reads nothing beside the bytes.
 [[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes);

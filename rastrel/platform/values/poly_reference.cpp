@@ -1,0 +1,3 @@
+#include "rastrel/platform/values/poly_reference.h"
+
+PolyBaseClass2::~PolyBaseClass2() = default;
