@@ -69,12 +69,12 @@ class Running {
   Running(const Running&) = delete;
   Running& operator=(const Running&) = delete;
 
-  Attempt<Success> Start(const std::vector<std::string>& words, const std::string& file) {
+  Expected<void> Start(const std::vector<std::string>& words, const std::string& file) {
     const os::FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!input.IsOpen()) return SystemProblem("open", file, errno);
+    if (!input.IsOpen()) return Failure{"open", file, errno};
     Pipe output;
     Pipe failure;
-    if (!output.Open() || !failure.Open()) return SystemProblem("pipe2", m_Program, errno);
+    if (!output.Open() || !failure.Open()) return Failure{"pipe2", m_Program, errno};
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -84,22 +84,22 @@ class Running {
       BecomeProgram(arguments.data(), input.Get(), output.write.Get(), failure.write.Get(),
                     m_Guardian.Descriptor());
     }
-    if (m_Id < 0) return SystemProblem("fork", m_Program, errno);
+    if (m_Id < 0) return Failure{"fork", m_Program, errno};
     ::setpgid(m_Id, m_Id);
     failure.write.Reset();
     int error = 0;
     ssize_t count = 0;
     while ((count = ::read(failure.read.Get(), &error, sizeof error)) < 0 && errno == EINTR) {
     }
-    if (count == sizeof error) return SystemProblem("start the command", m_Program, error);
+    if (count == sizeof error) return Failure{"start the command", m_Program, error};
     m_Output = std::move(output.read);
     ::fcntl(m_Output.Get(), F_SETFL, O_NONBLOCK);
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> Wait(unsigned timeoutSeconds) {
+  Expected<void> Wait(unsigned timeoutSeconds) {
     const os::FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, m_Id, 0)));
-    if (!process.IsOpen()) return SystemProblem("pidfd_open", m_Program, errno);
+    if (!process.IsOpen()) return Failure{"pidfd_open", m_Program, errno};
     const std::int64_t limit = os::MonotonicNanoseconds() +
                                std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
     pollfd entries[2] = {{process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}};
@@ -111,7 +111,7 @@ class Running {
       const int wait =
           timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
       if (::poll(entries, 2, wait) < 0 && errno != EINTR) {
-        return SystemProblem("poll", m_Program, errno);
+        return Failure{"poll", m_Program, errno};
       }
       // At its end the pipe stays ready for ever; it is not asked again then.
       if (entries[1].revents != 0 && !Drain()) entries[1].fd = -1;
@@ -141,18 +141,19 @@ class Running {
     return status;
   }
 
-  Attempt<Success> TakeEnd() {
+  Expected<void> TakeEnd() {
     const int status = Reap();
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return Success{};
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
     if (WIFEXITED(status)) {
       return Failed("ended with status " + std::to_string(WEXITSTATUS(status)));
     }
     return Failed("was ended by signal " + std::to_string(WTERMSIG(status)));
   }
 
-  Problem Failed(const std::string& how) const {
+  Failure Failed(const std::string& how) const {
     const std::string words = LastWords();
-    return Problem{"the command '" + m_Program + "' " + how + (words.empty() ? "" : ": " + words)};
+    return FailureOf("the command '" + m_Program + "' " + how +
+                     (words.empty() ? "" : ": " + words));
   }
 
   /// Takes what the program has printed; only the end of it is kept. False at the pipe's end.
@@ -186,8 +187,8 @@ class Running {
 
 }  // namespace
 
-Attempt<Success> RunCommand(const std::vector<std::string>& words, const std::string& file,
-                            interpreter::Guardian& guardian, unsigned timeoutSeconds) {
+Expected<void> RunCommand(const std::vector<std::string>& words, const std::string& file,
+                          interpreter::Guardian& guardian, unsigned timeoutSeconds) {
   Running running(words.front(), guardian);
   if (auto started = running.Start(words, file); !started) return started;
   return running.Wait(timeoutSeconds);
@@ -203,11 +204,11 @@ CommandDirectory::~CommandDirectory() {
   if (m_Path.empty()) return;
   std::error_code error;
   std::filesystem::remove_all(m_Path, error);
-  if (error) ReportWarning(SystemProblem("remove", m_Path, error.value()).text);
+  if (error) ReportWarning(Describe(Failure{"remove", m_Path, error.value()}));
   static_cast<void>(m_Guardian->Release(m_Path));
 }
 
-Attempt<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
+Expected<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
   std::string parent = os::EnvironmentValue("TMPDIR");
   if (parent.empty() || parent.front() != '/') parent = "/tmp";
   std::random_device random;
@@ -215,13 +216,13 @@ Attempt<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardi
     char name[64];
     std::snprintf(name, sizeof name, "/rastrel-page-%08x%08x", random(), random());
     const std::string path = parent + name;
-    if (!guardian.Guard(path)) return Problem{"the guardian process is gone"};
+    if (!guardian.Guard(path)) return FailureOf("the guardian process is gone");
     if (::mkdir(path.c_str(), 0700) == 0) return CommandDirectory(path, guardian);
     const int error = errno;
     static_cast<void>(guardian.Release(path));
-    if (error != EEXIST) return SystemProblem("mkdir", path, error);
+    if (error != EEXIST) return Failure{"mkdir", path, error};
   }
-  return Problem{"no free name for a directory in '" + parent + "'"};
+  return FailureOf("no free name for a directory in '" + parent + "'");
 }
 
 }  // namespace rastrel::odalis

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
 #include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::odalis {
 
@@ -13,18 +13,18 @@ namespace rastrel::odalis {
 /// from the start; what it prints is kept for the message and goes nowhere else. It gets a process
 /// group of its own, which the guardian kills if the engine is ended.
 ///
-/// The problem says how it ended and the last line that it printed. `timeoutSeconds`: its group is
+/// The failure says how it ended and the last line that it printed. `timeoutSeconds`: its group is
 /// killed after that; 0 is never. REQUIRES: this process has one thread.
-[[nodiscard]] Attempt<Success> RunCommand(const std::vector<std::string>& words,
-                                          const std::string& file, interpreter::Guardian& guardian,
-                                          unsigned timeoutSeconds);
+[[nodiscard]] Expected<void> RunCommand(const std::vector<std::string>& words,
+                                        const std::string& file, interpreter::Guardian& guardian,
+                                        unsigned timeoutSeconds);
 
 /// A private directory for the file that a program is given. It is removed with all in it when this
 /// object ends, and by the guardian if the engine is ended before.
 class CommandDirectory {
  public:
   /// Makes it in $TMPDIR, or in /tmp.
-  [[nodiscard]] static Attempt<CommandDirectory> Create(interpreter::Guardian& guardian);
+  [[nodiscard]] static Expected<CommandDirectory> Create(interpreter::Guardian& guardian);
   ~CommandDirectory();
   CommandDirectory(CommandDirectory&& other) noexcept;
   CommandDirectory& operator=(CommandDirectory&& other) = delete;

@@ -4,18 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
-#include "children/coreodalis/devices.h"
 #include "children/coreodalis/output_file.h"
 #include "children/coreodalis/page_source.h"
+#include "children/devices/devices.h"
 #include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::odalis {
 
 /// What is delivered, and how.
 struct DeliveryOrder {
-  const Device* device = nullptr;
-  FieldValues values;                    ///< all but plane and file
+  const devices::Device* device = nullptr;
+  devices::FieldValues values;           ///< all but plane and file
   bool planar = false;                   ///< each plane as a file of its own
   std::function<void(double)> progress;  ///< told the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
@@ -27,13 +27,13 @@ class Delivery {
   explicit Delivery(interpreter::Guardian& guardian) : m_Guardian(guardian) {}
 
   /// Delivers one page. The paths of the files that are in their places now; none for a command.
-  [[nodiscard]] Attempt<std::vector<std::string>> Deliver(PageSource& source,
-                                                          const DeliveryOrder& order);
+  [[nodiscard]] Expected<std::vector<std::string>> Deliver(PageSource& source,
+                                                           const DeliveryOrder& order);
 
  private:
-  [[nodiscard]] Attempt<std::vector<std::string>> ToFiles(PageSource& source,
-                                                          const DeliveryOrder& order);
-  [[nodiscard]] Attempt<Success> ToCommand(PageSource& source, const DeliveryOrder& order);
+  [[nodiscard]] Expected<std::vector<std::string>> ToFiles(PageSource& source,
+                                                           const DeliveryOrder& order);
+  [[nodiscard]] Expected<void> ToCommand(PageSource& source, const DeliveryOrder& order);
 
   interpreter::Guardian& m_Guardian;
   Publisher m_Publisher;

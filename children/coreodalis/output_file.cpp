@@ -62,11 +62,11 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   return -1;
 }
 
-Attempt<Success> MakeDirectories(const std::string& directory) {
+Expected<void> MakeDirectories(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directories(directory, error);
-  if (error) return SystemProblem("create directory", directory, error.value());
-  return Success{};
+  if (error) return Failure{"create directory", directory, error.value()};
+  return {};
 }
 
 }  // namespace
@@ -90,32 +90,32 @@ OutputFile::~OutputFile() {
   static_cast<void>(m_Guardian->Release(m_Hidden));
 }
 
-Attempt<OutputFile> OutputFile::Create(const std::string& directory,
-                                       interpreter::Guardian& guardian, bool allowNameless) {
+Expected<OutputFile> OutputFile::Create(const std::string& directory,
+                                        interpreter::Guardian& guardian, bool allowNameless) {
   if (auto made = MakeDirectories(directory); !made) return made.Error();
   if (allowNameless) {
     os::FileDescriptor nameless(
         ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, FileMode));
     if (nameless.IsOpen()) return OutputFile(std::move(nameless), directory, {}, guardian);
-    if (!IsWithoutNamelessFiles(errno)) return SystemProblem("create a file in", directory, errno);
+    if (!IsWithoutNamelessFiles(errno)) return Failure{"create a file in", directory, errno};
   }
   for (int attempt = 0; attempt < HiddenNameTries; ++attempt) {
     const std::string hidden = HiddenPath(directory);
-    if (!guardian.Guard(hidden)) return Problem{"the guardian process is gone"};
+    if (!guardian.Guard(hidden)) return FailureOf("the guardian process is gone");
     os::FileDescriptor file(
         ::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
     if (file.IsOpen()) return OutputFile(std::move(file), directory, hidden, guardian);
     const int error = errno;
     static_cast<void>(guardian.Release(hidden));
-    if (error != EEXIST) return SystemProblem("create", hidden, error);
+    if (error != EEXIST) return Failure{"create", hidden, error};
   }
-  return Problem{"no free name for a file in '" + directory + "'"};
+  return FailureOf("no free name for a file in '" + directory + "'");
 }
 
-Attempt<Success> OutputFile::Flush() {
+Expected<void> OutputFile::Flush() {
   // A file system that can't be asked has nothing to tell.
-  if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return Success{};
-  return SystemProblem("flush a file in", m_Directory, errno);
+  if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return {};
+  return Failure{"flush a file in", m_Directory, errno};
 }
 
 OutputFile::Naming OutputFile::Name(const std::string& path) {
@@ -171,19 +171,19 @@ std::string DirectoryOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-Attempt<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
+Expected<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
   std::vector<std::string> named;
   for (const Item& item : items) {
     // What was replaced before a failure can't be brought back; it is whole, and stays.
     if (item.file->NameInPlace(item.path) != OutputFile::Naming::Named) {
-      return SystemProblem("name", item.path, errno);
+      return Failure{"name", item.path, errno};
     }
     named.push_back(item.path);
   }
   return named;
 }
 
-Attempt<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsigned number) {
+Expected<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsigned number) {
   for (std::size_t i = 0; i < items.size(); ++i) {
     const std::string path = NumberedPath(items[i].path, number);
     const OutputFile::Naming naming = items[i].file->Name(path);
@@ -192,13 +192,13 @@ Attempt<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsi
     for (const Item& earlier : items.first(i)) {
       earlier.file->Unname(NumberedPath(earlier.path, number));
     }
-    if (naming == OutputFile::Naming::Failed) return SystemProblem("name", path, error);
+    if (naming == OutputFile::Naming::Failed) return Failure{"name", path, error};
     return naming;
   }
   return OutputFile::Naming::Named;
 }
 
-Attempt<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
+Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
   if (items.empty()) return std::vector<std::string>{};
   if (overwrite) return Replace(items);
   unsigned& number = m_NextNumber.try_emplace(items.front().path, 1).first->second;
@@ -211,7 +211,7 @@ Attempt<std::vector<std::string>> Publisher::Publish(std::span<const Item> items
     ++number;
     return named;
   }
-  return Problem{"no free number for '" + items.front().path + "'"};
+  return FailureOf("no free number for '" + items.front().path + "'");
 }
 
 }  // namespace rastrel::odalis

@@ -106,7 +106,7 @@ class PdfWriter final : public ImageWriter {
   PdfWriter(const PdfWriter&) = delete;
   PdfWriter& operator=(const PdfWriter&) = delete;
 
-  Attempt<Success> WriteHeader() {
+  Expected<void> WriteHeader() {
     if (deflateInit(&m_Stream, FastCompression) != Z_OK) return Refuse("out of memory");
     m_Deflating = true;
     const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
@@ -135,7 +135,7 @@ class PdfWriter final : public ImageWriter {
     return State();
   }
 
-  Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
+  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
     m_Row.assign(row.begin(), row.end());
     if (m_Shape.model == ColorModel::Cmyk || m_Shape.model == ColorModel::Inks) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
@@ -143,7 +143,7 @@ class PdfWriter final : public ImageWriter {
     return Deflate(Z_NO_FLUSH);
   }
 
-  Attempt<Success> Finish() override {
+  Expected<void> Finish() override {
     m_Row.clear();
     if (auto ended = Deflate(Z_FINISH); !ended) return ended;
     const std::uint64_t length = m_Written - m_StreamStart;
@@ -163,12 +163,12 @@ class PdfWriter final : public ImageWriter {
   }
 
  private:
-  Problem Refuse(const std::string& why) const {
-    return Problem{"writing '" + m_Name + "': " + why};
+  Failure Refuse(const std::string& why) const {
+    return FailureOf("writing '" + m_Name + "': " + why);
   }
-  Attempt<Success> State() const {
+  Expected<void> State() const {
     if (m_Error != 0) return Refuse(DescribeError(m_Error));
-    return Success{};
+    return {};
   }
 
   std::string ColorSpace() const {
@@ -202,7 +202,7 @@ class PdfWriter final : public ImageWriter {
   }
 
   /// Compresses m_Row and writes what comes out.
-  Attempt<Success> Deflate(int flush) {
+  Expected<void> Deflate(int flush) {
     m_Stream.next_in = m_Row.data();
     m_Stream.avail_in = static_cast<uInt>(m_Row.size());
     int result = Z_OK;
@@ -233,11 +233,11 @@ class PdfWriter final : public ImageWriter {
 
 }  // namespace
 
-Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
-                                                    const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
+                                                     const ImageShape& shape) {
   if (shape.planes.size() > MaximumInks) {
-    return Problem{"writing '" + name + "': a PDF file can't hold more than " +
-                   std::to_string(MaximumInks) + " inks; use TIFF or planes"};
+    return FailureOf("writing '" + name + "': a PDF file can't hold more than " +
+                     std::to_string(MaximumInks) + " inks; use TIFF or planes");
   }
   auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

@@ -1,4 +1,4 @@
-#include "children/coreodalis/pattern.h"
+#include "children/devices/pattern.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 
 #include "rastrel/platform/os/text.h"
 
-namespace rastrel::odalis {
+namespace rastrel::devices {
 namespace {
 
 constexpr std::array<std::pair<std::string_view, Field>, 8> FieldNames = {{
@@ -47,7 +47,7 @@ bool IsControl(wchar_t character) {
 }
 
 /// One word of a command, with the position moved behind it.
-Attempt<std::string> TakeWord(std::string_view text, std::size_t& at) {
+Expected<std::string> TakeWord(std::string_view text, std::size_t& at) {
   std::string word;
   char quote = 0;
   for (; at < text.size(); ++at) {
@@ -67,7 +67,7 @@ Attempt<std::string> TakeWord(std::string_view text, std::size_t& at) {
       word += character;
     }
   }
-  if (quote != 0) return Problem{std::string("a quote ") + quote + " is not closed"};
+  if (quote != 0) return FailureOf(std::string("a quote ") + quote + " is not closed");
   return word;
 }
 
@@ -92,7 +92,7 @@ std::string SafeName(std::string_view value) {
   return safe.empty() ? "untitled" : safe;
 }
 
-Attempt<Pattern> Pattern::Read(std::string_view text) {
+Expected<Pattern> Pattern::Read(std::string_view text) {
   Pattern pattern;
   std::string literal;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -102,13 +102,13 @@ Attempt<Pattern> Pattern::Read(std::string_view text) {
       literal += character;
       ++at;
     } else if (character == '}') {
-      return Problem{"a '}' without its '{'"};
+      return FailureOf("a '}' without its '{'");
     } else if (character == '{') {
       const std::size_t end = text.find('}', at);
-      if (end == std::string_view::npos) return Problem{"a '{' without its '}'"};
+      if (end == std::string_view::npos) return FailureOf("a '{' without its '}'");
       const std::string_view name = text.substr(at + 1, end - at - 1);
       const auto field = FieldOf(name);
-      if (!field) return Problem{"unknown field '{" + std::string(name) + "}'"};
+      if (!field) return FailureOf("unknown field '{" + std::string(name) + "}'");
       if (!literal.empty()) pattern.m_Pieces.emplace_back(std::exchange(literal, {}));
       pattern.m_Pieces.emplace_back(*field);
       at = end;
@@ -145,7 +145,7 @@ bool Pattern::BeginsWith(Field field) const {
   return held && *held == field;
 }
 
-Attempt<std::vector<std::string>> SplitWords(std::string_view text) {
+Expected<std::vector<std::string>> SplitWords(std::string_view text) {
   std::vector<std::string> words;
   std::size_t at = 0;
   while (true) {
@@ -157,4 +157,4 @@ Attempt<std::vector<std::string>> SplitWords(std::string_view text) {
   }
 }
 
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices

@@ -1,4 +1,4 @@
-#include "children/coreodalis/devices.h"
+#include "children/devices/devices.h"
 
 #include <gtest/gtest.h>
 
@@ -6,21 +6,21 @@
 #include <iterator>
 #include <string>
 
-namespace rastrel::odalis {
+namespace rastrel::devices {
 namespace {
 
 const std::string FileDevice = "[P]\nkind = file\nformat = tiff\npattern = {output}/{job}.tif\n";
 
-std::string ProblemOf(const std::string& text) {
+std::string ReasonOf(const std::string& text) {
   const auto devices = ReadDevices(text);
-  return devices ? "" : devices.Error().text;
+  return devices ? "" : Describe(devices.Error());
 }
 
 TEST(ReadDevices, the_shipped_file_holds_the_shipped_printers) {
   std::ifstream stream(std::string(RASTREL_SOURCE_DIR) + "/share/devices.txt");
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
   const auto devices = ReadDevices(text);
-  ASSERT_TRUE(devices) << devices.Error().text;
+  ASSERT_TRUE(devices) << Describe(devices.Error());
   const std::pair<const char*, FileFormat> shipped[] = {
       {"KVI Tiff Screen Preview", FileFormat::Tiff},
       {"PNG files", FileFormat::Png},
@@ -42,7 +42,7 @@ TEST(ReadDevices, the_documents_example_is_valid) {
   const std::string page{std::istreambuf_iterator<char>(stream), {}};
   const std::size_t start = page.find("```ini\n") + 7;
   const auto devices = ReadDevices(page.substr(start, page.find("```", start) - start));
-  ASSERT_TRUE(devices) << devices.Error().text;
+  ASSERT_TRUE(devices) << Describe(devices.Error());
   EXPECT_EQ(devices->size(), 4u);
   EXPECT_EQ(FindDevice(*devices, "Office printer")->timeoutSeconds, 120u);
 }
@@ -51,7 +51,7 @@ TEST(ReadDevices, a_command_is_split_into_words_with_their_fields) {
   const auto devices = ReadDevices(
       "; comment\n[Office]\r\nkind = command\nformat=pdf\ncommand = /bin/lp -d 'my queue' "
       "\"{job} x\" {file}\ntimeout = 30\n");
-  ASSERT_TRUE(devices) << devices.Error().text;
+  ASSERT_TRUE(devices) << Describe(devices.Error());
   const Device& device = devices->front();
   EXPECT_EQ(device.kind, DeviceKind::Command);
   EXPECT_EQ(device.timeoutSeconds, 30u);
@@ -71,52 +71,52 @@ TEST(ReadDevices, overwrite_is_off_unless_it_says_yes) {
 }
 
 TEST(ReadDevices, problems_say_line_and_reason) {
-  EXPECT_EQ(ProblemOf("kind = file\n"), "line 1: a key before the first '[printer]'");
-  EXPECT_EQ(ProblemOf("[]\n"), "line 1: a printer without a name");
-  EXPECT_EQ(ProblemOf("[P\n"), "line 1: a printer's name has no closing ']'");
-  EXPECT_EQ(ProblemOf("[P]\n"), "line 1: the printer 'P' has no 'kind'");
-  EXPECT_EQ(ProblemOf("[P]\nkind = file\n"), "line 1: the printer 'P' has no 'format'");
-  EXPECT_EQ(ProblemOf("[P]\nkind = file\nformat = png\n"),
+  EXPECT_EQ(ReasonOf("kind = file\n"), "line 1: a key before the first '[printer]'");
+  EXPECT_EQ(ReasonOf("[]\n"), "line 1: a printer without a name");
+  EXPECT_EQ(ReasonOf("[P\n"), "line 1: a printer's name has no closing ']'");
+  EXPECT_EQ(ReasonOf("[P]\n"), "line 1: the printer 'P' has no 'kind'");
+  EXPECT_EQ(ReasonOf("[P]\nkind = file\n"), "line 1: the printer 'P' has no 'format'");
+  EXPECT_EQ(ReasonOf("[P]\nkind = file\nformat = png\n"),
             "line 1: the printer 'P' has no 'pattern'");
-  EXPECT_EQ(ProblemOf("[P]\nkind = command\nformat = png\n"),
+  EXPECT_EQ(ReasonOf("[P]\nkind = command\nformat = png\n"),
             "line 1: the printer 'P' has no 'command'");
-  EXPECT_EQ(ProblemOf("[P]\nkind = tape\nformat = png\n"),
+  EXPECT_EQ(ReasonOf("[P]\nkind = tape\nformat = png\n"),
             "line 2: 'tape' is no value of 'kind' (file, command)");
-  EXPECT_EQ(ProblemOf("[P]\nkind = file\nformat = gif\n"),
+  EXPECT_EQ(ReasonOf("[P]\nkind = file\nformat = gif\n"),
             "line 3: 'gif' is no value of 'format' (tiff, png, pdf)");
-  EXPECT_EQ(ProblemOf("[P]\nstray\n"), "line 2: 'stray' is neither '[printer]' nor 'key = value'");
-  EXPECT_EQ(ProblemOf("[P]\nsize = 3\n"), "line 2: unknown key 'size'");
-  EXPECT_EQ(ProblemOf("[P]\nkind =\n"), "line 2: the key 'kind' has no value");
-  EXPECT_EQ(ProblemOf("[P]\nkind = file\nkind = file\n"),
+  EXPECT_EQ(ReasonOf("[P]\nstray\n"), "line 2: 'stray' is neither '[printer]' nor 'key = value'");
+  EXPECT_EQ(ReasonOf("[P]\nsize = 3\n"), "line 2: unknown key 'size'");
+  EXPECT_EQ(ReasonOf("[P]\nkind =\n"), "line 2: the key 'kind' has no value");
+  EXPECT_EQ(ReasonOf("[P]\nkind = file\nkind = file\n"),
             "line 3: the key 'kind' stands here twice");
-  EXPECT_EQ(ProblemOf(FileDevice + FileDevice), "line 5: the printer 'P' stands in line 1 too");
-  EXPECT_EQ(ProblemOf(FileDevice + "overwrite = maybe\n"),
+  EXPECT_EQ(ReasonOf(FileDevice + FileDevice), "line 5: the printer 'P' stands in line 1 too");
+  EXPECT_EQ(ReasonOf(FileDevice + "overwrite = maybe\n"),
             "line 5: 'maybe' is no value of 'overwrite' (no, yes)");
-  EXPECT_EQ(ProblemOf(FileDevice + "command = x\n"),
+  EXPECT_EQ(ReasonOf(FileDevice + "command = x\n"),
             "line 5: 'command' means nothing for the kind 'file'");
-  EXPECT_EQ(ProblemOf(FileDevice + "timeout = 5\n"),
+  EXPECT_EQ(ReasonOf(FileDevice + "timeout = 5\n"),
             "line 5: 'timeout' means nothing for the kind 'file'");
-  EXPECT_EQ(ProblemOf(std::string("[P]\nki\0nd\n", 10)), "line 2: holds a zero byte");
+  EXPECT_EQ(ReasonOf(std::string("[P]\nki\0nd\n", 10)), "line 2: holds a zero byte");
 }
 
 TEST(ReadDevices, problems_of_patterns_and_commands_say_line_and_reason) {
   const std::string file = "[P]\nkind = file\nformat = png\npattern = ";
-  EXPECT_EQ(ProblemOf(file + "{output}/{colour}.png"), "line 4: unknown field '{colour}'");
-  EXPECT_EQ(ProblemOf(file + "{output}/{job.png"), "line 4: a '{' without its '}'");
-  EXPECT_EQ(ProblemOf(file + "{output}/job}.png"), "line 4: a '}' without its '{'");
-  EXPECT_EQ(ProblemOf(file + "{output}/{file}"), "line 4: '{file}' belongs in a command");
-  EXPECT_EQ(ProblemOf(file + "{job}.png"), "line 4: a pattern begins with '{output}' or '/'");
-  EXPECT_EQ(ProblemOf(file + "{output}/"), "line 4: a pattern ends in a file's name");
-  EXPECT_EQ(ProblemOf(file + "{output}"), "line 4: a pattern ends in a file's name");
+  EXPECT_EQ(ReasonOf(file + "{output}/{colour}.png"), "line 4: unknown field '{colour}'");
+  EXPECT_EQ(ReasonOf(file + "{output}/{job.png"), "line 4: a '{' without its '}'");
+  EXPECT_EQ(ReasonOf(file + "{output}/job}.png"), "line 4: a '}' without its '{'");
+  EXPECT_EQ(ReasonOf(file + "{output}/{file}"), "line 4: '{file}' belongs in a command");
+  EXPECT_EQ(ReasonOf(file + "{job}.png"), "line 4: a pattern begins with '{output}' or '/'");
+  EXPECT_EQ(ReasonOf(file + "{output}/"), "line 4: a pattern ends in a file's name");
+  EXPECT_EQ(ReasonOf(file + "{output}"), "line 4: a pattern ends in a file's name");
   const std::string command = "[P]\nkind = command\nformat = png\ncommand = ";
-  EXPECT_EQ(ProblemOf(command + "lp 'x"), "line 4: a quote ' is not closed");
-  EXPECT_EQ(ProblemOf(command + "''"), "line 4: a command without a program");
-  EXPECT_EQ(ProblemOf(command + "lp {x}"), "line 4: unknown field '{x}'");
-  EXPECT_EQ(ProblemOf(command + "lp\ntimeout = soon"),
+  EXPECT_EQ(ReasonOf(command + "lp 'x"), "line 4: a quote ' is not closed");
+  EXPECT_EQ(ReasonOf(command + "''"), "line 4: a command without a program");
+  EXPECT_EQ(ReasonOf(command + "lp {x}"), "line 4: unknown field '{x}'");
+  EXPECT_EQ(ReasonOf(command + "lp\ntimeout = soon"),
             "line 5: 'soon' is no number of seconds from 0 to 604800");
-  EXPECT_EQ(ProblemOf(command + "lp\ntimeout = 604801"),
+  EXPECT_EQ(ReasonOf(command + "lp\ntimeout = 604801"),
             "line 5: '604801' is no number of seconds from 0 to 604800");
-  EXPECT_EQ(ProblemOf(command + "lp\noverwrite = yes"),
+  EXPECT_EQ(ReasonOf(command + "lp\noverwrite = yes"),
             "line 5: 'overwrite' means nothing for the kind 'command'");
 }
 
@@ -137,4 +137,4 @@ TEST(ReadDevices, an_empty_file_has_no_devices) {
 }
 
 }  // namespace
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
-#include "children/coreodalis/pattern.h"
+#include "children/devices/pattern.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Where the pages for a printer's name go: the file "devices.txt" of the data root. The format is
 /// told in docs/formats/devices.md.
-namespace rastrel::odalis {
+namespace rastrel::devices {
 
 /// How a device takes its pages.
 enum class DeviceKind {
@@ -36,11 +36,11 @@ struct Device {
 /// "tif", "png" or "pdf".
 [[nodiscard]] const char* ExtensionOf(FileFormat format);
 
-/// Reads the text of a devices file. The problem's text begins with "line N: ".
-[[nodiscard]] Attempt<std::vector<Device>> ReadDevices(std::string_view text);
+/// Reads the text of a devices file. The failure's reason begins with "line N: ".
+[[nodiscard]] Expected<std::vector<Device>> ReadDevices(std::string_view text);
 
 /// The section of that name, else the one for "*", else null. An empty name takes "*".
 [[nodiscard]] const Device* FindDevice(const std::vector<Device>& devices,
                                        std::string_view printer);
 
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices

@@ -1,4 +1,4 @@
-#include "children/coreodalis/devices.h"
+#include "children/devices/devices.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace rastrel::odalis {
+namespace rastrel::devices {
 namespace {
 
 constexpr std::string_view Blanks = " \t\r\v\f";
@@ -18,8 +18,8 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
 }
 
-Problem AtLine(std::size_t line, const std::string& what) {
-  return Problem{"line " + std::to_string(line) + ": " + what};
+Failure AtLine(std::size_t line, const std::string& what) {
+  return FailureOf("line " + std::to_string(line) + ": " + what);
 }
 
 std::string Quoted(std::string_view text) { return "'" + std::string(text.substr(0, 200)) + "'"; }
@@ -38,7 +38,7 @@ struct Section {
 constexpr std::string_view KnownKeys[] = {"kind",      "format",  "pattern",
                                           "overwrite", "command", "timeout"};
 
-Attempt<Section> OpenSection(std::string_view line, std::size_t number) {
+Expected<Section> OpenSection(std::string_view line, std::size_t number) {
   if (line.back() != ']') return AtLine(number, "a printer's name has no closing ']'");
   const std::string_view name = Trim(line.substr(1, line.size() - 2));
   if (name.empty()) return AtLine(number, "a printer without a name");
@@ -48,7 +48,7 @@ Attempt<Section> OpenSection(std::string_view line, std::size_t number) {
   return section;
 }
 
-Attempt<Success> TakeValue(Section& section, std::string_view line, std::size_t number) {
+Expected<void> TakeValue(Section& section, std::string_view line, std::size_t number) {
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) {
     return AtLine(number, Quoted(line) + " is neither '[printer]' nor 'key = value'");
@@ -63,10 +63,10 @@ Attempt<Success> TakeValue(Section& section, std::string_view line, std::size_t 
       section.values.try_emplace(std::string(key), Section::Value{std::string(value), number})
           .second;
   if (!added) return AtLine(number, "the key " + Quoted(key) + " stands here twice");
-  return Success{};
+  return {};
 }
 
-Attempt<std::vector<Section>> ReadSections(std::string_view text) {
+Expected<std::vector<Section>> ReadSections(std::string_view text) {
   std::vector<Section> sections;
   std::map<std::string, std::size_t> lines;
   std::size_t number = 0;
@@ -102,8 +102,8 @@ const Section::Value* ValueOf(const Section& section, std::string_view key) {
 
 /// A value that must be one of some words; the first one stands for a missing key if `optional`.
 template <typename Choice, std::size_t Count>
-Attempt<Choice> ChoiceOf(const Section& section, std::string_view key, bool optional,
-                         const std::pair<std::string_view, Choice> (&words)[Count]) {
+Expected<Choice> ChoiceOf(const Section& section, std::string_view key, bool optional,
+                          const std::pair<std::string_view, Choice> (&words)[Count]) {
   const Section::Value* value = ValueOf(section, key);
   if (!value && optional) return words[0].second;
   if (!value) {
@@ -118,13 +118,13 @@ Attempt<Choice> ChoiceOf(const Section& section, std::string_view key, bool opti
                 Quoted(value->text) + " is no value of " + Quoted(key) + " (" + known + ")");
 }
 
-Attempt<Success> TakePattern(const Section& section, Device& device) {
+Expected<void> TakePattern(const Section& section, Device& device) {
   const Section::Value* value = ValueOf(section, "pattern");
   if (!value) {
     return AtLine(section.line, "the printer " + Quoted(section.name) + " has no 'pattern'");
   }
   auto pattern = Pattern::Read(value->text);
-  if (!pattern) return AtLine(value->line, pattern.Error().text);
+  if (!pattern) return AtLine(value->line, Describe(pattern.Error()));
   if (pattern->Has(Field::File)) return AtLine(value->line, "'{file}' belongs in a command");
   if (value->text.front() != '/' && !pattern->BeginsWith(Field::Output)) {
     return AtLine(value->line, "a pattern begins with '{output}' or '/'");
@@ -133,49 +133,49 @@ Attempt<Success> TakePattern(const Section& section, Device& device) {
     return AtLine(value->line, "a pattern ends in a file's name");
   }
   device.pattern = std::move(*pattern);
-  return Success{};
+  return {};
 }
 
-Attempt<Success> TakeCommand(const Section& section, Device& device) {
+Expected<void> TakeCommand(const Section& section, Device& device) {
   const Section::Value* value = ValueOf(section, "command");
   if (!value) {
     return AtLine(section.line, "the printer " + Quoted(section.name) + " has no 'command'");
   }
   auto words = SplitWords(value->text);
-  if (!words) return AtLine(value->line, words.Error().text);
+  if (!words) return AtLine(value->line, Describe(words.Error()));
   for (const std::string& word : *words) {
     auto pattern = Pattern::Read(word);
-    if (!pattern) return AtLine(value->line, pattern.Error().text);
+    if (!pattern) return AtLine(value->line, Describe(pattern.Error()));
     device.command.push_back(std::move(*pattern));
   }
   if (words->front().empty()) return AtLine(value->line, "a command without a program");
-  return Success{};
+  return {};
 }
 
-Attempt<Success> TakeTimeout(const Section& section, Device& device) {
+Expected<void> TakeTimeout(const Section& section, Device& device) {
   const Section::Value* value = ValueOf(section, "timeout");
-  if (!value) return Success{};
+  if (!value) return {};
   const char* end = value->text.data() + value->text.size();
   const auto [stop, error] = std::from_chars(value->text.data(), end, device.timeoutSeconds);
   if (error != std::errc() || stop != end || device.timeoutSeconds > MaximumTimeout) {
     return AtLine(value->line, Quoted(value->text) + " is no number of seconds from 0 to " +
                                    std::to_string(MaximumTimeout));
   }
-  return Success{};
+  return {};
 }
 
 /// A key of the other kind is a mistake that would otherwise have no effect and no word.
-Attempt<Success> RefuseKeys(const Section& section, std::initializer_list<const char*> keys,
-                            const char* kind) {
+Expected<void> RefuseKeys(const Section& section, std::initializer_list<const char*> keys,
+                          const char* kind) {
   for (const char* key : keys) {
     if (const Section::Value* value = ValueOf(section, key)) {
       return AtLine(value->line, Quoted(key) + " means nothing for the kind '" + kind + "'");
     }
   }
-  return Success{};
+  return {};
 }
 
-Attempt<Success> TakeFileKeys(const Section& section, Device& device) {
+Expected<void> TakeFileKeys(const Section& section, Device& device) {
   if (auto refused = RefuseKeys(section, {"command", "timeout"}, "file"); !refused) return refused;
   const std::pair<std::string_view, bool> answers[] = {{"no", false}, {"yes", true}};
   auto overwrite = ChoiceOf<bool>(section, "overwrite", true, answers);
@@ -184,7 +184,7 @@ Attempt<Success> TakeFileKeys(const Section& section, Device& device) {
   return TakePattern(section, device);
 }
 
-Attempt<Success> TakeCommandKeys(const Section& section, Device& device) {
+Expected<void> TakeCommandKeys(const Section& section, Device& device) {
   if (auto refused = RefuseKeys(section, {"pattern", "overwrite"}, "command"); !refused) {
     return refused;
   }
@@ -192,7 +192,7 @@ Attempt<Success> TakeCommandKeys(const Section& section, Device& device) {
   return TakeCommand(section, device);
 }
 
-Attempt<Device> DeviceOf(const Section& section) {
+Expected<Device> DeviceOf(const Section& section) {
   const std::pair<std::string_view, DeviceKind> kinds[] = {{"file", DeviceKind::File},
                                                            {"command", DeviceKind::Command}};
   const std::pair<std::string_view, FileFormat> formats[] = {
@@ -223,7 +223,7 @@ const char* ExtensionOf(FileFormat format) {
   return "";
 }
 
-Attempt<std::vector<Device>> ReadDevices(std::string_view text) {
+Expected<std::vector<Device>> ReadDevices(std::string_view text) {
   auto sections = ReadSections(text);
   if (!sections) return sections.Error();
   std::vector<Device> devices;
@@ -244,4 +244,4 @@ const Device* FindDevice(const std::vector<Device>& devices, std::string_view pr
   return fallback;
 }
 
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices

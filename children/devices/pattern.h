@@ -6,10 +6,10 @@
 #include <variant>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
+#include "rastrel/platform/os/expected.h"
 
 /// Texts with fields in braces, as device descriptions hold them: "{output}/{job}-{page}.tif".
-namespace rastrel::odalis {
+namespace rastrel::devices {
 
 /// What a field stands for.
 enum class Field { Output, Job, Page, Copy, Printer, Plane, Date, File };
@@ -38,9 +38,9 @@ inline constexpr std::size_t SafeNameLimit = 72;
 
 class Pattern {
  public:
-  /// Reads a pattern. "{{" and "}}" stand for the braces themselves. The problem names the field
+  /// Reads a pattern. "{{" and "}}" stand for the braces themselves. The failure names the field
   /// that is unknown, or the brace that has no other.
-  [[nodiscard]] static Attempt<Pattern> Read(std::string_view text);
+  [[nodiscard]] static Expected<Pattern> Read(std::string_view text);
 
   [[nodiscard]] std::string Expand(const FieldValues& values) const;
   [[nodiscard]] bool Has(Field field) const;
@@ -53,7 +53,7 @@ class Pattern {
 
 /// Splits a command into words at blanks and tabs. Single quotes keep everything, double quotes
 /// keep everything but a backslash in front of '"' or '\', which is taken away; outside quotes a
-/// backslash keeps the next character. The problem tells of a quote without its other.
-[[nodiscard]] Attempt<std::vector<std::string>> SplitWords(std::string_view text);
+/// backslash keeps the next character. The failure names a quote without its other.
+[[nodiscard]] Expected<std::vector<std::string>> SplitWords(std::string_view text);
 
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices

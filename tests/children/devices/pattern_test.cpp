@@ -1,10 +1,10 @@
-#include "children/coreodalis/pattern.h"
+#include "children/devices/pattern.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace rastrel::odalis {
+namespace rastrel::devices {
 namespace {
 
 TEST(Pattern, every_field_is_filled_in) {
@@ -82,4 +82,4 @@ TEST(SplitWords, quotes_and_backslashes_keep_blanks) {
 }
 
 }  // namespace
-}  // namespace rastrel::odalis
+}  // namespace rastrel::devices
