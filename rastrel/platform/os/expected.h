@@ -10,6 +10,13 @@
 /// stay as its callers expect them, and are made of a Failure where they leave the library.
 namespace rastrel {
 
+/// What kind of failure it is, where a caller goes on differently: with another exit status, say.
+enum class FailureCode {
+  Unspecified,  ///< nothing more is known: the machine, a limit, a part that is missing
+  BadInput,     ///< the file or the words that were handed over can't be used
+  BadProgram,   ///< the input was run, and failed as a program
+};
+
 /// What failed, on what, and why. Every field is optional; Describe leaves out what is empty.
 struct Failure {
   /// The call or the step: "open", "read". Lower case, without a full stop. Empty if `why` is a
@@ -26,6 +33,8 @@ struct Failure {
   int line = 0;
   /// Column in that line, from 1, in characters; 0 where `line` is.
   int column = 0;
+  /// What kind it is. Describe says nothing of it.
+  FailureCode code = FailureCode::Unspecified;
 
   bool operator==(const Failure&) const = default;
 };
@@ -43,9 +52,11 @@ struct Failure {
 [[nodiscard]] std::string DescribeError(int error);
 
 /// A failure of which only words are known: `why`.
-[[nodiscard]] inline Failure FailureOf(std::string why) {
+[[nodiscard]] inline Failure FailureOf(std::string why,
+                                       FailureCode code = FailureCode::Unspecified) {
   Failure failure;
   failure.why = std::move(why);
+  failure.code = code;
   return failure;
 }
 
