@@ -5,7 +5,7 @@
 
 #include "cli/exit_status.h"
 #include "cli/file_head.h"
-#include "interpreter/job_kind.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {

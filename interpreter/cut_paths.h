@@ -17,7 +17,6 @@ class CutPaths {
  public:
   /// What the paths that wait for their page may take together, in bytes of memory.
   static constexpr std::uint64_t Limit = std::uint64_t{256} << 20;
-  static constexpr const char* FileName = "cut-paths";
 
   /// A page begins. What was drawn since the last page's end is lost with the page it was for.
   void BeginPage();

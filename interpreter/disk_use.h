@@ -16,8 +16,8 @@ struct DiskUse {
 /// Of the files in that directory, which has none below it. What can't be read counts as nothing.
 [[nodiscard]] DiskUse UseOf(const std::string& directory);
 
-/// Of files without a name that the process holds open: deleted ones, which take their room until
+/// Of anonymous files that the process holds open: deleted ones, which take their room until
 /// they are closed.
-[[nodiscard]] DiskUse UseOfNameless(pid_t process);
+[[nodiscard]] DiskUse UseOfAnonymous(pid_t process);
 
 }  // namespace rastrel::interpreter

@@ -35,22 +35,17 @@ std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
   return text;
 }
 
-RunFailure Unreadable(const char* what, const std::string& path, int error) {
-  return {ExitStatus::BadInput,
-          std::string("The ") + what + " can't be read: " + Describe({"open", path, error}) + "."};
-}
+Failure Refused(const std::string& sentence) { return FailureOf(sentence, FailureCode::BadInput); }
 
-// Opened without waiting, since the name could be a pipe's.
-std::variant<OpenFile, RunFailure> Open(const char* what, const std::string& path) {
+// Opened without waiting, since the name could be a pipe's. `role` is "job" or "prefix".
+Expected<OpenFile> Open(const std::string& role, const std::string& path) {
   OpenFile opened{os::FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), 0};
   struct stat state {};
   if (!opened.file.IsOpen() || fstat(opened.file.Get(), &state) != 0) {
-    return Unreadable(what, path, errno);
+    const Failure failure{"open", path, errno};
+    return Refused("The " + role + " can't be read: " + Describe(failure));
   }
-  if (!S_ISREG(state.st_mode)) {
-    return RunFailure{ExitStatus::BadInput,
-                      std::string("The ") + what + " is not a file: " + path + "."};
-  }
+  if (!S_ISREG(state.st_mode)) return Refused("The " + role + " is not a file: " + path);
   opened.size = static_cast<std::uint64_t>(state.st_size);
   return opened;
 }
@@ -67,10 +62,10 @@ bool SetsCutColor(std::string_view prefix) {
 
 }  // namespace
 
-std::variant<JobFile, RunFailure> OpenJob(const std::string& path, std::uint64_t start) {
+Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
   auto opened = Open("job", path);
-  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
-  auto& [file, size] = std::get<OpenFile>(opened);
+  if (!opened) return opened.Error();
+  auto& [file, size] = *opened;
   start = std::min(start, size);
   JobLayout layout = FindJobLayout(ReadAt(file.Get(), start, JobHeadSize), size - start);
   layout.offset += start;
@@ -82,7 +77,7 @@ std::variant<JobFile, RunFailure> OpenJob(const std::string& path, std::uint64_t
     layout.offset += section;
   }
   if (layout.kind == JobKind::Unknown) {
-    return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};
+    return Refused("The job is neither PostScript nor PDF: " + path);
   }
   if (layout.wrapped) {
     const std::uint64_t tail = std::min(TailSize, layout.length);
@@ -92,12 +87,11 @@ std::variant<JobFile, RunFailure> OpenJob(const std::string& path, std::uint64_t
   return JobFile{std::move(file), layout};
 }
 
-std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path) {
+Expected<PrefixFile> OpenPrefix(const std::string& path) {
   auto opened = Open("prefix", path);
-  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
-  os::FileDescriptor& file = std::get<OpenFile>(opened).file;
-  const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
-  return PrefixFile{std::move(file), FindTitle(head), SetsCutColor(head)};
+  if (!opened) return opened.Error();
+  const std::string head = ReadAt(opened->file.Get(), 0, JobHeadSize);
+  return PrefixFile{std::move(opened->file), FindTitle(head), SetsCutColor(head)};
 }
 
 }  // namespace rastrel::interpreter

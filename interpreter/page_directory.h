@@ -31,15 +31,8 @@ struct RunDescription {
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 
-/// "p0001" for 1. Five and more digits where they are needed.
-[[nodiscard]] std::string PageName(unsigned page);
-
 /// A page info with the run's description filled in.
 [[nodiscard]] pages::PageInfo DescribePage(const RunDescription& run, unsigned page);
-
-/// Reads a file to its end for its size and check sum.
-[[nodiscard]] Expected<pages::PageFile> DescribeFile(const std::string& directory,
-                                                     const std::string& name);
 
 /// Writes the ".info" file of a finished page, last of all its files.
 [[nodiscard]] Expected<void> WritePageInfo(const std::string& directory,

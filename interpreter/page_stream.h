@@ -4,8 +4,6 @@
 #include <span>
 #include <string>
 
-#include "interpreter/exit_status.h"
-
 namespace rastrel::interpreter {
 
 /// Size of a page in pixels, and samples of each pixel: 1 for gray, 3 for RGB. 8 bits each.

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "interpreter/cut_paths.h"
+#include "interpreter/plane_file.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
@@ -184,7 +184,7 @@ Expected<void> TakePlane(const PlaneFile& plane, const RunDescription& run,
   } else if (rename(source.c_str(), target.c_str()) != 0) {
     return Failure{"rename", source, errno};
   }
-  const auto described = DescribeFile(directory, name);
+  const auto described = pages::DescribeFile(directory, name);
   if (!described) return described.Error();
   info.planes.push_back({plane.name, name, 0});
   info.files.push_back(*described);
@@ -199,23 +199,9 @@ bool HasSeparations(const std::string& workDirectory, unsigned page) {
 }
 
 std::string PlaneName(const std::string& fileName) {
-  const std::size_t open = fileName.find('(');
-  constexpr std::string_view Close = ").tif";
-  if (open == fileName.npos || !fileName.ends_with(Close)) return {};
-  if (fileName.size() < open + 1 + Close.size()) return {};
-  const std::string_view escaped =
-      std::string_view(fileName).substr(open + 1, fileName.size() - Close.size() - open - 1);
-  std::string bytes;
-  for (std::size_t i = 0; i < escaped.size(); ++i) {
-    unsigned value = 0;
-    const bool escape =
-        escaped[i] == '%' && i + 2 < escaped.size() &&
-        std::sscanf(std::string(escaped.substr(i + 1, 2)).c_str(), "%2x", &value) == 1;
-    bytes += escape ? static_cast<char>(value) : escaped[i];
-    if (escape) i += 2;
-  }
-  if (os::Utf8FromWide(os::WideFromUtf8(bytes)) == bytes) return bytes;
-  return os::Utf8FromWide(os::WideFromAnsi(bytes));
+  const auto bytes = PlaneNameBytes(fileName);
+  if (!bytes || os::Utf8FromWide(os::WideFromUtf8(*bytes)) == *bytes) return bytes.value_or("");
+  return os::Utf8FromWide(os::WideFromAnsi(*bytes));
 }
 
 Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::string& runDirectory,
@@ -231,7 +217,7 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
   if (planes.size() < ProcessNames.size() || planes[3].rank != 3 || planes.size() > PlaneLimit) {
     return Failure{"find the planes of page " + std::to_string(page), workDirectory, EINVAL};
   }
-  const std::string directory = runDirectory + "/" + PageName(page);
+  const std::string directory = runDirectory + "/" + pages::PageName(page);
   if (mkdir(directory.c_str(), 0777) != 0) return Failure{"mkdir", directory, errno};
   pages::PageInfo info = DescribePage(run, page);
   info.color =
@@ -245,9 +231,9 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
   }
   const std::string composite = workDirectory + "/" + PageDigits(page) + std::string(Extension);
   const PageSize size{info.width, info.height, 4};
-  const auto pictured = WritePreview(composite, size, directory + "/preview.png");
+  const auto pictured = WritePreview(composite, size, directory + "/" + pages::PreviewName);
   if (!pictured) return pictured.Error();
-  const auto picture = DescribeFile(directory, "preview.png");
+  const auto picture = pages::DescribeFile(directory, pages::PreviewName);
   if (!picture) return picture.Error();
   info.files.push_back(*picture);
   unlink(composite.c_str());

@@ -39,9 +39,9 @@ struct Cfm2Document {
 /// So many warnings are kept; a text full of unknown lines does not flood the job's log.
 inline constexpr std::size_t MaximumWarnings = 20;
 
-/// Reads a text. The entries point into `text`, which must outlive them. The failure's reason begins
-/// with "line N: ". A text with comments and no page is a document without entries; an empty text
-/// is a failure, because the library always writes its header lines.
+/// Reads a text. The entries point into `text`, which must outlive them. The failure's reason
+/// begins with "line N: ". A text with comments and no page is a document without entries; an empty
+/// text is a failure, because the library always writes its header lines.
 [[nodiscard]] Expected<Cfm2Document> ReadCfm2(std::string_view text);
 
 /// The page directory of an entry as a library path: the directory, a separator if it has none at

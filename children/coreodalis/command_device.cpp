@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,22 +10,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <filesystem>
-#include <random>
 #include <utility>
 
 #include "children/coreodalis/report.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::odalis {
 namespace {
 
 constexpr std::size_t TailBytes = 4096;
 constexpr std::size_t LastWordsLimit = 300;
-constexpr int DirectoryTries = 100;
 constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
 struct Pipe {
@@ -194,35 +188,25 @@ Expected<void> RunCommand(const std::vector<std::string>& words, const std::stri
   return running.Wait(timeoutSeconds);
 }
 
-CommandDirectory::CommandDirectory(std::string path, interpreter::Guardian& guardian)
-    : m_Path(std::move(path)), m_Guardian(&guardian) {}
-
-CommandDirectory::CommandDirectory(CommandDirectory&& other) noexcept
-    : m_Path(std::exchange(other.m_Path, {})), m_Guardian(other.m_Guardian) {}
-
 CommandDirectory::~CommandDirectory() {
-  if (m_Path.empty()) return;
-  std::error_code error;
-  std::filesystem::remove_all(m_Path, error);
-  if (error) ReportWarning(Describe(Failure{"remove", m_Path, error.value()}));
-  static_cast<void>(m_Guardian->Release(m_Path));
+  const std::string path = m_Directory.Path();
+  if (path.empty()) return;  // moved from
+  if (const auto removed = m_Directory.Remove(); !removed) {
+    ReportWarning(Describe(removed.Error()));
+  }
+  static_cast<void>(m_Guardian.Release(path));
 }
 
 Expected<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
-  std::string parent = os::EnvironmentValue("TMPDIR");
-  if (parent.empty() || parent.front() != '/') parent = "/tmp";
-  std::random_device random;
-  for (int attempt = 0; attempt < DirectoryTries; ++attempt) {
-    char name[64];
-    std::snprintf(name, sizeof name, "/rastrel-page-%08x%08x", random(), random());
-    const std::string path = parent + name;
-    if (!guardian.Guard(path)) return FailureOf("the guardian process is gone");
-    if (::mkdir(path.c_str(), 0700) == 0) return CommandDirectory(path, guardian);
-    const int error = errno;
-    static_cast<void>(guardian.Release(path));
-    if (error != EEXIST) return Failure{"mkdir", path, error};
-  }
-  return FailureOf("no free name for a directory in '" + parent + "'");
+  std::string guarded;
+  auto directory = os::PrivateDirectory::Make("rastrel-page-", [&](const std::string& path) {
+    guarded = path;
+    return guardian.Guard(path);
+  });
+  if (directory) return CommandDirectory(std::move(*directory), guardian);
+  static_cast<void>(guardian.Release(guarded));
+  if (directory.Error().error == ECANCELED) return FailureOf("the guardian process is gone");
+  return directory.Error();
 }
 
 }  // namespace rastrel::odalis

@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <set>
 #include <utility>
 
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/hex.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -23,16 +24,8 @@ constexpr std::size_t MaximumInks = 32;
 constexpr std::size_t MaximumInkName = 100;
 constexpr std::size_t MaximumOffset = 9'999'999'999u;  // ten digits in the table of offsets
 
-/// A number as the format wants it: no exponent, no locale, at most four digits behind the point.
-std::string Number(double value) {
-  char digits[64];
-  const auto [end, error] =
-      std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed, 4);
-  std::string text(digits, error == std::errc() ? end : digits);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (!text.empty() && text.back() == '.') text.pop_back();
-  return text;
-}
+/// A number as the format wants it: no exponent, no locale, at most four digits after the point.
+std::string Number(double value) { return os::ShortDecimal(value, 4); }
 
 /// Inks that a viewer without them shows in their own color; all others it shows as black.
 constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
@@ -40,7 +33,6 @@ constexpr std::size_t BlackInk = 3;
 
 /// A name as the format writes it: every byte that is no letter or digit as '#' and two digits.
 std::string Name(std::string_view text) {
-  constexpr char Digits[] = "0123456789ABCDEF";
   std::string name = "/";
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
@@ -49,8 +41,8 @@ std::string Name(std::string_view text) {
     if (plain) {
       name += character;
     } else {
-      (name += '#') += Digits[byte >> 4];
-      name += Digits[byte & 15];
+      name += '#';
+      os::AppendHex(name, byte, os::HexCase::Upper);
     }
   }
   return name;

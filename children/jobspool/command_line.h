@@ -2,9 +2,8 @@
 
 #include <span>
 #include <string>
-#include <variant>
 
-#include "interpreter/exit_status.h"
+#include "rastrel/platform/os/expected.h"
 
 /// The queue program: one file becomes what a conversion reads, or is measured.
 namespace rastrel::jobspool {
@@ -15,9 +14,8 @@ struct CommandLine {
   std::string file;      ///< native path
 };
 
-/// Reads the words behind the program's name. The order of the two options tells the task. Any
-/// other words are a failure with ExitStatus::BadInput.
-[[nodiscard]] std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
-    std::span<const char* const> arguments);
+/// Reads the words after the program's name. The order of the two options says the task. Any other
+/// words are a failure with the code BadInput.
+[[nodiscard]] Expected<CommandLine> ReadCommandLine(std::span<const char* const> arguments);
 
 }  // namespace rastrel::jobspool

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "children/jobspool/queue_run.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {
 
@@ -13,10 +13,8 @@ namespace rastrel::jobspool {
 /// without a header is separated, all its pages.
 ///
 /// Files of those names that lie there from before go first. All are put under guard and let go of
-/// in the last step, so nothing of a conversion that fails or is killed stays. What it returns is
-/// why it failed. `file` is native.
-[[nodiscard]] std::optional<interpreter::RunFailure> Convert(const std::string& file,
-                                                             const JobSource& source,
-                                                             const QueueContext& context);
+/// in the last step, so nothing of a conversion that fails or is killed stays. `file` is native.
+[[nodiscard]] Expected<void> Convert(const std::string& file, const JobSource& source,
+                                     const QueueContext& context);
 
 }  // namespace rastrel::jobspool

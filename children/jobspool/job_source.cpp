@@ -118,13 +118,12 @@ std::string Companion(const std::string& path, const std::string& suffix) {
   return path.substr(0, dot == path.npos || dot <= name ? path.size() : dot) + suffix;
 }
 
-std::variant<JobSource, interpreter::RunFailure> OpenJobSource(const std::string& path) {
+Expected<JobSource> OpenJobSource(const std::string& path) {
   JobSource source;
   source.header = ReadJobHeader(ReadHead(path));
   auto opened = interpreter::OpenJob(path, source.header.length);
-  if (auto* const failure = std::get_if<interpreter::RunFailure>(&opened))
-    return std::move(*failure);
-  source.job = std::move(std::get<interpreter::JobFile>(opened));
+  if (!opened) return opened.Error();
+  source.job = std::move(*opened);
   source.title = AsUtf8(FileStem(path));
   interpreter::JobLayout& layout = source.job.layout;
   if (layout.kind == interpreter::JobKind::Pdf) {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "interpreter/reporter.h"
+#include "children/shared/reporter.h"
 
 namespace rastrel::jobspool {
 namespace {
@@ -76,7 +76,7 @@ std::string FormatPageRecords(const PageMeasure& page, const std::string& name, 
   const auto record = [&](const char* keyword, const std::string& value) {
     text.append("QRAST:").append(keyword).append(" ").append(value).append("\n");
   };
-  record("name", interpreter::OneLine(name));
+  record("name", children::OneLine(name));
   record("bits", "24");
   record("npls", "3");
   record("xdpi", dots);

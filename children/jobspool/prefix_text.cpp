@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::jobspool {
@@ -22,14 +23,7 @@ std::string Number(double value) {
   return error == std::errc() ? std::string(digits.data(), end) : "0";
 }
 
-std::string HexText(std::string_view bytes) {
-  std::string text = "<";
-  for (const char byte : bytes) {
-    text += "0123456789abcdef"[static_cast<unsigned char>(byte) >> 4];
-    text += "0123456789abcdef"[static_cast<unsigned char>(byte) & 15U];
-  }
-  return text + ">";
-}
+std::string HexText(std::string_view bytes) { return "<" + os::HexFromBytes(bytes) + ">"; }
 
 std::string CutLines(const std::vector<CutLine>& lines) {
   std::string text;

@@ -4,8 +4,9 @@
 #include <utility>
 
 #include "host/document/measure_text.h"
-#include "host/graphics/eps_conversion.h"
 #include "host/graphics/picture_kinds.h"
+#include "interpreter/interpreter.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
 
@@ -51,8 +52,8 @@ bool IsEps(std::string_view bytes) {
 }
 
 os::ExpectedOr<std::unique_ptr<Picture>, std::wstring> OpenEps(const std::string& bytes) {
-  auto converted = PdfFromEps(bytes);
-  if (!converted) return converted.Error();
+  auto converted = interpreter::PdfFromEps(bytes);
+  if (!converted) return os::WideFromUtf8(Describe(converted.Error()));
   return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
 }
 

@@ -13,7 +13,7 @@
 
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/flatten.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -95,8 +95,8 @@ class QueueCut : public ::testing::Test {
     return Decode(m_Bench.RipDirectory() + "/vkaaaaaa.cut");
   }
 
-  QueueBench m_Bench;
-  Outcome m_Outcome;
+  QueueFixture m_Bench;
+  ProgramRun m_Outcome;
 };
 
 TEST_F(QueueCut, a_path_stands_in_centimetres_below_the_top_left_corner) {

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "rastrel/platform/os/file.h"
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {

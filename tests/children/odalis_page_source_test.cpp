@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {

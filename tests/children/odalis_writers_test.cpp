@@ -10,7 +10,7 @@
 
 #include "children/coreodalis/image.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -98,6 +98,31 @@ TEST(TiffWriter, each_color_model_can_be_read_back) {
     EXPECT_DOUBLE_EQ(picture.xResolution, 150);
     EXPECT_DOUBLE_EQ(picture.yResolution, 75);
   }
+}
+
+// By docs/formats/devices.md: readers of these files rely on it.
+TEST(TiffWriter, is_lzw_with_differences_in_strips_of_about_64_kib) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.tif";
+  ASSERT_EQ(Write(devices::FileFormat::Tiff, path,
+                  ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"}, 1000, 100)),
+            "");
+  TIFF* const file = TIFFOpen(path.c_str(), "r");
+  ASSERT_NE(file, nullptr);
+  const auto value = [file](std::uint32_t tag) {
+    std::uint16_t number = 0;
+    TIFFGetField(file, tag, &number);
+    return number;
+  };
+  EXPECT_EQ(value(TIFFTAG_COMPRESSION), COMPRESSION_LZW);
+  EXPECT_EQ(value(TIFFTAG_PREDICTOR), PREDICTOR_HORIZONTAL);
+  EXPECT_EQ(value(TIFFTAG_PLANARCONFIG), PLANARCONFIG_CONTIG);
+  EXPECT_EQ(value(TIFFTAG_RESOLUTIONUNIT), RESUNIT_INCH);
+  EXPECT_EQ(value(TIFFTAG_BITSPERSAMPLE), 8);
+  std::uint32_t rows = 0;
+  TIFFGetField(file, TIFFTAG_ROWSPERSTRIP, &rows);
+  EXPECT_EQ(rows, 21U);  // of 3,000 bytes each: 65,536 hold that many whole ones
+  TIFFClose(file);
 }
 
 TEST(TiffWriter, a_picture_that_may_pass_four_gigabytes_becomes_a_big_tiff) {

@@ -1,10 +1,12 @@
-#include "interpreter/reporter.h"
+#include "children/shared/reporter.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 
 #include "rastrel/platform/os/file.h"
 
-namespace rastrel::interpreter {
+namespace rastrel::children {
 namespace {
 
 constexpr std::size_t LineLimit = 2000;
@@ -28,6 +30,21 @@ void Reporter::Warning(std::string_view text) { WriteLine("WARNING: ", text); }
 
 void Reporter::Error(std::string_view text) { WriteLine("ERROR: ", text); }
 
+void Reporter::Error(const Failure& failure) { Error(Describe(failure) + "."); }
+
+void Reporter::StateReached(interpreter::RunState state) {
+  switch (state) {
+    case interpreter::RunState::Interpreting:
+      Info("READY");
+      Info("INTERPRETING");
+      break;
+    case interpreter::RunState::Converting: Info("CONVERTING"); break;
+    case interpreter::RunState::Spooling: Info("SPOOLING"); break;
+  }
+}
+
+int Reporter::Pipe() const { return STDERR_FILENO; }
+
 void Reporter::Progress(unsigned percent) {
   if (percent <= m_Percent || percent > 100) return;
   m_Percent = percent;
@@ -48,4 +65,4 @@ void Reporter::Text(std::string_view line) {
   }
 }
 
-}  // namespace rastrel::interpreter
+}  // namespace rastrel::children

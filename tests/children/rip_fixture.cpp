@@ -1,4 +1,4 @@
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -17,8 +17,7 @@
 #include <sstream>
 #include <thread>
 
-#include "interpreter/ghostscript.h"
-#include "interpreter/page_directory.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/cfm/cfm2.h"
 #include "rastrel/cfm/cfm_page.h"
 #include "rastrel/platform/os/path.h"
@@ -70,7 +69,7 @@ Started Start(const std::string& directory, std::vector<std::string> arguments,
 }
 
 // Reads both pipes to their ends.
-void Drain(const Started& started, Outcome& outcome) {
+void Drain(const Started& started, ProgramRun& outcome) {
   std::array<pollfd, 2> entries{{{started.output, POLLIN, 0}, {started.reports, POLLIN, 0}}};
   std::array<std::string*, 2> targets{&outcome.output, &outcome.reports};
   std::vector<char> buffer(65536);
@@ -105,7 +104,7 @@ bool Concerns(const fs::path& process, const std::string& root) {
 
 }  // namespace
 
-bool Outcome::Says(const std::string& line) const {
+bool ProgramRun::Says(const std::string& line) const {
   return ("\n" + reports).find("\n" + line + "\n") != std::string::npos;
 }
 
@@ -144,7 +143,7 @@ int PlaneSample(const std::string& path, unsigned x, unsigned y) {
   return row.at(x);
 }
 
-RipBench::RipBench(const std::string& rootName) : m_Root(m_Scratch.Path(rootName)) {
+RipFixture::RipFixture(const std::string& rootName) : m_Root(m_Scratch.Path(rootName)) {
   fs::create_directories(RipDirectory());
   fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/corerast.exe",
                 RipDirectory() + "/corerast.exe");
@@ -154,15 +153,15 @@ RipBench::RipBench(const std::string& rootName) : m_Root(m_Scratch.Path(rootName
                    "HOME=" + os::EnvironmentValue("HOME")};
 }
 
-RipBench::~RipBench() = default;
+RipFixture::~RipFixture() = default;
 
-std::string RipBench::File(const std::string& name, const std::string& content) const {
+std::string RipFixture::File(const std::string& name, const std::string& content) const {
   m_Scratch.Write(name, content);
   return m_Scratch.Path(name);
 }
 
-std::string RipBench::Prefix(const std::string& mode, const std::string& printer,
-                             const std::string& more) const {
+std::string RipFixture::Prefix(const std::string& mode, const std::string& printer,
+                               const std::string& more) const {
   std::string text = "\nserverdict begin 0 exitserver\n\n\n%%Title: job12\n\n";
   if (!printer.empty()) {
     text += "\n% -- Printer Selection Override --\n%\n(" + printer +
@@ -189,27 +188,27 @@ std::string RipBench::Prefix(const std::string& mode, const std::string& printer
   return File("job.psp", text);
 }
 
-void RipBench::Set(const std::string& name, const std::string& value) {
+void RipFixture::Set(const std::string& name, const std::string& value) {
   std::erase_if(m_Environment, [&](const std::string& e) { return e.starts_with(name + "="); });
   m_Environment.push_back(name + "=" + value);
 }
 
-Outcome RipBench::Run(std::vector<std::string> paths) const {
+ProgramRun RipFixture::Run(std::vector<std::string> paths) const {
   return RunRip(std::move(paths), std::nullopt);
 }
 
-Outcome RipBench::RunAndKill(std::vector<std::string> paths, unsigned microseconds) const {
+ProgramRun RipFixture::RunAndKill(std::vector<std::string> paths, unsigned microseconds) const {
   return RunRip(std::move(paths), microseconds);
 }
 
-Outcome RipBench::RunRip(std::vector<std::string> paths,
-                         std::optional<unsigned> microseconds) const {
+ProgramRun RipFixture::RunRip(std::vector<std::string> paths,
+                              std::optional<unsigned> microseconds) const {
   paths.insert(paths.begin(), {RipDirectory() + "/corerast.exe", "-M", "-Q", "-m128"});
   return RunProgram(std::move(paths), microseconds);
 }
 
-Outcome RipBench::RunProgram(std::vector<std::string> words,
-                             std::optional<unsigned> killAfterMicroseconds, int signal) const {
+ProgramRun RipFixture::RunProgram(std::vector<std::string> words,
+                                  std::optional<unsigned> killAfterMicroseconds, int signal) const {
   const Started started = Start(RipDirectory(), std::move(words), m_Environment);
   std::jthread killer;
   if (killAfterMicroseconds) {
@@ -218,7 +217,7 @@ Outcome RipBench::RunProgram(std::vector<std::string> words,
       kill(process, signal);  // not waited for yet, so the number is still its own
     });
   }
-  Outcome outcome;
+  ProgramRun outcome;
   Drain(started, outcome);
   if (killer.joinable()) killer.join();
   int status = 0;
@@ -228,9 +227,9 @@ Outcome RipBench::RunProgram(std::vector<std::string> words,
   return outcome;
 }
 
-Outcome RipBench::RunAndLeave(std::vector<std::string> words, const std::string& text) const {
+ProgramRun RipFixture::RunAndLeave(std::vector<std::string> words, const std::string& text) const {
   const Started started = Start(RipDirectory(), std::move(words), m_Environment);
-  Outcome outcome;
+  ProgramRun outcome;
   std::vector<char> buffer(4096);
   while (outcome.reports.find(text) == std::string::npos) {
     const ssize_t count = read(started.reports, buffer.data(), buffer.size());
@@ -246,7 +245,7 @@ Outcome RipBench::RunAndLeave(std::vector<std::string> words, const std::string&
   return outcome;
 }
 
-std::vector<std::string> RipBench::PagesOf(const std::string& pageList) {
+std::vector<std::string> RipFixture::PagesOf(const std::string& pageList) {
   CCFM2 document;
   document.m_Text = os::WideFromUtf8(pageList);
   std::vector<std::string> pages;
@@ -259,7 +258,7 @@ std::vector<std::string> RipBench::PagesOf(const std::string& pageList) {
   return pages;
 }
 
-std::vector<std::string> RipBench::Remains() const {
+std::vector<std::string> RipFixture::Remains() const {
   const fs::path top = RipDirectory() + "/System/c-out";
   std::vector<std::string> names;
   std::error_code error;
@@ -269,7 +268,7 @@ std::vector<std::string> RipBench::Remains() const {
   return names;
 }
 
-std::vector<std::string> RipBench::Processes() const {
+std::vector<std::string> RipFixture::Processes() const {
   std::vector<std::string> found;
   // The guardian closes its pipes in the course of its end, so it may be seen for a moment more.
   for (int attempt = 0; attempt < 100; ++attempt) {
@@ -296,7 +295,7 @@ pages::PageInfo CheckedInfo(const std::string& pageDirectory) {
     return {};
   }
   for (const pages::PageFile& file : info->files) {
-    const auto present = interpreter::DescribeFile(pageDirectory, file.name);
+    const auto present = pages::DescribeFile(pageDirectory, file.name);
     if (!present) {
       ADD_FAILURE() << Describe(present.Error());
       continue;

@@ -1,4 +1,4 @@
-#include "interpreter/cfm2_writer.h"
+#include "children/corerast/page_list.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include "rastrel/platform/os/text.h"
 #include "tests/support/library_fixture.h"
 
-namespace rastrel::interpreter {
+namespace rastrel::corerast {
 namespace {
 
 const std::vector<ListedPage> TwoPages{{"run-1", "/srv/pages/run/", "p0001"},
@@ -56,4 +56,4 @@ TEST(PlainValue, holds_no_keyword_comment_or_control_character) {
 }
 
 }  // namespace
-}  // namespace rastrel::interpreter
+}  // namespace rastrel::corerast

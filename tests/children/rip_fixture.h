@@ -13,7 +13,7 @@
 namespace rastrel::corerast::testing {
 
 /// A run's end as the library would see it.
-struct Outcome {
+struct ProgramRun {
   bool byItself = false;  ///< it called exit
   int status = 0;         ///< exit status, or the signal's number
   std::string output;     ///< standard output to its end
@@ -39,10 +39,10 @@ struct Pixels {
 [[nodiscard]] int PlaneSample(const std::string& path, unsigned x, unsigned y);
 
 /// A data root, in a directory of that name below a temporary one, with the RIP installed.
-class RipBench {
+class RipFixture {
  public:
-  explicit RipBench(const std::string& rootName = "root");
-  ~RipBench();
+  explicit RipFixture(const std::string& rootName = "root");
+  ~RipFixture();
 
   /// Native path of the data root.
   [[nodiscard]] const std::string& Root() const { return m_Root; }
@@ -59,29 +59,30 @@ class RipBench {
   void Set(const std::string& name, const std::string& value);
 
   /// Runs the RIP on these paths to the end of its pipes.
-  [[nodiscard]] Outcome Run(std::vector<std::string> paths) const;
+  [[nodiscard]] ProgramRun Run(std::vector<std::string> paths) const;
   /// The same, killed that many microseconds after its start if it still runs then.
-  [[nodiscard]] Outcome RunAndKill(std::vector<std::string> paths, unsigned microseconds) const;
+  [[nodiscard]] ProgramRun RunAndKill(std::vector<std::string> paths, unsigned microseconds) const;
 
   /// Runs another program of the data root, with its words, in the same ways.
-  [[nodiscard]] Outcome RunProgram(std::vector<std::string> words,
-                                   std::optional<unsigned> killAfterMicroseconds = {},
-                                   int signal = 9) const;
+  [[nodiscard]] ProgramRun RunProgram(std::vector<std::string> words,
+                                      std::optional<unsigned> killAfterMicroseconds = {},
+                                      int signal = 9) const;
 
   /// Runs a program in the same way and stops to read what it writes, as a host that was killed, as
   /// soon as its reports hold that text. Gives how the program ended, with the reports so far.
-  [[nodiscard]] Outcome RunAndLeave(std::vector<std::string> words, const std::string& text) const;
+  [[nodiscard]] ProgramRun RunAndLeave(std::vector<std::string> words,
+                                       const std::string& text) const;
 
   /// Native directories of the pages that a page list names, by the library's own reader.
   [[nodiscard]] static std::vector<std::string> PagesOf(const std::string& pageList);
   /// Paths below "System/c-out", relative to it.
   [[nodiscard]] std::vector<std::string> Remains() const;
-  /// Ids and names of living processes that this bench's runs have started.
+  /// Ids and names of living processes that this fixture's runs have started.
   [[nodiscard]] std::vector<std::string> Processes() const;
 
  private:
-  [[nodiscard]] Outcome RunRip(std::vector<std::string> paths,
-                               std::optional<unsigned> microseconds) const;
+  [[nodiscard]] ProgramRun RunRip(std::vector<std::string> paths,
+                                  std::optional<unsigned> microseconds) const;
 
   test::ScratchDirectory m_Scratch;
   std::string m_Root;

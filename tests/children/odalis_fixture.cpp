@@ -1,4 +1,4 @@
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 #include <fcntl.h>
 #include <png.h>

@@ -1,4 +1,4 @@
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -28,25 +28,25 @@ std::vector<double> Records::Box() const {
   return {left * 72., bottom * 72., (double{left} + width) * 72, (double{bottom} + height) * 72};
 }
 
-QueueBench::QueueBench() {
+QueueFixture::QueueFixture() {
   fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/JobSpool.exe", Program());
 }
 
-std::string QueueBench::Job(const std::string& name, const std::string& content) const {
+std::string QueueFixture::Job(const std::string& name, const std::string& content) const {
   const std::string path = RipDirectory() + "/" + name;
   std::ofstream(path, std::ios::binary) << content;
   return path;
 }
 
-Outcome QueueBench::Convert(const std::string& file) const {
+ProgramRun QueueFixture::Convert(const std::string& file) const {
   return RunProgram({Program(), "-ps", "-q", file});
 }
 
-Outcome QueueBench::MeasureFile(const std::string& file) const {
+ProgramRun QueueFixture::MeasureFile(const std::string& file) const {
   return RunProgram({Program(), "-q", "-ps", file});
 }
 
-std::vector<std::string> QueueBench::Leftovers() const {
+std::vector<std::string> QueueFixture::Leftovers() const {
   std::vector<std::string> names = Remains();
   for (const auto& entry : fs::directory_iterator(RipDirectory())) {
     const std::string name = entry.path().filename().string();
@@ -61,7 +61,7 @@ std::string Header(const std::string& lines) {
          "%#End Job\r\n";
 }
 
-Records RecordsOf(const Outcome& outcome) {
+Records RecordsOf(const ProgramRun& outcome) {
   Records records;
   std::istringstream lines(outcome.reports);
   for (std::string line; std::getline(lines, line);) {

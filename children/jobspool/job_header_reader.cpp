@@ -1,4 +1,4 @@
-#include "children/jobspool/job_header.h"
+#include "children/jobspool/job_header_reader.h"
 
 #include <algorithm>
 #include <charconv>

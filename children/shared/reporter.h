@@ -3,14 +3,21 @@
 #include <string>
 #include <string_view>
 
-namespace rastrel::interpreter {
+#include "interpreter/interpreter.h"
+#include "rastrel/platform/os/expected.h"
 
-/// Writes report lines to standard error, one whole line a write. A text never breaks its line.
-class Reporter {
+namespace rastrel::children {
+
+/// Writes report lines to standard error, one whole line a write
+/// (docs/formats/stderr-protocol.md), of a run of the interpreter too. A text never breaks its
+/// line.
+class Reporter : public interpreter::RunListener {
  public:
   void Info(std::string_view keyword);
   void Warning(std::string_view text);
   void Error(std::string_view text);
+  /// The failure as a sentence, with its full stop.
+  void Error(const Failure& failure);
   /// A percentage from 1 to 100. Only one that is higher than the last is written.
   void Progress(unsigned percent);
   /// That a page is complete, counted from 1.
@@ -24,6 +31,14 @@ class Reporter {
 
   static constexpr std::size_t TextLimit = 262144;
 
+  void StateReached(interpreter::RunState state) override;
+  void Progressed(unsigned percent) override { Progress(percent); }
+  void PageMade(unsigned number) override { Page(number); }
+  void Warned(const std::string& sentence) override { Warning(sentence); }
+  void Noted(const std::string& text) override { Note(text); }
+  void Printed(const std::string& line) override { Text(line); }
+  [[nodiscard]] int Pipe() const override;
+
  private:
   unsigned m_Percent = 0;
   std::size_t m_TextBytes = 0;
@@ -33,4 +48,4 @@ class Reporter {
 /// drops what follows a zero byte.
 [[nodiscard]] std::string OneLine(std::string_view text);
 
-}  // namespace rastrel::interpreter
+}  // namespace rastrel::children

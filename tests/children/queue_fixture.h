@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 /// What the queue program's tests share: a data root with the program in it, and its runs.
 namespace rastrel::jobspool::testing {
 
-using corerast::testing::Outcome;
+using corerast::testing::ProgramRun;
 
 /// The records of a run that measures, and their values as a reader takes them.
 struct Records {
@@ -21,16 +21,16 @@ struct Records {
 };
 
 /// A data root with RIP and queue program.
-class QueueBench : public corerast::testing::RipBench {
+class QueueFixture : public corerast::testing::RipFixture {
  public:
-  QueueBench();
+  QueueFixture();
 
   [[nodiscard]] std::string Program() const { return Root() + "/Queue/JobSpool.exe"; }
   /// Makes a file in the RIP's directory, where the library puts those that it hands over.
   std::string Job(const std::string& name, const std::string& content) const;
 
-  [[nodiscard]] Outcome Convert(const std::string& file) const;
-  [[nodiscard]] Outcome MeasureFile(const std::string& file) const;
+  [[nodiscard]] ProgramRun Convert(const std::string& file) const;
+  [[nodiscard]] ProgramRun MeasureFile(const std::string& file) const;
 
   /// Every path below the RIP's directory but its programs and System, and all below c-out.
   [[nodiscard]] std::vector<std::string> Leftovers() const;
@@ -40,7 +40,7 @@ class QueueBench : public corerast::testing::RipBench {
 [[nodiscard]] std::string Header(const std::string& lines = {});
 
 /// The records among a run's reports.
-[[nodiscard]] Records RecordsOf(const Outcome& outcome);
+[[nodiscard]] Records RecordsOf(const ProgramRun& outcome);
 
 /// A file of the shared corpus, "eps/name.eps"; empty where the corpus is not there. It is looked
 /// for in RASTREL_TEST_CORPUS, else beside the source tree.
