@@ -38,6 +38,9 @@ TEST(EpsConversion, a_file_becomes_a_pdf) {
   EXPECT_TRUE(converted->starts_with("%PDF-"));
 }
 
+// "For at most a minute" (docs/formats/pictures.md).
+TEST(EpsConversion, a_file_has_a_minute_by_default) { EXPECT_EQ(EpsLimits().time, 60s); }
+
 TEST(EpsConversion, an_error_in_the_file_is_told_in_the_interpreters_words) {
   EXPECT_TRUE(Says(Refusal(EpsFile("nonsense\n")), "Error: /undefined in nonsense"));
 }
