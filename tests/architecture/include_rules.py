@@ -24,14 +24,14 @@ def read_rules(file):
     return rules
 
 
-def read_doors(file):
+def read_open_headers(file):
     """The headers that are open to other folders, of the folders that don't open all of theirs."""
-    doors = {}
+    open_headers = {}
     for line in sources.table(file):
         if "=" in line:
             folder, headers = line.split("=")
-            doors[folder.strip()] = headers.split()
-    return doors
+            open_headers[folder.strip()] = headers.split()
+    return open_headers
 
 
 def circles(rules):
@@ -56,10 +56,10 @@ def folder_of(file, rules):
     return None
 
 
-def check(root, rules, doors=None):
-    doors = doors or {}
+def check(root, rules, open_headers=None):
+    open_headers = open_headers or {}
     faults = circles(rules)
-    for folder, headers in doors.items():
+    for folder, headers in open_headers.items():
         faults += [f"{header}: open to other folders, and not there"
                    for header in headers if not (pathlib.Path(root) / header).is_file()]
     for file in sources.files(root, sources.EVERYTHING):
@@ -81,8 +81,9 @@ def check(root, rules, doors=None):
             other = folder_of(name, rules)
             if other != own and other not in rules[own] and "*" not in rules[own]:
                 faults.append(f"{file}:{line}: {own} may not include {name}")
-            elif other != own and own not in INSIDERS and name not in doors.get(other, [name]):
-                faults.append(f"{file}:{line}: {name} is open to {other} only")
+            elif (other != own and own not in INSIDERS
+                  and name not in open_headers.get(other, [name])):
+                faults.append(f"{file}:{line}: {name} is not open to other folders")
     return faults
 
 
@@ -90,7 +91,7 @@ def main():
     root = sys.argv[1]
     table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
     count = len(sources.files(root, sources.EVERYTHING))
-    sources.finish(check(root, read_rules(table), read_doors(table)), f"{count} files keep to the include rules")
+    sources.finish(check(root, read_rules(table), read_open_headers(table)), f"{count} files keep to the include rules")
 
 
 if __name__ == "__main__":
