@@ -56,7 +56,7 @@ class SegmentWriter {
         m_YScale(PointsPerInch / info.yResolution),
         m_Height(info.height) {}
 
-  // False if the text is none of the prolog's making. The judge, if there is one, is told all
+  // False if the text is none of the prolog's making. The judge, if there is one, gets all
   // points that lines are made of.
   bool Add(std::string_view text, ClipJudge* judge) {
     SegmentReader reader(text);
@@ -79,7 +79,7 @@ class SegmentWriter {
       if (!m_Drawing) return;
       m_Lines += "h\n";
       m_Closed.back() = '1';
-      m_Drawing = false;  // what follows without a move begins where this part began
+      m_Drawing = false;  // a part without a move begins where this one began
       return;
     }
     if (!m_Drawing) Begin(judge);
@@ -221,7 +221,7 @@ void CutPaths::Append(std::string_view text) {
   }
 }
 
-// Capital letters begin something; what stands before the first one belongs to what is open.
+// Capital letters begin an item; the text before the first one belongs to the open item.
 void CutPaths::TakePiece(std::string_view piece) {
   while (!piece.empty()) {
     const std::size_t next = piece.find_first_of("SFETKX");

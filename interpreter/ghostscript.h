@@ -16,7 +16,7 @@
 /// The one place where an interpreter is started, whatever it is to do.
 namespace rastrel::interpreter {
 
-/// What an interpreter is started with. Descriptors stay the caller's.
+/// The start of one interpreter. Descriptors stay the caller's.
 struct GhostscriptRequest {
   std::string program;  ///< as FindGhostscript found it
   /// Its arguments after those that every interpreter gets, which make it quiet, safe, and end
@@ -24,7 +24,7 @@ struct GhostscriptRequest {
   std::vector<std::string> arguments;
   std::string temporary;  ///< its directory for temporary files, as it is to see it
   std::string directory;  ///< native working directory; empty: this process's own
-  /// The element at n becomes its descriptor n; -1 stands for /dev/null. No other is passed on.
+  /// The element at n becomes its descriptor n; -1 means /dev/null. No other is passed on.
   /// Without a guardian there are three.
   std::vector<int> descriptors;
   std::uint64_t fileSizeLimit = 0;   ///< bytes of any one file; 0: none. With a guardian only.

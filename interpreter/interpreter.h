@@ -13,8 +13,9 @@
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
-/// The room of the interpreter, which is Ghostscript: it is found, started, fed, limited, watched
-/// and read here and nowhere else. Two kinds of work are offered:
+/// The interpreter, which is Ghostscript as a process: it is found, started, fed, limited, watched
+/// and read in this folder and nowhere else, and this is the folder's header for all others. Two
+/// kinds of work are offered:
 ///
 /// - *Runs*, for child programs: a job, perhaps with a prefix, becomes page directories or a
 ///   measure. The interpreter works in a RunDirectory, runs the RIP's prolog, reports through a
@@ -23,8 +24,8 @@
 ///   temporary directory that is gone afterwards.
 ///
 /// Every interpreter is in its safer mode, gets a cleaned environment, no descriptor but those that
-/// it needs, and an end: a limit on time at least. Paths are native. Nothing here writes to a
-/// standard stream of the process.
+/// it needs, and an end: a limit on time at least. Paths are native. Neither runs nor tasks write
+/// to a standard stream of the process.
 namespace rastrel::interpreter {
 
 /// Native path of the interpreter's program, "gs" on $PATH, or empty if there is none.
@@ -59,7 +60,7 @@ class RunListener {
   [[nodiscard]] virtual int Pipe() const { return -1; }
 };
 
-/// What a run works on. Owns its files.
+/// The job and the limits of one run. Owns its files.
 struct RunRequest {
   std::string ripDirectory;   ///< holds System/prolog and System/pmodes
   std::string title;          ///< of the job, for the pages' descriptions; UTF-8
@@ -84,9 +85,9 @@ struct RunRequest {
                                            RunListener& listener, Guardian& guardian);
 
 /// Makes a page directory of the job's first page, whether the job ends that page or not. EPS is
-/// not cropped, and a PDF has its crop box for a page. Whatever else the job would do is not waited
-/// for. Returns the number of page directories, which is more than 1 only if a job that is
-/// separated put out several pages at once. Fails as PrintPages.
+/// not cropped, and a PDF has its crop box for a page. The rest of the job is not waited for.
+/// Returns the number of page directories, which is more than 1 only if a job that is separated put
+/// out several pages at once. Fails as PrintPages.
 [[nodiscard]] Expected<unsigned> PrintFirstPage(RunRequest request, const RunDirectory& directory,
                                                 RunListener& listener, Guardian& guardian);
 
@@ -107,11 +108,11 @@ struct PageArea {
 /// A short task: paints all pages of a file at a low resolution, one plane for each color, and
 /// returns the names of the planes besides the four process colors that hold ink; UTF-8, sorted,
 /// each once. `area` is the page of a file that sets none, and chooses the resolution. It may take
-/// 60 seconds. The failure is a text for the user; REQUIRES: FindGhostscript() is not empty.
+/// 60 seconds. The failure is a text for the user. REQUIRES: FindGhostscript() is not empty.
 [[nodiscard]] Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
                                                               const std::optional<PageArea>& area);
 
-/// What the conversion of one EPS file may use.
+/// The limits of one EPS file's conversion.
 struct EpsLimits {
   std::chrono::milliseconds time{60'000};
   std::size_t bytes = std::size_t{256} << 20;          ///< of the PDF

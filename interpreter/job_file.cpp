@@ -21,20 +21,6 @@ struct OpenFile {
   std::uint64_t size = 0;
 };
 
-std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
-  std::string text(count, '\0');
-  std::size_t filled = 0;
-  while (filled < count) {
-    const ssize_t got =
-        pread(file, text.data() + filled, count - filled, static_cast<off_t>(offset + filled));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    filled += static_cast<std::size_t>(got);
-  }
-  text.resize(filled);
-  return text;
-}
-
 Failure Refused(const std::string& sentence) { return FailureOf(sentence, FailureCode::BadInput); }
 
 // Opened without waiting, since the name could be a pipe's. `role` is "job" or "prefix".
@@ -62,18 +48,32 @@ bool SetsCutColor(std::string_view prefix) {
 
 }  // namespace
 
+std::string ReadPart(int file, std::uint64_t offset, std::size_t count) {
+  std::string text(count, '\0');
+  std::size_t filled = 0;
+  while (filled < count) {
+    const ssize_t got =
+        pread(file, text.data() + filled, count - filled, static_cast<off_t>(offset + filled));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    filled += static_cast<std::size_t>(got);
+  }
+  text.resize(filled);
+  return text;
+}
+
 Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
   auto opened = Open("job", path);
   if (!opened) return opened.Error();
   auto& [file, size] = *opened;
   start = std::min(start, size);
-  JobLayout layout = FindJobLayout(ReadAt(file.Get(), start, JobHeadSize), size - start);
+  JobLayout layout = FindJobLayout(ReadPart(file.Get(), start, JobHeadSize), size - start);
   layout.offset += start;
   if (layout.section) {
     const auto length =
         static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
     const std::uint64_t section = layout.offset;
-    layout = FindJobLayout(ReadAt(file.Get(), section, length), layout.length);
+    layout = FindJobLayout(ReadPart(file.Get(), section, length), layout.length);
     layout.offset += section;
   }
   if (layout.kind == JobKind::Unknown) {
@@ -82,7 +82,7 @@ Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
   if (layout.wrapped) {
     const std::uint64_t tail = std::min(TailSize, layout.length);
     layout.length -= WrapperLength(
-        ReadAt(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
+        ReadPart(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
   }
   return JobFile{std::move(file), layout};
 }
@@ -90,7 +90,7 @@ Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
 Expected<PrefixFile> OpenPrefix(const std::string& path) {
   auto opened = Open("prefix", path);
   if (!opened) return opened.Error();
-  const std::string head = ReadAt(opened->file.Get(), 0, JobHeadSize);
+  const std::string head = ReadPart(opened->file.Get(), 0, JobHeadSize);
   return PrefixFile{std::move(opened->file), FindTitle(head), SetsCutColor(head)};
 }
 

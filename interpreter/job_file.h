@@ -21,10 +21,14 @@ struct PrefixFile {
   bool setsCutColor = false;  ///< it has a line that sets one
 };
 
-/// Opens a job, given by its native path, and finds out what it holds from byte `start` on; offsets
-/// count from the file's beginning all the same. It fails if the file can't be read, is no regular
-/// one, or holds neither PostScript nor PDF: a sentence without its full stop, with the code
-/// BadInput.
+/// Reads up to `count` bytes of an open file from `offset` on. Fewer at its end, or where it can't
+/// be read.
+[[nodiscard]] std::string ReadPart(int file, std::uint64_t offset, std::size_t count);
+
+/// Opens a job, given by its native path, and finds its kind and extent from byte `start` on;
+/// offsets count from the file's beginning all the same. It fails if the file can't be read, is no
+/// regular one, or holds neither PostScript nor PDF: a sentence without its full stop, with the
+/// code BadInput.
 [[nodiscard]] Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start = 0);
 
 /// Opens a prefix, given by its native path. It fails in the same way, if it can't be read or is no

@@ -19,14 +19,14 @@ namespace rastrel::interpreter {
 
 class CutPaths;
 
-/// What all pages of a run have in common.
+/// The common part of a run's pages.
 struct RunDescription {
   std::string job;      ///< title; UTF-8
   std::string printer;  ///< as the prefix selected it
   std::string mode;     ///< "FOLDER/NAME"
   double xResolution = 72;
   double yResolution = 72;
-  /// What becomes of the samples of planes with these names, whose levels the interpreter leaves.
+  /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.
   std::map<std::string, std::array<std::uint8_t, 256>> transfers;
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };

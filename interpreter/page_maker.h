@@ -14,7 +14,7 @@
 
 namespace rastrel::interpreter {
 
-/// What becomes of a run's pages.
+/// The treatment of a run's pages.
 struct PageTask {
   bool keeps = true;  ///< they become directories; else they are counted only
   unsigned maximum = std::numeric_limits<unsigned>::max();  ///< pages that are wanted
@@ -28,7 +28,7 @@ class PageMaker : public PageReceiver {
   PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
             RunListener& listener, RunFailure& failure);
 
-  /// What the pages' descriptions say; reports fill it in.
+  /// The common part of the pages' descriptions; reports fill it in.
   [[nodiscard]] RunDescription& Description() { return m_Description; }
   [[nodiscard]] CutPaths& Cuts() { return m_Cuts; }
 

@@ -76,7 +76,7 @@ bool RipRun::Step() {
   if (m_Failure || HasEnough() || !streaming) return false;
   if (!Poll()) return false;
   if (const auto checked = m_Watch->CheckFiles(); !checked) return m_Failure.Set(checked.Error());
-  // What was reported before a pixel was written stands in the pipe when the pixel has been read,
+  // A report that was written before a pixel is in its pipe when the pixel has been read,
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
   if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
@@ -147,7 +147,7 @@ bool RipRun::TakePixels() {
     // A stream that ends within a page is judged with the interpreter's end, which has the reason.
     static_cast<void>(m_Stream.Finish());
     m_Interpreter->pixels.Reset();
-  } else if (!m_Stream.Add(std::span(m_Pixels).first(count)) && !m_Stream.Problem().empty()) {
+  } else if (!m_Stream.Add(std::span(m_Pixels).first(count)) && !m_Stream.Reason().empty()) {
     FailOnPixels();
   }
   return !m_Failure;
@@ -172,10 +172,10 @@ void RipRun::ShowProgress() {
 }
 
 void RipRun::FailOnPixels() {
-  m_Failure.Set(FailureOf("The interpreter's pixels can't be read: " + m_Stream.Problem()));
+  m_Failure.Set(FailureOf("The interpreter's pixels can't be read: " + m_Stream.Reason()));
 }
 
-// What the interpreter's end means, if nothing went wrong before.
+// Finds the result in the way that the interpreter ended, unless the run has failed before.
 void RipRun::JudgeEnd() {
   const auto end = m_Interpreter->process.Wait();
   if (m_Failure || HasEnough()) return;
@@ -208,7 +208,7 @@ void RipRun::JudgeStatus(const ProcessEnd& end) {
     m_Failure.Set(FailureOf(
         error.empty() ? "Ghostscript could not interpret the job" : "PostScript error: " + error,
         FailureCode::BadProgram));
-  } else if (!m_Stream.Problem().empty()) {
+  } else if (!m_Stream.Reason().empty()) {
     FailOnPixels();
   }
 }

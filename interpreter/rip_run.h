@@ -15,8 +15,8 @@
 
 namespace rastrel::interpreter {
 
-/// One job on its way through the interpreter: feeds it, watches its limits, and hands what comes
-/// out of it to the reports and the page maker. Single-threaded; used once.
+/// One job on its way through the interpreter: feeds it, watches its limits, and hands its output
+/// to the reports and the page maker. Single-threaded; used once.
 class RipRun {
  public:
   /// Borrows all but the request.

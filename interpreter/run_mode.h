@@ -20,9 +20,9 @@ struct RunProgress {
 class RunMode {
  public:
   virtual ~RunMode() = default;
-  /// What the interpreter runs besides the job.
+  /// The files that the interpreter runs besides the job.
   [[nodiscard]] virtual const RunScript& Script() const = 0;
-  /// What becomes of the pages.
+  /// The treatment of the pages.
   [[nodiscard]] virtual PageTask Pages() const { return {}; }
   /// Whether a run that ends without a page has failed.
   [[nodiscard]] virtual bool NeedsPage() const { return true; }

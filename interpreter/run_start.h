@@ -11,7 +11,7 @@
 /// The start of a run, with the RIP's prolog ahead of the job.
 namespace rastrel::interpreter {
 
-/// What the interpreter runs besides the job.
+/// The files and options of a run besides the job.
 struct RunScript {
   const char* device = nullptr;                ///< the device that it begins with
   std::span<const char* const> prologFiles{};  ///< of System/prolog, in order
@@ -28,7 +28,7 @@ struct RunScript {
 /// The first page's measure.
 [[nodiscard]] const RunScript& MeasureScript();
 
-/// What one run works on. Descriptors stay the caller's.
+/// The start of one run. Descriptors stay the caller's.
 struct RunStart {
   std::string program;       ///< as FindGhostscript found it
   std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes

@@ -119,7 +119,7 @@ class Reader {
   Expected<PageInfo> Read() {
     PageInfo info;
     if (ReadAll(info)) return info;
-    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Problem, EINVAL};
+    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Reason, EINVAL};
   }
 
  private:
@@ -135,8 +135,8 @@ class Reader {
            Check(info);
   }
 
-  bool Fail(std::string problem) {
-    m_Problem = std::move(problem);
+  bool Fail(std::string reason) {
+    m_Reason = std::move(reason);
     return false;
   }
 
@@ -253,7 +253,7 @@ class Reader {
   std::string_view m_Rest;
   std::string_view m_Text;
   unsigned m_Line = 0;
-  std::string m_Problem;
+  std::string m_Reason;
 };
 
 Failure Failed(const char* operation, const std::string& path) {

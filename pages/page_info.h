@@ -6,8 +6,8 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// The ".info" file of a page directory: what the RIP made and in which files it lies. The format
-/// is told in docs/formats/page-directory.md; this is its one reader and writer.
+/// The ".info" file of a page directory: the page's form and the files that hold it. The format is
+/// described in docs/formats/page-directory.md; this is its one reader and writer.
 namespace rastrel::pages {
 
 /// How a page's pixels are colored.

@@ -11,10 +11,10 @@
 ///
 /// The library's own reader finds pages by searching the text for words; this one does not, since
 /// titles and directories may hold the words begin and end, a '>' and anything else but a line
-/// feed. The form is told in docs/formats/output-engine.md.
+/// feed. The form is described in docs/formats/output-engine.md.
 namespace rastrel::odalis {
 
-/// What is to happen to a page.
+/// The treatment of a page.
 enum class TicketType { Once, Reprint, Only, Delete };
 
 /// One page entry. The texts point into the document they were read from.
@@ -30,7 +30,7 @@ struct PageEntry {
 /// More copies of one entry than this are taken for a mistake.
 inline constexpr unsigned MaximumCopies = 9999;
 
-/// All entries of a text, in order, and what was passed over with a word about it.
+/// All entries of a text, in order, and a warning about each that was skipped.
 struct Cfm2Document {
   std::vector<PageEntry> entries;
   std::vector<std::string> warnings;  ///< at most MaximumWarnings, each with its line number

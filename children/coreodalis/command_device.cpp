@@ -20,7 +20,7 @@ namespace rastrel::odalis {
 namespace {
 
 constexpr std::size_t TailBytes = 4096;
-constexpr std::size_t LastWordsLimit = 300;
+constexpr std::size_t LastLineLimit = 300;
 constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
 struct Pipe {
@@ -36,7 +36,7 @@ struct Pipe {
   }
 };
 
-/// The child's side, between fork and exec. Never returns. What goes wrong is told as an error
+/// The child's side, between fork and exec. Never returns. A failure is sent as an error
 /// number through the pipe that an exec closes.
 [[noreturn]] void BecomeProgram(char* const* arguments, int input, int output, int failure,
                                 int guardian) {
@@ -145,12 +145,11 @@ class Running {
   }
 
   Failure Failed(const std::string& how) const {
-    const std::string words = LastWords();
-    return FailureOf("the command '" + m_Program + "' " + how +
-                     (words.empty() ? "" : ": " + words));
+    const std::string line = LastLine();
+    return FailureOf("the command '" + m_Program + "' " + how + (line.empty() ? "" : ": " + line));
   }
 
-  /// Takes what the program has printed; only the end of it is kept. False at the pipe's end.
+  /// Takes the program's output so far; only the end of it is kept. False at the pipe's end.
   bool Drain() {
     char block[4096];
     for (int rounds = 0; rounds < 64; ++rounds) {
@@ -164,12 +163,12 @@ class Running {
   }
 
   /// The last line with anything in it.
-  std::string LastWords() const {
+  std::string LastLine() const {
     const std::size_t last = m_Tail.find_last_not_of(" \t\r\n");
     if (last == std::string::npos) return {};
     const std::size_t before = m_Tail.find_last_of("\r\n", last);
     const std::size_t first = before == std::string::npos ? 0 : before + 1;
-    return OneLine(m_Tail.substr(first, std::min(last + 1 - first, LastWordsLimit)));
+    return OneLine(m_Tail.substr(first, std::min(last + 1 - first, LastLineLimit)));
   }
 
   std::string m_Program;

@@ -12,7 +12,7 @@ namespace rastrel::odalis {
 
 /// Runs a device's program and waits for its end. `words` are the program and its arguments; no
 /// shell sees them. A program without '/' is looked for on the path. Its standard input is `file`
-/// from the start; what it prints is kept for the message and goes nowhere else. It gets a process
+/// from the start; its output is kept for the message and goes nowhere else. It gets a process
 /// group of its own, which the guardian kills if the engine is ended.
 ///
 /// The failure says how it ended and the last line that it printed. `timeoutSeconds`: its group is

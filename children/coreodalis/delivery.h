@@ -12,12 +12,12 @@
 
 namespace rastrel::odalis {
 
-/// What is delivered, and how.
+/// One page's delivery: the device, the fields of its pattern and how to report.
 struct DeliveryOrder {
   const devices::Device* device = nullptr;
   devices::FieldValues values;           ///< all but plane and file
   bool planar = false;                   ///< each plane as a file of its own
-  std::function<void(double)> progress;  ///< told the share of this delivery that is done
+  std::function<void(double)> progress;  ///< called with the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
 };
 

@@ -94,7 +94,7 @@ class Engine {
       const bool isThere = os::IsDirectory(place.path) &&
                            os::Exists(place.path + L"/" + os::WideFromUtf8(pages::PageInfoName));
       if (isThere) continue;
-      // What is to be removed and is gone is as it should be.
+      // A page that is to be removed and is gone needs nothing more.
       if (place.printings == 0 && !os::Exists(place.path)) continue;
       return Give(ExitStatus::BadInput, FailureOf("line " + std::to_string(place.line) +
                                                   ": no page lies in '" + place.native + "'"));
@@ -177,7 +177,7 @@ class Engine {
     return {};
   }
 
-  /// What is wrong in the text is told with its line; any other failure names the file by itself.
+  /// A fault in the text comes with its line; any other failure names the file by itself.
   static Failure InfoFailure(const PagePlace& place, const Failure& failure) {
     if (!failure.where.starts_with("line ")) return FailureOf(Describe(failure));
     return FailureOf("'" + place.native + "/" + pages::PageInfoName + "', " + failure.where);

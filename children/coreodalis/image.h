@@ -12,7 +12,7 @@
 
 namespace rastrel::odalis {
 
-/// What the samples of a pixel mean.
+/// The meaning of a pixel's samples.
 enum class ColorModel {
   Gray,  ///< one sample, 0 is black
   Rgb,   ///< red, green, blue; 0 is none of the light
@@ -38,7 +38,7 @@ class ImageWriter {
   virtual ~ImageWriter() = default;
   /// Writes the next row, from the top. REQUIRES: the row has the shape's RowBytes().
   [[nodiscard]] virtual Expected<void> WriteRow(std::span<const std::uint8_t> row) = 0;
-  /// Writes what remains. REQUIRES: as many rows as the shape's height were written.
+  /// Writes the rest of the file. REQUIRES: as many rows as the shape's height were written.
   [[nodiscard]] virtual Expected<void> Finish() = 0;
 };
 

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t BlockBytes = 1u << 18;
 constexpr std::size_t MaximumHeader = 4096;
 
-bool IsBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
+bool IsWhitespace(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
 
 class NetpbmFile final : public PixelFile {
  public:
@@ -75,10 +75,10 @@ class NetpbmFile final : public PixelFile {
     return m_Block[m_At++];
   }
 
-  /// A decimal number behind blanks and comments; takes the one byte behind it too.
+  /// A decimal number after whitespace and comments; takes the one byte after it too.
   std::optional<unsigned> TakeNumber() {
     auto byte = TakeByte();
-    while (byte && (IsBlank(*byte) || *byte == '#')) {
+    while (byte && (IsWhitespace(*byte) || *byte == '#')) {
       if (*byte == '#') {
         while (byte && *byte != '\n') byte = TakeByte();
       }
@@ -91,7 +91,7 @@ class NetpbmFile final : public PixelFile {
       if (number > MaximumSide) return std::nullopt;
       any = true;
     }
-    if (!any || !byte || !IsBlank(*byte)) return std::nullopt;
+    if (!any || !byte || !IsWhitespace(*byte)) return std::nullopt;
     return number;
   }
 

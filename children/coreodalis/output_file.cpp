@@ -25,7 +25,7 @@ std::string HiddenPath(const std::string& directory) {
   return directory + name;
 }
 
-bool IsWithoutNamelessFiles(int error) {
+bool IsWithoutAnonymousFiles(int error) {
   return error == EOPNOTSUPP || error == EISDIR || error == EINVAL || error == ENOENT;
 }
 
@@ -33,13 +33,13 @@ bool IsWithoutLinks(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-OutputFile::Naming Outcome(int result) {
+OutputFile::Naming NamingOf(int result) {
   if (result == 0) return OutputFile::Naming::Named;
   return errno == EEXIST ? OutputFile::Naming::Taken : OutputFile::Naming::Failed;
 }
 
 /// Links a file that has no name. The way through /proc needs no privilege, the other no /proc.
-int LinkNameless(int descriptor, const std::string& path) {
+int LinkAnonymous(int descriptor, const std::string& path) {
   const std::string self = "/proc/self/fd/" + std::to_string(descriptor);
   if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return 0;
   if (errno != ENOENT) return -1;
@@ -91,13 +91,13 @@ OutputFile::~OutputFile() {
 }
 
 Expected<OutputFile> OutputFile::Create(const std::string& directory,
-                                        interpreter::Guardian& guardian, bool allowNameless) {
+                                        interpreter::Guardian& guardian, bool allowAnonymous) {
   if (auto made = MakeDirectories(directory); !made) return made.Error();
-  if (allowNameless) {
-    os::FileDescriptor nameless(
+  if (allowAnonymous) {
+    os::FileDescriptor anonymous(
         ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, FileMode));
-    if (nameless.IsOpen()) return OutputFile(std::move(nameless), directory, {}, guardian);
-    if (!IsWithoutNamelessFiles(errno)) return Failure{"create a file in", directory, errno};
+    if (anonymous.IsOpen()) return OutputFile(std::move(anonymous), directory, {}, guardian);
+    if (!IsWithoutAnonymousFiles(errno)) return Failure{"create a file in", directory, errno};
   }
   for (int attempt = 0; attempt < HiddenNameTries; ++attempt) {
     const std::string hidden = HiddenPath(directory);
@@ -119,15 +119,15 @@ Expected<void> OutputFile::Flush() {
 }
 
 OutputFile::Naming OutputFile::Name(const std::string& path) {
-  if (m_Hidden.empty()) return Outcome(LinkNameless(m_Descriptor.Get(), path));
+  if (m_Hidden.empty()) return NamingOf(LinkAnonymous(m_Descriptor.Get(), path));
   if (::link(m_Hidden.c_str(), path.c_str()) == 0) return Naming::Named;
-  if (!IsWithoutLinks(errno)) return Outcome(-1);
-  return Outcome(RenameHidden(m_Hidden, path));
+  if (!IsWithoutLinks(errno)) return NamingOf(-1);
+  return NamingOf(RenameHidden(m_Hidden, path));
 }
 
 void OutputFile::Unname(const std::string& path) {
   if (m_Hidden.empty()) {
-    // A nameless file that had a name and lost it can't be given one again.
+    // An anonymous file that had a name and lost it can't be given one again.
     const std::string hidden = HiddenPath(m_Directory);
     if (m_Guardian->Guard(hidden) && ::rename(path.c_str(), hidden.c_str()) == 0) {
       m_Hidden = hidden;
@@ -152,7 +152,7 @@ OutputFile::Naming OutputFile::NameInPlace(const std::string& path) {
       return Naming::Failed;
     }
     m_Hidden = hidden;
-    if (LinkNameless(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
+    if (LinkAnonymous(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
   }
   return ::rename(m_Hidden.c_str(), path.c_str()) == 0 ? Naming::Named : Naming::Failed;
 }
@@ -174,7 +174,8 @@ std::string DirectoryOf(const std::string& path) {
 Expected<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
   std::vector<std::string> named;
   for (const Item& item : items) {
-    // What was replaced before a failure can't be brought back; it is whole, and stays.
+    // A file that was replaced before a failure can't be brought back; the new one is whole, and
+    // stays.
     if (item.file->NameInPlace(item.path) != OutputFile::Naming::Named) {
       return Failure{"name", item.path, errno};
     }

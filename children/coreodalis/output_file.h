@@ -17,10 +17,10 @@ namespace rastrel::odalis {
 class OutputFile {
  public:
   /// Makes one in the directory (native path), which is made with its parents if missing. Access is
-  /// 0666 less the umask. `allowNameless`: try the first form.
+  /// 0666 less the umask. `allowAnonymous`: try the first form.
   [[nodiscard]] static Expected<OutputFile> Create(const std::string& directory,
                                                    interpreter::Guardian& guardian,
-                                                   bool allowNameless = true);
+                                                   bool allowAnonymous = true);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;
   OutputFile& operator=(OutputFile&& other) = delete;
@@ -30,10 +30,10 @@ class OutputFile {
   /// Open for reading and writing; belongs to this object.
   [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
 
-  /// Has the system write what it still holds; the moment at which a full disk shows.
+  /// Has the system write its buffers; the moment at which a full disk shows.
   [[nodiscard]] Expected<void> Flush();
 
-  /// What an attempt to give a name came to.
+  /// The result of giving a name.
   enum class Naming { Named, Taken, Failed };
   /// Gives the file its name (a path in its directory), in one step, and never in another's place.
   /// Failed leaves errno.

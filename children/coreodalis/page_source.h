@@ -21,7 +21,7 @@ class PageSource {
   [[nodiscard]] static Expected<PageSource> Open(const std::string& directory,
                                                  const pages::PageInfo& info);
 
-  /// What the rows hold: 8 bits a sample, a pixel's planes side by side in printing order. In ink
+  /// The rows' layout: 8 bits a sample, a pixel's planes side by side in printing order. In ink
   /// planes 255 is no ink.
   [[nodiscard]] const ImageShape& Shape() const { return m_Shape; }
 

@@ -79,7 +79,7 @@ std::string InkProgram(const std::vector<std::string>& inks) {
                                     ? BlackInk
                                     : static_cast<std::size_t>(found - ProcessInks.begin());
       if (shown != process) continue;
-      // Above the ink lie the ones behind it, the results so far, and the sum.
+      // Above the ink lie the ones after it, the results so far, and the sum.
       program += " " + std::to_string(count - ink + process) + " index add";
     }
   }
@@ -88,6 +88,17 @@ std::string InkProgram(const std::vector<std::string>& inks) {
   return program + " }";
 }
 
+/// The file, in order; the number is the object's.
+///
+///   %PDF-1.4                  or 1.6
+///   1  catalog                -> 2
+///   2  pages                  -> 3
+///   3  page                   -> 4, 5; its size and perhaps a user unit
+///   4  content                draws 5 over the page
+///   5  image                  -> 6, 7; deflated pixels of a length that is not known yet
+///   6  length of 5
+///   7  function of the inks   for spot inks only
+///   xref, trailer             -> 1
 class PdfWriter final : public ImageWriter {
  public:
   PdfWriter(int descriptor, std::string name, const ImageShape& shape)
@@ -103,7 +114,7 @@ class PdfWriter final : public ImageWriter {
     m_Deflating = true;
     const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
     const double height = m_Shape.height * 72.0 / m_Shape.yResolution;
-    // Rounded up to what the file will say, so that the page keeps its size.
+    // Rounded up to the file's decimals, so that the page keeps its size.
     const double least = std::max({1.0, width / MaximumSidePoints, height / MaximumSidePoints});
     const double unit = std::ceil(least * 1e4) / 1e4;
     const bool isNewer = unit > 1 || m_Shape.planes.size() > InksOfOldVersions;
@@ -181,7 +192,7 @@ class PdfWriter final : public ImageWriter {
               std::to_string(program.size()) + " >>\nstream\n" + program + "\nendstream");
   }
 
-  /// Writes; after the first failure nothing more, and State tells of it.
+  /// Writes; after the first failure nothing more, and State returns it.
   void Put(std::string_view bytes) {
     if (m_Error != 0) return;
     if (!os::WriteAll(m_Descriptor, bytes)) m_Error = errno != 0 ? errno : EIO;
@@ -193,7 +204,7 @@ class PdfWriter final : public ImageWriter {
     Put(std::to_string(m_Offsets.size()) + " 0 obj\n" + content + "\nendobj\n");
   }
 
-  /// Compresses m_Row and writes what comes out.
+  /// Compresses m_Row and writes the result.
   Expected<void> Deflate(int flush) {
     m_Stream.next_in = m_Row.data();
     m_Stream.avail_in = static_cast<uInt>(m_Row.size());

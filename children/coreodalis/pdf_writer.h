@@ -11,7 +11,7 @@ namespace rastrel::odalis {
 /// DeviceCMYK or DeviceN. The page measures pixels * 72 / resolution points; where that is more
 /// than the 14,400 that the format allows, a user unit enlarges them (PDF 1.6).
 ///
-/// Inks keep their names. What has no such inks shows Cyan, Magenta, Yellow and Black as themselves
+/// Inks keep their names. A device without them shows Cyan, Magenta, Yellow and Black as themselves
 /// and any other as black. More than 32 inks can't be held, which is the failure then; more than 8
 /// make it PDF 1.6.
 [[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor,

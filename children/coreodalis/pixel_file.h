@@ -38,7 +38,7 @@ class PixelFile {
 
 /// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as
 /// the highest value), or TIFF in strips with 8 bits a sample and no color conversion. The file
-/// must be a regular one of the size and checksum told; links are not followed. The failure names
+/// must be a regular one of that size and checksum; links are not followed. The failure names
 /// the file.
 [[nodiscard]] Expected<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
                                                                  const pages::PageFile& file);

@@ -76,7 +76,7 @@ class PngWriter final : public ImageWriter {
     const std::uint8_t* from = row.data();
     std::uint8_t* to = m_Row.data();
     for (unsigned x = 0; x < m_Shape.width; ++x, from += 4) {
-      // Samples of ink planes count what is left of the paper: 255 is no ink.
+      // Samples of ink planes count the bare paper: 255 is no ink.
       const unsigned paper = from[3];
       for (unsigned light = 0; light < 3; ++light) {
         *to++ = static_cast<std::uint8_t>((from[light] * paper + 127) / 255);

@@ -7,7 +7,7 @@
 
 namespace rastrel::corerast {
 
-/// What the library asks for. Paths are native ones.
+/// The library's command line. Paths are native ones.
 struct CommandLine {
   bool install = false;  ///< "-s": an install job, which makes no pages
   std::string prefix;    ///< may be empty

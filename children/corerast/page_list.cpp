@@ -12,7 +12,7 @@
 namespace rastrel::corerast {
 namespace {
 
-// The reader removes three characters behind the "<<" with the comment: two blanks and the line
+// The reader removes three characters after the "<<" with the comment: two blanks and the line
 // feed. With fewer it would take the first letters of the next line.
 constexpr std::string_view Heading = ">> -- C-Format 2.0 -- <<  \n";
 

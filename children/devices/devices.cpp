@@ -24,7 +24,7 @@ Failure AtLine(std::size_t line, const std::string& what) {
 
 std::string Quoted(std::string_view text) { return "'" + std::string(text.substr(0, 200)) + "'"; }
 
-/// A section as it stands in the file.
+/// A section as it is in the file.
 struct Section {
   std::string name;
   std::size_t line = 0;

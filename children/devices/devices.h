@@ -9,7 +9,7 @@
 #include "rastrel/platform/os/expected.h"
 
 /// Where the pages for a printer's name go: the file "devices.txt" of the data root. The format is
-/// told in docs/formats/devices.md.
+/// described in docs/formats/devices.md.
 namespace rastrel::devices {
 
 /// How a device takes its pages.

@@ -46,7 +46,7 @@ bool IsControl(wchar_t character) {
   return character < L' ' || (character >= 0x7F && character < 0xA0);
 }
 
-/// One word of a command, with the position moved behind it.
+/// One word of a command, with the position moved past it.
 Expected<std::string> TakeWord(std::string_view text, std::size_t& at) {
   std::string word;
   char quote = 0;

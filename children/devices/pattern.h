@@ -11,7 +11,7 @@
 /// Texts with fields in braces, as device descriptions hold them: "{output}/{job}-{page}.tif".
 namespace rastrel::devices {
 
-/// What a field stands for.
+/// The value that a field is replaced by.
 enum class Field { Output, Job, Page, Copy, Printer, Plane, Date, File };
 
 /// The values of one delivery. Job, printer and plane may hold any character: Expand makes them

@@ -5,10 +5,10 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// The queue program: one file becomes what a conversion reads, or is measured.
+/// The queue program: one file is converted into the files that the library reads, or measured.
 namespace rastrel::jobspool {
 
-/// What the library asks for.
+/// The library's command line.
 struct CommandLine {
   bool measure = false;  ///< "-q -ps FILE": tell the page's size; "-ps -q FILE": convert the file
   std::string file;      ///< native path

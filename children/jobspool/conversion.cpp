@@ -25,14 +25,20 @@ namespace fs = std::filesystem;
 constexpr int OrdinaryResolution = 72;
 constexpr double PointsPerInch = 72;
 constexpr double PointsPerFlatness = 72 / 2540.;  // a hundredth of a millimetre
-constexpr double SmallestTolerance = 1e-4;        // points: what cut paths are told to
+constexpr double SmallestTolerance = 1e-4;        // points: the decimals of cut paths
 
-// What lies there when all went well.
+// The files of a conversion that went well.
 struct Products {
+  // In their places.
   explicit Products(const std::string& file)
       : pages(Companion(file, ".cfm")),
         archive(Companion(file, ".cut")),
         bitmap(Companion(file, "_Color.bmp")) {}
+  // While they are made.
+  explicit Products(const interpreter::RunDirectory& directory)
+      : pages(directory.Path()),
+        archive(directory.Path() + "/archive"),
+        bitmap(directory.Path() + "/bitmap") {}
 
   std::string pages;
   std::string archive;
@@ -54,8 +60,7 @@ Expected<void> RemoveEarlierPages(const std::string& path) {
 }
 
 Expected<void> RemoveEarlier(const Products& products) {
-  const auto removed = RemoveEarlierPages(products.pages);
-  if (!removed) return removed.Error();
+  if (const auto removed = RemoveEarlierPages(products.pages); !removed) return removed;
   for (const std::string& path : {products.archive, products.bitmap}) {
     if (unlink(path.c_str()) != 0 && errno != ENOENT) return Failure{"remove", path, errno};
   }
@@ -143,46 +148,59 @@ class Conversion {
 
   Expected<void> Finish(const interpreter::RunDirectory& directory, unsigned pages) const {
     const std::string first = directory.Path() + "/" + pages::PageName(1);
-    const std::string archive = directory.Path() + "/archive";
-    const std::string bitmap = directory.Path() + "/bitmap";
-    const bool cut = IsPicture() && !m_Source.header.cutLines.empty();
-    if (cut) {
-      const auto written = WriteCutArchive(first + "/" + pages::CutPathsName, archive,
-                                           m_Source.header.cutLines, Tolerance());
-      if (!written) return written.Error();
-    }
-    bool hasBitmap = false;
-    if (IsPicture()) {
-      const auto written = WriteBitmapFile(first + "/page.ppm", bitmap, Resolution());
-      hasBitmap = static_cast<bool>(written);
-      if (!hasBitmap && written.Error().error != EFBIG) return written.Error();
-      if (!hasBitmap) {
-        m_Context.reporter.Warning(
-            "The picture is too large for a bitmap file, which is left out.");
-      }
-    }
+    const Products made(directory);
+    const auto written = WriteProducts(first, made);
+    if (!written) return written.Error();
     if (const auto removed = directory.RemoveWork(); !removed) return removed;
-    // Further pages lie below the first, whose description a reader finds without searching.
+    if (const auto joined = JoinPages(directory, first, pages); !joined) return joined;
+    if (written->archive) {
+      if (const auto moved = HandOver(made.archive, m_Products.archive); !moved) return moved;
+    }
+    if (written->bitmap) {
+      if (const auto moved = HandOver(made.bitmap, m_Products.bitmap); !moved) return moved;
+    }
+    if (const auto moved = HandOver(first, m_Products.pages); !moved) return moved;
+    if (rmdir(directory.Path().c_str()) != 0) {
+      return Failure{"remove", directory.Path(), errno};
+    }
+    if (!m_Context.guardian.ReleaseAll()) return Failure{"release", m_Products.pages, errno};
+    return {};
+  }
+
+  // Which products there are besides the pages.
+  struct Written {
+    bool archive = false;
+    bool bitmap = false;
+  };
+
+  // Makes them of the first page, still in the run's directory.
+  Expected<Written> WriteProducts(const std::string& first, const Products& made) const {
+    Written written;
+    if (!IsPicture()) return written;
+    if (!m_Source.header.cutLines.empty()) {
+      const auto archive = WriteCutArchive(first + "/" + pages::CutPathsName, made.archive,
+                                           m_Source.header.cutLines, Tolerance());
+      if (!archive) return archive.Error();
+      written.archive = true;
+    }
+    const auto bitmap = WriteBitmapFile(first + "/page.ppm", made.bitmap, Resolution());
+    written.bitmap = static_cast<bool>(bitmap);
+    if (!bitmap && bitmap.Error().error != EFBIG) return bitmap.Error();
+    if (!bitmap) {
+      m_Context.reporter.Warning("The picture is too large for a bitmap file, which is left out.");
+    }
+    return written;
+  }
+
+  // Further pages lie below the first, whose description a reader finds without searching.
+  static Expected<void> JoinPages(const interpreter::RunDirectory& directory,
+                                  const std::string& first, unsigned pages) {
     for (unsigned page = 2; page <= pages; ++page) {
       const std::string name = "/" + pages::PageName(page);
       if (rename((directory.Path() + name).c_str(), (first + name).c_str()) != 0) {
         return Failure{"rename", directory.Path() + name, errno};
       }
     }
-    if (cut) {
-      const auto moved = HandOver(archive, m_Products.archive);
-      if (!moved) return moved.Error();
-    }
-    if (hasBitmap) {
-      const auto moved = HandOver(bitmap, m_Products.bitmap);
-      if (!moved) return moved.Error();
-    }
-    const auto moved = HandOver(first, m_Products.pages);
-    if (!moved) return moved.Error();
-    if (rmdir(directory.Path().c_str()) != 0) {
-      return Failure{"remove", directory.Path(), errno};
-    }
-    if (!m_Context.guardian.ReleaseAll()) return Failure{"release", m_Products.pages, errno};
     return {};
   }
 

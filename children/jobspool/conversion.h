@@ -7,7 +7,7 @@
 
 namespace rastrel::jobspool {
 
-/// Converts a file into what its caller reads (docs/formats/conversion-files.md), beside the file
+/// Converts a file into its caller's files (docs/formats/conversion-files.md), beside the file
 /// and named after it: the page directory ".cfm", and for a file with a job header, whose first
 /// page becomes a picture, "_Color.bmp" and, if it names cut lines, the archive ".cut". A file
 /// without a header is separated, all its pages.

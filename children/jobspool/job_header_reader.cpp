@@ -10,13 +10,13 @@ namespace {
 
 constexpr std::string_view Mark = "%#";
 constexpr std::string_view Heading = "%#Velumark Header";
-constexpr std::string_view Blanks = " \t";
+constexpr std::string_view Whitespace = " \t";
 constexpr double LargestSide = 1e7;  // points: 3.5 km
 
 std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(Blanks);
+  const std::size_t first = text.find_first_not_of(Whitespace);
   if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(Whitespace) - first + 1);
 }
 
 // The text up to the next comma, which goes too.

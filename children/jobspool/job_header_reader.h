@@ -45,7 +45,7 @@ struct JobHeader {
 inline constexpr std::size_t JobHeaderLimit = 65536;
 
 /// Reads the block at the text's beginning. Lines end in CR LF, CR or LF; a last line without an
-/// end is passed over. The block ends behind "%#End Job", or in front of the first line that
+/// end is passed over. The block ends after "%#End Job", or in front of the first line that
 /// doesn't begin with "%#". Lines with unknown keys are passed over; of equal keys the last counts.
 [[nodiscard]] JobHeader ReadJobHeader(std::string_view text);
 

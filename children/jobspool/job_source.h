@@ -27,11 +27,11 @@ struct JobSource {
   interpreter::JobFile job;          ///< without the header
   JobHeader header;                  ///< of the file itself, or of the ".jhdr" file beside a PDF
   std::string title;                 ///< of the PostScript's comments, or the file's name; UTF-8
-  std::optional<PointBox> declared;  ///< what its bounding box comment says, if it holds anything
+  std::optional<PointBox> declared;  ///< of its bounding box comment, if it holds anything
 };
 
-/// Opens the file at that native path and finds out what it holds. Fails as interpreter::OpenJob:
-/// it can't be read, is no regular file, or holds neither PostScript nor PDF.
+/// Opens the file at that native path and looks for its header and its job. Fails as
+/// interpreter::OpenJob: it can't be read, is no regular file, or holds neither PostScript nor PDF.
 [[nodiscard]] Expected<JobSource> OpenJobSource(const std::string& path);
 
 /// The box that a document's comments declare. `head` is its beginning, `tail` its end; they may

@@ -14,7 +14,7 @@ namespace {
 constexpr double PointsPerInch = 72;
 constexpr double DotsPerPoint = 2400 / PointsPerInch;
 constexpr double SheetMiddle = 120000;  // points: where measure.ps puts the origin
-// The device tells a box with a fraction of a dot around the marks.
+// The device reports a box with a fraction of a dot around the marks.
 constexpr double FillsAll = SheetMiddle - 1;
 constexpr PointBox OrdinarySheet{0, 0, 595, 842};
 

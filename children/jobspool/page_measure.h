@@ -7,7 +7,7 @@
 
 namespace rastrel::jobspool {
 
-/// What was learned about a job's first page.
+/// The measure of a job's first page.
 struct PageMeasure {
   PointBox box;         ///< the page: see MeasuredPage
   bool marked = false;  ///< the page has marks

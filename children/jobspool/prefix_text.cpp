@@ -66,11 +66,11 @@ std::string LayArea(const PointBox& area, const PictureSize& dots) {
 // A page is made of dots, so a smaller page at a higher resolution has the same ones.
 std::string Page(const PictureSize& dots, const PictureTask& task) {
   const int device = std::max(task.resolution, LowestDeviceResolution);
-  const std::string told = std::to_string(task.resolution);
+  const std::string resolution = std::to_string(task.resolution);
   return "/queue.dots [ " + Number(dots.width) + " " + Number(dots.height) +
          " ] def\n/queue.picture {\n  statusdict /printer_desc get /BBoxInches [ 0.0 " +
          Number(dots.height / device) + " " + Number(dots.width / device) +
-         " 0.0 ] put\n  InitRIP\n  (RESOLUTION ) (" + told + " " + told +
+         " 0.0 ] put\n  InitRIP\n  (RESOLUTION ) (" + resolution + " " + resolution +
          ") //rip.report exec\n  << /Install {\n      " +
          (task.area ? LayArea(*task.area, dots) : std::string(LayPage)) +
          "\n  } bind >> //rip.setpagedevice exec\n} bind def\n/queue.picture SetScaleTarget\n";

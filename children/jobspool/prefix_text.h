@@ -7,7 +7,7 @@
 
 namespace rastrel::jobspool {
 
-/// What the prefix of a picture's run says. All lengths in points.
+/// The values in the prefix of a picture's run. All lengths in points.
 struct PictureTask {
   /// The part of the page that becomes the picture; nothing: the page that the job sets.
   std::optional<PointBox> area;

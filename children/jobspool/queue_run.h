@@ -11,7 +11,7 @@
 
 namespace rastrel::jobspool {
 
-/// What the runs of one file have in common. Reporter and guardian outlive them.
+/// The common part of the runs of one file. Reporter and guardian outlive them.
 struct QueueContext {
   std::string ripDirectory;  ///< native; holds System/prolog
   interpreter::Settings settings;
@@ -19,7 +19,7 @@ struct QueueContext {
   interpreter::Guardian& guardian;
 };
 
-/// What the interpreter needs for a source, whose file stays open there. A PDF after a header is
+/// The interpreter's request for a source, whose file stays open there. A PDF after a header is
 /// copied into an anonymous file, since its positions count from its own beginning.
 [[nodiscard]] Expected<interpreter::RunRequest> RequestOf(const JobSource& source,
                                                           const QueueContext& context);

@@ -18,7 +18,7 @@ std::string Page(const std::string& type, const std::string& directory, const st
          "   \n\ttitle := " + title + "   \n\tcopies := 1   \nend   \n";
 }
 
-/// The words of the problem, or empty if the text was read.
+/// The failure as a line, or empty if the text was read.
 std::string ReasonOf(const std::string& text) {
   const auto document = ReadCfm2(text);
   return document ? "" : Describe(document.Error());
@@ -109,13 +109,13 @@ TEST(ReadCfm2, warnings_are_limited) {
   EXPECT_EQ(document->warnings.size(), MaximumWarnings);
 }
 
-TEST(ReadCfm2, a_text_of_comments_has_no_pages_and_is_no_problem) {
+TEST(ReadCfm2, a_text_of_comments_has_no_pages_and_is_no_failure) {
   const auto document = ReadCfm2(Header);
   ASSERT_TRUE(document);
   EXPECT_TRUE(document->entries.empty());
 }
 
-TEST(ReadCfm2, problems_say_line_and_reason) {
+TEST(ReadCfm2, failures_say_line_and_reason) {
   const std::string page = "begin := once\n\tid := a\n";
   EXPECT_EQ(ReasonOf(""), "line 1: the input is empty, and no CFM2");
   EXPECT_EQ(ReasonOf(" \n\n"), "line 1: the input is empty, and no CFM2");
@@ -138,14 +138,14 @@ TEST(ReadCfm2, problems_say_line_and_reason) {
   EXPECT_EQ(ReasonOf(std::string("begin := on\0ce\n", 15)), "line 1: holds a zero byte");
 }
 
-TEST(ReadCfm2, a_title_that_is_a_path_is_a_problem) {
+TEST(ReadCfm2, a_title_that_is_a_path_is_refused) {
   for (const std::string title : {"..", ".", "a/b", "a\\b", "../../etc"}) {
     EXPECT_EQ(ReasonOf(Page("once", "/x/", title)),
               "line 1: the title '" + title + "' is no directory's name");
   }
 }
 
-TEST(ReadCfm2, a_text_cut_at_any_byte_gives_whole_pages_or_a_problem) {
+TEST(ReadCfm2, a_text_cut_at_any_byte_gives_whole_pages_or_a_failure) {
   const std::string text = Header + Page("once", "/x/", "A") + Page("once", "/x/", "B");
   const std::size_t firstEnd = text.find("\nend") + 4;
   const std::size_t secondEnd = text.rfind("\nend") + 4;

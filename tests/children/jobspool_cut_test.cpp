@@ -245,7 +245,7 @@ TEST_F(QueueCut, a_real_contour_lies_where_another_device_puts_it) {
   for (const auto& polygon : objects[0].polygons) {
     for (const Part& part : polygon) cut.insert(cut.end(), part.points.begin(), part.points.end());
   }
-  // The PostScript stands behind 30 bytes, as the file's head says.
+  // The PostScript comes after 30 bytes, as the file's head says.
   std::ifstream whole(file, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(whole), {}};
   const std::string plain = m_Bench.File("plain.eps", bytes.substr(30, 117905));

@@ -139,7 +139,7 @@ TEST_F(QueueMeasure, every_record_is_told) {
   EXPECT_TRUE(m_Outcome.Says("INFO: INTERPRETING"));
 }
 
-// An EPS with a binary header of 30 bytes, whose PostScript stands behind a preview of 5 bytes.
+// An EPS with a binary header of 30 bytes, whose PostScript follows a preview of 5 bytes.
 std::string BinaryEps(const std::string& postScript) {
   std::string file = "\xC5\xD0\xD3\xC6";
   const auto number = [&](std::size_t value) {

@@ -57,7 +57,7 @@ struct Picture {
   double yResolution = 0;
   unsigned photometric = 0;  ///< TIFF
   unsigned inkSet = 0;       ///< TIFF
-  std::string inkNames;      ///< TIFF, with a '|' behind each name
+  std::string inkNames;      ///< TIFF, with a '|' after each name
 };
 /// Read through the TIFF and PNG libraries; a picture without pixels if that fails.
 [[nodiscard]] Picture ReadTiff(const std::string& path);
@@ -100,7 +100,7 @@ class EngineRun {
   [[nodiscard]] long PeakMemory() const { return m_PeakMemory; }
   /// Everything it reported so far.
   [[nodiscard]] const std::string& Report() const { return m_Report; }
-  /// What stands behind the tag of each line that begins with it.
+  /// The text after the tag of each line that begins with it.
   [[nodiscard]] std::vector<std::string> Lines(const std::string& tag) const;
 
  private:

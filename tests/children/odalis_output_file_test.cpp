@@ -47,7 +47,7 @@ class OutputFiles : public ::testing::TestWithParam<bool> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, OutputFiles, ::testing::Values(true, false),
-                         [](const auto& form) { return form.param ? "nameless" : "hidden"; });
+                         [](const auto& form) { return form.param ? "anonymous" : "hidden"; });
 
 TEST_P(OutputFiles, nothing_is_seen_before_the_name_is_given) {
   {

@@ -18,7 +18,7 @@ using namespace testing;
 using pages::PageColor;
 using pages::PageInfo;
 
-/// All samples of a page, or the problem's words.
+/// All samples of a page, or the failure as a line.
 std::string ReadAll(const std::string& directory, const PageInfo& info,
                     std::vector<std::uint8_t>& pixels) {
   auto source = PageSource::Open(directory, info);

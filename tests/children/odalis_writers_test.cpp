@@ -39,7 +39,7 @@ std::vector<std::uint8_t> RowOf(const ImageShape& shape, unsigned y) {
   return row;
 }
 
-/// Writes the test picture; the problem's words, or empty.
+/// Writes the test picture; the failure as a line, or empty.
 std::string Write(devices::FileFormat format, const std::string& path, const ImageShape& shape) {
   const os::FileDescriptor file(
       open(path.c_str(), O_RDWR | O_CREAT | (path.starts_with("/dev") ? 0 : O_TRUNC), 0600));
@@ -186,7 +186,7 @@ TEST(MakeImageWriter, a_full_disk_is_told) {
   EXPECT_NE(Write(devices::FileFormat::Tiff, "/dev/full", shape), "");
 }
 
-/// The bytes between two marks behind a position.
+/// The bytes between two marks after a position.
 std::string Between(const std::string& text, const std::string& from, const std::string& to,
                     std::size_t at = 0) {
   const std::size_t start = text.find(from, at) + from.size();

@@ -303,7 +303,7 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
        {{"inside", "outside", "inside"}}},
       {"save" + square + "restore showpage \x04" + start + square + "showpage",
        {{"inside"}, {"inside"}}},
-      // Painted behind the last page of a job, and so on none.
+      // Painted after the last page of a job, and so on none.
       {square + "showpage" + square + "\x04" + start + square + "showpage",
        {{"inside"}, {"inside"}}}};
   for (const auto& [drawing, expected] : cases) {

@@ -269,7 +269,7 @@ TEST(HostileJob, with_a_huge_page_is_refused_in_every_kind_of_file) {
 
 // ---- Reports ----
 
-// All lines that are reports, of whatever sender: behind each other, and each with a partial line
+// All lines that are reports, of whatever sender: one after the other, and each with a partial line
 // and a carriage return ahead of it.
 TEST(HostileJob, forges_no_report_by_any_line) {
   REQUIRE_GHOSTSCRIPT();

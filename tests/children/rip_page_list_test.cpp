@@ -16,7 +16,7 @@ namespace {
 const std::vector<ListedPage> TwoPages{{"run-1", "/srv/pages/run/", "p0001"},
                                        {"run-2", "R:\\run\\", "p0002"}};
 
-// By hand, after the format's worked example: exactly two blanks and the line feed behind "<<".
+// By hand, after the format's worked example: exactly two blanks and the line feed after "<<".
 TEST(PageList, is_written_to_the_byte) {
   EXPECT_EQ(FormatPageList(TwoPages),
             ">> -- C-Format 2.0 -- <<  \n"

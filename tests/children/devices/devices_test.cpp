@@ -70,7 +70,7 @@ TEST(ReadDevices, overwrite_is_off_unless_it_says_yes) {
   EXPECT_TRUE(ReadDevices(FileDevice + "overwrite = yes\n")->front().overwrite);
 }
 
-TEST(ReadDevices, problems_say_line_and_reason) {
+TEST(ReadDevices, failures_say_line_and_reason) {
   EXPECT_EQ(ReasonOf("kind = file\n"), "line 1: a key before the first '[printer]'");
   EXPECT_EQ(ReasonOf("[]\n"), "line 1: a printer without a name");
   EXPECT_EQ(ReasonOf("[P\n"), "line 1: a printer's name has no closing ']'");
@@ -99,7 +99,7 @@ TEST(ReadDevices, problems_say_line_and_reason) {
   EXPECT_EQ(ReasonOf(std::string("[P]\nki\0nd\n", 10)), "line 2: holds a zero byte");
 }
 
-TEST(ReadDevices, problems_of_patterns_and_commands_say_line_and_reason) {
+TEST(ReadDevices, failures_of_patterns_and_commands_say_line_and_reason) {
   const std::string file = "[P]\nkind = file\nformat = png\npattern = ";
   EXPECT_EQ(ReasonOf(file + "{output}/{colour}.png"), "line 4: unknown field '{colour}'");
   EXPECT_EQ(ReasonOf(file + "{output}/{job.png"), "line 4: a '{' without its '}'");
