@@ -9,6 +9,7 @@
 #include "interpreter/interpreter.h"
 #include "interpreter/plane_file.h"
 #include "interpreter/short_run.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/private_directory.h"
@@ -26,7 +27,8 @@ constexpr double HighestResolution = 72;
 // The page that holds the area and a point around them, moved to where the interpreter's page is.
 // (Its own way to crop an EPS moves some files that stand in a DOS EPS off the page.)
 std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
-  const auto option = [](const char* name, double value) { return name + std::to_string(value); };
+  const auto text = [](double value) { return os::ShortDecimal(value, 6); };
+  const auto option = [&](const char* name, double value) { return name + text(value); };
   if (!area) return {option("-r", HighestResolution)};
   const double width = area->right - area->left + 2;
   const double height = area->top - area->bottom + 2;
@@ -36,8 +38,8 @@ std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
           option("-dDEVICEHEIGHTPOINTS=", height),
           "-dFIXEDMEDIA",
           "-c",
-          "<</BeginPage {pop " + std::to_string(1.0 - area->left) + " " +
-              std::to_string(1.0 - area->bottom) + " translate}>> setpagedevice"};
+          "<</BeginPage {pop " + text(1.0 - area->left) + " " + text(1.0 - area->bottom) +
+              " translate}>> setpagedevice"};
 }
 
 Expected<void> Paint(const std::string& path, const std::optional<PageArea>& area,
