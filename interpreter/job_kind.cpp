@@ -111,7 +111,7 @@ JobLayout FindJobLayout(std::string_view head, std::uint64_t fileSize) {
 std::uint64_t WrapperLength(std::string_view tail) {
   const std::size_t at = tail.rfind(UniversalExit);
   if (at == tail.npos) return 0;
-  // Between two of them only printer-language lines may stand, never a page.
+  // Between two of them only printer-language lines may come, never a page.
   std::size_t first = at;
   const std::size_t before = at == 0 ? tail.npos : tail.rfind(UniversalExit, at - 1);
   if (before != tail.npos) {

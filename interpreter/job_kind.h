@@ -25,7 +25,7 @@ inline constexpr std::size_t JobHeadSize = 65536;
 /// `head` is the file's beginning: JobHeadSize bytes, or all of a smaller file. `fileSize` is the
 /// size of the whole file.
 ///
-/// A PDF header may stand within the first 1024 bytes. PostScript begins at its first line with
+/// A PDF header may lie within the first 1024 bytes. PostScript begins at its first line with
 /// "%!": whitespace, end-of-job bytes, a byte-order mark, comment lines and printer-language lines
 /// before it are left out, since the interpreter would not see the header after them.
 /// "%!PS-Adobe-" with "EPSF" on the line makes it EPS, unless its bounding box holds nothing. Of

@@ -25,7 +25,7 @@ constexpr double PixelsAcross = 1500;
 constexpr double HighestResolution = 72;
 
 // The page that holds the area and a point around them, moved to where the interpreter's page is.
-// (Its own way to crop an EPS moves some files that stand in a DOS EPS off the page.)
+// (Its own way to crop an EPS moves some files within a DOS EPS off the page.)
 std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
   const auto text = [](double value) { return os::ShortDecimal(value, 6); };
   const auto option = [&](const char* name, double value) { return name + text(value); };

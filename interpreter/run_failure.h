@@ -6,7 +6,7 @@
 
 namespace rastrel::interpreter {
 
-/// The first failure of a run, which is the one that is told: those after it follow from it.
+/// The first failure of a run, which is the one that is reported: those after it follow from it.
 class RunFailure {
  public:
   /// Keeps it unless there is one already. False, for `return m_Failure.Set(...)`.

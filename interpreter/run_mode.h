@@ -55,7 +55,7 @@ class PictureMode final : public RunMode {
   [[nodiscard]] double Share(const RunProgress& progress) const override;
 };
 
-/// The first page is measured. Nobody is told how far that is.
+/// The first page is measured. Its progress is not reported.
 class MeasureMode final : public RunMode {
  public:
   [[nodiscard]] const RunScript& Script() const override { return MeasureScript(); }

@@ -41,8 +41,8 @@ constexpr int PixelPipeSize = 1 << 20;
 
 std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 
-// What the prolog must know before its first file. Sent through a pipe that is empty afterwards, so
-// the job can't read it again.
+// The values that the prolog needs before its first file. Sent through a pipe that is empty
+// afterwards, so the job can't read it again.
 std::string SetupText(const std::string& word, bool pdf) {
   return "serverdict begin 0 exitserver true setglobal userdict begin\n"
          "/rip.word (" +

@@ -43,7 +43,7 @@ class Delivery {
 inline constexpr const char* AllPlanes = "all";
 
 /// The paths that a device's files would have, in the order of the planes; one if not planar. Where
-/// the pattern has no {plane}, "-" and the plane's name stand in front of the extension. No two are
+/// the pattern has no {plane}, "-" and the plane's name come before the extension. No two are
 /// the same, whatever the planes are called.
 [[nodiscard]] std::vector<std::string> FilePaths(const DeliveryOrder& order,
                                                  const std::vector<std::string>& planes);

@@ -113,7 +113,7 @@ Expected<OutputFile> OutputFile::Create(const std::string& directory,
 }
 
 Expected<void> OutputFile::Flush() {
-  // A file system that can't be asked has nothing to tell.
+  // A file system that can't be asked has no answer.
   if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return {};
   return Failure{"flush a file in", m_Directory, errno};
 }

@@ -54,7 +54,7 @@ std::string InkArray(const std::vector<std::string>& inks) {
   std::set<std::string> taken = {"", "All", "None"};
   std::string array = "[";
   for (const std::string& ink : inks) {
-    // A zero byte can't stand in a name.
+    // A zero byte can't be in a name.
     const std::string first = ink.substr(0, std::min(ink.find('\0'), MaximumInkName));
     std::string unique = first;
     for (unsigned i = 2; !taken.insert(unique).second; ++i) {

@@ -94,7 +94,7 @@ class TiffWriter final : public ImageWriter {
     }
   }
 
-  /// The names stand one after the other, each with its zero byte; the library counts them.
+  /// The names follow one another, each with its zero byte; the library counts them.
   void SetInks() {
     std::string names;
     for (const std::string& plane : m_Shape.planes) {

@@ -100,7 +100,7 @@ const Section::Value* ValueOf(const Section& section, std::string_view key) {
   return found == section.values.end() ? nullptr : &found->second;
 }
 
-/// A value that must be one of some words; the first one stands for a missing key if `optional`.
+/// A value that must be one of some words; the first one is that of a missing key if `optional`.
 template <typename Choice, std::size_t Count>
 Expected<Choice> ChoiceOf(const Section& section, std::string_view key, bool optional,
                           const std::pair<std::string_view, Choice> (&words)[Count]) {

@@ -15,7 +15,7 @@ namespace rastrel::devices {
 enum class Field { Output, Job, Page, Copy, Printer, Plane, Date, File };
 
 /// The values of one delivery. Job, printer and plane may hold any character: Expand makes them
-/// safe. Output and file are native paths and taken as they stand.
+/// safe. Output and file are native paths and taken as they are.
 struct FieldValues {
   std::string output;
   std::string job;
@@ -38,7 +38,7 @@ inline constexpr std::size_t SafeNameLimit = 72;
 
 class Pattern {
  public:
-  /// Reads a pattern. "{{" and "}}" stand for the braces themselves. The failure names the field
+  /// Reads a pattern. "{{" and "}}" are the braces themselves. The failure names the field
   /// that is unknown, or the brace that has no other.
   [[nodiscard]] static Expected<Pattern> Read(std::string_view text);
 

@@ -10,7 +10,7 @@ namespace rastrel::jobspool {
 
 /// The library's command line.
 struct CommandLine {
-  bool measure = false;  ///< "-q -ps FILE": tell the page's size; "-ps -q FILE": convert the file
+  bool measure = false;  ///< "-q -ps FILE": measure the page; "-ps -q FILE": convert the file
   std::string file;      ///< native path
 };
 

@@ -23,8 +23,8 @@ struct PageMeasure {
 [[nodiscard]] std::optional<PageMeasure> MeasuredPage(const std::string& report,
                                                       const std::optional<PointBox>& declared);
 
-/// The lines that tell it, each with its line feed (docs/formats/queue-program.md). `resolution` is
-/// the one that a conversion would have, in dots per inch.
+/// The lines that report it, each with its line feed (docs/formats/queue-program.md). `resolution`
+/// is the one that a conversion would have, in dots per inch.
 [[nodiscard]] std::string FormatPageRecords(const PageMeasure& page, const std::string& name,
                                             int resolution);
 

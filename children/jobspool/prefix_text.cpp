@@ -14,7 +14,7 @@ constexpr double PointsPerInch = 72;
 constexpr std::string_view Start =
     "%!PS\n%%Title: Prefix of the queue program\nserverdict begin 0 exitserver\nuserdict begin\n";
 
-// With the digits that tell it exactly, and never with an exponent, which PostScript would read but
+// With as many digits as make it exact, and never with an exponent, which PostScript would read but
 // people would not.
 std::string Number(double value) {
   std::array<char, 400> digits{};
