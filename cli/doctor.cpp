@@ -205,7 +205,7 @@ void CheckDevices(Checks& checks) {
   try {
     const auto devices = ReadPrinters();
     check.text = std::to_string(devices.size()) + " found";
-    if (odalis::FindDevice(devices, DefaultPrinter) == nullptr) {
+    if (devices::FindDevice(devices, DefaultPrinter) == nullptr) {
       check.state = State::Warning;
       check.text += ", but nothing takes '" + std::string(DefaultPrinter) + "'";
       check.mend = "add a section of that name, or one named *, to the file";

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "children/jobspool/cut_archive.h"
-#include "children/jobspool/job_header.h"
+#include "children/jobspool/job_header_reader.h"
 #include "children/jobspool/job_source.h"
 #include "children/jobspool/prefix_text.h"
 

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const std::string_view text(reinterpret_cast<const char*>(bytes), size);
   const auto document = ReadCfm2(text);
   if (!document) {
-    if (!document.Error().text.starts_with("line ")) std::abort();
+    if (!Describe(document.Error()).starts_with("line ")) std::abort();
     return 0;
   }
   if (document->warnings.size() > MaximumWarnings) std::abort();

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "children/coreodalis/devices.h"
+#include "children/devices/devices.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  using namespace rastrel::odalis;
+  using namespace rastrel::devices;
   const std::string_view text(reinterpret_cast<const char*>(bytes), size);
   const std::string safe = SafeName(text);
   if (safe.empty() || safe.size() > SafeNameLimit || safe.front() == '.' || safe.front() == '-' ||
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   }
   const auto devices = ReadDevices(text);
   if (!devices) {
-    if (!devices.Error().text.starts_with("line ")) std::abort();
+    if (!Describe(devices.Error()).starts_with("line ")) std::abort();
     return 0;
   }
   FieldValues values;

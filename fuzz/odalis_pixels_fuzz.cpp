@@ -19,7 +19,7 @@ using namespace rastrel;
 
 constexpr unsigned MaximumRows = 64;  // the rest of a tall picture teaches nothing new
 
-void ReadRows(odalis::Attempt<std::unique_ptr<odalis::PixelFile>> file) {
+void ReadRows(Expected<std::unique_ptr<odalis::PixelFile>> file) {
   if (!file) return;
   std::vector<std::uint8_t> row((*file)->RowBytes());
   for (unsigned y = 0; y < (*file)->Height() && y < MaximumRows; ++y) {

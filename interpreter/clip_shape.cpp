@@ -8,7 +8,7 @@
 namespace rastrel::interpreter {
 namespace {
 
-// Of a pixel: what the interpreter's rounding can move a point and an edge apart.
+// Of a pixel: so far can the interpreter's rounding move a point and an edge apart.
 constexpr double Rounding = 1.0 / 128;
 // A shape of more corners than that is hardly a convex one, and each costs time for every point.
 constexpr std::size_t CornerLimit = 64;

@@ -12,7 +12,7 @@ struct PixelPoint {
   double y = 0;
 };
 
-/// The smallest upright rectangle around points. Holds none at first.
+/// The smallest upright rectangle around points. Empty at first.
 struct PixelBox {
   double left = std::numeric_limits<double>::infinity();
   double top = std::numeric_limits<double>::infinity();
@@ -53,7 +53,7 @@ class ClipShape {
   double m_Turn = 0;                  // 1 or -1: on which side of its edges the inside lies
 };
 
-/// Tells how a path lies, from its points, control points of curves among them. Borrows the shape.
+/// Finds how a path lies, from its points, control points of curves among them. Borrows the shape.
 class ClipJudge {
  public:
   explicit ClipJudge(const ClipShape& shape) : m_Shape(shape) {}

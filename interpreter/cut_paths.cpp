@@ -3,9 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <optional>
 #include <span>
@@ -13,6 +11,7 @@
 
 #include "interpreter/clip_shape.h"
 #include "interpreter/segment_text.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
@@ -24,16 +23,8 @@ constexpr double PointsPerInch = 72;
 constexpr std::string_view SeparationWord = "separation ";
 constexpr std::size_t MaximumColors = 10000;  // of a run; a prefix sets one
 
-// With four decimals at most: a point's ten-thousandth is far below any cutter's step.
-std::string Number(double value) {
-  std::array<char, 400> digits;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                          std::chars_format::fixed, 4);
-  std::string text(digits.data(), error == std::errc() ? end : digits.data());
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.ends_with('.')) text.pop_back();
-  return text == "-0" ? "0" : text;
-}
+// A point's ten-thousandth is far below any cutter's step.
+std::string Number(double value) { return os::ShortDecimal(value, 4); }
 
 // Control characters, '%' and what is no UTF-8 as %XX, so that a text keeps to its line.
 std::string Escape(std::string_view text) {
@@ -65,7 +56,7 @@ class SegmentWriter {
         m_YScale(PointsPerInch / info.yResolution),
         m_Height(info.height) {}
 
-  // False if the text is none of the prolog's making. The judge, if there is one, is told all
+  // False if the text is none of the prolog's making. The judge, if there is one, gets all
   // points that lines are made of.
   bool Add(std::string_view text, ClipJudge* judge) {
     SegmentReader reader(text);
@@ -88,7 +79,7 @@ class SegmentWriter {
       if (!m_Drawing) return;
       m_Lines += "h\n";
       m_Closed.back() = '1';
-      m_Drawing = false;  // what follows without a move begins where this part began
+      m_Drawing = false;  // a part without a move begins where this one began
       return;
     }
     if (!m_Drawing) Begin(judge);
@@ -230,7 +221,7 @@ void CutPaths::Append(std::string_view text) {
   }
 }
 
-// Capital letters begin something; what stands before the first one belongs to what is open.
+// Capital letters begin an item; the text before the first one belongs to the open item.
 void CutPaths::TakePiece(std::string_view piece) {
   while (!piece.empty()) {
     const std::size_t next = piece.find_first_of("SFETKX");
@@ -287,11 +278,11 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
 Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,
                              pages::PageInfo& info) {
   if (run.cuts == nullptr || !run.cuts->Wanted(info.page)) return {};
-  const std::string path = directory + "/" + CutPaths::FileName;
+  const std::string path = directory + "/" + pages::CutPathsName;
   const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file.IsOpen()) return Failure{"create", path, errno};
   if (!os::WriteAll(file.Get(), run.cuts->Take(info))) return Failure{"write", path, errno};
-  const auto described = DescribeFile(directory, CutPaths::FileName);
+  const auto described = pages::DescribeFile(directory, pages::CutPathsName);
   if (!described) return described.Error();
   info.files.push_back(*described);
   return {};

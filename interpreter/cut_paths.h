@@ -15,11 +15,10 @@ namespace rastrel::interpreter {
 /// each page (docs/formats/cut-paths.md). Pages are counted from 1 as the interpreter ends them.
 class CutPaths {
  public:
-  /// What the paths that wait for their page may take together, in bytes of memory.
+  /// Memory of all paths that wait for their page, in bytes, at most.
   static constexpr std::uint64_t Limit = std::uint64_t{256} << 20;
-  static constexpr const char* FileName = "cut-paths";
 
-  /// A page begins. What was drawn since the last page's end is lost with the page it was for.
+  /// A page begins. Paths since the last page's end are lost with the page that they were for.
   void BeginPage();
   /// The present page is put out.
   void EndPage();
@@ -56,7 +55,7 @@ class CutPaths {
   bool m_Set = false;                 // a cut color is
   std::vector<std::string> m_Colors;  // all that were set, by their number in the reports
   Page m_Present;
-  char m_Open = 0;     // what still grows: 'P' the last path, 'K' the clip, 0 nothing
+  char m_Open = 0;     // the open item: 'P' the last path, 'K' the clip, 0 nothing
   std::string m_Clip;  // segments of the clip in force
   std::uint64_t m_Bytes = 0;
   unsigned m_Ended = 0;

@@ -31,7 +31,7 @@ DiskUse UseOf(const std::string& directory) {
   return Sum(directory, lstat, [](const struct stat&) { return true; });
 }
 
-DiskUse UseOfNameless(pid_t process) {
+DiskUse UseOfAnonymous(pid_t process) {
   return Sum("/proc/" + std::to_string(process) + "/fd", stat, [](const struct stat& state) {
     return S_ISREG(state.st_mode) && state.st_nlink == 0;
   });

@@ -7,17 +7,18 @@
 
 namespace rastrel::interpreter {
 
-/// What files take on the disk.
+/// The room of files on the disk.
 struct DiskUse {
   std::uint64_t bytes = 0;
   std::uint64_t files = 0;
 };
 
-/// Of the files in that directory, which has none below it. What can't be read counts as nothing.
+/// Of the files in that directory, which has none below it. Files that can't be read count as
+/// nothing.
 [[nodiscard]] DiskUse UseOf(const std::string& directory);
 
-/// Of files without a name that the process holds open: deleted ones, which take their room until
+/// Of anonymous files that the process holds open: deleted ones, which take their room until
 /// they are closed.
-[[nodiscard]] DiskUse UseOfNameless(pid_t process);
+[[nodiscard]] DiskUse UseOfAnonymous(pid_t process);
 
 }  // namespace rastrel::interpreter

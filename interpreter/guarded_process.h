@@ -13,13 +13,13 @@
 /// Programs that a child program runs, which must not outlive it.
 namespace rastrel::interpreter {
 
-/// What a program is started with. Limits of 0 are none.
+/// The start of one program. Limits of 0 are none.
 struct ProcessRequest {
   std::string executable;                ///< native path
   std::vector<std::string> arguments;    ///< with the program's name as first element
   std::vector<std::string> environment;  ///< "NAME=value" each; nothing else is passed on
   std::string directory;                 ///< native working directory; empty: this process's own
-  /// The element at n becomes the program's descriptor n; -1 stands for /dev/null. No other
+  /// The element at n becomes the program's descriptor n; -1 means /dev/null. No other
   /// descriptor is passed on. They stay this process's own.
   std::vector<int> descriptors;
   std::uint64_t fileSizeLimit = 0;   ///< bytes of any one file that it writes

@@ -34,7 +34,7 @@ enum class Order : char {
 };
 
 constexpr std::size_t MessageLimit = 16384;  // longer than any path that the kernel takes
-constexpr int KillPatienceMilliseconds = 10000;
+constexpr int KillTimeoutMilliseconds = 10000;
 
 bool Send(int descriptor, Order order, std::string_view text) noexcept {
   char message[MessageLimit];
@@ -117,7 +117,7 @@ class Watch {
     if (process < 0) return;
     syscall(SYS_pidfd_send_signal, process, SIGKILL, nullptr, 0);
     pollfd entry{process, POLLIN, 0};
-    while (poll(&entry, 1, KillPatienceMilliseconds) < 0 && errno == EINTR) {
+    while (poll(&entry, 1, KillTimeoutMilliseconds) < 0 && errno == EINTR) {
     }
   }
 

@@ -7,12 +7,12 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// What keeps a child program's promise to leave nothing half-made behind, at whatever moment it is
+/// Keeps a child program's promise to leave nothing half-made on the disk, at whatever moment it is
 /// ended. The library ends a child with SIGKILL and waits for the end of its pipes; a program can't
 /// tidy up after that signal, so a second process does it in its place.
 namespace rastrel::interpreter {
 
-/// A forked process that waits for the end of the one that made it and then clears away what that
+/// A forked process that waits for the end of the one that made it and then clears away all that
 /// one has put under guard: process groups are killed, paths are removed with all below them.
 ///
 /// It holds standard error (and standard output, if asked to) open until it has done so. Who reads
@@ -21,13 +21,13 @@ namespace rastrel::interpreter {
 ///
 /// Order of use: start the guardian before anything is made, put a path under guard before it is
 /// made, let go of it only when it is whole and wanted. Not thread-safe. Any end of this process
-/// counts, whatever its exit status: what is to stay must be let go of first.
+/// counts, whatever its exit status: a path that is to stay must be let go of first.
 class Guardian {
  public:
   /// Starts it. REQUIRES: this process has one thread. `holdOutput`: keep standard output open too.
   [[nodiscard]] static Expected<Guardian> Start(bool holdOutput);
 
-  /// Clears away what is still under guard and returns when that is done.
+  /// Clears away all that is still under guard and returns when that is done.
   ~Guardian();
   Guardian(Guardian&& other) noexcept;
   Guardian& operator=(Guardian&& other) = delete;

@@ -43,7 +43,7 @@ bool JobFeed::Send() {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && errno == EAGAIN) break;
     if (count < 0) {
-      m_Pipe.Reset();  // the job said quit, or has failed; its exit status tells
+      m_Pipe.Reset();  // the job said quit, or has failed; its exit status says which
       break;
     }
     m_Sent += static_cast<std::size_t>(count);

@@ -16,8 +16,8 @@ class JobFeed {
 
   /// The pipe's end while there is something to send, else -1.
   [[nodiscard]] int Descriptor() const { return m_Pipe.Get(); }
-  /// Sends what the pipe takes now. Closes it at the part's end, or when the interpreter reads no
-  /// more. False if the file can't be read; errno says why.
+  /// Sends as much as the pipe takes now. Closes it at the part's end, or when the interpreter
+  /// reads no more. False if the file can't be read; errno says why.
   [[nodiscard]] bool Send();
   /// Which share of the part was sent, from 0 to 1.
   [[nodiscard]] double SentShare() const;

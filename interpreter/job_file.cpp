@@ -21,36 +21,17 @@ struct OpenFile {
   std::uint64_t size = 0;
 };
 
-std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
-  std::string text(count, '\0');
-  std::size_t filled = 0;
-  while (filled < count) {
-    const ssize_t got =
-        pread(file, text.data() + filled, count - filled, static_cast<off_t>(offset + filled));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    filled += static_cast<std::size_t>(got);
-  }
-  text.resize(filled);
-  return text;
-}
+Failure Refused(const std::string& sentence) { return FailureOf(sentence, FailureCode::BadInput); }
 
-RunFailure Unreadable(const char* what, const std::string& path, int error) {
-  return {ExitStatus::BadInput,
-          std::string("The ") + what + " can't be read: " + Describe({"open", path, error}) + "."};
-}
-
-// Opened without waiting, since the name could be a pipe's.
-std::variant<OpenFile, RunFailure> Open(const char* what, const std::string& path) {
+// Opened without waiting, since the name could be a pipe's. `role` is "job" or "prefix".
+Expected<OpenFile> Open(const std::string& role, const std::string& path) {
   OpenFile opened{os::FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), 0};
   struct stat state {};
   if (!opened.file.IsOpen() || fstat(opened.file.Get(), &state) != 0) {
-    return Unreadable(what, path, errno);
+    const Failure failure{"open", path, errno};
+    return Refused("The " + role + " can't be read: " + Describe(failure));
   }
-  if (!S_ISREG(state.st_mode)) {
-    return RunFailure{ExitStatus::BadInput,
-                      std::string("The ") + what + " is not a file: " + path + "."};
-  }
+  if (!S_ISREG(state.st_mode)) return Refused("The " + role + " is not a file: " + path);
   opened.size = static_cast<std::uint64_t>(state.st_size);
   return opened;
 }
@@ -67,37 +48,50 @@ bool SetsCutColor(std::string_view prefix) {
 
 }  // namespace
 
-std::variant<JobFile, RunFailure> OpenJob(const std::string& path, std::uint64_t start) {
+std::string ReadPart(int file, std::uint64_t offset, std::size_t count) {
+  std::string text(count, '\0');
+  std::size_t filled = 0;
+  while (filled < count) {
+    const ssize_t got =
+        pread(file, text.data() + filled, count - filled, static_cast<off_t>(offset + filled));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    filled += static_cast<std::size_t>(got);
+  }
+  text.resize(filled);
+  return text;
+}
+
+Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
   auto opened = Open("job", path);
-  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
-  auto& [file, size] = std::get<OpenFile>(opened);
+  if (!opened) return opened.Error();
+  auto& [file, size] = *opened;
   start = std::min(start, size);
-  JobLayout layout = FindJobLayout(ReadAt(file.Get(), start, JobHeadSize), size - start);
+  JobLayout layout = FindJobLayout(ReadPart(file.Get(), start, JobHeadSize), size - start);
   layout.offset += start;
   if (layout.section) {
     const auto length =
         static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length));
     const std::uint64_t section = layout.offset;
-    layout = FindJobLayout(ReadAt(file.Get(), section, length), layout.length);
+    layout = FindJobLayout(ReadPart(file.Get(), section, length), layout.length);
     layout.offset += section;
   }
   if (layout.kind == JobKind::Unknown) {
-    return RunFailure{ExitStatus::BadInput, "The job is neither PostScript nor PDF: " + path + "."};
+    return Refused("The job is neither PostScript nor PDF: " + path);
   }
   if (layout.wrapped) {
     const std::uint64_t tail = std::min(TailSize, layout.length);
     layout.length -= WrapperLength(
-        ReadAt(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
+        ReadPart(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
   }
   return JobFile{std::move(file), layout};
 }
 
-std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path) {
+Expected<PrefixFile> OpenPrefix(const std::string& path) {
   auto opened = Open("prefix", path);
-  if (auto* const failure = std::get_if<RunFailure>(&opened)) return std::move(*failure);
-  os::FileDescriptor& file = std::get<OpenFile>(opened).file;
-  const std::string head = ReadAt(file.Get(), 0, JobHeadSize);
-  return PrefixFile{std::move(file), FindTitle(head), SetsCutColor(head)};
+  if (!opened) return opened.Error();
+  const std::string head = ReadPart(opened->file.Get(), 0, JobHeadSize);
+  return PrefixFile{std::move(opened->file), FindTitle(head), SetsCutColor(head)};
 }
 
 }  // namespace rastrel::interpreter

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <string>
-#include <variant>
 
-#include "interpreter/exit_status.h"
 #include "interpreter/job_kind.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::interpreter {
@@ -18,17 +17,22 @@ struct JobFile {
 /// An open prefix.
 struct PrefixFile {
   os::FileDescriptor file;
-  std::string title;    ///< of its "%%Title:" line; may be empty
-  bool cutter = false;  ///< it has a line that sets a cut color
+  std::string title;          ///< of its "%%Title:" line; may be empty
+  bool setsCutColor = false;  ///< it has a line that sets one
 };
 
-/// Opens a job and finds out what it holds from `start` on; offsets count from the file's
-/// beginning all the same. Failures, all ExitStatus::BadInput: it can't be read, is no regular
-/// file, or holds neither PostScript nor PDF.
-[[nodiscard]] std::variant<JobFile, RunFailure> OpenJob(const std::string& path,
-                                                        std::uint64_t start = 0);
+/// Reads up to `count` bytes of an open file from `offset` on. Fewer at its end, or where it can't
+/// be read.
+[[nodiscard]] std::string ReadPart(int file, std::uint64_t offset, std::size_t count);
 
-/// Opens a prefix. It fails in the same way, if it can't be read or is no regular file.
-[[nodiscard]] std::variant<PrefixFile, RunFailure> OpenPrefix(const std::string& path);
+/// Opens a job, given by its native path, and finds its kind and extent from byte `start` on;
+/// offsets count from the file's beginning all the same. It fails if the file can't be read, is no
+/// regular one, or holds neither PostScript nor PDF: a sentence without its full stop, with the
+/// code BadInput.
+[[nodiscard]] Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start = 0);
+
+/// Opens a prefix, given by its native path. It fails in the same way, if it can't be read or is no
+/// regular file.
+[[nodiscard]] Expected<PrefixFile> OpenPrefix(const std::string& path);
 
 }  // namespace rastrel::interpreter

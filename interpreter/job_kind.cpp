@@ -11,7 +11,7 @@ constexpr std::string_view UniversalExit = "\x1b%-12345X";
 constexpr std::string_view BinaryMagic = "\xC5\xD0\xD3\xC6";
 constexpr std::size_t BinaryHeaderSize = 12;  // up to the PostScript section's length
 constexpr std::size_t PdfHeaderReach = 1024;
-constexpr std::string_view Blanks = " \t\r\n\f\v\x04";
+constexpr std::string_view Whitespace = " \t\r\n\f\v\x04";
 
 std::uint32_t LittleEndian(std::string_view bytes) {
   std::uint32_t value = 0;
@@ -24,9 +24,9 @@ std::string_view FirstLine(std::string_view text) {
 }
 
 std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(Blanks);
+  const std::size_t first = text.find_first_not_of(Whitespace);
   if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(Whitespace) - first + 1);
 }
 
 // The value of a comment at the beginning of a line, or empty.
@@ -51,7 +51,7 @@ bool HasEmptyBox(std::string_view head) {
   std::string_view rest = FindComment(head, "%%BoundingBox:");
   std::array<double, 4> box{};
   for (double& side : box) {
-    rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
+    rest.remove_prefix(std::min(rest.find_first_not_of(Whitespace), rest.size()));
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), side);
     if (error != std::errc()) return false;
     rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
@@ -63,7 +63,7 @@ void FindPostScript(std::string_view head, JobLayout& layout) {
   std::string_view rest = head;
   if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
   while (true) {
-    rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
+    rest.remove_prefix(std::min(rest.find_first_not_of(Whitespace), rest.size()));
     if (rest.starts_with(UniversalExit)) {
       layout.wrapped = true;
       rest.remove_prefix(UniversalExit.size());
@@ -111,7 +111,7 @@ JobLayout FindJobLayout(std::string_view head, std::uint64_t fileSize) {
 std::uint64_t WrapperLength(std::string_view tail) {
   const std::size_t at = tail.rfind(UniversalExit);
   if (at == tail.npos) return 0;
-  // Between two of them only printer-language lines may stand, never a page.
+  // Between two of them only printer-language lines may come, never a page.
   std::size_t first = at;
   const std::size_t before = at == 0 ? tail.npos : tail.rfind(UniversalExit, at - 1);
   if (before != tail.npos) {

@@ -16,19 +16,11 @@
 namespace rastrel::interpreter {
 namespace {
 
-constexpr const char* PreviewName = "preview.png";
-
 os::FileDescriptor CreateFile(const std::string& path) {
   return os::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
 }
 
 }  // namespace
-
-std::string PageName(unsigned page) {
-  std::string digits = std::to_string(page);
-  if (digits.size() < 4) digits.insert(0, 4 - digits.size(), '0');
-  return "p" + digits;
-}
 
 pages::PageInfo DescribePage(const RunDescription& run, unsigned page) {
   pages::PageInfo info;
@@ -39,25 +31,6 @@ pages::PageInfo DescribePage(const RunDescription& run, unsigned page) {
   info.xResolution = run.xResolution;
   info.yResolution = run.yResolution;
   return info;
-}
-
-Expected<pages::PageFile> DescribeFile(const std::string& directory, const std::string& name) {
-  const std::string path = directory + "/" + name;
-  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.IsOpen()) return Failure{"open", path, errno};
-  pages::Sha256 sum;
-  pages::PageFile described{name, 0, {}};
-  std::vector<std::byte> buffer(262144);
-  while (true) {
-    const ssize_t count = read(file.Get(), buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Failure{"read", path, errno};
-    if (count == 0) break;
-    sum.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
-    described.bytes += static_cast<std::uint64_t>(count);
-  }
-  described.sha256 = sum.Finish();
-  return described;
 }
 
 Expected<void> WritePageInfo(const std::string& directory, const pages::PageInfo& info) {
@@ -79,7 +52,7 @@ PageDirectory::PageDirectory(std::string path, unsigned page, const PageSize& si
 Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string& runDirectory,
                                                                unsigned page,
                                                                const PageSize& size) {
-  const std::string path = runDirectory + "/" + PageName(page);
+  const std::string path = runDirectory + "/" + pages::PageName(page);
   if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
   std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
   made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
@@ -128,9 +101,9 @@ void PageDirectory::FeedPreview(std::span<const std::byte> bytes) {
 
 Expected<void> PageDirectory::Finish(const RunDescription& run) {
   m_Pixels.Reset();
-  const auto pictured = m_Preview.Write(m_Path + "/" + PreviewName);
+  const auto pictured = m_Preview.Write(m_Path + "/" + pages::PreviewName);
   if (!pictured) return pictured.Error();
-  const auto picture = DescribeFile(m_Path, PreviewName);
+  const auto picture = pages::DescribeFile(m_Path, pages::PreviewName);
   if (!picture) return picture.Error();
   pages::PageInfo info = DescribePage(run, m_Page);
   info.width = m_Size.width;

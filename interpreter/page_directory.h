@@ -19,27 +19,20 @@ namespace rastrel::interpreter {
 
 class CutPaths;
 
-/// What all pages of a run have in common.
+/// The common part of a run's pages.
 struct RunDescription {
   std::string job;      ///< title; UTF-8
   std::string printer;  ///< as the prefix selected it
   std::string mode;     ///< "FOLDER/NAME"
   double xResolution = 72;
   double yResolution = 72;
-  /// What becomes of the samples of planes with these names, whose levels the interpreter leaves.
+  /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.
   std::map<std::string, std::array<std::uint8_t, 256>> transfers;
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 
-/// "p0001" for 1. Five and more digits where they are needed.
-[[nodiscard]] std::string PageName(unsigned page);
-
 /// A page info with the run's description filled in.
 [[nodiscard]] pages::PageInfo DescribePage(const RunDescription& run, unsigned page);
-
-/// Reads a file to its end for its size and check sum.
-[[nodiscard]] Expected<pages::PageFile> DescribeFile(const std::string& directory,
-                                                     const std::string& name);
 
 /// Writes the ".info" file of a finished page, last of all its files.
 [[nodiscard]] Expected<void> WritePageInfo(const std::string& directory,

@@ -17,8 +17,8 @@ bool ReadPositive(const std::string& token, unsigned& number) {
 
 }  // namespace
 
-bool PageStream::Fail(const char* problem) {
-  m_Problem = problem;
+bool PageStream::Fail(const char* reason) {
+  m_Reason = reason;
   return false;
 }
 
@@ -38,16 +38,16 @@ bool PageStream::Add(std::span<const std::byte> bytes) {
   return true;
 }
 
-// A header is four words between white space, with comments from '#' to the line's end: the kind,
-// width, height, and the largest sample. One white space character closes it.
+// A header is four words between whitespace, with comments from '#' to the line's end: the kind,
+// width, height, and the largest sample. One whitespace character closes it.
 bool PageStream::AddHeaderByte(char byte) {
   if (++m_HeaderBytes > HeaderLimit) return Fail("an image's header is too long");
   if (m_InComment) {
     m_InComment = byte != '\n' && byte != '\r';
     return true;
   }
-  const bool blank = byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
-  if (!blank && byte != '#') {
+  const bool whitespace = byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+  if (!whitespace && byte != '#') {
     m_Token += byte;
     return true;
   }

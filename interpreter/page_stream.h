@@ -4,8 +4,6 @@
 #include <span>
 #include <string>
 
-#include "interpreter/exit_status.h"
-
 namespace rastrel::interpreter {
 
 /// Size of a page in pixels, and samples of each pixel: 1 for gray, 3 for RGB. 8 bits each.
@@ -29,18 +27,18 @@ class PageReceiver {
   virtual bool EndPage() = 0;
 };
 
-/// Cuts the interpreter's pixel stream, binary PPM or PGM images one behind the other, into pages.
+/// Cuts the interpreter's pixel stream, binary PPM or PGM images one after the other, into pages.
 /// Holds no more than a header.
 class PageStream {
  public:
   explicit PageStream(PageReceiver& receiver) : m_Receiver(receiver) {}
 
   /// Takes the next bytes. False if the receiver ended the stream or the bytes are no such images;
-  /// Problem() is empty in the first case.
+  /// Reason() is empty in the first case.
   [[nodiscard]] bool Add(std::span<const std::byte> bytes);
-  /// False if the stream ended within a page; Problem() says so.
+  /// False if the stream ended within a page; Reason() says so.
   [[nodiscard]] bool Finish();
-  [[nodiscard]] const std::string& Problem() const { return m_Problem; }
+  [[nodiscard]] const std::string& Reason() const { return m_Reason; }
   /// Which share of the present page has come, from 0 to 1; 0 between pages.
   [[nodiscard]] double PresentShare() const;
 
@@ -49,7 +47,7 @@ class PageStream {
  private:
   bool AddHeaderByte(char byte);
   bool FinishToken();
-  bool Fail(const char* problem);
+  bool Fail(const char* reason);
 
   PageReceiver& m_Receiver;
   PageSize m_Size;
@@ -59,7 +57,7 @@ class PageStream {
   unsigned m_TokenCount = 0;
   std::size_t m_HeaderBytes = 0;
   bool m_InComment = false;
-  std::string m_Problem;
+  std::string m_Reason;
 };
 
 }  // namespace rastrel::interpreter

@@ -14,9 +14,9 @@ namespace {
 
 constexpr unsigned SamplesPerSide = 4;  // of a cell, in either direction
 
-unsigned Scaled(unsigned side, unsigned longest) {
-  if (longest <= Preview::MaximumSide) return side;
-  const std::uint64_t scaled = std::uint64_t{side} * Preview::MaximumSide / longest;
+unsigned Scaled(unsigned side, unsigned longer) {
+  if (longer <= Preview::MaximumSide) return side;
+  const std::uint64_t scaled = std::uint64_t{side} * Preview::MaximumSide / longer;
   return std::max(1U, static_cast<unsigned>(scaled));
 }
 

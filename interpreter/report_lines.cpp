@@ -2,16 +2,9 @@
 
 #include <algorithm>
 
+#include "rastrel/platform/os/hex.h"
+
 namespace rastrel::interpreter {
-namespace {
-
-int DigitValue(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-  return -1;
-}
-
-}  // namespace
 
 std::optional<Report> ReadReport(std::string_view line, std::string_view word) {
   if (word.empty() || !line.starts_with(word)) return {};
@@ -24,10 +17,9 @@ std::optional<Report> ReadReport(std::string_view line, std::string_view word) {
   const std::string_view digits = line.substr(blank + 1);
   if (digits.size() % 2 != 0) return {};
   for (std::size_t i = 0; i < digits.size(); i += 2) {
-    const int high = DigitValue(digits[i]);
-    const int low = DigitValue(digits[i + 1]);
-    if (high < 0 || low < 0) return {};
-    report.value += static_cast<char>(high * 16 + low);
+    const auto byte = os::ByteFromHex(digits[i], digits[i + 1], os::HexCase::Lower);
+    if (!byte) return {};
+    report.value += static_cast<char>(*byte);
   }
   return report;
 }

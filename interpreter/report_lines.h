@@ -26,12 +26,12 @@ class LineCutter {
   void Add(std::string_view bytes);
   /// The next whole line, without its end, or nothing. Empty lines are left out.
   [[nodiscard]] std::optional<std::string> Next();
-  /// What stands behind the last line end, once the stream has ended; may be empty.
+  /// The text after the last line end, once the stream has ended; may be empty.
   [[nodiscard]] std::string Last() const { return m_Text.substr(m_Start); }
 
  private:
   std::string m_Text;
-  std::size_t m_Start = 0;  // what stands before it has been handed out
+  std::size_t m_Start = 0;  // the text before it has been returned
 };
 
 }  // namespace rastrel::interpreter

@@ -1,17 +1,14 @@
 #include "interpreter/run_directory.h"
 
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <utility>
 
-#include "interpreter/cfm2_writer.h"
-#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/random_digits.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -40,38 +37,7 @@ void RemoveEmptied(const std::string& parent) {
   }
 }
 
-bool SamePlace(const std::string& one, const std::string& other) {
-  std::error_code error;
-  return fs::equivalent(one, other, error) && !error;
-}
-
-// Makes `link` lead to `target`, or finds that it does. Relative where it can be, so that a data
-// root may be moved.
-bool LeadTo(const std::string& link, const std::string& target) {
-  std::error_code error;
-  const fs::path root = fs::canonical(fs::path(link).parent_path(), error);
-  const fs::path place = fs::canonical(target, error);
-  if (error) return false;
-  const fs::path relative = place.lexically_relative(root);
-  const bool below = !relative.empty() && *relative.begin() != "..";
-  if (symlink((below ? relative : place).c_str(), link.c_str()) != 0 && errno != EEXIST) {
-    return false;
-  }
-  return SamePlace(link, target);
-}
-
 }  // namespace
-
-std::string RandomDigits(std::size_t bytes) {
-  std::string text;
-  for (std::size_t i = 0; i < bytes; ++i) {
-    unsigned char byte = 0;
-    if (getrandom(&byte, 1, 0) != 1) return {};
-    text += "0123456789abcdef"[byte >> 4];
-    text += "0123456789abcdef"[byte & 15];
-  }
-  return text;
-}
 
 RunDirectory::RunDirectory(std::string parent, std::string name)
     : m_Parent(std::move(parent)), m_Name(std::move(name)), m_Path(m_Parent + "/" + m_Name) {}
@@ -86,7 +52,7 @@ Expected<RunDirectory> RunDirectory::Make(const std::string& ripDirectory, Guard
 }
 
 Expected<RunDirectory> RunDirectory::MakeIn(const std::string& parent, Guardian& guardian) {
-  const std::string name = RandomDigits(NameBytes);
+  const std::string name = os::RandomDigits(NameBytes);
   if (name.empty()) return Failure{"getrandom", {}, errno};
   RunDirectory made(parent, name);
   if (!guardian.Guard(made.m_Path)) return Failure{"guard", made.m_Path, errno};
@@ -99,25 +65,13 @@ Expected<RunDirectory> RunDirectory::MakeIn(const std::string& parent, Guardian&
   return made;
 }
 
-bool RunDirectory::RemoveWork() const {
-  std::error_code first;
-  std::error_code second;
-  fs::remove_all(Temporary(), first);
-  fs::remove_all(Planes(), second);
-  return !first && !second;
-}
-
-Expected<std::string> RunDirectory::ListedPath() const {
-  const std::string native = m_Path + "/";
-  // A backslash separates in the library's text, so a native name with one has no such text.
-  if (IsPlainValue(native) && native.find('\\') == native.npos) return native;
-  const std::string root = os::DataRoot();
-  for (char letter = 'r'; letter <= 'z'; ++letter) {
-    if (!LeadTo(root + "/drive_" + letter, m_Parent)) continue;
-    const char drive = static_cast<char>(letter - 'a' + 'A');
-    return std::string(1, drive) + ":\\" + m_Name + "\\";
+Expected<void> RunDirectory::RemoveWork() const {
+  for (const std::string& path : {Temporary(), Planes()}) {
+    std::error_code error;
+    fs::remove_all(path, error);
+    if (error) return Failure{"remove", path, error.value()};
   }
-  return Failure{"find a drive letter that can stand for", m_Parent, EEXIST};
+  return {};
 }
 
 }  // namespace rastrel::interpreter

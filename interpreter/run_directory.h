@@ -7,10 +7,6 @@
 
 namespace rastrel::interpreter {
 
-/// `bytes` random bytes of the system as hexadecimal digits, two each; empty if it has none to
-/// give.
-[[nodiscard]] std::string RandomDigits(std::size_t bytes);
-
 /// The directory of one run's pages: a fresh one below the RIP's "System/c-out", with two work
 /// directories in it that are gone when the pages are handed over. Under guard from before it is
 /// made.
@@ -22,6 +18,8 @@ class RunDirectory {
   /// Makes one in that directory, which must exist. Native path without a closing slash.
   [[nodiscard]] static Expected<RunDirectory> MakeIn(const std::string& parent, Guardian& guardian);
 
+  /// Native path of the directory that it lies in, without a closing slash.
+  [[nodiscard]] const std::string& Parent() const { return m_Parent; }
   /// Native path without a closing slash.
   [[nodiscard]] const std::string& Path() const { return m_Path; }
   /// The one name of it that no other run has: 32 hexadecimal digits.
@@ -30,14 +28,8 @@ class RunDirectory {
   [[nodiscard]] std::string Temporary() const { return m_Path + "/.tmp"; }
   /// Where the interpreter puts separations before they move to their pages.
   [[nodiscard]] std::string Planes() const { return m_Path + "/.planes"; }
-  /// Removes both work directories. False if one can't be removed.
-  [[nodiscard]] bool RemoveWork() const;
-
-  /// The library path of this directory, with its closing separator, as the page list can hold it;
-  /// a page's own directory is the one of its title below it. That is the native path; where a
-  /// reader of the list would stumble over it, a path on a drive letter from r to z, whose folder
-  /// in the data root is made a link to "System/c-out".
-  [[nodiscard]] Expected<std::string> ListedPath() const;
+  /// Removes both work directories. The failure names the first one.
+  [[nodiscard]] Expected<void> RemoveWork() const;
 
  private:
   RunDirectory(std::string parent, std::string name);

@@ -33,7 +33,7 @@ class SegmentReader {
   explicit SegmentReader(std::string_view text) : m_Rest(text) {}
   /// The next one, or nothing: at the end, or where the text is none of the prolog's making.
   [[nodiscard]] std::optional<Segment> Next();
-  /// Whether the end that Next() told was the text's.
+  /// Whether Next() has ended at the text's end.
   [[nodiscard]] bool AtEnd() const { return m_AtEnd; }
 
  private:

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "interpreter/cut_paths.h"
+#include "interpreter/plane_file.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
@@ -31,7 +31,7 @@ constexpr std::string_view Extension = ".tif";
 struct PlaneFile {
   std::string name;    // of the color
   std::string source;  // file name in the work directory
-  std::size_t rank;    // process colors by their order, all others behind
+  std::size_t rank;    // process colors by their order, all others after them
 };
 
 struct TiffCloser {
@@ -123,27 +123,32 @@ Expected<PageSize> CheckPlane(const std::string& path) {
   return *size;
 }
 
+// The form of a plane that is written again: as the interpreter has it, at its resolution.
+void SetPlaneForm(TIFF* to, TIFF* from, const PageSize& size) {
+  TIFFSetField(to, TIFFTAG_IMAGEWIDTH, size.width);
+  TIFFSetField(to, TIFFTAG_IMAGELENGTH, size.height);
+  TIFFSetField(to, TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(to, TIFFTAG_SAMPLESPERPIXEL, 1);
+  TIFFSetField(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+  TIFFSetField(to, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  TIFFSetField(to, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  for (const ttag_t tag : {ttag_t{TIFFTAG_XRESOLUTION}, ttag_t{TIFFTAG_YRESOLUTION}}) {
+    float resolution = 0;
+    if (TIFFGetField(from, tag, &resolution) == 1) {
+      TIFFSetField(to, tag, static_cast<double>(resolution));
+    }
+  }
+  TIFFSetField(to, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  TIFFSetField(to, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(to, 0));
+}
+
 // Writes a plane again with other samples, and removes it where it was.
 Expected<void> MoveChanged(const std::string& source, const std::string& target,
                            const PageSize& size, const std::array<std::uint8_t, 256>& transfer) {
   const Tiff from = OpenTiff(source);
   const Tiff to(TIFFOpen(target.c_str(), "w"));
   if (!from || !to) return Failure{"open", from ? target : source, EINVAL};
-  TIFFSetField(to.get(), TIFFTAG_IMAGEWIDTH, size.width);
-  TIFFSetField(to.get(), TIFFTAG_IMAGELENGTH, size.height);
-  TIFFSetField(to.get(), TIFFTAG_BITSPERSAMPLE, 8);
-  TIFFSetField(to.get(), TIFFTAG_SAMPLESPERPIXEL, 1);
-  TIFFSetField(to.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-  TIFFSetField(to.get(), TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-  TIFFSetField(to.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-  for (const ttag_t tag : {ttag_t{TIFFTAG_XRESOLUTION}, ttag_t{TIFFTAG_YRESOLUTION}}) {
-    float resolution = 0;
-    if (TIFFGetField(from.get(), tag, &resolution) == 1) {
-      TIFFSetField(to.get(), tag, static_cast<double>(resolution));
-    }
-  }
-  TIFFSetField(to.get(), TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-  TIFFSetField(to.get(), TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(to.get(), 0));
+  SetPlaneForm(to.get(), from.get(), size);
   std::vector<std::uint8_t> samples(static_cast<std::size_t>(TIFFScanlineSize64(from.get())));
   if (samples.size() != size.width) return Failure{"read", source, EINVAL};
   for (unsigned row = 0; row < size.height; ++row) {
@@ -184,10 +189,39 @@ Expected<void> TakePlane(const PlaneFile& plane, const RunDescription& run,
   } else if (rename(source.c_str(), target.c_str()) != 0) {
     return Failure{"rename", source, errno};
   }
-  const auto described = DescribeFile(directory, name);
+  const auto described = pages::DescribeFile(directory, name);
   if (!described) return described.Error();
   info.planes.push_back({plane.name, name, 0});
   info.files.push_back(*described);
+  return {};
+}
+
+// The planes of a page that are printed, in their order.
+Expected<std::vector<PlaneFile>> PrintedPlanes(const std::string& workDirectory, unsigned page,
+                                               const RunDescription& run) {
+  std::vector<PlaneFile> planes = FindPlanes(workDirectory, page);
+  // The interpreter makes a plane for every separation that a page names; that of the cut color
+  // holds nothing, since its paths were taken out.
+  std::erase_if(planes, [&](const PlaneFile& plane) {
+    return run.cuts != nullptr && plane.rank >= ProcessNames.size() &&
+           run.cuts->TakesSeparation(plane.name);
+  });
+  if (planes.size() < ProcessNames.size() || planes[3].rank != 3 || planes.size() > PlaneLimit) {
+    return Failure{"find the planes of page " + std::to_string(page), workDirectory, EINVAL};
+  }
+  return planes;
+}
+
+// Makes the preview of the interpreter's composite, which goes.
+Expected<void> TakeComposite(const std::string& composite, const std::string& directory,
+                             pages::PageInfo& info) {
+  const PageSize size{info.width, info.height, 4};
+  const auto pictured = WritePreview(composite, size, directory + "/" + pages::PreviewName);
+  if (!pictured) return pictured.Error();
+  const auto picture = pages::DescribeFile(directory, pages::PreviewName);
+  if (!picture) return picture.Error();
+  info.files.push_back(*picture);
+  unlink(composite.c_str());
   return {};
 }
 
@@ -199,44 +233,22 @@ bool HasSeparations(const std::string& workDirectory, unsigned page) {
 }
 
 std::string PlaneName(const std::string& fileName) {
-  const std::size_t open = fileName.find('(');
-  constexpr std::string_view Close = ").tif";
-  if (open == fileName.npos || !fileName.ends_with(Close)) return {};
-  if (fileName.size() < open + 1 + Close.size()) return {};
-  const std::string_view escaped =
-      std::string_view(fileName).substr(open + 1, fileName.size() - Close.size() - open - 1);
-  std::string bytes;
-  for (std::size_t i = 0; i < escaped.size(); ++i) {
-    unsigned value = 0;
-    const bool escape =
-        escaped[i] == '%' && i + 2 < escaped.size() &&
-        std::sscanf(std::string(escaped.substr(i + 1, 2)).c_str(), "%2x", &value) == 1;
-    bytes += escape ? static_cast<char>(value) : escaped[i];
-    if (escape) i += 2;
-  }
-  if (os::Utf8FromWide(os::WideFromUtf8(bytes)) == bytes) return bytes;
-  return os::Utf8FromWide(os::WideFromAnsi(bytes));
+  const auto bytes = PlaneNameBytes(fileName);
+  if (!bytes || os::Utf8FromWide(os::WideFromUtf8(*bytes)) == *bytes) return bytes.value_or("");
+  return os::Utf8FromWide(os::WideFromAnsi(*bytes));
 }
 
 Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::string& runDirectory,
                                   unsigned page, const RunDescription& run,
                                   std::uint64_t pixelLimit) {
-  std::vector<PlaneFile> planes = FindPlanes(workDirectory, page);
-  // The interpreter makes a plane for every separation that a page names; that of the cut color
-  // holds nothing, since its paths were taken out.
-  std::erase_if(planes, [&](const PlaneFile& plane) {
-    return run.cuts != nullptr && plane.rank >= ProcessNames.size() &&
-           run.cuts->TakesSeparation(plane.name);
-  });
-  if (planes.size() < ProcessNames.size() || planes[3].rank != 3 || planes.size() > PlaneLimit) {
-    return Failure{"find the planes of page " + std::to_string(page), workDirectory, EINVAL};
-  }
-  const std::string directory = runDirectory + "/" + PageName(page);
+  const auto planes = PrintedPlanes(workDirectory, page, run);
+  if (!planes) return planes.Error();
+  const std::string directory = runDirectory + "/" + pages::PageName(page);
   if (mkdir(directory.c_str(), 0777) != 0) return Failure{"mkdir", directory, errno};
   pages::PageInfo info = DescribePage(run, page);
   info.color =
-      planes.size() > ProcessNames.size() ? pages::PageColor::Separations : pages::PageColor::Cmyk;
-  for (const PlaneFile& plane : planes) {
+      planes->size() > ProcessNames.size() ? pages::PageColor::Separations : pages::PageColor::Cmyk;
+  for (const PlaneFile& plane : *planes) {
     const auto taken = TakePlane(plane, run, workDirectory, directory, info);
     if (!taken) return taken.Error();
     if (std::uint64_t{info.width} * info.height > pixelLimit) {
@@ -244,15 +256,8 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
     }
   }
   const std::string composite = workDirectory + "/" + PageDigits(page) + std::string(Extension);
-  const PageSize size{info.width, info.height, 4};
-  const auto pictured = WritePreview(composite, size, directory + "/preview.png");
-  if (!pictured) return pictured.Error();
-  const auto picture = DescribeFile(directory, "preview.png");
-  if (!picture) return picture.Error();
-  info.files.push_back(*picture);
-  unlink(composite.c_str());
-  const auto cut = WriteCutPaths(run, directory, info);
-  if (!cut) return cut.Error();
+  if (const auto pictured = TakeComposite(composite, directory, info); !pictured) return pictured;
+  if (const auto cut = WriteCutPaths(run, directory, info); !cut) return cut;
   return WritePageInfo(directory, info);
 }
 

@@ -12,9 +12,8 @@ namespace rastrel::interpreter {
 /// Whether files of the page with that number, counted from 1, lie in the work directory.
 [[nodiscard]] bool HasSeparations(const std::string& workDirectory, unsigned page);
 
-/// The plane's name in a file name of the interpreter: what stands between the first '(' and the
-/// closing ").tif", with its %XX escapes resolved, as UTF-8 (bytes that are none count as
-/// Windows-1252). Empty if the file name has another form.
+/// The plane's name in the name of its file (PlaneNameBytes) as UTF-8; bytes that are none count as
+/// Windows-1252. Empty if the file name has another form.
 [[nodiscard]] std::string PlaneName(const std::string& fileName);
 
 /// Makes the page's directory: a TIFF file a plane with 8 bits, 255 for no ink; "preview.png";

@@ -8,7 +8,7 @@ namespace rastrel::interpreter {
 namespace {
 
 // Large enough for any use, small enough that seconds or mebibytes can be reckoned with.
-constexpr std::uint64_t Largest = 1000000000000;
+constexpr std::uint64_t Maximum = 1000000000000;
 
 void Read(const char* name, std::uint64_t& value, std::vector<std::string>& complaints) {
   const std::string text = os::EnvironmentValue(name);
@@ -16,7 +16,7 @@ void Read(const char* name, std::uint64_t& value, std::vector<std::string>& comp
   std::uint64_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error == std::errc() && stop == end && number > 0 && number <= Largest) {
+  if (error == std::errc() && stop == end && number > 0 && number <= Maximum) {
     value = number;
   } else {
     complaints.push_back(std::string(name) + " is not a whole number above 0; " +

@@ -9,10 +9,14 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <span>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "pages/sha256.h"
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/hex.h"
 
 namespace rastrel::pages {
 namespace {
@@ -50,10 +54,8 @@ std::size_t SequenceLength(std::string_view text) {
 }
 
 void AppendEscape(std::string& target, char character) {
-  const auto value = static_cast<unsigned char>(character);
   target += '%';
-  target += "0123456789ABCDEF"[value >> 4];
-  target += "0123456789ABCDEF"[value & 15];
+  os::AppendHex(target, static_cast<unsigned char>(character), os::HexCase::Upper);
 }
 
 // Control characters, '%' and what is no UTF-8 become %XX; blanks too where they part two values.
@@ -75,12 +77,6 @@ std::string Escape(std::string_view text, bool blanks) {
   return escaped;
 }
 
-int DigitValue(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-  return -1;
-}
-
 bool Unescape(std::string_view text, std::string& plain) {
   plain.clear();
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -89,10 +85,9 @@ bool Unescape(std::string_view text, std::string& plain) {
       continue;
     }
     if (i + 2 >= text.size()) return false;
-    const int high = DigitValue(text[i + 1]);
-    const int low = DigitValue(text[i + 2]);
-    if (high < 0 || low < 0) return false;
-    plain += static_cast<char>(high * 16 + low);
+    const auto byte = os::ByteFromHex(text[i + 1], text[i + 2], os::HexCase::Upper);
+    if (!byte) return false;
+    plain += static_cast<char>(*byte);
     i += 2;
   }
   return true;
@@ -124,7 +119,7 @@ class Reader {
   Expected<PageInfo> Read() {
     PageInfo info;
     if (ReadAll(info)) return info;
-    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Problem, EINVAL};
+    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Reason, EINVAL};
   }
 
  private:
@@ -140,8 +135,8 @@ class Reader {
            Check(info);
   }
 
-  bool Fail(std::string problem) {
-    m_Problem = std::move(problem);
+  bool Fail(std::string reason) {
+    m_Reason = std::move(reason);
     return false;
   }
 
@@ -258,7 +253,7 @@ class Reader {
   std::string_view m_Rest;
   std::string_view m_Text;
   unsigned m_Line = 0;
-  std::string m_Problem;
+  std::string m_Reason;
 };
 
 Failure Failed(const char* operation, const std::string& path) {
@@ -266,6 +261,31 @@ Failure Failed(const char* operation, const std::string& path) {
 }
 
 }  // namespace
+
+std::string PageName(unsigned page) {
+  std::string digits = std::to_string(page);
+  if (digits.size() < 4) digits.insert(0, 4 - digits.size(), '0');
+  return "p" + digits;
+}
+
+Expected<PageFile> DescribeFile(const std::string& directory, const std::string& name) {
+  const std::string path = directory + "/" + name;
+  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.IsOpen()) return Failure{"open", path, errno};
+  Sha256 sum;
+  PageFile described{name, 0, {}};
+  std::vector<std::byte> buffer(262144);
+  while (true) {
+    const ssize_t count = read(file.Get(), buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Failure{"read", path, errno};
+    if (count == 0) break;
+    sum.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
+    described.bytes += static_cast<std::uint64_t>(count);
+  }
+  described.sha256 = sum.Finish();
+  return described;
+}
 
 std::string FormatPageInfo(const PageInfo& info) {
   std::string text(Heading);

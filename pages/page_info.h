@@ -6,8 +6,8 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// The ".info" file of a page directory: what the RIP made and in which files it lies. The format
-/// is told in docs/formats/page-directory.md; this is its one reader and writer.
+/// The ".info" file of a page directory: the page's form and the files that hold it. The format is
+/// described in docs/formats/page-directory.md; this is its one reader and writer.
 namespace rastrel::pages {
 
 /// How a page's pixels are colored.
@@ -44,6 +44,17 @@ struct PageInfo {
 
 /// Name of the file in a page directory.
 inline constexpr const char* PageInfoName = ".info";
+
+/// Name of the picture in a page directory, and of the cut paths if it has any.
+inline constexpr const char* PreviewName = "preview.png";
+inline constexpr const char* CutPathsName = "cut-paths";
+
+/// The name of a page's directory: "p0001" for 1. Five and more digits where they are needed.
+[[nodiscard]] std::string PageName(unsigned page);
+
+/// Reads a file of a page directory to its end for its size and check sum. `directory` is native.
+[[nodiscard]] Expected<PageFile> DescribeFile(const std::string& directory,
+                                              const std::string& name);
 
 /// The file's text.
 [[nodiscard]] std::string FormatPageInfo(const PageInfo& info);

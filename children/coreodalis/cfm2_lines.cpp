@@ -25,8 +25,8 @@ std::string Quoted(std::string_view text) {
   return "'" + std::string(text.substr(0, QuotedLimit)) + "...'";
 }
 
-Problem AtLine(std::size_t line, const std::string& what) {
-  return Problem{"line " + std::to_string(line) + ": " + what};
+Failure AtLine(std::size_t line, const std::string& what) {
+  return FailureOf("line " + std::to_string(line) + ": " + what);
 }
 
 std::optional<TicketType> TicketTypeOf(std::string_view word) {
@@ -58,8 +58,8 @@ bool IsDirectoryName(std::string_view title) {
 
 class Reader {
  public:
-  Attempt<Cfm2Document> Read(std::string_view text) {
-    if (Trim(text).empty()) return Problem{"line 1: the input is empty, and no CFM2"};
+  Expected<Cfm2Document> Read(std::string_view text) {
+    if (Trim(text).empty()) return FailureOf("line 1: the input is empty, and no CFM2");
     while (!text.empty()) {
       const std::size_t end = std::min(text.find('\n'), text.size());
       ++m_Line;
@@ -71,12 +71,12 @@ class Reader {
   }
 
  private:
-  Attempt<Success> TakeLine(std::string_view line) {
+  Expected<void> TakeLine(std::string_view line) {
     if (line.find('\0') != std::string_view::npos) return AtLine(m_Line, "holds a zero byte");
     // Only the first column opens a comment: a value may hold any number of '>'.
-    if (!line.empty() && line.front() == '>') return Success{};
+    if (!line.empty() && line.front() == '>') return {};
     const std::string_view whole = Trim(line);
-    if (whole.empty()) return Success{};
+    if (whole.empty()) return {};
     const std::size_t separator = line.find(Separator);
     const bool hasValue = separator != std::string_view::npos;
     const std::string_view keyword = hasValue ? Trim(line.substr(0, separator)) : whole;
@@ -84,23 +84,23 @@ class Reader {
     return m_InPage ? TakeInPage(keyword, value, hasValue) : TakeOutside(keyword, value, hasValue);
   }
 
-  Attempt<Success> TakeOutside(std::string_view keyword, std::string_view value, bool hasValue) {
+  Expected<void> TakeOutside(std::string_view keyword, std::string_view value, bool hasValue) {
     if (keyword != "begin") {
       return AtLine(m_Line, Quoted(keyword) + " is neither a comment nor the begin of a page");
     }
     m_Page = PageEntry{};
     m_Page.line = m_Line;
     m_InPage = true;
-    if (!hasValue) return Success{};
+    if (!hasValue) return {};
     if (const auto type = TicketTypeOf(value)) {
       m_Page.type = *type;
     } else {
       Warn("unknown ticket type " + Quoted(value) + ", taken as reprint");
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> TakeInPage(std::string_view keyword, std::string_view value, bool hasValue) {
+  Expected<void> TakeInPage(std::string_view keyword, std::string_view value, bool hasValue) {
     if (keyword == "end") return EndPage();
     if (keyword == "begin") {
       return AtLine(m_Line, "begin inside the page of line " + std::to_string(m_Page.line));
@@ -118,20 +118,20 @@ class Reader {
     } else {
       Warn("unknown instruction " + Quoted(keyword) + " passed over");
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> TakeCopies(std::string_view value) {
+  Expected<void> TakeCopies(std::string_view value) {
     const auto copies = CopiesOf(value);
     if (!copies) {
       return AtLine(m_Line, Quoted(value) + " is no number of copies from 0 to " +
                                 std::to_string(MaximumCopies));
     }
     m_Page.copies = *copies;
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> EndPage() {
+  Expected<void> EndPage() {
     if (m_Page.directory.empty()) return AtLine(m_Page.line, "the page has no dir");
     if (m_Page.title.empty()) return AtLine(m_Page.line, "the page has no title");
     if (!IsDirectoryName(m_Page.title)) {
@@ -139,12 +139,12 @@ class Reader {
     }
     m_Document.entries.push_back(m_Page);
     m_InPage = false;
-    return Success{};
+    return {};
   }
 
   void Warn(const std::string& what) {
     if (m_Document.warnings.size() >= MaximumWarnings) return;
-    m_Document.warnings.push_back(AtLine(m_Line, what).text);
+    m_Document.warnings.push_back(Describe(AtLine(m_Line, what)));
   }
 
   Cfm2Document m_Document;
@@ -155,7 +155,7 @@ class Reader {
 
 }  // namespace
 
-Attempt<Cfm2Document> ReadCfm2(std::string_view text) { return Reader().Read(text); }
+Expected<Cfm2Document> ReadCfm2(std::string_view text) { return Reader().Read(text); }
 
 std::string PageDirectoryOf(const PageEntry& entry) {
   std::string path(entry.directory);

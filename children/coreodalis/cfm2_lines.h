@@ -5,16 +5,16 @@
 #include <string_view>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
+#include "rastrel/platform/os/expected.h"
 
 /// The CFM2 text that the library's generator writes, read by lines.
 ///
 /// The library's own reader finds pages by searching the text for words; this one does not, since
 /// titles and directories may hold the words begin and end, a '>' and anything else but a line
-/// feed. The form is told in docs/formats/output-engine.md.
+/// feed. The form is described in docs/formats/output-engine.md.
 namespace rastrel::odalis {
 
-/// What is to happen to a page.
+/// The treatment of a page.
 enum class TicketType { Once, Reprint, Only, Delete };
 
 /// One page entry. The texts point into the document they were read from.
@@ -30,7 +30,7 @@ struct PageEntry {
 /// More copies of one entry than this are taken for a mistake.
 inline constexpr unsigned MaximumCopies = 9999;
 
-/// All entries of a text, in order, and what was passed over with a word about it.
+/// All entries of a text, in order, and a warning about each that was skipped.
 struct Cfm2Document {
   std::vector<PageEntry> entries;
   std::vector<std::string> warnings;  ///< at most MaximumWarnings, each with its line number
@@ -39,10 +39,10 @@ struct Cfm2Document {
 /// So many warnings are kept; a text full of unknown lines does not flood the job's log.
 inline constexpr std::size_t MaximumWarnings = 20;
 
-/// Reads a text. The entries point into `text`, which must outlive them. The problem's text begins
-/// with "line N: ". A text with comments and no page is a document without entries; an empty text
-/// is a problem, because the library always writes its header lines.
-[[nodiscard]] Attempt<Cfm2Document> ReadCfm2(std::string_view text);
+/// Reads a text. The entries point into `text`, which must outlive them. The failure's reason
+/// begins with "line N: ". A text with comments and no page is a document without entries; an empty
+/// text is a failure, because the library always writes its header lines.
+[[nodiscard]] Expected<Cfm2Document> ReadCfm2(std::string_view text);
 
 /// The page directory of an entry as a library path: the directory, a separator if it has none at
 /// its end, and the title.

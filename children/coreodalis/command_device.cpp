@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,22 +10,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <filesystem>
-#include <random>
 #include <utility>
 
 #include "children/coreodalis/report.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::odalis {
 namespace {
 
 constexpr std::size_t TailBytes = 4096;
-constexpr std::size_t LastWordsLimit = 300;
-constexpr int DirectoryTries = 100;
+constexpr std::size_t LastLineLimit = 300;
 constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
 struct Pipe {
@@ -42,7 +36,7 @@ struct Pipe {
   }
 };
 
-/// The child's side, between fork and exec. Never returns. What goes wrong is told as an error
+/// The child's side, between fork and exec. Never returns. A failure is sent as an error
 /// number through the pipe that an exec closes.
 [[noreturn]] void BecomeProgram(char* const* arguments, int input, int output, int failure,
                                 int guardian) {
@@ -69,12 +63,12 @@ class Running {
   Running(const Running&) = delete;
   Running& operator=(const Running&) = delete;
 
-  Attempt<Success> Start(const std::vector<std::string>& words, const std::string& file) {
+  Expected<void> Start(const std::vector<std::string>& words, const std::string& file) {
     const os::FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!input.IsOpen()) return SystemProblem("open", file, errno);
+    if (!input.IsOpen()) return Failure{"open", file, errno};
     Pipe output;
     Pipe failure;
-    if (!output.Open() || !failure.Open()) return SystemProblem("pipe2", m_Program, errno);
+    if (!output.Open() || !failure.Open()) return Failure{"pipe2", m_Program, errno};
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -84,22 +78,22 @@ class Running {
       BecomeProgram(arguments.data(), input.Get(), output.write.Get(), failure.write.Get(),
                     m_Guardian.Descriptor());
     }
-    if (m_Id < 0) return SystemProblem("fork", m_Program, errno);
+    if (m_Id < 0) return Failure{"fork", m_Program, errno};
     ::setpgid(m_Id, m_Id);
     failure.write.Reset();
     int error = 0;
     ssize_t count = 0;
     while ((count = ::read(failure.read.Get(), &error, sizeof error)) < 0 && errno == EINTR) {
     }
-    if (count == sizeof error) return SystemProblem("start the command", m_Program, error);
+    if (count == sizeof error) return Failure{"start the command", m_Program, error};
     m_Output = std::move(output.read);
     ::fcntl(m_Output.Get(), F_SETFL, O_NONBLOCK);
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> Wait(unsigned timeoutSeconds) {
+  Expected<void> Wait(unsigned timeoutSeconds) {
     const os::FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, m_Id, 0)));
-    if (!process.IsOpen()) return SystemProblem("pidfd_open", m_Program, errno);
+    if (!process.IsOpen()) return Failure{"pidfd_open", m_Program, errno};
     const std::int64_t limit = os::MonotonicNanoseconds() +
                                std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
     pollfd entries[2] = {{process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}};
@@ -111,7 +105,7 @@ class Running {
       const int wait =
           timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
       if (::poll(entries, 2, wait) < 0 && errno != EINTR) {
-        return SystemProblem("poll", m_Program, errno);
+        return Failure{"poll", m_Program, errno};
       }
       // At its end the pipe stays ready for ever; it is not asked again then.
       if (entries[1].revents != 0 && !Drain()) entries[1].fd = -1;
@@ -141,21 +135,21 @@ class Running {
     return status;
   }
 
-  Attempt<Success> TakeEnd() {
+  Expected<void> TakeEnd() {
     const int status = Reap();
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return Success{};
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
     if (WIFEXITED(status)) {
       return Failed("ended with status " + std::to_string(WEXITSTATUS(status)));
     }
     return Failed("was ended by signal " + std::to_string(WTERMSIG(status)));
   }
 
-  Problem Failed(const std::string& how) const {
-    const std::string words = LastWords();
-    return Problem{"the command '" + m_Program + "' " + how + (words.empty() ? "" : ": " + words)};
+  Failure Failed(const std::string& how) const {
+    const std::string line = LastLine();
+    return FailureOf("the command '" + m_Program + "' " + how + (line.empty() ? "" : ": " + line));
   }
 
-  /// Takes what the program has printed; only the end of it is kept. False at the pipe's end.
+  /// Takes the program's output so far; only the end of it is kept. False at the pipe's end.
   bool Drain() {
     char block[4096];
     for (int rounds = 0; rounds < 64; ++rounds) {
@@ -169,12 +163,12 @@ class Running {
   }
 
   /// The last line with anything in it.
-  std::string LastWords() const {
+  std::string LastLine() const {
     const std::size_t last = m_Tail.find_last_not_of(" \t\r\n");
     if (last == std::string::npos) return {};
     const std::size_t before = m_Tail.find_last_of("\r\n", last);
     const std::size_t first = before == std::string::npos ? 0 : before + 1;
-    return OneLine(m_Tail.substr(first, std::min(last + 1 - first, LastWordsLimit)));
+    return OneLine(m_Tail.substr(first, std::min(last + 1 - first, LastLineLimit)));
   }
 
   std::string m_Program;
@@ -186,42 +180,32 @@ class Running {
 
 }  // namespace
 
-Attempt<Success> RunCommand(const std::vector<std::string>& words, const std::string& file,
-                            interpreter::Guardian& guardian, unsigned timeoutSeconds) {
+Expected<void> RunCommand(const std::vector<std::string>& words, const std::string& file,
+                          interpreter::Guardian& guardian, unsigned timeoutSeconds) {
   Running running(words.front(), guardian);
   if (auto started = running.Start(words, file); !started) return started;
   return running.Wait(timeoutSeconds);
 }
 
-CommandDirectory::CommandDirectory(std::string path, interpreter::Guardian& guardian)
-    : m_Path(std::move(path)), m_Guardian(&guardian) {}
-
-CommandDirectory::CommandDirectory(CommandDirectory&& other) noexcept
-    : m_Path(std::exchange(other.m_Path, {})), m_Guardian(other.m_Guardian) {}
-
 CommandDirectory::~CommandDirectory() {
-  if (m_Path.empty()) return;
-  std::error_code error;
-  std::filesystem::remove_all(m_Path, error);
-  if (error) ReportWarning(SystemProblem("remove", m_Path, error.value()).text);
-  static_cast<void>(m_Guardian->Release(m_Path));
+  const std::string path = m_Directory.Path();
+  if (path.empty()) return;  // moved from
+  if (const auto removed = m_Directory.Remove(); !removed) {
+    ReportWarning(Describe(removed.Error()));
+  }
+  static_cast<void>(m_Guardian.Release(path));
 }
 
-Attempt<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
-  std::string parent = os::EnvironmentValue("TMPDIR");
-  if (parent.empty() || parent.front() != '/') parent = "/tmp";
-  std::random_device random;
-  for (int attempt = 0; attempt < DirectoryTries; ++attempt) {
-    char name[64];
-    std::snprintf(name, sizeof name, "/rastrel-page-%08x%08x", random(), random());
-    const std::string path = parent + name;
-    if (!guardian.Guard(path)) return Problem{"the guardian process is gone"};
-    if (::mkdir(path.c_str(), 0700) == 0) return CommandDirectory(path, guardian);
-    const int error = errno;
-    static_cast<void>(guardian.Release(path));
-    if (error != EEXIST) return SystemProblem("mkdir", path, error);
-  }
-  return Problem{"no free name for a directory in '" + parent + "'"};
+Expected<CommandDirectory> CommandDirectory::Create(interpreter::Guardian& guardian) {
+  std::string guarded;
+  auto directory = os::PrivateDirectory::Make("rastrel-page-", [&](const std::string& path) {
+    guarded = path;
+    return guardian.Guard(path);
+  });
+  if (directory) return CommandDirectory(std::move(*directory), guardian);
+  static_cast<void>(guardian.Release(guarded));
+  if (directory.Error().error == ECANCELED) return FailureOf("the guardian process is gone");
+  return directory.Error();
 }
 
 }  // namespace rastrel::odalis

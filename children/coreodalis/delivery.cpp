@@ -20,9 +20,10 @@ std::string InsertBeforeExtension(const std::string& path, const std::string& te
   return path.substr(0, dot) + text + path.substr(dot);
 }
 
-std::vector<std::string> PathsFor(const Pattern& pattern, bool planar, const FieldValues& given,
+std::vector<std::string> PathsFor(const devices::Pattern& pattern, bool planar,
+                                  const devices::FieldValues& given,
                                   const std::vector<std::string>& planes) {
-  FieldValues values = given;
+  devices::FieldValues values = given;
   values.plane = AllPlanes;
   if (!planar) return {pattern.Expand(values)};
   std::vector<std::string> paths;
@@ -30,7 +31,8 @@ std::vector<std::string> PathsFor(const Pattern& pattern, bool planar, const Fie
   for (const std::string& plane : planes) {
     values.plane = plane;
     std::string path = pattern.Expand(values);
-    if (!pattern.Has(Field::Plane)) path = InsertBeforeExtension(path, "-" + SafeName(plane));
+    if (!pattern.Has(devices::Field::Plane))
+      path = InsertBeforeExtension(path, "-" + devices::SafeName(plane));
     const std::string first = path;
     for (unsigned i = 2; !taken.insert(path).second; ++i) {
       path = InsertBeforeExtension(first, "_" + std::to_string(i));
@@ -47,9 +49,10 @@ std::string WithoutDoubledSlashes(std::string path) {
 }
 
 /// The words that a command is given, with the fields filled in.
-std::vector<std::string> WordsOf(const Device& device, const FieldValues& values) {
+std::vector<std::string> WordsOf(const devices::Device& device,
+                                 const devices::FieldValues& values) {
   std::vector<std::string> words;
-  for (const Pattern& word : device.command) words.push_back(word.Expand(values));
+  for (const devices::Pattern& word : device.command) words.push_back(word.Expand(values));
   return words;
 }
 
@@ -62,15 +65,15 @@ std::vector<std::string> FilePaths(const DeliveryOrder& order,
   return paths;
 }
 
-Attempt<std::vector<std::string>> Delivery::Deliver(PageSource& source,
-                                                    const DeliveryOrder& order) {
-  if (order.device->kind == DeviceKind::File) return ToFiles(source, order);
+Expected<std::vector<std::string>> Delivery::Deliver(PageSource& source,
+                                                     const DeliveryOrder& order) {
+  if (order.device->kind == devices::DeviceKind::File) return ToFiles(source, order);
   if (auto sent = ToCommand(source, order); !sent) return sent.Error();
   return std::vector<std::string>{};
 }
 
-Attempt<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
-                                                    const DeliveryOrder& order) {
+Expected<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
+                                                     const DeliveryOrder& order) {
   const auto paths = FilePaths(order, source.Shape().planes);
   std::vector<OutputFile> files;
   std::vector<RenderTarget> targets;
@@ -91,11 +94,12 @@ Attempt<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
   return m_Publisher.Publish(items, order.device->overwrite);
 }
 
-Attempt<Success> Delivery::ToCommand(PageSource& source, const DeliveryOrder& order) {
+Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& order) {
   auto directory = CommandDirectory::Create(m_Guardian);
   if (!directory) return directory.Error();
   // The program sees this name, and may show it.
-  const auto name = Pattern::Read(std::string("{job}-{page}.") + ExtensionOf(order.device->format));
+  const auto name = devices::Pattern::Read(std::string("{job}-{page}.") +
+                                           devices::ExtensionOf(order.device->format));
   if (!name) return name.Error();
   auto paths = PathsFor(*name, order.planar, order.values, source.Shape().planes);
   std::vector<os::FileDescriptor> files;
@@ -103,7 +107,7 @@ Attempt<Success> Delivery::ToCommand(PageSource& source, const DeliveryOrder& or
   for (std::string& path : paths) {
     path.insert(0, directory->Path() + "/");
     os::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (!file.IsOpen()) return SystemProblem("create", path, errno);
+    if (!file.IsOpen()) return Failure{"create", path, errno};
     targets.push_back({file.Get(), path});
     files.push_back(std::move(file));
   }
@@ -112,14 +116,14 @@ Attempt<Success> Delivery::ToCommand(PageSource& source, const DeliveryOrder& or
   files.clear();
   order.flushing();
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    FieldValues values = order.values;
+    devices::FieldValues values = order.values;
     values.plane = order.planar ? source.Shape().planes[i] : AllPlanes;
     values.file = paths[i];
     auto run = RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
                           order.device->timeoutSeconds);
     if (!run) return run;
   }
-  return Success{};
+  return {};
 }
 
 }  // namespace rastrel::odalis

@@ -4,20 +4,20 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
-#include "children/coreodalis/devices.h"
 #include "children/coreodalis/output_file.h"
 #include "children/coreodalis/page_source.h"
+#include "children/devices/devices.h"
 #include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::odalis {
 
-/// What is delivered, and how.
+/// One page's delivery: the device, the fields of its pattern and how to report.
 struct DeliveryOrder {
-  const Device* device = nullptr;
-  FieldValues values;                    ///< all but plane and file
+  const devices::Device* device = nullptr;
+  devices::FieldValues values;           ///< all but plane and file
   bool planar = false;                   ///< each plane as a file of its own
-  std::function<void(double)> progress;  ///< told the share of this delivery that is done
+  std::function<void(double)> progress;  ///< called with the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
 };
 
@@ -27,13 +27,13 @@ class Delivery {
   explicit Delivery(interpreter::Guardian& guardian) : m_Guardian(guardian) {}
 
   /// Delivers one page. The paths of the files that are in their places now; none for a command.
-  [[nodiscard]] Attempt<std::vector<std::string>> Deliver(PageSource& source,
-                                                          const DeliveryOrder& order);
+  [[nodiscard]] Expected<std::vector<std::string>> Deliver(PageSource& source,
+                                                           const DeliveryOrder& order);
 
  private:
-  [[nodiscard]] Attempt<std::vector<std::string>> ToFiles(PageSource& source,
-                                                          const DeliveryOrder& order);
-  [[nodiscard]] Attempt<Success> ToCommand(PageSource& source, const DeliveryOrder& order);
+  [[nodiscard]] Expected<std::vector<std::string>> ToFiles(PageSource& source,
+                                                           const DeliveryOrder& order);
+  [[nodiscard]] Expected<void> ToCommand(PageSource& source, const DeliveryOrder& order);
 
   interpreter::Guardian& m_Guardian;
   Publisher m_Publisher;
@@ -43,7 +43,7 @@ class Delivery {
 inline constexpr const char* AllPlanes = "all";
 
 /// The paths that a device's files would have, in the order of the planes; one if not planar. Where
-/// the pattern has no {plane}, "-" and the plane's name stand in front of the extension. No two are
+/// the pattern has no {plane}, "-" and the plane's name come before the extension. No two are
 /// the same, whatever the planes are called.
 [[nodiscard]] std::vector<std::string> FilePaths(const DeliveryOrder& order,
                                                  const std::vector<std::string>& planes);

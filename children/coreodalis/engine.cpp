@@ -8,9 +8,9 @@
 
 #include "children/coreodalis/cfm2_lines.h"
 #include "children/coreodalis/delivery.h"
-#include "children/coreodalis/devices.h"
 #include "children/coreodalis/page_source.h"
 #include "children/coreodalis/report.h"
+#include "children/devices/devices.h"
 #include "pages/page_info.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
@@ -75,15 +75,16 @@ class Engine {
   }
 
  private:
-  static ExitStatus Give(ExitStatus status, const Problem& problem) {
-    ReportError(problem.text);
+  static ExitStatus Give(ExitStatus status, const Failure& failure) {
+    ReportError(Describe(failure));
     return status;
   }
 
   ExitStatus Prepare(std::string_view text) {
     auto document = ReadCfm2(text);
     if (!document) {
-      return Give(ExitStatus::BadInput, Problem{"the input is no CFM2: " + document.Error().text});
+      return Give(ExitStatus::BadInput,
+                  FailureOf("the input is no CFM2: " + Describe(document.Error())));
     }
     m_Document = std::move(*document);
     for (const std::string& warning : m_Document.warnings) ReportWarning(warning);
@@ -93,10 +94,10 @@ class Engine {
       const bool isThere = os::IsDirectory(place.path) &&
                            os::Exists(place.path + L"/" + os::WideFromUtf8(pages::PageInfoName));
       if (isThere) continue;
-      // What is to be removed and is gone is as it should be.
+      // A page that is to be removed and is gone needs nothing more.
       if (place.printings == 0 && !os::Exists(place.path)) continue;
-      return Give(ExitStatus::BadInput, Problem{"line " + std::to_string(place.line) +
-                                                ": no page lies in '" + place.native + "'"});
+      return Give(ExitStatus::BadInput, FailureOf("line " + std::to_string(place.line) +
+                                                  ": no page lies in '" + place.native + "'"));
     }
     return ExitStatus::Done;
   }
@@ -122,38 +123,38 @@ class Engine {
     }
   }
 
-  Attempt<Success> ReadDevicesFile() {
+  Expected<void> ReadDevicesFile() {
     m_DevicesPath = os::DataRoot() + "/devices.txt";
     const auto text = os::ReadWholeFile(os::FromNative(m_DevicesPath), LargestDevicesFile);
-    if (!text) return Problem{"no devices: " + Describe(text.Error())};
-    auto devices = ReadDevices(*text);
-    if (!devices) return Problem{"'" + m_DevicesPath + "', " + devices.Error().text};
+    if (!text) return FailureOf("no devices: " + Describe(text.Error()));
+    auto devices = devices::ReadDevices(*text);
+    if (!devices) return FailureOf("'" + m_DevicesPath + "', " + Describe(devices.Error()));
     m_Devices = std::move(*devices);
     if (m_Output.front() != '/') {
-      return Problem{"RASTREL_OUTPUT is '" + m_Output + "', and no full path"};
+      return FailureOf("RASTREL_OUTPUT is '" + m_Output + "', and no full path");
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> PrintEntry(const PageEntry& entry, PagePlace& place) {
-    if (entry.type == TicketType::Delete) return Success{};
+  Expected<void> PrintEntry(const PageEntry& entry, PagePlace& place) {
+    if (entry.type == TicketType::Delete) return {};
     for (unsigned copy = 0; copy < entry.copies; ++copy) {
       if (auto printed = PrintOnce(entry, place); !printed) {
-        return Problem{"page '" + std::string(entry.title) + "': " + printed.Error().text};
+        return FailureOf("page '" + std::string(entry.title) + "': " + Describe(printed.Error()));
       }
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> PrintOnce(const PageEntry& entry, PagePlace& place) {
+  Expected<void> PrintOnce(const PageEntry& entry, PagePlace& place) {
     const auto info = pages::ReadPageInfo(place.native);
-    if (!info) return InfoProblem(place, info.Error());
+    if (!info) return InfoFailure(place, info.Error());
     DeliveryOrder order;
     order.values.printer = m_Printer.empty() ? info->printer : m_Printer;
-    order.device = FindDevice(m_Devices, order.values.printer);
+    order.device = devices::FindDevice(m_Devices, order.values.printer);
     if (!order.device) {
-      return Problem{"'" + m_DevicesPath + "' has no section for the printer '" +
-                     order.values.printer + "', and none for '*'"};
+      return FailureOf("'" + m_DevicesPath + "' has no section for the printer '" +
+                       order.values.printer + "', and none for '*'");
     }
     auto source = PageSource::Open(place.native, *info);
     if (!source) return source.Error();
@@ -173,13 +174,13 @@ class Engine {
     for (const std::string& path : *paths) ReportOutput(path);
     ReportPage(info->page);
     ReportShare(0);
-    return Success{};
+    return {};
   }
 
-  /// What is wrong in the text is told with its line; any other failure names the file by itself.
-  static Problem InfoProblem(const PagePlace& place, const Failure& failure) {
-    if (!failure.where.starts_with("line ")) return Problem{Describe(failure)};
-    return Problem{"'" + place.native + "/" + pages::PageInfoName + "', " + failure.where};
+  /// A fault in the text comes with its line; any other failure names the file by itself.
+  static Failure InfoFailure(const PagePlace& place, const Failure& failure) {
+    if (!failure.where.starts_with("line ")) return FailureOf(Describe(failure));
+    return FailureOf("'" + place.native + "/" + pages::PageInfoName + "', " + failure.where);
   }
 
   void ReportShare(double share) {
@@ -201,7 +202,7 @@ class Engine {
   Cfm2Document m_Document;
   std::map<std::string, PagePlace> m_Places;
   std::vector<PagePlace*> m_PlaceOfEntry;
-  std::vector<Device> m_Devices;
+  std::vector<devices::Device> m_Devices;
   Progress m_Progress;
   std::uint64_t m_Printings = 0;
   std::uint64_t m_Printed = 0;

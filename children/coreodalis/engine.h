@@ -7,7 +7,7 @@
 
 namespace rastrel::odalis {
 
-/// What the command line asks for.
+/// The options of the command line.
 struct EngineOptions {
   bool planar = false;  ///< "-tp": each plane as a file of its own
 };

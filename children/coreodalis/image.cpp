@@ -6,15 +6,15 @@
 
 namespace rastrel::odalis {
 
-Attempt<std::unique_ptr<ImageWriter>> MakeImageWriter(FileFormat format, int descriptor,
-                                                      const std::string& name,
-                                                      const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakeImageWriter(devices::FileFormat format, int descriptor,
+                                                       const std::string& name,
+                                                       const ImageShape& shape) {
   switch (format) {
-    case FileFormat::Tiff: return MakeTiffWriter(descriptor, name, shape);
-    case FileFormat::Png: return MakePngWriter(descriptor, name, shape);
-    case FileFormat::Pdf: return MakePdfWriter(descriptor, name, shape);
+    case devices::FileFormat::Tiff: return MakeTiffWriter(descriptor, name, shape);
+    case devices::FileFormat::Png: return MakePngWriter(descriptor, name, shape);
+    case devices::FileFormat::Pdf: return MakePdfWriter(descriptor, name, shape);
   }
-  return Problem{"an unknown format"};
+  return FailureOf("an unknown format");
 }
 
 }  // namespace rastrel::odalis

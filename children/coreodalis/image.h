@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
-#include "children/coreodalis/devices.h"
+#include "children/devices/devices.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::odalis {
 
-/// What the samples of a pixel mean.
+/// The meaning of a pixel's samples.
 enum class ColorModel {
   Gray,  ///< one sample, 0 is black
   Rgb,   ///< red, green, blue; 0 is none of the light
@@ -37,16 +37,16 @@ class ImageWriter {
  public:
   virtual ~ImageWriter() = default;
   /// Writes the next row, from the top. REQUIRES: the row has the shape's RowBytes().
-  [[nodiscard]] virtual Attempt<Success> WriteRow(std::span<const std::uint8_t> row) = 0;
-  /// Writes what remains. REQUIRES: as many rows as the shape's height were written.
-  [[nodiscard]] virtual Attempt<Success> Finish() = 0;
+  [[nodiscard]] virtual Expected<void> WriteRow(std::span<const std::uint8_t> row) = 0;
+  /// Writes the rest of the file. REQUIRES: as many rows as the shape's height were written.
+  [[nodiscard]] virtual Expected<void> Finish() = 0;
 };
 
 /// Makes the writer of a format. `descriptor` is open for reading and writing, empty, and stays the
-/// caller's; `name` is for messages. The problem tells that the format can't hold such a picture.
-[[nodiscard]] Attempt<std::unique_ptr<ImageWriter>> MakeImageWriter(FileFormat format,
-                                                                    int descriptor,
-                                                                    const std::string& name,
-                                                                    const ImageShape& shape);
+/// caller's; `name` is for messages. The failure says that the format can't hold such a picture.
+[[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakeImageWriter(devices::FileFormat format,
+                                                                     int descriptor,
+                                                                     const std::string& name,
+                                                                     const ImageShape& shape);
 
 }  // namespace rastrel::odalis

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
 #include "children/coreodalis/engine.h"
 #include "children/coreodalis/exit_status.h"
 #include "children/coreodalis/report.h"
@@ -61,7 +60,7 @@ std::optional<std::string> ReadInput() {
     const ssize_t count = ::read(STDIN_FILENO, block.data(), block.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
-      ReportError(SystemProblem("read", "standard input", errno).text);
+      ReportError(Describe(Failure{"read", "standard input", errno}));
       return std::nullopt;
     }
     if (count == 0) return text;
@@ -95,8 +94,8 @@ int main(int count, char** words) {
   std::signal(SIGXFSZ, SIG_IGN);  // a limit on file sizes is a failed write, which is reported
   try {
     return static_cast<int>(Run({words + 1, words + count}));
-  } catch (const std::exception& problem) {
-    ReportError(problem.what());
+  } catch (const std::exception& error) {
+    ReportError(error.what());
     return static_cast<int>(ExitStatus::Internal);
   }
 }

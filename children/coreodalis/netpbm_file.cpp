@@ -15,14 +15,14 @@ namespace {
 constexpr std::size_t BlockBytes = 1u << 18;
 constexpr std::size_t MaximumHeader = 4096;
 
-bool IsBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
+bool IsWhitespace(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
 
 class NetpbmFile final : public PixelFile {
  public:
   NetpbmFile(os::FileDescriptor descriptor, std::string path)
       : m_Descriptor(std::move(descriptor)), m_Path(std::move(path)), m_Block(BlockBytes) {}
 
-  Attempt<Success> ReadHeader(std::uint64_t bytes) {
+  Expected<void> ReadHeader(std::uint64_t bytes) {
     const auto magic = TakeByte();
     const auto kind = TakeByte();
     if (!magic || !kind) return Refuse("has no whole header");
@@ -40,10 +40,10 @@ class NetpbmFile final : public PixelFile {
       return Refuse("has not the size that its header tells");
     }
     if (RowBytes() > LargestRow) return Refuse("has rows of more than 64 MiB");
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> ReadRow(std::span<std::uint8_t> row) override {
+  Expected<void> ReadRow(std::span<std::uint8_t> row) override {
     std::size_t filled = 0;
     while (filled < row.size()) {
       if (m_At == m_Filled && !Fill()) return Refuse("ends before its last row");
@@ -52,11 +52,11 @@ class NetpbmFile final : public PixelFile {
       m_At += count;
       filled += count;
     }
-    return Success{};
+    return {};
   }
 
  private:
-  Problem Refuse(const char* why) const { return Problem{"'" + m_Path + "' " + why}; }
+  Failure Refuse(const char* why) const { return FailureOf("'" + m_Path + "' " + why); }
 
   bool Fill() {
     m_At = m_Filled = 0;
@@ -75,10 +75,10 @@ class NetpbmFile final : public PixelFile {
     return m_Block[m_At++];
   }
 
-  /// A decimal number behind blanks and comments; takes the one byte behind it too.
+  /// A decimal number after whitespace and comments; takes the one byte after it too.
   std::optional<unsigned> TakeNumber() {
     auto byte = TakeByte();
-    while (byte && (IsBlank(*byte) || *byte == '#')) {
+    while (byte && (IsWhitespace(*byte) || *byte == '#')) {
       if (*byte == '#') {
         while (byte && *byte != '\n') byte = TakeByte();
       }
@@ -91,7 +91,7 @@ class NetpbmFile final : public PixelFile {
       if (number > MaximumSide) return std::nullopt;
       any = true;
     }
-    if (!any || !byte || !IsBlank(*byte)) return std::nullopt;
+    if (!any || !byte || !IsWhitespace(*byte)) return std::nullopt;
     return number;
   }
 
@@ -105,8 +105,8 @@ class NetpbmFile final : public PixelFile {
 
 }  // namespace
 
-Attempt<std::unique_ptr<PixelFile>> OpenNetpbm(os::FileDescriptor descriptor, std::string path,
-                                               std::uint64_t bytes) {
+Expected<std::unique_ptr<PixelFile>> OpenNetpbm(os::FileDescriptor descriptor, std::string path,
+                                                std::uint64_t bytes) {
   auto file = std::make_unique<NetpbmFile>(std::move(descriptor), std::move(path));
   if (auto read = file->ReadHeader(bytes); !read) return read.Error();
   return std::unique_ptr<PixelFile>(std::move(file));

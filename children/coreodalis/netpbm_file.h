@@ -10,8 +10,9 @@
 namespace rastrel::odalis {
 
 /// Reads a binary netpbm file (P5 or P6) from the descriptor's position 0. `bytes` is its size,
-/// which must be what header and pixels take, no more and no less. `path` is for messages.
-[[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenNetpbm(os::FileDescriptor descriptor,
-                                                             std::string path, std::uint64_t bytes);
+/// which must be exactly that of header and pixels. `path` is for messages.
+[[nodiscard]] Expected<std::unique_ptr<PixelFile>> OpenNetpbm(os::FileDescriptor descriptor,
+                                                              std::string path,
+                                                              std::uint64_t bytes);
 
 }  // namespace rastrel::odalis

@@ -25,7 +25,7 @@ std::string HiddenPath(const std::string& directory) {
   return directory + name;
 }
 
-bool IsWithoutNamelessFiles(int error) {
+bool IsWithoutAnonymousFiles(int error) {
   return error == EOPNOTSUPP || error == EISDIR || error == EINVAL || error == ENOENT;
 }
 
@@ -33,13 +33,13 @@ bool IsWithoutLinks(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-OutputFile::Naming Outcome(int result) {
+OutputFile::Naming NamingOf(int result) {
   if (result == 0) return OutputFile::Naming::Named;
   return errno == EEXIST ? OutputFile::Naming::Taken : OutputFile::Naming::Failed;
 }
 
 /// Links a file that has no name. The way through /proc needs no privilege, the other no /proc.
-int LinkNameless(int descriptor, const std::string& path) {
+int LinkAnonymous(int descriptor, const std::string& path) {
   const std::string self = "/proc/self/fd/" + std::to_string(descriptor);
   if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return 0;
   if (errno != ENOENT) return -1;
@@ -62,11 +62,11 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   return -1;
 }
 
-Attempt<Success> MakeDirectories(const std::string& directory) {
+Expected<void> MakeDirectories(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directories(directory, error);
-  if (error) return SystemProblem("create directory", directory, error.value());
-  return Success{};
+  if (error) return Failure{"create directory", directory, error.value()};
+  return {};
 }
 
 }  // namespace
@@ -90,44 +90,44 @@ OutputFile::~OutputFile() {
   static_cast<void>(m_Guardian->Release(m_Hidden));
 }
 
-Attempt<OutputFile> OutputFile::Create(const std::string& directory,
-                                       interpreter::Guardian& guardian, bool allowNameless) {
+Expected<OutputFile> OutputFile::Create(const std::string& directory,
+                                        interpreter::Guardian& guardian, bool allowAnonymous) {
   if (auto made = MakeDirectories(directory); !made) return made.Error();
-  if (allowNameless) {
-    os::FileDescriptor nameless(
+  if (allowAnonymous) {
+    os::FileDescriptor anonymous(
         ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, FileMode));
-    if (nameless.IsOpen()) return OutputFile(std::move(nameless), directory, {}, guardian);
-    if (!IsWithoutNamelessFiles(errno)) return SystemProblem("create a file in", directory, errno);
+    if (anonymous.IsOpen()) return OutputFile(std::move(anonymous), directory, {}, guardian);
+    if (!IsWithoutAnonymousFiles(errno)) return Failure{"create a file in", directory, errno};
   }
   for (int attempt = 0; attempt < HiddenNameTries; ++attempt) {
     const std::string hidden = HiddenPath(directory);
-    if (!guardian.Guard(hidden)) return Problem{"the guardian process is gone"};
+    if (!guardian.Guard(hidden)) return FailureOf("the guardian process is gone");
     os::FileDescriptor file(
         ::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
     if (file.IsOpen()) return OutputFile(std::move(file), directory, hidden, guardian);
     const int error = errno;
     static_cast<void>(guardian.Release(hidden));
-    if (error != EEXIST) return SystemProblem("create", hidden, error);
+    if (error != EEXIST) return Failure{"create", hidden, error};
   }
-  return Problem{"no free name for a file in '" + directory + "'"};
+  return FailureOf("no free name for a file in '" + directory + "'");
 }
 
-Attempt<Success> OutputFile::Flush() {
-  // A file system that can't be asked has nothing to tell.
-  if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return Success{};
-  return SystemProblem("flush a file in", m_Directory, errno);
+Expected<void> OutputFile::Flush() {
+  // A file system that can't be asked has no answer.
+  if (::fdatasync(m_Descriptor.Get()) == 0 || errno == EINVAL || errno == ENOSYS) return {};
+  return Failure{"flush a file in", m_Directory, errno};
 }
 
 OutputFile::Naming OutputFile::Name(const std::string& path) {
-  if (m_Hidden.empty()) return Outcome(LinkNameless(m_Descriptor.Get(), path));
+  if (m_Hidden.empty()) return NamingOf(LinkAnonymous(m_Descriptor.Get(), path));
   if (::link(m_Hidden.c_str(), path.c_str()) == 0) return Naming::Named;
-  if (!IsWithoutLinks(errno)) return Outcome(-1);
-  return Outcome(RenameHidden(m_Hidden, path));
+  if (!IsWithoutLinks(errno)) return NamingOf(-1);
+  return NamingOf(RenameHidden(m_Hidden, path));
 }
 
 void OutputFile::Unname(const std::string& path) {
   if (m_Hidden.empty()) {
-    // A nameless file that had a name and lost it can't be given one again.
+    // An anonymous file that had a name and lost it can't be given one again.
     const std::string hidden = HiddenPath(m_Directory);
     if (m_Guardian->Guard(hidden) && ::rename(path.c_str(), hidden.c_str()) == 0) {
       m_Hidden = hidden;
@@ -152,7 +152,7 @@ OutputFile::Naming OutputFile::NameInPlace(const std::string& path) {
       return Naming::Failed;
     }
     m_Hidden = hidden;
-    if (LinkNameless(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
+    if (LinkAnonymous(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
   }
   return ::rename(m_Hidden.c_str(), path.c_str()) == 0 ? Naming::Named : Naming::Failed;
 }
@@ -171,19 +171,20 @@ std::string DirectoryOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-Attempt<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
+Expected<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
   std::vector<std::string> named;
   for (const Item& item : items) {
-    // What was replaced before a failure can't be brought back; it is whole, and stays.
+    // A file that was replaced before a failure can't be brought back; the new one is whole, and
+    // stays.
     if (item.file->NameInPlace(item.path) != OutputFile::Naming::Named) {
-      return SystemProblem("name", item.path, errno);
+      return Failure{"name", item.path, errno};
     }
     named.push_back(item.path);
   }
   return named;
 }
 
-Attempt<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsigned number) {
+Expected<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsigned number) {
   for (std::size_t i = 0; i < items.size(); ++i) {
     const std::string path = NumberedPath(items[i].path, number);
     const OutputFile::Naming naming = items[i].file->Name(path);
@@ -192,13 +193,13 @@ Attempt<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, unsi
     for (const Item& earlier : items.first(i)) {
       earlier.file->Unname(NumberedPath(earlier.path, number));
     }
-    if (naming == OutputFile::Naming::Failed) return SystemProblem("name", path, error);
+    if (naming == OutputFile::Naming::Failed) return Failure{"name", path, error};
     return naming;
   }
   return OutputFile::Naming::Named;
 }
 
-Attempt<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
+Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
   if (items.empty()) return std::vector<std::string>{};
   if (overwrite) return Replace(items);
   unsigned& number = m_NextNumber.try_emplace(items.front().path, 1).first->second;
@@ -211,7 +212,7 @@ Attempt<std::vector<std::string>> Publisher::Publish(std::span<const Item> items
     ++number;
     return named;
   }
-  return Problem{"no free number for '" + items.front().path + "'"};
+  return FailureOf("no free number for '" + items.front().path + "'");
 }
 
 }  // namespace rastrel::odalis

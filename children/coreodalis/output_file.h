@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
 #include "interpreter/guardian.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 /// Files that appear in their directory only when they are whole.
@@ -17,10 +17,10 @@ namespace rastrel::odalis {
 class OutputFile {
  public:
   /// Makes one in the directory (native path), which is made with its parents if missing. Access is
-  /// 0666 less the umask. `allowNameless`: try the first form.
-  [[nodiscard]] static Attempt<OutputFile> Create(const std::string& directory,
-                                                  interpreter::Guardian& guardian,
-                                                  bool allowNameless = true);
+  /// 0666 less the umask. `allowAnonymous`: try the first form.
+  [[nodiscard]] static Expected<OutputFile> Create(const std::string& directory,
+                                                   interpreter::Guardian& guardian,
+                                                   bool allowAnonymous = true);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;
   OutputFile& operator=(OutputFile&& other) = delete;
@@ -30,10 +30,10 @@ class OutputFile {
   /// Open for reading and writing; belongs to this object.
   [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
 
-  /// Has the system write what it still holds; the moment at which a full disk shows.
-  [[nodiscard]] Attempt<Success> Flush();
+  /// Has the system write its buffers; the moment at which a full disk shows.
+  [[nodiscard]] Expected<void> Flush();
 
-  /// What an attempt to give a name came to.
+  /// The result of giving a name.
   enum class Naming { Named, Taken, Failed };
   /// Gives the file its name (a path in its directory), in one step, and never in another's place.
   /// Failed leaves errno.
@@ -62,14 +62,14 @@ class Publisher {
   };
   /// The paths that the files have in the end, in order. Unless `overwrite`, no file is replaced:
   /// where one of the names is taken, all get "-2" in front of the extension, then "-3" and so on.
-  [[nodiscard]] Attempt<std::vector<std::string>> Publish(std::span<const Item> items,
-                                                          bool overwrite);
+  [[nodiscard]] Expected<std::vector<std::string>> Publish(std::span<const Item> items,
+                                                           bool overwrite);
 
  private:
-  [[nodiscard]] static Attempt<std::vector<std::string>> Replace(std::span<const Item> items);
+  [[nodiscard]] static Expected<std::vector<std::string>> Replace(std::span<const Item> items);
   /// Named or Taken; if it is not Named, no file has a name of it.
-  [[nodiscard]] static Attempt<OutputFile::Naming> NameAll(std::span<const Item> items,
-                                                           unsigned number);
+  [[nodiscard]] static Expected<OutputFile::Naming> NameAll(std::span<const Item> items,
+                                                            unsigned number);
 
   std::map<std::string, unsigned> m_NextNumber;  ///< by first path: where the last search ended
 };

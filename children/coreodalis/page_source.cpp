@@ -18,7 +18,7 @@ bool AreProcessInks(const std::vector<std::string>& planes) {
   return std::equal(planes.begin(), planes.end(), ProcessInks.begin(), ProcessInks.end());
 }
 
-Attempt<ColorModel> ModelOf(const pages::PageInfo& info, const std::vector<std::string>& planes) {
+Expected<ColorModel> ModelOf(const pages::PageInfo& info, const std::vector<std::string>& planes) {
   const std::size_t count = planes.size();
   switch (info.color) {
     case pages::PageColor::Gray:
@@ -34,26 +34,26 @@ Attempt<ColorModel> ModelOf(const pages::PageInfo& info, const std::vector<std::
       if (count == 0 || count > MaximumPlanes) break;
       return AreProcessInks(planes) ? ColorModel::Cmyk : ColorModel::Inks;
   }
-  return Problem{"the page's description has " + std::to_string(count) +
-                 " planes, which its colour can't have"};
+  return FailureOf("the page's description has " + std::to_string(count) +
+                   " planes, which its colour can't have");
 }
 
 bool IsResolution(double value) {
   return std::isfinite(value) && value > 0 && value <= HighestResolution;
 }
 
-Attempt<ImageShape> ShapeOf(const pages::PageInfo& info) {
+Expected<ImageShape> ShapeOf(const pages::PageInfo& info) {
   if (info.bits != 8) {
-    return Problem{"the page has " + std::to_string(info.bits) +
-                   " bits a sample; 8 can be printed"};
+    return FailureOf("the page has " + std::to_string(info.bits) +
+                     " bits a sample; 8 can be printed");
   }
   if (info.width == 0 || info.height == 0 || info.width > MaximumSide ||
       info.height > MaximumSide) {
-    return Problem{"a page of " + std::to_string(info.width) + " by " +
-                   std::to_string(info.height) + " pixels can't be printed"};
+    return FailureOf("a page of " + std::to_string(info.width) + " by " +
+                     std::to_string(info.height) + " pixels can't be printed");
   }
   if (!IsResolution(info.xResolution) || !IsResolution(info.yResolution)) {
-    return Problem{"the page's description has no usable resolution"};
+    return FailureOf("the page's description has no usable resolution");
   }
   ImageShape shape;
   shape.width = info.width;
@@ -64,13 +64,13 @@ Attempt<ImageShape> ShapeOf(const pages::PageInfo& info) {
   auto model = ModelOf(info, shape.planes);
   if (!model) return model.Error();
   shape.model = *model;
-  if (shape.RowBytes() > LargestRow) return Problem{"the page has rows of more than 64 MiB"};
+  if (shape.RowBytes() > LargestRow) return FailureOf("the page has rows of more than 64 MiB");
   return shape;
 }
 
 }  // namespace
 
-Attempt<PageSource> PageSource::Open(const std::string& directory, const pages::PageInfo& info) {
+Expected<PageSource> PageSource::Open(const std::string& directory, const pages::PageInfo& info) {
   PageSource source;
   auto shape = ShapeOf(info);
   if (!shape) return shape.Error();
@@ -79,13 +79,13 @@ Attempt<PageSource> PageSource::Open(const std::string& directory, const pages::
   return source;
 }
 
-Attempt<Success> PageSource::OpenParts(const std::string& directory, const pages::PageInfo& info) {
+Expected<void> PageSource::OpenParts(const std::string& directory, const pages::PageInfo& info) {
   for (const auto& plane : info.planes) {
     auto part = PartOf(directory, info, plane.file);
     if (!part) return part.Error();
     if (plane.channel >= m_Parts[*part].file->Samples()) {
-      return Problem{"'" + directory + "/" + plane.file + "' has no channel " +
-                     std::to_string(plane.channel) + " for the plane '" + plane.name + "'"};
+      return FailureOf("'" + directory + "/" + plane.file + "' has no channel " +
+                       std::to_string(plane.channel) + " for the plane '" + plane.name + "'");
     }
     m_Planes.push_back({*part, plane.channel});
   }
@@ -93,33 +93,34 @@ Attempt<Success> PageSource::OpenParts(const std::string& directory, const pages
   for (unsigned i = 0; i < m_Planes.size(); ++i) {
     if (m_Planes[i].channel != i) m_Straight = false;
   }
-  return Success{};
+  return {};
 }
 
-Attempt<std::size_t> PageSource::PartOf(const std::string& directory, const pages::PageInfo& info,
-                                        const std::string& name) {
+Expected<std::size_t> PageSource::PartOf(const std::string& directory, const pages::PageInfo& info,
+                                         const std::string& name) {
   for (std::size_t i = 0; i < m_Parts.size(); ++i) {
     if (m_Parts[i].name == name) return i;
   }
   const auto listed = std::find_if(info.files.begin(), info.files.end(),
                                    [&](const auto& file) { return file.name == name; });
   if (listed == info.files.end()) {
-    return Problem{"the page's description has no file '" + name + "' but a plane in it"};
+    return FailureOf("the page's description has no file '" + name + "' but a plane in it");
   }
   auto file = OpenPixelFile(directory, *listed);
   if (!file) return file.Error();
   if ((*file)->Width() != m_Shape.width || (*file)->Height() != m_Shape.height) {
-    return Problem{"'" + directory + "/" + name + "' has not the page's width and height"};
+    return FailureOf("'" + directory + "/" + name + "' has not the page's width and height");
   }
   std::size_t held = (*file)->RowBytes();
   for (const Part& part : m_Parts) held += part.row.size();
-  if (held > LargestRow) return Problem{"the page's files have rows of more than 64 MiB together"};
+  if (held > LargestRow)
+    return FailureOf("the page's files have rows of more than 64 MiB together");
   std::vector<std::uint8_t> row((*file)->RowBytes());
   m_Parts.push_back({name, std::move(*file), std::move(row)});
   return m_Parts.size() - 1;
 }
 
-Attempt<Success> PageSource::ReadRow(std::span<std::uint8_t> row) {
+Expected<void> PageSource::ReadRow(std::span<std::uint8_t> row) {
   if (m_Straight) return m_Parts.front().file->ReadRow(row);
   for (Part& part : m_Parts) {
     if (auto read = part.file->ReadRow(part.row); !read) return read;
@@ -132,7 +133,7 @@ Attempt<Success> PageSource::ReadRow(std::span<std::uint8_t> row) {
     std::uint8_t* to = row.data() + plane;
     for (unsigned x = 0; x < m_Shape.width; ++x, from += step, to += planes) *to = *from;
   }
-  return Success{};
+  return {};
 }
 
 }  // namespace rastrel::odalis

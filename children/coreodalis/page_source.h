@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/attempt.h"
 #include "children/coreodalis/image.h"
 #include "children/coreodalis/pixel_file.h"
 #include "pages/page_info.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::odalis {
 
@@ -17,16 +17,16 @@ namespace rastrel::odalis {
 class PageSource {
  public:
   /// Opens every file that holds a plane and checks sizes, checksums and dimensions. `directory` is
-  /// a native path. The problem names the file or the value of the description that is wrong.
-  [[nodiscard]] static Attempt<PageSource> Open(const std::string& directory,
-                                                const pages::PageInfo& info);
+  /// a native path. The failure names the file or the value of the description that is wrong.
+  [[nodiscard]] static Expected<PageSource> Open(const std::string& directory,
+                                                 const pages::PageInfo& info);
 
-  /// What the rows hold: 8 bits a sample, a pixel's planes side by side in printing order. In ink
+  /// The rows' layout: 8 bits a sample, a pixel's planes side by side in printing order. In ink
   /// planes 255 is no ink.
   [[nodiscard]] const ImageShape& Shape() const { return m_Shape; }
 
   /// The next row, from the top. REQUIRES: the span has Shape().RowBytes(), and rows are left.
-  [[nodiscard]] Attempt<Success> ReadRow(std::span<std::uint8_t> row);
+  [[nodiscard]] Expected<void> ReadRow(std::span<std::uint8_t> row);
 
  private:
   struct Part {
@@ -40,10 +40,9 @@ class PageSource {
   };
 
   PageSource() = default;
-  [[nodiscard]] Attempt<Success> OpenParts(const std::string& directory,
-                                           const pages::PageInfo& info);
-  [[nodiscard]] Attempt<std::size_t> PartOf(const std::string& directory,
-                                            const pages::PageInfo& info, const std::string& name);
+  [[nodiscard]] Expected<void> OpenParts(const std::string& directory, const pages::PageInfo& info);
+  [[nodiscard]] Expected<std::size_t> PartOf(const std::string& directory,
+                                             const pages::PageInfo& info, const std::string& name);
 
   ImageShape m_Shape;
   std::vector<Part> m_Parts;

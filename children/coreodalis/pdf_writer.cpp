@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <set>
 #include <utility>
 
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/hex.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -23,16 +24,8 @@ constexpr std::size_t MaximumInks = 32;
 constexpr std::size_t MaximumInkName = 100;
 constexpr std::size_t MaximumOffset = 9'999'999'999u;  // ten digits in the table of offsets
 
-/// A number as the format wants it: no exponent, no locale, at most four digits behind the point.
-std::string Number(double value) {
-  char digits[64];
-  const auto [end, error] =
-      std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed, 4);
-  std::string text(digits, error == std::errc() ? end : digits);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (!text.empty() && text.back() == '.') text.pop_back();
-  return text;
-}
+/// A number as the format wants it: no exponent, no locale, at most four digits after the point.
+std::string Number(double value) { return os::ShortDecimal(value, 4); }
 
 /// Inks that a viewer without them shows in their own color; all others it shows as black.
 constexpr std::array<std::string_view, 4> ProcessInks = {"Cyan", "Magenta", "Yellow", "Black"};
@@ -40,7 +33,6 @@ constexpr std::size_t BlackInk = 3;
 
 /// A name as the format writes it: every byte that is no letter or digit as '#' and two digits.
 std::string Name(std::string_view text) {
-  constexpr char Digits[] = "0123456789ABCDEF";
   std::string name = "/";
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
@@ -49,8 +41,8 @@ std::string Name(std::string_view text) {
     if (plain) {
       name += character;
     } else {
-      (name += '#') += Digits[byte >> 4];
-      name += Digits[byte & 15];
+      name += '#';
+      os::AppendHex(name, byte, os::HexCase::Upper);
     }
   }
   return name;
@@ -62,7 +54,7 @@ std::string InkArray(const std::vector<std::string>& inks) {
   std::set<std::string> taken = {"", "All", "None"};
   std::string array = "[";
   for (const std::string& ink : inks) {
-    // A zero byte can't stand in a name.
+    // A zero byte can't be in a name.
     const std::string first = ink.substr(0, std::min(ink.find('\0'), MaximumInkName));
     std::string unique = first;
     for (unsigned i = 2; !taken.insert(unique).second; ++i) {
@@ -87,7 +79,7 @@ std::string InkProgram(const std::vector<std::string>& inks) {
                                     ? BlackInk
                                     : static_cast<std::size_t>(found - ProcessInks.begin());
       if (shown != process) continue;
-      // Above the ink lie the ones behind it, the results so far, and the sum.
+      // Above the ink lie the ones after it, the results so far, and the sum.
       program += " " + std::to_string(count - ink + process) + " index add";
     }
   }
@@ -96,6 +88,17 @@ std::string InkProgram(const std::vector<std::string>& inks) {
   return program + " }";
 }
 
+/// The file, in order; the number is the object's.
+///
+///   %PDF-1.4                  or 1.6
+///   1  catalog                -> 2
+///   2  pages                  -> 3
+///   3  page                   -> 4, 5; its size and perhaps a user unit
+///   4  content                draws 5 over the page
+///   5  image                  -> 6, 7; deflated pixels of a length that is not known yet
+///   6  length of 5
+///   7  function of the inks   for spot inks only
+///   xref, trailer             -> 1
 class PdfWriter final : public ImageWriter {
  public:
   PdfWriter(int descriptor, std::string name, const ImageShape& shape)
@@ -106,12 +109,12 @@ class PdfWriter final : public ImageWriter {
   PdfWriter(const PdfWriter&) = delete;
   PdfWriter& operator=(const PdfWriter&) = delete;
 
-  Attempt<Success> WriteHeader() {
+  Expected<void> WriteHeader() {
     if (deflateInit(&m_Stream, FastCompression) != Z_OK) return Refuse("out of memory");
     m_Deflating = true;
     const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
     const double height = m_Shape.height * 72.0 / m_Shape.yResolution;
-    // Rounded up to what the file will say, so that the page keeps its size.
+    // Rounded up to the file's decimals, so that the page keeps its size.
     const double least = std::max({1.0, width / MaximumSidePoints, height / MaximumSidePoints});
     const double unit = std::ceil(least * 1e4) / 1e4;
     const bool isNewer = unit > 1 || m_Shape.planes.size() > InksOfOldVersions;
@@ -135,7 +138,7 @@ class PdfWriter final : public ImageWriter {
     return State();
   }
 
-  Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
+  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
     m_Row.assign(row.begin(), row.end());
     if (m_Shape.model == ColorModel::Cmyk || m_Shape.model == ColorModel::Inks) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
@@ -143,7 +146,7 @@ class PdfWriter final : public ImageWriter {
     return Deflate(Z_NO_FLUSH);
   }
 
-  Attempt<Success> Finish() override {
+  Expected<void> Finish() override {
     m_Row.clear();
     if (auto ended = Deflate(Z_FINISH); !ended) return ended;
     const std::uint64_t length = m_Written - m_StreamStart;
@@ -163,12 +166,12 @@ class PdfWriter final : public ImageWriter {
   }
 
  private:
-  Problem Refuse(const std::string& why) const {
-    return Problem{"writing '" + m_Name + "': " + why};
+  Failure Refuse(const std::string& why) const {
+    return FailureOf("writing '" + m_Name + "': " + why);
   }
-  Attempt<Success> State() const {
+  Expected<void> State() const {
     if (m_Error != 0) return Refuse(DescribeError(m_Error));
-    return Success{};
+    return {};
   }
 
   std::string ColorSpace() const {
@@ -189,7 +192,7 @@ class PdfWriter final : public ImageWriter {
               std::to_string(program.size()) + " >>\nstream\n" + program + "\nendstream");
   }
 
-  /// Writes; after the first failure nothing more, and State tells of it.
+  /// Writes; after the first failure nothing more, and State returns it.
   void Put(std::string_view bytes) {
     if (m_Error != 0) return;
     if (!os::WriteAll(m_Descriptor, bytes)) m_Error = errno != 0 ? errno : EIO;
@@ -201,8 +204,8 @@ class PdfWriter final : public ImageWriter {
     Put(std::to_string(m_Offsets.size()) + " 0 obj\n" + content + "\nendobj\n");
   }
 
-  /// Compresses m_Row and writes what comes out.
-  Attempt<Success> Deflate(int flush) {
+  /// Compresses m_Row and writes the result.
+  Expected<void> Deflate(int flush) {
     m_Stream.next_in = m_Row.data();
     m_Stream.avail_in = static_cast<uInt>(m_Row.size());
     int result = Z_OK;
@@ -233,11 +236,11 @@ class PdfWriter final : public ImageWriter {
 
 }  // namespace
 
-Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
-                                                    const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
+                                                     const ImageShape& shape) {
   if (shape.planes.size() > MaximumInks) {
-    return Problem{"writing '" + name + "': a PDF file can't hold more than " +
-                   std::to_string(MaximumInks) + " inks; use TIFF or planes"};
+    return FailureOf("writing '" + name + "': a PDF file can't hold more than " +
+                     std::to_string(MaximumInks) + " inks; use TIFF or planes");
   }
   auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

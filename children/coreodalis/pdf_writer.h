@@ -11,11 +11,11 @@ namespace rastrel::odalis {
 /// DeviceCMYK or DeviceN. The page measures pixels * 72 / resolution points; where that is more
 /// than the 14,400 that the format allows, a user unit enlarges them (PDF 1.6).
 ///
-/// Inks keep their names. What has no such inks shows Cyan, Magenta, Yellow and Black as themselves
-/// and any other as black. More than 32 inks can't be held, which is the problem then; more than 8
+/// Inks keep their names. A device without them shows Cyan, Magenta, Yellow and Black as themselves
+/// and any other as black. More than 32 inks can't be held, which is the failure then; more than 8
 /// make it PDF 1.6.
-[[nodiscard]] Attempt<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor,
-                                                                  const std::string& name,
-                                                                  const ImageShape& shape);
+[[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor,
+                                                                   const std::string& name,
+                                                                   const ImageShape& shape);
 
 }  // namespace rastrel::odalis

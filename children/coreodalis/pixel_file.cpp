@@ -20,38 +20,37 @@ namespace {
 constexpr std::size_t HashBlock = 1u << 18;
 
 /// Opens without waiting for the other side of a pipe, and refuses all that is no regular file.
-Attempt<os::FileDescriptor> OpenRegular(const std::string& path) {
+Expected<os::FileDescriptor> OpenRegular(const std::string& path) {
   os::FileDescriptor descriptor(
       ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (!descriptor.IsOpen()) return SystemProblem("open", path, errno);
+  if (!descriptor.IsOpen()) return Failure{"open", path, errno};
   struct stat state {};
-  if (::fstat(descriptor.Get(), &state) != 0) return SystemProblem("fstat", path, errno);
-  if (!S_ISREG(state.st_mode)) return Problem{"'" + path + "' is no regular file"};
+  if (::fstat(descriptor.Get(), &state) != 0) return Failure{"fstat", path, errno};
+  if (!S_ISREG(state.st_mode)) return FailureOf("'" + path + "' is no regular file");
   return descriptor;
 }
 
-Attempt<Success> CheckContent(int descriptor, const std::string& path,
-                              const pages::PageFile& file) {
+Expected<void> CheckContent(int descriptor, const std::string& path, const pages::PageFile& file) {
   struct stat state {};
-  if (::fstat(descriptor, &state) != 0) return SystemProblem("fstat", path, errno);
+  if (::fstat(descriptor, &state) != 0) return Failure{"fstat", path, errno};
   if (static_cast<std::uint64_t>(state.st_size) != file.bytes) {
-    return Problem{"'" + path + "' has " + std::to_string(state.st_size) + " bytes, and " +
-                   std::to_string(file.bytes) + " by the page's description"};
+    return FailureOf("'" + path + "' has " + std::to_string(state.st_size) + " bytes, and " +
+                     std::to_string(file.bytes) + " by the page's description");
   }
   pages::Sha256 sum;
   std::vector<char> block(HashBlock);
   while (true) {
     const ssize_t count = ::read(descriptor, block.data(), block.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return SystemProblem("read", path, errno);
+    if (count < 0) return Failure{"read", path, errno};
     if (count == 0) break;
     sum.Add(block.data(), static_cast<std::size_t>(count));
   }
   if (sum.Finish() != file.sha256) {
-    return Problem{"'" + path + "' has not the checksum of the page's description"};
+    return FailureOf("'" + path + "' has not the checksum of the page's description");
   }
-  if (::lseek(descriptor, 0, SEEK_SET) != 0) return SystemProblem("lseek", path, errno);
-  return Success{};
+  if (::lseek(descriptor, 0, SEEK_SET) != 0) return Failure{"lseek", path, errno};
+  return {};
 }
 
 bool IsPlainName(const std::string& name) {
@@ -61,9 +60,9 @@ bool IsPlainName(const std::string& name) {
 
 }  // namespace
 
-Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                  const pages::PageFile& file) {
-  if (!IsPlainName(file.name)) return Problem{"'" + file.name + "' is no name of a page's file"};
+Expected<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
+                                                   const pages::PageFile& file) {
+  if (!IsPlainName(file.name)) return FailureOf("'" + file.name + "' is no name of a page's file");
   const std::string path = directory + "/" + file.name;
   auto descriptor = OpenRegular(path);
   if (!descriptor) return descriptor.Error();
@@ -76,7 +75,7 @@ Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
   if (count == 2 && magic[0] == magic[1] && (magic[0] == 'I' || magic[0] == 'M')) {
     return OpenTiff(std::move(*descriptor), path, file.bytes);
   }
-  return Problem{"'" + path + "' holds neither netpbm nor TIFF pixels"};
+  return FailureOf("'" + path + "' holds neither netpbm nor TIFF pixels");
 }
 
 }  // namespace rastrel::odalis

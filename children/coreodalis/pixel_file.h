@@ -5,8 +5,8 @@
 #include <span>
 #include <string>
 
-#include "children/coreodalis/attempt.h"
 #include "pages/page_info.h"
+#include "rastrel/platform/os/expected.h"
 
 /// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row
 /// or strip, whatever the file claims to hold.
@@ -28,7 +28,7 @@ class PixelFile {
   [[nodiscard]] std::size_t RowBytes() const { return std::size_t{m_Width} * m_Samples; }
 
   /// The next row, from the top. REQUIRES: the span has RowBytes(), and rows are left.
-  [[nodiscard]] virtual Attempt<Success> ReadRow(std::span<std::uint8_t> row) = 0;
+  [[nodiscard]] virtual Expected<void> ReadRow(std::span<std::uint8_t> row) = 0;
 
  protected:
   unsigned m_Width = 0;
@@ -38,9 +38,9 @@ class PixelFile {
 
 /// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as
 /// the highest value), or TIFF in strips with 8 bits a sample and no color conversion. The file
-/// must be a regular one of the size and checksum told; links are not followed. The problem names
+/// must be a regular one of that size and checksum; links are not followed. The failure names
 /// the file.
-[[nodiscard]] Attempt<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                                const pages::PageFile& file);
+[[nodiscard]] Expected<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
+                                                                 const pages::PageFile& file);
 
 }  // namespace rastrel::odalis

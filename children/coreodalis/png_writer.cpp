@@ -25,14 +25,14 @@ class PngWriter final : public ImageWriter {
   PngWriter(const PngWriter&) = delete;
   PngWriter& operator=(const PngWriter&) = delete;
 
-  Attempt<Success> WriteHeader() {
+  Expected<void> WriteHeader() {
     m_Png = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, TakeError, TakeWarning);
     if (m_Png) m_Info = png_create_info_struct(m_Png);
-    if (!m_Png || !m_Info) return Problem{"writing '" + m_Name + "': out of memory"};
+    if (!m_Png || !m_Info) return FailureOf("writing '" + m_Name + "': out of memory");
     return Guarded(&PngWriter::EmitHeader);
   }
 
-  Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
+  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
     m_Source = row.data();
     if (m_Shape.model == ColorModel::Cmyk) {
       ConvertRow(row);
@@ -41,17 +41,17 @@ class PngWriter final : public ImageWriter {
     return Guarded(&PngWriter::EmitRow);
   }
 
-  Attempt<Success> Finish() override { return Guarded(&PngWriter::EmitEnd); }
+  Expected<void> Finish() override { return Guarded(&PngWriter::EmitEnd); }
 
  private:
   /// Calls a step. An error in it jumps back here over frames of the C library and of the step,
   /// which therefore own nothing.
-  Attempt<Success> Guarded(void (PngWriter::*step)()) {
+  Expected<void> Guarded(void (PngWriter::*step)()) {
     if (setjmp(png_jmpbuf(m_Png)) != 0) {
-      return Problem{"writing '" + m_Name + "': " + m_Error};
+      return FailureOf("writing '" + m_Name + "': " + m_Error);
     }
     (this->*step)();
-    return Success{};
+    return {};
   }
 
   void EmitHeader() {
@@ -76,7 +76,7 @@ class PngWriter final : public ImageWriter {
     const std::uint8_t* from = row.data();
     std::uint8_t* to = m_Row.data();
     for (unsigned x = 0; x < m_Shape.width; ++x, from += 4) {
-      // Samples of ink planes count what is left of the paper: 255 is no ink.
+      // Samples of ink planes count the bare paper: 255 is no ink.
       const unsigned paper = from[3];
       for (unsigned light = 0; light < 3; ++light) {
         *to++ = static_cast<std::uint8_t>((from[light] * paper + 127) / 255);
@@ -112,10 +112,10 @@ class PngWriter final : public ImageWriter {
 
 }  // namespace
 
-Attempt<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor, const std::string& name,
-                                                    const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor, const std::string& name,
+                                                     const ImageShape& shape) {
   if (shape.model == ColorModel::Inks) {
-    return Problem{"writing '" + name + "': a PNG file can't hold spot inks; use TIFF or planes"};
+    return FailureOf("writing '" + name + "': a PNG file can't hold spot inks; use TIFF or planes");
   }
   auto writer = std::make_unique<PngWriter>(descriptor, name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();

@@ -15,7 +15,7 @@ class Rendering {
     if (planar) m_Plane.resize(source.Shape().width);
   }
 
-  Attempt<Success> Open(FileFormat format, std::span<const RenderTarget> targets) {
+  Expected<void> Open(devices::FileFormat format, std::span<const RenderTarget> targets) {
     for (std::size_t i = 0; i < targets.size(); ++i) {
       ImageShape shape = m_Source.Shape();
       if (m_Planar) {
@@ -26,10 +26,10 @@ class Rendering {
       if (!writer) return writer.Error();
       m_Writers.push_back(std::move(*writer));
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> CopyRow() {
+  Expected<void> CopyRow() {
     if (auto read = m_Source.ReadRow(m_Row); !read) return read;
     if (!m_Planar) return m_Writers.front()->WriteRow(m_Row);
     const std::size_t planes = m_Writers.size();
@@ -37,14 +37,14 @@ class Rendering {
       for (std::size_t x = 0; x < m_Plane.size(); ++x) m_Plane[x] = m_Row[x * planes + plane];
       if (auto written = m_Writers[plane]->WriteRow(m_Plane); !written) return written;
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> Finish() {
+  Expected<void> Finish() {
     for (const auto& writer : m_Writers) {
       if (auto finished = writer->Finish(); !finished) return finished;
     }
-    return Success{};
+    return {};
   }
 
  private:
@@ -57,9 +57,9 @@ class Rendering {
 
 }  // namespace
 
-Attempt<Success> Render(PageSource& source, FileFormat format, bool planar,
-                        std::span<const RenderTarget> targets,
-                        const std::function<void(double)>& progress) {
+Expected<void> Render(PageSource& source, devices::FileFormat format, bool planar,
+                      std::span<const RenderTarget> targets,
+                      const std::function<void(double)>& progress) {
   Rendering rendering(source, planar);
   if (auto opened = rendering.Open(format, targets); !opened) return opened;
   const unsigned height = source.Shape().height;

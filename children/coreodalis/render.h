@@ -16,10 +16,10 @@ struct RenderTarget {
 };
 
 /// Writes all rows of a page: into one target with all planes, or, `planar`, into a gray picture
-/// for each plane in order (in ink planes white is no ink). `progress` is told the share that is
+/// for each plane in order (in ink planes white is no ink). `progress` gets the share that is
 /// done. REQUIRES: one target, or as many as there are planes.
-[[nodiscard]] Attempt<Success> Render(PageSource& source, FileFormat format, bool planar,
-                                      std::span<const RenderTarget> targets,
-                                      const std::function<void(double)>& progress);
+[[nodiscard]] Expected<void> Render(PageSource& source, devices::FileFormat format, bool planar,
+                                    std::span<const RenderTarget> targets,
+                                    const std::function<void(double)>& progress);
 
 }  // namespace rastrel::odalis

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// What the engine says on standard error while it works, one report a line. The lines are told in
+/// The engine's reports on standard error while it works, one a line. The lines are described in
 /// docs/formats/output-engine.md; the library and the command line tool read them. Every line is
 /// written in one call. A reader that is gone is no failure.
 namespace rastrel::odalis {
@@ -19,7 +19,7 @@ void ReportWarning(std::string_view text);
 void ReportOutput(std::string_view path);
 /// A page that is delivered now, by its number in its job: "PAGE: n".
 void ReportPage(unsigned page);
-/// Any other words for the job's log.
+/// Any other text for the job's log.
 void ReportNote(std::string_view text);
 
 /// Reports whole percentages, each once, never a smaller one than before, and no more than a few a

@@ -9,7 +9,7 @@
 
 namespace rastrel::odalis {
 
-/// An open TIFF file with a place for the words of its last error, so that nothing is printed.
+/// An open TIFF file that keeps the text of its last error, so that nothing is printed.
 class TiffHandle {
  public:
   /// Opens the descriptor's file. `mode` is as TIFFOpen takes it. Closed with this object.
@@ -19,9 +19,9 @@ class TiffHandle {
 
   /// Null if it could not be opened.
   [[nodiscard]] TIFF* Get() const { return m_Tiff.get(); }
-  /// The library's words for what went wrong last; never empty.
+  /// The library's text for its last error; never empty.
   [[nodiscard]] std::string LastError() const;
-  /// Closes the file; what the library writes at that moment may fail. The error is kept.
+  /// Closes the file; the library's last writes may fail. The error is kept.
   void Close() { m_Tiff.reset(); }
   [[nodiscard]] bool HasFailed() const { return !m_Error.empty(); }
 

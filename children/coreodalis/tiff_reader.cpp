@@ -21,7 +21,7 @@ class TiffReader final : public PixelFile {
       // No mapping into memory: a file that is cut short while it is read must not end the engine.
       : m_Path(std::move(path)), m_Tiff(std::move(descriptor), m_Path, "rm") {}
 
-  Attempt<Success> ReadHeader(std::uint64_t bytes) {
+  Expected<void> ReadHeader(std::uint64_t bytes) {
     if (!m_Tiff.Get()) return Refuse(m_Tiff.LastError());
     if (auto checked = CheckKind(); !checked) return checked;
     std::uint32_t width = 0;
@@ -44,20 +44,20 @@ class TiffReader final : public PixelFile {
     if (std::uint64_t{RowBytes()} * m_Height / HighestCompression > bytes) {
       return Refuse("claims more pixels than its size can hold");
     }
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> ReadRow(std::span<std::uint8_t> row) override {
+  Expected<void> ReadRow(std::span<std::uint8_t> row) override {
     if (TIFFReadScanline(m_Tiff.Get(), row.data(), m_Row++, 0) != 1) {
       return Refuse(m_Tiff.LastError());
     }
-    return Success{};
+    return {};
   }
 
  private:
-  Problem Refuse(const std::string& why) const { return Problem{"'" + m_Path + "': " + why}; }
+  Failure Refuse(const std::string& why) const { return FailureOf("'" + m_Path + "': " + why); }
 
-  Attempt<Success> CheckKind() {
+  Expected<void> CheckKind() {
     std::uint16_t bits = 0;
     std::uint16_t samples = 0;
     std::uint16_t planar = 0;
@@ -75,7 +75,7 @@ class TiffReader final : public PixelFile {
       return Refuse("is neither gray with black as 0 nor RGB");
     }
     m_Samples = samples;
-    return Success{};
+    return {};
   }
 
   std::string m_Path;
@@ -85,8 +85,8 @@ class TiffReader final : public PixelFile {
 
 }  // namespace
 
-Attempt<std::unique_ptr<PixelFile>> OpenTiff(os::FileDescriptor descriptor, std::string path,
-                                             std::uint64_t bytes) {
+Expected<std::unique_ptr<PixelFile>> OpenTiff(os::FileDescriptor descriptor, std::string path,
+                                              std::uint64_t bytes) {
   auto file = std::make_unique<TiffReader>(std::move(descriptor), std::move(path));
   if (auto read = file->ReadHeader(bytes); !read) return read.Error();
   return std::unique_ptr<PixelFile>(std::move(file));

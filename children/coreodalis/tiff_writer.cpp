@@ -27,29 +27,29 @@ class TiffWriter final : public ImageWriter {
         m_Row(shape.RowBytes()),
         m_Tiff(std::move(descriptor), m_Name, Mode(shape)) {}
 
-  Attempt<Success> WriteHeader() {
+  Expected<void> WriteHeader() {
     if (!m_Tiff.Get()) return Refuse();
     SetForm();
     SetColors();
     if (m_Tiff.HasFailed()) return Refuse();
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> WriteRow(std::span<const std::uint8_t> row) override {
+  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
     // The library changes the row in place for its differences.
     std::copy(row.begin(), row.end(), m_Row.begin());
     if (m_Inverted) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
     }
     if (TIFFWriteScanline(m_Tiff.Get(), m_Row.data(), m_Line++, 0) != 1) return Refuse();
-    return Success{};
+    return {};
   }
 
-  Attempt<Success> Finish() override {
+  Expected<void> Finish() override {
     const bool flushed = TIFFFlush(m_Tiff.Get()) == 1;
     m_Tiff.Close();
     if (!flushed || m_Tiff.HasFailed()) return Refuse();
-    return Success{};
+    return {};
   }
 
  private:
@@ -57,7 +57,7 @@ class TiffWriter final : public ImageWriter {
     return std::uint64_t{shape.RowBytes()} * shape.height > BigTiffFrom ? "w8" : "w";
   }
 
-  Problem Refuse() const { return Problem{"writing '" + m_Name + "': " + m_Tiff.LastError()}; }
+  Failure Refuse() const { return FailureOf("writing '" + m_Name + "': " + m_Tiff.LastError()); }
 
   template <typename... Values>
   void Set(std::uint32_t tag, Values... values) {
@@ -94,7 +94,7 @@ class TiffWriter final : public ImageWriter {
     }
   }
 
-  /// The names stand one after the other, each with its zero byte; the library counts them.
+  /// The names follow one another, each with its zero byte; the library counts them.
   void SetInks() {
     std::string names;
     for (const std::string& plane : m_Shape.planes) {
@@ -118,10 +118,10 @@ class TiffWriter final : public ImageWriter {
 
 }  // namespace
 
-Attempt<std::unique_ptr<ImageWriter>> MakeTiffWriter(int descriptor, const std::string& name,
-                                                     const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakeTiffWriter(int descriptor, const std::string& name,
+                                                      const ImageShape& shape) {
   os::FileDescriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 3));
-  if (!own.IsOpen()) return SystemProblem("dup", name, errno);
+  if (!own.IsOpen()) return Failure{"dup", name, errno};
   auto writer = std::make_unique<TiffWriter>(std::move(own), name, shape);
   if (auto written = writer->WriteHeader(); !written) return written.Error();
   return std::unique_ptr<ImageWriter>(std::move(writer));

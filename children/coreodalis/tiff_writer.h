@@ -11,8 +11,8 @@ namespace rastrel::odalis {
 /// side, the resolution in pixels per inch. CMYK and inks become the photometric "separated" with 0
 /// for no ink, as that one wants it; inks other than the four carry their names. Files that could
 /// grow over 4 GiB become BigTIFF. Every shape can be held.
-[[nodiscard]] Attempt<std::unique_ptr<ImageWriter>> MakeTiffWriter(int descriptor,
-                                                                   const std::string& name,
-                                                                   const ImageShape& shape);
+[[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakeTiffWriter(int descriptor,
+                                                                    const std::string& name,
+                                                                    const ImageShape& shape);
 
 }  // namespace rastrel::odalis

@@ -13,10 +13,11 @@ bool ChangesNothing(std::string_view word) {
   return word.starts_with("-m") && word.find_first_not_of("0123456789", 2) == word.npos;
 }
 
+Failure Refused(const std::string& sentence) { return FailureOf(sentence, FailureCode::BadInput); }
+
 }  // namespace
 
-std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
-    std::span<const char* const> arguments) {
+Expected<CommandLine> ReadCommandLine(std::span<const char* const> arguments) {
   CommandLine line;
   std::vector<std::string> paths;
   for (const char* const argument : arguments) {
@@ -24,18 +25,13 @@ std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
     if (word == "-s") {
       line.install = true;
     } else if (word.starts_with('-') && !ChangesNothing(word)) {
-      return interpreter::RunFailure{interpreter::ExitStatus::BadInput,
-                                     "Unknown option " + std::string(word) + "."};
+      return Refused("Unknown option " + std::string(word));
     } else if (!word.starts_with('-') && !word.empty()) {
       paths.push_back(children::NativeArgument(argument));
     }
   }
-  if (paths.empty())
-    return interpreter::RunFailure{interpreter::ExitStatus::BadInput, "No job was given."};
-  if (paths.size() > 2) {
-    return interpreter::RunFailure{interpreter::ExitStatus::BadInput,
-                                   "More than a prefix and a job were given."};
-  }
+  if (paths.empty()) return Refused("No job was given");
+  if (paths.size() > 2) return Refused("More than a prefix and a job were given");
   line.job = paths.back();
   if (paths.size() == 2) line.prefix = paths.front();
   return line;

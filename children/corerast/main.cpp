@@ -6,39 +6,35 @@
 #include <filesystem>
 #include <span>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
 #include "children/corerast/command_line.h"
+#include "children/corerast/page_list.h"
 #include "children/shared/arguments.h"
-#include "interpreter/cfm2_writer.h"
-#include "interpreter/rip_run.h"
+#include "children/shared/exit_status.h"
+#include "children/shared/reporter.h"
+#include "interpreter/guardian.h"
+#include "interpreter/interpreter.h"
+#include "pages/page_info.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::corerast {
 namespace {
 
-int Number(interpreter::ExitStatus status) { return static_cast<int>(status); }
+using children::ExitStatus;
+using children::Reporter;
+using interpreter::Guardian;
+using interpreter::RunDirectory;
 
-int Report(interpreter::Reporter& reporter, const interpreter::RunFailure& failure) {
-  reporter.Error(failure.sentence);
-  return Number(failure.status);
-}
-
-int Report(interpreter::Reporter& reporter, const Failure& failure) {
-  return Report(reporter,
-                interpreter::RunFailure{interpreter::ExitStatus::Failed, Describe(failure) + "."});
-}
-
-Expected<void> WritePageList(const interpreter::RunDirectory& directory, unsigned pages) {
-  const auto path = directory.ListedPath();
+Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
+  const auto path = ListedPath(directory);
   if (!path) return path.Error();
-  std::vector<interpreter::ListedPage> list;
+  std::vector<ListedPage> list;
   for (unsigned page = 1; page <= pages; ++page) {
-    list.push_back(
-        {directory.Name() + "-" + std::to_string(page), *path, interpreter::PageName(page)});
+    list.push_back({directory.Name() + "-" + std::to_string(page), *path, pages::PageName(page)});
   }
-  if (!os::WriteAll(STDOUT_FILENO, interpreter::FormatPageList(list))) {
+  if (!os::WriteAll(STDOUT_FILENO, FormatPageList(list))) {
     return Failure{"write", "the page list", errno};
   }
   return {};
@@ -46,64 +42,74 @@ Expected<void> WritePageList(const interpreter::RunDirectory& directory, unsigne
 
 // Hands the pages over. Letting go of them is the last act: whoever ends this program before finds
 // nothing.
-int HandOver(interpreter::Reporter& reporter, const interpreter::RunDirectory& directory,
-             unsigned pages, interpreter::Guardian& guardian) {
-  if (!directory.RemoveWork()) {
-    return Report(reporter, Failure{"remove", directory.Temporary(), errno});
-  }
-  const auto written = WritePageList(directory, pages);
-  if (!written) return Report(reporter, written.Error());
-  if (!guardian.ReleaseAll()) return Report(reporter, Failure{"release", "the pages", errno});
-  return Number(interpreter::ExitStatus::Done);
+Expected<void> HandOver(const RunDirectory& directory, unsigned pages, Guardian& guardian) {
+  if (const auto removed = directory.RemoveWork(); !removed) return removed;
+  if (const auto written = WritePageList(directory, pages); !written) return written;
+  if (!guardian.ReleaseAll()) return Failure{"release", "the pages", errno};
+  return {};
 }
 
-int Rip(const CommandLine& line, const char* program, interpreter::Reporter& reporter,
-        interpreter::Guardian& guardian) {
-  interpreter::RipRun::Parts parts;
-  parts.install = line.install;
-  parts.ripDirectory = children::ProgramDirectory(program);
+Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char* program,
+                                            Reporter& reporter) {
+  interpreter::RunRequest request;
+  request.ripDirectory = children::ProgramDirectory(program);
   std::vector<std::string> complaints;
-  parts.settings = interpreter::Settings::FromEnvironment(complaints);
+  request.settings = interpreter::Settings::FromEnvironment(complaints);
   for (const std::string& complaint : complaints) reporter.Warning(complaint);
-
   auto job = interpreter::OpenJob(line.job);
-  if (const auto* const failure = std::get_if<interpreter::RunFailure>(&job))
-    return Report(reporter, *failure);
-  parts.job = std::move(std::get<interpreter::JobFile>(job));
-  parts.description.job = std::filesystem::path(line.job).stem().string();
-  if (!line.prefix.empty()) {
-    auto prefix = interpreter::OpenPrefix(line.prefix);
-    if (const auto* const failure = std::get_if<interpreter::RunFailure>(&prefix)) {
-      return Report(reporter, *failure);
-    }
-    auto& [file, title, cutter] = std::get<interpreter::PrefixFile>(prefix);
-    parts.prefix = std::move(file);
-    parts.cutter = cutter;
-    if (!title.empty()) parts.description.job = title;
-  }
-  const auto directory = interpreter::RunDirectory::Make(parts.ripDirectory, guardian);
-  if (!directory) return Report(reporter, directory.Error());
-  interpreter::RipRun run(std::move(parts), *directory, reporter, guardian);
-  if (const auto failure = run.Run()) return Report(reporter, *failure);
-  if (line.install) return Number(interpreter::ExitStatus::InstallDone);
-  return HandOver(reporter, *directory, run.Pages(), guardian);
+  if (!job) return job.Error();
+  request.job = std::move(*job);
+  request.title = std::filesystem::path(line.job).stem().string();
+  if (line.prefix.empty()) return request;
+  auto prefix = interpreter::OpenPrefix(line.prefix);
+  if (!prefix) return prefix.Error();
+  request.prefix = std::move(prefix->file);
+  request.setsCutColor = prefix->setsCutColor;
+  if (!prefix->title.empty()) request.title = prefix->title;
+  return request;
 }
 
-int Main(std::span<const char* const> arguments) {
+Expected<void> Rip(const CommandLine& line, const char* program, Reporter& reporter,
+                   Guardian& guardian) {
+  auto request = RequestOf(line, program, reporter);
+  if (!request) return request.Error();
+  const auto directory = RunDirectory::Make(request->ripDirectory, guardian);
+  if (!directory) return directory.Error();
+  if (line.install) {
+    return interpreter::RunInstallJob(std::move(*request), *directory, reporter, guardian);
+  }
+  const auto pages = interpreter::PrintPages(std::move(*request), *directory, reporter, guardian);
+  if (!pages) return pages.Error();
+  return HandOver(*directory, *pages, guardian);
+}
+
+ExitStatus StatusOf(const Failure& failure, bool install) {
+  if (install && failure.code == FailureCode::BadProgram) return ExitStatus::BadInput;
+  return children::StatusOf(failure.code);
+}
+
+ExitStatus Work(const CommandLine& line, const char* program, Reporter& reporter) {
+  auto guardian = Guardian::Start(true);
+  // The failure is reported while the guardian still holds what is to be removed.
+  const auto done =
+      guardian ? Rip(line, program, reporter, *guardian) : Expected<void>(guardian.Error());
+  if (done) return line.install ? ExitStatus::InstallDone : ExitStatus::Done;
+  reporter.Error(done.Error());
+  return StatusOf(done.Error(), line.install);
+}
+
+ExitStatus Main(std::span<const char* const> arguments) {
   std::signal(SIGPIPE, SIG_IGN);
-  interpreter::Reporter reporter;
+  Reporter reporter;
   reporter.Info("INITIALISING");
   try {
     const auto line = ReadCommandLine(arguments.subspan(1));
-    if (const auto* const failure = std::get_if<interpreter::RunFailure>(&line)) {
-      return Report(reporter, *failure);
-    }
-    auto guardian = interpreter::Guardian::Start(true);
-    if (!guardian) return Report(reporter, guardian.Error());
-    return Rip(std::get<CommandLine>(line), arguments.front(), reporter, *guardian);
-  } catch (const std::exception& problem) {
-    return Report(reporter,
-                  interpreter::RunFailure{interpreter::ExitStatus::Failed, problem.what()});
+    if (line) return Work(*line, arguments.front(), reporter);
+    reporter.Error(line.Error());
+    return children::StatusOf(line.Error().code);
+  } catch (const std::exception& error) {
+    reporter.Error(std::string_view(error.what()));
+    return ExitStatus::Failed;
   }
 }
 
@@ -112,5 +118,6 @@ int Main(std::span<const char* const> arguments) {
 
 int main(int count, char** arguments) {
   if (count < 1) return 3;
-  return rastrel::corerast::Main({arguments, static_cast<std::size_t>(count)});
+  const auto status = rastrel::corerast::Main({arguments, static_cast<std::size_t>(count)});
+  return static_cast<int>(status);
 }

@@ -60,6 +60,14 @@ class Head {
   std::string m_Bytes = "BM";
 };
 
+// The head, little-endian; the pixels follow. The number before a field is its place.
+//
+//    0  "BM"            2  size of the file      6  0              10  place of the pixels: 54
+//   14  size of the     18  width, pixels       22  height: above   26  planes: 1 (2 bytes)
+//       rest: 40                                    0, so rows      28  bits a pixel: 24 (2 bytes)
+//   30  compression: 0  34  bytes of pixels         come from the   38  pixels per metre across
+//                                                   bottom          42  ... and up
+//   46  colors: 0       50  important ones: 0
 std::string BitmapHead(const Picture& picture, std::uint64_t pixelBytes, int resolution) {
   const auto dotsPerMetre = static_cast<std::uint32_t>(std::lround(resolution / MetresPerInch));
   const auto bytes = static_cast<std::uint32_t>(pixelBytes);

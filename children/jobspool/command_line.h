@@ -2,22 +2,20 @@
 
 #include <span>
 #include <string>
-#include <variant>
 
-#include "interpreter/exit_status.h"
+#include "rastrel/platform/os/expected.h"
 
-/// The queue program: one file becomes what a conversion reads, or is measured.
+/// The queue program: one file is converted into the files that the library reads, or measured.
 namespace rastrel::jobspool {
 
-/// What the library asks for.
+/// The library's command line.
 struct CommandLine {
-  bool measure = false;  ///< "-q -ps FILE": tell the page's size; "-ps -q FILE": convert the file
+  bool measure = false;  ///< "-q -ps FILE": measure the page; "-ps -q FILE": convert the file
   std::string file;      ///< native path
 };
 
-/// Reads the words behind the program's name. The order of the two options tells the task. Any
-/// other words are a failure with ExitStatus::BadInput.
-[[nodiscard]] std::variant<CommandLine, interpreter::RunFailure> ReadCommandLine(
-    std::span<const char* const> arguments);
+/// Reads the words after the program's name. The order of the two options says the task. Any other
+/// words are a failure with the code BadInput.
+[[nodiscard]] Expected<CommandLine> ReadCommandLine(std::span<const char* const> arguments);
 
 }  // namespace rastrel::jobspool

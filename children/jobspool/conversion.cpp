@@ -14,29 +14,31 @@
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/leftovers.h"
 #include "children/jobspool/prefix_text.h"
-#include "interpreter/cut_paths.h"
+#include "pages/page_info.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::jobspool {
 namespace {
 
 namespace fs = std::filesystem;
-using interpreter::ExitStatus;
-using interpreter::RunFailure;
 
 constexpr int OrdinaryResolution = 72;
 constexpr double PointsPerInch = 72;
 constexpr double PointsPerFlatness = 72 / 2540.;  // a hundredth of a millimetre
-constexpr double SmallestTolerance = 1e-4;        // points: what cut paths are told to
+constexpr double SmallestTolerance = 1e-4;        // points: the decimals of cut paths
 
-RunFailure Failed(const Failure& failure) { return {ExitStatus::Failed, Describe(failure) + "."}; }
-
-// What lies there when all went well.
+// The files of a conversion that went well.
 struct Products {
+  // In their places.
   explicit Products(const std::string& file)
       : pages(Companion(file, ".cfm")),
         archive(Companion(file, ".cut")),
         bitmap(Companion(file, "_Color.bmp")) {}
+  // While they are made.
+  explicit Products(const interpreter::RunDirectory& directory)
+      : pages(directory.Path()),
+        archive(directory.Path() + "/archive"),
+        bitmap(directory.Path() + "/bitmap") {}
 
   std::string pages;
   std::string archive;
@@ -58,8 +60,7 @@ Expected<void> RemoveEarlierPages(const std::string& path) {
 }
 
 Expected<void> RemoveEarlier(const Products& products) {
-  const auto removed = RemoveEarlierPages(products.pages);
-  if (!removed) return removed.Error();
+  if (const auto removed = RemoveEarlierPages(products.pages); !removed) return removed;
   for (const std::string& path : {products.archive, products.bitmap}) {
     if (unlink(path.c_str()) != 0 && errno != ENOENT) return Failure{"remove", path, errno};
   }
@@ -77,18 +78,16 @@ class Conversion {
   Conversion(std::string file, const JobSource& source, const QueueContext& context)
       : m_File(std::move(file)), m_Source(source), m_Context(context), m_Products(m_File) {}
 
-  std::optional<RunFailure> Run() {
+  Expected<void> Run() {
     RemoveForgottenBitmaps(m_Context.ripDirectory);
-    if (const auto removed = RemoveEarlier(m_Products); !removed) return Failed(removed.Error());
+    if (const auto removed = RemoveEarlier(m_Products); !removed) return removed.Error();
     const std::string parent = fs::path(m_File).parent_path().string();
     const auto directory = interpreter::RunDirectory::MakeIn(parent, m_Context.guardian);
-    if (!directory) return Failed(directory.Error());
-    unsigned pages = 0;
-    if (auto failure = Interpret(*directory, pages)) return failure;
+    if (!directory) return directory.Error();
+    const auto pages = Interpret(*directory);
+    if (!pages) return pages.Error();
     m_Context.reporter.Info("FLUSHING");
-    const auto finished = Finish(*directory, pages);
-    if (!finished) return Failed(finished.Error());
-    return {};
+    return Finish(*directory, *pages);
   }
 
  private:
@@ -99,13 +98,13 @@ class Conversion {
 
   // A PDF sets its page while it runs. PostScript that doesn't say what its picture is has to be
   // run for that.
-  std::optional<RunFailure> FindArea(PictureTask& task) const {
+  Expected<void> FindArea(PictureTask& task) const {
     const bool pdf = m_Source.job.layout.kind == interpreter::JobKind::Pdf;
     task.area = m_Source.declared;
     if (task.area || (pdf && (task.size || task.resolution >= LowestDeviceResolution))) return {};
     const auto measured = Measure(m_Source, m_Context);
-    if (const auto* const failure = std::get_if<RunFailure>(&measured)) return *failure;
-    const PointBox& box = std::get<PageMeasure>(measured).box;
+    if (!measured) return measured.Error();
+    const PointBox& box = measured->box;
     if (pdf) {
       task.size = PictureSize{box.Width(), box.Height()};
     } else {
@@ -114,8 +113,8 @@ class Conversion {
     return {};
   }
 
-  // Said here in words; the interpreter would only fail.
-  [[nodiscard]] std::optional<RunFailure> CheckSize(const PictureTask& task) const {
+  // The interpreter would fail without a reason.
+  [[nodiscard]] Expected<void> CheckSize(const PictureTask& task) const {
     const auto dots = DotsOf(task);
     const auto limit = m_Context.settings.pagePixels;
     const auto side = static_cast<double>(interpreter::SidePixels);
@@ -124,77 +123,84 @@ class Conversion {
       return {};
     }
     const auto whole = [](double value) { return std::to_string(std::llround(value)); };
-    return RunFailure{ExitStatus::Failed,
-                      "The picture would be " + whole(dots->width) + " x " + whole(dots->height) +
-                          " pixels; the limit is " + std::to_string(limit) +
-                          " pixels (RASTREL_RIP_PIXELS) and " + whole(side) + " on a side."};
+    return FailureOf("The picture would be " + whole(dots->width) + " x " + whole(dots->height) +
+                     " pixels; the limit is " + std::to_string(limit) +
+                     " pixels (RASTREL_RIP_PIXELS) and " + whole(side) + " on a side");
   }
 
-  std::optional<RunFailure> Interpret(const interpreter::RunDirectory& directory, unsigned& pages) {
-    auto made = PartsOf(m_Source, m_Context);
-    if (auto* const failure = std::get_if<RunFailure>(&made)) return std::move(*failure);
-    auto& parts = std::get<interpreter::RipRun::Parts>(made);
+  Expected<unsigned> Interpret(const interpreter::RunDirectory& directory) {
+    auto request = RequestOf(m_Source, m_Context);
+    if (!request) return request.Error();
     std::string prefix = SeparationPrefix();
     if (IsPicture()) {
       PictureTask task{{}, m_Source.header.size, Resolution(), m_Source.header.cutLines};
-      if (auto failure = FindArea(task)) return failure;
-      if (auto failure = CheckSize(task)) return failure;
+      if (const auto found = FindArea(task); !found) return found.Error();
+      if (const auto checked = CheckSize(task); !checked) return checked.Error();
       prefix = PicturePrefix(task);
-      parts.cutter = !task.cutLines.empty();
-    } else {
-      parts.picture = false;
+      request->setsCutColor = !task.cutLines.empty();
     }
     auto held = HoldText(prefix, directory.Path());
-    if (!held) return Failed(held.Error());
-    parts.prefix = std::move(*held);
-    interpreter::RipRun run(std::move(parts), directory, m_Context.reporter, m_Context.guardian);
-    if (auto failure = run.Run()) return failure;
-    pages = run.Pages();
-    return {};
+    if (!held) return held.Error();
+    request->prefix = std::move(*held);
+    const auto interpret = IsPicture() ? interpreter::PrintFirstPage : interpreter::PrintPages;
+    return interpret(std::move(*request), directory, m_Context.reporter, m_Context.guardian);
   }
 
   Expected<void> Finish(const interpreter::RunDirectory& directory, unsigned pages) const {
-    const std::string first = directory.Path() + "/" + interpreter::PageName(1);
-    const std::string archive = directory.Path() + "/archive";
-    const std::string bitmap = directory.Path() + "/bitmap";
-    const bool cut = IsPicture() && !m_Source.header.cutLines.empty();
-    if (cut) {
-      const auto written = WriteCutArchive(first + "/" + interpreter::CutPaths::FileName, archive,
-                                           m_Source.header.cutLines, Tolerance());
-      if (!written) return written.Error();
+    const std::string first = directory.Path() + "/" + pages::PageName(1);
+    const Products made(directory);
+    const auto written = WriteProducts(first, made);
+    if (!written) return written.Error();
+    if (const auto removed = directory.RemoveWork(); !removed) return removed;
+    if (const auto joined = JoinPages(directory, first, pages); !joined) return joined;
+    if (written->archive) {
+      if (const auto moved = HandOver(made.archive, m_Products.archive); !moved) return moved;
     }
-    bool hasBitmap = false;
-    if (IsPicture()) {
-      const auto written = WriteBitmapFile(first + "/page.ppm", bitmap, Resolution());
-      hasBitmap = static_cast<bool>(written);
-      if (!hasBitmap && written.Error().error != EFBIG) return written.Error();
-      if (!hasBitmap) {
-        m_Context.reporter.Warning(
-            "The picture is too large for a bitmap file, which is left out.");
-      }
+    if (written->bitmap) {
+      if (const auto moved = HandOver(made.bitmap, m_Products.bitmap); !moved) return moved;
     }
-    if (!directory.RemoveWork()) return Failure{"remove", directory.Temporary(), errno};
-    // Further pages lie below the first, whose description a reader finds without searching.
-    for (unsigned page = 2; page <= pages; ++page) {
-      const std::string name = "/" + interpreter::PageName(page);
-      if (rename((directory.Path() + name).c_str(), (first + name).c_str()) != 0) {
-        return Failure{"rename", directory.Path() + name, errno};
-      }
-    }
-    if (cut) {
-      const auto moved = HandOver(archive, m_Products.archive);
-      if (!moved) return moved.Error();
-    }
-    if (hasBitmap) {
-      const auto moved = HandOver(bitmap, m_Products.bitmap);
-      if (!moved) return moved.Error();
-    }
-    const auto moved = HandOver(first, m_Products.pages);
-    if (!moved) return moved.Error();
+    if (const auto moved = HandOver(first, m_Products.pages); !moved) return moved;
     if (rmdir(directory.Path().c_str()) != 0) {
       return Failure{"remove", directory.Path(), errno};
     }
     if (!m_Context.guardian.ReleaseAll()) return Failure{"release", m_Products.pages, errno};
+    return {};
+  }
+
+  // Which products there are besides the pages.
+  struct Written {
+    bool archive = false;
+    bool bitmap = false;
+  };
+
+  // Makes them of the first page, still in the run's directory.
+  Expected<Written> WriteProducts(const std::string& first, const Products& made) const {
+    Written written;
+    if (!IsPicture()) return written;
+    if (!m_Source.header.cutLines.empty()) {
+      const auto archive = WriteCutArchive(first + "/" + pages::CutPathsName, made.archive,
+                                           m_Source.header.cutLines, Tolerance());
+      if (!archive) return archive.Error();
+      written.archive = true;
+    }
+    const auto bitmap = WriteBitmapFile(first + "/page.ppm", made.bitmap, Resolution());
+    written.bitmap = static_cast<bool>(bitmap);
+    if (!bitmap && bitmap.Error().error != EFBIG) return bitmap.Error();
+    if (!bitmap) {
+      m_Context.reporter.Warning("The picture is too large for a bitmap file, which is left out.");
+    }
+    return written;
+  }
+
+  // Further pages lie below the first, whose description a reader finds without searching.
+  static Expected<void> JoinPages(const interpreter::RunDirectory& directory,
+                                  const std::string& first, unsigned pages) {
+    for (unsigned page = 2; page <= pages; ++page) {
+      const std::string name = "/" + pages::PageName(page);
+      if (rename((directory.Path() + name).c_str(), (first + name).c_str()) != 0) {
+        return Failure{"rename", directory.Path() + name, errno};
+      }
+    }
     return {};
   }
 
@@ -219,11 +225,11 @@ class Conversion {
 
 }  // namespace
 
-std::optional<RunFailure> Convert(const std::string& file, const JobSource& source,
-                                  const QueueContext& context) {
+Expected<void> Convert(const std::string& file, const JobSource& source,
+                       const QueueContext& context) {
   std::error_code error;
   const fs::path path = fs::absolute(file, error);
-  if (error) return Failed({"find", file, error.value()});
+  if (error) return Failure{"find", file, error.value()};
   return Conversion(path.string(), source, context).Run();
 }
 

@@ -28,6 +28,14 @@ constexpr std::uint32_t ObjectVersion = 1;
 constexpr std::int32_t OrdinaryKind = 1;
 constexpr double OrdinaryNumber = 1.0;
 
+// The archive, little-endian; the number after a field is its bytes.
+//
+//   archive:  version 4 | count 4 | objects
+//   object:   version 4 | color's text | number 8 | count 8 | polygons | kind 4
+//   polygon:  count 8 | parts, 8 bytes of 0 after each | 4 times 4 bytes of 0 | 1 byte of 0
+//   part:     count 8 | vertices: x 8, y 8, 3 times 8 bytes of 0 | closed 1
+//   text:     FF FE FF | count 1, or FF and count 2 | UTF-16 units of 2
+
 // A file that is written from its start to its end, but for counts that are known late.
 class ArchiveFile {
  public:
@@ -45,7 +53,7 @@ class ArchiveFile {
   }
   void Put(double value) { Put(std::bit_cast<std::uint64_t>(value)); }
 
-  // FF FE FF and the number of UTF-16 units stand before these, in one byte or behind FF in two. No
+  // FF FE FF and the number of UTF-16 units come before these, in one byte or after FF in two. No
   // line of a header is so long that it would take the third form.
   void Put(const std::wstring& text) {
     const std::vector<std::uint16_t> units = os::Utf16FromWide(text);

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "children/jobspool/job_header.h"
+#include "children/jobspool/job_header_reader.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {

@@ -6,26 +6,19 @@
 #include <span>
 #include <string_view>
 
+#include "rastrel/platform/os/hex.h"
+
 namespace rastrel::jobspool {
 namespace {
-
-int DigitValue(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-  return -1;
-}
 
 std::string Unescape(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const int high = text[i] == '%' && i + 2 < text.size() ? DigitValue(text[i + 1]) : -1;
-    const int low = high >= 0 ? DigitValue(text[i + 2]) : -1;
-    if (low < 0) {
-      plain += text[i];
-    } else {
-      plain += static_cast<char>(high * 16 + low);
-      i += 2;
-    }
+    const bool isEscape = text[i] == '%' && i + 2 < text.size();
+    const auto byte = isEscape ? os::ByteFromHex(text[i + 1], text[i + 2], os::HexCase::Upper)
+                               : std::optional<unsigned char>();
+    plain += byte ? static_cast<char>(*byte) : text[i];
+    if (byte) i += 2;
   }
   return plain;
 }

@@ -31,9 +31,9 @@ class CutPathReader {
   [[nodiscard]] bool Hidden() const { return m_Hidden; }
   /// How many parts the path says that it has.
   [[nodiscard]] std::size_t Parts() const { return m_Parts; }
-  /// The next part of the path; nothing behind the last, or if the file breaks its form.
+  /// The next part of the path; nothing after the last, or if the file breaks its form.
   [[nodiscard]] std::optional<PathPart> NextPart();
-  /// Passes over what is left of the path.
+  /// Skips the rest of the path.
   void SkipPath();
   /// Whether the file was read to its last line and kept its form all the way.
   [[nodiscard]] bool Whole() const { return m_Whole; }

@@ -11,7 +11,7 @@ struct Point {
   bool operator==(const Point&) const = default;
 };
 
-/// Appends the ends of straight lines that stand for a Bézier curve: start, two control points,
+/// Appends the ends of straight lines that replace a Bézier curve: start, two control points,
 /// end. The start is taken to be there already; the last point appended is the end, exactly. No
 /// point of the curve lies more than `tolerance` beside its line. REQUIRES: tolerance > 0. A curve
 /// gets at most LinesOfCurve lines.

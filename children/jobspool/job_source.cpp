@@ -2,10 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -22,26 +20,12 @@ constexpr std::size_t TailSize = 65536;
 constexpr char EndOfJob = '\x04';
 constexpr double LargestCoordinate = 1e7;  // points
 
-std::string ReadPart(int file, std::uint64_t offset, std::uint64_t count) {
-  std::string text(static_cast<std::size_t>(count), '\0');
-  std::size_t filled = 0;
-  while (filled < text.size()) {
-    const ssize_t got = pread(file, text.data() + filled, text.size() - filled,
-                              static_cast<off_t>(offset + filled));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    filled += static_cast<std::size_t>(got);
-  }
-  text.resize(filled);
-  return text;
-}
-
 // The beginning of a file that may be missing or anything.
 std::string ReadHead(const std::string& path) {
   const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat state {};
   if (!file.IsOpen() || fstat(file.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return {};
-  return ReadPart(file.Get(), 0, JobHeaderLimit);
+  return interpreter::ReadPart(file.Get(), 0, JobHeaderLimit);
 }
 
 bool IsLineStart(std::string_view text, std::size_t at) {
@@ -84,7 +68,7 @@ std::optional<PointBox> ReadBox(std::string_view text) {
   return box;
 }
 
-// An end-of-job byte at the end would undo what an unfinished page needs.
+// After an end-of-job byte at the end, a page that the job left open could not be put out.
 void DropEndOfJob(interpreter::JobFile& job, std::string_view tail) {
   const std::size_t last = tail.find_last_not_of(std::string(Blanks) + EndOfJob);
   const std::size_t kept = last == tail.npos ? 0 : last + 1;
@@ -118,13 +102,12 @@ std::string Companion(const std::string& path, const std::string& suffix) {
   return path.substr(0, dot == path.npos || dot <= name ? path.size() : dot) + suffix;
 }
 
-std::variant<JobSource, interpreter::RunFailure> OpenJobSource(const std::string& path) {
+Expected<JobSource> OpenJobSource(const std::string& path) {
   JobSource source;
   source.header = ReadJobHeader(ReadHead(path));
   auto opened = interpreter::OpenJob(path, source.header.length);
-  if (auto* const failure = std::get_if<interpreter::RunFailure>(&opened))
-    return std::move(*failure);
-  source.job = std::move(std::get<interpreter::JobFile>(opened));
+  if (!opened) return opened.Error();
+  source.job = std::move(*opened);
   source.title = AsUtf8(FileStem(path));
   interpreter::JobLayout& layout = source.job.layout;
   if (layout.kind == interpreter::JobKind::Pdf) {
@@ -134,10 +117,12 @@ std::variant<JobSource, interpreter::RunFailure> OpenJobSource(const std::string
     return source;
   }
   const int file = source.job.file.Get();
-  const std::string head = ReadPart(
-      file, layout.offset, std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length));
+  const std::string head = interpreter::ReadPart(
+      file, layout.offset,
+      static_cast<std::size_t>(std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length)));
   const std::uint64_t tailSize = std::min<std::uint64_t>(TailSize, layout.length);
-  const std::string tail = ReadPart(file, layout.offset + layout.length - tailSize, tailSize);
+  const std::string tail = interpreter::ReadPart(file, layout.offset + layout.length - tailSize,
+                                                 static_cast<std::size_t>(tailSize));
   source.declared = FindDeclaredBox(head, tail);
   const std::string title = interpreter::FindTitle(head);
   if (!title.empty()) source.title = AsUtf8(title);

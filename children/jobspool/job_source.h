@@ -3,10 +3,10 @@
 #include <array>
 #include <optional>
 #include <string>
-#include <variant>
 
-#include "children/jobspool/job_header.h"
-#include "interpreter/job_file.h"
+#include "children/jobspool/job_header_reader.h"
+#include "interpreter/interpreter.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {
 
@@ -27,13 +27,12 @@ struct JobSource {
   interpreter::JobFile job;          ///< without the header
   JobHeader header;                  ///< of the file itself, or of the ".jhdr" file beside a PDF
   std::string title;                 ///< of the PostScript's comments, or the file's name; UTF-8
-  std::optional<PointBox> declared;  ///< what its bounding box comment says, if it holds anything
+  std::optional<PointBox> declared;  ///< of its bounding box comment, if it holds anything
 };
 
-/// Opens the file at that native path and finds out what it holds. Failures, all
-/// ExitStatus::BadInput: it can't be read, is no regular file, or holds neither PostScript nor PDF.
-[[nodiscard]] std::variant<JobSource, interpreter::RunFailure> OpenJobSource(
-    const std::string& path);
+/// Opens the file at that native path and looks for its header and its job. Fails as
+/// interpreter::OpenJob: it can't be read, is no regular file, or holds neither PostScript nor PDF.
+[[nodiscard]] Expected<JobSource> OpenJobSource(const std::string& path);
 
 /// The box that a document's comments declare. `head` is its beginning, `tail` its end; they may
 /// overlap. The first "%%BoundingBox:" line of the head counts; if that says "(atend)", or the head

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "interpreter/reporter.h"
+#include "children/shared/reporter.h"
 
 namespace rastrel::jobspool {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 constexpr double PointsPerInch = 72;
 constexpr double DotsPerPoint = 2400 / PointsPerInch;
 constexpr double SheetMiddle = 120000;  // points: where measure.ps puts the origin
-// The device tells a box with a fraction of a dot around the marks.
+// The device reports a box with a fraction of a dot around the marks.
 constexpr double FillsAll = SheetMiddle - 1;
 constexpr PointBox OrdinarySheet{0, 0, 595, 842};
 
@@ -76,7 +76,7 @@ std::string FormatPageRecords(const PageMeasure& page, const std::string& name, 
   const auto record = [&](const char* keyword, const std::string& value) {
     text.append("QRAST:").append(keyword).append(" ").append(value).append("\n");
   };
-  record("name", interpreter::OneLine(name));
+  record("name", children::OneLine(name));
   record("bits", "24");
   record("npls", "3");
   record("xdpi", dots);

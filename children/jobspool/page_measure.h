@@ -7,7 +7,7 @@
 
 namespace rastrel::jobspool {
 
-/// What was learned about a job's first page.
+/// The measure of a job's first page.
 struct PageMeasure {
   PointBox box;         ///< the page: see MeasuredPage
   bool marked = false;  ///< the page has marks
@@ -23,8 +23,8 @@ struct PageMeasure {
 [[nodiscard]] std::optional<PageMeasure> MeasuredPage(const std::string& report,
                                                       const std::optional<PointBox>& declared);
 
-/// The lines that tell it, each with its line feed (docs/formats/queue-program.md). `resolution` is
-/// the one that a conversion would have, in dots per inch.
+/// The lines that report it, each with its line feed (docs/formats/queue-program.md). `resolution`
+/// is the one that a conversion would have, in dots per inch.
 [[nodiscard]] std::string FormatPageRecords(const PageMeasure& page, const std::string& name,
                                             int resolution);
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::jobspool {
@@ -13,7 +14,7 @@ constexpr double PointsPerInch = 72;
 constexpr std::string_view Start =
     "%!PS\n%%Title: Prefix of the queue program\nserverdict begin 0 exitserver\nuserdict begin\n";
 
-// With the digits that tell it exactly, and never with an exponent, which PostScript would read but
+// With as many digits as make it exact, and never with an exponent, which PostScript would read but
 // people would not.
 std::string Number(double value) {
   std::array<char, 400> digits{};
@@ -22,14 +23,7 @@ std::string Number(double value) {
   return error == std::errc() ? std::string(digits.data(), end) : "0";
 }
 
-std::string HexText(std::string_view bytes) {
-  std::string text = "<";
-  for (const char byte : bytes) {
-    text += "0123456789abcdef"[static_cast<unsigned char>(byte) >> 4];
-    text += "0123456789abcdef"[static_cast<unsigned char>(byte) & 15U];
-  }
-  return text + ">";
-}
+std::string HexText(std::string_view bytes) { return "<" + os::HexFromBytes(bytes) + ">"; }
 
 std::string CutLines(const std::vector<CutLine>& lines) {
   std::string text;
@@ -72,11 +66,11 @@ std::string LayArea(const PointBox& area, const PictureSize& dots) {
 // A page is made of dots, so a smaller page at a higher resolution has the same ones.
 std::string Page(const PictureSize& dots, const PictureTask& task) {
   const int device = std::max(task.resolution, LowestDeviceResolution);
-  const std::string told = std::to_string(task.resolution);
+  const std::string resolution = std::to_string(task.resolution);
   return "/queue.dots [ " + Number(dots.width) + " " + Number(dots.height) +
          " ] def\n/queue.picture {\n  statusdict /printer_desc get /BBoxInches [ 0.0 " +
          Number(dots.height / device) + " " + Number(dots.width / device) +
-         " 0.0 ] put\n  InitRIP\n  (RESOLUTION ) (" + told + " " + told +
+         " 0.0 ] put\n  InitRIP\n  (RESOLUTION ) (" + resolution + " " + resolution +
          ") //rip.report exec\n  << /Install {\n      " +
          (task.area ? LayArea(*task.area, dots) : std::string(LayPage)) +
          "\n  } bind >> //rip.setpagedevice exec\n} bind def\n/queue.picture SetScaleTarget\n";

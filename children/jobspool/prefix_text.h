@@ -7,7 +7,7 @@
 
 namespace rastrel::jobspool {
 
-/// What the prefix of a picture's run says. All lengths in points.
+/// The values in the prefix of a picture's run. All lengths in points.
 struct PictureTask {
   /// The part of the page that becomes the picture; nothing: the page that the job sets.
   std::optional<PointBox> area;
@@ -19,7 +19,7 @@ struct PictureTask {
 /// Dots per inch below which the interpreter's screens fail. A task below it has a size or an area.
 inline constexpr int LowestDeviceResolution = 4;
 
-/// The picture's size in dots, not rounded and at least 1 each way; nothing if the job's page tells
+/// The picture's size in dots, not rounded and at least 1 each way; nothing if the job's page sets
 /// it.
 [[nodiscard]] std::optional<PictureSize> DotsOf(const PictureTask& task);
 

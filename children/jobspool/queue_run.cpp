@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "children/jobspool/anonymous_file.h"
@@ -12,11 +13,6 @@
 
 namespace rastrel::jobspool {
 namespace {
-
-using interpreter::ExitStatus;
-using interpreter::RunFailure;
-
-RunFailure Failed(const Failure& failure) { return {ExitStatus::Failed, Describe(failure) + "."}; }
 
 Expected<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
                                       const std::string& directory) {
@@ -37,45 +33,41 @@ Expected<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
 
 }  // namespace
 
-std::variant<interpreter::RipRun::Parts, RunFailure> PartsOf(const JobSource& source,
-                                                             const QueueContext& context) {
-  interpreter::RipRun::Parts parts;
-  parts.ripDirectory = context.ripDirectory;
-  parts.settings = context.settings;
-  parts.picture = true;
-  parts.description.job = source.title;
-  parts.job.layout = source.job.layout;
+Expected<interpreter::RunRequest> RequestOf(const JobSource& source, const QueueContext& context) {
+  interpreter::RunRequest request;
+  request.ripDirectory = context.ripDirectory;
+  request.settings = context.settings;
+  request.title = source.title;
+  request.job.layout = source.job.layout;
   const bool shifted =
       source.job.layout.kind == interpreter::JobKind::Pdf && source.job.layout.offset > 0;
   if (shifted) {
     auto copy = CopyRest(source.job.file.Get(), source.job.layout.offset, context.ripDirectory);
-    if (!copy) return Failed(copy.Error());
-    parts.job.file = std::move(*copy);
+    if (!copy) return copy.Error();
+    request.job.file = std::move(*copy);
   } else {
-    parts.job.file = os::FileDescriptor(fcntl(source.job.file.Get(), F_DUPFD_CLOEXEC, 3));
-    if (!parts.job.file.IsOpen()) return Failed({"dup", "the job", errno});
+    request.job.file = os::FileDescriptor(fcntl(source.job.file.Get(), F_DUPFD_CLOEXEC, 3));
+    if (!request.job.file.IsOpen()) return Failure{"dup", "the job", errno};
   }
-  return parts;
+  return request;
 }
 
-std::variant<PageMeasure, RunFailure> Measure(const JobSource& source,
-                                              const QueueContext& context) {
-  auto parts = PartsOf(source, context);
-  if (auto* const failure = std::get_if<RunFailure>(&parts)) return std::move(*failure);
-  auto& measuring = std::get<interpreter::RipRun::Parts>(parts);
-  measuring.measure = true;
+Expected<PageMeasure> Measure(const JobSource& source, const QueueContext& context) {
+  auto request = RequestOf(source, context);
+  if (!request) return request.Error();
   const auto directory = interpreter::RunDirectory::Make(context.ripDirectory, context.guardian);
-  if (!directory) return Failed(directory.Error());
-  interpreter::RipRun run(std::move(measuring), *directory, context.reporter, context.guardian);
-  if (auto failure = run.Run()) return std::move(*failure);
+  if (!directory) return directory.Error();
+  const auto measure = interpreter::MeasureFirstPage(std::move(*request), *directory,
+                                                     context.reporter, context.guardian);
+  if (!measure) return measure.Error();
   std::error_code error;
   std::filesystem::remove_all(directory->Path(), error);
-  if (error) return Failed({"remove", directory->Path(), error.value()});
+  if (error) return Failure{"remove", directory->Path(), error.value()};
   if (!context.guardian.Release(directory->Path())) {
-    return Failed({"release", directory->Path(), errno});
+    return Failure{"release", directory->Path(), errno};
   }
-  const auto page = MeasuredPage(run.Box(), source.declared);
-  if (!page) return RunFailure{ExitStatus::Failed, "The interpreter's measure can't be read."};
+  const auto page = MeasuredPage(*measure, source.declared);
+  if (!page) return FailureOf("The interpreter's measure can't be read");
   return *page;
 }
 

@@ -1,29 +1,30 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "children/jobspool/job_source.h"
 #include "children/jobspool/page_measure.h"
-#include "interpreter/rip_run.h"
+#include "children/shared/reporter.h"
+#include "interpreter/guardian.h"
+#include "interpreter/interpreter.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::jobspool {
 
-/// What the runs of one file have in common. All but the source outlives them.
+/// The common part of the runs of one file. Reporter and guardian outlive them.
 struct QueueContext {
   std::string ripDirectory;  ///< native; holds System/prolog
   interpreter::Settings settings;
-  interpreter::Reporter& reporter;
+  children::Reporter& reporter;
   interpreter::Guardian& guardian;
 };
 
-/// The interpreter's parts for a source whose file stays open there. A PDF behind a header is
-/// copied into a file without a name, since its positions count from its own beginning.
-[[nodiscard]] std::variant<interpreter::RipRun::Parts, interpreter::RunFailure> PartsOf(
-    const JobSource& source, const QueueContext& context);
+/// The interpreter's request for a source, whose file stays open there. A PDF after a header is
+/// copied into an anonymous file, since its positions count from its own beginning.
+[[nodiscard]] Expected<interpreter::RunRequest> RequestOf(const JobSource& source,
+                                                          const QueueContext& context);
 
 /// Measures the first page in one start of the interpreter.
-[[nodiscard]] std::variant<PageMeasure, interpreter::RunFailure> Measure(
-    const JobSource& source, const QueueContext& context);
+[[nodiscard]] Expected<PageMeasure> Measure(const JobSource& source, const QueueContext& context);
 
 }  // namespace rastrel::jobspool

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What every child program does with the words that it was started with.
+/// The arguments and streams that every child program is started with.
 namespace rastrel::children {
 
 /// Native path of a path argument. Arguments are the library's text; a name that is no UTF-8 has no

@@ -112,23 +112,6 @@ std::optional<std::string> FirstLineOf(const std::string& program,
   return text.substr(1, std::min(text.find('\n', 1), text.size()) - 1);
 }
 
-bool RunInDirectory(const std::string& program, const std::vector<std::string>& arguments,
-                    const std::string& directory, std::chrono::milliseconds limit) {
-  const os::FileDescriptor nothing = OpenNothing();
-  if (!nothing.IsOpen()) return false;
-  os::SpawnRequest request = RequestOf(program, arguments, nothing.Get());
-  request.directory = directory;
-  std::erase_if(request.environment, [](const std::string& entry) {
-    return entry.starts_with("TMPDIR=") || entry.starts_with("TEMP=");
-  });
-  request.environment.push_back("TMPDIR=" + directory);
-  request.environment.push_back("TEMP=" + directory);
-  const auto child = os::Spawn(request);
-  if (!child) return false;
-  const os::FileDescriptor process(child->process);
-  return EndsWell(process.Get(), limit);
-}
-
 bool StartAndForget(const std::string& program, const std::vector<std::string>& arguments) {
   const os::FileDescriptor nothing = OpenNothing();
   if (!nothing.IsOpen()) return false;

@@ -17,13 +17,6 @@ namespace rastrel::cli {
                                                      const std::vector<std::string>& arguments,
                                                      std::chrono::milliseconds limit);
 
-/// Runs a program with a directory as its working directory and as its place for temporary files,
-/// with no standard streams. True if it ended well by itself within `limit`; after that it is
-/// ended.
-[[nodiscard]] bool RunInDirectory(const std::string& program,
-                                  const std::vector<std::string>& arguments,
-                                  const std::string& directory, std::chrono::milliseconds limit);
-
 /// Starts a program that goes on by itself, with no standard streams of this one. False if it
 /// can't.
 bool StartAndForget(const std::string& program, const std::vector<std::string>& arguments);

@@ -5,7 +5,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/input/file_head.h"
-#include "interpreter/job_kind.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {

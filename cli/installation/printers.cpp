@@ -13,49 +13,49 @@ namespace {
 
 constexpr std::uint64_t LargestFile = std::uint64_t{1} << 20;
 
-const char* FormatWord(odalis::FileFormat format) {
+const char* FormatWord(devices::FileFormat format) {
   switch (format) {
-    case odalis::FileFormat::Tiff: return "TIFF";
-    case odalis::FileFormat::Png: return "PNG";
-    case odalis::FileFormat::Pdf: return "PDF";
+    case devices::FileFormat::Tiff: return "TIFF";
+    case devices::FileFormat::Png: return "PNG";
+    case devices::FileFormat::Pdf: return "PDF";
   }
   return "";
 }
 
 }  // namespace
 
-std::vector<odalis::Device> ReadPrinters() {
+std::vector<devices::Device> ReadPrinters() {
   const std::string path = DevicesFile();
   const auto text = os::ReadWholeFile(os::FromNative(path), LargestFile);
   if (!text)
     throw CommandError(ExitStatus::NotInstalled,
                        "the devices file can't be read: " + Describe(text.Error()));
-  auto devices = odalis::ReadDevices(*text);
+  auto devices = devices::ReadDevices(*text);
   if (!devices)
-    throw CommandError(ExitStatus::NotInstalled,
-                       "the devices file '" + path + "' has a fault in " + devices.Error().text);
+    throw CommandError(ExitStatus::NotInstalled, "the devices file '" + path + "' has a fault in " +
+                                                     Describe(devices.Error()));
   return std::move(*devices);
 }
 
 void CheckPrinter(const std::string& name) {
   const auto devices = ReadPrinters();
-  if (std::ranges::find(devices, name, &odalis::Device::printer) != devices.end()) return;
+  if (std::ranges::find(devices, name, &devices::Device::printer) != devices.end()) return;
   std::string known;
-  for (const odalis::Device& device : devices)
+  for (const devices::Device& device : devices)
     known += (known.empty() ? "'" : ", '") + device.printer + "'";
   throw CommandError(ExitStatus::WrongUse, "there is no printer '" + name + "' in " +
                                                DevicesFile() + "; there are " +
                                                (known.empty() ? "none" : known));
 }
 
-std::string DescribeDevice(const odalis::Device& device) {
+std::string DescribeDevice(const devices::Device& device) {
   const std::string format =
       std::string(device.printer == "*" ? "any name that a host uses and no other section bears: "
                                         : "") +
       FormatWord(device.format);
-  odalis::FieldValues fields;
+  devices::FieldValues fields;
   fields.output = "{output}";
-  if (device.kind == odalis::DeviceKind::Command)
+  if (device.kind == devices::DeviceKind::Command)
     return format + ", given to a program: " +
            (device.command.empty() ? "" : device.command.front().Expand(fields));
   return format + " files" + (device.overwrite ? ", written over those of the same name" : "");

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "children/coreodalis/devices.h"
+#include "children/devices/devices.h"
 
 namespace rastrel::cli {
 
@@ -12,7 +12,7 @@ inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
 
 /// The devices of the data root, as the output engine reads them. Throws
 /// CommandError(NotInstalled) if the file is missing or holds a fault.
-[[nodiscard]] std::vector<odalis::Device> ReadPrinters();
+[[nodiscard]] std::vector<devices::Device> ReadPrinters();
 
 /// Throws CommandError(WrongUse), with the names that there are, unless a section of the devices
 /// bears the name. The section "*" takes any name from a host, but a name that a person types and
@@ -20,6 +20,6 @@ inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
 void CheckPrinter(const std::string& name);
 
 /// "TIFF files" or "PDF, given to a program: /usr/bin/lp".
-[[nodiscard]] std::string DescribeDevice(const odalis::Device& device);
+[[nodiscard]] std::string DescribeDevice(const devices::Device& device);
 
 }  // namespace rastrel::cli

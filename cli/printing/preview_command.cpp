@@ -23,25 +23,25 @@ namespace {
 
 constexpr std::size_t PicturesShown = 4;
 
-odalis::FileFormat FormatOf(const std::string& target) {
+devices::FileFormat FormatOf(const std::string& target) {
   const std::string extension = std::filesystem::path(target).extension();
-  if (extension == ".tif" || extension == ".tiff") return odalis::FileFormat::Tiff;
-  if (extension == ".png") return odalis::FileFormat::Png;
+  if (extension == ".tif" || extension == ".tiff") return devices::FileFormat::Tiff;
+  if (extension == ".png") return devices::FileFormat::Png;
   throw CommandError(ExitStatus::WrongUse,
                      "a preview needs the name of its file, which ends in "
                      ".tif, .tiff or .png, as in -o out.tif");
 }
 
 // A printer that makes files of the format below the directory of the job.
-std::string PrinterFor(odalis::FileFormat format) {
+std::string PrinterFor(devices::FileFormat format) {
   const auto devices = ReadPrinters();
-  const auto found = std::ranges::find_if(devices, [format](const odalis::Device& device) {
-    return device.kind == odalis::DeviceKind::File && device.format == format &&
-           device.printer != "*" && device.pattern.BeginsWith(odalis::Field::Output);
+  const auto found = std::ranges::find_if(devices, [format](const devices::Device& device) {
+    return device.kind == devices::DeviceKind::File && device.format == format &&
+           device.printer != "*" && device.pattern.BeginsWith(devices::Field::Output);
   });
   if (found != devices.end()) return found->printer;
   throw CommandError(ExitStatus::NotInstalled, "no printer of " + DevicesFile() + " makes " +
-                                                   odalis::ExtensionOf(format) +
+                                                   devices::ExtensionOf(format) +
                                                    " files below {output}, which a preview needs");
 }
 
@@ -69,7 +69,7 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview);
   ApplyPreview(ticket, invocation);
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
-  const odalis::FileFormat format = FormatOf(target);
+  const devices::FileFormat format = FormatOf(target);
   CheckDirectory(target);
   const InputFile input = InspectInput(invocation.operand);
   MakeSureOfDataRoot();

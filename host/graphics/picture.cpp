@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "host/document/measure_text.h"
-#include "host/graphics/eps_conversion.h"
 #include "host/graphics/picture_formats.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
@@ -52,8 +52,8 @@ bool IsEps(std::string_view bytes) {
 }
 
 OpenedPicture OpenEps(const std::string& bytes) {
-  auto converted = PdfFromEps(bytes);
-  if (!converted) return FailureOf(os::Utf8FromWide(converted.Error()));
+  auto converted = interpreter::PdfFromEps(bytes);
+  if (!converted) return converted.Error();
   return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
 }
 

@@ -61,6 +61,34 @@ class IncludeRules(Tree):
         self.assertEqual(include_rules.check(self.root, self.RULES),
                          ["rastrel/high/a.cpp: does not include rastrel/high/a.h first"])
 
+    def test_a_header_that_a_folder_keeps_for_itself_is_a_fault_elsewhere(self):
+        open_headers = {"rastrel/low": ["rastrel/low/open.h"]}
+        for name in ("rastrel/low/open.h", "rastrel/low/inner.h"):
+            self.write(name, "")
+        self.write("rastrel/low/a.cpp", '#include "rastrel/low/inner.h"\n')
+        self.write("rastrel/high/a.cpp", '#include "rastrel/low/open.h"\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES, open_headers), [])
+        self.write("cli/a.cpp", '#include "rastrel/low/inner.h"\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES, open_headers),
+                         ["cli/a.cpp:1: rastrel/low/inner.h is not open to other folders"])
+
+    def test_a_test_reaches_a_header_that_its_folder_keeps_for_itself(self):
+        self.write("rastrel/low/open.h", "")
+        self.write("tests/a_test.cpp", '#include "rastrel/low/inner.h"\n')
+        self.assertEqual(include_rules.check(self.root, self.RULES | {"tests": ["*"]},
+                                             {"rastrel/low": ["rastrel/low/open.h"]}), [])
+
+    def test_an_open_header_that_is_not_there_is_a_fault(self):
+        self.assertEqual(include_rules.check(self.root, self.RULES,
+                                             {"rastrel/low": ["rastrel/low/open.h"]}),
+                         ["rastrel/low/open.h: open to other folders, and not there"])
+
+    def test_the_table_tells_rules_and_open_headers_apart(self):
+        self.write("table.txt", "a : b c  # why\na = a/open.h\nb :\n")
+        self.assertEqual(include_rules.read_rules(self.root / "table.txt"),
+                         {"a": ["b", "c"], "b": []})
+        self.assertEqual(include_rules.read_open_headers(self.root / "table.txt"), {"a": ["a/open.h"]})
+
     def test_a_circle_in_the_table_is_a_fault(self):
         rules = {"rastrel/a": ["rastrel/b"], "rastrel/b": ["rastrel/a"]}
         self.assertEqual(len(include_rules.check(self.root, rules)), 2)

@@ -10,12 +10,28 @@ import sys
 import sources
 
 
+# Sources that look into a folder from its outside on purpose.
+INSIDERS = ("tests", "bench", "fuzz")
+
+
 def read_rules(file):
+    """The folders that each folder may include."""
     rules = {}
     for line in sources.table(file):
-        folder, allowed = line.split(":")
-        rules[folder.strip()] = allowed.split()
+        if "=" not in line:
+            folder, allowed = line.split(":")
+            rules[folder.strip()] = allowed.split()
     return rules
+
+
+def read_open_headers(file):
+    """The headers that are open to other folders, of the folders that don't open all of theirs."""
+    open_headers = {}
+    for line in sources.table(file):
+        if "=" in line:
+            folder, headers = line.split("=")
+            open_headers[folder.strip()] = headers.split()
+    return open_headers
 
 
 def circles(rules):
@@ -40,8 +56,12 @@ def folder_of(file, rules):
     return None
 
 
-def check(root, rules):
+def check(root, rules, open_headers=None):
+    open_headers = open_headers or {}
     faults = circles(rules)
+    for folder, headers in open_headers.items():
+        faults += [f"{header}: open to other folders, and not there"
+                   for header in headers if not (pathlib.Path(root) / header).is_file()]
     for file in sources.files(root, sources.EVERYTHING):
         own = folder_of(file, rules)
         if own is None or (own == "rastrel" and file.count("/") > 1):
@@ -54,13 +74,16 @@ def check(root, rules):
                 faults.append(f"{file}: does not include {header} first")
         for line, quoted, name in included:
             inside = name.split("/")[0] in sources.PRODUCT
-            if quoted and not inside and own not in ("tests", "bench", "fuzz"):
+            if quoted and not inside and own not in INSIDERS:
                 faults.append(f"{file}:{line}: \"{name}\" is not written from the root")
             if not inside or name == "rastrel/export.h":
                 continue
             other = folder_of(name, rules)
             if other != own and other not in rules[own] and "*" not in rules[own]:
                 faults.append(f"{file}:{line}: {own} may not include {name}")
+            elif (other != own and own not in INSIDERS
+                  and name not in open_headers.get(other, [name])):
+                faults.append(f"{file}:{line}: {name} is not open to other folders")
     return faults
 
 
@@ -68,7 +91,7 @@ def main():
     root = sys.argv[1]
     table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
     count = len(sources.files(root, sources.EVERYTHING))
-    sources.finish(check(root, read_rules(table)), f"{count} files keep to the include rules")
+    sources.finish(check(root, read_rules(table), read_open_headers(table)), f"{count} files keep to the include rules")
 
 
 if __name__ == "__main__":

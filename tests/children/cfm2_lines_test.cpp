@@ -18,10 +18,10 @@ std::string Page(const std::string& type, const std::string& directory, const st
          "   \n\ttitle := " + title + "   \n\tcopies := 1   \nend   \n";
 }
 
-/// The words of the problem, or empty if the text was read.
-std::string ProblemOf(const std::string& text) {
+/// The failure as a line, or empty if the text was read.
+std::string ReasonOf(const std::string& text) {
   const auto document = ReadCfm2(text);
-  return document ? "" : document.Error().text;
+  return document ? "" : Describe(document.Error());
 }
 
 TEST(ReadCfm2, the_generators_text_gives_its_pages_in_order) {
@@ -62,7 +62,7 @@ TEST(ReadCfm2, the_documents_example_is_valid) {
   const std::size_t start = page.find("```text\n>>") + 8;
   const std::string example = page.substr(start, page.find("```", start) - start);
   const auto document = ReadCfm2(example);
-  ASSERT_TRUE(document) << document.Error().text;
+  ASSERT_TRUE(document) << Describe(document.Error());
   ASSERT_EQ(document->entries.size(), 1u);
   EXPECT_EQ(PageDirectoryOf(document->entries[0]), "C:\\weekend > begin\\Legend > end");
 }
@@ -109,43 +109,43 @@ TEST(ReadCfm2, warnings_are_limited) {
   EXPECT_EQ(document->warnings.size(), MaximumWarnings);
 }
 
-TEST(ReadCfm2, a_text_of_comments_has_no_pages_and_is_no_problem) {
+TEST(ReadCfm2, a_text_of_comments_has_no_pages_and_is_no_failure) {
   const auto document = ReadCfm2(Header);
   ASSERT_TRUE(document);
   EXPECT_TRUE(document->entries.empty());
 }
 
-TEST(ReadCfm2, problems_say_line_and_reason) {
+TEST(ReadCfm2, failures_say_line_and_reason) {
   const std::string page = "begin := once\n\tid := a\n";
-  EXPECT_EQ(ProblemOf(""), "line 1: the input is empty, and no CFM2");
-  EXPECT_EQ(ProblemOf(" \n\n"), "line 1: the input is empty, and no CFM2");
-  EXPECT_EQ(ProblemOf("%!PS\n"), "line 1: '%!PS' is neither a comment nor the begin of a page");
-  EXPECT_EQ(ProblemOf(Header + "end\n"),
+  EXPECT_EQ(ReasonOf(""), "line 1: the input is empty, and no CFM2");
+  EXPECT_EQ(ReasonOf(" \n\n"), "line 1: the input is empty, and no CFM2");
+  EXPECT_EQ(ReasonOf("%!PS\n"), "line 1: '%!PS' is neither a comment nor the begin of a page");
+  EXPECT_EQ(ReasonOf(Header + "end\n"),
             "line 4: 'end' is neither a comment nor the begin of a page");
-  EXPECT_EQ(ProblemOf(page), "line 1: the page that begins here has no end");
-  EXPECT_EQ(ProblemOf(page + "\tdir := /x\nend\n"), "line 1: the page has no title");
-  EXPECT_EQ(ProblemOf(page + "\ttitle := t\nend\n"), "line 1: the page has no dir");
-  EXPECT_EQ(ProblemOf(page + "begin := once\n"), "line 3: begin inside the page of line 1");
-  EXPECT_EQ(ProblemOf(page + "stray\n"), "line 3: 'stray' has no ':=' and is not the page's end");
-  EXPECT_EQ(ProblemOf(page + "\tcopies := -1\n"),
+  EXPECT_EQ(ReasonOf(page), "line 1: the page that begins here has no end");
+  EXPECT_EQ(ReasonOf(page + "\tdir := /x\nend\n"), "line 1: the page has no title");
+  EXPECT_EQ(ReasonOf(page + "\ttitle := t\nend\n"), "line 1: the page has no dir");
+  EXPECT_EQ(ReasonOf(page + "begin := once\n"), "line 3: begin inside the page of line 1");
+  EXPECT_EQ(ReasonOf(page + "stray\n"), "line 3: 'stray' has no ':=' and is not the page's end");
+  EXPECT_EQ(ReasonOf(page + "\tcopies := -1\n"),
             "line 3: '-1' is no number of copies from 0 to 9999");
-  EXPECT_EQ(ProblemOf(page + "\tcopies := 10000\n"),
+  EXPECT_EQ(ReasonOf(page + "\tcopies := 10000\n"),
             "line 3: '10000' is no number of copies from 0 to 9999");
-  EXPECT_EQ(ProblemOf(page + "\tcopies := 99999999999999999999\n"),
+  EXPECT_EQ(ReasonOf(page + "\tcopies := 99999999999999999999\n"),
             "line 3: '99999999999999999999' is no number of copies from 0 to 9999");
-  EXPECT_EQ(ProblemOf(page + "\tcopies := 2x\n"),
+  EXPECT_EQ(ReasonOf(page + "\tcopies := 2x\n"),
             "line 3: '2x' is no number of copies from 0 to 9999");
-  EXPECT_EQ(ProblemOf(std::string("begin := on\0ce\n", 15)), "line 1: holds a zero byte");
+  EXPECT_EQ(ReasonOf(std::string("begin := on\0ce\n", 15)), "line 1: holds a zero byte");
 }
 
-TEST(ReadCfm2, a_title_that_is_a_path_is_a_problem) {
+TEST(ReadCfm2, a_title_that_is_a_path_is_refused) {
   for (const std::string title : {"..", ".", "a/b", "a\\b", "../../etc"}) {
-    EXPECT_EQ(ProblemOf(Page("once", "/x/", title)),
+    EXPECT_EQ(ReasonOf(Page("once", "/x/", title)),
               "line 1: the title '" + title + "' is no directory's name");
   }
 }
 
-TEST(ReadCfm2, a_text_cut_at_any_byte_gives_whole_pages_or_a_problem) {
+TEST(ReadCfm2, a_text_cut_at_any_byte_gives_whole_pages_or_a_failure) {
   const std::string text = Header + Page("once", "/x/", "A") + Page("once", "/x/", "B");
   const std::size_t firstEnd = text.find("\nend") + 4;
   const std::size_t secondEnd = text.rfind("\nend") + 4;

@@ -4,7 +4,7 @@ code.
 usage: cut_archive.py FILE
 
 Prints a line for each thing: "object NUMBER KIND COLOUR", "polygon", "part CLOSED", "X Y" in
-centimetres, and at last "end". Fails with a sentence if the file has another form, bytes behind its
+centimetres, and at last "end". Fails with a sentence if the file has another form, bytes after its
 end among it.
 """
 

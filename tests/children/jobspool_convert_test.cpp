@@ -13,8 +13,8 @@
 
 #include "children/jobspool/bitmap_file.h"
 #include "rastrel/platform/os/path.h"
-#include "tests/children/odalis_bench.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/odalis_fixture.h"
+#include "tests/children/queue_fixture.h"
 #include "tests/support/ordinary_user.h"
 
 namespace rastrel::jobspool::testing {
@@ -86,16 +86,16 @@ class QueueConvert : public ::testing::Test {
  protected:
   void SetUp() override { REQUIRE_GHOSTSCRIPT(); }
 
-  Outcome Run(const std::string& content, const std::string& name = "vkaaaaaa.ps") {
+  ProgramRun Run(const std::string& content, const std::string& name = "vkaaaaaa.ps") {
     m_Stem = m_Bench.RipDirectory() + "/" + name.substr(0, name.rfind('.'));
     return m_Bench.Convert(m_Bench.Job(name, content));
   }
   void RunWell(const std::string& content) {
-    const Outcome outcome = Run(content);
+    const ProgramRun outcome = Run(content);
     EXPECT_EQ(outcome.status, 0) << outcome.reports;
     EXPECT_TRUE(outcome.reports.ends_with("INFO: CLQ_success\n")) << outcome.reports;
   }
-  void ExpectNothing(const Outcome& outcome) {
+  void ExpectNothing(const ProgramRun& outcome) {
     EXPECT_NE(outcome.status, 0);
     EXPECT_TRUE(outcome.reports.ends_with("INFO: CLQ_failure\n")) << outcome.reports;
     EXPECT_NE(outcome.reports.find("\nERROR: "), std::string::npos);
@@ -103,12 +103,12 @@ class QueueConvert : public ::testing::Test {
   }
   [[nodiscard]] Pixels Page() const { return ReadNetpbm(m_Stem + ".cfm/page.ppm"); }
 
-  QueueBench m_Bench;
+  QueueFixture m_Bench;
   std::string m_Stem;
 };
 
 TEST_F(QueueConvert, says_what_it_does_in_order) {
-  const Outcome outcome = Run(Header("%# KVI_Res= 72\r\n") + Eps);
+  const ProgramRun outcome = Run(Header("%# KVI_Res= 72\r\n") + Eps);
   EXPECT_EQ(outcome.status, 0);
   std::size_t at = 0;
   for (const char* const line :
@@ -237,7 +237,7 @@ const std::string Pdf =
 
 TEST_F(QueueConvert, a_pdf_has_its_header_beside_it) {
   m_Bench.Job("vkaaaaaa.jhdr", Header("%# KVI_Res= 36\r\n"));
-  const Outcome outcome = Run(Pdf, "vkaaaaaa.pdf");
+  const ProgramRun outcome = Run(Pdf, "vkaaaaaa.pdf");
   ASSERT_EQ(outcome.status, 0) << outcome.reports;
   ASSERT_EQ(Page().width, 100U);
   ASSERT_EQ(Page().height, 150U);
@@ -298,7 +298,7 @@ TEST_F(QueueConvert, a_job_without_a_header_is_separated_page_by_page) {
 }
 
 TEST_F(QueueConvert, a_line_of_the_header_that_can_not_be_used_is_warned_of) {
-  const Outcome outcome = Run(Header("%# KVI_Res= many\r\n") + Eps);
+  const ProgramRun outcome = Run(Header("%# KVI_Res= many\r\n") + Eps);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_NE(outcome.reports.find("\nWARNING: The job header's line \"%# KVI_Res= many\""),
             std::string::npos);
@@ -318,7 +318,7 @@ TEST_F(QueueConvert, what_an_earlier_run_made_is_replaced) {
 TEST_F(QueueConvert, a_directory_that_is_somebody_elses_stays) {
   fs::create_directories(m_Bench.RipDirectory() + "/vkaaaaaa.cfm");
   m_Bench.Job("vkaaaaaa.cfm/letter.txt", "dear");
-  const Outcome outcome = Run(Header() + Eps);
+  const ProgramRun outcome = Run(Header() + Eps);
   EXPECT_EQ(outcome.status, 3);
   EXPECT_EQ(ReadFile(m_Stem + ".cfm/letter.txt"), "dear");
 }
@@ -341,18 +341,18 @@ TEST_F(QueueConvert, a_bitmap_that_nobody_fetched_goes_after_an_hour) {
 }
 
 TEST_F(QueueConvert, a_job_that_fails_leaves_nothing) {
-  const Outcome failed = Run(Header() + "%!PS\n%%BoundingBox: 0 0 9 9\nno.such.name\n");
+  const ProgramRun failed = Run(Header() + "%!PS\n%%BoundingBox: 0 0 9 9\nno.such.name\n");
   EXPECT_EQ(failed.status, 1);
   ExpectNothing(failed);
   EXPECT_EQ(Run("hello").status, 2);
-  const Outcome measured = Run(Header() + "%!PS\nno.such.name\n");
+  const ProgramRun measured = Run(Header() + "%!PS\nno.such.name\n");
   EXPECT_EQ(measured.status, 1);
   ExpectNothing(measured);
 }
 
 TEST_F(QueueConvert, without_its_interpreter_or_prolog_it_fails) {
   m_Bench.Set("PATH", "/nowhere");
-  Outcome outcome = Run(Header() + Eps);
+  ProgramRun outcome = Run(Header() + Eps);
   EXPECT_EQ(outcome.status, 3);
   EXPECT_NE(outcome.reports.find("Ghostscript is not installed"), std::string::npos);
   ExpectNothing(outcome);
@@ -366,7 +366,7 @@ TEST_F(QueueConvert, without_its_interpreter_or_prolog_it_fails) {
 TEST_F(QueueConvert, a_long_job_tells_its_progress) {
   std::string strokes;
   while (strokes.size() < 3000000) strokes += "20 { 0 0 moveto 99 300 lineto stroke } repeat\n";
-  const Outcome outcome = Run(Header("%# KVI_Res= 300\r\n") + Eps + strokes);
+  const ProgramRun outcome = Run(Header("%# KVI_Res= 300\r\n") + Eps + strokes);
   ASSERT_EQ(outcome.status, 0);
   int last = 0;
   unsigned count = 0;
@@ -383,7 +383,7 @@ TEST_F(QueueConvert, a_long_job_tells_its_progress) {
 }
 
 TEST_F(QueueConvert, a_job_without_a_file_or_words_fails) {
-  const Outcome missing = m_Bench.Convert(m_Bench.Root() + "/none.ps");
+  const ProgramRun missing = m_Bench.Convert(m_Bench.Root() + "/none.ps");
   EXPECT_EQ(missing.status, 2);
   EXPECT_TRUE(missing.Says("INFO: CLQ_failure"));
   EXPECT_EQ(m_Bench.RunProgram({m_Bench.Program()}).status, 2);
@@ -395,7 +395,7 @@ TEST_F(QueueConvert, a_picture_that_is_too_large_is_refused) {
   m_Bench.Set("RASTREL_RIP_PIXELS", "19999");
   fs::remove_all(m_Stem + ".cfm");
   fs::remove(m_Stem + "_Color.bmp");
-  const Outcome outcome = Run(Header("%# KVI_Res= 72\r\n") + Eps);
+  const ProgramRun outcome = Run(Header("%# KVI_Res= 72\r\n") + Eps);
   EXPECT_EQ(outcome.status, 3);
   ExpectNothing(outcome);
   EXPECT_NE(outcome.reports.find("RASTREL_RIP_PIXELS"), std::string::npos);
@@ -420,7 +420,7 @@ TEST_F(QueueConvert, a_picture_has_a_pixel_at_least_and_any_resolution) {
 }
 
 TEST_F(QueueConvert, a_box_without_bounds_is_refused_in_words) {
-  const Outcome outcome =
+  const ProgramRun outcome =
       Run(Header("%# KVI_Res= 72\r\n") + "%!PS\n%%BoundingBox: 0 0 9999999 9999999\nshowpage\n");
   EXPECT_EQ(outcome.status, 3);
   ExpectNothing(outcome);
@@ -429,7 +429,7 @@ TEST_F(QueueConvert, a_box_without_bounds_is_refused_in_words) {
 
 TEST_F(QueueConvert, an_endless_job_ends_at_the_limit) {
   m_Bench.Set("RASTREL_RIP_TIMEOUT", "1");
-  const Outcome outcome = Run(Header() + "%!PS\n%%BoundingBox: 0 0 9 9\n{} loop\n");
+  const ProgramRun outcome = Run(Header() + "%!PS\n%%BoundingBox: 0 0 9 9\n{} loop\n");
   EXPECT_EQ(outcome.status, 3);
   ExpectNothing(outcome);
   EXPECT_TRUE(m_Bench.Processes().empty());
@@ -444,7 +444,7 @@ TEST_F(QueueConvert, a_job_reaches_no_file_outside_its_own) {
       "forall\nmark { (" +
       victim + ") deletefile } stopped cleartomark\nmark { (" + victim +
       ") (r) file closefile (READ IT) = flush } stopped cleartomark\nshowpage\n";
-  const Outcome outcome = Run(job);
+  const ProgramRun outcome = Run(job);
   EXPECT_EQ(outcome.reports.find("READ IT"), std::string::npos);
   EXPECT_EQ(ReadFile(victim), "mine");
   EXPECT_FALSE(fs::exists(m_Bench.RipDirectory() + "/new"));
@@ -453,7 +453,7 @@ TEST_F(QueueConvert, a_job_reaches_no_file_outside_its_own) {
 
 TEST_F(QueueConvert, the_prefix_can_not_be_reached_by_a_name) {
   // A separation's name is any text of the header; none of it is run.
-  const Outcome outcome =
+  const ProgramRun outcome =
       Run(Header("%# KVI_CutLine= SEP, ) quit (\r\n%# KVI_CutLine= SEP, > /x\r\n") + Eps);
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   EXPECT_TRUE(fs::exists(m_Stem + ".cut"));
@@ -492,17 +492,17 @@ TEST_F(QueueConvert, a_directory_that_takes_no_file_fails) {
     const test::OrdinaryUser user;
     return m_Bench.Convert(job);
   };
-  const Outcome closed = convert(fs::perms::owner_read | fs::perms::owner_exec);
+  const ProgramRun closed = convert(fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_EQ(closed.status, 3) << closed.reports;
   EXPECT_TRUE(closed.Says("INFO: CLQ_failure"));
-  const Outcome open = convert(fs::perms::owner_all);
+  const ProgramRun open = convert(fs::perms::owner_all);
   EXPECT_EQ(open.status, 0) << "nothing but the permissions was in the way: " << open.reports;
 }
 
 TEST_F(QueueConvert, a_relative_path_is_a_place_like_any) {
   // The runs' working directory is the RIP's.
   m_Bench.Job("here.ps", Header("%# KVI_Res= 72\r\n") + Eps);
-  const Outcome outcome = m_Bench.Convert("here.ps");
+  const ProgramRun outcome = m_Bench.Convert("here.ps");
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   EXPECT_EQ(CheckedInfo(m_Bench.RipDirectory() + "/here.cfm").width, 200U);
 }

@@ -13,7 +13,7 @@
 
 #include "children/jobspool/cut_archive.h"
 #include "children/jobspool/flatten.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -95,8 +95,8 @@ class QueueCut : public ::testing::Test {
     return Decode(m_Bench.RipDirectory() + "/vkaaaaaa.cut");
   }
 
-  QueueBench m_Bench;
-  Outcome m_Outcome;
+  QueueFixture m_Bench;
+  ProgramRun m_Outcome;
 };
 
 TEST_F(QueueCut, a_path_stands_in_centimetres_below_the_top_left_corner) {
@@ -245,7 +245,7 @@ TEST_F(QueueCut, a_real_contour_lies_where_another_device_puts_it) {
   for (const auto& polygon : objects[0].polygons) {
     for (const Part& part : polygon) cut.insert(cut.end(), part.points.begin(), part.points.end());
   }
-  // The PostScript stands behind 30 bytes, as the file's head says.
+  // The PostScript comes after 30 bytes, as the file's head says.
   std::ifstream whole(file, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(whole), {}};
   const std::string plain = m_Bench.File("plain.eps", bytes.substr(30, 117905));

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "children/jobspool/command_line.h"
-#include "children/jobspool/job_header.h"
+#include "children/jobspool/job_header_reader.h"
 #include "children/jobspool/job_source.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -19,9 +19,7 @@ const std::string Full = Header(
 
 JobHeader ReadLines(const std::string& lines) { return ReadJobHeader(Header(lines)); }
 
-std::variant<CommandLine, interpreter::RunFailure> ReadWords(std::vector<const char*> words) {
-  return ReadCommandLine(words);
-}
+Expected<CommandLine> ReadWords(std::vector<const char*> words) { return ReadCommandLine(words); }
 
 TEST(QueueHeader, holds_what_the_library_writes) {
   const JobHeader header = ReadJobHeader(Full + "%!PS\n");
@@ -215,13 +213,13 @@ TEST(QueueHeader, random_text_neither_crashes_nor_reaches_outside) {
 
 TEST(QueueCommandLine, the_order_of_the_options_tells_the_task) {
   const auto convert = ReadWords({"-ps", "-q", "/tmp/a.ps"});
-  ASSERT_TRUE(std::holds_alternative<CommandLine>(convert));
-  EXPECT_FALSE(std::get<CommandLine>(convert).measure);
-  EXPECT_EQ(std::get<CommandLine>(convert).file, "/tmp/a.ps");
+  ASSERT_TRUE(convert);
+  EXPECT_FALSE(convert->measure);
+  EXPECT_EQ(convert->file, "/tmp/a.ps");
   const auto measure = ReadWords({"-q", "-ps", "/tmp\\b c.ps"});
-  ASSERT_TRUE(std::holds_alternative<CommandLine>(measure));
-  EXPECT_TRUE(std::get<CommandLine>(measure).measure);
-  EXPECT_EQ(std::get<CommandLine>(measure).file, "/tmp/b c.ps");
+  ASSERT_TRUE(measure);
+  EXPECT_TRUE(measure->measure);
+  EXPECT_EQ(measure->file, "/tmp/b c.ps");
 }
 
 TEST(QueueCommandLine, anything_else_is_refused) {
@@ -236,8 +234,8 @@ TEST(QueueCommandLine, anything_else_is_refused) {
                                              {"-ps", "-q", "f", "g"},
                                              {"-s", "-q", "f"}}) {
     const auto read = ReadWords(words);
-    ASSERT_TRUE(std::holds_alternative<interpreter::RunFailure>(read)) << words.size();
-    EXPECT_EQ(std::get<interpreter::RunFailure>(read).status, interpreter::ExitStatus::BadInput);
+    ASSERT_FALSE(read) << words.size();
+    EXPECT_EQ(read.Error().code, FailureCode::BadInput);
   }
 }
 

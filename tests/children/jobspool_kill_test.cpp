@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -26,7 +26,7 @@ class KilledQueue : public ::testing::Test {
     const std::string file = m_Bench.Job("vkaaaaaa.ps", Job);
     for (unsigned run = 0; run < runs; ++run) {
       const auto moment = static_cast<unsigned>(random() % 130000);
-      const Outcome outcome =
+      const ProgramRun outcome =
           m_Bench.RunProgram({m_Bench.Program(), "-ps", "-q", file}, moment, signal);
       SCOPED_TRACE(std::to_string(moment) + " microseconds");
       ASSERT_TRUE(m_Bench.Processes().empty());
@@ -41,7 +41,7 @@ class KilledQueue : public ::testing::Test {
     }
   }
 
-  QueueBench m_Bench;
+  QueueFixture m_Bench;
   unsigned m_Whole = 0;
   unsigned m_Nothing = 0;
 };
@@ -62,7 +62,7 @@ TEST_F(KilledQueue, takes_an_endless_interpreter_with_it) {
   const std::string file = m_Bench.Job("vkaaaaaa.ps", Header() + "%!PS\n{} loop\n");
   for (const char* const first : {"-ps", "-q"}) {
     const std::string second = first == std::string("-ps") ? "-q" : "-ps";
-    const Outcome outcome = m_Bench.RunProgram({m_Bench.Program(), first, second, file}, 300000);
+    const ProgramRun outcome = m_Bench.RunProgram({m_Bench.Program(), first, second, file}, 300000);
     EXPECT_FALSE(outcome.byItself);
     EXPECT_TRUE(m_Bench.Processes().empty());
     EXPECT_EQ(m_Bench.Leftovers(), std::vector<std::string>{"vkaaaaaa.ps"});
@@ -71,7 +71,7 @@ TEST_F(KilledQueue, takes_an_endless_interpreter_with_it) {
 
 TEST_F(KilledQueue, ends_in_an_endless_job_when_its_host_was_killed) {
   const std::string file = m_Bench.Job("vkaaaaaa.ps", Header() + "%!PS\n{} loop\n");
-  const Outcome outcome =
+  const ProgramRun outcome =
       m_Bench.RunAndLeave({m_Bench.Program(), "-ps", "-q", file}, "INTERPRETING");
   EXPECT_NE(outcome.reports.find("INTERPRETING"), std::string::npos);
   EXPECT_NE(outcome.status, 0);

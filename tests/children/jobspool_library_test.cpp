@@ -14,7 +14,7 @@
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/text.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 #include "tests/support/library_fixture.h"
 
 namespace rastrel::jobspool::testing {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "children/jobspool/page_measure.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -36,8 +36,8 @@ class QueueMeasure : public ::testing::Test {
     return RecordsOf(m_Outcome).Box();
   }
 
-  QueueBench m_Bench;
-  Outcome m_Outcome;
+  QueueFixture m_Bench;
+  ProgramRun m_Outcome;
 };
 
 TEST_F(QueueMeasure, a_page_without_a_size_is_the_box_around_its_marks) {
@@ -139,7 +139,7 @@ TEST_F(QueueMeasure, every_record_is_told) {
   EXPECT_TRUE(m_Outcome.Says("INFO: INTERPRETING"));
 }
 
-// An EPS with a binary header of 30 bytes, whose PostScript stands behind a preview of 5 bytes.
+// An EPS with a binary header of 30 bytes, whose PostScript follows a preview of 5 bytes.
 std::string BinaryEps(const std::string& postScript) {
   std::string file = "\xC5\xD0\xD3\xC6";
   const auto number = [&](std::size_t value) {
@@ -161,7 +161,7 @@ TEST_F(QueueMeasure, the_postscript_is_cut_out_of_an_eps_with_a_binary_header) {
 TEST_F(QueueMeasure, a_binary_header_that_leads_outside_the_file_fails) {
   std::string eps = BinaryEps("%!PS\nshowpage\n");
   eps[10] = '\x7F';
-  const Outcome outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", eps));
+  const ProgramRun outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", eps));
   EXPECT_EQ(outcome.status, 2);
   EXPECT_TRUE(RecordsOf(outcome).values.empty());
 }
@@ -180,7 +180,7 @@ TEST_F(QueueMeasure, a_pdf_has_the_size_of_its_crop_box) {
 TEST_F(QueueMeasure, a_job_that_fails_has_no_box) {
   for (const std::string& job : {std::string("%!PS\nno.such.name\n"), std::string("%!PS\nquit\n"),
                                  std::string("hello\n"), std::string()}) {
-    const Outcome outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", job));
+    const ProgramRun outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", job));
     EXPECT_NE(outcome.status, 0) << job;
     EXPECT_TRUE(RecordsOf(outcome).values.empty()) << job;
     EXPECT_NE(outcome.reports.find("ERROR: "), std::string::npos) << job;
@@ -199,7 +199,7 @@ TEST_F(QueueMeasure, a_job_cannot_forge_the_report) {
 
 TEST_F(QueueMeasure, an_endless_job_ends_at_the_limit) {
   m_Bench.Set("RASTREL_RIP_TIMEOUT", "1");
-  const Outcome outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", "%!PS\n{} loop\n"));
+  const ProgramRun outcome = m_Bench.MeasureFile(m_Bench.Job("page.ps", "%!PS\n{} loop\n"));
   EXPECT_EQ(outcome.status, 3);
   EXPECT_NE(outcome.reports.find("RASTREL_RIP_TIMEOUT"), std::string::npos);
   EXPECT_TRUE(m_Bench.Processes().empty());
@@ -265,7 +265,7 @@ TEST_F(QueueMeasure, real_files_have_the_boxes_that_were_measured_independently)
     }
     if (const auto known = Known(path)) expected = known;
     SCOPED_TRACE(path);
-    const Outcome outcome = m_Bench.MeasureFile(CorpusFile(path));
+    const ProgramRun outcome = m_Bench.MeasureFile(CorpusFile(path));
     if (!expected) {
       EXPECT_NE(outcome.status, 0);
       continue;

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 // Devices of the kind "command", through the program.
 namespace rastrel::odalis {

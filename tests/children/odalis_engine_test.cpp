@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 // The program as the library starts it, with page directories made by hand.
 namespace rastrel::odalis {

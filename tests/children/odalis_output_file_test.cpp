@@ -11,7 +11,7 @@
 #include <string>
 
 #include "rastrel/platform/os/file.h"
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -47,7 +47,7 @@ class OutputFiles : public ::testing::TestWithParam<bool> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, OutputFiles, ::testing::Values(true, false),
-                         [](const auto& form) { return form.param ? "nameless" : "hidden"; });
+                         [](const auto& form) { return form.param ? "anonymous" : "hidden"; });
 
 TEST_P(OutputFiles, nothing_is_seen_before_the_name_is_given) {
   {
@@ -109,7 +109,7 @@ TEST_P(OutputFiles, files_of_one_page_get_their_names_together) {
   const Publisher::Item items[] = {{&*first, Path("b.tif")}, {&*second, Path("c.tif")}};
   Publisher publisher;
   const auto paths = publisher.Publish(items, false);
-  ASSERT_TRUE(paths) << paths.Error().text;
+  ASSERT_TRUE(paths) << Describe(paths.Error());
   EXPECT_EQ(*paths, (Names{Path("b-2.tif"), Path("c-2.tif")}));
   first.reset();
   second.reset();
@@ -124,7 +124,7 @@ TEST_P(OutputFiles, if_one_name_cannot_be_given_no_file_has_one) {
   Publisher publisher;
   const auto paths = publisher.Publish(items, false);
   ASSERT_FALSE(paths);
-  EXPECT_NE(paths.Error().text.find("missing/b"), std::string::npos);
+  EXPECT_NE(Describe(paths.Error()).find("missing/b"), std::string::npos);
   first.reset();
   second.reset();
   EXPECT_EQ(All(), Names{});

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -18,15 +18,15 @@ using namespace testing;
 using pages::PageColor;
 using pages::PageInfo;
 
-/// All samples of a page, or the problem's words.
+/// All samples of a page, or the failure as a line.
 std::string ReadAll(const std::string& directory, const PageInfo& info,
                     std::vector<std::uint8_t>& pixels) {
   auto source = PageSource::Open(directory, info);
-  if (!source) return source.Error().text;
+  if (!source) return Describe(source.Error());
   std::vector<std::uint8_t> row(source->Shape().RowBytes());
   pixels.clear();
   for (unsigned y = 0; y < source->Shape().height; ++y) {
-    if (auto read = source->ReadRow(row); !read) return read.Error().text;
+    if (auto read = source->ReadRow(row); !read) return Describe(read.Error());
     pixels.insert(pixels.end(), row.begin(), row.end());
   }
   return "";
@@ -182,7 +182,8 @@ TEST(PageSource, a_description_that_cannot_be_is_refused_with_the_reason) {
     fault.spoil(directory.Path(), info);
     const auto source = PageSource::Open(directory.Path(), info);
     ASSERT_FALSE(source) << fault.words;
-    EXPECT_NE(source.Error().text.find(fault.words), std::string::npos) << source.Error().text;
+    EXPECT_NE(Describe(source.Error()).find(fault.words), std::string::npos)
+        << Describe(source.Error());
   }
 }
 
@@ -226,7 +227,7 @@ TEST(PageSource, a_spoilt_tiff_plane_is_refused_with_the_reason) {
     Replace(directory.Path(), info, content);
     const auto source = PageSource::Open(directory.Path(), info);
     ASSERT_FALSE(source) << words;
-    EXPECT_NE(source.Error().text.find(words), std::string::npos) << source.Error().text;
+    EXPECT_NE(Describe(source.Error()).find(words), std::string::npos) << Describe(source.Error());
   }
 }
 

@@ -10,7 +10,7 @@
 
 #include "children/coreodalis/image.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "tests/children/odalis_bench.h"
+#include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -39,17 +39,18 @@ std::vector<std::uint8_t> RowOf(const ImageShape& shape, unsigned y) {
   return row;
 }
 
-/// Writes the test picture; the problem's words, or empty.
-std::string Write(FileFormat format, const std::string& path, const ImageShape& shape) {
+/// Writes the test picture; the failure as a line, or empty.
+std::string Write(devices::FileFormat format, const std::string& path, const ImageShape& shape) {
   const os::FileDescriptor file(
       open(path.c_str(), O_RDWR | O_CREAT | (path.starts_with("/dev") ? 0 : O_TRUNC), 0600));
   auto writer = MakeImageWriter(format, file.Get(), path, shape);
-  if (!writer) return writer.Error().text;
+  if (!writer) return Describe(writer.Error());
   for (unsigned y = 0; y < shape.height; ++y) {
-    if (auto written = (*writer)->WriteRow(RowOf(shape, y)); !written) return written.Error().text;
+    if (auto written = (*writer)->WriteRow(RowOf(shape, y)); !written)
+      return Describe(written.Error());
   }
   auto finished = (*writer)->Finish();
-  return finished ? "" : finished.Error().text;
+  return finished ? "" : Describe(finished.Error());
 }
 
 void ExpectPicture(const Picture& picture, const ImageShape& shape, bool inverted) {
@@ -88,7 +89,7 @@ TEST(TiffWriter, each_color_model_can_be_read_back) {
        INKSET_MULTIINK, "1|2|3|4|5|6|7|"},
   };
   for (const auto& row : rows) {
-    ASSERT_EQ(Write(FileFormat::Tiff, path, row.shape), "");
+    ASSERT_EQ(Write(devices::FileFormat::Tiff, path, row.shape), "");
     const Picture picture = ReadTiff(path);
     ExpectPicture(picture, row.shape, row.inverted);
     EXPECT_EQ(picture.photometric, row.photometric);
@@ -99,12 +100,37 @@ TEST(TiffWriter, each_color_model_can_be_read_back) {
   }
 }
 
+// By docs/formats/devices.md: readers of these files rely on it.
+TEST(TiffWriter, is_lzw_with_differences_in_strips_of_about_64_kib) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path() + "/x.tif";
+  ASSERT_EQ(Write(devices::FileFormat::Tiff, path,
+                  ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"}, 1000, 100)),
+            "");
+  TIFF* const file = TIFFOpen(path.c_str(), "r");
+  ASSERT_NE(file, nullptr);
+  const auto value = [file](std::uint32_t tag) {
+    std::uint16_t number = 0;
+    TIFFGetField(file, tag, &number);
+    return number;
+  };
+  EXPECT_EQ(value(TIFFTAG_COMPRESSION), COMPRESSION_LZW);
+  EXPECT_EQ(value(TIFFTAG_PREDICTOR), PREDICTOR_HORIZONTAL);
+  EXPECT_EQ(value(TIFFTAG_PLANARCONFIG), PLANARCONFIG_CONTIG);
+  EXPECT_EQ(value(TIFFTAG_RESOLUTIONUNIT), RESUNIT_INCH);
+  EXPECT_EQ(value(TIFFTAG_BITSPERSAMPLE), 8);
+  std::uint32_t rows = 0;
+  TIFFGetField(file, TIFFTAG_ROWSPERSTRIP, &rows);
+  EXPECT_EQ(rows, 21U);  // of 3,000 bytes each: 65,536 hold that many whole ones
+  TIFFClose(file);
+}
+
 TEST(TiffWriter, a_picture_that_may_pass_four_gigabytes_becomes_a_big_tiff) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.tif";
   ImageShape shape = ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"}, 100'000, 10'000);
   const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT, 0600));
-  auto writer = MakeImageWriter(FileFormat::Tiff, file.Get(), path, shape);
+  auto writer = MakeImageWriter(devices::FileFormat::Tiff, file.Get(), path, shape);
   ASSERT_TRUE(writer);
   char start[4] = {};
   ASSERT_EQ(pread(file.Get(), start, 4, 0), 4);
@@ -116,7 +142,7 @@ TEST(PngWriter, gray_and_rgb_can_be_read_back) {
   const std::string path = directory.Path() + "/x.png";
   for (const ImageShape& shape :
        {ShapeOf(ColorModel::Gray, {"Gray"}), ShapeOf(ColorModel::Rgb, {"Red", "Green", "Blue"})}) {
-    ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
+    ASSERT_EQ(Write(devices::FileFormat::Png, path, shape), "");
     ExpectPicture(ReadPng(path), shape, false);
   }
   // 150 pixels an inch are 5906 a metre, 75 are 2953: the pHYs chunk holds both and the unit 1.
@@ -128,7 +154,7 @@ TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.png";
   const ImageShape shape = ShapeOf(ColorModel::Cmyk, ProcessInks);
-  ASSERT_EQ(Write(FileFormat::Png, path, shape), "");
+  ASSERT_EQ(Write(devices::FileFormat::Png, path, shape), "");
   const Picture picture = ReadPng(path);
   ASSERT_EQ(picture.samples, 3u);
   for (unsigned y = 0; y < shape.height; ++y) {
@@ -145,21 +171,22 @@ TEST(PngWriter, cmyk_becomes_rgb_by_the_documented_formula) {
 
 TEST(MakeImageWriter, spot_inks_are_refused_where_the_format_has_no_place_for_them) {
   const ImageShape shape = ShapeOf(ColorModel::Inks, {"Gold"});
-  EXPECT_NE(Write(FileFormat::Png, "/dev/null", shape).find("spot inks"), std::string::npos);
+  EXPECT_NE(Write(devices::FileFormat::Png, "/dev/null", shape).find("spot inks"),
+            std::string::npos);
   const ImageShape many = ShapeOf(ColorModel::Inks, std::vector<std::string>(33, "Gold"));
-  EXPECT_NE(Write(FileFormat::Pdf, "/dev/null", many).find("32 inks"), std::string::npos);
+  EXPECT_NE(Write(devices::FileFormat::Pdf, "/dev/null", many).find("32 inks"), std::string::npos);
 }
 
 TEST(MakeImageWriter, a_full_disk_is_told) {
   const ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 3000, 400);
-  for (const FileFormat format : {FileFormat::Png, FileFormat::Pdf}) {
+  for (const devices::FileFormat format : {devices::FileFormat::Png, devices::FileFormat::Pdf}) {
     EXPECT_NE(Write(format, "/dev/full", shape).find("No space left"), std::string::npos);
   }
   // The TIFF library can't seek there; that it fails at all is what counts.
-  EXPECT_NE(Write(FileFormat::Tiff, "/dev/full", shape), "");
+  EXPECT_NE(Write(devices::FileFormat::Tiff, "/dev/full", shape), "");
 }
 
-/// The bytes between two marks behind a position.
+/// The bytes between two marks after a position.
 std::string Between(const std::string& text, const std::string& from, const std::string& to,
                     std::size_t at = 0) {
   const std::size_t start = text.find(from, at) + from.size();
@@ -182,7 +209,7 @@ std::vector<std::uint8_t> PdfPixels(const std::string& pdf, std::size_t size) {
 TEST(PdfWriter, the_table_of_offsets_leads_to_each_object) {
   const TemporaryDirectory directory;
   const std::string path = directory.Path() + "/x.pdf";
-  ASSERT_EQ(Write(FileFormat::Pdf, path, ShapeOf(ColorModel::Rgb, {"R", "G", "B"})), "");
+  ASSERT_EQ(Write(devices::FileFormat::Pdf, path, ShapeOf(ColorModel::Rgb, {"R", "G", "B"})), "");
   const std::string pdf = ReadFile(path);
   EXPECT_TRUE(pdf.starts_with("%PDF-1.4\n"));
   EXPECT_TRUE(pdf.ends_with("%%EOF\n"));
@@ -207,7 +234,7 @@ TEST(PdfWriter, each_color_model_is_there_with_its_pixels_and_size) {
               {ShapeOf(ColorModel::Rgb, {"R", "G", "B"}), "/DeviceRGB", false},
               {ShapeOf(ColorModel::Cmyk, ProcessInks), "/DeviceCMYK", true}};
   for (const auto& row : rows) {
-    ASSERT_EQ(Write(FileFormat::Pdf, path, row.shape), "");
+    ASSERT_EQ(Write(devices::FileFormat::Pdf, path, row.shape), "");
     const std::string pdf = ReadFile(path);
     EXPECT_NE(pdf.find(std::string("/ColorSpace ") + row.space), std::string::npos);
     // 31 pixels at 150 an inch, 17 at 75.
@@ -230,7 +257,7 @@ TEST(PdfWriter, a_page_longer_than_the_format_allows_gets_a_user_unit) {
   ImageShape shape = ShapeOf(ColorModel::Gray, {"Gray"}, 800, 2);
   shape.xResolution = 2;  // 28,800 points
   shape.yResolution = 2;
-  ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
+  ASSERT_EQ(Write(devices::FileFormat::Pdf, path, shape), "");
   const std::string pdf = ReadFile(path);
   EXPECT_TRUE(pdf.starts_with("%PDF-1.6\n"));
   EXPECT_NE(pdf.find("/MediaBox [0 0 14400 36] /UserUnit 2 "), std::string::npos);
@@ -241,7 +268,7 @@ TEST(PdfWriter, inks_have_names_of_their_own_whatever_they_are_called) {
   const std::string path = directory.Path() + "/x.pdf";
   const ImageShape shape =
       ShapeOf(ColorModel::Inks, {"Cyan", "Gr\xC3\xBCn (1)/", "Cyan", "", "None", "All"});
-  ASSERT_EQ(Write(FileFormat::Pdf, path, shape), "");
+  ASSERT_EQ(Write(devices::FileFormat::Pdf, path, shape), "");
   EXPECT_EQ(Between(ReadFile(path), "/DeviceN [", "]"),
             "/Cyan /Gr#C3#BCn#20#281#29#2F /Cyan#5F2 /#5F2 /None#5F2 /All#5F2");
 }
@@ -253,7 +280,7 @@ TEST(PdfWriter, an_interpreter_separates_the_inks_again) {
   ImageShape shape = ShapeOf(ColorModel::Inks, {std::begin(inks), std::end(inks)}, 72, 36);
   shape.xResolution = 72;
   shape.yResolution = 72;
-  ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
+  ASSERT_EQ(Write(devices::FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
   const std::string command = "cd '" + directory.Path() +
                               "' && gs -q -dSAFER -dBATCH -dNOPAUSE -r72 -sDEVICE=tiffsep "
                               "-sOutputFile=page.tif x.pdf </dev/null";
@@ -280,7 +307,7 @@ TEST(PdfWriter, an_interpreter_without_the_inks_shows_them_as_black) {
   const std::string path = directory.Path() + "/x.pdf";
   {
     const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT, 0600));
-    auto writer = MakeImageWriter(FileFormat::Pdf, file.Get(), path, shape);
+    auto writer = MakeImageWriter(devices::FileFormat::Pdf, file.Get(), path, shape);
     ASSERT_TRUE(writer);
     ASSERT_TRUE((*writer)->WriteRow(row));
     ASSERT_TRUE((*writer)->Finish());
@@ -304,7 +331,7 @@ TEST(PdfWriter, an_interpreter_shows_the_same_pixels) {
   ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 72, 36);
   shape.xResolution = 72;
   shape.yResolution = 72;
-  ASSERT_EQ(Write(FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
+  ASSERT_EQ(Write(devices::FileFormat::Pdf, directory.Path() + "/x.pdf", shape), "");
   const std::string command = "cd '" + directory.Path() +
                               "' && gs -q -dSAFER -dBATCH -dNOPAUSE -r72 -sDEVICE=ppmraw "
                               "-sOutputFile=shown.ppm x.pdf </dev/null";

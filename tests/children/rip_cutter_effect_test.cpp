@@ -18,7 +18,7 @@ namespace {
 
 TEST(CutterEffect, of_each_model_takes_the_outline_out_of_the_picture) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const CJobData spot = NamedCut(L"CutContour");
   const std::vector<std::pair<std::wstring, std::string>> cases{
       {prefix::CutterSection(RedCut()), "1 0 0 setrgbcolor"},
@@ -40,7 +40,7 @@ TEST(CutterEffect, of_each_model_takes_the_outline_out_of_the_picture) {
 
 TEST(CutterEffect, leaves_other_colors_in_the_picture) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   for (const std::string& color :
        Names{"0.99 0 0 setrgbcolor", "0 1 1 0 setcmykcolor", Spot,
              "[/Separation /Other /DeviceRGB {0 0}] setcolorspace 1 setcolor"}) {
@@ -54,7 +54,7 @@ TEST(CutterEffect, leaves_other_colors_in_the_picture) {
 
 TEST(CutterEffect, of_none_keeps_the_outline_and_makes_no_file) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page = OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(CJobData())),
                                     Outline("1 0 0 setrgbcolor"));
   EXPECT_FALSE(std::filesystem::exists(page + "/cut-paths"));
@@ -64,7 +64,7 @@ TEST(CutterEffect, of_none_keeps_the_outline_and_makes_no_file) {
 // Every operator that paints; each is said to have drawn a number of paths.
 TEST(CutterEffect, covers_every_painting_operator) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string triangle = "{0 0 20 20 setbbox 0 0 moveto 20 20 lineto 20 0 lineto closepath} ";
   const std::string text = "/Helvetica findfont 10 scalefont setfont 20 100 moveto ";
   const std::vector<std::pair<std::string, Names>> cases{
@@ -110,7 +110,7 @@ TEST(CutterEffect, covers_every_painting_operator) {
 // What follows a text stands where it would stand without a cutter.
 TEST(CutterEffect, leaves_the_point_where_text_operators_leave_it) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   std::string job = "%!PS\n/Helvetica findfont 10 scalefont setfont 1 0 0 setrgbcolor\n";
   for (const std::string show :
        {"(AB) show", "5 1 (AB) ashow", "5 1 65 (AB) widthshow", "5 1 65 7 2 (AB) awidthshow",
@@ -120,7 +120,7 @@ TEST(CutterEffect, leaves_the_point_where_text_operators_leave_it) {
   }
   const std::string path = bench.File("job.ps", job + "showpage\n");
   const auto printed = [&](const CJobData& settings) {
-    const Outcome outcome = bench.Run({PrefixOf(bench, prefix::CutterSection(settings)), path});
+    const ProgramRun outcome = bench.Run({PrefixOf(bench, prefix::CutterSection(settings)), path});
     std::istringstream lines(outcome.reports);
     std::vector<double> numbers;
     for (std::string line; std::getline(lines, line);) {
@@ -137,7 +137,7 @@ TEST(CutterEffect, leaves_the_point_where_text_operators_leave_it) {
 
 TEST(CutterEffect, keeps_curves_as_curves) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut()), Mode100),
                Page(144, 144, "1 0 0 setrgbcolor 72 72 30 0 360 arc closepath stroke"));
@@ -152,7 +152,7 @@ TEST(CutterEffect, keeps_curves_as_curves) {
 
 TEST(CutterEffect, keeps_each_pages_paths_with_that_page) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   std::string job = "%!PS\n<< /PageSize [72 72] >> setpagedevice\n";
   for (int page = 1; page <= 40; ++page) {
     job += "1 0 0 setrgbcolor ";
@@ -170,7 +170,7 @@ TEST(CutterEffect, keeps_each_pages_paths_with_that_page) {
 
 TEST(CutterEffect, can_not_be_undone_by_a_job) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string red = "1 0 0 setrgbcolor";
   for (const std::wstring& section :
        {prefix::CutterSection(RedCut()), prefix::CutDataSection(RedCut())}) {
@@ -194,7 +194,7 @@ TEST(CutterEffect, can_not_be_undone_by_a_job) {
 // A job can paint in the cut color, and so make cut paths; it can't write them as reports.
 TEST(CutterEffect, can_not_be_forged_in_reports) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string lines =
       "(%stderr) (w) file dup (CUT 53\nSEG 6d2031\nENDCUT \nCUTTER 61\n\\n SEG 6d\n) "
       "writestring flushfile\n";
@@ -204,7 +204,7 @@ TEST(CutterEffect, can_not_be_forged_in_reports) {
 
 TEST(CutterEffect, leaves_no_plane_of_the_cut_color_in_separations) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const CJobData spot = NamedCut(L"CutContour");
   const std::string gold =
       " gsave [/Separation /Gold /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor "
@@ -222,7 +222,7 @@ TEST(CutterEffect, leaves_no_plane_of_the_cut_color_in_separations) {
 
 TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n(Other) DeviceSelect InitRIP\n" + Outline("1 0 0 setrgbcolor").substr(5);
   for (const std::wstring& start :
@@ -241,7 +241,7 @@ TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths
 // nothing fails. Two of the colors match, one for each of two cut colors.
 TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string uncolored =
       "/pt << /PatternType 1 /PaintType 2 /TilingType 1 /BBox [0 0 20 20] /XStep 20 /YStep 20 "
       "/PaintProc { pop 5 5 10 10 rectfill } >> matrix makepattern def\n";
@@ -287,7 +287,7 @@ TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
 // A restore takes back what the interpreter holds since the save, but what was cut stays cut.
 TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string start = "%!PS\n<< /PageSize [144 144] >> setpagedevice\n";
   const std::string square = " 1 0 0 setrgbcolor 40 40 20 20 rectstroke ";
   const std::string small = " gsave 0 0 10 10 rectclip" + square + "grestore ";
@@ -303,7 +303,7 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
        {{"inside", "outside", "inside"}}},
       {"save" + square + "restore showpage \x04" + start + square + "showpage",
        {{"inside"}, {"inside"}}},
-      // Painted behind the last page of a job, and so on none.
+      // Painted after the last page of a job, and so on none.
       {square + "showpage" + square + "\x04" + start + square + "showpage",
        {{"inside"}, {"inside"}}}};
   for (const auto& [drawing, expected] : cases) {
@@ -322,7 +322,7 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
 // Fonts whose glyphs are programs: one with a shape in the text's color, one that paints blue.
 TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_color) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const auto font = [](const std::string& name, const std::string& glyph) {
     return "8 dict begin /FontType 3 def /FontMatrix [.001 0 0 .001 0 0] def "
            "/FontBBox [0 0 1000 1000] def /Encoding StandardEncoding def "
@@ -352,7 +352,7 @@ TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_color)
 // A pattern's cell is painted once and laid down in many places, so it has no path on the page.
 TEST(CutterEffect, leaves_patterns_in_the_picture) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       Page(144, 144,
            "<< /PatternType 1 /PaintType 1 /TilingType 1 /BBox [0 0 20 20] /XStep 20 /YStep 20 "
@@ -377,7 +377,7 @@ TEST(CutterEffect, leaves_patterns_in_the_picture) {
 
 TEST(CutterEffect, says_how_a_path_lies_to_the_clip) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string square =
       " 40 40 moveto 20 0 rlineto 0 20 rlineto -20 0 rlineto closepath stroke\n";
   const std::vector<std::pair<std::string, std::string>> cases{
@@ -410,7 +410,7 @@ TEST(CutterEffect, says_how_a_path_lies_to_the_clip) {
 // The clip's text is only sent when it changes; a path between two of one clip must not hide that.
 TEST(CutterEffect, tells_two_clips_apart_however_often_they_take_turns) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   std::string drawing = "1 0 0 setrgbcolor\n";
   for (int i = 0; i < 300; ++i) {
     drawing += i % 3 == 2 ? "gsave 0 0 10 10 rectclip 40 40 20 20 rectstroke grestore\n"

@@ -29,7 +29,7 @@ CJobData WithLevels(double low, double gamma, double high) {
 }
 
 std::vector<int> GrayUnder(const CJobData& settings) {
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page = OnlyPage(bench, PrefixOf(bench, prefix::LevelsSection(settings)),
                                     Page(72, 72, "0.5 setgray 0 0 72 72 rectfill"));
   std::istringstream text(ReadNetpbm(page + "/page.ppm").At(36, 36));
@@ -84,7 +84,7 @@ const std::string Patches = Page(
 
 // The sample of each plane in the middle of its own patch, by the plane's name.
 std::map<std::string, int> PatchesUnder(const CJobData& settings, const std::string& mode) {
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::LevelsSection(settings), mode), Patches);
   std::map<std::string, int> samples;
@@ -130,7 +130,7 @@ TEST(LevelsEffect, of_six_colors_gives_the_extra_planes_those_of_red_and_green) 
 
 TEST(SixColors, have_their_planes_on_every_page_and_further_spots_too) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string gold =
       "[/Separation /Gold /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor 0 0 9 9 rectfill";
   for (const auto& [job, names] :
@@ -160,7 +160,7 @@ CJobData CustomSize(double widthCm, double heightCm) {
 
 TEST(ScalingEffect, of_a_custom_size_is_its_pixels_with_the_drawing_inside) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   // A square: it fills the height, 500 pixels, and stands in the middle.
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::ScalingSection(CustomSize(25.4, 12.7)), Mode100),
@@ -183,7 +183,7 @@ const std::vector<std::pair<std::string, std::string>> RedSheets{
      "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 50 50 350 350\n%%EndComments\n"
      "1 0 0 setrgbcolor 50 50 300 300 rectfill showpage\n"}};
 
-bool RedAtTheCorners(const RipBench& bench, const std::wstring& section, const std::string& name,
+bool RedAtTheCorners(const RipFixture& bench, const std::wstring& section, const std::string& name,
                      const std::string& job) {
   const std::string page =
       Pages(bench.Run({PrefixOf(bench, section, Mode100), bench.File(name, job)}), 1).front();
@@ -197,7 +197,7 @@ bool RedAtTheCorners(const RipBench& bench, const std::wstring& section, const s
 
 TEST(AspectPolicy, of_true_leaves_room_and_of_false_fills_the_size) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::wstring keeping = prefix::ScalingSection(CustomSize(25.4, 12.7));
   std::wstring filling = keeping;
   filling.replace(filling.find(L"true SetAspectPolicy"), 4, L"false");

@@ -13,7 +13,8 @@
 
 namespace rastrel::corerast::testing {
 
-std::string PrefixOf(const RipBench& bench, const std::wstring& sections, const std::string& mode) {
+std::string PrefixOf(const RipFixture& bench, const std::wstring& sections,
+                     const std::string& mode) {
   bench.File("root/Queue/rip/System/pmodes/Own/mode.ps", "%!PS\n" + mode + "\n");
   const std::string selection = "(%Lumiscript%pmodes/Own/mode.ps) SelectPrintMode\n";
   return bench.File("job.psp", "\nserverdict begin 0 exitserver\n\n" +
@@ -28,16 +29,16 @@ std::string Page(unsigned width, unsigned height, const std::string& drawing) {
          "] >> setpagedevice\n" + drawing + "\nshowpage\n";
 }
 
-Names Pages(const Outcome& outcome, std::size_t count) {
+Names Pages(const ProgramRun& outcome, std::size_t count) {
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  Names pages = RipBench::PagesOf(outcome.output);
+  Names pages = RipFixture::PagesOf(outcome.output);
   EXPECT_EQ(pages.size(), count) << outcome.reports;
   pages.resize(count);
   for (const std::string& page : pages) static_cast<void>(CheckedInfo(page));
   return pages;
 }
 
-std::string OnlyPage(const RipBench& bench, const std::string& prefix, const std::string& job) {
+std::string OnlyPage(const RipFixture& bench, const std::string& prefix, const std::string& job) {
   return Pages(bench.Run({prefix, bench.File("job.ps", job)}), 1).front();
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "rastrel/job/job_data.h"
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 /// What tests of the prefix's effect share: prefixes with the library's own sections, jobs, and
 /// what the pages and cut paths that come of them hold.
@@ -18,16 +18,16 @@ using Names = std::vector<std::string>;
 inline constexpr const char* Mode100 = "3Color 100 100 SetXYResolution";
 
 /// A prefix with these sections, for a print mode of that text; none if it is empty.
-[[nodiscard]] std::string PrefixOf(const RipBench& bench, const std::wstring& sections,
+[[nodiscard]] std::string PrefixOf(const RipFixture& bench, const std::wstring& sections,
                                    const std::string& mode = "3Color 72 72 SetXYResolution");
 
 /// A job of one page with sides in points.
 [[nodiscard]] std::string Page(unsigned width, unsigned height, const std::string& drawing);
 
 /// The directories of the pages, which must be that many and whole.
-[[nodiscard]] Names Pages(const Outcome& outcome, std::size_t count);
+[[nodiscard]] Names Pages(const ProgramRun& outcome, std::size_t count);
 /// The one page that the job's text makes.
-[[nodiscard]] std::string OnlyPage(const RipBench& bench, const std::string& prefix,
+[[nodiscard]] std::string OnlyPage(const RipFixture& bench, const std::string& prefix,
                                    const std::string& job);
 
 /// Settings with a cut color.

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 namespace rastrel::corerast::testing {
 namespace {
@@ -18,7 +18,7 @@ using Names = std::vector<std::string>;
 const std::string RedPage =
     "<< /PageSize [72 72] >> setpagedevice 1 0 0 setrgbcolor 0 0 72 72 rectfill showpage\n";
 
-void ExpectFailure(const RipBench& bench, const Outcome& outcome, int status,
+void ExpectFailure(const RipFixture& bench, const ProgramRun& outcome, int status,
                    const std::string& error) {
   EXPECT_TRUE(outcome.byItself);
   EXPECT_EQ(outcome.status, status) << outcome.reports;
@@ -29,10 +29,10 @@ void ExpectFailure(const RipBench& bench, const Outcome& outcome, int status,
 }
 
 // The job's only page, which must be the red one at 72 pixels per inch.
-void ExpectRedPage(const RipBench& bench, const std::string& job) {
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+void ExpectRedPage(const RipFixture& bench, const std::string& job) {
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 1U) << outcome.reports;
   const Pixels pixels = ReadNetpbm(pages[0] + "/page.ppm");
   EXPECT_EQ(pixels.width, 72U);
@@ -45,7 +45,7 @@ void ExpectRedPage(const RipBench& bench, const std::string& job) {
 
 TEST(RipFailure, of_a_program_is_status_1_and_leaves_nothing) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = bench.File("job.ps", "%!PS\n" + RedPage + "fehler\n");
   ExpectFailure(bench, bench.Run({bench.Prefix(), job}), 1,
                 "PostScript error: /undefined in fehler.");
@@ -53,20 +53,20 @@ TEST(RipFailure, of_a_program_is_status_1_and_leaves_nothing) {
 
 TEST(RipFailure, of_a_job_without_a_page_is_status_1) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   ExpectFailure(bench, bench.Run({bench.Prefix(), bench.File("job.ps", "%!PS\n1 pop\n")}), 1,
                 "The job makes no page.");
 }
 
 TEST(RipFailure, of_an_install_job_is_status_2) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   ExpectFailure(bench, bench.Run({"-s", bench.File("job.ps", "%!PS\nfehler\n")}), 2,
                 "PostScript error: /undefined in fehler.");
 }
 
 TEST(RipFailure, of_input_is_status_2) {
-  const RipBench bench;
+  const RipFixture bench;
   const std::string text = bench.File("text.ps", "no PostScript\n");
   ExpectFailure(bench, bench.Run({bench.Prefix(), text}), 2,
                 "The job is neither PostScript nor PDF: " + text + ".");
@@ -81,7 +81,7 @@ TEST(RipFailure, of_input_is_status_2) {
 }
 
 TEST(RipFailure, without_ghostscript_is_status_3) {
-  RipBench bench;
+  RipFixture bench;
   bench.Set("PATH", bench.Root());
   ExpectFailure(bench, bench.Run({bench.File("job.ps", "%!PS\n" + RedPage)}), 3,
                 "Ghostscript is not installed: there is no program gs on the search path.");
@@ -89,7 +89,7 @@ TEST(RipFailure, without_ghostscript_is_status_3) {
 
 TEST(RipFailure, without_its_prolog_is_status_3) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string prolog = bench.RipDirectory() + "/System/prolog";
   fs::remove_all(prolog);
   ExpectFailure(bench, bench.Run({bench.File("job.ps", "%!PS\n" + RedPage)}), 3,
@@ -98,7 +98,7 @@ TEST(RipFailure, without_its_prolog_is_status_3) {
 
 TEST(RipLimit, of_time_ends_an_endless_job) {
   REQUIRE_GHOSTSCRIPT();
-  RipBench bench;
+  RipFixture bench;
   bench.Set("RASTREL_RIP_TIMEOUT", "1");
   ExpectFailure(bench, bench.Run({bench.Prefix(), bench.File("job.ps", "%!PS\n{} loop\n")}), 3,
                 "The job took longer than 1 seconds and was ended (RASTREL_RIP_TIMEOUT).");
@@ -106,7 +106,7 @@ TEST(RipLimit, of_time_ends_an_endless_job) {
 
 TEST(RipLimit, of_processor_time_ends_an_endless_job) {
   REQUIRE_GHOSTSCRIPT();
-  RipBench bench;
+  RipFixture bench;
   bench.Set("RASTREL_RIP_CPU", "1");
   ExpectFailure(
       bench, bench.Run({bench.Prefix(), bench.File("job.ps", "%!PS\n{} loop\n")}), 3,
@@ -115,7 +115,7 @@ TEST(RipLimit, of_processor_time_ends_an_endless_job) {
 
 TEST(RipLimit, of_memory_ends_a_greedy_job) {
   REQUIRE_GHOSTSCRIPT();
-  RipBench bench;
+  RipFixture bench;
   bench.Set("RASTREL_RIP_MEMORY", "100");
   const std::string job = "%!PS\n[ { 65000 string } loop\n";
   ExpectFailure(bench, bench.Run({bench.Prefix(), bench.File("job.ps", job)}), 3,
@@ -124,7 +124,7 @@ TEST(RipLimit, of_memory_ends_a_greedy_job) {
 
 TEST(RipLimit, of_pixels_refuses_a_huge_page_in_every_mode) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       bench.File("job.ps", "%!PS\n<< /PageSize [100000 100000] >> setpagedevice showpage\n");
   ExpectFailure(bench, bench.Run({bench.Prefix(), job}), 3,
@@ -137,7 +137,7 @@ TEST(RipLimit, of_pixels_refuses_a_huge_page_in_every_mode) {
 
 TEST(RipLimit, of_all_pages_together_ends_a_job_without_end) {
   REQUIRE_GHOSTSCRIPT();
-  RipBench bench;
+  RipFixture bench;
   bench.Set("RASTREL_RIP_SIZE", "5");
   const std::string error = "The job's pages take more than 5 MiB (RASTREL_RIP_SIZE).";
   const std::string job = bench.File("job.ps", "%!PS\n{ showpage } loop\n");
@@ -146,9 +146,9 @@ TEST(RipLimit, of_all_pages_together_ends_a_job_without_end) {
 
 TEST(RipLimit, that_is_no_number_is_passed_over_with_a_warning) {
   REQUIRE_GHOSTSCRIPT();
-  RipBench bench;
+  RipFixture bench;
   bench.Set("RASTREL_RIP_TIMEOUT", "-5");
-  const Outcome outcome = bench.Run({bench.File("job.ps", "%!PS\n" + RedPage)});
+  const ProgramRun outcome = bench.Run({bench.File("job.ps", "%!PS\n" + RedPage)});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_TRUE(
       outcome.Says("WARNING: RASTREL_RIP_TIMEOUT is not a whole number above 0; 1800 is used."));
@@ -156,7 +156,7 @@ TEST(RipLimit, that_is_no_number_is_passed_over_with_a_warning) {
 
 TEST(HostileJob, can_not_change_what_the_prefix_fixed) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   ExpectRedPage(bench,
                 "%!PS\n(Other:) SelectPrinter\n"
                 "(%Lumiscript%pmodes/RGB/300 dpi.ps) SelectPrintMode\n" +
@@ -170,7 +170,7 @@ TEST(HostileJob, can_not_change_what_the_prefix_fixed) {
 
 TEST(HostileJob, may_end_as_it_likes) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string Exit = "\x1b%-12345X";
   ExpectRedPage(bench, "\x04%!PS\n" + RedPage + "\x04");
   ExpectRedPage(bench, "%!PS\n/x 1 def\n\x04%!PS\n" + RedPage + "\x04");
@@ -184,12 +184,12 @@ TEST(HostileJob, may_end_as_it_likes) {
 
 TEST(HostileJob, keeps_the_selection_over_two_jobs_in_one_file) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = "%!PS\n(a:) SelectPrinter\n" + RedPage +
                           "\x04%!PS\n(b:) SelectPrinter\n" +
                           "(%Lumiscript%pmodes/RGB/300 dpi.ps) SelectPrintMode\n" + RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   for (const std::string& page : pages) {
     EXPECT_EQ(CheckedInfo(page).printer, "KVI Tiff Screen Preview");
@@ -199,13 +199,13 @@ TEST(HostileJob, keeps_the_selection_over_two_jobs_in_one_file) {
 
 TEST(HostileJob, can_not_forge_reports) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n(%stderr) (w) file dup (ERROR: forged\\nINFO: PRINTING\\rWARNING: forged\\n"
       "PROGRESS: 77 %\\n\\000ERROR: RUN_INSTALL\\n) writestring flushfile\n"
       "(ERROR: forged\\n) print flush\n" +
       RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0);
   const std::string lines = "\n" + outcome.reports;
   for (const std::string line : {"\nERROR:", "\nWARNING:", "\nINFO: PRINTING", "\nPROGRESS: 77"}) {
@@ -219,7 +219,7 @@ TEST(HostileJob, can_not_forge_reports) {
 // in a procedure, not in what an error leaves.
 TEST(HostileJob, can_not_find_the_word_of_reports) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n"
       "/tell { (seen ) print == flush } def\n"
@@ -249,7 +249,7 @@ TEST(HostileJob, can_not_find_the_word_of_reports) {
       "(%stderr) (w) file closefile { 1 0 Report } stopped pop\n"
       "count { dup type /stringtype eq { tell } { pop } ifelse } repeat\n" +
       RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   EXPECT_EQ(outcome.reports.find("gs: seen true"), std::string::npos) << outcome.reports;
   EXPECT_TRUE(outcome.Says("gs: seen (unreadable)")) << outcome.reports;
@@ -264,7 +264,7 @@ TEST(HostileJob, can_not_find_the_word_of_reports) {
 
 TEST(HostileJob, reads_and_writes_nothing_outside) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string secret = bench.File("secret", "secret");
   const std::string own = bench.RipDirectory() + "/System/pmodes/TIFF/tiff default.ps";
   std::string job =
@@ -280,7 +280,7 @@ TEST(HostileJob, reads_and_writes_nothing_outside) {
                     "(/dev/fd/8/../../../../secret) (r)",
                     "(/dev/fd/7/begin.ps) (w)"};
   for (const std::string& file : files) job += file + " try\n";
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job + RedPage)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job + RedPage)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   EXPECT_EQ(outcome.reports.find("OPENED"), std::string::npos) << outcome.reports;
   EXPECT_TRUE(outcome.Says("gs: denied /etc/passwd")) << outcome.reports;
@@ -289,13 +289,13 @@ TEST(HostileJob, reads_and_writes_nothing_outside) {
 
 TEST(HostileJob, can_not_leave_files_behind) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n{ null (w) .tempfile dup (x) writestring closefile } stopped pop clear\n"
       "{ (/dev/fd/10/0009.tif) (w) file dup (x) writestring closefile } stopped pop clear\n"
       "{ (/dev/fd/10/0001\\(Cyan\\).tif) (w) file closefile } stopped pop clear\n" +
       RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   // The run's directory, its page and the page's three files.
   EXPECT_EQ(bench.Remains().size(), 5U);
@@ -303,12 +303,12 @@ TEST(HostileJob, can_not_leave_files_behind) {
 
 TEST(HostileJob, that_writes_into_the_pixel_stream_spoils_only_itself) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n{ (/dev/fd/3) (w) file dup (garbage garbage ) writestring "
       "closefile } stopped pop clear\n" +
       RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_TRUE(outcome.byItself);
   EXPECT_EQ(outcome.status, 3) << outcome.reports;
   EXPECT_EQ(bench.Remains(), Names{});
@@ -316,9 +316,9 @@ TEST(HostileJob, that_writes_into_the_pixel_stream_spoils_only_itself) {
 
 TEST(HostileJob, that_floods_the_log_is_cut_short) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = "%!PS\n1 1 200000 { pop (a line of a job that talks) = } for\n" + RedPage;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_LT(outcome.reports.size(), 600000U);
 }

@@ -12,7 +12,7 @@
 
 #include "rastrel/prefix/cutter.h"
 #include "rastrel/prefix/preview_sections.h"
-#include "tests/children/queue_bench.h"
+#include "tests/children/queue_fixture.h"
 #include "tests/children/rip_effects.h"
 
 namespace rastrel::corerast::testing {
@@ -31,7 +31,7 @@ std::string Quoted(const std::string& path) { return "'" + path + "'"; }
 const std::string Ghostscript = "gs -q -dBATCH -dNOPAUSE -dSAFER ";
 
 // A PDF that the interpreter's own writer makes of a job.
-std::string Pdf(const RipBench& bench, const std::string& job) {
+std::string Pdf(const RipFixture& bench, const std::string& job) {
   const std::string source = bench.File("source.ps", job);
   std::string pdf = bench.File("source.pdf", "");
   EXPECT_TRUE(
@@ -41,7 +41,7 @@ std::string Pdf(const RipBench& bench, const std::string& job) {
 
 TEST(ForeignFile, that_is_a_pdf_loses_its_outlines_to_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   for (const auto& [section, color] :
        {std::pair(prefix::CutterSection(RedCut()), std::string("1 0 0 setrgbcolor")),
         std::pair(prefix::CutDataSection(NamedCut(L"CutContour")), std::string(Spot))}) {
@@ -55,7 +55,7 @@ TEST(ForeignFile, that_is_a_pdf_loses_its_outlines_to_the_cut_paths) {
 // out; the interpreter's own writers always run.
 TEST(ForeignFile, that_is_postscript_loses_its_outlines_to_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string outline = Outline("1 0 0 setrgbcolor");
   const std::string source = bench.File("outline.ps", outline);
   const std::string job = bench.File("job.ps", "");
@@ -77,7 +77,7 @@ TEST(ForeignFile, that_is_postscript_loses_its_outlines_to_the_cut_paths) {
 TEST(ForeignFile, of_inkscape_loses_its_outlines_to_the_cut_paths) {
   REQUIRE_GHOSTSCRIPT();
   if (!HaveProgram("inkscape")) GTEST_SKIP() << "Inkscape is not installed.";
-  const RipBench bench;
+  const RipFixture bench;
   const std::string drawing = bench.File(
       "job.svg",
       R"(<svg xmlns="http://www.w3.org/2000/svg" width="144pt" height="144pt" viewBox="0 0 144 144">
@@ -134,7 +134,7 @@ TEST(ForeignFile, of_coreldraw_keeps_the_outline_of_its_cutting_line_to_each_poi
   REQUIRE_GHOSTSCRIPT();
   const std::string file = jobspool::testing::CorpusFile("doseps/coreldraw-x7-cutcontour.eps");
   if (file.empty()) GTEST_SKIP() << "The corpus of real files is not here.";
-  const RipBench bench;
+  const RipFixture bench;
   const std::string prefix =
       PrefixOf(bench, prefix::CutDataSection(NamedCut(L"CutContour")), Mode300);
   const std::string page = Pages(bench.Run({prefix, file}), 1).front();
@@ -268,7 +268,7 @@ Names KindsOf(const std::vector<CutPath>& paths) {
 // Every way in which a PDF spaces and turns its text: the outlines lie where the text is painted.
 TEST(PdfText, in_the_cut_color_becomes_outlines_where_it_would_be_painted) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string show = " /F 20 Tf 20 100 Td (Cut me) Tj ET";
   for (const std::string& content :
        Names{"1 0 0 rg BT" + show, "1 0 0 rg BT 5 Tc" + show, "1 0 0 rg BT 10 Tw" + show,
@@ -297,7 +297,7 @@ struct Rendering {
 
 TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_color) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string show = " /F 40 Tf 20 100 Td (Cut) Tj ET";
   const std::vector<Rendering> cases{
       {"1 0 0 RG 0 0 1 rg BT 0 Tr" + show, {}, false, true},
@@ -334,7 +334,7 @@ TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_color) {
 
 TEST(PdfText, of_a_separation_is_taken_out) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string pdf =
       bench.File("job.pdf", HandMadePdf("/Cut cs 1 scn BT /F 20 Tf 20 100 Td (Cut me) Tj ET"));
   const std::string prefix =
@@ -349,7 +349,7 @@ TEST(PdfText, of_a_separation_is_taken_out) {
 // Text in embedded fonts, as the writers of PDF files embed it, on two pages.
 TEST(PdfText, of_other_programs_files_is_taken_out) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string text =
       "%!PS\n<< /PageSize [200 200] >> setpagedevice\n/Helvetica findfont 20 scalefont setfont\n"
       "2 { 1 0 0 setrgbcolor 20 100 moveto (Cut me) show showpage } repeat\n";
@@ -376,7 +376,7 @@ TEST(PdfText, of_other_programs_files_is_taken_out) {
 // the prolog, it is the one that runs, as in a Ghostscript that has no other.
 TEST(PdfText, that_can_not_be_taken_out_is_warned_of) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string cutter = "root/Queue/rip/System/prolog/cutter.ps";
   std::string prolog = TextOf(bench.RipDirectory() + "/System/prolog/cutter.ps");
   const std::string choice = "userdict /NEWPDF false put";
@@ -391,7 +391,7 @@ TEST(PdfText, that_can_not_be_taken_out_is_warned_of) {
       "picture.";
   EXPECT_FALSE(bench.Run({prefix, pdf}).Says(warning));
   bench.File(cutter, prolog);
-  const Outcome outcome = bench.Run({prefix, pdf});
+  const ProgramRun outcome = bench.Run({prefix, pdf});
   EXPECT_TRUE(outcome.Says(warning)) << outcome.reports;
   const std::string page = Pages(outcome, 1).front();
   EXPECT_TRUE(CutPathsOf(page).empty());
@@ -403,7 +403,7 @@ TEST(PdfText, of_a_real_file_in_a_spot_color_is_taken_out) {
   REQUIRE_GHOSTSCRIPT();
   const std::string file = jobspool::testing::CorpusFile("pdf/sep-pantone485m-tiny.pdf");
   if (file.empty()) GTEST_SKIP() << "The corpus of real files is not here.";
-  const RipBench bench;
+  const RipFixture bench;
   const std::string prefix =
       PrefixOf(bench, prefix::CutDataSection(NamedCut(L"PANTONE 485 M")), Mode300);
   const std::string page = Pages(bench.Run({prefix, file}), 1).front();

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 #include "tests/support/tree_snapshot.h"
 
 namespace rastrel::corerast::testing {
@@ -41,11 +41,11 @@ class Fortress {
   void Set(const std::string& name, const std::string& value) { m_Bench.Set(name, value); }
 
   // Runs the job, which stands among the other jobs.
-  Outcome Run(const std::string& job, const std::string& name = "jobs/job.ps") {
+  ProgramRun Run(const std::string& job, const std::string& name = "jobs/job.ps") {
     const std::string path = m_Bench.File(name, job);
     const auto before = test::TreeSnapshot(Beside(""));
-    Outcome outcome = m_Bench.Run({m_Prefix, path});
-    m_Pages = RipBench::PagesOf(outcome.output);
+    ProgramRun outcome = m_Bench.Run({m_Prefix, path});
+    m_Pages = RipFixture::PagesOf(outcome.output);
     if (outcome.output.empty()) {
       EXPECT_EQ(m_Bench.Remains(), Names{});
     }
@@ -57,12 +57,12 @@ class Fortress {
   [[nodiscard]] std::size_t PageCount() const { return m_Pages.size(); }
 
  private:
-  RipBench m_Bench;
+  RipFixture m_Bench;
   std::string m_Prefix;
   Names m_Pages;
 };
 
-void ExpectEnd(const Outcome& outcome, int status, const std::string& error) {
+void ExpectEnd(const ProgramRun& outcome, int status, const std::string& error) {
   EXPECT_TRUE(outcome.byItself);
   EXPECT_EQ(outcome.status, status) << outcome.reports;
   EXPECT_TRUE(outcome.Says("ERROR: " + error)) << outcome.reports;
@@ -124,7 +124,7 @@ TEST(HostileJob, is_refused_every_way_to_a_file) {
       "/try { /tries tries 1 add store mark exch stopped { (refused ) } { (DONE ) } ifelse print "
       "tries = flush cleartomark } bind def\n";
   for (const std::string& attempt : attempts) job += "save { " + attempt + " } try pop\n";
-  const Outcome outcome = fortress.Run(job);
+  const ProgramRun outcome = fortress.Run(job);
   for (std::size_t i = 1; i <= attempts.size(); ++i) {
     EXPECT_TRUE(outcome.Says("gs: refused " + std::to_string(i))) << attempts[i - 1];
   }
@@ -147,7 +147,7 @@ TEST(HostileJob, sees_no_names_of_other_files) {
         std::string("/dev/fd/8/../../../../../jobs/*")}) {
     job += "{ (" + pattern + ")" + list + "} stopped pop\n";
   }
-  const Outcome outcome = fortress.Run(job + RedPage);
+  const ProgramRun outcome = fortress.Run(job + RedPage);
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   EXPECT_EQ(outcome.reports.find("secret"), std::string::npos) << outcome.reports;
   EXPECT_EQ(outcome.reports.find("passwd"), std::string::npos) << outcome.reports;
@@ -223,7 +223,7 @@ TEST(HostileJob, that_wants_all_memory_is_ended) {
              "/grow { dup length 2 mul string dup 0 4 -1 roll putinterval } def (x) { grow } loop",
              "[ { save } loop"}) {
     SCOPED_TRACE(job);
-    const Outcome outcome = fortress.Run("%!PS\n" + job + "\n");
+    const ProgramRun outcome = fortress.Run("%!PS\n" + job + "\n");
     EXPECT_TRUE(outcome.byItself);
     EXPECT_EQ(outcome.output, "");
     // A limit of the language may be met before the one of memory.
@@ -269,7 +269,7 @@ TEST(HostileJob, with_a_huge_page_is_refused_in_every_kind_of_file) {
 
 // ---- Reports ----
 
-// All lines that are reports, of whatever sender: behind each other, and each with a partial line
+// All lines that are reports, of whatever sender: one after the other, and each with a partial line
 // and a carriage return ahead of it.
 TEST(HostileJob, forges_no_report_by_any_line) {
   REQUIRE_GHOSTSCRIPT();
@@ -303,7 +303,7 @@ TEST(HostileJob, forges_no_report_by_any_line) {
              "\\n) print flush\n";
     }
   }
-  const auto reports = [](const Outcome& outcome) {
+  const auto reports = [](const ProgramRun& outcome) {
     Names kept;
     std::istringstream text(outcome.reports);
     for (std::string line; std::getline(text, line);) {
@@ -311,8 +311,8 @@ TEST(HostileJob, forges_no_report_by_any_line) {
     }
     return kept;
   };
-  const Outcome honest = fortress.Run("%!PS\n" + RedPage);
-  const Outcome forging = fortress.Run(job + RedPage);
+  const ProgramRun honest = fortress.Run("%!PS\n" + RedPage);
+  const ProgramRun forging = fortress.Run(job + RedPage);
   EXPECT_EQ(forging.status, 0) << forging.reports;
   EXPECT_EQ(reports(forging), reports(honest));
   EXPECT_EQ(forging.reports.find("PROGRESS: 77"), forging.reports.find("gs: PROGRESS: 77") + 4);

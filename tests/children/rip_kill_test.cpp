@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 namespace rastrel::corerast::testing {
 namespace {
@@ -24,10 +24,10 @@ const std::string Job =
 // Kills runs of a mode at moments spread over a whole run and a little more. After each there is
 // nothing left, or, if the RIP had handed over, all of it.
 void KillAtRandomMoments(const std::string& mode, unsigned runs) {
-  const RipBench bench;
+  const RipFixture bench;
   const std::vector<std::string> paths{bench.Prefix(mode), bench.File("job.ps", Job)};
   const auto start = std::chrono::steady_clock::now();
-  const Outcome whole = bench.Run(paths);
+  const ProgramRun whole = bench.Run(paths);
   const auto took = std::chrono::duration_cast<std::chrono::microseconds>(
       std::chrono::steady_clock::now() - start);
   ASSERT_EQ(whole.status, 0) << whole.reports;
@@ -38,11 +38,11 @@ void KillAtRandomMoments(const std::string& mode, unsigned runs) {
   unsigned killed = 0;
   for (unsigned run = 0; run < runs; ++run) {
     const std::size_t before = bench.Remains().size();
-    const Outcome outcome = bench.RunAndKill(paths, moment(random));
+    const ProgramRun outcome = bench.RunAndKill(paths, moment(random));
     const std::size_t added = bench.Remains().size() - before;
     if (added != 0) {
       EXPECT_EQ(added, wholeRemains);
-      const Names pages = RipBench::PagesOf(outcome.output);
+      const Names pages = RipFixture::PagesOf(outcome.output);
       EXPECT_EQ(pages.size(), 3U);
       for (const std::string& page : pages) EXPECT_GT(CheckedInfo(page).width, 0U);
     } else {
@@ -66,8 +66,8 @@ TEST(KilledRip, leaves_no_separation_either) {
 
 TEST(KilledRip, in_an_endless_job_takes_the_interpreter_with_it) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome =
+  const RipFixture bench;
+  const ProgramRun outcome =
       bench.RunAndKill({bench.Prefix(), bench.File("job.ps", "%!PS\n{} loop\n")}, 400000);
   EXPECT_EQ(outcome.status, SIGKILL);
   EXPECT_EQ(outcome.output, "");
@@ -77,8 +77,8 @@ TEST(KilledRip, in_an_endless_job_takes_the_interpreter_with_it) {
 
 TEST(LeftRip, in_an_endless_job_ends_when_nobody_reads_its_reports) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome =
+  const RipFixture bench;
+  const ProgramRun outcome =
       bench.RunAndLeave({bench.RipDirectory() + "/corerast.exe", "-M", "-Q", "-m128",
                          bench.Prefix(), bench.File("job.ps", "%!PS\n{} loop\n")},
                         "INTERPRETING");

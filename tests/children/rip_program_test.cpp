@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/children/rip_bench.h"
+#include "tests/children/rip_fixture.h"
 
 namespace rastrel::corerast::testing {
 namespace {
@@ -46,18 +46,18 @@ Names PlaneNames(const pages::PageInfo& info) {
 }
 
 // The only page of a run that went well; an empty text if it did not.
-std::string OnlyPage(const Outcome& outcome) {
+std::string OnlyPage(const ProgramRun& outcome) {
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome.output);
   EXPECT_EQ(pages.size(), 1U) << outcome.output;
   return pages.size() == 1 ? pages.front() : "";
 }
 TEST(Rip, makes_one_directory_a_page) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", TwoPages)});
+  const RipFixture bench;
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", TwoPages)});
   ASSERT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.output;
   EXPECT_EQ(fs::path(pages[0]).filename(), "p0001");
   EXPECT_EQ(fs::path(pages[1]).filename(), "p0002");
@@ -73,10 +73,10 @@ TEST(Rip, makes_one_directory_a_page) {
 
 TEST(Rip, says_in_the_info_what_it_made) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome =
+  const RipFixture bench;
+  const ProgramRun outcome =
       bench.Run({bench.Prefix("RGB/300 dpi.ps", "Shop (window)"), bench.File("job.ps", TwoPages)});
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   const pages::PageInfo info = CheckedInfo(pages[1]);
   EXPECT_EQ(info.job, "job12");
@@ -94,8 +94,8 @@ TEST(Rip, says_in_the_info_what_it_made) {
 
 TEST(Rip, reports_its_stages_in_order) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", TwoPages)});
+  const RipFixture bench;
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", TwoPages)});
   std::size_t at = 0;
   for (const std::string line :
        {"INFO: INITIALISING\n", "INFO: READY\n", "INFO: INTERPRETING\n", "INFO: CONVERTING\n",
@@ -121,10 +121,10 @@ std::vector<int> Percentages(const std::string& reports) {
 
 TEST(Rip, tells_how_far_a_long_job_without_a_page_count_has_come) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   std::string job = "%!PS\n<< /PageSize [72 72] >> setpagedevice\n";
   for (int i = 0; i < 200000; ++i) job += "0 0 72 72 rectfill 0 0 72 72 rectfill\n";
-  const Outcome outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job + "showpage\n")});
+  const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job + "showpage\n")});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   const std::vector<int> percentages = Percentages(outcome.reports);
   EXPECT_GE(percentages.size(), 2U) << outcome.reports;
@@ -134,7 +134,7 @@ TEST(Rip, tells_how_far_a_long_job_without_a_page_count_has_come) {
 
 TEST(Rip, takes_the_resolution_from_the_print_mode) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::vector<std::pair<std::string, unsigned>> modes{{"TIFF/tiff default.ps", 72},
                                                             {"Screen/preview.ps", 96},
                                                             {"RGB/300 dpi.ps", 300},
@@ -149,7 +149,7 @@ TEST(Rip, takes_the_resolution_from_the_print_mode) {
 
 TEST(Rip, makes_a_plane_a_color_in_the_cmyk_mode) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page = OnlyPage(bench.Run(
       {bench.Prefix("CMYK/300 dpi.ps"), bench.File("job.ps", OnePage("1 0 0 0.2 setcmykcolor"))}));
   const pages::PageInfo info = CheckedInfo(page);
@@ -165,7 +165,7 @@ TEST(Rip, makes_a_plane_a_color_in_the_cmyk_mode) {
 
 TEST(Rip, keeps_a_plane_for_each_spot_color) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string paint =
       "[/Separation (Cut Contour) /DeviceCMYK {0 exch dup 0 exch 0}] setcolorspace 1 setcolor";
   const std::string page =
@@ -179,7 +179,7 @@ TEST(Rip, keeps_a_plane_for_each_spot_color) {
 
 TEST(Rip, makes_gray_pages_for_one_color) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 40 40 SetXYResolution\n");
   const std::string page = OnlyPage(
       bench.Run({bench.Prefix("Own/gray.ps"), bench.File("job.ps", OnePage("0.2 setgray"))}));
@@ -191,7 +191,7 @@ TEST(Rip, makes_gray_pages_for_one_color) {
 
 TEST(Rip, crops_eps_to_its_bounding_box) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string eps =
       "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 150 230\n%%EndComments\n"
       "0 1 0 setrgbcolor 100 200 25 30 rectfill\n%%EOF\n";
@@ -205,7 +205,7 @@ TEST(Rip, crops_eps_to_its_bounding_box) {
 
 TEST(Rip, crops_eps_behind_lines_of_a_host) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string eps =
       "%%Title: from a host\n%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 150 230\n"
       "%%EndComments\n0 1 0 setrgbcolor 100 200 25 30 rectfill showpage\n";
@@ -217,7 +217,7 @@ TEST(Rip, crops_eps_behind_lines_of_a_host) {
 
 TEST(Rip, takes_the_postscript_section_of_binary_eps) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string eps =
       "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 40 20\n%%EndComments\n"
       "0 0 1 setrgbcolor 0 0 40 20 rectfill showpage\n";
@@ -233,14 +233,14 @@ TEST(Rip, takes_the_postscript_section_of_binary_eps) {
 
 TEST(Rip, prints_pdf_behind_the_prefix) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string source = bench.File("source.ps", TwoPages);
   const std::string pdf = bench.File("job.pdf", "");
   const std::string command = "gs -q -dBATCH -dNOPAUSE -dSAFER -sDEVICE=pdfwrite -o '" + pdf +
                               "' '" + source + "' </dev/null >/dev/null 2>&1";
   ASSERT_EQ(std::system(command.c_str()), 0);
-  const Outcome outcome = bench.Run({bench.Prefix("RGB/300 dpi.ps"), pdf});
-  const Names pages = RipBench::PagesOf(outcome.output);
+  const ProgramRun outcome = bench.Run({bench.Prefix("RGB/300 dpi.ps"), pdf});
+  const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   const Pixels first = ReadNetpbm(pages[0] + "/page.ppm");
   EXPECT_EQ(first.width, 600U);
@@ -252,7 +252,7 @@ TEST(Rip, prints_pdf_behind_the_prefix) {
 
 TEST(Rip, prints_without_a_prefix) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string page =
       OnlyPage(bench.Run({bench.File("leaflet.ps", OnePage("1 0 0 setrgbcolor"))}));
   const pages::PageInfo info = CheckedInfo(page);
@@ -264,7 +264,7 @@ TEST(Rip, prints_without_a_prefix) {
 
 TEST(Rip, lets_a_job_select_what_no_prefix_fixed) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job =
       "%!PS\n(Own:) SelectPrinter (%Lumiscript%pmodes/Screen/preview.ps) SelectPrintMode\n" +
       OnePage("1 0 0 setrgbcolor").substr(5);
@@ -276,8 +276,8 @@ TEST(Rip, lets_a_job_select_what_no_prefix_fixed) {
 
 TEST(Rip, finds_a_print_mode_whose_case_differs) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome =
+  const RipFixture bench;
+  const ProgramRun outcome =
       bench.Run({bench.Prefix("rgb/300 DPI.PS"), bench.File("job.ps", OnePage("0 setgray"))});
   const pages::PageInfo info = CheckedInfo(OnlyPage(outcome));
   EXPECT_EQ(info.mode, "RGB/300 dpi.ps");
@@ -286,7 +286,7 @@ TEST(Rip, finds_a_print_mode_whose_case_differs) {
 
 TEST(Rip, does_not_crop_eps_to_an_empty_box) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string eps =
       "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 0 0\n%%EndComments\n"
       "<< /PageSize [40 30] >> setpagedevice 0 1 0 setrgbcolor 0 0 40 30 rectfill showpage\n";
@@ -296,8 +296,8 @@ TEST(Rip, does_not_crop_eps_to_an_empty_box) {
 
 TEST(Rip, warns_of_a_print_mode_that_is_not_there) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome =
+  const RipFixture bench;
+  const ProgramRun outcome =
       bench.Run({bench.Prefix("RGB/1200 dpi.ps"), bench.File("job.ps", OnePage("0 setgray"))});
   EXPECT_TRUE(outcome.Says(
       "WARNING: The print mode RGB/1200 dpi.ps is not installed; the page is made without it."))
@@ -307,7 +307,7 @@ TEST(Rip, warns_of_a_print_mode_that_is_not_there) {
 
 TEST(Rip, fits_pages_into_a_custom_size) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   bench.File("root/Queue/rip/System/pmodes/Own/100.ps", "%!PS\n3Color 100 100 SetXYResolution\n");
   // 10 inches wide and 5 high: the prefix writes the height first.
   const std::string section =
@@ -332,7 +332,7 @@ TEST(Rip, fits_pages_into_a_custom_size) {
 
 TEST(Rip, applies_the_tables_of_a_levels_section) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   // Red halved, the others as they are; the section's own way of hooking them in.
   const std::string section =
       "userdict begin\n"
@@ -364,7 +364,7 @@ TEST(Rip, applies_the_tables_of_a_levels_section) {
 
 TEST(Rip, takes_the_cutters_color_in_every_form) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   for (const std::string color :
        {"false 1.000 0.000 0.000 /DeviceRGB", "false 0.0000 0.5020 0.0000 0.0000 /DeviceCMYK",
         "mark false", "mark 1.000 0.000 0.000 [1 0 0 1 0 0] /DeviceRGB",
@@ -380,8 +380,8 @@ TEST(Rip, takes_the_cutters_color_in_every_form) {
 
 TEST(Rip, ends_an_install_job_that_went_well_with_1) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
-  const Outcome outcome = bench.Run({"-s", bench.File("job.ps", OnePage("0 setgray"))});
+  const RipFixture bench;
+  const ProgramRun outcome = bench.Run({"-s", bench.File("job.ps", OnePage("0 setgray"))});
   EXPECT_EQ(outcome.status, 1) << outcome.reports;
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(bench.Remains(), Names{});
@@ -389,10 +389,10 @@ TEST(Rip, ends_an_install_job_that_went_well_with_1) {
 
 TEST(Rip, lists_pages_that_survive_any_data_root) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench("weekend > begin");
+  const RipFixture bench("weekend > begin");
   const test::ScratchDirectory other;
   setenv("RASTREL_HOME", bench.Root().c_str(), 1);  // the library's reader asks for it
-  const Outcome outcome =
+  const ProgramRun outcome =
       bench.Run({bench.Prefix(), bench.File("end > begin.ps", OnePage("1 0 0 setrgbcolor"))});
   const std::string page = OnlyPage(outcome);
   EXPECT_EQ(CheckedInfo(page).width, 72U);
@@ -402,18 +402,18 @@ TEST(Rip, lists_pages_that_survive_any_data_root) {
 
 TEST(Rip, takes_the_next_letter_when_one_is_taken) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench("the end");
+  const RipFixture bench("the end");
   fs::create_directories(bench.Root() + "/drive_r");
   const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
   for (int run = 0; run < 2; ++run) {
-    const Outcome outcome = bench.Run({bench.Prefix(), job});
+    const ProgramRun outcome = bench.Run({bench.Prefix(), job});
     EXPECT_NE(outcome.output.find("\tdir := S:\\"), std::string::npos) << outcome.reports;
   }
 }
 
 TEST(Rip, keeps_the_pages_of_two_runs_apart) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
   const std::string first = OnlyPage(bench.Run({bench.Prefix(), job}));
   const std::string second = OnlyPage(bench.Run({bench.Prefix(), job}));
@@ -424,7 +424,7 @@ TEST(Rip, keeps_the_pages_of_two_runs_apart) {
 
 TEST(Rip, whose_reader_is_gone_fails_and_leaves_nothing) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
   const std::string script = "{ RASTREL_HOME='" + bench.Root() + "' '" + bench.RipDirectory() +
                              "/corerast.exe' '" + job + "' 2>/dev/null; echo $? > '" +
@@ -439,7 +439,7 @@ TEST(Rip, whose_reader_is_gone_fails_and_leaves_nothing) {
 
 TEST(Rip, clears_away_the_directory_of_a_run_whose_pages_are_gone) {
   REQUIRE_GHOSTSCRIPT();
-  const RipBench bench;
+  const RipFixture bench;
   const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
   const fs::path old = fs::path(OnlyPage(bench.Run({bench.Prefix(), job}))).parent_path();
   const fs::path fresh = fs::path(OnlyPage(bench.Run({bench.Prefix(), job}))).parent_path();

@@ -67,7 +67,7 @@ TEST(PageStream, that_ends_within_a_page_says_so) {
     PageStream stream(collector);
     ASSERT_TRUE(Add(stream, TwoPages.substr(0, cut)));
     EXPECT_EQ(stream.Finish(), cut == secondPage) << cut;
-    EXPECT_EQ(stream.Problem().empty(), cut == secondPage) << cut;
+    EXPECT_EQ(stream.Reason().empty(), cut == secondPage) << cut;
   }
 }
 
@@ -94,16 +94,16 @@ TEST(PageStream, refuses_what_is_no_image) {
     Collector collector;
     PageStream stream(collector);
     EXPECT_FALSE(Add(stream, text)) << text;
-    EXPECT_EQ(stream.Problem(), problem) << text;
+    EXPECT_EQ(stream.Reason(), problem) << text;
   }
 }
 
-TEST(PageStream, ends_without_a_problem_of_its_own_when_the_receiver_says_so) {
+TEST(PageStream, ends_without_a_reason_of_its_own_when_the_receiver_says_so) {
   Collector collector;
   collector.m_Refused = 3;
   PageStream stream(collector);
   EXPECT_FALSE(Add(stream, TwoPages));
-  EXPECT_EQ(stream.Problem(), "");
+  EXPECT_EQ(stream.Reason(), "");
   EXPECT_EQ(collector.m_Pages.size(), 1U);
 }
 

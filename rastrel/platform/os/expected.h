@@ -10,6 +10,13 @@
 /// made from a Failure.
 namespace rastrel {
 
+/// What kind of failure it is, where a caller goes on differently: with another exit status, say.
+enum class FailureCode {
+  Unspecified,  ///< nothing more is known: the machine, a limit, a part that is missing
+  BadInput,     ///< the file or the arguments can't be used
+  BadProgram,   ///< the input was run, and failed as a program
+};
+
 /// The call that failed, its object, and the reason. Every field is optional; Describe leaves out
 /// the empty ones.
 struct Failure {
@@ -27,6 +34,8 @@ struct Failure {
   int line = 0;
   /// Column in that line, from 1, in characters; 0 where `line` is.
   int column = 0;
+  /// What kind it is. Describe says nothing of it.
+  FailureCode code = FailureCode::Unspecified;
 
   bool operator==(const Failure&) const = default;
 };
@@ -44,9 +53,11 @@ struct Failure {
 [[nodiscard]] std::string DescribeError(int error);
 
 /// A failure with nothing but a text: `why`.
-[[nodiscard]] inline Failure FailureOf(std::string why) {
+[[nodiscard]] inline Failure FailureOf(std::string why,
+                                       FailureCode code = FailureCode::Unspecified) {
   Failure failure;
   failure.why = std::move(why);
+  failure.code = code;
   return failure;
 }
 

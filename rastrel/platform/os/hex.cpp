@@ -29,4 +29,12 @@ std::optional<unsigned char> ByteFromHex(char high, char low) {
   return static_cast<unsigned char>(*first * 16 + *second);
 }
 
+std::optional<unsigned char> ByteFromHex(char high, char low, HexCase letters) {
+  const auto isOther = [letters](char digit) {
+    return letters == HexCase::Lower ? digit >= 'A' && digit <= 'F' : digit >= 'a' && digit <= 'f';
+  };
+  if (isOther(high) || isOther(low)) return std::nullopt;
+  return ByteFromHex(high, low);
+}
+
 }  // namespace rastrel::os

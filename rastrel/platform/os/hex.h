@@ -21,5 +21,7 @@ void AppendHex(std::string& text, unsigned char byte, HexCase letters = HexCase:
 
 /// The byte of two digits of either case; nothing if one is none.
 [[nodiscard]] std::optional<unsigned char> ByteFromHex(char high, char low);
+/// The same for a format in which letters have one case: nothing if one has the other.
+[[nodiscard]] std::optional<unsigned char> ByteFromHex(char high, char low, HexCase letters);
 
 }  // namespace rastrel::os

@@ -7,7 +7,6 @@
 
 #include "cli/reading/inspection.h"
 #include "cli/reading/inspection_text.h"
-#include "cli/reading/painted_spots.h"
 #include "tests/cli/command_runner.h"
 #include "tests/support/scratch_directory.h"
 
@@ -185,26 +184,6 @@ TEST(FilesOfOperand, folders_patterns_and_names_are_told_apart) {
   EXPECT_EQ(below("*.eps"), "a.eps ");
   EXPECT_EQ(below("what?.ps"), "what?.ps ");
   EXPECT_EQ(below("none*"), "none* ");
-}
-
-TEST(PlaneName, a_planes_file_names_its_color) {
-  EXPECT_EQ(PlaneName("p1(Cut Contour).tif"), "Cut Contour");
-  EXPECT_EQ(PlaneName("p12(a%28b).c).tif"), "a(b).c");
-  EXPECT_EQ(PlaneName("p1.tif"), std::nullopt);
-}
-
-TEST(PlaneHasInk, a_plane_cut_at_any_byte_is_no_plane_or_has_no_ink) {
-  // Header, a directory of three entries, and one strip of four pixels at its end.
-  std::string plane = std::string("II*\0", 4) + Word(8) + std::string("\3\0", 2);
-  const auto entry = [](unsigned tag, unsigned value) {
-    return Word(tag | 4U << 16) + Word(1) + Word(value);
-  };
-  plane += entry(259, 1) + entry(273, 50) + entry(279, 4) + Word(0);
-  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFF\xFF"), false);
-  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFE\xFF"), true);
-  for (std::size_t size = 0; size < plane.size(); ++size)
-    EXPECT_EQ(PlaneHasInk(plane.substr(0, size)), std::nullopt) << size;
-  EXPECT_EQ(PlaneHasInk(plane + "\xFF\xFF\xFF"), std::nullopt);
 }
 
 }  // namespace

@@ -25,3 +25,11 @@ TEST(Hex, two_digits_are_a_byte_and_anything_else_is_none) {
   EXPECT_FALSE(ByteFromHex('a', 'x'));
   EXPECT_FALSE(ByteFromHex(' ', '5'));
 }
+
+TEST(Hex, a_format_with_letters_of_one_case_takes_no_others) {
+  EXPECT_EQ(ByteFromHex('a', '5', HexCase::Lower), 0xa5);
+  EXPECT_EQ(ByteFromHex('5', 'A', HexCase::Upper), 0x5a);
+  EXPECT_FALSE(ByteFromHex('A', '5', HexCase::Lower));
+  EXPECT_FALSE(ByteFromHex('5', 'a', HexCase::Upper));
+  EXPECT_FALSE(ByteFromHex('g', '5', HexCase::Lower));
+}

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "interpreter/guardian.h"
+#include "interpreter/job_file.h"
+#include "interpreter/run_directory.h"
+#include "interpreter/settings.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file_descriptor.h"
+
+/// The interpreter, which is Ghostscript as a process: it is found, started, fed, limited, watched
+/// and read in this folder and nowhere else, and this is the folder's header for all others. Two
+/// kinds of work are offered:
+///
+/// - *Runs*, for child programs: a job, perhaps with a prefix, becomes page directories or a
+///   measure. The interpreter works in a RunDirectory, runs the RIP's prolog, reports through a
+///   pipe that the job can't forge, and is under guard (guardian.h).
+/// - *Short tasks*, for any process, on any thread: a file is painted or converted in one go, in a
+///   temporary directory that is gone afterwards.
+///
+/// Every interpreter is in its safer mode, gets a cleaned environment, no descriptor but those that
+/// it needs, and an end: a limit on time at least. Paths are native. Neither runs nor tasks write
+/// to a standard stream of the process.
+namespace rastrel::interpreter {
+
+/// Native path of the interpreter's program, "gs" on $PATH, or empty if there is none.
+[[nodiscard]] std::string FindGhostscript();
+
+/// How far a run is.
+enum class RunState {
+  Interpreting,  ///< prolog and prefix have run, the job begins
+  Converting,    ///< the first page's pixels flow
+  Spooling,      ///< the interpreter has ended, the last pages are being closed
+};
+
+/// Follows a run while it goes on. All are called on the run's own thread; text is one line of any
+/// bytes, and may come from the job where that is said.
+class RunListener {
+ public:
+  virtual ~RunListener() = default;
+  /// A state is reached. Each comes once at most.
+  virtual void StateReached(RunState state) = 0;
+  /// So many hundredths are done, 0 to 99. The same number may come again.
+  virtual void Progressed(unsigned percent) = 0;
+  /// A page is complete, counted from 1.
+  virtual void PageMade(unsigned number) = 0;
+  /// Something was left out or replaced. A sentence.
+  virtual void Warned(const std::string& sentence) = 0;
+  /// A remark of the run's own, for the log.
+  virtual void Noted(const std::string& text) = 0;
+  /// A line that the interpreter or the job has printed.
+  virtual void Printed(const std::string& line) = 0;
+  /// The pipe into which these go in the end; -1 if there is none. A run ends as soon as nobody
+  /// reads that pipe any more, since nobody is left who could end it.
+  [[nodiscard]] virtual int Pipe() const { return -1; }
+};
+
+/// The job and the limits of one run. Owns its files.
+struct RunRequest {
+  std::string ripDirectory;   ///< holds System/prolog and System/pmodes
+  std::string title;          ///< of the job, for the pages' descriptions; UTF-8
+  JobFile job;                ///< the part of it that the interpreter is given
+  os::FileDescriptor prefix;  ///< PostScript that runs first; closed: none
+  bool setsCutColor = false;  ///< the prefix sets a cut color
+  Settings settings;          ///< the limits
+};
+
+/// Makes a page directory of every page of the job in `directory`. Returns their number, which is
+/// not 0.
+///
+/// A failure is a sentence without its full stop. Its code is BadProgram if the job or the prefix
+/// failed as a program or made no page, BadInput if the job can't be read to its end, and else
+/// Unspecified: a limit, the disk, a missing part. What lies in `directory` then is incomplete;
+/// the guardian removes it. REQUIRES, as each run does: this process has one thread.
+[[nodiscard]] Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
+                                            RunListener& listener, Guardian& guardian);
+
+/// Runs an install job, whose pages are thrown away and which need make none. Fails as PrintPages.
+[[nodiscard]] Expected<void> RunInstallJob(RunRequest request, const RunDirectory& directory,
+                                           RunListener& listener, Guardian& guardian);
+
+/// Makes a page directory of the job's first page, whether the job ends that page or not. EPS is
+/// not cropped, and a PDF has its crop box for a page. The rest of the job is not waited for.
+/// Returns the number of page directories, which is more than 1 only if a job that is separated put
+/// out several pages at once. Fails as PrintPages.
+[[nodiscard]] Expected<unsigned> PrintFirstPage(RunRequest request, const RunDirectory& directory,
+                                                RunListener& listener, Guardian& guardian);
+
+/// Measures the job's first page; nothing is drawn, and the prefix does not run. Returns the six
+/// numbers of the prolog's measure.ps, "WIDTH HEIGHT LEFT BOTTOM RIGHT TOP". Fails as PrintPages.
+[[nodiscard]] Expected<std::string> MeasureFirstPage(RunRequest request,
+                                                     const RunDirectory& directory,
+                                                     RunListener& listener, Guardian& guardian);
+
+/// A part of a page in points, y upward.
+struct PageArea {
+  double left = 0;
+  double bottom = 0;
+  double right = 0;
+  double top = 0;
+};
+
+/// A short task: paints all pages of a file at a low resolution, one plane for each color, and
+/// returns the names of the planes besides the four process colors that hold ink; UTF-8, sorted,
+/// each once. `area` is the page of a file that sets none, and chooses the resolution. It may take
+/// 60 seconds. The failure is a text for the user. REQUIRES: FindGhostscript() is not empty.
+[[nodiscard]] Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
+                                                              const std::optional<PageArea>& area);
+
+/// The limits of one EPS file's conversion.
+struct EpsLimits {
+  std::chrono::milliseconds time{60'000};
+  std::size_t bytes = std::size_t{256} << 20;          ///< of the PDF
+  std::size_t memoryKibibytes = std::size_t{1} << 20;  ///< that PostScript may ask for
+};
+
+/// A short task: an Encapsulated PostScript file as PDF with one page, as large as its bounding
+/// box. The file reads and writes no file besides, and `bytes` are handed over without one. The
+/// failure is a text for the user, with the interpreter's last error line where it has one.
+[[nodiscard]] Expected<std::string> PdfFromEps(const std::string& bytes,
+                                               const EpsLimits& limits = {});
+
+}  // namespace rastrel::interpreter

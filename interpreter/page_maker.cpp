@@ -1,0 +1,115 @@
+#include "interpreter/page_maker.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "interpreter/separations.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite of four
+
+std::string Whole(double value) { return std::to_string(static_cast<long long>(value)); }
+
+}  // namespace
+
+PageMaker::PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
+                     RunListener& listener, RunFailure& failure)
+    : m_Task(task),
+      m_Directory(directory),
+      m_Settings(settings),
+      m_Listener(listener),
+      m_Failure(failure) {
+  m_Description.cuts = &m_Cuts;
+}
+
+void PageMaker::Announce(double width, double height) {
+  CheckPageSize(width, height);
+  m_PageBytes = width * height * SeparationBytesPerPixel;
+}
+
+void PageMaker::EndReported() {
+  ShowConverting();
+  m_Cuts.EndPage();
+  // The interpreter may still be writing the files of the page that it has just begun to put out.
+  TakeSeparations(m_Ended++);
+}
+
+void PageMaker::TakeLastSeparations() { TakeSeparations(std::numeric_limits<unsigned>::max()); }
+
+bool PageMaker::BeginPage(const PageSize& size) {
+  if (m_Pages >= m_Task.maximum) return false;
+  ShowConverting();
+  CheckPageSize(size.width, size.height);
+  if (m_Failure || !m_Task.keeps) return !m_Failure;
+  auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size);
+  if (!page) return m_Failure.Set(page.Error());
+  m_Page = std::move(*page);
+  return true;
+}
+
+bool PageMaker::AddPixels(std::span<const std::byte> bytes) {
+  if (!CheckTotal(bytes.size())) return false;
+  if (!m_Page) return true;
+  const auto added = m_Page->AddPixels(bytes);
+  return added || m_Failure.Set(added.Error());
+}
+
+bool PageMaker::EndPage() {
+  if (m_Page) {
+    const auto finished = m_Page->Finish(m_Description);
+    m_Page.reset();
+    if (!finished) return m_Failure.Set(finished.Error());
+  }
+  m_Listener.PageMade(++m_Pages);
+  return true;
+}
+
+// Takes over the separations of the first `complete` pages, as far as they lie there.
+bool PageMaker::TakeSeparations(unsigned complete) {
+  while (!m_Failure && m_Separated < complete &&
+         HasSeparations(m_Directory.Planes(), m_Separated + 1)) {
+    ShowConverting();
+    if (!CheckTotal(static_cast<std::uint64_t>(m_PageBytes))) return false;
+    if (m_Pages != m_Separated) {
+      return m_Failure.Set(FailureOf("The job changes between separations and other pages"));
+    }
+    ++m_Separated;
+    if (m_Task.keeps) {
+      const auto made = MakeSeparationPage(m_Directory.Planes(), m_Directory.Path(), m_Separated,
+                                           m_Description, m_Settings.pagePixels);
+      if (!made) return m_Failure.Set(made.Error());
+    }
+    m_Listener.PageMade(++m_Pages);
+  }
+  return !m_Failure;
+}
+
+void PageMaker::CheckPageSize(double width, double height) {
+  const auto pixels = static_cast<double>(m_Settings.pagePixels);
+  const auto side = static_cast<double>(SidePixels);
+  if (width * height <= pixels && width <= side && height <= side) return;
+  const double shown = 1e15;
+  m_Failure.Set(FailureOf("Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
+                          Whole(std::min(width, shown)) + " x " + Whole(std::min(height, shown)) +
+                          " pixels; the limit is " + std::to_string(m_Settings.pagePixels) +
+                          " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) +
+                          " on a side"));
+}
+
+bool PageMaker::CheckTotal(std::uint64_t bytes) {
+  m_TotalBytes += bytes;
+  if (m_TotalBytes <= m_Settings.totalMebibytes << 20) return true;
+  return m_Failure.Set(FailureOf("The job's pages take more than " +
+                                 std::to_string(m_Settings.totalMebibytes) +
+                                 " MiB (RASTREL_RIP_SIZE)"));
+}
+
+void PageMaker::ShowConverting() {
+  if (!m_Converting) m_Listener.StateReached(RunState::Converting);
+  m_Converting = true;
+}
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "interpreter/cut_paths.h"
+#include "interpreter/interpreter.h"
+#include "interpreter/page_directory.h"
+#include "interpreter/page_stream.h"
+#include "interpreter/run_failure.h"
+
+namespace rastrel::interpreter {
+
+/// The treatment of a run's pages.
+struct PageTask {
+  bool keeps = true;  ///< they become directories; else they are counted only
+  unsigned maximum = std::numeric_limits<unsigned>::max();  ///< pages that are wanted
+};
+
+/// Makes the pages of one run: page directories of the pixels that come as a stream, and of the
+/// separations that the interpreter lays down as files. Holds the limits on their size.
+class PageMaker : public PageReceiver {
+ public:
+  /// Borrows all of these but the task.
+  PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
+            RunListener& listener, RunFailure& failure);
+
+  /// The common part of the pages' descriptions; reports fill it in.
+  [[nodiscard]] RunDescription& Description() { return m_Description; }
+  [[nodiscard]] CutPaths& Cuts() { return m_Cuts; }
+
+  /// The interpreter begins a page of that size, in pixels.
+  void Announce(double width, double height);
+  /// The interpreter begins to put the present page out.
+  void EndReported();
+  /// Takes over the separations that still wait. The interpreter has ended.
+  void TakeLastSeparations();
+
+  /// Number of pages that were made.
+  [[nodiscard]] unsigned Pages() const { return m_Pages; }
+  /// Number of pages whose output the interpreter has begun.
+  [[nodiscard]] unsigned Ended() const { return m_Ended; }
+
+  bool BeginPage(const PageSize& size) override;
+  bool AddPixels(std::span<const std::byte> bytes) override;
+  bool EndPage() override;
+
+ private:
+  bool TakeSeparations(unsigned complete);
+  void CheckPageSize(double width, double height);
+  bool CheckTotal(std::uint64_t bytes);
+  void ShowConverting();
+
+  const PageTask m_Task;
+  const RunDirectory& m_Directory;
+  const Settings& m_Settings;
+  RunListener& m_Listener;
+  RunFailure& m_Failure;
+  RunDescription m_Description;
+  CutPaths m_Cuts;
+  std::unique_ptr<PageDirectory> m_Page;  // the one whose pixels come at present
+  unsigned m_Pages = 0;
+  unsigned m_Separated = 0;  // of these, from separations
+  unsigned m_Ended = 0;
+  double m_PageBytes = 0;  // of the present page, if it is separated
+  std::uint64_t m_TotalBytes = 0;
+  bool m_Converting = false;  // pixels have flowed
+};
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string_view>
+
+#include "interpreter/interpreter.h"
+#include "interpreter/plane_file.h"
+#include "interpreter/short_run.h"
+#include "rastrel/platform/os/decimal.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/private_directory.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+constexpr std::chrono::seconds TimeLimit{60};
+constexpr std::uint64_t PlaneLimit = std::uint64_t{256} << 20;
+// Ink shows at any resolution: what is painted touches one pixel at least.
+constexpr double PixelsAcross = 1500;
+constexpr double HighestResolution = 72;
+
+// The page that holds the area and a point around them, moved to where the interpreter's page is.
+// (Its own way to crop an EPS moves some files within a DOS EPS off the page.)
+std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
+  const auto text = [](double value) { return os::ShortDecimal(value, 6); };
+  const auto option = [&](const char* name, double value) { return name + text(value); };
+  if (!area) return {option("-r", HighestResolution)};
+  const double width = area->right - area->left + 2;
+  const double height = area->top - area->bottom + 2;
+  const double scale = std::min(1.0, PixelsAcross / std::max(width, height));
+  return {option("-r", HighestResolution * scale),
+          option("-dDEVICEWIDTHPOINTS=", width),
+          option("-dDEVICEHEIGHTPOINTS=", height),
+          "-dFIXEDMEDIA",
+          "-c",
+          "<</BeginPage {pop " + text(1.0 - area->left) + " " + text(1.0 - area->bottom) +
+              " translate}>> setpagedevice"};
+}
+
+Expected<void> Paint(const std::string& path, const std::optional<PageArea>& area,
+                     const std::string& directory) {
+  ShortRun run;
+  run.program = FindGhostscript();
+  run.temporary = directory;
+  run.directory = directory;
+  run.time = TimeLimit;
+  // The planes' name is a relative one: a `%` in the directory's would be taken for a page number.
+  run.arguments = {"-sDEVICE=tiffsep", "-sCompression=none", "-dMaxBitmap=200000000",
+                   "-sOutputFile=p%d.tif"};
+  for (std::string& option : PageOptions(area)) run.arguments.push_back(std::move(option));
+  std::error_code error;
+  run.arguments.insert(run.arguments.end(),
+                       {"-f", std::filesystem::absolute(path, error).string()});
+  const auto ran = RunToEnd(run);
+  if (ran && ran->end.byItself && ran->end.status == 0) return {};
+  return FailureOf("Ghostscript can't paint it, or not within " +
+                   std::to_string(TimeLimit.count()) + " seconds");
+}
+
+// The name of a plane that has ink, if the file is a plane of a spot color.
+Expected<std::optional<std::string>> InkedSpot(const std::filesystem::path& file) {
+  constexpr std::array<std::string_view, 4> process{"Cyan", "Magenta", "Yellow", "Black"};
+  const auto name = PlaneNameBytes(file.filename().string());
+  if (!name || std::ranges::find(process, *name) != process.end())
+    return std::optional<std::string>();
+  const auto bytes = os::ReadWholeFile(os::FromNative(file.string()), PlaneLimit);
+  const auto ink = bytes ? PlaneHasInk(*bytes) : std::nullopt;
+  if (!ink) return FailureOf("a plane of it can't be read");
+  if (!*ink) return std::optional<std::string>();
+  return std::optional(os::Utf8FromWide(os::WideFromAnsi(*name)));
+}
+
+}  // namespace
+
+Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
+                                                const std::optional<PageArea>& area) {
+  const auto directory = os::PrivateDirectory::Make("rastrel-inspect-");
+  if (!directory) {
+    return FailureOf("no temporary directory could be made: " +
+                     DescribeError(directory.Error().error));
+  }
+  if (const auto painted = Paint(path, area, directory->Path()); !painted) return painted.Error();
+  std::set<std::string> names;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(directory->Path(), error), last;
+       !error && entry != last; entry.increment(error)) {
+    const auto spot = InkedSpot(entry->path());
+    if (!spot) return spot.Error();
+    if (*spot) names.insert(**spot);
+  }
+  return std::vector<std::string>(names.begin(), names.end());
+}
+
+}  // namespace rastrel::interpreter

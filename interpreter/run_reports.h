@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "interpreter/page_maker.h"
+#include "interpreter/report_lines.h"
+
+namespace rastrel::interpreter {
+
+/// Takes everything that the interpreter prints: the prolog's reports, which it acts on, and all
+/// other lines, which go to the listener.
+class RunReports {
+ public:
+  /// `word` is the run's secret word. `isQuietBefore`: what is printed before the first report is
+  /// not passed on, unless it is an error. Borrows the others.
+  RunReports(std::string word, bool isQuietBefore, PageMaker& pages, RunListener& listener,
+             RunFailure& failure);
+
+  /// Takes bytes of the stream.
+  void Add(std::string_view bytes);
+  /// The stream has ended.
+  void Finish();
+
+  /// Whether prolog and prefix have run.
+  [[nodiscard]] bool HasStarted() const { return m_Started; }
+  /// The first error that the interpreter has printed, without "Error: "; may be empty.
+  [[nodiscard]] const std::string& LastError() const { return m_LastError; }
+  /// The prolog's measure (see measure.ps), or empty.
+  [[nodiscard]] const std::string& Measure() const { return m_Measure; }
+
+ private:
+  using Handler = void (RunReports::*)(const std::string& value);
+  struct Entry {
+    std::string_view key;
+    Handler handler;
+  };
+  static const Entry Handlers[];
+
+  void TakeLine(const std::string& line);
+  void TakeReport(const Report& report);
+  void TakePrinter(const std::string& value);
+  void TakeMode(const std::string& value);
+  void TakeMissingMode(const std::string& value);
+  void TakeResolution(const std::string& value);
+  void TakeTransfer(const std::string& value);
+  void TakeWarning(const std::string& value);
+  void TakeLog(const std::string& value);
+  void TakeSize(const std::string& value);
+  void TakePage(const std::string& value);
+  void TakeMeasure(const std::string& value);
+  void TakeJob(const std::string& value);
+  void TakeCutFailure(const std::string& value);
+
+  std::string m_Word;
+  bool m_IsQuiet;
+  PageMaker& m_Pages;
+  RunListener& m_Listener;
+  RunFailure& m_Failure;
+  LineCutter m_Lines;
+  std::string m_LastError;
+  std::string m_Measure;
+  bool m_Started = false;
+};
+
+}  // namespace rastrel::interpreter

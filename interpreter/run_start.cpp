@@ -1,0 +1,196 @@
+#include "interpreter/run_start.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "rastrel/platform/os/file.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+// Numbers of the interpreter's descriptors, by their place in ProcessRequest::descriptors.
+enum Place : std::size_t {
+  Pixels = 3,
+  Setup,
+  Prefix,
+  Job,
+  Prolog,
+  Modes,
+  Temporary,
+  Planes,
+  Count
+};
+
+// In this order: each uses what those before it define.
+constexpr std::array PrologFiles{"reports.ps",  "capture.ps",   "match.ps",     "pdftext.ps",
+                                 "guard.ps",    "device.ps",    "selection.ps", "sections.ps",
+                                 "painting.ps", "lettering.ps", "cutter.ps",    "picture.ps"};
+constexpr std::span<const char* const> PictureFiles{PrologFiles};
+constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFiles.size() - 1);
+constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "measure.ps"};
+constexpr const char* BeginFile = "begin.ps";
+constexpr const char* FinishFile = "finish.ps";
+
+constexpr int PixelPipeSize = 1 << 20;
+
+std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
+
+// The values that the prolog needs before its first file. Sent through a pipe that is empty
+// afterwards, so the job can't read it again.
+std::string SetupText(const std::string& word, bool pdf) {
+  return "serverdict begin 0 exitserver true setglobal userdict begin\n"
+         "/rip.word (" +
+         word +
+         ") def\n"
+         "/rip.modes (" +
+         At(Modes) +
+         "/) def\n"
+         "/rip.pixelfile (" +
+         At(Pixels) +
+         ") def\n"
+         "/rip.planefiles (" +
+         At(Planes) +
+         "/%04d.tif) def\n"
+         "/rip.ispdf " +
+         (pdf ? "true" : "false") +
+         " def\n"
+         "end false setglobal\n";
+}
+
+std::vector<std::string> Arguments(const RunStart& start, const Settings& settings) {
+  std::vector<std::string> arguments{"-dJOBSERVER",
+                                     "-sstdout=%stderr",
+                                     "-K" + std::to_string(settings.memoryMebibytes * 1024),
+                                     std::string("-sDEVICE=") + start.script.device,
+                                     "-sOutputFile=" + At(Pixels),
+                                     "--permit-file-read=" + At(Modes) + "/*",
+                                     "--permit-file-write=" + At(Planes) + "/*"};
+  // The prolog's painting operators go to systemdict, and it is closed again before the job begins.
+  if (start.setsCutColor) arguments.emplace_back("-dWRITESYSTEMDICT");
+  if (start.kind == JobKind::Eps && !start.script.isFirstPage) arguments.emplace_back("-dEPSCrop");
+  if (start.kind == JobKind::Pdf && start.script.isFirstPage) {
+    arguments.insert(arguments.end(), {"-dUseCropBox", "-dLastPage=1"});
+  }
+  arguments.emplace_back("-f");
+  arguments.push_back(At(Setup));
+  const auto add = [&](const char* file) { arguments.push_back(At(Prolog) + "/" + file); };
+  std::ranges::for_each(start.script.prologFiles, add);
+  if (start.script.runsPrefix) {
+    if (start.prefix >= 0) arguments.push_back(At(Prefix));
+    add(BeginFile);
+  }
+  arguments.push_back(At(Job));
+  if (start.script.isFirstPage) add(FinishFile);
+  return arguments;
+}
+
+struct Pipe {
+  os::FileDescriptor reading;
+  os::FileDescriptor writing;
+};
+
+Expected<Pipe> MakePipe() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", {}, errno};
+  return Pipe{os::FileDescriptor(ends[0]), os::FileDescriptor(ends[1])};
+}
+
+Expected<os::FileDescriptor> OpenDirectory(const std::string& path) {
+  os::FileDescriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directory.IsOpen()) return Failure{"open", path, errno};
+  return directory;
+}
+
+void MakeNonBlocking(const os::FileDescriptor& descriptor) {
+  fcntl(descriptor.Get(), F_SETFL, fcntl(descriptor.Get(), F_GETFL) | O_NONBLOCK);
+}
+
+struct Pipes {
+  Pipe pixels;
+  Pipe reports;
+  Pipe setup;
+  Pipe job;
+};
+
+Expected<Pipes> MakePipes(const std::string& setupText) {
+  Pipes pipes;
+  for (Pipe* const pipe : {&pipes.pixels, &pipes.reports, &pipes.setup, &pipes.job}) {
+    auto made = MakePipe();
+    if (!made) return made.Error();
+    *pipe = std::move(*made);
+  }
+  fcntl(pipes.pixels.reading.Get(), F_SETPIPE_SZ, PixelPipeSize);  // a smaller one is only slower
+  if (!os::WriteAll(pipes.setup.writing.Get(), setupText)) {
+    return Failure{"write", "setup", errno};
+  }
+  pipes.setup.writing.Reset();
+  return pipes;
+}
+
+}  // namespace
+
+const RunScript& PrintScript() {
+  static constexpr RunScript Script{"ppmraw", PrintFiles, true, false};
+  return Script;
+}
+
+const RunScript& PictureScript() {
+  static constexpr RunScript Script{"ppmraw", PictureFiles, true, true};
+  return Script;
+}
+
+const RunScript& MeasureScript() {
+  static constexpr RunScript Script{"bbox", MeasuringFiles, false, true};
+  return Script;
+}
+
+Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory& directory,
+                                      const Settings& settings, Guardian& guardian) {
+  auto pipes = MakePipes(SetupText(start.word, start.kind == JobKind::Pdf));
+  if (!pipes) return pipes.Error();
+  std::array<os::FileDescriptor, 4> directories;
+  const std::array paths{start.ripDirectory + "/System/prolog",
+                         start.ripDirectory + "/System/pmodes", directory.Temporary(),
+                         directory.Planes()};
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    auto opened = OpenDirectory(paths[i]);
+    if (!opened) return opened.Error();
+    directories[i] = std::move(*opened);
+  }
+  GhostscriptRequest request;
+  request.program = start.program;
+  request.arguments = Arguments(start, settings);
+  request.temporary = At(Temporary);
+  request.directory = directory.Temporary();
+  request.fileSizeLimit = settings.totalMebibytes << 20;
+  request.processorLimit = settings.processorSeconds;
+  request.descriptors.assign(Place::Count, -1);
+  request.descriptors[1] = pipes->reports.writing.Get();
+  request.descriptors[2] = pipes->reports.writing.Get();
+  request.descriptors[Pixels] = pipes->pixels.writing.Get();
+  request.descriptors[Setup] = pipes->setup.reading.Get();
+  request.descriptors[Prefix] = start.prefix;
+  request.descriptors[Job] = start.pdf >= 0 ? start.pdf : pipes->job.reading.Get();
+  for (std::size_t i = 0; i < directories.size(); ++i) {
+    request.descriptors[Prolog + i] = directories[i].Get();
+  }
+  auto started = StartGhostscript(request, &guardian);
+  if (!started) return started.Error();
+  RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),
+                                 std::move(pipes->reports.reading), os::FileDescriptor()};
+  MakeNonBlocking(interpreter.pixels);
+  MakeNonBlocking(interpreter.reports);
+  if (start.pdf < 0) {
+    interpreter.job = std::move(pipes->job.writing);
+    MakeNonBlocking(interpreter.job);
+  }
+  return interpreter;
+}
+
+}  // namespace rastrel::interpreter

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "interpreter/ghostscript.h"
+#include "interpreter/job_kind.h"
+#include "interpreter/run_directory.h"
+#include "interpreter/settings.h"
+
+/// The start of a run, with the RIP's prolog ahead of the job.
+namespace rastrel::interpreter {
+
+/// The files and options of a run besides the job.
+struct RunScript {
+  const char* device = nullptr;                ///< the device that it begins with
+  std::span<const char* const> prologFiles{};  ///< of System/prolog, in order
+  bool runsPrefix = true;                      ///< the prefix follows, and then "begin.ps"
+  /// Only the first page counts: a last page that the job leaves open is put out, EPS is not
+  /// cropped, and PDF has its crop box for a page.
+  bool isFirstPage = false;
+};
+
+/// All pages.
+[[nodiscard]] const RunScript& PrintScript();
+/// The first page as a picture.
+[[nodiscard]] const RunScript& PictureScript();
+/// The first page's measure.
+[[nodiscard]] const RunScript& MeasureScript();
+
+/// The start of one run. Descriptors stay the caller's.
+struct RunStart {
+  std::string program;       ///< as FindGhostscript found it
+  std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes
+  std::string word;          ///< the secret word of the run's reports
+  const RunScript& script;
+  JobKind kind = JobKind::PostScript;
+  bool setsCutColor = false;  ///< the prefix may set a cut color
+  int prefix = -1;            ///< the open prefix file; -1: none
+  int pdf = -1;               ///< the open job file if it is PDF
+};
+
+/// A running interpreter and this process's ends of its pipes, all of them non-blocking.
+struct RunningInterpreter {
+  GhostscriptProcess process;
+  os::FileDescriptor pixels;   ///< read: the pages of the gray and RGB devices
+  os::FileDescriptor reports;  ///< read: everything that it prints
+  os::FileDescriptor job;      ///< write: the job's PostScript; closed for PDF
+};
+
+/// Starts it in job-server mode with file access controls on. The job reaches no file but the print
+/// modes, an empty temporary directory of its own and the separations' directory; pixels, reports
+/// and the job itself go through pipes, which can't be truncated.
+///
+/// All of these reach it as descriptors, so no path of this machine, whatever characters it has,
+/// takes part in its options.
+[[nodiscard]] Expected<RunningInterpreter> StartRun(const RunStart& start,
+                                                    const RunDirectory& directory,
+                                                    const Settings& settings, Guardian& guardian);
+
+}  // namespace rastrel::interpreter

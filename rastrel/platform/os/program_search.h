@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace rastrel::os {
+
+/// Native path of the first program of that name in the directories of $PATH, or empty. A directory
+/// that is not written as a full path is passed over: what it leads to depends on where this
+/// process happens to be.
+[[nodiscard]] std::string FindProgram(std::string_view name);
+
+}  // namespace rastrel::os

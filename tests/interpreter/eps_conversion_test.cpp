@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "interpreter/interpreter.h"
+#include "rastrel/platform/os/system_calls.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/scratch_directory.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A red and a blue bar, unless the body is another.
+std::string EpsFile(const std::string& body =
+                        "1 0 0 setrgbcolor 100 205 20 5 rectfill\n"
+                        "0 0 1 setrgbcolor 100 200 20 5 rectfill\n") {
+  return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 120 210\n%%EndComments\n" + body +
+         "%%EOF\n";
+}
+
+std::string Refusal(const std::string& bytes, const EpsLimits& limits = {}) {
+  const auto converted = PdfFromEps(bytes, limits);
+  return converted ? "" : Describe(converted.Error());
+}
+
+bool Says(const std::string& text, const std::string& words) {
+  return text.find(words) != std::string::npos;
+}
+
+TEST(EpsConversion, a_file_becomes_a_pdf) {
+  const auto converted = PdfFromEps(EpsFile());
+  ASSERT_TRUE(converted);
+  EXPECT_TRUE(converted->starts_with("%PDF-"));
+}
+
+// "For at most a minute" (docs/formats/pictures.md).
+TEST(EpsConversion, a_file_has_a_minute_by_default) { EXPECT_EQ(EpsLimits().time, 60s); }
+
+TEST(EpsConversion, an_error_in_the_file_is_told_in_the_interpreters_words) {
+  EXPECT_TRUE(Says(Refusal(EpsFile("nonsense\n")), "Error: /undefined in nonsense"));
+}
+
+TEST(EpsConversion, a_file_that_does_not_end_is_ended) {
+  EpsLimits limits;
+  limits.time = 500ms;
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Refusal(EpsFile("{} loop\n"), limits),
+            "the interpreter took more than 500 milliseconds");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
+}
+
+TEST(EpsConversion, a_file_that_makes_more_than_the_limit_is_ended) {
+  EpsLimits limits;
+  limits.bytes = 100;
+  EXPECT_EQ(Refusal(EpsFile(), limits), "the interpreter made more than 100 bytes of it");
+}
+
+TEST(EpsConversion, a_file_that_asks_for_all_memory_is_refused) {
+  EpsLimits limits;
+  limits.memoryKibibytes = 50'000;
+  EXPECT_TRUE(Says(Refusal(EpsFile("[ { 1000000 string } loop\n"), limits), "VMerror"));
+}
+
+TEST(EpsConversion, a_file_reads_and_writes_no_other) {
+  const test::ScratchDirectory directory;
+  directory.Write("there", "secret");
+  const std::string there = directory.Path("there");
+  EXPECT_TRUE(Says(Refusal(EpsFile("(" + there + ") (r) file pop\n")), "invalidfileaccess"));
+  EXPECT_TRUE(Says(Refusal(EpsFile("(" + there + ") (w) file pop\n")), "invalidfileaccess"));
+  EXPECT_NE(Refusal(EpsFile("(" + there + ") deletefile\n")), "");
+  EXPECT_NE(Refusal(EpsFile("(%pipe%touch " + directory.Path("made") + ") (w) file pop\n")), "");
+  EXPECT_FALSE(directory.Has("made"));
+  EXPECT_EQ(directory.Read("there"), "secret");
+}
+
+TEST(EpsConversion, a_file_that_talks_without_end_does_not_fill_memory) {
+  EpsLimits limits;
+  limits.time = 1s;
+  EXPECT_EQ(Refusal(EpsFile("{(words words words) ==} loop\n"), limits),
+            "the interpreter took more than 1000 milliseconds");
+}
+
+TEST(EpsConversion, no_file_of_the_interpreters_is_left) {
+  const test::ScratchDirectory directory;
+  const test::EnvironmentGuard temporary("TMPDIR", directory.Path());
+  EpsLimits limits;
+  limits.time = 500ms;
+  EXPECT_EQ(Refusal(EpsFile()), "");
+  EXPECT_NE(Refusal(EpsFile("1 0 0 setrgbcolor 100 200 20 5 rectfill {} loop\n"), limits), "");
+  EXPECT_TRUE(std::filesystem::is_empty(directory.Path()));
+}
+
+TEST(EpsConversion, without_the_interpreter_the_reason_names_it) {
+  const test::EnvironmentGuard path("PATH", "/nowhere:relative::");
+  EXPECT_EQ(Refusal(EpsFile()),
+            "Ghostscript is needed for EPS, and there is no program gs on PATH");
+}
+
+// Options from outside could take the interpreter out of its safer mode.
+TEST(EpsConversion, the_users_options_for_the_interpreter_stay_outside) {
+  const test::ScratchDirectory directory;
+  directory.Write(
+      "gs",
+      "#!/bin/sh\necho \"Error: $1 $4 $5 [$GS_OPTIONS$GS_LIB] $LC_ALL $TMPDIR\" >&2\nexit 3\n");
+  std::filesystem::permissions(directory.Path("gs"), std::filesystem::perms::owner_all);
+  const test::EnvironmentGuard path("PATH", directory.Path() + ":/usr/bin:/bin");
+  const test::EnvironmentGuard options("GS_OPTIONS", "-dNOSAFER");
+  const test::EnvironmentGuard library("GS_LIB", "/somewhere");
+  const test::EnvironmentGuard temporary("TMPDIR", directory.Path());
+  const std::string refusal = Refusal(EpsFile());
+  EXPECT_TRUE(
+      refusal.starts_with("the interpreter ended with 3: Error: -q -dSAFER -K1048576 [] C " +
+                          directory.Path() + "/rastrel-"))
+      << refusal;
+}
+
+TEST(EpsConversion, a_machine_that_can_not_start_it_is_told) {
+  {
+    const os::SystemCallsGuard guard;
+    os::Calls().memory_file = [](const char*, unsigned) {
+      errno = EMFILE;
+      return -1;
+    };
+    EXPECT_TRUE(Says(Refusal(EpsFile()), "memfd_create: Too many open files"));
+  }
+  {
+    const test::EnvironmentGuard temporary("TMPDIR", "/no/such/folder");
+    EXPECT_TRUE(Says(Refusal(EpsFile()), "mkdir '/no/such/folder/rastrel-"));
+  }
+  {
+    const os::SystemCallsGuard guard;
+    os::Calls().pipe2 = [](int*, int) {
+      errno = ENFILE;
+      return -1;
+    };
+    EXPECT_TRUE(Says(Refusal(EpsFile()), "pipe: Too many open files in system"));
+  }
+  {
+    const os::SystemCallsGuard guard;
+    os::Calls().spawn = [](pid_t*, const char*, const posix_spawn_file_actions_t*,
+                           const posix_spawnattr_t*, char* const*, char* const*) { return EAGAIN; };
+    EXPECT_TRUE(Says(Refusal(EpsFile()), "Resource temporarily unavailable"));
+  }
+  {
+    const os::SystemCallsGuard guard;
+    os::Calls().poll = [](pollfd*, nfds_t, int) {
+      errno = ENOMEM;
+      return -1;
+    };
+    EXPECT_TRUE(Says(Refusal(EpsFile()), "poll: Cannot allocate memory"));
+  }
+}
+
+}  // namespace
+}  // namespace rastrel::interpreter

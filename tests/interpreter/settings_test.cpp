@@ -1,0 +1,64 @@
+#include "interpreter/settings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/environment_guard.h"
+
+namespace rastrel::interpreter {
+namespace {
+
+Settings Read(std::vector<std::string>& complaints) {
+  return Settings::FromEnvironment(complaints);
+}
+
+// The numbers are those of docs/formats/rip.md.
+TEST(Settings, have_the_documented_values_by_default) {
+  std::vector<std::string> complaints;
+  const Settings settings = Read(complaints);
+  EXPECT_EQ(settings.timeSeconds, 1800U);
+  EXPECT_EQ(settings.processorSeconds, 1800U);
+  EXPECT_EQ(settings.memoryMebibytes, 1024U);
+  EXPECT_EQ(settings.pagePixels, 1'600'000'000U);
+  EXPECT_EQ(settings.totalMebibytes, 65'536U);
+  EXPECT_EQ(settings.workMebibytes, 4096U);
+  EXPECT_EQ(SidePixels, 400'000U);
+  EXPECT_EQ(WorkFiles, 1000U);
+  EXPECT_TRUE(complaints.empty());
+}
+
+TEST(Settings, each_has_its_variable) {
+  const test::EnvironmentGuard time("RASTREL_RIP_TIMEOUT", "1");
+  const test::EnvironmentGuard processor("RASTREL_RIP_CPU", "2");
+  const test::EnvironmentGuard memory("RASTREL_RIP_MEMORY", "3");
+  const test::EnvironmentGuard pixels("RASTREL_RIP_PIXELS", "4");
+  const test::EnvironmentGuard total("RASTREL_RIP_SIZE", "5");
+  const test::EnvironmentGuard work("RASTREL_RIP_TEMP", "1000000000000");
+  std::vector<std::string> complaints;
+  const Settings settings = Read(complaints);
+  EXPECT_EQ(settings.timeSeconds, 1U);
+  EXPECT_EQ(settings.processorSeconds, 2U);
+  EXPECT_EQ(settings.memoryMebibytes, 3U);
+  EXPECT_EQ(settings.pagePixels, 4U);
+  EXPECT_EQ(settings.totalMebibytes, 5U);
+  EXPECT_EQ(settings.workMebibytes, 1'000'000'000'000U);
+  EXPECT_TRUE(complaints.empty());
+}
+
+TEST(Settings, a_value_that_is_no_whole_number_above_0_is_passed_over_with_a_sentence) {
+  for (const char* const value :
+       {"0", "-1", "1.5", "12x", " 1", "1000000000001", "99999999999999999999"}) {
+    const test::EnvironmentGuard memory("RASTREL_RIP_MEMORY", value);
+    std::vector<std::string> complaints;
+    EXPECT_EQ(Read(complaints).memoryMebibytes, 1024U) << value;
+    EXPECT_EQ(
+        complaints,
+        std::vector<std::string>{"RASTREL_RIP_MEMORY is not a whole number above 0; 1024 is used."})
+        << value;
+  }
+}
+
+}  // namespace
+}  // namespace rastrel::interpreter
