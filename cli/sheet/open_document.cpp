@@ -178,7 +178,7 @@ class RowReader : public TableReader {
 
 void Read(const XmlPlace& document, TableReader& reader) {
   static_cast<void>(TakeXmlWords());
-  if (!reader.ReadFrom(document.path, xml::XmlBlanks::Keep))
+  if (!reader.ReadFrom(document.path, xml::XmlWhitespace::Keep))
     throw CommandError(ExitStatus::BadInput, document.words + ":" + TakeXmlWords());
   if (!reader.FoundRoot() || !reader.FoundSpreadsheet())
     throw CommandError(ExitStatus::BadInput, document.words + ": it is no spreadsheet");

@@ -19,7 +19,7 @@ class GuardedHandler : public xml::XmlStreamHandler {
  public:
   /// As xml::StreamXmlFile by native path. Throws what a call threw.
   [[nodiscard]] bool ReadFrom(const std::string& path,
-                              xml::XmlBlanks blanks = xml::XmlBlanks::Drop);
+                              xml::XmlWhitespace blanks = xml::XmlWhitespace::Drop);
 
  protected:
   /// Runs `call`; what it throws ends the reading.
