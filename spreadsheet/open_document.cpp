@@ -178,7 +178,7 @@ class RowReader : public TableReader {
 
 void Read(const XmlPlace& document, TableReader& reader) {
   static_cast<void>(xml::TakeXmlFailure());
-  if (!reader.ReadFrom(document.path, xml::XmlBlanks::Keep)) RefuseDocument(document);
+  if (!reader.ReadFrom(document.path, xml::XmlWhitespace::Keep)) RefuseDocument(document);
   if (!reader.FoundRoot() || !reader.FoundSpreadsheet()) RefuseOtherKind(document);
 }
 

@@ -41,7 +41,7 @@ StringTable StringTable::Read(Parts& parts, const std::string& part, std::size_t
                     std::to_wstring(maximumBytes));
   });
   const std::string path = OrThrow(parts.Fetch(part));
-  if (!reader.ReadFrom(path, xml::XmlBlanks::Keep)) parts.RefuseXml(part, "it can't be read");
+  if (!reader.ReadFrom(path, xml::XmlWhitespace::Keep)) parts.RefuseXml(part, "it can't be read");
   if (!reader.FoundRoot()) parts.Refuse(part, "its root element is not 'sst'");
   return table;
 }

@@ -171,7 +171,7 @@ void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink&
     if (!read.insert(sheet.part).second) parts.Refuse(sheet.part, "several sheets share it");
     SheetReader reader(strings, formats, workbook.dates, sink);
     const std::string path = OrThrow(parts.Fetch(sheet.part));
-    if (!reader.ReadFrom(path, xml::XmlBlanks::Keep))
+    if (!reader.ReadFrom(path, xml::XmlWhitespace::Keep))
       parts.RefuseXml(sheet.part, "it can't be read");
     if (!reader.FoundRoot()) parts.Refuse(sheet.part, "its root element is not 'worksheet'");
   }

@@ -13,7 +13,7 @@ namespace rastrel::spreadsheet {
 
 using xml::StreamChoice;
 
-bool GuardedHandler::ReadFrom(const std::string& path, xml::XmlBlanks blanks) {
+bool GuardedHandler::ReadFrom(const std::string& path, xml::XmlWhitespace blanks) {
   const bool done = xml::StreamXmlFile(os::FromNative(path), *this, blanks);
   if (m_Thrown) std::rethrow_exception(m_Thrown);
   return done;

@@ -20,7 +20,7 @@ class GuardedHandler : public xml::XmlStreamHandler {
  public:
   /// As xml::StreamXmlFile by native path. Rethrows an exception of a guarded call.
   [[nodiscard]] bool ReadFrom(const std::string& path,
-                              xml::XmlBlanks blanks = xml::XmlBlanks::Drop);
+                              xml::XmlWhitespace blanks = xml::XmlWhitespace::Drop);
 
  protected:
   /// Runs `call`; an exception of it ends the reading.

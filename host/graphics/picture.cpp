@@ -6,7 +6,6 @@
 #include "host/document/measure_text.h"
 #include "host/graphics/picture_formats.h"
 #include "interpreter/interpreter.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::graphics {
 

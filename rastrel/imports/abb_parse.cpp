@@ -66,7 +66,7 @@ void NumberOf(const XmlNode& node, std::wstring_view name, double& value) {
 
 bool AbbReader::ReadTemplate(const XmlNode& node) {
   for (XmlNode child = FirstChild(node); child; child = NextSibling(child)) {
-    // The plates stand beside the element that announces them, never inside it.
+    // The plates are siblings of the element that announces them, never inside it.
     if (IsNamed(child, L"PLATES"sv)) m_HasPlates = true;
     if (IsNamed(child, L"PLATE"sv) && !ReadPlate(child)) return false;
   }

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-/// What a plate XML of ABB says, as it says it: docs/formats/abb-plates.md. Lengths are inches.
-/// What the file does not give is 0 or empty. No text has more than AbbTextSize - 1 characters, and
-/// none is cut: a file with a longer one is refused.
+/// The records of a plate XML of ABB (docs/formats/abb-plates.md), with the values as the file has
+/// them. Lengths are inches. A value that the file does not give is 0 or empty. No text has more
+/// than AbbTextSize - 1 characters, and none is cut: a file with a longer one is refused.
 
 /// Characters that a text may have, a terminator included.
 inline constexpr std::size_t AbbTextSize = 256;
@@ -42,7 +42,7 @@ struct tagDRILLPOINT {
   double diameter = 0;    ///< inches; 0 is the default
 };
 
-/// One plate with what is on it. The lists own their elements.
+/// One plate with its texts and holes. The lists own their elements.
 struct tagABB_PLATE_DATA {
   std::vector<std::unique_ptr<tagABB_PLATE>> plates;        ///< always one
   std::vector<std::unique_ptr<tagTEXTDATA>> texts;          ///< in the file's order

@@ -26,7 +26,7 @@ constexpr double DefaultDiameter = 0.40640000000000004;
 /// World units of a text unit.
 constexpr double WorldFromText = 0.00254;
 
-/// The plate object behind a handle; null if it is gone or another object.
+/// The plate object of a handle; null if it is gone or another object.
 CGenericPlateObject* PlateObjectOf(host::ObjectStore& store, host::ObjectHandle object) {
   DBElement* const element = store.DBGetObjectElement(object);
   if (element == nullptr) return nullptr;

@@ -9,7 +9,7 @@
 
 namespace rastrel::imports {
 
-/// What a plate object is made of. Measures are world units.
+/// The measures and the color of a plate object. Lengths are world units.
 struct PlateRequest {
   int count = 1;  ///< panes
   double width = 0;
@@ -20,7 +20,7 @@ struct PlateRequest {
   CVKColor color;
 };
 
-/// Where the formats differ.
+/// The differences between the formats.
 struct PlateStyle {
   bool setsLineColor = true;  ///< the outline gets the plate's color too
   int keepsColors = 0;        ///< second value of `AdjustPlateObjects`
@@ -30,9 +30,9 @@ struct PlateStyle {
 /// fresh pages, each with a plate object and a sheet layer of its own. Then has all plate objects
 /// of the document laid out. Each object is added in an undo step.
 ///
-/// The result is what `AdjustPlateObjects` gives. Nothing, and no object is added, for a count
-/// below 1 and when the host refuses the first plate object, which goes to the application log. A
-/// refusal on a later page ends the panes there.
+/// Returns the result of `AdjustPlateObjects`. Nothing, with no object added, for a count below 1,
+/// and if the host refuses the first plate object, which is logged. A refusal on a later page ends
+/// the panes there.
 [[nodiscard]] std::optional<host::ObjectHandle> AddPlateObject(const DocumentHost& document,
                                                                const PlateRequest& request,
                                                                const PlateStyle& style = {});

@@ -9,7 +9,7 @@
 namespace rastrel::imports {
 
 /// Copies `value` and a terminator into `field`. False if it does not fit: the field is then empty,
-/// nothing is written behind it, and the failure is reported (xml/failure.h) with the element or
+/// nothing is written after it, and the failure is reported (xml/failure.h) with the element or
 /// attribute, the document's path, and both lengths.
 [[nodiscard]] bool BoundedCopy(std::span<wchar_t> field, std::wstring_view value,
                                std::wstring_view element, std::wstring_view path);

@@ -13,7 +13,7 @@ class TextCompose;
 
 namespace rastrel::imports {
 
-/// What an import builds objects with. Valid while the host is installed.
+/// The parts of the host that an import builds objects with. Valid while the host is installed.
 struct DocumentHost {
   host::ObjectStore& store;
   host::TextCompose& text;

@@ -5,46 +5,58 @@
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/world.h"
 
-/// What the importers have in common that are made on a path, parse it at once, and import when
-/// they are told to. A derived class parses in its own constructor and keeps the result in
-/// m_bParsed. Runs on the host's thread, inside one command; nothing here throws.
+/// Base of the importers that take a path at construction, parse the file at once, and import when
+/// ImportXMLFile is called. A derived class parses in its own constructor and keeps the result in
+/// m_bParsed.
+///
+/// Texts are wide and end in a zero. Frames and margins are in the text engine's units. Called on
+/// the host's user interface thread, inside one command. Nothing throws but std::bad_alloc.
+///
+/// The text operations need the open document of the host in force (SetHost). Without one each of
+/// them fails as it says below, and changes nothing. At most one paragraph is open in a process.
 class RASTREL_API CXMLImport {
  public:
-  /// `fileName` is kept as it is given, not copied: it must live as long as the importer. May be
-  /// null, which no importer can parse.
+  /// `fileName` is a library path (platform/os/path.h). The pointer is kept and not copied: the
+  /// text must live as long as the importer. Null is allowed, and fails to parse.
   explicit CXMLImport(const wchar_t* fileName);
   CXMLImport(const CXMLImport&) = delete;
   CXMLImport& operator=(const CXMLImport&) = delete;
 
   virtual ~CXMLImport();
-  /// Makes of the records what the importer is for. 1 if it could, 0 if not, also when the parse
-  /// failed.
+  /// Imports the records. Returns 1, or 0 if the file could not be parsed or the import failed; the
+  /// reason is in the application log.
   virtual int ImportXMLFile() = 0;
-  /// Frees all records.
+  /// Frees all records. Pointers to them are invalid then.
   virtual void ClearPlates() = 0;
-  /// The first record, and the one behind the last that was given; null at the end. The type is the
-  /// derived class's, and the record stays its own.
+  /// Returns the first record, or null if there is none. Its type is the derived class's, which
+  /// stays its owner.
   virtual void* GetFirstPlate() = 0;
+  /// Returns the record after the one returned last, or null after the last.
   virtual void* GetNextPlate() = 0;
 
-  /// Opens a paragraph in the frame between two corners in text units. `justification` is "Left",
-  /// "Right" or "Center", anything else and null is left. `lineFit` is "Each Line Individually",
-  /// "All Lines Equally" or "Equal Height Lines", anything else and null is all lines. Non-zero for
-  /// success; then `StopAddText` must follow.
+  /// Opens a paragraph in the frame between two opposite corners, in text units. `justification` is
+  /// "Left", "Right" or "Center"; any other text, and null, is "Left". `lineFit` is "Each Line
+  /// Individually", "All Lines Equally" or "Equal Height Lines"; any other text, and null, is "All
+  /// Lines Equally". Both are compared by case. Returns 1, and `StopAddText` must follow; or 0,
+  /// with nothing open, if the text engine can't open one.
   int StartAddText(const NewWorldPt& first, const NewWorldPt& second, const wchar_t* justification,
                    const wchar_t* lineFit);
-  /// Pastes text in a font, given by a file name that is cut in place (GetFontType), at a size in
-  /// inches. Does nothing while no text is open, or without the font.
+  /// Adds text to the open paragraph. `fontName` is the file name of a font, which loses its
+  /// extension in place (GetFontType); `size` is in inches. Does nothing while no paragraph is
+  /// open, or if the text engine does not have the font.
   void AddText(wchar_t* fontName, double size, const wchar_t* text);
-  /// Closes the paragraph and adds it to the document. Its object, or 0 if no text is open. The
-  /// flag that text is open stays set; who calls takes it back.
+  /// Closes the paragraph and adds it to the document as an object, in an undo step of its own.
+  /// Returns the object, or 0 if no paragraph is open or no object could be made. m_Text.isOpen
+  /// stays set: the derived class clears it.
   rastrel::host::ObjectHandle StopAddText();
-  /// The text engine's number for the kind of a font file, by the extension of its name. The name
-  /// loses its extension in place, so that a second call finds none and gives 2.
+  /// Returns the text engine's number for the type of a font file, by the extension of its name,
+  /// and 2 (TrueType) without one. The name loses its extension in place, so a second call returns
+  /// 2. Neither pointer may be null.
   int GetFontType(wchar_t** fontName);
-  /// Text units of a margin of so many per mille of the open frame's width, less where the other
-  /// margin leaves less. The left one is 0.0 while no text is open.
+  /// Returns a left margin in text units: `perMille` thousandths of the open frame's width, less
+  /// where the right margin leaves less. 0.0 while no paragraph is open.
   double CalcAbsoluteFromPercentLeftMargin(int perMille);
+  /// The same for a right margin, beside the left one.
   double CalcAbsoluteFromPercentRightMargin(int perMille);
 
  protected:
@@ -53,5 +65,5 @@ class RASTREL_API CXMLImport {
 
   const wchar_t* m_pFileName;           // as given
   rastrel::imports::PlacedText m_Text;  // the paragraph that is open, and whether one is
-  bool m_bParsed = false;               // what ParseFile said
+  bool m_bParsed = false;               // the result of ParseFile
 };

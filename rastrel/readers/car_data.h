@@ -22,46 +22,48 @@ struct RASTREL_API CFolderInfo {
 
   std::int32_t m_Reserved = 0;                           ///< always 0
   std::int32_t m_Folder = 0;                             ///< 1 for a folder, 0 for a file
-  wchar_t m_Name[CarDataTextSize] = {};                  ///< of the folder or file
+  wchar_t m_Name[CarDataTextSize] = {};                  ///< of the folder or file; may be empty
   wchar_t m_Url[CarDataTextSize] = {};                   ///< of files only
   wchar_t m_Extension[CarDataTextSize] = {};             ///< of files only
   std::vector<std::unique_ptr<CFolderInfo>> m_Children;  ///< folders first, then files
 };
 
 /// The index of a car data library, an XML file (docs/formats/car-data.md), as a tree of folders
-/// and files. It tells names and places; the files themselves are not opened.
+/// and files. It has their names and places; the files themselves are not opened.
 ///
-/// A copy has the result and the cursor of its original and the same nodes, not equal ones. A node
-/// lives until the last object that holds its tree is gone or was cleared.
+/// A copy has the result and the cursor of its original and shares its nodes. A node lives until
+/// the last object that holds its tree is destroyed or cleared.
 ///
-/// One thread at a time; objects that share nodes count as one.
+/// One thread at a time; objects that share nodes count as one. Nothing throws but std::bad_alloc.
 class RASTREL_API CXMLCarDataCut {
  public:
-  /// Reads the file (library text, see platform/os/path.h) at once. Nothing is told of a failure:
-  /// there are no folders then. Failures are a null or empty path, a file that does not exist, an
-  /// extension other than "xml" in any case, a document that the XML layer refuses, another root
-  /// than "LIBRARY", an attribute that its field does not hold, and more nodes than fit 128 MiB.
-  /// The last two and the refusal of a document stand in the application log.
+  /// Reads the file at a library path (platform/os/path.h) at once. After a failure there are no
+  /// folders, and no operation reports it. It fails if the path is null or empty, if the file does
+  /// not exist or has another extension than "xml" in any case, if the XML layer refuses the
+  /// document, if the root is not "LIBRARY", if an attribute is longer than its field, or if the
+  /// nodes would take more than 128 MiB. The application log has the reason if the document was
+  /// refused, and for the last two.
   explicit CXMLCarDataCut(const wchar_t* path);
   CXMLCarDataCut(const CXMLCarDataCut&);
   CXMLCarDataCut& operator=(const CXMLCarDataCut&);
   virtual ~CXMLCarDataCut();
 
-  /// Puts the cursor on the first folder of the top level and returns it; null if there is none.
-  /// Owned by the object.
+  /// Moves the cursor to the first folder of the top level and returns it, or null if there is
+  /// none. The object stays its owner.
   CFolderInfo* GetFirstFolder();
-  /// Moves the cursor on; null behind the last folder, and at every call from then on. Null too
-  /// before GetFirstFolder was called.
+  /// Moves the cursor to the next folder of the top level and returns it. Null after the last, at
+  /// every call from then on, and before GetFirstFolder was called.
   CFolderInfo* GetNextFolder();
 
-  /// Lets go of the tree.
+  /// Gives up the tree, which is freed with the last object that shares it.
   void ClearFolders();
 
  protected:
-  /// Appends what the file holds; false, and nothing appended, if it is refused.
+  /// Appends the folders of a file. Returns false, with nothing appended, where the constructor
+  /// fails.
   bool ParseFile(const wchar_t* path);
 
-  bool m_bValid = false;  ///< what ParseFile gave
+  bool m_bValid = false;  ///< the result of the constructor's ParseFile
 
  private:
   static constexpr std::size_t AtEnd = static_cast<std::size_t>(-1);

@@ -8,19 +8,22 @@
 #include "rastrel/export.h"
 
 // Reference charts of ring and jewellery engraving, XML files (docs/formats/charts.md). Each class
-// here answers one question from a chart: at construction, once, and it then holds the answer. No
-// object keeps its chart open.
+// here looks one answer up in a chart, at construction, and holds it. No object keeps its chart
+// open.
 //
 // Common to all five:
-// - `m_bValid` is what the constructor's ParseFile gave. A ParseFile that the host calls itself
-//   returns its result, and overwrites the answer if it finds one, but does not change `m_bValid`.
-// - ParseFile is false, and the answer untouched, if the path is null or shorter than 5 characters,
-//   if there is no such file, if the XML layer refuses the document, if its root is not the
-//   chart's, if the chart has no entries, and if none of them matches.
-// - The path is library text (platform/os/path.h). The stream is handed on and never written to; it
-//   may be null. A null text of a question is an empty one.
-// - Texts are compared whole and by case. Numbers are read as _wtof reads them.
-// - Copies copy the answer. An object belongs to one thread at a time.
+// - `m_bValid` is the result of the constructor's ParseFile. If the host calls ParseFile itself, it
+//   returns its own result and replaces the answer if it finds one; `m_bValid` does not change.
+// - ParseFile returns false, with the answer unchanged, if the path is null or shorter than 5
+//   characters, if there is no such file, if the XML layer refuses the document (the application
+//   log has the reason), if its root is not the chart's, if the chart has no entries, or if none of
+//   them matches.
+// - `path` is a library path (platform/os/path.h). `log` is kept for callers that pass a stream:
+//   nothing is written to it, and it may be null. A null text to look up counts as empty.
+// - Texts are compared whole and by case. Numbers are read as _wtof reads them. Heights and sizes
+//   are in the chart's unit, which it does not name.
+// - A copy copies the answer. An object belongs to one thread at a time. Nothing throws but
+//   std::bad_alloc.
 
 /// Which trademark file goes with a mark and a quality.
 class RASTREL_API CHTrademarkXMLReader {
@@ -28,34 +31,35 @@ class RASTREL_API CHTrademarkXMLReader {
   /// Size of the answer in wide characters, the terminator among them.
   static constexpr std::size_t FileSize = 260;
 
-  /// Asks for the file of `mark` and `quality`.
+  /// Looks up the file of `mark` and `quality`.
   CHTrademarkXMLReader(wchar_t* mark, wchar_t* quality, const wchar_t* path, FILE* log);
   CHTrademarkXMLReader(const CHTrademarkXMLReader&);
   CHTrademarkXMLReader& operator=(const CHTrademarkXMLReader&);
   virtual ~CHTrademarkXMLReader();
 
-  /// The first entry whose mark is `mark`, and whose quality has `quality` anywhere in it: "Fine"
-  /// finds "Extra Fine", and an empty quality finds any. False also if the file's name does not fit
-  /// the answer; the application log tells of it.
+  /// Takes the first entry whose mark is `mark` and whose quality contains `quality`: "Fine" finds
+  /// "Extra Fine", and an empty quality finds any. Also false if the file's name has more than
+  /// FileSize - 1 characters, which the application log records.
   bool ParseFile(wchar_t* mark, wchar_t* quality, const wchar_t* path, FILE* log);
-  /// Copies the answer to `target`, which holds FileSize characters. False, and `target` untouched,
-  /// if there is none.
+  /// Copies the answer to `target`, which has room for FileSize characters, with its terminator.
+  /// False, with `target` unchanged, if it is null or the constructor found no answer.
   bool GetTrademarkFile(wchar_t* target);
 
   bool m_bValid = false;                   ///< whether the constructor found an answer
-  wchar_t m_TrademarkFile[FileSize] = {};  ///< the answer
+  wchar_t m_TrademarkFile[FileSize] = {};  ///< the answer; empty without one
 };
 
 /// The heights of symbol, trademark and signature on a ring of a given size.
 class RASTREL_API CHSymbolChartXMLReader {
  public:
-  /// Asks for the heights on a ring of `size`, which is compared as text.
+  /// Looks up the heights on a ring of `size`, which is compared as text.
   CHSymbolChartXMLReader(wchar_t* size, const wchar_t* path, FILE* log);
   CHSymbolChartXMLReader(const CHSymbolChartXMLReader&);
   CHSymbolChartXMLReader& operator=(const CHSymbolChartXMLReader&);
   virtual ~CHSymbolChartXMLReader();
 
-  /// The first ring of that size. A height that the chart does not give stays as it was.
+  /// Takes the first ring of that size. A height that the chart does not give stays as it was, and
+  /// is 0 by default.
   bool ParseFile(wchar_t* size, const wchar_t* path, FILE* log);
 
   bool m_bValid = false;   ///< whether the constructor found an answer
@@ -64,23 +68,23 @@ class RASTREL_API CHSymbolChartXMLReader {
   double m_SigHeight = 0;  ///< of the signature
 };
 
-/// The font that stands behind the name of a node.
+/// The font of a node, by the node's name.
 class RASTREL_API CHFontXMLReader {
  public:
-  /// What the caller's buffer has to hold in wide characters, the terminator among them. A longer
-  /// name of a font is refused.
+  /// Size of the caller's buffer in wide characters, the terminator among them. A longer name of a
+  /// font is refused.
   static constexpr std::size_t FontSize = 256;
 
-  /// Replaces the node's name in `font` by the font's name. The interface passes no length: `font`
-  /// has room for FontSize characters.
+  /// Replaces the node's name in `font` by the font's name. `font` must have room for FontSize
+  /// characters, since no length is passed. Null fails.
   CHFontXMLReader(wchar_t* font, const wchar_t* path, FILE* log);
   CHFontXMLReader(const CHFontXMLReader&);
   CHFontXMLReader& operator=(const CHFontXMLReader&);
   virtual ~CHFontXMLReader();
 
-  /// The first entry of that node. True, and `font` untouched, if it names no font; if it names
-  /// several, the last counts. False, and `font` untouched, if a name does not fit; the application
-  /// log tells of it.
+  /// Takes the first entry of that node. If it names several fonts, the last counts; if it names
+  /// none, the result is true and `font` is unchanged. False, with `font` unchanged, if a name is
+  /// too long, which the application log records.
   bool ParseFile(wchar_t* font, const wchar_t* path, FILE* log);
 
   bool m_bValid = false;  ///< whether the constructor found an answer
@@ -89,7 +93,8 @@ class RASTREL_API CHFontXMLReader {
 /// The font size of a copyright engraving.
 class RASTREL_API CHCopyrightEngravingXMLReader {
  public:
-  /// Asks for the size of the engraving that these five tell of.
+  /// Looks up the size for an engraving of this ring style and size, font, number of rows, and
+  /// finger size.
   CHCopyrightEngravingXMLReader(wchar_t* ringStyle, wchar_t* styleSize, wchar_t* font,
                                 wchar_t* numRows, wchar_t* fingerSize, const wchar_t* path,
                                 FILE* log);
@@ -97,8 +102,8 @@ class RASTREL_API CHCopyrightEngravingXMLReader {
   CHCopyrightEngravingXMLReader& operator=(const CHCopyrightEngravingXMLReader&);
   virtual ~CHCopyrightEngravingXMLReader();
 
-  /// The first entry whose four texts are those, and whose rule the finger size satisfies
-  /// (readers/finger_size.h).
+  /// Takes the first entry with the same four texts whose rule the finger size satisfies: "L6" is
+  /// less than 6, "G6" greater than 6, and "5,7" from 5 to 7, to within 0.01.
   bool ParseFile(wchar_t* ringStyle, wchar_t* styleSize, wchar_t* font, wchar_t* numRows,
                  wchar_t* fingerSize, const wchar_t* path, FILE* log);
 
@@ -106,7 +111,7 @@ class RASTREL_API CHCopyrightEngravingXMLReader {
   double m_FontSize = 0;  ///< the answer, in the chart's unit; 0 if the entry gives none
 };
 
-/// The words that keep special capitals.
+/// Words that keep special capitals, as the chart lists them.
 class RASTREL_API CHCapRulesXMLReader {
  public:
   /// Appends the chart's words to `words`.
@@ -115,10 +120,10 @@ class RASTREL_API CHCapRulesXMLReader {
   CHCapRulesXMLReader& operator=(const CHCapRulesXMLReader&);
   virtual ~CHCapRulesXMLReader();
 
-  /// Appends each word in the chart's order; an entry without text gives an empty word. Unlike the
-  /// other charts, a document with another root is true here, and gives no words: hosts treat it as
-  /// a chart without rules.
+  /// Appends each word in the chart's order; an entry without text becomes an empty word. Unlike
+  /// with the other charts, the result is true for a document with another root, and no words are
+  /// appended: hosts treat it as a chart without rules.
   bool ParseFile(std::vector<std::wstring>& words, const wchar_t* path, FILE* log);
 
-  bool m_bValid = false;  ///< what the constructor's ParseFile gave
+  bool m_bValid = false;  ///< the result of the constructor's ParseFile
 };

@@ -20,7 +20,7 @@ struct ExcelElement {
   [[nodiscard]] std::wstring Value(std::wstring_view localName) const;
 };
 
-/// Which elements are taken of a document: the children of its root that are called `parent`, or,
+/// Selects the elements of a document: the children of its root that are called `parent`, or,
 /// if `child` is not empty, the children of those that are called `child`.
 struct ExcelElementNames {
   std::wstring_view root;

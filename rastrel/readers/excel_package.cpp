@@ -42,8 +42,8 @@ bool HasParentFolder(std::wstring_view target) {
   }
 }
 
-// Whether a part of the package may be read or written. What is not a plain file of the package is
-// as good as absent, and that is said.
+// Whether a part of the package may be read or written. Anything but a plain file of the package
+// counts as absent, and is reported.
 bool StaysInside(std::wstring_view folder, std::wstring_view rest) {
   if (HasParentFolder(rest)) {
     Report(std::wstring(folder) + std::wstring(rest), "leads out of the package");

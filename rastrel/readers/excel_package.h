@@ -13,7 +13,8 @@ struct tagEXCEL_XML_FILE;
 
 namespace rastrel::readers {
 
-/// What CMSExcelXMLImport (ms_excel_xml_import.h) does, with limits of one's own.
+/// The work of CMSExcelXMLImport (ms_excel_xml_import.h), whose operations have the same rules,
+/// with limits that can be chosen. One thread.
 class ExcelPackage {
  public:
   explicit ExcelPackage(std::wstring folder, const SheetLimits& limits = {});

@@ -17,7 +17,7 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
-// Never takes off anything as long as each cell ends in its tab, which is what the tab is for.
+// Never takes off anything as long as each cell ends in its tab, and the tab is there for that.
 constexpr std::string_view RowEnds = " ,.";
 
 class SheetReader : public xml::XmlStreamHandler {
@@ -66,7 +66,7 @@ class SheetReader : public xml::XmlStreamHandler {
     }
   }
 
-  // The tabs that stand in front of a cell; gives their number.
+  // Writes the tabs in front of a cell, and returns their number.
   std::size_t AppendGap(std::string_view reference, std::size_t place) {
     std::size_t letter = place;
     while (letter < Alphabet.size() && reference.find(Alphabet[letter]) == std::string_view::npos)

@@ -10,7 +10,8 @@
 /// Size of each text field of the job notes, in wide characters, the terminator among them.
 inline constexpr std::size_t JobNotesTextSize = 255;
 
-// The fields are named as the elements of the file are.
+// The fields are named as the elements of the file are. A text that the file does not give is
+// empty, and a number 0. Costs and prices are numbers as the file has them, without a currency.
 
 /// Where a company is.
 struct tagADDRESS_DATA {
@@ -30,7 +31,7 @@ struct tagCONTACT_DATA {
   wchar_t EMAIL[JobNotesTextSize] = {};
 };
 
-/// What is to be made. Times and the quantity are texts as the file has them.
+/// A job. Times and the quantity are texts as the file has them.
 struct tagJOB_DATA {
   wchar_t JOBNUMBER[JobNotesTextSize] = {};
   wchar_t JOBDEADLINE[JobNotesTextSize] = {};
@@ -61,44 +62,47 @@ struct tagCOMPANY_DATA {
 };
 
 /// Companies, addresses, contacts and jobs of an XML file (docs/formats/job-notes.md), as records
-/// for the host to walk. Nothing is made of them here.
+/// for the host to walk.
 ///
-/// A copy has the result and the cursor of its original and **the same records**, not equal ones:
-/// what is changed in a record through one is seen through the other. A record lives until the last
-/// object that holds it is gone or was cleared, so either may go first.
+/// A copy has the result and the cursor of its original and **shares its records**: a change made
+/// to a record through one is seen through the other. A record lives until the last object that
+/// holds it is destroyed or cleared, in whatever order.
 ///
-/// One thread at a time; objects that share records count as one.
+/// One thread at a time; objects that share records count as one. Nothing throws but
+/// std::bad_alloc.
 class RASTREL_API CJobNotesFileImport {
  public:
-  /// Reads the file (library text, see platform/os/path.h) at once. Nothing is told of a failure:
-  /// there are no companies then. Failures are a null or empty path, a file that does not exist, an
-  /// extension other than "xml" in any case, a document that the XML layer refuses, another root
-  /// than "JOBNOTESLIST", a text that its field does not hold, and more records than fit 128 MiB.
-  /// The last two and the refusal of a document stand in the application log.
+  /// Reads the file at a library path (platform/os/path.h) at once. After a failure there are no
+  /// companies, and no operation reports it. It fails if the path is null or empty, if the file
+  /// does not exist or has another extension than "xml" in any case, if the XML layer refuses the
+  /// document, if the root is not "JOBNOTESLIST", if a text is longer than its field, or if the
+  /// records would take more than 128 MiB. The application log has the reason if the document was
+  /// refused, and for the last two.
   explicit CJobNotesFileImport(const wchar_t* path);
   CJobNotesFileImport(const CJobNotesFileImport&);
   CJobNotesFileImport& operator=(const CJobNotesFileImport&);
   virtual ~CJobNotesFileImport();
 
-  /// Puts the cursor on the first company and returns it; null if there is none. Owned by the
-  /// object.
+  /// Moves the cursor to the first company and returns it, or null if there is none. The object
+  /// stays its owner.
   tagCOMPANY_DATA* GetFirstCompany();
-  /// Moves the cursor on; null behind the last company, and at every call from then on. Null too
-  /// before GetFirstCompany was called.
+  /// Moves the cursor to the next company and returns it. Null after the last, at every call from
+  /// then on, and before GetFirstCompany was called.
   tagCOMPANY_DATA* GetNextCompany();
 
-  /// Shows the host's wait cursor. The companies and the cursor stay as they are: hosts take the
-  /// records with the two operations above. Always 0, whether the file could be read or not.
+  /// Shows the host's wait cursor and does nothing else: hosts take the records with the two
+  /// operations above. Always returns 0, whether the file could be read or not.
   int ImportXMLFile();
 
-  /// Lets go of all records.
+  /// Gives up all records, which are freed with the last object that shares them.
   void ClearCompanies();
 
  protected:
-  /// Appends what the file holds; false, and nothing appended, if it is refused.
+  /// Appends the companies of a file. Returns false, with nothing appended, where the constructor
+  /// fails.
   bool ParseFile(const wchar_t* path);
 
-  bool m_bValid = false;  ///< what ParseFile gave
+  bool m_bValid = false;  ///< the result of the constructor's ParseFile
 
  private:
   static constexpr std::size_t AtEnd = static_cast<std::size_t>(-1);

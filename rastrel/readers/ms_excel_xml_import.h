@@ -22,20 +22,21 @@ struct tagEXCEL_XML_FILE {
 };
 
 /// Makes one tab-separated text of all sheets of an Excel workbook (SpreadsheetML, ECMA-376 Part 1,
-/// of which docs/formats/spreadsheet-text.md tells what is read). The package is a folder, unpacked
-/// by the host. The text goes to "content.txt" in it: UTF-8 with a byte-order mark, lines ended by
-/// CR LF, a tab behind each cell.
+/// as far as docs/formats/spreadsheet-text.md goes). The package is a folder, unpacked by the host.
+/// The text goes to "content.txt" in it: UTF-8 with a byte-order mark, CR LF line ends, and a tab
+/// after each cell. A file of that name is replaced.
 ///
-/// An object serves one import: saving turns the folder that it holds into the path of the text, so
-/// a second run looks in the wrong place and fails.
+/// An object serves one import: saving replaces the folder that it holds by the path of the text,
+/// so a second import looks in the wrong place and fails.
 ///
-/// Failures are a false result, and the reason stands in the application log. Sheets are read as a
-/// stream: memory is a small part of what the document would take, and bounded
-/// (readers/sheet_limits.h); beyond the bounds the import fails. Nothing outside the folder is read
-/// but the files of the list, and nothing is written but the text. One thread at a time.
+/// A failure is a false result, and the reason is in the application log. Sheets are read as a
+/// stream, in a small part of the memory that their documents would take. Beyond the limits of
+/// readers/sheet_limits.h the import fails. Outside the folder only the files of the list are read,
+/// and only the text is written. One thread at a time. Nothing throws but std::bad_alloc.
 class RASTREL_API CMSExcelXMLImport {
  public:
-  /// Keeps a copy of the package's folder, with no separator at its end; null is an empty one.
+  /// Keeps a copy of the package's folder, a library path (platform/os/path.h) without a separator
+  /// at its end. Null counts as empty, and nothing can be saved then.
   explicit CMSExcelXMLImport(const wchar_t* folder);
   CMSExcelXMLImport(const CMSExcelXMLImport&) = delete;
   CMSExcelXMLImport& operator=(const CMSExcelXMLImport&) = delete;
@@ -46,22 +47,22 @@ class RASTREL_API CMSExcelXMLImport {
   /// - a file does not exist, or a null is among them;
   /// - a workbook or a relationship file is no document, or has another root than "workbook" or
   ///   "Relationships" (shared strings that are none are passed over);
-  /// - the first file is of another type than 1 to 3. Behind it, other types are passed over;
+  /// - the first file is of another type than 1 to 3; later files of other types are passed over;
   /// - ProcessExcelSheets or SaveDataToFile fails.
   /// Several files of a type add to one another, but each one of shared strings begins at index 0.
   bool ParseXmlFiles(std::vector<tagEXCEL_XML_FILE*> files);
-  /// Appends the sheets in the workbook's order. The second begins on the last line of the first.
-  /// False if the first fails, or if the text passes its limit; later sheets that fail are passed
-  /// over. True also if there are none. A sheet fails if it is not below the folder (a target with
-  /// "..", or a link on the way), is no whole document, or has no "sheetData".
+  /// Appends the sheets in the workbook's order. Each begins on the last line of the one before.
+  /// False if the first sheet fails, or if the text passes its limit; later sheets that fail are
+  /// passed over. Also true if there are no sheets. A sheet fails if it is not below the folder (a
+  /// target with "..", or a link on the way), is no whole document, or has no "sheetData".
   bool ProcessExcelSheets();
-  /// Type and target of the first relationship with that id (null is an empty one); both are left
-  /// as they are if there is none. Always true.
+  /// Sets `type` and `target` to those of the first relationship with that id; both are unchanged
+  /// if there is none. A null id counts as empty. Always true.
   bool GetTargetSheet(const wchar_t* id, CString& type, CString& target);
-  /// Writes the text, without the white space at both of its ends. False if the folder is empty, if
+  /// Writes the text without the whitespace at both of its ends. False if the folder is empty, if
   /// there is no text, or if the file can't be made or written to its end.
   bool SaveDataToFile();
-  /// Frees what was read of workbook and relationships. The destructor does it, too.
+  /// Frees the elements of the workbook and its relationships. So does the destructor.
   void ClearExcelObjects();
 
  private:

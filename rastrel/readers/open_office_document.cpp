@@ -15,7 +15,7 @@
 namespace rastrel::readers {
 namespace {
 
-// What the machine's memory takes for a piece of its own besides what is asked for.
+// The overhead of one allocation, in bytes.
 constexpr std::size_t AllocationCost = 16;
 
 // Bytes that the records of a table would take.
@@ -71,10 +71,10 @@ std::unique_ptr<tagOPEN_OFFICE_DATA> MakeRecord(OpenOfficeTables::Walk table) {
   return record;
 }
 
-// The tables as one text. Behind each row dots and blanks are taken off the text's end, which never
-// finds any: a tab stands behind each cell, a line feed behind each row, and that is what the tab
-// is for. Entities are replaced cell by cell, which gives what replacing them in the whole text
-// would: none of them reaches over a tab, and none becomes white space.
+// The tables as one text. After each row dots and spaces are taken off the text's end, which never
+// finds any: a tab follows each cell and a line feed each row, and the tab is there for that.
+// Entities are replaced cell by cell, which gives what replacing them in the whole text would: none
+// of them reaches over a tab, and none becomes white space.
 class Flattening {
  public:
   explicit Flattening(std::wstring_view name) : m_Text(name) {}
@@ -101,7 +101,7 @@ class Flattening {
     if (isInRow) EndRow();
   }
 
-  // The line feeds behind the last table go with the white space at the end.
+  // The line feeds after the last table go with the whitespace at the end.
   [[nodiscard]] bool Close() { return m_Text.Close(); }
 
  private:
@@ -123,7 +123,7 @@ class Flattening {
       m_Row.append(count, '\t');
     } else {
       HandOn();
-      m_Text.AppendWhiteSpace(count, '\t');
+      m_Text.AppendWhitespace(count, '\t');
     }
   }
 

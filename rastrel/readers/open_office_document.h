@@ -21,8 +21,8 @@ class OpenOfficeDocument {
   OpenOfficeDocument(const OpenOfficeDocument&) = delete;
   OpenOfficeDocument& operator=(const OpenOfficeDocument&) = delete;
 
-  /// Appends the tables of a file as OpenOfficeTables::Read does, behind the same tests of the path
-  /// as COpenOfficeXMLImport::ParseFile.
+  /// Appends the tables of a file as OpenOfficeTables::Read does, after the checks of the path that
+  /// COpenOfficeXMLImport::ParseFile describes.
   [[nodiscard]] bool ParseFile(std::wstring_view path);
   /// The record of a table; null if there is none of that number, or if the records of all tables
   /// would pass their limit, which is reported (xml/failure.h).
@@ -30,9 +30,9 @@ class OpenOfficeDocument {
   /// Frees all tables.
   void Clear();
 
-  /// Writes the tables as text to a file: each row a line, a tab behind each cell, without the line
-  /// feeds at the end and the white space at both. True if it was written; false if the text or the
-  /// name is empty.
+  /// Writes the tables as text to a file: a line for each row, a tab after each cell, without the
+  /// line feeds at the end and the whitespace at both ends. True if it was written; false if the
+  /// text or the name is empty.
   [[nodiscard]] bool SaveText(std::wstring_view name) const;
 
  private:
@@ -40,8 +40,8 @@ class OpenOfficeDocument {
 
   SheetLimits m_Limits;
   std::vector<std::unique_ptr<tagOPEN_OFFICE_DATA>> m_Records;
-  std::size_t m_RecordBytes = 0;  // as they are reckoned against the limit
-  OpenOfficeTables m_Tables;      // those behind the records
+  std::size_t m_RecordBytes = 0;  // as they count against the limit
+  OpenOfficeTables m_Tables;      // those after the records
 };
 
 }  // namespace rastrel::readers

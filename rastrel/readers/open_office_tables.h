@@ -11,11 +11,11 @@
 namespace rastrel::readers {
 
 /// The tables of an OpenOffice spreadsheet (OASIS OpenDocument 1.3, part 3, 9.1) in their order,
-/// kept as short as the document has them: a cell that is repeated stands here once, with its
-/// number. All text is UTF-8.
+/// kept as short as the document has them: a repeated cell is stored once, with its count. All text
+/// is UTF-8.
 class OpenOfficeTables {
  public:
-  /// What a walk through a table meets.
+  /// A cell or the begin of a row.
   struct Item {
     std::uint32_t repeat = 0;  ///< how many cells; 0: a row begins
     std::string_view text;     ///< of each of them; empty if the cell has none

@@ -38,51 +38,54 @@ struct tagOPEN_OFFICE_DATA {
 };
 
 /// Makes one tab-separated text of all tables of an OpenOffice spreadsheet ("content.xml" of a
-/// package, OASIS OpenDocument 1.3, of which docs/formats/spreadsheet-text.md tells what is read).
-/// The text has the shape of CMSExcelXMLImport's: UTF-8 with a byte-order mark, CR LF line ends, a
-/// tab behind each cell.
+/// package, OASIS OpenDocument 1.3, as far as docs/formats/spreadsheet-text.md goes). The text has
+/// the form of CMSExcelXMLImport's: UTF-8 with a byte-order mark, CR LF line ends, and a tab after
+/// each cell.
 ///
-/// A "plate" here is a table, and nothing is made in the host's document. The document is read as a
-/// stream and kept short. The records that GetFirstPlate gives are made only when they are asked
-/// for; without that an import needs a small part of their memory. All of it is bounded
-/// (readers/sheet_limits.h).
+/// A "plate" here is a table, and nothing is made in the host's document. The file is read as a
+/// stream and kept in a short form. The records that GetFirstPlate returns are made at its first
+/// call; without that an import needs a small part of their memory. Beyond the limits of
+/// readers/sheet_limits.h an operation fails.
 ///
-/// Failures are 0, false or null, and the reason stands in the application log. One thread at a
-/// time.
+/// A failure is 0, false or null, and the reason is in the application log. One thread at a time.
+/// Nothing throws but std::bad_alloc.
 class RASTREL_API COpenOfficeXMLImport : public CXMLImport {
  public:
-  /// Reads the file (library text, see platform/os/path.h) at once. The base keeps the pointer, not
-  /// a copy of the path, and what ParseFile gave.
+  /// Reads the file at a library path (platform/os/path.h) at once. The base keeps the pointer,
+  /// not a copy of the path, and the result of ParseFile.
   explicit COpenOfficeXMLImport(const wchar_t* path);
   COpenOfficeXMLImport(const COpenOfficeXMLImport&) = delete;
   COpenOfficeXMLImport& operator=(const COpenOfficeXMLImport&) = delete;
   ~COpenOfficeXMLImport() override;
 
-  /// Names the file that ImportXMLFile writes; null is an empty name. To be called before it.
+  /// Sets the library path of the file that ImportXMLFile and SaveDataToFile write; to be called
+  /// before them. Null counts as empty, which is the default and under which nothing can be
+  /// written.
   void SetDataSaveFileName(const wchar_t* name);
-  /// Shows the wait cursor and writes the tables as text. 1 if the file was written; 0 if the file
-  /// given at construction could not be read, or SaveDataToFile fails. As often as wanted.
+  /// Shows the wait cursor and writes the tables as text. Returns 1 if the file was written; 0 if
+  /// the file given at construction could not be read, or if SaveDataToFile would fail. May be
+  /// called again, and writes again.
   int ImportXMLFile() override;
-  /// Frees all tables. Pointers to them are void then.
+  /// Frees all tables. Pointers to them are invalid then.
   void ClearPlates() override;
-  /// The first table, a tagOPEN_OFFICE_DATA of which the object stays the owner, until ClearPlates;
-  /// what the host changes in it shows in the text. Null if there is none, or if the records would
-  /// take more memory than they may.
+  /// Returns the first table, a tagOPEN_OFFICE_DATA that the object owns until ClearPlates. Changes
+  /// that the host makes to it go into the text. Null if there is none, or if the records of all
+  /// tables would pass their limit.
   void* GetFirstPlate() override;
-  /// The table behind the one last given; null behind the last.
+  /// Returns the table after the one returned last; null after the last.
   void* GetNextPlate() override;
 
-  /// Writes a text to the file that was named, without the white space at both of its ends, and
-  /// with
-  /// "&quot;", "&amp;", "&lt;", "&gt;", "&apos;" replaced by their characters, one kind after the
-  /// other in this order. 1, or 0 if nothing is left of the text, no file was named, or it can't be
-  /// made or written to its end.
+  /// Writes a text to the file that was set, without the whitespace at both of its ends. The five
+  /// entities "&quot;", "&amp;", "&lt;", "&gt;", "&apos;" are replaced by their characters, one
+  /// kind after the other in this order. Returns 1, or 0 if nothing is left of the text, no file
+  /// was set, or it can't be made or written to its end.
   int SaveDataToFile(const CString& text);
 
  protected:
-  /// Appends the tables of a file. True if there is one. False if the path is null or empty, if the
-  /// file does not exist or has another extension than "xml" in any case, if it is no document or
-  /// has another root than "document-content", if it holds no table, or if it passes a limit.
+  /// Appends the tables of a file. True if it has one. False, with nothing appended, if the path is
+  /// null or empty, if the file does not exist or has another extension than "xml" in any case, if
+  /// it is no document or has another root than "document-content", if it has no table, or if it
+  /// passes a limit.
   bool ParseFile(const wchar_t* path) override;
 
  private:

@@ -19,8 +19,8 @@ class SharedStrings {
  public:
   explicit SharedStrings(const SheetLimits& limits) : m_Limits(limits) {}
 
-  /// Reads a table, whose texts take the indices from 0 on; of a table read before stays what lies
-  /// behind them. A file that can't be read, is no document or has another root than "sst" is
+  /// Reads a table, whose texts take the indices from 0 on; the later texts of a table read before
+  /// stay. A file that can't be read, is no document or has another root than "sst" is
   /// passed over and changes nothing. False only if a limit is passed, which is reported
   /// (xml/failure.h).
   [[nodiscard]] bool Read(std::wstring_view path);

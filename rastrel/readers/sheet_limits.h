@@ -5,9 +5,9 @@
 
 namespace rastrel::readers {
 
-/// What one spreadsheet may ask for. A document beyond any of these is refused as a whole: a table
-/// that ends early looks like a whole one to whoever reads it. The sizes keep an import below 256
-/// MiB together, whatever the document says of itself.
+/// The limits of one spreadsheet. A document beyond any of them is refused as a whole, since a
+/// table that is cut looks like a whole one to its reader. Together the sizes keep an import below
+/// 256 MiB, whatever the document declares.
 struct SheetLimits {
   /// Entries of the shared-string tables of a package.
   std::size_t sharedStrings = std::size_t{4} << 20;

@@ -61,8 +61,8 @@ void SheetText::Truncate(std::size_t size) {
 std::pair<std::size_t, std::size_t> SheetText::TrimmedRange() const {
   std::size_t begin = 0;
   std::size_t end = m_Size;
-  while (begin < end && WhiteSpace.find(At(begin)) != std::string_view::npos) ++begin;
-  while (begin < end && WhiteSpace.find(At(end - 1)) != std::string_view::npos) --end;
+  while (begin < end && Whitespace.find(At(begin)) != std::string_view::npos) ++begin;
+  while (begin < end && Whitespace.find(At(end - 1)) != std::string_view::npos) --end;
   return {begin, end};
 }
 

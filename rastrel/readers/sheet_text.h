@@ -10,15 +10,15 @@
 
 namespace rastrel::readers {
 
-/// The text that a spreadsheet becomes, in UTF-8. It grows at its end without ever being moved, and
-/// gives back what is taken off its end. One thread.
+/// The text made of a spreadsheet, in UTF-8. It grows at its end without being moved, and frees the
+/// memory of bytes taken off its end. One thread.
 class SheetText {
  public:
   /// An empty text of at most `limit` bytes.
   explicit SheetText(std::size_t limit) : m_Limit(limit) {}
 
   [[nodiscard]] std::size_t Size() const { return m_Size; }
-  /// Whether more was appended than the limit allows. What went beyond it is not there.
+  /// Whether more was appended than the limit allows. The bytes beyond it were dropped.
   [[nodiscard]] bool IsOverLimit() const { return m_IsOverLimit; }
 
   void Append(std::string_view bytes) {
@@ -31,22 +31,22 @@ class SheetText {
     *m_End = byte;
     Advance(1);
   }
-  /// The same byte so often.
+  /// Appends the same byte `count` times.
   void Append(std::size_t count, char byte);
 
   /// Takes all bytes of the set off the end.
   void TrimRight(std::string_view set);
-  /// Cuts behind the first `size` bytes, and forgets that the limit was passed.
+  /// Cuts after the first `size` bytes, and forgets that the limit was passed.
   /// REQUIRES: there are as many.
   void Truncate(std::size_t size);
   void Clear() { Truncate(0); }
 
-  /// Where the text begins and ends without the white space at both ends; equal if there is nothing
-  /// else. White space is blank, tab, line feed, vertical tab, form feed, carriage return.
+  /// Begin and end of the text without the whitespace at both ends; equal if there is nothing else.
+  /// Whitespace is space, tab, line feed, vertical tab, form feed, carriage return.
   [[nodiscard]] std::pair<std::size_t, std::size_t> TrimmedRange() const;
 
-  /// Gives the bytes from `begin` to `end` in pieces to `take`, which returns false to have no
-  /// more. False if it did.
+  /// Calls `take` with the bytes from `begin` to `end` in pieces, until it returns false. False if
+  /// it did.
   template <typename Take>
   bool ForEachPiece(std::size_t begin, std::size_t end, const Take& take) const {
     while (begin < end) {
@@ -80,7 +80,7 @@ class SheetText {
   bool m_IsOverLimit = false;
 };
 
-/// White space as SheetText::TrimmedRange means it.
-inline constexpr std::string_view WhiteSpace = " \t\n\v\f\r";
+/// The whitespace that SheetText::TrimmedRange leaves out.
+inline constexpr std::string_view Whitespace = " \t\n\v\f\r";
 
 }  // namespace rastrel::readers

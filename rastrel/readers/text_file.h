@@ -8,7 +8,7 @@
 namespace rastrel::readers {
 
 /// A text file in the mode "wt,ccs=UTF-8" of the platform's C run-time: UTF-8 with a byte-order
-/// mark, and CR LF for each line feed. What is written goes through a small buffer.
+/// mark, and CR LF for each line feed. Bytes are written through a small buffer.
 class TextFile {
  public:
   /// Creates the file by its library path, or empties it, and writes the mark.
@@ -19,8 +19,8 @@ class TextFile {
   [[nodiscard]] bool IsGood() const { return m_IsGood; }
   /// Appends bytes of UTF-8. Does nothing after a failure. The same result as IsGood.
   bool Write(std::string_view bytes);
-  /// Writes what is left in the buffer. True if the file holds all of it. A file that could not be
-  /// written to its end stays as far as it was.
+  /// Writes the rest of the buffer. True if the file holds all bytes. A file that could not be
+  /// written to its end stays incomplete.
   [[nodiscard]] bool Close();
 
  private:

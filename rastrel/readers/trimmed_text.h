@@ -11,9 +11,9 @@
 
 namespace rastrel::readers {
 
-/// A text file (text_file.h) that takes a text piece by piece and gets it without the white space
-/// at both of its ends. It is made when the first byte that is none arrives, and white space is
-/// held back until it is known that more follows. One thread.
+/// A text file (text_file.h) that takes a text piece by piece and holds it without the whitespace
+/// at both of its ends. The file is made when the first other byte arrives, and whitespace is held
+/// back until more follows. One thread.
 class TrimmedText {
  public:
   /// Names the file. Under an empty name nothing can be written.
@@ -21,8 +21,8 @@ class TrimmedText {
 
   /// Appends bytes of UTF-8.
   void Append(std::string_view bytes);
-  /// Appends the same byte of white space so often.
-  void AppendWhiteSpace(std::size_t count, char byte);
+  /// Appends the same byte of whitespace `count` times.
+  void AppendWhitespace(std::size_t count, char byte);
   /// Ends the text. True if there was one and its file holds all of it.
   [[nodiscard]] bool Close();
 
@@ -31,7 +31,7 @@ class TrimmedText {
 
   std::wstring m_Name;
   std::optional<TextFile> m_File;  // once there is something to write
-  SheetText m_HeldBack{SIZE_MAX};  // white space behind what was written
+  SheetText m_HeldBack{SIZE_MAX};  // whitespace after the bytes written
 };
 
 }  // namespace rastrel::readers

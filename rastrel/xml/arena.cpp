@@ -20,8 +20,8 @@ std::string_view XmlArena::Copy(std::string_view bytes) {
   return {place, bytes.size()};
 }
 
-// Chunks behind the present one are left over from what was given back. One that is too small for
-// what is asked for is replaced.
+// Chunks after the current one are left over from memory that was given back. One that is too small
+// for the request is replaced.
 void XmlArena::NextChunk(std::size_t size) {
   const std::size_t next = m_Chunks.empty() ? 0 : m_Chunk + 1;
   if (next >= m_Chunks.size()) m_Chunks.emplace_back();

@@ -7,8 +7,8 @@
 
 namespace rastrel::xml {
 
-/// Memory for many small things that end together. Nothing in it is destroyed one by one; a mark
-/// gives back all that was taken since. One thread at a time.
+/// Memory for many small objects that end together. No destructor is run; going back to a mark
+/// frees all that was allocated since. One thread at a time.
 class XmlArena {
  public:
   /// A point to go back to.
@@ -21,7 +21,7 @@ class XmlArena {
   XmlArena(const XmlArena&) = delete;
   XmlArena& operator=(const XmlArena&) = delete;
 
-  /// Bytes for anything that asks for no more than a pointer's alignment.
+  /// Returns memory for anything that needs no more than a pointer's alignment.
   [[nodiscard]] void* Allocate(std::size_t size) {
     const std::size_t rounded = (size + alignof(void*) - 1) & ~(alignof(void*) - 1);
     if (rounded > static_cast<std::size_t>(m_End - m_Free)) NextChunk(rounded);
@@ -29,14 +29,14 @@ class XmlArena {
     m_Free += rounded;
     return place;
   }
-  /// A copy of the bytes, which begins anywhere.
+  /// Returns a copy of the bytes, at any alignment.
   [[nodiscard]] std::string_view Copy(std::string_view bytes);
 
-  /// Bytes taken from the system for what is in use; what a chunk has left counts in.
+  /// Bytes taken from the system for the memory in use, unused ends of chunks included.
   [[nodiscard]] std::size_t Size() const { return m_Before + Used(); }
 
   [[nodiscard]] Mark Here() const { return {m_Chunk, m_Free}; }
-  /// Gives back all that was taken since `mark`, and keeps its memory for what comes. REQUIRES: no
+  /// Gives back all memory taken since `mark`, and keeps it for later allocations. REQUIRES: no
   /// earlier mark was gone back to since.
   void GoBack(Mark mark);
 

@@ -5,28 +5,29 @@
 
 namespace rastrel::xml {
 
-/// What the first bytes of a document say of its encoding, by a mark or by the shape of "<?".
+/// The kind of encoding that the first bytes of a document show, by a byte-order mark or by the
+/// form of "<".
 enum class XmlEncodingFamily { Unknown, Utf8, Utf16 };
 
 /// The family by the first bytes, of which four are enough.
 [[nodiscard]] XmlEncodingFamily EncodingFamilyOf(std::string_view head);
 
 /// Whether an encoding may be declared by this name. Converters know the Unicode encodings by more
-/// spellings than are registered, with other stops or none, and some of these convert a character
-/// wrongly that lies in two pieces.
+/// spellings than are registered, with other punctuation or none, and some of these convert a
+/// character wrongly that lies in two pieces.
 [[nodiscard]] bool IsEncodingName(std::string_view declared);
 
-/// Whether a document of the family may declare this encoding. Any may, if nothing is known.
+/// Whether a document of the family may declare this encoding. Always true for Unknown.
 [[nodiscard]] bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared);
 
 /// Whether the bytes are UTF-8 in its one strict form (RFC 3629).
 [[nodiscard]] bool IsUtf8(std::string_view bytes);
 
 /// Whether bytes without control characters are characters that XML 1.0 allows: strict UTF-8
-/// without the two last of the first plane, which are none.
+/// without U+FFFE and U+FFFF.
 [[nodiscard]] bool AreXmlCharacters(std::string_view bytes);
 
-/// How many characters UTF-8 has.
+/// The number of characters in UTF-8 bytes.
 [[nodiscard]] std::size_t CharactersIn(std::string_view bytes);
 
 }  // namespace rastrel::xml

@@ -12,7 +12,7 @@ constexpr std::string_view Blanks = " \t\r\n";
 //
 //     <?xml version="1.0" encoding="ISO-8859-1" standalone="yes"?>
 //
-// Without the mark of byte order ahead of it, and without its end and what follows.
+// The result has no byte-order mark and ends before "?>".
 std::string DeclarationOf(XmlEncodingFamily family, std::string_view head) {
   std::string text;
   if (family == XmlEncodingFamily::Utf16) {

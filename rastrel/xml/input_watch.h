@@ -8,11 +8,11 @@
 
 namespace rastrel::xml {
 
-/// Follows a document's bytes on their way to a parser whose buffers can't be looked at, and says
-/// what of it the parser must be holding back. Knows only where tags, comments, instructions and
-/// CDATA sections begin and end, which is the same in UTF-8 and in all encodings that have ASCII in
-/// the same bytes; UTF-16 is reduced to that. For a document that is not well-formed the answers
-/// mean nothing, but the parser refuses it. One thread.
+/// Follows a document's bytes on their way to a parser whose buffers can't be looked at, to find
+/// out how much of them the parser must be holding back. Knows only where tags, comments,
+/// instructions and CDATA sections begin and end, which is the same in UTF-8 and in all encodings
+/// that have ASCII in the same bytes; UTF-16 is reduced to that. For a document that is not
+/// well-formed the answers mean nothing, but the parser refuses it. One thread.
 class XmlInputWatch {
  public:
   /// By the document's first bytes.

@@ -9,11 +9,10 @@
 
 namespace os = rastrel::os;
 namespace xml = rastrel::xml;
-namespace os = rastrel::os;
 
 namespace {
 
-// Short values of ASCII are what most nodes hold.
+// Most nodes hold short values of ASCII.
 void AssignWide(std::wstring& target, std::string_view bytes) {
   constexpr std::size_t shortLength = 64;
   const bool plain = bytes.size() <= shortLength &&

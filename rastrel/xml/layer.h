@@ -9,21 +9,21 @@
 #include "rastrel/xml/node.h"
 
 /// The one door to XML. Importers and readers see documents through these functions and never
-/// through a parser. docs/formats/xml.md tells what is accepted; in short:
+/// through a parser. docs/formats/xml.md describes what is accepted; in short:
 ///
 /// - XML 1.0 (fifth edition) with namespaces (1.0), in UTF-8, UTF-16 of either order, and the ISO
 ///   and Windows encodings that a declaration names. Strict: what is not well-formed, has a
 ///   document type, an entity other than the five that every document has, an attribute twice, a
 ///   prefix that is not declared, or bytes that are none in its encoding, is refused as a whole.
 ///   Nothing outside the document is ever fetched.
-/// - Texts that hold only blanks (blank, tab, carriage return, line feed) are no nodes. A CDATA
+/// - Texts of whitespace alone (space, tab, carriage return, line feed) are no nodes. A CDATA
 ///   section always is one. Comments and instructions are nodes, count among children, and have no
 ///   name. Neighbouring text is one node.
 /// - Names compare exactly, by case, and for elements by the local part: svg:svg answers to "svg".
 ///   Attributes are asked for by the name as written, prefix included.
 ///
-/// Time and memory stay in proportion to a document's size; xml_limits.h has the bounds. Why a
-/// document was refused is in the application log and can be taken from xml_failure.h.
+/// Time and memory stay in proportion to a document's size; xml/limits.h has the bounds. The reason
+/// for a refusal is in the application log, and TakeXmlFailure (xml/failure.h) returns it.
 /// Thread: any; one document may be read by several threads at once. Nothing here throws but for
 /// want of memory.
 
@@ -46,8 +46,8 @@
 /// The local name, empty if the node is no element. True if it is not empty.
 bool NodeBaseName(const XmlNode& node, std::wstring& name);
 
-/// The text: of an element all texts and CDATA sections below it, one behind the other and without
-/// comments and instructions; of any other node its content. Blanks at both ends are taken off.
+/// The text: of an element all texts and CDATA sections below it, joined in order and without
+/// comments and instructions; of any other node its content. Whitespace at both ends is removed.
 /// True if it is not empty; else false, and `text` is as it was. Uses the capacity that `text` has.
 bool NodeText(const XmlNode& node, std::wstring& text);
 /// The number that the text begins with, by the rules of number_text.h. True if the text is not
@@ -58,7 +58,7 @@ bool NodeFloat(const XmlNode& node, float& value);
 /// The same for a whole number.
 bool NodeInt(const XmlNode& node, std::int32_t& value);
 
-/// The value of the attribute whose name is written so ("xlink:href", "xmlns:svg"), blanks at its
+/// The value of the attribute of that qualified name ("xlink:href", "xmlns:svg"), whitespace at its
 /// ends included. False if it is absent or empty, and the output is as it was.
 bool AttributeString(const XmlNode& node, std::wstring_view name, std::wstring& value);
 /// The number that the value begins with, with the same results.

@@ -13,9 +13,9 @@
 
 namespace rastrel::xml {
 
-/// The parser's functions, by the names that they have there less the prefix. They are bound when
-/// the first document is read: the library and what it needs in turn, 30 MB of tables of characters
-/// among it, would make every start of every program twice as long, and few of them read XML.
+/// The parser's functions, by their names there without the prefix. They are bound when the first
+/// document is read: the library and those that it needs, with 30 MB of character tables, would
+/// double the start time of every program, and few of them read XML.
 struct XmlLibrary {
   /// The one that is bound, or why it can't be had. Thread: any.
   [[nodiscard]] static const Expected<XmlLibrary>& Instance();
@@ -31,7 +31,7 @@ struct XmlLibrary {
   decltype(&::xmlSAX2GetColumnNumber) SAX2GetColumnNumber = nullptr;
   decltype(&::xmlSetStructuredErrorFunc) SetStructuredErrorFunc = nullptr;
   decltype(&::xmlSetGenericErrorFunc) SetGenericErrorFunc = nullptr;
-  // What a thread's functions for faults are; the header has macros of the plain names.
+  // The current thread's functions for faults; the header has macros of the plain names.
   decltype(&::__xmlStructuredError) StructuredError = nullptr;
   decltype(&::__xmlStructuredErrorContext) StructuredErrorContext = nullptr;
   decltype(&::__xmlGenericError) GenericError = nullptr;

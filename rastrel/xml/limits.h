@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-/// What one document may ask for. A document beyond any of these is refused, and the reason names
-/// the limit. They are far above what the formats need; they keep a hostile file from taking more
-/// than its share.
+/// The limits of one document. A document beyond any of them is refused, and the reason names the
+/// limit. They are far above the needs of the formats, and keep a hostile file from taking all
+/// memory or time.
 namespace rastrel::xml::limits {
 
 /// Elements inside each other, the document element included.
@@ -16,8 +16,8 @@ inline constexpr std::size_t Attributes = 256;
 inline constexpr std::size_t Namespaces = 256;
 /// Memory of a loaded document's nodes, texts and names, in bytes.
 inline constexpr std::size_t DocumentBytes = std::size_t{128} << 20;
-/// The same for what a stream holds at a time: the elements that are open and the one that is
-/// collected. A row of 16,384 cells takes about 5 MiB.
+/// The same for the part that a stream holds at a time: the elements that are open and the one that
+/// is collected. A row of 16,384 cells takes about 5 MiB.
 inline constexpr std::size_t StreamBytes = std::size_t{32} << 20;
 /// Different names of elements and attributes.
 inline constexpr std::size_t Names = 65536;

@@ -17,7 +17,7 @@ namespace {
 class Loader : public XmlEvents {
  public:
   explicit Loader(XmlDocument& document)
-      : m_Document(document), m_Builder(document.arena, /*keepBlanks=*/false) {}
+      : m_Document(document), m_Builder(document.arena, /*keepsWhitespace=*/false) {}
 
   void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
              std::uint32_t line) override {
@@ -28,7 +28,7 @@ class Loader : public XmlEvents {
   void End() override { m_Builder.End(); }
   void Text(std::string_view bytes) override { m_Builder.Text(bytes); }
   void Cdata(std::string_view bytes) override { m_Builder.Cdata(bytes); }
-  // What stands around the document element is no part of it.
+  // Comments and instructions around the document element are no part of it.
   void Comment(std::string_view bytes) override {
     if (m_Builder.IsOpen()) m_Builder.Comment(bytes);
   }

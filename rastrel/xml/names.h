@@ -47,7 +47,7 @@ class XmlNames {
   static constexpr std::size_t KnownCount = 128;
   static constexpr std::size_t EntrySize = 64;  // of the map, about
 
-  // The parser's texts stand one behind the other, so the low bits tell them apart.
+  // The parser's texts lie one after the other, so the low bits differ.
   static std::size_t Slot(const char* prefix, const char* local) {
     const auto mixed =
         reinterpret_cast<std::uintptr_t>(local) + 31 * reinterpret_cast<std::uintptr_t>(prefix);

@@ -10,7 +10,7 @@ struct XmlDocument;
 /// A node of an XML document: an element, a text, a CDATA section, a comment or an instruction. A
 /// small value, copied at will. It keeps its whole document alive, as a counted reference would;
 /// any thread may hold, copy and drop nodes of one document, and nobody changes a document. A node
-/// that a stream lends (xml_stream.h) keeps nothing alive and ends with the call that lent it.
+/// that a stream lends (xml/stream.h) keeps nothing alive and ends with the call that lent it.
 ///
 /// Default-constructed it is none, which every function of the layer takes for a node without a
 /// name, children, text and attributes.
@@ -42,7 +42,7 @@ class XmlNode {
   /// The same node of the same document.
   bool operator==(const XmlNode& other) const noexcept { return m_Node == other.m_Node; }
 
-  /// What stands behind the handle, for the layer itself; null for none.
+  /// The node of the tree, for the layer itself; null for none.
   [[nodiscard]] const XmlTreeNode* Tree() const noexcept { return m_Node; }
   /// The document that the handle keeps alive; null for none and for a borrowed node.
   [[nodiscard]] XmlDocument* Document() const noexcept { return m_Document; }

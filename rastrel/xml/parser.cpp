@@ -19,18 +19,18 @@ namespace {
 
 // The parser is given its input in pieces and never has to hold more than one and a tag.
 constexpr std::size_t PieceSize = std::size_t{64} << 10;
-// What is looked through for whole elements: a row that is longer is reported in parts.
+// The bytes that are searched for whole elements: a longer row is reported in parts.
 constexpr std::size_t WindowSize = 2 * PieceSize;
-// What the parser reads at least where there was something that only it can read.
+// The minimum for the parser after something that only it can read.
 constexpr std::size_t MinimumForParser = 64;
-// As many bytes as show the family of encodings.
+// The number of bytes that show the family of encodings.
 constexpr std::size_t HeadSize = 4;
 constexpr std::string_view CommentMark = "<!--";
 constexpr std::string_view CommentEnd = "-->";
 
-// A piece that does not end within a comment, where there is a choice; `from` is behind what
-// belongs to one that began before. Around the document element the parser takes "<!-->" for a
-// comment that has come to its end, and complains that it has none.
+// Returns the size of a piece that does not end within a comment, where there is a choice. `from`
+// is the end of a comment that began before. Around the document element the parser takes "<!-->"
+// for a comment that has come to its end, and complains that it has none.
 std::size_t WithWholeComments(std::string_view bytes, std::size_t from, std::size_t size,
                               bool isFull) {
   size = std::max(from, size);
@@ -119,7 +119,7 @@ void Feeder::ReadAll(std::span<char> room) {
     const std::size_t used = Consume({buffer, held}, isLast || held == room.size());
     held -= used;
     std::memmove(buffer, buffer + used, held);
-    // What is left is looked at again from its begin, so not for every few bytes that come.
+    // The bytes left are searched again from their begin, so not for every few that arrive.
     enough = std::min(2 * held, room.size());
     if (!Failed() && isLast) Push({}, true);
     if (isLast) return;
@@ -158,9 +158,9 @@ bool Feeder::Begin(std::span<char> buffer) {
   return true;
 }
 
-// Reads what can be read, all of it if there is no room for more. Whole elements that are plain are
-// taken by the scanner. The parser never sees them, which is all the same to it: before and behind
-// an element it is in the same state.
+// Reads as much as possible, and all of it if there is no room for more. Whole elements that are
+// plain are taken by the scanner. The parser never sees them, and need not: before and after an
+// element it is in the same state.
 std::size_t Feeder::Consume(std::string_view bytes, bool isFull) {
   std::string_view rest = bytes;
   while (!Failed() && !rest.empty()) {
@@ -185,7 +185,7 @@ bool Feeder::IsBetweenElements() const {
 }
 
 // Takes elements off the front until there is something for the parser. False if more bytes are
-// needed to say what is next.
+// needed to decide.
 bool Feeder::TakeElements(std::string_view& bytes, bool isFull) {
   m_Parser.EndCdata();
   m_Scanner->SetScope(m_Parser.Bindings());
@@ -222,8 +222,8 @@ void Feeder::MovePlace(std::string_view bytes, std::uint32_t line) {
   m_Internals->SetPlace(static_cast<int>(line), column);
 }
 
-// Up to the next tag's end, where the scanner may go on; behind the element that it can't take. 0
-// if more bytes are needed to say that.
+// The bytes up to the next end of a tag after which the scanner may go on, beyond an element that
+// it can't take. 0 if more bytes are needed to decide.
 std::size_t Feeder::PieceForParser(std::string_view bytes, bool isFull) const {
   if (m_Elements == nullptr || !m_Internals->IsUnconverted()) return bytes.size();
   const XmlName* const element =
@@ -235,13 +235,13 @@ std::size_t Feeder::PieceForParser(std::string_view bytes, bool isFull) const {
   }
   at = at < bytes.size() ? bytes.find('>', at) : bytes.npos;
   const std::size_t size = at == bytes.npos ? bytes.size() : at + 1;
-  std::size_t behindComment = 0;
+  std::size_t commentEnd = 0;
   if (m_BeginsInComment) {
     const std::size_t close = bytes.find(CommentEnd);
     if (close == bytes.npos) return isFull ? bytes.size() : 0;
-    behindComment = close + CommentEnd.size();
+    commentEnd = close + CommentEnd.size();
   }
-  return WithWholeComments(bytes, behindComment, size, isFull);
+  return WithWholeComments(bytes, commentEnd, size, isFull);
 }
 
 // Small pieces cost the parser more than they save where one follows the other.
@@ -259,8 +259,8 @@ void Feeder::Push(std::string_view piece, bool isLast) {
   if (EndsWithinCharacter()) m_Parser.Fail("the document ends within a character");
 }
 
-// What the parser could not use yet is the begin of something long. The time that it takes for a
-// tag grows with the square of the attributes, and it says how many there are only afterwards.
+// Bytes that the parser holds back are the begin of something long. The time that it takes for a
+// tag grows with the square of the attributes, and it reports their number only afterwards.
 void Feeder::CheckHeldBack() {
   const std::string_view held = m_Internals ? m_Internals->HeldBack() : std::string_view();
   const std::size_t size = m_Internals ? held.size() : m_Watch->OpenBytes();

@@ -42,8 +42,8 @@ class XmlEvents {
   virtual void Comment(std::string_view bytes) = 0;
   virtual void Instruction(const XmlName* target, std::string_view data) = 0;
 
-  /// Why the document is refused from here on; nothing if it is not. Asked after each piece of
-  /// reading, and at once after an element's start or end that set m_Refused.
+  /// The reason for which the document is refused from here on; nothing if it is not. Called after
+  /// each piece of reading, and at once after an element's start or end that set m_Refused.
   [[nodiscard]] virtual std::optional<std::wstring> Refusal() const = 0;
   [[nodiscard]] bool Refused() const { return m_Refused; }
 
@@ -51,7 +51,7 @@ class XmlEvents {
   bool m_Refused = false;
 };
 
-/// How the document says what encoding it is in.
+/// How the encoding of a document is found.
 enum class XmlEncoding {
   ByDocument,  ///< by its first bytes and its declaration
   Utf8,        ///< it is UTF-8, whatever it says

@@ -111,7 +111,7 @@ void XmlParserEvents::TakeFault(const xmlError& error) {
     return;
   }
   std::string_view message = error.message == nullptr ? "unknown fault" : error.message;
-  message = TrimBlanks(message);
+  message = TrimWhitespace(message);
   // Its own message is that the document is empty, which one of another kind is not.
   if (error.code == XML_ERR_DOCUMENT_EMPTY)
     message = "no tag stands where the document should begin";

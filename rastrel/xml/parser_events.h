@@ -28,14 +28,14 @@ class XmlParserEvents {
   /// Makes the parser and gives it the document's first bytes, of which it wants four to choose how
   /// it decodes the others. False if it failed. REQUIRES: the library is loaded.
   [[nodiscard]] bool Begin(std::string_view head);
-  /// Gives it the next bytes; at the document's end none, with `isLast`. What it reports may fail.
-  /// False if the parser has seen a fault, reported or not.
+  /// Gives it the next bytes; at the document's end none, with `isLast`. Callbacks
+  /// may fail. False if the parser has seen a fault, reported or not.
   /// REQUIRES: Begin succeeded, and nothing failed since.
   [[nodiscard]] bool Push(std::string_view bytes, bool isLast);
-  /// Hands over a CDATA section that is complete and was held until something else follows.
+  /// Hands over a CDATA section that was held until something else follows, if there is one.
   void EndCdata();
 
-  /// What failed first, with line and column and without a path; nothing so far if null.
+  /// The first failure, with line and column and without a path; null if there was none so far.
   [[nodiscard]] const Failure* Fault() const { return m_Fault ? &*m_Fault : nullptr; }
   [[nodiscard]] bool Failed() const { return m_Fault.has_value(); }
   /// Fails for a reason at the parser's place, unless something failed before.
@@ -49,7 +49,7 @@ class XmlParserEvents {
   [[nodiscard]] int Depth() const { return m_Depth; }
   /// The namespaces in force, the innermost last. Valid until the next push.
   [[nodiscard]] std::span<const XmlBinding> Bindings() const { return m_Bindings; }
-  /// How the first bytes say that the document is encoded; unknown if it is UTF-8 by decree.
+  /// The kind of encoding that the first bytes show; Unknown for XmlEncoding::Utf8.
   [[nodiscard]] XmlEncodingFamily Family() const { return m_Family; }
   /// Where the parser is, from 1.
   [[nodiscard]] int Line() const { return Xml().SAX2GetLineNumber(m_Context.get()); }

@@ -11,7 +11,7 @@
 namespace rastrel::xml {
 namespace {
 
-// What a byte can be. Those beyond ASCII are looked at together, where they end.
+// Classes of bytes. Those beyond ASCII are checked together, where they end.
 enum Class : std::uint8_t {
   NameStart = 1,  // begins a name
   NameByte = 2,   // goes on with it; the colon among them
@@ -93,7 +93,7 @@ XmlScan XmlPlainScanner::Scan(std::string_view bytes, int depth, std::uint32_t l
   m_Open.clear();
   m_Arena.GoBack({});
 
-  SkipBlanks();
+  SkipWhitespace();
   if (m_At == m_End) return XmlScan::Incomplete;
   if (*m_At++ != '<') return XmlScan::NotPlain;
   const auto failure = [](Step step) {
@@ -145,14 +145,14 @@ XmlPlainScanner::Step XmlPlainScanner::ReadChild() {
   return Step::Done;
 }
 
-// REQUIRES: the slash of an end tag stands here.
+// REQUIRES: the place is the slash of an end tag.
 XmlPlainScanner::Step XmlPlainScanner::ReadEnd(const XmlName& name) {
   ++m_At;
   const std::size_t length = name.bytes.size();
   if (static_cast<std::size_t>(m_End - m_At) <= length) return Step::Incomplete;
   if (!SameBytes(m_At, name.bytes.data(), length)) return Step::NotPlain;
   m_At += length;
-  SkipBlanks();
+  SkipWhitespace();
   if (m_At == m_End) return Step::Incomplete;
   if (*m_At != '>') return Step::NotPlain;
   ++m_At;
@@ -197,7 +197,7 @@ XmlPlainScanner::Step XmlPlainScanner::ReadStart(const XmlName*& name, bool& isE
 XmlPlainScanner::Step XmlPlainScanner::ReadAttributes(bool& isEmpty) {
   m_AttributeCount = 0;
   for (;;) {
-    const bool hasBlank = SkipBlanks();
+    const bool hasWhitespace = SkipWhitespace();
     if (m_At == m_End) return Step::Incomplete;
     m_TagEnd = m_At;
     if (*m_At == '>') {
@@ -212,7 +212,7 @@ XmlPlainScanner::Step XmlPlainScanner::ReadAttributes(bool& isEmpty) {
       isEmpty = true;
       return Step::Done;
     }
-    if (!hasBlank || m_AttributeCount == MaximumAttributes) return Step::NotPlain;
+    if (!hasWhitespace || m_AttributeCount == MaximumAttributes) return Step::NotPlain;
     if (const Step step = ReadAttribute(); step != Step::Done) return step;
   }
 }
@@ -229,8 +229,8 @@ XmlPlainScanner::Step XmlPlainScanner::ReadAttribute() {
   return Step::Done;
 }
 
-// Two attributes of an element must not have the same name, nor the same part behind prefixes that
-// stand for the same namespace.
+// Two attributes of an element must not have the same name, nor the same local part after prefixes
+// of the same namespace.
 bool XmlPlainScanner::Repeats(const XmlName& name) const {
   for (std::size_t index = 0; index < m_AttributeCount; ++index) {
     const XmlName& other = *m_Attributes[index].name;
@@ -295,8 +295,8 @@ XmlPlainScanner::Known XmlPlainScanner::Learn(std::string_view bytes) const {
   return {m_Names.Find(std::string(prefix).c_str(), std::string(local).c_str()), isSpace};
 }
 
-// Tells whether there was any.
-bool XmlPlainScanner::SkipBlanks() {
+// Returns whether there was any.
+bool XmlPlainScanner::SkipWhitespace() {
   const char* const begin = m_At;
   for (; m_At != m_End; ++m_At) {
     if (*m_At == '\n')
@@ -318,11 +318,12 @@ XmlTreeNode* XmlPlainScanner::MakeElement(const XmlName* name) {
 }
 
 void XmlPlainScanner::AddText(std::string_view text) {
-  const bool isBlank = IsXmlBlank(text.front()) && std::ranges::all_of(text, IsXmlBlank);
-  if (isBlank && !m_KeepsBlanks) return;
+  const bool isWhitespace =
+      IsXmlWhitespace(text.front()) && std::ranges::all_of(text, IsXmlWhitespace);
+  if (isWhitespace && !m_KeepsWhitespace) return;
   XmlTreeLevel& parent = m_Open.back().node;
   parent.Append(MakeContentAt(m_Arena.Allocate(sizeof(XmlTreeNode)), XmlKind::Text, nullptr, text,
-                              isBlank, parent.element));
+                              isWhitespace, parent.element));
 }
 
 }  // namespace rastrel::xml

@@ -15,14 +15,14 @@
 
 namespace rastrel::xml {
 
-/// A prefix and the address of what it stands for. One address is one text.
+/// A prefix and the address of its namespace. The same text is always at the same address.
 struct XmlBinding {
   const char* prefix;  ///< null for the namespace of names without one
   const char* uri;
   bool operator==(const XmlBinding&) const = default;
 };
 
-/// What became of the bytes that a scanner was given.
+/// The result of scanning.
 enum class XmlScan {
   Taken,       ///< there was an element, and it was taken whole
   Entered,     ///< there is a start, which was answered with Enter
@@ -33,35 +33,35 @@ enum class XmlScan {
 
 /// Reads elements that are written as programs write the rows of a table, at several times the
 /// speed of a parser: start and end tags with names of ASCII letters, attributes and text as they
-/// stand. What it takes is well-formed, and any parser (XML 1.0, Namespaces in XML 1.0) would tell
-/// the same of it. All else it leaves to the parser: references, carriage returns, declarations of
-/// namespaces, attributes of "xml" but for the usual "xml:space", line ends and tabs in attributes,
-/// CDATA sections, comments, instructions, whatever is wrong, and whatever is unusual enough that
-/// looking closer would not pay.
+/// are. The elements that it takes are well-formed, and any parser (XML 1.0, Namespaces in XML 1.0)
+/// would report the same of them. All else it leaves to the parser: references, carriage returns,
+/// declarations of namespaces, attributes of "xml" but for the usual "xml:space", line ends and
+/// tabs in attributes, CDATA sections, comments, instructions, whatever is wrong, and whatever is
+/// unusual enough that looking closer would not pay.
 ///
-/// Bytes are UTF-8 from before an element, blanks in front of it included. One thread.
+/// Bytes are UTF-8 from before an element, whitespace in front of it included. One thread.
 class XmlPlainScanner {
  public:
   XmlPlainScanner(XmlNames& names, XmlElements& elements)
-      : m_Names(names), m_Elements(elements), m_KeepsBlanks(elements.KeepsBlanks()) {}
+      : m_Names(names), m_Elements(elements), m_KeepsWhitespace(elements.KeepsWhitespace()) {}
 
-  /// The namespaces that are declared where the next elements stand, the innermost last.
+  /// Sets the namespaces in force for the next elements, the innermost last.
   void SetScope(std::span<const XmlBinding> bindings);
 
   /// Reads one element. `depth` is how many are open around it, `line` where the bytes begin. Nodes
   /// point into the bytes.
   [[nodiscard]] XmlScan Scan(std::string_view bytes, int depth, std::uint32_t line);
 
-  /// Behind what was read: the element with the blanks in front of it, or its start tag if it was
-  /// entered, or what of it comes before its closing bracket if it was refused.
+  /// The end of the bytes read: after the element, after its start tag if it was entered, or before
+  /// the closing bracket of that if it was refused.
   [[nodiscard]] const char* End() const { return m_At; }
   /// Its line.
   [[nodiscard]] std::uint32_t Line() const { return m_Line; }
-  /// Whether there was nothing but ASCII in what was read since this was last asked.
+  /// Whether the bytes read since the last call of this were all ASCII.
   [[nodiscard]] bool TakeIsAscii() { return std::exchange(m_IsAscii, true); }
   /// The element's name if that could be read; else null.
   [[nodiscard]] const XmlName* Name() const { return m_Name; }
-  /// Whether the element has been asked for, and is to be collected.
+  /// Whether the element is to be collected, as far as Choose was called for it.
   [[nodiscard]] bool IsWanted() const { return m_Builds; }
 
  private:
@@ -79,7 +79,7 @@ class XmlPlainScanner {
   static constexpr std::size_t KnownCount = 128;
   static constexpr std::size_t MaximumAttributes = 32;
 
-  bool SkipBlanks();
+  bool SkipWhitespace();
   Step ReadName(Known& name);
   [[nodiscard]] Known Learn(std::string_view bytes) const;
   [[nodiscard]] bool IsInScope(std::string_view prefix) const;
@@ -97,7 +97,7 @@ class XmlPlainScanner {
 
   XmlNames& m_Names;
   XmlElements& m_Elements;
-  bool m_KeepsBlanks;
+  bool m_KeepsWhitespace;
   std::vector<XmlBinding> m_Bindings;
   bool m_HasSynonyms = false;  // two prefixes of one namespace
   std::array<Known, KnownCount> m_Known{};

@@ -9,8 +9,8 @@
 namespace rastrel::xml {
 namespace {
 
-// A text so that it reads back as it is. Only in attributes would blanks of other kinds be lost; a
-// carriage return would be everywhere.
+// A text so that it reads back unchanged. Tabs and line feeds would be lost in attributes only, a
+// carriage return everywhere.
 void AppendEscaped(std::string& target, std::string_view text, bool attribute) {
   for (const char byte : text) {
     switch (byte) {

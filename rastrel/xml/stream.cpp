@@ -7,9 +7,9 @@ namespace rastrel::xml {
 
 XmlStreamHandler::~XmlStreamHandler() = default;
 
-bool StreamXmlFile(std::wstring_view path, XmlStreamHandler& handler, XmlBlanks blanks) {
+bool StreamXmlFile(std::wstring_view path, XmlStreamHandler& handler, XmlWhitespace whitespace) {
   XmlNames names;
-  XmlStreamer streamer(handler, names, blanks);
+  XmlStreamer streamer(handler, names, whitespace);
   return ParseXmlFile(path, names, streamer, &streamer);
 }
 

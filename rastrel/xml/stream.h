@@ -7,9 +7,9 @@
 #include "rastrel/xml/elements.h"
 #include "rastrel/xml/node.h"
 
-/// Documents that are too large to be held: the parser hands on what it has read, and only the
-/// parts that are asked for become nodes. Same strictness, same nodes, same functions as
-/// xml_layer.h.
+/// Documents that are too large to be held whole: elements are handed on as they are read, and only
+/// the ones that are collected become nodes. Same strictness, same nodes, same functions as
+/// xml/layer.h.
 namespace rastrel::xml {
 
 /// Receives a document. Called on the thread that reads.
@@ -43,13 +43,13 @@ class XmlStreamHandler {
   std::optional<std::wstring> m_Refusal;
 };
 
-/// What becomes of texts of blanks alone below a Node element. Neither is a child of its parent;
-/// kept ones are seen by RawTextBytes (xml_walk.h) alone.
-enum class XmlBlanks { Drop, Keep };
+/// The handling of texts of whitespace alone below a collected element. They are no children of
+/// their parent either way; kept ones are seen by RawTextBytes (xml/walk.h) alone.
+enum class XmlWhitespace { Drop, Keep };
 
 /// Reads a file by library path. True if all of it was read and is a document. False if it can't be
-/// read or is refused, also in its last line: what was handed over till then is then void.
+/// read or is refused, also in its last line: all that was handed over is void then.
 [[nodiscard]] bool StreamXmlFile(std::wstring_view path, XmlStreamHandler& handler,
-                                 XmlBlanks blanks = XmlBlanks::Drop);
+                                 XmlWhitespace whitespace = XmlWhitespace::Drop);
 
 }  // namespace rastrel::xml

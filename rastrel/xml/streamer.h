@@ -15,16 +15,16 @@
 
 namespace rastrel::xml {
 
-/// Asks a handler about each element and collects what it wants. All memory is taken from one arena
-/// in the order of the elements, and given back when they end. Elements may come in parts and
-/// whole, by turns; the handler can't tell.
+/// Asks a handler about each element and collects those it wants. All memory is taken from one
+/// arena in the order of the elements, and given back when they end. Elements may come in parts and
+/// whole, by turns; the handler sees no difference.
 class XmlStreamer : public XmlEvents, public XmlElements {
  public:
-  XmlStreamer(XmlStreamHandler& handler, const XmlNames& names, XmlBlanks blanks)
+  XmlStreamer(XmlStreamHandler& handler, const XmlNames& names, XmlWhitespace whitespace)
       : m_Handler(handler),
         m_Names(names),
-        m_KeepsBlanks(blanks == XmlBlanks::Keep),
-        m_Builder(m_Arena, m_KeepsBlanks) {}
+        m_KeepsWhitespace(whitespace == XmlWhitespace::Keep),
+        m_Builder(m_Arena, m_KeepsWhitespace) {}
 
   void Start(const XmlName* name, std::span<const XmlStartAttribute> attributes,
              std::uint32_t line) override {
@@ -79,7 +79,7 @@ class XmlStreamer : public XmlEvents, public XmlElements {
     m_Refused = m_Handler.Refusal().has_value();
   }
 
-  [[nodiscard]] bool KeepsBlanks() const override { return m_KeepsBlanks; }
+  [[nodiscard]] bool KeepsWhitespace() const override { return m_KeepsWhitespace; }
 
   [[nodiscard]] std::optional<std::wstring> Refusal() const override {
     if (m_Handler.Refusal()) return m_Handler.Refusal();
@@ -138,13 +138,13 @@ class XmlStreamer : public XmlEvents, public XmlElements {
 
   XmlStreamHandler& m_Handler;
   const XmlNames& m_Names;
-  bool m_KeepsBlanks;
+  bool m_KeepsWhitespace;
   XmlArena m_Arena;
   XmlTreeBuilder m_Builder;
   int m_Skipped = 0;  // elements that are open, from the one that was skipped on
   std::vector<Entered> m_Entered;
   Entered m_Collected{};
-  std::optional<StreamChoice> m_Choice;  // for an element that is still to be told
+  std::optional<StreamChoice> m_Choice;  // for an element that is still to come
 };
 
 }  // namespace rastrel::xml

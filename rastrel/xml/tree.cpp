@@ -15,9 +15,9 @@ void XmlNode::Release(XmlDocument& document) noexcept {
   if (document.handles.fetch_sub(1, std::memory_order_acq_rel) == 1) delete &document;
 }
 
-std::string_view TrimBlanks(std::string_view text) {
-  while (!text.empty() && IsXmlBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsXmlBlank(text.back())) text.remove_suffix(1);
+std::string_view TrimWhitespace(std::string_view text) {
+  while (!text.empty() && IsXmlWhitespace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsXmlWhitespace(text.back())) text.remove_suffix(1);
   return text;
 }
 
@@ -73,10 +73,10 @@ void XmlTreeBuilder::Instruction(const XmlName* target, std::string_view data) {
 }
 
 // Text comes in pieces, but nearly always in one, which then needs no other place than its node.
-// One that begins with a blank may turn out to be nothing.
+// One that begins with whitespace may turn out to be nothing.
 void XmlTreeBuilder::Text(std::string_view bytes) {
   if (bytes.empty()) return;
-  if (m_OnePiece == nullptr && m_Text.empty() && !IsXmlBlank(bytes.front())) {
+  if (m_OnePiece == nullptr && m_Text.empty() && !IsXmlWhitespace(bytes.front())) {
     m_OnePiece = AddContent(XmlKind::Text, nullptr, bytes);
     return;
   }
@@ -93,17 +93,18 @@ void XmlTreeBuilder::EndText() {
     }
     m_OnePiece = nullptr;
   } else {
-    const bool blank = std::all_of(m_Text.begin(), m_Text.end(), IsXmlBlank);
-    if (!blank || m_KeepBlanks) AddContent(XmlKind::Text, nullptr, m_Text, blank);
+    const bool isWhitespace = std::all_of(m_Text.begin(), m_Text.end(), IsXmlWhitespace);
+    if (!isWhitespace || m_KeepsWhitespace)
+      AddContent(XmlKind::Text, nullptr, m_Text, isWhitespace);
   }
   m_Text.clear();
 }
 
 XmlTreeNode* XmlTreeBuilder::AddContent(XmlKind kind, const XmlName* name, std::string_view content,
-                                        bool blank) {
+                                        bool isWhitespace) {
   const std::string_view copy = m_Arena.Copy(content);
   XmlTreeNode* const node = MakeContentAt(m_Arena.Allocate(sizeof(XmlTreeNode)), kind, name, copy,
-                                          blank, m_Open.back().element);
+                                          isWhitespace, m_Open.back().element);
   m_Open.back().Append(node);
   return node;
 }

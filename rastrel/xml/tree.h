@@ -13,8 +13,8 @@
 #include "rastrel/xml/arena.h"
 #include "rastrel/xml/names.h"
 
-/// The tree behind XmlNode: for the layer's own sources. Made for speed: all of a document lies in
-/// one arena in the order of reading, texts in UTF-8, names kept once.
+/// The tree that XmlNode refers to, for the layer's own sources. Made for speed: all of a document
+/// lies in one arena in the order of reading, with texts in UTF-8 and each name once.
 namespace rastrel::xml {
 
 enum class XmlKind : std::uint8_t { Element, Text, Cdata, Comment, Instruction };
@@ -40,7 +40,7 @@ struct XmlTreeNode {
   const XmlName* name;   ///< of an element or instruction; else null
   std::uint32_t length;  ///< of the content in bytes, or how many attributes
   XmlKind kind : 7;
-  bool blank : 1;           ///< a text of blanks alone, kept on demand and no child of its parent
+  bool isWhitespace : 1;    ///< a text of whitespace alone, kept on demand and no child
   std::uint32_t line : 24;  ///< of an element: where its start tag ends, from 1; else 0
 
   [[nodiscard]] std::string_view Content() const { return {content, length}; }
@@ -49,7 +49,7 @@ struct XmlTreeNode {
   }
 };
 static_assert(sizeof(XmlTreeNode) % alignof(XmlTreeAttribute) == 0);
-/// The last line that a node can name; those behind it count as this one.
+/// The last line that a node can name; later ones count as this one.
 inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
 
 /// Makes an element in memory for it and its attributes, which follow it and are still to be made.
@@ -64,14 +64,14 @@ inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
   node->name = name;
   node->length = static_cast<std::uint32_t>(attributes);
   node->kind = XmlKind::Element;
-  node->blank = false;
+  node->isWhitespace = false;
   node->line = std::min(line, XmlLastLine) & XmlLastLine;
   return node;
 }
 
 /// Makes any other node. `content` is borrowed; `name` is an instruction's target, or null.
 [[nodiscard]] inline XmlTreeNode* MakeContentAt(void* memory, XmlKind kind, const XmlName* name,
-                                                std::string_view content, bool blank,
+                                                std::string_view content, bool isWhitespace,
                                                 const XmlTreeNode* parent) {
   auto* const node = new (memory) XmlTreeNode;
   node->parent = parent;
@@ -80,7 +80,7 @@ inline constexpr std::uint32_t XmlLastLine = (1U << 24) - 1;
   node->name = name;
   node->length = static_cast<std::uint32_t>(content.size());
   node->kind = kind;
-  node->blank = blank;
+  node->isWhitespace = isWhitespace;
   node->line = 0;
   return node;
 }
@@ -103,24 +103,25 @@ struct XmlDocument {
   XmlArena arena;
 };
 
-/// An attribute as the parser tells it. The value is valid during the call only.
+/// An attribute as the parser reports it. The value is valid during the call only.
 struct XmlStartAttribute {
   const XmlName* name;
   std::string_view value;
   bool declaresNamespace;
 };
 
-/// Blank, tab, carriage return or line feed.
-[[nodiscard]] constexpr bool IsXmlBlank(char byte) {
+/// Space, tab, carriage return or line feed.
+[[nodiscard]] constexpr bool IsXmlWhitespace(char byte) {
   return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
-/// The text without blanks at both ends.
-[[nodiscard]] std::string_view TrimBlanks(std::string_view text);
+/// The text without whitespace at both ends.
+[[nodiscard]] std::string_view TrimWhitespace(std::string_view text);
 
 /// Builds the nodes below one element in an arena.
 class XmlTreeBuilder {
  public:
-  XmlTreeBuilder(XmlArena& arena, bool keepBlanks) : m_Arena(arena), m_KeepBlanks(keepBlanks) {}
+  XmlTreeBuilder(XmlArena& arena, bool keepsWhitespace)
+      : m_Arena(arena), m_KeepsWhitespace(keepsWhitespace) {}
 
   /// Makes an element without joining it to anything but its parent.
   [[nodiscard]] XmlTreeNode* Make(const XmlName* name,
@@ -133,7 +134,7 @@ class XmlTreeBuilder {
              std::uint32_t line);
   /// The element that is open ends. True if it was the root.
   bool End();
-  /// A piece of text; what follows directly belongs to it.
+  /// A piece of text; one that follows directly belongs to the same text.
   void Text(std::string_view bytes);
   void Cdata(std::string_view bytes);
   void Comment(std::string_view bytes);
@@ -150,13 +151,13 @@ class XmlTreeBuilder {
   }
   void EndText();
   XmlTreeNode* AddContent(XmlKind kind, const XmlName* name, std::string_view content,
-                          bool blank = false);
+                          bool isWhitespace = false);
 
   XmlArena& m_Arena;
-  bool m_KeepBlanks;
+  bool m_KeepsWhitespace;
   std::vector<XmlTreeLevel> m_Open;
   XmlTreeNode* m_OnePiece = nullptr;  // holds the first piece of the text that is being read
-  std::string m_Text;                 // all of it, if there is more, or if it begins with a blank
+  std::string m_Text;  // all of it, if there is more, or if it begins with whitespace
 };
 
 }  // namespace rastrel::xml

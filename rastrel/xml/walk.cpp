@@ -5,29 +5,30 @@
 namespace rastrel::xml {
 namespace {
 
-bool HoldsText(const XmlTreeNode& node, bool blanks) {
-  return node.kind == XmlKind::Cdata || (node.kind == XmlKind::Text && (blanks || !node.blank));
+bool HoldsText(const XmlTreeNode& node, bool whitespace) {
+  return node.kind == XmlKind::Cdata ||
+         (node.kind == XmlKind::Text && (whitespace || !node.isWhitespace));
 }
 
 // Appends the texts below an element. Elements lie no deeper than the layer's limit.
-void AppendTexts(const XmlTreeNode& element, bool blanks, std::string& text) {
+void AppendTexts(const XmlTreeNode& element, bool whitespace, std::string& text) {
   for (const XmlTreeNode* node = element.child; node != nullptr; node = node->next) {
     if (node->kind == XmlKind::Element) {
-      AppendTexts(*node, blanks, text);
-    } else if (HoldsText(*node, blanks)) {
+      AppendTexts(*node, whitespace, text);
+    } else if (HoldsText(*node, whitespace)) {
       text.append(node->Content());
     }
   }
 }
 
-std::string_view TextOf(const XmlTreeNode* node, bool blanks, std::string& scratch) {
+std::string_view TextOf(const XmlTreeNode* node, bool whitespace, std::string& scratch) {
   if (node == nullptr) return {};
   if (node->kind != XmlKind::Element) return node->Content();
   const XmlTreeNode* const child = node->child;
   if (child == nullptr) return {};
-  if (child->next == nullptr && HoldsText(*child, blanks)) return child->Content();
+  if (child->next == nullptr && HoldsText(*child, whitespace)) return child->Content();
   scratch.clear();
-  AppendTexts(*node, blanks, scratch);
+  AppendTexts(*node, whitespace, scratch);
   return scratch;
 }
 
@@ -48,7 +49,7 @@ bool IsText(const XmlNode& node) {
 }
 
 std::string_view TextBytes(const XmlNode& node, std::string& scratch) {
-  return TrimBlanks(TextOf(node.Tree(), false, scratch));
+  return TrimWhitespace(TextOf(node.Tree(), false, scratch));
 }
 
 std::string_view RawTextBytes(const XmlNode& node, std::string& scratch) {

@@ -7,16 +7,16 @@
 #include "rastrel/xml/node.h"
 #include "rastrel/xml/tree.h"
 
-/// The node functions of xml_layer.h without a copy, for readers that meet millions of nodes. Same
+/// The node functions of xml/layer.h without a copy, for readers that meet millions of nodes. Same
 /// nodes, same names, same texts. Bytes are UTF-8 and valid as long as the node is. A name that is
 /// asked for often is best a `constexpr std::wstring_view`, whose length is known beforehand.
 namespace rastrel::xml {
 
-/// The first child and the next of the same parent; none behind the last.
+/// The first child and the next of the same parent; none after the last.
 [[nodiscard]] inline XmlNode FirstChild(const XmlNode& node);
 [[nodiscard]] inline XmlNode NextSibling(const XmlNode& node);
 
-/// The same, and texts of blanks alone besides where the stream was told to keep them.
+/// The same, with texts of whitespace alone where the stream keeps them (XmlWhitespace::Keep).
 [[nodiscard]] XmlNode FirstPiece(const XmlNode& node);
 [[nodiscard]] XmlNode NextPiece(const XmlNode& node);
 
@@ -29,12 +29,13 @@ namespace rastrel::xml {
 /// Whether the node is an element of that local name.
 [[nodiscard]] inline bool IsNamed(const XmlNode& node, std::wstring_view name);
 
-/// An attribute's value as AttributeString gives it; empty if it is absent.
+/// An attribute's value as AttributeString returns it; empty if it is absent.
 [[nodiscard]] inline std::string_view AttributeBytes(const XmlNode& node, std::wstring_view name);
-/// The text as NodeText gives it. Stands in the node or, where it is made of several, in `scratch`.
+/// The text as NodeText returns it. Lies in the node or, where it is joined of several, in
+/// `scratch`.
 [[nodiscard]] std::string_view TextBytes(const XmlNode& node, std::string& scratch);
-/// The same with the blanks at both ends, and with texts of blanks alone where the stream was told
-/// to keep them: what the document's writer meant a person to see.
+/// The same with the whitespace at both ends, and with texts of whitespace alone where the stream
+/// keeps them: the text that the writer of the document meant a person to see.
 [[nodiscard]] std::string_view RawTextBytes(const XmlNode& node, std::string& scratch);
 
 // Names are a few characters, for which a call costs more than the comparison.
@@ -46,7 +47,7 @@ inline bool SameName(std::wstring_view left, std::wstring_view right) {
 }
 
 inline XmlNode NodeFrom(const XmlTreeNode* node, XmlDocument* document) {
-  while (node != nullptr && node->blank) node = node->next;
+  while (node != nullptr && node->isWhitespace) node = node->next;
   return node == nullptr ? XmlNode() : XmlNode(node, document);
 }
 

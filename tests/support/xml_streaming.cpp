@@ -49,7 +49,7 @@ std::string NodeNotes(const XmlNode& node, const xml::XmlTreeNode* parent) {
   std::string text = "(" + std::to_string(static_cast<int>(tree.kind));
   if (tree.parent != parent) text += " of another parent";
   if (!xml::IsElement(node))
-    return text + (tree.blank ? " blank" : "") + " [" + std::string(tree.Content()) + "])";
+    return text + (tree.isWhitespace ? " blank" : "") + " [" + std::string(tree.Content()) + "])";
   text += " " + StartNotes(tree);
   for (XmlNode child = xml::FirstPiece(node); child; child = xml::NextPiece(child))
     text += NodeNotes(child, &tree);
@@ -148,8 +148,9 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
   Listener listener(streaming.choices);
   Pieces source(document, streaming.piece);
   xml::XmlNames names;
-  xml::XmlStreamer streamer(listener, names,
-                            streaming.keepsBlanks ? xml::XmlBlanks::Keep : xml::XmlBlanks::Drop);
+  xml::XmlStreamer streamer(
+      listener, names,
+      streaming.keepsWhitespace ? xml::XmlWhitespace::Keep : xml::XmlWhitespace::Drop);
   const auto parsed = xml::ParseXml(source, xml::XmlEncoding::ByDocument, names, streamer,
                                     streaming.takesWhole ? &streamer : nullptr);
   if (parsed) return listener.Notes();
@@ -161,7 +162,7 @@ std::string CallsOf(std::string_view document, const Streaming& streaming) {
 std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
                                    std::uint32_t choices) {
   Streaming streaming{
-      .takesWhole = false, .keepsBlanks = choices % 3 == 0, .piece = 0, .choices = choices};
+      .takesWhole = false, .keepsWhitespace = choices % 3 == 0, .piece = 0, .choices = choices};
   const std::string parts = CallsOf(document, streaming);
   streaming.takesWhole = true;
   for (const bool isUnchecked : {false, true}) {

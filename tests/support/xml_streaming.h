@@ -10,11 +10,11 @@ namespace rastrel::test {
 
 /// How a document is streamed.
 struct Streaming {
-  bool takesWhole = true;     ///< plain elements come whole; else all comes part by part
-  bool isUnchecked = false;   ///< the parser is taken for a version that was not checked
-  bool keepsBlanks = false;   ///< as xml::XmlBlanks::Keep
-  std::size_t piece = 0;      ///< the source gives at most so many bytes at a time; 0 for all
-  std::uint32_t choices = 0;  ///< by which the handler skips, enters, collects, and refuses
+  bool takesWhole = true;        ///< plain elements come whole; else all comes part by part
+  bool isUnchecked = false;      ///< the parser is taken for a version that was not checked
+  bool keepsWhitespace = false;  ///< as xml::XmlWhitespace::Keep
+  std::size_t piece = 0;         ///< the source gives at most so many bytes at a time; 0 for all
+  std::uint32_t choices = 0;     ///< by which the handler skips, enters, collects, and refuses
 };
 
 /// All calls that the handler gets, with all that the nodes tell, their lines among it, and at the

@@ -16,7 +16,7 @@ using namespace rastrel::xml;
 
 std::string TextOf(const XmlTreeNode& node) {
   if (node.kind != XmlKind::Element)
-    return (node.blank ? "blank[" : "[") + std::string(node.Content()) + "]";
+    return (node.isWhitespace ? "blank[" : "[") + std::string(node.Content()) + "]";
   std::string text = "<" + std::string(node.name->bytes) + "@" + std::to_string(node.line);
   for (const XmlTreeAttribute& attribute : node.Attributes())
     text += " " + std::string(attribute.name->bytes) + "=" + std::string(attribute.Value());
@@ -35,10 +35,10 @@ class Taker : public XmlElements {
     return choice;
   }
   void Take(const XmlTreeNode& element) override { taken = TextOf(element); }
-  [[nodiscard]] bool KeepsBlanks() const override { return keepsBlanks; }
+  [[nodiscard]] bool KeepsWhitespace() const override { return keepsWhitespace; }
 
   std::optional<StreamChoice> choice = StreamChoice::Node;
-  bool keepsBlanks = false;
+  bool keepsWhitespace = false;
   std::string chosen;
   std::string taken;
 };
@@ -96,7 +96,7 @@ TEST_F(XmlPlain, lines_are_counted_where_start_tags_end) {
 
 TEST_F(XmlPlain, texts_of_blanks_alone_stand_in_nodes_only_where_they_are_kept) {
   EXPECT_EQ("<a@1><b@2>/[ x ]/", Scan("<a> \n<b/> x </a>"));
-  m_Taker.keepsBlanks = true;
+  m_Taker.keepsWhitespace = true;
   EXPECT_EQ("<a@1>blank[ \n]<b@2>/[ x ]/", Scan("<a> \n<b/> x </a>"));
 }
 

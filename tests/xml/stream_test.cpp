@@ -46,7 +46,7 @@ class Notes : public XmlStreamHandler {
 
 class XmlStream : public rastrel::test::XmlTest {
  protected:
-  std::string NotesOf(std::string_view content, XmlBlanks blanks = XmlBlanks::Drop) {
+  std::string NotesOf(std::string_view content, XmlWhitespace blanks = XmlWhitespace::Drop) {
     Notes notes;
     const bool whole = StreamXmlFile(FileOf(content), notes, blanks);
     return notes.Text() + (whole ? "" : "!");
@@ -74,7 +74,7 @@ TEST_F(XmlStream, collected_nodes_are_as_in_a_loaded_document) {
 TEST_F(XmlStream, blanks_alone_are_kept_for_those_who_want_them_raw) {
   const std::string content = "<n> <b>x</b> <b>y</b>\n</n>";
   EXPECT_EQ("<n0{2 xy|xy}", NotesOf(content));
-  EXPECT_EQ("<n0{2 xy| x y\n}", NotesOf(content, XmlBlanks::Keep));
+  EXPECT_EQ("<n0{2 xy| x y\n}", NotesOf(content, XmlWhitespace::Keep));
 }
 
 TEST_F(XmlStream, a_handler_may_refuse_in_every_call_and_hears_no_more) {
