@@ -27,7 +27,7 @@ bool CCFM2::Parse() {
   if (missingEnd) CAppLog::Instance().Write("No comment end in CFF2");
   const std::wstring_view begin = Instruction(InstructionBegin);
   const std::wstring_view end = Instruction(InstructionEnd);
-  // Both words are plain substrings, wherever they stand: "Legend" ends a block too.
+  // Both keywords are plain substrings, in any place: "Legend" ends a block too.
   for (std::size_t at = 0;;) {
     const std::size_t from = text.find(begin, at);
     if (from == std::wstring::npos) break;

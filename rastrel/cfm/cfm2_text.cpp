@@ -14,7 +14,7 @@ std::wstring_view Trimmed(std::wstring_view text) {
   return text.substr(first, text.find_last_not_of(TrimSet) - first + 1);
 }
 
-// One pass does what a search from the beginning after each removal does: no ">" stands before the
+// One pass is the same as a search from the beginning after each removal: no ">" is before the
 // place of a removal, so nothing there can begin a comment later.
 std::wstring WithoutComments(std::wstring_view text, wchar_t lineDelimiter, bool& missingEnd) {
   std::wstring result;
@@ -35,11 +35,11 @@ std::wstring WithoutComments(std::wstring_view text, wchar_t lineDelimiter, bool
       missingEnd = true;
       break;
     }
-    const std::size_t behind = std::min(close + CommentEnd.size() + CommentTail, text.size());
+    const std::size_t after = std::min(close + CommentEnd.size() + CommentTail, text.size());
     // However many lines the comment took, one line end comes back.
-    if (text.substr(open, behind - open).find(lineDelimiter) != std::wstring_view::npos)
+    if (text.substr(open, after - open).find(lineDelimiter) != std::wstring_view::npos)
       result += lineDelimiter;
-    at = behind;
+    at = after;
   }
   return result;
 }

@@ -8,10 +8,10 @@ namespace rastrel::cfm {
 
 inline constexpr std::wstring_view Separator = L":=";
 inline constexpr std::wstring_view CommentEnd = L"<<";
-/// A block comment takes this many characters behind its end with it.
+/// This many characters after a block comment's end are removed with it.
 inline constexpr std::size_t CommentTail = 3;
 
-/// The text without tab, blank, line feed, carriage return, alert, form feed and vertical tab at
+/// The text without tab, space, line feed, carriage return, alert, form feed and vertical tab at
 /// its ends. Borrows from `text`.
 [[nodiscard]] std::wstring_view Trimmed(std::wstring_view text);
 

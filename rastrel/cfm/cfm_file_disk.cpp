@@ -1,4 +1,4 @@
-// What a job's page list does on disk. The list itself is in job/cfm_file.h.
+// The operations of a job's page list on the disk. The list itself is in job/cfm_file.h.
 
 #include "rastrel/cfm/directories.h"
 #include "rastrel/job/app_log.h"
@@ -16,7 +16,7 @@ CString PageDirectory(const CCFMFileEntry& entry) {
   return rastrel::os::WithClosingBackslash(directory) + entry.FileName;
 }
 
-// A rename where nobody can tell it from the copy and removal that it stands for. A source that
+// A rename, if its result is the same as that of the copy and removal. A source that
 // DeleteDirectory would refuse must not vanish either.
 bool MovePage(const CString& source, const CString& target) {
   if (source.size() >= ShortestRemovablePath && rastrel::os::TryRenameTree(source, target))
@@ -45,7 +45,7 @@ bool CCFMFile::DeletePages() {
   for (const CCFMFileEntry& entry : Entries)
     result = DeleteDirectory(PageDirectory(entry).c_str()) && result;
   // The job's own directory goes with its pages: the spool's ".cfm", or where the RIP put them. The
-  // text is taken as it stands, also where it is "default".
+  // text is taken unchanged, even if it is "default".
   if (!Entries.empty()) result = DeleteDirectory(Entries.front().Directory.c_str()) && result;
   Entries.clear();
   TotalSize = 0;

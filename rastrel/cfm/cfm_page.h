@@ -7,7 +7,7 @@
 
 namespace PrintingThread {
 
-/// What the output engine does with a page; the word stands in the page's "begin" line.
+/// How the output engine treats a page. Its keyword is in the page's "begin" line.
 enum CFM2TicketType : std::int32_t {
   CFM2_ONCE = 0,
   CFM2_REPRINT = 1,  ///< the only one that this library assigns itself
@@ -26,7 +26,7 @@ class CCFMPage {
   CCFMPage& operator=(const CCFMPage&) = default;
   virtual ~CCFMPage();
 
-  /// Takes the text without white space at its ends; the word "default" stands for the RIP's output
+  /// Takes the text without whitespace at its ends; "default" means the RIP's output
   /// directory. The directory always ends in a separator afterwards, and is never empty.
   void SetDirectory(const std::wstring& text);
 

@@ -16,7 +16,7 @@ namespace os = rastrel::os;
 
 namespace {
 
-// What a log text may have more than its format: the buffer's room without its end.
+// The maximum number of characters that a log text has beyond its format's length.
 constexpr std::size_t LogTextRoom = 1024 - 3;
 
 bool IsWhole(const CSemaphore& semaphore) { return semaphore.m_hObject != INVALID_HANDLE_VALUE; }

@@ -12,12 +12,12 @@ namespace rastrel::os {
 class Thread;
 }
 
-/// The originator of what is reported of the queue program.
+/// The originator of the queue program's reports.
 inline constexpr JT_ORIGINATOR JTO_CLQ{4};
 
 /// A job ticket for one file: runs the queue program on it, on a thread of its own. It has no
-/// record and no settings; what the program reports goes to whoever overrides the operations of
-/// CJobMessaging. Used on the host's thread; the reports come on others.
+/// record and no settings. A derived class gets the program's reports by overriding the operations
+/// of CJobMessaging. Used on the host's thread; the reports come on others.
 class CLQTicket : public CJobMessaging {
  public:
   /// Library path of the queue program.

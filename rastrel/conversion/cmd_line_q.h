@@ -6,8 +6,8 @@
 
 class CQProgressDlg;
 
-/// The ticket of a conversion that a person watches: what the queue program reports becomes posted
-/// messages to the progress dialog, the only way in which anything crosses to it.
+/// The ticket of a conversion with a progress dialog: the queue program's reports become messages
+/// that are posted to the dialog. Nothing else passes between the threads.
 class CCmdLineQ : public CLQTicket {
  public:
   using CLQTicket::CLQTicket;

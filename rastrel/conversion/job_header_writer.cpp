@@ -41,6 +41,18 @@ std::wstring FlatnessLine() {
 
 }  // namespace
 
+// The lines, each with CR and LF at its end; those in brackets are optional:
+//
+//   %#Velumark Header 2.0
+//   %#Begin Job: 0
+//   %# Title: MyJob
+//   %#Type=Print
+//   [%#PageSize=Custom,<width>,<height>]     points
+//   [%# KVI_Res= <dots per inch>]
+//   [%# KVI_CutLine= <color>]                the cut line
+//   [%# KVI_CutLine= <color>]                the half cut
+//   [%# KVI_Setflat= <flatness>]             with either cut
+//   %#End Job
 std::wstring JobHeaderText(const PageSize* page, const CPS2CutData* cut, const CPS2CutData* halfCut,
                            const int* resolution) {
   std::wstring text =

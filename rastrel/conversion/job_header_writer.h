@@ -12,8 +12,9 @@ struct PageSize {
 
 namespace rastrel::conversion {
 
-/// The lines that tell the queue program what to do with a file; docs/formats/job-header.md has
-/// them. `page` and `resolution` may be null: no line then. A resolution below 1 has none either.
+/// The lines that say how the queue program is to process a file; docs/formats/job-header.md has
+/// them. `page` and `resolution` (dots per inch) may be null: they have no line then. Neither has a
+/// resolution below 1.
 [[nodiscard]] std::wstring JobHeaderText(const PageSize* page, const CPS2CutData* cut,
                                          const CPS2CutData* halfCut, const int* resolution);
 

@@ -30,8 +30,8 @@ bool PrependToFile(const wchar_t* file, const std::wstring& text) {
   const auto parts = os::SplitPath(file);
   const auto joined = os::CompleteTemporaryName(parts.drive + parts.directory + L"vktmpXXXXXX");
   if (!joined || !MakeJoined(*joined, file, os::AnsiFromWide(text))) return false;
-  // The new name is tried for even if the old file is still there: it is then refused, and both
-  // stay. The result tells of either failure.
+  // The rename is tried even if the old file is still there: it is then refused, and both stay.
+  // Either failure is the result.
   const bool removed = os::RemoveFile(file);
   const bool renamed = os::RenameToNew(*joined, file);
   return removed && renamed;

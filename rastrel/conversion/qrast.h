@@ -10,8 +10,8 @@
 
 namespace PrintingThread {
 
-/// What the queue program tells of a page while it measures it; docs/formats/page-records.md has
-/// the lines. What it did not tell stays at its initial value. Lengths are in inches.
+/// The queue program's measurements of a page; docs/formats/page-records.md has its lines. A value
+/// that it did not report stays at its initial value. Lengths are in inches.
 struct QRastPageInfo {
   std::wstring name;
   std::int32_t bits = -1;  ///< bits a pixel
@@ -27,7 +27,7 @@ struct QRastPageInfo {
 };
 
 /// Reads the records out of the queue program's standard error. Every line goes to the application
-/// log; what is no record is of no other use.
+/// log; a line that is no record is otherwise ignored.
 class CQRastStderrParser : public CBaseStderrParser {
  public:
   /// Neither is owned. The record may be read once Wait has returned.
@@ -50,8 +50,8 @@ class CQRast : public rastrel::printing::ChildSupervisor {
   CQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop = nullptr);
   ~CQRast() override;
   /// Blocks until the child has ended and all its lines are read. True if it ended with status 0
-  /// or 1, or had to be ended because it could not be waited for; the record holds what it told
-  /// also if it failed. Failures go to the application log. False also if it was stopped.
+  /// or 1, or was terminated because the wait failed; false otherwise, and if it was stopped. The
+  /// record has the reported values in either case. Failures go to the application log.
   [[nodiscard]] bool Run();
 
  private:
@@ -68,7 +68,7 @@ class CQRast : public rastrel::printing::ChildSupervisor {
 };
 
 /// Measures a file: CQRast, once it is sure that there is a queue program. Non-zero if that went
-/// well. 0 at once for a null path, or with words in the application log if the program is missing.
+/// well. 0 at once for a null path, or if the program is missing (logged).
 [[nodiscard]] int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo,
                            CSemaphore* stop = nullptr);
 

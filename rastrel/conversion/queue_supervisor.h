@@ -13,7 +13,7 @@ namespace PrintingThread {
 /// ticket, and ends it when the job is aborted. Lives on the job's thread.
 class CLQThread : public rastrel::printing::ChildSupervisor {
  public:
-  /// What the ticket lends; all of it outlives the supervisor.
+  /// The ticket and its objects. Nothing is owned; all must outlive the supervisor.
   struct Job {
     CLQTicket* ticket;
     CSemaphore* semaphore;   ///< released by an abort

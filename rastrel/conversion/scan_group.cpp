@@ -10,7 +10,7 @@ namespace rastrel::conversion {
 
 namespace {
 
-// The rest of a text in narrow characters; what is not ASCII ends every number.
+// The rest of a text in narrow characters; a character beyond ASCII ends every number.
 class Scanner {
  public:
   explicit Scanner(std::wstring_view text) {
@@ -33,7 +33,7 @@ class Scanner {
     const bool negative = PassSign();
     float number = 0;
     const bool hexadecimal = PassHexadecimalMark();
-    // from_chars would take words behind the mark.
+    // from_chars would accept names of numbers after the mark.
     if (hexadecimal && std::string_view("iInN").find(Peek()) != std::string_view::npos)
       return std::nullopt;
     if (!Take(number, hexadecimal ? std::chars_format::hex : std::chars_format::general))

@@ -4,9 +4,9 @@
 
 namespace rastrel::conversion {
 
-/// A name for a temporary file in the RIP directory that nothing has yet: "vk" and six characters,
-/// with `suffix` behind it (which is not looked at). False, with `out` as it was, if there is none,
-/// or if the RIP directory's path leaves no room for one in 260 characters. Callers lower the case
+/// A free name for a temporary file in the RIP directory: "vk", six characters, and `suffix`, which
+/// is not checked. False, with `out` as it was, if there is none, or if the path
+/// without the suffix, with its terminator, is longer than 260 characters. Callers lower the case
 /// of the whole path before they use it.
 [[nodiscard]] bool MakeRipTempName(std::wstring& out, const wchar_t* suffix);
 

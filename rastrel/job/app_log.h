@@ -9,15 +9,15 @@
 #include "rastrel/platform/os/recursive_lock.h"
 
 /// The library's diagnostic file, `Rastrel-<process id>.log` in the RIP directory, one a process.
-/// Entries stand one behind the other: "[day/month/year, time]", the thread's id, the text in
-/// UTF-8. Only Printf ends a line, and nothing else ever does. Never tells its caller of a failure.
-/// docs/formats/application-log.md has the format.
+/// Entries follow each other: "[day/month/year, time]", the thread's id, the text in UTF-8. Only
+/// Printf ends a line. A failure is never reported to the caller. docs/formats/application-log.md
+/// has the format.
 ///
-/// All threads of the library write; an entry is written whole in one call under one lock. Where
-/// the file could not be opened, the text goes to the standard error stream and the lock **stays
-/// entered**: the first thread that logs goes on logging, every other thread that logs waits for
-/// ever. Programs that must not stand still make sure of the RIP directory before they print
-/// (`rastrel doctor` looks for it).
+/// All threads of the library write; an entry is written whole, in one call under one lock. If the
+/// file could not be opened, the text goes to the standard error stream and the lock **stays
+/// entered**: the first thread that logs goes on, and every other thread that logs waits for ever.
+/// A program that must not hang makes sure of the RIP directory before it prints (`rastrel doctor`
+/// checks it).
 class CAppLog {
  public:
   /// The one object, made at first use. Making it opens the file and removes the logs of processes
@@ -31,11 +31,11 @@ class CAppLog {
   CAppLog(const CAppLog&) = delete;
   CAppLog& operator=(const CAppLog&) = delete;
 
-  /// One entry, as it stands. No line end is added.
+  /// Writes one entry, its bytes unchanged. No line end is added.
   void Write(const char* text);
-  /// One entry, as UTF-8. No line end is added.
+  /// Writes one entry, as UTF-8. No line end is added.
   void Write(const wchar_t* text);
-  /// One formatted entry with a carriage return and line feed at its end.
+  /// Writes one formatted entry (FormatString's rules), and CR and LF after it.
   template <typename... Arguments>
   void Printf(const wchar_t* format, const Arguments&... arguments) {
     const std::array<rastrel::job::FormatArgument, sizeof...(Arguments)> list{

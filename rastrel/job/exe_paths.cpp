@@ -42,7 +42,7 @@ CExePaths& CExePaths::Instance() {
 void CExePaths::DeleteInstance() { Holder().Delete(); }
 
 CExePaths::CExePaths() {
-  // First of all: what the constructor reaches may ask for the object.
+  // First of all: code that the constructor calls may ask for the object.
   Holder().Announce(this);
   TakeModule();
   TakeQueueDirectory();
@@ -61,7 +61,7 @@ void CExePaths::TakeModule() {
 
 void CExePaths::TakeQueueDirectory() {
   if (auto directory = Configured(L"Debug", L"CmdlineQpath")) {
-    // The name is put directly behind the value, so a value without its closing separator never
+    // The name is put directly after the value, so a value without its closing separator never
     // finds the program; it is used all the same unless the second place has it.
     if (!Exists(*directory + QueueProgramSought)) {
       const auto second = Configured(L"local queue", L"path");

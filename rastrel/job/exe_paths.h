@@ -29,7 +29,7 @@ class CExePaths {
   std::wstring m_ModulePath;  ///< the host's executable
   std::wstring m_ModuleName;  ///< its file name without extension
   std::wstring m_CFMDir;      ///< spool root; the only directory here without a closing backslash
-  std::wstring m_QueueDir;    ///< what all the others stand on
+  std::wstring m_QueueDir;    ///< the directory that most others are in
   std::wstring m_QueueExe;    ///< the queue program
 
  private:

@@ -71,7 +71,7 @@ void TakeModifiers(std::wstring_view format, std::size_t& at, bool variableList,
   }
 }
 
-// Reads a conversion whose "%" stands before `at`. Nothing if the format ends inside it.
+// Reads a conversion whose "%" is before `at`. Nothing if the format ends inside it.
 std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& at,
                                          bool variableList) {
   Conversion conversion;
@@ -102,7 +102,7 @@ std::wstring Digits(Number number, int base) {
   return Widen({buffer.data(), static_cast<std::size_t>(result.ptr - buffer.data())});
 }
 
-// What an unsigned conversion prints: a negative number as its 32 bits.
+// The number that an unsigned conversion prints: a negative one as its 32 bits.
 std::optional<std::uint64_t> AsUnsigned(const FormatArgument::Value& value) {
   if (const auto* number = std::get_if<std::uint64_t>(&value)) return *number;
   if (const auto* number = std::get_if<std::int64_t>(&value))

@@ -10,16 +10,16 @@
 namespace rastrel::job {
 
 /// The library's one formatter. It is not the C library's printf, knows no locale, and its texts go
-/// into files that other programs read, so its own rules are what they are:
+/// into files that other programs read, so its rules must not change:
 ///
 /// - `%%` is a percent sign.
-/// - Flags: a blank makes the fill a blank, `0` makes it a zero, `-` aligns left, `+` takes that
+/// - Flags: a space makes the fill a space, `0` makes it a zero, `-` aligns left, `+` takes that
 ///   back, `#` is ignored.
 /// - Then a width, then `.` and a precision. A precision makes the fill a zero unless `-` was
 /// given,
-///   and means nothing else to `d`, `i`, `u` and `o`. The fill stands in front of a sign.
+///   and means nothing else to `d`, `i`, `u` and `o`. The fill comes before a sign.
 /// - The modifiers `h`, `l` and `N` are ignored.
-/// - `d i u` decimal; `o` octal; `x X` hexadecimal, zeros to the precision, then blanks to the
+/// - `d i u` decimal; `o` octal; `x X` hexadecimal, zeros to the precision, then spaces to the
 ///   width, never cut; negative numbers under `u o x X` as 32 bits; `e E g G f F` floating, 6
 ///   digits if no precision is given; `s` text, cut to the precision; `p` a pointer; any other
 ///   letter, `*` among them, prints the argument plainly.

@@ -80,7 +80,7 @@ std::wstring ErrorText(JT_ERROR code) {
     case JTE_PS_MISSING: return L"(*v*)PostScript file is missing";
     case JTE_RUN_INSTALL: return L"(*v*)Run Sysinstall3.ps";
     case JTE_INVALID_RECOVERY: return L"(*v*)Invalid recovery";
-    // The host tells the children's own exit statuses by number; no words are kept for them.
+    // The host shows the children's own exit statuses by number; they have no texts.
     case JTE_UNDEFINED:
     case JTE_RIP_STATUS_1:
     case JTE_RIP_STATUS_2:

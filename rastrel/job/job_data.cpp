@@ -22,7 +22,7 @@ void CLevelsData::Serialize(CArchive& archive) {
 CJobData::CJobData() = default;
 CJobData::~CJobData() = default;
 
-// The folder stands before the name in the record, the reverse of the fields' order in memory.
+// In the record the folder comes before the name, the reverse of the fields' order in memory.
 void CJobData::Serialize(CArchive& archive) {
   if (archive.IsStoring()) {
     archive << RecordVersion << PrinterName << PrintModeFolder << PrintModeName << SpoolRequested

@@ -92,7 +92,15 @@ void CJobTicket::SetJobFile(const CString& path) {
   m_JobFile.GetFullPath();
 }
 
-// docs/formats/job-record.md
+// The ticket's record; docs/formats/job-record.md has the parts.
+//
+//   +-------------+-----------+-----------+-----------+----------+----------+---------+
+//   | version = 1 | m_JobName | m_JobNote | m_Created | m_Status | m_Copies | m_Error |
+//   +-------------+-----------+-----------+-----------+----------+----------+---------+
+//   | m_CFMFile | m_bPlanar | m_JobFile | m_SecondFile | m_JobData |
+//   +-----------+-----------+-----------+--------------+-----------+
+//   | count | m_Pages, 32 bits each |
+//   +-------+-----------------------+
 void CJobTicket::Serialize(CArchive& archive) {
   if (archive.IsStoring()) {
     archive << rastrel::job::RecordVersion << m_JobName << m_JobNote << m_Created

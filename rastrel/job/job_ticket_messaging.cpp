@@ -9,7 +9,7 @@
 
 namespace {
 
-// A job log line is at most this long, without its line end; longer text is cut.
+// The maximum length of a job log line, without its line end. A longer text is truncated.
 constexpr std::size_t LogTextLimit = 1021;
 
 bool TakesProgressText(JT_INFO code) {

@@ -7,11 +7,11 @@ class CAppLog;
 
 namespace rastrel::job {
 
-/// What every log's file name holds in front of the process id.
+/// The part of every log's file name before the process id.
 inline constexpr const wchar_t* LogNamePrefix = L"Rastrel-";
 
-/// The process id that a log's name ends in: what stands between the first "-" and the first "."
-/// behind it, if both are there and an unsigned decimal number begins it. Numbers keep their low 32
+/// The process id in a log's name: the text between the first "-" and the first "." after it, if
+/// both are there and the text begins with an unsigned decimal number. Numbers keep their low 32
 /// bits, a minus sign negates.
 [[nodiscard]] std::optional<std::uint32_t> ProcessOfLog(const std::wstring& name);
 

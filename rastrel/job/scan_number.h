@@ -8,9 +8,9 @@
 namespace rastrel::job {
 
 /// Reads an unsigned decimal number as the C library's scanf does with "%u" or "%hu", but without
-/// its locale and its undefined overflow: white space and one sign may stand in front, a minus sign
-/// negates ("-1" is the largest number), too many bits leave the low ones, and what follows the
-/// digits is not looked at. Nothing if no digit is there.
+/// its locale and its undefined overflow: whitespace and one sign may come first, a minus sign
+/// negates ("-1" is the largest number), a number of too many bits keeps the low ones, and the text
+/// after the digits is ignored. Nothing if there is no digit.
 template <std::unsigned_integral Number>
 [[nodiscard]] constexpr std::optional<Number> ScanUnsigned(std::wstring_view text) {
   const auto begin = text.find_first_not_of(L" \t\n\v\f\r");

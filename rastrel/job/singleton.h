@@ -6,9 +6,9 @@
 namespace rastrel::job {
 
 /// Where the two process-wide objects live. An object is made at first use; its constructor
-/// announces itself before anything else, so that what the constructor reaches on the same thread
-/// finds the object while it is still being made. Another thread that comes meanwhile waits until
-/// the object is whole.
+/// announces itself before anything else, so that code which the constructor calls on the same
+/// thread finds the object while it is still being made. Another thread that comes meanwhile waits
+/// until the object is whole.
 template <typename Object>
 class Singleton {
  public:

@@ -58,7 +58,7 @@ std::wstring Procedure(const wchar_t* own, const wchar_t* extra, const wchar_t* 
 }
 
 // The procedures of the four channels, and of the two further planes of a six-color device, which
-// take the red and green tables again. `kind` stands before "transfertable".
+// take the red and green tables again. `kind` is put before "transfertable".
 std::wstring Procedures(bool hexachrome, const wchar_t* kind, const wchar_t* indent) {
   struct Channel {
     const wchar_t* own;

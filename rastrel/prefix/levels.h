@@ -11,7 +11,15 @@ namespace rastrel::prefix {
 /// depends on just that, so nothing is clamped or scaled to a byte.
 [[nodiscard]] std::wstring LevelsTable(const CLevelsData& levels);
 
-/// The section that defines the four tables and hooks them behind the RIP's own.
+/// The section that defines the four tables and applies them after the RIP's own:
+///
+///     userdict begin             the tables redextratransfertable ... grayextratransfertable
+///     statusdict begin
+///       /_printerinit {
+///         Hexachrome {...} {...} ifelse     the procedures of 6 or 4 channels
+///         the RIP's own _printerinit
+///       } def
+///     end
 [[nodiscard]] std::wstring LevelsSection(const CJobData& settings);
 
 }  // namespace rastrel::prefix

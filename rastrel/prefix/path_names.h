@@ -4,11 +4,11 @@
 
 namespace rastrel::prefix {
 
-/// The prefix file of a job file: the path up to its last dot, wherever that stands, and ".psp".
+/// The prefix file of a job file: the path up to its last dot, in any component, and ".psp".
 /// std::length_error if there is no dot.
 [[nodiscard]] std::wstring PrefixPathOf(const std::wstring& jobPath);
 
-/// The job's title: the path up to its last dot, and of that what stands behind the last backslash.
+/// The job's title: the path up to its last dot, and of that the part after its last backslash.
 /// std::length_error if there is no dot.
 [[nodiscard]] std::wstring TitleOf(const std::wstring& jobPath);
 

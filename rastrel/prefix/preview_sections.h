@@ -8,7 +8,7 @@
 namespace rastrel::prefix {
 
 /// Asks the RIP to keep cut data apart, names the cut color, and keeps the job from changing it.
-/// Unlike the ordinary prefix: CMYK stands on a scale of 0 to 1000, RGB needs its own model number,
+/// Unlike the ordinary prefix: CMYK components are 0 to 1000, RGB needs its own model number,
 /// a separation is named, and the operator is replaced with no alias of the old one.
 [[nodiscard]] std::wstring CutDataSection(const CJobData& settings);
 

@@ -24,6 +24,16 @@ PSPrefix::~PSPrefix() {
   if (!keep && !m_PrefixPath.empty()) static_cast<void>(os::RemoveFile(m_PrefixPath));
 }
 
+// The file's sections, in this order:
+//
+//   ExitServer           always
+//   TitleSection         always
+//   PrinterSelection     with a printer
+//   PrintModeSelection   with a printer and a print mode
+//   ScalingSection       always
+//   LevelsSection        if levels are enabled
+//   CutterSection        always
+//   EndOfJob             always, one byte
 unsigned PSPrefix::Generate() {
   if (m_pTicket == nullptr || !Open()) return 1;
   const CJobData& settings = m_pTicket->m_JobData;

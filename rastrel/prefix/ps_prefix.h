@@ -6,7 +6,7 @@
 class CJobTicket;
 
 /// Writes the prefix of an ordinary ticket: the PostScript file that the RIP reads ahead of the
-/// job. It stands beside the job file, under its name with ".psp", and is removed with this object
+/// job. It is beside the job file, under its name with ".psp", and is removed with this object
 /// unless the setting "Keep PS Files" is on then. Used by one printing thread.
 /// docs/formats/prefix.md has the file.
 class PSPrefix {
@@ -17,9 +17,9 @@ class PSPrefix {
   PSPrefix& operator=(const PSPrefix&) = delete;
   virtual ~PSPrefix();
 
-  /// Writes the file over whatever had its name. **0 for success**, 1 for no ticket or a file that
-  /// can't be opened. A disk that takes less than all is not noticed.
-  /// std::length_error if the job file's path holds no dot: a ticket's job file has an extension.
+  /// Writes the file, in place of an existing one. **0 for success**, 1 if there is no ticket or
+  /// the file can't be opened. A full disk is not noticed. std::length_error if the job file's path
+  /// holds no dot: a ticket's job file has an extension.
   [[nodiscard]] virtual unsigned Generate();
 
   /// Library path of the file; empty until Generate has run.
@@ -28,7 +28,7 @@ class PSPrefix {
  protected:
   /// Derives the path and opens the file.
   [[nodiscard]] bool Open();
-  /// Appends bytes as they stand.
+  /// Appends bytes unchanged.
   void WriteBytes(const char* bytes) { m_Output += bytes; }
   /// Appends a section as UTF-8, up to its first null.
   void WriteSection(const std::wstring& text);
@@ -39,6 +39,6 @@ class PSPrefix {
 
  private:
   int m_File = -1;       // open only while Generate runs
-  std::string m_Output;  // what goes into the file
+  std::string m_Output;  // the file's content
   std::wstring m_PrefixPath;
 };

@@ -5,10 +5,10 @@
 #include "rastrel/job/job_data.h"
 
 /// The sections of the prefix that leave the server loop, select printer and print mode, and end
-/// the prefix. Names stand as they are: nothing is escaped for PostScript strings.
+/// the prefix. Names are not changed: nothing is escaped for PostScript strings.
 namespace rastrel::prefix {
 
-/// Leaves the server loop, so that what the prefix defines outlives its own job.
+/// Leaves the server loop, so that the prefix's definitions outlive its own job.
 inline constexpr const char* ExitServer = "\nserverdict begin 0 exitserver\n\n";
 /// The end-of-job byte.
 inline constexpr const char* EndOfJob = "\x04";

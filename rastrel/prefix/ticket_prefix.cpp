@@ -1,4 +1,4 @@
-// The members of the tickets that make their prefix. They stand here since the tickets' own folder
+// The members of the tickets that make their prefix. They are here since the tickets' own folder
 // knows nothing of the generators.
 
 #include "rastrel/job/job_ticket.h"

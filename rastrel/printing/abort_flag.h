@@ -4,8 +4,8 @@
 
 namespace PrintingThread {
 
-/// Set once by whoever ends the job early, before the abort semaphore is released; read by the
-/// supervisors after each wait.
+/// Set once by the thread that aborts the job, before it releases the abort semaphore. The
+/// supervisors read it after each wait.
 using AbortFlag = rastrel::os::SharedWord<bool>;
 
 }  // namespace PrintingThread

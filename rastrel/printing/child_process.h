@@ -21,14 +21,14 @@ class CCPHelper {
   CCPHelper& operator=(const CCPHelper&) = delete;
   virtual ~CCPHelper();
 
-  /// Appends one argument, as it stands.
+  /// Appends one argument.
   void AddArgument(const std::wstring& text);
-  /// Appends the command line to `target`: each argument in double quotes with a blank behind it. A
-  /// double quote inside an argument is not escaped, and splits it at the child.
+  /// Appends the command line to `target`: each argument in double quotes, with a space after it. A
+  /// double quote inside an argument is not escaped, and splits it for the child.
   void GetCommandLine(std::wstring& target) const;
-  /// Starts the child in its executable's directory. A handle that is null means this process's
-  /// standard one. False with words in the application log; arguments and environment stay, so the
-  /// start may be repeated.
+  /// Starts the child in its executable's directory. A handle that is 0 means this process's
+  /// standard one. False with a message in the application log; arguments and environment stay, so
+  /// the start may be repeated.
   [[nodiscard]] bool Start();
 
  private:

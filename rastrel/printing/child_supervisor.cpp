@@ -14,7 +14,7 @@ using PrintingThread::CWaitTable;
 
 namespace rastrel::printing {
 
-// Any status above the known ones means an abnormal end to whoever looks at it.
+// Any status above the known ones means an abnormal end.
 std::int32_t ExitStatusOf(const os::ExitState& state) {
   constexpr int SignalBase = 128;
   return state.byItself ? state.status : SignalBase + state.status;

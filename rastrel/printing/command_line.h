@@ -6,9 +6,8 @@
 
 namespace rastrel::printing {
 
-/// The arguments that a command line text stands for. A double quote begins or ends a stretch in
-/// which blanks don't separate, and stands nowhere itself; nothing escapes it. Outside such a
-/// stretch blanks and tabs separate.
+/// Splits a command line into its arguments. Spaces and tabs separate them, except between double
+/// quotes. The quotes themselves are dropped, and nothing escapes one.
 [[nodiscard]] std::vector<std::wstring> ArgumentsOfCommandLine(std::wstring_view line);
 
 }  // namespace rastrel::printing

@@ -6,8 +6,9 @@
 
 namespace PrintingThread {
 
-/// A block of texts end to end, each with a null behind it, closed by one more null: the form in
-/// which an environment travels to a child.
+/// A child's environment as one block of texts:
+///
+///     NAME=value \0 NAME=value \0 ... \0
 class Args {
  public:
   Args();
@@ -15,8 +16,8 @@ class Args {
   Args(const Args&) = delete;
   Args& operator=(const Args&) = delete;
 
-  /// Appends a text. Where the memory can't be had the buffer becomes null, and this text and all
-  /// later ones are dropped without a word.
+  /// Appends a text. If memory runs out, the buffer becomes null, and this text and all later ones
+  /// are dropped silently.
   void Add(std::string_view text);
 
   /// The block; null after a failed Add. Valid until the next one.

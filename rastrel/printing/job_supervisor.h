@@ -9,7 +9,7 @@ namespace PrintingThread {
 /// A supervisor of a print job: it reports to the job's ticket and waits for the job's abort.
 class CBasePrintingThread : public rastrel::printing::ChildSupervisor {
  public:
-  /// What the printing thread lends. Nothing is owned; all must outlive the object.
+  /// The printing thread's objects. Nothing is owned; all must outlive the supervisor.
   struct Job {
     CJobTicket* ticket;
     CSemaphore* semaphore;  ///< released by an abort

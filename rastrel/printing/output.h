@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-/// Stands for the output engine's standard output, which nobody reads: the read end is closed at
-/// once, so the engine's writes fail with a broken pipe, and the engine must stand that.
+/// The output engine's standard output, which nobody reads: the read end is closed at once, so the
+/// engine's writes fail with a broken pipe, and the engine must go on.
 class Output {
  public:
-  /// Takes the read end over and closes it. The caller forgets its handle.
+  /// Takes ownership of the read end and closes it.
   explicit Output(std::intptr_t readHandle);
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;

@@ -43,7 +43,7 @@ void CPipeReader::ReadAll() {
     const long count = m_Stops.empty()
                            ? os::ReadSome(*m_pPipe, m_pBuffer.get(), m_BufferSize)
                            : os::ReadSomeUnless(m_Stops, *m_pPipe, m_pBuffer.get(), m_BufferSize);
-    if (count == 0) return;  // the child has closed its end, or nobody wants to know more
+    if (count == 0) return;  // the child has closed its end, or a stop was signalled
     if (count < 0) {
       CAppLog::Instance().Printf(L"[Print] Pipe terminated with error: %u", errno);
       return;

@@ -12,13 +12,14 @@ namespace rastrel::os {
 class Thread;
 }
 
-/// Drains one pipe of a child on a thread of its own, until the pipe ends, and hands each piece to
-/// OnData. The owner makes it after the child has started and after it has closed its own copy of
-/// the child's end, else the pipe never ends; it calls Start, ends the child, calls Wait, deletes
-/// the reader and only then closes the read end.
+/// Reads one pipe of a child on a thread of its own, until the pipe ends, and passes each piece to
+/// OnData. The owner must keep this order: start the child; close its own copy of the child's end,
+/// or the pipe never ends; make the reader; Start; end the child; Wait; delete the reader; close
+/// the read end.
 class CPipeReader {
  public:
-  /// `pipe` is the owner's variable, read again before each read; it must outlive the thread.
+  /// `pipe` is the owner's variable with the read end. It is read before each read of the pipe, and
+  /// must outlive the thread.
   explicit CPipeReader(HANDLE* pipe);
   CPipeReader(const CPipeReader&) = delete;
   CPipeReader& operator=(const CPipeReader&) = delete;
@@ -27,14 +28,13 @@ class CPipeReader {
   /// One piece of the stream, at most BufferSize bytes, never empty. On the reader's thread.
   virtual void OnData(const char* bytes, unsigned count) = 0;
 
-  /// Lets the stream count as ended as soon as `stop` is signalled (a semaphore, which keeps its
-  /// count), whoever still holds the write end. May be called several times, before Start; the
-  /// handle must outlive the thread.
+  /// Ends the stream as soon as `stop` is signalled (a semaphore, which keeps its count), even if
+  /// the write end is still open. May be called several times, before Start; the handle must
+  /// outlive the thread.
   void EndWith(HANDLE stop) { m_Stops.push_back(stop); }
-  /// Starts the thread. False if the system has none to give, or no semaphore (said in the
-  /// application log).
+  /// Starts the thread. False if the system has no thread to give, or no semaphore (logged).
   [[nodiscard]] bool Start();
-  /// Waits for the end of the stream without a limit. Returns at once if no thread runs.
+  /// Waits for the end of the stream, without a time limit. Returns at once if no thread runs.
   void Wait();
 
   static constexpr unsigned BufferSize = 1024;
@@ -51,9 +51,9 @@ class CPipeReader {
   std::unique_ptr<CSingleLock> m_pLock;
 };
 
-/// Collects the RIP's standard output, its CFM2 text. Each piece is decoded from UTF-8 alone: a
-/// character that a piece's end cuts comes out as replacement text, and what stands behind a zero
-/// byte in a piece is lost.
+/// Collects the RIP's standard output, its CFM2 text. Each piece is decoded from UTF-8 by itself: a
+/// character that is split between two pieces becomes replacement characters, and the bytes of a
+/// piece after a zero byte are lost.
 class CRipOutReader : public CPipeReader {
  public:
   using CPipeReader::CPipeReader;

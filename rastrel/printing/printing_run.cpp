@@ -1,4 +1,4 @@
-// What a printing thread does with its job: the decision tree from the ticket to the pages' end.
+// The run of a printing thread: the decision tree from the ticket to the end of the pages.
 
 #include "rastrel/cfm/cfm2.h"
 #include "rastrel/job/app_log.h"
@@ -68,8 +68,8 @@ bool CPrintingThread::RipPages(CCFM2& document) {
     }
     if (!RunRip(document, prefix->GetPrefixPath().c_str())) return false;
   }
-  // An aborted job's text is parsed too: what the RIP has listed before it was ended goes with the
-  // job. What it has not listed is for the RIP to clear away.
+  // An aborted job's text is parsed too: the pages that the RIP has listed are deleted with the
+  // job. The RIP itself removes the others.
   const bool parsed = document.Parse();
   if (m_bAbort || parsed) return true;
   CAppLog::Instance().Write("[Print]: Rip's CFM2 is invalid. Aborting.");

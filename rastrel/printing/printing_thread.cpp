@@ -62,7 +62,7 @@ void CPrintingThread::ThreadMain() {
   CAppLog::Instance().Write("[Print]: Printing thread started");
   m_pTicket->Info(JTI_PROCESSING_STARTED, JTO_SYSTEM);
   try {
-    // The ticket tells failure; nobody reads the thread's own result.
+    // The ticket has the failure; nobody reads the thread's own result.
     static_cast<void>(Run());
   } catch (const std::exception& failure) {
     // The thread ends with no report to the ticket: the host finds the job still active after its

@@ -49,15 +49,15 @@ void CStderrParser::ParseLine(const std::wstring& line) {
     default: m_pMessaging->Log(L"%s", line.c_str()); break;
   }
   const std::wstring_view text = line;
-  const auto restBehind = [text](std::wstring_view tag) { return text.substr(tag.size()); };
+  const auto restAfter = [text](std::wstring_view tag) { return text.substr(tag.size()); };
   if (text.starts_with(L"ERROR:")) {
-    ParseError(std::wstring(Trimmed(restBehind(L"ERROR:"))));
+    ParseError(std::wstring(Trimmed(restAfter(L"ERROR:"))));
   } else if (text.starts_with(L"WARNING:")) {
-    m_pMessaging->Warning(std::wstring(Trimmed(restBehind(L"WARNING:"))).c_str(), m_Originator);
+    m_pMessaging->Warning(std::wstring(Trimmed(restAfter(L"WARNING:"))).c_str(), m_Originator);
   } else if (text.starts_with(L"INFO:")) {
-    ParseInfo(std::wstring(Trimmed(restBehind(L"INFO:"))));
+    ParseInfo(std::wstring(Trimmed(restAfter(L"INFO:"))));
   } else if (text.starts_with(L"PROGRESS:")) {
-    ParseProgress(restBehind(L"PROGRESS:"));
+    ParseProgress(restAfter(L"PROGRESS:"));
   }
 }
 

@@ -7,27 +7,27 @@
 #include "rastrel/printing/pipe_reader.h"
 #include "rastrel/printing/string_map.h"
 
-/// Cuts a child's standard error into lines, at carriage return or line feed, and hands each to
-/// ParseLine without its end. Empty lines are passed over; a last line without an end is dropped.
+/// Splits a child's standard error into lines, at carriage return or line feed, and passes each to
+/// ParseLine without its end. Empty lines are skipped; a last line without an end is dropped.
 class CBaseStderrParser : public CPipeReader {
  public:
   using CPipeReader::CPipeReader;
   ~CBaseStderrParser() override;
   void OnData(const char* bytes, unsigned count) override;
-  /// Cuts what complete lines there are. Always true.
+  /// Passes on the complete lines of m_Line. Always true.
   virtual bool ProcessLines();
   /// One line, never empty.
   virtual void ParseLine(const std::wstring& line) = 0;
 
-  /// A line beyond this many characters is cut here: a child that never ends its line must not take
-  /// all memory, and nobody reads that far.
+  /// The maximum length of a line, in characters. A longer one is truncated: a child that never
+  /// ends its line must not take all memory.
   static constexpr std::size_t LineLimit = std::size_t{1} << 20;
 
  protected:
-  std::wstring m_Line;  ///< what has arrived and not yet been cut off
+  std::wstring m_Line;  ///< the text since the last complete line
 
  private:
-  std::size_t m_Searched = 0;  // how much of m_Line is known to hold no line end
+  std::size_t m_Searched = 0;  // this many characters of m_Line have no line end
 };
 
 /// Reads the line protocol of the RIP and the output engine (docs/formats/stderr-protocol.md) and

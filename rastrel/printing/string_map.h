@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-/// Keywords and their numbers. Compared whole and by case. Built once, then only read.
+/// Keywords and their codes. A keyword matches as a whole, and case counts. Built once, then only
+/// read, by any thread.
 class StringMap {
  public:
   StringMap() = default;
@@ -14,21 +15,21 @@ class StringMap {
   StringMap& operator=(const StringMap&) = default;
   virtual ~StringMap();
 
-  /// The number of a keyword; 0 if it is not known.
+  /// The code of a keyword; 0 if it is unknown.
   [[nodiscard]] std::int32_t Find(std::wstring_view keyword) const;
 
  protected:
   std::map<std::wstring, std::int32_t, std::less<>> m_Codes;
 };
 
-/// The states that a child reports behind "INFO:".
+/// The states that a child reports after "INFO:".
 class InfoStringMap : public StringMap {
  public:
   InfoStringMap();
   ~InfoStringMap() override;
 };
 
-/// The errors with a number that a child reports behind "ERROR:".
+/// The errors with a code that a child reports after "ERROR:".
 class ErrorStringMap : public StringMap {
  public:
   ErrorStringMap();

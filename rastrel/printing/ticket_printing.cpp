@@ -1,4 +1,4 @@
-// The members of the ticket that print. They stand here since the ticket's own folder knows nothing
+// The members of the ticket that print. They are here since the ticket's own folder knows nothing
 // of the printing thread.
 
 #include <new>

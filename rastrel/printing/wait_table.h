@@ -9,8 +9,8 @@ namespace PrintingThread {
 
 class CBBasePrintingThread;
 
-/// What a supervisor waits for, in the order of its entries. An entry holds the address of the
-/// variable with the handle, so it leaves the table by itself once its owner has closed the handle
+/// The handles that a supervisor waits for, in the order of its entries. An entry holds the address
+/// of the variable with the handle, so it is removed by itself once its owner has closed the handle
 /// and set the variable to INVALID_HANDLE_VALUE.
 class CWaitTable {
  public:
@@ -25,12 +25,12 @@ class CWaitTable {
   void Add(HANDLE* handle, Reaction signaled, Reaction abandoned);
   /// The handles, after the entries whose handle is closed were removed. Valid until the next call.
   [[nodiscard]] std::span<const HANDLE> GetHandles();
-  /// The entry at that place among the handles last given, or null.
+  /// The entry of the handle at that index of the last GetHandles, or null.
   [[nodiscard]] const Entry* At(std::size_t index) const;
 
   [[nodiscard]] bool IsEmpty() const { return m_Entries.empty(); }
 
-  /// The system's limit on one wait.
+  /// The maximum number of handles in one wait.
   static constexpr std::size_t Limit = 64;
 
  private:

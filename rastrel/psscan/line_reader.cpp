@@ -9,16 +9,16 @@ namespace {
 
 // Reads of this size leave the window in the processor's second cache.
 constexpr std::size_t WindowSize = std::size_t{256} << 10;
-// Who only asks for the first line should not pay for a window.
+// A scan of only the first line should not read a whole window.
 constexpr std::size_t FirstPiece = std::size_t{8} << 10;
-// What a window leaves for the next one: a line and the reading behind it, and some.
+// The room for the rest of the last window: a line, the reading after it, and some more.
 constexpr std::size_t Carry = std::size_t{16} << 10;
 // From the start of a line that is cut to the start of the next: the byte between is lost.
 constexpr std::ptrdiff_t CutStep = ReadSize + 1;
 
 constexpr bool IsReturn(char byte) { return byte == '\n' || byte == '\r'; }
 
-// How far the next reading begins behind this one, given the line's length.
+// The distance from this reading to the next, given the line's length.
 std::size_t StepOver(const char* line, std::size_t length) {
   return length + 1 < ReadSize && IsReturn(line[length + 1]) ? length + 2 : length + 1;
 }
@@ -53,7 +53,7 @@ char* LineReader::Buffer() {
   return m_Buffer.data();
 }
 
-// The last reading may stand in the window only, which is about to move or to be written over.
+// The last reading may be in the window only, which is about to move or to be written over.
 void LineReader::KeepLastLine() {
   if (m_LastLine == nullptr) return;
   std::memcpy(m_Buffer.data(), m_LastLine, ReadSize);
@@ -62,7 +62,7 @@ void LineReader::KeepLastLine() {
   m_LastLine = nullptr;
 }
 
-// Reads on until `wanted` bytes lie ahead. What lies behind the position is given up.
+// Reads on until `wanted` bytes lie ahead. The bytes before the position are given up.
 // REQUIRES: no more than Carry bytes lie ahead.
 void LineReader::Fill(std::size_t wanted) {
   KeepLastLine();
@@ -110,17 +110,17 @@ std::string_view LineReader::LineAtEnd() {
   return buffer;
 }
 
-// Start of the line behind the one at `line`, which has a whole reading ahead.
+// Start of the line after the one at `line`, which has a whole reading ahead.
 const char* LineReader::NextStart(const char* line) const {
   const char* const end = m_Search.lineEnd(line, line + ReadSize);
   return line + StepOver(line, static_cast<std::size_t>(end - line));
 }
 
-// The last start of a line that is not behind `limit`, given an earlier one. Both have a whole
+// The last start of a line that is not after `limit`, given an earlier one. Both have a whole
 // reading ahead.
 const char* LineReader::LastStart(const char* line, const char* limit) const {
   // Behind CR, LF or zero, any byte but CR and LF begins a line: the byte before ended one, or was
-  // swallowed by a line end, or got lost behind a cut.
+  // swallowed by a line end, or got lost after a cut.
   for (const char* end = limit; end > line;) {
     const char* const found = m_Search.lastLineEnd(line, end);
     if (found == end) break;
@@ -134,7 +134,7 @@ const char* LineReader::LastStart(const char* line, const char* limit) const {
   return line;
 }
 
-// Reads on, past what lies ahead. False if the file ends there.
+// Reads more bytes into the window. False if the file ends there.
 bool LineReader::ExtendWindow() {
   const auto ahead = static_cast<std::size_t>(m_End - m_Here);
   return Ahead(ahead + 1).size() > ahead;
@@ -194,11 +194,12 @@ void LineReader::SkipComments(const bool (&letters)[256]) {
 void LineReader::SkipEmptyLines() {
   while (!m_AtEnd && Ahead(ReadSize).size() >= ReadSize && os::IsLineEnd(*m_Here)) {
     const char* const limit = m_End - ReadSize;
-    const char* const behind = m_Search.unlike(m_Here, limit + 1, *m_Here);
-    // Each zero is a line; of CR and LF two are. The last one is left, for what stands behind it.
+    const char* const next = m_Search.unlike(m_Here, limit + 1, *m_Here);
+    // Each zero is a line; of CR and LF two are. The last one is left, since the byte after it
+    // counts too.
     const std::ptrdiff_t step = *m_Here == '\0' ? 1 : 2;
-    MoveTo(m_Here + (behind - m_Here - 1) / step * step);
-    if (behind <= limit || !ExtendWindow()) return;
+    MoveTo(m_Here + (next - m_Here - 1) / step * step);
+    if (next <= limit || !ExtendWindow()) return;
   }
 }
 

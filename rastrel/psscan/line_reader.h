@@ -12,22 +12,23 @@
 
 namespace rastrel::psscan {
 
-/// The most that one reading of a line takes from the file.
+/// The maximum number of bytes that one reading of a line takes from the file.
 inline constexpr std::size_t ReadSize = 4096;
-/// A line buffer: one reading, and a zero behind it.
+/// The size of a line buffer: one reading, and a zero after it.
 inline constexpr std::size_t BufferSize = ReadSize + 1;
 
 /// A file as the scans read it: line by line, each line as if its reading had put up to ReadSize
-/// bytes into one buffer that is never cleared, cut the text there, and gone back in the file to
-/// behind the line's end. What such a buffer holds is part of the result: a last line without a
-/// line end runs on into what earlier readings left there. See ReadLine for the rules.
+/// bytes into one buffer that is never cleared, cut the text there, and gone back in the file
+/// to the byte after the line's end. The buffer's old content is part of the result: a last line
+/// without a line end continues with the bytes that earlier readings left there. See ReadLine for
+/// the rules.
 ///
 /// The file is read once, through a window. As long as ReadSize bytes lie ahead, a reading would
 /// replace the whole buffer, so a line is a view into the window and nothing is copied; only in the
 /// file's last bytes are lines really read into the buffer.
 ///
-/// The end state is set together with the last line of the file, and stays. In it every line is
-/// what the buffer holds. Not to be used by two threads at once.
+/// The end state is set together with the last line of the file, and stays. In it every line is the
+/// buffer's text. Used by one thread at a time.
 class LineReader {
  public:
   /// Starts at the file's first byte with a buffer of zeros.
@@ -35,15 +36,15 @@ class LineReader {
 
   /// Where the next reading begins: the offset in the file.
   [[nodiscard]] std::uint64_t Tell() const { return m_Position; }
-  /// Has the next reading begin there. Does nothing in the end state.
+  /// Sets the offset of the next reading. Does nothing in the end state.
   void Seek(std::uint64_t position);
   [[nodiscard]] bool AtEnd() const { return m_AtEnd; }
   void SetAtEnd() { m_AtEnd = true; }
-  /// True if the file could not be read at some point; the scan's answer is worth nothing then. The
-  /// end state comes with it.
+  /// True if the file could not be read at some point; the scan's result is invalid then. The end
+  /// state is set too.
   [[nodiscard]] bool Failed() const { return m_Failed; }
 
-  /// What lies ahead of the position: at least `wanted` bytes (up to 2 * ReadSize) unless the file
+  /// The bytes from the position on: at least `wanted` bytes (up to 2 * ReadSize) unless the file
   /// ends before. Does not move the position. Valid until the next call of a member.
   [[nodiscard]] std::string_view Ahead(std::size_t wanted);
 
@@ -53,19 +54,19 @@ class LineReader {
   /// the reader's own, and following readings may be made into it with ReadLine.
   [[nodiscard]] char* Buffer();
 
-  /// Passes over lines none of which begins with '%' and `first` or `second`, or with "%%" and one
+  /// Skips lines none of which begins with '%' and `first` or `second`, or with "%%" and one
   /// of the two. Stops at any line it is not sure of, and wherever lines have to be read one by
   /// one.
   void SkipLinesWithout(char first, char second);
-  /// Passes over lines that begin with '%', but not with "%%" and one of `letters`. None of them is
+  /// Skips lines that begin with '%', but not with "%%" and one of `letters`. None of them is
   /// empty. Stops as above.
   void SkipComments(const bool (&letters)[256]);
 
-  /// Passes over empty lines, as far as one byte makes them all: a run of zeros, of CR or of LF.
+  /// Skips empty lines that are a run of one byte: of zeros, of CR or of LF.
   /// Stops as above.
   void SkipEmptyLines();
 
-  /// Bytes in the file at present; 0 if that can't be asked.
+  /// The file's current size in bytes; 0 if it is not to be had.
   [[nodiscard]] std::uint64_t FileSize() const { return m_File.Size(); }
   /// Reads without touching window and position, as RandomAccessFile::ReadAt.
   [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes) {
@@ -87,8 +88,8 @@ class LineReader {
 
   os::RandomAccessFile m_File;
   const os::ByteSearch& m_Search = os::Search();
-  std::unique_ptr<char[]> m_Storage;  // room for what is left of the last window, and the window
-  char* m_End;                        // behind the last byte that was read
+  std::unique_ptr<char[]> m_Storage;  // room for the rest of the last window, and the window
+  char* m_End;                        // after the last byte read
   const char* m_Begin;                // the first byte that was read and is still there
   const char* m_Here;                 // the byte at m_Position; between m_Begin and m_End
   std::uint64_t m_Position = 0;
@@ -96,17 +97,17 @@ class LineReader {
   bool m_EndKnown = false;  // the file ends at m_End
   bool m_AtEnd = false;
   bool m_Failed = false;
-  const char* m_LastLine = nullptr;  // the last reading, if it stands in the window only
+  const char* m_LastLine = nullptr;  // the last reading, if it is in the window only
   std::size_t m_LastLength = 0;
   std::array<char, BufferSize> m_Buffer{};
 };
 
 /// Makes one reading from `in` into `buffer`, of BufferSize bytes, and moves on:
-/// - up to ReadSize bytes replace the buffer's first ones; those behind them stay; the last is 0;
+/// - up to ReadSize bytes replace the buffer's first ones; those after them stay; the last is 0;
 /// - the line ends at the first CR, LF or zero in the buffer, and a 0 is put there;
-/// - the next reading begins behind that byte, and behind the one after it too if it is CR or LF
+/// - the next reading begins after that byte, and after the next one too if it is CR or LF
 ///   (so any two of them are one line end, and one empty line is swallowed);
-/// - of a line that fills the whole reading, the byte behind it is lost.
+/// - of a line that fills the whole reading, the byte after it is lost.
 /// If fewer than ReadSize bytes were left and the next reading would not begin before the file's
 /// end, the end state is set. In the end state nothing is read.
 void ReadLine(LineReader& in, char* buffer);

@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view DosSignature = "\xC5\xD0\xD3\xC6";
 constexpr std::size_t HeaderSize = 20;
 constexpr std::string_view Mark = "%!PS";
-// What a "%" costs the search: the four bytes that are compared, and one more.
+// The length that a "%" takes from the search: the four bytes that are compared, and one more.
 constexpr std::size_t Group = Mark.size() + 1;
 
 constexpr bool IsLetter(char byte) {

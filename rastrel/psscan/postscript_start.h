@@ -15,8 +15,8 @@ struct Start {
 };
 
 /// Looks for the start and has the reader go on there: "%!" at the file's first byte; the value of
-/// a DOS EPS header; or the first "%!PS" of a search that passes over five bytes at every "%" that
-/// begins none. False, with the start at 0, if there is none or the file can't be read.
+/// a DOS EPS header; or the first "%!PS" of a search that skips five bytes at every "%" that does
+/// not begin one. False, with the start at 0, if there is none or the file can't be read.
 [[nodiscard]] bool FindStart(LineReader& in, Start& start);
 
 /// Offset of the last ASCII letter of the file, 0 if there is none. Reads backward, and no more

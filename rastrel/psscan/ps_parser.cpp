@@ -48,7 +48,7 @@ bool FindBounds(LineReader& in, CRect& rect) {
   }
 }
 
-// Takes the names of a color comment and of the lines that continue it. Returns the line behind,
+// Takes the names of a color comment and of the lines that continue it. Returns the line after,
 // which is not put back.
 std::string_view TakeNames(LineReader& in, std::string_view line, std::vector<CString>& names) {
   line.remove_prefix(keyword::DocumentColors.size());

@@ -10,8 +10,8 @@
 namespace rastrel::psscan {
 
 /// Opens the file, finds where its PostScript begins, and runs `scan(LineReader&, const Start&)`
-/// from there. False without running it if there is no such file or start; otherwise what it
-/// returns, or false if it threw. A scan whose reader failed returns false by itself.
+/// from there. Returns the scan's result. False if there is no such file or start, or if the scan
+/// threw. A scan whose reader failed returns false by itself.
 template <typename Scan>
 [[nodiscard]] bool ScanFrom(std::wstring_view path, const Scan& scan) noexcept {
   try {

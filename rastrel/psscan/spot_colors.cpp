@@ -20,7 +20,7 @@ namespace {
 // How much of the file's end is searched for a trailer.
 constexpr std::int64_t TrailerReach = 0x100000;
 
-// What stands behind "%%" in the comments that a header is searched for.
+// The letters after "%%" in the comments that a header is searched for.
 struct HeaderLetters {
   constexpr HeaderLetters() {
     for (const char letter : {'B', 'C', 'D', 'E', 'R'}) is[static_cast<int>(letter)] = true;
@@ -130,7 +130,7 @@ bool CPSParser::ParseRGB(CSpotMatchList* list, LineReader& in, char* line, int o
   return true;
 }
 
-// The header is over, and the names stand in the trailer. The size is a signed number of 32 bits,
+// The header is over, and the names are in the trailer. The size is a signed number of 32 bits,
 // so a file of 2 to 4 GiB is read through.
 void CPSParser::JumpToTrailer(LineReader& in, SpotScan& scan) const {
   const auto stamp = rastrel::os::StampOf(m_Path);
@@ -149,7 +149,7 @@ void CPSParser::FollowComments(LineReader& in, SpotScan& scan) {
       in.SkipLinesWithout('%', '%');
     } else {
       in.SkipComments(Letters.is);
-      // A file can be all zeros behind its header, by the gigabyte.
+      // A file can be all zeros after its header, by the gigabyte.
       if (!scan.namesDeferred && !scan.withBounds) in.SkipEmptyLines();
     }
     std::string_view line = in.NextLine();
@@ -171,7 +171,7 @@ void CPSParser::FollowComments(LineReader& in, SpotScan& scan) {
       ReadBox(line, scan.bounds);
       scan.boundsFound = true;
     }
-    // After a comment with colors this is the line behind it, which comes once more.
+    // After a comment with colors this is the line after it, which is read once more.
     const bool isComment = line.starts_with('%');
     const bool endsHeader = line.starts_with(keyword::EndComments);
     if (!scan.namesDeferred) {

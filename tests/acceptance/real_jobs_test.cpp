@@ -76,7 +76,7 @@ TEST(RealJob, the_test_page_prints_from_a_program_that_only_links_the_library) {
   EXPECT_EQ(root.Delivered(), std::set<std::string>{"testpage-1.tif"});
 }
 
-// The moments are spread over what a whole job takes on this machine, and a little beyond.
+// The moments are spread over the time of a whole job on this machine, and a little beyond.
 TEST(RealJob, an_abort_at_any_moment_leaves_no_child_thread_descriptor_or_file) {
   const RealRoot root;
   const std::string job = root.Job("sign.ps");

@@ -62,7 +62,7 @@ class RealRoot {
     ticket.m_JobData.PrintModeName = L"tiff default.ps";
   }
 
-  /// Every file and folder below the root, but for the log and what was delivered.
+  /// Every file and folder below the root, except the log and the delivered files.
   [[nodiscard]] std::set<std::string> Content() const {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(m_Root)) {

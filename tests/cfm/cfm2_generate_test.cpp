@@ -128,6 +128,11 @@ TEST_F(Cfm2Generate, every_ticket_type_has_its_word) {
   }
 }
 
+// docs/formats/cfm2.md states it.
+TEST_F(Cfm2Generate, has_a_text_of_at_most_2_to_the_28_characters) {
+  EXPECT_EQ(CCFM2::TextLimit, 268'435'456U);
+}
+
 TEST_F(Cfm2Generate, a_directory_of_4000_characters_passes_and_one_of_4001_fails) {
   Add(L"p1", L"C:\\out\\1\\", L"A");
   for (const std::size_t length : {std::size_t{3999}, std::size_t{4000}, std::size_t{4001}}) {
@@ -142,7 +147,7 @@ TEST_F(Cfm2Generate, a_directory_of_4000_characters_passes_and_one_of_4001_fails
       EXPECT_EQ("[Print] Warning: Directory path ('" + std::string(4000, 'd') +
                     "\\') for Odalis CFM2 too long (4000).\r\n",
                 Logged());
-      // What stood before it stays.
+      // The text before it stays.
       EXPECT_EQ(Head(L"1") + PageA, m_Document.m_Text);
     }
   }

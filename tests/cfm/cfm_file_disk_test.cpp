@@ -60,7 +60,7 @@ TEST_F(CfmFileDisk, pages_of_the_default_directory_lie_in_the_rips_output_direct
   m_Library.Directory().Write(OutputName("page/data"), "123");
   m_File.AddEntry(L"default", L"page");
   EXPECT_EQ(3, m_File.GetSizeOnDisk());
-  // Only the word itself stands for it.
+  // Only the exact text "default" means it.
   CCFMFile other;
   other.AddEntry(L"Default", L"page");
   EXPECT_EQ(0, other.GetSizeOnDisk());
@@ -226,7 +226,7 @@ TEST_F(CfmFileDisk, a_second_move_to_the_same_place_finds_no_source) {
   EXPECT_FALSE(m_Scratch.Has("to/p"));
 }
 
-// The move as it is told: copy, then delete. Only what a move of pages needs.
+// The move as documented: copy, then delete, as far as a move of pages needs it.
 class LiteralMove {
  public:
   static bool Delete(const fs::path& path) {

@@ -157,7 +157,7 @@ TEST_F(Directories, a_path_is_made_with_all_its_elements) {
   EXPECT_TRUE(m_Scratch.Has("d/e/f"));
   EXPECT_TRUE(MakeDirectoryPath((root + L"/a/b\\c").c_str()));
   m_Scratch.Write("file", "x");
-  EXPECT_TRUE(MakeDirectoryPath((root + L"/file").c_str()));  // what exists is enough
+  EXPECT_TRUE(MakeDirectoryPath((root + L"/file").c_str()));  // any entry that exists is enough
   EXPECT_FALSE(MakeDirectoryPath((root + L"/file/below").c_str()));
 }
 

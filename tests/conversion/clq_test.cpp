@@ -1,5 +1,5 @@
-// The queue program under its supervisor, without a dialog: what it is started with, what is
-// logged, and what a system that refuses leaves.
+// The queue program under its supervisor, without a dialog: its start, the log, and the results of
+// failing system calls.
 
 #include <gtest/gtest.h>
 
@@ -404,7 +404,7 @@ TEST_F(RefusedQueue, that_can_not_ask_for_the_exit_status_says_so) {
   EXPECT_EQ(::waitid(P_ALL, 0, &information, WEXITED), 0);
 }
 
-// What a run never brings about: reactions of the wait that this system does not have.
+// Reactions to results of the wait that this system never has.
 
 class Supervisor : public QueueJob {
  protected:

@@ -148,7 +148,7 @@ TEST(CPS2CutData, a_record_of_version_50_is_passed_over_and_changes_nothing) {
 
 TEST(CPS2CutData, a_block_shorter_than_its_fields_is_read_on) {
   Bytes bytes = Saved(WithRgb(1, 2, 3));
-  bytes[4] = 4;  // the block ends behind the resolution
+  bytes[4] = 4;  // the block ends after the resolution
   CMemFile file(Joined({bytes, Hex("07 00 00 00")}));
   CStream stream(&file);
   CPS2CutData cut;

@@ -33,7 +33,7 @@ CPS2CutData Red() {
   return cut;
 }
 
-// What stands between the lines that are always there.
+// The lines between those that are always there.
 std::wstring Middle(const PageSize* page, const CPS2CutData& cut, const CPS2CutData& halfCut,
                     const int* resolution) {
   const std::wstring text = JobHeaderText(page, &cut, &halfCut, resolution);

@@ -1,4 +1,4 @@
-// Putting a text in front of a file, and what each failing call leaves behind.
+// Putting a text in front of a file, and the files that each failing call leaves.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -39,7 +39,7 @@ class Prepend : public ::testing::Test {
     return PrependToFile(m_Directory.Wide("sign.ps").c_str(), text);
   }
   [[nodiscard]] std::string Content() const { return m_Directory.Read("sign.ps"); }
-  /// The contents of what else lies in the directory; each must bear a temporary name.
+  /// The contents of the other files in the directory; each must have a temporary name.
   [[nodiscard]] std::vector<std::string> LeftBehind() const {
     std::vector<std::string> contents;
     for (const auto& entry : std::filesystem::directory_iterator(m_Directory.Path())) {

@@ -186,7 +186,7 @@ TEST_F(QRast, stopped_ends_a_child_that_hangs_and_failed) {
   person.join();
 }
 
-// A system that refuses: the call that fails, and what is logged of it.
+// Failing system calls, and the log of each.
 
 TEST_F(QRast, without_a_pipe_or_its_duplicate_says_so) {
   Queue("touch \"$RASTREL_HOME/started\"\n");

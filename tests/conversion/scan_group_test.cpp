@@ -112,7 +112,7 @@ TEST(ScanGroups, agree_with_the_c_library_on_random_text) {
     std::array<int, 2> ints{};
     const bool haveInts = std::sscanf(narrow.c_str(), "%i %i", &ints[0], &ints[1]) == 2;
     std::array<std::int32_t, 2> own{};
-    // The C library leaves what does not fit undefined; here it counts as none.
+    // A number out of range is undefined in the C library; here it counts as none.
     std::array<long long, 2> wide{};
     const bool wideInts = std::sscanf(narrow.c_str(), "%lli %lli", &wide[0], &wide[1]) == 2;
     const bool fits = wideInts && wide[0] == ints[0] && wide[1] == ints[1];

@@ -70,7 +70,9 @@ TEST_F(RipTempName, passes_over_names_that_are_taken_and_fails_if_all_are) {
   EXPECT_TRUE(name.ends_with(L"vkbbbbbb"));
   EXPECT_EQ(rounds, 3);
   m_Library.Directory().Write("Queue/rip/vkbbbbbb", "");
+  rounds = 3;
   EXPECT_FALSE(MakeRipTempName(name, L""));
+  EXPECT_EQ(rounds - 3, 100) << "attempts";
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ TEST_F(AppLog, entries_stand_one_behind_the_other_and_only_printf_ends_a_line) {
   const std::size_t mark = m_Library.LogMark();
   CAppLog& log = CAppLog::Instance();
   log.Write("[Print]: Rip failed");
-  log.Write("na\xC3\xAFve \xFF");  // as it stands, well-formed or not
+  log.Write("na\xC3\xAFve \xFF");  // unchanged, well-formed or not
   log.Write(L"Gr\u00fc\u00dfe \U0001F5A8");
   log.Printf(L"%i of %s, %u", -3, std::wstring(L"four"), 5U);
   log.Write("next");
@@ -124,7 +124,7 @@ TEST_F(AppLog, deletion_closes_the_file) {
 }
 
 TEST_F(AppLog, a_log_that_takes_no_more_sends_the_text_alone_to_standard_error) {
-  // A descriptor that refuses to write stands in the log's place.
+  // A descriptor that refuses to write is in the log's place.
   CExePaths::Instance();
   const std::size_t lowest = [] {
     const int probe = ::dup(0);

@@ -93,7 +93,7 @@ TEST_F(StatusText, another_originator_stands_in_the_translated_text) {
     return std::nullopt;
   };
   EXPECT_EQ(L"Anderer Teil 5 beginnt", InfoTextOf(256, 5));
-  // What the table lacks stays, mark and all, and still takes the number.
+  // A text that the table lacks stays, with its mark, and still gets the number.
   EXPECT_EQ(L"(*v*)Other Ready 5", InfoTextOf(257, 5));
 }
 

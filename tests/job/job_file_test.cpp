@@ -103,7 +103,7 @@ TEST_F(JobFile, reading_removes_the_directory_from_the_text) {
       {L"C:\\a\\b.ps", L"", L"C:\\a\\b.ps", L"C:\\a\\b.ps"},
       {L"xxb.psxx", L"xx", L"b.ps", L"xxb.ps"},
       {L"xxx", L"xx", L"x", L"xxx"},
-      {L"xyxyabab", L"xyab", L"xyab", L"xyabxyab"},  // what closes up is not looked at again
+      {L"xyxyabab", L"xyab", L"xyab", L"xyabxyab"},  // text that closes up is not searched again
       {L"C:\\A\\b.ps", L"c:\\a\\", L"C:\\A\\b.ps", L"c:\\a\\C:\\A\\b.ps"},
       {L"", L"D:\\x\\", L"", L"D:\\x\\"},
   };

@@ -191,7 +191,7 @@ TEST_F(JobTicketArchive, a_ticket_is_read_whole) {
   EXPECT_EQ(L"", ticket.m_SecondFile.FileName);
   EXPECT_EQ(2, ticket.m_JobData.ScaleMode);
   EXPECT_EQ((std::deque<std::int32_t>{4, -1}), ticket.m_Pages);
-  // What is no part of the record stays.
+  // The fields that are not part of the record stay.
   EXPECT_EQ(5.0, ticket.m_JobData.Levels[1].Low);
   EXPECT_TRUE(ticket.m_JobData.CutterEnabled);
   EXPECT_EQ(9, ticket.m_JobData.CutterColor[3]);

@@ -16,7 +16,7 @@
   }                                                 \
   template struct rastrel::test::Reveal<fields::tag, &owner::member>
 
-namespace fields = rastrel::test;  // where the tags have to stand
+namespace fields = rastrel::test;  // where the tags must be
 
 using LogFunction = void (*)(const wchar_t*);
 RASTREL_TEST_FIELD(Progress, CJobTicket, m_Progress, rastrel::os::SharedWord<std::int32_t>);

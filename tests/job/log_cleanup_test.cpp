@@ -24,7 +24,7 @@ class LogCleanup : public LibraryTest {
   [[nodiscard]] bool Has(const std::string& name) const {
     return m_Library.Directory().Has("Queue/rip/" + name);
   }
-  // The texts of a new log, which is what the clean-up said.
+  // The texts of a new log: the clean-up's messages.
   [[nodiscard]] std::string Said() const {
     CAppLog::Instance();
     return m_Library.LogTexts();

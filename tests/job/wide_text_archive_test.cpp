@@ -13,7 +13,7 @@ using rastrel::test::Joined;
 using rastrel::test::Loaded;
 using rastrel::test::Stored;
 
-// The bytes that stand before the characters, by the number of characters.
+// The bytes before the characters, by the number of characters.
 struct Row {
   std::size_t length;
   const char* tagged;

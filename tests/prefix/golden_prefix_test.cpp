@@ -108,7 +108,7 @@ std::unique_ptr<CJobTicket> TicketOf(const Settings& settings) {
   return ticket;
 }
 
-// What the library writes for a case.
+// The library's prefix for a case.
 std::string Generated(const std::string& name) {
   const rastrel::test::ScratchDirectory scratch;
   const Settings settings(name);

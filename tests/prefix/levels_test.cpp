@@ -26,7 +26,7 @@ CLevelsData Levels(double low, double gamma, double high) {
   return levels;
 }
 
-// One entry, written down as the format's page tells it, one operation a line.
+// One entry, computed as the format's page says, one operation a line.
 std::uint32_t LiteralEntry(const CLevelsData& levels, int i) {
   const double range = levels.High - levels.Low;
   const double exponent = 1.0 / levels.Gamma;
@@ -43,7 +43,7 @@ std::uint32_t LiteralEntry(const CLevelsData& levels, int i) {
   return static_cast<std::uint32_t>(std::trunc(s * 256.0));
 }
 
-// What the format's page says of each number that an entry can be: "%2.2x". Made once, since a
+// The format's page, for each number that an entry can be: "%2.2x". Made once, since a
 // table of entries is made very often here.
 const std::wstring& LiteralDigits(std::uint32_t entry) {
   static const std::vector<std::wstring> all = [] {
@@ -145,7 +145,7 @@ TEST_P(RandomLevelsTable, is_the_literal_evaluation_to_the_last_digit) {
 
 INSTANTIATE_TEST_SUITE_P(, RandomLevelsTable, ::testing::Range(0, 5));
 
-// The entries as numbers, for those that stand in the middle of a table.
+// The entries as numbers, for those in the middle of a table.
 std::vector<std::uint32_t> EntriesOf(const CLevelsData& levels) {
   std::vector<std::uint32_t> entries;
   for (int i = 0; i < 256; ++i) entries.push_back(LiteralEntry(levels, i));

@@ -1,4 +1,4 @@
-// The sections by themselves: what each says where its settings are at an edge.
+// The sections by themselves, with settings at their limits.
 
 #include <gtest/gtest.h>
 

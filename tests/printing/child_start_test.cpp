@@ -1,4 +1,4 @@
-// What the children are started with, and what of the host they leave alone.
+// The children's arguments and environment, and the host's resources that they leave alone.
 
 #include <gtest/gtest.h>
 #include <spawn.h>

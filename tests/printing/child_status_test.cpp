@@ -1,4 +1,4 @@
-// What a child's exit status and misbehaviour do to its job.
+// The effect of a child's exit status and misbehaviour on its job.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ class ChildStatus : public rastrel::test::PrintTest {
     m_Ticket.SetJobFile(Root().Wide("job/sign.ps"));
     m_Told = m_Ticket.m_Told.Count();
   }
-  /// What was told since Renew.
+  /// The reports since Renew.
   [[nodiscard]] Lines News() const {
     const Lines all = ToldLines();
     return {all.begin() + static_cast<std::ptrdiff_t>(m_Told), all.end()};

@@ -1,4 +1,4 @@
-// A job on a system that refuses: what it says, and that it neither hangs nor leaves anything.
+// A job on a system whose calls fail: its reports, and that it neither hangs nor leaves anything.
 
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
@@ -384,7 +384,7 @@ TEST_F(FailingCall, of_a_larger_pipe_and_of_memory_has_no_input_to_give) {
   EXPECT_EQ(End(), "3 10");
 }
 
-// Every call that a good job makes fails once. What each then says is told above for those that
+// Every call that a good job makes fails once. The reports are tested above for those that
 // matter; here no failure may hang, leave something, or keep the next job from printing.
 TEST_F(FailingCall, of_any_kind_at_any_time_leaves_nothing_and_the_next_job_prints) {
   Print();

@@ -1,4 +1,4 @@
-// Many jobs in one process: nothing that a job takes stays behind.
+// Many jobs in one process: a job releases everything that it takes.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -82,13 +82,13 @@ struct Holdings {
 };
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool CountsMemory = false;  // a sanitizer keeps what was freed for a while
+constexpr bool CountsMemory = false;  // a sanitizer keeps freed memory for a while
 #else
 constexpr bool CountsMemory = true;
 #endif
 
-// A job that kept as much as its smallest buffer, 1 KiB, would show in what is allocated. The
-// resident size may move by what the allocator keeps for threads.
+// A job that kept as much as its smallest buffer, 1 KiB, would show in the allocated bytes. The
+// resident size may change with the allocator's caches for threads.
 constexpr std::size_t AllocatedSlack = 100 << 10;
 constexpr std::size_t ResidentSlack = 4 << 20;
 

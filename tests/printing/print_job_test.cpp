@@ -1,4 +1,4 @@
-// What a job does from its ticket to the end: the decision tree, its reports, and what it leaves.
+// A whole job, from its ticket to the end: the decision tree, its reports, and its files.
 
 #include <gtest/gtest.h>
 

@@ -145,7 +145,7 @@ TEST(StderrProgress, what_is_no_number_is_only_logged) {
     EXPECT_EQ(ToldOf(std::string(line) + "\n"), (Lines{std::string("Log [Rip]") + line}));
 }
 
-// A number is read as 16 bits: what is above them is lost, and a sign negates.
+// A number is read as 16 bits: higher bits are lost, and a sign negates.
 TEST(StderrProgress, a_number_keeps_its_low_16_bits) {
   constexpr CodeOfKeyword table[] = {{"1", "1"},
                                      {"100", "100"},
@@ -291,6 +291,12 @@ void TakeLong(LineKeeper& keeper, std::size_t characters) {
   const std::string piece(CPipeReader::BufferSize, 'x');
   for (; characters > piece.size(); characters -= piece.size()) keeper.Take(piece);
   keeper.Take(std::string(characters, 'x') + "\ny\n");
+}
+
+// docs/formats/stderr-protocol.md states both for the writer of a child.
+TEST(StderrLines, are_read_in_pieces_of_1024_bytes_and_cut_at_1048576_characters) {
+  EXPECT_EQ(CPipeReader::BufferSize, 1024U);
+  EXPECT_EQ(Limit, 1'048'576U);
 }
 
 TEST(StderrLines, up_to_the_limit_are_whole) {

@@ -12,7 +12,7 @@ namespace {
 class TestPage : public rastrel::test::PrintTest {
  protected:
   TestPage() { Root().Write("drive_c/tmp/testpage.ps", "%!PS\nshowpage\n"); }
-  /// TestPrint, and what it wrote to the standard error stream.
+  /// Runs TestPrint and returns its output on the standard error stream.
   bool PrintIt() {
     testing::internal::CaptureStderr();
     const bool started = TestPrint();

@@ -107,7 +107,7 @@ class WaitResult : public rastrel::test::LibraryTest {
     m_Table.Add(&m_Second, Probe::OtherSignaled, Probe::OtherAbandoned);
     m_Mark = m_Library.LogMark();
   }
-  /// What the log and the reactions say of a result.
+  /// The log and the reactions to a result.
   std::string ReactionTo(std::uint32_t result) {
     Probe probe;
     const std::size_t mark = m_Library.LogMark();

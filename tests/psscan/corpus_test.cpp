@@ -1,4 +1,4 @@
-// Real files, where they are at hand: a folder beside the sources, with a table that tells of each.
+// Real files, if there are any: a folder beside the sources, with a table that describes each.
 
 #include <gtest/gtest.h>
 

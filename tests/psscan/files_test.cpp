@@ -1,4 +1,4 @@
-// What is no ordinary file, and files that change under a scan.
+// Entries that are no ordinary file, and files that change during a scan.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -246,7 +246,7 @@ TEST(CPSParser, one_parser_answers_any_number_of_threads) {
 }
 
 TEST(CPSParser, a_file_that_vanishes_while_it_is_scanned_is_read_to_its_end) {
-  // The header is over behind the first reads; its size can't be had then, so nothing is jumped.
+  // The header is over after the first reads; its size can't be had then, so nothing is jumped.
   static std::string path;
   const ScratchDirectory scratch;
   std::string content = "%!PS\n%%DocumentCustomColors: (atend)\n";

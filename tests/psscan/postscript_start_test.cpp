@@ -59,7 +59,7 @@ TEST(FindEPSStart, bytes_that_a_dos_header_lacks_are_0) {
 }
 
 TEST(FindEPSStart, a_start_behind_the_last_letter_gives_a_length_of_0_or_less) {
-  // The last letter stands at 12, so what reaches from 13 to it is empty.
+  // The last letter is at 12, so the range from 13 to it is empty.
   EXPECT_EQ(ScannedFile(DosSignature + Word(13) + Word(0) + "a...").Start(), "13 0");
   EXPECT_EQ(ScannedFile(DosSignature + Word(100) + Word(0) + "a...").Start(), "100 -87");
 }

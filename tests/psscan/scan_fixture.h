@@ -11,7 +11,7 @@
 
 namespace rastrel::test {
 
-/// Opens what derived classes of the interface may call.
+/// Makes the protected operations public.
 class OpenPsParser : public CPSParser {
  public:
   using CPSParser::CPSParser;

@@ -8,9 +8,9 @@
 #include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/mfc/window.h"
 
-/// The framework's modal dialog as far as this library needs one: logic that runs behind the view
-/// that the host gives it. A derived class says which messages and commands it takes, and what
-/// happens before it is shown. Used on the host's thread; only PostMessage may be called on others.
+/// The framework's modal dialog, as far as this library needs one: the logic of a view that the
+/// host makes. A derived class defines its messages and commands, and the preparations before it is
+/// shown. Used on the host's thread; only PostMessage may be called on others.
 class CDialog : public CWnd, public rastrel::host::DialogLogic {
  public:
   /// The resource must outlive the dialog; `parent`, which may be null, too.
@@ -21,13 +21,13 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   struct Message {
     unsigned message;  ///< number of a posted message, or CommandMessage
     int control;       ///< for CommandMessage: which control
-    /// What is done; the result is the message's answer.
+    /// Called on the message; its result is the message's answer.
     std::intptr_t (*handler)(CDialog& dialog, std::uintptr_t wParam, std::intptr_t lParam);
   };
   /// The number of a command's message.
   static constexpr unsigned CommandMessage = 0x0111;
 
-  /// Shows the dialog until it has ended. Returns what EndDialog was given; CancelCommand if it
+  /// Shows the dialog until it has ended. Returns the argument of EndDialog, or CancelCommand if it
   /// can't be shown.
   virtual int DoModal();
   /// Ends the dialog; the first call counts.
@@ -36,7 +36,7 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   /// that is not in the map ends the dialog if it is OkCommand or CancelCommand.
   std::intptr_t SendMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
 
-  /// What the dialog acts on.
+  /// The messages and commands that the dialog acts on.
   [[nodiscard]] virtual std::span<const Message> GetMessageMap() const;
   /// Moves values between the dialog and its controls. Does nothing here.
   virtual void DoDataExchange(bool fromControls);

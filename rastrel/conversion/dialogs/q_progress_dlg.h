@@ -40,7 +40,7 @@ class CQProgressDlg : public CDialog {
   /// As long as the job runs.
   [[nodiscard]] bool MayEndByItself() const override;
 
-  /// Whether a person gave up, so that the caller removes what there is.
+  /// Whether the user cancelled, so that the caller removes incomplete output.
   [[nodiscard]] bool IsCancelled() const { return m_bCancelled; }
 
  private:
@@ -54,5 +54,5 @@ class CQProgressDlg : public CDialog {
   std::unique_ptr<CCmdLineQ> m_pQueue;
   bool m_bCancelled = false;
   [[maybe_unused]] int m_Spare = 0;
-  int m_Pending = 0;  // what the dialog ends with once the job has ended; 0: nothing yet
+  int m_Pending = 0;  // the dialog's result once the job has ended; 0: none yet
 };

@@ -13,7 +13,7 @@ constexpr bool IsDigit(Character character) {
   return character >= Character{'0'} && character <= Character{'9'};
 }
 
-// Takes white space and one sign off the front; true if the sign is a minus.
+// Removes leading whitespace and one sign; true if the sign is a minus.
 template <typename Character>
 bool TakeSign(std::basic_string_view<Character>& text) {
   const auto isSpace = [](Character character) {

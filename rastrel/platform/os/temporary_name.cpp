@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::wstring_view Mark = L"XXXXXX";
 constexpr std::string_view Characters = "abcdefghijklmnopqrstuvwxyz012345";  // 32: no bias
-constexpr int Tries = 100;
+constexpr int AttemptLimit = 100;
 
 // A link that leads nowhere takes a name too.
 bool IsTaken(const std::wstring& path) {
@@ -35,7 +35,7 @@ bool Draw(std::array<unsigned char, Mark.size()>& bytes) {
 Expected<std::wstring> CompleteTemporaryName(std::wstring pattern) {
   if (!pattern.ends_with(Mark)) return Failure{"name", ToNative(pattern), EINVAL};
   const std::size_t place = pattern.size() - Mark.size();
-  for (int round = 0; round < Tries; ++round) {
+  for (int round = 0; round < AttemptLimit; ++round) {
     std::array<unsigned char, Mark.size()> bytes{};
     if (!Draw(bytes)) return Failure{"getrandom", {}, errno};
     for (std::size_t index = 0; index < bytes.size(); ++index)

@@ -1,4 +1,4 @@
-// The progress dialog with real children behind it and scripted views in front.
+// The progress dialog with real children and scripted views.
 
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 

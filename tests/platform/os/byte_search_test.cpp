@@ -11,7 +11,7 @@ namespace os = rastrel::os;
 
 namespace {
 
-// Two pages, the second of which must not be touched: text stands right before it.
+// Two pages, the second of which must not be touched: the text is right before it.
 class GuardedText {
  public:
   GuardedText()

@@ -22,7 +22,7 @@ void Append(const ScratchDirectory& directory, const std::string& bytes) {
   std::ofstream(directory.Path("file"), std::ios::binary | std::ios::app) << bytes;
 }
 
-// Reads to the end, waiting where there is something to wait for. `end` is what was found there.
+// Reads to the end, and waits while the file grows. `end` becomes the state there.
 std::string ReadAll(RandomAccessFile& file, Growth& end) {
   std::string content;
   std::string piece(100000, '\0');

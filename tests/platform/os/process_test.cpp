@@ -63,7 +63,7 @@ class RunningChild {
   rastrel::Expected<os::ChildProcess> m_Child;
 };
 
-// What a child writes to its standard output, until it closes it.
+// A child's standard output, until it closes it.
 std::string OutputOf(os::SpawnRequest request) {
   HANDLE read = 0;
   HANDLE write = 0;

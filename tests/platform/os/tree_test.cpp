@@ -312,7 +312,8 @@ TEST(CopyTreeInto, a_directory_is_copied_into_itself_once_and_onto_itself_not_at
   EXPECT_TRUE(os::CopyTreeInto(scratch.Wide("source"), scratch.Wide("source/inner/copy")));
   const auto copy = Content(scratch.Path("source/inner/copy"));
   for (const auto& [name, content] : before) EXPECT_EQ(copy.at(name), content);
-  EXPECT_EQ(copy.size(), before.size() + 1);  // "inner" itself, without what is being made in it
+  EXPECT_EQ(copy.size(),
+            before.size() + 1);  // "inner" itself, without the copy that is being made in it
 }
 
 TEST(CopyTreeInto, large_directories_are_copied_whole_by_several_threads_or_one) {
