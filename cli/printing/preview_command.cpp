@@ -34,7 +34,7 @@ odalis::FileFormat FormatOf(const std::string& target) {
 
 // A printer that makes files of the format below the directory of the job.
 std::string PrinterFor(odalis::FileFormat format) {
-  const auto devices = ReadPrinters();
+  const auto devices = OrEnd(ExitStatus::NotInstalled, ReadPrinters());
   const auto found = std::ranges::find_if(devices, [format](const odalis::Device& device) {
     return device.kind == odalis::DeviceKind::File && device.format == format &&
            device.printer != "*" && device.pattern.BeginsWith(odalis::Field::Output);
@@ -71,8 +71,8 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
   const odalis::FileFormat format = FormatOf(target);
   CheckDirectory(target);
-  const InputFile input = InspectInput(invocation.operand);
-  MakeSureOfDataRoot();
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = PrinterFor(format);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
