@@ -130,12 +130,10 @@ void CheckZipLibrary(Checks& checks) {
 }
 
 void CheckXmlLibrary(Checks& checks) {
-  try {
-    RequireXmlParser();
+  if (const auto parser = CheckXmlParser())
     checks.push_back({"libxml2", State::Good, "found", {}, {}});
-  } catch (const CommandError& error) {
-    checks.push_back({"libxml2", State::Warning, error.what(), {}, {}});
-  }
+  else
+    checks.push_back({"libxml2", State::Warning, Describe(parser.Error()), {}, {}});
 }
 
 void CheckProgram(Checks& checks, const char* name, const std::wstring& path) {
@@ -202,18 +200,17 @@ void CheckModes(Checks& checks) {
 
 void CheckDevices(Checks& checks) {
   HealthCheck check{"printers", State::Good, {}, DevicesFile(), {}};
-  try {
-    const auto devices = ReadPrinters();
-    check.text = std::to_string(devices.size()) + " found";
-    if (devices::FindDevice(devices, DefaultPrinter) == nullptr) {
+  if (const auto devices = ReadPrinters(); !devices) {
+    check.state = State::Bad;
+    check.text = Describe(devices.Error());
+    check.mend = "mend that line, or remove the file: the shipped one comes back";
+  } else {
+    check.text = std::to_string(devices->size()) + " found";
+    if (devices::FindDevice(*devices, DefaultPrinter) == nullptr) {
       check.state = State::Warning;
       check.text += ", but nothing takes '" + std::string(DefaultPrinter) + "'";
       check.mend = "add a section of that name, or one named *, to the file";
     }
-  } catch (const CommandError& error) {
-    check.state = State::Bad;
-    check.text = error.what();
-    check.mend = "mend that line, or remove the file: the shipped one comes back";
   }
   checks.push_back(check);
 }

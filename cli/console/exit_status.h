@@ -3,6 +3,9 @@
 #include <array>
 #include <stdexcept>
 #include <string>
+#include <utility>
+
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
@@ -45,5 +48,16 @@ class CommandError : public std::runtime_error {
  private:
   ExitStatus m_Status;
 };
+
+/// The value of a result; without one it ends the command with `status` and the failure as the
+/// message. For the commands themselves: code below them hands failures on as they are.
+template <typename T>
+T OrEnd(ExitStatus status, Expected<T> result) {
+  if (!result) throw CommandError(status, Describe(result.Error()));
+  return *std::move(result);
+}
+inline void OrEnd(ExitStatus status, const Expected<void>& result) {
+  if (!result) throw CommandError(status, Describe(result.Error()));
+}
 
 }  // namespace rastrel::cli

@@ -50,7 +50,8 @@ void WriteCopy(const InputFile& input, const std::string& target, const std::str
 
 ExitStatus HeaderCommand(const Invocation& invocation) {
   const ConversionSettings settings = ReadConversionSettings(invocation);
-  const InputFile input = InspectInput(invocation.operand, "give a job header to");
+  const InputFile input =
+      OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
   LayOutQuietly();
   const std::wstring header = settings.Header();
   if (invocation.Has(OptionId::OutputFile)) {

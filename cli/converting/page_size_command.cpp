@@ -115,7 +115,7 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
 
 void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
   const bool json = invocation.Has(OptionId::Json);
-  const InputFile input = InspectInput(file, "measure");
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(file, "measure"));
   const Reachable reachable(input);
   std::optional<BOUNDS> declared;
   if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.Path());
@@ -129,8 +129,8 @@ void MeasureFile(const std::string& file, const Invocation& invocation, Stop& st
 ExitStatus PageSizeCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
-  MakeSureOfDataRoot();
-  CheckQueueProgram();
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   ExitStatus status = ExitStatus::Done;
   for (const std::string& file : invocation.operands) {
     try {

@@ -147,9 +147,9 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   QueueView view(json);
   const auto signals = TakeSignals(view);
   const ConversionSettings settings = ReadConversionSettings(invocation);
-  const InputFile input = InspectInput(invocation.operand, "convert");
-  MakeSureOfDataRoot();
-  CheckQueueProgram();
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "convert"));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   if (invocation.Has(OptionId::Window)) view.UseWindow();
   const std::string target = OutputDirectory(invocation);
   std::optional<KeepFilesHost> keeping;

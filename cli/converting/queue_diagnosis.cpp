@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -16,12 +15,11 @@ constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
 
 }  // namespace
 
-void CheckQueueProgram() {
+Expected<void> CheckQueueProgram() {
   const std::wstring& program = CExePaths::Instance().m_QueueExe;
-  if (os::Exists(program)) return;
-  throw CommandError(
-      ExitStatus::NotInstalled,
-      "the queue program is missing: '" + os::ToNative(program) + "'; `rastrel doctor` tells more");
+  if (os::Exists(program)) return {};
+  return FailureOf("the queue program is missing: '" + os::ToNative(program) +
+                   "'; `rastrel doctor` tells more");
 }
 
 std::string LastErrorOfQueue() {

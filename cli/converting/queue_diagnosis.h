@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
-/// Throws CommandError(NotInstalled) if there is no queue program.
-void CheckQueueProgram();
+/// Success if the queue program is installed.
+[[nodiscard]] Expected<void> CheckQueueProgram();
 
 /// The last error message of the queue program since this process began; empty if there is none. It
 /// is read from the application log, where the library writes all messages of that program.

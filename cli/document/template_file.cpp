@@ -35,7 +35,7 @@ namespace {
 }
 
 void ImportAbb(const std::string& path, bool strict, OpenedFile& file) {
-  RequireXmlParser();
+  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
   const std::wstring readerPath = ReaderPath(path);
   if (strict) file.findings = CheckAbb(readerPath, *file.host);
   CXMLFileImport importer(readerPath.c_str());

@@ -57,7 +57,7 @@ std::string_view NameOf(TemplateFormat format) {
 TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name) {
   if (!name.empty()) return FormatNamed(name);
   if (FirstByteOf(path) == '{') return TemplateFormat::Document;
-  RequireXmlParser();
+  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
   const std::wstring readerPath = ReaderPath(path);
   const XmlNode root = LoadXmlFile(readerPath);
   if (!root) {

@@ -6,15 +6,14 @@
 #include <filesystem>
 #include <fstream>
 #include <system_error>
-
-#include "rastrel/platform/os/expected.h"
+#include <utility>
 
 namespace rastrel::cli {
 namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::string_view Blanks = " \t\r\n";
+constexpr std::string_view Whitespace = " \t\r\n";
 
 struct Signature {
   std::string_view bytes;
@@ -51,29 +50,29 @@ std::string WhyNoFile(const std::string& path) {
 
 }  // namespace
 
-FileHead ReadFileHead(const std::string& path, std::size_t size) {
-  FileHead head{{}, WhyNoFile(path)};
-  if (!head.trouble.empty()) return head;
+Expected<std::string> ReadFileHead(const std::string& path, std::size_t size) {
+  if (std::string why = WhyNoFile(path); !why.empty()) return FailureOf(std::move(why));
   errno = 0;
   std::ifstream file(path, std::ios::binary);
+  std::string head;
   if (file) {
-    head.bytes.resize(size);
-    file.read(head.bytes.data(), static_cast<std::streamsize>(size));
-    head.bytes.resize(static_cast<std::size_t>(file.gcount()));
+    head.resize(size);
+    file.read(head.data(), static_cast<std::streamsize>(size));
+    head.resize(static_cast<std::size_t>(file.gcount()));
   }
-  if (!file.is_open() || file.bad()) return {{}, DescribeError(errno)};
-  if (head.bytes.empty()) head.trouble = "it is empty";
-  // Where more may follow, who reads on will see.
-  const bool isWhole = head.bytes.size() < size;
-  if (isWhole && head.trouble.empty() && head.bytes.find_first_not_of(Blanks) == head.bytes.npos)
-    head.trouble = "it holds nothing but blanks";
+  if (!file.is_open() || file.bad()) return FailureOf(DescribeError(errno));
+  if (head.empty()) return FailureOf("it is empty");
+  // Where more may follow, the next reader will see.
+  const bool isWhole = head.size() < size;
+  if (isWhole && head.find_first_not_of(Whitespace) == head.npos)
+    return FailureOf("it holds nothing but blanks");
   return head;
 }
 
 bool MayBeXml(std::string_view head) {
   if (IsInUtf16(head)) return true;
   if (head.starts_with("\xEF\xBB\xBF")) head.remove_prefix(3);
-  const std::size_t begin = head.find_first_not_of(Blanks);
+  const std::size_t begin = head.find_first_not_of(Whitespace);
   return begin == head.npos || head[begin] == '<';
 }
 

@@ -4,18 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
+
 /// A first look at a file that a user gave, before a reader of one format sees it.
 namespace rastrel::cli {
 
-/// How a file begins.
-struct FileHead {
-  std::string bytes;    ///< no more than were asked for
-  std::string trouble;  ///< why there are none: "it is a directory"; empty if there are some
-};
-
-/// Reads the first bytes of a regular file by its native path. An empty file,
-/// or one of whitespace alone, is a trouble too.
-[[nodiscard]] FileHead ReadFileHead(const std::string& path, std::size_t size);
+/// Reads the first bytes of a regular file by its native path, no more than `size`. Fails with a
+/// reason for the user alone, "it is a directory", also for an empty file or one of whitespace
+/// alone.
+[[nodiscard]] Expected<std::string> ReadFileHead(const std::string& path, std::size_t size);
 
 /// Whether an XML document may begin so: with markup after nothing but a byte order mark and
 /// whitespace. A head of whitespace alone may be followed by markup.

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/console/exit_status.h"
 #include "cli/input/file_head.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/text.h"
@@ -19,9 +18,8 @@ struct Asked {
   const char* verb;
 };
 
-[[noreturn]] void Refuse(const Asked& file, const std::string& why) {
-  throw CommandError(ExitStatus::BadInput,
-                     "can't " + std::string(file.verb) + " '" + file.path + "': " + why);
+Failure Refusal(const Asked& file, const std::string& why) {
+  return FailureOf("can't " + std::string(file.verb) + " '" + file.path + "': " + why);
 }
 
 const char* ExtensionOf(interpreter::JobKind kind) {
@@ -42,15 +40,15 @@ bool IsUnsafe(wchar_t character) {
 
 }  // namespace
 
-InputFile InspectInput(const std::string& path, const char* verb) {
+Expected<InputFile> InspectInput(const std::string& path, const char* verb) {
   const Asked asked{path, verb};
-  const FileHead head = ReadFileHead(path, interpreter::JobHeadSize);
-  if (!head.trouble.empty()) Refuse(asked, head.trouble);
+  const auto head = ReadFileHead(path, interpreter::JobHeadSize);
+  if (!head) return Refusal(asked, Describe(head.Error()));
   std::error_code error;
   const auto size = std::filesystem::file_size(path, error);
-  const auto layout = interpreter::FindJobLayout(head.bytes, error ? head.bytes.size() : size);
+  const auto layout = interpreter::FindJobLayout(*head, error ? head->size() : size);
   if (layout.kind == interpreter::JobKind::Unknown)
-    Refuse(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
+    return Refusal(asked, "it is neither PostScript (\"%!\" at its start), nor EPS, nor PDF");
   InputFile input;
   input.path = path;
   input.safeName = SafeJobName(path.substr(path.rfind('/') + 1));

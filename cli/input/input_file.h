@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// A file that is to be printed or converted.
@@ -12,10 +14,10 @@ struct InputFile {
   std::string extension;  ///< ".ps", ".eps" or ".pdf", by the content
 };
 
-/// Looks at the file's beginning. Throws CommandError(BadInput) if it is missing, unreadable, no
+/// Looks at the file's beginning. Fails if it is missing, unreadable, no
 /// regular file, or neither PostScript, EPS nor PDF; the message then says that it can't `verb` the
 /// file.
-[[nodiscard]] InputFile InspectInput(const std::string& path, const char* verb = "print");
+[[nodiscard]] Expected<InputFile> InspectInput(const std::string& path, const char* verb = "print");
 
 /// The base name, without extension, that a working copy of a file has. It becomes part of a
 /// PostScript comment, a command line, names of output files and of the spool entry. Backslashes,

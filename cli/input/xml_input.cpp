@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 
-#include "cli/console/exit_status.h"
 #include "cli/input/file_head.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -14,26 +13,26 @@
 namespace rastrel::cli {
 namespace {
 
-[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
-  throw CommandError(ExitStatus::BadInput, "can't read '" + path + "': " + why);
+Failure Refusal(const std::string& path, const std::string& why) {
+  return FailureOf("can't read '" + path + "': " + why);
 }
 
-// Places are written as compilers write them.
-void ThrowXmlFailure(const XmlInput& input) {
+// Success if the XML layer reported no failure. Places are written as compilers write them.
+Expected<void> CheckXmlFailure(const XmlInput& input) {
   std::optional<Failure> failure = xml::TakeXmlFailure();
-  if (!failure) return;
+  if (!failure) return {};
   failure->where = os::Utf8FromWide(os::FromNative(input.path));
-  throw CommandError(ExitStatus::BadInput, Describe(*failure));
+  return std::move(*failure);
 }
 
 // Faults that are found without a reader of XML.
-void ThrowIfNoXml(const XmlInput& input) {
+Expected<void> CheckHead(const XmlInput& input) {
   constexpr std::size_t size = 512;
-  const FileHead head = ReadFileHead(input.path, size);
-  if (!head.trouble.empty()) Refuse(input.path, head.trouble);
-  if (MayBeXml(head.bytes)) return;
-  const std::string kind(KnownKind(head.bytes));
-  Refuse(input.path, "it is no document of XML" + (kind.empty() ? "" : ", but " + kind));
+  const auto head = ReadFileHead(input.path, size);
+  if (!head) return Refusal(input.path, Describe(head.Error()));
+  if (MayBeXml(*head)) return {};
+  const std::string kind(KnownKind(*head));
+  return Refusal(input.path, "it is no document of XML" + (kind.empty() ? "" : ", but " + kind));
 }
 
 bool EndsInXml(const std::wstring& path) {
@@ -48,25 +47,26 @@ std::wstring ReaderPath(const std::string& path) {
   return wide.empty() || wide.size() >= shortest ? wide : L"././" + wide;
 }
 
-void RequireXmlParser() {
+Expected<void> CheckXmlParser() {
   const auto parser = xml::LoadXmlParser();
-  if (parser) return;
-  throw CommandError(ExitStatus::NotInstalled, Describe(parser.Error()) + "; install libxml2");
+  if (!parser) return FailureOf(Describe(parser.Error()) + "; install libxml2");
+  return {};
 }
 
-void ThrowIfRefused(const XmlInput& input) {
-  RequireXmlParser();
-  ThrowIfNoXml(input);
-  ThrowXmlFailure(input);
+Expected<void> CheckXmlInput(const XmlInput& input) {
+  if (auto checked = CheckHead(input); !checked) return checked;
+  if (auto checked = CheckXmlFailure(input); !checked) return checked;
   const std::wstring path = ReaderPath(input.path);
-  if (input.namedXml && !EndsInXml(path)) Refuse(input.path, "its name does not end in .xml");
+  if (input.namedXml && !EndsInXml(path))
+    return Refusal(input.path, "its name does not end in .xml");
   const XmlNode root = LoadXmlFile(path);
-  ThrowXmlFailure(input);
+  if (auto checked = CheckXmlFailure(input); !checked) return checked;
   std::wstring name;
   NodeBaseName(root, name);
   if (name != input.root)
-    Refuse(input.path, "its root is <" + os::Utf8FromWide(name) + ">, and not <" +
-                           os::Utf8FromWide(input.root) + ">");
+    return Refusal(input.path, "its root is <" + os::Utf8FromWide(name) + ">, and not <" +
+                                   os::Utf8FromWide(input.root) + ">");
+  return {};
 }
 
 std::string OneLineText(const wchar_t* text) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// An XML file and the demands of its reader.
@@ -15,14 +17,14 @@ struct XmlInput {
 /// of a user's gets its directory in front.
 [[nodiscard]] std::wstring ReaderPath(const std::string& path);
 
-/// Throws CommandError(NotInstalled) if there is nothing on this machine that reads XML.
-void RequireXmlParser();
+/// Success if this machine has a parser of XML, else why not and what to install.
+[[nodiscard]] Expected<void> CheckXmlParser();
 
-/// Throws CommandError(BadInput) with the reason why a reader refused the file, as far as the file
-/// itself is one: it is missing, unreadable, of another kind, misnamed, no well-formed document
-/// (with line and column), has another root, or has a value that is too long. Returns if it is
-/// none of these. Called right after the reader, in its thread. Throws as RequireXmlParser does.
-void ThrowIfRefused(const XmlInput& input);
+/// Fails with the reason why a reader refused the file, as far as the file itself is one: it is
+/// missing, unreadable, of another kind, misnamed, no well-formed document (with line and column),
+/// has another root, or has a value that is too long. Called right after the reader, in its thread.
+/// REQUIRES: CheckXmlParser succeeded.
+[[nodiscard]] Expected<void> CheckXmlInput(const XmlInput& input);
 
 /// Text in one line: each control character becomes a space. UTF-8.
 [[nodiscard]] std::string OneLineText(const wchar_t* text);

@@ -1,6 +1,5 @@
 #include "cli/installation/installation.h"
 
-#include "cli/console/exit_status.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/log_cleanup.h"
 #include "rastrel/platform/os/file.h"
@@ -17,30 +16,26 @@ std::string NativeDirectory(const std::wstring& path) {
   return native;
 }
 
-// The log's own rule: whatever keeps it from being opened keeps the job from running.
-void MakeSureOfLog() {
-  const std::wstring name = job::LogNamePrefix + std::to_wstring(os::CurrentProcessId()) + L".log";
-  const auto file = os::CreateLog(CExePaths::Instance().m_RipDir + name);
-  if (file) return;
-  throw CommandError(
-      ExitStatus::NotInstalled,
-      "the data root can't be used: " + Describe(file.Error()) + "; `rastrel doctor` tells more");
+Failure Unusable(const std::string& why) {
+  return FailureOf("the data root can't be used: " + why + "; `rastrel doctor` tells more");
 }
 
-void MakeSureOf(const std::string& directory) {
-  const std::string why = WhyNotWritable(directory);
-  if (why.empty()) return;
-  throw CommandError(ExitStatus::NotInstalled,
-                     "the data root can't be used: " + why + "; `rastrel doctor` tells more");
+// The log's own rule: whatever keeps it from being opened keeps the job from running.
+Expected<void> MakeSureOfLog() {
+  const std::wstring name = job::LogNamePrefix + std::to_wstring(os::CurrentProcessId()) + L".log";
+  const auto file = os::CreateLog(CExePaths::Instance().m_RipDir + name);
+  if (!file) return Unusable(Describe(file.Error()));
+  return {};
 }
 
 }  // namespace
 
-void MakeSureOfDataRoot() {
+Expected<void> MakeSureOfDataRoot() {
   LayOutQuietly();
-  MakeSureOfLog();
+  if (auto log = MakeSureOfLog(); !log) return log;
   for (const std::string& directory : {RipDirectory(), JobsDirectory(), SpoolDirectory()})
-    MakeSureOf(directory);
+    if (const std::string why = WhyNotWritable(directory); !why.empty()) return Unusable(why);
+  return {};
 }
 
 void LayOutQuietly() { standalone::EnsureDataRoot(); }

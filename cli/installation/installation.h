@@ -2,12 +2,13 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// Lays the data root out if it was not, and makes sure that the files of a print can be written
-/// there: the library would wait forever for an application log that can't be opened. Throws
-/// CommandError(NotInstalled) with the fault.
-void MakeSureOfDataRoot();
+/// there: the library would wait forever for an application log that can't be opened.
+[[nodiscard]] Expected<void> MakeSureOfDataRoot();
 
 /// Lays the data root out. A fault is left to the first caller that needs the files.
 void LayOutQuietly();

@@ -11,7 +11,7 @@ namespace rastrel::cli {
 
 ExitStatus ListPrintersCommand(const Invocation& invocation) {
   LayOutQuietly();
-  for (const devices::Device& device : ReadPrinters()) {
+  for (const devices::Device& device : OrEnd(ExitStatus::NotInstalled, ReadPrinters())) {
     const bool isDefault = device.printer == DefaultPrinter;
     if (invocation.Has(OptionId::Json)) {
       JsonLine line("printer");

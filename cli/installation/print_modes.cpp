@@ -5,7 +5,6 @@
 #include <tuple>
 #include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -71,7 +70,7 @@ std::vector<PrintMode> ListModes() {
   return modes;
 }
 
-PrintMode FindMode(const std::string& text) {
+Expected<PrintMode> FindMode(const std::string& text) {
   const std::vector<PrintMode> modes = ListModes();
   const std::string lower = Lower(text);
   const auto isExactly = [&](const PrintMode& mode) { return FullName(mode) == text; };
@@ -85,8 +84,8 @@ PrintMode FindMode(const std::string& text) {
   std::string known;
   for (const PrintMode& mode : modes) known += (known.empty() ? "'" : ", '") + FullName(mode) + "'";
   const std::string why = text.find('/') == text.npos ? " (a mode is given as FOLDER/NAME)" : "";
-  throw CommandError(ExitStatus::WrongUse, "there is no print mode '" + text + "'" + why +
-                                               "; there are " + (known.empty() ? "none" : known));
+  return FailureOf("there is no print mode '" + text + "'" + why + "; there are " +
+                   (known.empty() ? "none" : known));
 }
 
 }  // namespace rastrel::cli

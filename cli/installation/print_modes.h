@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// The print mode that is used if none is named.
@@ -20,8 +22,7 @@ struct PrintMode {
 [[nodiscard]] std::vector<PrintMode> ListModes();
 
 /// The mode that "FOLDER/NAME" names; the extension may be left out, and case does not count where
-/// nothing is spelled so. Throws CommandError(WrongUse), with the modes that there are, if there is
-/// none such.
-[[nodiscard]] PrintMode FindMode(const std::string& text);
+/// no mode is spelled so. Fails, with the modes that there are, if there is none such.
+[[nodiscard]] Expected<PrintMode> FindMode(const std::string& text);
 
 }  // namespace rastrel::cli

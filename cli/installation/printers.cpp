@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -24,28 +23,23 @@ const char* FormatWord(devices::FileFormat format) {
 
 }  // namespace
 
-std::vector<devices::Device> ReadPrinters() {
+Expected<std::vector<devices::Device>> ReadPrinters() {
   const std::string path = DevicesFile();
   const auto text = os::ReadWholeFile(os::FromNative(path), LargestFile);
-  if (!text)
-    throw CommandError(ExitStatus::NotInstalled,
-                       "the devices file can't be read: " + Describe(text.Error()));
+  if (!text) return FailureOf("the devices file can't be read: " + Describe(text.Error()));
   auto devices = devices::ReadDevices(*text);
   if (!devices)
-    throw CommandError(ExitStatus::NotInstalled, "the devices file '" + path + "' has a fault in " +
-                                                     Describe(devices.Error()));
+    return FailureOf("the devices file '" + path + "' has a fault in " + Describe(devices.Error()));
   return std::move(*devices);
 }
 
-void CheckPrinter(const std::string& name) {
-  const auto devices = ReadPrinters();
-  if (std::ranges::find(devices, name, &devices::Device::printer) != devices.end()) return;
+Expected<void> CheckPrinter(const std::vector<devices::Device>& devices, const std::string& name) {
+  if (std::ranges::find(devices, name, &devices::Device::printer) != devices.end()) return {};
   std::string known;
   for (const devices::Device& device : devices)
     known += (known.empty() ? "'" : ", '") + device.printer + "'";
-  throw CommandError(ExitStatus::WrongUse, "there is no printer '" + name + "' in " +
-                                               DevicesFile() + "; there are " +
-                                               (known.empty() ? "none" : known));
+  return FailureOf("there is no printer '" + name + "' in " + DevicesFile() + "; there are " +
+                   (known.empty() ? "none" : known));
 }
 
 std::string DescribeDevice(const devices::Device& device) {

@@ -4,20 +4,22 @@
 #include <vector>
 
 #include "children/devices/devices.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
 /// The printer that is used if none is named.
 inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
 
-/// The devices of the data root, as the output engine reads them. Throws
-/// CommandError(NotInstalled) if the file is missing or holds a fault.
-[[nodiscard]] std::vector<devices::Device> ReadPrinters();
+/// The devices of the data root, as the output engine reads them. Fails if the file is missing or
+/// holds a fault.
+[[nodiscard]] Expected<std::vector<devices::Device>> ReadPrinters();
 
-/// Throws CommandError(WrongUse), with the names that there are, unless a section of the devices
-/// bears the name. The section "*" takes any name from a host, but a name that a person types and
-/// that no section bears is more likely a slip.
-void CheckPrinter(const std::string& name);
+/// Fails, with the names that there are, unless a section of the devices has the name. The section
+/// "*" takes any name from a host, but a name that a person types and that no section has is more
+/// likely a slip.
+[[nodiscard]] Expected<void> CheckPrinter(const std::vector<devices::Device>& devices,
+                                          const std::string& name);
 
 /// "TIFF files" or "PDF, given to a program: /usr/bin/lp".
 [[nodiscard]] std::string DescribeDevice(const devices::Device& device);

@@ -49,8 +49,11 @@ std::unique_ptr<CJobTicket> TicketFor(const Invocation& invocation) {
 
 void Select(CJobData& settings, const Invocation& invocation) {
   const std::string printer = invocation.ValueOr(OptionId::Printer, DefaultPrinter);
-  if (invocation.Has(OptionId::Printer)) CheckPrinter(printer);
-  const PrintMode mode = FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode));
+  if (invocation.Has(OptionId::Printer))
+    OrEnd(ExitStatus::WrongUse,
+          CheckPrinter(OrEnd(ExitStatus::NotInstalled, ReadPrinters()), printer));
+  const PrintMode mode =
+      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
   settings.PrinterName = os::WideFromUtf8(printer);
   settings.PrintModeFolder = os::WideFromUtf8(mode.folder);
   settings.PrintModeName = os::WideFromUtf8(mode.name);
@@ -92,8 +95,8 @@ std::string ForALook(std::string bytes) {
 
 ExitStatus PrefixCommand(const Invocation& invocation) {
   const std::unique_ptr<CJobTicket> ticket = TicketFor(invocation);
-  const InputFile input = InspectInput(invocation.operand);
-  MakeSureOfDataRoot();
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   Select(ticket->m_JobData, invocation);
   const JobDirectory directory(false);
   ticket->SetJobFile(os::FromNative(directory.Path() + "/" + input.safeName + input.extension));

@@ -34,7 +34,7 @@ devices::FileFormat FormatOf(const std::string& target) {
 
 // A printer that makes files of the format below the directory of the job.
 std::string PrinterFor(devices::FileFormat format) {
-  const auto devices = ReadPrinters();
+  const auto devices = OrEnd(ExitStatus::NotInstalled, ReadPrinters());
   const auto found = std::ranges::find_if(devices, [format](const devices::Device& device) {
     return device.kind == devices::DeviceKind::File && device.format == format &&
            device.printer != "*" && device.pattern.BeginsWith(devices::Field::Output);
@@ -71,8 +71,8 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
   const devices::FileFormat format = FormatOf(target);
   CheckDirectory(target);
-  const InputFile input = InspectInput(invocation.operand);
-  MakeSureOfDataRoot();
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = PrinterFor(format);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();

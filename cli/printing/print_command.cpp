@@ -44,17 +44,21 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   request.spool = invocation.Has(OptionId::Spool);
   request.planar = invocation.Has(OptionId::Planar);
   if (invocation.Has(OptionId::SaveTicket))
-    request.ticketPath = TicketPath(invocation.ValueOr(OptionId::SaveTicket, ""));
+    request.ticketPath =
+        OrEnd(ExitStatus::WrongUse, TicketPath(invocation.ValueOr(OptionId::SaveTicket, "")));
   if (invocation.Has(OptionId::SaveTicket) && invocation.operands.size() > 1)
     throw CommandError(ExitStatus::WrongUse,
                        "a ticket file holds one job: print the files one by "
                        "one to save a ticket of each");
   for (const std::string& operand : invocation.operands)
-    request.inputs.push_back(InspectInput(operand));
-  MakeSureOfDataRoot();
+    request.inputs.push_back(OrEnd(ExitStatus::BadInput, InspectInput(operand)));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   request.printer = invocation.ValueOr(OptionId::Printer, DefaultPrinter);
-  if (invocation.Has(OptionId::Printer)) CheckPrinter(request.printer);
-  request.mode = FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode));
+  if (invocation.Has(OptionId::Printer))
+    OrEnd(ExitStatus::WrongUse,
+          CheckPrinter(OrEnd(ExitStatus::NotInstalled, ReadPrinters()), request.printer));
+  request.mode =
+      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
   return request;
 }
 
@@ -75,15 +79,10 @@ void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& inpu
 }
 
 // The job is printed whatever becomes of its ticket, and its files are told first.
-std::optional<CommandError> TrySave(const CJobTicket& ticket, const std::string& path,
-                                    JobView& view) {
-  try {
-    SaveTicket(ticket, path);
-  } catch (const CommandError& error) {
-    return error;
-  }
-  view.Say("saved", "the ticket is saved as", path);
-  return std::nullopt;
+Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobView& view) {
+  auto saved = SaveTicket(ticket, path);
+  if (saved) view.Say("saved", "the ticket is saved as", path);
+  return saved;
 }
 
 void ReportKeptFiles(JobView& view, const JobDirectory& directory) {
@@ -107,12 +106,12 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
     spool->Fill();
     view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
   }
-  std::optional<CommandError> unsaved;
+  Expected<void> saved;
   if (end == JobEnd::Done && !request.ticketPath.empty())
-    unsaved = TrySave(ticket, request.ticketPath, view);
+    saved = TrySave(ticket, request.ticketPath, view);
   if (keep) ReportKeptFiles(view, directory);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
-  if (unsaved) throw CommandError(*unsaved);
+  OrEnd(ExitStatus::JobFailed, saved);
   return status;
 }
 

@@ -44,7 +44,7 @@ void CheckPagesOf(const CJobTicket& ticket, const std::string& path) {
 }
 
 void TakeTicket(CJobTicket& ticket, const std::string& path) {
-  LoadTicket(ticket, path);
+  OrEnd(ExitStatus::BadInput, LoadTicket(ticket, path));
   if (ticket.m_Status == JS_HOLDING)
     throw CommandError(
         ExitStatus::JobFailed,
@@ -57,12 +57,12 @@ void TakeTicket(CJobTicket& ticket, const std::string& path) {
 void TakeJob(CJobTicket& ticket, const std::string& operand) {
   if (operand.find('/') == operand.npos) {
     if (const auto entry = FindSpoolEntry(operand)) return TakeSpoolEntry(ticket, *entry);
-    if (!os::Exists(os::FromNative(TicketPath(operand))))
+    if (!os::Exists(os::FromNative(OrEnd(ExitStatus::WrongUse, TicketPath(operand)))))
       throw CommandError(ExitStatus::BadInput, "there is neither a job '" + operand +
                                                    "' in the spool (" + SpoolDirectory() +
                                                    ") nor a ticket file of that name here");
   }
-  TakeTicket(ticket, TicketPath(operand));
+  TakeTicket(ticket, OrEnd(ExitStatus::WrongUse, TicketPath(operand)));
 }
 
 void CheckSelection(const CJobTicket& ticket) {
@@ -82,9 +82,11 @@ ExitStatus ReprintCommand(const Invocation& invocation) {
   std::deque<std::int32_t> pages;
   if (invocation.Has(OptionId::Pages)) pages = ParsePages(invocation.ValueOr(OptionId::Pages, ""));
   const std::int32_t copies = ParseCopies(invocation.ValueOr(OptionId::Copies, "1"));
-  MakeSureOfDataRoot();
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = invocation.ValueOr(OptionId::Printer, "");
-  if (invocation.Has(OptionId::Printer)) CheckPrinter(printer);
+  if (invocation.Has(OptionId::Printer))
+    OrEnd(ExitStatus::WrongUse,
+          CheckPrinter(OrEnd(ExitStatus::NotInstalled, ReadPrinters()), printer));
 
   ObservedTicket ticket;
   TakeJob(ticket, invocation.operand);

@@ -64,11 +64,10 @@ std::optional<SpoolEntry> FindSpoolEntry(const std::string& name) {
   return std::nullopt;
 }
 
-SpoolEntry NeedSpoolEntry(const std::string& name) {
+Expected<SpoolEntry> NeedSpoolEntry(const std::string& name) {
   if (auto entry = FindSpoolEntry(name)) return *entry;
-  throw CommandError(ExitStatus::BadInput, "there is no job '" + name + "' in the spool (" +
-                                               SpoolDirectory() +
-                                               "); `rastrel spool list` tells which are");
+  return FailureOf("there is no job '" + name + "' in the spool (" + SpoolDirectory() +
+                   "); `rastrel spool list` tells which are");
 }
 
 std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {

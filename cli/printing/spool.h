@@ -31,8 +31,8 @@ struct SpoolEntry {
 [[nodiscard]] std::vector<SpoolEntry> ListSpool();
 /// The entry of exactly that name, or nothing.
 [[nodiscard]] std::optional<SpoolEntry> FindSpoolEntry(const std::string& name);
-/// The same; throws CommandError(BadInput) if there is none.
-[[nodiscard]] SpoolEntry NeedSpoolEntry(const std::string& name);
+/// The same; fails with a message for the user if there is none.
+[[nodiscard]] Expected<SpoolEntry> NeedSpoolEntry(const std::string& name);
 /// Its pages in printing order: by the numbers in their ".info", then by name.
 [[nodiscard]] std::vector<SpoolPage> PagesOf(const SpoolEntry& entry);
 

@@ -112,7 +112,7 @@ ExitStatus ListSpoolCommand(const Invocation& invocation) {
 
 ExitStatus ShowSpoolCommand(const Invocation& invocation) {
   LayOutQuietly();
-  const SpoolEntry entry = NeedSpoolEntry(invocation.operand);
+  const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
   const bool json = invocation.Has(OptionId::Json);
   WriteOut(json ? EntryLine(entry) : EntryText(entry));
   for (const SpoolPage& page : PagesOf(entry))
@@ -124,7 +124,7 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
   LayOutQuietly();
   std::uint64_t bytes = 0;
   if (invocation.hasOperand) {
-    bytes = NeedSpoolEntry(invocation.operand).bytes;
+    bytes = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand)).bytes;
   } else {
     for (const SpoolEntry& entry : ListSpool()) bytes += entry.bytes;
   }
@@ -141,7 +141,7 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
   LayOutQuietly();
-  const SpoolEntry entry = NeedSpoolEntry(invocation.operand);
+  const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
   if (!os::RemoveTree(os::FromNative(entry.directory)))
     throw CommandError(ExitStatus::JobFailed, "'" + entry.directory + "' can't be removed whole");
   if (invocation.Has(OptionId::Json)) {
@@ -156,7 +156,9 @@ ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
 ExitStatus OpenSpoolCommand(const Invocation& invocation) {
   LayOutQuietly();
   const std::string directory =
-      invocation.hasOperand ? NeedSpoolEntry(invocation.operand).directory : SpoolDirectory();
+      invocation.hasOperand
+          ? OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand)).directory
+          : SpoolDirectory();
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("directory");
     line.Add("path", directory).Write();

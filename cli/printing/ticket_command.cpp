@@ -147,9 +147,9 @@ void AddPages(FieldList& fields, CCFMFile& pages) {
 }  // namespace
 
 ExitStatus ShowTicketCommand(const Invocation& invocation) {
-  const std::string path = TicketPath(invocation.operand);
+  const std::string path = OrEnd(ExitStatus::WrongUse, TicketPath(invocation.operand));
   CJobTicket ticket;
-  LoadTicket(ticket, path);
+  OrEnd(ExitStatus::BadInput, LoadTicket(ticket, path));
   FieldList fields;
   fields.Text("ticket", "path", path);
   AddJob(fields, ticket);
@@ -160,9 +160,9 @@ ExitStatus ShowTicketCommand(const Invocation& invocation) {
 }
 
 ExitStatus HoldTicketCommand(const Invocation& invocation, bool hold) {
-  const std::string path = TicketPath(invocation.operand);
+  const std::string path = OrEnd(ExitStatus::WrongUse, TicketPath(invocation.operand));
   CJobTicket ticket;
-  LoadTicket(ticket, path);
+  OrEnd(ExitStatus::BadInput, LoadTicket(ticket, path));
   const JT_STATUS before = ticket.m_Status;
   ticket.HoldJob(hold ? 1 : 0);
   const JT_STATUS wanted = hold ? JS_HOLDING : JS_IDLE;
@@ -170,7 +170,7 @@ ExitStatus HoldTicketCommand(const Invocation& invocation, bool hold) {
     throw CommandError(ExitStatus::JobFailed, "the job of the ticket '" + path + "' can't be " +
                                                   (hold ? "held" : "released") +
                                                   ": its status is " + StatusWord(before));
-  if (ticket.m_Status != before) SaveTicket(ticket, path);
+  if (ticket.m_Status != before) OrEnd(ExitStatus::JobFailed, SaveTicket(ticket, path));
   const std::string already = ticket.m_Status == before ? "already " : "";
   if (invocation.Has(OptionId::Json)) {
     JsonLine line(hold ? "held" : "released");

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <utility>
 
-#include "cli/console/exit_status.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
@@ -19,8 +18,8 @@ constexpr std::uint64_t LargestTicket = std::uint64_t{256} << 20;
 constexpr std::size_t VersionSize = 4;
 constexpr std::string_view KnownVersion("\1\0\0\0", VersionSize);
 
-[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
-  throw CommandError(ExitStatus::BadInput, "the ticket '" + path + "' can't be read: " + why);
+Failure Unreadable(const std::string& path, const std::string& why) {
+  return FailureOf("the ticket '" + path + "' can't be read: " + why);
 }
 
 // The bytes of a ticket file, and how far a reader has come.
@@ -42,44 +41,48 @@ class TicketBytes : public CFile {
   std::size_t m_Position = 0;
 };
 
-void CheckVersion(const std::string& bytes, const std::string& path) {
+Expected<void> CheckVersion(const std::string& bytes, const std::string& path) {
   if (bytes.size() < VersionSize)
-    Refuse(path, "it has " + std::to_string(bytes.size()) + " bytes, which is no ticket");
+    return Unreadable(path,
+                      "it has " + std::to_string(bytes.size()) + " bytes, which is no ticket");
   if (!bytes.starts_with(KnownVersion))
-    Refuse(path, "it is no ticket, or one of another version (its first four bytes are not 1)");
+    return Unreadable(
+        path, "it is no ticket, or one of another version (its first four bytes are not 1)");
+  return {};
 }
 
 }  // namespace
 
-std::string TicketPath(const std::string& text) {
-  if (text.empty()) throw CommandError(ExitStatus::WrongUse, "a ticket's path is empty");
+Expected<std::string> TicketPath(const std::string& text) {
+  if (text.empty()) return FailureOf("a ticket's path is empty");
   std::string path = text.front() == '/' ? text : os::CurrentDirectory() + "/" + text;
   const std::string taken = os::ToNative(os::FromNative(path));
   if (taken == path) return path;
-  throw CommandError(ExitStatus::WrongUse,
-                     "'" + text + "' can't be a ticket's path: it would be taken for '" + taken +
-                         "', since backslashes part directories and case counts for nothing");
+  return FailureOf("'" + text + "' can't be a ticket's path: it would be taken for '" + taken +
+                   "', since backslashes part directories and case counts for nothing");
 }
 
-void LoadTicket(CJobTicket& ticket, const std::string& path) {
+Expected<void> LoadTicket(CJobTicket& ticket, const std::string& path) {
   auto content = os::ReadWholeFile(os::FromNative(path), LargestTicket);
-  if (!content) Refuse(path, Describe(content.Error()));
+  if (!content) return Unreadable(path, Describe(content.Error()));
   TicketBytes file(std::move(*content));
-  CheckVersion(file.Bytes(), path);
+  if (auto version = CheckVersion(file.Bytes(), path); !version) return version;
   CArchive archive(&file, CArchive::load);
   const std::string size = std::to_string(file.Bytes().size());
   try {
     ticket.Serialize(archive);
   } catch (const CArchiveException& exception) {
-    Refuse(path, std::string(exception.what()) + " at byte " + std::to_string(file.Position()) +
-                     " of " + size + "; the file is cut off or damaged");
+    return Unreadable(path, std::string(exception.what()) + " at byte " +
+                                std::to_string(file.Position()) + " of " + size +
+                                "; the file is cut off or damaged");
   }
   if (file.Position() != file.Bytes().size())
-    Refuse(path, "its record ends at byte " + std::to_string(file.Position()) + " of " + size +
-                     "; the file is damaged");
+    return Unreadable(path, "its record ends at byte " + std::to_string(file.Position()) + " of " +
+                                size + "; the file is damaged");
+  return {};
 }
 
-void SaveTicket(const CJobTicket& ticket, const std::string& path) {
+Expected<void> SaveTicket(const CJobTicket& ticket, const std::string& path) {
   CJobTicket saved = ticket;
   if (saved.m_Status == JS_ACTIVE) saved.m_Status = JS_IDLE;
   CMemFile file;
@@ -89,9 +92,8 @@ void SaveTicket(const CJobTicket& ticket, const std::string& path) {
   const auto& bytes = file.Bytes();
   const auto written = os::ReplaceFile(os::FromNative(path),
                                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-  if (!written)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the ticket can't be saved: " + Describe(written.Error()));
+  if (!written) return FailureOf("the ticket can't be saved: " + Describe(written.Error()));
+  return {};
 }
 
 }  // namespace rastrel::cli

@@ -94,7 +94,8 @@ ExitStatus CarsCommand(const Invocation& invocation) {
   CXMLCarDataCut cars(ReaderPath(invocation.operand).c_str());
   const CFolderInfo* folder = cars.GetFirstFolder();
   if (folder == nullptr) {
-    ThrowIfRefused({invocation.operand, L"LIBRARY", true});
+    OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
+    OrEnd(ExitStatus::BadInput, CheckXmlInput({invocation.operand, L"LIBRARY", true}));
     if (!json) WriteOut("no folders\n");
   }
   const Branches& branches = TextIsUtf8() ? BoxDrawing : Ascii;

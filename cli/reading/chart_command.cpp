@@ -21,7 +21,8 @@ std::wstring Part(const Invocation& invocation, OptionId id) {
 }
 
 void ThrowWithoutAnswer(const Invocation& invocation, const wchar_t* root) {
-  ThrowIfRefused({invocation.operand, root, false});
+  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
+  OrEnd(ExitStatus::BadInput, CheckXmlInput({invocation.operand, root, false}));
   throw CommandError(ExitStatus::NoMatch,
                      "no entry of '" + invocation.operand + "' matches the question");
 }

@@ -112,7 +112,7 @@ ExitStatus InspectCommand(const Invocation& invocation) {
   for (const std::string& operand : invocation.operands)
     for (const std::string& file : FilesOfOperand(operand)) {
       try {
-        Inspection inspection = InspectFile(file);
+        Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
         if (invocation.Has(OptionId::Painted)) AddPainted(inspection);
         WriteOut(json    ? InspectionObject(inspection)
                  : table ? InspectionRow(inspection)

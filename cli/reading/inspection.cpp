@@ -5,7 +5,6 @@
 #include <set>
 #include <string_view>
 
-#include "cli/console/exit_status.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/random_access_file.h"
 #include "rastrel/platform/os/text.h"
@@ -116,12 +115,12 @@ std::uint32_t WordAt(std::string_view bytes, std::size_t offset) {
 }
 
 // The file's first bytes; those that it doesn't have are zeros.
-std::string HeadOf(const std::string& path, const std::wstring& wide) {
+Expected<std::string> HeadOf(const std::string& path, const std::wstring& wide) {
   auto file = os::RandomAccessFile::Open(wide);
-  if (!file) throw CommandError(ExitStatus::BadInput, Describe(file.Error()));
+  if (!file) return file.Error();
   std::string head(DosHeaderSize, '\0');
   const long got = file->ReadAt(0, head);
-  if (got < 0) throw CommandError(ExitStatus::BadInput, Describe({"read", path, errno}));
+  if (got < 0) return Failure{"read", path, errno};
   if (got == 0) head.clear();
   return head;
 }
@@ -196,13 +195,14 @@ std::string PostScriptText(std::string_view raw) {
   return os::Utf8FromWide(os::WideFromAnsi(bytes));
 }
 
-Inspection InspectFile(const std::string& path) {
+Expected<Inspection> InspectFile(const std::string& path) {
   Inspection result;
   result.path = path;
   const std::wstring wide = os::FromNative(path);
-  const std::string head = HeadOf(path, wide);
+  const auto head = HeadOf(path, wide);
+  if (!head) return head.Error();
   CPSParser parser(wide.c_str());
-  SetKind(result, head, parser);
+  SetKind(result, *head, parser);
   if (result.kind == FileKind::Neither) return result;
 
   result.header = HeaderOf(wide);

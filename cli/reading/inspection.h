@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/values/rect.h"
 #include "rastrel/platform/values/spot_match.h"
 
@@ -59,8 +60,8 @@ struct Inspection {
   std::optional<PaintedReport> painted;
 };
 
-/// Reads a file's comments. Throws CommandError(BadInput) if it can't be read.
-[[nodiscard]] Inspection InspectFile(const std::string& path);
+/// Reads a file's comments. Fails if it can't be read.
+[[nodiscard]] Expected<Inspection> InspectFile(const std::string& path);
 
 /// The bytes of a PostScript string with its escapes resolved, as UTF-8 of Windows-1252 text.
 [[nodiscard]] std::string PostScriptText(std::string_view raw);

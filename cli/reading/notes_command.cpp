@@ -152,7 +152,8 @@ ExitStatus NotesCommand(const Invocation& invocation) {
   CJobNotesFileImport notes(ReaderPath(invocation.operand).c_str());
   const tagCOMPANY_DATA* company = notes.GetFirstCompany();
   if (company == nullptr) {
-    ThrowIfRefused({invocation.operand, L"JOBNOTESLIST", true});
+    OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
+    OrEnd(ExitStatus::BadInput, CheckXmlInput({invocation.operand, L"JOBNOTESLIST", true}));
     if (!json) WriteOut("no companies\n");
   }
   LongOutput output;

@@ -191,10 +191,10 @@ constexpr std::size_t HeadSize = 512;
 void CheckKind(const std::string& path) {
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) return;
-  const auto [head, trouble] = ReadFileHead(path, HeadSize);
-  if (!trouble.empty()) throw CommandError(ExitStatus::BadInput, path + ": " + trouble);
-  if (spreadsheet::IsContainer(head) || MayBeXml(head)) return;
-  const std::string kind(KnownKind(head));
+  const auto head = ReadFileHead(path, HeadSize);
+  if (!head) throw CommandError(ExitStatus::BadInput, path + ": " + Describe(head.Error()));
+  if (spreadsheet::IsContainer(*head) || MayBeXml(*head)) return;
+  const std::string kind(KnownKind(*head));
   throw CommandError(ExitStatus::BadInput,
                      path + ": it is neither a package of a spreadsheet nor a document of XML" +
                          (kind.empty() ? "" : ", but " + kind));
@@ -214,7 +214,7 @@ Source Open(const std::string& path, const Workspace& workspace, WorkProgress& p
 
 ExitStatus SheetCommand(const Invocation& invocation) {
   CheckUse(invocation);
-  RequireXmlParser();
+  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
   const bool json = invocation.Has(OptionId::Json);
   Workspace workspace(json);
   WorkProgress progress(json);

@@ -45,7 +45,7 @@ Workspace::Workspace(bool json)
   if (!m_Signals)
     throw CommandError(ExitStatus::JobFailed,
                        "the system gives no thread or descriptor: " + DescribeError(errno));
-  MakeSureOfDataRoot();
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::lock_guard<std::mutex> guard(m_Mutex);
   m_Directory.emplace(false);
 }

@@ -13,13 +13,19 @@ namespace {
 
 using namespace std::string_view_literals;
 
+// Why a file has no head, as a person reads it; empty if it has one.
+std::string WhyNoHead(const std::string& path) {
+  const auto head = ReadFileHead(path, 16);
+  return head ? std::string() : Describe(head.Error());
+}
+
 TEST(FileHead, gives_as_many_bytes_as_are_asked_for_and_there) {
   const test::ScratchDirectory place;
   place.Write("file", "<a b/>");
   for (const std::size_t size : {5U, 6U, 7U}) {
-    const FileHead head = ReadFileHead(place.Path("file"), size);
-    EXPECT_EQ(head.trouble, "");
-    EXPECT_EQ(head.bytes, std::string("<a b/>").substr(0, size));
+    const auto head = ReadFileHead(place.Path("file"), size);
+    ASSERT_TRUE(head) << Describe(head.Error());
+    EXPECT_EQ(*head, std::string("<a b/>").substr(0, size));
   }
 }
 
@@ -28,17 +34,15 @@ TEST(FileHead, says_why_there_are_none) {
   place.Write("empty", "");
   place.Write("blank", " \t\r\n");
   ASSERT_EQ(::mkfifo(place.Path("pipe").c_str(), 0600), 0);
-  const auto trouble = [&place](const std::string& name) {
-    return ReadFileHead(place.Path(name), 16).trouble;
-  };
+  const auto trouble = [&place](const std::string& name) { return WhyNoHead(place.Path(name)); };
   EXPECT_EQ(trouble("none"), "there is no such file");
   EXPECT_EQ(trouble("empty/below"), "there is no such file");
-  EXPECT_EQ(ReadFileHead(place.Path(), 16).trouble, "it is a directory");
+  EXPECT_EQ(WhyNoHead(place.Path()), "it is a directory");
   EXPECT_EQ(trouble("pipe"), "it is no regular file");
-  EXPECT_EQ(ReadFileHead("/dev/null", 16).trouble, "it is no regular file");
+  EXPECT_EQ(WhyNoHead("/dev/null"), "it is no regular file");
   EXPECT_EQ(trouble("empty"), "it is empty");
   EXPECT_EQ(trouble("blank"), "it holds nothing but blanks");
-  EXPECT_EQ(ReadFileHead(place.Path("blank"), 4).trouble, "");
+  EXPECT_TRUE(ReadFileHead(place.Path("blank"), 4));
 }
 
 TEST(FileHead, says_that_a_file_may_not_be_read) {
@@ -47,7 +51,7 @@ TEST(FileHead, says_that_a_file_may_not_be_read) {
   place.Write("secret", "<a/>");
   std::filesystem::permissions(place.Path("secret"), std::filesystem::perms::none);
   const test::OrdinaryUser user;
-  EXPECT_EQ(ReadFileHead(place.Path("secret"), 16).trouble, "Permission denied");
+  EXPECT_EQ(WhyNoHead(place.Path("secret")), "Permission denied");
 }
 
 TEST(FileHead, may_be_xml_if_markup_comes_behind_a_mark_and_blanks) {

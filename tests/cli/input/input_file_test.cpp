@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/console/exit_status.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::cli {
@@ -44,16 +43,13 @@ class InspectInputTest : public ::testing::Test {
  protected:
   std::string ExtensionOf(std::string_view content) const {
     m_Place.Write("file", content);
-    return InspectInput(m_Place.Path("file")).extension;
+    const auto input = InspectInput(m_Place.Path("file"));
+    return input ? input->extension : Describe(input.Error());
   }
   void ExpectRefused(const std::string& path) const {
-    try {
-      static_cast<void>(InspectInput(path));
-      ADD_FAILURE() << path << " was taken";
-    } catch (const CommandError& error) {
-      EXPECT_EQ(error.Status(), ExitStatus::BadInput);
-      EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
-    }
+    const auto input = InspectInput(path);
+    ASSERT_FALSE(input) << path << " was taken";
+    EXPECT_NE(Describe(input.Error()).find(path), std::string::npos) << Describe(input.Error());
   }
   test::ScratchDirectory m_Place;
 };

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 class JobDirectoryTest : public test::LibraryTest {
  protected:
   JobDirectoryTest() {
-    MakeSureOfDataRoot();
+    EXPECT_TRUE(MakeSureOfDataRoot());
     m_Place.Write("job.ps", "%!PS\n");
   }
   [[nodiscard]] std::set<std::string> JobNames() const {
@@ -60,8 +60,7 @@ TEST_F(JobDirectoryTest, makes_the_copy_readable_to_this_user) {
   fs::permissions(m_Place.Path("job.ps"), fs::perms::group_read | fs::perms::owner_read);
   const JobDirectory directory(false);
   fs::permissions(m_Place.Path("job.ps"), fs::perms::owner_read);
-  const auto rights =
-      fs::status(directory.CopyIn(m_Place.Path("job.ps"), "name.ps")).permissions();
+  const auto rights = fs::status(directory.CopyIn(m_Place.Path("job.ps"), "name.ps")).permissions();
   const auto wanted = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(rights & wanted, wanted);
 }

@@ -26,7 +26,9 @@ const std::string Sign =
 Inspection Inspect(const std::string& content) {
   const ScratchDirectory scratch;
   scratch.Write("file.eps", content);
-  return InspectFile(scratch.Path("file.eps"));
+  auto inspection = InspectFile(scratch.Path("file.eps"));
+  EXPECT_TRUE(inspection);
+  return inspection ? *inspection : Inspection();
 }
 
 std::string Word(unsigned value) {
