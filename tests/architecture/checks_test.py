@@ -13,6 +13,7 @@ import exported_symbols
 import file_sizes
 import headers_compile_alone
 import host_guide
+import house
 import include_rules
 import sources
 import system_headers
@@ -64,6 +65,42 @@ class IncludeRules(Tree):
     def test_a_circle_in_the_table_is_a_fault(self):
         rules = {"rastrel/a": ["rastrel/b"], "rastrel/b": ["rastrel/a"]}
         self.assertEqual(len(include_rules.check(self.root, rules)), 2)
+
+
+class House(Tree):
+    RULES = {"rastrel/platform/os": [], "rastrel/job": ["rastrel/platform/os"], "cli": ["*"]}
+    PAGE = "Before.\n" + house.BEGIN + "\nold\n" + house.END + "\nAfter.\n"
+
+    def setUp(self):
+        super().setUp()
+        self.write("rastrel/rastrel.h", "")
+        self.write("rastrel/platform/os/a.h", "")
+        self.write("rastrel/job/a.h", '#include "rastrel/platform/os/a.h"\n')
+        self.write("cli/a.cpp", '#include "rastrel/job/a.h"\n#include "rastrel/platform/os/a.h"\n')
+
+    def test_an_arrow_that_follows_from_others_is_left_out(self):
+        self.assertEqual(house.reduced(house.joined(house.arrows(self.root))),
+                         {("cli",): {("rastrel/job",)},
+                          ("rastrel/job",): {("rastrel/platform/os",)},
+                          ("rastrel/platform/os",): set()})
+
+    def test_folders_that_include_each_other_are_one_room(self):
+        self.write("rastrel/platform/os/b.h", '#include "rastrel/job/a.h"\n')
+        self.assertEqual(house.joined(house.arrows(self.root)),
+                         {("cli",): {("rastrel/job", "rastrel/platform/os")},
+                          ("rastrel/job", "rastrel/platform/os"): set()})
+
+    def test_a_picture_before_a_new_arrow_is_a_fault(self):
+        page, drawing = house.with_table(self.PAGE, self.RULES), house.picture(self.root)
+        self.assertEqual(house.check(self.root, page, drawing, self.RULES), [])
+        self.write("cli/tool/b.cpp", '#include "rastrel/job/a.h"\n')
+        self.assertEqual(len(house.check(self.root, page, drawing, self.RULES)), 2)
+
+    def test_a_table_that_differs_from_the_rules_is_a_fault(self):
+        page, drawing = house.with_table(self.PAGE, self.RULES), house.picture(self.root)
+        rules = dict(self.RULES, **{"rastrel/new": []})
+        self.assertEqual(house.check(self.root, page, drawing, rules)[0],
+                         "docs/architecture.md: its table is not that of include_rules.txt")
 
 
 class SystemHeaders(Tree):
