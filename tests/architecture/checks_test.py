@@ -11,10 +11,12 @@ import documentation_links
 import documented_interface
 import exported_symbols
 import file_sizes
+import folder_guides
 import headers_compile_alone
 import host_guide
 import house
 import include_rules
+import job_road
 import sources
 import system_headers
 import tests_are_built
@@ -101,6 +103,50 @@ class House(Tree):
         rules = dict(self.RULES, **{"rastrel/new": []})
         self.assertEqual(house.check(self.root, page, drawing, rules)[0],
                          "docs/architecture.md: its table is not that of include_rules.txt")
+
+
+class JobRoad(Tree):
+    TABLE = ("## A job's road\n\n| step | where | function | file |\n|---|---|---|---|\n"
+             "| 1 | host | `Job::Print` | `rastrel/a.cpp` |\n"
+             "| 2 | child | `main` | `children/b.cpp` |\n\n## Next\n| 3 | x | `No` | `no.cpp` |\n")
+
+    def check(self, first, second="int main() {\n}\n"):
+        self.write("rastrel/a.cpp", first)
+        self.write("children/b.cpp", second)
+        return job_road.check(self.root, self.TABLE, 2)
+
+    def test_steps_that_are_where_the_table_says_are_fine(self):
+        self.assertEqual(self.check("bool Job::Print(int (*call)()) const {\n}\n"), [])
+
+    def test_a_call_a_declaration_or_another_class_is_no_definition(self):
+        for text in ("void F() {\n  Job::Print();\n}\n", "bool Job::Print();\n",
+                     "bool OtherJob::Print() {\n}\n", "// bool Job::Print() {\n"):
+            self.assertEqual(self.check(text), [
+                "docs/architecture.md: step 1: rastrel/a.cpp does not define Job::Print"])
+
+    def test_a_missing_file_and_a_missing_step_are_faults(self):
+        self.write("rastrel/a.cpp", "bool Job::Print() {\n}\n")
+        self.assertEqual(job_road.check(self.root, self.TABLE, 3), [
+            "docs/architecture.md: a job's road has not the steps 1 to 3",
+            "docs/architecture.md: step 2: there is no children/b.cpp"])
+
+
+class FolderGuides(Tree):
+    GUIDE = "# A\n**What lives here.** B\n**What it may touch.** C\n**Where to begin.** D\n"
+
+    def test_a_short_guide_with_the_three_things_is_fine(self):
+        self.write("rastrel/README.md", self.GUIDE)
+        self.write(".git/a", "")
+        self.write("build-own/a", "")
+        self.assertEqual(folder_guides.check(self.root), [])
+
+    def test_a_folder_without_one_or_with_a_long_or_a_poor_one_is_a_fault(self):
+        self.write("cli/main.cpp", "")
+        self.write("host/README.md", self.GUIDE + "\n" * 22)
+        self.write("rastrel/README.md", self.GUIDE.replace("Where", "There"))
+        self.assertEqual(folder_guides.check(self.root), [
+            "cli: no README.md", "host/README.md: 26 lines, more than 25",
+            "rastrel/README.md: does not say **Where to begin.**"])
 
 
 class SystemHeaders(Tree):
