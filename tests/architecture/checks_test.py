@@ -20,6 +20,7 @@ import job_road
 import sources
 import system_headers
 import tests_are_built
+import words
 
 
 class Tree(unittest.TestCase):
@@ -147,6 +148,32 @@ class FolderGuides(Tree):
         self.assertEqual(folder_guides.check(self.root), [
             "cli: no README.md", "host/README.md: 26 lines, more than 25",
             "rastrel/README.md: does not say **Where to begin.**"])
+
+
+class Words(Tree):
+    def found(self, text):
+        self.write("rastrel/a.cpp", text)
+        return {word: count for word, count in words.count(self.root).items() if count}
+
+    def test_identifiers_are_counted_and_quoted_texts_are_not(self):
+        self.assertEqual(self.found('int kLimit = Most(MostPages, "MostBytes kNo colour");\n'
+                                    "char c = 'k'; auto t = R\"(kRaw)\"; int colourOf, kept, k;\n"),
+                         {"k-prefix": 1, "Most": 1, "colour": 1})
+
+    def test_comments_are_read_across_lines(self):
+        self.assertEqual(self.found("// Says what\n// it was, and the colour. What next? kNone\n"
+                                    "int a;  /* what the nameless file has */\n"),
+                         {"comment-what": 2, "comment-colour": 1, "comment-nameless": 1})
+
+    def test_more_than_the_table_allows_is_a_fault_and_so_is_a_word_that_it_lacks(self):
+        self.assertEqual(words.check({"Most": 2}, {"Most": 2}), [])
+        self.assertEqual(len(words.check({"Most": 3}, {"Most": 2})), 1)
+        self.assertEqual(len(words.check({"Most": 0}, {})), 1)
+        self.assertEqual(len(words.check({"Most": 0}, {"Most": 0, "Mots": 0})), 1)
+
+    def test_a_maximum_is_lowered_and_never_raised(self):
+        self.assertEqual(words.lowered("# Most 9\nMost   5\nShelf  1\n", {"Most": 3, "Shelf": 4}),
+                         "# Most 9\nMost   3\nShelf  1\n")
 
 
 class SystemHeaders(Tree):
