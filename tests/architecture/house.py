@@ -19,6 +19,7 @@ PAGE = "docs/architecture.md"
 BEGIN, END = "<!-- house.py: rules -->", "<!-- house.py: end -->"
 UMBRELLA = "rastrel"  # holds rastrel.h and export.h, which are no room
 PLATFORM = "rastrel/platform"
+STANDALONE = PLATFORM + "/standalone"
 
 
 def folder(file):
@@ -76,12 +77,14 @@ def picture(root):
 
 
 def rules_table(rules):
-    """The table as the page shows it, with all rooms of the platform as one word."""
+    """The table as the page shows it, with the rooms of the platform in one word where it can be."""
     platform = {name for name in rules if name.startswith(PLATFORM + "/")}
+    seam = platform - {STANDALONE}
     lines, width = [], max(map(len, rules))
     for name, allowed in rules.items():
-        if platform <= set(allowed):
-            allowed = [PLATFORM] + [other for other in allowed if other not in platform]
+        if len(seam) > 1 and seam <= set(allowed):
+            word = PLATFORM if platform <= set(allowed) else PLATFORM + " but standalone"
+            allowed = [word] + [other for other in allowed if other not in platform]
         shown = "everything" if "*" in allowed else ", ".join(allowed) or "nothing"
         lines.append(f"{name:{width}}  <- {shown}")
     return "\n".join([BEGIN, "```text", *lines, "```", END])
