@@ -172,10 +172,11 @@ def curve(drawing, steps):
     ends = [(drawing.x[own], drawing.y(own) + drawing.height(own) / 2),
             (drawing.x[other], drawing.y(other) - drawing.height(other) / 2 - 7)]
     places = ends[:1] + [(drawing.x[step], drawing.y(step)) for step in steps[1:-1]] + ends[1:]
+    slopes = [(right - left) / (bottom - top)
+              for (left, top), (right, bottom) in zip(places, places[2:])]
+    upright = any(abs(slope) > STEEPEST for slope in slopes)
     points, lean = ends[:1], [0.0]  # lean: pixels sideways by pixels downward at each point
-    for (left, top), (x, y), (right, bottom) in zip(places, places[1:], places[2:]):
-        slope = (right - left) / (bottom - top)
-        upright = abs(slope) > STEEPEST
+    for (x, y), slope in zip(places[1:-1], slopes):
         points += [(x, y - BOX * 0.7), (x, y + BOX * 0.7)] if upright else [(x, y)]
         lean += [0.0, 0.0] if upright else [slope]
     points, lean = points + ends[1:], lean + [0.0]
