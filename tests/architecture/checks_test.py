@@ -11,12 +11,16 @@ import documentation_links
 import documented_interface
 import exported_symbols
 import file_sizes
+import folder_guides
 import headers_compile_alone
 import host_guide
+import house
 import include_rules
+import job_road
 import sources
 import system_headers
 import tests_are_built
+import words
 
 
 class Tree(unittest.TestCase):
@@ -92,6 +96,112 @@ class IncludeRules(Tree):
     def test_a_circle_in_the_table_is_a_fault(self):
         rules = {"rastrel/a": ["rastrel/b"], "rastrel/b": ["rastrel/a"]}
         self.assertEqual(len(include_rules.check(self.root, rules)), 2)
+
+
+class House(Tree):
+    RULES = {"rastrel/platform/os": [], "rastrel/job": ["rastrel/platform/os"], "cli": ["*"]}
+    PAGE = "Before.\n" + house.BEGIN + "\nold\n" + house.END + "\nAfter.\n"
+
+    def setUp(self):
+        super().setUp()
+        self.write("rastrel/rastrel.h", "")
+        self.write("rastrel/platform/os/a.h", "")
+        self.write("rastrel/job/a.h", '#include "rastrel/platform/os/a.h"\n')
+        self.write("cli/a.cpp", '#include "rastrel/job/a.h"\n#include "rastrel/platform/os/a.h"\n')
+
+    def test_an_arrow_that_follows_from_others_is_left_out(self):
+        self.assertEqual(house.reduced(house.joined(house.arrows(self.root))),
+                         {("cli",): {("rastrel/job",)},
+                          ("rastrel/job",): {("rastrel/platform/os",)},
+                          ("rastrel/platform/os",): set()})
+
+    def test_folders_that_include_each_other_are_one_room(self):
+        self.write("rastrel/platform/os/b.h", '#include "rastrel/job/a.h"\n')
+        self.assertEqual(house.joined(house.arrows(self.root)),
+                         {("cli",): {("rastrel/job", "rastrel/platform/os")},
+                          ("rastrel/job", "rastrel/platform/os"): set()})
+
+    def test_a_picture_before_a_new_arrow_is_a_fault(self):
+        page, drawing = house.with_table(self.PAGE, self.RULES), house.picture(self.root)
+        self.assertEqual(house.check(self.root, page, drawing, self.RULES), [])
+        self.write("cli/tool/b.cpp", '#include "rastrel/job/a.h"\n')
+        self.assertEqual(len(house.check(self.root, page, drawing, self.RULES)), 2)
+
+    def test_a_table_that_differs_from_the_rules_is_a_fault(self):
+        page, drawing = house.with_table(self.PAGE, self.RULES), house.picture(self.root)
+        rules = dict(self.RULES, **{"rastrel/new": []})
+        self.assertEqual(house.check(self.root, page, drawing, rules)[0],
+                         "docs/architecture.md: its table is not that of include_rules.txt")
+
+
+class JobRoad(Tree):
+    TABLE = ("## A job's road\n\n| step | where | function | file |\n|---|---|---|---|\n"
+             "| 1 | host | `Job::Print` | `rastrel/a.cpp` |\n"
+             "| 2 | child | `main` | `children/b.cpp` |\n\n## Next\n| 3 | x | `No` | `no.cpp` |\n")
+
+    def check(self, first, second="int main() {\n}\n"):
+        self.write("rastrel/a.cpp", first)
+        self.write("children/b.cpp", second)
+        return job_road.check(self.root, self.TABLE, 2)
+
+    def test_steps_that_are_where_the_table_says_are_fine(self):
+        self.assertEqual(self.check("bool Job::Print(int (*call)()) const {\n}\n"), [])
+
+    def test_a_call_a_declaration_or_another_class_is_no_definition(self):
+        for text in ("void F() {\n  Job::Print();\n}\n", "bool Job::Print();\n",
+                     "bool OtherJob::Print() {\n}\n", "// bool Job::Print() {\n"):
+            self.assertEqual(self.check(text), [
+                "docs/architecture.md: step 1: rastrel/a.cpp does not define Job::Print"])
+
+    def test_a_missing_file_and_a_missing_step_are_faults(self):
+        self.write("rastrel/a.cpp", "bool Job::Print() {\n}\n")
+        self.assertEqual(job_road.check(self.root, self.TABLE, 3), [
+            "docs/architecture.md: a job's road has not the steps 1 to 3",
+            "docs/architecture.md: step 2: there is no children/b.cpp"])
+
+
+class FolderGuides(Tree):
+    GUIDE = "# A\n**What lives here.** B\n**What it may touch.** C\n**Where to begin.** D\n"
+
+    def test_a_short_guide_with_the_three_things_is_fine(self):
+        self.write("rastrel/README.md", self.GUIDE)
+        self.write(".git/a", "")
+        self.write("build-own/a", "")
+        self.assertEqual(folder_guides.check(self.root), [])
+
+    def test_a_folder_without_one_or_with_a_long_or_a_poor_one_is_a_fault(self):
+        self.write("cli/main.cpp", "")
+        self.write("host/README.md", self.GUIDE + "\n" * 22)
+        self.write("rastrel/README.md", self.GUIDE.replace("Where", "There"))
+        self.assertEqual(folder_guides.check(self.root), [
+            "cli: no README.md", "host/README.md: 26 lines, more than 25",
+            "rastrel/README.md: does not say **Where to begin.**"])
+
+
+class Words(Tree):
+    def found(self, text):
+        self.write("rastrel/a.cpp", text)
+        return {word: count for word, count in words.count(self.root).items() if count}
+
+    def test_identifiers_are_counted_and_quoted_texts_are_not(self):
+        self.assertEqual(self.found('int kLimit = Most(MostPages, "MostBytes kNo colour");\n'
+                                    "char c = 'k'; auto t = R\"(kRaw)\"; int colourOf, kept, k;\n"),
+                         {"k-prefix": 1, "Most": 1, "colour": 1})
+
+    def test_comments_are_read_across_lines(self):
+        self.assertEqual(self.found("// Says what\n// it was, and the colour. What next? kNone\n"
+                                    "int a;  /* what the nameless file has */\n"),
+                         {"comment-what": 2, "comment-colour": 1, "comment-nameless": 1})
+
+    def test_more_than_the_table_allows_is_a_fault_and_so_is_a_word_that_it_lacks(self):
+        self.assertEqual(words.check({"Most": 2}, {"Most": 2}), [])
+        self.assertEqual(len(words.check({"Most": 3}, {"Most": 2})), 1)
+        self.assertEqual(len(words.check({"Most": 0}, {})), 1)
+        self.assertEqual(len(words.check({"Most": 0}, {"Most": 0, "Mots": 0})), 1)
+
+    def test_a_maximum_is_lowered_and_never_raised(self):
+        self.assertEqual(words.lowered("# Most 9\nMost   5\nShelf  1\n", {"Most": 3, "Shelf": 4}),
+                         "# Most 9\nMost   3\nShelf  1\n")
 
 
 class SystemHeaders(Tree):

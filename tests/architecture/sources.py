@@ -1,4 +1,9 @@
-"""What the checks of this folder share: finding sources, reading includes, and reporting."""
+"""What the checks of this folder share: finding sources, reading includes, and reporting.
+
+As a program it prints the public headers, a path a line.
+
+usage: sources.py ROOT
+"""
 
 import pathlib
 import re
@@ -61,3 +66,7 @@ def finish(faults, what):
     if faults:
         sys.exit(f"{len(faults)} fault(s)")
     print(what)
+
+
+if __name__ == "__main__":
+    print(*public_headers(sys.argv[1]), sep="\n")

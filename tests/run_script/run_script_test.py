@@ -37,6 +37,8 @@ esac''',
     "ninja": 'echo "ninja $*" >>"$PLAY/log"; mkdir -p "$2/bin"; '
              'printf \'#!/bin/sh\\nprintf "[%%s]" "$@"; pwd\\n\' >"$2/bin/rastrel"; '
              'chmod +x "$2/bin/rastrel"',
+    "python3": 'echo rastrel/rastrel.h; echo rastrel/job/a.h',
+    "doxygen": 'cat >"$PLAY/doxyfile"; [ ! -e "$PLAY/faulty" ]',
     "ctest": 'echo "ctest $*" >>"$PLAY/log"; echo "100% tests passed"',
 }
 
@@ -90,6 +92,30 @@ class RunScript(unittest.TestCase):
             self.assertEqual(ended.returncode, 0)
             self.assertIn("usage: ./run VERB", ended.stdout)
         self.assertEqual(self.log(), [])
+
+    def test_docs_reads_the_public_headers_and_the_documents(self):
+        self.install("docs")
+        (self.checkout / "docs").mkdir()
+        (self.checkout / "docs" / "Doxyfile").write_text("QUIET = YES\n", encoding="utf-8")
+        (self.checkout / "docs" / "one.md").write_text("", encoding="utf-8")
+        ended = self.run_script("docs")
+        self.assertEqual(ended.returncode, 0, ended.stderr)
+        settings = (self.place / "doxyfile").read_text(encoding="utf-8").splitlines()
+        for line in ("QUIET = YES", f'INPUT += "{self.checkout}/rastrel/job/a.h"',
+                     f'INPUT += "{self.checkout}/README.md"',
+                     f'INPUT += "{self.checkout}/docs/one.md"',
+                     f'OUTPUT_DIRECTORY = "{self.checkout}/build/docs"'):
+            self.assertIn(line, settings)
+        self.assertIn(f"{self.checkout}/build/docs/html/index.html", ended.stderr)
+
+    def test_docs_fails_with_the_program_and_without_its_settings(self):
+        self.install("docs")
+        self.assertEqual(self.run_script("docs").returncode, 1)
+        (self.checkout / "docs").mkdir()
+        (self.checkout / "docs" / "Doxyfile").write_text("QUIET = YES\n", encoding="utf-8")
+        self.assertEqual(self.run_script("docs").returncode, 0)
+        (self.place / "faulty").write_text("", encoding="utf-8")
+        self.assertEqual(self.run_script("docs").returncode, 1)
 
     def test_a_verb_that_is_none_is_wrong_use(self):
         ended = self.run_script("bogus")
