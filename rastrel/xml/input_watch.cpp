@@ -11,7 +11,7 @@ struct Marks {
   std::string_view end;
 };
 constexpr std::array<Marks, 3> MarkedKinds{{{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}}};
-constexpr std::size_t LongestMark = 9;
+constexpr std::size_t MaximumMark = 9;
 
 constexpr unsigned FirstHighSurrogate = 0xD800;
 constexpr unsigned FirstLowSurrogate = 0xDC00;
@@ -73,7 +73,7 @@ void XmlInputWatch::ReadAscii(std::string_view bytes) {
 void XmlInputWatch::ReadInMarkup(char byte) {
   ++m_Size;
   if (m_Kind == Kind::Tag) {
-    if (m_Mark.size() < LongestMark) m_Mark += byte;
+    if (m_Mark.size() < MaximumMark) m_Mark += byte;
     return ReadInTag(byte);
   }
   // All but the last byte of an end are the same one.
