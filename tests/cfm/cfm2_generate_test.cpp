@@ -75,7 +75,7 @@ TEST_F(Cfm2Generate, two_pages_twice_character_by_character) {
   const std::wstring pass = std::wstring(PageA) + PageB;
   EXPECT_EQ(Head(L"2") + pass + pass, m_Document.m_Text);
   EXPECT_TRUE(m_Queue.empty());
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(ThreePages, an_empty_queue_prints_every_page_once_a_copy_in_list_order) {
@@ -105,9 +105,9 @@ TEST_F(ThreePages, replaces_the_text_that_was_there) {
 TEST_F(Cfm2Generate, without_pages_it_fails_and_leaves_the_text) {
   m_Document.m_Text = L"old";
   EXPECT_FALSE(Generate(1, {2, 1}));
-  EXPECT_EQ(L"old", m_Document.m_Text);
+  EXPECT_EQ(m_Document.m_Text, L"old");
   EXPECT_EQ((std::deque<std::int32_t>{2, 1}), m_Queue);
-  EXPECT_EQ("CCFM2::Generate: No pages to print", Logged());
+  EXPECT_EQ(Logged(), "CCFM2::Generate: No pages to print");
 }
 
 TEST_F(Cfm2Generate, pages_of_a_saved_list_carry_the_default_id) {
@@ -141,7 +141,7 @@ TEST_F(Cfm2Generate, a_directory_of_4000_characters_passes_and_one_of_4001_fails
     Add(L"p2", directory, L"B");
     EXPECT_EQ(length <= 4000, Generate(1)) << length;
     if (length <= 4000) {
-      EXPECT_EQ("", Logged());
+      EXPECT_EQ(Logged(), "");
       EXPECT_NE(std::wstring::npos, m_Document.m_Text.find(L"\tdir := " + directory + L"   \n"));
     } else {
       EXPECT_EQ("[Print] Warning: Directory path ('" + std::string(4000, 'd') +
@@ -188,15 +188,15 @@ TEST_F(Cfm2Generate, a_page_that_is_too_long_and_not_selected_does_no_harm) {
 
 TEST_F(ThreePages, a_number_that_is_no_position_fails_and_says_which) {
   EXPECT_FALSE(Generate(1, {0, 3}));
-  EXPECT_EQ("CCFM2::Generate: Invalid page: 3\r\n", Logged());
+  EXPECT_EQ(Logged(), "CCFM2::Generate: Invalid page: 3\r\n");
   EXPECT_EQ(Head(L"1") + PageA, m_Document.m_Text);
   EXPECT_FALSE(Generate(1, {-1}));
-  EXPECT_EQ("CCFM2::Generate: Invalid page: -1\r\n", Logged());
+  EXPECT_EQ(Logged(), "CCFM2::Generate: Invalid page: -1\r\n");
 }
 
 TEST_F(ThreePages, copies_that_would_take_all_memory_fail_and_take_none) {
   EXPECT_FALSE(Generate(std::numeric_limits<std::uint32_t>::max()));
-  EXPECT_EQ("CCFM2::Generate: Text too long, copies: 4294967295\r\n", Logged());
+  EXPECT_EQ(Logged(), "CCFM2::Generate: Text too long, copies: 4294967295\r\n");
   EXPECT_GT(4096U, m_Document.m_Text.size());
 }
 
@@ -204,8 +204,8 @@ TEST_F(ThreePages, the_text_is_not_for_the_librarys_own_reader) {
   // The header's last comment takes two characters of the first page's "begin".
   EXPECT_TRUE(Generate(1));
   EXPECT_TRUE(m_Document.Parse());
-  EXPECT_EQ(2U, m_Document.m_Pages.size());
-  EXPECT_EQ(L"B", m_Document.m_Pages[0]->m_Title);
+  EXPECT_EQ(m_Document.m_Pages.size(), 2U);
+  EXPECT_EQ(m_Document.m_Pages[0]->m_Title, L"B");
 }
 
 }  // namespace

@@ -186,7 +186,7 @@ TEST_F(Cfm2Oracle, many_comments_are_read_in_a_time_that_grows_with_the_text) {
   for (int comment = 0; comment < 500'000; ++comment) text += L"> c\n>> d <<  \n";
   document.m_Text = text + L"begin := once\ntitle := t\nend";
   EXPECT_TRUE(document.Parse());
-  EXPECT_EQ(1U, document.m_Pages.size());
+  EXPECT_EQ(document.m_Pages.size(), 1U);
 }
 
 }  // namespace

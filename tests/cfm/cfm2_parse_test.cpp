@@ -52,9 +52,9 @@ TEST_F(Cfm2Parse, the_worked_example) {
             L"\ttitle := Sign Panel A   \n"
             L"\tcopies := 1   \n"
             L"end   \n"));
-  ASSERT_EQ(1U, Count());
+  ASSERT_EQ(Count(), 1U);
   EXPECT_EQ((LiteralPage{L"rip42", Output(), L"Sign Panel A", 0}), Page(0));
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(Cfm2Parse, every_ticket_type_has_its_number) {
@@ -68,16 +68,16 @@ TEST_F(Cfm2Parse, every_ticket_type_has_its_number) {
 
 TEST_F(Cfm2Parse, a_capital_letter_makes_a_type_unknown_and_the_page_a_reprint) {
   EXPECT_TRUE(Parse(L"begin := Once\ntitle := t\nend"));
-  EXPECT_EQ(1, Page(0).type);
-  EXPECT_EQ("Unknown ticket type: Once\r\n", Logged());
+  EXPECT_EQ(Page(0).type, 1);
+  EXPECT_EQ(Logged(), "Unknown ticket type: Once\r\n");
 }
 
 TEST_F(Cfm2Parse, a_begin_without_a_value_is_a_reprint_without_a_word) {
   EXPECT_TRUE(Parse(L"begin\ntitle := t\nend"));
-  EXPECT_EQ(1, Page(0).type);
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Page(0).type, 1);
+  EXPECT_EQ(Logged(), "");
   EXPECT_TRUE(Parse(L"begin :=\ntitle := t\nend"));
-  EXPECT_EQ("Unknown ticket type: \r\n", Logged());
+  EXPECT_EQ(Logged(), "Unknown ticket type: \r\n");
 }
 
 TEST_F(Cfm2Parse, of_several_lines_with_one_keyword_the_last_counts) {
@@ -89,10 +89,10 @@ TEST_F(Cfm2Parse, of_several_lines_with_one_keyword_the_last_counts) {
 
 TEST_F(Cfm2Parse, an_unknown_keyword_is_named_and_the_page_stays) {
   EXPECT_TRUE(Parse(L"begin := once\nTitle := x\nweight := 5 := 6\ntitle := t\nend"));
-  EXPECT_EQ(L"t", Page(0).title);
+  EXPECT_EQ(Page(0).title, L"t");
   EXPECT_EQ(
-      "Unknown instruction: Title, value: x\r\nUnknown instruction: weight, value: 5 := 6\r\n",
-      Logged());
+      Logged(),
+      "Unknown instruction: Title, value: x\r\nUnknown instruction: weight, value: 5 := 6\r\n");
 }
 
 TEST_F(Cfm2Parse, a_line_is_split_at_its_first_separator_and_trimmed) {
@@ -102,7 +102,7 @@ TEST_F(Cfm2Parse, a_line_is_split_at_its_first_separator_and_trimmed) {
 
 TEST_F(Cfm2Parse, a_line_without_a_separator_is_ignored_without_a_word) {
   EXPECT_TRUE(Parse(L"begin := once\nstray line : = x\n\ntitle := t\nend"));
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(Cfm2Parse, without_id_and_dir_a_page_has_the_defaults) {
@@ -114,62 +114,62 @@ TEST_F(Cfm2Parse, a_page_without_a_title_is_rejected_and_the_others_stay) {
   EXPECT_FALSE(
       Parse(L"begin := once\ntitle := a\nend begin := once\nid := x\nend begin := only\ntitle := "
             L"c\nend"));
-  ASSERT_EQ(2U, Count());
-  EXPECT_EQ(L"a", Page(0).title);
-  EXPECT_EQ(L"c", Page(1).title);
-  EXPECT_EQ("", Logged());
+  ASSERT_EQ(Count(), 2U);
+  EXPECT_EQ(Page(0).title, L"a");
+  EXPECT_EQ(Page(1).title, L"c");
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(Cfm2Parse, an_empty_id_or_title_rejects_the_page_and_an_empty_dir_does_not) {
   EXPECT_FALSE(Parse(L"begin := once\nid :=  \ntitle := t\nend"));
-  EXPECT_EQ(0U, Count());
+  EXPECT_EQ(Count(), 0U);
   EXPECT_FALSE(Parse(L"begin := once\ntitle := \t\nend"));
-  EXPECT_EQ(0U, Count());
+  EXPECT_EQ(Count(), 0U);
   EXPECT_TRUE(Parse(L"begin := once\ndir :=\ntitle := t\nend"));
-  EXPECT_EQ(L"\\", Page(0).directory);
+  EXPECT_EQ(Page(0).directory, L"\\");
 }
 
 TEST_F(Cfm2Parse, copies_have_no_effect) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := t\ncopies := 5\nend"));
-  EXPECT_EQ(1U, Count());
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Count(), 1U);
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(Cfm2Parse, without_a_begin_there_is_no_page) {
   for (const wchar_t* const text :
        {L"", L"end", L"Begin := once\ntitle := t\nend", L"title := t\nend"}) {
     EXPECT_FALSE(Parse(text));
-    EXPECT_EQ(0U, Count());
+    EXPECT_EQ(Count(), 0U);
   }
 }
 
 TEST_F(Cfm2Parse, a_begin_without_an_end_stops_and_the_pages_before_it_count) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := a\nend\nbegin := once\ntitle := b\n"));
-  EXPECT_EQ(1U, Count());
+  EXPECT_EQ(Count(), 1U);
   EXPECT_FALSE(Parse(L"begin := once\ntitle := b\n"));
-  EXPECT_EQ(0U, Count());
+  EXPECT_EQ(Count(), 0U);
 }
 
 TEST_F(Cfm2Parse, a_title_that_holds_end_is_read_whole_and_ends_its_block) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := Legend\nid := lost\nend"));
-  ASSERT_EQ(1U, Count());
+  ASSERT_EQ(Count(), 1U);
   EXPECT_EQ((LiteralPage{L"QueueCMF2Generator", Output(), L"Legend", 0}), Page(0));
   EXPECT_TRUE(Parse(L"begin := once\ntitle := Calendar\nid := lost\nend"));
-  EXPECT_EQ(L"Calend", Page(0).title);
+  EXPECT_EQ(Page(0).title, L"Calend");
 }
 
 TEST_F(Cfm2Parse, a_directory_that_holds_end_is_cut_and_its_page_rejected) {
   EXPECT_FALSE(Parse(L"begin := once\ndir := C:\\Vendor\\spool\\\ntitle := t\nend"));
-  EXPECT_EQ(0U, Count());
+  EXPECT_EQ(Count(), 0U);
   // With the title first the cut directory shows.
   EXPECT_TRUE(Parse(L"begin := once\ntitle := t\ndir := C:\\Vendor\\spool\\\nend"));
-  EXPECT_EQ(L"C:\\Vend\\", Page(0).directory);
+  EXPECT_EQ(Page(0).directory, L"C:\\Vend\\");
 }
 
 TEST_F(Cfm2Parse, words_inside_words_open_blocks_too) {
   EXPECT_TRUE(Parse(L"The beginning := nothing\ntitle := t\nbackend"));
-  EXPECT_EQ(L"t", Page(0).title);
-  EXPECT_EQ("Unknown instruction: beginning, value: nothing\r\n", Logged());
+  EXPECT_EQ(Page(0).title, L"t");
+  EXPECT_EQ(Logged(), "Unknown instruction: beginning, value: nothing\r\n");
 }
 
 TEST_F(Cfm2Parse, a_mark_in_a_title_cuts_the_title_there) {
@@ -179,14 +179,14 @@ TEST_F(Cfm2Parse, a_mark_in_a_title_cuts_the_title_there) {
 
 TEST_F(Cfm2Parse, two_marks_in_a_title_without_an_end_cut_the_whole_text) {
   EXPECT_FALSE(Parse(L"begin := once\ntitle := a >> b\nid := i\nend"));
-  EXPECT_EQ(0U, Count());
-  EXPECT_EQ("No comment end in CFF2", Logged());
+  EXPECT_EQ(Count(), 0U);
+  EXPECT_EQ(Logged(), "No comment end in CFF2");
 }
 
 TEST_F(Cfm2Parse, a_missing_comment_end_keeps_the_pages_before_it) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := a\nend\n>> no end begin := once\ntitle := b\nend"));
-  EXPECT_EQ(1U, Count());
-  EXPECT_EQ("No comment end in CFF2", Logged());
+  EXPECT_EQ(Count(), 1U);
+  EXPECT_EQ(Logged(), "No comment end in CFF2");
 }
 
 TEST_F(Cfm2Parse, carriage_returns_are_trimmed_away) {
@@ -203,9 +203,9 @@ TEST_F(Cfm2Parse, a_comment_takes_three_characters_behind_its_end) {
 TEST_F(Cfm2Parse, may_be_repeated_and_starts_from_an_empty_list) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := a\nend"));
   EXPECT_TRUE(m_Document.Parse());
-  EXPECT_EQ(1U, Count());
+  EXPECT_EQ(Count(), 1U);
   EXPECT_FALSE(Parse(L""));
-  EXPECT_EQ(0U, Count());
+  EXPECT_EQ(Count(), 0U);
 }
 
 TEST_F(Cfm2Parse, a_null_and_characters_beyond_the_first_plane_stay) {

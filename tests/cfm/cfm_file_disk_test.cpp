@@ -41,36 +41,36 @@ TEST_F(CfmFileDisk, the_size_is_measured_once_and_remembered) {
   m_Scratch.Write("p2/sub/data", std::string(11, 'x'));
   m_File.AddEntry(m_Scratch.Wide(), L"p1");
   m_File.AddEntry(m_Scratch.Wide() + L"/", L"p2");
-  EXPECT_EQ(111, m_File.GetSizeOnDisk());
-  EXPECT_EQ(111, m_File.TotalSize);
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 111);
+  EXPECT_EQ(m_File.TotalSize, 111);
   m_Scratch.Write("p1/more", std::string(1000, 'x'));
-  EXPECT_EQ(111, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 111);
   m_File.TotalSize = 0;
-  EXPECT_EQ(1111, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 1111);
 }
 
 TEST_F(CfmFileDisk, a_size_of_0_is_unknown_and_measured_anew) {
   m_File.AddEntry(m_Scratch.Wide(), L"p");
-  EXPECT_EQ(0, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 0);
   m_Scratch.Write("p/data", "12345");
-  EXPECT_EQ(5, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 5);
 }
 
 TEST_F(CfmFileDisk, pages_of_the_default_directory_lie_in_the_rips_output_directory) {
   m_Library.Directory().Write(OutputName("page/data"), "123");
   m_File.AddEntry(L"default", L"page");
-  EXPECT_EQ(3, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 3);
   // Only the exact text "default" means it.
   CCFMFile other;
   other.AddEntry(L"Default", L"page");
-  EXPECT_EQ(0, other.GetSizeOnDisk());
+  EXPECT_EQ(other.GetSizeOnDisk(), 0);
 }
 
 TEST_F(CfmFileDisk, an_empty_directory_is_the_root) {
   const PresentDirectory present(m_Scratch.Path());
   m_Scratch.Write("page/data", "123");
   m_File.AddEntry(L"", L"page");
-  EXPECT_EQ(0, m_File.GetSizeOnDisk());
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 0);
 }
 
 TEST_F(CfmFileDisk, deleting_takes_the_pages_and_the_first_entrys_directory) {
@@ -87,9 +87,9 @@ TEST_F(CfmFileDisk, deleting_takes_the_pages_and_the_first_entrys_directory) {
   EXPECT_FALSE(m_Scratch.Has("other/p3"));
   EXPECT_TRUE(m_Scratch.Has("other"));
   EXPECT_TRUE(m_File.Entries.empty());
-  EXPECT_EQ(0, m_File.TotalSize);
-  EXPECT_EQ(0, m_File.GetSizeOnDisk());
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(m_File.TotalSize, 0);
+  EXPECT_EQ(m_File.GetSizeOnDisk(), 0);
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(CfmFileDisk, a_page_that_cannot_be_removed_makes_it_false_and_the_others_go) {
@@ -104,7 +104,7 @@ TEST_F(CfmFileDisk, a_page_that_cannot_be_removed_makes_it_false_and_the_others_
 TEST_F(CfmFileDisk, deleting_nothing_is_true_and_forgets_the_size) {
   m_File.TotalSize = 9;
   EXPECT_TRUE(m_File.DeletePages());
-  EXPECT_EQ(0, m_File.TotalSize);
+  EXPECT_EQ(m_File.TotalSize, 0);
 }
 
 TEST_F(CfmFileDisk, deleting_pages_of_default_removes_a_relative_directory_of_that_name) {
@@ -138,14 +138,14 @@ TEST_F(CfmFileDisk, moved_pages_lie_below_the_destination_whose_text_the_entries
   m_File.TotalSize = 6;
   const std::wstring destination = m_Scratch.Wide("spool") + L"/job.cfm";
   EXPECT_TRUE(m_File.MovePages(destination));
-  EXPECT_EQ("one", m_Scratch.Read("spool/job.cfm/p1/data"));
-  EXPECT_EQ("two", m_Scratch.Read("spool/job.cfm/p2/sub/data"));
+  EXPECT_EQ(m_Scratch.Read("spool/job.cfm/p1/data"), "one");
+  EXPECT_EQ(m_Scratch.Read("spool/job.cfm/p2/sub/data"), "two");
   EXPECT_FALSE(m_Scratch.Has("from/p1"));
   EXPECT_TRUE(m_Scratch.Has("from"));
   EXPECT_FALSE(m_Library.Directory().Has(OutputName("p2")));
   for (const CCFMFileEntry& entry : m_File.Entries) EXPECT_EQ(destination, entry.Directory);
-  EXPECT_EQ(6, m_File.TotalSize);
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(m_File.TotalSize, 6);
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(CfmFileDisk, an_existing_target_is_named_and_removed) {
@@ -191,13 +191,13 @@ TEST_F(CfmFileDisk, a_destination_that_cannot_be_made_stops_the_move) {
 
 TEST_F(CfmFileDisk, a_single_entry_that_cannot_be_copied_is_lost_without_a_word) {
   m_Scratch.Write("from/p/data", "x");
-  ASSERT_EQ(0, ::mkfifo(m_Scratch.Path("from/p/pipe").c_str(), 0600));
+  ASSERT_EQ(::mkfifo(m_Scratch.Path("from/p/pipe").c_str(), 0600), 0);
   m_File.AddEntry(m_Scratch.Wide("from"), L"p");
   EXPECT_TRUE(m_File.MovePages(m_Scratch.Wide("to")));
   EXPECT_TRUE(m_Scratch.Has("to/p/data"));
   EXPECT_FALSE(m_Scratch.Has("to/p/pipe"));
   EXPECT_FALSE(m_Scratch.Has("from/p"));
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(CfmFileDisk, a_source_that_cannot_be_removed_leaves_the_copy_and_fails) {
@@ -208,7 +208,7 @@ TEST_F(CfmFileDisk, a_source_that_cannot_be_removed_leaves_the_copy_and_fails) {
   EXPECT_FALSE(m_File.MovePages(m_Scratch.Wide("to")));
   EXPECT_TRUE(m_Scratch.Has("to/b/data"));
   EXPECT_TRUE(m_Scratch.Has("a/b/data"));
-  EXPECT_EQ(L"a", m_File.Entries[0].Directory);
+  EXPECT_EQ(m_File.Entries[0].Directory, L"a");
   EXPECT_EQ("Move dir 'a\\b' to '" + m_Scratch.Path("to") + "\\b' failed.\r\n", Logged());
 }
 
@@ -217,7 +217,7 @@ TEST_F(CfmFileDisk, a_second_move_to_the_same_place_finds_no_source) {
   m_File.AddEntry(m_Scratch.Wide("from"), L"p");
   const std::wstring destination = m_Scratch.Wide("to");
   ASSERT_TRUE(m_File.MovePages(destination));
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(Logged(), "");
   EXPECT_FALSE(m_File.MovePages(destination));
   const std::string page = m_Scratch.Path("to") + "\\p";
   EXPECT_EQ("Warning: Spool: Destination directory already exists: '" + page +
@@ -278,7 +278,7 @@ void Grow(std::mt19937& random, const fs::path& root, int depth) {
     } else if (kind == 5) {
       fs::create_symlink(".", path);
     } else if (kind == 6) {
-      ASSERT_EQ(0, ::mkfifo(path.c_str(), 0600));
+      ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     } else {
       std::ofstream(path) << std::string(random() % 3000, static_cast<char>('a' + random() % 26));
       if (kind == 7) fs::permissions(path, fs::perms::owner_read);

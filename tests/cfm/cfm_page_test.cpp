@@ -30,18 +30,18 @@ TEST_F(CfmPage, the_fields_stand_in_order_behind_one_virtual_table) {
 
 TEST_F(CfmPage, a_fresh_page_has_the_default_id_directory_and_type) {
   const CCFMPage page;
-  EXPECT_EQ(L"QueueCMF2Generator", page.m_Id);
+  EXPECT_EQ(page.m_Id, L"QueueCMF2Generator");
   EXPECT_EQ(OutputDirectory(), page.m_Directory);
-  EXPECT_EQ(L"", page.m_Title);
-  EXPECT_EQ(1, page.m_TicketType);
+  EXPECT_EQ(page.m_Title, L"");
+  EXPECT_EQ(page.m_TicketType, 1);
 }
 
 TEST_F(CfmPage, a_page_of_a_saved_list_takes_directory_and_title) {
   const CCFMPage page(L" C:\\spool ", L" title ");
-  EXPECT_EQ(L"QueueCMF2Generator", page.m_Id);
-  EXPECT_EQ(L"C:\\spool\\", page.m_Directory);
-  EXPECT_EQ(L" title ", page.m_Title);
-  EXPECT_EQ(1, page.m_TicketType);
+  EXPECT_EQ(page.m_Id, L"QueueCMF2Generator");
+  EXPECT_EQ(page.m_Directory, L"C:\\spool\\");
+  EXPECT_EQ(page.m_Title, L" title ");
+  EXPECT_EQ(page.m_TicketType, 1);
 }
 
 TEST_F(CfmPage, set_directory_trims_replaces_default_and_closes) {

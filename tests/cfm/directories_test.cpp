@@ -61,7 +61,7 @@ TEST_F(Directories, deleting_takes_everything_below_and_follows_no_link) {
   fs::create_directories(m_Scratch.Path("tree/empty"));
   fs::create_directory_symlink(m_Scratch.Path("outside"), m_Scratch.Path("tree/link"));
   fs::create_symlink("nowhere", m_Scratch.Path("tree/dangling"));
-  ASSERT_EQ(0, ::mkfifo(m_Scratch.Path("tree/pipe").c_str(), 0600));
+  ASSERT_EQ(::mkfifo(m_Scratch.Path("tree/pipe").c_str(), 0600), 0);
   fs::permissions(m_Scratch.Path("tree/.hidden"), fs::perms::owner_read);
   EXPECT_TRUE(DeleteDirectory((Wide("tree") + L"\\").c_str()));
   EXPECT_FALSE(m_Scratch.Has("tree"));
@@ -92,14 +92,14 @@ TEST_F(Directories, a_copy_writes_over_files_and_keeps_others) {
   m_Scratch.Write("to/file", "old and longer");
   m_Scratch.Write("to/other", "kept");
   EXPECT_TRUE(CopyTree(Wide("from").c_str(), Wide("to").c_str()));
-  EXPECT_EQ("new", m_Scratch.Read("to/file"));
-  EXPECT_EQ("kept", m_Scratch.Read("to/other"));
+  EXPECT_EQ(m_Scratch.Read("to/file"), "new");
+  EXPECT_EQ(m_Scratch.Read("to/other"), "kept");
 }
 
 TEST_F(Directories, a_copy_passes_over_what_is_no_file_or_directory) {
   m_Scratch.Write("from/file", "x");
   fs::create_symlink("nowhere", m_Scratch.Path("from/dangling"));
-  ASSERT_EQ(0, ::mkfifo(m_Scratch.Path("from/pipe").c_str(), 0600));
+  ASSERT_EQ(::mkfifo(m_Scratch.Path("from/pipe").c_str(), 0600), 0);
   EXPECT_TRUE(CopyTree(Wide("from").c_str(), Wide("to").c_str()));
   EXPECT_TRUE(m_Scratch.Has("to/file"));
   EXPECT_FALSE(m_Scratch.Has("to/dangling"));
@@ -113,8 +113,8 @@ TEST_F(Directories, a_copy_passes_over_a_file_and_a_directory_that_cannot_be_cop
   fs::create_directories(m_Scratch.Path("to/blocked"));  // a directory where the file should go
   m_Scratch.Write("to/sub", "a file where the directory should go");
   EXPECT_TRUE(CopyTree(Wide("from").c_str(), Wide("to").c_str()));
-  EXPECT_EQ("x", m_Scratch.Read("to/good"));
-  EXPECT_EQ("a file where the directory should go", m_Scratch.Read("to/sub"));
+  EXPECT_EQ(m_Scratch.Read("to/good"), "x");
+  EXPECT_EQ(m_Scratch.Read("to/sub"), "a file where the directory should go");
 }
 
 TEST_F(Directories, a_copy_passes_over_what_cannot_be_read) {
@@ -197,12 +197,12 @@ TEST_F(Directories, the_size_of_a_tree_is_that_of_its_files) {
   m_Scratch.Write("tree/b/c/d", std::string(234, 'x'));
   m_Scratch.Write("outside", std::string(50, 'x'));
   fs::create_symlink(m_Scratch.Path("outside"), m_Scratch.Path("tree/dangling"));
-  ASSERT_EQ(0, ::mkfifo(m_Scratch.Path("tree/pipe").c_str(), 0600));
-  EXPECT_EQ(1234U, GetTreeSize(Wide("tree").c_str()));
-  EXPECT_EQ(1234U, GetTreeSize((Wide("tree") + L"\\").c_str()));
-  EXPECT_EQ(0U, GetTreeSize(Wide("missing").c_str()));
-  EXPECT_EQ(0U, GetTreeSize(Wide("outside").c_str()));
-  EXPECT_EQ(0U, GetTreeSize(nullptr));
+  ASSERT_EQ(::mkfifo(m_Scratch.Path("tree/pipe").c_str(), 0600), 0);
+  EXPECT_EQ(GetTreeSize(Wide("tree").c_str()), 1234U);
+  EXPECT_EQ(GetTreeSize((Wide("tree") + L"\\").c_str()), 1234U);
+  EXPECT_EQ(GetTreeSize(Wide("missing").c_str()), 0U);
+  EXPECT_EQ(GetTreeSize(Wide("outside").c_str()), 0U);
+  EXPECT_EQ(GetTreeSize(nullptr), 0U);
 }
 
 TEST_F(Directories, what_cannot_be_read_counts_0) {
@@ -212,7 +212,7 @@ TEST_F(Directories, what_cannot_be_read_counts_0) {
   fs::permissions(m_Scratch.Path("tree/closed"), fs::perms::none);
   {
     const OrdinaryUser user;
-    EXPECT_EQ(1000U, GetTreeSize(Wide("tree").c_str()));
+    EXPECT_EQ(GetTreeSize(Wide("tree").c_str()), 1000U);
   }
   fs::permissions(m_Scratch.Path("tree/closed"), fs::perms::all);
 }
@@ -220,7 +220,7 @@ TEST_F(Directories, what_cannot_be_read_counts_0) {
 TEST_F(Directories, a_size_beyond_32_bits_is_told_whole) {
   m_Scratch.Write("tree/a", "");
   fs::resize_file(m_Scratch.Path("tree/a"), 5'000'000'000);
-  EXPECT_EQ(5'000'000'000U, GetTreeSize(Wide("tree").c_str()));
+  EXPECT_EQ(GetTreeSize(Wide("tree").c_str()), 5'000'000'000U);
 }
 
 }  // namespace

@@ -27,13 +27,13 @@ TEST_F(BoundedCopyTest, what_leaves_room_for_the_terminator_fits) {
     EXPECT_STREQ(value, Field().data());
     EXPECT_TRUE(NeighboursAreUntouched());
   }
-  EXPECT_EQ("", Reason());
+  EXPECT_EQ(Reason(), "");
 }
 
 TEST_F(BoundedCopyTest, what_does_not_fit_is_neither_cut_nor_written) {
   for (const wchar_t* const value : {L"abcd", L"abcde"}) {
     EXPECT_FALSE(BoundedCopy(Field(), value, L"NAME", L"a.xml"));
-    EXPECT_STREQ(L"", Field().data());
+    EXPECT_STREQ(Field().data(), L"");
     EXPECT_TRUE(NeighboursAreUntouched());
   }
 }

@@ -35,9 +35,9 @@ TEST(XmlImport, keeps_the_file_name_as_given_and_ends_through_its_base) {
   auto importer = std::make_unique<Recorder>(name.c_str(), cleared);
   EXPECT_EQ(name.c_str(), importer->FileName());
   std::unique_ptr<CXMLImport> base = std::move(importer);
-  EXPECT_EQ(1, base->ImportXMLFile());
+  EXPECT_EQ(base->ImportXMLFile(), 1);
   EXPECT_EQ(&cleared, base->GetFirstPlate());
-  EXPECT_EQ(nullptr, base->GetNextPlate());
+  EXPECT_EQ(base->GetNextPlate(), nullptr);
   EXPECT_FALSE(cleared);
   base.reset();
   EXPECT_TRUE(cleared);
@@ -46,7 +46,7 @@ TEST(XmlImport, keeps_the_file_name_as_given_and_ends_through_its_base) {
 TEST(XmlImport, without_a_file_name_there_is_nothing_to_parse) {
   bool cleared = false;
   Recorder importer(nullptr, cleared);
-  EXPECT_EQ(0, importer.ImportXMLFile());
+  EXPECT_EQ(importer.ImportXMLFile(), 0);
 }
 
 }  // namespace

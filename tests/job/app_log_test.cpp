@@ -47,8 +47,8 @@ TEST_F(AppLog, the_file_is_named_after_the_process_in_the_rip_directory) {
 TEST_F(AppLog, the_file_is_the_owners_alone) {
   CAppLog::Instance();
   struct stat state {};
-  ASSERT_EQ(0, ::stat(m_Library.Directory().Path(LibraryRoot::LogName()).c_str(), &state));
-  EXPECT_EQ(0600U, state.st_mode & 0777U);
+  ASSERT_EQ(::stat(m_Library.Directory().Path(LibraryRoot::LogName()).c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 0777U, 0600U);
 }
 
 TEST_F(AppLog, a_file_of_the_same_process_id_is_written_over) {
@@ -77,21 +77,22 @@ TEST_F(AppLog, entries_stand_one_behind_the_other_and_only_printf_ends_a_line) {
   log.Write(L"Gr\u00fc\u00dfe \U0001F5A8");
   log.Printf(L"%i of %s, %u", -3, std::wstring(L"four"), 5U);
   log.Write("next");
+  EXPECT_EQ(m_Library.LogTextsBehind(mark),
+            "[Print]: Rip failed"
+            "na\xC3\xAFve \xFF"
+            "Gr\xC3\xBC\xC3\x9F"
+            "e \xF0\x9F\x96\xA8"
+            "-3 of four, 5\r\n"
+            "next");
   EXPECT_EQ(
-      "[Print]: Rip failed"
-      "na\xC3\xAFve \xFF"
-      "Gr\xC3\xBC\xC3\x9F"
-      "e \xF0\x9F\x96\xA8"
-      "-3 of four, 5\r\n"
-      "next",
-      m_Library.LogTextsBehind(mark));
-  EXPECT_EQ(5, [&] {
-    int heads = 0;
-    const std::string entries = m_Library.Log().substr(mark);
-    for (std::size_t at = 0; at < entries.size(); ++at)
-      heads += LibraryRoot::HeadLength(std::string_view(entries).substr(at)) > 0 ? 1 : 0;
-    return heads;
-  }());
+      [&] {
+        int heads = 0;
+        const std::string entries = m_Library.Log().substr(mark);
+        for (std::size_t at = 0; at < entries.size(); ++at)
+          heads += LibraryRoot::HeadLength(std::string_view(entries).substr(at)) > 0 ? 1 : 0;
+        return heads;
+      }(),
+      5);
 }
 
 TEST_F(AppLog, an_empty_text_writes_the_head_alone) {
@@ -137,7 +138,7 @@ TEST_F(AppLog, a_log_that_takes_no_more_sends_the_text_alone_to_standard_error) 
   ::close(full);
   testing::internal::CaptureStderr();
   CAppLog::Instance().Write(L"lost?");
-  EXPECT_EQ("lost?", testing::internal::GetCapturedStderr());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "lost?");
 }
 
 TEST_F(AppLog, eight_threads_write_their_entries_whole) {
@@ -162,7 +163,7 @@ TEST_F(AppLog, eight_threads_write_their_entries_whole) {
     int entry = -1;
     int length = 0;
     const std::string text = log.substr(at + head, end - at - head);
-    ASSERT_EQ(2, std::sscanf(text.c_str(), "writer %d entry %d end%n", &writer, &entry, &length))
+    ASSERT_EQ(std::sscanf(text.c_str(), "writer %d entry %d end%n", &writer, &entry, &length), 2)
         << text;
     ASSERT_EQ(text.size(), static_cast<std::size_t>(length));
     EXPECT_EQ(next.at(static_cast<std::size_t>(writer))++, entry);
@@ -184,7 +185,7 @@ TEST_F(AppLog, the_first_uses_of_several_threads_make_one_log) {
         if (!first.compare_exchange_strong(expected, mine) && expected != mine) ++others;
       });
     for (std::thread& user : users) user.join();
-    EXPECT_EQ(0, others);
+    EXPECT_EQ(others, 0);
   }
 }
 
@@ -195,18 +196,18 @@ TEST_F(AppLog, two_processes_have_two_files_and_neither_removes_the_others) {
     side.Await();
     return m_Library.Log().ends_with("child") ? 0 : 1;
   });
-  EXPECT_EQ("ready", child.Hear(5));
+  EXPECT_EQ(child.Hear(5), "ready");
   CAppLog::Instance().Write("parent");
   EXPECT_EQ(std::string(CleanedNone) + "parent", m_Library.LogTexts());
   const std::string name = "Queue/rip/Rastrel-" + std::to_string(child.Id()) + ".log";
   EXPECT_TRUE(m_Library.Directory().Read(name).ends_with("child"));
   child.Release();
-  EXPECT_EQ(0, child.Exit());
+  EXPECT_EQ(child.Exit(), 0);
   // Its owner is gone: the next process clears it away.
   LibraryRoot::Forget();
   CAppLog::Instance();
   EXPECT_FALSE(m_Library.Directory().Has(name));
-  EXPECT_EQ("1 old log(s) cleaned up\r\n", m_Library.LogTexts());
+  EXPECT_EQ(m_Library.LogTexts(), "1 old log(s) cleaned up\r\n");
 }
 
 // A process whose RIP directory does not exist. Standard error goes to the parent.
@@ -225,9 +226,9 @@ TEST_F(UnopenableLog, the_first_thread_goes_on_logging_to_standard_error) {
     CAppLog::Instance().Printf(L"%i", 3);
     return 0;
   });
-  EXPECT_EQ(0, child.Exit());
-  EXPECT_EQ("Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n",
-            child.StandardError());
+  EXPECT_EQ(child.Exit(), 0);
+  EXPECT_EQ(child.StandardError(),
+            "Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n");
   EXPECT_FALSE(m_Library.Directory().Has("nowhere"));
 }
 
@@ -247,9 +248,9 @@ TEST_F(UnopenableLog, another_thread_that_logs_waits_for_ever) {
     side.Await();
     return stage == 1 ? 0 : 1;
   });
-  EXPECT_EQ("ready", child.Hear(5));
+  EXPECT_EQ(child.Hear(5), "ready");
   child.Release();
-  EXPECT_EQ(0, child.Exit());
+  EXPECT_EQ(child.Exit(), 0);
   EXPECT_TRUE(child.StandardError().ends_with("first still")) << child.StandardError();
 }
 
@@ -261,7 +262,7 @@ TEST_F(UnopenableLog, can_be_deleted_while_its_lock_stays_entered) {
     }
     return 0;
   });
-  EXPECT_EQ(0, child.Exit());
+  EXPECT_EQ(child.Exit(), 0);
 }
 
 }  // namespace

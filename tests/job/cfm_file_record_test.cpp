@@ -66,7 +66,7 @@ TEST(CfmFileRecord, the_version_is_not_looked_at) {
   CCFMFile file;
   Loaded(Hex("FF FF FF FF 05 00 00 00 00 00 00 00 00 00 00 00"),
          [&](CArchive& archive) { archive >> file; });
-  EXPECT_EQ(5, file.TotalSize);
+  EXPECT_EQ(file.TotalSize, 5);
   EXPECT_TRUE(file.Entries.empty());
 }
 
@@ -77,9 +77,9 @@ TEST(CfmFileRecord, reading_appends) {
   saved.AddEntry(L"C:\\second\\", L"2");
   const Bytes bytes = Stored([&](CArchive& archive) { archive << saved; });
   Loaded(bytes, [&](CArchive& archive) { archive >> file; });
-  ASSERT_EQ(2U, file.Entries.size());
-  EXPECT_EQ(L"first", file.Entries[0].Directory);
-  EXPECT_EQ(L"\\second\\", file.Entries[1].Directory);
+  ASSERT_EQ(file.Entries.size(), 2U);
+  EXPECT_EQ(file.Entries[0].Directory, L"first");
+  EXPECT_EQ(file.Entries[1].Directory, L"\\second\\");
 }
 
 TEST(CfmFileRecord, a_record_cut_at_any_byte_raises_and_keeps_whole_entries) {
@@ -104,11 +104,11 @@ TEST(CfmFileRecord, a_count_and_a_length_that_lie_end_with_the_stream) {
       Loaded(Hex("01 00 00 00 00 00 00 00 00 00 00 00 FF FF FF FF 00 00 00 00 00 00 00 00"),
              [&](CArchive& archive) { archive >> file; }),
       CArchiveException);
-  EXPECT_EQ(1U, file.Entries.size());
+  EXPECT_EQ(file.Entries.size(), 1U);
   EXPECT_THROW(Loaded(Hex("01 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 FF FF FF FF 41"),
                       [&](CArchive& archive) { archive >> file; }),
                CArchiveException);
-  EXPECT_EQ(1U, file.Entries.size());
+  EXPECT_EQ(file.Entries.size(), 1U);
 }
 
 TEST(CfmFileRecord, a_copy_is_deep_and_leaves_the_base_directory) {
@@ -121,20 +121,20 @@ TEST(CfmFileRecord, a_copy_is_deep_and_leaves_the_base_directory) {
   target.BaseDirectory = L"ours";
   target = file;
   file.Entries[0].Directory = L"changed";
-  ASSERT_EQ(1U, target.Entries.size());
-  EXPECT_EQ(L"a", target.Entries[0].Directory);
-  EXPECT_EQ(5, target.TotalSize);
-  EXPECT_EQ(L"ours", target.BaseDirectory);
+  ASSERT_EQ(target.Entries.size(), 1U);
+  EXPECT_EQ(target.Entries[0].Directory, L"a");
+  EXPECT_EQ(target.TotalSize, 5);
+  EXPECT_EQ(target.BaseDirectory, L"ours");
   const CCFMFile copy(file);
-  EXPECT_EQ(L"changed", copy.Entries.at(0).Directory);
-  EXPECT_EQ(L"", copy.BaseDirectory);
+  EXPECT_EQ(copy.Entries.at(0).Directory, L"changed");
+  EXPECT_EQ(copy.BaseDirectory, L"");
 }
 
 TEST(CfmFileRecord, adding_an_entry_leaves_the_size_as_it_is) {
   CCFMFile file;
   file.TotalSize = 5;
   file.AddEntry(L"a", L"1");
-  EXPECT_EQ(5, file.TotalSize);
+  EXPECT_EQ(file.TotalSize, 5);
 }
 
 }  // namespace

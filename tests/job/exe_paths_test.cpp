@@ -49,15 +49,15 @@ TEST_F(ExePaths, the_fields_stand_in_order) {
 TEST_F(ExePaths, without_a_configured_queue_all_stands_below_the_base_directory) {
   const ConfiguredHost host;
   const CExePaths& paths = Paths();
-  EXPECT_EQ(L"C:\\Programs/Queue\\", paths.m_QueueDir);
-  EXPECT_EQ(L"C:\\Programs/Queue\\JobSpool.exe", paths.m_QueueExe);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\", paths.m_RipDir);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\System\\c-out\\", paths.m_OutputDir);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\corerast.exe", paths.m_RipExe);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\qrast.exe", paths.m_QRastExe);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\coreodalis.exe", paths.m_OdalisExe);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\System\\pmodes\\", paths.m_PModesDir);
-  EXPECT_EQ(L"C:\\Programs/Queue\\rip\\CFM", paths.m_CFMDir);
+  EXPECT_EQ(paths.m_QueueDir, L"C:\\Programs/Queue\\");
+  EXPECT_EQ(paths.m_QueueExe, L"C:\\Programs/Queue\\JobSpool.exe");
+  EXPECT_EQ(paths.m_RipDir, L"C:\\Programs/Queue\\rip\\");
+  EXPECT_EQ(paths.m_OutputDir, L"C:\\Programs/Queue\\rip\\System\\c-out\\");
+  EXPECT_EQ(paths.m_RipExe, L"C:\\Programs/Queue\\rip\\corerast.exe");
+  EXPECT_EQ(paths.m_QRastExe, L"C:\\Programs/Queue\\rip\\qrast.exe");
+  EXPECT_EQ(paths.m_OdalisExe, L"C:\\Programs/Queue\\rip\\coreodalis.exe");
+  EXPECT_EQ(paths.m_PModesDir, L"C:\\Programs/Queue\\rip\\System\\pmodes\\");
+  EXPECT_EQ(paths.m_CFMDir, L"C:\\Programs/Queue\\rip\\CFM");
 }
 
 TEST_F(ExePaths, the_standalone_host_puts_the_queue_in_the_data_root) {
@@ -77,15 +77,15 @@ TEST_F(ExePaths, the_module_is_this_program) {
 
 TEST_F(ExePaths, system_directories_get_a_backslash_and_missing_ones_are_a_bare_one) {
   ConfiguredHost host;
-  EXPECT_EQ(L"\\", Paths().m_WindowsDir);
-  EXPECT_EQ(L"\\", Paths().m_SystemDir);
-  EXPECT_EQ(L"\\", Paths().m_DriverDir);
+  EXPECT_EQ(Paths().m_WindowsDir, L"\\");
+  EXPECT_EQ(Paths().m_SystemDir, L"\\");
+  EXPECT_EQ(Paths().m_DriverDir, L"\\");
   host.m_Windows = L"C:\\win";
   host.m_System = L"C:\\win\\sys";
   host.m_Driver = L"C:\\drv";
-  EXPECT_EQ(L"C:\\win\\", Paths().m_WindowsDir);
-  EXPECT_EQ(L"C:\\win\\sys\\", Paths().m_SystemDir);
-  EXPECT_EQ(L"C:\\drv\\", Paths().m_DriverDir);
+  EXPECT_EQ(Paths().m_WindowsDir, L"C:\\win\\");
+  EXPECT_EQ(Paths().m_SystemDir, L"C:\\win\\sys\\");
+  EXPECT_EQ(Paths().m_DriverDir, L"C:\\drv\\");
 }
 
 // Two directories that may hold the queue program.
@@ -146,12 +146,12 @@ TEST_F(QueuePath, the_first_value_is_used_if_neither_place_has_the_program) {
 TEST_F(QueuePath, the_second_place_alone_counts_for_nothing) {
   PutProgram(m_Second);
   m_Host.Set(L"local queue", L"path", m_Second.Wide());
-  EXPECT_EQ(L"C:\\Programs/Queue\\", Paths().m_QueueDir);
+  EXPECT_EQ(Paths().m_QueueDir, L"C:\\Programs/Queue\\");
 }
 
 TEST_F(QueuePath, an_empty_value_falls_back_to_the_base_directory) {
   m_Host.Set(L"Debug", L"CmdlineQpath", L"");
-  EXPECT_EQ(L"C:\\Programs/Queue\\", Paths().m_QueueDir);
+  EXPECT_EQ(Paths().m_QueueDir, L"C:\\Programs/Queue\\");
 }
 
 TEST_F(QueuePath, a_mixed_case_program_is_found_by_its_lower_case_name) {
@@ -176,7 +176,7 @@ TEST_F(QueuePath, configuration_is_read_once) {
 TEST_F(QueuePath, values_come_from_settings_ini_with_the_standalone_host) {
   rastrel::host::SetHost(nullptr);
   m_Library.Directory().Write("settings.ini", "[Debug]\nCmdlineQpath = C:\\queue\n");
-  EXPECT_EQ(L"C:\\queue\\", Paths().m_QueueDir);
+  EXPECT_EQ(Paths().m_QueueDir, L"C:\\queue\\");
 }
 
 TEST_F(ExePaths, code_reached_from_the_constructor_sees_the_object) {
@@ -184,7 +184,7 @@ TEST_F(ExePaths, code_reached_from_the_constructor_sees_the_object) {
   const CExePaths* seen = nullptr;
   host.m_OnRead = [&] { seen = &CExePaths::Instance(); };
   const CExePaths* const paths = &Paths();
-  EXPECT_NE(nullptr, seen);
+  EXPECT_NE(seen, nullptr);
   EXPECT_EQ(paths, seen);
 }
 

@@ -139,16 +139,16 @@ TEST(FormatStringOracle, no_locale_changes_a_number) {
   const bool made = std::system(make.c_str()) == 0;
   const rastrel::test::EnvironmentGuard path("LOCPATH", locales.Path());
   if (made) {
-    ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
+    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", 1.5);
-    ASSERT_STREQ("1,5", text);
+    ASSERT_STREQ(text, "1,5");
   } else {
     std::printf("note: no locale of the C library could be made here; streams' locale only\n");
   }
   formatstringT<wchar_t> text;
   text.Format(L"%.3f %d %e %g %u", 1234567.25, 1234567, 1.5, 2.5, 7654321U);
-  EXPECT_EQ(L"1234567.250 1234567 1.500000e+00 2.5 7654321", text);
+  EXPECT_EQ(text, L"1234567.250 1234567 1.500000e+00 2.5 7654321");
   CompareRandomFormats(77, 5'000);
   std::setlocale(LC_ALL, "C");
   std::locale::global(old);

@@ -41,7 +41,7 @@ TEST_F(StatusText, a_status_outside_the_table_leaves_the_text_as_it_was) {
     ticket.m_Status = static_cast<JT_STATUS>(status);
     CString text = L"before";
     ticket.GetStatusText(text);
-    EXPECT_EQ(L"before", text) << status;
+    EXPECT_EQ(text, L"before") << status;
   }
 }
 
@@ -61,18 +61,18 @@ TEST_F(StatusText, errors_7_and_19_are_unknown_and_11_carries_its_number) {
   for (const int code : {7, 19}) {
     ticket.m_Error = static_cast<JT_ERROR>(code);
     ticket.GetErrorText(text);
-    EXPECT_EQ(L"(*v*)Unknown error", text);
+    EXPECT_EQ(text, L"(*v*)Unknown error");
   }
   ticket.m_Error = JTE_NUMBERED;
   ticket.GetErrorText(text);
-  EXPECT_EQ(L"(*v*)Unknown error 11", text);
+  EXPECT_EQ(text, L"(*v*)Unknown error 11");
 }
 
 TEST_F(StatusText, no_error_empties_the_text_and_returns_0) {
   CJobTicket ticket;
   CString text = L"before";
-  EXPECT_EQ(JTE_NONE, ticket.GetErrorText(text));
-  EXPECT_EQ(L"", text);
+  EXPECT_EQ(ticket.GetErrorText(text), JTE_NONE);
+  EXPECT_EQ(text, L"");
 }
 
 TEST_F(StatusText, every_info_has_its_text_by_originator) {
@@ -83,7 +83,7 @@ TEST_F(StatusText, every_info_has_its_text_by_originator) {
 }
 
 TEST_F(StatusText, infos_outside_the_vocabulary_empty_the_text) {
-  for (const int code : {10, 11, 100, -1, 254, 264}) EXPECT_EQ(L"", InfoTextOf(code, 0)) << code;
+  for (const int code : {10, 11, 100, -1, 254, 264}) EXPECT_EQ(InfoTextOf(code, 0), L"") << code;
 }
 
 TEST_F(StatusText, another_originator_stands_in_the_translated_text) {
@@ -92,9 +92,9 @@ TEST_F(StatusText, another_originator_stands_in_the_translated_text) {
     if (text == L"(*v*)Initializing other %d") return L"Anderer Teil %d beginnt";
     return std::nullopt;
   };
-  EXPECT_EQ(L"Anderer Teil 5 beginnt", InfoTextOf(256, 5));
+  EXPECT_EQ(InfoTextOf(256, 5), L"Anderer Teil 5 beginnt");
   // A text that the table lacks stays, with its mark, and still gets the number.
-  EXPECT_EQ(L"(*v*)Other Ready 5", InfoTextOf(257, 5));
+  EXPECT_EQ(InfoTextOf(257, 5), L"(*v*)Other Ready 5");
 }
 
 TEST_F(StatusText, only_the_texts_with_a_number_are_translated) {
@@ -102,10 +102,10 @@ TEST_F(StatusText, only_the_texts_with_a_number_are_translated) {
   host.m_Translate = [](const std::wstring&) -> std::optional<std::wstring> {
     return L"translated";
   };
-  EXPECT_EQ(L"(*v*)Rip Ready", InfoTextOf(257, 0));
-  EXPECT_EQ(L"(*v*)\"Odalis\" Ready", InfoTextOf(257, 1));
-  EXPECT_EQ(L"(*v*)Processing Started", InfoTextOf(7, 5));
-  EXPECT_EQ(L"translated", InfoTextOf(257, 2));
+  EXPECT_EQ(InfoTextOf(257, 0), L"(*v*)Rip Ready");
+  EXPECT_EQ(InfoTextOf(257, 1), L"(*v*)\"Odalis\" Ready");
+  EXPECT_EQ(InfoTextOf(7, 5), L"(*v*)Processing Started");
+  EXPECT_EQ(InfoTextOf(257, 2), L"translated");
 }
 
 TEST_F(StatusText, a_translation_of_512_characters_is_taken_and_one_of_513_is_not) {
@@ -116,7 +116,7 @@ TEST_F(StatusText, a_translation_of_512_characters_is_taken_and_one_of_513_is_no
   };
   EXPECT_EQ(std::wstring(510, L'x') + L"5", InfoTextOf(257, 5));
   length = 513;
-  EXPECT_EQ(L"(*v*)Other Ready 5", InfoTextOf(257, 5));
+  EXPECT_EQ(InfoTextOf(257, 5), L"(*v*)Other Ready 5");
 }
 
 TEST_F(StatusText, a_hostile_translation_reads_nothing_that_is_not_there) {
@@ -124,13 +124,13 @@ TEST_F(StatusText, a_hostile_translation_reads_nothing_that_is_not_there) {
   host.m_Translate = [](const std::wstring&) -> std::optional<std::wstring> {
     return L"%s|%s|%n|%100x|%";
   };
-  EXPECT_EQ(L"5||||", InfoTextOf(257, 5));
+  EXPECT_EQ(InfoTextOf(257, 5), L"5||||");
 }
 
 TEST_F(StatusText, an_empty_translation_empties_the_text) {
   TestHost host;
   host.m_Translate = [](const std::wstring&) -> std::optional<std::wstring> { return L""; };
-  EXPECT_EQ(L"", InfoTextOf(257, 5));
+  EXPECT_EQ(InfoTextOf(257, 5), L"");
 }
 
 TEST(Vocabulary, numbers_keep_their_values) {
@@ -175,10 +175,10 @@ TEST(Vocabulary, numbers_keep_their_values) {
 }
 
 TEST(Vocabulary, every_number_is_32_bits) {
-  EXPECT_EQ(4U, sizeof(JT_ERROR));
-  EXPECT_EQ(4U, sizeof(JT_INFO));
-  EXPECT_EQ(4U, sizeof(JT_ORIGINATOR));
-  EXPECT_EQ(4U, sizeof(JT_STATUS));
+  EXPECT_EQ(sizeof(JT_ERROR), 4U);
+  EXPECT_EQ(sizeof(JT_INFO), 4U);
+  EXPECT_EQ(sizeof(JT_ORIGINATOR), 4U);
+  EXPECT_EQ(sizeof(JT_STATUS), 4U);
 }
 
 }  // namespace

@@ -18,9 +18,9 @@ using rastrel::test::Stored;
 
 TEST(LevelsData, defaults_are_the_whole_range_at_gamma_1) {
   const CLevelsData levels;
-  EXPECT_EQ(0.0, levels.Low);
-  EXPECT_EQ(1.0, levels.Gamma);
-  EXPECT_EQ(255.0, levels.High);
+  EXPECT_EQ(levels.Low, 0.0);
+  EXPECT_EQ(levels.Gamma, 1.0);
+  EXPECT_EQ(levels.High, 255.0);
   rastrel::test::ExpectInOrder({PlaceOf(levels.Low), PlaceOf(levels.Gamma), PlaceOf(levels.High)});
 }
 
@@ -40,9 +40,9 @@ TEST(LevelsData, is_written_and_read_byte_for_byte) {
   CLevelsData loaded;
   EXPECT_TRUE(
       Loaded(Hex(LevelsRecord), [&](CArchive& archive) { loaded.Serialize(archive); }).empty());
-  EXPECT_EQ(0.5, loaded.Low);
-  EXPECT_EQ(2.5, loaded.Gamma);
-  EXPECT_EQ(100.0, loaded.High);
+  EXPECT_EQ(loaded.Low, 0.5);
+  EXPECT_EQ(loaded.Gamma, 2.5);
+  EXPECT_EQ(loaded.High, 100.0);
 }
 
 TEST(LevelsData, another_version_stops_behind_the_version) {
@@ -50,8 +50,8 @@ TEST(LevelsData, another_version_stops_behind_the_version) {
   bytes[0] = 2;
   CLevelsData levels;
   const Bytes rest = Loaded(bytes, [&](CArchive& archive) { levels.Serialize(archive); });
-  EXPECT_EQ(24U, rest.size());
-  EXPECT_EQ(255.0, levels.High);
+  EXPECT_EQ(rest.size(), 24U);
+  EXPECT_EQ(levels.High, 255.0);
 }
 
 TEST(LevelsData, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) {
@@ -63,13 +63,13 @@ TEST(LevelsData, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) 
                  CArchiveException);
     EXPECT_EQ(length >= 12 ? 0.5 : 0.0, levels.Low);
     EXPECT_EQ(length >= 20 ? 2.5 : 1.0, levels.Gamma);
-    EXPECT_EQ(255.0, levels.High);
+    EXPECT_EQ(levels.High, 255.0);
   }
 }
 
 TEST(LevelsData, is_made_by_its_run_time_class) {
   const std::unique_ptr<CObject> levels(CLevelsData::GetThisClass()->CreateObject());
-  EXPECT_NE(nullptr, dynamic_cast<CLevelsData*>(levels.get()));
+  EXPECT_NE(dynamic_cast<CLevelsData*>(levels.get()), nullptr);
 }
 
 TEST(JobData, the_fields_stand_in_order) {
@@ -84,22 +84,23 @@ TEST(JobData, the_fields_stand_in_order) {
                                 PlaceOf(data.Levels),           PlaceOf(data.CutterEnabled),
                                 PlaceOf(data.CutterColorModel), PlaceOf(data.CutterColor),
                                 PlaceOf(data.CutterSeparation), PlaceOf(data.HostFlag3)});
-  EXPECT_EQ(5U, data.Levels.size());
-  EXPECT_EQ(4U, data.CutterColor.size());
-  EXPECT_EQ(4U, sizeof(data.CutterColor[0]));
+  EXPECT_EQ(data.Levels.size(), 5U);
+  EXPECT_EQ(data.CutterColor.size(), 4U);
+  EXPECT_EQ(sizeof(data.CutterColor[0]), 4U);
 }
 
 void ExpectDefaults(const CJobData& data) {
-  EXPECT_EQ(L"", data.PrinterName + data.PrintModeName + data.PrintModeFolder + data.ScaleTarget +
-                     data.CutterSeparation);
+  EXPECT_EQ(data.PrinterName + data.PrintModeName + data.PrintModeFolder + data.ScaleTarget +
+                data.CutterSeparation,
+            L"");
   EXPECT_FALSE(data.SpoolRequested || data.HostFlag1 || data.SpoolAllowed || data.HostFlag2 ||
                data.LevelsEnabled || data.CutterEnabled || data.HostFlag3);
   EXPECT_TRUE(data.LevelsLinked);
-  EXPECT_EQ(0, data.ScaleMode);
-  EXPECT_EQ(0.0, data.ScaleWidthCm);
-  EXPECT_EQ(0.0, data.ScaleHeightCm);
-  EXPECT_EQ(0, data.CutterColorModel);
-  for (const std::int32_t component : data.CutterColor) EXPECT_EQ(0, component);
+  EXPECT_EQ(data.ScaleMode, 0);
+  EXPECT_EQ(data.ScaleWidthCm, 0.0);
+  EXPECT_EQ(data.ScaleHeightCm, 0.0);
+  EXPECT_EQ(data.CutterColorModel, 0);
+  for (const std::int32_t component : data.CutterColor) EXPECT_EQ(component, 0);
 }
 
 CJobData Filled() {
@@ -126,15 +127,15 @@ CJobData Filled() {
 TEST(JobData, a_fresh_record_has_the_defaults_and_linked_levels) {
   const CJobData data;
   ExpectDefaults(data);
-  for (const CLevelsData& levels : data.Levels) EXPECT_EQ(255.0, levels.High);
+  for (const CLevelsData& levels : data.Levels) EXPECT_EQ(levels.High, 255.0);
 }
 
 TEST(JobData, set_defaults_keeps_the_levels_and_the_hosts_value) {
   CJobData data = Filled();
   data.SetDefaults();
   ExpectDefaults(data);
-  EXPECT_EQ(3.0, data.Levels[4].Gamma);
-  EXPECT_EQ(9, data.HostValue);
+  EXPECT_EQ(data.Levels[4].Gamma, 3.0);
+  EXPECT_EQ(data.HostValue, 9);
 }
 
 Bytes GoldenRecord() {
@@ -164,20 +165,20 @@ TEST(JobData, is_read_with_levels_and_cutter_as_they_were) {
   data.CutterSeparation = L"kept";
   data.HostValue = 4;
   EXPECT_TRUE(Loaded(GoldenRecord(), [&](CArchive& archive) { data.Serialize(archive); }).empty());
-  EXPECT_EQ(L"P", data.PrinterName);
-  EXPECT_EQ(L"F", data.PrintModeFolder);
-  EXPECT_EQ(L"N", data.PrintModeName);
+  EXPECT_EQ(data.PrinterName, L"P");
+  EXPECT_EQ(data.PrintModeFolder, L"F");
+  EXPECT_EQ(data.PrintModeName, L"N");
   EXPECT_TRUE(data.SpoolRequested && data.HostFlag1 && data.SpoolAllowed && data.HostFlag2 &&
               data.LevelsEnabled && data.HostFlag3);
   EXPECT_FALSE(data.LevelsLinked);
-  EXPECT_EQ(-2, data.ScaleMode);
-  EXPECT_EQ(12.25, data.ScaleWidthCm);
-  EXPECT_EQ(30.5, data.ScaleHeightCm);
-  EXPECT_EQ(L"T", data.ScaleTarget);
-  EXPECT_EQ(8.0, data.Levels[1].Low);
-  EXPECT_EQ((std::array<std::int32_t, 4>{5, 6, 7, 8}), data.CutterColor);
-  EXPECT_EQ(L"kept", data.CutterSeparation);
-  EXPECT_EQ(4, data.HostValue);
+  EXPECT_EQ(data.ScaleMode, -2);
+  EXPECT_EQ(data.ScaleWidthCm, 12.25);
+  EXPECT_EQ(data.ScaleHeightCm, 30.5);
+  EXPECT_EQ(data.ScaleTarget, L"T");
+  EXPECT_EQ(data.Levels[1].Low, 8.0);
+  EXPECT_EQ(data.CutterColor, (std::array<std::int32_t, 4>{5, 6, 7, 8}));
+  EXPECT_EQ(data.CutterSeparation, L"kept");
+  EXPECT_EQ(data.HostValue, 4);
 }
 
 TEST(JobData, any_byte_but_0_is_a_true_boolean) {
@@ -199,7 +200,7 @@ TEST(JobData, another_version_changes_nothing_and_leaves_the_rest_unread) {
 
 TEST(JobData, is_made_by_its_run_time_class) {
   const std::unique_ptr<CObject> data(CJobData::GetThisClass()->CreateObject());
-  EXPECT_NE(nullptr, dynamic_cast<CJobData*>(data.get()));
+  EXPECT_NE(dynamic_cast<CJobData*>(data.get()), nullptr);
   EXPECT_EQ(CJobData::GetThisClass(), data->GetRuntimeClass());
 }
 

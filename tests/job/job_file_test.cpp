@@ -40,50 +40,50 @@ TEST_F(JobFile, the_fields_stand_in_order) {
 
 TEST_F(JobFile, is_made_by_its_run_time_class) {
   const std::unique_ptr<CObject> file(CJTSFile::GetThisClass()->CreateObject());
-  EXPECT_NE(nullptr, dynamic_cast<CJTSFile*>(file.get()));
-  EXPECT_STREQ("CJTSFile", file->GetRuntimeClass()->m_lpszClassName);
+  EXPECT_NE(dynamic_cast<CJTSFile*>(file.get()), nullptr);
+  EXPECT_STREQ(file->GetRuntimeClass()->m_lpszClassName, "CJTSFile");
 }
 
 TEST_F(JobFile, the_full_path_is_joined_anew_at_every_use) {
   CJTSFile file = FileOf(L"C:\\a\\", L"b.ps");
-  EXPECT_EQ(L"C:\\a\\b.ps", file.GetFullPath());
+  EXPECT_EQ(file.GetFullPath(), L"C:\\a\\b.ps");
   file.FullPath = L"not trusted";
-  EXPECT_EQ(L"C:\\a\\b.ps", file.GetFullPath());
+  EXPECT_EQ(file.GetFullPath(), L"C:\\a\\b.ps");
   file.Directory = L"no separator";
-  EXPECT_EQ(L"no separatorb.ps", file.GetFullPath());
+  EXPECT_EQ(file.GetFullPath(), L"no separatorb.ps");
   EXPECT_EQ(file.FullPath, file.GetFullPath());
 }
 
 TEST_F(JobFile, percent_signs_of_a_path_stay) {
   CJTSFile file = FileOf(L"C:\\100%s\\", L"%d%%.ps");
-  EXPECT_EQ(L"C:\\100%s\\%d%%.ps", file.GetFullPath());
+  EXPECT_EQ(file.GetFullPath(), L"C:\\100%s\\%d%%.ps");
 }
 
 TEST_F(JobFile, set_defaults_empties_directory_and_name_and_keeps_the_cache) {
   CJTSFile file = FileOf(L"C:\\a\\", L"b.ps");
   file.GetFullPath();
   file.SetDefaults();
-  EXPECT_EQ(L"", file.Directory);
-  EXPECT_EQ(L"", file.FileName);
-  EXPECT_EQ(L"C:\\a\\b.ps", file.FullPath);
-  EXPECT_EQ(L"", file.GetFullPath());
+  EXPECT_EQ(file.Directory, L"");
+  EXPECT_EQ(file.FileName, L"");
+  EXPECT_EQ(file.FullPath, L"C:\\a\\b.ps");
+  EXPECT_EQ(file.GetFullPath(), L"");
 }
 
 TEST_F(JobFile, the_size_is_that_of_the_file_and_0_without_one) {
   m_Library.Directory().Write("jobs/a.ps", "1234567");
   CJTSFile file = FileOf(m_Library.Directory().Wide() + L"\\jobs\\", L"a.ps");
-  EXPECT_EQ(7, file.GetSize());
+  EXPECT_EQ(file.GetSize(), 7);
   EXPECT_EQ(m_Library.Directory().Wide() + L"\\jobs\\a.ps", file.FullPath);
   file.FileName = L"missing.ps";
-  EXPECT_EQ(0, file.GetSize());
-  EXPECT_EQ(0, FileOf(m_Library.Directory().Wide() + L"/", L"jobs").GetSize());
-  EXPECT_EQ(0, FileOf(L"", L"").GetSize());
+  EXPECT_EQ(file.GetSize(), 0);
+  EXPECT_EQ(FileOf(m_Library.Directory().Wide() + L"/", L"jobs").GetSize(), 0);
+  EXPECT_EQ(FileOf(L"", L"").GetSize(), 0);
 }
 
 TEST_F(JobFile, a_size_beyond_32_bits_is_told_whole) {
   m_Library.Directory().Write("large.ps", "");
   std::filesystem::resize_file(m_Library.Directory().Path("large.ps"), 5'000'000'000);
-  EXPECT_EQ(5'000'000'000, FileOf(m_Library.Directory().Wide() + L"/", L"large.ps").GetSize());
+  EXPECT_EQ(FileOf(m_Library.Directory().Wide() + L"/", L"large.ps").GetSize(), 5'000'000'000);
 }
 
 TEST_F(JobFile, only_version_and_name_are_written) {
@@ -121,8 +121,8 @@ TEST_F(JobFile, another_version_empties_the_name_and_reads_no_text) {
   const Bytes rest =
       Loaded(Hex("02 00 00 00 FF FE FF 00"), [&](CArchive& archive) { file.Serialize(archive); });
   EXPECT_EQ(Hex("FF FE FF 00"), rest);
-  EXPECT_EQ(L"", file.FileName);
-  EXPECT_EQ(L"D:\\x\\", file.FullPath);
+  EXPECT_EQ(file.FileName, L"");
+  EXPECT_EQ(file.FullPath, L"D:\\x\\");
 }
 
 TEST_F(JobFile, a_record_cut_at_any_byte_raises_and_keeps_the_name) {
@@ -132,7 +132,7 @@ TEST_F(JobFile, a_record_cut_at_any_byte_raises_and_keeps_the_name) {
     const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
     EXPECT_THROW(Loaded(part, [&](CArchive& archive) { file.Serialize(archive); }),
                  CArchiveException);
-    EXPECT_EQ(L"old.ps", file.FileName);
+    EXPECT_EQ(file.FileName, L"old.ps");
   }
 }
 

@@ -178,25 +178,25 @@ TEST_F(JobTicketArchive, a_ticket_is_read_whole) {
   FillOtherwise(ticket);
   const Bytes rest = Loaded(GoldenTicket(), [&](CArchive& archive) { ticket.Serialize(archive); });
   EXPECT_TRUE(rest.empty());
-  EXPECT_EQ(L"Sign", ticket.m_JobName);
-  EXPECT_EQ(L"\u00d6l", ticket.m_JobNote);
-  EXPECT_EQ(2026, ticket.m_Created.GetYear());
-  EXPECT_EQ(12, ticket.m_Created.GetHour());
+  EXPECT_EQ(ticket.m_JobName, L"Sign");
+  EXPECT_EQ(ticket.m_JobNote, L"\u00d6l");
+  EXPECT_EQ(ticket.m_Created.GetYear(), 2026);
+  EXPECT_EQ(ticket.m_Created.GetHour(), 12);
   EXPECT_EQ(COleDateTime::valid, ticket.m_Created.GetStatus());
-  EXPECT_EQ(JS_HOLDING, ticket.m_Status);
-  EXPECT_EQ(2, ticket.m_Copies);
-  EXPECT_EQ(JTE_RIP_STATUS_1, ticket.m_Error);
+  EXPECT_EQ(ticket.m_Status, JS_HOLDING);
+  EXPECT_EQ(ticket.m_Copies, 2);
+  EXPECT_EQ(ticket.m_Error, JTE_RIP_STATUS_1);
   EXPECT_TRUE(ticket.GetPlanar());
-  EXPECT_EQ(L"E:\\b.ps", ticket.m_JobFile.FullPath);
-  EXPECT_EQ(L"", ticket.m_SecondFile.FileName);
-  EXPECT_EQ(2, ticket.m_JobData.ScaleMode);
+  EXPECT_EQ(ticket.m_JobFile.FullPath, L"E:\\b.ps");
+  EXPECT_EQ(ticket.m_SecondFile.FileName, L"");
+  EXPECT_EQ(ticket.m_JobData.ScaleMode, 2);
   EXPECT_EQ((std::deque<std::int32_t>{4, -1}), ticket.m_Pages);
   // The fields that are not part of the record stay.
-  EXPECT_EQ(5.0, ticket.m_JobData.Levels[1].Low);
+  EXPECT_EQ(ticket.m_JobData.Levels[1].Low, 5.0);
   EXPECT_TRUE(ticket.m_JobData.CutterEnabled);
-  EXPECT_EQ(9, ticket.m_JobData.CutterColor[3]);
-  EXPECT_EQ(L"old", ticket.m_JobData.CutterSeparation);
-  EXPECT_EQ(6, ticket.m_JobData.HostValue);
+  EXPECT_EQ(ticket.m_JobData.CutterColor[3], 9);
+  EXPECT_EQ(ticket.m_JobData.CutterSeparation, L"old");
+  EXPECT_EQ(ticket.m_JobData.HostValue, 6);
 }
 
 TEST_F(JobTicketArchive, pages_come_back_below_the_spool_of_the_loading_machine) {
@@ -204,11 +204,11 @@ TEST_F(JobTicketArchive, pages_come_back_below_the_spool_of_the_loading_machine)
   Loaded(GoldenTicket(), [&](CArchive& archive) { ticket.Serialize(archive); });
   const std::wstring spool = m_Library.RipDirectory() + L"CFM";
   EXPECT_EQ(spool, ticket.m_CFMFile.BaseDirectory);
-  ASSERT_EQ(2U, ticket.m_CFMFile.Entries.size());
+  ASSERT_EQ(ticket.m_CFMFile.Entries.size(), 2U);
   EXPECT_EQ(spool + L"\\job.cfm\\", ticket.m_CFMFile.Entries[0].Directory);
-  EXPECT_EQ(L"\u00dc", ticket.m_CFMFile.Entries[0].FileName);
+  EXPECT_EQ(ticket.m_CFMFile.Entries[0].FileName, L"\u00dc");
   EXPECT_EQ(spool + L"\\job.cfm\\", ticket.m_CFMFile.Entries[1].Directory);
-  EXPECT_EQ(0x0102030405, ticket.m_CFMFile.TotalSize);
+  EXPECT_EQ(ticket.m_CFMFile.TotalSize, 0x0102030405);
 }
 
 TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) {
@@ -231,8 +231,8 @@ TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_what_was_read
     } catch (const CArchiveException& exception) {
       EXPECT_EQ(CArchiveException::endOfFile, exception.m_cause);
     }
-    EXPECT_EQ(JS_COMPLETE, ticket.m_Status) << length;
-    EXPECT_EQ(JTE_PREFIX, ticket.m_Error) << length;
+    EXPECT_EQ(ticket.m_Status, JS_COMPLETE) << length;
+    EXPECT_EQ(ticket.m_Error, JTE_PREFIX) << length;
     std::size_t end = 0;
     for (const Item& item : items) {
       end += item.bytes.size();
@@ -250,14 +250,14 @@ TEST_F(JobTicketArchive, another_version_gives_status_0_error_0_and_the_former_s
     const Bytes rest = Loaded(Joined({Hex(version), behind}),
                               [&](CArchive& archive) { ticket.Serialize(archive); });
     EXPECT_EQ(behind, rest);
-    EXPECT_EQ(0, ticket.m_Status);
-    EXPECT_EQ(0, ticket.m_Error);
+    EXPECT_EQ(ticket.m_Status, 0);
+    EXPECT_EQ(ticket.m_Error, 0);
     EXPECT_TRUE(ticket.m_Pages.empty());
-    EXPECT_EQ(L"old name", ticket.m_JobName);
-    EXPECT_EQ(77, ticket.m_Copies);
-    EXPECT_EQ(L"old", ticket.m_JobData.PrinterName);
-    EXPECT_EQ(L"old.ps", ticket.m_JobFile.FileName);
-    EXPECT_EQ(L"", ticket.m_CFMFile.BaseDirectory);
+    EXPECT_EQ(ticket.m_JobName, L"old name");
+    EXPECT_EQ(ticket.m_Copies, 77);
+    EXPECT_EQ(ticket.m_JobData.PrinterName, L"old");
+    EXPECT_EQ(ticket.m_JobFile.FileName, L"old.ps");
+    EXPECT_EQ(ticket.m_CFMFile.BaseDirectory, L"");
     EXPECT_FALSE(ticket.PrintJob());
   }
 }
@@ -287,8 +287,8 @@ TEST_F(JobTicketArchive, a_negative_count_of_pages_reads_none) {
   CJobTicket ticket;
   const Bytes rest = Loaded(bytes, [&](CArchive& archive) { ticket.Serialize(archive); });
   EXPECT_TRUE(ticket.m_Pages.empty());
-  EXPECT_EQ(8U, rest.size());
-  EXPECT_EQ(JS_HOLDING, ticket.m_Status);
+  EXPECT_EQ(rest.size(), 8U);
+  EXPECT_EQ(ticket.m_Status, JS_HOLDING);
 }
 
 TEST_F(JobTicketArchive, counts_that_lie_end_with_the_stream) {
@@ -298,8 +298,8 @@ TEST_F(JobTicketArchive, counts_that_lie_end_with_the_stream) {
   CJobTicket ticket;
   EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { ticket.Serialize(archive); }),
                CArchiveException);
-  EXPECT_EQ(2U, ticket.m_Pages.size());
-  EXPECT_EQ(JS_IDLE, ticket.m_Status);
+  EXPECT_EQ(ticket.m_Pages.size(), 2U);
+  EXPECT_EQ(ticket.m_Status, JS_IDLE);
 }
 
 TEST_F(JobTicketArchive, settings_of_another_version_put_the_read_in_the_wrong_place) {
@@ -312,9 +312,9 @@ TEST_F(JobTicketArchive, settings_of_another_version_put_the_read_in_the_wrong_p
   // The count of pages is then read from the printer's name: FF FE FF 01 is 33,554,175 pages.
   EXPECT_THROW(Loaded(Joined(parts), [&](CArchive& archive) { ticket.Serialize(archive); }),
                CArchiveException);
-  EXPECT_EQ(L"old", ticket.m_JobData.PrinterName);
-  EXPECT_EQ(JS_COMPLETE, ticket.m_Status);
-  EXPECT_EQ(L"Sign", ticket.m_JobName);
+  EXPECT_EQ(ticket.m_JobData.PrinterName, L"old");
+  EXPECT_EQ(ticket.m_Status, JS_COMPLETE);
+  EXPECT_EQ(ticket.m_JobName, L"Sign");
 }
 
 TEST_F(JobTicketArchive, an_archive_that_only_writes_is_written_to) {
@@ -350,7 +350,7 @@ TEST_F(JobTicketArchive, a_saved_ticket_comes_back_from_a_file) {
       EXPECT_EQ(item.shown(ticket), item.shown(loaded)) << item.name;
     }
   }
-  EXPECT_EQ(JS_HOLDING, loaded.m_Status);
+  EXPECT_EQ(loaded.m_Status, JS_HOLDING);
 }
 
 }  // namespace

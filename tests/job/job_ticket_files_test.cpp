@@ -49,10 +49,10 @@ TEST_F(JobTicketFiles, a_name_alone_stands_in_the_present_directory) {
   for (wchar_t& character : expected)
     if (character == L'/') character = L'\\';
   EXPECT_EQ(expected, ticket.m_JobFile.Directory);
-  EXPECT_EQ(L"x.ps", ticket.m_JobFile.FileName);
+  EXPECT_EQ(ticket.m_JobFile.FileName, L"x.ps");
   m_Scratch.Write("x.ps", "12345");
   EXPECT_TRUE(ticket.IsJobTicketValid());
-  EXPECT_EQ(5, ticket.GetSizeOnDisk(1, 0, 0));
+  EXPECT_EQ(ticket.GetSizeOnDisk(1, 0, 0), 5);
 }
 
 TEST_F(JobTicketFiles, a_present_directory_that_is_gone_does_no_harm) {
@@ -70,7 +70,7 @@ TEST_F(JobTicketFiles, an_empty_path_is_the_present_directory_without_a_name) {
   const PresentDirectory present(m_Scratch.Path());
   CJobTicket ticket;
   ticket.SetJobFile(L"");
-  EXPECT_EQ(L"", ticket.m_JobFile.FileName);
+  EXPECT_EQ(ticket.m_JobFile.FileName, L"");
   EXPECT_EQ(L'\\', ticket.m_JobFile.Directory.back());
 }
 
@@ -100,20 +100,20 @@ TEST_F(JobTicketFiles, sizes_are_added_as_asked_for) {
     file->Directory = m_Scratch.Wide() + L"/";
   ticket.m_JobFile.FileName = L"job.ps";
   ticket.m_SecondFile.FileName = L"second.ps";
-  EXPECT_EQ(0, ticket.GetSizeOnDisk(0, 0, 0));
-  EXPECT_EQ(1, ticket.GetSizeOnDisk(1, 0, 0));
-  EXPECT_EQ(10, ticket.GetSizeOnDisk(0, 0, 1));
-  EXPECT_EQ(0, ticket.GetSizeOnDisk(0, 1, 0));
+  EXPECT_EQ(ticket.GetSizeOnDisk(0, 0, 0), 0);
+  EXPECT_EQ(ticket.GetSizeOnDisk(1, 0, 0), 1);
+  EXPECT_EQ(ticket.GetSizeOnDisk(0, 0, 1), 10);
+  EXPECT_EQ(ticket.GetSizeOnDisk(0, 1, 0), 0);
   ticket.m_CFMFile.AddEntry(m_Scratch.Wide() + L"/", L"page");
-  EXPECT_EQ(1100, ticket.GetSizeOnDisk(0, 1, 0));
-  EXPECT_EQ(1111, ticket.GetSizeOnDisk(-1, 2, 3));
-  EXPECT_EQ(11, ticket.GetSizeOnDisk(1, 0, 1));
+  EXPECT_EQ(ticket.GetSizeOnDisk(0, 1, 0), 1100);
+  EXPECT_EQ(ticket.GetSizeOnDisk(-1, 2, 3), 1111);
+  EXPECT_EQ(ticket.GetSizeOnDisk(1, 0, 1), 11);
 }
 
 TEST_F(JobTicketFiles, the_size_of_an_empty_page_list_is_not_asked_for) {
   CJobTicket ticket;
   ticket.m_CFMFile.TotalSize = 77;
-  EXPECT_EQ(0, ticket.GetSizeOnDisk(1, 1, 1));
+  EXPECT_EQ(ticket.GetSizeOnDisk(1, 1, 1), 0);
 }
 
 TEST_F(JobTicketFiles, what_is_missing_counts_0) {
@@ -121,7 +121,7 @@ TEST_F(JobTicketFiles, what_is_missing_counts_0) {
   ticket.m_JobFile.Directory = m_Scratch.Wide() + L"\\";
   ticket.m_JobFile.FileName = L"missing.ps";
   ticket.m_CFMFile.AddEntry(m_Scratch.Wide() + L"\\missing\\", L"page");
-  EXPECT_EQ(0, ticket.GetSizeOnDisk(1, 1, 1));
+  EXPECT_EQ(ticket.GetSizeOnDisk(1, 1, 1), 0);
 }
 
 }  // namespace

@@ -114,8 +114,8 @@ TEST_F(JobTicketMessaging, every_error_number_has_its_effects) {
     EXPECT_EQ(Utf8FromWide(text), Logged()) << code;
     EXPECT_EQ(code < 255 ? text + L"\r\n" : L"", JobLog::Taken()) << code;
     CString progress;
-    EXPECT_EQ(42, ticket.GetProgress(JTO_RIP, &progress));
-    EXPECT_EQ(L"before", progress);
+    EXPECT_EQ(ticket.GetProgress(JTO_RIP, &progress), 42);
+    EXPECT_EQ(progress, L"before");
   }
 }
 
@@ -124,8 +124,8 @@ TEST_F(JobTicketMessaging, error_0_clears_the_error_logs_an_empty_text_and_leave
   Prepare(ticket);
   const std::size_t before = m_Library.Log().size();
   ticket.Error(JTE_NONE, JTO_SYSTEM);
-  EXPECT_EQ(JTE_NONE, ticket.m_Error);
-  EXPECT_EQ(JS_ACTIVE, ticket.m_Status);
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+  EXPECT_EQ(ticket.m_Status, JS_ACTIVE);
   const std::string entry = m_Library.Log().substr(before);
   EXPECT_FALSE(entry.empty());
   EXPECT_EQ(entry.size(), rastrel::test::LibraryRoot::HeadLength(entry));
@@ -135,9 +135,9 @@ TEST_F(JobTicketMessaging, error_256_holds_the_job_and_stays_out_of_the_job_log)
   CJobTicket ticket;
   ticket.OpenLog(JobLog::Take);
   ticket.Error(JTE_RUN_INSTALL, JTO_RIP);
-  EXPECT_EQ(JS_HOLDING, ticket.m_Status);
-  EXPECT_EQ("(*v*)Run Sysinstall3.ps", Logged());
-  EXPECT_EQ(L"", JobLog::Taken());
+  EXPECT_EQ(ticket.m_Status, JS_HOLDING);
+  EXPECT_EQ(Logged(), "(*v*)Run Sysinstall3.ps");
+  EXPECT_EQ(JobLog::Taken(), L"");
 }
 
 TEST_F(JobTicketMessaging, an_abort_keeps_the_progress_text_and_sets_error_12) {
@@ -145,10 +145,10 @@ TEST_F(JobTicketMessaging, an_abort_keeps_the_progress_text_and_sets_error_12) {
   Prepare(ticket);
   ticket.Info(JTI_PRINTING_ABORTED, JTO_SYSTEM);
   CString text;
-  EXPECT_EQ(42, ticket.GetProgress(JTO_SYSTEM, &text));
-  EXPECT_EQ(L"before", text);
-  EXPECT_EQ(12, ticket.m_Error);
-  EXPECT_EQ("", Logged());
+  EXPECT_EQ(ticket.GetProgress(JTO_SYSTEM, &text), 42);
+  EXPECT_EQ(text, L"before");
+  EXPECT_EQ(ticket.m_Error, 12);
+  EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(JobTicketMessaging, text_errors_and_warnings_leave_no_mark) {
@@ -158,31 +158,31 @@ TEST_F(JobTicketMessaging, text_errors_and_warnings_leave_no_mark) {
     ticket.Error(L"words", static_cast<JT_ORIGINATOR>(originator));
     ticket.Warning(L"words", static_cast<JT_ORIGINATOR>(originator));
   }
-  EXPECT_EQ(5, ticket.m_Error);
-  EXPECT_EQ(4, ticket.m_Status);
+  EXPECT_EQ(ticket.m_Error, 5);
+  EXPECT_EQ(ticket.m_Status, 4);
   CString text;
-  EXPECT_EQ(42, ticket.GetProgress(JTO_RIP, &text));
-  EXPECT_EQ(L"before", text);
-  EXPECT_EQ("", Logged());
-  EXPECT_EQ(L"", JobLog::Taken());
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, &text), 42);
+  EXPECT_EQ(text, L"before");
+  EXPECT_EQ(Logged(), "");
+  EXPECT_EQ(JobLog::Taken(), L"");
 }
 
 TEST_F(JobTicketMessaging, progress_0_is_ignored_and_any_other_is_taken) {
   CJobTicket ticket;
   ticket.Progress(17, JTO_RIP);
-  EXPECT_EQ(17, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 17);
   ticket.Progress(0, JTO_RIP);
-  EXPECT_EQ(17, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 17);
   ticket.Progress(65535, JTO_RIP);
-  EXPECT_EQ(65535, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 65535);
   ticket.Progress(1, JTO_ODALIS);
-  EXPECT_EQ(1, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 1);
 }
 
 TEST_F(JobTicketMessaging, get_progress_without_a_text_gives_the_number_alone) {
   CJobTicket ticket;
   ticket.SetProgress(JTO_RIP, 55, nullptr);
-  EXPECT_EQ(55, ticket.GetProgress(JTO_SYSTEM, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_SYSTEM, nullptr), 55);
 }
 
 TEST_F(JobTicketMessaging, set_progress_without_a_text_keeps_the_text) {
@@ -190,8 +190,8 @@ TEST_F(JobTicketMessaging, set_progress_without_a_text_keeps_the_text) {
   ticket.SetProgressText(JTO_RIP, L"100% %s");
   ticket.SetProgress(JTO_ODALIS, -7, nullptr);
   CString text;
-  EXPECT_EQ(-7, ticket.GetProgress(JTO_SYSTEM, &text));
-  EXPECT_EQ(L"100% %s", text);
+  EXPECT_EQ(ticket.GetProgress(JTO_SYSTEM, &text), -7);
+  EXPECT_EQ(text, L"100% %s");
 }
 
 TEST_F(JobTicketMessaging, log_cuts_at_1021_characters_and_keeps_its_line_end) {
@@ -216,27 +216,26 @@ TEST_F(JobTicketMessaging, log_formats_its_arguments) {
   ticket.OpenLog(JobLog::Take);
   ticket.Log(L"%s|%S|%i|%u|%lu|%08X|%.3f|%c|100%%", L"wide", "narrow", -5, 7U, 8UL, 0xBEEFU, 1.5,
              'c');
-  EXPECT_EQ(L"wide|narrow|-5|7|8|    BEEF|1.500|c|100%\r\n", JobLog::Taken());
+  EXPECT_EQ(JobLog::Taken(), L"wide|narrow|-5|7|8|    BEEF|1.500|c|100%\r\n");
 }
 
 TEST_F(JobTicketMessaging, without_a_log_the_line_goes_to_standard_error) {
   CJobTicket ticket;
   testing::internal::CaptureStderr();
   ticket.Log(L"Gr\u00fc\u00dfe %i", 5);
-  EXPECT_EQ(
-      "Gr\xC3\xBC\xC3\x9F"
-      "e 5\r\n",
-      testing::internal::GetCapturedStderr());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e 5\r\n");
 }
 
 TEST_F(JobTicketMessaging, open_log_opens_nothing_and_null_goes_back_to_standard_error) {
   CJobTicket ticket;
   ticket.OpenLog(JobLog::Take);
-  EXPECT_EQ(L"", JobLog::Taken());
+  EXPECT_EQ(JobLog::Taken(), L"");
   ticket.OpenLog(nullptr);
   testing::internal::CaptureStderr();
   ticket.Log(L"x");
-  EXPECT_EQ("x\r\n", testing::internal::GetCapturedStderr());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "x\r\n");
 }
 
 TEST_F(JobTicketMessaging, the_job_name_of_a_log_line_is_no_format) {
@@ -244,7 +243,7 @@ TEST_F(JobTicketMessaging, the_job_name_of_a_log_line_is_no_format) {
   ticket.OpenLog(JobLog::Take);
   ticket.m_JobName = L"100%s";
   ticket.Info(JTI_PROCESSING_STARTED, JTO_SYSTEM);
-  EXPECT_EQ("[100%s] START: Printing\r\n", Logged());
+  EXPECT_EQ(Logged(), "[100%s] START: Printing\r\n");
 }
 
 TEST_F(JobTicketMessaging, the_host_polls_while_the_pipeline_reports) {
@@ -271,7 +270,7 @@ TEST_F(JobTicketMessaging, the_host_polls_while_the_pipeline_reports) {
     ticket.GetStatusText(text);
   }
   reporter.join();
-  EXPECT_EQ(100, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 100);
 }
 
 TEST_F(JobTicketMessaging, the_ticket_of_a_run_without_a_host_reports_as_any_other) {
@@ -279,17 +278,17 @@ TEST_F(JobTicketMessaging, the_ticket_of_a_run_without_a_host_reports_as_any_oth
     CExJobTicket ticket;
     Prepare(ticket);
     ticket.Info(JTI_PRINTING_ABORTED, JTO_SYSTEM);
-    EXPECT_EQ(12, ticket.m_Error);
+    EXPECT_EQ(ticket.m_Error, 12);
     ticket.Error(JTE_PREFIX, JTO_SYSTEM);
-    EXPECT_EQ(15, ticket.m_Error);
+    EXPECT_EQ(ticket.m_Error, 15);
     ticket.Error(L"words", JTO_SYSTEM);
-    EXPECT_EQ(15, ticket.m_Error);
-    EXPECT_EQ(L"(*v*)Printing Aborted\r\n(*v*)Can't generate PostScript prefix\r\n",
-              JobLog::Taken());
+    EXPECT_EQ(ticket.m_Error, 15);
+    EXPECT_EQ(JobLog::Taken(),
+              L"(*v*)Printing Aborted\r\n(*v*)Can't generate PostScript prefix\r\n");
   }
   // Its end took the log down: the next use begins the file anew.
   CAppLog::Instance();
-  EXPECT_EQ("0 old log(s) cleaned up\r\n", m_Library.LogTexts());
+  EXPECT_EQ(m_Library.LogTexts(), "0 old log(s) cleaned up\r\n");
 }
 
 TEST_F(JobTicketMessaging, the_ticket_of_a_run_without_a_host_takes_the_paths_down_too) {

@@ -74,30 +74,30 @@ TEST_F(JobTicketRecord, the_reporting_interface_stands_behind_the_record) {
 
 TEST_F(JobTicketRecord, words_that_the_host_polls_are_32_bits) {
   const CJobTicket ticket;
-  EXPECT_EQ(4U, sizeof(ticket.m_Error));
-  EXPECT_EQ(4U, sizeof(ticket.m_Status));
-  EXPECT_EQ(4U, sizeof(ticket.m_Copies));
-  EXPECT_EQ(4U, sizeof(ticket.*PrivateMember(fields::Progress())));
+  EXPECT_EQ(sizeof(ticket.m_Error), 4U);
+  EXPECT_EQ(sizeof(ticket.m_Status), 4U);
+  EXPECT_EQ(sizeof(ticket.m_Copies), 4U);
+  EXPECT_EQ(sizeof(ticket.*PrivateMember(fields::Progress())), 4U);
 }
 
 void ExpectDefaults(const CJobTicket& ticket) {
-  EXPECT_EQ(L"", ticket.m_JobName);
-  EXPECT_EQ(L"", ticket.m_JobNote);
-  EXPECT_EQ(JTE_NONE, ticket.m_Error);
-  EXPECT_EQ(JS_IDLE, ticket.m_Status);
-  EXPECT_EQ(1, ticket.m_Copies);
+  EXPECT_EQ(ticket.m_JobName, L"");
+  EXPECT_EQ(ticket.m_JobNote, L"");
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+  EXPECT_EQ(ticket.m_Status, JS_IDLE);
+  EXPECT_EQ(ticket.m_Copies, 1);
   EXPECT_TRUE(ticket.m_Pages.empty());
-  EXPECT_EQ(L"", ticket.m_JobFile.Directory + ticket.m_JobFile.FileName);
-  EXPECT_EQ(L"", ticket.m_SecondFile.Directory + ticket.m_SecondFile.FileName);
+  EXPECT_EQ(ticket.m_JobFile.Directory + ticket.m_JobFile.FileName, L"");
+  EXPECT_EQ(ticket.m_SecondFile.Directory + ticket.m_SecondFile.FileName, L"");
   EXPECT_EQ(COleDateTime::valid, ticket.m_Created.GetStatus());
-  EXPECT_EQ(0, ticket.*PrivateMember(fields::Progress()));
+  EXPECT_EQ(ticket.*PrivateMember(fields::Progress()), 0);
   CString text = L"before";
-  EXPECT_EQ(0, ticket.GetProgress(JTO_RIP, &text));
-  EXPECT_EQ(L"", text);
-  EXPECT_EQ(nullptr, ticket.*PrivateMember(fields::Log()));
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, &text), 0);
+  EXPECT_EQ(text, L"");
+  EXPECT_EQ(ticket.*PrivateMember(fields::Log()), nullptr);
   EXPECT_FALSE(ticket.IsRIPInstallJob());
-  EXPECT_EQ(-1, ticket.GetActiveAnimFrame());
-  EXPECT_EQ(nullptr, ticket.GetPrintThread());
+  EXPECT_EQ(ticket.GetActiveAnimFrame(), -1);
+  EXPECT_EQ(ticket.GetPrintThread(), nullptr);
   EXPECT_FALSE(ticket.GetPlanar());
 }
 
@@ -107,8 +107,8 @@ TEST_F(JobTicketRecord, a_fresh_ticket_has_the_defaults) {
   EXPECT_FALSE(ticket.GetCFMFileExists());
   const CVKJobTicket direct;
   ExpectDefaults(direct);
-  EXPECT_EQ(72, direct.GetDPI());
-  EXPECT_EQ(nullptr, direct.*PrivateMember(fields::Window()));
+  EXPECT_EQ(direct.GetDPI(), 72);
+  EXPECT_EQ(direct.*PrivateMember(fields::Window()), nullptr);
   EXPECT_TRUE(direct.GetScale());
   EXPECT_FALSE(direct.IsCutOnly());
 }
@@ -155,49 +155,49 @@ TEST_F(JobTicketRecord, set_defaults_resets_all_but_the_pages_levels_and_the_hos
   ticket.SetDefaults();
   ExpectDefaults(ticket);
   EXPECT_LT(2020, ticket.m_Created.GetYear());
-  EXPECT_EQ(L"", ticket.m_JobData.PrinterName);
+  EXPECT_EQ(ticket.m_JobData.PrinterName, L"");
   EXPECT_FALSE(ticket.m_JobData.LevelsEnabled);
-  EXPECT_EQ(2.5, ticket.m_JobData.Levels[2].Gamma);
-  EXPECT_EQ(99, ticket.m_JobData.HostValue);
+  EXPECT_EQ(ticket.m_JobData.Levels[2].Gamma, 2.5);
+  EXPECT_EQ(ticket.m_JobData.HostValue, 99);
   ASSERT_TRUE(ticket.GetCFMFileExists());
-  EXPECT_EQ(L"p1", ticket.m_CFMFile.Entries[0].FileName);
-  EXPECT_EQ(12, ticket.m_CFMFile.TotalSize);
+  EXPECT_EQ(ticket.m_CFMFile.Entries[0].FileName, L"p1");
+  EXPECT_EQ(ticket.m_CFMFile.TotalSize, 12);
   // The cached path is only forgotten at its next use.
-  EXPECT_EQ(L"C:\\a\\b.ps", ticket.m_JobFile.FullPath);
+  EXPECT_EQ(ticket.m_JobFile.FullPath, L"C:\\a\\b.ps");
 }
 
 TEST_F(JobTicketRecord, set_defaults_of_a_record_alone_resets_the_record) {
   CJobTicket ticket;
   FillEverything(ticket);
   ticket.CJobBase::SetDefaults();
-  EXPECT_EQ(JS_IDLE, ticket.m_Status);
-  EXPECT_EQ(42, ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(ticket.m_Status, JS_IDLE);
+  EXPECT_EQ(ticket.GetProgress(JTO_RIP, nullptr), 42);
   EXPECT_TRUE(ticket.GetPlanar());
 }
 
 void ExpectCopied(const CJobTicket& copy) {
-  EXPECT_EQ(L"Name", copy.m_JobName);
-  EXPECT_EQ(L"Note", copy.m_JobNote);
-  EXPECT_EQ(JTE_PREFIX, copy.m_Error);
-  EXPECT_EQ(JS_COMPLETE, copy.m_Status);
-  EXPECT_EQ(7, copy.m_Copies);
-  EXPECT_EQ(L"Printer", copy.m_JobData.PrinterName);
-  EXPECT_EQ(2.5, copy.m_JobData.Levels[2].Gamma);
-  EXPECT_EQ(99, copy.m_JobData.HostValue);
+  EXPECT_EQ(copy.m_JobName, L"Name");
+  EXPECT_EQ(copy.m_JobNote, L"Note");
+  EXPECT_EQ(copy.m_Error, JTE_PREFIX);
+  EXPECT_EQ(copy.m_Status, JS_COMPLETE);
+  EXPECT_EQ(copy.m_Copies, 7);
+  EXPECT_EQ(copy.m_JobData.PrinterName, L"Printer");
+  EXPECT_EQ(copy.m_JobData.Levels[2].Gamma, 2.5);
+  EXPECT_EQ(copy.m_JobData.HostValue, 99);
   EXPECT_EQ((std::deque<std::int32_t>{3, 1}), copy.m_Pages);
-  EXPECT_EQ(L"C:\\a\\", copy.m_JobFile.Directory);
-  EXPECT_EQ(L"b.ps", copy.m_JobFile.FileName);
-  EXPECT_EQ(L"d.ps", copy.m_SecondFile.FileName);
-  ASSERT_EQ(1U, copy.m_CFMFile.Entries.size());
-  EXPECT_EQ(L"C:\\e\\", copy.m_CFMFile.Entries[0].Directory);
-  EXPECT_EQ(12, copy.m_CFMFile.TotalSize);
-  EXPECT_EQ(2001, copy.m_Created.GetYear());
+  EXPECT_EQ(copy.m_JobFile.Directory, L"C:\\a\\");
+  EXPECT_EQ(copy.m_JobFile.FileName, L"b.ps");
+  EXPECT_EQ(copy.m_SecondFile.FileName, L"d.ps");
+  ASSERT_EQ(copy.m_CFMFile.Entries.size(), 1U);
+  EXPECT_EQ(copy.m_CFMFile.Entries[0].Directory, L"C:\\e\\");
+  EXPECT_EQ(copy.m_CFMFile.TotalSize, 12);
+  EXPECT_EQ(copy.m_Created.GetYear(), 2001);
   CString text;
-  EXPECT_EQ(42, copy.GetProgress(JTO_RIP, &text));
-  EXPECT_EQ(L"sentence", text);
+  EXPECT_EQ(copy.GetProgress(JTO_RIP, &text), 42);
+  EXPECT_EQ(text, L"sentence");
   EXPECT_EQ(&IgnoreLog, copy.*PrivateMember(fields::Log()));
   EXPECT_TRUE(copy.IsRIPInstallJob());
-  EXPECT_EQ(5, copy.GetActiveAnimFrame());
+  EXPECT_EQ(copy.GetActiveAnimFrame(), 5);
   EXPECT_TRUE(copy.GetPlanar());
 }
 
@@ -206,7 +206,7 @@ TEST_F(JobTicketRecord, a_copy_has_every_field) {
   FillEverything(ticket);
   const CJobTicket copy(ticket);
   ExpectCopied(copy);
-  EXPECT_EQ(L"", copy.m_CFMFile.BaseDirectory);
+  EXPECT_EQ(copy.m_CFMFile.BaseDirectory, L"");
 }
 
 TEST_F(JobTicketRecord, an_assignment_has_every_field_and_keeps_the_base_directory) {
@@ -217,7 +217,7 @@ TEST_F(JobTicketRecord, an_assignment_has_every_field_and_keeps_the_base_directo
   target.m_CFMFile.BaseDirectory = L"kept";
   target = ticket;
   ExpectCopied(target);
-  EXPECT_EQ(L"kept", target.m_CFMFile.BaseDirectory);
+  EXPECT_EQ(target.m_CFMFile.BaseDirectory, L"kept");
 }
 
 TEST_F(JobTicketRecord, a_copy_shares_nothing_with_its_source) {
@@ -234,15 +234,15 @@ TEST_F(JobTicketRecord, a_copy_shares_nothing_with_its_source) {
 TEST_F(JobTicketRecord, is_made_by_its_run_time_class) {
   CRuntimeClass* const ticketClass = CJobTicket::GetThisClass();
   EXPECT_EQ(&CJobTicket::classCJobTicket, ticketClass);
-  EXPECT_STREQ("CJobTicket", ticketClass->m_lpszClassName);
+  EXPECT_STREQ(ticketClass->m_lpszClassName, "CJobTicket");
   const std::unique_ptr<CObject> object(ticketClass->CreateObject());
-  ASSERT_NE(nullptr, dynamic_cast<CJobTicket*>(object.get()));
+  ASSERT_NE(dynamic_cast<CJobTicket*>(object.get()), nullptr);
   EXPECT_EQ(ticketClass, object->GetRuntimeClass());
   EXPECT_TRUE(ticketClass->IsDerivedFrom(&CJobBase::classCJobBase));
   EXPECT_TRUE(ticketClass->IsDerivedFrom(CObject::GetThisClass()));
-  EXPECT_EQ(nullptr, CJobBase::classCJobBase.CreateObject());
+  EXPECT_EQ(CJobBase::classCJobBase.CreateObject(), nullptr);
   const std::unique_ptr<CObject> other(CJobTicket::CreateObject());
-  EXPECT_NE(nullptr, dynamic_cast<CJobTicket*>(other.get()));
+  EXPECT_NE(dynamic_cast<CJobTicket*>(other.get()), nullptr);
 }
 
 TEST_F(JobTicketRecord, accessors_give_what_was_set) {
@@ -251,7 +251,7 @@ TEST_F(JobTicketRecord, accessors_give_what_was_set) {
   ticket.SetScale(false);
   ticket.SetCutOnly(true);
   ticket.SetPlanar(true);
-  EXPECT_EQ(300, ticket.GetDPI());
+  EXPECT_EQ(ticket.GetDPI(), 300);
   EXPECT_FALSE(ticket.GetScale());
   EXPECT_TRUE(ticket.IsCutOnly());
   EXPECT_TRUE(ticket.GetPlanar());
@@ -288,8 +288,8 @@ TEST_F(JobTicketRecord, printing_a_job_that_is_not_idle_is_refused_and_changes_n
     ticket.m_Error = JTE_PREFIX;
     EXPECT_FALSE(ticket.PrintJob());
     EXPECT_EQ(status, ticket.m_Status);
-    EXPECT_EQ(JTE_PREFIX, ticket.m_Error);
-    EXPECT_EQ(nullptr, ticket.GetPrintThread());
+    EXPECT_EQ(ticket.m_Error, JTE_PREFIX);
+    EXPECT_EQ(ticket.GetPrintThread(), nullptr);
   }
 }
 

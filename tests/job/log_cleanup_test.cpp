@@ -72,7 +72,7 @@ TEST(ProcessOfLog, is_the_number_between_the_first_dash_and_the_next_dot) {
 TEST_F(LogCleanup, the_log_of_an_ended_process_goes) {
   const std::string name = "Rastrel-" + DeadProcess() + ".log";
   PutLog(name);
-  EXPECT_EQ("1 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "1 old log(s) cleaned up\r\n");
   EXPECT_FALSE(Has(name));
 }
 
@@ -83,21 +83,21 @@ TEST_F(LogCleanup, the_log_of_a_living_process_and_our_own_stay) {
   });
   const std::string name = "Rastrel-" + std::to_string(child.Id()) + ".log";
   PutLog(name);
-  EXPECT_EQ("0 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "0 old log(s) cleaned up\r\n");
   EXPECT_TRUE(Has(name));
   EXPECT_TRUE(Has("Rastrel-" + std::to_string(::getpid()) + ".log"));
 }
 
 TEST_F(LogCleanup, a_name_without_a_number_stays_and_is_named) {
   PutLog("Rastrel-abc.log");
-  EXPECT_EQ("Invalid log name: 'Rastrel-abc.log'\r\n0 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "Invalid log name: 'Rastrel-abc.log'\r\n0 old log(s) cleaned up\r\n");
   EXPECT_TRUE(Has("Rastrel-abc.log"));
 }
 
 TEST_F(LogCleanup, the_prefix_may_stand_anywhere_in_the_name) {
   const std::string name = "oldRastrel-" + DeadProcess() + ".log";
   PutLog(name);
-  EXPECT_EQ("1 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "1 old log(s) cleaned up\r\n");
   EXPECT_FALSE(Has(name));
 }
 
@@ -112,7 +112,7 @@ TEST_F(LogCleanup, a_process_that_cannot_be_opened_counts_as_gone) {
   PutLog("Rastrel-4294967295.log");
   PutLog("Rastrel-0.log");
   PutLog("Rastrel--1.log");
-  EXPECT_EQ("3 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "3 old log(s) cleaned up\r\n");
   EXPECT_FALSE(Has("Rastrel-4294967295.log"));
   EXPECT_FALSE(Has("Rastrel-0.log"));
 }
@@ -128,7 +128,7 @@ TEST_F(LogCleanup, other_names_are_left_alone) {
   for (const std::string& name : {"rastrel-" + dead + ".log", "Rastrel" + dead + ".log",
                                   "Other-" + dead + ".log", std::string("corerast.exe")})
     PutLog(name);
-  EXPECT_EQ("0 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "0 old log(s) cleaned up\r\n");
   EXPECT_TRUE(Has("rastrel-" + dead + ".log"));
   EXPECT_TRUE(Has("corerast.exe"));
 }
@@ -137,7 +137,7 @@ TEST_F(LogCleanup, any_extension_counts) {
   const std::string dead = DeadProcess();
   PutLog("Rastrel-" + dead + ".txt");
   PutLog("Rastrel-" + dead + ".");
-  EXPECT_EQ("2 old log(s) cleaned up\r\n", Said());
+  EXPECT_EQ(Said(), "2 old log(s) cleaned up\r\n");
 }
 
 TEST_F(LogCleanup, complaints_come_before_the_count) {
@@ -148,7 +148,7 @@ TEST_F(LogCleanup, complaints_come_before_the_count) {
   EXPECT_TRUE(said.ends_with("\r\n1 old log(s) cleaned up\r\n")) << said;
   EXPECT_NE(std::string::npos, said.find("Invalid log name: 'Rastrel-a.log'\r\n"));
   EXPECT_NE(std::string::npos, said.find("Invalid log name: 'Rastrel-b.log'\r\n"));
-  EXPECT_EQ(3, std::count(said.begin(), said.end(), '\n'));
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 3);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ TEST_F(VkJobTicket, every_info_posts_the_kind_of_its_row) {
       const auto message = m_Window.TakeMessage();
       ASSERT_EQ(KindOf(code) != 0, message.has_value()) << code;
       if (!message) continue;
-      EXPECT_EQ(32890U, message->message);
+      EXPECT_EQ(message->message, 32890U);
       EXPECT_EQ(static_cast<std::uintptr_t>(originator), message->wParam);
       EXPECT_EQ(KindOf(code), message->lParam) << code;
       EXPECT_FALSE(m_Window.TakeMessage().has_value());
@@ -62,19 +62,19 @@ TEST_F(VkJobTicket, the_ticket_has_changed_before_the_window_hears_of_it) {
   host.m_Ticket = &m_Ticket;
   m_Ticket.SetWnd(&host);
   m_Ticket.Info(JTI_PRINTING_ABORTED, JTO_SYSTEM);
-  EXPECT_EQ(12, host.m_Error);
+  EXPECT_EQ(host.m_Error, 12);
 }
 
 TEST_F(VkJobTicket, progress_posts_also_for_0_and_leaves_the_number_alone_then) {
   m_Ticket.Progress(30, JTO_RIP);
   m_Ticket.Progress(0, JTO_ODALIS);
-  EXPECT_EQ(30, m_Ticket.GetProgress(JTO_RIP, nullptr));
+  EXPECT_EQ(m_Ticket.GetProgress(JTO_RIP, nullptr), 30);
   for (const std::uintptr_t originator : {0U, 1U}) {
     const auto message = m_Window.TakeMessage();
     ASSERT_TRUE(message);
-    EXPECT_EQ(32891U, message->message);
+    EXPECT_EQ(message->message, 32891U);
     EXPECT_EQ(originator, message->wParam);
-    EXPECT_EQ(2, message->lParam);
+    EXPECT_EQ(message->lParam, 2);
   }
   EXPECT_FALSE(m_Window.TakeMessage());
 }
@@ -84,8 +84,8 @@ TEST_F(VkJobTicket, errors_and_texts_post_nothing) {
   m_Ticket.Error(L"words", JTO_SYSTEM);
   m_Ticket.Warning(L"words", JTO_SYSTEM);
   m_Ticket.Log(L"line");
-  EXPECT_EQ(15, m_Ticket.m_Error);
-  EXPECT_EQ(3, m_Ticket.m_Status);
+  EXPECT_EQ(m_Ticket.m_Error, 15);
+  EXPECT_EQ(m_Ticket.m_Status, 3);
   EXPECT_FALSE(m_Window.TakeMessage());
 }
 

@@ -57,7 +57,7 @@ TEST(WideTextInRecords, text_without_the_tag_has_one_byte_a_character) {
     const Bytes bytes = Joined({Version, Hex(row.untagged), Bytes(row.length, 0x80)});
     CJTSFile file;
     EXPECT_TRUE(Loaded(bytes, [&](CArchive& archive) { file.Serialize(archive); }).empty());
-    EXPECT_EQ(std::wstring(row.length, L'\u20ac'), file.FileName);  // 80 is the euro sign there
+    EXPECT_EQ(file.FileName, std::wstring(row.length, L'\u20ac'));  // 80 is the euro sign there
   }
 }
 
@@ -77,7 +77,7 @@ TEST(WideTextInRecords, a_length_that_lies_raises_and_takes_no_memory_for_it) {
   const Bytes bytes = Joined({Version, Hex("FF FE FF FF FF FF FF FF FF FF 41 00")});
   EXPECT_THROW(Loaded(bytes, [&](CArchive& archive) { file.Serialize(archive); }),
                CArchiveException);
-  EXPECT_EQ(L"old", file.FileName);
+  EXPECT_EQ(file.FileName, L"old");
 }
 
 }  // namespace

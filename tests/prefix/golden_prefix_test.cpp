@@ -118,7 +118,7 @@ std::string Generated(const std::string& name) {
   ticket->m_JobFile.Directory = scratch.Wide() + L"\\";
   ticket->m_JobFile.FileName = settings.Wide("File");
   const std::unique_ptr<PSPrefix> prefix(ticket->GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   return scratch.Read(fs::path(settings.Text("File")).replace_extension(".psp").string());
 }
 
@@ -147,7 +147,7 @@ TEST(GoldenPrefixCases, are_the_same_in_a_locale_of_commas) {
   if (locale.HasC()) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", 1.5);
-    ASSERT_STREQ("1,5", text);
+    ASSERT_STREQ(text, "1,5");
   } else {
     std::printf("note: no locale of the C library could be made here; streams' locale only\n");
   }

@@ -192,7 +192,7 @@ TEST(LevelsTable, the_defaults_count_from_00_to_ff_in_eight_lines) {
   const std::wstring table = LevelsTable(CLevelsData());
   EXPECT_EQ(counted, table);
   EXPECT_EQ(8 * 64 + 8U, table.size());
-  EXPECT_EQ(8, std::count(table.begin(), table.end(), L'\n'));
+  EXPECT_EQ(std::count(table.begin(), table.end(), L'\n'), 8);
 }
 
 TEST(LevelsTable, gamma_0_makes_all_below_one_nothing_and_all_above_the_most) {
@@ -212,7 +212,7 @@ TEST(LevelsTable, no_entry_has_more_than_four_digits) {
     const std::wstring table = LevelsTable(random.Next());
     EXPECT_LE(512U + 8, table.size());
     EXPECT_GE(1024U + 8, table.size());
-    EXPECT_EQ(8, std::count(table.begin(), table.end(), L'\n'));
+    EXPECT_EQ(std::count(table.begin(), table.end(), L'\n'), 8);
   }
 }
 

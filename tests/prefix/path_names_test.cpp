@@ -10,20 +10,20 @@ namespace {
 using namespace rastrel::prefix;
 
 TEST(PathNames, the_prefix_takes_the_place_of_the_last_extension) {
-  EXPECT_EQ(L"C:\\jobs\\job12.psp", PrefixPathOf(L"C:\\jobs\\job12.ps"));
-  EXPECT_EQ(L"C:\\jobs\\a.b.psp", PrefixPathOf(L"C:\\jobs\\a.b.ps"));
-  EXPECT_EQ(L"C:\\jobs.psp", PrefixPathOf(L"C:\\jobs.d\\job"));
-  EXPECT_EQ(L"C:\\jobs\\.psp", PrefixPathOf(L"C:\\jobs\\.ps"));
-  EXPECT_EQ(L"job.psp", PrefixPathOf(L"job."));
+  EXPECT_EQ(PrefixPathOf(L"C:\\jobs\\job12.ps"), L"C:\\jobs\\job12.psp");
+  EXPECT_EQ(PrefixPathOf(L"C:\\jobs\\a.b.ps"), L"C:\\jobs\\a.b.psp");
+  EXPECT_EQ(PrefixPathOf(L"C:\\jobs.d\\job"), L"C:\\jobs.psp");
+  EXPECT_EQ(PrefixPathOf(L"C:\\jobs\\.ps"), L"C:\\jobs\\.psp");
+  EXPECT_EQ(PrefixPathOf(L"job."), L"job.psp");
 }
 
 TEST(PathNames, the_title_stands_behind_the_last_backslash) {
-  EXPECT_EQ(L"job12", TitleOf(L"C:\\jobs\\job12.ps"));
-  EXPECT_EQ(L"a.b", TitleOf(L"C:\\jobs\\a.b.ps"));
-  EXPECT_EQ(L"jobs", TitleOf(L"C:\\jobs.d\\job"));
-  EXPECT_EQ(L"", TitleOf(L"C:\\jobs\\.ps"));
-  EXPECT_EQ(L"/home/jobs/x", TitleOf(L"/home/jobs/x.ps"));
-  EXPECT_EQ(L"x", TitleOf(L"x.ps"));
+  EXPECT_EQ(TitleOf(L"C:\\jobs\\job12.ps"), L"job12");
+  EXPECT_EQ(TitleOf(L"C:\\jobs\\a.b.ps"), L"a.b");
+  EXPECT_EQ(TitleOf(L"C:\\jobs.d\\job"), L"jobs");
+  EXPECT_EQ(TitleOf(L"C:\\jobs\\.ps"), L"");
+  EXPECT_EQ(TitleOf(L"/home/jobs/x.ps"), L"/home/jobs/x");
+  EXPECT_EQ(TitleOf(L"x.ps"), L"x");
 }
 
 TEST(PathNames, without_a_dot_both_raise) {
@@ -35,7 +35,7 @@ TEST(PathNames, without_a_dot_both_raise) {
 }
 
 TEST(PathNames, the_title_section_is_a_comment_between_empty_lines) {
-  EXPECT_EQ(L"\n%%Title: job12\n\n", TitleSection(L"C:\\jobs\\job12.ps"));
+  EXPECT_EQ(TitleSection(L"C:\\jobs\\job12.ps"), L"\n%%Title: job12\n\n");
 }
 
 }  // namespace

@@ -86,7 +86,7 @@ class PsPrefix : public LibraryTest {
   // The bytes of the prefix, and that it ended well.
   std::string Generated(const std::string& file = "job12.psp") {
     const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-    EXPECT_EQ(0U, prefix->Generate());
+    EXPECT_EQ(prefix->Generate(), 0U);
     return m_Scratch.Read(file);
   }
 
@@ -177,8 +177,8 @@ TEST_F(PsPrefix, the_last_byte_is_always_4_and_the_only_one) {
   for (const bool selected : {false, true}) {
     if (selected) SelectPrinterAndMode();
     const std::string text = Generated();
-    EXPECT_EQ('\x04', text.back());
-    EXPECT_EQ(1, std::count(text.begin(), text.end(), '\x04'));
+    EXPECT_EQ(text.back(), '\x04');
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\x04'), 1);
     EXPECT_EQ(std::string::npos, text.find('\r'));
   }
 }
@@ -192,7 +192,7 @@ TEST_F(PsPrefix, a_dot_of_a_directory_cuts_prefix_and_title_alike) {
   m_Scratch.Write("jobs.dir/plain", "x");
   UseFile(L"plain", L"jobs.dir\\");
   const std::string text = Generated("jobs.psp");
-  EXPECT_NE("(none)", text);
+  EXPECT_NE(text, "(none)");
   EXPECT_NE(std::string::npos, text.find("%%Title: jobs\n"));
   EXPECT_FALSE(m_Scratch.Has("jobs.dir/plain.psp"));
 }
@@ -205,9 +205,9 @@ TEST_F(PsPrefix, a_path_without_a_dot_raises_and_leaves_the_job_file) {
   {
     const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
     EXPECT_THROW(static_cast<void>(prefix->Generate()), std::length_error);
-    EXPECT_EQ(L"", prefix->GetPrefixPath());
+    EXPECT_EQ(prefix->GetPrefixPath(), L"");
   }
-  EXPECT_EQ("the job", m_Scratch.Read("plain"));
+  EXPECT_EQ(m_Scratch.Read("plain"), "the job");
 }
 
 TEST_F(PsPrefix, a_name_that_is_not_ascii_reaches_the_title_in_utf_8) {
@@ -242,52 +242,52 @@ TEST_F(PsPrefix, the_file_is_written_over_whatever_had_its_name) {
 
 TEST_F(PsPrefix, a_second_run_makes_the_same_file) {
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   const std::string first = m_Scratch.Read("job12.psp");
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   EXPECT_EQ(first, m_Scratch.Read("job12.psp"));
 }
 
 TEST_F(PsPrefix, the_path_is_empty_until_it_has_run) {
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(L"", prefix->GetPrefixPath());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->GetPrefixPath(), L"");
+  EXPECT_EQ(prefix->Generate(), 0U);
   EXPECT_EQ(m_Scratch.Wide() + L"\\job12.psp", prefix->GetPrefixPath());
 }
 
 TEST_F(PsPrefix, no_descriptor_stays_open) {
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
   const std::size_t before = rastrel::test::OpenDescriptors();
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   EXPECT_EQ(before, rastrel::test::OpenDescriptors());
 }
 
 TEST_F(PsPrefix, without_a_ticket_it_fails_and_touches_nothing) {
   PSPrefix prefix(nullptr);
-  EXPECT_EQ(1U, prefix.Generate());
-  EXPECT_EQ(L"", prefix.GetPrefixPath());
+  EXPECT_EQ(prefix.Generate(), 1U);
+  EXPECT_EQ(prefix.GetPrefixPath(), L"");
   CVKPrefix direct(nullptr);
-  EXPECT_EQ(1U, direct.Generate());
+  EXPECT_EQ(direct.Generate(), 1U);
 }
 
 TEST_F(PsPrefix, a_file_that_cannot_be_opened_fails_without_a_word) {
   UseFile(L"job12.ps", L"missing\\");
   const std::size_t mark = m_Library.LogMark();
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(1U, prefix->Generate());
-  EXPECT_EQ("", m_Library.LogTextsBehind(mark));
+  EXPECT_EQ(prefix->Generate(), 1U);
+  EXPECT_EQ(m_Library.LogTextsBehind(mark), "");
 }
 
 TEST_F(PsPrefix, a_disk_that_takes_nothing_is_not_noticed) {
   // Under this name the file is a device that is always full.
   std::filesystem::create_symlink("/dev/full", m_Scratch.Path("job12.psp"));
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
 }
 
 TEST_F(PsPrefix, the_job_file_need_not_exist) {
   EXPECT_FALSE(m_Scratch.Has("job12.ps"));
-  EXPECT_NE("(none)", Generated());
+  EXPECT_NE(Generated(), "(none)");
 }
 
 TEST_F(PsPrefix, has_a_destructor_and_generate_that_a_ticket_chooses) {
@@ -295,8 +295,8 @@ TEST_F(PsPrefix, has_a_destructor_and_generate_that_a_ticket_chooses) {
   CVKJobTicket direct;
   const std::unique_ptr<PSPrefix> ordinary(m_Ticket.GetPrefix());
   const std::unique_ptr<PSPrefix> other(direct.GetPrefix());
-  EXPECT_EQ(nullptr, dynamic_cast<CVKPrefix*>(ordinary.get()));
-  EXPECT_NE(nullptr, dynamic_cast<CVKPrefix*>(other.get()));
+  EXPECT_EQ(dynamic_cast<CVKPrefix*>(ordinary.get()), nullptr);
+  EXPECT_NE(dynamic_cast<CVKPrefix*>(other.get()), nullptr);
 }
 
 class KeepPsFiles : public PsPrefix {
@@ -308,7 +308,7 @@ class KeepPsFiles : public PsPrefix {
 TEST_F(KeepPsFiles, the_file_goes_with_its_object_by_default_and_at_0) {
   Generated();
   std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   EXPECT_TRUE(m_Scratch.Has("job12.psp"));
   prefix.reset();
   EXPECT_FALSE(m_Scratch.Has("job12.psp"));
@@ -328,7 +328,7 @@ TEST_F(KeepPsFiles, the_file_stays_at_any_other_number) {
 
 TEST_F(KeepPsFiles, the_setting_is_read_at_the_end) {
   std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   Keep(L"1");
   prefix.reset();
   EXPECT_TRUE(m_Scratch.Has("job12.psp"));
@@ -338,12 +338,12 @@ TEST_F(KeepPsFiles, an_object_that_never_ran_removes_nothing) {
   m_Scratch.Write("job12.psp", "somebody else's");
   Keep(L"0");
   { const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix()); }
-  EXPECT_EQ("somebody else's", m_Scratch.Read("job12.psp"));
+  EXPECT_EQ(m_Scratch.Read("job12.psp"), "somebody else's");
 }
 
 TEST_F(KeepPsFiles, a_file_that_is_gone_already_does_no_harm) {
   std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
-  EXPECT_EQ(0U, prefix->Generate());
+  EXPECT_EQ(prefix->Generate(), 0U);
   std::filesystem::remove(m_Scratch.Path("job12.psp"));
   prefix.reset();
 }
@@ -367,7 +367,7 @@ TEST(VkPrefix, writes_its_sections_in_order) {
     ticket.SetScale(scale);
     ticket.SetCutOnly(cutOnly);
     const std::unique_ptr<PSPrefix> prefix(ticket.GetPrefix());
-    ASSERT_EQ(0U, prefix->Generate());
+    ASSERT_EQ(prefix->Generate(), 0U);
     const std::string text = scratch.Read("job.psp");
     EXPECT_TRUE(text.starts_with(ExitServer + Title("job")));
     EXPECT_EQ(std::string::npos, text.find("never selected"));

@@ -119,12 +119,11 @@ TEST(CutDataSection, keeps_no_alias_of_the_old_operator) {
 }
 
 TEST(PreviewHeader, names_the_resolution_once_for_both_axes) {
-  EXPECT_EQ(
-      L"\n% PS header for TIF preview.\n"
-      L"8 SetBPS    % 8 bits per pixel.\n"
-      L"3Color      % 3Color = RGB\n"
-      L"72 dup SetXYResolution \n",
-      PreviewHeader(72));
+  EXPECT_EQ(PreviewHeader(72),
+            L"\n% PS header for TIF preview.\n"
+            L"8 SetBPS    % 8 bits per pixel.\n"
+            L"3Color      % 3Color = RGB\n"
+            L"72 dup SetXYResolution \n");
 }
 
 }  // namespace

@@ -79,12 +79,12 @@ TEST_F(CpHelper, the_fields_stand_in_order) {
 
 TEST_F(CpHelper, a_fresh_helper_has_no_process_and_this_processs_streams) {
   const CCPHelper helper(L"x");
-  EXPECT_EQ(-1, helper.m_hProcess);
-  EXPECT_EQ(0U, helper.m_ProcessId);
-  EXPECT_EQ(0U, helper.m_CreationFlags);
-  EXPECT_EQ(0, helper.m_hStdInput);
-  EXPECT_EQ(1, helper.m_hStdOutput);
-  EXPECT_EQ(2, helper.m_hStdError);
+  EXPECT_EQ(helper.m_hProcess, -1);
+  EXPECT_EQ(helper.m_ProcessId, 0U);
+  EXPECT_EQ(helper.m_CreationFlags, 0U);
+  EXPECT_EQ(helper.m_hStdInput, 0);
+  EXPECT_EQ(helper.m_hStdOutput, 1);
+  EXPECT_EQ(helper.m_hStdError, 2);
 }
 
 TEST_F(CpHelper, the_command_line_is_appended_with_quotes_and_a_blank_at_its_end) {
@@ -92,12 +92,12 @@ TEST_F(CpHelper, the_command_line_is_appended_with_quotes_and_a_blank_at_its_end
   helper.AddArgument(L"c");
   std::wstring line = L"> ";
   helper.GetCommandLine(line);
-  EXPECT_EQ(L"> \"a b\" \"c\" ", line);
+  EXPECT_EQ(line, L"> \"a b\" \"c\" ");
   helper.AddArgument(L"");
   helper.AddArgument(L"q\"q");
   line.clear();
   helper.GetCommandLine(line);
-  EXPECT_EQ(L"\"a b\" \"c\" \"\" \"q\"q\" ", line);
+  EXPECT_EQ(line, L"\"a b\" \"c\" \"\" \"q\"q\" ");
 }
 
 TEST_F(CpHelper, an_argument_with_blanks_reaches_the_child_as_one) {
@@ -105,15 +105,15 @@ TEST_F(CpHelper, an_argument_with_blanks_reaches_the_child_as_one) {
   for (const wchar_t* const argument : {L"one two", L"", L"-x", L"C:\\dir\\", L"$HOME `x` *",
                                         L"\u00fc\u20ac", L"tab\there", L"line\nhere"})
     helper.AddArgument(argument);
-  EXPECT_EQ("[one two][][-x][C:\\dir\\][$HOME `x` *][\xC3\xBC\xE2\x82\xAC][tab\there][line\nhere]",
-            OutputOf(helper));
+  EXPECT_EQ(OutputOf(helper),
+            "[one two][][-x][C:\\dir\\][$HOME `x` *][\xC3\xBC\xE2\x82\xAC][tab\there][line\nhere]");
 }
 
 TEST_F(CpHelper, an_argument_with_a_double_quote_is_split_by_it) {
   CCPHelper helper(Program("show", TellArguments));
   helper.AddArgument(L"a\" \"b");
   helper.AddArgument(L"c");
-  EXPECT_EQ("[a][b][c]", OutputOf(helper));
+  EXPECT_EQ(OutputOf(helper), "[a][b][c]");
 }
 
 TEST_F(CpHelper, argument_0_is_the_executables_path) {
@@ -129,7 +129,7 @@ TEST_F(CpHelper, the_child_gets_the_environment_of_the_helpers_making) {
   before.emplace("RASTREL_TEST_VARIABLE", "first = value");
   CCPHelper helper(Program("show", "printf %s \"$RASTREL_TEST_VARIABLE\"\n"));
   const EnvironmentGuard after("RASTREL_TEST_VARIABLE", "second");
-  EXPECT_EQ("first = value", OutputOf(helper));
+  EXPECT_EQ(OutputOf(helper), "first = value");
 }
 
 TEST_F(CpHelper, the_child_starts_in_its_executables_directory) {
@@ -143,7 +143,7 @@ TEST_F(CpHelper, the_child_starts_in_its_executables_directory) {
 TEST_F(CpHelper, a_library_path_with_backslashes_and_another_case_is_found) {
   Program("Rip/Show.exe", "echo found\n");
   CCPHelper helper(m_Scratch.Wide() + L"\\rip\\show.exe");
-  EXPECT_EQ("found\n", OutputOf(helper));
+  EXPECT_EQ(OutputOf(helper), "found\n");
 }
 
 TEST_F(CpHelper, the_three_streams_are_given) {
@@ -156,9 +156,9 @@ TEST_F(CpHelper, the_three_streams_are_given) {
   helper.m_hStdOutput = output;
   helper.m_hStdError = error;
   ASSERT_TRUE(helper.Start());
-  EXPECT_EQ(7, WaitFor(helper));
-  EXPECT_EQ("from the input", m_Scratch.Read("output"));
-  EXPECT_EQ("to the error\n", m_Scratch.Read("error"));
+  EXPECT_EQ(WaitFor(helper), 7);
+  EXPECT_EQ(m_Scratch.Read("output"), "from the input");
+  EXPECT_EQ(m_Scratch.Read("error"), "to the error\n");
   for (const int descriptor : {input, output, error}) ::close(descriptor);
 }
 
@@ -170,8 +170,8 @@ TEST_F(CpHelper, without_handles_the_child_has_this_processs_streams) {
     if (null) helper.m_hStdInput = helper.m_hStdOutput = helper.m_hStdError = 0;
     EXPECT_TRUE(helper.Start());
     WaitFor(helper);
-    EXPECT_EQ("err\n", testing::internal::GetCapturedStderr());
-    EXPECT_EQ("out\n", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "err\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "out\n");
   }
 }
 
@@ -193,8 +193,8 @@ TEST_F(CpHelper, a_program_that_is_missing_is_named_with_error_2) {
   EXPECT_FALSE(helper.Start());
   EXPECT_EQ("[Print] Couldn't start '" + m_Scratch.Path() + "\\missing.exe', error: 2\r\n",
             Logged());
-  EXPECT_EQ(-1, helper.m_hProcess);
-  EXPECT_EQ(0U, helper.m_ProcessId);
+  EXPECT_EQ(helper.m_hProcess, -1);
+  EXPECT_EQ(helper.m_ProcessId, 0U);
 }
 
 TEST_F(CpHelper, a_program_that_may_not_be_executed_is_named_with_its_error) {
@@ -210,7 +210,7 @@ TEST_F(CpHelper, a_start_that_failed_may_be_repeated) {
   EXPECT_FALSE(helper.Start());
   EXPECT_FALSE(helper.Start());
   Program("show", TellArguments);
-  EXPECT_EQ("[kept]", OutputOf(helper));
+  EXPECT_EQ(OutputOf(helper), "[kept]");
 }
 
 TEST_F(CpHelper, a_failed_start_leaves_no_descriptor) {
@@ -228,8 +228,8 @@ TEST_F(CpHelper, without_memory_for_the_environment_it_says_so_and_starts_nothin
     helper.emplace(Program("show", "touch started\n"));
   }
   EXPECT_FALSE(helper->Start());
-  EXPECT_EQ("[Print] Low on resources", Logged());
-  EXPECT_EQ(-1, helper->m_hProcess);
+  EXPECT_EQ(Logged(), "[Print] Low on resources");
+  EXPECT_EQ(helper->m_hProcess, -1);
   EXPECT_FALSE(m_Scratch.Has("started"));
 }
 

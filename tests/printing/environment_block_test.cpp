@@ -23,18 +23,18 @@ TEST(Args, has_a_virtual_destructor_and_nothing_else_virtual) {
 
 TEST(Args, a_fresh_block_is_one_null) {
   const Args args;
-  EXPECT_EQ(0U, args.Used());
-  EXPECT_EQ("\0"s, BlockOf(args));
+  EXPECT_EQ(args.Used(), 0U);
+  EXPECT_EQ(BlockOf(args), "\0"s);
 }
 
 TEST(Args, each_text_has_a_null_behind_it_and_the_block_one_more) {
   Args args;
   args.Add("A=1");
-  EXPECT_EQ("A=1\0\0"s, BlockOf(args));
-  EXPECT_EQ(4U, args.Used());
+  EXPECT_EQ(BlockOf(args), "A=1\0\0"s);
+  EXPECT_EQ(args.Used(), 4U);
   args.Add("B=two");
-  EXPECT_EQ("A=1\0B=two\0\0"s, BlockOf(args));
-  EXPECT_EQ(10U, args.Used());
+  EXPECT_EQ(BlockOf(args), "A=1\0B=two\0\0"s);
+  EXPECT_EQ(args.Used(), 10U);
 }
 
 TEST(Args, grows_by_each_texts_length_and_one) {
@@ -49,11 +49,11 @@ TEST(Args, grows_by_each_texts_length_and_one) {
   Args::s_Reallocate = Watched::Reallocate;
   {
     Args args;
-    EXPECT_EQ(1U, asked);
+    EXPECT_EQ(asked, 1U);
     args.Add("abc");
-    EXPECT_EQ(5U, asked);
+    EXPECT_EQ(asked, 5U);
     args.Add("");
-    EXPECT_EQ(6U, asked);
+    EXPECT_EQ(asked, 6U);
   }
   Args::s_Reallocate = old;
 }
@@ -65,17 +65,17 @@ TEST(Args, without_memory_the_block_is_null_and_later_texts_are_dropped) {
     const FailingMemory failing;
     args.Add("B=2");
   }
-  EXPECT_EQ(nullptr, args.Data());
+  EXPECT_EQ(args.Data(), nullptr);
   args.Add("C=3");
-  EXPECT_EQ(nullptr, args.Data());
+  EXPECT_EQ(args.Data(), nullptr);
 }
 
 TEST(Args, without_any_memory_there_is_no_block_at_all) {
   const FailingMemory failing;
   Args args;
-  EXPECT_EQ(nullptr, args.Data());
+  EXPECT_EQ(args.Data(), nullptr);
   args.Add("A=1");
-  EXPECT_EQ(nullptr, args.Data());
+  EXPECT_EQ(args.Data(), nullptr);
 }
 
 }  // namespace

@@ -36,8 +36,8 @@ TEST_F(XmlEncodingTest, utf_8_with_and_without_a_mark) {
        {bytes, "\xEF\xBB\xBF" + bytes, "<?xml version='1.0' encoding='utf-8'?>" + bytes,
         "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?>" + bytes}) {
     const XmlNode root = LoadFile(content);
-    EXPECT_EQ(L"Gr\u00FC\u00DFe \u20AC \u0416 \U0001F600", Text(root));
-    EXPECT_EQ(L"\u00E9", Attribute(root, L"n"));
+    EXPECT_EQ(Text(root), L"Gr\u00FC\u00DFe \u20AC \u0416 \U0001F600");
+    EXPECT_EQ(Attribute(root, L"n"), L"\u00E9");
   }
 }
 
@@ -48,8 +48,8 @@ TEST_F(XmlEncodingTest, utf_16_in_both_orders) {
          {Utf16(Mixed, order), Utf16(declared + Mixed, order),
           Utf16(declared + Mixed, order, false), Utf16(L"<?xml version='1.0'?>" + Mixed, order)}) {
       const XmlNode root = LoadFile(content);
-      EXPECT_EQ(L"Gr\u00FC\u00DFe \u20AC \u0416 \U0001F600", Text(root)) << Reason();
-      EXPECT_EQ(L"\u00E9", Attribute(root, L"n"));
+      EXPECT_EQ(Text(root), L"Gr\u00FC\u00DFe \u20AC \u0416 \U0001F600") << Reason();
+      EXPECT_EQ(Attribute(root, L"n"), L"\u00E9");
     }
 }
 
@@ -92,21 +92,21 @@ TEST_F(XmlEncodingTest, large_documents_of_two_bytes_a_character) {
     const XmlNode root = LoadFile(Utf16(L"<a>" + body + L"</a>", order));
     int count = 0;
     EXPECT_FALSE(NodeChildren(root, count).empty()) << Reason();
-    EXPECT_EQ(60000, count);
-    EXPECT_EQ(120000U, Text(root).size());
+    EXPECT_EQ(count, 60000);
+    EXPECT_EQ(Text(root).size(), 120000U);
   }
 }
 
 TEST_F(XmlEncodingTest, a_declaration_that_does_not_hold_is_refused) {
   const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><a/>";
-  EXPECT_EQ("", ReasonOfFile(latin));
-  EXPECT_NE("", ReasonOfFile("\xEF\xBB\xBF" + latin));
-  EXPECT_NE("", ReasonOfFile("<?xml version='1.0' encoding='UTF-16'?><a/>"));
-  EXPECT_NE("", ReasonOfFile("<?xml version='1.0' encoding='no-such'?><a/>"));
-  EXPECT_NE("", ReasonOfFile("<?xml version='1.0' encoding='-'?><a/>"));
+  EXPECT_EQ(ReasonOfFile(latin), "");
+  EXPECT_NE(ReasonOfFile("\xEF\xBB\xBF" + latin), "");
+  EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='UTF-16'?><a/>"), "");
+  EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='no-such'?><a/>"), "");
+  EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='-'?><a/>"), "");
   for (const Order order : {Order::Little, Order::Big}) {
-    EXPECT_NE("", ReasonOfFile(Utf16(L"<?xml version='1.0' encoding='UTF-8'?><a/>", order)));
-    EXPECT_NE("", ReasonOfFile(Utf16(L"<?xml version='1.0' encoding='ISO-8859-1'?><a/>", order)));
+    EXPECT_NE(ReasonOfFile(Utf16(L"<?xml version='1.0' encoding='UTF-8'?><a/>", order)), "");
+    EXPECT_NE(ReasonOfFile(Utf16(L"<?xml version='1.0' encoding='ISO-8859-1'?><a/>", order)), "");
   }
 }
 
@@ -118,15 +118,16 @@ TEST_F(XmlEncodingTest, other_spellings_of_unicode_encodings_are_refused) {
     EXPECT_TRUE(reason(name).ends_with("\"" + name + "\" is no name of an encoding")) << name;
   // The parser may have been told something of these before.
   for (const std::string name : {"UTF-16-", "UTF_16", "u-tf-16le"})
-    EXPECT_NE("", reason(name)) << name;
+    EXPECT_NE(reason(name), "") << name;
   for (const std::string name : {"UTF-8", "utf-8", "UTF8", "Utf-8"})
-    EXPECT_EQ("", reason(name)) << name;
+    EXPECT_EQ(reason(name), "") << name;
 }
 
 TEST_F(XmlEncodingTest, a_text_in_memory_is_what_it_is_whatever_it_declares) {
   for (const wchar_t* const name : {L"UTF-8", L"UTF-16", L"ISO-8859-1", L"windows-1252"})
-    EXPECT_EQ(L"\u00E9\u20AC", Text(Load(L"<?xml version='1.0' encoding='" + std::wstring(name) +
-                                         L"'?><a>\u00E9\u20AC</a>")));
+    EXPECT_EQ(Text(Load(L"<?xml version='1.0' encoding='" + std::wstring(name) +
+                        L"'?><a>\u00E9\u20AC</a>")),
+              L"\u00E9\u20AC");
 }
 
 TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_stand) {
@@ -135,22 +136,22 @@ TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_s
   for (const std::string& bytes : wrong)
     for (const std::size_t padding : {std::size_t{0}, std::size_t{65530}, std::size_t{100000}}) {
       const std::string blanks(padding, ' ');
-      EXPECT_NE("", ReasonOfFile("<a>" + blanks + bytes + "</a>"));
-      EXPECT_NE("", ReasonOfFile("<a n='" + bytes + "'>" + blanks + "</a>"));
-      EXPECT_NE("", ReasonOfFile("<a><!--" + blanks + bytes + "--></a>"));
-      EXPECT_NE("", ReasonOfFile("<a><![CDATA[" + blanks + bytes + "]]></a>"));
-      EXPECT_NE("", ReasonOfFile("<a><?x " + blanks + bytes + "?></a>"));
-      EXPECT_NE("", ReasonOfFile("<a>" + blanks + "</a><!--" + bytes + "-->"));
-      EXPECT_NE("", ReasonOfFile("<a>" + blanks + "<b" + bytes + "/></a>"));
+      EXPECT_NE(ReasonOfFile("<a>" + blanks + bytes + "</a>"), "");
+      EXPECT_NE(ReasonOfFile("<a n='" + bytes + "'>" + blanks + "</a>"), "");
+      EXPECT_NE(ReasonOfFile("<a><!--" + blanks + bytes + "--></a>"), "");
+      EXPECT_NE(ReasonOfFile("<a><![CDATA[" + blanks + bytes + "]]></a>"), "");
+      EXPECT_NE(ReasonOfFile("<a><?x " + blanks + bytes + "?></a>"), "");
+      EXPECT_NE(ReasonOfFile("<a>" + blanks + "</a><!--" + bytes + "-->"), "");
+      EXPECT_NE(ReasonOfFile("<a>" + blanks + "<b" + bytes + "/></a>"), "");
     }
   for (const Order order : {Order::Little, Order::Big}) {
-    EXPECT_NE("", ReasonOfFile(Utf16(std::wstring(L"<a>") + wchar_t(0xD800) + L"</a>", order)));
-    EXPECT_NE("", ReasonOfFile(Utf16(std::wstring(L"<a>") + wchar_t(0xDC00) + L"</a>", order)));
-    EXPECT_NE("", ReasonOfFile(Utf16(L"<a/>", order) + "\n"));
-    EXPECT_NE("", ReasonOfFile(Utf16(L"<a/>\n", order) + "x"));
+    EXPECT_NE(ReasonOfFile(Utf16(std::wstring(L"<a>") + wchar_t(0xD800) + L"</a>", order)), "");
+    EXPECT_NE(ReasonOfFile(Utf16(std::wstring(L"<a>") + wchar_t(0xDC00) + L"</a>", order)), "");
+    EXPECT_NE(ReasonOfFile(Utf16(L"<a/>", order) + "\n"), "");
+    EXPECT_NE(ReasonOfFile(Utf16(L"<a/>\n", order) + "x"), "");
   }
-  EXPECT_NE("", ReasonOfFile("<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>"));
-  EXPECT_NE("", ReasonOfFile("<?xml version='1.0' encoding='US-ASCII'?><a>\xE9</a>"));
+  EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>"), "");
+  EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='US-ASCII'?><a>\xE9</a>"), "");
 }
 
 // Enters everything and counts what it hears.

@@ -394,9 +394,9 @@ TEST_F(XmlExpat, documents_that_try_each_rule_are_what_another_parser_finds) {
 TEST_F(XmlExpat, a_declaration_of_the_prefix_xml_itself_is_taken_and_not_told) {
   const std::string name = Add("<a xmlns:xml='http://www.w3.org/XML/1998/namespace' n='1'/>");
   Ask();
-  EXPECT_EQ("(a xml=[http://www.w3.org/XML/1998/namespace] n=[1]||)",
-            m_Folder.Read(name + ".dump"));
-  EXPECT_EQ("(a n=[1]||)", DumpOf(LoadXmlFile(m_Folder.Wide(name))));
+  EXPECT_EQ(m_Folder.Read(name + ".dump"),
+            "(a xml=[http://www.w3.org/XML/1998/namespace] n=[1]||)");
+  EXPECT_EQ(DumpOf(LoadXmlFile(m_Folder.Wide(name))), "(a n=[1]||)");
 }
 
 // Names are those of the fifth edition of XML 1.0, and expat knows those of the fourth.
@@ -404,7 +404,7 @@ TEST_F(XmlExpat, names_that_the_fifth_edition_let_in_are_taken) {
   const std::string name = Add("<\xE2\x82\xAC/>");
   Ask();
   EXPECT_TRUE(m_Folder.Read(name + ".dump").starts_with(Refused));
-  EXPECT_EQ("(\xE2\x82\xAC||)", DumpOf(LoadXmlFile(m_Folder.Wide(name))));
+  EXPECT_EQ(DumpOf(LoadXmlFile(m_Folder.Wide(name))), "(\xE2\x82\xAC||)");
 }
 
 TEST_F(XmlExpat, documents_in_other_encodings_are_what_another_parser_finds) {
@@ -467,7 +467,7 @@ TEST_F(XmlExpat, every_part_that_is_saved_is_what_another_parser_finds_in_the_do
   ASSERT_GT(m_Saved.size(), 1000U);
   Ask();
   for (const std::string& name : m_Saved)
-    EXPECT_EQ("same", m_Folder.Read(name + ".same")) << m_Folder.Read(name);
+    EXPECT_EQ(m_Folder.Read(name + ".same"), "same") << m_Folder.Read(name);
 }
 
 }  // namespace

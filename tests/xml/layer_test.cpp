@@ -25,10 +25,10 @@ TEST_F(XmlLayer, an_empty_element_leaves_what_was_there) {
     EXPECT_FALSE(NodeFloat(node, narrow));
     EXPECT_FALSE(NodeInt(node, whole));
   }
-  EXPECT_EQ(L"kept", text);
-  EXPECT_EQ(2.5, number);
-  EXPECT_EQ(1.5F, narrow);
-  EXPECT_EQ(7, whole);
+  EXPECT_EQ(text, L"kept");
+  EXPECT_EQ(number, 2.5);
+  EXPECT_EQ(narrow, 1.5F);
+  EXPECT_EQ(whole, 7);
 }
 
 TEST_F(XmlLayer, a_text_that_is_no_number_is_0_and_not_what_was_there) {
@@ -39,15 +39,15 @@ TEST_F(XmlLayer, a_text_that_is_no_number_is_0_and_not_what_was_there) {
   EXPECT_TRUE(NodeDouble(root, number));
   EXPECT_TRUE(NodeFloat(root, narrow));
   EXPECT_TRUE(NodeInt(root, whole));
-  EXPECT_EQ(0.0, number);
-  EXPECT_EQ(0.0F, narrow);
-  EXPECT_EQ(0, whole);
+  EXPECT_EQ(number, 0.0);
+  EXPECT_EQ(narrow, 0.0F);
+  EXPECT_EQ(whole, 0);
   number = 2.5;
   whole = 7;
   EXPECT_TRUE(AttributeDouble(root, L"n", number));
   EXPECT_TRUE(AttributeInt(root, L"n", whole));
-  EXPECT_EQ(0.0, number);
-  EXPECT_EQ(0, whole);
+  EXPECT_EQ(number, 0.0);
+  EXPECT_EQ(whole, 0);
 }
 
 TEST_F(XmlLayer, numbers_are_what_the_text_begins_with) {
@@ -56,13 +56,13 @@ TEST_F(XmlLayer, numbers_are_what_the_text_begins_with) {
   float narrow = 0;
   std::int32_t whole = 0;
   EXPECT_TRUE(NodeFloat(root, narrow));
-  EXPECT_EQ(0.1F, narrow);
+  EXPECT_EQ(narrow, 0.1F);
   EXPECT_TRUE(NodeDouble(root, number));
-  EXPECT_EQ(0.1, number);
+  EXPECT_EQ(number, 0.1);
   EXPECT_TRUE(AttributeInt(root, L"w", whole));
-  EXPECT_EQ(12, whole);
+  EXPECT_EQ(whole, 12);
   EXPECT_TRUE(AttributeDouble(root, L"h", number));
-  EXPECT_EQ(-35.0, number);
+  EXPECT_EQ(number, -35.0);
 }
 
 TEST_F(XmlLayer, a_prefix_is_no_part_of_an_elements_name) {
@@ -71,15 +71,15 @@ TEST_F(XmlLayer, a_prefix_is_no_part_of_an_elements_name) {
   EXPECT_TRUE(NodeNameIs(root, L"svg"));
   EXPECT_FALSE(NodeNameIs(root, L"svg:svg"));
   EXPECT_TRUE(NodeBaseName(root, name));
-  EXPECT_EQ(L"svg", name);
+  EXPECT_EQ(name, L"svg");
 }
 
 TEST_F(XmlLayer, an_element_of_another_case_counts_as_absent) {
   const XmlNode root = Load(L"<a><Plate/><PLATE n='1'/><plate/></a>");
-  ASSERT_EQ(1U, ChildrenNamed(root, L"PLATE").size());
+  ASSERT_EQ(ChildrenNamed(root, L"PLATE").size(), 1U);
   std::int32_t number = 0;
   EXPECT_TRUE(AttributeInt(FirstChildNamed(root, L"PLATE"), L"n", number));
-  EXPECT_EQ(1, number);
+  EXPECT_EQ(number, 1);
   EXPECT_FALSE(static_cast<bool>(FirstChildNamed(root, L"pLATE")));
 }
 
@@ -102,56 +102,56 @@ TEST_F(XmlLayer, a_name_is_no_other_that_it_begins) {
   EXPECT_FALSE(NodeNameIs(root, L"nam"));
   EXPECT_FALSE(NodeNameIs(root, L"names"));
   EXPECT_FALSE(NodeNameIs(root, L""));
-  EXPECT_EQ(L"2", Attribute(root, L"xx"));
-  EXPECT_EQ(L"(none)", Attribute(root, L"xxx"));
+  EXPECT_EQ(Attribute(root, L"xx"), L"2");
+  EXPECT_EQ(Attribute(root, L"xxx"), L"(none)");
 }
 
 TEST_F(XmlLayer, comments_instructions_and_texts_are_children_without_a_name) {
   const XmlNode root = Load(L"<a>one<!--two--><?three now?><b/><![CDATA[four]]></a>");
   int count = 0;
   const std::vector<XmlNode> children = NodeChildren(root, count);
-  ASSERT_EQ(5, count);
-  ASSERT_EQ(5U, children.size());
-  EXPECT_EQ(L"one", Text(children[0]));
-  EXPECT_EQ(L"two", Text(children[1]));
-  EXPECT_EQ(L"now", Text(children[2]));
+  ASSERT_EQ(count, 5);
+  ASSERT_EQ(children.size(), 5U);
+  EXPECT_EQ(Text(children[0]), L"one");
+  EXPECT_EQ(Text(children[1]), L"two");
+  EXPECT_EQ(Text(children[2]), L"now");
   EXPECT_TRUE(NodeNameIs(children[3], L"b"));
-  EXPECT_EQ(L"four", Text(children[4]));
+  EXPECT_EQ(Text(children[4]), L"four");
   for (const std::size_t index : {0U, 1U, 2U, 4U}) {
     std::wstring name = L"there";
     EXPECT_FALSE(NodeBaseName(children[index], name));
-    EXPECT_EQ(L"", name);
+    EXPECT_EQ(name, L"");
     EXPECT_FALSE(NodeNameIs(children[index], L"three"));
     EXPECT_FALSE(NodeNameIs(children[index], L""));
     EXPECT_TRUE(AttributeList(children[index]).empty());
     EXPECT_TRUE(NodeChildren(children[index], count).empty());
-    EXPECT_EQ(0, count);
+    EXPECT_EQ(count, 0);
   }
 }
 
 TEST_F(XmlLayer, children_keep_their_order_and_their_names_apart) {
   const XmlNode root = Load(L"<a><n>1</n><m>2</m><x:n xmlns:x='u'>3</x:n><b><n>4</n></b></a>");
   const std::vector<XmlNode> named = ChildrenNamed(root, L"n");
-  ASSERT_EQ(2U, named.size());
-  EXPECT_EQ(L"1", Text(named[0]));
-  EXPECT_EQ(L"3", Text(named[1]));
-  EXPECT_EQ(L"1", Text(FirstChildNamed(root, L"n")));
+  ASSERT_EQ(named.size(), 2U);
+  EXPECT_EQ(Text(named[0]), L"1");
+  EXPECT_EQ(Text(named[1]), L"3");
+  EXPECT_EQ(Text(FirstChildNamed(root, L"n")), L"1");
   EXPECT_TRUE(ChildrenNamed(root, L"none").empty());
 }
 
 TEST_F(XmlLayer, attributes_are_asked_for_by_the_name_as_written) {
   const XmlNode root = Load(L"<a x:id='7' id='8' empty='' xmlns:x='u'/>");
-  EXPECT_EQ(L"7", Attribute(root, L"x:id"));
-  EXPECT_EQ(L"8", Attribute(root, L"id"));
-  EXPECT_EQ(L"(none)", Attribute(root, L"ID"));
-  EXPECT_EQ(L"(none)", Attribute(root, L"empty"));
-  EXPECT_EQ(L"u", Attribute(root, L"xmlns:x"));
+  EXPECT_EQ(Attribute(root, L"x:id"), L"7");
+  EXPECT_EQ(Attribute(root, L"id"), L"8");
+  EXPECT_EQ(Attribute(root, L"ID"), L"(none)");
+  EXPECT_EQ(Attribute(root, L"empty"), L"(none)");
+  EXPECT_EQ(Attribute(root, L"xmlns:x"), L"u");
   double number = 2.5;
   std::int32_t whole = 7;
   EXPECT_FALSE(AttributeDouble(root, L"empty", number));
   EXPECT_FALSE(AttributeInt(root, L"absent", whole));
-  EXPECT_EQ(2.5, number);
-  EXPECT_EQ(7, whole);
+  EXPECT_EQ(number, 2.5);
+  EXPECT_EQ(whole, 7);
 }
 
 TEST_F(XmlLayer, a_list_of_attributes_has_local_names_and_no_empty_ones) {
@@ -163,7 +163,7 @@ TEST_F(XmlLayer, a_list_of_attributes_has_local_names_and_no_empty_ones) {
 
 TEST_F(XmlLayer, an_attribute_keeps_the_blanks_at_its_ends) {
   // A line end in an attribute is a blank, by XML's own rules.
-  EXPECT_EQ(L" two  words ", Attribute(Load(L"<a n=' two\n\twords '/>"), L"n"));
+  EXPECT_EQ(Attribute(Load(L"<a n=' two\n\twords '/>"), L"n"), L" two  words ");
 }
 
 TEST_F(XmlLayer, no_node_is_a_node_without_anything) {
@@ -172,13 +172,13 @@ TEST_F(XmlLayer, no_node_is_a_node_without_anything) {
   std::wstring name;
   EXPECT_FALSE(static_cast<bool>(none));
   EXPECT_TRUE(NodeChildren(none, count).empty());
-  EXPECT_EQ(0, count);
+  EXPECT_EQ(count, 0);
   EXPECT_TRUE(ChildrenNamed(none, L"a").empty());
   EXPECT_FALSE(static_cast<bool>(FirstChildNamed(none, L"a")));
   EXPECT_FALSE(NodeNameIs(none, L""));
   EXPECT_FALSE(NodeBaseName(none, name));
-  EXPECT_EQ(L"(none)", Text(none));
-  EXPECT_EQ(L"(none)", Attribute(none, L"a"));
+  EXPECT_EQ(Text(none), L"(none)");
+  EXPECT_EQ(Attribute(none, L"a"), L"(none)");
   EXPECT_TRUE(AttributeList(none).empty());
 }
 
@@ -192,9 +192,9 @@ TEST_F(XmlLayer, a_node_keeps_its_document_alive) {
     XmlNode& itself = deep;
     deep = itself;
   }
-  EXPECT_EQ(L"deep", Text(deep));
+  EXPECT_EQ(Text(deep), L"deep");
   const XmlNode moved = std::move(deep);
-  EXPECT_EQ(L"deep", Text(moved));
+  EXPECT_EQ(Text(moved), L"deep");
 }
 
 TEST_F(XmlLayer, several_threads_read_one_document) {
@@ -203,7 +203,7 @@ TEST_F(XmlLayer, several_threads_read_one_document) {
   for (int reader = 0; reader < 4; ++reader)
     readers.emplace_back([root] {
       for (int round = 0; round < 2000; ++round)
-        ASSERT_EQ(L"text", Text(FirstChildNamed(root, L"b")));
+        ASSERT_EQ(Text(FirstChildNamed(root, L"b")), L"text");
     });
   for (std::thread& reader : readers) reader.join();
 }
@@ -216,7 +216,7 @@ TEST_F(XmlLayer, a_text_goes_where_there_is_room_already) {
   EXPECT_EQ(place, text.data());
   ASSERT_TRUE(AttributeString(root, L"n", text));
   EXPECT_EQ(place, text.data());
-  EXPECT_EQ(L"short", text);
+  EXPECT_EQ(text, L"short");
 }
 
 }  // namespace

@@ -65,8 +65,8 @@ class XmlPlain : public testing::Test {
     return {};
   }
   void ExpectNotPlain(std::string_view bytes) {
-    EXPECT_EQ("not plain", Scan(bytes)) << bytes;
-    EXPECT_EQ("", m_Taker.taken) << bytes;
+    EXPECT_EQ(Scan(bytes), "not plain") << bytes;
+    EXPECT_EQ(m_Taker.taken, "") << bytes;
   }
 
   Taker m_Taker;
@@ -79,25 +79,25 @@ class XmlPlain : public testing::Test {
 };
 
 TEST_F(XmlPlain, a_row_of_cells_is_taken_with_its_attributes_and_texts) {
-  EXPECT_EQ("<row@1 r=1 spans=1:2><c@1 r=A1 t=s><v@1>[17]//<c@1 r=B1>// then <row/>",
-            Scan("<row r=\"1\" spans='1:2'><c r=\"A1\" t=\"s\"><v>17</v></c><c r=\"B1\"/></row>"
-                 "<row/>"));
+  EXPECT_EQ(Scan("<row r=\"1\" spans='1:2'><c r=\"A1\" t=\"s\"><v>17</v></c><c r=\"B1\"/></row>"
+                 "<row/>"),
+            "<row@1 r=1 spans=1:2><c@1 r=A1 t=s><v@1>[17]//<c@1 r=B1>// then <row/>");
 }
 
 TEST_F(XmlPlain, blanks_in_front_and_in_tags_are_passed) {
-  EXPECT_EQ("<a@2 b=c>/ then  ", Scan(" \n\t<a  b='c' ></a > "));
-  EXPECT_EQ("<a@1>/", Scan("<a />"));
+  EXPECT_EQ(Scan(" \n\t<a  b='c' ></a > "), "<a@2 b=c>/ then  ");
+  EXPECT_EQ(Scan("<a />"), "<a@1>/");
 }
 
 TEST_F(XmlPlain, lines_are_counted_where_start_tags_end) {
-  EXPECT_EQ("<a@3 b=1><c@5>/[x\n]/", Scan("\n<a\n b='1'>\n<c\n/>x\n</a>"));
-  EXPECT_EQ(6U, m_Line);
+  EXPECT_EQ(Scan("\n<a\n b='1'>\n<c\n/>x\n</a>"), "<a@3 b=1><c@5>/[x\n]/");
+  EXPECT_EQ(m_Line, 6U);
 }
 
 TEST_F(XmlPlain, texts_of_blanks_alone_stand_in_nodes_only_where_they_are_kept) {
-  EXPECT_EQ("<a@1><b@2>/[ x ]/", Scan("<a> \n<b/> x </a>"));
+  EXPECT_EQ(Scan("<a> \n<b/> x </a>"), "<a@1><b@2>/[ x ]/");
   m_Taker.keepsWhitespace = true;
-  EXPECT_EQ("<a@1>blank[ \n]<b@2>/[ x ]/", Scan("<a> \n<b/> x </a>"));
+  EXPECT_EQ(Scan("<a> \n<b/> x </a>"), "<a@1>blank[ \n]<b@2>/[ x ]/");
 }
 
 TEST_F(XmlPlain, a_cut_element_is_incomplete_at_every_byte) {
@@ -107,10 +107,10 @@ TEST_F(XmlPlain, a_cut_element_is_incomplete_at_every_byte) {
   for (std::size_t size = 0; size < element.size(); ++size) {
     // Half a character can't be told from none, and the parser looks at it.
     const std::string answer = Scan(element.substr(0, size));
-    EXPECT_EQ("incomplete", answer) << size;
+    EXPECT_EQ(answer, "incomplete") << size;
   }
-  EXPECT_NE("", m_Taker.chosen);
-  EXPECT_EQ(0U, Scan(element).find("<row@1 r=1 n=\xC3\xA9>")) << Scan(element);
+  EXPECT_NE(m_Taker.chosen, "");
+  EXPECT_EQ(Scan(element).find("<row@1 r=1 n=\xC3\xA9>"), 0U) << Scan(element);
 }
 
 TEST_F(XmlPlain, references_are_left_to_the_parser) {
@@ -175,14 +175,14 @@ TEST_F(XmlPlain, whatever_is_not_well_formed_is_left_to_the_parser) {
 }
 
 TEST_F(XmlPlain, characters_beyond_ascii_are_taken_in_texts_and_values_and_left_in_names) {
-  EXPECT_EQ("<a@1 b=\xC3\xA9>[\xF0\x9F\x98\x80\xC2\x85\x7F]/",
-            Scan("<a b='\xC3\xA9'>\xF0\x9F\x98\x80\xC2\x85\x7F</a>"));
+  EXPECT_EQ(Scan("<a b='\xC3\xA9'>\xF0\x9F\x98\x80\xC2\x85\x7F</a>"),
+            "<a@1 b=\xC3\xA9>[\xF0\x9F\x98\x80\xC2\x85\x7F]/");
   ExpectNotPlain("<\xC3\xA9/>");
   ExpectNotPlain("<a \xC3\xA9='1'/>");
 }
 
 TEST_F(XmlPlain, brackets_that_end_no_section_are_text) {
-  EXPECT_EQ("<a@1>[x]]y > z]]/", Scan("<a>x]]y > z]</a>"));
+  EXPECT_EQ(Scan("<a>x]]y > z]</a>"), "<a@1>[x]]y > z]]/");
 }
 
 TEST_F(XmlPlain, prefixes_are_taken_only_where_they_are_declared) {
@@ -190,7 +190,7 @@ TEST_F(XmlPlain, prefixes_are_taken_only_where_they_are_declared) {
   ExpectNotPlain("<a p:b='1'/>");
   const char u[] = "u";
   m_Scope = {{nullptr, u}, {"p", u}};
-  EXPECT_EQ("<p:a@1 p:b=1>/", Scan("<p:a p:b='1'/>"));
+  EXPECT_EQ(Scan("<p:a p:b='1'/>"), "<p:a@1 p:b=1>/");
   for (const char* const element : {"<q:a/>", "<p:a:b/>", "<:a/>", "<p:/>", "<p:1/>", "<xml:a/>",
                                     "<xmlns:a/>", "<a q:b='1'/>", "<a b:='1'/>"})
     ExpectNotPlain(element);
@@ -202,8 +202,8 @@ TEST_F(XmlPlain, declarations_are_left_to_the_parser) {
 }
 
 TEST_F(XmlPlain, of_the_attributes_of_xml_the_usual_one_is_taken) {
-  EXPECT_EQ("<t@1 xml:space=preserve>[ x]/", Scan("<t xml:space=\"preserve\"> x</t>"));
-  EXPECT_EQ("<t@1 xml:space=default>/", Scan("<t xml:space='default'/>"));
+  EXPECT_EQ(Scan("<t xml:space=\"preserve\"> x</t>"), "<t@1 xml:space=preserve>[ x]/");
+  EXPECT_EQ(Scan("<t xml:space='default'/>"), "<t@1 xml:space=default>/");
   for (const char* const element :
        {"<t xml:space='no'/>", "<t xml:lang='de'/>", "<t xml:id='x'/>", "<xml:space/>"})
     ExpectNotPlain(element);
@@ -213,10 +213,10 @@ TEST_F(XmlPlain, prefixes_of_one_namespace_leave_equal_parts_to_the_parser) {
   const char u[] = "u";
   const char v[] = "v";
   m_Scope = {{"p", u}, {"q", v}};
-  EXPECT_EQ("<a@1 p:b=1 q:b=2 b=3>/", Scan("<a p:b='1' q:b='2' b='3'/>"));
+  EXPECT_EQ(Scan("<a p:b='1' q:b='2' b='3'/>"), "<a@1 p:b=1 q:b=2 b=3>/");
   m_Scope = {{"p", u}, {"q", u}};
   ExpectNotPlain("<a p:b='1' q:b='2'/>");
-  EXPECT_EQ("<a@1 p:b=1 q:c=2 b=3>/", Scan("<a p:b='1' q:c='2' b='3'/>"));
+  EXPECT_EQ(Scan("<a p:b='1' q:c='2' b='3'/>"), "<a@1 p:b=1 q:c=2 b=3>/");
 }
 
 TEST_F(XmlPlain, another_scope_counts_from_the_next_element_on) {
@@ -224,11 +224,11 @@ TEST_F(XmlPlain, another_scope_counts_from_the_next_element_on) {
   XmlPlainScanner scanner(m_Names, m_Taker);
   const std::vector<XmlBinding> scope = {{"p", u}};
   scanner.SetScope(scope);
-  EXPECT_EQ(XmlScan::Taken, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(scanner.Scan("<p:a/>", 1, 1), XmlScan::Taken);
   scanner.SetScope({});
-  EXPECT_EQ(XmlScan::NotPlain, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(scanner.Scan("<p:a/>", 1, 1), XmlScan::NotPlain);
   scanner.SetScope(scope);
-  EXPECT_EQ(XmlScan::Taken, scanner.Scan("<p:a/>", 1, 1));
+  EXPECT_EQ(scanner.Scan("<p:a/>", 1, 1), XmlScan::Taken);
 }
 
 TEST_F(XmlPlain, elements_are_taken_to_the_depth_that_documents_have) {
@@ -238,9 +238,9 @@ TEST_F(XmlPlain, elements_are_taken_to_the_depth_that_documents_have) {
     for (int level = 0; level < count; ++level) text += "</a>";
     return text;
   };
-  EXPECT_EQ(0U, Scan(nested(limits::Depth - 3), 2).find("<a"));
-  EXPECT_EQ(0U, Scan(nested(limits::Depth - 2), 2).find("<a"));
-  EXPECT_EQ("not plain", Scan(nested(limits::Depth - 1), 2));
+  EXPECT_EQ(Scan(nested(limits::Depth - 3), 2).find("<a"), 0U);
+  EXPECT_EQ(Scan(nested(limits::Depth - 2), 2).find("<a"), 0U);
+  EXPECT_EQ(Scan(nested(limits::Depth - 1), 2), "not plain");
 }
 
 TEST_F(XmlPlain, an_element_of_more_than_32_attributes_is_left_to_the_parser) {
@@ -249,38 +249,38 @@ TEST_F(XmlPlain, an_element_of_more_than_32_attributes_is_left_to_the_parser) {
     for (int index = 0; index < count; ++index) text += " n" + std::to_string(index) + "=''";
     return text + "/>";
   };
-  EXPECT_EQ(0U, Scan(element(31)).find("<a"));
-  EXPECT_EQ(0U, Scan(element(32)).find("<a"));
-  EXPECT_EQ("not plain", Scan(element(33)));
+  EXPECT_EQ(Scan(element(31)).find("<a"), 0U);
+  EXPECT_EQ(Scan(element(32)).find("<a"), 0U);
+  EXPECT_EQ(Scan(element(33)), "not plain");
 }
 
 TEST_F(XmlPlain, a_skipped_element_is_read_as_strictly_and_has_nothing_in_it) {
   m_Taker.choice = StreamChoice::Skip;
-  EXPECT_EQ("<a@1 b=1>/ then x", Scan("<a b='1'><c>y</c>z</a>x"));
+  EXPECT_EQ(Scan("<a b='1'><c>y</c>z</a>x"), "<a@1 b=1>/ then x");
   ExpectNotPlain("<a><c></a></c>");
-  EXPECT_EQ("incomplete", Scan("<a><c>"));
+  EXPECT_EQ(Scan("<a><c>"), "incomplete");
 }
 
 TEST_F(XmlPlain, an_entered_element_is_left_behind_its_start) {
   m_Taker.choice = StreamChoice::Enter;
-  EXPECT_EQ("entered, then <c/></a>", Scan(" <a b='1'><c/></a>"));
-  EXPECT_EQ("entered, then x", Scan("<a/>x"));
+  EXPECT_EQ(Scan(" <a b='1'><c/></a>"), "entered, then <c/></a>");
+  EXPECT_EQ(Scan("<a/>x"), "entered, then x");
 }
 
 TEST_F(XmlPlain, a_refused_element_is_left_before_the_bracket_of_its_start) {
   m_Taker.choice = std::nullopt;
-  EXPECT_EQ("refused before ><c/></a>", Scan("<a b='1'><c/></a>"));
-  EXPECT_EQ("refused before />x", Scan("\n<a b='1' />x"));
-  EXPECT_EQ(2U, m_Line);
+  EXPECT_EQ(Scan("<a b='1'><c/></a>"), "refused before ><c/></a>");
+  EXPECT_EQ(Scan("\n<a b='1' />x"), "refused before />x");
+  EXPECT_EQ(m_Line, 2U);
 }
 
 TEST_F(XmlPlain, the_name_of_what_is_not_plain_is_told_as_far_as_it_is_known) {
   ExpectNotPlain("<row><c>&amp;</c></row>");
-  EXPECT_EQ("row", m_Name);
+  EXPECT_EQ(m_Name, "row");
   ExpectNotPlain("<row a='&amp;'/>");
-  EXPECT_EQ("row", m_Name);
+  EXPECT_EQ(m_Name, "row");
   ExpectNotPlain("<p:row/>");
-  EXPECT_EQ("", m_Name);
+  EXPECT_EQ(m_Name, "");
 }
 
 }  // namespace

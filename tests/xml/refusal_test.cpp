@@ -104,43 +104,43 @@ TEST_F(XmlRefusal, what_is_not_well_formed_is_no_document) {
                                     L"<![CDATA[x]]>",
                                     L"<a/>&amp;",
                                     L"<a/>&#32;"})
-    EXPECT_NE("", ReasonOf(text)) << rastrel::os::Utf8FromWide(text);
+    EXPECT_NE(ReasonOf(text), "") << rastrel::os::Utf8FromWide(text);
 }
 
 TEST_F(XmlRefusal, an_attribute_stands_once) {
-  EXPECT_NE("", ReasonOf(L"<a n='1' n='2'/>"));
-  EXPECT_NE("", ReasonOf(L"<a xmlns:p='u' xmlns:q='u' p:n='1' q:n='2'/>"));
-  EXPECT_NE("", ReasonOf(L"<a xmlns:p='u' xmlns:p='v'/>"));
-  EXPECT_EQ("", ReasonOf(L"<a xmlns:p='u' xmlns:q='v' p:n='1' q:n='2' n='3'/>"));
+  EXPECT_NE(ReasonOf(L"<a n='1' n='2'/>"), "");
+  EXPECT_NE(ReasonOf(L"<a xmlns:p='u' xmlns:q='u' p:n='1' q:n='2'/>"), "");
+  EXPECT_NE(ReasonOf(L"<a xmlns:p='u' xmlns:p='v'/>"), "");
+  EXPECT_EQ(ReasonOf(L"<a xmlns:p='u' xmlns:q='v' p:n='1' q:n='2' n='3'/>"), "");
 }
 
 TEST_F(XmlRefusal, an_entity_that_is_not_declared_is_none) {
-  EXPECT_NE("", ReasonOf(L"<a>&nbsp;</a>"));
-  EXPECT_NE("", ReasonOf(L"<a n='&nbsp;'/>"));
-  EXPECT_NE("", ReasonOf(L"<?xml version='1.0' standalone='no'?><a>&other;</a>"));
+  EXPECT_NE(ReasonOf(L"<a>&nbsp;</a>"), "");
+  EXPECT_NE(ReasonOf(L"<a n='&nbsp;'/>"), "");
+  EXPECT_NE(ReasonOf(L"<?xml version='1.0' standalone='no'?><a>&other;</a>"), "");
 }
 
 // The platform's parser refuses these as well.
 TEST_F(XmlRefusal, a_prefix_has_to_be_declared_where_it_stands) {
-  EXPECT_NE("", ReasonOf(L"<p:a/>"));
-  EXPECT_NE("", ReasonOf(L"<a p:n='1'/>"));
-  EXPECT_NE("", ReasonOf(L"<a><b xmlns:p='u'/><p:c/></a>"));
-  EXPECT_NE("", ReasonOf(L"<a xmlns:p=''/>"));
-  EXPECT_NE("", ReasonOf(L"<a xmlns:xml='u'/>"));
-  EXPECT_NE("", ReasonOf(L"<a:b:c xmlns:a='u'/>"));
-  EXPECT_EQ("", ReasonOf(L"<a xml:lang='en' xml:space='preserve'/>"));
-  EXPECT_EQ("", ReasonOf(L"<a xmlns='u'><b xmlns=''/></a>"));
+  EXPECT_NE(ReasonOf(L"<p:a/>"), "");
+  EXPECT_NE(ReasonOf(L"<a p:n='1'/>"), "");
+  EXPECT_NE(ReasonOf(L"<a><b xmlns:p='u'/><p:c/></a>"), "");
+  EXPECT_NE(ReasonOf(L"<a xmlns:p=''/>"), "");
+  EXPECT_NE(ReasonOf(L"<a xmlns:xml='u'/>"), "");
+  EXPECT_NE(ReasonOf(L"<a:b:c xmlns:a='u'/>"), "");
+  EXPECT_EQ(ReasonOf(L"<a xml:lang='en' xml:space='preserve'/>"), "");
+  EXPECT_EQ(ReasonOf(L"<a xmlns='u'><b xmlns=''/></a>"), "");
 }
 
 TEST_F(XmlRefusal, any_text_names_a_namespace) {
   for (const wchar_t* const name :
        {L"relative/path", L"two words", L"[x]", L"%", L"u&gt;", L"\u00E9"}) {
     const std::wstring text = name;
-    EXPECT_EQ("", ReasonOf(L"<p:a xmlns:p='" + text + L"'><p:b/></p:a>"));
-    EXPECT_EQ("", ReasonOf(L"<a xmlns='" + text + L"'><b/></a>"));
+    EXPECT_EQ(ReasonOf(L"<p:a xmlns:p='" + text + L"'><p:b/></p:a>"), "");
+    EXPECT_EQ(ReasonOf(L"<a xmlns='" + text + L"'><b/></a>"), "");
     // ... and excuses nothing else.
-    EXPECT_NE("", ReasonOf(L"<p:a xmlns:p='" + text + L"'><q:b/></p:a>"));
-    EXPECT_NE("", ReasonOf(L"<q:a xmlns:p='" + text + L"'/>"));
+    EXPECT_NE(ReasonOf(L"<p:a xmlns:p='" + text + L"'><q:b/></p:a>"), "");
+    EXPECT_NE(ReasonOf(L"<q:a xmlns:p='" + text + L"'/>"), "");
   }
 }
 
@@ -152,19 +152,19 @@ TEST_F(XmlRefusal, a_document_type_is_not_accepted_whatever_it_holds) {
     const std::string reason = ReasonOf(text);
     EXPECT_TRUE(reason.ends_with("a document type is not accepted")) << reason;
   }
-  EXPECT_NE("", ReasonOf(L"<a><!DOCTYPE a></a>"));
-  EXPECT_NE("", ReasonOf(L"<!doctype a><a/>"));
+  EXPECT_NE(ReasonOf(L"<a><!DOCTYPE a></a>"), "");
+  EXPECT_NE(ReasonOf(L"<!doctype a><a/>"), "");
 }
 
 TEST_F(XmlRefusal, another_version_of_xml_is_none_of_ours) {
-  EXPECT_EQ("", ReasonOf(L"<?xml version='1.0'?><a/>"));
+  EXPECT_EQ(ReasonOf(L"<?xml version='1.0'?><a/>"), "");
   for (const wchar_t* const version : {L"1.1", L"2.0", L"1.00", L"1"})
-    EXPECT_NE("", ReasonOf(L"<?xml version='" + std::wstring(version) + L"'?><a/>"));
+    EXPECT_NE(ReasonOf(L"<?xml version='" + std::wstring(version) + L"'?><a/>"), "");
 }
 
 TEST_F(XmlRefusal, half_a_pair_is_no_character) {
-  EXPECT_EQ("2:2: the text holds half of a surrogate pair",
-            ReasonOf(std::wstring(L"<a>\nx") + wchar_t(0xD800) + L"</a>"));
+  EXPECT_EQ(ReasonOf(std::wstring(L"<a>\nx") + wchar_t(0xD800) + L"</a>"),
+            "2:2: the text holds half of a surrogate pair");
 }
 
 TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
@@ -174,7 +174,7 @@ TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
   const auto failure = TakeXmlFailure();
   ASSERT_TRUE(failure.has_value());
   EXPECT_EQ(failure->where, rastrel::os::Utf8FromWide(path));
-  EXPECT_EQ(2, failure->line);
+  EXPECT_EQ(failure->line, 2);
   EXPECT_GT(failure->column, 3);
   EXPECT_NE(std::string::npos, failure->why.find("b line 2 and c")) << Reason();
   EXPECT_EQ("[XML] " + Describe(*failure) + "\r\n", m_Library.LogTextsBehind(mark));
@@ -192,7 +192,7 @@ TEST_F(XmlRefusal, counts_columns_in_characters) {
       EXPECT_FALSE(static_cast<bool>(LoadFile("<a>\n" + line)));
       const auto failure = TakeXmlFailure();
       ASSERT_TRUE(failure.has_value());
-      EXPECT_EQ(2, failure->line);
+      EXPECT_EQ(failure->line, 2);
       EXPECT_EQ(behind, failure->column) << line;
     }
   }
@@ -217,9 +217,9 @@ TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide() + L"/absent.xml")));
   EXPECT_NE(std::string::npos, Reason().find("No such file"));
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide())));
-  EXPECT_NE("", Reason());
+  EXPECT_NE(Reason(), "");
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(L"")));
-  EXPECT_NE("", Reason());
+  EXPECT_NE(Reason(), "");
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(FileOf(""))));
   EXPECT_TRUE(Reason().ends_with("1:1: the document is empty"));
 }
@@ -257,7 +257,7 @@ TEST_F(XmlRefusal, nothing_outside_is_read) {
   // An inclusion is an element like any other.
   const XmlNode root = LoadFile("<a xmlns:x='http://www.w3.org/2001/XInclude'><x:include href='" +
                                 file + "' parse='text'/></a>");
-  EXPECT_EQ(L"(none)", Text(root));
+  EXPECT_EQ(Text(root), L"(none)");
   EXPECT_TRUE(static_cast<bool>(FirstChildNamed(root, L"include")));
 }
 
@@ -270,9 +270,9 @@ TEST_F(XmlRefusal, depth_has_its_limit_at_one_number) {
     const auto count = static_cast<std::size_t>(depth);
     return Repeat("<a>", count) + Repeat("</a>", count);
   };
-  EXPECT_EQ("", ReasonOfFile(nested(limits::Depth - 1)));
-  EXPECT_EQ("", ReasonOfFile(nested(limits::Depth)));
-  EXPECT_NE("", ReasonOfFile(nested(limits::Depth + 1)));
+  EXPECT_EQ(ReasonOfFile(nested(limits::Depth - 1)), "");
+  EXPECT_EQ(ReasonOfFile(nested(limits::Depth)), "");
+  EXPECT_NE(ReasonOfFile(nested(limits::Depth + 1)), "");
 }
 
 std::string Attributes(std::size_t count) {
@@ -286,13 +286,13 @@ TEST_F(XmlRefusal, a_million_attributes_are_too_many) {
 }
 
 TEST_F(XmlRefusal, attributes_have_their_limit_at_one_number) {
-  EXPECT_EQ("", ReasonOfFile(Attributes(limits::Attributes - 1)));
-  EXPECT_EQ("", ReasonOfFile(Attributes(limits::Attributes)));
-  EXPECT_NE("", ReasonOfFile(Attributes(limits::Attributes + 1)));
+  EXPECT_EQ(ReasonOfFile(Attributes(limits::Attributes - 1)), "");
+  EXPECT_EQ(ReasonOfFile(Attributes(limits::Attributes)), "");
+  EXPECT_NE(ReasonOfFile(Attributes(limits::Attributes + 1)), "");
   // With declarations among them.
   std::string mixed = Attributes(limits::Attributes - 1);
-  EXPECT_EQ("", ReasonOfFile(mixed.insert(2, " xmlns:p='u'")));
-  EXPECT_NE("", ReasonOfFile(mixed.insert(2, " xmlns:q='u'")));
+  EXPECT_EQ(ReasonOfFile(mixed.insert(2, " xmlns:p='u'")), "");
+  EXPECT_NE(ReasonOfFile(mixed.insert(2, " xmlns:q='u'")), "");
 }
 
 TEST_F(XmlRefusal, namespaces_have_their_limit_at_one_number) {
@@ -305,9 +305,9 @@ TEST_F(XmlRefusal, namespaces_have_their_limit_at_one_number) {
     }
     return text + Repeat("</a>", (count + 1) / 2);
   };
-  EXPECT_EQ("", ReasonOfFile(nested(limits::Namespaces - 1)));
-  EXPECT_EQ("", ReasonOfFile(nested(limits::Namespaces)));
-  EXPECT_NE("", ReasonOfFile(nested(limits::Namespaces + 1)));
+  EXPECT_EQ(ReasonOfFile(nested(limits::Namespaces - 1)), "");
+  EXPECT_EQ(ReasonOfFile(nested(limits::Namespaces)), "");
+  EXPECT_NE(ReasonOfFile(nested(limits::Namespaces + 1)), "");
 }
 
 TEST_F(XmlRefusal, names_have_their_limit_at_one_number) {
@@ -316,9 +316,9 @@ TEST_F(XmlRefusal, names_have_their_limit_at_one_number) {
     for (std::size_t index = 1; index < count; ++index) text += "<n" + std::to_string(index) + "/>";
     return text + "</a>";
   };
-  EXPECT_EQ("", ReasonOfFile(many(limits::Names - 1)));
-  EXPECT_EQ("", ReasonOfFile(many(limits::Names)));
-  EXPECT_NE("", ReasonOfFile(many(limits::Names + 1)));
+  EXPECT_EQ(ReasonOfFile(many(limits::Names - 1)), "");
+  EXPECT_EQ(ReasonOfFile(many(limits::Names)), "");
+  EXPECT_NE(ReasonOfFile(many(limits::Names + 1)), "");
 }
 
 TEST_F(XmlRefusal, an_attribute_of_ten_megabytes_is_too_long) {
@@ -333,8 +333,8 @@ TEST_F(XmlRefusal, markup_has_its_limit_to_within_a_piece_of_reading) {
   const auto tag = [](std::size_t length) {
     return "<a n='" + std::string(length - 9, 'x') + "'/>";
   };
-  EXPECT_EQ("", ReasonOfFile(tag(limits::MarkupBytes)));
-  EXPECT_NE("", ReasonOfFile(tag(limits::MarkupBytes + 2 * piece)));
+  EXPECT_EQ(ReasonOfFile(tag(limits::MarkupBytes)), "");
+  EXPECT_NE(ReasonOfFile(tag(limits::MarkupBytes + 2 * piece)), "");
 }
 
 TEST_F(XmlRefusal, a_text_is_as_long_as_memory_allows) {
@@ -343,7 +343,7 @@ TEST_F(XmlRefusal, a_text_is_as_long_as_memory_allows) {
   const XmlNode root = LoadXmlFile(path);
   std::wstring text;
   EXPECT_TRUE(NodeText(root, text));
-  EXPECT_EQ(20000000U, text.size());
+  EXPECT_EQ(text.size(), 20000000U);
 }
 
 TEST_F(XmlRefusal, a_document_that_takes_too_much_memory_is_refused) {
@@ -371,7 +371,7 @@ TEST_F(XmlRefusal, two_documents_of_the_hostile_set_are_sound_and_the_others_are
     EXPECT_GT(reason.size(), 4U) << entry.path();
   }
   std::sort(sound.begin(), sound.end());
-  EXPECT_EQ((std::vector<std::string>{"libxml2-iso-8859-5.xml", "libxml2-utf16lebom.xml"}), sound);
+  EXPECT_EQ(sound, (std::vector<std::string>{"libxml2-iso-8859-5.xml", "libxml2-utf16lebom.xml"}));
 }
 
 }  // namespace

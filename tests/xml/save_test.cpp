@@ -16,8 +16,8 @@ class XmlSave : public rastrel::test::XmlTest {
 
 TEST_F(XmlSave, writes_the_node_and_what_is_below_it) {
   const XmlNode root = Load(L"<a><b n='1'>x<!--c--><?i d?><?j?><![CDATA[<y>]]><z/></b><not/></a>");
-  EXPECT_EQ("<b n=\"1\">x<!--c--><?i d?><?j?><![CDATA[<y>]]><z/></b>",
-            Saved(FirstChildNamed(root, L"b")));
+  EXPECT_EQ(Saved(FirstChildNamed(root, L"b")),
+            "<b n=\"1\">x<!--c--><?i d?><?j?><![CDATA[<y>]]><z/></b>");
 }
 
 TEST_F(XmlSave, declares_the_namespaces_that_stood_further_out) {
@@ -25,9 +25,9 @@ TEST_F(XmlSave, declares_the_namespaces_that_stood_further_out) {
       L"<a xmlns='d' xmlns:p='u' xmlns:q='v'>"
       L"<p:b xmlns:q='w'><q:c p:n='1'/></p:b></a>");
   const XmlNode inner = FirstChildNamed(FirstChildNamed(root, L"b"), L"c");
-  EXPECT_EQ("<q:c xmlns:q=\"w\" xmlns=\"d\" xmlns:p=\"u\" p:n=\"1\"/>", Saved(inner));
-  EXPECT_EQ("<p:b xmlns=\"d\" xmlns:p=\"u\" xmlns:q=\"w\"><q:c p:n=\"1\"/></p:b>",
-            Saved(FirstChildNamed(root, L"b")));
+  EXPECT_EQ(Saved(inner), "<q:c xmlns:q=\"w\" xmlns=\"d\" xmlns:p=\"u\" p:n=\"1\"/>");
+  EXPECT_EQ(Saved(FirstChildNamed(root, L"b")),
+            "<p:b xmlns=\"d\" xmlns:p=\"u\" xmlns:q=\"w\"><q:c p:n=\"1\"/></p:b>");
 }
 
 TEST_F(XmlSave, what_was_written_reads_back_as_it_was) {
@@ -49,10 +49,10 @@ TEST_F(XmlSave, another_parser_reads_it) {
   const std::string saved = Saved(FirstChildNamed(root, L"b"));
   xmlDoc* const document = xmlReadMemory(saved.data(), static_cast<int>(saved.size()), nullptr,
                                          nullptr, XML_PARSE_NONET | XML_PARSE_NOENT);
-  ASSERT_NE(nullptr, document) << saved;
+  ASSERT_NE(document, nullptr) << saved;
   const xmlNode* const element = xmlDocGetRootElement(document);
-  EXPECT_STREQ("b", reinterpret_cast<const char*>(element->name));
-  EXPECT_STREQ("u&v", reinterpret_cast<const char*>(element->ns->href));
+  EXPECT_STREQ(reinterpret_cast<const char*>(element->name), "b");
+  EXPECT_STREQ(reinterpret_cast<const char*>(element->ns->href), "u&v");
   xmlFreeDoc(document);
 }
 
@@ -61,7 +61,7 @@ TEST_F(XmlSave, says_whether_the_file_could_be_made) {
   EXPECT_FALSE(SaveNodeXml(root, m_Files.Wide() + L"/none/saved.xml"));
   EXPECT_FALSE(SaveNodeXml(root, m_Files.Wide()));
   m_Files.Write("saved.xml", "much longer than what follows");
-  EXPECT_EQ("<a/>", Saved(root));
+  EXPECT_EQ(Saved(root), "<a/>");
 }
 
 }  // namespace

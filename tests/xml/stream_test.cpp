@@ -54,57 +54,57 @@ class XmlStream : public rastrel::test::XmlTest {
 };
 
 TEST_F(XmlStream, announces_enters_skips_and_collects) {
-  EXPECT_EQ("<a0 k=v<b1<n2 i=1{1 x|x}<n2{0 |}>b1<s1<c1>c1>a0",
-            NotesOf("<a k='v'>text<b><n i='1'>x</n> <n/></b><s><n>y</n><s/></s><c/></a>"));
+  EXPECT_EQ(NotesOf("<a k='v'>text<b><n i='1'>x</n> <n/></b><s><n>y</n><s/></s><c/></a>"),
+            "<a0 k=v<b1<n2 i=1{1 x|x}<n2{0 |}>b1<s1<c1>c1>a0");
 }
 
 TEST_F(XmlStream, the_document_element_may_be_skipped_or_collected) {
-  EXPECT_EQ("<s0", NotesOf("<s><n/></s>"));
-  EXPECT_EQ("<n0{2 xy|xy}", NotesOf("<n>x<b>y</b></n>"));
+  EXPECT_EQ(NotesOf("<s><n/></s>"), "<s0");
+  EXPECT_EQ(NotesOf("<n>x<b>y</b></n>"), "<n0{2 xy|xy}");
 }
 
 TEST_F(XmlStream, a_prefix_is_no_part_of_the_name) {
-  EXPECT_EQ("<a0 p=u<n1{0 |}>a0", NotesOf("<p:a xmlns:p='u'><p:n/></p:a>"));
+  EXPECT_EQ(NotesOf("<p:a xmlns:p='u'><p:n/></p:a>"), "<a0 p=u<n1{0 |}>a0");
 }
 
 TEST_F(XmlStream, collected_nodes_are_as_in_a_loaded_document) {
-  EXPECT_EQ("<n0{4 xy  z| xy  z }", NotesOf("<n> x<!--c--><?i?><![CDATA[y  z ]]></n>"));
+  EXPECT_EQ(NotesOf("<n> x<!--c--><?i?><![CDATA[y  z ]]></n>"), "<n0{4 xy  z| xy  z }");
 }
 
 TEST_F(XmlStream, blanks_alone_are_kept_for_those_who_want_them_raw) {
   const std::string content = "<n> <b>x</b> <b>y</b>\n</n>";
-  EXPECT_EQ("<n0{2 xy|xy}", NotesOf(content));
-  EXPECT_EQ("<n0{2 xy| x y\n}", NotesOf(content, XmlWhitespace::Keep));
+  EXPECT_EQ(NotesOf(content), "<n0{2 xy|xy}");
+  EXPECT_EQ(NotesOf(content, XmlWhitespace::Keep), "<n0{2 xy| x y\n}");
 }
 
 TEST_F(XmlStream, a_handler_may_refuse_in_every_call_and_hears_no_more) {
-  EXPECT_EQ("<a0<x1!", NotesOf("<a><x/><b/><n/></a>"));
+  EXPECT_EQ(NotesOf("<a><x/><b/><n/></a>"), "<a0<x1!");
   EXPECT_TRUE(Reason().ends_with("no x here"));
-  EXPECT_EQ("<a0<n1{1 |}!", NotesOf("<a><n><refuse/></n><n/></a>"));
+  EXPECT_EQ(NotesOf("<a><n><refuse/></n><n/></a>"), "<a0<n1{1 |}!");
   EXPECT_TRUE(Reason().ends_with("not this"));
-  EXPECT_EQ("<a0<yEnd1>yEnd1!", NotesOf("<a><yEnd/><n/></a>"));
+  EXPECT_EQ(NotesOf("<a><yEnd/><n/></a>"), "<a0<yEnd1>yEnd1!");
   EXPECT_TRUE(Reason().ends_with("at the end"));
   // Also where the document ends with the call.
-  EXPECT_EQ("<yEnd0>yEnd0!", NotesOf("<yEnd/>"));
+  EXPECT_EQ(NotesOf("<yEnd/>"), "<yEnd0>yEnd0!");
 }
 
 TEST_F(XmlStream, says_on_which_line_a_handler_refused) {
-  EXPECT_EQ("<a0<x1!", NotesOf("<a>\n\n<x/>\n</a>"));
+  EXPECT_EQ(NotesOf("<a>\n\n<x/>\n</a>"), "<a0<x1!");
   EXPECT_NE(std::string::npos, Reason().find("document.xml:3:"));
 }
 
 TEST_F(XmlStream, a_fault_in_the_last_line_fails_the_whole) {
-  EXPECT_EQ("<a0<n1{0 |}!", NotesOf("<a><n/></b>"));
-  EXPECT_EQ("<a0<n1{0 |}>a0!", NotesOf("<a><n/></a>x"));
-  EXPECT_EQ("<a0<s1!", NotesOf("<a><s><n></s></a>"));
+  EXPECT_EQ(NotesOf("<a><n/></b>"), "<a0<n1{0 |}!");
+  EXPECT_EQ(NotesOf("<a><n/></a>x"), "<a0<n1{0 |}>a0!");
+  EXPECT_EQ(NotesOf("<a><s><n></s></a>"), "<a0<s1!");
 }
 
 TEST_F(XmlStream, what_can_not_be_read_is_refused) {
   Notes notes;
   EXPECT_FALSE(StreamXmlFile(m_Files.Wide() + L"/absent.xml", notes));
-  EXPECT_NE("", Reason());
-  EXPECT_EQ("!", NotesOf(""));
-  EXPECT_EQ("!", NotesOf("<!DOCTYPE a><a/>"));
+  EXPECT_NE(Reason(), "");
+  EXPECT_EQ(NotesOf(""), "!");
+  EXPECT_EQ(NotesOf("<!DOCTYPE a><a/>"), "!");
 }
 
 TEST_F(XmlStream, many_parts_take_no_more_than_one) {
@@ -116,9 +116,9 @@ TEST_F(XmlStream, many_parts_take_no_more_than_one) {
 }
 
 TEST_F(XmlStream, one_part_has_its_limit) {
-  EXPECT_EQ("<n0!", NotesOf("<n>" + std::string(limits::StreamBytes, 'x') + "</n>"));
+  EXPECT_EQ(NotesOf("<n>" + std::string(limits::StreamBytes, 'x') + "</n>"), "<n0!");
   EXPECT_NE(std::string::npos, Reason().find("takes more than 33554432 bytes of memory"));
-  EXPECT_EQ("<s0", NotesOf("<s>" + std::string(limits::StreamBytes, 'x') + "</s>"));
+  EXPECT_EQ(NotesOf("<s>" + std::string(limits::StreamBytes, 'x') + "</s>"), "<s0");
 }
 
 TEST_F(XmlStream, what_is_skipped_or_entered_has_the_same_limit_of_depth) {
@@ -150,7 +150,7 @@ TEST_F(XmlStream, a_lent_node_is_written_with_the_namespaces_around_it) {
   Saver saver(m_Files.Wide() + L"/saved.xml");
   EXPECT_TRUE(
       StreamXmlFile(FileOf("<a xmlns:p='u'><p:b xmlns:q='v'><q:c><p:d/></q:c></p:b></a>"), saver));
-  EXPECT_EQ("<q:c xmlns:q=\"v\" xmlns:p=\"u\"><p:d/></q:c>", m_Files.Read("saved.xml"));
+  EXPECT_EQ(m_Files.Read("saved.xml"), "<q:c xmlns:q=\"v\" xmlns:p=\"u\"><p:d/></q:c>");
 }
 
 }  // namespace

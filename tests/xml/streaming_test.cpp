@@ -25,7 +25,7 @@ TEST_F(XmlStreaming, random_tables_come_the_same_whole_and_in_parts) {
   const std::uint32_t count = Documents();
   for (std::uint32_t seed = 0; seed < count; ++seed) {
     const std::string document = rastrel::test::XmlTables(seed).Next(12);
-    ASSERT_EQ("", DifferencesInStreaming(document, 1 + seed % 40, seed)) << seed << "\n"
+    ASSERT_EQ(DifferencesInStreaming(document, 1 + seed % 40, seed), "") << seed << "\n"
                                                                          << document;
     sound += CallsOf(document, {}).find("refused") == std::string::npos ? 1 : 0;
   }
@@ -38,7 +38,7 @@ TEST_F(XmlStreaming, random_documents_come_the_same_whole_and_in_parts) {
   rastrel::test::XmlDocuments documents(77);
   for (std::uint32_t choices = 0; choices < 6000; ++choices) {
     const std::string document = documents.Next();
-    ASSERT_EQ("", DifferencesInStreaming(document, 1 + choices % 9, choices)) << document;
+    ASSERT_EQ(DifferencesInStreaming(document, 1 + choices % 9, choices), "") << document;
   }
 }
 
@@ -46,7 +46,7 @@ TEST_F(XmlStreaming, random_documents_come_the_same_whole_and_in_parts) {
 TEST_F(XmlStreaming, long_tables_come_the_same_whole_and_in_parts) {
   for (std::uint32_t seed = 0; seed < 12; ++seed) {
     const std::string document = rastrel::test::XmlTables(seed).Next(9000);
-    ASSERT_EQ("", DifferencesInStreaming(document, 1000 + 999 * seed, seed)) << seed;
+    ASSERT_EQ(DifferencesInStreaming(document, 1000 + 999 * seed, seed), "") << seed;
   }
 }
 
@@ -60,8 +60,8 @@ TEST_F(XmlStreaming, a_row_of_any_length_comes_the_same_whole_and_in_parts) {
     for (const std::size_t blanks : {0, 1, 5, 11}) {
       const std::string document =
           "<t><data>" + std::string(blanks, ' ') + row + "<row/>" + row + "</data></t>";
-      ASSERT_EQ("", DifferencesInStreaming(document, 0, 0)) << size << " " << blanks;
-      ASSERT_EQ("", DifferencesInStreaming(document, 0, 2)) << size << " " << blanks;
+      ASSERT_EQ(DifferencesInStreaming(document, 0, 0), "") << size << " " << blanks;
+      ASSERT_EQ(DifferencesInStreaming(document, 0, 2), "") << size << " " << blanks;
     }
   }
 }
@@ -72,7 +72,7 @@ TEST_F(XmlStreaming, a_table_that_is_cut_anywhere_is_refused_the_same) {
       "</c></row><row/>\n<row>&amp;<c/></row><row><v>]</v></row ></data></t>";
   for (std::size_t size = 0; size < document.size(); ++size)
     for (std::uint32_t choices = 0; choices < 12; ++choices)
-      ASSERT_EQ("", DifferencesInStreaming(document.substr(0, size), 1 + size % 7, choices))
+      ASSERT_EQ(DifferencesInStreaming(document.substr(0, size), 1 + size % 7, choices), "")
           << size;
 }
 
@@ -89,16 +89,15 @@ TEST_F(XmlStreaming, comments_that_begin_with_a_bracket_are_comments_wherever_th
           "<?i?>" + longer + "<t/>", "<t><d/></t>" + longer, longer + longer + "<t/>",
           "<t><d><r/></d></t>" + comment, "<t><d><r/></d></t>" + padding + comment + comment}) {
       EXPECT_EQ(CallsOf(document, {}).find("refused"), std::string::npos) << document;
-      EXPECT_EQ("", DifferencesInStreaming(document, 0, 0)) << document;
+      EXPECT_EQ(DifferencesInStreaming(document, 0, 0), "") << document;
     }
   }
 }
 
 TEST_F(XmlStreaming, the_calls_tell_all_that_differs) {
-  EXPECT_EQ(
-      "\nbegin 0 t@1\nbegin 1 d@1\nbegin 2 r@2 a=[1]\nnode (0 r@2 a=[1](0 c@2)(1 [x]))"
-      "\nend 1 d\nend 0 t",
-      CallsOf("<t><d>\n<r a='1'><c/>x</r></d></t>", {}));
+  EXPECT_EQ(CallsOf("<t><d>\n<r a='1'><c/>x</r></d></t>", {}),
+            "\nbegin 0 t@1\nbegin 1 d@1\nbegin 2 r@2 a=[1]\nnode (0 r@2 a=[1](0 c@2)(1 [x]))"
+            "\nend 1 d\nend 0 t");
   EXPECT_NE(CallsOf("<t><d><r a='1'/></d></t>", {}), CallsOf("<t><d><r a='2'/></d></t>", {}));
 }
 

@@ -12,70 +12,71 @@ int CountOf(const XmlNode& node) {
 }
 
 TEST_F(XmlText, texts_of_blanks_alone_are_no_children) {
-  EXPECT_EQ(1, CountOf(Load(L"<a>\r\n\t <b/>\n </a>")));
-  EXPECT_EQ(0, CountOf(Load(L"<a> \t\r\n</a>")));
+  EXPECT_EQ(CountOf(Load(L"<a>\r\n\t <b/>\n </a>")), 1);
+  EXPECT_EQ(CountOf(Load(L"<a> \t\r\n</a>")), 0);
 }
 
 TEST_F(XmlText, blanks_of_unicode_are_text) {
-  EXPECT_EQ(1, CountOf(Load(L"<a>\u00A0</a>")));
-  EXPECT_EQ(L"\u00A0", Text(Load(L"<a>\u00A0</a>")));
-  EXPECT_EQ(L"\u2003x", Text(Load(L"<a>\u2003x</a>")));
+  EXPECT_EQ(CountOf(Load(L"<a>\u00A0</a>")), 1);
+  EXPECT_EQ(Text(Load(L"<a>\u00A0</a>")), L"\u00A0");
+  EXPECT_EQ(Text(Load(L"<a>\u2003x</a>")), L"\u2003x");
 }
 
 TEST_F(XmlText, is_what_stands_below_an_element_one_behind_the_other) {
-  EXPECT_EQ(L"one two three", Text(Load(L"<a> one <b>two<!--not this--><?nor this?></b> "
-                                        L"<c><d> three</d></c> </a>")));
+  EXPECT_EQ(Text(Load(L"<a> one <b>two<!--not this--><?nor this?></b> "
+                      L"<c><d> three</d></c> </a>")),
+            L"one two three");
 }
 
 TEST_F(XmlText, between_elements_blanks_alone_are_dropped) {
-  EXPECT_EQ(L"onetwo", Text(Load(L"<a><b>one</b> <b>two</b></a>")));
+  EXPECT_EQ(Text(Load(L"<a><b>one</b> <b>two</b></a>")), L"onetwo");
 }
 
 TEST_F(XmlText, a_comment_parts_two_texts) {
-  EXPECT_EQ(3, CountOf(Load(L"<a>one<!--x-->two</a>")));
-  EXPECT_EQ(L"onetwo", Text(Load(L"<a>one<!--x-->two</a>")));
+  EXPECT_EQ(CountOf(Load(L"<a>one<!--x-->two</a>")), 3);
+  EXPECT_EQ(Text(Load(L"<a>one<!--x-->two</a>")), L"onetwo");
 }
 
 TEST_F(XmlText, blanks_inside_stay_and_those_at_the_ends_go) {
-  EXPECT_EQ(L"one \t two\n\nthree", Text(Load(L"<a>\r\n\t one \t two\n\nthree \t\r\n</a>")));
+  EXPECT_EQ(Text(Load(L"<a>\r\n\t one \t two\n\nthree \t\r\n</a>")), L"one \t two\n\nthree");
 }
 
 TEST_F(XmlText, every_kind_of_line_end_becomes_a_line_feed) {
-  EXPECT_EQ(L"1\n2\n3\n4\n\n5", Text(Load(L"<a>1\r\n2\r3\n4\n\r5</a>")));
-  EXPECT_EQ(L"1\n2\n3\n\n4", Text(Load(L"<a><![CDATA[1\r\n2\r3\r\r\n4]]></a>")));
+  EXPECT_EQ(Text(Load(L"<a>1\r\n2\r3\n4\n\r5</a>")), L"1\n2\n3\n4\n\n5");
+  EXPECT_EQ(Text(Load(L"<a><![CDATA[1\r\n2\r3\r\r\n4]]></a>")), L"1\n2\n3\n\n4");
   const XmlNode parts = Load(L"<a n='1\r\n2\r3'><!--1\r\n2\r3--><?x 1\r\n2\r3?></a>");
-  EXPECT_EQ(L"1 2 3", Attribute(parts, L"n"));
+  EXPECT_EQ(Attribute(parts, L"n"), L"1 2 3");
   int count = 0;
-  for (const XmlNode& part : NodeChildren(parts, count)) EXPECT_EQ(L"1\n2\n3", Text(part));
+  for (const XmlNode& part : NodeChildren(parts, count)) EXPECT_EQ(Text(part), L"1\n2\n3");
 }
 
 TEST_F(XmlText, a_carriage_return_that_is_written_as_a_number_stays) {
-  EXPECT_EQ(L"1\r2", Text(Load(L"<a>1&#13;2</a>")));
+  EXPECT_EQ(Text(Load(L"<a>1&#13;2</a>")), L"1\r2");
 }
 
 TEST_F(XmlText, the_five_entities_and_numbers_are_replaced) {
-  EXPECT_EQ(L"<&>\"'A\u20AC\U0001F600",
-            Text(Load(L"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x20ac;&#x1F600;</a>")));
-  EXPECT_EQ(L"<&>\"'", Attribute(Load(L"<a n='&lt;&amp;&gt;&quot;&apos;'/>"), L"n"));
+  EXPECT_EQ(Text(Load(L"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x20ac;&#x1F600;</a>")),
+            L"<&>\"'A\u20AC\U0001F600");
+  EXPECT_EQ(Attribute(Load(L"<a n='&lt;&amp;&gt;&quot;&apos;'/>"), L"n"), L"<&>\"'");
   // What comes of an entity is text and not markup.
-  EXPECT_EQ(L"<b/>", Text(Load(L"<a>&lt;b/&gt;</a>")));
-  EXPECT_EQ(L"&lt;", Text(Load(L"<a>&amp;lt;</a>")));
+  EXPECT_EQ(Text(Load(L"<a>&lt;b/&gt;</a>")), L"<b/>");
+  EXPECT_EQ(Text(Load(L"<a>&amp;lt;</a>")), L"&lt;");
 }
 
 TEST_F(XmlText, a_cdata_section_is_as_it_is) {
-  EXPECT_EQ(L"<b> &amp; ]] >", Text(Load(L"<a><![CDATA[<b> &amp; ]] >]]></a>")));
+  EXPECT_EQ(Text(Load(L"<a><![CDATA[<b> &amp; ]] >]]></a>")), L"<b> &amp; ]] >");
 }
 
 TEST_F(XmlText, a_cdata_section_of_blanks_is_a_node_and_trims_away) {
   const XmlNode root = Load(L"<a><![CDATA[  ]]></a>");
-  EXPECT_EQ(1, CountOf(root));
-  EXPECT_EQ(L"(none)", Text(root));
-  EXPECT_EQ(L"1  2", Text(Load(L"<a>1<![CDATA[  ]]>2</a>")));
+  EXPECT_EQ(CountOf(root), 1);
+  EXPECT_EQ(Text(root), L"(none)");
+  EXPECT_EQ(Text(Load(L"<a>1<![CDATA[  ]]>2</a>")), L"1  2");
 }
 
 TEST_F(XmlText, sections_side_by_side_are_two_nodes_and_an_empty_one_is_one) {
-  EXPECT_EQ(3, CountOf(Load(L"<a><![CDATA[x]]><![CDATA[y]]><![CDATA[]]></a>")));
-  EXPECT_EQ(3, CountOf(Load(L"<a>x<![CDATA[y]]>z</a>")));
+  EXPECT_EQ(CountOf(Load(L"<a><![CDATA[x]]><![CDATA[y]]><![CDATA[]]></a>")), 3);
+  EXPECT_EQ(CountOf(Load(L"<a>x<![CDATA[y]]>z</a>")), 3);
 }
 
 TEST_F(XmlText, a_section_is_one_node_however_long_it_is) {
@@ -101,22 +102,22 @@ TEST_F(XmlText, a_long_text_is_one_node) {
   std::wstring expected;
   for (int index = 0; index < 40000; ++index) expected += L"line\n&\u00E9" + std::to_wstring(index);
   const XmlNode root = Load(L"<a>" + written + L"</a>");
-  EXPECT_EQ(1, CountOf(root));
+  EXPECT_EQ(CountOf(root), 1);
   EXPECT_EQ(expected, Text(root));
 }
 
 TEST_F(XmlText, many_blanks_ahead_of_a_text_belong_to_it) {
   const std::wstring blanks(100000, L' ');
   const XmlNode root = Load(L"<a>" + blanks + L"x" + blanks + L"</a>");
-  EXPECT_EQ(1, CountOf(root));
-  EXPECT_EQ(L"x", Text(root));
-  EXPECT_EQ(0, CountOf(Load(L"<a>" + blanks + L"</a>")));
+  EXPECT_EQ(CountOf(root), 1);
+  EXPECT_EQ(Text(root), L"x");
+  EXPECT_EQ(CountOf(Load(L"<a>" + blanks + L"</a>")), 0);
 }
 
 TEST_F(XmlText, what_stands_around_the_document_element_is_no_part_of_it) {
   const XmlNode root = Load(L"<?xml version='1.0'?>\n<!--a--><?b c?>\n<d/>\n<!--e--><?f?>\n");
   EXPECT_TRUE(NodeNameIs(root, L"d"));
-  EXPECT_EQ(0, CountOf(root));
+  EXPECT_EQ(CountOf(root), 0);
 }
 
 }  // namespace

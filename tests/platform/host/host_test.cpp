@@ -90,11 +90,11 @@ TEST(CBaseDir, names_a_directory_below_the_data_root_in_both_encodings) {
   const EnvironmentGuard resources("RASTREL_RESOURCES", "/no/resources");
   const CBaseDir programs(PATH_PROGRAMS);
   EXPECT_EQ(programs.GetType(), PATH_PROGRAMS);
-  EXPECT_EQ(std::string(static_cast<const char*>(programs)), root);
+  EXPECT_EQ(root, std::string(static_cast<const char*>(programs)));
   const CBaseDir queue(PATH_PROGRAMS, L"Queue", true);
   EXPECT_EQ(static_cast<std::string>(queue), root + "/Queue");
   EXPECT_EQ(static_cast<std::wstring>(queue), scratch.Wide() + L"/gr\xFC\xDF/Queue");
-  EXPECT_EQ(std::wstring(static_cast<const wchar_t*>(queue)), static_cast<std::wstring>(queue));
+  EXPECT_EQ(static_cast<std::wstring>(queue), std::wstring(static_cast<const wchar_t*>(queue)));
   CBaseDir copy = programs;
   copy = queue;
   EXPECT_EQ(static_cast<std::string>(copy), root + "/Queue");

@@ -11,7 +11,7 @@ TEST(SharedLibrary, gives_functions_by_name) {
   ASSERT_TRUE(static_cast<bool>(library));
   double (*root)(double) = nullptr;
   ASSERT_TRUE(library->Bind(root, "sqrt"));
-  EXPECT_EQ(3.0, root(9.0));
+  EXPECT_EQ(root(9.0), 3.0);
 }
 
 TEST(SharedLibrary, has_no_function_of_another_name) {
@@ -19,7 +19,7 @@ TEST(SharedLibrary, has_no_function_of_another_name) {
   ASSERT_TRUE(static_cast<bool>(library));
   double (*function)(double) = [](double value) { return value; };
   EXPECT_FALSE(library->Bind(function, "no_such_function"));
-  EXPECT_EQ(nullptr, function);
+  EXPECT_EQ(function, nullptr);
 }
 
 TEST(SharedLibrary, says_why_it_can_not_be_had) {
