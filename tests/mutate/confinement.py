@@ -78,9 +78,10 @@ def run(tree, command, limit, environment=None):
         try:
             status = child.wait(timeout=limit)
         except subprocess.TimeoutExpired:
+            status = None
+        finally:
             child.kill()  # its namespace, and all that is in it, ends with it
             child.wait()
-            status = None
         size = output.seek(0, os.SEEK_END)
         output.seek(max(0, size - (8 << 20)))
         text = output.read().decode("utf-8", "replace")

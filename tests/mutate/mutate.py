@@ -12,6 +12,7 @@ import os
 import pathlib
 import random
 import re
+import signal
 import sys
 import time
 
@@ -158,6 +159,8 @@ def main():
             print(line_of(mutant, mutant.kind))
         sys.exit(0)
 
+    # An end from outside restores what was changed, too, and takes the running test with it.
+    signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
     os.nice(5)
     workspace = workspaces.Workspace(root, os.cpu_count() or 2)
     say(f"{options.count} changes, seed {options.seed}, in {workspace.copy}")

@@ -7,14 +7,14 @@ import signal
 import inputs
 
 # `options` of the command line; `good`: statuses that the job may end with by itself; `seconds`: about
-# how long it takes, in which a signal may come; `makes`: whether it puts files into its directory,
-# which an aborted one takes away.
+# how long it takes, in which a signal may come; `makes`: whether it puts files into its directory, of
+# which an aborted one leaves those only that it names as finished.
 Plan = collections.namedtuple("Plan", "options good seconds makes")
 
 # `ending`: None, or the signal that it gets after `delay` seconds.
 Job = collections.namedtuple("Job", "number kind plan root ending delay")
 
-DONE, FAILED, BAD_INPUT, CANCELLED, NOTHING_FOUND = 0, 1, 3, 4, 6
+DONE, FAILED, WRONG_USE, BAD_INPUT, CANCELLED, NOTHING_FOUND = 0, 1, 2, 3, 4, 6
 SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGKILL)
 SHARE_SIGNALLED = 0.2
 SOURCES = ("one.ps", "good.ps", "many.ps", "sign.eps", "dos.eps", "sign.pdf", "shopfront.ps")
@@ -52,8 +52,10 @@ def print_and_keep(chance, place):
 
 def reprint(chance, place):
     name = f"kept-{chance.randrange(inputs.SPOOLED)}"
-    return Plan(["reprint", name, "--output", "out", *may(chance, "--pages", "2"),
-                 *may(chance, "--json")], {DONE, FAILED, BAD_INPUT}, 0.4, True)
+    # Another job may be removing these pages: then there is no page 2 any more.
+    pages = may(chance, "--pages", "2")
+    good = {DONE, FAILED, BAD_INPUT} | ({WRONG_USE} if pages else set())
+    return Plan(["reprint", name, "--output", "out", *pages, *may(chance, "--json")], good, 0.4, True)
 
 
 def spool(chance, place):
@@ -131,7 +133,7 @@ def bad_input(chance, place):
     bad = inputs.BAD_POSTSCRIPT if name == "ps" else inputs.BAD_XML
     # Some verbs read only what is not bad in a file, so they may succeed; none may crash or hang.
     file = place + chance.choice([*sorted(bad), "missing." + name, "plates"])
-    return Plan([*verb.split(), file], {DONE, FAILED, 2, BAD_INPUT, NOTHING_FOUND}, 0.5, False)
+    return Plan([*verb.split(), file], {DONE, FAILED, WRONG_USE, BAD_INPUT, NOTHING_FOUND}, 0.5, False)
 
 
 # How often each kind comes, in parts.

@@ -118,7 +118,7 @@ class Run:
             status = self.wait(process, job)
         self.watch.ended(process)
         self.remains.makers[process.pid] = f"{job.number} ({job.kind})"
-        fault = self.fault_of(job, status, directory / "out")
+        fault = self.fault_of(job, status, directory / "out", log.read_text(errors="replace"))
         seconds = time.monotonic() - started
         if self.options.only is not None:
             print(log.read_text(errors="replace"), end="")
@@ -148,17 +148,17 @@ class Run:
             process.wait()
             return None
 
-    def fault_of(self, job, status, out):
+    def fault_of(self, job, status, out, messages):
         if status is None:
             return f"has not ended after {self.options.time_limit:g} s"
         if status in ENDED_BY_FAULT:
             return f"crashed by signal {-status}"
         if status not in jobs.allowed(job):
             return f"status {status}, not one of {sorted(jobs.allowed(job))}"
-        if job.plan.makes and status == jobs.CANCELLED and job.kind != "print several":
-            left = sorted(remains.entries(out))
+        if job.plan.makes and status == jobs.CANCELLED:
+            left = sorted(name for name in remains.entries(out) if f"/out/{name}" not in messages)
             if left:
-                return f"was cancelled, and left {' '.join(left)}"
+                return f"was cancelled, and left {' '.join(left)}, which it does not name as finished"
         return ""
 
     def add_fault(self, job, fault, log):
@@ -330,6 +330,8 @@ def arguments():
 def main():
     options = arguments()
     processes.adopt()
+    # A shell that runs this in the background has SIGINT ignored, and the jobs would inherit that.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     place = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-soak-"))
     try:
         run = Run(options, place)

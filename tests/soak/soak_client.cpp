@@ -80,19 +80,39 @@ bool WaitsForEnd(CJobTicket& ticket, std::chrono::milliseconds limit) {
   return true;
 }
 
-void Fill(CJobTicket& ticket, const Inputs& inputs, const char* file, const std::string& name) {
+// Each ticket prints a copy of its own, since a job's prefix is written beside its file.
+class JobFile {
+ public:
+  JobFile(const Inputs& inputs, const char* file, const std::string& name)
+      : m_Path(inputs.work / (name + ".ps")) {
+    if (fs::exists(inputs.files / file)) fs::copy_file(inputs.files / file, m_Path);
+  }
+  JobFile(const JobFile&) = delete;
+  JobFile& operator=(const JobFile&) = delete;
+  ~JobFile() {
+    std::error_code ignored;
+    fs::remove(m_Path, ignored);
+  }
+  const fs::path& Path() const { return m_Path; }
+
+ private:
+  fs::path m_Path;
+};
+
+void Fill(CJobTicket& ticket, const JobFile& file, const std::string& name) {
   ticket.OpenLog([](const wchar_t*) {});
   ticket.m_JobName = std::wstring(name.begin(), name.end()).c_str();
-  ticket.m_JobFile.Directory = (inputs.files.wstring() + L"/").c_str();
-  ticket.m_JobFile.FileName = fs::path(file).wstring().c_str();
+  ticket.m_JobFile.Directory = (file.Path().parent_path().wstring() + L"/").c_str();
+  ticket.m_JobFile.FileName = file.Path().filename().wstring().c_str();
   ticket.m_JobData.PrinterName = L"KVI Tiff Screen Preview";
   ticket.m_JobData.PrintModeFolder = L"TIFF";
   ticket.m_JobData.PrintModeName = L"tiff default.ps";
 }
 
 Result Print(const Inputs& inputs, const std::string& name) {
+  const JobFile job(inputs, "good.ps", name);
   CJobTicket ticket;
-  Fill(ticket, inputs, "good.ps", name);
+  Fill(ticket, job, name);
   if (!ticket.PrintJob()) return {"print", "wrong", "did not start: " + StateOf(ticket)};
   const bool inTime = WaitsForEnd(ticket, JobLimit);
   if (!inTime) ticket.GetPrintThread()->Abort();
@@ -103,8 +123,9 @@ Result Print(const Inputs& inputs, const std::string& name) {
 }
 
 Result Abort(const Inputs& inputs, const std::string& name, const char* file, int delay) {
+  const JobFile job(inputs, file, name);
   CJobTicket ticket;
-  Fill(ticket, inputs, file, name);
+  Fill(ticket, job, name);
   if (!ticket.PrintJob()) return {"abort", "wrong", "did not start: " + StateOf(ticket)};
   (void)WaitsForEnd(ticket, std::chrono::milliseconds(delay));
   const auto asked = std::chrono::steady_clock::now();
@@ -119,8 +140,9 @@ Result Abort(const Inputs& inputs, const std::string& name, const char* file, in
 }
 
 Result PrintBad(const Inputs& inputs, const std::string& name, const char* file) {
+  const JobFile job(inputs, file, name);
   CJobTicket ticket;
-  Fill(ticket, inputs, file, name);
+  Fill(ticket, job, name);
   if (!ticket.PrintJob()) return {"print bad input", "refused", ""};
   const bool inTime = WaitsForEnd(ticket, JobLimit);
   if (!inTime) ticket.GetPrintThread()->Abort();
