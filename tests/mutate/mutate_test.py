@@ -1,11 +1,13 @@
 """The logic of `./run mutate`: which changes are made, which tests are asked, what their outcome is."""
 
+import os
 import pathlib
 import random
 import tempfile
 import unittest
 
 import accepted
+import confinement
 import cpp_tokens
 import mutants
 import programs
@@ -145,6 +147,51 @@ class Tests(unittest.TestCase):
         self.assertEqual(programs.first_failure(passed), "")
         self.assertEqual(programs.all_failures(failed + "[  FAILED  ] 1 test, listed below:\n"
                                                "[  FAILED  ] A.two\n"), ["A.two"])
+
+
+    def test_a_test_may_take_longer_than_without_a_change_but_not_for_ever(self):
+        for seconds, limit in ((0.1, 30), (20, 80), (100, 200)):
+            self.assertEqual(programs.time_limit(seconds), limit)
+
+
+class Confinement(unittest.TestCase):
+    def setUp(self):
+        place = tempfile.TemporaryDirectory()
+        self.addCleanup(place.cleanup)
+        self.tree = pathlib.Path(place.name).resolve() / "tree"
+        self.tree.mkdir()
+        try:
+            confinement.require(self.tree)
+        except confinement.Unavailable as reason:
+            self.skipTest(f"no namespaces here: {reason}")
+
+    def run_shell(self, script, limit=20):
+        return confinement.run(self.tree, ["sh", "-c", script], limit)
+
+    def test_a_program_writes_in_the_tree_and_nowhere_else(self):
+        outside = self.tree.parent / "outside"
+        ended = self.run_shell(f"echo a >made; echo b >{outside}; echo c >/tmp/c && cat /tmp/c")
+        self.assertEqual((ended.status, ended.output.splitlines()[-1]), (0, "c"))
+        self.assertEqual((self.tree / "made").read_text(), "a\n")
+        self.assertFalse(outside.exists())
+        self.assertFalse(pathlib.Path("/tmp/c").exists())
+
+    def test_a_program_can_signal_no_other_process(self):
+        self.assertNotEqual(self.run_shell(f"kill -0 {os.getpid()}").status, 0)
+
+    def test_orphans_are_no_children_of_the_program(self):
+        script = 'sh -c "sleep 3 & exit 0"; read found </proc/$$/task/$$/children; echo "<$found>"; exit 4'
+        ended = self.run_shell(script)
+        self.assertEqual((ended.status, ended.output.strip()), (4, "<>"))
+
+    def test_what_takes_too_long_ends_with_all_that_it_started(self):
+        ended = self.run_shell("setsid sh -c 'sleep 2; touch late' & sleep 60", limit=0.5)
+        self.assertIsNone(ended.status)
+        self.assertLess(ended.seconds, 20)
+        self.assertNotEqual(self.run_shell("sleep 3; test -e late").status, 0)
+
+    def test_memory_has_a_limit(self):
+        self.assertEqual(self.run_shell("ulimit -v").output.strip(), str(confinement.MEMORY_LIMIT))
 
 
 class Accepted(unittest.TestCase):

@@ -156,7 +156,7 @@ class Run:
         if status not in jobs.allowed(job):
             return f"status {status}, not one of {sorted(jobs.allowed(job))}"
         if job.plan.makes and status == jobs.CANCELLED:
-            left = sorted(name for name in remains.entries(out) if f"/out/{name}" not in messages)
+            left = sorted(name for name in remains.entries(out) if f"out/{name}" not in messages)
             if left:
                 return f"was cancelled, and left {' '.join(left)}, which it does not name as finished"
         return ""
