@@ -22,6 +22,7 @@ What is left out, since nobody is promised anything about it or the compiler alo
 """
 
 import collections
+import random
 import re
 
 import cpp_tokens
@@ -245,14 +246,15 @@ def next_number(text):
     return f"{int(match[1]) + 1}{match[2]}{match[3]}" if match else None
 
 
-def draw(sources, random):
+def draw(sources, seed):
     """Mutants of all the sources in a random order: each line that can be changed has the same
-    chance, whatever number of changes it allows."""
+    chance, whatever number of changes it allows. What is changed in a line hangs on the seed and the
+    line's place alone, so that one line can be tried again."""
     lines = collections.defaultdict(list)
     for source in sources:
         for mutant in source.mutants():
             lines[mutant.file, mutant.line].append(mutant)
     order = sorted(lines)
-    random.shuffle(order)
+    random.Random(seed).shuffle(order)
     for place in order:
-        yield random.choice(lines[place])
+        yield random.Random(f"{seed}:{place}").choice(lines[place])

@@ -10,7 +10,6 @@ usage: mutate.py ROOT [COUNT] [--seed N] [--only REGEX] [--headers] [--everywher
 import argparse
 import os
 import pathlib
-import random
 import re
 import signal
 import sys
@@ -87,7 +86,8 @@ class Run:
         return True, ""
 
     def try_one(self, mutant):
-        """Prints the outcome; False for a change that does not compile or that no test can see."""
+        """Prints the outcome; False for a change that does not compile, or for whose file no test
+        works as it is."""
         nearest = self._usable(self.suite.nearest(mutant.file))
         others = self._usable(self.suite.others(mutant.file, nearest)) if self.everywhere else []
         if not nearest and not others:
@@ -114,7 +114,7 @@ class Run:
         text = (f"{len(self.noticed)} of {done} changes were noticed ({share:.0f} %); "
                 f"{self.uncompiled} did not compile and were drawn again")
         if self.untested:
-            text += f"; {self.untested} lie where no test reaches"
+            text += f"; for {self.untested} more there is no test that works as it is"
         return text
 
 
@@ -136,7 +136,7 @@ def arguments():
 def drawn(options, sources, table):
     """The changes to try, endlessly enough; those of the table are left out."""
     place = re.compile(options.only)
-    for mutant in mutants.draw(sources, random.Random(options.seed)):
+    for mutant in mutants.draw(sources, options.seed):
         if place.search(f"{mutant.file}:{mutant.line}") and accepted.key(mutant) not in table:
             yield mutant
 

@@ -2,7 +2,6 @@
 
 import os
 import pathlib
-import random
 import tempfile
 import unittest
 
@@ -109,10 +108,16 @@ class Changes(unittest.TestCase):
 
     def test_the_same_seed_draws_the_same_and_each_line_once(self):
         source = mutants.Source("a.cpp", "".join(f"a{i} = b + {i};\n" for i in range(50)))
-        first = list(mutants.draw([source], random.Random(3)))
-        self.assertEqual(first, list(mutants.draw([source], random.Random(3))))
-        self.assertNotEqual(first, list(mutants.draw([source], random.Random(4))))
+        first = list(mutants.draw([source], 3))
+        self.assertEqual(first, list(mutants.draw([source], 3)))
+        self.assertNotEqual(first, list(mutants.draw([source], 4)))
         self.assertEqual(sorted(mutant.line for mutant in first), list(range(1, 51)))
+
+    def test_a_line_is_changed_in_the_same_way_whatever_else_is_drawn(self):
+        text = "a = b + 1 == c && !d;\n"
+        alone, = mutants.draw([mutants.Source("a.cpp", text)], 3)
+        others = [mutants.Source(f"{name}.cpp", text) for name in "abcdef"]
+        self.assertIn(alone, list(mutants.draw(others, 3)))
 
 
 class Tests(unittest.TestCase):

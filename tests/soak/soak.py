@@ -31,6 +31,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 ROOTS = 3
 CLIENT_SHARE = 4  # one job of so many is the long-lived program's
 CLIENT_PRINTERS = 2  # jobs of it that run at a time
+LONG_RUN = 2000  # jobs; what so many don't show is there no more
 ENDED_BY_FAULT = {-signal.SIGSEGV, -signal.SIGABRT, -signal.SIGBUS, -signal.SIGILL, -signal.SIGFPE}
 Row = collections.namedtuple("Row", "done failed aborted killed faults seconds longest")
 
@@ -302,7 +303,7 @@ def table(run):
                          f"{resident >> 10} KiB, {children} children")
     for known, count in sorted(run.remains.counted.items()):
         lines.append(f"left: {count} times {known.place} {known.pattern} ({known.reason})")
-    for known in run.remains.unseen():
+    for known in run.remains.unseen() if run.options.jobs >= LONG_RUN else ():
         lines.append(f"left no more: {known.place} {known.pattern}")
     return lines
 

@@ -4,6 +4,7 @@ import os
 import pathlib
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -209,6 +210,50 @@ class Processes(unittest.TestCase):
         self.assertEqual(len(found), 2)
         processes.end_all({process.pid} | found)
         process.wait()
+
+
+class WholeRuns(unittest.TestCase):
+    """Of one job by a played command, so that what is reported is known."""
+
+    def run_one(self, kind, body):
+        number = list(jobs.KINDS).index(kind)
+        seed = next(seed for seed in range(100)
+                    if jobs.job(seed, number, PLACE, ROOTS).ending is None)
+        with tempfile.TemporaryDirectory() as place:
+            command = pathlib.Path(place) / "rastrel"
+            command.write_text(f"#!/bin/sh\n[ $1 = {jobs.job(seed, number, PLACE, ROOTS).plan.options[0]} ]"
+                               f" || exit 0\n{body}\n", encoding="utf-8")
+            command.chmod(0o755)
+            here = pathlib.Path(__file__).resolve().parent
+            return subprocess.run(
+                [sys.executable, "-B", str(here / "soak.py"), "--command", str(command), "--client",
+                 str(command), "--root", str(here.parents[1]), "--only", str(number), "--seed",
+                 str(seed), "--time-limit", "2", "--quiet"],
+                text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+
+    def expect(self, ended, fault):
+        self.assertEqual(ended.returncode, 1, ended.stdout)
+        self.assertIn(fault, ended.stdout)
+        self.assertIn(": 1 faults", ended.stdout)
+
+    def test_a_job_that_leaves_nothing_is_none(self):
+        ended = self.run_one("sheet", "exit 0")
+        self.assertEqual(ended.returncode, 0, ended.stdout)
+
+    def test_a_file_that_is_left(self):
+        self.expect(self.run_one("sheet", 'touch "$TMPDIR/trace"'), "trace was left")
+
+    def test_a_file_beside_the_input(self):
+        self.expect(self.run_one("prefix", 'touch "$2.trace"'), ".trace was left")
+
+    def test_a_crash(self):
+        self.expect(self.run_one("sheet", "kill -SEGV $$"), "crashed by signal 11")
+
+    def test_a_status_that_the_job_can_not_have(self):
+        self.expect(self.run_one("sheet", "exit 7"), "status 7, not one of [0]")
+
+    def test_a_job_that_waits_for_ever(self):
+        self.expect(self.run_one("sheet", "sleep 600"), "has not ended after 2 s")
 
 
 if __name__ == "__main__":
