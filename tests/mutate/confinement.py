@@ -43,7 +43,7 @@ class Unavailable(Exception):
 
 
 class Ended:
-    """How a program ended: its status, or None if its time was over; what it printed; seconds."""
+    """How a program ended: its status, or None if its time was over; its output; seconds."""
 
     def __init__(self, status, output, seconds):
         self.status = status

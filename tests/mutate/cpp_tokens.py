@@ -41,7 +41,7 @@ def tokens(text):
 
 
 def partners(sequence):
-    """The index of the closing bracket for the index of each opening one. What has no partner is
+    """The index of the closing bracket for the index of each opening one. One without a partner is
     left out."""
     result, waiting = {}, []
     for index, token in enumerate(sequence):

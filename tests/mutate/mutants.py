@@ -1,6 +1,6 @@
 """The changes that can be made to a source, one at a time.
 
-What is changed, by kind:
+The changes, by kind:
 
   constant    a number by one (0 becomes 1), a character, `true` and `false`
   comparison  == and !=, and whether the border belongs to it (< and <=)
@@ -9,7 +9,7 @@ What is changed, by kind:
   return      the opposite of a truth value, else the value by default
   call        a statement that is a call, left out
 
-What is left out, since nobody is promised anything about it or the compiler alone decides:
+Left out, since no contract speaks of it or the compiler alone decides:
 
   - comments, preprocessor lines, attributes, and all strings
   - static_assert, assert, noexcept, alignas with their arguments
@@ -233,7 +233,7 @@ def integer_of(text):
 
 
 def next_number(text):
-    """The literal one above, in the same notation; None for what is no plain literal."""
+    """The literal one above, in the same notation; None if it is no plain literal."""
     value = integer_of(text)
     suffix = re.search(r"(?i)[uzl]*$", text).group()
     if value is not None:
@@ -248,8 +248,8 @@ def next_number(text):
 
 def draw(sources, seed):
     """Mutants of all the sources in a random order: each line that can be changed has the same
-    chance, whatever number of changes it allows. What is changed in a line hangs on the seed and the
-    line's place alone, so that one line can be tried again."""
+    chance, whatever number of changes it allows. The change of a line depends on the seed and its place
+    alone, so that one line can be tried again."""
     lines = collections.defaultdict(list)
     for source in sources:
         for mutant in source.mutants():

@@ -44,7 +44,7 @@ def say(text):
 
 
 class Run:
-    """One run: what was found, and the workspace that it is found in."""
+    """One run: its workspace and its outcomes."""
 
     def __init__(self, workspace, suite, everywhere):
         self.workspace = workspace
@@ -129,7 +129,7 @@ def arguments():
     parser.add_argument("--everywhere", action="store_true",
                         help="ask all test programs that link a source, where its folder's notice "
                              "nothing")
-    parser.add_argument("--list", action="store_true", help="only list what would be tried")
+    parser.add_argument("--list", action="store_true", help="only list the changes")
     return parser.parse_args()
 
 
@@ -159,7 +159,7 @@ def main():
             print(line_of(mutant, mutant.kind))
         sys.exit(0)
 
-    # An end from outside restores what was changed, too, and takes the running test with it.
+    # SIGTERM restores the changed source, too, and ends the running test.
     signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
     os.nice(5)
     workspace = workspaces.Workspace(root, os.cpu_count() or 2)

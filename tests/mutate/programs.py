@@ -19,7 +19,7 @@ SLOWEST = 480  # seconds; a test that takes longer without a change is left out
 
 
 class Test:
-    """A test program, or one command of ctest. `targets` is what has to be built for it."""
+    """A test program, or one command of ctest. `targets` have to be built for it."""
 
     def __init__(self, name, folder, command, targets, is_program):
         self.name = name
@@ -132,7 +132,7 @@ class Suite:
         self._inputs = {}
 
     def _is_linked(self, test, file):
-        """Whether the source is part of a test program, or of what is built with it."""
+        """Whether the source is part of a test program, or of a target that is built with it."""
         target = test.targets[0]
         if target not in self._inputs:
             self._inputs[target] = set(self.workspace.ninja_lists("inputs", target))

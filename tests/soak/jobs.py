@@ -1,4 +1,4 @@
-"""What is run: each number is one job of a kind, the same in each run of a seed."""
+"""The jobs: each number is one job of a kind, the same in each run of a seed."""
 
 import collections
 import random
@@ -131,7 +131,7 @@ def bad_input(chance, place):
         ("notes", "xml"), ("cars", "xml"), ("sheet", "xml"), ("import -o out/plates.pdf", "xml"),
         ("view -o out/view.png", "xml"), ("chart caps", "xml"), ("print --bogus", "ps")))
     bad = inputs.BAD_POSTSCRIPT if name == "ps" else inputs.BAD_XML
-    # Some verbs read only what is not bad in a file, so they may succeed; none may crash or hang.
+    # Some verbs never read the bad part of a file, so they may succeed; none may crash or hang.
     file = place + chance.choice([*sorted(bad), "missing." + name, "plates"])
     return Plan([*verb.split(), file], {DONE, FAILED, WRONG_USE, BAD_INPUT, NOTHING_FOUND}, 0.5, False)
 

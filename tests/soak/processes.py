@@ -47,7 +47,7 @@ def state(pid):
 
 
 def description(pid):
-    """A process in words: number, session, the job that it comes from, command line."""
+    """One line about a process: number, session, the job that it comes from, command line."""
     try:
         place = pathlib.Path(f"/proc/{pid}")
         words = (place / "cmdline").read_bytes().replace(b"\0", b" ").decode("utf-8", "replace")
@@ -85,7 +85,7 @@ class Watch:
             self._jobs.discard(process.pid)
 
     def finish(self):
-        """Waits for the orphans that may still be tidying up; what stays then was left."""
+        """Waits for orphans that may still be tidying up; those that stay then were left."""
         end = time.monotonic() + self.grace
         while self.look() and time.monotonic() < end:
             time.sleep(0.1)

@@ -1,4 +1,4 @@
-"""What is held and left: files against a table of known ones, memory by its slope."""
+"""Checks of the state after the jobs: files by a table of known ones, memory by its slope."""
 
 import collections
 import fnmatch
@@ -55,7 +55,7 @@ class Remains:
         self.before.setdefault(place, {})[directory] = entries(directory)
 
     def compare(self):
-        """Counts what was added by lines of the table; what no line knows is a fault."""
+        """Counts new files by lines of the table; one that no line knows is a fault."""
         for place, directories in self.before.items():
             for directory, before in directories.items():
                 for name in sorted(top_entries(entries(directory) - before)):
@@ -98,7 +98,7 @@ def holdings_faults(samples):
     """`samples`: (jobs, descriptors, threads, resident bytes, children), each taken while nothing ran;
     the first half is the warm-up of the memory."""
     if not samples:
-        return ["the long-lived process told nothing of what it holds"]
+        return ["the long-lived process reported no holdings"]
     faults = []
     first, last = samples[0], samples[-1]
     for index, name in ((1, "descriptors"), (2, "threads")):

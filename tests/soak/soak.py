@@ -1,4 +1,4 @@
-"""Runs thousands of jobs of every kind, some of them aborted and killed, and looks what is left.
+"""Runs thousands of jobs of every kind, some of them aborted and killed, and checks that nothing is left.
 
 The jobs are commands, several at a time on shared data roots, and at the same time a program that prints,
 aborts and imports by the library in one process. At the end there must be no process, no file, no
@@ -31,7 +31,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 ROOTS = 3
 CLIENT_SHARE = 4  # one job of so many is the long-lived program's
 CLIENT_PRINTERS = 2  # jobs of it that run at a time
-LONG_RUN = 2000  # jobs; what so many don't show is there no more
+LONG_RUN = 2000  # jobs; a leftover that so many don't show is there no more
 ENDED_BY_FAULT = {-signal.SIGSEGV, -signal.SIGABRT, -signal.SIGBUS, -signal.SIGILL, -signal.SIGFPE}
 Row = collections.namedtuple("Row", "done failed aborted killed faults seconds longest")
 
@@ -41,7 +41,7 @@ def say(text):
 
 
 class Run:
-    """One run: its places, and what was counted."""
+    """One run: its places and its counts."""
 
     def __init__(self, options, place):
         self.options = options
@@ -69,7 +69,7 @@ class Run:
         return variables
 
     def prepare(self):
-        """Lays the data roots out, and remembers what is in each place then."""
+        """Lays the data roots out, and remembers the files of each place."""
         for name in ("home", "temporary", "jobs"):
             (self.place / name).mkdir()
         inputs.make(self.inputs, self.options.root)
@@ -83,7 +83,7 @@ class Run:
             self.remains.remember(name, self.place / name)
 
     def clear_deliveries(self):
-        """Removes what jobs were asked to make: kept pages and finished files."""
+        """Removes the files that jobs were asked to make: kept pages and finished files."""
         for root in self.roots:
             listed = self.call(root, "spool", "list")
             for line in listed.splitlines():
@@ -191,7 +191,7 @@ class Run:
     # --- The long-lived program ----------------------------------------------------------------
 
     def run_client(self, count):
-        """Reads what it reports; a fault if it says nothing for longer than a job may take."""
+        """Reads its reports; a fault if it says nothing for longer than a job may take."""
         work = self.place / "jobs" / "client"
         work.mkdir()
         process = self.watch.start(lambda: subprocess.Popen(
@@ -261,11 +261,11 @@ class Run:
             client = threading.Thread(target=self.run_client, args=(in_client,), daemon=True)
             client.start()
             threads.append(client)
-        told = started
+        reported = started
         while any(thread.is_alive() for thread in threads):
             time.sleep(0.1)
-            if not self.options.quiet and time.monotonic() - told > 10:
-                told = time.monotonic()
+            if not self.options.quiet and time.monotonic() - reported > 10:
+                reported = time.monotonic()
                 self.progress(total, started)
         self.finish(total, in_client)
         return time.monotonic() - started

@@ -1,5 +1,5 @@
 // A host that lives long: prints, aborts, measures, scans and imports by the public interface
-// alone, in rounds. Between two rounds nothing runs, and it writes what it holds then:
+// alone, in rounds. Between two rounds nothing runs, and it writes its holdings:
 //
 //   held <TAB> jobs <TAB> descriptors <TAB> threads <TAB> resident bytes <TAB> children
 //   job <TAB> kind <TAB> outcome       for each job
@@ -53,7 +53,7 @@ struct Inputs {
   std::wstring Wide(const char* name) const { return (files / name).wstring(); }
 };
 
-// What a job of a kind came to. An empty fault is none.
+// How a job of a kind ended. An empty fault is none.
 struct Result {
   std::string kind;
   std::string outcome;
