@@ -21,7 +21,12 @@ CONFINE = """set -eu
 tree=$1; shift
 mount --make-rprivate /
 mount --bind "$tree" /mnt
-mount -o remount,bind,ro /
+cut -d' ' -f5 /proc/self/mountinfo | while read -r place; do
+  case $place in
+    "$tree" | "$tree"/* | /mnt | /proc | /proc/* | /dev | /dev/*) ;;
+    *) mount -o remount,bind,ro "$place" 2>/dev/null || [ "$place" != / ] ;;
+  esac
+done
 mount -t tmpfs -o size=2g,mode=1777 scratch /tmp
 mkdir -p "$tree" /tmp/home
 mount --bind /mnt "$tree"

@@ -53,6 +53,8 @@ class Run:
         self.samples = []
         self.client_jobs = collections.Counter()
         self.lock = threading.Lock()
+        self.over = threading.Event()  # no further jobs
+        self.threads = []
         self.watch = processes.Watch()
         self.remains = remains.Remains(
             remains.read_table((HERE / "leftovers.txt").read_text(encoding="utf-8")))
@@ -175,7 +177,7 @@ class Run:
             waiting.put(number)
 
         def work():
-            while True:
+            while not self.over.is_set():
                 try:
                     number = waiting.get_nowait()
                 except queues.Empty:
@@ -239,6 +241,13 @@ class Run:
             elif fields[0] == "held":
                 self.samples.append(tuple(int(field) for field in fields[1:]))
 
+    def stop(self):
+        """Ends the jobs that still run, if the run was interrupted."""
+        self.over.set()
+        while any(thread.is_alive() for thread in self.threads):
+            processes.end_all(processes.descendants(os.getpid()))
+            time.sleep(0.1)
+
     # --- The whole -----------------------------------------------------------------------------
 
     def progress(self, total, started):
@@ -256,7 +265,7 @@ class Run:
             total = self.options.jobs
             in_client = total // CLIENT_SHARE
             numbers = range(total - in_client)
-        threads = self.run_commands(numbers)
+        self.threads = threads = self.run_commands(numbers)
         if in_client:
             client = threading.Thread(target=self.run_client, args=(in_client,), daemon=True)
             client.start()
@@ -308,6 +317,14 @@ def table(run):
     return lines
 
 
+def remove(place):
+    """Removes a directory in which a process that is ending may still write for a moment."""
+    end = time.monotonic() + 5
+    while place.exists() and time.monotonic() < end:
+        shutil.rmtree(place, ignore_errors=True)
+        time.sleep(0.05)
+
+
 def resolved(name):
     return pathlib.Path(name).resolve()
 
@@ -333,15 +350,17 @@ def main():
     processes.adopt()
     # A shell that runs this in the background has SIGINT ignored, and the jobs would inherit that.
     signal.signal(signal.SIGINT, signal.default_int_handler)
+    signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
     place = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-soak-"))
+    run = Run(options, place)
     try:
-        run = Run(options, place)
         seconds = run.run()
     finally:
+        run.stop()
         if options.keep:
             say(f"the data roots are in {place}")
         else:
-            shutil.rmtree(place, ignore_errors=True)
+            remove(place)
     print("\n".join(table(run)))
     for fault in run.faults:
         print(f"FAULT: {fault}")
