@@ -1,0 +1,65 @@
+"""The table of faults that are known, known_faults.txt, whose head says how a line is made."""
+
+import dataclasses
+import fnmatch
+import pathlib
+
+import power_cuts
+
+
+@dataclasses.dataclass
+class KnownFault:
+    scene: str
+    program: str
+    call: str
+    detail: str
+    error: str
+    finding: str
+    reason: str
+    seen: bool = False
+
+    def __str__(self):
+        return f"{self.scene} {self.program} {self.call} {self.error} ({self.finding})"
+
+    def is_about(self, case):
+        if isinstance(case, power_cuts.Cut):
+            words = (case.scene.name, "power", "cut", case.change, case.kind)
+        else:
+            call = case.call
+            words = (case.scene.name, call.program, call.name, call.detail, case.error)
+        patterns = (self.scene, self.program, self.call, self.detail, self.error)
+        return all(fnmatch.fnmatchcase(word, pattern) for word, pattern in zip(words, patterns))
+
+
+def read():
+    faults = []
+    lines = pathlib.Path(__file__).with_suffix(".txt").read_text(encoding="utf-8").splitlines()
+    for number, line in enumerate(lines, 1):
+        if not line.strip() or line.startswith("#"):
+            continue
+        fields = [field.strip() for field in line.split("|")]
+        if len(fields) != 7 or not all(fields):
+            raise SystemExit(f"known_faults.txt:{number}: not seven fields")
+        faults.append(KnownFault(*fields))
+    return faults
+
+
+def covers(faults, case, finding):
+    """Whether a finding is a known one; notes that it was seen."""
+    covered = False
+    for fault in faults:
+        if fault.is_about(case) and fnmatch.fnmatchcase(finding, fault.finding):
+            fault.seen = covered = True
+    return covered
+
+
+def first_cases(faults, cases):
+    """For each fault the first cases that it is about, so that a sample sees whether it is there."""
+    return [case for fault in faults
+            for case in [case for case in cases if fault.is_about(case)][:1]]
+
+
+def first_states(faults, states):
+    """The same for states after a power cut, (Cut, Disk)."""
+    return [state for fault in faults
+            for state in [state for state in states if fault.is_about(state[0])][:1]]
