@@ -92,15 +92,15 @@ class Expected:
             is_page_record = path.endswith("/.info")
             working = WORKING.search(os.path.dirname(path) if is_page_record else path)
             if path in self.after.files and not working:
-                yield f"half a file: {path} ({len(data)} of {len(self.after.files[path])} bytes)"
+                yield f"not whole: {path} ({len(data)} of {len(self.after.files[path])} bytes)"
             elif self._is_result_of_other_name(path, data):
                 continue
             elif is_page_record and not working:
-                yield f"half a file: {path}"
+                yield f"not whole: {path}"
             elif not after_cut:
                 yield f"left over: {path}"
             elif not WORKING.search(path):
-                yield f"half a file: {path} ({len(data)} bytes)"
+                yield f"not whole: {path} ({len(data)} bytes)"
 
     def _is_result_of_other_name(self, path, data):
         return any(os.path.splitext(path)[1] == os.path.splitext(known)[1] and
@@ -138,7 +138,7 @@ class Expected:
         for path in self.results:
             if path not in now.files:
                 yield f"missing: {path}"
-            elif content(path, now.files[path]) != self.results[path]:
+            elif path in self.before.files and content(path, now.files[path]) != self.results[path]:
                 yield f"not the result: {path}"
 
     def after_success(self, now):

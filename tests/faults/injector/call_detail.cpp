@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 
 #include "tests/faults/injector/traced_memory.h"
@@ -49,6 +50,24 @@ bool MakesFile(std::string_view name, const user_regs_struct& registers) {
          (name == "open" && (registers.rsi & O_CREAT) != 0);
 }
 
+std::string_view ControlName(std::uint64_t operation) {
+  switch (operation) {
+    case F_DUPFD:
+    case F_DUPFD_CLOEXEC: return " (duplicate)";
+    case F_GETFD:
+    case F_SETFD:
+    case F_GETFL:
+    case F_SETFL: return " (flags)";
+    case F_SETLK:
+    case F_SETLKW:
+    case F_OFD_SETLK:
+    case F_OFD_SETLKW: return " (lock)";
+    case F_SETPIPE_SZ:
+    case F_GETPIPE_SZ: return " (size)";
+    default: return "";
+  }
+}
+
 }  // namespace
 
 std::string DetailOf(pid_t task, std::string_view name, const user_regs_struct& registers) {
@@ -56,6 +75,7 @@ std::string DetailOf(pid_t task, std::string_view name, const user_regs_struct& 
   std::ranges::replace_if(
       detail, [](char letter) { return letter == '\t' || letter == '\n'; }, ' ');
   if (MakesFile(name, registers)) detail += " (make)";
+  if (name == "fcntl") detail += ControlName(registers.rsi);
   return detail;
 }
 

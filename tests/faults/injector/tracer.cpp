@@ -231,6 +231,12 @@ void Tracer::FailCall(Task& task, pid_t id, user_regs_struct registers, const st
     task.forcedResult = -m_Plan.error;
     return;
   }
+  // brk has no error number: one that fails gives the end of memory as it is, as does one for 0.
+  if (static_cast<long>(registers.orig_rax) == SYS_brk) {
+    task.firstArgument = std::exchange(registers.rdi, 0);
+    ::ptrace(PTRACE_SETREGS, id, nullptr, &registers);
+    return;
+  }
   registers.orig_rax = static_cast<unsigned long long>(-1);
   registers.rax = static_cast<unsigned long long>(-static_cast<long long>(m_Plan.error));
   ::ptrace(PTRACE_SETREGS, id, nullptr, &registers);
@@ -242,15 +248,19 @@ void Tracer::HandleCallEnd(pid_t id) {
   if (!ReadRegisters(id, registers)) return;
   if (task.change) m_Journal->End(id, *task.change, static_cast<std::int64_t>(registers.rax));
   task.change.reset();
-  if (!task.forcedResult) return;
-  registers.rax = static_cast<unsigned long long>(*task.forcedResult);
+  if (!task.forcedResult && !task.firstArgument) return;
+  if (task.forcedResult) registers.rax = static_cast<unsigned long long>(*task.forcedResult);
+  if (task.firstArgument) registers.rdi = *task.firstArgument;
   task.forcedResult.reset();
+  task.firstArgument.reset();
   ::ptrace(PTRACE_SETREGS, id, nullptr, &registers);
 }
 
 void Tracer::Resume(pid_t id, int signal) {
   const auto task = m_Tasks.find(id);
-  const bool wantsEnd = task != m_Tasks.end() && (task->second.change || task->second.forcedResult);
+  const bool wantsEnd =
+      task != m_Tasks.end() &&
+      (task->second.change || task->second.forcedResult || task->second.firstArgument);
   ::ptrace(wantsEnd ? PTRACE_SYSCALL : PTRACE_CONT, id, nullptr, AsPointer(signal));
 }
 

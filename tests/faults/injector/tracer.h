@@ -73,6 +73,7 @@ class Tracer {
     std::uint64_t entryCode = 0;
     std::optional<PendingChange> change;
     std::optional<std::int64_t> forcedResult;
+    std::optional<std::uint64_t> firstArgument;  ///< to be put back at the call's end
   };
 
   bool Start();
