@@ -120,7 +120,7 @@ class Subject:
         product = self.product
         command = [str(product.injector), "--report", str(report), "--ours", str(product.tree),
                    "--ours", str(slot), "--limit", str(scenes.RUN_LIMIT), *options, "--",
-                   *product.command_line(self.scene)]
+                   *product.command_line(self.scene, slot)]
         status, _, error = scenes.run(command, slot, 3 * scenes.RUN_LIMIT)
         if status != 0:
             raise SystemExit(INJECTOR_REFUSED if status == 1 else f"the injector failed: {error}")
@@ -154,7 +154,7 @@ class Subject:
 
     def second_run(self, slot):
         """An undisturbed run on what a disturbed one left."""
-        status, _, error = scenes.run(self.product.command_line(self.scene), slot)
+        status, _, error = scenes.run(self.product.command_line(self.scene, slot), slot)
         if status != 0:
             last = error.strip().splitlines()[-1:] or [""]
             return [f"a second run ends with {status}: {last[0]}"]

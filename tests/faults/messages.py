@@ -9,9 +9,9 @@ CRASH_SIGNALS = {3: "SIGQUIT", 4: "SIGILL", 5: "SIGTRAP", 6: "SIGABRT", 7: "SIGB
                  11: "SIGSEGV", 13: "SIGPIPE", 31: "SIGSYS"}
 ERROR = re.compile(r"^rastrel: (.+)$", re.M)
 # What a program says that did not foresee its failure.
-UNFORESEEN = re.compile(r"terminate called|what\(\)|std::|Segmentation|Aborted|assertion|"
+UNFORESEEN = re.compile(r"terminate called|what\(\)|std::|Segmentation fault|^Aborted|assertion|"
                         r"stack smashing|corrupted|runtime error:|ERROR: \w+Sanitizer|CRITICAL",
-                        re.I)
+                        re.I | re.M)
 
 
 def findings(status, error):

@@ -43,7 +43,11 @@ SETTINGS = "; mine\n[RASTREL]\nKeep PS Files = 0\n"
 
 @dataclasses.dataclass(frozen=True)
 class Scene:
-    """A command line, and what its slot holds. Paths are relative to the slot."""
+    """A command line, and what its slot holds, by paths relative to the slot.
+
+    {out} is the full path of the slot's out/. A relative one would be safe only as long as every
+    fault of finding the present directory is mended: the results would go where it is taken to be.
+    """
 
     name: str
     arguments: tuple
@@ -55,14 +59,14 @@ class Scene:
 
 
 SCENES = (
-    Scene("print", ("print", "sign.ps", "--output", "../out"),
+    Scene("print", ("print", "sign.ps", "--output", "{out}"),
           earlier=(("out/sign-1.tif", b"an earlier sign"),)),
-    Scene("print-spool", ("print", "sign.ps", "--spool", "--output", "../out")),
-    Scene("reprint", ("reprint", "kept", "--output", "../out")),
-    Scene("queue", ("queue", "sign.ps", "--output", "../out")),
-    Scene("import", ("import", "plate.xml", "-o", "../out/plate.pdf"),
+    Scene("print-spool", ("print", "sign.ps", "--spool", "--output", "{out}")),
+    Scene("reprint", ("reprint", "kept", "--output", "{out}")),
+    Scene("queue", ("queue", "sign.ps", "--output", "{out}")),
+    Scene("import", ("import", "plate.xml", "-o", "{out}/plate.pdf"),
           earlier=(("out/plate.pdf", b"an earlier drawing"),)),
-    Scene("sheet", ("sheet", "prices.fods", "-o", "../out/prices.txt"),
+    Scene("sheet", ("sheet", "prices.fods", "-o", "{out}/prices.txt"),
           earlier=(("out/prices.txt", b"earlier prices"),)),
     Scene("first-use", ("modes",), installed=False),
 )
@@ -77,8 +81,9 @@ class Product:
         self.command = self.tree / "bin" / "rastrel"
         self.injector = self.tree / "tests" / "fault_injector"
 
-    def command_line(self, scene):
-        return [str(self.command), *scene.arguments]
+    def command_line(self, scene, slot):
+        return [str(self.command),
+                *(word.format(out=slot / "out") for word in scene.arguments)]
 
 
 def environment(slot):
@@ -116,7 +121,7 @@ def make_template(scene, product, place):
     if not scene.installed:
         return
     status, _, error = run([str(product.command), "print", "kept.ps", "--spool",
-                            "--output", "../tmp"], place)
+                            "--output", str(place / "tmp")], place)
     if status != 0:
         raise RuntimeError(f"the first print failed, so nothing can be tested:\n{error}")
     (place / "home" / "settings.ini").write_text(SETTINGS, encoding="utf-8")

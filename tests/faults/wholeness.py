@@ -64,6 +64,13 @@ def content(path, data):
     return data
 
 
+def place(path):
+    """Where a file of another name would be the same result: its directory, without the spooled
+    job's name, and its extension."""
+    folder, name = os.path.split(path)
+    return re.sub(r"/[^/]*\.cfm/", "/*.cfm/", folder + "/"), os.path.splitext(name)[1]
+
+
 class Expected:
     """The files before a run, and after a run that nothing disturbed."""
 
@@ -103,8 +110,8 @@ class Expected:
                 yield f"not whole: {path} ({len(data)} bytes)"
 
     def _is_result_of_other_name(self, path, data):
-        return any(os.path.splitext(path)[1] == os.path.splitext(known)[1] and
-                   content(path, data) == result for known, result in self.results.items())
+        return any(place(path) == place(known) and content(path, data) == result
+                   for known, result in self.results.items())
 
     def new_folders(self, now, after_cut):
         """Page directories in their place are complete; no other new one stays."""
@@ -155,9 +162,8 @@ class Expected:
     def after_second_run(self, now):
         """After a disturbed run and an undisturbed one: the results are there, perhaps under other
         names, and the rest is as after a power cut."""
-        there = {(os.path.splitext(path)[1], content(path, data))
-                 for path, data in now.files.items() if not WORKING.search(path)}
+        there = {(place(path), content(path, data)) for path, data in now.files.items()}
         for path, data in self.results.items():
-            if not WORKING.search(path) and (os.path.splitext(path)[1], data) not in there:
+            if (place(path), data) not in there:
                 yield f"no second run gives {path}"
         yield from self.after_cut(now)
