@@ -230,7 +230,7 @@ class KnownFaults(unittest.TestCase):
         self.assertFalse(fault.seen)
         self.assertTrue(known_faults.covers([fault], case, "2 errors"))
         self.assertTrue(fault.seen)
-        self.assertEqual(known_faults.first_cases([fault], [case, case]), [case])
+        self.assertEqual(known_faults.sampled([fault], [case, case]), [case])
 
 
 if __name__ == "__main__":

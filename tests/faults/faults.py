@@ -96,7 +96,7 @@ class Session:
         cases = subject.cases()
         if self.options.sample:
             chosen = self.random.sample(cases, min(SAMPLED_CALLS, len(cases)))
-            cases = chosen + known_faults.first_cases(self.known, cases)
+            cases = list(dict.fromkeys(chosen + known_faults.sampled(self.known, cases)))
         work = (self.pool.submit(self.slots.use, subject.judge, case) for case in cases)
         for number, (case, future) in enumerate(self.in_turn(cases, work), 1):
             self.take_outcome(case, future.result())
@@ -133,7 +133,7 @@ class Session:
         if self.options.sample:
             every = list(states)
             states = self.random.sample(every, min(SAMPLED_CUTS, len(every)))
-            states += known_faults.first_states(self.known, every)
+            states += known_faults.sampled(self.known, every, lambda state: state[0])
         cuts, disks = itertools.tee(states)
         work = (self.pool.submit(self.slots.use, recording.judge, disk) for _, disk in disks)
         for cut, future in self.in_turn((cut for cut, _ in cuts), work):
@@ -164,7 +164,8 @@ class Session:
     def end(self):
         print(self.table.text())
         mended = [] if self.options.only or self.options.calls_only or self.options.cuts_only \
-            else [fault for fault in self.known if not fault.seen]
+            else [fault for fault in self.known if not fault.seen and
+                  (not self.options.sample or known_faults.can_be_sampled(fault))]
         for fault in mended:
             print(f"MENDED {fault}: it no longer happens, so remove its line from known_faults.txt")
         if self.faults or mended:
