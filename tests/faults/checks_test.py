@@ -230,7 +230,8 @@ class KnownFaults(unittest.TestCase):
         self.assertFalse(fault.seen)
         self.assertTrue(known_faults.covers([fault], case, "2 errors"))
         self.assertTrue(fault.seen)
-        self.assertEqual(known_faults.sampled([fault], [case, case]), [case])
+        self.assertEqual(known_faults.candidates(fault, [case]), [case])
+        self.assertEqual(known_faults.candidates(fault, []), [])
 
 
 if __name__ == "__main__":

@@ -26,7 +26,7 @@ import scenes
 
 SKIPPED = 77
 SEED = 4  # of the sample: the same cases on each machine whose calls are the same
-SAMPLED_CALLS, SAMPLED_CUTS = 5, 3  # of each scene
+SAMPLED_CALLS, SAMPLED_CUTS = 4, 2  # of each scene
 
 
 class Slots:
@@ -95,12 +95,29 @@ class Session:
     def calls(self, subject):
         cases = subject.cases()
         if self.options.sample:
-            chosen = self.random.sample(cases, min(SAMPLED_CALLS, len(cases)))
-            cases = list(dict.fromkeys(chosen + known_faults.sampled(self.known, cases)))
+            self.look_for_known(cases, subject.judge, self.take_outcome,
+                                lambda outcome: outcome.findings)
+            cases = self.random.sample(cases, min(SAMPLED_CALLS, len(cases)))
         work = (self.pool.submit(self.slots.use, subject.judge, case) for case in cases)
         for number, (case, future) in enumerate(self.in_turn(cases, work), 1):
             self.take_outcome(case, future.result())
             self.progress(f"{subject.scene}: {number} of {len(cases)} failing calls")
+
+    def look_for_known(self, cases, judge, take, findings_of):
+        """Shows each known fault that was not seen yet by a case or two, if one does show it."""
+        def look_for(fault):
+            judged = []
+            for case in known_faults.candidates(fault, cases):
+                judged.append((case, self.slots.use(judge, case)))
+                if any(fault.has(finding) for finding in findings_of(judged[-1][1])):
+                    break
+            return judged
+
+        waiting = [fault for fault in self.known
+                   if not fault.seen and known_faults.can_be_sampled(fault)]
+        for judged in self.pool.map(look_for, waiting):
+            for case, result in judged:
+                take(case, result)
 
     def in_turn(self, cases, work):
         """Keeps a few futures ahead, so that a state on the disk does not wait for long."""
@@ -131,9 +148,10 @@ class Session:
         recording = power_cuts.Recording(subject, self.place / "slot-0")
         states = recording.states()
         if self.options.sample:
-            every = list(states)
-            states = self.random.sample(every, min(SAMPLED_CUTS, len(every)))
-            states += known_faults.sampled(self.known, every, lambda state: state[0])
+            every = dict(states)
+            self.look_for_known(list(every), lambda cut, slot: recording.judge(every[cut], slot),
+                                self.take_cut, lambda findings: findings)
+            states = self.random.sample(list(every.items()), min(SAMPLED_CUTS, len(every)))
         cuts, disks = itertools.tee(states)
         work = (self.pool.submit(self.slots.use, recording.judge, disk) for _, disk in disks)
         for cut, future in self.in_turn((cut for cut, _ in cuts), work):

@@ -26,9 +26,13 @@ class KnownFault:
             words = (case.scene.name, "power", "cut", case.change, case.kind)
         else:
             call = case.call
-            words = (case.scene.name, call.program, call.name, call.detail, case.error)
+            name = f"{call.task} {call.name} {call.number}" if " " in self.call else call.name
+            words = (case.scene.name, call.program, name, call.detail, case.error)
         patterns = (self.scene, self.program, self.call, self.detail, self.error)
         return all(fnmatch.fnmatchcase(word, pattern) for word, pattern in zip(words, patterns))
+
+    def has(self, finding):
+        return fnmatch.fnmatchcase(finding, self.finding)
 
 
 def read():
@@ -48,7 +52,7 @@ def covers(faults, case, finding):
     """Whether a finding is a known one; notes that it was seen."""
     covered = False
     for fault in faults:
-        if fault.is_about(case) and fnmatch.fnmatchcase(finding, fault.finding):
+        if fault.is_about(case) and fault.has(finding):
             fault.seen = covered = True
     return covered
 
@@ -58,11 +62,8 @@ def can_be_sampled(fault):
     return fault.finding != "no end"
 
 
-def sampled(faults, cases, about=lambda case: case):
-    """For each fault one of the cases that it is about, from their middle, so that a sample sees
-    whether it is still there. `about` makes a case of what `cases` holds."""
-    chosen = []
-    for fault in filter(can_be_sampled, faults):
-        fitting = [case for case in cases if fault.is_about(about(case))]
-        chosen += fitting[len(fitting) // 2:][:1]
-    return chosen
+def candidates(fault, cases, at_most=8):
+    """A few of the cases that a fault is about, spread over all of them: not every one shows it."""
+    fitting = [case for case in cases if fault.is_about(case)]
+    step = max(1, len(fitting) // at_most)
+    return fitting[step // 2::step][:at_most]

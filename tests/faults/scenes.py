@@ -59,7 +59,9 @@ class Scene:
 
 
 SCENES = (
-    Scene("print", ("print", "sign.ps", "--output", "{out}"),
+    # With settings, so that a print which lost them shows in its result.
+    Scene("print", ("print", "sign.ps", "--scale", "3x2cm", "--levels", "20,1.5,200",
+                    "--output", "{out}"),
           earlier=(("out/sign-1.tif", b"an earlier sign"),)),
     Scene("print-spool", ("print", "sign.ps", "--spool", "--output", "{out}")),
     Scene("reprint", ("reprint", "kept", "--output", "{out}")),
