@@ -193,6 +193,10 @@ class Wholeness(unittest.TestCase):
         self.assertEqual(self.expected.after_success(self.tree(without=[f"{PAGE}/page.ppm"]))[-1],
                          f"missing: {PAGE}/page.ppm")
 
+    def test_a_success_has_not_the_earlier_result(self):
+        self.assertEqual(self.expected.after_success(self.tree(files={"out/a.pdf": b"earlier"})),
+                         ["still the earlier one: out/a.pdf"])
+
     def test_a_second_run_has_them_too_perhaps_by_another_name(self):
         other = PAGE.replace("sign", "sign-2")
         moved = Tree({path.replace(PAGE, other): data for path, data in self.after.files.items()},

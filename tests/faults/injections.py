@@ -13,8 +13,8 @@ from wholeness import Expected, Tree
 INJECTOR_REFUSED = 77  # the exit status of a test that is skipped
 # Clearing up can't be finished by a call that fails to; what then lies there is no fault.
 CLEARING_CALLS = ("unlink", "unlinkat", "rmdir", "getdents64")
-# A job's directory is opened for that only.
-CLEARED_DIRECTORY = re.compile(r"^SLOT/home/jobs/N( \(flags\))?$")
+# These directories are opened by the command for that only.
+CLEARED_DIRECTORY = re.compile(r"^SLOT/home/(jobs/N|Queue/rip/System/c-out/RUN)/?( \(flags\))?$")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -83,10 +83,10 @@ class Report:
                 yield f"{messages.CRASH_SIGNALS[signal]}: {program}"
         for program in sorted(set(self.left)):
             yield f"still running: {program}"
-        if self.signal is not None:
-            yield f"ended by signal {self.signal}"
-        else:
+        if self.signal is None:
             yield from messages.findings(self.status, error)
+        elif self.signal not in messages.CRASH_SIGNALS:
+            yield f"ended by signal {self.signal}"
 
 
 def steady_detail(detail, slot):

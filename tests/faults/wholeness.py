@@ -145,8 +145,8 @@ class Expected:
         for path in self.results:
             if path not in now.files:
                 yield f"missing: {path}"
-            elif path in self.before.files and content(path, now.files[path]) != self.results[path]:
-                yield f"not the result: {path}"
+            elif now.files[path] == self.before.files.get(path):
+                yield f"still the earlier one: {path}"
 
     def after_success(self, now):
         return [*self.earlier_files(now), *self.new_files(now, False),
