@@ -232,7 +232,11 @@ def main():
             return SKIPPED
         if options.case:
             return one_case(options, product, place)
-        return Session(options, product, place).run()
+        session = Session(options, product, place)
+        try:
+            return session.run()
+        finally:  # nothing may still write into the place when it is removed
+            session.pool.shutdown(cancel_futures=True)
 
 
 if __name__ == "__main__":

@@ -97,10 +97,11 @@ def environment(slot):
 
 
 def run(command, slot, limit=RUN_LIMIT):
-    """Runs a command in a slot to its end. (status or None, standard output, standard error)."""
+    """Runs a command in a slot to its end. (status or None, standard output, standard error). It has
+    a session of its own, so that a signal to its process group reaches nobody else."""
     with subprocess.Popen(command, cwd=slot / "user", env=environment(slot), text=True,
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          errors="replace") as process:
+                          errors="replace", start_new_session=True) as process:
         try:
             output, error = process.communicate(timeout=limit)
             return process.returncode, output, error
@@ -113,25 +114,37 @@ def make_template(scene, product, place):
     """Fills `place` with what a run of the scene starts from."""
     for part in PARTS:
         (place / part).mkdir(parents=True)
-    for name, content in (("sign.ps", SIGN), ("kept.ps", SIGN), ("plate.xml", PLATE),
+    for name, content in (("sign.ps", SIGN), ("plate.xml", PLATE),
                           ("notes of the user.txt", "not yours\n")):
         (place / "user" / name).write_text(content, encoding="utf-8")
     shutil.copy(product.source / "examples" / "price-list.fods", place / "user" / "prices.fods")
     (place / "out" / "keep me").write_text("not yours either\n", encoding="utf-8")
     for path, content in scene.earlier:
         (place / path).write_bytes(content)
-    if not scene.installed:
-        return
+    if scene.installed:
+        shutil.rmtree(place / "home")
+        shutil.copytree(_installed_home(product, place.with_name("installed")), place / "home")
+
+
+def _installed_home(product, place):
+    """A data root that was laid out and holds a spooled job; made once for all scenes."""
+    home = place / "home"
+    if home.exists():
+        return home
+    for part in PARTS:
+        (place / part).mkdir(parents=True)
+    (place / "user" / "kept.ps").write_text(SIGN, encoding="utf-8")
     status, _, error = run([str(product.command), "print", "kept.ps", "--spool",
-                            "--output", str(place / "tmp")], place)
+                            "--output", str(place / "out")], place)
     if status != 0:
         raise RuntimeError(f"the first print failed, so nothing can be tested:\n{error}")
-    (place / "home" / "settings.ini").write_text(SETTINGS, encoding="utf-8")
-    for part in (place / "tmp", place / "home" / "Queue" / "rip" / "System" / "c-out"):
-        shutil.rmtree(part)
-        part.mkdir()
-    for log in (place / "home" / "Queue" / "rip").glob("*.log"):
+    (home / "settings.ini").write_text(SETTINGS, encoding="utf-8")
+    rip = home / "Queue" / "rip"
+    shutil.rmtree(rip / "System" / "c-out")
+    (rip / "System" / "c-out").mkdir()
+    for log in rip.glob("*.log"):
         log.unlink()
+    return home
 
 
 def copy_or_link(source, target):
