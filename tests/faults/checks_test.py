@@ -1,4 +1,4 @@
-"""Shows that the checks of this folder notice what they are for, on small programs and trees.
+"""Shows that the checks of this folder notice the faults that they look for, on small programs and trees.
 
 usage: checks_test.py INJECTOR
 """

@@ -1,7 +1,7 @@
 """Disturbs whole commands, and sees that each ends well or says clearly that it did not.
 
 In one run after the other, a single system call fails; and the power is cut after each change of a
-file. Programs are looked at from outside only: how they end, what they say, what lies on the disk.
+file. Programs are looked at from outside only: their end, their messages, the files on the disk.
 
 usage: faults.py BUILD_TREE SOURCE_TREE [OPTION...]
 """
@@ -46,7 +46,7 @@ class Slots:
 
 
 class Table:
-    """What came out, a line a scene."""
+    """The results, a line a scene."""
 
     COLUMNS = ("calls", "runs", "success", "clear error", "not reached", "cuts", "known", "faults")
 
@@ -61,7 +61,7 @@ class Table:
 
 
 def in_short(findings, at_most=4):
-    """The findings on one line; what is many times the same is cut short."""
+    """The findings on one line, at most so many of them."""
     more = len(findings) - at_most
     return "; ".join(findings[:at_most]) + (f"; and {more} more" if more > 0 else "")
 
@@ -216,7 +216,7 @@ def read_options():
     parser.add_argument("--cuts-only", action="store_true", help="no failing calls")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 2, help="runs at a time")
     parser.add_argument("--every", type=float, default=20, help="seconds between lines of progress")
-    parser.add_argument("--show", action="store_true", help="what a run with a fault said")
+    parser.add_argument("--show", action="store_true", help="print the messages of runs with a fault")
     parser.add_argument("--case", nargs=5, metavar=("COMMAND", "TASK", "CALL", "NUMBER", "ERROR"),
                         help="repeat one case, named as in the line of its fault")
     return parser.parse_args()

@@ -11,7 +11,7 @@ import system_errors
 from wholeness import Expected, Tree
 
 INJECTOR_REFUSED = 77  # the exit status of a test that is skipped
-# Clearing up can't be finished by a call that fails to; what then lies there is no fault.
+# A failing call of these keeps files from being removed; that they stay is no fault.
 CLEARING_CALLS = ("unlink", "unlinkat", "rmdir", "getdents64")
 # These directories are opened by the command for that only.
 CLEARED_DIRECTORY = re.compile(r"^SLOT/home/(jobs/N|Queue/rip/System/c-out/RUN)/?( \(flags\))?$")
@@ -51,7 +51,7 @@ class Outcome:
 
 
 class Report:
-    """What the injector wrote of a run."""
+    """The injector's report of a run."""
 
     def __init__(self, path, slot):
         self.calls, self.died, self.left = [], [], []
@@ -90,7 +90,7 @@ class Report:
 
 
 def steady_detail(detail, slot):
-    """A call's detail without what differs from run to run and from machine to machine."""
+    """A call's detail without the parts that differ from run to run and from machine to machine."""
     detail = detail.replace(str(slot), "SLOT")
     detail = re.sub(r"^.*/(build/[^/]+|lib/x86_64-linux-gnu)/", r"\1/", detail)
     detail = re.sub(r"(pipe|socket|anon_inode):\[?\w+\]?", r"\1:", detail)
@@ -99,7 +99,7 @@ def steady_detail(detail, slot):
 
 
 class Subject:
-    """A scene, made ready: its template, its undisturbed run, and what is expected."""
+    """A scene, made ready: its template, its undisturbed run, and the files expected of it."""
 
     def __init__(self, scene, product, place):
         self.scene, self.product = scene, product
@@ -149,14 +149,14 @@ class Subject:
         else:
             found += self.expected.after_error(now)
         cleared_wrongly = call.name in CLEARING_CALLS or CLEARED_DIRECTORY.search(call.detail)
-        if report.limit or cleared_wrongly:  # what was killed could not clear up
+        if report.limit or cleared_wrongly:  # a killed process could not clear up
             found = [finding for finding in found if not finding.startswith("left over")]
         if found or not succeeded:
             found += self.second_run(slot)
         return Outcome(report.failed, succeeded, list(dict.fromkeys(found)), error)
 
     def second_run(self, slot):
-        """An undisturbed run on what a disturbed one left."""
+        """An undisturbed run in the slot that a disturbed one left."""
         status, _, error = scenes.run(self.product.command_line(self.scene, slot), slot)
         if status != 0:
             last = error.strip().splitlines()[-1:] or [""]

@@ -1,4 +1,4 @@
-"""What a run may say, and how it may end."""
+"""Messages and exit statuses that a run may end with."""
 
 import re
 
@@ -8,14 +8,14 @@ CLEAR_STATUSES = {1, 3, 5}
 CRASH_SIGNALS = {3: "SIGQUIT", 4: "SIGILL", 5: "SIGTRAP", 6: "SIGABRT", 7: "SIGBUS", 8: "SIGFPE",
                  11: "SIGSEGV", 13: "SIGPIPE", 31: "SIGSYS"}
 ERROR = re.compile(r"^rastrel: (.+)$", re.M)
-# What a program says that did not foresee its failure.
+# Messages of a program that did not foresee its failure.
 UNFORESEEN = re.compile(r"terminate called|what\(\)|std::|Segmentation fault|^Aborted|assertion|"
                         r"stack smashing|corrupted|runtime error:|ERROR: \w+Sanitizer|CRITICAL",
                         re.I | re.M)
 
 
 def findings(status, error):
-    """What is wrong with how a run ended, given that no signal ended it."""
+    """Faults of a run's end, given that no signal ended it."""
     lines = ERROR.findall(error)
     if UNFORESEEN.search(error):
         yield f"not foreseen: {UNFORESEEN.search(error).group(0)}"

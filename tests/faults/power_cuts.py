@@ -1,4 +1,4 @@
-"""What lies on the disk if the power fails in the middle of a run.
+"""The files on the disk if the power fails in the middle of a run.
 
 The injector's journal says how a run changed its files, one change after the other. Replaying it up
 to each change gives every state that the power may leave:
@@ -91,7 +91,7 @@ class Disk:
             (target / os.path.relpath(path, slot)).symlink_to(link)
 
     def digest(self, slot):
-        """What two states of equal consequence have in common."""
+        """Equal for states with the same files."""
         return hash((frozenset((steady(os.path.relpath(path, slot)), self.nodes[inode].data)
                                for path, inode in self.names.items()), frozenset(self.folders)))
 
@@ -177,7 +177,7 @@ class Recording:
             self.changes = read_journal(journal)
             if self._replays_to(Disk.of(slot)):
                 return
-        raise RuntimeError(f"{subject.scene}: the journal does not lead to what lies there")
+        raise RuntimeError(f"{subject.scene}: replaying the journal does not lead to the files on the disk")
 
     def _replays_to(self, real):
         disk = self.start.fork()

@@ -43,7 +43,7 @@ SETTINGS = "; mine\n[RASTREL]\nKeep PS Files = 0\n"
 
 @dataclasses.dataclass(frozen=True)
 class Scene:
-    """A command line, and what its slot holds, by paths relative to the slot.
+    """A command line, and the files of its slot, by paths relative to the slot.
 
     {out} is the full path of the slot's out/. A relative one would be safe only as long as every
     fault of finding the present directory is mended: the results would go where it is taken to be.
@@ -111,7 +111,7 @@ def run(command, slot, limit=RUN_LIMIT):
 
 
 def make_template(scene, product, place):
-    """Fills `place` with what a run of the scene starts from."""
+    """Fills `place` with the files that a run of the scene starts from."""
     for part in PARTS:
         (place / part).mkdir(parents=True)
     for name, content in (("sign.ps", SIGN), ("plate.xml", PLATE),

@@ -1,7 +1,7 @@
-"""What must hold of the files after a run, however it ended.
+"""Rules for the files after a run, however it ended.
 
-A Tree is what lies in a slot, read into memory: paths relative to the slot, with the names that
-differ from run to run made equal. A finding is one line that says what is wrong.
+A Tree is a slot's files, read into memory: paths relative to the slot, with the names that
+differ from run to run made equal. A finding is a fault, in one line.
 """
 
 import dataclasses
@@ -16,13 +16,13 @@ CHANGING = (
 )
 # Not results and nobody's property.
 PASSED_OVER = re.compile(r"^(tmp/cache(/|$)|home/\.lock$|home/Queue/rip/Rastrel-N\.log$)")
-# What may lie there after a power cut: working files, which no one takes for a result.
+# Working files may stay after a power cut: no one takes them for a result.
 WORKING = re.compile(r"^(tmp/|home/jobs/|home/Queue/rip/System/c-out/|home/.*\.new$)|(^|/)\.[^/]*$")
 SPOOL = "home/Queue/rip/CFM/"
 
 
 def steady(path):
-    """The path with what differs from run to run made equal."""
+    """The path with its changing parts made equal."""
     for pattern, name in CHANGING:
         path = pattern.sub(name, path)
     return path
@@ -90,7 +90,7 @@ class Expected:
                 yield f"damaged: {path}"
 
     def new_files(self, now, after_cut):
-        """What is new is a whole result, or at least not taken for one."""
+        """A new file is a whole result, or at least not taken for one."""
         for path, data in now.files.items():
             if path in self.before.files:
                 continue

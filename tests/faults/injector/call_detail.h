@@ -8,7 +8,7 @@
 
 namespace faults {
 
-/// What a call is about, for the reader of a report: its path, the path of its descriptor, or
+/// A call's subject, for the reader of a report: its path, the path of its descriptor, or
 /// nothing. Without tabs and line ends.
 [[nodiscard]] std::string DetailOf(pid_t task, std::string_view name,
                                    const user_regs_struct& registers);

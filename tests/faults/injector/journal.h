@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-/// What a run changes in the files below one directory, in order, so that every state in between
+/// The changes that a run makes to files below one directory, in order, so that every state between
 /// can be made again.
 namespace faults {
 

@@ -25,7 +25,7 @@ struct CallAddress {
   int number = 0;
 };
 
-/// What a run is to be like.
+/// A run: the command, the call that fails, and the records that are wanted.
 struct Plan {
   std::vector<std::string> command;
   std::string report;             ///< file for the lines that Tracer tells of
