@@ -6,8 +6,8 @@
 #include "cli/job/job_event.h"
 #include "cli/job/job_record.h"
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/job/log_cleanup.h"
 #include "rastrel/job/job_code_text.h"
+#include "rastrel/job/log_cleanup.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 

@@ -13,8 +13,8 @@
 #include "cli/console/standard_streams.h"
 #include "cli/job/job_event.h"
 #include "cli/printing/ticket_file.h"
-#include "rastrel/job/job_ticket.h"
 #include "rastrel/job/job_code_text.h"
+#include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 

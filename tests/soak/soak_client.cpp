@@ -37,7 +37,7 @@ constexpr int Printers = 2;         // threads that print
 constexpr int JobsOfRound = 20;     // also the steps in which holdings are seen
 constexpr int PrintsOfRound = 12;   // of these
 constexpr auto JobLimit = 120s;     // a job that takes longer waits for ever
-constexpr auto LongestDelay = 700;  // milliseconds until an abort
+constexpr auto MaximumDelay = 700;  // milliseconds until an abort
 
 std::mutex outputMutex;
 
@@ -242,7 +242,7 @@ Result Workbook(const Inputs& inputs) {
 
 Result TicketJob(const Inputs& inputs, int number, std::mt19937& random) {
   const std::string name = "client-" + std::to_string(number);
-  const int delay = static_cast<int>(random() % LongestDelay);
+  const int delay = static_cast<int>(random() % MaximumDelay);
   switch (random() % 8) {
     case 0:
     case 1: return Print(inputs, name);

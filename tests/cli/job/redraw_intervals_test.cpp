@@ -19,7 +19,7 @@ TEST(RedrawIntervals, keep_events_below_the_flicker_of_a_terminal) {
 }
 
 TEST(RedrawIntervals, of_a_spreadsheet_are_those_of_its_documents) {
-  EXPECT_EQ(redraw::BeforeSpreadsheet, 1s);  // docs/formats/sheet-text.md: from the first one on
+  EXPECT_EQ(redraw::BeforeSpreadsheet, 1s);    // docs/formats/sheet-text.md: from the first one on
   EXPECT_EQ(redraw::OfSpreadsheetAsJson, 1s);  // each second
   EXPECT_EQ(redraw::OfSpreadsheet, 100ms);
 }
