@@ -54,10 +54,10 @@ void CStream::Read(void* bytes, std::size_t count) {
     m_Taken += count;
     return;
   }
-  ReadPastBuffer(target, count);
+  ReadBehindBuffer(target, count);
 }
 
-void CStream::ReadPastBuffer(unsigned char* target, std::size_t count) {
+void CStream::ReadBehindBuffer(unsigned char* target, std::size_t count) {
   while (count > 0) {
     if (m_Taken == m_Used) Fill();
     const std::size_t part = std::min(count, m_Used - m_Taken);
@@ -80,7 +80,7 @@ void CStream::Fill() {
   m_Taken = 0;
 }
 
-void CStream::Skip(std::uint64_t count) {
+void CStream::PassOver(std::uint64_t count) {
   while (count > 0) {
     if (m_Taken == m_Used) Fill();
     const std::uint64_t part = std::min<std::uint64_t>(count, m_Used - m_Taken);
@@ -111,13 +111,13 @@ void CStream::Flush() {
   if (m_Position != 0) return;  // a reader's buffer
   const std::size_t ready = m_WriteBlocks.empty() ? m_Used : m_WriteBlocks.front();
   if (ready == 0) return;
-  WriteToFile(m_Buffer.get(), ready);
+  GiveToFile(m_Buffer.get(), ready);
   std::memmove(m_Buffer.get(), m_Buffer.get() + ready, m_Used - ready);
   m_Used -= ready;
   for (std::size_t& block : m_WriteBlocks) block -= ready;
 }
 
-void CStream::WriteToFile(const unsigned char* bytes, std::size_t count) {
+void CStream::GiveToFile(const unsigned char* bytes, std::size_t count) {
   constexpr std::size_t maximum = std::numeric_limits<unsigned>::max();
   while (count > 0) {
     const std::size_t part = std::min(count, maximum);
@@ -190,7 +190,7 @@ void CStream::CloseReadBlock() {
   const ReadBlock block = m_ReadBlocks.back();
   m_ReadBlocks.pop_back();
   const std::uint64_t taken = m_Position - (m_Used - m_Taken) - block.begin;
-  if (taken < block.length) Skip(block.length - taken);
+  if (taken < block.length) PassOver(block.length - taken);
 }
 
 int CStream::WritePostscript(const wchar_t* text) {

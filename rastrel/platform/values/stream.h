@@ -98,9 +98,9 @@ class RASTREL_API CStream {
  private:
   void Grow(std::size_t count);
   void Fill();
-  void ReadPastBuffer(unsigned char* target, std::size_t count);
-  void Skip(std::uint64_t count);
-  void WriteToFile(const unsigned char* bytes, std::size_t count);
+  void ReadBehindBuffer(unsigned char* target, std::size_t count);
+  void PassOver(std::uint64_t count);
+  void GiveToFile(const unsigned char* bytes, std::size_t count);
 
   struct ReadBlock {
     std::uint64_t begin;  // position after the length
