@@ -95,7 +95,8 @@ constexpr std::size_t ResidentSlack = 4 << 20;
 void ExpectFlat(const Holdings& before) {
   EXPECT_FALSE(HasChildren());
   EXPECT_EQ(OpenDescriptors(), before.descriptors);
-  EXPECT_EQ(ThreadsSettled(before.threads), before.threads);
+  // A joined thread may count for an instant more: then there were too many before.
+  EXPECT_LE(ThreadsSettled(before.threads), before.threads);
   if (!CountsMemory) return;
   const Holdings after;
   EXPECT_LT(after.allocated, before.allocated + AllocatedSlack);
