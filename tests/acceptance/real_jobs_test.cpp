@@ -3,6 +3,7 @@
 
 #include "tests/acceptance/real_root.h"
 #include "tests/support/open_descriptors.h"
+#include "tests/support/threads.h"
 
 namespace rastrel::test {
 namespace {
@@ -76,7 +77,9 @@ TEST(RealJob, the_test_page_prints_from_a_program_that_only_links_the_library) {
   EXPECT_EQ(root.Delivered(), std::set<std::string>{"testpage-1.tif"});
 }
 
-// The moments are spread over the time of a whole job on this machine, and a little beyond.
+// The moments are spread over the time of a whole job, and a little beyond. How long a job takes
+// changes with what else the machine does, so the time follows the rounds: shorter after an abort
+// that came too late, longer after one in time. About two of three are in time at any speed.
 TEST(RealJob, an_abort_at_any_moment_leaves_no_child_thread_descriptor_or_file) {
   const RealRoot root;
   const std::string job = root.Job("sign.ps");
@@ -87,37 +90,41 @@ TEST(RealJob, an_abort_at_any_moment_leaves_no_child_thread_descriptor_or_file) 
     ASSERT_TRUE(ticket.PrintJob());
     ticket.EndPrint();
   }
-  const auto whole = std::chrono::steady_clock::now() - measure;
+  std::chrono::duration<double> whole = std::chrono::steady_clock::now() - measure;
   const auto before = root.Content();
   const std::size_t descriptors = OpenDescriptors();
   const std::size_t threads = Threads();
   unsigned random = 2463534242U;
+  constexpr int Aborts = 120;
+  constexpr int MaximumRounds = 2000;
   int aborted = 0;
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; aborted < Aborts && round < MaximumRounds; ++round) {
     random ^= random << 13;
     random ^= random >> 17;
     random ^= random << 5;
     CJobTicket ticket;
     RealRoot::Fill(ticket, job);
     ASSERT_TRUE(ticket.PrintJob());
-    std::this_thread::sleep_for(whole * (random % 1100) / 1000);
+    std::this_thread::sleep_for(whole * (random % 1100 / 1000.0));
     ticket.GetPrintThread()->Abort();
     ticket.EndPrint();
     // Either the abort came too late and the job is done, or it is held as aborted; never between.
     if (ticket.m_Status == JS_ACTIVE) {
       EXPECT_EQ(ticket.m_Error, JTE_NONE);
+      whole *= 0.9;
     } else {
       EXPECT_EQ(ticket.m_Status, JS_HOLDING);
       EXPECT_EQ(ticket.m_Error, JTE_ABNORMAL);
       ++aborted;
+      whole *= 1.05;
     }
     EXPECT_FALSE(ticket.GetCFMFileExists());
     ASSERT_EQ(root.Content(), before) << "round " << round;
     ASSERT_EQ(root.Processes(), 0) << "round " << round;
     ASSERT_EQ(OpenDescriptors(), descriptors) << "round " << round;
-    ASSERT_EQ(Threads(), threads) << "round " << round;
+    ASSERT_LE(ThreadsSettled(threads), threads) << "round " << round;
   }
-  EXPECT_GT(aborted, 100);
+  EXPECT_EQ(aborted, Aborts);
   for (const std::string& name : root.Delivered()) EXPECT_TRUE(name.ends_with(".tif")) << name;
 }
 

@@ -112,13 +112,4 @@ class RealRoot {
   EnvironmentGuard m_Printer;
 };
 
-/// How many threads this process runs. A sanitizer starts one of its own with the first that the
-/// program starts, so one is started before the first count.
-inline std::size_t Threads() {
-  static const bool begun = (std::thread([] {}).join(), true);
-  static_cast<void>(begun);
-  return static_cast<std::size_t>(
-      std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
-}
-
 }  // namespace rastrel::test

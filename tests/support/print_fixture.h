@@ -10,6 +10,7 @@
 #include "rastrel/printing/printing_thread.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/open_descriptors.h"
+#include "tests/support/threads.h"
 #include "tests/support/transcript.h"
 
 namespace rastrel::test {
@@ -27,21 +28,6 @@ inline constexpr const char* GoodEngine = "cat > \"$RASTREL_HOME/engine.input\"\
 /// For a script: becomes a program that runs until it is ended.
 inline constexpr const char* Hang = "exec sleep 1000\n";
 
-/// How many threads this process has. A sanitizer starts one of its own with the first that the
-/// program starts, so one is started before the first count.
-inline std::size_t Threads() {
-  static const bool begun = (std::thread([] {}).join(), true);
-  static_cast<void>(begun);
-  return static_cast<std::size_t>(
-      std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
-}
-/// The same once it has come down to `expected`: a thread that was joined is listed a moment
-/// longer.
-inline std::size_t ThreadsSettled(std::size_t expected) {
-  for (int rounds = 0; Threads() > expected && rounds < 5000; ++rounds)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  return Threads();
-}
 /// Whether this process has any child, a zombie included.
 inline bool HasChildren() {
   siginfo_t information{};
