@@ -58,7 +58,7 @@ void Prepend(const ScratchDirectory& scratch, const char* name) {
           "the header was not written");
 }
 
-// What a header in front of a file adds to the peak of memory, in kilobytes.
+// Kilobytes that a header in front of a file adds to the peak of memory.
 long PeakOf(const ScratchDirectory& scratch, const char* name) {
   std::ofstream("/proc/self/clear_refs") << "5";
   const long before = bench::StatusKilobytes("VmHWM:");

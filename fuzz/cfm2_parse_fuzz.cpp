@@ -1,4 +1,5 @@
-// The reader of CFM2 text against any text. What it reads, the generator must be able to write.
+// The reader of CFM2 text against any text. The generator must be able to write every document that
+// it reads.
 
 #include <cstddef>
 #include <cstdint>

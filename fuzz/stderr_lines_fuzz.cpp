@@ -12,7 +12,7 @@
 
 namespace {
 
-// A job that only checks that what it hears is in the vocabulary.
+// A job that only checks that each report is in the vocabulary.
 class Listener : public CJobMessaging {
  public:
   virtual ~Listener() = default;
