@@ -90,7 +90,7 @@ ExitStatus StatusOf(const Failure& failure, bool install) {
 
 ExitStatus Work(const CommandLine& line, const char* program, Reporter& reporter) {
   auto guardian = Guardian::Start(true);
-  // The failure is reported while the guardian still holds what is to be removed.
+  // The failure is reported while the guardian still holds the files to be removed.
   const auto done =
       guardian ? Rip(line, program, reporter, *guardian) : Expected<void>(guardian.Error());
   if (done) return line.install ? ExitStatus::InstallDone : ExitStatus::Done;

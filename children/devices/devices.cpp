@@ -164,7 +164,7 @@ Expected<void> TakeTimeout(const Section& section, Device& device) {
   return {};
 }
 
-/// A key of the other kind is a mistake that would otherwise have no effect and no word.
+/// A key of the other kind is a mistake that would otherwise have no effect and no message.
 Expected<void> RefuseKeys(const Section& section, std::initializer_list<const char*> keys,
                           const char* kind) {
   for (const char* key : keys) {

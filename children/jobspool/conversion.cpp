@@ -96,8 +96,8 @@ class Conversion {
     return m_Source.header.resolution.value_or(OrdinaryResolution);
   }
 
-  // A PDF sets its page while it runs. PostScript that doesn't say what its picture is has to be
-  // run for that.
+  // A PDF sets its page while it runs. PostScript that doesn't declare its area has to be run for
+  // that.
   Expected<void> FindArea(PictureTask& task) const {
     const bool pdf = m_Source.job.layout.kind == interpreter::JobKind::Pdf;
     task.area = m_Source.declared;

@@ -34,7 +34,7 @@ inline constexpr unsigned long PictureLimit = 8UL << 20;
 [[nodiscard]] bool ShowsPictures();
 
 /// Shows a PNG file on standard output. False, and nothing is written, if that is no terminal which
-/// shows pictures, or the file is none or too large: then its path is to be told instead.
+/// shows pictures, or the file is none or too large: then its path is to be printed instead.
 [[nodiscard]] bool ShowPicture(const std::wstring& path);
 
 }  // namespace rastrel::cli

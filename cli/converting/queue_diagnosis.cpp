@@ -27,7 +27,7 @@ std::string LastErrorOfQueue() {
       RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
   const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
   if (!log) return {};
-  // Behind the head of an entry: the time, then the thread's number in brackets.
+  // After the head of an entry: the time, then the thread's number in brackets.
   const std::string mark = "]ERROR: ";
   const std::size_t found = log->rfind(mark);
   if (found == log->npos) return {};

@@ -53,7 +53,7 @@ void CheckDirectory(const std::string& target) {
                                                  "': no such directory");
 }
 
-// Shows the first of the pictures, if the terminal can; all names were told as they were made.
+// Shows the first of the pictures, if the terminal can; all names were printed as they were made.
 void ShowFirst(const PreviewFiles& files) {
   for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
     if (!ShowPicture(os::FromNative(files.Names()[i]))) return;

@@ -78,7 +78,7 @@ void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& inpu
   settings.SpoolAllowed = request.spool;
 }
 
-// The job is printed whatever becomes of its ticket, and its files are told first.
+// The job is printed whatever becomes of its ticket, and its files are reported first.
 Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobView& view) {
   auto saved = SaveTicket(ticket, path);
   if (saved) view.Say("saved", "the ticket is saved as", path);

@@ -20,7 +20,7 @@ namespace rastrel::render {
 namespace {
 
 constexpr double PointsPerInch = 72;
-constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
+constexpr double ThinnestLine = 0.25;  // points; still visible in print
 // Larger letters are drawn as paths: pictures of single letters take memory, and the font library
 // has a maximum size.
 constexpr double LargestPixelLetter = 1000;
