@@ -26,7 +26,7 @@ constexpr std::size_t MaximumColors = 10000;  // of a run; a prefix sets one
 // A point's ten-thousandth is far below any cutter's step.
 std::string Number(double value) { return os::ShortDecimal(value, 4); }
 
-// Control characters, '%' and what is no UTF-8 as %XX, so that a text keeps to its line.
+// Control characters, '%' and bytes that are no UTF-8 as %XX, so that a text keeps to its line.
 std::string Escape(std::string_view text) {
   const bool wellFormed = os::Utf8FromWide(os::WideFromUtf8(text)) == text;
   std::string escaped;

@@ -12,8 +12,8 @@ namespace rastrel::interpreter {
 /// other lines, which go to the listener.
 class RunReports {
  public:
-  /// `word` is the run's secret word. `isQuietBefore`: what is printed before the first report is
-  /// not passed on, unless it is an error. Borrows the others.
+  /// `word` is the run's secret word. `isQuietBefore`: lines before the first report are not passed
+  /// on, unless they are errors. Borrows the others.
   RunReports(std::string word, bool isQuietBefore, PageMaker& pages, RunListener& listener,
              RunFailure& failure);
 

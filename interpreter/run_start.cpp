@@ -27,7 +27,7 @@ enum Place : std::size_t {
   Count
 };
 
-// In this order: each uses what those before it define.
+// In this order: each uses definitions of those before it.
 constexpr std::array PrologFiles{"reports.ps",  "capture.ps",   "match.ps",     "pdftext.ps",
                                  "guard.ps",    "device.ps",    "selection.ps", "sections.ps",
                                  "painting.ps", "lettering.ps", "cutter.ps",    "picture.ps"};

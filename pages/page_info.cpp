@@ -58,7 +58,8 @@ void AppendEscape(std::string& target, char character) {
   os::AppendHex(target, static_cast<unsigned char>(character), os::HexCase::Upper);
 }
 
-// Control characters, '%' and what is no UTF-8 become %XX; blanks too where they part two values.
+// Control characters, '%' and bytes that are no UTF-8 become %XX; blanks too where they part two
+// values.
 std::string Escape(std::string_view text, bool blanks) {
   std::string escaped;
   while (!text.empty()) {
@@ -111,7 +112,7 @@ bool IsPlainName(std::string_view name) {
          name.find('\0') == std::string_view::npos;
 }
 
-// The fields come in one order, so a reader needs no table of what it has seen.
+// The fields come in one order, so a reader needs no table of the fields it has seen.
 class Reader {
  public:
   explicit Reader(std::string_view text) : m_Rest(text) {}

@@ -58,8 +58,7 @@ inline constexpr const char* CutPathsName = "cut-paths";
 
 /// The file's text.
 [[nodiscard]] std::string FormatPageInfo(const PageInfo& info);
-/// Reads such a text. The failure's subject says the line and what is wrong with it; error is
-/// EINVAL.
+/// Reads such a text. The failure's subject names the line and its fault; error is EINVAL.
 [[nodiscard]] Expected<PageInfo> ParsePageInfo(const std::string& text);
 /// Reads the ".info" of a page directory, given by its native path, with or without closing slash.
 [[nodiscard]] Expected<PageInfo> ReadPageInfo(const std::string& directory);
