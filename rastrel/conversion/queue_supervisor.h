@@ -22,7 +22,7 @@ class CLQThread : public rastrel::printing::ChildSupervisor {
   };
 
   /// Milliseconds that an abort waits for the queue program's guardian, after the program itself
-  /// has been killed. The guardian removes what the program has made, and holds its standard error
+  /// has been killed. The guardian removes the program's files, and holds its standard error
   /// until that is done; the time is enough to remove the files of a large job. After it the
   /// readers end, whoever holds the pipes.
   static constexpr int GuardianTimeout = 5000;

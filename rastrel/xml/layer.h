@@ -12,10 +12,10 @@
 /// through a parser. docs/formats/xml.md describes what is accepted; in short:
 ///
 /// - XML 1.0 (fifth edition) with namespaces (1.0), in UTF-8, UTF-16 of either order, and the ISO
-///   and Windows encodings that a declaration names. Strict: what is not well-formed, has a
-///   document type, an entity other than the five that every document has, an attribute twice, a
-///   prefix that is not declared, or bytes that are none in its encoding, is refused as a whole.
-///   Nothing outside the document is ever fetched.
+///   and Windows encodings that a declaration names. Strict: a document that is not well-formed,
+///   has a document type, an entity other than the five that every document has, an attribute
+///   twice, a prefix that is not declared, or bytes that are none in its encoding, is refused as a
+///   whole. Nothing outside the document is ever fetched.
 /// - Texts of whitespace alone (space, tab, carriage return, line feed) are no nodes. A CDATA
 ///   section always is one. Comments and instructions are nodes, count among children, and have no
 ///   name. Neighbouring text is one node.

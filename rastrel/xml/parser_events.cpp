@@ -93,7 +93,7 @@ void XmlParserEvents::Fail(std::string why) {
   Note(std::move(failure));
 }
 
-// The first fault counts: what follows it often comes of it.
+// The first fault counts: later ones often come of it.
 void XmlParserEvents::Note(Failure failure) {
   if (!m_Fault) m_Fault = std::move(failure);
 }

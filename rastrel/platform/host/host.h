@@ -67,7 +67,7 @@ class RASTREL_API Translation {
 /// no host gets the standalone host, with `settings.ini` and `Queue` of the data root, with English
 /// texts, and without a document.
 ///
-/// What an operation returns belongs to the host, and is the same object in each call while the
+/// A returned object belongs to the host, and is the same object in each call while the
 /// host is installed.
 class RASTREL_API Host {
  public:

@@ -91,7 +91,7 @@ Growth WaitForGrowth(int descriptor, std::uint64_t size) {
     if (file->second.state == Growth::Failed) return Growth::Failed;
     files.changed.wait(lock);
   }
-  // What was written between the reader's last look and the end.
+  // The bytes written between the reader's last look and the end.
   if (::fstat(descriptor, &state) != 0) return Growth::Failed;
   return static_cast<std::uint64_t>(state.st_size) > size ? Growth::Grown : Growth::Whole;
 }

@@ -12,7 +12,7 @@ namespace rastrel::os {
 /// when this object ends. Move-only; a moved-from one removes nothing.
 class PrivateDirectory {
  public:
-  /// Told the path before the directory is made; false gives the making up. For who has to be able
+  /// Called with the path before the directory is made; false cancels it. For who has to be able
   /// to remove the directory if this process ends first.
   using BeforeMaking = std::function<bool(const std::string& path)>;
 
@@ -29,7 +29,8 @@ class PrivateDirectory {
   /// Full native path, without a closing slash.
   [[nodiscard]] const std::string& Path() const { return m_Path; }
 
-  /// Removes it now. The failure names what can't be removed; nothing is tried again later.
+  /// Removes it now. The failure names the file that can't be removed; nothing is tried again
+  /// later.
   [[nodiscard]] Expected<void> Remove();
 
  private:

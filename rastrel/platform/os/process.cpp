@@ -101,8 +101,8 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-// The child changes its directory before it executes, which would change what a relative path
-// means.
+// The child changes its directory before it executes, which would change the meaning of a relative
+// path.
 std::string AbsoluteExecutable(const SpawnRequest& request) {
   if (request.executable.empty() || request.executable.front() == '/' || request.directory.empty())
     return request.executable;
@@ -123,7 +123,7 @@ int SpawnProcess(const SpawnRequest& request, const std::string& executable, pid
                        Pointers(request.arguments).data(), Pointers(request.environment).data());
 }
 
-// The spawn tells one number for whatever went wrong in the child, so that a bad directory would
+// The spawn returns one error number for every failure in the child, so that a bad directory would
 // look like a missing program.
 Failure SpawnFailure(const SpawnRequest& request, const std::string& executable, int error) {
   struct stat state {};
