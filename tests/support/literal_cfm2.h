@@ -10,8 +10,8 @@
 
 #include "rastrel/job/format_string.h"
 
-/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md tells them
-/// and with no regard to speed: what the library's are held against.
+/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md has them and
+/// with no regard to speed: the library's are compared with them.
 namespace rastrel::test {
 
 struct LiteralPage {
@@ -57,7 +57,7 @@ inline std::wstring TrimLiterally(std::wstring text) {
 /// The reader.
 class LiteralReader {
  public:
-  /// The directory that "default" stands for.
+  /// The directory that "default" means.
   explicit LiteralReader(std::wstring defaultDirectory) : m_Default(std::move(defaultDirectory)) {}
 
   bool Parse(std::wstring text) {

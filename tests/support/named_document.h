@@ -13,7 +13,7 @@
 namespace rastrel::test {
 
 /// A document in memory under the name "file.xml", written anew as often as one likes, and a data
-/// root of its own, whose log begins anew now and then: refused documents are told there.
+/// root of its own, whose log begins anew now and then: refused documents are reported there.
 class NamedDocument {
  public:
   NamedDocument() : m_Home("RASTREL_HOME", m_Root.Path()) {

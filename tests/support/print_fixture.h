@@ -95,13 +95,13 @@ class PrintTest : public LibraryTest {
     ASSERT_TRUE(m_Ticket.EndPrint());
   }
   void Abort() { m_Ticket.GetPrintThread()->Abort(); }
-  /// Aborts the print that is to come when that line is told.
+  /// Aborts the next print when the transcript gets that line.
   void AbortAt(const std::string& line) {
     m_Ticket.m_Told.Listen([this, line](const std::string& told) {
       if (told == line) Abort();
     });
   }
-  /// What the last Print put into the application log, an entry a line; the line end that some
+  /// The last Print's entries in the application log, an entry a line; the line end that some
   /// entries have shows as "|".
   [[nodiscard]] Lines Logged() const {
     Lines entries;
