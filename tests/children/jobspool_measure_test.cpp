@@ -210,7 +210,7 @@ TEST_F(QueueMeasure, nothing_is_left_behind) {
   EXPECT_EQ(m_Bench.Leftovers(), std::vector<std::string>{"page.ps"});
 }
 
-// Columns of the corpus's table that another program's measure stands in.
+// Columns of the corpus's table with another program's measure.
 constexpr std::size_t PathColumn = 0;
 constexpr std::size_t BoxColumn = 19;
 constexpr std::size_t UnclippedColumn = 20;
@@ -235,8 +235,8 @@ std::optional<std::vector<double>> Four(const std::string& text) {
   return four;
 }
 
-// What the table's measure can't tell, and why: that program's sheet has its corner at the origin
-// and ends nowhere, and it doesn't ask which page a file sets.
+// Boxes that the table has wrong, and why: that program's sheet has its corner at the
+// origin and ends nowhere, and it doesn't ask which page a file sets.
 std::optional<std::vector<double>> Known(const std::string& path) {
   if (path == "doseps/ai24-no-preview-sections.eps") return {{0, 0, 595, 842}};  // no mark
   if (path == "ps/cups-testfile-pages.ps") return {{0, 0, 612, 792}};  // fills all; by its comment

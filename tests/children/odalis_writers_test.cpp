@@ -182,7 +182,7 @@ TEST(MakeImageWriter, a_full_disk_is_told) {
   for (const devices::FileFormat format : {devices::FileFormat::Png, devices::FileFormat::Pdf}) {
     EXPECT_NE(Write(format, "/dev/full", shape).find("No space left"), std::string::npos);
   }
-  // The TIFF library can't seek there; that it fails at all is what counts.
+  // The TIFF library can't seek there; it only has to fail.
   EXPECT_NE(Write(devices::FileFormat::Tiff, "/dev/full", shape), "");
 }
 

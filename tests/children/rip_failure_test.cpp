@@ -216,7 +216,7 @@ TEST(HostileJob, can_not_forge_reports) {
 }
 
 // The word that marks a report is in no place that a program could read it from: not by name, not
-// in a procedure, not in what an error leaves.
+// in a procedure, not in the state after an error.
 TEST(HostileJob, can_not_find_the_word_of_reports) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;

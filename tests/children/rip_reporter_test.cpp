@@ -8,7 +8,7 @@
 namespace rastrel::children {
 namespace {
 
-// What the reporter writes to the error stream.
+// The reporter's output on the error stream.
 template <typename Action>
 std::string Written(Action action) {
   ::testing::internal::CaptureStderr();
