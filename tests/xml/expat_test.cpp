@@ -1,5 +1,5 @@
-// Documents as expat reads them, a parser that shares no line with the one behind the layer, and
-// what the layer writes as expat reads it.
+// Documents as expat reads them, a parser that shares no line with the layer's own, and the layer's
+// output as expat reads it.
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,7 +22,7 @@ using rastrel::test::DumpOf;
 
 constexpr const char* Refused = "refused";
 
-// Each rule of XML 1.0 and of its namespaces that a writer may break, and what is next to it.
+// Each rule of XML 1.0 and of its namespaces that a writer may break, and its sound neighbour.
 constexpr std::string_view Documents[] = {
     // Around the document element.
     "<a/>",
@@ -320,8 +320,8 @@ class XmlExpat : public rastrel::test::XmlTest {
     m_Names.push_back(name);
     return name;
   }
-  // Adds what the layer writes of an element and of all elements below it. `place` tells how it is
-  // reached in the document.
+  // Adds the layer's output of an element and of all elements below it. `place` is the way to it in
+  // the document.
   void AddParts(const std::string& document, const std::string& place, const XmlNode& element) {
     m_Saved.push_back("saved" + std::to_string(m_Count++));
     EXPECT_TRUE(SaveNodeXml(element, m_Folder.Wide(m_Saved.back())));
@@ -350,7 +350,7 @@ class XmlExpat : public rastrel::test::XmlTest {
       EXPECT_EQ(streamed.Dump(), Parts(root, depth)) << m_Folder.Read(name);
     }
   }
-  // Holds what expat makes of each document against what the layer makes of it.
+  // Compares each document as expat reads it with the same as the layer reads it.
   void Compare() {
     Ask();
     for (const std::string& name : m_Names) {
@@ -390,7 +390,7 @@ TEST_F(XmlExpat, documents_that_try_each_rule_are_what_another_parser_finds) {
   EXPECT_LT(m_Sound, m_Count - 100);
 }
 
-// The one thing that the two tell apart, and that nobody asks for.
+// The one difference of the two, which nobody asks for.
 TEST_F(XmlExpat, a_declaration_of_the_prefix_xml_itself_is_taken_and_not_told) {
   const std::string name = Add("<a xmlns:xml='http://www.w3.org/XML/1998/namespace' n='1'/>");
   Ask();

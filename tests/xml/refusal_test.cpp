@@ -1,4 +1,4 @@
-// What is no document, and the words for it.
+// Texts that are no documents, and the message for each.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -27,7 +27,7 @@ constexpr bool MemoryCanBeTold = true;
 
 class XmlRefusal : public rastrel::test::XmlTest {
  protected:
-  // Highest memory, in MiB, that a process took for a file beyond what it had before.
+  // Highest memory, in MiB, that a process took for a file beyond an idle process.
   double MemoryFor(const std::wstring& path, bool loads) {
     const auto peak = [](const auto& work) {
       const pid_t child = ::fork();
@@ -42,8 +42,8 @@ class XmlRefusal : public rastrel::test::XmlTest {
     EXPECT_EQ(loads ? 1 : 0, work.second);
     return MemoryCanBeTold ? work.first - idle.first : 0.0;
   }
-  // A hostile document is refused for the given reason, in memory that has nothing to do with what
-  // it wants.
+  // A hostile document is refused for the given reason, in memory that has nothing to do with the
+  // size it wants.
   void ExpectCheapRefusal(const std::string& content, const std::string& reason) {
     const std::wstring path = FileOf(content);
     EXPECT_LT(MemoryFor(path, false), 64.0);

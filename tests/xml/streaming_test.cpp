@@ -1,4 +1,4 @@
-// Elements that are taken whole and elements that come part by part: no handler can tell.
+// Elements that are taken whole and elements that come part by part: no handler sees a difference.
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ TEST_F(XmlStreaming, random_documents_come_the_same_whole_and_in_parts) {
   }
 }
 
-// What is looked through at a time ends somewhere in a row, and some rows are longer than that.
+// A piece of reading ends somewhere in a row, and some rows are longer than a piece.
 TEST_F(XmlStreaming, long_tables_come_the_same_whole_and_in_parts) {
   for (std::uint32_t seed = 0; seed < 12; ++seed) {
     const std::string document = rastrel::test::XmlTables(seed).Next(9000);

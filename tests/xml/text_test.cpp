@@ -1,4 +1,4 @@
-// What counts as a text, and which text.
+// Which nodes count as a text, and which text.
 
 #include "tests/xml/xml_fixture.h"
 
@@ -58,7 +58,7 @@ TEST_F(XmlText, the_five_entities_and_numbers_are_replaced) {
   EXPECT_EQ(Text(Load(L"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x20ac;&#x1F600;</a>")),
             L"<&>\"'A\u20AC\U0001F600");
   EXPECT_EQ(Attribute(Load(L"<a n='&lt;&amp;&gt;&quot;&apos;'/>"), L"n"), L"<&>\"'");
-  // What comes of an entity is text and not markup.
+  // An entity's characters are text and not markup.
   EXPECT_EQ(Text(Load(L"<a>&lt;b/&gt;</a>")), L"<b/>");
   EXPECT_EQ(Text(Load(L"<a>&amp;lt;</a>")), L"&lt;");
 }

@@ -22,7 +22,7 @@ class XmlTest : public LibraryTest {
   }
   XmlNode LoadFile(std::string_view content) { return LoadXmlFile(FileOf(content)); }
 
-  /// Loads what must be a document.
+  /// Loads a text that must be a document.
   static XmlNode Load(std::wstring_view text) {
     XmlNode root = LoadXmlString(text);
     EXPECT_TRUE(static_cast<bool>(root)) << Reason();
