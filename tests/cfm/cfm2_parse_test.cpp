@@ -196,7 +196,7 @@ TEST_F(Cfm2Parse, carriage_returns_are_trimmed_away) {
 
 TEST_F(Cfm2Parse, a_comment_takes_three_characters_behind_its_end) {
   EXPECT_TRUE(Parse(L">> c <<  \nbegin := once\ntitle := t\nend"));
-  // One character behind it: the line that follows loses two, and here that is the word's start.
+  // One character after it: the line that follows loses two, and here that is the word's start.
   EXPECT_FALSE(Parse(L">> c <<\nbegin := once\ntitle := t\nend"));
 }
 

@@ -20,7 +20,7 @@ class CommandTest : public ::testing::Test {
     m_Command.WriteUsualChildren();
     m_Command.Place().Write("job.ps", "%!PS\nshowpage\n");
   }
-  // Nothing of a job is left but what was asked for.
+  // Nothing of a job is left but the files that were asked for.
   void ExpectNothingLeft() const {
     EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
     EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());

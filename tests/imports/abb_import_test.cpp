@@ -1,4 +1,4 @@
-// What an import of plate XML makes of sizes, colors, texts and drill points.
+// Sizes, colors, texts and drill points in an import of plate XML.
 
 #include <gtest/gtest.h>
 

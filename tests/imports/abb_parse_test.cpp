@@ -1,4 +1,4 @@
-// What a plate XML says becomes records.
+// From a plate XML to records.
 
 #include <gtest/gtest.h>
 
@@ -158,7 +158,7 @@ TEST_F(AbbParse, a_file_that_is_missing_or_is_no_document_gives_false) {
   EXPECT_EQ(Calls().Text(), "");
 }
 
-// Each place of a text, with the text put where the @ stands.
+// Each place of a text, with the text put in place of the @.
 constexpr const char* TextPlaces[] = {
     "<PLATE><COLOR>@</COLOR></PLATE>",
     "<PLATE><TOOLNAME>@</TOOLNAME></PLATE>",

@@ -8,7 +8,7 @@ namespace {
 
 struct Answer {
   int type;
-  std::wstring name;  ///< what is left of it
+  std::wstring name;  ///< the rest of the name
   bool operator==(const Answer&) const = default;
 };
 

@@ -23,7 +23,7 @@ namespace {
 class AbortedJob : public rastrel::test::PrintTest {
  protected:
   void TearDown() override { EXPECT_FALSE(HasChildren()); }
-  /// Prints with an abort when `line` is told; the default children end well.
+  /// Prints with an abort at the transcript's `line`; the default children end well.
   void PrintAborted(const std::string& line) {
     RequestSpool();
     AbortAt(line);
@@ -227,7 +227,7 @@ TEST_F(AbortedJob, leaves_the_status_sentence_as_it_was) {
   Print();
   CString sentence;
   static_cast<void>(m_Ticket.GetProgress(JTO_SYSTEM, &sentence));
-  // The last one told: the stage's end follows the state.
+  // The last one reported: the stage's end follows the state.
   EXPECT_EQ(sentence, L"(*v*)Ripping Complete");
   EXPECT_EQ(End(), "3 12");
 }

@@ -20,7 +20,7 @@ namespace {
 struct Row {
   const char* ending;  // of the child's script
   int status;          // in the job log
-  const char* error;   // told to the ticket; null: none
+  const char* error;   // reported to the ticket; null: none
   const char* end;     // status and error of the ticket
 };
 

@@ -1,4 +1,4 @@
-// Where a job's pages go when they are kept, and what happens if they can't.
+// The folder of a job's kept pages, and the failure if it can't be had.
 
 #include <gtest/gtest.h>
 

@@ -380,7 +380,7 @@ TEST_F(ExcelImport, a_text_that_cannot_be_made_fails) {
 
 namespace {
 
-// Not for the log, which is to tell of it.
+// Not for the log, which is to report it.
 ssize_t NoSpaceForTheText(int descriptor, const void* bytes, size_t count) {
   if (count < 3 || std::memcmp(bytes, "\xEF\xBB\xBF", 3) != 0)
     return ::write(descriptor, bytes, count);

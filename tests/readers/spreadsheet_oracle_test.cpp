@@ -59,7 +59,7 @@ TEST_F(AgainstLiteralSpreadsheets, random_workbooks) {
     ASSERT_EQ(rastrel::test::DifferenceFromLiteral(folder), "") << "seed " << seed;
     texts += folder.Directory().Has("content.txt") ? 1 : 0;
   }
-  EXPECT_GT(texts, 1000);  // or the files are too odd to tell anything
+  EXPECT_GT(texts, 1000);  // or the files are too odd to show anything
 }
 
 TEST_F(AgainstLiteralSpreadsheets, random_open_office_documents) {

@@ -1,5 +1,5 @@
-// Unpacking: what a package holds comes out whole, and what is no honest package is refused with
-// words that name the entry.
+// Unpacking: a package's parts come out whole, and a dishonest package is refused with a message
+// that names the entry.
 
 #include "spreadsheet/package.h"
 
@@ -34,7 +34,7 @@ std::string Noise(std::size_t size) {
 
 class PackageTest : public ::testing::Test {
  protected:
-  // Opens a package and unpacks a part to "part"; the words of the refusal, or none.
+  // Opens a package and unpacks a part to "part"; the refusal's message, or none.
   std::string Try(const std::string& bytes, const std::string& part = "a",
                   const PackageLimits& limits = {}) {
     m_Scratch.Write("p.zip", bytes);

@@ -162,7 +162,7 @@ TEST(HelpText, knows_groups_and_nothing_that_is_no_command) {
   EXPECT_EQ(HelpText(""), "");
 }
 
-// The words for what can't be understood.
+// The message for arguments that can't be understood.
 std::string WordsFor(const std::vector<const char*>& words) {
   try {
     static_cast<void>(Parse(words));

@@ -1,4 +1,4 @@
-// Pictures on a terminal: which terminals, what they are sent, and that nothing else gets it.
+// Pictures on a terminal: which terminals get them, in which bytes, and that nothing else does.
 
 #include "cli/console/terminal_picture.h"
 
@@ -29,7 +29,7 @@ PictureProtocol ProtocolIn(const Variables& variables) {
   });
 }
 
-// The smallest PNG there is of that width: what the command reads of it is its beginning.
+// The smallest PNG there is of that width: the command reads its beginning alone.
 std::string PngOf(unsigned width, std::size_t rest = 0) {
   std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
   for (int shift = 24; shift >= 0; shift -= 8) png += static_cast<char>(width >> shift & 255U);
@@ -114,7 +114,7 @@ TEST(TerminalPicture, goes_to_kitty_in_chunks_of_4096_characters) {
   EXPECT_EQ(chunks(3073), (std::vector<std::size_t>{4096, 4}));
 }
 
-// What a process with a pseudo-terminal for its standard output sends there, and whether it says
+// The bytes that a process sends to the pseudo-terminal on its standard output, and whether it says
 // that it has shown the picture.
 struct Shown {
   bool said = false;

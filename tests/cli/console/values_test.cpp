@@ -7,7 +7,7 @@
 namespace rastrel::cli {
 namespace {
 
-// What a person reads of a refused value; empty if it is taken.
+// The message about a refused value; empty if it is accepted.
 std::string RefusalOf(const char* copies) {
   try {
     static_cast<void>(ParseCopies(copies));

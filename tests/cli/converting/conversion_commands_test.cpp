@@ -126,7 +126,7 @@ TEST_F(Conversions, header_shows_what_the_options_make) {
 
 TEST_F(Conversions, header_shows_the_one_that_a_file_has) {
   m_Command.Place().Write("own.ps", "%#Velumark Header 9.9\r\n%# Own\r\n%#End Job\r\n%!PS\n");
-  // A header is no PostScript to a file's first look; the file's own kind is asked for behind it.
+  // A header is no PostScript to a file's first look; the file's own kind is looked for after it.
   const CommandResult result = Run({"header", "own.ps"});
   EXPECT_EQ(result.output, "%#Velumark Header 9.9\n%# Own\n%#End Job\n") << result.error;
 }

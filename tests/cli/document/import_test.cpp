@@ -16,7 +16,7 @@ using test::CommandRunner;
 
 const std::string Examples = std::string(RASTREL_SOURCE_DIR) + "/examples/plates/";
 
-// A plate with a line of text, and with what is put beside it.
+// A plate with a line of text, and other elements beside it.
 std::string Template(const std::string& inside, const std::string& beside = "<PLATES/>") {
   return "<ABB>\n<ENGRAVINGTEMPLATE>" + beside + "\n<PLATE>\n" + inside +
          "\n</PLATE>\n</ENGRAVINGTEMPLATE>\n</ABB>\n";

@@ -11,7 +11,7 @@
 namespace rastrel::cli {
 namespace {
 
-// The words with which a value is refused; empty if it is taken.
+// The message with which a value is refused; empty if it is accepted.
 template <typename Work>
 std::string RefusalOf(Work work) {
   try {

@@ -17,7 +17,7 @@ using Names = std::vector<std::string>;
 class PrefixCommandTest : public ::testing::Test {
  protected:
   PrefixCommandTest() { m_Command.Place().Write("sign.ps", "%!PS\nshowpage\n"); }
-  // What is shown with these options.
+  // The command's output with these options.
   [[nodiscard]] std::string Shown(std::vector<std::string> options) {
     options.insert(options.begin(), {"prefix", "sign.ps"});
     const CommandResult result = m_Command.Run(options);

@@ -1,4 +1,4 @@
-// Previews: where their files go, and what the shipped programs make of a page.
+// Previews: where their files go, and the pictures that the shipped programs make of a page.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What the commands on the spool print of a job whose files were put there by hand.
+// Output of the commands on the spool for a job whose files were put there by hand.
 
 #include <gtest/gtest.h>
 

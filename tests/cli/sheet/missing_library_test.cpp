@@ -28,7 +28,7 @@ class MissingLibrary : public ::testing::Test {
   void Break(const std::string& library) const {
     m_Libraries.Write(library, std::string(4096, 'x'));
   }
-  // Has it find a library that knows nothing of what is asked for.
+  // Has it find a library that has none of the wanted functions.
   void Replace(const std::string& library) const {
     fs::copy_file(RASTREL_LIBRARY, m_Libraries.Path(library));
   }

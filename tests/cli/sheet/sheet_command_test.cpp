@@ -1,4 +1,4 @@
-// `rastrel sheet` as it is run: what it reads, what it makes of it, and that nothing is left.
+// `rastrel sheet` as it is run: its input, its output, and that nothing is left.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -44,7 +44,7 @@ class SheetCommandTest : public ::testing::Test {
     options.insert(options.begin(), {"sheet", "book"});
     return m_Command.Run(options);
   }
-  // The text, or the words of the refusal without the file's name.
+  // The text, or the refusal's message without the file's name.
   std::string Shown(const std::string& bytes, const Names& options = {"--as-shown"}) {
     const CommandResult result = Sheet(bytes, options);
     if (result.status == 0) {
@@ -496,7 +496,7 @@ TEST_F(SheetCommandTest, repeats_are_bounded) {
   EXPECT_EQ(status(1, 1'048'577, 0), 3);
   EXPECT_EQ(status(1, 1'048'576, 1), 3);
   EXPECT_EQ(status(999'999'999, 999'999'999, 0), 3);
-  // All but the first of a row's cells, and all of the rows behind the first, come by repeats.
+  // All but the first of a row's cells, and all of the rows after the first, come by repeats.
   EXPECT_EQ(status(16'384, 1'024, 1), 0);
   EXPECT_EQ(status(16'384, 1'024, 2), 0);
   EXPECT_EQ(status(16'384, 1'024, 3), 3);

@@ -133,7 +133,7 @@ TEST_F(Images, text_stands_within_its_margins_in_every_fit_and_justification) {
                           {{Piece(L"HHHHHHHHHHHHHHHHHHHHHHHH", 900)}, {Piece(L"H", 400)}}),
                 Colored(Blue));
         const Box box = BoxOf(DrawPixels(outlines), 0x0000FF);
-        // The frame less a tenth of its width on either side. H stands a tenth of its height from
+        // The frame less a tenth of its width on either side. H is a tenth of its height from
         // where its room begins, squeezed as it is.
         EXPECT_GE(box.left, 360);
         EXPECT_LE(box.right, 1640);

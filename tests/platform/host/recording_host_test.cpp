@@ -183,7 +183,7 @@ TEST(RecordingHost, writes_settings_and_translations) {
             "TString(\"(*v*)Adding text\") -> \"Text zuf\xC3\xBCgen\"\n");
 }
 
-// Each way of leaving something open, and the words for it.
+// Each way of leaving something open, and its message.
 struct Opening {
   const char* name;
   std::function<void(RecordingHost&)> open;
