@@ -219,7 +219,7 @@ struct CommentRow {
   bool missingEnd = false;
 };
 
-TEST(Cfm2Comments, are_removed_as_told) {
+TEST(Cfm2Comments, are_removed_as_the_format_says) {
   const CommentRow rows[] = {
       {L"", L""},
       {L"no comment", L"no comment"},

@@ -320,7 +320,7 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
 }
 
 // Fonts whose glyphs are programs: one with a shape in the text's color, one that paints blue.
-TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_color) {
+TEST(CutterEffect, of_a_font_of_programs_keeps_their_marks_in_the_cut_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   const auto font = [](const std::string& name, const std::string& glyph) {
@@ -408,7 +408,7 @@ TEST(CutterEffect, says_how_a_path_lies_to_the_clip) {
 }
 
 // The clip's text is only sent when it changes; a path between two of one clip must not hide that.
-TEST(CutterEffect, tells_two_clips_apart_however_often_they_take_turns) {
+TEST(CutterEffect, distinguishes_two_clips_however_often_they_take_turns) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   std::string drawing = "1 0 0 setrgbcolor\n";

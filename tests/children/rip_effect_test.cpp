@@ -61,7 +61,7 @@ TEST(LevelsEffect, of_one_channel_halves_that_channel_only) {
 // The table has entries of three digits here, and its string takes two digits a byte, whatever
 // entry they come from. Half of 255 lies between two of these bytes, and the interpreter takes
 // their mean.
-TEST(LevelsEffect, of_a_gamma_is_what_the_tables_bytes_say) {
+TEST(LevelsEffect, of_a_gamma_is_that_of_the_tables_bytes) {
   REQUIRE_GHOSTSCRIPT();
   const CJobData settings = WithLevels(0, 2, 255);
   std::string digits = os::Utf8FromWide(prefix::LevelsTable(settings.Levels[0]));

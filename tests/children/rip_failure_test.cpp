@@ -154,7 +154,7 @@ TEST(RipLimit, that_is_no_number_is_passed_over_with_a_warning) {
       outcome.Says("WARNING: RASTREL_RIP_TIMEOUT is not a whole number above 0; 1800 is used."));
 }
 
-TEST(HostileJob, can_not_change_what_the_prefix_fixed) {
+TEST(HostileJob, can_not_change_settings_that_the_prefix_fixed) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   ExpectRedPage(bench,

@@ -230,7 +230,7 @@ TEST_F(HeldPipes, aborted_ends_a_job_whose_child_is_gone) {
   }
 }
 
-TEST_F(HeldPipes, aborted_waits_for_what_clears_away_behind_the_child) {
+TEST_F(HeldPipes, aborted_waits_for_the_cleanup_after_the_child) {
   CLQThread::s_GuardianTimeout = 30'000;
   Queue(
       "(sleep 0.3; touch \"$RASTREL_HOME/cleared\") &\necho 'INFO: CONVERTING' >&2\n"

@@ -83,7 +83,7 @@ TEST_F(QRast, takes_an_empty_name) {
   EXPECT_EQ(m_Info.name, L"");
 }
 
-TEST_F(QRast, passes_over_what_is_no_record) {
+TEST_F(QRast, passes_over_lines_that_are_no_record) {
   Parse({L"xdpi 300", L" QRAST:xdpi 300", L"qrast:xdpi 300", L"QRAST: xdpi 300", L"QRAST:xdpi",
          L"QRAST:xdpi300", L"QRAST:Xdpi 300", L"QRAST:", L"QRAST", L"QRAST:scale 1"});
   EXPECT_EQ(m_Info.xdpi, -1);
@@ -147,7 +147,7 @@ TEST_F(QRast, of_a_child_that_ends_with_1_has_its_box) {
   EXPECT_TRUE(HasLogged("[QRast]: Exe exited"));
 }
 
-TEST_F(QRast, of_a_child_that_ends_with_2_failed_but_keeps_what_was_told) {
+TEST_F(QRast, of_a_child_that_ends_with_2_failed_but_keeps_its_reports) {
   Queue("printf 'QRAST:xdpi 300\\r\\nQRAST:name A\\n' >&2\nexit 2\n");
   EXPECT_FALSE(Run());
   EXPECT_EQ(m_Info.xdpi, 300);
@@ -155,7 +155,7 @@ TEST_F(QRast, of_a_child_that_ends_with_2_failed_but_keeps_what_was_told) {
   EXPECT_TRUE(HasLogged("[QRast]: Exe exited with status 2|"));
 }
 
-TEST_F(QRast, of_a_child_that_tells_nothing_is_a_success_without_a_box) {
+TEST_F(QRast, of_a_silent_child_is_a_success_without_a_box) {
   Queue("exit 0\n");
   EXPECT_TRUE(Run());
   EXPECT_EQ(m_Info.bboxX, -1.0F);

@@ -211,7 +211,7 @@ TEST_F(JobTicketArchive, pages_come_back_below_the_spool_of_the_loading_machine)
   EXPECT_EQ(ticket.m_CFMFile.TotalSize, 0x0102030405);
 }
 
-TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) {
+TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_fields_read_whole) {
   const Bytes whole = GoldenTicket();
   const std::vector<Item> items = TicketItems();
   CJobTicket loaded;

@@ -69,7 +69,7 @@ TEST_F(AbortedJob, before_the_wait_starts_the_child_ends_it_and_never_waits) {
   EXPECT_EQ(Errors(), Lines{});
 }
 
-TEST_F(AbortedJob, in_the_rips_wait_is_told_in_both_logs) {
+TEST_F(AbortedJob, in_the_rips_wait_is_reported_in_both_logs) {
   Rip(Hang);
   abortedTicket = &m_Ticket;
   const os::SystemCallsGuard guard;

@@ -223,7 +223,7 @@ TEST_F(ChildStart, of_an_engine_that_is_gone_before_its_input_aborts_the_job_wit
   EXPECT_TRUE(Root().Has("kept/A/pixels"));
 }
 
-TEST_F(ChildStart, of_an_engine_that_is_gone_before_its_input_deletes_what_the_rip_made) {
+TEST_F(ChildStart, of_an_engine_that_is_gone_before_its_input_deletes_the_rips_files) {
   // The engine closes its input, says so, and stays.
   Engine("exec <&-\n: > \"$RASTREL_HOME/closed\"\n" + std::string(rastrel::test::Hang));
   static std::string closed;

@@ -142,7 +142,7 @@ TEST_F(ChildMisbehaves, by_telling_of_an_error_and_ending_well_the_job_is_held_a
   EXPECT_TRUE(Root().Has("engine.input"));
 }
 
-TEST_F(ChildMisbehaves, by_words_of_an_error_alone_the_job_ends_well) {
+TEST_F(ChildMisbehaves, by_the_message_of_an_error_alone_the_job_ends_well) {
   Rip("echo 'ERROR: Out of memory' >&2; echo 'WARNING: Font' >&2\n" + std::string(GoodRip));
   Print();
   EXPECT_EQ(Errors(), Lines{"\"Out of memory\" rip"});
@@ -171,7 +171,7 @@ TEST_F(ChildMisbehaves, by_flooding_its_standard_error_every_line_arrives) {
   EXPECT_EQ(m_Ticket.m_Status.Load(), JS_ACTIVE);
 }
 
-TEST_F(ChildMisbehaves, by_flooding_with_one_endless_line_nothing_is_told) {
+TEST_F(ChildMisbehaves, by_flooding_with_one_endless_line_nothing_is_reported) {
   Rip("head -c 20000000 /dev/zero | tr '\\0' x >&2\n" + std::string(GoodRip));
   Print();
   EXPECT_TRUE(m_Ticket.m_Told.Behind("Log [Rip]").empty());
@@ -208,7 +208,7 @@ TEST_F(ChildMisbehaves, by_writing_64_megabytes_that_are_no_pages_they_are_inval
   EXPECT_FALSE(HasChildren());
 }
 
-TEST_F(ChildMisbehaves, by_leaving_a_grandchild_with_its_pipes_the_job_waits_for_what_that_writes) {
+TEST_F(ChildMisbehaves, by_leaving_a_grandchild_with_its_pipes_the_job_waits_for_its_output) {
   Rip("(sleep 0.2\necho 'INFO: SPOOLING' >&2\n" + std::string(GoodRip) + ") &\nexit 0\n");
   Engine(
       "cat > \"$RASTREL_HOME/engine.input\"\n(sleep 0.1; echo 'INFO: FLUSHING' >&2) &\nexit 0\n");

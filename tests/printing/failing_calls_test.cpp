@@ -153,7 +153,7 @@ struct Row {
   const char* end;
 };
 
-TEST_F(FailingCall, has_its_words_its_error_and_its_end) {
+TEST_F(FailingCall, has_its_message_its_error_and_its_end) {
   const Row rows[] = {
       {Event, 1, "[Print]: Couldn't set up synchronization", "", {}, "2 0"},
       {Poll, 1, "[Print]: Couldn't set up synchronization", "", {}, "2 0"},
@@ -231,13 +231,13 @@ TEST_F(FailingCall, in_the_output_stage_deletes_the_rips_pages) {
   }
 }
 
-TEST_F(FailingCall, of_a_start_is_told_with_the_program_and_the_error) {
+TEST_F(FailingCall, of_a_start_is_reported_with_the_program_and_the_error) {
   PrintWithout(Spawn, 1);
   EXPECT_TRUE(HasLogged("[Print] Couldn't start '" + Root().Path() +
                         "/Queue\\rip\\corerast.exe', error: " + std::to_string(EAGAIN) + "|"));
 }
 
-TEST_F(FailingCall, of_the_engines_standard_error_is_only_told_by_its_reader) {
+TEST_F(FailingCall, of_the_engines_standard_error_is_only_reported_by_its_reader) {
   PrintWithout(Duplicate, 3);
   EXPECT_TRUE(HasLogged("[Print] Pipe terminated with error: " + std::to_string(EBADF) + "|"));
   EXPECT_EQ(End(), "4 0");
@@ -293,7 +293,7 @@ TEST_F(FailingCall, of_asking_for_the_engines_status_is_an_abnormal_exit) {
 
 std::string releaseMark;
 
-TEST_F(FailingCall, of_ending_the_rip_is_told_and_the_abort_holds_the_job) {
+TEST_F(FailingCall, of_ending_the_rip_is_reported_and_the_abort_holds_the_job) {
   Rip("echo 'INFO: READY' >&2; until [ -e \"$RASTREL_HOME/go\" ]; do sleep 0.01; done\n");
   releaseMark = Root().Path("go");
   os::Calls().pidfd_send_signal = [](int, int, siginfo_t*, unsigned) {
@@ -310,7 +310,7 @@ TEST_F(FailingCall, of_ending_the_rip_is_told_and_the_abort_holds_the_job) {
   ReapLeftChild();
 }
 
-TEST_F(FailingCall, of_ending_the_engine_is_told_and_the_abort_holds_the_job) {
+TEST_F(FailingCall, of_ending_the_engine_is_reported_and_the_abort_holds_the_job) {
   GivePages();
   Engine("echo 'INFO: READY' >&2; until [ -e \"$RASTREL_HOME/go\" ]; do sleep 0.01; done\n");
   releaseMark = Root().Path("go");

@@ -23,7 +23,7 @@ class PrintJob : public rastrel::test::PrintTest {
 
 const Lines TwoPages = {"A/", "A/pixels", "B/", "B/pixels"};
 
-TEST_F(PrintJob, that_ends_well_tells_its_stages_in_order) {
+TEST_F(PrintJob, that_ends_well_reports_its_stages_in_order) {
   Print();
   EXPECT_EQ(Told().OfTheLibrary(),
             (Lines{"Log START: Print Job Thread", "Info 7 system", "Log (*v*)Processing Started",
@@ -54,7 +54,7 @@ TEST_F(PrintJob, without_spooling_leaves_the_job_file_alone) {
   EXPECT_TRUE(m_Ticket.m_CFMFile.Entries.empty());
 }
 
-TEST_F(PrintJob, with_spooling_tells_two_stages_more) {
+TEST_F(PrintJob, with_spooling_reports_two_stages_more) {
   RequestSpool();
   Print();
   EXPECT_EQ(Told().Stages(), "7,1,2,3,4,5,6,8");
@@ -270,7 +270,7 @@ TEST_F(PrintJob, whose_rip_writes_nothing_ends_with_error_16) {
                    "(*v*)Processing Completed"}));
 }
 
-TEST_F(PrintJob, whose_document_is_invalid_leaves_what_the_rip_left) {
+TEST_F(PrintJob, whose_document_is_invalid_leaves_the_rips_files) {
   Rip(std::string(GoodRip) + "printf 'begin := once\\nid := p3\\nend\\n'\n");
   Print();
   EXPECT_EQ(End(), "3 16");
@@ -278,7 +278,7 @@ TEST_F(PrintJob, whose_document_is_invalid_leaves_what_the_rip_left) {
   EXPECT_EQ(Tree("job"), Lines{"sign.ps"});
 }
 
-TEST_F(PrintJob, whose_rip_fails_leaves_what_the_rip_left) {
+TEST_F(PrintJob, whose_rip_fails_leaves_the_rips_files) {
   Rip(std::string(GoodRip) + "exit 2\n");
   Print();
   EXPECT_EQ(Told().Stages(), "7,1,2,8");
@@ -324,7 +324,7 @@ TEST_F(PrintJob, that_installs_with_a_missing_file_ends_with_error_18) {
   EXPECT_EQ(End(), "3 18");
 }
 
-TEST_F(PrintJob, without_both_programs_tells_of_the_rip_alone) {
+TEST_F(PrintJob, without_both_programs_reports_the_rip_alone) {
   std::filesystem::remove(Root().Path("Queue/rip/corerast.exe"));
   std::filesystem::remove(Root().Path("Queue/rip/coreodalis.exe"));
   const std::size_t mark = m_Library.LogMark();

@@ -60,7 +60,7 @@ TEST_F(SpooledJob, makes_a_read_only_directory_writable) {
             std::filesystem::perms(0755));
 }
 
-TEST_F(SpooledJob, tells_of_a_directory_that_it_can_not_ask_and_goes_on) {
+TEST_F(SpooledJob, reports_a_directory_that_it_can_not_ask_and_goes_on) {
   std::filesystem::remove_all(Root().Path("Queue/rip/CFM"));
   Root().Write("Queue/rip/CFM", "a file where the spool should be");
   Print();
@@ -69,7 +69,7 @@ TEST_F(SpooledJob, tells_of_a_directory_that_it_can_not_ask_and_goes_on) {
   ExpectFailure();
 }
 
-TEST_F(SpooledJob, tells_of_attributes_that_it_can_not_set_and_goes_on) {
+TEST_F(SpooledJob, reports_attributes_that_it_can_not_set_and_goes_on) {
   // A directory of the kernel's, read-only for everybody, whose mode nobody may change.
   std::filesystem::create_directory_symlink("/proc/self/fd", Root().Path("Queue/rip/CFM/sign.cfm"));
   Print();

@@ -73,7 +73,7 @@ TEST_F(PartsTest, another_part_is_fetched_when_the_ones_ahead_are_there) {
   EXPECT_EQ(Items("one"), 500U);
 }
 
-TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_tells_why) {
+TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_says_why) {
   EXPECT_TRUE(m_Parts.FetchAhead({"broken", "behind"}));
   EXPECT_EQ(Items("broken"), 0U);
   EXPECT_EQ(Items("behind"), 0U);
@@ -93,7 +93,7 @@ TEST_F(PartsTest, a_discarded_part_goes_and_the_others_stay) {
   EXPECT_EQ(Items("two"), 500U);
 }
 
-TEST_F(PartsTest, discarding_tells_why_a_part_is_not_whole) {
+TEST_F(PartsTest, discarding_says_why_a_part_is_not_whole) {
   EXPECT_TRUE(m_Parts.FetchAhead({"broken"}));
   const auto discarded = m_Parts.Discard("broken");
   ASSERT_FALSE(discarded);

@@ -123,14 +123,14 @@ TEST_F(XmlEncodingTest, other_spellings_of_unicode_encodings_are_refused) {
     EXPECT_EQ(reason(name), "") << name;
 }
 
-TEST_F(XmlEncodingTest, a_text_in_memory_is_what_it_is_whatever_it_declares) {
+TEST_F(XmlEncodingTest, a_text_in_memory_keeps_its_encoding_whatever_it_declares) {
   for (const wchar_t* const name : {L"UTF-8", L"UTF-16", L"ISO-8859-1", L"windows-1252"})
     EXPECT_EQ(Text(Load(L"<?xml version='1.0' encoding='" + std::wstring(name) +
                         L"'?><a>\u00E9\u20AC</a>")),
               L"\u00E9\u20AC");
 }
 
-TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_stand) {
+TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_anywhere) {
   const std::array<std::string, 7> wrong{
       "\xFF", "\xC0\xAF", "\xE9", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80", "\xE2\x82"};
   for (const std::string& bytes : wrong)

@@ -274,7 +274,7 @@ TEST_F(XmlPlain, a_refused_element_is_left_before_the_bracket_of_its_start) {
   EXPECT_EQ(m_Line, 2U);
 }
 
-TEST_F(XmlPlain, the_name_of_what_is_not_plain_is_told_as_far_as_it_is_known) {
+TEST_F(XmlPlain, the_name_of_an_element_that_is_not_plain_is_returned_as_far_as_it_is_known) {
   ExpectNotPlain("<row><c>&amp;</c></row>");
   EXPECT_EQ(m_Name, "row");
   ExpectNotPlain("<row a='&amp;'/>");

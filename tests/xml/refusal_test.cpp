@@ -60,7 +60,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-TEST_F(XmlRefusal, what_is_not_well_formed_is_no_document) {
+TEST_F(XmlRefusal, a_text_that_is_not_well_formed_is_no_document) {
   for (const wchar_t* const text : {L"",
                                     L" ",
                                     L"text",
@@ -167,7 +167,7 @@ TEST_F(XmlRefusal, half_a_pair_is_no_character) {
             "2:2: the text holds half of a surrogate pair");
 }
 
-TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
+TEST_F(XmlRefusal, has_the_file_the_place_and_the_reason_and_is_logged) {
   const std::wstring path = FileOf("<a>\n  <b></c>\n</a>");
   const std::size_t mark = m_Library.LogMark();
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(path)));
@@ -198,14 +198,14 @@ TEST_F(XmlRefusal, counts_columns_in_characters) {
   }
 }
 
-TEST_F(XmlRefusal, is_told_once_and_not_after_a_success) {
+TEST_F(XmlRefusal, is_reported_once_and_not_after_a_success) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlString(L"<a>")));
   EXPECT_TRUE(static_cast<bool>(LoadXmlString(L"<a/>")));
   EXPECT_TRUE(TakeXmlFailure().has_value());
   EXPECT_FALSE(TakeXmlFailure().has_value());
 }
 
-TEST_F(XmlRefusal, is_described_without_what_is_unknown) {
+TEST_F(XmlRefusal, is_described_without_unknown_parts) {
   EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why", .line = 3, .column = 4}),
             "a.xml:3:4: why");
   EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why"}), "a.xml: why");
@@ -213,7 +213,7 @@ TEST_F(XmlRefusal, is_described_without_what_is_unknown) {
   EXPECT_EQ(rastrel::Describe({.why = "why"}), "why");
 }
 
-TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
+TEST_F(XmlRefusal, a_file_that_can_not_be_read_says_so) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide() + L"/absent.xml")));
   EXPECT_NE(std::string::npos, Reason().find("No such file"));
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide())));
@@ -224,7 +224,7 @@ TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
   EXPECT_TRUE(Reason().ends_with("1:1: the document is empty"));
 }
 
-TEST_F(XmlRefusal, what_is_no_markup_at_all_says_so) {
+TEST_F(XmlRefusal, a_text_without_markup_says_so) {
   for (const char* const content : {"%PDF-1.7\n", "<!-- c -->\nplates"}) {
     EXPECT_FALSE(static_cast<bool>(LoadXmlFile(FileOf(content))));
     EXPECT_TRUE(Reason().ends_with("no tag stands where the document should begin")) << content;

@@ -99,7 +99,7 @@ TEST_F(XmlStream, a_fault_in_the_last_line_fails_the_whole) {
   EXPECT_EQ(NotesOf("<a><s><n></s></a>"), "<a0<s1!");
 }
 
-TEST_F(XmlStream, what_can_not_be_read_is_refused) {
+TEST_F(XmlStream, a_file_that_can_not_be_read_is_refused) {
   Notes notes;
   EXPECT_FALSE(StreamXmlFile(m_Files.Wide() + L"/absent.xml", notes));
   EXPECT_NE(Reason(), "");
@@ -121,7 +121,7 @@ TEST_F(XmlStream, one_part_has_its_limit) {
   EXPECT_EQ(NotesOf("<s>" + std::string(limits::StreamBytes, 'x') + "</s>"), "<s0");
 }
 
-TEST_F(XmlStream, what_is_skipped_or_entered_has_the_same_limit_of_depth) {
+TEST_F(XmlStream, skipped_and_entered_elements_have_the_same_limit_of_depth) {
   for (const char* const tag : {"s", "e", "n"}) {
     const auto nested = [&](int depth) {
       std::string content;

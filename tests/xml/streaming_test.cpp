@@ -94,7 +94,7 @@ TEST_F(XmlStreaming, comments_that_begin_with_a_bracket_are_comments_wherever_th
   }
 }
 
-TEST_F(XmlStreaming, the_calls_tell_all_that_differs) {
+TEST_F(XmlStreaming, the_calls_show_all_differences) {
   EXPECT_EQ(CallsOf("<t><d>\n<r a='1'><c/>x</r></d></t>", {}),
             "\nbegin 0 t@1\nbegin 1 d@1\nbegin 2 r@2 a=[1]\nnode (0 r@2 a=[1](0 c@2)(1 [x]))"
             "\nend 1 d\nend 0 t");

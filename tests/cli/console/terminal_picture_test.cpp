@@ -174,7 +174,7 @@ TEST(TerminalPicture, reaches_a_terminal_that_shows_pictures) {
   EXPECT_EQ(iterm.sent, PictureSequence(PictureProtocol::Iterm2, png, 40) + "END");
 }
 
-TEST(TerminalPicture, is_kept_from_others_and_so_is_what_is_no_picture) {
+TEST(TerminalPicture, is_kept_from_other_terminals_and_so_are_other_files) {
   const test::ScratchDirectory scratch;
   scratch.Write("a.png", PngOf(1000));
   scratch.Write("b.tif", "II*");

@@ -68,7 +68,7 @@ TEST(ApplyScale, a_size_becomes_centimetres) {
   }
 }
 
-TEST(ApplyScale, refuses_what_is_neither_and_what_would_be_more_than_a_name) {
+TEST(ApplyScale, refuses_a_text_that_is_neither_a_size_nor_a_plain_name) {
   const std::vector<std::string> wrong = {
       "",        "10x5",    "10in",     "10x5x2in",   "x5in x",   "10x5ft",   "0x5in", "-1x5in",
       "1e3x5in", "10 x5in", "10x 5in",  "10xin",      "10xinfin", "10xnanin", "A4)",   "A 4",
@@ -154,7 +154,7 @@ TEST(ApplyCutColor, a_spot_color_is_for_previews_only) {
   EXPECT_NE(words.find("for previews"), std::string::npos) << words;
 }
 
-TEST(ApplyCutColor, refuses_what_is_no_color_or_would_end_its_string) {
+TEST(ApplyCutColor, refuses_a_text_that_is_no_color_or_would_end_its_string) {
   for (const char* text : {"", "red", "rgb", "rgb:", "rgb:1,2", "rgb:1,2,3,4", "cmyk:1,2,3",
                            "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
                            "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})

@@ -26,7 +26,7 @@ TEST(ParsePages, takes_the_highest_page_and_none_above) {
   EXPECT_THROW(static_cast<void>(ParsePages("99999999999999999999")), CommandError);
 }
 
-TEST(ParsePages, refuses_what_is_no_list_of_pages) {
+TEST(ParsePages, refuses_a_text_that_is_no_list_of_pages) {
   for (const char* list : {"", ",", "1,", ",1", "0", "-1", "1-", "-", "1--2", "3-1", "1-2-3", "a",
                            "1 ", " 1", "+1", "1;2", "1.5", "0x1"}) {
     try {

@@ -105,7 +105,7 @@ TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_docum
   EXPECT_EQ(Shown(OpenDocument(tables, "document"), {}), expected);
 }
 
-TEST_F(SheetCommandTest, shows_what_a_person_sees) {
+TEST_F(SheetCommandTest, shows_values_as_a_person_sees_them) {
   EXPECT_EQ(Shown(TwoSheets().Bytes()),
             "\\sheet\tFirst\nName\t1.5\n\ntwo\\nlines\\tand \\\\\t\tTRUE\n"
             "\\sheet\tSecond\n7.00 m" +
@@ -249,7 +249,7 @@ TEST_F(SheetCommandTest, a_workbook_elsewhere_is_shown_and_the_import_says_why_i
             "reads it\n");
 }
 
-TEST_F(SheetCommandTest, an_absolute_target_is_followed_by_what_is_shown_alone) {
+TEST_F(SheetCommandTest, an_absolute_target_is_followed_for_shown_values_alone) {
   WorkbookFiles files = TwoSheets();
   files.sheets[0].target = "/xl/tables/t1.xml";
   EXPECT_NE(Shown(files.Bytes()).find("Name\t1.5"), std::string::npos);
@@ -291,7 +291,7 @@ TEST_F(SheetCommandTest, a_sheet_that_breaks_in_its_last_row_gives_no_text_at_al
     EXPECT_TRUE(Shown(files.Bytes(), options).starts_with("xl/tables/t1.xml:2:"));
 }
 
-TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
+TEST_F(SheetCommandTest, writes_its_target_as_a_whole_or_not_at_all) {
   const std::string text = Shown(TwoSheets().Bytes());
   m_Command.Place().Write("out.tsv", "old");
   CommandResult result = Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", "out.tsv"});
@@ -362,7 +362,7 @@ TEST_F(SheetCommandTest, json_gives_rows_with_their_places) {
   EXPECT_EQ(nlohmann::json::parse(bad.LastLine())["event"], "failed");
 }
 
-TEST_F(SheetCommandTest, wrong_use_is_told) {
+TEST_F(SheetCommandTest, wrong_use_is_reported) {
   for (const Names& options : {Names{"--faithful", "--as-shown"}, Names{"--list", "-o", "x"},
                                Names{"--list", "--as-shown"}, Names{"--list", "--sheet", "1"},
                                Names{"-o", ""}, Names{"--sheet"}})
@@ -401,7 +401,7 @@ TEST_F(SheetCommandTest, a_folder_is_read_and_stays_as_it_is) {
       << link.error;
 }
 
-TEST_F(SheetCommandTest, what_is_no_spreadsheet_is_refused_with_what_it_is) {
+TEST_F(SheetCommandTest, other_files_than_spreadsheets_are_refused_with_their_kind) {
   WorkbookFiles binary = TwoSheets();
   binary.workbookType = "application/vnd.ms-excel.sheet.binary.macroEnabled.main";
   WorkbookFiles letter = TwoSheets();
@@ -572,7 +572,7 @@ TEST_F(SheetCommandTest, a_signal_ends_it_and_leaves_nothing) {
   }
 }
 
-TEST_F(SheetCommandTest, the_examples_say_what_they_are_for) {
+TEST_F(SheetCommandTest, the_examples_say_their_purpose) {
   const std::string examples = std::string(RASTREL_SOURCE_DIR) + "/examples/";
   EXPECT_EQ(
       m_Command.Run({"sheet", examples + "price-list", "--as-shown", "--sheet", "Prices"}).output,

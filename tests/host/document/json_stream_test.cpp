@@ -78,7 +78,7 @@ TEST(JsonStream, values_of_every_kind_are_as_they_were_written) {
   EXPECT_EQ(Parse(text).rest, nlohmann::json::parse(text));
 }
 
-TEST(JsonStream, what_the_taker_does_not_take_is_told_with_its_place) {
+TEST(JsonStream, a_refused_value_is_reported_with_its_place) {
   const std::string one = R"({"n": "x"})";
   const std::pair<std::string, const char*> faults[] = {
       {R"({"list": [)" + one + R"(, {"n": 1}]})", "/list/1/n"},

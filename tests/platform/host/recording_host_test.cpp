@@ -222,7 +222,7 @@ std::vector<Opening> Openings() {
   };
 }
 
-TEST(RecordingHost, tells_of_everything_that_is_left_open) {
+TEST(RecordingHost, reports_everything_that_is_left_open) {
   for (const Opening& opening : Openings()) {
     RecordingHost recording;
     EXPECT_EQ(recording.LeftOpen(), Lines{}) << opening.name;

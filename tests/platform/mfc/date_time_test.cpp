@@ -71,7 +71,7 @@ TEST(COleDateTime, a_fraction_next_to_midnight_is_the_next_day) {
   ExpectMoment(Days(-1.9999999), 1899, 12, 30, 0, 0, 0);
 }
 
-TEST(COleDateTime, what_is_no_moment_is_invalid) {
+TEST(COleDateTime, a_value_that_is_no_moment_is_invalid) {
   const int rows[][6] = {{99, 12, 31, 0, 0, 0},      {10000, 1, 1, 0, 0, 0}, {2023, 2, 29, 0, 0, 0},
                          {1900, 2, 29, 0, 0, 0},     {2024, 0, 1, 0, 0, 0},  {2024, 13, 1, 0, 0, 0},
                          {2024, 1, 0, 0, 0, 0},      {2024, 4, 31, 0, 0, 0}, {2024, 1, 32, 0, 0, 0},

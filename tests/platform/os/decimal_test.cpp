@@ -19,7 +19,7 @@ TEST(ShortDecimal, rounds_to_its_places) {
   EXPECT_EQ(ShortDecimal(2.0 / 3, 2), "0.67");
 }
 
-TEST(ShortDecimal, what_rounds_to_nothing_has_no_sign) {
+TEST(ShortDecimal, a_number_that_rounds_to_0_has_no_sign) {
   EXPECT_EQ(ShortDecimal(-0.00001, 4), "0");
   EXPECT_EQ(ShortDecimal(-0.0, 4), "0");
 }

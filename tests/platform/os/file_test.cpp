@@ -54,7 +54,7 @@ ssize_t FailToCopyRange(int, off64_t*, int, off64_t*, size_t, unsigned) {
 
 }  // namespace
 
-TEST(Exists, tells_what_is_there_of_any_kind) {
+TEST(Exists, finds_a_file_of_any_kind) {
   const ScratchDirectory scratch;
   scratch.Write("File", "x");
   ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
@@ -76,7 +76,7 @@ TEST(IsDirectory, follows_links) {
   EXPECT_FALSE(os::IsDirectory(scratch.Wide("none")));
 }
 
-TEST(IsReadable, is_what_the_kernel_says) {
+TEST(IsReadable, agrees_with_the_kernel) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   EXPECT_TRUE(os::IsReadable(scratch.Wide("file")));
@@ -99,7 +99,7 @@ TEST(FileSize, is_that_of_regular_files_only) {
   EXPECT_EQ(os::FileSize(scratch.Wide("none")), 0U);
 }
 
-TEST(FileSize, beyond_32_bits_is_told) {
+TEST(FileSize, beyond_32_bits_is_returned_whole) {
   const ScratchDirectory scratch;
   scratch.Write("file", "");
   ASSERT_EQ(::truncate(scratch.Path("file").c_str(), 5'000'000'000), 0);
@@ -138,7 +138,7 @@ TEST(RemoveFile, removes_files_and_links_and_never_directories) {
   EXPECT_FALSE(os::RemoveFile(scratch.Wide("dir/file")));
 }
 
-TEST(RenameFile, takes_the_place_of_what_was_there) {
+TEST(RenameFile, takes_the_place_of_an_existing_file) {
   const ScratchDirectory scratch;
   scratch.Write("a", "new");
   scratch.Write("b", "old");
@@ -184,7 +184,7 @@ TEST(ReadWholeFile, reads_up_to_the_limit_and_no_further) {
   EXPECT_EQ(tooLarge.Error().error, EFBIG);
 }
 
-TEST(ReadWholeFile, a_file_that_tells_no_size_is_read_and_limited_too) {
+TEST(ReadWholeFile, a_file_without_a_size_is_read_and_limited_too) {
   const auto read = os::ReadWholeFile(L"/proc/self/status", 1 << 20);
   ASSERT_TRUE(read);
   EXPECT_TRUE(read->starts_with("Name:"));
@@ -203,7 +203,7 @@ TEST(ReadWholeFile, a_pipe_or_directory_is_refused_without_waiting) {
   }
 }
 
-TEST(ReadWholeFile, a_failing_read_is_told_with_its_number) {
+TEST(ReadWholeFile, a_failing_read_is_reported_with_its_number) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   const os::SystemCallsGuard guard;
@@ -225,7 +225,7 @@ TEST(ReplaceFile, makes_a_new_file_and_replaces_an_old_one_with_its_mode) {
   EXPECT_EQ(EntriesOf(scratch), 1U);
 }
 
-TEST(ReplaceFile, a_link_stays_and_what_it_leads_to_is_replaced) {
+TEST(ReplaceFile, a_link_stays_and_its_target_is_replaced) {
   const ScratchDirectory scratch;
   scratch.Write("dir/real", "old");
   ASSERT_EQ(::symlink("dir/real", scratch.Path("link").c_str()), 0);
@@ -314,7 +314,7 @@ TEST(CreateLog, can_be_read_back_and_is_private) {
   EXPECT_EQ(::fcntl(file->Get(), F_GETFL) & O_ACCMODE, O_RDWR);
 }
 
-TEST(OpenForReading, opens_what_exists_and_nothing_else) {
+TEST(OpenForReading, opens_existing_files_alone) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   EXPECT_TRUE(os::OpenForReading(scratch.Wide("file")));
@@ -350,7 +350,7 @@ TEST(WriteAll, a_write_that_takes_nothing_is_a_failure_and_no_endless_loop) {
   EXPECT_EQ(errno, EIO);
 }
 
-TEST(WriteAll, a_full_device_is_told) {
+TEST(WriteAll, a_full_device_is_reported) {
   const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
   ASSERT_GE(full, 0);
   EXPECT_FALSE(os::WriteAll(full, "x"));
@@ -399,7 +399,7 @@ TEST(CopyFileOver, memory_takes_over_where_the_kernel_stopped_in_the_middle) {
   EXPECT_EQ(scratch.Read("target"), content);
 }
 
-TEST(CopyFileOver, a_file_that_tells_no_size_is_copied_whole) {
+TEST(CopyFileOver, a_file_without_a_size_is_copied_whole) {
   const ScratchDirectory scratch;
   ASSERT_TRUE(os::CopyFileOver(L"/proc/version", scratch.Wide("target")));
   EXPECT_FALSE(scratch.Read("target").empty());
@@ -426,7 +426,7 @@ TEST(CopyFileOver, onto_itself_is_a_failure_that_keeps_the_file) {
   EXPECT_EQ(scratch.Read("file"), "content");
 }
 
-TEST(CopyFileOver, what_is_no_regular_file_is_refused_without_waiting) {
+TEST(CopyFileOver, a_file_that_is_not_regular_is_refused_without_waiting) {
   const ScratchDirectory scratch;
   scratch.Write("file", "content");
   ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);

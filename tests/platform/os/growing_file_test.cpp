@@ -72,7 +72,7 @@ TEST(GrowingFile, a_reader_waits_for_all_that_is_still_written) {
 }
 
 TEST(GrowingFile,
-     what_was_written_after_the_readers_last_look_is_read_although_the_writer_has_ended) {
+     bytes_written_after_the_readers_last_look_are_read_although_the_writer_has_ended) {
   const ScratchDirectory directory;
   GrowingFile growing(directory.Path("file"));
   auto file = RandomAccessFile::Open(directory.Wide("file"));
@@ -87,7 +87,7 @@ TEST(GrowingFile,
   EXPECT_EQ(file->AwaitGrowth(4), Growth::Whole);
 }
 
-TEST(GrowingFile, a_reader_is_told_that_the_rest_never_comes_also_if_it_comes_late) {
+TEST(GrowingFile, a_late_reader_too_learns_that_the_rest_never_comes) {
   const ScratchDirectory directory;
   GrowingFile growing(directory.Path("file"));
   Append(directory, "begin");

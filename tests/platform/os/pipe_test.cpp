@@ -166,7 +166,7 @@ TEST(CreatePipe, a_failing_copy_of_a_low_descriptor_leaks_nothing) {
   EXPECT_EQ(after, before);
 }
 
-TEST(CreateInput, what_a_pipe_holds_goes_through_a_pipe_without_waiting) {
+TEST(CreateInput, a_text_that_a_pipe_holds_goes_through_one_without_waiting) {
   for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 65535U, 65536U, 65537U, 1'000'000U}) {
     const std::string content = Pattern(size);
     Ends ends;
@@ -351,7 +351,7 @@ TEST(MakeNotInheritable, a_new_descriptor_takes_the_old_ones_place) {
   ::close(descriptors[1]);
 }
 
-TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_tells_why) {
+TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_says_why) {
   const os::SystemCallsGuard guard;
   os::Calls().duplicate = [](int, int) {
     errno = EMFILE;
@@ -364,7 +364,7 @@ TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_tells_why) {
   EXPECT_EQ(OpenDescriptors(), before);
 }
 
-TEST(ReadSome, goes_on_after_an_interruption_and_tells_other_failures) {
+TEST(ReadSome, goes_on_after_an_interruption_and_reports_other_failures) {
   static int calls;
   calls = 0;
   const os::SystemCallsGuard guard;

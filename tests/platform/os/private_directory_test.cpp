@@ -63,7 +63,7 @@ TEST(PrivateDirectory, a_failure_names_the_directory) {
   EXPECT_TRUE(made.Error().where.starts_with("/no/such/place/work-"));
 }
 
-TEST(PrivateDirectory, whoever_is_told_its_path_before_may_refuse_it) {
+TEST(PrivateDirectory, a_callback_that_gets_its_path_first_may_refuse_it) {
   const test::ScratchDirectory place;
   const test::EnvironmentGuard temporary("TMPDIR", place.Path());
   const auto made = PrivateDirectory::Make("a", [](const std::string& path) {

@@ -111,7 +111,7 @@ TEST(Spawn, the_exit_status_is_the_childs) {
   }
 }
 
-TEST(Spawn, a_child_that_runs_is_told_as_running) {
+TEST(Spawn, a_child_that_runs_is_reported_as_running) {
   const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const auto state = os::TakeExitState(child.Process());
@@ -119,7 +119,7 @@ TEST(Spawn, a_child_that_runs_is_told_as_running) {
   EXPECT_TRUE(state->running);
 }
 
-TEST(Spawn, a_child_that_a_signal_ended_is_told_from_one_that_exited) {
+TEST(Spawn, a_child_that_a_signal_ended_differs_from_one_that_exited) {
   const RunningChild child(Shell("kill -TERM $$"));
   ASSERT_TRUE(child.Started());
   const os::ExitState state = child.WaitForEnd();
@@ -347,7 +347,7 @@ TEST(TakeExitState, a_child_that_somebody_else_reaped_is_a_failure) {
   EXPECT_EQ(ended.Error().error, ECHILD);
 }
 
-TEST(TakeExitState, what_is_no_process_is_a_failure) {
+TEST(TakeExitState, a_handle_of_no_process_is_a_failure) {
   for (const HANDLE handle : {INVALID_HANDLE_VALUE, 0, 1}) {
     EXPECT_FALSE(os::TakeExitState(handle)) << handle;
     EXPECT_FALSE(os::Terminate(handle)) << handle;

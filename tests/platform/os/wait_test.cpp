@@ -221,7 +221,7 @@ TEST(SemaphoreCount, follows_releases_and_waits) {
   EXPECT_EQ(os::SemaphoreCount(INVALID_HANDLE_VALUE), 0U);
 }
 
-TEST(TryAcquireSemaphoreHandle, takes_what_is_there_and_never_waits) {
+TEST(TryAcquireSemaphoreHandle, takes_a_free_count_and_never_waits) {
   const Semaphore semaphore(1);
   EXPECT_TRUE(os::TryAcquireSemaphoreHandle(semaphore.Get()));
   EXPECT_FALSE(os::TryAcquireSemaphoreHandle(semaphore.Get()));
