@@ -1,4 +1,4 @@
-// The reader of a child's standard error against any bytes, in pieces as a pipe would give them.
+// The reader of a child's standard error against any bytes, in pieces as a pipe would deliver them.
 // The first byte is the size of the pieces.
 
 #include <algorithm>

@@ -43,7 +43,7 @@ std::optional<Box> BoxFrom(std::string_view text) {
   return box[0] < box[2] && box[1] < box[3] ? std::optional(box) : std::nullopt;
 }
 
-// The last box that a comment gives.
+// The last box in a comment.
 std::optional<Box> LastBox(std::string_view file, std::string_view comment) {
   std::size_t place = file.rfind(comment);
   while (place != std::string_view::npos) {

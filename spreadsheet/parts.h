@@ -14,7 +14,7 @@
 namespace rastrel::spreadsheet {
 
 /// The parts of a package that are needed, as files below a folder of this process's own, each at
-/// the path that its name gives.
+/// the path of its name.
 class Parts {
  public:
   /// `folder` is there and empty; a native path.
@@ -26,7 +26,7 @@ class Parts {
   /// Whether the package has the part. Throws an Error if it is a link.
   [[nodiscard]] bool Has(const std::string& part) const { return !m_Package->Find(part).empty(); }
   /// Native path of the part's file, which is unpacked at the first call. Fails if the package has
-  /// no such part, or can't give it.
+  /// no such part, or can't unpack it.
   [[nodiscard]] Expected<std::string> Fetch(const std::string& part);
   /// Begins to unpack parts in this order on a thread of its own, and returns at once. A reader of
   /// their files through the XML layer waits for the bytes still to come. Parts that the package

@@ -51,7 +51,7 @@ Relationships ReadRelationships(Parts& parts, const std::string& part) {
   return relationships;
 }
 
-// The content type that the package gives a part.
+// The content type of a part in the package.
 std::string ContentTypeOf(Parts& parts, const std::string& part) {
   std::string own;
   std::string byExtension;

@@ -19,7 +19,7 @@ struct OpenedFile {
 
 /// Opens the file that a command was given: loads a document, or imports a template into a new one,
 /// on the blank that `--blank` asks for. Installs the document's host for good. Throws
-/// CommandError: BadInput for a file that can't be read or gives nothing, WrongUse for options that
+/// CommandError: BadInput for a file that can't be read or holds nothing, WrongUse for options that
 /// don't go with it.
 [[nodiscard]] OpenedFile OpenTemplate(const Invocation& invocation);
 

@@ -62,7 +62,7 @@ bool CLQThread::Run() {
   return true;
 }
 
-// The page measuring gives the first two the other way round.
+// The page measuring passes the first two the other way round.
 void CLQThread::AddArguments() {
   for (const wchar_t* argument : {L"-ps", L"-q", m_File.c_str()}) m_pProcess->AddArgument(argument);
 }

@@ -56,8 +56,8 @@ std::size_t QuotedValues(std::string_view tag) {
   }
 }
 
-// One reading of one document: takes its bytes from the source, and gives them to the scanner or to
-// the parser.
+// One reading of one document: takes its bytes from the source, and passes them to the scanner or
+// to the parser.
 class Feeder {
  public:
   Feeder(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events,

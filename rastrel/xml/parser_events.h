@@ -25,10 +25,10 @@ class XmlParserEvents {
   XmlParserEvents(const XmlParserEvents&) = delete;
   XmlParserEvents& operator=(const XmlParserEvents&) = delete;
 
-  /// Makes the parser and gives it the document's first bytes, of which it wants four to choose how
-  /// it decodes the others. False if it failed. REQUIRES: the library is loaded.
+  /// Makes the parser and passes it the document's first bytes, of which it wants four to choose
+  /// how it decodes the others. False if it failed. REQUIRES: the library is loaded.
   [[nodiscard]] bool Begin(std::string_view head);
-  /// Gives it the next bytes; at the document's end none, with `isLast`. Callbacks
+  /// Passes it the next bytes; at the document's end none, with `isLast`. Callbacks
   /// may fail. False if the parser has seen a fault, reported or not.
   /// REQUIRES: Begin succeeded, and nothing failed since.
   [[nodiscard]] bool Push(std::string_view bytes, bool isLast);

@@ -193,6 +193,12 @@ class Words(Tree):
                                     "int a;  /* what the nameless file has */\n"),
                          {"comment-what": 2, "comment-colour": 1, "comment-nameless": 1})
 
+    def test_old_words_for_saying_and_for_order_are_counted_in_comments_alone(self):
+        self.assertEqual(self.found("// It tells in words that told is told.\nint words, behind;\n"
+                                    "// A tab stands behind it and understands \"behindhand\".\n"),
+                         {"comment-tells": 3, "comment-words": 1, "comment-stands": 1,
+                          "comment-behind": 1})
+
     def test_more_than_the_table_allows_is_a_fault_and_so_is_a_word_that_it_lacks(self):
         self.assertEqual(words.check({"Most": 2}, {"Most": 2}), [])
         self.assertEqual(len(words.check({"Most": 3}, {"Most": 2})), 1)

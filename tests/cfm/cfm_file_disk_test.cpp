@@ -264,7 +264,7 @@ class LiteralMove {
   }
 };
 
-// Fills a directory by chance; the same chance gives the same tree.
+// Fills a directory by chance; the same chance makes the same tree.
 void Grow(std::mt19937& random, const fs::path& root, int depth) {
   fs::create_directories(root);
   for (auto entry = random() % 5; entry > 0; --entry) {

@@ -20,7 +20,7 @@ class AbbParse : public AbbTest {
     EXPECT_NE(record, nullptr);
     return record != nullptr ? *record : none;
   }
-  /// How many records a document gives, and whether it counts as parsed.
+  /// How many records a document has, and whether it counts as parsed.
   static std::pair<int, bool> Parsed(const std::wstring& path) {
     CXMLFileImport importer(path.c_str());
     int records = 0;

@@ -38,7 +38,7 @@ std::wstring PageOf(const CJobTicket& ticket, std::size_t index) {
   return index < ticket.m_Pages.size() ? std::to_wstring(ticket.m_Pages[index]) : L"(none)";
 }
 
-// The record of the ticket that Filled gives, byte by byte.
+// The record of the ticket that Filled returns, byte by byte.
 std::vector<Item> TicketItems() {
   const auto text = [](bool value) { return std::wstring(value ? L"yes" : L"no"); };
   return {

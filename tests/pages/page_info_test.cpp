@@ -61,7 +61,7 @@ std::string Replaced(std::string text, const std::string& old, const std::string
   return text.replace(at, old.size(), fresh);
 }
 
-// The subject of the failure that reading gives, or "read".
+// The subject of reading's failure, or "read".
 std::string Complaint(const std::string& text) {
   const auto info = pages::ParsePageInfo(text);
   return info ? "read" : info.Error().where;

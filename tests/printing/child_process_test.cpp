@@ -40,7 +40,7 @@ class CpHelper : public LibraryTest {
     return m_Scratch.Wide(name);
   }
 
-  // Starts it with its output in a file, waits for its end, and gives the output.
+  // Starts it with its output in a file, waits for its end, and returns the output.
   std::string OutputOf(CCPHelper& helper) const {
     const int output =
         ::open(m_Scratch.Path("output").c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);

@@ -47,7 +47,7 @@ class ExcelFolder {
     m_Directory.Write("xl/sharedStrings.xml", "<sst>" + std::string(elements) + "</sst>");
   }
 
-  /// The list that a host gives: the workbook, its relationships, and the shared strings if there
+  /// The list that a host passes: the workbook, its relationships, and the shared strings if there
   /// are some. Valid as long as this object.
   std::vector<tagEXCEL_XML_FILE*> Files() {
     m_Files.clear();

@@ -24,7 +24,7 @@ class NamedDocument {
   NamedDocument(const NamedDocument&) = delete;
   NamedDocument& operator=(const NamedDocument&) = delete;
 
-  /// Replaces the content and gives the path.
+  /// Replaces the content and returns the path.
   [[nodiscard]] std::wstring Write(std::string_view content) {
     constexpr int documentsPerLog = 20000;
     if (++m_Documents % documentsPerLog == 0) CAppLog::DeleteInstance();

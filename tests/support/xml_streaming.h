@@ -13,7 +13,7 @@ struct Streaming {
   bool takesWhole = true;        ///< plain elements come whole; else all comes part by part
   bool isUnchecked = false;      ///< the parser is taken for a version that was not checked
   bool keepsWhitespace = false;  ///< as xml::XmlWhitespace::Keep
-  std::size_t piece = 0;         ///< the source gives at most so many bytes at a time; 0 for all
+  std::size_t piece = 0;         ///< the source returns at most so many bytes at a time; 0 for all
   std::uint32_t choices = 0;     ///< by which the handler skips, enters, collects, and refuses
 };
 

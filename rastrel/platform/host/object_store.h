@@ -16,8 +16,8 @@
 class CVKBitmap;
 class CVKColor;
 
-/// Paths of lines and arcs that are not in the document yet. The host makes it and alone knows what
-/// is in it; the library fills it through `PA_...` and deletes it.
+/// Paths of lines and arcs that are not in the document yet. The host makes it and alone knows its
+/// content; the library fills it through `PA_...` and deletes it.
 class RASTREL_API POLYARC {
  public:
   POLYARC() = default;

@@ -81,7 +81,7 @@ TEST(TerminalPicture, is_a_png_file_or_none) {
   EXPECT_EQ(PictureColumns("II*" + std::string(40, '\0'), 80), 0U);
 }
 
-// RFC 4648 gives "foobar" and its beginnings as examples.
+// RFC 4648 has "foobar" and its beginnings as examples.
 TEST(TerminalPicture, is_sent_in_base_64) {
   for (const auto& [bytes, text] : {std::pair("f", "Zg=="),
                                     {"fo", "Zm8="},

@@ -35,7 +35,7 @@ TEST(COleDateTime, zero_is_the_thirtieth_of_december_1899) {
   ExpectMoment(date, 1899, 12, 30, 0, 0, 0);
 }
 
-// Day numbers that OLE Automation's documentation gives.
+// Day numbers of OLE Automation's documentation.
 TEST(COleDateTime, well_known_moments_have_their_numbers) {
   EXPECT_EQ(COleDateTime(1899, 12, 31, 0, 0, 0).m_dt, 1.0);
   EXPECT_EQ(COleDateTime(1900, 1, 1, 0, 0, 0).m_dt, 2.0);

@@ -49,7 +49,7 @@ class FullFile : public CFile {
   std::size_t m_Room;
 };
 
-// Gives its bytes a few at a time.
+// Returns its bytes a few at a time.
 class SlowFile : public CMemFile {
  public:
   using CMemFile::CMemFile;
