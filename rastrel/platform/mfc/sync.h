@@ -7,8 +7,8 @@
 /// is readable while the count is above 0. Any thread may use it, several at once.
 class RASTREL_API CSemaphore {
  public:
-  /// Starts with that count. `maximumCount` limits Unlock. If the system has no handle to give,
-  /// m_hObject is INVALID_HANDLE_VALUE, and every operation fails.
+  /// Starts with that count, or 0 for a negative one. `maximumCount` limits Unlock. If the system
+  /// has no handle left, m_hObject is INVALID_HANDLE_VALUE, and every operation fails.
   explicit CSemaphore(int initialCount = 1, int maximumCount = 1);
   ~CSemaphore();
   CSemaphore(const CSemaphore&) = delete;
@@ -39,7 +39,7 @@ class RASTREL_API CSingleLock {
   CSingleLock& operator=(const CSingleLock&) = delete;
 
   /// Waits for a count, without a time limit, and holds it. False if the wait failed or there is no
-  /// semaphore.
+  /// semaphore. REQUIRES: none is held, since Unlock returns one count only.
   [[nodiscard]] bool Lock();
   /// Gives the count back. False if it is not held. Of two threads that call it at once, one
   /// succeeds.
