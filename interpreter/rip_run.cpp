@@ -51,9 +51,9 @@ bool RipRun::Start() {
     return m_Failure.Set(
         FailureOf("Ghostscript is not installed: there is no program gs on the search path"));
   }
-  const std::string word = os::RandomDigits(WordBytes);
-  if (word.empty()) return m_Failure.Set({"getrandom", {}, errno});
-  RunStart start{program, m_Request.ripDirectory, word, m_Mode.Script()};
+  const auto word = os::RandomDigits(WordBytes);
+  if (!word) return m_Failure.Set(word.Error());
+  RunStart start{program, m_Request.ripDirectory, *word, m_Mode.Script()};
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
@@ -63,7 +63,7 @@ bool RipRun::Start() {
   m_Interpreter.emplace(std::move(*started));
   m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Id());
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
-  m_Reports.emplace(word, m_Request.setsCutColor, m_Pages, m_Listener, m_Failure);
+  m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Failure);
   const JobLayout& layout = m_Request.job.layout;
   m_Feed.emplace(m_Request.job.file.Get(), layout.offset, layout.length,
                  std::move(m_Interpreter->job));

@@ -92,17 +92,20 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
 }
 
 SpoolReservation::SpoolReservation(const std::string& name) {
+  Failure failure{"mkdir", {}, EEXIST};
   for (int number = 1; number <= Attempts; ++number) {
     m_Name = number == 1 ? name : name + "-" + std::to_string(number);
     m_Directory = SpoolDirectory() + "/" + m_Name + std::string(Extension);
     const std::wstring directory = os::FromNative(m_Directory);
     // A name that differs in case only would be found in place of this one.
     if (os::Exists(directory)) continue;
-    if (os::MakeDirectory(directory)) return;
-    if (errno != EEXIST) break;
+    const auto made = os::MakeDirectory(directory);
+    if (made) return;
+    failure = made.Error();
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed,
-                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
+  throw CommandError(ExitStatus::JobFailed, "no name in the spool can be had: " +
+                                                Describe(FailureAt(m_Directory, failure)));
 }
 
 SpoolReservation::~SpoolReservation() {
