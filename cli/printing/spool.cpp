@@ -48,6 +48,14 @@ bool IsEntry(const std::string& name) {
   return name.ends_with(Extension) && name.size() > Extension.size();
 }
 
+// The text of the list, which programs read: the line and its fault take the file's place, as the
+// list has the page's name.
+std::string ProblemOf(const Failure& failure) {
+  if (failure.line == 0) return Describe(failure);
+  const std::string fault = "line " + std::to_string(failure.line) + ": " + failure.why;
+  return Describe({failure.what, fault, failure.error});
+}
+
 }  // namespace
 
 std::vector<SpoolEntry> ListSpool() {
@@ -80,7 +88,7 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     if (auto info = pages::ReadPageInfo(directory)) {
       page.info = *info;
     } else {
-      page.problem = Describe(info.Error());
+      page.problem = ProblemOf(info.Error());
     }
     pages.push_back(std::move(page));
   }
