@@ -80,7 +80,7 @@ void CompareHeader() {
     const auto file = os::CreateForWriting(scratch.Wide("copy"));
     Require(static_cast<bool>(file), "no file");
     for (std::size_t done = 0; done < Whole; done += Piece)
-      Require(os::WriteAll(file->Get(), {bytes.get(), Piece}), "no room");
+      Require(static_cast<bool>(os::WriteAll(file->Get(), {bytes.get(), Piece})), "no room");
   };
   bench::CompareBest(
       "header before 1 GiB", TurnsAfter([&] {

@@ -281,7 +281,8 @@ Expected<void> WriteCutPaths(const RunDescription& run, const std::string& direc
   const std::string path = directory + "/" + pages::CutPathsName;
   const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file.IsOpen()) return Failure{"create", path, errno};
-  if (!os::WriteAll(file.Get(), run.cuts->Take(info))) return Failure{"write", path, errno};
+  const auto written = os::WriteAll(file.Get(), run.cuts->Take(info));
+  if (!written) return FailureAt(path, written.Error());
   const auto described = pages::DescribeFile(directory, pages::CutPathsName);
   if (!described) return described.Error();
   info.files.push_back(*described);

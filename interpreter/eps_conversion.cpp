@@ -23,7 +23,7 @@ namespace {
 Expected<os::FileDescriptor> FileOf(const std::string& bytes) {
   os::FileDescriptor file(os::Calls().memory_file("eps", MFD_CLOEXEC));
   if (!file.IsOpen()) return Failure{"memfd_create", {}, errno};
-  if (!os::WriteAll(file.Get(), bytes)) return Failure{"write", {}, errno};
+  if (const auto written = os::WriteAll(file.Get(), bytes); !written) return written.Error();
   return file;
 }
 

@@ -126,9 +126,8 @@ Expected<Pipes> MakePipes(const std::string& setupText) {
     *pipe = std::move(*made);
   }
   fcntl(pipes.pixels.reading.Get(), F_SETPIPE_SZ, PixelPipeSize);  // a smaller one is only slower
-  if (!os::WriteAll(pipes.setup.writing.Get(), setupText)) {
-    return Failure{"write", "setup", errno};
-  }
+  const auto written = os::WriteAll(pipes.setup.writing.Get(), setupText);
+  if (!written) return FailureAt("setup", written.Error());
   pipes.setup.writing.Reset();
   return pipes;
 }

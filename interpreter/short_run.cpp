@@ -28,17 +28,16 @@ struct Pipe {
 Expected<Pipe> MakePipe() {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
-  if (!os::CreatePipe(reading, writing, PipeSize)) return Failure{"pipe", {}, errno};
+  if (const auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made.Error();
   return Pipe{os::FileDescriptor(reading), os::FileDescriptor(writing)};
 }
 
 // Appends the bytes that wait in the pipe. False at its end.
 bool Take(const os::FileDescriptor& source, std::string& text) {
   std::array<char, PipeSize> buffer;
-  const long count = os::ReadSome(source.Get(), buffer.data(), buffer.size());
-  if (count <= 0) return false;
-  text.append(buffer.data(), static_cast<std::size_t>(count));
-  return true;
+  const std::size_t count = os::ReadSome(source.Get(), buffer.data(), buffer.size()).ValueOr(0);
+  text.append(buffer.data(), count);
+  return count > 0;
 }
 
 // An interpreter on its way, with this process's ends of its pipes.

@@ -120,7 +120,7 @@ class Reader {
   Expected<PageInfo> Read() {
     PageInfo info;
     if (ReadAll(info)) return info;
-    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Reason, EINVAL};
+    return Failure{.what = "read page info", .error = EINVAL, .why = m_Reason, .line = m_Line};
   }
 
  private:
@@ -253,7 +253,7 @@ class Reader {
 
   std::string_view m_Rest;
   std::string_view m_Text;
-  unsigned m_Line = 0;
+  int m_Line = 0;
   std::string m_Reason;
 };
 
@@ -334,7 +334,9 @@ Expected<PageInfo> ReadPageInfo(const std::string& directory) {
   }
   if (filled > SizeLimit) return Failure{"read page info", path, EFBIG};
   text.resize(filled);
-  return ParsePageInfo(text);
+  auto info = ParsePageInfo(text);
+  if (!info) return FailureAt(path, info.Error());
+  return info;
 }
 
 }  // namespace rastrel::pages

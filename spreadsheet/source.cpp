@@ -36,7 +36,7 @@ class RootReader : public GuardedHandler {
   [[nodiscard]] const std::wstring& Root() const { return m_Root; }
   xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int) override {
     m_Root = baseName;
-    GuardedHandler::Refuse(L"enough is known");
+    GuardedHandler::Refuse("enough is known");
     return xml::StreamChoice::Skip;
   }
   void Node(const XmlNode&) override {}

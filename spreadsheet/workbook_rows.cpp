@@ -71,16 +71,16 @@ class SheetReader : public GuardedHandler {
     if (const std::string_view number = xml::AttributeBytes(row, L"r"); !number.empty()) {
       const auto own = WholeNumber(number);
       if (!own || *own <= before)
-        return Refuse(L"the row numbered '" + os::WideFromUtf8(number) + L"' comes after row " +
-                      std::to_wstring(before));
+        return Refuse("the row numbered '" + std::string(number) + "' comes after row " +
+                      std::to_string(before));
       m_Row = *own;
     }
     ReadCells(row);
     while (!m_Cells.empty() && m_Cells.back().empty()) m_Cells.pop_back();
-    if (Refusal() || m_Cells.empty()) return;
+    if (Refused() || m_Cells.empty()) return;
     if (m_Row > limits::Rows)
-      return Refuse(L"row " + std::to_wstring(m_Row) + L" lies behind the last one, " +
-                    std::to_wstring(limits::Rows));
+      return Refuse("row " + std::to_string(m_Row) + " lies behind the last one, " +
+                    std::to_string(limits::Rows));
     Guard([this] { OrThrow(m_Sink.Row(m_Row, m_Cells)); });
   }
 
@@ -88,21 +88,20 @@ class SheetReader : public GuardedHandler {
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
-    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell)) {
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refused(); cell = xml::NextSibling(cell)) {
       if (xml::BaseName(cell) != L"c") continue;
       ++column;
       const std::string_view reference = xml::AttributeBytes(cell, L"r");
       if (const auto place = PlaceOf(reference)) column = place->column;
       if (column > limits::Columns)
-        return Refuse(L"cell '" + os::WideFromUtf8(reference) + L"' of row " +
-                      std::to_wstring(m_Row) + L" lies behind the last column, " +
-                      os::WideFromUtf8(ColumnName(limits::Columns)));
+        return Refuse("cell '" + std::string(reference) + "' of row " + std::to_string(m_Row) +
+                      " lies behind the last column, " + ColumnName(limits::Columns));
       if (m_Cells.size() < column) m_Cells.resize(column);
       m_Cells[column - 1] = Show(cell);
       if (m_Cells[column - 1].size() > limits::CellBytes)
-        return Refuse(L"a cell of row " + std::to_wstring(m_Row) +
-                      L" has a text longer than the limit of " +
-                      std::to_wstring(limits::CellBytes) + L" bytes");
+        return Refuse("a cell of row " + std::to_string(m_Row) +
+                      " has a text longer than the limit of " + std::to_string(limits::CellBytes) +
+                      " bytes");
     }
   }
 
@@ -132,8 +131,8 @@ class SheetReader : public GuardedHandler {
   std::string ShowShared(std::string_view text, const FormatCode& code) {
     const auto index = WholeNumber(text);
     if (index && *index < m_Strings.Count()) return code.ShowText(m_Strings.At(*index));
-    Refuse(L"a cell of row " + std::to_wstring(m_Row) + L" asks for the shared string '" +
-           os::WideFromUtf8(text) + L"', and there are " + std::to_wstring(m_Strings.Count()));
+    Refuse("a cell of row " + std::to_string(m_Row) + " asks for the shared string '" +
+           std::string(text) + "', and there are " + std::to_string(m_Strings.Count()));
     return {};
   }
 

@@ -2,7 +2,6 @@
 
 #include <png.h>
 
-#include <cerrno>
 #include <cmath>
 #include <csetjmp>
 #include <utility>
@@ -87,8 +86,12 @@ class PngWriter final : public ImageWriter {
   static void Write(png_structp png, png_bytep bytes, png_size_t count) {
     auto* self = static_cast<PngWriter*>(png_get_io_ptr(png));
     const std::string_view block(reinterpret_cast<const char*>(bytes), count);
-    if (os::WriteAll(self->m_Descriptor, block)) return;
-    self->m_WriteError = errno;
+    {
+      // Destroyed before the jump, which runs no destructors.
+      const auto written = os::WriteAll(self->m_Descriptor, block);
+      if (written) return;
+      self->m_WriteError = written.Error().error;
+    }
     png_error(png, "the file could not be written");
   }
 

@@ -34,10 +34,9 @@ Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
   for (unsigned page = 1; page <= pages; ++page) {
     list.push_back({directory.Name() + "-" + std::to_string(page), *path, pages::PageName(page)});
   }
-  if (!os::WriteAll(STDOUT_FILENO, FormatPageList(list))) {
-    return Failure{"write", "the page list", errno};
-  }
-  return {};
+  auto written = os::WriteAll(STDOUT_FILENO, FormatPageList(list));
+  if (!written) return FailureAt("the page list", written.Error());
+  return written;
 }
 
 // Hands the pages over. Letting go of them is the last act: whoever ends this program before finds

@@ -69,7 +69,9 @@ Expected<void> RemoveEarlier(const Products& products) {
 
 Expected<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
   auto file = MakeAnonymousFile(directory);
-  if (file && !os::WriteAll(file->Get(), text)) return Failure{"write", "a prefix", errno};
+  if (!file) return file;
+  const auto written = os::WriteAll(file->Get(), text);
+  if (!written) return FailureAt("a prefix", written.Error());
   return file;
 }
 

@@ -67,7 +67,7 @@ class Alarm {
 
 // True if the program ended well by itself in time.
 bool EndsWell(HANDLE process, std::chrono::milliseconds limit) {
-  const os::FileDescriptor timeOver(os::CreateSemaphoreHandle(0));
+  const os::FileDescriptor timeOver(os::CreateSemaphoreHandle(0).ValueOr(INVALID_HANDLE_VALUE));
   const Alarm alarm(timeOver.Get(), limit);
   const std::array<HANDLE, 2> handles = {process, timeOver.Get()};
   const bool inTime = os::WaitForAny(handles) == os::WaitSignaledBase;
@@ -106,9 +106,9 @@ std::optional<std::string> FirstLineOf(const std::string& program,
   const os::FileDescriptor process(child->process);
   if (!EndsWell(process.Get(), limit)) return std::nullopt;
   std::string text(OutputLimit, '\0');
-  const long count = os::ReadSome(reader.Get(), text.data(), text.size());
-  if (count <= 0) return std::nullopt;
-  text.resize(static_cast<std::size_t>(count));
+  const auto count = os::ReadSome(reader.Get(), text.data(), text.size());
+  if (!count || *count == 0) return std::nullopt;
+  text.resize(*count);
   return text.substr(1, std::min(text.find('\n', 1), text.size()) - 1);
 }
 

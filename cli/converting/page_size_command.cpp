@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -11,6 +10,7 @@
 #include "cli/console/error_message.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/input/input_file.h"
 #include "cli/input/page_bounds.h"
@@ -20,7 +20,6 @@
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/psscan/ps_parser.h"
 
 namespace rastrel::cli {
@@ -53,11 +52,7 @@ std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
 // The signals that ask for an end stop the measuring that runs, and let none follow.
 class Stop {
  public:
-  Stop() : m_Signals(os::StopSignals::Start([this](int) { Make(); })) {
-    if (!m_Signals)
-      throw CommandError(ExitStatus::JobFailed,
-                         "the system gives no thread or descriptor: " + DescribeError(errno));
-  }
+  Stop() : m_Signals(TakeStopSignals([this](int) { Make(); })) {}
   [[nodiscard]] bool IsMade() const { return m_Made; }
   [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
 

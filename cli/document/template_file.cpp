@@ -25,9 +25,9 @@ namespace {
 
 // Why an importer of plate XML took nothing.
 [[noreturn]] void RefuseAbb(const std::string& path, const std::wstring& readerPath) {
-  if (auto failure = xml::TakeXmlFailure()) {
-    failure->where = os::Utf8FromWide(os::FromNative(path));
-    throw CommandError(ExitStatus::BadInput, Describe(*failure));
+  if (const auto state = xml::TakeXmlFailure(); !state) {
+    throw CommandError(ExitStatus::BadInput,
+                       Describe(FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error())));
   }
   if (!path.ends_with(".xml") && os::LowerAscii(os::SplitPath(readerPath).extension) != L".xml")
     Refuse(path, "its name does not end in .xml");

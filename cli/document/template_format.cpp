@@ -61,10 +61,10 @@ TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name
   const std::wstring readerPath = ReaderPath(path);
   const XmlNode root = LoadXmlFile(readerPath);
   if (!root) {
-    auto failure = xml::TakeXmlFailure();
-    if (!failure) throw CommandError(ExitStatus::BadInput, path + ": can't be read");
-    failure->where = os::Utf8FromWide(os::FromNative(path));
-    throw CommandError(ExitStatus::BadInput, Describe(*failure));
+    const auto state = xml::TakeXmlFailure();
+    if (state) throw CommandError(ExitStatus::BadInput, path + ": can't be read");
+    throw CommandError(ExitStatus::BadInput,
+                       Describe(FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error())));
   }
   if (HasPlates(root)) return TemplateFormat::Abb;
   std::wstring rootName;

@@ -19,10 +19,9 @@ Failure Refusal(const std::string& path, const std::string& why) {
 
 // Success if the XML layer reported no failure. Places are written as compilers write them.
 Expected<void> CheckXmlFailure(const XmlInput& input) {
-  std::optional<Failure> failure = xml::TakeXmlFailure();
-  if (!failure) return {};
-  failure->where = os::Utf8FromWide(os::FromNative(input.path));
-  return std::move(*failure);
+  auto state = xml::TakeXmlFailure();
+  if (state) return state;
+  return FailureAt(os::Utf8FromWide(os::FromNative(input.path)), state.Error());
 }
 
 // Faults that are found without a reader of XML.

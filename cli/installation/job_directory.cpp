@@ -32,13 +32,15 @@ void MakeReadable(const std::string& path) {
 JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
   const std::string stem =
       JobsDirectory() + (keep ? "/kept-" : "/") + std::to_string(os::CurrentProcessId()) + "-";
+  Failure failure;
   for (int number = 1; number <= Attempts; ++number) {
     m_Path = stem + std::to_string(number);
-    if (os::MakeDirectory(os::FromNative(m_Path))) return;
-    if (errno != EEXIST) break;
+    const auto made = os::MakeDirectory(os::FromNative(m_Path));
+    if (made) return;
+    failure = FailureAt(m_Path, made.Error());
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::NotInstalled,
-                     Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
+  throw CommandError(ExitStatus::NotInstalled, Describe(failure) + "; `rastrel doctor` tells more");
 }
 
 JobDirectory::~JobDirectory() {

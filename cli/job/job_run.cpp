@@ -1,15 +1,14 @@
 #include "cli/job/job_run.h"
 
 #include <algorithm>
-#include <cerrno>
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/job/failure_report.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/printing/printing_thread.h"
 
@@ -51,11 +50,7 @@ void WriteCancelled(const JobRecord& record, const JobView& view) {
 }  // namespace
 
 StopRequest::StopRequest(JobView* view)
-    : m_View(view), m_Signals(os::StopSignals::Start([this](int) { OnSignal(); })) {
-  if (!m_Signals)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + DescribeError(errno));
-}
+    : m_View(view), m_Signals(TakeStopSignals([this](int) { OnSignal(); })) {}
 
 StopRequest::~StopRequest() = default;
 
@@ -140,8 +135,9 @@ void SetUpOutput(const std::string& directory, const std::string& printer) {
                                                    "': no such directory, and " +
                                                    "it can't be made");
   }
-  if (!output.empty()) os::SetEnvironmentValue(OutputVariable, output.c_str());
-  if (!printer.empty()) os::SetEnvironmentValue(PrinterVariable, printer.c_str());
+  if (!output.empty()) static_cast<void>(os::SetEnvironmentValue(OutputVariable, output.c_str()));
+  if (!printer.empty())
+    static_cast<void>(os::SetEnvironmentValue(PrinterVariable, printer.c_str()));
 }
 
 }  // namespace rastrel::cli

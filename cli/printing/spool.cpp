@@ -48,6 +48,14 @@ bool IsEntry(const std::string& name) {
   return name.ends_with(Extension) && name.size() > Extension.size();
 }
 
+// The text of the list, which programs read: the line and its fault take the file's place, as the
+// list has the page's name.
+std::string ProblemOf(const Failure& failure) {
+  if (failure.line == 0) return Describe(failure);
+  const std::string fault = "line " + std::to_string(failure.line) + ": " + failure.why;
+  return Describe({failure.what, fault, failure.error});
+}
+
 }  // namespace
 
 std::vector<SpoolEntry> ListSpool() {
@@ -80,7 +88,7 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     if (auto info = pages::ReadPageInfo(directory)) {
       page.info = *info;
     } else {
-      page.problem = Describe(info.Error());
+      page.problem = ProblemOf(info.Error());
     }
     pages.push_back(std::move(page));
   }
@@ -92,17 +100,20 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
 }
 
 SpoolReservation::SpoolReservation(const std::string& name) {
+  Failure failure{"mkdir", {}, EEXIST};
   for (int number = 1; number <= Attempts; ++number) {
     m_Name = number == 1 ? name : name + "-" + std::to_string(number);
     m_Directory = SpoolDirectory() + "/" + m_Name + std::string(Extension);
     const std::wstring directory = os::FromNative(m_Directory);
     // A name that differs in case only would be found in place of this one.
     if (os::Exists(directory)) continue;
-    if (os::MakeDirectory(directory)) return;
-    if (errno != EEXIST) break;
+    const auto made = os::MakeDirectory(directory);
+    if (made) return;
+    failure = made.Error();
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed,
-                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
+  throw CommandError(ExitStatus::JobFailed, "no name in the spool can be had: " +
+                                                Describe(FailureAt(m_Directory, failure)));
 }
 
 SpoolReservation::~SpoolReservation() {

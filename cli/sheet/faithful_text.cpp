@@ -92,11 +92,12 @@ std::string WhyNotFound(const SheetInfo& sheet) {
 // The latest failure of the XML layer, with the part's name for a file below `folder`; empty if
 // there was none.
 std::string TakeXmlReason(const std::string& folder) {
-  auto failure = xml::TakeXmlFailure();
-  if (!failure) return {};
-  std::ranges::replace(failure->where, '\\', '/');
-  if (failure->where.starts_with(folder + "/")) failure->where.erase(0, folder.size() + 1);
-  return Describe(*failure);
+  const auto state = xml::TakeXmlFailure();
+  if (state) return {};
+  Failure failure = state.Error();
+  std::ranges::replace(failure.where, '\\', '/');
+  if (failure.where.starts_with(folder + "/")) failure.where.erase(0, folder.size() + 1);
+  return Describe(failure);
 }
 
 std::string WhyNothing(const std::vector<const SheetInfo*>& sheets, const std::string& folder) {

@@ -8,6 +8,7 @@
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/installation/installation.h"
 #include "cli/job/progress_line.h"
 #include "rastrel/platform/os/file.h"
@@ -15,7 +16,6 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/terminal.h"
 #include "rastrel/platform/os/tree.h"
 
@@ -41,10 +41,7 @@ void WriteThrough(const std::string& source, const std::string& target) {
 }  // namespace
 
 Workspace::Workspace(bool json)
-    : m_Json(json), m_Signals(os::StopSignals::Start([this](int) { Stop(); })) {
-  if (!m_Signals)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + DescribeError(errno));
+    : m_Json(json), m_Signals(TakeStopSignals([this](int) { Stop(); })) {
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::lock_guard<std::mutex> guard(m_Mutex);
   m_Directory.emplace(false);
@@ -76,8 +73,8 @@ void Workspace::Stop() {
 
 std::string Workspace::MakeFolder(const std::string& name) const {
   std::string path = Path(name);
-  if (!os::MakeDirectory(os::FromNative(path)))
-    throw CommandError(ExitStatus::JobFailed, Describe({"mkdir", path, errno}));
+  if (const auto made = os::MakeDirectory(os::FromNative(path)); !made)
+    throw CommandError(ExitStatus::JobFailed, Describe(FailureAt(path, made.Error())));
   return path;
 }
 

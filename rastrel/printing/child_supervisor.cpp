@@ -42,8 +42,9 @@ bool ChildSupervisor::MakePipes(const PipeSizes& sizes) {
     CAppLog::Instance().Write(m_Messages.noPipes);
     return false;
   }
-  if (hasOutput) m_hStdoutRead = os::MakeNotInheritable(m_hStdoutRead);
-  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead);
+  if (hasOutput)
+    m_hStdoutRead = os::MakeNotInheritable(m_hStdoutRead).ValueOr(INVALID_HANDLE_VALUE);
+  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead).ValueOr(INVALID_HANDLE_VALUE);
   if ((!hasOutput || m_hStdoutRead != INVALID_HANDLE_VALUE) &&
       m_hStderrRead != INVALID_HANDLE_VALUE)
     return true;

@@ -1,7 +1,6 @@
 #include "rastrel/printing/pipe_reader.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <string_view>
 
 #include "rastrel/job/app_log.h"
@@ -40,15 +39,15 @@ void CPipeReader::Wait() {
 void CPipeReader::ReadAll() {
   m_pLock->Unlock();
   while (*m_pPipe != 0) {
-    const long count = m_Stops.empty()
+    const auto count = m_Stops.empty()
                            ? os::ReadSome(*m_pPipe, m_pBuffer.get(), m_BufferSize)
                            : os::ReadSomeUnless(m_Stops, *m_pPipe, m_pBuffer.get(), m_BufferSize);
-    if (count == 0) return;  // the child has closed its end, or a stop was signalled
-    if (count < 0) {
-      CAppLog::Instance().Printf(L"[Print] Pipe terminated with error: %u", errno);
+    if (!count) {
+      CAppLog::Instance().Printf(L"[Print] Pipe terminated with error: %u", count.Error().error);
       return;
     }
-    OnData(m_pBuffer.get(), static_cast<unsigned>(count));
+    if (*count == 0) return;  // the child has closed its end, or a stop was signalled
+    OnData(m_pBuffer.get(), static_cast<unsigned>(*count));
   }
 }
 

@@ -74,11 +74,11 @@ void LineReader::Fill(std::size_t wanted) {
   while (!m_EndKnown && static_cast<std::size_t>(m_End - m_Here) < wanted) {
     const auto room = static_cast<std::size_t>(window + WindowSize - m_End);
     const auto ahead = static_cast<std::uint64_t>(m_End - m_Here);
-    const long got = m_File.ReadAt(m_Position + ahead, {m_End, std::min(m_Piece, room)});
+    const auto got = m_File.ReadAt(m_Position + ahead, {m_End, std::min(m_Piece, room)});
     m_Piece = std::min(m_Piece * 8, WindowSize);
-    if (got > 0) m_End += got;
-    m_EndKnown = got <= 0;
-    if (got < 0) m_Failed = true;
+    m_End += got.ValueOr(0);
+    m_EndKnown = got.ValueOr(0) == 0;
+    if (!got) m_Failed = true;
   }
 }
 

@@ -102,8 +102,7 @@ Expected<void> Feeder::Run() {
   const auto buffer = std::make_unique_for_overwrite<char[]>(size);
   const std::span<char> room(buffer.get(), size);
   if (Begin(room)) ReadAll(room);
-  if (const Failure* const fault = m_Parser.Fault()) return *fault;
-  return {};
+  return m_Parser.State();
 }
 
 void Feeder::ReadAll(std::span<char> room) {

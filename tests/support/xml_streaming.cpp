@@ -102,7 +102,7 @@ class Listener : public xml::XmlStreamHandler {
   // One of seven handlers stops somewhere.
   void MayRefuse(const char* where) {
     if (m_Choices % 7 == 3 && m_Calls == 1 + m_Choices % 23)
-      Refuse(os::WideFromUtf8(std::string("refused at ") + where));
+      Refuse(std::string("refused at ") + where);
   }
 
   std::uint32_t m_Choices;

@@ -171,13 +171,13 @@ TEST_F(XmlRefusal, has_the_file_the_place_and_the_reason_and_is_logged) {
   const std::wstring path = FileOf("<a>\n  <b></c>\n</a>");
   const std::size_t mark = m_Library.LogMark();
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(path)));
-  const auto failure = TakeXmlFailure();
-  ASSERT_TRUE(failure.has_value());
-  EXPECT_EQ(failure->where, rastrel::os::Utf8FromWide(path));
-  EXPECT_EQ(failure->line, 2);
-  EXPECT_GT(failure->column, 3);
-  EXPECT_NE(std::string::npos, failure->why.find("b line 2 and c")) << Reason();
-  EXPECT_EQ("[XML] " + Describe(*failure) + "\r\n", m_Library.LogTextsBehind(mark));
+  const auto state = TakeXmlFailure();
+  ASSERT_FALSE(state);
+  EXPECT_EQ(state.Error().where, rastrel::os::Utf8FromWide(path));
+  EXPECT_EQ(state.Error().line, 2);
+  EXPECT_GT(state.Error().column, 3);
+  EXPECT_NE(std::string::npos, state.Error().why.find("b line 2 and c")) << Reason();
+  EXPECT_EQ("[XML] " + Describe(state.Error()) + "\r\n", m_Library.LogTextsBehind(mark));
 }
 
 TEST_F(XmlRefusal, counts_columns_in_characters) {
@@ -190,10 +190,10 @@ TEST_F(XmlRefusal, counts_columns_in_characters) {
                                                  {"<" + two + " n='1'/></c>", 16}};
     for (const auto& [line, behind] : lines) {
       EXPECT_FALSE(static_cast<bool>(LoadFile("<a>\n" + line)));
-      const auto failure = TakeXmlFailure();
-      ASSERT_TRUE(failure.has_value());
-      EXPECT_EQ(failure->line, 2);
-      EXPECT_EQ(behind, failure->column) << line;
+      const auto state = TakeXmlFailure();
+      ASSERT_FALSE(state);
+      EXPECT_EQ(state.Error().line, 2);
+      EXPECT_EQ(behind, state.Error().column) << line;
     }
   }
 }
@@ -201,8 +201,8 @@ TEST_F(XmlRefusal, counts_columns_in_characters) {
 TEST_F(XmlRefusal, is_reported_once_and_not_after_a_success) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlString(L"<a>")));
   EXPECT_TRUE(static_cast<bool>(LoadXmlString(L"<a/>")));
-  EXPECT_TRUE(TakeXmlFailure().has_value());
-  EXPECT_FALSE(TakeXmlFailure().has_value());
+  EXPECT_FALSE(TakeXmlFailure());
+  EXPECT_TRUE(TakeXmlFailure());
 }
 
 TEST_F(XmlRefusal, is_described_without_unknown_parts) {

@@ -21,7 +21,7 @@ class Notes : public XmlStreamHandler {
     EXPECT_TRUE(NodeNameIs(start, name));
     EXPECT_FALSE(static_cast<bool>(FirstChild(start)));
     EXPECT_FALSE(static_cast<bool>(NextSibling(start)));
-    if (name.starts_with(L'x')) Refuse(L"no " + std::wstring(name) + L" here");
+    if (name.starts_with(L'x')) Refuse("no " + Utf8FromWide(name) + " here");
     if (name.starts_with(L's')) return StreamChoice::Skip;
     return name.starts_with(L'n') ? StreamChoice::Node : StreamChoice::Enter;
   }
@@ -32,11 +32,11 @@ class Notes : public XmlStreamHandler {
     m_Text += "{" + std::to_string(count) + " " + std::string(TextBytes(node, scratch)) + "|" +
               std::string(RawTextBytes(node, scratch)) + "}";
     for (const XmlNode& child : children)
-      if (NodeNameIs(child, L"refuse")) Refuse(L"not this");
+      if (NodeNameIs(child, L"refuse")) Refuse("not this");
   }
   void End(std::wstring_view name, int depth) override {
     m_Text += ">" + Utf8FromWide(name) + std::to_string(depth);
-    if (name == L"yEnd") Refuse(L"at the end");
+    if (name == L"yEnd") Refuse("at the end");
   }
   [[nodiscard]] const std::string& Text() const { return m_Text; }
 

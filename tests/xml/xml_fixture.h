@@ -30,8 +30,8 @@ class XmlTest : public LibraryTest {
   }
   /// The latest reason, in UTF-8; empty if there is none.
   static std::string Reason() {
-    const auto failure = xml::TakeXmlFailure();
-    return failure ? Describe(*failure) : std::string();
+    const auto state = xml::TakeXmlFailure();
+    return state ? std::string() : Describe(state.Error());
   }
   /// Why a text is refused; empty if it is not.
   static std::string ReasonOf(std::wstring_view text) {

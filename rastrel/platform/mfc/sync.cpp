@@ -21,7 +21,8 @@ std::mutex& UnlockMutex() {
 }  // namespace
 
 CSemaphore::CSemaphore(int initialCount, int maximumCount)
-    : m_hObject(os::CreateSemaphoreHandle(static_cast<unsigned>(std::max(initialCount, 0)))),
+    : m_hObject(os::CreateSemaphoreHandle(static_cast<unsigned>(std::max(initialCount, 0)))
+                    .ValueOr(INVALID_HANDLE_VALUE)),
       m_Maximum(maximumCount) {}
 
 CSemaphore::~CSemaphore() { os::CloseHandle(m_hObject); }

@@ -7,7 +7,7 @@
 
 namespace os = rastrel::os;
 
-CWnd::CWnd() : m_hEvent(os::CreateSemaphoreHandle(0)) {}
+CWnd::CWnd() : m_hEvent(os::CreateSemaphoreHandle(0).ValueOr(INVALID_HANDLE_VALUE)) {}
 
 CWnd::~CWnd() { os::CloseHandle(m_hEvent); }
 

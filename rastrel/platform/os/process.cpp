@@ -172,14 +172,12 @@ Expected<ChildProcess> Spawn(const SpawnRequest& request) {
   const int error = SpawnProcess(request, executable, id);
   if (error != 0) return SpawnFailure(request, executable, error);
 
-  int process = Calls().pidfd_open(id, 0);
-  if (process >= 0 && process < StandardCount) process = MakeNotInheritable(process);
-  if (process < 0) {
-    const int reason = errno;
+  auto process = TakeDescriptor(Calls().pidfd_open(id, 0), "pidfd_open", executable);
+  if (!process) {
     EndById(id);
-    return Failure{"pidfd_open", executable, reason};
+    return process.Error();
   }
-  return ChildProcess{.process = process, .id = static_cast<std::uint32_t>(id)};
+  return ChildProcess{.process = process->Release(), .id = static_cast<std::uint32_t>(id)};
 }
 
 Expected<ExitState> TakeExitState(HANDLE process) { return WaitForEnd(process, WEXITED | WNOHANG); }

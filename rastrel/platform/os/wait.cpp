@@ -79,9 +79,11 @@ std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds) {
   return WaitTimeout;
 }
 
-HANDLE CreateSemaphoreHandle(unsigned count) {
-  const int handle = Calls().eventfd(count, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK);
-  return handle < 0 || handle > STDERR_FILENO ? handle : MakeNotInheritable(handle);
+Expected<HANDLE> CreateSemaphoreHandle(unsigned count) {
+  auto semaphore = TakeDescriptor(
+      Calls().eventfd(count, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK), "eventfd", {});
+  if (!semaphore) return semaphore.Error();
+  return semaphore->Release();
 }
 
 void ReleaseSemaphoreHandle(HANDLE semaphore) {
@@ -90,8 +92,9 @@ void ReleaseSemaphoreHandle(HANDLE semaphore) {
   }
 }
 
-bool AcquireSemaphoreHandle(HANDLE semaphore) {
-  return WaitForAny(std::span(&semaphore, 1)) == WaitSignaledBase;
+Expected<void> AcquireSemaphoreHandle(HANDLE semaphore) {
+  if (WaitForAny(std::span(&semaphore, 1)) != WaitSignaledBase) return Failure{"wait", {}, errno};
+  return {};
 }
 
 bool TryAcquireSemaphoreHandle(HANDLE semaphore) { return TakeSignal(semaphore) == Taken::Yes; }

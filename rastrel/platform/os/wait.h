@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/handle.h"
 
 /// One wait over several handles, with the result codes that supervisors use.
@@ -26,13 +27,13 @@ inline constexpr std::size_t WaitLimit = 64;             ///< handles in one wai
 /// WaitFailed. Invalid handles are skipped. An interruption restarts the wait and its time.
 [[nodiscard]] std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds);
 
-/// Makes a counter that WaitForAny can wait for, with the count given. Invalid with errno set on
-/// failure. Never one of the three standard descriptors.
-[[nodiscard]] HANDLE CreateSemaphoreHandle(unsigned count);
+/// Makes a counter that WaitForAny can wait for, with the count given. The caller closes it.
+/// Never one of the three standard descriptors.
+[[nodiscard]] Expected<HANDLE> CreateSemaphoreHandle(unsigned count);
 /// Adds one. Never blocks.
 void ReleaseSemaphoreHandle(HANDLE semaphore);
-/// Takes one, waiting for it without a time limit. False if the wait failed.
-[[nodiscard]] bool AcquireSemaphoreHandle(HANDLE semaphore);
+/// Takes one, waiting for it without a time limit.
+[[nodiscard]] Expected<void> AcquireSemaphoreHandle(HANDLE semaphore);
 /// Takes one if there is one, and never waits. False if there was none.
 [[nodiscard]] bool TryAcquireSemaphoreHandle(HANDLE semaphore);
 /// The current count; 0 for a handle that is no semaphore.

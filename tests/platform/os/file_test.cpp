@@ -15,11 +15,13 @@
 #include "rastrel/platform/os/file_lock.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
+#include "tests/support/error_number.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_directory.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ErrorNumber;
 using rastrel::test::OpenDescriptors;
 using rastrel::test::OrdinaryUser;
 using ScratchDirectory = rastrel::test::MemoryScratchDirectory;
@@ -122,10 +124,8 @@ TEST(StampOf, changes_with_size_and_time) {
 TEST(MakeDirectory, makes_one_and_fails_where_something_is) {
   const ScratchDirectory scratch;
   EXPECT_TRUE(os::MakeDirectory(scratch.Wide("new")));
-  EXPECT_FALSE(os::MakeDirectory(scratch.Wide("new")));
-  EXPECT_EQ(errno, EEXIST);
-  EXPECT_FALSE(os::MakeDirectory(scratch.Wide("a/b")));
-  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ErrorNumber(os::MakeDirectory(scratch.Wide("new"))), EEXIST);
+  EXPECT_EQ(ErrorNumber(os::MakeDirectory(scratch.Wide("a/b"))), ENOENT);
 }
 
 TEST(RemoveFile, removes_files_and_links_and_never_directories) {
@@ -144,8 +144,7 @@ TEST(RenameFile, takes_the_place_of_an_existing_file) {
   scratch.Write("b", "old");
   EXPECT_TRUE(os::RenameFile(scratch.Wide("a"), scratch.Wide("b")));
   EXPECT_EQ(scratch.Read("b"), "new");
-  EXPECT_FALSE(os::RenameFile(scratch.Wide("a"), scratch.Wide("c")));
-  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ErrorNumber(os::RenameFile(scratch.Wide("a"), scratch.Wide("c"))), ENOENT);
 }
 
 TEST(ClearReadOnly, sets_the_owners_write_bit_and_no_other) {
@@ -346,15 +345,13 @@ TEST(WriteAll, goes_on_after_short_writes_and_interruptions) {
 TEST(WriteAll, a_write_that_takes_nothing_is_a_failure_and_no_endless_loop) {
   const os::SystemCallsGuard guard;
   os::Calls().write = [](int, const void*, size_t) -> ssize_t { return 0; };
-  EXPECT_FALSE(os::WriteAll(99, "x"));
-  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(ErrorNumber(os::WriteAll(99, "x")), EIO);
 }
 
 TEST(WriteAll, a_full_device_is_reported) {
   const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
   ASSERT_GE(full, 0);
-  EXPECT_FALSE(os::WriteAll(full, "x"));
-  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(ErrorNumber(os::WriteAll(full, "x")), ENOSPC);
   ::close(full);
 }
 

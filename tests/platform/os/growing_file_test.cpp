@@ -27,10 +27,10 @@ std::string ReadAll(RandomAccessFile& file, Growth& end) {
   std::string content;
   std::string piece(100000, '\0');
   for (;;) {
-    const long count = file.ReadAt(content.size(), piece);
-    if (count < 0) return "(failed)";
-    content.append(piece, 0, static_cast<std::size_t>(count));
-    if (count > 0) continue;
+    const auto count = file.ReadAt(content.size(), piece);
+    if (!count) return "(failed)";
+    content.append(piece, 0, *count);
+    if (*count > 0) continue;
     end = file.AwaitGrowth(content.size());
     if (end != Growth::Grown) return content;
   }
@@ -78,7 +78,7 @@ TEST(GrowingFile,
   auto file = RandomAccessFile::Open(directory.Wide("file"));
   ASSERT_TRUE(file);
   std::string piece(100, '\0');
-  ASSERT_EQ(file->ReadAt(0, piece), 0);
+  ASSERT_EQ(file->ReadAt(0, piece).ValueOr(1), 0U);
   Append(directory, "text");
   growing.Grow(4);
   growing.End(true);

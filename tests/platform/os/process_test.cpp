@@ -73,8 +73,8 @@ std::string OutputOf(os::SpawnRequest request) {
   os::CloseHandle(write);
   std::string output;
   char buffer[4096];
-  for (long got = 0; (got = os::ReadSome(read, buffer, sizeof buffer)) > 0;)
-    output.append(buffer, static_cast<std::size_t>(got));
+  while (const std::size_t got = os::ReadSome(read, buffer, sizeof buffer).ValueOr(0))
+    output.append(buffer, got);
   os::CloseHandle(read);
   EXPECT_TRUE(child.Started());
   return output;
@@ -206,7 +206,7 @@ TEST(Spawn, the_child_leads_a_session_of_its_own_without_a_terminal) {
   os::CloseHandle(write);
   std::string output(4096, '\0');
   child.WaitForEnd();
-  output.resize(static_cast<std::size_t>(os::ReadSome(read, output.data(), output.size())));
+  output.resize(os::ReadSome(read, output.data(), output.size()).ValueOr(0));
   os::CloseHandle(read);
   const std::string id = std::to_string(child.Id());
   EXPECT_EQ(output, id + " " + id + " " + id + " 0\n");
@@ -267,10 +267,8 @@ TEST(Spawn, streams_may_be_the_standard_ones_in_another_order) {
   for (int descriptor : {savedOut, savedError, outWrite, errorWrite}) ::close(descriptor);
   ASSERT_TRUE(started);
   char buffer[64];
-  EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(os::ReadSome(outRead, buffer, 64))),
-            "error\n");
-  EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(os::ReadSome(errorRead, buffer, 64))),
-            "out\n");
+  EXPECT_EQ(std::string(buffer, os::ReadSome(outRead, buffer, 64).ValueOr(0)), "error\n");
+  EXPECT_EQ(std::string(buffer, os::ReadSome(errorRead, buffer, 64).ValueOr(0)), "out\n");
   os::CloseHandle(outRead);
   os::CloseHandle(errorRead);
 }
@@ -384,7 +382,7 @@ TEST(Terminate, ends_a_child_that_ignores_every_other_signal) {
   os::CloseHandle(write);
   ASSERT_TRUE(child);
   char ready = 0;
-  ASSERT_EQ(os::ReadSome(read, &ready, 1), 1);
+  ASSERT_EQ(os::ReadSome(read, &ready, 1).ValueOr(0), 1U);
   os::CloseHandle(read);
   const auto state = os::Terminate(child->process);
   ASSERT_TRUE(state);

@@ -19,9 +19,9 @@ namespace {
 
 std::string Read(os::RandomAccessFile& file, std::uint64_t offset, std::size_t count) {
   std::string bytes(count, '\0');
-  const long got = file.ReadAt(offset, bytes);
-  if (got < 0) return "failed";
-  bytes.resize(static_cast<std::size_t>(got));
+  const auto got = file.ReadAt(offset, bytes);
+  if (!got) return "failed";
+  bytes.resize(*got);
   return bytes;
 }
 

@@ -15,14 +15,17 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "tests/support/error_number.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ErrorNumber;
 
 namespace {
 
 class Semaphore {
  public:
-  explicit Semaphore(unsigned count) : m_Handle(os::CreateSemaphoreHandle(count)) {}
+  explicit Semaphore(unsigned count)
+      : m_Handle(os::CreateSemaphoreHandle(count).ValueOr(INVALID_HANDLE_VALUE)) {}
   ~Semaphore() { os::CloseHandle(m_Handle); }
   Semaphore(const Semaphore&) = delete;
   Semaphore& operator=(const Semaphore&) = delete;
@@ -192,7 +195,7 @@ TEST(WaitForAny, every_count_wakes_exactly_one_of_many_waiters) {
 TEST(CreateSemaphoreHandle, is_closed_on_exec_and_never_standard) {
   const int saved = ::dup(0);
   ::close(0);
-  HANDLE handle = os::CreateSemaphoreHandle(3);
+  HANDLE handle = os::CreateSemaphoreHandle(3).ValueOr(INVALID_HANDLE_VALUE);
   ::dup2(saved, 0);
   ::close(saved);
   EXPECT_GT(handle, 2);
@@ -201,14 +204,13 @@ TEST(CreateSemaphoreHandle, is_closed_on_exec_and_never_standard) {
   os::CloseHandle(handle);
 }
 
-TEST(CreateSemaphoreHandle, a_system_without_descriptors_gives_an_invalid_one) {
+TEST(CreateSemaphoreHandle, a_system_without_descriptors_is_a_failure) {
   const os::SystemCallsGuard guard;
   os::Calls().eventfd = [](unsigned, int) {
     errno = EMFILE;
     return -1;
   };
-  EXPECT_EQ(os::CreateSemaphoreHandle(0), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(errno, EMFILE);
+  EXPECT_EQ(ErrorNumber(os::CreateSemaphoreHandle(0)), EMFILE);
 }
 
 TEST(SemaphoreCount, follows_releases_and_waits) {
