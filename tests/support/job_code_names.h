@@ -6,7 +6,7 @@
 
 #include "rastrel/job/status.h"
 
-/// Names for a job's codes, so that an expectation can be read. The numbers are written out here and
+/// Names for a job's codes, so that an expectation can be read. The numbers are written out here
 /// and not taken from status.h: hosts and job files rely on them.
 namespace rastrel::test {
 

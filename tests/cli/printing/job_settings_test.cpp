@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "cli/console/options.h"
+#include "rastrel/prefix/cutter.h"
+#include "rastrel/prefix/scaling.h"
 
 namespace rastrel::cli {
 namespace {
@@ -46,19 +48,23 @@ CJobData Applied(std::vector<const char*> words, TicketKind kind = TicketKind::P
   return settings;
 }
 
+// Tickets on disk hold these numbers.
+static_assert(prefix::ScaleNone == 0 && prefix::ScaleNamed == 1 && prefix::ScaleCustom == 2);
+static_assert(prefix::CutterRgb == 0 && prefix::CutterCmyk == 1 && prefix::CutterNamed == 2);
+
 using Color = std::array<std::int32_t, 4>;
 
 TEST(ApplyScale, none_is_no_scaling) {
   CJobData settings;
-  settings.ScaleMode = 2;
+  settings.ScaleMode = prefix::ScaleCustom;
   EXPECT_TRUE(ApplyScale(settings, "none"));
-  EXPECT_EQ(settings.ScaleMode, 0);
+  EXPECT_EQ(settings.ScaleMode, prefix::ScaleNone);
 }
 
 TEST(ApplyScale, a_word_is_the_name_of_a_target) {
   for (const char* name : {"Letter", "A4", "Roll-1.5_wide", "x"}) {
     const CJobData settings = Scaled(name);
-    EXPECT_EQ(settings.ScaleMode, 1);
+    EXPECT_EQ(settings.ScaleMode, prefix::ScaleNamed);
     EXPECT_EQ(settings.ScaleTarget, std::wstring(name, name + std::string(name).size()));
   }
 }
@@ -66,7 +72,7 @@ TEST(ApplyScale, a_word_is_the_name_of_a_target) {
 TEST(ApplyScale, a_size_becomes_centimetres) {
   for (const char* text : {"10x5in", "25.4x12.7cm", "254x127mm"}) {
     const CJobData settings = Scaled(text);
-    EXPECT_EQ(settings.ScaleMode, 2) << text;
+    EXPECT_EQ(settings.ScaleMode, prefix::ScaleCustom) << text;
     EXPECT_NEAR(settings.ScaleWidthCm, 25.4, 1e-9) << text;
     EXPECT_NEAR(settings.ScaleHeightCm, 12.7, 1e-9) << text;
   }
@@ -126,7 +132,7 @@ TEST(ApplySettings, each_channel_has_its_own_place) {
 
 TEST(ApplySettings, nothing_given_changes_nothing) {
   const CJobData settings = Applied({});
-  EXPECT_EQ(settings.ScaleMode, 0);
+  EXPECT_EQ(settings.ScaleMode, prefix::ScaleNone);
   EXPECT_FALSE(settings.LevelsEnabled);
   EXPECT_FALSE(settings.CutterEnabled);
 }
@@ -135,14 +141,14 @@ TEST(ApplyCutColor, rgb_stays_on_the_scale_of_255) {
   for (const TicketKind kind : {TicketKind::Print, TicketKind::Preview}) {
     const CJobData settings = Cut("rgb:255,0,50%", kind);
     EXPECT_TRUE(settings.CutterEnabled);
-    EXPECT_EQ(settings.CutterColorModel, 0);
+    EXPECT_EQ(settings.CutterColorModel, prefix::CutterRgb);
     EXPECT_EQ(settings.CutterColor, Color({255, 0, 128, 0}));
   }
 }
 
 TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
   const CJobData print = Cut("cmyk:0,127.5,50%,100%");
-  EXPECT_EQ(print.CutterColorModel, 1);
+  EXPECT_EQ(print.CutterColorModel, prefix::CutterCmyk);
   EXPECT_EQ(print.CutterColor, Color({0, 128, 128, 255}));
   EXPECT_EQ(Cut("cmyk:0,127.5,50%,100%", TicketKind::Preview).CutterColor,
             Color({0, 500, 500, 1000}));
@@ -150,7 +156,7 @@ TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
 
 TEST(ApplyCutColor, a_spot_color_is_for_previews_only) {
   const CJobData preview = Cut("spot:Cut Contour: 1", TicketKind::Preview);
-  EXPECT_EQ(preview.CutterColorModel, 2);
+  EXPECT_EQ(preview.CutterColorModel, prefix::CutterNamed);
   EXPECT_EQ(preview.CutterSeparation, L"Cut Contour: 1");
   const std::string refusal = RefusalOfCut("spot:CutContour", TicketKind::Print);
   EXPECT_NE(refusal.find("for previews"), std::string::npos) << refusal;
