@@ -53,6 +53,9 @@ struct Pipe {
   ::_exit(127);
 }
 
+/// A device's program. It is not an interpreter::GuardedProcess, which kills the rest of the group
+/// when the leader has ended: a device's program may leave a process that goes on delivering. Also,
+/// execvp finds it on the path and runs scripts that name no interpreter.
 class Running {
  public:
   Running(std::string program, interpreter::Guardian& guardian)

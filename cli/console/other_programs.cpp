@@ -9,7 +9,6 @@
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
@@ -76,17 +75,6 @@ bool EndsWell(HANDLE process, std::chrono::milliseconds limit) {
 }
 
 }  // namespace
-
-std::string FindProgram(const std::string& name) {
-  const std::string path = os::EnvironmentValue("PATH");
-  for (std::size_t begin = 0; begin <= path.size();) {
-    const std::size_t end = std::min(path.find(':', begin), path.size());
-    std::string candidate = path.substr(begin, end - begin) + "/" + name;
-    if (end > begin && os::IsProgram(candidate)) return candidate;
-    begin = end + 1;
-  }
-  return {};
-}
 
 std::optional<std::string> FirstLineOf(const std::string& program,
                                        const std::vector<std::string>& arguments,

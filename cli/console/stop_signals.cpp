@@ -2,16 +2,12 @@
 
 #include <utility>
 
-#include "cli/console/exit_status.h"
-
 namespace rastrel::cli {
 
-std::unique_ptr<os::StopSignals> TakeStopSignals(std::function<void(int)> onSignal) {
+Expected<std::unique_ptr<os::StopSignals>> TakeStopSignals(std::function<void(int)> onSignal) {
   auto signals = os::StopSignals::Start(std::move(onSignal));
-  if (!signals)
-    throw CommandError(ExitStatus::JobFailed, "the system gives no thread or descriptor: " +
-                                                  DescribeError(signals.Error().error));
-  return std::move(*signals);
+  if (signals) return signals;
+  return FailureOf("the system gives no thread or descriptor: " + DescribeError(signals.Error().error));
 }
 
 }  // namespace rastrel::cli

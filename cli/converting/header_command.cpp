@@ -53,7 +53,8 @@ void WriteCopy(const InputFile& input, const std::string& target, const std::str
 }  // namespace
 
 ExitStatus HeaderCommand(const Invocation& invocation) {
-  const ConversionSettings settings = ReadConversionSettings(invocation);
+  const ConversionSettings settings =
+      OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input =
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
   LayOutQuietly();

@@ -29,19 +29,21 @@ constexpr double PointCm = 2.54 / 72.0;
 
 // A library path by which the file may be reached; names that such a path can't spell lead to a
 // copy.
-class Reachable {
- public:
-  explicit Reachable(const InputFile& input) : m_Path(os::FromNative(input.path)) {
-    if (os::ToNative(m_Path) == input.path) return;
-    m_Directory = std::make_unique<JobDirectory>(false);
-    m_Path = os::FromNative(m_Directory->CopyIn(input.path, input.safeName + input.extension));
-  }
-  [[nodiscard]] const wchar_t* Path() const { return m_Path.c_str(); }
-
- private:
-  std::unique_ptr<JobDirectory> m_Directory;
-  std::wstring m_Path;
+struct Reachable {
+  std::wstring path;
+  std::optional<JobDirectory> copied;  ///< holds the copy
 };
+
+Reachable Reach(const InputFile& input) {
+  Reachable reachable;
+  reachable.path = os::FromNative(input.path);
+  if (os::ToNative(reachable.path) == input.path) return reachable;
+  reachable.copied.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
+  reachable.path = os::FromNative(
+      OrEndByCode(ExitStatus::JobFailed,
+                  reachable.copied->CopyIn(input.path, input.safeName + input.extension)));
+  return reachable;
+}
 
 std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
   CRect points;
@@ -52,7 +54,13 @@ std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
 // The signals that ask for an end stop the measuring that runs, and let none follow.
 class Stop {
  public:
-  Stop() : m_Signals(TakeStopSignals([this](int) { Make(); })) {}
+  /// Begins to take them. The failure is a message for the user.
+  [[nodiscard]] Expected<void> Start() {
+    auto signals = TakeStopSignals([this](int) { Make(); });
+    if (!signals) return signals.Error();
+    m_Signals = *std::move(signals);
+    return {};
+  }
   [[nodiscard]] bool IsMade() const { return m_Made; }
   [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
 
@@ -111,11 +119,11 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
 void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
   const bool json = invocation.Has(OptionId::Json);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(file, "measure"));
-  const Reachable reachable(input);
+  const Reachable reachable = Reach(input);
   std::optional<BOUNDS> declared;
-  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.Path());
+  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.path.c_str());
   if (declared) WriteBounds(file, *declared, "comments", json);
-  const BOUNDS measured = Measured(reachable.Path(), stop);
+  const BOUNDS measured = Measured(reachable.path.c_str(), stop);
   if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
 }
 
@@ -124,6 +132,7 @@ void MeasureFile(const std::string& file, const Invocation& invocation, Stop& st
 ExitStatus PageSizeCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
+  OrEnd(ExitStatus::JobFailed, stop.Start());
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   ExitStatus status = ExitStatus::Done;

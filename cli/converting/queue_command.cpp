@@ -136,19 +136,22 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   QueueView view(json);
   // A request to end is one to cancel, from the first moment on.
-  const auto signals = TakeStopSignals([&view](int) { view.RequestStop(); });
-  const ConversionSettings settings = ReadConversionSettings(invocation);
+  const auto signals =
+      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&view](int) { view.RequestStop(); }));
+  const ConversionSettings settings =
+      OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "convert"));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
-  if (invocation.Has(OptionId::Window)) view.UseWindow();
+  if (invocation.Has(OptionId::Window)) OrEnd(ExitStatus::NotInstalled, view.UseWindow());
   const std::string target = OutputDirectory(invocation);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
   const bool keep = KeepsFiles();
 
-  const JobDirectory directory(keep);
-  const std::string copy = directory.CopyIn(input.path, input.safeName + input.extension);
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
+  const std::string copy = OrEndByCode(
+      ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
   WriteHeader(settings, input, copy);
   const std::set<fs::path> before = NamesIn(directory.Path());
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);

@@ -1,8 +1,5 @@
 #include "cli/input/xml_input.h"
 
-#include <array>
-#include <charconv>
-
 #include "cli/input/file_head.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -73,12 +70,6 @@ std::string OneLineText(const wchar_t* text) {
   for (wchar_t& character : line)
     if (character < L' ' || character == L'\x7F') character = L' ';
   return os::Utf8FromWide(line);
-}
-
-std::string ShortNumber(double number) {
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
 }
 
 }  // namespace rastrel::cli

@@ -7,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -99,22 +98,30 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
   return pages;
 }
 
-SpoolReservation::SpoolReservation(const std::string& name) {
+Expected<SpoolReservation> SpoolReservation::Create(const std::string& name) {
+  std::string directory;
   Failure failure{"mkdir", {}, EEXIST};
   for (int number = 1; number <= Attempts; ++number) {
-    m_Name = number == 1 ? name : name + "-" + std::to_string(number);
-    m_Directory = SpoolDirectory() + "/" + m_Name + std::string(Extension);
-    const std::wstring directory = os::FromNative(m_Directory);
+    std::string taken = number == 1 ? name : name + "-" + std::to_string(number);
+    directory = SpoolDirectory() + "/" + taken + std::string(Extension);
+    const std::wstring path = os::FromNative(directory);
     // A name that differs in case only would be found in place of this one.
-    if (os::Exists(directory)) continue;
-    const auto made = os::MakeDirectory(directory);
-    if (made) return;
+    if (os::Exists(path)) continue;
+    const auto made = os::MakeDirectory(path);
+    if (made) return SpoolReservation(std::move(taken), std::move(directory));
     failure = made.Error();
     if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed, "no name in the spool can be had: " +
-                                                Describe(FailureAt(m_Directory, failure)));
+  return FailureOf("no name in the spool can be had: " + Describe(FailureAt(directory, failure)));
 }
+
+SpoolReservation::SpoolReservation(std::string name, std::string directory)
+    : m_Name(std::move(name)), m_Directory(std::move(directory)) {}
+
+SpoolReservation::SpoolReservation(SpoolReservation&& other) noexcept
+    : m_Name(std::move(other.m_Name)),
+      m_Directory(std::move(other.m_Directory)),
+      m_Filled(std::exchange(other.m_Filled, true)) {}
 
 SpoolReservation::~SpoolReservation() {
   if (m_Filled) return;

@@ -114,9 +114,10 @@ void WriteLinesAsJson(const std::string& path) {
 void WriteFaithful(Task& task) {
   std::vector<std::string> notes;
   task.progress.Enter("reading");
-  const std::string text = MakeFaithfulText(task.source, task.only, task.workspace, notes);
+  const std::string text =
+      sheet::ValueOf(MakeFaithfulText(task.source, task.only, task.workspace, notes));
   if (!task.Target().empty())
-    task.workspace.Deliver(text, task.Target());
+    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(text, task.Target()));
   else if (task.IsJson())
     WriteLinesAsJson(text);
   else
@@ -137,7 +138,7 @@ void WriteAsShown(Task& task) {
   if (task.Target().empty())
     CopyToOutput(path);
   else
-    task.workspace.Deliver(path, task.Target());
+    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(path, task.Target()));
   WriteDone(task);
 }
 
@@ -202,12 +203,13 @@ void CheckKind(const std::string& path) {
 
 Source Open(const std::string& path, const Workspace& workspace, WorkProgress& progress) {
   CheckKind(path);
-  return sheet::ValueOf(spreadsheet::OpenSource(
-      path, workspace.MakeFolder("package"), [&progress](std::uint64_t done, std::uint64_t whole) {
-        // An unpacked part is read next, and nobody knows how far that is.
-        progress.Enter(done < whole ? "unpacking" : "reading");
-        if (done < whole) progress.Reach(done, whole);
-      }));
+  return sheet::ValueOf(
+      spreadsheet::OpenSource(path, OrEnd(ExitStatus::JobFailed, workspace.MakeFolder("package")),
+                              [&progress](std::uint64_t done, std::uint64_t whole) {
+                                // An unpacked part is read next, and nobody knows how far that is.
+                                progress.Enter(done < whole ? "unpacking" : "reading");
+                                if (done < whole) progress.Reach(done, whole);
+                              }));
 }
 
 }  // namespace
@@ -216,10 +218,11 @@ ExitStatus SheetCommand(const Invocation& invocation) {
   CheckUse(invocation);
   OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
   const bool json = invocation.Has(OptionId::Json);
-  Workspace workspace(json);
+  const auto workspace = OrEnd(ExitStatus::JobFailed, Workspace::Create(json));
+  OrEnd(ExitStatus::NotInstalled, workspace->MakeDirectory());
   WorkProgress progress(json);
   progress.Enter("unpacking");
-  Task task{invocation, workspace, progress, Open(invocation.operand, workspace, progress)};
+  Task task{invocation, *workspace, progress, Open(invocation.operand, *workspace, progress)};
   Run(task);
   return ExitStatus::Done;
 }

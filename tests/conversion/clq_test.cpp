@@ -8,7 +8,7 @@
 #include <mutex>
 
 #include "rastrel/conversion/clq_ticket.h"
-#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/dialogs/cmd_line_q.h"
 #include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/pipe.h"

@@ -14,11 +14,16 @@
 /// with no regard to speed: the library's are compared with them.
 namespace rastrel::test {
 
+/// The types of a page, as the format numbers them.
+inline constexpr std::int32_t Once = 0;
+inline constexpr std::int32_t Reprint = 1;
+inline constexpr std::int32_t Only = 2;
+
 struct LiteralPage {
   std::wstring id = L"QueueCMF2Generator";
   std::wstring directory;
   std::wstring title;
-  std::int32_t type = 1;
+  std::int32_t type = Reprint;
   bool operator==(const LiteralPage&) const = default;
 };
 

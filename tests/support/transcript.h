@@ -12,6 +12,7 @@
 #include "rastrel/job/job_messaging.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/text.h"
+#include "tests/support/job_code_names.h"
 
 namespace rastrel::test {
 
@@ -66,12 +67,12 @@ class Transcript {
     }
     return found;
   }
-  /// The codes of all `Info` calls of the printing thread, as "7,1,2".
+  /// The names of all `Info` calls of the printing thread, as "started, ripping, ripped".
   [[nodiscard]] std::string Stages() const {
     std::string stages;
     for (const std::string& line : Behind("Info "))
       if (line.ends_with(" system"))
-        stages += (stages.empty() ? "" : ",") + line.substr(0, line.find(' '));
+        stages += (stages.empty() ? "" : ", ") + NameOfCode(StageNames, std::stoi(line));
     return stages;
   }
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/dialogs/cmd_line_q.h"
 #include "rastrel/conversion/dialogs/dialog.h"
 
 /// Watches the queue program work on one file. DoModal starts it and returns OkCommand when it has

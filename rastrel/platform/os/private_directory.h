@@ -26,9 +26,11 @@ class PrivateDirectory {
   PrivateDirectory(const PrivateDirectory&) = delete;
   PrivateDirectory& operator=(const PrivateDirectory&) = delete;
 
-  /// Full native path, without a closing slash.
+  /// Full native path, without a closing slash. Empty once it was kept, removed or moved from.
   [[nodiscard]] const std::string& Path() const { return m_Path; }
 
+  /// Leaves the directory and all in it where they are, from now on for good.
+  void Keep() { m_Path.clear(); }
   /// Removes it now. The failure names the file that can't be removed; nothing is tried again
   /// later.
   [[nodiscard]] Expected<void> Remove();

@@ -277,7 +277,9 @@ TEST(ParseCutData, keeps_fractions_that_percentages_make) {
   double m = 0;
   double y = 0;
   double k = 0;
-  ParseCutData("--cut-color", "cmyk:12.5%,0,255,51").color.GetCMYKcolor(&c, &m, &y, &k);
+  const auto cut = ParseCutData("--cut-color", "cmyk:12.5%,0,255,51");
+  ASSERT_TRUE(cut);
+  cut->color.GetCMYKcolor(&c, &m, &y, &k);
   EXPECT_DOUBLE_EQ(c, 0.125);
   EXPECT_DOUBLE_EQ(m, 0);
   EXPECT_DOUBLE_EQ(y, 1);

@@ -56,6 +56,19 @@ TEST(PrivateDirectory, two_have_two_names_and_a_moved_one_stays) {
   EXPECT_FALSE(fs::exists(moved->Path()));
 }
 
+TEST(PrivateDirectory, that_is_kept_stays) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard temporary("TMPDIR", place.Path());
+  std::string path;
+  {
+    auto made = PrivateDirectory::Make("a");
+    ASSERT_TRUE(made);
+    path = made->Path();
+    made->Keep();
+  }
+  EXPECT_TRUE(fs::is_directory(path));
+}
+
 TEST(PrivateDirectory, a_failure_names_the_directory) {
   const test::EnvironmentGuard temporary("TMPDIR", "/no/such/place");
   const auto made = PrivateDirectory::Make("work-");

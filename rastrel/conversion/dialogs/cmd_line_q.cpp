@@ -1,4 +1,4 @@
-#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/dialogs/cmd_line_q.h"
 
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 
