@@ -20,8 +20,6 @@ namespace {
 
 using xml::StreamChoice;
 
-std::string ShowBoolean(std::string_view text) { return IsYes(text) ? "TRUE" : "FALSE"; }
-
 std::optional<double> NumberOf(std::string_view text) {
   double number = 0;
   const char* end = text.data() + text.size();
@@ -121,10 +119,16 @@ class SheetReader : public GuardedHandler {
     const std::string_view text = xml::TextBytes(value, m_Scratch);
     if (text.empty() || type == "e" || type == "inlineStr") return std::string(text);
     if (type == "s") return ShowShared(text, code);
-    if (type == "b") return ShowBoolean(text);
+    if (type == "b") return ShowBoolean(IsYes(text), code);
     if (type == "d") return ShowIsoDate(text, code, m_Dates);
     const auto number = NumberOf(text);
     return number ? code.ShowNumber(*number, m_Dates) : std::string(text);
+  }
+
+  // A format of numbers shows the number that the cell holds.
+  std::string ShowBoolean(bool value, const FormatCode& code) const {
+    if (code.IsGeneral()) return value ? "TRUE" : "FALSE";
+    return code.ShowNumber(value ? 1 : 0, m_Dates);
   }
 
   std::string_view RawText(const XmlNode& node) { return xml::RawTextBytes(node, m_Scratch); }

@@ -136,6 +136,20 @@ TEST_F(SheetCommandTest, shows_every_kind_of_cell) {
   EXPECT_NE(Shown(files.Bytes()).find("\t1/2/2025\t"), std::string::npos);
 }
 
+TEST_F(SheetCommandTest, shows_booleans_by_a_format_of_numbers) {
+  WorkbookFiles files;
+  files.styles =
+      "<numFmts><numFmt numFmtId=\"164\" formatCode=\"&quot;yes&quot;;;&quot;no&quot;\"/></numFmts>"
+      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"2\"/><xf numFmtId=\"164\"/><xf "
+      "numFmtId=\"49\"/></cellXfs>";
+  std::string cells;
+  for (const char* value : {"1", "0"})
+    for (const int style : {0, 1, 2, 3}) cells += Cell("", value, "b", style);
+  files.sheets = {{"S", Row(1, cells)}};
+  EXPECT_EQ(Shown(files.Bytes(), {"--as-shown", "--sheet", "S"}),
+            "TRUE\t1.00\tyes\tTRUE\tFALSE\t0.00\tno\tFALSE\n");
+}
+
 TEST_F(SheetCommandTest, shows_open_document_cells_as_they_were_saved) {
   EXPECT_EQ(
       ShownTables(Table(
