@@ -54,25 +54,19 @@ class SheetReader : public GuardedHandler {
 
   [[nodiscard]] bool FoundRoot() const { return m_FoundRoot; }
 
-  StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
+  StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
     if (depth == 0) {
       m_FoundRoot = baseName == L"worksheet";
       return m_FoundRoot ? StreamChoice::Enter : StreamChoice::Skip;
     }
     if (depth == 1 && baseName == L"sheetData") return StreamChoice::Enter;
-    return depth == 2 && baseName == L"row" ? StreamChoice::Node : StreamChoice::Skip;
+    if (depth != 2 || baseName != L"row") return StreamChoice::Skip;
+    TakeRowNumber(xml::AttributeBytes(start, L"r"));
+    return StreamChoice::Node;
   }
   void End(std::wstring_view, int) override {}
 
   void Node(const XmlNode& row) override {
-    const std::uint64_t before = m_Row++;
-    if (const std::string_view number = xml::AttributeBytes(row, L"r"); !number.empty()) {
-      const auto own = WholeNumber(number);
-      if (!own || *own <= before)
-        return Refuse(L"the row numbered '" + os::WideFromUtf8(number) + L"' comes after row " +
-                      std::to_wstring(before));
-      m_Row = *own;
-    }
     ReadCells(row);
     while (!m_Cells.empty() && m_Cells.back().empty()) m_Cells.pop_back();
     if (Refusal() || m_Cells.empty()) return;
@@ -83,6 +77,25 @@ class SheetReader : public GuardedHandler {
   }
 
  private:
+  // A row without a number comes after the one before it. Read at the row's begin, so that a
+  // refusal has its place.
+  void TakeRowNumber(std::string_view number) {
+    const std::uint64_t before = m_Row++;
+    if (number.empty()) return;
+    const auto own = WholeNumber(number);
+    if (!own || *own == 0)
+      return Refuse(L"the attribute 'r' of a row is '" + Printable(number) +
+                    L"', and not a whole number from 1 on");
+    if (*own <= before)
+      return Refuse(L"the row numbered '" + Printable(number) + L"' comes after row " +
+                    std::to_wstring(before));
+    m_Row = *own;
+  }
+
+  static std::wstring Printable(std::string_view text) {
+    return os::WideFromUtf8(PrintableName(text));
+  }
+
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
@@ -92,8 +105,8 @@ class SheetReader : public GuardedHandler {
       const std::string_view reference = xml::AttributeBytes(cell, L"r");
       if (const auto place = PlaceOf(reference)) column = place->column;
       if (column > limits::Columns)
-        return Refuse(L"cell '" + os::WideFromUtf8(reference) + L"' of row " +
-                      std::to_wstring(m_Row) + L" lies behind the last column, " +
+        return Refuse(L"cell '" + Printable(reference) + L"' of row " + std::to_wstring(m_Row) +
+                      L" lies behind the last column, " +
                       os::WideFromUtf8(ColumnName(limits::Columns)));
       if (m_Cells.size() < column) m_Cells.resize(column);
       m_Cells[column - 1] = Show(cell);
@@ -137,7 +150,7 @@ class SheetReader : public GuardedHandler {
     const auto index = WholeNumber(text);
     if (index && *index < m_Strings.Count()) return code.ShowText(m_Strings.At(*index));
     Refuse(L"a cell of row " + std::to_wstring(m_Row) + L" asks for the shared string '" +
-           os::WideFromUtf8(text) + L"', and there are " + std::to_wstring(m_Strings.Count()));
+           Printable(text) + L"', and there are " + std::to_wstring(m_Strings.Count()));
     return {};
   }
 

@@ -493,6 +493,23 @@ TEST_F(SheetCommandTest, rows_and_columns_are_bounded) {
   EXPECT_EQ(shown("<row r=\"99999999999999999999\"/>").status, 3);
 }
 
+TEST_F(SheetCommandTest, a_row_number_that_is_none_is_named_with_its_place) {
+  const auto words = [this](const std::string& number) {
+    WorkbookFiles files;
+    files.sheets = {
+        {"S", "\n" + Row(1, Cell("A1", "1")) + "\n <row r=\"" + number + "\"><c>\n</c></row>\n"}};
+    return Shown(files.Bytes());
+  };
+  for (const std::string number : {"x", "0", "-1", "1.5", "2 ", "99999999999999999999"})
+    EXPECT_EQ(words(number), "xl/tables/t1.xml:4:" + std::to_string(number.size() + 11) +
+                                 ": the attribute 'r' of a row is '" + number +
+                                 "', and not a whole number from 1 on\n");
+  EXPECT_EQ(words("1"), "xl/tables/t1.xml:4:12: the row numbered '1' comes after row 1\n");
+  const std::string cut = words(std::string(1 << 20, 'x'));
+  EXPECT_TRUE(cut.ends_with("xxx...', and not a whole number from 1 on\n"));
+  EXPECT_LT(cut.size(), 400U);
+}
+
 TEST_F(SheetCommandTest, repeats_are_bounded) {
   const auto status = [this](int columns, int rows, int more) {
     const auto times = [](const char* what, int count) {
