@@ -164,6 +164,15 @@ class SheetReader : public GuardedHandler {
   std::string m_Scratch;
 };
 
+// In the order in which they are read.
+std::vector<std::string> PartsOf(const Workbook& workbook, int only) {
+  std::vector<std::string> parts{workbook.strings, workbook.styles};
+  for (std::size_t index = 0; index < workbook.sheets.size(); ++index)
+    if ((only < 0 || index == static_cast<std::size_t>(only)) && workbook.sheets[index].hasCells)
+      parts.push_back(workbook.sheets[index].part);
+  return parts;
+}
+
 [[noreturn]] void RefuseSheet(const Parts& parts, const SheetInfo& sheet) {
   Failure failure = FailureOf("the part of sheet '" + PrintableName(sheet.name) +
                               "' is not in the package: '" + PrintableName(sheet.target) + "'");
@@ -175,6 +184,7 @@ class SheetReader : public GuardedHandler {
 
 void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink& sink) {
   static_cast<void>(xml::TakeXmlFailure());
+  OrThrow(parts.FetchAhead(PartsOf(workbook, only)));
   const StringTable strings = StringTable::Read(parts, workbook.strings);
   const WorkbookFormats formats = WorkbookFormats::Read(parts, workbook.styles);
   std::set<std::string> read;

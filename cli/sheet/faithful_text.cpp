@@ -145,7 +145,7 @@ std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
   static_cast<void>(xml::TakeXmlFailure());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
   const bool isWritten = import.ParseXmlFiles(files.Pointers());
-  RequireSuccess(parts.Settle());
+  RequireSuccess(parts.Stop());
   if (!isWritten)
     throw CommandError(ExitStatus::BadInput,
                        parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
@@ -183,7 +183,7 @@ std::string MakeFaithfulText(spreadsheet::Source& source, int only, Workspace& w
     return ImportOpenDocument(source, only, workspace);
   } catch (const CommandError&) {
     // A part that could not be unpacked has the better reason than the import.
-    if (source.parts) RequireSuccess(source.parts->Settle());
+    if (source.parts) RequireSuccess(source.parts->Stop());
     throw;
   }
 }

@@ -9,8 +9,7 @@
 
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/open_office_xml_import.h"
-#include "tests/cli/command_runner.h"
-#include "tests/spreadsheet/workbook_files.h"
+#include "tests/cli/sheet/sheet_command_fixture.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {
@@ -18,52 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
-
-WorkbookFiles TwoSheets() {
-  WorkbookFiles files;
-  files.sheets = {
-      {"First", Row(1, Cell("A1", "0", "s") + Cell("B1", "1.5")) +
-                    Row(3, Cell("A3", "1", "s") + Cell("C3", "1", "b"))},
-      {"Second", Row(1, Cell("A1", "7", "n", 1) + Cell("AA1", "8")), "state=\"hidden\""}};
-  files.strings = "<si><t>Name</t></si><si><t>two\nlines\tand \\</t></si>";
-  files.styles =
-      "<numFmts><numFmt numFmtId=\"164\" formatCode=\"0.00&quot; m&quot;\"/></numFmts>"
-      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"164\"/></cellXfs>";
-  return files;
-}
-
-class SheetCommandTest : public ::testing::Test {
- protected:
-  ~SheetCommandTest() override {
-    EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
-    for (const auto& entry : fs::directory_iterator(m_Command.Place().Path()))
-      EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
-  }
-  CommandResult Sheet(const std::string& bytes, Names options = {}) {
-    m_Command.Place().Write("book", bytes);
-    options.insert(options.begin(), {"sheet", "book"});
-    return m_Command.Run(options);
-  }
-  // The text, or the words of the refusal without the file's name.
-  std::string Shown(const std::string& bytes, const Names& options = {"--as-shown"}) {
-    const CommandResult result = Sheet(bytes, options);
-    if (result.status == 0) {
-      EXPECT_EQ(result.error, "");
-      return result.output;
-    }
-    EXPECT_EQ(result.status, 3) << result.error;
-    EXPECT_EQ(result.output, "");
-    // In a flat file the line comes first.
-    std::string words = result.error;
-    EXPECT_TRUE(words.starts_with("rastrel: book:")) << words;
-    words.erase(0, std::string("rastrel: book:").size());
-    return words.substr(words.starts_with(' ') ? 1 : 0);
-  }
-  std::string ShownTables(const std::string& tables) {
-    return Shown(OpenDocument(tables, "document"));
-  }
-  CommandRunner m_Command{CommandRunner::Children::None};
-};
 
 TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_package) {
   const ScratchDirectory package;
@@ -471,112 +424,6 @@ TEST_F(SheetCommandTest, a_hostile_package_is_refused_before_anything_is_written
   entries.push_back({"../../evil", "x"});
   EXPECT_EQ(Shown(ZipBytes(entries).Make(), {}),
             "entry '../../evil': its name leads out of the package\n");
-}
-
-TEST_F(SheetCommandTest, rows_and_columns_are_bounded) {
-  const auto shown = [this](const std::string& cells) {
-    WorkbookFiles files;
-    files.sheets = {{"S", cells}};
-    return Sheet(files.Bytes(), {"--list"});
-  };
-  for (const int row : {1'048'575, 1'048'576, 1'048'577}) {
-    const CommandResult result = shown(Row(row, Cell("A" + std::to_string(row), "1")));
-    EXPECT_EQ(result.status, row <= 1'048'576 ? 0 : 3);
-  }
-  EXPECT_EQ(shown(Row(1, Cell("XFC1", "1"))).status, 0);
-  EXPECT_EQ(shown(Row(1, Cell("XFD1", "1"))).status, 0);
-  EXPECT_NE(shown(Row(1, Cell("XFE1", "1"))).error.find("cell 'XFE1' of row 1 lies behind"),
-            std::string::npos);
-  EXPECT_EQ(shown(Row(1, Cell(std::string(100, 'Z') + "1", "1"))).status, 3);
-  EXPECT_NE(shown(Row(2, "") + Row(2, "")).error.find("row numbered '2' comes after row 2"),
-            std::string::npos);
-  EXPECT_EQ(shown("<row r=\"99999999999999999999\"/>").status, 3);
-}
-
-TEST_F(SheetCommandTest, a_row_number_that_is_none_is_named_with_its_place) {
-  const auto words = [this](const std::string& number) {
-    WorkbookFiles files;
-    files.sheets = {
-        {"S", "\n" + Row(1, Cell("A1", "1")) + "\n <row r=\"" + number + "\"><c>\n</c></row>\n"}};
-    return Shown(files.Bytes());
-  };
-  for (const std::string number : {"x", "0", "-1", "1.5", "2 ", "99999999999999999999"})
-    EXPECT_EQ(words(number), "xl/tables/t1.xml:4:" + std::to_string(number.size() + 11) +
-                                 ": the attribute 'r' of a row is '" + number +
-                                 "', and not a whole number from 1 on\n");
-  EXPECT_EQ(words("1"), "xl/tables/t1.xml:4:12: the row numbered '1' comes after row 1\n");
-  const std::string cut = words(std::string(1 << 20, 'x'));
-  EXPECT_TRUE(cut.ends_with("xxx...', and not a whole number from 1 on\n"));
-  EXPECT_LT(cut.size(), 400U);
-}
-
-TEST_F(SheetCommandTest, repeats_are_bounded) {
-  const auto status = [this](int columns, int rows, int more) {
-    const auto times = [](const char* what, int count) {
-      return std::string("table:number-") + what + "-repeated=\"" + std::to_string(count) + "\"";
-    };
-    std::string tables = TableRow(TableCell("x", times("columns", columns)), times("rows", rows));
-    if (more > 0) tables += TableRow(TableCell("x", times("columns", more)));
-    return Sheet(OpenDocument(Table("T", tables), "document"), {"--list"}).status;
-  };
-  EXPECT_EQ(status(16'383, 1, 0), 0);
-  EXPECT_EQ(status(16'384, 1, 0), 0);
-  EXPECT_EQ(status(16'385, 1, 0), 3);
-  EXPECT_EQ(status(1, 1'048'575, 0), 0);
-  EXPECT_EQ(status(1, 1'048'576, 0), 0);
-  EXPECT_EQ(status(1, 1'048'577, 0), 3);
-  EXPECT_EQ(status(1, 1'048'576, 1), 3);
-  EXPECT_EQ(status(999'999'999, 999'999'999, 0), 3);
-  // All but the first of a row's cells, and all of the rows behind the first, come by repeats.
-  EXPECT_EQ(status(16'384, 1'024, 1), 0);
-  EXPECT_EQ(status(16'384, 1'024, 2), 0);
-  EXPECT_EQ(status(16'384, 1'024, 3), 3);
-}
-
-TEST_F(SheetCommandTest, texts_of_cells_are_bounded) {
-  for (const int size : {(1 << 20) - 1, 1 << 20, (1 << 20) + 1}) {
-    const std::string blanks = "<text:s text:c=\"" + std::to_string(size - 2) + "\"/>";
-    const std::string shown = ShownTables(Table("T", TableRow(TableCell("a" + blanks + "b"))));
-    if (size <= 1 << 20)
-      EXPECT_EQ(shown.size(),
-                static_cast<std::size_t>(size) + std::string("\\sheet\tT\n\n").size());
-    else
-      EXPECT_NE(shown.find("row 1: a cell has a text longer than the limit"), std::string::npos);
-    WorkbookFiles files;
-    files.sheets = {
-        {"S", Row(1, Cell("A1", std::string(static_cast<std::size_t>(size), 'x'), "str"))}};
-    EXPECT_EQ(Sheet(files.Bytes(), {"--list"}).status, size <= 1 << 20 ? 0 : 3);
-  }
-  EXPECT_NE(ShownTables(Table("T", TableRow(TableCell("<text:s text:c=\"999999999\"/>x"))))
-                .find("longer than the limit"),
-            std::string::npos);
-}
-
-TEST_F(SheetCommandTest, sheets_are_bounded_and_share_no_part) {
-  for (const std::size_t count : {4095U, 4096U, 4097U}) {
-    std::string tables;
-    for (std::size_t index = 0; index < count; ++index) tables += Table("T", "");
-    EXPECT_EQ(Sheet(OpenDocument(tables, "document"), {"--list"}).status, count <= 4096 ? 0 : 3);
-    WorkbookFiles files;
-    files.sheets = {{"S", ""}};
-    files.workbookExtra = "<sheets>";
-    for (std::size_t index = 1; index < count; ++index)
-      files.workbookExtra += "<sheet name=\"x\" r:id=\"none\"/>";
-    files.workbookExtra += "</sheets>";
-    const std::string words = Shown(files.Bytes());
-    EXPECT_EQ(words.find("more sheets than the limit of 4096") != words.npos, count > 4096);
-  }
-  WorkbookFiles files = TwoSheets();
-  files.sheets[1].target = "tables/t1.xml";
-  EXPECT_EQ(Shown(files.Bytes()), "xl/tables/t1.xml: several sheets share it\n");
-}
-
-TEST_F(SheetCommandTest, a_shared_string_that_is_not_there_is_a_fault) {
-  WorkbookFiles files = TwoSheets();
-  files.sheets[0].rows = Row(4, Cell("A4", "2", "s"));
-  EXPECT_NE(
-      Shown(files.Bytes()).find("a cell of row 4 asks for the shared string '2', and there are 2"),
-      std::string::npos);
 }
 
 TEST_F(SheetCommandTest, charts_have_no_rows) {
