@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
@@ -23,6 +24,10 @@ namespace rastrel::cli::sheet {
 namespace {
 
 namespace fs = std::filesystem;
+
+// A command should not be noticeably slower for others that were killed.
+constexpr std::size_t MaximumNames = 1000;
+constexpr std::size_t MaximumRemovals = 16;
 
 [[noreturn]] void RefuseTarget(const std::string& target, const std::string& why) {
   throw CommandError(ExitStatus::JobFailed, "can't write '" + target + "': " + why);
@@ -47,7 +52,9 @@ Workspace::Workspace(bool json)
                        "the system gives no thread or descriptor: " + DescribeError(errno));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::lock_guard<std::mutex> guard(m_Mutex);
+  os::RemoveAbandonedDirectories(JobsDirectory(), MaximumNames, MaximumRemovals);
   m_Directory.emplace(false);
+  if (auto hold = os::DirectoryHold::Take(m_Directory->Path())) m_Hold.emplace(*std::move(hold));
 }
 
 Workspace::~Workspace() {

@@ -450,6 +450,30 @@ TEST_F(SheetCommandTest, a_signal_ends_it_and_leaves_nothing) {
   }
 }
 
+TEST_F(SheetCommandTest,
+       the_copy_of_a_killed_one_goes_with_the_next_and_that_of_a_running_one_stays) {
+  m_Command.Place().Write("book", TwoSheets().Bytes());
+  const std::string pipe = m_Command.Place().Path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  m_Command.Start({"sheet", "book", "--json", "-o", "pipe"}, "\"progress\"");
+  m_Command.Signal(SIGKILL);
+  static_cast<void>(m_Command.Wait());
+  const Names killed = m_Command.NamesIn("jobs");
+  ASSERT_EQ(killed.size(), 1U);
+  m_Command.Start({"sheet", "book", "--json", "-o", "pipe"}, "\"progress\"");
+  const Names running = m_Command.NamesIn("jobs");
+  ASSERT_EQ(running.size(), 1U);
+  EXPECT_NE(running, killed);
+
+  CommandRunner other(CommandRunner::Children::None);
+  other.Set("RASTREL_HOME", m_Command.Root());
+  EXPECT_EQ(other.Run({"sheet", m_Command.Place().Path("book")}).status, 0);
+  EXPECT_EQ(m_Command.NamesIn("jobs"), running);
+  m_Command.Signal(SIGINT);
+  EXPECT_EQ(m_Command.Wait().status, 4);
+  fs::remove(pipe);
+}
+
 TEST_F(SheetCommandTest, the_examples_say_what_they_are_for) {
   const std::string examples = std::string(RASTREL_SOURCE_DIR) + "/examples/";
   EXPECT_EQ(
