@@ -11,11 +11,10 @@
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "cli/job/progress_line.h"
+#include "rastrel/platform/os/deliver_file.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
-#include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/terminal.h"
 #include "rastrel/platform/os/tree.h"
@@ -100,21 +99,9 @@ void Workspace::Deliver(const std::string& source, const std::string& target) {
   const auto state = fs::status(place, error);
   if (fs::is_directory(state)) RefuseTarget(target, "it is a directory");
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
-  fs::rename(source, place, error);
-  if (!error) return;
-  // Another file system, most likely; if not, the copy below fails with the reason.
-  const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
-                                                 std::to_string(os::CurrentProcessId()));
-  SetUnfinished(beside);
-  const auto copied = os::CopyNativeFile(source, beside);
-  if (!copied) RefuseTarget(target, DescribeError(copied.Error().error));
-  fs::rename(beside, place, error);
-  if (error) {
-    const std::string why = error.message();
-    fs::remove(beside, error);
-    RefuseTarget(target, why);
-  }
-  SetUnfinished({});
+  const auto delivered =
+      os::DeliverFile(source, place, [this](const std::string& hidden) { SetUnfinished(hidden); });
+  if (!delivered) RefuseTarget(target, DescribeError(delivered.Error().error));
 }
 
 }  // namespace rastrel::cli::sheet

@@ -33,7 +33,8 @@ class Workspace {
   }
   /// Makes an empty directory in it, and returns its native path. Throws CommandError.
   [[nodiscard]] std::string MakeFolder(const std::string& name) const;
-  /// Moves a file of it to its final place, which is changed as a whole or not at all. A pipe or
+  /// Moves a file of it to its final place, which is changed as a whole or not at all, also by a
+  /// crash. A regular file there is replaced and keeps its permissions. A pipe or
   /// a terminal there is written to. Throws CommandError.
   void Deliver(const std::string& source, const std::string& target);
 

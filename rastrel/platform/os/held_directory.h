@@ -27,8 +27,9 @@ class DirectoryHold {
 inline constexpr const char* HoldFileName = ".held";
 
 /// Removes the directories in `parent` that were held and are not any more, with all in them, and
-/// returns how many. Follows no link. Leaves alone files, directories that were never held, and all that can't be looked at. To be bounded in time it looks at `names` names and removes `removals`
-/// directories at most; the rest is for the next call.
+/// returns how many. Follows no link. Leaves alone files, directories that were never held, and
+/// those that can't be opened. To be bounded in time it looks at `names` names and removes
+/// `removals` directories at most; the rest is for the next call.
 std::size_t RemoveAbandonedDirectories(const std::string& parent, std::size_t names,
                                        std::size_t removals);
 

@@ -275,6 +275,13 @@ TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
   EXPECT_NE(before, text);
   EXPECT_EQ(Sheet("none", {"-o", "out.tsv"}).status, 3);
   EXPECT_EQ(m_Command.Place().Read("out.tsv"), before);
+  // A file that others may not read stays one.
+  fs::permissions(m_Command.Place().Path("out.tsv"),
+                  fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", "out.tsv"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("out.tsv"), text);
+  EXPECT_EQ(fs::status(m_Command.Place().Path("out.tsv")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
 }
 
 TEST_F(SheetCommandTest, another_file_system_gets_the_same_text_in_a_file_like_any_other) {
