@@ -79,14 +79,16 @@ std::string WhyNotFound(const SheetInfo& sheet) {
   const std::string name = "sheet '" + PrintableName(sheet.name) + "'";
   const std::string target = "'" + PrintableName(sheet.target) + "'";
   if (sheet.target.empty()) return name + " has no relationship";
-  if (sheet.target.starts_with('/'))
-    return name + ": its target " + target + " is absolute, and is looked for below xl" +
-           AsShownHint;
-  if (sheet.target.find("..") != sheet.target.npos)
-    return name + ": its target " + target + " leads out of its folder";
-  if (sheet.part != std::string(WorkbookFolder) + sheet.target)
-    return name + ": its target " + target + " is not in the package";
-  return {};
+  const std::string begin = name + ": its target " + target + " ";
+  const bool isAbsolute = sheet.target.starts_with('/');
+  const std::string hint = sheet.part.empty() ? "" : AsShownHint;
+  if (isAbsolute && sheet.part.empty()) return begin + "is absolute, and is not in the package";
+  if (isAbsolute) return begin + "is absolute, and is looked for below xl" + hint;
+  if (sheet.target.find("..") != sheet.target.npos) return begin + "leads out of its folder" + hint;
+  const std::filesystem::path place = std::string(WorkbookFolder) + sheet.target;
+  if (place.lexically_normal() == sheet.part) return {};
+  if (sheet.part.empty()) return begin + "is not in the package";
+  return begin + "is looked for below xl as it is written" + hint;
 }
 
 // The latest failure of the XML layer, with the part's name for a file below `folder`; empty if

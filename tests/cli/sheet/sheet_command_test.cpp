@@ -226,6 +226,38 @@ TEST_F(SheetCommandTest, an_absolute_target_is_followed_by_what_is_shown_alone) 
       "--as-shown reads it\n");
 }
 
+TEST_F(SheetCommandTest, a_target_that_the_import_refuses_gets_the_hint_if_and_only_if_it_helps) {
+  const std::string hint = "; --as-shown reads it\n";
+  const std::pair<std::string, std::string> targets[] = {
+      {"/xl/tables/t1.xml", "is absolute, and is looked for below xl" + hint},
+      {"../xl/tables/t1.xml", "leads out of its folder" + hint},
+      {"tables/../tables/t1.xml", "leads out of its folder" + hint},
+      {"tables/t%31.xml", "is looked for below xl as it is written" + hint},
+      {"/xl/tables/none.xml", "is absolute, and is not in the package\n"},
+      {"../tables/t1.xml", "leads out of its folder\n"},
+      {"tables/none.xml", "is not in the package\n"},
+  };
+  for (const auto& [target, why] : targets) {
+    WorkbookFiles files = TwoSheets();
+    files.sheets[0].target = target;
+    EXPECT_EQ(Shown(files.Bytes(), {}), "sheet 'First': its target '" + target + "' " + why);
+    const bool isRead = Shown(files.Bytes()).find("Name\t1.5") != std::string::npos;
+    EXPECT_EQ(isRead, why.ends_with(hint)) << target;
+  }
+  // Behind a sheet that is read it is passed over, with the same words.
+  WorkbookFiles files = TwoSheets();
+  files.sheets[1].target = "/xl/tables/t2.xml";
+  const CommandResult result = Sheet(files.Bytes());
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(
+      result.error.starts_with("rastrel: book: passed over: sheet 'Second': its target "
+                               "'/xl/tables/t2.xml' is absolute, and is looked for below xl" +
+                               hint));
+  // A part that is only written in a longer way is found.
+  files.sheets[1].target = "./tables/t2.xml";
+  EXPECT_EQ(Sheet(files.Bytes()).error, "");
+}
+
 TEST_F(SheetCommandTest, targets_that_lead_out_lead_nowhere) {
   for (const char* target : {"../../secret.xml", "..\\..\\secret.xml", "none.xml", ""}) {
     WorkbookFiles files = TwoSheets();
