@@ -58,7 +58,11 @@ Workspace::Workspace(bool json)
 
 Workspace::~Workspace() {
   const std::lock_guard<std::mutex> guard(m_Mutex);
+  if (!m_Directory) return;
+  const std::string path = m_Directory->Path();
   m_Directory.reset();
+  // Once more: a failure of the moment, such as no descriptor being left, would leave it for good.
+  if (os::Exists(os::FromNative(path))) static_cast<void>(os::RemoveHeldDirectory(path));
 }
 
 void Workspace::Stop() {

@@ -43,6 +43,15 @@ Expected<DirectoryHold> DirectoryHold::Take(const std::string& directory) {
   return DirectoryHold(std::move(file));
 }
 
+bool RemoveHeldDirectory(const std::string& directory) {
+  if (RemoveTree(FromNative(directory))) return true;
+  // The hold's file may be among those that have gone.
+  const std::string path = directory + "/" + HoldFileName;
+  const FileDescriptor file(
+      ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, 0600));
+  return false;
+}
+
 std::size_t RemoveAbandonedDirectories(const std::string& parent, std::size_t names,
                                        std::size_t removals) {
   DirectoryReader reader(AT_FDCWD, parent.c_str(), true);
@@ -53,7 +62,7 @@ std::size_t RemoveAbandonedDirectories(const std::string& parent, std::size_t na
   for (const DirectoryEntry& entry : entries) {
     if (removed == removals) break;
     const FileDescriptor lock = LockOfAbandoned(reader.Descriptor(), entry.name.c_str());
-    if (lock.IsOpen() && RemoveTree(FromNative(parent + "/" + entry.name))) ++removed;
+    if (lock.IsOpen() && RemoveHeldDirectory(parent + "/" + entry.name)) ++removed;
   }
   return removed;
 }

@@ -26,6 +26,11 @@ class DirectoryHold {
 
 inline constexpr const char* HoldFileName = ".held";
 
+/// Removes a directory with all in it, following no link. One that can't be removed as a whole
+/// counts as held and abandoned from then on, so that the next call of the function below tries
+/// again. REQUIRES: nobody else holds it.
+bool RemoveHeldDirectory(const std::string& directory);
+
 /// Removes the directories in `parent` that were held and are not any more, with all in them, and
 /// returns how many. Follows no link. Leaves alone files, directories that were never held, and
 /// those that can't be opened. To be bounded in time it looks at `names` names and removes
