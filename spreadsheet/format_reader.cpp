@@ -41,6 +41,7 @@ class SectionReader {
   FormatSection Read() {
     while (!m_Rest.empty()) ReadPiece();
     if (!m_SystemFormat.empty() && m_Section.isDate) return SectionReader(m_SystemFormat).Read();
+    if (HasDateAfterPlaces()) ShowGeneral();
     FindMinutes();
     FindFraction();
     return std::move(m_Section);
@@ -110,6 +111,20 @@ class SectionReader {
     else if (content.find_first_not_of("sS") == content.npos)
       AddElapsed(PieceKind::Second, content);
     // Anything else is a color, or has no effect on the text.
+  }
+
+  // "0.0 m" is no format: its place begins a number, and its letter a date.
+  [[nodiscard]] bool HasDateAfterPlaces() const {
+    const auto first = std::ranges::find_if(m_Section.pieces, [](const Piece& piece) {
+      return piece.kind == PieceKind::Digit || piece.kind >= PieceKind::Year;
+    });
+    return m_Section.isDate && first != m_Section.pieces.end() && first->kind == PieceKind::Digit;
+  }
+
+  void ShowGeneral() {
+    m_Section.pieces.clear();
+    Add(PieceKind::General);
+    m_Section.isDate = m_Section.hasElapsed = false;
   }
 
   // "CURRENCY-LANGUAGE". The language is a number of 32 bits in hexadecimal digits, whose lower

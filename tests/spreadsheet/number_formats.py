@@ -12,6 +12,7 @@ Where the standard is silent the rule is one of docs/formats/sheet-text.md, and 
 - numbers that meet no condition, and for which no section is left, are shown as they are;
 - "General" has an exponent from 1E+16 on, below 1E-9, and below 1E-4 if 16 places don't do; whole
   numbers up to 2^53 have all their digits;
+- places and then letters of a date are no format, so that the number is shown as it is;
 - day 0 is 30 December 1899 (18.17.4.1), or 1 January 1904.
 
 It knows the formats of the table and no others."""
@@ -65,6 +66,10 @@ class Section:
         self.language = 0
         for match in TOKEN.finditer(code):
             self.add(match)
+        first = next((kind for kind, _ in self.tokens if kind in ("place", "half", "elapsed") or
+                      kind in "ymdhseqg"), "")
+        if self.is_date() and first == "place":
+            self.tokens = [("general", "")]
         if self.is_date() and self.language in (0xF800, 0xF400):
             system = {0xF800: "dddd, mmmm d, yyyy", 0xF400: "h:mm:ss AM/PM"}[self.language]
             self.language = 0
@@ -407,7 +412,7 @@ SECTIONS = ["0;-0", "#,##0_);(#,##0)", "0.0;(0.0);\"zero\"", "+0;-0;0", "0;;", "
             "[>100]0", "[<0]0.0", "[<=0]0.0", "[=1]\"one\"", "[<>1]0.0", "[>=1000]0.0,\"K\";0",
             "[>=1000]0.0,\"K\";[<0]\"neg\" 0;0.00", "[<0]\"n\"0;[>10]0.0", "[=1]\"one\";[=2]\"two\"",
             "[<=100]0;\"big\" 0", "[>1]\"m\";[<1]\"l\";\"e\"", "General", "General\" kg\"", "@",
-            "General;-General", "[>100]General", "0e", "0\" q\""]
+            "General;-General", "[>100]General", "0e", "0\" q\"", "0.0 m", "\"a\"#,##0.00 h"]
 FRACTIONS = ["# ?/?", "# ??/??", "?/?", "??/??", "# ?/8", "# ?/16", "# ?/100", "#,##0 ?/?", "0 0/0", "0 00/00",
              "0/00", "# 0/8", "\"x\"# ?/?",
              "# ?/?;-# ?/?"]
