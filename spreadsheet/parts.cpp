@@ -103,7 +103,7 @@ Expected<void> Parts::Stop() {
 }
 
 Expected<void> Parts::Discard(const std::string& part) {
-  if (const auto stopped = Stop(); !stopped) return stopped;
+  if (auto stopped = Stop(); !stopped) return stopped;
   m_Thread = std::thread([path = PathOf(part)] {
     std::error_code ignored;
     fs::remove(path, ignored);
