@@ -132,7 +132,7 @@ Source Open(const std::string& path, const std::string& folder, const UnpackProg
 template <typename T>
 Expected<T> Settled(const Source& source, Expected<T> result) {
   if (result || !source.parts) return result;
-  if (const auto settled = source.parts->Settle(); !settled) return settled.Error();
+  if (const auto stopped = source.parts->Stop(); !stopped) return stopped.Error();
   return result;
 }
 

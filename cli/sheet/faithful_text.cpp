@@ -88,14 +88,16 @@ std::string WhyNotFound(const SheetInfo& sheet) {
   const std::string name = "sheet '" + PrintableName(sheet.name) + "'";
   const std::string target = "'" + PrintableName(sheet.target) + "'";
   if (sheet.target.empty()) return name + " has no relationship";
-  if (sheet.target.starts_with('/'))
-    return name + ": its target " + target + " is absolute, and is looked for below xl" +
-           AsShownHint;
-  if (sheet.target.find("..") != sheet.target.npos)
-    return name + ": its target " + target + " leads out of its folder";
-  if (sheet.part != std::string(WorkbookFolder) + sheet.target)
-    return name + ": its target " + target + " is not in the package";
-  return {};
+  const std::string begin = name + ": its target " + target + " ";
+  const bool isAbsolute = sheet.target.starts_with('/');
+  const std::string hint = sheet.part.empty() ? "" : AsShownHint;
+  if (isAbsolute && sheet.part.empty()) return begin + "is absolute, and is not in the package";
+  if (isAbsolute) return begin + "is absolute, and is looked for below xl" + hint;
+  if (sheet.target.find("..") != sheet.target.npos) return begin + "leads out of its folder" + hint;
+  const std::filesystem::path place = std::string(WorkbookFolder) + sheet.target;
+  if (place.lexically_normal() == sheet.part) return {};
+  if (sheet.part.empty()) return begin + "is not in the package";
+  return begin + "is looked for below xl as it is written" + hint;
 }
 
 // The latest failure of the XML layer, with the part's name for a file below `folder`; empty if
@@ -181,7 +183,7 @@ Expected<std::string> ImportWorkbook(Source& source, int only, const Workspace& 
   static_cast<void>(xml::TakeXmlFailure());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
   const bool isWritten = import.ParseXmlFiles(files->Pointers());
-  if (auto settled = parts.Settle(); !settled) return settled.Error();
+  if (auto stopped = parts.Stop(); !stopped) return stopped.Error();
   if (!isWritten) return FailureOf(parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
   for (const SheetInfo* sheet : sheets)
     if (const std::string why = WhyNotFound(*sheet); !why.empty()) notes.push_back(why);
@@ -218,7 +220,7 @@ Expected<std::string> MakeFaithfulText(spreadsheet::Source& source, int only, Wo
                                                     : ImportOpenDocument(source, only, workspace);
   if (text || !source.parts) return text;
   // A part that could not be unpacked has the better reason than the import.
-  if (auto settled = source.parts->Settle(); !settled) return settled.Error();
+  if (auto stopped = source.parts->Stop(); !stopped) return stopped.Error();
   return text;
 }
 

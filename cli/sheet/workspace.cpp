@@ -12,11 +12,12 @@
 #include "cli/console/stop_signals.h"
 #include "cli/installation/installation.h"
 #include "cli/job/progress_line.h"
+#include "rastrel/platform/os/deliver_file.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/terminal.h"
 #include "rastrel/platform/os/tree.h"
 
@@ -24,6 +25,10 @@ namespace rastrel::cli::sheet {
 namespace {
 
 namespace fs = std::filesystem;
+
+// A command should not be noticeably slower for others that were killed.
+constexpr std::size_t MaximumNames = 1000;
+constexpr std::size_t MaximumRemovals = 16;
 
 Failure CantWrite(const std::string& target, const std::string& why) {
   return FailureOf("can't write '" + target + "': " + why);
@@ -55,15 +60,21 @@ Workspace::Workspace(bool json) : m_Json(json) {}
 Expected<void> Workspace::MakeDirectory() {
   if (auto laidOut = MakeSureOfDataRoot(); !laidOut) return laidOut;
   const std::lock_guard<std::mutex> guard(m_Mutex);
+  os::RemoveAbandonedDirectories(JobsDirectory(), MaximumNames, MaximumRemovals);
   auto directory = JobDirectory::Create(false);
   if (!directory) return directory.Error();
   m_Directory.emplace(*std::move(directory));
+  if (auto hold = os::DirectoryHold::Take(m_Directory->Path())) m_Hold.emplace(*std::move(hold));
   return {};
 }
 
 Workspace::~Workspace() {
   const std::lock_guard<std::mutex> guard(m_Mutex);
+  if (!m_Directory) return;
+  const std::string path = m_Directory->Path();
   m_Directory.reset();
+  // Once more: a failure of the moment, such as no descriptor being left, would leave it for good.
+  if (os::Exists(os::FromNative(path))) static_cast<void>(os::RemoveHeldDirectory(path));
 }
 
 void Workspace::Stop() {
@@ -104,21 +115,9 @@ Expected<void> Workspace::Deliver(const std::string& source, const std::string& 
   const auto state = fs::status(place, error);
   if (fs::is_directory(state)) return CantWrite(target, "it is a directory");
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
-  fs::rename(source, place, error);
-  if (!error) return {};
-  // Another file system, most likely; if not, the copy below fails with the reason.
-  const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
-                                                 std::to_string(os::CurrentProcessId()));
-  SetUnfinished(beside);
-  const auto copied = os::CopyNativeFile(source, beside);
-  if (!copied) return CantWrite(target, DescribeError(copied.Error().error));
-  fs::rename(beside, place, error);
-  if (error) {
-    const std::string why = error.message();
-    fs::remove(beside, error);
-    return CantWrite(target, why);
-  }
-  SetUnfinished({});
+  const auto delivered =
+      os::DeliverFile(source, place, [this](const std::string& hidden) { SetUnfinished(hidden); });
+  if (!delivered) return CantWrite(target, DescribeError(delivered.Error().error));
   return {};
 }
 

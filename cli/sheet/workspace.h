@@ -8,6 +8,7 @@
 
 #include "cli/installation/job_directory.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/held_directory.h"
 
 namespace rastrel::os {
 class StopSignals;
@@ -17,7 +18,7 @@ namespace rastrel::cli::sheet {
 
 /// A directory for unpacked parts, below the data root's `jobs`. It is removed with all it holds
 /// at the end of its life, and at a signal that asks the program to end: that ends it at once, with
-/// the status Cancelled.
+/// the status Cancelled. One whose program was killed is removed by the next workspace.
 class Workspace {
  public:
   /// Begins to take signals; there is no directory yet. With `json` a cancellation is a JSON line.
@@ -49,6 +50,7 @@ class Workspace {
   std::mutex m_Mutex;
   std::string m_Unfinished;  // a file beside the final place
   std::optional<JobDirectory> m_Directory;
+  std::optional<os::DirectoryHold> m_Hold;     // none where the file system has no locks
   std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
 };
 
