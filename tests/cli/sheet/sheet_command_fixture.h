@@ -38,7 +38,7 @@ class SheetCommandTest : public ::testing::Test {
     options.insert(options.begin(), {"sheet", "book"});
     return m_Command.Run(options);
   }
-  // The text, or the words of the refusal without the file's name.
+  // The text, or the refusal without the file's name.
   std::string Shown(const std::string& bytes,
                     const std::vector<std::string>& options = {"--as-shown"}) {
     const CommandResult result = Sheet(bytes, options);

@@ -244,7 +244,7 @@ TEST_F(SheetCommandTest, a_target_that_the_import_refuses_gets_the_hint_if_and_o
     const bool isRead = Shown(files.Bytes()).find("Name\t1.5") != std::string::npos;
     EXPECT_EQ(isRead, why.ends_with(hint)) << target;
   }
-  // Behind a sheet that is read it is passed over, with the same words.
+  // After a sheet that is read it is passed over, with the same message.
   WorkbookFiles files = TwoSheets();
   files.sheets[1].target = "/xl/tables/t2.xml";
   const CommandResult result = Sheet(files.Bytes());

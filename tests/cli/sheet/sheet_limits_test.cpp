@@ -61,7 +61,7 @@ TEST_F(SheetCommandTest, repeats_are_bounded) {
   EXPECT_EQ(status(1, 1'048'577, 0), 3);
   EXPECT_EQ(status(1, 1'048'576, 1), 3);
   EXPECT_EQ(status(999'999'999, 999'999'999, 0), 3);
-  // All but the first of a row's cells, and all of the rows behind the first, come by repeats.
+  // All but the first of a row's cells, and all of the rows after the first, come by repeats.
   EXPECT_EQ(status(16'384, 1'024, 1), 0);
   EXPECT_EQ(status(16'384, 1'024, 2), 0);
   EXPECT_EQ(status(16'384, 1'024, 3), 3);
