@@ -43,14 +43,17 @@ class PngWriter final : public ImageWriter {
   Expected<void> Finish() override { return Guarded(&PngWriter::EmitEnd); }
 
  private:
-  /// Calls a step. An error in it jumps back here over frames of the C library and of the step,
-  /// which therefore own nothing.
   Expected<void> Guarded(void (PngWriter::*step)()) {
-    if (setjmp(png_jmpbuf(m_Png)) != 0) {
-      return FailureOf("writing '" + m_Name + "': " + m_Error);
-    }
-    (this->*step)();
+    if (!IsDone(step)) return FailureOf("writing '" + m_Name + "': " + m_Error);
     return {};
+  }
+
+  /// Calls a step, and returns false after an error in it, which jumps back here over frames of the
+  /// C library and of the step. All of these, and this one, therefore own nothing.
+  bool IsDone(void (PngWriter::*step)()) {
+    if (setjmp(png_jmpbuf(m_Png)) != 0) return false;
+    (this->*step)();
+    return true;
   }
 
   void EmitHeader() {
