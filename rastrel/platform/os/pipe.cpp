@@ -118,7 +118,7 @@ long ReadSome(HANDLE handle, char* bytes, std::size_t count) {
 long ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handle, char* bytes, std::size_t count) {
   std::vector<HANDLE> handles(stops.begin(), stops.end());
   handles.push_back(handle);
-  const std::uint32_t ready = WaitReadable(handles, -1);
+  const std::uint32_t ready = WaitReadable(handles, Deadline::Never());
   if (ready == WaitFailed) return -1;
   return ready == WaitSignaledBase + stops.size() ? ReadSome(handle, bytes, count) : 0;
 }
