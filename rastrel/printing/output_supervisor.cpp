@@ -65,8 +65,10 @@ bool CRealReprintingThread::Run() {
   Terminate();  // 6
   CAppLog::Instance().Write("[Print]: Waiting for output thread");
   m_pOutput.reset();
-  EndStderrReader();   // 7
-  ReportExitStatus();  // 8
+  EndStderrReader();  // 7
+  // 8. An engine that was ended since the wait for it failed has not printed its pages.
+  if (HasLostText() || (HasWaitFailed() && !*m_pAbort)) return LowOnResources();
+  ReportExitStatus();
   return m_ExitStatus == 0;
 }
 
@@ -117,6 +119,7 @@ void CRealReprintingThread::WaitForEnd() {
   CWaitTable table;
   AddAbort(table, *m_pSemaphore);
   AddProcess(table);
+  AddReaders(table);
   WaitForProcess(table, m_pAbort);
 }
 
