@@ -232,6 +232,20 @@ TEST_F(Conversions, queue_fails_with_the_programs_words) {
       << result.error;
 }
 
+TEST_F(Conversions, queue_fails_with_a_message_that_holds_brackets_whole) {
+  const char* const messages[] = {"the array [1 2] has no end", "[3]", "line 4: [",
+                                  "no [x]ERROR: here", "[ 12]ERROR: nor here"};
+  for (const char* message : messages) {
+    m_Command.WriteQueue("echo 'ERROR: " + std::string(message) +
+                         "' >&2\necho 'INFO: CLQ_failure' >&2\n");
+    const CommandResult result = Run({"queue", "sign.eps"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.error.find("the conversion failed: " + std::string(message) + "\n"),
+              std::string::npos)
+        << result.error;
+  }
+}
+
 TEST_F(Conversions, queue_fails_when_the_program_ends_without_a_result) {
   m_Command.WriteQueue("exit 0\n");
   EXPECT_EQ(Run({"queue", "sign.eps"}).status, 1);
