@@ -25,6 +25,24 @@ bool EndsHead(std::string_view before) {
   return open != before.npos && open > 0 && before[open] == '[' && before[open - 1] == ']';
 }
 
+// Whether an entry's head begins here. Brackets of a message are no head.
+bool BeginsHead(std::string_view text) {
+  constexpr std::string_view Form = "[00/00/0000, 00:00:00][";
+  if (text.size() < Form.size()) return false;
+  return std::ranges::equal(text.substr(0, Form.size()), Form, [](char byte, char form) {
+    return form == '0' ? byte >= '0' && byte <= '9' : byte == form;
+  });
+}
+
+// The end of the entry whose text begins there: its line end, which the ticket gives to each line
+// of the program, or the next entry, since the measuring gives none.
+std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
+  const std::size_t lineEnd = std::min(log.find_first_of("\r\n", begin), log.size());
+  for (std::size_t at = log.find('[', begin); at < lineEnd; at = log.find('[', at + 1))
+    if (BeginsHead(log.substr(at))) return at;
+  return lineEnd;
+}
+
 }  // namespace
 
 Expected<void> CheckQueueProgram() {
@@ -44,8 +62,7 @@ std::string LastErrorOfQueue() {
   while (found != text.npos && !EndsHead(text.substr(0, found)))
     found = found == 0 ? text.npos : text.rfind(Mark, found - 1);
   if (found == text.npos) return {};
-  // The ticket ends each line of the program with a line end, whatever the line holds.
-  const std::size_t end = std::min(text.find_first_of("\r\n", found), text.size());
+  const std::size_t end = EndOfEntry(text, found + Mark.size());
   const std::size_t begin = text.find_first_not_of(" \t", found + Mark.size());
   return begin < end ? std::string(text.substr(begin, end - begin)) : std::string();
 }

@@ -85,6 +85,10 @@ TEST_F(Conversions, pagesize_says_what_the_program_said) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("can't be measured: gs: undefined in foo\n"), std::string::npos)
       << result.error;
+  m_Command.WriteQueue("echo 'ERROR: no end of [1 2' >&2\nexit 2\n");
+  const CommandResult bracket = Run({"pagesize", "sign.eps"});
+  EXPECT_NE(bracket.error.find("can't be measured: no end of [1 2\n"), std::string::npos)
+      << bracket.error;
 }
 
 TEST_F(Conversions, pagesize_measures_a_file_whose_name_no_library_path_has) {

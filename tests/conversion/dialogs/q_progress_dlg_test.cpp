@@ -411,12 +411,17 @@ class GapDialog : public CQProgressDlg {
 };
 
 TEST_F(OddView, that_never_sleeps_does_not_cancel_a_job_that_has_just_succeeded) {
-  Queue("echo 'INFO: CLQ_success' >&2\n");
+  // The success is handled before the job ends, so that nothing is in the queue in the gap.
+  Queue(
+      "echo 'INFO: CLQ_success' >&2\n"
+      "until [ -e \"$RASTREL_HOME/handled\" ]; do sleep 0.01; done\n");
   GapDialog dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
-  Views().m_OnRun = [&dialog](DialogLogic& logic) {
+  Views().m_OnRun = [this, &dialog](DialogLogic& logic) {
     while (!logic.HasEnded()) {
       const bool mayEnd = logic.MayEndByItself();
-      if (logic.HandleMessages() > 0 || mayEnd) continue;
+      const bool handled = logic.HandleMessages() > 0;
+      if (handled) Root().Write("handled", "");
+      if (handled || mayEnd) continue;
       dialog.m_GivenUp = true;
       logic.Command(CancelCommand);
     }
