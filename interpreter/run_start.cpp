@@ -107,8 +107,11 @@ Expected<os::FileDescriptor> OpenDirectory(const std::string& path) {
   return directory;
 }
 
-void MakeNonBlocking(const os::FileDescriptor& descriptor) {
-  fcntl(descriptor.Get(), F_SETFL, fcntl(descriptor.Get(), F_GETFL) | O_NONBLOCK);
+// A pipe that stays blocking would be waited for without end.
+Expected<void> MakeNonBlocking(const os::FileDescriptor& descriptor) {
+  const int flags = fcntl(descriptor.Get(), F_GETFL);
+  if (flags >= 0 && fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0) return {};
+  return Failure{"fcntl", "the interpreter's pipe", errno};
 }
 
 struct Pipes {
@@ -183,11 +186,11 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   if (!started) return started.Error();
   RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),
                                  std::move(pipes->reports.reading), os::FileDescriptor()};
-  MakeNonBlocking(interpreter.pixels);
-  MakeNonBlocking(interpreter.reports);
+  for (const os::FileDescriptor* const end : {&interpreter.pixels, &interpreter.reports})
+    if (auto made = MakeNonBlocking(*end); !made) return made.Error();
   if (start.pdf < 0) {
     interpreter.job = std::move(pipes->job.writing);
-    MakeNonBlocking(interpreter.job);
+    if (auto made = MakeNonBlocking(interpreter.job); !made) return made.Error();
   }
   return interpreter;
 }

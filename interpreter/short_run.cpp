@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "interpreter/ghostscript.h"
-#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
@@ -16,7 +16,6 @@
 namespace rastrel::interpreter {
 namespace {
 
-constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
 
@@ -69,12 +68,10 @@ Expected<Running> Start(const ShortRun& run) {
 
 // Reads both pipes to their ends and waits for the process.
 Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) {
-  const std::int64_t deadline =
-      os::MonotonicNanoseconds() + run.time.count() * NanosecondsPerMillisecond;
+  const auto deadline = os::Deadline::After(run.time);
   bool ended = false;
   while (!ended || running.output.IsOpen() || running.messages.IsOpen()) {
-    const std::int64_t left = deadline - os::MonotonicNanoseconds();
-    if (left <= 0) {
+    if (deadline.HasPassed()) {
       return FailureOf("the interpreter took more than " + std::to_string(run.time.count()) +
                        " milliseconds");
     }
@@ -82,8 +79,8 @@ Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) 
     std::array<pollfd, 3> waited{pollfd{running.output.Get(), POLLIN, 0},
                                  pollfd{running.messages.Get(), POLLIN, 0},
                                  pollfd{ended ? -1 : running.process.Descriptor(), POLLIN, 0}};
-    const auto milliseconds = static_cast<int>(left / NanosecondsPerMillisecond + 1);
-    if (os::Calls().poll(waited.data(), waited.size(), milliseconds) < 0 && errno != EINTR) {
+    if (os::Calls().poll(waited.data(), waited.size(), deadline.PollTimeout()) < 0 &&
+        errno != EINTR) {
       return Failure{"poll", {}, errno};
     }
     if (waited[0].revents != 0 && !Take(running.output, result.output)) running.output.Reset();

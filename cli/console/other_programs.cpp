@@ -44,7 +44,7 @@ class Alarm {
       : m_Thread([this, semaphore, limit] {
           std::unique_lock<std::mutex> lock(m_Mutex);
           if (!m_Changed.wait_for(lock, limit, [this] { return m_Off; }))
-            os::ReleaseSemaphoreHandle(semaphore);
+            static_cast<void>(os::ReleaseSemaphoreHandle(semaphore));
         }) {}
   ~Alarm() {
     {

@@ -33,10 +33,13 @@ class CLQThread : public rastrel::printing::ChildSupervisor {
   CLQThread(const Job& job, std::unique_ptr<CCPHelper> process, std::wstring file);
   ~CLQThread() override;
   /// Runs the program from its pipes to its end. False if it could not be run: the ticket has had
-  /// Error(JTE_LOW_RESOURCES) then. The program's exit status is logged and otherwise ignored.
+  /// Error(JTE_LOW_RESOURCES) then, and also if memory ran out for its messages. The program's
+  /// standard output is read and dropped. The program's exit status is logged and otherwise
+  /// ignored.
   [[nodiscard]] bool Run();
 
  private:
+  [[nodiscard]] bool RunProgram();
   void AddArguments();
   void MakeReaders();
   [[nodiscard]] bool LowOnResources();

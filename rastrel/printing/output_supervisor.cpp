@@ -65,7 +65,8 @@ bool CRealReprintingThread::Run() {
   Terminate();  // 6
   CAppLog::Instance().Write("[Print]: Waiting for output thread");
   m_pOutput.reset();
-  EndStderrReader();   // 7
+  EndStderrReader();  // 7
+  if (HasLostText()) return LowOnResources();
   ReportExitStatus();  // 8
   return m_ExitStatus == 0;
 }
@@ -119,6 +120,7 @@ void CRealReprintingThread::WaitForEnd() {
   CWaitTable table;
   AddAbort(table, *m_pSemaphore);
   AddProcess(table);
+  AddReaders(table);
   WaitForProcess(table, m_pAbort);
 }
 

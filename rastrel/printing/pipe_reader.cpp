@@ -1,6 +1,7 @@
 #include "rastrel/printing/pipe_reader.h"
 
 #include <algorithm>
+#include <exception>
 #include <string_view>
 
 #include "rastrel/job/app_log.h"
@@ -36,9 +37,13 @@ void CPipeReader::Wait() {
   m_hThread.reset();
 }
 
-void CPipeReader::ReadAll() {
+void CPipeReader::Lose() noexcept {
+  m_bLost = true;
   m_pLock->Unlock();
-  while (*m_pPipe != 0) {
+}
+
+void CPipeReader::ReadAll() {
+  while (*m_pPipe != 0 && !m_bLost) {
     const auto count = m_Stops.empty()
                            ? os::ReadSome(*m_pPipe, m_pBuffer.get(), m_BufferSize)
                            : os::ReadSomeUnless(m_Stops, *m_pPipe, m_pBuffer.get(), m_BufferSize);
@@ -53,6 +58,16 @@ void CPipeReader::ReadAll() {
 
 CRipOutReader::~CRipOutReader() = default;
 
+// A stream that takes all memory must not end the host.
 void CRipOutReader::OnData(const char* bytes, unsigned count) {
-  rastrel::printing::AppendPiece(m_Text, bytes, count);
+  try {
+    rastrel::printing::AppendPiece(m_Text, bytes, count);
+  } catch (const std::exception&) {  // bad_alloc, or length_error
+    m_Text = formatstringT<wchar_t>();
+    Lose();
+  }
 }
+
+CDroppingReader::~CDroppingReader() = default;
+
+void CDroppingReader::OnData(const char* /*bytes*/, unsigned /*count*/) {}

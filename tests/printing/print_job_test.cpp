@@ -470,6 +470,18 @@ TEST_F(PrintJob, of_a_path_without_a_dot_ends_its_thread_without_a_report) {
   m_Ticket.EndPrint();
   EXPECT_EQ(Told().Stages(), "started");
   EXPECT_EQ(End(), "active: no error");
+  EXPECT_NE(m_Library.Log().find("sign' has no extension, so that nothing can be printed"),
+            std::string::npos);
+}
+
+TEST_F(PrintJob, of_no_file_ends_its_thread_without_a_report_and_says_so_in_the_log) {
+  m_Ticket.m_JobFile = CJTSFile();
+  m_Mark = m_Library.LogMark();
+  ASSERT_TRUE(m_Ticket.PrintJob());
+  m_Ticket.EndPrint();
+  EXPECT_EQ(End(), "active: no error");
+  EXPECT_TRUE(
+      HasLogged("[Print]: The job file '' has no extension, so that nothing can be printed|"));
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ inline constexpr const char* Hang = "exec sleep 1000\n";
 /// Whether this process has any child, a zombie included.
 inline bool HasChildren() {
   siginfo_t information{};
-  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT) == 0;
+  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0;
 }
 
 /// A test that prints the job `job/sign.ps` of a data root of its own with children that are shell

@@ -67,7 +67,8 @@ class ScriptedViews : public host::DialogViews {
       const auto begin = std::chrono::steady_clock::now();
       while (!m_Dialog.HasEnded()) {
         const HANDLE posted[] = {m_Dialog.GetPostedHandle()};
-        static_cast<void>(os::WaitReadable(posted, 5));
+        static_cast<void>(
+            os::WaitReadable(posted, os::Deadline::After(std::chrono::milliseconds(5))));
         m_Dialog.HandleMessages();
         m_Script.Act(m_Dialog);
         if (std::chrono::steady_clock::now() - begin > std::chrono::seconds(60)) {

@@ -35,8 +35,7 @@ bool CSemaphore::Unlock() {
   if (m_hObject == INVALID_HANDLE_VALUE) return false;
   const std::scoped_lock lock(UnlockMutex());
   if (static_cast<std::int64_t>(os::SemaphoreCount(m_hObject)) >= m_Maximum) return false;
-  os::ReleaseSemaphoreHandle(m_hObject);
-  return true;
+  return static_cast<bool>(os::ReleaseSemaphoreHandle(m_hObject));
 }
 
 CSingleLock::CSingleLock(CSemaphore* semaphore, bool initialLock) : m_pObject(semaphore) {

@@ -17,8 +17,8 @@ class RASTREL_API CSemaphore {
   /// Takes one from the count, waiting without a time limit while it is 0. False if the wait
   /// failed.
   [[nodiscard]] bool Lock();
-  /// Adds one to the count. False, and nothing changes, at the maximum. Never blocks. A wait that
-  /// begins later finds the count.
+  /// Adds one to the count. False, and nothing changes, at the maximum or if the system refuses it.
+  /// Never blocks. A wait that begins later finds the count.
   bool Unlock();
 
   HANDLE m_hObject;  ///< owned; INVALID_HANDLE_VALUE if it could not be made

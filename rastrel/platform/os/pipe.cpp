@@ -134,7 +134,7 @@ Expected<std::size_t> ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handl
                                      std::size_t count) {
   std::vector<HANDLE> handles(stops.begin(), stops.end());
   handles.push_back(handle);
-  const std::uint32_t ready = WaitReadable(handles, -1);
+  const std::uint32_t ready = WaitReadable(handles, Deadline::Never());
   if (ready == WaitFailed) return Failure{"poll", {}, errno};
   if (ready != WaitSignaledBase + stops.size()) return std::size_t{0};
   return ReadSome(handle, bytes, count);

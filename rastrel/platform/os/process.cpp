@@ -12,6 +12,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::os {
@@ -148,26 +149,8 @@ void EndById(pid_t id) {
   WaitFor(P_PID, child, information, WEXITED);
 }
 
-ExitState StateFrom(const siginfo_t& information) {
-  if (information.si_pid == 0) return {.running = true};
-  return {.running = false,
-          .byItself = information.si_code == CLD_EXITED,
-          .status = information.si_status};
-}
-
-Expected<ExitState> WaitForEnd(HANDLE process, int options) {
-  siginfo_t information{};
-  if (process <= 0 || !WaitFor(P_PIDFD, static_cast<id_t>(process), information, options)) {
-    const int error = process <= 0 ? EBADF : errno;
-    return Failure{"waitid", "process handle " + std::to_string(process), error};
-  }
-  return StateFrom(information);
-}
-
-}  // namespace
-
-Expected<ChildProcess> Spawn(const SpawnRequest& request) {
-  const std::string executable = AbsoluteExecutable(request);
+// In the reaper.
+Expected<ChildProcess> StartChild(const SpawnRequest& request, const std::string& executable) {
   pid_t id = 0;
   const int error = SpawnProcess(request, executable, id);
   if (error != 0) return SpawnFailure(request, executable, error);
@@ -180,12 +163,23 @@ Expected<ChildProcess> Spawn(const SpawnRequest& request) {
   return ChildProcess{.process = process->Release(), .id = static_cast<std::uint32_t>(id)};
 }
 
-Expected<ExitState> TakeExitState(HANDLE process) { return WaitForEnd(process, WEXITED | WNOHANG); }
+}  // namespace
+
+Expected<ChildProcess> Spawn(const SpawnRequest& request) {
+  const std::string executable = AbsoluteExecutable(request);
+  Expected<ChildProcess> child = StartInReaper([&] { return StartChild(request, executable); });
+  if (child || !child.Error().where.empty()) return child;
+  Failure failure = child.Error();
+  failure.where = executable;
+  return failure;
+}
+
+Expected<ExitState> TakeExitState(HANDLE process) { return TakeEndFromReaper(process, false); }
 
 Expected<ExitState> Terminate(HANDLE process) {
   if (process > 0 && Calls().pidfd_send_signal(process, SIGKILL, nullptr, 0) != 0 && errno != ESRCH)
     return Failure{"pidfd_send_signal", "process handle " + std::to_string(process), errno};
-  return WaitForEnd(process, WEXITED);
+  return TakeEndFromReaper(process, true);
 }
 
 Failure ReplaceProcess(const std::string& executable, const std::vector<std::string>& arguments) {

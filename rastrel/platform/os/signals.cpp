@@ -60,7 +60,7 @@ Expected<void> StopSignals::Open(const sigset_t& taken) {
 
 StopSignals::~StopSignals() {
   if (!m_Thread) return;
-  ReleaseSemaphoreHandle(m_End.Get());
+  static_cast<void>(ReleaseSemaphoreHandle(m_End.Get()));
   m_Thread->Join();
 }
 

@@ -85,6 +85,10 @@ TEST_F(Conversions, pagesize_repeats_the_programs_message) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("can't be measured: gs: undefined in foo\n"), std::string::npos)
       << result.error;
+  m_Command.WriteQueue("echo 'ERROR: no end of [1 2' >&2\nexit 2\n");
+  const CommandResult bracket = Run({"pagesize", "sign.eps"});
+  EXPECT_NE(bracket.error.find("can't be measured: no end of [1 2\n"), std::string::npos)
+      << bracket.error;
 }
 
 TEST_F(Conversions, pagesize_measures_a_file_whose_name_no_library_path_has) {
@@ -230,6 +234,20 @@ TEST_F(Conversions, queue_fails_with_the_programs_message) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("the conversion failed: the header has no end\n"), std::string::npos)
       << result.error;
+}
+
+TEST_F(Conversions, queue_fails_with_a_message_that_holds_brackets_whole) {
+  const char* const messages[] = {"the array [1 2] has no end", "[3]", "line 4: [",
+                                  "no [x]ERROR: here", "[ 12]ERROR: nor here"};
+  for (const char* message : messages) {
+    m_Command.WriteQueue("echo 'ERROR: " + std::string(message) +
+                         "' >&2\necho 'INFO: CLQ_failure' >&2\n");
+    const CommandResult result = Run({"queue", "sign.eps"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.error.find("the conversion failed: " + std::string(message) + "\n"),
+              std::string::npos)
+        << result.error;
+  }
 }
 
 TEST_F(Conversions, queue_fails_when_the_program_ends_without_a_result) {

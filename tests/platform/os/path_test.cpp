@@ -164,6 +164,17 @@ TEST(DataRoot, a_relative_root_is_taken_from_the_present_directory) {
   EXPECT_EQ(os::DataRoot(), std::filesystem::canonical(scratch.Path()).string() + "/here/root");
 }
 
+TEST(DataRoot, a_relative_root_stays_where_it_was_at_the_first_look) {
+  const ScratchDirectory scratch;
+  const ScratchDirectory other;
+  const EnvironmentGuard own("RASTREL_HOME", "first/look");
+  const InDirectory there(scratch.Path());
+  const std::string first = os::DataRoot();
+  EXPECT_EQ(first, std::filesystem::canonical(scratch.Path()).string() + "/first/look");
+  const InDirectory elsewhere(other.Path());
+  EXPECT_EQ(os::DataRoot(), first);
+}
+
 TEST(SplitPath, parts_are_as_the_path_writes_them) {
   struct Row {
     std::wstring path, drive, directory, name, extension;

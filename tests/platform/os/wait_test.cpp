@@ -62,7 +62,7 @@ TEST(WaitForAny, takes_one_count_of_the_first_signalled_semaphore) {
 
 TEST(WaitForAny, a_count_that_came_first_is_not_lost) {
   const Semaphore semaphore(0);
-  os::ReleaseSemaphoreHandle(semaphore.Get());
+  ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   const std::array handles = {semaphore.Get()};
   EXPECT_EQ(os::WaitForAny(handles), 0U);
 }
@@ -72,7 +72,7 @@ TEST(WaitForAny, wakes_for_a_count_that_comes_later) {
   const Semaphore later(0);
   const std::jthread other([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    os::ReleaseSemaphoreHandle(later.Get());
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(later.Get()));
   });
   const std::array handles = {never.Get(), later.Get()};
   EXPECT_EQ(os::WaitForAny(handles), 1U);
@@ -186,7 +186,8 @@ TEST(WaitForAny, every_count_wakes_exactly_one_of_many_waiters) {
       for (int round = 0; round < 100; ++round)
         if (os::AcquireSemaphoreHandle(semaphore.Get())) ++woken;
     });
-  for (int count = 0; count < 800; ++count) os::ReleaseSemaphoreHandle(semaphore.Get());
+  for (int count = 0; count < 800; ++count)
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   waiters.clear();
   EXPECT_EQ(woken, 800);
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 0U);
@@ -216,7 +217,7 @@ TEST(CreateSemaphoreHandle, a_system_without_descriptors_is_a_failure) {
 TEST(SemaphoreCount, follows_releases_and_waits) {
   const Semaphore semaphore(0);
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 0U);
-  for (int count = 0; count < 20; ++count) os::ReleaseSemaphoreHandle(semaphore.Get());
+  for (int count = 0; count < 20; ++count) ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 20U);
   EXPECT_TRUE(os::AcquireSemaphoreHandle(semaphore.Get()));
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 19U);
@@ -242,10 +243,10 @@ TEST(ReleaseSemaphoreHandle, goes_on_after_an_interruption_and_never_blocks_at_t
       }
       return ::write(descriptor, bytes, count);
     };
-    os::ReleaseSemaphoreHandle(semaphore.Get());
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   }
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 1U);
   const std::uint64_t nearlyFull = 0xFFFFFFFFFFFFFFFE - 1;
   ASSERT_EQ(::write(semaphore.Get(), &nearlyFull, sizeof nearlyFull), 8);
-  os::ReleaseSemaphoreHandle(semaphore.Get());
+  ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
 }
