@@ -26,6 +26,7 @@ SystemCalls& Calls() {
           },
       .memory_file = ::memfd_create,
       .spawn = ::posix_spawn,
+      .fork = ::fork,
       .pidfd_open = ::pidfd_open,
       .pidfd_send_signal = ::pidfd_send_signal,
       .waitid = ::waitid,
