@@ -10,6 +10,7 @@
 #include "interpreter/job_file.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
+#include "interpreter/wall.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -32,6 +33,10 @@ namespace rastrel::interpreter {
 
 /// Native path of the interpreter's program, "gs" on $PATH, or empty if there is none.
 [[nodiscard]] std::string FindGhostscript();
+
+/// Starts the interpreter as every run does, within all walls, and returns its version. A short
+/// task; fails with its reason where it does not start, or finds its resources and fonts not.
+[[nodiscard]] Expected<std::string> TryGhostscript();
 
 /// How far a run is.
 enum class RunState {

@@ -16,6 +16,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -25,6 +26,7 @@ constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 constexpr std::int64_t LookInterval = 100 * NanosecondsPerMillisecond;
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
+constexpr std::size_t MaximumLine = 500;  // bytes of a line that a person reads
 
 struct Pipe {
   os::FileDescriptor reading;
@@ -183,7 +185,16 @@ Failure NotStarted(const Failure& failure) {
   return FailureOf("the interpreter can't be started: " + Describe(failure));
 }
 
-// The first line that names an error, or the last.
+std::string PlainLine(std::string_view bytes) {
+  std::wstring text = os::WideFromUtf8(bytes.substr(0, MaximumLine));
+  for (wchar_t& c : text) {
+    const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
+    const bool turns = (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+    if (control || turns) c = L'?';
+  }
+  return os::Utf8FromWide(text);
+}
+
 std::string ErrorLineOf(const std::string& text) {
   std::string_view rest = text;
   std::string_view last;
@@ -191,10 +202,10 @@ std::string ErrorLineOf(const std::string& text) {
     const std::size_t end = rest.find_first_of("\r\n");
     const std::string_view line = rest.substr(0, end);
     rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-    if (line.find("Error:") != std::string_view::npos) return std::string(line);
+    if (line.find("Error:") != std::string_view::npos) return PlainLine(line);
     if (!line.empty()) last = line;
   }
-  return std::string(last);
+  return PlainLine(last);
 }
 
 std::string ReasonOfEnd(const ShortRunEnd& run) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,8 +59,12 @@ struct ShortRunEnd {
 /// "the interpreter can't be started", and why.
 [[nodiscard]] Failure NotStarted(const Failure& failure);
 
-/// The first of the messages' lines that names an error, or else the last; perhaps empty. It may
-/// come from the job and hold any bytes.
+/// Foreign bytes as text for a person: UTF-8 of at most 500 bytes before, in which each control
+/// character, and each that turns the direction of writing, is a question mark.
+[[nodiscard]] std::string PlainLine(std::string_view bytes);
+
+/// The first of the messages' lines that names an error, or else the last, as a PlainLine; perhaps
+/// empty. It may come from the job.
 [[nodiscard]] std::string ErrorLineOf(const std::string& messages);
 
 /// Why it did not end well, in one line that may come from the job; empty if it did.

@@ -9,6 +9,7 @@
 #include "cli/document/template_file.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
+#include "rastrel/platform/os/program_search.h"
 
 namespace rastrel::cli {
 namespace {
@@ -20,7 +21,7 @@ bool HasDesktop() {
 // True if the desktop's viewer was started.
 bool OpenInViewer(const std::string& picture) {
   if (!HasDesktop()) return false;
-  const std::string opener = FindProgram("xdg-open");
+  const std::string opener = os::FindProgram("xdg-open");
   return !opener.empty() && StartAndForget(opener, {"xdg-open", picture});
 }
 

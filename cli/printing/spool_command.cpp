@@ -12,6 +12,7 @@
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/tree.h"
 
 namespace rastrel::cli {
@@ -97,7 +98,7 @@ void ShowInDesktop(const std::string& directory) {
   const bool desktop =
       !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
   if (!desktop) return;
-  const std::string opener = FindProgram("xdg-open");
+  const std::string opener = os::FindProgram("xdg-open");
   if (!opener.empty()) StartAndForget(opener, {directory});
 }
 

@@ -49,6 +49,14 @@ TEST(EpsConversion, an_error_in_the_file_is_told_in_the_interpreters_words) {
   EXPECT_TRUE(Says(Refusal(EpsFile("nonsense\n")), "Error: /undefined in nonsense"));
 }
 
+// A terminal would obey them.
+TEST(EpsConversion, control_characters_of_the_file_do_not_reach_a_person) {
+  const std::string refusal = Refusal(EpsFile(
+      "(%stderr) (w) file dup (Error: \\033]0;title\\007 \\200\\302\\233 \\342\\200\\256 x\\n) "
+      "writestring flushfile nonsense\n"));
+  EXPECT_EQ(refusal, "the interpreter ended with 1: Error: ?]0;title? \xEF\xBF\xBD? ? x");
+}
+
 TEST(EpsConversion, a_file_that_does_not_end_is_ended) {
   EpsLimits limits;
   limits.time = 500ms;

@@ -138,6 +138,7 @@ TEST(PaintedFile, is_not_painted_by_a_program_in_the_present_directory) {
   for (const char* const search : {".:/usr/bin:/bin", ":/usr/bin:/bin"}) {
     command.Set("PATH", search);
     EXPECT_EQ(command.Run({"inspect", "--painted", "plain.ps"}).status, 0);
+    EXPECT_NE(command.Run({"doctor"}).output.find("ghostscript: version"), std::string::npos);
   }
   EXPECT_FALSE(command.Place().Has("taken"));
 }
