@@ -53,14 +53,15 @@ std::uint64_t RightsFor(WallAccess access) {
   return 0;
 }
 
-// False with errno set. A place that no rule can name, such as a pipe, needs none.
+// False if there is no memory for it. A place that no rule can name, such as a pipe, needs none,
+// and one that the kernel refuses to name stays closed.
 bool AddRule(int rules, int place, std::uint64_t rights) {
   struct stat state {};
-  if (fstat(place, &state) != 0) return false;
+  if (fstat(place, &state) != 0) return true;
   if (!S_ISDIR(state.st_mode)) rights &= RightsOnFiles;
   const landlock_path_beneath_attr rule{rights, place};
   return syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0 ||
-         errno == EBADFD;
+         errno != ENOMEM;
 }
 
 Expected<void> AddPath(int rules, const WallPath& path, std::uint64_t known) {
