@@ -20,6 +20,7 @@
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/standalone/data_root.h"

@@ -127,7 +127,7 @@ GuardedProcess::GuardedProcess(GuardedProcess&& other) noexcept
 
 GuardedProcess::~GuardedProcess() {
   Kill();
-  if (!Wait()) errno = 0;  // there is nobody left to tell
+  if (!Wait()) errno = 0;  // nobody is left to hear of it
 }
 
 void GuardedProcess::Kill() {

@@ -9,18 +9,20 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <string_view>
 
 #include "interpreter/removal.h"
+#include "rastrel/platform/os/deadline.h"
 
 namespace rastrel::interpreter {
 namespace {
 
 constexpr std::size_t MessageLimit = 16384;  // longer than any path that the kernel takes
 constexpr std::size_t FirstRoom = 65536;
-constexpr int KillTimeoutMilliseconds = 10000;
+constexpr std::chrono::seconds KillTimeout{10};
 
 // Bytes that grow, in memory straight from the system.
 class Bytes {
@@ -146,7 +148,8 @@ class Watch {
     if (group.process < 0) return;
     syscall(SYS_pidfd_send_signal, group.process, SIGKILL, nullptr, 0);
     pollfd entry{group.process, POLLIN, 0};
-    while (poll(&entry, 1, KillTimeoutMilliseconds) < 0 && errno == EINTR) {
+    const auto deadline = os::Deadline::After(KillTimeout);
+    while (poll(&entry, 1, deadline.PollTimeout()) < 0 && errno == EINTR) {
     }
   }
 

@@ -23,7 +23,7 @@ constexpr std::uint64_t MemoryKibibytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t WorkBytes = std::uint64_t{4} << 30;
 constexpr std::uint64_t MaximumFiles = 10'000;
 constexpr std::uint64_t PlaneLimit = std::uint64_t{256} << 20;
-// Ink shows at any resolution: every mark touches one pixel at least.
+// Ink shows at any resolution: a painted area touches one pixel at least.
 constexpr double PixelsAcross = 1500;
 constexpr double HighestResolution = 72;
 

@@ -12,7 +12,7 @@
 #include "interpreter/disk_use.h"
 #include "interpreter/ghostscript.h"
 #include "interpreter/settings.h"
-#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
@@ -21,9 +21,8 @@
 namespace rastrel::interpreter {
 namespace {
 
-constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 // A disk takes a gigabyte in a second, so a job can go that share of it beyond the limit.
-constexpr std::int64_t LookInterval = 100 * NanosecondsPerMillisecond;
+constexpr std::chrono::milliseconds LookInterval{100};
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
 constexpr std::size_t MaximumLine = 500;  // bytes of a line that a person reads
@@ -36,17 +35,16 @@ struct Pipe {
 Expected<Pipe> MakePipe() {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
-  if (!os::CreatePipe(reading, writing, PipeSize)) return Failure{"pipe", {}, errno};
+  if (const auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made.Error();
   return Pipe{os::FileDescriptor(reading), os::FileDescriptor(writing)};
 }
 
 // Appends the bytes that wait in the pipe. False at its end.
 bool Take(const os::FileDescriptor& source, std::string& text) {
   std::array<char, PipeSize> buffer;
-  const long count = os::ReadSome(source.Get(), buffer.data(), buffer.size());
-  if (count <= 0) return false;
-  text.append(buffer.data(), static_cast<std::size_t>(count));
-  return true;
+  const std::size_t count = os::ReadSome(source.Get(), buffer.data(), buffer.size()).ValueOr(0);
+  text.append(buffer.data(), count);
+  return count > 0;
 }
 
 // An interpreter on its way, with this process's ends of its pipes.
@@ -84,8 +82,8 @@ Expected<Running> Start(const ShortRun& run, TaskPlace& place) {
   return Running{std::move(*process), std::move(output.reading), std::move(messages->reading)};
 }
 
-// The user's limits of runs hold for tasks, where they are lower. Whatever is wrong with them is
-// said by those runs.
+// The user's limits of runs hold for tasks, where they are lower. Complaints about them are left to
+// those runs.
 ShortRun WithinSettings(ShortRun run) {
   std::vector<std::string> complaints;
   const Settings settings = Settings::FromEnvironment(complaints);
@@ -109,23 +107,21 @@ class Limits {
       : m_Run(run),
         m_Directory(directory),
         m_Interpreter(interpreter),
-        m_Deadline(os::MonotonicNanoseconds() + run.time.count() * NanosecondsPerMillisecond) {}
+        m_Deadline(os::Deadline::After(run.time)) {}
 
-  // Milliseconds until the next look.
+  // Milliseconds until the next look, for poll().
   [[nodiscard]] int Wait() const {
-    const std::int64_t left = std::min(m_Deadline, m_NextLook) - os::MonotonicNanoseconds();
-    return static_cast<int>(std::max<std::int64_t>(left, 0) / NanosecondsPerMillisecond + 1);
+    return std::min(m_Deadline.PollTimeout(), m_NextLook.PollTimeout());
   }
 
   // Looks at the clock, and now and then at the files.
   [[nodiscard]] Expected<void> Check() {
-    const std::int64_t now = os::MonotonicNanoseconds();
-    if (now >= m_Deadline) {
+    if (m_Deadline.HasPassed()) {
       return FailureOf("the interpreter took more than " + std::to_string(m_Run.time.count()) +
                        " milliseconds");
     }
-    if (now < m_NextLook) return {};
-    m_NextLook = now + LookInterval;
+    if (!m_NextLook.HasPassed()) return {};
+    m_NextLook = os::Deadline::After(LookInterval);
     const DiskUse named = UseOf(m_Directory);
     const DiskUse anonymous = UseOfAnonymous(m_Interpreter);
     if (named.bytes + anonymous.bytes > m_Run.workBytes || named.files > m_Run.workFiles) {
@@ -138,8 +134,8 @@ class Limits {
   const ShortRun& m_Run;
   const std::string& m_Directory;
   pid_t m_Interpreter;
-  std::int64_t m_Deadline;
-  std::int64_t m_NextLook = os::MonotonicNanoseconds() + LookInterval;
+  os::Deadline m_Deadline;
+  os::Deadline m_NextLook = os::Deadline::After(LookInterval);
 };
 
 // Reads both pipes to their ends and waits for the process.

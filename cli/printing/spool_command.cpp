@@ -1,7 +1,6 @@
 #include "cli/printing/spool_command.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <ctime>
 
@@ -11,6 +10,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/tree.h"
@@ -27,12 +27,7 @@ std::string DateText(std::int64_t seconds) {
   return text.data();
 }
 
-std::string Resolution(double value) {
-  const double rounded = std::round(value * 100) / 100;
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), rounded);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
-}
+std::string Resolution(double value) { return os::ShortestDecimal(std::round(value * 100) / 100); }
 
 const char* ColorWord(pages::PageColor color) {
   switch (color) {

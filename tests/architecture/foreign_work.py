@@ -2,7 +2,7 @@
 foreign_work.txt names.
 
 A foreign program or file that is taken up anywhere else has no limits, no guardian and no walls.
-Comments and quoted texts do not count. A line of the table that stands for nothing is a fault, too.
+Comments and quoted texts do not count. A line of the table that names a file for nothing is a fault, too.
 
 usage: foreign_work.py ROOT [TABLE]
 """
@@ -16,7 +16,7 @@ import sources
 START = re.compile(
     r"\b(?:v?fork|_Fork|posix_spawnp?|execv|execve|execvp|execvpe|execveat|fexecve|execl|execlp|execle"
     r"|popen|ReplaceProcess|StartAndForget)\b"
-    r"|\bos::Spawn\s*\(|\bGuardedProcess::Start\s*\("
+    r"|\bCalls\(\)\.clone\b|\bos::Spawn\s*\(|\bGuardedProcess::Start\s*\("
     r"|(?<![\w.>])(?:std::|::)?(?:system|clone)\s*\(")
 DRAW = re.compile(
     r"^\s*#\s*include\s*<(?:poppler[\w-]*(?:/[\w./-]+|\.h)|librsvg/[\w./-]+|png\.h|tiffio\.h(?:xx)?"
