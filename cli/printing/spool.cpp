@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -109,8 +107,7 @@ SpoolReservation::~SpoolReservation() {
   if (m_Filled) return;
   // Only while it is empty. The library removes a directory whose pages it could not move, and by
   // now the name may be another print's.
-  std::error_code ignored;
-  std::filesystem::remove(m_Directory, ignored);
+  static_cast<void>(os::RemoveEmptyDirectory(os::FromNative(m_Directory)));
 }
 
 }  // namespace rastrel::cli

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <ctime>
+#include <filesystem>
+#include <system_error>
 
 #include "cli/console/json_line.h"
 #include "cli/console/options.h"
@@ -11,6 +13,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 
@@ -93,6 +96,14 @@ std::string EntryText(const SpoolEntry& entry) {
          (entry.pages == 0 ? "\tunder way, or cut off" : "") + "\n";
 }
 
+// The pages of a job that is a link lie in a directory of somebody else's, and stay.
+bool RemoveEntry(const std::string& directory) {
+  std::error_code ignored;
+  const std::wstring path = os::FromNative(directory);
+  return std::filesystem::is_symlink(directory, ignored) ? os::RemoveFile(path)
+                                                         : os::RemoveTree(path);
+}
+
 void ShowInDesktop(const std::string& directory) {
   const bool desktop =
       !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
@@ -142,7 +153,7 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
   LayOutQuietly();
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
-  if (!os::RemoveTree(os::FromNative(entry.directory)))
+  if (!RemoveEntry(entry.directory))
     throw CommandError(ExitStatus::JobFailed, "'" + entry.directory + "' can't be removed whole");
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("removed");

@@ -14,10 +14,17 @@ namespace rastrel::os {
 [[nodiscard]] Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path);
 
 /// Removes a directory and everything below it. False at the first entry that can't be removed; the
-/// entries before it, in the file system's order, are gone then. Links are removed, never followed.
-/// The path itself may be a link to a directory: its content is removed, and the result is false,
-/// since a link is no directory. False for anything that is not a directory.
+/// entries before it, in the file system's order, are gone then. Links below are removed, never
+/// followed. The path itself may not be a link, whether it ends in a separator or not: a link is no
+/// directory, so that the result is false and neither it nor the directory it leads to changes.
+/// Links in the path's earlier elements are followed. False with errno set for anything that is not
+/// a directory, and for a path whose last element is "." or "..".
 [[nodiscard]] bool RemoveTree(std::wstring_view path);
+/// The same by a native path, which is not changed. The failure's subject is `path`.
+[[nodiscard]] Expected<void> RemoveNativeTree(const std::string& path);
+
+/// Removes a directory if it is empty. False with errno set otherwise, and for a link.
+[[nodiscard]] bool RemoveEmptyDirectory(std::wstring_view path);
 
 /// Copies a directory's content into another, which is made with its parents if missing. Files are
 /// copied over existing ones with permissions and modification time. Entries that can't be

@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "rastrel/platform/os/directory_entries.h"
+#include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/os/tree_walk.h"
@@ -18,12 +19,19 @@ constexpr std::size_t WorthwhileEntries = 256;
 
 class Remover {
  public:
-  bool RemoveContent(int parent, const char* name, bool followLink, unsigned depth) {
+  // Removes the directory `name` of `parent` and all in it. O_NOFOLLOW holds at every level, the
+  // first one included, so that a link that takes a directory's place meanwhile is not followed.
+  bool RemoveDirectory(int parent, const char* name, unsigned depth) {
+    return RemoveContent(parent, name, depth) && ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
+  }
+
+ private:
+  bool RemoveContent(int parent, const char* name, unsigned depth) {
     if (depth >= TreeDepthLimit) {
       errno = ELOOP;
       return false;
     }
-    DirectoryReader reader(parent, name, followLink);
+    DirectoryReader reader(parent, name, false);
     if (!reader.IsOpen()) return false;
     std::vector<DirectoryEntry> entries;
     do {
@@ -36,12 +44,10 @@ class Remover {
     return true;
   }
 
- private:
   bool RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
     const char* name = entry.name.c_str();
     if (!IsDirectoryEntry(directory, entry)) return ::unlinkat(directory, name, 0) == 0;
-    return RemoveContent(directory, name, false, depth + 1) &&
-           ::unlinkat(directory, name, AT_REMOVEDIR) == 0;
+    return RemoveDirectory(directory, name, depth + 1);
   }
 
   static bool IsDirectoryEntry(int directory, const DirectoryEntry& entry) {
@@ -54,11 +60,40 @@ class Remover {
   TreeWorkers m_Workers;
 };
 
+// The directory that holds a path's last element, and that element.
+struct Place {
+  std::string parent;
+  std::string name;  // empty if the path has none that could be removed: "/", "." and ".."
+};
+
+Place PlaceOf(std::string path) {
+  // A closing slash would make the system follow a link.
+  while (!path.empty() && path.back() == '/') path.pop_back();
+  const std::size_t slash = path.rfind('/');
+  Place place{slash == std::string::npos ? "." : path.substr(0, slash + 1),
+              path.substr(slash == std::string::npos ? 0 : slash + 1)};
+  if (place.name == "." || place.name == "..") place.name.clear();
+  return place;
+}
+
 }  // namespace
 
-bool RemoveTree(std::wstring_view path) {
-  const std::string native = ToNative(path);
-  return Remover().RemoveContent(AT_FDCWD, native.c_str(), true, 0) && ::rmdir(native.c_str()) == 0;
+Expected<void> RemoveNativeTree(const std::string& path) {
+  const Place place = PlaceOf(path);
+  if (place.name.empty()) {
+    errno = EINVAL;
+    return Failure{"remove", path, errno};
+  }
+  const FileDescriptor parent(::open(place.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!parent.IsOpen() || !Remover().RemoveDirectory(parent.Get(), place.name.c_str(), 0))
+    return Failure{"remove", path, errno};
+  return {};
 }
+
+bool RemoveTree(std::wstring_view path) {
+  return static_cast<bool>(RemoveNativeTree(ToNative(path)));
+}
+
+bool RemoveEmptyDirectory(std::wstring_view path) { return ::rmdir(ToNative(path).c_str()) == 0; }
 
 }  // namespace rastrel::os

@@ -58,5 +58,16 @@ TEST_F(SpoolCommand, size_is_that_of_one_or_of_all) {
   EXPECT_EQ(m_Command.Run({"spool", "size"}).output, "1005 bytes\n");
 }
 
+TEST_F(SpoolCommand, removing_a_job_that_is_a_link_leaves_the_directory_it_leads_to) {
+  const ScratchDirectory elsewhere;
+  elsewhere.Write("p1/page", "x");
+  fs::create_directory_symlink(elsewhere.Path(), Spool() / "sign.cfm");
+  const CommandResult result = m_Command.Run({"spool", "remove", "sign"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "removed sign\n");
+  EXPECT_FALSE(fs::is_symlink(Spool() / "sign.cfm"));
+  EXPECT_EQ(elsewhere.Read("p1/page"), "x");
+}
+
 }  // namespace
 }  // namespace rastrel::test
