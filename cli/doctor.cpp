@@ -253,9 +253,10 @@ void CheckLeftovers(Checks& checks) {
     }
   }
   for (const SpoolEntry& entry : ListSpool())
-    if (entry.pages == 0)
-      AddLeftover(checks, "spool entry without pages: a print is under way, or was cut off",
-                  entry.directory);
+    if (entry.state == SpoolState::Incomplete)
+      checks.push_back({"leftover", State::Warning, "incomplete job in the spool: " + entry.problem,
+                        entry.directory,
+                        "finish or remove it: rastrel spool repair '" + entry.name + "'"});
   CheckPageLeftovers(checks);
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
 }

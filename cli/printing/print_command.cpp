@@ -14,7 +14,7 @@
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
-#include "cli/printing/spool.h"
+#include "cli/printing/spool_transfer.h"
 #include "cli/printing/ticket_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -102,15 +102,18 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   Fill(ticket, request, input, copy);
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, stop);
+  Expected<void> kept;
   if (spool && ticket.GetCFMFileExists()) {
-    spool->Fill();
-    view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
+    kept = spool->Publish(ticket.m_CFMFile);
+    if (kept)
+      view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
   }
   Expected<void> saved;
   if (end == JobEnd::Done && !request.ticketPath.empty())
     saved = TrySave(ticket, request.ticketPath, view);
   if (keep) ReportKeptFiles(view, directory);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
+  OrEnd(ExitStatus::JobFailed, kept);
   OrEnd(ExitStatus::JobFailed, saved);
   return status;
 }

@@ -40,6 +40,22 @@ namespace rastrel::os {
 /// links are not followed.
 [[nodiscard]] std::uint64_t TreeSize(std::wstring_view path);
 
+/// How much a directory holds, for comparing it before and after a move.
+struct TreeMeasure {
+  std::uint64_t files = 0;  ///< all that is no directory, links and pipes included
+  std::uint64_t bytes = 0;  ///< of the regular ones
+  bool operator==(const TreeMeasure&) const = default;
+};
+/// Measures all below a directory, by native path. `Failure`, with the path, if anything can't be
+/// looked at: unlike TreeSize it never counts too little.
+[[nodiscard]] Expected<TreeMeasure> MeasureTree(const std::string& path);
+
+/// Has the files and directories below a directory, and itself, written to the disk. By native
+/// path. Returns when they are. Names of the directory's own are its parent's: FlushNamesIn.
+[[nodiscard]] Expected<void> FlushTree(const std::string& path);
+/// The same for the names in one directory alone, as after a rename.
+[[nodiscard]] Expected<void> FlushNamesIn(const std::string& directory);
+
 /// Moves a directory by renaming it, but only if the result is the same as that of CopyTreeInto and
 /// RemoveTree: both on one file system, the target missing and its parent there, and
 /// below the source nothing but directories that this process may empty and readable regular files

@@ -157,6 +157,27 @@ TEST(RemoveTree, a_path_without_a_last_element_is_refused) {
   EXPECT_EQ(Content(scratch.Path("tree")), before);
 }
 
+TEST(MeasureTree, counts_files_and_bytes_and_fails_at_what_it_can_not_read) {
+  const ScratchDirectory scratch;
+  scratch.Write("tree/a", "123");
+  scratch.Write("tree/sub/b", "4567");
+  ASSERT_EQ(::symlink("a", scratch.Path("tree/link").c_str()), 0);
+  const auto measure = os::MeasureTree(scratch.Path("tree"));
+  ASSERT_TRUE(measure);
+  EXPECT_EQ(measure->files, 3U);
+  EXPECT_EQ(measure->bytes, 7U);
+  EXPECT_TRUE(os::FlushTree(scratch.Path("tree")));
+  fs::permissions(scratch.Path("tree/sub"), fs::perms::none);
+  {
+    const OrdinaryUser user;
+    EXPECT_FALSE(os::MeasureTree(scratch.Path("tree")));
+    EXPECT_FALSE(os::FlushTree(scratch.Path("tree")));
+  }
+  fs::permissions(scratch.Path("tree/sub"), fs::perms::owner_all);
+  EXPECT_FALSE(os::MeasureTree(scratch.Path("tree/a")));
+  EXPECT_FALSE(os::MeasureTree(scratch.Path("missing")));
+}
+
 TEST(RemoveEmptyDirectory, takes_neither_a_link_nor_a_directory_that_holds_anything) {
   const ScratchDirectory scratch;
   scratch.Write("full/file", "x");

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "rastrel/job/cfm_file.h"
+#include "rastrel/platform/os/expected.h"
+
+namespace rastrel::cli {
+
+/// Gives pages that are all in a job's staged directory their place in the spool, as one step: a
+/// reader of the spool sees the job with all its pages or without any. From another file system
+/// they are copied under a hidden name first. On a failure the pages are where they were, and the
+/// failure names the place.
+[[nodiscard]] Expected<void> PublishJob(const std::string& name);
+
+/// A name in the spool that belongs to one print, although there are no pages yet. It is given back
+/// at the end of its life if none came. While it lives the library keeps pages in the staged
+/// directory in place of the spool. One at a time, made before the print's thread.
+class SpoolReservation {
+ public:
+  /// Takes `name`, or "name-2" and so on if that is taken. Throws CommandError.
+  explicit SpoolReservation(const std::string& name);
+  ~SpoolReservation();
+  SpoolReservation(const SpoolReservation&) = delete;
+  SpoolReservation& operator=(const SpoolReservation&) = delete;
+
+  /// The name that was had.
+  [[nodiscard]] const std::string& Name() const { return m_Name; }
+  [[nodiscard]] const std::string& Directory() const { return m_Directory; }
+  /// Moves the pages that the library has kept to the spool, and has the list say so. On a failure
+  /// the name stays taken: the failure says where the pages are.
+  [[nodiscard]] Expected<void> Publish(CCFMFile& pages);
+
+ private:
+  std::string m_Name;
+  std::string m_Directory;
+  std::wstring m_SpoolRoot;  // CExePaths::m_CFMDir as it was
+  bool m_Filled = false;
+};
+
+}  // namespace rastrel::cli
