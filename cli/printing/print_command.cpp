@@ -16,6 +16,7 @@
 #include "cli/printing/page_ranges.h"
 #include "cli/printing/spool_transfer.h"
 #include "cli/printing/ticket_file.h"
+#include "cli/printing/whole_prefix.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -85,6 +86,11 @@ Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobVie
   return saved;
 }
 
+JobEnd RunStaged(PrintTicket& ticket, JobRecord& record, JobView& view, StopRequest& stop) {
+  const StagedSpool staged;
+  return RunJob(ticket, record, view, stop);
+}
+
 void ReportKeptFiles(JobView& view, const JobDirectory& directory) {
   view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
 }
@@ -98,10 +104,10 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   const std::string copy =
       directory.CopyIn(input.path, (spool ? spool->Name() : input.safeName) + input.extension);
 
-  ObservedTicket ticket;
+  PrintTicket ticket;
   Fill(ticket, request, input, copy);
   JobRecord record;
-  const JobEnd end = RunJob(ticket, record, view, stop);
+  const JobEnd end = RunStaged(ticket, record, view, stop);
   Expected<void> kept;
   if (spool && ticket.GetCFMFileExists()) {
     kept = spool->Publish(ticket.m_CFMFile);

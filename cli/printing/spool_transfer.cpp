@@ -97,9 +97,6 @@ SpoolReservation::SpoolReservation(const std::string& name) {
     if (os::Exists(directory) || os::Exists(os::FromNative(StagedDirectory(m_Name)))) continue;
     if (os::MakeDirectory(directory)) {
       if (own) static_cast<void>(os::WriteOwner(m_Directory, *own));
-      CExePaths& paths = CExePaths::Instance();
-      m_SpoolRoot = paths.m_CFMDir;
-      paths.m_CFMDir = os::FromNative(PagesDirectory());
       return;
     }
     if (errno != EEXIST) break;
@@ -110,17 +107,21 @@ SpoolReservation::SpoolReservation(const std::string& name) {
 
 Expected<void> SpoolReservation::Publish(CCFMFile& pages) {
   m_Filled = true;
-  CExePaths::Instance().m_CFMDir = m_SpoolRoot;
   for (CCFMFileEntry& entry : pages.Entries) entry.Directory = os::FromNative(m_Directory) + L"\\";
   return PublishJob(m_Name);
 }
 
 SpoolReservation::~SpoolReservation() {
-  CExePaths::Instance().m_CFMDir = m_SpoolRoot;
   if (m_Filled) return;
   // Only while it is empty.
   if (os::RemoveOwner(m_Directory))
     static_cast<void>(os::RemoveEmptyDirectory(os::FromNative(m_Directory)));
 }
+
+StagedSpool::StagedSpool() : m_SpoolRoot(CExePaths::Instance().m_CFMDir) {
+  CExePaths::Instance().m_CFMDir = os::FromNative(PagesDirectory());
+}
+
+StagedSpool::~StagedSpool() { CExePaths::Instance().m_CFMDir = m_SpoolRoot; }
 
 }  // namespace rastrel::cli

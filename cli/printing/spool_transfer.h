@@ -14,8 +14,7 @@ namespace rastrel::cli {
 [[nodiscard]] Expected<void> PublishJob(const std::string& name);
 
 /// A name in the spool that belongs to one print, although there are no pages yet. It is given back
-/// at the end of its life if none came. While it lives the library keeps pages in the staged
-/// directory in place of the spool. One at a time, made before the print's thread.
+/// at the end of its life if none came.
 class SpoolReservation {
  public:
   /// Takes `name`, or "name-2" and so on if that is taken. Throws CommandError.
@@ -34,8 +33,20 @@ class SpoolReservation {
  private:
   std::string m_Name;
   std::string m_Directory;
-  std::wstring m_SpoolRoot;  // CExePaths::m_CFMDir as it was
   bool m_Filled = false;
+};
+
+/// While it lives the library keeps pages in the jobs' staged directories in place of the spool.
+/// One at a time; made before a print's thread, and ended after it.
+class StagedSpool {
+ public:
+  StagedSpool();
+  ~StagedSpool();
+  StagedSpool(const StagedSpool&) = delete;
+  StagedSpool& operator=(const StagedSpool&) = delete;
+
+ private:
+  std::wstring m_SpoolRoot;
 };
 
 }  // namespace rastrel::cli

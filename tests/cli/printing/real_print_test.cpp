@@ -59,6 +59,15 @@ TEST_F(RealPrintTest, pages_in_the_spool_reprint_without_ghostscript_alone_twice
   EXPECT_EQ(m_Command.Run({"reprint", "job"}).status, 0);  // nothing was used up
 }
 
+// Its prefix would have the job's own name.
+TEST_F(RealPrintTest, a_job_with_the_extension_of_a_prefix_prints) {
+  m_Command.Place().Write("sign.psp", TwoPages);
+  const CommandResult result = m_Command.Run({"print", "sign.psp"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.Lines().size(), 2U);
+  EXPECT_EQ(m_Command.Place().Read("sign.psp"), TwoPages);
+}
+
 TEST_F(RealPrintTest, ghostscript_off_the_path_is_5) {
   m_Command.Set("PATH", "/nowhere");
   const CommandResult result = m_Command.Run({"print", "job.ps"});
