@@ -14,6 +14,7 @@
 #include "cli/installation/job_directory.h"
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
+#include "cli/installation/sweep.h"
 #include "cli/printing/spool.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -35,6 +36,7 @@ constexpr std::chrono::seconds VersionLimit{5};
 constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;  // bytes
 constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;     // bytes
 constexpr std::chrono::hours LongPrint{1};
+constexpr std::chrono::hours Day{24};
 constexpr int DeepestFolder = 16;
 
 const char* RestoreHint() {
@@ -234,13 +236,28 @@ void CheckPageLeftovers(Checks& checks) {
        !error && entry != last; entry.increment(error)) {
     std::error_code ignored;
     const auto age = now - entry->last_write_time(ignored);
+    if (entry->path().extension() == ".cfm") continue;  // listed with the spool
     if (ignored || age < LongPrint || std::filesystem::is_empty(entry->path(), ignored)) continue;
     AddLeftover(checks, "pages of a print that was cut off, or has taken over an hour",
                 entry->path().string());
   }
 }
 
-// Files that a killed process left.
+// Copies that a conversion was made from. Its planes stay on purpose and are the document's.
+void CheckConversionLeftovers(Checks& checks) {
+  std::error_code error;
+  const auto now = std::filesystem::file_time_type::clock::now();
+  for (std::filesystem::directory_iterator entry(RipDirectory(), error), last;
+       !error && entry != last; entry.increment(error)) {
+    std::error_code ignored;
+    const std::string name = entry->path().filename().string();
+    if (!name.starts_with("vk") || !name.ends_with(".ps")) continue;
+    if (now - entry->last_write_time(ignored) > Day && !ignored)
+      AddLeftover(checks, "copy of a conversion that was cut off", entry->path().string());
+  }
+}
+
+// Files that a killed process left, and that no start of a command removes.
 void CheckLeftovers(Checks& checks) {
   const std::size_t before = checks.size();
   if (const auto names = os::ListDirectory(os::FromNative(JobsDirectory()))) {
@@ -258,6 +275,7 @@ void CheckLeftovers(Checks& checks) {
                         entry.directory,
                         "finish or remove it: rastrel spool repair '" + entry.name + "'"});
   CheckPageLeftovers(checks);
+  CheckConversionLeftovers(checks);
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
 }
 
@@ -293,6 +311,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   Checks checks;
   CheckShipped(checks);
   CheckRoot(checks);
+  SweepLeftovers();
   CheckWritable(checks);
   CheckSpace(checks);
   CheckZipLibrary(checks);

@@ -9,6 +9,7 @@
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/tree.h"
@@ -34,11 +35,21 @@ JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
       JobsDirectory() + (keep ? "/kept-" : "/") + std::to_string(os::CurrentProcessId()) + "-";
   for (int number = 1; number <= Attempts; ++number) {
     m_Path = stem + std::to_string(number);
-    if (os::MakeDirectory(os::FromNative(m_Path))) return;
+    if (os::MakeDirectory(os::FromNative(m_Path))) {
+      NameOwner();
+      return;
+    }
     if (errno != EEXIST) break;
   }
   throw CommandError(ExitStatus::NotInstalled,
                      Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
+}
+
+// A later command removes the directory if this process is killed, but never one that is kept.
+void JobDirectory::NameOwner() const {
+  if (m_Keep) return;
+  if (const auto own = os::IdentityOfProcess(os::CurrentProcessId()))
+    static_cast<void>(os::WriteOwner(m_Path, *own));
 }
 
 JobDirectory::~JobDirectory() {

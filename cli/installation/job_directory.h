@@ -6,7 +6,7 @@ namespace rastrel::cli {
 
 /// A directory below the data root's `jobs` that one job has to itself: its working copy, and the
 /// prefix that the library writes beside it. Removed with all it holds at the end of its life,
-/// unless it is kept.
+/// unless it is kept; if the process is killed, by a later command (SweepLeftovers).
 class JobDirectory {
  public:
   /// Makes one whose name begins with this process's id; `keep` leaves it for good. Throws
@@ -24,6 +24,8 @@ class JobDirectory {
   [[nodiscard]] std::string CopyIn(const std::string& path, const std::string& name) const;
 
  private:
+  void NameOwner() const;
+
   std::string m_Path;
   bool m_Keep;
 };

@@ -10,6 +10,7 @@
 #include "cli/installation/job_directory.h"
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
+#include "cli/installation/sweep.h"
 #include "cli/job/job_run.h"
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
@@ -88,7 +89,9 @@ Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobVie
 
 JobEnd RunStaged(PrintTicket& ticket, JobRecord& record, JobView& view, StopRequest& stop) {
   const StagedSpool staged;
-  return RunJob(ticket, record, view, stop);
+  const JobEnd end = RunJob(ticket, record, view, stop);
+  RemoveOwnPages();
+  return end;
 }
 
 void ReportKeptFiles(JobView& view, const JobDirectory& directory) {

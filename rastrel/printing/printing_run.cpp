@@ -47,10 +47,13 @@ std::set<std::string> RunDirectoriesOf(const CCFMFile& pages) {
   return runs;
 }
 
-// Nothing but their owners' names is left in them.
+void RemoveOwners(const std::set<std::string>& runs) {
+  for (const std::string& run : runs) static_cast<void>(os::RemoveOwner(run));
+}
+
 void RemoveEmptiedRuns(const std::set<std::string>& runs) {
   for (const std::string& run : runs)
-    if (os::RemoveOwner(run)) static_cast<void>(os::RemoveEmptyDirectory(os::FromNative(run)));
+    static_cast<void>(os::RemoveEmptyDirectory(os::FromNative(run)));
 }
 
 // The job ends well all the same. Whoever looks after the spool sees that it has no record.
@@ -183,6 +186,8 @@ bool CPrintingThread::SpoolPages(CCFMFile& pages) {
   const std::string native = os::ToNative(directory);
   const auto noted = rastrel::cfm::BeginKeptJob(pages, native);
   const auto sources = RunDirectoriesOf(pages);
+  // From here on the note says whose the pages are: they are moved to the end, or repaired.
+  if (noted) RemoveOwners(sources);
   const bool moved = pages.MovePages(directory + L"\\");
   if (moved) {
     LogUnfinishedJob(noted ? rastrel::cfm::FinishKeptJob(*noted, native) : noted.Error());

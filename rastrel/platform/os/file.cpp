@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <memory>
 
 #include "rastrel/platform/os/copy_file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
@@ -56,13 +56,11 @@ Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::ui
 
 // A file in the directory of `target` under a name that nothing else has.
 Expected<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
-  static std::atomic<unsigned> next{0};
   const std::size_t separator = target.rfind('/');
   const std::string directory =
       separator == std::string::npos ? std::string() : target.substr(0, separator + 1);
   for (;;) {
-    name = directory + ".rastrel-" + std::to_string(CurrentProcessId()) + "-" +
-           std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + ".tmp";
+    name = directory + OwnTemporaryName();
     Expected<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
     if (file || file.Error().error != EEXIST) return file;
   }

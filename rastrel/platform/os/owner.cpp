@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <climits>
@@ -13,18 +14,22 @@
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
 
 namespace rastrel::os {
 namespace {
 
+constexpr std::string_view TemporaryStart = ".rastrel-";
+constexpr std::string_view TemporaryEnd = ".tmp";
 constexpr std::uint64_t OwnerFileLimit = 1024;
 constexpr std::size_t StartField = 20;  // of /proc/ID/stat, counted from 0 after the program's name
 
-std::vector<std::string_view> FieldsOf(std::string_view line) {
+std::vector<std::string_view> FieldsOf(std::string_view line, char separator = ' ') {
   std::vector<std::string_view> fields;
   while (!line.empty()) {
-    const std::size_t end = std::min(line.find(' '), line.size());
+    const std::size_t end = std::min(line.find(separator), line.size());
     fields.push_back(line.substr(0, end));
     line.remove_prefix(std::min(end + 1, line.size()));
   }
@@ -83,6 +88,26 @@ Expected<ProcessIdentity> CommonIdentity() {
   return identity;
 }
 
+// FNV-1a, so that a name stays short and plain.
+std::string MarkOf(std::string_view text) {
+  std::uint32_t hash = 2166136261U;
+  for (const char character : text)
+    hash = (hash ^ static_cast<unsigned char>(character)) * 16777619U;
+  std::string mark;
+  for (const int shift : {24, 16, 8, 0}) AppendHex(mark, static_cast<unsigned char>(hash >> shift));
+  return mark;
+}
+
+std::string PlaceMark(const ProcessIdentity& identity) {
+  return MarkOf(identity.space + " " + identity.machine);
+}
+
+bool RunsSince(std::uint32_t id, std::uint64_t started) {
+  const auto start = StartOf(id);
+  if (start) return *start == started;
+  return start.Error().error != ENOENT && start.Error().error != ESRCH;
+}
+
 }  // namespace
 
 Expected<ProcessIdentity> IdentityOfProcess(std::uint32_t id) {
@@ -100,9 +125,32 @@ bool MayBeAlive(const ProcessIdentity& process) {
   if (!here || here->machine != process.machine) return true;
   if (here->boot != process.boot) return false;
   if (here->space != process.space) return true;
-  const auto start = StartOf(process.id);
-  if (start) return *start == process.start;
-  return start.Error().error != ENOENT && start.Error().error != ESRCH;
+  return RunsSince(process.id, process.start);
+}
+
+std::string OwnTemporaryName() {
+  static std::atomic<unsigned> next{0};
+  std::string tag = std::to_string(CurrentProcessId());
+  if (const auto own = IdentityOfProcess(CurrentProcessId()))
+    tag += "." + std::to_string(own->start) + "." + MarkOf(own->boot) + "." + PlaceMark(*own);
+  return std::string(TemporaryStart) + tag + "-" +
+         std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + std::string(TemporaryEnd);
+}
+
+bool IsAbandonedTemporaryName(std::string_view name) {
+  const std::size_t dash = name.rfind('-');
+  if (!name.starts_with(TemporaryStart) || !name.ends_with(TemporaryEnd) ||
+      dash < TemporaryStart.size())
+    return false;
+  const auto fields =
+      FieldsOf(name.substr(TemporaryStart.size(), dash - TemporaryStart.size()), '.');
+  const auto here = CommonIdentity();
+  std::uint32_t id = 0;
+  std::uint64_t start = 0;
+  if (!here || fields.size() != 4 || !ReadNumber(fields[0], id) || !ReadNumber(fields[1], start) ||
+      fields[3] != PlaceMark(*here))
+    return false;
+  return fields[2] != MarkOf(here->boot) || !RunsSince(id, start);
 }
 
 std::string FormatIdentity(const ProcessIdentity& process) {

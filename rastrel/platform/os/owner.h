@@ -37,6 +37,14 @@ struct ProcessIdentity {
 [[nodiscard]] std::string FormatIdentity(const ProcessIdentity& process);
 [[nodiscard]] std::optional<ProcessIdentity> ParseIdentity(std::string_view line);
 
+/// A name for a hidden temporary file, another one at each call, that says whose it is: the
+/// process's id and start, and marks of the machine's start and of namespace and machine.
+///
+///     .rastrel-4711.8812.0ef1a2b3.9c5d77aa-0.tmp
+[[nodiscard]] std::string OwnTemporaryName();
+/// Whether a name is such a one of a process that has certainly ended.
+[[nodiscard]] bool IsAbandonedTemporaryName(std::string_view name);
+
 /// The file of a directory that names its owner: an identity and a line feed.
 inline constexpr std::string_view OwnerFileName = ".owner";
 
