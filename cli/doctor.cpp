@@ -270,7 +270,7 @@ void CheckLeftovers(Checks& checks) {
     }
   }
   for (const SpoolEntry& entry : ListSpool())
-    if (entry.state == SpoolState::Incomplete)
+    if (entry.state == SpoolState::Incomplete && !IsOwned(entry.directory))
       checks.push_back({"leftover", State::Warning, "incomplete job in the spool: " + entry.problem,
                         entry.directory,
                         "finish or remove it: rastrel spool repair '" + entry.name + "'"});

@@ -4,8 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <ctime>
-#include <filesystem>
-#include <system_error>
 
 #include "cli/console/json_line.h"
 #include "cli/console/options.h"
@@ -117,9 +115,8 @@ std::string EntryText(const SpoolEntry& entry) {
 
 // The pages of a job that is a link lie in a directory of somebody else's, and stay.
 bool RemoveDirectoryOrLink(const std::string& directory) {
-  std::error_code ignored;
   const std::wstring path = os::FromNative(directory);
-  if (std::filesystem::is_symlink(directory, ignored)) return os::RemoveFile(path);
+  if (os::IsLink(path)) return os::RemoveFile(path);
   return !os::Exists(path) || os::RemoveTree(path);
 }
 

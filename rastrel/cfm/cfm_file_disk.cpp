@@ -38,6 +38,15 @@ bool MovePage(const CString& source, const CString& target) {
   return DeleteDirectory(source.c_str());
 }
 
+// Of a link only the name goes: the pages would be copied into the directory that it leads to.
+void RemoveTarget(const CString& target) {
+  if (rastrel::os::IsLink(target)) {
+    static_cast<void>(rastrel::os::RemoveFile(target));
+  } else {
+    DeleteDirectory(target.c_str());
+  }
+}
+
 }  // namespace
 
 std::int64_t CCFMFile::GetSizeOnDisk() {
@@ -66,7 +75,7 @@ bool CCFMFile::MovePages(const CString& destination) {
     if (rastrel::os::Exists(target)) {
       CAppLog::Instance().Printf(
           L"Warning: Spool: Destination directory already exists: '%s'. Overwriting.", target);
-      DeleteDirectory(target.c_str());
+      RemoveTarget(target);
     }
     if (!MovePage(source, target)) {
       CAppLog::Instance().Printf(L"Move dir '%s' to '%s' failed.", source, target);

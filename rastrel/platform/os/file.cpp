@@ -104,6 +104,13 @@ bool IsDirectory(std::wstring_view path) {
   return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISDIR(state.st_mode);
 }
 
+bool IsLink(std::wstring_view path) {
+  std::string native = ToNative(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  struct stat state {};
+  return ::lstat(native.c_str(), &state) == 0 && S_ISLNK(state.st_mode);
+}
+
 bool IsReadable(std::wstring_view path) {
   return ::faccessat(AT_FDCWD, ToNative(path).c_str(), R_OK, AT_EACCESS) == 0;
 }

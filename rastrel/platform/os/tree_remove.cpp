@@ -5,7 +5,6 @@
 #include <cerrno>
 
 #include "rastrel/platform/os/directory_entries.h"
-#include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/os/tree_walk.h"
@@ -60,33 +59,27 @@ class Remover {
   TreeWorkers m_Workers;
 };
 
-// The directory that holds a path's last element, and that element.
-struct Place {
-  std::string parent;
-  std::string name;  // empty if the path has none that could be removed: "/", "." and ".."
-};
-
-Place PlaceOf(std::string path) {
-  // A closing slash would make the system follow a link.
+// A closing slash would make the system follow a link.
+std::string WithoutClosingSlashes(std::string path) {
   while (!path.empty() && path.back() == '/') path.pop_back();
-  const std::size_t slash = path.rfind('/');
-  Place place{slash == std::string::npos ? "." : path.substr(0, slash + 1),
-              path.substr(slash == std::string::npos ? 0 : slash + 1)};
-  if (place.name == "." || place.name == "..") place.name.clear();
-  return place;
+  return path;
+}
+
+// "/", "." and "..", by which no directory can be removed though its content could.
+bool HasNoName(const std::string& path) {
+  const std::string name = path.substr(path.rfind('/') + 1);
+  return name.empty() || name == "." || name == "..";
 }
 
 }  // namespace
 
 Expected<void> RemoveNativeTree(const std::string& path) {
-  const Place place = PlaceOf(path);
-  if (place.name.empty()) {
+  const std::string plain = WithoutClosingSlashes(path);
+  if (HasNoName(plain)) {
     errno = EINVAL;
     return Failure{"remove", path, errno};
   }
-  const FileDescriptor parent(::open(place.parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!parent.IsOpen() || !Remover().RemoveDirectory(parent.Get(), place.name.c_str(), 0))
-    return Failure{"remove", path, errno};
+  if (!Remover().RemoveDirectory(AT_FDCWD, plain.c_str(), 0)) return Failure{"remove", path, errno};
   return {};
 }
 
