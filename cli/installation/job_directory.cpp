@@ -9,7 +9,7 @@
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
-#include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/owned_directory.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/tree.h"
@@ -28,28 +28,27 @@ void MakeReadable(const std::string& path) {
       std::filesystem::perm_options::add, ignored);
 }
 
+// One that is kept has no owner, so that no later command removes it.
+Expected<void> MakeKept(const std::string& path) {
+  if (os::MakeDirectory(os::FromNative(path))) return {};
+  return Failure{"mkdir", path, errno};
+}
+
 }  // namespace
 
 JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
   const std::string stem =
       JobsDirectory() + (keep ? "/kept-" : "/") + std::to_string(os::CurrentProcessId()) + "-";
+  int error = 0;
   for (int number = 1; number <= Attempts; ++number) {
     m_Path = stem + std::to_string(number);
-    if (os::MakeDirectory(os::FromNative(m_Path))) {
-      NameOwner();
-      return;
-    }
-    if (errno != EEXIST) break;
+    const auto made = keep ? MakeKept(m_Path) : os::MakeOwnedDirectory(m_Path);
+    if (made) return;
+    error = made.Error().error;
+    if (error != EEXIST) break;
   }
   throw CommandError(ExitStatus::NotInstalled,
-                     Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
-}
-
-// A later command removes the directory if this process is killed, but never one that is kept.
-void JobDirectory::NameOwner() const {
-  if (m_Keep) return;
-  if (const auto own = os::IdentityOfProcess(os::CurrentProcessId()))
-    static_cast<void>(os::WriteOwner(m_Path, *own));
+                     Describe({"mkdir", m_Path, error}) + "; `rastrel doctor` tells more");
 }
 
 JobDirectory::~JobDirectory() {

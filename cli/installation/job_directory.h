@@ -24,8 +24,6 @@ class JobDirectory {
   [[nodiscard]] std::string CopyIn(const std::string& path, const std::string& name) const;
 
  private:
-  void NameOwner() const;
-
   std::string m_Path;
   bool m_Keep;
 };

@@ -45,7 +45,9 @@ bool RemoveAbandoned(const std::string& directory) {
 }
 
 bool RemoveTemporary(const std::string& place, const std::string& name) {
-  return os::IsAbandonedTemporaryName(name) && os::RemoveFile(os::FromNative(place + "/" + name));
+  const std::string path = place + "/" + name;
+  return os::IsAbandonedTemporaryName(name) &&
+         (os::RemoveFile(os::FromNative(path)) || os::RemoveNativeTree(path));
 }
 
 // A name that was taken before there were pages. Pages beside the RIP's are left to be repaired,

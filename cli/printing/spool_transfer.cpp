@@ -10,6 +10,7 @@
 #include "rastrel/cfm/kept_job.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owned_directory.h"
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
@@ -88,21 +89,20 @@ Expected<void> PublishJob(const std::string& name) {
 }
 
 SpoolReservation::SpoolReservation(const std::string& name) {
-  const auto own = os::IdentityOfProcess(os::CurrentProcessId());
+  int error = EEXIST;
   for (int number = 1; number <= Attempts; ++number) {
     m_Name = number == 1 ? name : name + "-" + std::to_string(number);
     m_Directory = EntryDirectory(m_Name);
     const std::wstring directory = os::FromNative(m_Directory);
     // A name that differs in case only would be found in place of this one.
     if (os::Exists(directory) || os::Exists(os::FromNative(StagedDirectory(m_Name)))) continue;
-    if (os::MakeDirectory(directory)) {
-      if (own) static_cast<void>(os::WriteOwner(m_Directory, *own));
-      return;
-    }
-    if (errno != EEXIST) break;
+    const auto made = os::MakeOwnedDirectory(m_Directory);
+    if (made) return;
+    error = made.Error().error;
+    if (error != EEXIST) break;
   }
   throw CommandError(ExitStatus::JobFailed,
-                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
+                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, error}));
 }
 
 Expected<void> SpoolReservation::Publish(CCFMFile& pages) {
