@@ -45,7 +45,7 @@ void RemoveEmptied(const std::string& parent) {
     std::error_code ignored;
     if (!IsRunName(entry->path().filename().string())) continue;
     if (now - entry->last_write_time(ignored) < EmptyAge || ignored) continue;
-    if (HoldsOwnerAlone(entry->path())) os::RemoveOwner(entry->path().string());
+    if (HoldsOwnerAlone(entry->path())) static_cast<void>(os::RemoveOwner(entry->path().string()));
     rmdir(entry->path().c_str());  // fails on one that holds anything
   }
 }
@@ -65,9 +65,9 @@ Expected<RunDirectory> RunDirectory::Make(const std::string& ripDirectory, Guard
 }
 
 Expected<RunDirectory> RunDirectory::MakeIn(const std::string& parent, Guardian& guardian) {
-  const std::string name = os::RandomDigits(NameBytes);
-  if (name.empty()) return Failure{"getrandom", {}, errno};
-  RunDirectory made(parent, name);
+  const auto name = os::RandomDigits(NameBytes);
+  if (!name) return name.Error();
+  RunDirectory made(parent, *name);
   if (!guardian.Guard(made.m_Path)) return Failure{"guard", made.m_Path, errno};
   for (const std::string& path : {made.m_Path, made.Temporary(), made.Planes()}) {
     if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};

@@ -56,7 +56,7 @@ bool RemoveFromSpool(const std::string& name) {
   const std::string directory = SpoolDirectory() + "/" + name;
   if (name.starts_with('.')) return RemoveAbandoned(directory);
   if (!IsAbandoned(directory) || !os::RemoveOwner(directory)) return false;
-  return os::RemoveEmptyDirectory(os::FromNative(directory));
+  return static_cast<bool>(os::RemoveEmptyDirectory(os::FromNative(directory)));
 }
 
 }  // namespace

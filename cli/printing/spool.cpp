@@ -136,6 +136,14 @@ SpoolEntry EntryOf(const std::string& name) {
   return entry;
 }
 
+// The text of the list, which programs read: the line and its fault take the file's place, as the
+// list has the page's name.
+std::string ProblemOf(const Failure& failure) {
+  if (failure.line == 0) return Describe(failure);
+  const std::string fault = "line " + std::to_string(failure.line) + ": " + failure.why;
+  return Describe({failure.what, fault, failure.error});
+}
+
 }  // namespace
 
 std::vector<SpoolEntry> ListSpool() {
@@ -167,7 +175,7 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     if (auto info = pages::ReadPageInfo(directory)) {
       page.info = *info;
     } else {
-      page.problem = Describe(info.Error());
+      page.problem = ProblemOf(info.Error());
     }
     pages.push_back(std::move(page));
   }

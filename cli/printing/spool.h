@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pages/page_info.h"
+#include "rastrel/platform/os/expected.h"
 
 /// The spool: directories "NAME.cfm" that hold the pages of one job each. docs/formats/spool.md has
 /// the files.

@@ -40,16 +40,22 @@ Expected<std::string> PlaceOf(const cfm::KeptPage& page, const std::string& dire
                    "' nor in '" + page.source + "'");
 }
 
+bool IsThere(const std::string& directory) { return os::Exists(os::FromNative(directory)); }
+
+Expected<void> RemoveIfThere(const std::string& directory) {
+  if (!IsThere(directory)) return {};
+  const auto removed = os::RemoveTree(os::FromNative(directory));
+  if (!removed) return Failure{"remove", directory, removed.Error().error};
+  return {};
+}
+
 Expected<void> BringPage(const std::string& source, const std::string& target) {
   if (source == target) return {};
   // A part of it, from before the end.
-  if (os::Exists(os::FromNative(target)) && !os::RemoveTree(os::FromNative(target)))
-    return Failure{"remove", target, errno};
-  if (os::RenameFile(os::FromNative(source), os::FromNative(target))) return {};
-  if (errno != EXDEV) return Failure{"rename", target, errno};
-  if (!os::CopyTreeInto(os::FromNative(source), os::FromNative(target)))
-    return Failure{"copy", source, errno};
-  return {};
+  if (auto removed = RemoveIfThere(target); !removed) return removed;
+  auto renamed = os::RenameFile(os::FromNative(source), os::FromNative(target));
+  if (renamed || renamed.Error().error != EXDEV) return renamed;
+  return os::CopyTreeInto(os::FromNative(source), os::FromNative(target));
 }
 
 // A page that was copied, and its run's directory when nothing is left in it.
@@ -81,12 +87,9 @@ Expected<void> FinishMove(const std::string& directory) {
   return {};
 }
 
-bool IsThere(const std::string& directory) { return os::Exists(os::FromNative(directory)); }
-
 Expected<void> RemoveBoth(const SpoolEntry& entry) {
   for (const std::string& directory : {entry.directory, entry.staged})
-    if (IsThere(directory) && !os::RemoveTree(os::FromNative(directory)))
-      return Failure{"remove", directory, errno};
+    if (auto removed = RemoveIfThere(directory); !removed) return removed;
   return {};
 }
 

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
 #include "rastrel/cfm/kept_job.h"
@@ -28,9 +28,7 @@ std::string EntryDirectory(const std::string& name) {
 // Replaces an empty directory of that name, which a reservation is.
 Expected<void> RenameTo(const std::string& source, const std::string& target) {
   static_cast<void>(os::RemoveOwner(target));
-  if (!os::RenameFile(os::FromNative(source), os::FromNative(target)))
-    return Failure{"rename", target, errno};
-  return {};
+  return os::RenameFile(os::FromNative(source), os::FromNative(target));
 }
 
 // A disk that is full is found out before the copy, which does not say why a file is missing.
@@ -47,12 +45,12 @@ Expected<void> CopyTo(const std::string& source, const std::string& target,
                       const cfm::KeptJob& job) {
   if (auto space = CheckSpace(job); !space) return space;
   const std::string hidden = SpoolDirectory() + "/.copy-" + std::to_string(os::CurrentProcessId());
-  if (!os::MakeDirectory(os::FromNative(hidden))) return Failure{"mkdir", hidden, errno};
+  if (auto made = os::MakeDirectory(os::FromNative(hidden)); !made) return made;
   if (const auto own = os::IdentityOfProcess(os::CurrentProcessId()))
     static_cast<void>(os::WriteOwner(hidden, *own));
   const auto copy = [&]() -> Expected<void> {
-    if (!os::CopyTreeInto(os::FromNative(source), os::FromNative(hidden)))
-      return Failure{"copy", source, errno};
+    if (auto tree = os::CopyTreeInto(os::FromNative(source), os::FromNative(hidden)); !tree)
+      return tree;
     if (auto finished = cfm::FinishKeptJob(job, hidden); !finished) return finished;
     static_cast<void>(os::RemoveOwner(hidden));
     return RenameTo(hidden, target);
@@ -88,22 +86,30 @@ Expected<void> PublishJob(const std::string& name) {
                    "` moves them");
 }
 
-SpoolReservation::SpoolReservation(const std::string& name) {
-  int error = EEXIST;
+Expected<SpoolReservation> SpoolReservation::Create(const std::string& name) {
+  std::string directory;
+  Failure failure{"mkdir", {}, EEXIST};
   for (int number = 1; number <= Attempts; ++number) {
-    m_Name = number == 1 ? name : name + "-" + std::to_string(number);
-    m_Directory = EntryDirectory(m_Name);
-    const std::wstring directory = os::FromNative(m_Directory);
+    std::string taken = number == 1 ? name : name + "-" + std::to_string(number);
+    directory = EntryDirectory(taken);
     // A name that differs in case only would be found in place of this one.
-    if (os::Exists(directory) || os::Exists(os::FromNative(StagedDirectory(m_Name)))) continue;
-    const auto made = os::MakeOwnedDirectory(m_Directory);
-    if (made) return;
-    error = made.Error().error;
-    if (error != EEXIST) break;
+    if (os::Exists(os::FromNative(directory)) || os::Exists(os::FromNative(StagedDirectory(taken))))
+      continue;
+    const auto made = os::MakeOwnedDirectory(directory);
+    if (made) return SpoolReservation(std::move(taken), std::move(directory));
+    failure = made.Error();
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed,
-                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, error}));
+  return FailureOf("no name in the spool can be had: " + Describe(FailureAt(directory, failure)));
 }
+
+SpoolReservation::SpoolReservation(std::string name, std::string directory)
+    : m_Name(std::move(name)), m_Directory(std::move(directory)) {}
+
+SpoolReservation::SpoolReservation(SpoolReservation&& other) noexcept
+    : m_Name(std::move(other.m_Name)),
+      m_Directory(std::move(other.m_Directory)),
+      m_Filled(std::exchange(other.m_Filled, true)) {}
 
 Expected<void> SpoolReservation::Publish(CCFMFile& pages) {
   m_Filled = true;

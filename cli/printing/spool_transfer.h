@@ -14,12 +14,14 @@ namespace rastrel::cli {
 [[nodiscard]] Expected<void> PublishJob(const std::string& name);
 
 /// A name in the spool that belongs to one print, although there are no pages yet. It is given back
-/// at the end of its life if none came.
+/// at the end of its life if none came. Move-only; a moved-from one gives nothing back.
 class SpoolReservation {
  public:
-  /// Takes `name`, or "name-2" and so on if that is taken. Throws CommandError.
-  explicit SpoolReservation(const std::string& name);
+  /// Takes `name`, or "name-2" and so on if that is taken. The failure is a message for the user.
+  [[nodiscard]] static Expected<SpoolReservation> Create(const std::string& name);
   ~SpoolReservation();
+  SpoolReservation(SpoolReservation&& other) noexcept;
+  SpoolReservation& operator=(SpoolReservation&&) = delete;
   SpoolReservation(const SpoolReservation&) = delete;
   SpoolReservation& operator=(const SpoolReservation&) = delete;
 
@@ -31,6 +33,8 @@ class SpoolReservation {
   [[nodiscard]] Expected<void> Publish(CCFMFile& pages);
 
  private:
+  SpoolReservation(std::string name, std::string directory);
+
   std::string m_Name;
   std::string m_Directory;
   bool m_Filled = false;

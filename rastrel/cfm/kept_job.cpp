@@ -197,8 +197,8 @@ Expected<KeptJob> ReadKeptJob(const std::string& directory, std::string_view nam
 
 Expected<KeptJob> BeginKeptJob(const CCFMFile& pages, const std::string& directory) {
   const std::wstring record = os::FromNative(PathIn(directory, KeptJobName));
-  if (!os::RemoveFile(record) && errno != ENOENT)
-    return Failure{"remove", os::ToNative(record), errno};
+  if (const auto removed = os::RemoveFile(record); !removed && removed.Error().error != ENOENT)
+    return removed.Error();
   auto job = NotePages(pages);
   if (!job) return job;
   const auto written =

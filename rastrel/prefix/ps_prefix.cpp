@@ -21,7 +21,7 @@ PSPrefix::PSPrefix(CJobTicket* ticket) : m_pTicket(ticket) {}
 PSPrefix::~PSPrefix() {
   // Read now, so that a change while the job ran counts.
   const bool keep = GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0;
-  if (!keep && m_File) m_File->Remove();
+  if (!keep && m_File) static_cast<void>(m_File->Remove());
 }
 
 // The file's sections, in this order:

@@ -17,6 +17,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 
 namespace rastrel::os {
@@ -24,9 +25,9 @@ namespace {
 
 constexpr const char* OwnerAttribute = "user.rastrel.owner";
 
-FileDescriptor Open(const std::string& path, int flags) {
-  return FileDescriptor(
-      ::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666));
+Expected<FileDescriptor> Open(const std::string& path, int flags) {
+  constexpr int common = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  return TakeDescriptor(::open(path.c_str(), flags | common, 0666), "open", path);
 }
 
 bool BeginsWith(int descriptor, std::string_view head) {
@@ -90,11 +91,11 @@ ClaimedFile::Identity ClaimedFile::IdentityOf(int descriptor) {
 
 Expected<ClaimedFile> ClaimedFile::Create(std::wstring_view path) {
   std::string native = ToNative(path);
-  const FileDescriptor file = Open(native, O_RDWR | O_CREAT | O_EXCL);
-  if (!file.IsOpen()) return Failure{"open", native, errno};
-  const Identity identity = IdentityOf(file.Get());
+  const auto file = Open(native, O_RDWR | O_CREAT | O_EXCL);
+  if (!file) return file.Error();
+  const Identity identity = IdentityOf(file->Get());
   Claims::Instance().Add(identity);
-  NameOwner(file.Get());
+  NameOwner(file->Get());
   return ClaimedFile(std::move(native), identity);
 }
 
@@ -104,15 +105,15 @@ Expected<ClaimedFile> ClaimedFile::TakeOver(std::wstring_view path, std::string_
   if (::lstat(native.c_str(), &state) != 0) return Failure{"open", native, errno};
   const Failure taken{"open", native, EEXIST};
   if (!S_ISREG(state.st_mode)) return taken;
-  const FileDescriptor file = Open(native, O_RDWR);
+  const auto file = Open(native, O_RDWR);
   // The lock ends with the descriptor; by then the file names its owner.
-  if (!file.IsOpen() || ::flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return taken;
-  if (::fstat(file.Get(), &state) != 0 || !S_ISREG(state.st_mode) || state.st_nlink != 1)
+  if (!file || ::flock(file->Get(), LOCK_EX | LOCK_NB) != 0) return taken;
+  if (::fstat(file->Get(), &state) != 0 || !S_ISREG(state.st_mode) || state.st_nlink != 1)
     return taken;
-  if (!BeginsWith(file.Get(), head) || IsOthers(file.Get())) return taken;
-  const Identity identity = IdentityOf(file.Get());
+  if (!BeginsWith(file->Get(), head) || IsOthers(file->Get())) return taken;
+  const Identity identity = IdentityOf(file->Get());
   if (!Claims::Instance().AddIfFree(identity)) return taken;
-  NameOwner(file.Get());
+  NameOwner(file->Get());
   return ClaimedFile(std::move(native), identity);
 }
 
@@ -121,26 +122,31 @@ ClaimedFile::ClaimedFile(ClaimedFile&& other) noexcept
 
 ClaimedFile::~ClaimedFile() {
   if (m_Path.empty()) return;
-  const FileDescriptor file = Open(m_Path, O_WRONLY);
-  if (file.IsOpen() && IdentityOf(file.Get()) == m_File)
-    static_cast<void>(::fremovexattr(file.Get(), OwnerAttribute));
+  const auto file = Open(m_Path, O_WRONLY);
+  if (file && IdentityOf(file->Get()) == m_File)
+    static_cast<void>(::fremovexattr(file->Get(), OwnerAttribute));
   Claims::Instance().Drop(m_File);
 }
 
 Expected<void> ClaimedFile::Write(std::string_view content) {
-  const FileDescriptor file = Open(m_Path, O_WRONLY);
-  if (!file.IsOpen()) return Failure{"open", m_Path, errno};
-  if (!(IdentityOf(file.Get()) == m_File)) return Failure{"open", m_Path, EEXIST};
-  if (::ftruncate(file.Get(), 0) != 0) return Failure{"ftruncate", m_Path, errno};
-  if (!WriteAll(file.Get(), content)) return Failure{"write", m_Path, errno};
+  const auto file = Open(m_Path, O_WRONLY);
+  if (!file) return file.Error();
+  if (!(IdentityOf(file->Get()) == m_File)) return Failure{"open", m_Path, EEXIST};
+  if (::ftruncate(file->Get(), 0) != 0) return Failure{"ftruncate", m_Path, errno};
+  if (const auto written = WriteAll(file->Get(), content); !written)
+    return FailureAt(m_Path, written.Error());
   return {};
 }
 
-bool ClaimedFile::Remove() {
+Expected<void> ClaimedFile::Remove() {
   struct stat state {};
-  if (::lstat(m_Path.c_str(), &state) != 0) return errno == ENOENT;
-  if (!(Identity{state.st_dev, state.st_ino} == m_File)) return true;
-  return ::unlink(m_Path.c_str()) == 0;
+  if (::lstat(m_Path.c_str(), &state) != 0) {
+    if (errno == ENOENT) return {};
+    return Failure{"lstat", m_Path, errno};
+  }
+  if (!(Identity{state.st_dev, state.st_ino} == m_File)) return {};
+  if (::unlink(m_Path.c_str()) != 0) return Failure{"unlink", m_Path, errno};
+  return {};
 }
 
 }  // namespace rastrel::os

@@ -32,8 +32,9 @@ class ClaimedFile {
   /// Puts `content` in place of the file's. EEXIST if the name leads to another file by now. On a
   /// failure the file has as much as the disk took.
   [[nodiscard]] Expected<void> Write(std::string_view content);
-  /// Removes the file, unless the name leads to another one by now. False if it is still there.
-  bool Remove();
+  /// Removes the file, unless the name leads to another one by now. Fails if it is still
+  /// there.
+  [[nodiscard]] Expected<void> Remove();
 
  private:
   /// A file, whatever its name.

@@ -28,11 +28,14 @@ Expected<void> MakeOwnedDirectory(const std::string& path) {
   if (!own) return MakePlainDirectory(path);
   const std::string hidden = path.substr(0, path.rfind('/') + 1) + OwnTemporaryName();
   if (::mkdir(hidden.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
-  if (WriteOwner(hidden, *own) && Calls().rename_new(hidden.c_str(), path.c_str()) == 0) return {};
-  const int error = errno;
+  const auto named = [&]() -> Expected<void> {
+    if (auto written = WriteOwner(hidden, *own); !written) return written;
+    if (Calls().rename_new(hidden.c_str(), path.c_str()) != 0) return Failure{"mkdir", path, errno};
+    return {};
+  }();
+  if (named) return named;
   static_cast<void>(RemoveNativeTree(hidden));
-  if (error == EEXIST) return Failure{"mkdir", path, EEXIST};
-  return MakePlainDirectory(path);
+  return named.Error().error == EEXIST ? named : MakePlainDirectory(path);
 }
 
 }  // namespace rastrel::os

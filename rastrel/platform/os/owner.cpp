@@ -16,6 +16,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 
 namespace rastrel::os {
@@ -45,10 +46,10 @@ bool ReadNumber(std::string_view text, Number& number) {
 
 // Files of /proc have no size of their own.
 Expected<std::string> ReadProcFile(const std::string& path) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.IsOpen()) return Failure{"open", path, errno};
+  const auto file = TakeDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC), "open", path);
+  if (!file) return file.Error();
   std::array<char, 4096> bytes{};
-  const ssize_t count = ::read(file.Get(), bytes.data(), bytes.size());
+  const ssize_t count = ::read(file->Get(), bytes.data(), bytes.size());
   if (count < 0) return Failure{"read", path, errno};
   return std::string(bytes.data(), static_cast<std::size_t>(count));
 }
@@ -172,12 +173,13 @@ std::optional<ProcessIdentity> ParseIdentity(std::string_view line) {
 
 Expected<void> WriteOwner(const std::string& directory, const ProcessIdentity& owner) {
   const std::string path = directory + "/" + std::string(OwnerFileName);
-  const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
-  if (!file.IsOpen()) return Failure{"open", path, errno};
-  if (WriteAll(file.Get(), FormatIdentity(owner) + "\n")) return {};
-  const Failure failure{"write", path, errno};
+  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+  const auto file = TakeDescriptor(::open(path.c_str(), flags, 0644), "open", path);
+  if (!file) return file.Error();
+  const auto written = WriteAll(file->Get(), FormatIdentity(owner) + "\n");
+  if (written) return {};
   ::unlink(path.c_str());
-  return failure;
+  return FailureAt(path, written.Error());
 }
 
 Expected<ProcessIdentity> ReadOwner(const std::string& directory) {
@@ -190,9 +192,10 @@ Expected<ProcessIdentity> ReadOwner(const std::string& directory) {
   return Failure{"read", path, EINVAL, "it names no process"};
 }
 
-bool RemoveOwner(const std::string& directory) {
+Expected<void> RemoveOwner(const std::string& directory) {
   const std::string path = directory + "/" + std::string(OwnerFileName);
-  return ::unlink(path.c_str()) == 0 || errno == ENOENT;
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) return Failure{"unlink", path, errno};
+  return {};
 }
 
 }  // namespace rastrel::os

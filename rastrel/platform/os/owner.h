@@ -52,7 +52,7 @@ inline constexpr std::string_view OwnerFileName = ".owner";
 [[nodiscard]] Expected<void> WriteOwner(const std::string& directory, const ProcessIdentity& owner);
 /// The directory's owner. `Failure` if the directory names none, or no identity.
 [[nodiscard]] Expected<ProcessIdentity> ReadOwner(const std::string& directory);
-/// Takes the owner's file away. True also if there is none.
-bool RemoveOwner(const std::string& directory);
+/// Takes the owner's file away. Succeeds also if there is none.
+[[nodiscard]] Expected<void> RemoveOwner(const std::string& directory);
 
 }  // namespace rastrel::os

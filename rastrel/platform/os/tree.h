@@ -13,28 +13,29 @@ namespace rastrel::os {
 /// The names in a directory, unsorted and without "." and "..". `Failure` if it can't be read.
 [[nodiscard]] Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path);
 
-/// Removes a directory and everything below it. False at the first entry that can't be removed; the
+/// Removes a directory and everything below it. Fails at the first entry that can't be removed; the
 /// entries before it, in the file system's order, are gone then. Links below are removed, never
 /// followed. The path itself may not be a link, whether it ends in a separator or not: a link is no
-/// directory, so that the result is false and neither it nor the directory it leads to changes.
-/// Links in the path's earlier elements are followed. False with errno set for anything that is not
-/// a directory, and for a path whose last element is "." or "..".
-[[nodiscard]] bool RemoveTree(std::wstring_view path);
-/// The same by a native path, which is not changed. The failure's subject is `path`.
+/// directory, so that this fails and neither the link nor the directory it leads to changes. Links
+/// in the path's earlier elements are followed. Fails for anything that is not a directory, and for
+/// a path whose last element is "." or "..". The Failure's `where` is the name of an entry below
+/// in its directory, and for the directory itself the path.
+[[nodiscard]] Expected<void> RemoveTree(std::wstring_view path);
+/// The same by a native path, which is not changed.
 [[nodiscard]] Expected<void> RemoveNativeTree(const std::string& path);
 
-/// Removes a directory if it is empty. False with errno set otherwise, and for a link.
-[[nodiscard]] bool RemoveEmptyDirectory(std::wstring_view path);
+/// Removes a directory if it is empty; fails otherwise, and for a link.
+[[nodiscard]] Expected<void> RemoveEmptyDirectory(std::wstring_view path);
 
 /// Copies a directory's content into another, which is made with its parents if missing. Files are
 /// copied over existing ones with permissions and modification time. Entries that can't be
-/// examined, read or written are skipped, and so are links, pipes, sockets and devices. False only
+/// examined, read or written are skipped, and so are links, pipes, sockets and devices. Fails only
 /// if the destination could not be made or the source could not be opened.
-[[nodiscard]] bool CopyTreeInto(std::wstring_view source, std::wstring_view destination);
+[[nodiscard]] Expected<void> CopyTreeInto(std::wstring_view source, std::wstring_view destination);
 
 /// Creates every missing element of the path; see MakeDirectoryPath in cfm/directories.h for its
 /// rules on drives and networks.
-[[nodiscard]] bool MakePath(std::wstring_view path);
+[[nodiscard]] Expected<void> MakePath(std::wstring_view path);
 
 /// The sum of the sizes of all regular files below, in bytes. An entry that can't be read counts 0;
 /// links are not followed.

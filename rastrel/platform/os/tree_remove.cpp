@@ -3,6 +3,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 #include "rastrel/platform/os/directory_entries.h"
 #include "rastrel/platform/os/path.h"
@@ -20,33 +23,50 @@ class Remover {
  public:
   // Removes the directory `name` of `parent` and all in it. O_NOFOLLOW holds at every level, the
   // first one included, so that a link that takes a directory's place meanwhile is not followed.
-  bool RemoveDirectory(int parent, const char* name, unsigned depth) {
-    return RemoveContent(parent, name, depth) && ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
+  Expected<void> RemoveDirectory(int parent, const char* name, unsigned depth) {
+    if (auto removed = RemoveContent(parent, name, depth); !removed) return removed;
+    return RemoveName(parent, name, AT_REMOVEDIR);
   }
 
  private:
-  bool RemoveContent(int parent, const char* name, unsigned depth) {
-    if (depth >= TreeDepthLimit) {
-      errno = ELOOP;
-      return false;
-    }
-    DirectoryReader reader(parent, name, false);
-    if (!reader.IsOpen()) return false;
+  Expected<void> RemoveContent(int parent, const char* name, unsigned depth) {
+    if (depth >= TreeDepthLimit) return Failure{"opendir", name, ELOOP};
+    auto reader = DirectoryReader::Open(parent, name, false);
+    if (!reader) return reader.Error();
     std::vector<DirectoryEntry> entries;
     do {
-      if (!reader.ReadPiece(entries)) return false;
-      const auto removeOne = [&](std::size_t index) {
-        return RemoveEntry(reader.Descriptor(), entries[index], depth);
-      };
-      if (!m_Workers.ForEach(entries.size(), WorthwhileEntries, removeOne)) return false;
+      if (const auto read = reader->ReadPiece(entries); !read) return FailureAt(name, read.Error());
+      if (auto removed = RemoveEntries(reader->Descriptor(), entries, depth); !removed)
+        return removed;
     } while (!entries.empty());
-    return true;
+    return {};
   }
 
-  bool RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
+  // The first failure of several threads.
+  Expected<void> RemoveEntries(int directory, const std::vector<DirectoryEntry>& entries,
+                               unsigned depth) {
+    std::mutex mutex;
+    Expected<void> result;
+    const auto removeOne = [&](std::size_t index) {
+      auto removed = RemoveEntry(directory, entries[index], depth);
+      if (removed) return true;
+      const std::scoped_lock lock(mutex);
+      KeepFirst(result, removed.Error());
+      return false;
+    };
+    m_Workers.ForEach(entries.size(), WorthwhileEntries, removeOne);
+    return result;
+  }
+
+  Expected<void> RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
     const char* name = entry.name.c_str();
-    if (!IsDirectoryEntry(directory, entry)) return ::unlinkat(directory, name, 0) == 0;
+    if (!IsDirectoryEntry(directory, entry)) return RemoveName(directory, name, 0);
     return RemoveDirectory(directory, name, depth + 1);
+  }
+
+  static Expected<void> RemoveName(int directory, const char* name, int flags) {
+    if (::unlinkat(directory, name, flags) == 0) return {};
+    return Failure{flags == AT_REMOVEDIR ? "rmdir" : "unlink", name, errno};
   }
 
   static bool IsDirectoryEntry(int directory, const DirectoryEntry& entry) {
@@ -75,18 +95,16 @@ bool HasNoName(const std::string& path) {
 
 Expected<void> RemoveNativeTree(const std::string& path) {
   const std::string plain = WithoutClosingSlashes(path);
-  if (HasNoName(plain)) {
-    errno = EINVAL;
-    return Failure{"remove", path, errno};
-  }
-  if (!Remover().RemoveDirectory(AT_FDCWD, plain.c_str(), 0)) return Failure{"remove", path, errno};
+  if (HasNoName(plain)) return Failure{"rmdir", path, EINVAL};
+  return Remover().RemoveDirectory(AT_FDCWD, plain.c_str(), 0);
+}
+
+Expected<void> RemoveTree(std::wstring_view path) { return RemoveNativeTree(ToNative(path)); }
+
+Expected<void> RemoveEmptyDirectory(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  if (::rmdir(native.c_str()) != 0) return Failure{"rmdir", native, errno};
   return {};
 }
-
-bool RemoveTree(std::wstring_view path) {
-  return static_cast<bool>(RemoveNativeTree(ToNative(path)));
-}
-
-bool RemoveEmptyDirectory(std::wstring_view path) { return ::rmdir(ToNative(path).c_str()) == 0; }
 
 }  // namespace rastrel::os

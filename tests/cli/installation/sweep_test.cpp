@@ -138,12 +138,13 @@ TEST_F(SweepTest, own_pages_are_those_that_name_this_process) {
 }
 
 TEST_F(SweepTest, a_job_directory_is_owned_unless_it_is_kept) {
-  const JobDirectory directory(false);
-  const JobDirectory kept(true);
-  const auto owner = os::ReadOwner(directory.Path());
+  const auto directory = JobDirectory::Create(false);
+  const auto kept = JobDirectory::Create(true);
+  ASSERT_TRUE(directory && kept);
+  const auto owner = os::ReadOwner(directory->Path());
   ASSERT_TRUE(owner);
   EXPECT_EQ(*owner, Own());
-  EXPECT_FALSE(os::ReadOwner(kept.Path()));
+  EXPECT_FALSE(os::ReadOwner(kept->Path()));
 }
 
 }  // namespace
