@@ -13,6 +13,7 @@
 #include "cli/installation/job_directory.h"
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
+#include "cli/installation/sweep.h"
 #include "cli/printing/spool.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/job/exe_paths.h"
@@ -35,6 +36,7 @@ using Checks = std::vector<HealthCheck>;
 constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;  // bytes
 constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;     // bytes
 constexpr std::chrono::hours LongPrint{1};
+constexpr std::chrono::hours Day{24};
 constexpr int DeepestFolder = 16;
 
 const char* RestoreHint() {
@@ -256,13 +258,28 @@ void CheckPageLeftovers(Checks& checks) {
        !error && entry != last; entry.increment(error)) {
     std::error_code ignored;
     const auto age = now - entry->last_write_time(ignored);
+    if (entry->path().extension() == ".cfm") continue;  // listed with the spool
     if (ignored || age < LongPrint || std::filesystem::is_empty(entry->path(), ignored)) continue;
     AddLeftover(checks, "pages of a print that was cut off, or has taken over an hour",
                 entry->path().string());
   }
 }
 
-// Files that a killed process left.
+// Copies that a conversion was made from. Its planes stay on purpose and are the document's.
+void CheckConversionLeftovers(Checks& checks) {
+  std::error_code error;
+  const auto now = std::filesystem::file_time_type::clock::now();
+  for (std::filesystem::directory_iterator entry(RipDirectory(), error), last;
+       !error && entry != last; entry.increment(error)) {
+    std::error_code ignored;
+    const std::string name = entry->path().filename().string();
+    if (!name.starts_with("vk") || !name.ends_with(".ps")) continue;
+    if (now - entry->last_write_time(ignored) > Day && !ignored)
+      AddLeftover(checks, "copy of a conversion that was cut off", entry->path().string());
+  }
+}
+
+// Files that a killed process left, and that no start of a command removes.
 void CheckLeftovers(Checks& checks) {
   const std::size_t before = checks.size();
   if (const auto names = os::ListDirectory(os::FromNative(JobsDirectory()))) {
@@ -275,10 +292,12 @@ void CheckLeftovers(Checks& checks) {
     }
   }
   for (const SpoolEntry& entry : ListSpool())
-    if (entry.pages == 0)
-      AddLeftover(checks, "spool entry without pages: a print is under way, or was cut off",
-                  entry.directory);
+    if (entry.state == SpoolState::Incomplete && !IsOwned(entry.directory))
+      checks.push_back({"leftover", State::Warning, "incomplete job in the spool: " + entry.problem,
+                        entry.directory,
+                        "finish or remove it: rastrel spool repair '" + entry.name + "'"});
   CheckPageLeftovers(checks);
+  CheckConversionLeftovers(checks);
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
 }
 
@@ -314,6 +333,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   Checks checks;
   CheckShipped(checks);
   CheckRoot(checks);
+  SweepLeftovers();
   CheckWritable(checks);
   CheckSpace(checks);
   CheckZipLibrary(checks);

@@ -20,6 +20,7 @@
 #include "cli/printing/print_command.h"
 #include "cli/printing/reprint_command.h"
 #include "cli/printing/spool_command.h"
+#include "cli/printing/spool_repair.h"
 #include "cli/printing/ticket_command.h"
 #include "cli/reading/cars_command.h"
 #include "cli/reading/chart_command.h"
@@ -70,6 +71,7 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& arg
     case CommandId::SpoolShow: return ShowSpoolCommand(invocation);
     case CommandId::SpoolSize: return SpoolSizeCommand(invocation);
     case CommandId::SpoolRemove: return RemoveSpoolCommand(invocation);
+    case CommandId::SpoolRepair: return RepairSpoolCommand(invocation);
     case CommandId::SpoolOpen: return OpenSpoolCommand(invocation);
     case CommandId::Printers: return ListPrintersCommand(invocation);
     case CommandId::Modes: return ListModesCommand(invocation);

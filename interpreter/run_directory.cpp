@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/random_digits.h"
 
 namespace rastrel::interpreter {
@@ -23,6 +24,17 @@ bool IsRunName(const std::string& name) {
          name.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
+bool HoldsOwnerAlone(const fs::path& directory) {
+  std::error_code error;
+  bool owned = false;
+  for (fs::directory_iterator entry(directory, error), last; !error && entry != last;
+       entry.increment(error)) {
+    if (entry->path().filename() != os::OwnerFileName) return false;
+    owned = true;
+  }
+  return owned && !error;
+}
+
 // A run's directory holds its work directories from its first instants on, so an empty one that is
 // not brand-new has been emptied by those who took its pages.
 void RemoveEmptied(const std::string& parent) {
@@ -33,6 +45,7 @@ void RemoveEmptied(const std::string& parent) {
     std::error_code ignored;
     if (!IsRunName(entry->path().filename().string())) continue;
     if (now - entry->last_write_time(ignored) < EmptyAge || ignored) continue;
+    if (HoldsOwnerAlone(entry->path())) static_cast<void>(os::RemoveOwner(entry->path().string()));
     rmdir(entry->path().c_str());  // fails on one that holds anything
   }
 }

@@ -18,6 +18,7 @@
 #include "interpreter/interpreter.h"
 #include "pages/page_info.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owner.h"
 
 namespace rastrel::corerast {
 namespace {
@@ -39,10 +40,18 @@ Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
   return written;
 }
 
+// The pages are those of the program that started this one. If it ends without having taken them,
+// others may remove them.
+void NameOwner(const std::string& directory) {
+  if (const auto owner = os::IdentityOfProcess(static_cast<std::uint32_t>(::getppid())))
+    static_cast<void>(os::WriteOwner(directory, *owner));
+}
+
 // Hands the pages over. Letting go of them is the last act: whoever ends this program before finds
 // nothing.
 Expected<void> HandOver(const RunDirectory& directory, unsigned pages, Guardian& guardian) {
   if (const auto removed = directory.RemoveWork(); !removed) return removed;
+  NameOwner(directory.Path());
   if (const auto written = WritePageList(directory, pages); !written) return written;
   if (!guardian.ReleaseAll()) return Failure{"release", "the pages", errno};
   return {};

@@ -68,6 +68,7 @@ constexpr std::array OptionTable{
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{Help, "--help", "", "Print this help."},
@@ -85,6 +86,7 @@ constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,  
                                     KeepPs,    OutputFile,  Json,       Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
+constexpr std::array RepairOptions{Remove, Json, Help};
 constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
 constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
 constexpr std::array SymbolOptions{RingSize, Json, Help};
@@ -133,6 +135,8 @@ constexpr std::array CommandTable{
                "Tell the size of a kept job, or of all of them.", ListingOptions},
     CommandRow{CommandId::SpoolRemove, "spool remove", "NAME", false,
                "Remove a kept job. Nothing is asked.", ListingOptions},
+    CommandRow{CommandId::SpoolRepair, "spool repair", "NAME", true,
+               "Finish an incomplete job of the spool, or all of them.", RepairOptions},
     CommandRow{CommandId::SpoolOpen, "spool open", "NAME", true,
                "Print the directory of a kept job, and show it in the desktop's file manager.",
                ListingOptions},

@@ -58,6 +58,7 @@ enum class OptionId {
   Blank,
   Outlines,
   Strict,
+  Remove,
   Help,
   Version,
 };
@@ -82,6 +83,7 @@ enum class CommandId {
   SpoolShow,
   SpoolSize,
   SpoolRemove,
+  SpoolRepair,
   SpoolOpen,
   Printers,
   Modes,

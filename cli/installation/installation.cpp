@@ -1,5 +1,6 @@
 #include "cli/installation/installation.h"
 
+#include "cli/installation/sweep.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/print_check.h"
 #include "rastrel/platform/os/path.h"
@@ -27,7 +28,10 @@ Expected<void> MakeSureOfDataRoot() {
   return {};
 }
 
-void LayOutQuietly() { standalone::EnsureDataRoot(); }
+void LayOutQuietly() {
+  standalone::EnsureDataRoot();
+  SweepLeftovers();
+}
 
 std::string RipDirectory() { return NativeDirectory(CExePaths::Instance().m_RipDir); }
 

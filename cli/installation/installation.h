@@ -10,7 +10,8 @@ namespace rastrel::cli {
 /// there: the library would wait forever for an application log that can't be opened.
 [[nodiscard]] Expected<void> MakeSureOfDataRoot();
 
-/// Lays the data root out. A fault is left to the first caller that needs the files.
+/// Lays the data root out, and removes the leftovers of killed commands. A fault is left to the
+/// first caller that needs the files.
 void LayOutQuietly();
 
 /// Native paths without closing separators.

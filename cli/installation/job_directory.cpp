@@ -9,6 +9,7 @@
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/owned_directory.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/tree.h"
@@ -35,7 +36,8 @@ Expected<JobDirectory> JobDirectory::Create(bool keep) {
   Failure failure;
   for (int number = 1; number <= Attempts; ++number) {
     std::string path = stem + std::to_string(number);
-    const auto made = os::MakeDirectory(os::FromNative(path));
+    // One that is kept has no owner, so that no later command removes it.
+    const auto made = keep ? os::MakeDirectory(os::FromNative(path)) : os::MakeOwnedDirectory(path);
     if (made) return JobDirectory(std::move(path), keep);
     failure = FailureAt(path, made.Error());
     if (failure.error != EEXIST) break;

@@ -8,7 +8,8 @@ namespace rastrel::cli {
 
 /// A directory below the data root's `jobs` that one job has to itself: its working copy, and the
 /// prefix that the library writes beside it. Removed with all it holds at the end of its life,
-/// unless it is kept. Move-only; a moved-from one removes nothing.
+/// unless it is kept; if the process is killed, by a later command (SweepLeftovers). Move-only; a
+/// moved-from one removes nothing.
 class JobDirectory {
  public:
   /// Makes one whose name begins with this process's id; `keep` leaves it for good. The failure is

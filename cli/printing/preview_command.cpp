@@ -15,6 +15,7 @@
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/preview_files.h"
+#include "cli/printing/whole_prefix.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -65,7 +66,7 @@ void ShowFirst(const PreviewFiles& files) {
 ExitStatus PreviewCommand(const Invocation& invocation) {
   JobView view(invocation.Has(OptionId::Json));
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
-  ObservedPreview ticket;
+  PreviewTicket ticket;
   OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
   OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");

@@ -10,12 +10,14 @@
 #include "cli/installation/job_directory.h"
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
+#include "cli/installation/sweep.h"
 #include "cli/job/job_run.h"
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
-#include "cli/printing/spool.h"
+#include "cli/printing/spool_transfer.h"
 #include "cli/printing/ticket_file.h"
+#include "cli/printing/whole_prefix.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -87,6 +89,13 @@ Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobVie
   return saved;
 }
 
+JobEnd RunStaged(PrintTicket& ticket, JobRecord& record, JobView& view, StopRequest& stop) {
+  const StagedSpool staged;
+  const JobEnd end = RunJob(ticket, record, view, stop);
+  RemoveOwnPages();
+  return end;
+}
+
 void ReportKeptFiles(JobView& view, const JobDirectory& directory) {
   view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
 }
@@ -101,19 +110,22 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   const std::string name = (spool ? spool->Name() : input.safeName) + input.extension;
   const std::string copy = OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name));
 
-  ObservedTicket ticket;
+  PrintTicket ticket;
   Fill(ticket, request, input, copy);
   JobRecord record;
-  const JobEnd end = RunJob(ticket, record, view, stop);
+  const JobEnd end = RunStaged(ticket, record, view, stop);
+  Expected<void> kept;
   if (spool && ticket.GetCFMFileExists()) {
-    spool->Fill();
-    view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
+    kept = spool->Publish(ticket.m_CFMFile);
+    if (kept)
+      view.Say("spooled", "the pages are kept as '" + spool->Name() + "'", spool->Directory());
   }
   Expected<void> saved;
   if (end == JobEnd::Done && !request.ticketPath.empty())
     saved = TrySave(ticket, request.ticketPath, view);
   if (keep) ReportKeptFiles(view, directory);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
+  OrEnd(ExitStatus::JobFailed, kept);
   OrEnd(ExitStatus::JobFailed, saved);
   return status;
 }

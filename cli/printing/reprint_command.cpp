@@ -1,6 +1,8 @@
 #include "cli/printing/reprint_command.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <optional>
 
 #include "cli/console/options.h"
 #include "cli/console/values.h"
@@ -18,15 +20,19 @@ namespace rastrel::cli {
 namespace {
 
 void TakeSpoolEntry(CJobTicket& ticket, const SpoolEntry& entry) {
+  OrEnd(ExitStatus::BadInput, CheckPrintable(entry));
   const auto pages = PagesOf(entry);
-  if (pages.empty())
-    throw CommandError(ExitStatus::BadInput, "the job '" + entry.name +
-                                                 "' has no pages in the spool: its print is still "
-                                                 "under way, or was cut off");
   ticket.m_JobName = os::WideFromUtf8(entry.name);
   for (const SpoolPage& page : pages)
     ticket.m_CFMFile.AddEntry(os::FromNative(entry.directory) + L"\\",
                               os::WideFromUtf8(page.title));
+}
+
+// The spool's job that a ticket's pages belong to.
+std::optional<SpoolEntry> EntryOfPages(const CCFMFile& pages) {
+  const std::filesystem::path directory =
+      os::ToNative(os::WithClosingBackslash(pages.Entries.front().Directory));
+  return FindSpoolEntry(directory.parent_path().stem().string());
 }
 
 void CheckPagesOf(const CJobTicket& ticket, const std::string& path) {
@@ -41,6 +47,8 @@ void CheckPagesOf(const CJobTicket& ticket, const std::string& path) {
                                                  os::ToNative(page.Directory + page.FileName) +
                                                  "'");
   }
+  if (const auto entry = EntryOfPages(ticket.m_CFMFile))
+    OrEnd(ExitStatus::BadInput, CheckPrintable(*entry));
 }
 
 void TakeTicket(CJobTicket& ticket, const std::string& path) {

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
+#include <set>
 #include <tuple>
 #include <utility>
 
 #include "cli/installation/installation.h"
+#include "rastrel/cfm/kept_job.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
@@ -17,7 +18,6 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::string_view Extension = ".cfm";
-constexpr int Attempts = 100'000;
 constexpr std::int64_t Second = 1'000'000'000;  // nanoseconds
 
 std::vector<std::string> DirectoriesIn(const std::string& path) {
@@ -32,19 +32,108 @@ std::vector<std::string> DirectoriesIn(const std::string& path) {
   return names;
 }
 
-SpoolEntry EntryOf(const std::string& directoryName) {
-  SpoolEntry entry;
-  entry.name = directoryName.substr(0, directoryName.size() - Extension.size());
-  entry.directory = SpoolDirectory() + "/" + directoryName;
-  entry.pages = DirectoriesIn(entry.directory).size();
-  entry.bytes = os::TreeSize(os::FromNative(entry.directory));
-  if (const auto stamp = os::StampOf(os::FromNative(entry.directory)))
-    entry.modified = stamp->modified / Second;
-  return entry;
+std::set<std::string> EntryNames() {
+  std::set<std::string> names;
+  for (const std::string& place : {SpoolDirectory(), PagesDirectory()})
+    for (const std::string& name : DirectoriesIn(place))
+      if (name.ends_with(Extension) && name.size() > Extension.size() && !name.starts_with('.'))
+        names.insert(name.substr(0, name.size() - Extension.size()));
+  return names;
 }
 
-bool IsEntry(const std::string& name) {
-  return name.ends_with(Extension) && name.size() > Extension.size();
+// The number of the page, or why its files are not those that its description lists.
+Expected<unsigned> CheckPage(const std::string& directory, bool sums) {
+  const auto info = pages::ReadPageInfo(directory);
+  if (!info) return info.Error();
+  for (const pages::PageFile& file : info->files) {
+    const std::string path = directory + "/" + file.name;
+    const auto stamp = os::StampOf(os::FromNative(path));
+    if (!stamp) return stamp.Error();
+    if (stamp->size != file.bytes)
+      return Failure{"compare", path, 0,
+                     "it has " + std::to_string(stamp->size) + " bytes in place of " +
+                         std::to_string(file.bytes)};
+    if (!sums) continue;
+    const auto found = pages::DescribeFile(directory, file.name);
+    if (!found) return found.Error();
+    if (found->sha256 != file.sha256)
+      return Failure{"compare", path, 0, "its content is not the one that was made"};
+  }
+  return info->page;
+}
+
+// Pages by their own descriptions: each is whole, and their numbers have no gap.
+Expected<void> CheckByDescriptions(const std::string& directory, bool sums) {
+  std::set<unsigned> numbers;
+  const auto titles = DirectoriesIn(directory);
+  for (const std::string& title : titles) {
+    const auto number = CheckPage(directory + "/" + title, sums);
+    if (!number) return number.Error();
+    numbers.insert(*number);
+  }
+  unsigned next = 1;
+  for (const unsigned number : numbers) {
+    if (number != next)
+      return FailureOf("there is no page " + std::to_string(next) + " before page " +
+                       std::to_string(number));
+    ++next;
+  }
+  if (numbers.size() != titles.size()) return FailureOf("two pages have the same number");
+  return {};
+}
+
+std::string WhyUnfinished(const SpoolEntry& entry) {
+  if (IsOwned(entry.directory)) return "its print is under way";
+  for (const std::string& place : {entry.staged, entry.directory}) {
+    const auto unfinished = cfm::ReadKeptJob(place, cfm::UnfinishedJobName);
+    if (!unfinished) continue;
+    return unfinished->mover && os::MayBeAlive(*unfinished->mover)
+               ? "its pages are being moved"
+               : "its pages were not moved to the end";
+  }
+  if (os::Exists(os::FromNative(entry.staged))) return "its pages are in '" + entry.staged + "'";
+  return entry.pages == 0 ? "under way, or cut off" : "";
+}
+
+void Examine(SpoolEntry& entry) {
+  entry.problem = WhyUnfinished(entry);
+  if (!entry.problem.empty()) return;
+  const auto record = cfm::ReadKeptJob(entry.directory, cfm::KeptJobName);
+  if (record) {
+    const auto same = cfm::ComparePages(*record, entry.directory);
+    if (!same) {
+      entry.problem = Describe(same.Error());
+      return;
+    }
+    entry.state = SpoolState::Kept;
+    for (const cfm::KeptPage& page : record->pages) entry.titles.push_back(page.title);
+    entry.pages = record->pages.size();
+    return;
+  }
+  const auto described = record.Error().error == ENOENT
+                             ? CheckByDescriptions(entry.directory, false)
+                             : Expected<void>(record.Error());
+  if (described) {
+    entry.state = SpoolState::WithoutRecord;
+  } else {
+    entry.problem = Describe(described.Error());
+  }
+}
+
+SpoolEntry EntryOf(const std::string& name) {
+  SpoolEntry entry;
+  entry.name = name;
+  entry.directory = SpoolDirectory() + "/" + name + std::string(Extension);
+  entry.staged = StagedDirectory(name);
+  for (const std::string& title : DirectoriesIn(entry.directory)) {
+    ++entry.pages;
+    entry.bytes += os::TreeSize(os::FromNative(entry.directory + "/" + title));
+  }
+  const bool isThere = os::Exists(os::FromNative(entry.directory));
+  if (const auto stamp = os::StampOf(os::FromNative(isThere ? entry.directory : entry.staged)))
+    entry.modified = stamp->modified / Second;
+  Examine(entry);
+  return entry;
 }
 
 // The text of the list, which programs read: the line and its fault take the file's place, as the
@@ -59,15 +148,13 @@ std::string ProblemOf(const Failure& failure) {
 
 std::vector<SpoolEntry> ListSpool() {
   std::vector<SpoolEntry> entries;
-  for (const std::string& name : DirectoriesIn(SpoolDirectory()))
-    if (IsEntry(name)) entries.push_back(EntryOf(name));
+  for (const std::string& name : EntryNames()) entries.push_back(EntryOf(name));
   return entries;
 }
 
 std::optional<SpoolEntry> FindSpoolEntry(const std::string& name) {
   // Looked up among the names that are there, so that no text leads out of the spool.
-  for (const std::string& directory : DirectoriesIn(SpoolDirectory()))
-    if (IsEntry(directory) && directory == name + std::string(Extension)) return EntryOf(directory);
+  if (EntryNames().contains(name)) return EntryOf(name);
   return std::nullopt;
 }
 
@@ -79,7 +166,8 @@ Expected<SpoolEntry> NeedSpoolEntry(const std::string& name) {
 
 std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
   std::vector<SpoolPage> pages;
-  for (const std::string& title : DirectoriesIn(entry.directory)) {
+  const bool recorded = entry.state == SpoolState::Kept;
+  for (const std::string& title : recorded ? entry.titles : DirectoriesIn(entry.directory)) {
     SpoolPage page;
     page.title = title;
     const std::string directory = entry.directory + "/" + title;
@@ -91,6 +179,7 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     }
     pages.push_back(std::move(page));
   }
+  if (recorded) return pages;
   const auto order = [](const SpoolPage& page) {
     return std::tuple(page.info ? 0 : 1, page.info ? page.info->page : 0U, page.title);
   };
@@ -98,37 +187,23 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
   return pages;
 }
 
-Expected<SpoolReservation> SpoolReservation::Create(const std::string& name) {
-  std::string directory;
-  Failure failure{"mkdir", {}, EEXIST};
-  for (int number = 1; number <= Attempts; ++number) {
-    std::string taken = number == 1 ? name : name + "-" + std::to_string(number);
-    directory = SpoolDirectory() + "/" + taken + std::string(Extension);
-    const std::wstring path = os::FromNative(directory);
-    // A name that differs in case only would be found in place of this one.
-    if (os::Exists(path)) continue;
-    const auto made = os::MakeDirectory(path);
-    if (made) return SpoolReservation(std::move(taken), std::move(directory));
-    failure = made.Error();
-    if (failure.error != EEXIST) break;
-  }
-  return FailureOf("no name in the spool can be had: " + Describe(FailureAt(directory, failure)));
+Expected<void> CheckPrintable(const SpoolEntry& entry) {
+  std::string problem = entry.problem;
+  if (entry.state == SpoolState::WithoutRecord)
+    if (const auto sums = CheckByDescriptions(entry.directory, true); !sums)
+      problem = Describe(sums.Error());
+  if (problem.empty()) return {};
+  return FailureOf("the job '" + entry.name + "' in the spool is incomplete: " + problem +
+                   "; `rastrel spool repair` finishes or removes it");
 }
 
-SpoolReservation::SpoolReservation(std::string name, std::string directory)
-    : m_Name(std::move(name)), m_Directory(std::move(directory)) {}
+std::string StagedDirectory(const std::string& name) {
+  return PagesDirectory() + "/" + name + std::string(Extension);
+}
 
-SpoolReservation::SpoolReservation(SpoolReservation&& other) noexcept
-    : m_Name(std::move(other.m_Name)),
-      m_Directory(std::move(other.m_Directory)),
-      m_Filled(std::exchange(other.m_Filled, true)) {}
-
-SpoolReservation::~SpoolReservation() {
-  if (m_Filled) return;
-  // Only while it is empty. The library removes a directory whose pages it could not move, and by
-  // now the name may be another print's.
-  std::error_code ignored;
-  std::filesystem::remove(m_Directory, ignored);
+bool IsOwned(const std::string& directory) {
+  const auto owner = os::ReadOwner(directory);
+  return owner && os::MayBeAlive(*owner);
 }
 
 }  // namespace rastrel::cli

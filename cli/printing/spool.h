@@ -8,7 +8,8 @@
 #include "pages/page_info.h"
 #include "rastrel/platform/os/expected.h"
 
-/// The spool: directories "NAME.cfm" that hold the pages of one job each.
+/// The spool: directories "NAME.cfm" that hold the pages of one job each. docs/formats/spool.md has
+/// the files.
 namespace rastrel::cli {
 
 /// A page of a spool entry.
@@ -19,49 +20,43 @@ struct SpoolPage {
   std::string problem;                  ///< why not
 };
 
+/// Whether a job in the spool has all its pages.
+enum class SpoolState {
+  Kept,           ///< its record says so, and its pages have the record's sizes
+  WithoutRecord,  ///< kept by an earlier version: its pages' own descriptions say so
+  Incomplete,     ///< it is not printed
+};
+
 struct SpoolEntry {
   std::string name;       ///< without ".cfm"
   std::string directory;  ///< native path
+  std::string staged;     ///< where its pages are before they come to the spool; may not exist
   std::size_t pages = 0;
-  std::uint64_t bytes = 0;
+  std::uint64_t bytes = 0;    ///< of the pages
   std::int64_t modified = 0;  ///< seconds since 1970
+  SpoolState state = SpoolState::Incomplete;
+  std::string problem;              ///< of an incomplete one: why it is
+  std::vector<std::string> titles;  ///< of a kept one: its pages in printing order
 };
 
-/// All entries, by name. An entry without pages belongs to a print that is under way, or was cut
-/// off.
+/// All entries, by name. Those whose pages never came to the spool are among them.
 [[nodiscard]] std::vector<SpoolEntry> ListSpool();
 /// The entry of exactly that name, or nothing.
 [[nodiscard]] std::optional<SpoolEntry> FindSpoolEntry(const std::string& name);
 /// The same; fails with a message for the user if there is none.
 [[nodiscard]] Expected<SpoolEntry> NeedSpoolEntry(const std::string& name);
-/// Its pages in printing order: by the numbers in their ".info", then by name.
+/// Its pages in printing order: as its record has them, else by the numbers in their ".info", then
+/// by name.
 [[nodiscard]] std::vector<SpoolPage> PagesOf(const SpoolEntry& entry);
 
-/// A name in the spool that belongs to one print, although there are no pages yet. It is given back
-/// at the end of its life if none came. Move-only; a moved-from one gives nothing back.
-class SpoolReservation {
- public:
-  /// Takes `name`, or "name-2" and so on if that is taken. The failure is a
-  /// message for the user.
-  [[nodiscard]] static Expected<SpoolReservation> Create(const std::string& name);
-  ~SpoolReservation();
-  SpoolReservation(SpoolReservation&& other) noexcept;
-  SpoolReservation& operator=(SpoolReservation&&) = delete;
-  SpoolReservation(const SpoolReservation&) = delete;
-  SpoolReservation& operator=(const SpoolReservation&) = delete;
+/// Fails, with a message for the user that names the remedy, unless the entry has all its pages.
+/// Without a record the files' check sums are compared too, which reads them all.
+[[nodiscard]] Expected<void> CheckPrintable(const SpoolEntry& entry);
 
-  /// The name that was had.
-  [[nodiscard]] const std::string& Name() const { return m_Name; }
-  [[nodiscard]] const std::string& Directory() const { return m_Directory; }
-  /// The pages are there: the name stays taken.
-  void Fill() { m_Filled = true; }
-
- private:
-  SpoolReservation(std::string name, std::string directory);
-
-  std::string m_Name;
-  std::string m_Directory;
-  bool m_Filled = false;
-};
+/// Where pages of a job of that name are until they are all there: below the RIP's pages, so that
+/// they come there by renaming.
+[[nodiscard]] std::string StagedDirectory(const std::string& name);
+/// Whether a directory has an owner that may still be running.
+[[nodiscard]] bool IsOwned(const std::string& directory);
 
 }  // namespace rastrel::cli

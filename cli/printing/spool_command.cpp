@@ -11,6 +11,7 @@
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
 #include "rastrel/platform/os/decimal.h"
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/tree.h"
@@ -74,19 +75,46 @@ std::string PageLine(const SpoolEntry& entry, const SpoolPage& page) {
   return line.Text();
 }
 
+const char* StateWord(SpoolState state) {
+  switch (state) {
+    case SpoolState::Kept: return "kept";
+    case SpoolState::WithoutRecord: return "without-record";
+    case SpoolState::Incomplete: return "incomplete";
+  }
+  return "";
+}
+
+std::string StateText(const SpoolEntry& entry) {
+  switch (entry.state) {
+    case SpoolState::Kept: return {};
+    case SpoolState::WithoutRecord: return "\tkept without a record";
+    case SpoolState::Incomplete: return "\tincomplete: " + entry.problem;
+  }
+  return {};
+}
+
 std::string EntryLine(const SpoolEntry& entry) {
   JsonLine line("spool");
   line.Add("text", entry.name).Add("path", entry.directory);
   line.Add("pages", static_cast<std::int64_t>(entry.pages));
   line.Add("bytes", static_cast<std::int64_t>(entry.bytes));
-  line.Add("date", DateText(entry.modified));
+  line.Add("date", DateText(entry.modified)).Add("state", StateWord(entry.state));
+  line.AddIfAny("problem", entry.problem);
   return line.Text();
 }
 
 std::string EntryText(const SpoolEntry& entry) {
   return entry.name + "\t" + std::to_string(entry.pages) + (entry.pages == 1 ? " page" : " pages") +
          "\t" + std::to_string(entry.bytes) + " bytes\t" + DateText(entry.modified) +
-         (entry.pages == 0 ? "\tunder way, or cut off" : "") + "\n";
+         StateText(entry) + "\n";
+}
+
+// The pages of a job that is a link lie in a directory of somebody else's, and stay.
+Expected<void> RemoveDirectoryOrLink(const std::string& directory) {
+  const std::wstring path = os::FromNative(directory);
+  if (os::IsLink(path)) return os::RemoveFile(path);
+  if (!os::Exists(path)) return {};
+  return os::RemoveTree(path);
 }
 
 void ShowInDesktop(const std::string& directory) {
@@ -138,8 +166,9 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
   LayOutQuietly();
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
-  if (!os::RemoveTree(os::FromNative(entry.directory)))
-    throw CommandError(ExitStatus::JobFailed, "'" + entry.directory + "' can't be removed whole");
+  for (const std::string& directory : {entry.directory, entry.staged})
+    if (!RemoveDirectoryOrLink(directory))
+      throw CommandError(ExitStatus::JobFailed, "'" + directory + "' can't be removed whole");
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("removed");
     line.Add("text", entry.name).Add("path", entry.directory).Write();

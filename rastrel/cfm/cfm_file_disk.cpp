@@ -1,6 +1,7 @@
 // The operations of a job's page list on the disk. The list itself is in job/cfm_file.h.
 
 #include "rastrel/cfm/directories.h"
+#include "rastrel/cfm/page_directory.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/cfm_file.h"
 #include "rastrel/job/exe_paths.h"
@@ -8,13 +9,19 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 
-namespace {
+namespace rastrel::cfm {
 
 CString PageDirectory(const CCFMFileEntry& entry) {
   const CString& directory =
       entry.Directory == L"default" ? CExePaths::Instance().m_OutputDir : entry.Directory;
-  return rastrel::os::WithClosingBackslash(directory) + entry.FileName;
+  return os::WithClosingBackslash(directory) + entry.FileName;
 }
+
+}  // namespace rastrel::cfm
+
+using rastrel::cfm::PageDirectory;
+
+namespace {
 
 // A rename, if its result is the same as that of the copy and removal. A source that
 // DeleteDirectory would refuse must not vanish either.
@@ -29,6 +36,15 @@ bool MovePage(const CString& source, const CString& target) {
     return false;
   }
   return DeleteDirectory(source.c_str());
+}
+
+// Of a link only the name goes: the pages would be copied into the directory that it leads to.
+void RemoveTarget(const CString& target) {
+  if (rastrel::os::IsLink(target)) {
+    static_cast<void>(rastrel::os::RemoveFile(target));
+  } else {
+    DeleteDirectory(target.c_str());
+  }
 }
 
 }  // namespace
@@ -59,7 +75,7 @@ bool CCFMFile::MovePages(const CString& destination) {
     if (rastrel::os::Exists(target)) {
       CAppLog::Instance().Printf(
           L"Warning: Spool: Destination directory already exists: '%s'. Overwriting.", target);
-      DeleteDirectory(target.c_str());
+      RemoveTarget(target);
     }
     if (!MovePage(source, target)) {
       CAppLog::Instance().Printf(L"Move dir '%s' to '%s' failed.", source, target);

@@ -15,8 +15,9 @@ inline constexpr std::size_t ShortestRemovablePath = 4;
 /// Removes a directory and everything below it. A path of fewer than 4 characters is refused, so
 /// that no drive root is removed: false, and nothing is touched. False too
 /// if the path is no directory, and at the first entry that can't be removed; the entries before it
-/// are gone then. Nothing is retried, no read-only flag is cleared, and a link is removed, never
-/// followed.
+/// are gone then. Nothing is retried, no read-only flag is cleared, and a link below is removed,
+/// never followed. A path that is a link itself is no directory: it stays, with the directory it
+/// leads to.
 RASTREL_API bool DeleteDirectory(const wchar_t* path);
 
 /// Copies a directory's content into another, which is made with its parents if it is missing.

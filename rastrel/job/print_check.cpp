@@ -4,6 +4,7 @@
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/log_cleanup.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 
@@ -47,8 +48,7 @@ std::string WhyNotWritable(const std::string& directory) {
   const std::wstring wide = os::FromNative(directory);
   if (!os::Exists(wide)) return "there is no directory '" + directory + "'";
   if (!os::IsDirectory(wide)) return "'" + directory + "' is no directory";
-  const std::wstring name =
-      wide + L"/.rastrel-write-" + std::to_wstring(os::CurrentProcessId()) + L".tmp";
+  const std::wstring name = wide + L"/" + os::FromNative(os::OwnTemporaryName());
   const auto file = os::CreateForWriting(name);
   if (!file) return Describe(file.Error());
   return os::RemoveFile(name) ? std::string()

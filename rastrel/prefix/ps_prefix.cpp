@@ -1,15 +1,15 @@
 #include "rastrel/prefix/ps_prefix.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <utility>
 
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/host/settings.h"
-#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/prefix/cutter.h"
 #include "rastrel/prefix/levels.h"
 #include "rastrel/prefix/path_names.h"
+#include "rastrel/prefix/prefix_name.h"
 #include "rastrel/prefix/scaling.h"
 #include "rastrel/prefix/selection.h"
 
@@ -21,7 +21,7 @@ PSPrefix::PSPrefix(CJobTicket* ticket) : m_pTicket(ticket) {}
 PSPrefix::~PSPrefix() {
   // Read now, so that a change while the job ran counts.
   const bool keep = GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0;
-  if (!keep && !m_PrefixPath.empty()) static_cast<void>(os::RemoveFile(m_PrefixPath));
+  if (!keep && m_File) static_cast<void>(m_File->Remove());
 }
 
 // The file's sections, in this order:
@@ -52,11 +52,13 @@ unsigned PSPrefix::Generate() {
 }
 
 bool PSPrefix::Open() {
-  m_PrefixPath = prefix::PrefixPathOf(m_pTicket->m_JobFile.GetFullPath());
   m_Output.clear();
-  auto file = os::CreateForWriting(m_PrefixPath);
-  if (!file) return false;
-  m_File = file->Release();
+  m_IsWhole = false;
+  if (m_File) return true;
+  auto prefix = rastrel::prefix::ClaimPrefix(m_pTicket->m_JobFile.GetFullPath());
+  if (!prefix) return false;
+  m_PrefixPath = std::move(prefix->path);
+  m_File.emplace(std::move(prefix->file));
   return true;
 }
 
@@ -66,8 +68,6 @@ void PSPrefix::WriteSection(const std::wstring& text) {
 }
 
 void PSPrefix::Close() {
-  static_cast<void>(os::WriteAll(m_File, m_Output));  // the job runs with whatever the disk took
-  os::CloseHandle(m_File);
-  m_File = -1;
+  m_IsWhole = static_cast<bool>(m_File->Write(m_Output));  // a part does not fail the job
   m_Output.clear();
 }

@@ -1,16 +1,25 @@
 // The run of a printing thread: the decision tree from the ticket to the end of the pages.
 
+#include <filesystem>
+#include <set>
+#include <string>
+
 #include "rastrel/cfm/cfm2.h"
+#include "rastrel/cfm/kept_job.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/tree.h"
 #include "rastrel/prefix/ps_prefix.h"
 #include "rastrel/printing/output_supervisor.h"
 #include "rastrel/printing/printing_thread.h"
 #include "rastrel/printing/rip_supervisor.h"
 
+namespace fs = std::filesystem;
 namespace os = rastrel::os;
 
 namespace PrintingThread {
@@ -24,6 +33,34 @@ CCFMFile PageListOf(CCFM2& document) {
     pages.AddEntry(page->m_Directory, page->m_Title);
   }
   return pages;
+}
+
+// The directories of runs in the RIP's output directory that the pages lie in.
+std::set<std::string> RunDirectoriesOf(const CCFMFile& pages) {
+  const auto parts = [](const std::wstring& path) { return fs::path(os::ToNative(path) + "/."); };
+  const fs::path output = parts(CExePaths::Instance().m_OutputDir).lexically_normal();
+  std::set<std::string> runs;
+  for (const CCFMFileEntry& entry : pages.Entries) {
+    const fs::path run = parts(entry.Directory).lexically_normal().parent_path();
+    if (run.parent_path() / "" == output) runs.insert(run.string());
+  }
+  return runs;
+}
+
+void RemoveOwners(const std::set<std::string>& runs) {
+  for (const std::string& run : runs) static_cast<void>(os::RemoveOwner(run));
+}
+
+void RemoveEmptiedRuns(const std::set<std::string>& runs) {
+  for (const std::string& run : runs)
+    static_cast<void>(os::RemoveEmptyDirectory(os::FromNative(run)));
+}
+
+// The job ends well all the same. Whoever looks after the spool sees that it has no record.
+void LogUnfinishedJob(const rastrel::Expected<void>& finished) {
+  if (finished) return;
+  CAppLog::Instance().Printf(L"[Print] Warning: The pages in the spool are not whole: %s",
+                             os::WideFromUtf8(Describe(finished.Error())));
 }
 
 bool ReportMissingPages(CJobTicket& ticket) {
@@ -154,7 +191,18 @@ bool CPrintingThread::SpoolPages(CCFMFile& pages) {
   const std::wstring directory =
       os::WithClosingBackslash(CExePaths::Instance().m_CFMDir) + name + L".cfm";
   PrepareSpoolDirectory(directory);
+  const std::string native = os::ToNative(directory);
+  const auto noted = rastrel::cfm::BeginKeptJob(pages, native);
+  const auto sources = RunDirectoriesOf(pages);
+  // From here on the note says whose the pages are: they are moved to the end, or repaired.
+  if (noted) RemoveOwners(sources);
   const bool moved = pages.MovePages(directory + L"\\");
+  if (moved) {
+    LogUnfinishedJob(noted ? rastrel::cfm::FinishKeptJob(*noted, native) : noted.Error());
+    RemoveEmptiedRuns(sources);
+  } else {
+    rastrel::cfm::ForgetUnfinishedJob(native);
+  }
   m_pTicket->Info(JTI_SPOOLING_COMPLETE, JTO_SYSTEM);
   if (moved) {
     m_pTicket->m_CFMFile = pages;

@@ -19,6 +19,7 @@ import host_guide
 import house
 import include_rules
 import job_road
+import removals
 import sources
 import system_headers
 import tests_are_built
@@ -37,6 +38,27 @@ class Tree(unittest.TestCase):
         path = self.root / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, encoding="utf-8")
+
+
+class Removals(Tree):
+    def test_a_call_that_removes_is_a_fault_outside_its_folder_unless_it_is_named(self):
+        self.write("rastrel/platform/os/tree.cpp", "bool a = ::rmdir(path) == 0;\n")
+        for call, line in (("remove_all", "std::filesystem::remove_all(path, error);"),
+                           ("remove", "fs::remove(path);"), ("remove", "::remove(path);"),
+                           ("unlink", "if (unlink(path) != 0) return;"),
+                           ("unlinkat", "::unlinkat(parent, name, 0);"), ("rmdir", "rmdir (path);")):
+            self.write("cli/a.cpp", line + "\n")
+            self.assertEqual(len(removals.check(self.root, set())), 1, line)
+            self.assertEqual(removals.check(self.root, {("cli/a.cpp", call)}), [], line)
+
+    def test_other_names_comments_and_texts_are_no_calls(self):
+        self.write("cli/a.cpp", '// rmdir(path) fails\nlist.remove(1);\nSay("unlink(2)");\n'
+                   "RemoveTree(path);\nos::remove_prefix(1);\n")
+        self.assertEqual(removals.check(self.root, set()), [])
+
+    def test_a_line_that_stands_for_nothing_is_a_fault(self):
+        self.assertEqual(removals.check(self.root, {("cli/gone.cpp", "unlink")}),
+                         ["removals.txt: cli/gone.cpp has no unlink any more"])
 
 
 class IncludeRules(Tree):

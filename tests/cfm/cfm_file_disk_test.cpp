@@ -226,6 +226,19 @@ TEST_F(CfmFileDisk, a_second_move_to_the_same_place_finds_no_source) {
   EXPECT_FALSE(m_Scratch.Has("to/p"));
 }
 
+TEST_F(CfmFileDisk, a_target_that_is_a_link_is_replaced_and_its_directory_stays_as_it_was) {
+  m_Scratch.Write("from/p/pixels", "new");
+  m_Scratch.Write("elsewhere/pixels", "old");
+  fs::create_directory(m_Scratch.Path("to"));
+  fs::create_directory_symlink(m_Scratch.Path("elsewhere"), m_Scratch.Path("to/p"));
+  CCFMFile file;
+  file.AddEntry(m_Scratch.Wide("from"), L"p");
+  EXPECT_TRUE(file.MovePages(m_Scratch.Wide("to")));
+  EXPECT_FALSE(fs::is_symlink(m_Scratch.Path("to/p")));
+  EXPECT_EQ(m_Scratch.Read("to/p/pixels"), "new");
+  EXPECT_EQ(m_Scratch.Read("elsewhere/pixels"), "old");
+}
+
 // The move as documented: copy, then delete, as far as a move of pages needs it.
 class LiteralMove {
  public:

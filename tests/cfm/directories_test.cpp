@@ -68,6 +68,16 @@ TEST_F(Directories, deleting_takes_everything_below_and_follows_no_link) {
   EXPECT_TRUE(m_Scratch.Has("outside/kept"));
 }
 
+// A job's directory in the spool may be a link that somebody made.
+TEST_F(Directories, a_link_to_a_directory_is_not_deleted_nor_is_anything_below_it) {
+  m_Scratch.Write("outside/kept", "x");
+  fs::create_directory_symlink(m_Scratch.Path("outside"), m_Scratch.Path("job.cfm"));
+  EXPECT_FALSE(DeleteDirectory(Wide("job.cfm").c_str()));
+  EXPECT_FALSE(DeleteDirectory((Wide("job.cfm") + L"\\").c_str()));
+  EXPECT_TRUE(m_Scratch.Has("job.cfm"));
+  EXPECT_EQ(m_Scratch.Read("outside/kept"), "x");
+}
+
 TEST_F(Directories, an_entry_that_cannot_be_removed_stops_the_deletion) {
   m_Scratch.Write("tree/locked/file", "x");
   fs::permissions(m_Scratch.Path("tree/locked"), fs::perms::owner_read | fs::perms::owner_exec);

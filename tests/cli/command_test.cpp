@@ -366,7 +366,8 @@ TEST_F(CommandTest, prints_of_one_name_at_once_get_a_spool_entry_each) {
   EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"),
             Names({"job-2.cfm", "job-3.cfm", "job-4.cfm", "job-5.cfm", "job-6.cfm", "job.cfm"}));
   for (const std::string& name : m_Command.NamesIn("Queue/rip/CFM"))
-    EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM/" + name), Names({"p0001", "p0002"})) << name;
+    EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM/" + name), Names({".kept", "p0001", "p0002"}))
+        << name;
 }
 
 TEST_F(CommandTest, several_files_print_one_after_the_other_and_a_failure_is_reported_at_the_end) {

@@ -3,16 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/job/vk_job_ticket.h"
+#include "rastrel/platform/os/system_calls.h"
 #include "rastrel/prefix/vk_prefix.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/open_descriptors.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/present_directory.h"
 #include "tests/support/test_host.h"
 
@@ -235,9 +240,143 @@ TEST_F(PsPrefix, a_text_ends_at_its_first_null) {
   EXPECT_NE(std::string::npos, Generated().find(Printer));
 }
 
-TEST_F(PsPrefix, the_file_is_written_over_whatever_had_its_name) {
-  m_Scratch.Write("job12.psp", std::string(100'000, 'x'));
-  EXPECT_EQ(ExitServer + Title("job12") + NoScaling + NoCutter + "\x04", Generated());
+// The file's name: the required one, and another where that is not this library's to use.
+class PrefixName : public PsPrefix {
+ protected:
+  const std::string m_Whole = ExitServer + Title("job12") + NoScaling + NoCutter + "\x04";
+  // Generates beside `taken`, which must stay as it is, and returns the name that was chosen.
+  std::string Chosen(const std::string& job = "job12.ps") {
+    UseFile(std::wstring(job.begin(), job.end()));
+    const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
+    if (prefix->Generate() != 0) return "(none)";
+    const std::wstring& path = prefix->GetPrefixPath();
+    const std::wstring name = path.substr(path.rfind(L'\\') + 1);
+    const std::string chosen(name.begin(), name.end());
+    EXPECT_TRUE(m_Scratch.Read(chosen).ends_with("\x04")) << chosen;
+    return chosen;
+  }
+  [[nodiscard]] std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_Scratch.Path()))
+      names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  using List = std::vector<std::string>;
+};
+
+TEST_F(PrefixName, is_the_required_one_where_nothing_has_it) {
+  EXPECT_EQ(Chosen(), "job12.psp");
+  EXPECT_EQ(Names(), List());
+}
+
+TEST_F(PrefixName, a_prefix_of_an_earlier_job_is_written_over) {
+  m_Scratch.Write("job12.psp", ExitServer + std::string(100'000, 'x'));
+  {
+    const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
+    EXPECT_EQ(prefix->Generate(), 0U);
+    EXPECT_EQ(m_Scratch.Read("job12.psp"), m_Whole);
+  }
+  EXPECT_EQ(Names(), List());
+}
+
+TEST_F(PrefixName, a_users_file_keeps_its_own_and_its_content) {
+  for (const std::string& content : {std::string("somebody else's"), std::string(),
+                                     ExitServer.substr(0, 31), " " + ExitServer}) {
+    m_Scratch.Write("job12.psp", content);
+    EXPECT_EQ(Chosen(), "job12-rastrel-1.psp");
+    EXPECT_EQ(m_Scratch.Read("job12.psp"), content);
+    EXPECT_EQ(Names(), List{"job12.psp"});
+  }
+}
+
+TEST_F(PrefixName, the_first_free_number_is_taken) {
+  m_Scratch.Write("job12.psp", "a");
+  m_Scratch.Write("job12-rastrel-1.psp", "b");
+  m_Scratch.Write("job12-RASTREL-2.psp", "c");
+  m_Scratch.Write("job12-rastrel-4.psp", ExitServer);
+  EXPECT_EQ(Chosen(), "job12-rastrel-3.psp");
+  m_Scratch.Write("job12-rastrel-3.psp", "d");
+  EXPECT_EQ(Chosen(), "job12-rastrel-5.psp");
+  EXPECT_EQ(m_Scratch.Read("job12-rastrel-4.psp"), ExitServer);
+}
+
+TEST_F(PrefixName, the_jobs_own_file_stays_in_any_case_and_with_any_content) {
+  for (const char* name : {"x.psp", "x.PSP", "x.pSp"}) {
+    for (const std::string& content : {std::string("%!PS\n"), ExitServer + "showpage\n"}) {
+      m_Scratch.Write(name, content);
+      EXPECT_EQ(Chosen(name), "x-rastrel-1.psp");
+      EXPECT_EQ(m_Scratch.Read(name), content);
+      EXPECT_EQ(Names(), List{name});
+      std::filesystem::remove(m_Scratch.Path(name));
+    }
+  }
+}
+
+TEST_F(PrefixName, a_users_file_is_found_in_any_case) {
+  m_Scratch.Write("foto2.PSP", "a picture");
+  EXPECT_EQ(Chosen("foto2.ps"), "foto2-rastrel-1.psp");
+  EXPECT_EQ(m_Scratch.Read("foto2.PSP"), "a picture");
+}
+
+TEST_F(PrefixName, directories_and_links_stay) {
+  std::filesystem::create_directory(m_Scratch.Path("job12.psp"));
+  EXPECT_EQ(Chosen(), "job12-rastrel-1.psp");
+  std::filesystem::remove(m_Scratch.Path("job12.psp"));
+  m_Scratch.Write("elsewhere", ExitServer);
+  for (const char* target : {"elsewhere", "nowhere"}) {
+    std::filesystem::create_symlink(target, m_Scratch.Path("job12.psp"));
+    EXPECT_EQ(Chosen(), "job12-rastrel-1.psp");
+    EXPECT_TRUE(std::filesystem::is_symlink(m_Scratch.Path("job12.psp")));
+    std::filesystem::remove(m_Scratch.Path("job12.psp"));
+  }
+  std::filesystem::create_hard_link(m_Scratch.Path("elsewhere"), m_Scratch.Path("job12.psp"));
+  EXPECT_EQ(Chosen(), "job12-rastrel-1.psp");
+  EXPECT_EQ(m_Scratch.Read("elsewhere"), ExitServer);
+  EXPECT_FALSE(m_Scratch.Has("nowhere"));
+}
+
+TEST_F(PrefixName, a_directory_that_takes_no_file_fails_the_generation) {
+  for (const bool taken : {false, true}) {
+    if (taken) m_Scratch.Write("job12.psp", "a");
+    const std::filesystem::perms before = std::filesystem::status(m_Scratch.Path()).permissions();
+    std::filesystem::permissions(m_Scratch.Path(), std::filesystem::perms(0555));
+    {
+      const rastrel::test::OrdinaryUser user;
+      EXPECT_EQ(Chosen(), "(none)");
+    }
+    std::filesystem::permissions(m_Scratch.Path(), before);
+  }
+  EXPECT_EQ(Names(), List{"job12.psp"});
+}
+
+TEST_F(PrefixName, two_tickets_on_one_file_have_a_prefix_each) {
+  CJobTicket other;
+  other.m_JobFile = m_Ticket.m_JobFile;
+  m_Ticket.m_JobData.PrinterName = L"One";
+  other.m_JobData.PrinterName = L"Two";
+  {
+    const std::unique_ptr<PSPrefix> first(m_Ticket.GetPrefix());
+    ASSERT_EQ(first->Generate(), 0U);
+    std::unique_ptr<PSPrefix> second(other.GetPrefix());
+    ASSERT_EQ(second->Generate(), 0U);
+    EXPECT_NE(first->GetPrefixPath(), second->GetPrefixPath());
+    EXPECT_NE(m_Scratch.Read("job12.psp").find("(One:)"), std::string::npos);
+    EXPECT_NE(m_Scratch.Read("job12-rastrel-1.psp").find("(Two:)"), std::string::npos);
+    second.reset();
+    EXPECT_EQ(Names(), List{"job12.psp"});
+  }
+  EXPECT_EQ(Names(), List());
+  EXPECT_EQ(Chosen(), "job12.psp");
+}
+
+TEST_F(PrefixName, a_file_that_took_its_place_meanwhile_is_not_removed) {
+  std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
+  ASSERT_EQ(prefix->Generate(), 0U);
+  std::filesystem::rename(m_Scratch.Path("job12.psp"), m_Scratch.Path("moved"));
+  m_Scratch.Write("job12.psp", "somebody else's");
+  prefix.reset();
+  EXPECT_EQ(m_Scratch.Read("job12.psp"), "somebody else's");
 }
 
 TEST_F(PsPrefix, a_second_run_makes_the_same_file) {
@@ -278,11 +417,16 @@ TEST_F(PsPrefix, a_file_that_cannot_be_opened_fails_without_a_word) {
   EXPECT_EQ(m_Library.LogTextsBehind(mark), "");
 }
 
-TEST_F(PsPrefix, a_disk_that_takes_nothing_is_not_noticed) {
-  // Under this name the file is a device that is always full.
-  std::filesystem::create_symlink("/dev/full", m_Scratch.Path("job12.psp"));
+TEST_F(PsPrefix, a_disk_that_takes_nothing_is_not_noticed_but_known) {
+  const rastrel::os::SystemCallsGuard guard;
+  rastrel::os::Calls().write = [](int, const void*, std::size_t) -> ssize_t {
+    errno = ENOSPC;
+    return -1;
+  };
   const std::unique_ptr<PSPrefix> prefix(m_Ticket.GetPrefix());
+  EXPECT_FALSE(prefix->IsWhole());
   EXPECT_EQ(prefix->Generate(), 0U);
+  EXPECT_FALSE(prefix->IsWhole());
 }
 
 TEST_F(PsPrefix, the_job_file_need_not_exist) {

@@ -22,6 +22,7 @@ class PrintJob : public rastrel::test::PrintTest {
 };
 
 const Lines TwoPages = {"A/", "A/pixels", "B/", "B/pixels"};
+const Lines TwoPagesWithRecord = {".kept", "A/", "A/pixels", "B/", "B/pixels"};
 
 TEST_F(PrintJob, that_ends_well_reports_its_stages_in_order) {
   Print();
@@ -65,7 +66,7 @@ TEST_F(PrintJob, with_spooling_reports_two_stages_more) {
 TEST_F(PrintJob, with_spooling_moves_the_pages_to_the_spool) {
   RequestSpool();
   Print();
-  EXPECT_EQ(PagesAt("Queue/rip/CFM/sign.cfm"), TwoPages);
+  EXPECT_EQ(PagesAt("Queue/rip/CFM/sign.cfm"), TwoPagesWithRecord);
   EXPECT_EQ(Root().Read("Queue/rip/CFM/sign.cfm/B/pixels"), "b");
   EXPECT_EQ(PagesAt("pages"), Lines{});
   EXPECT_EQ(Tree("job"), Lines{"sign.ps"});
@@ -104,7 +105,7 @@ TEST_F(PrintJob, printed_again_after_spooling_uses_its_pages_and_runs_no_rip) {
   EXPECT_EQ(End(), "active: no error");
   EXPECT_FALSE(Root().Has("rip.ran"));
   EXPECT_EQ(Tree("job"), Lines{});
-  EXPECT_EQ(PagesAt("Queue/rip/CFM/sign.cfm"), TwoPages);
+  EXPECT_EQ(PagesAt("Queue/rip/CFM/sign.cfm"), TwoPagesWithRecord);
 }
 
 TEST_F(PrintJob, whose_file_is_gone_prints_its_pages) {

@@ -4,6 +4,7 @@
 
 #include "tests/support/print_fixture.h"
 
+using rastrel::test::GoodRip;
 using rastrel::test::Lines;
 
 namespace {
@@ -27,12 +28,40 @@ class SpooledJob : public rastrel::test::PrintTest {
   }
 };
 
-const Lines BothPages = {"sign.cfm/", "sign.cfm/A/", "sign.cfm/A/pixels", "sign.cfm/B/",
-                         "sign.cfm/B/pixels"};
+const Lines BothPages = {"sign.cfm/",         "sign.cfm/.kept", "sign.cfm/A/",
+                         "sign.cfm/A/pixels", "sign.cfm/B/",    "sign.cfm/B/pixels"};
 
 TEST_F(SpooledJob, makes_a_directory_of_the_job_files_name) {
   Print();
   EXPECT_EQ(Spool(), BothPages);
+}
+
+TEST_F(SpooledJob, has_a_record_of_its_pages_with_their_sizes) {
+  Print();
+  EXPECT_EQ(Root().Read("Queue/rip/CFM/sign.cfm/.kept"),
+            "Rastrel kept job 1\npages: 2\npage: 1 1 A\npage: 1 1 B\nend\n");
+}
+
+// A link is not copied, so that the pages that arrive are not those that were made.
+TEST_F(SpooledJob, whose_pages_arrive_otherwise_ends_well_and_has_no_record) {
+  Rip(std::string(GoodRip) + "ln -s pixels \"$pages/B/link\"\n");
+  Print();
+  EXPECT_EQ(End(), "active: no error");
+  EXPECT_EQ(Spool(), (Lines{"sign.cfm/", "sign.cfm/.kept-unfinished", "sign.cfm/A/",
+                            "sign.cfm/A/pixels", "sign.cfm/B/", "sign.cfm/B/pixels"}));
+  EXPECT_TRUE(HasLogged("[Print] Warning: The pages in the spool are not whole: compare '" +
+                        Root().Path("Queue/rip/CFM/sign.cfm/B") +
+                        "': it has 1 bytes in 1 files in place of 1 bytes in 2 files|"))
+      << testing::PrintToString(Logged());
+}
+
+TEST_F(SpooledJob, leaves_no_run_in_the_rips_output_directory) {
+  std::string rip = GoodRip;
+  rip.replace(rip.find("/pages"), 6, "/Queue/rip/System/c-out/run");
+  Rip(rip);
+  Print();
+  EXPECT_EQ(Spool(), BothPages);
+  EXPECT_EQ(Tree("Queue/rip/System/c-out"), Lines{});
 }
 
 TEST_F(SpooledJob, drops_the_last_extension_alone) {
@@ -47,8 +76,9 @@ TEST_F(SpooledJob, takes_a_directory_that_is_there_already_and_writes_over_its_p
   Root().Write("Queue/rip/CFM/sign.cfm/C/other", "other");
   Print();
   EXPECT_EQ(End(), "active: no error");
-  EXPECT_EQ(Spool(), (Lines{"sign.cfm/", "sign.cfm/A/", "sign.cfm/A/pixels", "sign.cfm/B/",
-                            "sign.cfm/B/pixels", "sign.cfm/C/", "sign.cfm/C/other"}));
+  EXPECT_EQ(Spool(),
+            (Lines{"sign.cfm/", "sign.cfm/.kept", "sign.cfm/A/", "sign.cfm/A/pixels", "sign.cfm/B/",
+                   "sign.cfm/B/pixels", "sign.cfm/C/", "sign.cfm/C/other"}));
 }
 
 TEST_F(SpooledJob, makes_a_read_only_directory_writable) {

@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <memory>
 
 #include "rastrel/platform/os/copy_file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
@@ -54,13 +54,11 @@ Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::ui
 
 // A file in the directory of `target` under a name that nothing else has.
 Expected<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
-  static std::atomic<unsigned> next{0};
   const std::size_t separator = target.rfind('/');
   const std::string directory =
       separator == std::string::npos ? std::string() : target.substr(0, separator + 1);
   for (;;) {
-    name = directory + ".rastrel-" + std::to_string(CurrentProcessId()) + "-" +
-           std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + ".tmp";
+    name = directory + OwnTemporaryName();
     Expected<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
     if (file || file.Error().error != EEXIST) return file;
   }
@@ -104,6 +102,13 @@ bool Exists(std::wstring_view path) {
 bool IsDirectory(std::wstring_view path) {
   struct stat state {};
   return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+bool IsLink(std::wstring_view path) {
+  std::string native = ToNative(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  struct stat state {};
+  return ::lstat(native.c_str(), &state) == 0 && S_ISLNK(state.st_mode);
 }
 
 bool IsReadable(std::wstring_view path) {

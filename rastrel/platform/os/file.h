@@ -15,6 +15,8 @@ namespace rastrel::os {
 [[nodiscard]] bool Exists(std::wstring_view path);
 /// True if it exists and is a directory.
 [[nodiscard]] bool IsDirectory(std::wstring_view path);
+/// True if the name itself is a link, wherever it leads. A closing separator changes nothing.
+[[nodiscard]] bool IsLink(std::wstring_view path);
 /// True if it exists and this process may read it (`_waccess` mode 4). For the superuser too, a
 /// file with no read bit at all counts as unreadable only if the kernel says so.
 [[nodiscard]] bool IsReadable(std::wstring_view path);

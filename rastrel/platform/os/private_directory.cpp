@@ -3,11 +3,11 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <utility>
 
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/random_digits.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::os {
 namespace {
@@ -43,10 +43,9 @@ PrivateDirectory::~PrivateDirectory() { static_cast<void>(Remove()); }
 Expected<void> PrivateDirectory::Remove() {
   if (m_Path.empty()) return {};
   const std::string path = std::exchange(m_Path, {});
-  std::error_code error;
-  std::filesystem::remove_all(path, error);
-  if (error) return Failure{"remove", path, error.value()};
-  return {};
+  const auto removed = RemoveNativeTree(path);
+  if (removed || removed.Error().error == ENOENT) return {};
+  return Failure{"remove", path, removed.Error().error};
 }
 
 }  // namespace rastrel::os

@@ -21,9 +21,17 @@ constexpr std::size_t WorthwhileEntries = 256;
 
 class Remover {
  public:
-  Expected<void> RemoveContent(int parent, const char* name, bool followLink, unsigned depth) {
+  // Removes the directory `name` of `parent` and all in it. O_NOFOLLOW holds at every level, the
+  // first one included, so that a link that takes a directory's place meanwhile is not followed.
+  Expected<void> RemoveDirectory(int parent, const char* name, unsigned depth) {
+    if (auto removed = RemoveContent(parent, name, depth); !removed) return removed;
+    return RemoveName(parent, name, AT_REMOVEDIR);
+  }
+
+ private:
+  Expected<void> RemoveContent(int parent, const char* name, unsigned depth) {
     if (depth >= TreeDepthLimit) return Failure{"opendir", name, ELOOP};
-    auto reader = DirectoryReader::Open(parent, name, followLink);
+    auto reader = DirectoryReader::Open(parent, name, false);
     if (!reader) return reader.Error();
     std::vector<DirectoryEntry> entries;
     do {
@@ -34,7 +42,6 @@ class Remover {
     return {};
   }
 
- private:
   // The first failure of several threads.
   Expected<void> RemoveEntries(int directory, const std::vector<DirectoryEntry>& entries,
                                unsigned depth) {
@@ -53,13 +60,13 @@ class Remover {
 
   Expected<void> RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
     const char* name = entry.name.c_str();
-    const bool isDirectory = IsDirectoryEntry(directory, entry);
-    if (isDirectory) {
-      if (auto removed = RemoveContent(directory, name, false, depth + 1); !removed) return removed;
-    }
-    if (::unlinkat(directory, name, isDirectory ? AT_REMOVEDIR : 0) != 0)
-      return Failure{isDirectory ? "rmdir" : "unlink", name, errno};
-    return {};
+    if (!IsDirectoryEntry(directory, entry)) return RemoveName(directory, name, 0);
+    return RemoveDirectory(directory, name, depth + 1);
+  }
+
+  static Expected<void> RemoveName(int directory, const char* name, int flags) {
+    if (::unlinkat(directory, name, flags) == 0) return {};
+    return Failure{flags == AT_REMOVEDIR ? "rmdir" : "unlink", name, errno};
   }
 
   static bool IsDirectoryEntry(int directory, const DirectoryEntry& entry) {
@@ -72,12 +79,30 @@ class Remover {
   TreeWorkers m_Workers;
 };
 
+// A closing slash would make the system follow a link.
+std::string WithoutClosingSlashes(std::string path) {
+  while (!path.empty() && path.back() == '/') path.pop_back();
+  return path;
+}
+
+// "/", "." and "..", by which no directory can be removed though its content could.
+bool HasNoName(const std::string& path) {
+  const std::string name = path.substr(path.rfind('/') + 1);
+  return name.empty() || name == "." || name == "..";
+}
+
 }  // namespace
 
-Expected<void> RemoveTree(std::wstring_view path) {
+Expected<void> RemoveNativeTree(const std::string& path) {
+  const std::string plain = WithoutClosingSlashes(path);
+  if (HasNoName(plain)) return Failure{"rmdir", path, EINVAL};
+  return Remover().RemoveDirectory(AT_FDCWD, plain.c_str(), 0);
+}
+
+Expected<void> RemoveTree(std::wstring_view path) { return RemoveNativeTree(ToNative(path)); }
+
+Expected<void> RemoveEmptyDirectory(std::wstring_view path) {
   const std::string native = ToNative(path);
-  auto removed = Remover().RemoveContent(AT_FDCWD, native.c_str(), true, 0);
-  if (!removed) return removed;
   if (::rmdir(native.c_str()) != 0) return Failure{"rmdir", native, errno};
   return {};
 }

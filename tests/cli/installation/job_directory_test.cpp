@@ -10,6 +10,8 @@
 
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
+#include "cli/printing/spool_transfer.h"
+#include "rastrel/platform/os/path.h"
 #include "tests/support/library_fixture.h"
 
 namespace rastrel::cli {
@@ -135,7 +137,14 @@ TEST_F(SpoolReservationTest, gives_the_name_back_unless_pages_came) {
   EXPECT_FALSE(FindSpoolEntry("sign"));
   {
     SpoolReservation used = Made(SpoolReservation::Create("sign"));
-    used.Fill();
+    m_Library.Directory().Write("Queue/rip/System/c-out/sign.cfm/p1/page", "x");
+    m_Library.Directory().Write("Queue/rip/System/c-out/sign.cfm/.kept",
+                                "Rastrel kept job 1\npages: 1\npage: 1 1 p1\nend\n");
+    CCFMFile pages;
+    pages.AddEntry(L"elsewhere\\", L"p1");
+    const auto published = used.Publish(pages);
+    EXPECT_TRUE(published) << Describe(published.Error());
+    EXPECT_EQ(pages.Entries[0].Directory, os::FromNative(used.Directory()) + L"\\");
   }
   EXPECT_TRUE(FindSpoolEntry("sign"));
 }

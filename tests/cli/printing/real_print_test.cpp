@@ -59,6 +59,30 @@ TEST_F(RealPrintTest, pages_in_the_spool_reprint_without_ghostscript_alone_twice
   EXPECT_EQ(m_Command.Run({"reprint", "job"}).status, 0);  // nothing was used up
 }
 
+TEST_F(RealPrintTest, a_killed_print_leaves_nothing_to_the_next_command) {
+  ASSERT_EQ(m_Command.Run({"spool", "list"}).status, 0);
+  m_Command.WriteOdalis("while kill -0 $PPID 2>/dev/null; do sleep 0.1; done\n");
+  m_Command.Start({"print", "job.ps", "--spool"}, "Start Printing");
+  m_Command.Signal(SIGKILL);
+  EXPECT_EQ(m_Command.Wait().status, -1);
+  EXPECT_EQ(m_Command.NamesIn("jobs").size(), 1U);
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out").size(), 1U);
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM").size(), 1U);
+  EXPECT_EQ(m_Command.Run({"spool", "list"}).output, "");
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out"), Names());
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());
+}
+
+// Its prefix would have the job's own name.
+TEST_F(RealPrintTest, a_job_with_the_extension_of_a_prefix_prints) {
+  m_Command.Place().Write("sign.psp", TwoPages);
+  const CommandResult result = m_Command.Run({"print", "sign.psp"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.Lines().size(), 2U);
+  EXPECT_EQ(m_Command.Place().Read("sign.psp"), TwoPages);
+}
+
 TEST_F(RealPrintTest, ghostscript_off_the_path_is_5) {
   m_Command.Set("PATH", "/nowhere");
   const CommandResult result = m_Command.Run({"print", "job.ps"});

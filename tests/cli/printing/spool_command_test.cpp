@@ -26,6 +26,10 @@ class SpoolCommand : public ::testing::Test {
     fs::create_directories(path.parent_path());
     std::ofstream(path) << std::string(bytes, 'x');
   }
+  // Gives an entry the record of its pages.
+  void Record(const std::string& entry, const std::string& pages) const {
+    std::ofstream(Spool() / (entry + ".cfm/.kept")) << "Rastrel kept job 1\n" << pages << "end\n";
+  }
   // Dates an entry: seconds since 1970.
   void Date(const std::string& entry, std::int64_t seconds) const {
     const auto time = std::chrono::sys_seconds(std::chrono::seconds(seconds));
@@ -40,14 +44,16 @@ class SpoolCommand : public ::testing::Test {
 TEST_F(SpoolCommand, list_has_name_pages_bytes_and_date) {
   Write("sign.cfm/p1/page", 1000);
   Write("sign.cfm/p2/page", 234);
+  Record("sign", "pages: 2\npage: 1 1000 p1\npage: 1 234 p2\n");
   Write("banner.cfm/p1/page", 5);
+  Record("banner", "pages: 1\npage: 1 5 p1\n");
   Date("sign.cfm", 86'399);
   Date("banner.cfm", 86'400);
   fs::create_directory(Spool() / "going.cfm");
   Date("going.cfm", 0);
   EXPECT_EQ(m_Command.Run({"spool", "list"}).output,
             "banner\t1 page\t5 bytes\t1970-01-02 00:00:00\n"
-            "going\t0 pages\t0 bytes\t1970-01-01 00:00:00\tunder way, or cut off\n"
+            "going\t0 pages\t0 bytes\t1970-01-01 00:00:00\tincomplete: under way, or cut off\n"
             "sign\t2 pages\t1234 bytes\t1970-01-01 23:59:59\n");
 }
 
@@ -66,6 +72,17 @@ TEST_F(SpoolCommand, size_is_that_of_one_or_of_all) {
   Write("banner.cfm/p1/page", 5);
   EXPECT_EQ(m_Command.Run({"spool", "size", "sign"}).output, "1000 bytes\n");
   EXPECT_EQ(m_Command.Run({"spool", "size"}).output, "1005 bytes\n");
+}
+
+TEST_F(SpoolCommand, removing_a_job_that_is_a_link_leaves_the_directory_it_leads_to) {
+  const ScratchDirectory elsewhere;
+  elsewhere.Write("p1/page", "x");
+  fs::create_directory_symlink(elsewhere.Path(), Spool() / "sign.cfm");
+  const CommandResult result = m_Command.Run({"spool", "remove", "sign"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "removed sign\n");
+  EXPECT_FALSE(fs::is_symlink(Spool() / "sign.cfm"));
+  EXPECT_EQ(elsewhere.Read("p1/page"), "x");
 }
 
 }  // namespace

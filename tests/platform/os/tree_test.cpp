@@ -125,13 +125,81 @@ TEST(RemoveTree, links_are_removed_and_never_followed) {
   EXPECT_EQ(scratch.Read("kept/file"), "x");
 }
 
-TEST(RemoveTree, of_a_link_the_content_goes_and_the_result_is_false) {
+// However the link is written: a closing separator would make the system follow it.
+TEST(RemoveTree, a_link_is_no_directory_and_the_directory_it_leads_to_stays_whole) {
   const ScratchDirectory scratch;
   MakeTree(scratch, "tree");
+  const auto before = Content(scratch.Path("tree"));
   ASSERT_EQ(::symlink("tree", scratch.Path("link").c_str()), 0);
-  EXPECT_FALSE(os::RemoveTree(scratch.Wide("link")));
-  EXPECT_TRUE(scratch.Has("link"));
-  EXPECT_TRUE(fs::is_empty(scratch.Path("tree")));
+  for (const wchar_t* end : {L"", L"/", L"\\", L"//", L"/.", L"/./"}) {
+    EXPECT_FALSE(os::RemoveTree(scratch.Wide("link") + end)) << end;
+    EXPECT_TRUE(fs::is_symlink(scratch.Path("link"))) << end;
+    EXPECT_EQ(Content(scratch.Path("tree")), before) << end;
+  }
+}
+
+TEST(RemoveTree, the_way_to_the_directory_may_lead_through_links) {
+  const ScratchDirectory scratch;
+  MakeTree(scratch, "place/tree");
+  ASSERT_EQ(::symlink("place", scratch.Path("way").c_str()), 0);
+  EXPECT_TRUE(os::RemoveTree(scratch.Wide("way/tree")));
+  EXPECT_TRUE(fs::is_empty(scratch.Path("place")));
+}
+
+TEST(RemoveTree, a_path_without_a_last_element_is_refused) {
+  const ScratchDirectory scratch;
+  MakeTree(scratch, "tree");
+  const auto before = Content(scratch.Path("tree"));
+  for (const char* name : {"tree/.", "tree/sub/..", "tree/./"}) {
+    const auto removed = os::RemoveTree(scratch.Wide(name));
+    ASSERT_FALSE(removed) << name;
+    EXPECT_EQ(removed.Error().error, EINVAL) << name;
+  }
+  EXPECT_EQ(Content(scratch.Path("tree")), before);
+}
+
+TEST(MeasureTree, counts_files_and_bytes_and_fails_at_what_it_can_not_read) {
+  const ScratchDirectory scratch;
+  scratch.Write("tree/a", "123");
+  scratch.Write("tree/sub/b", "4567");
+  ASSERT_EQ(::symlink("a", scratch.Path("tree/link").c_str()), 0);
+  const auto measure = os::MeasureTree(scratch.Path("tree"));
+  ASSERT_TRUE(measure);
+  EXPECT_EQ(measure->files, 3U);
+  EXPECT_EQ(measure->bytes, 7U);
+  EXPECT_TRUE(os::FlushTree(scratch.Path("tree")));
+  fs::permissions(scratch.Path("tree/sub"), fs::perms::none);
+  {
+    const OrdinaryUser user;
+    EXPECT_FALSE(os::MeasureTree(scratch.Path("tree")));
+    EXPECT_FALSE(os::FlushTree(scratch.Path("tree")));
+  }
+  fs::permissions(scratch.Path("tree/sub"), fs::perms::owner_all);
+  EXPECT_FALSE(os::MeasureTree(scratch.Path("tree/a")));
+  EXPECT_FALSE(os::MeasureTree(scratch.Path("missing")));
+}
+
+TEST(RemoveEmptyDirectory, takes_neither_a_link_nor_a_directory_that_holds_anything) {
+  const ScratchDirectory scratch;
+  scratch.Write("full/file", "x");
+  fs::create_directory(scratch.Path("empty"));
+  ASSERT_EQ(::symlink("empty", scratch.Path("link").c_str()), 0);
+  for (const char* name : {"full", "link", "link/", "full/file", "missing"})
+    EXPECT_FALSE(os::RemoveEmptyDirectory(scratch.Wide(name))) << name;
+  EXPECT_TRUE(fs::is_symlink(scratch.Path("link")) && scratch.Has("empty") && scratch.Has("full"));
+  EXPECT_TRUE(os::RemoveEmptyDirectory(scratch.Wide("empty")));
+  EXPECT_FALSE(scratch.Has("empty"));
+}
+
+TEST(RemoveNativeTree, takes_any_bytes_and_names_the_path_that_fails) {
+  const ScratchDirectory scratch;
+  scratch.Write(BadName + "/back\\slash/file", "x");
+  EXPECT_TRUE(os::RemoveNativeTree(scratch.Path(BadName)));
+  EXPECT_FALSE(scratch.Has(BadName));
+  const auto missing = os::RemoveNativeTree(scratch.Path(BadName));
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.Error().error, ENOENT);
+  EXPECT_EQ(missing.Error().where, scratch.Path(BadName));
 }
 
 TEST(RemoveTree, a_file_is_left_alone) {

@@ -1,0 +1,151 @@
+#include "cli/installation/sweep.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "cli/installation/job_directory.h"
+#include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/process.h"
+#include "tests/support/library_fixture.h"
+
+namespace rastrel::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+class SweepTest : public test::LibraryTest {
+ protected:
+  SweepTest() {
+    for (const char* place : {"jobs", "Queue/rip/CFM", "Queue/rip/System/c-out"})
+      fs::create_directories(Root().Path(place));
+  }
+  [[nodiscard]] const test::ScratchDirectory& Root() const { return m_Library.Directory(); }
+  [[nodiscard]] static os::ProcessIdentity Own() {
+    return *os::IdentityOfProcess(os::CurrentProcessId());
+  }
+  // Another process that had this one's id.
+  [[nodiscard]] static os::ProcessIdentity Gone() {
+    os::ProcessIdentity identity = Own();
+    --identity.start;
+    return identity;
+  }
+  void GiveOwner(const std::string& directory, const os::ProcessIdentity& owner) const {
+    fs::create_directories(Root().Path(directory));
+    ASSERT_TRUE(os::WriteOwner(Root().Path(directory), owner));
+  }
+  [[nodiscard]] Names In(const std::string& directory) const {
+    Names names;
+    for (const auto& entry : fs::directory_iterator(Root().Path(directory)))
+      names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
+  }
+};
+
+TEST_F(SweepTest, takes_what_a_process_that_has_ended_has_left) {
+  GiveOwner("jobs/123-1", Gone());
+  Root().Write("jobs/123-1/sign.ps", "%!PS");
+  GiveOwner("Queue/rip/System/c-out/run", Gone());
+  Root().Write("Queue/rip/System/c-out/run/p0001/page.ppm", "P6");
+  GiveOwner("Queue/rip/CFM/sign.cfm", Gone());
+  GiveOwner("Queue/rip/CFM/.copy-123", Gone());
+  Root().Write("Queue/rip/CFM/.copy-123/p0001/page.ppm", "P6");
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs"), Names());
+  EXPECT_EQ(In("Queue/rip/System/c-out"), Names());
+  EXPECT_EQ(In("Queue/rip/CFM"), Names());
+}
+
+TEST_F(SweepTest, leaves_what_belongs_to_a_process_that_runs_or_can_not_be_looked_at) {
+  os::ProcessIdentity elsewhere = Gone();
+  elsewhere.machine += "-two";
+  GiveOwner("jobs/123-1", Own());
+  GiveOwner("jobs/123-2", elsewhere);
+  GiveOwner("Queue/rip/CFM/sign.cfm", Own());
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs"), (Names{"123-1", "123-2"}));
+  EXPECT_EQ(In("Queue/rip/CFM"), Names{"sign.cfm"});
+}
+
+TEST_F(SweepTest, leaves_what_names_no_owner) {
+  Root().Write("jobs/123-1/sign.ps", "%!PS");
+  Root().Write("jobs/kept-123-1/sign.psp", "%!PS");
+  Root().Write("jobs/123-2/.owner", "nobody\n");
+  Root().Write("Queue/rip/System/c-out/run/p0001/page.ppm", "P6");
+  Root().Write("Queue/rip/System/c-out/sign.cfm/.kept-unfinished", "x");
+  Root().Write("Queue/rip/vkabcdef.ps", "%!PS");
+  Root().Write("Queue/rip/vkabcdef.cfm/p0001/page.ppm", "P6");
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs"), (Names{"123-1", "123-2", "kept-123-1"}));
+  EXPECT_EQ(In("Queue/rip/System/c-out"), (Names{"run", "sign.cfm"}));
+  EXPECT_EQ(In("Queue/rip"), (Names{"CFM", "System", "vkabcdef.cfm", "vkabcdef.ps"}));
+}
+
+TEST_F(SweepTest, leaves_pages_that_came_to_the_spool_under_a_name_that_was_taken) {
+  GiveOwner("Queue/rip/CFM/sign.cfm", Gone());
+  Root().Write("Queue/rip/CFM/sign.cfm/p0001/page.ppm", "P6");
+  SweepLeftovers();
+  EXPECT_EQ(Root().Read("Queue/rip/CFM/sign.cfm/p0001/page.ppm"), "P6");
+}
+
+TEST_F(SweepTest, follows_no_link) {
+  GiveOwner("elsewhere", Gone());
+  Root().Write("elsewhere/file", "x");
+  for (const char* link : {"jobs/123-1", "Queue/rip/System/c-out/run", "Queue/rip/CFM/.copy-1"})
+    fs::create_directory_symlink(Root().Path("elsewhere"), Root().Path(link));
+  SweepLeftovers();
+  EXPECT_EQ(Root().Read("elsewhere/file"), "x");
+}
+
+TEST_F(SweepTest, takes_temporary_files_of_a_process_that_has_ended_alone) {
+  const std::string own = os::OwnTemporaryName();
+  std::string gone = own;
+  const std::size_t start = gone.find('.', 9) + 1;
+  gone.insert(start, "1");  // it started later than this one did
+  for (const std::string& name : {own, gone, std::string(".rastrel-123-1.tmp")}) {
+    Root().Write(name, "x");
+    Root().Write("Queue/rip/" + name, "x");
+  }
+  EXPECT_TRUE(os::IsAbandonedTemporaryName(gone));
+  GiveOwner("jobs/" + gone, Gone());  // of a directory that had not got its name yet
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs"), Names());
+  for (const char* place : {"", "Queue/rip/"}) {
+    EXPECT_TRUE(Root().Has(place + own));
+    EXPECT_FALSE(Root().Has(place + gone));
+    EXPECT_TRUE(Root().Has(std::string(place) + ".rastrel-123-1.tmp"));
+  }
+}
+
+TEST_F(SweepTest, removes_a_limited_number_at_a_start) {
+  for (int number = 1; number <= 150; ++number)
+    GiveOwner("jobs/123-" + std::to_string(number), Gone());
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs").size(), 50U);
+}
+
+TEST_F(SweepTest, own_pages_are_those_that_name_this_process) {
+  GiveOwner("Queue/rip/System/c-out/own", Own());
+  GiveOwner("Queue/rip/System/c-out/other", *os::IdentityOfProcess(1));
+  Root().Write("Queue/rip/System/c-out/nobodys/p0001/page.ppm", "P6");
+  RemoveOwnPages();
+  EXPECT_EQ(In("Queue/rip/System/c-out"), (Names{"nobodys", "other"}));
+}
+
+TEST_F(SweepTest, a_job_directory_is_owned_unless_it_is_kept) {
+  const auto directory = JobDirectory::Create(false);
+  const auto kept = JobDirectory::Create(true);
+  ASSERT_TRUE(directory && kept);
+  const auto owner = os::ReadOwner(directory->Path());
+  ASSERT_TRUE(owner);
+  EXPECT_EQ(*owner, Own());
+  EXPECT_FALSE(os::ReadOwner(kept->Path()));
+}
+
+}  // namespace
+}  // namespace rastrel::cli
