@@ -41,7 +41,7 @@ void ImportAbb(const std::string& path, bool strict, OpenedFile& file) {
   CXMLFileImport importer(readerPath.c_str());
   if (importer.ImportXMLFile() == 0) RefuseAbb(path, readerPath);
   if (!strict) return;
-  std::ranges::move(CheckAbbFit(readerPath, *file.host), std::back_inserter(file.findings));
+  std::ranges::move(CheckAbbText(readerPath, *file.host), std::back_inserter(file.findings));
   std::ranges::stable_sort(file.findings, {}, &Finding::line);
 }
 

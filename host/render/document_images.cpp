@@ -63,7 +63,7 @@ Expected<void> CheckPngSize(const PageRenderer& renderer, double dpi) {
 
 Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
   SvgCanvas canvas(renderer.Width(), renderer.Height(), options.outlines);
-  renderer.Draw(page, canvas, options.blank);
+  if (const auto drawn = renderer.Draw(page, canvas, options.blank); !drawn) return drawn.Error();
   return canvas.Finish();
 }
 
@@ -79,7 +79,7 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
   cairo_scale(context.get(), scale, scale);
   CairoCanvas canvas(context.get(), {scale, std::max(ThinnestLine, 1 / scale), LargestPixelLetter},
                      options.outlines);
-  renderer.Draw(page, canvas, options.blank);
+  if (const auto drawn = renderer.Draw(page, canvas, options.blank); !drawn) return drawn.Error();
   const cairo_status_t status = cairo_status(context.get());
   if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
   std::string png = PngOfSurface(surface.get(), options.dpi);
@@ -96,7 +96,9 @@ Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) 
     const CairoContext context(cairo_create(surface.get()));
     CairoCanvas canvas(context.get(), {1, ThinnestLine, LargestPdfLetter}, options.outlines);
     for (int page = pages.first; page <= pages.last; ++page) {
-      renderer.Draw(page, canvas, options.blank);
+      if (const auto drawn = renderer.Draw(page, canvas, options.blank); !drawn) {
+        return drawn.Error();
+      }
       cairo_show_page(context.get());
     }
     const cairo_status_t status = cairo_status(context.get());

@@ -5,7 +5,9 @@
 #include <variant>
 
 #include "host/render/picture_cache.h"
+#include "host/text/text_check.h"
 #include "host/text/text_layout.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
@@ -253,12 +255,22 @@ void ObjectPainter::TellReplacedFonts(const TextShape& text) {
   }
 }
 
+void ObjectPainter::TellMissingLetters(const TextShape& text, const text::TextLayout& layout) {
+  if (const auto missing = text::MissingLettersNotice(text, layout)) m_Notices.Add(*missing);
+  if (const auto unseen = text::InvisibleTextNotice(text, layout, m_Scale)) {
+    m_Notices.AddLoss(*unseen);
+  }
+  const auto unreadable = text::UnreadableFontNotice(text, layout);
+  if (unreadable && m_Painted) m_Painted = FailureOf(os::Utf8FromWide(*unreadable));
+}
+
 void ObjectPainter::operator()(const TextShape& text) {
   const text::TextLayout layout(text, m_Fonts);
   const auto& runs = layout.Runs();
   if (std::ranges::any_of(runs, [](const auto& run) { return run.face.replaced; })) {
     TellReplacedFonts(text);
   }
+  TellMissingLetters(text, layout);
   m_Canvas.Begin(Role::Text);
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const text::PlacedRun& run = runs[i];

@@ -77,10 +77,10 @@ void PageRenderer::DrawBlank(Canvas& canvas) const {
   canvas.End();
 }
 
-void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
+Expected<void> PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
   if (blank) DrawBlank(canvas);
   const auto found = m_Pages.find(page);
-  if (found == m_Pages.end()) return;
+  if (found == m_Pages.end()) return {};
   ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
   // The open groups and the next member of each, the outermost first.
   struct Level {
@@ -105,6 +105,7 @@ void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
       painter.Paint(object);
     }
   }
+  return painter.Painted();
 }
 
 }  // namespace rastrel::render

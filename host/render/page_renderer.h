@@ -53,8 +53,10 @@ class PageRenderer {
   [[nodiscard]] double Width() const { return m_Width; }
   [[nodiscard]] double Height() const { return m_Height; }
 
-  /// Draws a page, counted from 1. A page without objects is the blank alone.
-  void Draw(int page, Canvas& canvas, bool blank);
+  /// Draws a page, counted from 1. A page without objects is the blank alone. Fails, with a
+  /// sentence for the user, where letters would be missing because a font can't be opened; the
+  /// canvas is then not to be used.
+  [[nodiscard]] Expected<void> Draw(int page, Canvas& canvas, bool blank);
 
  private:
   using Handles = std::vector<document::ObjectHandle>;

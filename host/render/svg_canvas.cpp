@@ -171,6 +171,10 @@ void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, con
   if (placed.face.stretch != 4) {
     m_Text += std::string(" font-stretch=\"") + StretchName(placed.face.stretch) + '"';
   }
+  // The place is the left end of the letters, which is the last one's where they run to the left.
+  if (placed.rightToLeft) {
+    m_Text += " direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\"";
+  }
   m_Text += " textLength=\"";
   AppendMillimetres(m_Text, placed.width);
   m_Text += "\" lengthAdjust=\"spacingAndGlyphs\" fill=\"";
