@@ -222,8 +222,7 @@ bool HasText(const XmlNode& plate) {
   });
 }
 
-// The colors of plates by their sheet layer, which they share with what is on them and with no
-// other plate.
+// The colors of plates by their sheet layer, which only the plate and the text on it are on.
 using PlateColors = std::map<int, CVKColor>;
 
 // Whether nobody can tell the two apart.
