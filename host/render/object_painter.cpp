@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <variant>
 
 #include "host/render/picture_cache.h"
@@ -303,7 +304,8 @@ void ObjectPainter::operator()(const GraphicShape& graphic) {
   } else if (const std::optional<TM> place =
                  Placed({0, height}, width / picture->Width(), height / picture->Height(), {0, 0},
                         {picture->Width(), picture->Height()})) {
-    m_Canvas.DrawPicture(*picture, *place);
+    auto drawn = m_Canvas.DrawPicture(*picture, *place);
+    if (!drawn && m_Painted) m_Painted = std::move(drawn);
   }
   m_Canvas.End();
 }

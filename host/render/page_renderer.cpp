@@ -6,7 +6,6 @@
 
 #include "host/document/measure_text.h"
 #include "host/render/object_painter.h"
-#include "host/render/picture_cache.h"
 
 namespace rastrel::render {
 
@@ -26,11 +25,11 @@ bool IsVisible(const Object& object) { return (object.attributes.traits & DBTRAI
 }  // namespace
 
 PageRenderer::PageRenderer(const Document& document, const text::FontCatalog& fonts,
-                           document::Notices& notices)
+                           document::Notices& notices, PictureOpener opener)
     : m_Document(document),
       m_Fonts(fonts),
       m_Notices(notices),
-      m_Pictures(std::make_unique<PictureCache>(notices)),
+      m_Pictures(std::make_unique<PictureCache>(notices, std::move(opener))),
       m_Width(document.Blank().width * PointsPerCentimetre),
       m_Height(document.Blank().height * PointsPerCentimetre),
       m_Drawable(Sort()) {}
