@@ -40,6 +40,8 @@ void LimitProcess(const ProcessLimits& limits) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   Limit(RLIMIT_CORE, 0, 0);
+  // The font library would keep its list; that it can't is no reason to end.
+  std::signal(SIGXFSZ, SIG_IGN);
   Limit(RLIMIT_FSIZE, 0, 0);
   LimitTime(static_cast<rlim_t>(limits.time.count()));
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

@@ -48,6 +48,10 @@ bool IsPassedOn(std::string_view entry) {
                              [&](std::string_view name) { return entry.starts_with(name); });
 }
 
+std::string SecondsText(std::chrono::seconds time) {
+  return std::to_string(time.count()) + (time.count() == 1 ? " second" : " seconds");
+}
+
 // The running program. It is killed and its end taken over with this object.
 class DrawingProcess {
  public:
@@ -150,8 +154,7 @@ std::string DrawingRun::ReasonOf(const os::ExitState& end) const {
     return "the program that draws it was ended by signal " + std::to_string(end.status);
   }
   const auto seconds = m_File ? m_Limits.fileTime : m_Limits.time;
-  return "drawing it takes more than " + std::to_string(seconds.count()) +
-         " seconds of processor time";
+  return "drawing it takes more than " + SecondsText(seconds) + " of processor time";
 }
 
 Expected<void> DrawingRun::TakeOne(DrawingRecord kind, std::string body) {
@@ -162,6 +165,7 @@ Expected<void> DrawingRun::TakeOne(DrawingRecord kind, std::string body) {
       return {};
     case DrawingRecord::FileEnded: m_File.reset(); return {};
     case DrawingRecord::Done: m_Done = true; return {};
+    case DrawingRecord::Broken: return NotDrawn(body);
     case DrawingRecord::Failed: return m_File ? NotDrawn(body) : FailureOf(std::move(body));
     case DrawingRecord::Notice:
     case DrawingRecord::Loss:
@@ -200,8 +204,7 @@ Expected<void> DrawingRun::Read(DrawingProcess& process) {
   while (!m_Done) {
     const std::uint32_t waited = os::WaitReadable(std::array{process.Output()}, silence);
     if (waited == os::WaitTimeout) {
-      return NotDrawn("drawing it takes more than " + std::to_string(m_Limits.silence.count()) +
-                      " seconds");
+      return NotDrawn("drawing it takes more than " + SecondsText(m_Limits.silence));
     }
     const long count = os::ReadSome(process.Output(), buffer.data(), buffer.size());
     if (count < 0) return Failure{"read", {}, errno};

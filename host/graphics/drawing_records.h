@@ -20,6 +20,7 @@ enum class DrawingRecord : char {
   Size = 'S',       ///< a picture's width and height in points, with a blank between
   Number = '#',     ///< the next image's page as decimal digits, or 0 where it is the only one
   Image = 'I',      ///< a finished SVG, PDF or PNG file
+  Broken = 'B',     ///< why the program can't go on, a reason without a subject; the last record
   Failed = 'E',     ///< why there is no result, a sentence; the last record
   Done = 'D',       ///< there are no further results; no body; the last record
 };

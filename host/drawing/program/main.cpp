@@ -24,7 +24,7 @@ using graphics::DrawingRecord;
 constexpr int LimitArguments = 4;  // the name, and three numbers
 
 void EndWith(const std::string& message) {
-  drawing::WriteRecord(DrawingRecord::Failed, message);
+  drawing::WriteRecord(DrawingRecord::Broken, message);
   std::_Exit(1);
 }
 

@@ -112,10 +112,10 @@ inline std::string Deflated(const std::string& bytes) {
   return packed;
 }
 
-/// Drawing operations packed three times over: 10 to the power of 9 times as many as bytes.
+/// Drawing operations packed twice over: hundreds of thousands of times as many as bytes.
 inline std::string PdfPackedBomb() {
   std::string operations;
-  while (operations.size() < 200'000'000) operations += "0 0 400 400 re f\n";
+  while (operations.size() < 10'000'000) operations += "0 0 400 400 re f\n";
   const std::string packed = Deflated(Deflated(operations));
   return PdfOf({"<</Type /Catalog /Pages 2 0 R>>", "<</Type /Pages /Kids [3 0 R] /Count 1>>",
                 "<</Type /Page /Parent 2 0 R /MediaBox [0 0 400 400] /Contents [" +
