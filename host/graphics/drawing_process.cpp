@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "host/document/document_format.h"
+#include "host/document/notices.h"
 #include "host/graphics/picture.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/file.h"
@@ -115,6 +116,11 @@ Expected<DrawingProcess> Start(const std::vector<std::string>& task, const std::
   return process;
 }
 
+// A failure as the program says it, perhaps with text of a foreign file.
+Failure CleanFailure(const std::string& text) {
+  return FailureOf(os::Utf8FromWide(document::CleanMessage(os::WideFromUtf8(text))));
+}
+
 // One run: the stream of records as it comes.
 class DrawingRun {
  public:
@@ -132,18 +138,18 @@ class DrawingRun {
   const std::string& m_Subject;
   const DrawingLimits& m_Limits;
   const TakeRecord& m_Take;
-  std::string m_Bytes;  // of the records that are not yet taken
-  std::uint64_t m_Total = 0;
+  std::string m_Bytes;                // of the records that are not yet taken
+  std::uint64_t m_Total = 0;          // bytes since the last image
   std::optional<std::string> m_File;  // the foreign file that it is at
   std::string m_LastFile;
   bool m_Done = false;
 };
 
 Failure DrawingRun::NotDrawn(const std::string& why) const {
-  if (m_Subject.empty()) return FailureOf(why);
-  if (m_File) return FailureOf("the placed file \"" + *m_File + "\" can't be drawn: " + why);
+  if (m_Subject.empty()) return CleanFailure(why);
+  if (m_File) return CleanFailure("the placed file \"" + *m_File + "\" can't be drawn: " + why);
   const std::string with = m_LastFile.empty() ? "" : " with the placed file \"" + m_LastFile + "\"";
-  return FailureOf(m_Subject + with + " can't be drawn: " + why);
+  return CleanFailure(m_Subject + with + " can't be drawn: " + why);
 }
 
 std::string DrawingRun::ReasonOf(const os::ExitState& end) const {
@@ -166,7 +172,7 @@ Expected<void> DrawingRun::TakeOne(DrawingRecord kind, std::string body) {
     case DrawingRecord::FileEnded: m_File.reset(); return {};
     case DrawingRecord::Done: m_Done = true; return {};
     case DrawingRecord::Broken: return NotDrawn(body);
-    case DrawingRecord::Failed: return m_File ? NotDrawn(body) : FailureOf(std::move(body));
+    case DrawingRecord::Failed: return m_File ? NotDrawn(body) : CleanFailure(body);
     case DrawingRecord::Notice:
     case DrawingRecord::Loss:
     case DrawingRecord::Size:
@@ -193,6 +199,7 @@ Expected<void> DrawingRun::TakeAll() {
     auto taken = TakeOne(kind, m_Bytes.substr(place + RecordHeadSize, length));
     if (!taken) return taken;
     place += RecordHeadSize + length;
+    if (kind == DrawingRecord::Image) m_Total = m_Bytes.size() - place;
   }
   m_Bytes.erase(0, place);
   return {};

@@ -22,7 +22,7 @@ struct DrawingLimits {
   std::chrono::seconds time{600};     ///< processor time of the whole run
   std::chrono::seconds silence{600};  ///< time without a record, whatever the processor does
   std::uint64_t memory = std::uint64_t{3} << 30;       ///< bytes of address space
-  std::uint64_t resultBytes = std::uint64_t{1} << 30;  ///< of all records together
+  std::uint64_t resultBytes = std::uint64_t{1} << 30;  ///< of an image and the records before it
 };
 
 /// Takes a record: a Notice, Loss, Size, Number or Image. A failure ends the run, and is its

@@ -1,5 +1,6 @@
 #include "host/render/document_images.h"
 
+#include <functional>
 #include <utility>
 
 #include "host/render/drawing_request.h"
@@ -23,6 +24,35 @@ Expected<std::unique_ptr<graphics::Picture>> OpenNone(const document::GraphicSha
   return FailureOf("placed files are drawn by a program of their own");
 }
 
+// Takes the drawing program's records. An image's page number comes before it, and they go up, so
+// that there is no end of images from nobody.
+class RecordTaker {
+ public:
+  RecordTaker(document::Notices& notices, const TakeImage& take)
+      : m_Notices(notices), m_Take(take) {}
+
+  Expected<void> operator()(graphics::DrawingRecord kind, std::string body) {
+    switch (kind) {
+      case graphics::DrawingRecord::Notice: m_Notices.Add(os::WideFromUtf8(body)); return {};
+      case graphics::DrawingRecord::Loss: m_Notices.AddLoss(os::WideFromUtf8(body)); return {};
+      case graphics::DrawingRecord::Number: m_Next = NumberOf(body); return {};
+      case graphics::DrawingRecord::Image: break;
+      default: return {};
+    }
+    if (m_Next <= m_Last) {
+      return FailureOf("the page can't be drawn: its pages come in no order");
+    }
+    m_Last = m_Next;
+    return m_Take(std::move(body), m_Last);
+  }
+
+ private:
+  document::Notices& m_Notices;
+  const TakeImage& m_Take;
+  int m_Next = -1;
+  int m_Last = -1;
+};
+
 // Draws the pictures, and passes each on: in this process where all content is the document's own,
 // else in the drawing program.
 Expected<void> DrawAway(const ImageSource& source, ImageFormat format, const ImageOptions& options,
@@ -31,19 +61,9 @@ Expected<void> DrawAway(const ImageSource& source, ImageFormat format, const Ima
     return DrawImages(source, format, options, OpenNone, take);
   }
   const std::string request = DrawingRequestText(source.document, options);
-  int number = 0;
-  const auto takeRecord = [&](graphics::DrawingRecord kind, std::string body) -> Expected<void> {
-    switch (kind) {
-      case graphics::DrawingRecord::Notice: source.notices.Add(os::WideFromUtf8(body)); break;
-      case graphics::DrawingRecord::Loss: source.notices.AddLoss(os::WideFromUtf8(body)); break;
-      case graphics::DrawingRecord::Number: number = NumberOf(body); break;
-      case graphics::DrawingRecord::Image: return take(std::move(body), number);
-      default: break;
-    }
-    return {};
-  };
+  RecordTaker taker(source.notices, take);
   return graphics::RunDrawing(DrawingTask(format, options), request, "the page", options.limits,
-                              takeRecord);
+                              std::ref(taker));
 }
 
 }  // namespace

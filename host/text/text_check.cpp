@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "host/document/notices.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::text {
@@ -19,14 +20,6 @@ bool IsWhitespace(wchar_t character) {
   return character == L' ' || character == L'\t' || character == L'\x00A0';
 }
 
-// Characters that would do something to the terminal or the sentence that they are shown in:
-// control characters, and those that turn the direction of the text after them.
-bool IsControl(wchar_t character) {
-  return character < 0x20 || (character >= 0x7F && character < 0xA0) ||
-         (character >= 0x2028 && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069);
-}
-
 std::wstring Quoted(const std::wstring& text) { return L"\"" + text + L"\""; }
 
 // The text by its first characters.
@@ -35,14 +28,14 @@ std::wstring NameOf(const TextShape& shape) {
   for (const document::TextLine& line : shape.lines) {
     for (const document::TextRun& run : line.runs) {
       for (const wchar_t character : run.text) {
-        if (name.size() == MaximumNameLength) return L"the text " + Quoted(name + L"...");
-        name += IsControl(character) ? L' ' : character;
+        if (name.size() == MaximumNameLength)
+          return L"the text " + Quoted(document::CleanMessage(name) + L"...");
+        name += character;
       }
     }
     if (!name.empty()) name += L' ';
   }
-  while (!name.empty() && name.back() == L' ') name.pop_back();
-  return L"the text " + Quoted(name);
+  return L"the text " + Quoted(document::CleanMessage(name));
 }
 
 std::wstring CodeOf(wchar_t character) {

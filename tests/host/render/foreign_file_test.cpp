@@ -211,6 +211,22 @@ TEST_F(FalseProgram, that_writes_nonsense_is_not_believed) {
   EXPECT_THAT(RefusalOf("printf 'IIIIIIIIIIIIIIIIIII'\n"), HasSubstr("more than 1073741824 bytes"));
 }
 
+TEST_F(FalseProgram, that_sends_control_characters_shows_none_of_them) {
+  EXPECT_EQ(RefusalOf("printf 'E\\006\\0\\0\\0\\0\\0\\0\\0a\\033[2J\\n'\n"), "a [2J");
+  Write("printf 'N\\003\\0\\0\\0\\0\\0\\0\\0a\\rb'\nprintf 'D\\0\\0\\0\\0\\0\\0\\0\\0'\n");
+  EXPECT_EQ(Refusal(ImageFormat::Png), "");
+  EXPECT_EQ(m_Notices.Texts(), std::vector<std::wstring>{L"a b"});
+}
+
+TEST_F(FalseProgram, that_makes_more_images_than_pages_is_not_believed) {
+  const std::string one = "printf 'I\\001\\0\\0\\0\\0\\0\\0\\0x'\n";
+  const std::string first = "printf '#\\001\\0\\0\\0\\0\\0\\0\\0001'\n";
+  const std::string why = "the page can't be drawn: its pages come in no order";
+  EXPECT_EQ(RefusalOf(one), why);
+  EXPECT_EQ(RefusalOf(first + one + one), why);
+  EXPECT_EQ(RefusalOf(first + one + first + one), why);
+}
+
 TEST_F(FalseProgram, that_writes_without_end_is_ended) {
   ImageOptions options;
   options.limits.resultBytes = 1 << 20;
