@@ -75,7 +75,7 @@ void MeasureGrowth() {
            3.0, 10});
 }
 
-// What a program would do that had every page's text at hand: nothing but append.
+// As a program would that had every page's text at hand: it only appends.
 std::wstring AppendPrepared(const std::wstring& head, const std::vector<std::wstring>& pages,
                             int copies) {
   std::wstring text = head;

@@ -58,7 +58,7 @@ void Prepend(const ScratchDirectory& scratch, const char* name) {
           "the header was not written");
 }
 
-// What a header in front of a file adds to the peak of memory, in kilobytes.
+// Kilobytes that a header in front of a file adds to the peak of memory.
 long PeakOf(const ScratchDirectory& scratch, const char* name) {
   std::ofstream("/proc/self/clear_refs") << "5";
   const long before = bench::StatusKilobytes("VmHWM:");
@@ -80,7 +80,7 @@ void CompareHeader() {
     const auto file = os::CreateForWriting(scratch.Wide("copy"));
     Require(static_cast<bool>(file), "no file");
     for (std::size_t done = 0; done < Whole; done += Piece)
-      Require(os::WriteAll(file->Get(), {bytes.get(), Piece}), "no room");
+      Require(static_cast<bool>(os::WriteAll(file->Get(), {bytes.get(), Piece})), "no room");
   };
   bench::CompareBest(
       "header before 1 GiB", TurnsAfter([&] {

@@ -19,14 +19,14 @@ namespace {
 
 using namespace rastrel;
 
-constexpr int kPlates = 10000;
+constexpr int Plates = 10000;
 
 /// Plates with two lines of text and a hole, as their writers make them, of one size or of two in
 /// turn.
 void WritePlates(const std::string& path, int sizes) {
   std::ofstream out(path, std::ios::binary);
   out << "<?xml version=\"1.0\"?><ABB><ENGRAVINGTEMPLATE><PLATES/>";
-  for (int plate = 0; plate < kPlates; ++plate) {
+  for (int plate = 0; plate < Plates; ++plate) {
     out << "<PLATE><COLOR>Red</COLOR><TOOLNAME>Cutter</TOOLNAME><WIDTH>3</WIDTH><HEIGHT>"
         << (plate % sizes == 0 ? "1.5" : "1") << "</HEIGHT><TEXTCOLOR>White</TEXTCOLOR>"
         << "<TEXTFRAME>5</TEXTFRAME><TEXT line=\"1\" data=\"PUMP " << plate

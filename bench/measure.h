@@ -15,10 +15,11 @@
 
 namespace rastrel::bench {
 
-/// What a benchmark measures; it may return nothing but must not fail in silence (see require.h).
+/// The work that a benchmark measures; it may return nothing but must not fail in silence (see
+/// require.h).
 using Work = std::function<void()>;
 
-/// Which clock tells a call's time. Other programs on the machine disturb the processor's less than
+/// The clock that measures a call. Other programs on the machine disturb the processor's less than
 /// the wall's.
 enum class Clock {
   Wall,
@@ -62,7 +63,7 @@ inline double Median(std::vector<double> values) {
   return *middle;
 }
 
-/// KiB that a line of this process's /proc/self/status tells, "VmHWM:" for instance; 0 without such
+/// KiB in a line of this process's /proc/self/status, "VmHWM:" for instance; 0 without such
 /// a line.
 inline long StatusKilobytes(const std::string& label) {
   std::ifstream status("/proc/self/status");
@@ -92,7 +93,7 @@ inline void Print(const Row& row) {
   std::fflush(stdout);
 }
 
-/// What is compared with what.
+/// One comparison: its names, rounds and limit.
 struct Comparison {
   std::string name;
   std::string peerName;
@@ -122,7 +123,7 @@ struct Peer {
   std::string name;
   Work work;
   double limit = 0;  ///< as in Row
-  double times = 1;  ///< what its time is multiplied by, if it does a part of ours
+  double times = 1;  ///< factor for its time, if it does a part of ours
 };
 
 /// How the best times are found.
@@ -132,8 +133,8 @@ struct Turns {
   Work before = [] {};  ///< runs untimed ahead of each
 };
 
-/// Runs ours and all peers in turn and prints a row a peer, of the best time of each: what a
-/// machine does besides adds to a time and never takes from it.
+/// Runs ours and all peers in turn and prints a row a peer, of the best time of each: other work of
+/// the machine adds to a time and never takes from it.
 inline void CompareBest(const std::string& name, const Turns& turns, const Work& ours,
                         const std::vector<Peer>& peers) {
   std::vector<double> best(peers.size() + 1, 1e300);

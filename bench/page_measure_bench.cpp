@@ -1,7 +1,8 @@
 // Measuring a page by the queue program against bare Ghostscript's start and its box of the same
 // file. Every call is a whole process from its start to its end with its reports read, and the wall
-// clock counts, since a user waits for the page. Files: what the start alone costs; a page as a
-// drawing program writes it; and those of the directory that RASTREL_BENCH_FILES names, if it does.
+// clock counts, since a user waits for the page. Files: one mark, for the start alone; a page
+// as a drawing program writes it; and those of the directory that RASTREL_BENCH_FILES names, if it
+// does.
 #include <fcntl.h>
 #include <unistd.h>
 

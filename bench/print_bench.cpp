@@ -1,4 +1,4 @@
-// What a print costs beyond its children, and how fast a supervisor hears of its child and of an
+// The cost of a print beyond its children, and how soon a supervisor hears of its child and of an
 // abort. The children are tools of the system that end at once, so that little of the time is
 // theirs. The process holds 1 GiB, since a host does, and a start that copied page tables would
 // show.
@@ -90,7 +90,7 @@ class Root : public bench::DataRoot {
   }
 };
 
-/// Both ends of a pipe; what is still open is closed at the end.
+/// Both ends of a pipe; those still open are closed at the end.
 class Pipe {
  public:
   Pipe() {

@@ -15,11 +15,11 @@
 
 namespace rastrel::bench {
 
-/// What a process took from its start to its end, with the children that it waited for.
+/// The cost of a process from its start to its end, with the children that it waited for.
 struct Cost {
   double milliseconds = 0;  ///< by the wall's clock
   double processorMilliseconds = 0;
-  double peakMiB = 0;  ///< most memory at a time, and never less than what its starter had then
+  double peakMiB = 0;  ///< peak of memory, never less than its starter's at that time
 };
 
 /// Open descriptors that a program writes to; -1: nowhere.
@@ -58,8 +58,8 @@ class Process {
     }
   }
 
-  /// Waits for the end and tells the cost; nothing if there is no such program. One that ended in
-  /// another way than by status 0 is the benchmark's end; `said` is told then.
+  /// Waits for the end and returns the cost; nothing if there is no such program. One that ended in
+  /// another way than by status 0 ends the benchmark, which then prints `said`.
   [[nodiscard]] std::optional<Cost> EndIfInstalled(const std::string& said = {}) const {
     int status = 0;
     rusage used{};

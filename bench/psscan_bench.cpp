@@ -238,7 +238,7 @@ double AddedBy(const std::string& path) {
   return std::strtod(text, nullptr);
 }
 
-// The peak of this process as getrusage tells it would include that of its starter.
+// The peak of this process in getrusage would include that of its starter.
 int TellPeak(const std::string& path) {
   const long before = bench::StatusKilobytes("VmRSS:");
   CRect rect;

@@ -8,14 +8,14 @@
 namespace rastrel::bench {
 
 /// Ends the benchmark with status 1, which report.py counts as a failure: the time of work that was
-/// not done tells nothing. `what` goes to standard error behind the benchmark's name.
+/// not done means nothing. `what` goes to standard error after the benchmark's name.
 [[noreturn]] inline void Fail(const std::string& what) {
   std::fprintf(stderr, "%s: %s\n", program_invocation_short_name, what.c_str());
   std::exit(1);
 }
 
-/// Fails unless the condition holds. The text is a literal, so that a check inside of what is
-/// measured costs no memory.
+/// Fails unless the condition holds. The text is a literal, so that a check inside of the measured
+/// work costs no memory.
 inline void Require(bool condition, const char* what) {
   if (!condition) Fail(what);
 }

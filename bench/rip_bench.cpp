@@ -1,4 +1,4 @@
-// The RIP child against bare Ghostscript on the same page, and what a cutter color costs it. Every
+// The RIP child against bare Ghostscript on the same page, and the cost of a cutter color. Every
 // call is a whole process from its start to its end, and the wall clock counts: the two programs of
 // the RIP work side by side, and a user waits for the page and not for processors. Their processor
 // time is printed as well, without a limit.

@@ -230,8 +230,8 @@ class Bench {
     (void)bench::Process(LibreOffice("small.xlsx")).EndIfInstalled();
   }
 
-  // Ours and all peers in turn, a line a peer. Small documents have no limits: what they tell is
-  // how long the programs take to start.
+  // Ours and all peers in turn, a line a peer. Small documents have no limits: they show how long
+  // the programs take to start.
   void Measure(const std::string& what, const std::string& file) {
     std::vector<Cost> ours;
     std::map<std::string, std::vector<Cost>> theirs;

@@ -37,13 +37,13 @@ void CompareTree(const std::string& name, const fs::path& place, int count, std:
   };
   rastrel::bench::Compare(
       {.name = "copy " + name, .peerName = "cp -r", .rounds = 7, .limit = 0.8}, clear,
-      [&] { require(os::CopyTreeInto(source.wstring(), target.wstring())); },
+      [&] { require(static_cast<bool>(os::CopyTreeInto(source.wstring(), target.wstring()))); },
       [&] {
         Run({"cp", "-r", source, target});
       });
   rastrel::bench::Compare(
       {.name = "remove " + name, .peerName = "rm -rf", .rounds = 7, .limit = 1.0}, copy,
-      [&] { require(os::RemoveTree(target.wstring())); },
+      [&] { require(static_cast<bool>(os::RemoveTree(target.wstring()))); },
       [&] {
         Run({"rm", "-rf", target});
       });

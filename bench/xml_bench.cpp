@@ -24,8 +24,8 @@ namespace {
 using namespace rastrel;
 using xml::StreamChoice;
 
-constexpr int kRows = 200000;
-constexpr int kColumns = 10;
+constexpr int Rows = 200000;
+constexpr int Columns = 10;
 
 // A sheet as spreadsheet programs write it: strings by index, and numbers.
 void WriteSheet(const std::string& path, int rows) {
@@ -37,7 +37,7 @@ void WriteSheet(const std::string& path, int rows) {
   for (int row = 1; row <= rows; ++row) {
     const std::string number = std::to_string(row);
     out << "<row r=\"" << number << "\" spans=\"1:10\" customFormat=\"false\" ht=\"12.8\">";
-    for (int column = 0; column < kColumns; ++column) {
+    for (int column = 0; column < Columns; ++column) {
       const char letter = static_cast<char>('A' + column);
       out << "<c r=\"" << letter << number << "\" s=\"0\"";
       if (column % 2 == 0)
@@ -120,8 +120,8 @@ int main() {
   const test::ScratchDirectory folder;
   const std::string sheet = folder.Path("sheet.xml");
   const std::string part = folder.Path("part.xml");
-  WriteSheet(sheet, kRows);
-  WriteSheet(part, kRows / 10);
+  WriteSheet(sheet, Rows);
+  WriteSheet(part, Rows / 10);
   const auto nothing = [] {};
   bench::Compare(
       {.name = "XML, a sheet of 200,000 rows as a stream, every cell read",

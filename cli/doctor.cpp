@@ -20,6 +20,7 @@
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/platform/standalone/data_root.h"
@@ -43,7 +44,7 @@ const char* RestoreHint() {
 }
 
 void CheckInterpreter(Checks& checks) {
-  const std::string program = FindProgram("gs");
+  const std::string program = os::FindProgram("gs");
   if (program.empty()) {
     checks.push_back({"ghostscript",
                       State::Bad,

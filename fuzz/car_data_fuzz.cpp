@@ -1,4 +1,4 @@
-// Car data libraries of any bytes: every node that comes out of them is whole, folders stand before
+// Car data libraries of any bytes: every node that comes out of them is whole, folders come before
 // files, and copies share the tree.
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// The reader of CFM2 text against any text. What it reads, the generator must be able to write.
+// The reader of CFM2 text against any text. The generator must be able to write every document that
+// it reads.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const bool good = document.Parse();
   if (good && document.m_Pages.empty()) std::abort();
 
-  // A second reading of the same text gives the same pages.
+  // A second reading of the same text finds the same pages.
   const std::size_t pages = document.m_Pages.size();
   if (document.Parse() != good || document.m_Pages.size() != pages) std::abort();
 

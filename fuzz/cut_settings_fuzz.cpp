@@ -1,5 +1,5 @@
-// Cut settings records out of any bytes, one behind the other. What was read must be written so
-// that it reads the same again.
+// Cut settings records out of any bytes, one after the other. A record that was read must be
+// written so that it reads the same again.
 
 #include <cstddef>
 #include <cstdint>

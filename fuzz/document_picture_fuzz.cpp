@@ -32,7 +32,7 @@ void Draw(const document::Document& document) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // No other program is started for what the document may hold.
+  // No other program is started, whatever the document holds.
   static const int noPrograms = setenv("PATH", "/nowhere", 1);
   if (noPrograms != 0) std::abort();
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)

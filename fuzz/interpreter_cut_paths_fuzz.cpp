@@ -25,7 +25,7 @@ std::string_view NextLine(std::string_view& text) {
   return line;
 }
 
-// The number behind a key.
+// The number after a key.
 std::size_t Count(std::string_view line, std::string_view key) {
   Check(line.starts_with(key));
   return std::strtoull(std::string(line.substr(key.size())).c_str(), nullptr, 10);

@@ -1,4 +1,4 @@
-// The reader of the job header against any text, and what is made of it: the prefix of the run,
+// The reader of the job header against any text, and the prefix of the run that is made of it,
 // which is PostScript, never holds a byte of the header but in hexadecimal digits.
 
 #include <cmath>

@@ -1,4 +1,4 @@
-// The output engine's reader of CFM2 text against any text. What it takes for a page is one that
+// The output engine's reader of CFM2 text against any text. Every page that it finds is one that
 // the engine can look for.
 
 #include <cstddef>

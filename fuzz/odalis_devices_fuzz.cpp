@@ -1,5 +1,5 @@
-// The reader of the devices file against any text. What it takes can be filled in, and a job's name
-// never leads out of the directory that the pattern names.
+// The reader of the devices file against any text. The patterns that it accepts can be filled in,
+// and a job's name never leads out of the directory that the pattern names.
 
 #include <cstddef>
 #include <cstdint>

@@ -39,7 +39,7 @@ std::string WithoutLargeNumbers(std::string content) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::string input(reinterpret_cast<const char*>(bytes), std::min<std::size_t>(size, 65536));
-  // As it stands only the limits of the import itself hold.
+  // Unchanged: only the limits of the import itself hold.
   Directory().Write("content.xml", input);
   COpenOfficeXMLImport import(Directory().Wide("content.xml").c_str());
   import.SetDataSaveFileName(L"/dev/null");

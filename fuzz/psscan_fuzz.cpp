@@ -20,8 +20,8 @@ void ExpectNoDifference(const rastrel::test::MemoryFile& file, const std::string
   std::abort();
 }
 
-// Inputs are short and lines of interest are long: a byte 1 and a byte 2 stand for as many bytes as
-// the two behind them say.
+// Inputs are short and lines of interest are long: a byte 1 and a byte 2 become as many bytes as
+// the two after them say.
 std::string Expand(const std::uint8_t* bytes, std::size_t size) {
   std::string content;
   for (std::size_t index = 0; index < size; ++index) {

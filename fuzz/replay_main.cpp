@@ -42,11 +42,11 @@ int main(int argc, char** argv) {
     return 1;
   }
   for (const std::filesystem::path& file : files) {
-    // The name first, so that a crash tells which input it was.
+    // The name first, so that a crash shows which input it was.
     std::cout << file.filename().string() << std::endl;
     const std::vector<std::uint8_t> bytes = ReadAll(file);
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    // Every input cut short is one more: a reader must stand the end at any byte.
+    // Every input cut short is one more: a reader must cope with an end at any byte.
     const std::size_t step = std::max<std::size_t>(1, bytes.size() / 256);
     for (std::size_t length = 0; length < bytes.size(); length += step)
       LLVMFuzzerTestOneInput(bytes.data(), length);

@@ -13,7 +13,7 @@
 namespace {
 
 // The C library takes the mark of a hexadecimal number without a digit for a 0, which no standard
-// says, and leaves open what a number is that does not fit.
+// says, and leaves the value of a number that does not fit open.
 bool HasBareMark(const std::string& text) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool mark = text[at] == 'x' || text[at] == 'X';

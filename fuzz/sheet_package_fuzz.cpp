@@ -1,5 +1,5 @@
-// The unpacker of spreadsheets' packages on any bytes: what it writes keeps to the limits and to
-// its place, and everything else is a refusal.
+// The unpacker of spreadsheets' packages on any bytes: it writes within its limits and its folder,
+// or it refuses the package.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,6 @@
-// What people see of spreadsheets, made of any bytes. The first byte chooses what the others are: a
-// number format, a flat spreadsheet, a sheet of a workbook, its shared strings, or its formats.
+// Values of spreadsheets as people see them, made of any bytes. The first byte chooses the kind of
+// the others: a number format, a flat spreadsheet, a sheet of a workbook, its shared strings, or
+// its formats.
 
 #include <cstddef>
 #include <cstdint>
@@ -89,7 +90,7 @@ void ShowDocument(const rastrel::test::ScratchDirectory& scratch, std::string_vi
   ReadOpenDocumentRows(place, -1, checker);
   static_cast<void>(ReadOpenDocumentSheets(place));
   OrThrow(WriteSpreadsheetContent(place, -1, scratch.Path("content.xml")));
-  // What is handed to the import has the same tables.
+  // The document handed to the import has the same tables.
   const XmlPlace content{scratch.Path("content.xml"), "content"};
   Check(ReadOpenDocumentSheets(place).size() == ReadOpenDocumentSheets(content).size());
 }

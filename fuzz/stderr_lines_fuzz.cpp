@@ -1,4 +1,4 @@
-// The reader of a child's standard error against any bytes, in pieces as a pipe would give them.
+// The reader of a child's standard error against any bytes, in pieces as a pipe would deliver them.
 // The first byte is the size of the pieces.
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// A job that only checks that what it hears is in the vocabulary.
+// A job that only checks that each report is in the vocabulary.
 class Listener : public CJobMessaging {
  public:
   virtual ~Listener() = default;

@@ -21,7 +21,7 @@ void ExpectNoDifference(const std::string& document, std::size_t pieces) {
   std::abort();
 }
 
-// What the layer writes of a document, it reads back as the same.
+// A document that the layer writes, it reads back as the same.
 void ExpectRoundTrip(const std::string& document) {
   const rastrel::test::MemoryFile file;
   file.Write(document);

@@ -1,5 +1,5 @@
 // Documents as a stream, their elements taken whole where they can be, and part by part: no handler
-// can tell.
+// sees a difference.
 
 #include <cstddef>
 #include <cstdint>

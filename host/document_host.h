@@ -59,7 +59,7 @@ class DocumentHost : public standalone::StandaloneHost {
     bool operator==(const OpenWork&) const = default;
   };
   /// The undo steps, lists and paragraph that are open now: all 0 and false after a command that
-  /// closes what it opens.
+  /// closes all that it opened.
   [[nodiscard]] OpenWork StillOpen() const;
 
  private:

@@ -26,7 +26,7 @@ constexpr std::size_t MaximumColors = 10000;  // of a run; a prefix sets one
 // A point's ten-thousandth is far below any cutter's step.
 std::string Number(double value) { return os::ShortDecimal(value, 4); }
 
-// Control characters, '%' and what is no UTF-8 as %XX, so that a text keeps to its line.
+// Control characters, '%' and bytes that are no UTF-8 as %XX, so that a text keeps to its line.
 std::string Escape(std::string_view text) {
   const bool wellFormed = os::Utf8FromWide(os::WideFromUtf8(text)) == text;
   std::string escaped;
@@ -281,7 +281,8 @@ Expected<void> WriteCutPaths(const RunDescription& run, const std::string& direc
   const std::string path = directory + "/" + pages::CutPathsName;
   const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file.IsOpen()) return Failure{"create", path, errno};
-  if (!os::WriteAll(file.Get(), run.cuts->Take(info))) return Failure{"write", path, errno};
+  const auto written = os::WriteAll(file.Get(), run.cuts->Take(info));
+  if (!written) return FailureAt(path, written.Error());
   const auto described = pages::DescribeFile(directory, pages::CutPathsName);
   if (!described) return described.Error();
   info.files.push_back(*described);

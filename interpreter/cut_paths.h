@@ -27,7 +27,8 @@ class CutPaths {
 
   /// Whether that ended page gets the file: a cut color is set, or was for a path of it.
   [[nodiscard]] bool Wanted(unsigned page) const { return m_Set || m_Pages.contains(page); }
-  /// Whether that separation, by its name, is a cut color.
+  /// Whether that separation, by its name, is a cut color. The prolog compares the colors of paths
+  /// in the same way (rip.matchesname in match.ps): change both.
   [[nodiscard]] bool TakesSeparation(std::string_view name) const;
   /// The file's text for an ended page, whose number, size and resolution are in `info`. Forgets
   /// the page's paths.

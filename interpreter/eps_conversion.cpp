@@ -23,7 +23,7 @@ namespace {
 Expected<os::FileDescriptor> FileOf(const std::string& bytes) {
   os::FileDescriptor file(os::Calls().memory_file("eps", MFD_CLOEXEC));
   if (!file.IsOpen()) return Failure{"memfd_create", {}, errno};
-  if (!os::WriteAll(file.Get(), bytes)) return Failure{"write", {}, errno};
+  if (const auto written = os::WriteAll(file.Get(), bytes); !written) return written.Error();
   return file;
 }
 
@@ -43,7 +43,7 @@ std::optional<Box> BoxFrom(std::string_view text) {
   return box[0] < box[2] && box[1] < box[3] ? std::optional(box) : std::nullopt;
 }
 
-// The last box that a comment gives.
+// The last box in a comment.
 std::optional<Box> LastBox(std::string_view file, std::string_view comment) {
   std::size_t place = file.rfind(comment);
   while (place != std::string_view::npos) {

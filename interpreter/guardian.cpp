@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -34,7 +36,7 @@ enum class Order : char {
 };
 
 constexpr std::size_t MessageLimit = 16384;  // longer than any path that the kernel takes
-constexpr int KillTimeoutMilliseconds = 10000;
+constexpr std::chrono::seconds KillTimeout{10};
 
 bool Send(int descriptor, Order order, std::string_view text) noexcept {
   char message[MessageLimit];
@@ -117,7 +119,8 @@ class Watch {
     if (process < 0) return;
     syscall(SYS_pidfd_send_signal, process, SIGKILL, nullptr, 0);
     pollfd entry{process, POLLIN, 0};
-    while (poll(&entry, 1, KillTimeoutMilliseconds) < 0 && errno == EINTR) {
+    const auto deadline = os::Deadline::After(KillTimeout);
+    while (poll(&entry, 1, deadline.PollTimeout()) < 0 && errno == EINTR) {
     }
   }
 

@@ -75,7 +75,7 @@ struct RunRequest {
 ///
 /// A failure is a sentence without its full stop. Its code is BadProgram if the job or the prefix
 /// failed as a program or made no page, BadInput if the job can't be read to its end, and else
-/// Unspecified: a limit, the disk, a missing part. What lies in `directory` then is incomplete;
+/// Unspecified: a limit, the disk, a missing part. The content of `directory` is incomplete then;
 /// the guardian removes it. REQUIRES, as each run does: this process has one thread.
 [[nodiscard]] Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
                                             RunListener& listener, Guardian& guardian);

@@ -37,8 +37,9 @@ Expected<void> WritePageInfo(const std::string& directory, const pages::PageInfo
   const std::string path = directory + "/" + pages::PageInfoName;
   const os::FileDescriptor file = CreateFile(path);
   if (!file.IsOpen()) return Failure{"create", path, errno};
-  if (!os::WriteAll(file.Get(), FormatPageInfo(info))) return Failure{"write", path, errno};
-  return {};
+  auto written = os::WriteAll(file.Get(), FormatPageInfo(info));
+  if (!written) return FailureAt(path, written.Error());
+  return written;
 }
 
 PageDirectory::PageDirectory(std::string path, unsigned page, const PageSize& size)
@@ -67,9 +68,8 @@ Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string
 
 Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  if (!os::WriteAll(m_Pixels.Get(), text)) {
-    return Failure{"write", m_Path + "/" + m_PixelName, errno};
-  }
+  const auto written = os::WriteAll(m_Pixels.Get(), text);
+  if (!written) return FailureAt(m_Path + "/" + m_PixelName, written.Error());
   m_Sum.Add(bytes);
   m_Bytes += bytes.size();
   return {};

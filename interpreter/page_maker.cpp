@@ -16,12 +16,12 @@ std::string Whole(double value) { return std::to_string(static_cast<long long>(v
 }  // namespace
 
 PageMaker::PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
-                     RunListener& listener, RunFailure& failure)
+                     RunListener& listener, Expected<void>& result)
     : m_Task(task),
       m_Directory(directory),
       m_Settings(settings),
       m_Listener(listener),
-      m_Failure(failure) {
+      m_Result(result) {
   m_Description.cuts = &m_Cuts;
 }
 
@@ -43,9 +43,9 @@ bool PageMaker::BeginPage(const PageSize& size) {
   if (m_Pages >= m_Task.maximum) return false;
   ShowConverting();
   CheckPageSize(size.width, size.height);
-  if (m_Failure || !m_Task.keeps) return !m_Failure;
+  if (!m_Result || !m_Task.keeps) return static_cast<bool>(m_Result);
   auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size);
-  if (!page) return m_Failure.Set(page.Error());
+  if (!page) return Fail(page.Error());
   m_Page = std::move(*page);
   return true;
 }
@@ -54,14 +54,14 @@ bool PageMaker::AddPixels(std::span<const std::byte> bytes) {
   if (!CheckTotal(bytes.size())) return false;
   if (!m_Page) return true;
   const auto added = m_Page->AddPixels(bytes);
-  return added || m_Failure.Set(added.Error());
+  return added || Fail(added.Error());
 }
 
 bool PageMaker::EndPage() {
   if (m_Page) {
     const auto finished = m_Page->Finish(m_Description);
     m_Page.reset();
-    if (!finished) return m_Failure.Set(finished.Error());
+    if (!finished) return Fail(finished.Error());
   }
   m_Listener.PageMade(++m_Pages);
   return true;
@@ -69,22 +69,22 @@ bool PageMaker::EndPage() {
 
 // Takes over the separations of the first `complete` pages, as far as they lie there.
 bool PageMaker::TakeSeparations(unsigned complete) {
-  while (!m_Failure && m_Separated < complete &&
+  while (m_Result && m_Separated < complete &&
          HasSeparations(m_Directory.Planes(), m_Separated + 1)) {
     ShowConverting();
     if (!CheckTotal(static_cast<std::uint64_t>(m_PageBytes))) return false;
     if (m_Pages != m_Separated) {
-      return m_Failure.Set(FailureOf("The job changes between separations and other pages"));
+      return Fail(FailureOf("The job changes between separations and other pages"));
     }
     ++m_Separated;
     if (m_Task.keeps) {
       const auto made = MakeSeparationPage(m_Directory.Planes(), m_Directory.Path(), m_Separated,
                                            m_Description, m_Settings.pagePixels);
-      if (!made) return m_Failure.Set(made.Error());
+      if (!made) return Fail(made.Error());
     }
     m_Listener.PageMade(++m_Pages);
   }
-  return !m_Failure;
+  return static_cast<bool>(m_Result);
 }
 
 void PageMaker::CheckPageSize(double width, double height) {
@@ -92,19 +92,23 @@ void PageMaker::CheckPageSize(double width, double height) {
   const auto side = static_cast<double>(SidePixels);
   if (width * height <= pixels && width <= side && height <= side) return;
   const double shown = 1e15;
-  m_Failure.Set(FailureOf("Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
-                          Whole(std::min(width, shown)) + " x " + Whole(std::min(height, shown)) +
-                          " pixels; the limit is " + std::to_string(m_Settings.pagePixels) +
-                          " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) +
-                          " on a side"));
+  Fail(FailureOf("Page " + std::to_string(std::max(m_Ended, m_Pages) + 1) + " would be " +
+                 Whole(std::min(width, shown)) + " x " + Whole(std::min(height, shown)) +
+                 " pixels; the limit is " + std::to_string(m_Settings.pagePixels) +
+                 " pixels (RASTREL_RIP_PIXELS) and " + std::to_string(SidePixels) + " on a side"));
 }
 
 bool PageMaker::CheckTotal(std::uint64_t bytes) {
   m_TotalBytes += bytes;
   if (m_TotalBytes <= m_Settings.totalMebibytes << 20) return true;
-  return m_Failure.Set(FailureOf("The job's pages take more than " +
-                                 std::to_string(m_Settings.totalMebibytes) +
-                                 " MiB (RASTREL_RIP_SIZE)"));
+  return Fail(FailureOf("The job's pages take more than " +
+                        std::to_string(m_Settings.totalMebibytes) + " MiB (RASTREL_RIP_SIZE)"));
+}
+
+// False, for the callers to return.
+bool PageMaker::Fail(Failure failure) {
+  KeepFirst(m_Result, std::move(failure));
+  return false;
 }
 
 void PageMaker::ShowConverting() {

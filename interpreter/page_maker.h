@@ -10,7 +10,7 @@
 #include "interpreter/interpreter.h"
 #include "interpreter/page_directory.h"
 #include "interpreter/page_stream.h"
-#include "interpreter/run_failure.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::interpreter {
 
@@ -24,9 +24,9 @@ struct PageTask {
 /// separations that the interpreter lays down as files. Holds the limits on their size.
 class PageMaker : public PageReceiver {
  public:
-  /// Borrows all of these but the task.
+  /// Borrows all of these but the task. `result` gets the run's first failure.
   PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
-            RunListener& listener, RunFailure& failure);
+            RunListener& listener, Expected<void>& result);
 
   /// The common part of the pages' descriptions; reports fill it in.
   [[nodiscard]] RunDescription& Description() { return m_Description; }
@@ -53,12 +53,13 @@ class PageMaker : public PageReceiver {
   void CheckPageSize(double width, double height);
   bool CheckTotal(std::uint64_t bytes);
   void ShowConverting();
+  bool Fail(Failure failure);
 
   const PageTask m_Task;
   const RunDirectory& m_Directory;
   const Settings& m_Settings;
   RunListener& m_Listener;
-  RunFailure& m_Failure;
+  Expected<void>& m_Result;
   RunDescription m_Description;
   CutPaths m_Cuts;
   std::unique_ptr<PageDirectory> m_Page;  // the one whose pixels come at present

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::chrono::seconds TimeLimit{60};
 constexpr std::uint64_t PlaneLimit = std::uint64_t{256} << 20;
-// Ink shows at any resolution: what is painted touches one pixel at least.
+// Ink shows at any resolution: a painted area touches one pixel at least.
 constexpr double PixelsAcross = 1500;
 constexpr double HighestResolution = 72;
 

@@ -29,7 +29,7 @@ RipRun::RipRun(RunRequest request, const RunMode& mode, const RunDirectory& dire
       m_Directory(directory),
       m_Listener(listener),
       m_Guardian(guardian),
-      m_Pages(mode.Pages(), directory, m_Request.settings, listener, m_Failure),
+      m_Pages(mode.Pages(), directory, m_Request.settings, listener, m_Result),
       m_Stream(m_Pages),
       m_Pixels(PixelBufferSize) {
   m_Pages.Description().job = m_Request.title;
@@ -39,31 +39,31 @@ Expected<void> RipRun::Run() {
   if (Start()) {
     while (Step()) {
     }
-    if (m_Failure || HasEnough()) m_Interpreter->process.Kill();
+    if (!m_Result || HasEnough()) m_Interpreter->process.Kill();
     JudgeEnd();
   }
-  return m_Failure.Result();
+  return m_Result;
 }
 
 bool RipRun::Start() {
   const std::string program = FindGhostscript();
   if (program.empty()) {
-    return m_Failure.Set(
+    return Fail(
         FailureOf("Ghostscript is not installed: there is no program gs on the search path"));
   }
-  const std::string word = os::RandomDigits(WordBytes);
-  if (word.empty()) return m_Failure.Set({"getrandom", {}, errno});
-  RunStart start{program, m_Request.ripDirectory, word, m_Mode.Script()};
+  const auto word = os::RandomDigits(WordBytes);
+  if (!word) return Fail(word.Error());
+  RunStart start{program, m_Request.ripDirectory, *word, m_Mode.Script()};
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
   if (start.kind == JobKind::Pdf) start.pdf = m_Request.job.file.Get();
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
-  if (!started) return m_Failure.Set(started.Error());
+  if (!started) return Fail(started.Error());
   m_Interpreter.emplace(std::move(*started));
   m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Id());
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
-  m_Reports.emplace(word, m_Request.setsCutColor, m_Pages, m_Listener, m_Failure);
+  m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Result);
   const JobLayout& layout = m_Request.job.layout;
   m_Feed.emplace(m_Request.job.file.Get(), layout.offset, layout.length,
                  std::move(m_Interpreter->job));
@@ -73,16 +73,15 @@ bool RipRun::Start() {
 // One round of waiting and working. False when there is nothing more to wait for.
 bool RipRun::Step() {
   const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
-  if (m_Failure || HasEnough() || !streaming) return false;
+  if (!m_Result || HasEnough() || !streaming) return false;
   if (!Poll()) return false;
-  if (const auto checked = m_Watch->CheckFiles(); !checked) return m_Failure.Set(checked.Error());
+  if (const auto checked = m_Watch->CheckFiles(); !checked) return Fail(checked.Error());
   // A report that was written before a pixel is in its pipe when the pixel has been read,
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
   if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
   if (m_Feed->Descriptor() >= 0 && !m_Feed->Send()) {
-    return m_Failure.Set(
-        FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput));
+    return Fail(FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput));
   }
   ShowProgress();
   return true;
@@ -90,7 +89,7 @@ bool RipRun::Step() {
 
 bool RipRun::Poll() {
   const std::int64_t left = m_Watch->Left();
-  if (left <= 0) return m_Failure.Set(m_Watch->TimeOver());
+  if (left <= 0) return Fail(m_Watch->TimeOver());
   // The interpreter writes pixels row by row. While they flow, a moment's rest lets the pipe gather
   // some, which costs either side far less than to be woken for each.
   const int pixels = m_Flowing ? -1 : m_Interpreter->pixels.Get();
@@ -102,11 +101,11 @@ bool RipRun::Poll() {
       std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1,
                              m_Flowing ? 1 : WorkWatch::Interval / NanosecondsPerMillisecond));
   if (poll(entries.data(), entries.size(), timeout) < 0 && errno != EINTR) {
-    return m_Failure.Set({"poll", {}, errno});
+    return Fail({"poll", {}, errno});
   }
   // A host that was killed can end nothing any more, but nobody reads its pipe either.
   if ((entries[3].revents & POLLERR) != 0) {
-    return m_Failure.Set(FailureOf("Nobody reads the reports any more"));
+    return Fail(FailureOf("Nobody reads the reports any more"));
   }
   return true;
 }
@@ -117,7 +116,7 @@ bool RipRun::ReadReports() {
     const ssize_t count = read(m_Interpreter->reports.Get(), buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && errno == EAGAIN) break;
-    if (count < 0) return m_Failure.Set({"read", "the interpreter's messages", errno});
+    if (count < 0) return Fail({"read", "the interpreter's messages", errno});
     if (count == 0) {
       m_Interpreter->reports.Reset();
       m_Reports->Finish();
@@ -127,7 +126,7 @@ bool RipRun::ReadReports() {
     // A flood of messages must not keep the pixels and the clock waiting.
     if (static_cast<std::size_t>(count) == buffer.size()) break;
   }
-  return !m_Failure;
+  return static_cast<bool>(m_Result);
 }
 
 bool RipRun::ReadPixels() {
@@ -135,7 +134,7 @@ bool RipRun::ReadPixels() {
   const ssize_t count = read(m_Interpreter->pixels.Get(), m_Pixels.data(), m_Pixels.size());
   m_Flowing = count > 0 && static_cast<std::size_t>(count) < m_Pixels.size();
   if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
-  if (count < 0) return m_Failure.Set({"read", "the interpreter's pixels", errno});
+  if (count < 0) return Fail({"read", "the interpreter's pixels", errno});
   m_PixelCount = static_cast<std::size_t>(count);
   return true;
 }
@@ -150,7 +149,7 @@ bool RipRun::TakePixels() {
   } else if (!m_Stream.Add(std::span(m_Pixels).first(count)) && !m_Stream.Reason().empty()) {
     FailOnPixels();
   }
-  return !m_Failure;
+  return static_cast<bool>(m_Result);
 }
 
 RunProgress RipRun::Progress() const {
@@ -171,24 +170,31 @@ void RipRun::ShowProgress() {
   m_Listener.Progressed(static_cast<unsigned>(share * 100));
 }
 
+// Keeps the first failure of the run, which is the one that is reported: those after it follow from
+// it. False, for the callers to return.
+bool RipRun::Fail(Failure failure) {
+  KeepFirst(m_Result, std::move(failure));
+  return false;
+}
+
 void RipRun::FailOnPixels() {
-  m_Failure.Set(FailureOf("The interpreter's pixels can't be read: " + m_Stream.Reason()));
+  Fail(FailureOf("The interpreter's pixels can't be read: " + m_Stream.Reason()));
 }
 
 // Finds the result in the way that the interpreter ended, unless the run has failed before.
 void RipRun::JudgeEnd() {
   const auto end = m_Interpreter->process.Wait();
-  if (m_Failure || HasEnough()) return;
+  if (!m_Result || HasEnough()) return;
   if (end) {
     JudgeStatus(*end);
   } else {
-    m_Failure.Set(end.Error());
+    Fail(end.Error());
   }
-  if (m_Failure) return;
+  if (!m_Result) return;
   m_Listener.StateReached(RunState::Spooling);
   m_Pages.TakeLastSeparations();
   if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) {
-    m_Failure.Set(FailureOf("The job makes no page", FailureCode::BadProgram));
+    Fail(FailureOf("The job makes no page", FailureCode::BadProgram));
   }
 }
 
@@ -197,15 +203,15 @@ void RipRun::JudgeStatus(const ProcessEnd& end) {
   const std::string& error = m_Reports->LastError();
   if (!end.byItself) {
     const bool isProcessorTime = end.status == SIGXCPU || end.status == SIGKILL;
-    m_Failure.Set(FailureOf(
-        isProcessorTime ? "The job took more than " + std::to_string(settings.processorSeconds) +
-                              " seconds of processor time and was ended (RASTREL_RIP_CPU)"
-                        : "Ghostscript was ended by signal " + std::to_string(end.status)));
+    Fail(FailureOf(isProcessorTime
+                       ? "The job took more than " + std::to_string(settings.processorSeconds) +
+                             " seconds of processor time and was ended (RASTREL_RIP_CPU)"
+                       : "Ghostscript was ended by signal " + std::to_string(end.status)));
   } else if (error.find("/VMerror") != std::string::npos && end.status != 0) {
-    m_Failure.Set(FailureOf("The job needs more than " + std::to_string(settings.memoryMebibytes) +
-                            " MiB of memory (RASTREL_RIP_MEMORY)"));
+    Fail(FailureOf("The job needs more than " + std::to_string(settings.memoryMebibytes) +
+                   " MiB of memory (RASTREL_RIP_MEMORY)"));
   } else if (end.status != 0) {
-    m_Failure.Set(FailureOf(
+    Fail(FailureOf(
         error.empty() ? "Ghostscript could not interpret the job" : "PostScript error: " + error,
         FailureCode::BadProgram));
   } else if (!m_Stream.Reason().empty()) {

@@ -41,6 +41,7 @@ class RipRun {
   void JudgeEnd();
   void JudgeStatus(const ProcessEnd& end);
   void FailOnPixels();
+  bool Fail(Failure failure);
   [[nodiscard]] RunProgress Progress() const;
   [[nodiscard]] bool HasEnough() const { return m_Mode.HasEnough(Progress()); }
 
@@ -50,7 +51,7 @@ class RipRun {
   RunListener& m_Listener;
   Guardian& m_Guardian;
 
-  RunFailure m_Failure;
+  Expected<void> m_Result;
   PageMaker m_Pages;
   PageStream m_Stream;
   std::optional<RunReports> m_Reports;

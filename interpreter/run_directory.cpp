@@ -52,9 +52,9 @@ Expected<RunDirectory> RunDirectory::Make(const std::string& ripDirectory, Guard
 }
 
 Expected<RunDirectory> RunDirectory::MakeIn(const std::string& parent, Guardian& guardian) {
-  const std::string name = os::RandomDigits(NameBytes);
-  if (name.empty()) return Failure{"getrandom", {}, errno};
-  RunDirectory made(parent, name);
+  const auto name = os::RandomDigits(NameBytes);
+  if (!name) return name.Error();
+  RunDirectory made(parent, *name);
   if (!guardian.Guard(made.m_Path)) return Failure{"guard", made.m_Path, errno};
   for (const std::string& path : {made.m_Path, made.Temporary(), made.Planes()}) {
     if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};

@@ -37,12 +37,12 @@ const RunReports::Entry RunReports::Handlers[] = {
 };
 
 RunReports::RunReports(std::string word, bool isQuietBefore, PageMaker& pages,
-                       RunListener& listener, RunFailure& failure)
+                       RunListener& listener, Expected<void>& result)
     : m_Word(std::move(word)),
       m_IsQuiet(isQuietBefore),
       m_Pages(pages),
       m_Listener(listener),
-      m_Failure(failure) {}
+      m_Result(result) {}
 
 void RunReports::Add(std::string_view bytes) {
   m_Lines.Add(bytes);
@@ -73,8 +73,8 @@ void RunReports::TakeReport(const Report& report) {
   if (found != std::ranges::end(Handlers)) {
     (this->*found->handler)(report.value);
   } else if (!m_Pages.Cuts().Add(report)) {
-    m_Failure.Set(FailureOf("The job's cut paths take more than " +
-                            std::to_string(CutPaths::Limit >> 20) + " MiB"));
+    KeepFirst(m_Result, FailureOf("The job's cut paths take more than " +
+                                  std::to_string(CutPaths::Limit >> 20) + " MiB"));
   }
 }
 

@@ -12,10 +12,11 @@ namespace rastrel::interpreter {
 /// other lines, which go to the listener.
 class RunReports {
  public:
-  /// `word` is the run's secret word. `isQuietBefore`: what is printed before the first report is
-  /// not passed on, unless it is an error. Borrows the others.
+  /// `word` is the run's secret word. `isQuietBefore`: lines before the first report are
+  /// not passed on, unless they are errors. `result` gets the run's first failure. Borrows the
+  /// others.
   RunReports(std::string word, bool isQuietBefore, PageMaker& pages, RunListener& listener,
-             RunFailure& failure);
+             Expected<void>& result);
 
   /// Takes bytes of the stream.
   void Add(std::string_view bytes);
@@ -56,7 +57,7 @@ class RunReports {
   bool m_IsQuiet;
   PageMaker& m_Pages;
   RunListener& m_Listener;
-  RunFailure& m_Failure;
+  Expected<void>& m_Result;
   LineCutter m_Lines;
   std::string m_LastError;
   std::string m_Measure;

@@ -27,7 +27,7 @@ enum Place : std::size_t {
   Count
 };
 
-// In this order: each uses what those before it define.
+// In this order: each uses definitions of those before it.
 constexpr std::array PrologFiles{"reports.ps",  "capture.ps",   "match.ps",     "pdftext.ps",
                                  "guard.ps",    "device.ps",    "selection.ps", "sections.ps",
                                  "painting.ps", "lettering.ps", "cutter.ps",    "picture.ps"};
@@ -107,8 +107,11 @@ Expected<os::FileDescriptor> OpenDirectory(const std::string& path) {
   return directory;
 }
 
-void MakeNonBlocking(const os::FileDescriptor& descriptor) {
-  fcntl(descriptor.Get(), F_SETFL, fcntl(descriptor.Get(), F_GETFL) | O_NONBLOCK);
+// A pipe that stays blocking would be waited for without end.
+Expected<void> MakeNonBlocking(const os::FileDescriptor& descriptor) {
+  const int flags = fcntl(descriptor.Get(), F_GETFL);
+  if (flags >= 0 && fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0) return {};
+  return Failure{"fcntl", "the interpreter's pipe", errno};
 }
 
 struct Pipes {
@@ -126,9 +129,8 @@ Expected<Pipes> MakePipes(const std::string& setupText) {
     *pipe = std::move(*made);
   }
   fcntl(pipes.pixels.reading.Get(), F_SETPIPE_SZ, PixelPipeSize);  // a smaller one is only slower
-  if (!os::WriteAll(pipes.setup.writing.Get(), setupText)) {
-    return Failure{"write", "setup", errno};
-  }
+  const auto written = os::WriteAll(pipes.setup.writing.Get(), setupText);
+  if (!written) return FailureAt("setup", written.Error());
   pipes.setup.writing.Reset();
   return pipes;
 }
@@ -184,11 +186,11 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   if (!started) return started.Error();
   RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),
                                  std::move(pipes->reports.reading), os::FileDescriptor()};
-  MakeNonBlocking(interpreter.pixels);
-  MakeNonBlocking(interpreter.reports);
+  for (const os::FileDescriptor* const end : {&interpreter.pixels, &interpreter.reports})
+    if (auto made = MakeNonBlocking(*end); !made) return made.Error();
   if (start.pdf < 0) {
     interpreter.job = std::move(pipes->job.writing);
-    MakeNonBlocking(interpreter.job);
+    if (auto made = MakeNonBlocking(interpreter.job); !made) return made.Error();
   }
   return interpreter;
 }

@@ -15,8 +15,7 @@ struct Settings {
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time
 
-  /// Reads them. A value that is no such number is passed over and gives a sentence in
-  /// `complaints`.
+  /// Reads them. A value that is no such number is passed over and adds a sentence to `complaints`.
   [[nodiscard]] static Settings FromEnvironment(std::vector<std::string>& complaints);
 };
 

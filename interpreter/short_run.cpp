@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "interpreter/ghostscript.h"
-#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
@@ -16,7 +16,6 @@
 namespace rastrel::interpreter {
 namespace {
 
-constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
 
@@ -28,17 +27,16 @@ struct Pipe {
 Expected<Pipe> MakePipe() {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
-  if (!os::CreatePipe(reading, writing, PipeSize)) return Failure{"pipe", {}, errno};
+  if (const auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made.Error();
   return Pipe{os::FileDescriptor(reading), os::FileDescriptor(writing)};
 }
 
 // Appends the bytes that wait in the pipe. False at its end.
 bool Take(const os::FileDescriptor& source, std::string& text) {
   std::array<char, PipeSize> buffer;
-  const long count = os::ReadSome(source.Get(), buffer.data(), buffer.size());
-  if (count <= 0) return false;
-  text.append(buffer.data(), static_cast<std::size_t>(count));
-  return true;
+  const std::size_t count = os::ReadSome(source.Get(), buffer.data(), buffer.size()).ValueOr(0);
+  text.append(buffer.data(), count);
+  return count > 0;
 }
 
 // An interpreter on its way, with this process's ends of its pipes.
@@ -70,12 +68,10 @@ Expected<Running> Start(const ShortRun& run) {
 
 // Reads both pipes to their ends and waits for the process.
 Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) {
-  const std::int64_t deadline =
-      os::MonotonicNanoseconds() + run.time.count() * NanosecondsPerMillisecond;
+  const auto deadline = os::Deadline::After(run.time);
   bool ended = false;
   while (!ended || running.output.IsOpen() || running.messages.IsOpen()) {
-    const std::int64_t left = deadline - os::MonotonicNanoseconds();
-    if (left <= 0) {
+    if (deadline.HasPassed()) {
       return FailureOf("the interpreter took more than " + std::to_string(run.time.count()) +
                        " milliseconds");
     }
@@ -83,8 +79,8 @@ Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) 
     std::array<pollfd, 3> waited{pollfd{running.output.Get(), POLLIN, 0},
                                  pollfd{running.messages.Get(), POLLIN, 0},
                                  pollfd{ended ? -1 : running.process.Descriptor(), POLLIN, 0}};
-    const auto milliseconds = static_cast<int>(left / NanosecondsPerMillisecond + 1);
-    if (os::Calls().poll(waited.data(), waited.size(), milliseconds) < 0 && errno != EINTR) {
+    if (os::Calls().poll(waited.data(), waited.size(), deadline.PollTimeout()) < 0 &&
+        errno != EINTR) {
       return Failure{"poll", {}, errno};
     }
     if (waited[0].revents != 0 && !Take(running.output, result.output)) running.output.Reset();

@@ -58,7 +58,8 @@ void AppendEscape(std::string& target, char character) {
   os::AppendHex(target, static_cast<unsigned char>(character), os::HexCase::Upper);
 }
 
-// Control characters, '%' and what is no UTF-8 become %XX; blanks too where they part two values.
+// Control characters, '%' and bytes that are no UTF-8 become %XX; blanks too where they part two
+// values.
 std::string Escape(std::string_view text, bool blanks) {
   std::string escaped;
   while (!text.empty()) {
@@ -111,7 +112,7 @@ bool IsPlainName(std::string_view name) {
          name.find('\0') == std::string_view::npos;
 }
 
-// The fields come in one order, so a reader needs no table of what it has seen.
+// The fields come in one order, so a reader needs no table of the fields it has seen.
 class Reader {
  public:
   explicit Reader(std::string_view text) : m_Rest(text) {}
@@ -119,7 +120,7 @@ class Reader {
   Expected<PageInfo> Read() {
     PageInfo info;
     if (ReadAll(info)) return info;
-    return Failure{"read page info", "line " + std::to_string(m_Line) + ": " + m_Reason, EINVAL};
+    return Failure{.what = "read page info", .error = EINVAL, .why = m_Reason, .line = m_Line};
   }
 
  private:
@@ -252,7 +253,7 @@ class Reader {
 
   std::string_view m_Rest;
   std::string_view m_Text;
-  unsigned m_Line = 0;
+  int m_Line = 0;
   std::string m_Reason;
 };
 
@@ -333,7 +334,9 @@ Expected<PageInfo> ReadPageInfo(const std::string& directory) {
   }
   if (filled > SizeLimit) return Failure{"read page info", path, EFBIG};
   text.resize(filled);
-  return ParsePageInfo(text);
+  auto info = ParsePageInfo(text);
+  if (!info) return FailureAt(path, info.Error());
+  return info;
 }
 
 }  // namespace rastrel::pages

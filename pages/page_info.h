@@ -58,10 +58,11 @@ inline constexpr const char* CutPathsName = "cut-paths";
 
 /// The file's text.
 [[nodiscard]] std::string FormatPageInfo(const PageInfo& info);
-/// Reads such a text. The failure's subject says the line and what is wrong with it; error is
-/// EINVAL.
+/// Reads such a text. The Failure of a text that is wrong has the first wrong line and why; its
+/// error is EINVAL.
 [[nodiscard]] Expected<PageInfo> ParsePageInfo(const std::string& text);
 /// Reads the ".info" of a page directory, given by its native path, with or without closing slash.
+/// The Failure's `where` is the file; its `line` is 0 if the file could not be read.
 [[nodiscard]] Expected<PageInfo> ReadPageInfo(const std::string& directory);
 
 }  // namespace rastrel::pages

@@ -66,8 +66,8 @@ void AddBlocks(State& state, const std::byte* blocks, std::size_t count) {
 }
 
 #if defined(__x86_64__)
-// The processor's own instructions hash about six times as fast, which is what keeps the check sum
-// out of the way of a page at 300 dots per inch. They hold the state as two vectors, ABEF and CDGH.
+// The processor's own instructions hash about six times as fast, which keeps the check sum out of
+// the way of a page at 300 dots per inch. They hold the state as two vectors, ABEF and CDGH.
 __attribute__((target("sha,sse4.1,ssse3"))) void AddBlocksBySha(State& state,
                                                                 const std::byte* blocks,
                                                                 std::size_t count) {

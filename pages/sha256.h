@@ -9,7 +9,7 @@
 /// The check sum of page files: SHA-256 of FIPS 180-4.
 namespace rastrel::pages {
 
-/// Takes bytes in pieces of any size and gives their check sum.
+/// Takes bytes in pieces of any size and returns their check sum.
 class Sha256 {
  public:
   Sha256();

@@ -6,8 +6,9 @@
 ///
 /// - To print: fill a ticket (job/job_ticket.h), call its `PrintJob`, poll its status
 ///   (job/status.h), and call `EndPrint`. The ticket's thread (printing/printing_thread.h) stops
-///   it. A program that prints needs nothing else: without a host of its own it has the standalone
-///   host, with settings and a queue below the data root.
+///   it. `rastrel::job::CheckPrintFiles` (job/print_check.h) says beforehand whether the files of a
+///   print can be written. A program that prints needs nothing else: without a host of its own it
+///   has the standalone host, with settings and a queue below the data root.
 /// - To keep jobs: save and load tickets with an archive (platform/mfc/archive.h).
 /// - To use settings, directories or translations of your own: derive from
 ///   `rastrel::host::Host` (platform/host/host.h), and call `SetHost` before all else.
@@ -28,6 +29,7 @@
 #include "rastrel/imports/xml_file_import.h"
 #include "rastrel/imports/xml_import.h"
 #include "rastrel/job/job_ticket.h"
+#include "rastrel/job/print_check.h"
 #include "rastrel/job/status.h"
 #include "rastrel/job/vk_job_ticket.h"
 #include "rastrel/platform/host/application.h"

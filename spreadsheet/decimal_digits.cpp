@@ -3,15 +3,32 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 
 namespace rastrel::spreadsheet {
 namespace {
 
 constexpr int SignificantDigits = 15;
-// From where on a cell shows an exponent.
+// Beyond these a cell without a format shows an exponent: from 1E+16 on, below 1E-9, and below
+// 1E-4 where more places would be needed.
 constexpr int LargestPlainExponent = 15;
 constexpr int SmallestPlainExponent = -9;
-constexpr int MaximumPlainPlaces = 18;
+constexpr int SmallestExponentOfAnyPlaces = -4;
+constexpr int MaximumPlainPlaces = 16;
+// Up to here every whole number is a double of its own, so that all its digits are meant.
+constexpr double LargestExactWhole = 9007199254740992;
+
+bool IsPlain(int exponent, int places) {
+  if (exponent > LargestPlainExponent || exponent < SmallestPlainExponent) return false;
+  return exponent >= SmallestExponentOfAnyPlaces || places <= MaximumPlainPlaces;
+}
+
+std::string ExactWhole(double value) {
+  std::array<char, 24> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), static_cast<std::int64_t>(value)).ptr;
+  return {text.data(), end};
+}
 
 }  // namespace
 
@@ -80,15 +97,12 @@ int DecimalDigits::Places() const {
 }
 
 std::string ShowGeneral(double value) {
+  if (std::fabs(value) <= LargestExactWhole && std::trunc(value) == value) return ExactWhole(value);
   const DecimalDigits digits(std::fabs(value));
-  if (digits.IsZero()) return "0";
   const std::string sign = value < 0 ? "-" : "";
   const int exponent = digits.Exponent();
   const int places = digits.Places();
-  const bool isPlain = exponent <= LargestPlainExponent && exponent >= SmallestPlainExponent &&
-                       places <= MaximumPlainPlaces &&
-                       (exponent < LargestPlainExponent || std::fabs(value) <= 1e15);
-  if (isPlain) {
+  if (IsPlain(exponent, places)) {
     const std::string integer = digits.Integer();
     return sign + (integer.empty() ? "0" : integer) +
            (places > 0 ? "." + digits.Fraction(places) : "");

@@ -98,6 +98,10 @@ bool Condition::Holds(double value) const {
   return value == bound;
 }
 
+bool Condition::IsForNegatives() const {
+  return bound == 0 && (comparison == "<" || comparison == "<=");
+}
+
 bool FormatSection::Has(PieceKind kind) const {
   return std::ranges::find(pieces, kind, &Piece::kind) != pieces.end();
 }
@@ -116,8 +120,21 @@ FormatCode::FormatCode(std::string_view code) {
     else
       m_Numbers.push_back(std::move(section));
   }
-  // A format of text alone shows numbers as they are.
+  // A format of text alone shows numbers as they are, and so does one that says nothing.
+  if (code.empty()) m_Numbers.clear();
   if (m_Numbers.empty()) m_Numbers.push_back(ReadFormatSection("General"));
+  AddFallback();
+}
+
+// Numbers that meet no condition are shown as they are if no section is left for them.
+void FormatCode::AddFallback() {
+  m_HasFallback = m_Numbers.front().condition && m_Numbers.size() < 3 && m_Numbers.back().condition;
+  if (m_HasFallback) m_Numbers.push_back(ReadFormatSection("General"));
+}
+
+bool FormatCode::IsGeneral() const {
+  const auto& pieces = m_Numbers.front().pieces;
+  return m_Numbers.size() == 1 && pieces.size() == 1 && pieces.front().kind == PieceKind::General;
 }
 
 std::size_t FormatCode::SectionFor(double value) const {
@@ -138,17 +155,25 @@ std::size_t FormatCode::SectionFor(double value) const {
   return value > 0 ? 0 : value < 0 ? 1 : 2;
 }
 
+// Further sections say themselves how a negative number looks.
+bool FormatCode::ShowsSign(std::size_t section) const {
+  const auto& condition = m_Numbers[section].condition;
+  if (section == 0) return !condition || !condition->IsForNegatives();
+  return m_HasFallback && section == m_Numbers.size() - 1;
+}
+
 std::string FormatCode::ShowNumber(double value, DateSystem dates) const {
   if (!std::isfinite(value)) return "#NUM!";
   const std::size_t index = SectionFor(value);
   const FormatSection& section = m_Numbers[index];
-  if (section.isDate) return ShowDate(section, value, dates);
-  if (section.Has(PieceKind::General)) {
-    const bool ownSign = index == 0 || section.condition;
-    return (ownSign && value < 0 ? "-" : "") + ShowPlain(section, ShowGeneral(std::fabs(value)));
+  const bool isNegative = value < 0 && ShowsSign(index);
+  if (section.isDate) {
+    const bool hasSignOfItsOwn = section.hasElapsed && !isNegative;
+    return ShowDate(section, hasSignOfItsOwn ? std::fabs(value) : value, dates);
   }
-  // Further sections say themselves how a negative number looks.
-  return ShowDigits(section, std::fabs(value), value < 0 && index == 0);
+  if (section.Has(PieceKind::General))
+    return (isNegative ? "-" : "") + ShowPlain(section, ShowGeneral(std::fabs(value)));
+  return ShowDigits(section, std::fabs(value), isNegative);
 }
 
 std::string FormatCode::ShowText(const std::string& text) const {

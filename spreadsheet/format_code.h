@@ -25,13 +25,16 @@ enum class PieceKind {
   General,   ///< the number as it is
   Text,      ///< the cell's text
   Year,
+  EraYear,  ///< the year as its calendar counts it
+  Era,      ///< `count` 1 for its letter, 2 for its short name, 3 for its name
+  Quarter,  ///< "Q1", or "1st quarter" if `count` is 2 or more
   Month,
   Day,
   Hour,
   Minute,
   Second,
   SubSecond,  ///< `count` digits after the second, with the point
-  HalfDay,    ///< AM or PM; `flag` for the short a or p
+  HalfDay,    ///< AM or PM, or if `text` is not empty its first or last letter
 };
 
 /// One piece of a section.
@@ -47,6 +50,16 @@ struct Condition {
   std::string comparison;  ///< one of < <= > >= = <>
   double bound = 0;
   [[nodiscard]] bool Holds(double value) const;
+  /// Whether it lets negative numbers in and no positive one, as [<0] does: such a section takes
+  /// the place of the second one, whose literals show the sign.
+  [[nodiscard]] bool IsForNegatives() const;
+};
+
+/// How years of eras are counted.
+enum class Calendar {
+  Gregorian,  ///< has no eras; a year of an era is the year
+  Japanese,   ///< eras of the emperors since Meiji
+  Taiwanese,  ///< from 1912 on
 };
 
 /// The part of a format between two semicolons.
@@ -55,10 +68,11 @@ struct FormatSection {
   std::optional<Condition> condition;
   bool isDate = false;
   bool hasElapsed = false;
-  bool hasText = false;    ///< holds an @
-  bool isGrouped = false;  ///< thousands are set apart
-  int thousands = 0;       ///< commas after the last place: each divides by 1000
-  int percents = 0;        ///< each multiplies by 100
+  bool hasText = false;       ///< holds an @
+  bool isGrouped = false;     ///< thousands are set apart
+  int thousands = 0;          ///< commas after the last place: each divides by 1000
+  bool isPercentage = false;  ///< holds a %: the number is multiplied by 100
+  Calendar calendar = Calendar::Gregorian;
   [[nodiscard]] bool Has(PieceKind kind) const;
 };
 
@@ -77,11 +91,16 @@ class FormatCode {
   [[nodiscard]] std::string ShowText(const std::string& text) const;
   /// Whether it shows positive numbers as dates or times.
   [[nodiscard]] bool ShowsDates() const { return m_Numbers.front().isDate; }
+  /// Whether it shows numbers as they are: "General", or a format of texts alone.
+  [[nodiscard]] bool IsGeneral() const;
 
  private:
+  void AddFallback();
   [[nodiscard]] std::size_t SectionFor(double value) const;
+  [[nodiscard]] bool ShowsSign(std::size_t section) const;
 
   std::vector<FormatSection> m_Numbers;  // at least one
+  bool m_HasFallback = false;            // the last one is for numbers that no condition lets in
   std::optional<FormatSection> m_Text;
 };
 

@@ -1,7 +1,9 @@
 // Reads the sections of number formats.
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cstdint>
 
 #include "spreadsheet/format_code.h"
 
@@ -9,6 +11,9 @@ namespace rastrel::spreadsheet {
 namespace {
 
 constexpr std::string_view GeneralWord = "General";
+// The system's own formats of dates and times, which are English here.
+constexpr std::string_view SystemLongDate = "dddd, mmmm d, yyyy";
+constexpr std::string_view SystemTime = "h:mm:ss AM/PM";
 
 bool SameLetter(char one, char other) {
   return std::tolower(static_cast<unsigned char>(one)) ==
@@ -35,6 +40,8 @@ class SectionReader {
 
   FormatSection Read() {
     while (!m_Rest.empty()) ReadPiece();
+    if (!m_SystemFormat.empty() && m_Section.isDate) return SectionReader(m_SystemFormat).Read();
+    if (HasDateAfterPlaces()) ShowGeneral();
     FindMinutes();
     FindFraction();
     return std::move(m_Section);
@@ -94,8 +101,7 @@ class SectionReader {
     if (end == m_Rest.npos) return Add(PieceKind::Literal, Take(m_Rest.size()));
     const std::string_view content = Take(end + 1).substr(1, end - 1);
     if (content.empty()) return;
-    if (content.front() == '$')
-      return Add(PieceKind::Literal, content.substr(1, content.find('-', 1) - 1));
+    if (content.front() == '$') return ReadLocale(content.substr(1));
     if (std::string_view("<>=").find(content.front()) != std::string_view::npos)
       return ReadCondition(content);
     if (content.find_first_not_of("hH") == content.npos)
@@ -107,9 +113,44 @@ class SectionReader {
     // Anything else is a color, or has no effect on the text.
   }
 
+  // "0.0 m" is no format: its place begins a number, and its letter a date.
+  [[nodiscard]] bool HasDateAfterPlaces() const {
+    const auto first = std::ranges::find_if(m_Section.pieces, [](const Piece& piece) {
+      return piece.kind == PieceKind::Digit || piece.kind >= PieceKind::Year;
+    });
+    return m_Section.isDate && first != m_Section.pieces.end() && first->kind == PieceKind::Digit;
+  }
+
+  void ShowGeneral() {
+    m_Section.pieces.clear();
+    Add(PieceKind::General);
+    m_Section.isDate = m_Section.hasElapsed = false;
+  }
+
+  // "CURRENCY-LANGUAGE". The language is a number of 32 bits in hexadecimal digits, whose lower
+  // half is the language's own number (18.8.31).
+  void ReadLocale(std::string_view content) {
+    const std::size_t dash = std::min(content.find('-'), content.size());
+    if (dash > 0) Add(PieceKind::Literal, content.substr(0, dash));
+    const std::string_view language = content.substr(std::min(dash + 1, content.size()));
+    if (BeginsWith(language, "x-sysdate")) m_SystemFormat = SystemLongDate;
+    if (BeginsWith(language, "x-systime")) m_SystemFormat = SystemTime;
+    std::uint32_t number = 0;
+    const char* end = language.data() + language.size();
+    if (std::from_chars(language.data(), end, number, 16).ptr != end) return;
+    switch (number & 0xFFFFU) {
+      case 0xF800: m_SystemFormat = SystemLongDate; break;
+      case 0xF400: m_SystemFormat = SystemTime; break;
+      case 0x0411: m_Section.calendar = Calendar::Japanese; break;
+      case 0x0404: m_Section.calendar = Calendar::Taiwanese; break;
+      default: break;
+    }
+  }
+
   void AddElapsed(PieceKind kind, std::string_view letters) {
     m_Section.isDate = m_Section.hasElapsed = true;
     Add(kind, {}, static_cast<int>(letters.size()), true);
+    if (kind == PieceKind::Second) ReadSubSecond();
   }
 
   void ReadCondition(std::string_view content) {
@@ -124,9 +165,9 @@ class SectionReader {
   bool ReadHalfDay() {
     for (const std::string_view word : {std::string_view("AM/PM"), std::string_view("A/P")}) {
       if (!BeginsWith(m_Rest, word)) continue;
-      Take(word.size());
+      const std::string_view letters = Take(word.size());
       m_Section.isDate = true;
-      Add(PieceKind::HalfDay, {}, 1, word.size() == 3);
+      Add(PieceKind::HalfDay, letters.size() == 3 ? letters : "");
       return true;
     }
     return false;
@@ -152,13 +193,25 @@ class SectionReader {
       case 'd': kind = PieceKind::Day; break;
       case 'h': kind = PieceKind::Hour; break;
       case 's': kind = PieceKind::Second; break;
+      case 'e': kind = PieceKind::EraYear; break;
+      case 'q': kind = PieceKind::Quarter; break;
+      case 'g': kind = PieceKind::Era; break;
       default: return false;
     }
+    if (!CanBe(kind)) return false;
     Take(count);
     m_Section.isDate = true;
     Add(kind, {}, static_cast<int>(count));
     if (kind == PieceKind::Second) ReadSubSecond();
     return true;
+  }
+
+  // Letters that are rare in dates are more likely a unit without its quotes next to a number, and
+  // only some calendars have eras.
+  [[nodiscard]] bool CanBe(PieceKind kind) const {
+    const bool isRare = kind == PieceKind::EraYear || kind == PieceKind::Quarter;
+    if (kind == PieceKind::Era) return m_Section.calendar != Calendar::Gregorian;
+    return !isRare || !(m_Section.Has(PieceKind::Digit) || m_Section.Has(PieceKind::General));
   }
 
   void ReadSubSecond() {
@@ -178,7 +231,7 @@ class SectionReader {
     } else if (letter == ',' && m_Section.Has(PieceKind::Digit) && !m_Section.isDate) {
       ReadCommas();
     } else if (letter == '%') {
-      ++m_Section.percents;
+      m_Section.isPercentage = true;
       Add(PieceKind::Literal, Take(1));
     } else {
       return false;
@@ -245,6 +298,7 @@ class SectionReader {
   }
 
   std::string_view m_Rest;
+  std::string_view m_SystemFormat;  // that takes the place of the section's dates; empty if none
   FormatSection m_Section;
 };
 

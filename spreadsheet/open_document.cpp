@@ -63,12 +63,12 @@ class TableReader : public GuardedHandler {
     for (XmlNode child = xml::FirstChild(style); child; child = xml::NextSibling(child))
       if (xml::AttributeBytes(child, L"table:display") == "false")
         m_Hidden.emplace(xml::AttributeBytes(style, L"style:name"));
-    if (m_Hidden.size() > limits::Formats) Refuse(L"there are too many styles of hidden tables");
+    if (m_Hidden.size() > limits::Formats) Refuse("there are too many styles of hidden tables");
   }
 
   StreamChoice BeginTable(const XmlNode& start) {
     if (++m_Tables > limits::Sheets) {
-      Refuse(L"there are more sheets than the limit of " + std::to_wstring(limits::Sheets));
+      Refuse("there are more sheets than the limit of " + std::to_string(limits::Sheets));
       return StreamChoice::Skip;
     }
     if (m_Only >= 0 && m_Tables != static_cast<std::size_t>(m_Only) + 1) return StreamChoice::Skip;
@@ -118,16 +118,16 @@ class RowReader : public TableReader {
   void Row(const XmlNode& row) override {
     const std::uint64_t repeats = RepeatsOf(row, L"table:number-rows-repeated");
     ReadCells(row);
-    if (Refusal()) return;
+    if (Refused()) return;
     if (m_Cells.empty()) {
       m_Row += repeats;
       return;
     }
     if (repeats > limits::Rows || m_Row + repeats > limits::Rows)
-      return Refuse(L"row " + std::to_wstring(m_Row + 1) + L" comes " + std::to_wstring(repeats) +
-                    L" times, and the last row is " + std::to_wstring(limits::Rows));
+      return Refuse("row " + std::to_string(m_Row + 1) + " comes " + std::to_string(repeats) +
+                    " times, and the last row is " + std::to_string(limits::Rows));
     CountRepeats((repeats - 1) * m_Cells.size());
-    for (std::uint64_t time = 0; time < repeats && !Refusal(); ++time) {
+    for (std::uint64_t time = 0; time < repeats && !Refused(); ++time) {
       m_Copy = m_Cells;
       Guard([this] { OrThrow(m_Sink.Row(++m_Row, m_Copy)); });
     }
@@ -136,7 +136,7 @@ class RowReader : public TableReader {
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
-    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell)) {
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refused(); cell = xml::NextSibling(cell)) {
       if (xml::BaseName(cell) != L"table-cell") {
         if (xml::BaseName(cell) == L"covered-table-cell")
           column += RepeatsOf(cell, L"table:number-columns-repeated");
@@ -151,12 +151,13 @@ class RowReader : public TableReader {
   void AddCell(const XmlNode& cell, std::uint64_t column, std::uint64_t repeats) {
     std::string text;
     const std::wstring why = ShowOpenDocumentCell(cell, text);
-    if (!why.empty()) return Refuse(L"row " + std::to_wstring(m_Row + 1) + L": " + why);
+    if (!why.empty())
+      return Refuse("row " + std::to_string(m_Row + 1) + ": " + os::Utf8FromWide(why));
     if (text.empty()) return;
     if (column > limits::Columns || repeats > limits::Columns || column + repeats > limits::Columns)
-      return Refuse(L"row " + std::to_wstring(m_Row + 1) + L" has a cell that comes " +
-                    std::to_wstring(repeats) + L" times behind " + std::to_wstring(column) +
-                    L" others, and the limit is " + std::to_wstring(limits::Columns) + L" columns");
+      return Refuse("row " + std::to_string(m_Row + 1) + " has a cell that comes " +
+                    std::to_string(repeats) + " times behind " + std::to_string(column) +
+                    " others, and the limit is " + std::to_string(limits::Columns) + " columns");
     CountRepeats(repeats - 1);
     m_Cells.resize(column);
     m_Cells.insert(m_Cells.end(), repeats, text);
@@ -165,8 +166,7 @@ class RowReader : public TableReader {
   void CountRepeats(std::uint64_t cells) {
     m_Repeated += cells;
     if (m_Repeated > limits::RepeatedCells)
-      Refuse(L"repeats make more cells than the limit of " +
-             std::to_wstring(limits::RepeatedCells));
+      Refuse("repeats make more cells than the limit of " + std::to_string(limits::RepeatedCells));
   }
 
   RowSink& m_Sink;

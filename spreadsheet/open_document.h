@@ -23,9 +23,9 @@ struct XmlPlace {
 /// for all. Throws an Error, also with a failure of the sink.
 void ReadOpenDocumentRows(const XmlPlace& document, int only, RowSink& sink);
 
-/// Writes a document, or one of its sheets, as a document of its own that holds what the library's
-/// import reads: the tables with their rows, cells and texts, and nothing else. `target` is a
-/// native path, whose file is made new.
+/// Writes a document, or one of its sheets, as a document of its own with only the parts that the
+/// library's import reads: the tables with their rows, cells and texts. `target` is a native path;
+/// its file is made new.
 [[nodiscard]] Expected<void> WriteSpreadsheetContent(const XmlPlace& document, int only,
                                                      const std::string& target);
 

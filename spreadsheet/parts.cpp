@@ -1,5 +1,6 @@
 #include "spreadsheet/parts.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -14,11 +15,11 @@ namespace fs = std::filesystem;
 Parts::Parts(std::unique_ptr<Package> package, std::string folder, UnpackProgress progress)
     : m_Package(std::move(package)), m_Folder(std::move(folder)), m_Progress(std::move(progress)) {}
 
-// Thrown through the unpacking when nobody waits for it any more.
-struct Stopped {};
+// Thrown through the unpacking of a part that nobody will read any further.
+struct Unwanted {};
 
 Parts::~Parts() {
-  m_Stops = true;
+  m_Demand = Demand::Nothing;
   Join();
 }
 
@@ -49,21 +50,41 @@ Expected<void> Parts::FetchAhead(const std::vector<std::string>& parts) {
   });
 }
 
+// Whether the part's next bytes are. A reader that waits for a later part has left this one.
+bool Parts::IsWanted(std::size_t index, std::uint64_t whole) const {
+  const Demand demand = m_Demand;
+  if (demand == Demand::Nothing) return false;
+  if (whole <= WholeBytes) return true;
+  if (demand == Demand::SmallParts) return false;
+  return std::none_of(m_Ahead.begin() + static_cast<std::ptrdiff_t>(index) + 1, m_Ahead.end(),
+                      [](const Ahead& later) { return later.file->IsAwaited(); });
+}
+
+void Parts::UnpackOne(std::size_t index) {
+  const Ahead& ahead = m_Ahead[index];
+  const std::uint64_t size = m_Package->SizeOf(ahead.part);
+  if (!IsWanted(index, size)) throw Unwanted();
+  m_Package->Unpack(ahead.part, PathOf(ahead.part), [&](std::uint64_t done, std::uint64_t whole) {
+    if (!IsWanted(index, whole)) throw Unwanted();
+    ahead.file->Grow(done);
+    if (m_Progress) m_Progress(done, whole);
+  });
+}
+
 void Parts::UnpackAhead() {
-  for (Ahead& ahead : m_Ahead) {
+  for (std::size_t index = 0; index < m_Ahead.size(); ++index) {
+    bool isWhole = false;
     try {
-      if (m_Failure) throw Stopped();
-      m_Package->Unpack(ahead.part, PathOf(ahead.part),
-                        [&](std::uint64_t done, std::uint64_t whole) {
-                          if (m_Stops) throw Stopped();
-                          ahead.file->Grow(done);
-                          if (m_Progress) m_Progress(done, whole);
-                        });
-      ahead.file->End(true);
+      if (!m_Failure) {
+        UnpackOne(index);
+        isWhole = true;
+      }
+    } catch (const Unwanted&) {
+      isWhole = false;
     } catch (...) {
-      if (!m_Failure) m_Failure = std::current_exception();
-      ahead.file->End(false);
+      m_Failure = std::current_exception();
     }
+    m_Ahead[index].file->End(isWhole);
   }
 }
 
@@ -76,8 +97,13 @@ Expected<void> Parts::Settle() {
   return Caught([this] { ThrowFailure(); });
 }
 
+Expected<void> Parts::Stop() {
+  m_Demand = Demand::SmallParts;
+  return Settle();
+}
+
 Expected<void> Parts::Discard(const std::string& part) {
-  if (const auto settled = Settle(); !settled) return settled;
+  if (auto stopped = Stop(); !stopped) return stopped;
   m_Thread = std::thread([path = PathOf(part)] {
     std::error_code ignored;
     fs::remove(path, ignored);

@@ -83,8 +83,9 @@ Moment MomentOf(const FormatSection& section, double days) {
   constexpr double precision = 1e5;
   double seconds = std::round((days - std::floor(days)) * SecondsADay * precision) / precision;
   moment.day = static_cast<std::int64_t>(std::floor(days));
-  const bool hasDate =
-      section.Has(PieceKind::Year) || section.Has(PieceKind::Month) || section.Has(PieceKind::Day);
+  const bool hasDate = std::ranges::any_of(section.pieces, [](const Piece& piece) {
+    return piece.kind >= PieceKind::Year && piece.kind <= PieceKind::Day;
+  });
   const bool hasTime = section.Has(PieceKind::Hour) || section.Has(PieceKind::Minute) ||
                        section.Has(PieceKind::Second);
   if (hasTime && hasDate && std::round(seconds * scale) / scale >= SecondsADay) {
@@ -95,6 +96,48 @@ Moment MomentOf(const FormatSection& section, double days) {
   SetSeconds(moment, seconds, places);
   FindDate(moment);
   return moment;
+}
+
+// An era of the Japanese calendar, by its first day since 30 December 1899 and the year before its
+// first.
+struct Era {
+  std::int64_t firstDay;
+  std::int64_t yearBefore;
+  std::array<std::string_view, 3> names;
+};
+constexpr std::array JapaneseEras{
+    Era{43586, 2018, {"R", "\u4EE4", "\u4EE4\u548C"}},   // 1 May 2019
+    Era{32516, 1988, {"H", "\u5E73", "\u5E73\u6210"}},   // 8 January 1989
+    Era{9856, 1925, {"S", "\u662D", "\u662D\u548C"}},    // 25 December 1926
+    Era{4595, 1911, {"T", "\u5927", "\u5927\u6B63"}},    // 30 July 1912
+    Era{-11662, 1867, {"M", "\u660E", "\u660E\u6CBB"}},  // 25 January 1868
+};
+constexpr Era TaiwaneseEra{
+    4384, 1911, {"\u6C11\u570B", "\u6C11\u570B", "\u4E2D\u83EF\u6C11\u570B"}};  // 1 January 1912
+constexpr Era NoEra{0, 0, {}};
+
+const Era& EraOf(const Moment& moment, Calendar calendar) {
+  if (calendar == Calendar::Taiwanese && moment.day >= TaiwaneseEra.firstDay) return TaiwaneseEra;
+  if (calendar != Calendar::Japanese) return NoEra;
+  const auto found = std::ranges::find_if(
+      JapaneseEras, [&](const Era& era) { return moment.day >= era.firstDay; });
+  return found == JapaneseEras.end() ? NoEra : *found;
+}
+
+std::string ShowEraYear(const Moment& moment, const Piece& piece, Calendar calendar) {
+  const std::int64_t before = EraOf(moment, calendar).yearBefore;
+  if (before == 0) return Number(moment.year, 4);
+  return Number(moment.year - before, std::min(piece.count, 2));
+}
+
+std::string_view ShowEra(const Moment& moment, const Piece& piece, Calendar calendar) {
+  return EraOf(moment, calendar).names[static_cast<std::size_t>(std::min(piece.count, 3) - 1)];
+}
+
+std::string ShowQuarter(const Moment& moment, const Piece& piece) {
+  constexpr std::array names{"1st quarter", "2nd quarter", "3rd quarter", "4th quarter"};
+  const unsigned quarter = (moment.month - 1) / 3;
+  return piece.count > 1 ? names[quarter] : "Q" + std::to_string(quarter + 1);
 }
 
 std::string ShowMonth(const Moment& moment, int letters) {
@@ -112,27 +155,41 @@ std::string ShowDay(const Moment& moment, int letters) {
 
 std::string ShowHour(const Moment& moment, const Piece& piece, bool halfDays) {
   std::int64_t hour = moment.seconds / 3600;
-  if (halfDays && !piece.flag) hour = (hour + 11) % 12 + 1;
-  return Number(hour, piece.count);
+  if (piece.flag) return Number(hour, piece.count);
+  if (halfDays) hour = (hour + 11) % 12 + 1;
+  return Number(hour, std::min(piece.count, 2));
 }
 
-std::string ShowPart(const Moment& moment, const Piece& piece, bool halfDays) {
+std::string ShowMinutes(const Moment& moment, const Piece& piece) {
+  if (piece.flag) return Number(moment.seconds / 60, piece.count);
+  return Number(moment.seconds / 60 % 60, std::min(piece.count, 2));
+}
+
+std::string ShowSeconds(const Moment& moment, const Piece& piece) {
+  if (piece.flag) return Number(moment.seconds, piece.count);
+  return Number(moment.seconds % 60, std::min(piece.count, 2));
+}
+
+std::string ShowHalfDay(const Moment& moment, const Piece& piece) {
+  const bool isMorning = moment.seconds / 3600 < 12;
+  if (piece.text.empty()) return isMorning ? "AM" : "PM";
+  return {isMorning ? piece.text.front() : piece.text.back()};
+}
+
+std::string ShowPart(const Moment& moment, const Piece& piece, const FormatSection& section) {
   switch (piece.kind) {
     case PieceKind::Year:
       return piece.count <= 2 ? Number(moment.year % 100, 2) : Number(moment.year, 4);
     case PieceKind::Month: return ShowMonth(moment, piece.count);
     case PieceKind::Day: return ShowDay(moment, piece.count);
-    case PieceKind::Hour: return ShowHour(moment, piece, halfDays);
-    case PieceKind::Minute:
-      return Number(piece.flag ? moment.seconds / 60 : moment.seconds / 60 % 60, piece.count);
-    case PieceKind::Second:
-      return Number(piece.flag ? moment.seconds : moment.seconds % 60, piece.count);
+    case PieceKind::EraYear: return ShowEraYear(moment, piece, section.calendar);
+    case PieceKind::Era: return std::string(ShowEra(moment, piece, section.calendar));
+    case PieceKind::Quarter: return ShowQuarter(moment, piece);
+    case PieceKind::Hour: return ShowHour(moment, piece, section.Has(PieceKind::HalfDay));
+    case PieceKind::Minute: return ShowMinutes(moment, piece);
+    case PieceKind::Second: return ShowSeconds(moment, piece);
     case PieceKind::SubSecond: return "." + moment.subSeconds;
-    case PieceKind::HalfDay: {
-      const bool isMorning = moment.seconds / 3600 < 12;
-      if (piece.flag) return isMorning ? "A" : "P";
-      return isMorning ? "AM" : "PM";
-    }
+    case PieceKind::HalfDay: return ShowHalfDay(moment, piece);
     case PieceKind::Literal:
     case PieceKind::Digit: return piece.text;
     default: return {};
@@ -145,9 +202,8 @@ std::string ShowDate(const FormatSection& section, double days, DateSystem dates
   if (dates == DateSystem::From1904 && !section.hasElapsed) days += DaysBetweenSystems;
   if (!(days < LastDay && days > FirstDay)) return NoDate;
   const Moment moment = MomentOf(section, days);
-  const bool halfDays = section.Has(PieceKind::HalfDay);
   std::string shown = section.hasElapsed && days < 0 ? "-" : "";
-  for (const Piece& piece : section.pieces) shown += ShowPart(moment, piece, halfDays);
+  for (const Piece& piece : section.pieces) shown += ShowPart(moment, piece, section);
   return shown;
 }
 

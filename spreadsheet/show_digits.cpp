@@ -1,6 +1,7 @@
 // Numbers by the places of a format: plain, with an exponent, as fractions.
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -89,12 +90,15 @@ std::string ShowWithExponent(const FormatSection& section, DecimalDigits digits,
   const Pieces& pieces = section.pieces;
   const std::size_t sign = Find(pieces, PieceKind::Exponent);
   const std::size_t point = std::min(Find(pieces, PieceKind::Point), sign);
-  // With several places in front of the point the exponent is a multiple of their number.
-  const int step = std::max(PlacesIn(pieces, 0, point), 1);
+  // With several places in front of the point the exponent is a multiple of their number; with none
+  // the mantissa is below 1.
+  const int before = PlacesIn(pieces, 0, point);
+  const int step = std::max(before, 1);
   const int places = PlacesIn(pieces, point, sign);
   int exponent = 0;
   const auto fit = [&](const DecimalDigits& number) {
-    const int own = number.Exponent();
+    if (number.IsZero()) return 0;
+    const int own = number.Exponent() + (before == 0 && point < sign ? 1 : 0);
     const int fitting = (own >= 0 ? own : own - step + 1) / step * step;
     exponent += fitting;
     return fitting;
@@ -106,7 +110,9 @@ std::string ShowWithExponent(const FormatSection& section, DecimalDigits digits,
   const auto least = static_cast<std::size_t>(PlacesIn(pieces, sign, pieces.size()));
   if (number.size() < least) number.insert(0, least - number.size(), '0');
   std::string shown = isNegative && !digits.IsZero() ? "-" : "";
-  shown += ShowMantissa(section, sign, digits) + pieces[sign].text;
+  const std::string mantissa = ShowMantissa(section, sign, digits);
+  const bool hasDigit = mantissa.find_first_of("0123456789") != mantissa.npos;
+  shown += mantissa + (hasDigit ? "" : "0") + pieces[sign].text;
   shown += (exponent < 0 ? "-" : pieces[sign].flag ? "+" : "") + number;
   for (std::size_t at = sign; at < pieces.size(); ++at)
     if (pieces[at].kind == PieceKind::Literal) shown += pieces[at].text;
@@ -154,6 +160,41 @@ std::int64_t LargestDenominator(int places) {
   return std::max<std::int64_t>(largest - 1, 1);
 }
 
+// A number without its whole part, of the digits that count.
+double FractionOf(double magnitude) {
+  const DecimalDigits digits(magnitude);
+  const std::string text = "0." + digits.Fraction(digits.Places());
+  double fraction = 0;
+  std::from_chars(text.data(), text.data() + text.size(), fraction);
+  return fraction;
+}
+
+std::int64_t NearestWhole(double value) {
+  DecimalDigits digits(value);
+  digits.RoundTo(0);
+  const std::string text = digits.Integer();
+  std::int64_t whole = 0;
+  std::from_chars(text.data(), text.data() + text.size(), whole);
+  return whole;
+}
+
+// The places of a denominator are unused on its right if they are blanks, and else on its left.
+std::string ShowDenominator(const Pieces& pieces, std::size_t begin, std::size_t end,
+                            std::int64_t denominator) {
+  std::string shown = std::to_string(denominator);
+  const std::size_t places = end - begin;
+  if (begin == end || shown.size() >= places) return shown;
+  if (pieces[begin].text == "?") shown.resize(places, ' ');
+  if (pieces[begin].text == "0") shown.insert(0, places - shown.size(), '0');
+  return shown;
+}
+
+bool HasZero(const Pieces& pieces, std::size_t begin, std::size_t end) {
+  for (std::size_t at = begin; at < end; ++at)
+    if (pieces[at].kind == PieceKind::Digit && pieces[at].text == "0") return true;
+  return false;
+}
+
 std::string ShowAsFraction(const FormatSection& section, double magnitude, bool isNegative) {
   constexpr double tooLarge = 1e15;
   if (magnitude >= tooLarge) return (isNegative ? "-" : "") + ShowGeneral(magnitude);
@@ -168,8 +209,8 @@ std::string ShowAsFraction(const FormatSection& section, double magnitude, bool 
   const std::int64_t fixed = pieces[bar].count;
 
   double whole = hasWhole ? std::floor(magnitude) : 0;
-  const double rest = magnitude - whole;
-  Ratio ratio{std::llround(rest * static_cast<double>(fixed)), fixed};
+  const double rest = hasWhole ? FractionOf(magnitude) : magnitude;
+  Ratio ratio{NearestWhole(rest * static_cast<double>(fixed)), fixed};
   if (fixed == 0) ratio = NearestRatio(rest, LargestDenominator(places));
   if (hasWhole && ratio.numerator == ratio.denominator) {
     whole += 1;
@@ -179,16 +220,11 @@ std::string ShowAsFraction(const FormatSection& section, double magnitude, bool 
   std::string shown = isNegative && !isZero ? "-" : "";
   const std::string wholeDigits = isZero ? "0" : DecimalDigits(whole).Integer();
   shown += ShowInteger(pieces, 0, begin, hasWhole ? wholeDigits : "", section.isGrouped);
-  const auto places2 = static_cast<std::size_t>(places);
-  if (hasWhole && ratio.numerator == 0) {
-    shown.append(bar - begin + 1 + places2, ' ');
-  } else {
-    shown += ShowInteger(pieces, begin, bar, std::to_string(ratio.numerator), false) + "/";
-    std::string denominator = std::to_string(ratio.denominator);
-    const bool pads = bar + 1 < end && pieces[bar + 1].text == "?";
-    if (pads && denominator.size() < places2) denominator.resize(places2, ' ');
-    shown += denominator;
-  }
+  if (hasWhole && ratio.numerator == 0 && !HasZero(pieces, begin, bar))
+    shown.append(end - begin, ' ');
+  else
+    shown += ShowInteger(pieces, begin, bar, std::to_string(ratio.numerator), false) + "/" +
+             ShowDenominator(pieces, bar + 1, end, ratio.denominator);
   for (std::size_t at = end; at < pieces.size(); ++at)
     if (pieces[at].kind == PieceKind::Literal) shown += pieces[at].text;
   return shown;
@@ -198,12 +234,10 @@ std::string ShowAsFraction(const FormatSection& section, double magnitude, bool 
 
 std::string ShowDigits(const FormatSection& section, double magnitude, bool isNegative) {
   const Pieces& pieces = section.pieces;
-  if (section.Has(PieceKind::Bar)) {
-    const double percents = std::pow(100.0, section.percents);
-    return ShowAsFraction(section, magnitude * percents, isNegative);
-  }
+  if (section.Has(PieceKind::Bar))
+    return ShowAsFraction(section, section.isPercentage ? magnitude * 100 : magnitude, isNegative);
   DecimalDigits digits(magnitude);
-  digits.Scale(2 * section.percents - 3 * section.thousands);
+  digits.Scale((section.isPercentage ? 2 : 0) - 3 * section.thousands);
   if (section.Has(PieceKind::Exponent)) return ShowWithExponent(section, digits, isNegative);
   const std::size_t point = Find(pieces, PieceKind::Point);
   digits.RoundTo(PlacesIn(pieces, point, pieces.size()));

@@ -36,7 +36,7 @@ class RootReader : public GuardedHandler {
   [[nodiscard]] const std::wstring& Root() const { return m_Root; }
   xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int) override {
     m_Root = baseName;
-    GuardedHandler::Refuse(L"enough is known");
+    GuardedHandler::Refuse("enough is known");
     return xml::StreamChoice::Skip;
   }
   void Node(const XmlNode&) override {}
@@ -132,7 +132,7 @@ Source Open(const std::string& path, const std::string& folder, const UnpackProg
 template <typename T>
 Expected<T> Settled(const Source& source, Expected<T> result) {
   if (result || !source.parts) return result;
-  if (const auto settled = source.parts->Settle(); !settled) return settled.Error();
+  if (const auto stopped = source.parts->Stop(); !stopped) return stopped.Error();
   return result;
 }
 

@@ -1,6 +1,5 @@
 // Spreadsheet content as a document of its own, for the reader of the interface.
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -64,7 +63,8 @@ class ContentWriter : public GuardedHandler {
   }
 
   void Flush() {
-    if (!os::WriteAll(m_File->Get(), m_Text)) throw Error({"write", m_Target, errno});
+    if (const auto written = os::WriteAll(m_File->Get(), m_Text); !written)
+      throw Error(FailureAt(m_Target, written.Error()));
     m_Text.clear();
   }
 

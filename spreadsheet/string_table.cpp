@@ -34,11 +34,11 @@ StringTable StringTable::Read(Parts& parts, const std::string& part, std::size_t
     table.m_Text += TextOf(node);
     table.m_Ends.push_back(static_cast<std::uint32_t>(table.m_Text.size()));
     if (table.m_Ends.size() > limits::Strings)
-      reader.Refuse(L"there are more shared strings than the limit of " +
-                    std::to_wstring(limits::Strings));
+      reader.Refuse("there are more shared strings than the limit of " +
+                    std::to_string(limits::Strings));
     if (table.m_Text.size() > maximumBytes)
-      reader.Refuse(L"the shared strings have more bytes than the limit of " +
-                    std::to_wstring(maximumBytes));
+      reader.Refuse("the shared strings have more bytes than the limit of " +
+                    std::to_string(maximumBytes));
   });
   const std::string path = OrThrow(parts.Fetch(part));
   if (!reader.ReadFrom(path, xml::XmlWhitespace::Keep)) parts.RefuseXml(part, "it can't be read");

@@ -44,14 +44,14 @@ Relationships ReadRelationships(Parts& parts, const std::string& part) {
     // The first of several with one id counts.
     relationships.emplace(AttributeNamed(node, L"Id"), std::move(one));
     if (relationships.size() > MaximumRelationships)
-      reader.Refuse(L"there are more relationships than the limit of " +
-                    std::to_wstring(MaximumRelationships));
+      reader.Refuse("there are more relationships than the limit of " +
+                    std::to_string(MaximumRelationships));
   });
   Stream(parts, part, reader, "Relationships");
   return relationships;
 }
 
-// The content type that the package gives a part.
+// The content type of a part in the package.
 std::string ContentTypeOf(Parts& parts, const std::string& part) {
   std::string own;
   std::string byExtension;
@@ -126,7 +126,7 @@ Workbook ReadWorkbook(Parts& parts) {
   reader.On({L"workbook", L"sheets", L"sheet"}, [&](const XmlNode& node) {
     workbook.sheets.push_back(ReadSheet(node));
     if (workbook.sheets.size() > limits::Sheets)
-      reader.Refuse(L"there are more sheets than the limit of " + std::to_wstring(limits::Sheets));
+      reader.Refuse("there are more sheets than the limit of " + std::to_string(limits::Sheets));
   });
   reader.On({L"workbook", L"workbookPr"}, [&](const XmlNode& node) {
     if (IsYes(AttributeNamed(node, L"date1904"))) workbook.dates = DateSystem::From1904;

@@ -14,8 +14,7 @@ WorkbookFormats WorkbookFormats::Read(Parts& parts, const std::string& part) {
   PathReader reader;
   const auto check = [&reader](std::size_t count) {
     if (count > limits::Formats)
-      reader.Refuse(L"there are more formats than the limit of " +
-                    std::to_wstring(limits::Formats));
+      reader.Refuse("there are more formats than the limit of " + std::to_string(limits::Formats));
   };
   reader.On({L"styleSheet", L"numFmts", L"numFmt"}, [&](const XmlNode& node) {
     const auto number = WholeNumber(xml::AttributeBytes(node, L"numFmtId"));

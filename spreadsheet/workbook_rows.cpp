@@ -20,8 +20,6 @@ namespace {
 
 using xml::StreamChoice;
 
-std::string ShowBoolean(std::string_view text) { return IsYes(text) ? "TRUE" : "FALSE"; }
-
 std::optional<double> NumberOf(std::string_view text) {
   double number = 0;
   const char* end = text.data() + text.size();
@@ -56,53 +54,61 @@ class SheetReader : public GuardedHandler {
 
   [[nodiscard]] bool FoundRoot() const { return m_FoundRoot; }
 
-  StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
+  StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
     if (depth == 0) {
       m_FoundRoot = baseName == L"worksheet";
       return m_FoundRoot ? StreamChoice::Enter : StreamChoice::Skip;
     }
     if (depth == 1 && baseName == L"sheetData") return StreamChoice::Enter;
-    return depth == 2 && baseName == L"row" ? StreamChoice::Node : StreamChoice::Skip;
+    if (depth != 2 || baseName != L"row") return StreamChoice::Skip;
+    TakeRowNumber(xml::AttributeBytes(start, L"r"));
+    return StreamChoice::Node;
   }
   void End(std::wstring_view, int) override {}
 
   void Node(const XmlNode& row) override {
-    const std::uint64_t before = m_Row++;
-    if (const std::string_view number = xml::AttributeBytes(row, L"r"); !number.empty()) {
-      const auto own = WholeNumber(number);
-      if (!own || *own <= before)
-        return Refuse(L"the row numbered '" + os::WideFromUtf8(number) + L"' comes after row " +
-                      std::to_wstring(before));
-      m_Row = *own;
-    }
     ReadCells(row);
     while (!m_Cells.empty() && m_Cells.back().empty()) m_Cells.pop_back();
-    if (Refusal() || m_Cells.empty()) return;
+    if (Refused() || m_Cells.empty()) return;
     if (m_Row > limits::Rows)
-      return Refuse(L"row " + std::to_wstring(m_Row) + L" lies behind the last one, " +
-                    std::to_wstring(limits::Rows));
+      return Refuse("row " + std::to_string(m_Row) + " lies behind the last one, " +
+                    std::to_string(limits::Rows));
     Guard([this] { OrThrow(m_Sink.Row(m_Row, m_Cells)); });
   }
 
  private:
+  // A row without a number comes after the one before it. Read at the row's begin, so that a
+  // refusal has its place.
+  void TakeRowNumber(std::string_view number) {
+    const std::uint64_t before = m_Row++;
+    if (number.empty()) return;
+    const auto own = WholeNumber(number);
+    if (!own || *own == 0)
+      return Refuse("the attribute 'r' of a row is '" + PrintableName(number) +
+                    "', and not a whole number from 1 on");
+    if (*own <= before)
+      return Refuse("the row numbered '" + PrintableName(number) + "' comes after row " +
+                    std::to_string(before));
+    m_Row = *own;
+  }
+
   void ReadCells(const XmlNode& row) {
     m_Cells.clear();
     std::uint64_t column = 0;
-    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell)) {
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refused(); cell = xml::NextSibling(cell)) {
       if (xml::BaseName(cell) != L"c") continue;
       ++column;
       const std::string_view reference = xml::AttributeBytes(cell, L"r");
       if (const auto place = PlaceOf(reference)) column = place->column;
       if (column > limits::Columns)
-        return Refuse(L"cell '" + os::WideFromUtf8(reference) + L"' of row " +
-                      std::to_wstring(m_Row) + L" lies behind the last column, " +
-                      os::WideFromUtf8(ColumnName(limits::Columns)));
+        return Refuse("cell '" + PrintableName(reference) + "' of row " + std::to_string(m_Row) +
+                      " lies behind the last column, " + ColumnName(limits::Columns));
       if (m_Cells.size() < column) m_Cells.resize(column);
       m_Cells[column - 1] = Show(cell);
       if (m_Cells[column - 1].size() > limits::CellBytes)
-        return Refuse(L"a cell of row " + std::to_wstring(m_Row) +
-                      L" has a text longer than the limit of " +
-                      std::to_wstring(limits::CellBytes) + L" bytes");
+        return Refuse("a cell of row " + std::to_string(m_Row) +
+                      " has a text longer than the limit of " + std::to_string(limits::CellBytes) +
+                      " bytes");
     }
   }
 
@@ -121,10 +127,16 @@ class SheetReader : public GuardedHandler {
     const std::string_view text = xml::TextBytes(value, m_Scratch);
     if (text.empty() || type == "e" || type == "inlineStr") return std::string(text);
     if (type == "s") return ShowShared(text, code);
-    if (type == "b") return ShowBoolean(text);
+    if (type == "b") return ShowBoolean(IsYes(text), code);
     if (type == "d") return ShowIsoDate(text, code, m_Dates);
     const auto number = NumberOf(text);
     return number ? code.ShowNumber(*number, m_Dates) : std::string(text);
+  }
+
+  // A format of numbers shows the number that the cell holds.
+  std::string ShowBoolean(bool value, const FormatCode& code) const {
+    if (code.IsGeneral()) return value ? "TRUE" : "FALSE";
+    return code.ShowNumber(value ? 1 : 0, m_Dates);
   }
 
   std::string_view RawText(const XmlNode& node) { return xml::RawTextBytes(node, m_Scratch); }
@@ -132,8 +144,8 @@ class SheetReader : public GuardedHandler {
   std::string ShowShared(std::string_view text, const FormatCode& code) {
     const auto index = WholeNumber(text);
     if (index && *index < m_Strings.Count()) return code.ShowText(m_Strings.At(*index));
-    Refuse(L"a cell of row " + std::to_wstring(m_Row) + L" asks for the shared string '" +
-           os::WideFromUtf8(text) + L"', and there are " + std::to_wstring(m_Strings.Count()));
+    Refuse("a cell of row " + std::to_string(m_Row) + " asks for the shared string '" +
+           PrintableName(text) + "', and there are " + std::to_string(m_Strings.Count()));
     return {};
   }
 
@@ -147,6 +159,15 @@ class SheetReader : public GuardedHandler {
   std::string m_Scratch;
 };
 
+// In the order in which they are read.
+std::vector<std::string> PartsOf(const Workbook& workbook, int only) {
+  std::vector<std::string> parts{workbook.strings, workbook.styles};
+  for (std::size_t index = 0; index < workbook.sheets.size(); ++index)
+    if ((only < 0 || index == static_cast<std::size_t>(only)) && workbook.sheets[index].hasCells)
+      parts.push_back(workbook.sheets[index].part);
+  return parts;
+}
+
 [[noreturn]] void RefuseSheet(const Parts& parts, const SheetInfo& sheet) {
   Failure failure = FailureOf("the part of sheet '" + PrintableName(sheet.name) +
                               "' is not in the package: '" + PrintableName(sheet.target) + "'");
@@ -158,6 +179,7 @@ class SheetReader : public GuardedHandler {
 
 void ReadWorkbookRows(Parts& parts, const Workbook& workbook, int only, RowSink& sink) {
   static_cast<void>(xml::TakeXmlFailure());
+  OrThrow(parts.FetchAhead(PartsOf(workbook, only)));
   const StringTable strings = StringTable::Read(parts, workbook.strings);
   const WorkbookFormats formats = WorkbookFormats::Read(parts, workbook.styles);
   std::set<std::string> read;

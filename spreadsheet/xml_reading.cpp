@@ -48,9 +48,8 @@ void PathReader::End(std::wstring_view baseName, int depth) {
 }
 
 Failure TakeXmlFailureAt(std::string where, const std::string& otherwise) {
-  Failure failure = xml::TakeXmlFailure().value_or(FailureOf(otherwise));
-  failure.where = std::move(where);
-  return failure;
+  const auto state = xml::TakeXmlFailure();
+  return FailureAt(std::move(where), state ? FailureOf(otherwise) : state.Error());
 }
 
 std::string AttributeNamed(const XmlNode& node, std::wstring_view localName) {

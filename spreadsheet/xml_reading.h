@@ -30,7 +30,7 @@ class GuardedHandler : public xml::XmlStreamHandler {
       call();
     } catch (...) {
       m_Thrown = std::current_exception();
-      Refuse(L"the reading was stopped");
+      Refuse("the reading was stopped");
     }
   }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <unordered_map>
@@ -211,8 +210,9 @@ void ZipPackage::Unpack(const std::string& part, const std::string& target,
     if (count == 0) break;
     done += static_cast<std::uint64_t>(count);
     if (done > entry.size) RefuseEntry(entry.name, "it unpacks to more than its header says");
-    if (!os::WriteAll(output->Get(), {piece.data(), static_cast<std::size_t>(count)}))
-      throw Error({"write", target, errno});
+    const auto written =
+        os::WriteAll(output->Get(), {piece.data(), static_cast<std::size_t>(count)});
+    if (!written) throw Error(FailureAt(target, written.Error()));
     if (progress) progress(done, entry.size);
   }
   if (done != entry.size) RefuseEntry(entry.name, "it unpacks to less than its header says");

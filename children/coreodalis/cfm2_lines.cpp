@@ -6,18 +6,14 @@
 #include <optional>
 #include <utility>
 
+#include "rastrel/platform/os/whitespace.h"
+
 namespace rastrel::odalis {
 namespace {
 
-constexpr std::string_view Blanks = "\t \n\r\a\f\v";
+constexpr std::string_view Whitespace = "\t \n\r\a\f\v";
 constexpr std::string_view Separator = ":=";
 constexpr std::size_t QuotedLimit = 80;
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(Blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
-}
 
 /// The text in quotes, short enough for a log line.
 std::string Quoted(std::string_view text) {
@@ -59,7 +55,8 @@ bool IsDirectoryName(std::string_view title) {
 class Reader {
  public:
   Expected<Cfm2Document> Read(std::string_view text) {
-    if (Trim(text).empty()) return FailureOf("line 1: the input is empty, and no CFM2");
+    if (os::Trim(text, Whitespace).empty())
+      return FailureOf("line 1: the input is empty, and no CFM2");
     while (!text.empty()) {
       const std::size_t end = std::min(text.find('\n'), text.size());
       ++m_Line;
@@ -75,12 +72,14 @@ class Reader {
     if (line.find('\0') != std::string_view::npos) return AtLine(m_Line, "holds a zero byte");
     // Only the first column opens a comment: a value may hold any number of '>'.
     if (!line.empty() && line.front() == '>') return {};
-    const std::string_view whole = Trim(line);
+    const std::string_view whole = os::Trim(line, Whitespace);
     if (whole.empty()) return {};
     const std::size_t separator = line.find(Separator);
     const bool hasValue = separator != std::string_view::npos;
-    const std::string_view keyword = hasValue ? Trim(line.substr(0, separator)) : whole;
-    const std::string_view value = hasValue ? Trim(line.substr(separator + Separator.size())) : "";
+    const std::string_view keyword =
+        hasValue ? os::Trim(line.substr(0, separator), Whitespace) : whole;
+    const std::string_view value =
+        hasValue ? os::Trim(line.substr(separator + Separator.size()), Whitespace) : "";
     return m_InPage ? TakeInPage(keyword, value, hasValue) : TakeOutside(keyword, value, hasValue);
   }
 

@@ -9,11 +9,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <utility>
 
 #include "children/coreodalis/report.h"
-#include "rastrel/platform/os/clock.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::odalis {
@@ -21,7 +22,6 @@ namespace {
 
 constexpr std::size_t TailBytes = 4096;
 constexpr std::size_t LastLineLimit = 300;
-constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
 struct Pipe {
   os::FileDescriptor read;
@@ -53,6 +53,9 @@ struct Pipe {
   ::_exit(127);
 }
 
+/// A device's program. It is not an interpreter::GuardedProcess, which kills the rest of the group
+/// when the leader has ended: a device's program may leave a process that goes on delivering. Also,
+/// execvp finds it on the path and runs scripts that name no interpreter.
 class Running {
  public:
   Running(std::string program, interpreter::Guardian& guardian)
@@ -94,17 +97,15 @@ class Running {
   Expected<void> Wait(unsigned timeoutSeconds) {
     const os::FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, m_Id, 0)));
     if (!process.IsOpen()) return Failure{"pidfd_open", m_Program, errno};
-    const std::int64_t limit = os::MonotonicNanoseconds() +
-                               std::int64_t{timeoutSeconds} * 1000 * NanosecondsPerMillisecond;
+    const os::Deadline deadline = timeoutSeconds == 0
+                                      ? os::Deadline::Never()
+                                      : os::Deadline::After(std::chrono::seconds(timeoutSeconds));
     pollfd entries[2] = {{process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}};
     while ((entries[0].revents & POLLIN) == 0) {
-      const std::int64_t left = (limit - os::MonotonicNanoseconds()) / NanosecondsPerMillisecond;
-      if (timeoutSeconds != 0 && left <= 0) {
+      if (deadline.HasPassed()) {
         return Failed("was ended after " + std::to_string(timeoutSeconds) + " seconds");
       }
-      const int wait =
-          timeoutSeconds == 0 ? -1 : static_cast<int>(std::min<std::int64_t>(left + 1, 1 << 30));
-      if (::poll(entries, 2, wait) < 0 && errno != EINTR) {
+      if (::poll(entries, 2, deadline.PollTimeout()) < 0 && errno != EINTR) {
         return Failure{"poll", m_Program, errno};
       }
       // At its end the pipe stays ready for ever; it is not asked again then.

@@ -48,7 +48,7 @@ std::string WithoutDoubledSlashes(std::string path) {
   return path;
 }
 
-/// The words that a command is given, with the fields filled in.
+/// The command's arguments, with the fields filled in.
 std::vector<std::string> WordsOf(const devices::Device& device,
                                  const devices::FieldValues& values) {
   std::vector<std::string> words;

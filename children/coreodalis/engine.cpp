@@ -179,8 +179,9 @@ class Engine {
 
   /// A fault in the text comes with its line; any other failure names the file by itself.
   static Failure InfoFailure(const PagePlace& place, const Failure& failure) {
-    if (!failure.where.starts_with("line ")) return FailureOf(Describe(failure));
-    return FailureOf("'" + place.native + "/" + pages::PageInfoName + "', " + failure.where);
+    if (failure.line == 0) return FailureOf(Describe(failure));
+    return FailureOf("'" + place.native + "/" + pages::PageInfoName + "', line " +
+                     std::to_string(failure.line) + ": " + failure.why);
   }
 
   void ReportShare(double share) {

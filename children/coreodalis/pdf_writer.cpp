@@ -195,7 +195,8 @@ class PdfWriter final : public ImageWriter {
   /// Writes; after the first failure nothing more, and State returns it.
   void Put(std::string_view bytes) {
     if (m_Error != 0) return;
-    if (!os::WriteAll(m_Descriptor, bytes)) m_Error = errno != 0 ? errno : EIO;
+    if (const auto written = os::WriteAll(m_Descriptor, bytes); !written)
+      m_Error = written.Error().error;
     m_Written += bytes.size();
   }
 

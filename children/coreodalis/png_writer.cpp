@@ -2,7 +2,6 @@
 
 #include <png.h>
 
-#include <cerrno>
 #include <cmath>
 #include <csetjmp>
 #include <utility>
@@ -44,14 +43,17 @@ class PngWriter final : public ImageWriter {
   Expected<void> Finish() override { return Guarded(&PngWriter::EmitEnd); }
 
  private:
-  /// Calls a step. An error in it jumps back here over frames of the C library and of the step,
-  /// which therefore own nothing.
   Expected<void> Guarded(void (PngWriter::*step)()) {
-    if (setjmp(png_jmpbuf(m_Png)) != 0) {
-      return FailureOf("writing '" + m_Name + "': " + m_Error);
-    }
-    (this->*step)();
+    if (!IsDone(step)) return FailureOf("writing '" + m_Name + "': " + m_Error);
     return {};
+  }
+
+  /// Calls a step, and returns false after an error in it, which jumps back here over frames of the
+  /// C library and of the step. All of these, and this one, therefore own nothing.
+  bool IsDone(void (PngWriter::*step)()) {
+    if (setjmp(png_jmpbuf(m_Png)) != 0) return false;
+    (this->*step)();
+    return true;
   }
 
   void EmitHeader() {
@@ -87,8 +89,12 @@ class PngWriter final : public ImageWriter {
   static void Write(png_structp png, png_bytep bytes, png_size_t count) {
     auto* self = static_cast<PngWriter*>(png_get_io_ptr(png));
     const std::string_view block(reinterpret_cast<const char*>(bytes), count);
-    if (os::WriteAll(self->m_Descriptor, block)) return;
-    self->m_WriteError = errno;
+    {
+      // Destroyed before the jump, which runs no destructors.
+      const auto written = os::WriteAll(self->m_Descriptor, block);
+      if (written) return;
+      self->m_WriteError = written.Error().error;
+    }
     png_error(png, "the file could not be written");
   }
 

@@ -15,7 +15,7 @@ struct CommandLine {
 };
 
 /// Reads "[-M] [-Q] [-m<n>] [-s] [PREFIX] JOB", without the program's name. "-M", "-Q" and "-m<n>"
-/// are taken and change nothing. Any other word that begins with '-', and less than one or more
+/// are taken and change nothing. Any other argument that begins with '-', and less than one or more
 /// than two paths, are failures with the code BadInput.
 [[nodiscard]] Expected<CommandLine> ReadCommandLine(std::span<const char* const> arguments);
 

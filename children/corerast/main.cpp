@@ -34,10 +34,9 @@ Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
   for (unsigned page = 1; page <= pages; ++page) {
     list.push_back({directory.Name() + "-" + std::to_string(page), *path, pages::PageName(page)});
   }
-  if (!os::WriteAll(STDOUT_FILENO, FormatPageList(list))) {
-    return Failure{"write", "the page list", errno};
-  }
-  return {};
+  auto written = os::WriteAll(STDOUT_FILENO, FormatPageList(list));
+  if (!written) return FailureAt("the page list", written.Error());
+  return written;
 }
 
 // Hands the pages over. Letting go of them is the last act: whoever ends this program before finds
@@ -90,7 +89,7 @@ ExitStatus StatusOf(const Failure& failure, bool install) {
 
 ExitStatus Work(const CommandLine& line, const char* program, Reporter& reporter) {
   auto guardian = Guardian::Start(true);
-  // The failure is reported while the guardian still holds what is to be removed.
+  // The failure is reported while the guardian still holds the files to be removed.
   const auto done =
       guardian ? Rip(line, program, reporter, *guardian) : Expected<void>(guardian.Error());
   if (done) return line.install ? ExitStatus::InstallDone : ExitStatus::Done;

@@ -6,17 +6,13 @@
 #include <optional>
 #include <utility>
 
+#include "rastrel/platform/os/whitespace.h"
+
 namespace rastrel::devices {
 namespace {
 
-constexpr std::string_view Blanks = " \t\r\v\f";
+constexpr std::string_view Whitespace = " \t\r\v\f";
 constexpr unsigned MaximumTimeout = 7 * 24 * 60 * 60;
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(Blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
-}
 
 Failure AtLine(std::size_t line, const std::string& what) {
   return FailureOf("line " + std::to_string(line) + ": " + what);
@@ -40,7 +36,7 @@ constexpr std::string_view KnownKeys[] = {"kind",      "format",  "pattern",
 
 Expected<Section> OpenSection(std::string_view line, std::size_t number) {
   if (line.back() != ']') return AtLine(number, "a printer's name has no closing ']'");
-  const std::string_view name = Trim(line.substr(1, line.size() - 2));
+  const std::string_view name = os::Trim(line.substr(1, line.size() - 2), Whitespace);
   if (name.empty()) return AtLine(number, "a printer without a name");
   Section section;
   section.name = name;
@@ -53,8 +49,8 @@ Expected<void> TakeValue(Section& section, std::string_view line, std::size_t nu
   if (equals == std::string_view::npos) {
     return AtLine(number, Quoted(line) + " is neither '[printer]' nor 'key = value'");
   }
-  const std::string_view key = Trim(line.substr(0, equals));
-  const std::string_view value = Trim(line.substr(equals + 1));
+  const std::string_view key = os::Trim(line.substr(0, equals), Whitespace);
+  const std::string_view value = os::Trim(line.substr(equals + 1), Whitespace);
   if (std::find(std::begin(KnownKeys), std::end(KnownKeys), key) == std::end(KnownKeys)) {
     return AtLine(number, "unknown key " + Quoted(key));
   }
@@ -72,7 +68,7 @@ Expected<std::vector<Section>> ReadSections(std::string_view text) {
   std::size_t number = 0;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = Trim(text.substr(0, end));
+    const std::string_view line = os::Trim(text.substr(0, end), Whitespace);
     text.remove_prefix(std::min(end + 1, text.size()));
     ++number;
     if (line.empty() || line.front() == '#' || line.front() == ';') continue;
@@ -164,7 +160,7 @@ Expected<void> TakeTimeout(const Section& section, Device& device) {
   return {};
 }
 
-/// A key of the other kind is a mistake that would otherwise have no effect and no word.
+/// A key of the other kind is a mistake that would otherwise have no effect and no message.
 Expected<void> RefuseKeys(const Section& section, std::initializer_list<const char*> keys,
                           const char* kind) {
   for (const char* key : keys) {

@@ -29,7 +29,7 @@ struct Device {
   FileFormat format = FileFormat::Tiff;
   Pattern pattern;               ///< kind File: full path of the file; always begins with a root
   bool overwrite = false;        ///< kind File: replace a file of that name
-  std::vector<Pattern> command;  ///< kind Command: the program and its arguments, a word each
+  std::vector<Pattern> command;  ///< kind Command: the program and its arguments
   unsigned timeoutSeconds = 0;   ///< kind Command: the program is ended after that; 0 is never
 };
 

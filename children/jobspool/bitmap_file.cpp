@@ -120,9 +120,8 @@ Expected<void> WriteBitmapFile(const std::string& picturePath, const std::string
   const os::FileDescriptor file(
       open(bitmap.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file.IsOpen()) return Failure{"create", bitmap, errno};
-  if (!os::WriteAll(file.Get(), BitmapHead(*picture, pixelBytes, resolution))) {
-    return Failure{"write", bitmap, errno};
-  }
+  const auto begun = os::WriteAll(file.Get(), BitmapHead(*picture, pixelBytes, resolution));
+  if (!begun) return FailureAt(bitmap, begun.Error());
   const auto rowsOfBlock = std::max<std::uint64_t>(1, BlockSize / rowBytes);
   std::vector<char> rows;
   std::vector<char> turned;
@@ -134,9 +133,8 @@ Expected<void> WriteBitmapFile(const std::string& picturePath, const std::string
       return Failure{"read", picturePath, errno};
     }
     TurnRows(rows, static_cast<std::size_t>(rowBytes), static_cast<std::size_t>(stride), turned);
-    if (!os::WriteAll(file.Get(), {turned.data(), turned.size()})) {
-      return Failure{"write", bitmap, errno};
-    }
+    const auto written = os::WriteAll(file.Get(), {turned.data(), turned.size()});
+    if (!written) return FailureAt(bitmap, written.Error());
   }
   return {};
 }

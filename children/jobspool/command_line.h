@@ -14,8 +14,8 @@ struct CommandLine {
   std::string file;      ///< native path
 };
 
-/// Reads the words after the program's name. The order of the two options says the task. Any other
-/// words are a failure with the code BadInput.
+/// Reads the arguments after the program's name. The order of the two options says the task. Any
+/// other arguments are a failure with the code BadInput.
 [[nodiscard]] Expected<CommandLine> ReadCommandLine(std::span<const char* const> arguments);
 
 }  // namespace rastrel::jobspool

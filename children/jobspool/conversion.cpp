@@ -69,7 +69,9 @@ Expected<void> RemoveEarlier(const Products& products) {
 
 Expected<os::FileDescriptor> HoldText(const std::string& text, const std::string& directory) {
   auto file = MakeAnonymousFile(directory);
-  if (file && !os::WriteAll(file->Get(), text)) return Failure{"write", "a prefix", errno};
+  if (!file) return file;
+  const auto written = os::WriteAll(file->Get(), text);
+  if (!written) return FailureAt("a prefix", written.Error());
   return file;
 }
 
@@ -96,8 +98,8 @@ class Conversion {
     return m_Source.header.resolution.value_or(OrdinaryResolution);
   }
 
-  // A PDF sets its page while it runs. PostScript that doesn't say what its picture is has to be
-  // run for that.
+  // A PDF sets its page while it runs. PostScript that doesn't declare its area has to be run for
+  // that.
   Expected<void> FindArea(PictureTask& task) const {
     const bool pdf = m_Source.job.layout.kind == interpreter::JobKind::Pdf;
     task.area = m_Source.declared;

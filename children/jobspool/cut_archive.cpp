@@ -94,7 +94,10 @@ class ArchiveFile {
  private:
   void Flush() {
     if (m_Error == 0 && Position() > ArchiveLimit) m_Error = EFBIG;
-    if (m_Error == 0 && !os::WriteAll(m_File.Get(), m_Buffer)) m_Error = errno;
+    if (m_Error == 0) {
+      const auto written = os::WriteAll(m_File.Get(), m_Buffer);
+      if (!written) m_Error = written.Error().error;
+    }
     m_Written += m_Buffer.size();
     m_Buffer.clear();
   }

@@ -8,8 +8,8 @@
 
 namespace rastrel::jobspool {
 
-/// The text by which a host finds the paths of that color again; the number of digits and of
-/// blanks is what it compares. UTF-8.
+/// The text by which a host finds the paths of that color again; it compares the digits and blanks
+/// too. UTF-8.
 [[nodiscard]] std::string ColorText(const CutLine& line);
 
 /// Which of the lines a color of a cut paths' file is ("rgb 1.0 0.0 0.0", "separation NAME"); the

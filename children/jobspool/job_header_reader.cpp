@@ -5,19 +5,14 @@
 #include <cmath>
 #include <span>
 
+#include "rastrel/platform/os/whitespace.h"
+
 namespace rastrel::jobspool {
 namespace {
 
 constexpr std::string_view Mark = "%#";
 constexpr std::string_view Heading = "%#Velumark Header";
-constexpr std::string_view Whitespace = " \t";
 constexpr double LargestSide = 1e7;  // points: 3.5 km
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(Whitespace);
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(Whitespace) - first + 1);
-}
 
 // The text up to the next comma, which goes too.
 std::string_view TakeField(std::string_view& text) {
@@ -28,7 +23,7 @@ std::string_view TakeField(std::string_view& text) {
 }
 
 std::optional<double> ReadNumber(std::string_view text) {
-  text = Trim(text);
+  text = os::Trim(text);
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool whole = error == std::errc() && end == text.data() + text.size();
@@ -61,10 +56,10 @@ class Reader {
   }
 
   void HandleLine(std::string_view line) {
-    if (Trim(line) == "End Job") m_Ended = true;
+    if (os::Trim(line) == "End Job") m_Ended = true;
     const std::size_t equals = line.find('=');
     if (equals == line.npos) return;
-    const std::string_view key = Trim(line.substr(0, equals));
+    const std::string_view key = os::Trim(line.substr(0, equals));
     const std::string_view value = line.substr(equals + 1);
     bool good = true;
     if (key == "PageSize") good = ReadSize(value);
@@ -89,7 +84,7 @@ class Reader {
   }
 
   bool ReadResolution(std::string_view value) {
-    value = Trim(value);
+    value = os::Trim(value);
     int number = 0;
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
     if (error != std::errc() || end != value.data() + value.size()) return false;
@@ -101,7 +96,7 @@ class Reader {
   bool ReadCutLine(std::string_view value) {
     if (m_Header.cutLines.size() == JobHeader::CutLineLimit) return false;
     CutLine line;
-    const std::string_view kind = Trim(TakeField(value));
+    const std::string_view kind = os::Trim(TakeField(value));
     if (kind == "SEP") {
       line.kind = CutLine::Kind::Separation;
       line.name = value.starts_with(' ') ? value.substr(1) : value;

@@ -28,7 +28,7 @@ struct PictureSize {
 /// The comment block in front of a file that goes to the queue program, or alone in the file beside
 /// a PDF (docs/formats/job-header.md).
 struct JobHeader {
-  /// Bytes of the text that belong to the block; 0 if the text begins with none. What counts
+  /// Bytes of the text that belong to the block; 0 if the text begins with none. The file proper
   /// follows them.
   std::uint64_t length = 0;
   std::optional<PictureSize> size;

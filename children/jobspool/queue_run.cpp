@@ -24,9 +24,9 @@ Expected<os::FileDescriptor> CopyRest(int file, std::uint64_t offset,
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return Failure{"read", "the job", errno};
     if (count == 0) return copy;
-    if (!os::WriteAll(copy->Get(), {buffer.data(), static_cast<std::size_t>(count)})) {
-      return Failure{"write", "a copy of the job", errno};
-    }
+    const auto written =
+        os::WriteAll(copy->Get(), {buffer.data(), static_cast<std::size_t>(count)});
+    if (!written) return FailureAt("a copy of the job", written.Error());
     offset += static_cast<std::uint64_t>(count);
   }
 }

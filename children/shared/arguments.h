@@ -10,7 +10,7 @@ namespace rastrel::children {
 [[nodiscard]] std::string NativeArgument(const char* argument);
 
 /// Native directory, without a closing slash, of the program as it was called: a data root may hold
-/// links to programs. `program` is the first word of the command line.
+/// links to programs. `program` is the first argument of the command line.
 [[nodiscard]] std::string ProgramDirectory(const char* program);
 
 /// Opens /dev/null for each of the three standard streams that is closed, so that no file of ours

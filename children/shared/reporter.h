@@ -45,7 +45,7 @@ class Reporter : public interpreter::RunListener {
 };
 
 /// The text with control characters replaced by '?', and cut at 2,000 bytes. The library's reader
-/// drops what follows a zero byte.
+/// drops all after a zero byte.
 [[nodiscard]] std::string OneLine(std::string_view text);
 
 }  // namespace rastrel::children

@@ -60,4 +60,16 @@ inline void OrEnd(ExitStatus status, const Expected<void>& result) {
   if (!result) throw CommandError(status, Describe(result.Error()));
 }
 
+/// The same, where one operation fails in two ways: a failure of the input ends the command with
+/// BadInput, and any other with `otherwise`.
+template <typename T>
+T OrEndByCode(ExitStatus otherwise, Expected<T> result) {
+  const bool badInput = !result && result.Error().code == FailureCode::BadInput;
+  return OrEnd(badInput ? ExitStatus::BadInput : otherwise, std::move(result));
+}
+inline void OrEndByCode(ExitStatus otherwise, const Expected<void>& result) {
+  const bool badInput = !result && result.Error().code == FailureCode::BadInput;
+  OrEnd(badInput ? ExitStatus::BadInput : otherwise, result);
+}
+
 }  // namespace rastrel::cli

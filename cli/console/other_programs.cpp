@@ -9,7 +9,6 @@
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
@@ -45,7 +44,7 @@ class Alarm {
       : m_Thread([this, semaphore, limit] {
           std::unique_lock<std::mutex> lock(m_Mutex);
           if (!m_Changed.wait_for(lock, limit, [this] { return m_Off; }))
-            os::ReleaseSemaphoreHandle(semaphore);
+            static_cast<void>(os::ReleaseSemaphoreHandle(semaphore));
         }) {}
   ~Alarm() {
     {
@@ -67,7 +66,7 @@ class Alarm {
 
 // True if the program ended well by itself in time.
 bool EndsWell(HANDLE process, std::chrono::milliseconds limit) {
-  const os::FileDescriptor timeOver(os::CreateSemaphoreHandle(0));
+  const os::FileDescriptor timeOver(os::CreateSemaphoreHandle(0).ValueOr(INVALID_HANDLE_VALUE));
   const Alarm alarm(timeOver.Get(), limit);
   const std::array<HANDLE, 2> handles = {process, timeOver.Get()};
   const bool inTime = os::WaitForAny(handles) == os::WaitSignaledBase;
@@ -76,17 +75,6 @@ bool EndsWell(HANDLE process, std::chrono::milliseconds limit) {
 }
 
 }  // namespace
-
-std::string FindProgram(const std::string& name) {
-  const std::string path = os::EnvironmentValue("PATH");
-  for (std::size_t begin = 0; begin <= path.size();) {
-    const std::size_t end = std::min(path.find(':', begin), path.size());
-    std::string candidate = path.substr(begin, end - begin) + "/" + name;
-    if (end > begin && os::IsProgram(candidate)) return candidate;
-    begin = end + 1;
-  }
-  return {};
-}
 
 std::optional<std::string> FirstLineOf(const std::string& program,
                                        const std::vector<std::string>& arguments,
@@ -106,9 +94,9 @@ std::optional<std::string> FirstLineOf(const std::string& program,
   const os::FileDescriptor process(child->process);
   if (!EndsWell(process.Get(), limit)) return std::nullopt;
   std::string text(OutputLimit, '\0');
-  const long count = os::ReadSome(reader.Get(), text.data(), text.size());
-  if (count <= 0) return std::nullopt;
-  text.resize(static_cast<std::size_t>(count));
+  const auto count = os::ReadSome(reader.Get(), text.data(), text.size());
+  if (!count || *count == 0) return std::nullopt;
+  text.resize(*count);
   return text.substr(1, std::min(text.find('\n', 1), text.size()) - 1);
 }
 

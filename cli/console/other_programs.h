@@ -7,9 +7,6 @@
 
 namespace rastrel::cli {
 
-/// Native path of a program that the variable PATH leads to, or empty.
-[[nodiscard]] std::string FindProgram(const std::string& name);
-
 /// Runs a program that writes little and ends soon, and returns the first line of its standard
 /// output. Nothing if it can't be started, fails, or has not ended after `limit`, when it
 /// is ended.

@@ -12,7 +12,7 @@ namespace {
 
 ExitStatus RunGuarded(int count, const char* const* arguments,
                       const std::function<ExitStatus(const Invocation&)>& run) {
-  // An error in the arguments themselves is told in the form that they ask for, too.
+  // An error in the arguments themselves is reported in the form that they ask for, too.
   const bool json = std::any_of(arguments + std::min(count, 1), arguments + count,
                                 [](std::string_view word) { return word == "--json"; });
   try {

@@ -10,7 +10,7 @@ namespace rastrel::cli {
 /// How a terminal takes a PNG file: the graphics protocol of kitty, or the inline images of iTerm2.
 enum class PictureProtocol { None, Kitty, Iterm2 };
 
-/// Gives a variable of the environment; empty if it is not set.
+/// Returns a variable of the environment; empty if it is not set.
 using VariableReader = std::function<std::string(const char*)>;
 
 /// The protocol of the terminal, by TERM, TERM_PROGRAM and the like. RASTREL_PICTURES, "kitty",
@@ -34,7 +34,7 @@ inline constexpr unsigned long PictureLimit = 8UL << 20;
 [[nodiscard]] bool ShowsPictures();
 
 /// Shows a PNG file on standard output. False, and nothing is written, if that is no terminal which
-/// shows pictures, or the file is none or too large: then its path is to be told instead.
+/// shows pictures, or the file is none or too large: then its path is to be printed instead.
 [[nodiscard]] bool ShowPicture(const std::wstring& path);
 
 }  // namespace rastrel::cli

@@ -5,8 +5,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "cli/console/exit_status.h"
-
 namespace rastrel::cli {
 namespace {
 
@@ -23,30 +21,30 @@ struct Unit {
 
 constexpr std::array Units{Unit{"cm", 1.0}, Unit{"mm", 0.1}, Unit{"in", 2.54}};
 
-double Centimetres(std::string_view option, std::string_view number, const Unit& unit,
-                   std::string_view text) {
+Expected<double> Centimetres(std::string_view option, std::string_view number, const Unit& unit,
+                             std::string_view text) {
   const auto length = NumberOf(number);
   if (!length || *length <= 0.0 || *length * unit.centimetres > MaximumCentimetres)
-    RefuseValue(option, text,
-                "'" + std::string(number) + "' is no length above 0 and up to a kilometre");
+    return RefusedValue(option, text,
+                        "'" + std::string(number) + "' is no length above 0 and up to a kilometre");
   return *length * unit.centimetres;
 }
 
-double Component(std::string_view option, std::string_view part, std::string_view text) {
+Expected<double> Component(std::string_view option, std::string_view part, std::string_view text) {
   const bool percentage = part.ends_with('%');
   const auto number = NumberOf(percentage ? part.substr(0, part.size() - 1) : part);
   const double maximum = percentage ? 100.0 : MaximumOfByte;
   if (!number || *number < 0.0 || *number > maximum)
-    RefuseValue(option, text,
-                "'" + std::string(part) + "' is neither a number from 0 to 255 nor a percentage");
+    return RefusedValue(
+        option, text,
+        "'" + std::string(part) + "' is neither a number from 0 to 255 nor a percentage");
   return *number / maximum;
 }
 
 }  // namespace
 
-void RefuseValue(std::string_view option, std::string_view text, const std::string& why) {
-  throw CommandError(ExitStatus::WrongUse,
-                     std::string(option) + " " + std::string(text) + ": " + why);
+Failure RefusedValue(std::string_view option, std::string_view text, const std::string& why) {
+  return FailureOf(std::string(option) + " " + std::string(text) + ": " + why);
 }
 
 std::optional<double> NumberOf(std::string_view text) {
@@ -67,20 +65,23 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
   return parts;
 }
 
-std::int32_t WholeNumberOf(std::string_view option, std::string_view text, std::int32_t minimum,
-                           std::int32_t maximum) {
+Expected<std::int32_t> WholeNumberOf(std::string_view option, std::string_view text,
+                                     std::int32_t minimum, std::int32_t maximum) {
   std::int32_t number = 0;
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end || number < minimum || number > maximum)
-    RefuseValue(option, text,
-                "not a number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
+    return RefusedValue(
+        option, text,
+        "not a number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
   return number;
 }
 
-std::int32_t ParseDpi(std::string_view text) { return WholeNumberOf("--dpi", text, 1, MaximumDpi); }
+Expected<std::int32_t> ParseDpi(std::string_view text) {
+  return WholeNumberOf("--dpi", text, 1, MaximumDpi);
+}
 
-std::int32_t ParseCopies(std::string_view text) {
+Expected<std::int32_t> ParseCopies(std::string_view text) {
   return WholeNumberOf("--copies", text, 1, MaximumCopies);
 }
 
@@ -90,40 +91,50 @@ ColorText SplitColor(std::string_view text) {
           .components = text.substr(std::min(colon + 1, text.size()))};
 }
 
-Size ParseSize(std::string_view option, std::string_view text) {
+Expected<Size> ParseSize(std::string_view option, std::string_view text) {
   const auto unit =
       std::ranges::find_if(Units, [text](const Unit& one) { return text.ends_with(one.name); });
   if (unit == Units.end())
-    RefuseValue(option, text, "a size has its unit behind it: cm, mm or in, as in 10x5in");
+    return RefusedValue(option, text, "a size has its unit behind it: cm, mm or in, as in 10x5in");
   const auto sides = Split(text.substr(0, text.size() - 2), 'x');
   if (sides.size() != 2)
-    RefuseValue(option, text, "a size is WIDTHxHEIGHT and a unit, as in 10x5in");
-  return {.widthCm = Centimetres(option, sides[0], *unit, text),
-          .heightCm = Centimetres(option, sides[1], *unit, text)};
+    return RefusedValue(option, text, "a size is WIDTHxHEIGHT and a unit, as in 10x5in");
+  const auto width = Centimetres(option, sides[0], *unit, text);
+  if (!width) return width.Error();
+  const auto height = Centimetres(option, sides[1], *unit, text);
+  if (!height) return height.Error();
+  return Size{.widthCm = *width, .heightCm = *height};
 }
 
-std::vector<double> ParseComponents(std::string_view option, std::string_view list,
-                                    std::size_t count, std::string_view text) {
+Expected<std::vector<double>> ParseComponents(std::string_view option, std::string_view list,
+                                              std::size_t count, std::string_view text) {
   const auto parts = Split(list, ',');
   if (parts.size() != count)
-    RefuseValue(option, text, "it takes " + std::to_string(count) + " components");
+    return RefusedValue(option, text, "it takes " + std::to_string(count) + " components");
   std::vector<double> components;
   components.reserve(count);
-  for (const std::string_view part : parts) components.push_back(Component(option, part, text));
+  for (const std::string_view part : parts) {
+    const auto component = Component(option, part, text);
+    if (!component) return component.Error();
+    components.push_back(*component);
+  }
   return components;
 }
 
-void CheckSpotName(std::string_view option, std::string_view name, std::string_view text) {
-  if (name.empty()) RefuseValue(option, text, "the spot colour has no name");
+Expected<void> CheckSpotName(std::string_view option, std::string_view name,
+                             std::string_view text) {
+  if (name.empty()) return RefusedValue(option, text, "the spot colour has no name");
   const bool breaks = std::ranges::any_of(name, [](char character) {
     return static_cast<unsigned char>(character) < 32 || character == 127 || character == '(' ||
            character == ')' || character == '\\';
   });
   if (breaks || name.size() > MaximumLetters)
-    RefuseValue(option, text,
-                "a spot colour's name holds no parentheses, backslashes or control characters, "
-                "and at most " +
-                    std::to_string(MaximumLetters) + " bytes");
+    return RefusedValue(
+        option, text,
+        "a spot colour's name holds no parentheses, backslashes or control characters, "
+        "and at most " +
+            std::to_string(MaximumLetters) + " bytes");
+  return {};
 }
 
 }  // namespace rastrel::cli

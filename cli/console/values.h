@@ -6,13 +6,14 @@
 #include <string_view>
 #include <vector>
 
-/// Reading the values of options. A function that throws, throws CommandError(WrongUse) with the
-/// option, its value and the fault.
+#include "rastrel/platform/os/expected.h"
+
+/// Reading the values of options. Each failure is a message for the user: "OPTION VALUE: why".
 namespace rastrel::cli {
 
-/// Throws: "OPTION VALUE: why".
-[[noreturn]] void RefuseValue(std::string_view option, std::string_view text,
-                              const std::string& why);
+/// "OPTION VALUE: why".
+[[nodiscard]] Failure RefusedValue(std::string_view option, std::string_view text,
+                                   const std::string& why);
 
 /// Digits with a decimal point, a dot in every locale, and nothing else.
 [[nodiscard]] std::optional<double> NumberOf(std::string_view text);
@@ -21,21 +22,21 @@ namespace rastrel::cli {
 [[nodiscard]] std::vector<std::string_view> Split(std::string_view text, char separator);
 
 /// The value of --dpi: 1 to 4800.
-[[nodiscard]] std::int32_t ParseDpi(std::string_view text);
+[[nodiscard]] Expected<std::int32_t> ParseDpi(std::string_view text);
 
 /// The value of --copies: 1 to 100,000.
-[[nodiscard]] std::int32_t ParseCopies(std::string_view text);
+[[nodiscard]] Expected<std::int32_t> ParseCopies(std::string_view text);
 
 /// A whole number from `minimum` to `maximum`.
-[[nodiscard]] std::int32_t WholeNumberOf(std::string_view option, std::string_view text,
-                                         std::int32_t minimum, std::int32_t maximum);
+[[nodiscard]] Expected<std::int32_t> WholeNumberOf(std::string_view option, std::string_view text,
+                                                   std::int32_t minimum, std::int32_t maximum);
 
 struct Size {
   double widthCm;
   double heightCm;
 };
 /// A size with its unit, "10x5in", "25.4x12.7cm", "254x127mm".
-[[nodiscard]] Size ParseSize(std::string_view option, std::string_view text);
+[[nodiscard]] Expected<Size> ParseSize(std::string_view option, std::string_view text);
 
 /// The two sides of a color's colon: "rgb:255,0,0" is of the model "rgb". Without a colon all of
 /// the text is the model.
@@ -47,10 +48,13 @@ struct ColorText {
 [[nodiscard]] ColorText SplitColor(std::string_view text);
 
 /// `count` components of a color, each from 0 to 255 or a percentage; as parts of 1.
-[[nodiscard]] std::vector<double> ParseComponents(std::string_view option, std::string_view list,
-                                                  std::size_t count, std::string_view text);
+[[nodiscard]] Expected<std::vector<double>> ParseComponents(std::string_view option,
+                                                            std::string_view list,
+                                                            std::size_t count,
+                                                            std::string_view text);
 
-/// Throws unless the name may be written into a PostScript string as it is.
-void CheckSpotName(std::string_view option, std::string_view name, std::string_view text);
+/// Fails unless the name may be written into a PostScript string as it is.
+[[nodiscard]] Expected<void> CheckSpotName(std::string_view option, std::string_view name,
+                                           std::string_view text);
 
 }  // namespace rastrel::cli

@@ -41,42 +41,55 @@ std::wstring ConversionSettings::Header() const {
                                    resolution ? &*resolution : nullptr);
 }
 
-CPS2CutData ParseCutData(std::string_view option, std::string_view text) {
+Expected<CPS2CutData> ParseCutData(std::string_view option, std::string_view text) {
   const auto [model, rest] = SplitColor(text);
   CPS2CutData cut;
   cut.enabled = 1;
   if (model == "rgb") {
     const auto parts = ParseComponents(option, rest, 3, text);
+    if (!parts) return parts.Error();
     cut.colorKind = CutColorRgb;
-    cut.color.SetColor(parts[0] * ChannelScale, parts[1] * ChannelScale, parts[2] * ChannelScale,
-                       COLORSPACE_RGB);
+    cut.color.SetColor((*parts)[0] * ChannelScale, (*parts)[1] * ChannelScale,
+                       (*parts)[2] * ChannelScale, COLORSPACE_RGB);
   } else if (model == "cmyk") {
     const auto parts = ParseComponents(option, rest, 4, text);
+    if (!parts) return parts.Error();
     cut.colorKind = CutColorCmyk;
-    cut.color.SetColor(parts[0], parts[1], parts[2], parts[3], COLORSPACE_CMYK);
+    cut.color.SetColor((*parts)[0], (*parts)[1], (*parts)[2], (*parts)[3], COLORSPACE_CMYK);
   } else if (model == "spot") {
-    CheckSpotName(option, rest, text);
+    if (auto checked = CheckSpotName(option, rest, text); !checked) return checked.Error();
     cut.colorKind = CutColorNamed;
     cut.color.SetColorName(os::WideFromUtf8(rest));
   } else {
-    RefuseValue(option, text, "a cut colour is given as rgb:R,G,B, cmyk:C,M,Y,K or spot:NAME");
+    return RefusedValue(option, text,
+                        "a cut colour is given as rgb:R,G,B, cmyk:C,M,Y,K or spot:NAME");
   }
   return cut;
 }
 
-ConversionSettings ReadConversionSettings(const Invocation& invocation) {
+Expected<ConversionSettings> ReadConversionSettings(const Invocation& invocation) {
   ConversionSettings settings;
   const auto value = [&invocation](OptionId id) { return invocation.ValueOr(id, ""); };
   if (invocation.Has(OptionId::PageSize)) {
-    const Size size = ParseSize("--page-size", value(OptionId::PageSize));
-    settings.page = ::PageSize{.height = size.heightCm, .width = size.widthCm};
+    const auto size = ParseSize("--page-size", value(OptionId::PageSize));
+    if (!size) return size.Error();
+    settings.page = ::PageSize{.height = size->heightCm, .width = size->widthCm};
   }
-  if (invocation.Has(OptionId::Resolution))
-    settings.resolution = ParseDpi(value(OptionId::Resolution));
-  if (invocation.Has(OptionId::CutColor))
-    settings.cut = ParseCutData("--cut-color", value(OptionId::CutColor));
-  if (invocation.Has(OptionId::HalfCutColor))
-    settings.halfCut = ParseCutData("--half-cut-color", value(OptionId::HalfCutColor));
+  if (invocation.Has(OptionId::Resolution)) {
+    const auto dpi = ParseDpi(value(OptionId::Resolution));
+    if (!dpi) return dpi.Error();
+    settings.resolution = *dpi;
+  }
+  if (invocation.Has(OptionId::CutColor)) {
+    auto cut = ParseCutData("--cut-color", value(OptionId::CutColor));
+    if (!cut) return cut.Error();
+    settings.cut = *std::move(cut);
+  }
+  if (invocation.Has(OptionId::HalfCutColor)) {
+    auto cut = ParseCutData("--half-cut-color", value(OptionId::HalfCutColor));
+    if (!cut) return cut.Error();
+    settings.halfCut = *std::move(cut);
+  }
   return settings;
 }
 

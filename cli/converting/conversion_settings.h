@@ -6,6 +6,7 @@
 
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/job_header_writer.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
@@ -24,12 +25,12 @@ struct ConversionSettings {
   [[nodiscard]] std::wstring Header() const;
 };
 
-/// Takes --page-size, --dpi, --cut-color and --half-cut-color. Throws CommandError(WrongUse)
-/// with the fault.
-[[nodiscard]] ConversionSettings ReadConversionSettings(const Invocation& invocation);
+/// Takes --page-size, --dpi, --cut-color and --half-cut-color. The failure of this and
+/// the next is a message for the user.
+[[nodiscard]] Expected<ConversionSettings> ReadConversionSettings(const Invocation& invocation);
 
 /// "rgb:R,G,B" or "cmyk:C,M,Y,K", each from 0 to 255 or a percentage, or "spot:NAME".
-[[nodiscard]] CPS2CutData ParseCutData(std::string_view option, std::string_view text);
+[[nodiscard]] Expected<CPS2CutData> ParseCutData(std::string_view option, std::string_view text);
 
 /// The job header that a file begins with, up to its last line, in its own bytes; empty if it has
 /// none.

@@ -17,9 +17,9 @@
 namespace rastrel::cli {
 namespace {
 
-[[noreturn]] void FailToWrite(const std::string& target) {
+[[noreturn]] void FailToWrite(const std::string& target, int error) {
   throw CommandError(ExitStatus::JobFailed,
-                     "can't write '" + target + "': " + DescribeError(errno));
+                     "can't write '" + target + "': " + DescribeError(error));
 }
 
 // Names that no library path can spell, as those with a backslash.
@@ -36,20 +36,25 @@ void WriteCopy(const InputFile& input, const std::string& target, const std::str
   std::error_code ignored;
   if (std::filesystem::equivalent(input.path, target, ignored)) {
     if (!conversion::PrependToFile(PathOfTarget(target).c_str(), os::WideFromAnsi(header)))
-      FailToWrite(target);
+      FailToWrite(target, errno);
     return;
   }
   const auto copy = os::CreateForWriting(PathOfTarget(target));
-  if (!copy || !os::WriteAll(copy->Get(), header)) FailToWrite(target);
+  if (!copy) FailToWrite(target, copy.Error().error);
+  if (const auto written = os::WriteAll(copy->Get(), header); !written)
+    FailToWrite(target, written.Error().error);
   if (input.extension == ".pdf") return;
   const auto source = os::OpenRegularFile(PathOfTarget(input.path));
-  if (!source || !os::AppendContent(copy->Get(), source->Get())) FailToWrite(target);
+  if (!source) FailToWrite(target, source.Error().error);
+  if (const auto appended = os::AppendContent(copy->Get(), source->Get()); !appended)
+    FailToWrite(target, appended.Error().error);
 }
 
 }  // namespace
 
 ExitStatus HeaderCommand(const Invocation& invocation) {
-  const ConversionSettings settings = ReadConversionSettings(invocation);
+  const ConversionSettings settings =
+      OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input =
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
   LayOutQuietly();

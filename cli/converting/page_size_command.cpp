@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -11,6 +10,7 @@
 #include "cli/console/error_message.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/input/input_file.h"
 #include "cli/input/page_bounds.h"
@@ -20,7 +20,6 @@
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/psscan/ps_parser.h"
 
 namespace rastrel::cli {
@@ -30,19 +29,21 @@ constexpr double PointCm = 2.54 / 72.0;
 
 // A library path by which the file may be reached; names that such a path can't spell lead to a
 // copy.
-class Reachable {
- public:
-  explicit Reachable(const InputFile& input) : m_Path(os::FromNative(input.path)) {
-    if (os::ToNative(m_Path) == input.path) return;
-    m_Directory = std::make_unique<JobDirectory>(false);
-    m_Path = os::FromNative(m_Directory->CopyIn(input.path, input.safeName + input.extension));
-  }
-  [[nodiscard]] const wchar_t* Path() const { return m_Path.c_str(); }
-
- private:
-  std::unique_ptr<JobDirectory> m_Directory;
-  std::wstring m_Path;
+struct Reachable {
+  std::wstring path;
+  std::optional<JobDirectory> copied;  ///< holds the copy
 };
+
+Reachable Reach(const InputFile& input) {
+  Reachable reachable;
+  reachable.path = os::FromNative(input.path);
+  if (os::ToNative(reachable.path) == input.path) return reachable;
+  reachable.copied.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
+  reachable.path = os::FromNative(
+      OrEndByCode(ExitStatus::JobFailed,
+                  reachable.copied->CopyIn(input.path, input.safeName + input.extension)));
+  return reachable;
+}
 
 std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
   CRect points;
@@ -53,10 +54,12 @@ std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
 // The signals that ask for an end stop the measuring that runs, and let none follow.
 class Stop {
  public:
-  Stop() : m_Signals(os::StopSignals::Start([this](int) { Make(); })) {
-    if (!m_Signals)
-      throw CommandError(ExitStatus::JobFailed,
-                         "the system gives no thread or descriptor: " + DescribeError(errno));
+  /// Begins to take them. The failure is a message for the user.
+  [[nodiscard]] Expected<void> Start() {
+    auto signals = TakeStopSignals([this](int) { Make(); });
+    if (!signals) return signals.Error();
+    m_Signals = *std::move(signals);
+    return {};
   }
   [[nodiscard]] bool IsMade() const { return m_Made; }
   [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
@@ -116,11 +119,11 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
 void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
   const bool json = invocation.Has(OptionId::Json);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(file, "measure"));
-  const Reachable reachable(input);
+  const Reachable reachable = Reach(input);
   std::optional<BOUNDS> declared;
-  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.Path());
+  if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.path.c_str());
   if (declared) WriteBounds(file, *declared, "comments", json);
-  const BOUNDS measured = Measured(reachable.Path(), stop);
+  const BOUNDS measured = Measured(reachable.path.c_str(), stop);
   if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
 }
 
@@ -129,6 +132,7 @@ void MeasureFile(const std::string& file, const Invocation& invocation, Stop& st
 ExitStatus PageSizeCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
+  OrEnd(ExitStatus::JobFailed, stop.Start());
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   ExitStatus status = ExitStatus::Done;

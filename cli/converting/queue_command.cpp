@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <set>
 #include <vector>
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/converting/conversion_settings.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/converting/queue_view.h"
@@ -21,7 +21,6 @@
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -35,9 +34,9 @@ std::set<fs::path> NamesIn(const std::string& directory) {
   return names;
 }
 
-[[noreturn]] void FailToWriteHeader() {
+[[noreturn]] void FailToWriteHeader(int error) {
   throw CommandError(ExitStatus::JobFailed,
-                     "the job header can't be written: " + DescribeError(errno));
+                     "the job header can't be written: " + DescribeError(error));
 }
 
 std::string HeaderBeside(const std::string& path) {
@@ -49,14 +48,14 @@ void WriteHeaderBeside(const ConversionSettings& settings, const std::string& so
                        const std::string& copy) {
   std::error_code error;
   if (!settings.Any() && fs::exists(HeaderBeside(source), error)) {
-    if (!fs::copy_file(HeaderBeside(source), HeaderBeside(copy), error)) {
-      errno = error.value();
-      FailToWriteHeader();
-    }
+    if (!fs::copy_file(HeaderBeside(source), HeaderBeside(copy), error))
+      FailToWriteHeader(error.value());
     return;
   }
   const auto file = os::CreateForWriting(os::FromNative(HeaderBeside(copy)));
-  if (!file || !os::WriteAll(file->Get(), os::AnsiFromWide(settings.Header()))) FailToWriteHeader();
+  if (!file) FailToWriteHeader(file.Error().error);
+  const auto written = os::WriteAll(file->Get(), os::AnsiFromWide(settings.Header()));
+  if (!written) FailToWriteHeader(written.Error().error);
 }
 
 // Puts the header in front of the copy, unless it has one and no option asks for another.
@@ -66,7 +65,7 @@ void WriteHeader(const ConversionSettings& settings, const InputFile& input,
     WriteHeaderBeside(settings, input.path, copy);
   } else if (settings.Any() || HeaderOf(copy).empty()) {
     if (!conversion::PrependToFile(os::FromNative(copy).c_str(), settings.Header()))
-      FailToWriteHeader();
+      FailToWriteHeader(errno);
   }
 }
 
@@ -131,33 +130,28 @@ ExitStatus WriteCancelled(bool json) {
                                  : "the conversion failed: " + why);
 }
 
-// A request to end is one to cancel, from the first moment on.
-std::unique_ptr<os::StopSignals> TakeSignals(QueueView& view) {
-  auto signals = os::StopSignals::Start([&view](int) { view.RequestStop(); });
-  if (!signals)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + DescribeError(errno));
-  return signals;
-}
-
 }  // namespace
 
 ExitStatus QueueCommand(const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   QueueView view(json);
-  const auto signals = TakeSignals(view);
-  const ConversionSettings settings = ReadConversionSettings(invocation);
+  // A request to end is one to cancel, from the first moment on.
+  const auto signals =
+      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&view](int) { view.RequestStop(); }));
+  const ConversionSettings settings =
+      OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "convert"));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
-  if (invocation.Has(OptionId::Window)) view.UseWindow();
+  if (invocation.Has(OptionId::Window)) OrEnd(ExitStatus::NotInstalled, view.UseWindow());
   const std::string target = OutputDirectory(invocation);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
   const bool keep = KeepsFiles();
 
-  const JobDirectory directory(keep);
-  const std::string copy = directory.CopyIn(input.path, input.safeName + input.extension);
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
+  const std::string copy = OrEndByCode(
+      ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
   WriteHeader(settings, input, copy);
   const std::set<fs::path> before = NamesIn(directory.Path());
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);

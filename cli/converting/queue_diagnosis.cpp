@@ -1,6 +1,7 @@
 #include "cli/converting/queue_diagnosis.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "cli/installation/installation.h"
 #include "rastrel/job/exe_paths.h"
@@ -12,6 +13,35 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
+
+constexpr std::string_view Mark = "]ERROR:";
+
+// Whether the mark ends the head of a log entry: "[04/02/2026, 09:08:07][ 512]". A message of the
+// program may hold the mark, too.
+bool EndsHead(std::string_view before) {
+  const auto numberEnd = before.find_last_not_of("0123456789");
+  if (numberEnd == before.npos || numberEnd + 1 == before.size()) return false;
+  const auto open = before.find_last_not_of(' ', numberEnd);
+  return open != before.npos && open > 0 && before[open] == '[' && before[open - 1] == ']';
+}
+
+// Whether an entry's head begins here. Brackets of a message are no head.
+bool BeginsHead(std::string_view text) {
+  constexpr std::string_view Form = "[00/00/0000, 00:00:00][";
+  if (text.size() < Form.size()) return false;
+  return std::ranges::equal(text.substr(0, Form.size()), Form, [](char byte, char form) {
+    return form == '0' ? byte >= '0' && byte <= '9' : byte == form;
+  });
+}
+
+// The end of the entry whose text begins there: its line end, which the ticket gives to each line
+// of the program, or the next entry, since the measuring gives none.
+std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
+  const std::size_t lineEnd = std::min(log.find_first_of("\r\n", begin), log.size());
+  for (std::size_t at = log.find('[', begin); at < lineEnd; at = log.find('[', at + 1))
+    if (BeginsHead(log.substr(at))) return at;
+  return lineEnd;
+}
 
 }  // namespace
 
@@ -27,14 +57,14 @@ std::string LastErrorOfQueue() {
       RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
   const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
   if (!log) return {};
-  // Behind the head of an entry: the time, then the thread's number in brackets.
-  const std::string mark = "]ERROR: ";
-  const std::size_t found = log->rfind(mark);
-  if (found == log->npos) return {};
-  const std::size_t begin = found + mark.size();
-  // A line of the program ends with the entry: at its line end, or at the next entry's head.
-  const std::size_t end = std::min(log->find_first_of("\r\n", begin), log->find("[", begin));
-  return log->substr(begin, end == log->npos ? end : end - begin);
+  const std::string_view text = *log;
+  std::size_t found = text.rfind(Mark);
+  while (found != text.npos && !EndsHead(text.substr(0, found)))
+    found = found == 0 ? text.npos : text.rfind(Mark, found - 1);
+  if (found == text.npos) return {};
+  const std::size_t end = EndOfEntry(text, found + Mark.size());
+  const std::size_t begin = text.find_first_not_of(" \t", found + Mark.size());
+  return begin < end ? std::string(text.substr(begin, end - begin)) : std::string();
 }
 
 }  // namespace rastrel::cli

@@ -6,7 +6,8 @@
 
 namespace rastrel::cli {
 
-/// Success if the queue program is installed.
+/// Success if the queue program is installed, where CExePaths (rastrel/job/exe_paths.h) looks for
+/// it.
 [[nodiscard]] Expected<void> CheckQueueProgram();
 
 /// The last error message of the queue program since this process began; empty if there is none. It

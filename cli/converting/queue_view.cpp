@@ -1,6 +1,5 @@
 #include "cli/converting/queue_view.h"
 
-#include "cli/console/exit_status.h"
 #include "rastrel/platform/standalone/window_views.h"
 
 namespace rastrel::cli {
@@ -12,12 +11,11 @@ void PostCancel(CQProgressDlg& dialog) {
 
 }  // namespace
 
-void QueueView::UseWindow() {
+Expected<void> QueueView::UseWindow() {
   const auto views = host::LoadWindowViews();
-  if (!views)
-    throw CommandError(ExitStatus::NotInstalled,
-                       "--window: no window can be shown: " + Describe(views.Error()));
+  if (!views) return FailureOf("--window: no window can be shown: " + Describe(views.Error()));
   m_Views = *views;
+  return {};
 }
 
 int QueueView::Show(CQProgressDlg& dialog) {

@@ -4,6 +4,7 @@
 
 #include "cli/job/terminal_views.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
@@ -15,9 +16,9 @@ class QueueView {
   QueueView(const QueueView&) = delete;
   QueueView& operator=(const QueueView&) = delete;
 
-  /// Shows a window from now on. Throws CommandError(NotInstalled) with the reason if there can be
-  /// none. The window's toolkit starts threads: REQUIRES that signals are taken already.
-  void UseWindow();
+  /// Shows a window from now on. Fails with a message for the user if there can be none. The
+  /// window's toolkit starts threads: REQUIRES that signals are taken already.
+  [[nodiscard]] Expected<void> UseWindow();
 
   /// Shows the dialog until it has ended; returns its result.
   [[nodiscard]] int Show(CQProgressDlg& dialog);

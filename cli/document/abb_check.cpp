@@ -225,7 +225,7 @@ bool HasText(const XmlNode& plate) {
 // The colors of plates by their sheet layer, which only the plate and the text on it are on.
 using PlateColors = std::map<int, CVKColor>;
 
-// Whether nobody can tell the two apart.
+// Whether the two are so near that nobody sees a difference.
 bool LookTheSame(const CVKColor& left, const CVKColor& right) {
   std::array<double, 3> one{};
   std::array<double, 3> other{};

@@ -3,7 +3,6 @@
 #include <array>
 #include <filesystem>
 
-#include "cli/console/exit_status.h"
 #include "cli/console/values.h"
 #include "host/render/document_images.h"
 #include "rastrel/platform/os/path.h"
@@ -25,13 +24,12 @@ constexpr std::array Extensions{
     Extension{".png", DrawingKind::Png}, Extension{".json", DrawingKind::Document},
     Extension{".rdoc", DrawingKind::Document}};
 
-DrawingKind KindOf(const std::string& output) {
+Expected<DrawingKind> KindOf(const std::string& output) {
   const std::string extension = std::filesystem::path(output).extension();
   for (const Extension& row : Extensions) {
     if (extension == row.name) return row.kind;
   }
-  throw CommandError(ExitStatus::WrongUse,
-                     "-o " + output + ": its name has to end in .svg, .pdf, .png, .rdoc or .json");
+  return FailureOf("-o " + output + ": its name has to end in .svg, .pdf, .png, .rdoc or .json");
 }
 
 render::ImageFormat FormatOf(DrawingKind kind) {
@@ -44,24 +42,36 @@ render::ImageFormat FormatOf(DrawingKind kind) {
 
 }  // namespace
 
-DrawingRequest DrawingRequestOf(const Invocation& invocation, const std::string& output) {
+Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation, const std::string& output) {
   DrawingRequest request;
-  if (!output.empty()) request.kind = KindOf(output);
+  if (!output.empty()) {
+    const auto kind = KindOf(output);
+    if (!kind) return kind.Error();
+    request.kind = *kind;
+  }
   const std::string page = invocation.ValueOr(OptionId::Page, "");
-  if (!page.empty()) request.page = WholeNumberOf("--page", page, 1, MaximumPage);
+  if (!page.empty()) {
+    const auto number = WholeNumberOf("--page", page, 1, MaximumPage);
+    if (!number) return number.Error();
+    request.page = *number;
+  }
   const std::string dpi = invocation.ValueOr(OptionId::PictureDpi, "");
-  if (!dpi.empty()) request.dpi = WholeNumberOf("--dpi", dpi, 1, MaximumDpi);
+  if (!dpi.empty()) {
+    const auto number = WholeNumberOf("--dpi", dpi, 1, MaximumDpi);
+    if (!number) return number.Error();
+    request.dpi = *number;
+  }
   request.outlines = invocation.Has(OptionId::Outlines);
   return request;
 }
 
-std::vector<std::string> WriteDrawing(document::DocumentHost& host, const DrawingRequest& request,
-                                      const std::string& output) {
+Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
+                                                const DrawingRequest& request,
+                                                const std::string& output) {
   const std::wstring path = os::FromNative(output);
   if (request.kind == DrawingKind::Document) {
-    if (const auto saved = host.Save(path); !saved)
-      throw CommandError(ExitStatus::JobFailed, Describe(saved.Error()));
-    return {output};
+    if (const auto saved = host.Save(path); !saved) return saved.Error();
+    return std::vector<std::string>{output};
   }
   const render::ImageSource source{host.GetDocument(), host.GetFonts(), host.GetNotices()};
   render::ImageOptions options;
@@ -69,7 +79,7 @@ std::vector<std::string> WriteDrawing(document::DocumentHost& host, const Drawin
   options.outlines = request.outlines;
   options.dpi = request.dpi;
   const auto written = render::SaveImages(source, FormatOf(request.kind), options, path);
-  if (!written) throw CommandError(ExitStatus::JobFailed, Describe(written.Error()));
+  if (!written) return written.Error();
   std::vector<std::string> files;
   for (const std::wstring& file : *written) files.push_back(os::Utf8FromWide(file));
   return files;

@@ -5,6 +5,7 @@
 
 #include "cli/console/options.h"
 #include "host/document_host.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
@@ -25,16 +26,15 @@ struct DrawingRequest {
 };
 
 /// Reads the options of drawing; the kind by the extension of `output`, .svg, .pdf, .png, .json
-/// or .rdoc. Throws CommandError(WrongUse) for any other and for values out of range. An empty
-/// output asks for no file.
-[[nodiscard]] DrawingRequest DrawingRequestOf(const Invocation& invocation,
-                                              const std::string& output);
+/// or .rdoc. Any other, and values out of range, fail with a message for the user. An empty output
+/// asks for no file.
+[[nodiscard]] Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation,
+                                                        const std::string& output);
 
 /// Makes the file, whole or not at all; of a drawing or picture of several pages one file a page,
-/// with
-/// "-1", "-2" before the extension. Returns the files' names. Throws CommandError(JobFailed) with
-/// the reason.
-std::vector<std::string> WriteDrawing(document::DocumentHost& host, const DrawingRequest& request,
-                                      const std::string& output);
+/// with "-1", "-2" before the extension. Returns the files' names.
+[[nodiscard]] Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
+                                                              const DrawingRequest& request,
+                                                              const std::string& output);
 
 }  // namespace rastrel::cli

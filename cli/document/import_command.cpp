@@ -6,8 +6,8 @@
 #include "cli/console/terminal_picture.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
+#include "cli/document/open_template.h"
 #include "cli/document/shown_picture.h"
-#include "cli/document/template_file.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/values/world.h"
@@ -24,23 +24,21 @@ void ShowOnTerminal(const OpenedFile& file, DrawingRequest request, const std::s
   const document::SignBlank& blank = file.host->GetDocument().Blank();
   const double inches = std::max({blank.width, blank.height, 1.0}) / host::CentimetresPerInch;
   request.dpi = std::clamp(static_cast<int>(MaximumPixelsAcross / inches), 1, request.dpi);
-  try {
-    static_cast<void>(ShownPicture(*file.host, request, input).ShowOnTerminal());
-  } catch (const CommandError&) {
-    // A document that is too much for a picture is imported all the same.
-  }
+  // A document that is too much for a picture is imported all the same.
+  if (const auto picture = ShownPicture::Create(*file.host, request, input))
+    static_cast<void>(picture->ShowOnTerminal());
 }
 
 }  // namespace
 
 ExitStatus ImportCommand(const Invocation& invocation) {
   const std::string output = invocation.ValueOr(OptionId::OutputFile, "");
-  const DrawingRequest request = DrawingRequestOf(invocation, output);
+  const DrawingRequest request = OrEnd(ExitStatus::WrongUse, DrawingRequestOf(invocation, output));
   const OpenedFile file = OpenTemplate(invocation);
   std::vector<std::string> files;
   const bool json = invocation.Has(OptionId::Json);
   if (!output.empty()) {
-    files = WriteDrawing(*file.host, request, output);
+    files = OrEnd(ExitStatus::JobFailed, WriteDrawing(*file.host, request, output));
   } else if (!json) {
     ShowOnTerminal(file, request, invocation.operand);
   }

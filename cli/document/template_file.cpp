@@ -1,13 +1,11 @@
 #include "cli/document/template_file.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
-#include "cli/console/exit_status.h"
-#include "cli/console/values.h"
 #include "cli/document/abb_check.h"
 #include "cli/input/xml_input.h"
-#include "host/document/document.h"
 #include "rastrel/imports/xml_file_import.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/file.h"
@@ -19,61 +17,50 @@
 namespace rastrel::cli {
 namespace {
 
-[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
-  throw CommandError(ExitStatus::BadInput, "can't import '" + path + "': " + why);
+Failure Refused(const std::string& path, const std::string& why) {
+  return FailureOf("can't import '" + path + "': " + why, FailureCode::BadInput);
 }
 
 // Why an importer of plate XML took nothing.
-[[noreturn]] void RefuseAbb(const std::string& path, const std::wstring& readerPath) {
-  if (auto failure = xml::TakeXmlFailure()) {
-    failure->where = os::Utf8FromWide(os::FromNative(path));
-    throw CommandError(ExitStatus::BadInput, Describe(*failure));
+Failure RefusedAbb(const std::string& path, const std::wstring& readerPath) {
+  if (const auto state = xml::TakeXmlFailure(); !state) {
+    Failure failure = FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error());
+    failure.code = FailureCode::BadInput;
+    return failure;
   }
   if (!path.ends_with(".xml") && os::LowerAscii(os::SplitPath(readerPath).extension) != L".xml")
-    Refuse(path, "its name does not end in .xml");
-  Refuse(path, "there is no <PLATES> in an <ENGRAVINGTEMPLATE> below its root");
-}
-
-void ImportAbb(const std::string& path, bool strict, OpenedFile& file) {
-  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
-  const std::wstring readerPath = ReaderPath(path);
-  if (strict) file.findings = CheckAbb(readerPath, *file.host);
-  CXMLFileImport importer(readerPath.c_str());
-  if (importer.ImportXMLFile() == 0) RefuseAbb(path, readerPath);
-  if (!strict) return;
-  std::ranges::move(CheckAbbText(readerPath, *file.host), std::back_inserter(file.findings));
-  std::ranges::stable_sort(file.findings, {}, &Finding::line);
+    return Refused(path, "its name does not end in .xml");
+  return Refused(path, "there is no <PLATES> in an <ENGRAVINGTEMPLATE> below its root");
 }
 
 }  // namespace
 
-OpenedFile OpenTemplate(const Invocation& invocation) {
-  const std::string& path = invocation.operand;
-  if (!os::Exists(os::FromNative(path))) Refuse(path, "there is no such file");
-  if (os::IsDirectory(os::FromNative(path))) Refuse(path, "it is a directory");
+Expected<void> CheckTemplateFile(const std::string& path) {
+  if (!os::Exists(os::FromNative(path))) return Refused(path, "there is no such file");
+  if (os::IsDirectory(os::FromNative(path))) return Refused(path, "it is a directory");
+  return {};
+}
+
+Expected<OpenedFile> OpenDocumentFile(const std::string& path) {
+  auto opened = document::DocumentHost::Open(os::FromNative(path));
+  if (!opened) return Refused(path, Describe(opened.Error()));
   OpenedFile file;
-  file.format = FormatOfTemplate(path, invocation.ValueOr(OptionId::Format, ""));
-  const std::string blank = invocation.ValueOr(OptionId::Blank, "");
-  if (file.format == TemplateFormat::Document) {
-    if (!blank.empty())
-      throw CommandError(ExitStatus::WrongUse, "--blank: a document has its blank already");
-    auto opened = document::DocumentHost::Open(os::FromNative(path));
-    if (!opened) Refuse(path, Describe(opened.Error()));
-    file.host = std::move(*opened);
-    host::SetHost(file.host.get());
-    return file;
-  }
-  file.host = std::make_unique<document::DocumentHost>();
-  if (!blank.empty()) {
-    const Size size = ParseSize("--blank", blank);
-    document::SignBlank sign = file.host->GetDocument().Blank();
-    sign.width = size.widthCm;
-    sign.height = size.heightCm;
-    file.host->GetDocument().SetBlank(sign);
-  }
+  file.format = TemplateFormat::Document;
+  file.host = std::move(*opened);
   host::SetHost(file.host.get());
-  ImportAbb(path, invocation.Has(OptionId::Strict), file);
   return file;
+}
+
+Expected<void> ImportTemplate(const std::string& path, bool strict, OpenedFile& file) {
+  if (auto parser = CheckXmlParser(); !parser) return parser;
+  const std::wstring readerPath = ReaderPath(path);
+  if (strict) file.findings = CheckAbb(readerPath, *file.host);
+  CXMLFileImport importer(readerPath.c_str());
+  if (importer.ImportXMLFile() == 0) return RefusedAbb(path, readerPath);
+  if (!strict) return {};
+  std::ranges::move(CheckAbbText(readerPath, *file.host), std::back_inserter(file.findings));
+  std::ranges::stable_sort(file.findings, {}, &Finding::line);
+  return {};
 }
 
 }  // namespace rastrel::cli

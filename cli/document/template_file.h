@@ -3,10 +3,10 @@
 #include <memory>
 #include <string>
 
-#include "cli/console/options.h"
 #include "cli/document/finding.h"
 #include "cli/document/template_format.h"
 #include "host/document_host.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
@@ -17,10 +17,16 @@ struct OpenedFile {
   Findings findings;  ///< contents that the import passed over, if asked for
 };
 
-/// Opens the file that a command was given: loads a document, or imports a template into a new one,
-/// on the blank that `--blank` asks for. Installs the document's host for good. Throws
-/// CommandError: BadInput for a file that can't be read or gives nothing, WrongUse for options that
-/// don't go with it.
-[[nodiscard]] OpenedFile OpenTemplate(const Invocation& invocation);
+/// Whether there is a file to open. `path` is native here and below. The failures of all three are
+/// messages for the user.
+[[nodiscard]] Expected<void> CheckTemplateFile(const std::string& path);
+
+/// Loads a document, and installs its host for good.
+[[nodiscard]] Expected<OpenedFile> OpenDocumentFile(const std::string& path);
+
+/// Imports a template into the document of a host that is installed, and with `strict` collects the
+/// findings. A file that can't be read or gives nothing is FailureCode::BadInput; without a parser
+/// of XML the failure has no code.
+[[nodiscard]] Expected<void> ImportTemplate(const std::string& path, bool strict, OpenedFile& file);
 
 }  // namespace rastrel::cli

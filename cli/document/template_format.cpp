@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/input/xml_input.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -21,15 +21,6 @@ struct FormatName {
 
 constexpr std::array FormatNames{FormatName{TemplateFormat::Document, "document"},
                                  FormatName{TemplateFormat::Abb, "abb"}};
-
-TemplateFormat FormatNamed(const std::string& name) {
-  const auto found = std::ranges::find(FormatNames, name, &FormatName::name);
-  if (found != FormatNames.end()) return found->format;
-  std::string known;
-  for (const FormatName& row : FormatNames)
-    known += (known.empty() ? "" : ", ") + std::string(row.name);
-  throw CommandError(ExitStatus::WrongUse, "there is no format '" + name + "'; there are " + known);
-}
 
 // The first byte of a file after whitespace and a byte order mark; 0 for none.
 char FirstByteOf(const std::string& path) {
@@ -54,26 +45,35 @@ std::string_view NameOf(TemplateFormat format) {
   return std::ranges::find(FormatNames, format, &FormatName::format)->name;
 }
 
-TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name) {
-  if (!name.empty()) return FormatNamed(name);
+Expected<TemplateFormat> FormatNamed(const std::string& name) {
+  const auto found = std::ranges::find(FormatNames, name, &FormatName::name);
+  if (found != FormatNames.end()) return found->format;
+  std::string known;
+  for (const FormatName& row : FormatNames)
+    known += (known.empty() ? "" : ", ") + std::string(row.name);
+  return FailureOf("there is no format '" + name + "'; there are " + known);
+}
+
+Expected<TemplateFormat> FormatOfFile(const std::string& path) {
   if (FirstByteOf(path) == '{') return TemplateFormat::Document;
-  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
+  if (auto parser = CheckXmlParser(); !parser) return parser.Error();
   const std::wstring readerPath = ReaderPath(path);
   const XmlNode root = LoadXmlFile(readerPath);
   if (!root) {
-    auto failure = xml::TakeXmlFailure();
-    if (!failure) throw CommandError(ExitStatus::BadInput, path + ": can't be read");
-    failure->where = os::Utf8FromWide(os::FromNative(path));
-    throw CommandError(ExitStatus::BadInput, Describe(*failure));
+    const auto state = xml::TakeXmlFailure();
+    if (state) return FailureOf(path + ": can't be read", FailureCode::BadInput);
+    Failure failure = FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error());
+    failure.code = FailureCode::BadInput;
+    return failure;
   }
   if (HasPlates(root)) return TemplateFormat::Abb;
   std::wstring rootName;
   NodeBaseName(root, rootName);
-  throw CommandError(
-      ExitStatus::BadInput,
-      path + ":" + std::to_string(NodeLine(root)) + ": <" + os::Utf8FromWide(rootName) +
-          "> holds no template that is known: no <ENGRAVINGTEMPLATE> with <PLATE> in "
-          "it. `--format` reads it all the same");
+  return FailureOf(path + ":" + std::to_string(NodeLine(root)) + ": <" +
+                       os::Utf8FromWide(rootName) +
+                       "> holds no template that is known: no <ENGRAVINGTEMPLATE> with <PLATE> in "
+                       "it. `--format` reads it all the same",
+                   FailureCode::BadInput);
 }
 
 }  // namespace rastrel::cli

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// The formats of files that become documents.
@@ -14,10 +16,12 @@ enum class TemplateFormat {
 /// The format's name as `--format` takes it.
 [[nodiscard]] std::string_view NameOf(TemplateFormat format);
 
-/// The format of a file: the one that `name` chooses, or, where it is empty, the one that the
-/// file's extension and content show. `path` is native. Throws CommandError: WrongUse for a name
-/// that is no format's, BadInput with file, line and reason for a file that can't be read or is of
-/// no format.
-[[nodiscard]] TemplateFormat FormatOfTemplate(const std::string& path, const std::string& name);
+/// The format of that name. Any other name fails with a message for the user.
+[[nodiscard]] Expected<TemplateFormat> FormatNamed(const std::string& name);
+
+/// The format that the file's content shows. `path` is native. A file that can't be read or is of
+/// no format is FailureCode::BadInput, with file, line and reason; without a parser of XML the
+/// failure has no code.
+[[nodiscard]] Expected<TemplateFormat> FormatOfFile(const std::string& path);
 
 }  // namespace rastrel::cli

@@ -5,10 +5,11 @@
 #include "cli/console/other_programs.h"
 #include "cli/document/document_summary.h"
 #include "cli/document/drawing.h"
+#include "cli/document/open_template.h"
 #include "cli/document/shown_picture.h"
-#include "cli/document/template_file.h"
 #include "host/document/document.h"
 #include "host/document/notices.h"
+#include "rastrel/platform/os/program_search.h"
 
 namespace rastrel::cli {
 namespace {
@@ -20,13 +21,14 @@ bool HasDesktop() {
 // True if the desktop's viewer was started.
 bool OpenInViewer(const std::string& picture) {
   if (!HasDesktop()) return false;
-  const std::string opener = FindProgram("xdg-open");
+  const std::string opener = os::FindProgram("xdg-open");
   return !opener.empty() && StartAndForget(opener, {"xdg-open", picture});
 }
 
 void Show(const OpenedFile& file, const DrawingRequest& request, const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
-  ShownPicture picture(*file.host, request, invocation.operand);
+  ShownPicture picture =
+      OrEnd(ExitStatus::JobFailed, ShownPicture::Create(*file.host, request, invocation.operand));
   if (!json && picture.ShowOnTerminal()) return WriteSummary(file, invocation.operand, {}, json);
   picture.Keep();
   WriteSummary(file, invocation.operand, {picture.Path()}, json);
@@ -37,12 +39,13 @@ void Show(const OpenedFile& file, const DrawingRequest& request, const Invocatio
 
 ExitStatus ViewCommand(const Invocation& invocation) {
   const std::string output = invocation.ValueOr(OptionId::OutputFile, "");
-  const DrawingRequest request = DrawingRequestOf(invocation, output);
+  const DrawingRequest request = OrEnd(ExitStatus::WrongUse, DrawingRequestOf(invocation, output));
   const OpenedFile file = OpenTemplate(invocation);
   if (output.empty()) {
     Show(file, request, invocation);
   } else {
-    const std::vector<std::string> files = WriteDrawing(*file.host, request, output);
+    const std::vector<std::string> files =
+        OrEnd(ExitStatus::JobFailed, WriteDrawing(*file.host, request, output));
     WriteSummary(file, invocation.operand, files, invocation.Has(OptionId::Json));
   }
   return file.host->GetNotices().Losses().empty() ? ExitStatus::Done : ExitStatus::JobFailed;

@@ -1,8 +1,5 @@
 #include "cli/input/xml_input.h"
 
-#include <array>
-#include <charconv>
-
 #include "cli/input/file_head.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -19,10 +16,9 @@ Failure Refusal(const std::string& path, const std::string& why) {
 
 // Success if the XML layer reported no failure. Places are written as compilers write them.
 Expected<void> CheckXmlFailure(const XmlInput& input) {
-  std::optional<Failure> failure = xml::TakeXmlFailure();
-  if (!failure) return {};
-  failure->where = os::Utf8FromWide(os::FromNative(input.path));
-  return std::move(*failure);
+  auto state = xml::TakeXmlFailure();
+  if (state) return state;
+  return FailureAt(os::Utf8FromWide(os::FromNative(input.path)), state.Error());
 }
 
 // Faults that are found without a reader of XML.
@@ -74,12 +70,6 @@ std::string OneLineText(const wchar_t* text) {
   for (wchar_t& character : line)
     if (character < L' ' || character == L'\x7F') character = L' ';
   return os::Utf8FromWide(line);
-}
-
-std::string ShortNumber(double number) {
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
 }
 
 }  // namespace rastrel::cli

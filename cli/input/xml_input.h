@@ -29,7 +29,4 @@ struct XmlInput {
 /// Text in one line: each control character becomes a space. UTF-8.
 [[nodiscard]] std::string OneLineText(const wchar_t* text);
 
-/// A number without needless digits, with a point.
-[[nodiscard]] std::string ShortNumber(double number);
-
 }  // namespace rastrel::cli

@@ -1,10 +1,8 @@
 #include "cli/installation/installation.h"
 
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/job/log_cleanup.h"
-#include "rastrel/platform/os/file.h"
+#include "rastrel/job/print_check.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/process.h"
 #include "rastrel/platform/standalone/data_root.h"
 
 namespace rastrel::cli {
@@ -20,21 +18,12 @@ Failure Unusable(const std::string& why) {
   return FailureOf("the data root can't be used: " + why + "; `rastrel doctor` tells more");
 }
 
-// The log's own rule: whatever keeps it from being opened keeps the job from running.
-Expected<void> MakeSureOfLog() {
-  const std::wstring name = job::LogNamePrefix + std::to_wstring(os::CurrentProcessId()) + L".log";
-  const auto file = os::CreateLog(CExePaths::Instance().m_RipDir + name);
-  if (!file) return Unusable(Describe(file.Error()));
-  return {};
-}
-
 }  // namespace
 
 Expected<void> MakeSureOfDataRoot() {
   LayOutQuietly();
-  if (auto log = MakeSureOfLog(); !log) return log;
-  for (const std::string& directory : {RipDirectory(), JobsDirectory(), SpoolDirectory()})
-    if (const std::string why = WhyNotWritable(directory); !why.empty()) return Unusable(why);
+  if (const auto files = job::CheckPrintFiles(); !files) return Unusable(Describe(files.Error()));
+  if (const std::string why = WhyNotWritable(JobsDirectory()); !why.empty()) return Unusable(why);
   return {};
 }
 
@@ -52,16 +41,6 @@ std::string JobsDirectory() { return os::DataRoot() + "/jobs"; }
 
 std::string DevicesFile() { return os::DataRoot() + "/devices.txt"; }
 
-std::string WhyNotWritable(const std::string& directory) {
-  const std::wstring wide = os::FromNative(directory);
-  if (!os::Exists(wide)) return "there is no directory '" + directory + "'";
-  if (!os::IsDirectory(wide)) return "'" + directory + "' is no directory";
-  const std::wstring name =
-      wide + L"/.rastrel-write-" + std::to_wstring(os::CurrentProcessId()) + L".tmp";
-  const auto file = os::CreateForWriting(name);
-  if (!file) return Describe(file.Error());
-  return os::RemoveFile(name) ? std::string()
-                              : "a file made in '" + directory + "' can't be removed";
-}
+std::string WhyNotWritable(const std::string& directory) { return job::WhyNotWritable(directory); }
 
 }  // namespace rastrel::cli

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
@@ -29,23 +29,30 @@ void MakeReadable(const std::string& path) {
 
 }  // namespace
 
-JobDirectory::JobDirectory(bool keep) : m_Keep(keep) {
+Expected<JobDirectory> JobDirectory::Create(bool keep) {
   const std::string stem =
       JobsDirectory() + (keep ? "/kept-" : "/") + std::to_string(os::CurrentProcessId()) + "-";
+  Failure failure;
   for (int number = 1; number <= Attempts; ++number) {
-    m_Path = stem + std::to_string(number);
-    if (os::MakeDirectory(os::FromNative(m_Path))) return;
-    if (errno != EEXIST) break;
+    std::string path = stem + std::to_string(number);
+    const auto made = os::MakeDirectory(os::FromNative(path));
+    if (made) return JobDirectory(std::move(path), keep);
+    failure = FailureAt(path, made.Error());
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::NotInstalled,
-                     Describe({"mkdir", m_Path, errno}) + "; `rastrel doctor` tells more");
+  return FailureOf(Describe(failure) + "; `rastrel doctor` tells more");
 }
+
+JobDirectory::JobDirectory(std::string path, bool keep) : m_Path(std::move(path)), m_Keep(keep) {}
+
+JobDirectory::JobDirectory(JobDirectory&& other) noexcept
+    : m_Path(std::exchange(other.m_Path, {})), m_Keep(other.m_Keep) {}
 
 JobDirectory::~JobDirectory() {
-  if (!m_Keep) static_cast<void>(os::RemoveTree(os::FromNative(m_Path)));
+  if (!m_Keep && !m_Path.empty()) static_cast<void>(os::RemoveTree(os::FromNative(m_Path)));
 }
 
-std::string JobDirectory::CopyIn(const std::string& path, const std::string& name) const {
+Expected<std::string> JobDirectory::CopyIn(const std::string& path, const std::string& name) const {
   std::string copy = m_Path + "/" + name;
   const auto copied = os::CopyNativeFile(path, copy);
   if (copied) {
@@ -53,8 +60,8 @@ std::string JobDirectory::CopyIn(const std::string& path, const std::string& nam
     return copy;
   }
   const bool source = copied.Error().what == "open";
-  throw CommandError(source ? ExitStatus::BadInput : ExitStatus::JobFailed,
-                     "can't copy the job: " + Describe(copied.Error()));
+  return FailureOf("can't copy the job: " + Describe(copied.Error()),
+                   source ? FailureCode::BadInput : FailureCode::Unspecified);
 }
 
 unsigned ProcessOfJobDirectory(const std::string& name) {

@@ -2,28 +2,35 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::cli {
 
 /// A directory below the data root's `jobs` that one job has to itself: its working copy, and the
 /// prefix that the library writes beside it. Removed with all it holds at the end of its life,
-/// unless it is kept.
+/// unless it is kept. Move-only; a moved-from one removes nothing.
 class JobDirectory {
  public:
-  /// Makes one whose name begins with this process's id; `keep` leaves it for good. Throws
-  /// CommandError(NotInstalled) if it can't be made.
-  explicit JobDirectory(bool keep);
+  /// Makes one whose name begins with this process's id; `keep` leaves it for good. The failure is
+  /// a message for the user: the installation lacks its place.
+  [[nodiscard]] static Expected<JobDirectory> Create(bool keep);
   ~JobDirectory();
+  JobDirectory(JobDirectory&& other) noexcept;
+  JobDirectory& operator=(JobDirectory&&) = delete;
   JobDirectory(const JobDirectory&) = delete;
   JobDirectory& operator=(const JobDirectory&) = delete;
 
   /// Native path without a closing separator.
   [[nodiscard]] const std::string& Path() const { return m_Path; }
 
-  /// Copies a file in as `name`, and returns the copy's native path. Throws CommandError: BadInput
-  /// if the file can't be opened, JobFailed otherwise.
-  [[nodiscard]] std::string CopyIn(const std::string& path, const std::string& name) const;
+  /// Copies a file in as `name`, and returns the copy's native path. A file that can't be opened is
+  /// FailureCode::BadInput.
+  [[nodiscard]] Expected<std::string> CopyIn(const std::string& path,
+                                             const std::string& name) const;
 
  private:
+  JobDirectory(std::string path, bool keep);
+
   std::string m_Path;
   bool m_Keep;
 };

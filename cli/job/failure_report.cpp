@@ -1,7 +1,6 @@
 #include "cli/job/failure_report.h"
 
 #include "cli/console/json_line.h"
-#include "cli/console/other_programs.h"
 #include "cli/console/standard_streams.h"
 #include "cli/job/job_event.h"
 #include "cli/job/job_record.h"
@@ -10,6 +9,7 @@
 #include "rastrel/job/log_cleanup.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/program_search.h"
 
 namespace rastrel::cli {
 namespace {
@@ -41,7 +41,7 @@ void AddHint(JT_ERROR error, FailureReport& report) {
   const bool missing = error == JTE_RIP_MISSING || error == JTE_ODALIS_MISSING;
   const bool noStart = error == JTE_START_RIP || error == JTE_START_ODALIS;
   const bool noInterpreter = error == JTE_RIP_STATUS_3 && report.childStatus == RipPartMissing &&
-                             FindProgram("gs").empty();
+                             os::FindProgram("gs").empty();
   if (missing || noInterpreter) report.exit = ExitStatus::NotInstalled;
   if (noInterpreter) report.text = "Ghostscript (gs) is not on the path";
   if (missing || noStart || noInterpreter) report.hint = DoctorHint;

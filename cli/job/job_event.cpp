@@ -5,6 +5,7 @@
 
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/whitespace.h"
 
 namespace rastrel::cli {
 namespace {
@@ -22,12 +23,6 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
   text.remove_prefix(prefix.size());
   return true;
-}
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 bool ReadPage(std::string_view text, JobEvent& event) {
@@ -78,16 +73,17 @@ std::optional<JobEvent> EventOfLogLine(std::wstring_view line) {
   } else if (TakePrefix(text, "[Odalis]")) {
     event.originator = JTO_ODALIS;
   }
-  if (Trim(text).empty()) return std::nullopt;
+  if (os::Trim(text).empty()) return std::nullopt;
   if (event.originator != JTO_SYSTEM) {
     for (const char* report : {"ERROR:", "WARNING:", "INFO:", "PROGRESS:"})
       if (text.starts_with(report)) return std::nullopt;
     std::string_view value = text;
-    if (TakePrefix(value, "PAGE:") && ReadPage(Trim(value), event)) return event;
+    if (TakePrefix(value, "PAGE:") && ReadPage(os::Trim(value), event)) return event;
     value = text;
-    if (event.originator == JTO_ODALIS && TakePrefix(value, "OUTPUT:") && !Trim(value).empty()) {
+    if (event.originator == JTO_ODALIS && TakePrefix(value, "OUTPUT:") &&
+        !os::Trim(value).empty()) {
       event.kind = JobEventKind::Output;
-      event.path = Trim(value);
+      event.path = os::Trim(value);
       return event;
     }
   }

@@ -28,7 +28,7 @@ struct ChildRecord {
   static constexpr std::size_t MessageLimit = 12;
 };
 
-/// Keeps what the report at the end of a job needs. Takes as much memory as the delivered files'
+/// Keeps the facts for the report at the end of a job. Takes as much memory as the delivered files'
 /// paths, whatever the children say.
 class JobRecord : public JobObserver {
  public:

@@ -1,15 +1,15 @@
 #include "cli/job/job_run.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <utility>
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/job/failure_report.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/tree.h"
 #include "rastrel/printing/printing_thread.h"
 
@@ -50,12 +50,15 @@ void WriteCancelled(const JobRecord& record, const JobView& view) {
 
 }  // namespace
 
-StopRequest::StopRequest(JobView* view)
-    : m_View(view), m_Signals(os::StopSignals::Start([this](int) { OnSignal(); })) {
-  if (!m_Signals)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + DescribeError(errno));
+Expected<std::unique_ptr<StopRequest>> StopRequest::Create(JobView* view) {
+  std::unique_ptr<StopRequest> request(new StopRequest(view));
+  auto signals = TakeStopSignals([made = request.get()](int) { made->OnSignal(); });
+  if (!signals) return signals.Error();
+  request->m_Signals = *std::move(signals);
+  return request;
 }
+
+StopRequest::StopRequest(JobView* view) : m_View(view) {}
 
 StopRequest::~StopRequest() = default;
 
@@ -128,7 +131,7 @@ ExitStatus ReportEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& reco
   return report.exit;
 }
 
-void SetUpOutput(const std::string& directory, const std::string& printer) {
+Expected<void> SetUpOutput(const std::string& directory, const std::string& printer) {
   // The engine runs in a directory of its own, so that a relative path would mean another one
   // there.
   std::string output = directory.empty() ? os::EnvironmentValue(OutputVariable) : directory;
@@ -136,12 +139,13 @@ void SetUpOutput(const std::string& directory, const std::string& printer) {
   if (!directory.empty()) {
     const std::wstring wide = os::FromNative(output);
     if (!os::MakePath(wide) || !os::IsDirectory(wide))
-      throw CommandError(ExitStatus::WrongUse, "the files can't be put into '" + output +
-                                                   "': no such directory, and " +
-                                                   "it can't be made");
+      return FailureOf("the files can't be put into '" + output +
+                       "': no such directory, and it can't be made");
   }
-  if (!output.empty()) os::SetEnvironmentValue(OutputVariable, output.c_str());
-  if (!printer.empty()) os::SetEnvironmentValue(PrinterVariable, printer.c_str());
+  if (!output.empty()) static_cast<void>(os::SetEnvironmentValue(OutputVariable, output.c_str()));
+  if (!printer.empty())
+    static_cast<void>(os::SetEnvironmentValue(PrinterVariable, printer.c_str()));
+  return {};
 }
 
 }  // namespace rastrel::cli

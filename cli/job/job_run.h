@@ -8,6 +8,7 @@
 #include "cli/job/job_record.h"
 #include "cli/job/job_view.h"
 #include "cli/job/observed_ticket.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::os {
 class StopSignals;
@@ -16,11 +17,12 @@ class StopSignals;
 namespace rastrel::cli {
 
 /// Ends a job at a signal that asks for it: the first one aborts it, further ones are answered with
-/// a message that this is under way. Made before any other thread runs.
+/// a message that this is under way.
 class StopRequest {
  public:
-  /// The view is not owned and must outlive this.
-  explicit StopRequest(JobView* view);
+  /// Begins to take signals. The view is not owned and must outlive this. The failure is a message
+  /// for the user. REQUIRES: no other thread runs yet.
+  [[nodiscard]] static Expected<std::unique_ptr<StopRequest>> Create(JobView* view);
   ~StopRequest();
   StopRequest(const StopRequest&) = delete;
   StopRequest& operator=(const StopRequest&) = delete;
@@ -34,6 +36,7 @@ class StopRequest {
   void Forget();
 
  private:
+  explicit StopRequest(JobView* view);
   void OnSignal();
 
   JobView* m_View;
@@ -61,7 +64,7 @@ template <typename Ticket>
                                    JobView& view, int pages);
 
 /// Makes the environment of the output engine: where files go, and the printer. Empty texts leave
-/// it as it is. Throws CommandError(WrongUse) if the directory can't be made.
-void SetUpOutput(const std::string& directory, const std::string& printer);
+/// it as it is. Fails with a message for the user if the directory can't be made.
+[[nodiscard]] Expected<void> SetUpOutput(const std::string& directory, const std::string& printer);
 
 }  // namespace rastrel::cli

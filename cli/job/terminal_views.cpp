@@ -17,7 +17,8 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::int64_t Second = 1'000'000'000;  // nanoseconds
-constexpr int AfterEscape = 50;                 // milliseconds until an escape is a key by itself
+// Until an escape is a key by itself.
+constexpr std::chrono::milliseconds AfterEscape{50};
 constexpr unsigned UsualColumns = 80;
 constexpr int PercentStep = 10;
 constexpr char CtrlC = '\x03';
@@ -163,7 +164,7 @@ void TerminalViews::View::Turn() {
 void TerminalViews::View::Wait() {
   const HANDLE keys = m_Keys && !m_Keys->IsGone() ? m_Keys->GetHandle() : INVALID_HANDLE_VALUE;
   const std::array<HANDLE, 3> handles{m_Dialog.GetPostedHandle(), m_Views.m_Stop.m_hObject, keys};
-  static_cast<void>(os::WaitReadable(handles, static_cast<int>(redraw::ForElapsedTime.count())));
+  static_cast<void>(os::WaitReadable(handles, os::Deadline::After(redraw::ForElapsedTime)));
 }
 
 void TerminalViews::View::TakeKeys() {
@@ -173,7 +174,7 @@ void TerminalViews::View::TakeKeys() {
   bool cancels = HoldsCancelKey(bytes, more);
   if (more) {
     const std::array<HANDLE, 1> handles{m_Keys->GetHandle()};
-    static_cast<void>(os::WaitReadable(handles, AfterEscape));
+    static_cast<void>(os::WaitReadable(handles, os::Deadline::After(AfterEscape)));
     const std::string rest = m_Keys->Read();
     cancels = rest.empty() || HoldsCancelKey(Escape + rest, more);
   }

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "cli/console/exit_status.h"
 #include "cli/console/options.h"
 #include "cli/console/values.h"
 #include "rastrel/job/vk_job_ticket.h"
@@ -37,27 +36,25 @@ bool IsTargetName(std::string_view text) {
          });
 }
 
-void ApplySize(CJobData& settings, std::string_view text) {
-  const Size size = ParseSize("--scale", text);
-  settings.ScaleWidthCm = size.widthCm;
-  settings.ScaleHeightCm = size.heightCm;
+Expected<void> ApplySize(CJobData& settings, std::string_view text) {
+  const auto size = ParseSize("--scale", text);
+  if (!size) return size.Error();
+  settings.ScaleWidthCm = size->widthCm;
+  settings.ScaleHeightCm = size->heightCm;
   settings.ScaleMode = prefix::ScaleCustom;
+  return {};
 }
 
 // In the scale of the record.
-void ApplyComponents(CJobData& settings, std::string_view list, std::size_t count, double scale,
-                     std::string_view text) {
+Expected<void> ApplyComponents(CJobData& settings, std::string_view list, std::size_t count,
+                               double scale, std::string_view text) {
   const auto components = ParseComponents("--cut-color", list, count, text);
+  if (!components) return components.Error();
   settings.CutterColor = {};
   for (std::size_t index = 0; index < count; ++index)
     settings.CutterColor.at(index) =
-        static_cast<std::int32_t>(std::lround(components[index] * scale));
-}
-
-void ApplySpot(CJobData& settings, std::string_view name, std::string_view text) {
-  CheckSpotName("--cut-color", name, text);
-  settings.CutterSeparation = os::WideFromUtf8(name);
-  settings.CutterColorModel = prefix::CutterNamed;
+        static_cast<std::int32_t>(std::lround((*components)[index] * scale));
+  return {};
 }
 
 struct Channel {
@@ -68,87 +65,119 @@ struct Channel {
 constexpr std::array Channels{Channel{OptionId::LevelsRed, 1}, Channel{OptionId::LevelsGreen, 2},
                               Channel{OptionId::LevelsBlue, 3}, Channel{OptionId::LevelsGray, 4}};
 
-void ApplyLevels(CJobData& settings, const Invocation& invocation) {
+Expected<void> ApplyLevels(CJobData& settings, const Invocation& invocation) {
   if (invocation.Has(OptionId::Levels)) {
-    settings.Levels.fill(ParseLevels("--levels", invocation.ValueOr(OptionId::Levels, "")));
+    const auto levels = ParseLevels("--levels", invocation.ValueOr(OptionId::Levels, ""));
+    if (!levels) return levels.Error();
+    settings.Levels.fill(*levels);
     settings.LevelsEnabled = true;
     settings.LevelsLinked = true;
   }
   for (const Channel& channel : Channels) {
     if (!invocation.Has(channel.option)) continue;
-    settings.Levels.at(channel.index) =
+    const auto levels =
         ParseLevels(OptionOf(channel.option).name, invocation.ValueOr(channel.option, ""));
+    if (!levels) return levels.Error();
+    settings.Levels.at(channel.index) = *levels;
     settings.LevelsEnabled = true;
     settings.LevelsLinked = false;
   }
+  return {};
 }
+
+// The numbers of a value of --levels.
+struct LevelRange {
+  double minimum;
+  double maximum;
+  const char* description;
+};
+
+constexpr std::array LevelRanges{LevelRange{0.0, ByteScale, "low end from 0 to 255"},
+                                 LevelRange{MinimumGamma, MaximumGamma, "gamma from 0.01 to 100"},
+                                 LevelRange{0.0, ByteScale, "high end from 0 to 255"}};
 
 }  // namespace
 
-void ApplyScale(CJobData& settings, std::string_view text) {
+Expected<void> ApplyScale(CJobData& settings, std::string_view text) {
   if (text == "none") {
     settings.ScaleMode = prefix::ScaleNone;
-  } else if (!text.empty() && IsLetter(text.front())) {
-    if (!IsTargetName(text))
-      RefuseValue("--scale", text, "a target's name holds letters, digits, '-', '_' and '.' only");
-    settings.ScaleTarget = os::WideFromUtf8(text);
-    settings.ScaleMode = prefix::ScaleNamed;
-  } else {
-    ApplySize(settings, text);
+    return {};
   }
+  if (text.empty() || !IsLetter(text.front())) return ApplySize(settings, text);
+  if (!IsTargetName(text))
+    return RefusedValue("--scale", text,
+                        "a target's name holds letters, digits, '-', '_' and '.' only");
+  settings.ScaleTarget = os::WideFromUtf8(text);
+  settings.ScaleMode = prefix::ScaleNamed;
+  return {};
 }
 
-CLevelsData ParseLevels(std::string_view option, std::string_view text) {
+Expected<CLevelsData> ParseLevels(std::string_view option, std::string_view text) {
   const auto parts = Split(text, ',');
-  if (parts.size() != 3)
-    RefuseValue(option, text, "levels are given as LOW,GAMMA,HIGH, as in 0,1.2,255");
-  const auto number = [&](std::size_t index, double minimum, double maximum, const char* range) {
+  if (parts.size() != LevelRanges.size())
+    return RefusedValue(option, text, "levels are given as LOW,GAMMA,HIGH, as in 0,1.2,255");
+  std::array<double, LevelRanges.size()> numbers{};
+  for (std::size_t index = 0; index < numbers.size(); ++index) {
+    const LevelRange& range = LevelRanges.at(index);
     const auto value = NumberOf(parts[index]);
-    if (!value || *value < minimum || *value > maximum)
-      RefuseValue(option, text, "'" + std::string(parts[index]) + "' is no " + range);
-    return *value;
-  };
+    if (!value || *value < range.minimum || *value > range.maximum)
+      return RefusedValue(option, text,
+                          "'" + std::string(parts[index]) + "' is no " + range.description);
+    numbers.at(index) = *value;
+  }
   CLevelsData levels;
-  levels.Low = number(0, 0.0, ByteScale, "low end from 0 to 255");
-  levels.Gamma = number(1, MinimumGamma, MaximumGamma, "gamma from 0.01 to 100");
-  levels.High = number(2, 0.0, ByteScale, "high end from 0 to 255");
+  levels.Low = numbers[0];
+  levels.Gamma = numbers[1];
+  levels.High = numbers[2];
   return levels;
 }
 
-void ApplyCutColor(CJobData& settings, std::string_view text, TicketKind kind) {
+Expected<void> ApplyCutColor(CJobData& settings, std::string_view text, TicketKind kind) {
   const auto [model, rest] = SplitColor(text);
+  const bool preview = kind == TicketKind::Preview;
+  Expected<void> applied;
   if (model == "rgb") {
-    ApplyComponents(settings, rest, 3, ByteScale, text);
+    applied = ApplyComponents(settings, rest, 3, ByteScale, text);
     settings.CutterColorModel = prefix::CutterRgb;
   } else if (model == "cmyk") {
-    const bool preview = kind == TicketKind::Preview;
-    ApplyComponents(settings, rest, 4, preview ? PreviewInkScale : ByteScale, text);
+    applied = ApplyComponents(settings, rest, 4, preview ? PreviewInkScale : ByteScale, text);
     settings.CutterColorModel = prefix::CutterCmyk;
+  } else if (model == "spot" && !preview) {
+    applied = RefusedValue(
+        "--cut-color", text,
+        "a printed job takes a cut colour as rgb or cmyk only; a spot colour is for previews");
   } else if (model == "spot") {
-    if (kind == TicketKind::Print)
-      RefuseValue(
-          "--cut-color", text,
-          "a printed job takes a cut colour as rgb or cmyk only; a spot colour is for previews");
-    ApplySpot(settings, rest, text);
+    applied = CheckSpotName("--cut-color", rest, text);
+    settings.CutterSeparation = os::WideFromUtf8(rest);
+    settings.CutterColorModel = prefix::CutterNamed;
   } else {
-    RefuseValue("--cut-color", text,
-                "a cut colour is given as rgb:R,G,B or cmyk:C,M,Y,K or, for previews, spot:NAME");
+    applied = RefusedValue(
+        "--cut-color", text,
+        "a cut colour is given as rgb:R,G,B or cmyk:C,M,Y,K or, for previews, spot:NAME");
   }
-  settings.CutterEnabled = true;
+  if (applied) settings.CutterEnabled = true;
+  return applied;
 }
 
-void ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation) {
-  if (invocation.Has(OptionId::Dpi)) ticket.SetDPI(ParseDpi(invocation.ValueOr(OptionId::Dpi, "")));
+Expected<void> ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation) {
+  if (invocation.Has(OptionId::Dpi)) {
+    const auto dpi = ParseDpi(invocation.ValueOr(OptionId::Dpi, ""));
+    if (!dpi) return dpi.Error();
+    ticket.SetDPI(*dpi);
+  }
   ticket.SetPlanar(invocation.Has(OptionId::Planar));
   ticket.SetCutOnly(invocation.Has(OptionId::CutOnly));
+  return {};
 }
 
-void ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind) {
-  if (invocation.Has(OptionId::Scale))
-    ApplyScale(settings, invocation.ValueOr(OptionId::Scale, ""));
-  ApplyLevels(settings, invocation);
-  if (invocation.Has(OptionId::CutColor))
-    ApplyCutColor(settings, invocation.ValueOr(OptionId::CutColor, ""), kind);
+Expected<void> ApplySettings(CJobData& settings, const Invocation& invocation, TicketKind kind) {
+  if (invocation.Has(OptionId::Scale)) {
+    if (auto scaled = ApplyScale(settings, invocation.ValueOr(OptionId::Scale, "")); !scaled)
+      return scaled;
+  }
+  if (auto leveled = ApplyLevels(settings, invocation); !leveled) return leveled;
+  if (!invocation.Has(OptionId::CutColor)) return {};
+  return ApplyCutColor(settings, invocation.ValueOr(OptionId::CutColor, ""), kind);
 }
 
 }  // namespace rastrel::cli

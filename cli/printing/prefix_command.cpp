@@ -38,12 +38,12 @@ std::unique_ptr<CJobTicket> TicketFor(const Invocation& invocation) {
   if (!invocation.Has(OptionId::Preview)) {
     RefusePreviewOptions(invocation);
     auto ticket = std::make_unique<CJobTicket>();
-    ApplySettings(ticket->m_JobData, invocation, TicketKind::Print);
+    OrEnd(ExitStatus::WrongUse, ApplySettings(ticket->m_JobData, invocation, TicketKind::Print));
     return ticket;
   }
   auto ticket = std::make_unique<CVKJobTicket>();
-  ApplySettings(ticket->m_JobData, invocation, TicketKind::Preview);
-  ApplyPreview(*ticket, invocation);
+  OrEnd(ExitStatus::WrongUse, ApplySettings(ticket->m_JobData, invocation, TicketKind::Preview));
+  OrEnd(ExitStatus::WrongUse, ApplyPreview(*ticket, invocation));
   return ticket;
 }
 
@@ -98,7 +98,7 @@ ExitStatus PrefixCommand(const Invocation& invocation) {
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   Select(ticket->m_JobData, invocation);
-  const JobDirectory directory(false);
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false));
   ticket->SetJobFile(os::FromNative(directory.Path() + "/" + input.safeName + input.extension));
   const std::string bytes = BytesOf(*ticket, directory);
   if (invocation.Has(OptionId::OutputFile)) {

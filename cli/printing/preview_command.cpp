@@ -53,7 +53,7 @@ void CheckDirectory(const std::string& target) {
                                                  "': no such directory");
 }
 
-// Shows the first of the pictures, if the terminal can; all names were told as they were made.
+// Shows the first of the pictures, if the terminal can; all names were printed as they were made.
 void ShowFirst(const PreviewFiles& files) {
   for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
     if (!ShowPicture(os::FromNative(files.Names()[i]))) return;
@@ -64,10 +64,10 @@ void ShowFirst(const PreviewFiles& files) {
 
 ExitStatus PreviewCommand(const Invocation& invocation) {
   JobView view(invocation.Has(OptionId::Json));
-  StopRequest stop(&view);
+  const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   ObservedPreview ticket;
-  ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview);
-  ApplyPreview(ticket, invocation);
+  OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
+  OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
   const devices::FileFormat format = FormatOf(target);
   CheckDirectory(target);
@@ -81,15 +81,17 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   if (ticket.GetPlanar() && invocation.Has(OptionId::Dpi))
     view.Say("note", "planes have the RIP's own resolution; --dpi has no effect on them");
 
-  const JobDirectory directory(keep);
-  SetUpOutput(directory.Path() + "/output", printer);
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
+  OrEnd(ExitStatus::WrongUse, SetUpOutput(directory.Path() + "/output", printer));
   ticket.m_JobName = os::WideFromUtf8(input.safeName);
-  ticket.SetJobFile(os::FromNative(directory.CopyIn(input.path, input.safeName + input.extension)));
+  const std::string copy = OrEndByCode(
+      ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
+  ticket.SetJobFile(os::FromNative(copy));
   ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
   PreviewFiles files(target, input.safeName);
   ticket.SetFilter([&files](JobEvent& event) { files.Take(event); });
   JobRecord record;
-  const JobEnd end = RunJob(ticket, record, view, stop);
+  const JobEnd end = RunJob(ticket, record, view, *stop);
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
   if (end == JobEnd::Done && !files.Fault().empty())

@@ -37,10 +37,12 @@ struct PrintRequest {
 
 PrintRequest CheckRequest(const Invocation& invocation) {
   PrintRequest request;
-  request.copies = ParseCopies(invocation.ValueOr(OptionId::Copies, "1"));
+  request.copies =
+      OrEnd(ExitStatus::WrongUse, ParseCopies(invocation.ValueOr(OptionId::Copies, "1")));
   if (invocation.Has(OptionId::Pages))
-    request.pages = ParsePages(invocation.ValueOr(OptionId::Pages, ""));
-  ApplySettings(request.settings, invocation, TicketKind::Print);
+    request.pages =
+        OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, "")));
+  OrEnd(ExitStatus::WrongUse, ApplySettings(request.settings, invocation, TicketKind::Print));
   request.spool = invocation.Has(OptionId::Spool);
   request.planar = invocation.Has(OptionId::Planar);
   if (invocation.Has(OptionId::SaveTicket))
@@ -78,7 +80,7 @@ void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& inpu
   settings.SpoolAllowed = request.spool;
 }
 
-// The job is printed whatever becomes of its ticket, and its files are told first.
+// The job is printed whatever becomes of its ticket, and its files are reported first.
 Expected<void> TrySave(const CJobTicket& ticket, const std::string& path, JobView& view) {
   auto saved = SaveTicket(ticket, path);
   if (saved) view.Say("saved", "the ticket is saved as", path);
@@ -93,10 +95,11 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
                      StopRequest& stop) {
   const bool keep = KeepsFiles();
   std::optional<SpoolReservation> spool;
-  if (request.spool) spool.emplace(input.safeName);
-  const JobDirectory directory(keep);
-  const std::string copy =
-      directory.CopyIn(input.path, (spool ? spool->Name() : input.safeName) + input.extension);
+  if (request.spool)
+    spool.emplace(OrEnd(ExitStatus::JobFailed, SpoolReservation::Create(input.safeName)));
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
+  const std::string name = (spool ? spool->Name() : input.safeName) + input.extension;
+  const std::string copy = OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name));
 
   ObservedTicket ticket;
   Fill(ticket, request, input, copy);
@@ -119,10 +122,11 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
 
 ExitStatus PrintCommand(const Invocation& invocation) {
   JobView view(invocation.Has(OptionId::Json));
-  StopRequest stop(&view);
+  const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   const PrintRequest request = CheckRequest(invocation);
   // The pages' own description names the printer; a variable that is set would count for more.
-  SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer);
+  OrEnd(ExitStatus::WrongUse,
+        SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer));
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
 
@@ -130,7 +134,7 @@ ExitStatus PrintCommand(const Invocation& invocation) {
   ExitStatus result = ExitStatus::Done;
   for (const InputFile& input : request.inputs) {
     if (request.inputs.size() > 1) view.Begin(input.path);
-    const ExitStatus status = PrintFile(request, input, view, stop);
+    const ExitStatus status = PrintFile(request, input, view, *stop);
     if (result == ExitStatus::Done) result = status;
     if (status == ExitStatus::Cancelled) return status;
   }

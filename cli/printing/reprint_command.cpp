@@ -78,10 +78,12 @@ void CheckSelection(const CJobTicket& ticket) {
 
 ExitStatus ReprintCommand(const Invocation& invocation) {
   JobView view(invocation.Has(OptionId::Json));
-  StopRequest stop(&view);
+  const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   std::deque<std::int32_t> pages;
-  if (invocation.Has(OptionId::Pages)) pages = ParsePages(invocation.ValueOr(OptionId::Pages, ""));
-  const std::int32_t copies = ParseCopies(invocation.ValueOr(OptionId::Copies, "1"));
+  if (invocation.Has(OptionId::Pages))
+    pages = OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, "")));
+  const std::int32_t copies =
+      OrEnd(ExitStatus::WrongUse, ParseCopies(invocation.ValueOr(OptionId::Copies, "1")));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = invocation.ValueOr(OptionId::Printer, "");
   if (invocation.Has(OptionId::Printer))
@@ -93,10 +95,10 @@ ExitStatus ReprintCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Pages)) ticket.m_Pages = pages;
   if (invocation.Has(OptionId::Copies)) ticket.m_Copies = copies;
   CheckSelection(ticket);
-  SetUpOutput(invocation.ValueOr(OptionId::Output, ""), printer);
+  OrEnd(ExitStatus::WrongUse, SetUpOutput(invocation.ValueOr(OptionId::Output, ""), printer));
   const auto count = static_cast<int>(ticket.m_CFMFile.Entries.size());
   JobRecord record;
-  const JobEnd end = RunJob(ticket, record, view, stop);
+  const JobEnd end = RunJob(ticket, record, view, *stop);
   return ReportEnd(end, ticket, record, view, count);
 }
 

@@ -7,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -48,6 +47,14 @@ bool IsEntry(const std::string& name) {
   return name.ends_with(Extension) && name.size() > Extension.size();
 }
 
+// The text of the list, which programs read: the line and its fault take the file's place, as the
+// list has the page's name.
+std::string ProblemOf(const Failure& failure) {
+  if (failure.line == 0) return Describe(failure);
+  const std::string fault = "line " + std::to_string(failure.line) + ": " + failure.why;
+  return Describe({failure.what, fault, failure.error});
+}
+
 }  // namespace
 
 std::vector<SpoolEntry> ListSpool() {
@@ -80,7 +87,7 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
     if (auto info = pages::ReadPageInfo(directory)) {
       page.info = *info;
     } else {
-      page.problem = Describe(info.Error());
+      page.problem = ProblemOf(info.Error());
     }
     pages.push_back(std::move(page));
   }
@@ -91,19 +98,30 @@ std::vector<SpoolPage> PagesOf(const SpoolEntry& entry) {
   return pages;
 }
 
-SpoolReservation::SpoolReservation(const std::string& name) {
+Expected<SpoolReservation> SpoolReservation::Create(const std::string& name) {
+  std::string directory;
+  Failure failure{"mkdir", {}, EEXIST};
   for (int number = 1; number <= Attempts; ++number) {
-    m_Name = number == 1 ? name : name + "-" + std::to_string(number);
-    m_Directory = SpoolDirectory() + "/" + m_Name + std::string(Extension);
-    const std::wstring directory = os::FromNative(m_Directory);
+    std::string taken = number == 1 ? name : name + "-" + std::to_string(number);
+    directory = SpoolDirectory() + "/" + taken + std::string(Extension);
+    const std::wstring path = os::FromNative(directory);
     // A name that differs in case only would be found in place of this one.
-    if (os::Exists(directory)) continue;
-    if (os::MakeDirectory(directory)) return;
-    if (errno != EEXIST) break;
+    if (os::Exists(path)) continue;
+    const auto made = os::MakeDirectory(path);
+    if (made) return SpoolReservation(std::move(taken), std::move(directory));
+    failure = made.Error();
+    if (failure.error != EEXIST) break;
   }
-  throw CommandError(ExitStatus::JobFailed,
-                     "no name in the spool can be had: " + Describe({"mkdir", m_Directory, errno}));
+  return FailureOf("no name in the spool can be had: " + Describe(FailureAt(directory, failure)));
 }
+
+SpoolReservation::SpoolReservation(std::string name, std::string directory)
+    : m_Name(std::move(name)), m_Directory(std::move(directory)) {}
+
+SpoolReservation::SpoolReservation(SpoolReservation&& other) noexcept
+    : m_Name(std::move(other.m_Name)),
+      m_Directory(std::move(other.m_Directory)),
+      m_Filled(std::exchange(other.m_Filled, true)) {}
 
 SpoolReservation::~SpoolReservation() {
   if (m_Filled) return;

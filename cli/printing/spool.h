@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pages/page_info.h"
+#include "rastrel/platform/os/expected.h"
 
 /// The spool: directories "NAME.cfm" that hold the pages of one job each.
 namespace rastrel::cli {
@@ -37,12 +38,15 @@ struct SpoolEntry {
 [[nodiscard]] std::vector<SpoolPage> PagesOf(const SpoolEntry& entry);
 
 /// A name in the spool that belongs to one print, although there are no pages yet. It is given back
-/// at the end of its life if none came.
+/// at the end of its life if none came. Move-only; a moved-from one gives nothing back.
 class SpoolReservation {
  public:
-  /// Takes `name`, or "name-2" and so on if that is taken. Throws CommandError.
-  explicit SpoolReservation(const std::string& name);
+  /// Takes `name`, or "name-2" and so on if that is taken. The failure is a
+  /// message for the user.
+  [[nodiscard]] static Expected<SpoolReservation> Create(const std::string& name);
   ~SpoolReservation();
+  SpoolReservation(SpoolReservation&& other) noexcept;
+  SpoolReservation& operator=(SpoolReservation&&) = delete;
   SpoolReservation(const SpoolReservation&) = delete;
   SpoolReservation& operator=(const SpoolReservation&) = delete;
 
@@ -53,6 +57,8 @@ class SpoolReservation {
   void Fill() { m_Filled = true; }
 
  private:
+  SpoolReservation(std::string name, std::string directory);
+
   std::string m_Name;
   std::string m_Directory;
   bool m_Filled = false;

@@ -1,7 +1,6 @@
 #include "cli/printing/spool_command.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <ctime>
 
@@ -11,7 +10,9 @@
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/tree.h"
 
 namespace rastrel::cli {
@@ -26,12 +27,7 @@ std::string DateText(std::int64_t seconds) {
   return text.data();
 }
 
-std::string Resolution(double value) {
-  const double rounded = std::round(value * 100) / 100;
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), rounded);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
-}
+std::string Resolution(double value) { return os::ShortestDecimal(std::round(value * 100) / 100); }
 
 const char* ColorWord(pages::PageColor color) {
   switch (color) {
@@ -97,7 +93,7 @@ void ShowInDesktop(const std::string& directory) {
   const bool desktop =
       !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
   if (!desktop) return;
-  const std::string opener = FindProgram("xdg-open");
+  const std::string opener = os::FindProgram("xdg-open");
   if (!opener.empty()) StartAndForget(opener, {directory});
 }
 

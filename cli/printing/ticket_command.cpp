@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -15,6 +14,7 @@
 #include "cli/printing/ticket_file.h"
 #include "rastrel/job/job_code_text.h"
 #include "rastrel/job/job_ticket.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -40,12 +40,6 @@ std::string DateText(const COleDateTime& date) {
   return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
 }
 
-std::string NumberText(double number) {
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
-}
-
 const char* YesNo(bool flag) { return flag ? "yes" : "no"; }
 
 // Writes a field in both forms, so that none is in one form only.
@@ -63,7 +57,7 @@ class FieldList {
     m_Json.Add(name, value);
   }
   void Real(const char* label, const char* name, double value) {
-    Line(label, NumberText(value));
+    Line(label, os::ShortestDecimal(value));
     m_Json.AddNumber(name, value);
   }
   void Flag(const char* label, const char* name, bool value) {

@@ -6,6 +6,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/charts.h"
 
@@ -53,9 +54,9 @@ ExitStatus SymbolChartCommand(const Invocation& invocation) {
     line.AddNumber("height", reader.m_Height).AddNumber("trademark", reader.m_Trademark);
     line.AddNumber("signature", reader.m_SigHeight).Write();
   } else {
-    WriteOut("height " + ShortNumber(reader.m_Height) + ", trademark " +
-             ShortNumber(reader.m_Trademark) + ", signature " + ShortNumber(reader.m_SigHeight) +
-             "\n");
+    WriteOut("height " + os::ShortestDecimal(reader.m_Height) + ", trademark " +
+             os::ShortestDecimal(reader.m_Trademark) + ", signature " +
+             os::ShortestDecimal(reader.m_SigHeight) + "\n");
   }
   return ExitStatus::Done;
 }
@@ -87,7 +88,7 @@ ExitStatus CopyrightChartCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Json))
     JsonLine("copyright").AddNumber("font_size", reader.m_FontSize).Write();
   else
-    WriteOut(ShortNumber(reader.m_FontSize) + "\n");
+    WriteOut(os::ShortestDecimal(reader.m_FontSize) + "\n");
   return ExitStatus::Done;
 }
 

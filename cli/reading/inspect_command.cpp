@@ -45,7 +45,8 @@ void AddPainted(Inspection& inspection) {
   const bool hasArea = inspection.bounds && inspection.bounds->left < inspection.bounds->right &&
                        inspection.bounds->bottom < inspection.bounds->top;
   if (inspection.kind != FileKind::PostScript && hasArea) page = inspection.bounds;
-  report.painted = PaintedSpots(inspection.path, page);
+  OrEnd(ExitStatus::NotInstalled, CheckGhostscript());
+  report.painted = OrEnd(ExitStatus::JobFailed, PaintedSpots(inspection.path, page));
   for (const std::string& name : report.painted)
     if (!IsIn(inspection.names, name)) report.notDeclared.push_back(name);
   for (const SpotName& name : inspection.names)

@@ -119,9 +119,9 @@ Expected<std::string> HeadOf(const std::string& path, const std::wstring& wide) 
   auto file = os::RandomAccessFile::Open(wide);
   if (!file) return file.Error();
   std::string head(DosHeaderSize, '\0');
-  const long got = file->ReadAt(0, head);
-  if (got < 0) return Failure{"read", path, errno};
-  if (got == 0) head.clear();
+  const auto got = file->ReadAt(0, head);
+  if (!got) return Failure{"read", path, got.Error().error};
+  if (*got == 0) head.clear();
   return head;
 }
 

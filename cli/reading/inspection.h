@@ -23,12 +23,12 @@ struct FileSection {
 
 /// A spot color's name.
 struct SpotName {
-  std::string name;        ///< as the interface gives it; UTF-8
+  std::string name;        ///< as the interface returns it; UTF-8
   std::string postScript;  ///< with its escapes read as PostScript reads them, in octal; UTF-8
   bool operator==(const SpotName&) const = default;
 };
 
-/// A spot color with the values that the file gives for it.
+/// A spot color with the values that the file has for it.
 struct InspectedSpot {
   SpotName name;
   CVKColor color;

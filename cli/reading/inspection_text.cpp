@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <numeric>
+
+#include "rastrel/platform/os/decimal.h"
 
 namespace rastrel::cli {
 namespace {
@@ -18,12 +19,7 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-std::string Number(double value) {
-  std::array<char, 32> text{};
-  const double rounded = std::round(value * 1000) / 1000;
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), rounded);
-  return error == std::errc() ? std::string(text.data(), end) : "?";
-}
+std::string Number(double value) { return os::ShortestDecimal(std::round(value * 1000) / 1000); }
 
 template <typename Values, typename TextOf>
 std::string Joined(const Values& values, const char* between, const TextOf& textOf) {

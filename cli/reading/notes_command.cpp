@@ -9,6 +9,7 @@
 #include "cli/console/long_output.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/readers/job_notes.h"
 
@@ -92,7 +93,7 @@ std::string TextLines(const Record& record, const std::array<TextRow<Record>, Co
 std::string NumberLines(const Job& job) {
   std::string text;
   for (const NumberRow& row : JobNumbers)
-    if (job.*row.field != 0) text += Line(row.label, ShortNumber(job.*row.field));
+    if (job.*row.field != 0) text += Line(row.label, os::ShortestDecimal(job.*row.field));
   if (job.JOBDELIVERY != 0) text += Line("delivery", std::to_string(job.JOBDELIVERY));
   return text;
 }

@@ -4,7 +4,8 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// From the failures of spreadsheets to the command's exit status.
+/// From the failures of spreadsheets to the command's exit status. For the command itself: code
+/// below it hands failures on as they are.
 namespace rastrel::cli::sheet {
 
 /// Throws CommandError: NotInstalled without libzip, JobFailed if a call of the system failed, and

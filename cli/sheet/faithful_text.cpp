@@ -1,13 +1,13 @@
 #include "cli/sheet/faithful_text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <list>
 #include <optional>
+#include <utility>
 
-#include "cli/console/exit_status.h"
-#include "cli/sheet/failed_spreadsheet.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/open_office_xml_import.h"
@@ -42,27 +42,36 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
+// A message for the user that says nothing of the system's error.
+Failure OfTheSystem(std::string why, int error) {
+  Failure failure = FailureOf(std::move(why));
+  failure.error = error;
+  return failure;
+}
+
 // A workbook that has one of the sheets only.
-std::string WriteWorkbookOf(const SheetInfo& sheet, const Workspace& workspace) {
+Expected<std::string> WriteWorkbookOf(const SheetInfo& sheet, const Workspace& workspace) {
   std::string path = workspace.Path("workbook.xml");
   std::ofstream file(path, std::ios::binary);
   file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<workbook xmlns:r=\"urn:r\"><sheets>"
        << "<sheet name=\"" << Escaped(sheet.name) << "\" sheetId=\"1\" r:id=\"" << Escaped(sheet.id)
        << "\"/></sheets></workbook>\n";
   file.close();
-  if (!file) throw CommandError(ExitStatus::JobFailed, "can't write '" + path + "'");
+  if (!file) return OfTheSystem("can't write '" + path + "'", EIO);
   return path;
 }
 
 class FileList {
  public:
-  void Add(int type, const std::string& path) {
+  Expected<void> Add(int type, const Expected<std::string>& path) {
+    if (!path) return path.Error();
+    const std::wstring wide = os::FromNative(*path);
+    if (wide.size() >= tagEXCEL_XML_FILE::PathSize)
+      return OfTheSystem("the path '" + *path + "' is too long", ENAMETOOLONG);
     tagEXCEL_XML_FILE& file = m_Files.emplace_back();
     file.type = type;
-    const std::wstring wide = os::FromNative(path);
-    if (wide.size() >= tagEXCEL_XML_FILE::PathSize)
-      throw CommandError(ExitStatus::JobFailed, "the path '" + path + "' is too long");
     std::copy(wide.begin(), wide.end(), file.path);
+    return {};
   }
   [[nodiscard]] std::vector<tagEXCEL_XML_FILE*> Pointers() {
     std::vector<tagEXCEL_XML_FILE*> pointers;
@@ -79,24 +88,27 @@ std::string WhyNotFound(const SheetInfo& sheet) {
   const std::string name = "sheet '" + PrintableName(sheet.name) + "'";
   const std::string target = "'" + PrintableName(sheet.target) + "'";
   if (sheet.target.empty()) return name + " has no relationship";
-  if (sheet.target.starts_with('/'))
-    return name + ": its target " + target + " is absolute, and is looked for below xl" +
-           AsShownHint;
-  if (sheet.target.find("..") != sheet.target.npos)
-    return name + ": its target " + target + " leads out of its folder";
-  if (sheet.part != std::string(WorkbookFolder) + sheet.target)
-    return name + ": its target " + target + " is not in the package";
-  return {};
+  const std::string begin = name + ": its target " + target + " ";
+  const bool isAbsolute = sheet.target.starts_with('/');
+  const std::string hint = sheet.part.empty() ? "" : AsShownHint;
+  if (isAbsolute && sheet.part.empty()) return begin + "is absolute, and is not in the package";
+  if (isAbsolute) return begin + "is absolute, and is looked for below xl" + hint;
+  if (sheet.target.find("..") != sheet.target.npos) return begin + "leads out of its folder" + hint;
+  const std::filesystem::path place = std::string(WorkbookFolder) + sheet.target;
+  if (place.lexically_normal() == sheet.part) return {};
+  if (sheet.part.empty()) return begin + "is not in the package";
+  return begin + "is looked for below xl as it is written" + hint;
 }
 
 // The latest failure of the XML layer, with the part's name for a file below `folder`; empty if
 // there was none.
 std::string TakeXmlReason(const std::string& folder) {
-  auto failure = xml::TakeXmlFailure();
-  if (!failure) return {};
-  std::ranges::replace(failure->where, '\\', '/');
-  if (failure->where.starts_with(folder + "/")) failure->where.erase(0, folder.size() + 1);
-  return Describe(*failure);
+  const auto state = xml::TakeXmlFailure();
+  if (state) return {};
+  Failure failure = state.Error();
+  std::ranges::replace(failure.where, '\\', '/');
+  if (failure.where.starts_with(folder + "/")) failure.where.erase(0, folder.size() + 1);
+  return Describe(failure);
 }
 
 std::string WhyNothing(const std::vector<const SheetInfo*>& sheets, const std::string& folder) {
@@ -112,43 +124,67 @@ std::string WhyNothing(const std::vector<const SheetInfo*>& sheets, const std::s
 
 // Begins to unpack the sheets. One that has gone from the package since it was opened is fetched at
 // once, which fails with its name.
-void FetchSheets(Parts& parts, const std::vector<const SheetInfo*>& sheets) {
+Expected<void> FetchSheets(Parts& parts, const std::vector<const SheetInfo*>& sheets) {
   std::vector<std::string> ahead;
   for (const SheetInfo* sheet : sheets) {
     if (sheet->part.empty()) continue;
-    if (!parts.Has(sheet->part)) static_cast<void>(ValueOf(parts.Fetch(sheet->part)));
+    if (!parts.Has(sheet->part)) {
+      if (auto fetched = parts.Fetch(sheet->part); !fetched) return fetched.Error();
+    }
     ahead.push_back(sheet->part);
   }
-  RequireSuccess(parts.FetchAhead(ahead));
+  return parts.FetchAhead(ahead);
 }
 
-std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
-                           std::vector<std::string>& notes) {
-  Parts& parts = *source.parts;
-  const Workbook& workbook = source.workbook;
-  if (PrintableName(workbook.part).find('/') != WorkbookFolder.size() - 1 ||
-      !workbook.part.starts_with(WorkbookFolder))
-    throw CommandError(ExitStatus::BadInput,
-                       parts.Name() + ": its workbook is '" + PrintableName(workbook.part) +
-                           "', and sheets are looked for below xl" + AsShownHint);
+// Why the import finds no sheet of the workbook at all; empty if it looks in the right place.
+std::string WhyMisplaced(const Workbook& workbook) {
+  const std::string part = PrintableName(workbook.part);
+  if (part.find('/') == WorkbookFolder.size() - 1 && workbook.part.starts_with(WorkbookFolder))
+    return {};
+  return "its workbook is '" + part + "', and sheets are looked for below xl" + AsShownHint;
+}
+
+std::vector<const SheetInfo*> WantedSheets(const Workbook& workbook, int only) {
   std::vector<const SheetInfo*> sheets;
   for (std::size_t index = 0; index < workbook.sheets.size(); ++index)
     if (only < 0 || index == static_cast<std::size_t>(only))
       sheets.push_back(&workbook.sheets[index]);
+  return sheets;
+}
+
+// Unpacks the parts that the import takes besides the sheets.
+Expected<FileList> FetchFiles(Source& source, const SheetInfo* only, const Workspace& workspace) {
+  Parts& parts = *source.parts;
+  const Workbook& workbook = source.workbook;
   FileList files;
-  const auto fetch = [&parts](const std::string& part) { return ValueOf(parts.Fetch(part)); };
-  files.Add(1, only < 0 ? fetch(workbook.part) : WriteWorkbookOf(*sheets.front(), workspace));
-  if (!workbook.relationships.empty()) files.Add(2, fetch(workbook.relationships));
-  if (!workbook.strings.empty()) files.Add(3, fetch(workbook.strings));
-  FetchSheets(parts, sheets);
+  const auto main =
+      only == nullptr ? parts.Fetch(workbook.part) : WriteWorkbookOf(*only, workspace);
+  if (auto added = files.Add(1, main); !added) return added.Error();
+  if (!workbook.relationships.empty()) {
+    if (auto added = files.Add(2, parts.Fetch(workbook.relationships)); !added)
+      return added.Error();
+  }
+  if (!workbook.strings.empty()) {
+    if (auto added = files.Add(3, parts.Fetch(workbook.strings)); !added) return added.Error();
+  }
+  return files;
+}
+
+Expected<std::string> ImportWorkbook(Source& source, int only, const Workspace& workspace,
+                                     std::vector<std::string>& notes) {
+  Parts& parts = *source.parts;
+  if (const std::string why = WhyMisplaced(source.workbook); !why.empty())
+    return FailureOf(parts.Name() + ": " + why);
+  const std::vector<const SheetInfo*> sheets = WantedSheets(source.workbook, only);
+  auto files = FetchFiles(source, only < 0 ? nullptr : sheets.front(), workspace);
+  if (!files) return files.Error();
+  if (auto fetched = FetchSheets(parts, sheets); !fetched) return fetched.Error();
 
   static_cast<void>(xml::TakeXmlFailure());
   CMSExcelXMLImport import(os::FromNative(parts.Folder()).c_str());
-  const bool isWritten = import.ParseXmlFiles(files.Pointers());
-  RequireSuccess(parts.Settle());
-  if (!isWritten)
-    throw CommandError(ExitStatus::BadInput,
-                       parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
+  const bool isWritten = import.ParseXmlFiles(files->Pointers());
+  if (auto stopped = parts.Stop(); !stopped) return stopped.Error();
+  if (!isWritten) return FailureOf(parts.Name() + ": " + WhyNothing(sheets, parts.Folder()));
   for (const SheetInfo* sheet : sheets)
     if (const std::string why = WhyNotFound(*sheet); !why.empty()) notes.push_back(why);
   if (const std::string reason = TakeXmlReason(parts.Folder()); !reason.empty())
@@ -156,36 +192,36 @@ std::string ImportWorkbook(Source& source, int only, const Workspace& workspace,
   return parts.PathOf(TextName);
 }
 
-std::string ImportOpenDocument(const Source& source, int only, const Workspace& workspace) {
+Expected<std::string> ImportOpenDocument(const Source& source, int only,
+                                         const Workspace& workspace) {
   std::string content = source.document.path;
   if (source.kind == Source::Kind::Flat || only >= 0) {
     content = workspace.Path("content.xml");
-    RequireSuccess(WriteSpreadsheetContent(source.document, only, content));
+    if (auto written = WriteSpreadsheetContent(source.document, only, content); !written)
+      return written.Error();
   }
   std::string text = workspace.Path(TextName);
   static_cast<void>(xml::TakeXmlFailure());
   COpenOfficeXMLImport import(os::FromNative(content).c_str());
   import.SetDataSaveFileName(os::FromNative(text).c_str());
-  if (source.parts) RequireSuccess(source.parts->Discard(ContentPart));
-  const bool isWritten = import.ImportXMLFile() == 1;
-  if (isWritten) return text;
-  throw CommandError(ExitStatus::BadInput,
-                     Describe(TakeXmlFailureAt(source.document.name, NoText)));
+  if (source.parts) {
+    if (auto discarded = source.parts->Discard(ContentPart); !discarded) return discarded.Error();
+  }
+  if (import.ImportXMLFile() == 1) return text;
+  // The import refuses the document, whatever it was that failed there.
+  return FailureOf(Describe(TakeXmlFailureAt(source.document.name, NoText)));
 }
 
 }  // namespace
 
-std::string MakeFaithfulText(spreadsheet::Source& source, int only, Workspace& workspace,
-                             std::vector<std::string>& notes) {
-  try {
-    if (source.kind == Source::Kind::Workbook)
-      return ImportWorkbook(source, only, workspace, notes);
-    return ImportOpenDocument(source, only, workspace);
-  } catch (const CommandError&) {
-    // A part that could not be unpacked has the better reason than the import.
-    if (source.parts) RequireSuccess(source.parts->Settle());
-    throw;
-  }
+Expected<std::string> MakeFaithfulText(spreadsheet::Source& source, int only, Workspace& workspace,
+                                       std::vector<std::string>& notes) {
+  auto text = source.kind == Source::Kind::Workbook ? ImportWorkbook(source, only, workspace, notes)
+                                                    : ImportOpenDocument(source, only, workspace);
+  if (text || !source.parts) return text;
+  // A part that could not be unpacked has the better reason than the import.
+  if (auto stopped = source.parts->Stop(); !stopped) return stopped.Error();
+  return text;
 }
 
 }  // namespace rastrel::cli::sheet

@@ -1,7 +1,6 @@
 #include "cli/sheet/row_text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "cli/console/json_line.h"
@@ -85,9 +84,10 @@ Expected<void> RowText::Flush() {
   if (m_Written > m_MaximumBytes)
     return FailureOf("the text has more than " + std::to_string(m_MaximumBytes) +
                      " bytes, which is the limit");
-  if (!os::WriteAll(m_File->Get(), m_Text)) return Failure{"write", m_Path, errno};
+  auto written = os::WriteAll(m_File->Get(), m_Text);
+  if (!written) return FailureAt(m_Path, written.Error());
   m_Text.clear();
-  return {};
+  return written;
 }
 
 Expected<void> RowCounter::BeginSheet(const spreadsheet::SheetInfo& sheet, std::size_t number) {

@@ -17,6 +17,8 @@
 #include "cli/sheet/row_text.h"
 #include "cli/sheet/work_progress.h"
 #include "cli/sheet/workspace.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/reader_gone.h"
 #include "spreadsheet/source.h"
 
 namespace rastrel::cli {
@@ -30,6 +32,38 @@ using spreadsheet::Source;
 
 constexpr const char* StandardOutputName = "-";
 
+/// Where the text goes; empty for standard output.
+std::string TargetOf(const Invocation& invocation) {
+  const std::string target = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);
+  return target == StandardOutputName ? std::string() : target;
+}
+
+// Thrown where the work for standard output ends, since nobody reads that any more.
+struct NoReader {};
+
+void EndWithoutReader() {
+  if (os::ReaderIsGone(os::StandardHandle(os::StandardStream::Output))) throw NoReader();
+}
+
+// Hands rows on as long as somebody reads standard output.
+class WhileRead : public spreadsheet::RowSink {
+ public:
+  explicit WhileRead(spreadsheet::RowSink& sink) : m_Sink(sink) {}
+
+  Expected<void> BeginSheet(const spreadsheet::SheetInfo& sheet, std::size_t number) override {
+    return m_Sink.BeginSheet(sheet, number);
+  }
+  Expected<void> Row(std::uint64_t row, std::vector<std::string>& cells) override {
+    constexpr unsigned step = 256;  // asking is a call of the system
+    if (++m_Rows % step == 0) EndWithoutReader();
+    return m_Sink.Row(row, cells);
+  }
+
+ private:
+  spreadsheet::RowSink& m_Sink;
+  unsigned m_Rows = 0;
+};
+
 struct Task {
   const Invocation& invocation;
   Workspace& workspace;
@@ -38,11 +72,7 @@ struct Task {
   int only = -1;  // place of the one sheet that is wanted
 
   [[nodiscard]] bool IsJson() const { return invocation.Has(OptionId::Json); }
-  /// Where the text goes; empty for standard output.
-  [[nodiscard]] std::string Target() const {
-    const std::string target = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);
-    return target == StandardOutputName ? std::string() : target;
-  }
+  [[nodiscard]] std::string Target() const { return TargetOf(invocation); }
 };
 
 void CheckUse(const Invocation& invocation) {
@@ -114,9 +144,10 @@ void WriteLinesAsJson(const std::string& path) {
 void WriteFaithful(Task& task) {
   std::vector<std::string> notes;
   task.progress.Enter("reading");
-  const std::string text = MakeFaithfulText(task.source, task.only, task.workspace, notes);
+  const std::string text =
+      sheet::ValueOf(MakeFaithfulText(task.source, task.only, task.workspace, notes));
   if (!task.Target().empty())
-    task.workspace.Deliver(text, task.Target());
+    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(text, task.Target()));
   else if (task.IsJson())
     WriteLinesAsJson(text);
   else
@@ -131,20 +162,24 @@ void WriteAsShown(Task& task) {
   task.progress.Enter("reading");
   {
     RowText text(path, isJson ? RowText::Form::Json : RowText::Form::Table, task.only < 0);
-    sheet::RequireSuccess(ReadRows(task.source, task.only, text));
+    WhileRead whileRead(text);
+    spreadsheet::RowSink& sink =
+        task.Target().empty() ? whileRead : static_cast<spreadsheet::RowSink&>(text);
+    sheet::RequireSuccess(ReadRows(task.source, task.only, sink));
     sheet::RequireSuccess(text.Finish());
   }
   if (task.Target().empty())
     CopyToOutput(path);
   else
-    task.workspace.Deliver(path, task.Target());
+    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(path, task.Target()));
   WriteDone(task);
 }
 
 void WriteList(Task& task) {
   RowCounter counter;
   task.progress.Enter("counting");
-  sheet::RequireSuccess(ReadRows(task.source, task.only, counter));
+  WhileRead whileRead(counter);
+  sheet::RequireSuccess(ReadRows(task.source, task.only, whileRead));
   for (const RowCounter::Entry& entry : counter.Sheets()) {
     const char* visibility = WordOf(entry.sheet.visibility);
     const auto rows = static_cast<std::int64_t>(entry.size.rows);
@@ -200,10 +235,13 @@ void CheckKind(const std::string& path) {
                          (kind.empty() ? "" : ", but " + kind));
 }
 
-Source Open(const std::string& path, const Workspace& workspace, WorkProgress& progress) {
-  CheckKind(path);
+Source Open(const Invocation& invocation, const Workspace& workspace, WorkProgress& progress) {
+  CheckKind(invocation.operand);
+  const bool toOutput = TargetOf(invocation).empty();
   return sheet::ValueOf(spreadsheet::OpenSource(
-      path, workspace.MakeFolder("package"), [&progress](std::uint64_t done, std::uint64_t whole) {
+      invocation.operand, OrEnd(ExitStatus::JobFailed, workspace.MakeFolder("package")),
+      [&progress, toOutput](std::uint64_t done, std::uint64_t whole) {
+        if (toOutput) EndWithoutReader();
         // An unpacked part is read next, and nobody knows how far that is.
         progress.Enter(done < whole ? "unpacking" : "reading");
         if (done < whole) progress.Reach(done, whole);
@@ -216,11 +254,16 @@ ExitStatus SheetCommand(const Invocation& invocation) {
   CheckUse(invocation);
   OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
   const bool json = invocation.Has(OptionId::Json);
-  Workspace workspace(json);
+  const auto workspace = OrEnd(ExitStatus::JobFailed, Workspace::Create(json));
+  OrEnd(ExitStatus::NotInstalled, workspace->MakeDirectory());
   WorkProgress progress(json);
   progress.Enter("unpacking");
-  Task task{invocation, workspace, progress, Open(invocation.operand, workspace, progress)};
-  Run(task);
+  try {
+    Task task{invocation, *workspace, progress, Open(invocation, *workspace, progress)};
+    Run(task);
+  } catch (const NoReader&) {
+    // As after a text that is written to its end: that nobody wants more of it is no failure.
+  }
   return ExitStatus::Done;
 }
 

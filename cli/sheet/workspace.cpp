@@ -4,14 +4,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
 #include "cli/installation/installation.h"
 #include "cli/job/progress_line.h"
+#include "rastrel/platform/os/deliver_file.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
@@ -24,35 +26,55 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void RefuseTarget(const std::string& target, const std::string& why) {
-  throw CommandError(ExitStatus::JobFailed, "can't write '" + target + "': " + why);
+// A command should not be noticeably slower for others that were killed.
+constexpr std::size_t MaximumNames = 1000;
+constexpr std::size_t MaximumRemovals = 16;
+
+Failure CantWrite(const std::string& target, const std::string& why) {
+  return FailureOf("can't write '" + target + "': " + why);
 }
 
-void WriteThrough(const std::string& source, const std::string& target) {
+Expected<void> WriteThrough(const std::string& source, const std::string& target) {
   std::ifstream input(source, std::ios::binary);
   errno = 0;
   std::ofstream output(target, std::ios::binary);
-  if (!output) RefuseTarget(target, DescribeError(errno));
+  if (!output) return CantWrite(target, DescribeError(errno));
   if (fs::file_size(source) > 0) output << input.rdbuf();
   output.flush();
-  if (!output) RefuseTarget(target, DescribeError(errno));
+  if (!output) return CantWrite(target, DescribeError(errno));
+  return {};
 }
 
 }  // namespace
 
-Workspace::Workspace(bool json)
-    : m_Json(json), m_Signals(os::StopSignals::Start([this](int) { Stop(); })) {
-  if (!m_Signals)
-    throw CommandError(ExitStatus::JobFailed,
-                       "the system gives no thread or descriptor: " + DescribeError(errno));
-  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+Expected<std::unique_ptr<Workspace>> Workspace::Create(bool json) {
+  std::unique_ptr<Workspace> workspace(new Workspace(json));
+  auto signals = TakeStopSignals([made = workspace.get()](int) { made->Stop(); });
+  if (!signals) return signals.Error();
+  workspace->m_Signals = *std::move(signals);
+  return workspace;
+}
+
+Workspace::Workspace(bool json) : m_Json(json) {}
+
+Expected<void> Workspace::MakeDirectory() {
+  if (auto laidOut = MakeSureOfDataRoot(); !laidOut) return laidOut;
   const std::lock_guard<std::mutex> guard(m_Mutex);
-  m_Directory.emplace(false);
+  os::RemoveAbandonedDirectories(JobsDirectory(), MaximumNames, MaximumRemovals);
+  auto directory = JobDirectory::Create(false);
+  if (!directory) return directory.Error();
+  m_Directory.emplace(*std::move(directory));
+  if (auto hold = os::DirectoryHold::Take(m_Directory->Path())) m_Hold.emplace(*std::move(hold));
+  return {};
 }
 
 Workspace::~Workspace() {
   const std::lock_guard<std::mutex> guard(m_Mutex);
+  if (!m_Directory) return;
+  const std::string path = m_Directory->Path();
   m_Directory.reset();
+  // Once more: a failure of the moment, such as no descriptor being left, would leave it for good.
+  if (os::Exists(os::FromNative(path))) static_cast<void>(os::RemoveHeldDirectory(path));
 }
 
 void Workspace::Stop() {
@@ -74,10 +96,10 @@ void Workspace::Stop() {
   std::_Exit(static_cast<int>(ExitStatus::Cancelled));
 }
 
-std::string Workspace::MakeFolder(const std::string& name) const {
+Expected<std::string> Workspace::MakeFolder(const std::string& name) const {
   std::string path = Path(name);
-  if (!os::MakeDirectory(os::FromNative(path)))
-    throw CommandError(ExitStatus::JobFailed, Describe({"mkdir", path, errno}));
+  if (const auto made = os::MakeDirectory(os::FromNative(path)); !made)
+    return FailureAt(path, made.Error());
   return path;
 }
 
@@ -86,28 +108,17 @@ void Workspace::SetUnfinished(const std::string& path) {
   m_Unfinished = path;
 }
 
-void Workspace::Deliver(const std::string& source, const std::string& target) {
+Expected<void> Workspace::Deliver(const std::string& source, const std::string& target) {
   std::error_code error;
   fs::path place = target;
   if (fs::is_symlink(place, error) && fs::exists(place, error)) place = fs::canonical(place, error);
   const auto state = fs::status(place, error);
-  if (fs::is_directory(state)) RefuseTarget(target, "it is a directory");
+  if (fs::is_directory(state)) return CantWrite(target, "it is a directory");
   if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
-  fs::rename(source, place, error);
-  if (!error) return;
-  // Another file system, most likely; if not, the copy below fails with the reason.
-  const fs::path beside = place.parent_path() / ("." + place.filename().string() + ".rastrel-" +
-                                                 std::to_string(os::CurrentProcessId()));
-  SetUnfinished(beside);
-  const auto copied = os::CopyNativeFile(source, beside);
-  if (!copied) RefuseTarget(target, DescribeError(copied.Error().error));
-  fs::rename(beside, place, error);
-  if (error) {
-    const std::string why = error.message();
-    fs::remove(beside, error);
-    RefuseTarget(target, why);
-  }
-  SetUnfinished({});
+  const auto delivered =
+      os::DeliverFile(source, place, [this](const std::string& hidden) { SetUnfinished(hidden); });
+  if (!delivered) return CantWrite(target, DescribeError(delivered.Error().error));
+  return {};
 }
 
 }  // namespace rastrel::cli::sheet

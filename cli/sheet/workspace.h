@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "cli/installation/job_directory.h"
+#include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/held_directory.h"
 
 namespace rastrel::os {
 class StopSignals;
@@ -16,27 +18,31 @@ namespace rastrel::cli::sheet {
 
 /// A directory for unpacked parts, below the data root's `jobs`. It is removed with all it holds
 /// at the end of its life, and at a signal that asks the program to end: that ends it at once, with
-/// the status Cancelled.
+/// the status Cancelled. One whose program was killed is removed by the next workspace.
 class Workspace {
  public:
-  /// Begins to take signals, and makes the directory. With `json` a cancellation is a JSON line.
-  /// Throws CommandError. REQUIRES: no other thread runs yet.
-  explicit Workspace(bool json);
+  /// Begins to take signals; there is no directory yet. With `json` a cancellation is a JSON line.
+  /// The failure is a message for the user. REQUIRES: no other thread runs yet.
+  [[nodiscard]] static Expected<std::unique_ptr<Workspace>> Create(bool json);
   ~Workspace();
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
+  /// Lays the data root out and makes the directory, before all that follows. The failure is a
+  /// message for the user: the installation lacks its place.
+  [[nodiscard]] Expected<void> MakeDirectory();
   /// Native path of something in it.
   [[nodiscard]] std::string Path(const std::string& name) const {
     return m_Directory->Path() + "/" + name;
   }
-  /// Makes an empty directory in it, and returns its native path. Throws CommandError.
-  [[nodiscard]] std::string MakeFolder(const std::string& name) const;
+  /// Makes an empty directory in it, and returns its native path.
+  [[nodiscard]] Expected<std::string> MakeFolder(const std::string& name) const;
   /// Moves a file of it to its final place, which is changed as a whole or not at all. A pipe or
-  /// a terminal there is written to. Throws CommandError.
-  void Deliver(const std::string& source, const std::string& target);
+  /// a terminal there is written to. The failure is a message for the user.
+  [[nodiscard]] Expected<void> Deliver(const std::string& source, const std::string& target);
 
  private:
+  explicit Workspace(bool json);
   [[noreturn]] void Stop();
   void SetUnfinished(const std::string& path);
 
@@ -44,6 +50,7 @@ class Workspace {
   std::mutex m_Mutex;
   std::string m_Unfinished;  // a file beside the final place
   std::optional<JobDirectory> m_Directory;
+  std::optional<os::DirectoryHold> m_Hold;     // none where the file system has no locks
   std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
 };
 

@@ -295,13 +295,10 @@ std::unique_ptr<Document> DocumentFrom(std::string_view text) {
 }  // namespace
 
 Expected<std::unique_ptr<Document>> ReadDocumentText(std::string_view text) {
-  try {
-    return DocumentFrom(text);
-  } catch (const JsonFault& fault) {
-    Failure failure = fault.failure;
-    if (failure.where.empty()) failure.where = "the file";
-    return failure;
-  }
+  std::unique_ptr<Document> document;
+  const auto read = ReadJson([&] { document = DocumentFrom(text); });
+  if (read) return document;
+  return read.Error().where.empty() ? FailureAt("the file", read.Error()) : read.Error();
 }
 
 Expected<std::unique_ptr<Document>> LoadDocument(const std::wstring& path) {

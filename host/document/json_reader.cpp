@@ -9,13 +9,33 @@
 
 namespace rastrel::document {
 
+namespace {
+
+// Unwinds a reading, which may be within the parser's own calls. Never seen outside ReadJson.
+struct JsonFault {
+  Failure failure;
+};
+
+}  // namespace
+
+Expected<void> ReadJson(const std::function<void()>& reading) {
+  try {
+    reading();
+    return {};
+  } catch (const JsonFault& fault) {
+    return fault.failure;
+  }
+}
+
+void EndJsonReading(Failure failure) { throw JsonFault{std::move(failure)}; }
+
 JsonValue::JsonValue(const nlohmann::json& value, std::string where)
     : m_Value(&value), m_Where(std::move(where)) {}
 
 void JsonValue::Fail(const std::string& why) const {
   Failure failure = FailureOf(why);
   failure.where = m_Where;
-  throw JsonFault{failure};
+  EndJsonReading(std::move(failure));
 }
 
 bool JsonValue::Has(const char* name) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
@@ -8,22 +9,24 @@
 #include "rastrel/platform/os/expected.h"
 
 /// Reading JSON strictly: each value is asked for by its place and its kind, and a value of another
-/// kind ends the reading with a fault that names the place.
+/// kind ends the reading with a failure that names the place.
 namespace rastrel::document {
 
-/// Thrown for a text that can't be read. The failure's `where` is a JSON pointer (RFC 6901), empty
-/// for the whole; its `why` is the rule that is broken.
-struct JsonFault {
-  Failure failure;
-};
+/// Runs a reading of JSON, which is all use of JsonValue and ParseJson. Fails at the first value
+/// that can't be read: the failure's `where` is a JSON pointer (RFC 6901), empty for the whole; its
+/// `why` is the rule that is broken. Lets other exceptions of `reading` pass.
+[[nodiscard]] Expected<void> ReadJson(const std::function<void()>& reading);
 
-/// A value of a JSON text and its place. Every member throws JsonFault if the value is not of the
+/// Ends the reading that ReadJson runs, with this failure. REQUIRES: called within it.
+[[noreturn]] void EndJsonReading(Failure failure);
+
+/// A value of a JSON text and its place. Every member ends the reading if the value is not of the
 /// kind that it asks for. The JSON must outlive it.
 class JsonValue {
  public:
   JsonValue(const nlohmann::json& value, std::string where);
 
-  /// Throws JsonFault with the place of this value.
+  /// Ends the reading with the place of this value.
   [[noreturn]] void Fail(const std::string& why) const;
 
   /// A member of an object; it must be there.

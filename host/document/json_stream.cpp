@@ -51,7 +51,7 @@ class Builder {
   }
   [[noreturn]] bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                                 const Json::exception& fault) {
-    throw JsonFault{FailureOf(ReasonOf(fault))};
+    EndJsonReading(FailureOf(ReasonOf(fault)));
   }
 
  private:
@@ -89,8 +89,8 @@ class Builder {
 
   bool Open(Json value) {
     if (m_Open.size() == DeepestJson) {
-      throw JsonFault{
-          FailureOf("values stand more than " + std::to_string(DeepestJson) + " deep in values")};
+      EndJsonReading(
+          FailureOf("values stand more than " + std::to_string(DeepestJson) + " deep in values"));
     }
     m_Open.push_back({std::move(value), {}});
     return true;

@@ -31,8 +31,8 @@ struct ElementTaker {
 
 /// Parses a whole text (RFC 8259). The result holds the values that were not taken; a taken array
 /// is empty there. Of members of one name the last one counts, but a taken one is refused if it
-/// comes twice. Throws JsonFault for a text that is not JSON or is too deep, and lets the taker's
-/// exceptions pass.
+/// comes twice. Ends the reading (ReadJson) for a text that is not JSON or is too deep, and lets
+/// the taker's exceptions pass.
 [[nodiscard]] nlohmann::json ParseJson(std::string_view text, const ElementTaker& taker);
 
 }  // namespace rastrel::document

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <optional>
@@ -13,6 +12,7 @@
 #include "host/document/notices.h"
 #include "host/graphics/picture.h"
 #include "interpreter/interpreter.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
@@ -28,7 +28,6 @@ namespace {
 
 constexpr const char* ProgramName = "rastrel-draw";
 constexpr std::size_t PipeSize = 65'536;
-constexpr int MillisecondsPerSecond = 1000;
 
 // Beside this program, or where the reference children lie.
 std::string FindDrawingProgram() {
@@ -69,7 +68,7 @@ class DrawingProcess {
   [[nodiscard]] HANDLE Output() const { return m_Output.Get(); }
   // Its end, which has come or is about to: it has closed its output.
   [[nodiscard]] Expected<os::ExitState> End() {
-    static_cast<void>(os::WaitReadable(std::array{HANDLE{m_Process.Get()}}, -1));
+    static_cast<void>(os::WaitReadable(std::array{HANDLE{m_Process.Get()}}, os::Deadline::Never()));
     m_Ended = true;
     return os::TakeExitState(m_Process.Get());
   }
@@ -98,12 +97,12 @@ Expected<DrawingProcess> Start(const std::vector<std::string>& task, const std::
   request.directory = "/";
   HANDLE outputRead = INVALID_HANDLE_VALUE;
   HANDLE outputWrite = INVALID_HANDLE_VALUE;
-  if (!os::CreatePipe(outputRead, outputWrite, PipeSize)) return Failure{"pipe", {}, errno};
+  if (auto made = os::CreatePipe(outputRead, outputWrite, PipeSize); !made) return made.Error();
   os::FileDescriptor output(outputRead);
   const os::FileDescriptor childOutput(outputWrite);
   HANDLE inputRead = INVALID_HANDLE_VALUE;
   HANDLE inputWrite = INVALID_HANDLE_VALUE;
-  if (!os::CreateInput(inputRead, inputWrite, input)) return Failure{"pipe", {}, errno};
+  if (auto made = os::CreateInput(inputRead, inputWrite, input); !made) return made.Error();
   const os::FileDescriptor childInput(inputRead);
   const os::FileDescriptor ownInput(inputWrite);
   request.standardInput = inputRead;
@@ -207,25 +206,25 @@ Expected<void> DrawingRun::TakeAll() {
 
 Expected<void> DrawingRun::Read(DrawingProcess& process) {
   std::string buffer(PipeSize, '\0');
-  const auto silence = static_cast<int>(m_Limits.silence.count()) * MillisecondsPerSecond;
   while (!m_Done) {
-    const std::uint32_t waited = os::WaitReadable(std::array{process.Output()}, silence);
+    const std::uint32_t waited =
+        os::WaitReadable(std::array{process.Output()}, os::Deadline::After(m_Limits.silence));
     if (waited == os::WaitTimeout) {
       return NotDrawn("drawing it takes more than " + SecondsText(m_Limits.silence));
     }
-    const long count = os::ReadSome(process.Output(), buffer.data(), buffer.size());
-    if (count < 0) return Failure{"read", {}, errno};
-    if (count == 0) {
+    const auto count = os::ReadSome(process.Output(), buffer.data(), buffer.size());
+    if (!count) return count.Error();
+    if (*count == 0) {
       const auto end = process.End();
       if (!end) return end.Error();
       return NotDrawn(ReasonOf(*end));
     }
-    m_Total += static_cast<std::uint64_t>(count);
+    m_Total += *count;
     if (m_Total > m_Limits.resultBytes) {
       return NotDrawn("its drawing has more than " + std::to_string(m_Limits.resultBytes) +
                       " bytes");
     }
-    m_Bytes.append(buffer.data(), static_cast<std::size_t>(count));
+    m_Bytes.append(buffer.data(), *count);
     if (auto taken = TakeAll(); !taken) return taken;
   }
   return {};

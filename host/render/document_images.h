@@ -21,7 +21,7 @@ enum class ImageFormat { Svg, Pdf, Png };
 struct ImageOptions {
   std::optional<int> page;         ///< counted from 1; nothing for all of them
   bool outlines = false;           ///< every letter as a path, rather than as text in a font
-  bool blank = true;               ///< the blank and its edge behind the objects
+  bool blank = true;               ///< the blank and its edge under the objects
   double dpi = 150;                ///< of PNG, LowestDpi to HighestDpi
   graphics::DrawingLimits limits;  ///< of drawing a document that has placed files
 };

@@ -18,7 +18,7 @@ namespace rastrel::render {
 namespace {
 
 constexpr double PointsPerInch = 72;
-constexpr double ThinnestLine = 0.25;  // points: what a printer still shows
+constexpr double ThinnestLine = 0.25;  // points; still visible in print
 // Larger letters are drawn as paths: pictures of single letters take memory, and the font library
 // has a maximum size.
 constexpr double LargestPixelLetter = 1000;
@@ -88,7 +88,7 @@ Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
 Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) {
   std::string bytes;
   const CairoSurface surface = PdfSurface(bytes, renderer.Width(), renderer.Height());
-  // With a date the same document would not give the same bytes.
+  // With a date the same document would not make the same bytes.
   cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
   {
     const CairoContext context(cairo_create(surface.get()));

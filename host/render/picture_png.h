@@ -14,7 +14,7 @@ class Picture;
 namespace rastrel::render {
 
 /// A surface of pixels as a PNG file that names its resolution. Empty if there is no memory for it.
-/// The same pixels give the same bytes.
+/// The same pixels make the same bytes.
 [[nodiscard]] std::string PngOfSurface(cairo_surface_t* surface, double dpi);
 
 /// A placed file as pixels on a transparent ground, at 300 dpi, or fewer where that would be more

@@ -52,6 +52,8 @@ bool CCFM2::ParsePage(std::wstring_view block) {
   return true;
 }
 
+// The table of keywords is made in the constructor (cfm2.cpp). The output engine reads the text
+// with a parser of its own (children/coreodalis/cfm2_lines.cpp).
 void CCFM2::ParseLine(std::wstring_view line, CCFMPage& page) const {
   const std::size_t separator = line.find(Separator);
   if (separator == std::wstring_view::npos) return;

@@ -1,6 +1,7 @@
 #include "rastrel/conversion/clq_ticket.h"
 
 #include <array>
+#include <chrono>
 #include <cstdarg>
 #include <cwchar>
 
@@ -52,6 +53,7 @@ bool CLQTicket::Start(const wchar_t* file) {
   if (!os::Exists(m_ExePath) || !os::Exists(file)) return false;
   if (!TakeLock()) return false;
   m_bEnded = false;
+  m_bAbort = false;
   m_hThread = os::Thread::Start([this, path = std::wstring(file)] { Work(path); });
   if (m_hThread == nullptr) FreeLock();
   return m_hThread != nullptr;
@@ -96,7 +98,8 @@ void CLQTicket::Abort() {
   m_bAbort = true;
   m_pLock->Unlock();
   const std::array<HANDLE, 1> end{m_pEnd->m_hObject};
-  if (os::WaitReadable(end, PrintingThread::CLQThread::s_GuardianTimeout) != os::WaitSignaledBase)
+  const std::chrono::milliseconds timeout(PrintingThread::CLQThread::s_GuardianTimeout);
+  if (os::WaitReadable(end, os::Deadline::After(timeout)) != os::WaitSignaledBase)
     m_pGiveUp->Unlock();
   Join();
 }

@@ -32,8 +32,8 @@ class RASTREL_API CPS2CutData {
   int Load(CStream* stream);
 
   /// Writes the PostScript that makes the RIP treat the color as cut data; nothing if `enabled` is
-  /// 0. A color's name is not escaped, so it must not hold a parenthesis or a backslash. The
-  /// stream's exceptions pass.
+  /// 0. `stream` must not be null. A color's name is not escaped, so it must not hold a parenthesis
+  /// or a backslash. The stream's exceptions pass.
   void PutCutterOverride(CStream* stream) const;
 
   /// Whether `text`, the queue program's form of the color of a cut path, is this record's color.

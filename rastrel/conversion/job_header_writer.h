@@ -18,8 +18,8 @@ namespace rastrel::conversion {
 [[nodiscard]] std::wstring JobHeaderText(const PageSize* page, const CPS2CutData* cut,
                                          const CPS2CutData* halfCut, const int* resolution);
 
-/// Puts that text in front of a file, in place. False if that failed; PrependToFile (prepend.h)
-/// says what is left then. Nothing is logged.
+/// Puts that text in front of a file, in place. False if that failed; PrependToFile (prepend.h) has
+/// the states of the file then. Nothing is logged.
 [[nodiscard]] bool WriteJobHeader(const wchar_t* file, const PageSize* page, const CPS2CutData* cut,
                                   const CPS2CutData* halfCut, const int* resolution);
 

@@ -32,8 +32,8 @@ bool PrependToFile(const wchar_t* file, const std::wstring& text) {
   if (!joined || !MakeJoined(*joined, file, os::AnsiFromWide(text))) return false;
   // The rename is tried even if the old file is still there: it is then refused, and both stay.
   // Either failure is the result.
-  const bool removed = os::RemoveFile(file);
-  const bool renamed = os::RenameToNew(*joined, file);
+  const auto removed = os::RemoveFile(file);
+  const auto renamed = os::RenameToNew(*joined, file);
   return removed && renamed;
 }
 

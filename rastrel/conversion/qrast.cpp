@@ -51,7 +51,7 @@ bool CQRast::Run() {
   Terminate();        // 6
   EndStderrReader();  // 7
   // 8. The program ends with 1 if it has measured and made nothing.
-  return !m_bStopped && static_cast<std::uint32_t>(m_ExitStatus) <= 1;
+  return !m_bStopped && !HasLostText() && static_cast<std::uint32_t>(m_ExitStatus) <= 1;
 }
 
 void CQRast::AddArguments() {
@@ -62,6 +62,7 @@ void CQRast::AddArguments() {
 void CQRast::WaitForEnd() {
   CWaitTable table;
   AddProcess(table);
+  AddReaders(table);
   if (m_pStop != nullptr) table.Add(&m_pStop->m_hObject, OnStopped, OnStopped);
   WaitForProcess(table, nullptr);
 }

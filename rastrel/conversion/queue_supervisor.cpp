@@ -1,5 +1,7 @@
 #include "rastrel/conversion/queue_supervisor.h"
 
+#include <new>
+
 #include "rastrel/conversion/clq_ticket.h"
 
 namespace PrintingThread {
@@ -42,9 +44,18 @@ CLQThread::~CLQThread() {
   JoinReaders();
 }
 
+bool CLQThread::Run() {
+  try {
+    return RunProgram();
+  } catch (const std::bad_alloc&) {  // this thread has nobody else to catch it
+    Terminate();
+    return LowOnResources();
+  }
+}
+
 // The steps of ChildSupervisor. The program has no input and its status no meaning, so there are no
 // steps 3 and 8.
-bool CLQThread::Run() {
+bool CLQThread::RunProgram() {
   if (!MakePipes(Pipes)) return LowOnResources();  // 1
   AddArguments();
   if (!StartProcess()) return LowOnResources();  // 2
@@ -56,20 +67,21 @@ bool CLQThread::Run() {
   CWaitTable table;
   AddAbort(table, *m_pSemaphore);
   AddProcess(table);
+  AddReaders(table);
   WaitForProcess(table, m_pAbort);  // 5
   Terminate();                      // 6
   EndReaders();                     // 7
-  return true;
+  return !HasLostText() || LowOnResources();
 }
 
-// The page measuring gives the first two the other way round.
+// The page measuring passes the first two the other way round.
 void CLQThread::AddArguments() {
   for (const wchar_t* argument : {L"-ps", L"-q", m_File.c_str()}) m_pProcess->AddArgument(argument);
 }
 
 void CLQThread::MakeReaders() {
   m_pStderrParser = std::make_unique<CStderrParser>(m_pTicket, &m_hStderrRead, JTO_CLQ);
-  m_pOutReader = std::make_unique<CRipOutReader>(&m_hStdoutRead);
+  m_pOutReader = std::make_unique<CDroppingReader>(&m_hStdoutRead);
   for (const HANDLE end : {m_hGiveUp, m_EndOfStderr.m_hObject}) m_pStderrParser->EndWith(end);
   for (const HANDLE end : {m_hGiveUp, m_EndOfStdout.m_hObject}) m_pOutReader->EndWith(end);
 }

@@ -22,7 +22,7 @@ class CLQThread : public rastrel::printing::ChildSupervisor {
   };
 
   /// Milliseconds that an abort waits for the queue program's guardian, after the program itself
-  /// has been killed. The guardian removes what the program has made, and holds its standard error
+  /// has been killed. The guardian removes the program's files, and holds its standard error
   /// until that is done; the time is enough to remove the files of a large job. After it the
   /// readers end, whoever holds the pipes.
   static constexpr int GuardianTimeout = 5000;
@@ -33,10 +33,13 @@ class CLQThread : public rastrel::printing::ChildSupervisor {
   CLQThread(const Job& job, std::unique_ptr<CCPHelper> process, std::wstring file);
   ~CLQThread() override;
   /// Runs the program from its pipes to its end. False if it could not be run: the ticket has had
-  /// Error(JTE_LOW_RESOURCES) then. The program's exit status is logged and otherwise ignored.
+  /// Error(JTE_LOW_RESOURCES) then, and also if memory ran out for its messages. The program's
+  /// standard output is read and dropped. The program's exit status is logged and otherwise
+  /// ignored.
   [[nodiscard]] bool Run();
 
  private:
+  [[nodiscard]] bool RunProgram();
   void AddArguments();
   void MakeReaders();
   [[nodiscard]] bool LowOnResources();

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// The records of a plate XML of ABB (docs/formats/abb-plates.md), with the values as the file has
-/// them. Lengths are inches. A value that the file does not give is 0 or empty. No text has more
+/// them. Lengths are inches. A value that the file does not have is 0 or empty. No text has more
 /// than AbbTextSize - 1 characters, and none is cut: a file with a longer one is refused.
 
 /// Characters that a text may have, a terminator included.

@@ -19,7 +19,7 @@ namespace {
 /// Margins of text without a text frame of its own, per mille.
 constexpr int DefaultMargin = 220;
 
-/// Diameter of a hole that the file gives none for, in world units: 0.16 inches, as the number that
+/// Diameter of a hole without one in the file, in world units: 0.16 inches, as the number that
 /// documents already hold.
 constexpr double DefaultDiameter = 0.40640000000000004;
 

@@ -14,7 +14,7 @@
 namespace rastrel::imports {
 namespace {
 
-// Numbers of the text engine that every importer gives.
+// Numbers of the text engine that every importer passes.
 constexpr int ParagraphInFrame = 4;
 constexpr int LinesAsOneBlock = 4;
 constexpr int JustifyInFrame = 2;

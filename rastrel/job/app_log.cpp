@@ -26,6 +26,12 @@ CAppLog& CAppLog::Instance() {
 
 void CAppLog::DeleteInstance() { Holder().Delete(); }
 
+CAppLog::State CAppLog::GetState() {
+  const CAppLog* const log = Holder().Peek();
+  if (log == nullptr) return State::None;
+  return log->m_File < 0 ? State::Failed : State::Open;
+}
+
 CAppLog::CAppLog() {
   // First of all: finding the directory and cleaning up may already log.
   Holder().Announce(this);

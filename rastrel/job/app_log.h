@@ -16,8 +16,7 @@
 /// All threads of the library write; an entry is written whole, in one call under one lock. If the
 /// file could not be opened, the text goes to the standard error stream and the lock **stays
 /// entered**: the first thread that logs goes on, and every other thread that logs waits for ever.
-/// A program that must not hang makes sure of the RIP directory before it prints (`rastrel doctor`
-/// checks it).
+/// A program that must not hang asks before it prints (CheckPrintFiles in job/print_check.h).
 class CAppLog {
  public:
   /// The one object, made at first use. Making it opens the file and removes the logs of processes
@@ -26,6 +25,11 @@ class CAppLog {
   /// Deletes the object, if there is one. The file stays; the next use makes a new object and
   /// truncates it. No other thread may be logging.
   static void DeleteInstance();
+
+  /// The state of the object: there is none yet, or it has its file, or it could not open it.
+  enum class State { None, Open, Failed };
+  /// Makes no object and does not log. Any thread.
+  [[nodiscard]] static State GetState();
 
   virtual ~CAppLog();
   CAppLog(const CAppLog&) = delete;

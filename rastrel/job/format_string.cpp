@@ -191,7 +191,7 @@ std::wstring Converted(const Conversion& conversion, const FormatArgument& argum
   return Padded(std::move(text), conversion.width, conversion.left, conversion.fill);
 }
 
-// Walks the format; `next` gives the argument of a conversion or null.
+// Walks the format; `next` returns the argument of a conversion or null.
 template <typename Next>
 std::wstring Walk(std::wstring_view format, bool variableList, Next next) {
   std::wstring result;

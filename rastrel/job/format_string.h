@@ -23,7 +23,7 @@ namespace rastrel::job {
 ///   width, never cut; negative numbers under `u o x X` as 32 bits; `e E g G f F` floating, 6
 ///   digits if no precision is given; `s` text, cut to the precision; `p` a pointer; any other
 ///   letter, `*` among them, prints the argument plainly.
-/// - A format that ends inside a conversion gives nothing for it and takes no argument; so does a
+/// - A format that ends inside a conversion prints nothing for it and takes no argument; so does a
 ///   conversion that has no argument left.
 [[nodiscard]] std::wstring FormatText(std::wstring_view format,
                                       std::span<const FormatArgument> arguments);

@@ -20,7 +20,8 @@ class CPrintingThread;
 ///
 ///   1. Create it. Fill m_JobName, m_JobData, m_JobFile (SetJobFile), m_Copies and m_Pages.
 ///   2. OpenLog, if the host wants the job log.
-///   3. PrintJob starts the printing thread and returns.
+///   3. PrintJob starts the printing thread and returns. Before the first one ask CheckPrintFiles
+///      (job/print_check.h): where the application log can't be written, EndPrint never returns.
 ///   4. Poll m_Status, m_Error and GetProgress. GetPrintThread()->Abort() stops the job.
 ///   5. EndPrint waits for the thread. Only then may the other fields be changed again.
 ///
@@ -55,8 +56,11 @@ class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
 
   /// A new generator of this ticket's prefix, which the caller deletes. Never null.
   virtual PSPrefix* GetPrefix();
-  /// Starts the print and returns at once. False, and nothing runs, if the job is not JS_IDLE; if
-  /// an earlier print was not ended with EndPrint (the job is held then); or if the thread could
+  /// Starts the print and returns at once. A job file needs an extension: true, and nothing is
+  /// printed, if m_JobFile is unset or its path holds no dot. The thread ends without a report
+  /// then, the ticket stays JS_ACTIVE with m_Error 0, and only the application log has the reason
+  /// (CPrintingThread::HasEnded is the sign). False, and nothing runs, if the job is not JS_IDLE;
+  /// if an earlier print was not ended with EndPrint (the job is held then); or if the thread could
   /// not start. m_Error has the reason of the last if a child program is missing.
   virtual bool PrintJob();
   /// Waits for the printing thread, without a time limit, and deletes it. Does nothing without a
@@ -103,7 +107,8 @@ class RASTREL_API CJobTicket : public CJobBase, public CJobMessaging {
   void OpenLog(void (*log)(const wchar_t* text)) { m_pfnLog = log; }
 
   /// Sets m_JobFile from a library path, split into directory and name. Slashes of the directory
-  /// become backslashes. A path without a directory is in the current one.
+  /// become backslashes. A path without a directory is in the current one. One without a dot can't
+  /// be printed: see PrintJob.
   void SetJobFile(const CString& path);
 
   /// Makes this a job that installs something in the RIP: it has no prefix and no output, and the

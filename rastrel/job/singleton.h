@@ -24,6 +24,9 @@ class Singleton {
     return *m_Announced;
   }
 
+  /// The object if it is there and whole, or null. Makes none.
+  [[nodiscard]] Object* Peek() const { return m_Whole.load(std::memory_order_acquire); }
+
   /// Called first by the object's constructor.
   void Announce(Object* object) { m_Announced = object; }
 

@@ -1,6 +1,7 @@
 #include "rastrel/printing/child_process.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/os/path.h"
@@ -22,6 +23,14 @@ std::vector<std::string> EntriesOf(const Args& block) {
   return entries;
 }
 
+// The child runs in another directory, where a relative data root is another one.
+std::string ForChild(const std::string& entry) {
+  constexpr std::string_view DataRoot = "RASTREL_HOME=";
+  const bool relative = entry.starts_with(DataRoot) && entry.size() > DataRoot.size() &&
+                        entry[DataRoot.size()] != '/';
+  return relative ? std::string(DataRoot) + os::DataRoot() : entry;
+}
+
 HANDLE OrStandard(HANDLE handle, os::StandardStream stream) {
   return handle == 0 ? os::StandardHandle(stream) : handle;
 }
@@ -34,7 +43,7 @@ CCPHelper::CCPHelper(const std::wstring& executable)
       m_hStdOutput(os::StandardHandle(os::StandardStream::Output)),
       m_hStdError(os::StandardHandle(os::StandardStream::Error)) {
   AddArgument(executable);
-  for (const std::string& entry : os::EnvironmentEntries()) m_Environment.Add(entry);
+  for (const std::string& entry : os::EnvironmentEntries()) m_Environment.Add(ForChild(entry));
 }
 
 CCPHelper::~CCPHelper() = default;

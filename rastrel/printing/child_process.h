@@ -15,7 +15,8 @@ namespace PrintingThread {
 class CCPHelper {
  public:
   /// Full library path of the program, which becomes argument 0 too. Takes this process's standard
-  /// handles and its environment as they are now.
+  /// handles and its environment as they are now; a relative RASTREL_HOME becomes absolute, as the
+  /// child runs in another directory.
   explicit CCPHelper(const std::wstring& executable);
   CCPHelper(const CCPHelper&) = delete;
   CCPHelper& operator=(const CCPHelper&) = delete;

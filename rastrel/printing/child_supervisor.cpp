@@ -26,6 +26,9 @@ ChildSupervisor::ChildSupervisor(std::unique_ptr<CCPHelper> process, const Child
       m_Messages(messages) {}
 
 ChildSupervisor::~ChildSupervisor() {
+  const bool isRead = m_pStderrParser || m_pOutReader;
+  if (isRead && m_pProcess->m_hProcess != INVALID_HANDLE_VALUE)
+    static_cast<void>(os::Terminate(m_pProcess->m_hProcess));
   // A reader must be gone before its pipe is closed.
   JoinReaders();
   for (HANDLE* handle : {&m_hStdoutRead, &m_hStdoutWrite, &m_hStderrRead, &m_hStderrWrite})
@@ -42,8 +45,9 @@ bool ChildSupervisor::MakePipes(const PipeSizes& sizes) {
     CAppLog::Instance().Write(m_Messages.noPipes);
     return false;
   }
-  if (hasOutput) m_hStdoutRead = os::MakeNotInheritable(m_hStdoutRead);
-  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead);
+  if (hasOutput)
+    m_hStdoutRead = os::MakeNotInheritable(m_hStdoutRead).ValueOr(INVALID_HANDLE_VALUE);
+  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead).ValueOr(INVALID_HANDLE_VALUE);
   if ((!hasOutput || m_hStdoutRead != INVALID_HANDLE_VALUE) &&
       m_hStderrRead != INVALID_HANDLE_VALUE)
     return true;
@@ -78,6 +82,17 @@ void ChildSupervisor::AddProcess(CWaitTable& table) {
   table.Add(&m_pProcess->m_hProcess, OnProcessSignaled, OnProcessAbandoned);
 }
 
+void ChildSupervisor::AddReaders(CWaitTable& table) {
+  for (CPipeReader* reader : {static_cast<CPipeReader*>(m_pStderrParser.get()),
+                              static_cast<CPipeReader*>(m_pOutReader.get())})
+    if (reader != nullptr) table.Add(&reader->GetLossHandle(), OnReaderLost, OnReaderLost);
+}
+
+void ChildSupervisor::NoteLoss(const CPipeReader& reader) {
+  if (!reader.HasLost() || std::exchange(m_bLostText, true)) return;
+  CAppLog::Instance().Write("[Print] Low on resources");
+}
+
 void ChildSupervisor::WaitForProcess(CWaitTable& table, const AbortFlag* abort) {
   while (!m_bDone && (abort == nullptr || !*abort))
     if (!WaitOnce(table)) m_bDone = true;
@@ -101,12 +116,16 @@ void ChildSupervisor::EndReaders() {
 
 void ChildSupervisor::EndStderrReader() {
   m_pStderrParser->Wait();
+  NoteLoss(*m_pStderrParser);
   m_pStderrParser.reset();
   os::CloseHandle(m_hStderrRead);
 }
 
 void ChildSupervisor::EndStdoutReader() {
-  if (m_pOutReader) m_pOutReader->Wait();
+  if (m_pOutReader) {
+    m_pOutReader->Wait();
+    NoteLoss(*m_pOutReader);
+  }
   m_pOutReader.reset();
   os::CloseHandle(m_hStdoutRead);
 }
@@ -151,6 +170,10 @@ void ChildSupervisor::OnProcessAbandoned(CBBasePrintingThread& supervisor) {
   auto& self = static_cast<ChildSupervisor&>(supervisor);
   CAppLog::Instance().Write(self.m_Messages.waitAbandoned);
   self.TakeExit();
+}
+
+void ChildSupervisor::OnReaderLost(CBBasePrintingThread& supervisor) {
+  static_cast<ChildSupervisor&>(supervisor).m_bDone = true;
 }
 
 }  // namespace rastrel::printing

@@ -67,7 +67,9 @@ class ChildSupervisor : public PrintingThread::CBBasePrintingThread {
   /// `process` is a child that is not yet started. `messages` must outlive the object.
   ChildSupervisor(std::unique_ptr<PrintingThread::CCPHelper> process,
                   const ChildMessages& messages);
-  /// Joins the readers, closes the pipes, and closes the process's handle if there is one.
+  /// Joins the readers, closes the pipes, and closes the process's handle if there is one. A
+  /// process whose readers still run, as on the road of an exception, is ended first: they end with
+  /// it.
   ~ChildSupervisor() override;
 
  protected:
@@ -82,6 +84,8 @@ class ChildSupervisor : public PrintingThread::CBBasePrintingThread {
   /// flag ends the wait; and the process. The lower entry counts if both are signalled.
   static void AddAbort(PrintingThread::CWaitTable& table, CSemaphore& semaphore);
   void AddProcess(PrintingThread::CWaitTable& table);
+  /// The entries after them: a reader that lost a part of its stream ends the wait.
+  void AddReaders(PrintingThread::CWaitTable& table);
   /// Step 5. Waits until m_bDone or, unless `abort` is null, until that flag is set. A wait that
   /// fails sets m_bDone.
   void WaitForProcess(PrintingThread::CWaitTable& table, const PrintingThread::AbortFlag* abort);
@@ -92,6 +96,9 @@ class ChildSupervisor : public PrintingThread::CBBasePrintingThread {
   void EndReaders();
   void EndStderrReader();
   void EndStdoutReader();
+  /// Whether a reader that has ended had lost a part of its stream for want of memory (logged): the
+  /// job has failed then, whatever the child's status. For step 8.
+  [[nodiscard]] bool HasLostText() const { return m_bLostText; }
   /// Joins the readers that there are, without closing their pipes. For a derived destructor, if
   /// the readers use members of the derived class.
   void JoinReaders();
@@ -108,6 +115,7 @@ class ChildSupervisor : public PrintingThread::CBBasePrintingThread {
   static void OnAbortAbandoned(CBBasePrintingThread& supervisor);
   static void OnProcessSignaled(CBBasePrintingThread& supervisor);
   static void OnProcessAbandoned(CBBasePrintingThread& supervisor);
+  static void OnReaderLost(CBBasePrintingThread& supervisor);
 
   HANDLE m_hStdoutRead = INVALID_HANDLE_VALUE;
   HANDLE m_hStdoutWrite = INVALID_HANDLE_VALUE;
@@ -120,7 +128,10 @@ class ChildSupervisor : public PrintingThread::CBBasePrintingThread {
   bool m_bDone = false;
 
  private:
+  void NoteLoss(const CPipeReader& reader);
+
   const ChildMessages& m_Messages;
+  bool m_bLostText = false;
 };
 
 }  // namespace rastrel::printing

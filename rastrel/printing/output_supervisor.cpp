@@ -65,7 +65,8 @@ bool CRealReprintingThread::Run() {
   Terminate();  // 6
   CAppLog::Instance().Write("[Print]: Waiting for output thread");
   m_pOutput.reset();
-  EndStderrReader();   // 7
+  EndStderrReader();  // 7
+  if (HasLostText()) return LowOnResources();
   ReportExitStatus();  // 8
   return m_ExitStatus == 0;
 }
@@ -84,8 +85,8 @@ bool CRealReprintingThread::MakeThreePipes() {
     return false;
   }
   // A failure shows where the handle is used.
-  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead);
-  m_hStdinWrite = os::MakeNotInheritable(m_hStdinWrite);
+  m_hStderrRead = os::MakeNotInheritable(m_hStderrRead).ValueOr(INVALID_HANDLE_VALUE);
+  m_hStdinWrite = os::MakeNotInheritable(m_hStdinWrite).ValueOr(INVALID_HANDLE_VALUE);
   return true;
 }
 
@@ -105,9 +106,11 @@ bool CRealReprintingThread::StartWithInput() {
 }
 
 void CRealReprintingThread::WriteInput() {
-  if (!os::WriteInput(m_hStdinWrite, os::Utf8FromWide(m_pDocument->m_Text))) {
+  const auto written = os::WriteInput(m_hStdinWrite, os::Utf8FromWide(m_pDocument->m_Text));
+  if (!written) {
     // No error of its own: from here the job counts as aborted.
-    CAppLog::Instance().Printf(L"[Print] Couldn't write CFM2 to Odalis, errno: %i", errno);
+    CAppLog::Instance().Printf(L"[Print] Couldn't write CFM2 to Odalis, errno: %i",
+                               written.Error().error);
     *m_pAbort = true;
   }
   os::CloseHandle(m_hStdinWrite);  // the engine sees the end of its input
@@ -117,6 +120,7 @@ void CRealReprintingThread::WaitForEnd() {
   CWaitTable table;
   AddAbort(table, *m_pSemaphore);
   AddProcess(table);
+  AddReaders(table);
   WaitForProcess(table, m_pAbort);
 }
 

@@ -1,7 +1,7 @@
 #include "rastrel/printing/pipe_reader.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <exception>
 #include <string_view>
 
 #include "rastrel/job/app_log.h"
@@ -37,23 +37,37 @@ void CPipeReader::Wait() {
   m_hThread.reset();
 }
 
-void CPipeReader::ReadAll() {
+void CPipeReader::Lose() noexcept {
+  m_bLost = true;
   m_pLock->Unlock();
-  while (*m_pPipe != 0) {
-    const long count = m_Stops.empty()
+}
+
+void CPipeReader::ReadAll() {
+  while (*m_pPipe != 0 && !m_bLost) {
+    const auto count = m_Stops.empty()
                            ? os::ReadSome(*m_pPipe, m_pBuffer.get(), m_BufferSize)
                            : os::ReadSomeUnless(m_Stops, *m_pPipe, m_pBuffer.get(), m_BufferSize);
-    if (count == 0) return;  // the child has closed its end, or a stop was signalled
-    if (count < 0) {
-      CAppLog::Instance().Printf(L"[Print] Pipe terminated with error: %u", errno);
+    if (!count) {
+      CAppLog::Instance().Printf(L"[Print] Pipe terminated with error: %u", count.Error().error);
       return;
     }
-    OnData(m_pBuffer.get(), static_cast<unsigned>(count));
+    if (*count == 0) return;  // the child has closed its end, or a stop was signalled
+    OnData(m_pBuffer.get(), static_cast<unsigned>(*count));
   }
 }
 
 CRipOutReader::~CRipOutReader() = default;
 
+// A stream that takes all memory must not end the host.
 void CRipOutReader::OnData(const char* bytes, unsigned count) {
-  rastrel::printing::AppendPiece(m_Text, bytes, count);
+  try {
+    rastrel::printing::AppendPiece(m_Text, bytes, count);
+  } catch (const std::exception&) {  // bad_alloc, or length_error
+    m_Text = formatstringT<wchar_t>();
+    Lose();
+  }
 }
+
+CDroppingReader::~CDroppingReader() = default;
+
+void CDroppingReader::OnData(const char* /*bytes*/, unsigned /*count*/) {}

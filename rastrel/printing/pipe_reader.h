@@ -7,6 +7,7 @@
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/mfc/sync.h"
 #include "rastrel/platform/os/handle.h"
+#include "rastrel/platform/os/shared_word.h"
 
 namespace rastrel::os {
 class Thread;
@@ -37,7 +38,18 @@ class CPipeReader {
   /// Waits for the end of the stream, without a time limit. Returns at once if no thread runs.
   void Wait();
 
+  /// Whether memory ran out for the stream: a part of it is lost, and the rest is not read. The
+  /// child may be held up by its full pipe: the owner ends it and reports a failed job. Any thread.
+  [[nodiscard]] bool HasLost() const { return m_bLost; }
+  /// The owner's wait can include it: a semaphore that has a count once HasLost is true. Owned by
+  /// the reader. REQUIRES: Start succeeded.
+  [[nodiscard]] HANDLE& GetLossHandle() { return m_pSemaphore->m_hObject; }
+
   static constexpr unsigned BufferSize = 1024;
+
+ protected:
+  /// For OnData: memory ran out. Ends the reading. The reader's thread.
+  void Lose() noexcept;
 
  private:
   void ReadAll();
@@ -47,13 +59,15 @@ class CPipeReader {
   std::vector<HANDLE> m_Stops;
   std::unique_ptr<char[]> m_pBuffer;
   unsigned m_BufferSize = BufferSize;
+  rastrel::os::SharedWord<bool> m_bLost = false;
   std::unique_ptr<CSemaphore> m_pSemaphore;
-  std::unique_ptr<CSingleLock> m_pLock;
+  std::unique_ptr<CSingleLock> m_pLock;  // held until memory runs out
 };
 
 /// Collects the RIP's standard output, its CFM2 text. Each piece is decoded from UTF-8 by itself: a
 /// character that is split between two pieces becomes replacement characters, and the bytes of a
-/// piece after a zero byte are lost.
+/// piece after a zero byte are lost. There is no limit but memory: a text that does not fit is lost
+/// (HasLost), and m_Text is empty then.
 class CRipOutReader : public CPipeReader {
  public:
   using CPipeReader::CPipeReader;
@@ -61,6 +75,15 @@ class CRipOutReader : public CPipeReader {
   void OnData(const char* bytes, unsigned count) override;
 
   formatstringT<wchar_t> m_Text;  ///< the owner's after Wait
+};
+
+/// Reads a child's standard output for a supervisor that has no use for it, so that the child does
+/// not block: the bytes are dropped.
+class CDroppingReader : public CRipOutReader {
+ public:
+  using CRipOutReader::CRipOutReader;
+  ~CDroppingReader() override;
+  void OnData(const char* bytes, unsigned count) override;
 };
 
 namespace rastrel::printing {

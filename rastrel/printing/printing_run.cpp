@@ -33,6 +33,13 @@ bool ReportMissingPages(CJobTicket& ticket) {
   return false;
 }
 
+// The prefix has no name then, and the generator raises an exception, which ends the thread.
+void LogMissingExtension(const std::wstring& jobFile) {
+  if (jobFile.find(L'.') != std::wstring::npos) return;
+  CAppLog::Instance().Printf(
+      L"[Print]: The job file '%s' has no extension, so that nothing can be printed", jobFile);
+}
+
 }  // namespace
 
 bool CPrintingThread::Run() {
@@ -59,6 +66,7 @@ bool CPrintingThread::RunRipAndOutput() {
 
 // From the prefix to the parsed page list. True without pages if the job was aborted meanwhile.
 bool CPrintingThread::RipPages(CCFM2& document) {
+  LogMissingExtension(m_pTicket->m_JobFile.GetFullPath());
   {
     const std::unique_ptr<PSPrefix> prefix(m_pTicket->GetPrefix());
     if (prefix->Generate() != 0) {

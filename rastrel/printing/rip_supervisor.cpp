@@ -53,6 +53,7 @@ bool CRealPrintingThread::Run() {
   WaitForEnd();     // 5 and 6
   CollectOutput();  // 7
   CAppLog::Instance().Write("6");
+  if (HasLostText()) return LowOnResources();
   ReportExitStatus();  // 8
   return m_ExitStatus == 0;
 }
@@ -77,6 +78,7 @@ void CRealPrintingThread::WaitForEnd() {
   CWaitTable table;
   AddAbort(table, *m_pSemaphore);
   AddProcess(table);
+  AddReaders(table);
   CAppLog::Instance().Write("2");
   WaitForProcess(table, m_pAbort);
   CAppLog::Instance().Write("3");

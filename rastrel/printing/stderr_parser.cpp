@@ -1,6 +1,7 @@
 #include "rastrel/printing/stderr_parser.h"
 
 #include <algorithm>
+#include <new>
 
 #include "rastrel/cfm/cfm2_text.h"
 #include "rastrel/job/scan_number.h"
@@ -9,9 +10,14 @@ using rastrel::cfm::Trimmed;
 
 CBaseStderrParser::~CBaseStderrParser() = default;
 
+// Only want of memory is taken for a lost stream. Any other exception of a derived class passes.
 void CBaseStderrParser::OnData(const char* bytes, unsigned count) {
-  rastrel::printing::AppendPiece(m_Line, bytes, count);
-  ProcessLines();
+  try {
+    rastrel::printing::AppendPiece(m_Line, bytes, count);
+    ProcessLines();
+  } catch (const std::bad_alloc&) {
+    Lose();
+  }
 }
 
 bool CBaseStderrParser::ProcessLines() {

@@ -7,8 +7,8 @@
 namespace PrintingThread {
 
 /// The root of all supervisors: one wait on a table of handles. A supervisor is no thread: it is an
-/// object whose Run blocks its caller's thread for the life of one child. What the supervisors of
-/// child processes share beyond the wait is in child_supervisor.h.
+/// object whose Run blocks its caller's thread for the life of one child. The rest that supervisors
+/// of child processes share is in child_supervisor.h.
 class CBBasePrintingThread {
  public:
   /// `waitFailed` is the log text of a wait that failed, with %u for the system's error number. It

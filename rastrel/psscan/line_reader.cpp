@@ -74,11 +74,11 @@ void LineReader::Fill(std::size_t wanted) {
   while (!m_EndKnown && static_cast<std::size_t>(m_End - m_Here) < wanted) {
     const auto room = static_cast<std::size_t>(window + WindowSize - m_End);
     const auto ahead = static_cast<std::uint64_t>(m_End - m_Here);
-    const long got = m_File.ReadAt(m_Position + ahead, {m_End, std::min(m_Piece, room)});
+    const auto got = m_File.ReadAt(m_Position + ahead, {m_End, std::min(m_Piece, room)});
     m_Piece = std::min(m_Piece * 8, WindowSize);
-    if (got > 0) m_End += got;
-    m_EndKnown = got <= 0;
-    if (got < 0) m_Failed = true;
+    m_End += got.ValueOr(0);
+    m_EndKnown = got.ValueOr(0) == 0;
+    if (!got) m_Failed = true;
   }
 }
 
@@ -119,7 +119,7 @@ const char* LineReader::NextStart(const char* line) const {
 // The last start of a line that is not after `limit`, given an earlier one. Both have a whole
 // reading ahead.
 const char* LineReader::LastStart(const char* line, const char* limit) const {
-  // Behind CR, LF or zero, any byte but CR and LF begins a line: the byte before ended one, or was
+  // After CR, LF or zero, any byte but CR and LF begins a line: the byte before ended one, or was
   // swallowed by a line end, or got lost after a cut.
   for (const char* end = limit; end > line;) {
     const char* const found = m_Search.lastLineEnd(line, end);
@@ -140,8 +140,8 @@ bool LineReader::ExtendWindow() {
   return Ahead(ahead + 1).size() > ahead;
 }
 
-// Tells which places inside lines without any line end are where a cut line goes on. Is asked for
-// places from left to right.
+// Whether a place inside a line without a line end is one where a cut line goes on. REQUIRES:
+// places are asked for from left to right.
 class LineReader::CutLines {
  public:
   CutLines(const os::ByteSearch& search, const char* line)

@@ -69,7 +69,7 @@ class LineReader {
   /// The file's current size in bytes; 0 if it is not to be had.
   [[nodiscard]] std::uint64_t FileSize() const { return m_File.Size(); }
   /// Reads without touching window and position, as RandomAccessFile::ReadAt.
-  [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes) {
+  [[nodiscard]] Expected<std::size_t> ReadAt(std::uint64_t offset, std::span<char> bytes) {
     return m_File.ReadAt(offset, bytes);
   }
 

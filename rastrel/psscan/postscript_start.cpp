@@ -69,9 +69,9 @@ std::optional<std::uint64_t> LastLetter(LineReader& in) {
     const std::uint64_t begin = end - std::min<std::uint64_t>(end, piece);
     const auto wanted = static_cast<std::size_t>(end - begin);
     // Fewer bytes come where the file has become shorter meanwhile.
-    const long got = in.ReadAt(begin, {bytes.data(), wanted});
-    if (got < 0) return std::nullopt;
-    for (auto index = static_cast<std::size_t>(got); index-- > 0;)
+    const auto got = in.ReadAt(begin, {bytes.data(), wanted});
+    if (!got) return std::nullopt;
+    for (std::size_t index = *got; index-- > 0;)
       if (IsLetter(bytes[index])) return begin + index;
     end = begin;
   }

@@ -86,7 +86,7 @@ class RASTREL_API CPSParser {
   std::wstring m_Path;
 };
 
-/// 1 if CPSParser::IsEpsFile is true of the file, otherwise 0.
+/// 1 if CPSParser::IsEpsFile is true of the file, otherwise 0. `path` is a library path or null.
 RASTREL_API int IsEPSFile(const wchar_t* path);
-/// 1 if CPSParser::IsPostscriptFile is true of the file, otherwise 0.
+/// 1 if CPSParser::IsPostscriptFile is true of the file, otherwise 0. `path` as above.
 RASTREL_API int IsPostscriptFile(const wchar_t* path);

@@ -49,7 +49,7 @@ std::int64_t FirstDecimals(std::string_view decimals, std::size_t count) {
 // A plain decimal number, in millionths, rounded as its nearest double would be. That double lies
 // within 2^-24 of a number below 10^9, and within 2^-34 of one below 10^6. The one is far less than
 // half a millionth, so six decimals come back as they are. The other is less than a ten-thousandth
-// of a millionth, so more decimals tell the direction of the rounding unless the four behind the
+// of a millionth, so more decimals show the direction of the rounding unless the four after the
 // sixth are next to a half. None where that is not enough.
 std::optional<std::int64_t> Millionths(std::string_view digits) {
   const std::size_t point = digits.find('.');
@@ -86,7 +86,7 @@ void AppendFraction(SheetText& text, std::string_view number) {
   text.Append(std::string_view(buffer.data(), end.ptr));
 }
 
-// All at once from left to right, without looking again at what was put in.
+// All at once from left to right, without looking again at the replacements.
 void ReplaceAll(std::string& text, std::string_view what, char by) {
   std::size_t from = text.find(what);
   if (from == std::string::npos) return;

@@ -58,7 +58,7 @@ class RASTREL_API CHSymbolChartXMLReader {
   CHSymbolChartXMLReader& operator=(const CHSymbolChartXMLReader&);
   virtual ~CHSymbolChartXMLReader();
 
-  /// Takes the first ring of that size. A height that the chart does not give stays as it was, and
+  /// Takes the first ring of that size. A height that the chart does not have stays as it was, and
   /// is 0 by default.
   bool ParseFile(wchar_t* size, const wchar_t* path, FILE* log);
 
@@ -108,7 +108,7 @@ class RASTREL_API CHCopyrightEngravingXMLReader {
                  wchar_t* fingerSize, const wchar_t* path, FILE* log);
 
   bool m_bValid = false;  ///< whether the constructor found an answer
-  double m_FontSize = 0;  ///< the answer, in the chart's unit; 0 if the entry gives none
+  double m_FontSize = 0;  ///< the answer, in the chart's unit; 0 if the entry has none
 };
 
 /// Words that keep special capitals, as the chart lists them.

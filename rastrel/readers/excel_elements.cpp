@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "rastrel/platform/os/text.h"
 #include "rastrel/xml/layer.h"
 #include "rastrel/xml/stream.h"
 
@@ -21,7 +22,7 @@ class ElementReader : public xml::XmlStreamHandler {
 
   StreamChoice Begin(std::wstring_view baseName, const XmlNode& start, int depth) override {
     if (depth == 0 && baseName != m_Names.root) {
-      Refuse(L"the document element is not \"" + std::wstring(m_Names.root) + L"\"");
+      Refuse("the document element is not \"" + os::Utf8FromWide(m_Names.root) + "\"");
       return StreamChoice::Skip;
     }
     if (depth == 0) return StreamChoice::Enter;
@@ -38,14 +39,14 @@ class ElementReader : public xml::XmlStreamHandler {
 
  private:
   void Take(std::wstring_view baseName, const XmlNode& start) {
-    if (Refusal()) return;
+    if (Refused()) return;
     ExcelElement element{std::wstring(baseName), AttributeList(start)};
     for (const auto& [name, value] : element.m_Attributes)
       m_Characters += name.size() + value.size();
     m_Elements.push_back(std::move(element));
     if (m_Elements.size() > m_Limit || m_Characters > CharacterLimit)
-      Refuse(L"more than " + std::to_wstring(m_Limit) + L" elements are to be kept, or more than " +
-             std::to_wstring(CharacterLimit) + L" characters of them");
+      Refuse("more than " + std::to_string(m_Limit) + " elements are to be kept, or more than " +
+             std::to_string(CharacterLimit) + " characters of them");
   }
 
   ExcelElementNames m_Names;

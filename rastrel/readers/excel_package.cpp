@@ -75,7 +75,7 @@ bool ExcelPackage::ParseXmlFiles(const std::vector<tagEXCEL_XML_FILE*>& files) {
   return ProcessExcelSheets() && SaveDataToFile();
 }
 
-// A type that is none gives the result of the file before.
+// A type that is none has the result of the file before.
 bool ExcelPackage::ReadFile(const tagEXCEL_XML_FILE& file, bool previous) {
   const std::wstring path = PathOf(file);
   if (path.empty() || !os::Exists(path)) {

@@ -39,7 +39,7 @@ class SheetReader : public xml::XmlStreamHandler {
     m_Text.TrimRight(RowEnds);
     m_Text.Append('\n');
     if (m_Text.IsOverLimit())
-      Refuse(L"the sheets become more than " + std::to_wstring(m_Text.Size()) + L" bytes of text");
+      Refuse("the sheets become more than " + std::to_string(m_Text.Size()) + " bytes of text");
   }
 
   void End(std::wstring_view, int) override {}

@@ -10,7 +10,7 @@
 /// Size of each text field of the job notes, in wide characters, the terminator among them.
 inline constexpr std::size_t JobNotesTextSize = 255;
 
-// The fields are named as the elements of the file are. A text that the file does not give is
+// The fields are named as the elements of the file are. A text that the file does not have is
 // empty, and a number 0. Costs and prices are numbers as the file has them, without a currency.
 
 /// Where a company is.

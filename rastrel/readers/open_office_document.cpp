@@ -73,8 +73,8 @@ std::unique_ptr<tagOPEN_OFFICE_DATA> MakeRecord(OpenOfficeTables::Walk table) {
 
 // The tables as one text. After each row dots and spaces are taken off the text's end, which never
 // finds any: a tab follows each cell and a line feed each row, and the tab is there for that.
-// Entities are replaced cell by cell, which gives what replacing them in the whole text would: none
-// of them reaches over a tab, and none becomes white space.
+// Entities are replaced cell by cell, with the same result as in the whole text: none
+// of them reaches over a tab, and none becomes whitespace.
 class Flattening {
  public:
   explicit Flattening(std::wstring_view name) : m_Text(name) {}

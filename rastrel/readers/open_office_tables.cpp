@@ -35,7 +35,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
     switch (depth) {
       case RootLevel:
         if (baseName != L"document-content")
-          Refuse(L"the document element is not \"document-content\"");
+          Refuse("the document element is not \"document-content\"");
         return StreamChoice::Enter;
       case BodyLevel: {
         const bool isFirst = baseName == L"body" && !m_HasBody;
@@ -52,7 +52,7 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
 
   void Node(const XmlNode& row) override {
     BeginRow();
-    for (XmlNode cell = xml::FirstChild(row); cell && !Refusal(); cell = xml::NextSibling(cell))
+    for (XmlNode cell = xml::FirstChild(row); cell && !Refused(); cell = xml::NextSibling(cell))
       if (xml::IsNamed(cell, L"table-cell"sv)) AppendCell(cell);
   }
 
@@ -98,11 +98,11 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
 
   bool CheckSizes() {
     if (m_Tables.m_Cells > m_Limits.cells)
-      Refuse(L"more than " + std::to_wstring(m_Limits.cells) + L" cells, repeated ones counted");
+      Refuse("more than " + std::to_string(m_Limits.cells) + " cells, repeated ones counted");
     else if (m_Tables.m_ResultText > m_Limits.resultText)
-      Refuse(L"the tables become more than " + std::to_wstring(m_Limits.resultText) +
-             L" bytes of text");
-    return !Refusal() && CheckKept(0);
+      Refuse("the tables become more than " + std::to_string(m_Limits.resultText) +
+             " bytes of text");
+    return !Refused() && CheckKept(0);
   }
 
   // Room for a text and two numbers, so that the store grows by doubling up to its limit at most.
@@ -110,10 +110,10 @@ class OpenOfficeTables::Reader : public xml::XmlStreamHandler {
     std::string& bytes = m_Tables.m_Bytes;
     const std::size_t wanted = bytes.size() + size + MaximumForNumbers;
     if (wanted > m_Limits.cellText)
-      Refuse(L"the cells hold more than " + std::to_wstring(m_Limits.cellText) + L" bytes");
+      Refuse("the cells hold more than " + std::to_string(m_Limits.cellText) + " bytes");
     else if (wanted > bytes.capacity())
       bytes.reserve(std::max(wanted, std::min(bytes.capacity() * 2, m_Limits.cellText)));
-    return !Refusal();
+    return !Refused();
   }
 
   static constexpr std::size_t MaximumForNumbers = 15;

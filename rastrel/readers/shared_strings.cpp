@@ -21,7 +21,7 @@ class SharedStrings::Reader : public xml::XmlStreamHandler {
 
   xml::StreamChoice Begin(std::wstring_view baseName, const XmlNode&, int depth) override {
     if (depth == 0 && baseName != L"sst") {
-      Refuse(L"the document element of shared strings is \"sst\", so none are read here");
+      Refuse("the document element of shared strings is \"sst\", so none are read here");
       return xml::StreamChoice::Skip;
     }
     if (depth == 0) return xml::StreamChoice::Enter;
@@ -46,9 +46,9 @@ class SharedStrings::Reader : public xml::XmlStreamHandler {
     if (m_IsOverLimit) return;
     m_IsOverLimit = !m_Table.HasRoomFor(value, m_Places.size());
     if (m_IsOverLimit)
-      Refuse(L"more than " + std::to_wstring(m_Table.m_Limits.sharedStrings) +
-             L" shared strings, or more than " + std::to_wstring(m_Table.m_Limits.sharedText) +
-             L" bytes of them");
+      Refuse("more than " + std::to_string(m_Table.m_Limits.sharedStrings) +
+             " shared strings, or more than " + std::to_string(m_Table.m_Limits.sharedText) +
+             " bytes of them");
     else
       m_Places.push_back(m_Table.Store(value));
   }

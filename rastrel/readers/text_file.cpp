@@ -1,7 +1,6 @@
 #include "rastrel/readers/text_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "rastrel/platform/os/file.h"
@@ -44,7 +43,8 @@ bool TextFile::Close() {
 }
 
 void TextFile::Flush() {
-  if (!os::WriteAll(m_File.Get(), m_Buffer)) Fail("write: " + DescribeError(errno));
+  if (const auto written = os::WriteAll(m_File.Get(), m_Buffer); !written)
+    Fail("write: " + DescribeError(written.Error().error));
   m_Buffer.clear();
 }
 

@@ -8,8 +8,8 @@
 namespace rastrel::xml {
 namespace {
 
-std::optional<Failure>& Latest() {
-  thread_local std::optional<Failure> latest;
+Expected<void>& Latest() {
+  thread_local Expected<void> latest;
   return latest;
 }
 
@@ -20,6 +20,6 @@ void ReportXmlFailure(Failure failure) {
   Latest() = std::move(failure);
 }
 
-std::optional<Failure> TakeXmlFailure() { return std::exchange(Latest(), std::nullopt); }
+Expected<void> TakeXmlFailure() { return std::exchange(Latest(), {}); }
 
 }  // namespace rastrel::xml

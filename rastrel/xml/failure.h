@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include "rastrel/platform/os/expected.h"
 
 /// Why a document, or the file made of one, was refused. Operations of the interface return only a
@@ -13,8 +11,8 @@ namespace rastrel::xml {
 /// in memory; `why` is one sentence without a full stop.
 void ReportXmlFailure(Failure failure);
 
-/// Returns the failure that this thread reported last, and forgets it; nothing if there was none
-/// since the last call. A success does not clear an earlier failure.
-[[nodiscard]] std::optional<Failure> TakeXmlFailure();
+/// Returns the failure that this thread reported last, and forgets it; success if there was none
+/// since the last call. A later success does not clear it.
+[[nodiscard]] Expected<void> TakeXmlFailure();
 
 }  // namespace rastrel::xml

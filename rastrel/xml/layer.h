@@ -9,13 +9,13 @@
 #include "rastrel/xml/node.h"
 
 /// The one door to XML. Importers and readers see documents through these functions and never
-/// through a parser. docs/formats/xml.md describes what is accepted; in short:
+/// through a parser. docs/formats/xml.md describes the accepted documents; in short:
 ///
 /// - XML 1.0 (fifth edition) with namespaces (1.0), in UTF-8, UTF-16 of either order, and the ISO
-///   and Windows encodings that a declaration names. Strict: what is not well-formed, has a
-///   document type, an entity other than the five that every document has, an attribute twice, a
-///   prefix that is not declared, or bytes that are none in its encoding, is refused as a whole.
-///   Nothing outside the document is ever fetched.
+///   and Windows encodings that a declaration names. Strict: a document that is not well-formed,
+///   has a document type, an entity other than the five that every document has, an attribute
+///   twice, a prefix that is not declared, or bytes that are none in its encoding, is refused as a
+///   whole. Nothing outside the document is ever fetched.
 /// - Texts of whitespace alone (space, tab, carriage return, line feed) are no nodes. A CDATA
 ///   section always is one. Comments and instructions are nodes, count among children, and have no
 ///   name. Neighbouring text is one node.
@@ -51,7 +51,7 @@ bool NodeBaseName(const XmlNode& node, std::wstring& name);
 /// True if it is not empty; else false, and `text` is as it was. Uses the capacity that `text` has.
 bool NodeText(const XmlNode& node, std::wstring& text);
 /// The number that the text begins with, by the rules of number_text.h. True if the text is not
-/// empty, even if it is no number, which gives 0; else false, and the value is as it was.
+/// empty, even if it is no number (then it is 0); else false, and the value is as it was.
 bool NodeDouble(const XmlNode& node, double& value);
 /// The same, rounded to a float.
 bool NodeFloat(const XmlNode& node, float& value);

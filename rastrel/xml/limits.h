@@ -21,7 +21,7 @@ inline constexpr std::size_t DocumentBytes = std::size_t{128} << 20;
 inline constexpr std::size_t StreamBytes = std::size_t{32} << 20;
 /// Different names of elements and attributes.
 inline constexpr std::size_t Names = 65536;
-/// One tag, comment, instruction or CDATA section as it stands in the file, in bytes of UTF-8; the
+/// One tag, comment, instruction or CDATA section as written in the file, in bytes of UTF-8; the
 /// parser sees it whole. Texts have no limit but the memory's. Held to within a piece of reading
 /// (64 KiB, which can be 192 KiB of UTF-8).
 inline constexpr std::size_t MarkupBytes = std::size_t{4} << 20;

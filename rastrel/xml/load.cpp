@@ -35,12 +35,12 @@ class Loader : public XmlEvents {
   void Instruction(const XmlName* target, std::string_view data) override {
     if (m_Builder.IsOpen()) m_Builder.Instruction(target, data);
   }
-  [[nodiscard]] std::optional<std::wstring> Refusal() const override {
+  [[nodiscard]] Expected<void> State() const override {
     const std::size_t size =
         m_Document.arena.Size() + m_Document.names.Size() + m_Builder.Pending();
-    if (size <= limits::DocumentBytes) return std::nullopt;
-    return L"the document takes more than " + std::to_wstring(limits::DocumentBytes) +
-           L" bytes of memory";
+    if (size <= limits::DocumentBytes) return {};
+    return FailureOf("the document takes more than " + std::to_string(limits::DocumentBytes) +
+                     " bytes of memory");
   }
 
   [[nodiscard]] const XmlTreeNode* Root() const { return m_Root; }

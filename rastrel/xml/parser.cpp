@@ -56,8 +56,8 @@ std::size_t QuotedValues(std::string_view tag) {
   }
 }
 
-// One reading of one document: takes its bytes from the source, and gives them to the scanner or to
-// the parser.
+// One reading of one document: takes its bytes from the source, and passes them to the scanner or
+// to the parser.
 class Feeder {
  public:
   Feeder(XmlSource& source, XmlEncoding encoding, XmlNames& names, XmlEvents& events,
@@ -102,8 +102,7 @@ Expected<void> Feeder::Run() {
   const auto buffer = std::make_unique_for_overwrite<char[]>(size);
   const std::span<char> room(buffer.get(), size);
   if (Begin(room)) ReadAll(room);
-  if (const Failure* const fault = m_Parser.Fault()) return *fault;
-  return {};
+  return m_Parser.State();
 }
 
 void Feeder::ReadAll(std::span<char> room) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -42,9 +41,9 @@ class XmlEvents {
   virtual void Comment(std::string_view bytes) = 0;
   virtual void Instruction(const XmlName* target, std::string_view data) = 0;
 
-  /// The reason for which the document is refused from here on; nothing if it is not. Called after
+  /// A failure with the reason if the document is refused from here on. Called after
   /// each piece of reading, and at once after an element's start or end that set m_Refused.
-  [[nodiscard]] virtual std::optional<std::wstring> Refusal() const = 0;
+  [[nodiscard]] virtual Expected<void> State() const = 0;
   [[nodiscard]] bool Refused() const { return m_Refused; }
 
  protected:

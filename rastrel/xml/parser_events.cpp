@@ -93,13 +93,11 @@ void XmlParserEvents::Fail(std::string why) {
   Note(std::move(failure));
 }
 
-// The first fault counts: what follows it often comes of it.
-void XmlParserEvents::Note(Failure failure) {
-  if (!m_Fault) m_Fault = std::move(failure);
-}
+// The first fault counts: later ones often come of it.
+void XmlParserEvents::Note(Failure failure) { KeepFirst(m_State, std::move(failure)); }
 
 void XmlParserEvents::FollowEvents() {
-  if (const auto refusal = m_Events.Refusal()) Fail(os::Utf8FromWide(*refusal));
+  if (const auto state = m_Events.State(); !state) Fail(state.Error().why);
 }
 
 void XmlParserEvents::TakeFault(const xmlError& error) {

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,19 +24,19 @@ class XmlParserEvents {
   XmlParserEvents(const XmlParserEvents&) = delete;
   XmlParserEvents& operator=(const XmlParserEvents&) = delete;
 
-  /// Makes the parser and gives it the document's first bytes, of which it wants four to choose how
-  /// it decodes the others. False if it failed. REQUIRES: the library is loaded.
+  /// Makes the parser and passes it the document's first bytes, of which it wants four to choose
+  /// how it decodes the others. False if it failed. REQUIRES: the library is loaded.
   [[nodiscard]] bool Begin(std::string_view head);
-  /// Gives it the next bytes; at the document's end none, with `isLast`. Callbacks
+  /// Passes it the next bytes; at the document's end none, with `isLast`. Callbacks
   /// may fail. False if the parser has seen a fault, reported or not.
   /// REQUIRES: Begin succeeded, and nothing failed since.
   [[nodiscard]] bool Push(std::string_view bytes, bool isLast);
   /// Hands over a CDATA section that was held until something else follows, if there is one.
   void EndCdata();
 
-  /// The first failure, with line and column and without a path; null if there was none so far.
-  [[nodiscard]] const Failure* Fault() const { return m_Fault ? &*m_Fault : nullptr; }
-  [[nodiscard]] bool Failed() const { return m_Fault.has_value(); }
+  /// The first failure, with line and column and without a path, if there was one.
+  [[nodiscard]] const Expected<void>& State() const { return m_State; }
+  [[nodiscard]] bool Failed() const { return !m_State; }
   /// Fails for a reason at the parser's place, unless something failed before.
   void Fail(std::string why);
   /// Fails so, unless something failed before.
@@ -90,7 +89,7 @@ class XmlParserEvents {
   XmlNames& m_Names;
   XmlEvents& m_Events;
   std::unique_ptr<xmlParserCtxt, ContextEnd> m_Context;
-  std::optional<Failure> m_Fault;
+  Expected<void> m_State;
   XmlEncodingFamily m_Family = XmlEncodingFamily::Unknown;
   bool m_KeepsNames = false;      // the parser keeps each name at one address
   std::string m_Head;             // the document's begin, until its declaration is read

@@ -11,11 +11,10 @@ namespace rastrel::xml {
 ///
 /// Public functions don't say whether an element may begin at the parser's place, don't move that
 /// place on over bytes that the parser never gets, and don't show the bytes that it holds back. The
-/// members do. They were the same in all of 2.9, but what the parser does with them is its own
-/// business, so they are touched only in versions that were checked: 2.9.14, that of Debian 12,
-/// against its source and with the random documents of tests/xml/streaming_test.cpp. To add a
-/// version, read its xmlParseChunk and xmlParseTryOrFinish, run those tests with it, and widen the
-/// range below.
+/// members do. They were the same in all of 2.9, but the parser may use them in any way, so they
+/// are touched only in versions that were checked: 2.9.14, that of Debian 12, against its source
+/// and with the random documents of tests/xml/streaming_test.cpp. To add a version, read its
+/// xmlParseChunk and xmlParseTryOrFinish, run those tests with it, and widen the range below.
 ///
 /// With any other version, of the headers or of the library that is loaded, the parser reads every
 /// element itself, and input_watch.h does the rest. Documents and refusals are the same,

@@ -105,7 +105,7 @@ class XmlPlainScanner {
   const char* m_At = nullptr;
   const char* m_End = nullptr;
   const char* m_TagEnd =
-      nullptr;  // where a start tag's last bracket stands, or the slash before it
+      nullptr;  // position of a start tag's last bracket, or of the slash before it
   std::uint32_t m_Line = 1;
   bool m_IsAscii = true;
   int m_Depth = 0;

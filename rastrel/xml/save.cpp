@@ -97,5 +97,5 @@ bool SaveNodeXml(const XmlNode& node, std::wstring_view path) {
   if (!file) return false;
   std::string text;
   if (node) rastrel::xml::AppendNode(text, *node.Tree(), true);
-  return rastrel::os::WriteAll(file->Get(), text);
+  return static_cast<bool>(rastrel::os::WriteAll(file->Get(), text));
 }

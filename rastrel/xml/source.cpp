@@ -10,17 +10,18 @@
 namespace rastrel::xml {
 
 Expected<std::size_t> XmlFileSource::Read(std::span<char> bytes) {
-  long count = m_File.ReadAt(m_Offset, bytes);
-  while (count == 0 && !bytes.empty()) {
+  auto count = m_File.ReadAt(m_Offset, bytes);
+  while (count && *count == 0 && !bytes.empty()) {
     const os::Growth growth = m_File.AwaitGrowth(m_Offset);
     if (growth == os::Growth::Whole) break;
     if (growth == os::Growth::Failed)
       return Failure{.what = "read", .where = os::ToNative(m_Path), .error = EIO};
     count = m_File.ReadAt(m_Offset, bytes);
   }
-  if (count < 0) return Failure{.what = "read", .where = os::ToNative(m_Path), .error = errno};
-  m_Offset += static_cast<std::uint64_t>(count);
-  return static_cast<std::size_t>(count);
+  if (!count)
+    return Failure{.what = "read", .where = os::ToNative(m_Path), .error = count.Error().error};
+  m_Offset += *count;
+  return count;
 }
 
 Expected<std::size_t> XmlMemorySource::Read(std::span<char> bytes) {

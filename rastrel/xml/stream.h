@@ -1,9 +1,10 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/xml/elements.h"
 #include "rastrel/xml/node.h"
 
@@ -29,18 +30,18 @@ class XmlStreamHandler {
   /// An element that was answered with Enter ends.
   virtual void End(std::wstring_view baseName, int depth) = 0;
 
-  /// Why the handler wants no more of the document; empty as long as it does.
-  [[nodiscard]] const std::optional<std::wstring>& Refusal() const { return m_Refusal; }
+  /// A failure with the reason once the handler wants no more of the document.
+  [[nodiscard]] const Expected<void>& State() const { return m_State; }
+  [[nodiscard]] bool Refused() const { return !m_State; }
 
  protected:
   /// Ends the reading after the present call. The document counts as refused, for this reason (one
-  /// sentence without a full stop), which goes the way of all refusals. The first reason counts.
-  void Refuse(std::wstring reason) {
-    if (!m_Refusal) m_Refusal = std::move(reason);
-  }
+  /// sentence in UTF-8 without a full stop), which goes the way of all refusals. The first reason
+  /// counts.
+  void Refuse(std::string why) { KeepFirst(m_State, FailureOf(std::move(why))); }
 
  private:
-  std::optional<std::wstring> m_Refusal;
+  Expected<void> m_State;
 };
 
 /// The handling of texts of whitespace alone below a collected element. They are no children of

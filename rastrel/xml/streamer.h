@@ -76,17 +76,16 @@ class XmlStreamer : public XmlEvents, public XmlElements {
     m_Choice.reset();
     if (!isWanted) return;
     m_Handler.Node(XmlNode(&element));
-    m_Refused = m_Handler.Refusal().has_value();
+    m_Refused = m_Handler.Refused();
   }
 
   [[nodiscard]] bool KeepsWhitespace() const override { return m_KeepsWhitespace; }
 
-  [[nodiscard]] std::optional<std::wstring> Refusal() const override {
-    if (m_Handler.Refusal()) return m_Handler.Refusal();
-    if (m_Arena.Size() + m_Names.Size() + m_Builder.Pending() <= limits::StreamBytes)
-      return std::nullopt;
-    return L"a part of the document takes more than " + std::to_wstring(limits::StreamBytes) +
-           L" bytes of memory";
+  [[nodiscard]] Expected<void> State() const override {
+    if (m_Handler.Refused()) return m_Handler.State();
+    if (m_Arena.Size() + m_Names.Size() + m_Builder.Pending() <= limits::StreamBytes) return {};
+    return FailureOf("a part of the document takes more than " +
+                     std::to_string(limits::StreamBytes) + " bytes of memory");
   }
 
  private:
@@ -118,13 +117,13 @@ class XmlStreamer : public XmlEvents, public XmlElements {
   StreamChoice Ask(const XmlTreeNode& start) {
     const StreamChoice choice =
         m_Handler.Begin(start.name->local, XmlNode(&start), static_cast<int>(m_Entered.size()));
-    m_Refused = m_Handler.Refusal().has_value();
+    m_Refused = m_Handler.Refused();
     return choice;
   }
 
   void HandOver() {
     m_Handler.Node(XmlNode(m_Collected.element));
-    m_Refused = m_Handler.Refusal().has_value();
+    m_Refused = m_Handler.Refused();
     m_Arena.GoBack(m_Collected.before);
   }
 
@@ -132,7 +131,7 @@ class XmlStreamer : public XmlEvents, public XmlElements {
     const Entered ended = m_Entered.back();
     m_Entered.pop_back();
     m_Handler.End(ended.element->name->local, static_cast<int>(m_Entered.size()));
-    m_Refused = m_Handler.Refusal().has_value();
+    m_Refused = m_Handler.Refused();
     m_Arena.GoBack(ended.before);
   }
 

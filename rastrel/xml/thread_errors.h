@@ -5,7 +5,7 @@
 namespace rastrel::xml {
 
 /// Takes over the functions of this thread that the parser's library reports faults to which it
-/// knows no document for, and gives them back at its end. They belong to the program around us, so
+/// knows no document for, and returns them at its end. They belong to the program around us, so
 /// this lives for the length of one call to the library. REQUIRES: the library is loaded.
 class XmlThreadErrors {
  public:

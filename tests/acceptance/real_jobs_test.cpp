@@ -1,5 +1,5 @@
-// Whole jobs through the real RIP and the real output engine. Every check here is of what is there
-// when EndPrint has returned.
+// Whole jobs through the real RIP and the real output engine. Every check here is of the files and
+// messages after EndPrint has returned.
 
 #include "tests/acceptance/real_root.h"
 #include "tests/support/open_descriptors.h"

@@ -10,6 +10,7 @@ import documentation_examples
 import documentation_links
 import documented_interface
 import exported_symbols
+import failure_form
 import file_sizes
 import folder_guides
 import headers_compile_alone
@@ -193,6 +194,12 @@ class Words(Tree):
                                     "int a;  /* what the nameless file has */\n"),
                          {"comment-what": 2, "comment-colour": 1, "comment-nameless": 1})
 
+    def test_old_words_for_saying_and_for_order_are_counted_in_comments_alone(self):
+        self.assertEqual(self.found("// It tells in words that told is told.\nint words, behind;\n"
+                                    "// A tab stands behind it and understands \"behindhand\".\n"),
+                         {"comment-tells": 3, "comment-words": 1, "comment-stands": 1,
+                          "comment-behind": 1})
+
     def test_more_than_the_table_allows_is_a_fault_and_so_is_a_word_that_it_lacks(self):
         self.assertEqual(words.check({"Most": 2}, {"Most": 2}), [])
         self.assertEqual(len(words.check({"Most": 3}, {"Most": 2})), 1)
@@ -340,6 +347,35 @@ class DocumentationExamples(Tree):
     def test_an_example_that_does_not_compile_is_a_fault(self):
         faults, count = self.check("```cpp example\nint f();\n```\n```cpp example\nint f(;\n```\n")
         self.assertEqual((len(faults), count), (1, 2))
+
+
+class FailureForm(Tree):
+    def test_an_optional_or_a_variant_of_a_failure_is_a_fault(self):
+        self.write("pages/a.h", "std::optional<Failure> A();\nstd::optional<int> B();\n")
+        self.write("cli/b.cpp", "\nstd::variant<std::string, rastrel::Failure> c;\n")
+        self.write("host/c.h", "Expected<void> A();\nExpected<std::optional<int>> B();\n")
+        self.assertEqual(failure_form.check(self.root, set()),
+                         ["cli/b.cpp:2: a failure as variant<std::string, rastrel::Failure>; "
+                          "return rastrel::Expected",
+                          "pages/a.h:1: a failure as optional<Failure>; return rastrel::Expected"])
+
+    def test_an_operation_of_the_system_returns_no_boolean_and_sets_no_errno(self):
+        self.write("rastrel/platform/os/a.h",
+                   "/// One.\n[[nodiscard]] bool MakeOne();\n"
+                   "/// Two. Minus 1\n/// with errno set.\nHANDLE Two(int a,\n  int b);\n"
+                   "long Read(char* bytes);\n")
+        self.assertEqual([fault.split(":")[1].split()[0]
+                          for fault in failure_form.check(self.root, set())],
+                         ["MakeOne", "Two", "Read"])
+
+    def test_questions_and_what_the_table_names_are_fine(self):
+        self.write("rastrel/platform/os/a.h",
+                   "class A {\n  [[nodiscard]] bool IsOpen() const;\n};\nbool Exists(int path);\n"
+                   "bool TryIt();\nExpected<void> MakeOne();\nint Count();\n")
+        self.write("rastrel/job/b.h", "/// False with errno set.\nbool MakeOne();\n")
+        self.assertEqual(failure_form.check(self.root, {"TryIt"}), [])
+        self.assertEqual(failure_form.check(self.root, {"TryIt", "Gone"}),
+                         ["failure_form.txt: there is no Gone"])
 
 
 class DocumentationLinks(Tree):

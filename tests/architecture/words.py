@@ -38,6 +38,10 @@ COMMENTS = {
     "comment-nameless": r"\b[Nn]ameless\b",
     "comment-patience": r"\b[Pp]atience\b",
     "comment-shelf": r"\b[Ss]hel(?:f|ves)\b",
+    "comment-tells": r"\b[Tt](?:ells?|old)\b",
+    "comment-words": r"\b[Ww]ords\b",
+    "comment-stands": r"\b(?:[Ss]tands?|[Ss]tood)\b",
+    "comment-behind": r"\b[Bb]ehind\b",
 }
 
 

@@ -14,6 +14,9 @@ namespace {
 
 using rastrel::test::LibraryTest;
 using rastrel::test::LiteralPage;
+using rastrel::test::Once;
+using rastrel::test::Only;
+using rastrel::test::Reprint;
 
 class Cfm2Parse : public LibraryTest {
  protected:
@@ -53,7 +56,7 @@ TEST_F(Cfm2Parse, the_worked_example) {
             L"\tcopies := 1   \n"
             L"end   \n"));
   ASSERT_EQ(Count(), 1U);
-  EXPECT_EQ((LiteralPage{L"rip42", Output(), L"Sign Panel A", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"rip42", Output(), L"Sign Panel A", Once}), Page(0));
   EXPECT_EQ(Logged(), "");
 }
 
@@ -68,13 +71,13 @@ TEST_F(Cfm2Parse, every_ticket_type_has_its_number) {
 
 TEST_F(Cfm2Parse, a_capital_letter_makes_a_type_unknown_and_the_page_a_reprint) {
   EXPECT_TRUE(Parse(L"begin := Once\ntitle := t\nend"));
-  EXPECT_EQ(Page(0).type, 1);
+  EXPECT_EQ(Page(0).type, Reprint);
   EXPECT_EQ(Logged(), "Unknown ticket type: Once\r\n");
 }
 
 TEST_F(Cfm2Parse, a_begin_without_a_value_is_a_reprint_without_a_word) {
   EXPECT_TRUE(Parse(L"begin\ntitle := t\nend"));
-  EXPECT_EQ(Page(0).type, 1);
+  EXPECT_EQ(Page(0).type, Reprint);
   EXPECT_EQ(Logged(), "");
   EXPECT_TRUE(Parse(L"begin :=\ntitle := t\nend"));
   EXPECT_EQ(Logged(), "Unknown ticket type: \r\n");
@@ -84,7 +87,7 @@ TEST_F(Cfm2Parse, of_several_lines_with_one_keyword_the_last_counts) {
   EXPECT_TRUE(
       Parse(L"begin := once\ntitle := a\nid := 1\ntitle := b\nid := 2\nbegin := only\ndir := "
             L"x\ndir := y\nend"));
-  EXPECT_EQ((LiteralPage{L"2", L"y\\", L"b", 2}), Page(0));
+  EXPECT_EQ((LiteralPage{L"2", L"y\\", L"b", Only}), Page(0));
 }
 
 TEST_F(Cfm2Parse, an_unknown_keyword_is_named_and_the_page_stays) {
@@ -97,7 +100,7 @@ TEST_F(Cfm2Parse, an_unknown_keyword_is_named_and_the_page_stays) {
 
 TEST_F(Cfm2Parse, a_line_is_split_at_its_first_separator_and_trimmed) {
   EXPECT_TRUE(Parse(L"begin:=once\n\t \r\a\f\vtitle\t:=\va  b := c\f\r\nid:=i\nend"));
-  EXPECT_EQ((LiteralPage{L"i", Output(), L"a  b := c", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"i", Output(), L"a  b := c", Once}), Page(0));
 }
 
 TEST_F(Cfm2Parse, a_line_without_a_separator_is_ignored_without_a_word) {
@@ -107,7 +110,7 @@ TEST_F(Cfm2Parse, a_line_without_a_separator_is_ignored_without_a_word) {
 
 TEST_F(Cfm2Parse, without_id_and_dir_a_page_has_the_defaults) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := t\nend"));
-  EXPECT_EQ((LiteralPage{L"QueueCMF2Generator", Output(), L"t", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"QueueCMF2Generator", Output(), L"t", Once}), Page(0));
 }
 
 TEST_F(Cfm2Parse, a_page_without_a_title_is_rejected_and_the_others_stay) {
@@ -153,7 +156,7 @@ TEST_F(Cfm2Parse, a_begin_without_an_end_stops_and_the_pages_before_it_count) {
 TEST_F(Cfm2Parse, a_title_that_holds_end_is_read_whole_and_ends_its_block) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := Legend\nid := lost\nend"));
   ASSERT_EQ(Count(), 1U);
-  EXPECT_EQ((LiteralPage{L"QueueCMF2Generator", Output(), L"Legend", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"QueueCMF2Generator", Output(), L"Legend", Once}), Page(0));
   EXPECT_TRUE(Parse(L"begin := once\ntitle := Calendar\nid := lost\nend"));
   EXPECT_EQ(Page(0).title, L"Calend");
 }
@@ -174,7 +177,7 @@ TEST_F(Cfm2Parse, words_inside_words_open_blocks_too) {
 
 TEST_F(Cfm2Parse, a_mark_in_a_title_cuts_the_title_there) {
   EXPECT_TRUE(Parse(L"begin := once\ntitle := a > b\nid := i\nend"));
-  EXPECT_EQ((LiteralPage{L"i", Output(), L"a", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"i", Output(), L"a", Once}), Page(0));
 }
 
 TEST_F(Cfm2Parse, two_marks_in_a_title_without_an_end_cut_the_whole_text) {
@@ -191,12 +194,12 @@ TEST_F(Cfm2Parse, a_missing_comment_end_keeps_the_pages_before_it) {
 
 TEST_F(Cfm2Parse, carriage_returns_are_trimmed_away) {
   EXPECT_TRUE(Parse(L"begin := once\r\ntitle := t\r\nid := i\r\nend\r\n"));
-  EXPECT_EQ((LiteralPage{L"i", Output(), L"t", 0}), Page(0));
+  EXPECT_EQ((LiteralPage{L"i", Output(), L"t", Once}), Page(0));
 }
 
 TEST_F(Cfm2Parse, a_comment_takes_three_characters_behind_its_end) {
   EXPECT_TRUE(Parse(L">> c <<  \nbegin := once\ntitle := t\nend"));
-  // One character behind it: the line that follows loses two, and here that is the word's start.
+  // One character after it: the line that follows loses two, and here that is the word's start.
   EXPECT_FALSE(Parse(L">> c <<\nbegin := once\ntitle := t\nend"));
 }
 
@@ -219,7 +222,7 @@ struct CommentRow {
   bool missingEnd = false;
 };
 
-TEST(Cfm2Comments, are_removed_as_told) {
+TEST(Cfm2Comments, are_removed_as_the_format_says) {
   const CommentRow rows[] = {
       {L"", L""},
       {L"no comment", L"no comment"},

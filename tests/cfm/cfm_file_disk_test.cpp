@@ -264,7 +264,7 @@ class LiteralMove {
   }
 };
 
-// Fills a directory by chance; the same chance gives the same tree.
+// Fills a directory by chance; the same chance makes the same tree.
 void Grow(std::mt19937& random, const fs::path& root, int depth) {
   fs::create_directories(root);
   for (auto entry = random() % 5; entry > 0; --entry) {
@@ -289,7 +289,7 @@ void Grow(std::mt19937& random, const fs::path& root, int depth) {
   }
 }
 
-TEST_F(CfmFileDisk, a_move_cannot_be_told_from_copy_and_delete) {
+TEST_F(CfmFileDisk, a_move_looks_like_copy_and_delete) {
   // Hundreds of small trees: in memory where the machine has such a place.
   const fs::path place =
       fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();

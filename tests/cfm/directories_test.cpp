@@ -68,7 +68,7 @@ TEST_F(Directories, deleting_takes_everything_below_and_follows_no_link) {
   EXPECT_TRUE(m_Scratch.Has("outside/kept"));
 }
 
-TEST_F(Directories, what_cannot_be_removed_stops_the_deletion) {
+TEST_F(Directories, an_entry_that_cannot_be_removed_stops_the_deletion) {
   m_Scratch.Write("tree/locked/file", "x");
   fs::permissions(m_Scratch.Path("tree/locked"), fs::perms::owner_read | fs::perms::owner_exec);
   {
@@ -96,7 +96,7 @@ TEST_F(Directories, a_copy_writes_over_files_and_keeps_others) {
   EXPECT_EQ(m_Scratch.Read("to/other"), "kept");
 }
 
-TEST_F(Directories, a_copy_passes_over_what_is_no_file_or_directory) {
+TEST_F(Directories, a_copy_passes_over_other_kinds_than_files_and_directories) {
   m_Scratch.Write("from/file", "x");
   fs::create_symlink("nowhere", m_Scratch.Path("from/dangling"));
   ASSERT_EQ(::mkfifo(m_Scratch.Path("from/pipe").c_str(), 0600), 0);
@@ -117,7 +117,7 @@ TEST_F(Directories, a_copy_passes_over_a_file_and_a_directory_that_cannot_be_cop
   EXPECT_EQ(m_Scratch.Read("to/sub"), "a file where the directory should go");
 }
 
-TEST_F(Directories, a_copy_passes_over_what_cannot_be_read) {
+TEST_F(Directories, a_copy_passes_over_unreadable_entries) {
   fs::permissions(m_Scratch.Path(), fs::perms::all);
   m_Scratch.Write("from/good", "x");
   m_Scratch.Write("from/secret", "x");
@@ -205,7 +205,7 @@ TEST_F(Directories, the_size_of_a_tree_is_that_of_its_files) {
   EXPECT_EQ(GetTreeSize(nullptr), 0U);
 }
 
-TEST_F(Directories, what_cannot_be_read_counts_0) {
+TEST_F(Directories, an_unreadable_directory_counts_0) {
   fs::permissions(m_Scratch.Path(), fs::perms::all);
   m_Scratch.Write("tree/a", std::string(1000, 'x'));
   m_Scratch.Write("tree/closed/b", std::string(234, 'x'));
@@ -217,7 +217,7 @@ TEST_F(Directories, what_cannot_be_read_counts_0) {
   fs::permissions(m_Scratch.Path("tree/closed"), fs::perms::all);
 }
 
-TEST_F(Directories, a_size_beyond_32_bits_is_told_whole) {
+TEST_F(Directories, a_size_beyond_32_bits_is_returned_whole) {
   m_Scratch.Write("tree/a", "");
   fs::resize_file(m_Scratch.Path("tree/a"), 5'000'000'000);
   EXPECT_EQ(GetTreeSize(Wide("tree").c_str()), 5'000'000'000U);

@@ -107,7 +107,7 @@ class QueueConvert : public ::testing::Test {
   std::string m_Stem;
 };
 
-TEST_F(QueueConvert, says_what_it_does_in_order) {
+TEST_F(QueueConvert, reports_its_steps_in_order) {
   const ProgramRun outcome = Run(Header("%# KVI_Res= 72\r\n") + Eps);
   EXPECT_EQ(outcome.status, 0);
   std::size_t at = 0;
@@ -304,7 +304,7 @@ TEST_F(QueueConvert, a_line_of_the_header_that_can_not_be_used_is_warned_of) {
             std::string::npos);
 }
 
-TEST_F(QueueConvert, what_an_earlier_run_made_is_replaced) {
+TEST_F(QueueConvert, files_of_an_earlier_run_are_replaced) {
   m_Bench.Job("vkaaaaaa.cut", "old");
   m_Bench.Job("vkaaaaaa_Color.bmp", "old");
   fs::create_directories(m_Bench.RipDirectory() + "/vkaaaaaa.cfm/p0007");
@@ -363,7 +363,7 @@ TEST_F(QueueConvert, without_its_interpreter_or_prolog_it_fails) {
   ExpectNothing(outcome);
 }
 
-TEST_F(QueueConvert, a_long_job_tells_its_progress) {
+TEST_F(QueueConvert, a_long_job_reports_its_progress) {
   std::string strokes;
   while (strokes.size() < 3000000) strokes += "20 { 0 0 moveto 99 300 lineto stroke } repeat\n";
   const ProgramRun outcome = Run(Header("%# KVI_Res= 300\r\n") + Eps + strokes);
@@ -382,7 +382,7 @@ TEST_F(QueueConvert, a_long_job_tells_its_progress) {
   EXPECT_GE(count, 2U) << outcome.reports;
 }
 
-TEST_F(QueueConvert, a_job_without_a_file_or_words_fails) {
+TEST_F(QueueConvert, a_job_without_a_file_or_arguments_fails) {
   const ProgramRun missing = m_Bench.Convert(m_Bench.Root() + "/none.ps");
   EXPECT_EQ(missing.status, 2);
   EXPECT_TRUE(missing.Says("INFO: CLQ_failure"));
@@ -419,7 +419,7 @@ TEST_F(QueueConvert, a_picture_has_a_pixel_at_least_and_any_resolution) {
   }
 }
 
-TEST_F(QueueConvert, a_box_without_bounds_is_refused_in_words) {
+TEST_F(QueueConvert, a_box_without_bounds_is_refused_with_a_message) {
   const ProgramRun outcome =
       Run(Header("%# KVI_Res= 72\r\n") + "%!PS\n%%BoundingBox: 0 0 9999999 9999999\nshowpage\n");
   EXPECT_EQ(outcome.status, 3);

@@ -46,7 +46,7 @@ struct Object {
   std::vector<std::vector<Part>> polygons;
 };
 
-// An archive as the decoder beside this file tells it.
+// An archive as the decoder beside this file reads it.
 std::vector<Object> Decode(const std::string& archive) {
   std::vector<Object> objects;
   const auto lines = OutputOf(Tool("cut_archive.py") + " '" + archive + "'");

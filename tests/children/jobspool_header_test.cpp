@@ -21,7 +21,7 @@ JobHeader ReadLines(const std::string& lines) { return ReadJobHeader(Header(line
 
 Expected<CommandLine> ReadWords(std::vector<const char*> words) { return ReadCommandLine(words); }
 
-TEST(QueueHeader, holds_what_the_library_writes) {
+TEST(QueueHeader, holds_the_librarys_values) {
   const JobHeader header = ReadJobHeader(Full + "%!PS\n");
   EXPECT_EQ(header.length, Full.size());
   ASSERT_TRUE(header.size);
@@ -211,7 +211,7 @@ TEST(QueueHeader, random_text_neither_crashes_nor_reaches_outside) {
   }
 }
 
-TEST(QueueCommandLine, the_order_of_the_options_tells_the_task) {
+TEST(QueueCommandLine, the_order_of_the_options_says_the_task) {
   const auto convert = ReadWords({"-ps", "-q", "/tmp/a.ps"});
   ASSERT_TRUE(convert);
   EXPECT_FALSE(convert->measure);

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A ticket that keeps what it is told.
+// A ticket that keeps the codes of its messages.
 class KeepingTicket : public CLQTicket {
  public:
   KeepingTicket() : CLQTicket(CExePaths::Instance().m_QueueExe) {}

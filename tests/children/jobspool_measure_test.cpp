@@ -66,7 +66,7 @@ TEST_F(QueueMeasure, other_settings_of_the_page_device_do_not_set_a_page) {
             {100, 200, 150, 230});
 }
 
-TEST_F(QueueMeasure, a_job_can_not_change_what_measures) {
+TEST_F(QueueMeasure, a_job_can_not_change_the_measuring_device) {
   ExpectBox(
       BoxOf("%!PS\n<< /HWResolution [ 72 72 ] /Install { 2 2 scale } /BeginPage { pop } /EndPage "
             "{ pop pop true } /OutputDevice /ppmraw >> setpagedevice\n" +
@@ -88,7 +88,7 @@ TEST_F(QueueMeasure, an_error_behind_the_first_page_is_none) {
   ExpectBox(BoxOf("%!PS\n" + Rectangle + "showpage\nno.such.name\n"), {100, 200, 150, 230});
 }
 
-TEST_F(QueueMeasure, a_page_without_marks_is_what_the_comments_say) {
+TEST_F(QueueMeasure, a_page_without_marks_has_the_box_of_the_comments) {
   ExpectBox(BoxOf("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 10 20 110 220\nshowpage\n"),
             {10, 20, 110, 220}, 1e-3);
   EXPECT_EQ(RecordsOf(m_Outcome).values["mavl"], "0");
@@ -100,7 +100,7 @@ TEST_F(QueueMeasure, a_page_without_marks_and_comments_is_a_sheet) {
             1e-3);
 }
 
-TEST_F(QueueMeasure, marks_without_an_end_are_what_the_comments_say) {
+TEST_F(QueueMeasure, marks_without_an_end_have_the_box_of_the_comments) {
   ExpectBox(
       BoxOf("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 10 20 110 220\nclippath fill showpage\n"),
       {10, 20, 110, 220}, 1e-3);
@@ -124,7 +124,7 @@ TEST_F(QueueMeasure, the_header_in_front_is_passed_over) {
   EXPECT_EQ(records.values.at("ydpi"), "300");
 }
 
-TEST_F(QueueMeasure, every_record_is_told) {
+TEST_F(QueueMeasure, every_record_is_reported) {
   BoxOf("%!PS\n%%Title: shop front\n" + Rectangle + "showpage\n");
   const Records records = RecordsOf(m_Outcome);
   EXPECT_EQ(records.values.at("name"), "shop front");
@@ -210,7 +210,7 @@ TEST_F(QueueMeasure, nothing_is_left_behind) {
   EXPECT_EQ(m_Bench.Leftovers(), std::vector<std::string>{"page.ps"});
 }
 
-// Columns of the corpus's table that another program's measure stands in.
+// Columns of the corpus's table with another program's measure.
 constexpr std::size_t PathColumn = 0;
 constexpr std::size_t BoxColumn = 19;
 constexpr std::size_t UnclippedColumn = 20;
@@ -235,8 +235,8 @@ std::optional<std::vector<double>> Four(const std::string& text) {
   return four;
 }
 
-// What the table's measure can't tell, and why: that program's sheet has its corner at the origin
-// and ends nowhere, and it doesn't ask which page a file sets.
+// Boxes that the table has wrong, and why: that program's sheet has its corner at the
+// origin and ends nowhere, and it doesn't ask which page a file sets.
 std::optional<std::vector<double>> Known(const std::string& path) {
   if (path == "doseps/ai24-no-preview-sections.eps") return {{0, 0, 595, 842}};  // no mark
   if (path == "ps/cups-testfile-pages.ps") return {{0, 0, 612, 792}};  // fills all; by its comment

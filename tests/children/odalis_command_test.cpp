@@ -79,7 +79,7 @@ TEST_F(CommandDevice, is_run_for_each_plane) {
             "Blue A 'Sign' $HOME-3-Blue.pdf\n");
 }
 
-TEST_F(CommandDevice, a_failing_command_is_reported_with_status_and_last_words) {
+TEST_F(CommandDevice, a_failing_command_is_reported_with_status_and_last_line) {
   const std::string script = Script("echo first\necho 'out of paper' >&2\necho\nexit 3\n");
   const auto run = Run(script);
   EXPECT_EQ(run->Status(), 1);

@@ -8,7 +8,7 @@
 
 #include "pages/page_info.h"
 
-/// What the output engine's tests share: directories that go away, page directories made by hand,
+/// Tools of the output engine's tests: directories that go away, page directories made by hand,
 /// and the engine as a process.
 namespace rastrel::odalis::testing {
 
@@ -42,7 +42,7 @@ void WritePage(const std::string& directory, pages::PageInfo& info);
 /// An RGB page of 40 by 30 pixels.
 pages::PageInfo WriteRgbPage(const std::string& directory, const std::string& job,
                              unsigned page = 1, const std::string& printer = "");
-/// A file's description as it stands on the disk.
+/// The description of a file on the disk.
 [[nodiscard]] pages::PageFile DescribeFile(const std::string& directory, const std::string& name);
 /// Writes a gray TIFF plane of the test picture.
 void WriteTiffPlane(const std::string& path, unsigned width, unsigned height, unsigned plane);

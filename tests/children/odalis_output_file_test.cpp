@@ -166,7 +166,7 @@ TEST(NumberedPath, the_number_stands_before_the_extension) {
   EXPECT_EQ(NumberedPath("/a/x.y.tif", 10), "/a/x.y-10.tif");
 }
 
-TEST(DirectoryOf, is_what_stands_before_the_last_slash) {
+TEST(DirectoryOf, is_the_part_before_the_last_slash) {
   EXPECT_EQ(DirectoryOf("/a/b"), "/a");
   EXPECT_EQ(DirectoryOf("/b"), "/");
   EXPECT_EQ(DirectoryOf("b"), ".");

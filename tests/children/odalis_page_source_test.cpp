@@ -82,7 +82,7 @@ TEST(PageSource, planes_may_lie_in_another_order_than_their_channels) {
   EXPECT_EQ(pixels[2], SampleAt(0, 0, 0));
 }
 
-/// A page that is made well, then spoilt, and what is said of it.
+/// A page that is made well, then spoilt, and the message about it.
 struct Spoilt {
   const char* words;
   std::function<void(const std::string& directory, PageInfo& info)> spoil;
@@ -246,7 +246,7 @@ TEST(PageSource, a_tiff_plane_cut_or_changed_at_any_byte_never_harms) {
     Replace(directory.Path(), info, changed);
     static_cast<void>(ReadAll(directory.Path(), info, pixels));
   }
-  EXPECT_GT(refused, good.size() / 2);  // the directory of tags stands at the file's end
+  EXPECT_GT(refused, good.size() / 2);  // the directory of tags is at the file's end
 }
 
 }  // namespace

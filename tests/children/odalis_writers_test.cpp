@@ -197,12 +197,12 @@ TEST(MakeImageWriter, spot_inks_are_refused_where_the_format_has_no_place_for_th
   EXPECT_NE(Write(devices::FileFormat::Pdf, "/dev/null", many).find("32 inks"), std::string::npos);
 }
 
-TEST(MakeImageWriter, a_full_disk_is_told) {
+TEST(MakeImageWriter, a_full_disk_is_reported) {
   const ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 3000, 400);
   for (const devices::FileFormat format : {devices::FileFormat::Png, devices::FileFormat::Pdf}) {
     EXPECT_NE(Write(format, "/dev/full", shape).find("No space left"), std::string::npos);
   }
-  // The TIFF library can't seek there; that it fails at all is what counts.
+  // The TIFF library can't seek there; it only has to fail.
   EXPECT_NE(Write(devices::FileFormat::Tiff, "/dev/full", shape), "");
 }
 

@@ -7,7 +7,7 @@
 
 #include "tests/children/rip_fixture.h"
 
-/// What the queue program's tests share: a data root with the program in it, and its runs.
+/// Tools of the queue program's tests: a data root with the program in it, and its runs.
 namespace rastrel::jobspool::testing {
 
 using corerast::testing::ProgramRun;

@@ -17,7 +17,7 @@ std::string ReadLine(std::vector<const char*> arguments) {
   return std::string(line->install ? "install " : "") + line->prefix + "|" + line->job;
 }
 
-TEST(RipCommandLine, takes_what_the_library_writes) {
+TEST(RipCommandLine, takes_the_librarys_arguments) {
   EXPECT_EQ(ReadLine({"-M", "-Q", "-m128", "/nowhere/a.psp", "/nowhere/a.ps"}),
             "/nowhere/a.psp|/nowhere/a.ps");
   EXPECT_EQ(ReadLine({"-M", "-Q", "-m128", "-s", "/nowhere/a.ps"}), "install |/nowhere/a.ps");

@@ -1,4 +1,4 @@
-// What the cutter's section does to a page: paths of its color leave the picture and are kept.
+// Effects of the cutter's section on a page: paths of its color leave the picture and are kept.
 
 #include <gtest/gtest.h>
 
@@ -107,7 +107,7 @@ TEST(CutterEffect, covers_every_painting_operator) {
   }
 }
 
-// What follows a text stands where it would stand without a cutter.
+// A mark after a text is in the same place as without a cutter.
 TEST(CutterEffect, leaves_the_point_where_text_operators_leave_it) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
@@ -284,7 +284,7 @@ TEST(CutterEffect, looks_at_the_space_and_not_only_at_the_numbers) {
   EXPECT_EQ(colorsUnder(both), (Names{rgb, rgb, cmyk, cmyk}));
 }
 
-// A restore takes back what the interpreter holds since the save, but what was cut stays cut.
+// A restore undoes the interpreter's state since the save, but paths that were cut stay cut.
 TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
@@ -320,7 +320,7 @@ TEST(CutterEffect, keeps_paths_that_a_restore_stands_behind) {
 }
 
 // Fonts whose glyphs are programs: one with a shape in the text's color, one that paints blue.
-TEST(CutterEffect, of_a_font_of_programs_keeps_what_they_paint_in_the_cut_color) {
+TEST(CutterEffect, of_a_font_of_programs_keeps_their_marks_in_the_cut_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   const auto font = [](const std::string& name, const std::string& glyph) {
@@ -408,7 +408,7 @@ TEST(CutterEffect, says_how_a_path_lies_to_the_clip) {
 }
 
 // The clip's text is only sent when it changes; a path between two of one clip must not hide that.
-TEST(CutterEffect, tells_two_clips_apart_however_often_they_take_turns) {
+TEST(CutterEffect, distinguishes_two_clips_however_often_they_take_turns) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   std::string drawing = "1 0 0 setrgbcolor\n";

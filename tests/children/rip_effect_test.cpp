@@ -1,4 +1,5 @@
-// What the prefix's sections do to a page, measured in pixels. The sections are the library's own.
+// Effects of the prefix's sections on a page, measured in pixels. The sections are the library's
+// own.
 
 #include <gtest/gtest.h>
 
@@ -60,7 +61,7 @@ TEST(LevelsEffect, of_one_channel_halves_that_channel_only) {
 // The table has entries of three digits here, and its string takes two digits a byte, whatever
 // entry they come from. Half of 255 lies between two of these bytes, and the interpreter takes
 // their mean.
-TEST(LevelsEffect, of_a_gamma_is_what_the_tables_bytes_say) {
+TEST(LevelsEffect, of_a_gamma_is_that_of_the_tables_bytes) {
   REQUIRE_GHOSTSCRIPT();
   const CJobData settings = WithLevels(0, 2, 255);
   std::string digits = os::Utf8FromWide(prefix::LevelsTable(settings.Levels[0]));
@@ -161,7 +162,7 @@ CJobData CustomSize(double widthCm, double heightCm) {
 TEST(ScalingEffect, of_a_custom_size_is_its_pixels_with_the_drawing_inside) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
-  // A square: it fills the height, 500 pixels, and stands in the middle.
+  // A square: it fills the height, 500 pixels, and is in the middle.
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::ScalingSection(CustomSize(25.4, 12.7)), Mode100),
                Page(300, 300, "1 0 0 setrgbcolor 0 0 300 300 rectfill"));

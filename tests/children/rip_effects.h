@@ -8,8 +8,8 @@
 #include "rastrel/job/job_data.h"
 #include "tests/children/rip_fixture.h"
 
-/// What tests of the prefix's effect share: prefixes with the library's own sections, jobs, and
-/// what the pages and cut paths that come of them hold.
+/// Tools for tests of the prefix's effect: prefixes with the library's own sections, jobs, and the
+/// contents of the pages and cut paths that come of them.
 namespace rastrel::corerast::testing {
 
 using Names = std::vector<std::string>;

@@ -154,7 +154,7 @@ TEST(RipLimit, that_is_no_number_is_passed_over_with_a_warning) {
       outcome.Says("WARNING: RASTREL_RIP_TIMEOUT is not a whole number above 0; 1800 is used."));
 }
 
-TEST(HostileJob, can_not_change_what_the_prefix_fixed) {
+TEST(HostileJob, can_not_change_settings_that_the_prefix_fixed) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   ExpectRedPage(bench,
@@ -216,7 +216,7 @@ TEST(HostileJob, can_not_forge_reports) {
 }
 
 // The word that marks a report is in no place that a program could read it from: not by name, not
-// in a procedure, not in what an error leaves.
+// in a procedure, not in the state after an error.
 TEST(HostileJob, can_not_find_the_word_of_reports) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;

@@ -9,7 +9,7 @@
 #include "pages/page_info.h"
 #include "tests/support/scratch_directory.h"
 
-/// What the RIP's tests share: a data root with the RIP in it, and the RIP as a process.
+/// Tools of the RIP's tests: a data root with the RIP in it, and the RIP as a process.
 namespace rastrel::corerast::testing {
 
 /// A run's end as the library would see it.
@@ -63,13 +63,13 @@ class RipFixture {
   /// The same, killed that many microseconds after its start if it still runs then.
   [[nodiscard]] ProgramRun RunAndKill(std::vector<std::string> paths, unsigned microseconds) const;
 
-  /// Runs another program of the data root, with its words, in the same ways.
+  /// Runs another program of the data root, with these arguments, in the same ways.
   [[nodiscard]] ProgramRun RunProgram(std::vector<std::string> words,
                                       std::optional<unsigned> killAfterMicroseconds = {},
                                       int signal = 9) const;
 
-  /// Runs a program in the same way and stops to read what it writes, as a host that was killed, as
-  /// soon as its reports hold that text. Gives how the program ended, with the reports so far.
+  /// Runs a program in the same way and stops reading its output, as a host that was killed, as
+  /// soon as its reports hold that text. Returns how the program ended, with the reports so far.
   [[nodiscard]] ProgramRun RunAndLeave(std::vector<std::string> words,
                                        const std::string& text) const;
 
@@ -97,7 +97,7 @@ class RipFixture {
 
 }  // namespace rastrel::corerast::testing
 
-/// Passes a test over, in words, where there is no interpreter.
+/// Skips a test, with a message, where there is no interpreter.
 #define REQUIRE_GHOSTSCRIPT()                                                  \
   if (!rastrel::corerast::testing::HaveGhostscript()) {                        \
     GTEST_SKIP() << "Ghostscript is not installed, so nothing can be ripped."; \

@@ -94,7 +94,7 @@ TEST(ForeignFile, of_inkscape_loses_its_outlines_to_the_cut_paths) {
     SCOPED_TRACE(type);
     ExpectOutlineCut(Pages(bench.Run({prefix, out + type}), 1).front());
   }
-  // The EPS is cropped to what is drawn, whose box its comment tells.
+  // The EPS is cropped to its drawing, whose box is in its comment.
   const std::string eps = TextOf(out + ".eps");
   std::istringstream box(eps.substr(eps.find("%%BoundingBox:") + 14));
   double left = 0;
@@ -199,8 +199,8 @@ Box BoxOf(const std::vector<CutPath>& paths) {
   return box;
 }
 
-// Around what the interpreter paints of a file's first page without any of our prolog: another road
-// to the same text. In points, from pixels of 1/1200 inch.
+// The box of a file's first page as the interpreter paints it without any of our prolog: another
+// way to the same box. In points, from pixels of 1/1200 inch.
 Box PaintedBox(const std::string& file) {
   const std::string picture = file + ".ppm";
   EXPECT_TRUE(RunCommand(Ghostscript + "-sDEVICE=pgmraw -r1200 -dLastPage=1 -sOutputFile=- " +

@@ -21,8 +21,8 @@ using Names = std::vector<std::string>;
 const std::string RedPage =
     "<< /PageSize [72 72] >> setpagedevice 1 0 0 setrgbcolor 0 0 72 72 rectfill showpage\n";
 
-// A data root with files around it that no job may read or change. Its end is a comparison of all
-// of them with what they were.
+// A data root with files around it that no job may read or change. At its end all of them are
+// compared with their content before.
 class Fortress {
  public:
   Fortress() {
@@ -40,7 +40,7 @@ class Fortress {
   }
   void Set(const std::string& name, const std::string& value) { m_Bench.Set(name, value); }
 
-  // Runs the job, which stands among the other jobs.
+  // Runs the job, which is among the other jobs.
   ProgramRun Run(const std::string& job, const std::string& name = "jobs/job.ps") {
     const std::string path = m_Bench.File(name, job);
     const auto before = test::TreeSnapshot(Beside(""));
@@ -105,7 +105,7 @@ TEST(HostileJob, is_refused_every_way_to_a_file) {
           " 3 -1 roll putdeviceprops setdevice showpage",
       "(ppmraw) selectdevice mark /OutputFile (%pipe%touch " + fortress.Beside("jobs/touched") +
           ") currentdevice putdeviceprops setdevice showpage",
-      // Through what is set for the whole run.
+      // Through parameters of the whole run.
       "<< /PermitFileReading [(*)] /PermitFileWriting [(*)] >> setuserparams " + secret +
           " (r) file",
       "<< /LockSafetyParams false >> setuserparams mark /LockSafetyParams false currentdevice "
@@ -136,7 +136,7 @@ TEST(HostileJob, is_refused_every_way_to_a_file) {
             1, "Ghostscript could not interpret the job.");
 }
 
-// What a job may list are the names of what it may read.
+// A job may list the names of files that it may read.
 TEST(HostileJob, sees_no_names_of_other_files) {
   REQUIRE_GHOSTSCRIPT();
   Fortress fortress;

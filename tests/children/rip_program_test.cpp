@@ -71,7 +71,7 @@ TEST(Rip, makes_one_directory_a_page) {
   EXPECT_EQ(ReadNetpbm(pages[1] + "/page.ppm").At(71, 71), "0,0,255");
 }
 
-TEST(Rip, says_in_the_info_what_it_made) {
+TEST(Rip, describes_its_files_in_the_info) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   const ProgramRun outcome =
@@ -119,7 +119,7 @@ std::vector<int> Percentages(const std::string& reports) {
   return found;
 }
 
-TEST(Rip, tells_how_far_a_long_job_without_a_page_count_has_come) {
+TEST(Rip, reports_how_far_a_long_job_without_a_page_count_has_come) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   std::string job = "%!PS\n<< /PageSize [72 72] >> setpagedevice\n";
@@ -262,7 +262,7 @@ TEST(Rip, prints_without_a_prefix) {
   EXPECT_EQ(info.xResolution, 72);
 }
 
-TEST(Rip, lets_a_job_select_what_no_prefix_fixed) {
+TEST(Rip, lets_a_job_select_settings_that_no_prefix_fixed) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   const std::string job =

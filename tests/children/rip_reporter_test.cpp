@@ -8,7 +8,7 @@
 namespace rastrel::children {
 namespace {
 
-// What the reporter writes to the error stream.
+// The reporter's output on the error stream.
 template <typename Action>
 std::string Written(Action action) {
   ::testing::internal::CaptureStderr();
@@ -51,7 +51,7 @@ TEST(Reporter, passes_only_so_much_of_a_jobs_text_on) {
   EXPECT_TRUE(written.ends_with("gs: (What the job writes beyond this is not shown.)\n"));
 }
 
-TEST(Reporter, writes_what_a_run_says_of_itself) {
+TEST(Reporter, writes_a_runs_own_reports) {
   EXPECT_EQ(Written([](Reporter& reporter) {
               interpreter::RunListener& listener = reporter;
               listener.StateReached(interpreter::RunState::Interpreting);

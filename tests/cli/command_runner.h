@@ -35,7 +35,7 @@ class CommandRunner {
   void WriteRip(const std::string& script) const { WriteChild("corerast.exe", script); }
   void WriteOdalis(const std::string& script) const { WriteChild("coreodalis.exe", script); }
   void WriteQueue(const std::string& script) const { WriteChild("../JobSpool.exe", script); }
-  /// A RIP of two pages, and an engine that says what it delivers and who the printer is.
+  /// A RIP of two pages, and an engine that reports its files and its printer.
   void WriteUsualChildren() const;
 
   /// Sets a variable of the command's environment.

@@ -20,7 +20,7 @@ class CommandTest : public ::testing::Test {
     m_Command.WriteUsualChildren();
     m_Command.Place().Write("job.ps", "%!PS\nshowpage\n");
   }
-  // Nothing of a job is left but what was asked for.
+  // Nothing of a job is left but the files that were asked for.
   void ExpectNothingLeft() const {
     EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
     EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());
@@ -73,7 +73,7 @@ TEST_F(CommandTest, wrong_use_is_2_and_is_said_on_standard_error) {
   ExpectNothingLeft();
 }
 
-TEST_F(CommandTest, an_unknown_printer_or_mode_is_told_with_those_that_there_are) {
+TEST_F(CommandTest, an_unknown_printer_or_mode_is_refused_with_the_known_ones) {
   const auto printer = m_Command.Run({"print", "job.ps", "--printer", "PNG"});
   EXPECT_NE(printer.error.find("'PNG files'"), std::string::npos) << printer.error;
   const auto mode = m_Command.Run({"print", "job.ps", "--mode", "TIFF/x"});
@@ -118,7 +118,7 @@ TEST_F(CommandTest, a_data_root_that_can_not_be_written_is_5_at_once) {
   EXPECT_EQ(m_Command.Run({"doctor"}).status, 5);
 }
 
-TEST_F(CommandTest, a_failed_rip_is_told_with_its_words_status_and_log) {
+TEST_F(CommandTest, a_failed_rip_is_reported_with_its_message_status_and_log) {
   m_Command.WriteRip("echo 'ERROR: undefined in foo' >&2\necho 'more words' >&2\nexit 3\n");
   const auto failure = Failure({"print", "job.ps", "--json"}, 1);
   EXPECT_EQ(failure["event"], "failed");
@@ -185,13 +185,13 @@ TEST_F(CommandTest, an_output_engine_that_ignores_its_input_is_a_failure_and_no_
   ExpectNothingLeft();
 }
 
-TEST_F(CommandTest, a_page_that_the_job_does_not_have_is_told_by_number) {
+TEST_F(CommandTest, a_page_that_the_job_does_not_have_is_named_by_number) {
   const auto failure = Failure({"print", "job.ps", "--pages", "1,9", "--json"}, 1);
   EXPECT_EQ(failure["stage"], "page-selection");
   EXPECT_EQ(failure["text"], "page 9 was asked for, and the job has 2");
 }
 
-TEST_F(CommandTest, files_that_were_delivered_before_a_failure_are_told) {
+TEST_F(CommandTest, files_that_were_delivered_before_a_failure_are_reported) {
   m_Command.WriteOdalis("echo 'OUTPUT: /out/first.tif' >&2\ncat >/dev/null\nexit 1\n");
   const CommandResult result = m_Command.Run({"print", "job.ps"});
   EXPECT_EQ(result.status, 1);
@@ -257,7 +257,7 @@ TEST_F(CommandTest, an_interrupt_aborts_the_job_and_leaves_nothing) {
   }
 }
 
-TEST_F(CommandTest, an_interrupt_in_the_output_stage_is_told_as_json_too) {
+TEST_F(CommandTest, an_interrupt_in_the_output_stage_is_reported_as_json_too) {
   m_Command.WriteOdalis("echo 'OUTPUT: /out/one' >&2\nexec sleep 600\n");
   m_Command.Start({"print", "job.ps", "--json"}, "/out/one");
   m_Command.Signal(SIGINT);
@@ -347,7 +347,7 @@ TEST_F(CommandTest, a_ticket_that_is_cut_at_any_byte_is_refused) {
   EXPECT_EQ(m_Command.Run({"ticket", "show", "cut"}).status, 3);
 }
 
-TEST_F(CommandTest, a_ticket_that_can_not_be_saved_is_told_after_the_files) {
+TEST_F(CommandTest, a_ticket_that_can_not_be_saved_is_reported_after_the_files) {
   const CommandResult result =
       m_Command.Run({"print", "job.ps", "--save-ticket", "/proc/nowhere/t"});
   EXPECT_EQ(result.status, 1);
@@ -369,7 +369,7 @@ TEST_F(CommandTest, prints_of_one_name_at_once_get_a_spool_entry_each) {
     EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM/" + name), Names({"p0001", "p0002"})) << name;
 }
 
-TEST_F(CommandTest, several_files_print_one_after_the_other_and_a_failure_is_told_at_the_end) {
+TEST_F(CommandTest, several_files_print_one_after_the_other_and_a_failure_is_reported_at_the_end) {
   m_Command.Place().Write("bad.ps", "%!PS\n");
   m_Command.WriteRip("case \"$*\" in *bad*) echo 'ERROR: no' >&2; exit 1;; esac\n" +
                      std::string("mkdir -p System/c-out/r/p0001\n") +
@@ -381,7 +381,7 @@ TEST_F(CommandTest, several_files_print_one_after_the_other_and_a_failure_is_tol
   EXPECT_NE(result.error.find("printing: bad.ps"), std::string::npos) << result.error;
 }
 
-TEST_F(CommandTest, a_missing_file_among_several_is_told_before_any_prints) {
+TEST_F(CommandTest, a_missing_file_among_several_is_reported_before_any_prints) {
   const auto result = m_Command.Run({"print", "job.ps", "missing.ps"});
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.output, "");

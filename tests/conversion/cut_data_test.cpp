@@ -119,7 +119,7 @@ TEST(CPS2CutData, comes_back_as_it_was_saved) {
   }
 }
 
-TEST(CPS2CutData, what_a_later_writer_appended_to_the_block_is_passed_over) {
+TEST(CPS2CutData, bytes_that_a_later_writer_appended_to_the_block_are_passed_over) {
   const Bytes later =
       Joined({Hex("31 00 00 00  44 00 00 00 00 00 00 00"),
               Hex("2C 01 00 00  01 00 00 00  01 00 00 00"), Hex(BlackBytes), Hex("DE AD BE EF")});

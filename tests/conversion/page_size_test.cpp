@@ -105,7 +105,7 @@ TEST_F(PageSizeTest, is_0_without_a_box) {
   EXPECT_EQ(m_Bounds, Untouched);
 }
 
-TEST_F(PageSizeTest, takes_a_side_of_exactly_minus_1_for_one_that_was_not_told) {
+TEST_F(PageSizeTest, takes_a_side_of_exactly_minus_1_for_a_missing_one) {
   for (const char* box : {"-1 11 8 0", "0 -1 8 0", "0 11 -1 0", "0 11 8 -1.0"}) {
     Queue(std::string("echo QRAST:bbox ") + box + " >&2\n");
     EXPECT_EQ(Measure(), 0) << box;

@@ -64,7 +64,7 @@ TEST_F(Prepend, puts_the_text_in_front_and_leaves_nothing_else) {
   EXPECT_EQ(LeftBehind(), Contents());
 }
 
-TEST_F(Prepend, writes_windows_1252_and_a_question_mark_for_what_it_lacks) {
+TEST_F(Prepend, writes_windows_1252_and_question_marks_for_other_characters) {
   EXPECT_TRUE(Run(L"\u00e4\u20ac\u5207\n"));
   EXPECT_EQ(Content(), "\xE4\x80?\ncontent");
 }
@@ -185,7 +185,7 @@ TEST_F(Prepend, that_can_not_read_leaves_the_file_and_the_new_one_with_its_text)
   EXPECT_EQ(LeftBehind(), Contents{"head\r\n"});
 }
 
-TEST_F(Prepend, whose_disk_gets_full_leaves_the_file_and_what_was_written) {
+TEST_F(Prepend, whose_disk_gets_full_leaves_the_file_and_the_incomplete_copy) {
   countdown = 2;
   os::Calls().write = [](int descriptor, const void* bytes, std::size_t count) -> ssize_t {
     if (countdown-- > 0) return machine.write(descriptor, bytes, std::min<std::size_t>(count, 6));
@@ -203,7 +203,7 @@ TEST_F(Prepend, takes_a_write_of_nothing_as_a_failure) {
   EXPECT_EQ(LeftBehind(), Contents{""});
 }
 
-TEST_F(Prepend, that_can_not_delete_the_file_leaves_both_and_tells_so) {
+TEST_F(Prepend, that_can_not_delete_the_file_leaves_both_and_says_so) {
   os::Calls().unlink = [](const char*) { return errno = EPERM, -1; };
   EXPECT_FALSE(Run());
   EXPECT_EQ(Content(), "content");

@@ -38,7 +38,7 @@ TEST(ScanIntegers, takes_decimal_octal_and_hexadecimal_by_their_marks) {
   EXPECT_EQ(Integer(L"08"), 0) << "8 is no octal digit and ends the number";
 }
 
-TEST(ScanIntegers, passes_over_white_space_in_front_and_ignores_what_follows) {
+TEST(ScanIntegers, passes_over_white_space_in_front_and_ignores_the_rest) {
   EXPECT_EQ(Integer(L" \t\v\f\r\n12abc"), 12);
 }
 
@@ -48,7 +48,7 @@ TEST(ScanIntegers, needs_a_digit) {
     EXPECT_EQ(Integer(text), std::nullopt) << text;
 }
 
-TEST(ScanIntegers, takes_what_32_bits_hold_and_no_more) {
+TEST(ScanIntegers, takes_values_of_32_bits_and_no_more) {
   EXPECT_EQ(Integer(L"2147483646"), 2147483646);
   EXPECT_EQ(Integer(L"2147483647"), 2147483647);
   EXPECT_EQ(Integer(L"2147483648"), std::nullopt);

@@ -38,7 +38,7 @@ ObjectHandle AddLine(DocumentHost& host, const std::wstring& line) {
   return object;
 }
 
-TEST(DocumentHost, it_has_what_an_import_needs_and_says_that_it_has_no_more) {
+TEST(DocumentHost, it_has_the_parts_that_an_import_needs_and_says_that_it_has_no_more) {
   DocumentHost host;
   EXPECT_NE(host.GetObjectStore(), nullptr);
   EXPECT_NE(host.GetTextCompose(), nullptr);
@@ -49,7 +49,7 @@ TEST(DocumentHost, it_has_what_an_import_needs_and_says_that_it_has_no_more) {
   EXPECT_EQ(host.GetTranslation().Translate(L"(*v*)Adding text"), L"Adding text");
 }
 
-TEST(DocumentHost, what_one_part_makes_the_others_find) {
+TEST(DocumentHost, an_object_that_one_part_makes_the_others_find) {
   DocumentHost host;
   const ObjectHandle object = AddLine(host, L"Mill");
   ASSERT_NE(object, 0U);
@@ -59,7 +59,7 @@ TEST(DocumentHost, what_one_part_makes_the_others_find) {
   EXPECT_EQ(host.StillOpen(), DocumentHost::OpenWork());
 }
 
-TEST(DocumentHost, what_was_left_open_is_told) {
+TEST(DocumentHost, objects_left_open_are_reported) {
   DocumentHost host;
   host.GetObjectStore()->UNOpenStep(L"step");
   const host::ListHandle list = host.GetObjectStore()->DBCreateEmptyList();
@@ -135,7 +135,7 @@ TEST(NativeGraphics, plates_that_continue_each_other_still_do_as_copies) {
   EXPECT_EQ(std::get<PlateShape>(target.Find(copies[1])->shape).continuation, 0U);
 }
 
-TEST(NativeGraphics, a_file_that_can_not_be_read_changes_nothing_and_is_told) {
+TEST(NativeGraphics, a_file_that_can_not_be_read_changes_nothing_and_is_reported) {
   const test::ScratchDirectory directory;
   directory.Write("broken.rdoc", "no document");
   ASSERT_TRUE(DocumentHost().Save(directory.Wide("empty.rdoc")));

@@ -25,7 +25,7 @@ class AbbTest : public ::testing::Test {
     m_Host.m_Application.m_Palette[L"Green"] = CVKFullColor(0x00FF00, COLORSPACE_RGB, 0, 0);
   }
 
-  /// What was refused here is no other test's.
+  /// A refusal here must not reach another test.
   ~AbbTest() override { static_cast<void>(xml::TakeXmlFailure()); }
 
   /// Path of a new file of that content.
@@ -49,12 +49,12 @@ class AbbTest : public ::testing::Test {
     return "<TEXT data='" + std::string(data) + "'><FONT name='" + std::string(font) + "' size='" +
            std::string(size) + "'/></TEXT>";
   }
-  /// Parses and imports a document of these plates, and gives what ImportXMLFile gave.
+  /// Parses and imports a document of these plates, and returns ImportXMLFile's result.
   int Import(std::string_view plates) {
     return CXMLFileImport(Write(Template(plates)).c_str()).ImportXMLFile();
   }
   HostCalls& Calls() { return m_Host.m_Calls; }
-  /// What was logged by this test.
+  /// The log texts of this test.
   std::string Log() const { return m_Library.LogTextsBehind(m_LogMark); }
 
   LibraryRoot m_Library;

@@ -1,4 +1,4 @@
-// What an import of plate XML makes of sizes, colors, texts and drill points.
+// Sizes, colors, texts and drill points in an import of plate XML.
 
 #include <gtest/gtest.h>
 
@@ -217,7 +217,7 @@ TEST_F(AbbImport, a_color_that_is_not_in_the_palette_is_black) {
                    "FindPaletteColor(\"\") -> 0", "DBSetLayer(#4, RGB(0 0 0))"}));
 }
 
-TEST_F(AbbImport, undo_steps_have_the_hosts_words) {
+TEST_F(AbbImport, undo_steps_have_the_hosts_texts) {
   m_Host.m_Translations[L"(*v*)Create plate object"] = L"Schild anlegen";
   m_Host.m_Translations[L"(*v*)Adding text"] = L"Text";
   EXPECT_EQ(Import(Plate("4", "2", Text("A"))), 1);

@@ -1,4 +1,4 @@
-// What a plate XML says becomes records.
+// From a plate XML to records.
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ class AbbParse : public AbbTest {
     EXPECT_NE(record, nullptr);
     return record != nullptr ? *record : none;
   }
-  /// How many records a document gives, and whether it counts as parsed.
+  /// How many records a document has, and whether it counts as parsed.
   static std::pair<int, bool> Parsed(const std::wstring& path) {
     CXMLFileImport importer(path.c_str());
     int records = 0;
@@ -33,7 +33,7 @@ class AbbParse : public AbbTest {
   std::unique_ptr<CXMLFileImport> m_Importer;
 };
 
-TEST_F(AbbParse, a_plate_has_what_its_elements_say) {
+TEST_F(AbbParse, a_plate_has_the_values_of_its_elements) {
   const tagABB_PLATE_DATA& record = First(
       "<PLATE><COLOR> Red </COLOR><TOOLNAME>T1</TOOLNAME><WIDTH>4.25</WIDTH>"
       "<HEIGHT>2e0</HEIGHT><TEXTCOLOR>White</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME>"
@@ -64,7 +64,7 @@ TEST_F(AbbParse, a_plate_has_what_its_elements_say) {
   EXPECT_EQ(record.drillPoints.front()->diameter, 0.125);
 }
 
-TEST_F(AbbParse, what_is_missing_is_empty_or_0) {
+TEST_F(AbbParse, missing_values_are_empty_or_0) {
   const tagABB_PLATE_DATA& record = First("<PLATE><TEXT/><DRILLPOINT/></PLATE>");
   const tagABB_PLATE& plate = *record.plates.front();
   EXPECT_EQ(plate.color + plate.toolName + plate.textColor, L"");
@@ -127,7 +127,7 @@ TEST_F(AbbParse, without_plates_the_records_are_there_and_the_result_is_false) {
   EXPECT_EQ(Calls().Text(), "");
 }
 
-TEST_F(AbbParse, plates_may_stand_behind_the_plates_that_they_announce_and_in_another_template) {
+TEST_F(AbbParse, plates_may_come_after_the_plates_that_they_announce_and_in_another_template) {
   EXPECT_EQ(Parsed(Write("<r><ENGRAVINGTEMPLATE><PLATE/></ENGRAVINGTEMPLATE>"
                          "<other/><ENGRAVINGTEMPLATE><PLATE/><PLATES/></ENGRAVINGTEMPLATE></r>")),
             std::pair(2, true));
@@ -158,7 +158,7 @@ TEST_F(AbbParse, a_file_that_is_missing_or_is_no_document_gives_false) {
   EXPECT_EQ(Calls().Text(), "");
 }
 
-// Each place of a text, with the text put where the @ stands.
+// Each place of a text, with the text put in place of the @.
 constexpr const char* TextPlaces[] = {
     "<PLATE><COLOR>@</COLOR></PLATE>",
     "<PLATE><TOOLNAME>@</TOOLNAME></PLATE>",
@@ -186,7 +186,7 @@ TEST_F(AbbParse, a_text_has_at_most_255_characters) {
   }
 }
 
-TEST_F(AbbParse, a_text_that_is_too_long_is_told_in_the_log_with_its_element_and_length) {
+TEST_F(AbbParse, a_text_that_is_too_long_is_logged_with_its_element_and_length) {
   const std::wstring path = Write(Template(WithText(TextPlaces[3], 256)));
   EXPECT_EQ(CXMLFileImport(path.c_str()).ImportXMLFile(), 0);
   EXPECT_EQ(Log(), "[XML] " + m_Scratch.Path("plates.xml") +

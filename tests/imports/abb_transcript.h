@@ -4,11 +4,11 @@
 
 namespace rastrel::test {
 
-// Pieces of what an import of plate XML asks a host for, in the order in which it must ask. Each
+// Pieces of an import of plate XML's calls to a host, in the order in which it must make them. Each
 // ends in a line feed. The blank is 60 by 30 cm with its origin at the bottom left, page 1 is on
 // show.
 
-/// A new plate object of one pane behind its color: `P1`, `#2`, `10.16, 5.08`, its sheet layer.
+/// A new plate object of one pane after its color: `P1`, `#2`, `10.16, 5.08`, its sheet layer.
 inline std::string NewPlate(const std::string& name, const std::string& object,
                             const std::string& size, int layer,
                             const std::string& color = "RGB(255 0 0)") {

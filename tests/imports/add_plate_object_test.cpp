@@ -113,7 +113,7 @@ TEST_F(AddPlateObjectTest, a_refusal_at_once_adds_nothing_and_is_logged) {
             "\r\n");
 }
 
-TEST_F(AddPlateObjectTest, a_refusal_on_a_later_page_keeps_what_was_added) {
+TEST_F(AddPlateObjectTest, a_refusal_on_a_later_page_keeps_the_objects_added_before) {
   Calls().Next("NewGenericPlateObject", {1, 0});
   Calls().Next("CreatePanesWithOriginBottomLeft", {2});
   EXPECT_EQ(AddPlateObject(m_Document, m_Request), 2U);

@@ -21,7 +21,7 @@ class BoundedCopyTest : public rastrel::test::XmlTest {
   std::array<wchar_t, 6> m_Memory{};
 };
 
-TEST_F(BoundedCopyTest, what_leaves_room_for_the_terminator_fits) {
+TEST_F(BoundedCopyTest, a_text_that_leaves_room_for_the_terminator_fits) {
   for (const wchar_t* const value : {L"", L"ab", L"abc"}) {
     EXPECT_TRUE(BoundedCopy(Field(), value, L"NAME", L"a.xml"));
     EXPECT_STREQ(value, Field().data());
@@ -30,7 +30,7 @@ TEST_F(BoundedCopyTest, what_leaves_room_for_the_terminator_fits) {
   EXPECT_EQ(Reason(), "");
 }
 
-TEST_F(BoundedCopyTest, what_does_not_fit_is_neither_cut_nor_written) {
+TEST_F(BoundedCopyTest, a_text_that_does_not_fit_is_neither_cut_nor_written) {
   for (const wchar_t* const value : {L"abcd", L"abcde"}) {
     EXPECT_FALSE(BoundedCopy(Field(), value, L"NAME", L"a.xml"));
     EXPECT_STREQ(Field().data(), L"");

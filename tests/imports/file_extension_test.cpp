@@ -10,7 +10,7 @@ using rastrel::imports::ExtensionTrim;
 using rastrel::imports::FileExtension;
 using rastrel::imports::IsFileOfType;
 
-TEST(FileExtension, is_what_stands_behind_the_last_dot_of_the_name_in_lower_case) {
+TEST(FileExtension, is_the_part_after_the_last_dot_of_the_name_in_lower_case) {
   EXPECT_EQ(FileExtension(L"C:\\jobs\\plates.XML"), L"xml");
   EXPECT_EQ(FileExtension(L"a.b.Cro"), L"cro");
   EXPECT_EQ(FileExtension(L"plates.d/plates"), L"");

@@ -8,7 +8,7 @@ namespace {
 
 struct Answer {
   int type;
-  std::wstring name;  ///< what is left of it
+  std::wstring name;  ///< the rest of the name
   bool operator==(const Answer&) const = default;
 };
 
@@ -48,7 +48,7 @@ TEST(FontTypeOf, takes_a_name_without_a_dot_whole_with_type_2) {
   EXPECT_EQ(TypeOf(L""), (Answer{2, L""}));
 }
 
-TEST(FontTypeOf, cuts_at_the_last_dot_also_before_what_it_does_not_know) {
+TEST(FontTypeOf, cuts_at_the_last_dot_also_before_unknown_extensions) {
   EXPECT_EQ(TypeOf(L"a.shx.fnt"), (Answer{5, L"a.shx"}));
   EXPECT_EQ(TypeOf(L"St. Louis"), (Answer{2, L"St"}));
   EXPECT_EQ(TypeOf(L".pfb"), (Answer{3, L""}));

@@ -1,4 +1,4 @@
-// Text placing of the importers' base, and what the importer of plates has of it.
+// Text placing of the importers' base, and its use by the importer of plates.
 
 #include "rastrel/imports/text_placing.h"
 
@@ -34,7 +34,7 @@ class TextPlacing : public ::testing::Test {
   static constexpr NewWorldPt First{.x = 100, .y = 900};
   static constexpr NewWorldPt Second{.x = 2100, .y = 400};
 
-  /// Opens a text, closes it again, and gives what was asked of the host up to the closing.
+  /// Opens a text, closes it again, and returns the calls to the host up to the closing.
   std::string Opening(const wchar_t* justification, const wchar_t* lineFit) {
     Importer importer;
     Calls().Clear();

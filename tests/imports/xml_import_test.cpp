@@ -1,4 +1,4 @@
-// What importers have in common.
+// The importers' common base.
 
 #include "rastrel/imports/xml_import.h"
 

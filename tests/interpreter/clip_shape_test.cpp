@@ -20,7 +20,7 @@ ClipPosition PositionOf(const std::string& clip, const std::vector<PixelPoint>& 
   return judge.Position();
 }
 
-TEST(ClipShape, of_a_rectangle_holds_what_lies_in_it_or_on_its_border) {
+TEST(ClipShape, of_a_rectangle_holds_points_in_it_or_on_its_border) {
   for (const std::string& clip : {Box, std::string("m 10 10 l 10 60 l 90 60 l 90 10 l 10 10 h "),
                                   std::string("m 90 60 l 10 60 l 10 60 l 10 10 l 90 10 ")}) {
     SCOPED_TRACE(clip);

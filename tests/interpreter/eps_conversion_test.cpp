@@ -42,7 +42,7 @@ TEST(EpsConversion, a_file_becomes_a_pdf) {
 // "For at most a minute" (docs/formats/pictures.md).
 TEST(EpsConversion, a_file_has_a_minute_by_default) { EXPECT_EQ(EpsLimits().time, 60s); }
 
-TEST(EpsConversion, an_error_in_the_file_is_told_in_the_interpreters_words) {
+TEST(EpsConversion, an_error_in_the_file_is_reported_by_the_interpreters_message) {
   EXPECT_TRUE(Says(Refusal(EpsFile("nonsense\n")), "Error: /undefined in nonsense"));
 }
 
@@ -135,7 +135,7 @@ TEST(EpsConversion, the_users_options_for_the_interpreter_stay_outside) {
       << refusal;
 }
 
-TEST(EpsConversion, a_machine_that_can_not_start_it_is_told) {
+TEST(EpsConversion, a_machine_that_can_not_start_it_is_reported) {
   {
     const os::SystemCallsGuard guard;
     os::Calls().memory_file = [](const char*, unsigned) {

@@ -44,7 +44,7 @@ Guardian StartGuardian() {
   return std::move(*guardian);
 }
 
-TEST(Guardian, removes_what_a_killed_process_was_making) {
+TEST(Guardian, removes_files_that_a_killed_process_was_making) {
   const test::ScratchDirectory directory;
   RunApart([&] {
     Guardian guardian = StartGuardian();
@@ -57,7 +57,7 @@ TEST(Guardian, removes_what_a_killed_process_was_making) {
   EXPECT_EQ(directory.Read("other"), "y");
 }
 
-TEST(Guardian, leaves_what_was_let_go_of) {
+TEST(Guardian, leaves_files_that_were_released) {
   const test::ScratchDirectory directory;
   RunApart([&] {
     Guardian guardian = StartGuardian();
@@ -95,7 +95,7 @@ TEST(Guardian, clears_away_at_an_ordinary_end_too) {
   EXPECT_FALSE(directory.Has("one"));
 }
 
-TEST(Guardian, removes_a_link_and_not_what_it_leads_to) {
+TEST(Guardian, removes_a_link_and_not_its_target) {
   const test::ScratchDirectory directory;
   directory.Write("kept/file", "x");
   {
@@ -152,7 +152,7 @@ TEST(GuardedProcess, dies_with_the_process_that_started_it) {
   EXPECT_EQ(directory.Read("grandchild").size(), written);
 }
 
-TEST(GuardedProcess, tells_how_the_program_ended) {
+TEST(GuardedProcess, returns_how_the_program_ended) {
   auto guardian = Guardian::Start(false);
   ASSERT_TRUE(guardian);
   auto leaving = GuardedProcess::Start(Shell("exit 7"), *guardian);

@@ -25,7 +25,7 @@ std::string BinaryHeader(std::uint32_t offset, std::uint32_t length) {
          "\xFF\xFF";
 }
 
-TEST(JobKind, of_postscript_is_told_by_its_first_line) {
+TEST(JobKind, of_postscript_is_known_by_its_first_line) {
   const JobLayout layout = Layout(PlainJob);
   EXPECT_EQ(layout.kind, JobKind::PostScript);
   EXPECT_EQ(layout.offset, 0U);
@@ -34,7 +34,7 @@ TEST(JobKind, of_postscript_is_told_by_its_first_line) {
   EXPECT_FALSE(layout.wrapped);
 }
 
-TEST(JobKind, of_eps_is_told_by_its_first_line_with_any_line_end) {
+TEST(JobKind, of_eps_is_known_by_its_first_line_with_any_line_end) {
   EXPECT_EQ(Layout(EpsJob).kind, JobKind::Eps);
   EXPECT_EQ(Layout("%!PS-Adobe-2.0 EPSF-1.2").kind, JobKind::Eps);
   EXPECT_EQ(Layout("%!PS-Adobe-3.0\n% EPSF\n").kind, JobKind::PostScript);
@@ -49,7 +49,7 @@ TEST(JobKind, of_eps_with_an_empty_box_is_postscript) {
   EXPECT_EQ(Layout(header).kind, JobKind::Eps);
 }
 
-TEST(JobKind, leaves_out_what_stands_before_the_header) {
+TEST(JobKind, leaves_out_the_bytes_before_the_header) {
   for (const std::string before :
        {"\xEF\xBB\xBF", "\x04", "\n\n  \t", "%%Title: from a host\n% more\r\n",
         "\x04\r\n%%Creator: x\n\n"}) {

@@ -78,7 +78,7 @@ TEST(PageStream, of_nothing_has_no_page_and_no_fault) {
   EXPECT_TRUE(collector.m_Pages.empty());
 }
 
-TEST(PageStream, refuses_what_is_no_image) {
+TEST(PageStream, refuses_bytes_that_are_no_image) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"P4\n8 1\n255\n", "an image of another kind"},
       {"forged\n", "an image of another kind"},
@@ -107,7 +107,7 @@ TEST(PageStream, ends_without_a_reason_of_its_own_when_the_receiver_says_so) {
   EXPECT_EQ(collector.m_Pages.size(), 1U);
 }
 
-TEST(PageStream, tells_how_much_of_the_page_has_come) {
+TEST(PageStream, reports_how_much_of_the_page_has_come) {
   Collector collector;
   PageStream stream(collector);
   EXPECT_EQ(stream.PresentShare(), 0);

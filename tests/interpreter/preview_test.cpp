@@ -37,7 +37,7 @@ Picture ReadPng(const std::string& path) {
   return picture;
 }
 
-// A picture of a page whose pixels a function gives.
+// A picture of a page whose pixels come from a function.
 template <typename Pixel>
 Picture Make(const PageSize& size, Pixel pixel) {
   const test::ScratchDirectory directory;

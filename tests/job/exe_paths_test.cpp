@@ -20,7 +20,7 @@ using rastrel::test::TestHost;
 
 class ExePaths : public LibraryTest {
  protected:
-  // The paths that the present configuration gives.
+  // The paths of the present configuration.
   static const CExePaths& Paths() {
     LibraryRoot::Forget();
     return CExePaths::Instance();

@@ -86,7 +86,7 @@ class Generator {
   }
 
   Argument Floating(wchar_t letter) {
-    // Streams write "inf" in lower case under fixed notation whatever they are told, so not under
+    // Streams write "inf" in lower case under fixed notation whatever their flags are, so not under
     // F.
     if (letter != L'F' && Below(30) == 0) return std::numeric_limits<double>::infinity();
     if (letter != L'F' && Below(30) == 0) return std::numeric_limits<double>::quiet_NaN();

@@ -23,7 +23,7 @@ TEST(FormatString, is_a_wide_string_with_a_virtual_destructor) {
   EXPECT_EQ(sizeof(void*) + sizeof(std::wstring), sizeof(formatstringT<wchar_t>));
 }
 
-TEST(FormatString, replaces_what_was_there) {
+TEST(FormatString, replaces_the_existing_text) {
   EXPECT_EQ(Formatted(L""), L"");
   EXPECT_EQ(Formatted(L"plain \u20ac\ttext\n"), L"plain \u20ac\ttext\n");
 }

@@ -54,7 +54,7 @@ TEST(LevelsData, another_version_stops_behind_the_version) {
   EXPECT_EQ(levels.High, 255.0);
 }
 
-TEST(LevelsData, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) {
+TEST(LevelsData, a_record_cut_at_any_byte_raises_and_keeps_fields_read_whole) {
   const Bytes whole = Hex(LevelsRecord);
   for (std::size_t length = 0; length < whole.size(); ++length) {
     CLevelsData levels;

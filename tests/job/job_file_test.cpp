@@ -80,7 +80,7 @@ TEST_F(JobFile, the_size_is_that_of_the_file_and_0_without_one) {
   EXPECT_EQ(FileOf(L"", L"").GetSize(), 0);
 }
 
-TEST_F(JobFile, a_size_beyond_32_bits_is_told_whole) {
+TEST_F(JobFile, a_size_beyond_32_bits_is_returned_whole) {
   m_Library.Directory().Write("large.ps", "");
   std::filesystem::resize_file(m_Library.Directory().Path("large.ps"), 5'000'000'000);
   EXPECT_EQ(FileOf(m_Library.Directory().Wide() + L"/", L"large.ps").GetSize(), 5'000'000'000);

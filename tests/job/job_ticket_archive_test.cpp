@@ -38,7 +38,7 @@ std::wstring PageOf(const CJobTicket& ticket, std::size_t index) {
   return index < ticket.m_Pages.size() ? std::to_wstring(ticket.m_Pages[index]) : L"(none)";
 }
 
-// The record of the ticket that Filled gives, byte by byte.
+// The record of the ticket that Filled returns, byte by byte.
 std::vector<Item> TicketItems() {
   const auto text = [](bool value) { return std::wstring(value ? L"yes" : L"no"); };
   return {
@@ -211,7 +211,7 @@ TEST_F(JobTicketArchive, pages_come_back_below_the_spool_of_the_loading_machine)
   EXPECT_EQ(ticket.m_CFMFile.TotalSize, 0x0102030405);
 }
 
-TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_what_was_read_whole) {
+TEST_F(JobTicketArchive, a_record_cut_at_any_byte_raises_and_keeps_fields_read_whole) {
   const Bytes whole = GoldenTicket();
   const std::vector<Item> items = TicketItems();
   CJobTicket loaded;

@@ -116,7 +116,7 @@ TEST_F(JobTicketFiles, the_size_of_an_empty_page_list_is_not_asked_for) {
   EXPECT_EQ(ticket.GetSizeOnDisk(1, 1, 1), 0);
 }
 
-TEST_F(JobTicketFiles, what_is_missing_counts_0) {
+TEST_F(JobTicketFiles, a_missing_file_counts_0) {
   CJobTicket ticket;
   ticket.m_JobFile.Directory = m_Scratch.Wide() + L"\\";
   ticket.m_JobFile.FileName = L"missing.ps";

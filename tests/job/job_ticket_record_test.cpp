@@ -245,7 +245,7 @@ TEST_F(JobTicketRecord, is_made_by_its_run_time_class) {
   EXPECT_NE(dynamic_cast<CJobTicket*>(other.get()), nullptr);
 }
 
-TEST_F(JobTicketRecord, accessors_give_what_was_set) {
+TEST_F(JobTicketRecord, accessors_return_the_values_set) {
   CVKJobTicket ticket;
   ticket.SetDPI(300);
   ticket.SetScale(false);

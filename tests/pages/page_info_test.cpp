@@ -61,10 +61,12 @@ std::string Replaced(std::string text, const std::string& old, const std::string
   return text.replace(at, old.size(), fresh);
 }
 
-// The subject of the failure that reading gives, or "read".
+// The line and the reason of the failure to read a text, or "read".
 std::string Complaint(const std::string& text) {
   const auto info = pages::ParsePageInfo(text);
-  return info ? "read" : info.Error().where;
+  if (info) return "read";
+  EXPECT_EQ(info.Error().error, EINVAL);
+  return "line " + std::to_string(info.Error().line) + ": " + info.Error().why;
 }
 
 TEST(PageInfo, is_written_line_by_line) { EXPECT_EQ(pages::FormatPageInfo(Sample()), SampleText); }
@@ -166,6 +168,9 @@ TEST(PageInfo, is_read_from_its_directory) {
   EXPECT_TRUE(pages::ReadPageInfo(directory.Path() + "/"));
   directory.Write(".info", std::string(2000000, 'x'));
   EXPECT_EQ(pages::ReadPageInfo(directory.Path()).Error().error, EFBIG);
+  directory.Write(".info", "Rastrel page 1\nprinter: \n");
+  EXPECT_EQ(Describe(pages::ReadPageInfo(directory.Path()).Error()),
+            "read page info '" + directory.Path() + "/.info:2': \"job: \" expected");
 }
 
 }  // namespace

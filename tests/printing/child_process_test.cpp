@@ -11,6 +11,7 @@
 #include <string>
 #include <type_traits>
 
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/failing_memory.h"
@@ -40,7 +41,7 @@ class CpHelper : public LibraryTest {
     return m_Scratch.Wide(name);
   }
 
-  // Starts it with its output in a file, waits for its end, and gives the output.
+  // Starts it with its output in a file, waits for its end, and returns the output.
   std::string OutputOf(CCPHelper& helper) const {
     const int output =
         ::open(m_Scratch.Path("output").c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
@@ -219,6 +220,14 @@ TEST_F(CpHelper, a_failed_start_leaves_no_descriptor) {
   const std::size_t before = rastrel::test::OpenDescriptors();
   for (int round = 0; round < 10; ++round) EXPECT_FALSE(helper.Start());
   EXPECT_EQ(before, rastrel::test::OpenDescriptors());
+}
+
+TEST_F(CpHelper, the_child_gets_a_relative_data_root_as_this_process_sees_it) {
+  const EnvironmentGuard root("RASTREL_HOME", "relative/root");
+  const std::string seen = rastrel::os::DataRoot();
+  EXPECT_TRUE(seen.starts_with('/') && seen.ends_with("/relative/root")) << seen;
+  CCPHelper helper(Program("tool", "printf '%s' \"$RASTREL_HOME\"\n"));
+  EXPECT_EQ(OutputOf(helper), seen);
 }
 
 TEST_F(CpHelper, without_memory_for_the_environment_it_says_so_and_starts_nothing) {

@@ -4,6 +4,8 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <csignal>
 #include <fstream>
 #include <thread>
 
@@ -144,6 +146,45 @@ TEST_F(ManyJobs, eight_at_a_time_of_which_some_are_aborted_keep_nothing) {
   for (std::thread& worker : workers) worker.join();
   EXPECT_EQ(wrong, 0);
   ExpectFlat(before);
+}
+
+// Hosts that leave no child to anybody else.
+
+class ChildSignal {
+ public:
+  explicit ChildSignal(void (*handler)(int), int flags = 0) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    ::sigaction(SIGCHLD, &action, &m_Old);
+  }
+  ~ChildSignal() { ::sigaction(SIGCHLD, &m_Old, nullptr); }
+  ChildSignal(const ChildSignal&) = delete;
+  ChildSignal& operator=(const ChildSignal&) = delete;
+
+ private:
+  struct sigaction m_Old {};
+};
+
+TEST_F(ManyJobs, of_a_host_that_ignores_the_signal_of_children_succeed) {
+  const ChildSignal ignored(SIG_IGN);
+  EXPECT_TRUE(PrintAtOnce(Jobs / AtOnce));
+}
+
+TEST_F(ManyJobs, of_a_host_that_wants_no_zombies_succeed) {
+  const ChildSignal noZombies(SIG_DFL, SA_NOCLDWAIT);
+  EXPECT_TRUE(PrintAtOnce(Jobs / AtOnce));
+}
+
+TEST_F(ManyJobs, of_a_host_that_waits_for_every_child_succeed) {
+  std::atomic<bool> over = false;
+  std::thread other([&over] {
+    while (!over)
+      if (::waitpid(-1, nullptr, 0) < 0) ::usleep(100);
+  });
+  EXPECT_TRUE(PrintAtOnce(Jobs / AtOnce));
+  over = true;
+  other.join();
 }
 
 TEST_F(ManyJobs, that_fail_keep_nothing) {

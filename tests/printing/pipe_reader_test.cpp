@@ -99,7 +99,7 @@ TEST_F(PipeReader, waiting_for_a_reader_whose_thread_could_not_be_made_returns_a
   EXPECT_EQ(Logged(), "");
 }
 
-TEST_F(PipeReader, no_semaphore_is_told_in_the_log) {
+TEST_F(PipeReader, no_semaphore_is_reported_in_the_log) {
   const os::SystemCallsGuard guard;
   os::Calls().eventfd = [](unsigned, int) {
     errno = EMFILE;
@@ -111,7 +111,7 @@ TEST_F(PipeReader, no_semaphore_is_told_in_the_log) {
   EXPECT_EQ(Logged(), "[Print]: Couldn't set up synchronization");
 }
 
-TEST_F(PipeReader, a_semaphore_that_can_not_be_locked_is_told_in_the_log) {
+TEST_F(PipeReader, a_semaphore_that_can_not_be_locked_is_reported_in_the_log) {
   const os::SystemCallsGuard guard;
   os::Calls().poll = [](pollfd*, nfds_t, int) {
     errno = ENOMEM;
@@ -122,7 +122,7 @@ TEST_F(PipeReader, a_semaphore_that_can_not_be_locked_is_told_in_the_log) {
   EXPECT_EQ(Logged(), "[Print]: Couldn't set up synchronization");
 }
 
-TEST_F(PipeReader, a_read_that_fails_is_told_with_its_error_and_ends_the_reader) {
+TEST_F(PipeReader, a_read_that_fails_is_reported_with_its_error_and_ends_the_reader) {
   HANDLE notReadable = m_Write;
   CRipOutReader reader(&notReadable);
   EXPECT_TRUE(reader.Start());

@@ -1,4 +1,4 @@
-// Where a job's pages go when they are kept, and what happens if they can't.
+// The folder of a job's kept pages, and the failure if it can't be had.
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,10 @@ class SpooledJob : public rastrel::test::PrintTest {
   SpooledJob() { RequestSpool(); }
   [[nodiscard]] Lines Spool() const { return Tree("Queue/rip/CFM"); }
   void ExpectFailure() {
-    EXPECT_EQ(m_Ticket.m_Told.Stages(), "7,1,2,3,4,5,6,8");
-    EXPECT_EQ(Errors(), Lines{"13 system"});
-    EXPECT_EQ(End(), "3 13");
+    EXPECT_EQ(m_Ticket.m_Told.Stages(),
+              "started, ripping, ripped, printing, printed, spooling, spooled, completed");
+    EXPECT_EQ(Errors(), Lines{"system: spool output"});
+    EXPECT_EQ(End(), "holding: spool output");
     EXPECT_TRUE(HasLogged("[Print]: CFM spooling failed. Deleting CFM. Aborting."));
     const Lines lines = m_Ticket.m_Told.Behind("Log ");
     EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
@@ -45,7 +46,7 @@ TEST_F(SpooledJob, takes_a_directory_that_is_there_already_and_writes_over_its_p
   Root().Write("Queue/rip/CFM/sign.cfm/A/old", "old");
   Root().Write("Queue/rip/CFM/sign.cfm/C/other", "other");
   Print();
-  EXPECT_EQ(End(), "4 0");
+  EXPECT_EQ(End(), "active: no error");
   EXPECT_EQ(Spool(), (Lines{"sign.cfm/", "sign.cfm/A/", "sign.cfm/A/pixels", "sign.cfm/B/",
                             "sign.cfm/B/pixels", "sign.cfm/C/", "sign.cfm/C/other"}));
 }
@@ -54,13 +55,13 @@ TEST_F(SpooledJob, makes_a_read_only_directory_writable) {
   std::filesystem::create_directory(Root().Path("Queue/rip/CFM/sign.cfm"));
   std::filesystem::permissions(Root().Path("Queue/rip/CFM/sign.cfm"), std::filesystem::perms(0555));
   Print();
-  EXPECT_EQ(End(), "4 0");
+  EXPECT_EQ(End(), "active: no error");
   EXPECT_EQ(Spool(), BothPages);
   EXPECT_EQ(std::filesystem::status(Root().Path("Queue/rip/CFM/sign.cfm")).permissions(),
             std::filesystem::perms(0755));
 }
 
-TEST_F(SpooledJob, tells_of_a_directory_that_it_can_not_ask_and_goes_on) {
+TEST_F(SpooledJob, reports_a_directory_that_it_can_not_ask_and_goes_on) {
   std::filesystem::remove_all(Root().Path("Queue/rip/CFM"));
   Root().Write("Queue/rip/CFM", "a file where the spool should be");
   Print();
@@ -69,7 +70,7 @@ TEST_F(SpooledJob, tells_of_a_directory_that_it_can_not_ask_and_goes_on) {
   ExpectFailure();
 }
 
-TEST_F(SpooledJob, tells_of_attributes_that_it_can_not_set_and_goes_on) {
+TEST_F(SpooledJob, reports_attributes_that_it_can_not_set_and_goes_on) {
   // A directory of the kernel's, read-only for everybody, whose mode nobody may change.
   std::filesystem::create_directory_symlink("/proc/self/fd", Root().Path("Queue/rip/CFM/sign.cfm"));
   Print();
@@ -98,7 +99,7 @@ TEST_F(SpooledJob, of_which_one_page_can_not_be_moved_keeps_none) {
 TEST_F(SpooledJob, without_a_spool_root_makes_it) {
   std::filesystem::remove_all(Root().Path("Queue/rip/CFM"));
   Print();
-  EXPECT_EQ(End(), "4 0");
+  EXPECT_EQ(End(), "active: no error");
   EXPECT_EQ(Spool(), BothPages);
 }
 

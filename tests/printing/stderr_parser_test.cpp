@@ -139,7 +139,7 @@ TEST(StderrProgress, zero_is_only_logged) {
   EXPECT_EQ(ToldOf("PROGRESS: 0%\n"), (Lines{"Log [Rip]PROGRESS: 0%"}));
 }
 
-TEST(StderrProgress, what_is_no_number_is_only_logged) {
+TEST(StderrProgress, a_text_that_is_no_number_is_only_logged) {
   for (const char* line : {"PROGRESS: %", "PROGRESS: x%", "PROGRESS: x5%", "PROGRESS: -%",
                            "PROGRESS: + 5%", "PROGRESS: --5%", "PROGRESS: .5%"})
     EXPECT_EQ(ToldOf(std::string(line) + "\n"), (Lines{std::string("Log [Rip]") + line}));
@@ -172,7 +172,7 @@ TEST(StderrProgress, a_number_whose_low_16_bits_are_zero_is_only_logged) {
   EXPECT_EQ(ToldOf("PROGRESS: 65536%\n"), (Lines{"Log [Rip]PROGRESS: 65536%"}));
 }
 
-TEST(StderrProgress, what_stands_behind_the_first_percent_sign_is_not_looked_at) {
+TEST(StderrProgress, text_after_the_first_percent_sign_is_not_looked_at) {
   EXPECT_EQ(ToldOf("PROGRESS: 5% 77%\n").back(), "Progress 5 rip");
   EXPECT_EQ(ToldOf("PROGRESS: 5%s%n\n"), (Lines{"Log [Rip]PROGRESS: 5%s%n", "Progress 5 rip"}));
 }
@@ -231,7 +231,7 @@ TEST(StderrLines, without_an_end_are_neither_logged_nor_parsed) {
   EXPECT_EQ(ToldOf("a\nINFO: READY"), (Lines{"Log [Rip]a"}));
 }
 
-TEST(StderrLines, lose_what_stands_behind_a_zero_byte_of_their_piece) {
+TEST(StderrLines, lose_the_text_after_a_zero_byte_of_their_piece) {
   EXPECT_EQ(Parser().Take(std::string_view("a\nb\0c\nd\n", 8)).Take("e\n").Told(),
             (Lines{"Log [Rip]a", "Log [Rip]be"}));
   EXPECT_EQ(ToldOf(std::string_view("\0a\n", 3)), Lines{});

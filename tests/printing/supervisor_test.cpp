@@ -150,12 +150,12 @@ TEST_F(SupervisedChild, that_never_ran_leaves_nothing) {
   EXPECT_EQ(Logged(), Lines{});
 }
 
-TEST_F(SupervisedChild, tells_a_status_by_its_result) {
+TEST_F(SupervisedChild, reports_a_status_by_its_result) {
   Rip("exit 3\n");
   EXPECT_FALSE(RunRip(nullptr));
   Engine("cat > /dev/null; exit 1\n");
   EXPECT_FALSE(RunEngine());
-  EXPECT_EQ(Errors(), (Lines{"260 rip", "261 odalis"}));
+  EXPECT_EQ(Errors(), (Lines{"rip: rip status 3", "odalis: odalis status 1"}));
   m_Ticket.SetRIPInstallJob();
   Rip("exit 1\n");
   EXPECT_TRUE(RunRip(nullptr));
@@ -174,7 +174,7 @@ TEST_F(SupervisedChild, has_no_engine_to_run_when_the_jobs_pages_vanish) {
                    "Log (*v*)Spool file is missing", "Log CFM missing. Aborting.",
                    "Log Printing done", "Info 8 system", "Log (*v*)Processing Completed"}));
   EXPECT_TRUE(HasLogged("[Print]: CFM missing. Aborting."));
-  EXPECT_EQ(End(), "3 17");
+  EXPECT_EQ(End(), "holding: spool missing");
 }
 
 TEST_F(SupervisedChild, has_a_long_line_cut_in_the_job_log_and_whole_for_its_reader) {
@@ -187,7 +187,7 @@ TEST_F(SupervisedChild, has_a_long_line_cut_in_the_job_log_and_whole_for_its_rea
   EXPECT_EQ(m_Ticket.m_Told.Behind("Warning "), Lines{"\"" + std::string(5000, 'x') + "\" rip"});
 }
 
-TEST_F(SupervisedChild, tells_of_an_abandoned_abort_semaphore) {
+TEST_F(SupervisedChild, reports_an_abandoned_abort_semaphore) {
   CRealPrintingThread rip(&m_Ticket, &m_Semaphore, &m_Abort, &m_Document, nullptr);
   PrivateMember(rastrel::test::AbortAbandoned())(rip);
   CRealReprintingThread engine(&m_Semaphore, &m_Abort, &m_Document, &m_Ticket);

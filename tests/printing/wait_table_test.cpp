@@ -46,7 +46,7 @@ TEST(WaitTable, gives_the_handles_in_the_order_of_its_entries) {
   EXPECT_EQ(HandlesOf(table), (std::vector<HANDLE>{30, 10, 20}));
 }
 
-TEST(WaitTable, gives_what_the_variables_hold_now) {
+TEST(WaitTable, returns_the_present_values_of_the_variables) {
   HANDLE handle = 5;
   CWaitTable table;
   table.Add(&handle, Probe::Signaled, Probe::Abandoned);
@@ -131,7 +131,7 @@ TEST_F(WaitResult, below_128_calls_the_signalled_reaction_of_its_entry) {
   EXPECT_EQ(ReactionTo(1), "other ");
 }
 
-TEST_F(WaitResult, below_128_without_an_entry_is_told_as_unexpected) {
+TEST_F(WaitResult, below_128_without_an_entry_is_reported_as_unexpected) {
   for (const std::uint32_t result : {2U, 63U, 64U, 127U})
     EXPECT_EQ(ReactionTo(result), UnexpectedSignal);
 }
@@ -141,7 +141,7 @@ TEST_F(WaitResult, from_128_calls_the_abandoned_reaction_of_its_entry) {
   EXPECT_EQ(ReactionTo(129), "other abandoned ");
 }
 
-TEST_F(WaitResult, from_128_without_an_entry_is_told_as_unexpected) {
+TEST_F(WaitResult, from_128_without_an_entry_is_reported_as_unexpected) {
   for (const std::uint32_t result : {130U, 192U, 257U})
     EXPECT_EQ(ReactionTo(result), UnexpectedAbandon);
 }
@@ -150,7 +150,7 @@ TEST_F(WaitResult, from_258_is_passed_over) {
   for (const std::uint32_t result : {258U, 259U, 0xFFFFFFFEU}) EXPECT_EQ(ReactionTo(result), "");
 }
 
-TEST_F(WaitResult, of_a_failed_wait_is_told_with_the_systems_error) {
+TEST_F(WaitResult, of_a_failed_wait_is_reported_with_the_systems_error) {
   CAppLog::Instance();
   errno = ENOMEM;
   Probe probe;

@@ -83,7 +83,7 @@ TEST(GetBounds, a_cut_line_goes_on_as_a_line_behind_the_lost_byte) {
   EXPECT_EQ(ScannedFile(Head + std::string(100 * 4097 + 1, 'x') + tail).Bounds(), "none");
 }
 
-TEST(GetBoundsAndStrings, a_last_line_without_an_end_runs_on_into_what_the_readings_before_left) {
+TEST(GetBoundsAndStrings, a_last_line_without_an_end_runs_on_into_bytes_of_earlier_readings) {
   // Three readings, at 0, 24 and 29, of 55, 31 and 26 bytes. After the last one's 26 are bytes
   // 26 to 30 of the second, which are the file's last five, and bytes 31 to 54 of the first, which
   // are its last 24; then comes a zero.

@@ -60,7 +60,7 @@ TEST(Corpus, every_file_cut_short_is_scanned_as_the_literal_scans_do) {
   }
 }
 
-TEST(Corpus, the_kind_is_what_the_table_says_of_the_first_line) {
+TEST(Corpus, the_kind_agrees_with_the_table_of_first_lines) {
   for (const fs::path& file : FilesOf({"eps", "doseps", "ps"})) {
     const std::string header = Fact(file, HeaderColumn);
     EXPECT_EQ(IsPostscriptFile(file.wstring().c_str()), header.starts_with("%!PS-Adobe")) << file;

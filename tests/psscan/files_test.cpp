@@ -178,7 +178,7 @@ TEST(CPSParser, a_file_of_2_to_4_gib_is_read_through_and_a_larger_one_jumps) {
   CSpotMatchList list;
   EXPECT_TRUE(CPSParser(scratch.Wide("negative.eps").c_str()).LoadSpotMatchItems(&list));
   EXPECT_EQ(list.size(), 1U);
-  // Behind the first GiB less one MiB there is nothing but zeros: 4 GiB of empty lines would have
+  // After the first GiB less one MiB there is nothing but zeros: 4 GiB of empty lines would have
   // to be read for an end, so it gets one near the jump's target.
   const int file = ::open(scratch.Path("wrapped.eps").c_str(), O_WRONLY);
   const std::string found = "\n%%DocumentCustomColors: B\n%%RGBCustomColor: 1 1 1 B\n%%EOF\n";

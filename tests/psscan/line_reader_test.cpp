@@ -111,7 +111,7 @@ TEST(LineReader, seeking_within_and_out_of_the_window_gives_the_same_lines) {
   EXPECT_EQ(in.NextLine(), "158000 ----");
 }
 
-TEST(LineReader, every_reading_leaves_what_the_literal_one_leaves) {
+TEST(LineReader, every_reading_leaves_the_same_as_the_literal_one) {
   rastrel::test::PsScanFiles files(7);
   for (int file = 0; file < 400; ++file) {
     const std::string content = files.Next();

@@ -41,7 +41,7 @@ TEST(FindEPSStart, the_last_letter_is_found_far_from_the_end) {
     EXPECT_EQ(ScannedFile("%!123a" + std::string(zeros, '.')).Start(), "0 6") << zeros;
 }
 
-TEST(FindEPSStart, a_dos_header_tells_offset_and_length) {
+TEST(FindEPSStart, a_dos_header_has_offset_and_length) {
   EXPECT_EQ(ScannedFile(DosSignature + Word(30) + Word(17) + std::string(18, 'x')).Start(),
             "30 17");
   EXPECT_EQ(ScannedFile(DosSignature + Word(0xFFFFFFFF) + Word(0x80000000)).Start(),

@@ -131,7 +131,7 @@ TEST(LoadSpotMatchItems, a_color_comment_on_the_very_last_line_is_not_read) {
       "");
 }
 
-TEST(LoadSpotMatchItems, what_the_list_held_stays_in_front) {
+TEST(LoadSpotMatchItems, earlier_items_of_the_list_stay_in_front) {
   CSpotMatchList list;
   CSpotMatchItem before;
   before.SetName(L"before");
@@ -193,7 +193,7 @@ TEST(LoadSpotItemsAndBounds, an_empty_line_ends_a_header_whose_names_are_deferre
   EXPECT_EQ(ScannedFile(content).SpotsWithBounds(), "A=1,0,0,0|B=0,0,255");
 }
 
-TEST(CVKColor, a_color_keeps_what_was_set) {
+TEST(CVKColor, a_color_keeps_the_values_set) {
   CVKColor color;
   const double value = 0.25;
   color.SetColor(value, 2, -1, 0.5, COLORSPACE_CMYK);

@@ -125,7 +125,7 @@ TEST(GetEPStext, an_escape_takes_all_that_its_number_consumed) {
   EXPECT_EQ(Text("(a\\-b)"), "6 a<0>b");
 }
 
-TEST(GetEPStext, what_an_escape_gave_is_not_looked_at_again) {
+TEST(GetEPStext, a_character_from_an_escape_is_not_looked_at_again) {
   EXPECT_EQ(Text("(a\\92\\065)"), "10 a\\A");
   EXPECT_EQ(Text("(a\\\\065)"), "8 a\\065");
 }
@@ -146,7 +146,7 @@ TEST(NumberOf, the_start_of_a_text_counts) {
   EXPECT_EQ(NumberOf(L"2e+"), 2);
 }
 
-TEST(NumberOf, what_is_no_number_is_0) {
+TEST(NumberOf, a_text_that_is_no_number_is_0) {
   for (const wchar_t* text :
        {L"", L" ", L"x", L"-", L"+-1", L"--1", L".", L"e5", L"inf", L"nan", L"\x0661", L"(1"})
     EXPECT_EQ(NumberOf(text), 0) << text;
@@ -155,7 +155,7 @@ TEST(NumberOf, what_is_no_number_is_0) {
   EXPECT_TRUE(std::signbit(NumberOf(L"-0")));
 }
 
-TEST(NumberOf, what_does_not_fit_is_infinite_or_0) {
+TEST(NumberOf, a_number_that_does_not_fit_is_infinite_or_0) {
   const double infinity = std::numeric_limits<double>::infinity();
   EXPECT_EQ(NumberOf(L"1e999"), infinity);
   EXPECT_EQ(NumberOf(L"-1e999"), -infinity);

@@ -223,7 +223,7 @@ TEST(CarData, a_second_file_is_appended_and_one_that_is_refused_adds_nothing) {
   EXPECT_EQ(Text(cars), "a() b() c()");
 }
 
-// A random library and, made beside it, the text that it must give.
+// A random library and, made beside it, the text that it must become.
 struct RandomLibrary {
   explicit RandomLibrary(unsigned seed) : random(seed) {
     for (int count = Up(4); count > 0; --count) {

@@ -313,7 +313,7 @@ TEST(TrademarkChart, a_name_too_long_in_an_entry_that_does_not_match_is_no_matte
       "g.eps");
 }
 
-TEST(TrademarkChart, asking_again_changes_the_file_and_not_what_the_constructor_found) {
+TEST(TrademarkChart, asking_again_changes_the_file_and_not_the_constructors_values) {
   const WrittenFile file("<TRADEMARKCHART><FILES>" + Gull + "</FILES></TRADEMARKCHART>");
   Question gull = L"Gull";
   Question fine = L"Fine";
@@ -469,7 +469,7 @@ TEST(CopyrightChart, the_last_child_of_a_name_counts_and_an_empty_one_does_not) 
   EXPECT_EQ(Copyright(entry, L"5"), "4");
 }
 
-TEST(CopyrightChart, numbers_never_follow_the_locale_and_what_is_none_is_0) {
+TEST(CopyrightChart, numbers_never_follow_the_locale_and_other_texts_are_0) {
   const rastrel::test::CommaLocale locale;
   EXPECT_EQ(Copyright(Entry("0,9", "1.5"), L"5"), "1.5");
   EXPECT_EQ(Copyright(Entry("0,9", "large"), L"5"), "0");
@@ -526,7 +526,7 @@ TEST(Charts, each_example_answers) {
   EXPECT_EQ(CapsOf(ExamplePath("charts/capitals.xml")), "words:McArthur:deVries:O'Neill");
 }
 
-TEST(Charts, a_reader_is_deleted_as_what_it_is) {
+TEST(Charts, a_reader_is_deleted_as_its_own_type) {
   struct Derived : CHFontXMLReader {
     Derived(wchar_t* font, bool& flag) : CHFontXMLReader(font, nullptr, nullptr), gone(flag) {}
     ~Derived() override { gone = true; }

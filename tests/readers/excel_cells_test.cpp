@@ -1,4 +1,4 @@
-// What becomes of rows, cells and shared strings of a sheet.
+// Rows, cells and shared strings of a sheet as text.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ class ExcelCells : public rastrel::test::LibraryTest {
   std::string Row(const std::string& cells) {
     return m_Folder.ImportRows("<row>" + cells + "</row>").value_or("(failed)");
   }
-  // What a value of column A becomes.
+  // The text of a value in column A.
   std::string Value(const std::string& value, const std::string& type = {}) {
     const std::string text =
         m_Folder
@@ -47,7 +47,7 @@ TEST_F(ExcelCells, the_letter_may_stand_anywhere_in_the_reference) {
 }
 
 TEST_F(ExcelCells, a_reference_behind_the_letter_passes_over_all_letters) {
-  // B1 in the first place: A is missing. A1 behind it is looked for from C on, to Z.
+  // B1 in the first place: A is missing. A1 after it is looked for from C on, to Z.
   EXPECT_EQ(Row("<c r='B1'><v>1</v></c><c r='A1'><v>2</v></c><c r='C1'><v>3</v></c>"),
             "1\t" + std::string(24, '\t') + "2\t3");
 }

@@ -273,7 +273,7 @@ TEST_F(ExcelImport, an_empty_or_null_folder_is_never_written_to) {
   }
 }
 
-TEST_F(ExcelImport, target_sheets_are_told_as_they_stand_and_an_unknown_id_leaves_the_outputs) {
+TEST_F(ExcelImport, target_sheets_are_returned_as_written_and_an_unknown_id_leaves_the_outputs) {
   m_Folder.WriteRows(Numbers(1));
   CMSExcelXMLImport import(m_Folder.Path().c_str());
   ASSERT_TRUE(import.ParseXmlFiles(m_Folder.Files()));
@@ -380,7 +380,7 @@ TEST_F(ExcelImport, a_text_that_cannot_be_made_fails) {
 
 namespace {
 
-// Not for the log, which is to tell of it.
+// Not for the log, which is to report it.
 ssize_t NoSpaceForTheText(int descriptor, const void* bytes, size_t count) {
   if (count < 3 || std::memcmp(bytes, "\xEF\xBB\xBF", 3) != 0)
     return ::write(descriptor, bytes, count);

@@ -17,7 +17,7 @@ TEST(FingerSizeRule, less_and_greater_leave_the_number_itself_out) {
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"11", L"G10.5"));
 }
 
-TEST(FingerSizeRule, two_numbers_hold_of_themselves_and_of_what_lies_between) {
+TEST(FingerSizeRule, two_numbers_hold_of_themselves_and_of_all_between) {
   for (const wchar_t* const size : {L"4.5", L"5", L"6"})
     EXPECT_TRUE(SatisfiesFingerSizeRule(size, L"4.5,6"));
   for (const wchar_t* const size : {L"4", L"7", L"6.5", L""})
@@ -59,7 +59,7 @@ TEST(FingerSizeRule, only_the_capital_letters_are_known) {
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"0", L"l6"));
 }
 
-TEST(FingerSizeRule, what_is_no_number_or_is_missing_is_0) {
+TEST(FingerSizeRule, a_number_that_is_missing_or_none_is_0) {
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"3", L"5"));
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"0", L"5,"));
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"3", L",5"));
@@ -70,7 +70,7 @@ TEST(FingerSizeRule, what_is_no_number_or_is_missing_is_0) {
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"5 or so", L"4, 6 or so"));
 }
 
-TEST(FingerSizeRule, what_follows_a_second_comma_does_not_count) {
+TEST(FingerSizeRule, text_after_a_second_comma_does_not_count) {
   EXPECT_TRUE(SatisfiesFingerSizeRule(L"5", L"4,6,9"));
   EXPECT_FALSE(SatisfiesFingerSizeRule(L"8", L"4,6,9"));
 }

@@ -145,7 +145,7 @@ TEST(JobNotes, the_records_have_their_fields_in_the_order_that_hosts_count_on) {
   EXPECT_EQ(sizeof(tagCONTACT_DATA), 5 * sizeof(wchar_t) * 255);
 }
 
-TEST(JobNotes, what_nothing_sets_is_empty_or_0) {
+TEST(JobNotes, fields_that_nothing_sets_are_empty_or_0) {
   OpenJobNotes notes = Read(Company("<JOB><JOBNUMBER/></JOB><CONTACT/>"));
   const tagCOMPANY_DATA& company = *notes.GetFirstCompany();
   EXPECT_TRUE(company.m_Addresses.empty());
@@ -321,7 +321,7 @@ TEST(JobNotes, clearing_lets_go_of_all_and_may_be_done_twice) {
   EXPECT_EQ(notes.GetFirstCompany(), nullptr);
 }
 
-TEST(JobNotes, a_deleted_object_is_deleted_as_what_it_is) {
+TEST(JobNotes, a_deleted_object_is_deleted_as_its_own_type) {
   const WrittenFile file(TwoCompanies);
   CJobNotesFileImport* const notes = new OpenJobNotes(file.Path().c_str());
   delete notes;
@@ -341,7 +341,8 @@ TEST(JobNotes, a_file_cut_at_any_byte_has_no_companies) {
   EXPECT_TRUE(OpenJobNotes(file.Path().c_str()).Valid());
 }
 
-TEST(JobNotes, a_document_with_a_type_or_an_undeclared_entity_is_refused_with_words_in_the_log) {
+TEST(JobNotes,
+     a_document_with_a_type_or_an_undeclared_entity_is_refused_with_a_message_in_the_log) {
   for (const std::string& content : {"<!DOCTYPE JOBNOTESLIST>" + TwoCompanies, List("&nothing;"),
                                      List("<COMPANY a='1' a='1'/>")}) {
     const WrittenFile file(content);

@@ -297,7 +297,7 @@ TEST_F(OpenOfficeImport, the_text_is_the_same_after_the_records_were_walked) {
   EXPECT_EQ(ExcelFolder::PlainText(m_Directory.Read("out.txt")), before);
 }
 
-TEST_F(OpenOfficeImport, what_the_host_changes_in_a_record_shows_in_the_text) {
+TEST_F(OpenOfficeImport, a_hosts_change_of_a_record_shows_in_the_text) {
   m_Directory.Write("content.xml", Document(Table(Row(Cell("a") + Cell("b")) + Row(Cell("c")))));
   COpenOfficeXMLImport import(m_Path.c_str());
   AsTable(import.GetFirstPlate())->m_Rows[0].m_Cells[1].m_Text = nullptr;

@@ -47,7 +47,7 @@ TEST(SheetText, the_limit_holds_to_the_byte_in_every_way_of_appending) {
   }
 }
 
-TEST(SheetText, what_is_cut_off_may_be_written_again) {
+TEST(SheetText, text_that_is_cut_off_may_be_written_again) {
   SheetText text(10);
   text.Append("0123456789ab");
   EXPECT_TRUE(text.IsOverLimit());
@@ -58,7 +58,7 @@ TEST(SheetText, what_is_cut_off_may_be_written_again) {
   EXPECT_EQ(text.TrimmedRange(), std::pair(std::size_t{0}, std::size_t{7}));
 }
 
-TEST(SheetText, over_many_blocks_it_is_what_a_string_would_be) {
+TEST(SheetText, over_many_blocks_it_equals_a_string) {
   std::mt19937 random(1);
   SheetText text(SIZE_MAX);
   std::string expected;

@@ -59,7 +59,7 @@ TEST_F(AgainstLiteralSpreadsheets, random_workbooks) {
     ASSERT_EQ(rastrel::test::DifferenceFromLiteral(folder), "") << "seed " << seed;
     texts += folder.Directory().Has("content.txt") ? 1 : 0;
   }
-  EXPECT_GT(texts, 1000);  // or the files are too odd to tell anything
+  EXPECT_GT(texts, 1000);  // or the files are too odd to show anything
 }
 
 TEST_F(AgainstLiteralSpreadsheets, random_open_office_documents) {
@@ -90,7 +90,7 @@ TEST_F(AgainstLiteralSpreadsheets, a_workbook_cut_at_every_byte_of_every_file) {
   }
 }
 
-TEST_F(AgainstLiteralSpreadsheets, fractions_are_what_printf_makes_of_the_double) {
+TEST_F(AgainstLiteralSpreadsheets, fractions_are_as_printf_writes_the_double) {
   std::mt19937 random(1);
   for (int round = 0; round < 200000; ++round) {
     std::string number = random() % 3 == 0 ? "-" : "";
@@ -117,7 +117,7 @@ TEST_F(AgainstLiteralSpreadsheets,
   EXPECT_EQ(PrintedNumber("0.0234375"), "0.023438");
 }
 
-TEST_F(AgainstLiteralSpreadsheets, whole_numbers_are_what_printf_makes_of_64_bits) {
+TEST_F(AgainstLiteralSpreadsheets, whole_numbers_are_as_printf_writes_64_bits) {
   std::mt19937 random(2);
   for (int round = 0; round < 100000; ++round) {
     const std::string number = (random() % 3 == 0 ? "-" : "") + DigitsOf(random, random() % 22);

@@ -20,7 +20,7 @@ class WrittenFile {
   void Write(std::string_view content) const { m_Scratch.Write(m_Name, content); }
   /// Its path as library text.
   [[nodiscard]] std::wstring Path() const { return m_Scratch.Wide(m_Name); }
-  /// What stands in the application log by now.
+  /// The texts in the application log by now.
   [[nodiscard]] std::string LogTexts() const { return m_Library.LogTexts(); }
 
  private:

@@ -54,7 +54,7 @@ TEST(ShowGeneral, gives_up_to_fifteen_digits_and_an_exponent_only_where_it_must)
   for (const auto& [value, shown] : examples) EXPECT_EQ(ShowGeneral(value), shown);
 }
 
-TEST(DecimalDigits, rounds_halves_up_by_what_a_person_typed) {
+TEST(DecimalDigits, rounds_halves_up_by_the_typed_digits) {
   const std::tuple<double, int, const char*, const char*> examples[] = {
       {2.675, 2, "2", "68"}, {1.005, 2, "1", "01"},  {0.5, 0, "1", ""},
       {0.4999, 0, "", ""},   {99.95, 1, "100", "0"}, {9.99, 0, "10", ""},
@@ -166,7 +166,7 @@ TEST(FormatCode, shows_dates) {
   EXPECT_EQ(FormatCode("yyyy-mm-dd").ShowNumber(42735, DateSystem::From1904), "2021-01-01");
 }
 
-TEST(FormatCode, shows_times_and_tells_minutes_from_months) {
+TEST(FormatCode, shows_times_with_minutes_apart_from_months) {
   Check({{"h:mm", 0.75, "18:00"},
          {"h:mm AM/PM", 0, "12:00 AM"},
          {"h:mm AM/PM", 0.5, "12:00 PM"},

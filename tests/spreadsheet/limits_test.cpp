@@ -26,7 +26,7 @@ class SheetLimitsTest : public ::testing::Test {
     std::filesystem::create_directories(m_Scratch.Path("out"));
     return {OpenFolderPackage(m_Scratch.Path("in")), m_Scratch.Path("out"), {}};
   }
-  // The words of the refusal, or none.
+  // The refusal's message, or none.
   template <typename Call>
   static std::string WordsOf(const Call& call) {
     try {

@@ -1,5 +1,5 @@
-// Unpacking: what a package holds comes out whole, and what is no honest package is refused with
-// words that name the entry.
+// Unpacking: a package's parts come out whole, and a dishonest package is refused with a message
+// that names the entry.
 
 #include "spreadsheet/package.h"
 
@@ -34,7 +34,7 @@ std::string Noise(std::size_t size) {
 
 class PackageTest : public ::testing::Test {
  protected:
-  // Opens a package and unpacks a part to "part"; the words of the refusal, or none.
+  // Opens a package and unpacks a part to "part"; the refusal's message, or none.
   std::string Try(const std::string& bytes, const std::string& part = "a",
                   const PackageLimits& limits = {}) {
     m_Scratch.Write("p.zip", bytes);
@@ -169,7 +169,7 @@ TEST_F(PackageTest, a_list_of_entries_that_claims_to_be_huge_is_refused_unread) 
             std::string::npos);
 }
 
-TEST_F(PackageTest, what_is_unpacked_in_all_is_bounded) {
+TEST_F(PackageTest, the_sum_of_unpacked_bytes_is_bounded) {
   for (const std::size_t size : {99U, 100U, 101U}) {
     PackageLimits limits;
     limits.totalBytes = 150;
@@ -238,7 +238,7 @@ TEST_F(PackageTest, a_package_with_any_byte_changed_gives_its_part_or_a_reason) 
     }
 }
 
-TEST_F(PackageTest, what_stops_the_unpacking_does_so_at_once) {
+TEST_F(PackageTest, a_stop_ends_the_unpacking_at_once) {
   m_Scratch.Write("p.zip", ZipBytes({ZipEntry{"a", Noise(300'000)}}).Make());
   const auto package = OpenZipPackage(m_Scratch.Path("p.zip"));
   int calls = 0;

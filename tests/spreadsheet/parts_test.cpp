@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "rastrel/platform/os/growing_file.h"
 #include "rastrel/platform/os/path.h"
@@ -44,6 +47,33 @@ class SlowPackage : public Package {
   }
 };
 
+// Its parts say that they are large. "endless" begins as a document and comes to an end only when
+// nobody wants more of it, or after a while; "large" is one whole document.
+class LargePackage : public Package {
+ public:
+  explicit LargePackage(std::atomic<int>& ends) : Package("large"), m_Ends(ends) {}
+  [[nodiscard]] std::string Find(const std::string& part) const override { return part; }
+  [[nodiscard]] std::uint64_t SizeOf(const std::string&) const override {
+    return Parts::WholeBytes + 1;
+  }
+  void Unpack(const std::string& part, const std::string& target,
+              const UnpackProgress& progress) override {
+    std::ofstream file(target, std::ios::binary);
+    file << "<root>" << std::flush;
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    while (part == "endless" && std::chrono::steady_clock::now() < limit) {
+      progress(6, SizeOf(part));
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    file << "</root>" << std::flush;
+    progress(13, SizeOf(part));
+    ++m_Ends;
+  }
+
+ private:
+  std::atomic<int>& m_Ends;
+};
+
 class PartsTest : public rastrel::test::LibraryTest {
  protected:
   std::size_t Items(const std::string& part) const {
@@ -73,7 +103,7 @@ TEST_F(PartsTest, another_part_is_fetched_when_the_ones_ahead_are_there) {
   EXPECT_EQ(Items("one"), 500U);
 }
 
-TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_tells_why) {
+TEST_F(PartsTest, a_part_that_fails_fails_for_its_reader_and_settling_says_why) {
   EXPECT_TRUE(m_Parts.FetchAhead({"broken", "behind"}));
   EXPECT_EQ(Items("broken"), 0U);
   EXPECT_EQ(Items("behind"), 0U);
@@ -93,11 +123,37 @@ TEST_F(PartsTest, a_discarded_part_goes_and_the_others_stay) {
   EXPECT_EQ(Items("two"), 500U);
 }
 
-TEST_F(PartsTest, discarding_tells_why_a_part_is_not_whole) {
+TEST_F(PartsTest, discarding_says_why_a_part_is_not_whole) {
   EXPECT_TRUE(m_Parts.FetchAhead({"broken"}));
   const auto discarded = m_Parts.Discard("broken");
   ASSERT_FALSE(discarded);
   EXPECT_EQ(Describe(discarded.Error()), "slow: it is damaged");
+}
+
+TEST_F(PartsTest, stopping_leaves_the_rest_of_large_parts) {
+  std::atomic<int> ends = 0;
+  const ScratchDirectory directory;
+  Parts parts(std::make_unique<LargePackage>(ends), directory.Path(), {});
+  EXPECT_TRUE(parts.FetchAhead({"endless", "large"}));
+  EXPECT_TRUE(parts.Stop());
+  EXPECT_EQ(ends, 0);
+  EXPECT_FALSE(LoadXmlFile(rastrel::os::FromNative(parts.PathOf("large"))));
+}
+
+TEST_F(PartsTest, a_large_part_is_left_when_its_reader_goes_on_to_the_next) {
+  std::atomic<int> ends = 0;
+  const ScratchDirectory directory;
+  Parts parts(std::make_unique<LargePackage>(ends), directory.Path(), {});
+  EXPECT_TRUE(parts.FetchAhead({"endless", "large"}));
+  EXPECT_TRUE(LoadXmlFile(rastrel::os::FromNative(parts.PathOf("large"))));
+  EXPECT_EQ(ends, 1);
+}
+
+TEST_F(PartsTest, stopping_still_finds_a_small_part_damaged) {
+  EXPECT_TRUE(m_Parts.FetchAhead({"one", "broken"}));
+  const auto stopped = m_Parts.Stop();
+  ASSERT_FALSE(stopped);
+  EXPECT_EQ(Describe(stopped.Error()), "slow: it is damaged");
 }
 
 TEST_F(PartsTest, parts_that_nobody_waits_for_are_left) {

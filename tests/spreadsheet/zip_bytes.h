@@ -80,7 +80,7 @@ class ZipBytes {
     AddNumber(shared, 20, 2);
     AddNumber(shared, entry.flags, 2);
     AddNumber(shared, method, 2);
-    AddNumber(shared, 0x21, 4);  // time, and the first day that can be told
+    AddNumber(shared, 0x21, 4);  // time, and the first day that can be written
     AddNumber(shared, crc, 4);
     AddNumber(shared, packed.size(), 4);
     AddNumber(shared, size, 4);

@@ -37,7 +37,7 @@ Bytes Stored(Write write) {
   return file.Bytes();
 }
 
-/// Runs `read` on an archive of these bytes. Returns what it left unread.
+/// Runs `read` on an archive of these bytes. Returns the bytes that it left unread.
 template <typename Read>
 Bytes Loaded(const Bytes& bytes, Read read) {
   CMemFile file(bytes);

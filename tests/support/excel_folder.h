@@ -47,7 +47,7 @@ class ExcelFolder {
     m_Directory.Write("xl/sharedStrings.xml", "<sst>" + std::string(elements) + "</sst>");
   }
 
-  /// The list that a host gives: the workbook, its relationships, and the shared strings if there
+  /// The list that a host passes: the workbook, its relationships, and the shared strings if there
   /// are some. Valid as long as this object.
   std::vector<tagEXCEL_XML_FILE*> Files() {
     m_Files.clear();
@@ -69,8 +69,8 @@ class ExcelFolder {
     return list;
   }
 
-  /// Imports it. The text without its mark and with plain line ends, or nothing if the import said
-  /// so; what is there already is removed before.
+  /// Imports it. The text without its mark and with plain line ends, or nothing if the import
+  /// returned false; an earlier text is removed before.
   std::optional<std::string> Import() { return Import(Files()); }
   std::optional<std::string> Import(const std::vector<tagEXCEL_XML_FILE*>& files) const {
     std::filesystem::remove(m_Directory.Path("content.txt"));

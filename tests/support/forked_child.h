@@ -20,7 +20,7 @@ class ForkedChild {
   /// The child's ends of the two pipes.
   class Side {
    public:
-    /// Sends words to the parent.
+    /// Sends a text to the parent.
     void Tell(const std::string& words) const {
       if (::write(m_Out, words.data(), words.size()) < 0) ::_exit(99);
     }
@@ -77,7 +77,7 @@ class ForkedChild {
   ForkedChild& operator=(const ForkedChild&) = delete;
 
   [[nodiscard]] int Id() const { return m_Id; }
-  /// The next words of that length, or fewer if the child is gone.
+  /// The next text of that length, or a shorter one if the child is gone.
   [[nodiscard]] std::string Hear(std::size_t length) const { return ReadAll(m_In, length); }
   /// Lets Await return.
   void Release() {
@@ -91,7 +91,7 @@ class ForkedChild {
     m_Id = 0;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   }
-  /// What stood on its standard error. Call it after Exit; less than a pipe holds.
+  /// The bytes of its standard error. Call it after Exit; less than a pipe holds.
   [[nodiscard]] std::string StandardError() {
     m_ErrorText += ReadAll(m_Error, std::string::npos);
     return m_ErrorText;

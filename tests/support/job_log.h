@@ -6,7 +6,7 @@
 
 namespace rastrel::test {
 
-/// What arrives in the job log of tickets that were opened with JobLog::Take.
+/// The lines in the job log of tickets that were opened with JobLog::Take.
 class JobLog {
  public:
   /// The callback for CJobTicket::OpenLog.

@@ -49,7 +49,7 @@ class LibraryRoot {
   [[nodiscard]] std::string Log() const { return m_Root.Read(LogName()); }
   /// The same without the heads "[04/02/2026, 09:08:07][ 512]" of its entries.
   [[nodiscard]] std::string LogTexts() const { return WithoutHeads(Log()); }
-  /// The texts of what is logged behind a mark that LogMark gave.
+  /// The texts logged after a mark that LogMark returned.
   [[nodiscard]] std::string LogTextsBehind(std::size_t mark) const {
     std::ifstream log(m_Root.Path(LogName()), std::ios::binary);
     log.seekg(static_cast<std::streamoff>(mark));

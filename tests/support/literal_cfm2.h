@@ -10,15 +10,20 @@
 
 #include "rastrel/job/format_string.h"
 
-/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md tells them
-/// and with no regard to speed: what the library's are held against.
+/// CFM2's reader and writer in the plainest way, step by step as docs/formats/cfm2.md has them and
+/// with no regard to speed: the library's are compared with them.
 namespace rastrel::test {
+
+/// The types of a page, as the format numbers them.
+inline constexpr std::int32_t Once = 0;
+inline constexpr std::int32_t Reprint = 1;
+inline constexpr std::int32_t Only = 2;
 
 struct LiteralPage {
   std::wstring id = L"QueueCMF2Generator";
   std::wstring directory;
   std::wstring title;
-  std::int32_t type = 1;
+  std::int32_t type = Reprint;
   bool operator==(const LiteralPage&) const = default;
 };
 
@@ -57,7 +62,7 @@ inline std::wstring TrimLiterally(std::wstring text) {
 /// The reader.
 class LiteralReader {
  public:
-  /// The directory that "default" stands for.
+  /// The directory that "default" means.
   explicit LiteralReader(std::wstring defaultDirectory) : m_Default(std::move(defaultDirectory)) {}
 
   bool Parse(std::wstring text) {

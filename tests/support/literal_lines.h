@@ -5,7 +5,7 @@
 
 namespace rastrel::test {
 
-/// Cuts lines in the plainest way: looks for the first line end, hands out what stands before it,
+/// Cuts lines in the plainest way: looks for the first line end, hands out the text before it,
 /// removes both, and begins again. The pieces are wide text already. A line is cut at `limit`
 /// characters. Takes time with the square of a piece's lines, and has nothing in common with the
 /// library's way.

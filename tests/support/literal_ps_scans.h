@@ -17,7 +17,7 @@
 
 namespace rastrel::test {
 
-/// The scans of PostScript comments, done step by step as the contract tells them: an ifstream, a
+/// The scans of PostScript comments, done step by step as the contract has them: an ifstream, a
 /// seek and a read of 4,096 bytes for every line, one buffer that is never cleared. Slow, and made
 /// to be compared with.
 class LiteralPsScans {
@@ -124,7 +124,7 @@ class LiteralPsScans {
     const std::size_t L = std::strcspn(line, "\r\n");
     line[L] = 0;
     long long a = static_cast<long long>(L) + 1;
-    // Behind a cut line stands the byte after the buffer, which is never looked at.
+    // After a cut line comes the byte after the buffer, which is never looked at.
     if (L + 1 <= 4096 && (line[L + 1] == '\r' || line[L + 1] == '\n'))
       a = static_cast<long long>(L) + 2;
     if (!in.eof()) {

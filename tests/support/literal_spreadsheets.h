@@ -16,8 +16,8 @@
 #include "rastrel/xml/layer.h"
 
 /// The imports of spreadsheets as their rules are written down: whole documents as trees, wide text
-/// that grows and is trimmed, one step after the other. They are what the shipped ones, which read
-/// streams, are held against.
+/// that grows and is trimmed, one step after the other. The shipped ones, which read streams, are
+/// compared with them.
 namespace rastrel::test {
 
 inline void ReplaceInText(std::wstring& text, std::wstring_view what, std::wstring_view by) {

@@ -13,7 +13,7 @@
 namespace rastrel::test {
 
 /// A document in memory under the name "file.xml", written anew as often as one likes, and a data
-/// root of its own, whose log begins anew now and then: refused documents are told there.
+/// root of its own, whose log begins anew now and then: refused documents are reported there.
 class NamedDocument {
  public:
   NamedDocument() : m_Home("RASTREL_HOME", m_Root.Path()) {
@@ -24,7 +24,7 @@ class NamedDocument {
   NamedDocument(const NamedDocument&) = delete;
   NamedDocument& operator=(const NamedDocument&) = delete;
 
-  /// Replaces the content and gives the path.
+  /// Replaces the content and returns the path.
   [[nodiscard]] std::wstring Write(std::string_view content) {
     constexpr int documentsPerLog = 20000;
     if (++m_Documents % documentsPerLog == 0) CAppLog::DeleteInstance();

@@ -6,7 +6,7 @@
 
 namespace rastrel::test {
 
-/// How many descriptors this process holds open. Two counts tell a leak.
+/// How many descriptors this process holds open. Two counts show a leak.
 inline std::size_t OpenDescriptors() {
   return static_cast<std::size_t>(
       std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));

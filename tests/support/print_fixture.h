@@ -5,9 +5,13 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "rastrel/printing/printing_thread.h"
+#include "tests/support/job_code_names.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/threads.h"
@@ -31,7 +35,7 @@ inline constexpr const char* Hang = "exec sleep 1000\n";
 /// Whether this process has any child, a zombie included.
 inline bool HasChildren() {
   siginfo_t information{};
-  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT) == 0;
+  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0;
 }
 
 /// A test that prints the job `job/sign.ps` of a data root of its own with children that are shell
@@ -95,13 +99,13 @@ class PrintTest : public LibraryTest {
     ASSERT_TRUE(m_Ticket.EndPrint());
   }
   void Abort() { m_Ticket.GetPrintThread()->Abort(); }
-  /// Aborts the print that is to come when that line is told.
+  /// Aborts the next print when the transcript gets that line.
   void AbortAt(const std::string& line) {
     m_Ticket.m_Told.Listen([this, line](const std::string& told) {
       if (told == line) Abort();
     });
   }
-  /// What the last Print put into the application log, an entry a line; the line end that some
+  /// The last Print's entries in the application log, an entry a line; the line end that some
   /// entries have shows as "|".
   [[nodiscard]] Lines Logged() const {
     Lines entries;
@@ -122,12 +126,29 @@ class PrintTest : public LibraryTest {
     const Lines entries = Logged();
     return std::find(entries.begin(), entries.end(), entry) != entries.end();
   }
-  /// Status and error of the ticket, as "3 12".
+  /// Status and error of the ticket, as "holding: aborted".
   [[nodiscard]] std::string End() const {
-    return std::to_string(m_Ticket.m_Status.Load()) + " " + std::to_string(m_Ticket.m_Error.Load());
+    return NameOfCode(StatusNames, m_Ticket.m_Status.Load()) + ": " +
+           NameOfCode(ErrorNames, m_Ticket.m_Error.Load());
   }
-  /// The codes of the printing thread's and children's errors, as "259 rip".
-  [[nodiscard]] Lines Errors() const { return m_Ticket.m_Told.Behind("Error "); }
+  /// The printing thread's and children's errors: codes as "rip: rip status 2", and texts as
+  /// "\"Out of memory\" rip".
+  [[nodiscard]] Lines Errors() const { return ErrorsIn(m_Ticket.m_Told.All()); }
+  /// The same of some lines of the transcript.
+  [[nodiscard]] static Lines ErrorsIn(const Lines& told) {
+    constexpr std::string_view beginning = "Error ";
+    Lines errors;
+    for (const std::string& line : told) {
+      if (!line.starts_with(beginning)) continue;
+      std::string error = line.substr(beginning.size());
+      if (!error.starts_with('"')) {
+        const std::string originator = error.substr(error.find(' ') + 1);
+        error = originator + ": " + NameOfCode(ErrorNames, std::stoi(error));
+      }
+      errors.push_back(std::move(error));
+    }
+    return errors;
+  }
   /// Everything below a folder of the data root, sorted, directories with a slash.
   [[nodiscard]] Lines Tree(const std::string& folder) const {
     Lines names;

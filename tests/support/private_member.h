@@ -9,9 +9,9 @@
 namespace rastrel::test {
 
 /// A pointer to a private member, for the tests of a field's place: an explicit instantiation may
-/// name what its writer may not use.
+/// name a member that its writer may not use.
 ///
-/// (Tags stand in this namespace too.)
+/// (Tags are in this namespace too.)
 ///
 ///   struct Progress { using Type = int Ticket::*; friend Type PrivateMember(Progress); };
 ///   template struct rastrel::test::Reveal<Progress, &Ticket::m_Progress>;
@@ -27,7 +27,7 @@ std::uintptr_t PlaceOf(const Member& member) {
   return reinterpret_cast<std::uintptr_t>(&member);
 }
 
-/// Fails unless the fields stand in this order in memory.
+/// Fails unless the fields are in this order in memory.
 inline void ExpectInOrder(const std::vector<std::uintptr_t>& places) {
   for (std::size_t field = 1; field < places.size(); ++field)
     EXPECT_LT(places[field - 1], places[field]) << "fields " << field - 1 << " and " << field;

@@ -47,7 +47,7 @@ struct PsScanAnswers {
     return answers;
   }
 
-  /// The names of the answers that differ, each behind a blank; empty if none does.
+  /// The names of the answers that differ, each after a blank; empty if none does.
   [[nodiscard]] std::string DifferencesTo(const PsScanAnswers& other) const {
     std::string text;
     if (found != other.found || start != other.start || length != other.length)

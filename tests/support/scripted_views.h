@@ -15,7 +15,7 @@
 
 namespace rastrel::test {
 
-/// Views that write down what they are to show, one line each, and act as a script says, on the
+/// Views that write down all that they are to show, one line each, and act as a script says, on the
 /// dialog's thread between two turns of their loop:
 ///   "make 1003", "text 2021 Converting", "text 0 Processing", "range 2022 0 100",
 ///   "position 2022 42", "run", "end", "message Separation: RIP executable missing".
@@ -24,14 +24,14 @@ class ScriptedViews : public host::DialogViews {
   using Action = std::function<void(host::DialogLogic&)>;
 
   std::vector<std::string> m_Told;
-  /// What is done once that line has been told.
+  /// Actions, each at the first time that its line comes.
   std::vector<std::pair<std::string, Action>> m_Actions;
   /// Called at every turn of the loop.
   Action m_OnTurn;
   /// No view can be had.
   bool m_Refuses = false;
 
-  /// Presses a control once a line has been told.
+  /// Presses a control when that line comes.
   void PressAt(const std::string& line, int control) {
     m_Actions.emplace_back(line, [control](host::DialogLogic& dialog) { dialog.Command(control); });
   }
@@ -67,7 +67,8 @@ class ScriptedViews : public host::DialogViews {
       const auto begin = std::chrono::steady_clock::now();
       while (!m_Dialog.HasEnded()) {
         const HANDLE posted[] = {m_Dialog.GetPostedHandle()};
-        static_cast<void>(os::WaitReadable(posted, 5));
+        static_cast<void>(
+            os::WaitReadable(posted, os::Deadline::After(std::chrono::milliseconds(5))));
         m_Dialog.HandleMessages();
         m_Script.Act(m_Dialog);
         if (std::chrono::steady_clock::now() - begin > std::chrono::seconds(60)) {

@@ -10,7 +10,7 @@
 /// Shipped and literal imports side by side.
 namespace rastrel::test {
 
-/// What differs for the package as it is; empty if nothing does.
+/// The differences for the package as it is; empty if there are none.
 inline std::string DifferenceFromLiteral(ExcelFolder& folder) {
   std::filesystem::remove(folder.Directory().Path("content.txt"));
   LiteralExcelImport literal(folder.Path());
@@ -23,7 +23,7 @@ inline std::string DifferenceFromLiteral(ExcelFolder& folder) {
   return "written: " + written + "\nexpected: " + literal.m_Written;
 }
 
-/// What differs for an OpenOffice document, as text and as records; empty if nothing does.
+/// The differences for an OpenOffice document, as text and as records; empty if there are none.
 inline std::string DifferenceFromLiteralOpenOffice(const ScratchDirectory& directory) {
   std::filesystem::remove(directory.Path("out.txt"));
   const std::wstring path = directory.Wide("content.xml");

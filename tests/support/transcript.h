@@ -12,12 +12,13 @@
 #include "rastrel/job/job_messaging.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/text.h"
+#include "tests/support/job_code_names.h"
 
 namespace rastrel::test {
 
 using Lines = std::vector<std::string>;
 
-/// What a job was told, in order, as lines: `Info 7 system`, `Error 18 system`, `Error "words"
+/// A ticket's messages, in order, as lines: `Info 7 system`, `Error 18 system`, `Error "words"
 /// rip`, `Warning "words" rip`, `Progress 42 odalis`, `Log Printing done`. Any thread.
 class Transcript {
  public:
@@ -36,7 +37,7 @@ class Transcript {
   void Add(const char* kind, const wchar_t* text, JT_ORIGINATOR originator) {
     Add(std::string(kind) + " \"" + os::Utf8FromWide(text) + "\" " + NameOf(originator));
   }
-  /// Called for every line that is told. Set it while nothing is told.
+  /// Called for every line. Set it while none is added.
   void Listen(std::function<void(const std::string& line)> listener) {
     m_Listener = std::move(listener);
   }
@@ -56,7 +57,7 @@ class Transcript {
       if (line.starts_with(beginning)) found.push_back(line.substr(beginning.size()));
     return found;
   }
-  /// Everything but what came from a child and its lines of the job log.
+  /// Everything but the messages of a child and its lines of the job log.
   [[nodiscard]] Lines OfTheLibrary() const {
     Lines found;
     for (const std::string& line : All()) {
@@ -66,12 +67,12 @@ class Transcript {
     }
     return found;
   }
-  /// The codes of all `Info` calls of the printing thread, as "7,1,2".
+  /// The names of all `Info` calls of the printing thread, as "started, ripping, ripped".
   [[nodiscard]] std::string Stages() const {
     std::string stages;
     for (const std::string& line : Behind("Info "))
       if (line.ends_with(" system"))
-        stages += (stages.empty() ? "" : ",") + line.substr(0, line.find(' '));
+        stages += (stages.empty() ? "" : ", ") + NameOfCode(StageNames, std::stoi(line));
     return stages;
   }
 
@@ -115,7 +116,7 @@ class RecordingMessaging : public CJobMessaging {
   Transcript m_Told;
 };
 
-/// A ticket that keeps the calls and then does what a ticket does. Its job log lines are kept too,
+/// A ticket that keeps the calls and then acts as any ticket. Its job log lines are kept too,
 /// without their line end, while this is the last one made.
 class RecordingTicket : public CJobTicket {
  public:

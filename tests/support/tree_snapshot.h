@@ -9,8 +9,8 @@
 
 namespace rastrel::test {
 
-/// All that lies below a directory: by path, what it is, and for files permissions, time and
-/// content. Two equal snapshots can't be told apart.
+/// All that lies below a directory: by path, the kind, and for files permissions, time and content.
+/// Two equal snapshots have no difference.
 inline std::map<std::string, std::string> TreeSnapshot(const std::filesystem::path& root) {
   namespace fs = std::filesystem;
   std::map<std::string, std::string> snapshot;

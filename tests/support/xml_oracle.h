@@ -8,22 +8,22 @@
 
 #include "rastrel/xml/node.h"
 
-/// What a document should look like to the XML layer, by another way: the parser's own tree, made
+/// A document as the XML layer should see it, by another way: the parser's own tree, made
 /// by its own reading from memory, looked at literally.
 namespace rastrel::test {
 
-/// All that the layer's functions tell of a node and what is below it, as text.
+/// All that the layer's functions return of a node and its descendants, as text.
 [[nodiscard]] std::string DumpOf(const XmlNode& node);
 
 /// The same of the literal tree of a document; nothing if it is not well-formed.
 [[nodiscard]] std::optional<std::string> LiteralDump(std::string_view document);
 
-/// Whether the layer refuses by rules of its own what XML allows (a document type, another version,
-/// an encoding), or what the literal reading takes although it is not allowed (a NUL).
+/// Whether the layer refuses the document by rules of its own although XML allows it (a document
+/// type, another version, an encoding), or although the literal reading takes it (a NUL).
 [[nodiscard]] bool IsBeyondTheLayer(std::string_view document);
 
-/// What differs between the layer's ways to read a document (whole; in pieces of a few bytes; as a
-/// stream) and the literal one; empty if nothing does.
+/// The differences between the layer's ways to read a document (whole; in pieces of a few bytes; as
+/// a stream) and the literal one; empty if there are none.
 [[nodiscard]] std::string DifferencesFromLiteral(std::string_view document, std::size_t pieces);
 
 /// Documents made of all that XML has, most of them sound and some with a fault.

@@ -102,7 +102,7 @@ class Listener : public xml::XmlStreamHandler {
   // One of seven handlers stops somewhere.
   void MayRefuse(const char* where) {
     if (m_Choices % 7 == 3 && m_Calls == 1 + m_Choices % 23)
-      Refuse(os::WideFromUtf8(std::string("refused at ") + where));
+      Refuse(std::string("refused at ") + where);
   }
 
   std::uint32_t m_Choices;
@@ -111,14 +111,13 @@ class Listener : public xml::XmlStreamHandler {
   std::vector<std::wstring> m_Parents;
 };
 
-// Stands behind the calls, ahead of why the document was refused.
+// Comes after the calls, ahead of why the document was refused.
 constexpr std::string_view Refused = "\nrefused";
 
 bool IsRefused(std::string_view text) { return text.rfind(Refused) != text.npos; }
 
-// Where the parser sees a fault, and what it makes of it, depends for some faults on how much there
-// was in its piece: texts, sections and comments that never end, bytes that are no characters,
-// converted documents.
+// The place and the message of some faults depend on how much there was in the parser's piece:
+// texts, sections and comments that never end, bytes that are no characters, converted documents.
 bool DependsOnPieces(std::string_view document, const std::string& parts, Streaming streaming) {
   if (!xml::IsUtf8(document)) return true;
   if (parts.ends_with("Extra content at the end of the document")) return true;

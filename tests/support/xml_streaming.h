@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// What a handler of streams hears of a document, by the two ways in which elements reach it.
+/// The calls of a stream's handler, by the two ways in which elements reach it.
 namespace rastrel::test {
 
 /// How a document is streamed.
@@ -13,16 +13,16 @@ struct Streaming {
   bool takesWhole = true;        ///< plain elements come whole; else all comes part by part
   bool isUnchecked = false;      ///< the parser is taken for a version that was not checked
   bool keepsWhitespace = false;  ///< as xml::XmlWhitespace::Keep
-  std::size_t piece = 0;         ///< the source gives at most so many bytes at a time; 0 for all
+  std::size_t piece = 0;         ///< the source returns at most so many bytes at a time; 0 for all
   std::uint32_t choices = 0;     ///< by which the handler skips, enters, collects, and refuses
 };
 
-/// All calls that the handler gets, with all that the nodes tell, their lines among it, and at the
+/// All calls that the handler gets, with all that the nodes have, their lines among it, and at the
 /// end where and why the document was refused.
 [[nodiscard]] std::string CallsOf(std::string_view document, const Streaming& streaming);
 
-/// What differs between the two ways, or in a parser that was not checked, for handlers that choose
-/// in this manner; empty if nothing.
+/// The differences between the two ways, or in a parser that was not checked, for handlers that
+/// choose in this manner; empty if there are none.
 [[nodiscard]] std::string DifferencesInStreaming(std::string_view document, std::size_t piece,
                                                  std::uint32_t choices);
 

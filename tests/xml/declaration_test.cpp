@@ -16,7 +16,7 @@ std::string Utf16(std::string_view ascii, bool bigEndian) {
   return bytes;
 }
 
-TEST(DeclaredEncoding, is_what_stands_between_its_quotes) {
+TEST(DeclaredEncoding, is_the_text_between_its_quotes) {
   for (const std::string_view head :
        {"<?xml version='1.0' encoding='ISO-8859-1'?><a/>",
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone='no' ?><a n='encoding'/>",

@@ -116,21 +116,21 @@ TEST_F(XmlEncodingTest, other_spellings_of_unicode_encodings_are_refused) {
   };
   for (const std::string name : {"UTF_8", "UTF-8-", "utf..8", "UTF8."})
     EXPECT_TRUE(reason(name).ends_with("\"" + name + "\" is no name of an encoding")) << name;
-  // The parser may have been told something of these before.
+  // The parser may know an encoding of these names from before.
   for (const std::string name : {"UTF-16-", "UTF_16", "u-tf-16le"})
     EXPECT_NE(reason(name), "") << name;
   for (const std::string name : {"UTF-8", "utf-8", "UTF8", "Utf-8"})
     EXPECT_EQ(reason(name), "") << name;
 }
 
-TEST_F(XmlEncodingTest, a_text_in_memory_is_what_it_is_whatever_it_declares) {
+TEST_F(XmlEncodingTest, a_text_in_memory_keeps_its_encoding_whatever_it_declares) {
   for (const wchar_t* const name : {L"UTF-8", L"UTF-16", L"ISO-8859-1", L"windows-1252"})
     EXPECT_EQ(Text(Load(L"<?xml version='1.0' encoding='" + std::wstring(name) +
                         L"'?><a>\u00E9\u20AC</a>")),
               L"\u00E9\u20AC");
 }
 
-TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_stand) {
+TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_anywhere) {
   const std::array<std::string, 7> wrong{
       "\xFF", "\xC0\xAF", "\xE9", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80", "\xE2\x82"};
   for (const std::string& bytes : wrong)
@@ -154,7 +154,7 @@ TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_wherever_they_s
   EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='US-ASCII'?><a>\xE9</a>"), "");
 }
 
-// Enters everything and counts what it hears.
+// Enters the document element and takes all else as nodes.
 class Listener : public rastrel::xml::XmlStreamHandler {
  public:
   rastrel::xml::StreamChoice Begin(std::wstring_view, const XmlNode&, int depth) override {
@@ -164,7 +164,7 @@ class Listener : public rastrel::xml::XmlStreamHandler {
   void End(std::wstring_view, int) override {}
 };
 
-// What is cut off within the document element, or within what follows it, is no document.
+// A text that is cut off within the document element, or within anything after it, is no document.
 TEST_F(XmlEncodingTest, a_document_cut_anywhere_is_refused_or_whole) {
   const std::wstring document =
       L"<?xml version='1.0'?><!--\u00E9--><p:a xmlns:p='u' n='\u20AC'>x&amp;<b/>"

@@ -1,5 +1,5 @@
-// Documents as expat reads them, a parser that shares no line with the one behind the layer, and
-// what the layer writes as expat reads it.
+// Documents as expat reads them, a parser that shares no line with the layer's own, and the layer's
+// output as expat reads it.
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,7 +22,7 @@ using rastrel::test::DumpOf;
 
 constexpr const char* Refused = "refused";
 
-// Each rule of XML 1.0 and of its namespaces that a writer may break, and what is next to it.
+// Each rule of XML 1.0 and of its namespaces that a writer may break, and its sound neighbour.
 constexpr std::string_view Documents[] = {
     // Around the document element.
     "<a/>",
@@ -320,8 +320,8 @@ class XmlExpat : public rastrel::test::XmlTest {
     m_Names.push_back(name);
     return name;
   }
-  // Adds what the layer writes of an element and of all elements below it. `place` tells how it is
-  // reached in the document.
+  // Adds the layer's output of an element and of all elements below it. `place` is the way to it in
+  // the document.
   void AddParts(const std::string& document, const std::string& place, const XmlNode& element) {
     m_Saved.push_back("saved" + std::to_string(m_Count++));
     EXPECT_TRUE(SaveNodeXml(element, m_Folder.Wide(m_Saved.back())));
@@ -350,7 +350,7 @@ class XmlExpat : public rastrel::test::XmlTest {
       EXPECT_EQ(streamed.Dump(), Parts(root, depth)) << m_Folder.Read(name);
     }
   }
-  // Holds what expat makes of each document against what the layer makes of it.
+  // Compares each document as expat reads it with the same as the layer reads it.
   void Compare() {
     Ask();
     for (const std::string& name : m_Names) {
@@ -373,7 +373,7 @@ class XmlExpat : public rastrel::test::XmlTest {
   int m_Sound = 0;  // documents that both took
 };
 
-TEST_F(XmlExpat, random_documents_are_what_another_parser_finds) {
+TEST_F(XmlExpat, random_documents_are_as_another_parser_reads_them) {
   constexpr int count = 4000;
   rastrel::test::XmlDocuments documents(20261122);
   for (int index = 0; index < count; ++index) Add(documents.Next());
@@ -383,15 +383,15 @@ TEST_F(XmlExpat, random_documents_are_what_another_parser_finds) {
 }
 
 // Nothing refused here but what XML itself refuses: each with its neighbour that is sound.
-TEST_F(XmlExpat, documents_that_try_each_rule_are_what_another_parser_finds) {
+TEST_F(XmlExpat, documents_that_try_each_rule_are_as_another_parser_reads_them) {
   for (const std::string_view document : Documents) Add(document);
   Compare();
   EXPECT_GT(m_Sound, 100);
   EXPECT_LT(m_Sound, m_Count - 100);
 }
 
-// The one thing that the two tell apart, and that nobody asks for.
-TEST_F(XmlExpat, a_declaration_of_the_prefix_xml_itself_is_taken_and_not_told) {
+// The one difference of the two, which nobody asks for.
+TEST_F(XmlExpat, a_declaration_of_the_prefix_xml_itself_is_taken_and_not_reported) {
   const std::string name = Add("<a xmlns:xml='http://www.w3.org/XML/1998/namespace' n='1'/>");
   Ask();
   EXPECT_EQ(m_Folder.Read(name + ".dump"),
@@ -407,7 +407,7 @@ TEST_F(XmlExpat, names_that_the_fifth_edition_let_in_are_taken) {
   EXPECT_EQ(DumpOf(LoadXmlFile(m_Folder.Wide(name))), "(\xE2\x82\xAC||)");
 }
 
-TEST_F(XmlExpat, documents_in_other_encodings_are_what_another_parser_finds) {
+TEST_F(XmlExpat, documents_in_other_encodings_are_as_another_parser_reads_them) {
   using namespace std::string_literals;
   std::string high;
   for (int byte = 0xC0; byte <= 0xFF; ++byte) high += static_cast<char>(byte);
@@ -427,14 +427,14 @@ TEST_F(XmlExpat, documents_in_other_encodings_are_what_another_parser_finds) {
   EXPECT_EQ(m_Sound, 7 * 2 + 2 * 2);
 }
 
-TEST_F(XmlExpat, the_examples_are_what_another_parser_finds) {
+TEST_F(XmlExpat, the_examples_are_as_another_parser_reads_them) {
   for (const std::string& example : Examples()) Add(example);
   Compare();
   EXPECT_EQ(m_Sound, m_Count);
   EXPECT_GE(m_Sound, 8);
 }
 
-TEST_F(XmlExpat, examples_with_any_place_changed_are_what_another_parser_finds) {
+TEST_F(XmlExpat, examples_with_any_place_changed_are_as_another_parser_reads_them) {
   constexpr std::string_view bytes("<>&'\"/=![]-?:; \n\0\x01\x80\xC3\xFFx#0", 24);
   std::mt19937 random(20261124);
   for (const std::string& example : Examples()) {
@@ -456,7 +456,7 @@ TEST_F(XmlExpat, examples_with_any_place_changed_are_what_another_parser_finds) 
   EXPECT_LT(m_Sound, m_Count * 19 / 20);
 }
 
-TEST_F(XmlExpat, every_part_that_is_saved_is_what_another_parser_finds_in_the_document) {
+TEST_F(XmlExpat, every_part_that_is_saved_is_as_another_parser_reads_it_in_the_document) {
   constexpr int count = 600;
   rastrel::test::XmlDocuments documents(20261123);
   std::vector<std::string> names;

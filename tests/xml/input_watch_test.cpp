@@ -1,4 +1,4 @@
-// What a parser must be holding back, told from the document's bytes alone.
+// The bytes that a parser must be holding back, known from the document's bytes alone.
 
 #include "rastrel/xml/input_watch.h"
 
@@ -12,7 +12,7 @@ namespace {
 using rastrel::xml::XmlEncodingFamily;
 using rastrel::xml::XmlInputWatch;
 
-// "bytes/values" of what is open at the end of the text, which comes in pieces of that size.
+// "bytes/values" that are open at the end of the text, which comes in pieces of that size.
 std::string OpenAfter(std::string_view text, std::size_t piece = 1) {
   XmlInputWatch watch(XmlEncodingFamily::Unknown, false);
   for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))

@@ -12,7 +12,7 @@ class XmlLayer : public rastrel::test::XmlTest {};
 
 using Pairs = std::vector<std::pair<std::wstring, std::wstring>>;
 
-TEST_F(XmlLayer, an_empty_element_leaves_what_was_there) {
+TEST_F(XmlLayer, an_empty_element_leaves_the_value_unchanged) {
   const XmlNode root = Load(L"<a><b/><c> \n </c></a>");
   std::wstring text = L"kept";
   double number = 2.5;
@@ -31,7 +31,7 @@ TEST_F(XmlLayer, an_empty_element_leaves_what_was_there) {
   EXPECT_EQ(whole, 7);
 }
 
-TEST_F(XmlLayer, a_text_that_is_no_number_is_0_and_not_what_was_there) {
+TEST_F(XmlLayer, a_text_that_is_no_number_is_0_and_not_the_earlier_value) {
   const XmlNode root = Load(L"<a n='wide'>wide</a>");
   double number = 2.5;
   float narrow = 1.5F;
@@ -50,7 +50,7 @@ TEST_F(XmlLayer, a_text_that_is_no_number_is_0_and_not_what_was_there) {
   EXPECT_EQ(whole, 0);
 }
 
-TEST_F(XmlLayer, numbers_are_what_the_text_begins_with) {
+TEST_F(XmlLayer, numbers_are_read_from_the_start_of_the_text) {
   const XmlNode root = Load(L"<a w=' 12 mm' h='-3.5e1x'>\n 0.1</a>");
   double number = 0;
   float narrow = 0;

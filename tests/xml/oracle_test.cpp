@@ -1,4 +1,4 @@
-// Random documents: however they are read, they are what the parser's own tree says.
+// Random documents: however they are read, they equal the parser's own tree.
 
 #include <gtest/gtest.h>
 

@@ -101,7 +101,7 @@ TEST_F(XmlParserVersion, an_unchecked_one_sees_documents_that_end_within_a_chara
   EXPECT_TRUE(ReadBothWays(utf16 + "\n").ends_with("ends within a character"));
 }
 
-TEST_F(XmlParserVersion, an_unchecked_one_refuses_what_is_not_well_formed_or_declared_wrongly) {
+TEST_F(XmlParserVersion, an_unchecked_one_refuses_documents_not_well_formed_or_declared_wrongly) {
   for (const std::string_view content :
        {"<a>", "<a></b>", "<a/><b/>", "<p:a/>", "<a n='1' n='2'/>", "<a>&x;</a>",
         "<!DOCTYPE a><a/>", "<?xml version='1.1'?><a/>",

@@ -26,7 +26,7 @@ std::string TextOf(const XmlTreeNode& node) {
   return text + "/";
 }
 
-// Gives one answer to all, and keeps what it gets as text.
+// Has one answer to all, and keeps the elements as text.
 class Taker : public XmlElements {
  public:
   [[nodiscard]] const XmlName* Collected() const override { return nullptr; }
@@ -45,7 +45,7 @@ class Taker : public XmlElements {
 
 class XmlPlain : public testing::Test {
  protected:
-  // What is taken of the bytes, as text, and what is left of them; or why nothing is.
+  // The elements taken of the bytes, as text, and the rest; or why nothing is taken.
   std::string Scan(std::string_view bytes, int depth = 1) {
     XmlPlainScanner scanner(m_Names, m_Taker);
     scanner.SetScope(m_Scope);
@@ -105,7 +105,7 @@ TEST_F(XmlPlain, a_cut_element_is_incomplete_at_every_byte) {
       " <row r=\"1\" n='\xC3\xA9'><c/><v >x]y\xE2\x82\xAC</v ><xml.a-b_c.1 "
       "xml:space='preserve'/></row >";
   for (std::size_t size = 0; size < element.size(); ++size) {
-    // Half a character can't be told from none, and the parser looks at it.
+    // Half a character looks like none, and the parser judges it.
     const std::string answer = Scan(element.substr(0, size));
     EXPECT_EQ(answer, "incomplete") << size;
   }
@@ -274,7 +274,7 @@ TEST_F(XmlPlain, a_refused_element_is_left_before_the_bracket_of_its_start) {
   EXPECT_EQ(m_Line, 2U);
 }
 
-TEST_F(XmlPlain, the_name_of_what_is_not_plain_is_told_as_far_as_it_is_known) {
+TEST_F(XmlPlain, the_name_of_an_element_that_is_not_plain_is_returned_as_far_as_it_is_known) {
   ExpectNotPlain("<row><c>&amp;</c></row>");
   EXPECT_EQ(m_Name, "row");
   ExpectNotPlain("<row a='&amp;'/>");

@@ -1,4 +1,4 @@
-// What is no document, and the words for it.
+// Texts that are no documents, and the message for each.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -27,7 +27,7 @@ constexpr bool MemoryCanBeTold = true;
 
 class XmlRefusal : public rastrel::test::XmlTest {
  protected:
-  // Highest memory, in MiB, that a process took for a file beyond what it had before.
+  // Highest memory, in MiB, that a process took for a file beyond an idle process.
   double MemoryFor(const std::wstring& path, bool loads) {
     const auto peak = [](const auto& work) {
       const pid_t child = ::fork();
@@ -42,8 +42,8 @@ class XmlRefusal : public rastrel::test::XmlTest {
     EXPECT_EQ(loads ? 1 : 0, work.second);
     return MemoryCanBeTold ? work.first - idle.first : 0.0;
   }
-  // A hostile document is refused for the given reason, in memory that has nothing to do with what
-  // it wants.
+  // A hostile document is refused for the given reason, in memory that has nothing to do with the
+  // size it wants.
   void ExpectCheapRefusal(const std::string& content, const std::string& reason) {
     const std::wstring path = FileOf(content);
     EXPECT_LT(MemoryFor(path, false), 64.0);
@@ -60,7 +60,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-TEST_F(XmlRefusal, what_is_not_well_formed_is_no_document) {
+TEST_F(XmlRefusal, a_text_that_is_not_well_formed_is_no_document) {
   for (const wchar_t* const text : {L"",
                                     L" ",
                                     L"text",
@@ -167,17 +167,17 @@ TEST_F(XmlRefusal, half_a_pair_is_no_character) {
             "2:2: the text holds half of a surrogate pair");
 }
 
-TEST_F(XmlRefusal, tells_the_file_the_place_and_the_reason_and_logs_it) {
+TEST_F(XmlRefusal, has_the_file_the_place_and_the_reason_and_is_logged) {
   const std::wstring path = FileOf("<a>\n  <b></c>\n</a>");
   const std::size_t mark = m_Library.LogMark();
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(path)));
-  const auto failure = TakeXmlFailure();
-  ASSERT_TRUE(failure.has_value());
-  EXPECT_EQ(failure->where, rastrel::os::Utf8FromWide(path));
-  EXPECT_EQ(failure->line, 2);
-  EXPECT_GT(failure->column, 3);
-  EXPECT_NE(std::string::npos, failure->why.find("b line 2 and c")) << Reason();
-  EXPECT_EQ("[XML] " + Describe(*failure) + "\r\n", m_Library.LogTextsBehind(mark));
+  const auto state = TakeXmlFailure();
+  ASSERT_FALSE(state);
+  EXPECT_EQ(state.Error().where, rastrel::os::Utf8FromWide(path));
+  EXPECT_EQ(state.Error().line, 2);
+  EXPECT_GT(state.Error().column, 3);
+  EXPECT_NE(std::string::npos, state.Error().why.find("b line 2 and c")) << Reason();
+  EXPECT_EQ("[XML] " + Describe(state.Error()) + "\r\n", m_Library.LogTextsBehind(mark));
 }
 
 TEST_F(XmlRefusal, counts_columns_in_characters) {
@@ -190,22 +190,22 @@ TEST_F(XmlRefusal, counts_columns_in_characters) {
                                                  {"<" + two + " n='1'/></c>", 16}};
     for (const auto& [line, behind] : lines) {
       EXPECT_FALSE(static_cast<bool>(LoadFile("<a>\n" + line)));
-      const auto failure = TakeXmlFailure();
-      ASSERT_TRUE(failure.has_value());
-      EXPECT_EQ(failure->line, 2);
-      EXPECT_EQ(behind, failure->column) << line;
+      const auto state = TakeXmlFailure();
+      ASSERT_FALSE(state);
+      EXPECT_EQ(state.Error().line, 2);
+      EXPECT_EQ(behind, state.Error().column) << line;
     }
   }
 }
 
-TEST_F(XmlRefusal, is_told_once_and_not_after_a_success) {
+TEST_F(XmlRefusal, is_reported_once_and_not_after_a_success) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlString(L"<a>")));
   EXPECT_TRUE(static_cast<bool>(LoadXmlString(L"<a/>")));
-  EXPECT_TRUE(TakeXmlFailure().has_value());
-  EXPECT_FALSE(TakeXmlFailure().has_value());
+  EXPECT_FALSE(TakeXmlFailure());
+  EXPECT_TRUE(TakeXmlFailure());
 }
 
-TEST_F(XmlRefusal, is_described_without_what_is_unknown) {
+TEST_F(XmlRefusal, is_described_without_unknown_parts) {
   EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why", .line = 3, .column = 4}),
             "a.xml:3:4: why");
   EXPECT_EQ(rastrel::Describe({.where = "a.xml", .why = "why"}), "a.xml: why");
@@ -213,7 +213,7 @@ TEST_F(XmlRefusal, is_described_without_what_is_unknown) {
   EXPECT_EQ(rastrel::Describe({.why = "why"}), "why");
 }
 
-TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
+TEST_F(XmlRefusal, a_file_that_can_not_be_read_says_so) {
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide() + L"/absent.xml")));
   EXPECT_NE(std::string::npos, Reason().find("No such file"));
   EXPECT_FALSE(static_cast<bool>(LoadXmlFile(m_Files.Wide())));
@@ -224,7 +224,7 @@ TEST_F(XmlRefusal, what_can_not_be_read_says_so) {
   EXPECT_TRUE(Reason().ends_with("1:1: the document is empty"));
 }
 
-TEST_F(XmlRefusal, what_is_no_markup_at_all_says_so) {
+TEST_F(XmlRefusal, a_text_without_markup_says_so) {
   for (const char* const content : {"%PDF-1.7\n", "<!-- c -->\nplates"}) {
     EXPECT_FALSE(static_cast<bool>(LoadXmlFile(FileOf(content))));
     EXPECT_TRUE(Reason().ends_with("no tag stands where the document should begin")) << content;

@@ -14,7 +14,7 @@ class XmlSave : public rastrel::test::XmlTest {
   }
 };
 
-TEST_F(XmlSave, writes_the_node_and_what_is_below_it) {
+TEST_F(XmlSave, writes_the_node_and_its_descendants) {
   const XmlNode root = Load(L"<a><b n='1'>x<!--c--><?i d?><?j?><![CDATA[<y>]]><z/></b><not/></a>");
   EXPECT_EQ(Saved(FirstChildNamed(root, L"b")),
             "<b n=\"1\">x<!--c--><?i d?><?j?><![CDATA[<y>]]><z/></b>");
@@ -30,7 +30,7 @@ TEST_F(XmlSave, declares_the_namespaces_that_stood_further_out) {
             "<p:b xmlns=\"d\" xmlns:p=\"u\" xmlns:q=\"w\"><q:c p:n=\"1\"/></p:b>");
 }
 
-TEST_F(XmlSave, what_was_written_reads_back_as_it_was) {
+TEST_F(XmlSave, a_saved_node_reads_back_as_it_was) {
   const std::wstring text = L"<&>\"' ]]> \t\n\r \u20AC\U0001F600";
   const XmlNode root = Load(
       L"<a><b n='&lt;&amp;&gt;&quot;&apos; ]]&gt; &#9;&#10;&#13; \u20AC\U0001F600'>"

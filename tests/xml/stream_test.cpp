@@ -21,7 +21,7 @@ class Notes : public XmlStreamHandler {
     EXPECT_TRUE(NodeNameIs(start, name));
     EXPECT_FALSE(static_cast<bool>(FirstChild(start)));
     EXPECT_FALSE(static_cast<bool>(NextSibling(start)));
-    if (name.starts_with(L'x')) Refuse(L"no " + std::wstring(name) + L" here");
+    if (name.starts_with(L'x')) Refuse("no " + Utf8FromWide(name) + " here");
     if (name.starts_with(L's')) return StreamChoice::Skip;
     return name.starts_with(L'n') ? StreamChoice::Node : StreamChoice::Enter;
   }
@@ -32,11 +32,11 @@ class Notes : public XmlStreamHandler {
     m_Text += "{" + std::to_string(count) + " " + std::string(TextBytes(node, scratch)) + "|" +
               std::string(RawTextBytes(node, scratch)) + "}";
     for (const XmlNode& child : children)
-      if (NodeNameIs(child, L"refuse")) Refuse(L"not this");
+      if (NodeNameIs(child, L"refuse")) Refuse("not this");
   }
   void End(std::wstring_view name, int depth) override {
     m_Text += ">" + Utf8FromWide(name) + std::to_string(depth);
-    if (name == L"yEnd") Refuse(L"at the end");
+    if (name == L"yEnd") Refuse("at the end");
   }
   [[nodiscard]] const std::string& Text() const { return m_Text; }
 
@@ -99,7 +99,7 @@ TEST_F(XmlStream, a_fault_in_the_last_line_fails_the_whole) {
   EXPECT_EQ(NotesOf("<a><s><n></s></a>"), "<a0<s1!");
 }
 
-TEST_F(XmlStream, what_can_not_be_read_is_refused) {
+TEST_F(XmlStream, a_file_that_can_not_be_read_is_refused) {
   Notes notes;
   EXPECT_FALSE(StreamXmlFile(m_Files.Wide() + L"/absent.xml", notes));
   EXPECT_NE(Reason(), "");
@@ -121,7 +121,7 @@ TEST_F(XmlStream, one_part_has_its_limit) {
   EXPECT_EQ(NotesOf("<s>" + std::string(limits::StreamBytes, 'x') + "</s>"), "<s0");
 }
 
-TEST_F(XmlStream, what_is_skipped_or_entered_has_the_same_limit_of_depth) {
+TEST_F(XmlStream, skipped_and_entered_elements_have_the_same_limit_of_depth) {
   for (const char* const tag : {"s", "e", "n"}) {
     const auto nested = [&](int depth) {
       std::string content;

@@ -1,4 +1,4 @@
-// Elements that are taken whole and elements that come part by part: no handler can tell.
+// Elements that are taken whole and elements that come part by part: no handler sees a difference.
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ TEST_F(XmlStreaming, random_documents_come_the_same_whole_and_in_parts) {
   }
 }
 
-// What is looked through at a time ends somewhere in a row, and some rows are longer than that.
+// A piece of reading ends somewhere in a row, and some rows are longer than a piece.
 TEST_F(XmlStreaming, long_tables_come_the_same_whole_and_in_parts) {
   for (std::uint32_t seed = 0; seed < 12; ++seed) {
     const std::string document = rastrel::test::XmlTables(seed).Next(9000);
@@ -94,7 +94,7 @@ TEST_F(XmlStreaming, comments_that_begin_with_a_bracket_are_comments_wherever_th
   }
 }
 
-TEST_F(XmlStreaming, the_calls_tell_all_that_differs) {
+TEST_F(XmlStreaming, the_calls_show_all_differences) {
   EXPECT_EQ(CallsOf("<t><d>\n<r a='1'><c/>x</r></d></t>", {}),
             "\nbegin 0 t@1\nbegin 1 d@1\nbegin 2 r@2 a=[1]\nnode (0 r@2 a=[1](0 c@2)(1 [x]))"
             "\nend 1 d\nend 0 t");

@@ -1,4 +1,4 @@
-// What counts as a text, and which text.
+// Which nodes count as a text, and which text.
 
 #include "tests/xml/xml_fixture.h"
 
@@ -22,7 +22,7 @@ TEST_F(XmlText, blanks_of_unicode_are_text) {
   EXPECT_EQ(Text(Load(L"<a>\u2003x</a>")), L"\u2003x");
 }
 
-TEST_F(XmlText, is_what_stands_below_an_element_one_behind_the_other) {
+TEST_F(XmlText, is_all_text_below_an_element_in_order) {
   EXPECT_EQ(Text(Load(L"<a> one <b>two<!--not this--><?nor this?></b> "
                       L"<c><d> three</d></c> </a>")),
             L"one two three");
@@ -58,7 +58,7 @@ TEST_F(XmlText, the_five_entities_and_numbers_are_replaced) {
   EXPECT_EQ(Text(Load(L"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x20ac;&#x1F600;</a>")),
             L"<&>\"'A\u20AC\U0001F600");
   EXPECT_EQ(Attribute(Load(L"<a n='&lt;&amp;&gt;&quot;&apos;'/>"), L"n"), L"<&>\"'");
-  // What comes of an entity is text and not markup.
+  // An entity's characters are text and not markup.
   EXPECT_EQ(Text(Load(L"<a>&lt;b/&gt;</a>")), L"<b/>");
   EXPECT_EQ(Text(Load(L"<a>&amp;lt;</a>")), L"&lt;");
 }
@@ -114,7 +114,7 @@ TEST_F(XmlText, many_blanks_ahead_of_a_text_belong_to_it) {
   EXPECT_EQ(CountOf(Load(L"<a>" + blanks + L"</a>")), 0);
 }
 
-TEST_F(XmlText, what_stands_around_the_document_element_is_no_part_of_it) {
+TEST_F(XmlText, nodes_around_the_document_element_are_no_part_of_it) {
   const XmlNode root = Load(L"<?xml version='1.0'?>\n<!--a--><?b c?>\n<d/>\n<!--e--><?f?>\n");
   EXPECT_TRUE(NodeNameIs(root, L"d"));
   EXPECT_EQ(CountOf(root), 0);

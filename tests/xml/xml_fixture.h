@@ -22,7 +22,7 @@ class XmlTest : public LibraryTest {
   }
   XmlNode LoadFile(std::string_view content) { return LoadXmlFile(FileOf(content)); }
 
-  /// Loads what must be a document.
+  /// Loads a text that must be a document.
   static XmlNode Load(std::wstring_view text) {
     XmlNode root = LoadXmlString(text);
     EXPECT_TRUE(static_cast<bool>(root)) << Reason();
@@ -30,8 +30,8 @@ class XmlTest : public LibraryTest {
   }
   /// The latest reason, in UTF-8; empty if there is none.
   static std::string Reason() {
-    const auto failure = xml::TakeXmlFailure();
-    return failure ? Describe(*failure) : std::string();
+    const auto state = xml::TakeXmlFailure();
+    return state ? std::string() : Describe(state.Error());
   }
   /// Why a text is refused; empty if it is not.
   static std::string ReasonOf(std::wstring_view text) {

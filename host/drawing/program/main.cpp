@@ -33,10 +33,10 @@ std::string ReadInput() {
   std::string buffer(1 << 20, '\0');
   const HANDLE source = os::StandardHandle(os::StandardStream::Input);
   while (true) {
-    const long count = os::ReadSome(source, buffer.data(), buffer.size());
-    if (count < 0) EndWith("its bytes can't be read");
-    if (count == 0) return input;
-    input.append(buffer, 0, static_cast<std::size_t>(count));
+    const auto count = os::ReadSome(source, buffer.data(), buffer.size());
+    if (!count) EndWith("its bytes can't be read");
+    if (*count == 0) return input;
+    input.append(buffer, 0, *count);
   }
 }
 

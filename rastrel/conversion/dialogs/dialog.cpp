@@ -20,14 +20,32 @@ CDialog::~CDialog() = default;
 int CDialog::DoModal() {
   m_Ended = false;
   m_Result = CancelCommand;
-  m_pView = GetHost().GetDialogViews().MakeView(*this);
-  if (m_pView != nullptr) {
-    OnInitDialog();
-    if (!m_Ended) m_pView->RunModal();
+  try {
+    Show();
+  } catch (...) {
+    Leave();
+    throw;
   }
+  Leave();
+  return m_Result;
+}
+
+void CDialog::Show() {
+  m_pView = GetHost().GetDialogViews().MakeView(*this);
+  if (m_pView == nullptr) return;
+  // A view may cancel within each call, from its making on.
+  if (!m_Ended) OnInitDialog();
+  if (!m_Ended) m_pView->RunModal();
+  if (!m_Ended) Command(CancelCommand);
+}
+
+// The view goes first: it must not see a dialog that is being cleared up.
+void CDialog::Leave() noexcept {
   m_pView.reset();
   m_Ended = true;
-  return m_Result;
+  OnLeave();
+  while (TakeMessage()) {
+  }
 }
 
 void CDialog::EndDialog(int result) {
@@ -54,6 +72,8 @@ bool CDialog::OnInitDialog() {
   DoDataExchange(false);
   return true;
 }
+
+void CDialog::OnLeave() noexcept {}
 
 const DialogResource& CDialog::GetResource() const { return m_Resource; }
 

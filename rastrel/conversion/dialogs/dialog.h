@@ -28,7 +28,9 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   static constexpr unsigned CommandMessage = 0x0111;
 
   /// Shows the dialog until it has ended. Returns the argument of EndDialog, or CancelCommand if it
-  /// can't be shown.
+  /// can't be shown. A view that returns before the dialog has ended, or throws, has given it up:
+  /// the dialog is cancelled, and the exception goes on to the caller. Posted messages that nobody
+  /// took are gone afterwards, so the dialog may be shown again.
   virtual int DoModal();
   /// Ends the dialog; the first call counts.
   void EndDialog(int result);
@@ -40,8 +42,12 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   [[nodiscard]] virtual std::span<const Message> GetMessageMap() const;
   /// Moves values between the dialog and its controls. Does nothing here.
   virtual void DoDataExchange(bool fromControls);
-  /// Prepares the dialog before it is shown: exchanges data. Always true.
+  /// Prepares the dialog before it is shown: exchanges data. Always true. Not called on a dialog
+  /// that its view has cancelled already.
   virtual bool OnInitDialog();
+  /// The dialog has ended and is about to leave DoModal, on every road out of it. A derived class
+  /// ends here whatever still works for the dialog. Must not throw. Does nothing here.
+  virtual void OnLeave() noexcept;
 
   [[nodiscard]] const rastrel::host::DialogResource& GetResource() const override;
   [[nodiscard]] CWnd* GetParent() const override { return m_pParent; }
@@ -60,6 +66,9 @@ class CDialog : public CWnd, public rastrel::host::DialogLogic {
   void TranslateDialog();
 
  private:
+  void Show();
+  void Leave() noexcept;
+
   const rastrel::host::DialogResource& m_Resource;
   CWnd* m_pParent;
   std::unique_ptr<rastrel::host::DialogView> m_pView;

@@ -96,15 +96,29 @@ std::span<const CDialog::Message> CQProgressDlg::GetMessageMap() const {
 void CQProgressDlg::DoDataExchange(bool fromControls) { CDialog::DoDataExchange(fromControls); }
 
 bool CQProgressDlg::OnInitDialog() {
+  m_bCancelled = false;
+  m_Pending = 0;
   CDialog::OnInitDialog();
   SetRange(ProgressBar, LowestPercentage, HighestPercentage);
   SetPosition(ProgressBar, LowestPercentage);
-  if (m_pQueue) static_cast<void>(m_pQueue->StartFor(*this, m_File.c_str()));
+  // A view may have cancelled in each of these calls.
+  if (m_pQueue && !HasEnded()) m_bUnderWay = m_pQueue->StartFor(*this, m_File.c_str());
   TranslateDialog();
   return true;
 }
 
-bool CQProgressDlg::MayEndByItself() const { return m_pQueue && m_pQueue->IsRunning(); }
+void CQProgressDlg::OnLeave() noexcept {
+  if (m_bUnderWay) m_bCancelled = true;
+  AbortJob();
+}
+
+void CQProgressDlg::AbortJob() {
+  if (m_pQueue) m_pQueue->Abort();
+  m_bUnderWay = false;
+}
+
+// Without memory for the message of the job's end nothing ends the dialog any more.
+bool CQProgressDlg::MayEndByItself() const { return m_bUnderWay && !m_pQueue->IsEndLost(); }
 
 std::intptr_t CQProgressDlg::OnState(JT_INFO code) {
   if (const wchar_t* text = TextOf(code)) SetText(StageText, TranslatedText(text));
@@ -119,6 +133,7 @@ std::intptr_t CQProgressDlg::OnProgress(std::intptr_t percent) {
 }
 
 std::intptr_t CQProgressDlg::OnWorkEnded() {
+  m_bUnderWay = false;
   if (m_Pending != 0) EndAfterJob(m_Pending);
   return 1;
 }
@@ -127,14 +142,14 @@ std::intptr_t CQProgressDlg::OnWorkEnded() {
 // it; the dialog goes on taking messages meanwhile, so that it can be cancelled even then.
 void CQProgressDlg::EndAfterJob(int result) {
   if (m_Pending == 0) m_Pending = result;
-  if (m_pQueue && m_pQueue->IsRunning()) return;
+  if (m_bUnderWay) return;
   if (m_pQueue) m_pQueue->Join();
   EndDialog(m_Pending);
 }
 
 std::intptr_t CQProgressDlg::OnCancelButton() {
   m_bCancelled = true;
-  if (m_pQueue) m_pQueue->Abort();
+  AbortJob();
   EndDialog(CancelCommand);
   return 0;
 }

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/dialogs/cmd_line_q.h"
 #include "rastrel/conversion/dialogs/dialog.h"
 
 /// Watches the queue program work on one file. DoModal starts it and returns OkCommand when it has
@@ -37,10 +37,15 @@ class CQProgressDlg : public CDialog {
   [[nodiscard]] std::span<const Message> GetMessageMap() const override;
   void DoDataExchange(bool fromControls) override;
   bool OnInitDialog() override;
-  /// As long as the job runs.
+  /// Aborts a job that still runs.
+  void OnLeave() noexcept override;
+  /// From the start of the job until the dialog has handled the message of its end. The message is
+  /// posted after the job has ended, and in between nothing may be in the queue: the dialog ends by
+  /// itself even so.
   [[nodiscard]] bool MayEndByItself() const override;
 
-  /// Whether the user cancelled, so that the caller removes incomplete output.
+  /// Whether the user or the view gave up the last showing, so that the caller removes incomplete
+  /// output.
   [[nodiscard]] bool IsCancelled() const { return m_bCancelled; }
 
  private:
@@ -49,10 +54,12 @@ class CQProgressDlg : public CDialog {
   std::intptr_t OnWorkEnded();
   std::intptr_t OnCancelButton();
   void EndAfterJob(int result);
+  void AbortJob();
 
   std::wstring m_File;
   std::unique_ptr<CCmdLineQ> m_pQueue;
   bool m_bCancelled = false;
+  bool m_bUnderWay = false;  // a job was started, and the message of its end is not handled yet
   [[maybe_unused]] int m_Spare = 0;
   int m_Pending = 0;  // the dialog's result once the job has ended; 0: none yet
 };

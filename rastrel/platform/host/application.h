@@ -1,6 +1,6 @@
 #pragma once
 
-/// The application behind the document: palette, sign blank, pages, plates, drill points, files.
+/// The application that has the document: palette, sign blank, pages, plates, drill points, files.
 
 #include <cstdint>
 #include <memory>

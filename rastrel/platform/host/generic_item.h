@@ -8,8 +8,8 @@
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"
 
-/// An object of the host that can become an element of the document and then stands in the document
-/// for its content. The host makes all of them; only the user interface thread uses them.
+/// An object of the host that can become an element of the document and then represents its content
+/// in the document. The host makes all of them; only the user interface thread uses them.
 class RASTREL_API CGenericItem {
  public:
   CGenericItem() = default;
@@ -23,7 +23,7 @@ class RASTREL_API CGenericItem {
   virtual int Add(int visible, int selectable, int reserved,
                   rastrel::host::ObjectHandle& object) = 0;
 
-  /// Replaces the picture that stands for the item by the bitmap file at that path (wide, ends with
+  /// Replaces the picture of the item by the bitmap file at that path (wide, ends with
   /// a zero). Non-zero for success. By default 0: the item has no picture.
   virtual int CreatePreviewBmp(const wchar_t* path);
 };

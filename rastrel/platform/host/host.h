@@ -67,8 +67,8 @@ class RASTREL_API Translation {
 /// no host gets the standalone host, with `settings.ini` and `Queue` of the data root, with English
 /// texts, and without a document.
 ///
-/// What an operation returns belongs to the host, and is the same object in each call while the
-/// host is installed.
+/// A returned object belongs to the host, and is the same object in each call while the host is
+/// installed.
 class RASTREL_API Host {
  public:
   virtual ~Host();
@@ -78,8 +78,9 @@ class RASTREL_API Host {
   [[nodiscard]] virtual Directories& GetDirectories() = 0;
   /// The translation table. Any thread.
   [[nodiscard]] virtual Translation& GetTranslation() = 0;
-  /// Shows the user that the host is busy, until its next event. On the user interface thread. By
-  /// default nothing.
+  /// Shows the user that the host is busy, until its next event. On the user interface thread by
+  /// imports; on their caller's by GetPSPageSize and by the readers of job notes and spreadsheets.
+  /// By default nothing.
   virtual void BeginWaitCursor();
 
   /// The views that show dialogs (dialogs.h). On the user interface thread. By default views that

@@ -16,8 +16,8 @@
 class CVKBitmap;
 class CVKColor;
 
-/// Paths of lines and arcs that are not in the document yet. The host makes it and alone knows what
-/// is in it; the library fills it through `PA_...` and deletes it.
+/// Paths of lines and arcs that are not in the document yet. The host makes it and alone knows its
+/// content; the library fills it through `PA_...` and deletes it.
 class RASTREL_API POLYARC {
  public:
   POLYARC() = default;
@@ -28,8 +28,8 @@ class RASTREL_API POLYARC {
 
 namespace rastrel::host {
 
-/// The content that `DBInsertElement` makes an object of; never null. It stays the caller's, and
-/// the host copies what it needs.
+/// The content that `DBInsertElement` makes an object of; never null. It stays the caller's: the
+/// host makes its own copy.
 using ElementData = std::variant<const ParagraphEle*, const POLYARC*>;
 
 /// The document database. One document is open. Only the user interface thread calls, and nothing
@@ -131,7 +131,7 @@ class RASTREL_API ObjectStore {
   virtual void DBSelect(ObjectHandle object);
   /// Replaces the selection by a list's members. By default nothing.
   virtual void DBSetSelectedList(ListHandle list);
-  /// Tells the host's windows that the selection has changed. By default nothing.
+  /// Notifies the host's windows that the selection has changed. By default nothing.
   virtual void DBNotifySelectionChanged();
   /// Reads the bounds of all members of a list together, in world units. Non-zero for success; 0
   /// leaves `bounds` as it was. By default 0.

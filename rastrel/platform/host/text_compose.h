@@ -118,7 +118,7 @@ class RASTREL_API TextCompose {
 
   // --- Replaceable items of a text ---
 
-  /// The numbers of the pieces of a text that stand for values from outside. By default none.
+  /// The numbers of the pieces of a text that values from outside replace. By default none.
   [[nodiscard]] virtual std::vector<int> MakeReplaceableItemsListForParagraphEle(
       const ParagraphEle& paragraph);
   /// The text of such a piece, at most 128 characters. By default empty.

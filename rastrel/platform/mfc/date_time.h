@@ -19,8 +19,8 @@ class RASTREL_API COleDateTime {
   /// A calendar moment: month and day from 1, hour 0 to 23. Invalid if there is no such day or
   /// time, or the year is not 100 to 9999.
   COleDateTime(int year, int month, int day, int hour, int minute, int second);
-  /// The current moment. Invalid if the conversion to days and back does not give the same calendar
-  /// moment.
+  /// The current moment. Invalid if the conversion to days and back does not lead to the same
+  /// calendar moment.
   static COleDateTime GetCurrentTime();
 
   /// The state, m_status. Setting it does not change the days.

@@ -26,15 +26,16 @@ bool CFile::Open(const wchar_t* path, unsigned flags) {
 unsigned CFile::Read(void* bytes, unsigned count) {
   unsigned used = 0;
   while (used < count) {
-    const long got = os::ReadSome(m_Descriptor, static_cast<char*>(bytes) + used, count - used);
-    if (got <= 0) break;
-    used += static_cast<unsigned>(got);
+    const auto got = os::ReadSome(m_Descriptor, static_cast<char*>(bytes) + used, count - used);
+    if (!got || *got == 0) break;
+    used += static_cast<unsigned>(*got);
   }
   return used;
 }
 
 bool CFile::Write(const void* bytes, unsigned count) {
-  return os::WriteAll(m_Descriptor, std::string_view(static_cast<const char*>(bytes), count));
+  const std::string_view content(static_cast<const char*>(bytes), count);
+  return static_cast<bool>(os::WriteAll(m_Descriptor, content));
 }
 
 void CFile::Close() {

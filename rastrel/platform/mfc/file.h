@@ -19,13 +19,15 @@ class RASTREL_API CFile {
   CFile(const CFile&) = delete;
   CFile& operator=(const CFile&) = delete;
 
-  /// Opens a file by its library path (platform/os/path.h). modeCreate makes or truncates it. False
-  /// with errno set if it can't be opened.
+  /// Opens a file by its library path (platform/os/path.h), which must not be null, in place of one
+  /// that is open. modeWrite alone opens an existing file, at its start, and keeps its content;
+  /// modeCreate makes or truncates it. False with errno set, and no file is open, if it can't be
+  /// opened.
   [[nodiscard]] virtual bool Open(const wchar_t* path, unsigned flags);
   /// Reads up to `count` bytes and returns the number read, which is less only at the end or on a
-  /// failure.
+  /// failure; 0 if no file is open.
   virtual unsigned Read(void* bytes, unsigned count);
-  /// Writes `count` bytes. False if not all could be written.
+  /// Writes `count` bytes. False with errno set if not all could be written, or if no file is open.
   [[nodiscard]] virtual bool Write(const void* bytes, unsigned count);
   /// Closes the file. A second call does nothing. The destructor closes too.
   virtual void Close();

@@ -21,7 +21,8 @@ std::mutex& UnlockMutex() {
 }  // namespace
 
 CSemaphore::CSemaphore(int initialCount, int maximumCount)
-    : m_hObject(os::CreateSemaphoreHandle(static_cast<unsigned>(std::max(initialCount, 0)))),
+    : m_hObject(os::CreateSemaphoreHandle(static_cast<unsigned>(std::max(initialCount, 0)))
+                    .ValueOr(INVALID_HANDLE_VALUE)),
       m_Maximum(maximumCount) {}
 
 CSemaphore::~CSemaphore() { os::CloseHandle(m_hObject); }
@@ -34,8 +35,7 @@ bool CSemaphore::Unlock() {
   if (m_hObject == INVALID_HANDLE_VALUE) return false;
   const std::scoped_lock lock(UnlockMutex());
   if (static_cast<std::int64_t>(os::SemaphoreCount(m_hObject)) >= m_Maximum) return false;
-  os::ReleaseSemaphoreHandle(m_hObject);
-  return true;
+  return static_cast<bool>(os::ReleaseSemaphoreHandle(m_hObject));
 }
 
 CSingleLock::CSingleLock(CSemaphore* semaphore, bool initialLock) : m_pObject(semaphore) {

@@ -7,8 +7,8 @@
 /// is readable while the count is above 0. Any thread may use it, several at once.
 class RASTREL_API CSemaphore {
  public:
-  /// Starts with that count. `maximumCount` limits Unlock. If the system has no handle to give,
-  /// m_hObject is INVALID_HANDLE_VALUE, and every operation fails.
+  /// Starts with that count, or 0 for a negative one. `maximumCount` limits Unlock. If the system
+  /// has no handle left, m_hObject is INVALID_HANDLE_VALUE, and every operation fails.
   explicit CSemaphore(int initialCount = 1, int maximumCount = 1);
   ~CSemaphore();
   CSemaphore(const CSemaphore&) = delete;
@@ -17,8 +17,8 @@ class RASTREL_API CSemaphore {
   /// Takes one from the count, waiting without a time limit while it is 0. False if the wait
   /// failed.
   [[nodiscard]] bool Lock();
-  /// Adds one to the count. False, and nothing changes, at the maximum. Never blocks. A wait that
-  /// begins later finds the count.
+  /// Adds one to the count. False, and nothing changes, at the maximum or if the system refuses it.
+  /// Never blocks. A wait that begins later finds the count.
   bool Unlock();
 
   HANDLE m_hObject;  ///< owned; INVALID_HANDLE_VALUE if it could not be made
@@ -39,7 +39,7 @@ class RASTREL_API CSingleLock {
   CSingleLock& operator=(const CSingleLock&) = delete;
 
   /// Waits for a count, without a time limit, and holds it. False if the wait failed or there is no
-  /// semaphore.
+  /// semaphore. REQUIRES: none is held, since Unlock returns one count only.
   [[nodiscard]] bool Lock();
   /// Gives the count back. False if it is not held. Of two threads that call it at once, one
   /// succeeds.

@@ -7,7 +7,7 @@
 
 namespace os = rastrel::os;
 
-CWnd::CWnd() : m_hEvent(os::CreateSemaphoreHandle(0)) {}
+CWnd::CWnd() : m_hEvent(os::CreateSemaphoreHandle(0).ValueOr(INVALID_HANDLE_VALUE)) {}
 
 CWnd::~CWnd() { os::CloseHandle(m_hEvent); }
 
@@ -18,7 +18,7 @@ bool CWnd::PostMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lP
   } catch (const std::bad_alloc&) {
     return false;
   }
-  if (m_hEvent != INVALID_HANDLE_VALUE) os::ReleaseSemaphoreHandle(m_hEvent);
+  if (m_hEvent != INVALID_HANDLE_VALUE) static_cast<void>(os::ReleaseSemaphoreHandle(m_hEvent));
   return true;
 }
 

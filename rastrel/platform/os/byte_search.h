@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <span>
 
-/// Searches through large text in memory, as fast as memory gives it. Each has a form for the
-/// processor's widest registers, chosen once at run time; all forms give the same results.
+/// Searches through large text in memory, as fast as memory delivers it. Each has a form for the
+/// processor's widest registers, chosen once at run time; all forms return the same results.
 /// No search reads a byte outside of [begin, end).
 namespace rastrel::os {
 

@@ -15,7 +15,7 @@ struct LocalTime {
   int second = 0;
 };
 
-/// The current local time. All zero if the system can't give it.
+/// The current local time. All zero if the system has none.
 [[nodiscard]] LocalTime CurrentLocalTime();
 
 /// Nanoseconds of a clock that only goes forward.

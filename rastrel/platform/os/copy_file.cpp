@@ -44,7 +44,7 @@ FileDescriptor OpenTarget(FileAt target, const struct stat& source) {
   return file;
 }
 
-bool CopyContent(int source, int target, std::uint64_t size) {
+Expected<void> CopyContent(int source, int target, std::uint64_t size) {
   std::uint64_t left = size;
   while (left > 0) {
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, 1U << 30));
@@ -55,12 +55,13 @@ bool CopyContent(int source, int target, std::uint64_t size) {
   }
   // If the kernel can't copy by itself (to another file system, say), the rest goes through memory.
   // Files of the proc file system have no size, so their content always does.
-  return (size > 0 && left == 0) || AppendContent(target, source);
+  if (size > 0 && left == 0) return {};
+  return AppendContent(target, source);
 }
 
 Expected<void> Fill(int source, int target, const struct stat& state, const char* name) {
-  if (!CopyContent(source, target, static_cast<std::uint64_t>(state.st_size)))
-    return Failure{"write", name, errno};
+  const auto copied = CopyContent(source, target, static_cast<std::uint64_t>(state.st_size));
+  if (!copied) return Failure{"write", name, copied.Error().error};
   if (::fchmod(target, state.st_mode & 0777U) != 0) return Failure{"fchmod", name, errno};
   const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, state.st_mtim};
   if (::futimens(target, times) != 0) return Failure{"futimens", name, errno};

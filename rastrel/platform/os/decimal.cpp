@@ -18,4 +18,10 @@ std::string ShortDecimal(double value, int places) {
   return text == "-0" ? "0" : text;
 }
 
+std::string ShortestDecimal(double value) {
+  // A sign, 17 digits, a point and an exponent of three digits fit.
+  std::array<char, 32> digits;
+  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr};
+}
+
 }  // namespace rastrel::os

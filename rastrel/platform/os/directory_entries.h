@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::os {
 
 /// One name in a directory, as bytes: it need not be UTF-8.
@@ -20,22 +22,24 @@ struct DirectoryEntry {
 class DirectoryReader {
  public:
   /// Opens `name` below the open directory `parent` (or AT_FDCWD). With `followLink` unset a link
-  /// is a failure. On a failure IsOpen is false and errno has the reason.
-  DirectoryReader(int parent, const char* name, bool followLink);
+  /// is a failure.
+  [[nodiscard]] static Expected<DirectoryReader> Open(int parent, const char* name,
+                                                      bool followLink);
 
-  [[nodiscard]] bool IsOpen() const { return m_Stream != nullptr; }
-  /// The directory's descriptor, for calls on its entries. REQUIRES: open.
+  /// The directory's descriptor, for calls on its entries.
   [[nodiscard]] int Descriptor() const { return ::dirfd(m_Stream.get()); }
 
-  /// Stores the next entries, unsorted and without "." and ".."; none at the end. False with errno
-  /// set if the directory can't be read further.
-  [[nodiscard]] bool ReadPiece(std::vector<DirectoryEntry>& entries);
+  /// Stores the next entries, unsorted and without "." and ".."; none at the end. The Failure
+  /// has no `where`.
+  [[nodiscard]] Expected<void> ReadPiece(std::vector<DirectoryEntry>& entries);
 
  private:
   static constexpr std::size_t PieceEntries = 65536;
   struct Closer {
     void operator()(DIR* stream) const { ::closedir(stream); }
   };
+  explicit DirectoryReader(DIR* stream) : m_Stream(stream) {}
+
   std::unique_ptr<DIR, Closer> m_Stream;
 };
 

@@ -61,6 +61,13 @@ struct Failure {
   return failure;
 }
 
+/// The same failure with another object: for a caller that has the name of a file of which the call
+/// knew the descriptor only.
+[[nodiscard]] inline Failure FailureAt(std::string where, Failure failure) {
+  failure.where = std::move(where);
+  return failure;
+}
+
 /// A value, or the failure that kept it from being had. Owns either. Made of a `T` or of a
 /// `Failure` implicitly: `return file;`, `return Failure{"open", path, errno};`.
 template <typename T>
@@ -80,6 +87,9 @@ class [[nodiscard]] Expected {
   T&& operator*() && { return std::get<0>(std::move(m_State)); }
   T* operator->() { return &std::get<0>(m_State); }
   const T* operator->() const { return &std::get<0>(m_State); }
+
+  /// The value, or `other` if there is none.
+  [[nodiscard]] T ValueOr(T other) const& { return *this ? **this : other; }
 
   /// REQUIRES: there is no value. Valid as long as this.
   const Failure& Error() const { return std::get<1>(m_State); }
@@ -107,5 +117,11 @@ class [[nodiscard]] Expected<void> {
   Failure m_Failure;
   bool m_Failed = false;
 };
+
+/// Stores a failure, unless one is stored already: of several steps that all run, the first failure
+/// is reported.
+inline void KeepFirst(Expected<void>& result, Failure failure) {
+  if (result) result = std::move(failure);
+}
 
 }  // namespace rastrel

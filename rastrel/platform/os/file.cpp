@@ -29,10 +29,8 @@ Failure FailureOf(const char* operation, std::string subject) {
 }
 
 Expected<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
-  int descriptor = Calls().open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
-  if (descriptor < 0) return FailureOf("open", path);
-  return FileDescriptor(descriptor);
+  return TakeDescriptor(Calls().open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode), "open",
+                        path);
 }
 
 // Reads to the end. `expected` is only a first guess: files of the proc file system have size 0.
@@ -44,11 +42,11 @@ Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::ui
     const std::uint64_t left = used < expected ? expected - used : 0;
     const std::uint64_t piece = std::clamp<std::uint64_t>(left + 1, 4096, ReadPiece);
     content.resize(std::max(content.size(), used + static_cast<std::size_t>(piece)));
-    const long got = ReadSome(descriptor, content.data() + used, static_cast<std::size_t>(piece));
-    if (got < 0) return FailureOf("read", path);
-    used += static_cast<std::size_t>(got);
+    const auto got = ReadSome(descriptor, content.data() + used, static_cast<std::size_t>(piece));
+    if (!got) return FailureAt(path, got.Error());
+    used += *got;
     if (used > limit) return Failure{"read", path, EFBIG};
-    if (got == 0) break;
+    if (*got == 0) break;
   }
   content.resize(used);
   return content;
@@ -78,14 +76,16 @@ void SyncDirectoryOf(const std::string& path) {
   if (handle.IsOpen()) ::fsync(handle.Get());
 }
 
-// Returns the call that failed, or null.
-const char* FillAndRename(const FileDescriptor& file, const std::string& temporary,
-                          const std::string& target, std::string_view content,
-                          const struct stat* old) {
-  if (!WriteAll(file.Get(), content)) return "write";
-  if (old != nullptr && ::fchmod(file.Get(), old->st_mode & 07777U) != 0) return "fchmod";
-  if (::fsync(file.Get()) != 0) return "fsync";
-  return ::rename(temporary.c_str(), target.c_str()) != 0 ? "rename" : nullptr;
+Expected<void> FillAndRename(const FileDescriptor& file, const std::string& temporary,
+                             const std::string& target, std::string_view content,
+                             const struct stat* old) {
+  if (const auto written = WriteAll(file.Get(), content); !written)
+    return FailureAt(target, written.Error());
+  if (old != nullptr && ::fchmod(file.Get(), old->st_mode & 07777U) != 0)
+    return FailureOf("fchmod", target);
+  if (::fsync(file.Get()) != 0) return FailureOf("fsync", target);
+  if (::rename(temporary.c_str(), target.c_str()) != 0) return FailureOf("rename", target);
+  return {};
 }
 
 // Where a link leads, so that replacing leaves the link in place.
@@ -125,12 +125,22 @@ Expected<FileStamp> StampOf(std::wstring_view path) {
                                state.st_mtim.tv_nsec};
 }
 
-bool MakeDirectory(std::wstring_view path) { return ::mkdir(ToNative(path).c_str(), 0777) == 0; }
+Expected<void> MakeDirectory(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  if (::mkdir(native.c_str(), 0777) != 0) return FailureOf("mkdir", native);
+  return {};
+}
 
-bool RemoveFile(std::wstring_view path) { return Calls().unlink(ToNative(path).c_str()) == 0; }
+Expected<void> RemoveFile(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  if (Calls().unlink(native.c_str()) != 0) return FailureOf("unlink", native);
+  return {};
+}
 
-bool RenameFile(std::wstring_view source, std::wstring_view target) {
-  return ::rename(ToNative(source).c_str(), ToNative(target).c_str()) == 0;
+Expected<void> RenameFile(std::wstring_view source, std::wstring_view target) {
+  const std::string to = ToNative(target);
+  if (::rename(ToNative(source).c_str(), to.c_str()) != 0) return FailureOf("rename", to);
+  return {};
 }
 
 Expected<bool> IsReadOnly(std::wstring_view path) {
@@ -140,11 +150,13 @@ Expected<bool> IsReadOnly(std::wstring_view path) {
   return (state.st_mode & S_IWUSR) == 0;
 }
 
-bool ClearReadOnly(std::wstring_view path) {
+Expected<void> ClearReadOnly(std::wstring_view path) {
   const std::string native = ToNative(path);
   struct stat state {};
-  return ::stat(native.c_str(), &state) == 0 &&
-         ::chmod(native.c_str(), (state.st_mode & 07777U) | S_IWUSR) == 0;
+  if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
+  if (::chmod(native.c_str(), (state.st_mode & 07777U) | S_IWUSR) != 0)
+    return FailureOf("chmod", native);
+  return {};
 }
 
 Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit) {
@@ -168,11 +180,10 @@ Expected<void> ReplaceFile(std::wstring_view path, std::string_view content) {
   std::string temporary;
   const Expected<FileDescriptor> file = OpenBeside(target, temporary);
   if (!file) return file.Error();
-  const char* failed = FillAndRename(*file, temporary, target, content, existed ? &old : nullptr);
-  if (failed != nullptr) {
-    const Failure failure = FailureOf(failed, target);
+  auto replaced = FillAndRename(*file, temporary, target, content, existed ? &old : nullptr);
+  if (!replaced) {
     ::unlink(temporary.c_str());
-    return failure;
+    return replaced;
   }
   SyncDirectoryOf(target);
   return {};
@@ -194,18 +205,14 @@ Expected<FileDescriptor> OpenForReading(std::wstring_view path) {
   return Open(ToNative(path), O_RDONLY, 0);
 }
 
-bool WriteAll(int descriptor, std::string_view bytes) {
+Expected<void> WriteAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = Calls().write(descriptor, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    if (written == 0) {
-      errno = EIO;
-      return false;
-    }
+    if (written <= 0) return Failure{"write", {}, written < 0 ? errno : EIO};
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
-  return true;
+  return {};
 }
 
 Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target) {

@@ -8,7 +8,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 
 /// Single files and directories by library path (see path.h). Links are followed unless a line
-/// says otherwise. errno is left as the failing call set it.
+/// says otherwise.
 namespace rastrel::os {
 
 /// True if an entry of that name exists, of any kind.
@@ -30,19 +30,18 @@ struct FileStamp {
 };
 [[nodiscard]] Expected<FileStamp> StampOf(std::wstring_view path);
 
-/// Creates one directory with mode 0777 less the umask. False with errno set if that failed, and if
-/// it exists.
-[[nodiscard]] bool MakeDirectory(std::wstring_view path);
+/// Creates one directory with mode 0777 less the umask. `Failure` also if it exists (EEXIST).
+[[nodiscard]] Expected<void> MakeDirectory(std::wstring_view path);
 /// Removes a file or link (never a directory).
-[[nodiscard]] bool RemoveFile(std::wstring_view path);
-/// Gives a file another name on the same file system, and replaces a file of that name. False with
-/// errno set.
-[[nodiscard]] bool RenameFile(std::wstring_view source, std::wstring_view target);
+[[nodiscard]] Expected<void> RemoveFile(std::wstring_view path);
+/// Gives a file another name on the same file system, and replaces a file of that name. The
+/// Failure's `where` is the target.
+[[nodiscard]] Expected<void> RenameFile(std::wstring_view source, std::wstring_view target);
 
 /// Whether the owner's write bit is off. `Failure` if the attributes can't be read.
 [[nodiscard]] Expected<bool> IsReadOnly(std::wstring_view path);
 /// Sets the owner's write bit, and nothing else.
-[[nodiscard]] bool ClearReadOnly(std::wstring_view path);
+[[nodiscard]] Expected<void> ClearReadOnly(std::wstring_view path);
 
 /// The whole file. `Failure` also if it is larger than `limit` bytes (error EFBIG) or not a
 /// regular file (EINVAL); never blocks on a pipe.
@@ -60,8 +59,8 @@ struct FileStamp {
 [[nodiscard]] Expected<FileDescriptor> OpenForWriting(std::wstring_view path);
 /// Opens for reading, with the same care.
 [[nodiscard]] Expected<FileDescriptor> OpenForReading(std::wstring_view path);
-/// Writes all of it, going on after short writes and interruptions. False with errno set.
-[[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
+/// Writes all of it, going on after short writes and interruptions. The Failure has no `where`.
+[[nodiscard]] Expected<void> WriteAll(int descriptor, std::string_view bytes);
 
 /// Copies one regular file over `target`, content, permission bits and modification time. By a
 /// reflink or in the kernel where the file system can.

@@ -23,11 +23,12 @@ constexpr mode_t PermissionBits = 0777;
 
 Expected<FileDescriptor> OpenRegularFile(std::wstring_view path) {
   const std::string native = ToNative(path);
-  int descriptor = Calls().open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0);
-  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
-  FileDescriptor file(descriptor);
+  auto file =
+      TakeDescriptor(Calls().open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0),
+                     "open", native);
+  if (!file) return file;
   struct stat state {};
-  if (!file.IsOpen() || ::fstat(file.Get(), &state) != 0) return Failure{"open", native, errno};
+  if (::fstat(file->Get(), &state) != 0) return Failure{"open", native, errno};
   if (S_ISREG(state.st_mode)) return file;
   return Failure{"open", native, S_ISDIR(state.st_mode) ? EISDIR : EINVAL};
 }
@@ -39,28 +40,27 @@ void PrepareCopy(int target, int source, std::uint64_t more) {
   static_cast<void>(Calls().reserve(target, state.st_size + static_cast<off64_t>(more)));
 }
 
-bool AppendContent(int target, int source) {
+Expected<void> AppendContent(int target, int source) {
   // Left as it comes: clearing it would cost as much as a small file's copy.
   const std::unique_ptr<char[]> buffer(new char[Piece]);
   for (;;) {
-    const long got = ReadSome(source, buffer.get(), Piece);
-    if (got <= 0) return got == 0;
-    if (!WriteAll(target, {buffer.get(), static_cast<std::size_t>(got)})) return false;
+    const auto got = ReadSome(source, buffer.get(), Piece);
+    if (!got) return got.Error();
+    if (*got == 0) return {};
+    if (auto written = WriteAll(target, {buffer.get(), *got}); !written) return written;
   }
 }
 
-bool RenameToNew(std::wstring_view source, std::wstring_view target) {
+Expected<void> RenameToNew(std::wstring_view source, std::wstring_view target) {
   const std::string from = ToNative(source);
   const std::string to = ToNative(target);
-  if (Calls().rename_new(from.c_str(), to.c_str()) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
+  if (Calls().rename_new(from.c_str(), to.c_str()) == 0) return {};
+  if (errno != EINVAL && errno != ENOSYS) return Failure{"rename", to, errno};
   // A file system that can't refuse by itself.
   struct stat state {};
-  if (::lstat(to.c_str(), &state) == 0) {
-    errno = EEXIST;
-    return false;
-  }
-  return ::rename(from.c_str(), to.c_str()) == 0;
+  if (::lstat(to.c_str(), &state) == 0) return Failure{"rename", to, EEXIST};
+  if (::rename(from.c_str(), to.c_str()) != 0) return Failure{"rename", to, errno};
+  return {};
 }
 
 }  // namespace rastrel::os

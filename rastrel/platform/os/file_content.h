@@ -19,10 +19,11 @@ namespace rastrel::os {
 void PrepareCopy(int target, int source, std::uint64_t more);
 
 /// Appends the content of `source`, from its current position, to `target`, through one buffer of
-/// 512 KiB. False with errno set if a read or a write fails; the bytes written until then stay.
-[[nodiscard]] bool AppendContent(int target, int source);
+/// 512 KiB. The bytes written before a failure stay. The Failure's `what` is "read" or "write", and
+/// it has no `where`.
+[[nodiscard]] Expected<void> AppendContent(int target, int source);
 
-/// Gives a file another name, which must be free. False with errno set; EEXIST if it is not free.
-[[nodiscard]] bool RenameToNew(std::wstring_view source, std::wstring_view target);
+/// Gives a file another name, which must be free (EEXIST). The Failure's `where` is the target.
+[[nodiscard]] Expected<void> RenameToNew(std::wstring_view source, std::wstring_view target);
 
 }  // namespace rastrel::os

@@ -17,6 +17,7 @@ namespace {
 struct Progress {
   std::uint64_t size = 0;
   Growth state = Growth::Grown;
+  bool isAwaited = false;
 };
 
 // A file by its device and number, which any path to it leads to.
@@ -64,6 +65,13 @@ void GrowingFile::Grow(std::uint64_t size) {
   files.changed.notify_all();
 }
 
+bool GrowingFile::IsAwaited() const {
+  Register& files = Files();
+  const std::lock_guard lock(files.mutex);
+  const auto file = files.files.find({m_Device, m_Number});
+  return file != files.files.end() && file->second.isAwaited;
+}
+
 void GrowingFile::End(bool isWhole) {
   Register& files = Files();
   {
@@ -89,9 +97,10 @@ Growth WaitForGrowth(int descriptor, std::uint64_t size) {
     if (file == files.files.end()) break;
     if (file->second.size > size) return Growth::Grown;
     if (file->second.state == Growth::Failed) return Growth::Failed;
+    file->second.isAwaited = true;
     files.changed.wait(lock);
   }
-  // What was written between the reader's last look and the end.
+  // The bytes written between the reader's last look and the end.
   if (::fstat(descriptor, &state) != 0) return Growth::Failed;
   return static_cast<std::uint64_t>(state.st_size) > size ? Growth::Grown : Growth::Whole;
 }

@@ -23,6 +23,8 @@ class GrowingFile {
   [[nodiscard]] const Expected<void>& State() const { return m_State; }
   /// The file has `size` bytes now; waiting readers continue.
   void Grow(std::uint64_t size);
+  /// Whether a reader has come to the file's end and waited there.
+  [[nodiscard]] bool IsAwaited() const;
   /// The file is complete, or will never be. Readers at its end get Whole or Failed.
   void End(bool isWhole);
 

@@ -22,8 +22,10 @@ bool IsProgram(const std::string& path) {
          ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
 }
 
-bool SetEnvironmentValue(const char* name, const char* value) {
-  return (value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1)) == 0;
+Expected<void> SetEnvironmentValue(const char* name, const char* value) {
+  if ((value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1)) != 0)
+    return Failure{"setenv", name, errno};
+  return {};
 }
 
 }  // namespace rastrel::os

@@ -15,8 +15,8 @@ namespace rastrel::os {
 [[nodiscard]] bool IsProgram(const std::string& path);
 
 /// Sets a variable of this process's environment, which children started from now on get, or
-/// removes it if `value` is null. False if it can't be had. REQUIRES: no other thread reads the
+/// removes it if `value` is null. REQUIRES: no other thread reads the
 /// environment meanwhile.
-bool SetEnvironmentValue(const char* name, const char* value);
+[[nodiscard]] Expected<void> SetEnvironmentValue(const char* name, const char* value);
 
 }  // namespace rastrel::os

@@ -10,12 +10,12 @@
 namespace rastrel::os {
 
 /// Digits, a point and digits, and an exponent (e or E, sign, digits) if it is whole. Rounded to
-/// the nearest; too large gives an infinity of its sign, too small gives 0. Names of numbers and
+/// the nearest; too large is an infinity of its sign, too small is 0. Names of numbers and
 /// hexadecimal ones are no numbers.
 [[nodiscard]] double DoubleFromText(std::string_view text);
 [[nodiscard]] double DoubleFromText(std::wstring_view text);
 
-/// Digits. Too large or too small gives the largest or smallest number that there is.
+/// Digits. Too large or too small is the largest or smallest number that there is.
 [[nodiscard]] std::int32_t Int32FromText(std::string_view text);
 [[nodiscard]] std::int32_t Int32FromText(std::wstring_view text);
 /// The same with 64 bits.

@@ -11,7 +11,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "rastrel/platform/os/text.h"
@@ -108,6 +110,16 @@ std::string ConfiguredDataRoot() {
   return WithoutClosingSlashes(HomeDirectory()) + "/.local/share/rastrel";
 }
 
+// A relative root means the directory of the first look, however often the host changes its own.
+std::string FromFirstDirectory(const std::string& root) {
+  static std::mutex mutex;
+  static auto* const roots = new std::map<std::string, std::string>;
+  const std::scoped_lock lock(mutex);
+  const auto [known, isNew] = roots->try_emplace(root);
+  if (isNew) known->second = CurrentDirectory() + "/" + root;
+  return known->second;
+}
+
 }  // namespace
 
 std::string ToNative(std::wstring_view path) {
@@ -137,8 +149,7 @@ std::wstring FromNative(std::string_view path) { return WideFromUtf8(path); }
 std::string DataRoot() {
   // Children get paths below the root and run in another directory.
   std::string root = WithoutClosingSlashes(ConfiguredDataRoot());
-  if (!root.starts_with('/')) root = CurrentDirectory() + "/" + root;
-  return root;
+  return root.starts_with('/') ? root : FromFirstDirectory(root);
 }
 
 PathParts SplitPath(std::wstring_view path) {

@@ -23,7 +23,8 @@ namespace rastrel::os {
 
 /// The root of the library's own files: $RASTREL_HOME, else `rastrel` under $XDG_DATA_HOME, else
 /// `.local/share/rastrel` under the home directory. No closing slash. Read from the environment at
-/// every call; the directory need not exist.
+/// every call; the directory need not exist. A relative $RASTREL_HOME is taken from the directory
+/// that was the present one at the first look at that value. A child gets it so (CCPHelper).
 [[nodiscard]] std::string DataRoot();
 
 /// The parts of a path as `_wsplitpath` makes them. drive + directory + name + extension is the

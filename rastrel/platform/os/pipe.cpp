@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "rastrel/platform/os/file.h"
@@ -26,18 +28,15 @@ struct Ends {
   FileDescriptor write;
 };
 
-bool LiftAboveStandard(FileDescriptor& descriptor) {
-  if (descriptor.Get() > STDERR_FILENO) return true;
-  descriptor = FileDescriptor(MakeNotInheritable(descriptor.Release()));
-  return descriptor.IsOpen();
-}
-
-bool OpenPipe(Ends& ends) {
+Expected<Ends> OpenPipe() {
   int descriptors[2];
-  if (Calls().pipe2(descriptors, O_CLOEXEC) != 0) return false;
-  ends.read.Reset(descriptors[0]);
-  ends.write.Reset(descriptors[1]);
-  return LiftAboveStandard(ends.read) && LiftAboveStandard(ends.write);
+  if (Calls().pipe2(descriptors, O_CLOEXEC) != 0) return Failure{"pipe", {}, errno};
+  FileDescriptor second(descriptors[1]);
+  auto read = TakeDescriptor(descriptors[0], "pipe", {});
+  if (!read) return read.Error();
+  auto write = TakeDescriptor(second.Release(), "pipe", {});
+  if (!write) return write.Error();
+  return Ends{std::move(*read), std::move(*write)};
 }
 
 // Returns the pipe's new size, or -1 if it is unknown.
@@ -58,69 +57,87 @@ bool IsFilledMemoryFile(int descriptor) {
   return seals >= 0 && (seals & F_SEAL_WRITE) != 0;
 }
 
-bool OpenFilledMemoryFile(Ends& ends, std::string_view content) {
-  ends.read.Reset(Calls().memory_file("rastrel-input", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-  if (!ends.read.IsOpen() || !LiftAboveStandard(ends.read)) return false;
-  if (!WriteAll(ends.read.Get(), content)) return false;
-  if (::lseek(ends.read.Get(), 0, SEEK_SET) != 0) return false;
-  if (::fcntl(ends.read.Get(), F_ADD_SEALS, SealsOfInput) != 0) return false;
-  ends.write.Reset(Calls().duplicate(ends.read.Get(), STDERR_FILENO + 1));
-  return ends.write.IsOpen();
+Expected<Ends> OpenFilledMemoryFile(std::string_view content) {
+  auto file = TakeDescriptor(Calls().memory_file("rastrel-input", MFD_CLOEXEC | MFD_ALLOW_SEALING),
+                             "memfd_create", {});
+  if (!file) return file.Error();
+  if (const auto written = WriteAll(file->Get(), content); !written) return written.Error();
+  if (::lseek(file->Get(), 0, SEEK_SET) != 0) return Failure{"lseek", {}, errno};
+  if (::fcntl(file->Get(), F_ADD_SEALS, SealsOfInput) != 0) return Failure{"fcntl", {}, errno};
+  FileDescriptor second(Calls().duplicate(file->Get(), STDERR_FILENO + 1));
+  if (!second.IsOpen()) return Failure{"fcntl", {}, errno};
+  return Ends{std::move(*file), std::move(second)};
+}
+
+void HandOver(Ends& ends, HANDLE& readEnd, HANDLE& writeEnd) {
+  readEnd = ends.read.Release();
+  writeEnd = ends.write.Release();
 }
 
 }  // namespace
 
-bool CreatePipe(HANDLE& readEnd, HANDLE& writeEnd, std::size_t size) {
-  Ends ends;
-  if (!OpenPipe(ends)) return false;
-  if (size > 0) GrowPipe(ends, size);
-  readEnd = ends.read.Release();
-  writeEnd = ends.write.Release();
-  return true;
+Expected<void> CreatePipe(HANDLE& readEnd, HANDLE& writeEnd, std::size_t size) {
+  auto ends = OpenPipe();
+  if (!ends) return ends.Error();
+  if (size > 0) GrowPipe(*ends, size);
+  HandOver(*ends, readEnd, writeEnd);
+  return {};
 }
 
-bool CreateInput(HANDLE& readEnd, HANDLE& writeEnd, std::string_view content) {
-  Ends ends;
-  if (!OpenPipe(ends)) return false;
-  const int granted = GrowPipe(ends, std::max<std::size_t>(content.size(), 1));
+Expected<void> CreateInput(HANDLE& readEnd, HANDLE& writeEnd, std::string_view content) {
+  auto ends = OpenPipe();
+  if (!ends) return ends.Error();
+  const int granted = GrowPipe(*ends, std::max<std::size_t>(content.size(), 1));
   if (granted < 0 || static_cast<std::size_t>(granted) < content.size()) {
+    // The pipe is closed first: there may be no descriptors to spare.
     ends = Ends{};
-    if (!OpenFilledMemoryFile(ends, content)) return false;
+    ends = OpenFilledMemoryFile(content);
+    if (!ends) return ends.Error();
   }
-  readEnd = ends.read.Release();
-  writeEnd = ends.write.Release();
-  return true;
+  HandOver(*ends, readEnd, writeEnd);
+  return {};
 }
 
-bool WriteInput(HANDLE writeEnd, std::string_view content) {
-  if (IsFilledMemoryFile(writeEnd)) return true;
-  if (content.empty()) return true;
+Expected<void> WriteInput(HANDLE writeEnd, std::string_view content) {
+  if (IsFilledMemoryFile(writeEnd)) return {};
+  if (content.empty()) return {};
   const ssize_t written = WriteWithoutSignal(writeEnd, content.data(), content.size());
-  if (written < 0) return false;
-  if (static_cast<std::size_t>(written) == content.size()) return true;
-  errno = EIO;
-  return false;
+  if (written < 0) return Failure{"write", {}, errno};
+  if (static_cast<std::size_t>(written) < content.size()) return Failure{"write", {}, EIO};
+  return {};
 }
 
-HANDLE MakeNotInheritable(HANDLE handle) {
+Expected<HANDLE> MakeNotInheritable(HANDLE handle) {
   const FileDescriptor old(handle);
-  return Calls().duplicate(handle, STDERR_FILENO + 1);
+  const HANDLE moved = Calls().duplicate(handle, STDERR_FILENO + 1);
+  if (moved < 0) return Failure{"fcntl", {}, errno};
+  return moved;
 }
 
-long ReadSome(HANDLE handle, char* bytes, std::size_t count) {
-  ssize_t got;
-  do {
-    got = Calls().read(handle, bytes, count);
-  } while (got < 0 && errno == EINTR);
-  return got;
+Expected<FileDescriptor> TakeDescriptor(int descriptor, const char* call, std::string_view where) {
+  if (descriptor < 0) return Failure{call, std::string(where), errno};
+  if (descriptor > STDERR_FILENO) return FileDescriptor(descriptor);
+  const auto moved = MakeNotInheritable(descriptor);
+  if (!moved) return Failure{call, std::string(where), moved.Error().error};
+  return FileDescriptor(*moved);
 }
 
-long ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handle, char* bytes, std::size_t count) {
+Expected<std::size_t> ReadSome(HANDLE handle, char* bytes, std::size_t count) {
+  for (;;) {
+    const ssize_t got = Calls().read(handle, bytes, count);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) return Failure{"read", {}, errno};
+  }
+}
+
+Expected<std::size_t> ReadSomeUnless(std::span<const HANDLE> stops, HANDLE handle, char* bytes,
+                                     std::size_t count) {
   std::vector<HANDLE> handles(stops.begin(), stops.end());
   handles.push_back(handle);
-  const std::uint32_t ready = WaitReadable(handles, -1);
-  if (ready == WaitFailed) return -1;
-  return ready == WaitSignaledBase + stops.size() ? ReadSome(handle, bytes, count) : 0;
+  const std::uint32_t ready = WaitReadable(handles, Deadline::Never());
+  if (ready == WaitFailed) return Failure{"poll", {}, errno};
+  if (ready != WaitSignaledBase + stops.size()) return std::size_t{0};
+  return ReadSome(handle, bytes, count);
 }
 
 HANDLE StandardHandle(StandardStream stream) { return static_cast<HANDLE>(stream); }

@@ -25,9 +25,9 @@ std::string TemporaryParent() {
 
 Expected<PrivateDirectory> PrivateDirectory::Make(std::string_view prefix,
                                                   const BeforeMaking& before) {
-  const std::string digits = RandomDigits(NameBytes);
-  if (digits.empty()) return Failure{"getrandom", {}, errno};
-  const std::string path = TemporaryParent() + "/" + std::string(prefix) + digits;
+  const auto digits = RandomDigits(NameBytes);
+  if (!digits) return digits.Error();
+  const std::string path = TemporaryParent() + "/" + std::string(prefix) + *digits;
   if (before && !before(path)) return Failure{"mkdir", path, ECANCELED};
   if (::mkdir(path.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   return PrivateDirectory(path);

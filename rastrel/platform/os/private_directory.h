@@ -12,7 +12,7 @@ namespace rastrel::os {
 /// when this object ends. Move-only; a moved-from one removes nothing.
 class PrivateDirectory {
  public:
-  /// Told the path before the directory is made; false gives the making up. For who has to be able
+  /// Called with the path before the directory is made; false cancels it. For who has to be able
   /// to remove the directory if this process ends first.
   using BeforeMaking = std::function<bool(const std::string& path)>;
 
@@ -26,10 +26,13 @@ class PrivateDirectory {
   PrivateDirectory(const PrivateDirectory&) = delete;
   PrivateDirectory& operator=(const PrivateDirectory&) = delete;
 
-  /// Full native path, without a closing slash.
+  /// Full native path, without a closing slash. Empty once it was kept, removed or moved from.
   [[nodiscard]] const std::string& Path() const { return m_Path; }
 
-  /// Removes it now. The failure names what can't be removed; nothing is tried again later.
+  /// Leaves the directory and all in it where they are, from now on for good.
+  void Keep() { m_Path.clear(); }
+  /// Removes it now. The failure names the file that can't be removed; nothing is tried again
+  /// later.
   [[nodiscard]] Expected<void> Remove();
 
  private:

@@ -12,6 +12,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::os {
@@ -101,8 +102,8 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-// The child changes its directory before it executes, which would change what a relative path
-// means.
+// The child changes its directory before it executes, which would change the meaning of a relative
+// path.
 std::string AbsoluteExecutable(const SpawnRequest& request) {
   if (request.executable.empty() || request.executable.front() == '/' || request.directory.empty())
     return request.executable;
@@ -123,7 +124,7 @@ int SpawnProcess(const SpawnRequest& request, const std::string& executable, pid
                        Pointers(request.arguments).data(), Pointers(request.environment).data());
 }
 
-// The spawn tells one number for whatever went wrong in the child, so that a bad directory would
+// The spawn returns one error number for every failure in the child, so that a bad directory would
 // look like a missing program.
 Failure SpawnFailure(const SpawnRequest& request, const std::string& executable, int error) {
   struct stat state {};
@@ -148,46 +149,37 @@ void EndById(pid_t id) {
   WaitFor(P_PID, child, information, WEXITED);
 }
 
-ExitState StateFrom(const siginfo_t& information) {
-  if (information.si_pid == 0) return {.running = true};
-  return {.running = false,
-          .byItself = information.si_code == CLD_EXITED,
-          .status = information.si_status};
-}
+// In the reaper.
+Expected<ChildProcess> StartChild(const SpawnRequest& request, const std::string& executable) {
+  pid_t id = 0;
+  const int error = SpawnProcess(request, executable, id);
+  if (error != 0) return SpawnFailure(request, executable, error);
 
-Expected<ExitState> WaitForEnd(HANDLE process, int options) {
-  siginfo_t information{};
-  if (process <= 0 || !WaitFor(P_PIDFD, static_cast<id_t>(process), information, options)) {
-    const int error = process <= 0 ? EBADF : errno;
-    return Failure{"waitid", "process handle " + std::to_string(process), error};
+  auto process = TakeDescriptor(Calls().pidfd_open(id, 0), "pidfd_open", executable);
+  if (!process) {
+    EndById(id);
+    return process.Error();
   }
-  return StateFrom(information);
+  return ChildProcess{.process = process->Release(), .id = static_cast<std::uint32_t>(id)};
 }
 
 }  // namespace
 
 Expected<ChildProcess> Spawn(const SpawnRequest& request) {
   const std::string executable = AbsoluteExecutable(request);
-  pid_t id = 0;
-  const int error = SpawnProcess(request, executable, id);
-  if (error != 0) return SpawnFailure(request, executable, error);
-
-  int process = Calls().pidfd_open(id, 0);
-  if (process >= 0 && process < StandardCount) process = MakeNotInheritable(process);
-  if (process < 0) {
-    const int reason = errno;
-    EndById(id);
-    return Failure{"pidfd_open", executable, reason};
-  }
-  return ChildProcess{.process = process, .id = static_cast<std::uint32_t>(id)};
+  Expected<ChildProcess> child = StartInReaper([&] { return StartChild(request, executable); });
+  if (child || !child.Error().where.empty()) return child;
+  Failure failure = child.Error();
+  failure.where = executable;
+  return failure;
 }
 
-Expected<ExitState> TakeExitState(HANDLE process) { return WaitForEnd(process, WEXITED | WNOHANG); }
+Expected<ExitState> TakeExitState(HANDLE process) { return TakeEndFromReaper(process, false); }
 
 Expected<ExitState> Terminate(HANDLE process) {
   if (process > 0 && Calls().pidfd_send_signal(process, SIGKILL, nullptr, 0) != 0 && errno != ESRCH)
     return Failure{"pidfd_send_signal", "process handle " + std::to_string(process), errno};
-  return WaitForEnd(process, WEXITED);
+  return TakeEndFromReaper(process, true);
 }
 
 Failure ReplaceProcess(const std::string& executable, const std::vector<std::string>& arguments) {

@@ -30,7 +30,8 @@ struct ChildProcess {
 /// Starts a program in a session of its own, without a terminal, with default signal handling,
 /// nothing masked, and no descriptor of this process but the three. Costs the same whatever memory
 /// this process holds. A program that can't be executed is a failure here, with the error number
-/// of the exec; no child is left then.
+/// of the exec; no child is left then. The child is not this process's own but that of a reaper
+/// (reaper.h), so that its end is to be had whatever the host does with SIGCHLD and with children.
 [[nodiscard]] Expected<ChildProcess> Spawn(const SpawnRequest& request);
 
 /// Puts another program in this process's place, with the same environment, directory, terminal and
@@ -46,12 +47,12 @@ struct ExitState {
   int status = 0;         ///< exit status 0 to 255, or the signal's number
 };
 
-/// Checks whether the child has ended, and reaps it if so. Does not wait. Other children of the
-/// process are left alone. `Failure` if the state is not to be had, for instance because other code
-/// in the process has reaped the child.
+/// Checks whether the child has ended, and takes its end if so. Does not wait. Other children of
+/// the process are left alone. `Failure` if the end is not to be had, for instance because it was
+/// taken before.
 [[nodiscard]] Expected<ExitState> TakeExitState(HANDLE process);
 
-/// Ends the child at once (SIGKILL), waits for its end and reaps it. The result distinguishes a
+/// Ends the child at once (SIGKILL), waits for its end and takes it. The result distinguishes a
 /// child that had ended by itself before from one that was killed here.
 [[nodiscard]] Expected<ExitState> Terminate(HANDLE process);
 

@@ -6,8 +6,8 @@
 namespace rastrel::os {
 
 /// Native path of the first program of that name in the directories of $PATH, or empty. A directory
-/// that is not written as a full path is passed over: what it leads to depends on where this
-/// process happens to be.
+/// that is not written as a full path is passed over: its meaning depends on this process's current
+/// directory.
 [[nodiscard]] std::string FindProgram(std::string_view name);
 
 }  // namespace rastrel::os

@@ -21,29 +21,29 @@ constexpr std::size_t HoleStep = std::size_t{64} << 10;
 Expected<RandomAccessFile> RandomAccessFile::Open(std::wstring_view path) {
   const std::string native = ToNative(path);
   // Without O_NONBLOCK the open of a pipe waits for somebody to write into it.
-  int descriptor = ::open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
-  if (descriptor < 0) return Failure{"open", native, errno};
-  FileDescriptor file(descriptor);
+  auto file = TakeDescriptor(::open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY),
+                             "open", native);
+  if (!file) return file.Error();
   struct stat state {};
-  if (::fstat(descriptor, &state) != 0) return Failure{"fstat", native, errno};
+  if (::fstat(file->Get(), &state) != 0) return Failure{"fstat", native, errno};
   if (!S_ISREG(state.st_mode))
     return Failure{"read", native, S_ISDIR(state.st_mode) ? EISDIR : EINVAL};
-  return RandomAccessFile(std::move(file));
+  return RandomAccessFile(std::move(*file));
 }
 
-long RandomAccessFile::ReadAt(std::uint64_t offset, std::span<char> bytes) {
+Expected<std::size_t> RandomAccessFile::ReadAt(std::uint64_t offset, std::span<char> bytes) {
   if (bytes.size() >= HoleStep) {
     const std::size_t hole = HoleAt(offset, bytes.size());
     std::fill_n(bytes.begin(), hole, '\0');
-    if (hole > 0) return static_cast<long>(hole);
+    if (hole > 0) return hole;
   }
   if (offset != m_Offset) {
-    if (::lseek(m_File.Get(), static_cast<off_t>(offset), SEEK_SET) < 0) return -1;
+    if (::lseek(m_File.Get(), static_cast<off_t>(offset), SEEK_SET) < 0)
+      return Failure{"lseek", {}, errno};
     m_Offset = offset;
   }
-  const long got = ReadSome(m_File.Get(), bytes.data(), bytes.size());
-  if (got > 0) m_Offset += static_cast<std::uint64_t>(got);
+  auto got = ReadSome(m_File.Get(), bytes.data(), bytes.size());
+  if (got) m_Offset += *got;
   return got;
 }
 

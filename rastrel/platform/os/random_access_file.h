@@ -21,9 +21,9 @@ class RandomAccessFile {
   [[nodiscard]] static Expected<RandomAccessFile> Open(std::wstring_view path);
 
   /// Reads from `offset` on. Returns how many bytes, which may be fewer than asked for before the
-  /// end or where a part that was never written begins; 0 at and after the end; -1 with errno set.
-  /// Goes on after an interruption.
-  [[nodiscard]] long ReadAt(std::uint64_t offset, std::span<char> bytes);
+  /// end or where a part that was never written begins; 0 at and after the end. Goes on
+  /// after an interruption. The Failure has no `where`.
+  [[nodiscard]] Expected<std::size_t> ReadAt(std::uint64_t offset, std::span<char> bytes);
 
   /// At the file's end: waits if the file is announced as one that this process still writes (see
   /// growing_file.h).

@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 namespace rastrel::os {
 
-/// `bytes` random bytes of the system as lower-case hexadecimal digits, two each. Empty, with errno
-/// set, if the system has none to give.
-[[nodiscard]] std::string RandomDigits(std::size_t bytes);
+/// `bytes` random bytes of the system as lower-case hexadecimal digits, two each. `Failure` if
+/// the system has none to give.
+[[nodiscard]] Expected<std::string> RandomDigits(std::size_t bytes);
 
 }  // namespace rastrel::os

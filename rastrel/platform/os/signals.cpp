@@ -33,31 +33,34 @@ sigset_t SignalsToTake() {
 
 StopSignals::StopSignals(std::function<void(int)> onSignal) : m_OnSignal(std::move(onSignal)) {}
 
-std::unique_ptr<StopSignals> StopSignals::Start(std::function<void(int)> onSignal) {
+Expected<std::unique_ptr<StopSignals>> StopSignals::Start(std::function<void(int)> onSignal) {
   std::unique_ptr<StopSignals> signals(new (std::nothrow) StopSignals(std::move(onSignal)));
-  if (!signals || !signals->Open()) return nullptr;
-  return signals;
-}
-
-bool StopSignals::Open() {
+  if (!signals) return Failure{"malloc", {}, ENOMEM};
   const sigset_t taken = SignalsToTake();
   sigset_t before;
   pthread_sigmask(SIG_BLOCK, &taken, &before);
-  m_End.Reset(CreateSemaphoreHandle(0));
-  int descriptor = ::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = MakeNotInheritable(descriptor);
-  m_Signals.Reset(descriptor);
-  if (m_End.IsOpen() && m_Signals.IsOpen()) m_Thread = Thread::Start([this] { Listen(); });
-  if (m_Thread) return true;
-  const int error = errno;
+  const auto opened = signals->Open(taken);
+  if (opened) return signals;
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  errno = error;
-  return false;
+  return opened.Error();
+}
+
+Expected<void> StopSignals::Open(const sigset_t& taken) {
+  const auto end = CreateSemaphoreHandle(0);
+  if (!end) return end.Error();
+  m_End.Reset(*end);
+  auto descriptor =
+      TakeDescriptor(::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd", {});
+  if (!descriptor) return descriptor.Error();
+  m_Signals = std::move(*descriptor);
+  m_Thread = Thread::Start([this] { Listen(); });
+  if (!m_Thread) return Failure{"pthread_create", {}, errno};
+  return {};
 }
 
 StopSignals::~StopSignals() {
   if (!m_Thread) return;
-  ReleaseSemaphoreHandle(m_End.Get());
+  static_cast<void>(ReleaseSemaphoreHandle(m_End.Get()));
   m_Thread->Join();
 }
 

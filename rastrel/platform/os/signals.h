@@ -1,8 +1,10 @@
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <memory>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/thread.h"
 
@@ -15,9 +17,10 @@ namespace rastrel::os {
 class StopSignals {
  public:
   /// Begins to take them. `onSignal` gets the signal's number; it is called on a thread of its own,
-  /// one call at a time. Null with errno set if the system lacks the means; the signals act as
-  /// before then. REQUIRES: the process has no other thread yet that could be sent a signal.
-  [[nodiscard]] static std::unique_ptr<StopSignals> Start(std::function<void(int)> onSignal);
+  /// one call at a time. After a failure the signals act as before. REQUIRES: the process has no
+  /// other thread yet that could be sent a signal.
+  [[nodiscard]] static Expected<std::unique_ptr<StopSignals>> Start(
+      std::function<void(int)> onSignal);
 
   /// Waits for a call that is under way. The signals stay masked, so that one that comes late does
   /// not interrupt the program's last steps.
@@ -27,7 +30,7 @@ class StopSignals {
 
  private:
   explicit StopSignals(std::function<void(int)> onSignal);
-  [[nodiscard]] bool Open();
+  [[nodiscard]] Expected<void> Open(const sigset_t& taken);
   void Listen();
 
   std::function<void(int)> m_OnSignal;

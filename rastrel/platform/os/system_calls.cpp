@@ -1,5 +1,6 @@
 #include "rastrel/platform/os/system_calls.h"
 
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/random.h>
@@ -26,6 +27,8 @@ SystemCalls& Calls() {
           },
       .memory_file = ::memfd_create,
       .spawn = ::posix_spawn,
+      .clone = [](int (*body)(void*), void* stack, int flags,
+                  void* argument) { return ::clone(body, stack, flags, argument); },
       .pidfd_open = ::pidfd_open,
       .pidfd_send_signal = ::pidfd_send_signal,
       .waitid = ::waitid,

@@ -46,11 +46,11 @@ TerminalKeys::~TerminalKeys() { ::tcsetattr(m_Terminal, TCSANOW, &m_Old->setting
 
 std::string TerminalKeys::Read() {
   const std::array<HANDLE, 1> handles{m_Terminal};
-  if (m_Gone || WaitReadable(handles, 0) != WaitSignaledBase) return {};
+  if (m_Gone || WaitReadable(handles, Deadline::After({})) != WaitSignaledBase) return {};
   std::array<char, 256> bytes{};
-  const long count = ReadSome(m_Terminal, bytes.data(), bytes.size());
-  m_Gone = count <= 0;
-  return {bytes.data(), static_cast<std::size_t>(count > 0 ? count : 0)};
+  const std::size_t count = ReadSome(m_Terminal, bytes.data(), bytes.size()).ValueOr(0);
+  m_Gone = count == 0;
+  return {bytes.data(), count};
 }
 
 }  // namespace rastrel::os

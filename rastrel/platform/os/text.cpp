@@ -29,8 +29,8 @@ constexpr std::size_t Stride = 64;
 // Characters that one step of the vector code handles, whether they are needed or not.
 constexpr std::size_t Step = 16;
 
-// Makes room once for all that is still to come, by what the first block has grown to. A guess: a
-// later append grows the text all the same.
+// Makes room once for all that is still to come, in proportion to the first block's growth. A
+// guess: a later append grows the text all the same.
 template <typename Text>
 void ReserveByFirstBlock(Text& target, std::size_t produced, std::size_t consumed,
                          std::size_t left) {
@@ -117,7 +117,7 @@ inline void NarrowStep(const wchar_t* wide, char* bytes) {
 
 #endif
 
-// Characters of ASCII from `position` on, in a stride whose others are told by `mask`.
+// Characters of ASCII from `position` on, in a stride where `mask` marks all others.
 inline std::size_t RunLength(std::uint64_t mask, std::size_t position) {
   const std::uint64_t rest = mask >> position;
   return rest != 0 ? static_cast<std::size_t>(std::countr_zero(rest)) : Stride - position;

@@ -38,20 +38,20 @@ bool IsThereOrMade(std::wstring_view path) {
 }
 
 std::uint64_t SizeOf(int parent, const char* name, bool followLink, unsigned depth) {
-  DirectoryReader reader(parent, name, followLink);
-  if (!reader.IsOpen() || depth >= TreeDepthLimit) return 0;
+  auto reader = DirectoryReader::Open(parent, name, followLink);
+  if (!reader || depth >= TreeDepthLimit) return 0;
   std::uint64_t sum = 0;
   std::vector<DirectoryEntry> entries;
-  while (reader.ReadPiece(entries) && !entries.empty()) {
+  while (reader->ReadPiece(entries) && !entries.empty()) {
     for (const DirectoryEntry& entry : entries) {
       struct stat state {};
       if (entry.type == DT_DIR) {
-        sum += SizeOf(reader.Descriptor(), entry.name.c_str(), false, depth + 1);
-      } else if (::fstatat(reader.Descriptor(), entry.name.c_str(), &state, AT_SYMLINK_NOFOLLOW) ==
+        sum += SizeOf(reader->Descriptor(), entry.name.c_str(), false, depth + 1);
+      } else if (::fstatat(reader->Descriptor(), entry.name.c_str(), &state, AT_SYMLINK_NOFOLLOW) ==
                  0) {
         if (S_ISREG(state.st_mode)) sum += static_cast<std::uint64_t>(state.st_size);
         if (S_ISDIR(state.st_mode))
-          sum += SizeOf(reader.Descriptor(), entry.name.c_str(), false, depth + 1);
+          sum += SizeOf(reader->Descriptor(), entry.name.c_str(), false, depth + 1);
       }
     }
   }
@@ -62,28 +62,29 @@ std::uint64_t SizeOf(int parent, const char* name, bool followLink, unsigned dep
 
 Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path) {
   const std::string native = ToNative(path);
-  DirectoryReader reader(AT_FDCWD, native.c_str(), true);
-  if (!reader.IsOpen()) return Failure{"opendir", native, errno};
+  auto reader = DirectoryReader::Open(AT_FDCWD, native.c_str(), true);
+  if (!reader) return reader.Error();
   std::vector<std::wstring> names;
   std::vector<DirectoryEntry> entries;
   do {
-    if (!reader.ReadPiece(entries)) return Failure{"readdir", native, errno};
+    if (const auto read = reader->ReadPiece(entries); !read) return FailureAt(native, read.Error());
     for (const DirectoryEntry& entry : entries) names.push_back(WideFromUtf8(entry.name));
   } while (!entries.empty());
   return names;
 }
 
-bool MakePath(std::wstring_view path) {
-  if (path.empty()) return false;
-  if (Exists(path)) return true;
+Expected<void> MakePath(std::wstring_view path) {
+  if (path.empty()) return Failure{"mkdir", {}, ENOENT};
+  if (Exists(path)) return {};
   std::size_t begin = FirstElement(path);
-  if (begin >= path.size()) return false;
+  if (begin >= path.size()) return Failure{"mkdir", ToNative(path), errno};
   while (begin < path.size()) {
     const std::size_t end = std::min(path.find_first_of(L"/\\", begin), path.size());
-    if (!IsThereOrMade(path.substr(0, end))) return false;
+    const std::wstring_view element = path.substr(0, end);
+    if (!IsThereOrMade(element)) return Failure{"mkdir", ToNative(element), errno};
     begin = end + 1;
   }
-  return true;
+  return {};
 }
 
 std::uint64_t TreeSize(std::wstring_view path) {

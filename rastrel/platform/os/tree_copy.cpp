@@ -66,12 +66,12 @@ class Copier {
 
   void CopyDirectory(int source, int target, const char* name, mode_t mode, unsigned depth) {
     if (depth + 1 >= TreeDepthLimit) return;
-    DirectoryReader from(source, name, false);
+    auto from = DirectoryReader::Open(source, name, false);
     // A directory that lies in its own copy would be copied into itself without an end.
-    if (!from.IsOpen() || IdentityOf(from.Descriptor()) == m_TargetRoot) return;
+    if (!from || IdentityOf(from->Descriptor()) == m_TargetRoot) return;
     if (::mkdirat(target, name, (mode & 0777U) | S_IRWXU) != 0 && errno != EEXIST) return;
     const FileDescriptor to = OpenDirectory(target, name);
-    if (to.IsOpen()) CopyContent(from, to.Get(), depth + 1);
+    if (to.IsOpen()) CopyContent(*from, to.Get(), depth + 1);
   }
 
   TreeWorkers m_Workers;
@@ -80,13 +80,13 @@ class Copier {
 
 }  // namespace
 
-bool CopyTreeInto(std::wstring_view source, std::wstring_view destination) {
-  if (!Exists(destination) && !MakePath(destination)) return false;
-  DirectoryReader from(AT_FDCWD, ToNative(source).c_str(), true);
-  if (!from.IsOpen()) return false;
+Expected<void> CopyTreeInto(std::wstring_view source, std::wstring_view destination) {
+  if (auto made = MakePath(destination); !made) return made;
+  auto from = DirectoryReader::Open(AT_FDCWD, ToNative(source).c_str(), true);
+  if (!from) return from.Error();
   const FileDescriptor to = OpenDirectory(AT_FDCWD, ToNative(destination).c_str());
-  if (to.IsOpen()) Copier().CopyContent(from, to.Get(), 0);
-  return true;
+  if (to.IsOpen()) Copier().CopyContent(*from, to.Get(), 0);
+  return {};
 }
 
 }  // namespace rastrel::os

@@ -3,6 +3,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 #include "rastrel/platform/os/directory_entries.h"
 #include "rastrel/platform/os/path.h"
@@ -18,30 +21,45 @@ constexpr std::size_t WorthwhileEntries = 256;
 
 class Remover {
  public:
-  bool RemoveContent(int parent, const char* name, bool followLink, unsigned depth) {
-    if (depth >= TreeDepthLimit) {
-      errno = ELOOP;
-      return false;
-    }
-    DirectoryReader reader(parent, name, followLink);
-    if (!reader.IsOpen()) return false;
+  Expected<void> RemoveContent(int parent, const char* name, bool followLink, unsigned depth) {
+    if (depth >= TreeDepthLimit) return Failure{"opendir", name, ELOOP};
+    auto reader = DirectoryReader::Open(parent, name, followLink);
+    if (!reader) return reader.Error();
     std::vector<DirectoryEntry> entries;
     do {
-      if (!reader.ReadPiece(entries)) return false;
-      const auto removeOne = [&](std::size_t index) {
-        return RemoveEntry(reader.Descriptor(), entries[index], depth);
-      };
-      if (!m_Workers.ForEach(entries.size(), WorthwhileEntries, removeOne)) return false;
+      if (const auto read = reader->ReadPiece(entries); !read) return FailureAt(name, read.Error());
+      if (auto removed = RemoveEntries(reader->Descriptor(), entries, depth); !removed)
+        return removed;
     } while (!entries.empty());
-    return true;
+    return {};
   }
 
  private:
-  bool RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
+  // The first failure of several threads.
+  Expected<void> RemoveEntries(int directory, const std::vector<DirectoryEntry>& entries,
+                               unsigned depth) {
+    std::mutex mutex;
+    Expected<void> result;
+    const auto removeOne = [&](std::size_t index) {
+      auto removed = RemoveEntry(directory, entries[index], depth);
+      if (removed) return true;
+      const std::scoped_lock lock(mutex);
+      KeepFirst(result, removed.Error());
+      return false;
+    };
+    m_Workers.ForEach(entries.size(), WorthwhileEntries, removeOne);
+    return result;
+  }
+
+  Expected<void> RemoveEntry(int directory, const DirectoryEntry& entry, unsigned depth) {
     const char* name = entry.name.c_str();
-    if (!IsDirectoryEntry(directory, entry)) return ::unlinkat(directory, name, 0) == 0;
-    return RemoveContent(directory, name, false, depth + 1) &&
-           ::unlinkat(directory, name, AT_REMOVEDIR) == 0;
+    const bool isDirectory = IsDirectoryEntry(directory, entry);
+    if (isDirectory) {
+      if (auto removed = RemoveContent(directory, name, false, depth + 1); !removed) return removed;
+    }
+    if (::unlinkat(directory, name, isDirectory ? AT_REMOVEDIR : 0) != 0)
+      return Failure{isDirectory ? "rmdir" : "unlink", name, errno};
+    return {};
   }
 
   static bool IsDirectoryEntry(int directory, const DirectoryEntry& entry) {
@@ -56,9 +74,12 @@ class Remover {
 
 }  // namespace
 
-bool RemoveTree(std::wstring_view path) {
+Expected<void> RemoveTree(std::wstring_view path) {
   const std::string native = ToNative(path);
-  return Remover().RemoveContent(AT_FDCWD, native.c_str(), true, 0) && ::rmdir(native.c_str()) == 0;
+  auto removed = Remover().RemoveContent(AT_FDCWD, native.c_str(), true, 0);
+  if (!removed) return removed;
+  if (::rmdir(native.c_str()) != 0) return Failure{"rmdir", native, errno};
+  return {};
 }
 
 }  // namespace rastrel::os

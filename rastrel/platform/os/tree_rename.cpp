@@ -24,13 +24,13 @@ class MoveJudge {
   }
 
   [[nodiscard]] bool IsPlainTree(int parent, const char* name, unsigned depth) const {
-    DirectoryReader reader(parent, name, false);
-    if (!reader.IsOpen() || depth >= TreeDepthLimit) return false;
+    auto reader = DirectoryReader::Open(parent, name, false);
+    if (!reader || depth >= TreeDepthLimit) return false;
     std::vector<DirectoryEntry> entries;
     do {
-      if (!reader.ReadPiece(entries)) return false;
+      if (!reader->ReadPiece(entries)) return false;
       for (const DirectoryEntry& entry : entries)
-        if (!IsPlainEntry(reader.Descriptor(), entry.name.c_str(), depth)) return false;
+        if (!IsPlainEntry(reader->Descriptor(), entry.name.c_str(), depth)) return false;
     } while (!entries.empty());
     return true;
   }

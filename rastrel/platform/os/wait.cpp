@@ -18,6 +18,8 @@
 namespace rastrel::os {
 namespace {
 
+constexpr int ReleaseAttempts = 10;
+
 enum class Taken { Yes, Raced, Failed };
 
 // Consumes the signal of a readable handle. A semaphore loses one count, which another waiter may
@@ -33,10 +35,13 @@ Taken TakeSignal(HANDLE handle) {
 }
 
 // How many entries are ready; -1 if that failed.
-int PollOn(pollfd* entries, nfds_t count, int milliseconds = -1) {
+int PollOn(pollfd* entries, nfds_t count, Deadline deadline = Deadline::Never()) {
   for (;;) {
-    const int ready = Calls().poll(entries, count, milliseconds);
-    if (ready >= 0 || errno != EINTR) return ready;
+    const int timeout = deadline.PollTimeout();
+    const int ready = Calls().poll(entries, count, timeout);
+    if (ready > 0 || (ready < 0 && errno != EINTR)) return ready;
+    // A wait of 0 is never interrupted, so it has looked.
+    if (ready == 0 && (timeout == 0 || deadline.HasPassed())) return 0;
   }
 }
 
@@ -65,7 +70,7 @@ std::uint32_t WaitForAny(std::span<const HANDLE> handles) {
   }
 }
 
-std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds) {
+std::uint32_t WaitReadable(std::span<const HANDLE> handles, Deadline deadline) {
   if (handles.size() > WaitLimit) {
     errno = EINVAL;
     return WaitFailed;
@@ -73,25 +78,33 @@ std::uint32_t WaitReadable(std::span<const HANDLE> handles, int milliseconds) {
   std::array<pollfd, WaitLimit> entries{};
   for (std::size_t index = 0; index < handles.size(); ++index)
     entries.at(index) = {.fd = handles[index], .events = POLLIN, .revents = 0};
-  if (PollOn(entries.data(), handles.size(), milliseconds) < 0) return WaitFailed;
+  if (PollOn(entries.data(), handles.size(), deadline) < 0) return WaitFailed;
   for (std::size_t index = 0; index < handles.size(); ++index)
     if (entries.at(index).revents != 0) return WaitSignaledBase + static_cast<std::uint32_t>(index);
   return WaitTimeout;
 }
 
-HANDLE CreateSemaphoreHandle(unsigned count) {
-  const int handle = Calls().eventfd(count, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK);
-  return handle < 0 || handle > STDERR_FILENO ? handle : MakeNotInheritable(handle);
+Expected<HANDLE> CreateSemaphoreHandle(unsigned count) {
+  auto semaphore = TakeDescriptor(
+      Calls().eventfd(count, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK), "eventfd", {});
+  if (!semaphore) return semaphore.Error();
+  return semaphore->Release();
 }
 
-void ReleaseSemaphoreHandle(HANDLE semaphore) {
+// A stop that is not signalled would be waited for without end, so one refusal is not taken for an
+// answer.
+Expected<void> ReleaseSemaphoreHandle(HANDLE semaphore) {
   const std::uint64_t one = 1;
-  while (Calls().write(semaphore, &one, sizeof one) < 0 && errno == EINTR) {
+  for (int refusals = 0; refusals < ReleaseAttempts;) {
+    if (Calls().write(semaphore, &one, sizeof one) >= 0) return {};
+    if (errno != EINTR) ++refusals;
   }
+  return Failure{"write", {}, errno};
 }
 
-bool AcquireSemaphoreHandle(HANDLE semaphore) {
-  return WaitForAny(std::span(&semaphore, 1)) == WaitSignaledBase;
+Expected<void> AcquireSemaphoreHandle(HANDLE semaphore) {
+  if (WaitForAny(std::span(&semaphore, 1)) != WaitSignaledBase) return Failure{"wait", {}, errno};
+  return {};
 }
 
 bool TryAcquireSemaphoreHandle(HANDLE semaphore) { return TakeSignal(semaphore) == Taken::Yes; }

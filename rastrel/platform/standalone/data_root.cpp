@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -31,12 +30,11 @@ class RootLayout {
   Expected<void> Run() {
     MakeFolder(L"");
     const Expected<os::FileLock> lock = os::FileLock::Acquire(m_Root + L".lock");
-    if (!lock) Keep(lock.Error());
+    if (!lock) KeepFirst(m_Result, lock.Error());
     for (const wchar_t* folder : Folders) MakeFolder(folder);
     // Without the lock another process may be in the middle of the same work.
     if (lock) Install();
-    if (m_Failure) return *m_Failure;
-    return {};
+    return m_Result;
   }
 
  private:
@@ -48,7 +46,7 @@ class RootLayout {
     InstallShipped(FindResources());
     if (m_Record == before) return;
     const Expected<void> written = os::ReplaceFile(recordPath, FormatInstallRecord(m_Record));
-    if (!written) Keep(written.Error());
+    if (!written) KeepFirst(m_Result, written.Error());
   }
 
   void InstallShipped(const Resources& shipped) {
@@ -62,7 +60,7 @@ class RootLayout {
 
   void InstallPrograms(const std::wstring& source) {
     const Expected<std::vector<std::wstring>> names = os::ListDirectory(source);
-    if (!names) return Keep(names.Error());
+    if (!names) return KeepFirst(m_Result, names.Error());
     for (const std::wstring& name : *names) {
       if (!name.ends_with(L".exe")) continue;
       const bool queue = name == L"JobSpool.exe";
@@ -74,7 +72,7 @@ class RootLayout {
     if (!os::IsDirectory(source) || depth > DeepestFolder) return;
     MakeFolder(target);
     const Expected<std::vector<std::wstring>> names = os::ListDirectory(source);
-    if (!names) return Keep(names.Error());
+    if (!names) return KeepFirst(m_Result, names.Error());
     for (const std::wstring& name : *names) {
       if (os::IsDirectory(source + name)) {
         InstallFolder(source + name + L"/", target + name + L"/", depth + 1);
@@ -88,7 +86,7 @@ class RootLayout {
   // another version.
   void InstallFile(const std::wstring& source, const std::wstring& target) {
     const Expected<os::FileStamp> shipped = os::StampOf(source);
-    if (!shipped) return Keep(shipped.Error());
+    if (!shipped) return KeepFirst(m_Result, shipped.Error());
     const std::wstring path = m_Root + target;
     const std::string name = os::ToNative(path).substr(os::ToNative(m_Root).size());
     const Expected<os::FileStamp> present = os::StampOf(path);
@@ -97,7 +95,7 @@ class RootLayout {
       const bool ours = recorded != m_Record.end() && recorded->second == *present;
       if (!ours || *present == *shipped) return;
     } else if (present.Error().error != ENOENT) {
-      return Keep(present.Error());
+      return KeepFirst(m_Result, present.Error());
     }
     CopyWhole(source, path, name);
   }
@@ -106,9 +104,9 @@ class RootLayout {
     // Beside the target, so that a program that runs is replaced and never written to.
     const std::wstring temporary = target + L".new";
     const Expected<void> copied = os::CopyFileOver(source, temporary);
-    if (!copied) return Keep(copied.Error());
-    if (!os::RenameFile(temporary, target)) {
-      Keep({"rename", os::ToNative(target), errno});
+    if (!copied) return KeepFirst(m_Result, copied.Error());
+    if (const auto renamed = os::RenameFile(temporary, target); !renamed) {
+      KeepFirst(m_Result, renamed.Error());
       static_cast<void>(os::RemoveFile(temporary));
       return;
     }
@@ -117,16 +115,13 @@ class RootLayout {
   }
 
   void MakeFolder(const std::wstring& folder) {
-    if (!os::MakePath(m_Root + folder)) Keep({"mkdir", os::ToNative(m_Root + folder), errno});
-  }
-
-  void Keep(const Failure& failure) {
-    if (!m_Failure) m_Failure = failure;
+    if (const auto made = os::MakePath(m_Root + folder); !made)
+      KeepFirst(m_Result, FailureAt(os::ToNative(m_Root + folder), made.Error()));
   }
 
   std::wstring m_Root;
   InstallRecord m_Record;
-  std::optional<Failure> m_Failure;
+  Expected<void> m_Result;  // or the first failure
 };
 
 }  // namespace

@@ -28,7 +28,7 @@ struct Resources {
 };
 [[nodiscard]] Resources FindResources();
 
-/// Lays the data root out: makes what is missing, and copies in programs and files that are
+/// Lays the data root out: makes missing directories, and copies in programs and files that are
 /// missing or that an earlier version of the library put there. A file that a user changed or
 /// replaced is left alone: the record `Queue/.installed` (install_record.h) shows which those are.
 /// Safe against other processes that do the same. Returns the first failure; the other steps are

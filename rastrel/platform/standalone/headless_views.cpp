@@ -1,6 +1,7 @@
 #include "rastrel/platform/standalone/headless_views.h"
 
 #include <array>
+#include <chrono>
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
@@ -10,7 +11,10 @@ namespace rastrel::standalone {
 
 namespace {
 
-constexpr int PollInterval = 100;  // milliseconds between two attempts
+// Without a descriptor to wait for.
+constexpr std::chrono::milliseconds PollInterval{100};
+// With one: an end whose message could not be posted shows at the next look.
+constexpr std::chrono::milliseconds LookInterval{1000};
 
 }  // namespace
 
@@ -31,7 +35,8 @@ void HeadlessView::RunModal() {
     }
     const std::array<HANDLE, 1> posted{m_Dialog.GetPostedHandle()};
     const bool canWait = posted[0] != INVALID_HANDLE_VALUE;
-    static_cast<void>(os::WaitReadable(posted, canWait ? -1 : PollInterval));
+    static_cast<void>(
+        os::WaitReadable(posted, os::Deadline::After(canWait ? LookInterval : PollInterval)));
   }
 }
 

@@ -85,7 +85,7 @@ enum LineStyleBits : std::uint32_t {
   LINESTYLE_KIND = 48       ///< the mask of the three
 };
 
-/// Stands for a line thinner than any width, in a field that holds a width: twice the smallest
+/// Means a line thinner than any width, in a field that holds a width: twice the smallest
 /// normal double.
 inline constexpr double LineStyleHairline = 0x1p-1021;
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The processor's own conversion gives the least number for all that does not fit, and sizes are
+/// The processor's own conversion returns the least number for all that does not fit, and sizes are
 /// compared with documents that were made so.
 std::int64_t Truncated(double value) {
   constexpr double limit = 9223372036854775808.0;  // 2 to the 63rd

@@ -13,6 +13,7 @@
 /// at a time.
 class RASTREL_API CSpotMatchItem {
  public:
+  /// Without a name, and with both colors RGB black.
   CSpotMatchItem() = default;
 
   /// Sets the name, of which it keeps a copy.

@@ -18,7 +18,7 @@ class RASTREL_API CStreamException : public std::exception {
   /// The reason.
   enum Cause : int {
     endOfFile = 1,    ///< a read came up short
-    writeFailed = 2,  ///< the file did not take what was written
+    writeFailed = 2,  ///< the file did not take all bytes
     noBlock = 3,      ///< a block was closed that was never opened
   };
 

@@ -120,7 +120,7 @@ TEST(ReadDevices, failures_of_patterns_and_commands_say_line_and_reason) {
             "line 5: 'overwrite' means nothing for the kind 'command'");
 }
 
-TEST(FindDevice, the_star_takes_what_has_no_section) {
+TEST(FindDevice, the_star_takes_printers_without_a_section) {
   const auto devices = ReadDevices("[*]\nkind=file\nformat=png\npattern=/x\n" + FileDevice);
   ASSERT_TRUE(devices);
   EXPECT_EQ(FindDevice(*devices, "P")->printer, "P");

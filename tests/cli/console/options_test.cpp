@@ -87,7 +87,7 @@ TEST(Options, the_help_and_the_manual_state_the_same_resolutions) {
   EXPECT_EQ(ManualEntryOf("-dsc").find("if not given"), std::string::npos);
 }
 
-TEST(Options, the_manual_tells_every_exit_status_by_the_same_words) {
+TEST(Options, the_manual_has_every_exit_status_in_the_same_words) {
   const auto lines = ManualLines();
   for (const ExitStatusRow& row : ExitStatuses) {
     const std::string entry = ".It " + std::to_string(static_cast<int>(row.status));
@@ -97,7 +97,7 @@ TEST(Options, the_manual_tells_every_exit_status_by_the_same_words) {
   }
 }
 
-TEST(Options, the_help_of_a_command_tells_each_of_its_options) {
+TEST(Options, the_help_of_a_command_has_each_of_its_options) {
   for (const CommandRow& row : Commands()) {
     const std::string text = HelpText(row.name);
     for (const OptionId id : row.options)
@@ -139,7 +139,7 @@ TEST(ParseArguments, reads_every_command_of_the_table) {
   }
 }
 
-TEST(ParseArguments, refuses_what_the_tables_do_not_have) {
+TEST(ParseArguments, refuses_words_that_the_tables_do_not_have) {
   const std::vector<std::vector<const char*>> wrong = {
       {"frobnicate"},        {"print"},           {"print", ""},
       {"reprint", "a", "b"}, {"--frob"},          {"print", "a", "--frob"},
@@ -162,7 +162,7 @@ TEST(HelpText, knows_groups_and_nothing_that_is_no_command) {
   EXPECT_EQ(HelpText(""), "");
 }
 
-// The words for what can't be understood.
+// The message for arguments that can't be understood.
 std::string WordsFor(const std::vector<const char*>& words) {
   try {
     static_cast<void>(Parse(words));
@@ -173,13 +173,13 @@ std::string WordsFor(const std::vector<const char*>& words) {
   return "understood";
 }
 
-TEST(Options, a_command_that_is_none_is_named_and_its_group_told) {
+TEST(Options, an_unknown_command_is_named_with_its_group) {
   EXPECT_EQ(WordsFor({"shet", "a.xlsx"}), "there is no command 'shet'; see `rastrel help`");
   EXPECT_EQ(WordsFor({"chart", "capitals", "a.xml"}),
             "there is no command 'chart capitals'; see `rastrel help chart`");
 }
 
-TEST(Options, what_is_not_expected_is_told_with_the_help_that_belongs_to_it) {
+TEST(Options, an_unexpected_word_is_reported_with_the_help_that_belongs_to_it) {
   const auto endsIn = [](const std::vector<const char*>& words, const char* end) {
     const std::string said = WordsFor(words);
     EXPECT_TRUE(said.ends_with(end)) << said;

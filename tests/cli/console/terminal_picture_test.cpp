@@ -1,4 +1,4 @@
-// Pictures on a terminal: which terminals, what they are sent, and that nothing else gets it.
+// Pictures on a terminal: which terminals get them, in which bytes, and that nothing else does.
 
 #include "cli/console/terminal_picture.h"
 
@@ -29,7 +29,7 @@ PictureProtocol ProtocolIn(const Variables& variables) {
   });
 }
 
-// The smallest PNG there is of that width: what the command reads of it is its beginning.
+// The smallest PNG there is of that width: the command reads its beginning alone.
 std::string PngOf(unsigned width, std::size_t rest = 0) {
   std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
   for (int shift = 24; shift >= 0; shift -= 8) png += static_cast<char>(width >> shift & 255U);
@@ -81,7 +81,7 @@ TEST(TerminalPicture, is_a_png_file_or_none) {
   EXPECT_EQ(PictureColumns("II*" + std::string(40, '\0'), 80), 0U);
 }
 
-// RFC 4648 gives "foobar" and its beginnings as examples.
+// RFC 4648 has "foobar" and its beginnings as examples.
 TEST(TerminalPicture, is_sent_in_base_64) {
   for (const auto& [bytes, text] : {std::pair("f", "Zg=="),
                                     {"fo", "Zm8="},
@@ -114,7 +114,7 @@ TEST(TerminalPicture, goes_to_kitty_in_chunks_of_4096_characters) {
   EXPECT_EQ(chunks(3073), (std::vector<std::size_t>{4096, 4}));
 }
 
-// What a process with a pseudo-terminal for its standard output sends there, and whether it says
+// The bytes that a process sends to the pseudo-terminal on its standard output, and whether it says
 // that it has shown the picture.
 struct Shown {
   bool said = false;
@@ -174,7 +174,7 @@ TEST(TerminalPicture, reaches_a_terminal_that_shows_pictures) {
   EXPECT_EQ(iterm.sent, PictureSequence(PictureProtocol::Iterm2, png, 40) + "END");
 }
 
-TEST(TerminalPicture, is_kept_from_others_and_so_is_what_is_no_picture) {
+TEST(TerminalPicture, is_kept_from_other_terminals_and_so_are_other_files) {
   const test::ScratchDirectory scratch;
   scratch.Write("a.png", PngOf(1000));
   scratch.Write("b.tif", "II*");

@@ -37,7 +37,7 @@ class Conversions : public ::testing::Test {
   CommandRunner m_Command{CommandRunner::Children::None};
 };
 
-TEST_F(Conversions, pagesize_tells_the_measured_page_in_centimetres_and_points) {
+TEST_F(Conversions, pagesize_prints_the_measured_page_in_centimetres_and_points) {
   m_Command.WriteQueue("echo QRAST:bbox 0 11 8.5 0 >&2\n");
   const CommandResult result = Run({"pagesize", "sign.eps"});
   EXPECT_EQ(result.output,
@@ -58,7 +58,7 @@ TEST_F(Conversions, pagesize_puts_the_comments_first_if_asked_and_the_measure_wh
   EXPECT_EQ(Run({"pagesize", "--dsc", "bare.ps"}).Lines().size(), 1U) << "no comment of bounds";
 }
 
-TEST_F(Conversions, pagesize_tells_objects_with_all_digits) {
+TEST_F(Conversions, pagesize_prints_objects_with_all_digits) {
   m_Command.WriteQueue("echo QRAST:bbox 1 11 8.5 2 >&2\n");
   const auto object = nlohmann::json::parse(Run({"pagesize", "--json", "sign.eps"}).output);
   EXPECT_EQ(object["event"], "pagesize");
@@ -79,12 +79,16 @@ TEST_F(Conversions, pagesize_measures_the_others_when_one_fails) {
   EXPECT_EQ(result.status, 3);
 }
 
-TEST_F(Conversions, pagesize_says_what_the_program_said) {
+TEST_F(Conversions, pagesize_repeats_the_programs_message) {
   m_Command.WriteQueue("echo 'ERROR: gs: undefined in foo' >&2\nexit 2\n");
   const CommandResult result = Run({"pagesize", "sign.eps"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("can't be measured: gs: undefined in foo\n"), std::string::npos)
       << result.error;
+  m_Command.WriteQueue("echo 'ERROR: no end of [1 2' >&2\nexit 2\n");
+  const CommandResult bracket = Run({"pagesize", "sign.eps"});
+  EXPECT_NE(bracket.error.find("can't be measured: no end of [1 2\n"), std::string::npos)
+      << bracket.error;
 }
 
 TEST_F(Conversions, pagesize_measures_a_file_whose_name_no_library_path_has) {
@@ -114,7 +118,7 @@ TEST_F(Conversions, need_the_queue_program) {
   EXPECT_NE(result.error.find("the queue program is missing"), std::string::npos);
 }
 
-TEST_F(Conversions, header_shows_what_the_options_make) {
+TEST_F(Conversions, header_shows_the_block_that_the_options_make) {
   EXPECT_EQ(Run({"header", "sign.eps", "--page-size", "21x29.7cm", "--dpi", "300", "--cut-color",
                  "cmyk:0,100%,50%,0", "--half-cut-color", "spot:Half Cut"})
                 .output,
@@ -126,7 +130,7 @@ TEST_F(Conversions, header_shows_what_the_options_make) {
 
 TEST_F(Conversions, header_shows_the_one_that_a_file_has) {
   m_Command.Place().Write("own.ps", "%#Velumark Header 9.9\r\n%# Own\r\n%#End Job\r\n%!PS\n");
-  // A header is no PostScript to a file's first look; the file's own kind is asked for behind it.
+  // A header is no PostScript to a file's first look; the file's own kind is looked for after it.
   const CommandResult result = Run({"header", "own.ps"});
   EXPECT_EQ(result.output, "%#Velumark Header 9.9\n%# Own\n%#End Job\n") << result.error;
 }
@@ -167,7 +171,7 @@ TEST_F(Conversions, values_that_make_no_sense_are_wrong_use) {
   }
 }
 
-TEST_F(Conversions, queue_puts_what_the_program_makes_into_the_directory) {
+TEST_F(Conversions, queue_puts_the_programs_files_into_the_directory) {
   m_Command.WriteQueue(R"(stem=${3%.*}
 cp "$3" "$stem.cut"
 mkdir "$stem.cfm"
@@ -216,7 +220,7 @@ TEST_F(Conversions, queue_leaves_the_header_beside_a_pdf_in_force_unless_options
   EXPECT_TRUE(m_Command.Place().Read("sign.cut").starts_with("%#Velumark Header"));
 }
 
-TEST_F(Conversions, queue_tells_objects) {
+TEST_F(Conversions, queue_prints_objects) {
   m_Command.WriteQueue("echo 'INFO: CONVERTING' >&2\nsleep 0.05\necho 'INFO: CLQ_success' >&2\n");
   std::vector<std::string> events;
   for (const std::string& line : Run({"queue", "sign.eps", "--json"}).Lines())
@@ -224,12 +228,26 @@ TEST_F(Conversions, queue_tells_objects) {
   EXPECT_EQ(events, (std::vector<std::string>{"progress", "state", "state", "done"}));
 }
 
-TEST_F(Conversions, queue_fails_with_the_programs_words) {
+TEST_F(Conversions, queue_fails_with_the_programs_message) {
   m_Command.WriteQueue("echo 'ERROR: the header has no end' >&2\necho 'INFO: CLQ_failure' >&2\n");
   const CommandResult result = Run({"queue", "sign.eps"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("the conversion failed: the header has no end\n"), std::string::npos)
       << result.error;
+}
+
+TEST_F(Conversions, queue_fails_with_a_message_that_holds_brackets_whole) {
+  const char* const messages[] = {"the array [1 2] has no end", "[3]", "line 4: [",
+                                  "no [x]ERROR: here", "[ 12]ERROR: nor here"};
+  for (const char* message : messages) {
+    m_Command.WriteQueue("echo 'ERROR: " + std::string(message) +
+                         "' >&2\necho 'INFO: CLQ_failure' >&2\n");
+    const CommandResult result = Run({"queue", "sign.eps"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.error.find("the conversion failed: " + std::string(message) + "\n"),
+              std::string::npos)
+        << result.error;
+  }
 }
 
 TEST_F(Conversions, queue_fails_when_the_program_ends_without_a_result) {
@@ -277,7 +295,9 @@ TEST(ParseCutData, keeps_fractions_that_percentages_make) {
   double m = 0;
   double y = 0;
   double k = 0;
-  ParseCutData("--cut-color", "cmyk:12.5%,0,255,51").color.GetCMYKcolor(&c, &m, &y, &k);
+  const auto cut = ParseCutData("--cut-color", "cmyk:12.5%,0,255,51");
+  ASSERT_TRUE(cut);
+  cut->color.GetCMYKcolor(&c, &m, &y, &k);
   EXPECT_DOUBLE_EQ(c, 0.125);
   EXPECT_DOUBLE_EQ(m, 0);
   EXPECT_DOUBLE_EQ(y, 1);

@@ -16,7 +16,7 @@ using test::CommandRunner;
 
 const std::string Examples = std::string(RASTREL_SOURCE_DIR) + "/examples/plates/";
 
-// A plate with a line of text, and with what is put beside it.
+// A plate with a line of text, and other elements beside it.
 std::string Template(const std::string& inside, const std::string& beside = "<PLATES/>") {
   return "<ABB>\n<ENGRAVINGTEMPLATE>" + beside + "\n<PLATE>\n" + inside +
          "\n</PLATE>\n</ENGRAVINGTEMPLATE>\n</ABB>\n";
@@ -41,14 +41,14 @@ class Import : public ::testing::Test {
   CommandRunner m_Command{CommandRunner::Children::None};
 };
 
-TEST_F(Import, tells_how_much_of_what_there_is) {
+TEST_F(Import, prints_the_count_of_each_kind) {
   const auto result = RunOn(Template(Sound));
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_EQ(result.output, "1 page of 60 by 40 cm: 1 plate, 1 text, 0 drill points\n");
   EXPECT_EQ(result.error, "");
 }
 
-TEST_F(Import, draws_a_picture_of_96_dpi_unless_told_otherwise) {
+TEST_F(Import, draws_a_picture_of_96_dpi_by_default) {
   const auto drawn = [this](const std::string& name, std::vector<std::string> more) {
     more.insert(more.begin(), {"--output", name});
     const auto result = RunOn(Template(Sound), more);
@@ -70,7 +70,7 @@ TEST_F(Import, takes_resolutions_up_to_2400_dpi) {
   }
 }
 
-TEST_F(Import, makes_of_every_example_what_it_holds_and_tells_what_is_special) {
+TEST_F(Import, imports_every_example_whole_and_reports_its_special_parts) {
   const struct {
     const char* name;
     int pages, plates, objects, texts, drillPoints, findings;
@@ -117,7 +117,7 @@ TEST_F(Import, lays_out_on_the_blank_that_is_asked_for) {
   EXPECT_EQ(Summary(result)["height_cm"], 5.0);
 }
 
-TEST_F(Import, a_plate_that_does_not_fit_on_the_blank_is_told_and_is_a_failure) {
+TEST_F(Import, a_plate_that_does_not_fit_on_the_blank_is_reported_and_is_a_failure) {
   const auto result = RunOn(Template(Sound), {"--blank", "2x2in"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("left out: a plate of 7.62 by 2.54 cm does not fit on the blank"),
@@ -125,7 +125,7 @@ TEST_F(Import, a_plate_that_does_not_fit_on_the_blank_is_told_and_is_a_failure) 
       << result.error;
 }
 
-TEST_F(Import, a_font_that_can_not_be_had_is_told_once) {
+TEST_F(Import, a_font_that_can_not_be_had_is_reported_once) {
   const auto result =
       RunOn(Template("<WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>"
                      "<TEXT data='a'><FONT name='NoSuchFont.ttf' size='0.2'/></TEXT>"
@@ -135,7 +135,7 @@ TEST_F(Import, a_font_that_can_not_be_had_is_told_once) {
             "rastrel: the font \"NoSuchFont\" can't be had; DejaVu Sans stands in for it\n");
 }
 
-TEST_F(Import, strict_tells_with_its_line_of_each_thing_that_is_passed_over) {
+TEST_F(Import, strict_reports_each_thing_that_is_passed_over_with_its_line) {
   const auto result = RunOn(
       "<ABB>\n"
       "<OTHER/>\n"
@@ -262,7 +262,7 @@ TEST_F(Import, strict_findings_come_as_json_with_their_lines) {
                                          {"text", "<NEW> is not known in <PLATE>"}}));
 }
 
-TEST_F(Import, a_file_that_is_no_xml_is_told_with_line_column_and_reason) {
+TEST_F(Import, a_file_that_is_no_xml_is_reported_with_line_column_and_reason) {
   const auto result = RunOn("<ABB>\n  <ENGRAVINGTEMPLATE>\n");
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.error.rfind("rastrel: plates.xml:2:22: ", 0), 0U) << result.error;
@@ -290,7 +290,7 @@ TEST_F(Import, a_format_decides_whatever_the_file_looks_like) {
   EXPECT_NE(unknown.error.find("there are document, abb"), std::string::npos) << unknown.error;
 }
 
-TEST_F(Import, wrong_values_of_options_are_told) {
+TEST_F(Import, wrong_values_of_options_are_reported) {
   const struct {
     std::vector<std::string> arguments;
     const char* told;
@@ -306,7 +306,7 @@ TEST_F(Import, wrong_values_of_options_are_told) {
   }
 }
 
-TEST_F(Import, a_missing_file_and_a_directory_are_told) {
+TEST_F(Import, a_missing_file_and_a_directory_are_reported) {
   EXPECT_EQ(m_Command.Run({"import", "none.xml"}).status, 3);
   const auto directory = m_Command.Run({"import", "."});
   EXPECT_EQ(directory.status, 3);

@@ -14,7 +14,7 @@ TEST(SafeJobName, keeps_an_ordinary_name_without_its_extension) {
   EXPECT_EQ(SafeJobName("Schild \xC3\xA4.ps"), "Schild \xC3\xA4");
 }
 
-TEST(SafeJobName, replaces_what_a_prefix_a_command_line_or_a_path_would_stumble_over) {
+TEST(SafeJobName, replaces_characters_that_a_prefix_a_command_line_or_a_path_can_not_hold) {
   EXPECT_EQ(SafeJobName("a\\b(c)\"d'e\nf\x1bg.ps"), "a_b_c__d_e_f_g");
   EXPECT_EQ(SafeJobName("bad\xFFutf8.ps"), "bad_utf8");
 }
@@ -54,7 +54,7 @@ class InspectInputTest : public ::testing::Test {
   test::ScratchDirectory m_Place;
 };
 
-TEST_F(InspectInputTest, tells_the_kinds_by_their_content) {
+TEST_F(InspectInputTest, knows_the_kinds_by_their_content) {
   EXPECT_EQ(ExtensionOf("%!PS-Adobe-3.0\nshowpage\n"), ".ps");
   EXPECT_EQ(ExtensionOf("%!PS-Adobe-3.0 EPSF-3.0\n"), ".eps");
   EXPECT_EQ(ExtensionOf("%PDF-1.7\n"), ".pdf");
@@ -68,7 +68,7 @@ TEST_F(InspectInputTest, takes_the_eps_form_with_a_binary_header) {
   EXPECT_EQ(ExtensionOf(file + "%!PS\n\n"), ".eps");
 }
 
-TEST_F(InspectInputTest, refuses_what_is_missing_empty_or_something_else) {
+TEST_F(InspectInputTest, refuses_missing_empty_and_other_files) {
   ExpectRefused(m_Place.Path("missing"));
   ExpectRefused(m_Place.Path());
   ExpectRefused("/dev/null");

@@ -1,4 +1,4 @@
-// The lists of printers and print modes, and what is used where none is named.
+// The lists of printers and print modes, and the defaults where none is named.
 
 #include <gtest/gtest.h>
 

@@ -76,7 +76,7 @@ TEST(EventOfLogLine, leaves_reports_to_the_calls_that_the_ticket_gets) {
     EXPECT_FALSE(EventOfLogLine(line));
 }
 
-TEST(EventOfLogLine, takes_a_bad_page_number_as_words) {
+TEST(EventOfLogLine, takes_a_bad_page_number_as_text) {
   for (const wchar_t* line : {L"[Rip]PAGE: 0", L"[Rip]PAGE: x", L"[Rip]PAGE: 1 of 2", L"[Rip]PAGE:",
                               L"[Rip]PAGE: 99999999999", L"PAGE: 1"})
     EXPECT_EQ(EventOf(line).kind, JobEventKind::Log) << line;
@@ -88,7 +88,7 @@ TEST(EventOfLogLine, believes_only_the_output_engine_about_outputs) {
   EXPECT_EQ(EventOf(L"[Odalis]OUTPUT:").kind, JobEventKind::Log);
 }
 
-TEST(EventOfLogLine, takes_control_characters_out_of_what_a_terminal_will_show) {
+TEST(EventOfLogLine, takes_control_characters_out_of_text_for_a_terminal) {
   EXPECT_EQ(EventOf(L"[Rip]a\x1b[2Jb\x07").text, "a [2Jb ");
 }
 

@@ -44,7 +44,7 @@ TEST(JobRecord, a_child_can_not_speak_for_the_library_about_its_own_end) {
   EXPECT_FALSE(record.Rip().exitStatus);
 }
 
-TEST(JobRecord, keeps_the_last_words_with_errors_first) {
+TEST(JobRecord, keeps_the_last_messages_with_errors_first) {
   JobRecord record;
   for (int line = 1; line <= 100; ++line) TakeLine(record, L"[Rip]line " + std::to_wstring(line));
   EXPECT_EQ(record.Rip().LastMessages().size(), ChildRecord::MessageLimit);
@@ -64,7 +64,7 @@ TEST(JobRecord, keeps_little_of_a_child_that_floods) {
   EXPECT_LT(bytes, 10000U);
 }
 
-TEST(JobRecord, tells_the_stage_by_the_error_and_else_by_the_last_state) {
+TEST(JobRecord, takes_the_stage_from_the_error_and_else_from_the_last_state) {
   JobRecord record;
   EXPECT_EQ(record.StageOf(JTE_LOW_RESOURCES), JobStage::Start);
   TakeState(record, JTI_START_RIPPING);

@@ -40,7 +40,7 @@ TEST(RenderProgress, shows_stage_percentage_bar_page_and_time) {
             "RIP interpreting     42 %  [########------------]  page 2  0:07");
 }
 
-TEST(RenderProgress, leaves_out_what_does_not_fit) {
+TEST(RenderProgress, leaves_out_parts_that_do_not_fit) {
   EXPECT_EQ(RenderProgress(Interpreting(), 7, 50), "RIP interpreting     42 %  page 2  0:07");
   EXPECT_EQ(RenderProgress(Interpreting(), 7, 30), "RIP interpreting   42 %");
   EXPECT_EQ(RenderProgress(Interpreting(), 7, 20), "RIP interpreting");
@@ -61,7 +61,7 @@ TEST(RenderProgress, has_no_bar_without_a_percentage) {
   EXPECT_EQ(RenderProgress(progress, 61, 80), "RIP converting        page 3  1:01");
 }
 
-TEST(RenderProgress, tells_hours_when_there_are_some) {
+TEST(RenderProgress, shows_hours_when_there_are_some) {
   const std::string line = RenderProgress(JobProgress(), 3 * 3600 + 5 * 60 + 9, 80);
   EXPECT_TRUE(line.ends_with("3:05:09")) << line;
 }

@@ -44,7 +44,7 @@ class OnTerminal : public ::testing::Test {
     ASSERT_GE(m_Id, 0);
     if (m_Id == 0) Become();
   }
-  /// Reads what the command draws until the text has come.
+  /// Reads the command's output until the text has come.
   void WaitFor(const std::string& text) {
     for (int round = 0; round < 200; ++round) {
       if (m_Drawn.find(text) != std::string::npos) return;
@@ -178,7 +178,7 @@ TEST_F(OnTerminal, ends_by_itself_and_leaves_no_line_behind) {
   EXPECT_TRUE(m_Drawn.ends_with("\r\x1b[K")) << m_Drawn;
 }
 
-// With the interpreter behind it.
+// With the real interpreter.
 class OnTerminalWithInterpreter : public OnTerminal {
  protected:
   OnTerminalWithInterpreter() : OnTerminal(CommandRunner::Children::Real) {}

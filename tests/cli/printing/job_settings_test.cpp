@@ -5,56 +5,66 @@
 #include <string>
 #include <vector>
 
-#include "cli/console/exit_status.h"
 #include "cli/console/options.h"
+#include "rastrel/prefix/cutter.h"
+#include "rastrel/prefix/scaling.h"
 
 namespace rastrel::cli {
 namespace {
 
-// The words with which a value is refused; empty if it is taken.
-template <typename Work>
-std::string RefusalOf(Work work) {
-  try {
-    work();
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.Status(), ExitStatus::WrongUse);
-    return error.what();
-  }
-  return {};
+// The message with which a value is refused; empty if it is taken.
+template <typename Result>
+std::string RefusalOf(const Result& result) {
+  return result ? std::string() : Describe(result.Error());
+}
+
+std::string RefusalOfScale(const std::string& text) {
+  CJobData settings;
+  return RefusalOf(ApplyScale(settings, text));
+}
+
+std::string RefusalOfCut(const std::string& text, TicketKind kind) {
+  CJobData settings;
+  return RefusalOf(ApplyCutColor(settings, text, kind));
 }
 
 CJobData Scaled(const char* text) {
   CJobData settings;
-  ApplyScale(settings, text);
+  EXPECT_EQ(RefusalOf(ApplyScale(settings, text)), "");
   return settings;
 }
 
 CJobData Cut(const std::string& text, TicketKind kind = TicketKind::Print) {
   CJobData settings;
-  ApplyCutColor(settings, text, kind);
+  EXPECT_EQ(RefusalOf(ApplyCutColor(settings, text, kind)), "");
   return settings;
 }
 
 CJobData Applied(std::vector<const char*> words, TicketKind kind = TicketKind::Print) {
   words.insert(words.begin(), {"rastrel", "print", "job.ps"});
   CJobData settings;
-  ApplySettings(settings, ParseArguments(static_cast<int>(words.size()), words.data()), kind);
+  const Invocation invocation = ParseArguments(static_cast<int>(words.size()), words.data());
+  EXPECT_EQ(RefusalOf(ApplySettings(settings, invocation, kind)), "");
   return settings;
 }
+
+// Tickets on disk hold these numbers.
+static_assert(prefix::ScaleNone == 0 && prefix::ScaleNamed == 1 && prefix::ScaleCustom == 2);
+static_assert(prefix::CutterRgb == 0 && prefix::CutterCmyk == 1 && prefix::CutterNamed == 2);
 
 using Color = std::array<std::int32_t, 4>;
 
 TEST(ApplyScale, none_is_no_scaling) {
   CJobData settings;
-  settings.ScaleMode = 2;
-  ApplyScale(settings, "none");
-  EXPECT_EQ(settings.ScaleMode, 0);
+  settings.ScaleMode = prefix::ScaleCustom;
+  EXPECT_TRUE(ApplyScale(settings, "none"));
+  EXPECT_EQ(settings.ScaleMode, prefix::ScaleNone);
 }
 
 TEST(ApplyScale, a_word_is_the_name_of_a_target) {
   for (const char* name : {"Letter", "A4", "Roll-1.5_wide", "x"}) {
     const CJobData settings = Scaled(name);
-    EXPECT_EQ(settings.ScaleMode, 1);
+    EXPECT_EQ(settings.ScaleMode, prefix::ScaleNamed);
     EXPECT_EQ(settings.ScaleTarget, std::wstring(name, name + std::string(name).size()));
   }
 }
@@ -62,40 +72,38 @@ TEST(ApplyScale, a_word_is_the_name_of_a_target) {
 TEST(ApplyScale, a_size_becomes_centimetres) {
   for (const char* text : {"10x5in", "25.4x12.7cm", "254x127mm"}) {
     const CJobData settings = Scaled(text);
-    EXPECT_EQ(settings.ScaleMode, 2) << text;
+    EXPECT_EQ(settings.ScaleMode, prefix::ScaleCustom) << text;
     EXPECT_NEAR(settings.ScaleWidthCm, 25.4, 1e-9) << text;
     EXPECT_NEAR(settings.ScaleHeightCm, 12.7, 1e-9) << text;
   }
 }
 
-TEST(ApplyScale, refuses_what_is_neither_and_what_would_be_more_than_a_name) {
+TEST(ApplyScale, refuses_a_text_that_is_neither_a_size_nor_a_plain_name) {
   const std::vector<std::string> wrong = {
       "",        "10x5",    "10in",     "10x5x2in",   "x5in x",   "10x5ft",   "0x5in", "-1x5in",
       "1e3x5in", "10 x5in", "10x 5in",  "10xin",      "10xinfin", "10xnanin", "A4)",   "A 4",
       "A4/x",    "A4\nq",   "\xC3\xA9", "200000x1cm", "10,5x2cm", "+1x1cm",   "%"};
   for (const std::string& text : wrong) {
-    EXPECT_NE(RefusalOf([&] { static_cast<void>(Scaled(text.c_str())); }).find("--scale"),
-              std::string::npos)
-        << text;
+    EXPECT_TRUE(RefusalOfScale(text).starts_with("--scale " + text + ": ")) << text;
   }
-  EXPECT_NE(RefusalOf([] { static_cast<void>(Scaled("10x5")); }).find("cm, mm or in"),
-            std::string::npos);
+  EXPECT_NE(RefusalOfScale("10x5").find("cm, mm or in"), std::string::npos);
 }
 
 TEST(ParseLevels, takes_low_gamma_and_high) {
-  const CLevelsData levels = ParseLevels("--levels", "10,1.2,250.5");
-  EXPECT_EQ(levels.Low, 10.0);
-  EXPECT_EQ(levels.Gamma, 1.2);
-  EXPECT_EQ(levels.High, 250.5);
+  const auto levels = ParseLevels("--levels", "10,1.2,250.5");
+  ASSERT_TRUE(levels);
+  EXPECT_EQ(levels->Low, 10.0);
+  EXPECT_EQ(levels->Gamma, 1.2);
+  EXPECT_EQ(levels->High, 250.5);
 }
 
 TEST(ParseLevels, refuses_other_numbers_and_says_which) {
   for (const char* text : {"", "1", "1,2", "1,2,3,4", "-1,1,255", "0,0,255", "0,1,256", "a,1,255",
                            "0,1,", "0, 1,255", "0,nan,255", "0,inf,255", "0,101,255"}) {
-    const std::string words =
-        RefusalOf([&] { static_cast<void>(ParseLevels("--levels-red", text)); });
-    EXPECT_TRUE(words.starts_with("--levels-red ")) << text;
+    EXPECT_TRUE(RefusalOf(ParseLevels("--levels-red", text)).starts_with("--levels-red ")) << text;
   }
+  EXPECT_EQ(RefusalOf(ParseLevels("--levels", "0,101,255")),
+            "--levels 0,101,255: '101' is no gamma from 0.01 to 100");
 }
 
 TEST(ApplySettings, levels_for_all_are_linked) {
@@ -124,7 +132,7 @@ TEST(ApplySettings, each_channel_has_its_own_place) {
 
 TEST(ApplySettings, nothing_given_changes_nothing) {
   const CJobData settings = Applied({});
-  EXPECT_EQ(settings.ScaleMode, 0);
+  EXPECT_EQ(settings.ScaleMode, prefix::ScaleNone);
   EXPECT_FALSE(settings.LevelsEnabled);
   EXPECT_FALSE(settings.CutterEnabled);
 }
@@ -133,14 +141,14 @@ TEST(ApplyCutColor, rgb_stays_on_the_scale_of_255) {
   for (const TicketKind kind : {TicketKind::Print, TicketKind::Preview}) {
     const CJobData settings = Cut("rgb:255,0,50%", kind);
     EXPECT_TRUE(settings.CutterEnabled);
-    EXPECT_EQ(settings.CutterColorModel, 0);
+    EXPECT_EQ(settings.CutterColorModel, prefix::CutterRgb);
     EXPECT_EQ(settings.CutterColor, Color({255, 0, 128, 0}));
   }
 }
 
 TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
   const CJobData print = Cut("cmyk:0,127.5,50%,100%");
-  EXPECT_EQ(print.CutterColorModel, 1);
+  EXPECT_EQ(print.CutterColorModel, prefix::CutterCmyk);
   EXPECT_EQ(print.CutterColor, Color({0, 128, 128, 255}));
   EXPECT_EQ(Cut("cmyk:0,127.5,50%,100%", TicketKind::Preview).CutterColor,
             Color({0, 500, 500, 1000}));
@@ -148,19 +156,18 @@ TEST(ApplyCutColor, cmyk_takes_the_scale_of_the_record) {
 
 TEST(ApplyCutColor, a_spot_color_is_for_previews_only) {
   const CJobData preview = Cut("spot:Cut Contour: 1", TicketKind::Preview);
-  EXPECT_EQ(preview.CutterColorModel, 2);
+  EXPECT_EQ(preview.CutterColorModel, prefix::CutterNamed);
   EXPECT_EQ(preview.CutterSeparation, L"Cut Contour: 1");
-  const std::string words = RefusalOf([] { static_cast<void>(Cut("spot:CutContour")); });
-  EXPECT_NE(words.find("for previews"), std::string::npos) << words;
+  const std::string refusal = RefusalOfCut("spot:CutContour", TicketKind::Print);
+  EXPECT_NE(refusal.find("for previews"), std::string::npos) << refusal;
 }
 
-TEST(ApplyCutColor, refuses_what_is_no_color_or_would_end_its_string) {
+TEST(ApplyCutColor, refuses_a_text_that_is_no_color_or_would_end_its_string) {
   for (const char* text : {"", "red", "rgb", "rgb:", "rgb:1,2", "rgb:1,2,3,4", "cmyk:1,2,3",
                            "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
                            "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})
-    EXPECT_NE(
-        RefusalOf([&] { static_cast<void>(Cut(text, TicketKind::Preview)); }).find("--cut-color"),
-        std::string::npos)
+    EXPECT_TRUE(RefusalOfCut(text, TicketKind::Preview)
+                    .starts_with("--cut-color " + std::string(text) + ": "))
         << text;
 }
 

@@ -17,7 +17,7 @@ using Names = std::vector<std::string>;
 class PrefixCommandTest : public ::testing::Test {
  protected:
   PrefixCommandTest() { m_Command.Place().Write("sign.ps", "%!PS\nshowpage\n"); }
-  // What is shown with these options.
+  // The command's output with these options.
   [[nodiscard]] std::string Shown(std::vector<std::string> options) {
     options.insert(options.begin(), {"prefix", "sign.ps"});
     const CommandResult result = m_Command.Run(options);
@@ -74,7 +74,7 @@ TEST_F(PrefixCommandTest, of_a_preview_has_its_own_sections) {
             std::string::npos);
 }
 
-TEST_F(PrefixCommandTest, wrong_use_is_told_by_option) {
+TEST_F(PrefixCommandTest, wrong_use_is_reported_by_option) {
   for (const std::vector<std::string>& options :
        std::vector<std::vector<std::string>>{{"--dpi", "72"},
                                              {"--cut-only"},
@@ -94,7 +94,7 @@ TEST_F(PrefixCommandTest, wrong_use_is_told_by_option) {
   }
 }
 
-TEST_F(PrefixCommandTest, a_file_that_can_not_be_written_is_told_and_a_missing_job_too) {
+TEST_F(PrefixCommandTest, a_file_that_can_not_be_written_is_reported_and_a_missing_job_too) {
   const CommandResult result = m_Command.Run({"prefix", "sign.ps", "-o", "none/such/out.psp"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("none/such/out.psp"), std::string::npos) << result.error;

@@ -1,4 +1,4 @@
-// Previews: where their files go, and what the shipped programs make of a page.
+// Previews: where their files go, and the pictures that the shipped programs make of a page.
 
 #include <gtest/gtest.h>
 
@@ -93,7 +93,7 @@ TEST_F(PreviewTest, its_files_have_the_name_that_was_given_and_nothing_else_is_l
   EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
 }
 
-TEST_F(PreviewTest, wrong_use_is_told_before_anything_runs) {
+TEST_F(PreviewTest, wrong_use_is_reported_before_anything_runs) {
   for (const std::vector<std::string>& options :
        std::vector<std::vector<std::string>>{{},
                                              {"-o", "out"},

@@ -36,7 +36,7 @@ class PrintSettings : public ::testing::Test {
   CommandRunner m_Command{CommandRunner::Children::None};
 };
 
-TEST_F(PrintSettings, none_is_what_a_job_without_options_has) {
+TEST_F(PrintSettings, a_job_without_options_has_none) {
   const std::string plain = PrefixOf({});
   EXPECT_NE(plain.find("\n  null SetScaleTarget\n"), std::string::npos);
   EXPECT_NE(plain.find("\nfalse $setcutter\n"), std::string::npos);

@@ -114,7 +114,7 @@ TEST_F(RealPrintTest, the_doctor_knows_the_queue_program) {
   EXPECT_NE(result.output.find("not executable"), std::string::npos) << result.output;
 }
 
-TEST_F(RealPrintTest, the_doctor_tells_a_faulty_devices_file_by_line) {
+TEST_F(RealPrintTest, the_doctor_reports_a_faulty_devices_file_by_line) {
   ASSERT_EQ(m_Command.Run({"doctor"}).status, 0);
   std::ofstream(m_Command.Root() + "/devices.txt") << "[A]\nkind = nonsense\n";
   const CommandResult result = m_Command.Run({"doctor"});
@@ -137,7 +137,7 @@ TEST_F(RealPrintTest, a_mode_is_found_without_its_extension_and_in_any_case) {
   EXPECT_EQ(result.status, 0) << result.error;
 }
 
-TEST_F(RealPrintTest, a_postscript_error_is_told_in_the_interpreters_words) {
+TEST_F(RealPrintTest, a_postscript_error_is_reported_by_the_interpreters_message) {
   m_Command.Place().Write("bad.ps", "%!PS\nundefinedthing showpage\n");
   const CommandResult result = m_Command.Run({"print", "bad.ps", "--json"});
   EXPECT_EQ(result.status, 1);
@@ -158,7 +158,7 @@ TEST_F(RealPrintTest, an_interrupted_job_leaves_no_process_and_no_file) {
   EXPECT_EQ(m_Command.Processes(), 0);
 }
 
-TEST_F(RealPrintTest, the_pages_of_a_spool_entry_are_told_by_their_description) {
+TEST_F(RealPrintTest, the_pages_of_a_spool_entry_are_listed_by_their_description) {
   ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
   const auto lines = m_Command.Run({"spool", "show", "job", "--json"}).Lines();
   ASSERT_EQ(lines.size(), 3U);

@@ -1,4 +1,4 @@
-// What the commands on the spool print of a job whose files were put there by hand.
+// Output of the commands on the spool for a job whose files were put there by hand.
 
 #include <gtest/gtest.h>
 
@@ -49,6 +49,16 @@ TEST_F(SpoolCommand, list_has_name_pages_bytes_and_date) {
             "banner\t1 page\t5 bytes\t1970-01-02 00:00:00\n"
             "going\t0 pages\t0 bytes\t1970-01-01 00:00:00\tunder way, or cut off\n"
             "sign\t2 pages\t1234 bytes\t1970-01-01 23:59:59\n");
+}
+
+// The file has a first line without an end.
+TEST_F(SpoolCommand, show_says_why_a_page_can_not_be_read) {
+  Write("sign.cfm/p1/.info", 3);
+  const std::string output = m_Command.Run({"spool", "show", "sign"}).output;
+  EXPECT_NE(output.find("\np1\tread page info 'line 1: no line feed at the end': "
+                        "Invalid argument (22)\n"),
+            std::string::npos)
+      << output;
 }
 
 TEST_F(SpoolCommand, size_is_that_of_one_or_of_all) {

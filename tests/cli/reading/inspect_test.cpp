@@ -37,7 +37,7 @@ std::string Word(unsigned value) {
   return bytes;
 }
 
-TEST(Inspect, a_line_tells_all_of_a_file) {
+TEST(Inspect, a_line_says_all_of_a_file) {
   CommandRunner command(CommandRunner::Children::None);
   command.Place().Write("sign.eps", Sign);
   const auto result = command.Run({"inspect", "sign.eps"});
@@ -79,7 +79,7 @@ TEST(Inspect, a_table_has_as_many_fields_in_each_row_as_its_head) {
   EXPECT_TRUE(lines[3].starts_with("./z\tneither\t"));
 }
 
-TEST(Inspect, a_file_that_can_not_be_read_is_told_and_the_others_follow) {
+TEST(Inspect, a_file_that_can_not_be_read_is_reported_and_the_others_follow) {
   CommandRunner command(CommandRunner::Children::None);
   command.Place().Write("sign.eps", Sign);
   const auto result = command.Run({"inspect", "missing.eps", "sign.eps"});
@@ -94,7 +94,7 @@ TEST(Inspect, json_and_a_table_exclude_each_other) {
   EXPECT_EQ(command.Run({"inspect", "--json", "--tsv", "x"}).status, 2);
 }
 
-TEST(Inspect, what_the_pages_paint_is_asked_of_ghostscript) {
+TEST(Inspect, ghostscript_says_where_the_pages_paint) {
   CommandRunner command(CommandRunner::Children::None);
   command.Place().Write("sign.eps", Sign);
   const auto result = command.Run({"inspect", "--painted", "--json", "sign.eps"});
@@ -105,7 +105,7 @@ TEST(Inspect, what_the_pages_paint_is_asked_of_ghostscript) {
   EXPECT_EQ(object["not_declared"], (std::vector<std::string>{"Ghost"}));
 }
 
-TEST(Inspect, a_program_that_fails_under_ghostscript_is_told) {
+TEST(Inspect, a_program_that_fails_under_ghostscript_is_reported) {
   CommandRunner command(CommandRunner::Children::None);
   command.Place().Write("bad.ps", "%!PS\nno_such_operator\n");
   const auto result = command.Run({"inspect", "--painted", "bad.ps"});
@@ -113,7 +113,7 @@ TEST(Inspect, a_program_that_fails_under_ghostscript_is_told) {
   EXPECT_TRUE(result.error.starts_with("rastrel: bad.ps: Ghostscript can't paint it"));
 }
 
-TEST(InspectFile, a_dos_header_tells_its_sections) {
+TEST(InspectFile, a_dos_header_lists_its_sections) {
   const std::string header = "\xC5\xD0\xD3\xC6" + Word(30) + Word(9) + Word(0) + Word(0) +
                              Word(39) + Word(3) + std::string(2, '\xFF');
   const Inspection inspection = Inspect(header + "%!PS EPSFtif");
@@ -170,7 +170,7 @@ TEST(MatchesPattern, a_star_is_any_text_and_a_question_mark_a_byte) {
   EXPECT_FALSE(MatchesPattern(std::string(5000, 'a'), "*a*a*a*a*a*a*b"));
 }
 
-TEST(FilesOfOperand, folders_patterns_and_names_are_told_apart) {
+TEST(FilesOfOperand, folders_patterns_and_names_are_distinguished) {
   const ScratchDirectory scratch;
   scratch.Write("b/two.eps", "");
   scratch.Write("b/c/three.eps", "");

@@ -26,7 +26,7 @@ class Lists : public ::testing::Test {
   CommandRunner m_Command{CommandRunner::Children::None};
 };
 
-TEST_F(Lists, notes_show_what_a_company_has_and_leave_out_what_is_empty) {
+TEST_F(Lists, notes_show_the_fields_of_a_company_and_leave_out_empty_ones) {
   const auto result = RunOn(
       "<JOBNOTESLIST><COMPANY><ADDRESS><NAME>Old\nMill</NAME><CITY/></ADDRESS><JOB><JOBNUMBER>7"
       "</JOBNUMBER><JOBSELLINGPRICE>65.50</JOBSELLINGPRICE><JOBDELIVERY>3</JOBDELIVERY></JOB>"
@@ -68,7 +68,7 @@ TEST_F(Lists, notes_without_companies_say_so_and_are_no_failure) {
   EXPECT_EQ(RunOn("<JOBNOTESLIST/>", {"notes", "file.xml", "--json"}).output, "");
 }
 
-TEST_F(Lists, a_document_that_is_refused_is_told_with_line_column_and_reason) {
+TEST_F(Lists, a_document_that_is_refused_is_reported_with_line_column_and_reason) {
   for (const char* const command : {"notes", "cars"}) {
     const auto result = RunOn("<A>\n  <B></C>\n</A>", {command, "file.xml"});
     EXPECT_EQ(result.status, 3);
@@ -83,7 +83,7 @@ TEST_F(Lists, a_document_that_is_refused_is_told_with_line_column_and_reason) {
   EXPECT_NE(line["text"].get<std::string>().find("file.xml:1:"), std::string::npos) << line;
 }
 
-TEST_F(Lists, a_value_that_is_too_long_is_told_with_its_element) {
+TEST_F(Lists, a_value_that_is_too_long_is_reported_with_its_element) {
   const auto result = RunOn("<JOBNOTESLIST><COMPANY><ADDRESS><CITY>" + std::string(255, 'x') +
                                 "</CITY></ADDRESS></COMPANY></JOBNOTESLIST>",
                             {"notes", "file.xml"});
@@ -92,7 +92,7 @@ TEST_F(Lists, a_value_that_is_too_long_is_told_with_its_element) {
       << result.error;
 }
 
-TEST_F(Lists, a_missing_or_misnamed_file_and_another_root_are_told_apart) {
+TEST_F(Lists, a_missing_or_misnamed_file_and_another_root_have_their_own_messages) {
   EXPECT_EQ(m_Command.Run({"notes", "none.xml"}).error,
             "rastrel: can't read 'none.xml': there is no such file\n");
   m_Command.Place().Write("notes.txt", "<JOBNOTESLIST/>");
@@ -106,7 +106,7 @@ TEST_F(Lists, a_missing_or_misnamed_file_and_another_root_are_told_apart) {
             "rastrel: can't read 'file.xml': its root is <LIBRARY>, and not <CAPSET>\n");
 }
 
-TEST_F(Lists, what_is_no_xml_is_refused_with_what_it_is) {
+TEST_F(Lists, other_files_than_xml_are_refused_with_their_kind) {
   m_Command.Place().Write("folder.xml/a", "");
   const std::vector<std::vector<std::string>> commands = {
       {"notes", "file.xml"}, {"cars", "file.xml"}, {"chart", "caps", "file.xml"}};

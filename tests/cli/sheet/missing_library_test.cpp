@@ -28,7 +28,7 @@ class MissingLibrary : public ::testing::Test {
   void Break(const std::string& library) const {
     m_Libraries.Write(library, std::string(4096, 'x'));
   }
-  // Has it find a library that knows nothing of what is asked for.
+  // Has it find a library that has none of the wanted functions.
   void Replace(const std::string& library) const {
     fs::copy_file(RASTREL_LIBRARY, m_Libraries.Path(library));
   }
@@ -57,7 +57,7 @@ TEST_F(MissingLibrary, without_libzip_a_package_is_not_read_and_all_else_is) {
   EXPECT_EQ(m_Command.Run({"notes", Examples + "job-notes.xml"}).status, 0);
 }
 
-TEST_F(MissingLibrary, a_libzip_of_another_kind_is_said_with_what_it_lacks) {
+TEST_F(MissingLibrary, a_libzip_of_another_kind_is_reported_with_its_missing_functions) {
   Replace(RASTREL_LIBZIP);
   ExpectNotInstalled({"sheet", "book.xlsx"},
                      "libzip, which reads packages of spreadsheets, can't be used: it has no zip_");

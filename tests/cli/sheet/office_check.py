@@ -40,8 +40,12 @@ DATE_CODES = [
     "yyyy-mm-dd", "m/d/yy h:mm", "[h]:mm", "[h]:mm:ss", "[mm]:ss", "h:mm AM/PM", "hh:mm:ss.000",
     "d mmm yyyy", "dddd, mmmm dd, yyyy", "mmmmm", "ddd", "yy", "[$-409]mmmm d, yyyy;@", "mm:ss.0",
     'yyyy"年"m"月"', 'h"h"m"m"s', "yyyy\\-mm\\-dd\\Thh:mm:ss", "ss.00", "m", "mm", "h", "s",
-    "General;yyyy", "ddmmyy", "mmm/yyyy",
+    "General;yyyy", "ddmmyy", "mmm/yyyy", "q", "qq", "yyyy-q", "h:mm a/p",
+    "[$-F800]dddd, mmmm dd, yyyy",
 ]
+# Numbers without a format, about the places where an exponent comes.
+GENERALS = [1e15, 1234567890123456, -1234567890123456, 9007199254740991, 1e16, 0.0001234567891234,
+            1.23456789123e-5, 1.234567891234e-5, 1.2345678e-9, 1.23456789e-9, 1e-10]
 BUILT_IN = list(range(0, 23)) + list(range(37, 50))
 
 # Cells that differ for a reason: (file, regular expression of ours, of theirs, the reason).
@@ -111,6 +115,10 @@ def make_workbooks(folder):
     cells = [(code, value) for code in NUMBER_CODES for value in NUMBERS]
     cells += [(code, value) for code in DATE_CODES for value in DATES]
     cells += [(code, value) for code in BUILT_IN for value in (0.75, 44197.123456789, -3.5)]
+    cells += [("General", value) for value in GENERALS]
+    cells += [("0%%", value) for value in NUMBERS]
+    cells += [(code, value) for code in ("[>1000]0", "[<1]0.0", "[=1]\"one\"") for value in NUMBERS
+              if value >= 0]
     cells += [(code, "text") for code in ("@", "General", "0", '"t:"@', '0;0;0;"T "@" end"')]
     write_formats(add("formats.xlsx"), cells)
     write_formats(add("formats-1904.xlsx"), [(code, value) for code in DATE_CODES

@@ -1,4 +1,4 @@
-// `rastrel sheet` as it is run: what it reads, what it makes of it, and that nothing is left.
+// `rastrel sheet` as it is run: its input, its output, and that nothing is left.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -9,8 +9,7 @@
 
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/open_office_xml_import.h"
-#include "tests/cli/command_runner.h"
-#include "tests/spreadsheet/workbook_files.h"
+#include "tests/cli/sheet/sheet_command_fixture.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {
@@ -18,52 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
-
-WorkbookFiles TwoSheets() {
-  WorkbookFiles files;
-  files.sheets = {
-      {"First", Row(1, Cell("A1", "0", "s") + Cell("B1", "1.5")) +
-                    Row(3, Cell("A3", "1", "s") + Cell("C3", "1", "b"))},
-      {"Second", Row(1, Cell("A1", "7", "n", 1) + Cell("AA1", "8")), "state=\"hidden\""}};
-  files.strings = "<si><t>Name</t></si><si><t>two\nlines\tand \\</t></si>";
-  files.styles =
-      "<numFmts><numFmt numFmtId=\"164\" formatCode=\"0.00&quot; m&quot;\"/></numFmts>"
-      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"164\"/></cellXfs>";
-  return files;
-}
-
-class SheetCommandTest : public ::testing::Test {
- protected:
-  ~SheetCommandTest() override {
-    EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
-    for (const auto& entry : fs::directory_iterator(m_Command.Place().Path()))
-      EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
-  }
-  CommandResult Sheet(const std::string& bytes, Names options = {}) {
-    m_Command.Place().Write("book", bytes);
-    options.insert(options.begin(), {"sheet", "book"});
-    return m_Command.Run(options);
-  }
-  // The text, or the words of the refusal without the file's name.
-  std::string Shown(const std::string& bytes, const Names& options = {"--as-shown"}) {
-    const CommandResult result = Sheet(bytes, options);
-    if (result.status == 0) {
-      EXPECT_EQ(result.error, "");
-      return result.output;
-    }
-    EXPECT_EQ(result.status, 3) << result.error;
-    EXPECT_EQ(result.output, "");
-    // In a flat file the line comes first.
-    std::string words = result.error;
-    EXPECT_TRUE(words.starts_with("rastrel: book:")) << words;
-    words.erase(0, std::string("rastrel: book:").size());
-    return words.substr(words.starts_with(' ') ? 1 : 0);
-  }
-  std::string ShownTables(const std::string& tables) {
-    return Shown(OpenDocument(tables, "document"));
-  }
-  CommandRunner m_Command{CommandRunner::Children::None};
-};
 
 TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_package) {
   const ScratchDirectory package;
@@ -105,7 +58,7 @@ TEST_F(SheetCommandTest, gives_the_bytes_that_the_import_makes_of_the_same_docum
   EXPECT_EQ(Shown(OpenDocument(tables, "document"), {}), expected);
 }
 
-TEST_F(SheetCommandTest, shows_what_a_person_sees) {
+TEST_F(SheetCommandTest, shows_values_as_a_person_sees_them) {
   EXPECT_EQ(Shown(TwoSheets().Bytes()),
             "\\sheet\tFirst\nName\t1.5\n\ntwo\\nlines\\tand \\\\\t\tTRUE\n"
             "\\sheet\tSecond\n7.00 m" +
@@ -134,6 +87,20 @@ TEST_F(SheetCommandTest, shows_every_kind_of_cell) {
             "in\truns\t\t\tno number\n");
   files.workbookExtra = "<workbookPr date1904=\"1\"/>";
   EXPECT_NE(Shown(files.Bytes()).find("\t1/2/2025\t"), std::string::npos);
+}
+
+TEST_F(SheetCommandTest, shows_booleans_by_a_format_of_numbers) {
+  WorkbookFiles files;
+  files.styles =
+      "<numFmts><numFmt numFmtId=\"164\" formatCode=\"&quot;yes&quot;;;&quot;no&quot;\"/></numFmts>"
+      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"2\"/><xf numFmtId=\"164\"/><xf "
+      "numFmtId=\"49\"/></cellXfs>";
+  std::string cells;
+  for (const char* value : {"1", "0"})
+    for (const int style : {0, 1, 2, 3}) cells += Cell("", value, "b", style);
+  files.sheets = {{"S", Row(1, cells)}};
+  EXPECT_EQ(Shown(files.Bytes(), {"--as-shown", "--sheet", "S"}),
+            "TRUE\t1.00\tyes\tTRUE\tFALSE\t0.00\tno\tFALSE\n");
 }
 
 TEST_F(SheetCommandTest, shows_open_document_cells_as_they_were_saved) {
@@ -249,7 +216,7 @@ TEST_F(SheetCommandTest, a_workbook_elsewhere_is_shown_and_the_import_says_why_i
             "reads it\n");
 }
 
-TEST_F(SheetCommandTest, an_absolute_target_is_followed_by_what_is_shown_alone) {
+TEST_F(SheetCommandTest, an_absolute_target_is_followed_for_shown_values_alone) {
   WorkbookFiles files = TwoSheets();
   files.sheets[0].target = "/xl/tables/t1.xml";
   EXPECT_NE(Shown(files.Bytes()).find("Name\t1.5"), std::string::npos);
@@ -257,6 +224,38 @@ TEST_F(SheetCommandTest, an_absolute_target_is_followed_by_what_is_shown_alone) 
       Shown(files.Bytes(), {}),
       "sheet 'First': its target '/xl/tables/t1.xml' is absolute, and is looked for below xl; "
       "--as-shown reads it\n");
+}
+
+TEST_F(SheetCommandTest, a_target_that_the_import_refuses_gets_the_hint_if_and_only_if_it_helps) {
+  const std::string hint = "; --as-shown reads it\n";
+  const std::pair<std::string, std::string> targets[] = {
+      {"/xl/tables/t1.xml", "is absolute, and is looked for below xl" + hint},
+      {"../xl/tables/t1.xml", "leads out of its folder" + hint},
+      {"tables/../tables/t1.xml", "leads out of its folder" + hint},
+      {"tables/t%31.xml", "is looked for below xl as it is written" + hint},
+      {"/xl/tables/none.xml", "is absolute, and is not in the package\n"},
+      {"../tables/t1.xml", "leads out of its folder\n"},
+      {"tables/none.xml", "is not in the package\n"},
+  };
+  for (const auto& [target, why] : targets) {
+    WorkbookFiles files = TwoSheets();
+    files.sheets[0].target = target;
+    EXPECT_EQ(Shown(files.Bytes(), {}), "sheet 'First': its target '" + target + "' " + why);
+    const bool isRead = Shown(files.Bytes()).find("Name\t1.5") != std::string::npos;
+    EXPECT_EQ(isRead, why.ends_with(hint)) << target;
+  }
+  // After a sheet that is read it is passed over, with the same message.
+  WorkbookFiles files = TwoSheets();
+  files.sheets[1].target = "/xl/tables/t2.xml";
+  const CommandResult result = Sheet(files.Bytes());
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(
+      result.error.starts_with("rastrel: book: passed over: sheet 'Second': its target "
+                               "'/xl/tables/t2.xml' is absolute, and is looked for below xl" +
+                               hint));
+  // A part that is only written in a longer way is found.
+  files.sheets[1].target = "./tables/t2.xml";
+  EXPECT_EQ(Sheet(files.Bytes()).error, "");
 }
 
 TEST_F(SheetCommandTest, targets_that_lead_out_lead_nowhere) {
@@ -291,7 +290,7 @@ TEST_F(SheetCommandTest, a_sheet_that_breaks_in_its_last_row_gives_no_text_at_al
     EXPECT_TRUE(Shown(files.Bytes(), options).starts_with("xl/tables/t1.xml:2:"));
 }
 
-TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
+TEST_F(SheetCommandTest, writes_its_target_as_a_whole_or_not_at_all) {
   const std::string text = Shown(TwoSheets().Bytes());
   m_Command.Place().Write("out.tsv", "old");
   CommandResult result = Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", "out.tsv"});
@@ -308,6 +307,13 @@ TEST_F(SheetCommandTest, writes_where_it_is_told_as_a_whole_or_not_at_all) {
   EXPECT_NE(before, text);
   EXPECT_EQ(Sheet("none", {"-o", "out.tsv"}).status, 3);
   EXPECT_EQ(m_Command.Place().Read("out.tsv"), before);
+  // A file that others may not read stays one.
+  fs::permissions(m_Command.Place().Path("out.tsv"),
+                  fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(Sheet(TwoSheets().Bytes(), {"--as-shown", "-o", "out.tsv"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("out.tsv"), text);
+  EXPECT_EQ(fs::status(m_Command.Place().Path("out.tsv")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
 }
 
 TEST_F(SheetCommandTest, another_file_system_gets_the_same_text_in_a_file_like_any_other) {
@@ -362,7 +368,7 @@ TEST_F(SheetCommandTest, json_gives_rows_with_their_places) {
   EXPECT_EQ(nlohmann::json::parse(bad.LastLine())["event"], "failed");
 }
 
-TEST_F(SheetCommandTest, wrong_use_is_told) {
+TEST_F(SheetCommandTest, wrong_use_is_reported) {
   for (const Names& options : {Names{"--faithful", "--as-shown"}, Names{"--list", "-o", "x"},
                                Names{"--list", "--as-shown"}, Names{"--list", "--sheet", "1"},
                                Names{"-o", ""}, Names{"--sheet"}})
@@ -401,7 +407,7 @@ TEST_F(SheetCommandTest, a_folder_is_read_and_stays_as_it_is) {
       << link.error;
 }
 
-TEST_F(SheetCommandTest, what_is_no_spreadsheet_is_refused_with_what_it_is) {
+TEST_F(SheetCommandTest, other_files_than_spreadsheets_are_refused_with_their_kind) {
   WorkbookFiles binary = TwoSheets();
   binary.workbookType = "application/vnd.ms-excel.sheet.binary.macroEnabled.main";
   WorkbookFiles letter = TwoSheets();
@@ -459,95 +465,6 @@ TEST_F(SheetCommandTest, a_hostile_package_is_refused_before_anything_is_written
             "entry '../../evil': its name leads out of the package\n");
 }
 
-TEST_F(SheetCommandTest, rows_and_columns_are_bounded) {
-  const auto shown = [this](const std::string& cells) {
-    WorkbookFiles files;
-    files.sheets = {{"S", cells}};
-    return Sheet(files.Bytes(), {"--list"});
-  };
-  for (const int row : {1'048'575, 1'048'576, 1'048'577}) {
-    const CommandResult result = shown(Row(row, Cell("A" + std::to_string(row), "1")));
-    EXPECT_EQ(result.status, row <= 1'048'576 ? 0 : 3);
-  }
-  EXPECT_EQ(shown(Row(1, Cell("XFC1", "1"))).status, 0);
-  EXPECT_EQ(shown(Row(1, Cell("XFD1", "1"))).status, 0);
-  EXPECT_NE(shown(Row(1, Cell("XFE1", "1"))).error.find("cell 'XFE1' of row 1 lies behind"),
-            std::string::npos);
-  EXPECT_EQ(shown(Row(1, Cell(std::string(100, 'Z') + "1", "1"))).status, 3);
-  EXPECT_NE(shown(Row(2, "") + Row(2, "")).error.find("row numbered '2' comes after row 2"),
-            std::string::npos);
-  EXPECT_EQ(shown("<row r=\"99999999999999999999\"/>").status, 3);
-}
-
-TEST_F(SheetCommandTest, repeats_are_bounded) {
-  const auto status = [this](int columns, int rows, int more) {
-    const auto times = [](const char* what, int count) {
-      return std::string("table:number-") + what + "-repeated=\"" + std::to_string(count) + "\"";
-    };
-    std::string tables = TableRow(TableCell("x", times("columns", columns)), times("rows", rows));
-    if (more > 0) tables += TableRow(TableCell("x", times("columns", more)));
-    return Sheet(OpenDocument(Table("T", tables), "document"), {"--list"}).status;
-  };
-  EXPECT_EQ(status(16'383, 1, 0), 0);
-  EXPECT_EQ(status(16'384, 1, 0), 0);
-  EXPECT_EQ(status(16'385, 1, 0), 3);
-  EXPECT_EQ(status(1, 1'048'575, 0), 0);
-  EXPECT_EQ(status(1, 1'048'576, 0), 0);
-  EXPECT_EQ(status(1, 1'048'577, 0), 3);
-  EXPECT_EQ(status(1, 1'048'576, 1), 3);
-  EXPECT_EQ(status(999'999'999, 999'999'999, 0), 3);
-  // All but the first of a row's cells, and all of the rows behind the first, come by repeats.
-  EXPECT_EQ(status(16'384, 1'024, 1), 0);
-  EXPECT_EQ(status(16'384, 1'024, 2), 0);
-  EXPECT_EQ(status(16'384, 1'024, 3), 3);
-}
-
-TEST_F(SheetCommandTest, texts_of_cells_are_bounded) {
-  for (const int size : {(1 << 20) - 1, 1 << 20, (1 << 20) + 1}) {
-    const std::string blanks = "<text:s text:c=\"" + std::to_string(size - 2) + "\"/>";
-    const std::string shown = ShownTables(Table("T", TableRow(TableCell("a" + blanks + "b"))));
-    if (size <= 1 << 20)
-      EXPECT_EQ(shown.size(),
-                static_cast<std::size_t>(size) + std::string("\\sheet\tT\n\n").size());
-    else
-      EXPECT_NE(shown.find("row 1: a cell has a text longer than the limit"), std::string::npos);
-    WorkbookFiles files;
-    files.sheets = {
-        {"S", Row(1, Cell("A1", std::string(static_cast<std::size_t>(size), 'x'), "str"))}};
-    EXPECT_EQ(Sheet(files.Bytes(), {"--list"}).status, size <= 1 << 20 ? 0 : 3);
-  }
-  EXPECT_NE(ShownTables(Table("T", TableRow(TableCell("<text:s text:c=\"999999999\"/>x"))))
-                .find("longer than the limit"),
-            std::string::npos);
-}
-
-TEST_F(SheetCommandTest, sheets_are_bounded_and_share_no_part) {
-  for (const std::size_t count : {4095U, 4096U, 4097U}) {
-    std::string tables;
-    for (std::size_t index = 0; index < count; ++index) tables += Table("T", "");
-    EXPECT_EQ(Sheet(OpenDocument(tables, "document"), {"--list"}).status, count <= 4096 ? 0 : 3);
-    WorkbookFiles files;
-    files.sheets = {{"S", ""}};
-    files.workbookExtra = "<sheets>";
-    for (std::size_t index = 1; index < count; ++index)
-      files.workbookExtra += "<sheet name=\"x\" r:id=\"none\"/>";
-    files.workbookExtra += "</sheets>";
-    const std::string words = Shown(files.Bytes());
-    EXPECT_EQ(words.find("more sheets than the limit of 4096") != words.npos, count > 4096);
-  }
-  WorkbookFiles files = TwoSheets();
-  files.sheets[1].target = "tables/t1.xml";
-  EXPECT_EQ(Shown(files.Bytes()), "xl/tables/t1.xml: several sheets share it\n");
-}
-
-TEST_F(SheetCommandTest, a_shared_string_that_is_not_there_is_a_fault) {
-  WorkbookFiles files = TwoSheets();
-  files.sheets[0].rows = Row(4, Cell("A4", "2", "s"));
-  EXPECT_NE(
-      Shown(files.Bytes()).find("a cell of row 4 asks for the shared string '2', and there are 2"),
-      std::string::npos);
-}
-
 TEST_F(SheetCommandTest, charts_have_no_rows) {
   WorkbookFiles files = TwoSheets();
   files.sheets[0].kind = "chartsheet";
@@ -572,7 +489,31 @@ TEST_F(SheetCommandTest, a_signal_ends_it_and_leaves_nothing) {
   }
 }
 
-TEST_F(SheetCommandTest, the_examples_say_what_they_are_for) {
+TEST_F(SheetCommandTest,
+       the_copy_of_a_killed_one_goes_with_the_next_and_that_of_a_running_one_stays) {
+  m_Command.Place().Write("book", TwoSheets().Bytes());
+  const std::string pipe = m_Command.Place().Path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  m_Command.Start({"sheet", "book", "--json", "-o", "pipe"}, "\"progress\"");
+  m_Command.Signal(SIGKILL);
+  static_cast<void>(m_Command.Wait());
+  const Names killed = m_Command.NamesIn("jobs");
+  ASSERT_EQ(killed.size(), 1U);
+  m_Command.Start({"sheet", "book", "--json", "-o", "pipe"}, "\"progress\"");
+  const Names running = m_Command.NamesIn("jobs");
+  ASSERT_EQ(running.size(), 1U);
+  EXPECT_NE(running, killed);
+
+  CommandRunner other(CommandRunner::Children::None);
+  other.Set("RASTREL_HOME", m_Command.Root());
+  EXPECT_EQ(other.Run({"sheet", m_Command.Place().Path("book")}).status, 0);
+  EXPECT_EQ(m_Command.NamesIn("jobs"), running);
+  m_Command.Signal(SIGINT);
+  EXPECT_EQ(m_Command.Wait().status, 4);
+  fs::remove(pipe);
+}
+
+TEST_F(SheetCommandTest, the_examples_say_their_purpose) {
   const std::string examples = std::string(RASTREL_SOURCE_DIR) + "/examples/";
   EXPECT_EQ(
       m_Command.Run({"sheet", examples + "price-list", "--as-shown", "--sheet", "Prices"}).output,

@@ -54,7 +54,7 @@ class TrialDialog : public CDialog {
   bool m_MayEnd = false;
 };
 
-TEST(CDialog, returns_what_it_was_ended_with_and_shows_its_texts_translated) {
+TEST(CDialog, returns_its_result_and_shows_its_texts_translated) {
   ScriptedHost host;
   host.m_Views.PressAt("run", Button);
   TrialDialog dialog;
@@ -128,12 +128,12 @@ TEST(CDialog, takes_a_bounded_number_of_posted_messages_at_a_time) {
   EXPECT_EQ(dialog.m_Sum, 65);
 }
 
-TEST(HeadlessView, cancels_what_only_a_person_could_end) {
+TEST(HeadlessView, cancels_a_dialog_that_only_a_person_could_end) {
   TrialDialog dialog;
   EXPECT_EQ(dialog.DoModal(), CancelCommand) << "the default host shows nothing";
 }
 
-TEST(HeadlessView, takes_what_was_posted_before_the_work_ended) {
+TEST(HeadlessView, takes_messages_posted_before_the_work_ended) {
   TrialDialog dialog;
   dialog.m_MayEnd = true;
   std::thread work([&dialog] {

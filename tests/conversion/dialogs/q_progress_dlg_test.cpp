@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
+#include <functional>
+#include <stdexcept>
+#include <thread>
 
 #include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/platform/standalone/headless_views.h"
@@ -239,6 +243,205 @@ TEST_F(ProgressDialog, shows_texts_that_its_host_translates) {
   EXPECT_EQ(Run(), OkCommand);
   EXPECT_TRUE(m_Host.m_Views.HasTold("text 2005 Abbrechen"));
   EXPECT_TRUE(m_Host.m_Views.HasTold("text 2021 Fertig"));
+}
+
+// Views that do other than they should.
+
+using Dialog = std::function<void(DialogLogic&)>;
+
+// A view that acts by a script: when it is made, at each call, and in place of its loop.
+class OddViews : public DialogViews {
+ public:
+  Dialog m_OnMake;
+  Dialog m_OnRange;
+  Dialog m_OnText;
+  Dialog m_OnRun;
+
+  std::unique_ptr<DialogView> MakeView(DialogLogic& dialog) override {
+    Act(m_OnMake, dialog);
+    return std::make_unique<View>(*this, dialog);
+  }
+  void ShowMessage(CWnd*, const std::wstring&, const std::wstring&) override {}
+
+ private:
+  class View : public DialogView {
+   public:
+    View(OddViews& views, DialogLogic& dialog) : m_Views(views), m_Dialog(dialog) {}
+    void SetText(int, const std::wstring&) override { Act(m_Views.m_OnText, m_Dialog); }
+    void SetRange(int, int, int) override { Act(m_Views.m_OnRange, m_Dialog); }
+    void SetPosition(int, int) override {}
+    void RunModal() override { Act(m_Views.m_OnRun, m_Dialog); }
+
+   private:
+    OddViews& m_Views;
+    DialogLogic& m_Dialog;
+  };
+  static void Act(const Dialog& action, DialogLogic& dialog) {
+    if (action) action(dialog);
+  }
+};
+
+void Cancel(DialogLogic& dialog) { dialog.Command(CancelCommand); }
+void Throw(DialogLogic& /*dialog*/) { throw std::runtime_error("no window"); }
+
+class OddView : public rastrel::test::QueueTest {
+ protected:
+  class OddHost : public rastrel::standalone::StandaloneHost {
+   public:
+    OddHost() { SetHost(this); }
+    ~OddHost() override { SetHost(nullptr); }
+    DialogViews& GetDialogViews() override { return m_Views; }
+    OddViews m_Views;
+  };
+
+  OddView() {
+    // It ends by itself, so that a dialog that waits for it fails the test and does not hang it.
+    Queue(": > \"$RASTREL_HOME/started\"\necho 'INFO: CONVERTING' >&2\nexec sleep 30\n");
+    m_Host.m_Views.m_OnRun = [](DialogLogic& dialog) {
+      while (!dialog.HasEnded()) dialog.HandleMessages();
+    };
+  }
+  ~OddView() override { ExpectNothingLeft(); }
+  OddViews& Views() { return m_Host.m_Views; }
+
+  OddHost m_Host;
+};
+
+TEST_F(OddView, that_throws_or_returns_early_leaves_no_program_running) {
+  for (const bool throws : {true, false}) {
+    CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+    Views().m_OnRun = [this, throws](DialogLogic& logic) {
+      while (!Root().Has("started")) std::this_thread::yield();
+      if (throws) Throw(logic);
+    };
+    if (throws) {
+      EXPECT_THROW(dialog.DoModal(), std::runtime_error);
+    } else {
+      EXPECT_EQ(dialog.DoModal(), CancelCommand);
+    }
+    EXPECT_TRUE(dialog.HasEnded());
+    EXPECT_TRUE(dialog.IsCancelled());
+    EXPECT_FALSE(HasChildren()) << throws;
+    std::filesystem::remove(Root().Path("started"));
+  }
+}
+
+TEST_F(OddView, that_cancels_or_throws_while_it_is_prepared_starts_no_program) {
+  for (Dialog OddViews::*const place : {&OddViews::m_OnMake, &OddViews::m_OnRange}) {
+    for (const Dialog& act : {Dialog(Cancel), Dialog(Throw)}) {
+      Views().*place = act;
+      CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+      try {
+        EXPECT_EQ(dialog.DoModal(), CancelCommand);
+        EXPECT_TRUE(dialog.IsCancelled());
+      } catch (const std::runtime_error&) {
+        EXPECT_TRUE(dialog.HasEnded());
+      }
+      EXPECT_FALSE(HasChildren());
+      EXPECT_FALSE(Root().Has("started"));
+      Views().*place = nullptr;
+    }
+  }
+}
+
+TEST_F(OddView, that_cancels_or_throws_after_the_start_leaves_no_program_running) {
+  for (const Dialog& act : {Dialog(Cancel), Dialog(Throw)}) {
+    Views().m_OnText = act;
+    CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+    try {
+      EXPECT_EQ(dialog.DoModal(), CancelCommand);
+    } catch (const std::runtime_error&) {
+      EXPECT_TRUE(dialog.HasEnded());
+    }
+    EXPECT_TRUE(dialog.IsCancelled());
+    EXPECT_FALSE(HasChildren());
+  }
+}
+
+TEST_F(OddView, that_ends_the_dialog_past_its_job_leaves_no_program_running) {
+  CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+  Views().m_OnRun = [&dialog](DialogLogic&) { dialog.EndDialog(OkCommand); };
+  EXPECT_EQ(dialog.DoModal(), OkCommand);
+  EXPECT_TRUE(dialog.IsCancelled());
+  EXPECT_FALSE(HasChildren());
+}
+
+TEST_F(OddView, shown_again_after_a_cancel_the_dialog_knows_nothing_of_the_first_time) {
+  CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+  const Dialog run = Views().m_OnRun;
+  Views().m_OnRun = [](DialogLogic& logic) {
+    // One message is handled; another is left.
+    static_cast<CQProgressDlg&>(logic).PostMessage(CQProgressDlg::StateMessage, 4, JTI_CLQ_FAILURE);
+    logic.HandleMessages();
+    static_cast<CQProgressDlg&>(logic).PostMessage(CQProgressDlg::StateMessage, 4, JTI_CLQ_FAILURE);
+    logic.Command(CancelCommand);
+  };
+  EXPECT_EQ(dialog.DoModal(), CancelCommand);
+  EXPECT_TRUE(dialog.IsCancelled());
+  EXPECT_EQ(dialog.CountMessages(), 0U);
+  // The program must not be killed by the abort of the first time.
+  Queue("sleep 0.1\n: > \"$RASTREL_HOME/whole\"\necho 'INFO: CLQ_success' >&2\n");
+  Views().m_OnRun = run;
+  EXPECT_EQ(dialog.DoModal(), OkCommand);
+  EXPECT_FALSE(dialog.IsCancelled());
+  EXPECT_TRUE(Root().Has("whole"));
+}
+
+// A view that never sleeps asks between the job's end and the message of it.
+
+class GapDialog : public CQProgressDlg {
+ public:
+  using CQProgressDlg::CQProgressDlg;
+
+  bool PostMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
+    if (message == WorkEndedMessage) {
+      // The job has ended. The gap lasts until the view has asked a few times, or has given up.
+      const int asked = m_Asked;
+      while (m_Asked < asked + 100 && !m_GivenUp) std::this_thread::yield();
+    }
+    return CQProgressDlg::PostMessage(message, wParam, lParam);
+  }
+  bool MayEndByItself() const override {
+    ++m_Asked;
+    return CQProgressDlg::MayEndByItself();
+  }
+
+  mutable std::atomic<int> m_Asked = 0;
+  std::atomic<bool> m_GivenUp = false;
+};
+
+TEST_F(OddView, that_never_sleeps_does_not_cancel_a_job_that_has_just_succeeded) {
+  // The success is handled before the job ends, so that nothing is in the queue in the gap.
+  Queue(
+      "echo 'INFO: CLQ_success' >&2\n"
+      "until [ -e \"$RASTREL_HOME/handled\" ]; do sleep 0.01; done\n");
+  GapDialog dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+  Views().m_OnRun = [this, &dialog](DialogLogic& logic) {
+    while (!logic.HasEnded()) {
+      const bool mayEnd = logic.MayEndByItself();
+      const bool handled = logic.HandleMessages() > 0;
+      if (handled) Root().Write("handled", "");
+      if (handled || mayEnd) continue;
+      dialog.m_GivenUp = true;
+      logic.Command(CancelCommand);
+    }
+  };
+  EXPECT_EQ(dialog.DoModal(), OkCommand);
+  EXPECT_FALSE(dialog.IsCancelled());
+}
+
+TEST_F(OddView, that_never_sleeps_is_not_left_waiting_for_an_end_that_could_not_be_posted) {
+  class LosingDialog : public CQProgressDlg {
+   public:
+    using CQProgressDlg::CQProgressDlg;
+    bool PostMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
+      return message != WorkEndedMessage && CQProgressDlg::PostMessage(message, wParam, lParam);
+    }
+  };
+  Queue("echo 'INFO: CLQ_success' >&2\n");
+  LosingDialog dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
+  Views().m_OnRun = [](DialogLogic& logic) { rastrel::standalone::HeadlessView(logic).RunModal(); };
+  EXPECT_EQ(dialog.DoModal(), CancelCommand);
 }
 
 // With nobody to watch.

@@ -27,7 +27,7 @@ std::optional<int> NumberOf(const std::string& text) {
   return number;
 }
 
-/// Reads the words one by one; m_Failed once one is missing or no number.
+/// Reads the arguments one by one; m_Failed once one is missing or no number.
 class Words {
  public:
   explicit Words(std::vector<std::string> words) : m_Words(std::move(words)) {}

@@ -231,7 +231,7 @@ void Tracer::FailCall(Task& task, pid_t id, user_regs_struct registers, const st
     task.forcedResult = -m_Plan.error;
     return;
   }
-  // brk has no error number: one that fails gives the end of memory as it is, as does one for 0.
+  // brk has no error number: one that fails returns the end of memory as it is, as does one for 0.
   if (static_cast<long>(registers.orig_rax) == SYS_brk) {
     task.firstArgument = std::exchange(registers.rdi, 0);
     ::ptrace(PTRACE_SETREGS, id, nullptr, &registers);

@@ -28,7 +28,7 @@ struct CallAddress {
 /// A run: the command, the call that fails, and the records that are wanted.
 struct Plan {
   std::vector<std::string> command;
-  std::string report;             ///< file for the lines that Tracer tells of
+  std::string report;             ///< file for Tracer's lines
   std::vector<std::string> ours;  ///< programs below these directories are counted
   std::optional<CallAddress> failing;
   int error = 0;  ///< errno that the failing call has
@@ -98,7 +98,7 @@ class Tracer {
   std::ofstream m_Report;
   std::unique_ptr<Journal> m_Journal;
   std::map<pid_t, Task> m_Tasks;
-  std::map<pid_t, bool> m_Early;  ///< tasks that stopped before their creator's stop told of them
+  std::map<pid_t, bool> m_Early;  ///< tasks that stopped before their creator's stop reported them
   pid_t m_First = 0;
   bool m_FirstEnded = false;
   std::chrono::steady_clock::time_point m_Deadline;

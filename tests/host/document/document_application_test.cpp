@@ -58,7 +58,7 @@ TEST_F(DocumentApplicationTest, the_grid_begins_in_the_corner_that_is_counted_fr
   }
 }
 
-TEST_F(DocumentApplicationTest, a_palette_color_is_found_by_number_and_by_what_it_is) {
+TEST_F(DocumentApplicationTest, a_palette_color_is_found_by_number_and_by_value) {
   const int count = static_cast<int>(m_Document.Colors().Entries().size());
   CVKColor color(7, COLORSPACE_RGB, 7, 7);
   EXPECT_EQ(m_Application.FindPaletteColor(count, color), 0);
@@ -89,7 +89,7 @@ TEST_F(DocumentApplicationTest, sheet_layers_are_kept_by_their_number) {
   EXPECT_FALSE(layers.GetSheetLayerFromPalette(3));
 }
 
-TEST_F(DocumentApplicationTest, a_drill_point_that_can_not_be_is_told_and_not_made) {
+TEST_F(DocumentApplicationTest, a_drill_point_that_can_not_be_is_reported_and_not_made) {
   m_Application.SetDrillPointObj({});
   EXPECT_TRUE(m_Notices.Losses().empty()) << "drill points are off";
   for (const double diameter : {0.0, -1.0, std::nan(""), 1e300}) {

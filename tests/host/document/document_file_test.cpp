@@ -126,7 +126,7 @@ TEST(DocumentFile, a_text_cut_off_anywhere_is_refused) {
   }
 }
 
-TEST(DocumentFile, a_fault_is_told_with_its_place) {
+TEST(DocumentFile, a_fault_is_reported_with_its_place) {
   const std::string text = DocumentText(*FullDocument());
   const struct {
     const char* old;
@@ -153,7 +153,7 @@ TEST(DocumentFile, a_fault_is_told_with_its_place) {
   }
 }
 
-TEST(DocumentFile, what_it_does_not_know_is_passed_over) {
+TEST(DocumentFile, an_unknown_key_is_passed_over) {
   const std::string text = DocumentText(*FullDocument());
   EXPECT_TRUE(ReadDocumentText(With(text, "\"unit\": \"cm\"", "\"unit\": \"cm\", \"new\": [1]")));
 }
@@ -216,7 +216,7 @@ TEST(DocumentFile, nesting_without_end_is_refused_without_a_crash) {
   EXPECT_FALSE(ReadDocumentText(std::string(1'000'000, '[')));
 }
 
-TEST(DocumentFile, what_it_does_not_know_may_be_as_deep_as_any_text) {
+TEST(DocumentFile, an_unknown_value_may_be_as_deep_as_any_text) {
   for (const std::size_t depth : {DeepestJson - 2, DeepestJson - 1, DeepestJson}) {
     const std::string deep = std::string(depth, '[') + std::string(depth, ']');
     // It is in the document, which is the first level.
@@ -228,7 +228,7 @@ TEST(DocumentFile, what_it_does_not_know_may_be_as_deep_as_any_text) {
   }
 }
 
-TEST(DocumentFile, objects_may_stand_before_what_says_how_to_read_them) {
+TEST(DocumentFile, objects_may_come_before_the_keys_that_say_how_to_read_them) {
   const std::string objects = "\"objects\": [" + PlateText(2, 0) + "]";
   const std::string file = With(FileWith("\"end\": 0"), "{", "{" + objects + ",");
   const auto read = ReadDocumentText(file);
@@ -246,7 +246,7 @@ TEST(DocumentFile, of_a_later_version_no_object_is_looked_at) {
   EXPECT_EQ(Describe(read.Error()), "/version: is 2, and this program reads version 1");
 }
 
-TEST(DocumentFile, objects_that_are_missing_told_twice_or_no_array_are_refused) {
+TEST(DocumentFile, objects_that_are_missing_repeated_or_no_array_are_refused) {
   const struct {
     const char* members;
     const char* told;
@@ -266,7 +266,7 @@ TEST(DocumentFile, objects_that_are_missing_told_twice_or_no_array_are_refused) 
   }
 }
 
-TEST(DocumentFile, a_syntax_fault_is_told_with_its_line) {
+TEST(DocumentFile, a_syntax_fault_is_reported_with_its_line) {
   const auto read = ReadDocumentText("{\n\"format\": tru}");
   ASSERT_FALSE(read);
   EXPECT_EQ(Describe(read.Error()).find("the file: parse error at line 2, column 14: "), 0U)

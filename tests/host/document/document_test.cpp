@@ -296,7 +296,7 @@ TEST(DocumentStore, selecting_twice_counts_once) {
   EXPECT_TRUE(document.Selection().empty());
 }
 
-TEST(DocumentStore, a_matrix_maps_a_group_and_what_stands_in_it) {
+TEST(DocumentStore, a_matrix_maps_a_group_and_its_members) {
   Document document;
   DocumentStore store(document);
   AddDrill(document, 1);
@@ -335,7 +335,7 @@ TEST(DocumentStore, a_group_takes_the_place_of_the_object_that_leads_it) {
   }
 }
 
-TEST(DocumentStore, a_group_of_what_lies_apart_stands_where_its_leader_stood) {
+TEST(DocumentStore, a_group_of_objects_that_lie_apart_takes_the_place_of_its_leader) {
   Document document;
   DocumentStore store(document);
   const ObjectHandle first = AddDrill(document, 1);
@@ -394,7 +394,7 @@ TEST(DocumentStore, a_filtered_list_holds_the_objects_of_its_kind) {
   EXPECT_EQ(store.DBGetFirstMember(plates), plate);
 }
 
-TEST(DocumentStore, what_is_made_empty_is_a_group_a_path_or_a_text) {
+TEST(DocumentStore, an_object_made_empty_is_a_group_a_path_or_a_text) {
   Document document;
   DocumentStore store(document);
   for (const int type : {DBTYPE_GROUP, DBTYPE_POLYARC, DBTYPE_PARAGRAPH}) {

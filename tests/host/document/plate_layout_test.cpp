@@ -80,7 +80,7 @@ TEST_F(PlateLayout, margins_and_gaps_take_room) {
   EXPECT_EQ(panes[2], (CWorldRect{2, 24, 22, 14}));
 }
 
-TEST_F(PlateLayout, a_pane_as_large_as_the_blank_fits_and_a_larger_one_is_refused_in_words) {
+TEST_F(PlateLayout, a_pane_as_large_as_the_blank_fits_and_a_larger_one_is_refused_with_a_message) {
   EXPECT_NE(Add(1, 60, 40), 0U);
   EXPECT_TRUE(notices.Losses().empty());
   EXPECT_EQ(Add(1, 60.01, 40), 0U);

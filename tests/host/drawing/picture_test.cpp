@@ -101,7 +101,7 @@ TEST(GraphicFile, every_kind_is_drawn_the_right_way_up) {
   }
 }
 
-TEST(GraphicFile, what_is_of_no_kind_is_not_guessed_at) {
+TEST(GraphicFile, a_file_of_no_kind_is_not_guessed_at) {
   for (const std::string bytes :
        {"", "GIF89a", "%!PS-Adobe-3.0\n%%Pages: 1\n", "<html><svg/></html>", "{}", "<", "<!--",
         "<?xml version=\"1.0\"?>", "<svgx/>", "\xFF\xD8", "II", "BM"}) {
@@ -132,7 +132,7 @@ TEST(GraphicSize, an_svg_has_the_size_of_its_units) {
   ExpectSize(SvgFile("width=\"20mm\" height=\"10mm\" viewBox=\"0 0 20 10\""), 56.693, 28.346);
 }
 
-TEST(GraphicSize, an_svg_without_a_size_has_that_of_its_view_box_or_of_what_it_draws) {
+TEST(GraphicSize, an_svg_without_a_size_has_that_of_its_view_box_or_of_its_drawing) {
   ExpectSize(SvgFile("viewBox=\"0 0 192 96\""), 144, 72);
   ExpectSize(SvgFile("width=\"100%\" height=\"100%\" viewBox=\"0 0 192 96\""), 144, 72);
   ExpectSize(SvgFile(""), 15, 7.5);
@@ -197,7 +197,7 @@ TEST(GraphicLimits, sizes_that_no_page_could_hold_are_refused) {
   EXPECT_NE(Refusal(SvgFile("width=\"0\" height=\"1cm\"")), "");
 }
 
-TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_in_words) {
+TEST(GraphicFaults, an_image_that_is_cut_off_anywhere_is_a_picture_or_refused_with_a_message) {
   for (const auto& [kind, bytes] : Files()) {
     if (kind == GraphicKind::Eps) continue;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
@@ -255,7 +255,7 @@ TEST(GraphicFaults, an_svg_of_entities_within_entities_ends) {
   if (opened) Halves(**opened);
 }
 
-TEST(GraphicKinds, what_viewers_of_svg_can_show_is_carried_as_it_is) {
+TEST(GraphicKinds, images_that_viewers_of_svg_can_show_are_carried_as_they_are) {
   const auto mime = [](const std::string& bytes) {
     const Opened opened = Open(bytes);
     const char* type = (*opened)->MimeType();

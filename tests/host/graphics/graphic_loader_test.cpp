@@ -51,7 +51,7 @@ TEST_F(GraphicLoaderTest, where_all_pages_are_on_show_it_stands_on_the_first) {
   EXPECT_EQ(m_Document.Find(m_Document.Selection().at(0))->attributes.pages, (VK_PAGE_RANGE{1, 1}));
 }
 
-TEST_F(GraphicLoaderTest, a_file_that_can_not_be_placed_changes_nothing_and_is_told) {
+TEST_F(GraphicLoaderTest, a_file_that_can_not_be_placed_changes_nothing_and_is_reported) {
   m_Directory.Write("text.txt", "some words");
   m_Directory.Write("cut.png", test::PngFile().substr(0, 50));
   m_Directory.Write("empty.svg", "");

@@ -1,4 +1,4 @@
-// Shows the progress dialog as a window over a file, as a host with windows does, and tells on
+// Shows the progress dialog as a window over a file, as a host with windows does, and prints on
 // standard output how it ended: the result, whether it was cancelled, and how many threads and
 // descriptors are there afterwards more than before.
 
@@ -44,7 +44,7 @@ int main(int count, char** words) {
     const int result = dialog.DoModal();
     return std::pair(result, dialog.IsCancelled());
   };
-  // The first window makes what the toolkit keeps: what is there after it is the beginning.
+  // The toolkit keeps objects that the first window makes, so the counts begin after it.
   auto [result, cancelled] = run();
   const long threads = EntriesOf("/proc/self/task");
   const long descriptors = EntriesOf("/proc/self/fd");

@@ -133,7 +133,7 @@ TEST_F(Images, text_stands_within_its_margins_in_every_fit_and_justification) {
                           {{Piece(L"HHHHHHHHHHHHHHHHHHHHHHHH", 900)}, {Piece(L"H", 400)}}),
                 Colored(Blue));
         const Box box = BoxOf(DrawPixels(outlines), 0x0000FF);
-        // The frame less a tenth of its width on either side. H stands a tenth of its height from
+        // The frame less a tenth of its width on either side. H is a tenth of its height from
         // where its room begins, squeezed as it is.
         EXPECT_GE(box.left, 360);
         EXPECT_LE(box.right, 1640);
@@ -178,7 +178,7 @@ TEST_F(Images, a_drill_point_is_a_circle_in_true_size) {
   EXPECT_NE(pixels.At(1000, 600), 0xFFFFFFU) << "the cross";
 }
 
-TEST_F(Images, resolutions_beyond_the_limits_are_refused_in_words) {
+TEST_F(Images, resolutions_beyond_the_limits_are_refused_with_a_message) {
   ImageOptions options;
   for (const double dpi : {0.0, -1.0, 0.999, 10'001.0, std::nan(""), HUGE_VAL}) {
     options.dpi = dpi;
@@ -350,7 +350,7 @@ TEST_F(Images, one_page_is_written_under_the_name_and_several_under_numbers) {
   EXPECT_FALSE(m_Directory.Has("page.a.png"));
 }
 
-TEST_F(Images, a_file_that_can_not_be_written_is_told_and_the_old_one_stands) {
+TEST_F(Images, a_file_that_can_not_be_written_is_reported_and_the_old_one_stays) {
   AddUsual();
   const auto missing =
       SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Wide("no/such/page.svg"));

@@ -43,7 +43,7 @@ TEST_F(Page, objects_stand_on_the_pages_of_their_range) {
   EXPECT_EQ(Drills(3), 2U);
 }
 
-TEST_F(Page, a_page_that_is_not_there_is_refused_in_words) {
+TEST_F(Page, a_page_that_is_not_there_is_refused_with_a_message) {
   Add(Drill, OnPages(2, 2));
   ImageOptions options;
   for (const int page : {-1, 0, 3}) {
@@ -57,7 +57,7 @@ TEST_F(Page, an_empty_document_is_one_page_with_its_blank) {
   EXPECT_EQ(Measured(), std::vector<std::string>{"page 200.0000 120.0000"});
 }
 
-TEST_F(Page, what_is_not_visible_is_not_drawn_nor_what_it_holds) {
+TEST_F(Page, invisible_objects_are_not_drawn_nor_are_their_members) {
   document::Attributes hidden = Colored(Red);
   hidden.traits &= ~DBTRAIT_VISIBLE;
   Add(Drill, hidden);
@@ -72,7 +72,7 @@ TEST_F(Page, members_of_a_group_stand_on_the_groups_pages) {
   EXPECT_EQ(Drills(2), 1U);
 }
 
-TEST_F(Page, what_stands_in_the_deepest_groups_is_drawn) {
+TEST_F(Page, objects_in_the_deepest_groups_are_drawn) {
   document::ObjectHandle parent = host::DocumentRoot;
   for (int i = 0; i < document::DeepestGroup; ++i) {
     const document::ObjectHandle group = m_Document.Create(document::GroupShape());
@@ -119,7 +119,7 @@ TEST_F(Page, plates_are_filled_unless_their_sheet_layer_has_no_material) {
   EXPECT_NE(DrawSvg().find("fill=\"none\" stroke=\"#808080\""), std::string::npos);
 }
 
-TEST_F(Page, a_font_that_is_missing_is_told_once_when_it_is_drawn) {
+TEST_F(Page, a_font_that_is_missing_is_reported_once_when_it_is_drawn) {
   for (int i = 0; i < 3; ++i) {
     Add(Paragraph({1, 11, 19, 1}, 0, JUSTIFY_LEFT, LINEFIT_EACH_LINE,
                   {{Piece(L"text", 300, L"No Such Font"), Piece(L"text", 300)}}));
@@ -131,7 +131,7 @@ TEST_F(Page, a_font_that_is_missing_is_told_once_when_it_is_drawn) {
                 L"the font \"No Such Font\" can't be had; DejaVu Sans stands in for it"});
 }
 
-TEST_F(Page, a_placed_file_that_can_not_be_drawn_is_a_crossed_box_and_is_told_once) {
+TEST_F(Page, a_placed_file_that_can_not_be_drawn_is_a_crossed_box_and_is_reported_once) {
   document::GraphicShape graphic;
   graphic.name = L"broken.png";
   graphic.bytes = std::make_shared<const std::string>("no picture");

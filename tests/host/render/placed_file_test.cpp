@@ -54,7 +54,7 @@ TEST_F(PlacedFile, several_places_of_one_file_carry_it_once) {
   EXPECT_EQ(Measured("graphic").size(), 5U);
 }
 
-TEST_F(PlacedFile, letters_and_lines_of_a_document_stay_what_they_are_in_pdf) {
+TEST_F(PlacedFile, letters_and_lines_of_a_document_stay_letters_and_lines_in_pdf) {
   Place(test::EpsFile("/Helvetica findfont 4 scalefont setfont 101 202 moveto (Letters) show\n"),
         {1, 0, 0, 1, 2, 2});
   m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));

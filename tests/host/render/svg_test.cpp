@@ -91,7 +91,7 @@ TEST_F(Svg, text_stays_text_inside_its_margins) {
   }
 }
 
-// Without it a reader orders the words of such a line from the left: "12" before the Hebrew word.
+// Without it a reader orders the parts of such a line from the left: "12" before the Hebrew word.
 TEST_F(Svg, text_from_right_to_left_says_so_and_keeps_its_place) {
   Add(Paragraph({1, 11, 19, 1}, 0, JUSTIFY_LEFT, LINEFIT_EACH_LINE,
                 {{Piece(L"\x5E9\x5DC\x5D5\x5DD 12, abc!", 300)}, {Piece(L"plain 12", 300)}}),

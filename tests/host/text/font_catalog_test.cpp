@@ -48,7 +48,7 @@ TEST_F(FontCatalogTest, a_narrow_font_stays_narrow) {
   EXPECT_EQ(Face(L"DejaVu Sans Condensed").stretch, face.stretch) << "its family name of its own";
 }
 
-TEST_F(FontCatalogTest, a_missing_font_is_replaced_and_told_once) {
+TEST_F(FontCatalogTest, a_missing_font_is_replaced_and_reported_once) {
   const Font* first = m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"No Such Font");
   ASSERT_NE(first, nullptr);
   EXPECT_EQ(m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"No Such Font"), first);
@@ -61,7 +61,7 @@ TEST_F(FontCatalogTest, a_missing_font_is_replaced_and_told_once) {
                 L"the font \"No Such Font\" can't be had; DejaVu Sans stands in for it"});
 }
 
-TEST_F(FontCatalogTest, a_font_that_is_there_is_not_told) {
+TEST_F(FontCatalogTest, a_font_that_is_there_is_not_reported) {
   EXPECT_EQ(m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"DejaVuSans")->replacement, L"");
   EXPECT_TRUE(m_Notices.Texts().empty());
 }

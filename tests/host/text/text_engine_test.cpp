@@ -69,7 +69,7 @@ TEST_F(TextEngineTest, corners_that_make_no_frame_open_nothing) {
   }
 }
 
-TEST_F(TextEngineTest, the_frame_is_told_in_text_units_whichever_corners_were_given) {
+TEST_F(TextEngineTest, the_frame_is_in_text_units_whichever_corners_were_given) {
   ParagraphInfo info;
   ASSERT_EQ(m_Engine.OpenParagraph(4, info, {4000, 100}, {1000, 2000}), 0);
   m_Engine.GetCurParagraph(m_Current);
@@ -128,7 +128,7 @@ TEST_F(TextEngineTest, margins_that_the_library_writes_are_kept) {
   for (const auto& line : text.lines) EXPECT_EQ(line.justification, JUSTIFY_CENTER);
 }
 
-TEST_F(TextEngineTest, what_is_no_number_becomes_none_in_the_document) {
+TEST_F(TextEngineTest, a_value_that_is_no_number_becomes_none_in_the_document) {
   Open();
   m_Current.paragraph->leftMargin = NAN;
   m_Current.paragraph->topMargin = INFINITY;
@@ -145,7 +145,7 @@ TEST_F(TextEngineTest, what_is_no_number_becomes_none_in_the_document) {
   EXPECT_TRUE(document::ReadDocumentText(document::DocumentText(m_Document)));
 }
 
-TEST_F(TextEngineTest, a_paragraph_takes_its_limit_and_leaves_the_rest_out_once_told) {
+TEST_F(TextEngineTest, a_paragraph_takes_its_limit_and_leaves_the_rest_out_with_one_message) {
   for (const std::size_t excess : {std::size_t{0}, std::size_t{1}}) {
     Open();
     Paste(std::wstring(MaximumParagraph - 1, L'x'));

@@ -20,7 +20,7 @@ using rastrel::test::ScratchDirectory;
 
 namespace {
 
-// A host whose every answer tells that it is this one's.
+// A host whose every answer shows that it is this one's.
 class OtherHost : public host::Host {
  public:
   class OtherTranslation : public host::Translation {

@@ -183,7 +183,7 @@ TEST(RecordingHost, writes_settings_and_translations) {
             "TString(\"(*v*)Adding text\") -> \"Text zuf\xC3\xBCgen\"\n");
 }
 
-// Each way of leaving something open, and the words for it.
+// Each way of leaving something open, and its message.
 struct Opening {
   const char* name;
   std::function<void(RecordingHost&)> open;
@@ -222,7 +222,7 @@ std::vector<Opening> Openings() {
   };
 }
 
-TEST(RecordingHost, tells_of_everything_that_is_left_open) {
+TEST(RecordingHost, reports_everything_that_is_left_open) {
   for (const Opening& opening : Openings()) {
     RecordingHost recording;
     EXPECT_EQ(recording.LeftOpen(), Lines{}) << opening.name;

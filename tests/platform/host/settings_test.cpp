@@ -71,7 +71,7 @@ TEST_F(Korvane, the_other_form_empties_the_buffer_for_a_missing_text) {
   EXPECT_EQ(std::wstring(buffer), L"v");
 }
 
-TEST_F(Korvane, what_is_written_is_read_back_and_stands_in_the_file) {
+TEST_F(Korvane, a_written_value_is_read_back_and_is_in_the_file) {
   EXPECT_NE(WriteIntKorvane(L"Debug", L"level", -5, DS_USER, nullptr), 0);
   EXPECT_NE(WriteStringKorvane(L"Debug", L"name", L"gr\xFC\x1F5A8", DS_USER, nullptr), 0);
   EXPECT_EQ(GetIntKorvane(L"debug", L"LEVEL", 0, DS_USER, nullptr), -5);

@@ -250,7 +250,7 @@ TEST(CArchive, a_file_that_takes_nothing_raises_once) {
             CArchiveException::genericException);
 }
 
-TEST(CArchive, its_destructor_hands_over_what_is_pending_and_never_throws) {
+TEST(CArchive, its_destructor_writes_pending_bytes_and_never_throws) {
   CMemFile file;
   { CArchive(&file, CArchive::store) << std::uint8_t{9}; }
   EXPECT_EQ(file.Bytes(), Bytes{9});
@@ -270,7 +270,7 @@ TEST(CArchive, large_and_small_writes_keep_their_order) {
   EXPECT_TRUE(bytes == Joined({{1}, large, {2}, Bytes(70'000, 3)}));
 }
 
-TEST(CArchive, raw_reads_tell_how_much_there_was) {
+TEST(CArchive, raw_reads_return_how_much_there_was) {
   Loaded({1, 2, 3}, [](CArchive& archive) {
     std::uint8_t bytes[5] = {};
     EXPECT_EQ(archive.Read(bytes, 2), 2U);
@@ -315,7 +315,7 @@ TEST(NarrowText, cut_anywhere_it_raises_end_of_file_and_leaves_the_target) {
   }
 }
 
-TEST(AfxReadStringLength, tells_the_character_size) {
+TEST(AfxReadStringLength, returns_the_character_size) {
   int size = 0;
   Loaded({0xFF, 0xFE, 0xFF, 7},
          [&](CArchive& archive) { EXPECT_EQ(AfxReadStringLength(archive, size), 7U); });
@@ -329,7 +329,7 @@ TEST(AfxWriteStringLength, without_the_tag_the_length_stands_alone) {
             (Bytes{0xFF, 0x2C, 0x01}));
 }
 
-TEST(CArchiveException, every_cause_has_its_words) {
+TEST(CArchiveException, every_cause_has_its_message) {
   for (int cause = 0; cause <= 8; ++cause)
     EXPECT_STRNE(CArchiveException(static_cast<CArchiveException::Cause>(cause)).what(), "");
   EXPECT_EQ(CauseOf([] { AfxThrowArchiveException(CArchiveException::badSchema); }),

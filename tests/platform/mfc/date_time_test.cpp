@@ -35,7 +35,7 @@ TEST(COleDateTime, zero_is_the_thirtieth_of_december_1899) {
   ExpectMoment(date, 1899, 12, 30, 0, 0, 0);
 }
 
-// Day numbers that OLE Automation's documentation gives.
+// Day numbers of OLE Automation's documentation.
 TEST(COleDateTime, well_known_moments_have_their_numbers) {
   EXPECT_EQ(COleDateTime(1899, 12, 31, 0, 0, 0).m_dt, 1.0);
   EXPECT_EQ(COleDateTime(1900, 1, 1, 0, 0, 0).m_dt, 2.0);
@@ -71,7 +71,7 @@ TEST(COleDateTime, a_fraction_next_to_midnight_is_the_next_day) {
   ExpectMoment(Days(-1.9999999), 1899, 12, 30, 0, 0, 0);
 }
 
-TEST(COleDateTime, what_is_no_moment_is_invalid) {
+TEST(COleDateTime, a_value_that_is_no_moment_is_invalid) {
   const int rows[][6] = {{99, 12, 31, 0, 0, 0},      {10000, 1, 1, 0, 0, 0}, {2023, 2, 29, 0, 0, 0},
                          {1900, 2, 29, 0, 0, 0},     {2024, 0, 1, 0, 0, 0},  {2024, 13, 1, 0, 0, 0},
                          {2024, 1, 0, 0, 0, 0},      {2024, 4, 31, 0, 0, 0}, {2024, 1, 32, 0, 0, 0},

@@ -12,7 +12,7 @@
 using rastrel::test::OpenDescriptors;
 using rastrel::test::ScratchDirectory;
 
-TEST(CFile, what_was_written_is_read_back) {
+TEST(CFile, written_bytes_are_read_back) {
   const ScratchDirectory scratch;
   const std::size_t before = OpenDescriptors();
   {
@@ -42,7 +42,7 @@ TEST(CFile, creating_truncates_and_writing_alone_does_not) {
   EXPECT_EQ(scratch.Read("f"), "");
 }
 
-TEST(CFile, one_that_can_not_be_opened_tells_why_and_takes_nothing) {
+TEST(CFile, one_that_can_not_be_opened_says_why_and_takes_nothing) {
   const ScratchDirectory scratch;
   CFile file;
   EXPECT_FALSE(file.Open(scratch.Wide("none").c_str(), CFile::modeRead));
@@ -54,7 +54,7 @@ TEST(CFile, one_that_can_not_be_opened_tells_why_and_takes_nothing) {
   EXPECT_FALSE(file.Write(&byte, 1));
 }
 
-TEST(CFile, a_full_device_and_a_failing_read_are_told) {
+TEST(CFile, a_full_device_and_a_failing_read_are_reported) {
   CFile file;
   ASSERT_TRUE(file.Open(L"/dev/full", CFile::modeWrite));
   EXPECT_FALSE(file.Write("x", 1));
@@ -68,7 +68,7 @@ TEST(CFile, a_full_device_and_a_failing_read_are_told) {
   EXPECT_EQ(file.Read(&byte, 1), 0U);
 }
 
-TEST(CMemFile, reading_follows_what_was_written_and_starts_again_after_close) {
+TEST(CMemFile, reading_follows_the_written_bytes_and_starts_again_after_close) {
   CMemFile file({1, 2, 3});
   unsigned char bytes[8] = {};
   EXPECT_EQ(file.Read(bytes, 2), 2U);

@@ -33,7 +33,7 @@ TEST(CSemaphore, counts_from_its_initial_to_its_maximum) {
   EXPECT_TRUE(semaphore.Unlock());
 }
 
-TEST(CSemaphore, what_is_given_back_first_is_found_by_a_later_wait) {
+TEST(CSemaphore, a_count_given_back_first_is_found_by_a_later_wait) {
   CSemaphore semaphore(0, 1);
   EXPECT_TRUE(semaphore.Unlock());
   const std::array handles = {semaphore.m_hObject};

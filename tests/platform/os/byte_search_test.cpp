@@ -60,7 +60,7 @@ TEST(ByteSearch, a_line_end_is_cr_lf_or_zero_and_nothing_else) {
     }
 }
 
-TEST(ByteSearch, every_instruction_set_finds_what_the_plain_loop_finds) {
+TEST(ByteSearch, every_instruction_set_finds_the_same_as_the_plain_loop) {
   std::mt19937 random(1);
   GuardedText text;
   const os::ByteSearch& plain = os::AllSearches().front();

@@ -9,12 +9,12 @@
 
 using namespace rastrel;
 
-TEST(Describe, says_what_on_what_and_why) {
+TEST(Describe, names_the_operation_the_subject_and_the_reason) {
   EXPECT_EQ(Describe({"open", "/a/b", ENOENT}), "open '/a/b': No such file or directory (2)");
   EXPECT_EQ(Describe({"poll", "", EINTR}), "poll: Interrupted system call (4)");
 }
 
-TEST(Describe, prefers_words_to_the_systems) {
+TEST(Describe, prefers_its_own_text_to_the_systems) {
   EXPECT_EQ(Describe({.what = "read", .where = "job.ps", .error = EIO, .why = "it ended early"}),
             "read 'job.ps': it ended early");
   EXPECT_EQ(Describe(FailureOf("no window can be shown")), "no window can be shown");
@@ -27,7 +27,7 @@ TEST(Describe, puts_line_and_column_behind_the_place) {
   EXPECT_EQ(Describe({.why = "no end", .line = 3, .column = 14}), "3:14: no end");
 }
 
-TEST(DescribeError, unknown_numbers_have_words_too) {
+TEST(DescribeError, unknown_numbers_have_a_text_too) {
   EXPECT_EQ(DescribeError(0), "Success");
   EXPECT_EQ(DescribeError(100'000), "Unknown error");
   EXPECT_EQ(DescribeError(-1), "Unknown error");

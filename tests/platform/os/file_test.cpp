@@ -15,11 +15,13 @@
 #include "rastrel/platform/os/file_lock.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
+#include "tests/support/error_number.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_directory.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ErrorNumber;
 using rastrel::test::OpenDescriptors;
 using rastrel::test::OrdinaryUser;
 using ScratchDirectory = rastrel::test::MemoryScratchDirectory;
@@ -54,7 +56,7 @@ ssize_t FailToCopyRange(int, off64_t*, int, off64_t*, size_t, unsigned) {
 
 }  // namespace
 
-TEST(Exists, tells_what_is_there_of_any_kind) {
+TEST(Exists, finds_a_file_of_any_kind) {
   const ScratchDirectory scratch;
   scratch.Write("File", "x");
   ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
@@ -76,7 +78,7 @@ TEST(IsDirectory, follows_links) {
   EXPECT_FALSE(os::IsDirectory(scratch.Wide("none")));
 }
 
-TEST(IsReadable, is_what_the_kernel_says) {
+TEST(IsReadable, agrees_with_the_kernel) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   EXPECT_TRUE(os::IsReadable(scratch.Wide("file")));
@@ -99,7 +101,7 @@ TEST(FileSize, is_that_of_regular_files_only) {
   EXPECT_EQ(os::FileSize(scratch.Wide("none")), 0U);
 }
 
-TEST(FileSize, beyond_32_bits_is_told) {
+TEST(FileSize, beyond_32_bits_is_returned_whole) {
   const ScratchDirectory scratch;
   scratch.Write("file", "");
   ASSERT_EQ(::truncate(scratch.Path("file").c_str(), 5'000'000'000), 0);
@@ -122,10 +124,8 @@ TEST(StampOf, changes_with_size_and_time) {
 TEST(MakeDirectory, makes_one_and_fails_where_something_is) {
   const ScratchDirectory scratch;
   EXPECT_TRUE(os::MakeDirectory(scratch.Wide("new")));
-  EXPECT_FALSE(os::MakeDirectory(scratch.Wide("new")));
-  EXPECT_EQ(errno, EEXIST);
-  EXPECT_FALSE(os::MakeDirectory(scratch.Wide("a/b")));
-  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ErrorNumber(os::MakeDirectory(scratch.Wide("new"))), EEXIST);
+  EXPECT_EQ(ErrorNumber(os::MakeDirectory(scratch.Wide("a/b"))), ENOENT);
 }
 
 TEST(RemoveFile, removes_files_and_links_and_never_directories) {
@@ -138,14 +138,13 @@ TEST(RemoveFile, removes_files_and_links_and_never_directories) {
   EXPECT_FALSE(os::RemoveFile(scratch.Wide("dir/file")));
 }
 
-TEST(RenameFile, takes_the_place_of_what_was_there) {
+TEST(RenameFile, takes_the_place_of_an_existing_file) {
   const ScratchDirectory scratch;
   scratch.Write("a", "new");
   scratch.Write("b", "old");
   EXPECT_TRUE(os::RenameFile(scratch.Wide("a"), scratch.Wide("b")));
   EXPECT_EQ(scratch.Read("b"), "new");
-  EXPECT_FALSE(os::RenameFile(scratch.Wide("a"), scratch.Wide("c")));
-  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ErrorNumber(os::RenameFile(scratch.Wide("a"), scratch.Wide("c"))), ENOENT);
 }
 
 TEST(ClearReadOnly, sets_the_owners_write_bit_and_no_other) {
@@ -184,7 +183,7 @@ TEST(ReadWholeFile, reads_up_to_the_limit_and_no_further) {
   EXPECT_EQ(tooLarge.Error().error, EFBIG);
 }
 
-TEST(ReadWholeFile, a_file_that_tells_no_size_is_read_and_limited_too) {
+TEST(ReadWholeFile, a_file_without_a_size_is_read_and_limited_too) {
   const auto read = os::ReadWholeFile(L"/proc/self/status", 1 << 20);
   ASSERT_TRUE(read);
   EXPECT_TRUE(read->starts_with("Name:"));
@@ -203,7 +202,7 @@ TEST(ReadWholeFile, a_pipe_or_directory_is_refused_without_waiting) {
   }
 }
 
-TEST(ReadWholeFile, a_failing_read_is_told_with_its_number) {
+TEST(ReadWholeFile, a_failing_read_is_reported_with_its_number) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   const os::SystemCallsGuard guard;
@@ -225,7 +224,7 @@ TEST(ReplaceFile, makes_a_new_file_and_replaces_an_old_one_with_its_mode) {
   EXPECT_EQ(EntriesOf(scratch), 1U);
 }
 
-TEST(ReplaceFile, a_link_stays_and_what_it_leads_to_is_replaced) {
+TEST(ReplaceFile, a_link_stays_and_its_target_is_replaced) {
   const ScratchDirectory scratch;
   scratch.Write("dir/real", "old");
   ASSERT_EQ(::symlink("dir/real", scratch.Path("link").c_str()), 0);
@@ -314,7 +313,7 @@ TEST(CreateLog, can_be_read_back_and_is_private) {
   EXPECT_EQ(::fcntl(file->Get(), F_GETFL) & O_ACCMODE, O_RDWR);
 }
 
-TEST(OpenForReading, opens_what_exists_and_nothing_else) {
+TEST(OpenForReading, opens_existing_files_alone) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   EXPECT_TRUE(os::OpenForReading(scratch.Wide("file")));
@@ -346,15 +345,13 @@ TEST(WriteAll, goes_on_after_short_writes_and_interruptions) {
 TEST(WriteAll, a_write_that_takes_nothing_is_a_failure_and_no_endless_loop) {
   const os::SystemCallsGuard guard;
   os::Calls().write = [](int, const void*, size_t) -> ssize_t { return 0; };
-  EXPECT_FALSE(os::WriteAll(99, "x"));
-  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(ErrorNumber(os::WriteAll(99, "x")), EIO);
 }
 
-TEST(WriteAll, a_full_device_is_told) {
+TEST(WriteAll, a_full_device_is_reported) {
   const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
   ASSERT_GE(full, 0);
-  EXPECT_FALSE(os::WriteAll(full, "x"));
-  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(ErrorNumber(os::WriteAll(full, "x")), ENOSPC);
   ::close(full);
 }
 
@@ -399,7 +396,7 @@ TEST(CopyFileOver, memory_takes_over_where_the_kernel_stopped_in_the_middle) {
   EXPECT_EQ(scratch.Read("target"), content);
 }
 
-TEST(CopyFileOver, a_file_that_tells_no_size_is_copied_whole) {
+TEST(CopyFileOver, a_file_without_a_size_is_copied_whole) {
   const ScratchDirectory scratch;
   ASSERT_TRUE(os::CopyFileOver(L"/proc/version", scratch.Wide("target")));
   EXPECT_FALSE(scratch.Read("target").empty());
@@ -426,7 +423,7 @@ TEST(CopyFileOver, onto_itself_is_a_failure_that_keeps_the_file) {
   EXPECT_EQ(scratch.Read("file"), "content");
 }
 
-TEST(CopyFileOver, what_is_no_regular_file_is_refused_without_waiting) {
+TEST(CopyFileOver, a_file_that_is_not_regular_is_refused_without_waiting) {
   const ScratchDirectory scratch;
   scratch.Write("file", "content");
   ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);

@@ -27,10 +27,10 @@ std::string ReadAll(RandomAccessFile& file, Growth& end) {
   std::string content;
   std::string piece(100000, '\0');
   for (;;) {
-    const long count = file.ReadAt(content.size(), piece);
-    if (count < 0) return "(failed)";
-    content.append(piece, 0, static_cast<std::size_t>(count));
-    if (count > 0) continue;
+    const auto count = file.ReadAt(content.size(), piece);
+    if (!count) return "(failed)";
+    content.append(piece, 0, *count);
+    if (*count > 0) continue;
     end = file.AwaitGrowth(content.size());
     if (end != Growth::Grown) return content;
   }
@@ -72,13 +72,13 @@ TEST(GrowingFile, a_reader_waits_for_all_that_is_still_written) {
 }
 
 TEST(GrowingFile,
-     what_was_written_after_the_readers_last_look_is_read_although_the_writer_has_ended) {
+     bytes_written_after_the_readers_last_look_are_read_although_the_writer_has_ended) {
   const ScratchDirectory directory;
   GrowingFile growing(directory.Path("file"));
   auto file = RandomAccessFile::Open(directory.Wide("file"));
   ASSERT_TRUE(file);
   std::string piece(100, '\0');
-  ASSERT_EQ(file->ReadAt(0, piece), 0);
+  ASSERT_EQ(file->ReadAt(0, piece).ValueOr(1), 0U);
   Append(directory, "text");
   growing.Grow(4);
   growing.End(true);
@@ -87,7 +87,7 @@ TEST(GrowingFile,
   EXPECT_EQ(file->AwaitGrowth(4), Growth::Whole);
 }
 
-TEST(GrowingFile, a_reader_is_told_that_the_rest_never_comes_also_if_it_comes_late) {
+TEST(GrowingFile, a_late_reader_too_learns_that_the_rest_never_comes) {
   const ScratchDirectory directory;
   GrowingFile growing(directory.Path("file"));
   Append(directory, "begin");

@@ -12,7 +12,7 @@ using rastrel::test::ScratchDirectory;
 
 namespace fs = std::filesystem;
 
-TEST(ForeignBelow, plain_files_and_folders_belong_to_the_folder_and_so_does_what_is_not_there) {
+TEST(ForeignBelow, plain_files_and_folders_and_missing_names_belong_to_the_folder) {
   const ScratchDirectory directory;
   directory.Write("a/b", "text");
   for (const wchar_t* const rest : {L"\\a\\b", L"/a/b", L"\\a\\", L"\\a\\c\\d", L"\\x"})

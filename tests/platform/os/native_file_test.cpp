@@ -22,7 +22,7 @@ TEST(CopyNativeFile, takes_names_that_a_library_path_can_not_spell) {
   EXPECT_EQ(place.Read("c:x\\y"), "content");
 }
 
-TEST(CopyNativeFile, tells_which_of_the_two_failed) {
+TEST(CopyNativeFile, says_which_of_the_two_failed) {
   const test::ScratchDirectory place;
   place.Write("source", "content");
   const auto missing = CopyNativeFile(place.Path("none"), place.Path("target"));

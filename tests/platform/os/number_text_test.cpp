@@ -64,7 +64,7 @@ TEST(NumberText, white_space_and_one_sign_may_stand_in_front) {
   EXPECT_EQ(Whole("- 7"), 0);
 }
 
-TEST(NumberText, what_is_no_number_is_0) {
+TEST(NumberText, a_text_that_is_no_number_is_0) {
   for (const char* const text :
        {"", " ", "-", "+", ".", "-.", ".e5", "wide", "inf", "nan", "infinity", "NAN", "-inf"}) {
     EXPECT_EQ(Both(text), 0.0) << text;

@@ -47,7 +47,7 @@ TEST(ToNative, a_drive_letter_becomes_a_folder_of_the_data_root) {
   EXPECT_EQ(os::ToNative(L"C:rel\\x"), "/no/root/drive_c/rel/x");
 }
 
-TEST(ToNative, what_is_no_letter_before_the_colon_is_no_drive) {
+TEST(ToNative, only_a_letter_before_the_colon_is_a_drive) {
   EXPECT_EQ(os::ToNative(L"1:\\a"), "1:/a");
   EXPECT_EQ(os::ToNative(L"\xC4:\\a"), "\xC3\x84:/a");
   EXPECT_EQ(os::ToNative(L"ab:c"), "ab:c");
@@ -82,7 +82,7 @@ TEST(ToNative, of_several_matches_the_first_in_byte_order_is_taken) {
   EXPECT_EQ(os::ToNative(scratch.Wide("filE")), scratch.Path("FILE"));
 }
 
-TEST(ToNative, what_does_not_exist_at_all_keeps_its_spelling_below_what_was_found) {
+TEST(ToNative, missing_names_keep_their_spelling_below_the_existing_part) {
   const ScratchDirectory scratch;
   scratch.Write("Dir/x", "");
   EXPECT_EQ(os::ToNative(scratch.Wide("DIR") + L"\\New\\Name.TXT"),
@@ -149,7 +149,7 @@ TEST(DataRoot, the_environment_decides_at_every_call) {
   EXPECT_EQ(os::DataRoot(), "/home/someone/.local/share/rastrel");
 }
 
-TEST(DataRoot, without_a_home_variable_the_user_database_tells_the_home) {
+TEST(DataRoot, without_a_home_variable_the_user_database_has_the_home) {
   const EnvironmentGuard own("RASTREL_HOME", nullptr);
   const EnvironmentGuard data("XDG_DATA_HOME", nullptr);
   const EnvironmentGuard home("HOME", nullptr);
@@ -162,6 +162,17 @@ TEST(DataRoot, a_relative_root_is_taken_from_the_present_directory) {
   const InDirectory there(scratch.Path());
   const EnvironmentGuard own("RASTREL_HOME", "here/root");
   EXPECT_EQ(os::DataRoot(), std::filesystem::canonical(scratch.Path()).string() + "/here/root");
+}
+
+TEST(DataRoot, a_relative_root_stays_where_it_was_at_the_first_look) {
+  const ScratchDirectory scratch;
+  const ScratchDirectory other;
+  const EnvironmentGuard own("RASTREL_HOME", "first/look");
+  const InDirectory there(scratch.Path());
+  const std::string first = os::DataRoot();
+  EXPECT_EQ(first, std::filesystem::canonical(scratch.Path()).string() + "/first/look");
+  const InDirectory elsewhere(other.Path());
+  EXPECT_EQ(os::DataRoot(), first);
 }
 
 TEST(SplitPath, parts_are_as_the_path_writes_them) {

@@ -15,9 +15,11 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "tests/support/error_number.h"
 #include "tests/support/open_descriptors.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ErrorNumber;
 using rastrel::test::OpenDescriptors;
 
 namespace {
@@ -40,8 +42,8 @@ bool IsPipe(int descriptor) {
 std::string ReadAll(HANDLE handle) {
   std::string content;
   char buffer[65536];
-  for (long got = 0; (got = os::ReadSome(handle, buffer, sizeof buffer)) > 0;)
-    content.append(buffer, static_cast<std::size_t>(got));
+  while (const std::size_t got = os::ReadSome(handle, buffer, sizeof buffer).ValueOr(0))
+    content.append(buffer, got);
   return content;
 }
 
@@ -121,7 +123,7 @@ TEST(CreatePipe, neither_end_is_standard_where_the_three_are_closed) {
   const int saved[] = {::dup(0), ::dup(1), ::dup(2)};
   for (int place = 0; place < 3; ++place) ::close(place);
   Ends ends;
-  const bool made = os::CreatePipe(ends.read, ends.write, 0);
+  const auto made = os::CreatePipe(ends.read, ends.write, 0);
   const bool closed = ::fcntl(0, F_GETFD) == -1 && ::fcntl(1, F_GETFD) == -1;
   for (int place = 0; place < 3; ++place) {
     ::dup2(saved[place], place);
@@ -137,8 +139,7 @@ TEST(CreatePipe, a_failure_leaves_both_handles_untouched) {
   const os::SystemCallsGuard guard;
   os::Calls().pipe2 = FailWithTooManyFiles;
   Ends ends;
-  EXPECT_FALSE(os::CreatePipe(ends.read, ends.write, 0));
-  EXPECT_EQ(errno, EMFILE);
+  EXPECT_EQ(ErrorNumber(os::CreatePipe(ends.read, ends.write, 0)), EMFILE);
   EXPECT_TRUE(ends.Untouched());
   EXPECT_FALSE(os::CreateInput(ends.read, ends.write, "x"));
   EXPECT_TRUE(ends.Untouched());
@@ -149,7 +150,7 @@ TEST(CreatePipe, a_failing_copy_of_a_low_descriptor_leaks_nothing) {
   ::close(0);
   const std::size_t before = OpenDescriptors();
   Ends ends;
-  bool made = true;
+  rastrel::Expected<void> made;
   {
     const os::SystemCallsGuard guard;
     os::Calls().duplicate = [](int, int) {
@@ -161,12 +162,12 @@ TEST(CreatePipe, a_failing_copy_of_a_low_descriptor_leaks_nothing) {
   const std::size_t after = OpenDescriptors();
   ::dup2(saved, 0);
   ::close(saved);
-  EXPECT_FALSE(made);
+  EXPECT_EQ(ErrorNumber(made), EMFILE);
   EXPECT_TRUE(ends.Untouched());
   EXPECT_EQ(after, before);
 }
 
-TEST(CreateInput, what_a_pipe_holds_goes_through_a_pipe_without_waiting) {
+TEST(CreateInput, a_text_that_a_pipe_holds_goes_through_one_without_waiting) {
   for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 65535U, 65536U, 65537U, 1'000'000U}) {
     const std::string content = Pattern(size);
     Ends ends;
@@ -214,8 +215,7 @@ TEST(CreateInput, without_pipe_size_and_memory_file_it_fails_and_leaks_nothing) 
   };
   const std::size_t before = OpenDescriptors();
   Ends ends;
-  EXPECT_FALSE(os::CreateInput(ends.read, ends.write, "content"));
-  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(ErrorNumber(os::CreateInput(ends.read, ends.write, "content")), ENOMEM);
   EXPECT_TRUE(ends.Untouched());
   EXPECT_EQ(OpenDescriptors(), before);
 }
@@ -231,8 +231,7 @@ TEST(CreateInput, a_memory_file_that_can_not_be_filled_or_copied_is_a_failure) {
       return -1;
     };
     Ends ends;
-    EXPECT_FALSE(os::CreateInput(ends.read, ends.write, "content"));
-    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_EQ(ErrorNumber(os::CreateInput(ends.read, ends.write, "content")), ENOSPC);
     EXPECT_TRUE(ends.Untouched());
   }
   os::Calls().duplicate = [](int, int) {
@@ -240,8 +239,7 @@ TEST(CreateInput, a_memory_file_that_can_not_be_filled_or_copied_is_a_failure) {
     return -1;
   };
   Ends ends;
-  EXPECT_FALSE(os::CreateInput(ends.read, ends.write, "content"));
-  EXPECT_EQ(errno, EMFILE);
+  EXPECT_EQ(ErrorNumber(os::CreateInput(ends.read, ends.write, "content")), EMFILE);
   EXPECT_TRUE(ends.Untouched());
   EXPECT_EQ(OpenDescriptors(), before);
 }
@@ -278,8 +276,7 @@ TEST(WriteInput, a_reader_that_is_gone_is_an_error_and_never_a_signal) {
   Ends ends;
   ASSERT_TRUE(os::CreateInput(ends.read, ends.write, "content"));
   os::CloseHandle(ends.read);
-  EXPECT_FALSE(os::WriteInput(ends.write, "content"));
-  EXPECT_EQ(errno, EPIPE);
+  EXPECT_EQ(ErrorNumber(os::WriteInput(ends.write, "content")), EPIPE);
   EXPECT_EQ(brokenPipes, 0);
   sigset_t mask;
   ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, nullptr, &mask), 0);
@@ -297,8 +294,7 @@ TEST(WriteInput, a_signal_that_was_pending_before_stays_pending) {
   ::sigaddset(&brokenPipe, SIGPIPE);
   ::pthread_sigmask(SIG_BLOCK, &brokenPipe, &old);
   ::raise(SIGPIPE);
-  EXPECT_FALSE(os::WriteInput(ends.write, "content"));
-  EXPECT_EQ(errno, EPIPE);
+  EXPECT_EQ(ErrorNumber(os::WriteInput(ends.write, "content")), EPIPE);
   sigset_t pending;
   ::sigpending(&pending);
   EXPECT_EQ(::sigismember(&pending, SIGPIPE), 1);
@@ -314,8 +310,7 @@ TEST(WriteInput, a_short_write_is_a_failure) {
   };
   Ends ends;
   ASSERT_TRUE(os::CreatePipe(ends.read, ends.write, 0));
-  EXPECT_FALSE(os::WriteInput(ends.write, "content"));
-  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(ErrorNumber(os::WriteInput(ends.write, "content")), EIO);
 }
 
 TEST(WriteInput, an_interruption_before_the_first_byte_is_no_failure) {
@@ -340,18 +335,18 @@ TEST(MakeNotInheritable, a_new_descriptor_takes_the_old_ones_place) {
   ASSERT_EQ(::pipe(descriptors), 0);
   ASSERT_EQ(::write(descriptors[1], "x", 1), 1);
   const std::size_t before = OpenDescriptors();
-  HANDLE moved = os::MakeNotInheritable(descriptors[0]);
+  HANDLE moved = os::MakeNotInheritable(descriptors[0]).ValueOr(INVALID_HANDLE_VALUE);
   EXPECT_EQ(OpenDescriptors(), before);
   EXPECT_GT(moved, 2);
   EXPECT_EQ(::fcntl(moved, F_GETFD), FD_CLOEXEC);
   char byte = 0;
-  EXPECT_EQ(os::ReadSome(moved, &byte, 1), 1);
+  EXPECT_EQ(os::ReadSome(moved, &byte, 1).ValueOr(0), 1U);
   EXPECT_EQ(byte, 'x');
   os::CloseHandle(moved);
   ::close(descriptors[1]);
 }
 
-TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_tells_why) {
+TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_says_why) {
   const os::SystemCallsGuard guard;
   os::Calls().duplicate = [](int, int) {
     errno = EMFILE;
@@ -359,12 +354,11 @@ TEST(MakeNotInheritable, a_failure_closes_the_old_one_and_tells_why) {
   };
   const std::size_t before = OpenDescriptors();
   const int descriptor = ::dup(0);
-  EXPECT_EQ(os::MakeNotInheritable(descriptor), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(errno, EMFILE);
+  EXPECT_EQ(ErrorNumber(os::MakeNotInheritable(descriptor)), EMFILE);
   EXPECT_EQ(OpenDescriptors(), before);
 }
 
-TEST(ReadSome, goes_on_after_an_interruption_and_tells_other_failures) {
+TEST(ReadSome, goes_on_after_an_interruption_and_reports_other_failures) {
   static int calls;
   calls = 0;
   const os::SystemCallsGuard guard;
@@ -375,10 +369,9 @@ TEST(ReadSome, goes_on_after_an_interruption_and_tells_other_failures) {
     return 1;
   };
   char byte = 0;
-  EXPECT_EQ(os::ReadSome(5, &byte, 1), 1);
+  EXPECT_EQ(os::ReadSome(5, &byte, 1).ValueOr(0), 1U);
   EXPECT_EQ(byte, 'r');
-  EXPECT_EQ(os::ReadSome(5, &byte, 1), -1);
-  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(ErrorNumber(os::ReadSome(5, &byte, 1)), EIO);
 }
 
 TEST(CloseHandle, none_and_invalid_stay_as_they_are) {

@@ -11,6 +11,7 @@
 #include "rastrel/platform/os/random_digits.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
+#include "tests/support/error_number.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::os {
@@ -55,6 +56,19 @@ TEST(PrivateDirectory, two_have_two_names_and_a_moved_one_stays) {
   EXPECT_FALSE(fs::exists(moved->Path()));
 }
 
+TEST(PrivateDirectory, that_is_kept_stays) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard temporary("TMPDIR", place.Path());
+  std::string path;
+  {
+    auto made = PrivateDirectory::Make("a");
+    ASSERT_TRUE(made);
+    path = made->Path();
+    made->Keep();
+  }
+  EXPECT_TRUE(fs::is_directory(path));
+}
+
 TEST(PrivateDirectory, a_failure_names_the_directory) {
   const test::EnvironmentGuard temporary("TMPDIR", "/no/such/place");
   const auto made = PrivateDirectory::Make("work-");
@@ -63,7 +77,7 @@ TEST(PrivateDirectory, a_failure_names_the_directory) {
   EXPECT_TRUE(made.Error().where.starts_with("/no/such/place/work-"));
 }
 
-TEST(PrivateDirectory, whoever_is_told_its_path_before_may_refuse_it) {
+TEST(PrivateDirectory, a_callback_that_gets_its_path_first_may_refuse_it) {
   const test::ScratchDirectory place;
   const test::EnvironmentGuard temporary("TMPDIR", place.Path());
   const auto made = PrivateDirectory::Make("a", [](const std::string& path) {
@@ -76,10 +90,10 @@ TEST(PrivateDirectory, whoever_is_told_its_path_before_may_refuse_it) {
 }
 
 TEST(RandomDigits, are_two_a_byte_and_other_ones_each_time) {
-  const std::string digits = RandomDigits(16);
+  const std::string digits = RandomDigits(16).ValueOr("");
   EXPECT_EQ(digits.size(), 32U);
   EXPECT_EQ(digits.find_first_not_of("0123456789abcdef"), std::string::npos);
-  EXPECT_NE(digits, RandomDigits(16));
+  EXPECT_NE(digits, RandomDigits(16).ValueOr(""));
 }
 
 TEST(RandomDigits, without_random_bytes_there_are_none) {
@@ -88,8 +102,7 @@ TEST(RandomDigits, without_random_bytes_there_are_none) {
     errno = ENOSYS;
     return -1;
   };
-  EXPECT_EQ(RandomDigits(4), "");
-  EXPECT_EQ(errno, ENOSYS);
+  EXPECT_EQ(test::ErrorNumber(RandomDigits(4)), ENOSYS);
 }
 
 }  // namespace

@@ -8,10 +8,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -73,8 +75,8 @@ std::string OutputOf(os::SpawnRequest request) {
   os::CloseHandle(write);
   std::string output;
   char buffer[4096];
-  for (long got = 0; (got = os::ReadSome(read, buffer, sizeof buffer)) > 0;)
-    output.append(buffer, static_cast<std::size_t>(got));
+  while (const std::size_t got = os::ReadSome(read, buffer, sizeof buffer).ValueOr(0))
+    output.append(buffer, got);
   os::CloseHandle(read);
   EXPECT_TRUE(child.Started());
   return output;
@@ -111,7 +113,7 @@ TEST(Spawn, the_exit_status_is_the_childs) {
   }
 }
 
-TEST(Spawn, a_child_that_runs_is_told_as_running) {
+TEST(Spawn, a_child_that_runs_is_reported_as_running) {
   const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const auto state = os::TakeExitState(child.Process());
@@ -119,7 +121,7 @@ TEST(Spawn, a_child_that_runs_is_told_as_running) {
   EXPECT_TRUE(state->running);
 }
 
-TEST(Spawn, a_child_that_a_signal_ended_is_told_from_one_that_exited) {
+TEST(Spawn, a_child_that_a_signal_ended_differs_from_one_that_exited) {
   const RunningChild child(Shell("kill -TERM $$"));
   ASSERT_TRUE(child.Started());
   const os::ExitState state = child.WaitForEnd();
@@ -206,7 +208,7 @@ TEST(Spawn, the_child_leads_a_session_of_its_own_without_a_terminal) {
   os::CloseHandle(write);
   std::string output(4096, '\0');
   child.WaitForEnd();
-  output.resize(static_cast<std::size_t>(os::ReadSome(read, output.data(), output.size())));
+  output.resize(os::ReadSome(read, output.data(), output.size()).ValueOr(0));
   os::CloseHandle(read);
   const std::string id = std::to_string(child.Id());
   EXPECT_EQ(output, id + " " + id + " " + id + " 0\n");
@@ -267,10 +269,8 @@ TEST(Spawn, streams_may_be_the_standard_ones_in_another_order) {
   for (int descriptor : {savedOut, savedError, outWrite, errorWrite}) ::close(descriptor);
   ASSERT_TRUE(started);
   char buffer[64];
-  EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(os::ReadSome(outRead, buffer, 64))),
-            "error\n");
-  EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(os::ReadSome(errorRead, buffer, 64))),
-            "out\n");
+  EXPECT_EQ(std::string(buffer, os::ReadSome(outRead, buffer, 64).ValueOr(0)), "error\n");
+  EXPECT_EQ(std::string(buffer, os::ReadSome(errorRead, buffer, 64).ValueOr(0)), "out\n");
   os::CloseHandle(outRead);
   os::CloseHandle(errorRead);
 }
@@ -335,10 +335,10 @@ TEST(TakeExitState, leaves_other_children_of_the_process_alone) {
   ExpectHostsOwnChildIsLeftAlone(other);
 }
 
-TEST(TakeExitState, a_child_that_somebody_else_reaped_is_a_failure) {
+TEST(TakeExitState, is_had_once) {
   const RunningChild child(Shell("exit 7"));
   ASSERT_TRUE(child.Started());
-  ASSERT_EQ(::waitpid(static_cast<pid_t>(child.Id()), nullptr, 0), static_cast<pid_t>(child.Id()));
+  EXPECT_EQ(child.WaitForEnd().status, 7);
   const auto state = os::TakeExitState(child.Process());
   ASSERT_FALSE(state);
   EXPECT_EQ(state.Error().error, ECHILD);
@@ -347,7 +347,134 @@ TEST(TakeExitState, a_child_that_somebody_else_reaped_is_a_failure) {
   EXPECT_EQ(ended.Error().error, ECHILD);
 }
 
-TEST(TakeExitState, what_is_no_process_is_a_failure) {
+// Hosts that take the end of every child, or let the system take it.
+
+constexpr int Children = 50;
+
+void ExpectEachStatusIsHad() {
+  for (int number = 0; number < Children; ++number) {
+    const int status = number % 100 + 1;
+    const RunningChild child(Shell("exit " + std::to_string(status)));
+    ASSERT_TRUE(child.Started());
+    const os::ExitState state = child.WaitForEnd();
+    ASSERT_TRUE(state.byItself);
+    ASSERT_EQ(state.status, status) << number;
+  }
+}
+
+class ChildSignal {
+ public:
+  explicit ChildSignal(void (*handler)(int), int flags = 0) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    ::sigaction(SIGCHLD, &action, &m_Old);
+  }
+  ~ChildSignal() { ::sigaction(SIGCHLD, &m_Old, nullptr); }
+  ChildSignal(const ChildSignal&) = delete;
+  ChildSignal& operator=(const ChildSignal&) = delete;
+
+ private:
+  struct sigaction m_Old {};
+};
+
+TEST(HostOfChildren, that_ignores_their_signal_gets_each_status) {
+  const ChildSignal ignored(SIG_IGN);
+  ExpectEachStatusIsHad();
+}
+
+TEST(HostOfChildren, that_wants_no_zombies_gets_each_status) {
+  const ChildSignal noZombies(SIG_DFL, SA_NOCLDWAIT);
+  ExpectEachStatusIsHad();
+}
+
+TEST(HostOfChildren, that_waits_for_every_child_gets_each_status) {
+  std::atomic<bool> over = false;
+  std::jthread other([&over] {
+    while (!over)
+      if (::waitpid(-1, nullptr, 0) < 0) std::this_thread::yield();
+  });
+  ExpectEachStatusIsHad();
+  over = true;
+}
+
+TEST(HostOfChildren, that_takes_even_those_without_a_signal_gets_each_status) {
+  std::atomic<bool> over = false;
+  std::jthread other([&over] {
+    while (!over)
+      if (::waitpid(-1, nullptr, __WALL) < 0) std::this_thread::yield();
+  });
+  ExpectEachStatusIsHad();
+  over = true;
+}
+
+TEST(HostOfChildren, that_has_no_further_process_gets_a_failure) {
+  const os::SystemCallsGuard guard;
+  os::Calls().clone = [](int (*)(void*), void*, int, void*) { return errno = EAGAIN, -1; };
+  const auto child = os::Spawn(Shell("exit 0"));
+  ASSERT_FALSE(child);
+  EXPECT_EQ(rastrel::Describe(child.Error()),
+            "clone '/bin/sh': Resource temporarily unavailable (11)");
+}
+
+// Field 4 of the line, after a name that may hold spaces.
+pid_t ParentOf(pid_t id) {
+  std::ifstream stat("/proc/" + std::to_string(id) + "/stat");
+  std::string line;
+  std::getline(stat, line);
+  std::istringstream rest(line.substr(line.rfind(')') + 1));
+  std::string state;
+  pid_t parent = 0;
+  rest >> state >> parent;
+  return parent;
+}
+
+bool Lives(pid_t id) {
+  std::ifstream stat("/proc/" + std::to_string(id) + "/stat");
+  std::string line;
+  std::getline(stat, line);
+  return line.rfind(')') != line.npos && line[line.rfind(')') + 2] != 'Z';
+}
+
+TEST(HostOfChildren, whose_reaper_somebody_kills_gets_a_failure_and_no_endless_wait) {
+  const RunningChild child(Shell("exec sleep 30"));
+  ASSERT_TRUE(child.Started());
+  const pid_t reaper = ParentOf(static_cast<pid_t>(child.Id()));
+  ASSERT_NE(reaper, ::getpid());
+  ASSERT_EQ(::kill(reaper, SIGKILL), 0);
+  const auto state = os::Terminate(child.Process());
+  ASSERT_FALSE(state);
+  EXPECT_EQ(state.Error().error, ECHILD);
+  for (int rounds = 0; Lives(static_cast<pid_t>(child.Id())) && rounds < 30'000; ++rounds)
+    ::usleep(1000);
+  EXPECT_FALSE(Lives(static_cast<pid_t>(child.Id()))) << "the child itself was ended";
+}
+
+TEST(HostOfChildren, that_is_killed_leaves_no_reaper) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t host = ::fork();
+  if (host == 0) {
+    const auto child = os::Spawn(Shell("exec sleep 30"));
+    const pid_t ids[2] = {child ? static_cast<pid_t>(child->id) : 0,
+                          child ? ParentOf(static_cast<pid_t>(child->id)) : 0};
+    static_cast<void>(!::write(ends[1], ids, sizeof ids));
+    ::pause();
+    ::_exit(0);
+  }
+  pid_t ids[2] = {};
+  ASSERT_EQ(::read(ends[0], ids, sizeof ids), static_cast<ssize_t>(sizeof ids));
+  ::close(ends[0]);
+  ::close(ends[1]);
+  EXPECT_TRUE(Lives(ids[1]));
+  ::kill(host, SIGKILL);
+  ::waitpid(host, nullptr, 0);
+  for (int rounds = 0; Lives(ids[1]) && rounds < 30'000; ++rounds) ::usleep(1000);
+  EXPECT_FALSE(Lives(ids[1]));
+  if (ids[0] > 0) ::kill(ids[0], SIGKILL);
+}
+
+TEST(TakeExitState, a_handle_of_no_process_is_a_failure) {
   for (const HANDLE handle : {INVALID_HANDLE_VALUE, 0, 1}) {
     EXPECT_FALSE(os::TakeExitState(handle)) << handle;
     EXPECT_FALSE(os::Terminate(handle)) << handle;
@@ -384,7 +511,7 @@ TEST(Terminate, ends_a_child_that_ignores_every_other_signal) {
   os::CloseHandle(write);
   ASSERT_TRUE(child);
   char ready = 0;
-  ASSERT_EQ(os::ReadSome(read, &ready, 1), 1);
+  ASSERT_EQ(os::ReadSome(read, &ready, 1).ValueOr(0), 1U);
   os::CloseHandle(read);
   const auto state = os::Terminate(child->process);
   ASSERT_TRUE(state);

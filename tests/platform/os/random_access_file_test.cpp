@@ -19,9 +19,9 @@ namespace {
 
 std::string Read(os::RandomAccessFile& file, std::uint64_t offset, std::size_t count) {
   std::string bytes(count, '\0');
-  const long got = file.ReadAt(offset, bytes);
-  if (got < 0) return "failed";
-  bytes.resize(static_cast<std::size_t>(got));
+  const auto got = file.ReadAt(offset, bytes);
+  if (!got) return "failed";
+  bytes.resize(*got);
   return bytes;
 }
 
@@ -41,7 +41,7 @@ TEST(RandomAccessFile, any_offset_is_read_in_any_order) {
   EXPECT_EQ(Read(*file, 1, 1), "1");
 }
 
-TEST(RandomAccessFile, what_is_no_regular_file_is_refused_without_waiting) {
+TEST(RandomAccessFile, a_file_that_is_not_regular_is_refused_without_waiting) {
   const ScratchDirectory scratch;
   ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
   const auto errorOf = [](const std::wstring& path) {
@@ -54,7 +54,7 @@ TEST(RandomAccessFile, what_is_no_regular_file_is_refused_without_waiting) {
   EXPECT_EQ(errorOf(scratch.Wide("missing")), ENOENT);
 }
 
-TEST(RandomAccessFile, a_failed_read_is_told_and_the_next_one_starts_right) {
+TEST(RandomAccessFile, a_failed_read_is_reported_and_the_next_one_starts_right) {
   const ScratchDirectory scratch;
   scratch.Write("file", "0123456789");
   auto file = os::RandomAccessFile::Open(scratch.Wide("file"));
@@ -70,7 +70,7 @@ TEST(RandomAccessFile, a_failed_read_is_told_and_the_next_one_starts_right) {
   EXPECT_EQ(Read(*file, 4, 2), "45");
 }
 
-TEST(RandomAccessFile, what_was_never_written_is_zeros) {
+TEST(RandomAccessFile, bytes_never_written_are_zeros) {
   const ScratchDirectory scratch;
   scratch.Write("file", std::string(100, 'a'));
   const std::string path = scratch.Path("file");

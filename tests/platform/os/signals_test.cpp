@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "rastrel/platform/os/system_calls.h"
+#include "tests/support/error_number.h"
 #include "tests/support/open_descriptors.h"
 
 namespace rastrel::os {
@@ -30,7 +31,7 @@ class StopSignalsTest : public ::testing::Test {
     ::signal(SIGHUP, m_Hangup);
     pthread_sigmask(SIG_SETMASK, &m_Mask, nullptr);
   }
-  [[nodiscard]] std::unique_ptr<StopSignals> Start() {
+  [[nodiscard]] Expected<std::unique_ptr<StopSignals>> Start() {
     return StopSignals::Start([this](int signal) {
       const std::lock_guard<std::mutex> guard(m_Mutex);
       m_Taken.push_back(signal);
@@ -93,8 +94,7 @@ TEST_F(StopSignalsTest, without_a_thread_or_a_semaphore_all_is_as_before) {
       errno = EMFILE;
       return -1;
     };
-    EXPECT_FALSE(Start());
-    EXPECT_EQ(errno, EMFILE);
+    EXPECT_EQ(test::ErrorNumber(Start()), EMFILE);
   }
   const sigset_t mask = PresentMask();
   EXPECT_EQ(sigismember(&mask, SIGINT), 0);

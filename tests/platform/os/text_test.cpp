@@ -121,7 +121,7 @@ TEST(WideFromUtf8, text_longer_than_any_block_decodes_whole_with_a_sequence_acro
   }
 }
 
-TEST(AppendWideFromUtf8, keeps_what_was_there) {
+TEST(AppendWideFromUtf8, keeps_the_existing_text) {
   std::wstring text = L"before ";
   os::AppendWideFromUtf8(text, "\xC3\xA9t\xC3\xA9");
   EXPECT_EQ(text, L"before \xE9t\xE9");
@@ -144,7 +144,7 @@ TEST(Utf8FromWide, round_trips_random_text) {
   }
 }
 
-TEST(Utf8FromWide, what_is_no_character_becomes_the_replacement) {
+TEST(Utf8FromWide, a_value_that_is_no_character_becomes_the_replacement) {
   const std::wstring bad = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDFFF),
                             static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)};
   EXPECT_EQ(os::Utf8FromWide(bad), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
@@ -154,7 +154,7 @@ TEST(Utf8FromWide, what_is_no_character_becomes_the_replacement) {
   EXPECT_EQ(os::Utf8FromWide(among), std::string(17, 'x') + "\xEF\xBF\xBD" + std::string(22, 'x'));
 }
 
-TEST(AppendUtf8FromWide, keeps_what_was_there) {
+TEST(AppendUtf8FromWide, keeps_the_existing_text) {
   std::string bytes = "a";
   os::AppendUtf8FromWide(bytes, L"\x20AC");
   EXPECT_EQ(bytes, "a\xE2\x82\xAC");
@@ -165,7 +165,7 @@ TEST(Utf16FromWide, characters_beyond_the_first_plane_become_pairs) {
             (std::vector<std::uint16_t>{0x61, 0xFFFF, 0xD800, 0xDC00, 0xDBFF, 0xDFFF}));
 }
 
-TEST(Utf16FromWide, what_is_beyond_every_plane_becomes_the_replacement) {
+TEST(Utf16FromWide, a_value_beyond_every_plane_becomes_the_replacement) {
   EXPECT_EQ(os::Utf16FromWide(std::wstring(1, static_cast<wchar_t>(0x110000))),
             (std::vector<std::uint16_t>{0xFFFD}));
 }
@@ -193,7 +193,7 @@ TEST(WideFromAnsi, agrees_with_iconv_where_the_code_page_is_defined) {
   }
 }
 
-TEST(AnsiFromWide, what_the_code_page_lacks_becomes_a_question_mark) {
+TEST(AnsiFromWide, a_character_that_the_code_page_lacks_becomes_a_question_mark) {
   EXPECT_EQ(os::AnsiFromWide(L"a\x80\x100\x1F5A8\xFFFD"), "a????");
 }
 

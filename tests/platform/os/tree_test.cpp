@@ -85,7 +85,7 @@ TEST(ListDirectory, gives_every_name_but_the_two_dots) {
   EXPECT_EQ(*names, (std::vector<std::wstring>{L".hidden", L"a", L"\xE9"}));
 }
 
-TEST(ListDirectory, what_is_no_directory_is_a_failure_and_an_empty_one_is_none) {
+TEST(ListDirectory, a_file_is_a_failure_and_an_empty_directory_is_none) {
   const ScratchDirectory scratch;
   scratch.Write("file", "");
   const auto empty = os::ListDirectory(fs::path(scratch.Path()).parent_path().wstring() + L"/none");
@@ -134,7 +134,7 @@ TEST(RemoveTree, of_a_link_the_content_goes_and_the_result_is_false) {
   EXPECT_TRUE(fs::is_empty(scratch.Path("tree")));
 }
 
-TEST(RemoveTree, what_is_no_directory_is_left_alone) {
+TEST(RemoveTree, a_file_is_left_alone) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
   EXPECT_FALSE(os::RemoveTree(scratch.Wide("file")));
@@ -178,7 +178,7 @@ TEST(RemoveTree, a_directory_that_may_not_be_emptied_stays_and_the_result_is_fal
   fs::permissions(scratch.Path("tree/locked"), fs::perms::owner_all);
 }
 
-TEST(RemoveTree, what_the_file_system_does_not_let_go_fails_the_removal) {
+TEST(RemoveTree, an_entry_that_the_file_system_keeps_fails_the_removal) {
   // /proc can be listed, and nothing in it can be removed.
   EXPECT_FALSE(os::RemoveTree(L"/proc/self/fdinfo"));
 }
@@ -243,7 +243,7 @@ TEST(CopyTreeInto, links_pipes_and_sockets_are_passed_over) {
   EXPECT_EQ(Content(scratch.Path("target")), (std::map<std::string, std::string>{{"file", "x"}}));
 }
 
-TEST(CopyTreeInto, what_can_not_be_copied_is_passed_over_and_the_result_is_true) {
+TEST(CopyTreeInto, an_entry_that_can_not_be_copied_is_passed_over_and_the_result_is_true) {
   const ScratchDirectory scratch;
   scratch.Write("source/a", "x");
   scratch.Write("source/b", "y");
@@ -256,7 +256,7 @@ TEST(CopyTreeInto, what_can_not_be_copied_is_passed_over_and_the_result_is_true)
   EXPECT_TRUE(fs::is_regular_file(scratch.Path("target/sub")));
 }
 
-TEST(CopyTreeInto, what_may_not_be_read_is_passed_over) {
+TEST(CopyTreeInto, an_unreadable_entry_is_passed_over) {
   const OrdinaryUser user;
   const ScratchDirectory scratch;
   scratch.Write("source/a", "x");
@@ -363,7 +363,7 @@ TEST(MakePath, an_empty_path_fails_and_an_existing_one_of_any_kind_succeeds) {
   EXPECT_TRUE(os::MakePath(L"/"));
 }
 
-TEST(MakePath, a_file_in_the_way_fails_and_what_came_before_stays) {
+TEST(MakePath, a_file_in_the_way_fails_and_the_directories_before_it_stay) {
   const ScratchDirectory scratch;
   scratch.Write("new/file", "x");
   EXPECT_FALSE(os::MakePath(scratch.Wide("new/file/sub")));
@@ -460,7 +460,7 @@ TEST(TryRenameTree, refuses_whatever_copy_and_delete_would_treat_differently) {
   }));
 }
 
-TEST(TryRenameTree, refuses_what_this_user_could_not_copy_or_remove) {
+TEST(TryRenameTree, refuses_trees_that_this_user_could_not_copy_or_remove) {
   const OrdinaryUser user;
   for (const bool directory : {true, false}) {
     const ScratchDirectory scratch;
@@ -474,7 +474,7 @@ TEST(TryRenameTree, refuses_what_this_user_could_not_copy_or_remove) {
   }
 }
 
-TEST(TryRenameTree, refuses_what_belongs_to_somebody_else) {
+TEST(TryRenameTree, refuses_trees_of_somebody_else) {
   const ScratchDirectory scratch;
   fs::permissions(scratch.Path(), fs::perms(0777));
   scratch.Write("source/file", "x");

@@ -15,14 +15,17 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "tests/support/error_number.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ErrorNumber;
 
 namespace {
 
 class Semaphore {
  public:
-  explicit Semaphore(unsigned count) : m_Handle(os::CreateSemaphoreHandle(count)) {}
+  explicit Semaphore(unsigned count)
+      : m_Handle(os::CreateSemaphoreHandle(count).ValueOr(INVALID_HANDLE_VALUE)) {}
   ~Semaphore() { os::CloseHandle(m_Handle); }
   Semaphore(const Semaphore&) = delete;
   Semaphore& operator=(const Semaphore&) = delete;
@@ -59,7 +62,7 @@ TEST(WaitForAny, takes_one_count_of_the_first_signalled_semaphore) {
 
 TEST(WaitForAny, a_count_that_came_first_is_not_lost) {
   const Semaphore semaphore(0);
-  os::ReleaseSemaphoreHandle(semaphore.Get());
+  ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   const std::array handles = {semaphore.Get()};
   EXPECT_EQ(os::WaitForAny(handles), 0U);
 }
@@ -69,7 +72,7 @@ TEST(WaitForAny, wakes_for_a_count_that_comes_later) {
   const Semaphore later(0);
   const std::jthread other([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    os::ReleaseSemaphoreHandle(later.Get());
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(later.Get()));
   });
   const std::array handles = {never.Get(), later.Get()};
   EXPECT_EQ(os::WaitForAny(handles), 1U);
@@ -183,7 +186,8 @@ TEST(WaitForAny, every_count_wakes_exactly_one_of_many_waiters) {
       for (int round = 0; round < 100; ++round)
         if (os::AcquireSemaphoreHandle(semaphore.Get())) ++woken;
     });
-  for (int count = 0; count < 800; ++count) os::ReleaseSemaphoreHandle(semaphore.Get());
+  for (int count = 0; count < 800; ++count)
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   waiters.clear();
   EXPECT_EQ(woken, 800);
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 0U);
@@ -192,7 +196,7 @@ TEST(WaitForAny, every_count_wakes_exactly_one_of_many_waiters) {
 TEST(CreateSemaphoreHandle, is_closed_on_exec_and_never_standard) {
   const int saved = ::dup(0);
   ::close(0);
-  HANDLE handle = os::CreateSemaphoreHandle(3);
+  HANDLE handle = os::CreateSemaphoreHandle(3).ValueOr(INVALID_HANDLE_VALUE);
   ::dup2(saved, 0);
   ::close(saved);
   EXPECT_GT(handle, 2);
@@ -201,27 +205,26 @@ TEST(CreateSemaphoreHandle, is_closed_on_exec_and_never_standard) {
   os::CloseHandle(handle);
 }
 
-TEST(CreateSemaphoreHandle, a_system_without_descriptors_gives_an_invalid_one) {
+TEST(CreateSemaphoreHandle, a_system_without_descriptors_is_a_failure) {
   const os::SystemCallsGuard guard;
   os::Calls().eventfd = [](unsigned, int) {
     errno = EMFILE;
     return -1;
   };
-  EXPECT_EQ(os::CreateSemaphoreHandle(0), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(errno, EMFILE);
+  EXPECT_EQ(ErrorNumber(os::CreateSemaphoreHandle(0)), EMFILE);
 }
 
 TEST(SemaphoreCount, follows_releases_and_waits) {
   const Semaphore semaphore(0);
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 0U);
-  for (int count = 0; count < 20; ++count) os::ReleaseSemaphoreHandle(semaphore.Get());
+  for (int count = 0; count < 20; ++count) ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 20U);
   EXPECT_TRUE(os::AcquireSemaphoreHandle(semaphore.Get()));
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 19U);
   EXPECT_EQ(os::SemaphoreCount(INVALID_HANDLE_VALUE), 0U);
 }
 
-TEST(TryAcquireSemaphoreHandle, takes_what_is_there_and_never_waits) {
+TEST(TryAcquireSemaphoreHandle, takes_a_free_count_and_never_waits) {
   const Semaphore semaphore(1);
   EXPECT_TRUE(os::TryAcquireSemaphoreHandle(semaphore.Get()));
   EXPECT_FALSE(os::TryAcquireSemaphoreHandle(semaphore.Get()));
@@ -240,10 +243,10 @@ TEST(ReleaseSemaphoreHandle, goes_on_after_an_interruption_and_never_blocks_at_t
       }
       return ::write(descriptor, bytes, count);
     };
-    os::ReleaseSemaphoreHandle(semaphore.Get());
+    ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
   }
   EXPECT_EQ(os::SemaphoreCount(semaphore.Get()), 1U);
   const std::uint64_t nearlyFull = 0xFFFFFFFFFFFFFFFE - 1;
   ASSERT_EQ(::write(semaphore.Get(), &nearlyFull, sizeof nearlyFull), 8);
-  os::ReleaseSemaphoreHandle(semaphore.Get());
+  ASSERT_TRUE(os::ReleaseSemaphoreHandle(semaphore.Get()));
 }

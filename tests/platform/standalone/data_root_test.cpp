@@ -53,7 +53,7 @@ class DataRootLayout : public testing::Test {
 
 }  // namespace
 
-TEST_F(DataRootLayout, makes_every_folder_and_copies_what_ships) {
+TEST_F(DataRootLayout, makes_every_folder_and_copies_the_shipped_files) {
   ASSERT_TRUE(LayOut());
   for (const char* folder : {"Queue/rip/System/pmodes", "Queue/rip/System/c-out", "Queue/rip/CFM",
                              "drive_c/tmp", "jobs"})
@@ -77,7 +77,7 @@ TEST_F(DataRootLayout, the_record_names_every_file_with_size_and_time) {
   EXPECT_EQ(record.at("devices.txt").size, 9U);
 }
 
-TEST_F(DataRootLayout, a_later_version_replaces_what_nobody_touched) {
+TEST_F(DataRootLayout, a_later_version_replaces_files_that_nobody_touched) {
   ASSERT_TRUE(LayOut());
   m_Shipped.Write("libexec/rastrel/corerast.exe", "rip version 2");
   m_Shipped.Write("share/rastrel/devices.txt", "devices version 2");
@@ -86,7 +86,7 @@ TEST_F(DataRootLayout, a_later_version_replaces_what_nobody_touched) {
   EXPECT_EQ(Read("devices.txt"), "devices version 2");
 }
 
-TEST_F(DataRootLayout, what_a_user_changed_is_left_alone) {
+TEST_F(DataRootLayout, a_file_that_a_user_changed_is_left_alone) {
   ASSERT_TRUE(LayOut());
   Write("devices.txt", "my own devices");
   m_Shipped.Write("share/rastrel/devices.txt", "devices version 2");
@@ -94,7 +94,7 @@ TEST_F(DataRootLayout, what_a_user_changed_is_left_alone) {
   EXPECT_EQ(Read("devices.txt"), "my own devices");
 }
 
-TEST_F(DataRootLayout, what_a_user_put_in_the_place_first_is_left_alone) {
+TEST_F(DataRootLayout, a_file_that_a_user_put_in_the_place_first_is_left_alone) {
   Write("devices.txt", "my own devices");
   ASSERT_TRUE(LayOut());
   EXPECT_EQ(Read("devices.txt"), "my own devices");
@@ -144,7 +144,7 @@ TEST_F(DataRootLayout, without_anything_shipped_the_folders_are_made) {
   EXPECT_TRUE(fs::is_directory(m_Path + "/Queue/rip/CFM"));
 }
 
-TEST_F(DataRootLayout, the_first_failure_is_told_and_the_rest_is_still_done) {
+TEST_F(DataRootLayout, the_first_failure_is_reported_and_the_rest_is_still_done) {
   Write("Queue/rip/System/pmodes", "a file where a folder belongs");
   const auto laidOut = standalone::LayOutDataRoot();
   ASSERT_FALSE(laidOut);

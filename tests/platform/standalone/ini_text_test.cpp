@@ -42,7 +42,7 @@ TEST(FindIniValue, a_section_may_appear_again_and_the_first_of_two_keys_counts) 
   EXPECT_EQ(FindIniValue(Sample, "Debug", "later"), "2");
 }
 
-TEST(FindIniValue, what_is_missing_commented_or_elsewhere_is_not_found) {
+TEST(FindIniValue, a_key_that_is_missing_commented_or_elsewhere_is_not_found) {
   EXPECT_FALSE(FindIniValue(Sample, "debug", "path"));
   EXPECT_FALSE(FindIniValue(Sample, "debug", "# key"));
   EXPECT_FALSE(FindIniValue(Sample, "debug", "stray"));
@@ -77,7 +77,7 @@ TEST(WithIniValue, a_new_section_comes_last) {
   EXPECT_EQ(WithIniValue("; only a comment", "a", "k", "v"), "; only a comment\n\n[a]\nk = v\n");
 }
 
-TEST(WithIniValue, what_would_not_be_found_again_is_refused) {
+TEST(WithIniValue, a_value_that_would_not_be_found_again_is_refused) {
   for (const char* value : {" x", "x ", "\tx", "a\nb", "a\rb\n", "x\r", "\n"})
     EXPECT_FALSE(WithIniValue(Sample, "a", "k", value)) << value;
   EXPECT_FALSE(WithIniValue("", "a", "a=b", "v"));

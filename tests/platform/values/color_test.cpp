@@ -65,11 +65,11 @@ TEST(CVKColor, reference_minus_1_is_invisible_until_a_color_is_set) {
   EXPECT_FALSE(color.IsInvisible());
 }
 
-TEST(CVKColor, channels_of_an_rgb_color_are_what_was_set) {
+TEST(CVKColor, channels_of_an_rgb_color_are_the_values_set) {
   EXPECT_EQ(Channels(Rgb(255, 127.5, -3)), (Four{255, 127.5, -3, 0}));
 }
 
-TEST(CVKColor, inks_of_a_cmyk_color_are_what_was_set) {
+TEST(CVKColor, inks_of_a_cmyk_color_are_the_values_set) {
   EXPECT_EQ(Inks(Cmyk(0, 1, 1, 0)), (Four{0, 1, 1, 0}));
 }
 

@@ -38,7 +38,7 @@ TEST(DoubleComparisons, exactly_one_holds_of_any_two_finite_values_and_of_infini
           << left << " " << right;
 }
 
-TEST(DoubleComparisons, none_holds_of_what_is_no_number) {
+TEST(DoubleComparisons, none_holds_of_a_value_that_is_no_number) {
   const double none = std::numeric_limits<double>::quiet_NaN();
   EXPECT_FALSE(IsDoubleEqual(none, none, 0.01));
   EXPECT_FALSE(IsDoubleLessthan(none, 1, 0.01));

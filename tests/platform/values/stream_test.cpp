@@ -49,7 +49,7 @@ class FullFile : public CFile {
   std::size_t m_Room;
 };
 
-// Gives its bytes a few at a time.
+// Returns its bytes a few at a time.
 class SlowFile : public CMemFile {
  public:
   using CMemFile::CMemFile;
@@ -150,7 +150,7 @@ TEST(CStream, a_block_of_any_size_has_its_length) {
   }
 }
 
-TEST(CStream, what_a_reader_leaves_of_a_block_is_passed_over) {
+TEST(CStream, bytes_that_a_reader_leaves_of_a_block_are_passed_over) {
   for (const std::size_t excess : {0U, 1U, 100000U}) {
     const Bytes bytes = Written([&](CStream& stream) {
       stream.OpenWriteBlock();

@@ -1,4 +1,4 @@
-// Stands for a child program and writes down what it was started with: into the file
+// Replaces a child program and writes its arguments, directory, descriptors and signals to the file
 // $RASTREL_HOME/NAME.told, where NAME is that of its program file.
 
 #include <fcntl.h>

@@ -17,6 +17,9 @@ class CCmdLineQ : public CLQTicket {
   /// outlives the job. No report is lost on the way.
   [[nodiscard]] bool StartFor(CQProgressDlg& dialog, const wchar_t* file);
 
+  /// Whether the job has ended and its message could not be posted for want of memory. Any thread.
+  [[nodiscard]] bool IsEndLost() const { return m_bEndLost; }
+
   /// Posts the state, if it is one that the dialog shows and there is a dialog.
   void Info(JT_INFO code, JT_ORIGINATOR originator) override;
   /// Posts the percentage, if there is a dialog.
@@ -27,8 +30,9 @@ class CCmdLineQ : public CLQTicket {
   void OnEnd() override;
 
  private:
-  void Post(unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
+  bool Post(unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
 
   CQProgressDlg* m_pDialog = nullptr;
+  rastrel::os::SharedWord<bool> m_bEndLost = false;
   std::mutex m_Mutex;  // a child may report before it is known that it was started
 };

@@ -1,4 +1,4 @@
-#include "rastrel/conversion/cmd_line_q.h"
+#include "rastrel/conversion/dialogs/cmd_line_q.h"
 
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 
@@ -6,6 +6,7 @@ CCmdLineQ::~CCmdLineQ() { Join(); }
 
 bool CCmdLineQ::StartFor(CQProgressDlg& dialog, const wchar_t* file) {
   const std::scoped_lock lock(m_Mutex);
+  m_bEndLost = false;
   if (!Start(file)) return false;
   m_pDialog = &dialog;
   return true;
@@ -29,9 +30,11 @@ void CCmdLineQ::Progress(unsigned short percent, JT_ORIGINATOR originator) {
   Post(CQProgressDlg::ProgressMessage, static_cast<std::uintptr_t>(originator), percent);
 }
 
-void CCmdLineQ::OnEnd() { Post(CQProgressDlg::WorkEndedMessage, JTO_CLQ, 0); }
+void CCmdLineQ::OnEnd() {
+  if (!Post(CQProgressDlg::WorkEndedMessage, JTO_CLQ, 0)) m_bEndLost = true;
+}
 
-void CCmdLineQ::Post(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+bool CCmdLineQ::Post(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
   const std::scoped_lock lock(m_Mutex);
-  if (m_pDialog != nullptr) m_pDialog->PostMessage(message, wParam, lParam);
+  return m_pDialog != nullptr && m_pDialog->PostMessage(message, wParam, lParam);
 }

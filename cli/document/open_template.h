@@ -1,0 +1,14 @@
+#pragma once
+
+#include "cli/console/options.h"
+#include "cli/document/template_file.h"
+
+namespace rastrel::cli {
+
+/// The step that `import` and `view` begin with: opens the file that the command was given. Loads a
+/// document, or imports a template into a new one on the blank that `--blank` asks for. Installs
+/// the document's host for good. Throws CommandError: BadInput for a file that can't be read or
+/// gives nothing, WrongUse for options that don't go with it, NotInstalled without a parser of XML.
+[[nodiscard]] OpenedFile OpenTemplate(const Invocation& invocation);
+
+}  // namespace rastrel::cli

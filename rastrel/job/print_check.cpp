@@ -1,0 +1,58 @@
+#include "rastrel/job/print_check.h"
+
+#include "rastrel/job/app_log.h"
+#include "rastrel/job/exe_paths.h"
+#include "rastrel/job/log_cleanup.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
+
+namespace rastrel::job {
+namespace {
+
+std::string NativeDirectory(const std::wstring& path) {
+  std::string native = os::ToNative(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  return native;
+}
+
+// The log's own rule: whatever keeps it from being opened keeps the job from running. A log that is
+// open already must not be opened again, since that truncates it.
+Expected<void> CheckLog() {
+  switch (CAppLog::GetState()) {
+    case CAppLog::State::Open: return {};
+    case CAppLog::State::Failed:
+      return FailureOf("the application log could not be opened, and is not tried again");
+    case CAppLog::State::None: break;
+  }
+  const std::wstring name = LogNamePrefix + std::to_wstring(os::CurrentProcessId()) + L".log";
+  const auto file = os::CreateLog(CExePaths::Instance().m_RipDir + name);
+  if (!file) return FailureOf(Describe(file.Error()));
+  return {};
+}
+
+}  // namespace
+
+Expected<void> CheckPrintFiles() {
+  if (auto log = CheckLog(); !log) return log;
+  const CExePaths& paths = CExePaths::Instance();
+  for (const std::wstring& directory : {paths.m_RipDir, paths.m_CFMDir}) {
+    const std::string why = WhyNotWritable(NativeDirectory(directory));
+    if (!why.empty()) return FailureOf(why);
+  }
+  return {};
+}
+
+std::string WhyNotWritable(const std::string& directory) {
+  const std::wstring wide = os::FromNative(directory);
+  if (!os::Exists(wide)) return "there is no directory '" + directory + "'";
+  if (!os::IsDirectory(wide)) return "'" + directory + "' is no directory";
+  const std::wstring name =
+      wide + L"/.rastrel-write-" + std::to_wstring(os::CurrentProcessId()) + L".tmp";
+  const auto file = os::CreateForWriting(name);
+  if (!file) return Describe(file.Error());
+  return os::RemoveFile(name) ? std::string()
+                              : "a file made in '" + directory + "' can't be removed";
+}
+
+}  // namespace rastrel::job
