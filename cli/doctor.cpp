@@ -7,7 +7,6 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/options.h"
-#include "cli/console/other_programs.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
 #include "cli/installation/installation.h"
@@ -15,6 +14,7 @@
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
 #include "cli/printing/spool.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
@@ -32,7 +32,6 @@ namespace {
 using State = HealthCheck::State;
 using Checks = std::vector<HealthCheck>;
 
-constexpr std::chrono::seconds VersionLimit{5};
 constexpr std::uintmax_t LittleSpace = std::uintmax_t{1} << 30;  // bytes
 constexpr std::uintmax_t NoSpace = std::uintmax_t{32} << 20;     // bytes
 constexpr std::chrono::hours LongPrint{1};
@@ -44,7 +43,7 @@ const char* RestoreHint() {
 }
 
 void CheckInterpreter(Checks& checks) {
-  const std::string program = os::FindProgram("gs");
+  const std::string program = interpreter::FindGhostscript();
   if (program.empty()) {
     checks.push_back({"ghostscript",
                       State::Bad,
@@ -53,13 +52,35 @@ void CheckInterpreter(Checks& checks) {
                       "install it: apt-get install ghostscript"});
     return;
   }
-  const auto version = FirstLineOf(program, {"--version"}, VersionLimit);
+  const auto version = interpreter::TryGhostscript();
   if (!version) {
-    checks.push_back({"ghostscript", State::Bad, "gs does not run", program,
-                      "install it anew: apt-get install --reinstall ghostscript"});
+    checks.push_back({"ghostscript", State::Bad, "gs does not run: " + Describe(version.Error()),
+                      program, "install it anew: apt-get install --reinstall ghostscript"});
     return;
   }
   checks.push_back({"ghostscript", State::Good, "version " + *version, program, {}});
+}
+
+// Around the interpreter. Limits and guardian need nothing of the kernel that this system can lack.
+void CheckWalls(Checks& checks) {
+  const interpreter::MachineWalls walls = interpreter::WallsOfThisMachine();
+  std::string text = "guardian, limits";
+  if (walls.filesVersion > 0) {
+    text += ", files (Landlock version " + std::to_string(walls.filesVersion) + ")";
+  }
+  if (walls.calls) text += ", system calls (seccomp)";
+  HealthCheck check{"walls", State::Good, std::move(text), {}, {}};
+  if (walls.filesVersion == 0 || !walls.calls) {
+    check.state = State::Warning;
+    check.text += std::string("; this kernel has none around ") + (walls.calls ? "files"
+                                                                   : walls.filesVersion == 0
+                                                                       ? "files and system calls"
+                                                                       : "system calls");
+    check.mend =
+        "use a kernel of 5.13 or younger, with Landlock and seccomp switched on, and a container "
+        "that permits them";
+  }
+  checks.push_back(check);
 }
 
 void CheckShipped(Checks& checks) {
@@ -298,6 +319,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckZipLibrary(checks);
   CheckXmlLibrary(checks);
   CheckInterpreter(checks);
+  CheckWalls(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
   CheckProgram(checks, "queue program", CExePaths::Instance().m_QueueExe);

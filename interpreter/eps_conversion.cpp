@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "interpreter/interpreter.h"
+#include "interpreter/settings.h"
 #include "interpreter/short_run.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/private_directory.h"
 #include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::interpreter {
@@ -70,9 +70,8 @@ std::optional<Box> BoxAtEnd(std::string_view file) {
 
 std::string Points(double number) { return os::ShortDecimal(number, 4); }
 
-std::vector<std::string> Arguments(const EpsLimits& limits, const std::optional<Box>& box) {
-  std::vector<std::string> arguments{"-K" + std::to_string(limits.memoryKibibytes),
-                                     "-sDEVICE=pdfwrite", "-sstdout=%stderr",
+std::vector<std::string> Arguments(const std::optional<Box>& box) {
+  std::vector<std::string> arguments{"-sDEVICE=pdfwrite", "-sstdout=%stderr",
                                      "-sOutputFile=%stdout"};
   if (box) {
     const auto& [left, bottom, right, top] = *box;
@@ -88,20 +87,6 @@ std::vector<std::string> Arguments(const EpsLimits& limits, const std::optional<
   return arguments;
 }
 
-// The first line that names an error, or the last.
-std::string ErrorLineOf(const std::string& text) {
-  std::string_view rest = text;
-  std::string_view last;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find_first_of("\r\n");
-    const std::string_view line = rest.substr(0, end);
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-    if (line.find("Error:") != std::string_view::npos) return std::string(line);
-    if (!line.empty()) last = line;
-  }
-  return std::string(last);
-}
-
 }  // namespace
 
 Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limits) {
@@ -110,16 +95,18 @@ Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limi
   if (run.program.empty()) {
     return FailureOf("Ghostscript is needed for EPS, and there is no program gs on PATH");
   }
-  const auto directory = os::PrivateDirectory::Make("rastrel-");
-  if (!directory) return NotStarted(directory.Error());
+  auto place = TaskPlace::Make("rastrel-");
+  if (!place) return NotStarted(place.Error());
   const auto input = FileOf(bytes);
   if (!input) return NotStarted(input.Error());
-  run.arguments = Arguments(limits, BoxAtEnd(bytes));
-  run.temporary = directory->Path();
+  run.arguments = Arguments(BoxAtEnd(bytes));
   run.input = input->Get();
   run.time = limits.time;
   run.outputLimit = limits.bytes;
-  auto ran = RunToEnd(run);
+  run.memoryKibibytes = limits.memoryKibibytes;
+  run.workBytes = limits.workBytes;
+  run.workFiles = WorkFiles;
+  auto ran = RunToEnd(run, *place);
   if (!ran) return ran.Error();
   if (!ran->end.byItself || ran->end.status != 0 || ran->output.empty()) {
     return FailureOf("the interpreter ended with " + std::to_string(ran->end.status) + ": " +

@@ -1,12 +1,8 @@
 #include "interpreter/ghostscript.h"
 
-#include <fcntl.h>
-#include <poll.h>
-
-#include <array>
-#include <cerrno>
 #include <utility>
 
+#include "interpreter/ghostscript_files.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/program_search.h"
@@ -16,8 +12,13 @@ namespace {
 
 constexpr const char* ProgramName = "gs";
 
+// Of address space, for the program, its libraries, and the fonts' caches that it maps.
+constexpr std::uint64_t ProgramBytes = std::uint64_t{1} << 30;
+
 std::vector<std::string> Arguments(const GhostscriptRequest& request) {
-  std::vector<std::string> arguments{ProgramName, "-q", "-dBATCH", "-dNOPAUSE", "-dSAFER"};
+  std::vector<std::string> arguments{
+      ProgramName, "-q",      "-dBATCH",
+      "-dNOPAUSE", "-dSAFER", "-K" + std::to_string(request.limits.memoryKibibytes)};
   arguments.insert(arguments.end(), request.arguments.begin(), request.arguments.end());
   return arguments;
 }
@@ -34,77 +35,30 @@ std::vector<std::string> Environment(const std::string& temporary) {
   return environment;
 }
 
-Expected<GhostscriptProcess> StartGuarded(const GhostscriptRequest& request, Guardian& guardian) {
-  ProcessRequest process;
-  process.executable = request.program;
-  process.arguments = Arguments(request);
-  process.environment = Environment(request.temporary);
-  process.directory = request.directory;
-  process.descriptors = request.descriptors;
-  process.fileSizeLimit = request.fileSizeLimit;
-  process.processorLimit = request.processorLimit;
-  auto started = GuardedProcess::Start(process, guardian);
-  if (!started) return started.Error();
-  return GhostscriptProcess(std::move(*started));
-}
-
-Expected<GhostscriptProcess> StartSpawned(const GhostscriptRequest& request) {
-  const os::FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
-  if (!nothing.IsOpen()) return Failure{"open", "/dev/null", errno};
-  std::array<int, 3> streams{-1, -1, -1};
-  for (std::size_t i = 0; i < streams.size(); ++i) {
-    if (i < request.descriptors.size()) streams[i] = request.descriptors[i];
-    if (streams[i] < 0) streams[i] = nothing.Get();
-  }
-  const auto child = os::Spawn({request.program, Arguments(request), Environment(request.temporary),
-                                request.directory, streams[0], streams[1], streams[2]});
-  if (!child) return child.Error();
-  return GhostscriptProcess(*child);
+WallRequest WallOf(const GhostscriptRequest& request) {
+  WallRequest wall;
+  wall.fileBytes = request.limits.fileBytes;
+  wall.processorSeconds = request.limits.processorSeconds;
+  wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes;
+  wall.confined = true;
+  wall.paths = GhostscriptFiles(request.program);
+  wall.paths.insert(wall.paths.end(), request.files.begin(), request.files.end());
+  return wall;
 }
 
 }  // namespace
 
 std::string FindGhostscript() { return os::FindProgram(ProgramName); }
 
-Expected<GhostscriptProcess> StartGhostscript(const GhostscriptRequest& request,
-                                              Guardian* guardian) {
-  return guardian != nullptr ? StartGuarded(request, *guardian) : StartSpawned(request);
-}
-
-GhostscriptProcess::Spawned::~Spawned() {
-  if (m_Process.IsOpen() && !m_Ended) static_cast<void>(os::Terminate(m_Process.Get()));
-}
-
-Expected<ProcessEnd> GhostscriptProcess::Spawned::End() {
-  m_Ended = true;
-  const auto state = os::Terminate(m_Process.Get());
-  if (!state) return state.Error();
-  return ProcessEnd{state->byItself, state->status};
-}
-
-int GhostscriptProcess::Descriptor() const {
-  return std::visit([](const auto& process) { return process.Descriptor(); }, m_Process);
-}
-
-pid_t GhostscriptProcess::Id() const {
-  if (const auto* const guarded = std::get_if<GuardedProcess>(&m_Process)) return guarded->Number();
-  return std::get<Spawned>(m_Process).Id();
-}
-
-void GhostscriptProcess::Kill() {
-  if (auto* const guarded = std::get_if<GuardedProcess>(&m_Process)) {
-    guarded->Kill();
-  } else {
-    static_cast<void>(std::get<Spawned>(m_Process).End());
-  }
-}
-
-Expected<ProcessEnd> GhostscriptProcess::Wait() {
-  if (auto* const guarded = std::get_if<GuardedProcess>(&m_Process)) return guarded->Wait();
-  pollfd entry{Descriptor(), POLLIN, 0};
-  while (poll(&entry, 1, -1) < 0 && errno == EINTR) {
-  }
-  return std::get<Spawned>(m_Process).End();
+Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Guardian& guardian) {
+  ProcessRequest process;
+  process.executable = request.program;
+  process.arguments = Arguments(request);
+  process.environment = Environment(request.temporary);
+  process.directory = request.directory;
+  process.descriptors = request.descriptors;
+  process.wall = WallOf(request);
+  return GuardedProcess::Start(process, guardian);
 }
 
 }  // namespace rastrel::interpreter

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +9,9 @@
 #include <cerrno>
 #include <csignal>
 #include <utility>
+
+#include "interpreter/signal_block.h"
+#include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -25,40 +27,49 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-bool PlaceDescriptors(const std::vector<int>& wanted) {
-  std::vector<int> copies;
-  for (const int descriptor : wanted) {
-    const int source = descriptor >= 0 ? descriptor : open("/dev/null", O_RDWR | O_CLOEXEC);
-    copies.push_back(fcntl(source, F_DUPFD_CLOEXEC, LowestOwn));
-    if (copies.back() < 0) return false;
+// All that the child needs, made before the fork: after it, only system calls are safe, since
+// another thread may have held a lock of the C library's.
+struct Launch {
+  const ProcessRequest& request;
+  Wall wall;
+  std::vector<char*> arguments = Pointers(request.arguments);
+  std::vector<char*> environment = Pointers(request.environment);
+  std::vector<int> sources = request.descriptors;  // -1 replaced
+  std::vector<int> copies = std::vector<int>(request.descriptors.size());
+  pid_t parent = getpid();
+};
+
+bool PlaceDescriptors(Launch& launch) noexcept {
+  const std::size_t count = launch.sources.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    launch.copies[i] = fcntl(launch.sources[i], F_DUPFD_CLOEXEC, LowestOwn);
+    if (launch.copies[i] < 0) return false;
   }
-  for (std::size_t target = 0; target < copies.size(); ++target) {
-    if (dup2(copies[target], static_cast<int>(target)) < 0) return false;
+  for (std::size_t target = 0; target < count; ++target) {
+    if (dup2(launch.copies[target], static_cast<int>(target)) < 0) return false;
   }
-  return close_range(static_cast<unsigned>(copies.size()), ~0U, CLOSE_RANGE_CLOEXEC) == 0;
+  return close_range(static_cast<unsigned>(count), ~0U, CLOSE_RANGE_CLOEXEC) == 0;
 }
 
-void Limit(__rlimit_resource resource, std::uint64_t value) {
-  if (value == 0) return;
-  const rlimit limit{value, value};
-  setrlimit(resource, &limit);
+void ResetSignals() noexcept {
+  for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 // In the forked process. Returns only if something failed, with errno set.
-void BecomeProgram(const ProcessRequest& request, int guardian, pid_t parent) {
+void BecomeProgram(Launch& launch, int guardian) noexcept {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) _exit(0);  // it died before the line above
-  setpgid(0, 0);
+  if (getppid() != launch.parent) _exit(0);  // it died before the line above
+  setsid();
   if (!Guardian::GuardGroup(guardian, getpid())) return;
-  std::signal(SIGPIPE, SIG_DFL);
-  Limit(RLIMIT_FSIZE, request.fileSizeLimit);
-  Limit(RLIMIT_CPU, request.processorLimit);
-  Limit(RLIMIT_CORE, 1);
-  if (!request.directory.empty() && chdir(request.directory.c_str()) != 0) return;
-  if (!PlaceDescriptors(request.descriptors)) return;
-  const std::vector<char*> arguments = Pointers(request.arguments);
-  const std::vector<char*> environment = Pointers(request.environment);
-  execve(request.executable.c_str(), arguments.data(), environment.data());
+  ResetSignals();
+  const std::string& directory = launch.request.directory;
+  if (!directory.empty() && chdir(directory.c_str()) != 0) return;
+  if (!PlaceDescriptors(launch)) return;
+  launch.wall.Enter();
+  execve(launch.request.executable.c_str(), launch.arguments.data(), launch.environment.data());
 }
 
 // The error number that came through the pipe, or 0 once the exec has closed it.
@@ -71,24 +82,34 @@ int ReadStartError(int pipe) {
   return count == static_cast<ssize_t>(sizeof error) ? error : 0;
 }
 
+pid_t Fork(Launch& launch, int guardian, int failure) {
+  const SignalBlock blocked;
+  const pid_t process = os::Calls().fork();
+  if (process != 0) return process;
+  BecomeProgram(launch, fcntl(guardian, F_DUPFD_CLOEXEC, LowestOwn));
+  const int error = errno;
+  if (write(failure, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
+}
+
 }  // namespace
 
 Expected<GuardedProcess> GuardedProcess::Start(const ProcessRequest& request, Guardian& guardian) {
+  auto wall = Wall::Build(request.wall);
+  if (!wall) return wall.Error();
+  const os::FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+  if (!nothing.IsOpen()) return Failure{"open", "/dev/null", errno};
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", request.executable, errno};
   const os::FileDescriptor reading(ends[0]);
   os::FileDescriptor writing(fcntl(ends[1], F_DUPFD_CLOEXEC, LowestOwn));
   close(ends[1]);
-  const pid_t parent = getpid();
-  const pid_t process = fork();
-  if (process < 0) return Failure{"fork", request.executable, errno};
-  if (process == 0) {
-    const int channel = fcntl(guardian.Descriptor(), F_DUPFD_CLOEXEC, LowestOwn);
-    BecomeProgram(request, channel, parent);
-    const int error = errno;
-    if (write(writing.Get(), &error, sizeof error) < 0) _exit(126);
-    _exit(127);
+  Launch launch{request, std::move(*wall)};
+  for (int& source : launch.sources) {
+    if (source < 0) source = nothing.Get();
   }
+  const pid_t process = Fork(launch, guardian.Descriptor(), writing.Get());
+  if (process < 0) return Failure{"fork", request.executable, errno};
   writing.Reset();
   const int error = ReadStartError(reading.Get());
   const auto descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
@@ -102,11 +123,11 @@ GuardedProcess::GuardedProcess(GuardedProcess&& other) noexcept
     : m_Process(std::exchange(other.m_Process, -1)),
       m_Descriptor(std::move(other.m_Descriptor)),
       m_Guardian(other.m_Guardian),
-      m_End(other.m_End) {}
+      m_End(std::move(other.m_End)) {}
 
 GuardedProcess::~GuardedProcess() {
   Kill();
-  Wait();
+  if (!Wait()) errno = 0;  // nobody is left to hear of it
 }
 
 void GuardedProcess::Kill() {
@@ -115,19 +136,26 @@ void GuardedProcess::Kill() {
   kill(m_Process, SIGKILL);  // for the moment before it has a group
 }
 
-ProcessEnd GuardedProcess::Wait() {
+Expected<ProcessEnd> GuardedProcess::Wait() {
   if (m_Process <= 0) return m_End;
   siginfo_t state{};
   const auto process = static_cast<id_t>(m_Process);
+  const auto wait = [&](int options) {
+    int result = 0;
+    do {
+      result = waitid(P_PID, process, &state, WEXITED | options);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+  };
   // It stays a zombie until the guardian has let go, so that its number stays its own.
-  while (waitid(P_PID, process, &state, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
-  }
-  kill(-m_Process, SIGKILL);
+  if (wait(WNOWAIT)) kill(-m_Process, SIGKILL);
   if (!m_Guardian->ReleaseGroup(m_Process)) errno = 0;  // a guardian that is gone kills nobody
-  while (waitid(P_PID, process, &state, WEXITED) != 0 && errno == EINTR) {
+  if (wait(0)) {
+    m_End = ProcessEnd{state.si_code == CLD_EXITED, state.si_status};
+  } else {
+    m_End = Failure{"waitid", "process " + std::to_string(m_Process), errno};
   }
   m_Process = -1;
-  m_End = {state.si_code == CLD_EXITED, state.si_status};
   return m_End;
 }
 

@@ -2,18 +2,19 @@
 
 #include <sys/types.h>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "interpreter/guardian.h"
+#include "interpreter/wall.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
-/// Programs that a child program runs, which must not outlive it.
+/// Programs of others, which must not outlive the one that starts them, and which work within walls
+/// (wall.h).
 namespace rastrel::interpreter {
 
-/// The start of one program. Limits of 0 are none.
+/// The start of one program.
 struct ProcessRequest {
   std::string executable;                ///< native path
   std::vector<std::string> arguments;    ///< with the program's name as first element
@@ -22,8 +23,7 @@ struct ProcessRequest {
   /// The element at n becomes the program's descriptor n; -1 means /dev/null. No other
   /// descriptor is passed on. They stay this process's own.
   std::vector<int> descriptors;
-  std::uint64_t fileSizeLimit = 0;   ///< bytes of any one file that it writes
-  std::uint64_t processorLimit = 0;  ///< seconds of processor time
+  WallRequest wall{};  ///< its limits, and the files that it may reach
 };
 
 /// How a program ended.
@@ -32,11 +32,15 @@ struct ProcessEnd {
   int status = 0;         ///< exit status, or the signal's number
 };
 
-/// A running program, in a process group of its own that is under guard from before its first
-/// instruction: when this process dies at any moment, so does it.
+/// A running program, in a session and process group of its own that is under guard from before
+/// its first instruction: when this process dies at any moment, so does it.
+///
+/// Any thread of any process may start one. The thread that does has to live as long as the
+/// program: the program is killed when that thread ends.
 class GuardedProcess {
  public:
-  /// Starts it. A program that can't be executed is a failure with the exec's error number.
+  /// Starts it, with default signal handling and nothing masked. A program that can't be executed
+  /// is a failure with the exec's error number.
   [[nodiscard]] static Expected<GuardedProcess> Start(const ProcessRequest& request,
                                                       Guardian& guardian);
   /// Kills the group if it still runs, and waits for its end.
@@ -52,8 +56,9 @@ class GuardedProcess {
   [[nodiscard]] pid_t Number() const { return m_Process; }
   /// Sends SIGKILL to the whole group.
   void Kill();
-  /// Waits for the end without a limit and takes it over. Later calls return the same.
-  ProcessEnd Wait();
+  /// Waits for the end without a limit and takes it over. Later calls return the same. Fails if
+  /// other code of this process has taken the end over.
+  [[nodiscard]] Expected<ProcessEnd> Wait();
 
  private:
   GuardedProcess(pid_t process, int descriptor, Guardian& guardian)
@@ -62,7 +67,7 @@ class GuardedProcess {
   pid_t m_Process;
   os::FileDescriptor m_Descriptor;
   Guardian* m_Guardian;
-  ProcessEnd m_End;
+  Expected<ProcessEnd> m_End{ProcessEnd{}};
 };
 
 }  // namespace rastrel::interpreter

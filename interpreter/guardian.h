@@ -5,27 +5,29 @@
 #include <set>
 #include <string>
 
+#include "interpreter/guardian_watch.h"
 #include "rastrel/platform/os/expected.h"
 
-/// Keeps a child program's promise to leave nothing half-made on the disk, at whatever moment it is
-/// ended. The library ends a child with SIGKILL and waits for the end of its pipes; a program can't
-/// tidy up after that signal, so a second process does it in its place.
+/// Keeps a program's promise to leave nothing half-made on the disk and no process, at whatever
+/// moment it is ended. The library ends a child with SIGKILL and waits for the end of its pipes; a
+/// person ends a command in the same way. A program can't tidy up after that signal, so a second
+/// process does it in its place.
 namespace rastrel::interpreter {
 
 /// A forked process that waits for the end of the one that made it and then clears away all that
 /// one has put under guard: process groups are killed, paths are removed with all below them.
 ///
-/// It holds standard error (and standard output, if asked to) open until it has done so. Who reads
-/// those pipes to their end therefore finds everything cleared. It ignores the signals by which a
-/// terminal or a service manager asks for an end.
+/// It is in a session of its own, and no signal ends it but SIGKILL. Of the descriptors of this
+/// process it keeps none but the standard streams that HeldStreams names.
 ///
 /// Order of use: start the guardian before anything is made, put a path under guard before it is
-/// made, let go of it only when it is whole and wanted. Not thread-safe. Any end of this process
-/// counts, whatever its exit status: a path that is to stay must be let go of first.
+/// made, let go of it only when it is whole and wanted. Any thread of any process may start one,
+/// and each is used by one thread at a time. Any end of this process counts, whatever its exit
+/// status: a path that is to stay must be let go of first.
 class Guardian {
  public:
-  /// Starts it. REQUIRES: this process has one thread. `holdOutput`: keep standard output open too.
-  [[nodiscard]] static Expected<Guardian> Start(bool holdOutput);
+  /// Starts it. A host's handlers and masks of signals stay as they are.
+  [[nodiscard]] static Expected<Guardian> Start(HeldStreams held);
 
   /// Clears away all that is still under guard and returns when that is done.
   ~Guardian();
@@ -55,10 +57,12 @@ class Guardian {
   [[nodiscard]] int Descriptor() const { return m_Descriptor; }
 
  private:
-  Guardian(int descriptor, pid_t process) : m_Descriptor(descriptor), m_Process(process) {}
+  Guardian(int descriptor, pid_t process, HeldStreams held)
+      : m_Descriptor(descriptor), m_Process(process), m_Held(held) {}
 
   int m_Descriptor = -1;
   pid_t m_Process = -1;
+  HeldStreams m_Held;
   std::set<std::string> m_Paths;  // for the case that the guardian was killed
 };
 

@@ -10,6 +10,7 @@
 #include "interpreter/job_file.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
+#include "interpreter/wall.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -21,15 +22,21 @@
 ///   measure. The interpreter works in a RunDirectory, runs the RIP's prolog, reports through a
 ///   pipe that the job can't forge, and is under guard (guardian.h).
 /// - *Short tasks*, for any process, on any thread: a file is painted or converted in one go, in a
-///   temporary directory that is gone afterwards.
+///   temporary directory that is gone afterwards. Each has a guardian of its own, so that neither
+///   the interpreter nor the directory stays, however the process ends.
 ///
-/// Every interpreter is in its safer mode, gets a cleaned environment, no descriptor but those that
-/// it needs, and an end: a limit on time at least. Paths are native. Neither runs nor tasks write
-/// to a standard stream of the process.
+/// Every interpreter is in its safer mode, within the walls of wall.h, gets a cleaned environment,
+/// no descriptor but those that it needs, and limits on time, processor time, memory, the size of a
+/// file, and the room of all its files. Paths are native. Neither runs nor tasks write to a
+/// standard stream of the process.
 namespace rastrel::interpreter {
 
 /// Native path of the interpreter's program, "gs" on $PATH, or empty if there is none.
 [[nodiscard]] std::string FindGhostscript();
+
+/// Starts the interpreter as every run does, within all walls, and returns its version. A short
+/// task; fails with its reason where it does not start, or finds its resources and fonts not.
+[[nodiscard]] Expected<std::string> TryGhostscript();
 
 /// How far a run is.
 enum class RunState {
@@ -76,7 +83,7 @@ struct RunRequest {
 /// A failure is a sentence without its full stop. Its code is BadProgram if the job or the prefix
 /// failed as a program or made no page, BadInput if the job can't be read to its end, and else
 /// Unspecified: a limit, the disk, a missing part. The content of `directory` is incomplete then;
-/// the guardian removes it. REQUIRES, as each run does: this process has one thread.
+/// the guardian removes it.
 [[nodiscard]] Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
                                             RunListener& listener, Guardian& guardian);
 
@@ -108,7 +115,8 @@ struct PageArea {
 /// A short task: paints all pages of a file at a low resolution, one plane for each color, and
 /// returns the names of the planes besides the four process colors that hold ink; UTF-8, sorted,
 /// each once. `area` is the page of a file that sets none, and chooses the resolution. It may take
-/// 60 seconds. The failure is a text for the user. REQUIRES: FindGhostscript() is not empty.
+/// 60 seconds, 1 GiB of memory, and 4 GiB in 10,000 files. The failure is a text for the user.
+/// REQUIRES: FindGhostscript() is not empty.
 [[nodiscard]] Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
                                                               const std::optional<PageArea>& area);
 
@@ -117,6 +125,7 @@ struct EpsLimits {
   std::chrono::milliseconds time{60'000};
   std::size_t bytes = std::size_t{256} << 20;          ///< of the PDF
   std::size_t memoryKibibytes = std::size_t{1} << 20;  ///< that PostScript may ask for
+  std::size_t workBytes = std::size_t{1} << 30;        ///< of temporary files at a time
 };
 
 /// A short task: an Encapsulated PostScript file as PDF with one page, as large as its bounding

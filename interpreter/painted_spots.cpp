@@ -12,13 +12,16 @@
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/private_directory.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
 namespace {
 
 constexpr std::chrono::seconds TimeLimit{60};
+constexpr std::uint64_t MemoryKibibytes = std::uint64_t{1} << 20;
+// A page in six colors takes about 3 MB at that resolution.
+constexpr std::uint64_t WorkBytes = std::uint64_t{4} << 30;
+constexpr std::uint64_t MaximumFiles = 10'000;
 constexpr std::uint64_t PlaneLimit = std::uint64_t{256} << 20;
 // Ink shows at any resolution: a painted area touches one pixel at least.
 constexpr double PixelsAcross = 1500;
@@ -42,24 +45,30 @@ std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
               " translate}>> setpagedevice"};
 }
 
+Failure CanNotPaint(const std::string& reason) {
+  return FailureOf("Ghostscript can't paint it: " + reason);
+}
+
 Expected<void> Paint(const std::string& path, const std::optional<PageArea>& area,
-                     const std::string& directory) {
+                     TaskPlace& place) {
+  std::error_code error;
+  const std::string file = std::filesystem::absolute(path, error).string();
   ShortRun run;
   run.program = FindGhostscript();
-  run.temporary = directory;
-  run.directory = directory;
   run.time = TimeLimit;
+  run.memoryKibibytes = MemoryKibibytes;
+  run.workBytes = WorkBytes;
+  run.workFiles = MaximumFiles;
+  run.files = {{file, WallAccess::Read}};
   // The planes' name is a relative one: a `%` in the directory's would be taken for a page number.
-  run.arguments = {"-sDEVICE=tiffsep", "-sCompression=none", "-dMaxBitmap=200000000",
-                   "-sOutputFile=p%d.tif"};
+  run.arguments = {"-sstdout=%stderr", "-sDEVICE=tiffsep", "-sCompression=none",
+                   "-dMaxBitmap=200000000", "-sOutputFile=p%d.tif"};
   for (std::string& option : PageOptions(area)) run.arguments.push_back(std::move(option));
-  std::error_code error;
-  run.arguments.insert(run.arguments.end(),
-                       {"-f", std::filesystem::absolute(path, error).string()});
-  const auto ran = RunToEnd(run);
-  if (ran && ran->end.byItself && ran->end.status == 0) return {};
-  return FailureOf("Ghostscript can't paint it, or not within " +
-                   std::to_string(TimeLimit.count()) + " seconds");
+  run.arguments.insert(run.arguments.end(), {"-f", file});
+  const auto ran = RunToEnd(run, place);
+  if (!ran) return CanNotPaint(Describe(ran.Error()));
+  if (const auto reason = ReasonOfEnd(*ran); !reason.empty()) return CanNotPaint(reason);
+  return {};
 }
 
 // The name of a plane that has ink, if the file is a plane of a spot color.
@@ -79,15 +88,12 @@ Expected<std::optional<std::string>> InkedSpot(const std::filesystem::path& file
 
 Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
                                                 const std::optional<PageArea>& area) {
-  const auto directory = os::PrivateDirectory::Make("rastrel-inspect-");
-  if (!directory) {
-    return FailureOf("no temporary directory could be made: " +
-                     DescribeError(directory.Error().error));
-  }
-  if (const auto painted = Paint(path, area, directory->Path()); !painted) return painted.Error();
+  auto place = TaskPlace::Make("rastrel-inspect-");
+  if (!place) return CanNotPaint(Describe(place.Error()));
+  if (const auto painted = Paint(path, area, *place); !painted) return painted.Error();
   std::set<std::string> names;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(directory->Path(), error), last;
+  for (std::filesystem::directory_iterator entry(place->Directory(), error), last;
        !error && entry != last; entry.increment(error)) {
     const auto spot = InkedSpot(entry->path());
     if (!spot) return spot.Error();

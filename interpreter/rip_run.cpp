@@ -61,7 +61,7 @@ bool RipRun::Start() {
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());
   m_Interpreter.emplace(std::move(*started));
-  m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Id());
+  m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Number());
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
   m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Result);
   const JobLayout& layout = m_Request.job.layout;

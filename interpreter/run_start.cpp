@@ -63,10 +63,9 @@ std::string SetupText(const std::string& word, bool pdf) {
          "end false setglobal\n";
 }
 
-std::vector<std::string> Arguments(const RunStart& start, const Settings& settings) {
+std::vector<std::string> Arguments(const RunStart& start) {
   std::vector<std::string> arguments{"-dJOBSERVER",
                                      "-sstdout=%stderr",
-                                     "-K" + std::to_string(settings.memoryMebibytes * 1024),
                                      std::string("-sDEVICE=") + start.script.device,
                                      "-sOutputFile=" + At(Pixels),
                                      "--permit-file-read=" + At(Modes) + "/*",
@@ -105,6 +104,18 @@ Expected<os::FileDescriptor> OpenDirectory(const std::string& path) {
   os::FileDescriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory.IsOpen()) return Failure{"open", path, errno};
   return directory;
+}
+
+// It opens the files and directories again by their descriptors' names, and pipes as well, but the
+// walls let pipes through.
+std::vector<WallPath> FilesOf(const std::vector<int>& descriptors) {
+  std::vector<WallPath> files;
+  for (const Place place : {Prefix, Job, Prolog, Modes, Temporary, Planes}) {
+    const bool writes = place == Temporary || place == Planes;
+    if (descriptors[place] < 0) continue;
+    files.push_back({{}, writes ? WallAccess::Write : WallAccess::Read, descriptors[place]});
+  }
+  return files;
 }
 
 // A pipe that stays blocking would be waited for without end.
@@ -167,11 +178,11 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   }
   GhostscriptRequest request;
   request.program = start.program;
-  request.arguments = Arguments(start, settings);
+  request.arguments = Arguments(start);
   request.temporary = At(Temporary);
   request.directory = directory.Temporary();
-  request.fileSizeLimit = settings.totalMebibytes << 20;
-  request.processorLimit = settings.processorSeconds;
+  request.limits = {settings.processorSeconds, settings.memoryMebibytes * 1024,
+                    settings.totalMebibytes << 20};
   request.descriptors.assign(Place::Count, -1);
   request.descriptors[1] = pipes->reports.writing.Get();
   request.descriptors[2] = pipes->reports.writing.Get();
@@ -182,7 +193,8 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   for (std::size_t i = 0; i < directories.size(); ++i) {
     request.descriptors[Prolog + i] = directories[i].Get();
   }
-  auto started = StartGhostscript(request, &guardian);
+  request.files = FilesOf(request.descriptors);
+  auto started = StartGhostscript(request, guardian);
   if (!started) return started.Error();
   RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),
                                  std::move(pipes->reports.reading), os::FileDescriptor()};

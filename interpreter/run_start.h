@@ -42,7 +42,7 @@ struct RunStart {
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.
 struct RunningInterpreter {
-  GhostscriptProcess process;
+  GuardedProcess process;
   os::FileDescriptor pixels;   ///< read: the pages of the gray and RGB devices
   os::FileDescriptor reports;  ///< read: everything that it prints
   os::FileDescriptor job;      ///< write: the job's PostScript; closed for PDF

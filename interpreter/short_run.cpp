@@ -5,19 +5,27 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
+#include <string_view>
 #include <utility>
 
+#include "interpreter/disk_use.h"
 #include "interpreter/ghostscript.h"
+#include "interpreter/settings.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
 namespace {
 
+// A disk takes a gigabyte in a second, so a job can go that share of it beyond the limit.
+constexpr std::chrono::milliseconds LookInterval{100};
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
+constexpr std::size_t MaximumLine = 500;  // bytes of a line that a person reads
 
 struct Pipe {
   os::FileDescriptor reading;
@@ -41,12 +49,16 @@ bool Take(const os::FileDescriptor& source, std::string& text) {
 
 // An interpreter on its way, with this process's ends of its pipes.
 struct Running {
-  GhostscriptProcess process;
+  GuardedProcess process;
   os::FileDescriptor output;
   os::FileDescriptor messages;
 };
 
-Expected<Running> Start(const ShortRun& run) {
+std::uint64_t SecondsOf(std::chrono::milliseconds time) {
+  return static_cast<std::uint64_t>(std::chrono::ceil<std::chrono::seconds>(time).count()) + 1;
+}
+
+Expected<Running> Start(const ShortRun& run, TaskPlace& place) {
   Pipe output;
   if (run.outputLimit > 0) {
     auto made = MakePipe();
@@ -58,29 +70,84 @@ Expected<Running> Start(const ShortRun& run) {
   GhostscriptRequest request;
   request.program = run.program;
   request.arguments = run.arguments;
-  request.temporary = run.temporary;
-  request.directory = run.directory;
+  request.temporary = place.Directory();
+  request.directory = place.Directory();
   request.descriptors = {run.input, output.writing.Get(), messages->writing.Get()};
-  auto process = StartGhostscript(request, nullptr);
+  request.limits = {SecondsOf(run.time), run.memoryKibibytes, run.workBytes};
+  request.files = run.files;
+  request.files.push_back({place.Directory(), WallAccess::Write});
+  if (run.input >= 0) request.files.push_back({{}, WallAccess::Read, run.input});
+  auto process = StartGhostscript(request, place.Guard());
   if (!process) return process.Error();
   return Running{std::move(*process), std::move(output.reading), std::move(messages->reading)};
 }
 
-// Reads both pipes to their ends and waits for the process.
-Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) {
-  const auto deadline = os::Deadline::After(run.time);
-  bool ended = false;
-  while (!ended || running.output.IsOpen() || running.messages.IsOpen()) {
-    if (deadline.HasPassed()) {
-      return FailureOf("the interpreter took more than " + std::to_string(run.time.count()) +
+// The user's limits of runs hold for tasks, where they are lower. Complaints about them are left to
+// those runs.
+ShortRun WithinSettings(ShortRun run) {
+  std::vector<std::string> complaints;
+  const Settings settings = Settings::FromEnvironment(complaints);
+  if (settings.timeSeconds < SecondsOf(run.time)) {
+    run.time = std::min(run.time, std::chrono::milliseconds(settings.timeSeconds * 1000));
+  }
+  run.memoryKibibytes = std::min(run.memoryKibibytes, settings.memoryMebibytes * 1024);
+  run.workBytes = std::min(run.workBytes, settings.workMebibytes << 20);
+  return run;
+}
+
+Failure TooManyFiles(const ShortRun& run) {
+  return FailureOf("the interpreter's files take more than " + std::to_string(run.workBytes >> 20) +
+                   " MiB, or are more than " + std::to_string(run.workFiles));
+}
+
+// The limits of one run that the kernel does not hold.
+class Limits {
+ public:
+  Limits(const ShortRun& run, const std::string& directory, pid_t interpreter)
+      : m_Run(run),
+        m_Directory(directory),
+        m_Interpreter(interpreter),
+        m_Deadline(os::Deadline::After(run.time)) {}
+
+  // Milliseconds until the next look, for poll().
+  [[nodiscard]] int Wait() const {
+    return std::min(m_Deadline.PollTimeout(), m_NextLook.PollTimeout());
+  }
+
+  // Looks at the clock, and now and then at the files.
+  [[nodiscard]] Expected<void> Check() {
+    if (m_Deadline.HasPassed()) {
+      return FailureOf("the interpreter took more than " + std::to_string(m_Run.time.count()) +
                        " milliseconds");
     }
+    if (!m_NextLook.HasPassed()) return {};
+    m_NextLook = os::Deadline::After(LookInterval);
+    const DiskUse named = UseOf(m_Directory);
+    const DiskUse anonymous = UseOfAnonymous(m_Interpreter);
+    if (named.bytes + anonymous.bytes > m_Run.workBytes || named.files > m_Run.workFiles) {
+      return TooManyFiles(m_Run);
+    }
+    return {};
+  }
+
+ private:
+  const ShortRun& m_Run;
+  const std::string& m_Directory;
+  pid_t m_Interpreter;
+  os::Deadline m_Deadline;
+  os::Deadline m_NextLook = os::Deadline::After(LookInterval);
+};
+
+// Reads both pipes to their ends and waits for the process.
+Expected<void> Read(Running& running, const ShortRun& run, Limits& limits, ShortRunEnd& result) {
+  bool ended = false;
+  while (!ended || running.output.IsOpen() || running.messages.IsOpen()) {
+    if (const auto checked = limits.Check(); !checked) return checked;
     // A descriptor of -1 is passed over.
     std::array<pollfd, 3> waited{pollfd{running.output.Get(), POLLIN, 0},
                                  pollfd{running.messages.Get(), POLLIN, 0},
                                  pollfd{ended ? -1 : running.process.Descriptor(), POLLIN, 0}};
-    if (os::Calls().poll(waited.data(), waited.size(), deadline.PollTimeout()) < 0 &&
-        errno != EINTR) {
+    if (os::Calls().poll(waited.data(), waited.size(), limits.Wait()) < 0 && errno != EINTR) {
       return Failure{"poll", {}, errno};
     }
     if (waited[0].revents != 0 && !Take(running.output, result.output)) running.output.Reset();
@@ -101,19 +168,61 @@ Expected<void> Read(Running& running, const ShortRun& run, ShortRunEnd& result) 
 
 }  // namespace
 
+Expected<TaskPlace> TaskPlace::Make(const char* prefix) {
+  auto guardian = Guardian::Start(HeldStreams::None);
+  if (!guardian) return guardian.Error();
+  auto directory = os::PrivateDirectory::Make(
+      prefix, [&](const std::string& path) { return guardian->Guard(path); });
+  if (!directory) return directory.Error();
+  return TaskPlace(std::move(*guardian), std::move(*directory));
+}
+
 Failure NotStarted(const Failure& failure) {
   return FailureOf("the interpreter can't be started: " + Describe(failure));
 }
 
-Expected<ShortRunEnd> RunToEnd(const ShortRun& run) {
-  auto running = Start(run);
+std::string PlainLine(std::string_view bytes) {
+  std::wstring text = os::WideFromUtf8(bytes.substr(0, MaximumLine));
+  for (wchar_t& c : text) {
+    const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
+    const bool turns = (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+    if (control || turns) c = L'?';
+  }
+  return os::Utf8FromWide(text);
+}
+
+std::string ErrorLineOf(const std::string& text) {
+  std::string_view rest = text;
+  std::string_view last;
+  while (!rest.empty()) {
+    const std::size_t end = rest.find_first_of("\r\n");
+    const std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    if (line.find("Error:") != std::string_view::npos) return PlainLine(line);
+    if (!line.empty()) last = line;
+  }
+  return PlainLine(last);
+}
+
+std::string ReasonOfEnd(const ShortRunEnd& run) {
+  if (run.end.byItself && run.end.status == 0) return {};
+  const std::string line = ErrorLineOf(run.messages);
+  if (!line.empty()) return line;
+  return "it ended with " + std::string(run.end.byItself ? "status " : "signal ") +
+         std::to_string(run.end.status);
+}
+
+Expected<ShortRunEnd> RunToEnd(const ShortRun& requested, TaskPlace& place) {
+  const ShortRun run = WithinSettings(requested);
+  auto running = Start(run, place);
   if (!running) return NotStarted(running.Error());
   ShortRunEnd result;
-  const auto read = Read(*running, run, result);
-  if (!read) return read.Error();
+  Limits limits(run, place.Directory(), running->process.Number());
+  if (const auto read = Read(*running, run, limits, result); !read) return read.Error();
   const auto end = running->process.Wait();
   if (!end) return end.Error();
   result.end = *end;
+  if (!end->byItself && end->status == SIGXFSZ) return TooManyFiles(run);
   return result;
 }
 

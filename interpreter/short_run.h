@@ -2,23 +2,51 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "interpreter/guarded_process.h"
+#include "interpreter/guardian.h"
+#include "interpreter/wall.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/private_directory.h"
 
 namespace rastrel::interpreter {
 
-/// An interpreter that does one task and ends.
+/// The place of one task: a private directory, and the guardian that removes it if this process
+/// ends first.
+class TaskPlace {
+ public:
+  /// Any thread may; the place is used and ended on that thread. The directory's name begins with
+  /// `prefix`.
+  [[nodiscard]] static Expected<TaskPlace> Make(const char* prefix);
+
+  /// Native path of the directory.
+  [[nodiscard]] const std::string& Directory() const { return m_Directory.Path(); }
+  [[nodiscard]] Guardian& Guard() { return m_Guardian; }
+
+ private:
+  TaskPlace(Guardian guardian, os::PrivateDirectory directory)
+      : m_Guardian(std::move(guardian)), m_Directory(std::move(directory)) {}
+
+  Guardian m_Guardian;  // outlives the directory
+  os::PrivateDirectory m_Directory;
+};
+
+/// An interpreter that does one task and ends. It works in the place's directory.
 struct ShortRun {
   std::string program;                 ///< as FindGhostscript found it
   std::vector<std::string> arguments;  ///< as GhostscriptRequest has them
-  std::string temporary;               ///< native directory for its temporary files
-  std::string directory{};             ///< its working directory; empty: this process's own
   int input = -1;                      ///< its standard input; -1: none
+  std::vector<WallPath> files{};       ///< besides the place and `input`
   std::chrono::milliseconds time{0};   ///< it is killed after that
   std::size_t outputLimit = 0;         ///< bytes of standard output to take; 0: it has none
+  std::uint64_t memoryKibibytes = 0;   ///< as GhostscriptLimits has it
+  std::uint64_t workBytes = 0;         ///< of all its files at a time, deleted ones too
+  std::uint64_t workFiles = 0;         ///< number of these
 };
 
 /// How it ended.
@@ -31,8 +59,21 @@ struct ShortRunEnd {
 /// "the interpreter can't be started", and why.
 [[nodiscard]] Failure NotStarted(const Failure& failure);
 
-/// Runs it to its end. The failure is a text for the user: it can't be started, took too long or
-/// made too much, and was killed then. Takes as much memory as the output and a few KiB.
-[[nodiscard]] Expected<ShortRunEnd> RunToEnd(const ShortRun& run);
+/// Foreign bytes as text for a person: UTF-8 of at most 500 bytes before, in which each control
+/// character, and each that turns the direction of writing, is a question mark.
+[[nodiscard]] std::string PlainLine(std::string_view bytes);
+
+/// The first of the messages' lines that names an error, or else the last, as a PlainLine; perhaps
+/// empty. It may come from the job.
+[[nodiscard]] std::string ErrorLineOf(const std::string& messages);
+
+/// Why it did not end well, in one line that may come from the job; empty if it did.
+[[nodiscard]] std::string ReasonOfEnd(const ShortRunEnd& run);
+
+/// Runs it to its end. The failure is a text for the user: it can't be started, took too long, or
+/// made too much, and was killed then. The user's limits of runs (settings.h) on time, memory and
+/// temporary files hold as well, where they are lower. Takes as much memory as the output and a few
+/// KiB.
+[[nodiscard]] Expected<ShortRunEnd> RunToEnd(const ShortRun& run, TaskPlace& place);
 
 }  // namespace rastrel::interpreter

@@ -75,7 +75,7 @@ std::optional<std::string> ReadInput() {
 ExitStatus Run(const std::vector<std::string_view>& arguments) {
   const auto options = ReadArguments(arguments);
   if (!options) return ExitStatus::WrongUse;
-  auto guardian = interpreter::Guardian::Start(false);
+  auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
   if (!guardian) {
     ReportError(Describe(guardian.Error()));
     return ExitStatus::Internal;

@@ -88,7 +88,7 @@ ExitStatus StatusOf(const Failure& failure, bool install) {
 }
 
 ExitStatus Work(const CommandLine& line, const char* program, Reporter& reporter) {
-  auto guardian = Guardian::Start(true);
+  auto guardian = Guardian::Start(interpreter::HeldStreams::OutputAndError);
   // The failure is reported while the guardian still holds the files to be removed.
   const auto done =
       guardian ? Rip(line, program, reporter, *guardian) : Expected<void>(guardian.Error());

@@ -32,7 +32,8 @@ Expected<void> MeasureFile(const JobSource& source, const QueueContext& context)
 }
 
 Expected<void> Work(const CommandLine& line, const char* program, Reporter& reporter) {
-  auto guardian = interpreter::Guardian::Start(!line.measure);
+  auto guardian = interpreter::Guardian::Start(
+      line.measure ? interpreter::HeldStreams::Error : interpreter::HeldStreams::OutputAndError);
   if (!guardian) return guardian.Error();
   std::vector<std::string> complaints;
   const QueueContext context{children::ProgramDirectory(program) + "/rip",

@@ -13,6 +13,7 @@ import exported_symbols
 import failure_form
 import file_sizes
 import folder_guides
+import foreign_work
 import headers_compile_alone
 import host_guide
 import house
@@ -231,6 +232,47 @@ class SystemHeaders(Tree):
         self.write("rastrel/imports/b.cpp", "#include <png.h>\n")
         self.assertEqual(system_headers.check(self.root, {("rastrel/imports/a.cpp", "png.h")}),
                          ["rastrel/imports/b.cpp:1: <png.h> outside rastrel/platform"])
+
+
+class ForeignWork(Tree):
+    NAMED = {"start": {"rastrel/start.cpp"}, "draw": {"host/draw.cpp"}}
+
+    def setUp(self):
+        super().setUp()
+        self.write("rastrel/start.cpp", "pid_t p = os::Calls().fork();\n")
+        self.write("host/draw.cpp", "#include <png.h>\n")
+
+    def test_the_files_of_the_table_may(self):
+        self.assertEqual(foreign_work.check(self.root, self.NAMED), [])
+
+    def test_each_way_to_start_a_program_is_a_fault_elsewhere(self):
+        for call in ("fork()", "::vfork()", "_Fork()", "::posix_spawn(&p, a, b, c, d, e)",
+                     "execve(a, b, c)", "::execlp(a, b)", "std::system(a)", "system (a)", "popen(a, b)",
+                     "os::Spawn(request)", "GuardedProcess::Start(r, g)",
+                     "clone(a, b, c, d)", "Calls().clone(a, b, c, d)",
+                     "x.spawn = ::posix_spawnp"):
+            self.write("cli/a.cpp", f"\nauto r = {call};\n")
+            faults = foreign_work.check(self.root, self.NAMED)
+            self.assertEqual(len(faults), 1, call)
+            self.assertTrue(faults[0].startswith("cli/a.cpp:2: starts a program"), faults)
+
+    def test_comments_quoted_texts_and_other_names_are_passed_over(self):
+        self.write("cli/a.cpp", '// fork() and system()\n/* execve()\n */ f("popen(x)", "a \\" fork()");\n'
+                                "file_system(a); b.clone(); c->system(); forked(d); OpenSystem(e);\n")
+        self.assertEqual(foreign_work.check(self.root, self.NAMED), [])
+
+    def test_a_library_for_foreign_pictures_is_a_fault_elsewhere(self):
+        for header in ("poppler.h", "poppler/cpp/poppler-document.h", "librsvg/rsvg.h", "png.h", "tiffio.h",
+                       "jpeglib.h", "gdk-pixbuf/gdk-pixbuf.h"):
+            self.write("cli/a.cpp", f"#include <string>\n#  include <{header}>\n")
+            faults = foreign_work.check(self.root, self.NAMED)
+            self.assertEqual(len(faults), 1, header)
+            self.assertIn("reads foreign pictures", faults[0])
+
+    def test_a_line_that_names_a_file_for_nothing_is_a_fault(self):
+        named = {"start": self.NAMED["start"] | {"cli/gone.cpp"}, "draw": self.NAMED["draw"]}
+        self.assertEqual(foreign_work.check(self.root, named),
+                         ["cli/gone.cpp: the table names it for nothing (start)"])
 
 
 class HeadersCompileAlone(Tree):

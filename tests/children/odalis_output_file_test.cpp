@@ -23,7 +23,7 @@ using Names = std::vector<std::string>;
 class OutputFiles : public ::testing::TestWithParam<bool> {
  protected:
   OutputFiles() {
-    auto started = interpreter::Guardian::Start(false);
+    auto started = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
     if (started) m_Guardian.emplace(std::move(*started));
   }
 
@@ -143,7 +143,7 @@ TEST_P(OutputFiles, access_follows_the_umask) {
 TEST_P(OutputFiles, a_killed_process_leaves_none) {
   const pid_t child = fork();
   if (child == 0) {
-    auto guardian = interpreter::Guardian::Start(false);
+    auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
     if (!guardian) _exit(1);
     auto file = OutputFile::Create(Path("").substr(0, Path("").size() - 1), *guardian, GetParam());
     if (!file || !os::WriteAll(file->Descriptor(), "half")) _exit(2);

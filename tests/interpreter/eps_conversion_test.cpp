@@ -1,14 +1,18 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
+#include "tests/support/present_directory.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::interpreter {
@@ -44,6 +48,14 @@ TEST(EpsConversion, a_file_has_a_minute_by_default) { EXPECT_EQ(EpsLimits().time
 
 TEST(EpsConversion, an_error_in_the_file_is_reported_by_the_interpreters_message) {
   EXPECT_TRUE(Says(Refusal(EpsFile("nonsense\n")), "Error: /undefined in nonsense"));
+}
+
+// A terminal would obey them.
+TEST(EpsConversion, control_characters_of_the_file_do_not_reach_a_person) {
+  const std::string refusal = Refusal(EpsFile(
+      "(%stderr) (w) file dup (Error: \\033]0;title\\007 \\200\\302\\233 \\342\\200\\256 x\\n) "
+      "writestring flushfile nonsense\n"));
+  EXPECT_EQ(refusal, "the interpreter ended with 1: Error: ?]0;title? \xEF\xBF\xBD? ? x");
 }
 
 TEST(EpsConversion, a_file_that_does_not_end_is_ended) {
@@ -84,6 +96,35 @@ TEST(EpsConversion, a_file_that_talks_without_end_does_not_fill_memory) {
   limits.time = 1s;
   EXPECT_EQ(Refusal(EpsFile("{(words words words) ==} loop\n"), limits),
             "the interpreter took more than 1000 milliseconds");
+}
+
+// Files of about 26 MB each, without end.
+constexpr const char* EndlessFiles =
+    "/s 65000 string def { null (w+) .tempfile exch pop /f exch def "
+    "400 { f s writestring } repeat } loop\n";
+
+TEST(EpsConversion, a_file_that_fills_the_disk_is_ended) {
+  const test::ScratchDirectory directory;
+  const test::EnvironmentGuard temporary("TMPDIR", directory.Path());
+  EpsLimits limits;
+  limits.workBytes = std::size_t{100} << 20;
+  EXPECT_EQ(Refusal(EpsFile(EndlessFiles), limits),
+            "the interpreter's files take more than 100 MiB, or are more than 1000");
+  EXPECT_TRUE(std::filesystem::is_empty(directory.Path()));
+}
+
+TEST(EpsConversion, a_file_that_makes_one_without_end_is_ended) {
+  EpsLimits limits;
+  limits.workBytes = std::size_t{10} << 20;
+  EXPECT_EQ(Refusal(EpsFile("/s 65000 string def null (w+) .tempfile exch pop /f exch def "
+                            "{ f s writestring } loop\n"),
+                    limits),
+            "the interpreter's files take more than 10 MiB, or are more than 1000");
+}
+
+TEST(EpsConversion, the_users_limits_of_runs_hold_where_they_are_lower) {
+  const test::EnvironmentGuard time("RASTREL_RIP_TIMEOUT", "1");
+  EXPECT_EQ(Refusal(EpsFile("{} loop\n")), "the interpreter took more than 1000 milliseconds");
 }
 
 TEST(EpsConversion, no_file_of_the_interpreters_is_left) {
@@ -135,6 +176,31 @@ TEST(EpsConversion, the_users_options_for_the_interpreter_stay_outside) {
       << refusal;
 }
 
+TEST(EpsConversion, a_program_in_the_present_directory_is_not_run) {
+  const test::ScratchDirectory directory;
+  directory.Write("gs", "#!/bin/sh\necho 'Error: taken' >&2\nexit 3\n");
+  std::filesystem::permissions(directory.Path("gs"), std::filesystem::perms::owner_all);
+  const test::PresentDirectory present(directory.Path());
+  for (const char* const search : {".:/usr/bin:/bin", ":/usr/bin:/bin", "./:/usr/bin:/bin"}) {
+    const test::EnvironmentGuard path("PATH", search);
+    EXPECT_EQ(Refusal(EpsFile()), "") << search;
+  }
+}
+
+TEST(EpsConversion, several_threads_convert_at_a_time) {
+  std::vector<std::thread> threads;
+  std::atomic<int> converted = 0;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 3; ++round) {
+        if (PdfFromEps(EpsFile())) ++converted;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(converted, 12);
+}
+
 TEST(EpsConversion, a_machine_that_can_not_start_it_is_reported) {
   {
     const os::SystemCallsGuard guard;
@@ -158,9 +224,13 @@ TEST(EpsConversion, a_machine_that_can_not_start_it_is_reported) {
   }
   {
     const os::SystemCallsGuard guard;
-    os::Calls().spawn = [](pid_t*, const char*, const posix_spawn_file_actions_t*,
-                           const posix_spawnattr_t*, char* const*, char* const*) { return EAGAIN; };
-    EXPECT_TRUE(Says(Refusal(EpsFile()), "Resource temporarily unavailable"));
+    os::Calls().fork = [] {
+      errno = EAGAIN;
+      return pid_t{-1};
+    };
+    EXPECT_EQ(Refusal(EpsFile()),
+              "the interpreter can't be started: fork 'guardian': Resource temporarily unavailable "
+              "(11)");
   }
   {
     const os::SystemCallsGuard guard;

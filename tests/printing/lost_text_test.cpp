@@ -36,9 +36,9 @@ TEST_F(LostText, of_a_rip_that_floods_its_output_ends_the_rip_and_fails_the_job)
     ASSERT_TRUE(m_Ticket.EndPrint());
   }
   EXPECT_TRUE(HasLogged("[Print] Low on resources"));
-  EXPECT_EQ(m_Ticket.m_Told.Stages(), "7,1,2,8");
-  EXPECT_EQ(Errors(), Lines{"10 system"});
-  EXPECT_EQ(End(), "3 10");
+  EXPECT_EQ(m_Ticket.m_Told.Stages(), "started, ripping, ripped, completed");
+  EXPECT_EQ(Errors(), Lines{"system: low resources"});
+  EXPECT_EQ(End(), "holding: low resources");
   EXPECT_FALSE(HasChildren());
 }
 
@@ -53,8 +53,8 @@ TEST_F(LostText, of_an_engine_that_floods_its_messages_ends_the_engine_and_fails
     ASSERT_TRUE(m_Ticket.EndPrint());
   }
   EXPECT_TRUE(HasLogged("[Print] Low on resources"));
-  EXPECT_EQ(Errors(), Lines{"10 system"});
-  EXPECT_EQ(End(), "3 10");
+  EXPECT_EQ(Errors(), Lines{"system: low resources"});
+  EXPECT_EQ(End(), "holding: low resources");
   EXPECT_FALSE(HasChildren());
 }
 

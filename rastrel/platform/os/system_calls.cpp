@@ -27,6 +27,7 @@ SystemCalls& Calls() {
           },
       .memory_file = ::memfd_create,
       .spawn = ::posix_spawn,
+      .fork = ::fork,
       .clone = [](int (*body)(void*), void* stack, int flags,
                   void* argument) { return ::clone(body, stack, flags, argument); },
       .pidfd_open = ::pidfd_open,

@@ -21,6 +21,7 @@ struct SystemCalls {
   int (*spawn)(pid_t* id, const char* path, const posix_spawn_file_actions_t* actions,
                const posix_spawnattr_t* attributes, char* const arguments[],
                char* const environment[]);  ///< returns an error number
+  pid_t (*fork)();
   int (*clone)(int (*body)(void*), void* stack, int flags, void* argument);
   int (*pidfd_open)(pid_t id, unsigned flags);
   int (*pidfd_send_signal)(int process, int signal, siginfo_t* info, unsigned flags);

@@ -1,0 +1,73 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "interpreter/interpreter.h"
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The walls that the machine's own answers say there are.
+std::string WallsText() {
+  const auto walls = interpreter::WallsOfThisMachine();
+  std::string text = "guardian, limits";
+  if (walls.filesVersion > 0)
+    text += ", files (Landlock version " + std::to_string(walls.filesVersion) + ")";
+  if (walls.calls) text += ", system calls (seccomp)";
+  return text;
+}
+
+class Doctor : public testing::Test {
+ protected:
+  // Puts a shell script in the interpreter's place.
+  void WriteInterpreter(const std::string& script) {
+    m_Command.Place().Write("bin/gs", "#!/bin/sh\n" + script);
+    fs::permissions(m_Command.Place().Path("bin/gs"), fs::perms::owner_all);
+    m_Command.Set("PATH", m_Command.Place().Path("bin") + ":/usr/bin:/bin");
+  }
+
+  test::CommandRunner m_Command{test::CommandRunner::Children::Real};
+};
+
+TEST_F(Doctor, says_which_walls_there_are) {
+  const std::string output = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(output.find("walls: " + WallsText()), std::string::npos) << output;
+}
+
+TEST_F(Doctor, says_which_walls_there_are_as_json) {
+  bool found = false;
+  for (const std::string& line : m_Command.Run({"doctor", "--json"}).Lines()) {
+    const auto check = nlohmann::json::parse(line);
+    if (check["name"] != "walls") continue;
+    found = true;
+    EXPECT_TRUE(check["text"].get<std::string>().starts_with(WallsText())) << line;
+    const auto walls = interpreter::WallsOfThisMachine();
+    EXPECT_EQ(check["state"], walls.filesVersion > 0 && walls.calls ? "good" : "warning");
+  }
+  EXPECT_TRUE(found);
+}
+
+TEST_F(Doctor, starts_the_interpreter_as_every_run_does) {
+  WriteInterpreter(
+      "[ \"$GS_OPTIONS$GS_LIB\" = '' ] && [ \"$4\" = -dSAFER ] || exit 4\necho 1.2.3\n");
+  m_Command.Set("GS_OPTIONS", "-dNOSAFER");
+  m_Command.Set("GS_LIB", "/somewhere");
+  const std::string output = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(output.find("ghostscript: version 1.2.3 ("), std::string::npos) << output;
+}
+
+TEST_F(Doctor, finds_an_interpreter_that_does_not_run) {
+  WriteInterpreter("echo 'Error: no \033[31mresources' >&2\nexit 3\n");
+  const auto result = m_Command.Run({"doctor"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_NE(result.output.find("gs does not run: Error: no ?[31mresources"), std::string::npos)
+      << result.output;
+}
+
+}  // namespace
+}  // namespace rastrel::cli
