@@ -41,7 +41,9 @@ class TiffWriter final : public ImageWriter {
     if (m_Inverted) {
       for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
     }
-    if (TIFFWriteScanline(m_Tiff.Get(), m_Row.data(), m_Line++, 0) != 1) return Refuse();
+    if (TIFFWriteScanline(m_Tiff.Get(), m_Row.data(), m_Line++, 0) != 1 || m_Tiff.HasFailed()) {
+      return Refuse();
+    }
     return {};
   }
 

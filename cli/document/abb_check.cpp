@@ -1,12 +1,16 @@
 #include "cli/document/abb_check.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <initializer_list>
+#include <map>
 #include <string_view>
 
 #include "host/document/document.h"
+#include "host/document/measure_text.h"
 #include "host/text/font_catalog.h"
+#include "host/text/text_check.h"
 #include "host/text/text_layout.h"
 #include "rastrel/imports/font_type.h"
 #include "rastrel/platform/host/application.h"
@@ -16,6 +20,13 @@
 
 namespace rastrel::cli {
 namespace {
+
+// Inches by which a hole may reach beyond its plate, since places are rounded to thousandths.
+constexpr double EdgeTolerance = 0.001;
+// Inches of a hole that names none.
+constexpr double DefaultDiameter = 0.16;
+// Steps of 255 in each of red, green and blue within which two colors look the same.
+constexpr double SameColorTolerance = 8;
 
 using Names = std::initializer_list<std::wstring_view>;
 
@@ -112,6 +123,39 @@ class Checker {
       Number(drill, L"XLOC", true);
       Number(drill, L"YLOC", true);
       Number(drill, L"DIAMETER", false);
+      Hole(node, drill);
+    }
+  }
+
+  // A number as the import reads it: of several the last.
+  static double Value(const XmlNode& node, std::wstring_view name) {
+    double value = 0;
+    for (const XmlNode& child : ChildrenNamed(node, name)) NodeDouble(child, value);
+    return value;
+  }
+
+  // A hole that is not wholly in its plate.
+  void Hole(const XmlNode& plate, const XmlNode& drill) {
+    const double width = Value(plate, L"WIDTH");
+    const double height = Value(plate, L"HEIGHT");
+    if (!(width > 0 && height > 0)) return;  // the plate itself is left out
+    const double x = Value(drill, L"XLOC");
+    const double y = Value(drill, L"YLOC");
+    const double given = Value(drill, L"DIAMETER");
+    const double radius = std::abs(given == 0 ? DefaultDiameter : given) / 2;
+    const auto reaches = [&](double by) {
+      // Written so that a measure that is no number counts as beside.
+      return !(x - by >= -EdgeTolerance && y - by >= -EdgeTolerance &&
+               x + by <= width + EdgeTolerance && y + by <= height + EdgeTolerance);
+    };
+    const std::string at =
+        "the hole at " + document::MeasureText(x) + ", " + document::MeasureText(y) + " in is ";
+    const std::string of = "its plate of " + document::MeasureText(width) + " by " +
+                           document::MeasureText(height) + " in";
+    if (reaches(0)) {
+      AddFinding(drill, at + "beside " + of);
+    } else if (reaches(radius)) {
+      AddFinding(drill, at + "cut by the edge of " + of);
     }
   }
 
@@ -178,6 +222,39 @@ bool HasText(const XmlNode& plate) {
   });
 }
 
+// The colors of plates by their sheet layer, which only the plate and the text on it are on.
+using PlateColors = std::map<int, CVKColor>;
+
+// Whether the two are so near that nobody sees a difference.
+bool LookTheSame(const CVKColor& left, const CVKColor& right) {
+  std::array<double, 3> one{};
+  std::array<double, 3> other{};
+  left.GetColorChannels(&one[0], &one[1], &one[2], nullptr);
+  right.GetColorChannels(&other[0], &other[1], &other[2], nullptr);
+  return std::ranges::equal(
+      one, other, [](double a, double b) { return std::abs(a - b) <= SameColorTolerance; });
+}
+
+// Adds the findings about one text.
+template <typename Add>
+void CheckText(const document::Object& object, const PlateColors& colors,
+               const text::FontCatalog& fonts, Add add) {
+  const auto& shape = std::get<document::TextShape>(object.shape);
+  const text::TextLayout layout(shape, fonts);
+  if (const auto unseen = text::InvisibleTextNotice(shape, layout, 1)) {
+    add(os::Utf8FromWide(*unseen));
+  } else if (layout.IsSqueezed()) {
+    add("the text does not fit between its margins as it is, and is squeezed");
+  }
+  if (const auto missing = text::MissingLettersNotice(shape, layout)) {
+    add(os::Utf8FromWide(*missing));
+  }
+  const auto plate = colors.find(object.attributes.sheetLayer);
+  if (plate != colors.end() && LookTheSame(plate->second, object.attributes.layer)) {
+    add("the text has the colour of its plate, and can't be seen");
+  }
+}
+
 // Lines of the plates that have text, in order.
 std::vector<int> TextPlates(const XmlNode& root) {
   std::vector<int> lines;
@@ -199,21 +276,26 @@ Findings CheckAbb(const std::wstring& path, document::DocumentHost& host) {
   return findings;
 }
 
-Findings CheckAbbFit(const std::wstring& path, const document::DocumentHost& host) {
+Findings CheckAbbText(const std::wstring& path, const document::DocumentHost& host) {
   Findings findings;
   const std::vector<int> plates = TextPlates(LoadXmlFile(path));
-  std::vector<const document::TextShape*> texts;
   const document::Document& document = host.GetDocument();
+  std::vector<const document::Object*> texts;
+  PlateColors colors;
   for (const host::ObjectHandle member : document.Members(host::DocumentRoot)) {
-    if (const auto* text = std::get_if<document::TextShape>(&document.Find(member)->shape))
-      texts.push_back(text);
+    const document::Object* object = document.Find(member);
+    const document::Attributes& attributes = object->attributes;
+    if (std::holds_alternative<document::TextShape>(object->shape)) texts.push_back(object);
+    if (std::holds_alternative<document::PlateShape>(object->shape)) {
+      colors.try_emplace(attributes.sheetLayer, attributes.layer);
+    }
   }
   // A plate that got no text, for instance because it was refused, leaves its place unknown.
   const bool placesAreKnown = plates.size() == texts.size();
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (text::TextLayout(*texts[i], host.GetFonts()).IsSqueezed())
-      findings.push_back({placesAreKnown ? plates[i] : 0,
-                          "the text does not fit between its margins as it is, and is squeezed"});
+    CheckText(*texts[i], colors, host.GetFonts(), [&](std::string text) {
+      findings.push_back({placesAreKnown ? plates[i] : 0, std::move(text)});
+    });
   }
   return findings;
 }

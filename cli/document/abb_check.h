@@ -13,8 +13,9 @@ namespace rastrel::cli {
 /// that the machine lacks. In the file's order. `path` is a library path of a file that loads.
 [[nodiscard]] Findings CheckAbb(const std::wstring& path, document::DocumentHost& host);
 
-/// Text that had to be squeezed into its frame, from the document that the file became, which held
-/// no text before.
-[[nodiscard]] Findings CheckAbbFit(const std::wstring& path, const document::DocumentHost& host);
+/// Text that does not look as asked: squeezed into its frame, not to be seen, with letters that no
+/// font has, or in the color of its plate. From the document that the file became, which held no
+/// text before.
+[[nodiscard]] Findings CheckAbbText(const std::wstring& path, const document::DocumentHost& host);
 
 }  // namespace rastrel::cli

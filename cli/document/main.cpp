@@ -1,11 +1,16 @@
 // The program `rastrel-document`: the commands of `rastrel` that open documents. `rastrel` starts
 // it in its own place.
 
+#include <cstdlib>
+#include <string>
+
+#include "cli/console/exit_status.h"
 #include "cli/console/help.h"
 #include "cli/console/run_program.h"
 #include "cli/console/standard_streams.h"
 #include "cli/document/import_command.h"
 #include "cli/document/view_command.h"
+#include "host/text/library_log.h"
 
 namespace {
 
@@ -21,6 +26,16 @@ ExitStatus Run(const Invocation& invocation) {
                      "this program is a part of `rastrel`; see `rastrel help import`");
 }
 
+// A library that finds no thread or no memory can't go on, and its caller neither. No file has its
+// name before it is whole, so nothing half is left.
+void EndWith(const std::string& message) {
+  WriteError("rastrel: " + message + "\n");
+  std::_Exit(static_cast<int>(ExitStatus::JobFailed));
+}
+
 }  // namespace
 
-int main(int count, char** arguments) { return RunProgram(count, arguments, Run); }
+int main(int count, char** arguments) {
+  rastrel::text::GuardLibraryLog(EndWith);
+  return RunProgram(count, arguments, Run);
+}

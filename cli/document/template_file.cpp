@@ -58,7 +58,7 @@ Expected<void> ImportTemplate(const std::string& path, bool strict, OpenedFile& 
   CXMLFileImport importer(readerPath.c_str());
   if (importer.ImportXMLFile() == 0) return RefusedAbb(path, readerPath);
   if (!strict) return {};
-  std::ranges::move(CheckAbbFit(readerPath, *file.host), std::back_inserter(file.findings));
+  std::ranges::move(CheckAbbText(readerPath, *file.host), std::back_inserter(file.findings));
   std::ranges::stable_sort(file.findings, {}, &Finding::line);
   return {};
 }

@@ -1,12 +1,20 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 namespace rastrel::document {
 
-/// Messages to the user of the host, in order, and each text once.
+/// A message that holds foreign text, for a person: characters that would do something to the
+/// terminal or to the rest of the message become spaces (control characters, line ends, changes of
+/// direction), those at its end go, and so do those beyond MaximumMessage.
+[[nodiscard]] std::wstring CleanMessage(std::wstring text);
+inline constexpr std::size_t MaximumMessage = 2000;
+
+/// Messages to the user of the host, in order, and each text once. Texts are cleaned
+/// (CleanMessage).
 class Notices {
  public:
   /// Something is there, but not as asked: a font that was replaced.

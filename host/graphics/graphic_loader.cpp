@@ -15,7 +15,7 @@ namespace {
 
 constexpr double CentimetresPerPoint = 2.54 / 72;
 
-Expected<document::GraphicShape> ShapeOf(const std::wstring& path) {
+Expected<document::GraphicShape> ShapeOf(const std::wstring& path, const DrawingLimits& limits) {
   auto read = os::ReadWholeFile(path, LargestGraphicFile);
   if (!read) return read.Error();
   const auto kind = KindOf(*read);
@@ -25,18 +25,18 @@ Expected<document::GraphicShape> ShapeOf(const std::wstring& path) {
   const os::PathParts parts = os::SplitPath(path);
   shape.name = parts.name + parts.extension;
   shape.bytes = std::make_shared<const std::string>(std::move(*read));
-  const auto picture = OpenPicture(shape.kind, shape.bytes);
-  if (!picture) return picture.Error();
-  shape.width = (*picture)->Width() * CentimetresPerPoint;
-  shape.height = (*picture)->Height() * CentimetresPerPoint;
+  const auto size = MeasurePicture(shape.kind, shape.bytes, limits);
+  if (!size) return size.Error();
+  shape.width = size->width * CentimetresPerPoint;
+  shape.height = size->height * CentimetresPerPoint;
   return shape;
 }
 
 }  // namespace
 
-int LoadGraphic(document::Document& document, document::Notices& notices,
-                const std::wstring& path) {
-  auto shape = ShapeOf(path);
+int LoadGraphic(document::Document& document, document::Notices& notices, const std::wstring& path,
+                const DrawingLimits& limits) {
+  auto shape = ShapeOf(path, limits);
   if (!shape) {
     notices.AddLoss(path + L" can't be placed: " + os::WideFromUtf8(Describe(shape.Error())));
     return 0;

@@ -1,19 +1,10 @@
 #include "host/graphics/picture.h"
 
-#include <cmath>
-#include <utility>
-
-#include "host/document/measure_text.h"
-#include "host/graphics/picture_formats.h"
-#include "interpreter/interpreter.h"
-
 namespace rastrel::graphics {
 
 using document::GraphicKind;
 
 namespace {
-
-constexpr double PointsPerCentimetre = 72 / 2.54;
 
 // How far into a file a PDF's and an SVG's beginning may lie.
 constexpr std::size_t HeadLength = 1024;
@@ -50,24 +41,6 @@ bool IsEps(std::string_view bytes) {
   return bytes.substr(0, bytes.find_first_of("\r\n")).find("EPSF-") != std::string_view::npos;
 }
 
-OpenedPicture OpenEps(const std::string& bytes) {
-  auto converted = interpreter::PdfFromEps(bytes);
-  if (!converted) return converted.Error();
-  return OpenPdf(std::make_shared<const std::string>(std::move(*converted)));
-}
-
-OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string>& bytes) {
-  switch (kind) {
-    case GraphicKind::Svg: return OpenSvg(*bytes);
-    case GraphicKind::Png: return OpenPng(*bytes);
-    case GraphicKind::Jpeg: return OpenJpeg(*bytes);
-    case GraphicKind::Tiff: return OpenTiff(*bytes);
-    case GraphicKind::Pdf: return OpenPdf(bytes);
-    case GraphicKind::Eps: return OpenEps(*bytes);
-  }
-  return FailureOf("it is of no kind that is known");
-}
-
 }  // namespace
 
 std::optional<GraphicKind> KindOf(std::string_view bytes) {
@@ -83,27 +56,6 @@ std::optional<GraphicKind> KindOf(std::string_view bytes) {
   }
   if (IsSvg(bytes)) return GraphicKind::Svg;
   return std::nullopt;
-}
-
-Expected<std::unique_ptr<Picture>> OpenPicture(GraphicKind kind,
-                                               std::shared_ptr<const std::string> bytes) {
-  if (bytes->size() > LargestGraphicFile) {
-    return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
-                     std::to_string(LargestGraphicFile) + " are the most");
-  }
-  auto picture = OpenKind(kind, bytes);
-  if (!picture) return picture.Error();
-  const double width = (*picture)->Width() / PointsPerCentimetre;
-  const double height = (*picture)->Height() / PointsPerCentimetre;
-  for (const double side : {width, height}) {
-    if (!(side > 0) || side > LargestGraphicSide) {
-      return FailureOf("its size of " + document::SizeText(width, height) +
-                       " can't be had: sides must be above 0 and at most " +
-                       document::MeasureText(LargestGraphicSide) + " cm");
-    }
-  }
-  (*picture)->m_Bytes = std::move(bytes);
-  return picture;
 }
 
 }  // namespace rastrel::graphics

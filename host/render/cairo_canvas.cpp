@@ -111,14 +111,15 @@ void CairoCanvas::DrawText(const text::TextLayout& layout, std::size_t run, cons
   cairo_restore(m_Context);
 }
 
-void CairoCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
+Expected<void> CairoCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
   const cairo_matrix_t matrix = MatrixOf(place);
   cairo_save(m_Context);
   cairo_transform(m_Context, &matrix);
   cairo_rectangle(m_Context, 0, 0, picture.Width(), picture.Height());
   cairo_clip(m_Context);
-  picture.Draw(m_Context);
+  Expected<void> drawn = picture.Draw(m_Context);
   cairo_restore(m_Context);
+  return drawn;
 }
 
 }  // namespace rastrel::render

@@ -26,7 +26,8 @@ class CairoCanvas : public Canvas {
   void DrawCircle(Point centre, double radius, const Pen& pen) override;
   void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                 const TM& place) override;
-  void DrawPicture(const graphics::Picture& picture, const TM& place) override;
+  [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
+                                           const TM& place) override;
 
  private:
   void Stroke(const Pen& pen);

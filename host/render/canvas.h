@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/values/tm.h"
 
 namespace rastrel::text {
@@ -93,8 +94,9 @@ class Canvas {
   virtual void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                         const TM& place) = 0;
   /// Draws a placed file. `place` maps its own coordinates, points in its true size from its upper
-  /// left corner, to the page's.
-  virtual void DrawPicture(const graphics::Picture& picture, const TM& place) = 0;
+  /// left corner, to the page's. Fails as Picture::Draw does.
+  [[nodiscard]] virtual Expected<void> DrawPicture(const graphics::Picture& picture,
+                                                   const TM& place) = 0;
 };
 
 }  // namespace rastrel::render

@@ -1,122 +1,17 @@
 #include "host/render/document_images.h"
 
-#include <cairo-pdf.h>
-
-#include <algorithm>
-#include <cmath>
+#include <functional>
 #include <utility>
 
-#include "host/document/measure_text.h"
-#include "host/render/cairo_canvas.h"
-#include "host/render/cairo_objects.h"
-#include "host/render/page_renderer.h"
-#include "host/render/picture_png.h"
-#include "host/render/svg_canvas.h"
+#include "host/render/drawing_request.h"
+#include "host/render/page_images.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
 namespace {
-
-constexpr double PointsPerInch = 72;
-constexpr double ThinnestLine = 0.25;  // points; still visible in print
-// Larger letters are drawn as paths: pictures of single letters take memory, and the font library
-// has a maximum size.
-constexpr double LargestPixelLetter = 1000;
-constexpr double LargestPdfLetter = 10'000;
-
-using Image = Expected<std::string>;
-
-Failure NotDrawn(cairo_status_t status) {
-  return FailureOf(std::string("the page can't be drawn: ") + cairo_status_to_string(status));
-}
-
-struct Pages {
-  int first;
-  int last;
-};
-
-// Whole pixels of a length, at least 1.
-double PixelsOf(double points, double dpi) {
-  return std::max(1.0, std::round(points * dpi / PointsPerInch));
-}
-
-// Whether a PNG of the page may have the resolution that is asked for.
-Expected<void> CheckPngSize(const PageRenderer& renderer, double dpi) {
-  if (!(dpi >= LowestDpi && dpi <= HighestDpi)) {
-    return FailureOf(document::MeasureText(dpi) + " dpi: a picture has " +
-                     document::MeasureText(LowestDpi) + " to " + document::MeasureText(HighestDpi));
-  }
-  const double width = PixelsOf(renderer.Width(), dpi);
-  const double height = PixelsOf(renderer.Height(), dpi);
-  if (width * height <= static_cast<double>(MaximumPixels) &&
-      std::max(width, height) <= MaximumPixelSide) {
-    return {};
-  }
-  return FailureOf("a picture of " + std::to_string(std::llround(width)) + " by " +
-                   std::to_string(std::llround(height)) +
-                   " pixels is too large: " + std::to_string(MaximumPixels) + " pixels, and " +
-                   std::to_string(MaximumPixelSide) + " a side, are the most; " +
-                   document::MeasureText(dpi) + " dpi are too many");
-}
-
-Image DrawSvg(PageRenderer& renderer, int page, const ImageOptions& options) {
-  SvgCanvas canvas(renderer.Width(), renderer.Height(), options.outlines);
-  renderer.Draw(page, canvas, options.blank);
-  return canvas.Finish();
-}
-
-Image DrawPng(PageRenderer& renderer, int page, const ImageOptions& options) {
-  if (const auto size = CheckPngSize(renderer, options.dpi); !size) return size.Error();
-  const double scale = options.dpi / PointsPerInch;
-  const CairoSurface surface(cairo_image_surface_create(
-      CAIRO_FORMAT_RGB24, static_cast<int>(PixelsOf(renderer.Width(), options.dpi)),
-      static_cast<int>(PixelsOf(renderer.Height(), options.dpi))));
-  const CairoContext context(cairo_create(surface.get()));
-  cairo_set_source_rgb(context.get(), 1, 1, 1);
-  cairo_paint(context.get());
-  cairo_scale(context.get(), scale, scale);
-  CairoCanvas canvas(context.get(), {scale, std::max(ThinnestLine, 1 / scale), LargestPixelLetter},
-                     options.outlines);
-  renderer.Draw(page, canvas, options.blank);
-  const cairo_status_t status = cairo_status(context.get());
-  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
-  std::string png = PngOfSurface(surface.get(), options.dpi);
-  if (png.empty()) return NotDrawn(CAIRO_STATUS_NO_MEMORY);
-  return png;
-}
-
-Image DrawPdf(PageRenderer& renderer, Pages pages, const ImageOptions& options) {
-  std::string bytes;
-  const CairoSurface surface = PdfSurface(bytes, renderer.Width(), renderer.Height());
-  // With a date the same document would not make the same bytes.
-  cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
-  {
-    const CairoContext context(cairo_create(surface.get()));
-    CairoCanvas canvas(context.get(), {1, ThinnestLine, LargestPdfLetter}, options.outlines);
-    for (int page = pages.first; page <= pages.last; ++page) {
-      renderer.Draw(page, canvas, options.blank);
-      cairo_show_page(context.get());
-    }
-    const cairo_status_t status = cairo_status(context.get());
-    if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
-  }
-  cairo_surface_finish(surface.get());
-  const cairo_status_t status = cairo_surface_status(surface.get());
-  if (status != CAIRO_STATUS_SUCCESS) return NotDrawn(status);
-  return bytes;
-}
-
-Expected<Pages> PagesOf(const PageRenderer& renderer, const ImageOptions& options) {
-  if (!renderer.Drawable()) return renderer.Drawable().Error();
-  if (!options.page) return Pages{1, renderer.PageCount()};
-  if (*options.page < 1 || *options.page > renderer.PageCount()) {
-    return FailureOf("there is no page " + std::to_string(*options.page) + ": the document has " +
-                     std::to_string(renderer.PageCount()));
-  }
-  return Pages{*options.page, *options.page};
-}
 
 std::wstring NumberedPath(const std::wstring& path, int number) {
   const os::PathParts parts = os::SplitPath(path);
@@ -124,22 +19,51 @@ std::wstring NumberedPath(const std::wstring& path, int number) {
          parts.extension;
 }
 
-// Draws the pictures one by one and passes each on; ends with the first failure of either.
-template <typename Take>
-Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const ImageOptions& options,
-                        Take take) {
-  PageRenderer renderer(source.document, source.fonts, source.notices);
-  const auto pages = PagesOf(renderer, options);
-  if (!pages) return pages.Error();
-  const bool single = format == ImageFormat::Pdf || pages->first == pages->last;
-  for (int page = pages->first; page <= (single ? pages->first : pages->last); ++page) {
-    Image image = format == ImageFormat::Pdf   ? DrawPdf(renderer, *pages, options)
-                  : format == ImageFormat::Svg ? DrawSvg(renderer, page, options)
-                                               : DrawPng(renderer, page, options);
-    if (!image) return image.Error();
-    if (Expected<void> taken = take(std::move(*image), single ? 0 : page); !taken) return taken;
+// No document without placed files gets here, so there is nothing to open.
+Expected<std::unique_ptr<graphics::Picture>> OpenNone(const document::GraphicShape& /*shape*/) {
+  return FailureOf("placed files are drawn by a program of their own");
+}
+
+// Takes the drawing program's records. An image's page number comes before it, and they go up, so
+// that there is no end of images from nobody.
+class RecordTaker {
+ public:
+  RecordTaker(document::Notices& notices, const TakeImage& take)
+      : m_Notices(notices), m_Take(take) {}
+
+  Expected<void> operator()(graphics::DrawingRecord kind, std::string body) {
+    switch (kind) {
+      case graphics::DrawingRecord::Notice: m_Notices.Add(os::WideFromUtf8(body)); return {};
+      case graphics::DrawingRecord::Loss: m_Notices.AddLoss(os::WideFromUtf8(body)); return {};
+      case graphics::DrawingRecord::Number: m_Next = NumberOf(body); return {};
+      case graphics::DrawingRecord::Image: break;
+      default: return {};
+    }
+    if (m_Next <= m_Last) {
+      return FailureOf("the page can't be drawn: its pages come in no order");
+    }
+    m_Last = m_Next;
+    return m_Take(std::move(body), m_Last);
   }
-  return {};
+
+ private:
+  document::Notices& m_Notices;
+  const TakeImage& m_Take;
+  int m_Next = -1;
+  int m_Last = -1;
+};
+
+// Draws the pictures, and passes each on: in this process where all content is the document's own,
+// else in the drawing program.
+Expected<void> DrawAway(const ImageSource& source, ImageFormat format, const ImageOptions& options,
+                        const TakeImage& take) {
+  if (!HasPlacedFiles(source.document)) {
+    return DrawImages(source, format, options, OpenNone, take);
+  }
+  const std::string request = DrawingRequestText(source.document, options);
+  RecordTaker taker(source.notices, take);
+  return graphics::RunDrawing(DrawingTask(format, options), request, "the page", options.limits,
+                              std::ref(taker));
 }
 
 }  // namespace
@@ -147,7 +71,7 @@ Expected<void> DrawEach(const ImageSource& source, ImageFormat format, const Ima
 Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, ImageFormat format,
                                                 const ImageOptions& options) {
   std::vector<std::string> images;
-  const auto drawn = DrawEach(source, format, options, [&](std::string image, int /*number*/) {
+  const auto drawn = DrawAway(source, format, options, [&](std::string image, int /*number*/) {
     images.push_back(std::move(image));
     return Expected<void>();
   });
@@ -159,7 +83,7 @@ Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source, ImageF
                                                const ImageOptions& options,
                                                const std::wstring& path) {
   std::vector<std::wstring> written;
-  const auto drawn = DrawEach(source, format, options, [&](const std::string& image, int number) {
+  const auto drawn = DrawAway(source, format, options, [&](const std::string& image, int number) {
     const std::wstring target = number == 0 ? path : NumberedPath(path, number);
     Expected<void> replaced = os::ReplaceFile(target, image);
     if (replaced) written.push_back(target);

@@ -7,6 +7,7 @@
 
 #include "host/document/document.h"
 #include "host/document/notices.h"
+#include "host/graphics/drawing_process.h"
 #include "host/text/font_catalog.h"
 #include "rastrel/platform/os/expected.h"
 
@@ -18,10 +19,11 @@ enum class ImageFormat { Svg, Pdf, Png };
 
 /// The content of a picture, and its form.
 struct ImageOptions {
-  std::optional<int> page;  ///< counted from 1; nothing for all of them
-  bool outlines = false;    ///< every letter as a path, rather than as text in a font
-  bool blank = true;        ///< the blank and its edge under the objects
-  double dpi = 150;         ///< of PNG, LowestDpi to HighestDpi
+  std::optional<int> page;         ///< counted from 1; nothing for all of them
+  bool outlines = false;           ///< every letter as a path, rather than as text in a font
+  bool blank = true;               ///< the blank and its edge under the objects
+  double dpi = 150;                ///< of PNG, LowestDpi to HighestDpi
+  graphics::DrawingLimits limits;  ///< of drawing a document that has placed files
 };
 
 inline constexpr double LowestDpi = 1;
@@ -30,8 +32,10 @@ inline constexpr double HighestDpi = 10'000;
 inline constexpr std::uint64_t MaximumPixels = 100'000'000;
 inline constexpr int MaximumPixelSide = 32'767;
 
-/// The source of the pictures. All must outlive the call; placed files that can't be drawn and
-/// missing fonts become notices.
+/// The source of the pictures. All must outlive the call; placed files that can't be opened and
+/// missing fonts become notices. A document with placed files is drawn by the drawing program
+/// (host/graphics/drawing_process.h); a file that passes its limits, or ends it, is a failure that
+/// names the file.
 struct ImageSource {
   const document::Document& document;
   const text::FontCatalog& fonts;

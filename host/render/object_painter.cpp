@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <variant>
 
 #include "host/render/picture_cache.h"
+#include "host/text/text_check.h"
 #include "host/text/text_layout.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
@@ -253,12 +256,22 @@ void ObjectPainter::TellReplacedFonts(const TextShape& text) {
   }
 }
 
+void ObjectPainter::TellMissingLetters(const TextShape& text, const text::TextLayout& layout) {
+  if (const auto missing = text::MissingLettersNotice(text, layout)) m_Notices.Add(*missing);
+  if (const auto unseen = text::InvisibleTextNotice(text, layout, m_Scale)) {
+    m_Notices.AddLoss(*unseen);
+  }
+  const auto unreadable = text::UnreadableFontNotice(text, layout);
+  if (unreadable && m_Painted) m_Painted = FailureOf(os::Utf8FromWide(*unreadable));
+}
+
 void ObjectPainter::operator()(const TextShape& text) {
   const text::TextLayout layout(text, m_Fonts);
   const auto& runs = layout.Runs();
   if (std::ranges::any_of(runs, [](const auto& run) { return run.face.replaced; })) {
     TellReplacedFonts(text);
   }
+  TellMissingLetters(text, layout);
   m_Canvas.Begin(Role::Text);
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const text::PlacedRun& run = runs[i];
@@ -291,7 +304,8 @@ void ObjectPainter::operator()(const GraphicShape& graphic) {
   } else if (const std::optional<TM> place =
                  Placed({0, height}, width / picture->Width(), height / picture->Height(), {0, 0},
                         {picture->Width(), picture->Height()})) {
-    m_Canvas.DrawPicture(*picture, *place);
+    auto drawn = m_Canvas.DrawPicture(*picture, *place);
+    if (!drawn && m_Painted) m_Painted = std::move(drawn);
   }
   m_Canvas.End();
 }

@@ -6,6 +6,7 @@
 #include "host/document/notices.h"
 #include "host/render/canvas.h"
 #include "host/text/font_catalog.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::render {
 
@@ -20,6 +21,8 @@ class ObjectPainter {
                 document::Notices& notices, PictureCache& pictures, Point page, Canvas& canvas);
 
   void Paint(const document::Object& object);
+  /// Success, or why an object could not be painted; the picture is not to be used then.
+  [[nodiscard]] const Expected<void>& Painted() const { return m_Painted; }
 
   // One for each kind of shape, for std::visit.
   void operator()(const document::GroupShape& /*group*/) {}
@@ -40,6 +43,7 @@ class ObjectPainter {
   void AddRect(const CWorldRect& rect);
   void AddEllipse(const document::DrillShape& drill);
   void TellReplacedFonts(const document::TextShape& text);
+  void TellMissingLetters(const document::TextShape& text, const text::TextLayout& layout);
   void DrawLine();
 
   const document::Document& m_Document;
@@ -51,6 +55,7 @@ class ObjectPainter {
   const document::Attributes* m_Attributes = nullptr;  // of the object that is painted
   double m_Scale = 1;                                  // of lengths, by its matrix
   Outline m_Outline;                                   // kept, so that its memory is
+  Expected<void> m_Painted;
 };
 
 }  // namespace rastrel::render

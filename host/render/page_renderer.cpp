@@ -6,7 +6,6 @@
 
 #include "host/document/measure_text.h"
 #include "host/render/object_painter.h"
-#include "host/render/picture_cache.h"
 
 namespace rastrel::render {
 
@@ -26,11 +25,11 @@ bool IsVisible(const Object& object) { return (object.attributes.traits & DBTRAI
 }  // namespace
 
 PageRenderer::PageRenderer(const Document& document, const text::FontCatalog& fonts,
-                           document::Notices& notices)
+                           document::Notices& notices, PictureOpener opener)
     : m_Document(document),
       m_Fonts(fonts),
       m_Notices(notices),
-      m_Pictures(std::make_unique<PictureCache>(notices)),
+      m_Pictures(std::make_unique<PictureCache>(notices, std::move(opener))),
       m_Width(document.Blank().width * PointsPerCentimetre),
       m_Height(document.Blank().height * PointsPerCentimetre),
       m_Drawable(Sort()) {}
@@ -77,10 +76,10 @@ void PageRenderer::DrawBlank(Canvas& canvas) const {
   canvas.End();
 }
 
-void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
+Expected<void> PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
   if (blank) DrawBlank(canvas);
   const auto found = m_Pages.find(page);
-  if (found == m_Pages.end()) return;
+  if (found == m_Pages.end()) return {};
   ObjectPainter painter(m_Document, m_Fonts, m_Notices, *m_Pictures, {m_Width, m_Height}, canvas);
   // The open groups and the next member of each, the outermost first.
   struct Level {
@@ -105,6 +104,7 @@ void PageRenderer::Draw(int page, Canvas& canvas, bool blank) {
       painter.Paint(object);
     }
   }
+  return painter.Painted();
 }
 
 }  // namespace rastrel::render

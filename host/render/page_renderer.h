@@ -8,12 +8,11 @@
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/render/canvas.h"
+#include "host/render/picture_cache.h"
 #include "host/text/font_catalog.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::render {
-
-class PictureCache;
 
 /// Pages and objects that can be drawn at once; an object counts on each page that it is on.
 inline constexpr int MaximumPages = 10'000;
@@ -39,7 +38,7 @@ class PageRenderer {
  public:
   /// All must outlive the renderer, and the document must stay as it is.
   PageRenderer(const document::Document& document, const text::FontCatalog& fonts,
-               document::Notices& notices);
+               document::Notices& notices, PictureOpener opener);
   ~PageRenderer();
   PageRenderer(const PageRenderer&) = delete;
   PageRenderer& operator=(const PageRenderer&) = delete;
@@ -53,8 +52,10 @@ class PageRenderer {
   [[nodiscard]] double Width() const { return m_Width; }
   [[nodiscard]] double Height() const { return m_Height; }
 
-  /// Draws a page, counted from 1. A page without objects is the blank alone.
-  void Draw(int page, Canvas& canvas, bool blank);
+  /// Draws a page, counted from 1. A page without objects is the blank alone. Fails, with a
+  /// sentence for the user, where letters would be missing because a font can't be opened; the
+  /// canvas is then not to be used.
+  [[nodiscard]] Expected<void> Draw(int page, Canvas& canvas, bool blank);
 
  private:
   using Handles = std::vector<document::ObjectHandle>;

@@ -22,7 +22,7 @@ const graphics::Picture* PictureCache::Get(const document::GraphicShape& shape) 
     m_Entries.splice(m_Entries.begin(), m_Entries, found);
     return m_Entries.front().picture.get();
   }
-  auto opened = graphics::OpenPicture(shape.kind, shape.bytes);
+  auto opened = m_Opener(shape);
   if (!opened) {
     m_Notices.Add(L"the placed file \"" + shape.name + L"\" can't be drawn: " +
                   os::WideFromUtf8(Describe(opened.Error())));

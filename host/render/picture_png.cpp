@@ -66,7 +66,7 @@ std::string PngOfSurface(cairo_surface_t* surface, double dpi) {
   return png;
 }
 
-std::string PngOfPicture(const graphics::Picture& picture) {
+Expected<std::string> PngOfPicture(const graphics::Picture& picture) {
   const double area = picture.Width() * picture.Height();
   const double longest = std::max(picture.Width(), picture.Height());
   const double scale = std::min(
@@ -79,7 +79,7 @@ std::string PngOfPicture(const graphics::Picture& picture) {
   const CairoContext context(cairo_create(surface.get()));
   cairo_scale(context.get(), pixels(picture.Width()) / picture.Width(),
               pixels(picture.Height()) / picture.Height());
-  picture.Draw(context.get());
+  if (const auto drawn = picture.Draw(context.get()); !drawn) return drawn.Error();
   return PngOfSurface(surface.get(), scale * PointsPerInch);
 }
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 // The drawing library's surface, whose header only sources include.
 typedef struct _cairo_surface cairo_surface_t;
 
@@ -17,6 +19,6 @@ namespace rastrel::render {
 
 /// A placed file as pixels on a transparent ground, at 300 dpi, or fewer where that would be more
 /// than 16 million pixels.
-[[nodiscard]] std::string PngOfPicture(const graphics::Picture& picture);
+[[nodiscard]] Expected<std::string> PngOfPicture(const graphics::Picture& picture);
 
 }  // namespace rastrel::render

@@ -171,6 +171,10 @@ void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, con
   if (placed.face.stretch != 4) {
     m_Text += std::string(" font-stretch=\"") + StretchName(placed.face.stretch) + '"';
   }
+  // The place is the left end of the letters, which is the last one's where they run to the left.
+  if (placed.rightToLeft) {
+    m_Text += " direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\"";
+  }
   m_Text += " textLength=\"";
   AppendMillimetres(m_Text, placed.width);
   m_Text += "\" lengthAdjust=\"spacingAndGlyphs\" fill=\"";
@@ -192,10 +196,16 @@ void SvgCanvas::DrawOutlines(const text::TextLayout& layout, std::size_t run, co
 }
 
 // A file that is placed several times is in the SVG once.
-const std::string& SvgCanvas::AddressOf(const graphics::Picture& picture) {
+Expected<std::string> SvgCanvas::AddressOf(const graphics::Picture& picture) {
   const auto [place, added] = m_Pictures.try_emplace(&picture.Bytes());
   if (!added) return place->second;
   place->second = "picture-" + std::to_string(m_Pictures.size());
+  std::string png;
+  if (!picture.MimeType()) {
+    auto drawn = PngOfPicture(picture);
+    if (!drawn) return drawn.Error();
+    png = std::move(*drawn);
+  }
   m_Text += "<defs><image id=\"" + place->second + "\" width=\"";
   AppendMillimetres(m_Text, picture.Width());
   m_Text += "\" height=\"";
@@ -204,17 +214,19 @@ const std::string& SvgCanvas::AddressOf(const graphics::Picture& picture) {
   if (picture.MimeType()) {
     m_Text += std::string(picture.MimeType()) + ";base64," + os::Base64FromBytes(picture.Bytes());
   } else {
-    m_Text += "image/png;base64," + os::Base64FromBytes(PngOfPicture(picture));
+    m_Text += "image/png;base64," + os::Base64FromBytes(png);
   }
   m_Text += "\"/></defs>\n";
   return place->second;
 }
 
-void SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
-  const std::string& address = AddressOf(picture);
-  m_Text += "<use xlink:href=\"#" + address + "\" ";
+Expected<void> SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {
+  const Expected<std::string> address = AddressOf(picture);
+  if (!address) return address.Error();
+  m_Text += "<use xlink:href=\"#" + *address + "\" ";
   AppendMatrix(m_Text, place);
   m_Text += "/>\n";
+  return {};
 }
 
 }  // namespace rastrel::render

@@ -43,7 +43,8 @@ class SvgCanvas : public Canvas {
   void DrawCircle(Point centre, double radius, const Pen& pen) override;
   void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                 const TM& place) override;
-  void DrawPicture(const graphics::Picture& picture, const TM& place) override;
+  [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
+                                           const TM& place) override;
 
  private:
   void AddStroke(const Pen& pen);
@@ -51,7 +52,7 @@ class SvgCanvas : public Canvas {
                    const TM& place);
   void DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
                     const TM& place);
-  [[nodiscard]] const std::string& AddressOf(const graphics::Picture& picture);
+  [[nodiscard]] Expected<std::string> AddressOf(const graphics::Picture& picture);
 
   std::string m_Text;
   bool m_Outlines;

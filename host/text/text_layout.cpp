@@ -142,6 +142,38 @@ Extents ExtentsOf(PangoLayout* letters) {
           static_cast<double>(logical.y + logical.height) / PANGO_SCALE};
 }
 
+// The character of a glyph for which no font has a picture.
+wchar_t CharacterOf(PangoGlyph unknown) {
+  constexpr PangoGlyph lastCharacter = 0x10FFFF;
+  const PangoGlyph code = unknown & ~PANGO_GLYPH_UNKNOWN_FLAG;
+  return static_cast<wchar_t>(code <= lastCharacter ? code : 0xFFFD);
+}
+
+void AddMissing(const PangoGlyphString& glyphs, std::wstring& missing) {
+  for (int i = 0; i < glyphs.num_glyphs; ++i) {
+    const PangoGlyph glyph = glyphs.glyphs[i].glyph;
+    if (glyph == PANGO_GLYPH_EMPTY || (glyph & PANGO_GLYPH_UNKNOWN_FLAG) == 0) continue;
+    const wchar_t character = CharacterOf(glyph);
+    if (missing.find(character) == std::wstring::npos) missing += character;
+  }
+}
+
+bool CanOpen(PangoFont* font) {
+  cairo_scaled_font_t* opened = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
+  return opened && cairo_scaled_font_status(opened) == CAIRO_STATUS_SUCCESS;
+}
+
+// The direction of the letters, and those that will not show.
+void Examine(PangoLayout* letters, PlacedRun& run) {
+  PangoLayoutLine* line = pango_layout_get_line_readonly(letters, 0);
+  run.rightToLeft = pango_layout_line_get_resolved_direction(line) == PANGO_DIRECTION_RTL;
+  for (const GSList* part = line->runs; part; part = part->next) {
+    const auto* item = static_cast<const PangoGlyphItem*>(part->data);
+    if (!CanOpen(item->item->analysis.font)) run.isFontUnreadable = true;
+    AddMissing(*item->glyphs, run.missing);
+  }
+}
+
 }  // namespace
 
 struct TextLayout::Letters {
@@ -189,8 +221,20 @@ void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& font
     auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
     const Extents extents = ExtentsOf(letters->layout.get());
     // `left` is that within the line until the line has its place.
-    m_Runs.push_back({std::wstring(piece), face, size, line.width, 0, extents.width * scale, 1, 1,
-                      run.colored, run.color});
+    m_Runs.push_back({std::wstring(piece),
+                      face,
+                      size,
+                      line.width,
+                      0,
+                      extents.width * scale,
+                      1,
+                      1,
+                      run.colored,
+                      run.color,
+                      false,
+                      false,
+                      {}});
+    Examine(letters->layout.get(), m_Runs.back());
     m_Letters.push_back(std::move(letters));
     line.width += extents.width * scale;
     line.ascent = std::max(line.ascent, extents.ascent * scale);

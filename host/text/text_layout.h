@@ -37,6 +37,9 @@ struct PlacedRun {
   double scaleY = 1;
   bool colored = false;  ///< it has a color of its own
   CVKColor color;
+  bool rightToLeft = false;       ///< its letters are ordered from right to left
+  bool isFontUnreadable = false;  ///< a font that it needs can't be opened: letters are missing
+  std::wstring missing;  ///< its characters for which no font has a picture: boxes are drawn
 };
 
 /// Lays a text out in its frame, by Pango.

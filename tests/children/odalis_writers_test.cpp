@@ -1,16 +1,36 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <tiffio.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <string>
 
 #include "children/coreodalis/image.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "tests/children/odalis_fixture.h"
+#include "tests/support/scratch_directory.h"
+
+// The seek of this thread that fails, counted down: at 1 the next one. 0: none.
+static thread_local int s_FailingSeek = 0;
+
+// In place of the system's, for the TIFF library and the product alike.
+extern "C" __attribute__((visibility("default"))) off64_t lseek64(int descriptor, off64_t offset,
+                                                                  int whence) noexcept {
+  if (s_FailingSeek > 0 && --s_FailingSeek == 0) {
+    errno = EIO;
+    return -1;
+  }
+  return ::syscall(SYS_lseek, descriptor, offset, whence);
+}
+extern "C" __attribute__((visibility("default"))) off_t lseek(int descriptor, off_t offset,
+                                                              int whence) noexcept {
+  return lseek64(descriptor, offset, whence);
+}
 
 namespace rastrel::odalis {
 namespace {
@@ -184,6 +204,25 @@ TEST(MakeImageWriter, a_full_disk_is_reported) {
   }
   // The TIFF library can't seek there; it only has to fail.
   EXPECT_NE(Write(devices::FileFormat::Tiff, "/dev/full", shape), "");
+}
+
+// The library does not look at every seek's result, and then writes over its own pixels.
+TEST(TiffWriter, a_seek_that_fails_is_a_failure_and_never_a_damaged_file) {
+  const test::ScratchDirectory place;
+  const ImageShape shape = ShapeOf(ColorModel::Rgb, {"R", "G", "B"}, 300, 400);
+  ASSERT_EQ(Write(devices::FileFormat::Tiff, place.Path("whole.tif"), shape), "");
+  int failed = 0;
+  for (int seek = 1;; ++seek) {
+    ASSERT_LT(seek, 10'000) << "the writer makes no end of seeks";
+    s_FailingSeek = seek;
+    const std::string why = Write(devices::FileFormat::Tiff, place.Path("torn.tif"), shape);
+    const bool reached = s_FailingSeek == 0;
+    s_FailingSeek = 0;
+    if (!reached) break;
+    ++failed;
+    EXPECT_NE(why.find("Input/output error"), std::string::npos) << "seek " << seek << ": " << why;
+  }
+  EXPECT_GT(failed, 0);
 }
 
 /// The bytes between two marks after a position.

@@ -8,6 +8,7 @@ A slot is a directory of its own for one run at a time:
     tmp/    TMPDIR and HOME
 """
 
+import base64
 import dataclasses
 import os
 import pathlib
@@ -37,6 +38,18 @@ PLATE = """<ABB>
 </ENGRAVINGTEMPLATE>
 </ABB>
 """
+
+# A document with a placed SVG file, a red disc.
+PLACED = """{"format": "rastrel-document", "version": 1, "unit": "cm", "displayPage": 1, "palette": [],
+"blank": {"width": 6, "height": 4, "origin": 7},
+"plates": {"margins": {"left": 0, "top": 0, "right": 0, "bottom": 0}, "horizontalGap": 0, "verticalGap": 0},
+"sheetLayers": [{"number": 1, "name": "Layer 1", "type": 0, "substrate": true}],
+"objects": [{"id": 3, "kind": "graphic", "layer": {"rgb": [0, 0, 0]}, "lineColor": {"rgb": [0, 0, 0]},
+"lineWidth": 0, "lineStyle": 16, "sheetLayer": 1, "pages": [1, 1], "traits": ["visible"],
+"fileKind": "svg", "name": "disc.svg", "width": 2, "height": 2, "file": "FILE"}]}
+""".replace("FILE", base64.b64encode(
+    b'<svg xmlns="http://www.w3.org/2000/svg" width="40" height="40">'
+    b'<circle cx="20" cy="20" r="18" fill="red"/></svg>').decode())
 
 SETTINGS = "; mine\n[RASTREL]\nKeep PS Files = 0\n"
 
@@ -68,6 +81,8 @@ SCENES = (
     Scene("queue", ("queue", "sign.ps", "--output", "{out}")),
     Scene("import", ("import", "plate.xml", "-o", "{out}/plate.pdf"),
           earlier=(("out/plate.pdf", b"an earlier drawing"),)),
+    Scene("import-placed", ("import", "placed.rdoc", "-o", "{out}/placed.png"),
+          earlier=(("out/placed.png", b"an earlier picture"),)),
     Scene("sheet", ("sheet", "prices.fods", "-o", "{out}/prices.txt"),
           earlier=(("out/prices.txt", b"earlier prices"),)),
     Scene("first-use", ("modes",), installed=False),
@@ -114,7 +129,7 @@ def make_template(scene, product, place):
     """Fills `place` with the files that a run of the scene starts from."""
     for part in PARTS:
         (place / part).mkdir(parents=True)
-    for name, content in (("sign.ps", SIGN), ("plate.xml", PLATE),
+    for name, content in (("sign.ps", SIGN), ("plate.xml", PLATE), ("placed.rdoc", PLACED),
                           ("notes of the user.txt", "not yours\n")):
         (place / "user" / name).write_text(content, encoding="utf-8")
     shutil.copy(product.source / "examples" / "price-list.fods", place / "user" / "prices.fods")

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <atomic>
 #include <cerrno>
@@ -140,6 +141,21 @@ TEST(EpsConversion, without_the_interpreter_the_reason_names_it) {
   const test::EnvironmentGuard path("PATH", "/nowhere:relative::");
   EXPECT_EQ(Refusal(EpsFile()),
             "Ghostscript is needed for EPS, and there is no program gs on PATH");
+}
+
+// The interpreter says its number, makes more than it may, and would go on for good.
+TEST(EpsConversion, an_interpreter_that_is_not_waited_for_is_ended_and_its_end_taken_over) {
+  const test::ScratchDirectory directory;
+  directory.Write("gs", "#!/bin/sh\necho $$ > '" + directory.Path("number") +
+                            "'\necho more than the limit\nexec sleep 100000\n");
+  std::filesystem::permissions(directory.Path("gs"), std::filesystem::perms::owner_all);
+  const test::EnvironmentGuard path("PATH", directory.Path() + ":/usr/bin:/bin");
+  EpsLimits limits;
+  limits.bytes = 10;
+  EXPECT_EQ(Refusal(EpsFile(), limits), "the interpreter made more than 10 bytes of it");
+  const auto number = static_cast<pid_t>(std::stol(directory.Read("number")));
+  EXPECT_EQ(kill(number, 0), -1);
+  EXPECT_EQ(errno, ESRCH) << "neither running nor waiting to be reaped";
 }
 
 // Options from outside could take the interpreter out of its safer mode.

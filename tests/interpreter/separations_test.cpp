@@ -1,9 +1,15 @@
 #include "interpreter/separations.h"
 
 #include <gtest/gtest.h>
+#include <png.h>
+#include <tiffio.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/support/scratch_directory.h"
 
@@ -55,6 +61,47 @@ TEST(Separations, without_a_process_color_are_refused) {
   }
   EXPECT_FALSE(MakeSeparationPage(directory.Path("work"), directory.Path(), 1, {}, 1000));
   EXPECT_FALSE(directory.Has("p0001"));
+}
+
+// A TIFF file of a row of pixels with so many samples each.
+void WriteRow(const std::string& path, std::vector<std::uint8_t> samples, unsigned perPixel) {
+  const std::unique_ptr<TIFF, decltype(&TIFFClose)> file(TIFFOpen(path.c_str(), "w"), TIFFClose);
+  ASSERT_TRUE(file);
+  const auto width = static_cast<std::uint32_t>(samples.size() / perPixel);
+  TIFFSetField(file.get(), TIFFTAG_IMAGEWIDTH, width);
+  TIFFSetField(file.get(), TIFFTAG_IMAGELENGTH, 1);
+  TIFFSetField(file.get(), TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(file.get(), TIFFTAG_SAMPLESPERPIXEL, perPixel);
+  TIFFSetField(file.get(), TIFFTAG_PHOTOMETRIC,
+               perPixel == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_SEPARATED);
+  TIFFSetField(file.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  ASSERT_EQ(TIFFWriteScanline(file.get(), samples.data(), 0), 1);
+}
+
+// Pixels of no ink, of black alone in three strengths, and of cyan with half of black. Light is
+// 255 less the ink, times 255 less the black, by 255.
+TEST(Separations, the_preview_of_black_is_gray) {
+  const test::ScratchDirectory directory;
+  directory.Write("work/kept", "");
+  for (const char* const name : {"(Cyan)", "(Magenta)", "(Yellow)", "(Black)"}) {
+    WriteRow(directory.Path("work/0001" + std::string(name) + ".tif"), {255, 255, 255, 255, 255},
+             1);
+  }
+  WriteRow(directory.Path("work/0001.tif"),
+           {0, 0, 0, 0, 0, 0, 0, 255, 0, 0, 0, 55, 0, 0, 0, 1, 255, 0, 0, 155}, 4);
+  const auto made = MakeSeparationPage(directory.Path("work"), directory.Path(), 1, {}, 1000);
+  ASSERT_TRUE(made) << Describe(made.Error());
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  ASSERT_NE(png_image_begin_read_from_file(&image, directory.Path("p0001/preview.png").c_str()), 0);
+  image.format = PNG_FORMAT_RGB;
+  ASSERT_EQ(image.width, 5U);
+  std::vector<int> light(15);
+  std::vector<std::uint8_t> bytes(15);
+  ASSERT_NE(png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr), 0);
+  std::ranges::copy(bytes, light.begin());
+  EXPECT_EQ(light,
+            (std::vector<int>{255, 255, 255, 0, 0, 0, 200, 200, 200, 254, 254, 254, 0, 100, 100}));
 }
 
 }  // namespace

@@ -156,6 +156,8 @@ TEST_F(Import, strict_reports_each_thing_that_is_passed_over_with_its_line) {
   const std::vector<std::string> told = {
       "plates.xml:2: <OTHER> is not known in <ABB>",
       "plates.xml:4: a <PLATE> in <PLATES> is not read; it has to stand beside it",
+      "plates.xml:5: the text \"x y\" has letters of the size 0, which can't be seen",
+      "plates.xml:5: the text has the colour of its plate, and can't be seen",
       "plates.xml:6: <COLOUR> is not known in <PLATE>",
       "plates.xml:7: the palette has no colour \"No Such Colour\"; it becomes black",
       "plates.xml:8: <WIDTH> is no number: \"3 inch\"",
@@ -164,10 +166,90 @@ TEST_F(Import, strict_reports_each_thing_that_is_passed_over_with_its_line) {
       "plates.xml:11: the font \"NoSuchFont.ttf\" can't be had; DejaVu Sans stands in for it",
       "plates.xml:12: the text has no <FONT>",
       "plates.xml:13: <DRILLPOINT> has no <YLOC>, which counts as 0",
+      "plates.xml:13: the hole at 1, 0 in is cut by the edge of its plate of 3 by 1 in",
   };
   std::string all;
   for (const std::string& line : told) all += line + "\n";
   EXPECT_EQ(result.error, all);
+}
+
+// A plate of 3 by 1 inches on line 3, of that color and with more inside.
+std::string Plate(const std::string& color, const std::string& inside) {
+  return "<ABB>\n<ENGRAVINGTEMPLATE><PLATES/>\n<PLATE><COLOR>" + color +
+         "</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>\n" + inside +
+         "</PLATE></ENGRAVINGTEMPLATE></ABB>\n";
+}
+
+std::string Hole(const std::string& x, const std::string& y, const std::string& diameter) {
+  return "<DRILLPOINT><COLOR>Red</COLOR><XLOC>" + x + "</XLOC><YLOC>" + y + "</YLOC><DIAMETER>" +
+         diameter + "</DIAMETER></DRILLPOINT>\n";
+}
+
+TEST_F(Import, strict_names_holes_that_are_not_wholly_in_their_plate) {
+  const auto result =
+      RunOn(Plate("Gold", Hole("3.5", "0.5", "0.1") + Hole("1", "-0.2", "0") +
+                              Hole("2.96", "0.5", "0.1") + Hole("1", "0.95", "0.1") +
+                              // 0.0005 beyond the edge, which is rounding, and 0.002.
+                              Hole("0.0495", "0.5", "0.1") + Hole("0.048", "0.5", "0.1")),
+            {"--strict"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.error,
+            "plates.xml:4: the hole at 3.5, 0.5 in is beside its plate of 3 by 1 in\n"
+            "plates.xml:5: the hole at 1, -0.2 in is beside its plate of 3 by 1 in\n"
+            "plates.xml:6: the hole at 2.96, 0.5 in is cut by the edge of its plate of 3 by 1 in\n"
+            "plates.xml:9: the hole at 0.048, 0.5 in is cut by the edge of its plate of 3 by 1 "
+            "in\n");
+}
+
+std::string Text(const std::string& color, const std::string& data, const std::string& size) {
+  return "<TEXTCOLOR>" + color + "</TEXTCOLOR><TEXT data='" + data +
+         "'><FONT name='DejaVuSans.ttf' size='" + size + "'/></TEXT>\n";
+}
+
+TEST_F(Import, strict_names_text_in_the_color_of_its_plate) {
+  const auto result = RunOn(Plate("Gold", Text("Gold", "Ada", "0.2")), {"--strict"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.error,
+            "plates.xml:3: the text has the colour of its plate, and can't be seen\n");
+  // A further pane of the same plate object has the first pane's color, whatever its own.
+  const std::string two =
+      "<ABB>\n<ENGRAVINGTEMPLATE><PLATES/>\n<PLATE><COLOR>Gold</COLOR>"
+      "<WIDTH>3</WIDTH><HEIGHT>1</HEIGHT></PLATE>\n<PLATE><COLOR>Black"
+      "</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>" +
+      Text("Gold", "Ada", "0.2") + "</PLATE></ENGRAVINGTEMPLATE></ABB>\n";
+  EXPECT_EQ(RunOn(two, {"--strict"}).error,
+            "plates.xml:4: the text has the colour of its plate, and can't be seen\n");
+  EXPECT_EQ(RunOn(Plate("Gold", Text("Black", "Ada", "0.2")), {"--strict"}).status, 0);
+}
+
+TEST_F(Import, letters_that_no_font_has_are_named_when_drawn_and_refused_by_strict) {
+  const std::string content = Plate("Gold", Text("Black", "Ada &#xE000;", "0.2"));
+  const std::string told =
+      "the text \"Ada \xEE\x80\x80\" has characters that neither \"DejaVu Sans\" nor another font "
+      "has, and boxes stand in for them: U+E000\n";
+  const auto drawn = RunOn(content, {"-o", "out.svg"});
+  EXPECT_EQ(drawn.status, 0);
+  EXPECT_EQ(drawn.error, "rastrel: " + told);
+  const auto strict = RunOn(content, {"--strict"});
+  EXPECT_EQ(strict.status, 3);
+  EXPECT_EQ(strict.error, "plates.xml:3: " + told);
+}
+
+TEST_F(Import, text_that_can_not_be_seen_is_a_loss_when_drawn_and_refused_by_strict) {
+  const std::string small = "the text \"Ada\" has letters of the size 0, which can't be seen\n";
+  const std::string squeezed =
+      "the text \"Ada\" can't be seen: its letters are narrower or lower than 0.1 mm in the room "
+      "between its margins\n";
+  const std::string noRoom = "<TEXTFRAME>50</TEXTFRAME>" + Text("Black", "Ada", "0.2");
+  for (const auto& [inside, told] :
+       {std::pair(Text("Black", "Ada", "0"), small), std::pair(noRoom, squeezed)}) {
+    const auto drawn = RunOn(Plate("Gold", inside), {"-o", "out.png"});
+    EXPECT_EQ(drawn.status, 1);
+    EXPECT_EQ(drawn.error, "rastrel: left out: " + told);
+    const auto strict = RunOn(Plate("Gold", inside), {"--strict"});
+    EXPECT_EQ(strict.status, 3);
+    EXPECT_EQ(strict.error, "plates.xml:3: " + told);
+  }
 }
 
 TEST_F(Import, strict_findings_come_as_json_with_their_lines) {

@@ -97,6 +97,35 @@ TEST_F(RealPrintTest, the_doctor_finds_all_well) {
   EXPECT_EQ(result.output.find("WRONG"), std::string::npos) << result.output;
 }
 
+// The doctor's finding of that name.
+nlohmann::json FindingOf(const CommandResult& result, const std::string& name) {
+  for (const std::string& line : result.Lines()) {
+    auto finding = nlohmann::json::parse(line);
+    if (finding["name"] == name) return finding;
+  }
+  return {};
+}
+
+TEST_F(RealPrintTest, the_doctor_counts_the_files_of_the_prolog_and_names_one_that_is_missing) {
+  const auto shipped = fs::directory_iterator(RASTREL_SOURCE_DIR "/share/rip/System/prolog");
+  const auto count = std::distance(begin(shipped), end(shipped));
+  const auto whole = FindingOf(m_Command.Run({"doctor", "--json"}), "prolog");
+  const fs::path prolog = m_Command.Root() + "/Queue/rip/System/prolog";
+  EXPECT_EQ(whole["state"], "good");
+  EXPECT_EQ(whole["text"], std::to_string(count) + " files");
+  EXPECT_EQ(whole["path"], prolog.string());
+  // A file in the directory's place is the user's own, and is not laid out anew.
+  fs::remove_all(prolog);
+  std::ofstream(prolog.string()) << "no directory";
+  const CommandResult result = m_Command.Run({"doctor", "--json"});
+  EXPECT_EQ(result.status, 5);
+  const auto broken = FindingOf(result, "prolog");
+  EXPECT_EQ(broken["state"], "bad");
+  EXPECT_EQ(broken["text"], "missing");
+  EXPECT_EQ(fs::path(broken["path"].get<std::string>()).parent_path(), prolog);
+  EXPECT_NE(broken["mend"].get<std::string>(), "");
+}
+
 TEST_F(RealPrintTest, the_doctor_knows_the_queue_program) {
   ASSERT_EQ(m_Command.Run({"doctor"}).status, 0);
   const std::string program = m_Command.Root() + "/Queue/JobSpool.exe";

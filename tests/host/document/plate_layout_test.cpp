@@ -114,6 +114,28 @@ TEST_F(PlateLayout, a_plate_object_that_does_not_fit_below_gets_a_page_of_its_ow
   EXPECT_EQ(Shape(second).panes[0], (CWorldRect{0, 40, 30, 15}));
 }
 
+// Below a row of 10 cm there is room for three of three panes.
+TEST_F(PlateLayout, panes_that_fill_the_room_below_a_plate_exactly_stay_on_its_page) {
+  for (const auto& [count, page] : {std::pair(8, 1), std::pair(9, 1), std::pair(10, 2)}) {
+    for (const bool fromBottom : {false, true}) {
+      const ObjectHandle first = Add(3, 20, 10, {}, 0, fromBottom);
+      const ObjectHandle second = Add(count, 20, 10, {}, 0, fromBottom);
+      EXPECT_EQ(Page(second), page) << count;
+      EXPECT_EQ(Shape(second).panes.size(), static_cast<std::size_t>(count));
+      document.Remove(second);
+      document.Remove(first);
+    }
+  }
+}
+
+TEST_F(PlateLayout, as_many_panes_are_laid_as_the_blank_holds_and_no_more) {
+  for (const auto& [count, fitting] : {std::pair(11, 11), std::pair(12, 12), std::pair(13, 12)}) {
+    const ObjectHandle plate = Add(count, 20, 10);
+    EXPECT_EQ(laid, fitting) << count;
+    document.Remove(plate);
+  }
+}
+
 TEST_F(PlateLayout, a_pane_more_is_appended_and_moves_none) {
   const ObjectHandle plate = Add(1, 20, 10);
   for (int count = 2; count <= 12; ++count) Grow(plate, count);

@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "host/document/document_file.h"
-#include "host/graphics/picture.h"
+#include "host/drawing/open_picture.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/host/render/drawn_document.h"
 
@@ -276,13 +276,13 @@ TEST_F(Images, svg_pdf_and_png_show_the_same) {
   Output("cd '" + base +
          "' && pdftoppm -scale-to-x 1000 -scale-to-y 600 -png -singlefile page.pdf from-pdf");
   auto svg = std::make_shared<const std::string>(m_Directory.Read("page.svg"));
-  const auto picture = graphics::OpenPicture(document::GraphicKind::Svg, svg);
+  const auto picture = drawing::OpenPicture(document::GraphicKind::Svg, svg);
   ASSERT_TRUE(picture);
   const std::unique_ptr<cairo_surface_t, SurfaceEnd> surface(
       cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1000, 600));
   cairo_t* context = cairo_create(surface.get());
   cairo_scale(context, 127 / 72.0, 127 / 72.0);
-  (*picture)->Draw(context);
+  EXPECT_TRUE((*picture)->Draw(context));
   cairo_destroy(context);
   cairo_surface_write_to_png(surface.get(), m_Directory.Path("from-svg.png").c_str());
   const Pixels png(m_Directory.Path("page.png"));

@@ -91,6 +91,21 @@ TEST_F(Svg, text_stays_text_inside_its_margins) {
   }
 }
 
+// Without it a reader orders the parts of such a line from the left: "12" before the Hebrew word.
+TEST_F(Svg, text_from_right_to_left_says_so_and_keeps_its_place) {
+  Add(Paragraph({1, 11, 19, 1}, 0, JUSTIFY_LEFT, LINEFIT_EACH_LINE,
+                {{Piece(L"\x5E9\x5DC\x5D5\x5DD 12, abc!", 300)}, {Piece(L"plain 12", 300)}}),
+      Colored(Blue));
+  const std::string svg = DrawSvg();
+  const auto right = svg.find(" direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\"");
+  ASSERT_NE(right, std::string::npos);
+  EXPECT_LT(right, svg.find("plain 12"));
+  EXPECT_EQ(svg.find("direction", right + 12), std::string::npos) << "the usual one is not named";
+  const auto lines = Measured("text");
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_NEAR(Numbers(lines[0]).at(0), 10, Hundredth) << "the frame's left edge";
+}
+
 TEST_F(Svg, outlines_leave_no_text) {
   AddUsual();
   ImageOptions options;

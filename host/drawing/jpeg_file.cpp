@@ -7,13 +7,13 @@
 #include <string_view>
 #include <utility>
 
-#include "host/graphics/big_endian.h"
-#include "host/graphics/glib_objects.h"
-#include "host/graphics/image_picture.h"
-#include "host/graphics/picture_formats.h"
+#include "host/drawing/big_endian.h"
+#include "host/drawing/glib_objects.h"
+#include "host/drawing/image_picture.h"
+#include "host/drawing/picture_formats.h"
 
 /// JPEG files as pictures.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 namespace {
 
@@ -130,4 +130,4 @@ OpenedPicture OpenJpeg(const std::string& bytes) {
       std::move(surface), head.resolution, carried ? "image/jpeg" : nullptr));
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -1,8 +1,8 @@
-#include "host/graphics/glib_objects.h"
+#include "host/drawing/glib_objects.h"
 
 #include <glib-object.h>
 
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 void GlibEnd::operator()(GError* error) const { g_error_free(error); }
 void GlibEnd::operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
@@ -12,4 +12,4 @@ std::string ReasonAfterColon(const GlibError& error) {
   return error ? std::string(": ") + error->message : std::string();
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

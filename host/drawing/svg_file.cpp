@@ -3,11 +3,11 @@
 #include <memory>
 #include <utility>
 
-#include "host/graphics/glib_objects.h"
-#include "host/graphics/picture_formats.h"
+#include "host/drawing/glib_objects.h"
+#include "host/drawing/picture_formats.h"
 
 /// SVG files as pictures.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 namespace {
 
@@ -43,12 +43,17 @@ class SvgPicture : public Picture {
     SetSize(pixels.width * PointsPerPixel, pixels.height * PointsPerPixel);
   }
 
-  void Draw(cairo_t* context) const override {
+  [[nodiscard]] Expected<void> Draw(cairo_t* context) const override {
     const RsvgRectangle viewport{0, 0, m_Pixels.width, m_Pixels.height};
     cairo_save(context);
     cairo_scale(context, PointsPerPixel, PointsPerPixel);
-    rsvg_handle_render_document(m_Handle.get(), context, &viewport, nullptr);
+    GError* raised = nullptr;
+    const bool drawn =
+        rsvg_handle_render_document(m_Handle.get(), context, &viewport, &raised) != FALSE;
+    const GlibError error(raised);
     cairo_restore(context);
+    if (drawn) return {};
+    return FailureOf("it is no SVG that can be drawn" + ReasonAfterColon(error));
   }
   [[nodiscard]] const char* MimeType() const override { return "image/svg+xml"; }
 
@@ -73,4 +78,4 @@ OpenedPicture OpenSvg(const std::string& bytes) {
   return std::unique_ptr<Picture>(std::make_unique<SvgPicture>(std::move(handle), size));
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -8,7 +8,7 @@ typedef struct _GError GError;
 typedef struct _GBytes GBytes;
 
 /// Owners of GLib's objects, for the libraries that are built on it.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 /// Ends an error, a block of bytes, or any other object.
 struct GlibEnd {
@@ -21,4 +21,4 @@ using GlibError = std::unique_ptr<GError, GlibEnd>;
 /// ": " and the error's message, as UTF-8; empty without an error.
 [[nodiscard]] std::string ReasonAfterColon(const GlibError& error);
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 /// The number in `count` bytes of a file, at most 4, from `offset` on: the most significant byte
 /// first. Bytes beyond the file's end count as 0.
@@ -17,4 +17,4 @@ namespace rastrel::graphics {
   return value;
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

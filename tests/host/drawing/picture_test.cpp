@@ -1,16 +1,22 @@
-#include "host/graphics/picture.h"
+#include "host/drawing/open_picture.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 
+#include "host/graphics/drawing_process.h"
 #include "tests/host/graphics/graphic_files.h"
 
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 namespace {
 
 using document::GraphicKind;
+using graphics::DrawableOf;
+using graphics::KindOf;
+using graphics::LargestGraphicFile;
+using graphics::MaximumGraphicPixels;
+using graphics::Picture;
 using test::EpsFile;
 using test::JpegFile;
 using test::PdfFile;
@@ -21,10 +27,13 @@ using test::TiffFile;
 
 using Opened = Expected<std::unique_ptr<Picture>>;
 
+// As a caller and the drawing program do it between them.
 Opened Open(const std::string& bytes) {
   const auto kind = KindOf(bytes);
   if (!kind) return FailureOf("of no kind");
-  return OpenPicture(*kind, std::make_shared<const std::string>(bytes));
+  const auto drawable = DrawableOf(*kind, std::make_shared<const std::string>(bytes));
+  if (!drawable) return drawable.Error();
+  return OpenPicture(drawable->kind, drawable->bytes);
 }
 
 std::string Refusal(const std::string& bytes) {
@@ -51,7 +60,7 @@ std::array<unsigned, 2> Halves(const Picture& picture) {
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 200, 100);
   cairo_t* context = cairo_create(surface);
   cairo_scale(context, 200 / picture.Width(), 100 / picture.Height());
-  picture.Draw(context);
+  static_cast<void>(picture.Draw(context));  // of a damaged file a part
   EXPECT_EQ(cairo_status(context), CAIRO_STATUS_SUCCESS);
   cairo_destroy(context);
   cairo_surface_flush(surface);
@@ -260,4 +269,4 @@ TEST(GraphicKinds, images_that_viewers_of_svg_can_show_are_carried_as_they_are) 
 }
 
 }  // namespace
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -10,11 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "host/graphics/image_picture.h"
-#include "host/graphics/picture_formats.h"
+#include "host/drawing/image_picture.h"
+#include "host/drawing/picture_formats.h"
 
 /// TIFF files as pictures.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
+
+using graphics::MaximumGraphicPixels;
 
 namespace {
 
@@ -134,4 +136,4 @@ OpenedPicture OpenTiff(const std::string& bytes) {
       std::make_unique<ImagePicture>(std::move(surface), ResolutionOf(file.get()), nullptr));
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -1,11 +1,13 @@
-#include "host/graphics/image_picture.h"
+#include "host/drawing/image_picture.h"
 
 #include <cairo.h>
 
 #include <algorithm>
 #include <utility>
 
-namespace rastrel::graphics {
+namespace rastrel::drawing {
+
+using graphics::MaximumGraphicPixels;
 
 namespace {
 
@@ -44,7 +46,7 @@ std::uint64_t ImagePicture::Pixels() const {
          static_cast<std::uint64_t>(cairo_image_surface_get_height(m_Surface.get()));
 }
 
-void ImagePicture::Draw(cairo_t* context) const {
+Expected<void> ImagePicture::Draw(cairo_t* context) const {
   cairo_save(context);
   cairo_scale(context, PointsPerInch / m_Resolution.x, PointsPerInch / m_Resolution.y);
   cairo_set_source_surface(context, m_Surface.get(), 0, 0);
@@ -59,6 +61,7 @@ void ImagePicture::Draw(cairo_t* context) const {
     cairo_paint(context);
   }
   cairo_restore(context);
+  return {};
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -3,11 +3,11 @@
 #include <memory>
 #include <utility>
 
-#include "host/graphics/glib_objects.h"
-#include "host/graphics/picture_formats.h"
+#include "host/drawing/glib_objects.h"
+#include "host/drawing/picture_formats.h"
 
 /// PDF files as pictures.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 namespace {
 
@@ -23,10 +23,11 @@ class PdfPicture : public Picture {
     SetSize(width, height);
   }
 
-  void Draw(cairo_t* context) const override {
+  [[nodiscard]] Expected<void> Draw(cairo_t* context) const override {
     cairo_save(context);
     poppler_page_render(m_Page.get(), context);
     cairo_restore(context);
+    return {};
   }
 
  private:
@@ -54,4 +55,4 @@ OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
       std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page)));
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

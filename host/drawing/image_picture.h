@@ -9,7 +9,9 @@
 // The drawing library's surface, whose header only sources include.
 typedef struct _cairo_surface cairo_surface_t;
 
-namespace rastrel::graphics {
+namespace rastrel::drawing {
+
+using graphics::Picture;
 
 /// Dots to the inch across and down.
 struct Resolution {
@@ -35,7 +37,7 @@ class ImagePicture : public Picture {
   ImagePicture(Surface surface, const Resolution& resolution, const char* mimeType);
   ~ImagePicture() override;
 
-  void Draw(cairo_t* context) const override;
+  [[nodiscard]] Expected<void> Draw(cairo_t* context) const override;
   [[nodiscard]] const char* MimeType() const override { return m_MimeType; }
   [[nodiscard]] std::uint64_t Pixels() const override;
 
@@ -45,4 +47,4 @@ class ImagePicture : public Picture {
   const char* m_MimeType;
 };
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

@@ -6,7 +6,9 @@
 #include "host/graphics/picture.h"
 
 /// One opener for each kind of file, for OpenPicture.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
+
+using graphics::Picture;
 
 /// An opened file. Its size is the one that the file names, and not yet checked.
 using OpenedPicture = Expected<std::unique_ptr<Picture>>;
@@ -21,4 +23,4 @@ using OpenedPicture = Expected<std::unique_ptr<Picture>>;
 /// By poppler. The picture keeps the bytes.
 [[nodiscard]] OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes);
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing

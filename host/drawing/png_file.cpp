@@ -6,12 +6,12 @@
 #include <string_view>
 #include <utility>
 
-#include "host/graphics/big_endian.h"
-#include "host/graphics/image_picture.h"
-#include "host/graphics/picture_formats.h"
+#include "host/drawing/big_endian.h"
+#include "host/drawing/image_picture.h"
+#include "host/drawing/picture_formats.h"
 
 /// PNG files as pictures.
-namespace rastrel::graphics {
+namespace rastrel::drawing {
 
 namespace {
 
@@ -62,4 +62,4 @@ OpenedPicture OpenPng(const std::string& bytes) {
       std::make_unique<ImagePicture>(std::move(surface), PngResolution(bytes), "image/png"));
 }
 
-}  // namespace rastrel::graphics
+}  // namespace rastrel::drawing
