@@ -19,6 +19,7 @@
 #include "pages/page_info.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/reaper.h"
 
 namespace rastrel::corerast {
 namespace {
@@ -43,7 +44,7 @@ Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
 // The pages are those of the program that started this one. If it ends without having taken them,
 // others may remove them.
 void NameOwner(const std::string& directory) {
-  if (const auto owner = os::IdentityOfProcess(static_cast<std::uint32_t>(::getppid())))
+  if (const auto owner = os::IdentityOfProcess(os::StarterProcessId()))
     static_cast<void>(os::WriteOwner(directory, *owner));
 }
 

@@ -297,8 +297,8 @@ TEST(HostileJob, can_not_leave_files_behind) {
       RedPage;
   const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  // The run's directory, its page and the page's three files.
-  EXPECT_EQ(bench.Remains().size(), 5U);
+  // The run's directory, the name of its owner, its page and the page's three files.
+  EXPECT_EQ(bench.Remains().size(), 6U);
 }
 
 TEST(HostileJob, that_writes_into_the_pixel_stream_spoils_only_itself) {

@@ -193,7 +193,7 @@ TEST_F(AbortedJob, while_the_pages_are_spooled_leaves_them_in_the_spool) {
   PrintAborted("Info 5 system");
   EXPECT_EQ(Stages(), "started, ripping, ripped, printing, printed, spooling, spooled, aborted");
   EXPECT_EQ(End(), "holding: aborted");
-  EXPECT_EQ(Tree("Queue/rip/CFM/sign.cfm"), (Lines{"A/", "A/pixels", "B/", "B/pixels"}));
+  EXPECT_EQ(Tree("Queue/rip/CFM/sign.cfm"), (Lines{".kept", "A/", "A/pixels", "B/", "B/pixels"}));
   EXPECT_EQ(m_Ticket.m_CFMFile.Entries.size(), 2U);
 }
 

@@ -221,12 +221,15 @@ TEST_F(PrintJob, whose_file_is_missing_ends_with_error_18) {
 }
 
 TEST_F(PrintJob, whose_prefix_can_not_be_made_ends_with_error_15) {
-  std::filesystem::create_directory(Root().Path("job/sign.psp"));
+  // One byte more than a file name may have, with each of the names that a prefix can have.
+  const std::string name = std::string(252, 's') + ".ps";
+  std::filesystem::rename(Root().Path("job/sign.ps"), Root().Path("job/" + name));
+  m_Ticket.SetJobFile(Root().Wide("job/" + name));
   Print();
   EXPECT_EQ(Told().Stages(), "started, completed");
   EXPECT_EQ(End(), "holding: prefix");
   EXPECT_TRUE(HasLogged("[Print]: Prefix generation failed"));
-  EXPECT_EQ(Tree("job"), (Lines{"sign.ps", "sign.psp/"}));
+  EXPECT_EQ(Tree("job"), Lines{name});
 }
 
 TEST_F(PrintJob, whose_prefix_throws_ends_its_thread_with_no_report) {

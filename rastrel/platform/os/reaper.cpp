@@ -12,11 +12,14 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -27,6 +30,7 @@ namespace rastrel::os {
 namespace {
 
 constexpr std::size_t ReaperStack = std::size_t{128} << 10;
+constexpr const char* ReaperName = "rastrel-reaper";  // at most 15 bytes
 
 Failure NoEnd(HANDLE process, int error) {
   return {"waitid", "process handle " + std::to_string(process), error};
@@ -108,6 +112,7 @@ void Reaper::Keep() {
 int Reaper::Main(void* reaper) {
   // Sent when the child's thread ends, which it can't before this process but with the host.
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  ::prctl(PR_SET_NAME, ReaperName);  // for `ps`, and for StarterProcessId
   // The handlers are copies. A host that ignores the signal would lose the status here, too.
   struct sigaction standard {};
   standard.sa_handler = SIG_DFL;
@@ -210,6 +215,20 @@ Expected<ExitState> TakeEndFromReaper(HANDLE process, bool wait) {
   Expected<ExitState> end = reaper->WaitForEnd();
   if (AllReapers().Remove(process, reaper)) reaper->Join();
   return end;
+}
+
+std::uint32_t StarterProcessId() {
+  const auto parent = static_cast<std::uint32_t>(::getppid());
+  std::ifstream status("/proc/" + std::to_string(parent) + "/status");
+  const std::string parentField = "PPid:";
+  bool isReaper = false;
+  for (std::string line; std::getline(status, line);) {
+    if (line == std::string("Name:\t") + ReaperName) isReaper = true;
+    if (isReaper && line.starts_with(parentField))
+      return static_cast<std::uint32_t>(
+          std::strtoul(line.c_str() + parentField.size(), nullptr, 10));
+  }
+  return parent;
 }
 
 }  // namespace rastrel::os

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "rastrel/platform/os/expected.h"
@@ -28,6 +29,10 @@ namespace rastrel::os {
 /// process, and ends it if it fails. Fails without a thread ("pthread_create") or a process
 /// ("clone").
 [[nodiscard]] Expected<ChildProcess> StartInReaper(std::function<Expected<ChildProcess>()> start);
+
+/// The process that started this one: its parent, or the parent of that if the parent is a reaper.
+/// A reaper ends with its child, and nobody owns anything by it. 0 if the machine does not say.
+[[nodiscard]] std::uint32_t StarterProcessId();
 
 /// The end of a child that StartInReaper started: running, if it has not ended and `wait` is false.
 /// The end can be had once. Fails with ECHILD if it was had before or the reaper could not have it.

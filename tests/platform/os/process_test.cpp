@@ -1,4 +1,5 @@
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/reaper.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -434,6 +435,20 @@ bool Lives(pid_t id) {
   std::string line;
   std::getline(stat, line);
   return line.rfind(')') != line.npos && line[line.rfind(')') + 2] != 'Z';
+}
+
+// The RIP writes the host down as the owner of its pages, and not the reaper, which ends before
+// they are taken.
+TEST(HostOfChildren, is_the_starter_of_a_child_and_the_reaper_is_known_by_its_name) {
+  const RunningChild child(Shell("exec sleep 30"));
+  ASSERT_TRUE(child.Started());
+  const pid_t reaper = ParentOf(static_cast<pid_t>(child.Id()));
+  std::string name;
+  std::ifstream file("/proc/" + std::to_string(reaper) + "/comm");
+  std::getline(file, name);
+  EXPECT_EQ(name, "rastrel-reaper");
+  EXPECT_EQ(ParentOf(reaper), ::getpid());
+  EXPECT_EQ(os::StarterProcessId(), static_cast<std::uint32_t>(::getppid()));
 }
 
 TEST(HostOfChildren, whose_reaper_somebody_kills_gets_a_failure_and_no_endless_wait) {
