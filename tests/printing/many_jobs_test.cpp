@@ -9,8 +9,10 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/support/child_signal.h"
 #include "tests/support/print_fixture.h"
 
+using rastrel::test::ChildSignal;
 using rastrel::test::HasChildren;
 using rastrel::test::Lines;
 using rastrel::test::OpenDescriptors;
@@ -150,33 +152,20 @@ TEST_F(ManyJobs, eight_at_a_time_of_which_some_are_aborted_keep_nothing) {
 
 // Hosts that leave no child to anybody else.
 
-class ChildSignal {
- public:
-  explicit ChildSignal(void (*handler)(int), int flags = 0) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    ::sigaction(SIGCHLD, &action, &m_Old);
-  }
-  ~ChildSignal() { ::sigaction(SIGCHLD, &m_Old, nullptr); }
-  ChildSignal(const ChildSignal&) = delete;
-  ChildSignal& operator=(const ChildSignal&) = delete;
-
- private:
-  struct sigaction m_Old {};
-};
-
 TEST_F(ManyJobs, of_a_host_that_ignores_the_signal_of_children_succeed) {
+  REQUIRE_REAPERS();
   const ChildSignal ignored(SIG_IGN);
   EXPECT_TRUE(PrintAtOnce(Jobs / AtOnce));
 }
 
 TEST_F(ManyJobs, of_a_host_that_wants_no_zombies_succeed) {
+  REQUIRE_REAPERS();
   const ChildSignal noZombies(SIG_DFL, SA_NOCLDWAIT);
   EXPECT_TRUE(PrintAtOnce(Jobs / AtOnce));
 }
 
 TEST_F(ManyJobs, of_a_host_that_waits_for_every_child_succeed) {
+  REQUIRE_REAPERS();
   std::atomic<bool> over = false;
   std::thread other([&over] {
     while (!over)

@@ -30,6 +30,13 @@ namespace rastrel::os {
 namespace {
 
 constexpr std::size_t ReaperStack = std::size_t{128} << 10;
+// ThreadSanitizer takes a reaper for a fork and ends the program. Built with it, the child's thread
+// starts the child and waits for it, so all else is as ever.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool HasReapers = false;
+#else
+constexpr bool HasReapers = true;
+#endif
 constexpr const char* ReaperName = "rastrel-reaper";  // at most 15 bytes
 
 Failure NoEnd(HANDLE process, int error) {
@@ -70,6 +77,7 @@ class Reaper {
  private:
   void Keep();
   static int Main(void* reaper);
+  void KeepChild();
   Expected<ChildProcess> StartChild();
   void TakeEnd(const ChildProcess& child);
   template <typename Result>
@@ -94,6 +102,7 @@ void Reaper::Keep() {
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_BLOCK, &all, nullptr);
+  if (!HasReapers) return KeepChild();
   alignas(std::max_align_t) std::array<std::byte, ReaperStack> stack;
   // No signal for its end. The call returns when it is gone.
   const int id =
@@ -117,11 +126,14 @@ int Reaper::Main(void* reaper) {
   struct sigaction standard {};
   standard.sa_handler = SIG_DFL;
   ::sigaction(SIGCHLD, &standard, nullptr);
-  auto& self = *static_cast<Reaper*>(reaper);
-  const Expected<ChildProcess> child = self.StartChild();
-  self.Publish<ChildProcess>(self.m_Started, child);
-  if (child) self.TakeEnd(*child);
+  static_cast<Reaper*>(reaper)->KeepChild();
   ::_exit(0);
+}
+
+void Reaper::KeepChild() {
+  const Expected<ChildProcess> child = StartChild();
+  Publish<ChildProcess>(m_Started, child);
+  if (child) TakeEnd(*child);
 }
 
 Expected<ChildProcess> Reaper::StartChild() {

@@ -23,11 +23,13 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "tests/support/child_signal.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/scratch_directory.h"
 
 namespace os = rastrel::os;
+using rastrel::test::ChildSignal;
 using rastrel::test::OpenDescriptors;
 using rastrel::test::ScratchDirectory;
 
@@ -363,33 +365,20 @@ void ExpectEachStatusIsHad() {
   }
 }
 
-class ChildSignal {
- public:
-  explicit ChildSignal(void (*handler)(int), int flags = 0) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    ::sigaction(SIGCHLD, &action, &m_Old);
-  }
-  ~ChildSignal() { ::sigaction(SIGCHLD, &m_Old, nullptr); }
-  ChildSignal(const ChildSignal&) = delete;
-  ChildSignal& operator=(const ChildSignal&) = delete;
-
- private:
-  struct sigaction m_Old {};
-};
-
 TEST(HostOfChildren, that_ignores_their_signal_gets_each_status) {
+  REQUIRE_REAPERS();
   const ChildSignal ignored(SIG_IGN);
   ExpectEachStatusIsHad();
 }
 
 TEST(HostOfChildren, that_wants_no_zombies_gets_each_status) {
+  REQUIRE_REAPERS();
   const ChildSignal noZombies(SIG_DFL, SA_NOCLDWAIT);
   ExpectEachStatusIsHad();
 }
 
 TEST(HostOfChildren, that_waits_for_every_child_gets_each_status) {
+  REQUIRE_REAPERS();
   std::atomic<bool> over = false;
   std::jthread other([&over] {
     while (!over)
@@ -400,6 +389,7 @@ TEST(HostOfChildren, that_waits_for_every_child_gets_each_status) {
 }
 
 TEST(HostOfChildren, that_takes_even_those_without_a_signal_gets_each_status) {
+  REQUIRE_REAPERS();
   std::atomic<bool> over = false;
   std::jthread other([&over] {
     while (!over)
@@ -410,6 +400,7 @@ TEST(HostOfChildren, that_takes_even_those_without_a_signal_gets_each_status) {
 }
 
 TEST(HostOfChildren, that_has_no_further_process_gets_a_failure) {
+  REQUIRE_REAPERS();
   const os::SystemCallsGuard guard;
   os::Calls().clone = [](int (*)(void*), void*, int, void*) { return errno = EAGAIN, -1; };
   const auto child = os::Spawn(Shell("exit 0"));
@@ -440,6 +431,7 @@ bool Lives(pid_t id) {
 // The RIP writes the host down as the owner of its pages, and not the reaper, which ends before
 // they are taken.
 TEST(HostOfChildren, is_the_starter_of_a_child_and_the_reaper_is_known_by_its_name) {
+  REQUIRE_REAPERS();
   const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const pid_t reaper = ParentOf(static_cast<pid_t>(child.Id()));
@@ -452,6 +444,7 @@ TEST(HostOfChildren, is_the_starter_of_a_child_and_the_reaper_is_known_by_its_na
 }
 
 TEST(HostOfChildren, whose_reaper_somebody_kills_gets_a_failure_and_no_endless_wait) {
+  REQUIRE_REAPERS();
   const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   const pid_t reaper = ParentOf(static_cast<pid_t>(child.Id()));
@@ -466,6 +459,7 @@ TEST(HostOfChildren, whose_reaper_somebody_kills_gets_a_failure_and_no_endless_w
 }
 
 TEST(HostOfChildren, that_is_killed_leaves_no_reaper) {
+  REQUIRE_REAPERS();
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   const pid_t host = ::fork();
