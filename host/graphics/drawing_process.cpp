@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <optional>
@@ -212,6 +213,7 @@ Expected<void> DrawingRun::Read(DrawingProcess& process) {
     if (waited == os::WaitTimeout) {
       return NotDrawn("drawing it takes more than " + SecondsText(m_Limits.silence));
     }
+    if (waited == os::WaitFailed) return Failure{"poll", "the drawing program", errno};
     const auto count = os::ReadSome(process.Output(), buffer.data(), buffer.size());
     if (!count) return count.Error();
     if (*count == 0) {
