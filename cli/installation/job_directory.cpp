@@ -10,6 +10,7 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/owned_directory.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/tree.h"
@@ -51,7 +52,12 @@ JobDirectory::JobDirectory(JobDirectory&& other) noexcept
     : m_Path(std::exchange(other.m_Path, {})), m_Keep(other.m_Keep) {}
 
 JobDirectory::~JobDirectory() {
-  if (!m_Keep && !m_Path.empty()) static_cast<void>(os::RemoveTree(os::FromNative(m_Path)));
+  if (m_Keep || m_Path.empty() || os::RemoveNativeTree(m_Path)) return;
+  // Once more: it may have been a failure of the moment, such as no descriptor being left. The
+  // owner's name may have gone, and without it the rest would stay for good.
+  if (os::RemoveNativeTree(m_Path)) return;
+  if (const auto own = os::IdentityOfProcess(os::CurrentProcessId()))
+    static_cast<void>(os::WriteOwner(m_Path, *own));
 }
 
 Expected<std::string> JobDirectory::CopyIn(const std::string& path, const std::string& name) const {

@@ -26,10 +26,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A command should not be noticeably slower for others that were killed.
-constexpr std::size_t MaximumNames = 1000;
-constexpr std::size_t MaximumRemovals = 16;
-
 Failure CantWrite(const std::string& target, const std::string& why) {
   return FailureOf("can't write '" + target + "': " + why);
 }
@@ -60,21 +56,15 @@ Workspace::Workspace(bool json) : m_Json(json) {}
 Expected<void> Workspace::MakeDirectory() {
   if (auto laidOut = MakeSureOfDataRoot(); !laidOut) return laidOut;
   const std::lock_guard<std::mutex> guard(m_Mutex);
-  os::RemoveAbandonedDirectories(JobsDirectory(), MaximumNames, MaximumRemovals);
   auto directory = JobDirectory::Create(false);
   if (!directory) return directory.Error();
   m_Directory.emplace(*std::move(directory));
-  if (auto hold = os::DirectoryHold::Take(m_Directory->Path())) m_Hold.emplace(*std::move(hold));
   return {};
 }
 
 Workspace::~Workspace() {
   const std::lock_guard<std::mutex> guard(m_Mutex);
-  if (!m_Directory) return;
-  const std::string path = m_Directory->Path();
   m_Directory.reset();
-  // Once more: a failure of the moment, such as no descriptor being left, would leave it for good.
-  if (os::Exists(os::FromNative(path))) static_cast<void>(os::RemoveHeldDirectory(path));
 }
 
 void Workspace::Stop() {

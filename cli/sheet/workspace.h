@@ -8,7 +8,6 @@
 
 #include "cli/installation/job_directory.h"
 #include "rastrel/platform/os/expected.h"
-#include "rastrel/platform/os/held_directory.h"
 
 namespace rastrel::os {
 class StopSignals;
@@ -18,7 +17,8 @@ namespace rastrel::cli::sheet {
 
 /// A directory for unpacked parts, below the data root's `jobs`. It is removed with all it holds
 /// at the end of its life, and at a signal that asks the program to end: that ends it at once, with
-/// the status Cancelled. One whose program was killed is removed by the next workspace.
+/// the status Cancelled. One whose program was killed is removed by a later command
+/// (SweepLeftovers).
 class Workspace {
  public:
   /// Begins to take signals; there is no directory yet. With `json` a cancellation is a JSON line.
@@ -50,7 +50,6 @@ class Workspace {
   std::mutex m_Mutex;
   std::string m_Unfinished;  // a file beside the final place
   std::optional<JobDirectory> m_Directory;
-  std::optional<os::DirectoryHold> m_Hold;     // none where the file system has no locks
   std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
 };
 

@@ -10,7 +10,7 @@
 
 #include "rastrel/platform/os/file_content.h"
 #include "rastrel/platform/os/file_descriptor.h"
-#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/owner.h"
 
 namespace rastrel::os {
 namespace {
@@ -47,10 +47,8 @@ Expected<void> Finish(int file, const std::string& name, std::optional<mode_t> p
 // A name in the target's directory that no file has, and nobody can have laid out as a link.
 Expected<FileDescriptor> MakeHidden(const std::string& target, std::string& name,
                                     const OnHiddenFile& onHidden) {
-  const std::string stem =
-      DirectoryOf(target) + "/.rastrel-" + std::to_string(CurrentProcessId()) + "-";
-  for (unsigned number = 0;; ++number) {
-    name = stem + std::to_string(number) + ".tmp";
+  for (;;) {
+    name = DirectoryOf(target) + "/" + OwnTemporaryName();
     struct stat state {};
     if (::lstat(name.c_str(), &state) == 0) continue;
     onHidden(name);

@@ -1,6 +1,7 @@
 #include "rastrel/platform/os/owner.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -24,7 +25,7 @@ namespace {
 
 constexpr std::string_view TemporaryStart = ".rastrel-";
 constexpr std::string_view TemporaryEnd = ".tmp";
-constexpr std::uint64_t OwnerFileLimit = 1024;
+constexpr std::size_t OwnerFileLimit = 1024;
 constexpr std::size_t StartField = 20;  // of /proc/ID/stat, counted from 0 after the program's name
 
 std::vector<std::string_view> FieldsOf(std::string_view line, char separator = ' ') {
@@ -182,11 +183,20 @@ Expected<void> WriteOwner(const std::string& directory, const ProcessIdentity& o
   return FailureAt(path, written.Error());
 }
 
+// A link could name another directory's owner, and a pipe would be waited for.
 Expected<ProcessIdentity> ReadOwner(const std::string& directory) {
   const std::string path = directory + "/" + std::string(OwnerFileName);
-  const auto text = ReadWholeFile(FromNative(path), OwnerFileLimit);
-  if (!text) return text.Error();
-  const std::string_view line = *text;
+  const auto file = TakeDescriptor(
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY), "open",
+      path);
+  if (!file) return file.Error();
+  struct stat state {};
+  if (::fstat(file->Get(), &state) != 0) return Failure{"fstat", path, errno};
+  if (!S_ISREG(state.st_mode)) return Failure{"read", path, EINVAL, "it is no file"};
+  std::array<char, OwnerFileLimit> bytes{};
+  const auto count = ReadSome(file->Get(), bytes.data(), bytes.size());
+  if (!count) return FailureAt(path, count.Error());
+  const std::string_view line(bytes.data(), *count);
   if (line.ends_with('\n'))
     if (auto owner = ParseIdentity(line.substr(0, line.size() - 1))) return *owner;
   return Failure{"read", path, EINVAL, "it names no process"};

@@ -1,13 +1,18 @@
 #include "cli/installation/sweep.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "cli/installation/job_directory.h"
+#include "rastrel/platform/os/owned_directory.h"
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/process.h"
 #include "tests/support/library_fixture.h"
@@ -100,6 +105,39 @@ TEST_F(SweepTest, follows_no_link) {
     fs::create_directory_symlink(Root().Path("elsewhere"), Root().Path(link));
   SweepLeftovers();
   EXPECT_EQ(Root().Read("elsewhere/file"), "x");
+}
+
+TEST_F(SweepTest, takes_the_directory_of_a_killed_process_with_all_in_it) {
+  const std::string path = Root().Path("jobs/1-1");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (os::MakeOwnedDirectory(path)) {
+      fs::create_directories(path + "/package/xl");
+      ::raise(SIGKILL);
+    }
+    ::_exit(1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_TRUE(fs::exists(path + "/package/xl"));
+  SweepLeftovers();
+  EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(SweepTest, leaves_links_to_an_owner_and_whatever_else_has_that_name) {
+  GiveOwner("elsewhere", Gone());
+  Root().Write("elsewhere/package/xl/part", "part");
+  fs::create_directory(Root().Path("jobs/2-1"));
+  fs::create_symlink(Root().Path("elsewhere/.owner"), Root().Path("jobs/2-1/.owner"));
+  fs::create_directories(Root().Path("jobs/3-1/.owner"));
+  Root().Write("jobs/4-1", "file");
+  fs::create_directory(Root().Path("jobs/5-1"));
+  fs::create_directory(Root().Path("jobs/6-1"));
+  ASSERT_EQ(::mkfifo(Root().Path("jobs/6-1/.owner").c_str(), 0600), 0);
+  SweepLeftovers();
+  EXPECT_EQ(In("jobs"), (Names{"2-1", "3-1", "4-1", "5-1", "6-1"}));
+  EXPECT_EQ(Root().Read("elsewhere/package/xl/part"), "part");
 }
 
 TEST_F(SweepTest, takes_temporary_files_of_a_process_that_has_ended_alone) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/owner.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::test {
@@ -60,13 +61,19 @@ TEST_F(DeliverFileTest, a_replaced_file_gives_its_permissions_to_the_new_one) {
 }
 
 TEST_F(DeliverFileTest, a_hidden_file_is_announced_before_it_is_made_and_is_never_an_existing_one) {
-  const std::string first =
-      m_Other.Path(".rastrel-" + std::to_string(static_cast<unsigned>(::getpid())) + "-0.tmp");
+  // Names of this process end in a number that rises by one.
+  const std::string last = os::OwnTemporaryName();
+  const std::size_t dash = last.rfind('-') + 1;
+  const unsigned long number = std::stoul(last.substr(dash));
+  const auto after = [&](unsigned long steps) {
+    return last.substr(0, dash) + std::to_string(number + steps) + ".tmp";
+  };
+  const std::string first = m_Other.Path(after(1));
   m_Source.Write("victim", "kept");
   fs::create_symlink(m_Source.Path("victim"), first);
   ASSERT_TRUE(Deliver(m_Other.Path("out")));
   ASSERT_EQ(m_Hidden.size(), 2U);
-  EXPECT_TRUE(m_Hidden[0].ends_with("-1.tmp")) << m_Hidden[0];
+  EXPECT_TRUE(m_Hidden[0].ends_with(after(2))) << m_Hidden[0];
   EXPECT_EQ(m_Hidden[1], "");
   EXPECT_EQ(m_Source.Read("victim"), "kept");
   EXPECT_EQ(m_Other.Read("out"), "new");
