@@ -20,6 +20,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,7 @@ constexpr bool HasReapers = false;
 #else
 constexpr bool HasReapers = true;
 #endif
+constexpr int LooksForEnd = 200;
 constexpr const char* ReaperName = "rastrel-reaper";  // at most 15 bytes
 
 Failure NoEnd(HANDLE process, int error) {
@@ -63,7 +65,10 @@ class Reaper {
     m_Changed.wait(lock, [this] { return m_Started.has_value(); });
     return *m_Started;
   }
+  // Who waits has seen the child end, which wakes the reaper at the same moment: its answer is a
+  // few microseconds off, less than a sleep and a wakeup take.
   Expected<ExitState> WaitForEnd() {
+    for (int look = 0; look < LooksForEnd && !HasEnded(); ++look) std::this_thread::yield();
     std::unique_lock lock(m_Mutex);
     m_Changed.wait(lock, [this] { return m_End.has_value(); });
     return *m_End;
@@ -169,24 +174,31 @@ class Reapers {
     } else {
       place = std::move(reaper);
     }
-    std::erase_if(m_Left, [](const auto& left) {
-      if (!left->HasEnded()) return false;
-      left->Join();
-      return true;
-    });
   }
   std::shared_ptr<Reaper> Find(HANDLE process) {
     const std::scoped_lock lock(m_Mutex);
     const auto found = m_ByHandle.find(process);
     return found == m_ByHandle.end() ? nullptr : found->second;
   }
-  /// False if another thread has removed it.
-  bool Remove(HANDLE process, const std::shared_ptr<Reaper>& reaper) {
+  /// Nothing if another thread has removed it.
+  void Remove(HANDLE process, const std::shared_ptr<Reaper>& reaper) {
     const std::scoped_lock lock(m_Mutex);
     const auto found = m_ByHandle.find(process);
-    if (found == m_ByHandle.end() || found->second != reaper) return false;
+    if (found == m_ByHandle.end() || found->second != reaper) return;
     m_ByHandle.erase(found);
-    return true;
+    m_Left.push_back(reaper);
+  }
+  /// Waits for the threads of those whose child has ended.
+  void JoinEnded() {
+    std::vector<std::shared_ptr<Reaper>> ended;
+    {
+      const std::scoped_lock lock(m_Mutex);
+      const auto first =
+          std::ranges::partition(m_Left, [](const auto& left) { return !left->HasEnded(); });
+      ended.assign(first.begin(), first.end());
+      m_Left.erase(first.begin(), first.end());
+    }
+    for (const auto& reaper : ended) reaper->Join();
   }
 
  private:
@@ -210,6 +222,7 @@ bool HasEnded(HANDLE process) {
 
 Expected<ChildProcess> StartInReaper(std::function<Expected<ChildProcess>()> start) {
   auto reaper = std::make_shared<Reaper>(std::move(start));
+  JoinEndedReapers();
   if (!reaper->Begin()) return Failure{"pthread_create", {}, EAGAIN};
   Expected<ChildProcess> child = reaper->WaitForStart();
   if (child) {
@@ -225,9 +238,11 @@ Expected<ExitState> TakeEndFromReaper(HANDLE process, bool wait) {
   if (!reaper) return NoEnd(process, ECHILD);
   if (!wait && !reaper->HasEnded() && !HasEnded(process)) return ExitState{.running = true};
   Expected<ExitState> end = reaper->WaitForEnd();
-  if (AllReapers().Remove(process, reaper)) reaper->Join();
+  AllReapers().Remove(process, reaper);
   return end;
 }
+
+void JoinEndedReapers() { AllReapers().JoinEnded(); }
 
 std::uint32_t StarterProcessId() {
   const auto parent = static_cast<std::uint32_t>(::getppid());

@@ -27,6 +27,7 @@
 #include "tests/support/environment_guard.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/scratch_directory.h"
+#include "tests/support/threads.h"
 
 namespace os = rastrel::os;
 using rastrel::test::ChildSignal;
@@ -348,6 +349,26 @@ TEST(TakeExitState, is_had_once) {
   const auto ended = os::Terminate(child.Process());
   ASSERT_FALSE(ended);
   EXPECT_EQ(ended.Error().error, ECHILD);
+}
+
+TEST(ReleaseEndedChildren, leaves_no_thread_of_a_child_whose_end_was_taken) {
+  const std::size_t before = rastrel::test::Threads();
+  for (int number = 0; number < 20; ++number) {
+    const RunningChild child(Shell("exit 7"));
+    ASSERT_TRUE(child.Started());
+    EXPECT_EQ(child.WaitForEnd().status, 7);
+    os::ReleaseEndedChildren();
+    ASSERT_EQ(rastrel::test::ThreadsSettled(before), before);
+  }
+}
+
+TEST(ReleaseEndedChildren, does_not_wait_for_a_child_that_runs) {
+  const RunningChild child(Shell("read line"));
+  ASSERT_TRUE(child.Started());
+  os::ReleaseEndedChildren();
+  const auto state = os::TakeExitState(child.Process());
+  ASSERT_TRUE(state);
+  EXPECT_TRUE(state->running);
 }
 
 // Hosts that take the end of every child, or let the system take it.
