@@ -77,7 +77,9 @@ class Reaper {
     const std::scoped_lock lock(m_Mutex);
     return m_End.has_value();
   }
-  void Join() { m_Thread->Join(); }
+  void Join() {
+    std::call_once(m_Joined, [this] { m_Thread->Join(); });
+  }
 
  private:
   void Keep();
@@ -95,6 +97,8 @@ class Reaper {
 
   std::function<Expected<ChildProcess>()> m_Start;
   std::unique_ptr<Thread> m_Thread;
+  std::once_flag m_Joined;
+  decltype(SystemCalls::waitid) m_WaitId = nullptr;
   std::mutex m_Mutex;
   std::condition_variable m_Changed;
   std::optional<Expected<ChildProcess>> m_Started;
@@ -136,6 +140,7 @@ int Reaper::Main(void* reaper) {
 }
 
 void Reaper::KeepChild() {
+  m_WaitId = Calls().waitid;  // now: a test may put the calls back while the child runs
   const Expected<ChildProcess> child = StartChild();
   Publish<ChildProcess>(m_Started, child);
   if (child) TakeEnd(*child);
@@ -154,7 +159,7 @@ void Reaper::TakeEnd(const ChildProcess& child) {
   const auto id = static_cast<id_t>(child.id);
   int result = 0;
   do {
-    result = Calls().waitid(P_PID, id, &information, WEXITED);
+    result = m_WaitId(P_PID, id, &information, WEXITED);
   } while (result != 0 && errno == EINTR);
   if (result == 0) {
     Publish<ExitState>(m_End, StateFrom(information));
@@ -197,6 +202,9 @@ class Reapers {
           std::ranges::partition(m_Left, [](const auto& left) { return !left->HasEnded(); });
       ended.assign(first.begin(), first.end());
       m_Left.erase(first.begin(), first.end());
+      // Their handle may have been closed by an owner that could not end the child.
+      for (const auto& [process, reaper] : m_ByHandle)
+        if (reaper->HasEnded()) ended.push_back(reaper);
     }
     for (const auto& reaper : ended) reaper->Join();
   }

@@ -39,8 +39,7 @@ namespace rastrel::os {
 /// The child's thread ends a little later.
 [[nodiscard]] Expected<ExitState> TakeEndFromReaper(HANDLE process, bool wait);
 
-/// Waits for the threads of children whose end was taken or whose handle was closed before and is
-/// another child's now, if the child has ended: each ends within microseconds.
+/// Waits for the threads of all children that have ended: each ends within microseconds.
 void JoinEndedReapers();
 
 }  // namespace rastrel::os
