@@ -255,8 +255,9 @@ Expected<void> OutputFile::Flush() {
   return {};
 }
 
-// What is replaced gets the hidden name in the same step, so that it can be brought back.
-Expected<void> OutputFile::Name() {
+// A replaced entry that is to be kept gets the hidden name in the same step, so that it can be
+// brought back. A directory takes no other's place without that.
+Expected<void> OutputFile::Name(bool keepsReplaced) {
   if (m_State == State::Direct) return {};
   if (auto place = CheckOwnPlace(); !place) return place;
   if (RenameToFree(m_Hidden, m_Target) == 0) {
@@ -265,12 +266,15 @@ Expected<void> OutputFile::Name() {
   }
   if (errno != EEXIST || m_Existing == Existing::Refused) return Failure{"rename", m_Target, errno};
   const char* const hidden = m_Hidden.c_str();
-  if (::renameat2(AT_FDCWD, hidden, AT_FDCWD, m_Target.c_str(), RENAME_EXCHANGE) == 0) {
-    m_State = State::Exchanged;
-    return {};
+  if (keepsReplaced || m_IsDirectory) {
+    if (::renameat2(AT_FDCWD, hidden, AT_FDCWD, m_Target.c_str(), RENAME_EXCHANGE) == 0) {
+      m_State = State::Exchanged;
+      return {};
+    }
+    // Not every file system can exchange two names.
+    if (errno != EINVAL && errno != ENOSYS) return Failure{"rename", m_Target, errno};
   }
-  if ((errno != EINVAL && errno != ENOSYS) || ::rename(hidden, m_Target.c_str()) != 0)
-    return Failure{"rename", m_Target, errno};
+  if (::rename(hidden, m_Target.c_str()) != 0) return Failure{"rename", m_Target, errno};
   m_State = State::Final;
   return {};
 }
@@ -310,7 +314,7 @@ Expected<void> OutputFile::CommitAll(std::span<OutputFile> files) {
     if (auto flushed = file.Flush(); !flushed) return flushed;
   }
   for (std::size_t count = 0; count < files.size(); ++count) {
-    const auto named = files[count].Name();
+    const auto named = files[count].Name(files.size() > 1);
     if (named) continue;
     while (count > 0) files[--count].TakeBack();
     return named.Error();

@@ -17,7 +17,7 @@ namespace rastrel::os {
 /// process ends first, and with an empty one when it is gone.
 using OnHiddenFile = std::function<void(const std::string& path)>;
 
-/// What becomes of an entry that has a new file's name already.
+/// The fate of an entry that has a new file's name already.
 enum class Existing {
   Refused,   ///< it stays, and the new file is not made (EEXIST). A link counts, wherever it leads
   Replaced,  ///< the new file takes its place, and that of a link itself
@@ -25,12 +25,12 @@ enum class Existing {
 };
 
 /// A file, or a directory with all in it, on its way to its name. Until Commit it has a hidden name
-/// (OwnTemporaryName) in the directory of its place, and what has the name stays as it is:
+/// (OwnTemporaryName) in the directory of its place, and an entry of the name stays as it is:
 ///
 ///     Create or Take      .rastrel-4711.8812.0ef1a2b3.9c5d77aa-0.tmp
 ///     Commit              the file's content is on the disk, it gets its name in one step, and the
 ///                         name is on the disk
-///     destruction         without Commit: the hidden entry goes; what was taken goes back
+///     destruction         without Commit: the hidden entry goes; a taken one goes back
 ///
 /// So a reader, and whoever comes after a crash, sees the old file or the new one, each whole. A
 /// regular file that is replaced gives its permissions to the new one. With Followed a pipe, a
@@ -62,11 +62,11 @@ class OutputFile {
   [[nodiscard]] Expected<void> Append(int source);
 
   /// Gives the file its name. Fails as CheckPlace does if an entry came to have the name meanwhile.
-  /// After a failure what was there is there, and the file is as before Commit.
+  /// After a failure an old entry is in its place, and the file is as before Commit.
   [[nodiscard]] Expected<void> Commit();
 
-  /// Gives several files their names, in order: all of them, or after a failure none, and then what
-  /// was replaced is back in its place.
+  /// Gives several files their names, in order: all of them, or after a failure none, and then
+  /// the replaced entries are back in their places.
   [[nodiscard]] static Expected<void> CommitAll(std::span<OutputFile> files);
 
  private:
@@ -80,7 +80,7 @@ class OutputFile {
   [[nodiscard]] Expected<void> MoveHere(const std::string& source);
   [[nodiscard]] Expected<void> CopyHere(const std::string& source);
   [[nodiscard]] Expected<void> Flush();
-  [[nodiscard]] Expected<void> Name();
+  [[nodiscard]] Expected<void> Name(bool keepsReplaced);
   void TakeBack();
   [[nodiscard]] Expected<void> Finish();
   void ChooseHiddenName();
