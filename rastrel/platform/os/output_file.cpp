@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "rastrel/platform/os/file.h"
@@ -24,6 +25,7 @@ namespace {
 
 constexpr mode_t PermissionBits = 07777;
 constexpr int DeepestFolder = 32;  // of a result; the queue program's are two deep
+constexpr int NameLimit = 10'000;  // looked at for leftovers
 
 std::string DirectoryOf(const std::string& path) {
   const std::size_t separator = path.rfind('/');
@@ -79,6 +81,26 @@ Expected<void> CopyNativeTree(const std::string& source, const std::string& targ
   return {};
 }
 
+// Removes a hidden entry; never the end of a link.
+void RemoveEntry(const std::string& path) {
+  const auto state = StateOf(path);
+  if (state && S_ISDIR(state->st_mode)) {
+    static_cast<void>(RemoveNativeTree(path));
+  } else {
+    ::unlink(path.c_str());
+  }
+}
+
+// Removes the hidden entries of processes that have certainly ended.
+void RemoveLeftovers(const std::string& directory) {
+  std::error_code error;
+  int seen = 0;
+  for (std::filesystem::directory_iterator entry(directory, error), last;
+       !error && entry != last && seen < NameLimit; entry.increment(error), ++seen) {
+    if (IsAbandonedTemporaryName(entry->path().filename().string())) RemoveEntry(entry->path());
+  }
+}
+
 }  // namespace
 
 OutputFile::OutputFile(std::string target, Existing existing, OnHiddenFile onHidden)
@@ -119,7 +141,9 @@ Expected<void> OutputFile::Prepare() {
   if (!follows) return {};
   const bool isSpecial = isThere && !S_ISREG(state.st_mode);
   if (isSpecial || IsOpenStream(m_Target)) return OpenDirect();
-  m_Target = EndOfLinks(m_Target);
+  // Any other place keeps its name as it was given, for messages.
+  const auto own = StateOf(m_Target);
+  if (own && S_ISLNK(own->st_mode)) m_Target = EndOfLinks(m_Target);
   return {};
 }
 
@@ -173,14 +197,7 @@ void OutputFile::ChooseHiddenName() {
   Announce(m_Hidden);
 }
 
-void OutputFile::RemoveHidden() {
-  const auto state = StateOf(m_Hidden);
-  if (state && S_ISDIR(state->st_mode)) {
-    static_cast<void>(RemoveNativeTree(m_Hidden));
-  } else {
-    ::unlink(m_Hidden.c_str());
-  }
-}
+void OutputFile::RemoveHidden() { RemoveEntry(m_Hidden); }
 
 Expected<void> OutputFile::MakeHidden() {
   constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY;
@@ -320,9 +337,12 @@ Expected<void> OutputFile::CommitAll(std::span<OutputFile> files) {
     return named.Error();
   }
   Expected<void> finished;
+  std::set<std::string> directories;
   for (OutputFile& file : files) {
+    if (file.m_State != State::Direct) directories.insert(DirectoryOf(file.m_Target));
     if (const auto done = file.Finish(); !done) KeepFirst(finished, done.Error());
   }
+  for (const std::string& directory : directories) RemoveLeftovers(directory);
   return finished;
 }
 

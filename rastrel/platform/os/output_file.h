@@ -35,7 +35,8 @@ enum class Existing {
 /// So a reader, and whoever comes after a crash, sees the old file or the new one, each whole. A
 /// regular file that is replaced gives its permissions to the new one. With Followed a pipe, a
 /// terminal or an open stream (/dev/stdout) is written to directly, since nothing can take its
-/// place. Any thread, one at a time. Move-only.
+/// place. Hidden entries that killed processes left in the directory go with the next Commit there.
+/// Any thread, one at a time. Move-only.
 ///
 /// A failure's `where` is the place, and never the hidden name.
 class OutputFile {

@@ -2,14 +2,17 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/scratch_directory.h"
 
@@ -206,6 +209,30 @@ TEST_F(OutputFileTest, of_several_all_are_named_or_none_and_what_was_replaced_co
   EXPECT_EQ(m_Place.Read("d"), "came meanwhile");
   EXPECT_EQ(NamesIn(m_Place.Path()), Names({"a", "b.cfm", "d"}));
   EXPECT_EQ(NamesIn(source.Path()), Names({"a", "b.cfm", "c", "d"})) << "back where they came from";
+}
+
+TEST_F(OutputFileTest, the_next_one_removes_the_leftovers_of_killed_processes) {
+  m_Other.Write("kept/mine", "kept");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const std::string file = m_Place.Path(os::OwnTemporaryName());
+    const std::string folder = m_Place.Path(os::OwnTemporaryName());
+    m_Place.Write(fs::path(file).filename().string(), "half");
+    m_Place.Write(fs::path(folder).filename().string() + "/half", "half");
+    fs::create_symlink(m_Other.Path("kept"), folder + "/link");
+    ::kill(::getpid(), SIGKILL);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  m_Place.Write(".rastrel-notes.tmp", "the user's");
+  auto open = OutputFile::Create(m_Place.Path("open"), Existing::Refused);
+  ASSERT_TRUE(open);
+  ASSERT_EQ(NamesIn(m_Place.Path()).size(), 4U);
+  ASSERT_TRUE(Make(m_Place.Path("out"), Existing::Refused, "new"));
+  EXPECT_EQ(NamesIn(m_Place.Path()).size(), 3U) << "the open one of this process stays";
+  ASSERT_TRUE(open->Commit());
+  EXPECT_EQ(NamesIn(m_Place.Path()), Names({".rastrel-notes.tmp", "open", "out"}));
+  EXPECT_EQ(m_Other.Read("kept/mine"), "kept");
 }
 
 TEST_F(OutputFileTest, takes_no_link) {
