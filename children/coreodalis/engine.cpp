@@ -46,12 +46,16 @@ std::string OutputDirectory() {
   return given.empty() ? os::DataRoot() + "/output" : given;
 }
 
+/// The last element of a title, which is the job file's path without its extension.
+std::string NameOf(const std::string& title) { return title.substr(title.find_last_of("/\\") + 1); }
+
 class Engine {
  public:
   Engine(const EngineOptions& options, interpreter::Guardian& guardian)
       : m_Options(options),
         m_Output(OutputDirectory()),
         m_Printer(os::EnvironmentValue("RASTREL_PRINTER")),
+        m_Job(os::EnvironmentValue("RASTREL_JOB")),
         m_Date(Today()),
         m_Delivery(guardian) {}
 
@@ -159,7 +163,7 @@ class Engine {
     auto source = PageSource::Open(place.native, *info);
     if (!source) return source.Error();
     order.values.output = m_Output;
-    order.values.job = info->job.empty() ? std::string(entry.title) : info->job;
+    order.values.job = JobOf(*info, entry);
     order.values.page = info->page;
     order.values.copy = ++place.delivered;
     order.values.date = m_Date;
@@ -175,6 +179,12 @@ class Engine {
     ReportPage(info->page);
     ReportShare(0);
     return {};
+  }
+
+  std::string JobOf(const pages::PageInfo& info, const PageEntry& entry) const {
+    if (!m_Job.empty()) return m_Job;
+    const std::string name = NameOf(info.job);
+    return name.empty() ? std::string(entry.title) : name;
   }
 
   /// A fault in the text comes with its line; any other failure names the file by itself.
@@ -197,6 +207,7 @@ class Engine {
   EngineOptions m_Options;
   std::string m_Output;
   std::string m_Printer;
+  std::string m_Job;  ///< its name, if the library says one
   std::string m_Date;
   std::string m_DevicesPath;
   Delivery m_Delivery;

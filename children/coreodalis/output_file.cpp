@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <random>
 #include <utility>
+
+#include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -17,12 +19,9 @@ constexpr unsigned HighestNumber = 1'000'000;
 constexpr mode_t FileMode = 0666;
 constexpr int HiddenNameTries = 100;
 
-/// A name in the directory that nobody else comes upon.
+/// A name in the directory that says whose it is, so that a sweep knows it for a leftover.
 std::string HiddenPath(const std::string& directory) {
-  std::random_device random;
-  char name[48];
-  std::snprintf(name, sizeof name, "/.rastrel-%08x%08x.part", random(), random());
-  return directory + name;
+  return directory + "/" + os::OwnTemporaryName();
 }
 
 bool IsWithoutAnonymousFiles(int error) {
@@ -62,6 +61,25 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   return -1;
 }
 
+bool IsDirectory(const std::string& path) {
+  struct stat state {};
+  return ::lstat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+/// New names are on the disk once their directories are. Not every directory that may be written to
+/// may be read.
+Expected<void> FlushNames(std::span<const Publisher::Item> items) {
+  std::string last;
+  for (const Publisher::Item& item : items) {
+    const std::string directory = DirectoryOf(item.path);
+    if (directory == last) continue;
+    last = directory;
+    auto flushed = os::FlushNamesIn(directory);
+    if (!flushed && flushed.Error().what != "open") return flushed;
+  }
+  return {};
+}
+
 Expected<void> MakeDirectories(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directories(directory, error);
@@ -82,6 +100,8 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
     : m_Descriptor(std::move(other.m_Descriptor)),
       m_Directory(std::move(other.m_Directory)),
       m_Hidden(std::exchange(other.m_Hidden, {})),
+      m_HidesReplaced(other.m_HidesReplaced),
+      m_HasReplaced(other.m_HasReplaced),
       m_Guardian(other.m_Guardian) {}
 
 OutputFile::~OutputFile() {
@@ -144,7 +164,7 @@ void OutputFile::Unname(const std::string& path) {
   }
 }
 
-OutputFile::Naming OutputFile::NameInPlace(const std::string& path) {
+OutputFile::Naming OutputFile::NameInPlace(const std::string& path, bool keepsReplaced) {
   if (m_Hidden.empty()) {
     const std::string hidden = HiddenPath(m_Directory);
     if (!m_Guardian->Guard(hidden)) {
@@ -154,7 +174,35 @@ OutputFile::Naming OutputFile::NameInPlace(const std::string& path) {
     m_Hidden = hidden;
     if (LinkAnonymous(m_Descriptor.Get(), hidden) != 0) return Naming::Failed;
   }
-  return ::rename(m_Hidden.c_str(), path.c_str()) == 0 ? Naming::Named : Naming::Failed;
+  if (RenameHidden(m_Hidden, path) == 0) return Naming::Named;
+  if (errno != EEXIST) return Naming::Failed;
+  if (IsDirectory(path)) {
+    errno = EISDIR;
+    return Naming::Failed;
+  }
+  const char* const hidden = m_Hidden.c_str();
+  if (keepsReplaced) {
+    if (::renameat2(AT_FDCWD, hidden, AT_FDCWD, path.c_str(), RENAME_EXCHANGE) == 0) {
+      m_HidesReplaced = true;
+      return Naming::Named;
+    }
+    // On file systems that can't exchange two names the replaced file is lost.
+    if (errno != EINVAL && errno != ENOSYS) return Naming::Failed;
+  }
+  if (::rename(hidden, path.c_str()) != 0) return Naming::Failed;
+  m_HasReplaced = true;
+  return Naming::Named;
+}
+
+void OutputFile::BringBack(const std::string& path) {
+  if (m_HasReplaced) return;  // without the old file the new one stays, which is whole
+  const char* const hidden = m_Hidden.c_str();
+  if (m_HidesReplaced) {
+    static_cast<void>(::renameat2(AT_FDCWD, hidden, AT_FDCWD, path.c_str(), RENAME_EXCHANGE));
+    m_HidesReplaced = false;
+  } else {
+    static_cast<void>(::rename(path.c_str(), hidden));
+  }
 }
 
 std::string NumberedPath(const std::string& path, unsigned number) {
@@ -174,13 +222,15 @@ std::string DirectoryOf(const std::string& path) {
 Expected<std::vector<std::string>> Publisher::Replace(std::span<const Item> items) {
   std::vector<std::string> named;
   for (const Item& item : items) {
-    // A file that was replaced before a failure can't be brought back; the new one is whole, and
-    // stays.
-    if (item.file->NameInPlace(item.path) != OutputFile::Naming::Named) {
-      return Failure{"name", item.path, errno};
+    if (item.file->NameInPlace(item.path, items.size() > 1) == OutputFile::Naming::Named) {
+      named.push_back(item.path);
+      continue;
     }
-    named.push_back(item.path);
+    const int error = errno;
+    for (std::size_t i = named.size(); i-- > 0;) items[i].file->BringBack(items[i].path);
+    return Failure{"name", item.path, error};
   }
+  if (const auto flushed = FlushNames(items); !flushed) return flushed.Error();
   return named;
 }
 
@@ -210,6 +260,7 @@ Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> item
     std::vector<std::string> named;
     for (const Item& item : items) named.push_back(NumberedPath(item.path, number));
     ++number;
+    if (const auto flushed = FlushNames(items); !flushed) return flushed.Error();
     return named;
   }
   return FailureOf("no free number for '" + items.front().path + "'");

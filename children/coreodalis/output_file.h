@@ -40,8 +40,11 @@ class OutputFile {
   [[nodiscard]] Naming Name(const std::string& path);
   /// Takes the name that Name gave away again; the file is as it was before.
   void Unname(const std::string& path);
-  /// As Name, but in the place of a file of that name, if there is one. Failed leaves errno.
-  [[nodiscard]] Naming NameInPlace(const std::string& path);
+  /// As Name, but in the place of a file of that name, if there is one. With `keepsReplaced` that
+  /// file lives on under the hidden name until this object ends. Failed leaves errno.
+  [[nodiscard]] Naming NameInPlace(const std::string& path, bool keepsReplaced = false);
+  /// Takes the name that NameInPlace gave away again, and brings the file back that was kept.
+  void BringBack(const std::string& path);
 
  private:
   OutputFile(os::FileDescriptor descriptor, std::string directory, std::string hidden,
@@ -49,7 +52,9 @@ class OutputFile {
 
   os::FileDescriptor m_Descriptor;
   std::string m_Directory;
-  std::string m_Hidden;  ///< path of the hidden file; empty: it has no name
+  std::string m_Hidden;          ///< path of the hidden file; empty: it has no name
+  bool m_HidesReplaced = false;  ///< the hidden file is the one that was replaced
+  bool m_HasReplaced = false;    ///< a file was replaced for good
   interpreter::Guardian* m_Guardian;
 };
 
@@ -62,6 +67,7 @@ class Publisher {
   };
   /// The paths that the files have in the end, in order. Unless `overwrite`, no file is replaced:
   /// where one of the names is taken, all get "-2" in front of the extension, then "-3" and so on.
+  /// A failure leaves the files that were there. The names are on the disk when this returns.
   [[nodiscard]] Expected<std::vector<std::string>> Publish(std::span<const Item> items,
                                                            bool overwrite);
 

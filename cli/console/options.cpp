@@ -69,6 +69,7 @@ constexpr std::array OptionTable{
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
+    OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{Help, "--help", "", "Print this help."},
@@ -83,7 +84,7 @@ constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels, 
                                    Dpi,         Planar,     CutOnly,    OutputFile, Help};
 constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,      Levels,
                                     LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor,
-                                    KeepPs,    OutputFile,  Json,       Help};
+                                    KeepPs,    OutputFile,  Force,      Json,       Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
@@ -102,13 +103,15 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   OptionId::Window,
                                   KeepPs,
                                   Output,
+                                  Force,
                                   Json,
                                   Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
-constexpr std::array ImportOptions{Format,   OutputFile, Page, PictureDpi, Blank,
-                                   Outlines, Strict,     Json, Help};
-constexpr std::array ViewOptions{Format, OutputFile, Page, PictureDpi, Blank, Outlines, Json, Help};
+constexpr std::array ImportOptions{Format,   OutputFile, Page,  PictureDpi, Blank,
+                                   Outlines, Strict,     Force, Json,       Help};
+constexpr std::array ViewOptions{Format,   OutputFile, Page, PictureDpi, Blank,
+                                 Outlines, Force,      Json, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{

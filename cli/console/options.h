@@ -59,6 +59,7 @@ enum class OptionId {
   Outlines,
   Strict,
   Remove,
+  Force,
   Help,
   Version,
 };

@@ -1,26 +1,20 @@
 #include "cli/converting/header_command.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 
 #include "cli/console/standard_streams.h"
+#include "cli/console/unwritten_file.h"
 #include "cli/converting/conversion_settings.h"
 #include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
-#include "rastrel/conversion/prepend.h"
-#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_content.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
-
-[[noreturn]] void FailToWrite(const std::string& target, int error) {
-  throw CommandError(ExitStatus::JobFailed,
-                     "can't write '" + target + "': " + DescribeError(error));
-}
 
 // Names that no library path can spell, as those with a backslash.
 std::wstring PathOfTarget(const std::string& target) {
@@ -32,22 +26,20 @@ std::wstring PathOfTarget(const std::string& target) {
   return path;
 }
 
-void WriteCopy(const InputFile& input, const std::string& target, const std::string& header) {
+// The input may be the target itself: it is read before it is replaced.
+Expected<void> WriteCopy(const InputFile& input, const std::string& target,
+                         const std::string& header) {
+  auto copy = os::OutputFile::Create(target, os::Existing::Followed);
+  if (!copy) return copy.Error();
+  if (auto written = copy->Write(header); !written) return written;
   std::error_code ignored;
-  if (std::filesystem::equivalent(input.path, target, ignored)) {
-    if (!conversion::PrependToFile(PathOfTarget(target).c_str(), os::WideFromAnsi(header)))
-      FailToWrite(target, errno);
-    return;
+  const bool inPlace = std::filesystem::equivalent(input.path, target, ignored);
+  if (input.extension != ".pdf" || inPlace) {
+    const auto source = os::OpenRegularFile(PathOfTarget(input.path));
+    if (!source) return source.Error();
+    if (auto appended = copy->Append(source->Get()); !appended) return appended;
   }
-  const auto copy = os::CreateForWriting(PathOfTarget(target));
-  if (!copy) FailToWrite(target, copy.Error().error);
-  if (const auto written = os::WriteAll(copy->Get(), header); !written)
-    FailToWrite(target, written.Error().error);
-  if (input.extension == ".pdf") return;
-  const auto source = os::OpenRegularFile(PathOfTarget(input.path));
-  if (!source) FailToWrite(target, source.Error().error);
-  if (const auto appended = os::AppendContent(copy->Get(), source->Get()); !appended)
-    FailToWrite(target, appended.Error().error);
+  return copy->Commit();
 }
 
 }  // namespace
@@ -60,7 +52,10 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
   LayOutQuietly();
   const std::wstring header = settings.Header();
   if (invocation.Has(OptionId::OutputFile)) {
-    WriteCopy(input, invocation.ValueOr(OptionId::OutputFile, ""), os::AnsiFromWide(header));
+    const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+    static_cast<void>(PathOfTarget(target));
+    const auto written = WriteCopy(input, target, os::AnsiFromWide(header));
+    if (!written) ThrowUnwritten(FailureAt(target, written.Error()));
     return ExitStatus::Done;
   }
   std::string shown = settings.Any() ? "" : HeaderOf(input.path);

@@ -10,6 +10,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
+#include "cli/console/unwritten_file.h"
 #include "cli/converting/conversion_settings.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/converting/queue_view.h"
@@ -20,6 +21,8 @@
 #include "rastrel/conversion/prepend.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -48,13 +51,12 @@ void WriteHeaderBeside(const ConversionSettings& settings, const std::string& so
                        const std::string& copy) {
   std::error_code error;
   if (!settings.Any() && fs::exists(HeaderBeside(source), error)) {
-    if (!fs::copy_file(HeaderBeside(source), HeaderBeside(copy), error))
-      FailToWriteHeader(error.value());
+    const auto copied = os::CopyNativeFile(HeaderBeside(source), HeaderBeside(copy));
+    if (!copied) FailToWriteHeader(copied.Error().error);
     return;
   }
-  const auto file = os::CreateForWriting(os::FromNative(HeaderBeside(copy)));
-  if (!file) FailToWriteHeader(file.Error().error);
-  const auto written = os::WriteAll(file->Get(), os::AnsiFromWide(settings.Header()));
+  const auto written =
+      os::ReplaceFile(os::FromNative(HeaderBeside(copy)), os::AnsiFromWide(settings.Header()));
   if (!written) FailToWriteHeader(written.Error().error);
 }
 
@@ -79,28 +81,33 @@ std::string OutputDirectory(const Invocation& invocation) {
   return directory;
 }
 
-void Move(const fs::path& from, const fs::path& to) {
-  std::error_code error;
-  fs::rename(from, to, error);
-  if (!error) return;
-  // Another file system, or a directory in the way.
-  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing, error);
-  if (error)
-    throw CommandError(ExitStatus::JobFailed, "can't put '" + from.filename().string() +
-                                                  "' into '" + to.parent_path().string() +
-                                                  "': " + DescribeError(error.value()));
+// Where a result goes; a name alone for the working directory.
+std::string PlaceOf(const fs::path& name, const std::string& directory) {
+  return directory == "." ? name.string() : (fs::path(directory) / name).string();
 }
 
-// The results of the program, moved.
+// The results that every conversion has are looked for before it, which takes long.
+void CheckPlaces(const InputFile& input, const std::string& directory, os::Existing existing) {
+  if (existing != os::Existing::Refused) return;
+  for (const char* ending : {".cfm", "_Color.bmp"}) {
+    const auto place = os::CheckPlace(PlaceOf(input.safeName + ending, directory), existing);
+    if (!place) ThrowUnwritten(place.Error());
+  }
+}
+
+// The results of the program, moved: all of them or none.
 std::vector<std::string> TakeResults(const std::string& directory, const std::set<fs::path>& before,
-                                     const std::string& target) {
+                                     const std::string& target, os::Existing existing) {
   std::vector<std::string> paths;
+  std::vector<os::OutputFile> files;
   for (const fs::path& name : NamesIn(directory)) {
     if (before.contains(name)) continue;
-    const fs::path path = target == "." ? name : fs::path(target) / name;
-    Move(fs::path(directory) / name, path);
-    paths.push_back(path.string());
+    paths.push_back(PlaceOf(name, target));
+    auto file = os::OutputFile::Take(fs::path(directory) / name, paths.back(), existing);
+    if (!file) ThrowUnwritten(FailureAt(paths.back(), file.Error()));
+    files.push_back(*std::move(file));
   }
+  if (const auto named = os::OutputFile::CommitAll(files); !named) ThrowUnwritten(named.Error());
   return paths;
 }
 
@@ -145,6 +152,8 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   if (invocation.Has(OptionId::Window)) OrEnd(ExitStatus::NotInstalled, view.UseWindow());
   const std::string target = OutputDirectory(invocation);
+  const os::Existing existing = UnnamedExisting(invocation);
+  CheckPlaces(input, target, existing);
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
   const bool keep = KeepsFiles();
@@ -158,7 +167,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (result == host::OkCommand)
-    return WriteDone(TakeResults(directory.Path(), before, target), json);
+    return WriteDone(TakeResults(directory.Path(), before, target, existing), json);
   if (view.IsCancelled()) return WriteCancelled(json);
   Fail();
 }

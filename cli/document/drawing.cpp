@@ -1,8 +1,11 @@
 #include "cli/document/drawing.h"
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
+#include <utility>
 
+#include "cli/console/unwritten_file.h"
 #include "cli/console/values.h"
 #include "host/render/document_images.h"
 #include "rastrel/platform/os/path.h"
@@ -62,6 +65,7 @@ Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation, const st
     request.dpi = *number;
   }
   request.outlines = invocation.Has(OptionId::Outlines);
+  request.numbered = UnnamedExisting(invocation);
   return request;
 }
 
@@ -78,11 +82,19 @@ Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
   if (request.page > 0) options.page = request.page;
   options.outlines = request.outlines;
   options.dpi = request.dpi;
-  const auto written = render::SaveImages(source, FormatOf(request.kind), options, path);
+  const auto written =
+      render::SaveImages(source, FormatOf(request.kind), options, path, request.numbered);
   if (!written) return written.Error();
   std::vector<std::string> files;
   for (const std::wstring& file : *written) files.push_back(os::Utf8FromWide(file));
   return files;
+}
+
+std::vector<std::string> DrawOrEnd(document::DocumentHost& host, const DrawingRequest& request,
+                                   const std::string& output) {
+  auto files = WriteDrawing(host, request, output);
+  if (!files && files.Error().error == EEXIST) ThrowUnwritten(files.Error());
+  return OrEnd(ExitStatus::JobFailed, std::move(files));
 }
 
 }  // namespace rastrel::cli

@@ -6,6 +6,7 @@
 #include "cli/console/options.h"
 #include "host/document_host.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/output_file.h"
 
 namespace rastrel::cli {
 
@@ -23,6 +24,7 @@ struct DrawingRequest {
   int page = 0;  ///< from 1; 0 for all
   int dpi = 96;  ///< pixels per inch of a picture
   bool outlines = false;
+  os::Existing numbered = os::Existing::Refused;  ///< for the files of several pages
 };
 
 /// Reads the options of drawing; the kind by the extension of `output`, .svg, .pdf, .png, .json
@@ -32,9 +34,14 @@ struct DrawingRequest {
                                                         const std::string& output);
 
 /// Makes the file, whole or not at all; of a drawing or picture of several pages one file a page,
-/// with "-1", "-2" before the extension. Returns the files' names.
+/// with "-1", "-2" before the extension, all of them or none. Returns the files' names.
 [[nodiscard]] Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
                                                               const DrawingRequest& request,
                                                               const std::string& output);
+
+/// The same for a command, which a failure ends.
+[[nodiscard]] std::vector<std::string> DrawOrEnd(document::DocumentHost& host,
+                                                 const DrawingRequest& request,
+                                                 const std::string& output);
 
 }  // namespace rastrel::cli

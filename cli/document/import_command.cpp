@@ -38,7 +38,7 @@ ExitStatus ImportCommand(const Invocation& invocation) {
   std::vector<std::string> files;
   const bool json = invocation.Has(OptionId::Json);
   if (!output.empty()) {
-    files = OrEnd(ExitStatus::JobFailed, WriteDrawing(*file.host, request, output));
+    files = DrawOrEnd(*file.host, request, output);
   } else if (!json) {
     ShowOnTerminal(file, request, invocation.operand);
   }

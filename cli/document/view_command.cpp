@@ -44,8 +44,7 @@ ExitStatus ViewCommand(const Invocation& invocation) {
   if (output.empty()) {
     Show(file, request, invocation);
   } else {
-    const std::vector<std::string> files =
-        OrEnd(ExitStatus::JobFailed, WriteDrawing(*file.host, request, output));
+    const std::vector<std::string> files = DrawOrEnd(*file.host, request, output);
     WriteSummary(file, invocation.operand, files, invocation.Has(OptionId::Json));
   }
   return file.host->GetNotices().Losses().empty() ? ExitStatus::Done : ExitStatus::JobFailed;

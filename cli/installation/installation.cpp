@@ -1,8 +1,12 @@
 #include "cli/installation/installation.h"
 
+#include <cerrno>
+
+#include "cli/installation/print_modes.h"
 #include "cli/installation/sweep.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/print_check.h"
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/data_root.h"
 
@@ -19,10 +23,25 @@ Failure Unusable(const std::string& why) {
   return FailureOf("the data root can't be used: " + why + "; `rastrel doctor` tells more");
 }
 
+bool LacksSpace(const Failure& failure) {
+  return failure.error == ENOSPC || failure.error == EDQUOT;
+}
+
 }  // namespace
+
+Expected<void> CheckLayout() {
+  const auto laidOut = standalone::DataRootState();
+  if (laidOut) return {};
+  return FailureOf("the data root can't be laid out: " + Describe(laidOut.Error()) +
+                   "; `rastrel doctor` tells more");
+}
 
 Expected<void> MakeSureOfDataRoot() {
   LayOutQuietly();
+  if (const auto laidOut = standalone::DataRootState(); !laidOut) {
+    const bool isIncomplete = !os::Exists(os::FromNative(DevicesFile())) || ListModes().empty();
+    if (LacksSpace(laidOut.Error()) || isIncomplete) return CheckLayout();
+  }
   if (const auto files = job::CheckPrintFiles(); !files) return Unusable(Describe(files.Error()));
   if (const std::string why = WhyNotWritable(JobsDirectory()); !why.empty()) return Unusable(why);
   return {};

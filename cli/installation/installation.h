@@ -6,13 +6,19 @@
 
 namespace rastrel::cli {
 
-/// Lays the data root out if it was not, and makes sure that the files of a print can be written
-/// there: the library would wait forever for an application log that can't be opened.
+/// Lays the data root out if it was not, and makes sure that the files of a print are there and can
+/// be written: the library would wait forever for an application log that can't be opened. A root
+/// that could not be laid out for want of space is a failure whatever is there, since no job would
+/// fit either.
 [[nodiscard]] Expected<void> MakeSureOfDataRoot();
 
 /// Lays the data root out, and removes the leftovers of killed commands. A fault is left to the
-/// first caller that needs the files.
+/// first caller that needs the files (CheckLayout).
 void LayOutQuietly();
+
+/// Whether the data root could be laid out; the failure names the call, the file and the system's
+/// reason. For who finds that a shipped file is missing.
+[[nodiscard]] Expected<void> CheckLayout();
 
 /// Native paths without closing separators.
 [[nodiscard]] std::string RipDirectory();

@@ -6,11 +6,14 @@
 #include "cli/installation/installation.h"
 #include "cli/installation/print_modes.h"
 #include "cli/installation/printers.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 
 ExitStatus ListPrintersCommand(const Invocation& invocation) {
   LayOutQuietly();
+  if (!os::Exists(os::FromNative(DevicesFile()))) OrEnd(ExitStatus::NotInstalled, CheckLayout());
   for (const devices::Device& device : OrEnd(ExitStatus::NotInstalled, ReadPrinters())) {
     const bool isDefault = device.printer == DefaultPrinter;
     if (invocation.Has(OptionId::Json)) {
@@ -27,7 +30,9 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
 
 ExitStatus ListModesCommand(const Invocation& invocation) {
   LayOutQuietly();
-  for (const PrintMode& mode : ListModes()) {
+  const std::vector<PrintMode> modes = ListModes();
+  if (modes.empty()) OrEnd(ExitStatus::NotInstalled, CheckLayout());
+  for (const PrintMode& mode : modes) {
     const std::string name = mode.folder + "/" + mode.name;
     const bool isDefault = name == DefaultMode;
     if (invocation.Has(OptionId::Json)) {

@@ -62,7 +62,7 @@ bool TicketWatch::HasReportedEnd() {
 
 void TicketWatch::Notify(JobEvent event) {
   const std::lock_guard<std::mutex> guard(m_ObserverMutex);
-  if (m_Filter) m_Filter(event);
+  if (m_Filter && !m_Filter(event)) return;
   for (JobObserver* observer : m_Observers) observer->OnEvent(event);
 }
 

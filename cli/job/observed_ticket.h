@@ -26,9 +26,9 @@ class TicketWatch {
   /// Adds an observer, which is not owned and must outlive the print. Before PrintJob only.
   void AddObserver(JobObserver* observer) { m_Observers.push_back(observer); }
 
-  /// Has a function change each event before the observers hear of it, under the same lock. Before
-  /// PrintJob only.
-  void SetFilter(std::function<void(JobEvent&)> filter) { m_Filter = std::move(filter); }
+  /// Has a function change each event before the observers hear of it, under the same lock; they
+  /// don't if it returns false. Before PrintJob only.
+  void SetFilter(std::function<bool(JobEvent&)> filter) { m_Filter = std::move(filter); }
 
   /// Waits until the job has ended, whichever way. `thread` is the one that prints it; REQUIRES:
   /// PrintJob was true. `tick` is called every redraw::ForElapsedTime meanwhile, unless it is
@@ -46,7 +46,7 @@ class TicketWatch {
 
  private:
   std::vector<JobObserver*> m_Observers;
-  std::function<void(JobEvent&)> m_Filter;
+  std::function<bool(JobEvent&)> m_Filter;
   std::mutex m_ObserverMutex;
   std::mutex m_EndMutex;
   std::condition_variable m_Changed;

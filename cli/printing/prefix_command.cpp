@@ -1,13 +1,12 @@
 #include "cli/printing/prefix_command.h"
 
-#include <cerrno>
 #include <cstdint>
-#include <fstream>
 #include <memory>
 #include <string>
 
 #include "cli/console/options.h"
 #include "cli/console/standard_streams.h"
+#include "cli/console/unwritten_file.h"
 #include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
@@ -16,6 +15,7 @@
 #include "cli/printing/job_settings.h"
 #include "rastrel/job/vk_job_ticket.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/prefix/ps_prefix.h"
@@ -76,13 +76,13 @@ std::string BytesOf(CJobTicket& ticket, const JobDirectory& directory) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  errno = 0;
-  std::ofstream file(path, std::ios::binary);
-  file << bytes;
-  file.close();
-  if (file.fail())
-    throw CommandError(ExitStatus::JobFailed,
-                       "the prefix can't be written to '" + path + "': " + DescribeError(errno));
+  const auto written = [&]() -> Expected<void> {
+    auto file = os::OutputFile::Create(path, os::Existing::Followed);
+    if (!file) return file.Error();
+    if (auto filled = file->Write(bytes); !filled) return filled;
+    return file->Commit();
+  }();
+  if (!written) ThrowUnwritten("the prefix can't be written to", FailureAt(path, written.Error()));
 }
 
 // With the end-of-job byte in letters, on a line of its own.

@@ -7,6 +7,7 @@
 
 #include "cli/console/options.h"
 #include "cli/console/terminal_picture.h"
+#include "cli/console/unwritten_file.h"
 #include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
@@ -16,6 +17,7 @@
 #include "cli/printing/job_settings.h"
 #include "cli/printing/preview_files.h"
 #include "cli/printing/whole_prefix.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -23,6 +25,7 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::size_t PicturesShown = 4;
+constexpr const char* CantBeWritten = "the preview can't be written to";
 
 devices::FileFormat FormatOf(const std::string& target) {
   const std::string extension = std::filesystem::path(target).extension();
@@ -46,12 +49,30 @@ std::string PrinterFor(devices::FileFormat format) {
                                                    " files below {output}, which a preview needs");
 }
 
-void CheckDirectory(const std::string& target) {
+// Only the first file's name is known before the job has run.
+void CheckTarget(const std::string& target) {
   const std::filesystem::path folder = std::filesystem::path(target).parent_path();
   std::error_code error;
   if (!folder.empty() && !std::filesystem::is_directory(folder, error))
     throw CommandError(ExitStatus::WrongUse, "the preview can't be put into '" + folder.string() +
                                                  "': no such directory");
+  if (const auto place = os::CheckPlace(target, os::Existing::Followed); !place)
+    ThrowUnwritten(CantBeWritten, place.Error());
+}
+
+// The files are outputs to all observers only now.
+void Deliver(PreviewFiles& files, const Invocation& invocation, JobRecord& record, JobView& view) {
+  if (!files.Fault().empty()) throw CommandError(ExitStatus::JobFailed, files.Fault());
+  if (const auto delivered = files.Deliver(UnnamedExisting(invocation)); !delivered)
+    ThrowUnwritten(CantBeWritten, delivered.Error());
+  for (const std::string& name : files.Names()) {
+    JobEvent event;
+    event.kind = JobEventKind::Output;
+    event.originator = JTO_ODALIS;
+    event.path = name;
+    record.OnEvent(event);
+    if (view.IsJson()) view.OnEvent(event);
+  }
 }
 
 // Shows the first of the pictures, if the terminal can; all names were printed as they were made.
@@ -71,7 +92,7 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
   const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
   const devices::FileFormat format = FormatOf(target);
-  CheckDirectory(target);
+  CheckTarget(target);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = PrinterFor(format);
@@ -89,14 +110,13 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
       ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
-  PreviewFiles files(target, input.safeName);
-  ticket.SetFilter([&files](JobEvent& event) { files.Take(event); });
+  PreviewFiles files(target, input.safeName, directory.Path() + "/finished");
+  ticket.SetFilter([&files](JobEvent& event) { return !files.Hold(event); });
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, *stop);
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
+  if (end == JobEnd::Done) Deliver(files, invocation, record, view);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
-  if (end == JobEnd::Done && !files.Fault().empty())
-    throw CommandError(ExitStatus::JobFailed, files.Fault());
   if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);
   return status;
 }

@@ -9,18 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Between file systems a file can only be copied.
-std::string WhyNotMoved(const fs::path& source, const fs::path& target) {
-  std::error_code error;
-  fs::rename(source, target, error);
-  if (!error) return {};
-  if (error == std::errc::cross_device_link) {
-    fs::copy_file(source, target, fs::copy_options::overwrite_existing, error);
-    if (!error) fs::remove(source, error);
-  }
-  return error ? error.message() : std::string();
-}
-
 // The part after the job's name in a delivered file's name: "-1", "-2", "-1-Cyan". The number
 // of the first page goes.
 std::string SuffixOf(const std::string& stem, const std::string& jobName) {
@@ -33,8 +21,11 @@ std::string SuffixOf(const std::string& stem, const std::string& jobName) {
 
 }  // namespace
 
-PreviewFiles::PreviewFiles(const std::string& target, std::string jobName)
-    : m_Extension(fs::path(target).extension()), m_JobName(std::move(jobName)) {
+PreviewFiles::PreviewFiles(const std::string& target, std::string jobName, std::string directory)
+    : m_Target(target),
+      m_Extension(fs::path(target).extension()),
+      m_JobName(std::move(jobName)),
+      m_Directory(std::move(directory)) {
   m_Stem = target.substr(0, target.size() - m_Extension.size());
 }
 
@@ -47,20 +38,44 @@ std::string PreviewFiles::NameFor(const std::string& delivered) const {
   return name;
 }
 
-void PreviewFiles::Take(JobEvent& event) {
-  if (event.kind != JobEventKind::Output) return;
+bool PreviewFiles::Hold(JobEvent& event) {
+  if (event.kind != JobEventKind::Output) return false;
   const std::string name = NameFor(event.path);
-  m_Taken.insert(name);
-  const std::string why = WhyNotMoved(event.path, name);
-  if (why.empty()) {
-    event.path = name;
+  // A number of its own, as the engine may write the next page over the same name.
+  const std::string held = m_Directory + "/" + std::to_string(m_Held.size() + 1);
+  std::error_code error;
+  fs::create_directories(m_Directory, error);
+  auto moved = os::OutputFile::Take(event.path, held, os::Existing::Refused);
+  const Expected<void> done = moved ? moved->Commit() : Expected<void>(moved.Error());
+  if (done) {
+    m_Taken.insert(name);
     m_Names.push_back(name);
-    return;
+    m_Held.push_back(held);
+    return true;
   }
   event.kind = JobEventKind::Log;
   event.path.clear();
-  event.text = "the preview can't be written to '" + name + "': " + why;
+  event.text = "the preview can't be written to '" + name + "': " + Describe(done.Error());
   if (m_Fault.empty()) m_Fault = event.text;
+  return false;
+}
+
+Expected<void> PreviewFiles::Deliver(os::Existing others) {
+  const auto existingOf = [&](const std::string& name) {
+    return name == m_Target ? os::Existing::Followed : others;
+  };
+  // Before the first is moved, as that may be a long copy.
+  for (const std::string& name : m_Names) {
+    if (auto place = os::CheckPlace(name, existingOf(name)); !place) return place;
+  }
+  std::vector<os::OutputFile> files;
+  for (std::size_t index = 0; index < m_Names.size(); ++index) {
+    const std::string& name = m_Names[index];
+    auto file = os::OutputFile::Take(m_Held[index], name, existingOf(name));
+    if (!file) return file.Error();
+    files.push_back(*std::move(file));
+  }
+  return os::OutputFile::CommitAll(files);
 }
 
 }  // namespace rastrel::cli

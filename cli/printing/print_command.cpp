@@ -66,9 +66,9 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   return request;
 }
 
-void Fill(CJobTicket& ticket, const PrintRequest& request, const InputFile& input,
+void Fill(CJobTicket& ticket, const PrintRequest& request, const std::string& name,
           const std::string& copy) {
-  ticket.m_JobName = os::WideFromUtf8(input.safeName);
+  ticket.m_JobName = os::WideFromUtf8(name);
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_Copies = request.copies;
   ticket.m_Pages = request.pages;
@@ -107,11 +107,12 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   if (request.spool)
     spool.emplace(OrEnd(ExitStatus::JobFailed, SpoolReservation::Create(input.safeName)));
   const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
-  const std::string name = (spool ? spool->Name() : input.safeName) + input.extension;
-  const std::string copy = OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name));
+  const std::string& name = spool ? spool->Name() : input.safeName;
+  const std::string copy =
+      OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name + input.extension));
 
   PrintTicket ticket;
-  Fill(ticket, request, input, copy);
+  Fill(ticket, request, name, copy);
   JobRecord record;
   const JobEnd end = RunStaged(ticket, record, view, stop);
   Expected<void> kept;

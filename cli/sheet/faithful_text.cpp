@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <list>
 #include <optional>
 #include <utility>
 
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/readers/ms_excel_xml_import.h"
 #include "rastrel/readers/open_office_xml_import.h"
@@ -52,12 +52,13 @@ Failure OfTheSystem(std::string why, int error) {
 // A workbook that has one of the sheets only.
 Expected<std::string> WriteWorkbookOf(const SheetInfo& sheet, const Workspace& workspace) {
   std::string path = workspace.Path("workbook.xml");
-  std::ofstream file(path, std::ios::binary);
-  file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<workbook xmlns:r=\"urn:r\"><sheets>"
-       << "<sheet name=\"" << Escaped(sheet.name) << "\" sheetId=\"1\" r:id=\"" << Escaped(sheet.id)
-       << "\"/></sheets></workbook>\n";
-  file.close();
-  if (!file) return OfTheSystem("can't write '" + path + "'", EIO);
+  const std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<workbook xmlns:r=\"urn:r\"><sheets><sheet "
+      "name=\"" +
+      Escaped(sheet.name) + "\" sheetId=\"1\" r:id=\"" + Escaped(sheet.id) +
+      "\"/></sheets></workbook>\n";
+  if (const auto written = os::ReplaceFile(os::FromNative(path), text); !written)
+    return OfTheSystem("can't write '" + path + "'", written.Error().error);
   return path;
 }
 

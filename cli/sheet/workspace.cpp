@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <utility>
 
 #include "cli/console/error_message.h"
@@ -28,17 +27,6 @@ namespace fs = std::filesystem;
 
 Failure CantWrite(const std::string& target, const std::string& why) {
   return FailureOf("can't write '" + target + "': " + why);
-}
-
-Expected<void> WriteThrough(const std::string& source, const std::string& target) {
-  std::ifstream input(source, std::ios::binary);
-  errno = 0;
-  std::ofstream output(target, std::ios::binary);
-  if (!output) return CantWrite(target, DescribeError(errno));
-  if (fs::file_size(source) > 0) output << input.rdbuf();
-  output.flush();
-  if (!output) return CantWrite(target, DescribeError(errno));
-  return {};
 }
 
 }  // namespace
@@ -99,16 +87,11 @@ void Workspace::SetUnfinished(const std::string& path) {
 }
 
 Expected<void> Workspace::Deliver(const std::string& source, const std::string& target) {
-  std::error_code error;
-  fs::path place = target;
-  if (fs::is_symlink(place, error) && fs::exists(place, error)) place = fs::canonical(place, error);
-  const auto state = fs::status(place, error);
-  if (fs::is_directory(state)) return CantWrite(target, "it is a directory");
-  if (fs::exists(state) && !fs::is_regular_file(state)) return WriteThrough(source, place);
   const auto delivered =
-      os::DeliverFile(source, place, [this](const std::string& hidden) { SetUnfinished(hidden); });
-  if (!delivered) return CantWrite(target, DescribeError(delivered.Error().error));
-  return {};
+      os::DeliverFile(source, target, [this](const std::string& hidden) { SetUnfinished(hidden); });
+  if (delivered) return {};
+  const int error = delivered.Error().error;
+  return CantWrite(target, error == EISDIR ? "it is a directory" : DescribeError(error));
 }
 
 }  // namespace rastrel::cli::sheet

@@ -5,7 +5,7 @@
 
 #include "host/render/drawing_request.h"
 #include "host/render/page_images.h"
-#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -81,16 +81,21 @@ Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, Image
 
 Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source, ImageFormat format,
                                                const ImageOptions& options,
-                                               const std::wstring& path) {
-  std::vector<std::wstring> written;
-  const auto drawn = DrawAway(source, format, options, [&](const std::string& image, int number) {
-    const std::wstring target = number == 0 ? path : NumberedPath(path, number);
-    Expected<void> replaced = os::ReplaceFile(target, image);
-    if (replaced) written.push_back(target);
-    return replaced;
-  });
-  if (!drawn) return drawn.Error();
-  return written;
+                                               const std::wstring& path, os::Existing numbered) {
+  std::vector<std::wstring> paths;
+  std::vector<os::OutputFile> files;
+  const auto take = [&](const std::string& image, int number) -> Expected<void> {
+    paths.push_back(number == 0 ? path : NumberedPath(path, number));
+    auto file = os::OutputFile::Create(os::ToNative(paths.back()),
+                                       number == 0 ? os::Existing::Followed : numbered);
+    if (!file) return file.Error();
+    if (auto written = file->Write(image); !written) return written;
+    files.push_back(*std::move(file));
+    return {};
+  };
+  if (const auto drawn = DrawAway(source, format, options, take); !drawn) return drawn.Error();
+  if (const auto named = os::OutputFile::CommitAll(files); !named) return named.Error();
+  return paths;
 }
 
 }  // namespace rastrel::render

@@ -10,6 +10,7 @@
 #include "host/graphics/drawing_process.h"
 #include "host/text/font_catalog.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/output_file.h"
 
 /// Pictures of a document's pages in true size. The same document has the same pictures to the
 /// byte, in every process, as long as the same fonts are installed.
@@ -48,12 +49,12 @@ struct ImageSource {
                                                               ImageFormat format,
                                                               const ImageOptions& options);
 
-/// Draws the pictures and writes them: one to `path`; several to `path` with "-1", "-2" and so on
-/// before the extension. Each file is replaced as a whole. Returns the paths. Fails as DrawDocument
-/// does, and where a file can't be written; the files before that one are kept.
-[[nodiscard]] Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source,
-                                                             ImageFormat format,
-                                                             const ImageOptions& options,
-                                                             const std::wstring& path);
+/// Draws the pictures and writes them: one to `path`, which is replaced as a whole; several to
+/// `path` with "-1", "-2" and so on before the extension, for which `numbered` says whether an
+/// entry of that name is replaced. Returns the paths. Fails as DrawDocument does, and as OutputFile
+/// where a file can't be written; then none has its name, and old files stay.
+[[nodiscard]] Expected<std::vector<std::wstring>> SaveImages(
+    const ImageSource& source, ImageFormat format, const ImageOptions& options,
+    const std::wstring& path, os::Existing numbered = os::Existing::Refused);
 
 }  // namespace rastrel::render

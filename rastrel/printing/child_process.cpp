@@ -23,6 +23,11 @@ std::vector<std::string> EntriesOf(const Args& block) {
   return entries;
 }
 
+bool HasSameName(const std::string& entry, const std::string& other) {
+  const std::size_t name = other.find('=') + 1;
+  return entry.compare(0, name, other, 0, name) == 0;
+}
+
 // The child runs in another directory, where a relative data root is another one.
 std::string ForChild(const std::string& entry) {
   constexpr std::string_view DataRoot = "RASTREL_HOME=";
@@ -50,6 +55,10 @@ CCPHelper::~CCPHelper() = default;
 
 void CCPHelper::AddArgument(const std::wstring& text) { m_Arguments.push_back(text); }
 
+void CCPHelper::SetVariable(const std::string& name, const std::string& value) {
+  m_Variables.push_back(name + "=" + value.c_str());
+}
+
 void CCPHelper::GetCommandLine(std::wstring& target) const {
   for (const std::wstring& argument : m_Arguments)
     target.append(L"\"").append(argument).append(L"\" ");
@@ -69,6 +78,11 @@ bool CCPHelper::Start() {
   for (const std::wstring& argument : rastrel::printing::ArgumentsOfCommandLine(commandLine))
     request.arguments.push_back(os::Utf8FromWide(argument));
   request.environment = EntriesOf(m_Environment);
+  for (const std::string& variable : m_Variables) {
+    std::erase_if(request.environment,
+                  [&](const std::string& entry) { return HasSameName(entry, variable); });
+    request.environment.push_back(variable);
+  }
   request.directory = os::ToNative(parts.drive + parts.directory);
   request.standardInput = OrStandard(m_hStdInput, os::StandardStream::Input);
   request.standardOutput = OrStandard(m_hStdOutput, os::StandardStream::Output);

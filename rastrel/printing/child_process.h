@@ -24,6 +24,9 @@ class CCPHelper {
 
   /// Appends one argument.
   void AddArgument(const std::wstring& text);
+  /// Gives the child a variable of its environment, in place of one of that name. A null in the
+  /// value ends it.
+  void SetVariable(const std::string& name, const std::string& value);
   /// Appends the command line to `target`: each argument in double quotes, with a space after it. A
   /// double quote inside an argument is not escaped, and splits it for the child.
   void GetCommandLine(std::wstring& target) const;
@@ -35,6 +38,7 @@ class CCPHelper {
  private:
   std::vector<std::wstring> m_Arguments;
   Args m_Environment;
+  std::vector<std::string> m_Variables;  // each begins with its name and "="
 
  public:
   HANDLE m_hProcess = INVALID_HANDLE_VALUE;  ///< valid after a start; the supervisor closes it

@@ -98,7 +98,10 @@ void CRealReprintingThread::AddArguments() {
                  L"******************************************************");
 }
 
+// The pages know their job by the prefix's title, which is its file's path. Its name is the
+// ticket's; without one a variable of the host's own must not count.
 bool CRealReprintingThread::StartWithInput() {
+  m_pProcess->SetVariable("RASTREL_JOB", os::Utf8FromWide(m_pTicket->m_JobName));
   m_pProcess->m_hStdInput = m_hStdinRead;
   const bool started = StartProcess();
   os::CloseHandle(m_hStdinRead);

@@ -19,6 +19,7 @@ import host_guide
 import house
 import include_rules
 import job_road
+import output_files
 import removals
 import sources
 import system_headers
@@ -59,6 +60,30 @@ class Removals(Tree):
     def test_a_line_that_stands_for_nothing_is_a_fault(self):
         self.assertEqual(removals.check(self.root, {("cli/gone.cpp", "unlink")}),
                          ["removals.txt: cli/gone.cpp has no unlink any more"])
+
+
+class OutputFiles(Tree):
+    def test_a_call_that_makes_or_names_a_file_is_a_fault_in_a_command_unless_it_is_named(self):
+        self.write("rastrel/platform/os/file.cpp", "::rename(a, b);\n")
+        for call, line in (("ofstream", "std::ofstream file(path);"), ("fopen", "std::fopen(path, mode);"),
+                           ("O_CREAT", "::open(path, O_WRONLY | O_CREAT, 0666);"),
+                           ("CreateForWriting", "auto f = os::CreateForWriting(path);"),
+                           ("copy_file", "fs::copy_file(a, b, error);"), ("copy", "fs::copy(a, b);"),
+                           ("rename", "std::filesystem::rename(a, b);"), ("rename", "::rename(a, b);"),
+                           ("CopyTreeInto", "os::CopyTreeInto(a, b);")):
+            self.write("cli/a.cpp", line + "\n")
+            self.assertEqual(len(output_files.check(self.root, set())), 1, line)
+            self.assertEqual(output_files.check(self.root, {("cli/a.cpp", call)}), [], line)
+
+    def test_readers_other_names_comments_and_texts_are_no_calls(self):
+        self.write("cli/a.cpp", '#include <fstream>\n// std::ofstream of old\nstd::ifstream in(path);\n'
+                   'Say("fopen");\nstd::ranges::copy(a, b);\nlist.rename(1);\n'
+                   "OutputFile::Create(path);\nReplaceFile(path, text);\n")
+        self.assertEqual(output_files.check(self.root, set()), [])
+
+    def test_a_line_that_stands_for_nothing_is_a_fault(self):
+        self.assertEqual(output_files.check(self.root, {("cli/gone.cpp", "ofstream")}),
+                         ["output_files.txt: cli/gone.cpp has no ofstream any more"])
 
 
 class IncludeRules(Tree):

@@ -116,6 +116,30 @@ TEST_F(Engine, overwrites_where_the_device_says_so) {
   ExpectTestPicture(ReadTiff(Output() + "/Sign-1.tif"), 3);
 }
 
+TEST_F(Engine, a_page_that_can_not_be_delivered_leaves_the_old_files) {
+  WriteRgbPage(Pages() + "/p1", "Sign", 1, "Again");
+  WriteFile(Output() + "/Sign-1-Red.tif", "old");
+  WriteFile(Output() + "/Sign-1-Green.tif", "old");
+  WriteFile(Output() + "/Sign-1-Blue.tif/in the way", "mine");
+  EngineRun run(Root(), Cfm2(Pages() + "/", {{"p1"}}), {}, true);
+  run.Finish();
+  EXPECT_EQ(run.Status(), NotDelivered) << run.Report();
+  EXPECT_EQ(OutputNames(), (Names{"Sign-1-Blue.tif", "Sign-1-Green.tif", "Sign-1-Red.tif"}));
+  EXPECT_EQ(ReadFile(Output() + "/Sign-1-Red.tif"), "old");
+  EXPECT_EQ(ReadFile(Output() + "/Sign-1-Green.tif"), "old");
+}
+
+// The prefix's title is the path of the job's file.
+TEST_F(Engine, files_have_the_jobs_name_and_not_its_path) {
+  WriteRgbPage(Pages() + "/p1", "/home/me/signs/sign");
+  EngineRun named(Root(), Cfm2(Pages() + "/", {{"p1"}}), {"RASTREL_JOB=Shop front"});
+  named.Finish();
+  EXPECT_EQ(named.Status(), Done) << named.Report();
+  EngineRun unnamed(Root(), Cfm2(Pages() + "/", {{"p1"}}), {"RASTREL_JOB="});
+  unnamed.Finish();
+  EXPECT_EQ(OutputNames(), (Names{"Shop front-1.tif", "sign-1.tif"}));
+}
+
 TEST_F(Engine, once_removes_the_page_after_its_last_entry_and_the_others_keep_it) {
   for (const char* name : {"once", "reprint", "only", "delete"}) {
     WriteRgbPage(Pages() + "/" + name, name);

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/owner.h"
 #include "tests/children/odalis_fixture.h"
 
 namespace rastrel::odalis {
@@ -128,6 +129,37 @@ TEST_P(OutputFiles, if_one_name_cannot_be_given_no_file_has_one) {
   first.reset();
   second.reset();
   EXPECT_EQ(All(), Names{});
+}
+
+TEST_P(OutputFiles, if_one_file_cannot_be_replaced_all_old_ones_are_back) {
+  WriteFile(Path("a"), "old");
+  std::filesystem::create_directories(Path("c"));
+  auto first = Make("1");
+  auto second = Make("2");
+  auto third = Make("3");
+  const Publisher::Item items[] = {
+      {&*first, Path("a")}, {&*second, Path("b")}, {&*third, Path("c")}};
+  Publisher publisher;
+  const auto paths = publisher.Publish(items, true);
+  ASSERT_FALSE(paths);
+  EXPECT_NE(Describe(paths.Error()).find(Path("c")), std::string::npos);
+  first.reset();
+  second.reset();
+  third.reset();
+  EXPECT_EQ(All(), (Names{"a", "c"}));
+  EXPECT_EQ(ReadFile(Path("a")), "old");
+}
+
+TEST(HiddenFiles, have_names_by_which_a_sweep_knows_their_owner) {
+  const TemporaryDirectory place;
+  auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
+  ASSERT_TRUE(guardian);
+  const auto file = OutputFile::Create(place.Path(), *guardian, false);
+  ASSERT_TRUE(file);
+  const Names names = NamesIn(place.Path());
+  ASSERT_EQ(names.size(), 1U);
+  const std::string own = os::OwnTemporaryName();
+  EXPECT_EQ(names[0].substr(0, names[0].rfind('-')), own.substr(0, own.rfind('-')));
 }
 
 TEST_P(OutputFiles, access_follows_the_umask) {

@@ -78,7 +78,13 @@ SCENES = (
           earlier=(("out/sign-1.tif", b"an earlier sign"),)),
     Scene("print-spool", ("print", "sign.ps", "--spool", "--output", "{out}")),
     Scene("reprint", ("reprint", "kept", "--output", "{out}")),
-    Scene("queue", ("queue", "sign.ps", "--output", "{out}")),
+    Scene("preview", ("preview", "sign.ps", "--dpi", "72", "-o", "{out}/look.png"),
+          earlier=(("out/look.png", b"an earlier look"),)),
+    Scene("prefix", ("prefix", "sign.ps", "-o", "{out}/sign.psp"),
+          earlier=(("out/sign.psp", b"an earlier prefix"),)),
+    # By force, since the second run of a case finds the results of the first.
+    Scene("queue", ("queue", "sign.ps", "--output", "{out}", "--force"),
+          earlier=(("out/sign.cfm/mine", b"of an earlier conversion"),)),
     Scene("import", ("import", "plate.xml", "-o", "{out}/plate.pdf"),
           earlier=(("out/plate.pdf", b"an earlier drawing"),)),
     Scene("import-placed", ("import", "placed.rdoc", "-o", "{out}/placed.png"),
@@ -135,6 +141,7 @@ def make_template(scene, product, place):
     shutil.copy(product.source / "examples" / "price-list.fods", place / "user" / "prices.fods")
     (place / "out" / "keep me").write_text("not yours either\n", encoding="utf-8")
     for path, content in scene.earlier:
+        (place / path).parent.mkdir(parents=True, exist_ok=True)
         (place / path).write_bytes(content)
     if scene.installed:
         shutil.rmtree(place / "home")

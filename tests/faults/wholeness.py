@@ -17,7 +17,8 @@ CHANGING = (
 # Not results and nobody's property.
 PASSED_OVER = re.compile(r"^(tmp/cache(/|$)|home/\.lock$|home/Queue/rip/Rastrel-N\.log$)")
 # Working files may stay after a power cut: no one takes them for a result.
-WORKING = re.compile(r"^(tmp/|home/jobs/|home/Queue/rip/System/c-out/|home/.*\.new$)|(^|/)\.[^/]*$")
+WORKING = re.compile(r"^(tmp/|home/jobs/|home/Queue/rip/System/c-out/|home/.*\.new$)|(^|/)\.[^/]*$"
+                     r"|(^|/)\.rastrel-[^/]*\.tmp/")
 SPOOL = "home/Queue/rip/CFM/"
 
 

@@ -162,6 +162,25 @@ TEST_F(ChildStart, gives_the_hosts_environment) {
   EXPECT_EQ(Root().Read("word"), "some words");
 }
 
+constexpr const char* WriteJobVariable =
+    "printf '%s' \"$RASTREL_JOB\" > \"$RASTREL_HOME/name\"; cat > /dev/null\n";
+
+TEST_F(ChildStart, gives_the_engine_the_jobs_name) {
+  const rastrel::test::EnvironmentGuard guard("RASTREL_JOB", "the host's");
+  Engine(WriteJobVariable);
+  m_Ticket.m_JobName = L"Caf\u00e9 sign";
+  Print();
+  EXPECT_EQ(Root().Read("name"), "Caf\xC3\xA9 sign");
+}
+
+TEST_F(ChildStart, gives_the_engine_no_other_name_if_the_job_has_none) {
+  const rastrel::test::EnvironmentGuard guard("RASTREL_JOB", "the host's");
+  Engine(WriteJobVariable);
+  m_Ticket.m_JobName = L"";
+  Print();
+  EXPECT_EQ(Root().Read("name"), "");
+}
+
 TEST_F(ChildStart, leaves_a_host_without_standard_streams_working) {
   const std::array<int, 3> saved = {::dup(0), ::dup(1), ::dup(2)};
   for (const int stream : {0, 1, 2}) ::close(stream);

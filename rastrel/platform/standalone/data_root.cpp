@@ -1,8 +1,8 @@
 #include "rastrel/platform/standalone/data_root.h"
 
 #include <cerrno>
+#include <map>
 #include <mutex>
-#include <set>
 #include <utility>
 
 #include "rastrel/platform/os/file.h"
@@ -128,11 +128,16 @@ class RootLayout {
 
 Expected<void> LayOutDataRoot() { return RootLayout(os::DataRoot()).Run(); }
 
-void EnsureDataRoot() {
+void EnsureDataRoot() { static_cast<void>(DataRootState()); }
+
+Expected<void> DataRootState() {
   static std::mutex mutex;
-  static std::set<std::string>* const done = new std::set<std::string>;
+  static auto* const states = new std::map<std::string, Expected<void>>;
   const std::scoped_lock lock(mutex);
-  if (done->insert(os::DataRoot()).second) static_cast<void>(LayOutDataRoot());
+  const std::string root = os::DataRoot();
+  const auto known = states->find(root);
+  if (known != states->end()) return known->second;
+  return states->emplace(root, LayOutDataRoot()).first->second;
 }
 
 }  // namespace rastrel::standalone

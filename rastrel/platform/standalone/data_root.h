@@ -36,7 +36,12 @@ struct Resources {
 [[nodiscard]] Expected<void> LayOutDataRoot();
 
 /// Calls LayOutDataRoot once in a process for each root. A failure shows where the missing part is
-/// used, and in `rastrel doctor`, which lays the root out again and prints it. Any thread may call.
+/// used, in DataRootState, and in `rastrel doctor`, which lays the root out again and prints it.
+/// Any thread may call.
 void EnsureDataRoot();
+
+/// The same, and the failure of that one call for the present root. For who finds that a part of
+/// the root is missing, and has to say why.
+[[nodiscard]] Expected<void> DataRootState();
 
 }  // namespace rastrel::standalone

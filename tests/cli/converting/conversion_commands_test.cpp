@@ -146,6 +146,14 @@ TEST_F(Conversions, header_is_written_in_front_of_a_copy_or_of_the_file_itself) 
   EXPECT_EQ(m_Command.Place().Read("sign.eps"), header + Eps);
 }
 
+TEST_F(Conversions, header_takes_the_place_of_a_file_as_a_whole) {
+  m_Command.Place().Write("out.ps", "old");
+  fs::create_hard_link(m_Command.Place().Path("out.ps"), m_Command.Place().Path("twin"));
+  EXPECT_EQ(Run({"header", "sign.eps", "-o", "out.ps"}).status, 0);
+  EXPECT_TRUE(m_Command.Place().Read("out.ps").ends_with(Eps));
+  EXPECT_EQ(m_Command.Place().Read("twin"), "old");
+}
+
 TEST_F(Conversions, header_of_a_pdf_is_written_alone) {
   m_Command.Place().Write("sign.pdf", "%PDF-1.4\n%%EOF\n");
   EXPECT_EQ(Run({"header", "sign.pdf", "-o", "sign.jhdr"}).status, 0);
@@ -191,6 +199,47 @@ echo 'INFO: CLQ_success' >&2
   EXPECT_EQ(m_Command.Place().Read("sign.eps"), Eps) << "the file is only read";
 }
 
+// All that a conversion makes.
+constexpr const char* AllFiles = R"(touch "$RASTREL_HOME/begun"
+stem=${3%.*}
+for f in "$stem.cut" "${stem}_Color.bmp"; do echo new > "$f"; done
+mkdir "$stem.cfm"
+echo new > "$stem.cfm/.info"
+echo 'INFO: CLQ_success' >&2
+)";
+
+TEST_F(Conversions, queue_replaces_nothing_unless_asked) {
+  m_Command.WriteQueue(AllFiles);
+  for (const char* own : {"sign_Color.bmp", "sign.cfm/mine", "sign.cut"}) {
+    m_Command.Place().Write(std::string("out/") + own, "mine");
+    const CommandResult result = Run({"queue", "sign.eps", "--output", "out"});
+    EXPECT_EQ(result.status, 2) << own;
+    const std::string name = std::string(own).substr(0, std::string(own).find('/'));
+    EXPECT_NE(result.error.find("can't write 'out/" + name +
+                                "': there is one of that name, which only --force replaces; "
+                                "nothing was written\n"),
+              std::string::npos)
+        << result.error;
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_Command.Place().Path("out")), {}), 1) << own;
+    EXPECT_EQ(m_Command.Place().Read(std::string("out/") + own), "mine");
+    // A file of cut lines is not made by every conversion.
+    EXPECT_EQ(fs::exists(m_Command.Root() + "/begun"), name == "sign.cut") << own;
+    fs::remove_all(m_Command.Place().Path("out"));
+  }
+}
+
+TEST_F(Conversions, queue_replaces_whole_entries_if_asked) {
+  m_Command.WriteQueue(AllFiles);
+  for (const char* own : {"sign_Color.bmp", "sign.cfm/mine", "sign.cut"})
+    m_Command.Place().Write(std::string("out/") + own, "mine");
+  const CommandResult result = Run({"queue", "sign.eps", "--output", "out", "--force"});
+  EXPECT_EQ(result.output, "out/sign.cfm\nout/sign.cut\nout/sign_Color.bmp\n") << result.error;
+  EXPECT_FALSE(m_Command.Place().Has("out/sign.cfm/mine")) << "merged into the user's directory";
+  EXPECT_EQ(m_Command.Place().Read("out/sign.cfm/.info"), "new\n");
+  EXPECT_EQ(m_Command.Place().Read("out/sign_Color.bmp"), "new\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_Command.Place().Path("out")), {}), 3);
+}
+
 TEST_F(Conversions, queue_gives_a_pdf_its_header_beside_it) {
   m_Command.Place().Write("sign.pdf", "%PDF-1.4\n%%EOF\n");
   m_Command.WriteQueue("cp \"${3%.pdf}.jhdr\" \"${3%.pdf}.cut\"\necho 'INFO: CLQ_success' >&2\n");
@@ -205,7 +254,7 @@ TEST_F(Conversions, queue_leaves_the_header_that_a_file_has_in_force_unless_opti
   m_Command.WriteQueue("cp \"$3\" \"${3%.*}.cut\"\necho 'INFO: CLQ_success' >&2\n");
   EXPECT_EQ(Run({"queue", "own.ps"}).status, 0);
   EXPECT_EQ(m_Command.Place().Read("own.cut"), own + "%!PS\nshowpage\n");
-  EXPECT_EQ(Run({"queue", "own.ps", "--dpi", "72"}).status, 0);
+  EXPECT_EQ(Run({"queue", "own.ps", "--dpi", "72", "--force"}).status, 0);
   EXPECT_NE(m_Command.Place().Read("own.cut").find("KVI_Res= 72\r\n%#End Job\r\n" + own),
             std::string::npos);
 }
@@ -216,7 +265,7 @@ TEST_F(Conversions, queue_leaves_the_header_beside_a_pdf_in_force_unless_options
   m_Command.WriteQueue("cp \"${3%.pdf}.jhdr\" \"${3%.pdf}.cut\"\necho 'INFO: CLQ_success' >&2\n");
   EXPECT_EQ(Run({"queue", "sign.pdf"}).status, 0);
   EXPECT_EQ(m_Command.Place().Read("sign.cut"), "own");
-  EXPECT_EQ(Run({"queue", "sign.pdf", "--dpi", "72"}).status, 0);
+  EXPECT_EQ(Run({"queue", "sign.pdf", "--dpi", "72", "--force"}).status, 0);
   EXPECT_TRUE(m_Command.Place().Read("sign.cut").starts_with("%#Velumark Header"));
 }
 

@@ -54,6 +54,15 @@ TEST_F(PrefixCommandTest, is_written_as_it_is_and_as_a_print_has_it) {
   EXPECT_EQ(bytes, std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
+// Written in place, the file would keep its link count, and a disk that is full would empty it.
+TEST_F(PrefixCommandTest, takes_the_place_of_a_file_as_a_whole) {
+  m_Command.Place().Write("out.psp", "old");
+  fs::create_hard_link(m_Command.Place().Path("out.psp"), m_Command.Place().Path("twin"));
+  EXPECT_EQ(Shown({"-o", "out.psp"}), "");
+  EXPECT_TRUE(m_Command.Place().Read("out.psp").ends_with("\x04"));
+  EXPECT_EQ(m_Command.Place().Read("twin"), "old");
+}
+
 TEST_F(PrefixCommandTest, of_a_preview_without_a_resolution_is_that_of_72_dpi) {
   const std::string shown = Shown({"--preview"});
   EXPECT_EQ(shown, Shown({"--preview", "--dpi", "72"}));

@@ -25,7 +25,7 @@ JobEvent Output(const std::string& path) {
 }
 
 TEST(PreviewFiles, the_first_page_has_the_name_and_others_a_number_or_plane) {
-  const PreviewFiles files("a.b/out.png", "sign-1");
+  const PreviewFiles files("a.b/out.png", "sign-1", "/x/held");
   EXPECT_EQ(files.NameFor("/x/sign-1-1.png"), "a.b/out.png");
   EXPECT_EQ(files.NameFor("/x/sign-1-2.png"), "a.b/out-2.png");
   EXPECT_EQ(files.NameFor("/x/sign-1-12.png"), "a.b/out-12.png");
@@ -34,39 +34,58 @@ TEST(PreviewFiles, the_first_page_has_the_name_and_others_a_number_or_plane) {
   EXPECT_EQ(files.NameFor("/x/other.png"), "a.b/out-other.png");
 }
 
-TEST(PreviewFiles, no_file_of_a_run_is_written_over_another) {
-  const ScratchDirectory scratch;
-  PreviewFiles files(scratch.Path("out.tif"), "job");
-  for (const char* name : {"job-1.tif", "job-1.x.tif"}) scratch.Write(name, name);
-  JobEvent event = Output(scratch.Path("job-1.tif"));
-  files.Take(event);
-  scratch.Write("job-1.tif", "again");
-  event = Output(scratch.Path("job-1.tif"));
-  files.Take(event);
-  EXPECT_EQ(event.path, scratch.Path("out-2.tif"));
-  EXPECT_EQ(scratch.Read("out.tif"), "job-1.tif");
-  EXPECT_EQ(scratch.Read("out-2.tif"), "again");
-  EXPECT_EQ(files.Names(), Names({scratch.Path("out.tif"), scratch.Path("out-2.tif")}));
-  EXPECT_EQ(files.Fault(), "");
+// Files of an engine on their way to a directory of the user's.
+class PreviewFilesTest : public ::testing::Test {
+ protected:
+  // A file that the engine made.
+  bool Hold(const std::string& name, const std::string& content) {
+    m_Engine.Write(name, content);
+    JobEvent event = Output(m_Engine.Path(name));
+    return m_Files.Hold(event);
+  }
+  ScratchDirectory m_Engine;
+  ScratchDirectory m_Place;
+  PreviewFiles m_Files{m_Place.Path("out.tif"), "job", m_Engine.Path("held")};
+};
+
+TEST_F(PreviewFilesTest, appear_together_and_none_of_a_run_is_written_over_another) {
+  EXPECT_TRUE(Hold("job-1.tif", "first"));
+  EXPECT_TRUE(Hold("job-1.tif", "again"));
+  EXPECT_FALSE(m_Place.Has("out.tif")) << "before the run has ended";
+  ASSERT_TRUE(m_Files.Deliver(os::Existing::Refused));
+  EXPECT_EQ(m_Place.Read("out.tif"), "first");
+  EXPECT_EQ(m_Place.Read("out-2.tif"), "again");
+  EXPECT_EQ(m_Files.Names(), Names({m_Place.Path("out.tif"), m_Place.Path("out-2.tif")}));
+  EXPECT_EQ(m_Files.Fault(), "");
 }
 
-TEST(PreviewFiles, a_file_that_can_not_be_moved_is_no_output) {
-  const ScratchDirectory scratch;
-  PreviewFiles files(scratch.Path("none/out.tif"), "job");
-  scratch.Write("job-1.tif", "x");
-  JobEvent event = Output(scratch.Path("job-1.tif"));
-  files.Take(event);
+TEST_F(PreviewFilesTest, a_name_that_the_user_gave_is_replaced_and_another_only_if_asked) {
+  m_Place.Write("out.tif", "old");
+  m_Place.Write("out-2.tif", "mine");
+  EXPECT_TRUE(Hold("job-1.tif", "1") && Hold("job-2.tif", "2") && Hold("job-3.tif", "3"));
+  const auto refused = m_Files.Deliver(os::Existing::Refused);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.Error().where, m_Place.Path("out-2.tif"));
+  EXPECT_EQ(m_Place.Read("out.tif"), "old") << "nothing is written";
+  EXPECT_EQ(m_Place.Read("out-2.tif"), "mine");
+  EXPECT_FALSE(m_Place.Has("out-3.tif"));
+  ASSERT_TRUE(m_Files.Deliver(os::Existing::Replaced));
+  EXPECT_EQ(m_Place.Read("out.tif") + m_Place.Read("out-2.tif") + m_Place.Read("out-3.tif"), "123");
+}
+
+TEST_F(PreviewFilesTest, one_that_can_not_be_held_is_a_line_of_the_log) {
+  JobEvent event = Output(m_Engine.Path("none.tif"));
+  EXPECT_FALSE(m_Files.Hold(event));
   EXPECT_EQ(event.kind, JobEventKind::Log);
-  EXPECT_NE(files.Fault().find("none/out.tif"), std::string::npos);
-  EXPECT_EQ(event.text, files.Fault());
-  EXPECT_TRUE(files.Names().empty());
+  EXPECT_NE(m_Files.Fault().find("out-none.tif"), std::string::npos) << m_Files.Fault();
+  EXPECT_EQ(event.text, m_Files.Fault());
+  EXPECT_TRUE(m_Files.Names().empty());
 }
 
-TEST(PreviewFiles, other_events_stay) {
-  PreviewFiles files("out.tif", "job");
+TEST_F(PreviewFilesTest, other_events_stay) {
   JobEvent event = Output("/x/job-1.tif");
   event.kind = JobEventKind::Warning;
-  files.Take(event);
+  EXPECT_FALSE(m_Files.Hold(event));
   EXPECT_EQ(event.path, "/x/job-1.tif");
 }
 
@@ -93,6 +112,44 @@ TEST_F(PreviewTest, its_files_have_the_name_that_was_given_and_nothing_else_is_l
   EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
 }
 
+TEST_F(PreviewTest, a_file_that_the_user_did_not_name_is_replaced_only_if_asked) {
+  m_Command.Place().Write("out.tif", "old");
+  m_Command.Place().Write("out-2.tif", "mine");
+  const CommandResult refused = m_Command.Run({"preview", "job.ps", "-o", "out.tif"});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_NE(refused.error.find("the preview can't be written to 'out-2.tif': there is one of that "
+                               "name, which only --force replaces; nothing was written\n"),
+            std::string::npos)
+      << refused.error;
+  EXPECT_EQ(refused.output, "");
+  EXPECT_EQ(m_Command.Place().Read("out.tif"), "old");
+  EXPECT_EQ(m_Command.Place().Read("out-2.tif"), "mine");
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+  EXPECT_EQ(m_Command.Run({"preview", "job.ps", "-o", "out.tif", "--force"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("out.tif"), "1\n");
+  EXPECT_EQ(m_Command.Place().Read("out-2.tif"), "2\n");
+}
+
+TEST_F(PreviewTest, a_run_that_fails_leaves_the_old_files) {
+  m_Command.Place().Write("out.tif", "old");
+  m_Command.WriteOdalis(
+      "cat >/dev/null\nf=\"$RASTREL_OUTPUT/job-1.tif\"; echo 1 >\"$f\"; echo \"OUTPUT: $f\" >&2\n"
+      "exit 1\n");
+  EXPECT_EQ(m_Command.Run({"preview", "job.ps", "-o", "out.tif"}).status, 1);
+  EXPECT_EQ(m_Command.Place().Read("out.tif"), "old");
+}
+
+TEST_F(PreviewTest, its_files_are_outputs_with_their_names_in_json) {
+  const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif", "--json"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  Names lines = result.Lines();
+  std::erase_if(lines,
+                [](const std::string& line) { return line.find("\"output\"") == line.npos; });
+  ASSERT_EQ(lines.size(), 2U) << result.output;
+  EXPECT_NE(lines[0].find("\"out.tif\""), std::string::npos) << lines[0];
+  EXPECT_NE(lines[1].find("\"out-2.tif\""), std::string::npos) << lines[1];
+}
+
 TEST_F(PreviewTest, wrong_use_is_reported_before_anything_runs) {
   for (const std::vector<std::string>& options :
        std::vector<std::vector<std::string>>{{},
@@ -112,9 +169,11 @@ TEST_F(PreviewTest, wrong_use_is_reported_before_anything_runs) {
 
 TEST_F(PreviewTest, a_picture_that_can_not_be_written_fails) {
   fs::create_directories(m_Command.Place().Path("out.tif/full"));
+  m_Command.WriteRip("touch \"$RASTREL_HOME/begun\"\nexit 1\n");
   const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.error.find("out.tif"), std::string::npos) << result.error;
+  EXPECT_FALSE(fs::exists(m_Command.Root() + "/begun")) << "before any work";
 }
 
 TEST_F(PreviewTest, the_rip_gets_the_prefix_of_a_preview) {

@@ -350,6 +350,22 @@ TEST_F(Images, one_page_is_written_under_the_name_and_several_under_numbers) {
   EXPECT_FALSE(m_Directory.Has("page.a.png"));
 }
 
+TEST_F(Images, numbered_files_replace_others_only_if_asked_and_are_all_written_or_none) {
+  const auto drill = Add(document::DrillShape{{5, 5}, 1}, Colored(Red));
+  m_Document.SetPages(drill, {2, 2});
+  m_Directory.Write("page-2.svg", "mine");
+  const std::wstring path = m_Directory.Wide("page.svg");
+  const auto refused = SaveImages(Source(), ImageFormat::Svg, {}, path);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.Error().error, EEXIST);
+  EXPECT_EQ(refused.Error().where, m_Directory.Path("page-2.svg"));
+  EXPECT_EQ(m_Directory.Read("page-2.svg"), "mine");
+  EXPECT_FALSE(m_Directory.Has("page-1.svg"));
+  ASSERT_TRUE(SaveImages(Source(), ImageFormat::Svg, {}, path, os::Existing::Replaced));
+  EXPECT_TRUE(m_Directory.Has("page-1.svg"));
+  EXPECT_NE(m_Directory.Read("page-2.svg"), "mine");
+}
+
 TEST_F(Images, a_file_that_can_not_be_written_is_reported_and_the_old_one_stays) {
   AddUsual();
   const auto missing =
