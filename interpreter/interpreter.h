@@ -8,6 +8,7 @@
 
 #include "interpreter/guardian.h"
 #include "interpreter/job_file.h"
+#include "interpreter/password.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
 #include "interpreter/wall.h"

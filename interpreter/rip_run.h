@@ -32,6 +32,7 @@ class RipRun {
 
  private:
   bool Start();
+  Expected<void> OpenPdf(RunStart& start) const;
   bool Step();
   bool Poll();
   bool ReadReports();
@@ -40,6 +41,9 @@ class RipRun {
   void ShowProgress();
   void JudgeEnd();
   void JudgeStatus(const ProcessEnd& end);
+  [[nodiscard]] Failure WhyNoPage() const;
+  void WarnOfDamage();
+  [[nodiscard]] bool IsPdf() const { return m_Request.job.layout.kind == JobKind::Pdf; }
   void FailOnPixels();
   bool Fail(Failure failure);
   [[nodiscard]] RunProgress Progress() const;

@@ -62,6 +62,7 @@ void RunReports::TakeLine(const std::string& line) {
   }
   // Its older PDF code is chosen on purpose.
   if (line.find("legacy PDF interpreter") != line.npos) return;
+  m_Pdf.Take(line);
   const bool isError = line.starts_with("Error: ");
   if (m_IsQuiet && !isError) return;
   if (isError && m_LastError.empty()) m_LastError = line.substr(7);

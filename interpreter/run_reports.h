@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "interpreter/page_maker.h"
+#include "interpreter/pdf_job.h"
 #include "interpreter/report_lines.h"
 
 namespace rastrel::interpreter {
@@ -27,6 +28,9 @@ class RunReports {
   [[nodiscard]] bool HasStarted() const { return m_Started; }
   /// The first error that the interpreter has printed, without "Error: "; may be empty.
   [[nodiscard]] const std::string& LastError() const { return m_LastError; }
+  /// Its messages about a PDF. Of a job that is none they mean nothing, since it can print them
+  /// too.
+  [[nodiscard]] const PdfMessages& Pdf() const { return m_Pdf; }
   /// The prolog's measure (see measure.ps), or empty.
   [[nodiscard]] const std::string& Measure() const { return m_Measure; }
 
@@ -61,6 +65,7 @@ class RunReports {
   LineCutter m_Lines;
   std::string m_LastError;
   std::string m_Measure;
+  PdfMessages m_Pdf;
   bool m_Started = false;
 };
 

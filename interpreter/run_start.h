@@ -16,8 +16,8 @@ struct RunScript {
   const char* device = nullptr;                ///< the device that it begins with
   std::span<const char* const> prologFiles{};  ///< of System/prolog, in order
   bool runsPrefix = true;                      ///< the prefix follows, and then "begin.ps"
-  /// Only the first page counts: a last page that the job leaves open is put out, EPS is not
-  /// cropped, and PDF has its crop box for a page.
+  /// Only the first page counts: a last page that PostScript leaves open is put out, and EPS is not
+  /// cropped.
   bool isFirstPage = false;
 };
 
@@ -35,9 +35,11 @@ struct RunStart {
   std::string word;          ///< the secret word of the run's reports
   const RunScript& script;
   JobKind kind = JobKind::PostScript;
-  bool setsCutColor = false;  ///< the prefix may set a cut color
-  int prefix = -1;            ///< the open prefix file; -1: none
-  int pdf = -1;               ///< the open job file if it is PDF
+  bool setsCutColor = false;     ///< the prefix may set a cut color
+  int prefix = -1;               ///< the open prefix file; -1: none
+  int pdf = -1;                  ///< the open job file if it is PDF
+  PdfBox pdfBox = PdfBox::Crop;  ///< of it
+  std::string pdfPassword{};     ///< of it; empty: none
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.

@@ -177,6 +177,18 @@ TEST_F(QueueMeasure, a_pdf_has_the_size_of_its_crop_box) {
   ExpectBox(BoxOf(Header() + Pdf), {0, 0, 200, 300}, 1e-3);
 }
 
+TEST_F(QueueMeasure, a_pdf_that_can_not_be_read_is_no_empty_sheet) {
+  const std::string noPages =
+      "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+      "2 0 obj<</Type/Pages/Kids[]/Count 0>>endobj\ntrailer<</Root 1 0 R>>\n%%EOF\n";
+  for (const std::string& pdf : {std::string("%PDF-1.4\nhello\n"), Pdf.substr(0, 60), noPages}) {
+    const ProgramRun outcome = m_Bench.MeasureFile(m_Bench.Job("page.pdf", pdf));
+    EXPECT_EQ(outcome.status, 2) << pdf;
+    EXPECT_TRUE(RecordsOf(outcome).values.empty()) << outcome.reports;
+    EXPECT_NE(outcome.reports.find("ERROR: The PDF "), std::string::npos) << outcome.reports;
+  }
+}
+
 TEST_F(QueueMeasure, a_job_that_fails_has_no_box) {
   for (const std::string& job : {std::string("%!PS\nno.such.name\n"), std::string("%!PS\nquit\n"),
                                  std::string("hello\n"), std::string()}) {
