@@ -14,6 +14,7 @@
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/input/input_file.h"
 #include "cli/input/page_bounds.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "rastrel/conversion/measure_page.h"
@@ -130,6 +131,7 @@ void MeasureFile(const std::string& file, const Invocation& invocation, Stop& st
 }  // namespace
 
 ExitStatus PageSizeCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
   OrEnd(ExitStatus::JobFailed, stop.Start());

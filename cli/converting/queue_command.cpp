@@ -14,6 +14,7 @@
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/converting/queue_view.h"
 #include "cli/input/input_file.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "cli/job/keep_files_host.h"
@@ -133,6 +134,7 @@ ExitStatus WriteCancelled(bool json) {
 }  // namespace
 
 ExitStatus QueueCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   const bool json = invocation.Has(OptionId::Json);
   QueueView view(json);
   // A request to end is one to cancel, from the first moment on.
