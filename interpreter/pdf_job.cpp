@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "interpreter/short_run.h"
+
 namespace rastrel::interpreter {
 namespace {
 
@@ -36,7 +38,8 @@ void PdfMessages::Take(std::string_view line) {
   if (Has(line, "Password did not work")) m_Lock = Lock::WrongPassword;
   if (Has(line, "has no pages")) m_IsEmpty = true;
   const std::size_t mark = line.find(ErrorMark);
-  if (mark != line.npos && m_Error.empty()) m_Error = Trimmed(line.substr(mark + ErrorMark.size()));
+  if (mark != line.npos && m_Error.empty())
+    m_Error = PlainLine(Trimmed(line.substr(mark + ErrorMark.size())));
 }
 
 Failure PdfMessages::WhyNoPage() const {

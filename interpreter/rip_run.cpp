@@ -59,6 +59,7 @@ bool RipRun::Start() {
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
+  start.area = m_Request.area;
   if (auto opened = OpenPdf(start); !opened) return Fail(opened.Error());
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());
@@ -204,11 +205,15 @@ void RipRun::JudgeEnd() {
     Fail(end.Error());
   }
   if (!m_Result) return;
+  // A report of each page's end comes before its pixels.
+  if (m_Pages.Pages() == 0 && m_Pages.Ended() == 0 && m_Mode.NeedsPage()) {
+    m_HasEndedNoPage = !IsPdf();
+    Fail(WhyNoPage());
+    return;
+  }
   m_Listener.StateReached(RunState::Spooling);
   m_Pages.TakeLastSeparations();
-  if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) {
-    Fail(WhyNoPage());
-  }
+  if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) Fail(WhyNoPage());
 }
 
 Failure RipRun::WhyNoPage() const {

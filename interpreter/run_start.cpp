@@ -11,6 +11,7 @@
 
 #include "interpreter/password.h"
 #include "interpreter/pdf_job.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::interpreter {
@@ -44,6 +45,15 @@ constexpr int PixelPipeSize = 1 << 20;
 
 std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 
+// As an array, or null.
+std::string AreaText(const std::optional<PageArea>& area) {
+  if (!area) return "null";
+  std::string text = "[ ";
+  for (const double side : {area->left, area->bottom, area->right, area->top})
+    text += os::ShortDecimal(side, 6) + " ";
+  return text + "]";
+}
+
 // The values that the prolog needs before its first file. Sent through a pipe that is empty
 // afterwards, so the job can't read it again.
 std::string SetupText(const RunStart& start) {
@@ -63,6 +73,9 @@ std::string SetupText(const RunStart& start) {
          "/rip.ispdf " +
          (pdf ? "true" : "false") +
          " def\n"
+         "/rip.area " +
+         AreaText(start.area) +
+         " def\n"
          "end false setglobal\n";
 }
 
@@ -76,6 +89,8 @@ std::vector<std::string> Arguments(const RunStart& start) {
   // The prolog's painting operators go to systemdict, and it is closed again before the job begins.
   if (start.setsCutColor) arguments.emplace_back("-dWRITESYSTEMDICT");
   if (start.kind == JobKind::Eps && !start.script.isFirstPage) arguments.emplace_back("-dEPSCrop");
+  // EPS without a box. The interpreter would put out a sheet of its own for it, without showpage.
+  if (start.kind == JobKind::PostScript) arguments.emplace_back("-dNOEPS");
   const bool pdf = start.kind == JobKind::Pdf;
   if (pdf) {
     for (std::string& option : BoxOptions(start.pdfBox)) arguments.push_back(std::move(option));
@@ -157,6 +172,11 @@ Expected<Pipes> MakePipes(const std::string& setupText) {
 
 const RunScript& PrintScript() {
   static constexpr RunScript Script{"ppmraw", PrintFiles, true, false};
+  return Script;
+}
+
+const RunScript& OpenPageScript() {
+  static constexpr RunScript Script{"ppmraw", PrintFiles, true, true};
   return Script;
 }
 

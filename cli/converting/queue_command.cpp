@@ -123,6 +123,16 @@ ExitStatus WriteCancelled(bool json) {
   return ExitStatus::Cancelled;
 }
 
+void WriteWarnings(bool json) {
+  for (const std::string& warning : QueueWarnings().Take()) {
+    if (json) {
+      JsonLine("warning").Add("text", warning).Write();
+    } else {
+      WriteError("queue program: warning: " + warning + "\n");
+    }
+  }
+}
+
 [[noreturn]] void Fail() {
   const std::string why = LastErrorOfQueue();
   throw CommandError(ExitStatus::JobFailed,
@@ -159,6 +169,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
+  if (!view.IsCancelled()) WriteWarnings(json);
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target), json);
   if (view.IsCancelled()) return WriteCancelled(json);

@@ -234,6 +234,72 @@ class PageFiles(unittest.TestCase):
             self.assertEqual(run.returncode, 2)
             self.assertIn("--box art: a page's box is media, crop, trim or bleed", run.stderr)
 
+    # Pages that PostScript leaves open
+
+    # A rectangle of 50 x 30 points; it is black.
+    MARKS = b"newpath 100 200 moveto 150 200 lineto 150 230 lineto 100 230 lineto closepath fill\n"
+    NOTE = "does not end its page"
+
+    def expect_note(self, file, expected):
+        for name, words in self.every_command(file).items():
+            with self.subTest(f"{name} {file.name}"):
+                self.assertEqual(self.NOTE in self.done(*words).stderr, expected)
+
+    def test_marks_without_showpage_are_a_page_around_them_for_every_command(self):
+        for name, end in (("open.ps", b""), ("ended.ps", b"\x04\r\n")):
+            file = self.file(name, b"%!PS\n" + self.MARKS + end)
+            self.expect_size(file, (50, 30))
+            shown = self.shown()
+            for x, y in ((1, 1), (shown.width - 2, shown.height - 2)):
+                self.assertEqual(shown.pixel(x, y), (0, 0, 0))
+            self.expect_note(file, True)
+
+    def test_the_page_lies_around_marks_that_begin_anew(self):
+        """The place of the page is not lost where a job sets its matrix back."""
+        file = self.file("anew.ps", b"%!PS\n9 9 scale initgraphics -100 -300 translate\n" + self.MARKS)
+        self.expect_size(file, (50, 30))
+        self.assertEqual(self.shown().pixel(25, 15), (0, 0, 0))
+
+    def test_a_sheet_that_the_job_sets_is_its_page_without_showpage_too(self):
+        file = self.file("sheet.ps", b"%!PS\n<< /PageSize [ 300 400 ] >> setpagedevice\n" + self.MARKS)
+        self.expect_size(file, (300, 400))
+        # From the top: 400 - 200 - 30 and 400 - 200.
+        self.assertEqual(self.shown().pixel(125, 185), (0, 0, 0))
+        self.assertEqual(self.shown().pixel(125, 165), (255, 255, 255))
+        self.expect_note(file, True)
+
+    def test_eps_without_a_box_and_showpage_is_a_page(self):
+        file = self.file("open.eps", b"%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 0 0\n" + self.MARKS)
+        self.expect_size(file, (50, 30))
+
+    def test_a_file_without_marks_and_showpage_is_no_page_for_any_command(self):
+        self.expect_refusal(self.file("none.ps", b"%!PS\n/x 3 def\n"), "The job makes no page")
+        self.expect_refusal(self.file("boxed.ps", b"%!PS-Adobe-3.0\n%%BoundingBox: 1 2 30 40\n"),
+                            "The job makes no page")
+
+    def test_a_page_that_is_ended_has_no_note(self):
+        self.expect_note(self.file("page.ps", b"%!PS\n" + self.MARKS + b"showpage\n"), False)
+        # What comes after the last showpage was never a page.
+        self.expect_note(self.file("more.ps", b"%!PS\n<< /PageSize [ 300 400 ] >> setpagedevice\n" +
+                                   self.MARKS + b"showpage\n" + self.MARKS), False)
+
+    def test_a_page_that_is_left_open_can_be_scaled(self):
+        file = self.file("open.ps", b"%!PS\n" + self.MARKS)
+        self.done("preview", "--scale", "100x60mm", "-o", "preview.png", file)
+        shown = self.shown()
+        # 100 and 60 mm at 72 dots per inch.
+        self.assertLessEqual(abs(shown.width - 283), 1)
+        self.assertLessEqual(abs(shown.height - 170), 1)
+        for x, y in ((5, 5), (shown.width - 6, shown.height - 6)):
+            self.assertEqual(shown.pixel(x, y), (0, 0, 0))
+
+    def test_damage_in_a_pdf_is_a_note_of_every_command(self):
+        # The stream is cut off in its middle, and with it the table.
+        whole = pdf_files.pdf(content=b"% " + b"x" * 30000 + b"\n" + pdf_files.RED)
+        for name, words in self.every_command(self.file("half.pdf", whole[:20000])).items():
+            with self.subTest(name):
+                self.assertIn("The PDF is damaged", self.done(*words).stderr)
+
 
 if __name__ == "__main__":
     unittest.main()
