@@ -12,6 +12,7 @@
 #include "children/jobspool/job_header_reader.h"
 #include "children/jobspool/job_source.h"
 #include "children/jobspool/prefix_text.h"
+#include "interpreter/declared_box.h"
 
 namespace {
 
@@ -47,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Require(alone.length == header.length && alone.cutLines == header.cutLines &&
           alone.resolution == header.resolution);
   PictureTask task;
-  task.area = FindDeclaredBox(text, text);
+  task.area = rastrel::interpreter::FindDeclaredBox(text, text);
   task.size = header.size;
   task.resolution = header.resolution.value_or(72);
   task.cutLines = header.cutLines;

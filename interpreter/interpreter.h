@@ -8,6 +8,9 @@
 
 #include "interpreter/guardian.h"
 #include "interpreter/job_file.h"
+#include "interpreter/page_area.h"
+#include "interpreter/page_measure.h"
+#include "interpreter/password.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
 #include "interpreter/wall.h"
@@ -75,10 +78,13 @@ struct RunRequest {
   os::FileDescriptor prefix;  ///< PostScript that runs first; closed: none
   bool setsCutColor = false;  ///< the prefix sets a cut color
   Settings settings;          ///< the limits
+  /// Of a print of an open page: its area. Set by PrintPages.
+  std::optional<PageArea> area{};
 };
 
 /// Makes a page directory of every page of the job in `directory`. Returns their number, which is
-/// not 0.
+/// not 0. PostScript that ends no page, but has marks, is run twice more, measured and printed: it
+/// is one page as large as MeasureFirstPage finds it, with a warning.
 ///
 /// A failure is a sentence without its full stop. Its code is BadProgram if the job or the prefix
 /// failed as a program or made no page, BadInput if the job can't be read to its end, and else
@@ -91,26 +97,22 @@ struct RunRequest {
 [[nodiscard]] Expected<void> RunInstallJob(RunRequest request, const RunDirectory& directory,
                                            RunListener& listener, Guardian& guardian);
 
-/// Makes a page directory of the job's first page, whether the job ends that page or not. EPS is
-/// not cropped, and a PDF has its crop box for a page. The rest of the job is not waited for.
-/// Returns the number of page directories, which is more than 1 only if a job that is separated put
-/// out several pages at once. Fails as PrintPages.
-[[nodiscard]] Expected<unsigned> PrintFirstPage(RunRequest request, const RunDirectory& directory,
-                                                RunListener& listener, Guardian& guardian);
+/// The pages of PrintFirstPage.
+struct FirstPages {
+  unsigned count = 0;   ///< more than 1 only if a separated job put out several pages at once
+  bool isOpen = false;  ///< the job did not end its page, which may have no marks
+};
 
-/// Measures the job's first page; nothing is drawn, and the prefix does not run. Returns the six
-/// numbers of the prolog's measure.ps, "WIDTH HEIGHT LEFT BOTTOM RIGHT TOP". Fails as PrintPages.
-[[nodiscard]] Expected<std::string> MeasureFirstPage(RunRequest request,
+/// Makes a page directory of the job's first page, whether the job ends that page or not; if not,
+/// with a warning. EPS is not cropped. The rest of the job is not waited for. Fails as PrintPages.
+[[nodiscard]] Expected<FirstPages> PrintFirstPage(RunRequest request, const RunDirectory& directory,
+                                                  RunListener& listener, Guardian& guardian);
+
+/// Measures the job's first page; nothing is drawn, and the prefix does not run. A page that the
+/// job does not end counts, with a warning, if it has marks. Fails as PrintPages.
+[[nodiscard]] Expected<PageMeasure> MeasureFirstPage(RunRequest request,
                                                      const RunDirectory& directory,
                                                      RunListener& listener, Guardian& guardian);
-
-/// A part of a page in points, y upward.
-struct PageArea {
-  double left = 0;
-  double bottom = 0;
-  double right = 0;
-  double top = 0;
-};
 
 /// A short task: paints all pages of a file at a low resolution, one plane for each color, and
 /// returns the names of the planes besides the four process colors that hold ink; UTF-8, sorted,

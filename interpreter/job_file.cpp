@@ -9,12 +9,15 @@
 #include <string_view>
 #include <utility>
 
+#include "interpreter/declared_box.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::interpreter {
 namespace {
 
 constexpr std::uint64_t TailSize = 4096;
+const std::string Whitespace = " \t\r\n\f\v";
+constexpr char EndOfJob = '\x04';
 
 struct OpenFile {
   os::FileDescriptor file;
@@ -62,6 +65,17 @@ std::string ReadPart(int file, std::uint64_t offset, std::size_t count) {
   return text;
 }
 
+namespace {
+
+// Its last bytes, so many or all.
+std::string TailOf(const JobFile& job, std::uint64_t count) {
+  count = std::min(count, job.layout.length);
+  return ReadPart(job.file.Get(), job.layout.offset + job.layout.length - count,
+                  static_cast<std::size_t>(count));
+}
+
+}  // namespace
+
 Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
   auto opened = Open("job", path);
   if (!opened) return opened.Error();
@@ -84,7 +98,23 @@ Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start) {
     layout.length -= WrapperLength(
         ReadPart(file.Get(), layout.offset + layout.length - tail, static_cast<std::size_t>(tail)));
   }
-  return JobFile{std::move(file), layout};
+  JobFile job{std::move(file), layout};
+  if (layout.kind != JobKind::Pdf) {
+    job.declared = FindDeclaredBox(
+        ReadPart(job.file.Get(), layout.offset,
+                 static_cast<std::size_t>(std::min<std::uint64_t>(JobHeadSize, layout.length))),
+        TailOf(job, JobHeadSize));
+  }
+  return job;
+}
+
+void DropEndOfJob(JobFile& job) {
+  if (job.layout.kind == JobKind::Pdf) return;
+  const std::string tail = TailOf(job, JobHeadSize);
+  const std::size_t last = tail.find_last_not_of(Whitespace + EndOfJob);
+  const std::size_t kept = last == tail.npos ? 0 : last + 1;
+  const std::size_t first = tail.find(EndOfJob, kept);
+  if (first != tail.npos) job.layout.length -= tail.size() - first;
 }
 
 Expected<PrefixFile> OpenPrefix(const std::string& path) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "interpreter/job_kind.h"
+#include "interpreter/page_area.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -12,6 +14,8 @@ namespace rastrel::interpreter {
 struct JobFile {
   os::FileDescriptor file;
   JobLayout layout;
+  /// Of PostScript: the box of its bounding box comment, if it holds anything.
+  std::optional<PageArea> declared{};
 };
 
 /// An open prefix.
@@ -30,6 +34,10 @@ struct PrefixFile {
 /// regular one, or holds neither PostScript nor PDF: a sentence without its full stop, with the
 /// code BadInput.
 [[nodiscard]] Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start = 0);
+
+/// Leaves out an end-of-job byte at the job's end, and whitespace after it: the interpreter could
+/// not put a page out after it that the job left open. Of a PDF nothing.
+void DropEndOfJob(JobFile& job);
 
 /// Opens a prefix, given by its native path. It fails in the same way, if it can't be read or is no
 /// regular file.

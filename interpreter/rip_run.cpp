@@ -9,6 +9,7 @@
 #include <csignal>
 #include <utility>
 
+#include "interpreter/password.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/random_digits.h"
 
@@ -41,6 +42,7 @@ Expected<void> RipRun::Run() {
     }
     if (!m_Result || HasEnough()) m_Interpreter->process.Kill();
     JudgeEnd();
+    if (m_Result) WarnOfDamage();
   }
   return m_Result;
 }
@@ -57,7 +59,8 @@ bool RipRun::Start() {
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
-  if (start.kind == JobKind::Pdf) start.pdf = m_Request.job.file.Get();
+  start.area = m_Request.area;
+  if (auto opened = OpenPdf(start); !opened) return Fail(opened.Error());
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());
   m_Interpreter.emplace(std::move(*started));
@@ -68,6 +71,17 @@ bool RipRun::Start() {
   m_Feed.emplace(m_Request.job.file.Get(), layout.offset, layout.length,
                  std::move(m_Interpreter->job));
   return true;
+}
+
+Expected<void> RipRun::OpenPdf(RunStart& start) const {
+  if (!IsPdf()) return {};
+  start.pdf = m_Request.job.file.Get();
+  start.pdfBox = m_Request.settings.pdfBox;
+  if (m_Request.settings.passwordFile.empty()) return {};
+  auto password = ReadPassword(m_Request.settings.passwordFile);
+  if (!password) return password.Error();
+  start.pdfPassword = std::move(*password);
+  return {};
 }
 
 // One round of waiting and working. False when there is nothing more to wait for.
@@ -191,11 +205,28 @@ void RipRun::JudgeEnd() {
     Fail(end.Error());
   }
   if (!m_Result) return;
+  // A report of each page's end comes before its pixels.
+  if (m_Pages.Pages() == 0 && m_Pages.Ended() == 0 && m_Mode.NeedsPage()) {
+    m_HasEndedNoPage = !IsPdf();
+    Fail(WhyNoPage());
+    return;
+  }
   m_Listener.StateReached(RunState::Spooling);
   m_Pages.TakeLastSeparations();
-  if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) {
-    Fail(FailureOf("The job makes no page", FailureCode::BadProgram));
-  }
+  if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) Fail(WhyNoPage());
+}
+
+Failure RipRun::WhyNoPage() const {
+  if (IsPdf()) return m_Reports->Pdf().WhyNoPage();
+  return FailureOf("The job makes no page", FailureCode::BadProgram);
+}
+
+// The interpreter goes on after an error in a PDF, and leaves the rest of that page out.
+void RipRun::WarnOfDamage() {
+  const std::string& error = m_Reports->Pdf().FirstError();
+  if (!IsPdf() || error.empty()) return;
+  m_Listener.Warned("The PDF is damaged, and its pages may be incomplete (Ghostscript: " + error +
+                    ").");
 }
 
 void RipRun::JudgeStatus(const ProcessEnd& end) {
@@ -210,6 +241,8 @@ void RipRun::JudgeStatus(const ProcessEnd& end) {
   } else if (error.find("/VMerror") != std::string::npos && end.status != 0) {
     Fail(FailureOf("The job needs more than " + std::to_string(settings.memoryMebibytes) +
                    " MiB of memory (RASTREL_RIP_MEMORY)"));
+  } else if (end.status != 0 && IsPdf() && m_Reports->Pdf().IsLocked()) {
+    Fail(WhyNoPage());
   } else if (end.status != 0) {
     Fail(FailureOf(
         error.empty() ? "Ghostscript could not interpret the job" : "PostScript error: " + error,

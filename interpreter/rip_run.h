@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "interpreter/interpreter.h"
@@ -29,9 +30,16 @@ class RipRun {
   [[nodiscard]] unsigned Pages() const { return m_Pages.Pages(); }
   /// The prolog's measure; empty if the run was not for that.
   [[nodiscard]] const std::string& Measure() const { return m_Reports->Measure(); }
+  /// Whether the job has left the page open that was put out or measured first.
+  [[nodiscard]] bool HasOpenPage() const { return m_Reports->HasOpenPage(); }
+  /// Whether the run has failed for nothing but that PostScript has ended no page.
+  [[nodiscard]] bool HasEndedNoPage() const { return m_HasEndedNoPage; }
+  /// The request, for another run of the same job.
+  [[nodiscard]] RunRequest TakeRequest() { return std::move(m_Request); }
 
  private:
   bool Start();
+  Expected<void> OpenPdf(RunStart& start) const;
   bool Step();
   bool Poll();
   bool ReadReports();
@@ -40,6 +48,9 @@ class RipRun {
   void ShowProgress();
   void JudgeEnd();
   void JudgeStatus(const ProcessEnd& end);
+  [[nodiscard]] Failure WhyNoPage() const;
+  void WarnOfDamage();
+  [[nodiscard]] bool IsPdf() const { return m_Request.job.layout.kind == JobKind::Pdf; }
   void FailOnPixels();
   bool Fail(Failure failure);
   [[nodiscard]] RunProgress Progress() const;
@@ -62,6 +73,7 @@ class RipRun {
   std::optional<std::size_t> m_PixelCount;  // of these; 0: the stream's end
   bool m_Flowing = false;                   // the last reading found some, but no buffer full
   std::int64_t m_NextProgress = 0;
+  bool m_HasEndedNoPage = false;
 };
 
 }  // namespace rastrel::interpreter

@@ -39,6 +39,12 @@ class PrintMode : public RunMode {
   [[nodiscard]] double Share(const RunProgress& progress) const override;
 };
 
+/// The page that the job leaves open becomes a directory.
+class OpenPageMode final : public PrintMode {
+ public:
+  [[nodiscard]] const RunScript& Script() const override { return OpenPageScript(); }
+};
+
 /// Pages are thrown away.
 class InstallMode final : public PrintMode {
  public:

@@ -32,6 +32,7 @@ const RunReports::Entry RunReports::Handlers[] = {
     {"SIZE", &RunReports::TakeSize},
     {"PAGE", &RunReports::TakePage},
     {"BOX", &RunReports::TakeMeasure},
+    {"OPEN", &RunReports::TakeOpenPage},
     {"JOB", &RunReports::TakeJob},
     {"NOCUT", &RunReports::TakeCutFailure},
 };
@@ -62,6 +63,7 @@ void RunReports::TakeLine(const std::string& line) {
   }
   // Its older PDF code is chosen on purpose.
   if (line.find("legacy PDF interpreter") != line.npos) return;
+  m_Pdf.Take(line);
   const bool isError = line.starts_with("Error: ");
   if (m_IsQuiet && !isError) return;
   if (isError && m_LastError.empty()) m_LastError = line.substr(7);
@@ -121,6 +123,13 @@ void RunReports::TakePage(const std::string&) { m_Pages.EndReported(); }
 
 void RunReports::TakeMeasure(const std::string& value) {
   if (m_Measure.empty()) m_Measure = value;
+}
+
+// Comes at the end of every job that may leave a page open, also after the pages that it has ended.
+void RunReports::TakeOpenPage(const std::string&) {
+  if (m_Pages.Ended() > 0 || !m_Measure.empty()) return;
+  m_HasOpenPage = true;
+  m_Listener.Warned(OpenPageNote);
 }
 
 void RunReports::TakeJob(const std::string&) {

@@ -4,9 +4,14 @@
 #include <string_view>
 
 #include "interpreter/page_maker.h"
+#include "interpreter/pdf_job.h"
 #include "interpreter/report_lines.h"
 
 namespace rastrel::interpreter {
+
+/// The note on a page that has no showpage.
+inline constexpr const char* OpenPageNote =
+    "The job does not end its page (it has no showpage); all that it draws is taken for one page.";
 
 /// Takes everything that the interpreter prints: the prolog's reports, which it acts on, and all
 /// other lines, which go to the listener.
@@ -27,6 +32,11 @@ class RunReports {
   [[nodiscard]] bool HasStarted() const { return m_Started; }
   /// The first error that the interpreter has printed, without "Error: "; may be empty.
   [[nodiscard]] const std::string& LastError() const { return m_LastError; }
+  /// Its messages about a PDF. Of a job that is none they mean nothing, since it can print them
+  /// too.
+  [[nodiscard]] const PdfMessages& Pdf() const { return m_Pdf; }
+  /// Whether the job has left the page open that was put out or measured first.
+  [[nodiscard]] bool HasOpenPage() const { return m_HasOpenPage; }
   /// The prolog's measure (see measure.ps), or empty.
   [[nodiscard]] const std::string& Measure() const { return m_Measure; }
 
@@ -50,6 +60,7 @@ class RunReports {
   void TakeSize(const std::string& value);
   void TakePage(const std::string& value);
   void TakeMeasure(const std::string& value);
+  void TakeOpenPage(const std::string& value);
   void TakeJob(const std::string& value);
   void TakeCutFailure(const std::string& value);
 
@@ -61,7 +72,9 @@ class RunReports {
   LineCutter m_Lines;
   std::string m_LastError;
   std::string m_Measure;
+  PdfMessages m_Pdf;
   bool m_Started = false;
+  bool m_HasOpenPage = false;
 };
 
 }  // namespace rastrel::interpreter

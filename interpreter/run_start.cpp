@@ -9,6 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "interpreter/password.h"
+#include "interpreter/pdf_job.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::interpreter {
@@ -36,17 +39,27 @@ constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFil
 constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
+constexpr const char* MediaBoxFile = "mediabox.ps";
 
 constexpr int PixelPipeSize = 1 << 20;
 
 std::string At(Place place) { return "/dev/fd/" + std::to_string(place); }
 
+// As an array, or null.
+std::string AreaText(const std::optional<PageArea>& area) {
+  if (!area) return "null";
+  std::string text = "[ ";
+  for (const double side : {area->left, area->bottom, area->right, area->top})
+    text += os::ShortDecimal(side, 6) + " ";
+  return text + "]";
+}
+
 // The values that the prolog needs before its first file. Sent through a pipe that is empty
 // afterwards, so the job can't read it again.
-std::string SetupText(const std::string& word, bool pdf) {
-  return "serverdict begin 0 exitserver true setglobal userdict begin\n"
-         "/rip.word (" +
-         word +
+std::string SetupText(const RunStart& start) {
+  const bool pdf = start.kind == JobKind::Pdf;
+  return "serverdict begin 0 exitserver true setglobal userdict begin\n" +
+         (pdf ? PasswordText(start.pdfPassword) : std::string()) + "/rip.word (" + start.word +
          ") def\n"
          "/rip.modes (" +
          At(Modes) +
@@ -59,6 +72,9 @@ std::string SetupText(const std::string& word, bool pdf) {
          "/%04d.tif) def\n"
          "/rip.ispdf " +
          (pdf ? "true" : "false") +
+         " def\n"
+         "/rip.area " +
+         AreaText(start.area) +
          " def\n"
          "end false setglobal\n";
 }
@@ -73,19 +89,25 @@ std::vector<std::string> Arguments(const RunStart& start) {
   // The prolog's painting operators go to systemdict, and it is closed again before the job begins.
   if (start.setsCutColor) arguments.emplace_back("-dWRITESYSTEMDICT");
   if (start.kind == JobKind::Eps && !start.script.isFirstPage) arguments.emplace_back("-dEPSCrop");
-  if (start.kind == JobKind::Pdf && start.script.isFirstPage) {
-    arguments.insert(arguments.end(), {"-dUseCropBox", "-dLastPage=1"});
+  // EPS without a box. The interpreter would put out a sheet of its own for it, without showpage.
+  if (start.kind == JobKind::PostScript) arguments.emplace_back("-dNOEPS");
+  const bool pdf = start.kind == JobKind::Pdf;
+  if (pdf) {
+    for (std::string& option : BoxOptions(start.pdfBox)) arguments.push_back(std::move(option));
+    if (start.script.isFirstPage) arguments.emplace_back("-dLastPage=1");
   }
   arguments.emplace_back("-f");
   arguments.push_back(At(Setup));
   const auto add = [&](const char* file) { arguments.push_back(At(Prolog) + "/" + file); };
   std::ranges::for_each(start.script.prologFiles, add);
+  if (pdf && start.pdfBox == PdfBox::Media) add(MediaBoxFile);
   if (start.script.runsPrefix) {
     if (start.prefix >= 0) arguments.push_back(At(Prefix));
     add(BeginFile);
   }
   arguments.push_back(At(Job));
-  if (start.script.isFirstPage) add(FinishFile);
+  // A PDF ends its pages itself. Without any, showpage would make an empty one.
+  if (start.script.isFirstPage && !pdf) add(FinishFile);
   return arguments;
 }
 
@@ -153,6 +175,11 @@ const RunScript& PrintScript() {
   return Script;
 }
 
+const RunScript& OpenPageScript() {
+  static constexpr RunScript Script{"ppmraw", PrintFiles, true, true};
+  return Script;
+}
+
 const RunScript& PictureScript() {
   static constexpr RunScript Script{"ppmraw", PictureFiles, true, true};
   return Script;
@@ -165,7 +192,7 @@ const RunScript& MeasureScript() {
 
 Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory& directory,
                                       const Settings& settings, Guardian& guardian) {
-  auto pipes = MakePipes(SetupText(start.word, start.kind == JobKind::Pdf));
+  auto pipes = MakePipes(SetupText(start));
   if (!pipes) return pipes.Error();
   std::array<os::FileDescriptor, 4> directories;
   const std::array paths{start.ripDirectory + "/System/prolog",

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 
 #include "interpreter/ghostscript.h"
 #include "interpreter/job_kind.h"
+#include "interpreter/page_area.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
 
@@ -16,13 +18,15 @@ struct RunScript {
   const char* device = nullptr;                ///< the device that it begins with
   std::span<const char* const> prologFiles{};  ///< of System/prolog, in order
   bool runsPrefix = true;                      ///< the prefix follows, and then "begin.ps"
-  /// Only the first page counts: a last page that the job leaves open is put out, EPS is not
-  /// cropped, and PDF has its crop box for a page.
+  /// A page that PostScript leaves open at its end is put out, EPS is not cropped, and of a PDF
+  /// only the first page counts.
   bool isFirstPage = false;
 };
 
 /// All pages.
 [[nodiscard]] const RunScript& PrintScript();
+/// The page that a job leaves open, whose area is known.
+[[nodiscard]] const RunScript& OpenPageScript();
 /// The first page as a picture.
 [[nodiscard]] const RunScript& PictureScript();
 /// The first page's measure.
@@ -35,9 +39,14 @@ struct RunStart {
   std::string word;          ///< the secret word of the run's reports
   const RunScript& script;
   JobKind kind = JobKind::PostScript;
-  bool setsCutColor = false;  ///< the prefix may set a cut color
-  int prefix = -1;            ///< the open prefix file; -1: none
-  int pdf = -1;               ///< the open job file if it is PDF
+  bool setsCutColor = false;     ///< the prefix may set a cut color
+  int prefix = -1;               ///< the open prefix file; -1: none
+  int pdf = -1;                  ///< the open job file if it is PDF
+  PdfBox pdfBox = PdfBox::Crop;  ///< of it
+  /// Of a print: this part of the plane is the page, until the job sets one; nothing: the
+  /// interpreter's own sheet.
+  std::optional<PageArea> area{};
+  std::string pdfPassword{};  ///< of it; empty: none
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.

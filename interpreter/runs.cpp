@@ -1,7 +1,10 @@
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "interpreter/interpreter.h"
 #include "interpreter/rip_run.h"
+#include "interpreter/run_reports.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -20,11 +23,71 @@ auto RunIn(RunRequest request, const RunDirectory& directory, RunListener& liste
 
 unsigned PagesOf(const RipRun& run) { return run.Pages(); }
 
+// Hears of a job that is run again: all that it says has been passed on.
+class Repetition : public RunListener {
+ public:
+  explicit Repetition(RunListener& listener) : m_Listener(listener) {}
+  void StateReached(RunState) override {}
+  void Progressed(unsigned) override {}
+  void PageMade(unsigned) override {}
+  void Warned(const std::string&) override {}
+  void Noted(const std::string&) override {}
+  void Printed(const std::string&) override {}
+  [[nodiscard]] int Pipe() const override { return m_Listener.Pipe(); }
+
+ protected:
+  RunListener& m_Listener;
+};
+
+// The same, of the run that makes the page.
+class PrintRepetition final : public Repetition {
+ public:
+  using Repetition::Repetition;
+  void StateReached(RunState state) override {
+    if (state != RunState::Interpreting) m_Listener.StateReached(state);
+  }
+  void Progressed(unsigned percent) override { m_Listener.Progressed(percent); }
+  void PageMade(unsigned number) override { m_Listener.PageMade(number); }
+};
+
+Expected<PageMeasure> MeasureOf(const RipRun& run, const std::optional<PageArea>& declared) {
+  const auto page = MeasuredPage(run.Measure(), declared);
+  if (!page) return FailureOf("The interpreter's measure can't be read");
+  return *page;
+}
+
+// A job that has ended no page: `noPage` if it has no marks either.
+Expected<unsigned> PrintOpenPage(RunRequest request, const Failure& noPage,
+                                 const RunDirectory& directory, RunListener& listener,
+                                 Guardian& guardian) {
+  DropEndOfJob(request.job);
+  Repetition unheard(listener);
+  const MeasureMode measuring;
+  RipRun measured(std::move(request), measuring, directory, unheard, guardian);
+  if (!measured.Run()) return noPage;
+  request = measured.TakeRequest();
+  const auto page = MeasureOf(measured, request.job.declared);
+  if (!page) return page.Error();
+  if (!page->marked) return noPage;
+  listener.Warned(OpenPageNote);
+  request.area = page->box;
+  PrintRepetition heard(listener);
+  const OpenPageMode printing;
+  RipRun printed(std::move(request), printing, directory, heard, guardian);
+  if (const auto ran = printed.Run(); !ran) return ran.Error();
+  return printed.Pages();
+}
+
 }  // namespace
 
 Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
                               RunListener& listener, Guardian& guardian) {
-  return RunIn<PrintMode>(std::move(request), directory, listener, guardian, PagesOf);
+  const PrintMode mode;
+  RipRun run(std::move(request), mode, directory, listener, guardian);
+  const auto ran = run.Run();
+  if (ran) return run.Pages();
+  if (!run.HasEndedNoPage()) return ran.Error();
+  return PrintOpenPage(run.TakeRequest(), ran.Error(), directory, listener, guardian);
 }
 
 Expected<void> RunInstallJob(RunRequest request, const RunDirectory& directory,
@@ -34,15 +97,21 @@ Expected<void> RunInstallJob(RunRequest request, const RunDirectory& directory,
   return {};
 }
 
-Expected<unsigned> PrintFirstPage(RunRequest request, const RunDirectory& directory,
-                                  RunListener& listener, Guardian& guardian) {
-  return RunIn<PictureMode>(std::move(request), directory, listener, guardian, PagesOf);
+Expected<FirstPages> PrintFirstPage(RunRequest request, const RunDirectory& directory,
+                                    RunListener& listener, Guardian& guardian) {
+  return RunIn<PictureMode>(std::move(request), directory, listener, guardian,
+                            [](const RipRun& run) {
+                              return FirstPages{run.Pages(), run.HasOpenPage()};
+                            });
 }
 
-Expected<std::string> MeasureFirstPage(RunRequest request, const RunDirectory& directory,
+Expected<PageMeasure> MeasureFirstPage(RunRequest request, const RunDirectory& directory,
                                        RunListener& listener, Guardian& guardian) {
-  return RunIn<MeasureMode>(std::move(request), directory, listener, guardian,
-                            [](const RipRun& run) { return run.Measure(); });
+  const auto declared = request.job.declared;
+  const MeasureMode mode;
+  RipRun run(std::move(request), mode, directory, listener, guardian);
+  if (const auto ran = run.Run(); !ran) return ran.Error();
+  return MeasureOf(run, declared);
 }
 
 }  // namespace rastrel::interpreter

@@ -1,6 +1,9 @@
 #include "interpreter/settings.h"
 
+#include <array>
 #include <charconv>
+#include <string_view>
+#include <utility>
 
 #include "rastrel/platform/os/path.h"
 
@@ -24,6 +27,24 @@ void Read(const char* name, std::uint64_t& value, std::vector<std::string>& comp
   }
 }
 
+constexpr std::array<std::pair<std::string_view, PdfBox>, 4> Boxes{{{"media", PdfBox::Media},
+                                                                    {"crop", PdfBox::Crop},
+                                                                    {"trim", PdfBox::Trim},
+                                                                    {"bleed", PdfBox::Bleed}}};
+
+void ReadBox(PdfBox& box, std::vector<std::string>& complaints) {
+  constexpr const char* Name = "RASTREL_RIP_BOX";
+  const std::string text = os::EnvironmentValue(Name);
+  if (text.empty()) return;
+  for (const auto& [name, value] : Boxes) {
+    if (name != text) continue;
+    box = value;
+    return;
+  }
+  complaints.push_back(std::string(Name) +
+                       " is none of media, crop, trim and bleed; the crop box is used.");
+}
+
 }  // namespace
 
 Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
@@ -34,6 +55,8 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
+  ReadBox(settings.pdfBox, complaints);
+  settings.passwordFile = os::EnvironmentValue("RASTREL_RIP_PASSWORD_FILE");
   return settings;
 }
 

@@ -6,7 +6,12 @@
 
 namespace rastrel::interpreter {
 
-/// Limits of a run. Each is read from a variable of the environment; a whole number above 0.
+/// The box of a PDF's page that becomes the page. Trim and bleed box are the crop box where a page
+/// has none, and the crop box the media box.
+enum class PdfBox { Media, Crop, Trim, Bleed };
+
+/// Limits of a run, each a whole number above 0, and its ways with PDF. Each is read from a
+/// variable of the environment.
 struct Settings {
   std::uint64_t timeSeconds = 1800;       ///< RASTREL_RIP_TIMEOUT: of the clock on the wall
   std::uint64_t processorSeconds = 1800;  ///< RASTREL_RIP_CPU: of Ghostscript's processor time
@@ -14,8 +19,12 @@ struct Settings {
   std::uint64_t pagePixels = 1600000000;  ///< RASTREL_RIP_PIXELS: of one page
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time
+  PdfBox pdfBox = PdfBox::Crop;           ///< RASTREL_RIP_BOX: "media", "crop", "trim" or "bleed"
+  /// RASTREL_RIP_PASSWORD_FILE: native path of the file whose first line opens locked PDFs; empty:
+  /// none.
+  std::string passwordFile;
 
-  /// Reads them. A value that is no such number is passed over and adds a sentence to `complaints`.
+  /// Reads them. A value of another form is passed over and adds a sentence to `complaints`.
   [[nodiscard]] static Settings FromEnvironment(std::vector<std::string>& complaints);
 };
 

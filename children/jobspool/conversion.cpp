@@ -102,7 +102,7 @@ class Conversion {
   // that.
   Expected<void> FindArea(PictureTask& task) const {
     const bool pdf = m_Source.job.layout.kind == interpreter::JobKind::Pdf;
-    task.area = m_Source.declared;
+    task.area = m_Source.job.declared;
     if (task.area || (pdf && (task.size || task.resolution >= LowestDeviceResolution))) return {};
     const auto measured = Measure(m_Source, m_Context);
     if (!measured) return measured.Error();
@@ -144,8 +144,24 @@ class Conversion {
     auto held = HoldText(prefix, directory.Path());
     if (!held) return held.Error();
     request->prefix = std::move(*held);
-    const auto interpret = IsPicture() ? interpreter::PrintFirstPage : interpreter::PrintPages;
-    return interpret(std::move(*request), directory, m_Context.reporter, m_Context.guardian);
+    if (!IsPicture()) {
+      return interpreter::PrintPages(std::move(*request), directory, m_Context.reporter,
+                                     m_Context.guardian);
+    }
+    const auto pages = interpreter::PrintFirstPage(std::move(*request), directory,
+                                                   m_Context.reporter, m_Context.guardian);
+    if (!pages) return pages.Error();
+    if (pages->isOpen) {
+      if (const auto checked = CheckMarks(); !checked) return checked.Error();
+    }
+    return pages->count;
+  }
+
+  // A page that the job did not end is one only if it has marks: the measure fails without.
+  [[nodiscard]] Expected<void> CheckMarks() const {
+    const auto measured = Measure(m_Source, m_Context);
+    if (!measured) return measured.Error();
+    return {};
   }
 
   Expected<void> Finish(const interpreter::RunDirectory& directory, unsigned pages) const {

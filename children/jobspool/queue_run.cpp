@@ -39,6 +39,7 @@ Expected<interpreter::RunRequest> RequestOf(const JobSource& source, const Queue
   request.settings = context.settings;
   request.title = source.title;
   request.job.layout = source.job.layout;
+  request.job.declared = source.job.declared;
   const bool shifted =
       source.job.layout.kind == interpreter::JobKind::Pdf && source.job.layout.offset > 0;
   if (shifted) {
@@ -66,9 +67,7 @@ Expected<PageMeasure> Measure(const JobSource& source, const QueueContext& conte
   if (!context.guardian.Release(directory->Path())) {
     return Failure{"release", directory->Path(), errno};
   }
-  const auto page = MeasuredPage(*measure, source.declared);
-  if (!page) return FailureOf("The interpreter's measure can't be read");
-  return *page;
+  return *measure;
 }
 
 }  // namespace rastrel::jobspool

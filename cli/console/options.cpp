@@ -33,6 +33,10 @@ constexpr std::array OptionTable{
               "Pixels per inch of the preview, from 1 to 4800; 72 if not given. Not of planes."},
     OptionRow{Resolution, "--dpi", "N", "Dots per inch of the conversion, from 1 to 4800."},
     OptionRow{OptionId::PageSize, "--page-size", "WxH", "Size of the page, as 21x29.7cm."},
+    OptionRow{Box, "--box", "BOX",
+              "The box of a PDF's page that counts: crop (the default), media, trim or bleed."},
+    OptionRow{PasswordFile, "--password-file", "FILE",
+              "Open locked PDFs with the password in this file's first line."},
     OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
               "Take what has this colour as lines that are cut half through."},
     OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},
@@ -76,15 +80,17 @@ constexpr std::array OptionTable{
     OptionRow{Version, "--version", "", "Print the version."},
 };
 
-constexpr std::array PrintOptions{
-    Printer,   Mode,        Copies,     Pages,      Spool,    KeepPs,     Planar, Scale, Levels,
-    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Output, Json,  Help};
+constexpr std::array PrintOptions{Printer,     Mode,         Copies,     Pages,    Spool,
+                                  KeepPs,      Planar,       Scale,      Levels,   LevelsRed,
+                                  LevelsGreen, LevelsBlue,   LevelsGray, CutColor, SaveTicket,
+                                  Box,         PasswordFile, Output,     Json,     Help};
 constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
                                    LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
                                    Dpi,         Planar,     CutOnly,    OutputFile, Help};
-constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,      Levels,
-                                    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor,
-                                    KeepPs,    OutputFile,  Force,      Json,       Help};
+constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,      Scale,      Levels,
+                                    LevelsRed, LevelsGreen, LevelsBlue,   LevelsGray, CutColor,
+                                    KeepPs,    Box,         PasswordFile, OutputFile, Force,
+                                    Json,      Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
@@ -95,13 +101,15 @@ constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
-constexpr std::array PageSizeOptions{Dsc, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Json, Help};
 constexpr std::array QueueOptions{OptionId::PageSize,
                                   Resolution,
                                   CutColor,
                                   HalfCutColor,
                                   OptionId::Window,
                                   KeepPs,
+                                  Box,
+                                  PasswordFile,
                                   Output,
                                   Force,
                                   Json,
@@ -170,7 +178,7 @@ constexpr std::array CommandTable{
         "Make a tab-separated text of a spreadsheet (.xlsx, .ods, .fods, or an unpacked one).",
         SheetOptions},
     CommandRow{CommandId::PageSize, "pagesize", "FILE...", false,
-               "Measure the first page of PostScript and EPS files.", PageSizeOptions},
+               "Measure the first page of PostScript, EPS and PDF files.", PageSizeOptions},
     CommandRow{CommandId::Queue, "queue", "FILE", false,
                "Convert a file to planes, a picture and cut paths by the queue program.",
                QueueOptions},

@@ -29,6 +29,8 @@ enum class OptionId {
   Dpi,
   Resolution,
   PageSize,
+  Box,
+  PasswordFile,
   HalfCutColor,
   Dsc,
   CutOnly,

@@ -14,6 +14,7 @@
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/input/input_file.h"
 #include "cli/input/page_bounds.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "rastrel/conversion/measure_page.h"
@@ -116,7 +117,18 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
            "\n");
 }
 
-void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
+void WriteWarnings(const std::string& file, QueueWarnings& warnings, bool json) {
+  for (const std::string& warning : warnings.Take()) {
+    if (json) {
+      JsonLine("warning").Add("path", file).Add("text", warning).Write();
+    } else {
+      WriteError("rastrel: " + file + ": warning: " + warning + "\n");
+    }
+  }
+}
+
+void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop,
+                 QueueWarnings& warnings) {
   const bool json = invocation.Has(OptionId::Json);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(file, "measure"));
   const Reachable reachable = Reach(input);
@@ -125,20 +137,23 @@ void MeasureFile(const std::string& file, const Invocation& invocation, Stop& st
   if (declared) WriteBounds(file, *declared, "comments", json);
   const BOUNDS measured = Measured(reachable.path.c_str(), stop);
   if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
+  WriteWarnings(file, warnings, json);
 }
 
 }  // namespace
 
 ExitStatus PageSizeCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
   OrEnd(ExitStatus::JobFailed, stop.Start());
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   ExitStatus status = ExitStatus::Done;
+  QueueWarnings warnings;
   for (const std::string& file : invocation.operands) {
     try {
-      MeasureFile(file, invocation, stop);
+      MeasureFile(file, invocation, stop, warnings);
     } catch (const CommandError& error) {
       if (error.Status() == ExitStatus::Cancelled) throw;
       WriteErrorMessage({error.Status(), file + ": " + error.what()}, json);

@@ -15,6 +15,7 @@
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/converting/queue_view.h"
 #include "cli/input/input_file.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "cli/job/keep_files_host.h"
@@ -129,6 +130,16 @@ ExitStatus WriteCancelled(bool json) {
   return ExitStatus::Cancelled;
 }
 
+void WriteWarnings(bool json) {
+  for (const std::string& warning : QueueWarnings().Take()) {
+    if (json) {
+      JsonLine("warning").Add("text", warning).Write();
+    } else {
+      WriteError("queue program: warning: " + warning + "\n");
+    }
+  }
+}
+
 [[noreturn]] void Fail() {
   const std::string why = LastErrorOfQueue();
   throw CommandError(ExitStatus::JobFailed,
@@ -140,6 +151,7 @@ ExitStatus WriteCancelled(bool json) {
 }  // namespace
 
 ExitStatus QueueCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   const bool json = invocation.Has(OptionId::Json);
   QueueView view(json);
   // A request to end is one to cancel, from the first moment on.
@@ -166,6 +178,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
+  if (!view.IsCancelled()) WriteWarnings(json);
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target, existing), json);
   if (view.IsCancelled()) return WriteCancelled(json);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "cli/installation/installation.h"
 #include "rastrel/job/exe_paths.h"
@@ -14,7 +15,8 @@ namespace {
 
 constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
 
-constexpr std::string_view Mark = "]ERROR:";
+constexpr std::string_view ErrorMark = "]ERROR:";
+constexpr std::string_view WarningMark = "]WARNING:";
 
 // Whether the mark ends the head of a log entry: "[04/02/2026, 09:08:07][ 512]". A message of the
 // program may hold the mark, too.
@@ -43,6 +45,24 @@ std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
   return lineEnd;
 }
 
+std::string ReadLog() {
+  const std::string name =
+      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
+  return os::ReadWholeFile(os::FromNative(name), MaximumOfLog).ValueOr({});
+}
+
+// The texts of all entries that begin with the mark, in order; an empty one is left out.
+std::vector<std::string> MessagesAt(std::string_view mark, std::string_view log) {
+  std::vector<std::string> messages;
+  for (std::size_t at = log.find(mark); at != log.npos; at = log.find(mark, at + 1)) {
+    if (!EndsHead(log.substr(0, at))) continue;
+    const std::size_t end = EndOfEntry(log, at + mark.size());
+    const std::size_t begin = log.find_first_not_of(" \t", at + mark.size());
+    if (begin < end) messages.emplace_back(log.substr(begin, end - begin));
+  }
+  return messages;
+}
+
 }  // namespace
 
 Expected<void> CheckQueueProgram() {
@@ -53,18 +73,20 @@ Expected<void> CheckQueueProgram() {
 }
 
 std::string LastErrorOfQueue() {
-  const std::string name =
-      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
-  const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
-  if (!log) return {};
-  const std::string_view text = *log;
-  std::size_t found = text.rfind(Mark);
-  while (found != text.npos && !EndsHead(text.substr(0, found)))
-    found = found == 0 ? text.npos : text.rfind(Mark, found - 1);
-  if (found == text.npos) return {};
-  const std::size_t end = EndOfEntry(text, found + Mark.size());
-  const std::size_t begin = text.find_first_not_of(" \t", found + Mark.size());
-  return begin < end ? std::string(text.substr(begin, end - begin)) : std::string();
+  const std::string text = ReadLog();
+  const auto errors = MessagesAt(ErrorMark, text);
+  return errors.empty() ? std::string() : errors.back();
+}
+
+std::vector<std::string> QueueWarnings::Take() {
+  const std::string text = ReadLog();
+  const std::size_t from = std::min(m_Taken, text.size());
+  m_Taken = text.size();
+  std::vector<std::string> warnings;
+  for (std::string& warning : MessagesAt(WarningMark, std::string_view(text).substr(from)))
+    if (std::ranges::find(warnings, warning) == warnings.end())
+      warnings.push_back(std::move(warning));
+  return warnings;
 }
 
 }  // namespace rastrel::cli

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "rastrel/platform/os/expected.h"
 
@@ -13,5 +15,15 @@ namespace rastrel::cli {
 /// The last error message of the queue program since this process began; empty if there is none. It
 /// is read from the application log, where the library writes all messages of that program.
 [[nodiscard]] std::string LastErrorOfQueue();
+
+/// The queue program's warnings, read from the same log.
+class QueueWarnings {
+ public:
+  /// Those since the last call, or since this process began, in order and each once.
+  [[nodiscard]] std::vector<std::string> Take();
+
+ private:
+  std::size_t m_Taken = 0;  // bytes of the log
+};
 
 }  // namespace rastrel::cli

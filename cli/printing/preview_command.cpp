@@ -9,6 +9,7 @@
 #include "cli/console/terminal_picture.h"
 #include "cli/console/unwritten_file.h"
 #include "cli/input/input_file.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "cli/installation/printers.h"
@@ -85,6 +86,7 @@ void ShowFirst(const PreviewFiles& files) {
 }  // namespace
 
 ExitStatus PreviewCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   JobView view(invocation.Has(OptionId::Json));
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   PreviewTicket ticket;

@@ -6,6 +6,7 @@
 #include "cli/console/options.h"
 #include "cli/console/values.h"
 #include "cli/input/input_file.h"
+#include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "cli/installation/print_modes.h"
@@ -134,6 +135,7 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
 }  // namespace
 
 ExitStatus PrintCommand(const Invocation& invocation) {
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   JobView view(invocation.Has(OptionId::Json));
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   const PrintRequest request = CheckRequest(invocation);

@@ -7,10 +7,13 @@
 #include "children/jobspool/command_line.h"
 #include "children/jobspool/job_header_reader.h"
 #include "children/jobspool/job_source.h"
+#include "interpreter/declared_box.h"
 #include "tests/children/queue_fixture.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
+
+using interpreter::FindDeclaredBox;
 
 const std::string Full = Header(
     "%#PageSize=Custom,595.275591,841.889764\r\n%# KVI_Res= 300\r\n"

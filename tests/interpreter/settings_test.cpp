@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/environment_guard.h"
@@ -24,6 +25,8 @@ TEST(Settings, have_the_documented_values_by_default) {
   EXPECT_EQ(settings.pagePixels, 1'600'000'000U);
   EXPECT_EQ(settings.totalMebibytes, 65'536U);
   EXPECT_EQ(settings.workMebibytes, 4096U);
+  EXPECT_EQ(settings.pdfBox, PdfBox::Crop);
+  EXPECT_EQ(settings.passwordFile, "");
   EXPECT_EQ(SidePixels, 400'000U);
   EXPECT_EQ(WorkFiles, 1000U);
   EXPECT_TRUE(complaints.empty());
@@ -45,6 +48,28 @@ TEST(Settings, each_has_its_variable) {
   EXPECT_EQ(settings.totalMebibytes, 5U);
   EXPECT_EQ(settings.workMebibytes, 1'000'000'000'000U);
   EXPECT_TRUE(complaints.empty());
+}
+
+TEST(Settings, a_box_is_chosen_by_its_name) {
+  const std::vector<std::pair<const char*, PdfBox>> boxes{{"media", PdfBox::Media},
+                                                          {"crop", PdfBox::Crop},
+                                                          {"trim", PdfBox::Trim},
+                                                          {"bleed", PdfBox::Bleed}};
+  for (const auto& [name, box] : boxes) {
+    const test::EnvironmentGuard chosen("RASTREL_RIP_BOX", name);
+    std::vector<std::string> complaints;
+    EXPECT_EQ(Read(complaints).pdfBox, box) << name;
+    EXPECT_TRUE(complaints.empty()) << name;
+  }
+}
+
+TEST(Settings, another_box_is_passed_over_with_a_sentence) {
+  const test::EnvironmentGuard chosen("RASTREL_RIP_BOX", "art");
+  std::vector<std::string> complaints;
+  EXPECT_EQ(Read(complaints).pdfBox, PdfBox::Crop);
+  EXPECT_EQ(complaints,
+            std::vector<std::string>{
+                "RASTREL_RIP_BOX is none of media, crop, trim and bleed; the crop box is used."});
 }
 
 TEST(Settings, a_value_that_is_no_whole_number_above_0_is_passed_over_with_a_sentence) {
