@@ -101,16 +101,14 @@ void CheckRoot(Checks& checks) {
   const auto laidOut = standalone::LayOutDataRoot();
   const std::string root = os::DataRoot();
   HealthCheck check{"data root", State::Good, "laid out", root, {}};
-  if (!laidOut) {
+  if (const auto named = os::CheckForCommandLine(root); !named) {
+    check.state = State::Bad;
+    check.text = Describe(named.Error());
+    check.mend = "set RASTREL_HOME to another directory";
+  } else if (!laidOut) {
     check.state = State::Bad;
     check.text = Describe(laidOut.Error());
     check.mend = "make it writable, or set RASTREL_HOME to a directory that is";
-  } else if (root.find_first_of("\"\\\n") != root.npos) {
-    check.state = State::Bad;
-    check.text =
-        "its path holds a double quote, a backslash or a line end, which the jobs' "
-        "programs can't be told";
-    check.mend = "set RASTREL_HOME to another directory";
   }
   checks.push_back(check);
 }

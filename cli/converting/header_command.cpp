@@ -57,7 +57,7 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
       OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input =
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const std::wstring header = settings.Header();
   if (invocation.Has(OptionId::OutputFile)) {
     WriteCopy(input, invocation.ValueOr(OptionId::OutputFile, ""), os::AnsiFromWide(header));

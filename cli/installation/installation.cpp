@@ -22,15 +22,18 @@ Failure Unusable(const std::string& why) {
 }  // namespace
 
 Expected<void> MakeSureOfDataRoot() {
-  LayOutQuietly();
+  if (auto laidOut = LayOutQuietly(); !laidOut) return laidOut;
   if (const auto files = job::CheckPrintFiles(); !files) return Unusable(Describe(files.Error()));
   if (const std::string why = WhyNotWritable(JobsDirectory()); !why.empty()) return Unusable(why);
   return {};
 }
 
-void LayOutQuietly() {
+Expected<void> LayOutQuietly() {
+  if (const auto named = os::CheckForCommandLine(os::DataRoot()); !named)
+    return Unusable(Describe(named.Error()));
   standalone::EnsureDataRoot();
   SweepLeftovers();
+  return {};
 }
 
 std::string RipDirectory() { return NativeDirectory(CExePaths::Instance().m_RipDir); }

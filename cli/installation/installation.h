@@ -10,9 +10,10 @@ namespace rastrel::cli {
 /// there: the library would wait forever for an application log that can't be opened.
 [[nodiscard]] Expected<void> MakeSureOfDataRoot();
 
-/// Lays the data root out, and removes the leftovers of killed commands. A fault is left to the
-/// first caller that needs the files.
-void LayOutQuietly();
+/// Lays the data root out, and removes the leftovers of killed commands. Fails only for a root
+/// whose path no program can be given; any other fault is left to the first caller that needs the
+/// files.
+[[nodiscard]] Expected<void> LayOutQuietly();
 
 /// Native paths without closing separators.
 [[nodiscard]] std::string RipDirectory();

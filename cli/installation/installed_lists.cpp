@@ -10,7 +10,7 @@
 namespace rastrel::cli {
 
 ExitStatus ListPrintersCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   for (const devices::Device& device : OrEnd(ExitStatus::NotInstalled, ReadPrinters())) {
     const bool isDefault = device.printer == DefaultPrinter;
     if (invocation.Has(OptionId::Json)) {
@@ -26,7 +26,7 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
 }
 
 ExitStatus ListModesCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   for (const PrintMode& mode : ListModes()) {
     const std::string name = mode.folder + "/" + mode.name;
     const bool isDefault = name == DefaultMode;
