@@ -71,6 +71,45 @@ TEST_F(ForeignFile, one_that_takes_time_without_end_is_ended_and_named) {
   EXPECT_EQ(Refusal(ImageFormat::Svg, Limited()), time);
 }
 
+// Each would take its own limit of a minute, one after another.
+TEST_F(ForeignFile, eps_files_without_end_share_the_time_of_their_drawing) {
+  for (const std::wstring name : {L"one.eps", L"two.eps", L"three.eps"}) {
+    document::GraphicShape shape;
+    shape.kind = GraphicKind::Eps;
+    shape.name = name;
+    shape.bytes = std::make_shared<const std::string>(
+        test::EpsFile(os::Utf8FromWide(L"/" + name + L" {} loop")));
+    shape.width = shape.height = 5;
+    Add(shape);
+  }
+  ImageOptions options;
+  options.limits.epsTime = 2s;
+  const auto drawn =
+      render::DrawDocument({m_Document, m_Fonts, m_Notices}, ImageFormat::Png, options);
+  ASSERT_TRUE(drawn) << Describe(drawn.Error());
+  ASSERT_EQ(m_Notices.Texts().size(), 3U);
+  EXPECT_THAT(os::Utf8FromWide(m_Notices.Texts()[0]),
+              HasSubstr("\"one.eps\" can't be drawn: the interpreter took more than "));
+  for (const std::size_t later : {1U, 2U}) {
+    EXPECT_THAT(os::Utf8FromWide(m_Notices.Texts()[later]),
+                HasSubstr(" can't be drawn: no time is left for it: all EPS files of a drawing may "
+                          "take 2 seconds together"));
+  }
+}
+
+// As one does that was taken over by a file.
+TEST_F(ForeignFile, a_drawing_program_that_closes_its_output_and_stays_is_ended) {
+  const test::EnvironmentGuard resources("RASTREL_RESOURCES", m_Directory.Path());
+  m_Directory.Write("libexec/rastrel/rastrel-draw", "#!/bin/sh\nexec sleep 100000 >&-\n");
+  std::filesystem::permissions(m_Directory.Path("libexec/rastrel/rastrel-draw"),
+                               std::filesystem::perms::owner_all);
+  Place(GraphicKind::Png, test::PngFile(), L"small.png");
+  ImageOptions options;
+  options.limits.silence = 1s;
+  EXPECT_EQ(Refusal(ImageFormat::Png, options),
+            "the page can't be drawn: the program that draws it was ended by signal 9");
+}
+
 // The library gives up after 500,000 of them, and leaves a part.
 TEST_F(ForeignFile, an_svg_that_is_drawn_in_part_is_no_picture) {
   Place(GraphicKind::Svg, test::SvgUseBomb(), L"bomb");
