@@ -63,15 +63,20 @@ void CheckInterpreter(Checks& checks) {
   checks.push_back({"ghostscript", State::Good, "version " + *version, program, {}});
 }
 
-// Around the interpreter. Limits and guardian need nothing of the kernel that this system can lack.
-void CheckWalls(Checks& checks) {
-  const interpreter::MachineWalls walls = interpreter::WallsOfThisMachine();
-  std::string text = "guardian, limits";
+// Walls that the kernel has, as text to follow others. Limits need nothing that it can lack.
+std::string KernelWalls(const interpreter::MachineWalls& walls) {
+  std::string text;
   if (walls.filesVersion > 0) {
     text += ", files (Landlock version " + std::to_string(walls.filesVersion) + ")";
   }
   if (walls.calls) text += ", system calls (seccomp)";
-  HealthCheck check{"walls", State::Good, std::move(text), {}, {}};
+  return text;
+}
+
+// Around the interpreter.
+void CheckWalls(Checks& checks) {
+  const interpreter::MachineWalls walls = interpreter::WallsOfThisMachine();
+  HealthCheck check{"walls", State::Good, "guardian, limits" + KernelWalls(walls), {}, {}};
   if (walls.filesVersion == 0 || !walls.calls) {
     check.state = State::Warning;
     check.text += std::string("; this kernel has none around ") + (walls.calls ? "files"
@@ -81,6 +86,21 @@ void CheckWalls(Checks& checks) {
     check.mend =
         "use a kernel of 5.13 or younger, with Landlock and seccomp switched on, and a container "
         "that permits them";
+  }
+  checks.push_back(check);
+}
+
+// The program that reads and draws placed files. Only documents need it.
+void CheckDrawing(Checks& checks) {
+  const std::string programs = standalone::FindResources().programs;
+  const std::string path = programs + "/rastrel-draw";
+  HealthCheck check{"drawing", State::Good, {}, path, {}};
+  if (programs.empty() || !os::IsProgram(path)) {
+    check.state = State::Warning;
+    check.text = "the program rastrel-draw, which draws placed files, is missing";
+    check.mend = "install Rastrel anew, or set RASTREL_RESOURCES to where its programs are";
+  } else {
+    check.text = "rastrel-draw, its walls: limits" + KernelWalls(interpreter::WallsOfThisMachine());
   }
   checks.push_back(check);
 }
@@ -101,16 +121,14 @@ void CheckRoot(Checks& checks) {
   const auto laidOut = standalone::LayOutDataRoot();
   const std::string root = os::DataRoot();
   HealthCheck check{"data root", State::Good, "laid out", root, {}};
-  if (!laidOut) {
+  if (const auto named = os::CheckForCommandLine(root); !named) {
+    check.state = State::Bad;
+    check.text = Describe(named.Error());
+    check.mend = "set RASTREL_HOME to another directory";
+  } else if (!laidOut) {
     check.state = State::Bad;
     check.text = Describe(laidOut.Error());
     check.mend = "make it writable, or set RASTREL_HOME to a directory that is";
-  } else if (root.find_first_of("\"\\\n") != root.npos) {
-    check.state = State::Bad;
-    check.text =
-        "its path holds a double quote, a backslash or a line end, which the jobs' "
-        "programs can't be told";
-    check.mend = "set RASTREL_HOME to another directory";
   }
   checks.push_back(check);
 }
@@ -340,6 +358,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckXmlLibrary(checks);
   CheckInterpreter(checks);
   CheckWalls(checks);
+  CheckDrawing(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
   CheckProgram(checks, "queue program", CExePaths::Instance().m_QueueExe);

@@ -28,6 +28,7 @@ constexpr unsigned FirstForeignCall = ~0U;
 
 constexpr unsigned Allow = SECCOMP_RET_ALLOW;
 constexpr unsigned Refuse = SECCOMP_RET_ERRNO | EPERM;
+constexpr unsigned Ask = SECCOMP_RET_USER_NOTIF;          // of whoever has the listener
 constexpr unsigned Missing = SECCOMP_RET_ERRNO | ENOSYS;  // the C library then takes another call
 // CLONE_NEWNS and its like. The lowest one lies where clone has the signal of the child's end.
 constexpr unsigned NamespaceFlags = 0x7E020000;
@@ -73,11 +74,12 @@ constexpr std::size_t ArgumentAt(std::size_t index) {
 //
 //   is the architecture another one, or the call one of another ABI?  refuse
 //   is the call clone3?  as if it were missing, since clone has its flags in sight
+//   is it an exec?  as WallPrograms says: allow, ask the listener, or refuse
 //   is the call one of RefusedCalls?  refuse
 //   is it clone with a flag of a namespace?  refuse
 //   is it kill, tgkill or prlimit on another process?  refuse
 //   is it ioctl with a byte for a terminal's input?  refuse
-CallFilter::CallFilter() {
+CallFilter::CallFilter(WallPrograms programs) {
   if (Architecture == 0) return;
   Load(offsetof(seccomp_data, arch));
   Add(BPF_JMP | BPF_JEQ | BPF_K, Architecture, 1, 0);
@@ -87,6 +89,7 @@ CallFilter::CallFilter() {
   Add(BPF_RET | BPF_K, Refuse);
   Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone3, 0, 1);
   Add(BPF_RET | BPF_K, Missing);
+  DecideExecs(programs);
   RefuseCalls();
   RefuseNamespaces();
   for (const int call : {SYS_kill, SYS_tgkill, SYS_prlimit64}) RefuseOnOthers(call);
@@ -100,6 +103,17 @@ void CallFilter::Add(unsigned short code, unsigned value, unsigned char yes, uns
 
 void CallFilter::Load(std::size_t offset) {
   Add(BPF_LD | BPF_W | BPF_ABS, static_cast<unsigned>(offset));
+}
+
+// The arguments of an exec are addresses, which say nothing of the program after another one has
+// put its own bytes there. So it is not they that decide, but that the listener is gone by then.
+void CallFilter::DecideExecs(WallPrograms programs) {
+  if (programs == WallPrograms::Any) return;
+  for (const unsigned call : {SYS_execve, SYS_execveat}) {
+    Add(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1);
+    if (programs == WallPrograms::One) m_Asked.push_back(m_Program.size());
+    Add(BPF_RET | BPF_K, programs == WallPrograms::One ? Ask : Refuse);
+  }
 }
 
 void CallFilter::RefuseCalls() {
@@ -136,16 +150,25 @@ void CallFilter::RefuseTerminalInput() {
   Add(BPF_RET | BPF_K, Allow);
 }
 
-void CallFilter::Enter() noexcept {
-  if (m_Program.empty()) return;
+int CallFilter::Enter() noexcept {
+  if (m_Program.empty()) return -1;
   const auto own = static_cast<unsigned>(getpid());
   for (const std::size_t at : m_OwnId) m_Program[at].k = own;
   const sock_fprog program{static_cast<unsigned short>(m_Program.size()), m_Program.data()};
+  const auto set = [&program](unsigned long flags) {
+    return static_cast<int>(syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, flags, &program));
+  };
   // Without the flag, older kernels switch a slow protection of the processor on as well, which is
   // for programs that run foreign machine code.
-  const long set =
-      syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_SPEC_ALLOW, &program);
-  if (set != 0) syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &program);
+  constexpr unsigned long fast = SECCOMP_FILTER_FLAG_SPEC_ALLOW;
+  if (!m_Asked.empty()) {
+    const int listener = set(fast | SECCOMP_FILTER_FLAG_NEW_LISTENER);
+    if (listener >= 0) return listener;
+    // An older kernel, or another filter around this process that has a listener.
+    for (const std::size_t at : m_Asked) m_Program[at].k = Allow;
+  }
+  if (set(fast) != 0) set(0);
+  return -1;
 }
 
 bool CallFilter::IsPossible() {

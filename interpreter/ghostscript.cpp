@@ -41,6 +41,7 @@ WallRequest WallOf(const GhostscriptRequest& request) {
   wall.processorSeconds = request.limits.processorSeconds;
   wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes;
   wall.confined = true;
+  wall.programs = IsScript(request.program) ? WallPrograms::Any : WallPrograms::One;
   wall.paths = GhostscriptFiles(request.program);
   wall.paths.insert(wall.paths.end(), request.files.begin(), request.files.end());
   return wall;

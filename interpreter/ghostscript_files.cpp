@@ -175,6 +175,8 @@ void AddUsersFonts(std::vector<WallPath>& files) {
 
 }  // namespace
 
+bool IsScript(const std::string& program) { return HeadOf(program).starts_with("#!"); }
+
 std::vector<WallPath> GhostscriptFiles(const std::string& program) {
   std::vector<WallPath> files;
   AddProgram(program, files);

@@ -7,6 +7,9 @@
 
 namespace rastrel::interpreter {
 
+/// Whether the program is a script, which starts programs of the machine's.
+[[nodiscard]] bool IsScript(const std::string& program);
+
 /// The files that an interpreter needs whatever its job is: the program and its loader, libraries,
 /// resources, color profiles, the machine's fonts and the user's, and a few devices. The user's own
 /// files besides fonts and their settings are not among them.

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <csignal>
 #include <utility>
 
+#include "interpreter/exec_permit.h"
 #include "interpreter/signal_block.h"
 #include "rastrel/platform/os/system_calls.h"
 
@@ -59,7 +61,7 @@ void ResetSignals() noexcept {
 }
 
 // In the forked process. Returns only if something failed, with errno set.
-void BecomeProgram(Launch& launch, int guardian) noexcept {
+void BecomeProgram(Launch& launch, int guardian, int starter) noexcept {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != launch.parent) _exit(0);  // it died before the line above
   setsid();
@@ -68,27 +70,27 @@ void BecomeProgram(Launch& launch, int guardian) noexcept {
   const std::string& directory = launch.request.directory;
   if (!directory.empty() && chdir(directory.c_str()) != 0) return;
   if (!PlaceDescriptors(launch)) return;
-  launch.wall.Enter();
+  const int listener = launch.wall.Enter();
+  if (listener >= 0 && !SendListener(starter, listener)) return;
   execve(launch.request.executable.c_str(), launch.arguments.data(), launch.environment.data());
 }
 
-// The error number that came through the pipe, or 0 once the exec has closed it.
-int ReadStartError(int pipe) {
-  int error = 0;
-  ssize_t count = 0;
-  do {
-    count = read(pipe, &error, sizeof error);
-  } while (count < 0 && errno == EINTR);
-  return count == static_cast<ssize_t>(sizeof error) ? error : 0;
+// The error number that came from the started process, or 0 once the exec has closed its socket.
+int AwaitStart(int socket) {
+  for (;;) {
+    const StartMessage message = ReceiveStart(socket);
+    if (!message.listener.IsOpen()) return message.error;
+    PermitExec(message.listener, socket);
+  }
 }
 
-pid_t Fork(Launch& launch, int guardian, int failure) {
+pid_t Fork(Launch& launch, int guardian, int starter) {
   const SignalBlock blocked;
   const pid_t process = os::Calls().fork();
   if (process != 0) return process;
-  BecomeProgram(launch, fcntl(guardian, F_DUPFD_CLOEXEC, LowestOwn));
+  BecomeProgram(launch, fcntl(guardian, F_DUPFD_CLOEXEC, LowestOwn), starter);
   const int error = errno;
-  if (write(failure, &error, sizeof error) < 0) _exit(126);
+  if (write(starter, &error, sizeof error) < 0) _exit(126);
   _exit(127);
 }
 
@@ -100,18 +102,20 @@ Expected<GuardedProcess> GuardedProcess::Start(const ProcessRequest& request, Gu
   const os::FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
   if (!nothing.IsOpen()) return Failure{"open", "/dev/null", errno};
   int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", request.executable, errno};
-  const os::FileDescriptor reading(ends[0]);
-  os::FileDescriptor writing(fcntl(ends[1], F_DUPFD_CLOEXEC, LowestOwn));
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+    return Failure{"socketpair", request.executable, errno};
+  }
+  const os::FileDescriptor own(ends[0]);
+  os::FileDescriptor childs(fcntl(ends[1], F_DUPFD_CLOEXEC, LowestOwn));
   close(ends[1]);
   Launch launch{request, std::move(*wall)};
   for (int& source : launch.sources) {
     if (source < 0) source = nothing.Get();
   }
-  const pid_t process = Fork(launch, guardian.Descriptor(), writing.Get());
+  const pid_t process = Fork(launch, guardian.Descriptor(), childs.Get());
   if (process < 0) return Failure{"fork", request.executable, errno};
-  writing.Reset();
-  const int error = ReadStartError(reading.Get());
+  childs.Reset();
+  const int error = AwaitStart(own.Get());
   const auto descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
   GuardedProcess started(process, descriptor, guardian);
   if (error != 0) return Failure{"execute", request.executable, error};

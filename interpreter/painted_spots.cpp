@@ -11,6 +11,7 @@
 #include "interpreter/short_run.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/file_content.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -51,20 +52,21 @@ Failure CanNotPaint(const std::string& reason) {
 
 Expected<void> Paint(const std::string& path, const std::optional<PageArea>& area,
                      TaskPlace& place) {
-  std::error_code error;
-  const std::string file = std::filesystem::absolute(path, error).string();
+  // The interpreter takes its arguments for UTF-8, which a file's name need not be.
+  const auto file = os::OpenRegularFile(os::FromNative(path));
+  if (!file) return CanNotPaint(Describe(file.Error()));
   ShortRun run;
   run.program = FindGhostscript();
   run.time = TimeLimit;
   run.memoryKibibytes = MemoryKibibytes;
   run.workBytes = WorkBytes;
   run.workFiles = MaximumFiles;
-  run.files = {{file, WallAccess::Read}};
+  run.input = file->Get();
   // The planes' name is a relative one: a `%` in the directory's would be taken for a page number.
   run.arguments = {"-sstdout=%stderr", "-sDEVICE=tiffsep", "-sCompression=none",
                    "-dMaxBitmap=200000000", "-sOutputFile=p%d.tif"};
   for (std::string& option : PageOptions(area)) run.arguments.push_back(std::move(option));
-  run.arguments.insert(run.arguments.end(), {"-f", file});
+  run.arguments.insert(run.arguments.end(), {"-f", "/dev/fd/0"});
   const auto ran = RunToEnd(run, place);
   if (!ran) return CanNotPaint(Describe(ran.Error()));
   if (const auto reason = ReasonOfEnd(*ran); !reason.empty()) return CanNotPaint(reason);

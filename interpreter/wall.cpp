@@ -23,8 +23,7 @@ void Limit(__rlimit_resource resource, std::uint64_t value) noexcept {
 }  // namespace
 
 Expected<Wall> Wall::Build(const WallRequest& request) {
-  Wall wall;
-  wall.m_Request = request;
+  Wall wall(request);
   if (!request.confined) return wall;
   auto files = MakeFileRules(request.paths);
   if (!files) return files.Error();
@@ -34,15 +33,15 @@ Expected<Wall> Wall::Build(const WallRequest& request) {
   return wall;
 }
 
-void Wall::Enter() noexcept {
+int Wall::Enter() noexcept {
   Limit(RLIMIT_FSIZE, m_Request.fileBytes);
   Limit(RLIMIT_CPU, m_Request.processorSeconds);
   Limit(RLIMIT_AS, m_Request.memoryBytes);
   Limit(RLIMIT_CORE, 1);
-  if (!m_Request.confined) return;
+  if (!m_Request.confined) return -1;
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   EnterFileRules(m_Files.Get());
-  m_Calls.Enter();  // the last, since it refuses calls
+  return m_Calls.Enter();  // the last, since it refuses calls
 }
 
 MachineWalls WallsOfThisMachine() {

@@ -15,7 +15,9 @@
 /// - *Files*: a process that is confined opens the files of its request and no others (Landlock).
 ///   Descriptors that it was given stay usable, whatever they lead to.
 /// - *Calls*: a process that is confined can't make sockets, trace or read other processes, send
-///   them signals, mount, load code into the kernel, or make namespaces (seccomp).
+///   them signals, mount, load code into the kernel, or make namespaces (seccomp). Nor can it
+///   execute a program, if the request says so: it then has no other code than the one it began
+///   with, even where the kernel has no rules of files.
 ///
 /// Kernels differ. A wall that one lacks is left out, and nothing fails for that:
 /// WallsOfThisMachine says which there are. The guardian (guardian.h) is the fourth wall: it ends
@@ -43,11 +45,12 @@ struct WallPath {
 
 /// Walls of one process. Without any value set there are none.
 struct WallRequest {
-  std::uint64_t fileBytes = 0;         ///< of any one file that it writes; 0: no limit
-  std::uint64_t processorSeconds = 0;  ///< of processor time; 0: no limit
-  std::uint64_t memoryBytes = 0;       ///< of its address space; 0: no limit
-  bool confined = false;               ///< whether files and calls are walled
-  std::vector<WallPath> paths;         ///< all that a confined process may open
+  std::uint64_t fileBytes = 0;                ///< of any one file that it writes; 0: no limit
+  std::uint64_t processorSeconds = 0;         ///< of processor time; 0: no limit
+  std::uint64_t memoryBytes = 0;              ///< of its address space; 0: no limit
+  bool confined = false;                      ///< whether files and calls are walled
+  WallPrograms programs = WallPrograms::Any;  ///< that a confined process may execute
+  std::vector<WallPath> paths;                ///< all that a confined process may open
 };
 
 /// Walls that can be put around this process. Build makes everything ready, Enter only makes system
@@ -59,11 +62,12 @@ class Wall {
   [[nodiscard]] static Expected<Wall> Build(const WallRequest& request);
 
   /// Puts the walls around the calling process, which must have one thread; for ever, and for all
-  /// programs that it executes. Safe between fork and exec, in a process forked from any.
-  void Enter() noexcept;
+  /// programs that it executes. Safe between fork and exec, in a process forked from any. The
+  /// result is the listener of a request for one program, or -1 (CallFilter::Enter).
+  int Enter() noexcept;
 
  private:
-  Wall() = default;
+  explicit Wall(const WallRequest& request) : m_Request(request), m_Calls(request.programs) {}
 
   WallRequest m_Request;
   os::FileDescriptor m_Files;  // Landlock's rules; closed if the kernel has none

@@ -30,7 +30,7 @@ using interpreter::Guardian;
 using interpreter::RunDirectory;
 
 Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
-  const auto path = ListedPath(directory);
+  const auto path = ListedPath(directory.Parent(), directory.Name());
   if (!path) return path.Error();
   std::vector<ListedPage> list;
   for (unsigned page = 1; page <= pages; ++page) {

@@ -7,7 +7,6 @@
 #include <filesystem>
 
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::corerast {
 namespace {
@@ -45,9 +44,7 @@ bool IsPlainValue(std::string_view value) {
   for (const std::string_view word : {"begin", "end", ">"}) {
     if (value.find(word) != value.npos) return false;
   }
-  const bool control = std::ranges::any_of(
-      value, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; });
-  return !control && os::Utf8FromWide(os::WideFromUtf8(value)) == value;
+  return std::ranges::all_of(value, [](char c) { return c >= ' ' && c <= '~'; });
 }
 
 std::string FormatPageList(std::span<const ListedPage> pages) {
@@ -63,17 +60,17 @@ std::string FormatPageList(std::span<const ListedPage> pages) {
   return text;
 }
 
-Expected<std::string> ListedPath(const interpreter::RunDirectory& directory) {
-  const std::string native = directory.Path() + "/";
+Expected<std::string> ListedPath(const std::string& parent, const std::string& name) {
+  const std::string native = parent + "/" + name + "/";
   // A backslash separates in the library's text, so a native name with one has no such text.
   if (IsPlainValue(native) && native.find('\\') == native.npos) return native;
   const std::string root = os::DataRoot();
   for (char letter = 'r'; letter <= 'z'; ++letter) {
-    if (!LeadTo(root + "/drive_" + letter, directory.Parent())) continue;
+    if (!LeadTo(root + "/drive_" + letter, parent)) continue;
     const char drive = static_cast<char>(letter - 'a' + 'A');
-    return std::string(1, drive) + ":\\" + directory.Name() + "\\";
+    return std::string(1, drive) + ":\\" + name + "\\";
   }
-  return Failure{"find a drive letter that can stand for", directory.Parent(), EEXIST};
+  return Failure{"find a drive letter that can stand for", parent, EEXIST};
 }
 
 }  // namespace rastrel::corerast

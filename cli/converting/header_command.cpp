@@ -49,7 +49,7 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
       OrEnd(ExitStatus::WrongUse, ReadConversionSettings(invocation));
   const InputFile input =
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const std::wstring header = settings.Header();
   if (invocation.Has(OptionId::OutputFile)) {
     const std::string target = invocation.ValueOr(OptionId::OutputFile, "");

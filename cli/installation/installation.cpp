@@ -37,7 +37,7 @@ Expected<void> CheckLayout() {
 }
 
 Expected<void> MakeSureOfDataRoot() {
-  LayOutQuietly();
+  if (auto laidOut = LayOutQuietly(); !laidOut) return laidOut;
   if (const auto laidOut = standalone::DataRootState(); !laidOut) {
     const bool isIncomplete = !os::Exists(os::FromNative(DevicesFile())) || ListModes().empty();
     if (LacksSpace(laidOut.Error()) || isIncomplete) return CheckLayout();
@@ -47,9 +47,12 @@ Expected<void> MakeSureOfDataRoot() {
   return {};
 }
 
-void LayOutQuietly() {
+Expected<void> LayOutQuietly() {
+  if (const auto named = os::CheckForCommandLine(os::DataRoot()); !named)
+    return Unusable(Describe(named.Error()));
   standalone::EnsureDataRoot();
   SweepLeftovers();
+  return {};
 }
 
 std::string RipDirectory() { return NativeDirectory(CExePaths::Instance().m_RipDir); }

@@ -12,9 +12,10 @@ namespace rastrel::cli {
 /// fit either.
 [[nodiscard]] Expected<void> MakeSureOfDataRoot();
 
-/// Lays the data root out, and removes the leftovers of killed commands. A fault is left to the
-/// first caller that needs the files (CheckLayout).
-void LayOutQuietly();
+/// Lays the data root out, and removes the leftovers of killed commands. Fails only for a root
+/// whose path no program can be given; any other fault is left to the first caller that needs the
+/// files (CheckLayout).
+[[nodiscard]] Expected<void> LayOutQuietly();
 
 /// Whether the data root could be laid out; the failure names the call, the file and the system's
 /// reason. For who finds that a shipped file is missing.

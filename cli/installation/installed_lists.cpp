@@ -12,7 +12,7 @@
 namespace rastrel::cli {
 
 ExitStatus ListPrintersCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   if (!os::Exists(os::FromNative(DevicesFile()))) OrEnd(ExitStatus::NotInstalled, CheckLayout());
   for (const devices::Device& device : OrEnd(ExitStatus::NotInstalled, ReadPrinters())) {
     const bool isDefault = device.printer == DefaultPrinter;
@@ -29,7 +29,8 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
 }
 
 ExitStatus ListModesCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
+  for (const PrintMode& mode : ListModes()) {
   const std::vector<PrintMode> modes = ListModes();
   if (modes.empty()) OrEnd(ExitStatus::NotInstalled, CheckLayout());
   for (const PrintMode& mode : modes) {

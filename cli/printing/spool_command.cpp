@@ -128,14 +128,14 @@ void ShowInDesktop(const std::string& directory) {
 }  // namespace
 
 ExitStatus ListSpoolCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   for (const SpoolEntry& entry : ListSpool())
     WriteOut(invocation.Has(OptionId::Json) ? EntryLine(entry) : EntryText(entry));
   return ExitStatus::Done;
 }
 
 ExitStatus ShowSpoolCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
   const bool json = invocation.Has(OptionId::Json);
   WriteOut(json ? EntryLine(entry) : EntryText(entry));
@@ -145,7 +145,7 @@ ExitStatus ShowSpoolCommand(const Invocation& invocation) {
 }
 
 ExitStatus SpoolSizeCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   std::uint64_t bytes = 0;
   if (invocation.hasOperand) {
     bytes = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand)).bytes;
@@ -164,7 +164,7 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 }
 
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
   for (const std::string& directory : {entry.directory, entry.staged})
     if (!RemoveDirectoryOrLink(directory))
@@ -179,7 +179,7 @@ ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
 }
 
 ExitStatus OpenSpoolCommand(const Invocation& invocation) {
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const std::string directory =
       invocation.hasOperand
           ? OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand)).directory

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <exception>
 
+#include "host/drawing/drawing_files.h"
 #include "host/drawing/record_writer.h"
+#include "interpreter/wall.h"
 
 namespace rastrel::drawing {
 
@@ -33,13 +35,23 @@ void LimitTime(rlim_t seconds) {
   Limit(RLIMIT_CPU, std::min(seconds, whole), whole + 1);
 }
 
+// The standard streams are open already.
+Expected<void> EnterWalls() {
+  interpreter::WallRequest request;
+  request.confined = true;
+  request.programs = interpreter::WallPrograms::None;
+  request.paths = DrawingFiles();
+  auto wall = interpreter::Wall::Build(request);
+  if (!wall) return wall.Error();
+  wall->Enter();
+  return {};
+}
+
 }  // namespace
 
-void LimitProcess(const ProcessLimits& limits) {
+Expected<void> LimitProcess(const ProcessLimits& limits) {
   s_Limits = limits;
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  Limit(RLIMIT_CORE, 0, 0);
   // The font library would keep its list; that it can't is no reason to end.
   std::signal(SIGXFSZ, SIG_IGN);
   Limit(RLIMIT_FSIZE, 0, 0);
@@ -48,6 +60,7 @@ void LimitProcess(const ProcessLimits& limits) {
   // A sanitizer takes far more address space than the program.
   Limit(RLIMIT_AS, limits.memory, limits.memory);
 #endif
+  return EnterWalls();
 }
 
 ForeignFile::ForeignFile(const std::string& name) {

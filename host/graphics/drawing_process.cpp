@@ -68,11 +68,14 @@ class DrawingProcess {
   DrawingProcess& operator=(const DrawingProcess&) = delete;
 
   [[nodiscard]] HANDLE Output() const { return m_Output.Get(); }
-  // Its end, which has come or is about to: it has closed its output.
-  [[nodiscard]] Expected<os::ExitState> End() {
-    static_cast<void>(os::WaitReadable(std::array{HANDLE{m_Process.Get()}}, os::Deadline::Never()));
+  // Its end, which has come or is about to: it has closed its output. If the end doesn't come, it
+  // is killed.
+  [[nodiscard]] Expected<os::ExitState> End(const os::Deadline& deadline) {
+    const std::uint32_t waited = os::WaitReadable(std::array{HANDLE{m_Process.Get()}}, deadline);
     m_Ended = true;
-    return os::TakeExitState(m_Process.Get());
+    return waited == os::WaitTimeout || waited == os::WaitFailed
+               ? os::Terminate(m_Process.Get())
+               : os::TakeExitState(m_Process.Get());
   }
 
  private:
@@ -218,7 +221,7 @@ Expected<void> DrawingRun::Read(DrawingProcess& process) {
     const auto count = os::ReadSome(process.Output(), buffer.data(), buffer.size());
     if (!count) return count.Error();
     if (*count == 0) {
-      const auto end = process.End();
+      const auto end = process.End(os::Deadline::After(m_Limits.silence));
       if (!end) return end.Error();
       return NotDrawn(ReasonOf(*end));
     }
@@ -250,13 +253,16 @@ Expected<void> RunDrawing(const std::vector<std::string>& task, const std::strin
 }
 
 Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
-                                  std::shared_ptr<const std::string> bytes) {
+                                  std::shared_ptr<const std::string> bytes,
+                                  std::chrono::milliseconds time) {
   if (kind != document::GraphicKind::Eps) return DrawableFile{kind, std::move(bytes)};
   if (bytes->size() > LargestGraphicFile) {
     return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
                      std::to_string(LargestGraphicFile) + " are the most");
   }
-  auto converted = interpreter::PdfFromEps(*bytes);
+  interpreter::EpsLimits limits;
+  limits.time = std::min(limits.time, time);
+  auto converted = interpreter::PdfFromEps(*bytes, limits);
   if (!converted) return converted.Error();
   return DrawableFile{document::GraphicKind::Pdf,
                       std::make_shared<const std::string>(std::move(*converted))};

@@ -21,6 +21,8 @@ struct DrawingLimits {
   std::chrono::seconds fileTime{60};
   std::chrono::seconds time{600};     ///< processor time of the whole run
   std::chrono::seconds silence{600};  ///< time without a record, whatever the processor does
+  /// Time for all EPS files of one drawing to become PDF; each may take interpreter::EpsLimits.
+  std::chrono::milliseconds epsTime{120'000};
   std::uint64_t memory = std::uint64_t{3} << 30;       ///< bytes of address space
   std::uint64_t resultBytes = std::uint64_t{1} << 30;  ///< of an image and the records before it
 };
@@ -45,9 +47,11 @@ struct DrawableFile {
   document::GraphicKind kind = document::GraphicKind::Png;
   std::shared_ptr<const std::string> bytes;
 };
-/// EPS as PDF, by the interpreter in its own process; all else as it is. The failure is a sentence.
-[[nodiscard]] Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
-                                                std::shared_ptr<const std::string> bytes);
+/// EPS as PDF, by the interpreter in its own process and in that time, or a minute if that is less;
+/// all else as it is. The failure is a sentence.
+[[nodiscard]] Expected<DrawableFile> DrawableOf(
+    document::GraphicKind kind, std::shared_ptr<const std::string> bytes,
+    std::chrono::milliseconds time = DrawingLimits().epsTime);
 
 /// A size in points.
 struct PictureSize {

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <utility>
 
 #include "host/document/document_file.h"
+#include "host/document/measure_text.h"
 #include "host/graphics/drawing_process.h"
 
 namespace rastrel::render {
@@ -92,6 +94,30 @@ std::string TextOf(double number) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
+// The conversions of one drawing's EPS files, which share its time.
+class EpsConversions {
+ public:
+  explicit EpsConversions(std::chrono::milliseconds time) : m_Time(time) {}
+
+  ConvertedEps Convert(const std::shared_ptr<const std::string>& file) {
+    const auto used = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_Begin);
+    if (used >= m_Time) {
+      return FailureOf("no time is left for it: all EPS files of a drawing may take " +
+                       document::MeasureText(std::chrono::duration<double>(m_Time).count()) +
+                       " seconds together");
+    }
+    auto converted = graphics::DrawableOf(GraphicKind::Eps, file, m_Time - used);
+    if (!converted) return converted.Error();
+    return std::move(converted->bytes);
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  std::chrono::milliseconds m_Time;
+  Clock::time_point m_Begin = Clock::now();
+};
+
 }  // namespace
 
 bool HasPlacedFiles(const Document& document) {
@@ -132,9 +158,10 @@ std::string DrawingRequestText(const Document& document, const ImageOptions& opt
   std::string text;
   AppendLength(text, content.size());
   text += content;
+  EpsConversions conversions(options.limits.epsTime);
   for (const auto& file : EpsFilesInUse(document, options.page)) {
-    const auto converted = graphics::DrawableOf(GraphicKind::Eps, file);
-    const std::string bytes = converted ? *converted->bytes : Describe(converted.Error());
+    const auto converted = conversions.Convert(file);
+    const std::string bytes = converted ? **converted : Describe(converted.Error());
     text += converted ? AsPdf : Reason;
     AppendLength(text, bytes.size());
     text += bytes;

@@ -29,7 +29,8 @@ namespace rastrel::render {
 
 /// The program's arguments.
 [[nodiscard]] std::vector<std::string> DrawingTask(ImageFormat format, const ImageOptions& options);
-/// Its input. Converts EPS files, each by an interpreter in its own process.
+/// Its input. Converts EPS files, each by an interpreter in its own process, and all in the time of
+/// DrawingLimits::epsTime; a file for which none is left has that reason.
 [[nodiscard]] std::string DrawingRequestText(const document::Document& document,
                                              const ImageOptions& options);
 

@@ -35,6 +35,9 @@ Expected<void> CheckLog() {
 }  // namespace
 
 Expected<void> CheckPrintFiles() {
+  // The children and the prefix lie below it, and their paths go through command lines.
+  const std::string ripDirectory = NativeDirectory(CExePaths::Instance().m_RipDir);
+  if (auto named = os::CheckForCommandLine(ripDirectory); !named) return named;
   if (auto log = CheckLog(); !log) return log;
   const CExePaths& paths = CExePaths::Instance();
   for (const std::wstring& directory : {paths.m_RipDir, paths.m_CFMDir}) {

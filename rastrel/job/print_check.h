@@ -7,8 +7,9 @@
 
 namespace rastrel::job {
 
-/// Whether the files that every print and conversion writes can be written: the application log,
-/// and whatever is made in the RIP directory and in the spool. For a host to call before it prints:
+/// Whether the path of the RIP directory can be passed to the children, and the files that every
+/// print and conversion writes can be written: the application log, and whatever is made in the RIP
+/// directory and in the spool. For a host to call before it prints:
 /// an application log that can't be opened keeps its lock, so that the second thread that logs
 /// waits for ever, and with it EndPrint. Does not log, and leaves no file but the log.
 ///

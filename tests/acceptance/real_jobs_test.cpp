@@ -33,6 +33,54 @@ TEST(RealJob, a_root_and_a_job_whose_names_hold_the_formats_own_words_print) {
             (std::set<std::string>{"legend begin > end-1.tif", "legend begin > end-2.tif"}));
 }
 
+// Small pages, so that it is the list that is long.
+std::string JobOfPages(unsigned count) {
+  return "%!PS\n<< /PageSize [9 9] >> setpagedevice\n1 1 " + std::to_string(count) +
+         " { pop 0 setgray 2 2 4 4 rectfill showpage } for\n";
+}
+
+// The page list comes in pieces of 1,024 bytes that are decoded one by one, so a letter of the
+// root's that the list held would be cut from some number of pages on.
+TEST(RealJob, all_pages_of_a_root_with_letters_beyond_ascii_are_delivered) {
+  struct Row {
+    const char* root;
+    unsigned pages;
+  };
+  for (const Row row : {Row{"gr\xC3\xBC\xC3\x9F", 40},
+                        {"\xE5\xB0\x8F\xE7\xAC\xA0\xE5\x8E\x9F", 25},
+                        {"\xF0\x9F\x96\xA8\xF0\x9F\x96\xA8", 1},
+                        {"a\xF0\x9F\x96\xA8\xF0\x9F\x96\xA8", 300}}) {
+    const RealRoot root(row.root);
+    const auto before = root.Content();
+    CJobTicket ticket;
+    RealRoot::Fill(ticket, root.Job("sign.ps", JobOfPages(row.pages)));
+    ASSERT_TRUE(ticket.PrintJob());
+    ticket.EndPrint();
+    EXPECT_EQ(ticket.m_Error, JTE_NONE) << row.root;
+    EXPECT_EQ(root.Delivered().size(), row.pages) << row.root;
+    auto after = root.Content();
+    after.erase("drive_r");  // the link that the list names the pages by
+    EXPECT_EQ(after, before) << row.root;
+  }
+}
+
+TEST(RealJob, a_spooled_job_in_a_root_with_letters_beyond_ascii_prints_again) {
+  const RealRoot root("gr\xC3\xBC\xC3\x9F \xF0\x9F\x96\xA8");
+  CJobTicket ticket;
+  RealRoot::Fill(ticket, root.Job("sign.ps", JobOfPages(40)));
+  ticket.m_JobData.SpoolRequested = true;
+  ticket.m_JobData.SpoolAllowed = true;
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  ASSERT_EQ(ticket.m_Error, JTE_NONE);
+  ASSERT_EQ(ticket.m_CFMFile.Entries.size(), 40U);
+  const EnvironmentGuard path("PATH", "/nonexistent");
+  ticket.m_Status = JS_IDLE;
+  ASSERT_TRUE(ticket.PrintJob());
+  ticket.EndPrint();
+  EXPECT_EQ(ticket.m_Error, JTE_NONE);
+}
+
 TEST(RealJob, a_spooled_job_prints_again_without_an_interpreter) {
   const RealRoot root;
   CJobTicket ticket;

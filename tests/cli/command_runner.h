@@ -40,6 +40,8 @@ class CommandRunner {
 
   /// Sets a variable of the command's environment.
   void Set(const std::string& name, const std::string& value) {
+    std::erase_if(m_Variables,
+                  [&](const std::string& entry) { return entry.starts_with(name + "="); });
     m_Variables.push_back(name + "=" + value);
   }
 

@@ -52,6 +52,17 @@ TEST_F(Doctor, says_which_walls_there_are_as_json) {
   EXPECT_TRUE(found);
 }
 
+TEST_F(Doctor, says_which_walls_stand_around_the_drawing_program) {
+  const std::string output = m_Command.Run({"doctor"}).output;
+  const std::string walls = WallsText().substr(std::string("guardian, ").size());
+  EXPECT_NE(output.find("  ok     drawing: rastrel-draw, its walls: " + walls + " ("),
+            std::string::npos)
+      << output;
+  m_Command.Set("RASTREL_RESOURCES", m_Command.Place().Path());
+  EXPECT_NE(m_Command.Run({"doctor"}).output.find("  note   drawing: the program rastrel-draw, "),
+            std::string::npos);
+}
+
 TEST_F(Doctor, starts_the_interpreter_as_every_run_does) {
   WriteInterpreter(
       "[ \"$GS_OPTIONS$GS_LIB\" = '' ] && [ \"$4\" = -dSAFER ] || exit 4\necho 1.2.3\n");

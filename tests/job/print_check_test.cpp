@@ -59,6 +59,27 @@ TEST_F(PrintCheck, names_the_directory_that_is_none) {
   EXPECT_EQ(Describe(checked.Error()), "'" + Root().Path("Queue/rip/CFM") + "' is no directory");
 }
 
+// Command lines put paths in double quotes, which nothing escapes.
+TEST_F(PrintCheck, refuses_a_root_whose_path_the_children_can_not_be_given) {
+  const struct {
+    const char* name;
+    const char* held;
+  } rows[] = {
+      {"a\"b", "a double quote"}, {"a\\b", "a backslash"}, {"a\xFF", "bytes that are no UTF-8"}};
+  for (const auto& [name, held] : rows) {
+    const rastrel::test::ScratchDirectory other;
+    const std::string root = other.Path(name);
+    const rastrel::test::EnvironmentGuard home("RASTREL_HOME", root);
+    LibraryRoot::Forget();
+    const auto checked = CheckPrintFiles();
+    ASSERT_FALSE(checked) << root;
+    EXPECT_NE(Describe(checked.Error()).find(std::string("holds ") + held), std::string::npos)
+        << Describe(checked.Error());
+    EXPECT_FALSE(fs::exists(root + "/Queue/rip")) << "nothing is laid out there";
+  }
+  LibraryRoot::Forget();
+}
+
 // The lock of a log without a file stays entered, so this is done in a process of its own.
 TEST_F(PrintCheck, fails_for_good_once_the_log_has_failed) {
   ForkedChild host([this](ForkedChild::Side& side) {

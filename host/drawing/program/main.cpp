@@ -50,9 +50,10 @@ drawing::ProcessLimits LimitsOf(char** arguments) {
 
 int main(int count, char** arguments) {
   if (count < LimitArguments) return 2;
-  drawing::LimitProcess(LimitsOf(arguments));
   text::GuardLibraryLog(EndWith);
   try {
+    if (const auto limited = drawing::LimitProcess(LimitsOf(arguments)); !limited)
+      EndWith("its walls can't be made: " + Describe(limited.Error()));
     const auto done = drawing::DoTask({arguments + LimitArguments, arguments + count}, ReadInput());
     if (done) {
       drawing::WriteRecord(DrawingRecord::Done);

@@ -33,6 +33,48 @@ bool HasDrive(std::wstring_view path) {
   return path.size() >= 2 && path[1] == L':' && IsAsciiLetter(static_cast<char32_t>(path[0]));
 }
 
+constexpr bool IsControl(char byte) {
+  return static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
+}
+
+// A byte of a native name that library text can't spell has this code point and its value.
+constexpr wchar_t KeptByte = 0xDC00;
+
+constexpr wchar_t Kept(char byte) {
+  return static_cast<wchar_t>(KeptByte + static_cast<unsigned char>(byte));
+}
+
+// Separators and ASCII but for the backslash are never kept: so such a path means no other one than
+// it shows.
+constexpr bool IsKept(wchar_t character) {
+  return character == Kept('\\') || (character >= KeptByte + 0x80 && character <= KeptByte + 0xFF);
+}
+
+void AppendNative(std::string& native, std::wstring_view path) {
+  while (!path.empty()) {
+    const auto kept = std::ranges::find_if(path, IsKept);
+    const auto length = static_cast<std::size_t>(kept - path.begin());
+    const std::size_t begin = native.size();
+    AppendUtf8FromWide(native, path.substr(0, length));
+    std::replace(native.begin() + static_cast<std::ptrdiff_t>(begin), native.end(), '\\', '/');
+    path.remove_prefix(length);
+    if (path.empty()) return;
+    native += static_cast<char>(path.front() - KeptByte);
+    path.remove_prefix(1);
+  }
+}
+
+// Length of the well-formed sequence of UTF-8 that the text begins with; 0 if there is none.
+std::size_t SequenceLength(std::string_view text) {
+  constexpr std::size_t longest = 4;
+  for (std::size_t length = 1; length <= std::min(longest, text.size()); ++length) {
+    const std::string_view sequence = text.substr(0, length);
+    const std::wstring wide = WideFromUtf8(sequence);
+    if (wide.size() == 1 && Utf8FromWide(wide) == sequence) return length;
+  }
+  return 0;
+}
+
 bool IsThere(const std::string& path) {
   struct stat state {};
   return ::lstat(path.c_str(), &state) == 0;
@@ -134,9 +176,7 @@ std::string ToNative(std::wstring_view path) {
     path.remove_prefix(2);
     if (!path.empty() && !IsSeparator(path[0])) native += '/';
   }
-  const std::size_t begin = native.size();
-  AppendUtf8FromWide(native, path);
-  std::replace(native.begin() + static_cast<std::ptrdiff_t>(begin), native.end(), '\\', '/');
+  AppendNative(native, path);
   // Nearly every path exists as it is spelled. Only a missing component is worth a search: a
   // component that is no directory, or may not be searched, exists.
   struct stat state {};
@@ -144,7 +184,41 @@ std::string ToNative(std::wstring_view path) {
   return ResolveCase(native, fixed);
 }
 
-std::wstring FromNative(std::string_view path) { return WideFromUtf8(path); }
+std::wstring FromNative(std::string_view path) {
+  std::wstring text = WideFromUtf8(path);
+  const bool isSpelled = path.find('\\') == path.npos && Utf8FromWide(text) == path;
+  if (!isSpelled) text.clear();
+  while (!isSpelled && !path.empty()) {
+    const std::size_t length = path.front() == '\\' ? 0 : SequenceLength(path);
+    if (length == 0) {
+      text += Kept(path.front());
+    } else {
+      AppendWideFromUtf8(text, path.substr(0, length));
+    }
+    path.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return HasDrive(text) ? L"./" + text : text;
+}
+
+Expected<void> CheckForCommandLine(std::string_view path) {
+  const char* held = nullptr;
+  const std::wstring text = WideFromUtf8(path);
+  if (path.find('"') != path.npos) {
+    held = "a double quote";
+  } else if (path.find('\\') != path.npos) {
+    held = "a backslash";
+  } else if (std::ranges::any_of(path, IsControl)) {
+    held = "a control character";
+  } else if (Utf8FromWide(text) != path) {
+    held = "bytes that are no UTF-8";
+  } else {
+    return {};
+  }
+  std::string shown = Utf8FromWide(text);
+  std::ranges::replace_if(shown, IsControl, '?');
+  return FailureOf("the path '" + shown + "' holds " + held +
+                   ", which can't be passed to the programs of a job");
+}
 
 std::string DataRoot() {
   // Children get paths below the root and run in another directory.

@@ -126,7 +126,11 @@ class RootLayout {
 
 }  // namespace
 
-Expected<void> LayOutDataRoot() { return RootLayout(os::DataRoot()).Run(); }
+Expected<void> LayOutDataRoot() {
+  const std::string root = os::DataRoot();
+  if (auto named = os::CheckForCommandLine(root); !named) return named;
+  return RootLayout(root).Run();
+}
 
 void EnsureDataRoot() { static_cast<void>(DataRootState()); }
 

@@ -31,6 +31,7 @@ struct Resources {
 /// Lays the data root out: makes missing directories, and copies in programs and files that are
 /// missing or that an earlier version of the library put there. A file that a user changed or
 /// replaced is left alone: the record `Queue/.installed` (install_record.h) shows which those are.
+/// A root whose path can't be passed to the programs (os::CheckForCommandLine) is not touched.
 /// Safe against other processes that do the same. Returns the first failure; the other steps are
 /// still tried.
 [[nodiscard]] Expected<void> LayOutDataRoot();

@@ -8,6 +8,7 @@
 
 #include "host/graphics/drawing_process.h"
 #include "host/graphics/graphic_loader.h"
+#include "rastrel/platform/os/system_calls.h"
 #include "rastrel/platform/os/text.h"
 #include "tests/host/graphics/graphic_files.h"
 #include "tests/host/render/drawn_document.h"
@@ -69,6 +70,65 @@ TEST_F(ForeignFile, one_that_takes_time_without_end_is_ended_and_named) {
   EXPECT_THAT(Refusal(ImageFormat::Pdf, Limited()),
               StartsWith("the placed file \"bomb\" can't be drawn: "));
   EXPECT_EQ(Refusal(ImageFormat::Svg, Limited()), time);
+}
+
+// Each would take its own limit of a minute, one after another.
+TEST_F(ForeignFile, eps_files_without_end_share_the_time_of_their_drawing) {
+  for (const std::wstring name : {L"one.eps", L"two.eps", L"three.eps"}) {
+    document::GraphicShape shape;
+    shape.kind = GraphicKind::Eps;
+    shape.name = name;
+    shape.bytes = std::make_shared<const std::string>(
+        test::EpsFile(os::Utf8FromWide(L"/" + name + L" {} loop")));
+    shape.width = shape.height = 5;
+    Add(shape);
+  }
+  ImageOptions options;
+  options.limits.epsTime = 2s;
+  const auto drawn =
+      render::DrawDocument({m_Document, m_Fonts, m_Notices}, ImageFormat::Png, options);
+  ASSERT_TRUE(drawn) << Describe(drawn.Error());
+  ASSERT_EQ(m_Notices.Texts().size(), 3U);
+  EXPECT_THAT(os::Utf8FromWide(m_Notices.Texts()[0]),
+              HasSubstr("\"one.eps\" can't be drawn: the interpreter took more than "));
+  for (const std::size_t later : {1U, 2U}) {
+    EXPECT_THAT(os::Utf8FromWide(m_Notices.Texts()[later]),
+                HasSubstr(" can't be drawn: no time is left for it: all EPS files of a drawing may "
+                          "take 2 seconds together"));
+  }
+}
+
+// A drawing program of a few lines in the real one's place.
+class OtherDrawingProgram : public ForeignFile {
+ protected:
+  void Install(const std::string& script) {
+    m_Directory.Write("libexec/rastrel/rastrel-draw", "#!/bin/sh\n" + script);
+    std::filesystem::permissions(m_Directory.Path("libexec/rastrel/rastrel-draw"),
+                                 std::filesystem::perms::owner_all);
+    Place(GraphicKind::Png, test::PngFile(), L"small.png");
+  }
+
+  test::EnvironmentGuard m_Resources{"RASTREL_RESOURCES", m_Directory.Path()};
+};
+
+// As one does that was taken over by a file.
+TEST_F(OtherDrawingProgram, that_closes_its_output_and_stays_is_ended) {
+  Install("exec sleep 100000 >&-\n");
+  ImageOptions options;
+  options.limits.silence = 1s;
+  EXPECT_EQ(Refusal(ImageFormat::Png, options),
+            "the page can't be drawn: the program that draws it was ended by signal 9");
+}
+
+// A read without the wait before it would have no limit.
+TEST_F(OtherDrawingProgram, that_can_not_be_waited_for_is_not_read_from) {
+  Install("exec sleep 100000\n");
+  const os::SystemCallsGuard guard;
+  os::Calls().poll = [](pollfd* /*entries*/, nfds_t /*count*/, int /*timeout*/) {
+    errno = ENOMEM;
+    return -1;
+  };
+  EXPECT_EQ(Refusal(ImageFormat::Png), "poll 'the drawing program': Cannot allocate memory (12)");
 }
 
 // The library gives up after 500,000 of them, and leaves a part.

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "rastrel/platform/os/text.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
 
@@ -130,8 +131,52 @@ TEST(ToNative, a_path_beyond_every_limit_is_no_trouble) {
   EXPECT_EQ(os::ToNative(L"/" + longName), "/" + std::string(5000, 'n'));
 }
 
-TEST(FromNative, slashes_stay_and_bad_bytes_become_the_replacement) {
-  EXPECT_EQ(os::FromNative("/a/\xC3\xA9\xFF"), L"/a/\xE9\xFFFD");
+TEST(FromNative, slashes_stay_and_letters_are_decoded) {
+  EXPECT_EQ(os::FromNative("/a/\xC3\xA9"), L"/a/\xE9");
+  EXPECT_EQ(os::FromNative(""), L"");
+}
+
+TEST(FromNative, bytes_that_text_can_not_spell_are_kept_and_shown_as_the_replacement) {
+  EXPECT_EQ(os::FromNative("/\xC3\xA9\xFF/\xC3"), L"/\xE9\xDCFF/\xDCC3");
+  EXPECT_EQ(os::FromNative("a\\b"),
+            L"a\xDC5C"
+            L"b");
+  EXPECT_EQ(os::Utf8FromWide(os::FromNative("\xFFx")), "\xEF\xBF\xBDx");
+}
+
+TEST(FromNative, a_relative_name_that_begins_like_a_drive_stays_a_name) {
+  EXPECT_EQ(os::FromNative("c:job.ps"), L"./c:job.ps");
+  EXPECT_EQ(os::FromNative("ab:c"), L"ab:c");
+}
+
+// Every byte but zero at the front, in the middle and at the end of a name.
+TEST(FromNative, every_name_comes_back_as_it_was) {
+  for (int value = 1; value < 256; ++value) {
+    const char byte = static_cast<char>(value);
+    for (const std::string& path :
+         {std::string("/no/such/") + byte, std::string("/no/such/") + byte + "b",
+          std::string("/no/such/\xC3\xA9") + byte + "\xF0\x9F\x96\xA8"}) {
+      EXPECT_EQ(os::ToNative(os::FromNative(path)), path) << value;
+    }
+  }
+}
+
+TEST(ToNative, only_bytes_that_FromNative_keeps_come_back) {
+  // No way to spell a separator, a dot or a zero byte that a check of the text would not see.
+  EXPECT_EQ(os::ToNative(L"/a\xDC2F\xDC2E\xDC00"), "/a\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(CommandLinePath, is_one_without_quotes_backslashes_control_characters_and_bad_bytes) {
+  EXPECT_TRUE(os::CheckForCommandLine("/home/J\xC3\xB6rg O'Neil/>&$(x)/\xF0\x9F\x96\xA8"));
+  const auto failureOf = [](const std::string& path) {
+    const auto checked = os::CheckForCommandLine(path);
+    return checked ? std::string() : rastrel::Describe(checked.Error());
+  };
+  const std::string end = ", which can't be passed to the programs of a job";
+  EXPECT_EQ(failureOf("/a\"b"), "the path '/a\"b' holds a double quote" + end);
+  EXPECT_EQ(failureOf("/a\\b"), "the path '/a\\b' holds a backslash" + end);
+  EXPECT_EQ(failureOf("/a\nb"), "the path '/a?b' holds a control character" + end);
+  EXPECT_EQ(failureOf("/a\xFF"), "the path '/a\xEF\xBF\xBD' holds bytes that are no UTF-8" + end);
 }
 
 TEST(DataRoot, the_environment_decides_at_every_call) {
