@@ -41,6 +41,7 @@ Expected<void> RipRun::Run() {
     }
     if (!m_Result || HasEnough()) m_Interpreter->process.Kill();
     JudgeEnd();
+    WarnOfUnmetColors();
   }
   return m_Result;
 }
@@ -195,6 +196,15 @@ void RipRun::JudgeEnd() {
   m_Pages.TakeLastSeparations();
   if (m_Pages.Pages() == 0 && m_Mode.NeedsPage()) {
     Fail(FailureOf("The job makes no page", FailureCode::BadProgram));
+  }
+}
+
+// A cut color that is spelled otherwise than in the job would be lost without a word.
+void RipRun::WarnOfUnmetColors() {
+  if (!m_Result || !m_Mode.Pages().keeps) return;
+  for (const std::string& color : m_Pages.Cuts().UnmetColors()) {
+    m_Listener.Warned("No path and no text is painted in the cut colour " + color +
+                      "; nothing is cut in it.");
   }
 }
 

@@ -39,6 +39,7 @@ class RipRun {
   bool TakePixels();
   void ShowProgress();
   void JudgeEnd();
+  void WarnOfUnmetColors();
   void JudgeStatus(const ProcessEnd& end);
   void FailOnPixels();
   bool Fail(Failure failure);

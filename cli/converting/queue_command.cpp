@@ -104,6 +104,16 @@ std::vector<std::string> TakeResults(const std::string& directory, const std::se
   return paths;
 }
 
+void ShowWarnings(bool json) {
+  for (const std::string& warning : WarningsOfQueue()) {
+    if (json) {
+      JsonLine("warning").Add("text", warning).Write();
+    } else {
+      WriteError("warning: " + warning + "\n");
+    }
+  }
+}
+
 ExitStatus WriteDone(const std::vector<std::string>& paths, bool json) {
   if (json) {
     JsonLine("done").Add("exit", 0).Add("paths", paths).Write();
@@ -156,6 +166,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const std::set<fs::path> before = NamesIn(directory.Path());
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
+  ShowWarnings(json);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target), json);

@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
 
-constexpr std::string_view Mark = "]ERROR:";
+constexpr std::string_view ErrorMark = "]ERROR:";
+constexpr std::string_view WarningMark = "]WARNING:";
 
 // Whether the mark ends the head of a log entry: "[04/02/2026, 09:08:07][ 512]". A message of the
 // program may hold the mark, too.
@@ -43,6 +44,23 @@ std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
   return lineEnd;
 }
 
+// The texts of the log's entries with that mark, in their order.
+std::vector<std::string> EntriesWith(std::string_view mark) {
+  const std::string name =
+      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
+  const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
+  if (!log) return {};
+  const std::string_view text = *log;
+  std::vector<std::string> entries;
+  for (std::size_t at = text.find(mark); at != text.npos; at = text.find(mark, at + 1)) {
+    if (!EndsHead(text.substr(0, at))) continue;
+    const std::size_t end = EndOfEntry(text, at + mark.size());
+    const std::size_t begin = text.find_first_not_of(" \t", at + mark.size());
+    entries.emplace_back(begin < end ? text.substr(begin, end - begin) : std::string_view());
+  }
+  return entries;
+}
+
 }  // namespace
 
 Expected<void> CheckQueueProgram() {
@@ -53,18 +71,14 @@ Expected<void> CheckQueueProgram() {
 }
 
 std::string LastErrorOfQueue() {
-  const std::string name =
-      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
-  const auto log = os::ReadWholeFile(os::FromNative(name), MaximumOfLog);
-  if (!log) return {};
-  const std::string_view text = *log;
-  std::size_t found = text.rfind(Mark);
-  while (found != text.npos && !EndsHead(text.substr(0, found)))
-    found = found == 0 ? text.npos : text.rfind(Mark, found - 1);
-  if (found == text.npos) return {};
-  const std::size_t end = EndOfEntry(text, found + Mark.size());
-  const std::size_t begin = text.find_first_not_of(" \t", found + Mark.size());
-  return begin < end ? std::string(text.substr(begin, end - begin)) : std::string();
+  const std::vector<std::string> errors = EntriesWith(ErrorMark);
+  return errors.empty() ? std::string() : errors.back();
+}
+
+std::vector<std::string> WarningsOfQueue() {
+  std::vector<std::string> warnings = EntriesWith(WarningMark);
+  if (warnings.size() > WarningLimit) warnings.resize(WarningLimit);
+  return warnings;
 }
 
 }  // namespace rastrel::cli

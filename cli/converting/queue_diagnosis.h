@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "rastrel/platform/os/expected.h"
 
@@ -13,5 +14,10 @@ namespace rastrel::cli {
 /// The last error message of the queue program since this process began; empty if there is none. It
 /// is read from the application log, where the library writes all messages of that program.
 [[nodiscard]] std::string LastErrorOfQueue();
+
+/// The warnings of the queue program since this process began, in their order, the first
+/// WarningLimit of them; from the same log. A conversion's dialog shows none.
+[[nodiscard]] std::vector<std::string> WarningsOfQueue();
+inline constexpr std::size_t WarningLimit = 100;
 
 }  // namespace rastrel::cli
