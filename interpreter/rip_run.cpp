@@ -81,8 +81,8 @@ bool RipRun::Step() {
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
   if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
-  if (m_Feed->Descriptor() >= 0 && !m_Feed->Send()) {
-    return Fail(FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput));
+  if (m_Feed->Descriptor() >= 0) {
+    if (const auto sent = m_Feed->Send(); !sent) return Fail(sent.Error());
   }
   ShowProgress();
   return true;

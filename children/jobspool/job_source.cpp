@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -20,12 +21,24 @@ constexpr std::size_t TailSize = 65536;
 constexpr char EndOfJob = '\x04';
 constexpr double LargestCoordinate = 1e7;  // points
 
-// The beginning of a file that may be missing or anything.
-std::string ReadHead(const std::string& path) {
+Failure CanNotRead(const std::string& role, const std::string& path, const Failure& failure) {
+  return FailureOf("The " + role + " can't be read: " + Describe(FailureAt(path, failure)),
+                   FailureCode::BadInput);
+}
+
+// The header at the beginning of a file that may be missing or anything. One that is there and
+// can't be read is no missing one: without its header a picture would become planes.
+Expected<JobHeader> ReadHeader(const std::string& role, const std::string& path) {
   const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file.IsOpen() && (errno == ENOENT || errno == ENOTDIR)) return JobHeader();
   struct stat state {};
-  if (!file.IsOpen() || fstat(file.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return {};
-  return interpreter::ReadPart(file.Get(), 0, JobHeaderLimit);
+  if (!file.IsOpen() || fstat(file.Get(), &state) != 0) {
+    return CanNotRead(role, path, Failure{"open", {}, errno});
+  }
+  if (!S_ISREG(state.st_mode)) return JobHeader();
+  const auto head = interpreter::ReadPart(file.Get(), 0, JobHeaderLimit);
+  if (!head) return CanNotRead(role, path, head.Error());
+  return ReadJobHeader(*head);
 }
 
 bool IsLineStart(std::string_view text, std::size_t at) {
@@ -77,11 +90,6 @@ void DropEndOfJob(interpreter::JobFile& job, std::string_view tail) {
   if (first != dropped.npos) job.layout.length -= dropped.size() - first;
 }
 
-std::string AsUtf8(const std::string& text) {
-  if (os::Utf8FromWide(os::WideFromUtf8(text)) == text) return text;
-  return os::Utf8FromWide(os::WideFromAnsi(text));
-}
-
 std::string FileStem(const std::string& path) {
   const std::string name = path.substr(path.rfind('/') + 1);
   const std::size_t dot = name.rfind('.');
@@ -104,29 +112,34 @@ std::string Companion(const std::string& path, const std::string& suffix) {
 
 Expected<JobSource> OpenJobSource(const std::string& path) {
   JobSource source;
-  source.header = ReadJobHeader(ReadHead(path));
+  auto header = ReadHeader("job", path);
+  if (!header) return header.Error();
+  source.header = std::move(*header);
   auto opened = interpreter::OpenJob(path, source.header.length);
   if (!opened) return opened.Error();
   source.job = std::move(*opened);
-  source.title = AsUtf8(FileStem(path));
+  source.title = os::Utf8FromUtf8OrAnsi(FileStem(path));
   interpreter::JobLayout& layout = source.job.layout;
   if (layout.kind == interpreter::JobKind::Pdf) {
     if (source.header.length == 0) {
-      source.header = ReadJobHeader(ReadHead(Companion(path, ".jhdr")));
+      auto beside = ReadHeader("job header", Companion(path, ".jhdr"));
+      if (!beside) return beside.Error();
+      source.header = std::move(*beside);
     }
     return source;
   }
   const int file = source.job.file.Get();
-  const std::string head = interpreter::ReadPart(
-      file, layout.offset,
-      static_cast<std::size_t>(std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length)));
+  const std::uint64_t headSize = std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length);
   const std::uint64_t tailSize = std::min<std::uint64_t>(TailSize, layout.length);
-  const std::string tail = interpreter::ReadPart(file, layout.offset + layout.length - tailSize,
-                                                 static_cast<std::size_t>(tailSize));
-  source.declared = FindDeclaredBox(head, tail);
-  const std::string title = interpreter::FindTitle(head);
-  if (!title.empty()) source.title = AsUtf8(title);
-  DropEndOfJob(source.job, tail);
+  const auto head = interpreter::ReadPart(file, layout.offset, static_cast<std::size_t>(headSize));
+  if (!head) return CanNotRead("job", path, head.Error());
+  const auto tail = interpreter::ReadPart(file, layout.offset + layout.length - tailSize,
+                                          static_cast<std::size_t>(tailSize));
+  if (!tail) return CanNotRead("job", path, tail.Error());
+  source.declared = FindDeclaredBox(*head, *tail);
+  const std::string title = interpreter::FindTitle(*head);
+  if (!title.empty()) source.title = os::Utf8FromUtf8OrAnsi(title);
+  DropEndOfJob(source.job, *tail);
   return source;
 }
 
