@@ -198,10 +198,10 @@ class Reapers {
     std::vector<std::shared_ptr<Reaper>> ended;
     {
       const std::scoped_lock lock(m_Mutex);
-      const auto first =
-          std::ranges::partition(m_Left, [](const auto& left) { return !left->HasEnded(); });
-      ended.assign(first.begin(), first.end());
-      m_Left.erase(first.begin(), first.end());
+      const auto first = std::partition(m_Left.begin(), m_Left.end(),
+                                        [](const auto& left) { return !left->HasEnded(); });
+      ended.assign(first, m_Left.end());
+      m_Left.erase(first, m_Left.end());
       // Their handle may have been closed by an owner that could not end the child.
       for (const auto& [process, reaper] : m_ByHandle)
         if (reaper->HasEnded()) ended.push_back(reaper);
