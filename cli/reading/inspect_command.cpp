@@ -69,7 +69,7 @@ void Write(const Inspection& inspection, const Output& output) {
                           : InspectionLine(inspection, output.color));
 }
 
-// What the comments say is shown whether the interpreter can paint the file or not.
+// The comments are shown whether the interpreter can paint the file or not.
 void InspectOne(const std::string& file, const Output& output) {
   Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
   try {

@@ -6,8 +6,8 @@
 namespace rastrel::test {
 
 /// How long a test waits for something that is sure to come: far longer than it takes on a loaded
-/// machine, and shorter than the limit of a whole test, so that the test itself says what did not
-/// come.
+/// machine, and shorter than the limit of a whole test, so that the test itself says which wait
+/// failed.
 inline constexpr std::chrono::seconds WaitLimit{240};
 
 /// Waits until the condition holds, and returns whether it came to that within WaitLimit.

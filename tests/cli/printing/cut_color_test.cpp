@@ -1,4 +1,4 @@
-// The cut colour of print, preview and queue, with the children that ship with them.
+// The cut color of print, preview and queue, with the children that ship with them.
 
 #include <gtest/gtest.h>
 
