@@ -202,6 +202,7 @@ void CutPaths::Begin(char letter) {
     m_Clip.clear();
     m_Open = 'K';
   } else if (letter == 'X') {
+    m_Lost = true;
     if (!m_Present.paths.empty()) m_Present.paths.pop_back();
   } else {
     const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
@@ -259,6 +260,7 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
     std::string_view text = path.text;
     const auto head = ReadHead(text);
     if (!head || head->color >= m_Colors.size()) continue;
+    m_Met.insert(m_Colors[head->color]);
     SegmentWriter writer(info);
     ClipJudge judge(clips.Shape(path.clip));
     if (!writer.Add(text, &judge) || writer.Lines().empty()) continue;
@@ -273,6 +275,17 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
          Number(info.width * PointsPerInch / info.xResolution) +
          "\nheight: " + Number(info.height * PointsPerInch / info.yResolution) + "\n" +
          clips.Blocks() + "paths: " + std::to_string(count) + "\n" + blocks + "end\n";
+}
+
+std::vector<std::string> CutPaths::UnmetColors() const {
+  std::vector<std::string> unmet;
+  for (const std::string& color : m_Colors) {
+    if (m_Lost || unmet.size() == UnmetLimit) break;
+    if (!m_Met.contains(color) && std::ranges::find(unmet, color) == unmet.end()) {
+      unmet.push_back(color);
+    }
+  }
+  return unmet;
 }
 
 Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,

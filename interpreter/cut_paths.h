@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,11 @@ class CutPaths {
   /// The file's text for an ended page, whose number, size and resolution are in `info`. Forgets
   /// the page's paths.
   [[nodiscard]] std::string Take(const pages::PageInfo& info);
+  /// The colors that were set and that no path of a page taken so far has: "separation Cut",
+  /// "rgb 1.0 0.0 0.0", each once, UnmetLimit at most. None if a path could not be read, whose
+  /// color is not known.
+  [[nodiscard]] std::vector<std::string> UnmetColors() const;
+  static constexpr std::size_t UnmetLimit = 8;  // a job may set thousands
 
  private:
   struct Path {
@@ -55,6 +61,8 @@ class CutPaths {
 
   bool m_Set = false;                 // a cut color is
   std::vector<std::string> m_Colors;  // all that were set, by their number in the reports
+  std::set<std::string> m_Met;        // those of them that a path has
+  bool m_Lost = false;                // a path could not be read
   Page m_Present;
   char m_Open = 0;     // the open item: 'P' the last path, 'K' the clip, 0 nothing
   std::string m_Clip;  // segments of the clip in force

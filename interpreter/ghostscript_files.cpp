@@ -66,7 +66,7 @@ constexpr const char* const ProgramPlaces[] = {"/bin",     "/usr/bin", "/usr/loc
 
 std::string HeadOf(const std::string& program) {
   const os::FileDescriptor file(open(program.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  return file.IsOpen() ? ReadPart(file.Get(), 0, HeadBytes) : std::string();
+  return file.IsOpen() ? ReadPart(file.Get(), 0, HeadBytes).ValueOr({}) : std::string();
 }
 
 template <typename Record>
@@ -115,7 +115,7 @@ void AddNamedDirectories(const fs::path& settings, const std::string& home,
                          std::vector<WallPath>& files) {
   const os::FileDescriptor file(open(settings.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file.IsOpen()) return;
-  const std::string text = ReadPart(file.Get(), 0, MaximumSettings);
+  const std::string text = ReadPart(file.Get(), 0, MaximumSettings).ValueOr({});
   std::size_t at = 0;
   while ((at = text.find("<dir", at)) != text.npos) {
     const std::size_t begin = text.find('>', at);

@@ -117,7 +117,8 @@ struct FirstPages {
 /// A short task: paints all pages of a file at a low resolution, one plane for each color, and
 /// returns the names of the planes besides the four process colors that hold ink; UTF-8, sorted,
 /// each once. `area` is the page of a file that sets none, and chooses the resolution. It may take
-/// 60 seconds, 1 GiB of memory, and 4 GiB in 10,000 files. The failure is a text for the user.
+/// 60 seconds, 1 GiB of memory, and 4 GiB in 10,000 files. The failure is a text for the user:
+/// "Ghostscript can't paint it" with its error, or "the painting was given up" with the limit.
 /// REQUIRES: FindGhostscript() is not empty.
 [[nodiscard]] Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
                                                               const std::optional<PageArea>& area);

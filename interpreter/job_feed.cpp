@@ -16,24 +16,28 @@ constexpr std::size_t BufferSize = 65536;
 JobFeed::JobFeed(int file, std::uint64_t offset, std::uint64_t length, os::FileDescriptor pipe)
     : m_File(file), m_Offset(offset), m_Length(length), m_Pipe(std::move(pipe)) {}
 
-bool JobFeed::Refill() {
+Expected<void> JobFeed::Refill() {
   m_Buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(BufferSize, m_Length - m_Read)));
   ssize_t count = 0;
   do {
     count = pread(m_File, m_Buffer.data(), m_Buffer.size(), static_cast<off_t>(m_Offset + m_Read));
   } while (count < 0 && errno == EINTR);
-  if (count < 0) return false;
+  if (count < 0) {
+    return FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput);
+  }
   if (count == 0) m_Length = m_Read;  // the file has become shorter
   m_Buffer.resize(static_cast<std::size_t>(count));
   m_Read += static_cast<std::uint64_t>(count);
   m_Sent = 0;
-  return true;
+  return {};
 }
 
-bool JobFeed::Send() {
+Expected<void> JobFeed::Send() {
   while (m_Pipe.IsOpen()) {
     if (m_Sent == m_Buffer.size()) {
-      if (m_Read < m_Length && !Refill()) return false;
+      if (m_Read < m_Length) {
+        if (auto refilled = Refill(); !refilled) return refilled;
+      }
       if (m_Sent == m_Buffer.size()) {
         m_Pipe.Reset();
         break;
@@ -42,13 +46,17 @@ bool JobFeed::Send() {
     const ssize_t count = write(m_Pipe.Get(), m_Buffer.data() + m_Sent, m_Buffer.size() - m_Sent);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && errno == EAGAIN) break;
-    if (count < 0) {
+    if (count < 0 && errno == EPIPE) {
       m_Pipe.Reset();  // the job said quit, or has failed; its exit status says which
       break;
     }
+    // The interpreter would take the part that it has for the whole job.
+    if (count < 0) {
+      return FailureOf("The job can't be handed to the interpreter: " + DescribeError(errno));
+    }
     m_Sent += static_cast<std::size_t>(count);
   }
-  return true;
+  return {};
 }
 
 double JobFeed::SentShare() const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::interpreter {
@@ -17,13 +18,14 @@ class JobFeed {
   /// The pipe's end while there is something to send, else -1.
   [[nodiscard]] int Descriptor() const { return m_Pipe.Get(); }
   /// Sends as much as the pipe takes now. Closes it at the part's end, or when the interpreter
-  /// reads no more. False if the file can't be read; errno says why.
-  [[nodiscard]] bool Send();
+  /// reads no more. The failure is a sentence without its full stop, with the code BadInput if the
+  /// file can't be read, and Unspecified if the pipe fails otherwise.
+  [[nodiscard]] Expected<void> Send();
   /// Which share of the part was sent, from 0 to 1.
   [[nodiscard]] double SentShare() const;
 
  private:
-  [[nodiscard]] bool Refill();
+  [[nodiscard]] Expected<void> Refill();
 
   int m_File;
   std::uint64_t m_Offset;

@@ -25,9 +25,9 @@ struct PrefixFile {
   bool setsCutColor = false;  ///< it has a line that sets one
 };
 
-/// Reads up to `count` bytes of an open file from `offset` on. Fewer at its end, or where it can't
-/// be read.
-[[nodiscard]] std::string ReadPart(int file, std::uint64_t offset, std::size_t count);
+/// Reads up to `count` bytes of an open file from `offset` on, fewer at its end. The failure names
+/// the call and the system's error; the caller knows which file it is.
+[[nodiscard]] Expected<std::string> ReadPart(int file, std::uint64_t offset, std::size_t count);
 
 /// Opens a job, given by its native path, and finds its kind and extent from byte `start` on;
 /// offsets count from the file's beginning all the same. It fails if the file can't be read, is no
@@ -36,8 +36,8 @@ struct PrefixFile {
 [[nodiscard]] Expected<JobFile> OpenJob(const std::string& path, std::uint64_t start = 0);
 
 /// Leaves out an end-of-job byte at the job's end, and whitespace after it: the interpreter could
-/// not put a page out after it that the job left open. Of a PDF nothing.
-void DropEndOfJob(JobFile& job);
+/// not put a page out after it that the job left open. Of a PDF nothing. Fails like ReadPart.
+[[nodiscard]] Expected<void> DropEndOfJob(JobFile& job);
 
 /// Opens a prefix, given by its native path. It fails in the same way, if it can't be read or is no
 /// regular file.

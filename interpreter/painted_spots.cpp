@@ -50,6 +50,11 @@ Failure CanNotPaint(const std::string& reason) {
   return FailureOf("Ghostscript can't paint it: " + reason);
 }
 
+// At a limit, or without an interpreter. The file may be sound.
+Failure GivenUp(const Failure& failure) {
+  return FailureOf("the painting was given up: " + Describe(failure));
+}
+
 Expected<void> Paint(const std::string& path, const std::optional<PageArea>& area,
                      TaskPlace& place) {
   // The interpreter takes its arguments for UTF-8, which a file's name need not be.
@@ -68,7 +73,7 @@ Expected<void> Paint(const std::string& path, const std::optional<PageArea>& are
   for (std::string& option : PageOptions(area)) run.arguments.push_back(std::move(option));
   run.arguments.insert(run.arguments.end(), {"-f", "/dev/fd/0"});
   const auto ran = RunToEnd(run, place);
-  if (!ran) return CanNotPaint(Describe(ran.Error()));
+  if (!ran) return GivenUp(ran.Error());
   if (const auto reason = ReasonOfEnd(*ran); !reason.empty()) return CanNotPaint(reason);
   return {};
 }
@@ -83,7 +88,7 @@ Expected<std::optional<std::string>> InkedSpot(const std::filesystem::path& file
   const auto ink = bytes ? PlaneHasInk(*bytes) : std::nullopt;
   if (!ink) return FailureOf("a plane of it can't be read");
   if (!*ink) return std::optional<std::string>();
-  return std::optional(os::Utf8FromWide(os::WideFromAnsi(*name)));
+  return std::optional(os::Utf8FromUtf8OrAnsi(*name));
 }
 
 }  // namespace
@@ -91,7 +96,7 @@ Expected<std::optional<std::string>> InkedSpot(const std::filesystem::path& file
 Expected<std::vector<std::string>> PaintedSpots(const std::string& path,
                                                 const std::optional<PageArea>& area) {
   auto place = TaskPlace::Make("rastrel-inspect-");
-  if (!place) return CanNotPaint(Describe(place.Error()));
+  if (!place) return GivenUp(place.Error());
   if (const auto painted = Paint(path, area, *place); !painted) return painted.Error();
   std::set<std::string> names;
   std::error_code error;

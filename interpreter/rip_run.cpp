@@ -43,6 +43,7 @@ Expected<void> RipRun::Run() {
     if (!m_Result || HasEnough()) m_Interpreter->process.Kill();
     JudgeEnd();
     if (m_Result) WarnOfDamage();
+    WarnOfUnmetColors();
   }
   return m_Result;
 }
@@ -94,8 +95,8 @@ bool RipRun::Step() {
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
   if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
-  if (m_Feed->Descriptor() >= 0 && !m_Feed->Send()) {
-    return Fail(FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput));
+  if (m_Feed->Descriptor() >= 0) {
+    if (const auto sent = m_Feed->Send(); !sent) return Fail(sent.Error());
   }
   ShowProgress();
   return true;
@@ -227,6 +228,15 @@ void RipRun::WarnOfDamage() {
   if (!IsPdf() || error.empty()) return;
   m_Listener.Warned("The PDF is damaged, and its pages may be incomplete (Ghostscript: " + error +
                     ").");
+}
+
+// A cut color that is spelled otherwise than in the job would be lost without a word.
+void RipRun::WarnOfUnmetColors() {
+  if (!m_Result || !m_Mode.Pages().keeps) return;
+  for (const std::string& color : m_Pages.Cuts().UnmetColors()) {
+    m_Listener.Warned("No path and no text is painted in the cut colour " + color +
+                      "; nothing is cut in it.");
+  }
 }
 
 void RipRun::JudgeStatus(const ProcessEnd& end) {

@@ -47,6 +47,7 @@ class RipRun {
   bool TakePixels();
   void ShowProgress();
   void JudgeEnd();
+  void WarnOfUnmetColors();
   void JudgeStatus(const ProcessEnd& end);
   [[nodiscard]] Failure WhyNoPage() const;
   void WarnOfDamage();

@@ -60,7 +60,8 @@ Expected<PageMeasure> MeasureOf(const RipRun& run, const std::optional<PageArea>
 Expected<unsigned> PrintOpenPage(RunRequest request, const Failure& noPage,
                                  const RunDirectory& directory, RunListener& listener,
                                  Guardian& guardian) {
-  DropEndOfJob(request.job);
+  if (const auto dropped = DropEndOfJob(request.job); !dropped)
+    return FailureOf("The job can't be read: " + Describe(dropped.Error()), FailureCode::BadInput);
   Repetition unheard(listener);
   const MeasureMode measuring;
   RipRun measured(std::move(request), measuring, directory, unheard, guardian);

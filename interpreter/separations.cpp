@@ -234,8 +234,7 @@ bool HasSeparations(const std::string& workDirectory, unsigned page) {
 
 std::string PlaneName(const std::string& fileName) {
   const auto bytes = PlaneNameBytes(fileName);
-  if (!bytes || os::Utf8FromWide(os::WideFromUtf8(*bytes)) == *bytes) return bytes.value_or("");
-  return os::Utf8FromWide(os::WideFromAnsi(*bytes));
+  return bytes ? os::Utf8FromUtf8OrAnsi(*bytes) : std::string();
 }
 
 Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::string& runDirectory,

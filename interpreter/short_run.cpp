@@ -100,6 +100,12 @@ Failure TooManyFiles(const ShortRun& run) {
                    " MiB, or are more than " + std::to_string(run.workFiles));
 }
 
+std::string TextOf(std::chrono::milliseconds time) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+  if (seconds != time) return std::to_string(time.count()) + " milliseconds";
+  return std::to_string(seconds.count()) + (seconds.count() == 1 ? " second" : " seconds");
+}
+
 // The limits of one run that the kernel does not hold.
 class Limits {
  public:
@@ -117,8 +123,7 @@ class Limits {
   // Looks at the clock, and now and then at the files.
   [[nodiscard]] Expected<void> Check() {
     if (m_Deadline.HasPassed()) {
-      return FailureOf("the interpreter took more than " + std::to_string(m_Run.time.count()) +
-                       " milliseconds");
+      return FailureOf("the interpreter took more than " + TextOf(m_Run.time));
     }
     if (!m_NextLook.HasPassed()) return {};
     m_NextLook = os::Deadline::After(LookInterval);

@@ -180,8 +180,7 @@ bool IsColor(std::string_view color, const CutLine& line) {
     case CutLine::Kind::Cmyk: return kind == "cmyk" && SameValues(rest, line, 4, 10000);
     case CutLine::Kind::Separation: break;
   }
-  const auto spellings = SpellingsOf(line.name);
-  return kind == "separation" && std::ranges::find(spellings, rest) != spellings.end();
+  return kind == "separation" && rest == NameOf(line);
 }
 
 }  // namespace
@@ -197,7 +196,7 @@ std::string ColorText(const CutLine& line) {
       std::snprintf(text.data(), text.size(), "CMYK: %.4f  %.4f  %.4f  %.4f", v[0], v[1], v[2],
                     v[3]);
       break;
-    case CutLine::Kind::Separation: return os::Utf8FromWide(os::WideFromAnsi(line.name));
+    case CutLine::Kind::Separation: return NameOf(line);
   }
   return text.data();
 }

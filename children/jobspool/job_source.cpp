@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "rastrel/platform/os/file_descriptor.h"
@@ -12,17 +13,24 @@
 namespace rastrel::jobspool {
 namespace {
 
-// The beginning of a file that may be missing or anything.
-std::string ReadHead(const std::string& path) {
-  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat state {};
-  if (!file.IsOpen() || fstat(file.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return {};
-  return interpreter::ReadPart(file.Get(), 0, JobHeaderLimit);
+Failure CanNotRead(const std::string& role, const std::string& path, const Failure& failure) {
+  return FailureOf("The " + role + " can't be read: " + Describe(FailureAt(path, failure)),
+                   FailureCode::BadInput);
 }
 
-std::string AsUtf8(const std::string& text) {
-  if (os::Utf8FromWide(os::WideFromUtf8(text)) == text) return text;
-  return os::Utf8FromWide(os::WideFromAnsi(text));
+// The header at the beginning of a file that may be missing or anything. One that is there and
+// can't be read is no missing one: without its header a picture would become planes.
+Expected<JobHeader> ReadHeader(const std::string& role, const std::string& path) {
+  const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file.IsOpen() && (errno == ENOENT || errno == ENOTDIR)) return JobHeader();
+  struct stat state {};
+  if (!file.IsOpen() || fstat(file.Get(), &state) != 0) {
+    return CanNotRead(role, path, Failure{"open", {}, errno});
+  }
+  if (!S_ISREG(state.st_mode)) return JobHeader();
+  const auto head = interpreter::ReadPart(file.Get(), 0, JobHeaderLimit);
+  if (!head) return CanNotRead(role, path, head.Error());
+  return ReadJobHeader(*head);
 }
 
 std::string FileStem(const std::string& path) {
@@ -41,25 +49,30 @@ std::string Companion(const std::string& path, const std::string& suffix) {
 
 Expected<JobSource> OpenJobSource(const std::string& path) {
   JobSource source;
-  source.header = ReadJobHeader(ReadHead(path));
+  auto header = ReadHeader("job", path);
+  if (!header) return header.Error();
+  source.header = std::move(*header);
   auto opened = interpreter::OpenJob(path, source.header.length);
   if (!opened) return opened.Error();
   source.job = std::move(*opened);
-  source.title = AsUtf8(FileStem(path));
+  source.title = os::Utf8FromUtf8OrAnsi(FileStem(path));
   const interpreter::JobLayout& layout = source.job.layout;
   if (layout.kind == interpreter::JobKind::Pdf) {
     if (source.header.length == 0) {
-      source.header = ReadJobHeader(ReadHead(Companion(path, ".jhdr")));
+      auto beside = ReadHeader("job header", Companion(path, ".jhdr"));
+      if (!beside) return beside.Error();
+      source.header = std::move(*beside);
     }
     return source;
   }
   const int file = source.job.file.Get();
-  const std::string head = interpreter::ReadPart(
-      file, layout.offset,
-      static_cast<std::size_t>(std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length)));
-  const std::string title = interpreter::FindTitle(head);
-  if (!title.empty()) source.title = AsUtf8(title);
-  interpreter::DropEndOfJob(source.job);
+  const std::uint64_t headSize = std::min<std::uint64_t>(interpreter::JobHeadSize, layout.length);
+  const auto head = interpreter::ReadPart(file, layout.offset, static_cast<std::size_t>(headSize));
+  if (!head) return CanNotRead("job", path, head.Error());
+  const std::string title = interpreter::FindTitle(*head);
+  if (!title.empty()) source.title = os::Utf8FromUtf8OrAnsi(title);
+  if (const auto dropped = interpreter::DropEndOfJob(source.job); !dropped)
+    return CanNotRead("job", path, dropped.Error());
   return source;
 }
 

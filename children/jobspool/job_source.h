@@ -18,7 +18,8 @@ struct JobSource {
 };
 
 /// Opens the file at that native path and looks for its header and its job. Fails as
-/// interpreter::OpenJob: it can't be read, is no regular file, or holds neither PostScript nor PDF.
+/// interpreter::OpenJob: it can't be read, is no regular file, or holds neither PostScript nor PDF;
+/// and if the header beside a PDF is there and can't be read.
 [[nodiscard]] Expected<JobSource> OpenJobSource(const std::string& path);
 
 /// The file's path with its last extension replaced, or with this one added: FILE.ps, ".cfm".

@@ -40,9 +40,7 @@ std::string CutLines(const std::vector<CutLine>& lines) {
         add(Number(v[0]) + " " + Number(v[1]) + " " + Number(v[2]) + " " + Number(v[3]) +
             " /DeviceCMYK");
         break;
-      case CutLine::Kind::Separation:
-        for (const std::string& name : SpellingsOf(line.name)) add(HexText(name) + " /Separation");
-        break;
+      case CutLine::Kind::Separation: add(HexText(NameOf(line)) + " /Separation"); break;
     }
   }
   return text;
@@ -78,11 +76,7 @@ std::string Page(const PictureSize& dots, const PictureTask& task) {
 
 }  // namespace
 
-std::vector<std::string> SpellingsOf(const std::string& name) {
-  const std::string utf8 = os::Utf8FromWide(os::WideFromAnsi(name));
-  if (utf8 == name) return {name};
-  return {name, utf8};
-}
+std::string NameOf(const CutLine& line) { return os::Utf8FromWide(os::WideFromAnsi(line.name)); }
 
 std::optional<PictureSize> DotsOf(const PictureTask& task) {
   std::optional<PictureSize> size = task.size;

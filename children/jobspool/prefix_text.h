@@ -30,8 +30,8 @@ inline constexpr int LowestDeviceResolution = 4;
 /// The same for a job that is separated: all pages, in CMYK and spot colors.
 [[nodiscard]] std::string SeparationPrefix();
 
-/// The names that a separation of that Windows-1252 name may have in a job, as bytes: that name and
-/// its UTF-8 form, or one if they don't differ.
-[[nodiscard]] std::vector<std::string> SpellingsOf(const std::string& name);
+/// The name of a cut line that is a separation, in UTF-8. The RIP finds it in a job in either
+/// encoding (names.ps).
+[[nodiscard]] std::string NameOf(const CutLine& line);
 
 }  // namespace rastrel::jobspool

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "rastrel/platform/os/text.h"
+
 namespace rastrel::cli {
 namespace {
 
@@ -121,8 +123,8 @@ Expected<std::vector<double>> ParseComponents(std::string_view option, std::stri
   return components;
 }
 
-Expected<void> CheckSpotName(std::string_view option, std::string_view name,
-                             std::string_view text) {
+Expected<std::wstring> ParseSpotName(std::string_view option, std::string_view name,
+                                     std::string_view text) {
   if (name.empty()) return RefusedValue(option, text, "the spot colour has no name");
   const bool breaks = std::ranges::any_of(name, [](char character) {
     return static_cast<unsigned char>(character) < 32 || character == 127 || character == '(' ||
@@ -134,7 +136,7 @@ Expected<void> CheckSpotName(std::string_view option, std::string_view name,
         "a spot colour's name holds no parentheses, backslashes or control characters, "
         "and at most " +
             std::to_string(MaximumLetters) + " bytes");
-  return {};
+  return os::WideFromUtf8(os::Utf8FromUtf8OrAnsi(name));
 }
 
 }  // namespace rastrel::cli

@@ -53,8 +53,9 @@ struct ColorText {
                                                             std::size_t count,
                                                             std::string_view text);
 
-/// Fails unless the name may be written into a PostScript string as it is.
-[[nodiscard]] Expected<void> CheckSpotName(std::string_view option, std::string_view name,
-                                           std::string_view text);
+/// A spot color's name, given in UTF-8 or in Windows-1252 (os::Utf8FromUtf8OrAnsi). Fails unless it
+/// may be written into a PostScript string as it is.
+[[nodiscard]] Expected<std::wstring> ParseSpotName(std::string_view option, std::string_view name,
+                                                   std::string_view text);
 
 }  // namespace rastrel::cli

@@ -57,9 +57,14 @@ Expected<CPS2CutData> ParseCutData(std::string_view option, std::string_view tex
     cut.colorKind = CutColorCmyk;
     cut.color.SetColor((*parts)[0], (*parts)[1], (*parts)[2], (*parts)[3], COLORSPACE_CMYK);
   } else if (model == "spot") {
-    if (auto checked = CheckSpotName(option, rest, text); !checked) return checked.Error();
+    const auto name = ParseSpotName(option, rest, text);
+    if (!name) return name.Error();
+    if (os::WideFromAnsi(os::AnsiFromWide(*name)) != *name)
+      return RefusedValue(option, text,
+                          "a job header holds characters of Windows-1252 only, and the spot "
+                          "colour's name has others");
     cut.colorKind = CutColorNamed;
-    cut.color.SetColorName(os::WideFromUtf8(rest));
+    cut.color.SetColorName(*name);
   } else {
     return RefusedValue(option, text,
                         "a cut colour is given as rgb:R,G,B, cmyk:C,M,Y,K or spot:NAME");

@@ -135,7 +135,7 @@ void WriteWarnings(bool json) {
     if (json) {
       JsonLine("warning").Add("text", warning).Write();
     } else {
-      WriteError("queue program: warning: " + warning + "\n");
+      WriteError("warning: " + warning + "\n");
     }
   }
 }

@@ -147,8 +147,9 @@ Expected<void> ApplyCutColor(CJobData& settings, std::string_view text, TicketKi
         "--cut-color", text,
         "a printed job takes a cut colour as rgb or cmyk only; a spot colour is for previews");
   } else if (model == "spot") {
-    applied = CheckSpotName("--cut-color", rest, text);
-    settings.CutterSeparation = os::WideFromUtf8(rest);
+    const auto name = ParseSpotName("--cut-color", rest, text);
+    if (!name) return name.Error();
+    settings.CutterSeparation = *name;
     settings.CutterColorModel = prefix::CutterNamed;
   } else {
     applied = RefusedValue(

@@ -55,6 +55,33 @@ void AddPainted(Inspection& inspection) {
   inspection.painted = std::move(report);
 }
 
+// How the results are written.
+struct Output {
+  bool painted = false;
+  bool json = false;
+  bool table = false;
+  bool color = false;
+};
+
+void Write(const Inspection& inspection, const Output& output) {
+  WriteOut(output.json    ? InspectionObject(inspection)
+           : output.table ? InspectionRow(inspection)
+                          : InspectionLine(inspection, output.color));
+}
+
+// The comments are shown whether the interpreter can paint the file or not.
+void InspectOne(const std::string& file, const Output& output) {
+  Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
+  try {
+    if (output.painted) AddPainted(inspection);
+  } catch (const CommandError& error) {
+    inspection.paintedError = error.what();
+    Write(inspection, output);
+    throw;
+  }
+  Write(inspection, output);
+}
+
 }  // namespace
 
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
@@ -103,21 +130,18 @@ std::vector<std::string> FilesOfOperand(const std::string& operand) {
 }
 
 ExitStatus InspectCommand(const Invocation& invocation) {
-  const bool json = invocation.Has(OptionId::Json);
-  const bool table = invocation.Has(OptionId::Tsv);
-  if (json && table)
+  Output output{.painted = invocation.Has(OptionId::Painted),
+                .json = invocation.Has(OptionId::Json),
+                .table = invocation.Has(OptionId::Tsv)};
+  if (output.json && output.table)
     throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
-  const bool color = !json && !table && TerminalShowsColor();
+  output.color = !output.json && !output.table && TerminalShowsColor();
   ExitStatus status = ExitStatus::Done;
-  if (table) WriteOut(InspectionTableHead());
+  if (output.table) WriteOut(InspectionTableHead());
   for (const std::string& operand : invocation.operands)
     for (const std::string& file : FilesOfOperand(operand)) {
       try {
-        Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
-        if (invocation.Has(OptionId::Painted)) AddPainted(inspection);
-        WriteOut(json    ? InspectionObject(inspection)
-                 : table ? InspectionRow(inspection)
-                         : InspectionLine(inspection, color));
+        InspectOne(file, output);
       } catch (const CommandError& error) {
         WriteError("rastrel: " + file + ": " + error.what() + "\n");
         if (status != ExitStatus::BadInput) status = error.Status();

@@ -29,9 +29,9 @@ SpotName NameOf(std::string_view text) {
   CString name;
   (void)psscan::TextToken(text, name);
   const psscan::RawToken raw = psscan::FindTextToken(text);
-  return {.name = os::Utf8FromWide(name),
-          .postScript = raw.isString ? PostScriptText(raw.bytes)
-                                     : os::Utf8FromWide(os::WideFromAnsi(raw.bytes))};
+  return {
+      .name = os::Utf8FromWide(name),
+      .postScript = raw.isString ? PostScriptText(raw.bytes) : os::Utf8FromUtf8OrAnsi(raw.bytes)};
 }
 
 // Takes groups of `numbers` values and a name.
@@ -192,7 +192,7 @@ std::string PostScriptText(std::string_view raw) {
       bytes.push_back(letter == letters.npos ? raw[index] : meanings[letter]);
     }
   }
-  return os::Utf8FromWide(os::WideFromAnsi(bytes));
+  return os::Utf8FromUtf8OrAnsi(bytes);
 }
 
 Expected<Inspection> InspectFile(const std::string& path) {

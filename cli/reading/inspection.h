@@ -58,12 +58,13 @@ struct Inspection {
   std::vector<InspectedSpot> spots;
   std::vector<SpotName> undefined;  ///< declared, and defined by no comment
   std::optional<PaintedReport> painted;
+  std::string paintedError;  ///< why `painted` was asked for and is not there
 };
 
 /// Reads a file's comments. Fails if it can't be read.
 [[nodiscard]] Expected<Inspection> InspectFile(const std::string& path);
 
-/// The bytes of a PostScript string with its escapes resolved, as UTF-8 of Windows-1252 text.
+/// The bytes of a PostScript string with its escapes resolved, as os::Utf8FromUtf8OrAnsi has it.
 [[nodiscard]] std::string PostScriptText(std::string_view raw);
 
 }  // namespace rastrel::cli

@@ -140,6 +140,7 @@ std::string InspectionLine(const Inspection& inspection, bool color) {
   }
   text += SpotsText(inspection, color);
   if (inspection.painted) text += OneLine(PaintedText(*inspection.painted));
+  if (!inspection.paintedError.empty()) text += "; painted: not known";
   return text + "\n";
 }
 
@@ -148,7 +149,7 @@ std::string InspectionTableHead() {
          "length\t"
          "tiff_offset\ttiff_length\theader\tbounds_pt\tbounds_"
          "cm\tcolours\tspots\tundefined\tpainted\t"
-         "not_painted\tnot_declared\n";
+         "not_painted\tnot_declared\tpainted_error\n";
 }
 
 std::string InspectionRow(const Inspection& inspection) {
@@ -170,6 +171,7 @@ std::string InspectionRow(const Inspection& inspection) {
   const PaintedReport report = inspection.painted.value_or(PaintedReport());
   for (const auto* names : {&report.painted, &report.notPainted, &report.notDeclared})
     fields.push_back(Joined(*names, " | ", AsIs));
+  fields.push_back(inspection.paintedError);
   return Joined(fields, "\t", OneLine) + "\n";
 }
 
@@ -200,6 +202,7 @@ std::string InspectionObject(const Inspection& inspection) {
     object["not_painted"] = inspection.painted->notPainted;
     object["not_declared"] = inspection.painted->notDeclared;
   }
+  if (!inspection.paintedError.empty()) object["painted_error"] = inspection.paintedError;
   return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 

@@ -20,10 +20,12 @@ import house
 import include_rules
 import job_road
 import output_files
+import path_encoding
 import removals
 import sources
 import system_headers
 import tests_are_built
+import tests_end
 import words
 
 
@@ -84,6 +86,47 @@ class OutputFiles(Tree):
     def test_a_line_that_stands_for_nothing_is_a_fault(self):
         self.assertEqual(output_files.check(self.root, {("cli/gone.cpp", "ofstream")}),
                          ["output_files.txt: cli/gone.cpp has no ofstream any more"])
+
+
+class TestsEnd(Tree):
+    def test_a_test_without_a_limit_is_a_fault(self):
+        self.write("tests/CMakeLists.txt", "add_test(NAME a.b COMMAND x)\n"
+                   "add_test(NAME a.c\n COMMAND $<TARGET_FILE:x> --way ${way})\n"
+                   "set_tests_properties(a.c PROPERTIES PROCESSORS 2 TIMEOUT 60)\n"
+                   "gtest_discover_tests(one PROPERTIES LABELS x)\n"
+                   "gtest_discover_tests(two PROPERTIES TIMEOUT 60)\n")
+        self.assertEqual(tests_end.check(self.root),
+                         ["tests/CMakeLists.txt: a.b has no TIMEOUT",
+                          "tests/CMakeLists.txt: one has no TIMEOUT"])
+
+    def test_a_wait_that_only_its_condition_ends_is_a_fault(self):
+        for number, loop in enumerate((
+                "while (!Has(name)) usleep(1000);", "while (stage == 0) std::this_thread::yield();",
+                "while (!Ends()) {\n  Look();\n  std::this_thread::sleep_for(1ms);\n}",
+                "while (!reader.Lost())\n  if (Write() < 0) ::usleep(1);")):
+            self.write("tests/a.cpp", "#include <x>\n\n" + loop + "\n")
+            self.assertEqual([fault.split(": ")[0] for fault in tests_end.check(self.root)],
+                             ["tests/a.cpp:3"], number)
+
+    def test_a_wait_with_a_limit_and_a_loop_that_does_not_rest_are_none(self):
+        self.write("tests/a.cpp", "for (int n = 0; n < 9 && !Has(name); ++n) usleep(1000);\n"
+                   "while (!Has(name) && Clock::now() < limit) usleep(1000);\n"
+                   "while (!over) std::this_thread::yield();\n"
+                   "while (Read(line)) lines.push_back(line);\nusleep(1);\n"
+                   "// while (true) usleep(1);\n")
+        self.assertEqual(tests_end.check(self.root), [])
+
+
+class PathEncoding(Tree):
+    def test_a_path_that_is_widened_by_the_locale_is_a_fault(self):
+        self.write("tests/a.cpp", "std::wstring a = path.wstring();\n")
+        self.write("cli/b.cpp", "auto b = entry->generic_wstring ();\n")
+        self.assertEqual([fault.split(":")[0] for fault in path_encoding.check(self.root)],
+                         ["cli/b.cpp", "tests/a.cpp"])
+
+    def test_wide_text_and_comments_are_none(self):
+        self.write("cli/a.cpp", "std::wstring a = std::wstring();  // path.wstring()\n")
+        self.assertEqual(path_encoding.check(self.root), [])
 
 
 class IncludeRules(Tree):

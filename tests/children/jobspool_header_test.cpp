@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "children/jobspool/job_source.h"
 #include "interpreter/declared_box.h"
 #include "tests/children/queue_fixture.h"
+#include "tests/support/scratch_directory.h"
 
 namespace rastrel::jobspool::testing {
 namespace {
@@ -23,6 +25,19 @@ const std::string Full = Header(
 JobHeader ReadLines(const std::string& lines) { return ReadJobHeader(Header(lines)); }
 
 Expected<CommandLine> ReadWords(std::vector<const char*> words) { return ReadCommandLine(words); }
+
+// Taken for none, it would make planes of a picture.
+TEST(QueueHeader, beside_a_pdf_that_can_not_be_read_fails_the_job) {
+  const test::ScratchDirectory place;
+  place.Write("sign.pdf", "%PDF-1.4\n%%EOF\n");
+  EXPECT_TRUE(OpenJobSource(place.Path("sign.pdf"))) << "a missing one is none";
+  std::filesystem::create_symlink("sign.jhdr", place.Path("sign.jhdr"));
+  const auto source = OpenJobSource(place.Path("sign.pdf"));
+  ASSERT_FALSE(source);
+  EXPECT_EQ(Describe(source.Error()), "The job header can't be read: open '" +
+                                          place.Path("sign.jhdr") +
+                                          "': Too many levels of symbolic links (40)");
+}
 
 TEST(QueueHeader, holds_the_librarys_values) {
   const JobHeader header = ReadJobHeader(Full + "%!PS\n");

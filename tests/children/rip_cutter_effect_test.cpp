@@ -52,6 +52,88 @@ TEST(CutterEffect, leaves_other_colors_in_the_picture) {
   }
 }
 
+// Both sides of each pair: a prefix is UTF-8, and a job has the name in UTF-8 or in Windows-1252.
+TEST(CutterEffect, finds_a_name_beyond_ascii_in_either_spelling) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::vector<std::pair<std::wstring, Names>> cases{
+      {L"Schnitt\u00E4", {"Schnitt\\344", "Schnitt\\303\\244"}},
+      {L"\u20AC \u0178", {"\\200 \\237", "\\342\\202\\254 \\305\\270"}},
+      {L"\u03A9", {"\\316\\251"}}};
+  for (const auto& [name, spellings] : cases) {
+    const std::string prefix = PrefixOf(bench, prefix::CutDataSection(NamedCut(name)));
+    for (const std::string& spelling : spellings) {
+      SCOPED_TRACE(spelling);
+      const ProgramRun run =
+          bench.Run({prefix, bench.File("job.ps", Outline("[/Separation (" + spelling +
+                                                          ") cvn /DeviceCMYK {0 exch dup 0}] "
+                                                          "setcolorspace 1 setcolor"))});
+      ExpectOutlineCut(Pages(run, 1).front());
+      EXPECT_EQ(run.reports.find("WARNING"), std::string::npos) << run.reports;
+    }
+  }
+}
+
+TEST(CutterEffect, leaves_no_plane_of_a_name_beyond_ascii) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string prefix =
+      PrefixOf(bench, prefix::CutDataSection(NamedCut(L"Schnitt\u00E4")), "4Color");
+  for (const std::string spelling : {"Schnitt\\344", "Schnitt\\303\\244"}) {
+    const std::string page =
+        OnlyPage(bench, prefix,
+                 Outline("[/Separation (" + spelling +
+                         ") cvn /DeviceCMYK {0 exch dup 0}] setcolorspace 1 setcolor"));
+    EXPECT_EQ(CheckedInfo(page).planes.size(), 4U) << spelling;
+    EXPECT_EQ(CutPathsOf(page).size(), 1U) << spelling;
+  }
+}
+
+// An interpreter's name may be longer than any that a cutter could have.
+TEST(CutterEffect, leaves_separations_of_long_names_in_the_picture) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string page = OnlyPage(
+      bench, PrefixOf(bench, prefix::CutDataSection(NamedCut(L"CutContour"))),
+      Outline("[/Separation (" + std::string(100, 'x') +
+              ") cvn /DeviceRGB {dup 0 gt {pop 1 0 0} {1 1 1} ifelse}] setcolorspace 1 setcolor"));
+  EXPECT_TRUE(CutPathsOf(page).empty());
+  EXPECT_EQ(ReadNetpbm(page + "/page.ppm").At(70, 124), "255,0,0");
+}
+
+TEST(CutterEffect, warns_of_a_color_that_nothing_is_painted_in) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string start = "WARNING: No path and no text is painted in the cut colour ";
+  const std::string job = Outline("0 1 0 setrgbcolor");
+  const auto reports = [&](const std::wstring& section) {
+    const ProgramRun run = bench.Run({PrefixOf(bench, section), bench.File("job.ps", job)});
+    EXPECT_EQ(run.status, 0);
+    return run;
+  };
+  EXPECT_TRUE(reports(prefix::CutDataSection(NamedCut(L"Schnitt\u00E4")))
+                  .Says(start + "separation Schnitt\xC3\xA4; nothing is cut in it."));
+  EXPECT_TRUE(reports(prefix::CutterSection(RedCut()))
+                  .Says(start + "rgb 1.0 0.0 0.0; nothing is cut in it."));
+  for (const std::wstring& section :
+       {prefix::CutterSection(CJobData()),
+        prefix::CutterSection(CutColor(prefix::CutterRgb, {0, 255, 0, 0}))}) {
+    EXPECT_EQ(reports(section).reports.find("WARNING"), std::string::npos);
+  }
+}
+
+// The second page has the color; a page without it is no reason for a warning.
+TEST(CutterEffect, warns_of_a_color_of_the_whole_job) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const ProgramRun run = bench.Run({PrefixOf(bench, prefix::CutterSection(RedCut())),
+                                    bench.File("job.ps",
+                                               "%!PS\n0 0 9 9 rectfill showpage\n"
+                                               "1 0 0 setrgbcolor 0 0 9 9 rectfill showpage\n")});
+  static_cast<void>(Pages(run, 2));
+  EXPECT_EQ(run.reports.find("WARNING"), std::string::npos) << run.reports;
+}
+
 TEST(CutterEffect, of_none_keeps_the_outline_and_makes_no_file) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;

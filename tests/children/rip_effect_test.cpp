@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
@@ -127,6 +129,64 @@ TEST(LevelsEffect, of_six_colors_gives_the_extra_planes_those_of_red_and_green) 
   for (const auto& [name, sample] : four) {
     EXPECT_NEAR(sample, name == "Magenta" ? 31 : 127, 1) << name;
   }
+}
+
+// Lines of several widths at places between pixels, upright, level, askew and curved; rectangles
+// with and without area; text.
+constexpr const char* ThinDrawing =
+    "0 1 11 { dup 9.37 mul 5.13 add 3.7 moveto 0 60.21 rlineto 0.13 mul setlinewidth stroke } for\n"
+    "0 1 11 { dup 5.19 mul 70.41 add 4.3 exch moveto 110.77 0 rlineto 0.11 mul setlinewidth stroke "
+    "}"
+    " for\n"
+    "0 setlinewidth 3.3 3.9 moveto 120.7 66.1 lineto stroke\n"
+    "0.4 setlinewidth 60.3 40.7 20.9 0 360 arc stroke\n"
+    "0.3 setlinewidth 7.77 7.31 50.13 33.71 rectstroke 1 0 0 setrgbcolor\n"
+    "64.44 7.31 0.21 40.5 rectfill 70.1 7.9 30.3 0.17 rectfill 75.3 12.7 9.41 8.87 rectfill\n"
+    "/Helvetica findfont 6.3 scalefont setfont 0 setgray 12.1 135.3 moveto (Hinweis) show\n";
+
+// The interpreter's own file, whose header holds a comment.
+Pixels PlainPage(const RipFixture& bench, const std::string& resolution, const std::string& job) {
+  const std::string file = bench.File("plain.ppm", "");
+  EXPECT_TRUE(RunCommand("gs -q -dBATCH -dNOPAUSE -dSAFER -sDEVICE=ppmraw -r" + resolution +
+                         " '-sOutputFile=" + file + "' '" + job + "'"));
+  std::ifstream stream(file, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(stream), {}};
+  const std::size_t comment = text.find('#');
+  text.erase(comment, text.find('\n', comment) + 1 - comment);
+  return ReadNetpbm(bench.File("plain.ppm", text));
+}
+
+TEST(Strokes, have_the_pixels_of_an_interpreter_started_at_their_resolution) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string job = bench.File("job.ps", Page(130, 144, ThinDrawing));
+  for (const std::string resolution : {"72", "149", "150", "300", "600", "300x100"}) {
+    SCOPED_TRACE(resolution);
+    const std::size_t by = resolution.find('x');
+    const std::string x = resolution.substr(0, by);
+    const std::string y = by == std::string::npos ? x : resolution.substr(by + 1);
+    const std::string mode = "3Color " + x + " " + y + " SetXYResolution";
+    const Pixels made =
+        ReadNetpbm(Pages(bench.Run({PrefixOf(bench, L"", mode), job}), 1).front() + "/page.ppm");
+    const Pixels expected = PlainPage(bench, resolution, job);
+    ASSERT_EQ(made.width, expected.width);
+    ASSERT_EQ(made.height, expected.height);
+    EXPECT_TRUE(made.samples == expected.samples);
+  }
+}
+
+// The adjusting is the job's to choose, and its own choice lasts to its end.
+TEST(Strokes, are_adjusted_as_the_job_says) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string prefix = PrefixOf(bench, L"", "3Color 300 300 SetXYResolution");
+  const auto samples = [&](const std::string& start) {
+    return ReadNetpbm(OnlyPage(bench, prefix, Page(130, 144, start + ThinDrawing)) + "/page.ppm")
+        .samples;
+  };
+  const std::string unadjusted = samples("false setstrokeadjust\n");
+  EXPECT_TRUE(samples("") == unadjusted);
+  EXPECT_FALSE(samples("true setstrokeadjust\n") == unadjusted);
 }
 
 TEST(SixColors, have_their_planes_on_every_page_and_further_spots_too) {

@@ -14,6 +14,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/wait.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::test {
 namespace {
@@ -138,9 +139,15 @@ void CommandRunner::Signal(int signal) const { ::kill(static_cast<pid_t>(m_Proce
 
 CommandResult CommandRunner::Wait() {
   CommandResult result;
-  if (os::WaitForAny(std::span(&m_Process, 1)) == os::WaitSignaledBase)
+  const auto limit = os::Deadline::After(WaitLimit);
+  const bool ended = os::WaitReadable(std::span(&m_Process, 1), limit) == os::WaitSignaledBase;
+  EXPECT_TRUE(ended) << "the command does not end; it is killed";
+  if (!ended) {
+    static_cast<void>(os::Terminate(m_Process));
+  } else {
     if (const auto state = os::TakeExitState(m_Process); state && state->byItself)
       result.status = state->status;
+  }
   os::CloseHandle(m_Process);
   result.output = m_Scratch.Read("output");
   result.error = m_Scratch.Read("error");

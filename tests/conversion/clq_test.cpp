@@ -15,6 +15,7 @@
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/conversion/queue_fixture.h"
 #include "tests/support/pipe_sizes.h"
+#include "tests/support/wait_until.h"
 
 namespace os = rastrel::os;
 using PrintingThread::CCPHelper;
@@ -234,7 +235,7 @@ TEST_F(HeldPipes, aborted_ends_a_job_whose_child_is_gone) {
     RecordingQueue queue(Executable());
     m_Mark = m_Library.LogMark();
     ASSERT_TRUE(queue.Start(File().c_str()));
-    while (!HasLogged("[CLQ]: Q exited")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_TRUE(rastrel::test::WaitUntil([&] { return HasLogged("[CLQ]: Q exited"); }));
     EXPECT_TRUE(queue.IsRunning()) << "it waits for the stream";
     queue.Abort();
     ::kill(std::stoi(Root().Read("left")), SIGKILL);

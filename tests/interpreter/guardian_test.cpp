@@ -16,6 +16,7 @@
 
 #include "interpreter/guarded_process.h"
 #include "tests/support/scratch_directory.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -183,11 +184,11 @@ TEST(Guardian, leaves_the_handling_of_signals_as_it_is) {
 // A copy of a process in which other threads hold locks at any moment must need none of them.
 TEST(Guardian, may_be_started_in_a_process_with_threads) {
   const test::ScratchDirectory directory;
-  std::atomic<bool> ends = false;
+  std::atomic<bool> over = false;
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
-      while (!ends) {
+      while (!over) {
         const std::vector<std::string> texts(100, std::string(1000, 'x'));
         std::this_thread::yield();
       }
@@ -201,7 +202,7 @@ TEST(Guardian, may_be_started_in_a_process_with_threads) {
     ASSERT_TRUE(guardian->Guard(directory.Path("two")));
     directory.Write("two", "x");
   }
-  ends = true;
+  over = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_FALSE(directory.Has("one"));
   EXPECT_FALSE(directory.Has("two"));
@@ -248,7 +249,7 @@ TEST(GuardedProcess, dies_with_the_process_that_started_it) {
               "; done) & while :; do echo x >> " + directory.Path("half/file") + "; done"),
         guardian);
     if (!process) _exit(9);
-    while (!directory.Has("grandchild")) usleep(1000);
+    if (!test::WaitUntil([&] { return directory.Has("grandchild"); })) _exit(9);
     raise(SIGKILL);
   });
   EXPECT_FALSE(directory.Has("half"));

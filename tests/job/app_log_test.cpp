@@ -17,6 +17,7 @@
 #include "tests/support/library_fixture.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/test_host.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -241,7 +242,7 @@ TEST_F(UnopenableLog, another_thread_that_logs_waits_for_ever) {
       CAppLog::Instance().Write("never");
       stage = 2;
     }).detach();
-    while (stage == 0) std::this_thread::yield();
+    EXPECT_TRUE(rastrel::test::WaitUntil([&] { return stage != 0; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     CAppLog::Instance().Write(" still");
     side.Tell("ready");

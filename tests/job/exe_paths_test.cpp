@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "rastrel/platform/os/path.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/private_member.h"
 #include "tests/support/scratch_directory.h"
@@ -70,9 +71,9 @@ TEST_F(ExePaths, the_standalone_host_puts_the_queue_in_the_data_root) {
 TEST_F(ExePaths, the_module_is_this_program) {
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
   const CExePaths& paths = Paths();
-  EXPECT_EQ(self.wstring(), paths.m_ModulePath);
-  EXPECT_EQ(self.stem().wstring(), paths.m_ModuleName);
-  EXPECT_EQ(self.parent_path().wstring() + L"/", paths.m_ModuleDir);
+  EXPECT_EQ(rastrel::os::FromNative(self.string()), paths.m_ModulePath);
+  EXPECT_EQ(rastrel::os::FromNative(self.stem().string()), paths.m_ModuleName);
+  EXPECT_EQ(rastrel::os::FromNative(self.parent_path().string()) + L"/", paths.m_ModuleDir);
 }
 
 TEST_F(ExePaths, system_directories_get_a_backslash_and_missing_ones_are_a_bare_one) {

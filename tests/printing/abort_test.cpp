@@ -7,6 +7,7 @@
 
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/print_fixture.h"
+#include "tests/support/wait_until.h"
 
 namespace os = rastrel::os;
 using rastrel::test::GoodEngine;
@@ -213,7 +214,7 @@ TEST_F(AbortedJob, of_a_job_that_is_through_comes_too_late) {
 
 TEST_F(AbortedJob, after_the_threads_end_and_before_EndPrint_changes_nothing) {
   ASSERT_TRUE(m_Ticket.PrintJob());
-  while (!Stages().ends_with("completed")) std::this_thread::yield();
+  ASSERT_TRUE(rastrel::test::WaitUntil([this] { return Stages().ends_with("completed"); }));
   Abort();
   m_Ticket.EndPrint();
   EXPECT_EQ(End(), "active: no error");
@@ -241,7 +242,7 @@ TEST_F(AbortedJob, twice_from_other_threads_is_one_abort) {
   m_Mark = m_Library.LogMark();
   ASSERT_TRUE(m_Ticket.PrintJob());
   const auto request = [this, &ready] {
-    while (!ready) std::this_thread::yield();
+    EXPECT_TRUE(rastrel::test::WaitUntil([&ready] { return ready.load(); }));
     for (int times = 0; times < 2; ++times) m_Ticket.GetPrintThread()->Abort();
   };
   std::thread first(request);

@@ -11,6 +11,7 @@
 
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/print_fixture.h"
+#include "tests/support/wait_until.h"
 
 namespace os = rastrel::os;
 using rastrel::test::GoodEngine;
@@ -251,7 +252,8 @@ TEST_F(ChildStart, of_an_engine_that_is_gone_before_its_input_deletes_the_rips_f
   os::Calls().write = [](int descriptor, const void* bytes, std::size_t count) {
     const bool input =
         std::string_view(static_cast<const char*>(bytes), count).starts_with(">> --");
-    while (input && ::access(closed.c_str(), F_OK) != 0) ::usleep(1000);
+    EXPECT_TRUE(!input ||
+                rastrel::test::WaitUntil([] { return ::access(closed.c_str(), F_OK) == 0; }));
     return ::write(descriptor, bytes, count);
   };
   RequestSpool();

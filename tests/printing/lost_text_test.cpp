@@ -11,6 +11,7 @@
 #include "rastrel/printing/stderr_parser.h"
 #include "tests/support/allocation_limit.h"
 #include "tests/support/print_fixture.h"
+#include "tests/support/wait_until.h"
 
 namespace os = rastrel::os;
 using rastrel::test::AllocationLimit;
@@ -71,8 +72,11 @@ TEST_F(LostText, of_a_reader_is_dropped_and_ends_the_reading) {
     // The write end stays open: the reader does not wait for its end. It is never written to when
     // it is full, since nobody may read it any more.
     ASSERT_EQ(::fcntl(write, F_SETFL, O_NONBLOCK), 0);
-    while (!reader.HasLost())
-      if (::write(write, piece.data(), piece.size()) < 0) ::usleep(1000);
+    EXPECT_TRUE(rastrel::test::WaitUntil([&] {
+      while (!reader.HasLost() && ::write(write, piece.data(), piece.size()) > 0) {
+      }
+      return reader.HasLost();
+    }));
     reader.Wait();
   }
   os::CloseHandle(write);

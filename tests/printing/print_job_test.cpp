@@ -7,6 +7,7 @@
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/prefix/ps_prefix.h"
 #include "tests/support/print_fixture.h"
+#include "tests/support/wait_until.h"
 
 using rastrel::test::GoodEngine;
 using rastrel::test::GoodRip;
@@ -397,7 +398,7 @@ TEST_F(PrintJob, a_second_time_while_it_runs_is_refused_and_changes_nothing) {
 
 TEST_F(PrintJob, on_an_idle_ticket_whose_print_was_never_ended_holds_it) {
   ASSERT_TRUE(m_Ticket.PrintJob());
-  while (!Told().Stages().ends_with("completed")) std::this_thread::yield();
+  ASSERT_TRUE(rastrel::test::WaitUntil([this] { return Told().Stages().ends_with("completed"); }));
   m_Ticket.m_Status = JS_IDLE;
   const auto* thread = m_Ticket.GetPrintThread();
   EXPECT_FALSE(m_Ticket.PrintJob());
@@ -470,7 +471,7 @@ TEST_F(PrintJob, of_a_path_without_a_dot_ends_its_thread_without_a_report) {
   m_Ticket.SetJobFile(Root().Wide("job/sign"));
   ASSERT_EQ(m_Ticket.m_JobFile.GetFullPath().find(L'.'), std::wstring::npos);
   ASSERT_TRUE(m_Ticket.PrintJob());
-  while (!m_Ticket.GetPrintThread()->HasEnded()) std::this_thread::yield();
+  ASSERT_TRUE(rastrel::test::WaitUntil([this] { return m_Ticket.GetPrintThread()->HasEnded(); }));
   m_Ticket.EndPrint();
   EXPECT_EQ(Told().Stages(), "started");
   EXPECT_EQ(End(), "active: no error");

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string>
 
+#include "rastrel/platform/os/path.h"
 #include "rastrel/psscan/ps_parser.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/ps_scan_answers.h"
@@ -63,7 +64,11 @@ TEST(Corpus, every_file_cut_short_is_scanned_as_the_literal_scans_do) {
 TEST(Corpus, the_kind_agrees_with_the_table_of_first_lines) {
   for (const fs::path& file : FilesOf({"eps", "doseps", "ps"})) {
     const std::string header = Fact(file, HeaderColumn);
-    EXPECT_EQ(IsPostscriptFile(file.wstring().c_str()), header.starts_with("%!PS-Adobe")) << file;
-    EXPECT_EQ(IsEPSFile(file.wstring().c_str()), header.find("EPSF") != std::string::npos) << file;
+    EXPECT_EQ(IsPostscriptFile(rastrel::os::FromNative(file.string()).c_str()),
+              header.starts_with("%!PS-Adobe"))
+        << file;
+    EXPECT_EQ(IsEPSFile(rastrel::os::FromNative(file.string()).c_str()),
+              header.find("EPSF") != std::string::npos)
+        << file;
   }
 }

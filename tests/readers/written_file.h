@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "rastrel/platform/os/path.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/scratch_directory.h"
 
@@ -31,7 +32,7 @@ class WrittenFile {
 
 /// Library path of a file of the examples folder.
 [[nodiscard]] inline std::wstring ExamplePath(std::string_view name) {
-  return (std::filesystem::path(RASTREL_SOURCE_DIR) / "examples" / name).wstring();
+  return os::FromNative((std::filesystem::path(RASTREL_SOURCE_DIR) / "examples" / name).string());
 }
 
 /// The character as often as that.

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <thread>
 
+#include "rastrel/platform/os/path.h"
+
 namespace rastrel::test {
 
 /// Removes a directory with all that is in it. A program that was ended a moment ago may have
@@ -47,7 +49,7 @@ class ScratchDirectory {
   [[nodiscard]] std::string Path(std::string_view name) const { return (m_Path / name).string(); }
   /// The same as library text.
   [[nodiscard]] std::wstring Wide(std::string_view name = {}) const {
-    return name.empty() ? m_Path.wstring() : (m_Path / name).wstring();
+    return os::FromNative(name.empty() ? Path() : Path(name));
   }
 
   /// Makes a file, and the directories it lies in.

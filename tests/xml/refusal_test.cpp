@@ -361,7 +361,7 @@ TEST_F(XmlRefusal, two_documents_of_the_hostile_set_are_sound_and_the_others_are
   if (!fs::is_directory(folder)) GTEST_SKIP() << "no corpus beside the sources";
   std::vector<std::string> sound;
   for (const auto& entry : fs::directory_iterator(folder)) {
-    const std::wstring path = entry.path().wstring();
+    const std::wstring path = rastrel::os::FromNative(entry.path().string());
     const auto begin = std::chrono::steady_clock::now();
     const XmlNode root = LoadXmlFile(path);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1)) << entry.path();

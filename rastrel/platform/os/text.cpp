@@ -366,6 +366,11 @@ std::wstring WideFromAnsi(std::string_view bytes) {
   return text;
 }
 
+std::string Utf8FromUtf8OrAnsi(std::string_view bytes) {
+  std::string text = Utf8FromWide(WideFromUtf8(bytes));
+  return text == bytes ? text : Utf8FromWide(WideFromAnsi(bytes));
+}
+
 std::string AnsiFromWide(std::wstring_view text) {
   std::string bytes;
   bytes.reserve(text.size());

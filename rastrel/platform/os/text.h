@@ -28,6 +28,9 @@ void AppendUtf8FromWide(std::string& target, std::wstring_view text);
 
 /// Decodes the ANSI code page, Windows-1252. Its five undefined bytes map to the same code points.
 [[nodiscard]] std::wstring WideFromAnsi(std::string_view bytes);
+/// UTF-8 of a text whose encoding nothing says, as a name or a title in PostScript or PDF: bytes
+/// that are UTF-8 stay, all others count as Windows-1252. The one rule for such texts.
+[[nodiscard]] std::string Utf8FromUtf8OrAnsi(std::string_view bytes);
 /// Encodes in Windows-1252; a character that it lacks becomes '?'.
 [[nodiscard]] std::string AnsiFromWide(std::wstring_view text);
 

@@ -12,6 +12,7 @@
 #include "cli/converting/conversion_settings.h"
 #include "cli/job/terminal_views.h"
 #include "tests/cli/command_runner.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::cli {
 namespace {
@@ -102,7 +103,7 @@ TEST_F(Conversions, pagesize_is_stopped_by_a_signal_and_leaves_nothing) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     m_Command.Place().Write("two.ps", "%!PS\n");
     m_Command.Start({"pagesize", "sign.eps", "two.ps"}, "");
-    while (!fs::exists(m_Command.Root() + "/begun")) ::usleep(1000);
+    ASSERT_TRUE(test::WaitUntil([&] { return fs::exists(m_Command.Root() + "/begun"); }));
     m_Command.Signal(signal);
     const CommandResult result = m_Command.Wait();
     EXPECT_EQ(result.status, 4);
@@ -172,7 +173,8 @@ TEST_F(Conversions, values_that_make_no_sense_are_wrong_use) {
                                                         {"--cut-color", "rgb:1,2"},
                                                         {"--cut-color", "rgb:1,2,256"},
                                                         {"--half-cut-color", "spot:"},
-                                                        {"--half-cut-color", "spot:a(b"}}) {
+                                                        {"--half-cut-color", "spot:a(b"},
+                                                        {"--cut-color", "spot:\xCE\xA9"}}) {
     const CommandResult result = Run({"header", "sign.eps", option, value});
     EXPECT_EQ(result.status, 2) << option << " " << value;
     EXPECT_NE(result.error.find(option), std::string::npos) << result.error;
@@ -275,6 +277,24 @@ TEST_F(Conversions, queue_prints_objects) {
   for (const std::string& line : Run({"queue", "sign.eps", "--json"}).Lines())
     events.push_back(nlohmann::json::parse(line)["event"]);
   EXPECT_EQ(events, (std::vector<std::string>{"progress", "state", "state", "done"}));
+}
+
+TEST_F(Conversions, queue_shows_the_programs_warnings_in_their_order) {
+  m_Command.WriteQueue(
+      "echo 'WARNING: nothing is cut in [it]' >&2\necho 'a ]WARNING: b' >&2\n"
+      "echo 'WARNING: low ink' >&2\necho 'INFO: CLQ_success' >&2\n");
+  const CommandResult plain = Run({"queue", "sign.eps"});
+  EXPECT_EQ(plain.status, 0);
+  EXPECT_NE(plain.error.find("warning: nothing is cut in [it]\nwarning: low ink\n"),
+            std::string::npos)
+      << plain.error;
+  EXPECT_EQ(plain.error.find("warning: b"), std::string::npos) << plain.error;
+  std::vector<std::string> texts;
+  for (const std::string& line : Run({"queue", "sign.eps", "--json"}).Lines()) {
+    const auto object = nlohmann::json::parse(line);
+    if (object["event"] == "warning") texts.push_back(object["text"]);
+  }
+  EXPECT_EQ(texts, (std::vector<std::string>{"nothing is cut in [it]", "low ink"}));
 }
 
 TEST_F(Conversions, queue_fails_with_the_programs_message) {

@@ -73,7 +73,7 @@ TEST(Inspect, a_table_has_as_many_fields_in_each_row_as_its_head) {
   const auto lines = command.Run({"inspect", "--tsv", "."}).Lines();
   ASSERT_EQ(lines.size(), 4U);
   for (const std::string& line : lines)
-    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 19) << line;
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 20) << line;
   EXPECT_TRUE(lines[1].starts_with("./a.eps\tEPS\t"));
   EXPECT_TRUE(lines[2].starts_with("./tab in.ps\tPostScript\t"));
   EXPECT_TRUE(lines[3].starts_with("./z\tneither\t"));
@@ -111,6 +111,44 @@ TEST(Inspect, a_program_that_fails_under_ghostscript_is_reported) {
   const auto result = command.Run({"inspect", "--painted", "bad.ps"});
   EXPECT_EQ(result.status, 1);
   EXPECT_TRUE(result.error.starts_with("rastrel: bad.ps: Ghostscript can't paint it"));
+}
+
+// The comments are read without an interpreter, so its failure takes nothing of them away.
+TEST(Inspect, what_the_comments_say_is_shown_when_the_interpreter_fails) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("bad.eps", std::string(Sign) + "no_such_operator\n");
+  const auto plain = command.Run({"inspect", "bad.eps"});
+  const auto painted = command.Run({"inspect", "--painted", "bad.eps"});
+  EXPECT_EQ(painted.status, 1);
+  EXPECT_EQ(painted.output,
+            plain.output.substr(0, plain.output.size() - 1) + "; painted: not known\n");
+  const std::string start = "rastrel: bad.eps: ";
+  ASSERT_TRUE(painted.error.starts_with(start)) << painted.error;
+  const std::string reason =
+      painted.error.substr(start.size(), painted.error.size() - start.size() - 1);
+  EXPECT_TRUE(reason.starts_with("Ghostscript can't paint it: Error: /undefined")) << reason;
+
+  auto object = nlohmann::json::parse(command.Run({"inspect", "--json", "bad.eps"}).output);
+  object["painted_error"] = reason;
+  const auto json = command.Run({"inspect", "--painted", "--json", "bad.eps"});
+  EXPECT_EQ(nlohmann::json::parse(json.output), object);
+
+  const auto lines = command.Run({"inspect", "--painted", "--tsv", "bad.eps"}).Lines();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_TRUE(lines[0].ends_with("\tpainted_error")) << lines[0];
+  EXPECT_TRUE(lines[1].ends_with("\t" + reason)) << lines[1];
+}
+
+TEST(Inspect, a_missing_interpreter_leaves_what_the_comments_say) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("sign.eps", Sign);
+  command.Set("PATH", command.Root());
+  const auto result = command.Run({"inspect", "--painted", "--json", "sign.eps"});
+  EXPECT_EQ(result.status, 5);
+  const auto object = nlohmann::json::parse(result.output);
+  EXPECT_EQ(object["kind"], "EPS");
+  EXPECT_TRUE(object.contains("points"));
+  EXPECT_EQ(object["painted_error"], "Ghostscript (gs) is not installed");
 }
 
 TEST(InspectFile, a_dos_header_lists_its_sections) {
@@ -157,6 +195,7 @@ TEST(InspectionLine, control_characters_of_a_file_do_not_reach_the_terminal) {
 TEST(PostScriptText, escapes_are_read_as_the_language_has_them) {
   EXPECT_EQ(PostScriptText("a\\050\\51\\1012\\\\\\(\\n\\x"), "a()A2\\(\nx");
   EXPECT_EQ(PostScriptText("\\351 \xE9"), "\xC3\xA9 \xC3\xA9");
+  EXPECT_EQ(PostScriptText("\\303\\244"), "\xC3\xA4") << "UTF-8 stays";
   EXPECT_EQ(PostScriptText("\\"), "\\");
 }
 

@@ -7,6 +7,8 @@ Ends with 1 if it shows something else than it should."""
 
 import os
 import pty
+import select
+import signal
 import subprocess
 import sys
 import tempfile
@@ -22,18 +24,21 @@ LONGEST = 60  # seconds that a run may take before it counts as hanging
 class Run:
     """The command on a terminal of its own. It waits where nobody reads what it writes."""
 
-    def __init__(self, rastrel, folder):
+    def __init__(self, rastrel, folder, term="xterm"):
         self.pipe = os.path.join(folder, "pipe")
         if not os.path.exists(self.pipe):
             os.mkfifo(self.pipe)
         self.shown = b""
         self.process, self.terminal = pty.fork()
         if self.process == 0:
-            os.execv(rastrel, [rastrel, "sheet", os.path.join(folder, "book.xlsx"), "-o",
-                               self.pipe])
+            os.execve(rastrel, [rastrel, "sheet", os.path.join(folder, "book.xlsx"), "-o",
+                                self.pipe], {**os.environ, "TERM": term})
 
     def read(self):
-        """Takes what is shown next; false at the end."""
+        """Takes what is shown next; false at the end, or when nothing comes for too long."""
+        if not select.select([self.terminal], [], [], LONGEST)[0]:
+            os.kill(self.process, signal.SIGKILL)
+            return False
         try:
             piece = os.read(self.terminal, 4096)
         except OSError:  # how a terminal without a program ends
@@ -78,6 +83,16 @@ def finished(rastrel, folder):
     return ""
 
 
+def on_a_dumb_terminal(rastrel, folder):
+    """A line that is written over is no use where nothing can be written over."""
+    run = Run(rastrel, folder, "dumb")
+    time.sleep(1.5)  # longer than it takes until another terminal shows something
+    with open(run.pipe, "rb") as pipe:
+        pipe.read()
+    status = run.end()
+    return f"on a dumb terminal: status {status}, shown {run.shown!r}" if status or run.shown else ""
+
+
 def without_terminal(rastrel, folder):
     pipe = os.path.join(folder, "pipe")
     process = subprocess.Popen([rastrel, "sheet", os.path.join(folder, "book.xlsx"), "-o", pipe],
@@ -95,7 +110,8 @@ def main():
         os.environ["RASTREL_HOME"] = os.path.join(folder, "home")
         write_workbook(os.path.join(folder, "book.xlsx"),
                        [("S", '<row r="1"><c r="A1"><v>7</v></c></row>')], "")
-        faults = [fault for check in (interrupted, finished, without_terminal)
+        faults = [fault for check in (interrupted, finished, on_a_dumb_terminal,
+                                         without_terminal)
                   if (fault := check(rastrel, folder))]
     print("\n".join(faults) or "all is as it should be")
     return 1 if faults else 0

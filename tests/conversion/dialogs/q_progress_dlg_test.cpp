@@ -14,6 +14,7 @@
 #include "rastrel/platform/standalone/headless_views.h"
 #include "tests/conversion/queue_fixture.h"
 #include "tests/support/scripted_views.h"
+#include "tests/support/wait_until.h"
 
 using namespace rastrel::host;
 using PrintingThread::CLQThread;
@@ -311,7 +312,7 @@ TEST_F(OddView, that_throws_or_returns_early_leaves_no_program_running) {
   for (const bool throws : {true, false}) {
     CQProgressDlg dialog(Root().Wide("job/sign.ps").c_str(), nullptr);
     Views().m_OnRun = [this, throws](DialogLogic& logic) {
-      while (!Root().Has("started")) std::this_thread::yield();
+      EXPECT_TRUE(rastrel::test::WaitUntil([this] { return Root().Has("started"); }));
       if (throws) Throw(logic);
     };
     if (throws) {
@@ -397,7 +398,7 @@ class GapDialog : public CQProgressDlg {
     if (message == WorkEndedMessage) {
       // The job has ended. The gap lasts until the view has asked a few times, or has given up.
       const int asked = m_Asked;
-      while (m_Asked < asked + 100 && !m_GivenUp) std::this_thread::yield();
+      EXPECT_TRUE(rastrel::test::WaitUntil([&] { return m_Asked >= asked + 100 || m_GivenUp; }));
     }
     return CQProgressDlg::PostMessage(message, wParam, lParam);
   }

@@ -193,6 +193,16 @@ TEST(WideFromAnsi, agrees_with_iconv_where_the_code_page_is_defined) {
   }
 }
 
+TEST(Utf8FromUtf8OrAnsi, keeps_utf8_and_takes_all_else_for_the_code_page) {
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("plain"), "plain");
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("Schnitt\xC3\xA4"), "Schnitt\xC3\xA4");
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("Schnitt\xE4"), "Schnitt\xC3\xA4");
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("\x80"), "\xE2\x82\xAC");
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("\xC3\xA4\xE4"), "\xC3\x83\xC2\xA4\xC3\xA4")
+      << "a text is of one encoding";
+  EXPECT_EQ(os::Utf8FromUtf8OrAnsi("\xEF\xBF\xBD"), "\xEF\xBF\xBD") << "U+FFFD itself";
+}
+
 TEST(AnsiFromWide, a_character_that_the_code_page_lacks_becomes_a_question_mark) {
   EXPECT_EQ(os::AnsiFromWide(L"a\x80\x100\x1F5A8\xFFFD"), "a????");
 }

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/open_descriptors.h"
@@ -88,7 +89,8 @@ TEST(ListDirectory, gives_every_name_but_the_two_dots) {
 TEST(ListDirectory, a_file_is_a_failure_and_an_empty_directory_is_none) {
   const ScratchDirectory scratch;
   scratch.Write("file", "");
-  const auto empty = os::ListDirectory(fs::path(scratch.Path()).parent_path().wstring() + L"/none");
+  const auto empty =
+      os::ListDirectory(os::FromNative(fs::path(scratch.Path()).parent_path().string()) + L"/none");
   ASSERT_FALSE(empty);
   EXPECT_EQ(empty.Error().error, ENOENT);
   const auto file = os::ListDirectory(scratch.Wide("file"));

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/install_record.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
@@ -122,9 +123,9 @@ TEST_F(DataRootLayout, a_program_that_runs_is_replaced_and_not_written_to) {
 
 TEST_F(DataRootLayout, a_second_time_changes_nothing) {
   ASSERT_TRUE(LayOut());
-  const auto record = rastrel::os::StampOf(fs::path(m_Path + "/Queue/.installed").wstring());
+  const auto record = rastrel::os::StampOf(rastrel::os::FromNative(m_Path + "/Queue/.installed"));
   ASSERT_TRUE(LayOut());
-  EXPECT_EQ(*rastrel::os::StampOf(fs::path(m_Path + "/Queue/.installed").wstring()), *record);
+  EXPECT_EQ(*rastrel::os::StampOf(rastrel::os::FromNative(m_Path + "/Queue/.installed")), *record);
 }
 
 TEST_F(DataRootLayout, several_at_once_end_with_the_same) {
