@@ -4,6 +4,7 @@
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -65,6 +66,7 @@ void BecomeProgram(Launch& launch, int guardian) noexcept {
   setsid();
   if (!Guardian::GuardGroup(guardian, getpid())) return;
   ResetSignals();
+  umask(S_IRWXG | S_IRWXO);  // its files show the job's content
   const std::string& directory = launch.request.directory;
   if (!directory.empty() && chdir(directory.c_str()) != 0) return;
   if (!PlaceDescriptors(launch)) return;

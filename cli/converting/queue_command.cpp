@@ -20,7 +20,9 @@
 #include "rastrel/conversion/prepend.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -48,11 +50,13 @@ void WriteHeaderBeside(const ConversionSettings& settings, const std::string& so
                        const std::string& copy) {
   std::error_code error;
   if (!settings.Any() && fs::exists(HeaderBeside(source), error)) {
-    if (!fs::copy_file(HeaderBeside(source), HeaderBeside(copy), error))
-      FailToWriteHeader(error.value());
+    if (const auto copied =
+            os::CopyNativeFile(HeaderBeside(source), HeaderBeside(copy), os::Access::Private);
+        !copied)
+      FailToWriteHeader(copied.Error().error);
     return;
   }
-  const auto file = os::CreateForWriting(os::FromNative(HeaderBeside(copy)));
+  const auto file = os::CreateForWriting(os::FromNative(HeaderBeside(copy)), os::Access::Private);
   if (!file) FailToWriteHeader(file.Error().error);
   const auto written = os::WriteAll(file->Get(), os::AnsiFromWide(settings.Header()));
   if (!written) FailToWriteHeader(written.Error().error);
@@ -91,12 +95,35 @@ void Move(const fs::path& from, const fs::path& to) {
                                                   "': " + DescribeError(error.value()));
 }
 
+// What may be read may be searched.
+fs::perms OfDirectory(unsigned access) {
+  return static_cast<fs::perms>(access | (access & 0444U) >> 2U);
+}
+
+// The results are as private as the job. No link leads out of them: its target is not changed.
+void GiveAccess(const fs::path& result, unsigned access) {
+  const auto give = [access](const fs::path& path, const fs::file_status& state) {
+    std::error_code ignored;
+    if (fs::is_directory(state)) fs::permissions(path, OfDirectory(access), ignored);
+    if (fs::is_regular_file(state)) fs::permissions(path, static_cast<fs::perms>(access), ignored);
+  };
+  std::error_code error;
+  give(result, fs::symlink_status(result, error));
+  if (!fs::is_directory(fs::symlink_status(result, error))) return;
+  for (fs::recursive_directory_iterator entry(result, error), last; !error && entry != last;
+       entry.increment(error)) {
+    std::error_code ignored;
+    give(entry->path(), entry->symlink_status(ignored));
+  }
+}
+
 // The results of the program, moved.
 std::vector<std::string> TakeResults(const std::string& directory, const std::set<fs::path>& before,
-                                     const std::string& target) {
+                                     const std::string& target, unsigned access) {
   std::vector<std::string> paths;
   for (const fs::path& name : NamesIn(directory)) {
     if (before.contains(name)) continue;
+    GiveAccess(fs::path(directory) / name, access & ~os::CurrentUmask());
     const fs::path path = target == "." ? name : fs::path(target) / name;
     Move(fs::path(directory) / name, path);
     paths.push_back(path.string());
@@ -158,7 +185,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const int result = view.Show(dialog);
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (result == host::OkCommand)
-    return WriteDone(TakeResults(directory.Path(), before, target), json);
+    return WriteDone(TakeResults(directory.Path(), before, target, input.access), json);
   if (view.IsCancelled()) return WriteCancelled(json);
   Fail();
 }

@@ -53,6 +53,8 @@ Expected<InputFile> InspectInput(const std::string& path, const char* verb) {
   input.path = path;
   input.safeName = SafeJobName(path.substr(path.rfind('/') + 1));
   input.extension = ExtensionOf(layout.kind);
+  const auto own = std::filesystem::status(path, error).permissions();
+  if (!error) input.access = (static_cast<unsigned>(own) & 0666U) | 0600U;
   return input;
 }
 

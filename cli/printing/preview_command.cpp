@@ -84,6 +84,7 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
 
   const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
   OrEnd(ExitStatus::WrongUse, SetUpOutput(directory.Path() + "/output", printer));
+  SetUpAccess(input.access);
   ticket.m_JobName = os::WideFromUtf8(input.safeName);
   const std::string copy = OrEndByCode(
       ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));

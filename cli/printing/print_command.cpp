@@ -110,6 +110,7 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   const std::string name = (spool ? spool->Name() : input.safeName) + input.extension;
   const std::string copy = OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name));
 
+  SetUpAccess(input.access);
   PrintTicket ticket;
   Fill(ticket, request, input, copy);
   JobRecord record;
