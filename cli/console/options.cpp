@@ -39,6 +39,7 @@ constexpr std::array OptionTable{
     OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
     OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
+    OptionRow{Title, "--title", "NAME", "Name the job that comes on standard input."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
@@ -75,15 +76,16 @@ constexpr std::array OptionTable{
     OptionRow{Version, "--version", "", "Print the version."},
 };
 
-constexpr std::array PrintOptions{
-    Printer,   Mode,        Copies,     Pages,      Spool,    KeepPs,     Planar, Scale, Levels,
-    LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Output, Json,  Help};
-constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
-                                   LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
-                                   Dpi,         Planar,     CutOnly,    OutputFile, Help};
+constexpr std::array PrintOptions{Printer,     Mode,       Copies,     Pages,    Spool,
+                                  KeepPs,      Planar,     Scale,      Levels,   LevelsRed,
+                                  LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket,
+                                  Title,       Output,     Json,       Help};
+constexpr std::array PrefixOptions{
+    Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
+    CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
 constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,    Scale,      Levels,
                                     LevelsRed, LevelsGreen, LevelsBlue, LevelsGray, CutColor,
-                                    KeepPs,    OutputFile,  Json,       Help};
+                                    KeepPs,    Title,       OutputFile, Json,       Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
@@ -101,6 +103,7 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   HalfCutColor,
                                   OptionId::Window,
                                   KeepPs,
+                                  Title,
                                   Output,
                                   Json,
                                   Help};

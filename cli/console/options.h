@@ -34,6 +34,7 @@ enum class OptionId {
   CutOnly,
   Window,
   SaveTicket,
+  Title,
   Output,
   OutputFile,
   Json,

@@ -75,6 +75,10 @@ void WriteHeader(const ConversionSettings& settings, const InputFile& input,
 
 std::string OutputDirectory(const Invocation& invocation) {
   std::string directory = invocation.ValueOr(OptionId::Output, ".");
+  if (directory == StandardOutputName)
+    throw CommandError(ExitStatus::WrongUse,
+                       "a conversion makes several files, and standard output takes one: name a "
+                       "directory");
   std::error_code error;
   fs::create_directories(directory, error);
   if (!fs::is_directory(directory))
@@ -95,7 +99,7 @@ void Move(const fs::path& from, const fs::path& to) {
                                                   "': " + DescribeError(error.value()));
 }
 
-// What may be read may be searched.
+// Whoever may read a directory may search it.
 fs::perms OfDirectory(unsigned access) {
   return static_cast<fs::perms>(access | (access & 0444U) >> 2U);
 }

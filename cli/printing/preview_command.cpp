@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/console/options.h"
+#include "cli/console/standard_streams.h"
 #include "cli/console/terminal_picture.h"
 #include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
@@ -25,6 +26,7 @@ namespace {
 constexpr std::size_t PicturesShown = 4;
 
 devices::FileFormat FormatOf(const std::string& target) {
+  if (target == StandardOutputName) return devices::FileFormat::Png;
   const std::string extension = std::filesystem::path(target).extension();
   if (extension == ".tif" || extension == ".tiff") return devices::FileFormat::Tiff;
   if (extension == ".png") return devices::FileFormat::Png;
@@ -54,6 +56,14 @@ void CheckDirectory(const std::string& target) {
                                                  "': no such directory");
 }
 
+void WriteTheOne(const PreviewFiles& files) {
+  if (files.Names().size() != 1)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the preview has " + std::to_string(files.Names().size()) +
+                           " files, and standard output takes one: name a file, as in -o out.png");
+  OrEnd(ExitStatus::JobFailed, WriteResultFile(files.Names().front()));
+}
+
 // Shows the first of the pictures, if the terminal can; all names were printed as they were made.
 void ShowFirst(const PreviewFiles& files) {
   for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
@@ -69,9 +79,11 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   PreviewTicket ticket;
   OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
   OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
-  const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  const bool toOutput = target == StandardOutputName;
   const devices::FileFormat format = FormatOf(target);
   CheckDirectory(target);
+  if (toOutput) OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = PrinterFor(format);
@@ -90,6 +102,10 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
       ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
+  if (toOutput) {
+    target = directory.Path() + "/preview.png";
+    ShowPathAs(target, "standard output");
+  }
   PreviewFiles files(target, input.safeName);
   ticket.SetFilter([&files](JobEvent& event) { files.Take(event); });
   JobRecord record;
@@ -98,7 +114,8 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
   if (end == JobEnd::Done && !files.Fault().empty())
     throw CommandError(ExitStatus::JobFailed, files.Fault());
-  if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);
+  if (end == JobEnd::Done && toOutput) WriteTheOne(files);
+  if (end == JobEnd::Done && !toOutput && !view.IsJson()) ShowFirst(files);
   return status;
 }
 

@@ -12,7 +12,7 @@ import installed_tree
 
 
 def snapshot(place):
-    """Every name below a folder, with what a link says and a file holds."""
+    """Every name below a folder, with the target of a link and the content of a file."""
     found = {}
     for folder, folders, files in os.walk(place):
         for name in folders + files:

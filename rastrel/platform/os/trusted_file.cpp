@@ -39,7 +39,7 @@ bool IsOwnGroup(gid_t group) {
   return true;
 }
 
-// With a list of further users and groups, the group's bits say what the most of them may do.
+// With a list of further users and groups, the group's bits say how much any of them may do.
 bool HasAccessList(const std::string& path) {
   return ::getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
 }

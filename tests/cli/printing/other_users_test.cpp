@@ -1,5 +1,5 @@
-// Jobs and pages on a machine with other users: who may read what a print makes, and which programs
-// it runs.
+// Jobs and pages on a machine with other users: who may read the files of a print, and which
+// programs it runs.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
