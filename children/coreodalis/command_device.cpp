@@ -77,7 +77,9 @@ class Running {
   Expected<void> Start(const std::vector<std::string>& words, const std::string& file) {
     const std::string program = PathOf(m_Program);
     if (program.empty()) return Failure{"find the command", m_Program, ENOENT};
-    if (auto trusted = os::CheckTrustedFile(program); !trusted) return trusted;
+    // A missing one is the exec's to name.
+    auto trusted = os::CheckTrustedFile(program);
+    if (!trusted && trusted.Error().error == EPERM) return trusted;
     const os::FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!input.IsOpen()) return Failure{"open", file, errno};
     Pipe output;

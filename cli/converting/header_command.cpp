@@ -50,6 +50,13 @@ void WriteCopy(const InputFile& input, const std::string& target, const std::str
     FailToWrite(target, appended.Error().error);
 }
 
+// A PDF's header is a file of its own.
+void WriteToOutput(const InputFile& input, const std::string& header) {
+  OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+  OrEnd(ExitStatus::JobFailed, WriteResult(header));
+  if (input.extension != ".pdf") OrEnd(ExitStatus::JobFailed, WriteResultFile(input.path));
+}
+
 }  // namespace
 
 ExitStatus HeaderCommand(const Invocation& invocation) {
@@ -59,6 +66,10 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
   LayOutQuietly();
   const std::wstring header = settings.Header();
+  if (invocation.ValueOr(OptionId::OutputFile, "") == StandardOutputName) {
+    WriteToOutput(input, os::AnsiFromWide(header));
+    return ExitStatus::Done;
+  }
   if (invocation.Has(OptionId::OutputFile)) {
     WriteCopy(input, invocation.ValueOr(OptionId::OutputFile, ""), os::AnsiFromWide(header));
     return ExitStatus::Done;

@@ -140,6 +140,15 @@ TEST_F(Pipes, prefix_writes_its_bytes_to_standard_output) {
   EXPECT_TRUE(result.output.ends_with('\x04'));
 }
 
+TEST_F(Pipes, header_writes_a_copy_with_its_header_to_standard_output) {
+  m_Command.SetInput(OnePage);
+  const CommandResult result = m_Command.Run({"header", "-", "--dpi", "150", "--output", "-"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  ASSERT_EQ(m_Command.Run({"header", "job.ps", "--dpi", "150", "--output", "copy.ps"}).status, 0);
+  EXPECT_EQ(result.output, m_Command.Place().Read("copy.ps"));
+  EXPECT_TRUE(result.output.ends_with(OnePage));
+}
+
 TEST_F(Pipes, a_terminal_gets_no_picture) {
   const os::FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
   ASSERT_EQ(::grantpt(terminal.Get()), 0);
