@@ -17,6 +17,7 @@
 #include "cli/printing/spool.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/job/exe_paths.h"
+#include "rastrel/job/print_check.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/path.h"
@@ -193,6 +194,31 @@ void CheckProgram(Checks& checks, const char* name, const std::wstring& path) {
   checks.push_back(check);
 }
 
+bool OthersMayEnter(const std::string& directory) {
+  using std::filesystem::perms;
+  std::error_code error;
+  const auto state = std::filesystem::status(directory, error);
+  return !error && (state.permissions() & (perms::group_all | perms::others_all)) != perms::none;
+}
+
+void CheckTrust(Checks& checks) {
+  HealthCheck check{
+      "trust", State::Good, "nobody else may change the programs and settings", os::DataRoot(), {}};
+  if (const auto trusted = job::CheckTrustedParts(); !trusted) {
+    check.state = State::Bad;
+    check.text = Describe(trusted.Error());
+    check.mend =
+        "nothing is printed until only you may write there: see that it is what it was, or remove "
+        "it (`rastrel doctor` puts shipped files back), and take the right from the others, for "
+        "instance with chmod go-w";
+  } else if (OthersMayEnter(os::DataRoot())) {
+    check.state = State::Warning;
+    check.text += ", but others may look into the data root";
+    check.mend = "chmod 700 '" + os::DataRoot() + "', unless they are meant to";
+  }
+  checks.push_back(check);
+}
+
 // Names below a shipped folder of which the data root has none.
 void FindMissing(const std::string& shipped, const std::string& present, int depth,
                  std::vector<std::string>& missing) {
@@ -362,6 +388,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
   CheckProgram(checks, "queue program", CExePaths::Instance().m_QueueExe);
+  CheckTrust(checks);
   CheckProlog(checks);
   CheckModes(checks);
   CheckDevices(checks);

@@ -1,7 +1,10 @@
 // The command `rastrel`: reads its arguments and hands them to the command that they name.
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/console/exit_status.h"
@@ -14,7 +17,10 @@
 #include "cli/converting/queue_command.h"
 #include "cli/doctor.h"
 #include "cli/document_program.h"
+#include "cli/input/standard_input.h"
+#include "cli/installation/installation.h"
 #include "cli/installation/installed_lists.h"
+#include "cli/installation/job_directory.h"
 #include "cli/printing/prefix_command.h"
 #include "cli/printing/preview_command.h"
 #include "cli/printing/print_command.h"
@@ -52,13 +58,40 @@ ExitStatus RunWithoutCommand(const Invocation& invocation) {
   return ExitStatus::WrongUse;
 }
 
-std::string NameOf(CommandId id) {
-  return std::ranges::find(Commands(), id, &CommandRow::id)->name;
+const CommandRow& RowOf(CommandId id) {
+  return *std::ranges::find(Commands(), id, &CommandRow::id);
 }
 
-ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& arguments) {
-  if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
-  if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
+std::string NameOf(CommandId id) { return RowOf(id).name; }
+
+bool TakesFiles(CommandId id) { return std::string_view(RowOf(id).operand).starts_with("FILE"); }
+
+bool IsStandardInput(const std::string& operand) { return operand == StandardInputOperand; }
+
+// Puts a copy of standard input, which the directory holds, in the place of its operand.
+void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& directory) {
+  const auto count = invocation.operands.empty()
+                         ? static_cast<std::ptrdiff_t>(IsStandardInput(invocation.operand))
+                         : std::ranges::count_if(invocation.operands, IsStandardInput);
+  if (!TakesFiles(invocation.command)) return;
+  if (count == 0 && invocation.Has(OptionId::Title))
+    throw CommandError(ExitStatus::WrongUse,
+                       "--title names a job from standard input: give - in place of the file");
+  if (count == 0) return;
+  if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
+  if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
+    throw CommandError(ExitStatus::WrongUse, "`rastrel " + NameOf(invocation.command) +
+                                                 "` does not read standard input; name a file");
+  LayOutQuietly();
+  directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
+  const std::string path =
+      OrEnd(ExitStatus::BadInput,
+            TakeStandardInput(directory->Path(), invocation.ValueOr(OptionId::Title, "")));
+  std::ranges::replace_if(invocation.operands, IsStandardInput, path);
+  if (IsStandardInput(invocation.operand)) invocation.operand = path;
+}
+
+ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::string>& arguments) {
   switch (invocation.command) {
     case CommandId::Print: return PrintCommand(invocation);
     case CommandId::Preview: return PreviewCommand(invocation);
@@ -94,6 +127,14 @@ ExitStatus Run(const Invocation& invocation, const std::vector<std::string>& arg
     case CommandId::None: break;
   }
   return ExitStatus::WrongUse;
+}
+
+ExitStatus Run(Invocation invocation, const std::vector<std::string>& arguments) {
+  if (invocation.command == CommandId::None) return RunWithoutCommand(invocation);
+  if (invocation.Has(OptionId::Help)) return HelpCommand(NameOf(invocation.command));
+  std::optional<JobDirectory> standardInput;
+  ReadStandardInput(invocation, standardInput);
+  return RunCommand(invocation, arguments);
 }
 
 }  // namespace

@@ -31,6 +31,8 @@ function(rastrel_install_public_headers root destination)
       FILES "${root}/${header}")
   endforeach()
   rastrel_install_moved_headers("${root}" "${destination}")
+  # The install script's own scope has the list that becomes the manifest.
+  set(CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_MANIFEST_FILES}" PARENT_SCOPE)
 endfunction()
 
 # Puts a header of one line where each line of packaging/moved-headers.txt says that one was.

@@ -292,7 +292,7 @@ Expected<void> WriteCutPaths(const RunDescription& run, const std::string& direc
                              pages::PageInfo& info) {
   if (run.cuts == nullptr || !run.cuts->Wanted(info.page)) return {};
   const std::string path = directory + "/" + pages::CutPathsName;
-  const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!file.IsOpen()) return Failure{"create", path, errno};
   const auto written = os::WriteAll(file.Get(), run.cuts->Take(info));
   if (!written) return FailureAt(path, written.Error());

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,6 +68,7 @@ void BecomeProgram(Launch& launch, int guardian, int starter) noexcept {
   setsid();
   if (!Guardian::GuardGroup(guardian, getpid())) return;
   ResetSignals();
+  umask(S_IRWXG | S_IRWXO);  // its files show the job's content
   const std::string& directory = launch.request.directory;
   if (!directory.empty() && chdir(directory.c_str()) != 0) return;
   if (!PlaceDescriptors(launch)) return;

@@ -72,12 +72,13 @@ class RunListener {
 
 /// The job and the limits of one run. Owns its files.
 struct RunRequest {
-  std::string ripDirectory;   ///< holds System/prolog and System/pmodes
-  std::string title;          ///< of the job, for the pages' descriptions; UTF-8
-  JobFile job;                ///< the part of it that the interpreter is given
-  os::FileDescriptor prefix;  ///< PostScript that runs first; closed: none
-  bool setsCutColor = false;  ///< the prefix sets a cut color
-  Settings settings;          ///< the limits
+  std::string ripDirectory;        ///< holds System/prolog and System/pmodes
+  std::string title;               ///< of the job, for the pages' descriptions; UTF-8
+  std::optional<unsigned> access;  ///< permission bits of the job, for the pages' descriptions
+  JobFile job;                     ///< the part of it that the interpreter is given
+  os::FileDescriptor prefix;       ///< PostScript that runs first; closed: none
+  bool setsCutColor = false;       ///< the prefix sets a cut color
+  Settings settings;               ///< the limits
   /// Of a print of an open page: its area. Set by PrintPages.
   std::optional<PageArea> area{};
 };

@@ -17,7 +17,7 @@ namespace rastrel::interpreter {
 namespace {
 
 os::FileDescriptor CreateFile(const std::string& path) {
-  return os::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  return os::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
 }
 
 }  // namespace
@@ -27,6 +27,7 @@ pages::PageInfo DescribePage(const RunDescription& run, unsigned page) {
   info.job = run.job;
   info.printer = run.printer;
   info.mode = run.mode;
+  info.access = run.access;
   info.page = page;
   info.xResolution = run.xResolution;
   info.yResolution = run.yResolution;
@@ -54,7 +55,7 @@ Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string
                                                                unsigned page,
                                                                const PageSize& size) {
   const std::string path = runDirectory + "/" + pages::PageName(page);
-  if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
+  if (mkdir(path.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
   made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
   if (!made->m_Pixels.IsOpen()) return Failure{"create", path, errno};

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,9 +22,10 @@ class CutPaths;
 
 /// The common part of a run's pages.
 struct RunDescription {
-  std::string job;      ///< title; UTF-8
-  std::string printer;  ///< as the prefix selected it
-  std::string mode;     ///< "FOLDER/NAME"
+  std::string job;                 ///< title; UTF-8
+  std::string printer;             ///< as the prefix selected it
+  std::string mode;                ///< "FOLDER/NAME"
+  std::optional<unsigned> access;  ///< permission bits of the job, as in PageInfo
   double xResolution = 72;
   double yResolution = 72;
   /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.

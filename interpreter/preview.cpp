@@ -104,7 +104,7 @@ Expected<void> Preview::Write(const std::string& path) const {
   for (std::size_t row = 0; row < rows.size(); ++row) {
     rows[row] = pixels.data() + row * m_Width * m_Page.channels;
   }
-  const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (descriptor < 0) return Failure{"create", path, errno};
   std::FILE* const file = fdopen(descriptor, "wb");
   PngWriter writer;

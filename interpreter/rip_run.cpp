@@ -34,6 +34,7 @@ RipRun::RipRun(RunRequest request, const RunMode& mode, const RunDirectory& dire
       m_Stream(m_Pages),
       m_Pixels(PixelBufferSize) {
   m_Pages.Description().job = m_Request.title;
+  m_Pages.Description().access = m_Request.access;
 }
 
 Expected<void> RipRun::Run() {

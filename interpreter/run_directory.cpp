@@ -9,7 +9,9 @@
 #include <utility>
 
 #include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/random_digits.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -58,8 +60,10 @@ RunDirectory::RunDirectory(std::string parent, std::string name)
 Expected<RunDirectory> RunDirectory::Make(const std::string& ripDirectory, Guardian& guardian) {
   const std::string parent = ripDirectory + "/System/c-out";
   std::error_code error;
-  fs::create_directories(parent, error);
-  if (error) return Failure{"mkdir", parent, error.value()};
+  if (!fs::exists(parent, error)) {
+    const auto made = os::MakePath(os::FromNative(parent), os::Access::Private);
+    if (!made) return made.Error();
+  }
   RemoveEmptied(parent);
   return MakeIn(parent, guardian);
 }
@@ -70,7 +74,7 @@ Expected<RunDirectory> RunDirectory::MakeIn(const std::string& parent, Guardian&
   RunDirectory made(parent, *name);
   if (!guardian.Guard(made.m_Path)) return Failure{"guard", made.m_Path, errno};
   for (const std::string& path : {made.m_Path, made.Temporary(), made.Planes()}) {
-    if (mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
+    if (mkdir(path.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   }
   if (chmod(made.Temporary().c_str(), 0700) != 0) {
     return Failure{"chmod", made.Temporary(), errno};

@@ -1,5 +1,6 @@
 #include "interpreter/separations.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <tiffio.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 
 #include "interpreter/cut_paths.h"
 #include "interpreter/plane_file.h"
+#include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
@@ -45,6 +47,16 @@ Tiff OpenTiff(const std::string& path) {
   struct stat state {};
   if (lstat(path.c_str(), &state) != 0 || !S_ISREG(state.st_mode)) return nullptr;
   return Tiff(TIFFOpen(path.c_str(), "r"));
+}
+
+// Readable for this user alone; TIFFOpen leaves that to the umask. Null leaves errno.
+Tiff CreateTiff(const std::string& path) {
+  os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!file.IsOpen()) return nullptr;
+  errno = ENOMEM;
+  Tiff made(TIFFFdOpen(file.Get(), path.c_str(), "w"));
+  if (made) static_cast<void>(file.Release());
+  return made;
 }
 
 std::optional<PageSize> ReadSize(TIFF* file) {
@@ -146,8 +158,9 @@ void SetPlaneForm(TIFF* to, TIFF* from, const PageSize& size) {
 Expected<void> MoveChanged(const std::string& source, const std::string& target,
                            const PageSize& size, const std::array<std::uint8_t, 256>& transfer) {
   const Tiff from = OpenTiff(source);
-  const Tiff to(TIFFOpen(target.c_str(), "w"));
-  if (!from || !to) return Failure{"open", from ? target : source, EINVAL};
+  if (!from) return Failure{"open", source, EINVAL};
+  const Tiff to = CreateTiff(target);
+  if (!to) return Failure{"create", target, errno};
   SetPlaneForm(to.get(), from.get(), size);
   std::vector<std::uint8_t> samples(static_cast<std::size_t>(TIFFScanlineSize64(from.get())));
   if (samples.size() != size.width) return Failure{"read", source, EINVAL};
@@ -243,7 +256,7 @@ Expected<void> MakeSeparationPage(const std::string& workDirectory, const std::s
   const auto planes = PrintedPlanes(workDirectory, page, run);
   if (!planes) return planes.Error();
   const std::string directory = runDirectory + "/" + pages::PageName(page);
-  if (mkdir(directory.c_str(), 0777) != 0) return Failure{"mkdir", directory, errno};
+  if (mkdir(directory.c_str(), 0700) != 0) return Failure{"mkdir", directory, errno};
   pages::PageInfo info = DescribePage(run, page);
   info.color =
       planes->size() > ProcessNames.size() ? pages::PageColor::Separations : pages::PageColor::Cmyk;

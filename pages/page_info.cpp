@@ -107,6 +107,14 @@ std::string FormatResolution(double resolution) {
   return error == std::errc() ? std::string(digits.data(), end) : std::string("0");
 }
 
+// Four octal digits.
+std::string FormatAccess(unsigned bits) {
+  std::string digits;
+  for (const unsigned shift : {9U, 6U, 3U, 0U})
+    digits += static_cast<char>('0' + (bits >> shift & 7U));
+  return digits;
+}
+
 bool IsPlainName(std::string_view name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
          name.find('\0') == std::string_view::npos;
@@ -128,8 +136,9 @@ class Reader {
     if (!NextLine()) return false;
     if (m_Text != Heading) return Fail("not a page info of this version");
     return ReadText("job", info.job) && ReadText("printer", info.printer) &&
-           ReadText("mode", info.mode) && ReadPositive("page", info.page) &&
-           ReadPositive("width", info.width) && ReadPositive("height", info.height) &&
+           ReadText("mode", info.mode) && ReadAccess(info.access) &&
+           ReadPositive("page", info.page) && ReadPositive("width", info.width) &&
+           ReadPositive("height", info.height) &&
            ReadResolution("x-resolution", info.xResolution) &&
            ReadResolution("y-resolution", info.yResolution) && ReadPositive("bits", info.bits) &&
            ReadColor(info.color) && ReadPlanes(info.planes) && ReadFiles(info.files) && ReadEnd() &&
@@ -171,6 +180,19 @@ class Reader {
   bool ReadPositive(std::string_view key, unsigned& number) {
     if (!NextValue(key)) return false;
     return (ReadNumber(m_Text, number) && number > 0) || Fail("not a number above 0");
+  }
+
+  // Pages of earlier versions have no such line.
+  bool ReadAccess(std::optional<unsigned>& access) {
+    if (!NextIs("access")) return true;
+    if (!NextValue("access")) return false;
+    unsigned bits = 0;
+    const char* const end = m_Text.data() + m_Text.size();
+    const auto [stop, error] = std::from_chars(m_Text.data(), end, bits, 8);
+    if (error != std::errc() || stop != end || (bits & ~0666U) != 0 || (bits & 0600U) != 0600U)
+      return Fail("not the permissions of a file");
+    access = bits;
+    return true;
   }
 
   bool ReadResolution(std::string_view key, double& number) {
@@ -296,6 +318,7 @@ std::string FormatPageInfo(const PageInfo& info) {
   line("job", Escape(info.job, false));
   line("printer", Escape(info.printer, false));
   line("mode", Escape(info.mode, false));
+  if (info.access) line("access", FormatAccess(*info.access));
   line("page", std::to_string(info.page));
   line("width", std::to_string(info.width));
   line("height", std::to_string(info.height));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,9 +32,12 @@ struct PageInfo {
   std::string job;      ///< the prefix's title; UTF-8, any character
   std::string printer;  ///< the printer that the prefix selected, without its colon; may be empty
   std::string mode;     ///< the print mode, "FOLDER/NAME"; may be empty
-  unsigned page = 1;    ///< counted from 1
-  unsigned width = 0;   ///< pixels
-  unsigned height = 0;  ///< pixels
+  /// Permission bits of the job that the page is of, which its output gets: reading and writing
+  /// alone, and both for the owner. Nothing if they are not known.
+  std::optional<unsigned> access;
+  unsigned page = 1;       ///< counted from 1
+  unsigned width = 0;      ///< pixels
+  unsigned height = 0;     ///< pixels
   double xResolution = 0;  ///< pixels per inch
   double yResolution = 0;  ///< pixels per inch
   unsigned bits = 8;       ///< of one sample

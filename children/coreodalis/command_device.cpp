@@ -16,6 +16,8 @@
 #include "children/coreodalis/report.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/program_search.h"
+#include "rastrel/platform/os/trusted_file.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -38,24 +40,30 @@ struct Pipe {
 
 /// The child's side, between fork and exec. Never returns. A failure is sent as an error
 /// number through the pipe that an exec closes.
-[[noreturn]] void BecomeProgram(char* const* arguments, int input, int output, int failure,
-                                int guardian) {
+[[noreturn]] void BecomeProgram(const char* program, char* const* arguments, int input, int output,
+                                int failure, int guardian) {
   ::setpgid(0, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::signal(SIGPIPE, SIG_DFL);
   const bool known = interpreter::Guardian::GuardGroup(guardian, ::getpid());
   errno = known ? 0 : ESRCH;
   if (known && ::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2) {
-    ::execvp(arguments[0], arguments);
+    ::execvp(program, arguments);
   }
   const int error = errno;
   static_cast<void>(!::write(failure, &error, sizeof error));
   ::_exit(127);
 }
 
+/// The program of a command's first word; empty if none of that name is on the path. It is found
+/// here, since execvp would look into relative directories of the path too.
+std::string PathOf(const std::string& word) {
+  return word.find('/') == std::string::npos ? os::FindProgram(word) : word;
+}
+
 /// A device's program. It is not an interpreter::GuardedProcess, which kills the rest of the group
 /// when the leader has ended: a device's program may leave a process that goes on delivering. Also,
-/// execvp finds it on the path and runs scripts that name no interpreter.
+/// execvp runs scripts that name no interpreter.
 class Running {
  public:
   Running(std::string program, interpreter::Guardian& guardian)
@@ -67,6 +75,11 @@ class Running {
   Running& operator=(const Running&) = delete;
 
   Expected<void> Start(const std::vector<std::string>& words, const std::string& file) {
+    const std::string program = PathOf(m_Program);
+    if (program.empty()) return Failure{"find the command", m_Program, ENOENT};
+    // A missing one is the exec's to name.
+    auto trusted = os::CheckTrustedFile(program);
+    if (!trusted && trusted.Error().error == EPERM) return trusted;
     const os::FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!input.IsOpen()) return Failure{"open", file, errno};
     Pipe output;
@@ -78,8 +91,8 @@ class Running {
     arguments.push_back(nullptr);
     m_Id = ::fork();
     if (m_Id == 0) {
-      BecomeProgram(arguments.data(), input.Get(), output.write.Get(), failure.write.Get(),
-                    m_Guardian.Descriptor());
+      BecomeProgram(program.c_str(), arguments.data(), input.Get(), output.write.Get(),
+                    failure.write.Get(), m_Guardian.Descriptor());
     }
     if (m_Id < 0) return Failure{"fork", m_Program, errno};
     ::setpgid(m_Id, m_Id);

@@ -78,7 +78,7 @@ Expected<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
   std::vector<OutputFile> files;
   std::vector<RenderTarget> targets;
   for (const std::string& path : paths) {
-    auto file = OutputFile::Create(DirectoryOf(path), m_Guardian);
+    auto file = OutputFile::Create(DirectoryOf(path), m_Guardian, order.permissions);
     if (!file) return file.Error();
     targets.push_back({file->Descriptor(), path});
     files.push_back(std::move(*file));

@@ -17,6 +17,7 @@ struct DeliveryOrder {
   const devices::Device* device = nullptr;
   devices::FieldValues values;           ///< all but plane and file
   bool planar = false;                   ///< each plane as a file of its own
+  unsigned permissions = 0600;           ///< of files that are made, less the umask
   std::function<void(double)> progress;  ///< called with the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
 };

@@ -1,5 +1,6 @@
 #include "children/coreodalis/engine.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -17,6 +18,7 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
+#include "rastrel/platform/os/trusted_file.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -129,6 +131,10 @@ class Engine {
 
   Expected<void> ReadDevicesFile() {
     m_DevicesPath = os::DataRoot() + "/devices.txt";
+    // It names commands to run.
+    const auto trusted = os::CheckTrusted(m_DevicesPath, os::DataRoot());
+    if (!trusted && trusted.Error().error == EPERM)
+      return FailureOf("no devices: " + Describe(trusted.Error()));
     const auto text = os::ReadWholeFile(os::FromNative(m_DevicesPath), LargestDevicesFile);
     if (!text) return FailureOf("no devices: " + Describe(text.Error()));
     auto devices = devices::ReadDevices(*text);
@@ -167,6 +173,7 @@ class Engine {
     order.values.page = info->page;
     order.values.copy = ++place.delivered;
     order.values.date = m_Date;
+    order.permissions = info->access.value_or(0600);
     order.planar = m_Options.planar;
     order.progress = [this](double share) { ReportShare(share); };
     order.flushing = [this] {

@@ -6,17 +6,16 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
 #include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 
 namespace rastrel::odalis {
 namespace {
 
 constexpr unsigned HighestNumber = 1'000'000;
-constexpr mode_t FileMode = 0666;
 constexpr int HiddenNameTries = 100;
 
 /// A name in the directory that says whose it is, so that a sweep knows it for a leftover.
@@ -52,7 +51,7 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   if (errno != EINVAL && errno != ENOSYS) return -1;
   // The name is taken with an empty file first, which nobody else can do at the same time.
   const os::FileDescriptor place(
-      ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!place.IsOpen()) return -1;
   if (::rename(hidden.c_str(), path.c_str()) == 0) return 0;
   const int error = errno;
@@ -61,7 +60,8 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   return -1;
 }
 
-bool IsDirectory(const std::string& path) {
+// A link to one is none.
+bool IsDirectoryItself(const std::string& path) {
   struct stat state {};
   return ::lstat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
 }
@@ -80,10 +80,23 @@ Expected<void> FlushNames(std::span<const Publisher::Item> items) {
   return {};
 }
 
+// Or a link to one. Leaves errno.
+bool IsDirectory(const std::string& path) {
+  const int error = errno;
+  struct stat state {};
+  const bool is = ::stat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+  errno = error;
+  return is;
+}
+
 Expected<void> MakeDirectories(const std::string& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory, error);
-  if (error) return Failure{"create directory", directory, error.value()};
+  const mode_t mode = directory.starts_with(os::DataRoot() + "/") ? 0700 : 0777;
+  for (std::size_t end = 0; end != std::string::npos;) {
+    end = directory.find('/', end + 1);
+    const std::string element = directory.substr(0, end);
+    if (::mkdir(element.c_str(), mode) == 0 || IsDirectory(element)) continue;
+    return Failure{"create directory", element, errno == EEXIST ? ENOTDIR : errno};
+  }
   return {};
 }
 
@@ -111,11 +124,12 @@ OutputFile::~OutputFile() {
 }
 
 Expected<OutputFile> OutputFile::Create(const std::string& directory,
-                                        interpreter::Guardian& guardian, bool allowAnonymous) {
+                                        interpreter::Guardian& guardian, unsigned permissions,
+                                        bool allowAnonymous) {
   if (auto made = MakeDirectories(directory); !made) return made.Error();
   if (allowAnonymous) {
     os::FileDescriptor anonymous(
-        ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, FileMode));
+        ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, permissions));
     if (anonymous.IsOpen()) return OutputFile(std::move(anonymous), directory, {}, guardian);
     if (!IsWithoutAnonymousFiles(errno)) return Failure{"create a file in", directory, errno};
   }
@@ -123,7 +137,7 @@ Expected<OutputFile> OutputFile::Create(const std::string& directory,
     const std::string hidden = HiddenPath(directory);
     if (!guardian.Guard(hidden)) return FailureOf("the guardian process is gone");
     os::FileDescriptor file(
-        ::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
+        ::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions));
     if (file.IsOpen()) return OutputFile(std::move(file), directory, hidden, guardian);
     const int error = errno;
     static_cast<void>(guardian.Release(hidden));
@@ -176,7 +190,7 @@ OutputFile::Naming OutputFile::NameInPlace(const std::string& path, bool keepsRe
   }
   if (RenameHidden(m_Hidden, path) == 0) return Naming::Named;
   if (errno != EEXIST) return Naming::Failed;
-  if (IsDirectory(path)) {
+  if (IsDirectoryItself(path)) {
     errno = EISDIR;
     return Naming::Failed;
   }

@@ -16,10 +16,12 @@ namespace rastrel::odalis {
 /// a hidden one that the guardian removes if the engine is ended.
 class OutputFile {
  public:
-  /// Makes one in the directory (native path), which is made with its parents if missing. Access is
-  /// 0666 less the umask. `allowAnonymous`: try the first form.
+  /// Makes one in the directory (native path), which is made with its parents if missing: private
+  /// below the data root, else as the umask has it. `permissions` are the file's, less the umask.
+  /// `allowAnonymous`: try the first form.
   [[nodiscard]] static Expected<OutputFile> Create(const std::string& directory,
                                                    interpreter::Guardian& guardian,
+                                                   unsigned permissions,
                                                    bool allowAnonymous = true);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;

@@ -1,9 +1,12 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -19,6 +22,7 @@
 #include "pages/page_info.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/owner.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/reaper.h"
 
 namespace rastrel::corerast {
@@ -58,6 +62,21 @@ Expected<void> HandOver(const RunDirectory& directory, unsigned pages, Guardian&
   return {};
 }
 
+// The permissions of the pages' output. A starter that hands over a private copy of the job sets
+// the variable to those of the job itself.
+std::optional<unsigned> AccessOf(int job) {
+  const std::string given = os::EnvironmentValue("RASTREL_ACCESS");
+  unsigned bits = 0;
+  const char* const end = given.data() + given.size();
+  const auto [stop, error] = std::from_chars(given.data(), end, bits, 8);
+  struct stat state {};
+  if (given.empty() || error != std::errc() || stop != end) {
+    if (fstat(job, &state) != 0) return {};
+    bits = state.st_mode;
+  }
+  return (bits & 0666U) | 0600U;
+}
+
 Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char* program,
                                             Reporter& reporter) {
   interpreter::RunRequest request;
@@ -68,6 +87,7 @@ Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char*
   auto job = interpreter::OpenJob(line.job);
   if (!job) return job.Error();
   request.job = std::move(*job);
+  request.access = AccessOf(request.job.file.Get());
   request.title = std::filesystem::path(line.job).stem().string();
   if (line.prefix.empty()) return request;
   auto prefix = interpreter::OpenPrefix(line.prefix);

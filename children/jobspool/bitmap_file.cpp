@@ -118,7 +118,7 @@ Expected<void> WriteBitmapFile(const std::string& picturePath, const std::string
   const std::uint64_t pixelBytes = stride * picture->height;
   if (pixelBytes + HeadSize > UINT32_MAX) return Failure{"write", bitmap, EFBIG};
   const os::FileDescriptor file(
-      open(bitmap.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+      open(bitmap.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!file.IsOpen()) return Failure{"create", bitmap, errno};
   const auto begun = os::WriteAll(file.Get(), BitmapHead(*picture, pixelBytes, resolution));
   if (!begun) return FailureAt(bitmap, begun.Error());

@@ -40,7 +40,7 @@ constexpr double OrdinaryNumber = 1.0;
 class ArchiveFile {
  public:
   explicit ArchiveFile(const std::string& path)
-      : m_File(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
+      : m_File(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)) {
     if (!m_File.IsOpen()) m_Error = errno;
   }
 

@@ -43,6 +43,7 @@ constexpr std::array OptionTable{
     OptionRow{CutOnly, "--cut-only", "", "Ask for cut data only."},
     OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
+    OptionRow{Title, "--title", "NAME", "Name the job that comes on standard input."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
@@ -80,17 +81,17 @@ constexpr std::array OptionTable{
     OptionRow{Version, "--version", "", "Print the version."},
 };
 
-constexpr std::array PrintOptions{Printer,     Mode,         Copies,     Pages,    Spool,
-                                  KeepPs,      Planar,       Scale,      Levels,   LevelsRed,
-                                  LevelsGreen, LevelsBlue,   LevelsGray, CutColor, SaveTicket,
-                                  Box,         PasswordFile, Output,     Json,     Help};
-constexpr std::array PrefixOptions{Printer,     Mode,       Scale,      Levels,     LevelsRed,
-                                   LevelsGreen, LevelsBlue, LevelsGray, CutColor,   Preview,
-                                   Dpi,         Planar,     CutOnly,    OutputFile, Help};
+constexpr std::array PrintOptions{
+    Printer,    Mode,   Copies,       Pages,       Spool,      KeepPs,     Planar,
+    Scale,      Levels, LevelsRed,    LevelsGreen, LevelsBlue, LevelsGray, CutColor,
+    SaveTicket, Box,    PasswordFile, Title,       Output,     Json,       Help};
+constexpr std::array PrefixOptions{
+    Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
+    CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
 constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,      Scale,      Levels,
                                     LevelsRed, LevelsGreen, LevelsBlue,   LevelsGray, CutColor,
-                                    KeepPs,    Box,         PasswordFile, OutputFile, Force,
-                                    Json,      Help};
+                                    KeepPs,    Box,         PasswordFile, Title,      OutputFile,
+                                    Force,     Json,        Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
@@ -110,6 +111,7 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   KeepPs,
                                   Box,
                                   PasswordFile,
+                                  Title,
                                   Output,
                                   Force,
                                   Json,

@@ -36,6 +36,7 @@ enum class OptionId {
   CutOnly,
   Window,
   SaveTicket,
+  Title,
   Output,
   OutputFile,
   Json,

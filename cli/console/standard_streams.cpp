@@ -3,14 +3,34 @@
 #include <atomic>
 #include <cerrno>
 #include <mutex>
+#include <utility>
+#include <vector>
 
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/quiet_write.h"
+#include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::cli {
 namespace {
 
+constexpr std::size_t PieceBytes = std::size_t{256} << 10;
+
 std::atomic<bool> s_OutputFailed{false};
+std::atomic<bool> s_OutputIsResult{false};
+
+std::vector<std::pair<std::string, std::string>>& ShownPaths() {
+  static std::vector<std::pair<std::string, std::string>> paths;
+  return paths;
+}
+
+std::string Shown(std::string text) {
+  for (const auto& [path, name] : ShownPaths())
+    for (std::size_t at = 0; (at = text.find(path, at)) != text.npos; at += name.size())
+      text.replace(at, path.size(), name);
+  return text;
+}
 
 bool WriteWhole(os::StandardStream stream, std::string_view text) {
   static std::mutex mutex;
@@ -27,10 +47,43 @@ bool WriteWhole(os::StandardStream stream, std::string_view text) {
 }  // namespace
 
 void WriteOut(std::string_view text) {
-  if (!WriteWhole(os::StandardStream::Output, text)) s_OutputFailed = true;
+  if (s_OutputIsResult) return WriteError(text);
+  if (!WriteWhole(os::StandardStream::Output, Shown(std::string(text)))) s_OutputFailed = true;
 }
 
-void WriteError(std::string_view text) { WriteWhole(os::StandardStream::Error, text); }
+void WriteError(std::string_view text) {
+  WriteWhole(os::StandardStream::Error, Shown(std::string(text)));
+}
+
+void ShowPathAs(const std::string& path, const std::string& name) {
+  ShownPaths().emplace_back(path, name);
+}
+
+Expected<void> KeepOutputForResult() {
+  if (os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Output)))
+    return FailureOf(
+        "standard output is a terminal, which can't show the file: lead it into a "
+        "file or a program");
+  s_OutputIsResult = true;
+  return {};
+}
+
+Expected<void> WriteResult(std::string_view bytes) {
+  if (WriteWhole(os::StandardStream::Output, bytes)) return {};
+  return FailureOf("standard output could not be written");
+}
+
+Expected<void> WriteResultFile(const std::string& path) {
+  const auto file = os::OpenForReading(os::FromNative(path));
+  if (!file) return FailureOf(Describe(file.Error()));
+  std::string piece(PieceBytes, '\0');
+  for (;;) {
+    const auto got = os::ReadSome(file->Get(), piece.data(), piece.size());
+    if (!got) return FailureOf(Describe(FailureAt(path, got.Error())));
+    if (*got == 0) return {};
+    if (auto written = WriteResult({piece.data(), *got}); !written) return written;
+  }
+}
 
 bool OutputFailed() { return s_OutputFailed; }
 

@@ -42,6 +42,13 @@ Expected<void> WriteCopy(const InputFile& input, const std::string& target,
   return copy->Commit();
 }
 
+// A PDF's header is a file of its own.
+void WriteToOutput(const InputFile& input, const std::string& header) {
+  OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+  OrEnd(ExitStatus::JobFailed, WriteResult(header));
+  if (input.extension != ".pdf") OrEnd(ExitStatus::JobFailed, WriteResultFile(input.path));
+}
+
 }  // namespace
 
 ExitStatus HeaderCommand(const Invocation& invocation) {
@@ -51,6 +58,10 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
       OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand, "give a job header to"));
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const std::wstring header = settings.Header();
+  if (invocation.ValueOr(OptionId::OutputFile, "") == StandardOutputName) {
+    WriteToOutput(input, os::AnsiFromWide(header));
+    return ExitStatus::Done;
+  }
   if (invocation.Has(OptionId::OutputFile)) {
     const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
     static_cast<void>(PathOfTarget(target));

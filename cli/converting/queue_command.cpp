@@ -25,6 +25,7 @@
 #include "rastrel/platform/os/native_file.h"
 #include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -52,12 +53,13 @@ void WriteHeaderBeside(const ConversionSettings& settings, const std::string& so
                        const std::string& copy) {
   std::error_code error;
   if (!settings.Any() && fs::exists(HeaderBeside(source), error)) {
-    const auto copied = os::CopyNativeFile(HeaderBeside(source), HeaderBeside(copy));
+    const auto copied =
+        os::CopyNativeFile(HeaderBeside(source), HeaderBeside(copy), os::Access::Private);
     if (!copied) FailToWriteHeader(copied.Error().error);
     return;
   }
-  const auto written =
-      os::ReplaceFile(os::FromNative(HeaderBeside(copy)), os::AnsiFromWide(settings.Header()));
+  const auto written = os::ReplaceFile(os::FromNative(HeaderBeside(copy)),
+                                       os::AnsiFromWide(settings.Header()), os::Access::Private);
   if (!written) FailToWriteHeader(written.Error().error);
 }
 
@@ -74,6 +76,10 @@ void WriteHeader(const ConversionSettings& settings, const InputFile& input,
 
 std::string OutputDirectory(const Invocation& invocation) {
   std::string directory = invocation.ValueOr(OptionId::Output, ".");
+  if (directory == StandardOutputName)
+    throw CommandError(ExitStatus::WrongUse,
+                       "a conversion makes several files, and standard output takes one: name a "
+                       "directory");
   std::error_code error;
   fs::create_directories(directory, error);
   if (!fs::is_directory(directory))
@@ -96,13 +102,37 @@ void CheckPlaces(const InputFile& input, const std::string& directory, os::Exist
   }
 }
 
+// Whoever may read a directory may search it.
+fs::perms OfDirectory(unsigned access) {
+  return static_cast<fs::perms>(access | (access & 0444U) >> 2U);
+}
+
+// The results are as private as the job. No link leads out of them: its target is not changed.
+void GiveAccess(const fs::path& result, unsigned access) {
+  const auto give = [access](const fs::path& path, const fs::file_status& state) {
+    std::error_code ignored;
+    if (fs::is_directory(state)) fs::permissions(path, OfDirectory(access), ignored);
+    if (fs::is_regular_file(state)) fs::permissions(path, static_cast<fs::perms>(access), ignored);
+  };
+  std::error_code error;
+  give(result, fs::symlink_status(result, error));
+  if (!fs::is_directory(fs::symlink_status(result, error))) return;
+  for (fs::recursive_directory_iterator entry(result, error), last; !error && entry != last;
+       entry.increment(error)) {
+    std::error_code ignored;
+    give(entry->path(), entry->symlink_status(ignored));
+  }
+}
+
 // The results of the program, moved: all of them or none.
 std::vector<std::string> TakeResults(const std::string& directory, const std::set<fs::path>& before,
-                                     const std::string& target, os::Existing existing) {
+                                     const std::string& target, os::Existing existing,
+                                     unsigned access) {
   std::vector<std::string> paths;
   std::vector<os::OutputFile> files;
   for (const fs::path& name : NamesIn(directory)) {
     if (before.contains(name)) continue;
+    GiveAccess(fs::path(directory) / name, access & ~os::CurrentUmask());
     paths.push_back(PlaceOf(name, target));
     auto file = os::OutputFile::Take(fs::path(directory) / name, paths.back(), existing);
     if (!file) ThrowUnwritten(FailureAt(paths.back(), file.Error()));
@@ -180,7 +210,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
   if (!view.IsCancelled()) WriteWarnings(json);
   if (result == host::OkCommand)
-    return WriteDone(TakeResults(directory.Path(), before, target, existing), json);
+    return WriteDone(TakeResults(directory.Path(), before, target, existing, input.access), json);
   if (view.IsCancelled()) return WriteCancelled(json);
   Fail();
 }

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "cli/input/file_head.h"
+#include "cli/input/standard_input.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/text.h"
 
@@ -53,6 +54,7 @@ Expected<InputFile> InspectInput(const std::string& path, const char* verb) {
   input.path = path;
   input.safeName = SafeJobName(path.substr(path.rfind('/') + 1));
   input.extension = ExtensionOf(layout.kind);
+  input.access = AccessOf(path);
   return input;
 }
 

@@ -9,9 +9,10 @@ namespace rastrel::cli {
 
 /// A file that is to be printed or converted.
 struct InputFile {
-  std::string path;       ///< native, as given
-  std::string safeName;   ///< base name of the working copy, without extension
-  std::string extension;  ///< ".ps", ".eps" or ".pdf", by the content
+  std::string path;        ///< native, as given
+  std::string safeName;    ///< base name of the working copy, without extension
+  std::string extension;   ///< ".ps", ".eps" or ".pdf", by the content
+  unsigned access = 0600;  ///< permission bits of its results: its own, writable for its owner
 };
 
 /// Looks at the file's beginning. Fails if it is missing, unreadable, no

@@ -38,7 +38,8 @@ Expected<JobDirectory> JobDirectory::Create(bool keep) {
   for (int number = 1; number <= Attempts; ++number) {
     std::string path = stem + std::to_string(number);
     // One that is kept has no owner, so that no later command removes it.
-    const auto made = keep ? os::MakeDirectory(os::FromNative(path)) : os::MakeOwnedDirectory(path);
+    const auto made = keep ? os::MakeDirectory(os::FromNative(path), os::Access::Private)
+                           : os::MakeOwnedDirectory(path);
     if (made) return JobDirectory(std::move(path), keep);
     failure = FailureAt(path, made.Error());
     if (failure.error != EEXIST) break;
@@ -62,7 +63,7 @@ JobDirectory::~JobDirectory() {
 
 Expected<std::string> JobDirectory::CopyIn(const std::string& path, const std::string& name) const {
   std::string copy = m_Path + "/" + name;
-  const auto copied = os::CopyNativeFile(path, copy);
+  const auto copied = os::CopyNativeFile(path, copy, os::Access::Private);
   if (copied) {
     MakeReadable(copy);
     return copy;

@@ -1,6 +1,8 @@
 #include "cli/job/job_run.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <utility>
 
 #include "cli/console/json_line.h"
@@ -18,6 +20,7 @@ namespace {
 
 constexpr const char* OutputVariable = "RASTREL_OUTPUT";
 constexpr const char* PrinterVariable = "RASTREL_PRINTER";
+constexpr const char* AccessVariable = "RASTREL_ACCESS";
 
 int HighestSelected(const CJobTicket& ticket) {
   if (ticket.m_Pages.empty()) return 0;
@@ -146,6 +149,12 @@ Expected<void> SetUpOutput(const std::string& directory, const std::string& prin
   if (!printer.empty())
     static_cast<void>(os::SetEnvironmentValue(PrinterVariable, printer.c_str()));
   return {};
+}
+
+void SetUpAccess(unsigned access) {
+  std::array<char, 16> text{};
+  std::to_chars(text.data(), text.data() + text.size() - 1, access, 8);
+  static_cast<void>(os::SetEnvironmentValue(AccessVariable, text.data()));
 }
 
 }  // namespace rastrel::cli

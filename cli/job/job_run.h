@@ -63,6 +63,10 @@ template <typename Ticket>
 [[nodiscard]] ExitStatus ReportEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& record,
                                    JobView& view, int pages);
 
+/// Gives the RIP the permission bits that the job's output gets, since the job that it is handed is
+/// a private copy. REQUIRES: no job runs.
+void SetUpAccess(unsigned access);
+
 /// Makes the environment of the output engine: where files go, and the printer. Empty texts leave
 /// it as it is. Fails with a message for the user if the directory can't be made.
 [[nodiscard]] Expected<void> SetUpOutput(const std::string& directory, const std::string& printer);

@@ -101,7 +101,10 @@ ExitStatus PrefixCommand(const Invocation& invocation) {
   const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false));
   ticket->SetJobFile(os::FromNative(directory.Path() + "/" + input.safeName + input.extension));
   const std::string bytes = BytesOf(*ticket, directory);
-  if (invocation.Has(OptionId::OutputFile)) {
+  if (invocation.ValueOr(OptionId::OutputFile, "") == StandardOutputName) {
+    OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+    OrEnd(ExitStatus::JobFailed, WriteResult(bytes));
+  } else if (invocation.Has(OptionId::OutputFile)) {
     WriteFile(invocation.ValueOr(OptionId::OutputFile, ""), bytes);
   } else {
     WriteOut(ForALook(bytes));

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/console/options.h"
+#include "cli/console/standard_streams.h"
 #include "cli/console/terminal_picture.h"
 #include "cli/console/unwritten_file.h"
 #include "cli/input/input_file.h"
@@ -29,6 +30,7 @@ constexpr std::size_t PicturesShown = 4;
 constexpr const char* CantBeWritten = "the preview can't be written to";
 
 devices::FileFormat FormatOf(const std::string& target) {
+  if (target == StandardOutputName) return devices::FileFormat::Png;
   const std::string extension = std::filesystem::path(target).extension();
   if (extension == ".tif" || extension == ".tiff") return devices::FileFormat::Tiff;
   if (extension == ".png") return devices::FileFormat::Png;
@@ -76,6 +78,14 @@ void Deliver(PreviewFiles& files, const Invocation& invocation, JobRecord& recor
   }
 }
 
+void WriteTheOne(const PreviewFiles& files) {
+  if (files.Names().size() != 1)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the preview has " + std::to_string(files.Names().size()) +
+                           " files, and standard output takes one: name a file, as in -o out.png");
+  OrEnd(ExitStatus::JobFailed, WriteResultFile(files.Names().front()));
+}
+
 // Shows the first of the pictures, if the terminal can; all names were printed as they were made.
 void ShowFirst(const PreviewFiles& files) {
   for (std::size_t i = 0; i < std::min(files.Names().size(), PicturesShown); ++i) {
@@ -92,9 +102,14 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   PreviewTicket ticket;
   OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
   OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
-  const std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  std::string target = invocation.ValueOr(OptionId::OutputFile, "");
+  const bool toOutput = target == StandardOutputName;
   const devices::FileFormat format = FormatOf(target);
-  CheckTarget(target);
+  if (toOutput) {
+    OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+  } else {
+    CheckTarget(target);
+  }
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string printer = PrinterFor(format);
@@ -107,11 +122,16 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
 
   const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
   OrEnd(ExitStatus::WrongUse, SetUpOutput(directory.Path() + "/output", printer));
+  SetUpAccess(input.access);
   ticket.m_JobName = os::WideFromUtf8(input.safeName);
   const std::string copy = OrEndByCode(
       ExitStatus::JobFailed, directory.CopyIn(input.path, input.safeName + input.extension));
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
+  if (toOutput) {
+    target = directory.Path() + "/preview.png";
+    ShowPathAs(target, "standard output");
+  }
   PreviewFiles files(target, input.safeName, directory.Path() + "/finished");
   ticket.SetFilter([&files](JobEvent& event) { return !files.Hold(event); });
   JobRecord record;
@@ -119,7 +139,8 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
   if (end == JobEnd::Done) Deliver(files, invocation, record, view);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
-  if (end == JobEnd::Done && !view.IsJson()) ShowFirst(files);
+  if (end == JobEnd::Done && toOutput) WriteTheOne(files);
+  if (end == JobEnd::Done && !toOutput && !view.IsJson()) ShowFirst(files);
   return status;
 }
 

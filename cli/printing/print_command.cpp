@@ -1,9 +1,12 @@
 #include "cli/printing/print_command.h"
 
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 #include "cli/console/options.h"
+#include "cli/console/standard_streams.h"
 #include "cli/console/values.h"
 #include "cli/input/input_file.h"
 #include "cli/input/pdf_options.h"
@@ -112,6 +115,7 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   const std::string copy =
       OrEndByCode(ExitStatus::JobFailed, directory.CopyIn(input.path, name + input.extension));
 
+  SetUpAccess(input.access);
   PrintTicket ticket;
   Fill(ticket, request, name, copy);
   JobRecord record;
@@ -132,6 +136,33 @@ ExitStatus PrintFile(const PrintRequest& request, const InputFile& input, JobVie
   return status;
 }
 
+// The one file of the job, from the directory that all go to.
+void WriteTheOne(const std::string& directory) {
+  std::vector<std::string> files;
+  std::error_code error;
+  for (std::filesystem::recursive_directory_iterator entry(directory, error), last;
+       !error && entry != last; entry.increment(error))
+    if (entry->is_regular_file()) files.push_back(entry->path().string());
+  if (files.size() != 1)
+    throw CommandError(ExitStatus::JobFailed,
+                       "the job made " + std::to_string(files.size()) +
+                           " files, and standard output takes one: name a directory, or choose "
+                           "one page with --pages");
+  OrEnd(ExitStatus::JobFailed, WriteResultFile(files.front()));
+}
+
+// A place for the file that goes to standard output; nothing if the files go elsewhere.
+std::optional<JobDirectory> PlaceOfResult(const Invocation& invocation) {
+  if (invocation.ValueOr(OptionId::Output, "") != StandardOutputName) return {};
+  if (invocation.operands.size() > 1)
+    throw CommandError(ExitStatus::WrongUse,
+                       "standard output takes one file: print the files one by one");
+  OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+  auto place = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false));
+  ShowPathAs(place.Path() + "/output", "standard output");
+  return place;
+}
+
 }  // namespace
 
 ExitStatus PrintCommand(const Invocation& invocation) {
@@ -140,20 +171,23 @@ ExitStatus PrintCommand(const Invocation& invocation) {
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   const PrintRequest request = CheckRequest(invocation);
   // The pages' own description names the printer; a variable that is set would count for more.
+  const std::optional<JobDirectory> result = PlaceOfResult(invocation);
   OrEnd(ExitStatus::WrongUse,
-        SetUpOutput(invocation.ValueOr(OptionId::Output, ""), request.printer));
+        SetUpOutput(result ? result->Path() + "/output" : invocation.ValueOr(OptionId::Output, ""),
+                    request.printer));
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
 
   // A job that fails does not keep the files after it from being printed; its status is returned.
-  ExitStatus result = ExitStatus::Done;
+  ExitStatus worst = ExitStatus::Done;
   for (const InputFile& input : request.inputs) {
     if (request.inputs.size() > 1) view.Begin(input.path);
     const ExitStatus status = PrintFile(request, input, view, *stop);
-    if (result == ExitStatus::Done) result = status;
+    if (worst == ExitStatus::Done) worst = status;
     if (status == ExitStatus::Cancelled) return status;
   }
-  return result;
+  if (result && worst == ExitStatus::Done) WriteTheOne(result->Path() + "/output");
+  return worst;
 }
 
 }  // namespace rastrel::cli

@@ -45,7 +45,8 @@ Expected<void> CopyTo(const std::string& source, const std::string& target,
                       const cfm::KeptJob& job) {
   if (auto space = CheckSpace(job); !space) return space;
   const std::string hidden = SpoolDirectory() + "/.copy-" + std::to_string(os::CurrentProcessId());
-  if (auto made = os::MakeDirectory(os::FromNative(hidden)); !made) return made;
+  if (auto made = os::MakeDirectory(os::FromNative(hidden), os::Access::Private); !made)
+    return made;
   if (const auto own = os::IdentityOfProcess(os::CurrentProcessId()))
     static_cast<void>(os::WriteOwner(hidden, *own));
   const auto copy = [&]() -> Expected<void> {

@@ -30,8 +30,6 @@ using sheet::WorkProgress;
 using sheet::Workspace;
 using spreadsheet::Source;
 
-constexpr const char* StandardOutputName = "-";
-
 /// Where the text goes; empty for standard output.
 std::string TargetOf(const Invocation& invocation) {
   const std::string target = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);

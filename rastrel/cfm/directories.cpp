@@ -15,7 +15,7 @@ bool CopyTree(const wchar_t* source, const wchar_t* destination) {
 }
 
 bool MakeDirectoryPath(const wchar_t* path) {
-  return path != nullptr && rastrel::os::MakePath(path);
+  return path != nullptr && rastrel::os::MakePath(path, rastrel::os::Access::Private);
 }
 
 std::uint64_t GetTreeSize(const wchar_t* path) {

@@ -201,8 +201,8 @@ Expected<KeptJob> BeginKeptJob(const CCFMFile& pages, const std::string& directo
     return removed.Error();
   auto job = NotePages(pages);
   if (!job) return job;
-  const auto written =
-      os::ReplaceFile(os::FromNative(PathIn(directory, UnfinishedJobName)), FormatKeptJob(*job));
+  const auto written = os::ReplaceFile(os::FromNative(PathIn(directory, UnfinishedJobName)),
+                                       FormatKeptJob(*job), os::Access::Private);
   if (!written) return written.Error();
   return job;
 }
@@ -216,8 +216,8 @@ Expected<void> FinishKeptJob(const KeptJob& job, const std::string& directory) {
   }
   for (const std::string& names : {directory, directory + "/.."})
     if (auto flushed = os::FlushNamesIn(names); !flushed) return flushed;
-  const auto written =
-      os::ReplaceFile(os::FromNative(PathIn(directory, KeptJobName)), FormatKeptJob(finished));
+  const auto written = os::ReplaceFile(os::FromNative(PathIn(directory, KeptJobName)),
+                                       FormatKeptJob(finished), os::Access::Private);
   if (written) ForgetUnfinishedJob(directory);
   return written;
 }

@@ -26,7 +26,7 @@ std::wstring MakeCopy(const wchar_t* path) {
   std::wstring copy;
   if (!conversion::MakeRipTempName(copy, L".ps")) return {};
   copy = os::LowerAscii(copy);
-  if (!os::CopyFileOver(path, copy)) return {};
+  if (!os::CopyFileOver(path, copy, os::Access::Private)) return {};
   const CPS2CutData noCutLine;
   if (!conversion::WriteJobHeader(copy.c_str(), nullptr, &noCutLine, &noCutLine, nullptr))
     return {};

@@ -13,7 +13,7 @@ namespace {
 // Makes the new file. A failure to read or write leaves it where it is: it may be all that a disk
 // that fails has left of the data.
 bool MakeJoined(const std::wstring& joined, std::wstring_view file, const std::string& head) {
-  const auto target = os::CreateForWriting(joined);
+  const auto target = os::CreateForWriting(joined, os::Access::Private);
   if (!target) return false;
   const auto source = os::OpenRegularFile(file);
   if (!source) {

@@ -7,6 +7,7 @@
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/trusted_file.h"
 
 namespace rastrel::job {
 namespace {
@@ -34,10 +35,25 @@ Expected<void> CheckLog() {
 
 }  // namespace
 
+Expected<void> CheckTrustedParts() {
+  const CExePaths& paths = CExePaths::Instance();
+  const std::string root = os::DataRoot();
+  for (const std::wstring& part :
+       {paths.m_RipExe, paths.m_OdalisExe, paths.m_QueueExe, os::FromNative(root + "/settings.ini"),
+        os::FromNative(root + "/devices.txt")}) {
+    // A missing one is reported where it is needed.
+    if (!os::Exists(part)) continue;
+    if (const auto trusted = os::CheckTrusted(os::ToNative(part), root); !trusted)
+      return FailureOf(Describe(trusted.Error()));
+  }
+  return {};
+}
+
 Expected<void> CheckPrintFiles() {
   // The children and the prefix lie below it, and their paths go through command lines.
   const std::string ripDirectory = NativeDirectory(CExePaths::Instance().m_RipDir);
   if (auto named = os::CheckForCommandLine(ripDirectory); !named) return named;
+  if (auto trusted = CheckTrustedParts(); !trusted) return trusted;
   if (auto log = CheckLog(); !log) return log;
   const CExePaths& paths = CExePaths::Instance();
   for (const std::wstring& directory : {paths.m_RipDir, paths.m_CFMDir}) {
@@ -52,7 +68,7 @@ std::string WhyNotWritable(const std::string& directory) {
   if (!os::Exists(wide)) return "there is no directory '" + directory + "'";
   if (!os::IsDirectory(wide)) return "'" + directory + "' is no directory";
   const std::wstring name = wide + L"/" + os::FromNative(os::OwnTemporaryName());
-  const auto file = os::CreateForWriting(name);
+  const auto file = os::CreateForWriting(name, os::Access::Private);
   if (!file) return Describe(file.Error());
   return os::RemoveFile(name) ? std::string()
                               : "a file made in '" + directory + "' can't be removed";

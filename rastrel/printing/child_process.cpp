@@ -1,5 +1,6 @@
 #include "rastrel/printing/child_process.h"
 
+#include <cerrno>
 #include <cstring>
 #include <string_view>
 
@@ -8,6 +9,7 @@
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/trusted_file.h"
 #include "rastrel/printing/command_line.h"
 
 namespace os = rastrel::os;
@@ -67,6 +69,13 @@ void CCPHelper::GetCommandLine(std::wstring& target) const {
 bool CCPHelper::Start() {
   if (m_Environment.Data() == nullptr) {
     CAppLog::Instance().Write("[Print] Low on resources");
+    return false;
+  }
+  // A missing program is the system's to name.
+  const auto trusted = os::CheckTrusted(os::ToNative(m_Executable), os::DataRoot());
+  if (!trusted && trusted.Error().error == EPERM) {
+    CAppLog::Instance().Printf(L"[Print] Couldn't start a program: %s",
+                               os::WideFromUtf8(Describe(trusted.Error())));
     return false;
   }
   std::wstring commandLine;

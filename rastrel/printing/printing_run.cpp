@@ -216,7 +216,7 @@ bool CPrintingThread::SpoolPages(CCFMFile& pages) {
 }
 
 void CPrintingThread::PrepareSpoolDirectory(const std::wstring& directory) {
-  static_cast<void>(os::MakeDirectory(directory));  // an existing one is fine
+  static_cast<void>(os::MakeDirectory(directory, os::Access::Private));  // an existing one is fine
   const auto readOnly = os::IsReadOnly(directory);
   if (!readOnly) {
     CAppLog::Instance().Printf(L"[Print] Warning: Can't check attributes on '%s', errno: %i",

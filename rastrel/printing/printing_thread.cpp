@@ -6,12 +6,31 @@
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/thread.h"
+#include "rastrel/platform/os/trusted_file.h"
 #include "rastrel/printing/held_semaphore.h"
 
 namespace os = rastrel::os;
 
 namespace PrintingThread {
+
+namespace {
+
+// The job would fail at the start of that program all the same; so nothing has been rendered by
+// then.
+bool MayRun(const std::wstring& program, CJobTicket& ticket, JT_ERROR error) {
+  const auto trusted = os::CheckTrusted(os::ToNative(program), os::DataRoot());
+  if (trusted) return true;
+  const std::wstring why = os::WideFromUtf8(Describe(trusted.Error()));
+  CAppLog::Instance().Printf(L"[Print]: A program is not run: %s", why);
+  ticket.Log(L"A program is not run: %s", why.c_str());
+  ticket.Error(error, JTO_SYSTEM);
+  return false;
+}
+
+}  // namespace
 
 CPrintingThread::CPrintingThread(CJobTicket* ticket) : m_pTicket(ticket) {}
 
@@ -34,6 +53,9 @@ bool CPrintingThread::Start() {
     m_pTicket->Error(JTE_ODALIS_MISSING, JTO_SYSTEM);
     return false;
   }
+  if (!MayRun(CExePaths::Instance().m_RipExe, *m_pTicket, JTE_RIP_MISSING) ||
+      !MayRun(CExePaths::Instance().m_OdalisExe, *m_pTicket, JTE_ODALIS_MISSING))
+    return false;
   m_hThread = os::Thread::Start([this] {
     ThreadMain();
     m_bEnded = true;

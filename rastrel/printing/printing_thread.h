@@ -28,9 +28,10 @@ class RASTREL_API CPrintingThread {
   /// Joins.
   virtual ~CPrintingThread();
 
-  /// Checks that both child programs exist and starts the thread. Called on the host's thread,
-  /// once. False if a program is missing or the system has no semaphore or thread to give. The
-  /// application log has the reason; a missing program is an error on the ticket too.
+  /// Checks that both child programs exist and that nobody else may change them, and starts the
+  /// thread. Called on the host's thread, once. False if a program is missing or not to be trusted,
+  /// or the system has no semaphore or thread to give. The application log has the reason; a
+  /// program that is missing or not trusted is an error on the ticket too.
   [[nodiscard]] bool Start();
   /// Waits for the thread, without a time limit, and frees the run's resources. Does nothing
   /// without a thread. Called on the host's thread.

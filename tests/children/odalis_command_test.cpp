@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -67,6 +68,37 @@ TEST_F(CommandDevice, gets_the_file_by_its_path_and_on_its_input) {
   EXPECT_TRUE(run->Lines("OUTPUT: ").empty());
   EXPECT_EQ(NamesIn(Scratch()), Names{});
   EXPECT_FALSE(PageIsThere());  // once
+}
+
+TEST_F(CommandDevice, is_not_found_in_a_relative_directory_of_the_path) {
+  const std::string bin = Root() + "/bin";
+  WriteFile(bin + "/deliver-here", "#!/bin/sh\ntouch '" + Root() + "/ran'\n");
+  chmod((bin + "/deliver-here").c_str(), 0755);
+  const std::string relative = std::filesystem::relative(bin).string();
+  WriteFile(Root() + "/devices.txt",
+            "[Cmd]\nkind = command\nformat = pdf\ncommand = deliver-here\n");
+  const auto run = [&](const std::string& path) {
+    EngineRun engine(Root(), Cfm2(Root() + "/pages/", {{"p1"}}), Names{"PATH=" + path});
+    engine.Finish();
+    return engine.Status();
+  };
+  EXPECT_NE(run(relative + "::."), 0);
+  EXPECT_FALSE(std::filesystem::exists(Root() + "/ran"));
+  EXPECT_EQ(run(relative + ":" + bin), 0);
+  EXPECT_TRUE(std::filesystem::exists(Root() + "/ran"));
+}
+
+TEST_F(CommandDevice, that_others_may_change_is_not_run) {
+  const std::string script = Script("touch '" + Root() + "/ran'\n");
+  chmod(script.c_str(), 0757);
+  EXPECT_EQ(ReadFile(Root() + "/ran"), "");
+  const auto run = Start(script);
+  run->Finish();
+  EXPECT_NE(run->Status(), 0);
+  EXPECT_NE(run->Report().find("trust '" + script + "': every user may write to it"),
+            std::string::npos)
+      << run->Report();
+  EXPECT_FALSE(std::filesystem::exists(Root() + "/ran"));
 }
 
 TEST_F(CommandDevice, is_run_for_each_plane) {

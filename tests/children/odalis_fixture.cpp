@@ -211,8 +211,9 @@ EngineRun::EngineRun(const std::string& root, const std::string& input,
     WriteFile(root + "/input.cfm2", input);
     from = open((root + "/input.cfm2").c_str(), O_RDONLY | O_CLOEXEC);
   }
-  std::vector<std::string> words = {"RASTREL_HOME=" + root, "PATH=/usr/bin:/bin"};
+  std::vector<std::string> words = {"RASTREL_HOME=" + root};
   words.insert(words.end(), settings.begin(), settings.end());
+  words.emplace_back("PATH=/usr/bin:/bin");  // of two with one name the first counts
   std::vector<char*> environment;
   for (std::string& word : words) environment.push_back(word.data());
   environment.push_back(nullptr);

@@ -75,7 +75,7 @@ struct Entry {
 /// The engine's program, started in a data root.
 class EngineRun {
  public:
-  /// `settings`: "NAME=value" each, besides RASTREL_HOME and PATH.
+  /// `settings`: "NAME=value" each, besides RASTREL_HOME, and PATH unless one of them is that.
   EngineRun(const std::string& root, const std::string& input,
             const std::vector<std::string>& settings = {}, bool planar = false,
             bool closeOutput = false);

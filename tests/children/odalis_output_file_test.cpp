@@ -13,6 +13,7 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/owner.h"
 #include "tests/children/odalis_fixture.h"
+#include "tests/support/umask_guard.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -36,8 +37,10 @@ class OutputFiles : public ::testing::TestWithParam<bool> {
   }
   Names All() const { return NamesIn(m_Directory.Path() + "/out"); }
 
+  unsigned m_Permissions = 0666;
   std::optional<OutputFile> Make(const std::string& content) {
-    auto file = OutputFile::Create(m_Directory.Path() + "/out", *m_Guardian, GetParam());
+    auto file =
+        OutputFile::Create(m_Directory.Path() + "/out", *m_Guardian, m_Permissions, GetParam());
     if (!file || !os::WriteAll(file->Descriptor(), content)) return std::nullopt;
     return std::move(*file);
   }
@@ -172,12 +175,23 @@ TEST_P(OutputFiles, access_follows_the_umask) {
   EXPECT_EQ(state.st_mode & 0777u, 0640u);
 }
 
+TEST_P(OutputFiles, access_is_no_wider_than_the_jobs_whatever_the_umask) {
+  const test::UmaskGuard open(0);
+  m_Permissions = 0640;
+  auto file = Make("x");
+  ASSERT_EQ(file->Name(Path("a")), OutputFile::Naming::Named);
+  struct stat state {};
+  ASSERT_EQ(stat(Path("a").c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 0777U, 0640U);
+}
+
 TEST_P(OutputFiles, a_killed_process_leaves_none) {
   const pid_t child = fork();
   if (child == 0) {
     auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
     if (!guardian) _exit(1);
-    auto file = OutputFile::Create(Path("").substr(0, Path("").size() - 1), *guardian, GetParam());
+    auto file =
+        OutputFile::Create(Path("").substr(0, Path("").size() - 1), *guardian, 0600, GetParam());
     if (!file || !os::WriteAll(file->Descriptor(), "half")) _exit(2);
     const bool hidden = NamesIn(Path("")).size() == 1;
     if (hidden == GetParam()) _exit(3);

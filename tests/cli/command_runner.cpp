@@ -1,9 +1,12 @@
 #include "tests/cli/command_runner.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -44,6 +47,16 @@ while read -r key sign value; do
 done
 echo "printer is $RASTREL_PRINTER" >&2
 )";
+
+// The reading end of a pipe that holds the bytes and ends after them.
+Expected<os::FileDescriptor> PipeWith(const std::string& bytes) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe2", {}, errno};
+  os::FileDescriptor reading(ends[0]);
+  const os::FileDescriptor writing(ends[1]);
+  if (const auto written = os::WriteAll(writing.Get(), bytes); !written) return written.Error();
+  return reading;
+}
 
 bool IsReplaced(const std::string& entry, const std::vector<std::string>& variables) {
   const std::string name = entry.substr(0, entry.find('=') + 1);
@@ -107,12 +120,12 @@ void CommandRunner::Launch(const std::vector<std::string>& arguments) {
   for (const std::string& entry : os::EnvironmentEntries())
     if (!IsReplaced(entry, m_Variables)) request.environment.push_back(entry);
   request.directory = m_Place.Path();
-  const auto input = os::OpenForReading(L"/dev/null");
+  const auto input = m_Input ? PipeWith(*m_Input) : os::OpenForReading(L"/dev/null");
   const auto output = os::CreateForWriting(m_Scratch.Wide("output"));
   const auto error = os::CreateForWriting(m_Scratch.Wide("error"));
   ASSERT_TRUE(input && output && error);
   request.standardInput = input->Get();
-  request.standardOutput = output->Get();
+  request.standardOutput = m_Output != INVALID_HANDLE_VALUE ? m_Output : output->Get();
   request.standardError = error->Get();
   const auto child = os::Spawn(request);
   ASSERT_TRUE(child) << Describe(child.Error());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,11 @@ class CommandRunner {
     m_Variables.push_back(name + "=" + value);
   }
 
+  /// Gives each later run these bytes, at most 64 KiB, by a pipe on its standard input.
+  void SetInput(const std::string& bytes) { m_Input = bytes; }
+  /// Gives each later run this for standard output, in place of a file; the caller's to close.
+  void SetOutput(HANDLE output) { m_Output = output; }
+
   /// Runs the command in Place() and waits for its end.
   [[nodiscard]] CommandResult Run(const std::vector<std::string>& arguments);
   /// Starts it, and waits until `text` has appeared on its standard error or output.
@@ -72,6 +78,8 @@ class CommandRunner {
   ScratchDirectory m_Scratch;
   ScratchDirectory m_Place;
   std::vector<std::string> m_Variables;
+  std::optional<std::string> m_Input;  // nothing: /dev/null
+  HANDLE m_Output = INVALID_HANDLE_VALUE;
   HANDLE m_Process = INVALID_HANDLE_VALUE;
   unsigned m_ProcessId = 0;
 };

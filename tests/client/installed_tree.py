@@ -4,6 +4,7 @@ The build tree is out of reach of the client: what it prints with is what was in
 """
 
 import argparse
+import contextlib
 import os
 import pathlib
 import shlex
@@ -28,10 +29,26 @@ def call(*command, **options):
 def install(options, place):
     """The prefix, moved after it was installed: nothing in it may depend on where it lay."""
     first = place / "first"
-    call(options.cmake, "--install", options.build, "--prefix", first)
+    with keeping_the_manifest(options.build):
+        call(options.cmake, "--install", options.build, "--prefix", first)
     prefix = place / "a prefix"
     first.rename(prefix)
     return prefix
+
+
+@contextlib.contextmanager
+def keeping_the_manifest(build):
+    """The manifest is that of the last installation, which a test's own must not become: with it
+    goes the way to uninstall."""
+    manifest = build / "install_manifest.txt"
+    before = manifest.read_bytes() if manifest.exists() else None
+    try:
+        yield manifest
+    finally:
+        if before is None:
+            manifest.unlink(missing_ok=True)
+        else:
+            manifest.write_bytes(before)
 
 
 def copy_sources(options, place):
@@ -61,7 +78,7 @@ def build_with_pkg_config(options, prefix, place):
     programs = place / "client"
     programs.mkdir()
     for source in sorted(copy_sources(options, place).glob("*.cpp")):
-        call(options.compiler, "-std=c++20", source, "-o", programs / source.stem, *flags)
+        call(options.compiler, source, "-o", programs / source.stem, *flags)
     return programs
 
 

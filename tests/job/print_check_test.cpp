@@ -31,6 +31,29 @@ TEST_F(PrintCheck, of_a_data_root_that_can_be_written_succeeds_and_leaves_the_lo
   EXPECT_TRUE(fs::is_empty(Root().Path("Queue/rip/CFM")));
 }
 
+TEST_F(PrintCheck, names_the_program_or_setting_that_others_may_change) {
+  for (const char* name : {"Queue/rip/corerast.exe", "Queue/rip/coreodalis.exe",
+                           "Queue/JobSpool.exe", "settings.ini", "devices.txt"}) {
+    Root().Write(name, "");
+    fs::permissions(Root().Path(name), fs::perms(0622));
+    const auto checked = CheckPrintFiles();
+    ASSERT_FALSE(checked) << name;
+    EXPECT_EQ(Describe(checked.Error()),
+              "trust '" + Root().Path(name) + "': every user may write to it");
+    fs::permissions(Root().Path(name), fs::perms(0600));
+    EXPECT_TRUE(CheckPrintFiles()) << name;
+  }
+}
+
+TEST_F(PrintCheck, names_the_directory_in_which_others_may_replace_a_program) {
+  Root().Write("Queue/rip/corerast.exe", "");
+  fs::permissions(Root().Path("Queue"), fs::perms(0707));
+  const auto checked = CheckPrintFiles();
+  ASSERT_FALSE(checked);
+  EXPECT_EQ(Describe(checked.Error()),
+            "trust '" + Root().Path("Queue") + "': every user may write to it");
+}
+
 TEST_F(PrintCheck, keeps_the_text_of_a_log_that_is_open) {
   CAppLog::Instance().Write("an entry");
   const std::string before = m_Library.Log();

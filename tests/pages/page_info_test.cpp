@@ -114,6 +114,21 @@ TEST(PageInfo, may_lack_job_printer_and_mode) {
   EXPECT_EQ(read->job + read->printer + read->mode, "");
 }
 
+// Written by hand after docs/formats/page-directory.md.
+TEST(PageInfo, may_have_the_access_of_its_job) {
+  pages::PageInfo info = Sample();
+  EXPECT_EQ(pages::FormatPageInfo(info), SampleText) << "none is known";
+  info.access = 0640;
+  const std::string text = Replaced(SampleText, "page: 2\n", "access: 0640\npage: 2\n");
+  EXPECT_EQ(pages::FormatPageInfo(info), text);
+  const auto read = pages::ParsePageInfo(text);
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ(read->access, 0640U);
+  for (const char* wrong : {"0755", "0440", "06400", "689", "", "-1"})
+    EXPECT_EQ(Complaint(Replaced(text, "0640", wrong)), "line 5: not the permissions of a file")
+        << wrong;
+}
+
 TEST(PageInfo, is_refused_when_cut_at_any_byte) {
   for (std::size_t length = 0; length < SampleText.size(); ++length) {
     EXPECT_FALSE(pages::ParsePageInfo(SampleText.substr(0, length))) << length;

@@ -345,6 +345,22 @@ TEST_F(PrintJob, without_both_programs_reports_the_rip_alone) {
   EXPECT_EQ(m_Ticket.GetPrintThread(), nullptr);
 }
 
+TEST_F(PrintJob, whose_program_others_may_change_is_refused_before_anything_runs) {
+  for (const char* name : {"corerast.exe", "coreodalis.exe"}) {
+    const std::string native = Root().Path("Queue/rip/") + name;
+    std::filesystem::permissions(native, std::filesystem::perms(0757));
+    m_Mark = m_Library.LogMark();
+    m_Ticket.SetDefaults();
+    EXPECT_FALSE(m_Ticket.PrintJob()) << name;
+    EXPECT_EQ(m_Ticket.GetPrintThread(), nullptr);
+    EXPECT_TRUE(HasLogged("[Print]: A program is not run: trust '" + native +
+                          "': every user may write to it|"))
+        << m_Library.Log();
+    EXPECT_EQ(m_Ticket.m_Error, name[4] == 'r' ? JTE_RIP_MISSING : JTE_ODALIS_MISSING);
+    std::filesystem::permissions(native, std::filesystem::perms(0755));
+  }
+}
+
 TEST_F(PrintJob, without_the_output_engine_is_refused_also_if_it_only_needs_the_rip) {
   std::filesystem::remove(Root().Path("Queue/rip/coreodalis.exe"));
   m_Ticket.SetRIPInstallJob();

@@ -16,6 +16,6 @@ CBaseDir::CBaseDir(path_type type, const wchar_t* subdirectory, bool create)
     m_Wide += subdirectory;
   }
   // A constructor has no failing result: the first use of the directory shows it.
-  if (create) static_cast<void>(os::MakePath(m_Wide));
+  if (create) static_cast<void>(os::MakePath(m_Wide, os::Access::Private));
   m_Narrow = os::Utf8FromWide(m_Wide);
 }

@@ -25,7 +25,7 @@ constexpr const char* OwnerAttribute = "user.rastrel.owner";
 
 Expected<FileDescriptor> Open(const std::string& path, int flags) {
   constexpr int common = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  return TakeDescriptor(::open(path.c_str(), flags | common, 0666), "open", path);
+  return TakeDescriptor(::open(path.c_str(), flags | common, 0600), "open", path);
 }
 
 bool BeginsWith(int descriptor, std::string_view head) {

@@ -16,7 +16,7 @@ namespace rastrel::os {
 /// Move-only; a moved-from one does nothing. Any thread.
 class ClaimedFile {
  public:
-  /// Makes a new file, by native path, with mode 0666 less the umask. EEXIST if anything has the
+  /// Makes a new file, by native path, with mode 0600. EEXIST if anything has the
   /// name, a link included.
   [[nodiscard]] static Expected<ClaimedFile> Create(std::string path);
   /// Takes a file that is there: a regular one that begins with `head`, is no link and may be read

@@ -26,10 +26,15 @@ FileDescriptor OpenSource(FileAt source, LinksInSource links, struct stat& state
   return {};
 }
 
+mode_t ModeOfCopy(const struct stat& source, Access access) {
+  if (access == Access::Private) return (source.st_mode & S_IRWXU) | S_IRUSR | S_IWUSR;
+  return source.st_mode & 0777U;
+}
+
 // Opens the target empty. The source itself is recognised before anything is cut off.
-FileDescriptor OpenTarget(FileAt target, const struct stat& source) {
+FileDescriptor OpenTarget(FileAt target, const struct stat& source, mode_t permissions) {
   const int flags = O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  const mode_t mode = (source.st_mode & 0777U) | S_IWUSR;
+  const mode_t mode = permissions | S_IWUSR;
   FileDescriptor file(::openat(target.directory, target.name, flags | O_CREAT | O_EXCL, mode));
   if (file.IsOpen() || errno != EEXIST) return file;
   file.Reset(::openat(target.directory, target.name, flags | O_CREAT, mode));
@@ -59,10 +64,11 @@ Expected<void> CopyContent(int source, int target, std::uint64_t size) {
   return AppendContent(target, source);
 }
 
-Expected<void> Fill(int source, int target, const struct stat& state, const char* name) {
+Expected<void> Fill(int source, int target, const struct stat& state, mode_t permissions,
+                    const char* name) {
   const auto copied = CopyContent(source, target, static_cast<std::uint64_t>(state.st_size));
   if (!copied) return Failure{"write", name, copied.Error().error};
-  if (::fchmod(target, state.st_mode & 0777U) != 0) return Failure{"fchmod", name, errno};
+  if (::fchmod(target, permissions) != 0) return Failure{"fchmod", name, errno};
   const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, state.st_mtim};
   if (::futimens(target, times) != 0) return Failure{"futimens", name, errno};
   return {};
@@ -70,13 +76,14 @@ Expected<void> Fill(int source, int target, const struct stat& state, const char
 
 }  // namespace
 
-Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links) {
+Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links, Access access) {
   struct stat state {};
   const FileDescriptor from = OpenSource(source, links, state);
   if (!from.IsOpen()) return Failure{"open", source.name, errno};
-  const FileDescriptor to = OpenTarget(target, state);
+  const mode_t permissions = ModeOfCopy(state, access);
+  const FileDescriptor to = OpenTarget(target, state, permissions);
   if (!to.IsOpen()) return Failure{"create", target.name, errno};
-  auto filled = Fill(from.Get(), to.Get(), state, target.name);
+  auto filled = Fill(from.Get(), to.Get(), state, permissions, target.name);
   if (!filled) ::unlinkat(target.directory, target.name, 0);
   return filled;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file.h"
 
 /// Copying of single files by native name, below open directories. CopyFileOver and CopyTreeInto
 /// share it.
@@ -18,7 +19,8 @@ enum class LinksInSource { Followed, Refused };
 /// Copies a regular file's content, permission bits and modification time over the target, which is
 /// made if it is missing. A target that is the source itself is a failure (EINVAL) and stays whole;
 /// any other failure removes an incomplete target. The Failure's `what` is the call ("open" of the
-/// source, any other of the target), and `where` the name as given.
-[[nodiscard]] Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links);
+/// source, any other of the target), and `where` the name as given. `access`: see CopyFileOver.
+[[nodiscard]] Expected<void> CopyFileAt(FileAt source, FileAt target, LinksInSource links,
+                                        Access access = Access::ByUmask);
 
 }  // namespace rastrel::os

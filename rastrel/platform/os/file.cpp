@@ -28,6 +28,8 @@ Failure FailureOf(const char* operation, std::string subject) {
   return {operation, std::move(subject), error};
 }
 
+mode_t FileMode(Access access) { return access == Access::Private ? 0600 : 0666; }
+
 Expected<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
   return TakeDescriptor(Calls().open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode), "open",
                         path);
@@ -53,13 +55,13 @@ Expected<std::string> ReadToEnd(int descriptor, const std::string& path, std::ui
 }
 
 // A file in the directory of `target` under a name that nothing else has.
-Expected<FileDescriptor> OpenBeside(const std::string& target, std::string& name) {
+Expected<FileDescriptor> OpenBeside(const std::string& target, Access access, std::string& name) {
   const std::size_t separator = target.rfind('/');
   const std::string directory =
       separator == std::string::npos ? std::string() : target.substr(0, separator + 1);
   for (;;) {
     name = directory + OwnTemporaryName();
-    Expected<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    Expected<FileDescriptor> file = Open(name, O_WRONLY | O_CREAT | O_EXCL, FileMode(access));
     if (file || file.Error().error != EEXIST) return file;
   }
 }
@@ -130,9 +132,10 @@ Expected<FileStamp> StampOf(std::wstring_view path) {
                                state.st_mtim.tv_nsec};
 }
 
-Expected<void> MakeDirectory(std::wstring_view path) {
+Expected<void> MakeDirectory(std::wstring_view path, Access access) {
   const std::string native = ToNative(path);
-  if (::mkdir(native.c_str(), 0777) != 0) return FailureOf("mkdir", native);
+  if (::mkdir(native.c_str(), access == Access::Private ? 0700 : 0777) != 0)
+    return FailureOf("mkdir", native);
   return {};
 }
 
@@ -176,16 +179,17 @@ Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit)
   return ReadToEnd(file->Get(), native, size, limit);
 }
 
-Expected<void> ReplaceFile(std::wstring_view path, std::string_view content) {
+Expected<void> ReplaceFile(std::wstring_view path, std::string_view content, Access access) {
   const std::string target = BehindLinks(ToNative(path));
   struct stat old {};
   const bool existed = ::stat(target.c_str(), &old) == 0;
   if (existed && !S_ISREG(old.st_mode))
     return Failure{"rename", target, S_ISDIR(old.st_mode) ? EISDIR : EINVAL};
   std::string temporary;
-  const Expected<FileDescriptor> file = OpenBeside(target, temporary);
+  const Expected<FileDescriptor> file = OpenBeside(target, access, temporary);
   if (!file) return file.Error();
-  auto replaced = FillAndRename(*file, temporary, target, content, existed ? &old : nullptr);
+  const bool inherits = existed && access != Access::Private;
+  auto replaced = FillAndRename(*file, temporary, target, content, inherits ? &old : nullptr);
   if (!replaced) {
     ::unlink(temporary.c_str());
     return replaced;
@@ -194,8 +198,8 @@ Expected<void> ReplaceFile(std::wstring_view path, std::string_view content) {
   return {};
 }
 
-Expected<FileDescriptor> CreateForWriting(std::wstring_view path) {
-  return Open(ToNative(path), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+Expected<FileDescriptor> CreateForWriting(std::wstring_view path, Access access) {
+  return Open(ToNative(path), O_WRONLY | O_CREAT | O_TRUNC, FileMode(access));
 }
 
 Expected<FileDescriptor> CreateLog(std::wstring_view path) {
@@ -220,9 +224,9 @@ Expected<void> WriteAll(int descriptor, std::string_view bytes) {
   return {};
 }
 
-Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target) {
+Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target, Access access) {
   return CopyFileAt({AT_FDCWD, ToNative(source).c_str()}, {AT_FDCWD, ToNative(target).c_str()},
-                    LinksInSource::Followed);
+                    LinksInSource::Followed, access);
 }
 
 void WriteToStandardError(std::string_view bytes) {

@@ -32,8 +32,14 @@ struct FileStamp {
 };
 [[nodiscard]] Expected<FileStamp> StampOf(std::wstring_view path);
 
-/// Creates one directory with mode 0777 less the umask. `Failure` also if it exists (EEXIST).
-[[nodiscard]] Expected<void> MakeDirectory(std::wstring_view path);
+/// Who may reach a file or directory that is made.
+enum class Access {
+  ByUmask,  ///< whoever the umask lets: 0666 or 0777 less it
+  Private,  ///< this user alone, whatever the umask: 0600 or 0700
+};
+
+/// Creates one directory. `Failure` also if it exists (EEXIST).
+[[nodiscard]] Expected<void> MakeDirectory(std::wstring_view path, Access access = Access::ByUmask);
 /// Removes a file or link (never a directory).
 [[nodiscard]] Expected<void> RemoveFile(std::wstring_view path);
 /// Gives a file another name on the same file system, and replaces a file of that name. The
@@ -49,12 +55,15 @@ struct FileStamp {
 /// regular file (EINVAL); never blocks on a pipe.
 [[nodiscard]] Expected<std::string> ReadWholeFile(std::wstring_view path, std::uint64_t limit);
 /// Replaces the file as a whole: a reader sees the old or the new content, never a part, even after
-/// a crash. Missing parent directories are a failure.
-[[nodiscard]] Expected<void> ReplaceFile(std::wstring_view path, std::string_view content);
+/// a crash. A file that was there gives its permissions to the new one unless that is private.
+/// Missing parent directories are a failure.
+[[nodiscard]] Expected<void> ReplaceFile(std::wstring_view path, std::string_view content,
+                                         Access access = Access::ByUmask);
 
-/// Opens for writing, created and truncated, mode 0666 less the umask, close-on-exec, never one of
-/// the three standard descriptors.
-[[nodiscard]] Expected<FileDescriptor> CreateForWriting(std::wstring_view path);
+/// Opens for writing, created and truncated, close-on-exec, never one of the three standard
+/// descriptors. `access` is that of a file that was not there.
+[[nodiscard]] Expected<FileDescriptor> CreateForWriting(std::wstring_view path,
+                                                        Access access = Access::ByUmask);
 /// Opens for reading and writing, created and truncated, with mode 0600.
 [[nodiscard]] Expected<FileDescriptor> CreateLog(std::wstring_view path);
 /// Opens an existing file for writing at its start, with the same care, and keeps its content.
@@ -65,8 +74,10 @@ struct FileStamp {
 [[nodiscard]] Expected<void> WriteAll(int descriptor, std::string_view bytes);
 
 /// Copies one regular file over `target`, content, permission bits and modification time. By a
-/// reflink or in the kernel where the file system can.
-[[nodiscard]] Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target);
+/// reflink or in the kernel where the file system can. A private copy gets the owner's bits of the
+/// source alone, and those to read and write.
+[[nodiscard]] Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target,
+                                          Access access = Access::ByUmask);
 
 /// Writes text to the standard error stream in one call; failures are ignored.
 void WriteToStandardError(std::string_view bytes);

@@ -37,7 +37,7 @@ Register& Files() {
 }  // namespace
 
 GrowingFile::GrowingFile(const std::string& path) {
-  const Expected<FileDescriptor> file = CreateForWriting(FromNative(path));
+  const Expected<FileDescriptor> file = CreateForWriting(FromNative(path), Access::Private);
   struct stat state {};
   if (!file) {
     m_State = file.Error();

@@ -11,9 +11,9 @@
 
 namespace rastrel::os {
 
-Expected<void> CopyNativeFile(const std::string& source, const std::string& target) {
-  return CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()},
-                    LinksInSource::Followed);
+Expected<void> CopyNativeFile(const std::string& source, const std::string& target, Access access) {
+  return CopyFileAt({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, LinksInSource::Followed,
+                    access);
 }
 
 bool IsProgram(const std::string& path) {

@@ -15,7 +15,7 @@ namespace {
 // A machine that does not say who this process is, or a file system that can't rename to a new name
 // alone, gets a plain directory.
 Expected<void> MakePlainDirectory(const std::string& path) {
-  if (::mkdir(path.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
+  if (::mkdir(path.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   if (const auto own = IdentityOfProcess(CurrentProcessId()))
     static_cast<void>(WriteOwner(path, *own));
   return {};
@@ -27,7 +27,7 @@ Expected<void> MakeOwnedDirectory(const std::string& path) {
   const auto own = IdentityOfProcess(CurrentProcessId());
   if (!own) return MakePlainDirectory(path);
   const std::string hidden = path.substr(0, path.rfind('/') + 1) + OwnTemporaryName();
-  if (::mkdir(hidden.c_str(), 0777) != 0) return Failure{"mkdir", path, errno};
+  if (::mkdir(hidden.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   const auto named = [&]() -> Expected<void> {
     if (auto written = WriteOwner(hidden, *own); !written) return written;
     if (Calls().rename_new(hidden.c_str(), path.c_str()) != 0) return Failure{"mkdir", path, errno};

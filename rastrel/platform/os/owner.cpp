@@ -200,7 +200,7 @@ std::optional<ProcessIdentity> ParseIdentity(std::string_view line) {
 Expected<void> WriteOwner(const std::string& directory, const ProcessIdentity& owner) {
   const std::string path = directory + "/" + std::string(OwnerFileName);
   constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-  const auto file = TakeDescriptor(::open(path.c_str(), flags, 0644), "open", path);
+  const auto file = TakeDescriptor(::open(path.c_str(), flags, 0600), "open", path);
   if (!file) return file.Error();
   const auto written = WriteAll(file->Get(), FormatIdentity(owner) + "\n");
   if (written) return {};

@@ -6,9 +6,11 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <csignal>
 
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
@@ -19,6 +21,7 @@ namespace rastrel::os {
 namespace {
 
 constexpr int StandardCount = 3;
+constexpr std::uint64_t StatusLimit = std::uint64_t{64} << 10;  // of a file of /proc
 
 class SpawnAttributes {
  public:
@@ -203,6 +206,18 @@ bool CanOpenProcess(std::uint32_t id) {
 }
 
 std::uint32_t CurrentProcessId() { return static_cast<std::uint32_t>(::getpid()); }
+
+unsigned CurrentUmask() {
+  constexpr std::string_view key = "\nUmask:";
+  const Expected<std::string> text = ReadWholeFile(L"/proc/self/status", StatusLimit);
+  const std::size_t found = text ? text->find(key) : std::string::npos;
+  unsigned mask = 077;
+  if (found == std::string::npos) return mask;
+  const std::size_t digits = text->find_first_not_of(" \t", found + key.size());
+  if (digits == std::string::npos) return mask;
+  std::from_chars(text->data() + digits, text->data() + text->size(), mask, 8);
+  return mask;
+}
 
 std::uint32_t CurrentThreadId() { return static_cast<std::uint32_t>(::gettid()); }
 

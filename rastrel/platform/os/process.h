@@ -65,6 +65,10 @@ void ReleaseEndedChildren();
 [[nodiscard]] bool CanOpenProcess(std::uint32_t id);
 
 [[nodiscard]] std::uint32_t CurrentProcessId();
+
+/// The permission bits that this process's umask takes from files that it makes; those of all other
+/// users if the system does not say. Does not change it.
+[[nodiscard]] unsigned CurrentUmask();
 /// The kernel's number of the calling thread.
 [[nodiscard]] std::uint32_t CurrentThreadId();
 

@@ -13,6 +13,8 @@
 
 namespace rastrel::os {
 
+bool IsTerminalDevice(HANDLE handle) { return ::isatty(handle) == 1; }
+
 bool IsTerminal(HANDLE handle) {
   return ::isatty(handle) == 1 && EnvironmentValue("TERM") != "dumb";
 }

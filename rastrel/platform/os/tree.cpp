@@ -33,8 +33,8 @@ std::size_t FirstElement(std::wstring_view path) {
 }
 
 // Somebody else may make the same directory between the two questions.
-bool IsThereOrMade(std::wstring_view path) {
-  return path.empty() || Exists(path) || MakeDirectory(path) || IsDirectory(path);
+bool IsThereOrMade(std::wstring_view path, Access access) {
+  return path.empty() || Exists(path) || MakeDirectory(path, access) || IsDirectory(path);
 }
 
 std::uint64_t SizeOf(int parent, const char* name, bool followLink, unsigned depth) {
@@ -73,7 +73,7 @@ Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path) {
   return names;
 }
 
-Expected<void> MakePath(std::wstring_view path) {
+Expected<void> MakePath(std::wstring_view path, Access access) {
   if (path.empty()) return Failure{"mkdir", {}, ENOENT};
   if (Exists(path)) return {};
   std::size_t begin = FirstElement(path);
@@ -81,7 +81,7 @@ Expected<void> MakePath(std::wstring_view path) {
   while (begin < path.size()) {
     const std::size_t end = std::min(path.find_first_of(L"/\\", begin), path.size());
     const std::wstring_view element = path.substr(0, end);
-    if (!IsThereOrMade(element)) return Failure{"mkdir", ToNative(element), errno};
+    if (!IsThereOrMade(element, access)) return Failure{"mkdir", ToNative(element), errno};
     begin = end + 1;
   }
   return {};

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file.h"
 
 /// Whole directories by library path (see path.h). None of these logs; the callers do.
 namespace rastrel::os {
@@ -27,7 +28,8 @@ namespace rastrel::os {
 /// Removes a directory if it is empty; fails otherwise, and for a link.
 [[nodiscard]] Expected<void> RemoveEmptyDirectory(std::wstring_view path);
 
-/// Copies a directory's content into another, which is made with its parents if missing. Files are
+/// Copies a directory's content into another, which is made, private, with its parents if missing.
+/// Files are
 /// copied over existing ones with permissions and modification time. Entries that can't be
 /// examined, read or written are skipped, and so are links, pipes, sockets and devices. Fails only
 /// if the destination could not be made or the source could not be opened.
@@ -35,7 +37,7 @@ namespace rastrel::os {
 
 /// Creates every missing element of the path; see MakeDirectoryPath in cfm/directories.h for its
 /// rules on drives and networks.
-[[nodiscard]] Expected<void> MakePath(std::wstring_view path);
+[[nodiscard]] Expected<void> MakePath(std::wstring_view path, Access access = Access::ByUmask);
 
 /// The sum of the sizes of all regular files below, in bytes. An entry that can't be read counts 0;
 /// links are not followed.

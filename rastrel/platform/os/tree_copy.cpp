@@ -81,7 +81,7 @@ class Copier {
 }  // namespace
 
 Expected<void> CopyTreeInto(std::wstring_view source, std::wstring_view destination) {
-  if (auto made = MakePath(destination); !made) return made;
+  if (auto made = MakePath(destination, Access::Private); !made) return made;
   auto from = DirectoryReader::Open(AT_FDCWD, ToNative(source).c_str(), true);
   if (!from) return from.Error();
   const FileDescriptor to = OpenDirectory(AT_FDCWD, ToNative(destination).c_str());

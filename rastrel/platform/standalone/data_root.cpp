@@ -45,7 +45,8 @@ class RootLayout {
     const InstallRecord before = m_Record;
     InstallShipped(FindResources());
     if (m_Record == before) return;
-    const Expected<void> written = os::ReplaceFile(recordPath, FormatInstallRecord(m_Record));
+    const Expected<void> written =
+        os::ReplaceFile(recordPath, FormatInstallRecord(m_Record), os::Access::Private);
     if (!written) KeepFirst(m_Result, written.Error());
   }
 
@@ -103,7 +104,7 @@ class RootLayout {
   void CopyWhole(const std::wstring& source, const std::wstring& target, const std::string& name) {
     // Beside the target, so that a program that runs is replaced and never written to.
     const std::wstring temporary = target + L".new";
-    const Expected<void> copied = os::CopyFileOver(source, temporary);
+    const Expected<void> copied = os::CopyFileOver(source, temporary, os::Access::Private);
     if (!copied) return KeepFirst(m_Result, copied.Error());
     if (const auto renamed = os::RenameFile(temporary, target); !renamed) {
       KeepFirst(m_Result, renamed.Error());
@@ -115,7 +116,7 @@ class RootLayout {
   }
 
   void MakeFolder(const std::wstring& folder) {
-    if (const auto made = os::MakePath(m_Root + folder); !made)
+    if (const auto made = os::MakePath(m_Root + folder, os::Access::Private); !made)
       KeepFirst(m_Result, FailureAt(os::ToNative(m_Root + folder), made.Error()));
   }
 

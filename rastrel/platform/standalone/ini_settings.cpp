@@ -4,6 +4,7 @@
 #include "rastrel/platform/os/file_lock.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/os/trusted_file.h"
 #include "rastrel/platform/standalone/data_root.h"
 #include "rastrel/platform/standalone/ini_text.h"
 #include "rastrel/platform/standalone/standalone_host.h"
@@ -18,11 +19,18 @@ std::wstring SettingsPath() { return os::FromNative(os::DataRoot()) + L"/setting
 
 std::wstring LockPath() { return os::FromNative(os::DataRoot()) + L"/.settings.lock"; }
 
+// Settings name the directory that programs are started from. A missing file is nobody's.
+bool MayBeUsed() {
+  const std::wstring path = SettingsPath();
+  return !os::Exists(path) || os::CheckTrusted(os::ToNative(path), os::DataRoot());
+}
+
 }  // namespace
 
 std::optional<std::wstring> IniSettings::Read(const std::wstring& section, const std::wstring& key,
                                               DataStoreType) {
   EnsureDataRoot();
+  if (!MayBeUsed()) return std::nullopt;
   const Expected<std::string> text = os::ReadWholeFile(SettingsPath(), LargestFile);
   if (!text) return std::nullopt;
   const std::optional<std::string> value =
@@ -37,7 +45,7 @@ bool IniSettings::Write(const std::wstring& section, const std::wstring& key,
   const std::string bytes = os::Utf8FromWide(value);
   if (os::WideFromUtf8(bytes) != value) return false;
   const Expected<os::FileLock> lock = os::FileLock::Acquire(LockPath());
-  if (!lock) return false;
+  if (!lock || !MayBeUsed()) return false;
   Expected<std::string> text = os::ReadWholeFile(SettingsPath(), LargestFile);
   if (!text) {
     if (text.Error().error != ENOENT) return false;
@@ -45,7 +53,8 @@ bool IniSettings::Write(const std::wstring& section, const std::wstring& key,
   }
   const std::optional<std::string> changed =
       WithIniValue(*text, os::Utf8FromWide(section), os::Utf8FromWide(key), bytes);
-  return changed && changed->size() <= LargestFile && os::ReplaceFile(SettingsPath(), *changed);
+  return changed && changed->size() <= LargestFile &&
+         os::ReplaceFile(SettingsPath(), *changed, os::Access::Private);
 }
 
 }  // namespace rastrel::standalone

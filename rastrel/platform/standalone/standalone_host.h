@@ -12,7 +12,8 @@ namespace rastrel::standalone {
 /// `settings.ini` of the data root: UTF-8, sections in brackets, `key = value`, lines that begin
 /// with ';' or '#' are comments and survive a write. Read at every call, so a change by another
 /// program counts at once; replaced as a whole, under a lock that other processes honour. Values
-/// are one line; a line end in one, or text that would not read back as it is, is refused.
+/// are one line; a line end in one, or text that would not read back as it is, is refused. A file
+/// that others may write to (os::CheckTrusted) has no values, and gets none.
 class IniSettings : public host::Settings {
  public:
   [[nodiscard]] std::optional<std::wstring> Read(const std::wstring& section,

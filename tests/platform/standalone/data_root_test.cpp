@@ -13,8 +13,10 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/install_record.h"
+#include "rastrel/platform/standalone/standalone_host.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
+#include "tests/support/umask_guard.h"
 
 namespace fs = std::filesystem;
 namespace standalone = rastrel::standalone;
@@ -67,7 +69,30 @@ TEST_F(DataRootLayout, makes_every_folder_and_copies_the_shipped_files) {
   EXPECT_EQ(Read("Queue/rip/System/prolog/prolog.ps"), "prolog 1");
   EXPECT_EQ(Read("drive_c/tmp/testpage.ps"), "page 1");
   EXPECT_EQ(Read("devices.txt"), "devices 1");
-  EXPECT_EQ(fs::status(m_Path + "/Queue/rip/corerast.exe").permissions(), fs::perms(0755));
+  EXPECT_EQ(fs::status(m_Path + "/Queue/rip/corerast.exe").permissions(), fs::perms(0700));
+}
+
+TEST_F(DataRootLayout, nobody_else_has_any_right_in_it_whatever_the_umask_and_the_shipped_modes) {
+  const rastrel::test::UmaskGuard open(0);
+  fs::permissions(m_Shipped.Path("libexec/rastrel/corerast.exe"), fs::perms(0777));
+  fs::permissions(m_Shipped.Path("share/rastrel/devices.txt"), fs::perms(0666));
+  ASSERT_TRUE(LayOut());
+  ASSERT_TRUE(standalone::IniSettings().Write(L"a", L"b", L"c", DS_USER));
+  EXPECT_EQ(fs::status(m_Path).permissions(), fs::perms(0700));
+  for (const auto& entry : fs::recursive_directory_iterator(m_Path)) {
+    const bool runs = entry.is_directory() || entry.path().filename() == "corerast.exe";
+    EXPECT_EQ(entry.status().permissions(), fs::perms(runs ? 0700 : 0600)) << entry.path();
+  }
+}
+
+TEST_F(DataRootLayout, settings_that_others_may_write_to_are_not_read_and_not_written) {
+  ASSERT_TRUE(LayOut());
+  standalone::IniSettings settings;
+  ASSERT_TRUE(settings.Write(L"Debug", L"CmdlineQpath", L"/there", DS_USER));
+  EXPECT_EQ(settings.Read(L"Debug", L"CmdlineQpath", DS_USER), L"/there");
+  fs::permissions(m_Path + "/settings.ini", fs::perms(0646));
+  EXPECT_EQ(settings.Read(L"Debug", L"CmdlineQpath", DS_USER), std::nullopt);
+  EXPECT_FALSE(settings.Write(L"Debug", L"CmdlineQpath", L"/else", DS_USER));
 }
 
 TEST_F(DataRootLayout, the_record_names_every_file_with_size_and_time) {
