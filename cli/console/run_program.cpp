@@ -32,7 +32,7 @@ int RunProgram(int count, const char* const* arguments,
                const std::function<ExitStatus(const Invocation&)>& run) {
   const ExitStatus status = RunGuarded(count, arguments, run);
   if (status == ExitStatus::Done && OutputFailed()) {
-    WriteError("rastrel: standard output could not be written\n");
+    WriteErrorLine("rastrel: standard output could not be written");
     return static_cast<int>(ExitStatus::JobFailed);
   }
   return static_cast<int>(status);

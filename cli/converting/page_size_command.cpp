@@ -110,10 +110,10 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
     line.AddNumber("width", width).AddNumber("height", height).Write();
     return;
   }
-  WriteOut(file + ": " + Number(width, 3) + " x " + Number(height, 3) + " cm at " +
-           Number(bounds.xmin, 3) + ", " + Number(bounds.ymin, 3) + " (" +
-           Number(width / PointCm, 2) + " x " + Number(height / PointCm, 2) + " pt), " + source +
-           "\n");
+  WriteOutLine(file + ": " + Number(width, 3) + " x " + Number(height, 3) + " cm at " +
+               Number(bounds.xmin, 3) + ", " + Number(bounds.ymin, 3) + " (" +
+               Number(width / PointCm, 2) + " x " + Number(height / PointCm, 2) + " pt), " +
+               source);
 }
 
 void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {

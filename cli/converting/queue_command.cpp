@@ -108,7 +108,7 @@ ExitStatus WriteDone(const std::vector<std::string>& paths, bool json) {
   if (json) {
     JsonLine("done").Add("exit", 0).Add("paths", paths).Write();
   } else {
-    for (const std::string& path : paths) WriteOut(path + "\n");
+    for (const std::string& path : paths) WriteOutPath(path);
   }
   return ExitStatus::Done;
 }
@@ -117,7 +117,7 @@ ExitStatus WriteCancelled(bool json) {
   if (json) {
     JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
   } else {
-    WriteError("rastrel: cancelled; what was unfinished has been removed\n");
+    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
   }
   return ExitStatus::Cancelled;
 }
@@ -156,7 +156,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const std::set<fs::path> before = NamesIn(directory.Path());
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
-  if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
+  if (keep) WriteErrorLine("the working copy is kept in: " + directory.Path());
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target), json);
   if (view.IsCancelled()) return WriteCancelled(json);

@@ -104,7 +104,7 @@ ExitStatus PrefixCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::OutputFile)) {
     WriteFile(invocation.ValueOr(OptionId::OutputFile, ""), bytes);
   } else {
-    WriteOut(ForALook(bytes));
+    WriteOutData(ForALook(bytes));
   }
   return ExitStatus::Done;
 }

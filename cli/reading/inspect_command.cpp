@@ -55,6 +55,14 @@ void AddPainted(Inspection& inspection) {
   inspection.painted = std::move(report);
 }
 
+void Write(const Inspection& inspection, bool json, bool table) {
+  if (json) return WriteOutLines(InspectionObject(inspection));
+  if (table) return WriteOutLines(InspectionRow(inspection));
+  const bool color = TerminalShowsColor();
+  const std::string line = InspectionLine(inspection, color);
+  color ? WriteOutControl(line) : WriteOutLines(line);
+}
+
 }  // namespace
 
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
@@ -107,19 +115,16 @@ ExitStatus InspectCommand(const Invocation& invocation) {
   const bool table = invocation.Has(OptionId::Tsv);
   if (json && table)
     throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
-  const bool color = !json && !table && TerminalShowsColor();
   ExitStatus status = ExitStatus::Done;
-  if (table) WriteOut(InspectionTableHead());
+  if (table) WriteOutLines(InspectionTableHead());
   for (const std::string& operand : invocation.operands)
     for (const std::string& file : FilesOfOperand(operand)) {
       try {
         Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
         if (invocation.Has(OptionId::Painted)) AddPainted(inspection);
-        WriteOut(json    ? InspectionObject(inspection)
-                 : table ? InspectionRow(inspection)
-                         : InspectionLine(inspection, color));
+        Write(inspection, json, table);
       } catch (const CommandError& error) {
-        WriteError("rastrel: " + file + ": " + error.what() + "\n");
+        WriteErrorLine("rastrel: " + file + ": " + error.what());
         if (status != ExitStatus::BadInput) status = error.Status();
       }
     }

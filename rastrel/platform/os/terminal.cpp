@@ -13,9 +13,9 @@
 
 namespace rastrel::os {
 
-bool IsTerminal(HANDLE handle) {
-  return ::isatty(handle) == 1 && EnvironmentValue("TERM") != "dumb";
-}
+bool IsShown(HANDLE handle) { return ::isatty(handle) == 1; }
+
+bool IsTerminal(HANDLE handle) { return IsShown(handle) && EnvironmentValue("TERM") != "dumb"; }
 
 unsigned TerminalColumns(HANDLE handle) {
   winsize size{};

@@ -10,6 +10,9 @@ namespace rastrel::os {
 /// Whether the descriptor is a terminal that understands control sequences (not "dumb").
 [[nodiscard]] bool IsTerminal(HANDLE handle);
 
+/// Whether the descriptor is any terminal, so that a person sees the text written to it.
+[[nodiscard]] bool IsShown(HANDLE handle);
+
 /// Characters in a row of the terminal; 0 if unknown.
 [[nodiscard]] unsigned TerminalColumns(HANDLE handle);
 
