@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstdarg>
 
-#include "rastrel/job/format_string.h"
 #include "rastrel/job/job_code_text.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/printing/printing_thread.h"
 

@@ -1,8 +1,12 @@
 #include "rastrel/job/app_log.h"
 
+#include <atomic>
+
 #include "rastrel/job/exe_paths.h"
+#include "rastrel/job/format_string.h"
 #include "rastrel/job/log_cleanup.h"
 #include "rastrel/job/log_entry.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/job/singleton.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
@@ -61,7 +65,7 @@ void CAppLog::Write(const wchar_t* text) { WriteEntry(os::Utf8FromWide(text)); }
 
 void CAppLog::PrintArguments(const wchar_t* format,
                              std::span<const rastrel::job::FormatArgument> arguments) {
-  const std::wstring text = rastrel::job::FormatText(format, arguments) + L"\r\n";
+  const std::wstring text = rastrel::job::PrintfText(format, arguments) + L"\r\n";
   Write(text.c_str());
 }
 

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "rastrel/job/format_string.h"
+#include "rastrel/job/format_argument.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/recursive_lock.h"
 
 /// The library's diagnostic file, `Rastrel-<process id>.log` in the RIP directory, one a process.
@@ -39,7 +40,7 @@ class CAppLog {
   void Write(const char* text);
   /// Writes one entry, as UTF-8. No line end is added.
   void Write(const wchar_t* text);
-  /// Writes one formatted entry (FormatString's rules), and CR and LF after it.
+  /// Writes one formatted entry (the rules of printf_text.h), and CR and LF after it.
   template <typename... Arguments>
   void Printf(const wchar_t* format, const Arguments&... arguments) {
     const std::array<rastrel::job::FormatArgument, sizeof...(Arguments)> list{

@@ -69,6 +69,13 @@ TEST_F(AppLog, an_entry_has_the_moment_and_the_thread_in_front) {
   EXPECT_TRUE(entry == "[" + before + tail || entry == "[" + after + tail) << entry;
 }
 
+// Those of the framework's FormatV, and not those of formatstringT: -42 is "00-42" there.
+TEST_F(AppLog, printf_follows_the_rules_of_printf) {
+  const std::size_t mark = m_Library.LogMark();
+  CAppLog::Instance().Printf(L"%05d|%+d|%.3d|%#x|%*d", -42, 5, 5, 255U, 4, 7);
+  EXPECT_EQ(m_Library.LogTextsBehind(mark), "-0042|+5|005|0xff|   7\r\n");
+}
+
 TEST_F(AppLog, entries_stand_one_behind_the_other_and_only_printf_ends_a_line) {
   const std::size_t mark = m_Library.LogMark();
   CAppLog& log = CAppLog::Instance();
