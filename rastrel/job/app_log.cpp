@@ -10,6 +10,7 @@
 #include "rastrel/job/singleton.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
 
@@ -22,7 +23,15 @@ rastrel::job::Singleton<CAppLog>& Holder() {
   return holder;
 }
 
+void WriteToStandardError(std::string_view text, const rastrel::Failure& /*why*/) {
+  os::WriteToStandardError(text);
+}
+
+std::atomic<CAppLog::LostTextHandler> s_LostText = WriteToStandardError;
+
 }  // namespace
+
+void CAppLog::SetLostTextHandler(LostTextHandler handler) { s_LostText = handler; }
 
 CAppLog& CAppLog::Instance() {
   return Holder().Get([] { new CAppLog; });
@@ -54,9 +63,16 @@ CAppLog::~CAppLog() {
 }
 
 void CAppLog::Open() {
-  if (m_FileName.empty()) return;
+  if (m_FileName.empty()) {
+    m_Failure = rastrel::FailureOf("there is no directory for it");
+    return;
+  }
   auto file = os::CreateLog(m_FileName);
-  if (file) m_File = file->Release();
+  if (file) {
+    m_File = file->Release();
+  } else {
+    m_Failure = file.Error();
+  }
 }
 
 void CAppLog::Write(const char* text) { WriteEntry(text); }
@@ -73,11 +89,12 @@ void CAppLog::WriteEntry(std::string_view text) {
   m_Lock.Enter();
   if (m_File < 0) {
     // The lock stays entered; see the class.
-    os::WriteToStandardError(text);
+    s_LostText.load()(text, m_Failure);
     return;
   }
   std::string entry = rastrel::job::LogEntryHead(os::CurrentLocalTime(), os::CurrentThreadId());
   entry += text;
-  if (!os::WriteAll(m_File, entry)) os::WriteToStandardError(text);
+  if (const auto written = os::WriteAll(m_File, entry); !written)
+    s_LostText.load()(text, rastrel::FailureAt(os::ToNative(m_FileName), written.Error()));
   m_Lock.Leave();
 }

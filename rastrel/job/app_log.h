@@ -15,9 +15,10 @@
 /// has the format.
 ///
 /// All threads of the library write; an entry is written whole, in one call under one lock. If the
-/// file could not be opened, the text goes to the standard error stream and the lock **stays
-/// entered**: the first thread that logs goes on, and every other thread that logs waits for ever.
-/// A program that must not hang asks before it prints (CheckPrintFiles in job/print_check.h).
+/// file could not be opened, the text goes to the standard error stream (SetLostTextHandler) and
+/// the lock **stays entered**: the first thread that logs goes on, and every other thread that logs
+/// waits for ever. A program that must not hang asks before it prints (CheckPrintFiles in
+/// job/print_check.h).
 class CAppLog {
  public:
   /// The one object, made at first use. Making it opens the file and removes the logs of processes
@@ -31,6 +32,13 @@ class CAppLog {
   enum class State { None, Open, Failed };
   /// Makes no object and does not log. Any thread.
   [[nodiscard]] static State GetState();
+
+  /// Receives each text that could not be written to the file, and why, on the thread that logs. It
+  /// must not log.
+  using LostTextHandler = void (*)(std::string_view text, const rastrel::Failure& why);
+  /// Replaces the default, which writes the text to the standard error stream. For a program that
+  /// has a message of its own for that. Before the first use of the log.
+  static void SetLostTextHandler(LostTextHandler handler);
 
   virtual ~CAppLog();
   CAppLog(const CAppLog&) = delete;
@@ -55,7 +63,8 @@ class CAppLog {
   void PrintArguments(const wchar_t* format,
                       std::span<const rastrel::job::FormatArgument> arguments);
 
-  std::wstring m_FileName;  // full path
-  int m_File = -1;          // descriptor; -1 if the file could not be opened
+  std::wstring m_FileName;     // full path
+  int m_File = -1;             // descriptor; -1 if the file could not be opened
+  rastrel::Failure m_Failure;  // why not
   rastrel::os::RecursiveLock m_Lock;
 };

@@ -9,9 +9,11 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/process.h"
 #include "tests/support/forked_child.h"
 #include "tests/support/library_fixture.h"
@@ -237,6 +239,21 @@ TEST_F(UnopenableLog, the_first_thread_goes_on_logging_to_standard_error) {
   EXPECT_EQ(child.StandardError(),
             "Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n");
   EXPECT_FALSE(m_Library.Directory().Has("nowhere"));
+}
+
+TEST_F(UnopenableLog, a_program_may_take_the_lost_texts_and_the_reason) {
+  ForkedChild child([](ForkedChild::Side&) {
+    CAppLog::SetLostTextHandler([](std::string_view text, const rastrel::Failure& why) {
+      rastrel::os::WriteToStandardError(std::string(text) + " <" + why.what + " " +
+                                        std::to_string(why.error) + ">\n");
+    });
+    CAppLog::Instance().Write("one");
+    return 0;
+  });
+  EXPECT_EQ(child.Exit(), 0);
+  // The directory does not exist.
+  EXPECT_NE(child.StandardError().find("\none <open 2>\n"), std::string::npos)
+      << child.StandardError();
 }
 
 TEST_F(UnopenableLog, another_thread_that_logs_waits_for_ever) {

@@ -162,6 +162,17 @@ class ShownText(unittest.TestCase):
             self.assertIn(f"Sign{CSI}2J", self.run_piped("sheet", form, "book.fods").stdout.decode())
             self.assertIn("Sign\\u009b2J", self.on_terminal("sheet", form, "book.fods"))
 
+    def test_a_log_that_can_not_be_made_is_one_line_and_not_the_logs_own_texts(self):
+        (self.place / "bad.xml").write_text("<a>")
+        self.environment["RASTREL_HOME"] = "/proc/nowhere"
+        result = self.run_piped("notes", "bad.xml")
+        self.assertEqual(result.returncode, 3)
+        lines = result.stderr.decode().splitlines()
+        self.assertEqual(len(lines), 2, lines)
+        self.assertRegex(lines[0], "^rastrel: note: the application log can't be written: open "
+                         r"'/proc/nowhere/Queue/rip/Rastrel-\d+\.log': No such file or directory")
+        self.assertTrue(lines[1].startswith("rastrel: bad.xml:1:"), lines)
+
 
 if __name__ == "__main__":
     unittest.main()
