@@ -14,6 +14,7 @@ struct Range {
   char32_t last;
 };
 
+// In order.
 constexpr std::array UnsafeRanges{
     Range{0x0000, 0x001F},    // C0
     Range{0x007F, 0x009F},    // DEL and C1
@@ -80,9 +81,8 @@ std::size_t LengthOfCharacter(unsigned char first) {
 }  // namespace
 
 bool IsSafeToShow(char32_t character) {
-  return std::ranges::none_of(UnsafeRanges, [character](const Range& range) {
-    return character >= range.first && character <= range.last;
-  });
+  const auto range = std::ranges::lower_bound(UnsafeRanges, character, {}, &Range::last);
+  return range == UnsafeRanges.end() || character < range->first;
 }
 
 std::string CleanLine(std::string_view text) { return Cleaned(text, false); }

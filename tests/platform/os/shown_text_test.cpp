@@ -1,8 +1,14 @@
 #include "rastrel/platform/os/shown_text.h"
 
 #include <gtest/gtest.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
 
+#include <array>
 #include <string>
+
+#include "rastrel/platform/os/file.h"
 
 namespace {
 
@@ -78,6 +84,48 @@ TEST(WholeCharacters, waits_for_no_rest_of_a_byte_that_begins_nothing) {
   EXPECT_EQ(WholeCharacters("a\xFF"), 2U);
   EXPECT_EQ(WholeCharacters("a\xC0"), 2U);
   EXPECT_EQ(WholeCharacters("\x80\x80\x80\x80"), 4U);
+}
+
+// A terminal that passes bytes on as they come, in the place of the standard error stream.
+class ErrorTerminal {
+ public:
+  ErrorTerminal() {
+    termios raw{};
+    ::cfmakeraw(&raw);
+    EXPECT_EQ(::openpty(&m_Mine, &m_Its, nullptr, &raw, nullptr), 0);
+    m_Kept = ::dup(STDERR_FILENO);
+    ::dup2(m_Its, STDERR_FILENO);
+  }
+  // All that it was sent; the stream is the old one again.
+  std::string Take() {
+    ::dup2(m_Kept, STDERR_FILENO);
+    ::close(m_Kept);
+    ::close(m_Its);
+    std::string all;
+    std::array<char, 512> piece{};
+    // At the end of a terminal without a program the call fails.
+    for (ssize_t count = 0; (count = ::read(m_Mine, piece.data(), piece.size())) > 0;)
+      all.append(piece.data(), static_cast<std::size_t>(count));
+    ::close(m_Mine);
+    return all;
+  }
+
+ private:
+  int m_Mine = -1;
+  int m_Its = -1;
+  int m_Kept = -1;
+};
+
+TEST(WriteToStandardError, cleans_on_a_terminal_but_for_line_ends) {
+  ErrorTerminal terminal;
+  rastrel::os::WriteToStandardError("[Rip]a\x1b[2J\xC2\x9B\r\n\tb\n");
+  EXPECT_EQ(terminal.Take(), "[Rip]a\\x1b[2J\\u009b\r\n\tb\n");
+}
+
+TEST(WriteToStandardError, leaves_bytes_as_they_are_elsewhere) {
+  ::testing::internal::CaptureStderr();
+  rastrel::os::WriteToStandardError("[Rip]a\x1b[2J\xFF\r\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "[Rip]a\x1b[2J\xFF\r\n");
 }
 
 }  // namespace
