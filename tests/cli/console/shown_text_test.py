@@ -173,6 +173,12 @@ class ShownText(unittest.TestCase):
                          r"'/proc/nowhere/Queue/rip/Rastrel-\d+\.log': No such file or directory")
         self.assertTrue(lines[1].startswith("rastrel: bad.xml:1:"), lines)
 
+    def test_bytes_that_are_no_characters_are_one_line(self):
+        (self.place / "bad.xml").write_bytes(b"<a>\n<b>x\xff</b></a>")
+        result = self.run_piped("notes", "bad.xml")
+        self.assertEqual(result.stderr.decode(),
+                         "rastrel: bad.xml:2:5: the byte 0xFF begins no character of UTF-8\n")
+
 
 if __name__ == "__main__":
     unittest.main()

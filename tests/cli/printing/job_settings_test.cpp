@@ -195,7 +195,7 @@ TEST(ApplyCutColor, refuses_a_text_that_is_no_color_or_would_end_its_string) {
                            "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
                            "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})
     EXPECT_TRUE(RefusalOfCut(text, TicketKind::Preview)
-                    .starts_with("--cut-color " + std::string(text) + ": "))
+                    .starts_with("--cut-color " + os::CleanLine(text) + ": "))
         << text;
 }
 
