@@ -60,6 +60,7 @@ class DrawingProcess {
       : m_Process(child.process), m_Output(std::move(output)) {}
   ~DrawingProcess() {
     if (m_Process.IsOpen() && !m_Ended) static_cast<void>(os::Terminate(m_Process.Get()));
+    os::ReleaseEndedChildren();
   }
   DrawingProcess(DrawingProcess&&) noexcept = default;
   DrawingProcess& operator=(DrawingProcess&&) = delete;

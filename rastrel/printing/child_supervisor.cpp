@@ -33,6 +33,7 @@ ChildSupervisor::~ChildSupervisor() {
   JoinReaders();
   for (HANDLE* handle : {&m_hStdoutRead, &m_hStdoutWrite, &m_hStderrRead, &m_hStderrWrite})
     os::CloseHandle(*handle);
+  os::ReleaseEndedChildren();
   if (m_pProcess->m_hProcess == INVALID_HANDLE_VALUE) return;
   if (m_Messages.stillAlive != nullptr) CAppLog::Instance().Write(m_Messages.stillAlive);
   os::CloseHandle(m_pProcess->m_hProcess);

@@ -19,8 +19,8 @@
 namespace os = rastrel::os;
 using PrintingThread::CCPHelper;
 using PrintingThread::CLQThread;
+using rastrel::test::AwaitLeftChildren;
 using rastrel::test::Hang;
-using rastrel::test::HasChildren;
 using rastrel::test::Lines;
 
 namespace {
@@ -401,7 +401,7 @@ TEST_F(RefusedQueue, that_can_not_end_the_program_closes_its_handle_all_the_same
   os::Calls().pidfd_send_signal = [](int, int, siginfo_t*, unsigned) { return errno = EPERM, -1; };
   Run();
   EXPECT_TRUE(HasLogged("[CLQ]: Couldn't terminate Q: 1|"));
-  for (int rounds = 0; HasChildren() && rounds < 30'000; ++rounds) ::usleep(1000);
+  AwaitLeftChildren();
 }
 
 TEST_F(RefusedQueue, that_can_not_ask_for_the_exit_status_says_so) {
@@ -410,6 +410,7 @@ TEST_F(RefusedQueue, that_can_not_ask_for_the_exit_status_says_so) {
   Run();
   EXPECT_TRUE(HasLogged("[CLQ]: GetExitCodeProcess failed on Q: 10|"));
   EXPECT_TRUE(HasLogged("[CLQ]: Q exited"));
+  AwaitLeftChildren();
 }
 
 // Reactions to results of the wait that this system never has.

@@ -242,7 +242,7 @@ TEST_F(QRast, that_can_not_end_the_child_either_failed) {
   EXPECT_EQ(Logged(), (Lines{"[QRast]: WaitForMultipleObjects failed. Error: 12|",
                              "[QRast]: Couldn't terminate exe: 1|"}));
   // The child is left to its end.
-  for (int rounds = 0; rastrel::test::HasChildren() && rounds < 30'000; ++rounds) ::usleep(1000);
+  rastrel::test::AwaitLeftChildren();
 }
 
 TEST_F(QRast, that_can_not_ask_for_the_exit_status_failed) {
@@ -255,6 +255,7 @@ TEST_F(QRast, that_can_not_ask_for_the_exit_status_failed) {
   EXPECT_TRUE(HasLogged("[QRast]: GetExitCodeProcess failed on exe: 10|"));
   EXPECT_TRUE(HasLogged("[QRast]: Exe exited"));
   EXPECT_EQ(m_Info.xdpi, 72);
+  rastrel::test::AwaitLeftChildren();
 }
 
 }  // namespace

@@ -127,10 +127,6 @@ class FailingCall : public rastrel::test::PrintTest {
     EXPECT_LE(ThreadsSettled(m_Threads), m_Threads) << where;
     EXPECT_EQ(Tree("job"), Lines{"sign.ps"}) << where;
   }
-  /// Waits for the end of a child that the library was kept from taking. Its reaper takes it.
-  static void AwaitLeftChild() {
-    for (int rounds = 0; HasChildren() && rounds < 30'000; ++rounds) ::usleep(1000);
-  }
   void Renew() {
     m_Ticket.SetDefaults();
     m_Ticket.Attach();
@@ -274,7 +270,7 @@ TEST_F(FailingCall, of_asking_for_the_rips_status_is_an_abnormal_exit) {
   EXPECT_TRUE(HasLogged("[Print]: Rip exited"));
   EXPECT_EQ(Errors(), Lines{"rip: rip exit"});
   EXPECT_EQ(End(), "holding: rip exit");
-  AwaitLeftChild();
+  rastrel::test::AwaitLeftChildren();
 }
 
 TEST_F(FailingCall, of_asking_for_the_engines_status_is_an_abnormal_exit) {
@@ -284,7 +280,7 @@ TEST_F(FailingCall, of_asking_for_the_engines_status_is_an_abnormal_exit) {
   EXPECT_EQ(Errors(), Lines{"odalis: odalis exit"});
   EXPECT_EQ(End(), "holding: odalis exit");
   EXPECT_FALSE(Root().Has("pages"));
-  AwaitLeftChild();
+  rastrel::test::AwaitLeftChildren();
 }
 
 std::string releaseMark;
@@ -303,7 +299,7 @@ TEST_F(FailingCall, of_ending_the_rip_is_reported_and_the_abort_holds_the_job) {
   EXPECT_EQ(m_Ticket.m_Told.Stages(), "started, ripping, ripped, aborted");
   EXPECT_EQ(Errors(), Lines{"rip: rip exit"});
   EXPECT_EQ(End(), "holding: aborted");
-  AwaitLeftChild();
+  rastrel::test::AwaitLeftChildren();
 }
 
 TEST_F(FailingCall, of_ending_the_engine_is_reported_and_the_abort_holds_the_job) {
@@ -320,7 +316,7 @@ TEST_F(FailingCall, of_ending_the_engine_is_reported_and_the_abort_holds_the_job
   EXPECT_TRUE(HasLogged("[Print]: Couldn't terminate odalis: " + std::to_string(EPERM) + "|"));
   EXPECT_EQ(Errors(), Lines{"odalis: odalis exit"});
   EXPECT_EQ(End(), "holding: aborted");
-  AwaitLeftChild();
+  rastrel::test::AwaitLeftChildren();
 }
 
 bool IsEngineInput(const void* bytes, std::size_t count) {
@@ -395,7 +391,7 @@ TEST_F(FailingCall, of_any_kind_at_any_time_leaves_nothing_and_the_next_job_prin
       m_Ticket.EndPrint();
       const std::string where =
           std::string(CallNames[static_cast<std::size_t>(call)]) + " " + std::to_string(time);
-      if (call == WaitProcess) AwaitLeftChild();
+      if (call == WaitProcess) rastrel::test::AwaitLeftChildren();
       ExpectNothingLeft(where);
       rastrel::test::RemoveTree(Root().Path("pages"));
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <dirent.h>
-#include <sys/wait.h>
 
 #include <chrono>
 #include <filesystem>
@@ -12,6 +11,7 @@
 
 #include "rastrel/printing/printing_thread.h"
 #include "tests/support/job_code_names.h"
+#include "tests/support/left_children.h"
 #include "tests/support/library_fixture.h"
 #include "tests/support/open_descriptors.h"
 #include "tests/support/threads.h"
@@ -31,12 +31,6 @@ printf 'begin := once\nid := p2\ndir := %s/\ntitle := B\nend\n' "$pages"
 inline constexpr const char* GoodEngine = "cat > \"$RASTREL_HOME/engine.input\"\n";
 /// For a script: becomes a program that runs until it is ended.
 inline constexpr const char* Hang = "exec sleep 1000\n";
-
-/// Whether this process has any child, a zombie included.
-inline bool HasChildren() {
-  siginfo_t information{};
-  return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0;
-}
 
 /// A test that prints the job `job/sign.ps` of a data root of its own with children that are shell
 /// scripts.

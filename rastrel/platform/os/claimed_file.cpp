@@ -16,9 +16,7 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/owner.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
-#include "rastrel/platform/os/process.h"
 
 namespace rastrel::os {
 namespace {
@@ -41,17 +39,14 @@ bool IsOthers(int descriptor) {
   std::array<char, 512> text{};
   const ssize_t length = ::fgetxattr(descriptor, OwnerAttribute, text.data(), text.size());
   if (length <= 0) return false;
-  const auto owner = ParseIdentity({text.data(), static_cast<std::size_t>(length)});
-  const auto own = IdentityOfProcess(CurrentProcessId());
-  return owner && !(own && *own == *owner) && MayBeAlive(*owner);
+  const std::string_view tag(text.data(), static_cast<std::size_t>(length));
+  return tag != OwnTag() && OwnerOfTag(tag) == TagOwner::MayLive;
 }
 
 void NameOwner(int descriptor) {
-  const auto own = IdentityOfProcess(CurrentProcessId());
-  if (!own) return;
-  const std::string text = FormatIdentity(*own);
+  const std::string tag = OwnTag();
   // Not every file system has attributes.
-  static_cast<void>(::fsetxattr(descriptor, OwnerAttribute, text.data(), text.size(), 0));
+  static_cast<void>(::fsetxattr(descriptor, OwnerAttribute, tag.data(), tag.size(), 0));
 }
 
 }  // namespace
@@ -83,29 +78,30 @@ struct ClaimedFile::Claims {
   }
 };
 
-ClaimedFile::Identity ClaimedFile::IdentityOf(int descriptor) {
-  struct stat state {};
-  if (::fstat(descriptor, &state) != 0) return {};
+ClaimedFile::Identity ClaimedFile::IdentityOf(const struct stat& state) {
   return {state.st_dev, state.st_ino};
 }
 
-Expected<ClaimedFile> ClaimedFile::Create(std::wstring_view path) {
-  std::string native = ToNative(path);
-  const auto file = Open(native, O_RDWR | O_CREAT | O_EXCL);
+ClaimedFile::Identity ClaimedFile::IdentityOf(int descriptor) {
+  struct stat state {};
+  return ::fstat(descriptor, &state) == 0 ? IdentityOf(state) : Identity{};
+}
+
+Expected<ClaimedFile> ClaimedFile::Create(std::string path) {
+  const auto file = Open(path, O_RDWR | O_CREAT | O_EXCL);
   if (!file) return file.Error();
   const Identity identity = IdentityOf(file->Get());
   Claims::Instance().Add(identity);
   NameOwner(file->Get());
-  return ClaimedFile(std::move(native), identity);
+  return ClaimedFile(std::move(path), identity);
 }
 
-Expected<ClaimedFile> ClaimedFile::TakeOver(std::wstring_view path, std::string_view head) {
-  std::string native = ToNative(path);
+Expected<ClaimedFile> ClaimedFile::TakeOver(std::string path, std::string_view head) {
   struct stat state {};
-  if (::lstat(native.c_str(), &state) != 0) return Failure{"open", native, errno};
-  const Failure taken{"open", native, EEXIST};
+  if (::lstat(path.c_str(), &state) != 0) return Failure{"open", path, errno};
+  const Failure taken{"open", path, EEXIST};
   if (!S_ISREG(state.st_mode)) return taken;
-  const auto file = Open(native, O_RDWR);
+  const auto file = Open(path, O_RDWR);
   // The lock ends with the descriptor; by then the file names its owner.
   if (!file || ::flock(file->Get(), LOCK_EX | LOCK_NB) != 0) return taken;
   if (::fstat(file->Get(), &state) != 0 || !S_ISREG(state.st_mode) || state.st_nlink != 1)
@@ -114,7 +110,7 @@ Expected<ClaimedFile> ClaimedFile::TakeOver(std::wstring_view path, std::string_
   const Identity identity = IdentityOf(file->Get());
   if (!Claims::Instance().AddIfFree(identity)) return taken;
   NameOwner(file->Get());
-  return ClaimedFile(std::move(native), identity);
+  return ClaimedFile(std::move(path), identity);
 }
 
 ClaimedFile::ClaimedFile(ClaimedFile&& other) noexcept
@@ -131,21 +127,28 @@ ClaimedFile::~ClaimedFile() {
 Expected<void> ClaimedFile::Write(std::string_view content) {
   const auto file = Open(m_Path, O_WRONLY);
   if (!file) return file.Error();
-  if (!(IdentityOf(file->Get()) == m_File)) return Failure{"open", m_Path, EEXIST};
-  if (::ftruncate(file->Get(), 0) != 0) return Failure{"ftruncate", m_Path, errno};
+  struct stat state {};
+  if (::fstat(file->Get(), &state) != 0) return Failure{"fstat", m_Path, errno};
+  if (!(IdentityOf(state) == m_File)) return Failure{"open", m_Path, EEXIST};
+  // A new file has nothing to cut off, and ext4 would write it to the disk at once for the cut.
+  if (state.st_size > 0 && ::ftruncate(file->Get(), 0) != 0)
+    return Failure{"ftruncate", m_Path, errno};
   if (const auto written = WriteAll(file->Get(), content); !written)
     return FailureAt(m_Path, written.Error());
   return {};
 }
 
 Expected<void> ClaimedFile::Remove() {
+  if (m_Path.empty()) return {};
   struct stat state {};
   if (::lstat(m_Path.c_str(), &state) != 0) {
     if (errno == ENOENT) return {};
     return Failure{"lstat", m_Path, errno};
   }
-  if (!(Identity{state.st_dev, state.st_ino} == m_File)) return {};
+  if (!(IdentityOf(state) == m_File)) return {};
   if (::unlink(m_Path.c_str()) != 0) return Failure{"unlink", m_Path, errno};
+  Claims::Instance().Drop(m_File);
+  m_Path.clear();
   return {};
 }
 

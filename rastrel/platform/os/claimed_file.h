@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,14 +16,13 @@ namespace rastrel::os {
 /// Move-only; a moved-from one does nothing. Any thread.
 class ClaimedFile {
  public:
-  /// Makes a new file, by library path, with mode 0666 less the umask. EEXIST if anything has the
+  /// Makes a new file, by native path, with mode 0666 less the umask. EEXIST if anything has the
   /// name, a link included.
-  [[nodiscard]] static Expected<ClaimedFile> Create(std::wstring_view path);
+  [[nodiscard]] static Expected<ClaimedFile> Create(std::string path);
   /// Takes a file that is there: a regular one that begins with `head`, is no link and may be read
   /// and written, and that nobody who is alive claims. EEXIST for anything else, ENOENT if nothing
   /// has the name.
-  [[nodiscard]] static Expected<ClaimedFile> TakeOver(std::wstring_view path,
-                                                      std::string_view head);
+  [[nodiscard]] static Expected<ClaimedFile> TakeOver(std::string path, std::string_view head);
   /// Gives the claim up. The file stays.
   ~ClaimedFile();
   ClaimedFile(ClaimedFile&& other) noexcept;
@@ -32,8 +33,8 @@ class ClaimedFile {
   /// Puts `content` in place of the file's. EEXIST if the name leads to another file by now. On a
   /// failure the file has as much as the disk took.
   [[nodiscard]] Expected<void> Write(std::string_view content);
-  /// Removes the file, unless the name leads to another one by now. Fails if it is still
-  /// there.
+  /// Removes the file, unless the name leads to another one by now, and gives the claim up. Fails
+  /// if it is still there. Afterwards the object does nothing.
   [[nodiscard]] Expected<void> Remove();
 
  private:
@@ -46,9 +47,10 @@ class ClaimedFile {
   struct Claims;
 
   ClaimedFile(std::string path, Identity file) : m_Path(std::move(path)), m_File(file) {}
+  [[nodiscard]] static Identity IdentityOf(const struct stat& state);
   [[nodiscard]] static Identity IdentityOf(int descriptor);
 
-  std::string m_Path;  // native; empty if moved from
+  std::string m_Path;  // native; empty if moved from or removed
   Identity m_File;
 };
 

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <charconv>
 #include <climits>
+#include <mutex>
 #include <vector>
 
 #include "rastrel/platform/os/file.h"
@@ -104,6 +105,27 @@ std::string PlaceMark(const ProcessIdentity& identity) {
   return MarkOf(identity.space + " " + identity.machine);
 }
 
+Expected<ProcessIdentity> LookUpIdentity(std::uint32_t id) {
+  auto identity = CommonIdentity();
+  if (!identity) return identity;
+  const auto start = StartOf(id);
+  if (!start) return start.Error();
+  identity->id = id;
+  identity->start = *start;
+  return identity;
+}
+
+// Looked up once: each prefix and each temporary file names this process. A fork has another id.
+Expected<ProcessIdentity> OwnIdentity() {
+  static std::mutex mutex;
+  static std::optional<ProcessIdentity> known;
+  const std::scoped_lock lock(mutex);
+  if (known && known->id == CurrentProcessId()) return *known;
+  auto identity = LookUpIdentity(CurrentProcessId());
+  if (identity) known = *identity;
+  return identity;
+}
+
 bool RunsSince(std::uint32_t id, std::uint64_t started) {
   const auto start = StartOf(id);
   if (start) return *start == started;
@@ -113,13 +135,8 @@ bool RunsSince(std::uint32_t id, std::uint64_t started) {
 }  // namespace
 
 Expected<ProcessIdentity> IdentityOfProcess(std::uint32_t id) {
-  auto identity = CommonIdentity();
-  if (!identity) return identity;
-  const auto start = StartOf(id);
-  if (!start) return start.Error();
-  identity->id = id;
-  identity->start = *start;
-  return identity;
+  if (id == CurrentProcessId()) return OwnIdentity();
+  return LookUpIdentity(id);
 }
 
 bool MayBeAlive(const ProcessIdentity& process) {
@@ -130,29 +147,37 @@ bool MayBeAlive(const ProcessIdentity& process) {
   return RunsSince(process.id, process.start);
 }
 
+std::string OwnTag() {
+  std::string tag = std::to_string(CurrentProcessId());
+  if (const auto own = OwnIdentity())
+    tag += "." + std::to_string(own->start) + "." + MarkOf(own->boot) + "." + PlaceMark(*own);
+  return tag;
+}
+
+TagOwner OwnerOfTag(std::string_view tag) {
+  const auto fields = FieldsOf(tag, '.');
+  std::uint32_t id = 0;
+  std::uint64_t start = 0;
+  if (fields.size() != 4 || !ReadNumber(fields[0], id) || !ReadNumber(fields[1], start))
+    return TagOwner::Unknown;
+  const auto here = CommonIdentity();
+  if (!here || fields[3] != PlaceMark(*here)) return TagOwner::MayLive;
+  const bool lives = fields[2] == MarkOf(here->boot) && RunsSince(id, start);
+  return lives ? TagOwner::MayLive : TagOwner::Ended;
+}
+
 std::string OwnTemporaryName() {
   static std::atomic<unsigned> next{0};
-  std::string tag = std::to_string(CurrentProcessId());
-  if (const auto own = IdentityOfProcess(CurrentProcessId()))
-    tag += "." + std::to_string(own->start) + "." + MarkOf(own->boot) + "." + PlaceMark(*own);
-  return std::string(TemporaryStart) + tag + "-" +
+  return std::string(TemporaryStart) + OwnTag() + "-" +
          std::to_string(next.fetch_add(1, std::memory_order_relaxed)) + std::string(TemporaryEnd);
 }
 
 bool IsAbandonedTemporaryName(std::string_view name) {
   const std::size_t dash = name.rfind('-');
-  if (!name.starts_with(TemporaryStart) || !name.ends_with(TemporaryEnd) ||
-      dash < TemporaryStart.size())
-    return false;
-  const auto fields =
-      FieldsOf(name.substr(TemporaryStart.size(), dash - TemporaryStart.size()), '.');
-  const auto here = CommonIdentity();
-  std::uint32_t id = 0;
-  std::uint64_t start = 0;
-  if (!here || fields.size() != 4 || !ReadNumber(fields[0], id) || !ReadNumber(fields[1], start) ||
-      fields[3] != PlaceMark(*here))
-    return false;
-  return fields[2] != MarkOf(here->boot) || !RunsSince(id, start);
+  return name.starts_with(TemporaryStart) && name.ends_with(TemporaryEnd) &&
+         dash >= TemporaryStart.size() &&
+         OwnerOfTag(name.substr(TemporaryStart.size(), dash - TemporaryStart.size())) ==
+             TagOwner::Ended;
 }
 
 std::string FormatIdentity(const ProcessIdentity& process) {

@@ -37,8 +37,21 @@ struct ProcessIdentity {
 [[nodiscard]] std::string FormatIdentity(const ProcessIdentity& process);
 [[nodiscard]] std::optional<ProcessIdentity> ParseIdentity(std::string_view line);
 
-/// A name for a hidden temporary file, another one at each call, that says whose it is: the
-/// process's id and start, and marks of the machine's start and of namespace and machine.
+/// This process in about 30 characters, for names and for attributes, which a file system keeps
+/// beside the file only if they are short: the process's id and start, and marks of the machine's
+/// start and of namespace and machine. The id alone where the machine does not say the rest.
+///
+///     4711.8812.0ef1a2b3.9c5d77aa
+[[nodiscard]] std::string OwnTag();
+/// The owner that a tag names.
+enum class TagOwner {
+  Unknown,  ///< it is no tag
+  Ended,    ///< the process has certainly ended
+  MayLive,  ///< it runs, or that can't be found out
+};
+[[nodiscard]] TagOwner OwnerOfTag(std::string_view tag);
+
+/// A name for a hidden temporary file, another one at each call, that says whose it is: a tag.
 ///
 ///     .rastrel-4711.8812.0ef1a2b3.9c5d77aa-0.tmp
 [[nodiscard]] std::string OwnTemporaryName();

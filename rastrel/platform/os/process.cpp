@@ -179,8 +179,12 @@ Expected<ExitState> TakeExitState(HANDLE process) { return TakeEndFromReaper(pro
 Expected<ExitState> Terminate(HANDLE process) {
   if (process > 0 && Calls().pidfd_send_signal(process, SIGKILL, nullptr, 0) != 0 && errno != ESRCH)
     return Failure{"pidfd_send_signal", "process handle " + std::to_string(process), errno};
-  return TakeEndFromReaper(process, true);
+  auto end = TakeEndFromReaper(process, true);
+  ReleaseEndedChildren();
+  return end;
 }
+
+void ReleaseEndedChildren() { JoinEndedReapers(); }
 
 Failure ReplaceProcess(const std::string& executable, const std::vector<std::string>& arguments) {
   std::vector<char*> words;

@@ -56,6 +56,11 @@ struct ExitState {
 /// child that had ended by itself before from one that was killed here.
 [[nodiscard]] Expected<ExitState> Terminate(HANDLE process);
 
+/// Waits until nothing of the children that have ended is left in this process: the thread of each
+/// ends within microseconds. For who closes a child's handle, off the road on which somebody waits
+/// for the child's status.
+void ReleaseEndedChildren();
+
 /// Whether a process with that id lives and this process may act on it (a signal could be sent).
 [[nodiscard]] bool CanOpenProcess(std::uint32_t id);
 

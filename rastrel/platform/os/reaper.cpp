@@ -20,6 +20,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,7 @@ constexpr bool HasReapers = false;
 #else
 constexpr bool HasReapers = true;
 #endif
+constexpr int LooksForEnd = 200;
 constexpr const char* ReaperName = "rastrel-reaper";  // at most 15 bytes
 
 Failure NoEnd(HANDLE process, int error) {
@@ -63,7 +65,10 @@ class Reaper {
     m_Changed.wait(lock, [this] { return m_Started.has_value(); });
     return *m_Started;
   }
+  // Who waits has seen the child end, which wakes the reaper at the same moment: its answer is a
+  // few microseconds off, less than a sleep and a wakeup take.
   Expected<ExitState> WaitForEnd() {
+    for (int look = 0; look < LooksForEnd && !HasEnded(); ++look) std::this_thread::yield();
     std::unique_lock lock(m_Mutex);
     m_Changed.wait(lock, [this] { return m_End.has_value(); });
     return *m_End;
@@ -72,7 +77,9 @@ class Reaper {
     const std::scoped_lock lock(m_Mutex);
     return m_End.has_value();
   }
-  void Join() { m_Thread->Join(); }
+  void Join() {
+    std::call_once(m_Joined, [this] { m_Thread->Join(); });
+  }
 
  private:
   void Keep();
@@ -90,6 +97,8 @@ class Reaper {
 
   std::function<Expected<ChildProcess>()> m_Start;
   std::unique_ptr<Thread> m_Thread;
+  std::once_flag m_Joined;
+  decltype(SystemCalls::waitid) m_WaitId = nullptr;
   std::mutex m_Mutex;
   std::condition_variable m_Changed;
   std::optional<Expected<ChildProcess>> m_Started;
@@ -131,6 +140,7 @@ int Reaper::Main(void* reaper) {
 }
 
 void Reaper::KeepChild() {
+  m_WaitId = Calls().waitid;  // now: a test may put the calls back while the child runs
   const Expected<ChildProcess> child = StartChild();
   Publish<ChildProcess>(m_Started, child);
   if (child) TakeEnd(*child);
@@ -149,7 +159,7 @@ void Reaper::TakeEnd(const ChildProcess& child) {
   const auto id = static_cast<id_t>(child.id);
   int result = 0;
   do {
-    result = Calls().waitid(P_PID, id, &information, WEXITED);
+    result = m_WaitId(P_PID, id, &information, WEXITED);
   } while (result != 0 && errno == EINTR);
   if (result == 0) {
     Publish<ExitState>(m_End, StateFrom(information));
@@ -169,24 +179,34 @@ class Reapers {
     } else {
       place = std::move(reaper);
     }
-    std::erase_if(m_Left, [](const auto& left) {
-      if (!left->HasEnded()) return false;
-      left->Join();
-      return true;
-    });
   }
   std::shared_ptr<Reaper> Find(HANDLE process) {
     const std::scoped_lock lock(m_Mutex);
     const auto found = m_ByHandle.find(process);
     return found == m_ByHandle.end() ? nullptr : found->second;
   }
-  /// False if another thread has removed it.
-  bool Remove(HANDLE process, const std::shared_ptr<Reaper>& reaper) {
+  /// Nothing if another thread has removed it.
+  void Remove(HANDLE process, const std::shared_ptr<Reaper>& reaper) {
     const std::scoped_lock lock(m_Mutex);
     const auto found = m_ByHandle.find(process);
-    if (found == m_ByHandle.end() || found->second != reaper) return false;
+    if (found == m_ByHandle.end() || found->second != reaper) return;
     m_ByHandle.erase(found);
-    return true;
+    m_Left.push_back(reaper);
+  }
+  /// Waits for the threads of those whose child has ended.
+  void JoinEnded() {
+    std::vector<std::shared_ptr<Reaper>> ended;
+    {
+      const std::scoped_lock lock(m_Mutex);
+      const auto first = std::partition(m_Left.begin(), m_Left.end(),
+                                        [](const auto& left) { return !left->HasEnded(); });
+      ended.assign(first, m_Left.end());
+      m_Left.erase(first, m_Left.end());
+      // Their handle may have been closed by an owner that could not end the child.
+      for (const auto& [process, reaper] : m_ByHandle)
+        if (reaper->HasEnded()) ended.push_back(reaper);
+    }
+    for (const auto& reaper : ended) reaper->Join();
   }
 
  private:
@@ -210,6 +230,7 @@ bool HasEnded(HANDLE process) {
 
 Expected<ChildProcess> StartInReaper(std::function<Expected<ChildProcess>()> start) {
   auto reaper = std::make_shared<Reaper>(std::move(start));
+  JoinEndedReapers();
   if (!reaper->Begin()) return Failure{"pthread_create", {}, EAGAIN};
   Expected<ChildProcess> child = reaper->WaitForStart();
   if (child) {
@@ -225,9 +246,11 @@ Expected<ExitState> TakeEndFromReaper(HANDLE process, bool wait) {
   if (!reaper) return NoEnd(process, ECHILD);
   if (!wait && !reaper->HasEnded() && !HasEnded(process)) return ExitState{.running = true};
   Expected<ExitState> end = reaper->WaitForEnd();
-  if (AllReapers().Remove(process, reaper)) reaper->Join();
+  AllReapers().Remove(process, reaper);
   return end;
 }
+
+void JoinEndedReapers() { AllReapers().JoinEnded(); }
 
 std::uint32_t StarterProcessId() {
   const auto parent = static_cast<std::uint32_t>(::getppid());

@@ -36,6 +36,10 @@ namespace rastrel::os {
 
 /// The end of a child that StartInReaper started: running, if it has not ended and `wait` is false.
 /// The end can be had once. Fails with ECHILD if it was had before or the reaper could not have it.
+/// The child's thread ends a little later.
 [[nodiscard]] Expected<ExitState> TakeEndFromReaper(HANDLE process, bool wait);
+
+/// Waits for the threads of all children that have ended: each ends within microseconds.
+void JoinEndedReapers();
 
 }  // namespace rastrel::os

@@ -25,20 +25,20 @@ bool HasAttribute(const std::string& path) {
 class ClaimedFileTest : public ::testing::Test {
  protected:
   [[nodiscard]] auto TakeOver() const {
-    return ClaimedFile::TakeOver(m_Scratch.Wide("file"), "head");
+    return ClaimedFile::TakeOver(m_Scratch.Path("file"), "head");
   }
   test::ScratchDirectory m_Scratch;
 };
 
 TEST_F(ClaimedFileTest, is_made_where_nothing_has_the_name_and_leaves_no_descriptor_open) {
   const std::size_t before = test::OpenDescriptors();
-  auto file = ClaimedFile::Create(m_Scratch.Wide("file"));
+  auto file = ClaimedFile::Create(m_Scratch.Path("file"));
   ASSERT_TRUE(file);
   EXPECT_EQ(test::OpenDescriptors(), before);
   ASSERT_TRUE(file->Write("a longer text"));
   ASSERT_TRUE(file->Write("content"));
   EXPECT_EQ(m_Scratch.Read("file"), "content");
-  EXPECT_EQ(ClaimedFile::Create(m_Scratch.Wide("file")).Error().error, EEXIST);
+  EXPECT_EQ(ClaimedFile::Create(m_Scratch.Path("file")).Error().error, EEXIST);
   EXPECT_TRUE(file->Remove());
   EXPECT_FALSE(m_Scratch.Has("file"));
 }
@@ -88,7 +88,7 @@ TEST_F(ClaimedFileTest, another_process_does_not_take_what_is_claimed_until_the_
 }
 
 TEST_F(ClaimedFileTest, a_file_that_took_its_place_is_neither_written_nor_removed) {
-  auto file = ClaimedFile::Create(m_Scratch.Wide("file"));
+  auto file = ClaimedFile::Create(m_Scratch.Path("file"));
   ASSERT_TRUE(file);
   fs::rename(m_Scratch.Path("file"), m_Scratch.Path("moved"));
   EXPECT_EQ(file->Write("x").Error().error, ENOENT);

@@ -96,5 +96,29 @@ TEST(Owner, a_file_that_is_cut_names_none) {
   }
 }
 
+TEST(OwnTag, names_this_process_in_few_characters_and_a_fork_another) {
+  const std::string own = OwnTag();
+  EXPECT_LE(own.size(), 60U);
+  EXPECT_TRUE(own.starts_with(std::to_string(CurrentProcessId()) + "."));
+  EXPECT_EQ(OwnTag(), own);
+  EXPECT_EQ(OwnerOfTag(own), TagOwner::MayLive);
+  const pid_t child = ::fork();
+  if (child == 0) _exit(OwnTag() != own && OwnerOfTag(own) == TagOwner::MayLive ? 0 : 1);
+  int status = 1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(OwnerOfTag, is_unknown_for_other_texts_and_ended_for_an_earlier_process_of_the_id) {
+  for (const char* text : {"", "4711", "4711.8812.0ef1a2b3", "x.8812.0ef1a2b3.9c5d77aa",
+                           "4711.y.0ef1a2b3.9c5d77aa", "1.2.3.4.5"})
+    EXPECT_EQ(OwnerOfTag(text), TagOwner::Unknown) << text;
+  const std::string own = OwnTag();
+  const std::string id = std::to_string(CurrentProcessId());
+  const std::string marks = own.substr(own.find('.', id.size() + 1));
+  EXPECT_EQ(OwnerOfTag(id + ".1" + marks), TagOwner::Ended);
+  EXPECT_EQ(OwnerOfTag(id + ".1" + marks.substr(0, 10) + "00000000"), TagOwner::MayLive);
+}
+
 }  // namespace
 }  // namespace rastrel::os
