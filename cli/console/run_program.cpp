@@ -35,7 +35,7 @@ ExitStatus RunGuarded(int count, const char* const* arguments,
 void ReportLostLog(std::string_view /*text*/, const Failure& why) {
   static std::atomic<bool> reported = false;
   if (reported.exchange(true)) return;
-  WriteErrorLine("rastrel: note: the application log can't be written: " + Describe(why));
+  WriteErrorLine("note: the application log can't be written: " + Describe(why));
 }
 
 }  // namespace

@@ -27,11 +27,9 @@ class ReportScope {
 
 void DropLine(const wchar_t* /*line*/) {}
 
-// These have no text of their own: the child said why before it ended, and the report at the end has
-// both.
-bool IsExitStatus(JT_ERROR code) {
-  return code >= JTE_RIP_STATUS_1 && code <= JTE_ODALIS_STATUS_2;
-}
+// These have no text of their own: the child said why before it ended, and the report at the end
+// has both.
+bool IsExitStatus(JT_ERROR code) { return code >= JTE_RIP_STATUS_1 && code <= JTE_ODALIS_STATUS_2; }
 
 JobEvent TextEvent(JobEventKind kind, const wchar_t* text, JT_ORIGINATOR originator) {
   JobEvent event;

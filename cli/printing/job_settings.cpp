@@ -17,11 +17,11 @@ namespace {
 
 constexpr double MinimumGamma = 0.01;
 constexpr double MaximumGamma = 100.0;
-constexpr double ByteScale = 255.0;          // of values that users give, and of nearly all records
-constexpr double PreviewInkScale = 1000.0;   // CMYK in a preview's record
+constexpr double ByteScale = 255.0;         // of values that users give, and of nearly all records
+constexpr double PreviewInkScale = 1000.0;  // CMYK in a preview's record
 
-// As the RIP's prolog (share/rip/System/prolog/sections.ps) defines them; a name that is not there prints
-// unscaled.
+// As the RIP's prolog (share/rip/System/prolog/sections.ps) defines them; a name that is not there
+// prints unscaled.
 constexpr std::array<std::string_view, 9> ScaleTargets{"Letter", "Legal", "Tabloid", "A0", "A1",
                                                        "A2",     "A3",    "A4",      "A5"};
 

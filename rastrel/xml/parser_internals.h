@@ -19,7 +19,8 @@ namespace rastrel::xml {
 ///
 /// With any other version, of the headers or of the library that is loaded, the parser reads every
 /// element itself, and input_watch.h does the rest. Documents and refusals are the same
-/// but for the place of a bad byte in a CDATA section, and large tables are read at the parser's own speed.
+/// but for the place of a bad byte in a CDATA section, and large tables are read at the parser's
+/// own speed.
 ///
 /// A view of one context, which outlives it. One thread.
 class XmlParserInternals {

@@ -169,7 +169,7 @@ class ShownText(unittest.TestCase):
         self.assertEqual(result.returncode, 3)
         lines = result.stderr.decode().splitlines()
         self.assertEqual(len(lines), 2, lines)
-        self.assertRegex(lines[0], "^rastrel: note: the application log can't be written: open "
+        self.assertRegex(lines[0], "^note: the application log can't be written: open "
                          r"'/proc/nowhere/Queue/rip/Rastrel-\d+\.log': No such file or directory")
         self.assertTrue(lines[1].startswith("rastrel: bad.xml:1:"), lines)
 

@@ -75,9 +75,10 @@ TEST(ApplyScale, a_word_is_the_name_of_a_size_in_any_case) {
 }
 
 TEST(ApplyScale, a_size_that_the_rip_does_not_know_is_refused_with_the_list) {
-  EXPECT_EQ(RefusalOfScale("B9"),
-            "--scale B9: no size has that name; there are none, Letter, Legal, Tabloid, A0, A1, A2, "
-            "A3, A4 and A5, and sizes with a unit, as in 10x5in");
+  EXPECT_EQ(
+      RefusalOfScale("B9"),
+      "--scale B9: no size has that name; there are none, Letter, Legal, Tabloid, A0, A1, A2, "
+      "A3, A4 and A5, and sizes with a unit, as in 10x5in");
   for (const char* text : {"A6", "A", "Lette", "Letters", "x", "Roll-1.5_wide"})
     EXPECT_TRUE(RefusalOfScale(text).starts_with(std::string("--scale ") + text + ": no size"))
         << text;
