@@ -35,7 +35,7 @@ TEST(ReleaseEndedChildren, leaves_no_thread_of_a_child_whose_end_was_taken) {
 }
 
 TEST(ReleaseEndedChildren, does_not_wait_for_a_child_that_runs) {
-  const RunningChild child(Shell("read line"));
+  const RunningChild child(Shell("exec sleep 30"));
   ASSERT_TRUE(child.Started());
   os::ReleaseEndedChildren();
   const auto state = os::TakeExitState(child.Process());
