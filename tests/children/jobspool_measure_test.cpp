@@ -286,7 +286,7 @@ TEST(QueueMeasureReport, a_report_of_another_form_is_refused) {
 
 TEST(QueueMeasureReport, a_name_never_breaks_its_line) {
   const std::string text = FormatPageRecords({}, "a\nQRAST:bbox 1 1 1 1\r", 72);
-  EXPECT_TRUE(text.starts_with("QRAST:name a?QRAST:bbox 1 1 1 1?\nQRAST:bits")) << text;
+  EXPECT_TRUE(text.starts_with("QRAST:name a\\x0aQRAST:bbox 1 1 1 1\\x0d\nQRAST:bits")) << text;
 }
 
 }  // namespace
