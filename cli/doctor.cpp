@@ -366,9 +366,8 @@ void WriteCheck(const HealthCheck& check, bool json) {
                                                      : "  WRONG  ";
   std::string text = mark + check.name + ": " + check.text;
   if (!check.path.empty()) text += " (" + check.path + ")";
-  text += "\n";
-  if (!check.mend.empty()) text += "           -> " + check.mend + "\n";
-  WriteOut(text);
+  WriteOutLine(text);
+  if (!check.mend.empty()) WriteOutLine("           -> " + check.mend);
 }
 
 }  // namespace

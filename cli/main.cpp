@@ -43,7 +43,7 @@ ExitStatus HelpCommand(const std::string& name) {
   if (text.empty())
     throw CommandError(ExitStatus::WrongUse,
                        "there is no command '" + name + "'; see `rastrel help`");
-  WriteOut(text);
+  WriteOutLines(text);
   return ExitStatus::Done;
 }
 
@@ -51,10 +51,10 @@ ExitStatus HelpCommand(const std::string& name) {
 ExitStatus RunWithoutCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Help)) return HelpCommand(invocation.group);
   if (invocation.Has(OptionId::Version)) {
-    WriteOut("rastrel " RASTREL_VERSION "\n");
+    WriteOutLine("rastrel " RASTREL_VERSION);
     return ExitStatus::Done;
   }
-  WriteError(invocation.group.empty() ? SummaryText() : HelpText(invocation.group));
+  WriteErrorLines(invocation.group.empty() ? SummaryText() : HelpText(invocation.group));
   return ExitStatus::WrongUse;
 }
 

@@ -15,8 +15,8 @@
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/system_calls.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -187,13 +187,8 @@ Failure NotStarted(const Failure& failure) {
 }
 
 std::string PlainLine(std::string_view bytes) {
-  std::wstring text = os::WideFromUtf8(bytes.substr(0, MaximumLine));
-  for (wchar_t& c : text) {
-    const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
-    const bool turns = (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-    if (control || turns) c = L'?';
-  }
-  return os::Utf8FromWide(text);
+  const std::string_view line = bytes.substr(0, MaximumLine);
+  return os::CleanLine(line.substr(0, os::WholeCharacters(line)));
 }
 
 std::string ErrorLineOf(const std::string& text) {

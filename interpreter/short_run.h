@@ -59,8 +59,7 @@ struct ShortRunEnd {
 /// "the interpreter can't be started", and why.
 [[nodiscard]] Failure NotStarted(const Failure& failure);
 
-/// Foreign bytes as text for a person: UTF-8 of at most 500 bytes before, in which each control
-/// character, and each that turns the direction of writing, is a question mark.
+/// The first 500 of foreign bytes as text for a person, cleaned (os::CleanLine).
 [[nodiscard]] std::string PlainLine(std::string_view bytes);
 
 /// The first of the messages' lines that names an error, or else the last, as a PlainLine; perhaps

@@ -4,11 +4,16 @@
 
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/shown_text.h"
 
 namespace rastrel::odalis {
 namespace {
 
 constexpr std::int64_t BetweenReports = 200'000'000;  // nanoseconds
+
+bool IsControl(char character) {
+  return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+}
 
 void Write(std::string_view tag, std::string_view text) {
   os::WriteToStandardError(std::string(tag) + OneLine(text) + "\n");
@@ -26,19 +31,17 @@ const char* WordOf(EngineState state) {
 
 }  // namespace
 
-std::string OneLine(std::string_view text) {
-  std::string line(text);
-  for (char& character : line) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 32 || byte == 127) character = ' ';
-  }
-  return line;
-}
+std::string OneLine(std::string_view text) { return os::CleanLine(text); }
 
 void ReportState(EngineState state) { Write("INFO: ", WordOf(state)); }
 void ReportError(std::string_view text) { Write("ERROR: ", text); }
 void ReportWarning(std::string_view text) { Write("WARNING: ", text); }
-void ReportOutput(std::string_view path) { Write("OUTPUT: ", path); }
+// The host opens the path, so it keeps all that its line can hold.
+void ReportOutput(std::string_view path) {
+  std::string line(path);
+  std::ranges::replace_if(line, IsControl, ' ');
+  os::WriteToStandardError("OUTPUT: " + line + "\n");
+}
 void ReportPage(unsigned page) { Write("PAGE: ", std::to_string(page)); }
 void ReportNote(std::string_view text) { Write("NOTE: ", text); }
 

@@ -34,7 +34,7 @@ class Progress {
   std::int64_t m_LastTime = 0;  ///< nanoseconds of the monotonic clock
 };
 
-/// The text as one line: line ends, zero bytes and other control characters become blanks.
+/// The text as one line, cleaned (os::CleanLine).
 [[nodiscard]] std::string OneLine(std::string_view text);
 
 }  // namespace rastrel::odalis

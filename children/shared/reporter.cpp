@@ -2,9 +2,8 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/shown_text.h"
 
 namespace rastrel::children {
 namespace {
@@ -18,10 +17,8 @@ void WriteLine(std::string_view tag, std::string_view text) {
 }  // namespace
 
 std::string OneLine(std::string_view text) {
-  std::string line(text.substr(0, LineLimit));
-  std::ranges::replace_if(
-      line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
-  return line;
+  const std::string_view line = text.substr(0, LineLimit);
+  return os::CleanLine(line.substr(0, os::WholeCharacters(line)));
 }
 
 void Reporter::Info(std::string_view keyword) { WriteLine("INFO: ", keyword); }

@@ -44,8 +44,8 @@ class Reporter : public interpreter::RunListener {
   std::size_t m_TextBytes = 0;
 };
 
-/// The text with control characters replaced by '?', and cut at 2,000 bytes. The library's reader
-/// drops all after a zero byte.
+/// The first 2,000 bytes of the text, cleaned (os::CleanLine). The library's reader drops all after
+/// a zero byte.
 [[nodiscard]] std::string OneLine(std::string_view text);
 
 }  // namespace rastrel::children

@@ -9,7 +9,7 @@
 namespace rastrel::cli {
 
 void WriteErrorMessage(const CommandError& error, bool json) {
-  if (!json) return WriteError(std::string("rastrel: ") + error.what() + "\n");
+  if (!json) return WriteErrorLine(std::string("rastrel: ") + error.what());
   JsonLine line("failed");
   line.Add("originator", "system").Add("text", std::string_view(error.what()));
   line.Add("exit", static_cast<int>(error.Status()));

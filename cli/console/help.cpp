@@ -32,10 +32,13 @@ std::string UsageOf(const CommandRow& row) {
                                       : std::string(" ") + row.operand);
 }
 
-std::string ExitStatusText() {
+// `charts`: whether a command is among them that asks a chart, since no other ends with NoMatch.
+std::string ExitStatusText(bool charts) {
   std::string text = "\nexit status:\n";
-  for (const ExitStatusRow& row : ExitStatuses)
+  for (const ExitStatusRow& row : ExitStatuses) {
+    if (row.status == ExitStatus::NoMatch && !charts) continue;
     text += Row(std::to_string(static_cast<int>(row.status)), row.meaning);
+  }
   return text;
 }
 
@@ -50,20 +53,22 @@ std::string SummaryText() {
   std::string text = "usage: rastrel COMMAND [OPTION...]\n\ncommands:\n";
   for (const CommandRow& row : Commands()) text += Row(UsageOf(row), row.description);
   text += "\noptions:\n" + OptionRowText(OptionId::Help) + OptionRowText(OptionId::Version);
-  return text + ExitStatusText() + "\n`rastrel help COMMAND` tells of a command's options.\n";
+  return text + ExitStatusText(true) + "\n`rastrel help COMMAND` tells of a command's options.\n";
 }
 
 std::string HelpText(std::string_view name) {
   std::string text;
+  bool charts = false;
   if (name.empty()) return text;
   for (const CommandRow& row : Commands()) {
     if (!IsNamed(row, name)) continue;
+    charts = charts || IsNamed(row, "chart");
     if (!text.empty()) text += "\n";
     text += "usage: rastrel " + UsageOf(row) + (row.options.size() > 1 ? " [OPTION...]" : "") +
             "\n\n" + row.description + "\n\noptions:\n";
     for (const OptionId id : row.options) text += OptionRowText(id);
   }
-  return text.empty() ? text : text + ExitStatusText();
+  return text.empty() ? text : text + ExitStatusText(charts);
 }
 
 }  // namespace rastrel::cli

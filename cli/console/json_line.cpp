@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/console/json_text.h"
 #include "cli/console/standard_streams.h"
 
 namespace rastrel::cli {
@@ -50,11 +51,8 @@ JsonLine& JsonLine::AddIfAny(const char* name, std::string_view text) {
   return text.empty() ? *this : Add(name, text);
 }
 
-std::string JsonLine::Text() const {
-  return m_Object->json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
-         "\n";
-}
+std::string JsonLine::Text() const { return JsonText(m_Object->json) + "\n"; }
 
-void JsonLine::Write() const { WriteOut(Text()); }
+void JsonLine::Write() const { WriteOutLines(Text()); }
 
 }  // namespace rastrel::cli

@@ -9,7 +9,7 @@
 namespace rastrel::cli {
 
 /// One JSON object of one line, with its members in the order in which they are added. Text is
-/// UTF-8; ill-formed bytes become U+FFFD.
+/// UTF-8; see JsonText for its escapes.
 class JsonLine {
  public:
   /// Begins with the member "event".

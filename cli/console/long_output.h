@@ -5,8 +5,9 @@
 
 namespace rastrel::cli {
 
-/// A buffer in front of standard output for long texts, which are written in pieces of 64 KiB. The
-/// destructor writes the rest. For one thread, and no other one may write meanwhile.
+/// A buffer in front of standard output for long data that the user asked for, which is written in
+/// pieces of 64 KiB (WriteOutData: cleaned on a terminal). The destructor writes the rest. For one
+/// thread, and no other one may write meanwhile.
 class LongOutput {
  public:
   LongOutput() = default;

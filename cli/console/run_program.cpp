@@ -1,11 +1,15 @@
 #include "cli/console/run_program.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
+#include <string>
 #include <string_view>
 
 #include "cli/console/error_message.h"
 #include "cli/console/standard_streams.h"
+#include "rastrel/job/app_log.h"
+#include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 namespace {
@@ -26,13 +30,22 @@ ExitStatus RunGuarded(int count, const char* const* arguments,
   }
 }
 
+// The log's texts are for engineers, and on a terminal they look like the command's own: one line
+// says that they are lost.
+void ReportLostLog(std::string_view /*text*/, const Failure& why) {
+  static std::atomic<bool> reported = false;
+  if (reported.exchange(true)) return;
+  WriteErrorLine("note: the application log can't be written: " + Describe(why));
+}
+
 }  // namespace
 
 int RunProgram(int count, const char* const* arguments,
                const std::function<ExitStatus(const Invocation&)>& run) {
+  CAppLog::SetLostTextHandler(ReportLostLog);
   const ExitStatus status = RunGuarded(count, arguments, run);
   if (status == ExitStatus::Done && OutputFailed()) {
-    WriteError("rastrel: standard output could not be written\n");
+    WriteErrorLine("rastrel: standard output could not be written");
     return static_cast<int>(ExitStatus::JobFailed);
   }
   return static_cast<int>(status);

@@ -9,7 +9,9 @@ namespace rastrel::cli {
 
 /// The frame of every program of the command: parses the arguments, calls `run`, writes a
 /// CommandError or any other exception as a message or, with --json, as JSON, and returns the exit
-/// status of main. Output that could not be written makes the program fail.
+/// status of main. Output that could not be written makes the program fail. If the
+/// application log can't be written, one line on standard error says so, in place of the log's
+/// texts.
 [[nodiscard]] int RunProgram(int count, const char* const* arguments,
                              const std::function<ExitStatus(const Invocation&)>& run);
 

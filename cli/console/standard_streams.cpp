@@ -10,12 +10,16 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/quiet_write.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::cli {
 namespace {
 
 constexpr std::size_t PieceBytes = std::size_t{256} << 10;
+// Moves to the line's begin, and erases from there on.
+constexpr const char* LineBegin = "\r";
+constexpr const char* ClearRest = "\x1b[K";
 
 std::atomic<bool> s_OutputFailed{false};
 std::atomic<bool> s_OutputIsResult{false};
@@ -44,16 +48,57 @@ bool WriteWhole(os::StandardStream stream, std::string_view text) {
   return true;
 }
 
+// Bytes that are not the one result.
+void ToOutput(std::string_view bytes) {
+  const bool isOutput = !s_OutputIsResult;
+  const auto stream = isOutput ? os::StandardStream::Output : os::StandardStream::Error;
+  if (!WriteWhole(stream, bytes) && isOutput) s_OutputFailed = true;
+}
+
+void ToError(std::string_view bytes) { WriteWhole(os::StandardStream::Error, bytes); }
+
+bool OutputIsShown() {
+  return os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Output));
+}
+
+std::string CleanedLine(std::string_view line) { return os::CleanLine(Shown(std::string(line))); }
+
+std::string CleanedLines(std::string_view text) { return os::CleanLines(Shown(std::string(text))); }
+
 }  // namespace
 
-void WriteOut(std::string_view text) {
-  if (s_OutputIsResult) return WriteError(text);
-  if (!WriteWhole(os::StandardStream::Output, Shown(std::string(text)))) s_OutputFailed = true;
+void WriteOutLine(std::string_view line) { ToOutput(CleanedLine(line) + "\n"); }
+
+void WriteErrorLine(std::string_view line) { ToError(CleanedLine(line) + "\n"); }
+
+void WriteOutRow(const std::vector<std::string>& cells) {
+  std::string row;
+  for (const std::string& cell : cells) {
+    if (&cell != cells.data()) row += '\t';
+    row += CleanedLine(cell);
+  }
+  ToOutput(row + "\n");
 }
 
-void WriteError(std::string_view text) {
-  WriteWhole(os::StandardStream::Error, Shown(std::string(text)));
+void WriteOutLines(std::string_view text) { ToOutput(CleanedLines(text)); }
+
+void WriteErrorLines(std::string_view text) { ToError(CleanedLines(text)); }
+
+void WriteOutData(std::string_view bytes) {
+  if (OutputIsShown()) return ToOutput(os::CleanLines(bytes));
+  ToOutput(bytes);
 }
+
+void WriteOutPath(const std::string& path) {
+  const std::string shown = Shown(path);
+  ToOutput((OutputIsShown() ? os::CleanLine(shown) : shown) + "\n");
+}
+
+void ShowProgress(std::string_view line) { ToError(LineBegin + CleanedLine(line) + ClearRest); }
+
+void ClearProgress() { ToError(std::string(LineBegin) + ClearRest); }
+
+void WriteOutControl(std::string_view bytes) { ToOutput(bytes); }
 
 void ShowPathAs(const std::string& path, const std::string& name) {
   ShownPaths().emplace_back(path, name);

@@ -2,25 +2,56 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "rastrel/platform/os/expected.h"
 
+/// All that the command writes to standard output and standard error goes through these functions,
+/// and each call is written whole. Texts come from jobs, documents and file systems, so they are
+/// cleaned here (os::CleanLine): none can steer a terminal or look like another line. A reader that
+/// is gone or a full disk is no failure and no signal: the work goes on. Any thread.
 namespace rastrel::cli {
 
 /// The name of an output file that means standard output.
 inline constexpr const char* StandardOutputName = "-";
 
-/// Writes all of the text to standard output or standard error, each call whole. A reader that is
-/// gone or a full disk is no failure and no signal: the work goes on. Any thread.
-void WriteOut(std::string_view text);
-void WriteError(std::string_view text);
+/// One line, on standard output or standard error. Cleaned, tabs and line ends included; a line
+/// feed is added.
+void WriteOutLine(std::string_view line);
+void WriteErrorLine(std::string_view line);
 
-/// From now on both write `name` wherever a text has that path, such as that of a private copy.
-/// Before other threads write.
+/// One row of a table on standard output: each cell cleaned, with tabs between, and a line feed
+/// added.
+void WriteOutRow(const std::vector<std::string>& cells);
+
+/// Several lines with their line feeds, as the command made them: help, JSON, a report. Cleaned but
+/// for line ends and tabs. REQUIRES: foreign text in them was cleaned or escaped.
+void WriteOutLines(std::string_view text);
+void WriteErrorLines(std::string_view text);
+
+/// Data that the user asked for. A file or a pipe gets its bytes unchanged; on a terminal it is
+/// cleaned but for line ends and tabs. REQUIRES: it ends with a whole character and a whole line
+/// end (LongOutput cares for that).
+void WriteOutData(std::string_view bytes);
+
+/// The path of a result on a line of its own: unchanged in a file or a pipe, cleaned on a terminal.
+void WriteOutPath(const std::string& path);
+
+/// Shows one line on standard error in place of the one before it, cleaned. For terminals.
+void ShowProgress(std::string_view line);
+/// Takes that line away.
+void ClearProgress();
+
+/// Control sequences that the command made itself, on standard output, unchanged. REQUIRES:
+/// standard output is a terminal that knows them, and foreign text among them was cleaned.
+void WriteOutControl(std::string_view bytes);
+
+/// From now on lines, rows and paths have `name` wherever a text has that path, such as that of a
+/// private copy. Before other threads write.
 void ShowPathAs(const std::string& path, const std::string& name);
 
-/// From now on WriteOut writes to standard error: standard output is for one result, and no message
-/// goes there. Fails with a message for the user if it is a terminal, since the result is no text.
+/// From now on all of these write to standard error: standard output is for one result, and no
+/// message goes there. Fails with a message for the user if it is a terminal, since the result is no text.
 [[nodiscard]] Expected<void> KeepOutputForResult();
 /// Writes a file, by native path, or bytes to standard output, after KeepOutputForResult. A reader
 /// that is gone is no failure. Fails with a message for the user.

@@ -96,7 +96,7 @@ bool ShowPicture(const std::wstring& path) {
   const HANDLE output = os::StandardHandle(os::StandardStream::Output);
   const unsigned columns = PictureColumns(*png, os::TerminalColumns(output));
   if (columns == 0) return false;
-  WriteOut(PictureSequence(protocol, *png, columns));
+  WriteOutControl(PictureSequence(protocol, *png, columns));
   return true;
 }
 

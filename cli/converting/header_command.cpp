@@ -72,7 +72,7 @@ ExitStatus HeaderCommand(const Invocation& invocation) {
   std::string shown = settings.Any() ? "" : HeaderOf(input.path);
   shown = os::Utf8FromWide(shown.empty() ? header : os::WideFromAnsi(shown));
   std::erase(shown, '\r');
-  WriteOut(shown);
+  WriteOutData(shown);
   return ExitStatus::Done;
 }
 

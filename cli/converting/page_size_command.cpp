@@ -111,10 +111,10 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
     line.AddNumber("width", width).AddNumber("height", height).Write();
     return;
   }
-  WriteOut(file + ": " + Number(width, 3) + " x " + Number(height, 3) + " cm at " +
-           Number(bounds.xmin, 3) + ", " + Number(bounds.ymin, 3) + " (" +
-           Number(width / PointCm, 2) + " x " + Number(height / PointCm, 2) + " pt), " + source +
-           "\n");
+  WriteOutLine(file + ": " + Number(width, 3) + " x " + Number(height, 3) + " cm at " +
+               Number(bounds.xmin, 3) + ", " + Number(bounds.ymin, 3) + " (" +
+               Number(width / PointCm, 2) + " x " + Number(height / PointCm, 2) + " pt), " +
+               source);
 }
 
 void WriteWarnings(const std::string& file, QueueWarnings& warnings, bool json) {
@@ -122,7 +122,7 @@ void WriteWarnings(const std::string& file, QueueWarnings& warnings, bool json) 
     if (json) {
       JsonLine("warning").Add("path", file).Add("text", warning).Write();
     } else {
-      WriteError("rastrel: " + file + ": warning: " + warning + "\n");
+      WriteErrorLine("rastrel: " + file + ": warning: " + warning);
     }
   }
 }

@@ -146,7 +146,7 @@ ExitStatus WriteDone(const std::vector<std::string>& paths, bool json) {
   if (json) {
     JsonLine("done").Add("exit", 0).Add("paths", paths).Write();
   } else {
-    for (const std::string& path : paths) WriteOut(path + "\n");
+    for (const std::string& path : paths) WriteOutPath(path);
   }
   return ExitStatus::Done;
 }
@@ -155,7 +155,7 @@ ExitStatus WriteCancelled(bool json) {
   if (json) {
     JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
   } else {
-    WriteError("rastrel: cancelled; what was unfinished has been removed\n");
+    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
   }
   return ExitStatus::Cancelled;
 }
@@ -165,7 +165,7 @@ void WriteWarnings(bool json) {
     if (json) {
       JsonLine("warning").Add("text", warning).Write();
     } else {
-      WriteError("warning: " + warning + "\n");
+      WriteErrorLine("warning: " + warning);
     }
   }
 }
@@ -207,7 +207,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   const std::set<fs::path> before = NamesIn(directory.Path());
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
-  if (keep) WriteError("the working copy is kept in: " + directory.Path() + "\n");
+  if (keep) WriteErrorLine("the working copy is kept in: " + directory.Path());
   if (!view.IsCancelled()) WriteWarnings(json);
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target, existing, input.access), json);

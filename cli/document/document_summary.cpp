@@ -38,16 +38,16 @@ std::string Number(std::size_t count, const char* one, const char* many) {
 void WriteText(const OpenedFile& file, const std::string& path,
                const std::vector<std::string>& output) {
   for (const Finding& finding : file.findings) {
-    WriteError(path + ":" + (finding.line > 0 ? std::to_string(finding.line) + ":" : "") + " " +
-               finding.text + "\n");
+    WriteErrorLine(path + ":" + (finding.line > 0 ? std::to_string(finding.line) + ":" : "") + " " +
+                   finding.text);
   }
   const document::Notices& notices = file.host->GetNotices();
   if (file.findings.empty()) {
     for (const std::wstring& text : notices.Texts())
-      WriteError("rastrel: " + os::Utf8FromWide(text) + "\n");
+      WriteErrorLine("rastrel: " + os::Utf8FromWide(text));
   }
   for (const std::wstring& text : notices.Losses())
-    WriteError("rastrel: left out: " + os::Utf8FromWide(text) + "\n");
+    WriteErrorLine("rastrel: left out: " + os::Utf8FromWide(text));
   const document::Document& document = file.host->GetDocument();
   const DocumentCounts counts = CountsOf(document);
   const document::SignBlank& blank = document.Blank();
@@ -59,7 +59,7 @@ void WriteText(const OpenedFile& file, const std::string& path,
   if (counts.graphics > 0) text += ", " + Number(counts.graphics, "graphic", "graphics");
   for (const std::string& name : output)
     text += (&name == output.data() ? "; written to " : ", ") + name;
-  WriteOut(text + "\n");
+  WriteOutLine(text);
 }
 
 void WriteJson(const OpenedFile& file, const std::string& path,

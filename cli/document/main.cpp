@@ -29,7 +29,7 @@ ExitStatus Run(const Invocation& invocation) {
 // A library that finds no thread or no memory can't go on, and its caller neither. No file has its
 // name before it is whole, so nothing half is left.
 void EndWith(const std::string& message) {
-  WriteError("rastrel: " + message + "\n");
+  WriteErrorLine("rastrel: " + message);
   std::_Exit(static_cast<int>(ExitStatus::JobFailed));
 }
 

@@ -6,6 +6,7 @@
 #include "cli/input/file_head.h"
 #include "cli/input/standard_input.h"
 #include "interpreter/interpreter.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -34,9 +35,9 @@ const char* ExtensionOf(interpreter::JobKind kind) {
 }
 
 bool IsUnsafe(wchar_t character) {
-  constexpr std::wstring_view unsafe = L"/\\()\"'\x7F\xFFFD";
-  return character < L' ' || (character >= 0x80 && character < 0xA0) ||
-         unsafe.find(character) != unsafe.npos;
+  constexpr std::wstring_view unsafe = L"/\\()\"'\xFFFD";
+  return unsafe.find(character) != unsafe.npos ||
+         !os::IsSafeToShow(static_cast<char32_t>(character));
 }
 
 }  // namespace

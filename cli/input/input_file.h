@@ -22,9 +22,9 @@ struct InputFile {
 
 /// The base name, without extension, that a working copy of a file has. It becomes part of a
 /// PostScript comment, a command line, names of output files and of the spool entry. Backslashes,
-/// parentheses, quotes, control characters and ill-formed UTF-8 become '_'; dots, dashes and blanks
-/// at the front and blanks and dots at the end go; at most 150 bytes stay. An extension goes unless
-/// there is nothing before it. Never empty: "job".
+/// parentheses, quotes, characters that are not shown (os::IsSafeToShow) and ill-formed UTF-8
+/// become '_'; dots, dashes and blanks at the front and blanks and dots at the end go; at most 150
+/// bytes stay. An extension goes unless there is nothing before it. Never empty: "job".
 [[nodiscard]] std::string SafeJobName(std::string_view fileName);
 
 }  // namespace rastrel::cli

@@ -21,8 +21,7 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
       line.Add("text", device.printer).Add("description", DescribeDevice(device));
       line.AddFlag("default", isDefault).Write();
     } else {
-      WriteOut(device.printer + "\t" + DescribeDevice(device) + (isDefault ? " (default)" : "") +
-               "\n");
+      WriteOutRow({device.printer, DescribeDevice(device) + (isDefault ? " (default)" : "")});
     }
   }
   return ExitStatus::Done;
@@ -42,7 +41,7 @@ ExitStatus ListModesCommand(const Invocation& invocation) {
       line.AddIfAny("description", mode.description).AddFlag("default", isDefault).Write();
     } else {
       const std::string& description = mode.description.empty() ? mode.title : mode.description;
-      WriteOut(name + "\t" + description + (isDefault ? " (default)" : "") + "\n");
+      WriteOutRow({name, description + (isDefault ? " (default)" : "")});
     }
   }
   return ExitStatus::Done;

@@ -10,6 +10,7 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/program_search.h"
+#include "rastrel/platform/os/shown_text.h"
 
 namespace rastrel::cli {
 namespace {
@@ -71,12 +72,13 @@ FailureReport ReportFailure(const JobRecord& record, JT_ERROR error, int selecte
 }
 
 std::string FailureText(const FailureReport& report) {
-  std::string text = "rastrel: " + report.stageName + " failed: " + report.text + "\n";
+  const auto clean = [](const std::string& part) { return os::CleanLine(part); };
+  std::string text = "rastrel: " + report.stageName + " failed: " + clean(report.text) + "\n";
   for (const std::string& message : report.messages)
-    if (message != report.text) text += "  it said: " + message + "\n";
+    if (message != report.text) text += "  it said: " + clean(message) + "\n";
   if (report.childStatus) text += "  its exit status: " + StatusText(*report.childStatus) + "\n";
   if (report.code != 0) text += "  error code: " + std::to_string(report.code) + "\n";
-  if (!report.log.empty()) text += "  log: " + report.log + "\n";
+  if (!report.log.empty()) text += "  log: " + clean(report.log) + "\n";
   if (!report.hint.empty()) text += "  " + report.hint + "\n";
   return text;
 }

@@ -4,20 +4,12 @@
 #include <charconv>
 
 #include "rastrel/platform/host/translation.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/whitespace.h"
 
 namespace rastrel::cli {
 namespace {
-
-// A line is shown on a terminal, so nothing in it may steer one.
-std::string Printable(std::string text) {
-  for (char& character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 32 || byte == 127) character = ' ';
-  }
-  return text;
-}
 
 bool TakePrefix(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
@@ -56,16 +48,16 @@ const char* OriginatorName(JT_ORIGINATOR originator) {
 
 std::string ShownText(const std::wstring& marked) {
   constexpr std::size_t limit = TStringLimit;
-  if (marked.size() >= limit) return Printable(os::Utf8FromWide(marked));
+  if (marked.size() >= limit) return os::CleanLine(os::Utf8FromWide(marked));
   std::array<wchar_t, limit> text{};
   marked.copy(text.data(), marked.size());
   TString(marked.c_str(), text.data(), TStringLimit);
   text.back() = L'\0';
-  return Printable(os::Utf8FromWide(text.data()));
+  return os::CleanLine(os::Utf8FromWide(text.data()));
 }
 
 std::optional<JobEvent> EventOfLogLine(std::wstring_view line) {
-  const std::string narrow = Printable(os::Utf8FromWide(line));
+  const std::string narrow = os::Utf8FromWide(line);
   std::string_view text = narrow;
   JobEvent event;
   if (TakePrefix(text, "[Rip]")) {
@@ -87,7 +79,7 @@ std::optional<JobEvent> EventOfLogLine(std::wstring_view line) {
       return event;
     }
   }
-  event.text = text;
+  event.text = os::CleanLine(text);
   return event;
 }
 

@@ -26,8 +26,8 @@ struct JobEvent {
   std::optional<int> code;
   std::optional<int> percent;
   std::optional<int> page;
-  std::string text;  ///< UTF-8, one line, no translation mark
-  std::string path;  ///< native
+  std::string text;  ///< UTF-8, cleaned (os::CleanLine), no translation mark
+  std::string path;  ///< native, as the child wrote it
 };
 
 /// Receives a job's events. Called from several threads, one call at a time.
@@ -42,7 +42,7 @@ class JobObserver {
 /// The same for people.
 [[nodiscard]] const char* OriginatorName(JT_ORIGINATOR originator);
 
-/// The host's text for the user: without the translation mark, as UTF-8.
+/// The host's text for the user: without the translation mark, as UTF-8, cleaned.
 [[nodiscard]] std::string ShownText(const std::wstring& marked);
 
 /// The event that a line of the job log means, without its line end. Nothing for an empty line

@@ -34,7 +34,7 @@ void WriteDone(const JobRecord& record, const JobView& view) {
     line.Add("paths", record.Outputs()).Write();
     return;
   }
-  for (const std::string& path : record.Outputs()) WriteOut(path + "\n");
+  for (const std::string& path : record.Outputs()) WriteOutPath(path);
 }
 
 void WriteCancelled(const JobRecord& record, const JobView& view) {
@@ -45,10 +45,10 @@ void WriteCancelled(const JobRecord& record, const JobView& view) {
     line.Add("paths", record.Outputs()).Write();
     return;
   }
-  WriteError("rastrel: cancelled; what was unfinished has been removed\n");
+  WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
   if (record.Outputs().empty()) return;
-  WriteError("These files were finished before, and stay:\n");
-  for (const std::string& path : record.Outputs()) WriteOut(path + "\n");
+  WriteErrorLine("These files were finished before, and stay:");
+  for (const std::string& path : record.Outputs()) WriteOutPath(path);
 }
 
 }  // namespace
@@ -126,10 +126,10 @@ ExitStatus ReportEnd(JobEnd end, const CJobTicket& ticket, const JobRecord& reco
   const FailureReport report = ReportFailure(record, ticket.m_Error, HighestSelected(ticket),
                                              std::max(pages, record.PagesMade()));
   if (view.IsJson()) {
-    WriteOut(FailureLine(report));
+    WriteOutLines(FailureLine(report));
   } else {
-    WriteError(FailureText(report));
-    for (const std::string& path : record.Outputs()) WriteOut(path + "\n");
+    WriteErrorLines(FailureText(report));
+    for (const std::string& path : record.Outputs()) WriteOutPath(path);
   }
   return report.exit;
 }

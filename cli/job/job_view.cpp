@@ -35,7 +35,7 @@ void JobView::Begin(const std::string& file) {
 void JobView::OnEvent(const JobEvent& event) {
   const std::lock_guard<std::mutex> guard(m_Mutex);
   if (m_Json) {
-    WriteOut(EventLine(event));
+    WriteOutLines(EventLine(event));
   } else if (m_Line) {
     m_Line->OnEvent(event);
   } else {
@@ -48,17 +48,15 @@ void JobView::ShowPlain(const JobEvent& event) {
   switch (event.kind) {
     case JobEventKind::State:
       m_ShownPercent = 0;
-      if (!event.text.empty()) WriteError(event.text + "\n");
+      if (!event.text.empty()) WriteErrorLine(event.text);
       break;
     case JobEventKind::Progress:
       if (*event.percent < m_ShownPercent + PercentStep) break;
       m_ShownPercent = *event.percent;
-      WriteError(who + ": " + std::to_string(*event.percent) + " %\n");
+      WriteErrorLine(who + ": " + std::to_string(*event.percent) + " %");
       break;
-    case JobEventKind::Page:
-      WriteError(who + ": page " + std::to_string(*event.page) + "\n");
-      break;
-    case JobEventKind::Warning: WriteError(who + ": warning: " + event.text + "\n"); break;
+    case JobEventKind::Page: WriteErrorLine(who + ": page " + std::to_string(*event.page)); break;
+    case JobEventKind::Warning: WriteErrorLine(who + ": warning: " + event.text); break;
     // Errors come with the report at the end, and files with the result.
     case JobEventKind::Error:
     case JobEventKind::Output:
@@ -78,7 +76,7 @@ void JobView::Say(const char* event, const std::string& text, const std::string&
   if (m_Line) {
     m_Line->Say(message);
   } else {
-    WriteError(message + "\n");
+    WriteErrorLine(message);
   }
 }
 

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstdarg>
 
-#include "rastrel/job/format_string.h"
 #include "rastrel/job/job_code_text.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/printing/printing_thread.h"
 
@@ -26,6 +26,10 @@ class ReportScope {
 };
 
 void DropLine(const wchar_t* /*line*/) {}
+
+// These have no text of their own: the child said why before it ended, and the report at the end
+// has both.
+bool IsExitStatus(JT_ERROR code) { return code >= JTE_RIP_STATUS_1 && code <= JTE_ODALIS_STATUS_2; }
 
 JobEvent TextEvent(JobEventKind kind, const wchar_t* text, JT_ORIGINATOR originator) {
   JobEvent event;
@@ -101,6 +105,7 @@ void Observed<Ticket>::Error(JT_ERROR code, JT_ORIGINATOR originator) {
     const ReportScope scope;
     Ticket::Error(code, originator);
   }
+  if (IsExitStatus(code)) return;
   Notify(CodeEvent(JobEventKind::Error, code, job::ErrorText(code), originator));
 }
 

@@ -124,11 +124,14 @@ void ProgressLine::Show(std::string stage, std::optional<int> percent) {
 
 void ProgressLine::Tick() { Draw(); }
 
-void ProgressLine::Say(const std::string& text) { WriteError(ClearLine + text + "\n"); }
+void ProgressLine::Say(const std::string& text) {
+  ClearProgress();
+  WriteErrorLine(text);
+}
 
 void ProgressLine::Finish() {
   m_Finished = true;
-  WriteError(ClearLine);
+  ClearProgress();
 }
 
 void ProgressLine::Draw() {
@@ -137,7 +140,7 @@ void ProgressLine::Draw() {
   const unsigned columns = os::TerminalColumns(os::StandardHandle(os::StandardStream::Error));
   const std::string line = RenderProgress(m_Progress, (m_Drawn - m_Begin) / Second,
                                           columns == 0 ? UsualColumns : columns);
-  WriteError("\r" + line + ClearRest);
+  ShowProgress(line);
 }
 
 }  // namespace rastrel::cli

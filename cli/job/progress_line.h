@@ -42,10 +42,6 @@ struct ProgressView {
 [[nodiscard]] std::string RenderProgress(const JobProgress& progress, std::int64_t elapsedSeconds,
                                          unsigned columns);
 
-/// Control sequences that clear the whole line, and the line from the cursor on.
-inline constexpr const char* ClearLine = "\r\x1b[K";
-inline constexpr const char* ClearRest = "\x1b[K";
-
 /// Shows a job on a terminal: one line that is drawn over and over, below the lines that stay.
 /// Events and Tick come from several threads; the owner sees to it that they come one at a time.
 class ProgressLine : public JobObserver {

@@ -89,7 +89,7 @@ void TerminalViews::ShowMessage(CWnd*, const std::wstring& text, const std::wstr
   if (m_Json) {
     JsonLine("message").Add("text", os::Utf8FromWide(text)).Write();
   } else {
-    WriteError(os::Utf8FromWide(title + L": " + text + L"\n"));
+    WriteErrorLine(os::Utf8FromWide(title + L": " + text));
   }
 }
 
@@ -128,7 +128,7 @@ void TerminalViews::View::ShowStage(const std::string& stage) {
   if (m_Views.m_Json) {
     JsonLine("state").Add("text", stage).Write();
   } else if (!m_Live) {
-    WriteError(stage + "\n");
+    WriteErrorLine(stage);
   }
 }
 
@@ -138,7 +138,7 @@ void TerminalViews::View::ShowPercent(int percent) {
   if (m_Views.m_Json) {
     JsonLine("progress").Add("percent", static_cast<std::int64_t>(percent)).Write();
   } else if (!m_Live && percent / PercentStep != before / PercentStep) {
-    WriteError(std::to_string(percent) + " %\n");
+    WriteErrorLine(std::to_string(percent) + " %");
   }
 }
 
@@ -147,7 +147,7 @@ void TerminalViews::View::RunModal() {
   if (m_Live) m_Keys = os::TerminalKeys::Take(os::StandardHandle(os::StandardStream::Input));
   while (!m_Dialog.HasEnded()) Turn();
   m_Keys.reset();
-  if (m_Live) WriteError(ClearLine);
+  if (m_Live) ClearProgress();
 }
 
 void TerminalViews::View::Turn() {
@@ -185,7 +185,7 @@ void TerminalViews::View::TakeKeys() {
 
 void TerminalViews::View::Cancel() {
   if (m_Dialog.HasEnded()) return;
-  if (m_Live) WriteError("\rstopping" + std::string(ClearRest));
+  if (m_Live) ShowProgress("stopping");
   m_Dialog.Command(host::CancelCommand);
 }
 
@@ -202,7 +202,7 @@ void TerminalViews::View::Draw() {
   std::string line = RenderProgress(m_View, (now - m_Begin) / Second, room);
   const std::string hint = m_Keys ? "  q: cancel" : "";
   if (line.size() + hint.size() < room) line += hint;
-  WriteError("\r" + line + ClearRest);
+  ShowProgress(line);
 }
 
 ViewsHost::ViewsHost(host::DialogViews& views) : m_Inner(host::GetHost()), m_Views(views) {

@@ -17,23 +17,27 @@ namespace {
 
 constexpr double MinimumGamma = 0.01;
 constexpr double MaximumGamma = 100.0;
-constexpr double ByteScale = 255.0;          // of values that users give, and of nearly all records
-constexpr double PreviewInkScale = 1000.0;   // CMYK in a preview's record
-constexpr std::size_t MaximumLetters = 100;  // of a name
+constexpr double ByteScale = 255.0;         // of values that users give, and of nearly all records
+constexpr double PreviewInkScale = 1000.0;  // CMYK in a preview's record
+
+// As the RIP's prolog (share/rip/System/prolog/sections.ps) defines them; a name that is not there
+// prints unscaled.
+constexpr std::array<std::string_view, 9> ScaleTargets{"Letter", "Legal", "Tabloid", "A0", "A1",
+                                                       "A2",     "A3",    "A4",      "A5"};
 
 bool IsLetter(char character) {
   return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
 }
 
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+bool IsSameWord(std::string_view one, std::string_view other) {
+  return os::LowerAscii(os::WideFromUtf8(one)) == os::LowerAscii(os::WideFromUtf8(other));
+}
 
-// A target's name becomes a part of a PostScript name, with nothing around it.
-bool IsTargetName(std::string_view text) {
-  return !text.empty() && text.size() <= MaximumLetters && IsLetter(text.front()) &&
-         std::ranges::all_of(text, [](char character) {
-           return IsLetter(character) || IsDigit(character) || character == '-' ||
-                  character == '_' || character == '.';
-         });
+std::string ListOfTargets() {
+  std::string list = "none";
+  for (const std::string_view name : ScaleTargets)
+    list += (name == ScaleTargets.back() ? " and " : ", ") + std::string(name);
+  return list;
 }
 
 Expected<void> ApplySize(CJobData& settings, std::string_view text) {
@@ -99,15 +103,18 @@ constexpr std::array LevelRanges{LevelRange{0.0, ByteScale, "low end from 0 to 2
 }  // namespace
 
 Expected<void> ApplyScale(CJobData& settings, std::string_view text) {
-  if (text == "none") {
+  if (IsSameWord(text, "none")) {
     settings.ScaleMode = prefix::ScaleNone;
     return {};
   }
   if (text.empty() || !IsLetter(text.front())) return ApplySize(settings, text);
-  if (!IsTargetName(text))
+  const auto target = std::ranges::find_if(
+      ScaleTargets, [text](std::string_view name) { return IsSameWord(name, text); });
+  if (target == ScaleTargets.end())
     return RefusedValue("--scale", text,
-                        "a target's name holds letters, digits, '-', '_' and '.' only");
-  settings.ScaleTarget = os::WideFromUtf8(text);
+                        "no size has that name; there are " + ListOfTargets() +
+                            ", and sizes with a unit, as in 10x5in");
+  settings.ScaleTarget = os::WideFromUtf8(*target);
   settings.ScaleMode = prefix::ScaleNamed;
   return {};
 }

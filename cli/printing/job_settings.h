@@ -26,7 +26,7 @@ enum class TicketKind { Print, Preview };
 [[nodiscard]] Expected<void> ApplyPreview(CVKJobTicket& ticket, const Invocation& invocation);
 
 /// The value of --scale: "none"; a size with its unit, "10x5in", "25.4x12.7cm", "254x127mm"; or the
-/// name of a target of the RIP, which begins with a letter.
+/// name of a size of the RIP's, in any case: Letter, Legal, Tabloid, A0 to A5. Others are refused.
 [[nodiscard]] Expected<void> ApplyScale(CJobData& settings, std::string_view text);
 
 /// The value of --levels or, with the option's name, of one for a channel: low and high end from 0

@@ -107,7 +107,7 @@ ExitStatus PrefixCommand(const Invocation& invocation) {
   } else if (invocation.Has(OptionId::OutputFile)) {
     WriteFile(invocation.ValueOr(OptionId::OutputFile, ""), bytes);
   } else {
-    WriteOut(ForALook(bytes));
+    WriteOutData(ForALook(bytes));
   }
   return ExitStatus::Done;
 }

@@ -47,14 +47,17 @@ std::string PlaneNames(const pages::PageInfo& info) {
   return names;
 }
 
-std::string PageText(const SpoolPage& page) {
-  if (!page.info) return page.title + "\t" + page.problem + "\n";
+std::vector<std::string> PageRow(const SpoolPage& page) {
+  if (!page.info) return {page.title, page.problem};
   const pages::PageInfo& info = *page.info;
-  return "page " + std::to_string(info.page) + "\t" + std::to_string(info.width) + " x " +
-         std::to_string(info.height) + " pixels\t" + Resolution(info.xResolution) + " x " +
-         Resolution(info.yResolution) + " dpi\t" + std::to_string(info.bits) + " bits " +
-         ColorWord(info.color) + " (" + PlaneNames(info) + ")\t" + std::to_string(page.bytes) +
-         " bytes\t" + info.printer + "\t" + info.mode + "\n";
+  return {
+      "page " + std::to_string(info.page),
+      std::to_string(info.width) + " x " + std::to_string(info.height) + " pixels",
+      Resolution(info.xResolution) + " x " + Resolution(info.yResolution) + " dpi",
+      std::to_string(info.bits) + " bits " + ColorWord(info.color) + " (" + PlaneNames(info) + ")",
+      std::to_string(page.bytes) + " bytes",
+      info.printer,
+      info.mode};
 }
 
 std::string PageLine(const SpoolEntry& entry, const SpoolPage& page) {
@@ -87,8 +90,8 @@ const char* StateWord(SpoolState state) {
 std::string StateText(const SpoolEntry& entry) {
   switch (entry.state) {
     case SpoolState::Kept: return {};
-    case SpoolState::WithoutRecord: return "\tkept without a record";
-    case SpoolState::Incomplete: return "\tincomplete: " + entry.problem;
+    case SpoolState::WithoutRecord: return "kept without a record";
+    case SpoolState::Incomplete: return "incomplete: " + entry.problem;
   }
   return {};
 }
@@ -103,10 +106,16 @@ std::string EntryLine(const SpoolEntry& entry) {
   return line.Text();
 }
 
-std::string EntryText(const SpoolEntry& entry) {
-  return entry.name + "\t" + std::to_string(entry.pages) + (entry.pages == 1 ? " page" : " pages") +
-         "\t" + std::to_string(entry.bytes) + " bytes\t" + DateText(entry.modified) +
-         StateText(entry) + "\n";
+std::vector<std::string> EntryRow(const SpoolEntry& entry) {
+  std::vector<std::string> row{
+      entry.name, std::to_string(entry.pages) + (entry.pages == 1 ? " page" : " pages"),
+      std::to_string(entry.bytes) + " bytes", DateText(entry.modified)};
+  if (entry.state != SpoolState::Kept) row.push_back(StateText(entry));
+  return row;
+}
+
+void WriteEntry(const SpoolEntry& entry, bool json) {
+  json ? WriteOutLines(EntryLine(entry)) : WriteOutRow(EntryRow(entry));
 }
 
 // The pages of a job that is a link lie in a directory of somebody else's, and stay.
@@ -129,8 +138,7 @@ void ShowInDesktop(const std::string& directory) {
 
 ExitStatus ListSpoolCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
-  for (const SpoolEntry& entry : ListSpool())
-    WriteOut(invocation.Has(OptionId::Json) ? EntryLine(entry) : EntryText(entry));
+  for (const SpoolEntry& entry : ListSpool()) WriteEntry(entry, invocation.Has(OptionId::Json));
   return ExitStatus::Done;
 }
 
@@ -138,9 +146,9 @@ ExitStatus ShowSpoolCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
   const bool json = invocation.Has(OptionId::Json);
-  WriteOut(json ? EntryLine(entry) : EntryText(entry));
+  WriteEntry(entry, json);
   for (const SpoolPage& page : PagesOf(entry))
-    WriteOut(json ? PageLine(entry, page) : PageText(page));
+    json ? WriteOutLines(PageLine(entry, page)) : WriteOutRow(PageRow(page));
   return ExitStatus::Done;
 }
 
@@ -158,7 +166,7 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
         .Add("bytes", static_cast<std::int64_t>(bytes))
         .Write();
   } else {
-    WriteOut(std::to_string(bytes) + " bytes\n");
+    WriteOutLine(std::to_string(bytes) + " bytes");
   }
   return ExitStatus::Done;
 }
@@ -173,7 +181,7 @@ ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
     JsonLine line("removed");
     line.Add("text", entry.name).Add("path", entry.directory).Write();
   } else {
-    WriteOut("removed " + entry.name + "\n");
+    WriteOutLine("removed " + entry.name);
   }
   return ExitStatus::Done;
 }
@@ -188,7 +196,7 @@ ExitStatus OpenSpoolCommand(const Invocation& invocation) {
     JsonLine line("directory");
     line.Add("path", directory).Write();
   } else {
-    WriteOut(directory + "\n");
+    WriteOutPath(directory);
   }
   ShowInDesktop(directory);
   return ExitStatus::Done;

@@ -100,7 +100,7 @@ void Report(const Invocation& invocation, const char* event, const SpoolEntry& e
     line.Add("text", entry.name).Add("path", entry.directory).AddIfAny("problem", entry.problem);
     line.Write();
   } else {
-    WriteOut(text + "\n");
+    WriteOutLine(text);
   }
 }
 

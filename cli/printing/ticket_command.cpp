@@ -16,6 +16,7 @@
 #include "rastrel/job/job_ticket.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -83,13 +84,7 @@ class FieldList {
     constexpr std::size_t width = 20;
     label += ':';
     if (label.size() < width) label.resize(width, ' ');
-    // On one line of its own, whatever the text holds.
-    std::string shown;
-    for (const char character : value) {
-      const auto byte = static_cast<unsigned char>(character);
-      shown += byte < 32 || byte == 127 ? ' ' : character;
-    }
-    m_Lines += label + shown + "\n";
+    m_Lines += label + os::CleanLine(value) + "\n";
   }
 
   std::string m_Lines;
@@ -149,7 +144,7 @@ ExitStatus ShowTicketCommand(const Invocation& invocation) {
   AddJob(fields, ticket);
   AddSettings(fields, ticket.m_JobData);
   AddPages(fields, ticket.m_CFMFile);
-  WriteOut(invocation.Has(OptionId::Json) ? fields.Json() : fields.Lines());
+  WriteOutLines(invocation.Has(OptionId::Json) ? fields.Json() : fields.Lines());
   return ExitStatus::Done;
 }
 
@@ -170,7 +165,7 @@ ExitStatus HoldTicketCommand(const Invocation& invocation, bool hold) {
     JsonLine line(hold ? "held" : "released");
     line.AddFlag("changed", ticket.m_Status != before).Add("path", path).Write();
   } else {
-    WriteOut(path + ": " + already + (hold ? "held" : "released") + "\n");
+    WriteOutLine(path + ": " + already + (hold ? "held" : "released"));
   }
   return ExitStatus::Done;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "cli/console/json_text.h"
 #include "cli/console/long_output.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
@@ -58,7 +59,7 @@ std::string MembersOf(const CFolderInfo& node, const char* event) {
     object["url"] = os::Utf8FromWide(node.m_Url);
     object["extension"] = os::Utf8FromWide(node.m_Extension);
   }
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return JsonText(object);
 }
 
 void WriteObject(const CFolderInfo& node, const char* event, LongOutput& output) {
@@ -96,7 +97,7 @@ ExitStatus CarsCommand(const Invocation& invocation) {
   if (folder == nullptr) {
     OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
     OrEnd(ExitStatus::BadInput, CheckXmlInput({invocation.operand, L"LIBRARY", true}));
-    if (!json) WriteOut("no folders\n");
+    if (!json) WriteOutLine("no folders");
   }
   const Branches& branches = TextIsUtf8() ? BoxDrawing : Ascii;
   LongOutput output;

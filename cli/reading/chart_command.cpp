@@ -40,7 +40,7 @@ ExitStatus TrademarkChartCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Json))
     JsonLine("trademark").Add("file", os::Utf8FromWide(file.data())).Write();
   else
-    WriteOut(OneLineText(file.data()) + "\n");
+    WriteOutLine(os::Utf8FromWide(file.data()));
   return ExitStatus::Done;
 }
 
@@ -54,9 +54,9 @@ ExitStatus SymbolChartCommand(const Invocation& invocation) {
     line.AddNumber("height", reader.m_Height).AddNumber("trademark", reader.m_Trademark);
     line.AddNumber("signature", reader.m_SigHeight).Write();
   } else {
-    WriteOut("height " + os::ShortestDecimal(reader.m_Height) + ", trademark " +
-             os::ShortestDecimal(reader.m_Trademark) + ", signature " +
-             os::ShortestDecimal(reader.m_SigHeight) + "\n");
+    WriteOutLine("height " + os::ShortestDecimal(reader.m_Height) + ", trademark " +
+                 os::ShortestDecimal(reader.m_Trademark) + ", signature " +
+                 os::ShortestDecimal(reader.m_SigHeight));
   }
   return ExitStatus::Done;
 }
@@ -71,7 +71,7 @@ ExitStatus FontTableCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Json))
     JsonLine("font").Add("font", os::Utf8FromWide(font.c_str())).Write();
   else
-    WriteOut(OneLineText(font.c_str()) + "\n");
+    WriteOutLine(os::Utf8FromWide(font.c_str()));
   return ExitStatus::Done;
 }
 
@@ -88,7 +88,7 @@ ExitStatus CopyrightChartCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Json))
     JsonLine("copyright").AddNumber("font_size", reader.m_FontSize).Write();
   else
-    WriteOut(os::ShortestDecimal(reader.m_FontSize) + "\n");
+    WriteOutLine(os::ShortestDecimal(reader.m_FontSize));
   return ExitStatus::Done;
 }
 
@@ -103,7 +103,7 @@ ExitStatus CapRulesCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Json)) {
     JsonLine("caps").Add("words", texts).Write();
   } else {
-    for (const std::wstring& word : words) WriteOut(OneLineText(word.c_str()) + "\n");
+    for (const std::wstring& word : words) WriteOutLine(os::Utf8FromWide(word.c_str()));
   }
   return ExitStatus::Done;
 }

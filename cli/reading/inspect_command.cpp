@@ -64,9 +64,10 @@ struct Output {
 };
 
 void Write(const Inspection& inspection, const Output& output) {
-  WriteOut(output.json    ? InspectionObject(inspection)
-           : output.table ? InspectionRow(inspection)
-                          : InspectionLine(inspection, output.color));
+  if (output.json) return WriteOutLines(InspectionObject(inspection));
+  if (output.table) return WriteOutLines(InspectionRow(inspection));
+  const std::string line = InspectionLine(inspection, output.color);
+  output.color ? WriteOutControl(line) : WriteOutLines(line);
 }
 
 // The comments are shown whether the interpreter can paint the file or not.
@@ -137,13 +138,13 @@ ExitStatus InspectCommand(const Invocation& invocation) {
     throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
   output.color = !output.json && !output.table && TerminalShowsColor();
   ExitStatus status = ExitStatus::Done;
-  if (output.table) WriteOut(InspectionTableHead());
+  if (output.table) WriteOutLines(InspectionTableHead());
   for (const std::string& operand : invocation.operands)
     for (const std::string& file : FilesOfOperand(operand)) {
       try {
         InspectOne(file, output);
       } catch (const CommandError& error) {
-        WriteError("rastrel: " + file + ": " + error.what() + "\n");
+        WriteErrorLine("rastrel: " + file + ": " + error.what());
         if (status != ExitStatus::BadInput) status = error.Status();
       }
     }

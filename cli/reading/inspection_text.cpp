@@ -1,23 +1,18 @@
 #include "cli/reading/inspection_text.h"
 
-#include "cli/input/page_bounds.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <numeric>
 
+#include "cli/console/json_text.h"
+#include "cli/input/page_bounds.h"
 #include "rastrel/platform/os/decimal.h"
+#include "rastrel/platform/os/shown_text.h"
 
 namespace rastrel::cli {
 namespace {
-
-std::string OneLine(std::string text) {
-  for (char& byte : text)
-    if (static_cast<unsigned char>(byte) < ' ' || byte == '\x7F') byte = ' ';
-  return text;
-}
 
 std::string Number(double value) { return os::ShortestDecimal(std::round(value * 1000) / 1000); }
 
@@ -86,14 +81,14 @@ std::string PaintedText(const PaintedReport& report) {
 std::string SpotsText(const Inspection& inspection, bool color) {
   std::string text;
   if (!inspection.names.empty())
-    text += "; colours: " + OneLine(Joined(inspection.names, ", ", NameText));
+    text += "; colours: " + os::CleanLine(Joined(inspection.names, ", ", NameText));
   if (!inspection.spots.empty())
     text += "; spots: " + Joined(inspection.spots, ", ", [color](const InspectedSpot& spot) {
-              return (color ? Swatch(spot.color) : std::string()) + OneLine(NameText(spot.name)) +
-                     " " + ColorText(spot.color);
+              return (color ? Swatch(spot.color) : std::string()) +
+                     os::CleanLine(NameText(spot.name)) + " " + ColorText(spot.color);
             });
   if (!inspection.undefined.empty())
-    text += "; not defined: " + OneLine(Joined(inspection.undefined, ", ", NameText));
+    text += "; not defined: " + os::CleanLine(Joined(inspection.undefined, ", ", NameText));
   return text;
 }
 
@@ -129,9 +124,9 @@ std::string InspectionLine(const Inspection& inspection, bool color) {
   if (inspection.kind == FileKind::DosEps)
     text += SectionText("PostScript", inspection.postScript) +
             SectionText("metafile", inspection.metafile) + SectionText("TIFF", inspection.tiff);
-  text = OneLine(text + ")");
+  text = os::CleanLine(text + ")");
   if (inspection.kind == FileKind::Neither) return text + "\n";
-  text += "; " + OneLine(inspection.header);
+  text += "; " + os::CleanLine(inspection.header);
   if (inspection.bounds) {
     text += "; bounds " + Joined(PointsOf(*inspection.bounds), " ", Number) + " pt, " +
             Joined(CentimetresOf(*inspection.bounds), " ", Number) + " cm";
@@ -139,7 +134,7 @@ std::string InspectionLine(const Inspection& inspection, bool color) {
     text += "; no bounds";
   }
   text += SpotsText(inspection, color);
-  if (inspection.painted) text += OneLine(PaintedText(*inspection.painted));
+  if (inspection.painted) text += os::CleanLine(PaintedText(*inspection.painted));
   if (!inspection.paintedError.empty()) text += "; painted: not known";
   return text + "\n";
 }
@@ -172,7 +167,7 @@ std::string InspectionRow(const Inspection& inspection) {
   for (const auto* names : {&report.painted, &report.notPainted, &report.notDeclared})
     fields.push_back(Joined(*names, " | ", AsIs));
   fields.push_back(inspection.paintedError);
-  return Joined(fields, "\t", OneLine) + "\n";
+  return Joined(fields, "\t", os::CleanLine) + "\n";
 }
 
 std::string InspectionObject(const Inspection& inspection) {
@@ -203,7 +198,7 @@ std::string InspectionObject(const Inspection& inspection) {
     object["not_declared"] = inspection.painted->notDeclared;
   }
   if (!inspection.paintedError.empty()) object["painted_error"] = inspection.paintedError;
-  return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return JsonText(object) + "\n";
 }
 
 }  // namespace rastrel::cli

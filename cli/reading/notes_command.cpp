@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/console/json_text.h"
 #include "cli/console/long_output.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
@@ -129,7 +130,7 @@ void WriteRecords(const char* name, const std::vector<std::unique_ptr<Record>>& 
   output.Append(std::string(",\"") + name + "\":[");
   for (const auto& record : records) {
     if (record != records.front()) output.Append(",");
-    output.Append(makeObject(*record).dump(-1, ' ', false, Json::error_handler_t::replace));
+    output.Append(JsonText(makeObject(*record)));
   }
   output.Append("]");
 }
@@ -155,7 +156,7 @@ ExitStatus NotesCommand(const Invocation& invocation) {
   if (company == nullptr) {
     OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
     OrEnd(ExitStatus::BadInput, CheckXmlInput({invocation.operand, L"JOBNOTESLIST", true}));
-    if (!json) WriteOut("no companies\n");
+    if (!json) WriteOutLine("no companies");
   }
   LongOutput output;
   for (int number = 1; company != nullptr; company = notes.GetNextCompany(), ++number) {

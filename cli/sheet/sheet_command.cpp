@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/console/json_line.h"
+#include "cli/console/long_output.h"
 #include "cli/console/options.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/file_head.h"
@@ -108,16 +109,17 @@ void WriteNotes(const Task& task, const std::vector<std::string>& notes) {
           .Add("text", std::string_view(message))
           .Write();
     else
-      WriteError("rastrel: " + message + "\n");
+      WriteErrorLine("rastrel: " + message);
   }
 }
 
 void CopyToOutput(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::array<char, 64 * 1024> piece;
+  LongOutput output;
   while (file) {
     file.read(piece.data(), piece.size());
-    WriteOut({piece.data(), static_cast<std::size_t>(file.gcount())});
+    output.Append({piece.data(), static_cast<std::size_t>(file.gcount())});
   }
 }
 
@@ -192,8 +194,8 @@ void WriteList(Task& task) {
     }
     std::string line = std::to_string(entry.number) + "\t";
     sheet::AppendEscaped(line, entry.sheet.name);
-    WriteOut(line + "\t" + visibility + "\t" + std::to_string(rows) + " rows\t" +
-             std::to_string(columns) + " columns\t" + std::to_string(cells) + " cells\n");
+    WriteOutData(line + "\t" + visibility + "\t" + std::to_string(rows) + " rows\t" +
+                 std::to_string(columns) + " columns\t" + std::to_string(cells) + " cells\n");
   }
   WriteDone(task);
 }

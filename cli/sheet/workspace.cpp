@@ -67,8 +67,7 @@ void Workspace::Stop() {
       static_cast<void>(os::RemoveTree(path));
   }
   // The progress line may be there, followed by the terminal's echo of the key.
-  if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)))
-    WriteError(ClearLine);
+  if (!m_Json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error))) ClearProgress();
   WriteErrorMessage({ExitStatus::Cancelled, "cancelled; what was unpacked has been removed"},
                     m_Json);
   std::_Exit(static_cast<int>(ExitStatus::Cancelled));

@@ -7,9 +7,8 @@
 
 namespace rastrel::document {
 
-/// A message that holds foreign text, for a person: characters that would do something to the
-/// terminal or to the rest of the message become spaces (control characters, line ends, changes of
-/// direction), those at its end go, and so do those beyond MaximumMessage.
+/// A message that holds foreign text, for a person: cleaned (os::CleanLine), without whitespace at
+/// its end, and cut after MaximumMessage characters.
 [[nodiscard]] std::wstring CleanMessage(std::wstring text);
 inline constexpr std::size_t MaximumMessage = 2000;
 

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "rastrel/platform/os/shown_text.h"
+
 namespace rastrel::text {
 
 namespace {
@@ -20,10 +22,7 @@ std::string MessageOf(const GLogField* fields, gsize count) {
     const std::size_t length =
         fields[i].length < 0 ? std::strlen(text) : static_cast<std::size_t>(fields[i].length);
     message += ": ";
-    for (const char letter : std::string_view(text, length)) {
-      const bool control = static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F;
-      message += control ? ' ' : letter;
-    }
+    message += os::CleanLine({text, length});
   }
   return message;
 }

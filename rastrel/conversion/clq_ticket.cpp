@@ -7,7 +7,7 @@
 
 #include "rastrel/conversion/queue_supervisor.h"
 #include "rastrel/job/app_log.h"
-#include "rastrel/job/format_string.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/thread.h"
 #include "rastrel/platform/os/wait.h"

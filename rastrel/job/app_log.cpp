@@ -1,11 +1,16 @@
 #include "rastrel/job/app_log.h"
 
+#include <atomic>
+
 #include "rastrel/job/exe_paths.h"
+#include "rastrel/job/format_string.h"
 #include "rastrel/job/log_cleanup.h"
 #include "rastrel/job/log_entry.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/job/singleton.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/text.h"
 
@@ -18,7 +23,15 @@ rastrel::job::Singleton<CAppLog>& Holder() {
   return holder;
 }
 
+void WriteToStandardError(std::string_view text, const rastrel::Failure& /*why*/) {
+  os::WriteToStandardError(text);
+}
+
+std::atomic<CAppLog::LostTextHandler> s_LostText = WriteToStandardError;
+
 }  // namespace
+
+void CAppLog::SetLostTextHandler(LostTextHandler handler) { s_LostText = handler; }
 
 CAppLog& CAppLog::Instance() {
   return Holder().Get([] { new CAppLog; });
@@ -50,9 +63,16 @@ CAppLog::~CAppLog() {
 }
 
 void CAppLog::Open() {
-  if (m_FileName.empty()) return;
+  if (m_FileName.empty()) {
+    m_Failure = rastrel::FailureOf("there is no directory for it");
+    return;
+  }
   auto file = os::CreateLog(m_FileName);
-  if (file) m_File = file->Release();
+  if (file) {
+    m_File = file->Release();
+  } else {
+    m_Failure = file.Error();
+  }
 }
 
 void CAppLog::Write(const char* text) { WriteEntry(text); }
@@ -61,7 +81,7 @@ void CAppLog::Write(const wchar_t* text) { WriteEntry(os::Utf8FromWide(text)); }
 
 void CAppLog::PrintArguments(const wchar_t* format,
                              std::span<const rastrel::job::FormatArgument> arguments) {
-  const std::wstring text = rastrel::job::FormatText(format, arguments) + L"\r\n";
+  const std::wstring text = rastrel::job::PrintfText(format, arguments) + L"\r\n";
   Write(text.c_str());
 }
 
@@ -69,11 +89,12 @@ void CAppLog::WriteEntry(std::string_view text) {
   m_Lock.Enter();
   if (m_File < 0) {
     // The lock stays entered; see the class.
-    os::WriteToStandardError(text);
+    s_LostText.load()(text, m_Failure);
     return;
   }
   std::string entry = rastrel::job::LogEntryHead(os::CurrentLocalTime(), os::CurrentThreadId());
   entry += text;
-  if (!os::WriteAll(m_File, entry)) os::WriteToStandardError(text);
+  if (const auto written = os::WriteAll(m_File, entry); !written)
+    s_LostText.load()(text, rastrel::FailureAt(os::ToNative(m_FileName), written.Error()));
   m_Lock.Leave();
 }

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "rastrel/job/format_string.h"
+#include "rastrel/job/format_argument.h"
+#include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/recursive_lock.h"
 
 /// The library's diagnostic file, `Rastrel-<process id>.log` in the RIP directory, one a process.
@@ -14,9 +15,10 @@
 /// has the format.
 ///
 /// All threads of the library write; an entry is written whole, in one call under one lock. If the
-/// file could not be opened, the text goes to the standard error stream and the lock **stays
-/// entered**: the first thread that logs goes on, and every other thread that logs waits for ever.
-/// A program that must not hang asks before it prints (CheckPrintFiles in job/print_check.h).
+/// file could not be opened, the text goes to the standard error stream (SetLostTextHandler) and
+/// the lock **stays entered**: the first thread that logs goes on, and every other thread that logs
+/// waits for ever. A program that must not hang asks before it prints (CheckPrintFiles in
+/// job/print_check.h).
 class CAppLog {
  public:
   /// The one object, made at first use. Making it opens the file and removes the logs of processes
@@ -31,6 +33,13 @@ class CAppLog {
   /// Makes no object and does not log. Any thread.
   [[nodiscard]] static State GetState();
 
+  /// Receives each text that could not be written to the file, and why, on the thread that logs. It
+  /// must not log.
+  using LostTextHandler = void (*)(std::string_view text, const rastrel::Failure& why);
+  /// Replaces the default, which writes the text to the standard error stream. For a program that
+  /// has a message of its own for that. Before the first use of the log.
+  static void SetLostTextHandler(LostTextHandler handler);
+
   virtual ~CAppLog();
   CAppLog(const CAppLog&) = delete;
   CAppLog& operator=(const CAppLog&) = delete;
@@ -39,7 +48,7 @@ class CAppLog {
   void Write(const char* text);
   /// Writes one entry, as UTF-8. No line end is added.
   void Write(const wchar_t* text);
-  /// Writes one formatted entry (FormatString's rules), and CR and LF after it.
+  /// Writes one formatted entry (the rules of printf_text.h), and CR and LF after it.
   template <typename... Arguments>
   void Printf(const wchar_t* format, const Arguments&... arguments) {
     const std::array<rastrel::job::FormatArgument, sizeof...(Arguments)> list{
@@ -54,7 +63,8 @@ class CAppLog {
   void PrintArguments(const wchar_t* format,
                       std::span<const rastrel::job::FormatArgument> arguments);
 
-  std::wstring m_FileName;  // full path
-  int m_File = -1;          // descriptor; -1 if the file could not be opened
+  std::wstring m_FileName;     // full path
+  int m_File = -1;             // descriptor; -1 if the file could not be opened
+  rastrel::Failure m_Failure;  // why not
   rastrel::os::RecursiveLock m_Lock;
 };

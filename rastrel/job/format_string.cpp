@@ -21,10 +21,6 @@ struct Conversion {
   std::size_t width = 0;
   std::optional<std::size_t> precision;
   wchar_t letter = 0;
-  int longs = 0;        // how many "l"
-  bool half = false;    // "h"
-  bool size = false;    // "z"
-  bool wide64 = false;  // "I64"
 };
 
 bool IsDigit(wchar_t character) { return character >= L'0' && character <= L'9'; }
@@ -49,31 +45,12 @@ void TakeFlags(std::wstring_view format, std::size_t& at, Conversion& conversion
   }
 }
 
-// The modifiers of a variable list that formatted text does not know are letters there.
-void TakeModifiers(std::wstring_view format, std::size_t& at, bool variableList,
-                   Conversion& conversion) {
-  for (; at < format.size(); ++at) {
-    const wchar_t letter = format[at];
-    if (letter == L'h') {
-      conversion.half = true;
-    } else if (letter == L'l') {
-      ++conversion.longs;
-    } else if (letter == L'N') {
-      continue;
-    } else if (variableList && letter == L'z') {
-      conversion.size = true;
-    } else if (variableList && format.substr(at, 3) == L"I64") {
-      conversion.wide64 = true;
-      at += 2;
-    } else {
-      return;
-    }
-  }
+void SkipModifiers(std::wstring_view format, std::size_t& at) {
+  while (at < format.size() && std::wstring_view(L"hlN").find(format[at]) != format.npos) ++at;
 }
 
 // Reads a conversion whose "%" is before `at`. Nothing if the format ends inside it.
-std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& at,
-                                         bool variableList) {
+std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& at) {
   Conversion conversion;
   TakeFlags(format, at, conversion);
   conversion.width = TakeNumber(format, at);
@@ -81,7 +58,7 @@ std::optional<Conversion> TakeConversion(std::wstring_view format, std::size_t& 
     conversion.precision = TakeNumber(format, ++at);
     if (!conversion.left) conversion.fill = L'0';
   }
-  TakeModifiers(format, at, variableList, conversion);
+  SkipModifiers(format, at);
   if (at >= format.size()) return std::nullopt;
   conversion.letter = format[at++];
   return conversion;
@@ -191,10 +168,11 @@ std::wstring Converted(const Conversion& conversion, const FormatArgument& argum
   return Padded(std::move(text), conversion.width, conversion.left, conversion.fill);
 }
 
-// Walks the format; `next` returns the argument of a conversion or null.
-template <typename Next>
-std::wstring Walk(std::wstring_view format, bool variableList, Next next) {
+}  // namespace
+
+std::wstring FormatText(std::wstring_view format, std::span<const FormatArgument> arguments) {
   std::wstring result;
+  std::size_t used = 0;
   std::size_t at = 0;
   while (at < format.size()) {
     const std::size_t percent = std::min(format.find(L'%', at), format.size());
@@ -206,70 +184,11 @@ std::wstring Walk(std::wstring_view format, bool variableList, Next next) {
       ++at;
       continue;
     }
-    const auto conversion = TakeConversion(format, at, variableList);
+    const auto conversion = TakeConversion(format, at);
     if (!conversion) break;
-    if (const FormatArgument* argument = next(*conversion))
-      result += Converted(*conversion, *argument);
+    if (used < arguments.size()) result += Converted(*conversion, arguments[used++]);
   }
   return result;
-}
-
-std::int64_t TakeSigned(const Conversion& conversion, std::va_list& list) {
-  if (conversion.wide64 || conversion.longs > 1) return va_arg(list, long long);
-  if (conversion.size || conversion.longs == 1) return va_arg(list, long);
-  const int number = va_arg(list, int);
-  return conversion.half ? static_cast<short>(number) : number;
-}
-
-std::uint64_t TakeUnsigned(const Conversion& conversion, std::va_list& list) {
-  if (conversion.wide64 || conversion.longs > 1) return va_arg(list, unsigned long long);
-  if (conversion.size || conversion.longs == 1) return va_arg(list, unsigned long);
-  const unsigned number = va_arg(list, unsigned);
-  return conversion.half ? static_cast<unsigned short>(number) : number;
-}
-
-FormatArgument TakeArgument(const Conversion& conversion, std::va_list& list) {
-  switch (conversion.letter) {
-    case L'u':
-    case L'o':
-    case L'x':
-    case L'X': return TakeUnsigned(conversion, list);
-    case L'e':
-    case L'E':
-    case L'g':
-    case L'G':
-    case L'f':
-    case L'F': return va_arg(list, double);
-    case L's':
-      if (conversion.half) return static_cast<const char*>(va_arg(list, const char*));
-      return static_cast<const wchar_t*>(va_arg(list, const wchar_t*));
-    case L'S': return static_cast<const char*>(va_arg(list, const char*));
-    case L'c': return static_cast<wchar_t>(va_arg(list, int));
-    case L'p': return static_cast<const void*>(va_arg(list, const void*));
-    default: return TakeSigned(conversion, list);
-  }
-}
-
-}  // namespace
-
-std::wstring FormatText(std::wstring_view format, std::span<const FormatArgument> arguments) {
-  std::size_t used = 0;
-  return Walk(format, false, [&](const Conversion&) -> const FormatArgument* {
-    return used < arguments.size() ? &arguments[used++] : nullptr;
-  });
-}
-
-std::wstring FormatVariableList(const wchar_t* format, std::va_list list) {
-  std::va_list arguments;
-  va_copy(arguments, list);
-  std::optional<FormatArgument> argument;
-  std::wstring text =
-      Walk(format, true, [&](const Conversion& conversion) -> const FormatArgument* {
-        argument.emplace(TakeArgument(conversion, arguments));
-        return &*argument;
-      });
-  va_end(arguments);
-  return text;
 }
 
 }  // namespace rastrel::job

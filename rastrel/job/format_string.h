@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cstdarg>
 #include <span>
 #include <string>
 
@@ -9,8 +8,9 @@
 
 namespace rastrel::job {
 
-/// The library's one formatter. It is not the C library's printf, knows no locale, and its texts go
-/// into files that other programs read, so its rules must not change:
+/// The formatter of CFM2 text, the prefix and file names. It is not the C library's printf, knows
+/// no locale, and its texts go into files that other programs read, so its rules must not change.
+/// The logs have another one (printf_text.h).
 ///
 /// - `%%` is a percent sign.
 /// - Flags: a space makes the fill a space, `0` makes it a zero, `-` aligns left, `+` takes that
@@ -27,11 +27,6 @@ namespace rastrel::job {
 ///   conversion that has no argument left.
 [[nodiscard]] std::wstring FormatText(std::wstring_view format,
                                       std::span<const FormatArgument> arguments);
-
-/// The same rules for the arguments of a C variable list, which are taken by the sizes that the
-/// modifiers name (`h`, `l`, `ll`, `z`, `I64`). `s` takes wide text, `S` and `hs` narrow text in
-/// UTF-8, `c` a wide character.
-[[nodiscard]] std::wstring FormatVariableList(const wchar_t* format, std::va_list list);
 
 }  // namespace rastrel::job
 

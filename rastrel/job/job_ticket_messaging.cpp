@@ -2,8 +2,8 @@
 
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/job/format_string.h"
 #include "rastrel/job/job_ticket.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 

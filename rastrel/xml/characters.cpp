@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "rastrel/platform/os/hex.h"
+
 namespace rastrel::xml {
 
 using namespace std::string_view_literals;
@@ -49,23 +51,32 @@ bool IsEncodingOf(XmlEncodingFamily family, std::string_view declared) {
   return true;
 }
 
-bool IsUtf8(std::string_view bytes) {
+std::size_t FirstIllFormed(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size();) {
+    const std::size_t begin = at;
     const auto lead = static_cast<unsigned char>(bytes[at++]);
     if (lead < 0x80) continue;
     const std::size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    if (lead < 0xC2 || lead > 0xF4 || bytes.size() - at < more) return false;
+    if (lead < 0xC2 || lead > 0xF4 || bytes.size() - at < more) return begin;
     std::uint32_t value = lead & (0x3FU >> more);
     for (const std::size_t end = at + more; at < end; ++at) {
       const auto byte = static_cast<unsigned char>(bytes[at]);
-      if ((byte & 0xC0) != 0x80) return false;
+      if ((byte & 0xC0) != 0x80) return begin;
       value = value << 6 | (byte & 0x3F);
     }
     constexpr std::uint32_t smallest[] = {0x80, 0x800, 0x10000};
     const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-    if (value < smallest[more - 1] || value > 0x10FFFF || surrogate) return false;
+    if (value < smallest[more - 1] || value > 0x10FFFF || surrogate) return begin;
   }
-  return true;
+  return bytes.size();
+}
+
+bool IsUtf8(std::string_view bytes) { return FirstIllFormed(bytes) == bytes.size(); }
+
+std::string BadCharacter(unsigned char byte, std::string_view encoding) {
+  std::string text = "the byte 0x";
+  os::AppendHex(text, byte, os::HexCase::Upper);
+  return text + " begins no character of " + std::string(encoding);
 }
 
 bool AreXmlCharacters(std::string_view bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace rastrel::xml {
@@ -22,6 +23,12 @@ enum class XmlEncodingFamily { Unknown, Utf8, Utf16 };
 
 /// Whether the bytes are UTF-8 in its one strict form (RFC 3629).
 [[nodiscard]] bool IsUtf8(std::string_view bytes);
+
+/// The place of the first byte that begins no character of strict UTF-8; the size if there is none.
+[[nodiscard]] std::size_t FirstIllFormed(std::string_view bytes);
+
+/// Why a document with such a byte is refused: "the byte 0xE9 begins no character of US-ASCII".
+[[nodiscard]] std::string BadCharacter(unsigned char byte, std::string_view encoding);
 
 /// Whether bytes without control characters are characters that XML 1.0 allows: strict UTF-8
 /// without U+FFFE and U+FFFF.

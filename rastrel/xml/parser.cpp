@@ -4,7 +4,9 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <utility>
 
+#include "rastrel/platform/os/character_check.h"
 #include "rastrel/xml/characters.h"
 #include "rastrel/xml/declaration.h"
 #include "rastrel/xml/input_watch.h"
@@ -25,6 +27,9 @@ constexpr std::size_t WindowSize = 2 * PieceSize;
 constexpr std::size_t MinimumForParser = 64;
 // The number of bytes that show the family of encodings.
 constexpr std::size_t HeadSize = 4;
+// The first four bytes of a declaration, and the maximum of it that is looked at.
+constexpr std::string_view DeclarationMark = "<?xm";
+constexpr std::size_t MaximumDeclaration = 1024;
 constexpr std::string_view CommentMark = "<!--";
 constexpr std::string_view CommentEnd = "-->";
 
@@ -80,6 +85,8 @@ class Feeder {
   void MovePlace(std::string_view bytes, std::uint32_t line);
   [[nodiscard]] std::size_t PieceForParser(std::string_view bytes, bool isFull) const;
   void HurryParser();
+  bool FindEncoding(std::string_view bytes, bool isFull);
+  void PushChecked(std::string_view piece);
   void Push(std::string_view piece, bool isLast);
   void CheckHeldBack();
   [[nodiscard]] bool EndsWithinCharacter() const;
@@ -94,6 +101,9 @@ class Feeder {
   std::optional<XmlInputWatch> m_Watch;           // or this, from the first bytes on
   const XmlName* m_NotPlain = nullptr;            // an element that is the parser's
   std::size_t m_ForParser = 0;                    // bytes that it is to read at once, at least
+  std::string m_Head;                             // the first bytes, until the encoding is known
+  std::string m_Encoding;                         // the declared one, if characters are checked
+  std::unique_ptr<os::CharacterCheck> m_Characters;
   bool m_BeginsInComment = false;  // the parser has a comment's mark, and nothing else so far
 };
 
@@ -147,6 +157,7 @@ bool Feeder::Begin(std::span<char> buffer) {
   }
   const std::string_view head(buffer.data(), held);
   m_BeginsInComment = head == CommentMark;
+  m_Head = head;
   if (!m_Parser.Begin(head)) return false;
   if (XmlParserInternals::IsAvailable()) {
     m_Internals.emplace(m_Parser.Context());
@@ -161,6 +172,7 @@ bool Feeder::Begin(std::span<char> buffer) {
 // plain are taken by the scanner. The parser never sees them, and need not: before and after an
 // element it is in the same state.
 std::size_t Feeder::Consume(std::string_view bytes, bool isFull) {
+  if (!m_Head.empty() && !FindEncoding(bytes, isFull)) return 0;
   std::string_view rest = bytes;
   while (!Failed() && !rest.empty()) {
     if (IsBetweenElements()) {
@@ -172,7 +184,7 @@ std::size_t Feeder::Consume(std::string_view bytes, bool isFull) {
     const std::string_view piece = rest.substr(0, PieceForParser(rest, isFull));
     if (piece.empty()) break;
     m_BeginsInComment = false;
-    Push(piece, false);
+    PushChecked(piece);
     rest.remove_prefix(piece.size());
   }
   return bytes.size() - rest.size();
@@ -246,6 +258,32 @@ std::size_t Feeder::PieceForParser(std::string_view bytes, bool isFull) const {
 // Small pieces cost the parser more than they save where one follows the other.
 void Feeder::HurryParser() {
   m_ForParser = std::min(std::max(MinimumForParser, m_ForParser * 2), PieceSize);
+}
+
+// The parser's converter reads ahead of it, so that a byte that is no character is reported as
+// another fault, or where the parser happens to be. So such documents are looked through before.
+// False if more bytes are needed to know the encoding.
+bool Feeder::FindEncoding(std::string_view bytes, bool isFull) {
+  const bool isDeclared = m_Head == DeclarationMark && m_Parser.ReadsDeclaration();
+  if (isDeclared && !isFull && bytes.find("?>") == bytes.npos) return false;
+  const std::string head = std::exchange(m_Head, {});
+  if (!isDeclared) return true;
+  m_Encoding =
+      DeclaredEncoding(m_Parser.Family(), head + std::string(bytes.substr(0, MaximumDeclaration)));
+  m_Characters = os::CharacterCheck::Make(m_Encoding);
+  if (m_Characters) static_cast<void>(m_Characters->Read(head));
+  return true;
+}
+
+// Faults before a bad byte are the parser's to report.
+void Feeder::PushChecked(std::string_view piece) {
+  const std::size_t sound = m_Characters ? m_Characters->Read(piece) : piece.size();
+  if (sound > 0) Push(piece.substr(0, sound), false);
+  if (sound == piece.size() || Failed()) return;
+  Failure failure = FailureOf(BadCharacter(m_Characters->BadByte(), m_Encoding));
+  failure.line = m_Characters->Line();
+  failure.column = m_Characters->Column();
+  m_Parser.Note(std::move(failure));
 }
 
 void Feeder::Push(std::string_view piece, bool isLast) {

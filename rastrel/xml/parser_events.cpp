@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/declaration.h"
 #include "rastrel/xml/limits.h"
@@ -14,6 +15,28 @@ namespace {
 const char* Bytes(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 std::string_view Bytes(const xmlChar* text, int length) {
   return {Bytes(text), static_cast<std::size_t>(length)};
+}
+
+// Bytes that are no characters are reported on two lines, the second of which is
+//
+//     Bytes: 0xE9 0x3C 0x2F 0x61
+//
+// The first character of them is the bad one. It may be one of UTF-8 and none of XML.
+std::string BadByteOf(std::string_view message) {
+  constexpr std::string_view mark = "\nBytes:";
+  constexpr std::size_t width = 5;  // " 0xE9"
+  const std::size_t at = message.find(mark);
+  if (at == message.npos) return {};
+  std::string bytes;
+  for (message.remove_prefix(at + mark.size()); message.size() >= width;
+       message.remove_prefix(width)) {
+    const auto byte = os::ByteFromHex(message[3], message[4]);
+    if (!byte) break;
+    bytes += static_cast<char>(*byte);
+  }
+  if (bytes.empty()) return {};
+  const bool isUtf8 = FirstIllFormed(bytes) > 0;
+  return BadCharacter(static_cast<unsigned char>(bytes.front()), isUtf8 ? "XML" : "UTF-8");
 }
 
 }  // namespace
@@ -110,6 +133,12 @@ void XmlParserEvents::TakeFault(const xmlError& error) {
   }
   std::string_view message = error.message == nullptr ? "unknown fault" : error.message;
   message = TrimWhitespace(message);
+  const std::string bad = BadByteOf(message);
+  if (!bad.empty() && m_KeepsNames && XmlParserInternals(*m_Context).IsInCdata())
+    return FailInCdata(bad);
+  if (!bad.empty()) message = bad;
+  // The reason is the first line; others repeat the input.
+  message = TrimWhitespace(message.substr(0, message.find_first_of("\r\n")));
   // Its own message is that the document is empty, which one of another kind is not.
   if (error.code == XML_ERR_DOCUMENT_EMPTY)
     message = "no tag stands where the document should begin";
@@ -212,12 +241,41 @@ void XmlParserEvents::OnCdata(std::string_view text) {
   const Place begin{Line(), Column()};
   if (m_InCdata && begin != m_CdataEnd) EndCdata();
   if (Failed()) return;
+  if (!m_InCdata) m_CdataBegin = begin;
   m_InCdata = true;
   m_Cdata.append(text);
+  if (m_KeepsNames) m_CdataNext = XmlParserInternals(*m_Context).CountBefore() + text.size();
   const std::size_t lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
   const std::size_t last = text.size() - (text.rfind('\n') + 1);
   m_CdataEnd = {begin.line + static_cast<int>(lines),
                 static_cast<int>(last) + (lines == 0 ? begin.column : 1)};
+}
+
+// The parser goes to the bad byte of a section and leaves its line and column at the begin of a
+// piece.
+void XmlParserEvents::FailInCdata(const std::string& why) {
+  constexpr std::string_view mark = "<![CDATA[";
+  const XmlParserInternals parser(*m_Context);
+  const Place place{Line(), Column()};
+  std::string_view piece = parser.BytesBefore();
+  if (m_InCdata && place == m_CdataEnd) {
+    const std::uint64_t size = parser.CountBefore() - m_CdataNext;
+    if (size <= piece.size()) piece.remove_prefix(piece.size() - size);
+    return FailAfter(m_CdataBegin, m_Cdata + std::string(piece), why);
+  }
+  const std::size_t begin = piece.rfind(mark);
+  if (begin == piece.npos) return Note({.why = why, .line = place.line, .column = place.column});
+  FailAfter(place, piece.substr(begin + mark.size()), why);
+}
+
+// At the end of text that begins at a place.
+void XmlParserEvents::FailAfter(const Place& place, std::string_view before,
+                                const std::string& why) {
+  const auto lines = static_cast<int>(std::ranges::count(before, '\n'));
+  const auto characters = static_cast<int>(CharactersIn(before.substr(before.rfind('\n') + 1)));
+  Note({.why = why,
+        .line = place.line + lines,
+        .column = characters + (lines == 0 ? place.column : 1)});
 }
 
 // A section is reported with the line ends of the file, which XML wants to be line feeds, and its
@@ -225,7 +283,9 @@ void XmlParserEvents::OnCdata(std::string_view text) {
 void XmlParserEvents::EndCdata() {
   if (!m_InCdata) return;
   m_InCdata = false;
-  if (!IsUtf8(m_Cdata)) return Fail("a CDATA section holds bytes that are no characters");
+  if (const std::size_t bad = FirstIllFormed(m_Cdata); bad < m_Cdata.size())
+    return FailAfter(m_CdataBegin, std::string_view(m_Cdata).substr(0, bad),
+                     BadCharacter(static_cast<unsigned char>(m_Cdata[bad]), "UTF-8"));
   std::size_t kept = 0;
   for (std::size_t at = 0; at < m_Cdata.size(); ++at) {
     const bool pair = m_Cdata[at] == '\r' && at + 1 < m_Cdata.size() && m_Cdata[at + 1] == '\n';

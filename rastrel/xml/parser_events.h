@@ -50,6 +50,8 @@ class XmlParserEvents {
   [[nodiscard]] std::span<const XmlBinding> Bindings() const { return m_Bindings; }
   /// The kind of encoding that the first bytes show; Unknown for XmlEncoding::Utf8.
   [[nodiscard]] XmlEncodingFamily Family() const { return m_Family; }
+  /// Whether it follows an encoding that the document declares.
+  [[nodiscard]] bool ReadsDeclaration() const { return m_Encoding == XmlEncoding::ByDocument; }
   /// Where the parser is, from 1.
   [[nodiscard]] int Line() const { return Xml().SAX2GetLineNumber(m_Context.get()); }
   [[nodiscard]] int Column() const { return Xml().SAX2GetColumnNumber(m_Context.get()); }
@@ -73,6 +75,8 @@ class XmlParserEvents {
   static void OnFault(void* user, xmlErrorPtr error);
 
   void TakeFault(const xmlError& error);
+  void FailInCdata(const std::string& why);
+  void FailAfter(const Place& place, std::string_view before, const std::string& why);
   void OnDocument();
   void OnStart(const xmlChar* local, const xmlChar* prefix, int namespaces,
                const xmlChar** declared, int attributes, const xmlChar** values);
@@ -101,7 +105,9 @@ class XmlParserEvents {
   std::vector<std::size_t> m_OuterBindings;  // how many each open element found in force
   std::vector<XmlStartAttribute> m_Attributes;
   bool m_InCdata = false;
-  Place m_CdataEnd;  // where the last piece of the section ended
+  Place m_CdataBegin;             // where the section's text begins
+  Place m_CdataEnd;               // where the last piece of the section ended
+  std::uint64_t m_CdataNext = 0;  // the same, as bytes of the document
   std::string m_Cdata;
 };
 

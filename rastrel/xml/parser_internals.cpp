@@ -53,6 +53,22 @@ std::string_view XmlParserInternals::HeldBack() const {
           static_cast<std::size_t>(input->end - input->cur)};
 }
 
+bool XmlParserInternals::IsInCdata() const {
+  return IsUnconverted() && m_Context.instate == XML_PARSER_CDATA_SECTION;
+}
+
+std::string_view XmlParserInternals::BytesBefore() const {
+  const xmlParserInput* const input = m_Context.input;
+  if (input == nullptr) return {};
+  return {reinterpret_cast<const char*>(input->base),
+          static_cast<std::size_t>(input->cur - input->base)};
+}
+
+std::uint64_t XmlParserInternals::CountBefore() const {
+  const xmlParserInput* const input = m_Context.input;
+  return input == nullptr ? 0 : input->consumed + BytesBefore().size();
+}
+
 bool XmlParserInternals::EndsWithinCharacter() const {
   const xmlParserInput* const input = m_Context.input;
   return input != nullptr && input->buf != nullptr && input->buf->raw != nullptr &&
@@ -65,6 +81,9 @@ bool XmlParserInternals::IsUnconverted() const { return false; }
 bool XmlParserInternals::IsBetweenElements() const { return false; }
 void XmlParserInternals::SetPlace(int, int) {}
 std::string_view XmlParserInternals::HeldBack() const { return {}; }
+bool XmlParserInternals::IsInCdata() const { return false; }
+std::string_view XmlParserInternals::BytesBefore() const { return {}; }
+std::uint64_t XmlParserInternals::CountBefore() const { return 0; }
 bool XmlParserInternals::EndsWithinCharacter() const { return false; }
 
 #endif

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "rastrel/xml/library.h"
@@ -17,8 +18,9 @@ namespace rastrel::xml {
 /// xmlParseChunk and xmlParseTryOrFinish, run those tests with it, and widen the range below.
 ///
 /// With any other version, of the headers or of the library that is loaded, the parser reads every
-/// element itself, and input_watch.h does the rest. Documents and refusals are the same,
-/// and large tables are read at the parser's own speed.
+/// element itself, and input_watch.h does the rest. Documents and refusals are the same
+/// but for the place of a bad byte in a CDATA section, and large tables are read at the parser's
+/// own speed.
 ///
 /// A view of one context, which outlives it. One thread.
 class XmlParserInternals {
@@ -49,6 +51,12 @@ class XmlParserInternals {
   void SetPlace(int line, int column);
   /// The bytes that it holds back until more arrive, in UTF-8. Valid until the next push.
   [[nodiscard]] std::string_view HeldBack() const;
+  /// Whether it is in a CDATA section.
+  [[nodiscard]] bool IsInCdata() const;
+  /// The bytes before its place that it still has, and how many there were of the document. They
+  /// end at a fault that it found ahead of its line and column.
+  [[nodiscard]] std::string_view BytesBefore() const;
+  [[nodiscard]] std::uint64_t CountBefore() const;
   /// Whether the last bytes of a converted document are the begin of a character.
   [[nodiscard]] bool EndsWithinCharacter() const;
 

@@ -22,6 +22,7 @@ import job_road
 import output_files
 import path_encoding
 import removals
+import shown_text
 import sources
 import system_headers
 import tests_are_built
@@ -127,6 +128,41 @@ class PathEncoding(Tree):
     def test_wide_text_and_comments_are_none(self):
         self.write("cli/a.cpp", "std::wstring a = std::wstring();  // path.wstring()\n")
         self.assertEqual(path_encoding.check(self.root), [])
+
+
+class ShownText(Tree):
+    def test_each_way_around_the_cleaning_functions_is_a_fault_unless_it_is_named(self):
+        self.write("rastrel/platform/os/file.cpp", "WriteWithoutSignal(STDERR_FILENO, a, b);\n")
+        self.write("cli/console/standard_streams.cpp", "os::WriteWithoutSignal(a, b, c);\n")
+        for call, line in (("cout", "std::cout << name;"), ("wcerr", "std::wcerr<<name;"),
+                           ("printf", 'printf("%s", name);'), ("fprintf", 'std::fprintf(file, "x");'),
+                           ("puts", "::puts(name);"), ("fputs", "fputs(name, stderr);"),
+                           ("perror", "perror (name);"), ("dprintf", 'dprintf(2, "x");'),
+                           ("println", 'std::println("{}", name);'), ("fwrite", "fwrite(a, b, c, d);"),
+                           ("write", "::write(2, name, size);"), ("STDERR_FILENO", "f(STDERR_FILENO);"),
+                           ("WriteAll", "os::WriteAll(1, name);"),
+                           ("WriteAll", "os::WriteAll(os::StandardHandle(stream), name);"),
+                           ("WriteToStandardError", "os::WriteToStandardError(name);"),
+                           ("WriteWithoutSignal", "os::WriteWithoutSignal(a, b, c);"),
+                           ("WriteOutLines", "WriteOutLines(name);"),
+                           ("WriteErrorLines", "WriteErrorLines(name);"),
+                           ("WriteOutData", "WriteOutData(name);"),
+                           ("WriteOutControl", "WriteOutControl(name);"),
+                           ("/dev/tty", 'open("/dev/tty", O_WRONLY);')):
+            self.write("cli/a.cpp", line + "\n")
+            self.assertEqual(len(shown_text.check(self.root, set())), 1, line)
+            self.assertEqual(shown_text.check(self.root, {("cli/a.cpp", call)}), [], line)
+
+    def test_cleaning_functions_other_names_comments_and_texts_are_fine(self):
+        self.write("cli/a.cpp", '// std::cout << name, or "/dev/tty"\nWriteOutLine(name);\n'
+                   'WriteOutRow({name});\nWriteErrorLine("printf(name)");\nlog.Printf(name);\n'
+                   "std::snprintf(a, b, c);\nfile.write(data, 5);\nos::WriteAll(file, text);\n"
+                   "list.puts(name);\n")
+        self.assertEqual(shown_text.check(self.root, set()), [])
+
+    def test_a_line_that_stands_for_nothing_is_a_fault(self):
+        self.assertEqual(shown_text.check(self.root, {("cli/gone.cpp", "WriteOutData")}),
+                         ["shown_text.txt: cli/gone.cpp has no WriteOutData any more"])
 
 
 class IncludeRules(Tree):

@@ -136,6 +136,22 @@ TEST_F(CommandTest, a_failed_rip_is_reported_with_its_message_status_and_log) {
   ExpectNothingLeft();
 }
 
+// Its exit status, 1, is code 258, whose own text is "Unknown error".
+TEST_F(CommandTest, one_failure_of_the_rip_is_one_event_with_its_reason) {
+  m_Command.WriteRip("echo 'ERROR: undefined in foo' >&2\nexit 1\n");
+  const CommandResult result = m_Command.Run({"print", "job.ps", "--json"});
+  Names errors;
+  for (const std::string& line : result.Lines()) {
+    const auto event = nlohmann::json::parse(line);
+    if (event["event"] == "error") errors.push_back(event["text"]);
+  }
+  EXPECT_EQ(errors, Names{"undefined in foo"});
+  const auto failed = nlohmann::json::parse(result.LastLine());
+  EXPECT_EQ(failed["event"], "failed");
+  EXPECT_EQ(failed["code"], 258);
+  EXPECT_EQ(failed["text"], "undefined in foo");
+}
+
 struct Misbehaviour {
   const char* script;
   int code;

@@ -76,7 +76,7 @@ TEST_F(Doctor, finds_an_interpreter_that_does_not_run) {
   WriteInterpreter("echo 'Error: no \033[31mresources' >&2\nexit 3\n");
   const auto result = m_Command.Run({"doctor"});
   EXPECT_EQ(result.status, 5);
-  EXPECT_NE(result.output.find("gs does not run: Error: no ?[31mresources"), std::string::npos)
+  EXPECT_NE(result.output.find("gs does not run: Error: no \\x1b[31mresources"), std::string::npos)
       << result.output;
 }
 

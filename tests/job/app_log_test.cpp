@@ -9,9 +9,11 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/process.h"
 #include "tests/support/forked_child.h"
 #include "tests/support/library_fixture.h"
@@ -68,6 +70,13 @@ TEST_F(AppLog, an_entry_has_the_moment_and_the_thread_in_front) {
   const std::string entry = m_Library.Log().substr(mark);
   const std::string tail = std::string("]") + thread + "text";
   EXPECT_TRUE(entry == "[" + before + tail || entry == "[" + after + tail) << entry;
+}
+
+// Those of the framework's FormatV, and not those of formatstringT: -42 is "00-42" there.
+TEST_F(AppLog, printf_follows_the_rules_of_printf) {
+  const std::size_t mark = m_Library.LogMark();
+  CAppLog::Instance().Printf(L"%05d|%+d|%.3d|%#x|%*d", -42, 5, 5, 255U, 4, 7);
+  EXPECT_EQ(m_Library.LogTextsBehind(mark), "-0042|+5|005|0xff|   7\r\n");
 }
 
 TEST_F(AppLog, entries_stand_one_behind_the_other_and_only_printf_ends_a_line) {
@@ -231,6 +240,21 @@ TEST_F(UnopenableLog, the_first_thread_goes_on_logging_to_standard_error) {
   EXPECT_EQ(child.StandardError(),
             "Can't open rip directory. Oops.0 old log(s) cleaned up\r\nonetwo3\r\n");
   EXPECT_FALSE(m_Library.Directory().Has("nowhere"));
+}
+
+TEST_F(UnopenableLog, a_program_may_take_the_lost_texts_and_the_reason) {
+  ForkedChild child([](ForkedChild::Side&) {
+    CAppLog::SetLostTextHandler([](std::string_view text, const rastrel::Failure& why) {
+      rastrel::os::WriteToStandardError(std::string(text) + " <" + why.what + " " +
+                                        std::to_string(why.error) + ">\n");
+    });
+    CAppLog::Instance().Write("one");
+    return 0;
+  });
+  EXPECT_EQ(child.Exit(), 0);
+  // The directory does not exist.
+  EXPECT_NE(child.StandardError().find("\none <open 2>\n"), std::string::npos)
+      << child.StandardError();
 }
 
 TEST_F(UnopenableLog, another_thread_that_logs_waits_for_ever) {

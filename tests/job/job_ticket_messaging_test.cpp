@@ -216,7 +216,15 @@ TEST_F(JobTicketMessaging, log_formats_its_arguments) {
   ticket.OpenLog(JobLog::Take);
   ticket.Log(L"%s|%S|%i|%u|%lu|%08X|%.3f|%c|100%%", L"wide", "narrow", -5, 7U, 8UL, 0xBEEFU, 1.5,
              'c');
-  EXPECT_EQ(JobLog::Taken(), L"wide|narrow|-5|7|8|    BEEF|1.500|c|100%\r\n");
+  EXPECT_EQ(JobLog::Taken(), L"wide|narrow|-5|7|8|0000BEEF|1.500|c|100%\r\n");
+}
+
+// Those of the framework's FormatV, and not those of formatstringT: -42 is "00-42" there.
+TEST_F(JobTicketMessaging, log_follows_the_rules_of_printf) {
+  CJobTicket ticket;
+  ticket.OpenLog(JobLog::Take);
+  ticket.Log(L"%05d|%+d|%.3d|%#x|%*d", -42, 5, 5, 255U, 4, 7);
+  EXPECT_EQ(JobLog::Taken(), L"-0042|+5|005|0xff|   7\r\n");
 }
 
 TEST_F(JobTicketMessaging, without_a_log_the_line_goes_to_standard_error) {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "rastrel/job/format_string.h"
 #include "rastrel/job/job_messaging.h"
 #include "rastrel/job/job_ticket.h"
+#include "rastrel/job/printf_text.h"
 #include "rastrel/platform/os/text.h"
 #include "tests/support/job_code_names.h"
 

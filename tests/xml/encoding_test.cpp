@@ -1,6 +1,7 @@
 // Documents in other encodings than UTF-8, and documents that end too early.
 
 #include <array>
+#include <utility>
 
 #include "rastrel/xml/stream.h"
 #include "tests/support/memory_file.h"
@@ -152,6 +153,67 @@ TEST_F(XmlEncodingTest, bytes_that_are_no_characters_are_refused_anywhere) {
   }
   EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>"), "");
   EXPECT_NE(ReasonOfFile("<?xml version='1.0' encoding='US-ASCII'?><a>\xE9</a>"), "");
+}
+
+// The byte is at the fifth character of the third line.
+TEST_F(XmlEncodingTest, a_bad_byte_is_named_in_one_sentence_at_its_place) {
+  struct Sample {
+    const char* encoding;
+    std::string bytes;
+    const char* byte;
+  };
+  // By the tables of the Unicode Consortium: these bytes have no character.
+  const std::array samples{
+      Sample{"US-ASCII", "\xE9", "0xE9"},     Sample{"us-ascii", "\x80", "0x80"},
+      Sample{"windows-1252", "\x81", "0x81"}, Sample{"ISO-8859-3", "\xA5", "0xA5"},
+      Sample{"windows-1253", "\xAA", "0xAA"}, Sample{"Shift_JIS", "\xFD", "0xFD"},
+      Sample{"UTF-8", "\xFF", "0xFF"},        Sample{"UTF-8", "\xC3(", "0xC3"}};
+  for (const Sample& sample : samples)
+    for (const std::size_t padding : {std::size_t{0}, std::size_t{65530}, std::size_t{300000}})
+      for (const auto& [before, after] : {std::pair("<b>x", "</b>"), std::pair("<!--", "-->"),
+                                          std::pair("<b c", "/>"), std::pair("<?p ", "?>")}) {
+        const std::string declaration =
+            "<?xml version='1.0' encoding='" + std::string(sample.encoding) + "'?>";
+        const std::string reason =
+            ReasonOfFile(declaration + "\n<a>" + std::string(padding, 'p') + "\n" + before +
+                         sample.bytes + "z" + after + "</a>");
+        EXPECT_TRUE(reason.ends_with(":3:5: the byte " + std::string(sample.byte) +
+                                     " begins no character of " + sample.encoding))
+            << sample.encoding << ' ' << padding << ' ' << before << ": " << reason;
+      }
+}
+
+TEST_F(XmlEncodingTest, a_bad_byte_in_a_section_is_named_at_its_place) {
+  EXPECT_TRUE(ReasonOfFile("<a>\n<![CDATA[x\n\u00E9y\xFFz]]></a>")
+                  .ends_with(":3:3: the byte 0xFF begins no character of UTF-8"));
+  EXPECT_TRUE(ReasonOfFile("<a>\n<![CDATA[x\xFFz]]></a>")
+                  .ends_with(":2:11: the byte 0xFF begins no character of UTF-8"));
+  // Sections are read in pieces.
+  for (const std::size_t lines : {std::size_t{200}, std::size_t{60000}}) {
+    std::string section = "x";
+    for (std::size_t line = 0; line < lines; ++line) section += "\u00E9\n";
+    EXPECT_TRUE(ReasonOfFile("<a>\n<b/><![CDATA[" + section + "\u00E9b\xFFz]]></a>")
+                    .ends_with(":" + std::to_string(2 + lines) +
+                               ":3: the byte 0xFF begins no character of UTF-8"))
+        << Reason();
+  }
+}
+
+// U+FFFE is UTF-8, and no character of XML.
+TEST_F(XmlEncodingTest, a_byte_that_xml_does_not_allow_in_a_section_is_named) {
+  using namespace std::string_literals;
+  EXPECT_TRUE(ReasonOfFile("<a><![CDATA[xy\0]]></a>"s)
+                  .ends_with(":1:15: the byte 0x00 begins no character of XML"))
+      << Reason();
+  EXPECT_TRUE(ReasonOfFile("<a><![CDATA[\uFFFE]]></a>")
+                  .ends_with(":1:13: the byte 0xEF begins no character of XML"));
+}
+
+TEST_F(XmlEncodingTest, a_fault_before_a_bad_byte_is_the_one_that_counts) {
+  const std::string reason =
+      ReasonOfFile("<?xml version='1.0' encoding='US-ASCII'?>\n<a></b>\xE9</a>");
+  EXPECT_EQ(reason.find("0xE9"), reason.npos) << reason;
+  EXPECT_NE(reason.find(":2:"), reason.npos) << reason;
 }
 
 // Enters the document element and takes all else as nodes.

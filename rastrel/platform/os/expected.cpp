@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "rastrel/platform/os/shown_text.h"
+
 namespace rastrel {
 namespace {
 
@@ -37,7 +39,7 @@ std::string Describe(const Failure& failure) {
     text += " '" + place + "'";
   }
   if (!text.empty()) text += ": ";
-  return text + Reason(failure);
+  return os::CleanLine(text + Reason(failure));
 }
 
 }  // namespace rastrel

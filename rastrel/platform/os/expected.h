@@ -46,7 +46,7 @@ struct Failure {
 ///     list.xml:3:14: the element is not closed        where, line, column and why
 ///     the disk is full                                why alone
 ///
-/// Independent of the locale.
+/// Independent of the locale, and fit for a terminal whatever the fields hold (os::CleanLine).
 [[nodiscard]] std::string Describe(const Failure& failure);
 
 /// The system's text for an error number, in English whatever the locale. Never empty.

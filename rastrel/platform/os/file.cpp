@@ -16,7 +16,9 @@
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/process.h"
 #include "rastrel/platform/os/quiet_write.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/system_calls.h"
+#include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::os {
 namespace {
@@ -230,6 +232,8 @@ Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target, 
 }
 
 void WriteToStandardError(std::string_view bytes) {
+  std::string clean;
+  if (IsTerminalDevice(STDERR_FILENO)) bytes = clean = CleanLines(bytes);
   if (WriteWithoutSignal(STDERR_FILENO, bytes.data(), bytes.size()) < 0) return;
 }
 

@@ -79,7 +79,9 @@ enum class Access {
 [[nodiscard]] Expected<void> CopyFileOver(std::wstring_view source, std::wstring_view target,
                                           Access access = Access::ByUmask);
 
-/// Writes text to the standard error stream in one call; failures are ignored.
+/// Writes text to the standard error stream in one call; failures are ignored. A file or a pipe
+/// gets the bytes unchanged; on a terminal they are cleaned but for line ends and tabs
+/// (CleanLines).
 void WriteToStandardError(std::string_view bytes);
 
 }  // namespace rastrel::os

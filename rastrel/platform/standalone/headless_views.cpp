@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/wait.h"
 
@@ -45,7 +46,7 @@ std::unique_ptr<host::DialogView> HeadlessViews::MakeView(host::DialogLogic& dia
 }
 
 void HeadlessViews::ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) {
-  os::WriteToStandardError(os::Utf8FromWide(title + L": " + text + L"\n"));
+  os::WriteToStandardError(os::CleanLine(os::Utf8FromWide(title + L": " + text)) + "\n");
 }
 
 }  // namespace rastrel::standalone

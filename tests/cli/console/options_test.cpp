@@ -106,6 +106,27 @@ TEST(Options, the_help_of_a_command_has_each_of_its_options) {
   }
 }
 
+std::size_t CountIn(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+// Only a chart is asked for an entry.
+TEST(HelpText, says_each_status_once_and_that_of_a_chart_for_charts_alone) {
+  for (const CommandRow& row : Commands()) {
+    const bool isChart = std::string_view(row.name).starts_with("chart ");
+    for (const ExitStatusRow& status : ExitStatuses) {
+      const bool isSaid = isChart || status.status != ExitStatus::NoMatch;
+      EXPECT_EQ(CountIn(HelpText(row.name), status.meaning), isSaid ? 1U : 0U) << row.name;
+    }
+  }
+  for (const ExitStatusRow& status : ExitStatuses) {
+    EXPECT_EQ(CountIn(HelpText("chart"), status.meaning), 1U);
+    EXPECT_EQ(CountIn(SummaryText(), status.meaning), 1U);
+  }
+}
+
 TEST(ParseArguments, reads_a_command_with_its_options) {
   const Invocation print =
       Parse({"print", "a.ps", "--copies", "3", "--spool", "--printer=PNG files", "--json"});

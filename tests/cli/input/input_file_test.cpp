@@ -17,6 +17,8 @@ TEST(SafeJobName, keeps_an_ordinary_name_without_its_extension) {
 TEST(SafeJobName, replaces_characters_that_a_prefix_a_command_line_or_a_path_can_not_hold) {
   EXPECT_EQ(SafeJobName("a\\b(c)\"d'e\nf\x1bg.ps"), "a_b_c__d_e_f_g");
   EXPECT_EQ(SafeJobName("bad\xFFutf8.ps"), "bad_utf8");
+  EXPECT_EQ(SafeJobName("job (1).ps"), "job _1_");
+  EXPECT_EQ(SafeJobName("a\u202Esp.b\u2028c\u200B.ps"), "a_sp.b_c_");
 }
 
 TEST(SafeJobName, strips_dots_dashes_and_blanks_at_the_front_and_at_the_end) {

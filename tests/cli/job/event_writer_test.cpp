@@ -70,6 +70,30 @@ TEST(EventLine, keeps_any_text_on_one_line_of_well_formed_json) {
   EXPECT_EQ(json["text"], "quote \" backslash \\ line\nend \xEF\xBF\xBD \xC3\xA4");
 }
 
+// U+009B begins a control sequence; U+202E turns the text after it.
+TEST(EventLine, escapes_what_a_terminal_would_obey) {
+  JobEvent event;
+  event.text =
+      "a\x1b\x7F\xC2\x9B"
+      "b\u2028\u202E\U000E0041";
+  const std::string line = EventLine(event);
+  EXPECT_EQ(line,
+            "{\"event\":\"log\",\"originator\":\"system\","
+            "\"text\":\"a\\u001b\\u007f\\u009bb\\u2028\\u202e\\udb40\\udc41\"}\n");
+  EXPECT_EQ(nlohmann::json::parse(line)["text"], event.text);
+}
+
+// No JSON can name half of a pair.
+TEST(EventLine, has_the_replacement_character_for_a_lone_surrogate) {
+  JobEvent event;
+  event.text = "a\xED\xA0\x80z";
+  const auto json = nlohmann::json::parse(EventLine(event));
+  const std::string text = json["text"];
+  EXPECT_EQ(text.find('\xED'), text.npos);
+  EXPECT_TRUE(text.starts_with("a\uFFFD")) << text;
+  EXPECT_TRUE(text.ends_with("\uFFFDz")) << text;
+}
+
 TEST(EventOfLogLine, leaves_reports_to_the_calls_that_the_ticket_gets) {
   for (const wchar_t* line : {L"[Rip]INFO: READY", L"[Rip]PROGRESS: 4 %", L"[Odalis]ERROR: no",
                               L"[Odalis]WARNING: x", L"", L"[Rip]", L"  "})
@@ -88,8 +112,8 @@ TEST(EventOfLogLine, believes_only_the_output_engine_about_outputs) {
   EXPECT_EQ(EventOf(L"[Odalis]OUTPUT:").kind, JobEventKind::Log);
 }
 
-TEST(EventOfLogLine, takes_control_characters_out_of_text_for_a_terminal) {
-  EXPECT_EQ(EventOf(L"[Rip]a\x1b[2Jb\x07").text, "a [2Jb ");
+TEST(EventOfLogLine, shows_the_numbers_of_control_characters) {
+  EXPECT_EQ(EventOf(L"[Rip]a\x1b[2Jb\x07").text, "a\\x1b[2Jb\\x07");
 }
 
 TEST(EventLine, is_in_its_document_as_it_is_written) {

@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/console/options.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "rastrel/prefix/cutter.h"
 #include "rastrel/prefix/scaling.h"
 
@@ -61,12 +64,38 @@ TEST(ApplyScale, none_is_no_scaling) {
   EXPECT_EQ(settings.ScaleMode, prefix::ScaleNone);
 }
 
-TEST(ApplyScale, a_word_is_the_name_of_a_target) {
-  for (const char* name : {"Letter", "A4", "Roll-1.5_wide", "x"}) {
-    const CJobData settings = Scaled(name);
+TEST(ApplyScale, a_word_is_the_name_of_a_size_in_any_case) {
+  for (const auto& [text, name] : {std::pair("Letter", L"Letter"), std::pair("A4", L"A4"),
+                                   std::pair("a4", L"A4"), std::pair("TABLOID", L"Tabloid")}) {
+    const CJobData settings = Scaled(text);
     EXPECT_EQ(settings.ScaleMode, prefix::ScaleNamed);
-    EXPECT_EQ(settings.ScaleTarget, std::wstring(name, name + std::string(name).size()));
+    EXPECT_EQ(settings.ScaleTarget, name);
   }
+  EXPECT_EQ(Scaled("None").ScaleMode, prefix::ScaleNone);
+}
+
+TEST(ApplyScale, a_size_that_the_rip_does_not_know_is_refused_with_the_list) {
+  EXPECT_EQ(
+      RefusalOfScale("B9"),
+      "--scale B9: no size has that name; there are none, Letter, Legal, Tabloid, A0, A1, A2, "
+      "A3, A4 and A5, and sizes with a unit, as in 10x5in");
+  for (const char* text : {"A6", "A", "Lette", "Letters", "x", "Roll-1.5_wide"})
+    EXPECT_TRUE(RefusalOfScale(text).starts_with(std::string("--scale ") + text + ": no size"))
+        << text;
+}
+
+// "/ConcinnaA4  8.268  11.693 //rip.sheet exec"
+TEST(ApplyScale, knows_each_size_of_the_rips_prolog) {
+  std::ifstream prolog(std::string(RASTREL_SOURCE_DIR) + "/share/rip/System/prolog/sections.ps");
+  const std::string start = "/Concinna";
+  int sizes = 0;
+  for (std::string line; std::getline(prolog, line);) {
+    if (!line.starts_with(start) || line.find("//rip.sheet exec") == line.npos) continue;
+    const std::string name = line.substr(start.size(), line.find(' ') - start.size());
+    EXPECT_EQ(RefusalOfScale(name), "");
+    ++sizes;
+  }
+  EXPECT_EQ(sizes, 9);
 }
 
 TEST(ApplyScale, a_size_becomes_centimetres) {
@@ -84,7 +113,7 @@ TEST(ApplyScale, refuses_a_text_that_is_neither_a_size_nor_a_plain_name) {
       "1e3x5in", "10 x5in", "10x 5in",  "10xin",      "10xinfin", "10xnanin", "A4)",   "A 4",
       "A4/x",    "A4\nq",   "\xC3\xA9", "200000x1cm", "10,5x2cm", "+1x1cm",   "%"};
   for (const std::string& text : wrong) {
-    EXPECT_TRUE(RefusalOfScale(text).starts_with("--scale " + text + ": ")) << text;
+    EXPECT_TRUE(RefusalOfScale(text).starts_with("--scale " + os::CleanLine(text) + ": ")) << text;
   }
   EXPECT_NE(RefusalOfScale("10x5").find("cm, mm or in"), std::string::npos);
 }
@@ -167,7 +196,7 @@ TEST(ApplyCutColor, refuses_a_text_that_is_no_color_or_would_end_its_string) {
                            "rgb:256,0,0", "rgb:-1,0,0", "rgb:101%,0,0", "rgb:a,0,0", "rgb:%,0,0",
                            "RGB:1,2,3", "spot:", "spot:a)b", "spot:(a", "spot:a\\", "spot:a\nb"})
     EXPECT_TRUE(RefusalOfCut(text, TicketKind::Preview)
-                    .starts_with("--cut-color " + std::string(text) + ": "))
+                    .starts_with("--cut-color " + os::CleanLine(text) + ": "))
         << text;
 }
 

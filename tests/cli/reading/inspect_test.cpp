@@ -75,7 +75,7 @@ TEST(Inspect, a_table_has_as_many_fields_in_each_row_as_its_head) {
   for (const std::string& line : lines)
     EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 20) << line;
   EXPECT_TRUE(lines[1].starts_with("./a.eps\tEPS\t"));
-  EXPECT_TRUE(lines[2].starts_with("./tab in.ps\tPostScript\t"));
+  EXPECT_TRUE(lines[2].starts_with("./tab\\x09in.ps\tPostScript\t"));
   EXPECT_TRUE(lines[3].starts_with("./z\tneither\t"));
 }
 

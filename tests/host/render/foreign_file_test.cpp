@@ -272,10 +272,10 @@ TEST_F(FalseProgram, that_writes_nonsense_is_not_believed) {
 }
 
 TEST_F(FalseProgram, that_sends_control_characters_shows_none_of_them) {
-  EXPECT_EQ(RefusalOf("printf 'E\\006\\0\\0\\0\\0\\0\\0\\0a\\033[2J\\n'\n"), "a [2J");
+  EXPECT_EQ(RefusalOf("printf 'E\\006\\0\\0\\0\\0\\0\\0\\0a\\033[2J\\n'\n"), "a\\x1b[2J");
   Write("printf 'N\\003\\0\\0\\0\\0\\0\\0\\0a\\rb'\nprintf 'D\\0\\0\\0\\0\\0\\0\\0\\0'\n");
   EXPECT_EQ(Refusal(ImageFormat::Png), "");
-  EXPECT_EQ(m_Notices.Texts(), std::vector<std::wstring>{L"a b"});
+  EXPECT_EQ(m_Notices.Texts(), std::vector<std::wstring>{L"a\\x0db"});
 }
 
 TEST_F(FalseProgram, that_makes_more_images_than_pages_is_not_believed) {

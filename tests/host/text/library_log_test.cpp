@@ -22,7 +22,7 @@ TEST(LibraryLogDeathTest, a_library_that_gets_no_thread_ends_with_its_message_an
         g_log_structured("Any", G_LOG_LEVEL_ERROR, "MESSAGE", "creating thread '%s'\n: %s", "x",
                          "no room");
       },
-      testing::ExitedWithCode(7), "^a library can't go on: creating thread 'x' : no room\n$");
+      testing::ExitedWithCode(7), "^a library can't go on: creating thread 'x'\\\\x0a: no room\n$");
 }
 
 TEST(LibraryLogDeathTest, warnings_do_not_reach_the_standard_error) {

@@ -27,6 +27,12 @@ TEST(Describe, puts_line_and_column_behind_the_place) {
   EXPECT_EQ(Describe({.why = "no end", .line = 3, .column = 14}), "3:14: no end");
 }
 
+TEST(Describe, is_one_line_whatever_a_name_holds) {
+  EXPECT_EQ(
+      Describe({.what = "open", .where = "a\nrastrel: done\x1b[2J\xC2\x9B", .why = "no\nway"}),
+      "open 'a\\x0arastrel: done\\x1b[2J\\u009b': no\\x0away");
+}
+
 TEST(DescribeError, unknown_numbers_have_a_text_too) {
   EXPECT_EQ(DescribeError(0), "Success");
   EXPECT_EQ(DescribeError(100'000), "Unknown error");
