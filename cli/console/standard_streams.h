@@ -51,7 +51,8 @@ void WriteOutControl(std::string_view bytes);
 void ShowPathAs(const std::string& path, const std::string& name);
 
 /// From now on all of these write to standard error: standard output is for one result, and no
-/// message goes there. Fails with a message for the user if it is a terminal, since the result is no text.
+/// message goes there. Fails with a message for the user if it is a terminal, since the result is
+/// no text.
 [[nodiscard]] Expected<void> KeepOutputForResult();
 /// Writes a file, by native path, or bytes to standard output, after KeepOutputForResult. A reader
 /// that is gone is no failure. Fails with a message for the user.

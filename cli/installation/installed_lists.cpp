@@ -29,7 +29,6 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
 
 ExitStatus ListModesCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
-  for (const PrintMode& mode : ListModes()) {
   const std::vector<PrintMode> modes = ListModes();
   if (modes.empty()) OrEnd(ExitStatus::NotInstalled, CheckLayout());
   for (const PrintMode& mode : modes) {
