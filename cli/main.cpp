@@ -82,7 +82,7 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
     throw CommandError(ExitStatus::WrongUse, "`rastrel " + NameOf(invocation.command) +
                                                  "` does not read standard input; name a file");
-  LayOutQuietly();
+  OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   const std::string path =
       OrEnd(ExitStatus::BadInput,
