@@ -157,7 +157,7 @@ TEST(HiddenFiles, have_names_by_which_a_sweep_knows_their_owner) {
   const TemporaryDirectory place;
   auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
   ASSERT_TRUE(guardian);
-  const auto file = OutputFile::Create(place.Path(), *guardian, false);
+  const auto file = OutputFile::Create(place.Path(), *guardian, 0600, false);
   ASSERT_TRUE(file);
   const Names names = NamesIn(place.Path());
   ASSERT_EQ(names.size(), 1U);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <random>
@@ -21,8 +22,9 @@ const std::string Job =
     "1 1 400 { dup 400 div 0.5 1 sethsbcolor 300 400 3 -1 roll 0 360 arc stroke } for\n"
     "showpage } for\n";
 
-// Kills runs of a mode at moments spread over a whole run and a little more. After each there is
-// nothing left, or, if the RIP had handed over, all of it.
+// Kills runs of a mode at random moments, until so many were killed. The moments follow the runs: a
+// machine that is busier at first must not put them all after the end. After each there is nothing
+// left, or, if the RIP had handed over, all of it.
 void KillAtRandomMoments(const std::string& mode, unsigned runs) {
   const RipFixture bench;
   const std::vector<std::string> paths{bench.Prefix(mode), bench.File("job.ps", Job)};
@@ -34,9 +36,10 @@ void KillAtRandomMoments(const std::string& mode, unsigned runs) {
   const std::size_t wholeRemains = bench.Remains().size();
 
   std::mt19937 random(20261120);
-  std::uniform_int_distribution<unsigned> moment(0, static_cast<unsigned>(took.count() * 11 / 10));
+  auto latest = static_cast<double>(took.count());
   unsigned killed = 0;
-  for (unsigned run = 0; run < runs; ++run) {
+  for (unsigned run = 0; killed < runs && run < 20 * runs; ++run) {
+    std::uniform_int_distribution<unsigned> moment(0, static_cast<unsigned>(latest));
     const std::size_t before = bench.Remains().size();
     const ProgramRun outcome = bench.RunAndKill(paths, moment(random));
     const std::size_t added = bench.Remains().size() - before;
@@ -45,13 +48,15 @@ void KillAtRandomMoments(const std::string& mode, unsigned runs) {
       const Names pages = RipFixture::PagesOf(outcome.output);
       EXPECT_EQ(pages.size(), 3U);
       for (const std::string& page : pages) EXPECT_GT(CheckedInfo(page).width, 0U);
+      latest = std::max(1000.0, latest * 0.8);
     } else {
       EXPECT_EQ(outcome.status, SIGKILL);
       ++killed;
+      latest *= 1.05;
     }
     EXPECT_EQ(bench.Processes(), Names{});
   }
-  EXPECT_GT(killed, runs / 2) << "most runs were to be caught in the middle";
+  EXPECT_EQ(killed, runs) << "the runs ended before they could be killed";
 }
 
 TEST(KilledRip, leaves_no_file_and_no_process) {

@@ -40,7 +40,7 @@ TEST(Reporter, makes_no_report_of_a_jobs_text) {
               reporter.Text("ERROR: forged");
               reporter.Text(std::string("a\rERROR: b\nINFO: READY\0c", 24));
             }),
-            "gs: ERROR: forged\ngs: a?ERROR: b?INFO: READY?c\n");
+            "gs: ERROR: forged\ngs: a\\x0dERROR: b\\x0aINFO: READY\\x00c\n");
 }
 
 TEST(Reporter, passes_only_so_much_of_a_jobs_text_on) {

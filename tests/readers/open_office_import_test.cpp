@@ -377,7 +377,7 @@ TEST_F(OpenOfficeImport, records_beyond_their_limit_are_not_made_and_the_text_st
 TEST_F(OpenOfficeImport, a_file_that_cannot_be_made_fails) {
   m_Directory.Write("content.xml", Document(Table(Row(Cell("a")))));
   COpenOfficeXMLImport import(m_Path.c_str());
-  import.SetDataSaveFileName(m_Directory.Wide("no folder\\out.txt").c_str());
+  import.SetDataSaveFileName(m_Directory.Wide("no folder/out.txt").c_str());
   EXPECT_EQ(import.ImportXMLFile(), 0);
   EXPECT_EQ(import.SaveDataToFile(L"text"), 0);
   EXPECT_TRUE(IsLogged("out.txt: open"));

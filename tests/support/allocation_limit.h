@@ -30,6 +30,9 @@ class AllocationLimit {
   }
   throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return size <= rastrel::test::largestAllocation ? std::malloc(size == 0 ? 1 : size) : nullptr;
+}
 [[gnu::noinline]] void* operator new[](std::size_t size) { return operator new(size); }
 [[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }

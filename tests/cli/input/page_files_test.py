@@ -67,7 +67,7 @@ class PageFiles(unittest.TestCase):
     def every_command(self, file, *options):
         """Each command on the file, as name and arguments; the files that it makes begin with it."""
         return {"pagesize": ("pagesize", *options, file),
-                "queue": ("queue", *options, *RESOLUTION, "--output", "queue", file),
+                "queue": ("queue", *options, *RESOLUTION, "--force", "--output", "queue", file),
                 "preview": ("preview", *options, "-o", "preview.png", file),
                 "print": ("print", *options, "--printer", "PNG files", "--output", "print", file)}
 

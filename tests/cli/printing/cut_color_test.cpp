@@ -48,7 +48,7 @@ TEST_F(CutColorTest, of_a_name_beyond_ascii_is_met_in_either_encoding) {
     for (const std::string given : {"spot:Schnitt\xC3\xA4", "spot:Schnitt\xE4"}) {
       SCOPED_TRACE(job + " " + given);
       EXPECT_EQ(Warnings({"preview", "sign.eps", "-o", "a.png", "--cut-color", given}), Texts());
-      EXPECT_EQ(Warnings({"queue", "sign.eps", "--cut-color", given}), Texts());
+      EXPECT_EQ(Warnings({"queue", "sign.eps", "--force", "--cut-color", given}), Texts());
     }
   }
 }
@@ -60,7 +60,7 @@ TEST_F(CutColorTest, in_which_nothing_is_painted_is_warned_of) {
   EXPECT_EQ(Warnings({"preview", "sign.eps", "-o", "a.png", "--cut-color", given}), other);
   EXPECT_EQ(Warnings({"preview", "sign.eps", "-o", "a.png", "--planar", "--cut-color", given}),
             other);
-  EXPECT_EQ(Warnings({"queue", "sign.eps", "--cut-color", given}), other);
+  EXPECT_EQ(Warnings({"queue", "sign.eps", "--force", "--cut-color", given}), other);
   EXPECT_EQ(Warnings({"print", "sign.eps", "--cut-color", "rgb:255,0,0"}),
             Texts{NothingIn("rgb 1.0 0.0 0.0")});
   EXPECT_EQ(Warnings({"print", "sign.eps"}), Texts());
@@ -71,9 +71,9 @@ TEST_F(CutColorTest, in_which_nothing_is_painted_is_warned_of) {
 
 TEST_F(CutColorTest, warns_of_each_of_two_that_are_not_met) {
   WriteJob("Cut");
-  EXPECT_EQ(
-      Warnings({"queue", "sign.eps", "--cut-color", "spot:Cut", "--half-cut-color", "spot:Half"}),
-      Texts{NothingIn("separation Half")});
+  EXPECT_EQ(Warnings({"queue", "sign.eps", "--force", "--cut-color", "spot:Cut", "--half-cut-color",
+                      "spot:Half"}),
+            Texts{NothingIn("separation Half")});
 }
 
 }  // namespace
