@@ -8,8 +8,10 @@
 #include "cli/console/unwritten_file.h"
 #include "cli/console/values.h"
 #include "host/render/document_images.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/output_file.h"
+#include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
@@ -43,6 +45,22 @@ render::ImageFormat FormatOf(DrawingKind kind) {
   }
 }
 
+// Saved under a name of its own first: the host looks a name up in any case, as library paths are,
+// and would replace `a.rdoc` for `A.rdoc`.
+Expected<void> SaveDocument(document::DocumentHost& host, const std::string& output) {
+  const std::string own =
+      std::filesystem::path(output).replace_filename(os::OwnTemporaryName()).string();
+  if (auto place = os::CheckPlace(output, os::Existing::Followed); !place) return place;
+  if (auto saved = host.Save(os::FromNative(own)); !saved) return saved;
+  Expected<void> done;
+  {
+    auto file = os::OutputFile::Take(own, output, os::Existing::Followed);
+    done = file ? file->Commit() : Expected<void>(file.Error());
+  }
+  if (!done) static_cast<void>(os::RemoveFile(os::FromNative(own)));
+  return done;
+}
+
 }  // namespace
 
 Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation, const std::string& output) {
@@ -72,9 +90,8 @@ Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation, const st
 Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
                                                 const DrawingRequest& request,
                                                 const std::string& output) {
-  const std::wstring path = os::FromNative(output);
   if (request.kind == DrawingKind::Document) {
-    if (const auto saved = host.Save(path); !saved) return saved.Error();
+    if (const auto saved = SaveDocument(host, output); !saved) return saved.Error();
     return std::vector<std::string>{output};
   }
   const render::ImageSource source{host.GetDocument(), host.GetFonts(), host.GetNotices()};
@@ -82,12 +99,7 @@ Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
   if (request.page > 0) options.page = request.page;
   options.outlines = request.outlines;
   options.dpi = request.dpi;
-  const auto written =
-      render::SaveImages(source, FormatOf(request.kind), options, path, request.numbered);
-  if (!written) return written.Error();
-  std::vector<std::string> files;
-  for (const std::wstring& file : *written) files.push_back(os::Utf8FromWide(file));
-  return files;
+  return render::SaveImages(source, FormatOf(request.kind), options, output, request.numbered);
 }
 
 std::vector<std::string> DrawOrEnd(document::DocumentHost& host, const DrawingRequest& request,

@@ -1,22 +1,23 @@
 #include "host/render/document_images.h"
 
+#include <filesystem>
 #include <functional>
 #include <utility>
 
 #include "host/render/drawing_request.h"
 #include "host/render/page_images.h"
 #include "rastrel/platform/os/output_file.h"
-#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::render {
 
 namespace {
 
-std::wstring NumberedPath(const std::wstring& path, int number) {
-  const os::PathParts parts = os::SplitPath(path);
-  return parts.drive + parts.directory + parts.name + L"-" + std::to_wstring(number) +
-         parts.extension;
+std::string NumberedPath(const std::string& path, int number) {
+  const std::filesystem::path parts(path);
+  const std::string name =
+      parts.stem().string() + "-" + std::to_string(number) + parts.extension().string();
+  return std::filesystem::path(parts).replace_filename(name).string();
 }
 
 // No document without placed files gets here, so there is nothing to open.
@@ -79,15 +80,15 @@ Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, Image
   return images;
 }
 
-Expected<std::vector<std::wstring>> SaveImages(const ImageSource& source, ImageFormat format,
-                                               const ImageOptions& options,
-                                               const std::wstring& path, os::Existing numbered) {
-  std::vector<std::wstring> paths;
+Expected<std::vector<std::string>> SaveImages(const ImageSource& source, ImageFormat format,
+                                              const ImageOptions& options, const std::string& path,
+                                              os::Existing numbered) {
+  std::vector<std::string> paths;
   std::vector<os::OutputFile> files;
   const auto take = [&](const std::string& image, int number) -> Expected<void> {
     paths.push_back(number == 0 ? path : NumberedPath(path, number));
-    auto file = os::OutputFile::Create(os::ToNative(paths.back()),
-                                       number == 0 ? os::Existing::Followed : numbered);
+    auto file =
+        os::OutputFile::Create(paths.back(), number == 0 ? os::Existing::Followed : numbered);
     if (!file) return file.Error();
     if (auto written = file->Write(image); !written) return written;
     files.push_back(*std::move(file));

@@ -51,10 +51,11 @@ struct ImageSource {
 
 /// Draws the pictures and writes them: one to `path`, which is replaced as a whole; several to
 /// `path` with "-1", "-2" and so on before the extension, for which `numbered` says whether an
-/// entry of that name is replaced. Returns the paths. Fails as DrawDocument does, and as OutputFile
+/// entry of that name is replaced. Paths are native: a name that differs from another in case alone
+/// is another. Returns the paths. Fails as DrawDocument does, and as OutputFile
 /// where a file can't be written; then none has its name, and old files stay.
-[[nodiscard]] Expected<std::vector<std::wstring>> SaveImages(
+[[nodiscard]] Expected<std::vector<std::string>> SaveImages(
     const ImageSource& source, ImageFormat format, const ImageOptions& options,
-    const std::wstring& path, os::Existing numbered = os::Existing::Refused);
+    const std::string& path, os::Existing numbered = os::Existing::Refused);
 
 }  // namespace rastrel::render

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -109,6 +111,24 @@ TEST_F(Import, saves_a_document_that_opens_again) {
   EXPECT_EQ(again.status, 0) << again.error;
   EXPECT_EQ(Summary(again)["format"], "document");
   EXPECT_EQ(m_Command.Place().Read("again.json"), m_Command.Place().Read("out.rdoc"));
+}
+
+// Library paths ignore case, and a user's names don't.
+TEST_F(Import, a_file_whose_name_differs_in_case_alone_is_left_alone) {
+  for (const std::string extension : {".svg", ".pdf", ".png", ".rdoc"}) {
+    m_Command.Place().Write("sign" + extension, "mine");
+    const auto result = RunOn(Template(Sound), {"-o", "SIGN" + extension});
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(m_Command.Place().Read("sign" + extension), "mine");
+    EXPECT_GT(m_Command.Place().Read("SIGN" + extension).size(), 100U);
+  }
+}
+
+TEST_F(Import, a_document_that_can_not_be_saved_leaves_nothing) {
+  std::filesystem::create_directory(m_Command.Place().Path("out.rdoc"));
+  EXPECT_NE(RunOn(Template(Sound), {"-o", "out.rdoc"}).status, 0);
+  for (const auto& entry : std::filesystem::directory_iterator(m_Command.Place().Path()))
+    EXPECT_FALSE(entry.path().filename().string().starts_with(".rastrel"));
 }
 
 TEST_F(Import, lays_out_on_the_blank_that_is_asked_for) {

@@ -332,18 +332,18 @@ TEST_F(Images, another_process_in_another_place_gives_the_same_picture) {
 
 TEST_F(Images, one_page_is_written_under_the_name_and_several_under_numbers) {
   const auto drill = Add(document::DrillShape{{5, 5}, 1}, Colored(Red));
-  const auto save = [&](ImageFormat format, const wchar_t* name) {
-    return SaveImages(Source(), format, {}, m_Directory.Wide() + L"/" + name);
+  const auto save = [&](ImageFormat format, const std::string& name) {
+    return SaveImages(Source(), format, {}, m_Directory.Path(name));
   };
-  auto written = save(ImageFormat::Svg, L"page.svg");
+  auto written = save(ImageFormat::Svg, "page.svg");
   ASSERT_TRUE(written);
-  EXPECT_EQ(*written, std::vector<std::wstring>{m_Directory.Wide("page.svg")});
+  EXPECT_EQ(*written, std::vector<std::string>{m_Directory.Path("page.svg")});
   m_Document.SetPages(drill, {2, 2});
-  written = save(ImageFormat::Png, L"page.a.png");
+  written = save(ImageFormat::Png, "page.a.png");
   ASSERT_TRUE(written);
-  EXPECT_EQ(*written, (std::vector<std::wstring>{m_Directory.Wide("page.a-1.png"),
-                                                 m_Directory.Wide("page.a-2.png")}));
-  written = save(ImageFormat::Pdf, L"page.pdf");
+  EXPECT_EQ(*written, (std::vector<std::string>{m_Directory.Path("page.a-1.png"),
+                                                m_Directory.Path("page.a-2.png")}));
+  written = save(ImageFormat::Pdf, "page.pdf");
   ASSERT_TRUE(written);
   EXPECT_EQ(written->size(), 1U);
   EXPECT_TRUE(m_Directory.Has("page.a-2.png"));
@@ -354,7 +354,7 @@ TEST_F(Images, numbered_files_replace_others_only_if_asked_and_are_all_written_o
   const auto drill = Add(document::DrillShape{{5, 5}, 1}, Colored(Red));
   m_Document.SetPages(drill, {2, 2});
   m_Directory.Write("page-2.svg", "mine");
-  const std::wstring path = m_Directory.Wide("page.svg");
+  const std::string path = m_Directory.Path("page.svg");
   const auto refused = SaveImages(Source(), ImageFormat::Svg, {}, path);
   ASSERT_FALSE(refused);
   EXPECT_EQ(refused.Error().error, EEXIST);
@@ -366,10 +366,18 @@ TEST_F(Images, numbered_files_replace_others_only_if_asked_and_are_all_written_o
   EXPECT_NE(m_Directory.Read("page-2.svg"), "mine");
 }
 
+TEST_F(Images, a_file_whose_name_differs_in_case_alone_is_another_one) {
+  AddUsual();
+  m_Directory.Write("page.svg", "mine");
+  ASSERT_TRUE(SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Path("PAGE.svg")));
+  EXPECT_EQ(m_Directory.Read("page.svg"), "mine");
+  EXPECT_TRUE(m_Directory.Has("PAGE.svg"));
+}
+
 TEST_F(Images, a_file_that_can_not_be_written_is_reported_and_the_old_one_stays) {
   AddUsual();
   const auto missing =
-      SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Wide("no/such/page.svg"));
+      SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Path("no/such/page.svg"));
   ASSERT_FALSE(missing);
   EXPECT_NE(Describe(missing.Error()).find("No such file or directory"), std::string::npos);
   m_Directory.Write("page.svg", "old");
@@ -378,7 +386,7 @@ TEST_F(Images, a_file_that_can_not_be_written_is_reported_and_the_old_one_stays)
     errno = ENOSPC;
     return -1;
   };
-  const auto full = SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Wide("page.svg"));
+  const auto full = SaveImages(Source(), ImageFormat::Svg, {}, m_Directory.Path("page.svg"));
   ASSERT_FALSE(full);
   EXPECT_NE(Describe(full.Error()).find("No space left on device"), std::string::npos);
   EXPECT_EQ(m_Directory.Read("page.svg"), "old");

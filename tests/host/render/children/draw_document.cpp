@@ -11,11 +11,11 @@
 int main(int count, char** arguments) {
   using namespace rastrel;
   if (count != 3) return 2;
-  const std::wstring target = os::FromNative(arguments[2]);
+  const std::string target = arguments[2];
   const auto host = document::DocumentHost::Open(os::FromNative(arguments[1]));
   if (!host) return 3;
-  const auto format = target.ends_with(L".svg")   ? render::ImageFormat::Svg
-                      : target.ends_with(L".pdf") ? render::ImageFormat::Pdf
+  const auto format = target.ends_with(".svg")   ? render::ImageFormat::Svg
+                      : target.ends_with(".pdf") ? render::ImageFormat::Pdf
                                                   : render::ImageFormat::Png;
   const auto written = render::SaveImages(
       {(*host)->GetDocument(), (*host)->GetFonts(), (*host)->GetNotices()}, format, {}, target);
