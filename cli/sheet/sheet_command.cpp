@@ -163,9 +163,9 @@ void WriteAsShown(Task& task) {
   {
     RowText text(path, isJson ? RowText::Form::Json : RowText::Form::Table, task.only < 0);
     WhileRead whileRead(text);
-    spreadsheet::RowSink& sink =
-        task.Target().empty() ? whileRead : static_cast<spreadsheet::RowSink&>(text);
-    sheet::RequireSuccess(ReadRows(task.source, task.only, sink));
+    spreadsheet::RowSink* sink = &text;
+    if (task.Target().empty()) sink = &whileRead;
+    sheet::RequireSuccess(ReadRows(task.source, task.only, *sink));
     sheet::RequireSuccess(text.Finish());
   }
   if (task.Target().empty())

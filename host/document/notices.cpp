@@ -6,7 +6,10 @@
 namespace rastrel::document {
 
 std::wstring CleanMessage(std::wstring text) {
-  if (text.size() > MaximumMessage) text = text.substr(0, MaximumMessage) + L"...";
+  if (text.size() > MaximumMessage) {
+    text.resize(MaximumMessage);
+    text += L"...";
+  }
   text.resize(text.find_last_not_of(L" \t\r\n") + 1);
   return os::WideFromUtf8(os::CleanLine(os::Utf8FromWide(text)));
 }

@@ -223,10 +223,11 @@ Expected<void> OutputFile::MoveHere(const std::string& source) {
   const int error = errno;
   if (error == EXDEV) {
     auto copied = CopyHere(source);
-    if (copied) return copied;
-    RemoveHidden();
-    m_Hidden.clear();
-    Announce({});
+    if (!copied) {
+      RemoveHidden();
+      m_Hidden.clear();
+      Announce({});
+    }
     return copied;
   }
   m_Hidden.clear();
