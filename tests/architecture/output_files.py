@@ -9,7 +9,6 @@ nothing is a fault as well, so that the list only gets shorter.
 usage: output_files.py ROOT [TABLE]
 """
 
-import pathlib
 import re
 import sys
 
@@ -31,24 +30,13 @@ def calls(text):
 
 
 def check(root, allowed):
-    faults, used = [], set()
-    for file in sources.files(root, FOLDER, (".h", ".cpp", ".inc")):
-        for name in sorted(calls((pathlib.Path(root) / file).read_text(encoding="utf-8"))):
-            if (file, name) in allowed:
-                used.add((file, name))
-            else:
-                faults.append(f"{file}: {name}: files for users are made by OutputFile")
-    faults += [f"output_files.txt: {file} has no {name} any more" for file, name in
-               sorted(allowed - used)]
-    return faults
+    return sources.named_calls(root, FOLDER, (), calls, allowed, "output_files.txt",
+                               ": files for users are made by OutputFile")
 
 
 def main():
-    root = sys.argv[1]
-    table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
-    allowed = {tuple(line.split()[:2]) for line in sources.table(table)}
-    sources.finish(check(root, allowed), f"files for users are made by OutputFile, others in "
-                   f"{len(allowed)} named places")
+    places, faults = sources.named_places(sys.argv, check)
+    sources.finish(faults, f"files for users are made by OutputFile, others in {len(places)} named places")
 
 
 if __name__ == "__main__":

@@ -7,7 +7,6 @@ as well, so that the list only gets shorter.
 usage: removals.py ROOT [TABLE]
 """
 
-import pathlib
 import re
 import sys
 
@@ -26,27 +25,13 @@ def calls(text):
 
 
 def check(root, allowed):
-    faults, used = [], set()
-    for file in sources.files(root, sources.PRODUCT, (".h", ".cpp", ".inc")):
-        if file.startswith(OWNER):
-            continue
-        for name in sorted(calls((pathlib.Path(root) / file).read_text(encoding="utf-8"))):
-            if (file, name) in allowed:
-                used.add((file, name))
-            else:
-                faults.append(f"{file}: {name} outside {OWNER}: RemoveTree and RemoveFile follow no "
-                              "link")
-    faults += [f"removals.txt: {file} has no {name} any more" for file, name in
-               sorted(allowed - used)]
-    return faults
+    return sources.named_calls(root, sources.PRODUCT, OWNER, calls, allowed, "removals.txt",
+                               f" outside {OWNER}: RemoveTree and RemoveFile follow no link")
 
 
 def main():
-    root = sys.argv[1]
-    table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
-    allowed = {tuple(line.split()[:2]) for line in sources.table(table)}
-    sources.finish(check(root, allowed), f"nothing is removed outside {OWNER} but in "
-                   f"{len(allowed)} named places")
+    places, faults = sources.named_places(sys.argv, check)
+    sources.finish(faults, f"nothing is removed outside {OWNER} but in {len(places)} named places")
 
 
 if __name__ == "__main__":

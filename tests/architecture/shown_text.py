@@ -9,7 +9,6 @@ A line of the table that stands for nothing is a fault as well.
 usage: shown_text.py ROOT [TABLE]
 """
 
-import pathlib
 import re
 import sys
 
@@ -38,27 +37,15 @@ def calls(text):
 
 
 def check(root, allowed):
-    faults, used = [], set()
-    for file in sources.files(root, sources.PRODUCT, (".h", ".cpp", ".inc")):
-        if file.startswith(OWNERS):
-            continue
-        for name in sorted(calls((pathlib.Path(root) / file).read_text(encoding="utf-8"))):
-            if (file, name) in allowed:
-                used.add((file, name))
-            else:
-                faults.append(f"{file}: {name}: text for a person goes through WriteOutLine and the "
-                              "like (cli/console/standard_streams.h), which clean it")
-    faults += [f"shown_text.txt: {file} has no {name} any more" for file, name in
-               sorted(allowed - used)]
-    return faults
+    return sources.named_calls(root, sources.PRODUCT, OWNERS, calls, allowed, "shown_text.txt",
+                               ": text for a person goes through WriteOutLine and the like "
+                               "(cli/console/standard_streams.h), which clean it")
 
 
 def main():
-    root = sys.argv[1]
-    table = sys.argv[2] if len(sys.argv) > 2 else pathlib.Path(__file__).with_suffix(".txt")
-    allowed = {tuple(line.split()[:2]) for line in sources.table(table)}
-    sources.finish(check(root, allowed), f"all text is cleaned on its way to a terminal; "
-                   f"{len(allowed)} named places make their lines themselves")
+    places, faults = sources.named_places(sys.argv, check)
+    sources.finish(faults, f"all text is cleaned on its way to a terminal; {len(places)} named places make their lines "
+                   "themselves")
 
 
 if __name__ == "__main__":

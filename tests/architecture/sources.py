@@ -59,6 +59,32 @@ def public_headers(root):
     return sorted(found)
 
 
+def named_calls(root, folders, owners, calls, allowed, table_name, reason):
+    """Faults of calls that are for the owners alone, which are beginnings of paths, but in named places.
+
+    calls(text) gives the names of such calls in a source; `allowed` has (file, name) for each place. One
+    that stands for nothing is a fault as well, so that its table only gets shorter.
+    """
+    faults, used = [], set()
+    for file in files(root, folders, (".h", ".cpp", ".inc")):
+        if file.startswith(owners):
+            continue
+        for name in sorted(calls((pathlib.Path(root) / file).read_text(encoding="utf-8"))):
+            if (file, name) in allowed:
+                used.add((file, name))
+            else:
+                faults.append(f"{file}: {name}{reason}")
+    return faults + [f"{table_name}: {file} has no {name} any more"
+                     for file, name in sorted(allowed - used)]
+
+
+def named_places(arguments, check):
+    """(places of the table, faults) of a check that is called with ROOT [TABLE]: the table beside it."""
+    beside = pathlib.Path(arguments[0]).with_suffix(".txt")
+    places = {tuple(line.split()[:2]) for line in table(arguments[2] if len(arguments) > 2 else beside)}
+    return places, check(arguments[1], places)
+
+
 def finish(faults, what):
     """Ends the check: status 1 and the faults, or one line that says what was looked at."""
     for fault in faults:
