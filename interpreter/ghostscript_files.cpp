@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "interpreter/job_file.h"
+#include "interpreter/shared_places.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 
@@ -20,44 +21,13 @@ namespace fs = std::filesystem;
 constexpr std::size_t HeadBytes = 4096;
 constexpr std::size_t MaximumSettings = 262144;  // bytes of a file of font settings
 
-// Libraries, resources, profiles and fonts, where Linux distributions lay them.
-constexpr const char* const SharedPlaces[] = {
-    "/lib",
-    "/lib32",
-    "/lib64",
-    "/usr/lib",
-    "/usr/lib32",
-    "/usr/lib64",
-    "/usr/local/lib",
-    "/nix/store",
-    "/gnu/store",
-    "/etc/ld.so.cache",
-    "/etc/ld.so.preload",
-    "/usr/share/ghostscript",
-    "/usr/local/share/ghostscript",
-    "/var/lib/ghostscript",
-    "/etc/ghostscript",
-    "/usr/share/color",
-    "/var/lib/color",
-    "/usr/share/poppler",
-    "/usr/share/cups/fonts",
-    "/usr/share/fonts",
-    "/usr/local/share/fonts",
-    "/usr/share/X11/fonts",
-    "/usr/share/texmf",
-    "/usr/share/texlive",
-    "/usr/share/fontconfig",
-    "/usr/share/xml/fontconfig",
-    "/usr/local/share/fontconfig",
-    "/var/cache/fontconfig",
-    "/etc/fonts",
-    "/etc/papersize",
-    "/etc/localtime",
-    "/usr/share/zoneinfo",
-    "/sys/devices/system/cpu",
-    "/dev/urandom",
-    "/dev/random",
-    "/dev/zero",
+// Resources, profiles and fonts beside the shared ones.
+constexpr const char* const OwnPlaces[] = {
+    "/etc/ld.so.preload",    "/usr/local/share/ghostscript",
+    "/etc/ghostscript",      "/usr/share/color",
+    "/var/lib/color",        "/usr/share/cups/fonts",
+    "/var/cache/fontconfig", "/etc/papersize",
+    "/dev/random",           "/dev/zero",
 };
 
 // Programs that a script may start.
@@ -180,7 +150,9 @@ bool IsScript(const std::string& program) { return HeadOf(program).starts_with("
 std::vector<WallPath> GhostscriptFiles(const std::string& program) {
   std::vector<WallPath> files;
   AddProgram(program, files);
-  for (const char* const place : SharedPlaces) files.push_back({place, WallAccess::Read});
+  for (const char* const place : LibraryPlaces) files.push_back({place, WallAccess::Read});
+  for (const char* const place : FontPlaces) files.push_back({place, WallAccess::Read});
+  for (const char* const place : OwnPlaces) files.push_back({place, WallAccess::Read});
   files.push_back({"/dev/null", WallAccess::Write});
   AddUsersFonts(files);
   return files;

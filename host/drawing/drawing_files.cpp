@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "interpreter/shared_places.h"
+
 namespace rastrel::drawing {
 
 namespace {
@@ -11,37 +13,12 @@ namespace {
 using interpreter::WallAccess;
 using interpreter::WallPath;
 
-// Where Linux distributions lay them. Libraries load others at their first use: decoders,
-// encodings.
-constexpr const char* const LibraryPlaces[] = {
-    "/lib",
-    "/lib32",
-    "/lib64",
-    "/usr/lib",
-    "/usr/lib32",
-    "/usr/lib64",
-    "/usr/local/lib",
-    "/nix/store",
-    "/gnu/store",
-    "/etc/ld.so.cache",
-    "/usr/share/poppler",  // encodings of Asian text
-    "/usr/share/mime",     // kinds of images within SVG
-    "/usr/share/locale",   // the libraries' messages
+// Beside the shared ones.
+constexpr const char* const OwnPlaces[] = {
+    "/usr/share/mime",    // kinds of images within SVG
+    "/usr/share/locale",  // the libraries' messages
     "/etc/locale.alias",
-    "/etc/localtime",
-    "/usr/share/zoneinfo",
-    "/sys/devices/system/cpu",
-    "/dev/urandom",
 };
-
-// Directories of fonts may hold links from one to another of these.
-constexpr const char* const FontPlaces[] = {
-    "/usr/share/fonts",           "/usr/local/share/fonts",
-    "/usr/share/X11/fonts",       "/usr/share/texmf",
-    "/usr/share/texlive",         "/usr/share/ghostscript",
-    "/var/lib/ghostscript",       "/etc/fonts",
-    "/usr/share/fontconfig",      "/usr/share/xml/fontconfig",
-    "/usr/local/share/fontconfig"};
 
 // Takes the list over.
 void AddAll(FcStrList* list, std::vector<WallPath>& files) {
@@ -66,8 +43,11 @@ void AddFontsInUse(std::vector<WallPath>& files) {
 
 std::vector<WallPath> DrawingFiles() {
   std::vector<WallPath> files;
-  for (const char* const place : LibraryPlaces) files.push_back({place, WallAccess::Read});
-  for (const char* const place : FontPlaces) files.push_back({place, WallAccess::Read});
+  for (const char* const place : interpreter::LibraryPlaces)
+    files.push_back({place, WallAccess::Read});
+  for (const char* const place : interpreter::FontPlaces)
+    files.push_back({place, WallAccess::Read});
+  for (const char* const place : OwnPlaces) files.push_back({place, WallAccess::Read});
   files.push_back({"/dev/null", WallAccess::Write});
   AddFontsInUse(files);
   return files;
