@@ -91,9 +91,9 @@ CallFilter::CallFilter(WallPrograms programs) {
   Add(BPF_RET | BPF_K, Missing);
   DecideExecs(programs);
   RefuseCalls();
-  RefuseNamespaces();
+  RefuseWhere(SYS_clone, 0, BPF_JSET, NamespaceFlags);
   for (const int call : {SYS_kill, SYS_tgkill, SYS_prlimit64}) RefuseOnOthers(call);
-  RefuseTerminalInput();
+  RefuseWhere(SYS_ioctl, 1, BPF_JEQ, TIOCSTI);
   Add(BPF_RET | BPF_K, Allow);
 }
 
@@ -123,10 +123,11 @@ void CallFilter::RefuseCalls() {
   }
 }
 
-void CallFilter::RefuseNamespaces() {
-  Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 4);
-  Load(ArgumentAt(0));
-  Add(BPF_JMP | BPF_JSET | BPF_K, NamespaceFlags, 0, 1);
+void CallFilter::RefuseWhere(unsigned call, unsigned argument, unsigned short comparison,
+                             unsigned value) {
+  Add(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 4);
+  Load(ArgumentAt(argument));
+  Add(BPF_JMP | comparison | BPF_K, value, 0, 1);
   Add(BPF_RET | BPF_K, Refuse);
   Add(BPF_RET | BPF_K, Allow);
 }
@@ -138,14 +139,6 @@ void CallFilter::RefuseOnOthers(int call) {
   Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 2, 0);
   m_OwnId.push_back(m_Program.size());
   Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 1, 0);
-  Add(BPF_RET | BPF_K, Refuse);
-  Add(BPF_RET | BPF_K, Allow);
-}
-
-void CallFilter::RefuseTerminalInput() {
-  Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_ioctl, 0, 4);
-  Load(ArgumentAt(1));
-  Add(BPF_JMP | BPF_JEQ | BPF_K, TIOCSTI, 0, 1);
   Add(BPF_RET | BPF_K, Refuse);
   Add(BPF_RET | BPF_K, Allow);
 }

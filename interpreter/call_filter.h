@@ -40,9 +40,9 @@ class CallFilter {
   void Load(std::size_t offset);
   void DecideExecs(WallPrograms programs);
   void RefuseCalls();
-  void RefuseNamespaces();
+  // Refuses the call if the comparison (BPF_JEQ, BPF_JSET) of that argument with the value holds.
+  void RefuseWhere(unsigned call, unsigned argument, unsigned short comparison, unsigned value);
   void RefuseOnOthers(int call);
-  void RefuseTerminalInput();
 
   std::vector<sock_filter> m_Program;
   std::vector<std::size_t> m_OwnId;  // instructions whose value is the process's id
