@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
@@ -220,11 +221,7 @@ void OutputFile::BringBack(const std::string& path) {
 }
 
 std::string NumberedPath(const std::string& path, unsigned number) {
-  if (number < 2) return path;
-  const std::size_t name = path.rfind('/') + 1;
-  std::size_t dot = path.rfind('.');
-  if (dot == std::string::npos || dot <= name) dot = path.size();
-  return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
+  return number < 2 ? path : os::NumberedPath(path, number);
 }
 
 std::string DirectoryOf(const std::string& path) {

@@ -1,6 +1,5 @@
 #include "host/render/document_images.h"
 
-#include <filesystem>
 #include <functional>
 #include <utility>
 
@@ -12,13 +11,6 @@
 namespace rastrel::render {
 
 namespace {
-
-std::string NumberedPath(const std::string& path, int number) {
-  const std::filesystem::path parts(path);
-  const std::string name =
-      parts.stem().string() + "-" + std::to_string(number) + parts.extension().string();
-  return std::filesystem::path(parts).replace_filename(name).string();
-}
 
 // No document without placed files gets here, so there is nothing to open.
 Expected<std::unique_ptr<graphics::Picture>> OpenNone(const document::GraphicShape& /*shape*/) {
@@ -86,7 +78,7 @@ Expected<std::vector<std::string>> SaveImages(const ImageSource& source, ImageFo
   std::vector<std::string> paths;
   std::vector<os::OutputFile> files;
   const auto take = [&](const std::string& image, int number) -> Expected<void> {
-    paths.push_back(number == 0 ? path : NumberedPath(path, number));
+    paths.push_back(number == 0 ? path : os::NumberedPath(path, static_cast<unsigned>(number)));
     auto file =
         os::OutputFile::Create(paths.back(), number == 0 ? os::Existing::Followed : numbered);
     if (!file) return file.Error();

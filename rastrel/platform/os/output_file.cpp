@@ -103,6 +103,13 @@ void RemoveLeftovers(const std::string& directory) {
 
 }  // namespace
 
+std::string NumberedPath(const std::string& path, unsigned number) {
+  const std::size_t name = path.rfind('/') + 1;
+  std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos || dot <= name) dot = path.size();
+  return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
+}
+
 OutputFile::OutputFile(std::string target, Existing existing, OnHiddenFile onHidden)
     : m_Target(std::move(target)), m_Existing(existing), m_OnHidden(std::move(onHidden)) {}
 

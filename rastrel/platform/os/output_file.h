@@ -99,6 +99,10 @@ class OutputFile {
   State m_State = State::Hidden;
 };
 
+/// The path with a number before its extension: "a/b.tif" and 2 give "a/b-2.tif". A dot at a name's
+/// beginning begins no extension.
+[[nodiscard]] std::string NumberedPath(const std::string& path, unsigned number);
+
 /// Whether a file could have this name: EEXIST if anything has it and it is not to be replaced,
 /// EISDIR if a directory has it, and the system's error if its directory is not there or can't be
 /// looked at. Makes nothing; for a refusal before long work.
