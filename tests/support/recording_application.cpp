@@ -234,6 +234,13 @@ void RecordingApplication::SetImportRotation(double rotation) {
   m_Calls.Told("SetImportRotation", rotation);
 }
 
+void RecordingApplication::ExpectCutLine(bool expected) { m_Calls.Told("ExpectCutLine", expected); }
+
+std::wstring RecordingApplication::LoadBaseDir() {
+  m_Calls.Told("LoadBaseDir");
+  return m_LoadBaseDir;
+}
+
 std::optional<CSheetLayer> RecordingApplication::GetSheetLayerFromPalette(int number) {
   m_Calls.Told("GetSheetLayerFromPalette", number);
   const auto found = m_SheetLayers.find(number);

@@ -97,6 +97,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   double m_BlankWidth = 60;
   double m_BlankHeight = 30;
   int m_BlankOrigin = 7;
+  /// The result of `LoadBaseDir`.
+  std::wstring m_LoadBaseDir = L"/import";
 
   std::vector<std::string> LeftOpen() const;
 
@@ -145,6 +147,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   int WriteStringDevice(const wchar_t* section, const wchar_t* key, const wchar_t* value) override;
   int GetQueueComChannel(const wchar_t* deviceName) override;
   void SetImportRotation(double rotation) override;
+  void ExpectCutLine(bool expected) override;
+  std::wstring LoadBaseDir() override;
 
   std::optional<CSheetLayer> GetSheetLayerFromPalette(int number) override;
   int AddSheetToPalette(const CSheetLayer& layer) override;

@@ -1,5 +1,7 @@
 #include "rastrel/platform/host/application.h"
 
+#include "rastrel/platform/host/base_dir.h"
+
 namespace rastrel::host {
 
 Application::~Application() = default;
@@ -41,5 +43,7 @@ std::optional<std::wstring> Application::GetStringDevice(const wchar_t*, const w
 int Application::WriteStringDevice(const wchar_t*, const wchar_t*, const wchar_t*) { return 0; }
 int Application::GetQueueComChannel(const wchar_t*) { return 0; }
 void Application::SetImportRotation(double) {}
+void Application::ExpectCutLine(bool) {}
+std::wstring Application::LoadBaseDir() { return CBaseDir(PATH_TEMP); }
 
 }  // namespace rastrel::host

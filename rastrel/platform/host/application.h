@@ -137,6 +137,9 @@ class RASTREL_API Application {
   /// view's, `window` may be null, and the library passes 1 as `reserved`. `flag` is non-zero to
   /// keep thick lines as they are. Non-zero for success: the loaded objects are then the selection.
   /// 0 leaves the document as it was. By default 0.
+  ///
+  /// Colors and line styles that are set on the loaded objects afterwards must show. Their bounds
+  /// are those of their outlines, without the widths of lines: content is placed by them.
   virtual int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
                       int flag);
   /// Makes the object of a placed EPS file, not yet in the document and owned by the caller until
@@ -188,6 +191,16 @@ class RASTREL_API Application {
   /// Sets the rotation that a template asks for its job: the number in the template, as it is. By
   /// default nothing.
   virtual void SetImportRotation(double rotation);
+
+  // --- Files of an import ---
+
+  /// Says that the graphics loaded from now on are cut lines (true), until false. A host then loads
+  /// a path whose file names no fill without one, so that it does not cover its plate. By default
+  /// nothing.
+  virtual void ExpectCutLine(bool expected);
+  /// The directory, without a closing separator, that files written for the length of an import go
+  /// to. By default the base directory PATH_TEMP (base_dir.h).
+  [[nodiscard]] virtual std::wstring LoadBaseDir();
 };
 
 }  // namespace rastrel::host

@@ -27,6 +27,10 @@ class RASTREL_API CPane {
   [[nodiscard]] virtual double GetRight() const = 0;
   /// The bottom edge.
   [[nodiscard]] virtual double GetBottom() const = 0;
+  /// The plate object that the pane is part of, in the document, where panes that did not fit went
+  /// on in a plate object of a further page. By default 0: the plate object that was asked for the
+  /// pane. Content of the pane goes to the pages and the sheet layer of that object.
+  [[nodiscard]] virtual rastrel::host::ObjectHandle GetPlateObject() const;
 };
 
 /// Panes of one size, laid out on the sign blank in rows from the left, with margins round all of

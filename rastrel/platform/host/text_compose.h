@@ -81,9 +81,9 @@ class RASTREL_API TextCompose {
   // --- Fonts and content ---
 
   /// A font by its type (a FontType) and its name: a file's without extension, or a family with its
-  /// style. The engine owns it and keeps it until the host ends. Null if there is no such font; a
-  /// host that replaces missing fonts by itself returns the replacement. The library passes 0
-  /// first, and -1, 1 or 0, 0 last.
+  /// style. The engine owns it and keeps it until the host ends. Null if there is no such font, as
+  /// for an empty name; a host that replaces missing fonts by itself returns the replacement. The
+  /// library passes 0 first, and -1, 1 or 0, 0 last.
   [[nodiscard]] virtual const FontRecord* AddFont(int reserved, int type, const wchar_t* name,
                                                   int weight, int italic) = 0;
   /// Appends text to the open paragraph, or to the new text, in the current style. CR LF begins a

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "rastrel/platform/host/base_dir.h"
 #include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/values/color.h"
@@ -235,6 +236,14 @@ TEST(ApplicationDefaults, there_are_no_devices) {
   EXPECT_EQ(application.WriteStringDevice(L"Section", L"Key", L"value"), 0);
   EXPECT_EQ(application.GetQueueComChannel(L"Plotter"), 0);
   application.SetImportRotation(90);
+  EXPECT_EQ(application.m_Calls, 0);
+}
+
+TEST(ApplicationDefaults, files_of_an_import_go_to_the_temporary_directory) {
+  rastrel::test::TestHost bare;
+  BareApplication application;
+  application.ExpectCutLine(true);
+  EXPECT_EQ(application.LoadBaseDir(), std::wstring(CBaseDir(PATH_TEMP)));
   EXPECT_EQ(application.m_Calls, 0);
 }
 
