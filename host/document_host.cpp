@@ -11,8 +11,45 @@
 #include "host/graphics/native_graphics.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
+
+namespace {
+
+// Lets files in that may be loaded, and makes a notice of each other one.
+class Door {
+ public:
+  explicit Door(Notices& notices) : m_Notices(notices) {}
+  void SetPolicy(DocumentHost::ReadPolicy policy) { m_Policy = std::move(policy); }
+
+  [[nodiscard]] bool LetsIn(const std::wstring& path) const {
+    if (!m_Policy) return true;
+    const auto allowed = m_Policy(path);
+    if (!allowed) m_Notices.AddLoss(path + L": " + os::WideFromUtf8(Describe(allowed.Error())));
+    return static_cast<bool>(allowed);
+  }
+
+ private:
+  Notices& m_Notices;
+  DocumentHost::ReadPolicy m_Policy;
+};
+
+class GuardedGraphics : public graphics::NativeGraphics {
+ public:
+  GuardedGraphics(Document& document, Notices& notices, const Door& door)
+      : NativeGraphics(document, notices), m_Door(door) {}
+
+  int LoadVEFile(CWnd* window, const wchar_t* path, int reserved) override {
+    if (path && !m_Door.LetsIn(path)) return 0;
+    return NativeGraphics::LoadVEFile(window, path, reserved);
+  }
+
+ private:
+  const Door& m_Door;
+};
+
+}  // namespace
 
 // Each uses those before it.
 struct DocumentHost::Parts {
@@ -22,19 +59,21 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices) {
+        graphics(*document, notices, door) {
     application.SetGraphicLoader([this](const std::wstring& path) {
+      if (!door.LetsIn(path)) return 0;
       return graphics::LoadGraphic(*document, notices, path);
     });
   }
 
   Notices notices;
+  Door door{notices};
   std::unique_ptr<Document> document;
   DocumentStore store;
   DocumentApplication application;
   text::FontCatalog fonts;
   text::TextEngine text;
-  graphics::NativeGraphics graphics;
+  GuardedGraphics graphics;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
@@ -58,6 +97,8 @@ host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
+
+void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }
 
 Document& DocumentHost::GetDocument() { return *m_Parts->document; }
 const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }

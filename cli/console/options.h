@@ -61,6 +61,9 @@ enum class OptionId {
   Blank,
   Outlines,
   Strict,
+  AllowOutside,
+  Data,
+  OnlyBad,
   Remove,
   Force,
   Help,
@@ -105,6 +108,7 @@ enum class CommandId {
   ChartCaps,
   Sheet,
   Import,
+  Merge,
   View,
   Help,
 };

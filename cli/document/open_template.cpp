@@ -11,12 +11,6 @@
 namespace rastrel::cli {
 namespace {
 
-TemplateFormat FormatFor(const Invocation& invocation) {
-  const std::string name = invocation.ValueOr(OptionId::Format, "");
-  if (!name.empty()) return OrEnd(ExitStatus::WrongUse, FormatNamed(name));
-  return OrEndByCode(ExitStatus::NotInstalled, FormatOfFile(invocation.operand));
-}
-
 void SetBlank(document::Document& document, const std::string& blank) {
   const Size size = OrEnd(ExitStatus::WrongUse, ParseSize("--blank", blank));
   document::SignBlank sign = document.Blank();
@@ -26,6 +20,22 @@ void SetBlank(document::Document& document, const std::string& blank) {
 }
 
 }  // namespace
+
+TemplateFormat FormatFor(const Invocation& invocation) {
+  const std::string name = invocation.ValueOr(OptionId::Format, "");
+  if (!name.empty()) return OrEnd(ExitStatus::WrongUse, FormatNamed(name));
+  return OrEndByCode(ExitStatus::NotInstalled, FormatOfFile(invocation.operand));
+}
+
+OpenedFile NewDocument(TemplateFormat format, const Invocation& invocation) {
+  OpenedFile file;
+  file.format = format;
+  file.host = std::make_unique<document::DocumentHost>();
+  const std::string blank = invocation.ValueOr(OptionId::Blank, "");
+  if (!blank.empty()) SetBlank(file.host->GetDocument(), blank);
+  host::SetHost(file.host.get());
+  return file;
+}
 
 OpenedFile OpenTemplate(const Invocation& invocation) {
   const std::string& path = invocation.operand;
@@ -37,13 +47,11 @@ OpenedFile OpenTemplate(const Invocation& invocation) {
       throw CommandError(ExitStatus::WrongUse, "--blank: a document has its blank already");
     return OrEnd(ExitStatus::BadInput, OpenDocumentFile(path));
   }
-  OpenedFile file;
-  file.format = format;
-  file.host = std::make_unique<document::DocumentHost>();
-  if (!blank.empty()) SetBlank(file.host->GetDocument(), blank);
-  host::SetHost(file.host.get());
-  OrEndByCode(ExitStatus::NotInstalled,
-              ImportTemplate(path, invocation.Has(OptionId::Strict), file));
+  OpenedFile file = NewDocument(format, invocation);
+  TemplateSource source = SourceOf(path);
+  source.allowOutside = invocation.Has(OptionId::AllowOutside);
+  source.strict = invocation.Has(OptionId::Strict);
+  OrEndByCode(ExitStatus::NotInstalled, ImportTemplate(source, file));
   return file;
 }
 
