@@ -12,7 +12,7 @@ namespace rastrel::imports {
 /// cut line goes to the file cutline.svg beside the template, or to the directory
 /// `Application::LoadBaseDir` if it can't be written there.
 ///
-/// Returns true if the file has at least one plate. Also true, with what was read before it, if
+/// Returns true if the file has at least one plate. Also true, with the records read before it, if
 /// the document can't be read even then, has another root element, or lacks the table's size, the
 /// template or the plates. False if the path is null, shorter than 5 characters, names nothing, or
 /// ends in anything but ".cr2" in any case; if the table's size, the template or the cut line can't

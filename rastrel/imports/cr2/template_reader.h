@@ -20,7 +20,7 @@ namespace rastrel::imports {
 /// routine takes the element that it reads. Names and keywords compare exactly; elements and
 /// attributes of other names are passed over, and an attribute that is empty counts as absent.
 ///
-/// A text is copied only as often as the records need it. What a span inherits from its block is
+/// A text is copied only as often as the records need it. The font of a block that a span inherits is
 /// such a copy, so a file could make records that are much larger than itself. One that does is
 /// refused and reported (xml/failure.h): all of the document is empty then.
 class TemplateReader {
