@@ -215,7 +215,10 @@ std::wstring RecordingApplication::GGetPathDeviceInI(int device) {
 std::optional<std::wstring> RecordingApplication::GetStringDevice(const wchar_t* devicePath,
                                                                   const wchar_t* section,
                                                                   const wchar_t* key) {
-  m_Calls.Told("GetStringDevice", devicePath, section, key);
+  for (std::size_t index = 0; index < m_Plotters.size(); ++index)
+    if (devicePath == L"device" + std::to_wstring(index))
+      return m_Calls.Answered(m_Plotters[index], "GetStringDevice", devicePath, section, key);
+  m_Calls.Answered(nullptr, "GetStringDevice", devicePath, section, key);
   return std::nullopt;
 }
 

@@ -97,6 +97,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   double m_BlankWidth = 60;
   double m_BlankHeight = 30;
   int m_BlankOrigin = 7;
+  /// The names of the plotters by their indexes; an index beyond them has none.
+  std::vector<std::wstring> m_Plotters;
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
