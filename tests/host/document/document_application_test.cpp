@@ -89,6 +89,38 @@ TEST_F(DocumentApplicationTest, sheet_layers_are_kept_by_their_number) {
   EXPECT_FALSE(layers.GetSheetLayerFromPalette(3));
 }
 
+// Plates of 8 by 8 on a blank of 20 by 10: two fit beside each other, and five need three pages.
+TEST_F(DocumentApplicationTest, a_pane_names_the_plate_object_of_its_page) {
+  m_Application.SetSignBlankSize(20, 10, 1);
+  auto made = m_Application.NewGenericPlateObject(1, 8, 8, {}, 0, 0);
+  ASSERT_TRUE(made);
+  ASSERT_EQ(made->CreatePanesWithOriginBottomLeft({0, 0}, 20, 10), 1);
+  ASSERT_NE(made->GetFirstPane(), nullptr);
+  EXPECT_EQ(made->GetFirstPane()->GetPlateObject(), 0U) << "it is not in the document yet";
+  ObjectHandle first = 0;
+  ASSERT_EQ(made->Add(1, 1, 0, first), 1);
+  CGenericPlateObject* plate = made.release();
+  ASSERT_EQ(m_Store.DSAddObject(first), 1);
+  m_Application.AddPanesToPlateObject(first, 4);
+
+  const auto plates = *m_Document.SharedPlateObjects();
+  ASSERT_EQ(plates.size(), 3U);
+  std::vector<ObjectHandle> holders;
+  for (CPane* pane = plate->GetFirstPane(); pane; pane = plate->GetNextPane()) {
+    holders.push_back(pane->GetPlateObject());
+  }
+  EXPECT_EQ(holders,
+            (std::vector<ObjectHandle>{plates[0], plates[0], plates[1], plates[1], plates[2]}));
+  for (int page = 1; page <= 3; ++page) {
+    EXPECT_EQ(m_Store.DBGetPageRange(plates[static_cast<std::size_t>(page - 1)]),
+              (VK_PAGE_RANGE{page, page}));
+  }
+  // Asked of the object of page 2, its own panes come first, with that object as their holder.
+  auto* second = static_cast<CGenericPlateObject*>(
+      m_Store.DBGetObjectElement(plates[1])->GetPlaceholderItem());
+  EXPECT_EQ(second->GetFirstPane()->GetPlateObject(), plates[1]);
+}
+
 TEST_F(DocumentApplicationTest, a_drill_point_that_can_not_be_is_reported_and_not_made) {
   m_Application.SetDrillPointObj({});
   EXPECT_TRUE(m_Notices.Losses().empty()) << "drill points are off";
