@@ -26,6 +26,7 @@ struct DocumentHost::Parts {
     application.SetGraphicLoader([this](const std::wstring& path) {
       return graphics::LoadGraphic(*document, notices, path);
     });
+    application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
   Notices notices;

@@ -42,7 +42,7 @@ PlateShape& PlateItem::ShapeToChange() {
 
 int PlateItem::Add(int visible, int selectable, int /*reserved*/, ObjectHandle& object) {
   if (m_Object != 0) return 0;
-  Attributes attributes;
+  Attributes attributes = m_Store.GetDocument().NewAttributes();
   attributes.traits =
       (visible != 0 ? DBTRAIT_VISIBLE : 0) | (selectable != 0 ? DBTRAIT_SELECTABLE : 0);
   const ObjectHandle created = m_Store.GetDocument().Create(m_Shape, attributes);

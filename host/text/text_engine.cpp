@@ -53,6 +53,12 @@ TextEngine::TextEngine(document::DocumentStore& store, FontCatalog& fonts,
 
 TextEngine::~TextEngine() { m_Store.SetTextSource(nullptr); }
 
+void TextEngine::Clear() {
+  m_Open.reset();
+  m_Closed.clear();
+  m_LastText = 0;
+}
+
 // --- A paragraph in a frame ---
 
 void TextEngine::SetOpenParagraphInfo(ParagraphInfo& info, int /*reserved*/) {
@@ -62,6 +68,8 @@ void TextEngine::SetOpenParagraphInfo(ParagraphInfo& info, int /*reserved*/) {
 
 bool TextEngine::Begin(const NewWorldPt& first, const NewWorldPt& second) {
   const auto frame = FrameBetween(first, second);
+  // An import that is cancelled leaves its text open, and says so itself.
+  if (m_Open && m_Open->isNewText) m_Open.reset();
   if (m_Open || !frame) return false;
   m_Open.emplace();
   m_Open->frame = *frame;
@@ -187,7 +195,11 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
 
 void TextEngine::InitNewText(CWnd* /*window*/, const NewWorldPt& first, const NewWorldPt& second,
                              int /*kind*/) {
-  if (!Begin(first, second)) m_Notices.AddLoss(L"a text frame without area holds no text");
+  if (Begin(first, second)) {
+    m_Open->isNewText = true;
+  } else if (!m_Open) {
+    m_Notices.AddLoss(L"a text frame without area holds no text");
+  }
 }
 
 void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
@@ -195,7 +207,8 @@ void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
   if (!m_Open) return;
   TextShape text = Finish();
   if (keep == 0) return;
-  m_LastText = m_Store.GetDocument().Create(std::move(text));
+  document::Document& document = m_Store.GetDocument();
+  m_LastText = document.Create(std::move(text), document.NewAttributes());
   m_Store.DSAddObject(m_LastText);
 }
 

@@ -25,6 +25,8 @@ class TextEngine : public host::TextCompose {
 
   /// Whether a paragraph or a new text is open.
   [[nodiscard]] bool IsOpen() const { return m_Open.has_value(); }
+  /// Drops the open text, and closed ones that no object has taken: their document is gone.
+  void Clear();
 
   void SetOpenParagraphInfo(ParagraphInfo& info, int reserved) override;
   [[nodiscard]] int OpenParagraph(int kind, const ParagraphInfo& info, const NewWorldPt& first,
@@ -53,7 +55,8 @@ class TextEngine : public host::TextCompose {
   // The open paragraph: the records that the library writes, and the text pasted so far.
   struct Open {
     Open();
-    CWorldRect frame;  // text units
+    bool isNewText = false;  // it was opened by InitNewText
+    CWorldRect frame;        // text units
     paragraphStruct paragraph;
     list_s lines;
     lineStruct line;

@@ -57,6 +57,7 @@ class RASTREL_API TextCompose {
   /// Opens a paragraph in the frame between two opposite corners. The library passes 4. Unlike most
   /// operations it returns 0 for success; then a `CloseParagraph` must follow. Non-zero, and
   /// nothing is open, while another paragraph is open and for corners without an area between them.
+  /// A new text that is still open was given up by the library, and is dropped.
   [[nodiscard]] virtual int OpenParagraph(int kind, const ParagraphInfo& info,
                                           const NewWorldPt& first, const NewWorldPt& second) = 0;
   /// Reads the open paragraph's records; all null if none is open. They belong to the engine and
@@ -108,10 +109,14 @@ class RASTREL_API TextCompose {
   // --- New text ---
 
   /// Opens a text object between its lower left and its upper right corner. `window` may be null;
-  /// the library passes 1. `GetCurParagraph` then reads its records. By default nothing.
+  /// the library passes 1. `GetCurParagraph` then reads its records. A new text that is still open
+  /// was given up by the library, and is dropped. Nothing is open after corners without an area
+  /// between them, or while a paragraph is: `GetCurParagraph` then returns nulls. By default
+  /// nothing.
   virtual void InitNewText(CWnd* window, const NewWorldPt& first, const NewWorldPt& second,
                            int kind);
-  /// Closes the new text, keeps it (1), and puts it into the document. By default nothing.
+  /// Closes the new text, keeps it (1), and puts it into the document, on the page on show or on
+  /// page 1 when all are. By default nothing.
   virtual void TerminateNewText(CWnd* window, int keep);
   /// The object of the new text that was closed last; 0 if there is none. By default 0.
   [[nodiscard]] virtual ObjectHandle GetTerminateTextEditHI();

@@ -180,6 +180,93 @@ TEST_F(TextEngineTest, new_text_goes_into_the_document_by_itself) {
   EXPECT_EQ(m_Document.ObjectCount(), 1U);
 }
 
+TEST_F(TextEngineTest, new_text_is_on_the_page_on_show) {
+  for (const int shown : {3, 0}) {
+    m_Document.SetDisplayPage(shown);
+    const int page = shown == 0 ? 1 : shown;
+    m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+    m_Engine.TerminateNewText(nullptr, 1);
+    EXPECT_EQ(m_Store.DBGetPageRange(m_Engine.GetTerminateTextEditHI()),
+              (VK_PAGE_RANGE{page, page}));
+    Open();
+    Paste(L"text");
+    ParagraphInfo info;
+    m_Engine.SetOpenParagraphInfo(info, 0);
+    m_Engine.CloseParagraph(1, info);
+    const ParagraphEle element{info.first, info.second};
+    EXPECT_EQ(m_Store.DBGetPageRange(
+                  m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false)),
+              (VK_PAGE_RANGE{page, page}));
+  }
+}
+
+TEST_F(TextEngineTest, new_text_in_a_frame_without_area_opens_nothing_and_says_so_once) {
+  for (const auto& [first, second] : {std::pair{NewWorldPt{0, 0}, NewWorldPt{0, 100}},
+                                      {{0, 0}, {100, 0}},
+                                      {{0, 0}, {0, 0}},
+                                      {{0, NAN}, {100, 100}}}) {
+    m_Engine.InitNewText(nullptr, first, second, 1);
+    m_Engine.GetCurParagraph(m_Current);
+    EXPECT_EQ(m_Current.paragraph, nullptr);
+    EXPECT_EQ(m_Current.lines, nullptr);
+    EXPECT_EQ(m_Current.line, nullptr);
+    EXPECT_EQ(m_Current.style, nullptr);
+    Paste(L"text");
+    m_Engine.TerminateNewText(nullptr, 1);
+    EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
+  }
+  EXPECT_EQ(m_Notices.Losses(),
+            std::vector<std::wstring>{L"a text frame without area holds no text"});
+  EXPECT_EQ(m_Document.ObjectCount(), 0U);
+}
+
+TEST_F(TextEngineTest, a_text_that_a_cancelled_import_left_open_is_dropped_by_the_next) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"given up");
+  m_Engine.InitNewText(nullptr, {0, 0}, {1000, 500}, 1);
+  Paste(L"next");
+  m_Engine.TerminateNewText(nullptr, 1);
+  const auto& text = std::get<TextShape>(m_Document.Find(m_Engine.GetTerminateTextEditHI())->shape);
+  ASSERT_EQ(text.lines.at(0).runs.size(), 1U);
+  EXPECT_EQ(text.lines[0].runs[0].text, L"next");
+
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"given up");
+  Open();
+  Paste(L"paragraph");
+  EXPECT_EQ(Close().lines.at(0).runs.at(0).text, L"paragraph");
+
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.InitNewText(nullptr, {0, 0}, {0, 0}, 1);
+  EXPECT_FALSE(m_Engine.IsOpen()) << "a frame without area ends the text before it, too";
+  EXPECT_EQ(m_Document.ObjectCount(), 1U);
+}
+
+TEST_F(TextEngineTest, a_paragraph_that_is_open_keeps_new_text_from_opening) {
+  Open();
+  Paste(L"one");
+  m_Engine.InitNewText(nullptr, {0, 0}, {1000, 500}, 1);
+  Paste(L" and two");
+  EXPECT_TRUE(m_Notices.Losses().empty());
+  EXPECT_EQ(Close().lines.at(0).runs.size(), 2U);
+}
+
+TEST_F(TextEngineTest, nothing_of_a_text_is_left_in_a_new_document) {
+  Open();
+  Paste(L"closed");
+  ParagraphInfo info;
+  m_Engine.SetOpenParagraphInfo(info, 0);
+  m_Engine.CloseParagraph(1, info);
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.TerminateNewText(nullptr, 1);
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.Clear();
+  EXPECT_FALSE(m_Engine.IsOpen());
+  EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
+  const ParagraphEle element{info.first, info.second};
+  EXPECT_EQ(m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false), 0U);
+}
+
 TEST_F(TextEngineTest, nothing_happens_without_an_open_paragraph) {
   Paste(L"text");
   m_Engine.CloseParagraph(1, {});
