@@ -82,9 +82,10 @@ class RASTREL_API TextCompose {
   // --- Fonts and content ---
 
   /// A font by its type (a FontType) and its name: a file's without extension, or a family with its
-  /// style. The engine owns it and keeps it until the host ends. Null if there is no such font, as
-  /// for an empty name; a host that replaces missing fonts by itself returns the replacement. The
-  /// library passes 0 first, and -1, 1 or 0, 0 last.
+  /// style. The engine owns it and keeps it until the host ends. The library passes 0 first, and
+  /// last either -1, 1 or 0, 0. After -1 it has no answer to a missing font but to drop the text: a
+  /// host that replaces missing fonts returns the replacement, and null for an empty name alone.
+  /// After 0 it asks for a replacement itself (below): null for every missing font.
   [[nodiscard]] virtual const FontRecord* AddFont(int reserved, int type, const wchar_t* name,
                                                   int weight, int italic) = 0;
   /// Appends text to the open paragraph, or to the new text, in the current style. CR LF begins a
@@ -97,11 +98,12 @@ class RASTREL_API TextCompose {
 
   // --- Fonts in place of missing ones ---
 
-  /// The replacements kept under a name, owned by the caller. By default null.
+  /// The replacements kept under a name, owned by the caller. By default null: the host has no
+  /// replacements, and the two operations that need one are not called.
   [[nodiscard]] virtual std::unique_ptr<CFontReplacement> NewFontReplacement(const wchar_t* name);
   /// Asks the user for a font in place of a missing one and keeps the answer in `replacement`. The
-  /// font is the engine's. Null if the user cancels, and the import then ends. The library passes
-  /// -1 twice. By default null.
+  /// font is the engine's. Null if the user cancels, and the import then ends; a host where nobody
+  /// can be asked chooses by itself. The library passes -1 twice. By default null.
   [[nodiscard]] virtual const FontRecord* ChooseReplacementFont(CFontReplacement& replacement,
                                                                 const wchar_t* name, int weight,
                                                                 int italic);
