@@ -64,6 +64,8 @@ struct DocumentHost::Parts {
       if (!door.LetsIn(path)) return 0;
       return graphics::LoadGraphic(*document, notices, path);
     });
+    text.SetDialogViews([this] { return views; });
+    application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
   Notices notices;
@@ -74,6 +76,7 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   GuardedGraphics graphics;
+  host::DialogViews* views = nullptr;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
@@ -99,6 +102,16 @@ host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
 
 void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }
+host::DialogViews& DocumentHost::GetDialogViews() {
+  return m_Parts->views ? *m_Parts->views : StandaloneHost::GetDialogViews();
+}
+void DocumentHost::SetDialogViews(host::DialogViews* views) { m_Parts->views = views; }
+
+Expected<void> DocumentHost::ReplaceFont(const std::wstring& name,
+                                         const std::wstring& replacement) {
+  return m_Parts->fonts.Replace(name, replacement);
+}
+void DocumentHost::CancelMissingFonts(bool cancel) { m_Parts->text.CancelMissingFonts(cancel); }
 
 Document& DocumentHost::GetDocument() { return *m_Parts->document; }
 const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }

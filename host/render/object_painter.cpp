@@ -250,7 +250,7 @@ void ObjectPainter::operator()(const PlateShape& plate) {
 void ObjectPainter::TellReplacedFonts(const TextShape& text) {
   for (const document::TextLine& line : text.lines) {
     for (const document::TextRun& run : line.runs) {
-      const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font);
+      const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font, run.replacement);
       if (face.replaced) m_Notices.Add(text::ReplacementNotice(run.font, face));
     }
   }
