@@ -83,6 +83,11 @@ constexpr std::array OptionTable{
               "The table: .csv, .xlsx, .ods or .fods; a plate for each row."},
     OptionRow{OnlyBad, "--only-bad", "REPORT",
               "Merge those rows alone that are bad in this report, the output of `merge --json`."},
+    OptionRow{FontReplacement, "--font", "NAME=FONT",
+              "Use this font where the one of that name is missing; may be given several times."},
+    OptionRow{CancelMissingFonts, "--cancel-missing-fonts", "",
+              "Ask for no font in place of a missing one: give the text or the import up."},
+    OptionRow{AskInWindow, "--window", "", "Ask for missing fonts in a window."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -124,13 +129,40 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
-constexpr std::array ImportOptions{Format, OutputFile,   Page,  PictureDpi, Blank, Outlines,
-                                   Strict, AllowOutside, Force, Json,       Help};
-constexpr std::array MergeOptions{Data,         OptionId::Sheet, Format,   OutputFile, Page,
-                                  PictureDpi,   Blank,           Outlines, Strict,     OnlyBad,
-                                  AllowOutside, Force,           Json,     Help};
-constexpr std::array ViewOptions{Format,   OutputFile,   Page,  PictureDpi, Blank,
-                                 Outlines, AllowOutside, Force, Json,       Help};
+constexpr std::array ImportOptions{Format,
+                                   OutputFile,
+                                   Page,
+                                   PictureDpi,
+                                   Blank,
+                                   Outlines,
+                                   Strict,
+                                   AllowOutside,
+                                   FontReplacement,
+                                   CancelMissingFonts,
+                                   AskInWindow,
+                                   Force,
+                                   Json,
+                                   Help};
+constexpr std::array MergeOptions{Data,
+                                  OptionId::Sheet,
+                                  Format,
+                                  OutputFile,
+                                  Page,
+                                  PictureDpi,
+                                  Blank,
+                                  Outlines,
+                                  Strict,
+                                  OnlyBad,
+                                  AllowOutside,
+                                  FontReplacement,
+                                  CancelMissingFonts,
+                                  AskInWindow,
+                                  Force,
+                                  Json,
+                                  Help};
+constexpr std::array ViewOptions{
+    Format,          OutputFile,         Page,        PictureDpi, Blank, Outlines, AllowOutside,
+    FontReplacement, CancelMissingFonts, AskInWindow, Force,      Json,  Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -218,6 +250,17 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);
+    return;
+  }
+  if (id == FontReplacement) {
+    app.add_option_function<std::vector<std::string>>(
+           names,
+           [&result, id](const std::vector<std::string>& values) {
+             result.options[id] = values.back();
+             result.fonts = values;
+           },
+           row.description)
+        ->allow_extra_args(false);
     return;
   }
   app.add_option_function<std::string>(

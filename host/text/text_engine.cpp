@@ -32,7 +32,7 @@ paragraphStruct Finite(paragraphStruct paragraph) {
 }
 
 std::wstring MissingFontNotice(const std::wstring& name) {
-  return name.empty() ? L"a text names no font" : L"the font \"" + name + L"\" can't be had";
+  return name.empty() ? L"a text that names no font" : L"the font \"" + name + L"\" can't be had";
 }
 
 // The rectangle between two opposite corners, whichever they are; nothing if it has no area.
@@ -156,8 +156,8 @@ const FontRecord* TextEngine::AddFont(int /*reserved*/, int type, const wchar_t*
     m_Missing[wanted] = type;
     return nullptr;
   }
-  if (wanted.empty()) return nullptr;
-  if (m_CancelMissing && !m_Fonts.IsChosen(wanted)) {
+  // The library drops a text without a font in silence.
+  if (wanted.empty() || (m_CancelMissing && !m_Fonts.IsChosen(wanted))) {
     m_Notices.AddLoss(MissingFontNotice(wanted));
     return nullptr;
   }

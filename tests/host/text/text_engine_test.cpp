@@ -191,6 +191,7 @@ TEST_F(TextEngineTest, a_missing_font_is_replaced_where_the_text_would_be_droppe
   EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"", -1, 1), nullptr);
   EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, nullptr, -1, 1), nullptr);
   EXPECT_EQ(m_Notices.Texts().size(), 1U);
+  EXPECT_EQ(m_Notices.Losses(), std::vector<std::wstring>{L"a text that names no font"});
 }
 
 TEST_F(TextEngineTest, a_missing_font_is_null_where_a_replacement_is_asked_for_next) {
@@ -266,7 +267,7 @@ TEST_F(TextEngineTest, a_user_who_cancels_the_question_gets_no_font_and_it_is_re
   EXPECT_EQ(m_Engine.ChooseReplacementFont(*replacement, L"", -1, -1), nullptr);
   EXPECT_EQ(m_Notices.Losses(),
             (std::vector<std::wstring>{L"the font \"No Such Font\" can't be had",
-                                       L"a text names no font"}));
+                                       L"a text that names no font"}));
 }
 
 TEST_F(TextEngineTest, views_without_a_person_are_not_asked) {
