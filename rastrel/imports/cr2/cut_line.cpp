@@ -4,6 +4,7 @@
 #include "rastrel/imports/cr2/line_style.h"
 #include "rastrel/imports/cr2/load_graphic.h"
 #include "rastrel/imports/cr2/object_list.h"
+#include "rastrel/imports/cr2/palette.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/plate_object.h"
@@ -18,7 +19,7 @@ void StyleObject(TemplateImport& import, host::ObjectHandle object, const CR2_CU
   SetStroke(style, cutLine.strokeWidth * host::CentimetresPerInch);
   store.DBSetLineStyle(object, style);
   if (!cutLine.colors.stroke) return;
-  AddToPalette(import, *cutLine.colors.stroke);
+  AddMissingPaletteColor(import.document.application, *cutLine.colors.stroke);
   store.DBSetLineColor(object, *cutLine.colors.stroke);
 }
 
@@ -81,8 +82,10 @@ void AddCutLineToPane(TemplateImport& import, const PanePlace& pane,
                                           .pane = pane,
                                           .placement = cutLine.placement},
                                          plateTemplate, cutLine.strokeWidth, nullptr);
-  if (cutLine.colors.fill) AddToPalette(import, *cutLine.colors.fill);
-  if (cutLine.colors.stroke) AddToPalette(import, *cutLine.colors.stroke);
+  if (cutLine.colors.fill)
+    AddMissingPaletteColor(import.document.application, *cutLine.colors.fill);
+  if (cutLine.colors.stroke)
+    AddMissingPaletteColor(import.document.application, *cutLine.colors.stroke);
   ColorObjects(import.document, objects, cutLine.colors);
   for (const host::ObjectHandle object : objects.Members()) {
     store.DBSetPageRange(object, pages);

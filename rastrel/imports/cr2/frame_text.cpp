@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "rastrel/imports/cr2/cr2_font.h"
+#include "rastrel/imports/cr2/palette.h"
 #include "rastrel/platform/host/text_compose.h"
 #include "rastrel/platform/values/world.h"
 
@@ -128,7 +129,7 @@ bool FrameSetter::PlaceSpan(const CR2_SPAN& span) {
   m_Current.style->fontId = font->id;
   m_Current.style->size = m_Rules.spanSize(span.font.size);
   if (fill != nullptr) {
-    if (m_Rules.addsColorsToPalette) AddToPalette(m_Import, *fill);
+    if (m_Rules.addsColorsToPalette) AddMissingPaletteColor(m_Import.document.application, *fill);
     m_Text.SetTextColor(*fill);
   }
   PasteText(span.text);

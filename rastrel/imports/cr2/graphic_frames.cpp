@@ -3,6 +3,7 @@
 #include "rastrel/imports/cr2/frame_position.h"
 #include "rastrel/imports/cr2/load_graphic.h"
 #include "rastrel/imports/cr2/object_list.h"
+#include "rastrel/imports/cr2/palette.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/os/file.h"
 
@@ -16,8 +17,8 @@ bool IsReadableFile(const std::wstring& path) {
 
 void ColorObjects(TemplateImport& import, const ObjectList& objects, const CR2_COLORS& colors) {
   host::ObjectStore& store = import.document.store;
-  if (colors.fill) AddToPalette(import, *colors.fill);
-  if (colors.stroke) AddToPalette(import, *colors.stroke);
+  if (colors.fill) AddMissingPaletteColor(import.document.application, *colors.fill);
+  if (colors.stroke) AddMissingPaletteColor(import.document.application, *colors.stroke);
   for (const host::ObjectHandle object : ColoredObjects(store, objects)) {
     if (colors.stroke) store.DBSetLineColor(object, *colors.stroke);
     if (colors.fill) store.DBSetLayer(object, *colors.fill);

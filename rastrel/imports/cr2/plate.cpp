@@ -1,6 +1,7 @@
 #include "rastrel/imports/cr2/plate.h"
 
 #include "rastrel/imports/add_plate_object.h"
+#include "rastrel/imports/cr2/palette.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/settings.h"
@@ -61,7 +62,7 @@ void SetupSignBlankAsGiven(TemplateImport& import, const CR2_TABLE_SIZE& table) 
 std::optional<host::ObjectHandle> CreatePlate(TemplateImport& import, const CR2_TABLE_SIZE& table,
                                               const CR2_TEMPLATE& plateTemplate) {
   const CVKColor* const stroke = plateTemplate.colors.stroke.get();
-  if (stroke != nullptr) AddToPalette(import, *stroke);
+  if (stroke != nullptr) AddMissingPaletteColor(import.document.application, *stroke);
   const double gap = World(plateTemplate.spacing);
   return AddPlateObject(import.document,
                         {.count = 1,

@@ -21,12 +21,6 @@ TemplateImport BeginTemplateImport(const DocumentHost& document, const wchar_t* 
           .replacements = document.text.NewFontReplacement(L"cr2")};
 }
 
-void AddToPalette(TemplateImport& import, const CVKColor& color) {
-  host::Application& application = import.document.application;
-  if (application.IsColorInPalette(color) != 0) return;
-  application.AddColorToPalette(CVKFullColor(color));
-}
-
 void ShowClosingMessage(TemplateImport& import) {
   host::Application& application = import.document.application;
   if (import.cancelled)

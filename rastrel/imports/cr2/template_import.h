@@ -29,9 +29,6 @@ struct TemplateImport {
 [[nodiscard]] TemplateImport BeginTemplateImport(const DocumentHost& document,
                                                  const wchar_t* caption);
 
-/// Adds a color to the document's palette unless the palette has it.
-void AddToPalette(TemplateImport& import, const CVKColor& color);
-
 /// Shows the one message that an import can end with: that it was cancelled, or that characters
 /// were lost.
 void ShowClosingMessage(TemplateImport& import);
