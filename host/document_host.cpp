@@ -26,6 +26,8 @@ struct DocumentHost::Parts {
     application.SetGraphicLoader([this](const std::wstring& path) {
       return graphics::LoadGraphic(*document, notices, path);
     });
+    text.SetDialogViews([this] { return views; });
+    application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
   Notices notices;
@@ -35,6 +37,7 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   graphics::NativeGraphics graphics;
+  host::DialogViews* views = nullptr;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
@@ -58,6 +61,17 @@ host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
+
+host::DialogViews& DocumentHost::GetDialogViews() {
+  return m_Parts->views ? *m_Parts->views : StandaloneHost::GetDialogViews();
+}
+void DocumentHost::SetDialogViews(host::DialogViews* views) { m_Parts->views = views; }
+
+Expected<void> DocumentHost::ReplaceFont(const std::wstring& name,
+                                         const std::wstring& replacement) {
+  return m_Parts->fonts.Replace(name, replacement);
+}
+void DocumentHost::CancelMissingFonts(bool cancel) { m_Parts->text.CancelMissingFonts(cancel); }
 
 Document& DocumentHost::GetDocument() { return *m_Parts->document; }
 const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }

@@ -7,6 +7,10 @@
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/standalone/standalone_host.h"
 
+namespace rastrel::host {
+class DialogViews;
+}
+
 namespace rastrel::text {
 class FontCatalog;
 class TextEngine;
@@ -44,6 +48,20 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] host::TextCompose* GetTextCompose() override;
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
   [[nodiscard]] host::Application* GetApplication() override;
+  /// Those that were set, else views that show nothing.
+  [[nodiscard]] host::DialogViews& GetDialogViews() override;
+  /// Sets the views that show dialogs, among them the one that asks for a font in place of a
+  /// missing one. Null: none. They must outlive the host.
+  void SetDialogViews(host::DialogViews* views);
+
+  /// Chooses the font that replaces a missing one of that name (in any case, with or without spaces
+  /// and hyphens), so that nobody is asked; an empty name stands for texts that name no font. Fails
+  /// if the replacement is not on this machine.
+  Expected<void> ReplaceFont(const std::wstring& name, const std::wstring& replacement);
+  /// With true, nothing replaces a missing font that `ReplaceFont` does not name: an import that
+  /// asks for replacements is cancelled, any other leaves the line out. Both are reported. By
+  /// default the user is asked where a view can ask, and else a usual font is taken, with a notice.
+  void CancelMissingFonts(bool cancel);
 
   /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();

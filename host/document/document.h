@@ -75,8 +75,16 @@ class Document {
   /// The page on show, from 1.
   [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
   void SetDisplayPage(int page) { m_DisplayPage = page; }
+  /// The attributes of a new object: it is on the page on show, or on page 1 when all are.
+  [[nodiscard]] Attributes NewAttributes() const;
   /// The highest page that an object of the document is on; 0 without objects.
   [[nodiscard]] int HighestPage() const;
+
+  /// A new document in place of this one: no objects, no selection, no history, no sheet layers, no
+  /// margins of plates, and page 1 on show. Palette and blank stay; handles go on ascending, so
+  /// that one of the old document never names an object of the new one. Steps that are open stay
+  /// open.
+  void Clear();
 
   // --- Objects ---
 

@@ -11,17 +11,25 @@
 
 namespace rastrel::document {
 
+namespace {
+
+constexpr unsigned StopIcon = 16;
+
+}  // namespace
+
 class DocumentApplication::View : public CVelumark5View, private CVelumark5Doc {
  public:
-  explicit View(Document& document) : m_Document(document) {}
+  explicit View(DocumentApplication& application) : m_Application(application) {}
   [[nodiscard]] CVelumark5Doc* GetDocument() override { return this; }
-  // An import that wants a new document gets the one that it was given: the user opens documents.
-  void OnNew() override {}
+  void OnNew() override {
+    m_Application.m_Store.Clear();
+    if (m_Application.m_NewDocument) m_Application.m_NewDocument();
+  }
   void SetUpdateAllowed(bool /*allowed*/) override {}
 
  private:
-  [[nodiscard]] int GetOrigin() const override { return m_Document.Blank().origin; }
-  Document& m_Document;
+  [[nodiscard]] int GetOrigin() const override { return m_Application.m_Document.Blank().origin; }
+  DocumentApplication& m_Application;
 };
 
 class DocumentApplication::SheetLayers : public CSheetLayerPalette {
@@ -45,7 +53,7 @@ DocumentApplication::DocumentApplication(Document& document, DocumentStore& stor
     : m_Document(document),
       m_Store(store),
       m_Notices(notices),
-      m_View(std::make_unique<View>(document)),
+      m_View(std::make_unique<View>(*this)),
       m_SheetLayers(std::make_unique<SheetLayers>(document)) {}
 
 DocumentApplication::~DocumentApplication() = default;
@@ -205,7 +213,8 @@ void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
                                        MeasureText(centre.y) + " cm can't be made"));
     return;
   }
-  const ObjectHandle drill = m_Document.Create(DrillShape{centre, *m_DrillDiameter});
+  const ObjectHandle drill =
+      m_Document.Create(DrillShape{centre, *m_DrillDiameter}, m_Document.NewAttributes());
   m_Store.DSAddObject(drill);
 }
 
@@ -224,9 +233,15 @@ void DocumentApplication::TMessageBox(const wchar_t* text, const wchar_t* captio
   MessageBoxW(text, caption, icon);
 }
 
+// Stop means that the import gave something up.
 void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*caption*/,
-                                      unsigned /*icon*/) {
-  if (text) m_Notices.Add(text);
+                                      unsigned icon) {
+  if (!text) return;
+  if (icon == StopIcon) {
+    m_Notices.AddLoss(text);
+  } else {
+    m_Notices.Add(text);
+  }
 }
 
 }  // namespace rastrel::document

@@ -29,6 +29,9 @@ class DocumentApplication : public host::Application {
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
   ~DocumentApplication() override;
   void SetGraphicLoader(LoadGraphic loader) { m_LoadGraphic = std::move(loader); }
+  /// Called after the view has made the document a new one (`OnNew`): who keeps something of the
+  /// old document drops it.
+  void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
 
   int FindPaletteColor(const wchar_t* name, CVKFullColor& color) override;
   int FindPaletteColor(int index, CVKColor& color) override;
@@ -77,6 +80,7 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  std::function<void()> m_NewDocument;
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off

@@ -40,6 +40,13 @@ void DocumentStore::Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> ite
   m_Items[object] = std::move(item);
 }
 
+void DocumentStore::Clear() {
+  m_Document.Clear();
+  m_Lists.clear();
+  m_Elements.clear();
+  m_Items.clear();
+}
+
 Attributes* DocumentStore::Edit(ObjectHandle object) {
   Object* found = m_Document.Edit(object);
   return found ? &found->attributes : nullptr;
@@ -55,9 +62,10 @@ void DocumentStore::WriteKeepHistory(int keep) { m_Document.KeepHistory(keep != 
 // --- Objects ---
 
 ObjectHandle DocumentStore::DBCreateObject(int type) {
-  if (type == DBTYPE_GROUP) return m_Document.Create(GroupShape());
-  if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape());
-  if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape());
+  const Attributes attributes = m_Document.NewAttributes();
+  if (type == DBTYPE_GROUP) return m_Document.Create(GroupShape(), attributes);
+  if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape(), attributes);
+  if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape(), attributes);
   return 0;
 }
 
@@ -71,7 +79,7 @@ ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attribut
       !m_TakeText(**paragraph, text)) {
     return 0;
   }
-  Attributes attributes;
+  Attributes attributes = m_Document.NewAttributes();
   if (visible == 0) attributes.traits &= ~DBTRAIT_VISIBLE;
   return m_Document.Create(std::move(text), attributes);
 }

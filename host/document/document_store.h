@@ -27,6 +27,8 @@ class DocumentStore : public host::ObjectStore {
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
   /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
+  /// Makes the document a new one (Document::Clear): items, elements and lists of the old one end.
+  void Clear();
   /// Lists that were made and not destroyed.
   [[nodiscard]] std::size_t OpenLists() const { return m_Lists.size(); }
 

@@ -56,7 +56,7 @@ struct TextRun {
   std::wstring text;  ///< without line ends
   std::wstring font;  ///< a file's name without extension, or a family with its style, as asked for
   int fontType = 2;   ///< a host::FontType
-  std::wstring replacement;  ///< the family in place of a missing `font`; else empty
+  std::wstring replacement;  ///< the font in place of a missing `font`, by name; else empty
   double size = 0;           ///< text units
   CVKFullColor color;        ///< counts where `colored` is set; else the object's own color
   bool colored = false;

@@ -257,7 +257,7 @@ void ObjectPainter::operator()(const PlateShape& plate) {
 // --- Text ---
 
 void ObjectPainter::TellReplacedFont(const document::TextRun& run) {
-  const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font);
+  const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font, run.replacement);
   if (face.replaced) m_Notices.Add(text::ReplacementNotice(run.font, face));
 }
 

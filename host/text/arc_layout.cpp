@@ -75,7 +75,7 @@ ArcLayout::~ArcLayout() = default;
 
 void ArcLayout::Measure(const ArcTextShape& shape, const FontCatalog& fonts) {
   m_Run.text = OneLine(shape.run.text);
-  m_Run.face = fonts.FaceOf(shape.run.fontType, shape.run.font);
+  m_Run.face = fonts.FaceOf(shape.run.fontType, shape.run.font, shape.run.replacement);
   m_Run.size = LetterSize(shape.run);
   m_Run.colored = shape.run.colored;
   m_Run.color = shape.run.color;

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "host/text/font_dialog.h"
+
 namespace rastrel::text {
 
 using document::TextLine;
@@ -27,6 +29,10 @@ paragraphStruct Finite(paragraphStruct paragraph) {
     *margin = Finite(*margin);
   }
   return paragraph;
+}
+
+std::wstring MissingFontNotice(const std::wstring& name) {
+  return name.empty() ? L"a text names no font" : L"the font \"" + name + L"\" can't be had";
 }
 
 // The rectangle between two opposite corners, whichever they are; nothing if it has no area.
@@ -53,6 +59,12 @@ TextEngine::TextEngine(document::DocumentStore& store, FontCatalog& fonts,
 
 TextEngine::~TextEngine() { m_Store.SetTextSource(nullptr); }
 
+void TextEngine::Clear() {
+  m_Open.reset();
+  m_Closed.clear();
+  m_LastText = 0;
+}
+
 // --- A paragraph in a frame ---
 
 void TextEngine::SetOpenParagraphInfo(ParagraphInfo& info, int /*reserved*/) {
@@ -62,6 +74,8 @@ void TextEngine::SetOpenParagraphInfo(ParagraphInfo& info, int /*reserved*/) {
 
 bool TextEngine::Begin(const NewWorldPt& first, const NewWorldPt& second) {
   const auto frame = FrameBetween(first, second);
+  // An import that is cancelled leaves its text open, and says so itself.
+  if (m_Open && m_Open->isNewText) m_Open.reset();
   if (m_Open || !frame) return false;
   m_Open.emplace();
   m_Open->frame = *frame;
@@ -133,9 +147,68 @@ void TextEngine::GetDefaultAttributes(ELEMENT_ATTRIBUTES& attributes) { attribut
 
 // --- Fonts and content ---
 
-const FontRecord* TextEngine::AddFont(int /*reserved*/, int type, const wchar_t* name,
-                                      int /*weight*/, int /*italic*/) {
-  return m_Fonts.Get(type, name ? name : L"");
+const FontRecord* TextEngine::AddFont(int /*reserved*/, int type, const wchar_t* name, int weight,
+                                      int /*italic*/) {
+  const std::wstring wanted = name ? name : L"";
+  if (m_Fonts.Has(type, wanted)) return m_Fonts.Get(type, wanted);
+  if (weight >= 0) {
+    // The library asks for a replacement next, by the name alone.
+    m_Missing[wanted] = type;
+    return nullptr;
+  }
+  if (wanted.empty()) return nullptr;
+  if (m_CancelMissing && !m_Fonts.IsChosen(wanted)) {
+    m_Notices.AddLoss(MissingFontNotice(wanted));
+    return nullptr;
+  }
+  return m_Fonts.Get(type, wanted);
+}
+
+// --- Fonts in place of missing ones ---
+
+class TextEngine::Replacements : public CFontReplacement {
+ public:
+  explicit Replacements(TextEngine& engine) : m_Engine(engine) {}
+  [[nodiscard]] const FontRecord* GetReplacementFont(const wchar_t* name, int /*weight*/,
+                                                     int /*italic*/) override {
+    const std::wstring missing = name ? name : L"";
+    if (!m_Engine.m_Fonts.IsChosen(missing)) return nullptr;
+    return m_Engine.m_Fonts.Get(m_Engine.TypeOfMissing(missing), missing);
+  }
+
+ private:
+  TextEngine& m_Engine;
+};
+
+std::unique_ptr<CFontReplacement> TextEngine::NewFontReplacement(const wchar_t* /*name*/) {
+  return std::make_unique<Replacements>(*this);
+}
+
+int TextEngine::TypeOfMissing(const std::wstring& name) const {
+  const auto found = m_Missing.find(name);
+  return found == m_Missing.end() ? static_cast<int>(host::FONTTYPE_TRUETYPE) : found->second;
+}
+
+// False if the user cancels.
+bool TextEngine::Ask(const std::wstring& name) {
+  host::DialogViews* views = m_Views ? m_Views() : nullptr;
+  if (!views || !views->CanAsk()) return true;
+  const auto answer = AskForFont(*views, name, m_Fonts.Families());
+  if (!answer) return false;
+  // It is one of this machine's, unless it was removed meanwhile: then the usual one is used.
+  static_cast<void>(m_Fonts.Replace(name, *answer));
+  return true;
+}
+
+const FontRecord* TextEngine::ChooseReplacementFont(CFontReplacement& /*replacement*/,
+                                                    const wchar_t* name, int /*weight*/,
+                                                    int /*italic*/) {
+  const std::wstring missing = name ? name : L"";
+  if (!m_Fonts.IsChosen(missing) && (m_CancelMissing || !Ask(missing))) {
+    m_Notices.AddLoss(MissingFontNotice(missing));
+    return nullptr;
+  }
+  return m_Fonts.Get(TypeOfMissing(missing), missing);
 }
 
 void TextEngine::SetTextColor(const CVKColor& color) {
@@ -187,7 +260,11 @@ void TextEngine::edPasteString(const wchar_t* text, int length, int /*position*/
 
 void TextEngine::InitNewText(CWnd* /*window*/, const NewWorldPt& first, const NewWorldPt& second,
                              int /*kind*/) {
-  if (!Begin(first, second)) m_Notices.AddLoss(L"a text frame without area holds no text");
+  if (Begin(first, second)) {
+    m_Open->isNewText = true;
+  } else if (!m_Open) {
+    m_Notices.AddLoss(L"a text frame without area holds no text");
+  }
 }
 
 void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
@@ -195,7 +272,8 @@ void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
   if (!m_Open) return;
   TextShape text = Finish();
   if (keep == 0) return;
-  m_LastText = m_Store.GetDocument().Create(std::move(text));
+  document::Document& document = m_Store.GetDocument();
+  m_LastText = document.Create(std::move(text), document.NewAttributes());
   m_Store.DSAddObject(m_LastText);
 }
 

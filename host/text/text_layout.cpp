@@ -83,7 +83,7 @@ TextLayout::~TextLayout() = default;
 
 // Appends a run to a line, in pieces if it is long.
 void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& fonts, Line& line) {
-  const FontFace face = fonts.FaceOf(run.fontType, run.font);
+  const FontFace face = fonts.FaceOf(run.fontType, run.font, run.replacement);
   const auto font = DescriptionOf(face);
   const double scale = size / MeasuredSize;
   const std::wstring_view text = run.text;

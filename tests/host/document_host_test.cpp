@@ -72,6 +72,16 @@ TEST(DocumentHost, objects_left_open_are_reported) {
   EXPECT_EQ(host.StillOpen(), DocumentHost::OpenWork());
 }
 
+TEST(DocumentHost, a_new_document_ends_the_open_text_of_the_old_one) {
+  DocumentHost host;
+  AddLine(host, L"Mill");
+  host.GetTextCompose()->InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  host.GetApplication()->UIGetActiveView()->OnNew();
+  EXPECT_EQ(host.StillOpen(), DocumentHost::OpenWork());
+  EXPECT_EQ(host.GetDocument().ObjectCount(), 0U);
+  EXPECT_NE(AddLine(host, L"Mill"), 0U);
+}
+
 TEST(DocumentHost, a_saved_document_opens_as_it_was) {
   const test::ScratchDirectory directory;
   DocumentHost host;
