@@ -1,8 +1,9 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <vector>
+
+#include "tests/support/host_calls.h"
 
 namespace rastrel::test {
 
@@ -155,6 +156,14 @@ inline std::string Grouped(const std::string& list, const std::string& first,
          "\nUNOpenStep(\"Group Graphic Components\")\nDSGroupObjects(" + list + ", 2, " + first +
          ") -> " + group + "\nUNCloseStep()\nInvalidateObject(" + group + ", 0)\nDBAddToList(" +
          list + ", " + group + ")\n";
+}
+
+/// A corner of a frame in text units, whose edges in world units went through single precision.
+inline std::string Corner(double x, double y) {
+  const auto edge = [](double world) {
+    return TextOf(static_cast<double>(static_cast<float>(world)) / 2.54 * 1000.0);
+  };
+  return "(" + edge(x) + " " + edge(y) + ")";
 }
 
 /// A text frame that is opened, with its corners in text units.
