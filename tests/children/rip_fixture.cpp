@@ -22,6 +22,7 @@
 #include "rastrel/cfm/cfm_page.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::corerast::testing {
 namespace {
@@ -270,8 +271,7 @@ std::vector<std::string> RipFixture::Remains() const {
 
 std::vector<std::string> RipFixture::Processes() const {
   std::vector<std::string> found;
-  // The guardian closes its pipes in the course of its end, so it may be seen for a moment more.
-  for (int attempt = 0; attempt < 100; ++attempt) {
+  const auto none = [&] {
     found.clear();
     std::error_code error;
     for (const auto& entry : fs::directory_iterator("/proc", error)) {
@@ -282,9 +282,10 @@ std::vector<std::string> RipFixture::Processes() const {
       if (state == 'Z' || state == 'X' || !Concerns(entry.path(), m_Root)) continue;
       found.push_back(name + " " + ReadFile(entry.path() / "comm"));
     }
-    if (found.empty()) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
+    return found.empty();
+  };
+  // The guardian closes its pipes in the course of its end, so it may be seen for a moment more.
+  static_cast<void>(test::WaitUntil(none));
   return found;
 }
 
