@@ -22,6 +22,7 @@
 #include "rastrel/cfm/cfm_page.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "tests/support/process_file.h"
 #include "tests/support/wait_until.h"
 
 namespace rastrel::corerast::testing {
@@ -90,14 +91,15 @@ void Drain(const Started& started, ProgramRun& outcome) {
 }
 
 char ProcessState(const fs::path& process) {
-  const std::string stat = ReadFile(process / "stat");
+  const std::string stat = test::ProcessFile(process, "stat");
   const std::size_t name = stat.rfind(')');
   return name == std::string::npos || name + 2 >= stat.size() ? 'X' : stat[name + 2];
 }
 
 bool Concerns(const fs::path& process, const std::string& root) {
   std::error_code error;
-  if (ReadFile(process / "environ").find("RASTREL_HOME=" + root + '\0') != std::string::npos) {
+  if (test::ProcessFile(process, "environ").find("RASTREL_HOME=" + root + '\0') !=
+      std::string::npos) {
     return true;
   }
   return fs::read_symlink(process / "cwd", error).string().starts_with(root);
@@ -280,7 +282,7 @@ std::vector<std::string> RipFixture::Processes() const {
       if (name == std::to_string(getpid())) continue;
       const char state = ProcessState(entry.path());
       if (state == 'Z' || state == 'X' || !Concerns(entry.path(), m_Root)) continue;
-      found.push_back(name + " " + ReadFile(entry.path() / "comm"));
+      found.push_back(name + " " + test::ProcessFile(entry.path(), "comm"));
     }
     return found.empty();
   };
