@@ -29,10 +29,7 @@ void CheckRecord(std::string_view text) {
     Check(!page.title.empty() && page.title != "." && page.title != "..");
     Check(page.title.find('/') == page.title.npos && page.title.find('\0') == page.title.npos);
   }
-  const std::string formatted = cfm::FormatKeptJob(*job);
-  const auto again = cfm::ParseKeptJob(formatted);
-  Check(again && cfm::FormatKeptJob(*again) == formatted && again->mover == job->mover);
-  Check(again->pages.size() == job->pages.size());
+  Check(cfm::FormatKeptJob(*job) == text);
 }
 
 // Only a name of the form that temporary files get is taken for abandoned.
