@@ -123,12 +123,18 @@ Expected<void> ImportTemplate(const TemplateSource& source, OpenedFile& file) {
     path = copy->Path();
     readable.Add(copy->Directory());
   }
-  if (!source.allowOutside)
+  layout::FileResolver resolve;
+  if (!source.allowOutside) {
     file.host->SetReadPolicy([&](const std::wstring& name) { return readable.Check(name); });
+    resolve = [&](const std::wstring& name) -> Expected<std::wstring> {
+      if (auto allowed = readable.Check(name); !allowed) return allowed.Error();
+      return name;
+    };
+  }
   const auto present = PresentDirectory::Enter(source.directory);
   if (!present) return Refused(source.name, Describe(present.Error()));
-  auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict}, *file.host,
-                           file.findings);
+  auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict, resolve},
+                           *file.host, file.findings);
   file.host->SetReadPolicy({});
   return read;
 }
