@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/document/import_records.h"
 #include "cli/document/present_directory.h"
 #include "cli/document/readable_directories.h"
 #include "cli/document/template_reader.h"
@@ -136,6 +137,8 @@ Expected<void> ImportTemplate(const TemplateSource& source, OpenedFile& file) {
   auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict, resolve},
                            *file.host, file.findings);
   file.host->SetReadPolicy({});
+  if (read && source.records)
+    file.records = ImportRecordLines(file.format, ReaderPath(path), source.name);
   return read;
 }
 
