@@ -150,6 +150,92 @@ TEST(Document, a_change_that_moves_nothing_leaves_the_history) {
   EXPECT_TRUE(document.Holds(first));
 }
 
+TEST(Document, objects_that_are_added_without_history_leave_the_steps_before_alone) {
+  Document document;
+  const ObjectHandle first = AddDrill(document, 1);
+  document.OpenStep(L"added");
+  const ObjectHandle added = AddDrill(document, 2);
+  document.CloseStep();
+  document.OpenStep(L"taken out");
+  document.Remove(first);
+  document.CloseStep();
+  document.KeepHistory(false);
+  const ObjectHandle loaded = AddDrill(document, 3);
+  document.KeepHistory(true);
+  EXPECT_EQ(document.StepNames(), (std::vector<std::wstring>{L"added", L"taken out"}));
+  EXPECT_TRUE(document.Undo());
+  EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{first, added, loaded}));
+  EXPECT_TRUE(document.Undo());
+  EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{first, loaded}));
+  EXPECT_FALSE(document.Undo());
+  EXPECT_TRUE(document.Redo());
+  EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{first, added, loaded}));
+  EXPECT_TRUE(document.Redo());
+  EXPECT_EQ(document.Members(host::DocumentRoot), (std::vector{added, loaded}));
+}
+
+TEST(Document, an_object_added_without_history_ends_what_could_be_done_again) {
+  Document document;
+  document.OpenStep(L"added");
+  AddDrill(document, 1);
+  document.CloseStep();
+  document.Undo();
+  AddDrill(document, 2);
+  EXPECT_FALSE(document.Redo());
+  EXPECT_EQ(document.ObjectCount(), 1U);
+}
+
+TEST(Document, an_object_of_a_step_that_comes_back_without_history_ends_it) {
+  Document document;
+  const ObjectHandle drill = AddDrill(document, 1);
+  document.OpenStep(L"taken out");
+  document.Remove(drill);
+  document.CloseStep();
+  document.Insert(drill, host::DocumentRoot);
+  EXPECT_FALSE(document.Undo()) << "it would be there twice";
+}
+
+TEST(Document, an_object_added_in_between_or_to_a_group_without_history_ends_it) {
+  for (const bool inGroup : {false, true}) {
+    Document document;
+    const ObjectHandle group = document.Create(GroupShape());
+    document.Insert(group, host::DocumentRoot);
+    document.OpenStep(L"added");
+    AddDrill(document, 1);
+    document.CloseStep();
+    const ObjectHandle loaded = document.Create(DrillShape());
+    EXPECT_TRUE(document.Insert(loaded, inGroup ? group : host::DocumentRoot, 0));
+    EXPECT_FALSE(document.Undo());
+  }
+}
+
+TEST(Document, a_step_that_was_opened_without_history_does_not_continue_the_step_before) {
+  Document document;
+  document.OpenStep(L"first");
+  const ObjectHandle first = AddDrill(document, 1);
+  document.CloseStep();
+  document.KeepHistory(false);
+  document.OpenStep(L"second");
+  document.KeepHistory(true);
+  const ObjectHandle second = AddDrill(document, 2);
+  document.CloseStep();
+  EXPECT_EQ(document.StepNames(), (std::vector<std::wstring>{L"first", L"second"}));
+  EXPECT_TRUE(document.Undo());
+  EXPECT_TRUE(document.Holds(first));
+  EXPECT_FALSE(document.Holds(second));
+}
+
+TEST(Document, a_step_without_changes_leaves_what_could_be_done_again) {
+  Document document;
+  document.OpenStep(L"added");
+  AddDrill(document, 1);
+  document.CloseStep();
+  document.Undo();
+  document.OpenStep(L"nothing");
+  document.CloseStep();
+  EXPECT_TRUE(document.Redo());
+}
+
 TEST(Document, pages_and_sheet_layers_that_no_file_can_hold_are_refused) {
   Document document;
   const ObjectHandle drill = AddDrill(document, 1);
@@ -309,6 +395,75 @@ TEST(DocumentStore, a_matrix_maps_a_group_and_its_members) {
   EXPECT_DOUBLE_EQ(bounds.xmin, 11.6);
   EXPECT_DOUBLE_EQ(bounds.xmax, 16.4);
   EXPECT_DOUBLE_EQ(bounds.ymax, 2.4);
+}
+
+TEST(DocumentStore, pages_and_sheet_layer_of_a_group_are_those_of_all_that_it_holds) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle beside = AddDrill(document, 1);
+  const ObjectHandle outer = document.Create(GroupShape());
+  const ObjectHandle inner = document.Create(GroupShape());
+  const ObjectHandle drill = document.Create(DrillShape());
+  document.Insert(drill, inner);
+  document.Insert(inner, outer);
+  document.Insert(outer, host::DocumentRoot);
+  store.DBSetSheetLayer(outer, 5);
+  store.SetPageRange(outer, 3);
+  for (const ObjectHandle object : {outer, inner, drill}) {
+    EXPECT_EQ(store.DBGetSheetLayer(object), 5);
+    EXPECT_EQ(store.DBGetPageRange(object), (VK_PAGE_RANGE{3, 3}));
+  }
+  EXPECT_EQ(store.DBGetSheetLayer(beside), 0);
+  EXPECT_EQ(document.HighestPage(), 3);
+  document.OpenStep(L"moved");
+  store.SetPageRange(outer, 4);
+  document.CloseStep();
+  document.Undo();
+  EXPECT_EQ(store.DBGetPageRange(drill), (VK_PAGE_RANGE{3, 3}));
+}
+
+TEST(DocumentStore, the_document_itself_is_no_object_to_change) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  store.DBSetSheetLayer(host::DocumentRoot, 5);
+  store.DBSetPageRange(host::DocumentRoot, {2, 2});
+  store.DBApplyTM(host::DocumentRoot, TM{2, 0, 0, 2, 0, 0});
+  EXPECT_EQ(store.DBGetSheetLayer(drill), 0);
+  EXPECT_EQ(store.DBGetPageRange(drill), (VK_PAGE_RANGE{1, 1}));
+  EXPECT_EQ(document.Find(drill)->attributes.matrix, TM());
+}
+
+TEST(DocumentStore, nothing_is_derived_from_another_object) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  EXPECT_EQ(store.XCGetBaseObject(drill), drill);
+  EXPECT_EQ(store.XCGetOwnedOperation(drill), 0U);
+  store.SetProductListValid(0, 0);
+  store.RecalculateOperations();
+  EXPECT_EQ(document.ObjectCount(), 1U);
+}
+
+TEST(DocumentStore, property_locks_are_kept) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  store.DBSetPropertyLocks(drill, {100, 0, 50, 1});
+  EXPECT_EQ(document.Find(drill)->attributes.locks, (CPropertyLocks{100, 0, 50, 1}));
+  store.DBSetPropertyLocks(99, {});
+}
+
+TEST(DocumentStore, a_text_has_a_paragraph_and_nothing_else_has) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle text = store.DBCreateObject(DBTYPE_PARAGRAPH);
+  const ObjectHandle group = store.DBCreateObject(DBTYPE_GROUP);
+  ParagraphEle* paragraph = store.DBGetObjectElement(text)->GetParagraph();
+  ASSERT_NE(paragraph, nullptr);
+  EXPECT_EQ(TextNamedBy(*paragraph), text);
+  EXPECT_EQ(TextNamedBy({7, 0}), 0U) << "a paragraph that is in no object yet";
+  EXPECT_EQ(store.DBGetObjectElement(group)->GetParagraph(), nullptr);
 }
 
 TEST(DocumentStore, a_group_takes_the_place_of_the_object_that_leads_it) {
