@@ -67,7 +67,7 @@ TEST_F(HostFilesTest, without_the_plotter_in_use_nothing_is_stored) {
   for (const wchar_t* number : {L"-1", L"1", L"x", L"1000000", L"99999999999999999999"}) {
     WriteStringKorvane(L"plottersetup", L"DeviceUsed", number, DS_USER, nullptr);
     const bool none = std::wstring(number) == L"1";
-    // What is no number counts as 0, as GetIntKorvane has it.
+    // A text that is no number counts as 0, as GetIntKorvane has it.
     EXPECT_EQ(m_Application.WriteStringDevice(L"Port Setup", L"File Name", L"badge"), none ? 0 : 1)
         << os::ToNative(number);
   }
