@@ -18,7 +18,8 @@ void Count(const document::Document& document, host::ObjectHandle root, Document
     if (const auto* plate = std::get_if<document::PlateShape>(&shape)) {
       ++counts.plateObjects;
       counts.panes += plate->panes.size();
-    } else if (std::holds_alternative<document::TextShape>(shape)) {
+    } else if (std::holds_alternative<document::TextShape>(shape) ||
+               std::holds_alternative<document::ArcTextShape>(shape)) {
       ++counts.texts;
     } else if (std::holds_alternative<document::DrillShape>(shape)) {
       ++counts.drillPoints;

@@ -197,9 +197,10 @@ void Document::Link(ObjectHandle handle, ObjectHandle parent, std::size_t positi
 std::size_t Document::Unlink(ObjectHandle handle) {
   Object& object = *m_Objects[handle - FirstHandle];
   Handles& members = *MembersToChange(object.parent);
-  const auto place = std::ranges::find(members, handle);
-  const auto position = static_cast<std::size_t>(place - members.begin());
-  members.erase(place);
+  // From the end: most objects that are taken out were put in last.
+  const auto behind = std::find(members.rbegin(), members.rend(), handle).base();
+  const auto position = static_cast<std::size_t>(behind - members.begin() - 1);
+  members.erase(std::prev(behind));
   CountPage(object, -1);
   --m_ObjectCount;
   if (object.parent == host::DocumentRoot && IsPlate(object)) {

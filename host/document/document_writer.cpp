@@ -110,6 +110,14 @@ struct ShapeWriter {
     for (const TextLine& line : text.lines) lines.push_back(JsonOf(line));
     json["lines"] = std::move(lines);
   }
+  void operator()(const ArcTextShape& text) const {
+    json["kind"] = "arcText";
+    json["centre"] = JsonOf(text.center);
+    json["radius"] = text.radius;
+    json["rotation"] = text.rotation;
+    json["justification"] = NameOf(JustificationNames, text.justification);
+    json["run"] = JsonOf(text.run);
+  }
   void operator()(const PlateShape& plate) const {
     json["kind"] = "plate";
     json["wanted"] = plate.wanted;

@@ -1,14 +1,11 @@
 #include "host/text/text_layout.h"
 
-#include <pango/pangocairo.h>
-
 #include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
 
-#include "rastrel/platform/os/text.h"
-#include "rastrel/platform/values/world.h"
+#include "host/text/pango_letters.h"
 
 namespace rastrel::text {
 
@@ -18,93 +15,12 @@ using document::TextShape;
 
 namespace {
 
-constexpr double PointsPerInch = 72;
-// Sizes beyond these are laid out as these.
-constexpr double SmallestSize = 0.01;
-constexpr double LargestSize = 100'000;
-// Letters are measured in one size and scaled to their own: Pango counts 1/1024 points in 32 bits,
-// in which neither a tiny letter has a width nor a huge line an end.
-constexpr double MeasuredSize = 100;
-// For the same reason a long run is cut; so many of the widest letters stay within the bits.
-constexpr std::size_t MaximumPiece = 4096;
-// Beyond every page. Keeps all coordinates of a frame finite.
-constexpr double Far = 1e9;
-
-template <typename Kind>
-struct ObjectEnd {
-  void operator()(Kind* object) const { g_object_unref(object); }
-};
-template <typename Kind>
-using Owned = std::unique_ptr<Kind, ObjectEnd<Kind>>;
-
-struct DescriptionEnd {
-  void operator()(PangoFontDescription* description) const {
-    pango_font_description_free(description);
-  }
-};
-
-double Bounded(double value) { return std::isnan(value) ? 0 : std::clamp(value, -Far, Far); }
-double PointsFromText(double value) {
-  return Bounded(value / host::TextUnitsPerInch * PointsPerInch);
-}
-double PointsFromWorld(double value) {
-  return Bounded(value / host::CentimetresPerInch * PointsPerInch);
-}
-
-// Letters are placed by the font, and not on a grid of pixels: the same on paper and on screen.
-Owned<PangoContext> NewContext() {
-  const Owned<PangoFontMap> map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-  pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), PointsPerInch);
-  Owned<PangoContext> context(pango_font_map_create_context(map.get()));
-  cairo_font_options_t* options = cairo_font_options_create();
-  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-  cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY);
-  pango_cairo_context_set_font_options(context.get(), options);
-  cairo_font_options_destroy(options);
-  pango_context_set_round_glyph_positions(context.get(), FALSE);
-  // The locale's preferred script must not change a picture.
-  pango_context_set_language(context.get(), pango_language_from_string("en"));
-  return context;
-}
-
-// Fonts are found and opened once.
-PangoContext* Context() {
-  static const Owned<PangoContext> context = NewContext();
-  return context.get();
-}
-
-double SizeOf(const TextRun& run) {
-  const double points = PointsFromText(run.size);
-  return std::clamp(points, SmallestSize, LargestSize);
-}
-
-Owned<PangoLayout> LettersOf(const PangoFontDescription* font, std::wstring_view text) {
-  Owned<PangoLayout> layout(pango_layout_new(Context()));
-  pango_layout_set_font_description(layout.get(), font);
-  pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-  const std::string bytes = os::Utf8FromWide(text);
-  pango_layout_set_text(layout.get(), bytes.data(), static_cast<int>(bytes.size()));
-  return layout;
-}
-
-std::unique_ptr<PangoFontDescription, DescriptionEnd> DescriptionOf(const FontFace& face) {
-  std::unique_ptr<PangoFontDescription, DescriptionEnd> font(pango_font_description_new());
-  pango_font_description_set_family(font.get(), face.family.c_str());
-  pango_font_description_set_weight(font.get(), static_cast<PangoWeight>(face.weight));
-  pango_font_description_set_stretch(font.get(), static_cast<PangoStretch>(face.stretch));
-  pango_font_description_set_style(font.get(),
-                                   face.italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
-  pango_font_description_set_absolute_size(font.get(), MeasuredSize * PANGO_SCALE);
-  return font;
-}
-
 // The one size of a text whose lines are to be of equal height; 0 for any other text.
 double CommonSize(const TextShape& shape) {
   if (shape.paragraph.lineFit != LINEFIT_EQUAL_HEIGHT) return 0;
   double size = 0;
   for (const TextLine& line : shape.lines) {
-    for (const TextRun& run : line.runs) size = std::max(size, SizeOf(run));
+    for (const TextRun& run : line.runs) size = std::max(size, LetterSize(run));
   }
   return size;
 }
@@ -127,51 +43,6 @@ Room RoomOf(const TextShape& shape) {
   return {frameLeft + left, frameTop - top,
           std::max(0.0, PointsFromWorld(frame.right) - frameLeft - left - right),
           std::max(0.0, frameTop - PointsFromWorld(frame.bottom) - top - bottom)};
-}
-
-struct Extents {
-  double width, ascent, descent;
-};
-
-// Of letters in the size that they are measured in.
-Extents ExtentsOf(PangoLayout* letters) {
-  PangoRectangle logical;
-  pango_layout_line_get_extents(pango_layout_get_line_readonly(letters, 0), nullptr, &logical);
-  return {static_cast<double>(logical.width) / PANGO_SCALE,
-          -static_cast<double>(logical.y) / PANGO_SCALE,
-          static_cast<double>(logical.y + logical.height) / PANGO_SCALE};
-}
-
-// The character of a glyph for which no font has a picture.
-wchar_t CharacterOf(PangoGlyph unknown) {
-  constexpr PangoGlyph lastCharacter = 0x10FFFF;
-  const PangoGlyph code = unknown & ~PANGO_GLYPH_UNKNOWN_FLAG;
-  return static_cast<wchar_t>(code <= lastCharacter ? code : 0xFFFD);
-}
-
-void AddMissing(const PangoGlyphString& glyphs, std::wstring& missing) {
-  for (int i = 0; i < glyphs.num_glyphs; ++i) {
-    const PangoGlyph glyph = glyphs.glyphs[i].glyph;
-    if (glyph == PANGO_GLYPH_EMPTY || (glyph & PANGO_GLYPH_UNKNOWN_FLAG) == 0) continue;
-    const wchar_t character = CharacterOf(glyph);
-    if (missing.find(character) == std::wstring::npos) missing += character;
-  }
-}
-
-bool CanOpen(PangoFont* font) {
-  cairo_scaled_font_t* opened = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
-  return opened && cairo_scaled_font_status(opened) == CAIRO_STATUS_SUCCESS;
-}
-
-// The direction of the letters, and those that will not show.
-void Examine(PangoLayout* letters, PlacedRun& run) {
-  PangoLayoutLine* line = pango_layout_get_line_readonly(letters, 0);
-  run.rightToLeft = pango_layout_line_get_resolved_direction(line) == PANGO_DIRECTION_RTL;
-  for (const GSList* part = line->runs; part; part = part->next) {
-    const auto* item = static_cast<const PangoGlyphItem*>(part->data);
-    if (!CanOpen(item->item->analysis.font)) run.isFontUnreadable = true;
-    AddMissing(*item->glyphs, run.missing);
-  }
 }
 
 }  // namespace
@@ -219,7 +90,7 @@ void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& font
   for (std::size_t begin = 0; begin < text.size(); begin += MaximumPiece) {
     const std::wstring_view piece = text.substr(begin, MaximumPiece);
     auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
-    const Extents extents = ExtentsOf(letters->layout.get());
+    const LetterExtents extents = ExtentsOf(letters->layout.get());
     // `left` is that within the line until the line has its place.
     m_Runs.push_back({std::wstring(piece),
                       face,
@@ -234,7 +105,10 @@ void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& font
                       false,
                       false,
                       {}});
-    Examine(letters->layout.get(), m_Runs.back());
+    LetterFaults faults = Examine(letters->layout.get());
+    m_Runs.back().rightToLeft = faults.rightToLeft;
+    m_Runs.back().isFontUnreadable = faults.isFontUnreadable;
+    m_Runs.back().missing = std::move(faults.missing);
     m_Letters.push_back(std::move(letters));
     line.width += extents.width * scale;
     line.ascent = std::max(line.ascent, extents.ascent * scale);
@@ -249,7 +123,7 @@ void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
     line->justification = source.justification;
     line->firstRun = m_Runs.size();
     for (const TextRun& run : source.runs) {
-      AddRun(run, common > 0 ? common : SizeOf(run), fonts, *line);
+      AddRun(run, common > 0 ? common : LetterSize(run), fonts, *line);
     }
     line->runCount = m_Runs.size() - line->firstRun;
     if (source.spacingKind == 0 && source.leading > 0)

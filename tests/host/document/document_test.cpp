@@ -17,6 +17,19 @@ ObjectHandle AddDrill(Document& document, double x) {
   return handle;
 }
 
+// 500 thousandths of an inch are 1.27 cm.
+TEST(DocumentObjects, a_text_on_a_circle_reaches_as_far_as_its_letters) {
+  ArcTextShape arc;
+  arc.center = {10, 20};
+  arc.radius = 2;
+  arc.run.size = 500;
+  const BOUNDS bounds = BoundsOf(arc, {1, 0, 0, 1, 100, 0});
+  EXPECT_NEAR(bounds.xmin, 106.73, 1e-9);
+  EXPECT_NEAR(bounds.xmax, 113.27, 1e-9);
+  EXPECT_NEAR(bounds.ymin, 16.73, 1e-9);
+  EXPECT_NEAR(bounds.ymax, 23.27, 1e-9);
+}
+
 TEST(Document, handles_ascend_and_are_never_given_twice) {
   Document document;
   const ObjectHandle first = AddDrill(document, 1);
