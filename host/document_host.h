@@ -55,7 +55,7 @@ class DocumentHost : public standalone::StandaloneHost {
   void SetDialogViews(host::DialogViews* views);
 
   /// Chooses the font that replaces a missing one of that name (in any case, with or without spaces
-  /// and hyphens), so that nobody is asked; an empty name stands for texts that name no font. Fails
+  /// and hyphens), so that nobody is asked; an empty name means texts that name no font. Fails
   /// if the replacement is not on this machine.
   Expected<void> ReplaceFont(const std::wstring& name, const std::wstring& replacement);
   /// With true, nothing replaces a missing font that `ReplaceFont` does not name: an import that

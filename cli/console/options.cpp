@@ -77,6 +77,11 @@ constexpr std::array OptionTable{
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
+    OptionRow{FontReplacement, "--font", "NAME=FONT",
+              "Use this font where the one of that name is missing; may be given several times."},
+    OptionRow{CancelMissingFonts, "--cancel-missing-fonts", "",
+              "Ask for no font in place of a missing one: give the text or the import up."},
+    OptionRow{AskInWindow, "--window", "", "Ask for missing fonts in a window."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -118,10 +123,12 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
-constexpr std::array ImportOptions{Format,   OutputFile, Page,  PictureDpi, Blank,
-                                   Outlines, Strict,     Force, Json,       Help};
-constexpr std::array ViewOptions{Format,   OutputFile, Page, PictureDpi, Blank,
-                                 Outlines, Force,      Json, Help};
+constexpr std::array ImportOptions{
+    Format,          OutputFile,         Page,        PictureDpi, Blank, Outlines, Strict,
+    FontReplacement, CancelMissingFonts, AskInWindow, Force,      Json,  Help};
+constexpr std::array ViewOptions{
+    Format,          OutputFile,         Page,        PictureDpi, Blank, Outlines,
+    FontReplacement, CancelMissingFonts, AskInWindow, Force,      Json,  Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -206,6 +213,17 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);
+    return;
+  }
+  if (id == FontReplacement) {
+    app.add_option_function<std::vector<std::string>>(
+           names,
+           [&result, id](const std::vector<std::string>& values) {
+             result.options[id] = values.back();
+             result.fonts = values;
+           },
+           row.description)
+        ->allow_extra_args(false);
     return;
   }
   app.add_option_function<std::string>(

@@ -61,6 +61,9 @@ enum class OptionId {
   Blank,
   Outlines,
   Strict,
+  FontReplacement,
+  CancelMissingFonts,
+  AskInWindow,
   Remove,
   Force,
   Help,
@@ -132,6 +135,7 @@ struct Invocation {
   bool hasOperand = false;
   std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
   std::map<OptionId, std::string> options;  ///< those that were given, with their values
+  std::vector<std::string> fonts;           ///< the values of FontReplacement, in their order
 
   [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
   /// The option's value, or `fallback` if it was not given.

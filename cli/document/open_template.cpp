@@ -5,6 +5,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/console/values.h"
+#include "cli/document/font_options.h"
 #include "host/document/document.h"
 #include "rastrel/platform/host/host.h"
 
@@ -35,12 +36,14 @@ OpenedFile OpenTemplate(const Invocation& invocation) {
   if (format == TemplateFormat::Document) {
     if (!blank.empty())
       throw CommandError(ExitStatus::WrongUse, "--blank: a document has its blank already");
+    RefuseFontOptions(invocation);
     return OrEnd(ExitStatus::BadInput, OpenDocumentFile(path));
   }
   OpenedFile file;
   file.format = format;
   file.host = std::make_unique<document::DocumentHost>();
   if (!blank.empty()) SetBlank(file.host->GetDocument(), blank);
+  PrepareFonts(invocation, *file.host);
   host::SetHost(file.host.get());
   OrEndByCode(ExitStatus::NotInstalled,
               ImportTemplate(path, invocation.Has(OptionId::Strict), file));

@@ -78,7 +78,7 @@ int DocumentApplication::FindPaletteColor(int index, CVKColor& color) {
 }
 
 int DocumentApplication::IsColorInPalette(const CVKColor& color) {
-  return m_Document.Colors().Find(color) ? 1 : 0;
+  return color.IsInvisible() || m_Document.Colors().Find(color) ? 1 : 0;
 }
 
 int DocumentApplication::AddColorToPalette(const CVKFullColor& color) {
@@ -242,6 +242,35 @@ void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*capt
   } else {
     m_Notices.Add(text);
   }
+}
+
+// --- Devices and files of an import ---
+
+std::wstring DocumentApplication::GGetPathDeviceInI(int device) {
+  return m_Files ? m_Files->PlotterPath(device) : std::wstring();
+}
+
+std::optional<std::wstring> DocumentApplication::GetStringDevice(const wchar_t* devicePath,
+                                                                 const wchar_t* section,
+                                                                 const wchar_t* key) {
+  if (!m_Files || !devicePath || !section || !key) return std::nullopt;
+  return m_Files->ReadPlotter(devicePath, section, key);
+}
+
+int DocumentApplication::WriteStringDevice(const wchar_t* section, const wchar_t* key,
+                                           const wchar_t* value) {
+  if (!m_Files || !section || !key || !value) return 0;
+  return m_Files->WritePlotter(section, key, value) ? 1 : 0;
+}
+
+// A document holds numbers alone.
+void DocumentApplication::SetImportRotation(double rotation) {
+  m_Document.SetRotation(std::isfinite(rotation) ? rotation : 0);
+}
+
+std::wstring DocumentApplication::LoadBaseDir() {
+  std::wstring directory = m_Files ? m_Files->ImportDirectory() : std::wstring();
+  return directory.empty() ? host::Application::LoadBaseDir() : directory;
 }
 
 }  // namespace rastrel::document

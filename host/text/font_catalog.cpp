@@ -200,7 +200,7 @@ const Font* FontCatalog::Get(int type, const std::wstring& name) {
 Expected<void> FontCatalog::Replace(const std::wstring& name, const std::wstring& replacement) {
   if (!m_Index->Find(replacement)) {
     return FailureOf("the font \"" + os::Utf8FromWide(document::CleanMessage(replacement)) +
-                     "\" can't be had either");
+                     "\" is not on this machine");
   }
   m_Chosen[Plain(os::Utf8FromWide(name))] = replacement;
   return {};

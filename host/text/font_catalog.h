@@ -61,7 +61,7 @@ class FontCatalog {
                                 const std::wstring& replacement = {}) const;
 
   /// Chooses the font that is used in place of a missing one of that name, from now on; an empty
-  /// name stands for texts that name no font. Fails if the replacement is missing as well.
+  /// name means texts that name no font. Fails if the replacement is missing as well.
   Expected<void> Replace(const std::wstring& name, const std::wstring& replacement);
   /// Whether a font was chosen for that name.
   [[nodiscard]] bool IsChosen(const std::wstring& name) const;

@@ -89,7 +89,7 @@ TEST_F(FontCatalogTest, a_font_that_was_chosen_replaces_a_missing_one_in_any_spe
 TEST_F(FontCatalogTest, a_replacement_that_is_missing_too_is_refused) {
   const auto refused = m_Fonts.Replace(L"No Such Font", L"None Either");
   ASSERT_FALSE(refused);
-  EXPECT_EQ(Describe(refused.Error()), "the font \"None Either\" can't be had either");
+  EXPECT_EQ(Describe(refused.Error()), "the font \"None Either\" is not on this machine");
   EXPECT_FALSE(m_Fonts.Replace(L"No Such Font", L""));
   EXPECT_FALSE(m_Fonts.IsChosen(L"No Such Font"));
 }
