@@ -16,7 +16,6 @@ namespace rastrel::cli {
 struct SchemaElement {
   std::wstring_view name;
   std::wstring_view parent;  ///< empty: below any; a row with a parent goes before one without
-  std::wstring_view text;    ///< the kind of its text; empty if it is not looked at
   std::wstring_view attributes;
   std::wstring_view children;
 };
