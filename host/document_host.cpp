@@ -9,6 +9,7 @@
 #include "host/document/notices.h"
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
+#include "host/host_files.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "rastrel/platform/os/text.h"
@@ -53,8 +54,9 @@ class GuardedGraphics : public graphics::NativeGraphics {
 
 // Each uses those before it.
 struct DocumentHost::Parts {
-  explicit Parts(std::unique_ptr<Document> opened)
-      : document(std::move(opened)),
+  Parts(std::unique_ptr<Document> opened, host::Settings& settings)
+      : files(settings),
+        document(std::move(opened)),
         store(*document),
         application(*document, store, notices),
         fonts(notices),
@@ -64,10 +66,12 @@ struct DocumentHost::Parts {
       if (!door.LetsIn(path)) return 0;
       return graphics::LoadGraphic(*document, notices, path);
     });
+    application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
+  HostFiles files;
   Notices notices;
   Door door{notices};
   std::unique_ptr<Document> document;
@@ -82,7 +86,7 @@ struct DocumentHost::Parts {
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
 
 DocumentHost::DocumentHost(std::unique_ptr<Document> document)
-    : m_Parts(std::make_unique<Parts>(std::move(document))) {}
+    : m_Parts(std::make_unique<Parts>(std::move(document), GetSettings())) {}
 
 DocumentHost::~DocumentHost() = default;
 

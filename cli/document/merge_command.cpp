@@ -15,6 +15,7 @@
 #include "cli/document/merge_table.h"
 #include "cli/document/merge_template.h"
 #include "cli/document/open_template.h"
+#include "cli/document/template_tree.h"
 #include "cli/input/xml_input.h"
 #include "cli/sheet/failed_spreadsheet.h"
 #include "cli/sheet/work_progress.h"
@@ -24,7 +25,6 @@
 #include "rastrel/platform/os/shown_text.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
-#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {
@@ -47,7 +47,7 @@ TemplateFormat MergeableFormat(const Invocation& invocation) {
 
 MergeTemplate ReadMergeTemplate(const std::string& path, TemplateFormat format,
                                 const MergeTable& table) {
-  const XmlNode root = LoadXmlFile(ReaderPath(path));
+  const XmlNode root = LoadTemplate(format, ReaderPath(path));
   if (!root) {
     const auto state = xml::TakeXmlFailure();
     throw CommandError(

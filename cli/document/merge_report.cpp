@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <utility>
 #include <variant>
 
 #include "cli/console/json_text.h"
+#include "cli/document/text_findings.h"
 #include "host/document/document.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_check.h"
@@ -82,63 +82,6 @@ void CheckText(const document::Object& object, const text::FontCatalog& fonts, R
   if (const auto missing = text::MissingLettersNotice(shape, layout))
     AddOnce(row.notes, os::Utf8FromWide(*missing));
 }
-
-// A pane with its page and the row that it was made for.
-struct PlacedPane {
-  CWorldRect edges;
-  int page = 0;
-};
-
-std::vector<PlacedPane> PanesOf(const document::Document& document) {
-  std::vector<PlacedPane> panes;
-  for (const host::ObjectHandle member : document.Members(host::DocumentRoot)) {
-    const document::Object& object = *document.Find(member);
-    const auto* plate = std::get_if<document::PlateShape>(&object.shape);
-    if (!plate) continue;
-    for (const CWorldRect& pane : plate->panes)
-      panes.push_back({pane, object.attributes.pages.first});
-  }
-  return panes;
-}
-
-// The square of the distance from a point to a pane; 0 inside.
-double DistanceTo(const CWorldRect& pane, double x, double y) {
-  const double left = std::min(pane.left, pane.right);
-  const double right = std::max(pane.left, pane.right);
-  const double bottom = std::min(pane.bottom, pane.top);
-  const double top = std::max(pane.bottom, pane.top);
-  const double across = std::max({left - x, x - right, 0.0});
-  const double up = std::max({bottom - y, y - top, 0.0});
-  return across * across + up * up;
-}
-
-// Finds the pane that a text is on. Texts come in the order of the panes, nearly always.
-class PaneFinder {
- public:
-  explicit PaneFinder(const std::vector<PlacedPane>& panes) : m_Panes(panes) {}
-
-  // The place of the pane in the list, or its size if the page has none.
-  std::size_t Find(int page, double x, double y) {
-    double nearest = std::numeric_limits<double>::infinity();
-    std::size_t found = m_Panes.size();
-    for (std::size_t i = 0; i < m_Panes.size(); ++i) {
-      const std::size_t at = (m_Last + i) % m_Panes.size();
-      if (m_Panes[at].page != page) continue;
-      const double distance = DistanceTo(m_Panes[at].edges, x, y);
-      if (distance < nearest) {
-        nearest = distance;
-        found = at;
-      }
-      if (distance == 0) break;
-    }
-    if (found < m_Panes.size()) m_Last = found;
-    return found;
-  }
-
- private:
-  const std::vector<PlacedPane>& m_Panes;
-  std::size_t m_Last = 0;
-};
 
 std::string Sentence(const OverflowedText& text) {
   std::string sentence =
@@ -226,10 +169,7 @@ void CheckTexts(const document::DocumentHost& host, std::size_t platesARow,
   for (std::size_t i = 0; i < members.size(); ++i) {
     const document::Object& object = *document.Find(members[i]);
     if (!std::holds_alternative<document::TextShape>(object.shape)) continue;
-    const BOUNDS bounds = document.Bounds(members[i]);
-    const std::size_t pane =
-        finder.Find(object.attributes.pages.first, (bounds.xmin + bounds.xmax) / 2,
-                    (bounds.ymin + bounds.ymax) / 2);
+    const std::size_t pane = finder.Find(document, members[i]);
     if (pane < panes.size() && pane / platesARow < rows.size())
       CheckText(object, host.GetFonts(), *rows[pane / platesARow]);
     progress.Reach(i, members.size());

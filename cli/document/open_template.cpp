@@ -53,6 +53,7 @@ OpenedFile OpenTemplate(const Invocation& invocation) {
   OpenedFile file = NewDocument(format, invocation);
   TemplateSource source = SourceOf(path);
   source.allowOutside = invocation.Has(OptionId::AllowOutside);
+  source.records = invocation.command == CommandId::Import && invocation.Has(OptionId::Json);
   source.strict = invocation.Has(OptionId::Strict);
   OrEndByCode(ExitStatus::NotInstalled, ImportTemplate(source, file));
   return file;

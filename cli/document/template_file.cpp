@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/document/import_records.h"
 #include "cli/document/present_directory.h"
 #include "cli/document/readable_directories.h"
 #include "cli/document/template_reader.h"
@@ -123,13 +124,21 @@ Expected<void> ImportTemplate(const TemplateSource& source, OpenedFile& file) {
     path = copy->Path();
     readable.Add(copy->Directory());
   }
-  if (!source.allowOutside)
+  layout::FileResolver resolve;
+  if (!source.allowOutside) {
     file.host->SetReadPolicy([&](const std::wstring& name) { return readable.Check(name); });
+    resolve = [&](const std::wstring& name) -> Expected<std::wstring> {
+      if (auto allowed = readable.Check(name); !allowed) return allowed.Error();
+      return name;
+    };
+  }
   const auto present = PresentDirectory::Enter(source.directory);
   if (!present) return Refused(source.name, Describe(present.Error()));
-  auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict}, *file.host,
-                           file.findings);
+  auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict, resolve},
+                           *file.host, file.findings);
   file.host->SetReadPolicy({});
+  if (read && source.records)
+    file.records = ImportRecordLines(file.format, ReaderPath(path), source.name);
   return read;
 }
 

@@ -14,7 +14,8 @@ namespace rastrel::cli {
 struct OpenedFile {
   TemplateFormat format = TemplateFormat::Document;
   std::unique_ptr<document::DocumentHost> host;  ///< never null
-  Findings findings;  ///< contents that the import passed over, if asked for
+  std::string records = {};  ///< lines of JSON (ImportRecordLines), if asked for
+  Findings findings;         ///< contents that the import passed over, if asked for
 };
 
 /// A template to import. Paths are native.
@@ -24,6 +25,7 @@ struct TemplateSource {
   std::string directory;      ///< names in the template are relative to it, and have to stay in it
   bool isPrivate = false;     ///< `file` has a private directory, which the reader may write to
   bool allowOutside = false;  ///< names may lead out of the directory
+  bool records = false;       ///< the records are collected
   bool strict = false;        ///< findings are collected
 };
 

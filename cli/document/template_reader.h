@@ -5,6 +5,7 @@
 #include "cli/document/finding.h"
 #include "cli/document/template_format.h"
 #include "host/document_host.h"
+#include "host/layout/template_layout.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
@@ -14,6 +15,7 @@ struct TemplateToRead {
   std::string name;   ///< as the user named it, for messages
   std::wstring path;  ///< library path of the file that is read
   bool strict = false;
+  layout::FileResolver resolve = {};  ///< for the names of graphics of cro and llx
 };
 
 /// Has the reader of a format import a template into the host's document. If `strict` is set, its

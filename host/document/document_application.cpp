@@ -78,7 +78,7 @@ int DocumentApplication::FindPaletteColor(int index, CVKColor& color) {
 }
 
 int DocumentApplication::IsColorInPalette(const CVKColor& color) {
-  return m_Document.Colors().Find(color) ? 1 : 0;
+  return color.IsInvisible() || m_Document.Colors().Find(color) ? 1 : 0;
 }
 
 int DocumentApplication::AddColorToPalette(const CVKFullColor& color) {
@@ -182,17 +182,25 @@ void DocumentApplication::AddPaneToPlateObject(ObjectHandle plate) {
 }
 
 void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
-  std::size_t panes = 0;
+  const ObjectHandle part = LastPartOf(plate);
+  if (part == 0 || count < 1) return;
+  const std::size_t panes = std::get<PlateShape>(m_Document.Find(part)->shape).panes.size();
+  GrowPlate(m_Document, part, panes + static_cast<std::size_t>(count));
+}
+
+// Panes come one by one, to plates on hundreds of pages, so the search begins where the last one
+// ended.
+ObjectHandle DocumentApplication::LastPartOf(ObjectHandle plate) {
   const auto shapeOf = [&](ObjectHandle handle) {
     const Object* object = m_Document.Find(handle);
     return object ? std::get_if<PlateShape>(&object->shape) : nullptr;
   };
-  if (!shapeOf(plate) || count < 1) return;
-  for (const PlateShape* part = shapeOf(plate); part;) {
-    panes += part->panes.size();
-    part = m_Document.Holds(part->continuation) ? shapeOf(part->continuation) : nullptr;
-  }
-  GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
+  if (!shapeOf(plate)) return 0;
+  if (m_GrownPlate != plate || !m_Document.Holds(m_LastPart)) m_LastPart = plate;
+  m_GrownPlate = plate;
+  for (ObjectHandle next = m_LastPart; m_Document.Holds(next); next = shapeOf(next)->continuation)
+    m_LastPart = next;
+  return m_LastPart;
 }
 
 // --- Drill points ---
@@ -242,6 +250,35 @@ void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*capt
   } else {
     m_Notices.Add(text);
   }
+}
+
+// --- Devices and files of an import ---
+
+std::wstring DocumentApplication::GGetPathDeviceInI(int device) {
+  return m_Files ? m_Files->PlotterPath(device) : std::wstring();
+}
+
+std::optional<std::wstring> DocumentApplication::GetStringDevice(const wchar_t* devicePath,
+                                                                 const wchar_t* section,
+                                                                 const wchar_t* key) {
+  if (!m_Files || !devicePath || !section || !key) return std::nullopt;
+  return m_Files->ReadPlotter(devicePath, section, key);
+}
+
+int DocumentApplication::WriteStringDevice(const wchar_t* section, const wchar_t* key,
+                                           const wchar_t* value) {
+  if (!m_Files || !section || !key || !value) return 0;
+  return m_Files->WritePlotter(section, key, value) ? 1 : 0;
+}
+
+// A document holds numbers alone.
+void DocumentApplication::SetImportRotation(double rotation) {
+  m_Document.SetRotation(std::isfinite(rotation) ? rotation : 0);
+}
+
+std::wstring DocumentApplication::LoadBaseDir() {
+  std::wstring directory = m_Files ? m_Files->ImportDirectory() : std::wstring();
+  return directory.empty() ? host::Application::LoadBaseDir() : directory;
 }
 
 }  // namespace rastrel::document

@@ -242,6 +242,7 @@ void ReadSettings(Document& document, const JsonValue& json) {
   document.SetBlank({blank["width"].NumberAbove0(), blank["height"].NumberAbove0(),
                      static_cast<int>(blank["origin"].Whole(1, 9))});
   document.SetDisplayPage(static_cast<int>(json["displayPage"].Whole(0, Document::LastPage)));
+  if (json.Has("rotation")) document.SetRotation(json["rotation"].Number());
   const JsonValue plates = json["plates"];
   document.SetPlates({RectFrom(plates["margins"]), plates["horizontalGap"].Number(),
                       plates["verticalGap"].Number()});

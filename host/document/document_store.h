@@ -10,6 +10,11 @@
 
 namespace rastrel::document {
 
+/// The paragraph of a text object, as DBElement::GetParagraph returns it, and the object that a
+/// paragraph names: 0 for one that is closed and in no object yet.
+[[nodiscard]] ParagraphEle ParagraphOf(ObjectHandle text);
+[[nodiscard]] ObjectHandle TextNamedBy(const ParagraphEle& paragraph);
+
 /// The document database of the embedded host over one document.
 ///
 /// Only the text engine knows the meaning of a paragraph's element: it registers the function that

@@ -31,6 +31,26 @@ paragraphStruct Finite(paragraphStruct paragraph) {
   return paragraph;
 }
 
+constexpr std::size_t MaximumItemText = 128;
+
+bool IsItemNumber(const std::wstring& text) {
+  constexpr std::size_t MaximumDigits = 9;
+  return !text.empty() && text.size() <= MaximumDigits &&
+         std::ranges::all_of(text, [](wchar_t digit) { return digit >= L'0' && digit <= L'9'; });
+}
+
+// The piece at a place in the text, counted from 0 through all lines; null if there is none.
+template <typename Text>
+auto* RunAt(Text& text, int item) {
+  for (auto& line : text.lines) {
+    const auto count = static_cast<int>(line.runs.size());
+    if (item >= 0 && item < count) return &line.runs[static_cast<std::size_t>(item)];
+    item -= count;
+    if (item < 0) break;
+  }
+  return static_cast<decltype(text.lines.front().runs.data())>(nullptr);
+}
+
 std::wstring MissingFontNotice(const std::wstring& name) {
   return name.empty() ? L"a text that names no font" : L"the font \"" + name + L"\" can't be had";
 }
@@ -118,7 +138,7 @@ void TextEngine::CloseParagraph(int keep, const ParagraphInfo& /*info*/) {
 
 bool TextEngine::Take(const ParagraphEle& element, TextShape& text) {
   const auto found = m_Closed.find(element.first);
-  if (found == m_Closed.end()) return false;
+  if (found == m_Closed.end() || document::TextNamedBy(element) != 0) return false;
   text = std::move(found->second);
   m_Closed.erase(found);
   return true;
@@ -275,6 +295,52 @@ void TextEngine::TerminateNewText(CWnd* /*window*/, int keep) {
   document::Document& document = m_Store.GetDocument();
   m_LastText = document.Create(std::move(text), document.NewAttributes());
   m_Store.DSAddObject(m_LastText);
+}
+
+// --- Replaceable items of a text ---
+
+const TextShape* TextEngine::Find(const ParagraphEle& paragraph) const {
+  const host::ObjectHandle text = document::TextNamedBy(paragraph);
+  if (text == 0) {
+    const auto closed = m_Closed.find(paragraph.first);
+    return closed == m_Closed.end() ? nullptr : &closed->second;
+  }
+  const document::Object* object = m_Store.GetDocument().Find(text);
+  return object ? std::get_if<TextShape>(&object->shape) : nullptr;
+}
+
+std::vector<int> TextEngine::MakeReplaceableItemsListForParagraphEle(
+    const ParagraphEle& paragraph) {
+  std::vector<int> items;
+  int item = 0;
+  const TextShape* text = Find(paragraph);
+  if (!text) return items;
+  for (const TextLine& line : text->lines) {
+    for (const TextRun& run : line.runs) {
+      if (IsItemNumber(run.text)) items.push_back(item);
+      ++item;
+    }
+  }
+  return items;
+}
+
+std::wstring TextEngine::GetTextParagraphEle(const ParagraphEle& paragraph, int item) {
+  const TextShape* text = Find(paragraph);
+  const TextRun* run = text ? RunAt(*text, item) : nullptr;
+  return run ? run->text.substr(0, MaximumItemText) : std::wstring();
+}
+
+int TextEngine::ReplaceTextParagraphEle(ParagraphEle& paragraph, int item, const wchar_t* text) {
+  const TextShape* found = Find(paragraph);
+  if (!found || !text || !RunAt(*found, item)) return 0;
+  const host::ObjectHandle object = document::TextNamedBy(paragraph);
+  TextShape& shape = object == 0 ? m_Closed[paragraph.first]
+                                 : std::get<TextShape>(m_Store.GetDocument().Edit(object)->shape);
+  std::wstring line(std::wstring_view(text).substr(0, MaximumParagraph));
+  std::ranges::replace_if(
+      line, [](wchar_t one) { return one == L'\r' || one == L'\n'; }, L' ');
+  RunAt(shape, item)->text = std::move(line);
+  return 1;
 }
 
 }  // namespace rastrel::text

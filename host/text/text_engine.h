@@ -69,6 +69,14 @@ class TextEngine : public host::TextCompose {
   void TerminateNewText(CWnd* window, int keep) override;
   [[nodiscard]] host::ObjectHandle GetTerminateTextEditHI() override { return m_LastText; }
 
+  /// The replaceable items of a text are its pieces in one style that are a number and nothing
+  /// else: 1 to 9 digits. An item's number is the piece's place in the text, from 0, and stays when
+  /// another is replaced. Line ends of the new text become blanks; the style stays.
+  [[nodiscard]] std::vector<int> MakeReplaceableItemsListForParagraphEle(
+      const ParagraphEle& paragraph) override;
+  [[nodiscard]] std::wstring GetTextParagraphEle(const ParagraphEle& paragraph, int item) override;
+  int ReplaceTextParagraphEle(ParagraphEle& paragraph, int item, const wchar_t* text) override;
+
  private:
   class Replacements;
   // The open paragraph: the records that the library writes, and the text pasted so far.
@@ -91,6 +99,7 @@ class TextEngine : public host::TextCompose {
   [[nodiscard]] document::TextShape Finish();
   void Paste(std::wstring_view piece);
   bool Take(const ParagraphEle& element, document::TextShape& text);
+  [[nodiscard]] const document::TextShape* Find(const ParagraphEle& paragraph) const;
   [[nodiscard]] int TypeOfMissing(const std::wstring& name) const;
   [[nodiscard]] bool Ask(const std::wstring& name);
 

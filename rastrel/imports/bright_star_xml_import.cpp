@@ -172,10 +172,12 @@ void CBrightStarXMLImport::PasteLines(tagTEXTFRAME& frame) {
   }
   if (dropped == 0) return;
   // Pasting cut the name at its extension in place.
+  const std::wstring font = frame.fontName.substr(0, frame.fontName.find(L'\0'));
   CAppLog::Instance().Printf(L"[Import] the host has no font \"%s\": lines left out: %d",
-                             Shown(frame.fontName.c_str()), static_cast<int>(dropped));
+                             Shown(font), static_cast<int>(dropped));
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface passes records by value
 void CBrightStarXMLImport::AddGraphics(tagGRAPHIC graphic) {
   const auto document = imports::FindDocumentHost();
   if (!document) return;

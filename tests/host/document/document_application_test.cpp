@@ -78,6 +78,46 @@ TEST_F(DocumentApplicationTest, a_palette_color_is_found_by_number_and_by_value)
   EXPECT_EQ(m_Application.IsInvisibleColor(color), 0);
 }
 
+TEST_F(DocumentApplicationTest, the_invisible_color_is_in_every_palette) {
+  const std::size_t count = m_Document.Colors().Entries().size();
+  const CVKColor invisible(-1, COLORSPACE_RGB, 0, 0);
+  EXPECT_EQ(m_Application.IsColorInPalette(invisible), 1);
+  EXPECT_EQ(m_Application.IsInvisibleColor(invisible), 1);
+  EXPECT_EQ(m_Application.IsInvisibleColor(CVKColor(0, COLORSPACE_RGB, 0, 0)), 0);
+  EXPECT_EQ(m_Document.Colors().Entries().size(), count);
+  CVKColor first;
+  EXPECT_EQ(m_Application.FindPaletteColor(0, first), 1);
+  EXPECT_EQ(first, static_cast<const CVKColor&>(m_Document.Colors().Entries().front().color));
+}
+
+TEST_F(DocumentApplicationTest, colors_without_a_name_are_added_each_time) {
+  const std::size_t count = m_Document.Colors().Entries().size();
+  CVKColor ink;
+  ink.SetColor(0, 50, 50, 0, COLORSPACE_CMYK);
+  EXPECT_EQ(m_Application.IsColorInPalette(ink), 0);
+  EXPECT_EQ(m_Application.AddColorToPalette(CVKFullColor(ink)), 1);
+  EXPECT_EQ(m_Application.AddColorToPalette(CVKFullColor(ink)), 1);
+  EXPECT_EQ(m_Application.IsColorInPalette(ink), 1);
+  EXPECT_EQ(m_Document.Colors().Entries().size(), count + 2);
+}
+
+TEST_F(DocumentApplicationTest, the_rotation_of_an_import_outlives_the_new_document_that_it_makes) {
+  m_Application.SetImportRotation(90);
+  m_Application.UIGetActiveView()->OnNew();
+  EXPECT_EQ(m_Document.Rotation(), 90);
+  for (const double none : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+    m_Application.SetImportRotation(none);
+    EXPECT_EQ(m_Document.Rotation(), 0);
+  }
+}
+
+TEST_F(DocumentApplicationTest, without_a_program_s_files_there_are_no_plotters) {
+  EXPECT_EQ(m_Application.GGetPathDeviceInI(0), L"");
+  EXPECT_FALSE(m_Application.GetStringDevice(L"path", L"setup", L"plottername"));
+  EXPECT_EQ(m_Application.WriteStringDevice(L"Port Setup", L"File Name", L"badge"), 0);
+  EXPECT_FALSE(m_Application.LoadBaseDir().empty());
+}
+
 TEST_F(DocumentApplicationTest, sheet_layers_are_kept_by_their_number) {
   CSheetLayerPalette& layers = *m_Application.GetSheetLayerPalette();
   EXPECT_EQ(layers.AddSheetToPalette({3, L"Brass", 1, true}), 1);

@@ -17,6 +17,7 @@ std::unique_ptr<Document> FullDocument() {
   document->SetBlank({30.48, 20.1, 1});
   document->SetPlates({{1, 2, 3, 4}, 0.5, 0.25});
   document->SetDisplayPage(2);
+  document->SetRotation(-90.5);
   document->AddSheetLayer({4, L"Messing \u00e9", 1, false});
   CVKFullColor ink;
   ink.SetColor(0.1, 0.2, 0.3, 0.4, COLORSPACE_CMYK);
@@ -100,6 +101,14 @@ std::string With(std::string text, const std::string& old, const std::string& re
   return text.replace(at, old.size(), replacement);
 }
 
+TEST(DocumentFile, a_file_without_a_rotation_has_none) {
+  const std::string text = DocumentText(*FullDocument());
+  const auto read = ReadDocumentText(With(text, "\"rotation\": -90.5,", ""));
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ((*read)->Rotation(), 0);
+  EXPECT_FALSE(ReadDocumentText(With(text, "\"rotation\": -90.5,", "\"rotation\": \"x\",")));
+}
+
 TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {
   const auto document = FullDocument();
   const auto read = ReadDocumentText(DocumentText(*document));
@@ -110,6 +119,7 @@ TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {
   EXPECT_EQ(back.Colors(), document->Colors());
   EXPECT_EQ(back.SheetLayers(), document->SheetLayers());
   EXPECT_EQ(back.DisplayPage(), 2);
+  EXPECT_EQ(back.Rotation(), -90.5);
   EXPECT_EQ(back.HighestPage(), document->HighestPage());
   ExpectSame(*document, back, host::DocumentRoot);
   EXPECT_EQ(DocumentText(back), DocumentText(*document));

@@ -302,6 +302,64 @@ TEST_F(TextEngineTest, a_missing_engraving_font_stays_one_when_it_is_replaced) {
   EXPECT_EQ(font->replacement, L"DejaVu Sans");
 }
 
+// "%d" of a piece has to name one value: a number and nothing else.
+TEST_F(TextEngineTest, pieces_that_are_a_number_are_replaceable_and_nothing_else_is) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  for (const wchar_t* piece :
+       {L"1", L"2 Mill Lane", L"12\r\n", L"x", L"-1", L"123456789", L"1234567890", L" 3"}) {
+    Paste(piece);
+  }
+  m_Engine.TerminateNewText(nullptr, 1);
+  const ObjectHandle object = m_Engine.GetTerminateTextEditHI();
+  ParagraphEle& paragraph = *m_Store.DBGetObjectElement(object)->GetParagraph();
+  EXPECT_EQ(m_Engine.MakeReplaceableItemsListForParagraphEle(paragraph),
+            (std::vector<int>{0, 2, 5}));
+  EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 2), L"12");
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, 2, L"Ada\r\nLovelace"), 1);
+  EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 2), L"Ada  Lovelace");
+  EXPECT_EQ(m_Engine.MakeReplaceableItemsListForParagraphEle(paragraph), (std::vector<int>{0, 5}));
+  EXPECT_EQ(std::get<TextShape>(m_Document.Find(object)->shape).lines.at(0).runs.at(2).text,
+            L"Ada  Lovelace");
+}
+
+TEST_F(TextEngineTest, items_that_are_not_there_have_no_text_and_can_not_be_replaced) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"1");
+  m_Engine.TerminateNewText(nullptr, 1);
+  ParagraphEle& paragraph =
+      *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+  for (const int item : {-1, 1, 1000}) {
+    EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, item), L"");
+    EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, item, L"x"), 0);
+  }
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, 0, nullptr), 0);
+  ParagraphEle unknown{99, 1};
+  EXPECT_TRUE(m_Engine.MakeReplaceableItemsListForParagraphEle(unknown).empty());
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(unknown, 0, L"x"), 0);
+  unknown = {99, 0};
+  EXPECT_TRUE(m_Engine.MakeReplaceableItemsListForParagraphEle(unknown).empty());
+}
+
+TEST_F(TextEngineTest, the_text_of_an_item_is_at_most_128_characters) {
+  for (const std::size_t length : {127U, 128U, 129U}) {
+    m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+    Paste(std::wstring(length, L'x'));
+    m_Engine.TerminateNewText(nullptr, 1);
+    const ParagraphEle& paragraph =
+        *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+    EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 0).size(),
+              std::min<std::size_t>(length, 128));
+  }
+}
+
+TEST_F(TextEngineTest, the_paragraph_of_an_object_makes_no_second_object) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.TerminateNewText(nullptr, 1);
+  const ParagraphEle element =
+      *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+  EXPECT_EQ(m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false), 0U);
+}
+
 TEST_F(TextEngineTest, new_text_is_on_the_page_on_show) {
   for (const int shown : {3, 0}) {
     m_Document.SetDisplayPage(shown);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "rastrel/imports/add_plate_object.h"
 #include "rastrel/imports/cr2/graphic_frames.h"
 #include "rastrel/imports/cr2/load_graphic.h"
 #include "rastrel/imports/cr2/template_build.h"
@@ -156,25 +157,32 @@ TEST_F(ZmlBuild, a_plate_that_does_not_fit_leaves_the_new_document_without_panes
       << calls;
 }
 
-TEST_F(ZmlBuild, panes_of_a_further_plate_object_of_the_list_are_filled_with_that_object) {
-  // The first object's walk has the pane of page 2 too, which the second object has as its own.
-  m_Records.plates.resize(2);
-  m_Records.plates[1].textFrames.resize(1);
-  const auto onSecondPage = [this](const std::string& plate,
-                                   int pane) -> rastrel::host::ObjectHandle {
-    if (plate == "P1" && pane == 2) return 3;
-    return plate == "P1" ? 2 : 3;
+TEST_F(ZmlBuild, a_pane_that_comes_again_with_its_own_plate_object_is_passed_over_before) {
+  // The document has a plate object of two panes, the second of which went on in the next object.
+  const auto first =
+      AddPlateObject({m_Host.m_Store, m_Host.m_Text, m_Host.m_Application},
+                     {.count = 2, .width = 8, .height = 4, .margins = {}, .color = Red});
+  ASSERT_EQ(first, 2U);
+  m_Host.m_Store.m_PlateOfPane = [](const std::string& plate, int pane) {
+    return plate == "P1" && pane == 1 ? 2U : 3U;
   };
-  m_Host.m_Store.m_PlateOfPane = onSecondPage;
-  Calls().Next("CreatePanesWithOriginBottomLeft", {1});
-  TemplateImport import = Begin();
-  // A second plate object, as the host makes one when panes go on on a further page.
-  m_Host.m_Application.SetSignBlankSize(40, 20, 1);
+  m_Records.plates.resize(3);
   Calls().Clear();
   Build();
-  // The second object is missing here, so that the pane of page 2 is the first object's.
-  EXPECT_EQ(Calls().Of({"DBGetPageRange"}),
-            (HostCalls::Lines{"DBGetPageRange(#2) -> 1..1", "DBGetPageRange(#3) -> 1..1"}));
+  const std::string calls = Calls().Text();
+  const std::string ofThird = "DBGetPageRange(#3) -> 1..1\nDBGetSheetLayer(#3) -> 2\n";
+  const std::string panes =
+      Walk("L1", {"#2", "#3"}) + "DBGetObjectElement(#2)\nP1 gives pane 1\n" + LayerRead() +
+      "P1 gives pane 2\nP1 has no further pane\nDBGetObjectElement(#3)\n"
+      "P2 gives pane 1\n" +
+      ofThird + "P2 gives pane 2\n" + ofThird + "P2 gives pane 3\nDBDestroyList(L1)\n";
+  EXPECT_TRUE(calls.ends_with(panes)) << calls << "instead of\n" << panes;
+}
+
+TEST_F(ZmlBuild, a_pane_of_an_object_that_is_not_in_the_list_is_filled_with_that_object) {
+  m_Host.m_Store.m_PlateOfPane = [](const std::string&, int) { return 77U; };
+  Build();
+  EXPECT_EQ(Calls().Of({"DBGetPageRange"}), (HostCalls::Lines{"DBGetPageRange(#77) -> 1..1"}));
 }
 
 TEST_F(ZmlBuild, an_import_ends_at_a_plate_during_which_it_is_cancelled) {
@@ -189,7 +197,7 @@ TEST_F(ZmlBuild, an_import_ends_at_a_plate_during_which_it_is_cancelled) {
       << calls;
 }
 
-TEST_F(ZmlBuild, a_character_outside_code_page_1252_is_told_at_the_end) {
+TEST_F(ZmlBuild, a_character_outside_code_page_1252_is_named_in_a_message_at_the_end) {
   m_Records.plates.front().textFrames.resize(1);
   CR2_TEXT_FRAME& frame = m_Records.plates.front().textFrames.front();
   frame.placement = Place(7, 0, 0, 2, 1);
@@ -305,7 +313,7 @@ TEST_F(ZmlCutLine, gives_its_width_to_every_object_that_has_a_line) {
       << calls;
 }
 
-TEST_F(ZmlCutLine, a_width_is_told_to_the_load_and_one_of_0_or_less_is_not) {
+TEST_F(ZmlCutLine, a_width_above_0_keeps_thick_lines_while_loading) {
   for (const auto& [width, flag] : {std::pair(0.5, "1"), {0.0, "0"}, {-0.5, "0"}}) {
     Calls().Clear();
     m_Records.cutLine.strokeWidth = width;
@@ -337,9 +345,6 @@ TEST_F(ZmlCutLine, its_colors_join_the_palette_and_go_to_visible_lines_and_insid
   m_Records.cutLine.colors.stroke = std::make_unique<CVKColor>(Green);
   m_Records.cutLine.colors.fill = std::make_unique<CVKColor>(Red);
   m_Records.cutLine.strokeWidth = -1;
-  Calls().Next("IsFilled", {1});
-  Calls().Always("IsFilled", 0);
-  // The plate's element is asked for too, but never whether it is filled.
   Build();
   const std::string calls = Calls().Text();
   const std::string colored =
@@ -348,7 +353,9 @@ TEST_F(ZmlCutLine, its_colors_join_the_palette_and_go_to_visible_lines_and_insid
       ") -> 1\nDBGetFirstMember(L5) -> #3\nDBGetObjectType(#3) -> 128\n" +
       Walk("L5", {"#3", "#4"}) + Style("#3") + "DBGetLineColor(#3) -> " + RedText +
       "\nIsInvisibleColor(" + RedText + ") -> 0\nDBSetLineColor(#3, " + GreenText +
-      ")\nDBGetObjectElement(#3)\n";
+      ")\nDBGetObjectElement(#3)\nDBGetLayer(#3) -> RGB(0 0 0)\nIsInvisibleColor(RGB(0 0 0)) -> "
+      "0\nDBSetLayer(#3, " +
+      RedText + ")\n" + Style("#4");
   EXPECT_NE(calls.find(colored), std::string::npos) << calls;
 }
 
@@ -373,6 +380,13 @@ TEST_F(ZmlCutLine, an_object_whose_inside_is_invisible_keeps_it) {
   Build();
   EXPECT_FALSE(Calls().Has("DBSetLayer(#3, " + RedText + ")"));
   EXPECT_TRUE(Calls().Has("DBSetLayer(#4, " + RedText + ")"));
+}
+
+TEST_F(ZmlCutLine, an_object_that_is_not_filled_keeps_its_inside) {
+  m_Records.cutLine.colors.fill = std::make_unique<CVKColor>(Red);
+  Calls().Always("IsFilled", 0);
+  Build();
+  EXPECT_FALSE(Calls().Has("DBSetLayer(#3, " + RedText + ")"));
 }
 
 TEST_F(ZmlCutLine, colors_go_to_the_members_of_a_group) {

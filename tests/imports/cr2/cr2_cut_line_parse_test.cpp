@@ -20,9 +20,9 @@ const std::string Drawing = "<svg xmlns='urn:drawing'><path d='M0 0'/></svg>";
 /// The same as the layer writes it.
 const std::string Written = "<svg xmlns=\"urn:drawing\"><path d=\"M0 0\"/></svg>";
 
-class Cr2CutLine : public TemplateTest {
+class Cr2CutLineParse : public TemplateTest {
  protected:
-  Cr2CutLine() { m_Host.m_Application.m_LoadBaseDir = m_ImportDirectory.Wide(); }
+  Cr2CutLineParse() { m_Host.m_Application.m_LoadBaseDir = m_ImportDirectory.Wide(); }
 
   static std::string Text(const std::string& cutLine) {
     return TemplateText(WithContent(cutLine), "engraving_template");
@@ -49,7 +49,7 @@ class Cr2CutLine : public TemplateTest {
   ScratchDirectory m_ImportDirectory;
 };
 
-TEST_F(Cr2CutLine, a_cut_line_of_a_file_has_its_path_stroke_group_and_colors) {
+TEST_F(Cr2CutLineParse, a_cut_line_of_a_file_has_its_path_stroke_group_and_colors) {
   EXPECT_TRUE(
       Parse("<cutline stroke='0.01' group='True'><file> C:\\art\\line.svg </file>"
             "<placement x='1' width='3' height='2' origin='center'/>"
@@ -64,7 +64,7 @@ TEST_F(Cr2CutLine, a_cut_line_of_a_file_has_its_path_stroke_group_and_colors) {
   EXPECT_EQ(m_Document.plates.size(), 1U);
 }
 
-TEST_F(Cr2CutLine, a_group_is_true_in_any_case_and_nothing_else_is) {
+TEST_F(Cr2CutLineParse, a_group_is_true_in_any_case_and_nothing_else_is) {
   const auto group = [&](const std::string& value) {
     EXPECT_TRUE(Parse("<cutline group='" + value + "'><file>a</file>" + Placed + "</cutline>"));
     return m_Document.cutLine.group;
@@ -76,17 +76,17 @@ TEST_F(Cr2CutLine, a_group_is_true_in_any_case_and_nothing_else_is) {
   EXPECT_FALSE(group(""));
 }
 
-TEST_F(Cr2CutLine, a_template_without_a_cut_line_has_none_present) {
+TEST_F(Cr2CutLineParse, a_template_without_a_cut_line_has_none_present) {
   EXPECT_TRUE(ParsePath(Write(TemplateText({}, "engraving_template"), "template.cr2")));
   EXPECT_EQ(m_Document.cutLine.present, 0.0);
 }
 
-TEST_F(Cr2CutLine, the_hairline_of_a_cut_line_is_exact) {
+TEST_F(Cr2CutLineParse, the_hairline_of_a_cut_line_is_exact) {
   EXPECT_TRUE(Parse("<cutline stroke='hairline'><file>a</file>" + Placed + "</cutline>"));
   EXPECT_EQ(m_Document.cutLine.strokeWidth, 4.450147717014403e-308);
 }
 
-TEST_F(Cr2CutLine, a_format_of_another_value_takes_the_child_file) {
+TEST_F(Cr2CutLineParse, a_format_of_another_value_takes_the_child_file) {
   for (const char* format : {"", "format=''", "format='svg'", "format='SVG '", "format='DXF'"}) {
     EXPECT_TRUE(Parse(std::string("<cutline ") + format + "><file>a.svg</file><svg/>" + Placed +
                       "</cutline>"))
@@ -95,13 +95,13 @@ TEST_F(Cr2CutLine, a_format_of_another_value_takes_the_child_file) {
   }
 }
 
-TEST_F(Cr2CutLine, a_child_file_without_text_is_an_empty_path) {
+TEST_F(Cr2CutLineParse, a_child_file_without_text_is_an_empty_path) {
   EXPECT_TRUE(Parse("<cutline><file/>" + Placed + "</cutline>"));
   EXPECT_EQ(m_Document.cutLine.file, L"");
   EXPECT_EQ(m_Document.cutLine.present, 1.0);
 }
 
-TEST_F(Cr2CutLine, the_format_FILE_fails_the_file_whose_table_is_read) {
+TEST_F(Cr2CutLineParse, the_format_FILE_fails_the_file_whose_table_is_read) {
   EXPECT_FALSE(Parse("<cutline format='FILE' file='a.svg'><file>a.svg</file><FILE/>" + Placed +
                      "</cutline>"));
   EXPECT_EQ(Placement(m_Document.tableSize.placement), "1: 0 0, 24 x 12");
@@ -109,7 +109,7 @@ TEST_F(Cr2CutLine, the_format_FILE_fails_the_file_whose_table_is_read) {
   EXPECT_TRUE(m_Document.plates.empty());
 }
 
-TEST_F(Cr2CutLine, a_cut_line_that_lacks_a_part_ends_the_file) {
+TEST_F(Cr2CutLineParse, a_cut_line_that_lacks_a_part_ends_the_file) {
   EXPECT_FALSE(Parse("<cutline>" + Placed + "</cutline>"));
   EXPECT_FALSE(Parse("<cutline><file>a</file></cutline>"));
   EXPECT_FALSE(Parse("<cutline><file>a</file><placement width='3'/></cutline>"));
@@ -119,27 +119,27 @@ TEST_F(Cr2CutLine, a_cut_line_that_lacks_a_part_ends_the_file) {
   EXPECT_TRUE(m_Document.plates.empty());
 }
 
-TEST_F(Cr2CutLine, a_drawing_is_written_beside_its_template) {
+TEST_F(Cr2CutLineParse, a_drawing_is_written_beside_its_template) {
   EXPECT_TRUE(Parse(WithDrawing(Drawing), "shop/template.cr2"));
   EXPECT_EQ(m_Document.cutLine.file, m_Scratch.Wide() + L"/shop/cutline.svg");
   EXPECT_EQ(m_Scratch.Read("shop/cutline.svg"), Written);
   EXPECT_EQ(Calls().Text(), "");
 }
 
-TEST_F(Cr2CutLine, a_drawing_takes_the_place_of_the_one_before) {
+TEST_F(Cr2CutLineParse, a_drawing_takes_the_place_of_the_one_before) {
   m_Scratch.Write("cutline.svg", "an earlier and much longer drawing" + std::string(500, '.'));
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
   EXPECT_EQ(m_Scratch.Read("cutline.svg"), Written);
 }
 
-TEST_F(Cr2CutLine, a_drawing_with_a_prefix_is_found_and_declares_it) {
+TEST_F(Cr2CutLineParse, a_drawing_with_a_prefix_is_found_and_declares_it) {
   EXPECT_TRUE(Parse("<cutline format='SVG' xmlns:svg='urn:drawing'><svg:svg><svg:path/></svg:svg>" +
                     Placed + "</cutline>"));
   EXPECT_EQ(m_Scratch.Read("cutline.svg"),
             "<svg:svg xmlns:svg=\"urn:drawing\"><svg:path/></svg:svg>");
 }
 
-TEST_F(Cr2CutLine, a_relative_path_has_its_drawing_in_the_present_directory) {
+TEST_F(Cr2CutLineParse, a_relative_path_has_its_drawing_in_the_present_directory) {
   const PresentDirectory here(m_Scratch.Path());
   m_Scratch.Write("a.cr2", Text(WithDrawing(Drawing)));
   EXPECT_TRUE(ParsePath(L"a.cr2"));
@@ -147,7 +147,7 @@ TEST_F(Cr2CutLine, a_relative_path_has_its_drawing_in_the_present_directory) {
   EXPECT_EQ(m_Scratch.Read("cutline.svg"), Written);
 }
 
-TEST_F(Cr2CutLine, the_drive_of_a_template_is_left_out_of_the_path) {
+TEST_F(Cr2CutLineParse, the_drive_of_a_template_is_left_out_of_the_path) {
   // The drive is a directory of the data root, and the path without it one of the machine.
   m_Library.Directory().Write("drive_c" + m_Scratch.Path() + "/a.cr2", Text(WithDrawing(Drawing)));
   EXPECT_TRUE(ParsePath(L"C:" + m_Scratch.Wide("a.cr2")));
@@ -155,7 +155,7 @@ TEST_F(Cr2CutLine, the_drive_of_a_template_is_left_out_of_the_path) {
   EXPECT_EQ(m_Scratch.Read("cutline.svg"), Written);
 }
 
-TEST_F(Cr2CutLine, a_directory_that_can_t_be_written_sends_the_drawing_to_that_of_imports) {
+TEST_F(Cr2CutLineParse, a_directory_that_can_t_be_written_sends_the_drawing_to_that_of_imports) {
   const std::wstring path = Write(Text(WithDrawing(Drawing)), "shop/template.cr2");
   ASSERT_EQ(::chmod(m_Scratch.Path().c_str(), 0755), 0);
   ASSERT_EQ(::chmod(m_Scratch.Path("shop").c_str(), 0555), 0);
@@ -169,13 +169,13 @@ TEST_F(Cr2CutLine, a_directory_that_can_t_be_written_sends_the_drawing_to_that_o
   ASSERT_EQ(::chmod(m_Scratch.Path("shop").c_str(), 0755), 0);
 }
 
-TEST_F(Cr2CutLine, a_directory_of_the_drawing_s_name_sends_it_to_that_of_imports) {
+TEST_F(Cr2CutLineParse, a_directory_of_the_drawing_s_name_sends_it_to_that_of_imports) {
   std::filesystem::create_directory(m_Scratch.Path("cutline.svg"));
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
   ExpectInImportDirectory();
 }
 
-TEST_F(Cr2CutLine, a_link_of_the_drawing_s_name_is_not_followed) {
+TEST_F(Cr2CutLineParse, a_link_of_the_drawing_s_name_is_not_followed) {
   m_Scratch.Write("letter.txt", "Dear customer");
   std::filesystem::create_symlink("letter.txt", m_Scratch.Path("cutline.svg"));
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
@@ -183,13 +183,13 @@ TEST_F(Cr2CutLine, a_link_of_the_drawing_s_name_is_not_followed) {
   EXPECT_EQ(m_Scratch.Read("letter.txt"), "Dear customer");
 }
 
-TEST_F(Cr2CutLine, a_pipe_of_the_drawing_s_name_is_not_waited_for) {
+TEST_F(Cr2CutLineParse, a_pipe_of_the_drawing_s_name_is_not_waited_for) {
   ASSERT_EQ(::mkfifo(m_Scratch.Path("cutline.svg").c_str(), 0600), 0);
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
   ExpectInImportDirectory();
 }
 
-TEST_F(Cr2CutLine, a_drawing_that_can_be_written_nowhere_is_logged) {
+TEST_F(Cr2CutLineParse, a_drawing_that_can_be_written_nowhere_is_logged) {
   std::filesystem::create_directory(m_Scratch.Path("cutline.svg"));
   m_Host.m_Application.m_LoadBaseDir = m_Scratch.Wide("missing");
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
@@ -197,7 +197,7 @@ TEST_F(Cr2CutLine, a_drawing_that_can_be_written_nowhere_is_logged) {
   EXPECT_NE(Log().find("[Import] the cut line can't be written to "), std::string::npos);
 }
 
-TEST_F(Cr2CutLine, without_an_application_the_temporary_directory_takes_the_drawing) {
+TEST_F(Cr2CutLineParse, without_an_application_the_temporary_directory_takes_the_drawing) {
   std::filesystem::create_directory(m_Scratch.Path("cutline.svg"));
   m_Host.m_HasDocument = false;
   m_Host.m_BaseDirectories[PATH_TEMP] = m_ImportDirectory.Wide();
