@@ -1,8 +1,9 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <vector>
+
+#include "tests/support/host_calls.h"
 
 namespace rastrel::test {
 
@@ -61,22 +62,27 @@ inline std::string NewPlate(const NewPlateText& plate = {}) {
   return text;
 }
 
-/// A setting that is read without a value of the host's, and written.
-inline std::string Changed(const std::string& sectionAndKey, const std::string& value) {
-  return "Read(" + sectionAndKey + ") -> null\nWrite(" + sectionAndKey + ", \"" + value + "\")\n";
+/// A setting that is read and written. The host has no value of its own until one was restored.
+inline std::string Changed(const std::string& sectionAndKey, const std::string& value,
+                           const std::string& before = "null") {
+  return "Read(" + sectionAndKey + ") -> " + before + "\nWrite(" + sectionAndKey + ", \"" + value +
+         "\")\n";
 }
 
 inline std::string Restored(const std::string& sectionAndKey, const std::string& value) {
   return "Write(" + sectionAndKey + ", \"" + value + "\")\n";
 }
 
-/// The same of the settings that a load of the first generation changes, and of the history.
-inline std::string Cr2SettingsChanged() {
-  return Changed("\"Pages\", \"CollapseToZero\"", "0") +
-         Changed("\"Sheet Layer\", \"Merge\"", "0") +
-         Changed("\"Grouping\", \"CollapseDatabase\"", "0") +
-         Changed("\"IMPPDF\", \"TextAsGraphics\"", "1") +
-         Changed("\"IMPPDF\", \"ShowDialog\"", "0") +
+/// The same of the settings that a load of the first generation changes, and of the history;
+/// `again` after an earlier load, which restored them.
+inline std::string Cr2SettingsChanged(bool again = false) {
+  const std::string one = again ? "\"1\"" : "null";
+  const std::string zero = again ? "\"0\"" : "null";
+  return Changed("\"Pages\", \"CollapseToZero\"", "0", one) +
+         Changed("\"Sheet Layer\", \"Merge\"", "0", zero) +
+         Changed("\"Grouping\", \"CollapseDatabase\"", "0", one) +
+         Changed("\"IMPPDF\", \"TextAsGraphics\"", "1", zero) +
+         Changed("\"IMPPDF\", \"ShowDialog\"", "0", one) +
          "GetKeepHistory() -> 1\nWriteKeepHistory(0)\n";
 }
 
@@ -89,11 +95,13 @@ inline std::string Cr2SettingsRestored() {
 }
 
 /// Of the second generation.
-inline std::string ZmlSettingsChanged() {
-  return Changed("\"Pages\", \"CollapseToZero\"", "0") +
-         Changed("\"Sheet Layer\", \"Merge\"", "0") +
-         Changed("\"IMPPDF\", \"TextAsGraphics\"", "1") +
-         Changed("\"IMPPDF\", \"ShowDialog\"", "0");
+inline std::string ZmlSettingsChanged(bool again = false) {
+  const std::string one = again ? "\"1\"" : "null";
+  const std::string zero = again ? "\"0\"" : "null";
+  return Changed("\"Pages\", \"CollapseToZero\"", "0", one) +
+         Changed("\"Sheet Layer\", \"Merge\"", "0", zero) +
+         Changed("\"IMPPDF\", \"TextAsGraphics\"", "1", zero) +
+         Changed("\"IMPPDF\", \"ShowDialog\"", "0", one);
 }
 
 inline std::string ZmlSettingsRestored() {
@@ -155,6 +163,14 @@ inline std::string Grouped(const std::string& list, const std::string& first,
          "\nUNOpenStep(\"Group Graphic Components\")\nDSGroupObjects(" + list + ", 2, " + first +
          ") -> " + group + "\nUNCloseStep()\nInvalidateObject(" + group + ", 0)\nDBAddToList(" +
          list + ", " + group + ")\n";
+}
+
+/// A corner of a frame in text units, whose edges in world units went through single precision.
+inline std::string Corner(double x, double y) {
+  const auto edge = [](double world) {
+    return TextOf(static_cast<double>(static_cast<float>(world)) / 2.54 * 1000.0);
+  };
+  return "(" + edge(x) + " " + edge(y) + ")";
 }
 
 /// A text frame that is opened, with its corners in text units.

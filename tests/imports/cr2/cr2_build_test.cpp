@@ -445,6 +445,40 @@ TEST_F(Cr2Build, content_of_a_pane_on_a_further_page_goes_to_that_page_and_its_s
             (HostCalls::Lines{"SetPageRange(#4, 2)", "SetPageRange(#4, 2)"}));
 }
 
+TEST_F(Cr2Build, graphics_come_before_text_on_each_pane) {
+  AddLogo();
+  m_Records.plates.front().textFrames.resize(1);
+  m_Records.plates.push_back(m_Records.plates.front());
+  Build();
+  std::string order;
+  for (const std::string& line : Calls().Of({"LoadTHZ", "InitNewText"}))
+    order += line.substr(0, line.find('(')) + ' ';
+  EXPECT_EQ(order, "LoadTHZ InitNewText LoadTHZ InitNewText ");
+}
+
+TEST_F(Cr2Build, a_cancelled_import_ends_after_its_plate_with_a_message) {
+  m_Records.plates.resize(2);
+  TemplateImport import = BeginTemplateImport({m_Host.m_Store, m_Host.m_Text, m_Host.m_Application},
+                                              L"Crown Trophy XML");
+  import.cancelled = true;
+  import.unicodeLost = true;
+  BuildCr2(import, m_Records);
+  EXPECT_EQ(Calls().Text(),
+            PlateMade() + "AddPaneToPlateObject(#2)\nDBGetObjectElement(#2)\nP1 gives pane 1\n" +
+                End() + "MessageBoxW(\"Import cancelled!\", \"Crown Trophy XML\", 16)\n");
+}
+
+TEST_F(Cr2Build, lost_characters_are_named_in_a_message_at_the_end) {
+  TemplateImport import = BeginTemplateImport({m_Host.m_Store, m_Host.m_Text, m_Host.m_Application},
+                                              L"Crown Trophy XML");
+  import.unicodeLost = true;
+  BuildCr2(import, m_Records);
+  EXPECT_EQ(Calls().All().back(),
+            "MessageBoxW(\"Unicode character(s) encountered which\\ncannot be displayed "
+            "properly\\n\\nThese will be displayed as question marks (?)\", \"Crown Trophy XML\", "
+            "48)");
+}
+
 /// A cut line of 2 by 1 inches an inch from the lower left corner.
 class Cr2CutLine : public Cr2Build {
  protected:
@@ -454,7 +488,7 @@ class Cr2CutLine : public Cr2Build {
     m_Records.cutLine.file = m_Logo;
     m_Records.cutLine.placement = Place();
   }
-  /// The load, with the host told that it is one of a cut line.
+  /// The load, for which the host expects a cut line.
   std::string CutLineLoad(const Names& brought) const {
     std::string text = Load(brought, 1);
     const std::size_t load = text.find("LoadTHZ");
