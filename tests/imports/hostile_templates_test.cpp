@@ -3,14 +3,17 @@
 
 #include <sys/stat.h>
 
-#include <cmath>
+#include <filesystem>
 
 #include "rastrel/imports/bright_star_xml_import.h"
 #include "rastrel/imports/cro_file_import.h"
 #include "rastrel/imports/llx_file_import.h"
+#include "rastrel/platform/os/path.h"
 #include "tests/imports/template_fixture.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr std::string_view Cro =
     "<?xml version='1.0'?><ENGRAVINGTEMPLATE><METRIC yes='1'/><DRIVER>D<Setting Header='a'"
@@ -167,6 +170,21 @@ TEST_F(HostileTemplates, files_of_other_kinds_are_refused_and_never_waited_for) 
     EXPECT_FALSE(CCROFileImport(m_Scratch.Wide(name).c_str(), nullptr).m_bParsed) << name;
   EXPECT_FALSE(CLLXFileImport(m_Scratch.Wide("pipe.llx").c_str(), nullptr).m_bParsed);
   EXPECT_EQ(CBrightStarXMLImport(m_Scratch.Wide("pipe.xml").c_str()).ImportXMLFile(), 0);
+}
+
+TEST_F(HostileTemplates, documents_that_were_made_to_break_parsers_give_no_records) {
+  const std::string told = rastrel::os::EnvironmentValue("RASTREL_TEST_CORPUS");
+  const fs::path corpus =
+      told.empty() ? fs::path(RASTREL_SOURCE_DIR).parent_path() / "shared/corpus" : fs::path(told);
+  if (!fs::is_directory(corpus / "xml-hostile")) GTEST_SKIP() << "no corpus beside the sources";
+  for (const auto& entry : fs::directory_iterator(corpus / "xml-hostile")) {
+    const std::wstring path = rastrel::os::FromNative(entry.path().string());
+    // None of them is a template, whatever the repair makes of it.
+    EXPECT_FALSE(CCROFileImport(path.c_str(), nullptr).m_bParsed) << entry.path();
+    CBrightStarXMLImport brightStar(path.c_str());
+    EXPECT_EQ(brightStar.GetFirstPlate(), nullptr) << entry.path();
+    EXPECT_EQ(brightStar.ImportXMLFile(), 0) << entry.path();
+  }
 }
 
 TEST_F(HostileTemplates, numbers_beyond_all_measure_reach_the_host_as_they_are) {
