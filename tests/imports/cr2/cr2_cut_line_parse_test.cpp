@@ -183,6 +183,16 @@ TEST_F(Cr2CutLineParse, a_link_of_the_drawing_s_name_is_not_followed) {
   EXPECT_EQ(m_Scratch.Read("letter.txt"), "Dear customer");
 }
 
+TEST_F(Cr2CutLineParse, a_link_in_the_present_directory_is_not_followed_either) {
+  const PresentDirectory here(m_Scratch.Path());
+  m_Scratch.Write("a.cr2", Text(WithDrawing(Drawing)));
+  m_Scratch.Write("letter.txt", "Dear customer");
+  std::filesystem::create_symlink("letter.txt", m_Scratch.Path("cutline.svg"));
+  EXPECT_TRUE(ParsePath(L"a.cr2"));
+  ExpectInImportDirectory();
+  EXPECT_EQ(m_Scratch.Read("letter.txt"), "Dear customer");
+}
+
 TEST_F(Cr2CutLineParse, a_pipe_of_the_drawing_s_name_is_not_waited_for) {
   ASSERT_EQ(::mkfifo(m_Scratch.Path("cutline.svg").c_str(), 0600), 0);
   EXPECT_TRUE(Parse(WithDrawing(Drawing)));
