@@ -111,7 +111,7 @@ void CroLayout::SetBlank(const PlateSize& size) {
   m_Document.SetBlank(blank);
 }
 
-// A later one wins in what it gives.
+// A later one wins where it has a value.
 void CroLayout::AddStyle(LineStyles& styles, const CROTextOverride& text, double unit) {
   LineRequest& style = styles[std::max(text.line, 0)];
   if (!text.font.empty()) style.font = text.font;

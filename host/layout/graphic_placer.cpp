@@ -1,12 +1,10 @@
 #include "host/layout/graphic_placer.h"
 
-#include <utility>
 #include <variant>
 
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "rastrel/platform/host/application.h"
-#include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::layout {
@@ -22,7 +20,6 @@ struct GraphicPlacer::Copy {
 };
 
 struct GraphicPlacer::Graphic {
-  std::vector<ObjectHandle> loaded;  // the objects themselves, without a place, until one is placed
   std::vector<Copy> copies;
   BOUNDS bounds;
   std::size_t weight = 0;  // points, with those that the objects count as
@@ -51,33 +48,29 @@ Copy CopyOf(const Document& document, ObjectHandle handle, std::size_t& weight) 
   return copy;
 }
 
-// An object like the copied one, without a place; 0 if the document is full.
+// The attributes of an object in its place on a plate.
+document::Attributes Placed(document::Attributes attributes, const TM& place,
+                            const PlacedPlate& plate) {
+  attributes.matrix = Composed(attributes.matrix, place);
+  attributes.pages = {plate.page, plate.page};
+  attributes.sheetLayer = plate.sheetLayer;
+  attributes.traits |= DBTRAIT_IN_DOCUMENT;
+  attributes.traits &= ~DBTRAIT_SELECTED;
+  return attributes;
+}
+
+// An object like the copied one, in its place on a plate, which is in neither document nor group;
+// 0 if the document is full. It is made with all its attributes: editing it would keep another copy
+// of it for undoing.
 template <typename Copy>
-ObjectHandle NewObject(Document& document, const Copy& copy) {
-  const ObjectHandle handle = document.Create(copy.object.shape, copy.object.attributes);
+ObjectHandle NewObject(Document& document, const Copy& copy, const TM& place,
+                       const PlacedPlate& plate) {
+  const ObjectHandle handle =
+      document.Create(copy.object.shape, Placed(copy.object.attributes, place, plate));
   for (const Copy& member : copy.members) {
-    if (!document.Insert(NewObject(document, member), handle)) return 0;
+    if (!document.Insert(NewObject(document, member, place, plate), handle)) return 0;
   }
   return handle;
-}
-
-// One object of several, which have no place. 0 if groups would be too deep.
-ObjectHandle Grouped(Document& document, const std::vector<ObjectHandle>& objects) {
-  if (objects.size() == 1) return objects.front();
-  const ObjectHandle group = document.Create(document::GroupShape());
-  for (const ObjectHandle object : objects) {
-    if (!document.Insert(object, group)) return 0;
-  }
-  return group;
-}
-
-void PutOn(Document& document, ObjectHandle handle, const PlacedPlate& plate) {
-  for (const ObjectHandle member : std::vector<ObjectHandle>(document.Members(handle))) {
-    PutOn(document, member, plate);
-  }
-  document.SetPages(handle, {plate.page, plate.page});
-  document.SetSheetLayer(handle, plate.sheetLayer);
-  document.Edit(handle)->attributes.traits |= DBTRAIT_IN_DOCUMENT;
 }
 
 }  // namespace
@@ -99,16 +92,14 @@ void GraphicPlacer::Read(const std::wstring& file, Graphic& graphic) {
   Document& document = m_Host.GetDocument();
   document.DeselectAll();
   if (m_Host.GetApplication()->LoadTHZ(nullptr, nullptr, path->c_str(), 1, 1) == 0) return;
-  graphic.loaded = document.Selection();
-  graphic.bounds = document.Bounds(graphic.loaded);
+  const std::vector<ObjectHandle> loaded = document.Selection();
+  graphic.bounds = document.Bounds(loaded);
   document.DeselectAll();
-  for (const ObjectHandle handle : graphic.loaded) {
+  for (const ObjectHandle handle : loaded) {
     graphic.copies.push_back(CopyOf<Copy>(document, handle, graphic.weight));
   }
-  // They have no place until a plate has one for them. The last first: that is found at once.
-  for (auto last = graphic.loaded.rbegin(); last != graphic.loaded.rend(); ++last) {
-    document.Remove(*last);
-  }
+  // Each place gets objects of its own. The last is taken out first: that one is found at once.
+  for (auto last = loaded.rbegin(); last != loaded.rend(); ++last) document.Remove(*last);
 }
 
 GraphicPlacer::Graphic& GraphicPlacer::Load(const std::wstring& file) {
@@ -120,8 +111,9 @@ GraphicPlacer::Graphic& GraphicPlacer::Load(const std::wstring& file) {
   return *graphic;
 }
 
-// A few words of a template must not ask for a document that no memory holds.
+// A short template must not ask for a document that no memory holds.
 bool GraphicPlacer::TakeRoom(const Graphic& graphic, const Request& request) {
+  if (m_IsFull) return false;
   if (graphic.weight <= m_Room) {
     m_Room -= graphic.weight;
     return true;
@@ -129,41 +121,39 @@ bool GraphicPlacer::TakeRoom(const Graphic& graphic, const Request& request) {
   m_Host.GetNotices().AddLoss(request.title +
                               L" and others after it: the graphics of all plates have more than " +
                               std::to_wstring(MaximumGraphicPoints) + L" points");
-  m_Room = 0;
+  m_IsFull = true;
   return false;
 }
 
-// The loaded objects for the first place, and copies for the others, as one object without a place.
-ObjectHandle GraphicPlacer::NewInstance(Graphic& graphic) {
+// The objects of a graphic as one object of the document; 0 if that can't take it.
+ObjectHandle GraphicPlacer::Insert(const Graphic& graphic, const TM& place,
+                                   const PlacedPlate& plate) {
   Document& document = m_Host.GetDocument();
-  std::vector<ObjectHandle> objects = std::exchange(graphic.loaded, {});
-  if (objects.empty()) {
+  ObjectHandle object = 0;
+  if (graphic.copies.size() == 1) {
+    object = NewObject(document, graphic.copies.front(), place, plate);
+  } else {
+    object = document.Create(document::GroupShape(), Placed({}, TM(), plate));
     for (const Copy& copy : graphic.copies) {
-      objects.push_back(NewObject(document, copy));
-      if (objects.back() == 0) return 0;
+      if (!document.Insert(NewObject(document, copy, place, plate), object)) return 0;
     }
   }
-  return Grouped(document, objects);
+  return document.Insert(object, host::DocumentRoot) ? object : 0;
 }
 
 void GraphicPlacer::Place(const Request& request, const PlacedPlate& plate) {
-  Graphic& graphic = Load(request.file);
+  const Graphic& graphic = Load(request.file);
   if (graphic.copies.empty()) return;
-  document::Notices& notices = m_Host.GetNotices();
   if (!IsPlacement(request.placement)) {
-    notices.AddLoss(request.title + L": its place or size is none that a plate could have");
+    m_Host.GetNotices().AddLoss(request.title +
+                                L": its place or size is none that a plate could have");
     return;
   }
-  if (m_Room == 0 || !TakeRoom(graphic, request)) return;
-  Document& document = m_Host.GetDocument();
-  const ObjectHandle object = NewInstance(graphic);
-  if (object == 0 || !document.Insert(object, host::DocumentRoot)) {
-    notices.AddLoss(request.title + L": the document has no room for its objects");
-    return;
-  }
+  if (!TakeRoom(graphic, request)) return;
   const TM placed = TmOf(request.placement, request.frame, graphic.bounds);
-  m_Host.GetObjectStore()->DBApplyTM(object, Composed(placed, request.turn));
-  PutOn(document, object, plate);
+  if (Insert(graphic, Composed(placed, request.turn), plate) == 0) {
+    m_Host.GetNotices().AddLoss(request.title + L": the document has no room for its objects");
+  }
 }
 
 }  // namespace rastrel::layout

@@ -41,12 +41,13 @@ class GraphicPlacer {
   Graphic& Load(const std::wstring& file);
   void Read(const std::wstring& file, Graphic& graphic);
   [[nodiscard]] bool TakeRoom(const Graphic& graphic, const Request& request);
-  [[nodiscard]] document::ObjectHandle NewInstance(Graphic& graphic);
+  document::ObjectHandle Insert(const Graphic& graphic, const TM& place, const PlacedPlate& plate);
 
   document::DocumentHost& m_Host;
   const FileResolver& m_Resolve;
   std::unordered_map<std::wstring, std::unique_ptr<Graphic>> m_Graphics;  // by their names
   std::size_t m_Room = MaximumGraphicPoints;
+  bool m_IsFull = false;
 };
 
 }  // namespace rastrel::layout

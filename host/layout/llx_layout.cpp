@@ -22,7 +22,7 @@ using host::CentimetresPerInch;
 
 namespace {
 
-// Codes that stand for one that the file does not give.
+// Codes in place of one that the file lacks.
 constexpr std::int32_t PlateOrigin = 7;
 constexpr std::int32_t GraphicOrigin = 5;
 
@@ -134,7 +134,7 @@ void LlxLayout::TellSqueezed(const document::ArcTextShape& shape, const std::wst
                           L" cm long and its circle " +
                           Wide(MeasureText(run.width * run.scaleX * CentimetresPerPoint)) +
                           L" cm: its letters are squeezed to " +
-                          Wide(MeasureText(std::round(run.scaleX * 100))) +
+                          Wide(MeasureText(std::round(run.scaleX * 1000) / 10)) +
                           L" percent of their width");
 }
 

@@ -29,7 +29,7 @@ std::wstring Centimetres(double points) {
   return os::WideFromUtf8(document::MeasureText(points * CentimetresPerPoint)) + L" cm";
 }
 std::wstring Percent(double factor) {
-  return std::to_wstring(std::lround(factor * 100)) + L" percent";
+  return os::WideFromUtf8(document::MeasureText(std::round(factor * 1000) / 10)) + L" percent";
 }
 
 }  // namespace
@@ -64,10 +64,12 @@ TextShape PlateText::Set(const std::vector<LineRequest>& lines, TemplateFonts& f
   paragraph.lineFit = LINEFIT_EACH_LINE;
   paragraph.fit = FitWhenFrameChanges;
   paragraph.frameMode = FrameHoldsText;
-  paragraph.leftMargin = paragraph.rightMargin = host::TextFromWorld(m_Margin);
+  const double width = m_Frame.right - m_Frame.left;
+  const double side = std::max(m_Margin, width * SideMargin);
+  paragraph.leftMargin = paragraph.rightMargin = host::TextFromWorld(side);
   paragraph.topMargin = paragraph.bottomMargin = host::TextFromWorld(m_Margin);
-  const double perMille = m_Margin / (m_Frame.right - m_Frame.left) * 1000;
-  paragraph.leftPercent = paragraph.rightPercent = static_cast<int>(std::lround(perMille));
+  paragraph.leftPercent = paragraph.rightPercent =
+      static_cast<int>(std::lround(side / width * 1000));
   text.lineMode = LinesAsBlock;
   text.justifyMode = JustifiedWithinMargins;
   const double share = ShareOf(lines);

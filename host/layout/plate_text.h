@@ -20,13 +20,17 @@ struct LineRequest {
 /// between lines.
 inline constexpr double LineHeight = 1.2;
 
+/// The least room at the left and the right of a plate's text, as a part of the frame's width: no
+/// letter touches the plate's edge.
+inline constexpr double SideMargin = 0.05;
+
 /// Sets lines below each other in a frame, centered, as one text. Lines with a height of their own
-/// take LineHeight of it; the others share what is left of the frame's height less a margin at its
+/// take LineHeight of it; the others share the rest of the frame's height less a margin at its
 /// top and bottom, in equal parts, and their letters are as high as that permits. With `spread`
 /// lines that leave room, since all have heights, have it between and round them; otherwise they
-/// are a block in the middle. The margin is kept at the sides, too: a line that is wider than the
-/// room between them is squeezed. Lines that need more height than there is are made smaller
-/// together. Lengths are world units.
+/// are a block in the middle. The margin, or SideMargin if that is more, is kept at the sides, too:
+/// a line that is wider than the room between them is squeezed. Lines that need more height than
+/// there is are made smaller together. Lengths are world units.
 class PlateText {
  public:
   PlateText(const CWorldRect& frame, double margin, bool spread);

@@ -74,7 +74,12 @@ Expected<std::vector<PlacedPlate>> AddPlates(Document& document, document::Notic
   shape.fromBottom = document.Blank().origin == 7;
   shape.start = document::StartOnEmptyPage(document.Blank(), shape.margins, shape.fromBottom);
   shape.placed = true;
-  if (auto fits = document::CheckPaneFits(document.Blank(), shape); !fits) return fits.Error();
+  const document::SignBlank& blank = document.Blank();
+  if (document::Capacity(shape, blank) == 0) {
+    return FailureOf("a plate of " + document::SizeText(width, height) +
+                     " does not fit on the blank of " +
+                     document::SizeText(blank.width, blank.height));
+  }
   if (count > static_cast<std::size_t>(document::MaximumPanes)) {
     return FailureOf("the template has " + std::to_string(count) +
                      " plates, and a document holds " + std::to_string(document::MaximumPanes));

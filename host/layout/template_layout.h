@@ -35,8 +35,8 @@ inline constexpr int MaximumGraphicPoints = 8'000'000;
 /// the plates on pages after them. The page on show and the selection are those before the call,
 /// but that nothing stays selected.
 ///
-/// What is left out, replaced or squeezed is in the host's notices. Fails, with nothing added, if
-/// the file was refused, has no plates, or if a plate does not fit on the blank.
+/// The host's notices name all that is left out, replaced or squeezed. Fails, with nothing added,
+/// if the file was refused, has no plates, or if a plate does not fit on the blank.
 [[nodiscard]] Expected<void> ImportCro(const CCROFileImport& file, document::DocumentHost& host,
                                        const FileResolver& resolve);
 

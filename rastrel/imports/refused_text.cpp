@@ -48,9 +48,9 @@ std::wstring RepairText(std::wstring text, std::span<const ReferenceRewrite> rew
 XmlNode LoadRepairableXmlFile(std::wstring_view path, const RepairRules& rules) {
   XmlNode root = LoadXmlFile(path);
   if (root) return root;
-  const std::wstring text = DecodedFile(path, rules);
+  std::wstring text = DecodedFile(path, rules);
   if (text.empty()) return {};
-  root = LoadXmlString(RepairText(text, rules.rewrites));
+  root = LoadXmlString(RepairText(std::move(text), rules.rewrites));
   if (root) static_cast<void>(xml::TakeXmlFailure());
   return root;
 }

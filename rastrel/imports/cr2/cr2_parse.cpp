@@ -130,19 +130,11 @@ void Cr2Reader::ParseColorFilters(const XmlNode& node) {
   });
 }
 
-/// References to characters that only HTML names, and two that a decoder may have left as they
-/// were.
-constexpr std::array<ReferenceRewrite, 4> Rewrites{
-    {{L"&trade;", L"&#8482;"}, {L"&copy;", L"&#169;"}, {L"&lt;", L"&#60;"}, {L"&amp;", L"&#38;"}}};
-
-constexpr RepairRules Repair{
-    .settingsSection = L"impcr2", .defaultCodePage = 65001, .rewrites = Rewrites};
-
 }  // namespace
 
 bool ParseCr2File(const wchar_t* path, Cr2Document& document) {
   if (!IsTemplatePath(path, FirstGeneration.extension)) return false;
-  const XmlNode root = LoadRepairableXmlFile(path, Repair);
+  const XmlNode root = LoadRepairableXmlFile(path, Cr2Repair);
   if (!NodeNameIs(root, L"engraving_template"sv)) return true;
   return Cr2Reader(path, document).ParseRoot(root);
 }
