@@ -44,7 +44,7 @@ inline constexpr int DeepestGroup = 64;
 ///
 /// While a step is open every change is kept, so that it can be undone. The last HistoryDepth steps
 /// are kept. An insertion that is not kept, as while the history is switched off, leaves the steps
-/// before it alone if it adds a new object at the document's end, and ends what could be done
+/// before it alone if it adds a new object at the document's end, and ends the steps to be done
 /// again. Any other insertion and any removal that is not kept makes the document forget its
 /// history, whose places are then no longer right.
 class Document {

@@ -162,6 +162,8 @@ FontCatalog::FontCatalog(document::Notices& notices)
 FontCatalog::~FontCatalog() = default;
 
 bool FontCatalog::Has(int type, const std::wstring& name) const {
+  const auto known = m_Fonts.find({type, name});
+  if (known != m_Fonts.end()) return known->second->replacement.empty();
   return !FaceOf(type, name).replaced;
 }
 
@@ -183,12 +185,15 @@ FontFace FontCatalog::FaceOf(int type, const std::wstring& name,
 
 const Font* FontCatalog::Get(int type, const std::wstring& name) {
   std::unique_ptr<Font>& font = m_Fonts[{type, name}];
+  // Asked for every line of a template: looked up again only if a choice may have changed it.
+  if (font && font->choices == m_Choices) return font.get();
   if (!font) {
     font = std::make_unique<Font>();
     font->id = static_cast<std::uint16_t>(m_Fonts.size());
     font->name = name;
     font->type = type;
   }
+  font->choices = m_Choices;
   const FontFace face = FaceOf(type, name);
   if (!face.replaced) return font.get();
   const auto chosen = m_Chosen.find(Plain(os::Utf8FromWide(name)));
@@ -203,6 +208,7 @@ Expected<void> FontCatalog::Replace(const std::wstring& name, const std::wstring
                      "\" is not on this machine");
   }
   m_Chosen[Plain(os::Utf8FromWide(name))] = replacement;
+  ++m_Choices;
   return {};
 }
 

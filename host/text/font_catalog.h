@@ -17,6 +17,7 @@ struct Font : FontRecord {
   std::wstring name;         ///< as it was asked for: a file's name without extension, or a family
   int type = 2;              ///< as it was asked for, a host::FontType
   std::wstring replacement;  ///< the font in place of one that is missing, by name; else empty
+  std::size_t choices = 0;   ///< how many replacements had been chosen when this one was looked up
 };
 
 /// The family that replaces a missing font that nothing else was chosen for. It has a picture for
@@ -75,6 +76,7 @@ class FontCatalog {
   std::unique_ptr<Index> m_Index;
   std::map<std::pair<int, std::wstring>, std::unique_ptr<Font>> m_Fonts;
   std::map<std::string, std::wstring> m_Chosen;  // by the plain name
+  std::size_t m_Choices = 1;                     // 1 and how many times one was chosen
 };
 
 }  // namespace rastrel::text

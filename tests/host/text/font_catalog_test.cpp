@@ -86,6 +86,18 @@ TEST_F(FontCatalogTest, a_font_that_was_chosen_replaces_a_missing_one_in_any_spe
   EXPECT_FALSE(Face(L"DejaVuSans").replaced);
 }
 
+TEST_F(FontCatalogTest, a_choice_changes_the_fonts_that_were_asked_for_before) {
+  const Font* missing = m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"No Such Font");
+  const Font* there = m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"DejaVuSans");
+  ASSERT_TRUE(m_Fonts.Replace(L"no such font", L"DejaVu Serif"));
+  EXPECT_EQ(m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"No Such Font"), missing);
+  EXPECT_EQ(missing->replacement, L"DejaVu Serif");
+  EXPECT_FALSE(m_Fonts.Has(host::FONTTYPE_TRUETYPE, L"No Such Font"));
+  EXPECT_EQ(m_Fonts.Get(host::FONTTYPE_TRUETYPE, L"DejaVuSans"), there);
+  EXPECT_EQ(there->replacement, L"");
+  EXPECT_TRUE(m_Fonts.Has(host::FONTTYPE_TRUETYPE, L"DejaVuSans"));
+}
+
 TEST_F(FontCatalogTest, a_replacement_that_is_missing_too_is_refused) {
   const auto refused = m_Fonts.Replace(L"No Such Font", L"None Either");
   ASSERT_FALSE(refused);

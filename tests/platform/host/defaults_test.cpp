@@ -45,6 +45,29 @@ TEST(HostDefaults, the_views_of_dialogs_are_the_same_in_each_call) {
   EXPECT_EQ(&bare.GetDialogViews(), &bare.GetDialogViews());
 }
 
+class BareDialog : public host::DialogLogic {
+ public:
+  const host::DialogResource& GetResource() const override { return m_Resource; }
+  CWnd* GetParent() const override { return nullptr; }
+  HANDLE GetPostedHandle() const override { return INVALID_HANDLE_VALUE; }
+  std::size_t HandleMessages() override { return 0; }
+  void Command(int) override {}
+  bool HasEnded() const override { return true; }
+  bool MayEndByItself() const override { return false; }
+
+ private:
+  host::DialogResource m_Resource{1, L"", {}};
+};
+
+TEST(HostDefaults, nobody_answers_a_question_and_a_dialog_has_no_lists) {
+  rastrel::test::TestHost bare;
+  EXPECT_FALSE(bare.GetDialogViews().CanAsk());
+  BareDialog dialog;
+  dialog.Choose(1, 5);
+  EXPECT_TRUE(dialog.GetEntries(1).empty());
+  EXPECT_EQ(dialog.GetChosen(1), 0U);
+}
+
 TEST(GenericItemDefaults, an_item_has_no_picture_and_an_element_no_text) {
   EXPECT_EQ(BareItem().CreatePreviewBmp(L"/a.bmp"), 0);
   EXPECT_EQ(BareElement().GetParagraph(), nullptr);
