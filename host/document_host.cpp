@@ -22,10 +22,11 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices) {
-    application.SetGraphicLoader([this](const std::wstring& path) {
-      return graphics::LoadGraphic(*document, notices, path);
-    });
+        graphics(*document, notices),
+        loader(*document, notices) {
+    store.ReportTo(&notices);
+    application.SetGraphicLoader(
+        [this](const std::wstring& path, bool cutLine) { return loader.Load(path, cutLine); });
   }
 
   Notices notices;
@@ -35,6 +36,7 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   graphics::NativeGraphics graphics;
+  graphics::GraphicLoader loader;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}

@@ -21,9 +21,9 @@ inline constexpr double LargestDrillDiameter = 100;
 /// points and messages. Its loader of graphics is set from outside.
 class DocumentApplication : public host::Application {
  public:
-  /// Loads a file at a path, adds its objects to the document and selects them; non-zero for
-  /// success.
-  using LoadGraphic = std::function<int(const std::wstring& path)>;
+  /// Loads a file at a path, or a cut line, adds its objects to the document and selects them;
+  /// non-zero for success.
+  using LoadGraphic = std::function<int(const std::wstring& path, bool cutLine)>;
 
   /// All must outlive the application.
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
@@ -65,6 +65,7 @@ class DocumentApplication : public host::Application {
 
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
@@ -77,6 +78,7 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  bool m_ExpectsCutLine = false;
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off
