@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
-#include <regex>
 #include <span>
 #include <vector>
 
@@ -25,16 +24,19 @@ std::string Bytes(const xmlChar* text) {
   return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
 }
 
-std::string Trimmed(const std::string& text) {
-  static const std::regex ends("^[ \t\r\n]+|[ \t\r\n]+$");
-  return std::regex_replace(text, ends, "");
+std::string Trimmed(std::string text) {
+  constexpr std::string_view whitespace = " \t\r\n";
+  while (!text.empty() && whitespace.find(text.back()) != std::string_view::npos) text.pop_back();
+  while (!text.empty() && whitespace.find(text.front()) != std::string_view::npos) text.erase(0, 1);
+  return text;
 }
 
 std::string Joined(Node node) {
   if (node->type == XML_CDATA_SECTION_NODE) return Bytes(node->content);
   if (node->type == XML_TEXT_NODE) {
-    const std::string text = Bytes(node->content);
-    return Trimmed(text).empty() ? "" : text;
+    std::string text = Bytes(node->content);
+    if (Trimmed(text).empty()) text.clear();
+    return text;
   }
   std::string text;
   if (node->type == XML_ELEMENT_NODE)
@@ -49,7 +51,7 @@ std::string Attribute(Node node, std::string_view name) {
        attribute = attribute->next) {
     if (attribute->ns != nullptr || Bytes(attribute->name) != name) continue;
     xmlChar* const value = xmlNodeListGetString(node->doc, attribute->children, 1);
-    const std::string text = Bytes(value);
+    std::string text = Bytes(value);
     xmlFree(value);
     return text;
   }
@@ -78,21 +80,37 @@ std::string LastText(const std::vector<Node>& nodes) {
 
 std::string LastText(Node node, const Path& path) { return LastText(All(node, path)); }
 
-double Number(const std::string& text) {
-  static const std::regex form(
-      "^[ \t\n\v\f\r]*([+-]?([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][+-]?[0-9]+)?)");
-  std::smatch found;
-  return std::regex_search(text, found, form) ? std::strtod(found[1].str().c_str(), nullptr) : 0;
+/// A text without the whitespace and the sign at its start, and the sign as a factor.
+double TakeSign(std::string& text) {
+  constexpr std::string_view whitespace = " \t\n\v\f\r";
+  while (!text.empty() && whitespace.find(text.front()) != std::string_view::npos) text.erase(0, 1);
+  const bool isSigned = text.starts_with('-') || text.starts_with('+');
+  const double sign = text.starts_with('-') ? -1 : 1;
+  if (isSigned) text.erase(0, 1);
+  return sign;
+}
+
+bool IsDigitAt(const std::string& text, std::size_t place) {
+  return place < text.size() && text[place] >= '0' && text[place] <= '9';
+}
+
+/// The number that a text begins with. Names of numbers and hexadecimal ones never reach strtod.
+double Number(std::string text) {
+  const double sign = TakeSign(text);
+  const bool isNumber = IsDigitAt(text, 0) || (text.starts_with('.') && IsDigitAt(text, 1));
+  if (!isNumber) return 0;
+  if (text.starts_with("0x") || text.starts_with("0X")) return 0;
+  return sign * std::strtod(text.c_str(), nullptr);
 }
 
 float Single(const std::string& text) { return static_cast<float>(Number(text)); }
 
-int Whole(const std::string& text) {
-  static const std::regex form("^[ \t\n\v\f\r]*([+-]?[0-9]+)");
-  std::smatch found;
-  if (!std::regex_search(text, found, form)) return 0;
-  const double value = std::strtod(found[1].str().c_str(), nullptr);
-  return static_cast<int>(std::clamp(value, -2147483648.0, 2147483647.0));
+int Whole(std::string text) {
+  const double sign = TakeSign(text);
+  double value = 0;
+  for (std::size_t place = 0; IsDigitAt(text, place); ++place)
+    value = std::min(value * 10 + (text[place] - '0'), 1e12);
+  return static_cast<int>(std::clamp(sign * value, -2147483648.0, 2147483647.0));
 }
 
 std::string Line(std::string_view name, const std::string& value) {
