@@ -6,8 +6,8 @@
 #include "rastrel/platform/values/world.h"
 
 /// Where the frames of a template of the first generation (cr2) are on a pane. Lengths are world
-/// units unless a comment says inches. The asymmetries of the table are what templates are drawn
-/// for: they must stay.
+/// units unless a comment says inches. Templates are drawn for the asymmetries of
+/// the table: they must stay.
 namespace rastrel::imports {
 
 /// The placement of a frame or of a cut line in world units: the template's left and top margin are

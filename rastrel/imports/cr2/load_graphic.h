@@ -13,7 +13,7 @@
 /// object's sheet layer and no longer selected.
 namespace rastrel::imports {
 
-/// What a loaded file is for.
+/// The purposes of a loaded file.
 enum class LoadPurpose {
   Graphic,
   CutLine,  ///< the host is asked not to fill paths without a fill

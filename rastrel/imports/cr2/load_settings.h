@@ -18,7 +18,7 @@ struct LoadSetting {
 /// The settings of one generation of templates.
 struct LoadSettings {
   std::span<const LoadSetting> settings;
-  bool switchesHistoryOff;  ///< what a load does is not kept for undoing
+  bool switchesHistoryOff;  ///< loads are not kept for undoing
 };
 
 /// Of the first generation (cr2): sheet layers, pages and groups of a file stay apart, text comes

@@ -17,7 +17,7 @@ struct TemplateImport {
   std::unique_ptr<CFontReplacement> replacements = nullptr;  ///< null: the host has none
   bool cancelled = false;            ///< the user refused a replacement: no further plate is built
   bool unicodeLost = false;          ///< a character could not be kept
-  std::set<std::wstring> missing{};  ///< what the log already says that the host lacks
+  std::set<std::wstring> missing{};  ///< lacks of the host in the log already
 
   /// Writes to the application log, once an import, that the host lacks something: "[Import] the
   /// host " and then `lack`.

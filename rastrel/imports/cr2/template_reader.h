@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "rastrel/imports/cr2/cr2_dialect.h"
 #include "rastrel/imports/cr2/cr2_document.h"

@@ -488,7 +488,7 @@ class Cr2CutLine : public Cr2Build {
     m_Records.cutLine.file = m_Logo;
     m_Records.cutLine.placement = Place();
   }
-  /// The load, with the host told that it is one of a cut line.
+  /// The load, for which the host expects a cut line.
   std::string CutLineLoad(const Names& brought) const {
     std::string text = Load(brought, 1);
     const std::size_t load = text.find("LoadTHZ");

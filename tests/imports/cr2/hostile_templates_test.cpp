@@ -1,7 +1,9 @@
 // Templates of both generations that are broken, huge or made to do harm.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -153,6 +155,24 @@ TEST_F(HostileTemplates, a_face_of_10_megabytes_is_refused) {
   EXPECT_TRUE(m_Document.plates.empty());
   EXPECT_NE(Refusal(), "");
   EXPECT_FALSE(Zml(text));
+}
+
+TEST_F(HostileTemplates, a_path_that_is_no_file_is_a_template_without_records) {
+  const auto isEmpty = [&](const std::string& name) {
+    m_Document = {};
+    const bool cr2 = ParseCr2File(m_Memory.Wide(name + ".cr2").c_str(), m_Document);
+    ZmlFile file;
+    const bool zml = ParseZmlFile(m_Memory.Wide(name + ".zml").c_str(), m_Document, file);
+    return cr2 && !zml && m_Document.tableSize.placement.origin == 0;
+  };
+  for (const char* extension : {".cr2", ".zml"}) {
+    std::filesystem::create_directory(m_Memory.Path(std::string("folder") + extension));
+    ASSERT_EQ(::mkfifo(m_Memory.Path(std::string("pipe") + extension).c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/zero", m_Memory.Path(std::string("device") + extension));
+  }
+  EXPECT_TRUE(isEmpty("folder"));
+  EXPECT_TRUE(isEmpty("pipe"));
+  EXPECT_TRUE(isEmpty("device"));
 }
 
 /// A million characters in each of 16 lines are the limit, and `characters` more or less.
