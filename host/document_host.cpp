@@ -61,10 +61,11 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices, door) {
-    application.SetGraphicLoader([this](const std::wstring& path) {
-      if (!door.LetsIn(path)) return 0;
-      return graphics::LoadGraphic(*document, notices, path);
+        graphics(*document, notices, door),
+        loader(*document, notices) {
+    store.ReportTo(&notices);
+    application.SetGraphicLoader([this](const std::wstring& path, bool cutLine) {
+      return door.LetsIn(path) ? loader.Load(path, cutLine) : 0;
     });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
@@ -80,6 +81,7 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   GuardedGraphics graphics;
+  graphics::GraphicLoader loader;
   host::DialogViews* views = nullptr;
 };
 
