@@ -28,7 +28,7 @@ struct RowReport {
   std::vector<int> pages;
   std::vector<OverflowedText> overflowed;
   std::vector<std::string> missingValues;  ///< headings of fields without a value
-  std::vector<std::string> missingFonts;   ///< fonts that others stand in for
+  std::vector<std::string> missingFonts;   ///< fonts in whose place others are used
   std::vector<std::string> notes;          ///< other sentences, without full stops
 
   [[nodiscard]] bool IsBad() const {

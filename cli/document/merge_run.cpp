@@ -141,7 +141,7 @@ class MergeRun {
     return all;
   }
 
-  // Puts a row's document on the next pages of the whole.
+  // Puts a row's document, which has one page, on the next page of the whole.
   void Append(OpenedFile& one, bool first, document::DocumentHost& whole, RowReport& report) {
     const document::Document& source = one.host->GetDocument();
     document::Document& target = whole.GetDocument();
@@ -157,15 +157,9 @@ class MergeRun {
                                  L": its blank is not that of the first row");
       return;
     }
-    const int pages = std::max(source.HighestPage(), 1);
-    for (const host::ObjectHandle copy : graphics::CopyObjects(source, target)) {
-      VK_PAGE_RANGE range = target.Find(copy)->attributes.pages;
-      range.first += m_Pages;
-      range.last += m_Pages;
-      target.SetPages(copy, range);
-    }
-    for (int page = 1; page <= pages; ++page) report.pages.push_back(m_Pages + page);
-    m_Pages += pages;
+    ++m_Pages;
+    static_cast<void>(graphics::CopyObjects(source, target, m_Pages));
+    report.pages.push_back(m_Pages);
     report.placed = true;
   }
 

@@ -20,7 +20,7 @@ namespace rastrel::cli {
 ///     <PLATE>..{Name}..</PLATE>
 ///     </ENGRAVINGTEMPLATE></ABB>             after, once
 ///
-/// All plates of a template are repeated for each row, and those of one row stand together. An
+/// All plates of a template are repeated for each row, and those of one row come together. An
 /// entry for a graphic (`graphic_location` of Crown Trophy, `TEMPLATEGRAPHIC` of cro) that has
 /// fields is repeated as well, each different one once. Values are written as text: none becomes
 /// markup.

@@ -10,7 +10,7 @@
 
 namespace rastrel::cli {
 
-/// All that an import of a template passes over in silence: what its schema does not have
+/// All that an import of a template passes over in silence: elements that its schema lacks
 /// (CheckSchema), graphics and colors that are not found, fonts that are replaced, characters that
 /// are not kept, names of colors that are engraved. In the file's order. Before the import; names
 /// of files are taken from the present directory. Not for plate XML, which has CheckAbb.

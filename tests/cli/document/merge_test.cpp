@@ -199,7 +199,7 @@ TEST_F(Merge, values_of_a_spreadsheet_are_those_that_it_shows) {
   std::filesystem::copy_file(std::string(RASTREL_SOURCE_DIR) + "/examples/price-list.fods",
                              m_Command.Place().Path("prices.fods"));
   const auto shown = m_Command.Run({"merge", "badge.xml", "--data", "prices.fods"});
-  // Its headings are told, since none of them is "Name".
+  // The message lists its headings, since none of them is "Name".
   EXPECT_EQ(shown.status, 3);
   EXPECT_NE(shown.error.find("The table has the headings "), std::string::npos) << shown.error;
 }

@@ -208,6 +208,30 @@ TEST_F(ArcText, pdf_keeps_its_letters_as_text_in_their_order) {
   EXPECT_EQ(text, "YachtClub");
 }
 
+// Each letter's origin is half of its width before the middle of its foot.
+TEST_F(ArcText, pdf_has_each_letter_on_the_circle_and_along_it) {
+  Add(Arc(L"IIIIIIIIII", 75, JUSTIFY_LEFT), Colored(Red));
+  m_Directory.Write("page.pdf", Draw(ImageFormat::Pdf));
+  std::istringstream lines(Output("python3 -B '" RASTREL_SOURCE_DIR
+                                  "/tests/host/render/pdf_letters.py' '" +
+                                  m_Directory.Path("page.pdf") + "'"));
+  const double size = Size * MillimetresPerTextUnit;
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    const auto numbers = Numbers("letter " + line);
+    const double angle = (75 - (count + 0.5) * Turn()) * std::numbers::pi / 180;
+    // Outward at that angle from the top, counter-clockwise, and to the letter's right of it.
+    const Vector outward{-std::sin(angle), std::cos(angle)};
+    const Vector along{outward.y, -outward.x};
+    EXPECT_NEAR(numbers.at(0), along.x * size * 72 / 25.4, Hundredth);
+    EXPECT_NEAR(numbers.at(1), along.y * size * 72 / 25.4, Hundredth);
+    const double half = WidthOfI * size / 2;
+    EXPECT_NEAR(numbers.at(4), 100 + Radius * 10 * outward.x - half * along.x, Hundredth);
+    EXPECT_NEAR(numbers.at(5), 60 + Radius * 10 * outward.y - half * along.y, Hundredth);
+  }
+  EXPECT_EQ(count, 10);
+}
+
 TEST_F(ArcText, pdf_has_no_letters_of_outlines) {
   Add(Arc(L"Yacht Club", 0, JUSTIFY_CENTER), Colored(Red));
   ImageOptions options;
