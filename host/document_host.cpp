@@ -9,38 +9,84 @@
 #include "host/document/notices.h"
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
+#include "host/host_files.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
 
+namespace {
+
+// Lets files in that may be loaded, and makes a notice of each other one.
+class Door {
+ public:
+  explicit Door(Notices& notices) : m_Notices(notices) {}
+  void SetPolicy(DocumentHost::ReadPolicy policy) { m_Policy = std::move(policy); }
+
+  [[nodiscard]] bool LetsIn(const std::wstring& path) const {
+    if (!m_Policy) return true;
+    const auto allowed = m_Policy(path);
+    if (!allowed) m_Notices.AddLoss(path + L": " + os::WideFromUtf8(Describe(allowed.Error())));
+    return static_cast<bool>(allowed);
+  }
+
+ private:
+  Notices& m_Notices;
+  DocumentHost::ReadPolicy m_Policy;
+};
+
+class GuardedGraphics : public graphics::NativeGraphics {
+ public:
+  GuardedGraphics(Document& document, Notices& notices, const Door& door)
+      : NativeGraphics(document, notices), m_Door(door) {}
+
+  int LoadVEFile(CWnd* window, const wchar_t* path, int reserved) override {
+    if (path && !m_Door.LetsIn(path)) return 0;
+    return NativeGraphics::LoadVEFile(window, path, reserved);
+  }
+
+ private:
+  const Door& m_Door;
+};
+
+}  // namespace
+
 // Each uses those before it.
 struct DocumentHost::Parts {
-  explicit Parts(std::unique_ptr<Document> opened)
-      : document(std::move(opened)),
+  Parts(std::unique_ptr<Document> opened, host::Settings& settings)
+      : files(settings),
+        document(std::move(opened)),
         store(*document),
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices) {
+        graphics(*document, notices, door) {
     application.SetGraphicLoader([this](const std::wstring& path) {
+      if (!door.LetsIn(path)) return 0;
       return graphics::LoadGraphic(*document, notices, path);
     });
+    application.SetProgramFiles(&files);
+    text.SetDialogViews([this] { return views; });
+    application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
+  HostFiles files;
   Notices notices;
+  Door door{notices};
   std::unique_ptr<Document> document;
   DocumentStore store;
   DocumentApplication application;
   text::FontCatalog fonts;
   text::TextEngine text;
-  graphics::NativeGraphics graphics;
+  GuardedGraphics graphics;
+  host::DialogViews* views = nullptr;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
 
 DocumentHost::DocumentHost(std::unique_ptr<Document> document)
-    : m_Parts(std::make_unique<Parts>(std::move(document))) {}
+    : m_Parts(std::make_unique<Parts>(std::move(document), GetSettings())) {}
 
 DocumentHost::~DocumentHost() = default;
 
@@ -58,6 +104,18 @@ host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
+
+void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }
+host::DialogViews& DocumentHost::GetDialogViews() {
+  return m_Parts->views ? *m_Parts->views : StandaloneHost::GetDialogViews();
+}
+void DocumentHost::SetDialogViews(host::DialogViews* views) { m_Parts->views = views; }
+
+Expected<void> DocumentHost::ReplaceFont(const std::wstring& name,
+                                         const std::wstring& replacement) {
+  return m_Parts->fonts.Replace(name, replacement);
+}
+void DocumentHost::CancelMissingFonts(bool cancel) { m_Parts->text.CancelMissingFonts(cancel); }
 
 Document& DocumentHost::GetDocument() { return *m_Parts->document; }
 const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }

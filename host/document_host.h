@@ -1,11 +1,16 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/standalone/standalone_host.h"
+
+namespace rastrel::host {
+class DialogViews;
+}
 
 namespace rastrel::text {
 class FontCatalog;
@@ -44,6 +49,27 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] host::TextCompose* GetTextCompose() override;
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
   [[nodiscard]] host::Application* GetApplication() override;
+  /// Those that were set, else views that show nothing.
+  [[nodiscard]] host::DialogViews& GetDialogViews() override;
+  /// Sets the views that show dialogs, among them the one that asks for a font in place of a
+  /// missing one. Null: none. They must outlive the host.
+  void SetDialogViews(host::DialogViews* views);
+
+  /// Chooses the font that replaces a missing one of that name (in any case, with or without spaces
+  /// and hyphens), so that nobody is asked; an empty name means texts that name no font. Fails
+  /// if the replacement is not on this machine.
+  Expected<void> ReplaceFont(const std::wstring& name, const std::wstring& replacement);
+  /// With true, nothing replaces a missing font that `ReplaceFont` does not name: an import that
+  /// asks for replacements is cancelled, any other leaves the line out. Both are reported. By
+  /// default the user is asked where a view can ask, and else a usual font is taken, with a notice.
+  void CancelMissingFonts(bool cancel);
+
+  /// Says whether a graphic may be loaded from a library path; its failure is the reason, for
+  /// the user.
+  using ReadPolicy = std::function<Expected<void>(const std::wstring& path)>;
+  /// Asks it before each load from now on, of both kinds (LoadTHZ, LoadVEFile). A graphic that it
+  /// refuses is not loaded, and a loss in the notices. By default all are loaded.
+  void SetReadPolicy(ReadPolicy policy);
 
   /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();

@@ -77,6 +77,17 @@ constexpr std::array OptionTable{
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
+    OptionRow{AllowOutside, "--allow-outside", "",
+              "Place graphics of other directories than the template's, too."},
+    OptionRow{Data, "--data", "TABLE",
+              "The table: .csv, .xlsx, .ods or .fods; a plate for each row."},
+    OptionRow{OnlyBad, "--only-bad", "REPORT",
+              "Merge those rows alone that are bad in this report, the output of `merge --json`."},
+    OptionRow{FontReplacement, "--font", "NAME=FONT",
+              "Use this font where the one of that name is missing; may be given several times."},
+    OptionRow{CancelMissingFonts, "--cancel-missing-fonts", "",
+              "Ask for no font in place of a missing one: give the text or the import up."},
+    OptionRow{AskInWindow, "--window", "", "Ask for missing fonts in a window."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -118,10 +129,40 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
-constexpr std::array ImportOptions{Format,   OutputFile, Page,  PictureDpi, Blank,
-                                   Outlines, Strict,     Force, Json,       Help};
-constexpr std::array ViewOptions{Format,   OutputFile, Page, PictureDpi, Blank,
-                                 Outlines, Force,      Json, Help};
+constexpr std::array ImportOptions{Format,
+                                   OutputFile,
+                                   Page,
+                                   PictureDpi,
+                                   Blank,
+                                   Outlines,
+                                   Strict,
+                                   AllowOutside,
+                                   FontReplacement,
+                                   CancelMissingFonts,
+                                   AskInWindow,
+                                   Force,
+                                   Json,
+                                   Help};
+constexpr std::array MergeOptions{Data,
+                                  OptionId::Sheet,
+                                  Format,
+                                  OutputFile,
+                                  Page,
+                                  PictureDpi,
+                                  Blank,
+                                  Outlines,
+                                  Strict,
+                                  OnlyBad,
+                                  AllowOutside,
+                                  FontReplacement,
+                                  CancelMissingFonts,
+                                  AskInWindow,
+                                  Force,
+                                  Json,
+                                  Help};
+constexpr std::array ViewOptions{
+    Format,          OutputFile,         Page,        PictureDpi, Blank, Outlines, AllowOutside,
+    FontReplacement, CancelMissingFonts, AskInWindow, Force,      Json,  Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -188,6 +229,9 @@ constexpr std::array CommandTable{
                "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
+    CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,
+               "Make a plate of a template for each row of a table: names become badges.",
+               MergeOptions},
     CommandRow{CommandId::View, "view", "FILE", false,
                "Show what a template or a document looks like.", ViewOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
@@ -206,6 +250,17 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);
+    return;
+  }
+  if (id == FontReplacement) {
+    app.add_option_function<std::vector<std::string>>(
+           names,
+           [&result, id](const std::vector<std::string>& values) {
+             result.options[id] = values.back();
+             result.fonts = values;
+           },
+           row.description)
+        ->allow_extra_args(false);
     return;
   }
   app.add_option_function<std::string>(

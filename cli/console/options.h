@@ -61,6 +61,12 @@ enum class OptionId {
   Blank,
   Outlines,
   Strict,
+  AllowOutside,
+  Data,
+  OnlyBad,
+  FontReplacement,
+  CancelMissingFonts,
+  AskInWindow,
   Remove,
   Force,
   Help,
@@ -105,6 +111,7 @@ enum class CommandId {
   ChartCaps,
   Sheet,
   Import,
+  Merge,
   View,
   Help,
 };
@@ -132,6 +139,7 @@ struct Invocation {
   bool hasOperand = false;
   std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
   std::map<OptionId, std::string> options;  ///< those that were given, with their values
+  std::vector<std::string> fonts;           ///< the values of FontReplacement, in their order
 
   [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
   /// The option's value, or `fallback` if it was not given.

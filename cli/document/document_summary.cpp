@@ -6,6 +6,7 @@
 #include "cli/console/standard_streams.h"
 #include "host/document/measure_text.h"
 #include "host/document/notices.h"
+#include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -17,7 +18,8 @@ void Count(const document::Document& document, host::ObjectHandle root, Document
     if (const auto* plate = std::get_if<document::PlateShape>(&shape)) {
       ++counts.plateObjects;
       counts.panes += plate->panes.size();
-    } else if (std::holds_alternative<document::TextShape>(shape)) {
+    } else if (std::holds_alternative<document::TextShape>(shape) ||
+               std::holds_alternative<document::ArcTextShape>(shape)) {
       ++counts.texts;
     } else if (std::holds_alternative<document::DrillShape>(shape)) {
       ++counts.drillPoints;
@@ -57,6 +59,7 @@ void WriteText(const OpenedFile& file, const std::string& path,
                      Number(counts.texts, "text", "texts") + ", " +
                      Number(counts.drillPoints, "drill point", "drill points");
   if (counts.graphics > 0) text += ", " + Number(counts.graphics, "graphic", "graphics");
+  if (document.Rotation() != 0) text += ", rotation " + os::ShortDecimal(document.Rotation(), 3);
   for (const std::string& name : output)
     text += (&name == output.data() ? "; written to " : ", ") + name;
   WriteOutLine(text);
@@ -74,6 +77,7 @@ void WriteJson(const OpenedFile& file, const std::string& path,
     JsonLine("note").Add("text", os::Utf8FromWide(text)).Write();
   for (const std::wstring& text : file.host->GetNotices().Losses())
     JsonLine("left-out").Add("text", os::Utf8FromWide(text)).Write();
+  WriteOutLines(file.records);
   const document::Document& document = file.host->GetDocument();
   const DocumentCounts counts = CountsOf(document);
   const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };
@@ -83,6 +87,7 @@ void WriteJson(const OpenedFile& file, const std::string& path,
       .Add("pages", counts.pages)
       .AddNumber("width_cm", document.Blank().width)
       .AddNumber("height_cm", document.Blank().height)
+      .AddNumber("rotation", document.Rotation())
       .Add("plate_objects", number(counts.plateObjects))
       .Add("plates", number(counts.panes))
       .Add("texts", number(counts.texts))

@@ -39,6 +39,28 @@ int Document::NextEmptyLayer() const {
 
 int Document::HighestPage() const { return m_LastPages.empty() ? 0 : m_LastPages.rbegin()->first; }
 
+Attributes Document::NewAttributes() const {
+  Attributes attributes;
+  const int page = std::max(m_DisplayPage, 1);
+  attributes.pages = {page, page};
+  return attributes;
+}
+
+void Document::Clear() {
+  for (std::unique_ptr<Object>& object : m_Objects) object.reset();
+  // Lists that share the old members keep them, and find none of them any more.
+  m_Members = std::make_shared<Handles>();
+  m_PlateObjects = std::make_shared<Handles>();
+  m_LastPages.clear();
+  m_Selection.clear();
+  m_ObjectCount = 0;
+  m_SheetLayers.clear();
+  m_HighestLayer = 0;
+  m_PlateParameters = {};
+  m_DisplayPage = 1;
+  Forget();
+}
+
 // --- Objects ---
 
 ObjectHandle Document::Create(Shape shape, const Attributes& attributes) {
@@ -175,9 +197,10 @@ void Document::Link(ObjectHandle handle, ObjectHandle parent, std::size_t positi
 std::size_t Document::Unlink(ObjectHandle handle) {
   Object& object = *m_Objects[handle - FirstHandle];
   Handles& members = *MembersToChange(object.parent);
-  const auto place = std::ranges::find(members, handle);
-  const auto position = static_cast<std::size_t>(place - members.begin());
-  members.erase(place);
+  // From the end: most objects that are taken out were put in last.
+  const auto behind = std::find(members.rbegin(), members.rend(), handle).base();
+  const auto position = static_cast<std::size_t>(behind - members.begin() - 1);
+  members.erase(std::prev(behind));
   CountPage(object, -1);
   --m_ObjectCount;
   if (object.parent == host::DocumentRoot && IsPlate(object)) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "host/document/palette.h"
@@ -42,8 +43,10 @@ inline constexpr int DeepestGroup = 64;
 /// group. Handles ascend and are never used twice. One thread at a time.
 ///
 /// While a step is open every change is kept, so that it can be undone. The last HistoryDepth steps
-/// are kept. An insertion or a removal that is not kept makes the document forget its history,
-/// whose places are then no longer right.
+/// are kept. An insertion that is not kept, as while the history is switched off, leaves the steps
+/// before it alone if it adds a new object at the document's end, and ends what could be done
+/// again. Any other insertion and any removal that is not kept makes the document forget its
+/// history, whose places are then no longer right.
 class Document {
  public:
   static constexpr std::size_t HistoryDepth = 1000;
@@ -75,8 +78,22 @@ class Document {
   /// The page on show, from 1.
   [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
   void SetDisplayPage(int page) { m_DisplayPage = page; }
+  /// The attributes of a new object: it is on the page on show, or on page 1 when all are.
+  [[nodiscard]] Attributes NewAttributes() const;
   /// The highest page that an object of the document is on; 0 without objects.
   [[nodiscard]] int HighestPage() const;
+
+  /// The rotation that the template of an import asks for its job: the number in the template,
+  /// which nothing here is turned by. 0 for none.
+  [[nodiscard]] double Rotation() const { return m_Rotation; }
+  void SetRotation(double rotation) { m_Rotation = rotation; }
+
+  /// A new document in place of this one: no objects, no selection, no history, no sheet layers, no
+  /// margins of plates, and page 1 on show. Palette, blank and rotation stay, since a template has
+  /// been read before its document is made; handles go on ascending, so
+  /// that one of the old document never names an object of the new one. Steps that are open stay
+  /// open.
+  void Clear();
 
   // --- Objects ---
 
@@ -168,6 +185,7 @@ class Document {
   [[nodiscard]] std::vector<ObjectHandle>* MembersToChange(ObjectHandle root);
   [[nodiscard]] bool Records() const { return m_OpenSteps > 0 && m_KeepHistory; }
   void Keep(Change change);
+  [[nodiscard]] bool LeavesHistory(const Change& insertion) const;
   void KeepOrForget(Change change);
   void Forget();
   void Link(ObjectHandle handle, ObjectHandle parent, std::size_t position);
@@ -181,6 +199,7 @@ class Document {
   std::map<int, CSheetLayer> m_SheetLayers;
   int m_HighestLayer = 0;
   int m_DisplayPage = 1;
+  double m_Rotation = 0;
   std::vector<std::unique_ptr<Object>> m_Objects;  // by handle less FirstHandle; null when gone
   // Lists are taken by sharing these, and far more often than members change.
   std::shared_ptr<std::vector<ObjectHandle>> m_Members;
@@ -190,7 +209,10 @@ class Document {
   std::size_t m_ObjectCount = 0;
   std::deque<Step> m_Done;
   std::vector<Step> m_Undone;
+  std::unordered_set<ObjectHandle> m_InHistory;  // objects that a step speaks of
   int m_OpenSteps = 0;
+  std::wstring m_StepName;  // of the open step
+  bool m_StepKept = false;  // its changes so far are the last step of m_Done
   bool m_KeepHistory = true;
 };
 

@@ -11,17 +11,25 @@
 
 namespace rastrel::document {
 
+namespace {
+
+constexpr unsigned StopIcon = 16;
+
+}  // namespace
+
 class DocumentApplication::View : public CVelumark5View, private CVelumark5Doc {
  public:
-  explicit View(Document& document) : m_Document(document) {}
+  explicit View(DocumentApplication& application) : m_Application(application) {}
   [[nodiscard]] CVelumark5Doc* GetDocument() override { return this; }
-  // An import that wants a new document gets the one that it was given: the user opens documents.
-  void OnNew() override {}
+  void OnNew() override {
+    m_Application.m_Store.Clear();
+    if (m_Application.m_NewDocument) m_Application.m_NewDocument();
+  }
   void SetUpdateAllowed(bool /*allowed*/) override {}
 
  private:
-  [[nodiscard]] int GetOrigin() const override { return m_Document.Blank().origin; }
-  Document& m_Document;
+  [[nodiscard]] int GetOrigin() const override { return m_Application.m_Document.Blank().origin; }
+  DocumentApplication& m_Application;
 };
 
 class DocumentApplication::SheetLayers : public CSheetLayerPalette {
@@ -45,7 +53,7 @@ DocumentApplication::DocumentApplication(Document& document, DocumentStore& stor
     : m_Document(document),
       m_Store(store),
       m_Notices(notices),
-      m_View(std::make_unique<View>(document)),
+      m_View(std::make_unique<View>(*this)),
       m_SheetLayers(std::make_unique<SheetLayers>(document)) {}
 
 DocumentApplication::~DocumentApplication() = default;
@@ -70,7 +78,7 @@ int DocumentApplication::FindPaletteColor(int index, CVKColor& color) {
 }
 
 int DocumentApplication::IsColorInPalette(const CVKColor& color) {
-  return m_Document.Colors().Find(color) ? 1 : 0;
+  return color.IsInvisible() || m_Document.Colors().Find(color) ? 1 : 0;
 }
 
 int DocumentApplication::AddColorToPalette(const CVKFullColor& color) {
@@ -174,17 +182,25 @@ void DocumentApplication::AddPaneToPlateObject(ObjectHandle plate) {
 }
 
 void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
-  std::size_t panes = 0;
+  const ObjectHandle part = LastPartOf(plate);
+  if (part == 0 || count < 1) return;
+  const std::size_t panes = std::get<PlateShape>(m_Document.Find(part)->shape).panes.size();
+  GrowPlate(m_Document, part, panes + static_cast<std::size_t>(count));
+}
+
+// Panes come one by one, to plates on hundreds of pages, so the search begins where the last one
+// ended.
+ObjectHandle DocumentApplication::LastPartOf(ObjectHandle plate) {
   const auto shapeOf = [&](ObjectHandle handle) {
     const Object* object = m_Document.Find(handle);
     return object ? std::get_if<PlateShape>(&object->shape) : nullptr;
   };
-  if (!shapeOf(plate) || count < 1) return;
-  for (const PlateShape* part = shapeOf(plate); part;) {
-    panes += part->panes.size();
-    part = m_Document.Holds(part->continuation) ? shapeOf(part->continuation) : nullptr;
-  }
-  GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
+  if (!shapeOf(plate)) return 0;
+  if (m_GrownPlate != plate || !m_Document.Holds(m_LastPart)) m_LastPart = plate;
+  m_GrownPlate = plate;
+  for (ObjectHandle next = m_LastPart; m_Document.Holds(next); next = shapeOf(next)->continuation)
+    m_LastPart = next;
+  return m_LastPart;
 }
 
 // --- Drill points ---
@@ -205,7 +221,8 @@ void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
                                        MeasureText(centre.y) + " cm can't be made"));
     return;
   }
-  const ObjectHandle drill = m_Document.Create(DrillShape{centre, *m_DrillDiameter});
+  const ObjectHandle drill =
+      m_Document.Create(DrillShape{centre, *m_DrillDiameter}, m_Document.NewAttributes());
   m_Store.DSAddObject(drill);
 }
 
@@ -224,9 +241,44 @@ void DocumentApplication::TMessageBox(const wchar_t* text, const wchar_t* captio
   MessageBoxW(text, caption, icon);
 }
 
+// Stop means that the import gave something up.
 void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*caption*/,
-                                      unsigned /*icon*/) {
-  if (text) m_Notices.Add(text);
+                                      unsigned icon) {
+  if (!text) return;
+  if (icon == StopIcon) {
+    m_Notices.AddLoss(text);
+  } else {
+    m_Notices.Add(text);
+  }
+}
+
+// --- Devices and files of an import ---
+
+std::wstring DocumentApplication::GGetPathDeviceInI(int device) {
+  return m_Files ? m_Files->PlotterPath(device) : std::wstring();
+}
+
+std::optional<std::wstring> DocumentApplication::GetStringDevice(const wchar_t* devicePath,
+                                                                 const wchar_t* section,
+                                                                 const wchar_t* key) {
+  if (!m_Files || !devicePath || !section || !key) return std::nullopt;
+  return m_Files->ReadPlotter(devicePath, section, key);
+}
+
+int DocumentApplication::WriteStringDevice(const wchar_t* section, const wchar_t* key,
+                                           const wchar_t* value) {
+  if (!m_Files || !section || !key || !value) return 0;
+  return m_Files->WritePlotter(section, key, value) ? 1 : 0;
+}
+
+// A document holds numbers alone.
+void DocumentApplication::SetImportRotation(double rotation) {
+  m_Document.SetRotation(std::isfinite(rotation) ? rotation : 0);
+}
+
+std::wstring DocumentApplication::LoadBaseDir() {
+  std::wstring directory = m_Files ? m_Files->ImportDirectory() : std::wstring();
+  return directory.empty() ? host::Application::LoadBaseDir() : directory;
 }
 
 }  // namespace rastrel::document

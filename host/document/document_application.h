@@ -9,6 +9,7 @@
 #include "host/document/document.h"
 #include "host/document/document_store.h"
 #include "host/document/notices.h"
+#include "host/document/program_files.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/view.h"
 
@@ -29,9 +30,17 @@ class DocumentApplication : public host::Application {
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
   ~DocumentApplication() override;
   void SetGraphicLoader(LoadGraphic loader) { m_LoadGraphic = std::move(loader); }
+  /// Called after the view has made the document a new one (`OnNew`): who keeps something of the
+  /// old document drops it.
+  void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
+
+  /// The files of the program, not owned; without them there are no plotters, and an import writes
+  /// its files to the base directory for temporary ones.
+  void SetProgramFiles(ProgramFiles* files) { m_Files = files; }
 
   int FindPaletteColor(const wchar_t* name, CVKFullColor& color) override;
   int FindPaletteColor(int index, CVKColor& color) override;
+  /// The invisible color is in every palette, at the index -1.
   [[nodiscard]] int IsColorInPalette(const CVKColor& color) override;
   int AddColorToPalette(const CVKFullColor& color) override;
   [[nodiscard]] int IsInvisibleColor(const CVKColor& color) override;
@@ -69,17 +78,32 @@ class DocumentApplication : public host::Application {
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
 
+  [[nodiscard]] std::wstring GGetPathDeviceInI(int device) override;
+  [[nodiscard]] std::optional<std::wstring> GetStringDevice(const wchar_t* devicePath,
+                                                            const wchar_t* section,
+                                                            const wchar_t* key) override;
+  int WriteStringDevice(const wchar_t* section, const wchar_t* key, const wchar_t* value) override;
+  void SetImportRotation(double rotation) override;
+  [[nodiscard]] std::wstring LoadBaseDir() override;
+
  private:
   class View;
   class SheetLayers;
+
+  // The part of a plate object, itself or a continuation, that has its last pane; 0 if it is none.
+  ObjectHandle LastPartOf(ObjectHandle plate);
 
   Document& m_Document;
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  std::function<void()> m_NewDocument;
+  ProgramFiles* m_Files = nullptr;
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off
+  ObjectHandle m_GrownPlate = 0;          // the plate object that panes were added to last, or 0
+  ObjectHandle m_LastPart = 0;            // the part of it that had its last pane then
 };
 
 }  // namespace rastrel::document

@@ -108,6 +108,20 @@ TextShape TextFrom(const JsonValue& json) {
   return text;
 }
 
+ArcTextShape ArcTextFrom(const JsonValue& json) {
+  ArcTextShape text;
+  text.center = PointFrom(json["centre"]);
+  text.radius = json["radius"].NumberAbove0();
+  text.rotation = json["rotation"].Number();
+  text.justification = json["justification"].Named(JustificationNames);
+  text.run = RunFrom(json["run"]);
+  if (text.run.text.size() > MaximumArcText) {
+    json["run"]["text"].Fail("has more than " + std::to_string(MaximumArcText) +
+                             " characters on a circle");
+  }
+  return text;
+}
+
 PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
   PlateShape plate;
   plate.wanted = static_cast<int>(json["wanted"].Whole(0, MaximumPanes));
@@ -149,6 +163,7 @@ Shape ShapeFrom(const JsonValue& json, ObjectHandle own) {
   if (kind == "group") return GroupShape();
   if (kind == "path") return PathFrom(json);
   if (kind == "text") return TextFrom(json);
+  if (kind == "arcText") return ArcTextFrom(json);
   if (kind == "plate") return PlateFrom(json, own);
   if (kind == "graphic") return GraphicFrom(json);
   if (kind == "drillPoint") {
@@ -227,6 +242,7 @@ void ReadSettings(Document& document, const JsonValue& json) {
   document.SetBlank({blank["width"].NumberAbove0(), blank["height"].NumberAbove0(),
                      static_cast<int>(blank["origin"].Whole(1, 9))});
   document.SetDisplayPage(static_cast<int>(json["displayPage"].Whole(0, Document::LastPage)));
+  if (json.Has("rotation")) document.SetRotation(json["rotation"].Number());
   const JsonValue plates = json["plates"];
   document.SetPlates({RectFrom(plates["margins"]), plates["horizontalGap"].Number(),
                       plates["verticalGap"].Number()});

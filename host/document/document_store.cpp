@@ -8,6 +8,14 @@
 
 namespace rastrel::document {
 
+namespace {
+
+// The second number of a paragraph whose first is an object; that of a closed one is 0.
+constexpr std::uint32_t TextOfDocument = 1;
+static_assert(Document::MaximumHandles <= UINT32_MAX);
+
+}  // namespace
+
 // The element of a handle. It asks the document in each call, so that it is never out of date.
 class DocumentStore::Element : public DBElement {
  public:
@@ -28,16 +36,39 @@ class DocumentStore::Element : public DBElement {
     return object && !object->attributes.layer.IsInvisible();
   }
 
+  [[nodiscard]] ParagraphEle* GetParagraph() override {
+    const Object* object = m_Store.m_Document.Find(m_Object);
+    if (!object || !std::holds_alternative<TextShape>(object->shape)) return nullptr;
+    m_Paragraph = ParagraphOf(m_Object);
+    return &m_Paragraph;
+  }
+
  private:
   DocumentStore& m_Store;
   ObjectHandle m_Object;
+  ParagraphEle m_Paragraph;
 };
+
+ParagraphEle ParagraphOf(ObjectHandle text) {
+  return {static_cast<std::uint32_t>(text), TextOfDocument};
+}
+
+ObjectHandle TextNamedBy(const ParagraphEle& paragraph) {
+  return paragraph.second == TextOfDocument ? paragraph.first : 0;
+}
 
 DocumentStore::DocumentStore(Document& document) : m_Document(document) {}
 DocumentStore::~DocumentStore() = default;
 
 void DocumentStore::Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item) {
   m_Items[object] = std::move(item);
+}
+
+void DocumentStore::Clear() {
+  m_Document.Clear();
+  m_Lists.clear();
+  m_Elements.clear();
+  m_Items.clear();
 }
 
 Attributes* DocumentStore::Edit(ObjectHandle object) {
@@ -55,9 +86,10 @@ void DocumentStore::WriteKeepHistory(int keep) { m_Document.KeepHistory(keep != 
 // --- Objects ---
 
 ObjectHandle DocumentStore::DBCreateObject(int type) {
-  if (type == DBTYPE_GROUP) return m_Document.Create(GroupShape());
-  if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape());
-  if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape());
+  const Attributes attributes = m_Document.NewAttributes();
+  if (type == DBTYPE_GROUP) return m_Document.Create(GroupShape(), attributes);
+  if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape(), attributes);
+  if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape(), attributes);
   return 0;
 }
 
@@ -71,7 +103,7 @@ ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attribut
       !m_TakeText(**paragraph, text)) {
     return 0;
   }
-  Attributes attributes;
+  Attributes attributes = m_Document.NewAttributes();
   if (visible == 0) attributes.traits &= ~DBTRAIT_VISIBLE;
   return m_Document.Create(std::move(text), attributes);
 }
@@ -198,7 +230,9 @@ int DocumentStore::DBGetSheetLayer(ObjectHandle object) {
 }
 
 void DocumentStore::DBSetSheetLayer(ObjectHandle object, int sheetLayer) {
+  if (!m_Document.Find(object)) return;
   m_Document.SetSheetLayer(object, sheetLayer);
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetSheetLayer(member, sheetLayer);
 }
 
 VK_PAGE_RANGE DocumentStore::DBGetPageRange(ObjectHandle object) {
@@ -207,7 +241,9 @@ VK_PAGE_RANGE DocumentStore::DBGetPageRange(ObjectHandle object) {
 }
 
 void DocumentStore::DBSetPageRange(ObjectHandle object, const VK_PAGE_RANGE& pages) {
+  if (!m_Document.Find(object)) return;
   m_Document.SetPages(object, pages);
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetPageRange(member, pages);
 }
 
 void DocumentStore::DBSetTrait(ObjectHandle object, int trait, int value) {
@@ -234,9 +270,9 @@ void DocumentStore::DBValidateBounds(ObjectHandle /*object*/) {}
 void DocumentStore::InvalidateObject(ObjectHandle /*object*/, int /*erase*/) {}
 
 void DocumentStore::DBApplyTM(ObjectHandle object, const TM& matrix) {
-  for (const ObjectHandle member : Handles(m_Document.Members(object))) DBApplyTM(member, matrix);
   const Object* found = m_Document.Find(object);
   if (!found) return;
+  for (const ObjectHandle member : m_Document.Members(object)) DBApplyTM(member, matrix);
   const TM& was = found->attributes.matrix;
   const TM moved = {matrix.a * was.a + matrix.c * was.b,
                     matrix.b * was.a + matrix.d * was.b,

@@ -10,6 +10,11 @@
 
 namespace rastrel::document {
 
+/// The paragraph of a text object, as DBElement::GetParagraph returns it, and the object that a
+/// paragraph names: 0 for one that is closed and in no object yet.
+[[nodiscard]] ParagraphEle ParagraphOf(ObjectHandle text);
+[[nodiscard]] ObjectHandle TextNamedBy(const ParagraphEle& paragraph);
+
 /// The document database of the embedded host over one document.
 ///
 /// Only the text engine knows the meaning of a paragraph's element: it registers the function that
@@ -27,6 +32,8 @@ class DocumentStore : public host::ObjectStore {
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
   /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
+  /// Makes the document a new one (Document::Clear): items, elements and lists of the old one end.
+  void Clear();
   /// Lists that were made and not destroyed.
   [[nodiscard]] std::size_t OpenLists() const { return m_Lists.size(); }
 

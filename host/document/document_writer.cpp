@@ -110,6 +110,14 @@ struct ShapeWriter {
     for (const TextLine& line : text.lines) lines.push_back(JsonOf(line));
     json["lines"] = std::move(lines);
   }
+  void operator()(const ArcTextShape& text) const {
+    json["kind"] = "arcText";
+    json["centre"] = JsonOf(text.center);
+    json["radius"] = text.radius;
+    json["rotation"] = text.rotation;
+    json["justification"] = NameOf(JustificationNames, text.justification);
+    json["run"] = JsonOf(text.run);
+  }
   void operator()(const PlateShape& plate) const {
     json["kind"] = "plate";
     json["wanted"] = plate.wanted;
@@ -226,7 +234,7 @@ void AppendIndented(std::string& text, const Json& json, std::string_view indent
 //      "format": "rastrel-document",        which a reader needs before the objects
 //      "version": 1,
 //      "unit": "cm",
-//      "blank": { ... },  "displayPage": 1,  "plates": { ... },
+//      "blank": { ... },  "displayPage": 1,  "rotation": 0,  "plates": { ... },
 //      "palette": [ ... ],  "sheetLayers": [ ... ],
 //      "objects": [
 //       {"id": 2, "kind": "plate", ...shape..., ...attributes...},
@@ -255,6 +263,7 @@ std::string DocumentText(const Document& document) {
       {"unit", "cm"},
       {"blank", {{"width", blank.width}, {"height", blank.height}, {"origin", blank.origin}}},
       {"displayPage", document.DisplayPage()},
+      {"rotation", document.Rotation()},
       {"plates",
        {{"margins", JsonOf(plates.margins)},
         {"horizontalGap", plates.horizontalGap},

@@ -7,26 +7,38 @@
 namespace rastrel::document {
 
 void Document::OpenStep(const std::wstring& name) {
-  if (m_OpenSteps++ > 0 || !m_KeepHistory) return;
-  m_Done.push_back({name, {}});
-  m_Undone.clear();
+  if (m_OpenSteps++ == 0) m_StepName = name;
 }
 
 void Document::CloseStep() {
-  if (m_OpenSteps == 0 || --m_OpenSteps > 0 || m_Done.empty()) return;
-  if (m_Done.back().changes.empty()) m_Done.pop_back();
-  if (m_Done.size() > HistoryDepth) m_Done.pop_front();
+  if (m_OpenSteps > 0 && --m_OpenSteps == 0) m_StepKept = false;
 }
 
+// A step begins with its first change, so that one without changes leaves nothing, and one that was
+// opened while the history was off does not continue the step before it.
 void Document::Keep(Change change) {
-  // An object that is destroyed within a step takes the history with it, the open step included.
-  if (m_Done.empty()) m_Done.push_back({});
+  if (!m_StepKept) {
+    m_Done.push_back({m_StepName, {}});
+    if (m_Done.size() > HistoryDepth) m_Done.pop_front();
+    m_Undone.clear();
+    m_StepKept = true;
+  }
+  m_InHistory.insert(change.handle);
   m_Done.back().changes.push_back(std::move(change));
+}
+
+// A new last object of the document moves no place that a step has kept. One that a step speaks of
+// would come back a second time when that step is undone.
+bool Document::LeavesHistory(const Change& insertion) const {
+  return insertion.kind == Change::Kind::Insert && insertion.parent == host::DocumentRoot &&
+         m_Members->back() == insertion.handle && !m_InHistory.contains(insertion.handle);
 }
 
 void Document::KeepOrForget(Change change) {
   if (Records()) {
     Keep(std::move(change));
+  } else if (LeavesHistory(change)) {
+    m_Undone.clear();
   } else {
     Forget();
   }
@@ -35,6 +47,8 @@ void Document::KeepOrForget(Change change) {
 void Document::Forget() {
   m_Done.clear();
   m_Undone.clear();
+  m_InHistory.clear();
+  m_StepKept = false;
 }
 
 std::vector<std::wstring> Document::StepNames() const {

@@ -10,14 +10,16 @@ namespace rastrel::document {
 // A pane's edges as they were when the walk came by; the next layout ends it.
 class PlateItem::Pane : public CPane {
  public:
-  explicit Pane(const CWorldRect& edges) : m_Edges(edges) {}
+  Pane(const CWorldRect& edges, ObjectHandle plate) : m_Edges(edges), m_Plate(plate) {}
   [[nodiscard]] double GetLeft() const override { return m_Edges.left; }
   [[nodiscard]] double GetTop() const override { return m_Edges.top; }
   [[nodiscard]] double GetRight() const override { return m_Edges.right; }
   [[nodiscard]] double GetBottom() const override { return m_Edges.bottom; }
+  [[nodiscard]] ObjectHandle GetPlateObject() const override { return m_Plate; }
 
  private:
   CWorldRect m_Edges;
+  ObjectHandle m_Plate;  // 0 while the plate is not in the document
 };
 
 PlateItem::PlateItem(DocumentStore& store, PlateShape shape)
@@ -40,7 +42,7 @@ PlateShape& PlateItem::ShapeToChange() {
 
 int PlateItem::Add(int visible, int selectable, int /*reserved*/, ObjectHandle& object) {
   if (m_Object != 0) return 0;
-  Attributes attributes;
+  Attributes attributes = m_Store.GetDocument().NewAttributes();
   attributes.traits =
       (visible != 0 ? DBTRAIT_VISIBLE : 0) | (selectable != 0 ? DBTRAIT_SELECTABLE : 0);
   const ObjectHandle created = m_Store.GetDocument().Create(m_Shape, attributes);
@@ -101,12 +103,15 @@ CWorldRect PlateItem::GetLastPaneBounds() const {
 CPane* PlateItem::GetFirstPane() {
   m_Walk = 0;
   m_Panes.clear();
+  ObjectHandle plate = m_Object;
   const PlateShape* shape = &Shape();
   while (shape) {
-    for (const CWorldRect& edges : shape->panes) m_Panes.push_back(std::make_unique<Pane>(edges));
+    for (const CWorldRect& edges : shape->panes) {
+      m_Panes.push_back(std::make_unique<Pane>(edges, plate));
+    }
     const Document& document = m_Store.GetDocument();
-    const ObjectHandle next = shape->continuation;
-    shape = document.Holds(next) ? &std::get<PlateShape>(document.Find(next)->shape) : nullptr;
+    plate = shape->continuation;
+    shape = document.Holds(plate) ? &std::get<PlateShape>(document.Find(plate)->shape) : nullptr;
   }
   return GetNextPane();
 }

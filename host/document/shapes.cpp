@@ -11,6 +11,7 @@ namespace {
 constexpr int PlateType = 1001;
 constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
+constexpr int ArcTextType = 1004;
 
 // Grows to hold points.
 class Box {
@@ -47,6 +48,13 @@ struct BoundsVisitor {
     }
   }
   void operator()(const TextShape& text) const { box.Add(text.frame); }
+  void operator()(const ArcTextShape& text) const {
+    // The circle, and letters as high as their size outside of it.
+    const double reach =
+        text.radius + text.run.size / host::TextUnitsPerInch * host::CentimetresPerInch;
+    box.Add(text.center.x - reach, text.center.y - reach);
+    box.Add(text.center.x + reach, text.center.y + reach);
+  }
   void operator()(const PlateShape& plate) const {
     for (const CWorldRect& pane : plate.panes) box.Add(pane);
   }
@@ -85,6 +93,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const GroupShape&) const { return DBTYPE_GROUP; }
     int operator()(const PathShape&) const { return DBTYPE_POLYARC; }
     int operator()(const TextShape&) const { return DBTYPE_PARAGRAPH; }
+    int operator()(const ArcTextShape&) const { return ArcTextType; }
     int operator()(const PlateShape&) const { return PlateType; }
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }

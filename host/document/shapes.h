@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -55,7 +56,7 @@ struct TextRun {
   std::wstring text;  ///< without line ends
   std::wstring font;  ///< a file's name without extension, or a family with its style, as asked for
   int fontType = 2;   ///< a host::FontType
-  std::wstring replacement;  ///< the family in place of a missing `font`; else empty
+  std::wstring replacement;  ///< the font in place of a missing `font`, by name; else empty
   double size = 0;           ///< text units
   CVKFullColor color;        ///< counts where `colored` is set; else the object's own color
   bool colored = false;
@@ -80,6 +81,23 @@ struct TextShape {
   int justifyMode = 0;        ///< 2: lines are in the frame less its margins
   std::vector<TextLine> lines;
   bool operator==(const TextShape& other) const;
+};
+
+/// The maximum number of characters of a text on a circle.
+inline constexpr std::size_t MaximumArcText = 4096;
+
+/// Text on a circle, which is its base line. Letters are outside of it, upright on their radius,
+/// and read clockwise. A text that is longer than the circle is squeezed in width to its length.
+struct ArcTextShape {
+  CWorldPoint center;
+  double radius = 0;  ///< above 0
+  /// The mark on the circle, in degrees counter-clockwise from its top.
+  double rotation = 0;
+  /// The part of the text at the mark: a LineJustification. JUSTIFY_LEFT is its beginning, RIGHT
+  /// its end.
+  int justification = JUSTIFY_CENTER;
+  TextRun run;  ///< at most MaximumArcText characters
+  bool operator==(const ArcTextShape&) const = default;
 };
 
 /// Panes of one size on a page.
@@ -119,7 +137,8 @@ struct DrillShape {
   bool operator==(const DrillShape&) const = default;
 };
 
-using Shape = std::variant<GroupShape, PathShape, TextShape, PlateShape, GraphicShape, DrillShape>;
+using Shape = std::variant<GroupShape, PathShape, TextShape, ArcTextShape, PlateShape, GraphicShape,
+                           DrillShape>;
 
 /// The attributes that every object has besides its shape.
 struct Attributes {

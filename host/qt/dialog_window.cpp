@@ -5,6 +5,7 @@
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSocketNotifier>
@@ -17,6 +18,7 @@ namespace {
 constexpr int WidthInLetters = 48;
 constexpr int FallbackMilliseconds = 100;  // where messages can't be waited for
 constexpr int SecondsPerMinute = 60;
+constexpr int SampleLines = 3;  // as high as so many lines of the window's own text
 
 QString FromWide(const std::wstring& text) { return QString::fromStdWString(text); }
 
@@ -47,6 +49,8 @@ DialogWindow::DialogWindow(host::DialogLogic& logic) : m_Logic(logic) {
   }
   column->addStretch();
   column->addLayout(foot);
+  m_Elapsed->setVisible(!m_Bars.empty());
+  if (m_FirstList) m_FirstList->setFocus();
   setMinimumWidth(fontMetrics().averageCharWidth() * WidthInLetters);
   ShowElapsed();
 }
@@ -60,6 +64,7 @@ QWidget* DialogWindow::MakeControl(const host::DialogControl& control) {
       auto* const label = new QLabel(text, this);
       label->setTextFormat(Qt::PlainText);
       m_Texts[control.id] = label;
+      m_LastText = label;
       return label;
     }
     case host::ControlKind::Progress: {
@@ -67,6 +72,7 @@ QWidget* DialogWindow::MakeControl(const host::DialogControl& control) {
       m_Bars[control.id] = bar;
       return bar;
     }
+    case host::ControlKind::Fonts: return MakeFonts(control.id);
     case host::ControlKind::Button: break;
   }
   auto* const button = new QPushButton(text, this);
@@ -74,6 +80,38 @@ QWidget* DialogWindow::MakeControl(const host::DialogControl& control) {
   if (m_Buttons.empty()) button->setDefault(true);
   m_Buttons[control.id] = button;
   return button;
+}
+
+// The list with a sample of the chosen font below it.
+QWidget* DialogWindow::MakeFonts(int control) {
+  auto* const box = new QWidget(this);
+  auto* const column = new QVBoxLayout(box);
+  column->setContentsMargins(0, 0, 0, 0);
+  auto* const list = new QListWidget(box);
+  auto* const sample = new QLabel(QStringLiteral("AaBbCc 0123456"), box);
+  sample->setTextFormat(Qt::PlainText);
+  sample->setFrameShape(QFrame::StyledPanel);
+  sample->setAlignment(Qt::AlignCenter);
+  sample->setFixedHeight(fontMetrics().height() * SampleLines);
+  for (const std::wstring& name : m_Logic.GetEntries(control)) {
+    // In its own letters the name of a font of symbols could not be read.
+    list->addItem(FromWide(name));
+  }
+  connect(list, &QListWidget::currentRowChanged, this, [this, control, list, sample](int row) {
+    if (row < 0) return;
+    m_Logic.Choose(control, static_cast<std::size_t>(row));
+    QFont font = list->font();
+    font.setFamily(list->item(row)->text());
+    font.setPointSizeF(font.pointSizeF() * 2);
+    sample->setFont(font);
+  });
+  connect(list, &QListWidget::itemDoubleClicked, this, [this] { Command(host::OkCommand); });
+  list->setCurrentRow(static_cast<int>(m_Logic.GetChosen(control)));
+  if (m_LastText) m_LastText->setBuddy(list);
+  if (!m_FirstList) m_FirstList = list;
+  column->addWidget(list);
+  column->addWidget(sample);
+  return box;
 }
 
 void DialogWindow::SetText(int control, const std::wstring& text) {

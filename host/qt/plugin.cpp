@@ -34,6 +34,7 @@ class WindowViews : public host::DialogViews {
     box.setTextFormat(Qt::PlainText);
     box.exec();
   }
+  [[nodiscard]] bool CanAsk() override { return true; }
 };
 
 }  // namespace

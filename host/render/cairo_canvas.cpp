@@ -7,6 +7,7 @@
 
 #include "host/graphics/picture.h"
 #include "host/render/letter_outlines.h"
+#include "host/text/arc_layout.h"
 #include "host/text/text_layout.h"
 
 namespace rastrel::render {
@@ -92,16 +93,23 @@ void CairoCanvas::DrawCircle(Point centre, double radius, const Pen& pen) {
   Stroke(pen);
 }
 
+bool CairoCanvas::IsLargeLetter(double size, const TM& place) const {
+  const double stretch = std::max(std::hypot(place.a, place.b), std::hypot(place.c, place.d));
+  return size * stretch * m_Device.unitsPerPoint > m_Device.largestLetter;
+}
+
+void CairoCanvas::FillLetters(const Outline& letters) {
+  AddPath(m_Context, letters);
+  cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
+  cairo_fill(m_Context);
+  cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_EVEN_ODD);
+}
+
 void CairoCanvas::DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                            const TM& place) {
-  const double stretch = std::max(std::hypot(place.a, place.b), std::hypot(place.c, place.d));
-  const double letter = layout.Runs()[run].size * stretch * m_Device.unitsPerPoint;
   SetColor(m_Context, color);
-  if (m_Outlines || letter > m_Device.largestLetter) {
-    AddPath(m_Context, LetterOutlines(layout, run, place));
-    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
-    cairo_fill(m_Context);
-    cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_EVEN_ODD);
+  if (m_Outlines || IsLargeLetter(layout.Runs()[run].size, place)) {
+    FillLetters(LetterOutlines(layout, run, place));
     return;
   }
   const cairo_matrix_t matrix = MatrixOf(place);
@@ -109,6 +117,21 @@ void CairoCanvas::DrawText(const text::TextLayout& layout, std::size_t run, cons
   cairo_transform(m_Context, &matrix);
   layout.DrawRun(m_Context, run);
   cairo_restore(m_Context);
+}
+
+void CairoCanvas::DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) {
+  SetColor(m_Context, color);
+  if (m_Outlines || IsLargeLetter(layout.Run().size, place)) {
+    FillLetters(LetterOutlines(layout, place));
+    return;
+  }
+  for (std::size_t i = 0; i < layout.Letters().size(); ++i) {
+    const cairo_matrix_t matrix = MatrixOf(Composed(layout.PlaceOf(i), place));
+    cairo_save(m_Context);
+    cairo_transform(m_Context, &matrix);
+    layout.DrawLetter(m_Context, i);
+    cairo_restore(m_Context);
+  }
 }
 
 Expected<void> CairoCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {

@@ -26,11 +26,15 @@ class CairoCanvas : public Canvas {
   void DrawCircle(Point centre, double radius, const Pen& pen) override;
   void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                 const TM& place) override;
+  void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) override;
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
 
  private:
   void Stroke(const Pen& pen);
+  // Letters of that size, in points, are drawn as paths.
+  [[nodiscard]] bool IsLargeLetter(double size, const TM& place) const;
+  void FillLetters(const Outline& letters);
 
   cairo_t* m_Context;
   Device m_Device;

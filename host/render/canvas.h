@@ -9,8 +9,9 @@
 #include "rastrel/platform/values/tm.h"
 
 namespace rastrel::text {
+class ArcLayout;
 class TextLayout;
-}
+}  // namespace rastrel::text
 namespace rastrel::graphics {
 class Picture;
 }
@@ -93,6 +94,8 @@ class Canvas {
   /// page's.
   virtual void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                         const TM& place) = 0;
+  /// Draws text on a circle. `place` maps the circle's coordinates (ArcLayout) to the page's.
+  virtual void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) = 0;
   /// Draws a placed file. `place` maps its own coordinates, points in its true size from its upper
   /// left corner, to the page's. Fails as Picture::Draw does.
   [[nodiscard]] virtual Expected<void> DrawPicture(const graphics::Picture& picture,

@@ -11,4 +11,10 @@ namespace rastrel::render {
 [[nodiscard]] Outline LetterOutlines(const text::TextLayout& layout, std::size_t run,
                                      const TM& place);
 
+/// The outlines of all letters on a circle; `place` maps the circle's coordinates to the page's.
+[[nodiscard]] Outline LetterOutlines(const text::ArcLayout& layout, const TM& place);
+
+/// The matrix that maps by `first` and then by `second`.
+[[nodiscard]] TM Composed(const TM& first, const TM& second);
+
 }  // namespace rastrel::render

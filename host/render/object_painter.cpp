@@ -5,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "host/render/letter_outlines.h"
 #include "host/render/picture_cache.h"
 #include "host/text/text_check.h"
 #include "host/text/text_layout.h"
@@ -12,6 +13,7 @@
 
 namespace rastrel::render {
 
+using document::ArcTextShape;
 using document::DrillShape;
 using document::GraphicShape;
 using document::PathShape;
@@ -105,7 +107,8 @@ void ObjectPainter::Paint(const document::Object& object) {
     if (!std::isfinite(part)) return;
   }
   // Letters may be outside the bounds of their text, which are those of the frame.
-  const bool bounded = !std::holds_alternative<TextShape>(object.shape);
+  const bool bounded = !std::holds_alternative<TextShape>(object.shape) &&
+                       !std::holds_alternative<ArcTextShape>(object.shape);
   if (bounded && IsBesidePage(object.shape)) return;
   std::visit(*this, object.shape);
 }
@@ -133,9 +136,8 @@ Point ObjectPainter::OnPage(double x, double y) const {
 }
 
 // From coordinates of the shape's own, points with y downward from `origin` (points, y upward), to
-// the page's. Nothing if the box between `upper` and `lower` of them does not show there.
-std::optional<TM> ObjectPainter::Placed(Point origin, double scaleX, double scaleY, Point upper,
-                                        Point lower) const {
+// the page's.
+TM ObjectPainter::PlaceOf(Point origin, double scaleX, double scaleY) const {
   const TM& m = m_Attributes->matrix;
   TM placed;
   placed.a = m.a * scaleX;
@@ -144,6 +146,13 @@ std::optional<TM> ObjectPainter::Placed(Point origin, double scaleX, double scal
   placed.d = m.d * scaleY;
   placed.tx = m.a * origin.x + m.c * origin.y + m.tx * PointsPerCentimetre;
   placed.ty = m_Page.y - (m.b * origin.x + m.d * origin.y + m.ty * PointsPerCentimetre);
+  return placed;
+}
+
+// The same. Nothing if the box between `upper` and `lower` of them does not show on the page.
+std::optional<TM> ObjectPainter::Placed(Point origin, double scaleX, double scaleY, Point upper,
+                                        Point lower) const {
+  const TM placed = PlaceOf(origin, scaleX, scaleY);
   if (!(std::abs(placed.a * placed.d - placed.b * placed.c) > SmallestArea)) return std::nullopt;
   Box box;
   for (const Point corner : {upper, lower, Point{upper.x, lower.y}, Point{lower.x, upper.y}}) {
@@ -247,16 +256,13 @@ void ObjectPainter::operator()(const PlateShape& plate) {
 
 // --- Text ---
 
-void ObjectPainter::TellReplacedFonts(const TextShape& text) {
-  for (const document::TextLine& line : text.lines) {
-    for (const document::TextRun& run : line.runs) {
-      const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font);
-      if (face.replaced) m_Notices.Add(text::ReplacementNotice(run.font, face));
-    }
-  }
+void ObjectPainter::TellReplacedFont(const document::TextRun& run) {
+  const text::FontFace face = m_Fonts.FaceOf(run.fontType, run.font, run.replacement);
+  if (face.replaced) m_Notices.Add(text::ReplacementNotice(run.font, face));
 }
 
-void ObjectPainter::TellMissingLetters(const TextShape& text, const text::TextLayout& layout) {
+template <typename Shape, typename Layout>
+void ObjectPainter::TellMissingLetters(const Shape& text, const Layout& layout) {
   if (const auto missing = text::MissingLettersNotice(text, layout)) m_Notices.Add(*missing);
   if (const auto unseen = text::InvisibleTextNotice(text, layout, m_Scale)) {
     m_Notices.AddLoss(*unseen);
@@ -269,7 +275,9 @@ void ObjectPainter::operator()(const TextShape& text) {
   const text::TextLayout layout(text, m_Fonts);
   const auto& runs = layout.Runs();
   if (std::ranges::any_of(runs, [](const auto& run) { return run.face.replaced; })) {
-    TellReplacedFonts(text);
+    for (const document::TextLine& line : text.lines) {
+      for (const document::TextRun& run : line.runs) TellReplacedFont(run);
+    }
   }
   TellMissingLetters(text, layout);
   m_Canvas.Begin(Role::Text);
@@ -283,6 +291,41 @@ void ObjectPainter::operator()(const TextShape& text) {
         Placed({run.left, run.baseline}, run.scaleX, run.scaleY, {0, -2 * run.size},
                {std::max(run.width, run.size), 2 * run.size});
     if (place) m_Canvas.DrawText(layout, i, *color, *place);
+  }
+  m_Canvas.End();
+}
+
+// Whether the letters on a circle may show on the page: of a large circle most don't, and its own
+// box says nothing.
+bool ObjectPainter::IsOnPage(const text::ArcLayout& layout, const TM& place) const {
+  const double size = layout.Run().size;
+  Box box;
+  for (std::size_t i = 0; i < layout.Letters().size(); ++i) {
+    const TM letter = Composed(layout.PlaceOf(i), place);
+    const double right = std::max(layout.Letters()[i].width, size);
+    for (const Point corner : {Point{0, -2 * size}, Point{right, -2 * size}, Point{0, 2 * size},
+                               Point{right, 2 * size}}) {
+      const Point mapped{letter.a * corner.x + letter.c * corner.y + letter.tx,
+                         letter.b * corner.x + letter.d * corner.y + letter.ty};
+      if (!std::isfinite(mapped.x) || !std::isfinite(mapped.y)) return false;
+      box.Add(mapped);
+    }
+  }
+  return box.Meets(m_Page) && box.IsWithin(m_Canvas.Farthest());
+}
+
+void ObjectPainter::operator()(const ArcTextShape& text) {
+  const text::ArcLayout layout(text, m_Fonts);
+  const text::PlacedRun& run = layout.Run();
+  if (run.face.replaced) TellReplacedFont(text.run);
+  TellMissingLetters(text, layout);
+  m_Canvas.Begin(Role::Text);
+  const std::optional<Color> color = ColorOf(run.colored ? run.color : m_Attributes->layer);
+  const double smallest = run.size * m_Scale * run.scaleX;
+  const TM place =
+      PlaceOf({text.center.x * PointsPerCentimetre, text.center.y * PointsPerCentimetre});
+  if (color && smallest > SmallestLetter && IsOnPage(layout, place)) {
+    m_Canvas.DrawArcText(layout, *color, place);
   }
   m_Canvas.End();
 }

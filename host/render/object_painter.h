@@ -5,6 +5,7 @@
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/render/canvas.h"
+#include "host/text/arc_layout.h"
 #include "host/text/font_catalog.h"
 #include "rastrel/platform/os/expected.h"
 
@@ -28,6 +29,7 @@ class ObjectPainter {
   void operator()(const document::GroupShape& /*group*/) {}
   void operator()(const document::PathShape& path);
   void operator()(const document::TextShape& text);
+  void operator()(const document::ArcTextShape& text);
   void operator()(const document::PlateShape& plate);
   void operator()(const document::GraphicShape& graphic);
   void operator()(const document::DrillShape& drill);
@@ -37,13 +39,16 @@ class ObjectPainter {
   [[nodiscard]] std::optional<Pen> LinePen() const;
   [[nodiscard]] bool HasMaterial() const;
   [[nodiscard]] bool IsBesidePage(const document::Shape& shape) const;
+  [[nodiscard]] TM PlaceOf(Point origin, double scaleX = 1, double scaleY = 1) const;
   [[nodiscard]] std::optional<TM> Placed(Point origin, double scaleX, double scaleY, Point upper,
                                          Point lower) const;
   void AddPath(const document::PathShape& path, bool closedAlone);
   void AddRect(const CWorldRect& rect);
   void AddEllipse(const document::DrillShape& drill);
-  void TellReplacedFonts(const document::TextShape& text);
-  void TellMissingLetters(const document::TextShape& text, const text::TextLayout& layout);
+  [[nodiscard]] bool IsOnPage(const text::ArcLayout& layout, const TM& place) const;
+  void TellReplacedFont(const document::TextRun& run);
+  template <typename Shape, typename Layout>
+  void TellMissingLetters(const Shape& text, const Layout& layout);
   void DrawLine();
 
   const document::Document& m_Document;

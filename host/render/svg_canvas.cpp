@@ -1,12 +1,14 @@
 #include "host/render/svg_canvas.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/graphics/picture.h"
 #include "host/render/letter_outlines.h"
 #include "host/render/picture_png.h"
 #include "host/render/svg_text.h"
+#include "host/text/arc_layout.h"
 #include "host/text/text_layout.h"
 #include "rastrel/platform/os/base64.h"
 #include "rastrel/platform/os/text.h"
@@ -140,10 +142,35 @@ void SvgCanvas::DrawCircle(Point centre, double radius, const Pen& pen) {
 void SvgCanvas::DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                          const TM& place) {
   if (m_Outlines) {
-    DrawOutlines(layout, run, color, place);
+    FillLetters(LetterOutlines(layout, run, place), color);
   } else {
     DrawLetters(layout, run, color, place);
   }
+}
+
+// The attributes of letters but their place: font, direction, length and color.
+void SvgCanvas::AddLetterStyle(const text::PlacedRun& run, double length, const Color& color) {
+  m_Text += ' ';
+  AppendFamily(m_Text, run.face.family);
+  m_Text += " font-size=\"";
+  AppendMillimetres(m_Text, run.size);
+  m_Text += '"';
+  if (run.face.weight != 400) {
+    m_Text += " font-weight=\"" + std::to_string(run.face.weight) + '"';
+  }
+  if (run.face.italic) m_Text += " font-style=\"italic\"";
+  if (run.face.stretch != 4) {
+    m_Text += std::string(" font-stretch=\"") + StretchName(run.face.stretch) + '"';
+  }
+  // The place is the left end of the letters, which is the last one's where they run to the left.
+  if (run.rightToLeft) {
+    m_Text += " direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\"";
+  }
+  m_Text += " textLength=\"";
+  AppendMillimetres(m_Text, length);
+  m_Text += "\" lengthAdjust=\"spacingAndGlyphs\" fill=\"";
+  AppendColor(m_Text, color);
+  m_Text += '"';
 }
 
 void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, const Color& color,
@@ -159,40 +186,59 @@ void SvgCanvas::DrawLetters(const text::TextLayout& layout, std::size_t run, con
   } else {
     AppendMatrix(m_Text, place);
   }
-  m_Text += ' ';
-  AppendFamily(m_Text, placed.face.family);
-  m_Text += " font-size=\"";
-  AppendMillimetres(m_Text, placed.size);
-  m_Text += '"';
-  if (placed.face.weight != 400) {
-    m_Text += " font-weight=\"" + std::to_string(placed.face.weight) + '"';
-  }
-  if (placed.face.italic) m_Text += " font-style=\"italic\"";
-  if (placed.face.stretch != 4) {
-    m_Text += std::string(" font-stretch=\"") + StretchName(placed.face.stretch) + '"';
-  }
-  // The place is the left end of the letters, which is the last one's where they run to the left.
-  if (placed.rightToLeft) {
-    m_Text += " direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\"";
-  }
-  m_Text += " textLength=\"";
-  AppendMillimetres(m_Text, placed.width);
-  m_Text += "\" lengthAdjust=\"spacingAndGlyphs\" fill=\"";
-  AppendColor(m_Text, color);
-  m_Text += "\">";
+  AddLetterStyle(placed, placed.width, color);
+  m_Text += '>';
   AppendEscaped(m_Text, placed.text);
   m_Text += "</text>\n";
 }
 
-void SvgCanvas::DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
-                             const TM& place) {
-  const Outline outline = LetterOutlines(layout, run, place);
-  if (outline.steps.empty()) return;
+void SvgCanvas::FillLetters(const Outline& letters, const Color& color) {
+  if (letters.steps.empty()) return;
   m_Text += "<path d=\"";
-  AppendPath(m_Text, outline);
+  AppendPath(m_Text, letters);
   m_Text += "\" fill=\"";
   AppendColor(m_Text, color);
   m_Text += "\"/>\n";
+}
+
+void SvgCanvas::DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) {
+  if (m_Outlines) {
+    FillLetters(LetterOutlines(layout, place), color);
+  } else {
+    DrawLettersOnCircle(layout, color, place);
+  }
+}
+
+// The circle begins where the text does and goes round clockwise, so that no viewer has to measure
+// the text to find its place. An upright one is moved to its center, which keeps numbers exact.
+//
+//     <defs><path id="circle-1" d="M begin A r r 0 1 1 opposite A r r 0 1 1 begin"/></defs>
+//     <text ...><textPath xlink:href="#circle-1">letters</textPath></text>
+void SvgCanvas::DrawLettersOnCircle(const text::ArcLayout& layout, const Color& color,
+                                    const TM& place) {
+  const bool upright = IsUpright(place);
+  const double x = layout.Radius() * std::sin(layout.Begin());
+  const double y = -layout.Radius() * std::cos(layout.Begin());
+  const Point center = upright ? Point{place.tx, place.ty} : Point{};
+  const std::string name = "circle-" + std::to_string(++m_Circles);
+  m_Text += "<defs><path id=\"" + name + "\" d=\"M";
+  AppendPoint(m_Text, {center.x + x, center.y + y});
+  for (const double side : {-1, 1}) {
+    m_Text += 'A';
+    AppendPoint(m_Text, {layout.Radius(), layout.Radius()});
+    m_Text += " 0 1 1 ";
+    AppendPoint(m_Text, {center.x + side * x, center.y + side * y});
+  }
+  m_Text += "\"/></defs>\n<text xml:space=\"preserve\" style=\"font-variant-ligatures:none\"";
+  if (!upright) {
+    m_Text += ' ';
+    AppendMatrix(m_Text, place);
+  }
+  const text::PlacedRun& run = layout.Run();
+  AddLetterStyle(run, run.width * run.scaleX, color);
+  m_Text += "><textPath xlink:href=\"#" + name + "\">";
+  AppendEscaped(m_Text, run.text);
+  m_Text += "</textPath></text>\n";
 }
 
 // A file that is placed several times is in the SVG once.

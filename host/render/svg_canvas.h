@@ -1,10 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
 
 #include "host/render/canvas.h"
+
+namespace rastrel::text {
+struct PlacedRun;
+}
 
 namespace rastrel::render {
 
@@ -17,6 +22,10 @@ namespace rastrel::render {
 ///       <g class="blank"> <path/> </g>                      the blank and its edge
 ///       <g class="plate"> <path/> ... </g>                  a path for each pane
 ///       <g class="text"> <text/> ... </g>                   an element for each run, or a path
+///       <g class="text">                                    text on a circle
+///         <defs> <path id="circle-1"/> </defs>              the circle, from the text's beginning
+///         <text> <textPath xlink:href="#circle-1"/> </text>
+///       </g>
 ///       <g class="path"> <path/> </g>                       also class="cut-line"
 ///       <g class="drill-point"> <circle/> <path/> </g>      the hole and its cross
 ///       <g> ... </g>                                        a group and its objects
@@ -43,6 +52,7 @@ class SvgCanvas : public Canvas {
   void DrawCircle(Point centre, double radius, const Pen& pen) override;
   void DrawText(const text::TextLayout& layout, std::size_t run, const Color& color,
                 const TM& place) override;
+  void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) override;
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
 
@@ -50,13 +60,15 @@ class SvgCanvas : public Canvas {
   void AddStroke(const Pen& pen);
   void DrawLetters(const text::TextLayout& layout, std::size_t run, const Color& color,
                    const TM& place);
-  void DrawOutlines(const text::TextLayout& layout, std::size_t run, const Color& color,
-                    const TM& place);
+  void DrawLettersOnCircle(const text::ArcLayout& layout, const Color& color, const TM& place);
+  void FillLetters(const Outline& letters, const Color& color);
+  void AddLetterStyle(const text::PlacedRun& run, double length, const Color& color);
   [[nodiscard]] Expected<std::string> AddressOf(const graphics::Picture& picture);
 
   std::string m_Text;
   bool m_Outlines;
   std::map<const std::string*, std::string> m_Pictures;  // ids of placed files, by their bytes
+  std::size_t m_Circles = 0;                             // that text was set on so far
 };
 
 }  // namespace rastrel::render

@@ -20,16 +20,16 @@ bool IsXmlCharacter(wchar_t character) {
          (code >= 0xE000 && code <= 0xFFFD) || (code >= 0x10000 && code <= 0x10FFFF);
 }
 
-void AppendPoint(std::string& text, const Point& point) {
-  AppendMillimetres(text, point.x);
-  text += ' ';
-  AppendMillimetres(text, point.y);
-}
-
 }  // namespace
 
 void AppendMillimetres(std::string& text, double points) {
   text += os::ShortDecimal(points * MillimetresPerPoint, 4);
+}
+
+void AppendPoint(std::string& text, const Point& point) {
+  AppendMillimetres(text, point.x);
+  text += ' ';
+  AppendMillimetres(text, point.y);
 }
 
 void AppendNumber(std::string& text, double number) { text += os::ShortDecimal(number, 6); }

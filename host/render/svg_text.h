@@ -10,6 +10,8 @@ namespace rastrel::render {
 
 /// Appends points as millimetres: to a ten-thousandth, with a dot, without closing zeros.
 void AppendMillimetres(std::string& text, double points);
+/// Appends a point's coordinates in millimetres, with a space between them.
+void AppendPoint(std::string& text, const Point& point);
 /// Appends a number without a unit: to a millionth, in the same way.
 void AppendNumber(std::string& text, double number);
 /// Appends "#rrggbb".

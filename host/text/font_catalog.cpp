@@ -4,17 +4,14 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <string_view>
-#include <vector>
 
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::text {
 
 namespace {
-
-// The family of a font that has a picture for nearly every letter, and ships with every desktop.
-constexpr const char* Replacement = "DejaVu Sans";
 
 struct FontSetEnd {
   void operator()(FcFontSet* set) const { FcFontSetDestroy(set); }
@@ -91,6 +88,9 @@ int DistanceFromRegular(const FontFace& face) {
 }  // namespace
 
 std::wstring ReplacementNotice(const std::wstring& name, const FontFace& face) {
+  if (Plain(os::Utf8FromWide(name)).empty()) {
+    return L"a text names no font; it is set in " + os::WideFromUtf8(face.family);
+  }
   return L"the font \"" + name + L"\" can't be had; " + os::WideFromUtf8(face.family) +
          L" stands in for it";
 }
@@ -117,11 +117,14 @@ class FontCatalog::Index {
     AddFamilies(fonts);
   }
 
-  // The face of a plain name, or null.
-  [[nodiscard]] const FontFace* Find(const std::string& name) const {
-    const auto found = m_Faces.find(name);
+  // The face of a name, or null.
+  [[nodiscard]] const FontFace* Find(const std::wstring& name) const {
+    const std::string plain = Plain(os::Utf8FromWide(name));
+    const auto found = plain.empty() ? m_Faces.end() : m_Faces.find(plain);
     return found == m_Faces.end() ? nullptr : &found->second;
   }
+
+  [[nodiscard]] const std::set<std::string>& Families() const { return m_Families; }
 
  private:
   // A font may have several families and styles: that of the whole, and a narrower one.
@@ -140,6 +143,7 @@ class FontCatalog::Index {
     std::map<std::string, FontFace> families;
     for (FcPattern* font : fonts) {
       const FontFace face = FaceOfPattern(font);
+      m_Families.insert(face.family);
       for (const std::string& family : TextsOf(font, FC_FAMILY)) {
         const auto [place, added] = families.try_emplace(Plain(family), face);
         if (DistanceFromRegular(face) < DistanceFromRegular(place->second)) place->second = face;
@@ -149,6 +153,7 @@ class FontCatalog::Index {
   }
 
   std::map<std::string, FontFace> m_Faces;
+  std::set<std::string> m_Families;
 };
 
 FontCatalog::FontCatalog(document::Notices& notices)
@@ -156,30 +161,61 @@ FontCatalog::FontCatalog(document::Notices& notices)
 
 FontCatalog::~FontCatalog() = default;
 
-FontFace FontCatalog::FaceOf(int type, const std::wstring& name) const {
+bool FontCatalog::Has(int type, const std::wstring& name) const {
+  return !FaceOf(type, name).replaced;
+}
+
+FontFace FontCatalog::FaceOf(int type, const std::wstring& name,
+                             const std::wstring& replacement) const {
   const bool outline =
       type == host::FONTTYPE_TRUETYPE || type == host::FONTTYPE_TYPE1 || type == host::FONTTYPE_CFF;
-  const FontFace* face = outline ? m_Index->Find(Plain(os::Utf8FromWide(name))) : nullptr;
+  const FontFace* face = outline ? m_Index->Find(name) : nullptr;
   if (face) return *face;
-  FontFace replacement;
-  replacement.family = Replacement;
-  replacement.replaced = true;
-  return replacement;
+  FontFace other;
+  other.family = os::Utf8FromWide(DefaultReplacement);
+  face = m_Index->Find(replacement);
+  const auto chosen = m_Chosen.find(Plain(os::Utf8FromWide(name)));
+  if (!face && chosen != m_Chosen.end()) face = m_Index->Find(chosen->second);
+  if (face) other = *face;
+  other.replaced = true;
+  return other;
 }
 
 const Font* FontCatalog::Get(int type, const std::wstring& name) {
   std::unique_ptr<Font>& font = m_Fonts[{type, name}];
-  if (font) return font.get();
-  font = std::make_unique<Font>();
-  font->id = static_cast<std::uint16_t>(m_Fonts.size());
-  font->name = name;
-  font->type = type;
-  const FontFace face = FaceOf(type, name);
-  if (face.replaced) {
-    font->replacement = os::WideFromUtf8(face.family);
-    m_Notices.Add(ReplacementNotice(name, face));
+  if (!font) {
+    font = std::make_unique<Font>();
+    font->id = static_cast<std::uint16_t>(m_Fonts.size());
+    font->name = name;
+    font->type = type;
   }
+  const FontFace face = FaceOf(type, name);
+  if (!face.replaced) return font.get();
+  const auto chosen = m_Chosen.find(Plain(os::Utf8FromWide(name)));
+  font->replacement = chosen == m_Chosen.end() ? DefaultReplacement : chosen->second;
+  m_Notices.Add(ReplacementNotice(name, face));
   return font.get();
+}
+
+Expected<void> FontCatalog::Replace(const std::wstring& name, const std::wstring& replacement) {
+  if (!m_Index->Find(replacement)) {
+    return FailureOf("the font \"" + os::Utf8FromWide(document::CleanMessage(replacement)) +
+                     "\" is not on this machine");
+  }
+  m_Chosen[Plain(os::Utf8FromWide(name))] = replacement;
+  return {};
+}
+
+bool FontCatalog::IsChosen(const std::wstring& name) const {
+  return m_Chosen.contains(Plain(os::Utf8FromWide(name)));
+}
+
+std::vector<std::wstring> FontCatalog::Families() const {
+  std::vector<std::wstring> families;
+  for (const std::string& family : m_Index->Families()) {
+    if (!family.empty()) families.push_back(os::WideFromUtf8(family));
+  }
+  return families;
 }
 
 }  // namespace rastrel::text

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <span>
 #include <vector>
 
 #include "host/document/notices.h"
@@ -9,6 +10,7 @@
 
 namespace rastrel::text {
 
+using document::ArcTextShape;
 using document::TextShape;
 
 namespace {
@@ -38,6 +40,12 @@ std::wstring NameOf(const TextShape& shape) {
   return L"the text " + Quoted(document::CleanMessage(name));
 }
 
+std::wstring NameOf(const ArcTextShape& shape) {
+  TextShape text;
+  text.lines.emplace_back().runs.push_back(shape.run);
+  return NameOf(text);
+}
+
 std::wstring CodeOf(wchar_t character) {
   char code[16];
   std::snprintf(code, sizeof code, "U+%04lX", static_cast<unsigned long>(character));
@@ -60,52 +68,88 @@ void AddOnce(std::vector<std::wstring>& items, const std::wstring& item) {
 
 bool HasLetters(const std::wstring& text) { return !std::ranges::all_of(text, IsWhitespace); }
 
+bool HasSizeOfNothing(const document::TextRun& run) {
+  return HasLetters(run.text) && !(run.size > 0);
+}
+
 // Whether a part of the text that is no whitespace is asked for in a size that is none.
 bool HasSizeOfNothing(const TextShape& shape) {
-  for (const document::TextLine& line : shape.lines) {
-    for (const document::TextRun& run : line.runs) {
-      if (HasLetters(run.text) && !(run.size > 0)) return true;
-    }
+  return std::ranges::any_of(shape.lines, [](const document::TextLine& line) {
+    return std::ranges::any_of(line.runs,
+                               [](const document::TextRun& run) { return HasSizeOfNothing(run); });
+  });
+}
+
+bool IsHidden(const PlacedRun& run, double scale) {
+  const double smallest = run.size * std::min(run.scaleX, run.scaleY) * scale;
+  return HasLetters(run.text) && !(smallest >= SmallestVisibleLetter);
+}
+
+std::wstring SizeOfNothing(const std::wstring& name) {
+  return name + L" has letters of the size 0, which can't be seen";
+}
+
+// Both below are of a text of that name.
+std::optional<std::wstring> MissingLetters(const std::wstring& name,
+                                           std::span<const PlacedRun> runs) {
+  std::vector<std::wstring> characters;
+  std::vector<std::wstring> fonts;
+  for (const PlacedRun& run : runs) {
+    for (const wchar_t character : run.missing) AddOnce(characters, CodeOf(character));
+    if (!run.missing.empty()) AddOnce(fonts, Quoted(os::WideFromUtf8(run.face.family)));
   }
-  return false;
+  if (characters.empty()) return std::nullopt;
+  return name + L" has characters that neither " + Listed(fonts) +
+         L" nor another font has, and boxes stand in for them: " + Listed(characters);
+}
+
+std::optional<std::wstring> UnreadableFonts(const std::wstring& name,
+                                            std::span<const PlacedRun> runs) {
+  std::vector<std::wstring> fonts;
+  for (const PlacedRun& run : runs) {
+    if (run.isFontUnreadable) AddOnce(fonts, Quoted(os::WideFromUtf8(run.face.family)));
+  }
+  if (fonts.empty()) return std::nullopt;
+  return L"a font of " + name + L" can't be opened: " + Listed(fonts);
 }
 
 }  // namespace
 
 std::optional<std::wstring> MissingLettersNotice(const TextShape& shape, const TextLayout& layout) {
-  std::vector<std::wstring> characters;
-  std::vector<std::wstring> fonts;
-  for (const PlacedRun& run : layout.Runs()) {
-    for (const wchar_t character : run.missing) AddOnce(characters, CodeOf(character));
-    if (!run.missing.empty()) AddOnce(fonts, Quoted(os::WideFromUtf8(run.face.family)));
-  }
-  if (characters.empty()) return std::nullopt;
-  return NameOf(shape) + L" has characters that neither " + Listed(fonts) +
-         L" nor another font has, and boxes stand in for them: " + Listed(characters);
+  return MissingLetters(NameOf(shape), layout.Runs());
+}
+
+std::optional<std::wstring> MissingLettersNotice(const ArcTextShape& shape,
+                                                 const ArcLayout& layout) {
+  return MissingLetters(NameOf(shape), {&layout.Run(), 1});
 }
 
 std::optional<std::wstring> InvisibleTextNotice(const TextShape& shape, const TextLayout& layout,
                                                 double scale) {
-  if (HasSizeOfNothing(shape)) {
-    return NameOf(shape) + L" has letters of the size 0, which can't be seen";
-  }
-  const bool hidden = std::ranges::any_of(layout.Runs(), [scale](const PlacedRun& run) {
-    const double smallest = run.size * std::min(run.scaleX, run.scaleY) * scale;
-    return HasLetters(run.text) && !(smallest >= SmallestVisibleLetter);
-  });
+  if (HasSizeOfNothing(shape)) return SizeOfNothing(NameOf(shape));
+  const bool hidden = std::ranges::any_of(
+      layout.Runs(), [scale](const PlacedRun& run) { return IsHidden(run, scale); });
   if (!hidden) return std::nullopt;
   return NameOf(shape) +
          L" can't be seen: its letters are narrower or lower than 0.1 mm in the room between its "
          L"margins";
 }
 
+std::optional<std::wstring> InvisibleTextNotice(const ArcTextShape& shape, const ArcLayout& layout,
+                                                double scale) {
+  if (HasSizeOfNothing(shape.run)) return SizeOfNothing(NameOf(shape));
+  if (!IsHidden(layout.Run(), scale)) return std::nullopt;
+  return NameOf(shape) +
+         L" can't be seen: its letters are narrower or lower than 0.1 mm on its circle";
+}
+
 std::optional<std::wstring> UnreadableFontNotice(const TextShape& shape, const TextLayout& layout) {
-  std::vector<std::wstring> fonts;
-  for (const PlacedRun& run : layout.Runs()) {
-    if (run.isFontUnreadable) AddOnce(fonts, Quoted(os::WideFromUtf8(run.face.family)));
-  }
-  if (fonts.empty()) return std::nullopt;
-  return L"a font of " + NameOf(shape) + L" can't be opened: " + Listed(fonts);
+  return UnreadableFonts(NameOf(shape), layout.Runs());
+}
+
+std::optional<std::wstring> UnreadableFontNotice(const ArcTextShape& shape,
+                                                 const ArcLayout& layout) {
+  return UnreadableFonts(NameOf(shape), {&layout.Run(), 1});
 }
 
 }  // namespace rastrel::text

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/document/shapes.h"
+#include "host/text/arc_layout.h"
 #include "host/text/text_layout.h"
 
 /// Checks of a text as it was laid out: sentences about letters that a drawing would lack. A text
@@ -29,5 +30,14 @@ inline constexpr double SmallestVisibleLetter = 0.1 / 25.4 * 72;
 /// Says which font can't be opened, so that its letters would be missing. Nothing if all can.
 [[nodiscard]] std::optional<std::wstring> UnreadableFontNotice(const document::TextShape& shape,
                                                                const TextLayout& layout);
+
+/// The same of a text on a circle.
+[[nodiscard]] std::optional<std::wstring> MissingLettersNotice(const document::ArcTextShape& shape,
+                                                               const ArcLayout& layout);
+[[nodiscard]] std::optional<std::wstring> InvisibleTextNotice(const document::ArcTextShape& shape,
+                                                              const ArcLayout& layout,
+                                                              double scale);
+[[nodiscard]] std::optional<std::wstring> UnreadableFontNotice(const document::ArcTextShape& shape,
+                                                               const ArcLayout& layout);
 
 }  // namespace rastrel::text

@@ -1,14 +1,12 @@
 #include "host/text/text_layout.h"
 
-#include <pango/pangocairo.h>
-
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string_view>
 #include <utility>
 
-#include "rastrel/platform/os/text.h"
-#include "rastrel/platform/values/world.h"
+#include "host/text/pango_letters.h"
 
 namespace rastrel::text {
 
@@ -18,95 +16,58 @@ using document::TextShape;
 
 namespace {
 
-constexpr double PointsPerInch = 72;
-// Sizes beyond these are laid out as these.
-constexpr double SmallestSize = 0.01;
-constexpr double LargestSize = 100'000;
-// Letters are measured in one size and scaled to their own: Pango counts 1/1024 points in 32 bits,
-// in which neither a tiny letter has a width nor a huge line an end.
-constexpr double MeasuredSize = 100;
-// For the same reason a long run is cut; so many of the widest letters stay within the bits.
-constexpr std::size_t MaximumPiece = 4096;
-// Beyond every page. Keeps all coordinates of a frame finite.
-constexpr double Far = 1e9;
-
-template <typename Kind>
-struct ObjectEnd {
-  void operator()(Kind* object) const { g_object_unref(object); }
-};
-template <typename Kind>
-using Owned = std::unique_ptr<Kind, ObjectEnd<Kind>>;
-
-struct DescriptionEnd {
-  void operator()(PangoFontDescription* description) const {
-    pango_font_description_free(description);
-  }
-};
-
-double Bounded(double value) { return std::isnan(value) ? 0 : std::clamp(value, -Far, Far); }
-double PointsFromText(double value) {
-  return Bounded(value / host::TextUnitsPerInch * PointsPerInch);
-}
-double PointsFromWorld(double value) {
-  return Bounded(value / host::CentimetresPerInch * PointsPerInch);
-}
-
-// Letters are placed by the font, and not on a grid of pixels: the same on paper and on screen.
-Owned<PangoContext> NewContext() {
-  const Owned<PangoFontMap> map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-  pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), PointsPerInch);
-  Owned<PangoContext> context(pango_font_map_create_context(map.get()));
-  cairo_font_options_t* options = cairo_font_options_create();
-  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-  cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY);
-  pango_cairo_context_set_font_options(context.get(), options);
-  cairo_font_options_destroy(options);
-  pango_context_set_round_glyph_positions(context.get(), FALSE);
-  // The locale's preferred script must not change a picture.
-  pango_context_set_language(context.get(), pango_language_from_string("en"));
-  return context;
-}
-
-// Fonts are found and opened once.
-PangoContext* Context() {
-  static const Owned<PangoContext> context = NewContext();
-  return context.get();
-}
-
-double SizeOf(const TextRun& run) {
-  const double points = PointsFromText(run.size);
-  return std::clamp(points, SmallestSize, LargestSize);
-}
-
-Owned<PangoLayout> LettersOf(const PangoFontDescription* font, std::wstring_view text) {
-  Owned<PangoLayout> layout(pango_layout_new(Context()));
-  pango_layout_set_font_description(layout.get(), font);
-  pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-  const std::string bytes = os::Utf8FromWide(text);
-  pango_layout_set_text(layout.get(), bytes.data(), static_cast<int>(bytes.size()));
-  return layout;
-}
-
-std::unique_ptr<PangoFontDescription, DescriptionEnd> DescriptionOf(const FontFace& face) {
-  std::unique_ptr<PangoFontDescription, DescriptionEnd> font(pango_font_description_new());
-  pango_font_description_set_family(font.get(), face.family.c_str());
-  pango_font_description_set_weight(font.get(), static_cast<PangoWeight>(face.weight));
-  pango_font_description_set_stretch(font.get(), static_cast<PangoStretch>(face.stretch));
-  pango_font_description_set_style(font.get(),
-                                   face.italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
-  pango_font_description_set_absolute_size(font.get(), MeasuredSize * PANGO_SCALE);
-  return font;
-}
-
 // The one size of a text whose lines are to be of equal height; 0 for any other text.
 double CommonSize(const TextShape& shape) {
   if (shape.paragraph.lineFit != LINEFIT_EQUAL_HEIGHT) return 0;
   double size = 0;
   for (const TextLine& line : shape.lines) {
-    for (const TextRun& run : line.runs) size = std::max(size, SizeOf(run));
+    for (const TextRun& run : line.runs) size = std::max(size, LetterSize(run));
   }
   return size;
+}
+
+// The levels of a line's runs: even ones run to the right. Runs without a direction follow those
+// round them if both have the same one, and else the line, whose direction is that of its first run
+// with one.
+std::vector<int> LevelsOf(const std::vector<Direction>& directions) {
+  const auto first =
+      std::ranges::find_if(directions, [](Direction one) { return one != Direction::None; });
+  const bool toLeft = first != directions.end() && *first == Direction::RightToLeft;
+  const auto levelOf = [&](Direction one) {
+    return one == Direction::RightToLeft ? 1 : toLeft ? 2 : 0;
+  };
+  std::vector<int> levels(directions.size(), toLeft ? 1 : 0);
+  Direction before = Direction::None;
+  for (std::size_t i = 0; i < directions.size(); ++i) {
+    if (directions[i] != Direction::None) {
+      before = directions[i];
+      levels[i] = levelOf(before);
+      continue;
+    }
+    const auto after =
+        std::find_if(directions.begin() + static_cast<std::ptrdiff_t>(i), directions.end(),
+                     [](Direction one) { return one != Direction::None; });
+    if (after != directions.end() && *after == before) levels[i] = levelOf(before);
+  }
+  return levels;
+}
+
+// The places of a line's runs from left to right: whatever has a level, or a higher one, is turned
+// round, from the highest level to the lowest.
+std::vector<std::size_t> VisualOrder(const std::vector<Direction>& directions) {
+  const std::vector<int> levels = LevelsOf(directions);
+  std::vector<std::size_t> order(levels.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  for (const int level : {2, 1}) {
+    const auto turned = [&](std::size_t place) { return levels[place] >= level; };
+    auto begin = order.begin();
+    while ((begin = std::find_if(begin, order.end(), turned)) != order.end()) {
+      const auto end = std::find_if_not(begin, order.end(), turned);
+      std::reverse(begin, end);
+      begin = end;
+    }
+  }
+  return order;
 }
 
 // The room for lines, in points.
@@ -127,51 +88,6 @@ Room RoomOf(const TextShape& shape) {
   return {frameLeft + left, frameTop - top,
           std::max(0.0, PointsFromWorld(frame.right) - frameLeft - left - right),
           std::max(0.0, frameTop - PointsFromWorld(frame.bottom) - top - bottom)};
-}
-
-struct Extents {
-  double width, ascent, descent;
-};
-
-// Of letters in the size that they are measured in.
-Extents ExtentsOf(PangoLayout* letters) {
-  PangoRectangle logical;
-  pango_layout_line_get_extents(pango_layout_get_line_readonly(letters, 0), nullptr, &logical);
-  return {static_cast<double>(logical.width) / PANGO_SCALE,
-          -static_cast<double>(logical.y) / PANGO_SCALE,
-          static_cast<double>(logical.y + logical.height) / PANGO_SCALE};
-}
-
-// The character of a glyph for which no font has a picture.
-wchar_t CharacterOf(PangoGlyph unknown) {
-  constexpr PangoGlyph lastCharacter = 0x10FFFF;
-  const PangoGlyph code = unknown & ~PANGO_GLYPH_UNKNOWN_FLAG;
-  return static_cast<wchar_t>(code <= lastCharacter ? code : 0xFFFD);
-}
-
-void AddMissing(const PangoGlyphString& glyphs, std::wstring& missing) {
-  for (int i = 0; i < glyphs.num_glyphs; ++i) {
-    const PangoGlyph glyph = glyphs.glyphs[i].glyph;
-    if (glyph == PANGO_GLYPH_EMPTY || (glyph & PANGO_GLYPH_UNKNOWN_FLAG) == 0) continue;
-    const wchar_t character = CharacterOf(glyph);
-    if (missing.find(character) == std::wstring::npos) missing += character;
-  }
-}
-
-bool CanOpen(PangoFont* font) {
-  cairo_scaled_font_t* opened = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
-  return opened && cairo_scaled_font_status(opened) == CAIRO_STATUS_SUCCESS;
-}
-
-// The direction of the letters, and those that will not show.
-void Examine(PangoLayout* letters, PlacedRun& run) {
-  PangoLayoutLine* line = pango_layout_get_line_readonly(letters, 0);
-  run.rightToLeft = pango_layout_line_get_resolved_direction(line) == PANGO_DIRECTION_RTL;
-  for (const GSList* part = line->runs; part; part = part->next) {
-    const auto* item = static_cast<const PangoGlyphItem*>(part->data);
-    if (!CanOpen(item->item->analysis.font)) run.isFontUnreadable = true;
-    AddMissing(*item->glyphs, run.missing);
-  }
 }
 
 }  // namespace
@@ -196,7 +112,8 @@ struct TextLayout::Line {
   double width = 0;
   double ascent = 0;
   double descent = 0;
-  double leading = 0;
+  double leading = 0;  // its own; 0 for none
+  double drop = 0;     // its base line below that of the line before; of the first, below the top
   double scaleX = 1;
   double scaleY = 1;
 };
@@ -212,14 +129,14 @@ TextLayout::~TextLayout() = default;
 
 // Appends a run to a line, in pieces if it is long.
 void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& fonts, Line& line) {
-  const FontFace face = fonts.FaceOf(run.fontType, run.font);
+  const FontFace face = fonts.FaceOf(run.fontType, run.font, run.replacement);
   const auto font = DescriptionOf(face);
   const double scale = size / MeasuredSize;
   const std::wstring_view text = run.text;
   for (std::size_t begin = 0; begin < text.size(); begin += MaximumPiece) {
     const std::wstring_view piece = text.substr(begin, MaximumPiece);
     auto letters = std::make_unique<Letters>(Letters{LettersOf(font.get(), piece), scale});
-    const Extents extents = ExtentsOf(letters->layout.get());
+    const LetterExtents extents = ExtentsOf(letters->layout.get());
     // `left` is that within the line until the line has its place.
     m_Runs.push_back({std::wstring(piece),
                       face,
@@ -234,7 +151,10 @@ void TextLayout::AddRun(const TextRun& run, double size, const FontCatalog& font
                       false,
                       false,
                       {}});
-    Examine(letters->layout.get(), m_Runs.back());
+    LetterFaults faults = Examine(letters->layout.get());
+    m_Runs.back().rightToLeft = faults.rightToLeft;
+    m_Runs.back().isFontUnreadable = faults.isFontUnreadable;
+    m_Runs.back().missing = std::move(faults.missing);
     m_Letters.push_back(std::move(letters));
     line.width += extents.width * scale;
     line.ascent = std::max(line.ascent, extents.ascent * scale);
@@ -249,14 +169,30 @@ void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
     line->justification = source.justification;
     line->firstRun = m_Runs.size();
     for (const TextRun& run : source.runs) {
-      AddRun(run, common > 0 ? common : SizeOf(run), fonts, *line);
+      AddRun(run, common > 0 ? common : LetterSize(run), fonts, *line);
     }
     line->runCount = m_Runs.size() - line->firstRun;
+    OrderRuns(*line);
     if (source.spacingKind == 0 && source.leading > 0)
       line->leading = PointsFromText(source.leading);
     m_Content.push_back(std::move(line));
   }
   FillEmptyLines();
+}
+
+// Places the runs of a line from left to right by their levels, as the Unicode bidirectional
+// algorithm does for letters (UAX 9, rules N1, N2 and L2). Within a run Pango orders the letters.
+void TextLayout::OrderRuns(Line& line) {
+  const auto runs = std::span(m_Runs).subspan(line.firstRun, line.runCount);
+  if (std::ranges::none_of(runs, &PlacedRun::rightToLeft)) return;
+  std::vector<Direction> directions;
+  for (const PlacedRun& run : runs) directions.push_back(DirectionOf(run.text));
+  double left = 0;
+  for (const std::size_t place : VisualOrder(directions)) {
+    PlacedRun& run = runs[place];
+    run.left = left;
+    left += run.width;
+  }
 }
 
 // A line without letters takes as much room as the one before it; before the first with letters, as
@@ -271,8 +207,20 @@ void TextLayout::FillEmptyLines() {
       line->ascent = model->ascent;
       line->descent = model->descent;
     }
-    if (line->leading <= 0) line->leading = line->ascent + line->descent;
   }
+  const Line* before = nullptr;
+  for (const auto& line : m_Content) {
+    line->drop = line->ascent + (before ? before->descent : 0);
+    if (before && line->leading > 0) line->drop = line->leading;
+    before = line.get();
+  }
+}
+
+// From the top of the first line to the foot of the last.
+double TextLayout::Height() const {
+  double height = m_Content.empty() ? 0 : m_Content.back()->descent;
+  for (const auto& line : m_Content) height += line->drop;
+  return height;
 }
 
 void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
@@ -282,11 +230,10 @@ void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
     common = std::min(common, line->scaleX);
   }
   const bool each = shape.paragraph.lineFit == LINEFIT_EACH_LINE;
-  double total = 0;
   for (const auto& line : m_Content) {
     if (!each) line->scaleX = common;
-    total += line->leading;
   }
+  const double total = Height();
   if (total <= height || total <= 0) return;
   // Too high: the whole text becomes smaller, which widths take part in.
   const double smaller = height / total;
@@ -295,17 +242,16 @@ void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
     line->scaleY = smaller;
     line->ascent *= smaller;
     line->descent *= smaller;
-    line->leading *= smaller;
+    line->drop *= smaller;
   }
 }
 
 void TextLayout::Place(const TextShape& shape) {
   const Room room = RoomOf(shape);
-  double total = 0;
-  for (const auto& line : m_Content) total += line->leading;
   const bool block = shape.lineMode != 1;
-  double top = room.top - (block ? (room.height - total) / 2 : 0);
+  double baseline = room.top - (block ? (room.height - Height()) / 2 : 0);
   for (const auto& line : m_Content) {
+    baseline -= line->drop;
     PlacedLine placed;
     placed.natural = line->width;
     placed.scaleX = line->scaleX;
@@ -313,9 +259,7 @@ void TextLayout::Place(const TextShape& shape) {
     placed.width = line->width * line->scaleX;
     placed.ascent = line->ascent;
     placed.descent = line->descent;
-    // The letters are in the middle of their leading.
-    const double spare = line->leading - line->ascent - line->descent;
-    placed.baseline = top - spare / 2 - line->ascent;
+    placed.baseline = baseline;
     const double over = room.width - placed.width;
     placed.left = room.left + (line->justification == JUSTIFY_CENTER  ? over / 2
                                : line->justification == JUSTIFY_RIGHT ? over
@@ -328,7 +272,6 @@ void TextLayout::Place(const TextShape& shape) {
       run.scaleY = line->scaleY;
     }
     m_Lines.push_back(placed);
-    top -= line->leading;
   }
 }
 

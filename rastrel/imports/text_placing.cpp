@@ -96,17 +96,18 @@ void SetTextMargins(PlacedText& text, int perMille) {
   engine->FitTextToFrame(paragraph, text.current.lines);
 }
 
-void PasteText(PlacedText& text, wchar_t* fontName, double size, std::wstring_view characters) {
+bool PasteText(PlacedText& text, wchar_t* fontName, double size, std::wstring_view characters) {
   host::TextCompose* const engine = Engine();
-  if (!text.isOpen || engine == nullptr || text.current.style == nullptr) return;
+  if (!text.isOpen || engine == nullptr || text.current.style == nullptr) return false;
   const int type = FontTypeOf(fontName);
   const FontRecord* const font = engine->AddFont(0, type, fontName, -1, 1);
-  if (font == nullptr) return;
+  if (font == nullptr) return false;
   text.current.style->font = font;
   // Documents hold sizes that went through a single precision number, and compare them exactly.
   text.current.style->size = static_cast<double>(static_cast<float>(size * host::TextUnitsPerInch));
   engine->edPasteString(std::wstring(characters).c_str(), static_cast<int>(characters.size()), 0,
                         nullptr, false);
+  return true;
 }
 
 host::ObjectHandle CloseText(PlacedText& text) {

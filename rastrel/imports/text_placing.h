@@ -29,8 +29,9 @@ void SetTextLines(PlacedText& text, int justification);
 void SetTextMargins(PlacedText& text, int perMille);
 
 /// Pastes text in a font, given by a file name (which is cut, see font_type.h), at a size in
-/// inches. Does nothing while no paragraph is open, or if the engine does not have the font.
-void PasteText(PlacedText& text, wchar_t* fontName, double size, std::wstring_view characters);
+/// inches. False, with nothing pasted, while no paragraph is open, or if the engine does not have
+/// the font.
+bool PasteText(PlacedText& text, wchar_t* fontName, double size, std::wstring_view characters);
 
 /// Closes the paragraph and adds it to the document as an object, in an undo step. 0 if no
 /// paragraph is open or no object could be made. isOpen stays set, and the records are gone.

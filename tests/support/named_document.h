@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
@@ -12,13 +13,14 @@
 
 namespace rastrel::test {
 
-/// A document in memory under the name "file.xml", written anew as often as one likes, and a data
-/// root of its own, whose log begins anew now and then: refused documents are reported there.
+/// A document in memory under a name, written anew as often as one likes, and a data root of its
+/// own, whose log begins anew now and then: refused documents are reported there.
 class NamedDocument {
  public:
-  NamedDocument() : m_Home("RASTREL_HOME", m_Root.Path()) {
+  explicit NamedDocument(std::string name = "file.xml")
+      : m_Name(std::move(name)), m_Home("RASTREL_HOME", m_Root.Path()) {
     ForgetLog();
-    std::filesystem::create_symlink(m_File.Path(), m_Root.Path("file.xml"));
+    std::filesystem::create_symlink(m_File.Path(), m_Root.Path(m_Name));
   }
   ~NamedDocument() { ForgetLog(); }
   NamedDocument(const NamedDocument&) = delete;
@@ -29,7 +31,7 @@ class NamedDocument {
     constexpr int documentsPerLog = 20000;
     if (++m_Documents % documentsPerLog == 0) CAppLog::DeleteInstance();
     m_File.Write(content);
-    return m_Root.Wide("file.xml");
+    return m_Root.Wide(m_Name);
   }
 
  private:
@@ -38,6 +40,7 @@ class NamedDocument {
     CExePaths::DeleteInstance();
   }
 
+  std::string m_Name;
   MemoryScratchDirectory m_Root;
   EnvironmentGuard m_Home;
   MemoryFile m_File;

@@ -28,6 +28,8 @@ class ScriptedViews : public host::DialogViews {
   std::vector<std::pair<std::string, Action>> m_Actions;
   /// Called at every turn of the loop.
   Action m_OnTurn;
+  /// Whether a person is there to answer.
+  bool m_CanAsk = true;
   /// No view can be had.
   bool m_Refuses = false;
 
@@ -47,6 +49,7 @@ class ScriptedViews : public host::DialogViews {
   void ShowMessage(CWnd*, const std::wstring& text, const std::wstring& title) override {
     Tell("message " + os::Utf8FromWide(title) + ": " + os::Utf8FromWide(text));
   }
+  bool CanAsk() override { return m_CanAsk; }
 
  private:
   class Face : public host::DialogView {

@@ -25,8 +25,9 @@ namespace rastrel::host {
 /// for want of memory.
 ///
 /// Measures are world units (centimetres) unless an operation says text units (thousandths of an
-/// inch). Texts are wide, end with a zero, and are never null; paths are texts with either
-/// separator. A text or an object that is passed in belongs to the caller and ends with the call.
+/// inch). New objects are on the page on show, or on page 1 when all are. Texts are wide, end with
+/// a zero, and are never null; paths are texts with either separator. A text or an object that is
+/// passed in belongs to the caller and ends with the call.
 ///
 /// An operation that is not pure has a default for a host that leaves it out. The default changes
 /// nothing and returns the value that the operation's comment names.

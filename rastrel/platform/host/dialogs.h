@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "rastrel/platform/os/handle.h"
 
@@ -31,7 +32,12 @@ class CWnd;
 ///   that many of them leave the loop time for the user.
 /// - A pressed button is Command(its identifier). Escape, the window's close button and the
 ///   session's end are Command(CancelCommand).
-/// - The time since RunModal began is the view's own to show.
+/// - The time since RunModal began is the view's own to show, where a progress bar is.
+/// - A list is filled from GetEntries before RunModal shows it, with GetChosen as the chosen entry,
+///   and each choice of the user's goes to Choose. The list belongs to the text above it.
+/// - An ampersand in a control's text is in front of the letter that is its key. A view without
+/// such
+///   keys leaves it out.
 /// - Where no user could press anything (no display, no terminal), a view cancels the dialog once
 ///   only a user could end it: see MayEndByItself.
 namespace rastrel::host {
@@ -45,12 +51,17 @@ inline constexpr int CancelCommand = 2;
 inline constexpr int TitleControl = 0;
 
 /// The kinds of control.
-enum class ControlKind { Text, Progress, Button };
+enum class ControlKind {
+  Text,
+  Progress,
+  Button,
+  Fonts  ///< a list of fonts by name, of which one is chosen; a window shows a sample of it
+};
 
 /// A control of a dialog.
 struct DialogControl {
   int id;               ///< unique in the dialog
-  ControlKind kind;     ///< a line of text, a progress bar or a button
+  ControlKind kind;     ///< a line of text, a progress bar, a button or a list
   const wchar_t* text;  ///< with its translation mark, ends with a zero; empty without a fixed text
 };
 
@@ -86,6 +97,13 @@ class DialogLogic {
   /// asks before HandleMessages: if it is false, and HandleMessages then takes nothing, only
   /// Command ends the dialog.
   [[nodiscard]] virtual bool MayEndByItself() const = 0;
+
+  /// The entries of a list, as they are to be shown. By default none.
+  [[nodiscard]] virtual std::vector<std::wstring> GetEntries(int /*control*/) const { return {}; }
+  /// The chosen entry of a list, from 0. By default 0.
+  [[nodiscard]] virtual std::size_t GetChosen(int /*control*/) const { return 0; }
+  /// The user chose an entry of a list. One that the list does not have changes nothing.
+  virtual void Choose(int /*control*/, std::size_t /*entry*/) {}
 };
 
 /// One dialog on show. The library owns it and destroys it when the dialog is over.
@@ -120,6 +138,10 @@ class DialogViews {
   [[nodiscard]] virtual std::unique_ptr<DialogView> MakeView(DialogLogic& dialog) = 0;
   /// Shows the user a message and waits until it has been read. `parent` may be null.
   virtual void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) = 0;
+
+  /// True if a person can answer a dialog that asks something. By default false: the dialog is not
+  /// shown, and its usual answer counts.
+  [[nodiscard]] virtual bool CanAsk() { return false; }
 };
 
 }  // namespace rastrel::host

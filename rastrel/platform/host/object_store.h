@@ -36,7 +36,8 @@ using ElementData = std::variant<const ParagraphEle*, const POLYARC*>;
 /// throws but for want of memory.
 ///
 /// An operation on object 0, on an object that is gone, or on a list that was destroyed does
-/// nothing and returns 0, null or `None`. Measures are world units (centimetres).
+/// nothing and returns 0, null or `None`. Measures are world units (centimetres). A new object is
+/// on the page on show (`Application::GetDisplayPage`), or on page 1 when all are.
 ///
 /// An operation that is not pure has a default for a host that leaves it out: it changes nothing
 /// and returns the value that its comment names. A host without them can still take every import

@@ -57,6 +57,7 @@ class RASTREL_API TextCompose {
   /// Opens a paragraph in the frame between two opposite corners. The library passes 4. Unlike most
   /// operations it returns 0 for success; then a `CloseParagraph` must follow. Non-zero, and
   /// nothing is open, while another paragraph is open and for corners without an area between them.
+  /// A new text that is still open was given up by the library, and is dropped.
   [[nodiscard]] virtual int OpenParagraph(int kind, const ParagraphInfo& info,
                                           const NewWorldPt& first, const NewWorldPt& second) = 0;
   /// Reads the open paragraph's records; all null if none is open. They belong to the engine and
@@ -81,9 +82,10 @@ class RASTREL_API TextCompose {
   // --- Fonts and content ---
 
   /// A font by its type (a FontType) and its name: a file's without extension, or a family with its
-  /// style. The engine owns it and keeps it until the host ends. Null if there is no such font, as
-  /// for an empty name; a host that replaces missing fonts by itself returns the replacement. The
-  /// library passes 0 first, and -1, 1 or 0, 0 last.
+  /// style. The engine owns it and keeps it until the host ends. The library passes 0 first, and
+  /// last either -1, 1 or 0, 0. After -1 it has no answer to a missing font but to drop the text: a
+  /// host that replaces missing fonts returns the replacement, and null for an empty name alone.
+  /// After 0 it asks for a replacement itself (below): null for every missing font.
   [[nodiscard]] virtual const FontRecord* AddFont(int reserved, int type, const wchar_t* name,
                                                   int weight, int italic) = 0;
   /// Appends text to the open paragraph, or to the new text, in the current style. CR LF begins a
@@ -96,11 +98,12 @@ class RASTREL_API TextCompose {
 
   // --- Fonts in place of missing ones ---
 
-  /// The replacements kept under a name, owned by the caller. By default null.
+  /// The replacements kept under a name, owned by the caller. By default null: the host has no
+  /// replacements, and the two operations that need one are not called.
   [[nodiscard]] virtual std::unique_ptr<CFontReplacement> NewFontReplacement(const wchar_t* name);
   /// Asks the user for a font in place of a missing one and keeps the answer in `replacement`. The
-  /// font is the engine's. Null if the user cancels, and the import then ends. The library passes
-  /// -1 twice. By default null.
+  /// font is the engine's. Null if the user cancels, and the import then ends; a host where nobody
+  /// can be asked chooses by itself. The library passes -1 twice. By default null.
   [[nodiscard]] virtual const FontRecord* ChooseReplacementFont(CFontReplacement& replacement,
                                                                 const wchar_t* name, int weight,
                                                                 int italic);
@@ -108,10 +111,14 @@ class RASTREL_API TextCompose {
   // --- New text ---
 
   /// Opens a text object between its lower left and its upper right corner. `window` may be null;
-  /// the library passes 1. `GetCurParagraph` then reads its records. By default nothing.
+  /// the library passes 1. `GetCurParagraph` then reads its records. A new text that is still open
+  /// was given up by the library, and is dropped. Nothing is open after corners without an area
+  /// between them, or while a paragraph is: `GetCurParagraph` then returns nulls. By default
+  /// nothing.
   virtual void InitNewText(CWnd* window, const NewWorldPt& first, const NewWorldPt& second,
                            int kind);
-  /// Closes the new text, keeps it (1), and puts it into the document. By default nothing.
+  /// Closes the new text, keeps it (1), and puts it into the document, on the page on show or on
+  /// page 1 when all are. By default nothing.
   virtual void TerminateNewText(CWnd* window, int keep);
   /// The object of the new text that was closed last; 0 if there is none. By default 0.
   [[nodiscard]] virtual ObjectHandle GetTerminateTextEditHI();

@@ -9,6 +9,7 @@
 ///
 ///   settings.ini
 ///   devices.txt                          where pages are delivered to
+///   plotters/0.ini                       settings of plotters, made by hand
 ///   Queue/JobSpool.exe                   the queue program
 ///   Queue/rip/corerast.exe               the RIP
 ///   Queue/rip/coreodalis.exe             the output engine

@@ -9,11 +9,19 @@
 namespace {
 
 constexpr double ChannelScale = 255.0;
+constexpr double Percent = 100.0;
 constexpr int KnownLayout = 1;
 constexpr std::uint32_t InvisibleFlag = 1;
 
 void Give(double* target, double value) {
   if (target != nullptr) *target = value;
+}
+
+// The inks as fractions. One ink of more than all of it can only be a percent.
+std::array<double, 4> Fractions(std::array<double, 4> inks) {
+  if (std::ranges::none_of(inks, [](double ink) { return ink > 1; })) return inks;
+  for (double& ink : inks) ink /= Percent;
+  return inks;
 }
 
 bool IsKnown(std::uint32_t space) { return space == COLORSPACE_RGB || space == COLORSPACE_CMYK; }
@@ -47,8 +55,9 @@ void CVKColor::SetColor(const double& r, const double& g, const double& b, COLOR
 void CVKColor::GetColorChannels(double* r, double* g, double* b, double* unused) const {
   std::array<double, 4> channels = m_Components;
   if (m_Space == COLORSPACE_CMYK) {
+    const std::array<double, 4> inks = Fractions(m_Components);
     for (std::size_t index = 0; index < 3; ++index)
-      channels.at(index) = ChannelScale * (1 - m_Components.at(index)) * (1 - m_Components[3]);
+      channels.at(index) = ChannelScale * (1 - inks.at(index)) * (1 - inks[3]);
   }
   Give(r, channels[0]);
   Give(g, channels[1]);
@@ -57,7 +66,7 @@ void CVKColor::GetColorChannels(double* r, double* g, double* b, double* unused)
 }
 
 void CVKColor::GetCMYKcolor(double* c, double* m, double* y, double* k) const {
-  std::array<double, 4> inks = m_Components;
+  std::array<double, 4> inks = Fractions(m_Components);
   if (m_Space != COLORSPACE_CMYK) {
     for (std::size_t index = 0; index < 3; ++index)
       inks.at(index) = 1 - m_Components.at(index) / ChannelScale;

@@ -13,8 +13,9 @@ class CStream;
 /// The color spaces that the library hands over, with the host's numbers.
 enum COLORSPACE : int { COLORSPACE_RGB = 1, COLORSPACE_CMYK = 3 };
 
-/// A color of the host: its space and its components as they were set, not clipped. CMYK is
-/// normally 0 to 1 each, RGB 0 to 255. A new one is RGB black. A value; one thread at a time.
+/// A color of the host: its space and its components as they were set, not clipped. RGB is 0 to 255
+/// each. CMYK is 0 to 1 each, or 0 to 100: some templates give percents, and where a component is
+/// above 1 all four are read as percents. A new one is RGB black. A value; one thread at a time.
 class RASTREL_API CVKColor {
  public:
   CVKColor() = default;
@@ -37,10 +38,12 @@ class RASTREL_API CVKColor {
   [[nodiscard]] bool IsInvisible() const { return m_Invisible; }
 
   /// Red, green and blue from 0 to 255. A CMYK color is turned into them without a profile:
-  /// 255 (1 - ink) (1 - black). The last argument receives 0. A null pointer receives nothing.
+  /// 255 (1 - ink) (1 - black), with inks of 0 to 1 as GetCMYKcolor returns them. The last argument
+  /// receives 0. A null pointer receives nothing.
   void GetColorChannels(double* r, double* g, double* b, double* unused) const;
-  /// Cyan, magenta, yellow and black from 0 to 1. An RGB color is turned into them without a
-  /// profile: its gray part becomes black alone. A null pointer receives nothing.
+  /// Cyan, magenta, yellow and black from 0 to 1; percents are divided by 100. An RGB color is
+  /// turned into them without a profile: its gray part becomes black alone. A null pointer receives
+  /// nothing.
   void GetCMYKcolor(double* c, double* m, double* y, double* k) const;
 
   /// Writes the color; docs/formats/cut-settings.md describes the bytes. Returns 1. Throws

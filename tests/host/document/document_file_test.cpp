@@ -17,6 +17,7 @@ std::unique_ptr<Document> FullDocument() {
   document->SetBlank({30.48, 20.1, 1});
   document->SetPlates({{1, 2, 3, 4}, 0.5, 0.25});
   document->SetDisplayPage(2);
+  document->SetRotation(-90.5);
   document->AddSheetLayer({4, L"Messing \u00e9", 1, false});
   CVKFullColor ink;
   ink.SetColor(0.1, 0.2, 0.3, 0.4, COLORSPACE_CMYK);
@@ -74,6 +75,14 @@ std::unique_ptr<Document> FullDocument() {
   graphic.width = 3;
   graphic.height = 4;
   document->Insert(document->Create(graphic), host::DocumentRoot);
+
+  ArcTextShape arc;
+  arc.center = {4, 5.5};
+  arc.radius = 2.54;
+  arc.rotation = -30;
+  arc.justification = JUSTIFY_RIGHT;
+  arc.run = {L"Round & round", L"arial", 2, L"DejaVu Sans", 180.5, ink, true};
+  document->Insert(document->Create(arc), host::DocumentRoot);
   return document;
 }
 
@@ -92,6 +101,14 @@ std::string With(std::string text, const std::string& old, const std::string& re
   return text.replace(at, old.size(), replacement);
 }
 
+TEST(DocumentFile, a_file_without_a_rotation_has_none) {
+  const std::string text = DocumentText(*FullDocument());
+  const auto read = ReadDocumentText(With(text, "\"rotation\": -90.5,", ""));
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ((*read)->Rotation(), 0);
+  EXPECT_FALSE(ReadDocumentText(With(text, "\"rotation\": -90.5,", "\"rotation\": \"x\",")));
+}
+
 TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {
   const auto document = FullDocument();
   const auto read = ReadDocumentText(DocumentText(*document));
@@ -102,6 +119,7 @@ TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {
   EXPECT_EQ(back.Colors(), document->Colors());
   EXPECT_EQ(back.SheetLayers(), document->SheetLayers());
   EXPECT_EQ(back.DisplayPage(), 2);
+  EXPECT_EQ(back.Rotation(), -90.5);
   EXPECT_EQ(back.HighestPage(), document->HighestPage());
   ExpectSame(*document, back, host::DocumentRoot);
   EXPECT_EQ(DocumentText(back), DocumentText(*document));
@@ -142,6 +160,8 @@ TEST(DocumentFile, a_fault_is_reported_with_its_place) {
       {"\"continuation\": 0", "\"continuation\": 1", "/objects/0/continuation: is no later plate"},
       {"\"continuation\": 0", "\"continuation\": 3", "plate 2 is continued by no plate"},
       {"\"id\": 3", "\"id\": 2", "/objects/1/id: is taken"},
+      {"\"radius\": 2.54", "\"radius\": 0", "/objects/4/radius: is not above 0"},
+      {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/4: lacks \"frame\""},
       {"\"file\": \"JSF", "\"file\": \"?SF", "/objects/3/file: is no base 64"},
       {"\"spot\": true", "\"spot\": 1", "spot: is neither true nor false"},
       {"\"name\": \"White\"", "\"name\": \"Black\"", "/palette/1: names a colour twice"},
@@ -176,6 +196,23 @@ std::string PlateText(int id, int continuation) {
 // The text of a document without objects, with these members in place of its objects.
 std::string FileWith(const std::string& members) {
   return With(DocumentText(Document()), "\"objects\": []", members);
+}
+
+TEST(DocumentFile, a_text_on_a_circle_has_a_maximum_length) {
+  for (const std::size_t length : {MaximumArcText - 1, MaximumArcText, MaximumArcText + 1}) {
+    Document document;
+    ArcTextShape arc;
+    arc.radius = 1;
+    arc.run.text = std::wstring(length, L'\xE9');
+    document.Insert(document.Create(arc), host::DocumentRoot);
+    const auto read = ReadDocumentText(DocumentText(document));
+    EXPECT_EQ(static_cast<bool>(read), length <= MaximumArcText) << length;
+    if (read) continue;
+    EXPECT_NE(Describe(read.Error())
+                  .find("/objects/0/run/text: has more than 4096 characters on a circle"),
+              std::string::npos)
+        << Describe(read.Error());
+  }
 }
 
 TEST(DocumentFile, groups_deeper_than_the_limit_are_refused) {

@@ -17,6 +17,19 @@ ObjectHandle AddDrill(Document& document, double x) {
   return handle;
 }
 
+// 500 thousandths of an inch are 1.27 cm.
+TEST(DocumentObjects, a_text_on_a_circle_reaches_as_far_as_its_letters) {
+  ArcTextShape arc;
+  arc.center = {10, 20};
+  arc.radius = 2;
+  arc.run.size = 500;
+  const BOUNDS bounds = BoundsOf(arc, {1, 0, 0, 1, 100, 0});
+  EXPECT_NEAR(bounds.xmin, 106.73, 1e-9);
+  EXPECT_NEAR(bounds.xmax, 113.27, 1e-9);
+  EXPECT_NEAR(bounds.ymin, 16.73, 1e-9);
+  EXPECT_NEAR(bounds.ymax, 23.27, 1e-9);
+}
+
 TEST(Document, handles_ascend_and_are_never_given_twice) {
   Document document;
   const ObjectHandle first = AddDrill(document, 1);
@@ -126,30 +139,6 @@ TEST(Document, a_group_of_many_members_ends_as_fast_as_they_do) {
   EXPECT_EQ(document.ObjectCount(), 0U);
 }
 
-TEST(Document, a_place_that_changes_without_being_kept_ends_the_history) {
-  Document document;
-  const ObjectHandle first = AddDrill(document, 1);
-  const ObjectHandle second = AddDrill(document, 2);
-  document.OpenStep(L"taken out");
-  document.Remove(second);
-  document.CloseStep();
-  // Undoing the step would put the second after a first that is gone.
-  document.Remove(first);
-  EXPECT_FALSE(document.Undo());
-  EXPECT_TRUE(document.Members(host::DocumentRoot).empty());
-}
-
-TEST(Document, a_change_that_moves_nothing_leaves_the_history) {
-  Document document;
-  const ObjectHandle first = AddDrill(document, 1);
-  document.OpenStep(L"taken out");
-  document.Remove(first);
-  document.CloseStep();
-  document.Edit(first)->attributes.sheetLayer = 3;
-  EXPECT_TRUE(document.Undo());
-  EXPECT_TRUE(document.Holds(first));
-}
-
 TEST(Document, pages_and_sheet_layers_that_no_file_can_hold_are_refused) {
   Document document;
   const ObjectHandle drill = AddDrill(document, 1);
@@ -181,53 +170,6 @@ TEST(Document, no_object_is_made_when_all_handles_were_given) {
   EXPECT_EQ(document.Create(DrillShape()), Document::MaximumHandles);
   EXPECT_EQ(document.Create(DrillShape()), 0U);
   EXPECT_FALSE(document.Insert(0, host::DocumentRoot));
-}
-
-TEST(Document, a_step_is_undone_and_done_again_as_a_whole) {
-  Document document;
-  const ObjectHandle kept = AddDrill(document, 1);
-  document.OpenStep(L"outer");
-  document.OpenStep(L"inner");
-  const ObjectHandle added = AddDrill(document, 2);
-  document.CloseStep();
-  document.Edit(kept)->attributes.sheetLayer = 7;
-  document.Remove(kept);
-  document.CloseStep();
-  EXPECT_EQ(document.StepNames(), std::vector<std::wstring>{L"outer"});
-
-  ASSERT_TRUE(document.Undo());
-  EXPECT_EQ(document.Members(host::DocumentRoot), std::vector<ObjectHandle>{kept});
-  EXPECT_EQ(document.Find(kept)->attributes.sheetLayer, 0);
-  EXPECT_FALSE(document.Undo());
-
-  ASSERT_TRUE(document.Redo());
-  EXPECT_EQ(document.Members(host::DocumentRoot), std::vector<ObjectHandle>{added});
-  EXPECT_EQ(document.Find(kept)->attributes.sheetLayer, 7);
-  EXPECT_FALSE(document.Redo());
-}
-
-TEST(Document, an_empty_step_and_one_without_history_leave_nothing_to_undo) {
-  Document document;
-  document.OpenStep(L"nothing");
-  document.CloseStep();
-  EXPECT_TRUE(document.StepNames().empty());
-  document.KeepHistory(false);
-  document.OpenStep(L"unkept");
-  AddDrill(document, 1);
-  document.CloseStep();
-  EXPECT_TRUE(document.StepNames().empty());
-}
-
-TEST(Document, the_oldest_step_is_forgotten_behind_the_depth_of_history) {
-  Document document;
-  for (std::size_t i = 0; i <= Document::HistoryDepth; ++i) {
-    document.OpenStep(std::to_wstring(i));
-    AddDrill(document, 1);
-    document.CloseStep();
-  }
-  const auto names = document.StepNames();
-  EXPECT_EQ(names.size(), Document::HistoryDepth);
-  EXPECT_EQ(names.front(), L"1");
 }
 
 TEST(Document, the_highest_page_is_that_of_an_object_in_the_document) {
@@ -309,6 +251,75 @@ TEST(DocumentStore, a_matrix_maps_a_group_and_its_members) {
   EXPECT_DOUBLE_EQ(bounds.xmin, 11.6);
   EXPECT_DOUBLE_EQ(bounds.xmax, 16.4);
   EXPECT_DOUBLE_EQ(bounds.ymax, 2.4);
+}
+
+TEST(DocumentStore, pages_and_sheet_layer_of_a_group_are_those_of_all_that_it_holds) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle beside = AddDrill(document, 1);
+  const ObjectHandle outer = document.Create(GroupShape());
+  const ObjectHandle inner = document.Create(GroupShape());
+  const ObjectHandle drill = document.Create(DrillShape());
+  document.Insert(drill, inner);
+  document.Insert(inner, outer);
+  document.Insert(outer, host::DocumentRoot);
+  store.DBSetSheetLayer(outer, 5);
+  store.SetPageRange(outer, 3);
+  for (const ObjectHandle object : {outer, inner, drill}) {
+    EXPECT_EQ(store.DBGetSheetLayer(object), 5);
+    EXPECT_EQ(store.DBGetPageRange(object), (VK_PAGE_RANGE{3, 3}));
+  }
+  EXPECT_EQ(store.DBGetSheetLayer(beside), 0);
+  EXPECT_EQ(document.HighestPage(), 3);
+  document.OpenStep(L"moved");
+  store.SetPageRange(outer, 4);
+  document.CloseStep();
+  document.Undo();
+  EXPECT_EQ(store.DBGetPageRange(drill), (VK_PAGE_RANGE{3, 3}));
+}
+
+TEST(DocumentStore, the_document_itself_is_no_object_to_change) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  store.DBSetSheetLayer(host::DocumentRoot, 5);
+  store.DBSetPageRange(host::DocumentRoot, {2, 2});
+  store.DBApplyTM(host::DocumentRoot, TM{2, 0, 0, 2, 0, 0});
+  EXPECT_EQ(store.DBGetSheetLayer(drill), 0);
+  EXPECT_EQ(store.DBGetPageRange(drill), (VK_PAGE_RANGE{1, 1}));
+  EXPECT_EQ(document.Find(drill)->attributes.matrix, TM());
+}
+
+TEST(DocumentStore, nothing_is_derived_from_another_object) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  EXPECT_EQ(store.XCGetBaseObject(drill), drill);
+  EXPECT_EQ(store.XCGetOwnedOperation(drill), 0U);
+  store.SetProductListValid(0, 0);
+  store.RecalculateOperations();
+  EXPECT_EQ(document.ObjectCount(), 1U);
+}
+
+TEST(DocumentStore, property_locks_are_kept) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle drill = AddDrill(document, 1);
+  store.DBSetPropertyLocks(drill, {100, 0, 50, 1});
+  EXPECT_EQ(document.Find(drill)->attributes.locks, (CPropertyLocks{100, 0, 50, 1}));
+  store.DBSetPropertyLocks(99, {});
+}
+
+TEST(DocumentStore, a_text_has_a_paragraph_and_nothing_else_has) {
+  Document document;
+  DocumentStore store(document);
+  const ObjectHandle text = store.DBCreateObject(DBTYPE_PARAGRAPH);
+  const ObjectHandle group = store.DBCreateObject(DBTYPE_GROUP);
+  ParagraphEle* paragraph = store.DBGetObjectElement(text)->GetParagraph();
+  ASSERT_NE(paragraph, nullptr);
+  EXPECT_EQ(TextNamedBy(*paragraph), text);
+  EXPECT_EQ(TextNamedBy({7, 0}), 0U) << "a paragraph that is in no object yet";
+  EXPECT_EQ(store.DBGetObjectElement(group)->GetParagraph(), nullptr);
 }
 
 TEST(DocumentStore, a_group_takes_the_place_of_the_object_that_leads_it) {
@@ -432,22 +443,6 @@ TEST(DocumentStore, traits_are_set_as_a_whole_with_the_selection_among_them) {
   store.DBSetTraits(drill, DBTRAIT_VISIBLE);
   EXPECT_EQ(document.Find(drill)->attributes.traits, DBTRAIT_VISIBLE);
   EXPECT_TRUE(document.Selection().empty());
-}
-
-TEST(Document, a_plate_that_comes_back_stands_where_it_stood_among_the_plates) {
-  Document document;
-  std::vector<ObjectHandle> plates;
-  for (int i = 0; i < 3; ++i) {
-    plates.push_back(document.Create(PlateShape()));
-    document.Insert(plates.back(), host::DocumentRoot);
-    AddDrill(document, i);
-  }
-  document.OpenStep(L"taken out");
-  document.Remove(plates[1]);
-  document.CloseStep();
-  EXPECT_EQ(document.SharedPlateObjects()->size(), 2U);
-  document.Undo();
-  EXPECT_EQ(*document.SharedPlateObjects(), plates);
 }
 
 TEST(DocumentStore, operations_on_no_object_do_nothing_and_give_0) {

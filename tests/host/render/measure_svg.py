@@ -7,11 +7,15 @@ Prints one line each, in millimetres from the page's lower left corner:
     plate LEFT BOTTOM RIGHT TOP
     drill-point X Y DIAMETER
     text X Y LENGTH SIZE FAMILY | CONTENT
+    arc-text CENTERX CENTERY RADIUS BEGINNING LENGTH SIZE FAMILY | CONTENT
     cut-line COLOUR DASHES
     path FILL STROKE WIDTH
     graphic LEFT BOTTOM RIGHT TOP
+
+The beginning of a text on a circle is an angle in degrees, counter-clockwise from the circle's top.
 """
 
+import math
 import re
 import sys
 import xml.etree.ElementTree as tree
@@ -41,6 +45,7 @@ class Page:
         left, top, width, height = (float(n) for n in re.findall(NUMBER, root.get("viewBox")))
         self.left, self.top = left, top
         self.unit = (self.width / width, self.height / height)
+        self.circles = {p.get("id"): p for p in root.iter(SVG + "path") if p.get("id")}
         self.images = {i.get("id"): i for i in root.iter(SVG + "image")}
 
     def at(self, x, y):
@@ -61,6 +66,24 @@ def mapped(m, x, y):
     return m[0] * x + m[2] * y + m[4], m[1] * x + m[3] * y + m[5]
 
 
+def arc_text(page, element, on_path):
+    """A text on a path of two half circles, clockwise, that begins where the text does."""
+    path = page.circles[on_path.get(LINK)[1:]].get("d")
+    assert re.sub(NUMBER, "", path).replace(" ", "") == "MAA", path
+    numbers = [float(n) for n in re.findall(NUMBER, path)]
+    start, middle, end = numbers[0:2], numbers[7:9], numbers[14:16]
+    assert start == end and numbers[2] == numbers[3] == numbers[9] == numbers[10], path
+    assert numbers[4:7] == numbers[11:14] == [0, 1, 1], path
+    m = matrix(element)
+    center = mapped(m, (start[0] + middle[0]) / 2, (start[1] + middle[1]) / 2)
+    begin = mapped(m, *start)
+    angle = math.degrees(math.atan2(center[0] - begin[0], center[1] - begin[1]))
+    return (*page.at(*center), math.dist(center, begin) * page.unit[0], angle,
+            float(element.get("textLength")) * page.unit[0],
+            float(element.get("font-size")) * page.unit[1], element.get("font-family"), "|",
+            on_path.text)
+
+
 def measure(page, group):
     kind = group.get("class")
     for element in group:
@@ -69,6 +92,8 @@ def measure(page, group):
         elif kind == "drill-point" and element.tag == SVG + "circle":
             x, y = page.at(float(element.get("cx")), float(element.get("cy")))
             yield kind, x, y, 2 * float(element.get("r")) * page.unit[0]
+        elif element.find(SVG + "textPath") is not None:
+            yield "arc-text", *arc_text(page, element, element.find(SVG + "textPath"))
         elif kind == "text" and element.tag == SVG + "text":
             m = matrix(element)
             x, y = page.at(m[4], m[5])

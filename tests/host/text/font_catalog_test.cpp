@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "rastrel/platform/host/text_compose.h"
 
 namespace rastrel::text {
@@ -71,6 +74,45 @@ TEST_F(FontCatalogTest, engraving_fonts_are_replaced_whatever_their_name) {
                          host::FONTTYPE_SHX, host::FONTTYPE_CHR, host::FONTTYPE_BE}) {
     EXPECT_TRUE(m_Fonts.FaceOf(type, L"DejaVuSans").replaced) << type;
   }
+}
+
+TEST_F(FontCatalogTest, a_font_that_was_chosen_replaces_a_missing_one_in_any_spelling) {
+  ASSERT_TRUE(m_Fonts.Replace(L"No Such Font", L"dejavu serif bold"));
+  const FontFace face = Face(L"NOSUCH-FONT");
+  EXPECT_TRUE(face.replaced);
+  EXPECT_EQ(face.family, "DejaVu Serif");
+  EXPECT_EQ(face.weight, 700);
+  EXPECT_EQ(Face(L"Another Missing Font").family, "DejaVu Sans");
+  EXPECT_FALSE(Face(L"DejaVuSans").replaced);
+}
+
+TEST_F(FontCatalogTest, a_replacement_that_is_missing_too_is_refused) {
+  const auto refused = m_Fonts.Replace(L"No Such Font", L"None Either");
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(Describe(refused.Error()), "the font \"None Either\" is not on this machine");
+  EXPECT_FALSE(m_Fonts.Replace(L"No Such Font", L""));
+  EXPECT_FALSE(m_Fonts.IsChosen(L"No Such Font"));
+}
+
+TEST_F(FontCatalogTest, a_font_that_is_there_is_not_replaced_by_a_chosen_one) {
+  ASSERT_TRUE(m_Fonts.Replace(L"DejaVu Sans Mono", L"DejaVu Serif"));
+  EXPECT_EQ(Face(L"DejaVu Sans Mono").family, "DejaVu Sans Mono");
+}
+
+TEST_F(FontCatalogTest, the_replacement_that_a_document_names_comes_before_the_chosen_one) {
+  ASSERT_TRUE(m_Fonts.Replace(L"No Such Font", L"DejaVu Serif"));
+  const auto face = [&](const wchar_t* replacement) {
+    return m_Fonts.FaceOf(host::FONTTYPE_TRUETYPE, L"No Such Font", replacement).family;
+  };
+  EXPECT_EQ(face(L"DejaVu Sans Mono"), "DejaVu Sans Mono");
+  EXPECT_EQ(face(L"Missing As Well"), "DejaVu Serif");
+  EXPECT_EQ(face(L""), "DejaVu Serif");
+}
+
+TEST_F(FontCatalogTest, families_are_sorted_and_each_is_there_once) {
+  const auto families = m_Fonts.Families();
+  EXPECT_NE(std::ranges::find(families, L"DejaVu Sans"), families.end());
+  EXPECT_EQ(std::ranges::adjacent_find(families, std::greater_equal<>()), families.end());
 }
 
 TEST_F(FontCatalogTest, an_empty_name_is_no_font) { EXPECT_TRUE(Face(L"").replaced); }

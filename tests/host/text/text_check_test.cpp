@@ -56,6 +56,20 @@ TEST_F(TextCheck, letters_of_size_0_can_not_be_seen) {
   EXPECT_EQ(Invisible(Line(L"  ", 0)), std::nullopt) << "nothing was to be seen";
 }
 
+TEST_F(TextCheck, a_text_on_a_circle_is_checked_as_any_other) {
+  document::ArcTextShape arc;
+  arc.radius = 1;
+  arc.run = Piece(L"Ada\xE000", 200);
+  EXPECT_EQ(MissingLettersNotice(arc, ArcLayout(arc, m_Fonts)).value_or(L""),
+            L"the text \"Ada\xE000\" has characters that neither \"DejaVu Sans\" nor another font "
+            L"has, and boxes stand in for them: U+E000");
+  EXPECT_EQ(InvisibleTextNotice(arc, ArcLayout(arc, m_Fonts), 1), std::nullopt);
+  EXPECT_EQ(UnreadableFontNotice(arc, ArcLayout(arc, m_Fonts)), std::nullopt);
+  arc.run = Piece(L"Ada", 0);
+  EXPECT_EQ(InvisibleTextNotice(arc, ArcLayout(arc, m_Fonts), 1).value_or(L""),
+            L"the text \"Ada\" has letters of the size 0, which can't be seen");
+}
+
 // 0.1 mm are 3.937 thousandths of an inch.
 TEST_F(TextCheck, letters_count_as_seen_from_a_tenth_of_a_millimetre) {
   EXPECT_EQ(Invisible(Line(L"Ada", 3.94)), std::nullopt);

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "host/document/document_file.h"
+#include "host/text/font_dialog.h"
+#include "tests/support/scripted_views.h"
 
 namespace rastrel::text {
 namespace {
@@ -178,6 +181,270 @@ TEST_F(TextEngineTest, new_text_goes_into_the_document_by_itself) {
   m_Engine.TerminateNewText(nullptr, 0);
   EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
   EXPECT_EQ(m_Document.ObjectCount(), 1U);
+}
+
+// Weight and italic as plate XML passes them (-1, 1), which has no replacement of its own.
+TEST_F(TextEngineTest, a_missing_font_is_replaced_where_the_text_would_be_dropped) {
+  const FontRecord* font = m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"No Such Font", -1, 1);
+  ASSERT_NE(font, nullptr);
+  EXPECT_EQ(static_cast<const Font*>(font)->replacement, L"DejaVu Sans");
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"", -1, 1), nullptr);
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, nullptr, -1, 1), nullptr);
+  EXPECT_EQ(m_Notices.Texts().size(), 1U);
+  EXPECT_EQ(m_Notices.Losses(), std::vector<std::wstring>{L"a text that names no font"});
+}
+
+TEST_F(TextEngineTest, a_missing_font_is_null_where_a_replacement_is_asked_for_next) {
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"No Such Font", 0, 0), nullptr);
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"", 0, 0), nullptr);
+  EXPECT_NE(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"DejaVuSans", 0, 0), nullptr);
+  EXPECT_TRUE(m_Notices.Texts().empty());
+}
+
+TEST_F(TextEngineTest, without_anybody_to_ask_the_usual_font_is_chosen_with_a_note) {
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  ASSERT_NE(replacement, nullptr);
+  for (const wchar_t* name : {L"No Such Font", L""}) {
+    EXPECT_EQ(replacement->GetReplacementFont(name, -1, -1), nullptr) << "nothing was chosen";
+    const FontRecord* font = m_Engine.ChooseReplacementFont(*replacement, name, -1, -1);
+    ASSERT_NE(font, nullptr);
+    EXPECT_EQ(static_cast<const Font*>(font)->name, name);
+    EXPECT_EQ(static_cast<const Font*>(font)->replacement, L"DejaVu Sans");
+  }
+  EXPECT_EQ(m_Notices.Texts(),
+            (std::vector<std::wstring>{
+                L"the font \"No Such Font\" can't be had; DejaVu Sans stands in for it",
+                L"a text names no font; it is set in DejaVu Sans"}));
+}
+
+TEST_F(TextEngineTest, a_font_that_was_chosen_before_is_used_without_a_question) {
+  ASSERT_TRUE(m_Fonts.Replace(L"No Such Font", L"DejaVu Serif Bold"));
+  test::ScriptedViews views;
+  m_Engine.SetDialogViews([&] { return &views; });
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"nosuchfont", 0, 0), nullptr);
+  const FontRecord* font = replacement->GetReplacementFont(L"nosuchfont", -1, -1);
+  ASSERT_NE(font, nullptr);
+  EXPECT_EQ(static_cast<const Font*>(font)->replacement, L"DejaVu Serif Bold");
+  EXPECT_EQ(m_Engine.ChooseReplacementFont(*replacement, L"nosuchfont", -1, -1), font);
+  EXPECT_EQ(
+      static_cast<const Font*>(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"No Such Font", -1, 1))
+          ->replacement,
+      L"DejaVu Serif Bold");
+  EXPECT_TRUE(views.m_Told.empty());
+}
+
+TEST_F(TextEngineTest, the_user_is_asked_once_for_a_font_and_the_answer_is_kept) {
+  test::ScriptedViews views;
+  m_Engine.SetDialogViews([&] { return &views; });
+  const auto families = m_Fonts.Families();
+  const auto serif = std::ranges::find(families, L"DejaVu Serif");
+  ASSERT_NE(serif, families.end());
+  views.m_OnTurn = [&](host::DialogLogic& dialog) {
+    EXPECT_EQ(dialog.GetEntries(FontDialog::List), families);
+    EXPECT_EQ(families.at(dialog.GetChosen(FontDialog::List)), L"DejaVu Sans");
+    dialog.Choose(FontDialog::List, static_cast<std::size_t>(serif - families.begin()));
+    dialog.Command(host::OkCommand);
+  };
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  const FontRecord* font = m_Engine.ChooseReplacementFont(*replacement, L"No Such Font", -1, -1);
+  ASSERT_NE(font, nullptr);
+  EXPECT_EQ(static_cast<const Font*>(font)->replacement, L"DejaVu Serif");
+  EXPECT_EQ(replacement->GetReplacementFont(L"No Such Font", -1, -1), font);
+  EXPECT_EQ(views.m_Told,
+            (std::vector<std::string>{"make 1101",
+                                      "text 1104 The font \"No Such Font\" is not on this machine.",
+                                      "run", "end"}));
+}
+
+TEST_F(TextEngineTest, a_user_who_cancels_the_question_gets_no_font_and_it_is_reported) {
+  test::ScriptedViews views;
+  m_Engine.SetDialogViews([&] { return &views; });
+  views.PressAt("run", host::CancelCommand);
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  EXPECT_EQ(m_Engine.ChooseReplacementFont(*replacement, L"No Such Font", -1, -1), nullptr);
+  views.m_Refuses = true;
+  EXPECT_EQ(m_Engine.ChooseReplacementFont(*replacement, L"", -1, -1), nullptr);
+  EXPECT_EQ(m_Notices.Losses(),
+            (std::vector<std::wstring>{L"the font \"No Such Font\" can't be had",
+                                       L"a text that names no font"}));
+}
+
+TEST_F(TextEngineTest, views_without_a_person_are_not_asked) {
+  test::ScriptedViews views;
+  views.m_CanAsk = false;
+  m_Engine.SetDialogViews([&] { return &views; });
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  EXPECT_NE(m_Engine.ChooseReplacementFont(*replacement, L"No Such Font", -1, -1), nullptr);
+  EXPECT_TRUE(views.m_Told.empty());
+}
+
+TEST_F(TextEngineTest, missing_fonts_that_cancel_are_null_on_both_roads_unless_one_was_chosen) {
+  ASSERT_TRUE(m_Fonts.Replace(L"Chosen Font", L"DejaVu Serif"));
+  m_Engine.CancelMissingFonts(true);
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  EXPECT_EQ(m_Engine.ChooseReplacementFont(*replacement, L"No Such Font", -1, -1), nullptr);
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"No Such Font", -1, 1), nullptr);
+  EXPECT_NE(m_Engine.AddFont(0, host::FONTTYPE_TRUETYPE, L"Chosen Font", -1, 1), nullptr);
+  EXPECT_NE(replacement->GetReplacementFont(L"Chosen Font", -1, -1), nullptr);
+  EXPECT_EQ(m_Notices.Losses(),
+            std::vector<std::wstring>{L"the font \"No Such Font\" can't be had"});
+}
+
+// An engraving font may have an outline font's name.
+TEST_F(TextEngineTest, a_missing_engraving_font_stays_one_when_it_is_replaced) {
+  EXPECT_EQ(m_Engine.AddFont(0, host::FONTTYPE_SHX, L"DejaVuSans", 0, 0), nullptr);
+  const auto replacement = m_Engine.NewFontReplacement(L"cr2");
+  const auto* font =
+      static_cast<const Font*>(m_Engine.ChooseReplacementFont(*replacement, L"DejaVuSans", -1, -1));
+  ASSERT_NE(font, nullptr);
+  EXPECT_EQ(font->type, host::FONTTYPE_SHX);
+  EXPECT_EQ(font->replacement, L"DejaVu Sans");
+}
+
+// "%d" of a piece has to name one value: a number and nothing else.
+TEST_F(TextEngineTest, pieces_that_are_a_number_are_replaceable_and_nothing_else_is) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  for (const wchar_t* piece :
+       {L"1", L"2 Mill Lane", L"12\r\n", L"x", L"-1", L"123456789", L"1234567890", L" 3"}) {
+    Paste(piece);
+  }
+  m_Engine.TerminateNewText(nullptr, 1);
+  const ObjectHandle object = m_Engine.GetTerminateTextEditHI();
+  ParagraphEle& paragraph = *m_Store.DBGetObjectElement(object)->GetParagraph();
+  EXPECT_EQ(m_Engine.MakeReplaceableItemsListForParagraphEle(paragraph),
+            (std::vector<int>{0, 2, 5}));
+  EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 2), L"12");
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, 2, L"Ada\r\nLovelace"), 1);
+  EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 2), L"Ada  Lovelace");
+  EXPECT_EQ(m_Engine.MakeReplaceableItemsListForParagraphEle(paragraph), (std::vector<int>{0, 5}));
+  EXPECT_EQ(std::get<TextShape>(m_Document.Find(object)->shape).lines.at(0).runs.at(2).text,
+            L"Ada  Lovelace");
+}
+
+TEST_F(TextEngineTest, items_that_are_not_there_have_no_text_and_can_not_be_replaced) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"1");
+  m_Engine.TerminateNewText(nullptr, 1);
+  ParagraphEle& paragraph =
+      *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+  for (const int item : {-1, 1, 1000}) {
+    EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, item), L"");
+    EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, item, L"x"), 0);
+  }
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(paragraph, 0, nullptr), 0);
+  ParagraphEle unknown{99, 1};
+  EXPECT_TRUE(m_Engine.MakeReplaceableItemsListForParagraphEle(unknown).empty());
+  EXPECT_EQ(m_Engine.ReplaceTextParagraphEle(unknown, 0, L"x"), 0);
+  unknown = {99, 0};
+  EXPECT_TRUE(m_Engine.MakeReplaceableItemsListForParagraphEle(unknown).empty());
+}
+
+TEST_F(TextEngineTest, the_text_of_an_item_is_at_most_128_characters) {
+  for (const std::size_t length : {127U, 128U, 129U}) {
+    m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+    Paste(std::wstring(length, L'x'));
+    m_Engine.TerminateNewText(nullptr, 1);
+    const ParagraphEle& paragraph =
+        *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+    EXPECT_EQ(m_Engine.GetTextParagraphEle(paragraph, 0).size(),
+              std::min<std::size_t>(length, 128));
+  }
+}
+
+TEST_F(TextEngineTest, the_paragraph_of_an_object_makes_no_second_object) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.TerminateNewText(nullptr, 1);
+  const ParagraphEle element =
+      *m_Store.DBGetObjectElement(m_Engine.GetTerminateTextEditHI())->GetParagraph();
+  EXPECT_EQ(m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false), 0U);
+}
+
+TEST_F(TextEngineTest, new_text_is_on_the_page_on_show) {
+  for (const int shown : {3, 0}) {
+    m_Document.SetDisplayPage(shown);
+    const int page = shown == 0 ? 1 : shown;
+    m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+    m_Engine.TerminateNewText(nullptr, 1);
+    EXPECT_EQ(m_Store.DBGetPageRange(m_Engine.GetTerminateTextEditHI()),
+              (VK_PAGE_RANGE{page, page}));
+    Open();
+    Paste(L"text");
+    ParagraphInfo info;
+    m_Engine.SetOpenParagraphInfo(info, 0);
+    m_Engine.CloseParagraph(1, info);
+    const ParagraphEle element{info.first, info.second};
+    EXPECT_EQ(m_Store.DBGetPageRange(
+                  m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false)),
+              (VK_PAGE_RANGE{page, page}));
+  }
+}
+
+TEST_F(TextEngineTest, new_text_in_a_frame_without_area_opens_nothing_and_says_so_once) {
+  for (const auto& [first, second] : {std::pair{NewWorldPt{0, 0}, NewWorldPt{0, 100}},
+                                      {{0, 0}, {100, 0}},
+                                      {{0, 0}, {0, 0}},
+                                      {{0, NAN}, {100, 100}}}) {
+    m_Engine.InitNewText(nullptr, first, second, 1);
+    m_Engine.GetCurParagraph(m_Current);
+    EXPECT_EQ(m_Current.paragraph, nullptr);
+    EXPECT_EQ(m_Current.lines, nullptr);
+    EXPECT_EQ(m_Current.line, nullptr);
+    EXPECT_EQ(m_Current.style, nullptr);
+    Paste(L"text");
+    m_Engine.TerminateNewText(nullptr, 1);
+    EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
+  }
+  EXPECT_EQ(m_Notices.Losses(),
+            std::vector<std::wstring>{L"a text frame without area holds no text"});
+  EXPECT_EQ(m_Document.ObjectCount(), 0U);
+}
+
+TEST_F(TextEngineTest, a_text_that_a_cancelled_import_left_open_is_dropped_by_the_next) {
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"given up");
+  m_Engine.InitNewText(nullptr, {0, 0}, {1000, 500}, 1);
+  Paste(L"next");
+  m_Engine.TerminateNewText(nullptr, 1);
+  const auto& text = std::get<TextShape>(m_Document.Find(m_Engine.GetTerminateTextEditHI())->shape);
+  ASSERT_EQ(text.lines.at(0).runs.size(), 1U);
+  EXPECT_EQ(text.lines[0].runs[0].text, L"next");
+
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  Paste(L"given up");
+  Open();
+  Paste(L"paragraph");
+  EXPECT_EQ(Close().lines.at(0).runs.at(0).text, L"paragraph");
+
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.InitNewText(nullptr, {0, 0}, {0, 0}, 1);
+  EXPECT_FALSE(m_Engine.IsOpen()) << "a frame without area ends the text before it, too";
+  EXPECT_EQ(m_Document.ObjectCount(), 1U);
+}
+
+TEST_F(TextEngineTest, a_paragraph_that_is_open_keeps_new_text_from_opening) {
+  Open();
+  Paste(L"one");
+  m_Engine.InitNewText(nullptr, {0, 0}, {1000, 500}, 1);
+  Paste(L" and two");
+  EXPECT_TRUE(m_Notices.Losses().empty());
+  EXPECT_EQ(Close().lines.at(0).runs.size(), 2U);
+}
+
+TEST_F(TextEngineTest, nothing_of_a_text_is_left_in_a_new_document) {
+  Open();
+  Paste(L"closed");
+  ParagraphInfo info;
+  m_Engine.SetOpenParagraphInfo(info, 0);
+  m_Engine.CloseParagraph(1, info);
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.TerminateNewText(nullptr, 1);
+  m_Engine.InitNewText(nullptr, {0, 0}, {4000, 2000}, 1);
+  m_Engine.Clear();
+  EXPECT_FALSE(m_Engine.IsOpen());
+  EXPECT_EQ(m_Engine.GetTerminateTextEditHI(), 0U);
+  const ParagraphEle element{info.first, info.second};
+  EXPECT_EQ(m_Store.DBInsertElement(nullptr, DBTYPE_PARAGRAPH, &element, 0, 0, 0, 1, false), 0U);
 }
 
 TEST_F(TextEngineTest, nothing_happens_without_an_open_paragraph) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 
 #include "rastrel/platform/values/stream.h"
 #include "tests/support/archive_bytes.h"
@@ -77,6 +78,27 @@ TEST(CVKColor, inks_become_channels) {
   EXPECT_EQ(Channels(Cmyk(0, 1, 1, 0)), (Four{255, 0, 0, 0}));
   EXPECT_EQ(Channels(Cmyk(0, 0, 0, 1)), (Four{0, 0, 0, 0}));
   EXPECT_EQ(Channels(Cmyk(0.5, 0, 0, 0.5)), (Four{63.75, 127.5, 127.5, 0}));
+}
+
+// Templates give inks as percents: 50 percent of magenta and yellow leave half of green and blue.
+TEST(CVKColor, inks_are_percents_where_one_of_them_is_above_1) {
+  EXPECT_EQ(Inks(Cmyk(0, 50, 50, 0)), (Four{0, 0.5, 0.5, 0}));
+  EXPECT_EQ(Channels(Cmyk(0, 50, 50, 0)), (Four{255, 127.5, 127.5, 0}));
+  EXPECT_EQ(Inks(Cmyk(1, 0, 0, 100)), (Four{0.01, 0, 0, 1}));
+  EXPECT_EQ(Channels(Cmyk(0, 0, 0, 100)), (Four{0, 0, 0, 0}));
+}
+
+TEST(CVKColor, inks_of_exactly_1_are_whole_and_the_least_above_makes_percents) {
+  EXPECT_EQ(Inks(Cmyk(1, 1, 1, 1)), (Four{1, 1, 1, 1}));
+  EXPECT_EQ(Inks(Cmyk(2, 1, 0, 0)), (Four{0.02, 0.01, 0, 0}));
+  const double least = std::nextafter(1.0, 2.0);
+  EXPECT_EQ(Inks(Cmyk(0, 0, 0, least)), (Four{0, 0, 0, least / 100}));
+}
+
+TEST(CVKColor, percents_stay_as_they_were_set) {
+  const CVKColor color = Cmyk(0, 50, 50, 0);
+  EXPECT_EQ(color.GetComponents(), (Four{0, 50, 50, 0}));
+  EXPECT_NE(color, Cmyk(0, 0.5, 0.5, 0));
 }
 
 TEST(CVKColor, channels_become_inks_with_gray_as_black_alone) {
