@@ -78,6 +78,7 @@ std::unique_ptr<Document> FullDocument() {
   graphic.width = 3;
   graphic.height = 4;
   document->Insert(document->Create(graphic), host::DocumentRoot);
+
   ArcTextShape arc;
   arc.center = {4, 5.5};
   arc.radius = 2.54;
@@ -85,6 +86,7 @@ std::unique_ptr<Document> FullDocument() {
   arc.justification = JUSTIFY_RIGHT;
   arc.run = {L"Round & round", L"arial", 2, L"DejaVu Sans", 180.5, ink, true};
   document->Insert(document->Create(arc), host::DocumentRoot);
+
   graphic.extent = CWorldRect{0.5, 3.5, 2.5, 1};
   graphic.reason = L"it has a gradient";
   document->Insert(drawing, host::DocumentRoot);
