@@ -11,6 +11,9 @@ namespace rastrel::document {
 class PlateItem::Pane : public CPane {
  public:
   Pane(const CWorldRect& edges, ObjectHandle plate) : m_Edges(edges), m_Plate(plate) {}
+  Pane(const Pane& other) : Pane(other.m_Edges, other.m_Plate) {}
+  Pane& operator=(const Pane&) = delete;
+  ~Pane() override = default;
   [[nodiscard]] double GetLeft() const override { return m_Edges.left; }
   [[nodiscard]] double GetTop() const override { return m_Edges.top; }
   [[nodiscard]] double GetRight() const override { return m_Edges.right; }
@@ -107,7 +110,7 @@ CPane* PlateItem::GetFirstPane() {
   const PlateShape* shape = &Shape();
   while (shape) {
     for (const CWorldRect& edges : shape->panes) {
-      m_Panes.push_back(std::make_unique<Pane>(edges, plate));
+      m_Panes.emplace_back(edges, plate);
     }
     const Document& document = m_Store.GetDocument();
     plate = shape->continuation;
@@ -116,8 +119,6 @@ CPane* PlateItem::GetFirstPane() {
   return GetNextPane();
 }
 
-CPane* PlateItem::GetNextPane() {
-  return m_Walk < m_Panes.size() ? m_Panes[m_Walk++].get() : nullptr;
-}
+CPane* PlateItem::GetNextPane() { return m_Walk < m_Panes.size() ? &m_Panes[m_Walk++] : nullptr; }
 
 }  // namespace rastrel::document

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 #include "host/document/shapes.h"
@@ -47,8 +46,8 @@ class PlateItem : public CGenericPlateObject {
 
   DocumentStore& m_Store;
   ObjectHandle m_Object = 0;
-  PlateShape m_Shape;  // while m_Object is 0
-  std::vector<std::unique_ptr<Pane>> m_Panes;
+  PlateShape m_Shape;         // while m_Object is 0
+  std::vector<Pane> m_Panes;  // of the walk; filled before the first is returned
   std::size_t m_Walk = 0;
 };
 

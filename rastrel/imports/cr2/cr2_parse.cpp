@@ -52,8 +52,7 @@ bool Cr2Reader::ParseRoot(const XmlNode& root) {
 }
 
 bool Cr2Reader::ParseCutLineNodeAttribute(const XmlNode& node, CR2_CUTLINE& line) {
-  std::wstring format;
-  AttributeString(node, L"format"sv, format);
+  const std::wstring& format = TextOf(node, L"format"sv);
   if (format == L"SVG") {
     const XmlNode svg = FirstChildNamed(node, L"svg"sv);  // with any prefix
     if (svg) line.file = SaveCutLineBeside(svg, m_Path);
@@ -74,16 +73,13 @@ void Cr2Reader::ParseFontSpecNode(const XmlNode& node, CR2_FONT_SPEC& font) {
   AttributeString(node, L"style"sv, font.style);
   AttributeDouble(node, L"size"sv, font.size);
   AttributeDouble(node, L"line_height"sv, font.lineHeight);
-  std::wstring justification;
-  AttributeString(node, L"justification"sv, justification);
-  font.justification = JustificationCode(justification);
+  font.justification = JustificationCode(TextOf(node, L"justification"sv));
   ParseColorsNode(node, font.colors);
 }
 
 /// By the element of its format. A `hex` in that element's place is no color.
 std::optional<CVKColor> Cr2Reader::ParseColorNodeAttribute(const XmlNode& node) {
-  std::wstring format;
-  AttributeString(node, L"format"sv, format);
+  const std::wstring& format = TextOf(node, L"format"sv);
   if (format == L"NAME") return ParseNameNodeAttribute(node);
   if (format == L"RGB") {
     const XmlNode rgb = FirstChildNamed(node, L"rgb"sv);

@@ -75,9 +75,11 @@ class ZmlPlates {
     CGenericPlateObject* const plate = PlateObjectOf(m_Import.document.store, object);
     if (plate == nullptr) return true;
     for (const CPane* pane = plate->GetFirstPane(); pane != nullptr; pane = plate->GetNextPane()) {
+      // A pane that went on on a further page comes again with the plate object there. A plate of
+      // many pages has very many of them, so nothing else is asked first.
+      const host::ObjectHandle part = pane->GetPlateObject();
+      if (part != 0 && part != object && listed.contains(part)) continue;
       const PanePlace place = PlaceOf(*pane, object);
-      // A pane that went on on a further page comes again with the plate object there.
-      if (place.plate != object && listed.contains(place.plate)) continue;
       if (m_Next == m_Document.plates.size()) return false;
       FillPane(place, m_Document.plates[m_Next++]);
       if (m_Import.cancelled) return false;

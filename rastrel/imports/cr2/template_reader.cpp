@@ -1,5 +1,6 @@
 #include "rastrel/imports/cr2/template_reader.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -24,6 +25,13 @@ void ForEachNamed(const XmlNode& parent, std::wstring_view name, const Visit& vi
     if (xml::IsNamed(child, name)) visit(child);
 }
 
+/// So that the records of one parent are allocated once.
+std::size_t CountNamed(const XmlNode& parent, std::wstring_view name) {
+  std::size_t count = 0;
+  ForEachNamed(parent, name, [&](const XmlNode&) { ++count; });
+  return count;
+}
+
 }  // namespace
 
 double TemplateReader::InRecords(double length) const {
@@ -35,6 +43,12 @@ double TemplateReader::InRecords(double length) const {
   return length;
 }
 
+const std::wstring& TemplateReader::TextOf(const XmlNode& node, std::wstring_view attribute) const {
+  m_Text.clear();
+  AttributeString(node, attribute, m_Text);
+  return m_Text;
+}
+
 double TemplateReader::LengthOf(const XmlNode& node, std::wstring_view attribute) const {
   double length = 0;
   AttributeDouble(node, attribute, length);
@@ -43,8 +57,7 @@ double TemplateReader::LengthOf(const XmlNode& node, std::wstring_view attribute
 
 /// "hairline" is a width of its own, which no unit changes.
 double TemplateReader::StrokeOf(const XmlNode& node) const {
-  std::wstring stroke;
-  AttributeString(node, L"stroke"sv, stroke);
+  const std::wstring& stroke = TextOf(node, L"stroke"sv);
   return stroke == L"hairline" ? LineStyleHairline : InRecords(os::DoubleFromText(stroke));
 }
 
@@ -53,16 +66,12 @@ bool TemplateReader::ParsePlacementNode(const XmlNode& node, CR2_PLACEMENT& plac
   double height = 0;
   if (!AttributeDouble(node, L"width"sv, width) || !AttributeDouble(node, L"height"sv, height))
     return false;
-  std::wstring origin;
-  AttributeString(node, L"origin"sv, origin);
-  ReadOrigin(origin, Cr2Origins, placement.origin);
+  ReadOrigin(TextOf(node, L"origin"sv), Cr2Origins, placement.origin);
   placement.x = LengthOf(node, L"x"sv);
   placement.y = LengthOf(node, L"y"sv);
   placement.width = InRecords(width);
   placement.height = InRecords(height);
-  std::wstring constrained;
-  AttributeString(node, L"constrained_proportions"sv, constrained);
-  placement.constrained = constrained == L"true";
+  placement.constrained = TextOf(node, L"constrained_proportions"sv) == L"true";
   return true;
 }
 
@@ -112,8 +121,7 @@ bool TemplateReader::ParseTemplateNode(const XmlNode& node) {
 bool TemplateReader::ParseCutLineNode(const XmlNode& node) {
   CR2_CUTLINE& line = m_Document.cutLine;
   line.strokeWidth = StrokeOf(node);
-  std::wstring group;
-  AttributeString(node, L"group"sv, group);
+  const std::wstring& group = TextOf(node, L"group"sv);
   line.group = (m_Dialect.hasAnyCaseGroup ? os::LowerAscii(group) : group) == L"true";
   if (!ParseCutLineNodeAttribute(node, line)) return false;
   if (!ParsePlacementOf(node, line.placement)) return false;
@@ -134,6 +142,7 @@ void TemplateReader::ParseGraphicLocationNode(const XmlNode& node) {
 }
 
 bool TemplateReader::ParsePlatesNode(const XmlNode& node) {
+  m_Document.plates.reserve(CountNamed(node, L"plate"sv));
   ForEachNamed(node, L"plate"sv, [&](const XmlNode& child) {
     if (IsTooLarge()) return;
     CR2_PLATE& plate = m_Document.plates.emplace_back();
@@ -174,6 +183,7 @@ bool TemplateReader::ParseGraphicFrameNode(const XmlNode& node, CR2_GRAPHIC_FRAM
 }
 
 void TemplateReader::ParsePlateTextNode(const XmlNode& node, CR2_PLATE& plate) {
+  plate.textFrames.reserve(CountNamed(node, L"text_frame"sv));
   ForEachNamed(node, L"text_frame"sv, [&](const XmlNode& child) {
     CR2_TEXT_FRAME frame;
     if (ParseTextFrameNode(child, frame)) plate.textFrames.push_back(std::move(frame));
@@ -183,6 +193,7 @@ void TemplateReader::ParsePlateTextNode(const XmlNode& node, CR2_PLATE& plate) {
 bool TemplateReader::ParseTextFrameNode(const XmlNode& node, CR2_TEXT_FRAME& frame) {
   const bool isPlaced = ParsePlacementOf(node, frame.placement);
   if (!m_Dialect.keepsUnplacedFrames && !isPlaced) return false;
+  frame.texts.reserve(CountNamed(node, L"font"sv));
   ForEachNamed(node, L"font"sv, [&](const XmlNode& child) {
     ParsePlateFontTextNode(child, frame.texts.emplace_back());
   });
@@ -191,6 +202,7 @@ bool TemplateReader::ParseTextFrameNode(const XmlNode& node, CR2_TEXT_FRAME& fra
 
 void TemplateReader::ParsePlateFontTextNode(const XmlNode& node, CR2_TEXT& text) {
   ParseFontSpecNode(node, text.font);
+  text.lines.reserve(CountNamed(node, L"line"sv));
   ForEachNamed(node, L"line"sv, [&](const XmlNode& child) {
     if (!IsTooLarge()) ParseTextLineNode(child, text.font, text.lines.emplace_back());
   });
@@ -204,6 +216,7 @@ CR2_SPAN TemplateReader::InheritedSpan(const CR2_FONT_SPEC& font) {
 
 void TemplateReader::ParseTextLineNode(const XmlNode& node, const CR2_FONT_SPEC& font,
                                        CR2_TEXT_LINE& line) {
+  line.spans.reserve(std::max<std::size_t>(CountNamed(node, L"span"sv), 1));
   for (XmlNode child = xml::FirstChild(node); child; child = xml::NextSibling(child)) {
     if (!xml::IsNamed(child, L"span"sv)) continue;
     CR2_SPAN span = InheritedSpan(font);

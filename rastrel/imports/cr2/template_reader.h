@@ -22,8 +22,8 @@ namespace rastrel::imports {
 /// routine takes the element that it reads. Names and keywords compare exactly; elements and
 /// attributes of other names are passed over, and an attribute that is empty counts as absent.
 ///
-/// A text is copied only as often as the records need it. The font of a block that a span inherits is
-/// such a copy, so a file could make records that are much larger than itself. One that does is
+/// A text is copied only as often as the records need it. The font of a block that a span inherits
+/// is such a copy, so a file could make records that are much larger than itself. One that does is
 /// refused and reported (xml/failure.h): all of the document is empty then.
 class TemplateReader {
  public:
@@ -56,6 +56,9 @@ class TemplateReader {
   bool WalkColors(const XmlNode& node,
                   const std::function<void(const std::wstring&, const CVKColor&)>& take);
 
+  /// The text of an attribute, empty if it is absent. Valid until the next call: plates are many,
+  /// and all their values share one text.
+  [[nodiscard]] const std::wstring& TextOf(const XmlNode& node, std::wstring_view attribute) const;
   /// A length of the file as the records have it.
   [[nodiscard]] double InRecords(double length) const;
 
@@ -93,6 +96,7 @@ class TemplateReader {
   [[nodiscard]] CR2_SPAN InheritedSpan(const CR2_FONT_SPEC& font);
 
   std::size_t m_InheritedCharacters = 0;
+  mutable std::wstring m_Text;
 };
 
 /// The code of a justification's keyword: "left" 0, "right" 1, "center" 2; 0 for any other text.
