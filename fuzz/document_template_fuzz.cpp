@@ -24,7 +24,7 @@ using namespace rastrel;
 // Every file is a line and a hole; no other program is started.
 void SetLoader(document::DocumentHost& host) {
   auto& application = dynamic_cast<document::DocumentApplication&>(*host.GetApplication());
-  application.SetGraphicLoader([&host](const std::wstring&) {
+  application.SetGraphicLoader([&host](const std::wstring&, bool) {
     document::Document& document = host.GetDocument();
     document::PathShape line;
     line.subPaths.push_back({{0, 0}, {{false, {{{}, {}, {2, 0}}}}}, false});

@@ -24,10 +24,11 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices) {
-    application.SetGraphicLoader([this](const std::wstring& path) {
-      return graphics::LoadGraphic(*document, notices, path);
-    });
+        graphics(*document, notices),
+        loader(*document, notices) {
+    store.ReportTo(&notices);
+    application.SetGraphicLoader(
+        [this](const std::wstring& path, bool cutLine) { return loader.Load(path, cutLine); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });
@@ -42,6 +43,7 @@ struct DocumentHost::Parts {
   text::TextEngine text;
   graphics::NativeGraphics graphics;
   host::DialogViews* views = nullptr;
+  graphics::GraphicLoader loader;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}

@@ -89,7 +89,8 @@ std::vector<std::string> Arguments(const std::optional<Box>& box) {
 
 }  // namespace
 
-Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limits) {
+Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limits,
+                                 EpsLetters letters) {
   ShortRun run;
   run.program = FindGhostscript();
   if (run.program.empty()) {
@@ -100,6 +101,9 @@ Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limi
   const auto input = FileOf(bytes);
   if (!input) return NotStarted(input.Error());
   run.arguments = Arguments(BoxAtEnd(bytes));
+  if (letters == EpsLetters::Outlines) {
+    run.arguments.insert(run.arguments.begin(), "-dNoOutputFonts");
+  }
   run.input = input->Get();
   run.time = limits.time;
   run.outputLimit = limits.bytes;

@@ -132,10 +132,18 @@ struct EpsLimits {
   std::size_t workBytes = std::size_t{1} << 30;        ///< of temporary files at a time
 };
 
-/// A short task: an Encapsulated PostScript file as PDF with one page, as large as its bounding
-/// box. The file reads and writes no file besides, and `bytes` are handed over without one. The
-/// failure is a text for the user, with the interpreter's last error line where it has one.
+/// How the PDF has the letters of an EPS file.
+enum class EpsLetters {
+  Keep,      ///< they stay letters, in their fonts
+  Outlines,  ///< they become paths that are filled
+};
+
+/// A short task: a PostScript file as PDF. An encapsulated one has one page, as large as its
+/// bounding box. The file reads and writes no file besides, and `bytes` are handed over without
+/// one. The failure is a text for the user, with the interpreter's last error line where it has
+/// one.
 [[nodiscard]] Expected<std::string> PdfFromEps(const std::string& bytes,
-                                               const EpsLimits& limits = {});
+                                               const EpsLimits& limits = {},
+                                               EpsLetters letters = EpsLetters::Keep);
 
 }  // namespace rastrel::interpreter

@@ -222,7 +222,7 @@ void DocumentApplication::SetDrillPointObj(const NewWorldPt& place) {
 
 int DocumentApplication::LoadTHZ(CVelumark5Doc* /*document*/, CWnd* /*window*/, const wchar_t* path,
                                  int /*reserved*/, int /*flag*/) {
-  return path && m_LoadGraphic ? m_LoadGraphic(path) : 0;
+  return path && m_LoadGraphic ? m_LoadGraphic(path, m_ExpectsCutLine) : 0;
 }
 
 // --- View, messages ---

@@ -22,9 +22,9 @@ inline constexpr double LargestDrillDiameter = 100;
 /// points and messages. Its loader of graphics is set from outside.
 class DocumentApplication : public host::Application {
  public:
-  /// Loads a file at a path, adds its objects to the document and selects them; non-zero for
-  /// success.
-  using LoadGraphic = std::function<int(const std::wstring& path)>;
+  /// Loads a file at a path, or a cut line, adds its objects to the document and selects them;
+  /// non-zero for success.
+  using LoadGraphic = std::function<int(const std::wstring& path, bool cutLine)>;
 
   /// All must outlive the application.
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
@@ -74,6 +74,7 @@ class DocumentApplication : public host::Application {
 
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
@@ -96,6 +97,7 @@ class DocumentApplication : public host::Application {
   LoadGraphic m_LoadGraphic;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
+  bool m_ExpectsCutLine = false;
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off

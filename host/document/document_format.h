@@ -21,6 +21,11 @@ inline constexpr std::array<std::pair<GraphicKind, std::string_view>, 6> Graphic
     {GraphicKind::Eps, "eps"},
 }};
 
+inline constexpr std::array<std::pair<FillRule, std::string_view>, 2> FillRuleNames = {{
+    {FillRule::EvenOdd, "evenodd"},
+    {FillRule::NonZero, "nonzero"},
+}};
+
 inline constexpr std::array<std::pair<int, std::string_view>, 3> JustificationNames = {{
     {JUSTIFY_LEFT, "left"},
     {JUSTIFY_RIGHT, "right"},

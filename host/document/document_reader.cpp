@@ -48,6 +48,8 @@ CWorldRect RectFrom(const JsonValue& json) {
 PathShape PathFrom(const JsonValue& json) {
   PathShape path;
   path.cutLine = json["cutLine"].Bool();
+  if (json.Has("fillRule")) path.fillRule = json["fillRule"].Named(FillRuleNames);
+  if (json.Has("fillsOpen")) path.fillsOpen = json["fillsOpen"].Bool();
   json["subPaths"].Each([&](const JsonValue& part) {
     SubPath& added = path.subPaths.emplace_back();
     added.start = PointFrom(part["start"]);
@@ -152,6 +154,8 @@ GraphicShape GraphicFrom(const JsonValue& json) {
   graphic.name = json["name"].Text();
   graphic.width = json["width"].NumberAbove0();
   graphic.height = json["height"].NumberAbove0();
+  if (json.Has("extent")) graphic.extent = RectFrom(json["extent"]);
+  if (json.Has("reason")) graphic.reason = json["reason"].Text();
   auto bytes = os::BytesFromBase64(json["file"].Utf8());
   if (!bytes) json["file"].Fail("is no base 64");
   graphic.bytes = std::make_shared<const std::string>(std::move(*bytes));

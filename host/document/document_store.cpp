@@ -33,7 +33,7 @@ class DocumentStore::Element : public DBElement {
 
   [[nodiscard]] bool IsFilled() const override {
     const Object* object = m_Store.m_Document.Find(m_Object);
-    return object && !object->attributes.layer.IsInvisible();
+    return object && !object->attributes.layer.IsInvisible() && HasInside(object->shape);
   }
 
   [[nodiscard]] ParagraphEle* GetParagraph() override {
@@ -194,7 +194,17 @@ int DocumentStore::DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds
 
 // --- Attributes ---
 
+// Says once for each placed file why the color or line that is set does not show.
+void DocumentStore::ReportKeptLook(ObjectHandle object) {
+  const Object* found = m_Notices ? m_Document.Find(object) : nullptr;
+  const auto* graphic = found ? std::get_if<GraphicShape>(&found->shape) : nullptr;
+  if (!graphic) return;
+  m_Notices->Add(L"the placed file \"" + graphic->name + L"\" keeps its own colours and lines: " +
+                 (graphic->reason.empty() ? L"it is a picture" : graphic->reason));
+}
+
 void DocumentStore::DBSetLayer(ObjectHandle object, const CVKColor& color) {
+  ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->layer = color;
 }
 
@@ -205,6 +215,7 @@ int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
 }
 
 void DocumentStore::DBSetLineColor(ObjectHandle object, const CVKColor& color) {
+  ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineColor = color;
 }
 
@@ -221,6 +232,7 @@ int DocumentStore::DBGetLineStyle(ObjectHandle object, LINESTYLE& style) {
 }
 
 void DocumentStore::DBSetLineStyle(ObjectHandle object, const LINESTYLE& style) {
+  ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineStyle = style;
 }
 

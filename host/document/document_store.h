@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/document/document.h"
+#include "host/document/notices.h"
 #include "rastrel/platform/host/object_store.h"
 
 namespace rastrel::document {
@@ -29,6 +30,9 @@ class DocumentStore : public host::ObjectStore {
   ~DocumentStore() override;
 
   [[nodiscard]] Document& GetDocument() { return m_Document; }
+  /// Takes messages about colors and lines that are set and don't show; null for none. They must
+  /// outlive the store.
+  void ReportTo(Notices* notices) { m_Notices = notices; }
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
   /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
@@ -105,9 +109,11 @@ class DocumentStore : public host::ObjectStore {
   [[nodiscard]] List* Find(host::ListHandle list);
   [[nodiscard]] Handles MembersOf(host::ListHandle list);
   [[nodiscard]] Attributes* Edit(ObjectHandle object);
+  void ReportKeptLook(ObjectHandle object);
   [[nodiscard]] ObjectHandle NextAfter(ObjectHandle object, Handles those) const;
 
   Document& m_Document;
+  Notices* m_Notices = nullptr;
   TakeText m_TakeText;
   std::unordered_map<unsigned long long, List> m_Lists;
   unsigned long long m_LastList = 0;

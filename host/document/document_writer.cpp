@@ -96,6 +96,8 @@ struct ShapeWriter {
   void operator()(const PathShape& path) const {
     json["kind"] = "path";
     json["cutLine"] = path.cutLine;
+    if (path.fillRule != FillRule::EvenOdd) json["fillRule"] = NameOf(FillRuleNames, path.fillRule);
+    if (path.fillsOpen) json["fillsOpen"] = true;
     Json parts = Json::array();
     for (const SubPath& part : path.subPaths) parts.push_back(JsonOf(part));
     json["subPaths"] = std::move(parts);
@@ -140,6 +142,8 @@ struct ShapeWriter {
     json["name"] = Utf8(graphic.name);
     json["width"] = graphic.width;
     json["height"] = graphic.height;
+    if (graphic.extent) json["extent"] = JsonOf(*graphic.extent);
+    if (!graphic.reason.empty()) json["reason"] = Utf8(graphic.reason);
     json["file"] = graphic.bytes ? os::Base64FromBytes(*graphic.bytes) : std::string();
   }
   void operator()(const DrillShape& drill) const {

@@ -1,6 +1,7 @@
 #include "host/document/shapes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace rastrel::document {
@@ -27,6 +28,31 @@ class Box {
     Add(rect.left, rect.bottom);
     Add(rect.right, rect.top);
   }
+  // The points where a cubic Bézier curve turns back in x or y. Its ends are added apart.
+  void AddCurve(const CWorldPoint& a, const CWorldPoint& b, const CWorldPoint& c,
+                const CWorldPoint& d) {
+    const auto at = [](double p, double q, double r, double s, double t) {
+      const double u = 1 - t;
+      return u * u * u * p + 3 * u * u * t * q + 3 * u * t * t * r + t * t * t * s;
+    };
+    const auto add = [&](double t) {
+      if (t > 0 && t < 1) Add(at(a.x, b.x, c.x, d.x, t), at(a.y, b.y, c.y, d.y, t));
+    };
+    const auto addTurns = [&](double p, double q, double r, double s) {
+      // A third of the derivative: (p, q, r, s the control values) k t^2 + 2 l t + m.
+      const double k = s - 3 * r + 3 * q - p;
+      const double l = r - 2 * q + p;
+      const double m = q - p;
+      const double root = std::sqrt(l * l - k * m);
+      if (std::isnan(root)) return;
+      // The sum that does not cancel; the other turn follows from the product of both.
+      const double sum = -(l + std::copysign(root, l));
+      if (k != 0) add(sum / k);
+      if (sum != 0) add(m / sum);
+    };
+    addTurns(a.x, b.x, c.x, d.x);
+    addTurns(a.y, b.y, c.y, d.y);
+  }
   [[nodiscard]] BOUNDS Get() const { return m_Bounds.xmin > m_Bounds.xmax ? BOUNDS{} : m_Bounds; }
 
  private:
@@ -34,16 +60,27 @@ class Box {
   BOUNDS m_Bounds{Far, -Far, Far, -Far};
 };
 
+CWorldPoint Mapped(const CWorldPoint& point, const TM& m) {
+  return {m.a * point.x + m.c * point.y + m.tx, m.b * point.x + m.d * point.y + m.ty};
+}
+
 struct BoundsVisitor {
   Box& box;
+  const TM& matrix;  // of a path alone: other shapes are mapped as boxes
 
   void operator()(const GroupShape&) const {}
   void operator()(const PathShape& path) const {
     for (const SubPath& part : path.subPaths) {
-      box.Add(part.start);
+      CWorldPoint at = Mapped(part.start, matrix);
+      box.Add(at);
       for (const PathSegment& segment : part.segments) {
-        // Control points bound their curve: a little too large, and never too small.
-        for (std::size_t i = segment.curve ? 0 : 2; i < 3; ++i) box.Add(segment.points[i]);
+        const CWorldPoint end = Mapped(segment.points[2], matrix);
+        if (segment.curve) {
+          box.AddCurve(at, Mapped(segment.points[0], matrix), Mapped(segment.points[1], matrix),
+                       end);
+        }
+        box.Add(end);
+        at = end;
       }
     }
   }
@@ -59,8 +96,7 @@ struct BoundsVisitor {
     for (const CWorldRect& pane : plate.panes) box.Add(pane);
   }
   void operator()(const GraphicShape& graphic) const {
-    box.Add(0, 0);
-    box.Add(graphic.width, graphic.height);
+    box.Add(graphic.extent.value_or(CWorldRect{0, graphic.height, graphic.width, 0}));
   }
   void operator()(const DrillShape& drill) const {
     const double radius = drill.diameter / 2;
@@ -84,7 +120,7 @@ bool TextShape::operator==(const TextShape& other) const {
 
 bool GraphicShape::operator==(const GraphicShape& other) const {
   return kind == other.kind && name == other.name && width == other.width &&
-         height == other.height &&
+         height == other.height && extent == other.extent && reason == other.reason &&
          (bytes == other.bytes || (bytes && other.bytes && *bytes == *other.bytes));
 }
 
@@ -103,8 +139,18 @@ int TypeNumberOf(const Shape& shape) {
 
 BOUNDS BoundsOf(const Shape& shape, const TM& matrix) {
   Box box;
-  std::visit(BoundsVisitor{box}, shape);
-  return DBTranslateBounds(box.Get(), matrix);
+  std::visit(BoundsVisitor{box, matrix}, shape);
+  return std::holds_alternative<PathShape>(shape) ? box.Get()
+                                                  : DBTranslateBounds(box.Get(), matrix);
+}
+
+bool HasInside(const PathShape& path) {
+  return !path.cutLine && (path.fillsOpen || std::ranges::any_of(path.subPaths, &SubPath::closed));
+}
+
+bool HasInside(const Shape& shape) {
+  if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
+  return !std::holds_alternative<GraphicShape>(shape);
 }
 
 }  // namespace rastrel::document

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -44,10 +45,19 @@ struct SubPath {
   bool operator==(const SubPath&) const = default;
 };
 
+/// Which parts of a plane overlapping runs of a path enclose.
+enum class FillRule {
+  EvenOdd,  ///< those that an odd number of runs goes around
+  NonZero,  ///< those that runs go around more often in one direction than in the other
+};
+
 /// Lines and curves: a drawing, or the way of a knife.
 struct PathShape {
   std::vector<SubPath> subPaths;
   bool cutLine = false;  ///< true for the way of a knife, which is drawn as such
+  FillRule fillRule = FillRule::EvenOdd;
+  /// Open runs are filled as if a straight line closed them; without it closed ones alone are.
+  bool fillsOpen = false;
   bool operator==(const PathShape&) const = default;
 };
 
@@ -120,13 +130,16 @@ struct PlateShape {
 enum class GraphicKind { Svg, Png, Jpeg, Tiff, Pdf, Eps };
 
 /// A file of another program, kept whole. Its lower left corner is at the origin before the
-/// object's matrix.
+/// object's matrix. Its colors and lines are its own: those of the object do not show.
 struct GraphicShape {
   GraphicKind kind = GraphicKind::Png;
   std::wstring name;                         ///< of the file it came from, without folders
   std::shared_ptr<const std::string> bytes;  ///< the file; never null in a document
   double width = 0;
   double height = 0;
+  /// The part of it that is painted, which its bounds are; nothing: all of it.
+  std::optional<CWorldRect> extent{};
+  std::wstring reason{};  ///< why a drawing is no paths: "it has a gradient"; empty for an image
   bool operator==(const GraphicShape& other) const;
 };
 
@@ -164,8 +177,13 @@ struct Object {
 /// The number by which the database names the kind of a shape: a DBObjectType where there is one.
 [[nodiscard]] int TypeNumberOf(const Shape& shape);
 
-/// The bounds of a shape on its page. Those of a group are empty: its members are the document's. A
-/// shape without extent has an empty box at its place.
+/// The bounds of a shape on its page: of a path exactly those of its lines and curves, without the
+/// width of lines; of all others the box around their own box. Those of a group are empty: its
+/// members are the document's. A shape without extent has an empty box at its place.
 [[nodiscard]] BOUNDS BoundsOf(const Shape& shape, const TM& matrix);
+
+/// Whether the inside of a shape is painted, where its layer's color is visible.
+[[nodiscard]] bool HasInside(const PathShape& path);
+[[nodiscard]] bool HasInside(const Shape& shape);
 
 }  // namespace rastrel::document

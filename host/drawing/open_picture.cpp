@@ -29,6 +29,19 @@ OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string
 
 }  // namespace
 
+Expected<void> CheckPictureSize(double width, double height) {
+  width /= PointsPerCentimetre;
+  height /= PointsPerCentimetre;
+  for (const double side : {width, height}) {
+    if (!(side > 0) || side > LargestGraphicSide) {
+      return FailureOf("its size of " + document::SizeText(width, height) +
+                       " can't be had: sides must be above 0 and at most " +
+                       document::MeasureText(LargestGraphicSide) + " cm");
+    }
+  }
+  return {};
+}
+
 Expected<std::unique_ptr<Picture>> OpenPicture(GraphicKind kind,
                                                std::shared_ptr<const std::string> bytes) {
   if (bytes->size() > LargestGraphicFile) {
@@ -37,15 +50,8 @@ Expected<std::unique_ptr<Picture>> OpenPicture(GraphicKind kind,
   }
   auto picture = OpenKind(kind, bytes);
   if (!picture) return picture.Error();
-  const double width = (*picture)->Width() / PointsPerCentimetre;
-  const double height = (*picture)->Height() / PointsPerCentimetre;
-  for (const double side : {width, height}) {
-    if (!(side > 0) || side > LargestGraphicSide) {
-      return FailureOf("its size of " + document::SizeText(width, height) +
-                       " can't be had: sides must be above 0 and at most " +
-                       document::MeasureText(LargestGraphicSide) + " cm");
-    }
-  }
+  const auto size = CheckPictureSize((*picture)->Width(), (*picture)->Height());
+  if (!size) return size.Error();
   (*picture)->SetFile(std::move(bytes));
   return picture;
 }

@@ -17,4 +17,7 @@ namespace rastrel::drawing {
 [[nodiscard]] Expected<std::unique_ptr<graphics::Picture>> OpenPicture(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes);
 
+/// The sizes that a picture may have, in points.
+[[nodiscard]] Expected<void> CheckPictureSize(double width, double height);
+
 }  // namespace rastrel::drawing

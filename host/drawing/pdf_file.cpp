@@ -15,8 +15,11 @@ class PdfPicture : public Picture {
  public:
   PdfPicture(std::shared_ptr<const std::string> bytes,
              std::unique_ptr<PopplerDocument, GlibEnd> document,
-             std::unique_ptr<PopplerPage, GlibEnd> page)
-      : m_File(std::move(bytes)), m_Document(std::move(document)), m_Page(std::move(page)) {
+             std::unique_ptr<PopplerPage, GlibEnd> page, PdfLines lines)
+      : m_File(std::move(bytes)),
+        m_Document(std::move(document)),
+        m_Page(std::move(page)),
+        m_Lines(lines) {
     double width = 0;
     double height = 0;
     poppler_page_get_size(m_Page.get(), &width, &height);
@@ -25,7 +28,11 @@ class PdfPicture : public Picture {
 
   [[nodiscard]] Expected<void> Draw(cairo_t* context) const override {
     cairo_save(context);
-    poppler_page_render(m_Page.get(), context);
+    if (m_Lines == PdfLines::AsTheyAre) {
+      poppler_page_render_for_printing(m_Page.get(), context);
+    } else {
+      poppler_page_render(m_Page.get(), context);
+    }
     cairo_restore(context);
     return {};
   }
@@ -34,11 +41,12 @@ class PdfPicture : public Picture {
   std::shared_ptr<const std::string> m_File;  // which the document reads from
   std::unique_ptr<PopplerDocument, GlibEnd> m_Document;
   std::unique_ptr<PopplerPage, GlibEnd> m_Page;
+  PdfLines m_Lines;
 };
 
 }  // namespace
 
-OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
+OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes, PdfLines lines) {
   const std::unique_ptr<GBytes, GlibEnd> data(g_bytes_new_static(bytes->data(), bytes->size()));
   GError* raised = nullptr;
   std::unique_ptr<PopplerDocument, GlibEnd> document(
@@ -52,7 +60,8 @@ OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes) {
                                                  : nullptr);
   if (!page) return FailureOf("the PDF has no page");
   return std::unique_ptr<Picture>(
-      std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page)));
+
+      std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page), lines));
 }
 
 }  // namespace rastrel::drawing

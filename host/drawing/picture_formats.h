@@ -13,14 +13,21 @@ using graphics::Picture;
 /// An opened file. Its size is the one that the file names, and not yet checked.
 using OpenedPicture = Expected<std::unique_ptr<Picture>>;
 
-/// By librsvg, which reads nothing beside the bytes.
-[[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes);
+/// By librsvg, which reads nothing beside the bytes. `stylesheet` is CSS of the user's, which
+/// counts where the file's own says nothing.
+[[nodiscard]] OpenedPicture OpenSvg(const std::string& bytes, const std::string& stylesheet = {});
 /// PNG (ISO 15948), JPEG (ISO 10918-1) and TIFF 6.0, of which the first image counts. Decoded at
 /// once.
 [[nodiscard]] OpenedPicture OpenPng(const std::string& bytes);
 [[nodiscard]] OpenedPicture OpenJpeg(const std::string& bytes);
 [[nodiscard]] OpenedPicture OpenTiff(const std::string& bytes);
+/// How a PDF's lines are drawn.
+enum class PdfLines {
+  OnScreen,  ///< thin ones are moved to whole pixels and are at least one wide
+  AsTheyAre  ///< as for a printer; one without width is a device unit wide
+};
 /// By poppler. The picture keeps the bytes.
-[[nodiscard]] OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes);
+[[nodiscard]] OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes,
+                                    PdfLines lines = PdfLines::OnScreen);
 
 }  // namespace rastrel::drawing

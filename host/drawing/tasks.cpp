@@ -7,9 +7,12 @@
 #include <utility>
 
 #include "host/document/document_format.h"
+#include "host/drawing/exchange_reader.h"
 #include "host/drawing/open_picture.h"
+#include "host/drawing/plotter_reader.h"
 #include "host/drawing/process_limits.h"
 #include "host/drawing/record_writer.h"
+#include "host/drawing/vector_drawing.h"
 #include "host/render/drawing_request.h"
 #include "host/render/page_images.h"
 #include "host/text/font_catalog.h"
@@ -66,6 +69,31 @@ Expected<void> Measure(const std::string& kindName, const std::string& input) {
   return {};
 }
 
+// "svg" and "pdf" become paths as they are painted, "dxf" and "hpgl" as they are.
+Expected<void> ReadPaths(const std::string& kind, bool cutLine, const std::string& input) {
+  const ForeignFile watch("");
+  PathSink sink(
+      [](const VectorPath& path) { WriteRecord(DrawingRecord::Path, graphics::PathRecord(path)); },
+      [](const std::string& sentence) { WriteRecord(DrawingRecord::Loss, sentence); });
+  if (kind == "dxf") return ReadExchangeFile(input, sink);
+  if (kind == "hpgl") return ReadPlotterFile(input, sink);
+  const auto drawing = ReadVectorDrawing(kind == "svg" ? GraphicKind::Svg : GraphicKind::Pdf,
+                                         std::make_shared<const std::string>(input), cutLine, sink);
+  if (!drawing) return drawing.Error();
+  WriteRecord(DrawingRecord::Size, TextOf(drawing->width) + " " + TextOf(drawing->height));
+  if (!drawing->reason.empty()) {
+    if (drawing->extent) {
+      WriteRecord(DrawingRecord::Extent,
+                  TextOf(drawing->extent->left) + " " + TextOf(drawing->extent->top) + " " +
+                      TextOf(drawing->extent->right) + " " + TextOf(drawing->extent->bottom));
+    }
+    WriteRecord(DrawingRecord::Kept, drawing->reason);
+  } else if (sink.Paths() == 0) {
+    return FailureOf("it draws nothing");
+  }
+  return {};
+}
+
 // The files of a request, opened under watch.
 class FileOpener {
  public:
@@ -118,6 +146,7 @@ Expected<void> DrawPages(const render::DrawingTaskParts& parts, const std::strin
 
 Expected<void> DoTask(const std::vector<std::string>& task, const std::string& input) {
   if (task.size() == 2 && task[0] == "measure") return Measure(task[1], input);
+  if (task.size() == 3 && task[0] == "paths") return ReadPaths(task[1], task[2] == "cut", input);
   if (const auto parts = render::ReadDrawingTask(task)) return DrawPages(*parts, input);
   return FailureOf("this program is a part of the commands that open documents");
 }

@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "host/document/document_format.h"
 #include "host/document/notices.h"
 #include "host/graphics/picture.h"
-#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_descriptor.h"
@@ -180,6 +177,9 @@ Expected<void> DrawingRun::TakeOne(DrawingRecord kind, std::string body) {
     case DrawingRecord::Notice:
     case DrawingRecord::Loss:
     case DrawingRecord::Size:
+    case DrawingRecord::Path:
+    case DrawingRecord::Extent:
+    case DrawingRecord::Kept:
     case DrawingRecord::Number:
     case DrawingRecord::Image: return m_Take(kind, std::move(body));
   }
@@ -236,12 +236,6 @@ Expected<void> DrawingRun::Read(DrawingProcess& process) {
   return {};
 }
 
-std::string NameOf(document::GraphicKind kind) {
-  const auto found = std::ranges::find(document::GraphicKindNames, kind,
-                                       [](const auto& row) { return row.first; });
-  return std::string(found->second);
-}
-
 }  // namespace
 
 Expected<void> RunDrawing(const std::vector<std::string>& task, const std::string& input,
@@ -254,7 +248,7 @@ Expected<void> RunDrawing(const std::vector<std::string>& task, const std::strin
 
 Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
                                   std::shared_ptr<const std::string> bytes,
-                                  std::chrono::milliseconds time) {
+                                  std::chrono::milliseconds time, interpreter::EpsLetters letters) {
   if (kind != document::GraphicKind::Eps) return DrawableFile{kind, std::move(bytes)};
   if (bytes->size() > LargestGraphicFile) {
     return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
@@ -262,33 +256,10 @@ Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
   }
   interpreter::EpsLimits limits;
   limits.time = std::min(limits.time, time);
-  auto converted = interpreter::PdfFromEps(*bytes, limits);
+  auto converted = interpreter::PdfFromEps(*bytes, limits, letters);
   if (!converted) return converted.Error();
   return DrawableFile{document::GraphicKind::Pdf,
                       std::make_shared<const std::string>(std::move(*converted))};
-}
-
-Expected<PictureSize> MeasurePicture(document::GraphicKind kind,
-                                     std::shared_ptr<const std::string> bytes,
-                                     const DrawingLimits& limits) {
-  const auto drawable = DrawableOf(kind, std::move(bytes));
-  if (!drawable) return drawable.Error();
-  PictureSize size;
-  const auto take = [&](DrawingRecord /*kind*/, const std::string& body) -> Expected<void> {
-    const char* end = body.data() + body.size();
-    const char* rest = std::from_chars(body.data(), end, size.width).ptr;
-    if (rest != end) std::from_chars(rest + 1, end, size.height);
-    return {};
-  };
-  const auto measured =
-      RunDrawing({"measure", NameOf(drawable->kind)}, *drawable->bytes, {}, limits, take);
-  if (!measured) return measured.Error();
-  for (const double side : {size.width, size.height}) {
-    if (!(side > 0 && side <= LargestGraphicSide * 72 / 2.54 * (1 + 1e-9))) {
-      return FailureOf("its size can't be had");
-    }
-  }
-  return size;
 }
 
 }  // namespace rastrel::graphics

@@ -9,6 +9,7 @@
 
 #include "host/document/shapes.h"
 #include "host/graphics/drawing_records.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
 
 /// The drawing of foreign files in a process of its own: the program `rastrel-draw`, which lies
@@ -27,8 +28,8 @@ struct DrawingLimits {
   std::uint64_t resultBytes = std::uint64_t{1} << 30;  ///< of an image and the records before it
 };
 
-/// Takes a record: a Notice, Loss, Size, Number or Image. A failure ends the run, and is its
-/// result.
+/// Takes a record of a result: none of those that begin or end a file or the stream. A failure ends
+/// the run, and is its result.
 using TakeRecord = std::function<Expected<void>(DrawingRecord kind, std::string body)>;
 
 /// Runs the program on a task. It gets `input` as its standard input, and neither a file, a
@@ -51,17 +52,7 @@ struct DrawableFile {
 /// all else as it is. The failure is a sentence.
 [[nodiscard]] Expected<DrawableFile> DrawableOf(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes,
-    std::chrono::milliseconds time = DrawingLimits().epsTime);
-
-/// A size in points.
-struct PictureSize {
-  double width = 0;
-  double height = 0;
-};
-/// The true size of a placed file (drawing::OpenPicture), which is opened for that. The failure is
-/// a sentence about the file for the user.
-[[nodiscard]] Expected<PictureSize> MeasurePicture(document::GraphicKind kind,
-                                                   std::shared_ptr<const std::string> bytes,
-                                                   const DrawingLimits& limits = {});
+    std::chrono::milliseconds time = DrawingLimits().epsTime,
+    interpreter::EpsLetters letters = interpreter::EpsLetters::Keep);
 
 }  // namespace rastrel::graphics

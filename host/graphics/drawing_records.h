@@ -18,6 +18,9 @@ enum class DrawingRecord : char {
   Notice = 'N',     ///< a document::Notices text
   Loss = 'L',       ///< a document::Notices loss
   Size = 'S',       ///< a picture's width and height in points, with a blank between
+  Path = 'P',       ///< a painted path of a vector file (vector_path.h), in painting order
+  Extent = 'X',     ///< left, top, right and bottom of a picture's drawn part, as a Size
+  Kept = 'K',       ///< why a vector file is no paths: a reason; those before it don't count
   Number = '#',     ///< the next image's page as decimal digits, or 0 where it is the only one
   Image = 'I',      ///< a finished SVG, PDF or PNG file
   Broken = 'B',     ///< why the program can't go on, a reason without a subject; the last record

@@ -1,11 +1,11 @@
 #include "host/graphics/graphic_loader.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
+#include <vector>
 
-#include "host/graphics/picture.h"
-#include "rastrel/platform/os/file.h"
+#include "host/graphics/graphic_file.h"
+#include "host/graphics/native_graphics.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
@@ -13,45 +13,89 @@ namespace rastrel::graphics {
 
 namespace {
 
-constexpr double CentimetresPerPoint = 2.54 / 72;
-
-Expected<document::GraphicShape> ShapeOf(const std::wstring& path, const DrawingLimits& limits) {
-  auto read = os::ReadWholeFile(path, LargestGraphicFile);
-  if (!read) return read.Error();
-  const auto kind = KindOf(*read);
-  if (!kind) return FailureOf("it is neither SVG, PNG, JPEG, TIFF, PDF nor EPS");
-  document::GraphicShape shape;
-  shape.kind = *kind;
-  const os::PathParts parts = os::SplitPath(path);
-  shape.name = parts.name + parts.extension;
-  shape.bytes = std::make_shared<const std::string>(std::move(*read));
-  const auto size = MeasurePicture(shape.kind, shape.bytes, limits);
-  if (!size) return size.Error();
-  shape.width = size->width * CentimetresPerPoint;
-  shape.height = size->height * CentimetresPerPoint;
-  return shape;
-}
+// Of the files that were read: those that a template names again and again are among them.
+constexpr std::size_t MaximumEntries = 64;
+constexpr std::size_t MaximumWeight = std::size_t{256} << 20;
 
 }  // namespace
 
+GraphicLoader::GraphicLoader(document::Document& document, document::Notices& notices,
+                             const DrawingLimits& limits)
+    : m_Document(document), m_Notices(notices), m_Limits(limits) {}
+
+GraphicLoader::~GraphicLoader() = default;
+
+void GraphicLoader::Keep(Entry entry) {
+  m_Entries.push_front(std::move(entry));
+  std::size_t weight = 0;
+  std::size_t count = 0;
+  const auto tooMuch = std::ranges::find_if(m_Entries, [&](const Entry& kept) {
+    weight += kept.graphic->weight;
+    return ++count > MaximumEntries || weight > MaximumWeight;
+  });
+  m_Entries.erase(tooMuch, m_Entries.end());
+}
+
+Expected<std::shared_ptr<const LoadedGraphic>> GraphicLoader::Read(const std::wstring& path,
+                                                                   bool cutLine) {
+  // The stamp is taken first: a file that changes while it is read is read again the next time.
+  const auto stamp = os::StampOf(path);
+  const auto found = std::ranges::find_if(m_Entries, [&](const Entry& entry) {
+    return entry.path == path && entry.cutLine == cutLine;
+  });
+  if (found != m_Entries.end()) {
+    if (stamp && found->stamp == *stamp) {
+      m_Entries.splice(m_Entries.begin(), m_Entries, found);
+      return m_Entries.front().graphic;
+    }
+    m_Entries.erase(found);
+  }
+  ++m_FilesRead;
+  auto graphic = ReadGraphicFile(path, cutLine, m_Limits);
+  if (graphic && stamp) Keep({path, cutLine, *stamp, *graphic});
+  return graphic;
+}
+
+Expected<void> GraphicLoader::Place(const LoadedGraphic& graphic) {
+  const int page = std::max(m_Document.DisplayPage(), 1);
+  std::vector<document::ObjectHandle> placed;
+  if (graphic.document) {
+    placed = CopyObjects(*graphic.document, m_Document, page);
+    if (placed.empty()) return FailureOf("the document is full");
+  }
+  placed.reserve(graphic.objects.size());
+  for (const LoadedObject& object : graphic.objects) {
+    document::Attributes attributes;
+    attributes.pages = {page, page};
+    attributes.layer = object.layer;
+    attributes.lineColor = object.lineColor;
+    attributes.lineStyle = object.lineStyle;
+    const document::ObjectHandle handle = m_Document.Create(object.shape, attributes);
+    if (!m_Document.Insert(handle, host::DocumentRoot)) {
+      for (const document::ObjectHandle other : placed) m_Document.Destroy(other);
+      return FailureOf("the document is full");
+    }
+    placed.push_back(handle);
+  }
+  m_Document.DeselectAll();
+  for (const document::ObjectHandle handle : placed) m_Document.Select(handle);
+  return {};
+}
+
+int GraphicLoader::Load(const std::wstring& path, bool cutLine) {
+  const auto graphic = Read(path, cutLine);
+  auto loaded = graphic ? Place(**graphic) : Expected<void>(graphic.Error());
+  if (!loaded) {
+    m_Notices.AddLoss(path + L" can't be placed: " + os::WideFromUtf8(Describe(loaded.Error())));
+    return 0;
+  }
+  for (const std::wstring& loss : (*graphic)->losses) m_Notices.AddLoss(path + L": " + loss);
+  return 1;
+}
+
 int LoadGraphic(document::Document& document, document::Notices& notices, const std::wstring& path,
                 const DrawingLimits& limits) {
-  auto shape = ShapeOf(path, limits);
-  if (!shape) {
-    notices.AddLoss(path + L" can't be placed: " + os::WideFromUtf8(Describe(shape.Error())));
-    return 0;
-  }
-  document::Attributes attributes;
-  const int page = std::max(document.DisplayPage(), 1);
-  attributes.pages = {page, page};
-  const document::ObjectHandle object = document.Create(std::move(*shape), attributes);
-  if (!document.Insert(object, host::DocumentRoot)) {
-    notices.AddLoss(path + L" can't be placed: the document is full");
-    return 0;
-  }
-  document.DeselectAll();
-  document.Select(object);
-  return 1;
+  return GraphicLoader(document, notices, limits).Load(path);
 }
 
 }  // namespace rastrel::graphics

@@ -1,5 +1,6 @@
 #include "host/graphics/native_graphics.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -19,7 +20,8 @@ namespace {
 
 class Copier {
  public:
-  Copier(const Document& source, Document& target) : m_Source(source), m_Target(target) {}
+  Copier(const Document& source, Document& target, int page)
+      : m_Source(source), m_Target(target), m_Page(page) {}
 
   std::vector<ObjectHandle> Copy(ObjectHandle sourceParent, ObjectHandle targetParent) {
     std::vector<ObjectHandle> copies;
@@ -46,6 +48,7 @@ class Copier {
     const bool group = std::holds_alternative<GroupShape>(object.shape);
     document::Attributes attributes = object.attributes;
     attributes.traits &= ~DBTRAIT_SELECTED;
+    attributes.pages = {m_Page, m_Page};
     const ObjectHandle copy =
         m_Target.Create(group ? Shape(GroupShape()) : object.shape, attributes);
     if (!m_Target.Insert(copy, parent)) return 0;
@@ -56,14 +59,15 @@ class Copier {
 
   const Document& m_Source;
   Document& m_Target;
+  int m_Page;
   std::unordered_map<ObjectHandle, ObjectHandle> m_Copies;
 };
 
 }  // namespace
 
-std::vector<ObjectHandle> CopyObjects(const Document& source, Document& target) {
+std::vector<ObjectHandle> CopyObjects(const Document& source, Document& target, int page) {
   for (const auto& [number, layer] : source.SheetLayers()) target.AddSheetLayer(layer);
-  Copier copier(source, target);
+  Copier copier(source, target, page);
   auto copies = copier.Copy(host::DocumentRoot, host::DocumentRoot);
   copier.JoinPlates();
   return copies;
@@ -80,7 +84,7 @@ int NativeGraphics::LoadVEFile(CWnd* /*window*/, const wchar_t* path, int /*rese
     m_Notices.AddLoss(std::wstring(path) + L": holds no objects");
     return 0;
   }
-  const auto copies = CopyObjects(**loaded, m_Document);
+  const auto copies = CopyObjects(**loaded, m_Document, std::max(m_Document.DisplayPage(), 1));
   m_Document.DeselectAll();
   for (const ObjectHandle copy : copies) m_Document.Select(copy);
   return 1;

@@ -9,15 +9,16 @@
 
 namespace rastrel::graphics {
 
-/// Copies all objects of one document into another, as its last, on the pages, at the places and in
-/// the sizes that they have. Groups keep their members, and plates the plates that continue them.
-/// Sheet layers that the target lacks come along; colors are the objects' own. Returns the copies
-/// of the source's direct members, in their order; those that the target has no room for are
+/// Copies all objects of one document into another, as its last, at the places and in the sizes
+/// that they have, on one page. Groups keep their members, and plates the plates that continue
+/// them. Sheet layers that the target lacks come along; colors are the objects' own. Returns the
+/// copies of the source's direct members, in their order; those that the target has no room for are
 /// missing.
 std::vector<document::ObjectHandle> CopyObjects(const document::Document& source,
-                                                document::Document& target);
+                                                document::Document& target, int page);
 
-/// Loads graphics of the host's own kind, which are document files (docs/formats/document.md).
+/// Loads graphics of the host's own kind, which are document files (docs/formats/document.md), on
+/// the page on show, the first where all are.
 class NativeGraphics : public host::GraphicsIO {
  public:
   /// Both must outlive this.

@@ -1,5 +1,10 @@
 #include "host/graphics/picture.h"
 
+#include <algorithm>
+#include <array>
+
+#include "host/document/document_format.h"
+
 namespace rastrel::graphics {
 
 using document::GraphicKind;
@@ -35,10 +40,70 @@ bool IsSvg(std::string_view bytes) {
   return name == "svg";
 }
 
-bool IsEps(std::string_view bytes) {
+// PostScript, encapsulated or not. Printer drivers put an end of transmission in front.
+bool IsPostScript(std::string_view bytes) {
   if (bytes.starts_with("\xC5\xD0\xD3\xC6")) return true;
-  if (!bytes.starts_with("%!PS-Adobe-")) return false;
-  return bytes.substr(0, bytes.find_first_of("\r\n")).find("EPSF-") != std::string_view::npos;
+  if (bytes.starts_with('\x04')) bytes.remove_prefix(1);
+  return bytes.starts_with("%!");
+}
+
+constexpr std::string_view Whitespace = " \t\r\n";
+
+std::string_view NextLine(std::string_view& rest) {
+  const std::size_t end = std::min(rest.find('\n'), rest.size());
+  std::string_view line = rest.substr(0, end);
+  rest.remove_prefix(std::min(end + 1, rest.size()));
+  line.remove_prefix(std::min(line.find_first_not_of(Whitespace), line.size()));
+  return line.substr(0, line.find_last_not_of(Whitespace) + 1);
+}
+
+// Pairs of a group code and a value, of which the first but for comments begins a section.
+bool IsDxf(std::string_view rest) {
+  rest = rest.substr(0, HeadLength * 16);
+  while (!rest.empty()) {
+    const std::string_view code = NextLine(rest);
+    const std::string_view value = NextLine(rest);
+    if (code == "0") return value == "SECTION";
+    if (code != "999") return false;
+  }
+  return false;
+}
+
+// Without the sequences to the device that a plotter file may begin with.
+std::string_view SkipToInstructions(std::string_view rest) {
+  while (!rest.empty()) {
+    if (rest.front() == '\x1B') {
+      // A letter between two kinds of parameters.
+      const std::size_t letter = rest.find_first_not_of("%&*().0123456789+-", 1);
+      if (letter == std::string_view::npos) return {};
+      rest.remove_prefix(std::min(rest.find_first_not_of("0123456789;:", letter + 1), rest.size()));
+    } else if (rest.front() == ';' || Whitespace.find(rest.front()) != std::string_view::npos) {
+      rest.remove_prefix(1);
+    } else {
+      break;
+    }
+  }
+  return rest;
+}
+
+// Three instructions of two letters with numbers, or all that there are.
+bool IsHpgl(std::string_view rest) {
+  constexpr std::array<std::string_view, 34> known = {
+      "IN", "DF", "SP", "PU", "PD", "PA", "PR", "AA", "AR", "CI", "EA", "ER",
+      "RA", "RR", "IP", "SC", "PW", "PC", "VS", "LT", "IW", "RO", "PS", "NP",
+      "BP", "TR", "WU", "FS", "SI", "SR", "DI", "QL", "CO", "LB"};
+  rest = SkipToInstructions(rest);
+  int count = 0;
+  for (; count < 3 && !rest.empty(); ++count) {
+    const std::string_view name = rest.substr(0, 2);
+    if (std::ranges::find(known, name) == known.end()) return false;
+    rest.remove_prefix(2);
+    // Free text follows.
+    if (name == "CO" || name == "LB") return count > 0;
+    rest.remove_prefix(std::min(rest.find_first_not_of("0123456789+-.,; \t\r\n"), rest.size()));
+    if (rest.starts_with('\x1B')) rest = SkipToInstructions(rest);
+  }
+  return count > 0;
 }
 
 }  // namespace
@@ -50,12 +115,24 @@ std::optional<GraphicKind> KindOf(std::string_view bytes) {
   for (const std::string_view start : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
     if (bytes.starts_with(start)) return GraphicKind::Tiff;
   }
-  if (IsEps(bytes)) return GraphicKind::Eps;
+  if (IsPostScript(bytes)) return GraphicKind::Eps;
   if (bytes.substr(0, HeadLength).find("%PDF-") != std::string_view::npos) {
     return GraphicKind::Pdf;
   }
   if (IsSvg(bytes)) return GraphicKind::Svg;
   return std::nullopt;
+}
+
+std::optional<PathFileKind> PathFileKindOf(std::string_view bytes) {
+  if (IsDxf(bytes)) return PathFileKind::Dxf;
+  if (IsHpgl(bytes)) return PathFileKind::Hpgl;
+  return std::nullopt;
+}
+
+bool IsDocumentFile(std::string_view bytes) {
+  const std::size_t begin = bytes.find_first_not_of(Whitespace);
+  return begin != std::string_view::npos && bytes[begin] == '{' &&
+         bytes.substr(0, HeadLength).find(document::DocumentFormatName) != std::string_view::npos;
 }
 
 }  // namespace rastrel::graphics

@@ -58,7 +58,15 @@ class Picture {
   std::shared_ptr<const std::string> m_Bytes;
 };
 
-/// The kind of a file, by its first bytes; nothing for one that can't be placed.
+/// The kind of a file, by its first bytes; nothing for one that can't be placed as a picture. Eps
+/// is all PostScript.
 [[nodiscard]] std::optional<document::GraphicKind> KindOf(std::string_view bytes);
+
+/// Files that are paths and nothing else.
+enum class PathFileKind { Dxf, Hpgl };
+/// The kind of such a file, by its first lines or instructions; nothing for any other.
+[[nodiscard]] std::optional<PathFileKind> PathFileKindOf(std::string_view bytes);
+/// Whether a file looks like a document of the host's own (docs/formats/document.md).
+[[nodiscard]] bool IsDocumentFile(std::string_view bytes);
 
 }  // namespace rastrel::graphics

@@ -75,11 +75,10 @@ void CairoCanvas::DrawOutline(const Outline& outline, const std::optional<Color>
   AddPath(m_Context, outline);
   if (inside) {
     SetColor(m_Context, *inside);
-    if (pen) {
-      cairo_fill_preserve(m_Context);
-    } else {
-      cairo_fill(m_Context);
-    }
+    const bool nonZero = outline.fillRule == document::FillRule::NonZero;
+    if (nonZero) cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_WINDING);
+    cairo_fill_preserve(m_Context);
+    if (nonZero) cairo_set_fill_rule(m_Context, CAIRO_FILL_RULE_EVEN_ODD);
   }
   if (pen) Stroke(*pen);
   cairo_new_path(m_Context);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/document/shapes.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/values/tm.h"
 
@@ -44,8 +45,11 @@ struct Outline {
   enum class Step : std::uint8_t { Move, Line, Curve, Close };
   std::vector<Step> steps;
   std::vector<Point> points;
+  document::FillRule fillRule = document::FillRule::EvenOdd;
 
+  /// Removes the steps; the rule becomes even-odd.
   void Clear() {
+    fillRule = document::FillRule::EvenOdd;
     steps.clear();
     points.clear();
   }
@@ -86,7 +90,8 @@ class Canvas {
   virtual void BeginGroup() {}
   virtual void EndGroup() {}
 
-  /// Fills an outline, by the even-odd rule, and draws it with a pen; either may be missing.
+  /// Fills an outline by its rule, open runs as if they were closed, and draws it with a pen;
+  /// either may be missing.
   virtual void DrawOutline(const Outline& outline, const std::optional<Color>& inside,
                            const std::optional<Pen>& pen) = 0;
   virtual void DrawCircle(Point centre, double radius, const Pen& pen) = 0;

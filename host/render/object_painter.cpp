@@ -185,6 +185,7 @@ bool ObjectPainter::HasMaterial() const {
 
 void ObjectPainter::AddPath(const PathShape& path, bool closedAlone) {
   m_Outline.Clear();
+  m_Outline.fillRule = path.fillRule;
   for (const document::SubPath& part : path.subPaths) {
     if (closedAlone && !part.closed) continue;
     m_Outline.MoveTo(OnPage(part.start.x, part.start.y));
@@ -210,13 +211,14 @@ void ObjectPainter::operator()(const PathShape& path) {
   } else {
     const std::optional<Color> inside = ColorOf(m_Attributes->layer);
     const auto closed = std::ranges::count_if(path.subPaths, &document::SubPath::closed);
-    const bool all = static_cast<std::size_t>(closed) == path.subPaths.size();
-    if (inside && closed > 0 && !all) {
+    const bool all = path.fillsOpen || static_cast<std::size_t>(closed) == path.subPaths.size();
+    const bool some = document::HasInside(path);
+    if (inside && some && !all) {
       AddPath(path, true);
       m_Canvas.DrawOutline(m_Outline, inside, std::nullopt);
     }
     const std::optional<Pen> pen = LinePen();
-    const bool fills = inside && closed > 0 && all;
+    const bool fills = inside && some && all;
     AddPath(path, false);
     if (fills || pen) m_Canvas.DrawOutline(m_Outline, fills ? inside : std::nullopt, pen);
   }

@@ -30,7 +30,8 @@ inline constexpr double LargestPage = 1'000'000;
 /// - Panes of a plate are filled with the plate's color and have an edge: as their line style
 ///   says, or else a thin gray one. On a sheet layer without material they have the edge alone.
 /// - Letters have the color of their run, or that of the text.
-/// - Paths are filled where they are closed, and outlined as their line style says.
+/// - Paths are filled by their rule, where they are closed or say that they fill open runs too, and
+///   outlined as their line style says.
 /// - Cut lines are thin, dashed, in their line color, whatever their style.
 /// - Drill points are a circle in true size with a cross, thin, in their line color.
 /// - Placed files fill their box; one that can't be drawn is a crossed box, with a notice.

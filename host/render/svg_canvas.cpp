@@ -116,7 +116,8 @@ void SvgCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& 
                             const std::optional<Pen>& pen) {
   m_Text += "<path d=\"";
   AppendPath(m_Text, outline);
-  m_Text += "\" fill-rule=\"evenodd\" fill=\"";
+  m_Text += outline.fillRule == document::FillRule::NonZero ? "\" fill-rule=\"nonzero\" fill=\""
+                                                            : "\" fill-rule=\"evenodd\" fill=\"";
   if (inside) {
     AppendColor(m_Text, *inside);
   } else {

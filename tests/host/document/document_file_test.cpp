@@ -66,6 +66,9 @@ std::unique_ptr<Document> FullDocument() {
   path.subPaths.push_back(
       {{0, 0}, {{false, {{{}, {}, {1, 2}}}}, {true, {{{1, 1}, {2, 2}, {3, 0}}}}}, true});
   document->Insert(document->Create(path), group);
+  path.fillRule = FillRule::NonZero;
+  path.fillsOpen = true;
+  const ObjectHandle drawing = document->Create(path);
   document->Insert(document->Create(DrillShape{{1, 2}, 0.4064}), group);
 
   GraphicShape graphic;
@@ -74,6 +77,10 @@ std::unique_ptr<Document> FullDocument() {
   graphic.bytes = std::make_shared<const std::string>(std::string("%!PS\0\xff", 6));
   graphic.width = 3;
   graphic.height = 4;
+  document->Insert(document->Create(graphic), host::DocumentRoot);
+  graphic.extent = CWorldRect{0.5, 3.5, 2.5, 1};
+  graphic.reason = L"it has a gradient";
+  document->Insert(drawing, host::DocumentRoot);
   document->Insert(document->Create(graphic), host::DocumentRoot);
 
   ArcTextShape arc;
@@ -160,8 +167,8 @@ TEST(DocumentFile, a_fault_is_reported_with_its_place) {
       {"\"continuation\": 0", "\"continuation\": 1", "/objects/0/continuation: is no later plate"},
       {"\"continuation\": 0", "\"continuation\": 3", "plate 2 is continued by no plate"},
       {"\"id\": 3", "\"id\": 2", "/objects/1/id: is taken"},
-      {"\"radius\": 2.54", "\"radius\": 0", "/objects/4/radius: is not above 0"},
-      {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/4: lacks \"frame\""},
+      {"\"radius\": 2.54", "\"radius\": 0", "/objects/6/radius: is not above 0"},
+      {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/6: lacks \"frame\""},
       {"\"file\": \"JSF", "\"file\": \"?SF", "/objects/3/file: is no base 64"},
       {"\"spot\": true", "\"spot\": 1", "spot: is neither true nor false"},
       {"\"name\": \"White\"", "\"name\": \"Black\"", "/palette/1: names a colour twice"},
@@ -350,6 +357,33 @@ TEST(DocumentFile, a_plate_whose_continuation_is_gone_is_saved_without_it) {
     ASSERT_TRUE(read) << Describe(read.Error());
     EXPECT_EQ(std::get<PlateShape>((*read)->Find(first)->shape).continuation, 0U);
   }
+}
+
+// As documents were before these members were.
+TEST(DocumentFile, a_path_without_a_fill_rule_is_even_odd_and_fills_closed_runs) {
+  Document document;
+  PathShape path;
+  path.subPaths.push_back({{0, 0}, {{false, {{{}, {}, {1, 2}}}}}, true});
+  document.Insert(document.Create(path), host::DocumentRoot);
+  const std::string text = DocumentText(document);
+  EXPECT_EQ(text.find("fillRule"), std::string::npos);
+  EXPECT_EQ(text.find("fillsOpen"), std::string::npos);
+  const auto read = ReadDocumentText(text);
+  ASSERT_TRUE(read);
+  const ObjectHandle handle = (*read)->Members(host::DocumentRoot).at(0);
+  EXPECT_EQ(std::get<PathShape>((*read)->Find(handle)->shape), path);
+}
+
+TEST(DocumentFile, a_fill_rule_of_another_name_is_refused) {
+  Document document;
+  PathShape path;
+  path.fillRule = FillRule::NonZero;
+  document.Insert(document.Create(path), host::DocumentRoot);
+  std::string text = DocumentText(document);
+  text.replace(text.find("nonzero"), 7, "winding");
+  const auto read = ReadDocumentText(text);
+  ASSERT_FALSE(read);
+  EXPECT_EQ(read.Error().where, "/objects/0/fillRule");
 }
 
 }  // namespace

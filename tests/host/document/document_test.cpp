@@ -405,6 +405,26 @@ TEST(DocumentStore, a_filtered_list_holds_the_objects_of_its_kind) {
   EXPECT_EQ(store.DBGetFirstMember(plates), plate);
 }
 
+// The curve's control points are 4 above its ends, and it reaches three quarters of that.
+TEST(Document, the_bounds_of_a_path_are_those_of_its_curve_wherever_it_is_turned) {
+  PathShape path;
+  path.subPaths.push_back({{1, 0}, {{true, {{{1, 4}, {5, 4}, {5, 0}}}}}, false});
+  EXPECT_EQ(BoundsOf(path, TM()), (BOUNDS{1, 5, 0, 3}));
+  EXPECT_EQ(BoundsOf(path, TM{0, 1, -1, 0, 0, 0}), (BOUNDS{-3, 0, 1, 5}));
+  // A curve whose x is 3 t (1 - t)^2 turns back at a third: 3 * 4 / 27.
+  path.subPaths[0] = {{0, 0}, {{true, {{{1, 0}, {0, 0}, {0, 1}}}}}, false};
+  EXPECT_NEAR(BoundsOf(path, TM()).xmax, 4.0 / 9, 1e-15);
+}
+
+TEST(Document, the_bounds_of_a_placed_file_are_those_of_its_drawn_part) {
+  GraphicShape graphic;
+  graphic.width = 10;
+  graphic.height = 5;
+  EXPECT_EQ(BoundsOf(graphic, TM()), (BOUNDS{0, 10, 0, 5}));
+  graphic.extent = CWorldRect{2, 4, 8, 1};
+  EXPECT_EQ(BoundsOf(graphic, TM{2, 0, 0, 2, 1, 0}), (BOUNDS{5, 17, 2, 8}));
+}
+
 TEST(DocumentStore, an_object_made_empty_is_a_group_a_path_or_a_text) {
   Document document;
   DocumentStore store(document);

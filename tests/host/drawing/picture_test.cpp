@@ -13,9 +13,12 @@ namespace {
 
 using document::GraphicKind;
 using graphics::DrawableOf;
+using graphics::IsDocumentFile;
 using graphics::KindOf;
 using graphics::LargestGraphicFile;
 using graphics::MaximumGraphicPixels;
+using graphics::PathFileKind;
+using graphics::PathFileKindOf;
 using graphics::Picture;
 using test::EpsFile;
 using test::JpegFile;
@@ -102,9 +105,8 @@ TEST(GraphicFile, every_kind_is_drawn_the_right_way_up) {
 }
 
 TEST(GraphicFile, a_file_of_no_kind_is_not_guessed_at) {
-  for (const std::string bytes :
-       {"", "GIF89a", "%!PS-Adobe-3.0\n%%Pages: 1\n", "<html><svg/></html>", "{}", "<", "<!--",
-        "<?xml version=\"1.0\"?>", "<svgx/>", "\xFF\xD8", "II", "BM"}) {
+  for (const std::string bytes : {"", "GIF89a", "<html><svg/></html>", "{}", "<", "<!--",
+                                  "<?xml version=\"1.0\"?>", "<svgx/>", "\xFF\xD8", "II", "BM"}) {
     EXPECT_FALSE(KindOf(bytes).has_value()) << bytes;
   }
 }
@@ -120,6 +122,41 @@ TEST(GraphicFile, an_svg_is_known_behind_its_prolog) {
 
 TEST(GraphicFile, an_eps_with_a_binary_head_is_known) {
   EXPECT_EQ(KindOf("\xC5\xD0\xD3\xC6\x1E"), GraphicKind::Eps);
+}
+
+TEST(GraphicFile, postscript_that_is_not_encapsulated_is_read_as_eps) {
+  EXPECT_EQ(KindOf("%!PS-Adobe-3.0\n%%Pages: 1\n"), GraphicKind::Eps);
+  EXPECT_EQ(KindOf("%!\n"), GraphicKind::Eps);
+  EXPECT_EQ(KindOf("\x04%!PS\n"), GraphicKind::Eps);
+}
+
+TEST(GraphicFile, a_dxf_is_known_by_its_first_section) {
+  for (const std::string bytes :
+       {"0\nSECTION\n", "  0\r\nSECTION\r\n2\r\nENTITIES\r\n", "999\nby hand\n0\nSECTION\n"}) {
+    EXPECT_EQ(PathFileKindOf(bytes), PathFileKind::Dxf) << bytes;
+  }
+}
+
+TEST(GraphicFile, a_plotter_file_is_known_by_its_first_instructions) {
+  for (const std::string bytes : {"IN;SP1;PU0,0;PD100,100;", "PU 0 0PD 5 5", "\x1B%-1BIN;SP1;PU;",
+                                  "\x1B.@;1:IN;", "IN", " DF;\nPA0,0"}) {
+    EXPECT_EQ(PathFileKindOf(bytes), PathFileKind::Hpgl) << bytes;
+  }
+}
+
+TEST(GraphicFile, text_is_neither_dxf_nor_a_plotter_file) {
+  for (const std::string bytes :
+       {"", "0", "0\n", "1\nSECTION\n", "999\n", "IN the beginning", "INTRO", "SPACE", "some words",
+        "PUD", "COnstants", "\x1B", "\x1B%"}) {
+    EXPECT_FALSE(PathFileKindOf(bytes).has_value()) << bytes;
+  }
+}
+
+TEST(GraphicFile, a_document_is_known_by_its_format) {
+  EXPECT_TRUE(IsDocumentFile("{\n \"format\": \"rastrel-document\","));
+  EXPECT_FALSE(IsDocumentFile("\"rastrel-document\""));
+  EXPECT_FALSE(IsDocumentFile("{\"format\": \"another\"}"));
+  EXPECT_FALSE(IsDocumentFile(""));
 }
 
 // --- True size ---

@@ -489,7 +489,7 @@ TEST_F(CroLayoutTest, a_graphic_of_several_objects_is_a_group_on_each_plate) {
   // Two holes of 2 cm, 3 cm apart: 5 by 2 cm. The loader copies those of a drawing.
   auto* application = dynamic_cast<document::DocumentApplication*>(m_Host.GetApplication());
   ASSERT_NE(application, nullptr);
-  application->SetGraphicLoader([&](const std::wstring&) {
+  application->SetGraphicLoader([&](const std::wstring&, bool) {
     for (const auto handle : drawing.Members(host::DocumentRoot)) {
       const auto made = Doc().Create(drawing.Find(handle)->shape);
       Doc().Insert(made, host::DocumentRoot);

@@ -19,7 +19,7 @@ class HostileTemplate : public test::LaidOutTemplate {
   void LoadPaths(int paths, int points) {
     auto* application = dynamic_cast<document::DocumentApplication*>(m_Host.GetApplication());
     ASSERT_NE(application, nullptr);
-    application->SetGraphicLoader([this, paths, points](const std::wstring&) {
+    application->SetGraphicLoader([this, paths, points](const std::wstring&, bool) {
       document::PathShape path;
       path.subPaths.resize(1);
       path.subPaths[0].segments.resize(static_cast<std::size_t>(points - 1));
@@ -102,7 +102,7 @@ TEST_F(HostileTemplate, graphics_of_more_points_than_the_maximum_are_left_out) {
   for (const int count : {allowed - 1, allowed, allowed + 1}) {
     document::DocumentHost host;
     auto* application = dynamic_cast<document::DocumentApplication*>(host.GetApplication());
-    application->SetGraphicLoader([&host](const std::wstring&) {
+    application->SetGraphicLoader([&host](const std::wstring&, bool) {
       document::PathShape path;
       path.subPaths.resize(1);
       path.subPaths[0].segments.resize(989);

@@ -10,6 +10,7 @@ Prints one line each, in millimetres from the page's lower left corner:
     arc-text CENTERX CENTERY RADIUS BEGINNING LENGTH SIZE FAMILY | CONTENT
     cut-line COLOUR DASHES
     path FILL STROKE WIDTH
+    box-of-path LEFT BOTTOM RIGHT TOP of its points, which bound its curves
     graphic LEFT BOTTOM RIGHT TOP
 
 The beginning of a text on a circle is an angle in degrees, counter-clockwise from the circle's top.
@@ -104,6 +105,7 @@ def measure(page, group):
             yield kind, element.get("stroke"), element.get("stroke-dasharray", "whole")
         elif kind == "path":
             yield kind, element.get("fill"), element.get("stroke"), element.get("stroke-width")
+            yield "box-of-path", *page.box(points(element.get("d")))
         elif kind == "graphic" and element.tag == SVG + "use":
             image = page.images[element.get(LINK)[1:]]
             size = float(image.get("width")), float(image.get("height"))

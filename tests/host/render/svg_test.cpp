@@ -169,6 +169,23 @@ TEST_F(Svg, only_closed_paths_are_filled) {
                                       "path none #0000ff 0.0882"}));
 }
 
+TEST_F(Svg, a_path_that_fills_open_runs_is_one_shape) {
+  document::PathShape path = Polygon({{1, 1}, {5, 1}, {5, 5}}, false);
+  path.fillsOpen = true;
+  Add(path, Colored(Red));
+  EXPECT_EQ(Measured("path"), (std::vector<std::string>{"path #ff0000 #ff0000 0.0882"}));
+}
+
+TEST_F(Svg, a_path_is_filled_by_its_rule) {
+  document::PathShape path = Polygon({{1, 1}, {5, 1}, {5, 5}}, true);
+  Add(path, Colored(Red));
+  path.fillRule = document::FillRule::NonZero;
+  Add(path, Colored(Blue));
+  const std::string svg = DrawSvg();
+  EXPECT_NE(svg.find("fill-rule=\"evenodd\" fill=\"#ff0000\""), std::string::npos);
+  EXPECT_NE(svg.find("fill-rule=\"nonzero\" fill=\"#0000ff\""), std::string::npos);
+}
+
 TEST_F(Svg, colors_of_inks_are_turned_into_those_of_light) {
   CVKColor color;
   color.SetColor(0, 1, 1, 0, COLORSPACE_CMYK);

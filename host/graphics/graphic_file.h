@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/document/document.h"
+#include "host/document/notices.h"
+#include "host/graphics/drawing_process.h"
+
+namespace rastrel::graphics {
+
+/// An object that a file becomes, without page and place.
+struct LoadedObject {
+  document::Shape shape;
+  CVKColor layer;
+  CVKColor lineColor;
+  LINESTYLE lineStyle{0, LINESTYLE_HAIRLINE};
+};
+
+/// The content of a file as it becomes objects.
+struct LoadedGraphic {
+  std::vector<LoadedObject> objects;                   ///< of a foreign file
+  std::unique_ptr<const document::Document> document;  ///< of the host's own
+  std::vector<std::wstring> losses;                    ///< sentences about parts that are left out
+  std::size_t weight = 0;                              ///< bytes of memory, about
+};
+
+/// Reads a file by path. The failure is a sentence about it, or the system's error.
+[[nodiscard]] Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(
+    const std::wstring& path, bool cutLine, const DrawingLimits& limits);
+
+}  // namespace rastrel::graphics
