@@ -513,6 +513,26 @@ TEST_F(CroLayoutTest, a_graphic_of_several_objects_is_a_group_on_each_plate) {
   }
 }
 
+// The rectangle is 6 by 3 of a page of 10 by 5: a graphic's size is that of its drawn part.
+TEST_F(CroLayoutTest, a_vector_file_is_paths_of_the_size_that_the_template_asks_for) {
+  m_Directory.Write(
+      "box.svg",
+      "<svg xmlns='http://www.w3.org/2000/svg' width='100mm' height='50mm' "
+      "viewBox='0 0 10 5'><rect x='2' y='1' width='6' height='3' fill='#f00'/></svg>");
+  ASSERT_TRUE(Cro(Size("5", "3") +
+                  "<TEMPLATEGRAPHIC name=\"a\"><FILE>box.svg</FILE><WIDTH>3</WIDTH>"
+                  "<ORIGIN>bottom left</ORIGIN></TEMPLATEGRAPHIC>" +
+                  Plates({"<GRAPHIC>a</GRAPHIC>", "<GRAPHIC>a</GRAPHIC>"})));
+  ASSERT_EQ(All<document::PathShape>().size(), 2U);
+  for (const std::size_t i : {0U, 1U}) {
+    const BOUNDS box = Graphics().at(i);
+    EXPECT_NEAR(box.xmin, static_cast<double>(i) * 5 * Inch, 1e-3);
+    EXPECT_NEAR(box.xmax - box.xmin, 3 * Inch, 1e-3);
+    EXPECT_NEAR(box.ymin, 20 - 3 * Inch, 1e-3);
+    EXPECT_NEAR(box.ymax - box.ymin, 1.5 * Inch, 1e-3);
+  }
+}
+
 // --- Rotation ---
 
 TEST_F(CroLayoutTest, a_quarter_turn_lays_content_out_across_and_turns_it_on_its_plate) {
