@@ -7,6 +7,7 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/options.h"
+#include "cli/console/shell_word.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
 #include "cli/installation/installation.h"
@@ -214,7 +215,7 @@ void CheckTrust(Checks& checks) {
   } else if (OthersMayEnter(os::DataRoot())) {
     check.state = State::Warning;
     check.text += ", but others may look into the data root";
-    check.mend = "chmod 700 '" + os::DataRoot() + "', unless they are meant to";
+    check.mend = "chmod 700 " + ShellWord(os::DataRoot()) + ", unless they are meant to";
   }
   checks.push_back(check);
 }
@@ -291,7 +292,7 @@ void CheckTestPage(Checks& checks) {
 }
 
 void AddLeftover(Checks& checks, const std::string& what, const std::string& path) {
-  checks.push_back({"leftover", State::Warning, what, path, "remove it: rm -r '" + path + "'"});
+  checks.push_back({"leftover", State::Warning, what, path, "remove it: rm -r " + ShellWord(path)});
 }
 
 // Runs of the RIP that nobody took the pages of. Emptied ones are the RIP's own to clear away.
@@ -339,7 +340,7 @@ void CheckLeftovers(Checks& checks) {
     if (entry.state == SpoolState::Incomplete && !IsOwned(entry.directory))
       checks.push_back({"leftover", State::Warning, "incomplete job in the spool: " + entry.problem,
                         entry.directory,
-                        "finish or remove it: rastrel spool repair '" + entry.name + "'"});
+                        "finish or remove it: rastrel spool repair " + ShellWord(entry.name)});
   CheckPageLeftovers(checks);
   CheckConversionLeftovers(checks);
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});

@@ -122,6 +122,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
     case CommandId::Import:
+    case CommandId::Merge:
     case CommandId::View: return RunDocumentProgram(arguments);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

@@ -12,8 +12,45 @@
 #include "host/host_files.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
+
+namespace {
+
+// Lets files in that may be loaded, and makes a notice of each other one.
+class Door {
+ public:
+  explicit Door(Notices& notices) : m_Notices(notices) {}
+  void SetPolicy(DocumentHost::ReadPolicy policy) { m_Policy = std::move(policy); }
+
+  [[nodiscard]] bool LetsIn(const std::wstring& path) const {
+    if (!m_Policy) return true;
+    const auto allowed = m_Policy(path);
+    if (!allowed) m_Notices.AddLoss(path + L": " + os::WideFromUtf8(Describe(allowed.Error())));
+    return static_cast<bool>(allowed);
+  }
+
+ private:
+  Notices& m_Notices;
+  DocumentHost::ReadPolicy m_Policy;
+};
+
+class GuardedGraphics : public graphics::NativeGraphics {
+ public:
+  GuardedGraphics(Document& document, Notices& notices, const Door& door)
+      : NativeGraphics(document, notices), m_Door(door) {}
+
+  int LoadVEFile(CWnd* window, const wchar_t* path, int reserved) override {
+    if (path && !m_Door.LetsIn(path)) return 0;
+    return NativeGraphics::LoadVEFile(window, path, reserved);
+  }
+
+ private:
+  const Door& m_Door;
+};
+
+}  // namespace
 
 // Each uses those before it.
 struct DocumentHost::Parts {
@@ -24,11 +61,12 @@ struct DocumentHost::Parts {
         application(*document, store, notices),
         fonts(notices),
         text(store, fonts, notices),
-        graphics(*document, notices),
+        graphics(*document, notices, door),
         loader(*document, notices) {
     store.ReportTo(&notices);
-    application.SetGraphicLoader(
-        [this](const std::wstring& path, bool cutLine) { return loader.Load(path, cutLine); });
+    application.SetGraphicLoader([this](const std::wstring& path, bool cutLine) {
+      return door.LetsIn(path) ? loader.Load(path, cutLine) : 0;
+    });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });
@@ -36,12 +74,13 @@ struct DocumentHost::Parts {
 
   HostFiles files;
   Notices notices;
+  Door door{notices};
   std::unique_ptr<Document> document;
   DocumentStore store;
   DocumentApplication application;
   text::FontCatalog fonts;
   text::TextEngine text;
-  graphics::NativeGraphics graphics;
+  GuardedGraphics graphics;
   host::DialogViews* views = nullptr;
   graphics::GraphicLoader loader;
 };
@@ -68,6 +107,7 @@ host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
 
+void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }
 host::DialogViews& DocumentHost::GetDialogViews() {
   return m_Parts->views ? *m_Parts->views : StandaloneHost::GetDialogViews();
 }

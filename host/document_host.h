@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -62,6 +63,13 @@ class DocumentHost : public standalone::StandaloneHost {
   /// asks for replacements is cancelled, any other leaves the line out. Both are reported. By
   /// default the user is asked where a view can ask, and else a usual font is taken, with a notice.
   void CancelMissingFonts(bool cancel);
+
+  /// Says whether a graphic may be loaded from a library path; its failure is the reason, for
+  /// the user.
+  using ReadPolicy = std::function<Expected<void>(const std::wstring& path)>;
+  /// Asks it before each load from now on, of both kinds (LoadTHZ, LoadVEFile). A graphic that it
+  /// refuses is not loaded, and a loss in the notices. By default all are loaded.
+  void SetReadPolicy(ReadPolicy policy);
 
   /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();

@@ -109,7 +109,7 @@ void CallFilter::Load(std::size_t offset) {
 // put its own bytes there. So it is not they that decide, but that the listener is gone by then.
 void CallFilter::DecideExecs(WallPrograms programs) {
   if (programs == WallPrograms::Any) return;
-  for (const unsigned call : {SYS_execve, SYS_execveat}) {
+  for (const unsigned call : {unsigned{SYS_execve}, unsigned{SYS_execveat}}) {
     Add(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1);
     if (programs == WallPrograms::One) m_Asked.push_back(m_Program.size());
     Add(BPF_RET | BPF_K, programs == WallPrograms::One ? Ask : Refuse);

@@ -27,6 +27,8 @@
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/page_size.h"
 #include "rastrel/imports/bright_star_xml_import.h"
+#include "rastrel/imports/cr2/cr2_file_import.h"
+#include "rastrel/imports/cr2/cr2_file_import_vers2.h"
 #include "rastrel/imports/cro_file_import.h"
 #include "rastrel/imports/llx_file_import.h"
 #include "rastrel/imports/xml_file_import.h"

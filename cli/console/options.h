@@ -61,6 +61,9 @@ enum class OptionId {
   Blank,
   Outlines,
   Strict,
+  AllowOutside,
+  Data,
+  OnlyBad,
   FontReplacement,
   CancelMissingFonts,
   AskInWindow,
@@ -108,6 +111,7 @@ enum class CommandId {
   ChartCaps,
   Sheet,
   Import,
+  Merge,
   View,
   Help,
 };

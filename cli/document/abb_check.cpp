@@ -6,12 +6,13 @@
 #include <initializer_list>
 #include <map>
 #include <string_view>
+#include <utility>
 
+#include "cli/document/schema_check.h"
+#include "cli/document/text_findings.h"
 #include "host/document/document.h"
 #include "host/document/measure_text.h"
 #include "host/text/font_catalog.h"
-#include "host/text/text_check.h"
-#include "host/text/text_layout.h"
 #include "rastrel/imports/font_type.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/os/text.h"
@@ -29,33 +30,6 @@ constexpr double DefaultDiameter = 0.16;
 constexpr double SameColorTolerance = 8;
 
 using Names = std::initializer_list<std::wstring_view>;
-
-// A number as a whole: text after one would be passed over in silence too.
-bool IsNumber(std::wstring_view text) {
-  const auto blank = [](wchar_t letter) { return letter == L' ' || letter == L'\t'; };
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  if (!text.empty() && (text.front() == L'-' || text.front() == L'+')) text.remove_prefix(1);
-  if (text.empty()) return false;
-  bool digit = false;
-  bool point = false;
-  bool exponent = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const wchar_t letter = text[i];
-    if (letter >= L'0' && letter <= L'9') {
-      digit = true;
-    } else if (letter == L'.' && !point && !exponent) {
-      point = true;
-    } else if ((letter == L'e' || letter == L'E') && digit && !exponent && i + 1 < text.size()) {
-      exponent = true;
-      digit = false;
-      if (text[i + 1] == L'-' || text[i + 1] == L'+') ++i;
-    } else {
-      return false;
-    }
-  }
-  return digit;
-}
 
 class Checker {
  public:
@@ -239,16 +213,7 @@ bool LookTheSame(const CVKColor& left, const CVKColor& right) {
 template <typename Add>
 void CheckText(const document::Object& object, const PlateColors& colors,
                const text::FontCatalog& fonts, Add add) {
-  const auto& shape = std::get<document::TextShape>(object.shape);
-  const text::TextLayout layout(shape, fonts);
-  if (const auto unseen = text::InvisibleTextNotice(shape, layout, 1)) {
-    add(os::Utf8FromWide(*unseen));
-  } else if (layout.IsSqueezed()) {
-    add("the text does not fit between its margins as it is, and is squeezed");
-  }
-  if (const auto missing = text::MissingLettersNotice(shape, layout)) {
-    add(os::Utf8FromWide(*missing));
-  }
+  for (std::string& text : TextFindings(object, fonts)) add(std::move(text));
   const auto plate = colors.find(object.attributes.sheetLayer);
   if (plate != colors.end() && LookTheSame(plate->second, object.attributes.layer)) {
     add("the text has the colour of its plate, and can't be seen");

@@ -77,6 +77,7 @@ void WriteJson(const OpenedFile& file, const std::string& path,
     JsonLine("note").Add("text", os::Utf8FromWide(text)).Write();
   for (const std::wstring& text : file.host->GetNotices().Losses())
     JsonLine("left-out").Add("text", os::Utf8FromWide(text)).Write();
+  WriteOutLines(file.records);
   const document::Document& document = file.host->GetDocument();
   const DocumentCounts counts = CountsOf(document);
   const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };

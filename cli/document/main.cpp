@@ -9,6 +9,7 @@
 #include "cli/console/run_program.h"
 #include "cli/console/standard_streams.h"
 #include "cli/document/import_command.h"
+#include "cli/document/merge_command.h"
 #include "cli/document/view_command.h"
 #include "host/text/library_log.h"
 
@@ -19,6 +20,7 @@ using namespace rastrel::cli;
 ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Import: return ImportCommand(invocation);
+    case CommandId::Merge: return MergeCommand(invocation);
     case CommandId::View: return ViewCommand(invocation);
     default: break;
   }

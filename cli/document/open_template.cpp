@@ -12,12 +12,6 @@
 namespace rastrel::cli {
 namespace {
 
-TemplateFormat FormatFor(const Invocation& invocation) {
-  const std::string name = invocation.ValueOr(OptionId::Format, "");
-  if (!name.empty()) return OrEnd(ExitStatus::WrongUse, FormatNamed(name));
-  return OrEndByCode(ExitStatus::NotInstalled, FormatOfFile(invocation.operand));
-}
-
 void SetBlank(document::Document& document, const std::string& blank) {
   const Size size = OrEnd(ExitStatus::WrongUse, ParseSize("--blank", blank));
   document::SignBlank sign = document.Blank();
@@ -27,6 +21,23 @@ void SetBlank(document::Document& document, const std::string& blank) {
 }
 
 }  // namespace
+
+TemplateFormat FormatFor(const Invocation& invocation) {
+  const std::string name = invocation.ValueOr(OptionId::Format, "");
+  if (!name.empty()) return OrEnd(ExitStatus::WrongUse, FormatNamed(name));
+  return OrEndByCode(ExitStatus::NotInstalled, FormatOfFile(invocation.operand));
+}
+
+OpenedFile NewDocument(TemplateFormat format, const Invocation& invocation) {
+  OpenedFile file;
+  file.format = format;
+  file.host = std::make_unique<document::DocumentHost>();
+  const std::string blank = invocation.ValueOr(OptionId::Blank, "");
+  if (!blank.empty()) SetBlank(file.host->GetDocument(), blank);
+  PrepareFonts(invocation, *file.host);
+  host::SetHost(file.host.get());
+  return file;
+}
 
 OpenedFile OpenTemplate(const Invocation& invocation) {
   const std::string& path = invocation.operand;
@@ -39,14 +50,12 @@ OpenedFile OpenTemplate(const Invocation& invocation) {
     RefuseFontOptions(invocation);
     return OrEnd(ExitStatus::BadInput, OpenDocumentFile(path));
   }
-  OpenedFile file;
-  file.format = format;
-  file.host = std::make_unique<document::DocumentHost>();
-  if (!blank.empty()) SetBlank(file.host->GetDocument(), blank);
-  PrepareFonts(invocation, *file.host);
-  host::SetHost(file.host.get());
-  OrEndByCode(ExitStatus::NotInstalled,
-              ImportTemplate(path, invocation.Has(OptionId::Strict), file));
+  OpenedFile file = NewDocument(format, invocation);
+  TemplateSource source = SourceOf(path);
+  source.allowOutside = invocation.Has(OptionId::AllowOutside);
+  source.records = invocation.command == CommandId::Import && invocation.Has(OptionId::Json);
+  source.strict = invocation.Has(OptionId::Strict);
+  OrEndByCode(ExitStatus::NotInstalled, ImportTemplate(source, file));
   return file;
 }
 

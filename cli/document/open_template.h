@@ -11,4 +11,11 @@ namespace rastrel::cli {
 /// gives nothing, WrongUse for options that don't go with it, NotInstalled without a parser of XML.
 [[nodiscard]] OpenedFile OpenTemplate(const Invocation& invocation);
 
+/// The format that `--format` names, or that the file shows. Throws CommandError.
+[[nodiscard]] TemplateFormat FormatFor(const Invocation& invocation);
+
+/// A new, empty document for a template of a format, on the blank that `--blank` asks for. Installs
+/// its host. Throws CommandError.
+[[nodiscard]] OpenedFile NewDocument(TemplateFormat format, const Invocation& invocation);
+
 }  // namespace rastrel::cli

@@ -1,39 +1,92 @@
 #include "cli/document/template_file.h"
 
-#include <algorithm>
-#include <iterator>
+#include <array>
+#include <filesystem>
+#include <optional>
+#include <system_error>
 #include <utility>
 
-#include "cli/document/abb_check.h"
+#include "cli/document/import_records.h"
+#include "cli/document/present_directory.h"
+#include "cli/document/readable_directories.h"
+#include "cli/document/template_reader.h"
 #include "cli/input/xml_input.h"
-#include "rastrel/imports/xml_file_import.h"
+#include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/private_directory.h"
 #include "rastrel/platform/os/text.h"
-#include "rastrel/xml/failure.h"
-#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {
+
+namespace fs = std::filesystem;
 
 Failure Refused(const std::string& path, const std::string& why) {
   return FailureOf("can't import '" + path + "': " + why, FailureCode::BadInput);
 }
 
-// Why an importer of plate XML took nothing.
-Failure RefusedAbb(const std::string& path, const std::wstring& readerPath) {
-  if (const auto state = xml::TakeXmlFailure(); !state) {
-    Failure failure = FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error());
-    failure.code = FailureCode::BadInput;
-    return failure;
-  }
-  if (!path.ends_with(".xml") && os::LowerAscii(os::SplitPath(readerPath).extension) != L".xml")
-    return Refused(path, "its name does not end in .xml");
-  return Refused(path, "there is no <PLATES> in an <ENGRAVINGTEMPLATE> below its root");
+std::string AbsolutePath(const std::string& path) {
+  std::error_code error;
+  const fs::path found = fs::absolute(path, error);
+  return error ? path : found.string();
 }
 
+// The directory of graphics that the settings name.
+std::string ImageDirectory() {
+  std::array<wchar_t, 260> path{};
+  if (GetStringKorvane(L"Crown", L"ImagePath", path.data(), path.size(), DS_USER, nullptr) == 0)
+    return {};
+  return os::ToNative(path.data());
+}
+
+// Whether the reader writes files beside the template, which a user's directory is spared.
+bool WritesBeside(TemplateFormat format) {
+  return format == TemplateFormat::Cr2 || format == TemplateFormat::Zml;
+}
+
+// Plate XML is known by nothing but XML, so that a file of another name is a mistake.
+bool NeedsOwnName(TemplateFormat format) {
+  return format == TemplateFormat::Abb || format == TemplateFormat::BrightStar;
+}
+
+// A copy of a template for a reader that writes beside it or wants another name.
+class PrivateCopy {
+ public:
+  static Expected<PrivateCopy> Make(const std::string& file, TemplateFormat format) {
+    auto directory = os::PrivateDirectory::Make("rastrel-import-");
+    if (!directory) return directory.Error();
+    std::string extension = fs::path(file).extension();
+    if (!HasReaderExtension(format, file)) extension = "." + std::string(ReaderExtensions(format));
+    std::string copy = directory->Path() + "/" + fs::path(file).stem().string() + extension;
+    if (auto done =
+            os::CopyFileOver(os::FromNative(file), os::FromNative(copy), os::Access::Private);
+        !done)
+      return done.Error();
+    return PrivateCopy(*std::move(directory), std::move(copy));
+  }
+  [[nodiscard]] const std::string& Path() const { return m_Path; }
+  [[nodiscard]] const std::string& Directory() const { return m_Directory.Path(); }
+
+ private:
+  PrivateCopy(os::PrivateDirectory directory, std::string path)
+      : m_Directory(std::move(directory)), m_Path(std::move(path)) {}
+
+  os::PrivateDirectory m_Directory;
+  std::string m_Path;
+};
+
 }  // namespace
+
+TemplateSource SourceOf(const std::string& path) {
+  TemplateSource source;
+  source.name = path;
+  source.file = AbsolutePath(path);
+  source.directory = fs::path(source.file).parent_path().string();
+  return source;
+}
 
 Expected<void> CheckTemplateFile(const std::string& path) {
   if (!os::Exists(os::FromNative(path))) return Refused(path, "there is no such file");
@@ -51,16 +104,42 @@ Expected<OpenedFile> OpenDocumentFile(const std::string& path) {
   return file;
 }
 
-Expected<void> ImportTemplate(const std::string& path, bool strict, OpenedFile& file) {
+Expected<void> ImportTemplate(const TemplateSource& source, OpenedFile& file) {
   if (auto parser = CheckXmlParser(); !parser) return parser;
-  const std::wstring readerPath = ReaderPath(path);
-  if (strict) file.findings = CheckAbb(readerPath, *file.host);
-  CXMLFileImport importer(readerPath.c_str());
-  if (importer.ImportXMLFile() == 0) return RefusedAbb(path, readerPath);
-  if (!strict) return {};
-  std::ranges::move(CheckAbbText(readerPath, *file.host), std::back_inserter(file.findings));
-  std::ranges::stable_sort(file.findings, {}, &Finding::line);
-  return {};
+  const bool named = HasReaderExtension(file.format, source.file);
+  if (!named && NeedsOwnName(file.format))
+    return Refused(source.name, "its name does not end in .xml");
+  ReadableDirectories readable;
+  readable.Add(source.directory);
+  readable.Add(ImageDirectory());
+  readable.Add(os::ToNative(file.host->GetApplication()->LoadBaseDir()));
+  readable.AddDrives();
+  std::string path = source.file;
+  std::optional<PrivateCopy> copy;
+  if (source.isPrivate) readable.Add(fs::path(source.file).parent_path().string());
+  if (!named || (WritesBeside(file.format) && !source.isPrivate)) {
+    auto made = PrivateCopy::Make(source.file, file.format);
+    if (!made) return Refused(source.name, Describe(made.Error()));
+    copy.emplace(*std::move(made));
+    path = copy->Path();
+    readable.Add(copy->Directory());
+  }
+  layout::FileResolver resolve;
+  if (!source.allowOutside) {
+    file.host->SetReadPolicy([&](const std::wstring& name) { return readable.Check(name); });
+    resolve = [&](const std::wstring& name) -> Expected<std::wstring> {
+      if (auto allowed = readable.Check(name); !allowed) return allowed.Error();
+      return name;
+    };
+  }
+  const auto present = PresentDirectory::Enter(source.directory);
+  if (!present) return Refused(source.name, Describe(present.Error()));
+  auto read = ReadTemplate(file.format, {source.name, ReaderPath(path), source.strict, resolve},
+                           *file.host, file.findings);
+  file.host->SetReadPolicy({});
+  if (read && source.records)
+    file.records = ImportRecordLines(file.format, ReaderPath(path), source.name);
+  return read;
 }
 
 }  // namespace rastrel::cli

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/input/xml_input.h"
+#include "rastrel/imports/file_extension.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
@@ -14,13 +15,43 @@
 namespace rastrel::cli {
 namespace {
 
-struct FormatName {
+// Names of extensions are separated by spaces.
+struct FormatRow {
   TemplateFormat format;
   std::string_view name;
+  std::string_view own;     // extensions that say the format whatever the content is
+  std::string_view reader;  // extensions that the reader takes; empty for any
 };
 
-constexpr std::array FormatNames{FormatName{TemplateFormat::Document, "document"},
-                                 FormatName{TemplateFormat::Abb, "abb"}};
+// A template that its reader would mend first is no XML for the command, so that its extension has
+// to do.
+constexpr std::array Formats{
+    FormatRow{TemplateFormat::Document, "document", "rdoc", ""},
+    FormatRow{TemplateFormat::Abb, "abb", "", "xml"},
+    FormatRow{TemplateFormat::BrightStar, "bright-star", "", "xml"},
+    FormatRow{TemplateFormat::Cro, "cro", "cro crx cml", "cro crx cml xml"},
+    FormatRow{TemplateFormat::Llx, "llx", "llx", "llx"},
+    FormatRow{TemplateFormat::Cr2, "cr2", "cr2", "cr2"},
+    FormatRow{TemplateFormat::Zml, "zml", "zml", "zml"},
+};
+
+const FormatRow& RowOf(TemplateFormat format) {
+  return *std::ranges::find(Formats, format, &FormatRow::format);
+}
+
+std::string ExtensionOf(const std::string& path) {
+  return os::Utf8FromWide(imports::FileExtension(os::FromNative(path)));
+}
+
+bool IsAmong(std::string_view extension, std::string_view list) {
+  if (extension.empty()) return false;
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(' '), list.size());
+    if (list.substr(0, end) == extension) return true;
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return false;
+}
 
 // The first byte of a file after whitespace and a byte order mark; 0 for none.
 char FirstByteOf(const std::string& path) {
@@ -32,48 +63,97 @@ char FirstByteOf(const std::string& path) {
   return at == std::string_view::npos ? '\0' : bytes[at];
 }
 
-bool HasPlates(const XmlNode& root) {
-  for (const XmlNode& part : ChildrenNamed(root, L"ENGRAVINGTEMPLATE")) {
-    if (FirstChildNamed(part, L"PLATE") || FirstChildNamed(part, L"PLATES")) return true;
+bool HasChild(const XmlNode& node, std::initializer_list<std::wstring_view> names) {
+  return std::ranges::any_of(
+      names, [&](std::wstring_view name) { return bool(FirstChildNamed(node, name)); });
+}
+
+// The elements of the templates below a root, of which abb, bright-star and llx have the same names
+// down to here.
+struct TemplateContents {
+  bool plates = false;
+  bool plate = false;
+  bool textFrame = false;
+  bool onePlate = false;  // a plate with elements that llx alone has
+
+  explicit TemplateContents(const XmlNode& root) {
+    for (const XmlNode& part : ChildrenNamed(root, L"ENGRAVINGTEMPLATE")) {
+      plates = plates || HasChild(part, {L"PLATES"});
+      textFrame = textFrame || HasChild(part, {L"TEXTFRAME"});
+      const XmlNode first = FirstChildNamed(part, L"PLATE");
+      plate = plate || first;
+      onePlate = onePlate || HasChild(first, {L"GRAPHIC", L"ARCTEXT", L"ORIGIN"});
+    }
   }
-  return false;
+};
+
+Expected<TemplateFormat> FormatBelow(const XmlNode& root, const std::wstring& rootName) {
+  const TemplateContents contents(root);
+  const std::string shown = "<" + os::Utf8FromWide(rootName) + "> holds ";
+  if (contents.plates && contents.textFrame)
+    return FailureOf(shown +
+                     "<PLATES>, as plate XML has, and <TEXTFRAME>, as BrightStar has. `--format` "
+                     "says which it is");
+  if (contents.textFrame) return TemplateFormat::BrightStar;
+  if (contents.plates) return TemplateFormat::Abb;
+  if (contents.onePlate) return TemplateFormat::Llx;
+  if (contents.plate) return TemplateFormat::Abb;
+  return FailureOf(shown +
+                   "no template that is known: no <ENGRAVINGTEMPLATE> with <PLATE> or <TEXTFRAME> "
+                   "in it. `--format` reads it all the same");
+}
+
+Failure RefusedXml(const std::string& path) {
+  const auto state = xml::TakeXmlFailure();
+  if (state) return FailureOf(path + ": can't be read", FailureCode::BadInput);
+  Failure failure = FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error());
+  failure.code = FailureCode::BadInput;
+  return failure;
 }
 
 }  // namespace
 
-std::string_view NameOf(TemplateFormat format) {
-  return std::ranges::find(FormatNames, format, &FormatName::format)->name;
-}
+std::string_view NameOf(TemplateFormat format) { return RowOf(format).name; }
 
 Expected<TemplateFormat> FormatNamed(const std::string& name) {
-  const auto found = std::ranges::find(FormatNames, name, &FormatName::name);
-  if (found != FormatNames.end()) return found->format;
+  const auto found = std::ranges::find(Formats, name, &FormatRow::name);
+  if (found != Formats.end()) return found->format;
   std::string known;
-  for (const FormatName& row : FormatNames)
-    known += (known.empty() ? "" : ", ") + std::string(row.name);
+  for (const FormatRow& row : Formats) known += (known.empty() ? "" : ", ") + std::string(row.name);
   return FailureOf("there is no format '" + name + "'; there are " + known);
 }
 
+std::string_view ReaderExtensions(TemplateFormat format) { return RowOf(format).reader; }
+
+bool HasReaderExtension(TemplateFormat format, const std::string& path) {
+  const std::string_view known = ReaderExtensions(format);
+  return known.empty() || IsAmong(ExtensionOf(path), known);
+}
+
 Expected<TemplateFormat> FormatOfFile(const std::string& path) {
+  const std::string extension = ExtensionOf(path);
+  for (const FormatRow& row : Formats) {
+    if (IsAmong(extension, row.own)) return row.format;
+  }
   if (FirstByteOf(path) == '{') return TemplateFormat::Document;
   if (auto parser = CheckXmlParser(); !parser) return parser.Error();
-  const std::wstring readerPath = ReaderPath(path);
-  const XmlNode root = LoadXmlFile(readerPath);
-  if (!root) {
-    const auto state = xml::TakeXmlFailure();
-    if (state) return FailureOf(path + ": can't be read", FailureCode::BadInput);
-    Failure failure = FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error());
-    failure.code = FailureCode::BadInput;
-    return failure;
-  }
-  if (HasPlates(root)) return TemplateFormat::Abb;
-  std::wstring rootName;
-  NodeBaseName(root, rootName);
-  return FailureOf(path + ":" + std::to_string(NodeLine(root)) + ": <" +
-                       os::Utf8FromWide(rootName) +
-                       "> holds no template that is known: no <ENGRAVINGTEMPLATE> with <PLATE> in "
-                       "it. `--format` reads it all the same",
+  const XmlNode root = LoadXmlFile(ReaderPath(path));
+  if (!root) return RefusedXml(path);
+  const auto format = FormatOfRoot(root);
+  if (format) return *format;
+  return FailureOf(path + ":" + std::to_string(NodeLine(root)) + ": " + Describe(format.Error()),
                    FailureCode::BadInput);
+}
+
+Expected<TemplateFormat> FormatOfRoot(const XmlNode& root) {
+  std::wstring name;
+  NodeBaseName(root, name);
+  if (name == L"engraving_template")
+    return HasChild(root, {L"Units", L"Rotation", L"Driver"}) ? TemplateFormat::Zml
+                                                              : TemplateFormat::Cr2;
+  if (name == L"ENGRAVINGTEMPLATE")
+    return HasChild(root, {L"table_size"}) ? TemplateFormat::Zml : TemplateFormat::Cro;
+  return FormatBelow(root, name);
 }
 
 }  // namespace rastrel::cli

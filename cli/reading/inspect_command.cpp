@@ -8,6 +8,7 @@
 #include "cli/reading/inspection.h"
 #include "cli/reading/inspection_text.h"
 #include "cli/reading/painted_spots.h"
+#include "cli/reading/template_records.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/terminal.h"
@@ -72,6 +73,12 @@ void Write(const Inspection& inspection, const Output& output) {
 
 // The comments are shown whether the interpreter can paint the file or not.
 void InspectOne(const std::string& file, const Output& output) {
+  if (HasRecords(file)) {
+    if (output.table)
+      throw CommandError(ExitStatus::BadInput,
+                         file + ": a template has no row in a table; its records are JSON");
+    return WriteOutLines(OrEnd(ExitStatus::BadInput, ReadRecordLines(file)));
+  }
   Inspection inspection = OrEnd(ExitStatus::BadInput, InspectFile(file));
   try {
     if (output.painted) AddPainted(inspection);

@@ -12,6 +12,7 @@
 #include "cli/console/options.h"
 #include "cli/console/standard_streams.h"
 #include "cli/input/file_head.h"
+#include "cli/input/standard_input.h"
 #include "cli/input/xml_input.h"
 #include "cli/sheet/failed_spreadsheet.h"
 #include "cli/sheet/faithful_text.h"
@@ -141,13 +142,19 @@ void WriteLinesAsJson(const std::string& path) {
   }
 }
 
+// The text is as private as the spreadsheet.
+void Deliver(Task& task, const std::string& text) {
+  OrEnd(ExitStatus::JobFailed,
+        task.workspace.Deliver(text, task.Target(), AccessOf(task.invocation.operand)));
+}
+
 void WriteFaithful(Task& task) {
   std::vector<std::string> notes;
   task.progress.Enter("reading");
   const std::string text =
       sheet::ValueOf(MakeFaithfulText(task.source, task.only, task.workspace, notes));
   if (!task.Target().empty())
-    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(text, task.Target()));
+    Deliver(task, text);
   else if (task.IsJson())
     WriteLinesAsJson(text);
   else
@@ -171,7 +178,7 @@ void WriteAsShown(Task& task) {
   if (task.Target().empty())
     CopyToOutput(path);
   else
-    OrEnd(ExitStatus::JobFailed, task.workspace.Deliver(path, task.Target()));
+    Deliver(task, path);
   WriteDone(task);
 }
 

@@ -85,12 +85,17 @@ void Workspace::SetUnfinished(const std::string& path) {
   m_Unfinished = path;
 }
 
-Expected<void> Workspace::Deliver(const std::string& source, const std::string& target) {
+Expected<void> Workspace::Deliver(const std::string& source, const std::string& target,
+                                  unsigned access) {
+  // Before the file leaves this directory, which is its user's alone.
+  std::error_code error;
+  fs::permissions(source, static_cast<fs::perms>(access & ~os::CurrentUmask()), error);
+  if (error) return CantWrite(target, DescribeError(error.value()));
   const auto delivered =
       os::DeliverFile(source, target, [this](const std::string& hidden) { SetUnfinished(hidden); });
   if (delivered) return {};
-  const int error = delivered.Error().error;
-  return CantWrite(target, error == EISDIR ? "it is a directory" : DescribeError(error));
+  const int number = delivered.Error().error;
+  return CantWrite(target, number == EISDIR ? "it is a directory" : DescribeError(number));
 }
 
 }  // namespace rastrel::cli::sheet

@@ -37,9 +37,11 @@ class Workspace {
   }
   /// Makes an empty directory in it, and returns its native path.
   [[nodiscard]] Expected<std::string> MakeFolder(const std::string& name) const;
-  /// Moves a file of it to its final place, which is changed as a whole or not at all. A pipe or
-  /// a terminal there is written to. The failure is a message for the user.
-  [[nodiscard]] Expected<void> Deliver(const std::string& source, const std::string& target);
+  /// Moves a file of it to its final place, which is changed as a whole or not at all. A new file
+  /// gets the permission bits `access`, less the umask; one that is replaced keeps its own. A pipe
+  /// or a terminal there is written to. The failure is a message for the user.
+  [[nodiscard]] Expected<void> Deliver(const std::string& source, const std::string& target,
+                                       unsigned access);
 
  private:
   explicit Workspace(bool json);

@@ -182,17 +182,25 @@ void DocumentApplication::AddPaneToPlateObject(ObjectHandle plate) {
 }
 
 void DocumentApplication::AddPanesToPlateObject(ObjectHandle plate, int count) {
-  std::size_t panes = 0;
+  const ObjectHandle part = LastPartOf(plate);
+  if (part == 0 || count < 1) return;
+  const std::size_t panes = std::get<PlateShape>(m_Document.Find(part)->shape).panes.size();
+  GrowPlate(m_Document, part, panes + static_cast<std::size_t>(count));
+}
+
+// Panes come one by one, to plates on hundreds of pages, so the search begins where the last one
+// ended.
+ObjectHandle DocumentApplication::LastPartOf(ObjectHandle plate) {
   const auto shapeOf = [&](ObjectHandle handle) {
     const Object* object = m_Document.Find(handle);
     return object ? std::get_if<PlateShape>(&object->shape) : nullptr;
   };
-  if (!shapeOf(plate) || count < 1) return;
-  for (const PlateShape* part = shapeOf(plate); part;) {
-    panes += part->panes.size();
-    part = m_Document.Holds(part->continuation) ? shapeOf(part->continuation) : nullptr;
-  }
-  GrowPlate(m_Document, plate, panes + static_cast<std::size_t>(count));
+  if (!shapeOf(plate)) return 0;
+  if (m_GrownPlate != plate || !m_Document.Holds(m_LastPart)) m_LastPart = plate;
+  m_GrownPlate = plate;
+  for (ObjectHandle next = m_LastPart; m_Document.Holds(next); next = shapeOf(next)->continuation)
+    m_LastPart = next;
+  return m_LastPart;
 }
 
 // --- Drill points ---

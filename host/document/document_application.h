@@ -91,6 +91,9 @@ class DocumentApplication : public host::Application {
   class View;
   class SheetLayers;
 
+  // The part of a plate object, itself or a continuation, that has its last pane; 0 if it is none.
+  ObjectHandle LastPartOf(ObjectHandle plate);
+
   Document& m_Document;
   DocumentStore& m_Store;
   Notices& m_Notices;
@@ -101,6 +104,8 @@ class DocumentApplication : public host::Application {
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off
+  ObjectHandle m_GrownPlate = 0;          // the plate object that panes were added to last, or 0
+  ObjectHandle m_LastPart = 0;            // the part of it that had its last pane then
 };
 
 }  // namespace rastrel::document

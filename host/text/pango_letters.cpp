@@ -106,6 +106,22 @@ Owned<PangoLayout> LettersOf(const PangoFontDescription* font, std::wstring_view
   return layout;
 }
 
+// Text in which no letter has a direction takes that of its surroundings: it changes with them.
+Direction DirectionOf(std::wstring_view text) {
+  const std::string bytes = os::Utf8FromWide(text);
+  const auto runsToLeftIn = [&](PangoDirection surroundings) {
+    pango_context_set_base_dir(Context(), surroundings);
+    const Owned<PangoLayout> layout(pango_layout_new(Context()));
+    pango_layout_set_text(layout.get(), bytes.data(), static_cast<int>(bytes.size()));
+    PangoLayoutLine* line = pango_layout_get_line_readonly(layout.get(), 0);
+    return pango_layout_line_get_resolved_direction(line) == PANGO_DIRECTION_RTL;
+  };
+  const bool toLeft = runsToLeftIn(PANGO_DIRECTION_RTL);
+  const bool toLeftAnyway = runsToLeftIn(PANGO_DIRECTION_LTR);
+  if (toLeft != toLeftAnyway) return Direction::None;
+  return toLeft ? Direction::RightToLeft : Direction::LeftToRight;
+}
+
 LetterExtents ExtentsOf(PangoLayout* letters) {
   PangoRectangle logical;
   pango_layout_line_get_extents(pango_layout_get_line_readonly(letters, 0), nullptr, &logical);

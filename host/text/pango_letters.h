@@ -47,6 +47,10 @@ using FontDescription = std::unique_ptr<PangoFontDescription, DescriptionEnd>;
 [[nodiscard]] Owned<PangoLayout> LettersOf(const PangoFontDescription* font, std::wstring_view text,
                                            bool separate = false);
 
+/// The direction of the first letter that has one.
+enum class Direction { None, LeftToRight, RightToLeft };
+[[nodiscard]] Direction DirectionOf(std::wstring_view text);
+
 /// Extents in MeasuredSize.
 struct LetterExtents {
   double width, ascent, descent;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +24,50 @@ double CommonSize(const TextShape& shape) {
     for (const TextRun& run : line.runs) size = std::max(size, LetterSize(run));
   }
   return size;
+}
+
+// The levels of a line's runs: even ones run to the right. Runs without a direction follow those
+// round them if both have the same one, and else the line, whose direction is that of its first run
+// with one.
+std::vector<int> LevelsOf(const std::vector<Direction>& directions) {
+  const auto first =
+      std::ranges::find_if(directions, [](Direction one) { return one != Direction::None; });
+  const bool toLeft = first != directions.end() && *first == Direction::RightToLeft;
+  const auto levelOf = [&](Direction one) {
+    return one == Direction::RightToLeft ? 1 : toLeft ? 2 : 0;
+  };
+  std::vector<int> levels(directions.size(), toLeft ? 1 : 0);
+  Direction before = Direction::None;
+  for (std::size_t i = 0; i < directions.size(); ++i) {
+    if (directions[i] != Direction::None) {
+      before = directions[i];
+      levels[i] = levelOf(before);
+      continue;
+    }
+    const auto after =
+        std::find_if(directions.begin() + static_cast<std::ptrdiff_t>(i), directions.end(),
+                     [](Direction one) { return one != Direction::None; });
+    if (after != directions.end() && *after == before) levels[i] = levelOf(before);
+  }
+  return levels;
+}
+
+// The places of a line's runs from left to right: whatever has a level, or a higher one, is turned
+// round, from the highest level to the lowest.
+std::vector<std::size_t> VisualOrder(const std::vector<Direction>& directions) {
+  const std::vector<int> levels = LevelsOf(directions);
+  std::vector<std::size_t> order(levels.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  for (const int level : {2, 1}) {
+    const auto turned = [&](std::size_t place) { return levels[place] >= level; };
+    auto begin = order.begin();
+    while ((begin = std::find_if(begin, order.end(), turned)) != order.end()) {
+      const auto end = std::find_if_not(begin, order.end(), turned);
+      std::reverse(begin, end);
+      begin = end;
+    }
+  }
+  return order;
 }
 
 // The room for lines, in points.
@@ -67,7 +112,8 @@ struct TextLayout::Line {
   double width = 0;
   double ascent = 0;
   double descent = 0;
-  double leading = 0;
+  double leading = 0;  // its own; 0 for none
+  double drop = 0;     // its base line below that of the line before; of the first, below the top
   double scaleX = 1;
   double scaleY = 1;
 };
@@ -126,11 +172,27 @@ void TextLayout::Measure(const TextShape& shape, const FontCatalog& fonts) {
       AddRun(run, common > 0 ? common : LetterSize(run), fonts, *line);
     }
     line->runCount = m_Runs.size() - line->firstRun;
+    OrderRuns(*line);
     if (source.spacingKind == 0 && source.leading > 0)
       line->leading = PointsFromText(source.leading);
     m_Content.push_back(std::move(line));
   }
   FillEmptyLines();
+}
+
+// Places the runs of a line from left to right by their levels, as the Unicode bidirectional
+// algorithm does for letters (UAX 9, rules N1, N2 and L2). Within a run Pango orders the letters.
+void TextLayout::OrderRuns(Line& line) {
+  const auto runs = std::span(m_Runs).subspan(line.firstRun, line.runCount);
+  if (std::ranges::none_of(runs, &PlacedRun::rightToLeft)) return;
+  std::vector<Direction> directions;
+  for (const PlacedRun& run : runs) directions.push_back(DirectionOf(run.text));
+  double left = 0;
+  for (const std::size_t place : VisualOrder(directions)) {
+    PlacedRun& run = runs[place];
+    run.left = left;
+    left += run.width;
+  }
 }
 
 // A line without letters takes as much room as the one before it; before the first with letters, as
@@ -145,8 +207,20 @@ void TextLayout::FillEmptyLines() {
       line->ascent = model->ascent;
       line->descent = model->descent;
     }
-    if (line->leading <= 0) line->leading = line->ascent + line->descent;
   }
+  const Line* before = nullptr;
+  for (const auto& line : m_Content) {
+    line->drop = line->ascent + (before ? before->descent : 0);
+    if (before && line->leading > 0) line->drop = line->leading;
+    before = line.get();
+  }
+}
+
+// From the top of the first line to the foot of the last.
+double TextLayout::Height() const {
+  double height = m_Content.empty() ? 0 : m_Content.back()->descent;
+  for (const auto& line : m_Content) height += line->drop;
+  return height;
 }
 
 void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
@@ -156,11 +230,10 @@ void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
     common = std::min(common, line->scaleX);
   }
   const bool each = shape.paragraph.lineFit == LINEFIT_EACH_LINE;
-  double total = 0;
   for (const auto& line : m_Content) {
     if (!each) line->scaleX = common;
-    total += line->leading;
   }
+  const double total = Height();
   if (total <= height || total <= 0) return;
   // Too high: the whole text becomes smaller, which widths take part in.
   const double smaller = height / total;
@@ -169,17 +242,16 @@ void TextLayout::Squeeze(const TextShape& shape, double width, double height) {
     line->scaleY = smaller;
     line->ascent *= smaller;
     line->descent *= smaller;
-    line->leading *= smaller;
+    line->drop *= smaller;
   }
 }
 
 void TextLayout::Place(const TextShape& shape) {
   const Room room = RoomOf(shape);
-  double total = 0;
-  for (const auto& line : m_Content) total += line->leading;
   const bool block = shape.lineMode != 1;
-  double top = room.top - (block ? (room.height - total) / 2 : 0);
+  double baseline = room.top - (block ? (room.height - Height()) / 2 : 0);
   for (const auto& line : m_Content) {
+    baseline -= line->drop;
     PlacedLine placed;
     placed.natural = line->width;
     placed.scaleX = line->scaleX;
@@ -187,9 +259,7 @@ void TextLayout::Place(const TextShape& shape) {
     placed.width = line->width * line->scaleX;
     placed.ascent = line->ascent;
     placed.descent = line->descent;
-    // The letters are in the middle of their leading.
-    const double spare = line->leading - line->ascent - line->descent;
-    placed.baseline = top - spare / 2 - line->ascent;
+    placed.baseline = baseline;
     const double over = room.width - placed.width;
     placed.left = room.left + (line->justification == JUSTIFY_CENTER  ? over / 2
                                : line->justification == JUSTIFY_RIGHT ? over
@@ -202,7 +272,6 @@ void TextLayout::Place(const TextShape& shape) {
       run.scaleY = line->scaleY;
     }
     m_Lines.push_back(placed);
-    top -= line->leading;
   }
 }
 

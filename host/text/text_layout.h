@@ -44,14 +44,17 @@ struct PlacedRun {
 
 /// Lays a text out in its frame, by Pango.
 ///
-/// Lines are one leading apart: the line's own if it has one, else the height of its fonts; an
-/// empty line is as high as the one before it. Where lines are justified in the frame less its
-/// margins, left and right margin make the room narrower. A text that fits stays as it is. If the
-/// fit is on (1 or 2), lines that are too wide are squeezed in width: each by its own factor, all
-/// by one, or, for lines of equal height, all lines set in one size (the largest that a line asks
-/// for) and then squeezed by one factor. A text that is too high is then made smaller as a whole.
-/// Text stays inside the frame that way, whatever its size. A block of lines is centered between
-/// top and bottom; lines set one by one begin at the top.
+/// A line that has a leading is that far below the line before it, from base line to base line,
+/// whatever the size of its letters; any other follows without a gap. The first line's letters
+/// begin at the top of the room. An empty line is as high as the one before it. Pieces of a line
+/// that run to the left are in the order in which they are read there, and a line that begins with
+/// one runs to the left as a whole. Where lines are justified in the frame less its margins, left
+/// and right margin make the room narrower. A text that fits stays as it is. If the fit is on (1 or
+/// 2), lines that are too wide are squeezed in width: each by its own factor, all by one, or, for
+/// lines of equal height, all lines set in one size (the largest that a line asks for) and then
+/// squeezed by one factor. A text that is too high is then made smaller as a whole. Text stays
+/// inside the frame that way, whatever its size. A block of lines is centered between top and
+/// bottom; lines set one by one begin at the top.
 ///
 /// One thread at a time may lay text out or draw it.
 class TextLayout {
@@ -63,7 +66,7 @@ class TextLayout {
   TextLayout& operator=(const TextLayout&) = delete;
 
   [[nodiscard]] const std::vector<PlacedLine>& Lines() const { return m_Lines; }
-  /// From the first line to the last, and in each from left to right.
+  /// From the first line to the last, and in each in the order of reading.
   [[nodiscard]] const std::vector<PlacedRun>& Runs() const { return m_Runs; }
   /// True if lines were squeezed, or made smaller.
   [[nodiscard]] bool IsSqueezed() const;
@@ -80,7 +83,9 @@ class TextLayout {
   struct Line;
   void Measure(const document::TextShape& shape, const FontCatalog& fonts);
   void AddRun(const document::TextRun& run, double size, const FontCatalog& fonts, Line& line);
+  void OrderRuns(Line& line);
   void FillEmptyLines();
+  [[nodiscard]] double Height() const;
   void Squeeze(const document::TextShape& shape, double width, double height);
   void Place(const document::TextShape& shape);
 

@@ -1,5 +1,6 @@
 #include "rastrel/cfm/kept_job.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 
@@ -182,7 +183,18 @@ std::string FormatKeptJob(const KeptJob& job) {
   return text + "end\n";
 }
 
-Expected<KeptJob> ParseKeptJob(std::string_view text) { return Reader(text).Read(); }
+// A text that means the same in another form is not of our making.
+Expected<KeptJob> ParseKeptJob(std::string_view text) {
+  auto job = Reader(text).Read();
+  if (!job) return job;
+  const std::string formatted = FormatKeptJob(*job);
+  if (formatted == text) return job;
+  const auto differs = std::ranges::mismatch(text, formatted).in1;
+  return Failure{.what = "read",
+                 .error = EINVAL,
+                 .why = "it is in another form than it is written in",
+                 .line = 1 + static_cast<int>(std::ranges::count(text.begin(), differs, '\n'))};
+}
 
 Expected<KeptJob> ReadKeptJob(const std::string& directory, std::string_view name) {
   const std::string path = PathIn(directory, name);

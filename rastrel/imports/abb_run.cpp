@@ -26,13 +26,6 @@ constexpr double DefaultDiameter = 0.40640000000000004;
 /// World units of a text unit.
 constexpr double WorldFromText = 0.00254;
 
-/// The plate object of a handle; null if it is gone or another object.
-CGenericPlateObject* PlateObjectOf(host::ObjectStore& store, host::ObjectHandle object) {
-  DBElement* const element = store.DBGetObjectElement(object);
-  if (element == nullptr) return nullptr;
-  return dynamic_cast<CGenericPlateObject*>(element->GetPlaceholderItem());
-}
-
 /// The host keeps places of drill points in 32 bits.
 double WithinPlaces(double place) { return std::clamp(place, -2147483648.0, 2147483647.0); }
 

@@ -19,9 +19,6 @@ using rastrel::xml::FirstChild;
 using rastrel::xml::IsNamed;
 using rastrel::xml::NextSibling;
 
-constexpr imports::RepairRules CroRepair{
-    .settingsSection = L"impcml", .defaultCodePage = 1250, .rewrites = {}};
-
 /// Single precision, as the heights themselves are.
 constexpr float CentimetresPerInch = 2.54F;
 
@@ -82,7 +79,7 @@ CCROFileImport::~CCROFileImport() = default;
 
 bool CCROFileImport::ParseFile(const wchar_t* path) {
   if (!imports::IsFileOfType(path, {L"cro", L"crx", L"cml", L"xml"})) return false;
-  const XmlNode root = imports::LoadRepairableXmlFile(path, CroRepair);
+  const XmlNode root = imports::LoadRepairableXmlFile(path, imports::CroRepair);
   if (!IsNamed(root, L"ENGRAVINGTEMPLATE"sv)) return false;
   for (XmlNode child = FirstChild(root); child; child = NextSibling(child))
     ParseTemplateChild(child);

@@ -6,6 +6,8 @@
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/values/color.h"
 
+class CGenericPlateObject;
+
 namespace rastrel::host {
 class Application;
 class TextCompose;
@@ -26,6 +28,10 @@ struct DocumentHost {
 
 /// A color of the document's palette by its name; black if the palette has no such name.
 [[nodiscard]] CVKColor PaletteColorOrBlack(host::Application& application, const wchar_t* name);
+
+/// The plate object of a handle; null if it is gone or another object.
+[[nodiscard]] CGenericPlateObject* PlateObjectOf(host::ObjectStore& store,
+                                                 host::ObjectHandle object);
 
 /// An undo step, open as long as this lives. The name is translated.
 class UndoStep {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -27,6 +28,18 @@ struct RepairRules {
   /// Done everywhere in the text, one after the other.
   std::span<const ReferenceRewrite> rewrites;
 };
+
+/// The rules of CRO templates.
+inline constexpr RepairRules CroRepair{
+    .settingsSection = L"impcml", .defaultCodePage = 1250, .rewrites = {}};
+
+/// References to characters that only HTML names, and two that a decoder may have left as they
+/// were.
+inline constexpr std::array<ReferenceRewrite, 4> Cr2Rewrites{
+    {{L"&trade;", L"&#8482;"}, {L"&copy;", L"&#169;"}, {L"&lt;", L"&#60;"}, {L"&amp;", L"&#38;"}}};
+/// The rules of Crown Trophy templates of the first generation.
+inline constexpr RepairRules Cr2Repair{
+    .settingsSection = L"impcr2", .defaultCodePage = 65001, .rewrites = Cr2Rewrites};
 
 /// A larger file is not repaired: its decoded text takes several times its size.
 inline constexpr std::uint64_t MaximumRefusedBytes = std::uint64_t{32} << 20;

@@ -1,3 +1,5 @@
+#include "rastrel/xml/save.h"
+
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -9,29 +11,13 @@
 namespace rastrel::xml {
 namespace {
 
-// A text so that it reads back unchanged. Tabs and line feeds would be lost in attributes only, a
-// carriage return everywhere.
-void AppendEscaped(std::string& target, std::string_view text, bool attribute) {
-  for (const char byte : text) {
-    switch (byte) {
-      case '&': target += "&amp;"; break;
-      case '<': target += "&lt;"; break;
-      case '>': target += "&gt;"; break;
-      case '\r': target += "&#13;"; break;
-      case '"': target += attribute ? "&quot;" : "\""; break;
-      case '\t': target += attribute ? "&#9;" : "\t"; break;
-      case '\n': target += attribute ? "&#10;" : "\n"; break;
-      default: target += byte;
-    }
-  }
-}
-
-void AppendAttribute(std::string& target, const XmlTreeAttribute& attribute) {
-  target += ' ';
-  target += attribute.name->bytes;
-  target += "=\"";
-  AppendEscaped(target, attribute.Value(), true);
-  target += '"';
+void WriteAttribute(const XmlTreeAttribute& attribute, XmlPieces& pieces) {
+  pieces.Markup(" ");
+  pieces.Markup(attribute.name->bytes);
+  pieces.Markup("=\"");
+  pieces.Text(attribute.Value(),
+              attribute.declaresNamespace ? XmlTextPlace::Namespace : XmlTextPlace::Attribute);
+  pieces.Markup("\"");
 }
 
 // Declarations that the element has from its parents, inner ones ahead of the outer ones that they
@@ -54,48 +40,89 @@ std::vector<XmlTreeAttribute> Inherited(const XmlTreeNode& element) {
   return found;
 }
 
-void AppendNode(std::string& target, const XmlTreeNode& node, bool outermost);
+void Write(const XmlNode& node, bool outermost, XmlPieces& pieces);
 
-void AppendElement(std::string& target, const XmlTreeNode& element, bool outermost) {
-  target += '<';
-  target += element.name->bytes;
+void WriteElement(const XmlNode& node, bool outermost, XmlPieces& pieces) {
+  const XmlTreeNode& element = *node.Tree();
+  if (!pieces.Begin(node)) return;
+  pieces.Markup("<");
+  pieces.Markup(element.name->bytes);
   if (outermost)
-    for (const XmlTreeAttribute& attribute : Inherited(element)) AppendAttribute(target, attribute);
-  for (const XmlTreeAttribute& attribute : element.Attributes()) AppendAttribute(target, attribute);
+    for (const XmlTreeAttribute& attribute : Inherited(element)) WriteAttribute(attribute, pieces);
+  for (const XmlTreeAttribute& attribute : element.Attributes()) WriteAttribute(attribute, pieces);
   if (element.child == nullptr) {
-    target += "/>";
-    return;
+    pieces.Markup("/>");
+  } else {
+    pieces.Markup(">");
+    for (const XmlTreeNode* child = element.child; child != nullptr; child = child->next)
+      Write(XmlNode(child, node.Document()), false, pieces);
+    pieces.Markup("</");
+    pieces.Markup(element.name->bytes);
+    pieces.Markup(">");
   }
-  target += '>';
-  for (const XmlTreeNode* child = element.child; child != nullptr; child = child->next)
-    AppendNode(target, *child, false);
-  target += "</";
-  target += element.name->bytes;
-  target += '>';
+  pieces.End(node);
 }
 
-void AppendNode(std::string& target, const XmlTreeNode& node, bool outermost) {
-  const std::string_view content = node.kind == XmlKind::Element ? "" : node.Content();
-  switch (node.kind) {
-    case XmlKind::Element: return AppendElement(target, node, outermost);
-    case XmlKind::Text: return AppendEscaped(target, content, false);
-    case XmlKind::Cdata: target.append("<![CDATA[").append(content).append("]]>"); break;
-    case XmlKind::Comment: target.append("<!--").append(content).append("-->"); break;
+void Write(const XmlNode& node, bool outermost, XmlPieces& pieces) {
+  const XmlTreeNode& tree = *node.Tree();
+  const std::string_view content = tree.kind == XmlKind::Element ? "" : tree.Content();
+  switch (tree.kind) {
+    case XmlKind::Element: return WriteElement(node, outermost, pieces);
+    case XmlKind::Text: return pieces.Text(content, XmlTextPlace::Content);
+    case XmlKind::Cdata: return pieces.Text(content, XmlTextPlace::Cdata);
+    case XmlKind::Comment:
+      pieces.Markup("<!--");
+      pieces.Markup(content);
+      return pieces.Markup("-->");
     case XmlKind::Instruction:
-      target.append("<?").append(node.name->bytes);
-      if (!content.empty()) target.append(" ").append(content);
-      target.append("?>");
-      break;
+      pieces.Markup("<?");
+      pieces.Markup(tree.name->bytes);
+      if (!content.empty()) pieces.Markup(" ");
+      pieces.Markup(content);
+      return pieces.Markup("?>");
   }
 }
+
+// A document as one text.
+class TextOfNode : public XmlPieces {
+ public:
+  void Markup(std::string_view bytes) override { text += bytes; }
+  void Text(std::string_view content, XmlTextPlace place) override {
+    if (place == XmlTextPlace::Cdata)
+      text.append("<![CDATA[").append(content).append("]]>");
+    else
+      AppendXmlText(text, content, place != XmlTextPlace::Content);
+  }
+  std::string text;
+};
 
 }  // namespace
+
+void AppendXmlText(std::string& target, std::string_view text, bool attribute) {
+  for (const char byte : text) {
+    switch (byte) {
+      case '&': target += "&amp;"; break;
+      case '<': target += "&lt;"; break;
+      case '>': target += "&gt;"; break;
+      case '\r': target += "&#13;"; break;
+      case '"': target += attribute ? "&quot;" : "\""; break;
+      case '\t': target += attribute ? "&#9;" : "\t"; break;
+      case '\n': target += attribute ? "&#10;" : "\n"; break;
+      default: target += byte;
+    }
+  }
+}
+
+void WriteXml(const XmlNode& node, XmlPieces& pieces) {
+  if (node) Write(node, true, pieces);
+}
+
 }  // namespace rastrel::xml
 
 bool SaveNodeXml(const XmlNode& node, std::wstring_view path) {
   auto file = rastrel::os::CreateForWriting(path);
   if (!file) return false;
-  std::string text;
-  if (node) rastrel::xml::AppendNode(text, *node.Tree(), true);
-  return static_cast<bool>(rastrel::os::WriteAll(file->Get(), text));
+  rastrel::xml::TextOfNode text;
+  rastrel::xml::WriteXml(node, text);
+  return static_cast<bool>(rastrel::os::WriteAll(file->Get(), text.text));
 }

@@ -110,7 +110,14 @@ TEST_F(KeptJob, a_text_that_is_cut_or_says_anything_else_is_refused_with_its_lin
            {head + "pages: 1\npage: 1 1 %2\nend\n", 3},
            {head + "pages: 1\npage: 1 99999999999999999999 a\nend\n", 3},
            {head + "mover: nobody\npages: 0\nend\n", 2},
-           {head + "pages: 0\nend\nmore\n", 3}}) {
+           {head + "pages: 0\nend\nmore\n", 3},
+           // The same job in other words than those that are written of it.
+           {head + "pages: 01\npage: 1 1 a\nend\n", 2},
+           {head + "pages: 1\npage: 1 007 a\nend\n", 3},
+           {head + "pages: 1\npage: 1 1 %0a\nend\n", 3},
+           {head + "pages: 1\npage: 1 1 %41\nend\n", 3},
+           {head + "pages: 1\npage: 1 1 a\nfrom: /a\nfrom: /b\nend\n", 4},
+           {head + "pages: 1\npage: 1 1 a\nfrom: \nend\n", 4}}) {
     const auto job = cfm::ParseKeptJob(text);
     ASSERT_FALSE(job) << text;
     EXPECT_EQ(job.Error().line, line) << text;

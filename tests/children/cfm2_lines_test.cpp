@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <string>
+
+#include "tests/support/processor_time.h"
 
 namespace rastrel::odalis {
 namespace {
@@ -163,12 +164,12 @@ TEST(ReadCfm2, twenty_megabytes_of_comments_take_no_longer_than_reading_them) {
   std::string text;
   while (text.size() < (20u << 20)) text += ">> begin := once <<\n";
   text += Page("once", "/x/", "A");
-  const auto start = std::chrono::steady_clock::now();
+  const double before = test::ProcessorSeconds();
   const auto document = ReadCfm2(text);
-  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+  const double seconds = test::ProcessorSeconds() - before;
   ASSERT_TRUE(document);
   EXPECT_EQ(document->entries.size(), 1u);
-  EXPECT_LT(seconds.count(), 10.0);  // a search that starts again at each comment takes hours
+  EXPECT_LT(seconds, 10.0);  // a search that starts again at each comment takes hours
 }
 
 TEST(PageDirectoryOf, the_title_follows_one_separator) {

@@ -22,6 +22,8 @@
 #include "rastrel/cfm/cfm_page.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "tests/support/process_file.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::corerast::testing {
 namespace {
@@ -89,14 +91,15 @@ void Drain(const Started& started, ProgramRun& outcome) {
 }
 
 char ProcessState(const fs::path& process) {
-  const std::string stat = ReadFile(process / "stat");
+  const std::string stat = test::ProcessFile(process, "stat");
   const std::size_t name = stat.rfind(')');
   return name == std::string::npos || name + 2 >= stat.size() ? 'X' : stat[name + 2];
 }
 
 bool Concerns(const fs::path& process, const std::string& root) {
   std::error_code error;
-  if (ReadFile(process / "environ").find("RASTREL_HOME=" + root + '\0') != std::string::npos) {
+  if (test::ProcessFile(process, "environ").find("RASTREL_HOME=" + root + '\0') !=
+      std::string::npos) {
     return true;
   }
   return fs::read_symlink(process / "cwd", error).string().starts_with(root);
@@ -270,8 +273,7 @@ std::vector<std::string> RipFixture::Remains() const {
 
 std::vector<std::string> RipFixture::Processes() const {
   std::vector<std::string> found;
-  // The guardian closes its pipes in the course of its end, so it may be seen for a moment more.
-  for (int attempt = 0; attempt < 100; ++attempt) {
+  const auto none = [&] {
     found.clear();
     std::error_code error;
     for (const auto& entry : fs::directory_iterator("/proc", error)) {
@@ -280,11 +282,12 @@ std::vector<std::string> RipFixture::Processes() const {
       if (name == std::to_string(getpid())) continue;
       const char state = ProcessState(entry.path());
       if (state == 'Z' || state == 'X' || !Concerns(entry.path(), m_Root)) continue;
-      found.push_back(name + " " + ReadFile(entry.path() / "comm"));
+      found.push_back(name + " " + test::ProcessFile(entry.path(), "comm"));
     }
-    if (found.empty()) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
+    return found.empty();
+  };
+  // The guardian closes its pipes in the course of its end, so it may be seen for a moment more.
+  static_cast<void>(test::WaitUntil(none));
   return found;
 }
 

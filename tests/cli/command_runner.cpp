@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -140,11 +139,11 @@ CommandResult CommandRunner::Run(const std::vector<std::string>& arguments) {
 
 void CommandRunner::Start(const std::vector<std::string>& arguments, const std::string& text) {
   Launch(arguments);
-  for (int attempt = 0; attempt < 3000; ++attempt) {
+  const auto hasSaid = [&] {
     const std::string said = m_Scratch.Read("output") + m_Scratch.Read("error");
-    if (said.find(text) != said.npos) return;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+    return said.find(text) != said.npos;
+  };
+  if (WaitUntil(hasSaid)) return;
   ADD_FAILURE() << "never said '" << text << "' but: " << m_Scratch.Read("error");
 }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -70,6 +72,26 @@ TEST_F(Doctor, starts_the_interpreter_as_every_run_does) {
   m_Command.Set("GS_LIB", "/somewhere");
   const std::string output = m_Command.Run({"doctor"}).output;
   EXPECT_NE(output.find("ghostscript: version 1.2.3 ("), std::string::npos) << output;
+}
+
+// The shell itself takes the advice, and removes that one directory.
+TEST_F(Doctor, advises_a_removal_that_a_shell_carries_out_for_any_name) {
+  const std::string left = "Queue/rip/System/c-out/it's $(touch oops) & `b`";
+  m_Command.Set("RASTREL_HOME", m_Command.Place().Path("a root's"));
+  ASSERT_EQ(m_Command.Run({"modes"}).status, 0);
+  const auto path = fs::path(m_Command.Place().Path("a root's")) / left;
+  fs::create_directories(path / "p0001");
+  fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::hours(2));
+  const std::string output = m_Command.Run({"doctor"}).output;
+  const std::string advice = "remove it: ";
+  const std::size_t at = output.find(advice);
+  ASSERT_NE(at, std::string::npos) << output;
+  const std::size_t begin = at + advice.size();
+  const std::string command = output.substr(begin, output.find('\n', begin) - begin);
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  EXPECT_FALSE(fs::exists(path));
+  EXPECT_TRUE(fs::exists(path.parent_path()));
+  EXPECT_FALSE(fs::exists("oops"));
 }
 
 TEST_F(Doctor, finds_an_interpreter_that_does_not_run) {

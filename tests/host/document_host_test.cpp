@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/graphics/native_graphics.h"
@@ -160,6 +163,29 @@ TEST(NativeGraphics, a_file_that_can_not_be_read_changes_nothing_and_is_reported
   EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, nullptr, 1), 0);
   EXPECT_EQ(host.GetDocument().ObjectCount(), 1U);
   EXPECT_EQ(host.GetDocument().Selection(), std::vector<ObjectHandle>{drill});
+}
+
+TEST(DocumentHost, a_graphic_that_may_not_be_read_is_not_loaded_and_the_reason_is_a_loss) {
+  const test::ScratchDirectory place;
+  place.Write("logo.svg",
+              "<svg xmlns='http://www.w3.org/2000/svg' width='10' height='10'>"
+              "<rect width='5' height='5'/></svg>");
+  const DocumentHost saved;
+  ASSERT_TRUE(saved.Save(place.Wide("own.krv")));
+  DocumentHost host;
+  std::vector<std::wstring> asked;
+  host.SetReadPolicy([&](const std::wstring& path) {
+    asked.push_back(path);
+    return Expected<void>(FailureOf("it is elsewhere"));
+  });
+  const std::wstring graphic = place.Wide("logo.svg");
+  const std::wstring own = place.Wide("own.krv");
+  EXPECT_EQ(host.GetApplication()->LoadTHZ(nullptr, nullptr, graphic.c_str(), 1, 0), 0);
+  EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, own.c_str(), 1), 0);
+  EXPECT_EQ(asked, (std::vector<std::wstring>{graphic, own}));
+  EXPECT_EQ(host.GetNotices().Losses(),
+            (std::vector<std::wstring>{graphic + L": it is elsewhere", own + L": it is elsewhere"}));
+  EXPECT_EQ(host.GetDocument().ObjectCount(), 0U);
 }
 
 }  // namespace

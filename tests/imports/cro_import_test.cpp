@@ -106,6 +106,14 @@ TEST_F(CroImport, other_extensions_are_refused) {
     ExpectRefused("<ENGRAVINGTEMPLATE><PLATES><PLATE/></PLATES></ENGRAVINGTEMPLATE>", name);
 }
 
+TEST_F(CroImport, the_extension_is_after_the_last_dot_of_the_last_component) {
+  const std::string document = "<ENGRAVINGTEMPLATE/>";
+  EXPECT_TRUE(Read(document, "plates.old.cro").m_bParsed);
+  EXPECT_TRUE(Read(document, "plates. cro ").m_bParsed);
+  ExpectRefused(document, "folder.cro/plates");
+  ExpectRefused(document, "plates.cro.");
+}
+
 TEST_F(CroImport, paths_that_name_nothing_are_refused) {
   EXPECT_FALSE(CCROFileImport(nullptr, nullptr).m_bParsed);
   EXPECT_FALSE(CCROFileImport(L"", nullptr).m_bParsed);

@@ -33,8 +33,9 @@ std::string Trimmed(const std::string& text) {
 std::string Joined(Node node) {
   if (node->type == XML_CDATA_SECTION_NODE) return Bytes(node->content);
   if (node->type == XML_TEXT_NODE) {
-    const std::string text = Bytes(node->content);
-    return Trimmed(text).empty() ? "" : text;
+    std::string text = Bytes(node->content);
+    if (Trimmed(text).empty()) text.clear();
+    return text;
   }
   std::string text;
   if (node->type == XML_ELEMENT_NODE)
@@ -49,7 +50,7 @@ std::string Attribute(Node node, std::string_view name) {
        attribute = attribute->next) {
     if (attribute->ns != nullptr || Bytes(attribute->name) != name) continue;
     xmlChar* const value = xmlNodeListGetString(node->doc, attribute->children, 1);
-    const std::string text = Bytes(value);
+    std::string text = Bytes(value);
     xmlFree(value);
     return text;
   }

@@ -3,6 +3,8 @@
 #include "rastrel/imports/refused_text.h"
 
 #include <array>
+#include <random>
+#include <vector>
 
 #include "tests/imports/template_fixture.h"
 
@@ -58,6 +60,38 @@ TEST(RepairText, a_text_of_millions_of_references_takes_one_pass) {
   std::wstring text = L"<";
   for (int count = 0; count < 2'000'000; ++count) text += L"&amp;";
   EXPECT_EQ(RepairText(text, Rewrites).size(), text.size());
+}
+
+/// The same repair, literally: one edit after the other on the text, each looked for anew.
+std::wstring LiteralRepair(std::wstring text) {
+  if (!text.empty() && text.substr(0, 1) != L"<") text = text.substr(1);
+  bool isSpaced = false;
+  for (std::size_t place = 0; place + 6 <= text.size(); ++place)
+    isSpaced = isSpaced || text.compare(place, 6, L"<? xml") == 0;
+  if (isSpaced) text = text.substr(0, 2) + text.substr(3);
+  for (const ReferenceRewrite& rewrite : Rewrites) {
+    std::wstring done;
+    while (!text.empty()) {
+      const bool isThere = text.starts_with(rewrite.from);
+      done += isThere ? std::wstring(rewrite.to) : text.substr(0, 1);
+      text = text.substr(isThere ? rewrite.from.size() : 1);
+    }
+    text = done;
+  }
+  return text;
+}
+
+TEST(RepairText, random_texts_are_repaired_as_a_literal_repair_does) {
+  const std::vector<std::wstring> pieces{L"<",     L"?",      L" ",     L"xml",   L"<? xml",
+                                         L"<?xml", L"&",      L"copy;", L"&amp;", L"&copy;",
+                                         L"amp;",  L"\xFEFF", L"a",     L"<a>",   L"#38;"};
+  std::mt19937 random(11);
+  for (int round = 0; round < 20000; ++round) {
+    std::wstring text;
+    for (std::size_t count = random() % 8; count > 0; --count)
+      text += pieces[random() % pieces.size()];
+    ASSERT_EQ(RepairText(text, Rewrites), LiteralRepair(text)) << testing::PrintToString(text);
+  }
 }
 
 class RefusedText : public TemplateTest {

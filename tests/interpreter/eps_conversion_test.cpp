@@ -5,8 +5,6 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,6 +13,7 @@
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/present_directory.h"
+#include "tests/support/process_file.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::interpreter {
@@ -65,10 +64,8 @@ TEST(EpsConversion, control_characters_of_the_file_do_not_reach_a_person) {
 TEST(EpsConversion, a_file_that_does_not_end_is_ended) {
   EpsLimits limits;
   limits.time = 500ms;
-  const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(Refusal(EpsFile("{} loop\n"), limits),
             "the interpreter took more than 500 milliseconds");
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
 }
 
 TEST(EpsConversion, a_file_that_makes_more_than_the_limit_is_ended) {
@@ -160,8 +157,7 @@ TEST(EpsConversion, an_interpreter_that_is_not_waited_for_is_ended_and_its_end_t
   EXPECT_EQ(waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT), -1);
   EXPECT_EQ(errno, ECHILD) << "nothing waits to be reaped";
   for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-    std::ifstream file(process.path() / "cmdline", std::ios::binary);
-    const std::string line((std::istreambuf_iterator<char>(file)), {});
+    const std::string line = test::ProcessFile(process.path(), "cmdline");
     EXPECT_EQ(line.find("sleep" + std::string(1, '\0') + "100917"), line.npos) << process.path();
   }
 }

@@ -162,6 +162,8 @@ TEST(LevelsTable, has_the_entries_of_the_worked_examples) {
       {Levels(0.0, 1.0, 128.0), 0x00, 0x00, 0x40, 0x80},
       {Levels(10.0, 1.0, 255.0), 0xa00, 0xa00, 0xa7a, 0xaf5},
       {Levels(0.0, 2.0, 255.0), 0x00, 0xff, 0xb4a, 0xff0},
+      // Of more than 255 parts there are 255, and not up to 256.
+      {Levels(255.5, 1.0, 255.5), 0xff00, 0xff00, 0xff00, 0xff00},
   };
   for (const Row& row : rows) {
     const auto entries = EntriesOf(row.levels);

@@ -99,6 +99,16 @@ TEST_F(PackageTest, a_bad_name_of_an_entry_that_nobody_needs_is_refused_too) {
             "entry '../b': its name leads out of the package");
 }
 
+TEST_F(PackageTest, a_list_of_entries_that_is_none_is_refused_with_the_reason) {
+  std::string bytes = ZipBytes({ZipEntry{"a", "x"}}).Make();
+  const std::size_t list = bytes.find("PK\1\2");
+  ASSERT_NE(list, bytes.npos);
+  bytes[list] = 'X';
+  const std::string refusal = Try(bytes);
+  EXPECT_TRUE(refusal.starts_with("it is no sound zip file: ")) << refusal;
+  EXPECT_NE(refusal.find("ip archive"), refusal.npos) << refusal;
+}
+
 TEST_F(PackageTest, names_are_bounded) {
   EXPECT_EQ(Try({std::string(255, 'n'), "x"}), "");
   EXPECT_NE(Try({std::string(256, 'n'), "x"}).find("element of more than 255"), std::string::npos);

@@ -13,8 +13,8 @@
 
 namespace rastrel::test {
 
-/// A document in memory under a name, written anew as often as one likes, and a data root of its own,
-/// whose log begins anew now and then: refused documents are reported there.
+/// A document in memory under a name, written anew as often as one likes, and a data root of its
+/// own, whose log begins anew now and then: refused documents are reported there.
 class NamedDocument {
  public:
   explicit NamedDocument(std::string name = "file.xml")

@@ -179,15 +179,23 @@ void RecordingApplication::SetDrillPointObj(const NewWorldPt& place) {
   if (m_DrillPointsOn && m_Calls.Answer("SetDrillPointObj", 1) != 0) m_Store.Make(0, true);
 }
 
-int RecordingApplication::LoadTHZ(CVelumark5Doc*, CWnd* window, const wchar_t* path, int reserved,
-                                  int flag) {
+int RecordingApplication::LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path,
+                                  int reserved, int flag) {
   const int loaded = m_Calls.Answer("LoadTHZ", 1);
-  m_Calls.Answered(loaded, "LoadTHZ", NameText{"document"}, window, path, reserved, flag);
-  for (int object = 0; object < loaded; ++object) m_Store.Make(0, true);
+  m_Calls.Answered(loaded, "LoadTHZ", NameText{document != nullptr ? "document" : "null"}, window,
+                   path, reserved, flag);
+  m_Store.MakeLoaded(loaded);
   return loaded;
 }
 
-CVelumark5View* RecordingApplication::UIGetActiveView() { return m_View.get(); }
+CVelumark5View* RecordingApplication::UIGetActiveView() {
+  return m_HasView ? m_View.get() : nullptr;
+}
+
+CWnd* RecordingApplication::GetWindowHandle(int kind) {
+  if (m_Calls.Scripted("GetWindowHandle")) m_Calls.Told("GetWindowHandle", kind);
+  return nullptr;
+}
 
 void RecordingApplication::HourGlass(int on) {
   m_Calls.Told("HourGlass", on);
@@ -215,7 +223,10 @@ std::wstring RecordingApplication::GGetPathDeviceInI(int device) {
 std::optional<std::wstring> RecordingApplication::GetStringDevice(const wchar_t* devicePath,
                                                                   const wchar_t* section,
                                                                   const wchar_t* key) {
-  m_Calls.Told("GetStringDevice", devicePath, section, key);
+  for (std::size_t index = 0; index < m_Plotters.size(); ++index)
+    if (devicePath == L"device" + std::to_wstring(index))
+      return m_Calls.Answered(m_Plotters[index], "GetStringDevice", devicePath, section, key);
+  m_Calls.Answered(nullptr, "GetStringDevice", devicePath, section, key);
   return std::nullopt;
 }
 

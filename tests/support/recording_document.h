@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,10 +15,12 @@
 
 namespace rastrel::test {
 
-/// A pane of a recording plate object. Its edges are not written.
+/// A pane of a recording plate object. Its edges and its plate object are not written.
 class RecordingPane : public CPane {
  public:
-  explicit RecordingPane(const CWorldRect& bounds) : m_Bounds(bounds) {}
+  explicit RecordingPane(const CWorldRect& bounds, host::ObjectHandle plate = 0)
+      : m_Bounds(bounds), m_Plate(plate) {}
+  host::ObjectHandle GetPlateObject() const override { return m_Plate; }
   double GetLeft() const override { return m_Bounds.left; }
   double GetTop() const override { return m_Bounds.top; }
   double GetRight() const override { return m_Bounds.right; }
@@ -25,6 +28,7 @@ class RecordingPane : public CPane {
 
  private:
   CWorldRect m_Bounds;
+  host::ObjectHandle m_Plate;
 };
 
 class RecordingStore;
@@ -107,8 +111,17 @@ class RecordingStore : public host::ObjectStore, public host::GraphicsIO, public
   /// The bounds that `DBGetSelectedListBounds` reads.
   BOUNDS m_SelectedBounds{.xmin = 0, .xmax = 2, .ymin = 0, .ymax = 1};
 
+  /// The plate object that a pane belongs to, by the name of its plate and its number from 1. 0, as
+  /// without the function: the one that was asked.
+  std::function<host::ObjectHandle(const std::string& plate, int pane)> m_PlateOfPane;
+  /// Makes the objects of a loaded file, which are selected; without it one object of no kind for
+  /// each that the answer of the load counts.
+  std::function<void()> m_MakeLoaded;
+
   /// A text for each thing that was opened and not closed.
   std::vector<std::string> LeftOpen() const;
+  /// Makes the objects of a load with that answer.
+  void MakeLoaded(int answer);
   /// A new object as the host itself makes one: in the document, and selected if asked.
   host::ObjectHandle Make(int type, bool selected);
   /// The object of a handle; null for none.

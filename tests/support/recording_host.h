@@ -25,6 +25,8 @@ class RecordingText : public host::TextCompose {
   HostCalls& m_Calls;
   /// Fonts that can't be had, by the name that `AddFont` is given.
   std::set<std::wstring> m_MissingFonts;
+  /// The texts of the replaceable items, by their numbers from 0.
+  std::vector<std::wstring> m_ReplaceableItems;
   /// The result of `GetTextFrame`; without it the frame that the paragraph was opened with.
   std::optional<CWorldRect> m_Frame;
 
@@ -55,6 +57,9 @@ class RecordingText : public host::TextCompose {
                    int kind) override;
   void TerminateNewText(CWnd* window, int keep) override;
   host::ObjectHandle GetTerminateTextEditHI() override;
+  std::vector<int> MakeReplaceableItemsListForParagraphEle(const ParagraphEle& paragraph) override;
+  std::wstring GetTextParagraphEle(const ParagraphEle& paragraph, int item) override;
+  int ReplaceTextParagraphEle(ParagraphEle& paragraph, int item, const wchar_t* text) override;
 
   /// Makes the object of a text that was finished.
   std::function<host::ObjectHandle()> m_MakeText;
@@ -97,6 +102,10 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   double m_BlankWidth = 60;
   double m_BlankHeight = 30;
   int m_BlankOrigin = 7;
+  /// The names of the plotters by their indexes; an index beyond them has none.
+  std::vector<std::wstring> m_Plotters;
+  /// Whether there is a view.
+  bool m_HasView = true;
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
@@ -136,6 +145,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
   CVelumark5View* UIGetActiveView() override;
+  /// Null, and written if the script has an answer.
+  CWnd* GetWindowHandle(int kind) override;
   void HourGlass(int on) override;
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
@@ -189,6 +200,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   std::map<std::wstring, std::wstring> m_Translations;
   /// Which of the document's libraries the host has; all at first.
   bool m_HasDocument = true;
+  bool m_HasGraphicsIO = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -201,7 +213,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   void BeginWaitCursor() override;
   host::ObjectStore* GetObjectStore() override { return m_HasDocument ? &m_Store : nullptr; }
   host::TextCompose* GetTextCompose() override { return m_HasDocument ? &m_Text : nullptr; }
-  host::GraphicsIO* GetGraphicsIO() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::GraphicsIO* GetGraphicsIO() override {
+    return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
+  }
   host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
   host::Application* GetApplication() override { return m_HasDocument ? &m_Application : nullptr; }
 

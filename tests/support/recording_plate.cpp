@@ -110,7 +110,9 @@ CPane* RecordingPlate::GetNextPane() {
     m_Store.m_Calls.Write(m_Name + " has no further pane");
     return nullptr;
   }
-  m_Pane = std::make_unique<RecordingPane>(BoundsOf(m_Walk++));
+  const int pane = m_Walk++;
+  m_Pane = std::make_unique<RecordingPane>(
+      BoundsOf(pane), m_Store.m_PlateOfPane ? m_Store.m_PlateOfPane(m_Name, pane + 1) : 0);
   m_Store.m_Calls.Write(m_Name + " gives pane " + std::to_string(m_Walk));
   return m_Pane.get();
 }

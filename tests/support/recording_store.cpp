@@ -37,6 +37,11 @@ ObjectHandle RecordingStore::Make(int type, bool selected) {
   return object;
 }
 
+void RecordingStore::MakeLoaded(int answer) {
+  if (m_MakeLoaded) return m_MakeLoaded();
+  for (int object = 0; object < answer; ++object) Make(0, true);
+}
+
 RecordedObject* RecordingStore::Find(ObjectHandle object) {
   const auto found = m_Objects.find(object);
   return found == m_Objects.end() ? nullptr : &found->second;
@@ -250,9 +255,12 @@ int RecordingStore::DSAddSourceObject(ObjectHandle object, int kind, ObjectHandl
 }
 
 ObjectHandle RecordingStore::DSGroupObjects(ListHandle list, int kind, ObjectHandle first) {
-  const ObjectHandle group = Make(DBTYPE_GROUP, false);
-  if (const List* found = FindList(list)) Find(group)->members = found->members;
-  AddToDocument(group);
+  ObjectHandle group = 0;
+  if (m_Calls.Answer("DSGroupObjects", 1) != 0) {
+    group = Make(DBTYPE_GROUP, false);
+    if (const List* found = FindList(list)) Find(group)->members = found->members;
+    AddToDocument(group);
+  }
   m_Calls.Answered(ObjectText{group}, "DSGroupObjects", list, kind, ObjectText{first});
   return group;
 }
@@ -283,7 +291,7 @@ int RecordingStore::DBGetSelectedListBounds(ListHandle list, BOUNDS& bounds) {
 int RecordingStore::LoadVEFile(CWnd* window, const wchar_t* path, int reserved) {
   const int loaded = m_Calls.Answer("LoadVEFile", 1);
   m_Calls.Answered(loaded, "LoadVEFile", window, path, reserved);
-  for (int object = 0; object < loaded; ++object) Make(0, true);
+  MakeLoaded(loaded);
   return loaded;
 }
 

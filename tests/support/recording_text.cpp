@@ -151,6 +151,7 @@ std::unique_ptr<CFontReplacement> RecordingText::NewFontReplacement(const wchar_
     FontRecord m_Font{.id = 900};
   };
   m_Calls.Told("NewFontReplacement", name);
+  if (m_Calls.Answer("NewFontReplacement", 1) == 0) return nullptr;
   return std::make_unique<Replacement>(m_Calls);
 }
 
@@ -164,6 +165,7 @@ const FontRecord* RecordingText::ChooseReplacementFont(CFontReplacement&, const 
 void RecordingText::InitNewText(CWnd* window, const NewWorldPt& first, const NewWorldPt& second,
                                 int kind) {
   m_Calls.Told("InitNewText", window, first, second, kind);
+  if (m_Calls.Answer("InitNewText", 1) == 0) return;
   m_TextOpen = true;
   Begin(first, second);
 }
@@ -173,6 +175,24 @@ void RecordingText::TerminateNewText(CWnd* window, int keep) {
   if (!m_TextOpen) m_Calls.Write("error: no new text is open");
   m_TextOpen = false;
   m_Finished = m_MakeText ? m_MakeText() : 0;
+}
+
+std::vector<int> RecordingText::MakeReplaceableItemsListForParagraphEle(
+    const ParagraphEle& paragraph) {
+  m_Calls.Told("MakeReplaceableItemsListForParagraphEle", paragraph);
+  std::vector<int> items;
+  for (std::size_t item = 0; item < m_ReplaceableItems.size(); ++item)
+    items.push_back(static_cast<int>(item));
+  return items;
+}
+
+std::wstring RecordingText::GetTextParagraphEle(const ParagraphEle& paragraph, int item) {
+  return m_Calls.Answered(m_ReplaceableItems.at(static_cast<std::size_t>(item)),
+                          "GetTextParagraphEle", paragraph, item);
+}
+
+int RecordingText::ReplaceTextParagraphEle(ParagraphEle& paragraph, int item, const wchar_t* text) {
+  return m_Calls.Answered(1, "ReplaceTextParagraphEle", paragraph, item, text);
 }
 
 host::ObjectHandle RecordingText::GetTerminateTextEditHI() {

@@ -64,7 +64,10 @@ int RenameToFree(const std::string& from, const std::string& to) {
 
 Expected<void> CopyNativeTree(const std::string& source, const std::string& target, int depth) {
   if (depth > DeepestFolder) return Failure{"copy", source, ELOOP};
-  if (::mkdir(target.c_str(), 0777) != 0) return Failure{"mkdir", target, errno};
+  const auto own = StateOf(source);
+  if (!own) return Failure{"stat", source, errno};
+  // Whoever may not look into the source is kept out of the copy from its beginning.
+  if (::mkdir(target.c_str(), 0700) != 0) return Failure{"mkdir", target, errno};
   std::error_code error;
   for (std::filesystem::directory_iterator entry(source, error), last; !error && entry != last;
        entry.increment(error)) {
@@ -78,6 +81,8 @@ Expected<void> CopyNativeTree(const std::string& source, const std::string& targ
     if (!copied) return copied;
   }
   if (error) return Failure{"read", source, error.value()};
+  if (::chmod(target.c_str(), own->st_mode & PermissionBits) != 0)
+    return Failure{"chmod", target, errno};
   return {};
 }
 

@@ -39,8 +39,8 @@ std::string PngOf(unsigned width, std::size_t rest = 0) {
 TEST(TerminalPicture, is_shown_where_the_terminal_says_that_it_can) {
   for (const Variables& variables :
        {Variables{{"TERM", "xterm-kitty"}}, Variables{{"KITTY_WINDOW_ID", "1"}, {"TERM", "xterm"}},
-        Variables{{"TERM_PROGRAM", "WezTerm"}}, Variables{{"TERM_PROGRAM", "ghostty"}},
-        Variables{{"KONSOLE_VERSION", "220401"}},
+        Variables{{"TERM", "xterm-ghostty"}}, Variables{{"TERM_PROGRAM", "WezTerm"}},
+        Variables{{"TERM_PROGRAM", "ghostty"}}, Variables{{"KONSOLE_VERSION", "220401"}},
         Variables{{"RASTREL_PICTURES", "kitty"}, {"TERM", "dumb"}}}) {
     EXPECT_EQ(ProtocolIn(variables), PictureProtocol::Kitty);
   }

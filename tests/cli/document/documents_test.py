@@ -25,8 +25,9 @@ class Documents(unittest.TestCase):
         self.place = pathlib.Path(place.name)
 
     def run_command(self, *words, **variables):
-        subprocess.run([COMMAND, *map(str, words)], check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, env=dict(os.environ, **variables))
+        ended = subprocess.run([COMMAND, *map(str, words)], stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, env=dict(os.environ, **variables))
+        self.assertEqual(ended.returncode, 0, (words, ended.stderr.decode("utf-8", "replace")))
 
     def output(self, *words):
         return subprocess.run([*map(str, words)], check=True, capture_output=True, text=True,

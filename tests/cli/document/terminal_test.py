@@ -60,25 +60,27 @@ class Terminal(unittest.TestCase):
 
     def drawn(self, *words):
         file = self.place / "drawn.png"
-        subprocess.run([COMMAND, "view", EXAMPLE, *map(str, words), "-o", file], check=True,
-                       stdout=subprocess.DEVNULL)
+        ended = subprocess.run([COMMAND, "view", EXAMPLE, *map(str, words), "-o", file],
+                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.assertEqual(ended.returncode, 0, ended.stderr)
         return Picture(file)
 
     def test_view_shows_the_first_page_and_leaves_no_file(self):
         status, shown = self.on_terminal("kitty", "view", EXAMPLE, "--dpi", "20")
-        self.assertEqual(status, 0)
+        self.assertEqual(status, 0, shown[-2000:])
         self.assertIsNone(difference(self.picture_in(shown), self.drawn("--page", 1, "--dpi", 20)))
         self.assertIn(b"2 pages of 60 by 40 cm: 6 plates, 6 texts, 12 drill points\r\n", shown)
         self.assertNotIn(b"written to", shown)
         self.assertEqual(list(self.temporary.iterdir()), [])
 
     def test_view_shows_the_page_that_is_asked_for(self):
-        _, shown = self.on_terminal("kitty", "view", EXAMPLE, "--page", "2", "--dpi", "20")
+        status, shown = self.on_terminal("kitty", "view", EXAMPLE, "--page", "2", "--dpi", "20")
+        self.assertEqual(status, 0, shown[-2000:])
         self.assertIsNone(difference(self.picture_in(shown), self.drawn("--page", 2, "--dpi", 20)))
 
     def test_import_without_a_file_to_make_shows_the_page_no_larger_than_a_screen(self):
         status, shown = self.on_terminal("kitty", "import", EXAMPLE)
-        self.assertEqual(status, 0)
+        self.assertEqual(status, 0, shown[-2000:])
         self.assertIn(b"2 pages of 60 by 40 cm", shown)
         self.assertTrue(1000 < self.picture_in(shown).width <= 1600)
         self.assertEqual(list(self.temporary.iterdir()), [])
@@ -86,27 +88,27 @@ class Terminal(unittest.TestCase):
     def test_nothing_is_shown_where_a_file_or_json_is_asked_for(self):
         for words in (("import", EXAMPLE, "-o", self.place / "a.svg"), ("import", EXAMPLE, "--json")):
             status, shown = self.on_terminal("kitty", *words)
-            self.assertEqual(status, 0)
+            self.assertEqual(status, 0, shown[-2000:])
             self.assertNotIn(b"\x1b", shown)
             self.assertEqual(list(self.temporary.iterdir()), [])
 
     def test_a_terminal_without_pictures_gets_the_name_of_a_file_that_stays(self):
         status, shown = self.on_terminal("none", "view", EXAMPLE, "--dpi", "20")
-        self.assertEqual(status, 0)
+        self.assertEqual(status, 0, shown[-2000:])
         self.assertNotIn(b"\x1b", shown)
         name = re.search(r"written to (\S+)", shown.decode()).group(1)
         self.assertIsNone(difference(Picture(name), self.drawn("--page", 1, "--dpi", 20)))
 
     def test_a_document_too_large_for_a_picture_is_imported_all_the_same(self):
         status, shown = self.on_terminal("kitty", "import", EXAMPLE, "--blank", "99999x99999cm")
-        self.assertEqual(status, 0)
+        self.assertEqual(status, 0, shown[-2000:])
         self.assertIn(b"1 page of 99999 by 99999 cm", shown)
         self.assertNotIn(b"\x1b", shown)
         self.assertEqual(list(self.temporary.iterdir()), [])
 
     def test_a_view_that_can_not_be_drawn_leaves_no_file(self):
         status, shown = self.on_terminal("none", "view", EXAMPLE, "--blank", "99999x99999cm")
-        self.assertEqual(status, 1)
+        self.assertEqual(status, 1, shown[-2000:])
         self.assertNotIn(b"written to", shown)
         self.assertEqual(list(self.temporary.iterdir()), [])
 

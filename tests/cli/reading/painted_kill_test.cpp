@@ -5,18 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "interpreter/interpreter.h"
 #include "tests/cli/command_runner.h"
+#include "tests/support/process_file.h"
 #include "tests/support/scratch_directory.h"
+#include "tests/support/wait_until.h"
 
 namespace rastrel::cli {
 namespace {
@@ -25,11 +22,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* EndlessJob = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 99 99\n{} loop\n";
 
-std::string ReadAll(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // Processes that were started with that temporary directory, or one below it: the command, its
 // guardian, and the interpreter. A zombie has no environment.
 std::vector<std::string> NamesWith(const std::string& temporary) {
@@ -37,19 +29,11 @@ std::vector<std::string> NamesWith(const std::string& temporary) {
   std::error_code error;
   for (fs::directory_iterator entry("/proc", error), last; !error && entry != last;
        entry.increment(error)) {
-    const std::string variables = '\0' + ReadAll(entry->path() / "environ");
+    const std::string variables = '\0' + test::ProcessFile(entry->path(), "environ");
     if (variables.find(std::string(1, '\0') + "TMPDIR=" + temporary) == variables.npos) continue;
-    names.push_back(ReadAll(entry->path() / "comm"));
+    names.push_back(test::ProcessFile(entry->path(), "comm"));
   }
   return names;
-}
-
-bool WaitUntil(const std::function<bool()>& condition) {
-  for (int round = 0; round < 12'000; ++round) {
-    if (condition()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return false;
 }
 
 pid_t StartInspecting(const std::string& job, const std::string& temporary) {
@@ -75,12 +59,12 @@ TEST_P(PaintedKill, leaves_no_process_and_no_file) {
     const auto names = NamesWith(temporary.Path());
     return std::find(names.begin(), names.end(), "gs\n") != names.end();
   };
-  ASSERT_TRUE(WaitUntil(interprets));
+  ASSERT_TRUE(test::WaitUntil(interprets));
   EXPECT_FALSE(fs::is_empty(temporary.Path()));
   ASSERT_EQ(kill(command, GetParam()), 0);
   int status = 0;
   ASSERT_EQ(waitpid(command, &status, 0), command);
-  EXPECT_TRUE(WaitUntil([&] { return NamesWith(temporary.Path()).empty(); }));
+  EXPECT_TRUE(test::WaitUntil([&] { return NamesWith(temporary.Path()).empty(); }));
   EXPECT_TRUE(fs::is_empty(temporary.Path()));
 }
 

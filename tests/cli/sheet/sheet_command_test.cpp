@@ -333,6 +333,29 @@ TEST_F(SheetCommandTest, another_file_system_gets_the_same_text_in_a_file_like_a
   EXPECT_EQ(std::distance(fs::directory_iterator(memory.Path()), {}), 1);
 }
 
+TEST_F(SheetCommandTest,
+       a_text_gets_the_permissions_of_its_spreadsheet_and_is_its_owners_to_write) {
+  struct Case {
+    unsigned book, mask, text;
+  };
+  const MemoryScratchDirectory memory;
+  m_Command.Place().Write("book", TwoSheets().Bytes());
+  for (const Case& one : {Case{0600, 0022, 0600}, Case{0640, 0022, 0640}, Case{0644, 0077, 0600},
+                          Case{0444, 0022, 0644}, Case{0755, 0000, 0644}}) {
+    fs::permissions(m_Command.Place().Path("book"), static_cast<fs::perms>(one.book));
+    const mode_t before = ::umask(one.mask);
+    for (const std::string& target : {memory.Path("out.tsv"), m_Command.Place().Path("out.tsv")}) {
+      for (const char* option : {"--as-shown", "--faithful"}) {
+        fs::remove(target);
+        EXPECT_EQ(m_Command.Run({"sheet", "book", option, "-o", target}).status, 0);
+        EXPECT_EQ(static_cast<unsigned>(fs::status(target).permissions()), one.text)
+            << option << " " << target << " of " << std::oct << one.book << " " << one.mask;
+      }
+    }
+    ::umask(before);
+  }
+}
+
 TEST_F(SheetCommandTest, a_target_that_can_not_be_written_is_said) {
   fs::create_directory(m_Command.Place().Path("folder"));
   for (const char* target : {"folder", "none/out.tsv"}) {

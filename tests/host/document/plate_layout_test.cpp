@@ -196,6 +196,38 @@ TEST_F(PlateLayout, a_plate_whose_continuation_is_gone_is_continued_anew) {
   }
 }
 
+TEST_F(PlateLayout, panes_that_are_added_one_by_one_fill_pages_in_order) {
+  const ObjectHandle plate = Add(1, 20, 10);
+  for (int pane = 1; pane < 30; ++pane) application.AddPaneToPlateObject(plate);
+  const ObjectHandle second = Shape(plate).continuation;
+  const ObjectHandle third = Shape(second).continuation;
+  EXPECT_EQ(Shape(plate).panes.size(), 12U);
+  EXPECT_EQ(Shape(second).panes, Shape(plate).panes);
+  ASSERT_EQ(Shape(third).panes.size(), 6U);
+  EXPECT_EQ(Shape(third).panes[5], (CWorldRect{40, 30, 60, 20}));
+  EXPECT_EQ(Page(second), 2);
+  EXPECT_EQ(Page(third), 3);
+  EXPECT_EQ(Shape(third).continuation, 0U);
+}
+
+TEST_F(PlateLayout, panes_are_added_in_turn_to_several_plates_and_to_a_new_continuation) {
+  const ObjectHandle first = Add(12, 20, 10);
+  const ObjectHandle second = Add(12, 20, 10);
+  for (int pane = 0; pane < 3; ++pane) {
+    application.AddPaneToPlateObject(first);
+    application.AddPaneToPlateObject(second);
+  }
+  EXPECT_EQ(Shape(Shape(first).continuation).panes.size(), 3U);
+  EXPECT_EQ(Shape(Shape(second).continuation).panes.size(), 3U);
+  const ObjectHandle gone = Shape(second).continuation;
+  document.Destroy(gone);
+  application.AddPaneToPlateObject(second);
+  EXPECT_EQ(Shape(Shape(second).continuation).panes.size(), 1U);
+  application.AddPaneToPlateObject(gone);
+  application.AddPanesToPlateObject(first, 0);
+  EXPECT_EQ(Shape(Shape(first).continuation).panes.size(), 3U);
+}
+
 TEST_F(PlateLayout, a_plate_does_not_grow_over_the_one_below_it) {
   const ObjectHandle first = Add(1, 20, 10);
   const ObjectHandle second = Add(1, 30, 5);

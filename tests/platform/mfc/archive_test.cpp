@@ -330,8 +330,18 @@ TEST(AfxWriteStringLength, without_the_tag_the_length_stands_alone) {
 }
 
 TEST(CArchiveException, every_cause_has_its_message) {
-  for (int cause = 0; cause <= 8; ++cause)
-    EXPECT_STRNE(CArchiveException(static_cast<CArchiveException::Cause>(cause)).what(), "");
+  const char* const messages[] = {"no archive error",
+                                  "the archive failed",
+                                  "the archive is open for reading and was written to",
+                                  "the archive ends too early",
+                                  "the archive is open for writing and was read from",
+                                  "the archive holds a bad index",
+                                  "the archive holds an object of another class",
+                                  "the archive holds an object of another version",
+                                  "the archive failed"};
+  int cause = 0;
+  for (const char* const message : messages)
+    EXPECT_STREQ(CArchiveException(static_cast<CArchiveException::Cause>(cause++)).what(), message);
   EXPECT_EQ(CauseOf([] { AfxThrowArchiveException(CArchiveException::badSchema); }),
             CArchiveException::badSchema);
 }

@@ -171,6 +171,21 @@ TEST_F(OutputFileTest, a_finished_file_or_directory_is_taken_on_any_file_system)
   }
 }
 
+TEST_F(OutputFileTest, a_taken_directory_keeps_its_permissions_on_any_file_system) {
+  for (const ScratchDirectory* place : {&m_Place, static_cast<ScratchDirectory*>(&m_Other)}) {
+    const ScratchDirectory source;
+    source.Write("pages.cfm/p0001/plane", "plane");
+    fs::permissions(source.Path("pages.cfm"), fs::perms(0750));
+    fs::permissions(source.Path("pages.cfm/p0001"), fs::perms(0700));
+    auto taken =
+        OutputFile::Take(source.Path("pages.cfm"), place->Path("pages.cfm"), Existing::Refused);
+    ASSERT_TRUE(taken) << Describe(taken.Error());
+    ASSERT_TRUE(taken->Commit());
+    EXPECT_EQ(fs::status(place->Path("pages.cfm")).permissions(), fs::perms(0750));
+    EXPECT_EQ(fs::status(place->Path("pages.cfm/p0001")).permissions(), fs::perms(0700));
+  }
+}
+
 TEST_F(OutputFileTest, a_directory_is_replaced_as_a_whole_and_no_link_is_followed) {
   m_Other.Write("elsewhere/kept", "kept");
   m_Place.Write("pages.cfm/mine", "old");

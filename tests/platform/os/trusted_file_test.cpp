@@ -1,9 +1,11 @@
 #include "rastrel/platform/os/trusted_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "tests/support/ordinary_user.h"
@@ -13,6 +15,25 @@ namespace rastrel::os {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Gives a file an access list in the kernel's form, with user 1234 on it. `rights`: 4 read,
+// 2 write and 1 execute, of that user and of the mask. False, with errno, if it can't have one.
+//
+//   version 4 | entries: tag 2, rights 2, user or group 4 bytes, the lowest byte first
+bool GiveAccessList(const std::string& path, char rights) {
+  std::string list("\2\0\0\0", 4);
+  const auto add = [&list](char tag, char bits, const std::string& id) {
+    list += {tag, 0, bits, 0};
+    list += id;
+  };
+  const std::string none(4, '\xFF');
+  add(0x01, 7, none);                               // the owner
+  add(0x02, rights, std::string("\xD2\4\0\0", 4));  // user 1234
+  add(0x04, 5, none);                               // the group
+  add(0x10, rights, none);                          // the mask
+  add(0x20, 5, none);                               // all others
+  return ::setxattr(path.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) == 0;
+}
 
 class TrustedFile : public testing::Test {
  protected:
@@ -73,6 +94,20 @@ TEST_F(TrustedFile, is_none_that_a_group_of_others_may_write_to) {
   EXPECT_EQ(Complaint(), Refusal("top/bin/tool", "other users of its group may write to it"));
   ASSERT_EQ(::chown(m_Place.Path("top/bin/tool").c_str(), 0, 0), 0);
   EXPECT_EQ(Complaint(), "") << "root's own group has root alone";
+}
+
+// The bits of the file's group then say how much any of the list may do.
+TEST_F(TrustedFile, is_none_that_a_user_of_its_access_list_may_write_to) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser's own group is sure to have him alone";
+  ASSERT_EQ(::chown(m_Place.Path("top/bin/tool").c_str(), 0, 0), 0);
+  Set("top/bin/tool", 0775);
+  ASSERT_EQ(Complaint(), "");
+  const std::string path = m_Place.Path("top/bin/tool");
+  if (!GiveAccessList(path, 7))
+    GTEST_SKIP() << "the file system keeps no access lists: " << std::strerror(errno);
+  EXPECT_EQ(Complaint(), Refusal("top/bin/tool", "other users of its group may write to it"));
+  ASSERT_TRUE(GiveAccessList(path, 5));
+  EXPECT_EQ(Complaint(), "") << "who may only read it changes nothing";
 }
 
 TEST_F(TrustedFile, is_none_that_is_missing) {

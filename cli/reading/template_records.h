@@ -1,0 +1,28 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "rastrel/platform/os/expected.h"
+
+class CCROFileImport;
+class CLLXFileImport;
+
+namespace rastrel::cli {
+
+/// The records of a template, as objects of JSON (docs/formats/template-records.md): the template
+/// itself first, then a plate each. Values are the file's.
+using TemplateRecords = std::vector<nlohmann::ordered_json>;
+[[nodiscard]] TemplateRecords RecordsOf(const CCROFileImport& file);
+[[nodiscard]] TemplateRecords RecordsOf(const CLLXFileImport& file);
+
+/// As lines, each with a line feed. `path` is added to the first as the member "file".
+[[nodiscard]] std::string RecordLines(TemplateRecords records, const std::string& path);
+
+/// Whether a file is known for a cro or llx template by its extension. `path` is native.
+[[nodiscard]] bool HasRecords(const std::string& path);
+/// The lines of such a file. The failure is a message for the user.
+[[nodiscard]] Expected<std::string> ReadRecordLines(const std::string& path);
+
+}  // namespace rastrel::cli

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace rastrel::host {
+class Application;
+}  // namespace rastrel::host
+
+/// The host's plotters, of which a template may choose one.
+namespace rastrel::imports {
+
+/// A name of this many characters or more chooses no plotter.
+inline constexpr std::size_t PlotterNameSize = 200;
+/// Plotters that are looked at. A setting that counts more of them is broken.
+inline constexpr int MaxPlotters = 4096;
+
+/// Makes the first plotter of exactly that name the one in use (setting
+/// "plottersetup"/"DeviceUsed"). Without such a plotter the one in use stays.
+void ChoosePlotter(host::Application& application, std::wstring_view name);
+
+}  // namespace rastrel::imports
