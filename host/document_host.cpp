@@ -81,8 +81,8 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   GuardedGraphics graphics;
-  host::DialogViews* views = nullptr;
   graphics::GraphicLoader loader;
+  host::DialogViews* views = nullptr;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}

@@ -98,9 +98,9 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  bool m_ExpectsCutLine = false;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
-  bool m_ExpectsCutLine = false;
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off

@@ -24,7 +24,7 @@ namespace {
 constexpr double Radians = 3.14159265358979323846 / 180;
 constexpr double FullTurn = 360 * Radians;
 constexpr int DeepestBlock = 32;
-constexpr std::size_t MaximumInsertions = 1'000'000;
+constexpr std::size_t MaximumInsertions = 100'000;
 constexpr std::size_t MaximumNotedKinds = 16;
 constexpr std::size_t MaximumKindLength = 32;
 constexpr double SplineTolerance = 1e-5;  // world units

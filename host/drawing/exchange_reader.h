@@ -16,7 +16,7 @@ namespace rastrel::drawing {
 /// entities on paper, are left out. Entities of other kinds are left out with a note.
 ///
 /// Fails by the sink, and for a file that draws nothing or whose blocks would be drawn more than a
-/// million times.
+/// hundred thousand times.
 [[nodiscard]] Expected<void> ReadExchangeFile(std::string_view bytes, PathSink& sink);
 
 }  // namespace rastrel::drawing

@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -88,6 +89,8 @@ Expected<void> DrawInto(const Picture& picture, const Device& page, ScriptReader
     const cairo_matrix_t matrix = page.FromPoints();
     cairo_transform(context.get(), &matrix);
     drawn = picture.Draw(context.get());
+    // Pictures go on without the part that there was no memory for.
+    if (cairo_status(context.get()) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
     cairo_surface_finish(surface.get());
   }
   const bool read = reader.Finish();

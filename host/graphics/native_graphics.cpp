@@ -20,7 +20,7 @@ namespace {
 
 class Copier {
  public:
-  Copier(const Document& source, Document& target, int page)
+  Copier(const Document& source, Document& target, std::optional<int> page)
       : m_Source(source), m_Target(target), m_Page(page) {}
 
   std::vector<ObjectHandle> Copy(ObjectHandle sourceParent, ObjectHandle targetParent) {
@@ -48,7 +48,7 @@ class Copier {
     const bool group = std::holds_alternative<GroupShape>(object.shape);
     document::Attributes attributes = object.attributes;
     attributes.traits &= ~DBTRAIT_SELECTED;
-    attributes.pages = {m_Page, m_Page};
+    if (m_Page) attributes.pages = {*m_Page, *m_Page};
     const ObjectHandle copy =
         m_Target.Create(group ? Shape(GroupShape()) : object.shape, attributes);
     if (!m_Target.Insert(copy, parent)) return 0;
@@ -59,13 +59,14 @@ class Copier {
 
   const Document& m_Source;
   Document& m_Target;
-  int m_Page;
+  std::optional<int> m_Page;
   std::unordered_map<ObjectHandle, ObjectHandle> m_Copies;
 };
 
 }  // namespace
 
-std::vector<ObjectHandle> CopyObjects(const Document& source, Document& target, int page) {
+std::vector<ObjectHandle> CopyObjects(const Document& source, Document& target,
+                                      std::optional<int> page) {
   for (const auto& [number, layer] : source.SheetLayers()) target.AddSheetLayer(layer);
   Copier copier(source, target, page);
   auto copies = copier.Copy(host::DocumentRoot, host::DocumentRoot);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,12 +11,13 @@
 namespace rastrel::graphics {
 
 /// Copies all objects of one document into another, as its last, at the places and in the sizes
-/// that they have, on one page. Groups keep their members, and plates the plates that continue
-/// them. Sheet layers that the target lacks come along; colors are the objects' own. Returns the
-/// copies of the source's direct members, in their order; those that the target has no room for are
-/// missing.
+/// that they have, on one page or, without one, on the pages that they have. Groups keep their
+/// members, and plates the plates that continue them. Sheet layers that the target lacks come
+/// along; colors are the objects' own. Returns the copies of the source's direct members, in their
+/// order; those that the target has no room for are missing.
 std::vector<document::ObjectHandle> CopyObjects(const document::Document& source,
-                                                document::Document& target, int page);
+                                                document::Document& target,
+                                                std::optional<int> page = std::nullopt);
 
 /// Loads graphics of the host's own kind, which are document files (docs/formats/document.md), on
 /// the page on show, the first where all are.

@@ -142,7 +142,7 @@ TEST(NativeGraphics, plates_that_continue_each_other_still_do_as_copies) {
   std::get<PlateShape>(source.Edit(first)->shape).continuation = second;
   Document target;
   target.Insert(target.Create(DrillShape()), host::DocumentRoot);
-  const auto copies = graphics::CopyObjects(source, target, 1);
+  const auto copies = graphics::CopyObjects(source, target);
   ASSERT_EQ(copies.size(), 2U);
   EXPECT_EQ(std::get<PlateShape>(target.Find(copies[0])->shape).continuation, copies[1]);
   EXPECT_EQ(std::get<PlateShape>(target.Find(copies[1])->shape).continuation, 0U);

@@ -78,10 +78,6 @@ std::unique_ptr<Document> FullDocument() {
   graphic.width = 3;
   graphic.height = 4;
   document->Insert(document->Create(graphic), host::DocumentRoot);
-  graphic.extent = CWorldRect{0.5, 3.5, 2.5, 1};
-  graphic.reason = L"it has a gradient";
-  document->Insert(drawing, host::DocumentRoot);
-  document->Insert(document->Create(graphic), host::DocumentRoot);
 
   ArcTextShape arc;
   arc.center = {4, 5.5};
@@ -90,6 +86,11 @@ std::unique_ptr<Document> FullDocument() {
   arc.justification = JUSTIFY_RIGHT;
   arc.run = {L"Round & round", L"arial", 2, L"DejaVu Sans", 180.5, ink, true};
   document->Insert(document->Create(arc), host::DocumentRoot);
+
+  graphic.extent = CWorldRect{0.5, 3.5, 2.5, 1};
+  graphic.reason = L"it has a gradient";
+  document->Insert(drawing, host::DocumentRoot);
+  document->Insert(document->Create(graphic), host::DocumentRoot);
   return document;
 }
 
@@ -167,8 +168,8 @@ TEST(DocumentFile, a_fault_is_reported_with_its_place) {
       {"\"continuation\": 0", "\"continuation\": 1", "/objects/0/continuation: is no later plate"},
       {"\"continuation\": 0", "\"continuation\": 3", "plate 2 is continued by no plate"},
       {"\"id\": 3", "\"id\": 2", "/objects/1/id: is taken"},
-      {"\"radius\": 2.54", "\"radius\": 0", "/objects/6/radius: is not above 0"},
-      {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/6: lacks \"frame\""},
+      {"\"radius\": 2.54", "\"radius\": 0", "/objects/4/radius: is not above 0"},
+      {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/4: lacks \"frame\""},
       {"\"file\": \"JSF", "\"file\": \"?SF", "/objects/3/file: is no base 64"},
       {"\"spot\": true", "\"spot\": 1", "spot: is neither true nor false"},
       {"\"name\": \"White\"", "\"name\": \"Black\"", "/palette/1: names a colour twice"},
