@@ -80,12 +80,16 @@ TextShape PlateText::Set(const std::vector<LineRequest>& lines, TemplateFonts& f
   const double room = m_Frame.top - m_Frame.bottom - 2 * m_Margin;
   const double between =
       m_Spread && total < room ? (room - total) / static_cast<double>(lines.size()) : 0;
+  double before = 0;  // the size of the line above
   for (const LineRequest& line : lines) {
     const double size = line.height > 0 ? line.height : share / LineHeight;
+    // From base line to base line; of the first line it does not count.
+    const double leading = before * (LineHeight - AboveBaseLine) + size * AboveBaseLine + between;
+    before = size;
     document::TextLine& added = text.lines.emplace_back();
     added.justification = JUSTIFY_CENTER;
     added.size = host::TextFromWorld(size);
-    added.leading = host::TextFromWorld((size * LineHeight + between) * WithinRoom);
+    added.leading = host::TextFromWorld(leading * WithinRoom);
     if (line.text.empty()) continue;
     if (auto run = fonts.Run(line.text, line.font, size)) added.runs.push_back(std::move(*run));
   }

@@ -19,6 +19,8 @@ struct LineRequest {
 /// The height of a line in heights of its letters: it holds ascenders, descenders and the room
 /// between lines.
 inline constexpr double LineHeight = 1.2;
+/// The part of it that is above the base line; the rest is below.
+inline constexpr double AboveBaseLine = 0.95;
 
 /// The least room at the left and the right of a plate's text, as a part of the frame's width: no
 /// letter touches the plate's edge.

@@ -167,8 +167,9 @@ TEST_F(CroLayoutTest, lines_share_the_plates_height_less_its_margins) {
   const TextShape& text = Text(0);
   ExpectRect(text.frame, {0, 20, 5 * Inch, 20 - 3.5 * Inch});
   ASSERT_EQ(text.lines.size(), 3U);
+  EXPECT_NEAR(LeadingOf(text.lines[1]), 1.0 * Inch, Near) << "a third of 3 inches";
+  EXPECT_NEAR(LeadingOf(text.lines[2]), 1.0 * Inch, Near);
   for (const auto& line : text.lines) {
-    EXPECT_NEAR(LeadingOf(line), 1.0 * Inch, Near) << "a third of 3 inches";
     EXPECT_NEAR(SizeOf(line), 1.0 * Inch / LineRoom, Near);
     EXPECT_EQ(line.justification, JUSTIFY_CENTER);
     EXPECT_EQ(line.runs.at(0).font, L"DejaVu Sans");
@@ -202,11 +203,12 @@ TEST_F(CroLayoutTest, a_line_of_its_own_height_leaves_the_rest_to_the_others) {
                   Plates({"<TEXT>a</TEXT><TEXT>b</TEXT><TEXT>c</TEXT>"})));
   const TextShape& text = Text(0);
   EXPECT_NEAR(SizeOf(text.lines.at(1)), 0.5 * Inch, Near);
-  EXPECT_NEAR(LeadingOf(text.lines.at(1)), 0.6 * Inch, Near);
+  // A quarter of a line's letters is below its base line, and 0.95 of the next one's above theirs.
+  EXPECT_NEAR(LeadingOf(text.lines.at(1)), (0.25 * 1.0 + 0.95 * 0.5) * Inch, Near);
+  EXPECT_NEAR(LeadingOf(text.lines.at(2)), (0.25 * 0.5 + 0.95 * 1.0) * Inch, Near);
   EXPECT_EQ(text.lines.at(1).runs.at(0).font, L"DejaVu Serif");
   for (const std::size_t other : {0U, 2U}) {
-    EXPECT_NEAR(LeadingOf(text.lines.at(other)), 1.2 * Inch, Near) << "half of 2.4 inches";
-    EXPECT_NEAR(SizeOf(text.lines.at(other)), 1.0 * Inch, Near);
+    EXPECT_NEAR(SizeOf(text.lines.at(other)), 1.0 * Inch, Near) << "of half of 2.4 inches";
     EXPECT_EQ(text.lines.at(other).runs.at(0).font, L"DejaVu Sans");
   }
 }
@@ -262,11 +264,11 @@ TEST_F(CroLayoutTest, lines_with_heights_are_a_block_in_the_middle_or_spread_ove
   const std::string lines = "<TEMPLATETEXT line=\"0\"><HEIGHT>0.5</HEIGHT></TEMPLATETEXT>" +
                             Plates({"<TEXT>il</TEXT><TEXT>li</TEXT>"});
   ASSERT_TRUE(Cro(Size("5", "3") + lines));
-  EXPECT_NEAR(LeadingOf(Text(0).lines.at(0)), 0.6 * Inch, Near);
+  EXPECT_NEAR(LeadingOf(Text(0).lines.at(1)), 0.6 * Inch, Near);
   ASSERT_TRUE(
       Cro(Size("5", "3") + "<VERTICALSPACING><MARGINS>0.3</MARGINS></VERTICALSPACING>" + lines));
   // 2.4 inches less 1.2: each line has 0.6 more.
-  EXPECT_NEAR(LeadingOf(Text(1).lines.at(0)), 1.2 * Inch, Near);
+  EXPECT_NEAR(LeadingOf(Text(1).lines.at(1)), 1.2 * Inch, Near);
   const auto rows = Measured("text");
   ASSERT_EQ(rows.size(), 2U);
   EXPECT_NEAR(rows[0].at(1) - rows[1].at(1), 0.6 * 25.4, Hundredth);
@@ -304,11 +306,14 @@ TEST_F(CroLayoutTest, a_line_wider_than_its_room_is_squeezed_and_the_notice_says
 TEST_F(CroLayoutTest, lines_higher_than_their_plate_are_made_smaller_with_a_notice) {
   ASSERT_TRUE(Cro(Size("5", "1") + "<TEMPLATETEXT line=\"1\"><HEIGHT>2</HEIGHT></TEMPLATETEXT>" +
                   Plates({"<TEXT>i</TEXT><TEXT>l</TEXT>"})));
-  // Both lines count 2.4 inches: the one without a height has the lowest of the others.
+  // Both are of 2 inches, since the one without a height has the lowest of the others: 2.4 from
+  // base line to base line, the ascent of the first and the descent of the last, 2384 of 2048
+  // units.
+  EXPECT_NEAR(1 / (2.4 + 2 * 2384 / 2048.0), 0.212, 0.0005);
   ASSERT_EQ(m_Host.GetNotices().Texts().size(), 1U);
   EXPECT_EQ(m_Host.GetNotices().Texts()[0],
             L"plate 1: its lines are higher than the plate between its margins, and are made "
-            L"smaller, to 20.8 percent");
+            L"smaller, to 21.2 percent");
   const text::TextLayout layout(Text(0), m_Host.GetFonts());
   for (const auto& line : layout.Lines()) {
     EXPECT_LE(line.baseline + line.ascent, 20 / Inch * 72 + 1e-6);
@@ -349,7 +354,7 @@ TEST_F(CroLayoutTest, heights_that_no_letter_has_are_passed_over_with_a_notice) 
                   "<TEMPLATETEXT line=\"1\"><HEIGHT>-1</HEIGHT></TEMPLATETEXT>"
                   "<TEMPLATETEXT line=\"2\"><HEIGHT>1e30</HEIGHT></TEMPLATETEXT>" +
                   Plates({"<TEXT>i</TEXT><TEXT>l</TEXT>"})));
-  EXPECT_NEAR(LeadingOf(Text(0).lines.at(0)), 1.5 * Inch, Near);
+  EXPECT_NEAR(LeadingOf(Text(0).lines.at(1)), 1.5 * Inch, Near);
   EXPECT_EQ(m_Host.GetNotices().Texts().size(), 2U);
 }
 
@@ -510,6 +515,26 @@ TEST_F(CroLayoutTest, a_graphic_of_several_objects_is_a_group_on_each_plate) {
     EXPECT_NEAR(box.xmax - box.xmin, 2 * Inch, Near);
     EXPECT_NEAR(box.ymax - box.ymin, 2 * Inch * 2 / 5, Near);
     EXPECT_NEAR(box.ymin, 20 - 3 * Inch, Near);
+  }
+}
+
+// The rectangle is 6 by 3 of a page of 10 by 5: a graphic's size is that of its drawn part.
+TEST_F(CroLayoutTest, a_vector_file_is_paths_of_the_size_that_the_template_asks_for) {
+  m_Directory.Write(
+      "box.svg",
+      "<svg xmlns='http://www.w3.org/2000/svg' width='100mm' height='50mm' "
+      "viewBox='0 0 10 5'><rect x='2' y='1' width='6' height='3' fill='#f00'/></svg>");
+  ASSERT_TRUE(Cro(Size("5", "3") +
+                  "<TEMPLATEGRAPHIC name=\"a\"><FILE>box.svg</FILE><WIDTH>3</WIDTH>"
+                  "<ORIGIN>bottom left</ORIGIN></TEMPLATEGRAPHIC>" +
+                  Plates({"<GRAPHIC>a</GRAPHIC>", "<GRAPHIC>a</GRAPHIC>"})));
+  ASSERT_EQ(All<document::PathShape>().size(), 2U);
+  for (const std::size_t i : {0U, 1U}) {
+    const BOUNDS box = Graphics().at(i);
+    EXPECT_NEAR(box.xmin, static_cast<double>(i) * 5 * Inch, 1e-3);
+    EXPECT_NEAR(box.xmax - box.xmin, 3 * Inch, 1e-3);
+    EXPECT_NEAR(box.ymin, 20 - 3 * Inch, 1e-3);
+    EXPECT_NEAR(box.ymax - box.ymin, 1.5 * Inch, 1e-3);
   }
 }
 
