@@ -91,6 +91,9 @@ TemplateSource SourceOf(const std::string& path) {
 Expected<void> CheckTemplateFile(const std::string& path) {
   if (!os::Exists(os::FromNative(path))) return Refused(path, "there is no such file");
   if (os::IsDirectory(os::FromNative(path))) return Refused(path, "it is a directory");
+  std::error_code ignored;
+  if (!fs::is_regular_file(os::ToNative(os::FromNative(path)), ignored))
+    return Refused(path, "it is no regular file");
   return {};
 }
 

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -176,6 +177,20 @@ TEST_F(ImportFormats, a_file_that_its_reader_repairs_is_imported_by_its_extensio
                             {"--json"});
   EXPECT_EQ(result.status, 0) << result.output << result.error;
   EXPECT_EQ(Summary(result)["plates"], 1);
+}
+
+// A pipe that nobody writes to would be waited for without end.
+TEST_F(ImportFormats, a_pipe_is_refused_as_template_and_as_table) {
+  const std::string pipe = m_Command.Place().Path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  m_Command.Place().Write("a.llx", Llx("{Name}"));
+  const auto import = m_Command.Run({"import", "pipe"});
+  EXPECT_EQ(import.status, 3);
+  EXPECT_EQ(import.error, "rastrel: can't import 'pipe': it is no regular file\n");
+  EXPECT_EQ(m_Command.Run({"merge", "pipe", "--data", "none.csv"}).status, 3);
+  const auto table = m_Command.Run({"merge", "a.llx", "--data", "pipe"});
+  EXPECT_EQ(table.status, 3);
+  EXPECT_EQ(table.error, "rastrel: pipe: it is no regular file\n");
 }
 
 TEST_F(ImportFormats, strict_findings_of_other_formats_have_file_and_line) {
