@@ -55,11 +55,11 @@ bool HostFiles::WritePlotter(const std::wstring& section, const std::wstring& ke
 
 std::wstring HostFiles::ImportDirectory() {
   if (!m_ImportDirectory) {
-    auto made = os::PrivateDirectory::Make("rastrel-import-");
+    auto made = interpreter::TaskPlace::Make("rastrel-import-");
     if (!made) return {};
     m_ImportDirectory.emplace(std::move(*made));
   }
-  return os::FromNative(m_ImportDirectory->Path());
+  return os::FromNative(m_ImportDirectory->Directory());
 }
 
 }  // namespace rastrel::document

@@ -3,14 +3,14 @@
 #include <optional>
 
 #include "host/document/program_files.h"
+#include "interpreter/task_place.h"
 #include "rastrel/platform/host/host.h"
-#include "rastrel/platform/os/private_directory.h"
 
 namespace rastrel::document {
 
 /// The files of the embedded host: plotters under `plotters` of the data root, one file each
 /// (docs/formats/settings.md), and a private directory that is made when it is first asked for and
-/// removed with this object.
+/// removed with this object, or by a guardian if this process is killed.
 class HostFiles : public ProgramFiles {
  public:
   /// The settings must outlive the object. `plottersetup`, `DeviceUsed` is the plotter in use.
@@ -26,7 +26,7 @@ class HostFiles : public ProgramFiles {
 
  private:
   host::Settings& m_Settings;
-  std::optional<os::PrivateDirectory> m_ImportDirectory;
+  std::optional<interpreter::TaskPlace> m_ImportDirectory;
 };
 
 }  // namespace rastrel::document

@@ -173,15 +173,6 @@ Expected<void> Read(Running& running, const ShortRun& run, Limits& limits, Short
 
 }  // namespace
 
-Expected<TaskPlace> TaskPlace::Make(const char* prefix) {
-  auto guardian = Guardian::Start(HeldStreams::None);
-  if (!guardian) return guardian.Error();
-  auto directory = os::PrivateDirectory::Make(
-      prefix, [&](const std::string& path) { return guardian->Guard(path); });
-  if (!directory) return directory.Error();
-  return TaskPlace(std::move(*guardian), std::move(*directory));
-}
-
 Failure NotStarted(const Failure& failure) {
   return FailureOf("the interpreter can't be started: " + Describe(failure));
 }

@@ -5,36 +5,14 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "interpreter/guarded_process.h"
-#include "interpreter/guardian.h"
+#include "interpreter/task_place.h"
 #include "interpreter/wall.h"
 #include "rastrel/platform/os/expected.h"
-#include "rastrel/platform/os/private_directory.h"
 
 namespace rastrel::interpreter {
-
-/// The place of one task: a private directory, and the guardian that removes it if this process
-/// ends first.
-class TaskPlace {
- public:
-  /// Any thread may; the place is used and ended on that thread. The directory's name begins with
-  /// `prefix`.
-  [[nodiscard]] static Expected<TaskPlace> Make(const char* prefix);
-
-  /// Native path of the directory.
-  [[nodiscard]] const std::string& Directory() const { return m_Directory.Path(); }
-  [[nodiscard]] Guardian& Guard() { return m_Guardian; }
-
- private:
-  TaskPlace(Guardian guardian, os::PrivateDirectory directory)
-      : m_Guardian(std::move(guardian)), m_Directory(std::move(directory)) {}
-
-  Guardian m_Guardian;  // outlives the directory
-  os::PrivateDirectory m_Directory;
-};
 
 /// An interpreter that does one task and ends. It works in the place's directory.
 struct ShortRun {

@@ -11,12 +11,12 @@
 #include "cli/document/readable_directories.h"
 #include "cli/document/template_reader.h"
 #include "cli/input/xml_input.h"
+#include "interpreter/task_place.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/private_directory.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
@@ -52,29 +52,30 @@ bool NeedsOwnName(TemplateFormat format) {
   return format == TemplateFormat::Abb || format == TemplateFormat::BrightStar;
 }
 
-// A copy of a template for a reader that writes beside it or wants another name.
+// A copy of a template for a reader that writes beside it or wants another name. It goes also if
+// the command is killed.
 class PrivateCopy {
  public:
   static Expected<PrivateCopy> Make(const std::string& file, TemplateFormat format) {
-    auto directory = os::PrivateDirectory::Make("rastrel-import-");
-    if (!directory) return directory.Error();
+    auto place = interpreter::TaskPlace::Make("rastrel-import-");
+    if (!place) return place.Error();
     std::string extension = fs::path(file).extension();
     if (!HasReaderExtension(format, file)) extension = "." + std::string(ReaderExtensions(format));
-    std::string copy = directory->Path() + "/" + fs::path(file).stem().string() + extension;
+    std::string copy = place->Directory() + "/" + fs::path(file).stem().string() + extension;
     if (auto done =
             os::CopyFileOver(os::FromNative(file), os::FromNative(copy), os::Access::Private);
         !done)
       return done.Error();
-    return PrivateCopy(*std::move(directory), std::move(copy));
+    return PrivateCopy(*std::move(place), std::move(copy));
   }
   [[nodiscard]] const std::string& Path() const { return m_Path; }
-  [[nodiscard]] const std::string& Directory() const { return m_Directory.Path(); }
+  [[nodiscard]] const std::string& Directory() const { return m_Place.Directory(); }
 
  private:
-  PrivateCopy(os::PrivateDirectory directory, std::string path)
-      : m_Directory(std::move(directory)), m_Path(std::move(path)) {}
+  PrivateCopy(interpreter::TaskPlace place, std::string path)
+      : m_Place(std::move(place)), m_Path(std::move(path)) {}
 
-  os::PrivateDirectory m_Directory;
+  interpreter::TaskPlace m_Place;
   std::string m_Path;
 };
 
