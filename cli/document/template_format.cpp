@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/input/xml_input.h"
+#include "cli/reading/template_records.h"
 #include "rastrel/imports/file_extension.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
@@ -152,7 +153,7 @@ Expected<TemplateFormat> FormatOfRoot(const XmlNode& root) {
     return HasChild(root, {L"Units", L"Rotation", L"Driver"}) ? TemplateFormat::Zml
                                                               : TemplateFormat::Cr2;
   if (name == L"ENGRAVINGTEMPLATE")
-    return HasChild(root, {L"table_size"}) ? TemplateFormat::Zml : TemplateFormat::Cro;
+    return IsCroRoot(root) ? TemplateFormat::Cro : TemplateFormat::Zml;
   return FormatBelow(root, name);
 }
 

@@ -13,11 +13,20 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/xml/failure.h"
+#include "rastrel/xml/layer.h"
 
 namespace rastrel::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+// A file that is no XML, or that this machine can't parse, is none, whatever the reason.
+bool IsCroFile(const std::string& path) {
+  if (!CheckXmlParser()) return false;
+  const XmlNode root = LoadXmlFile(ReaderPath(path));
+  if (!root) static_cast<void>(xml::TakeXmlFailure());
+  return root && IsCroRoot(root);
+}
 
 std::string Text(const CString& text) { return os::Utf8FromWide(text); }
 
@@ -145,8 +154,15 @@ std::string RecordLines(TemplateRecords records, const std::string& path) {
   return lines;
 }
 
+bool IsCroRoot(const XmlNode& root) {
+  std::wstring name;
+  return NodeBaseName(root, name) && name == L"ENGRAVINGTEMPLATE" &&
+         !FirstChildNamed(root, L"table_size");
+}
+
 bool HasRecords(const std::string& path) {
   const std::wstring extension = imports::FileExtension(os::FromNative(path));
+  if (extension == L"xml") return IsCroFile(path);
   return extension == L"cro" || extension == L"crx" || extension == L"cml" || extension == L"llx";
 }
 

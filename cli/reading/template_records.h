@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/xml/node.h"
 
 class CCROFileImport;
 class CLLXFileImport;
@@ -17,10 +18,15 @@ using TemplateRecords = std::vector<nlohmann::ordered_json>;
 [[nodiscard]] TemplateRecords RecordsOf(const CCROFileImport& file);
 [[nodiscard]] TemplateRecords RecordsOf(const CLLXFileImport& file);
 
+/// Whether a root is that of a cro template. The second generation of Crown Trophy may use the same
+/// name, and has a size of its table.
+[[nodiscard]] bool IsCroRoot(const XmlNode& root);
+
 /// As lines, each with a line feed. `path` is added to the first as the member "file".
 [[nodiscard]] std::string RecordLines(TemplateRecords records, const std::string& path);
 
-/// Whether a file is known for a cro or llx template by its extension. `path` is native.
+/// Whether a file is a cro or llx template: by its extension, or a cro one with the extension "xml"
+/// by its root. `path` is native.
 [[nodiscard]] bool HasRecords(const std::string& path);
 /// The lines of such a file. The failure is a message for the user.
 [[nodiscard]] Expected<std::string> ReadRecordLines(const std::string& path);

@@ -192,6 +192,44 @@ TEST(InspectionLine, control_characters_of_a_file_do_not_reach_the_terminal) {
   EXPECT_EQ(line.find('\x07'), std::string::npos);
 }
 
+const std::string Cro =
+    "<?xml version='1.0'?>\n<ENGRAVINGTEMPLATE><TEMPLATENAME>Doors</TEMPLATENAME>"
+    "<PLATES><PLATE><TEXT>101</TEXT></PLATE></PLATES></ENGRAVINGTEMPLATE>";
+
+TEST(Inspect, a_cro_template_named_xml_gives_the_records_that_it_gives_named_cro) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("doors.cro", Cro);
+  command.Place().Write("doors.xml", Cro);
+  const auto own = command.Run({"inspect", "doors.cro"});
+  const auto other = command.Run({"inspect", "doors.xml"});
+  EXPECT_EQ(own.status, 0) << own.error;
+  EXPECT_EQ(other.status, 0) << other.error;
+  ASSERT_EQ(other.Lines().size(), 2U) << other.output;
+  auto first = nlohmann::json::parse(other.Lines()[0]);
+  EXPECT_EQ(first["format"], "cro");
+  EXPECT_EQ(first["name"], "Doors");
+  EXPECT_EQ(first["file"], "doors.xml");
+  first["file"] = "doors.cro";
+  EXPECT_EQ(first, nlohmann::json::parse(own.Lines()[0]));
+  EXPECT_EQ(other.Lines()[1], own.Lines()[1]);
+  EXPECT_EQ(command.Run({"inspect", "doors.xml", "--tsv"}).status, 3);
+}
+
+TEST(Inspect, other_files_named_xml_are_inspected_as_any_file) {
+  CommandRunner command(CommandRunner::Children::None);
+  command.Place().Write("plates.xml", "<A><ENGRAVINGTEMPLATE/></A>");
+  command.Place().Write("zml.xml", "<ENGRAVINGTEMPLATE><table_size/></ENGRAVINGTEMPLATE>");
+  command.Place().Write("broken.xml", "<ENGRAVINGTEMPLATE>");
+  command.Place().Write("sign.xml", Sign);
+  for (const char* name : {"plates.xml", "zml.xml", "broken.xml"}) {
+    const auto result = command.Run({"inspect", name, "--json"});
+    EXPECT_EQ(nlohmann::json::parse(result.output)["kind"], "neither") << name;
+  }
+  const auto sign = command.Run({"inspect", "sign.xml", "--json"});
+  EXPECT_EQ(nlohmann::json::parse(sign.output)["kind"], "EPS");
+  EXPECT_NE(command.Run({"inspect", "none.xml"}).status, 0);
+}
+
 TEST(PostScriptText, escapes_are_read_as_the_language_has_them) {
   EXPECT_EQ(PostScriptText("a\\050\\51\\1012\\\\\\(\\n\\x"), "a()A2\\(\nx");
   EXPECT_EQ(PostScriptText("\\351 \xE9"), "\xC3\xA9 \xC3\xA9");
