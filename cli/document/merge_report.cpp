@@ -10,6 +10,7 @@
 #include "cli/console/json_text.h"
 #include "cli/document/text_findings.h"
 #include "host/document/document.h"
+#include "host/text/arc_layout.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_check.h"
 #include "host/text/text_layout.h"
@@ -29,6 +30,11 @@ void AddOnce(std::vector<std::string>& list, std::string text) {
   if (std::ranges::find(list, text) == list.end()) list.push_back(std::move(text));
 }
 
+std::string Shortened(std::wstring text) {
+  if (text.size() > ShownCharacters) text = text.substr(0, ShownCharacters) + L"...";
+  return os::Utf8FromWide(text);
+}
+
 std::string BeginningOf(const document::TextShape& shape) {
   std::wstring text;
   for (const document::TextLine& line : shape.lines) {
@@ -36,8 +42,11 @@ std::string BeginningOf(const document::TextShape& shape) {
     for (const document::TextRun& run : line.runs) text += run.text;
     if (text.size() > ShownCharacters) break;
   }
-  if (text.size() > ShownCharacters) text = text.substr(0, ShownCharacters) + L"...";
-  return os::Utf8FromWide(text);
+  return Shortened(std::move(text));
+}
+
+int PercentOf(double needed) {
+  return static_cast<int>(std::min(std::ceil(needed * 100 - 1e-6), 1e6));
 }
 
 // How far a text is beyond its frame; a percentage of at most 100 if it fits.
@@ -60,27 +69,50 @@ OverflowedText OverflowOf(const document::TextShape& shape, const text::TextLayo
       needed = std::max(needed, line.width / room);
     }
   }
-  found.percent = static_cast<int>(std::min(std::ceil(needed * 100 - 1e-6), 1e6));
+  found.percent = PercentOf(needed);
   return found;
 }
 
-void CheckText(const document::Object& object, const text::FontCatalog& fonts, RowReport& row) {
-  const auto& shape = std::get<document::TextShape>(object.shape);
-  for (const document::TextLine& line : shape.lines) {
-    for (const document::TextRun& run : line.runs) {
-      if (!run.replacement.empty()) AddOnce(row.missingFonts, os::Utf8FromWide(run.font));
-    }
-  }
-  const text::TextLayout layout(shape, fonts);
-  OverflowedText overflow = OverflowOf(shape, layout);
+// The frame of a text on a circle is the circle's length.
+OverflowedText OverflowOf(const text::ArcLayout& layout) {
+  const text::PlacedRun& run = layout.Run();
+  OverflowedText found;
+  found.squeezed = layout.IsSqueezed();
+  if (found.squeezed) found.beyondMm = run.width * (1 - run.scaleX) * MillimetresPerPoint;
+  found.percent = PercentOf(1 / run.scaleX);
+  return found;
+}
+
+void CheckFont(const document::TextRun& run, RowReport& row) {
+  if (!run.replacement.empty()) AddOnce(row.missingFonts, os::Utf8FromWide(run.font));
+}
+
+// Adds the overflow of a text that begins like `beginning`, and what can't be seen of it.
+template <typename Shape, typename Layout>
+void AddFaults(const Shape& shape, const Layout& layout, OverflowedText overflow,
+               std::string beginning, RowReport& row) {
   if (overflow.percent > 100) {
-    overflow.text = BeginningOf(shape);
+    overflow.text = std::move(beginning);
     row.overflowed.push_back(std::move(overflow));
   }
   if (const auto unseen = text::InvisibleTextNotice(shape, layout, 1))
     AddOnce(row.notes, os::Utf8FromWide(*unseen));
   if (const auto missing = text::MissingLettersNotice(shape, layout))
     AddOnce(row.notes, os::Utf8FromWide(*missing));
+}
+
+void CheckText(const document::Object& object, const text::FontCatalog& fonts, RowReport& row) {
+  if (const auto* arc = std::get_if<document::ArcTextShape>(&object.shape)) {
+    CheckFont(arc->run, row);
+    const text::ArcLayout layout(*arc, fonts);
+    return AddFaults(*arc, layout, OverflowOf(layout), Shortened(arc->run.text), row);
+  }
+  const auto& shape = std::get<document::TextShape>(object.shape);
+  for (const document::TextLine& line : shape.lines) {
+    for (const document::TextRun& run : line.runs) CheckFont(run, row);
+  }
+  const text::TextLayout layout(shape, fonts);
+  AddFaults(shape, layout, OverflowOf(shape, layout), BeginningOf(shape), row);
 }
 
 std::string Sentence(const OverflowedText& text) {
@@ -168,7 +200,7 @@ void CheckTexts(const document::DocumentHost& host, std::size_t platesARow,
   const auto& members = document.Members(host::DocumentRoot);
   for (std::size_t i = 0; i < members.size(); ++i) {
     const document::Object& object = *document.Find(members[i]);
-    if (!std::holds_alternative<document::TextShape>(object.shape)) continue;
+    if (!IsText(object)) continue;
     const std::size_t pane = finder.Find(document, members[i]);
     if (pane < panes.size() && pane / platesARow < rows.size())
       CheckText(object, host.GetFonts(), *rows[pane / platesARow]);
@@ -180,8 +212,7 @@ void CheckTextsOfRow(const document::DocumentHost& host, RowReport& row) {
   const document::Document& document = host.GetDocument();
   for (const host::ObjectHandle member : document.Members(host::DocumentRoot)) {
     const document::Object& object = *document.Find(member);
-    if (std::holds_alternative<document::TextShape>(object.shape))
-      CheckText(object, host.GetFonts(), row);
+    if (IsText(object)) CheckText(object, host.GetFonts(), row);
   }
 }
 

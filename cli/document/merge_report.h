@@ -13,11 +13,11 @@
 
 namespace rastrel::cli {
 
-/// A text that is longer or higher than its frame has room for.
+/// A text that is longer or higher than its frame has room for, or longer than its circle.
 struct OverflowedText {
   std::string text;       ///< its first characters, UTF-8
   double beyondMm = 0;    ///< millimetres that the longest line lacks; 0 if only the height does
-  int percent = 0;        ///< percent of the frame that the text would need, above 100
+  int percent = 0;        ///< percent of the frame or circle that the text would need, above 100
   bool squeezed = false;  ///< it was made to fit; else it is drawn beyond its frame
 };
 

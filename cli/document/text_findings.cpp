@@ -4,6 +4,7 @@
 #include <limits>
 #include <variant>
 
+#include "host/text/arc_layout.h"
 #include "host/text/text_check.h"
 #include "host/text/text_layout.h"
 #include "rastrel/platform/os/text.h"
@@ -22,21 +23,36 @@ double DistanceTo(const CWorldRect& pane, double x, double y) {
   return across * across + up * up;
 }
 
-}  // namespace
-
-std::vector<std::string> TextFindings(const document::Object& object,
-                                      const text::FontCatalog& fonts) {
-  const auto& shape = std::get<document::TextShape>(object.shape);
-  const text::TextLayout layout(shape, fonts);
+template <typename Layout, typename Shape>
+std::vector<std::string> FindingsOf(const Shape& shape, const text::FontCatalog& fonts,
+                                    const char* squeezed) {
+  const Layout layout(shape, fonts);
   std::vector<std::string> found;
   if (const auto unseen = text::InvisibleTextNotice(shape, layout, 1)) {
     found.push_back(os::Utf8FromWide(*unseen));
   } else if (layout.IsSqueezed()) {
-    found.emplace_back("the text does not fit between its margins as it is, and is squeezed");
+    found.emplace_back(squeezed);
   }
   if (const auto missing = text::MissingLettersNotice(shape, layout))
     found.push_back(os::Utf8FromWide(*missing));
   return found;
+}
+
+}  // namespace
+
+bool IsText(const document::Object& object) {
+  return std::holds_alternative<document::TextShape>(object.shape) ||
+         std::holds_alternative<document::ArcTextShape>(object.shape);
+}
+
+std::vector<std::string> TextFindings(const document::Object& object,
+                                      const text::FontCatalog& fonts) {
+  if (const auto* arc = std::get_if<document::ArcTextShape>(&object.shape))
+    return FindingsOf<text::ArcLayout>(*arc, fonts,
+                                       "the text is longer than its circle, and is squeezed");
+  return FindingsOf<text::TextLayout>(
+      std::get<document::TextShape>(object.shape), fonts,
+      "the text does not fit between its margins as it is, and is squeezed");
 }
 
 std::vector<PlacedPane> PanesOf(const document::Document& document) {

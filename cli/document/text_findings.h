@@ -10,8 +10,11 @@
 
 namespace rastrel::cli {
 
+/// Whether an object is a text, in lines or on a circle.
+[[nodiscard]] bool IsText(const document::Object& object);
+
 /// The faults of a text as it was laid out: it can't be seen, is squeezed, or has letters that no
-/// font has. Sentences in UTF-8. REQUIRES: the object is a text.
+/// font has. Sentences in UTF-8. REQUIRES: IsText(object).
 [[nodiscard]] std::vector<std::string> TextFindings(const document::Object& object,
                                                     const text::FontCatalog& fonts);
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -107,6 +108,51 @@ TEST_F(Merge, a_missing_font_is_told_of_each_row) {
   const auto result = RunOn(other, "Name\nAda\nBob\n", {"--json"});
   EXPECT_EQ(Row(result, 0)["missing_fonts"], json({"NoSuchFont"}));
   EXPECT_EQ(Row(result, 1)["missing_fonts"], json({"NoSuchFont"}));
+}
+
+constexpr const char* Seal =
+    "<A><ENGRAVINGTEMPLATE><PLATE><WIDTH>4</WIDTH><HEIGHT>4</HEIGHT><ORIGIN>bottom left</ORIGIN>"
+    "<ARCTEXT><CENTERX>2</CENTERX><CENTERY>2</CENTERY><RADIUS>0.5</RADIUS><HEIGHT>0.5</HEIGHT>"
+    "<FONT>DejaVuSans.ttf</FONT><JUSTIFY>center</JUSTIFY><TEXT>{Name}</TEXT></ARCTEXT>"
+    "</PLATE></ENGRAVINGTEMPLATE></A>";
+
+class MergeOfSeals : public Merge {
+ protected:
+  CommandResult RunSeals(const std::string& content, const std::string& table) {
+    m_Command.Place().Write("seal.llx", content);
+    m_Command.Place().Write("names.csv", table);
+    return m_Command.Run({"merge", "seal.llx", "--data", "names.csv", "--json"});
+  }
+};
+
+TEST_F(MergeOfSeals, a_text_that_is_longer_than_its_circle_is_reported_with_what_it_lacks) {
+  const auto result = RunSeals(Seal, "Name\nAda\nTown council of Harlow\n");
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(Row(result, 0)["overflowed"], json::array());
+  EXPECT_EQ(Row(result, 0)["bad"], false);
+  ASSERT_EQ(Row(result, 1)["overflowed"].size(), 1U);
+  const json text = Row(result, 1)["overflowed"][0];
+  EXPECT_EQ(text["text"], "Town council of Harlow");
+  EXPECT_EQ(text["squeezed"], true);
+  // The circle is as long as its radius of half an inch says, and the text as the percentage says.
+  const double circle = 25.4 * std::numbers::pi;
+  EXPECT_NEAR(text["beyond_mm"].get<double>(), circle * (text["percent"].get<double>() / 100 - 1),
+              circle / 100 + 0.01);
+  EXPECT_GT(text["percent"], 105);
+}
+
+TEST_F(MergeOfSeals, a_missing_font_of_a_text_on_a_circle_is_reported_of_each_row) {
+  std::string other = Seal;
+  other.replace(other.find("DejaVuSans.ttf"), 14, "NoSuchFont.ttf");
+  const auto result = RunSeals(other, "Name\nAda\nBob\n");
+  EXPECT_EQ(Row(result, 0)["missing_fonts"], json({"NoSuchFont"})) << result.output;
+  EXPECT_EQ(Row(result, 1)["missing_fonts"], json({"NoSuchFont"}));
+}
+
+TEST_F(MergeOfSeals, letters_that_no_font_has_are_notes) {
+  const auto result = RunSeals(Seal, "Name\na\xEE\x80\x80\n");
+  ASSERT_EQ(Row(result, 0)["notes"].size(), 1U) << result.output;
+  EXPECT_NE(Row(result, 0)["notes"][0].get<std::string>().find("U+E000"), std::string::npos);
 }
 
 TEST_F(Merge, a_row_that_is_not_placed_is_told_and_is_a_failure) {
