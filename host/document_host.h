@@ -4,6 +4,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/standalone/standalone_host.h"
@@ -45,6 +47,7 @@ class DocumentHost : public standalone::StandaloneHost {
   /// Saves the document to a file, whole or not at all.
   [[nodiscard]] Expected<void> Save(const std::wstring& path) const;
 
+  [[nodiscard]] host::Settings& GetSettings() override;
   [[nodiscard]] host::ObjectStore* GetObjectStore() override;
   [[nodiscard]] host::TextCompose* GetTextCompose() override;
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
@@ -76,6 +79,9 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] const Document& GetDocument() const;
   [[nodiscard]] Notices& GetNotices();
   [[nodiscard]] const text::FontCatalog& GetFonts() const;
+
+  /// Section and key of each setting that could not be stored since the host was made, once each.
+  [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> RefusedSettings() const;
 
   /// Work that was begun and not closed.
   struct OpenWork {

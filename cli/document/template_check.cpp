@@ -5,7 +5,6 @@
 #include <set>
 #include <string_view>
 #include <utility>
-#include <variant>
 
 #include "cli/document/schema_check.h"
 #include "cli/document/template_schema.h"
@@ -13,6 +12,7 @@
 #include "host/document/document.h"
 #include "host/text/font_catalog.h"
 #include "rastrel/imports/cr2/character_references.h"
+#include "rastrel/imports/cr2/plotter_choice.h"
 #include "rastrel/imports/font_type.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/os/file.h"
@@ -79,6 +79,7 @@ class ContentChecker {
     if (!zml && table && AttributeString(table, L"origin", origin) && origin != L"top left" &&
         origin != L"bottom left")
       Add(table, "the origin of the table is " + Quoted(origin) + ", and becomes \"top left\"");
+    if (zml) Driver(root);
     std::set<std::wstring> known;
     for (const XmlNode& entry :
          ChildrenNamed(FirstChildNamed(root, L"graphics"), L"graphic_location")) {
@@ -135,6 +136,19 @@ class ContentChecker {
     if (face.replaced)
       Add(node,
           "the font " + Quoted(asked) + " can't be had; " + face.family + " stands in for it");
+  }
+
+  // The importer looks for the plotter by the text of Rotation.
+  void Driver(const XmlNode& root) {
+    const XmlNode driver = FirstChildNamed(root, L"Driver");
+    if (!driver) return;
+    std::wstring name;
+    NodeText(FirstChildNamed(root, L"Rotation"), name);
+    if (!imports::FindPlotter(*m_Host.GetApplication(), name))
+      Add(driver,
+          "<Driver> chooses no plotter: it goes by the text of <Rotation>, and no plotter "
+          "of this installation has the name " +
+              Quoted(name));
   }
 
   void CroPlate(const XmlNode& plate, const std::set<std::wstring>& known) {
@@ -262,12 +276,20 @@ Findings CheckTexts(const document::DocumentHost& host, const std::vector<int>& 
   Findings findings;
   for (const host::ObjectHandle member : document.Members(host::DocumentRoot)) {
     const document::Object& object = *document.Find(member);
-    if (!std::holds_alternative<document::TextShape>(object.shape)) continue;
+    if (!IsText(object)) continue;
     const std::size_t pane = finder.Find(document, member);
     const bool known = panes.size() == plateLines.size() && pane < panes.size();
     for (std::string& text : TextFindings(object, host.GetFonts()))
       findings.push_back({known ? plateLines[pane] : 0, std::move(text)});
   }
+  return findings;
+}
+
+Findings CheckSettings(const document::DocumentHost& host) {
+  Findings findings;
+  for (const auto& [section, key] : host.RefusedSettings())
+    findings.push_back({0, "the setting " + Quoted(key) + " of " + Quoted(section) +
+                               " can't be stored in settings.ini of the data root"});
   return findings;
 }
 
@@ -280,6 +302,12 @@ std::vector<int> PlateLines(TemplateFormat format, const XmlNode& root) {
       break;
     case TemplateFormat::Cr2:
     case TemplateFormat::Zml: AppendLines(lines, FirstChildNamed(root, L"plates"), L"plate"); break;
+    case TemplateFormat::Llx: {
+      // The first plate of the first template is the whole sign.
+      const XmlNode plate = FirstChildNamed(FirstChildNamed(root, L"ENGRAVINGTEMPLATE"), L"PLATE");
+      if (plate) lines.push_back(NodeLine(plate));
+      break;
+    }
     default: break;
   }
   return lines;

@@ -23,7 +23,11 @@ namespace rastrel::cli {
 [[nodiscard]] Findings CheckTexts(const document::DocumentHost& host,
                                   const std::vector<int>& plateLines);
 
-/// The lines of a template's plates.
+/// The settings that an import changes for a while, or sets, and that the host's store did not
+/// take. After the import; their line is 0.
+[[nodiscard]] Findings CheckSettings(const document::DocumentHost& host);
+
+/// The lines of a template's plates: none of a format whose texts are on no plate.
 [[nodiscard]] std::vector<int> PlateLines(TemplateFormat format, const XmlNode& root);
 
 }  // namespace rastrel::cli

@@ -60,6 +60,7 @@ void CheckAfter(TemplateFormat format, const TemplateToRead& source, const XmlNo
                 const document::DocumentHost& host, Findings& findings) {
   if (!source.strict) return;
   std::ranges::move(CheckTexts(host, PlateLines(format, root)), std::back_inserter(findings));
+  std::ranges::move(CheckSettings(host), std::back_inserter(findings));
 }
 
 Expected<void> ReadBrightStar(const TemplateToRead& source, document::DocumentHost& host,

@@ -148,6 +148,22 @@ TEST_F(ImportFormats, a_users_own_cutline_file_stays_as_it_is) {
   EXPECT_FALSE(std::filesystem::exists(written)) << written;
 }
 
+TEST_F(ImportFormats, settings_that_can_not_be_stored_are_findings) {
+  m_Command.Place().Write("logo.svg", Crest);
+  EXPECT_EQ(RunOn("a.cr2", Cr2("logo.svg"), {"--strict"}).status, 0);
+  // Nothing replaces a directory by a file.
+  std::filesystem::remove(m_Command.Root() + "/settings.ini");
+  std::filesystem::create_directories(m_Command.Root() + "/settings.ini");
+  const auto result = RunOn("a.cr2", Cr2("logo.svg"), {"--strict"});
+  EXPECT_EQ(result.status, 3) << result.error;
+  for (const char* key : {"\"CollapseToZero\" of \"Pages\"", "\"Merge\" of \"Sheet Layer\""})
+    EXPECT_NE(result.error.find(std::string("a.cr2: the setting ") + key +
+                                " can't be stored in settings.ini of the data root\n"),
+              std::string::npos)
+        << result.error;
+  EXPECT_EQ(RunOn("a.cr2", Cr2("logo.svg")).status, 0);
+}
+
 TEST_F(ImportFormats, results_go_to_the_users_directory_and_not_to_the_templates) {
   m_Command.Place().Write("orders/logo.svg", Crest);
   const auto result = RunOn("orders/a.cr2", Cr2("logo.svg"), {"-o", "out.svg"});

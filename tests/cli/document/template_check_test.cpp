@@ -7,9 +7,12 @@
 
 #include "cli/document/schema_check.h"
 #include "cli/document/template_schema.h"
+#include "host/document/document.h"
+#include "host/document/shapes.h"
 #include "host/document_host.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/xml/layer.h"
+#include "tests/support/environment_guard.h"
 #include "tests/support/present_directory.h"
 #include "tests/support/scratch_directory.h"
 
@@ -194,6 +197,71 @@ TEST_F(TemplateCheck, formats_with_checks_of_their_own_have_no_schema) {
   EXPECT_EQ(SchemaOf(TemplateFormat::Abb), nullptr);
   EXPECT_EQ(SchemaOf(TemplateFormat::Document), nullptr);
   EXPECT_EQ(Check(TemplateFormat::Abb, L"<A/>"), Lines());
+}
+
+TEST_F(TemplateCheck, a_driver_that_names_no_plotter_is_named_with_the_text_that_is_compared) {
+  const auto rotation = [](const std::wstring& name) {
+    return L"<engraving_template>\n<Driver>Cutter</Driver><Rotation>" + name +
+           L"</Rotation><table_size width='9' height='9'/><template><placement width='3' "
+           L"height='1'/></template><plates><plate/></plates></engraving_template>";
+  };
+  EXPECT_EQ(Check(TemplateFormat::Zml, rotation(L"90")),
+            (Lines{"2: <Driver> chooses no plotter: it goes by the text of <Rotation>, and no "
+                   "plotter of this installation has the name \"90\""}));
+}
+
+TEST_F(TemplateCheck, a_driver_that_names_a_plotter_and_a_template_without_driver_are_no_findings) {
+  test::ScratchDirectory root;
+  const test::EnvironmentGuard home("RASTREL_HOME", root.Path());
+  root.Write("plotters/0.ini", "[setup]\nplottername = Cutter\n");
+  root.Write("settings.ini", "[plottersetup]\nNumberDevices = 1\n");
+  const std::wstring rest =
+      L"<table_size width='9' height='9'/><template><placement width='3' height='1'/></template>"
+      L"<plates><plate/></plates></engraving_template>";
+  EXPECT_EQ(Check(TemplateFormat::Zml,
+                  L"<engraving_template><Driver/><Rotation>Cutter</Rotation>" + rest),
+            (Lines{"1: <Rotation> is no number: \"Cutter\""}));
+  EXPECT_EQ(Check(TemplateFormat::Zml, L"<engraving_template>" + rest), Lines());
+}
+
+// Texts on circles, in the document that a template becomes.
+class ArcTextCheck : public TemplateCheck {
+ protected:
+  Lines Texts(const std::wstring& text, double radius) {
+    document::ArcTextShape arc;
+    arc.center = {10, 10};
+    arc.radius = radius;
+    arc.run.text = text;
+    arc.run.font = L"DejaVuSans";
+    arc.run.size = 400;
+    document::Document& document = m_Host.GetDocument();
+    document.Insert(document.Create(arc, {}), host::DocumentRoot);
+    Lines lines;
+    for (const Finding& finding : CheckTexts(m_Host, {})) lines.push_back(finding.text);
+    return lines;
+  }
+};
+
+TEST_F(ArcTextCheck, a_text_that_fits_on_its_circle_has_no_findings) {
+  EXPECT_EQ(Texts(L"Harlow", 5), Lines());
+}
+
+TEST_F(ArcTextCheck, a_text_that_is_longer_than_its_circle_is_squeezed) {
+  EXPECT_EQ(Texts(std::wstring(100, L'W'), 3),
+            (Lines{"the text is longer than its circle, and is squeezed"}));
+}
+
+TEST_F(ArcTextCheck, letters_that_no_font_has_are_named) {
+  const Lines found = Texts(L"a\xE000", 5);
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_NE(found[0].find("U+E000"), std::string::npos) << found[0];
+}
+
+TEST_F(ArcTextCheck, a_text_has_the_line_of_its_plate) {
+  const XmlNode root =
+      LoadXmlString(L"<A>\n<ENGRAVINGTEMPLATE>\n<PLATE/>\n<PLATE/></ENGRAVINGTEMPLATE></A>");
+  EXPECT_EQ(PlateLines(TemplateFormat::Llx, root), (std::vector<int>{3}));
+  EXPECT_TRUE(PlateLines(TemplateFormat::Llx, LoadXmlString(L"<A/>")).empty());
 }
 
 // Each list of each schema can be cut to its end, and names kinds that there are.
