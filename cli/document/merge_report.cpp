@@ -87,7 +87,8 @@ void CheckFont(const document::TextRun& run, RowReport& row) {
   if (!run.replacement.empty()) AddOnce(row.missingFonts, os::Utf8FromWide(run.font));
 }
 
-// Adds the overflow of a text that begins like `beginning`, and what can't be seen of it.
+// Adds the overflow of a text that begins like `beginning`, and its letters that
+// can't be seen or that no font has.
 template <typename Shape, typename Layout>
 void AddFaults(const Shape& shape, const Layout& layout, OverflowedText overflow,
                std::string beginning, RowReport& row) {
