@@ -8,6 +8,7 @@ its file asks for, before it is kept.
 """
 
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -30,10 +31,14 @@ DPI = ("--dpi", "60")
 DRAWN = {
     "door-plates": ("import", PLATES / "cro/door-plates.cro", *BLANK),
     "metric-with-graphics": ("import", PLATES / "cro/metric-with-graphics.cro", "--allow-outside", *BLANK),
+    "cabinet-labels": ("import", PLATES / "cro/cabinet-labels.cro", *BLANK),
     "round-seal": ("import", PLATES / "llx/round-seal.llx", "--allow-outside"),
     "justified-arcs": ("import", PLATES / "llx/justified-arcs.llx", "--allow-outside"),
     "notice": ("import", PLATES / "bright-star/notice.xml"),
+    "from-the-center": ("import", PLATES / "bright-star/from-the-center.xml"),
     "award": ("import", PLATES / "crown-trophy/award.cr2", "--allow-outside"),
+    "colours": ("import", PLATES / "crown-trophy/colours.cr2", "--allow-outside"),
+    "hex-colours": ("import", PLATES / "crown-trophy/hex-colours.zml"),
     "tags": ("import", PLATES / "crown-trophy/tags.zml"),
     "badge": ("merge", MERGE / "badge.xml", "--data", MERGE / "names.csv", *BLANK),
     "price-label": ("merge", MERGE / "price-label.cro", "--data", SOURCES / "examples/price-list.fods",
@@ -72,7 +77,9 @@ class Formats(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         with tempfile.TemporaryDirectory(prefix="rastrel-formats-") as place:
-            cls.drawn = {name: measure(draw(name, place, "svg")) for name in DRAWN}
+            drawings = {name: draw(name, place, "svg") for name in DRAWN}
+            cls.drawn = {name: measure(drawing) for name, drawing in drawings.items()}
+            cls.svg = {name: drawing.read_text() for name, drawing in drawings.items()}
 
     def rows(self, name, kind):
         return [(numbers, content) for row, numbers, content in self.drawn[name] if row == kind]
@@ -91,6 +98,13 @@ class Formats(unittest.TestCase):
 
     def texts_are(self, name, expected):
         self.assertEqual([content for _, content in self.rows(name, "text")], expected)
+
+    def plate_fills_are(self, name, expected):
+        plates = re.search('<g class="plate">(.*?)</g>', self.svg[name], re.DOTALL)[1]
+        self.assertEqual(re.findall(' fill="(.*?)"', plates), expected)
+
+    def text_fills_are(self, name, expected):
+        self.assertEqual(re.findall('<text .*? fill="(.*?)">', self.svg[name]), expected)
 
     def test_every_example_is_drawn(self):
         folders = [PLATES / folder for folder in ("cro", "llx", "bright-star", "crown-trophy")]
@@ -118,6 +132,25 @@ class Formats(unittest.TestCase):
     def test_metric_plates_are_as_large_as_their_centimetres(self):
         self.plates("metric-with-graphics", [(i * 90, 0, (i + 1) * 90, 40) for i in range(2)])
         self.texts_are("metric-with-graphics", ["First", "Ada Byron", "Second", "Mary Evans"])
+
+    def test_lines_of_given_heights_are_spread_and_turned_with_their_plate(self):
+        panes = self.plates("cabinet-labels", [(i * 4 * INCH, 0, (i + 1) * 4 * INCH, 2 * INCH)
+                                               for i in range(2)])
+        self.texts_are("cabinet-labels", ["A-01", "Fuses", "A-02", "Relays"])
+        rows = [numbers for numbers, _ in self.rows("cabinet-labels", "text")]
+        # A line takes 1.2 times its height, 0.25 of that height below its base line and 0.95 above. Of the rest
+        # of the plate, less its margins, half is between the lines. Turned, the first line is the lower one.
+        for pane, (first, second), upper in zip(panes, (rows[:2], rows[2:]), (0.4, 0.6)):
+            lower, room = 0.2, 2 - 2 * 0.2
+            between = (room - 1.2 * (upper + lower)) / 2
+            self.assertAlmostEqual(second[1] - first[1],
+                                   (0.25 * upper + between + 0.95 * lower) * INCH, delta=HUNDREDTH)
+            for (x, _, length, size), height in ((first, upper), (second, lower)):
+                self.assertLess(length, 0)
+                self.assertAlmostEqual(x + length / 2, (pane[0] + pane[2]) / 2, delta=HUNDREDTH)
+                self.assertAlmostEqual(size, height * INCH, delta=HUNDREDTH)
+        self.assertEqual(re.findall("font-family=\"'DejaVu (.*?)'\"", self.svg["cabinet-labels"]),
+                         ["Sans", "Sans", "Sans", "Serif"])
 
     def test_a_seal_is_its_own_blank_and_its_letters_are_on_the_circle(self):
         (page, _), = self.rows("round-seal", "page")
@@ -149,6 +182,46 @@ class Formats(unittest.TestCase):
         self.assertAlmostEqual(x + length / 2, 3 * INCH, delta=HUNDREDTH)
         (x, _, length, _), _ = texts[3]
         self.assertAlmostEqual(x + length, 5.75 * INCH, delta=HUNDREDTH)
+
+    def test_frames_from_the_center_count_both_ways_across_and_downward(self):
+        # The blank is 6 by 4 inches, so that its center is 3 and 2 inches from its sides.
+        places = {"STAIRS": (-2.5, -1.5, 2.5, -0.5), "up": (-2.5, 0.5, -0.5, 1.5), "down": (0.5, 0.5, 2.5, 1.5)}
+        texts = self.rows("from-the-center", "text")
+        self.assertEqual([content for _, content in texts], list(places))
+        part_at = {"STAIRS": 0.5, "up": 0, "down": 1}
+        for (x, y, length, _), content in texts:
+            left, upper, right, lower = places[content]
+            part = part_at[content]
+            self.assertAlmostEqual(x + length * part, (3 + left + (right - left) * part) * INCH, delta=HUNDREDTH)
+            self.assertTrue((2 - lower) * INCH <= y <= (2 - upper) * INCH)
+
+    def test_colours_of_each_format_are_seen_and_those_of_the_output_filter_are_left_out(self):
+        edge, width, height = 0.25 * INCH, 2.5 * INCH, 1.5 * INCH
+        panes = self.plates("colours", [(x, 4 * INCH - edge - height, x + width, 4 * INCH - edge)
+                                        for x in (edge, 2 * edge + width)])
+        # Yellow 40 and black 10 percent leave 229.5, 229.5 and 137.7 of 255.
+        self.plate_fills_are("colours", ["#e6e68a"] * 2)
+        self.texts_are("colours", ["by name", "by CMYK"])
+        self.text_fills_are("colours", ["#0000ff", "#ff0000"])
+        paths = re.findall('<path [^>]* fill="(#\\w+)" stroke="(#(?!999999)\\w+)"',
+                           self.svg["colours"].split('<g class="plate">')[1].split("</g>", 1)[1])
+        self.assertEqual(paths, [("#c0c0c0", "#ff0000")] * 2 + [("#ff00ff", "#808080")] * 2)
+        boxes = [numbers for numbers, _ in self.rows("colours", "box-of-path")]
+        # The crest is 32 wide and 33 high, and as high as its frame.
+        for box, x in zip(boxes[::2], (0.15, 1.65)):
+            left, top, size = panes[1][0] + x * INCH, panes[1][3] - 0.4 * INCH, 0.7 * INCH
+            self.near(box, (left, top - size, left + size * 32 / 33, top))
+
+    def test_hex_colours_are_rgb_of_six_digits_and_cmyk_of_eight(self):
+        panes = self.plates("hex-colours", [((0.25 + i * 2.5) * INCH, 1.75 * INCH, (2.25 + i * 2.5) * INCH,
+                                             2.75 * INCH) for i in range(2)])
+        self.plate_fills_are("hex-colours", ["none"] * 2)
+        # Hexadecimal 64 is 100 percent of cyan.
+        self.texts_are("hex-colours", ["B02020", "64000000"])
+        self.text_fills_are("hex-colours", ["#b02020", "#00ffff"])
+        for ((x, _, length, size), _), pane in zip(self.rows("hex-colours", "text"), panes):
+            self.assertAlmostEqual(x + length / 2, (pane[0] + pane[2]) / 2, delta=HUNDREDTH)
+            self.assertAlmostEqual(size, 0.1 * 2.54 * INCH, delta=HUNDREDTH)
 
     def test_award_plates_and_their_frames_are_where_the_table_puts_them(self):
         (page, _), = self.rows("award", "page")

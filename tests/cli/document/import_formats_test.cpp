@@ -63,9 +63,13 @@ TEST_F(ImportFormats, every_example_is_imported_as_its_format) {
     int plates, texts;
   } examples[] = {{"cro/door-plates.cro", "cro", 3, 3},
                   {"cro/metric-with-graphics.cro", "cro", 2, 2},
+                  {"cro/cabinet-labels.cro", "cro", 2, 2},
                   {"llx/round-seal.llx", "llx", 1, 0},
                   {"llx/justified-arcs.llx", "llx", 1, 0},
                   {"bright-star/notice.xml", "bright-star", 0, 3},
+                  {"bright-star/from-the-center.xml", "bright-star", 0, 3},
+                  {"crown-trophy/colours.cr2", "cr2", 2, 1},
+                  {"crown-trophy/hex-colours.zml", "zml", 2, 2},
                   {"crown-trophy/award.cr2", "cr2", 3, 2},
                   {"crown-trophy/tags.zml", "zml", 2, 2}};
   for (const auto& example : examples) {
