@@ -10,6 +10,7 @@
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
 #include "host/host_files.h"
+#include "host/load_settings_store.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "rastrel/platform/os/text.h"
@@ -54,8 +55,9 @@ class GuardedGraphics : public graphics::NativeGraphics {
 
 // Each uses those before it.
 struct DocumentHost::Parts {
-  Parts(std::unique_ptr<Document> opened, host::Settings& settings)
-      : files(settings),
+  Parts(std::unique_ptr<Document> opened, host::Settings& stored)
+      : settings(stored),
+        files(settings),
         document(std::move(opened)),
         store(*document),
         application(*document, store, notices),
@@ -72,6 +74,7 @@ struct DocumentHost::Parts {
     application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
+  LoadSettingsStore settings;
   HostFiles files;
   Notices notices;
   Door door{notices};
@@ -88,7 +91,7 @@ struct DocumentHost::Parts {
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
 
 DocumentHost::DocumentHost(std::unique_ptr<Document> document)
-    : m_Parts(std::make_unique<Parts>(std::move(document), GetSettings())) {}
+    : m_Parts(std::make_unique<Parts>(std::move(document), StandaloneHost::GetSettings())) {}
 
 DocumentHost::~DocumentHost() = default;
 
@@ -102,6 +105,7 @@ Expected<void> DocumentHost::Save(const std::wstring& path) const {
   return SaveDocument(*m_Parts->document, path);
 }
 
+host::Settings& DocumentHost::GetSettings() { return m_Parts->settings; }
 host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
