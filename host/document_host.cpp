@@ -10,6 +10,7 @@
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
 #include "host/host_files.h"
+#include "host/load_settings_store.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
@@ -55,8 +56,9 @@ class GuardedGraphics : public graphics::NativeGraphics {
 
 // Each uses those before it.
 struct DocumentHost::Parts {
-  Parts(std::unique_ptr<Document> opened, host::Settings& settingsStore)
-      : settings(settingsStore),
+  Parts(std::unique_ptr<Document> opened, host::Settings& stored)
+      : watched(stored),
+        settings(watched),
         files(settings),
         document(std::move(opened)),
         store(*document),
@@ -74,7 +76,8 @@ struct DocumentHost::Parts {
     application.SetNewDocumentHandler([this] { text.Clear(); });
   }
 
-  WatchedSettings settings;
+  WatchedSettings watched;
+  LoadSettingsStore settings;
   HostFiles files;
   Notices notices;
   Door door{notices};
@@ -129,7 +132,7 @@ Notices& DocumentHost::GetNotices() { return m_Parts->notices; }
 const text::FontCatalog& DocumentHost::GetFonts() const { return m_Parts->fonts; }
 
 std::vector<std::pair<std::wstring, std::wstring>> DocumentHost::RefusedSettings() const {
-  return m_Parts->settings.Refused();
+  return m_Parts->watched.Refused();
 }
 
 DocumentHost::OpenWork DocumentHost::StillOpen() const {

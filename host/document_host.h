@@ -27,7 +27,9 @@ class DocumentStore;
 class Notices;
 
 /// The embedded host: a host with a document, for imports and conversions in a program that has no
-/// document of its own. Settings, directories and translation are the standalone host's.
+/// document of its own. Settings, directories and translation are the standalone host's; only the
+/// settings that an import changes for the load of a graphic are kept in memory
+/// (load_settings_store.h).
 ///
 /// It is installed with host::SetHost and holds one document as long as it lives. Messages to the
 /// user are collected in the notices. Only the thread that made it may use it. It has no contour

@@ -70,7 +70,7 @@ int PlateItem::CreatePanes(const CWorldPoint& start, double width, double height
   PlateShape& shape = ShapeToChange();
   shape.start = start;
   shape.fromBottom = fromBottom;
-  m_Panes.clear();
+  EndWalk();
   return static_cast<int>(LayPanes(shape, SignBlank{width, height, 7},
                                    static_cast<std::size_t>(std::max(shape.wanted, 0))));
 }
@@ -78,7 +78,7 @@ int PlateItem::CreatePanes(const CWorldPoint& start, double width, double height
 void PlateItem::ResetData(int count, double width, double height, const CWorldRect& margins,
                           double horizontalGap, double verticalGap,
                           const std::vector<ObjectHandle>& /*objects*/, int /*flag*/) {
-  m_Panes.clear();
+  EndWalk();
   const PlateShape& now = Shape();
   const bool sameMeasures = now.width == width && now.height == height && now.margins == margins &&
                             now.horizontalGap == horizontalGap && now.verticalGap == verticalGap;
@@ -103,22 +103,36 @@ CWorldRect PlateItem::GetLastPaneBounds() const {
   return shape.panes.empty() ? CWorldRect{} : shape.panes.back();
 }
 
-CPane* PlateItem::GetFirstPane() {
+void PlateItem::EndWalk() {
+  m_Parts.clear();
   m_Walk = 0;
-  m_Panes.clear();
-  ObjectHandle plate = m_Object;
-  const PlateShape* shape = &Shape();
-  while (shape) {
-    for (const CWorldRect& edges : shape->panes) {
-      m_Panes.emplace_back(edges, plate);
-    }
-    const Document& document = m_Store.GetDocument();
-    plate = shape->continuation;
-    shape = document.Holds(plate) ? &std::get<PlateShape>(document.Find(plate)->shape) : nullptr;
-  }
+  m_NextPart = 0;
+}
+
+// The panes of a part are made when the walk comes to it: an import asks for the first pane of the
+// part on each page, and goes no further than its end.
+void PlateItem::AppendPart(const PlateShape& part, ObjectHandle plate) {
+  m_Parts.emplace_back();
+  m_Parts.back().reserve(part.panes.size());
+  for (const CWorldRect& edges : part.panes) m_Parts.back().emplace_back(edges, plate);
+  m_Walk = 0;
+  m_NextPart = part.continuation;
+}
+
+CPane* PlateItem::GetFirstPane() {
+  EndWalk();
+  AppendPart(Shape(), m_Object);
   return GetNextPane();
 }
 
-CPane* PlateItem::GetNextPane() { return m_Walk < m_Panes.size() ? &m_Panes[m_Walk++] : nullptr; }
+CPane* PlateItem::GetNextPane() {
+  if (m_Parts.empty()) return nullptr;
+  const Document& document = m_Store.GetDocument();
+  while (m_Walk == m_Parts.back().size() && document.Holds(m_NextPart)) {
+    const ObjectHandle part = m_NextPart;
+    AppendPart(std::get<PlateShape>(document.Find(part)->shape), part);
+  }
+  return m_Walk < m_Parts.back().size() ? &m_Parts.back()[m_Walk++] : nullptr;
+}
 
 }  // namespace rastrel::document

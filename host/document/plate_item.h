@@ -43,12 +43,16 @@ class PlateItem : public CGenericPlateObject {
   [[nodiscard]] const PlateShape& Shape() const;
   [[nodiscard]] PlateShape& ShapeToChange();
   int CreatePanes(const CWorldPoint& start, double width, double height, bool fromBottom);
+  void AppendPart(const PlateShape& part, ObjectHandle plate);
+  void EndWalk();
 
   DocumentStore& m_Store;
   ObjectHandle m_Object = 0;
-  PlateShape m_Shape;         // while m_Object is 0
-  std::vector<Pane> m_Panes;  // of the walk; filled before the first is returned
-  std::size_t m_Walk = 0;
+  PlateShape m_Shape;  // while m_Object is 0
+  // The panes of the parts that the walk has come to. They stay where they are while it goes on.
+  std::vector<std::vector<Pane>> m_Parts;
+  std::size_t m_Walk = 0;       // the next pane of the last part
+  ObjectHandle m_NextPart = 0;  // the part whose panes follow; 0 after the last
 };
 
 }  // namespace rastrel::document

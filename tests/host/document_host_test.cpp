@@ -11,6 +11,7 @@
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/text_compose.h"
+#include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
 
 namespace rastrel::document {
@@ -50,6 +51,48 @@ TEST(DocumentHost, it_has_the_parts_that_an_import_needs_and_says_that_it_has_no
   EXPECT_EQ(host.GetContourCut(), nullptr);
   EXPECT_EQ(host.GetPlaneReader(), nullptr);
   EXPECT_EQ(host.GetTranslation().Translate(L"(*v*)Adding text"), L"Adding text");
+}
+
+TEST(DocumentHost, settings_for_a_load_stay_in_the_host_and_all_others_go_to_the_file) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard home("RASTREL_HOME", place.Path("root"));
+  const auto read = [](host::Host& host, const wchar_t* section, const wchar_t* key) {
+    return host.GetSettings().Read(section, key, DS_USER);
+  };
+  DocumentHost host;
+  ASSERT_TRUE(host.GetSettings().Write(L"plottersetup", L"DeviceUsed", L"1", DS_USER));
+  const std::string stored = place.Read("root/settings.ini");
+  const struct {
+    const wchar_t* section;
+    const wchar_t* key;
+  } settings[] = {{L"Pages", L"CollapseToZero"},
+                  {L"Sheet Layer", L"Merge"},
+                  {L"Grouping", L"CollapseDatabase"},
+                  {L"IMPPDF", L"TextAsGraphics"},
+                  {L"IMPPDF", L"ShowDialog"}};
+  DocumentHost other;
+  for (const auto& [section, key] : settings) {
+    EXPECT_EQ(read(host, section, key), std::nullopt);
+    ASSERT_TRUE(host.GetSettings().Write(section, key, L"7", DS_USER));
+    EXPECT_EQ(read(host, section, key), L"7");
+    EXPECT_EQ(read(other, section, key), std::nullopt);
+  }
+  EXPECT_EQ(read(host, L"PAGES", L"collapsetozero"), L"7") << "case does not count";
+  EXPECT_EQ(place.Read("root/settings.ini"), stored);
+  EXPECT_NE(stored.find("DeviceUsed = 1"), std::string::npos);
+  EXPECT_EQ(read(other, L"plottersetup", L"DeviceUsed"), L"1");
+}
+
+TEST(DocumentHost, a_stored_setting_for_a_load_counts_until_the_import_writes_it) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard home("RASTREL_HOME", place.Path("root"));
+  standalone::IniSettings file;
+  ASSERT_TRUE(file.Write(L"IMPPDF", L"ShowDialog", L"5", DS_USER));
+  DocumentHost host;
+  EXPECT_EQ(host.GetSettings().Read(L"IMPPDF", L"ShowDialog", DS_USER), L"5");
+  ASSERT_TRUE(host.GetSettings().Write(L"IMPPDF", L"ShowDialog", L"0", DS_USER));
+  EXPECT_EQ(host.GetSettings().Read(L"IMPPDF", L"ShowDialog", DS_USER), L"0");
+  EXPECT_EQ(file.Read(L"IMPPDF", L"ShowDialog", DS_USER), L"5");
 }
 
 TEST(DocumentHost, an_object_that_one_part_makes_the_others_find) {
@@ -183,8 +226,8 @@ TEST(DocumentHost, a_graphic_that_may_not_be_read_is_not_loaded_and_the_reason_i
   EXPECT_EQ(host.GetApplication()->LoadTHZ(nullptr, nullptr, graphic.c_str(), 1, 0), 0);
   EXPECT_EQ(host.GetGraphicsIO()->LoadVEFile(nullptr, own.c_str(), 1), 0);
   EXPECT_EQ(asked, (std::vector<std::wstring>{graphic, own}));
-  EXPECT_EQ(host.GetNotices().Losses(),
-            (std::vector<std::wstring>{graphic + L": it is elsewhere", own + L": it is elsewhere"}));
+  EXPECT_EQ(host.GetNotices().Losses(), (std::vector<std::wstring>{graphic + L": it is elsewhere",
+                                                                   own + L": it is elsewhere"}));
   EXPECT_EQ(host.GetDocument().ObjectCount(), 0U);
 }
 

@@ -75,10 +75,10 @@ class ZmlPlates {
     CGenericPlateObject* const plate = PlateObjectOf(m_Import.document.store, object);
     if (plate == nullptr) return true;
     for (const CPane* pane = plate->GetFirstPane(); pane != nullptr; pane = plate->GetNextPane()) {
-      // A pane that went on on a further page comes again with the plate object there. A plate of
-      // many pages has very many of them, so nothing else is asked first.
+      // Panes that went on on a further page come again with the plate object there, and so do all
+      // after them: a walk through them for each page of a large order would take quadratic time.
       const host::ObjectHandle part = pane->GetPlateObject();
-      if (part != 0 && part != object && listed.contains(part)) continue;
+      if (part != 0 && part != object && listed.contains(part)) break;
       const PanePlace place = PlaceOf(*pane, object);
       if (m_Next == m_Document.plates.size()) return false;
       FillPane(place, m_Document.plates[m_Next++]);

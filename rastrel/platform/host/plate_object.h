@@ -28,8 +28,9 @@ class RASTREL_API CPane {
   /// The bottom edge.
   [[nodiscard]] virtual double GetBottom() const = 0;
   /// The plate object that the pane is part of, in the document, where panes that did not fit went
-  /// on in a plate object of a further page. By default 0: the plate object that was asked for the
-  /// pane. Content of the pane goes to the pages and the sheet layer of that object.
+  /// on in a plate object of a further page. A walk comes to them after all panes of the object
+  /// that was asked, so an import may end it there. By default 0: the plate object that was asked
+  /// for the pane. Content of the pane goes to the pages and the sheet layer of that object.
   [[nodiscard]] virtual rastrel::host::ObjectHandle GetPlateObject() const;
 };
 

@@ -1,6 +1,7 @@
 #include "rastrel/platform/standalone/ini_file.h"
 
 #include <cerrno>
+#include <utility>
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/file_lock.h"
@@ -8,6 +9,7 @@
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/trusted_file.h"
 #include "rastrel/platform/standalone/ini_text.h"
+#include "rastrel/platform/standalone/kept_text.h"
 
 namespace rastrel::standalone {
 namespace {
@@ -22,10 +24,17 @@ bool IniFile::MayBeUsed() const {
   return !os::Exists(m_Path) || os::CheckTrusted(os::ToNative(m_Path), os::DataRoot());
 }
 
+// Null if the file can't be read.
+std::shared_ptr<const std::string> IniFile::Text() const {
+  if (m_Kept != nullptr) return m_Kept->Read(os::ToNative(m_Path), LargestFile);
+  Expected<std::string> text = os::ReadWholeFile(m_Path, LargestFile);
+  return text ? std::make_shared<const std::string>(std::move(*text)) : nullptr;
+}
+
 std::optional<std::wstring> IniFile::Read(const std::wstring& section,
                                           const std::wstring& key) const {
   if (!MayBeUsed()) return std::nullopt;
-  const Expected<std::string> text = os::ReadWholeFile(m_Path, LargestFile);
+  const std::shared_ptr<const std::string> text = Text();
   if (!text) return std::nullopt;
   const std::optional<std::string> value =
       FindIniValue(*text, os::Utf8FromWide(section), os::Utf8FromWide(key));

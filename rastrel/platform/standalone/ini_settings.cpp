@@ -6,22 +6,22 @@
 namespace rastrel::standalone {
 namespace {
 
-IniFile SettingsFile() {
+IniFile SettingsFile(KeptText& kept) {
   EnsureDataRoot();
   const std::wstring root = os::FromNative(os::DataRoot());
-  return {root + L"/settings.ini", root + L"/.settings.lock"};
+  return {root + L"/settings.ini", root + L"/.settings.lock", &kept};
 }
 
 }  // namespace
 
 std::optional<std::wstring> IniSettings::Read(const std::wstring& section, const std::wstring& key,
                                               DataStoreType) {
-  return SettingsFile().Read(section, key);
+  return SettingsFile(m_Text).Read(section, key);
 }
 
 bool IniSettings::Write(const std::wstring& section, const std::wstring& key,
                         const std::wstring& value, DataStoreType) {
-  return SettingsFile().Write(section, key, value);
+  return SettingsFile(m_Text).Write(section, key, value);
 }
 
 }  // namespace rastrel::standalone

@@ -4,16 +4,18 @@
 #include <string>
 
 #include "rastrel/platform/host/host.h"
+#include "rastrel/platform/standalone/kept_text.h"
 
 /// The standalone host, for a program that brings none: everything is under the data root
 /// (platform/os/path.h).
 namespace rastrel::standalone {
 
 /// `settings.ini` of the data root: UTF-8, sections in brackets, `key = value`, lines that begin
-/// with ';' or '#' are comments and survive a write. Read at every call, so a change by another
-/// program counts at once; replaced as a whole, under a lock that other processes honour. Values
-/// are one line; a line end in one, or text that would not read back as it is, is refused. A file
-/// that others may write to (os::CheckTrusted) has no values, and gets none.
+/// with ';' or '#' are comments and survive a write. The file is looked at in every call, so a
+/// change by another program counts at once, and read if it changed; replaced as a whole, under a
+/// lock that other processes honour. Values are one line; a line end in one, or text that would not
+/// read back as it is, is refused. A file that others may write to (os::CheckTrusted) has no
+/// values, and gets none.
 class IniSettings : public host::Settings {
  public:
   [[nodiscard]] std::optional<std::wstring> Read(const std::wstring& section,
@@ -21,6 +23,9 @@ class IniSettings : public host::Settings {
                                                  DataStoreType store) override;
   [[nodiscard]] bool Write(const std::wstring& section, const std::wstring& key,
                            const std::wstring& value, DataStoreType store) override;
+
+ private:
+  KeptText m_Text;
 };
 
 /// The data root's directories. There are no system directories on this platform.

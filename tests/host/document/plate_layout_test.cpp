@@ -177,6 +177,30 @@ TEST_F(PlateLayout, a_walk_over_panes_goes_on_on_further_pages) {
   EXPECT_EQ(document.HighestPage(), 3);
 }
 
+TEST_F(PlateLayout, a_pane_of_the_walk_keeps_its_edges_while_the_walk_goes_on_to_further_pages) {
+  const ObjectHandle plate = Add(1, 20, 10);
+  Grow(plate, 40);
+  std::vector<CPane*> panes;
+  for (CPane* pane = Item(plate).GetFirstPane(); pane; pane = Item(plate).GetNextPane())
+    panes.push_back(pane);
+  ASSERT_EQ(panes.size(), 40U);
+  EXPECT_EQ(Item(plate).GetNextPane(), nullptr) << "the walk is at its end";
+  for (std::size_t number = 0; number < panes.size(); ++number) {
+    const CWorldRect& edges = Shape(plate).panes[number % 12];
+    EXPECT_EQ(panes[number]->GetLeft(), edges.left) << number;
+    EXPECT_EQ(panes[number]->GetTop(), edges.top) << number;
+  }
+  EXPECT_EQ(Item(plate).GetFirstPane()->GetPlateObject(), plate) << "a second walk";
+}
+
+TEST_F(PlateLayout, a_layout_ends_the_walk_before_it) {
+  const ObjectHandle plate = Add(1, 20, 10);
+  Grow(plate, 26);
+  ASSERT_NE(Item(plate).GetFirstPane(), nullptr);
+  Grow(plate, 27);
+  EXPECT_EQ(Item(plate).GetNextPane(), nullptr);
+}
+
 TEST_F(PlateLayout, a_plate_whose_continuation_is_gone_is_continued_anew) {
   for (const bool forGood : {true, false}) {
     const ObjectHandle plate = Add(12, 20, 10);
