@@ -65,15 +65,12 @@ std::vector<std::string> FilePaths(const DeliveryOrder& order,
   return paths;
 }
 
-Expected<std::vector<std::string>> Delivery::Deliver(PageSource& source,
-                                                     const DeliveryOrder& order) {
-  if (order.device->kind == devices::DeviceKind::File) return ToFiles(source, order);
-  if (auto sent = ToCommand(source, order); !sent) return sent.Error();
-  return std::vector<std::string>{};
+Expected<void> Delivery::Deliver(PageSource& source, const DeliveryOrder& order) {
+  return order.device->kind == devices::DeviceKind::File ? ToFiles(source, order)
+                                                         : ToCommand(source, order);
 }
 
-Expected<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
-                                                     const DeliveryOrder& order) {
+Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order) {
   const auto paths = FilePaths(order, source.Shape().planes);
   std::vector<OutputFile> files;
   std::vector<RenderTarget> targets;
@@ -91,7 +88,16 @@ Expected<std::vector<std::string>> Delivery::ToFiles(PageSource& source,
     if (auto flushed = files[i].Flush(); !flushed) return flushed.Error();
     items.push_back({&files[i], paths[i]});
   }
-  return m_Publisher.Publish(items, order.device->overwrite);
+  // A replaced file could not come back, so that only files with new names are put under guard. A
+  // path that can't be, or a guardian that is gone, is no reason to lose a page.
+  const auto guard = [this](const std::vector<std::string>& names) {
+    for (const std::string& name : names) static_cast<void>(m_Guardian.Guard(name));
+  };
+  const auto delivered = m_Publisher.Publish(items, order.device->overwrite, guard);
+  if (!delivered) return delivered.Error();
+  order.delivered(*delivered);
+  for (const std::string& path : *delivered) static_cast<void>(m_Guardian.Release(path));
+  return {};
 }
 
 Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& order) {

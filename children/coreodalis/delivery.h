@@ -20,6 +20,9 @@ struct DeliveryOrder {
   unsigned permissions = 0600;           ///< of files that are made, less the umask
   std::function<void(double)> progress;  ///< called with the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
+  /// Called with the paths of the files that are in their places now; not for a command. New files
+  /// go with an end of this process before it has returned: nobody knows of them.
+  std::function<void(const std::vector<std::string>&)> delivered;
 };
 
 /// Brings pages to devices. Each page arrives at most once: its files appear whole or not at all.
@@ -27,13 +30,11 @@ class Delivery {
  public:
   explicit Delivery(interpreter::Guardian& guardian) : m_Guardian(guardian) {}
 
-  /// Delivers one page. The paths of the files that are in their places now; none for a command.
-  [[nodiscard]] Expected<std::vector<std::string>> Deliver(PageSource& source,
-                                                           const DeliveryOrder& order);
+  /// Delivers one page.
+  [[nodiscard]] Expected<void> Deliver(PageSource& source, const DeliveryOrder& order);
 
  private:
-  [[nodiscard]] Expected<std::vector<std::string>> ToFiles(PageSource& source,
-                                                           const DeliveryOrder& order);
+  [[nodiscard]] Expected<void> ToFiles(PageSource& source, const DeliveryOrder& order);
   [[nodiscard]] Expected<void> ToCommand(PageSource& source, const DeliveryOrder& order);
 
   interpreter::Guardian& m_Guardian;

@@ -179,10 +179,11 @@ class Engine {
     order.flushing = [this] {
       if (m_Printed + 1 == m_Printings) ReportState(EngineState::Flushing);
     };
-    auto paths = m_Delivery.Deliver(*source, order);
-    if (!paths) return paths.Error();
+    order.delivered = [](const std::vector<std::string>& paths) {
+      for (const std::string& path : paths) ReportOutput(path);
+    };
+    if (auto delivered = m_Delivery.Deliver(*source, order); !delivered) return delivered;
     ++m_Printed;
-    for (const std::string& path : *paths) ReportOutput(path);
     ReportPage(info->page);
     ReportShare(0);
     return {};

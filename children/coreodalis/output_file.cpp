@@ -260,7 +260,8 @@ Expected<OutputFile::Naming> Publisher::NameAll(std::span<const Item> items, uns
   return OutputFile::Naming::Named;
 }
 
-Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite) {
+Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> items, bool overwrite,
+                                                      const Named& hasNames) {
   if (items.empty()) return std::vector<std::string>{};
   if (overwrite) return Replace(items);
   unsigned& number = m_NextNumber.try_emplace(items.front().path, 1).first->second;
@@ -271,6 +272,7 @@ Expected<std::vector<std::string>> Publisher::Publish(std::span<const Item> item
     std::vector<std::string> named;
     for (const Item& item : items) named.push_back(NumberedPath(item.path, number));
     ++number;
+    if (hasNames) hasNames(named);
     if (const auto flushed = FlushNames(items); !flushed) return flushed.Error();
     return named;
   }

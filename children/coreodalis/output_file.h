@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <span>
 #include <string>
@@ -70,8 +71,12 @@ class Publisher {
   /// The paths that the files have in the end, in order. Unless `overwrite`, no file is replaced:
   /// where one of the names is taken, all get "-2" in front of the extension, then "-3" and so on.
   /// A failure leaves the files that were there. The names are on the disk when this returns.
+  ///
+  /// `named` is called with the paths once all files have names that no other file had, and before
+  /// the names are on the disk.
+  using Named = std::function<void(const std::vector<std::string>& paths)>;
   [[nodiscard]] Expected<std::vector<std::string>> Publish(std::span<const Item> items,
-                                                           bool overwrite);
+                                                           bool overwrite, const Named& named = {});
 
  private:
   [[nodiscard]] static Expected<std::vector<std::string>> Replace(std::span<const Item> items);

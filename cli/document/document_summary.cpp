@@ -28,7 +28,7 @@ void Count(const document::Document& document, host::ObjectHandle root, Document
     } else if (std::holds_alternative<document::GroupShape>(shape)) {
       Count(document, member, counts);
     } else {
-      ++counts.others;
+      ++counts.paths;
     }
   }
 }
@@ -59,6 +59,7 @@ void WriteText(const OpenedFile& file, const std::string& path,
                      Number(counts.texts, "text", "texts") + ", " +
                      Number(counts.drillPoints, "drill point", "drill points");
   if (counts.graphics > 0) text += ", " + Number(counts.graphics, "graphic", "graphics");
+  if (counts.paths > 0) text += ", " + Number(counts.paths, "path", "paths");
   if (document.Rotation() != 0) text += ", rotation " + os::ShortDecimal(document.Rotation(), 3);
   for (const std::string& name : output)
     text += (&name == output.data() ? "; written to " : ", ") + name;
@@ -93,6 +94,7 @@ void WriteJson(const OpenedFile& file, const std::string& path,
       .Add("texts", number(counts.texts))
       .Add("drill_points", number(counts.drillPoints))
       .Add("graphics", number(counts.graphics))
+      .Add("paths", number(counts.paths))
       .Add("output", output)
       .Write();
 }

@@ -17,7 +17,7 @@ struct DocumentCounts {
   std::size_t texts = 0;
   std::size_t drillPoints = 0;
   std::size_t graphics = 0;
-  std::size_t others = 0;
+  std::size_t paths = 0;  ///< lines and curves: placed vector files and cut lines
 };
 [[nodiscard]] DocumentCounts CountsOf(const document::Document& document);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "host/document/measure_text.h"
@@ -14,6 +15,19 @@ namespace rastrel::document {
 namespace {
 
 constexpr unsigned StopIcon = 16;
+
+/// The lines of a message as one: a space in place of their ends and empty lines.
+std::wstring InOneLine(std::wstring_view text) {
+  std::wstring line;
+  for (const wchar_t character : text) {
+    if (character != L'\r' && character != L'\n') {
+      line += character;
+    } else if (!line.empty() && line.back() != L' ') {
+      line += L' ';
+    }
+  }
+  return line;
+}
 
 }  // namespace
 
@@ -241,14 +255,16 @@ void DocumentApplication::TMessageBox(const wchar_t* text, const wchar_t* captio
   MessageBoxW(text, caption, icon);
 }
 
-// Stop means that the import gave something up.
+// Stop means that the import gave something up. A notice is one line, so that the lines of a
+// message are joined.
 void DocumentApplication::MessageBoxW(const wchar_t* text, const wchar_t* /*caption*/,
                                       unsigned icon) {
   if (!text) return;
+  const std::wstring line = InOneLine(text);
   if (icon == StopIcon) {
-    m_Notices.AddLoss(text);
+    m_Notices.AddLoss(line);
   } else {
-    m_Notices.Add(text);
+    m_Notices.Add(line);
   }
 }
 

@@ -121,6 +121,21 @@ TEST_P(OutputFiles, files_of_one_page_get_their_names_together) {
   EXPECT_EQ(ReadFile(Path("c.tif")), "mine");
 }
 
+TEST_P(OutputFiles, names_are_told_once_all_are_given) {
+  auto first = Make("1");
+  auto second = Make("2");
+  const Publisher::Item items[] = {{&*first, Path("a")}, {&*second, Path("b")}};
+  Publisher publisher;
+  int calls = 0;
+  const auto paths = publisher.Publish(items, false, [&](const std::vector<std::string>& named) {
+    ++calls;
+    EXPECT_EQ(named, (Names{Path("a"), Path("b")}));
+    EXPECT_EQ(Visible(), (Names{"a", "b"}));
+  });
+  ASSERT_TRUE(paths) << Describe(paths.Error());
+  EXPECT_EQ(calls, 1);
+}
+
 TEST_P(OutputFiles, if_one_name_cannot_be_given_no_file_has_one) {
   auto first = Make("1");
   auto second = Make("2");

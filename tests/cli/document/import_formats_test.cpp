@@ -101,6 +101,14 @@ TEST_F(ImportFormats, a_graphic_beside_the_template_is_placed_in_any_case_and_wi
   }
 }
 
+TEST_F(ImportFormats, the_summary_counts_the_paths_of_placed_vector_files) {
+  m_Command.Place().Write("art.svg", Crest);
+  EXPECT_EQ(Summary(RunOn("art.cr2", Cr2("art.svg"), {"--json"}))["paths"], 1);
+  const CommandResult shown = RunOn("art.cr2", Cr2("art.svg"));
+  EXPECT_NE(shown.output.find(", 0 drill points, 1 path"), std::string::npos) << shown.output;
+  EXPECT_EQ(Summary(RunOn("none.cr2", Cr2("none.svg"), {"--json"}))["paths"], 0);
+}
+
 TEST_F(ImportFormats, a_graphic_outside_the_templates_directory_is_left_out_and_said_so) {
   m_Command.Place().Write("secret/logo.svg", Crest);
   m_Command.Place().Write("orders/note.txt", "x");

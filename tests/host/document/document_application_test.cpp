@@ -186,6 +186,13 @@ TEST_F(DocumentApplicationTest, a_warning_becomes_a_note_and_a_stop_a_loss) {
   EXPECT_EQ(m_Notices.Losses(), (std::vector<std::wstring>{L"stopped", L"Import cancelled!"}));
 }
 
+TEST_F(DocumentApplicationTest, a_message_of_several_lines_becomes_a_notice_of_one) {
+  m_Application.TMessageBox(L"can't load\nlogo.svg", L"caption", 48);
+  m_Application.MessageBoxW(L"first\nsecond\n\nthird\r\n", L"caption", 48);
+  EXPECT_EQ(m_Notices.Texts(),
+            (std::vector<std::wstring>{L"can't load logo.svg", L"first second third"}));
+}
+
 TEST_F(DocumentApplicationTest, new_objects_are_on_the_page_on_show_and_on_page_1_when_all_are) {
   for (const int shown : {1, 2, 7, 0}) {
     m_Document.SetDisplayPage(shown);
