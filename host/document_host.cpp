@@ -14,6 +14,7 @@
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
+#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::document {
@@ -69,7 +70,10 @@ struct DocumentHost::Parts {
         loader(*document, notices) {
     store.ReportTo(&notices);
     application.SetGraphicLoader([this](const std::wstring& path, bool cutLine) {
-      return door.LetsIn(path) ? loader.Load(path, cutLine) : 0;
+      if (!door.LetsIn(path)) return 0;
+      // Read anew for each file: an import sets it while it loads.
+      const int letters = GetIntKorvane(L"IMPPDF", L"TextAsGraphics", 0, DS_USER, nullptr);
+      return loader.Load(path, {cutLine, letters != 0});
     });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });

@@ -139,11 +139,18 @@ enum class EpsLetters {
 };
 
 /// A short task: a PostScript file as PDF. An encapsulated one has one page, as large as its
-/// bounding box. The file reads and writes no file besides, and `bytes` are handed over without
-/// one. The failure is a text for the user, with the interpreter's last error line where it has
-/// one.
+/// bounding box. One that ends no page is one page, as large as a print of it would be
+/// (PrintPages); without marks it is refused. The file reads and writes no file besides, and
+/// `bytes` are handed over without one. The limits are those of all runs together. The failure is a
+/// text for the user, with the interpreter's last error line where it has one.
 [[nodiscard]] Expected<std::string> PdfFromEps(const std::string& bytes,
                                                const EpsLimits& limits = {},
                                                EpsLetters letters = EpsLetters::Keep);
+
+/// A short task: the first page of a PDF file, its crop box, as a PDF whose letters are paths that
+/// are filled, within the same walls. A page that the interpreter can't read whole is refused, also
+/// where other readers show it. The failure is a text for the user.
+[[nodiscard]] Expected<std::string> OutlinedPdf(const std::string& bytes,
+                                                const EpsLimits& limits = {});
 
 }  // namespace rastrel::interpreter

@@ -44,13 +44,19 @@ class PdfPicture : public Picture {
   PdfLines m_Lines;
 };
 
+using PdfDocument = std::unique_ptr<PopplerDocument, GlibEnd>;
+
+// The bytes must outlive the document.
+PdfDocument OpenDocument(const std::string& bytes, GError** error) {
+  const std::unique_ptr<GBytes, GlibEnd> data(g_bytes_new_static(bytes.data(), bytes.size()));
+  return PdfDocument(poppler_document_new_from_bytes(data.get(), nullptr, error));
+}
+
 }  // namespace
 
 OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes, PdfLines lines) {
-  const std::unique_ptr<GBytes, GlibEnd> data(g_bytes_new_static(bytes->data(), bytes->size()));
   GError* raised = nullptr;
-  std::unique_ptr<PopplerDocument, GlibEnd> document(
-      poppler_document_new_from_bytes(data.get(), nullptr, &raised));
+  auto document = OpenDocument(*bytes, &raised);
   const GlibError error(raised);
   if (!document) {
     return FailureOf("it is no PDF that can be drawn" + ReasonAfterColon(error));
@@ -60,8 +66,25 @@ OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes, PdfLines lines) 
                                                  : nullptr);
   if (!page) return FailureOf("the PDF has no page");
   return std::unique_ptr<Picture>(
-
       std::make_unique<PdfPicture>(std::move(bytes), std::move(document), std::move(page), lines));
+}
+
+bool HasDrawnLetters(const std::string& pdf) {
+  GError* raised = nullptr;
+  const PdfDocument document = OpenDocument(pdf, &raised);
+  const GlibError error(raised);
+  if (!document) return false;
+  const std::unique_ptr<PopplerFontInfo, GlibEnd> info(poppler_font_info_new(document.get()));
+  PopplerFontsIter* fonts = nullptr;
+  bool found = false;
+  // It goes on from page to page.
+  if (poppler_font_info_scan(info.get(), 1, &fonts) && fonts) {
+    do {
+      found = poppler_fonts_iter_get_font_type(fonts) == POPPLER_FONT_TYPE_TYPE3;
+    } while (!found && poppler_fonts_iter_next(fonts));
+  }
+  poppler_fonts_iter_free(fonts);
+  return found;
 }
 
 }  // namespace rastrel::drawing

@@ -29,5 +29,8 @@ enum class PdfLines {
 /// By poppler. The picture keeps the bytes.
 [[nodiscard]] OpenedPicture OpenPdf(std::shared_ptr<const std::string> bytes,
                                     PdfLines lines = PdfLines::OnScreen);
+/// Whether the first page of a PDF names a font whose letters are drawings (Type 3). The drawing
+/// library ends the program on them where it writes a script. False for a file that is no PDF.
+[[nodiscard]] bool HasDrawnLetters(const std::string& pdf);
 
 }  // namespace rastrel::drawing

@@ -6,6 +6,8 @@
 #include <span>
 #include <utility>
 
+#include "host/graphics/drawing_records.h"
+
 namespace rastrel::drawing {
 
 using document::PathSegment;
@@ -50,10 +52,10 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 11> Reasons 
     {"mesh", "it has a gradient"},
     {"/source", "it has an image"},
     {"image", "it has an image"},
-    {"/type", "it has letters in a font"},
-    {"set-font-matrix", "it has letters in a font"},
-    {"show-glyphs", "it has letters in a font"},
-    {"show-text-glyphs", "it has letters in a font"},
+    {"/type", graphics::LettersReason},
+    {"set-font-matrix", graphics::LettersReason},
+    {"show-glyphs", graphics::LettersReason},
+    {"show-text-glyphs", graphics::LettersReason},
     {"similar", "it has opacity, a mask, a filter or a pattern"},
     {"paint", "it paints a whole area"},
 }};
@@ -359,9 +361,16 @@ ScriptReader::Sight ScriptReader::SightOf(const PathShape& shape) const {
       place = PlaceOf(points, clip);
     }
     if (place.beyond) return Sight::None;
-    if (!place.within && sight == Sight::Whole) sight = Sight::Part;
+    if (!place.within && sight == Sight::Whole) sight = IsPage(clip) ? Sight::Page : Sight::Part;
   }
   return sight;
+}
+
+// Pages come with a clip of their own size, too.
+bool ScriptReader::IsPage(const Corners& clip) const {
+  const std::array<CWorldPoint, 4> page = {
+      {{0, 0}, {m_Width, 0}, {m_Width, m_Height}, {0, m_Height}}};
+  return PlaceOf(page, clip).within;
 }
 
 ScriptReader::Check ScriptReader::CheckPaint() {
@@ -378,7 +387,8 @@ ScriptReader::Check ScriptReader::CheckPaint() {
   // The library writes six digits.
   if (m_Alpha < 1 - 1e-6) return ended("it is translucent");
   if (sight == Sight::Cut) return ended("a path cuts out a part of it");
-  if (sight == Sight::Part) return ended("a part of it is cut off at an edge");
+  if (sight == Sight::Page) return ended("the edge of its page cuts off a part of it");
+  if (sight == Sight::Part) return ended("a clip with straight edges cuts off a part of it");
   return Check::Paints;
 }
 

@@ -47,7 +47,9 @@ class ScriptReader {
  private:
   // A convex area; empty for a clip that is none.
   using Corners = std::vector<CWorldPoint>;
-  enum class Sight { Whole, None, Part, Cut };
+  // The part of a path that shows: all, nothing, or the one within the page, a convex clip or
+  // another.
+  enum class Sight { Whole, None, Page, Part, Cut };
 
   // Each returns false once the reading has ended; those with a name, true for another name too.
   bool TakeToken(std::string_view token);
@@ -72,6 +74,7 @@ class ScriptReader {
   [[nodiscard]] CWorldPoint PointOf(std::size_t count, std::size_t index) const;
   [[nodiscard]] CWorldPoint OnPage(double x, double y) const;
   document::SubPath& Run();
+  [[nodiscard]] bool IsPage(const Corners& clip) const;
   [[nodiscard]] Sight SightOf(const document::PathShape& shape) const;
 
   double m_Width;

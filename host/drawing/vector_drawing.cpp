@@ -15,6 +15,7 @@
 #include "host/drawing/open_picture.h"
 #include "host/drawing/picture_formats.h"
 #include "host/drawing/script_reader.h"
+#include "host/graphics/drawing_records.h"
 #include "host/graphics/picture.h"
 #include "host/render/cairo_objects.h"
 
@@ -203,7 +204,9 @@ Expected<VectorDrawing> ReadVectorDrawing(GraphicKind kind,
     if (reader.IsTooLong()) sink.HasRoomFor(graphics::MaximumVectorPoints + 1);
     return reader.Reason();
   };
-  if (MayHavePixels(kind, *bytes)) {
+  if (kind == GraphicKind::Pdf && HasDrawnLetters(*bytes)) {
+    drawing.reason = graphics::LettersReason;
+  } else if (MayHavePixels(kind, *bytes)) {
     drawing.reason = readAt(std::min(1.0, ScaleOf(**picture)), [](const auto&) { return true; });
   }
   std::vector<Colors> others;

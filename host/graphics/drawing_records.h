@@ -30,4 +30,7 @@ enum class DrawingRecord : char {
 
 inline constexpr std::size_t RecordHeadSize = 9;
 
+/// The reason of a Kept that is about letters: a PDF may be read again without fonts then.
+inline constexpr const char* LettersReason = "it has letters in a font";
+
 }  // namespace rastrel::graphics

@@ -87,6 +87,13 @@ class ResultReader {
     return {};
   }
 
+  // Why the file stays a picture; nothing where it is paths.
+  [[nodiscard]] const std::optional<std::wstring>& Kept() const { return m_Kept; }
+  void KeepBecause(std::optional<std::wstring> reason) { m_Kept = std::move(reason); }
+  void SayMore(const std::string& more) {
+    m_Kept = document::CleanMessage(m_Kept.value_or(std::wstring()) + os::WideFromUtf8(more));
+  }
+
   // The file as it is, where it is no paths. Fails if its size can't be had.
   Expected<void> Finish(GraphicShape picture, bool isImage) {
     if (!isImage && !m_Kept) return {};
@@ -134,6 +141,8 @@ class ResultReader {
   std::size_t m_Points = 0;
 };
 
+std::wstring LettersText() { return os::WideFromUtf8(std::string(LettersReason)); }
+
 bool IsImage(GraphicKind kind) {
   return kind == GraphicKind::Png || kind == GraphicKind::Jpeg || kind == GraphicKind::Tiff;
 }
@@ -151,10 +160,31 @@ Expected<void> Run(const std::vector<std::string>& task, const std::string& byte
   });
 }
 
-Expected<void> ReadForeign(const std::wstring& path, std::string bytes, bool cutLine,
+// A PDF that stays a picture only for its letters, once more without fonts. Where that fails it
+// stays one, and the reason says why.
+void ReadLettersAsPaths(const std::string& pdf, const std::string& purpose,
+                        const DrawingLimits& limits, ResultReader& reader, LoadedGraphic& graphic) {
+  interpreter::EpsLimits time;
+  time.time = std::min(time.time, limits.epsTime);
+  const auto outlined = interpreter::OutlinedPdf(pdf, time);
+  LoadedGraphic paths;
+  ResultReader second(paths);
+  const auto ran = outlined ? Run({"paths", "pdf", purpose}, *outlined, limits, second)
+                            : Expected<void>(outlined.Error());
+  if (!ran) {
+    reader.SayMore(", which can't become paths: " + Describe(ran.Error()));
+  } else if (second.Kept()) {
+    reader.KeepBecause(*second.Kept());
+  } else {
+    graphic = std::move(paths);
+    reader.KeepBecause(std::nullopt);
+  }
+}
+
+Expected<void> ReadForeign(const std::wstring& path, std::string bytes, const LoadOptions& options,
                            const DrawingLimits& limits, LoadedGraphic& graphic) {
   ResultReader reader(graphic);
-  const std::string purpose = cutLine ? "cut" : "art";
+  const std::string purpose = options.cutLine ? "cut" : "art";
   if (const auto kind = PathFileKindOf(bytes)) {
     return Run({"paths", *kind == PathFileKind::Dxf ? "dxf" : "hpgl", purpose}, bytes, limits,
                reader);
@@ -176,13 +206,17 @@ Expected<void> ReadForeign(const std::wstring& path, std::string bytes, bool cut
   const auto task = image ? std::vector<std::string>{"measure", name}
                           : std::vector<std::string>{"paths", name, purpose};
   auto ran = Run(task, *drawable->bytes, limits, reader);
-  return ran ? reader.Finish(std::move(picture), image) : ran;
+  if (!ran) return ran;
+  if (options.textAsGraphics && *kind == GraphicKind::Pdf && reader.Kept() == LettersText()) {
+    ReadLettersAsPaths(*drawable->bytes, purpose, limits, reader, graphic);
+  }
+  return reader.Finish(std::move(picture), image);
 }
 
 }  // namespace
 
 Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(const std::wstring& path,
-                                                               bool cutLine,
+                                                               const LoadOptions& options,
                                                                const DrawingLimits& limits) {
   auto bytes = os::ReadWholeFile(path, LargestGraphicFile);
   if (!bytes) return bytes.Error();
@@ -194,7 +228,7 @@ Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(const std::wstrin
     graphic->document = std::move(*document);
     graphic->weight = bytes->size();
   } else {
-    const auto read = ReadForeign(path, std::move(*bytes), cutLine, limits, *graphic);
+    const auto read = ReadForeign(path, std::move(*bytes), options, limits, *graphic);
     if (!read) return read.Error();
   }
   return std::shared_ptr<const LoadedGraphic>(std::move(graphic));

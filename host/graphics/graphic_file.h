@@ -19,6 +19,13 @@ struct LoadedObject {
   LINESTYLE lineStyle{0, LINESTYLE_HAIRLINE};
 };
 
+/// How a file is read.
+struct LoadOptions {
+  bool cutLine = false;         ///< an SVG path whose file names no fill for it has none
+  bool textAsGraphics = false;  ///< letters of a PDF become paths, as those of other files do
+  bool operator==(const LoadOptions&) const = default;
+};
+
 /// The content of a file as it becomes objects.
 struct LoadedGraphic {
   std::vector<LoadedObject> objects;                   ///< of a foreign file
@@ -29,6 +36,6 @@ struct LoadedGraphic {
 
 /// Reads a file by path. The failure is a sentence about it, or the system's error.
 [[nodiscard]] Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(
-    const std::wstring& path, bool cutLine, const DrawingLimits& limits);
+    const std::wstring& path, const LoadOptions& options, const DrawingLimits& limits);
 
 }  // namespace rastrel::graphics

@@ -37,11 +37,11 @@ void GraphicLoader::Keep(Entry entry) {
 }
 
 Expected<std::shared_ptr<const LoadedGraphic>> GraphicLoader::Read(const std::wstring& path,
-                                                                   bool cutLine) {
+                                                                   const LoadOptions& options) {
   // The stamp is taken first: a file that changes while it is read is read again the next time.
   const auto stamp = os::StampOf(path);
   const auto found = std::ranges::find_if(m_Entries, [&](const Entry& entry) {
-    return entry.path == path && entry.cutLine == cutLine;
+    return entry.path == path && entry.options == options;
   });
   if (found != m_Entries.end()) {
     if (stamp && found->stamp == *stamp) {
@@ -51,8 +51,8 @@ Expected<std::shared_ptr<const LoadedGraphic>> GraphicLoader::Read(const std::ws
     m_Entries.erase(found);
   }
   ++m_FilesRead;
-  auto graphic = ReadGraphicFile(path, cutLine, m_Limits);
-  if (graphic && stamp) Keep({path, cutLine, *stamp, *graphic});
+  auto graphic = ReadGraphicFile(path, options, m_Limits);
+  if (graphic && stamp) Keep({path, options, *stamp, *graphic});
   return graphic;
 }
 
@@ -82,8 +82,8 @@ Expected<void> GraphicLoader::Place(const LoadedGraphic& graphic) {
   return {};
 }
 
-int GraphicLoader::Load(const std::wstring& path, bool cutLine) {
-  const auto graphic = Read(path, cutLine);
+int GraphicLoader::Load(const std::wstring& path, const LoadOptions& options) {
+  const auto graphic = Read(path, options);
   auto loaded = graphic ? Place(**graphic) : Expected<void>(graphic.Error());
   if (!loaded) {
     m_Notices.AddLoss(path + L" can't be placed: " + os::WideFromUtf8(Describe(loaded.Error())));

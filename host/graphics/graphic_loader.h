@@ -8,19 +8,18 @@
 #include "host/document/document.h"
 #include "host/document/notices.h"
 #include "host/graphics/drawing_process.h"
+#include "host/graphics/graphic_file.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::graphics {
-
-/// The content of a file as it becomes objects; shared by all that were made of it.
-struct LoadedGraphic;
 
 /// Loads foreign files and documents into a document, recognised by their content.
 ///
 /// - Vector files (SVG, PDF, EPS and other PostScript, DXF, HPGL) become path objects, one a
 ///   painted path, in painting order, as direct members of the document. Layer and line color are
 ///   those of the path: a path without a fill has an invisible layer, one without a line the kind
-///   of line 16. Of a PDF or PostScript file the first page counts. EPS letters become paths.
+///   of line 16. Of a PDF or PostScript file the first page counts. Letters become paths, those of
+///   a PDF only where LoadOptions::textAsGraphics says so.
 /// - SVG, PDF and PostScript that paths can't express stay one placed file. Its bounds are those of
 ///   the drawn part, and its colors its own; `reason` of the object says why.
 /// - Images (PNG, JPEG, TIFF) are placed files in true size.
@@ -41,8 +40,8 @@ class GraphicLoader {
   GraphicLoader& operator=(const GraphicLoader&) = delete;
 
   /// Returns 1. A file that can't be loaded changes nothing: its reason becomes a loss, and the
-  /// result is 0. Of a cut line, an SVG path whose file names no fill for it has none.
-  int Load(const std::wstring& path, bool cutLine = false);
+  /// result is 0.
+  int Load(const std::wstring& path, const LoadOptions& options = {});
 
   /// Files that were read, so far.
   [[nodiscard]] std::size_t FilesRead() const { return m_FilesRead; }
@@ -50,12 +49,12 @@ class GraphicLoader {
  private:
   struct Entry {
     std::wstring path;
-    bool cutLine;
+    LoadOptions options;
     os::FileStamp stamp;
     std::shared_ptr<const LoadedGraphic> graphic;
   };
   [[nodiscard]] Expected<std::shared_ptr<const LoadedGraphic>> Read(const std::wstring& path,
-                                                                    bool cutLine);
+                                                                    const LoadOptions& options);
   void Keep(Entry entry);
   [[nodiscard]] Expected<void> Place(const LoadedGraphic& graphic);
 

@@ -44,6 +44,67 @@ TEST(EpsConversion, a_file_becomes_a_pdf) {
   EXPECT_TRUE(converted->starts_with("%PDF-"));
 }
 
+// --- PostScript without showpage ---
+
+// Points of the page's sides as the PDF says them.
+std::string MediaBox(const std::string& pdf) {
+  const std::size_t place = pdf.find("/MediaBox [");
+  return place == pdf.npos ? "" : pdf.substr(place + 11, pdf.find(']', place) - place - 11);
+}
+
+TEST(EpsConversion, marks_without_showpage_are_a_page_as_large_as_they_are) {
+  const auto open = PdfFromEps("%!PS\n100 200 50 20 rectfill\n");
+  ASSERT_TRUE(open) << Describe(open.Error());
+  // A dot of 2400 to the inch on the left and below, where the measure rounds outward.
+  EXPECT_TRUE(MediaBox(*open).starts_with("0 0 50.0")) << MediaBox(*open);
+  const auto sheet =
+      PdfFromEps("%!PS\n<< /PageSize [300 200] >> setpagedevice 100 20 50 20 rectfill\n");
+  ASSERT_TRUE(sheet) << Describe(sheet.Error());
+  EXPECT_EQ(MediaBox(*sheet), "0 0 300 200");
+}
+
+TEST(EpsConversion, neither_marks_nor_showpage_is_refused) {
+  EXPECT_EQ(Refusal("%!PS\n1 2 add pop\n"),
+            "it has neither marks nor showpage, so there is no page");
+}
+
+TEST(EpsConversion, an_empty_page_that_is_shown_is_a_page) {
+  EXPECT_EQ(Refusal("%!PS\n<< /PageSize [300 200] >> setpagedevice showpage\n"), "");
+}
+
+// The page's size is foreign then, and nothing else.
+TEST(EpsConversion, a_report_that_the_file_forges_makes_at_most_another_page_or_a_refusal) {
+  const std::string forged =
+      "(%stderr) (w) file dup (\nRastrelPages 0\nRastrelMeasure 9 9 0 x\n) writestring "
+      "flushfile /currentdevice { nonsense } def\n";
+  EXPECT_NE(Refusal("%!PS\n" + forged), "");
+  EXPECT_NE(Refusal("%!PS\n100 200 50 20 rectfill showpage\n" + forged), "");
+}
+
+TEST(EpsConversion, letters_on_their_side_do_not_turn_the_page) {
+  const auto converted = PdfFromEps(
+      "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 100 200\n/Helvetica findfont 20 scalefont "
+      "setfont 50 20 moveto 90 rotate (Hello there) show\n");
+  ASSERT_TRUE(converted);
+  EXPECT_EQ(converted->find("/Rotate 90"), converted->npos);
+}
+
+TEST(EpsConversion, letters_of_a_pdf_become_paths) {
+  const auto letters = PdfFromEps(
+      "%!PS\n/Helvetica findfont 20 scalefont setfont 50 20 moveto (Hello) show showpage\n");
+  ASSERT_TRUE(letters);
+  EXPECT_NE(letters->find("/Font"), letters->npos);
+  const auto outlined = OutlinedPdf(*letters);
+  ASSERT_TRUE(outlined) << Describe(outlined.Error());
+  EXPECT_EQ(outlined->find("/Font"), outlined->npos);
+}
+
+TEST(EpsConversion, a_pdf_that_can_not_be_read_whole_has_no_paths) {
+  const auto cut = OutlinedPdf("%PDF-1.4\n1 0 obj\n<</Type /Catalog");
+  ASSERT_FALSE(cut);
+  EXPECT_NE(Describe(cut.Error()), "");
+}
+
 // "For at most a minute" (docs/formats/pictures.md).
 TEST(EpsConversion, a_file_has_a_minute_by_default) { EXPECT_EQ(EpsLimits().time, 60s); }
 

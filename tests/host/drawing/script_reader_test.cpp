@@ -140,15 +140,34 @@ TEST(Script, a_clip_may_be_one_unit_smaller_than_a_path) {
   };
   EXPECT_EQ(clipped("50"), "");
   EXPECT_EQ(clipped("51"), "");
-  EXPECT_EQ(clipped("51.01"), "a part of it is cut off at an edge");
+  EXPECT_EQ(clipped("51.01"), "a clip with straight edges cuts off a part of it");
 }
 
 TEST(Script, clips_add_up_until_they_are_reset) {
   const std::string two = "n 0 0 100 100 rectangle clip+ n 50 50 100 100 rectangle clip+ ";
   EXPECT_EQ(Read(two + "n 60 60 20 20 rectangle fill+").paths.size(), 1U);
   EXPECT_EQ(Read(two + "n 60 60 80 20 rectangle fill+").reason,
-            "a part of it is cut off at an edge");
+            "a clip with straight edges cuts off a part of it");
   EXPECT_EQ(Read(two + "reset-clip n 60 60 80 20 rectangle fill+").paths.size(), 1U);
+}
+
+TEST(Script, a_path_that_the_page_cuts_says_so) {
+  const std::string reason = "the edge of its page cuts off a part of it";
+  const std::string path = "n 900 100 150 50 rectangle fill+";
+  EXPECT_EQ(Read(path).reason, reason);
+  EXPECT_EQ(Read("n 0 0 1000 500 rectangle clip+ " + path).reason, reason)
+      << "a clip as large as the page is the page's";
+  EXPECT_EQ(Read("n 0 0 950 500 rectangle clip+ n 900 100 80 50 rectangle fill+").reason,
+            "a clip with straight edges cuts off a part of it");
+}
+
+TEST(Script, a_line_may_be_wider_than_the_clip_that_holds_its_path) {
+  const auto read =
+      Read("n 100 100 50 50 rectangle clip+ 40 set-line-width n 100 100 50 50 rectangle stroke+");
+  EXPECT_EQ(read.reason, "");
+  ASSERT_EQ(read.paths.size(), 1U);
+  test::ExpectBox(read.paths[0], 100, 100, 150, 150);
+  EXPECT_EQ(read.paths[0].lineWidth, 40);
 }
 
 TEST(Script, a_convex_clip_of_lines_may_hold_a_path) {
@@ -159,7 +178,7 @@ TEST(Script, a_convex_clip_of_lines_may_hold_a_path) {
   EXPECT_EQ(Read(diamond + "n 50 0 m 100 50 l 50 100 l fill+").paths.size(), 1U)
       << "its box is larger than the clip, its points are not";
   EXPECT_EQ(Read(diamond + "n 10 10 80 80 rectangle fill+").reason,
-            "a part of it is cut off at an edge");
+            "a clip with straight edges cuts off a part of it");
   const auto beside = Read(diamond + "n 0 0 20 20 rectangle fill+");
   EXPECT_TRUE(beside.paths.empty());
   EXPECT_EQ(beside.reason, "");

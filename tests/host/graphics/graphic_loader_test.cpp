@@ -96,8 +96,8 @@ TEST_F(GraphicLoaderTest, a_cut_line_and_a_drawing_of_one_file_are_read_apart) {
   m_Directory.Write("a.svg", test::SvgFile("width=\"20\" height=\"10\""));
   GraphicLoader loader(m_Document, m_Notices);
   for (int i = 0; i < 2; ++i) {
-    ASSERT_EQ(loader.Load(m_Directory.Wide("a.svg"), false), 1);
-    ASSERT_EQ(loader.Load(m_Directory.Wide("a.svg"), true), 1);
+    ASSERT_EQ(loader.Load(m_Directory.Wide("a.svg"), {false, false}), 1);
+    ASSERT_EQ(loader.Load(m_Directory.Wide("a.svg"), {true, false}), 1);
   }
   EXPECT_EQ(loader.FilesRead(), 2U);
 }

@@ -13,6 +13,7 @@
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/os/text.h"
 #include "tests/host/graphics/graphic_files.h"
+#include "tests/host/graphics/vector_file.h"
 #include "tests/host/render/hostile_files.h"
 
 namespace rastrel::graphics {
@@ -23,82 +24,6 @@ using document::GraphicShape;
 using document::Object;
 using document::PathShape;
 using testing::HasSubstr;
-
-// Coordinates are rounded to 1e-5 cm.
-constexpr double Near = 1.5e-5;
-
-// A page of 10 by 5 cm, whose unit is a centimetre.
-std::string Svg(const std::string& content, const std::string& attributes = "") {
-  return "<svg xmlns=\"http://www.w3.org/2000/svg\" "
-         "xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"10cm\" height=\"5cm\" "
-         "viewBox=\"0 0 10 5\" " +
-         attributes + ">" + content + "</svg>";
-}
-
-// The same page, whose unit is a centimetre and whose y grows upward.
-std::string Eps(const std::string& body) {
-  return test::EpsFile("28.346456692913385 dup scale\n" + body, "0 0 284 142");
-}
-
-class VectorFile : public testing::Test {
- protected:
-  int Load(const std::string& bytes, bool cutLine = false) {
-    m_Directory.Write("drawing", bytes);
-    return GraphicLoader(m_Document, m_Notices).Load(m_Directory.Wide("drawing"), cutLine);
-  }
-  // The loaded objects, which are the selection and all that the document has.
-  std::vector<Object> Loaded(const std::string& bytes, bool cutLine = false) {
-    for (const auto handle : std::vector(m_Document.Members(host::DocumentRoot))) {
-      m_Document.Destroy(handle);
-    }
-    EXPECT_EQ(Load(bytes, cutLine), 1) << Losses();
-    EXPECT_EQ(m_Document.Members(host::DocumentRoot), m_Document.Selection());
-    std::vector<Object> objects;
-    for (const auto handle : m_Document.Selection()) objects.push_back(*m_Document.Find(handle));
-    return objects;
-  }
-  // Why a drawing stays a picture; empty if it is paths.
-  std::string KeptBecause(const std::string& bytes) {
-    const auto objects = Loaded(bytes);
-    const auto* graphic =
-        objects.size() == 1 ? std::get_if<GraphicShape>(&objects[0].shape) : nullptr;
-    return graphic ? os::Utf8FromWide(graphic->reason) : "";
-  }
-  std::string Refusal(const std::string& bytes) {
-    EXPECT_EQ(Load(bytes), 0);
-    EXPECT_EQ(m_Document.ObjectCount(), 0U);
-    return m_Notices.Losses().empty() ? "" : os::Utf8FromWide(m_Notices.Losses().back());
-  }
-  std::string Losses() const {
-    std::string all;
-    for (const auto& loss : m_Notices.Losses()) all += os::Utf8FromWide(loss) + "\n";
-    return all;
-  }
-
-  document::Document m_Document;
-  document::Notices m_Notices;
-  test::ScratchDirectory m_Directory;
-};
-
-void ExpectBounds(const Object& object, double left, double bottom, double right, double top,
-                  double near = Near) {
-  const BOUNDS bounds = BoundsOf(object.shape, object.attributes.matrix);
-  EXPECT_NEAR(bounds.xmin, left, near);
-  EXPECT_NEAR(bounds.ymin, bottom, near);
-  EXPECT_NEAR(bounds.xmax, right, near);
-  EXPECT_NEAR(bounds.ymax, top, near);
-}
-
-// -1 for the invisible color, else red, green and blue as a number.
-int ColorOf(const CVKColor& color) {
-  if (color.IsInvisible()) return -1;
-  const auto& parts = color.GetComponents();
-  return static_cast<int>(parts[0]) << 16 | static_cast<int>(parts[1]) << 8 |
-         static_cast<int>(parts[2]);
-}
-std::uint32_t LineKind(const Object& object) {
-  return object.attributes.lineStyle.style & LINESTYLE_KIND;
-}
 
 // --- Geometry and attributes ---
 
@@ -272,9 +197,9 @@ TEST_F(VectorFile, a_clip_that_holds_a_whole_path_changes_nothing) {
 
 TEST_F(VectorFile, one_that_a_clip_cuts_stays_a_picture) {
   EXPECT_EQ(KeptBecause(Eps("1 1 3 3 rectclip newpath 2 2 moveto 8 2 lineto 5 3 lineto fill\n")),
-            "a part of it is cut off at an edge");
+            "a clip with straight edges cuts off a part of it");
   EXPECT_EQ(KeptBecause(Svg("<rect x='8' y='1' width='6' height='1'/>")),
-            "a part of it is cut off at an edge");
+            "the edge of its page cuts off a part of it");
   EXPECT_EQ(KeptBecause(Svg("<clipPath id='c'><circle cx='5' cy='2' r='1'/></clipPath>"
                             "<rect x='2' y='1' width='6' height='3' clip-path='url(#c)'/>")),
             "a path cuts out a part of it");
@@ -286,6 +211,14 @@ TEST_F(VectorFile, a_line_at_the_edge_of_the_page_is_a_path) {
                  "<rect x='20' width='3' height='3'/>"));
   ASSERT_EQ(objects.size(), 1U) << "what is beside the page does not show";
   ExpectBounds(objects[0], 0, 0, 10, 5);
+}
+
+TEST_F(VectorFile, a_line_on_the_bounding_box_of_an_eps_stays_a_path) {
+  const auto objects =
+      Loaded(test::EpsFile("5 setlinewidth 0 0 100 50 rectstroke\n", "0 0 100 50"), {true, false});
+  ASSERT_EQ(objects.size(), 1U);
+  ExpectBounds(objects[0], 0, 0, 100 * 2.54 / 72, 50 * 2.54 / 72, 0.02 * 2.54 / 72);
+  EXPECT_NEAR(objects[0].attributes.lineStyle.width, 5 * 2.54 / 72, 0.02 * 2.54 / 72);
 }
 
 // --- Drawings that stay pictures ---
@@ -368,7 +301,7 @@ class CutLine : public VectorFile {
                                         "x='1' y='1' width='2' height='2' " +
                                         attributes + "/></g>",
                                     root),
-                                true);
+                                {true, false});
     EXPECT_EQ(objects.size(), 1U);
     return objects.empty() ? -2 : ColorOf(objects[0].attributes.layer);
   }
@@ -392,7 +325,7 @@ TEST_F(CutLine, a_fill_that_is_named_stays_wherever_that_is) {
 }
 
 TEST_F(CutLine, a_path_without_fill_and_stroke_is_loaded_without_a_line) {
-  const auto objects = Loaded(Svg("<circle cx='5' cy='2' r='1' fill='none'/>"), true);
+  const auto objects = Loaded(Svg("<circle cx='5' cy='2' r='1' fill='none'/>"), {true, false});
   ASSERT_EQ(objects.size(), 1U);
   EXPECT_EQ(LineKind(objects[0]), LINESTYLE_NONE);
   EXPECT_EQ(ColorOf(objects[0].attributes.lineColor), 0) << "black where it gets a line alone";
@@ -400,8 +333,9 @@ TEST_F(CutLine, a_path_without_fill_and_stroke_is_loaded_without_a_line) {
 }
 
 TEST_F(CutLine, a_stroke_that_is_named_stays_and_dashes_are_whole_lines) {
-  const auto objects = Loaded(
-      Svg("<path d='M1 1L9 1L9 4' stroke='#00f' stroke-width='.2' stroke-dasharray='1'/>"), true);
+  const auto objects =
+      Loaded(Svg("<path d='M1 1L9 1L9 4' stroke='#00f' stroke-width='.2' stroke-dasharray='1'/>"),
+             {true, false});
   ASSERT_EQ(objects.size(), 1U);
   EXPECT_EQ(ColorOf(objects[0].attributes.layer), -1);
   EXPECT_EQ(ColorOf(objects[0].attributes.lineColor), 0x0000FF);
