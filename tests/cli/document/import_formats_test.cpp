@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -51,6 +52,14 @@ class ImportFormats : public ::testing::Test {
       if (object["event"] == event) return object;
     }
     return {};
+  }
+
+  /// A private file of the data root.
+  void WriteRoot(const std::string& name, const std::string& content) const {
+    const std::filesystem::path path = m_Command.Root() + "/" + name;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path) << content;
+    std::filesystem::permissions(path, std::filesystem::perms(0600));
   }
 
   CommandRunner m_Command{CommandRunner::Children::None};
@@ -161,19 +170,23 @@ TEST_F(ImportFormats, a_users_own_cutline_file_stays_as_it_is) {
 }
 
 TEST_F(ImportFormats, settings_that_can_not_be_stored_are_findings) {
-  m_Command.Place().Write("logo.svg", Crest);
-  EXPECT_EQ(RunOn("a.cr2", Cr2("logo.svg"), {"--strict"}).status, 0);
-  // Nothing replaces a directory by a file.
-  std::filesystem::remove(m_Command.Root() + "/settings.ini");
-  std::filesystem::create_directories(m_Command.Root() + "/settings.ini");
-  const auto result = RunOn("a.cr2", Cr2("logo.svg"), {"--strict"});
+  const std::string zml =
+      "<ENGRAVINGTEMPLATE><Rotation>90</Rotation><Driver>Any</Driver>"
+      "<table_size width='12' height='6'/><template><placement width='4' height='2'/></template>"
+      "<plates><plate/></plates></ENGRAVINGTEMPLATE>";
+  WriteRoot("settings.ini", "[plottersetup]\nNumberDevices = 1\n");
+  WriteRoot("plotters/0.ini", "[setup]\nplottername = 90\n");
+  EXPECT_EQ(RunOn("a.zml", zml, {"--strict"}).status, 0);
+  // Nothing is written without its lock, and a directory is none.
+  std::filesystem::remove(m_Command.Root() + "/.settings.lock");
+  std::filesystem::create_directories(m_Command.Root() + "/.settings.lock");
+  const auto result = RunOn("a.zml", zml, {"--strict"});
   EXPECT_EQ(result.status, 3) << result.error;
-  for (const char* key : {"\"CollapseToZero\" of \"Pages\"", "\"Merge\" of \"Sheet Layer\""})
-    EXPECT_NE(result.error.find(std::string("a.cr2: the setting ") + key +
-                                " can't be stored in settings.ini of the data root\n"),
-              std::string::npos)
-        << result.error;
-  EXPECT_EQ(RunOn("a.cr2", Cr2("logo.svg")).status, 0);
+  EXPECT_NE(result.error.find("a.zml: the setting \"DeviceUsed\" of \"plottersetup\" can't be "
+                              "stored in settings.ini of the data root\n"),
+            std::string::npos)
+      << result.error;
+  EXPECT_EQ(RunOn("a.zml", zml).status, 0);
 }
 
 TEST_F(ImportFormats, results_go_to_the_users_directory_and_not_to_the_templates) {
