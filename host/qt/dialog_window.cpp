@@ -74,6 +74,13 @@ QWidget* DialogWindow::MakeControl(const host::DialogControl& control) {
     }
     case host::ControlKind::Fonts: return MakeFonts(control.id);
     case host::ControlKind::Button: break;
+    // No dialog has one of these yet.
+    case host::ControlKind::DecimalEdit:
+    case host::ControlKind::IntegerEdit:
+    case host::ControlKind::Radio:
+    case host::ControlKind::CheckBox:
+    case host::ControlKind::ComboBox:
+    case host::ControlKind::ColorPicker: return new QWidget(this);
   }
   auto* const button = new QPushButton(text, this);
   connect(button, &QPushButton::clicked, this, [this, id = control.id] { Command(id); });

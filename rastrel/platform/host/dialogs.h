@@ -2,10 +2,12 @@
 
 /// Dialogs as the library runs them, and the views by which a host shows them.
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "rastrel/platform/os/handle.h"
@@ -35,9 +37,12 @@ class CWnd;
 /// - The time since RunModal began is the view's own to show, where a progress bar is.
 /// - A list is filled from GetEntries before RunModal shows it, with GetChosen as the chosen entry,
 ///   and each choice of the user's goes to Choose. The list belongs to the text above it.
+/// - Controls with a value get it by SetValue, and the entries of a combo box by SetItems, before
+///   RunModal. Each change of the user's goes to ControlChanged at once, and GetValue returns the
+///   value on show, also while the user types. A label is the text above its control.
+/// - Radio buttons that follow each other are one group, of which one is checked.
 /// - An ampersand in a control's text is in front of the letter that is its key. A view without
-/// such
-///   keys leaves it out.
+///   such keys leaves it out.
 /// - Where no user could press anything (no display, no terminal), a view cancels the dialog once
 ///   only a user could end it: see MayEndByItself.
 namespace rastrel::host {
@@ -55,14 +60,40 @@ enum class ControlKind {
   Text,
   Progress,
   Button,
-  Fonts  ///< a list of fonts by name, of which one is chosen; a window shows a sample of it
+  Fonts,        ///< a list of fonts by name, of which one is chosen; a window shows a sample of it
+  DecimalEdit,  ///< a decimal number with spin steps; its value is a double
+  IntegerEdit,  ///< a whole number with spin steps; its value is a double
+  Radio,        ///< one of a group; its value is a bool
+  CheckBox,     ///< its value is a bool
+  ComboBox,     ///< one of several texts; its value is a text
+  ColorPicker   ///< its value is a PickedColor of its type
 };
+
+/// The kinds of color picker, with the host's numbers.
+enum class PickerType {
+  Rgb = 2,  ///< red, green and blue
+  Cmyk = 7  ///< cyan, magenta, yellow and black
+};
+
+/// The color of a picker.
+struct PickedColor {
+  PickerType type = PickerType::Rgb;
+  /// Red, green and blue from 0 to 255, and 0; or cyan, magenta, yellow and black from 0 to 1.
+  std::array<double, 4> components{};
+  bool operator==(const PickedColor&) const = default;
+};
+
+/// The value of a control: nothing for a control without one, or of a view that has none.
+using ControlValue = std::variant<std::monostate, double, bool, std::wstring, PickedColor>;
 
 /// A control of a dialog.
 struct DialogControl {
   int id;               ///< unique in the dialog
-  ControlKind kind;     ///< a line of text, a progress bar, a button or a list
+  ControlKind kind;     ///< its kind
   const wchar_t* text;  ///< with its translation mark, ends with a zero; empty without a fixed text
+  double step = 1;      ///< of an edit: one press of a spin arrow
+  double minimum = 0;   ///< of an edit: a lower number is refused
+  PickerType pickerType = PickerType::Rgb;  ///< of a color picker
 };
 
 /// The layout of a dialog before it runs.
@@ -104,6 +135,9 @@ class DialogLogic {
   [[nodiscard]] virtual std::size_t GetChosen(int /*control*/) const { return 0; }
   /// The user chose an entry of a list. One that the list does not have changes nothing.
   virtual void Choose(int /*control*/, std::size_t /*entry*/) {}
+  /// The user changed the value of a control, which the view's GetValue now returns. Not called for
+  /// values that the dialog sets itself. By default nothing.
+  virtual void ControlChanged(int /*control*/) {}
 };
 
 /// One dialog on show. The library owns it and destroys it when the dialog is over.
@@ -123,6 +157,18 @@ class DialogView {
   virtual void SetPosition(int control, int position) = 0;
   /// Shows the dialog, and returns when it has ended.
   virtual void RunModal() = 0;
+
+  /// Sets the value of a control; a value of another type than the control's changes nothing. A
+  /// radio button that is checked clears the others of its group. By default nothing.
+  virtual void SetValue(int /*control*/, const ControlValue& /*value*/) {}
+  /// Sets the entries of a combo box, of which none is chosen then. By default nothing.
+  virtual void SetItems(int /*control*/, std::span<const std::wstring> /*items*/) {}
+  /// Lets the user change a control, or no longer. Controls begin enabled. By default nothing.
+  virtual void SetEnabled(int /*control*/, bool /*enabled*/) {}
+  /// Shows or hides a control. Controls begin visible. By default nothing.
+  virtual void SetVisible(int /*control*/, bool /*visible*/) {}
+  /// The value of a control. By default none: the dialog then keeps the value that it has.
+  [[nodiscard]] virtual ControlValue GetValue(int /*control*/) { return {}; }
 };
 
 /// Makes views. The host owns it (`Host::GetDialogViews`).

@@ -14,5 +14,6 @@ GraphicsIO* Host::GetGraphicsIO() { return nullptr; }
 ContourCut* Host::GetContourCut() { return nullptr; }
 PlaneReader* Host::GetPlaneReader() { return nullptr; }
 Application* Host::GetApplication() { return nullptr; }
+std::optional<std::wstring> Host::GetLanguageKey() { return std::nullopt; }
 
 }  // namespace rastrel::host

@@ -103,6 +103,10 @@ class RASTREL_API Host {
   [[nodiscard]] virtual PlaneReader* GetPlaneReader();
   /// The application (application.h), or null.
   [[nodiscard]] virtual Application* GetApplication();
+
+  /// The key of the user's language, which the reader of separated planes gets; nothing if the host
+  /// has no such key. On the user interface thread. By default nothing.
+  [[nodiscard]] virtual std::optional<std::wstring> GetLanguageKey();
 };
 
 /// Installs a host, before the library's first use. The host is not owned: it must outlive its last
