@@ -2,6 +2,7 @@
 
 import collections
 import fnmatch
+import os
 import pathlib
 import re
 import shutil
@@ -61,7 +62,11 @@ def contents(path):
     if not path.is_dir():
         return ""
     names = sorted(entries(path))
-    return f" with {', '.join(names[:12])}" if names else " empty"
+    owner = path / ".owner"
+    of = f", of process {owner.read_text().split()[0]}" if owner.is_file() else ""
+    if of.endswith(f" {os.getpid()}"):
+        of += ", this one"  # it adopts the children of killed jobs
+    return f" with {', '.join(names[:12])}{of}" if names else " empty"
 
 
 class Remains:

@@ -105,7 +105,11 @@ class Files(unittest.TestCase):
         run = self.place / "9a2240b"
         (run / "p0001").mkdir(parents=True)
         self.assertEqual(self.faults(), [f"root: {run}/ was left with p0001/"])
+        (run / ".owner").write_text("71 8812 0ef1\n")
+        self.remains.faults.clear()
+        self.assertEqual(self.faults(), [f"root: {run}/ was left with .owner, p0001/, of process 71"])
         (run / "p0001").rmdir()
+        (run / ".owner").unlink()
         self.remains.faults.clear()
         self.assertEqual(self.faults(), [f"root: {run}/ was left empty"])
 
