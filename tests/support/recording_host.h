@@ -201,6 +201,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   /// Which of the document's libraries the host has; all at first.
   bool m_HasDocument = true;
   bool m_HasGraphicsIO = true;
+  bool m_HasContourCut = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -216,7 +217,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   host::GraphicsIO* GetGraphicsIO() override {
     return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
   }
-  host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::ContourCut* GetContourCut() override {
+    return m_HasDocument && m_HasContourCut ? &m_Store : nullptr;
+  }
   host::Application* GetApplication() override { return m_HasDocument ? &m_Application : nullptr; }
 
  private:
