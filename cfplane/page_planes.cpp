@@ -69,7 +69,13 @@ Expected<void> ReadRows(PixelFile& file, const Pixels& pixels, TakeRow take) {
   return {};
 }
 
+// Whether the file has the very bytes of the block.
+bool IsBlock(const PixelFile& file, const BlockForm& form) {
+  return form.samples == 1 && file.Samples() == 1 && form.Stride() == form.RowBytes();
+}
+
 Expected<void> Fill(PixelFile& file, const Pixels& pixels, unsigned channel) {
+  if (IsBlock(file, pixels.form)) return file.Read(pixels.block.Bytes());
   const std::size_t width = pixels.form.width;
   if (pixels.form.samples == 3)
     return ReadRows(file, pixels, [width](const std::byte* from, std::byte* to) {
@@ -80,8 +86,6 @@ Expected<void> Fill(PixelFile& file, const Pixels& pixels, unsigned channel) {
     return ReadRows(file, pixels, [=](const std::byte* from, std::byte* to) {
       TakeChannel(from + channel, step, to, width);
     });
-  // The file has the very bytes of the block, but for the padding.
-  if (pixels.form.Stride() == width) return file.Read(pixels.block.Bytes());
   return ReadRows(file, pixels,
                   [width](const std::byte* from, std::byte* to) { std::copy_n(from, width, to); });
 }
@@ -90,7 +94,10 @@ Expected<Pixels> ReadBlock(const std::string& directory, const pages::PageInfo& 
                            const pages::PagePlane& plane, const BlockForm& form) {
   auto file = OpenFor(directory, info, plane, form);
   if (!file) return file.Error();
-  auto block = PixelBlock::Allocate(static_cast<std::size_t>(form.Bytes()));
+  const std::size_t lead =
+      IsBlock(*file, form) ? static_cast<std::size_t>(file->FirstSampleAt() % PixelBlock::PageBytes)
+                           : 0;
+  auto block = PixelBlock::Allocate(static_cast<std::size_t>(form.Bytes()), lead);
   if (!block) return FailureAt(directory + "/" + plane.file, block.Error());
   Pixels pixels{form, std::move(*block)};
   if (auto filled = Fill(*file, pixels, plane.channel); !filled) return filled.Error();

@@ -28,13 +28,16 @@ inline constexpr std::uint32_t MaximumSide = 2'000'000;
 /// Bytes of a block at most: its size has 32 bits in the header.
 inline constexpr std::uint64_t MaximumBlock = 0xFFFFFFFF;
 
-/// Memory for a block of pixels, zeroed, of large pages where the system has them: it is filled
-/// once from a file, and most of that time would else be spent on its first touch. Move only.
+/// Memory for a block of pixels, zeroed and straight from the system, so that it goes back when the
+/// block ends. Move only.
 class PixelBlock {
  public:
   PixelBlock() = default;
-  /// Fails with ENOMEM if there is not as much memory. REQUIRES: `bytes` is not 0.
-  [[nodiscard]] static Expected<PixelBlock> Allocate(std::size_t bytes);
+  /// The block begins `lead` bytes after the start of a page of memory: the system copies a file
+  /// faster to a place that lies in its page as the bytes do in theirs. Fails with ENOMEM if there
+  /// is not as much memory. REQUIRES: `bytes` is not 0, `lead` is less than PageBytes.
+  [[nodiscard]] static Expected<PixelBlock> Allocate(std::size_t bytes, std::size_t lead = 0);
+  static constexpr std::size_t PageBytes = 4096;
   ~PixelBlock();
   PixelBlock(PixelBlock&& other) noexcept;
   PixelBlock& operator=(PixelBlock&& other) noexcept;
@@ -44,6 +47,7 @@ class PixelBlock {
   [[nodiscard]] std::span<std::byte> Bytes() const { return m_Bytes; }
 
  private:
+  std::span<std::byte> m_Mapped;
   std::span<std::byte> m_Bytes;
 };
 

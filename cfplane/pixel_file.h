@@ -31,6 +31,9 @@ class PixelFile {
   [[nodiscard]] unsigned Samples() const { return m_Samples; }
   [[nodiscard]] std::size_t RowBytes() const { return std::size_t{m_Width} * m_Samples; }
 
+  /// The place of the first sample in the file.
+  [[nodiscard]] std::uint64_t FirstSampleAt() const { return m_Runs.front().offset; }
+
   /// Fills `bytes` with the next samples. The failure of a file that ends before is EIO.
   /// REQUIRES: as many are left.
   [[nodiscard]] Expected<void> Read(std::span<std::byte> bytes);

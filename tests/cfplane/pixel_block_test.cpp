@@ -12,9 +12,8 @@ using rastrel::planes::PixelBlock;
 namespace {
 
 TEST(PixelBlock, is_zeroed_and_can_be_written_to_its_last_byte) {
-  constexpr std::size_t LargePage = std::size_t{2} << 20;
-  for (const std::size_t bytes : {std::size_t{1}, std::size_t{4097}, LargePage - 1, LargePage,
-                                  LargePage + 1, 3 * LargePage - 5}) {
+  for (const std::size_t bytes : {std::size_t{1}, std::size_t{4095}, std::size_t{4096},
+                                  std::size_t{4097}, std::size_t{5} << 20}) {
     auto block = PixelBlock::Allocate(bytes);
     ASSERT_TRUE(block) << bytes;
     EXPECT_EQ(block->Bytes().size(), bytes);
@@ -22,6 +21,17 @@ TEST(PixelBlock, is_zeroed_and_can_be_written_to_its_last_byte) {
     std::ranges::fill(block->Bytes(), std::byte{7});
     const PixelBlock moved = std::move(*block);
     EXPECT_EQ(moved.Bytes().back(), std::byte{7});
+  }
+}
+
+TEST(PixelBlock, begins_where_it_is_asked_to_in_a_page_of_memory) {
+  for (const std::size_t lead : {std::size_t{0}, std::size_t{1}, std::size_t{4095}}) {
+    const auto block = PixelBlock::Allocate(10, lead);
+    ASSERT_TRUE(block);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block->Bytes().data()) % PixelBlock::PageBytes,
+              lead);
+    EXPECT_EQ(block->Bytes().size(), 10U);
+    block->Bytes().back() = std::byte{1};
   }
 }
 
