@@ -63,7 +63,8 @@ class PsSource : public SourceOf<CGenericPS> {
     return CopyFile(path, file);
   }
   [[nodiscard]] CutSourcePlace GetPlace() override {
-    const BOUNDS bounds = DBTranslateBounds(m_Object.GetBounds(), m_Object.GetMatrix());
+    const BOUNDS own = m_Object.GetBounds();
+    const BOUNDS bounds = DBTranslateBounds(own, m_Object.GetMatrix());
     return {.width = bounds.xmax - bounds.xmin,
             .height = bounds.ymax - bounds.ymin,
             .x = bounds.xmin,

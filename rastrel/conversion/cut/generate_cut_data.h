@@ -7,7 +7,7 @@ class CGenericPDF;
 class CGenericPS;
 
 // Cut lines of a placed object. The queue program takes the paths in the object's two cut colors
-// out of its file, behind a progress dialog, and they become an object of the host's document:
+// out of its file, while a progress dialog is on show, and they become an object of the host:
 // paths in the color of the cut line are lines that are cut, in that of the half-cut line lines
 // that are cut through, and all others plain. On the user interface thread, within one undo step
 // "Cutting", which is closed on every way out.
@@ -29,10 +29,11 @@ class CGenericPS;
 // section "RASTREL" is set:
 //
 //   end of the run                        stays
-//   no temporary file, or no PostScript   nothing (of a failed copy its part)
+//   no temporary file, or no PostScript   nothing
 //   no job header, EPS and PostScript     nothing
 //   no job header, PDF                    goes on, without the side file
 //   cancelled                             the side file
+//   failed, without a preview             the temporary file, the side file
 //   well, without a preview               all but the archive
 //   well, with a preview                  the side file
 //   preview wanted, and no bitmap         the page directory, the side file
