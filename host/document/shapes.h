@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "host/document/bitmap.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"
@@ -51,10 +52,18 @@ enum class FillRule {
   NonZero,  ///< those that runs go around more often in one direction than in the other
 };
 
+/// Whether a path is the way of a knife, and how deep that goes. Such a path has no inside and is
+/// drawn as a line of its own kind.
+enum class CutLine {
+  None,     ///< a drawing
+  Cut,      ///< the knife cuts into the material
+  Through,  ///< the knife cuts through the material
+};
+
 /// Lines and curves: a drawing, or the way of a knife.
 struct PathShape {
   std::vector<SubPath> subPaths;
-  bool cutLine = false;  ///< true for the way of a knife, which is drawn as such
+  CutLine cutLine = CutLine::None;
   FillRule fillRule = FillRule::EvenOdd;
   /// Open runs are filled as if a straight line closed them; without it closed ones alone are.
   bool fillsOpen = false;
@@ -143,6 +152,16 @@ struct GraphicShape {
   bool operator==(const GraphicShape& other) const;
 };
 
+/// A bitmap of this host, with its lower left corner at the origin before the object's matrix. Its
+/// pixels are the document's own, so that any process may draw them. A document file has it as a
+/// placed PNG file, and so it comes back as one.
+struct BitmapShape {
+  std::shared_ptr<const BitmapPixels> pixels;  ///< never null in a document
+  double width = 0;                            ///< above 0
+  double height = 0;                           ///< above 0
+  bool operator==(const BitmapShape& other) const;
+};
+
 /// A hole.
 struct DrillShape {
   CWorldPoint centre;
@@ -151,7 +170,7 @@ struct DrillShape {
 };
 
 using Shape = std::variant<GroupShape, PathShape, TextShape, ArcTextShape, PlateShape, GraphicShape,
-                           DrillShape>;
+                           DrillShape, BitmapShape>;
 
 /// The attributes that every object has besides its shape.
 struct Attributes {
