@@ -101,12 +101,11 @@ class GenerateTest : public QueueTest {
     }
     return names;
   }
-  /// The texts logged in the last run, without those of the queue program's supervisor.
+  /// The texts that the last run logged, without those of the queue program and its supervisor:
+  /// they begin with this tag.
   [[nodiscard]] std::string LogTexts() const {
-    const std::string supervisors = "[CLQ]: Q exited";
     const std::string texts = m_Library.LogTextsBehind(m_Mark);
-    const std::size_t end = texts.find(supervisors);
-    return end == std::string::npos ? texts : texts.substr(end + supervisors.size());
+    return texts.substr(std::min(texts.find("[CLQ] "), texts.size()));
   }
   /// The name of the file that the queue program was given, with its temporary part left out.
   [[nodiscard]] std::string GivenName() const {
