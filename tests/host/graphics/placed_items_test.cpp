@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 
 #include "host/document/document_file.h"
 #include "host/document_host.h"
@@ -130,6 +131,69 @@ TEST_F(PlacedItems, a_placed_file_has_its_own_size_and_the_item_of_its_kind) {
   EXPECT_EQ(ItemOf<CGenericEPS>(eps), ItemOf<CGenericEPS>(eps)) << "one item, the document's";
 }
 
+// The area that a conversion makes its picture of: not the finer box, and of PostScript the box
+// that its comments declare, the sheet that it sets, or the box around its marks.
+TEST_F(PlacedItems, a_placed_file_is_as_large_as_the_picture_that_a_conversion_makes_of_it) {
+  const auto expect = [&](const char* name, const std::string& bytes, double width, double height) {
+    const ObjectHandle object = Place(name, bytes);
+    ASSERT_NE(object, 0U);
+    // A measure is exact to 1/2400 inch on each side.
+    EXPECT_NEAR(Shape(object).width, width * Point, 0.07 * Point) << name;
+    EXPECT_NEAR(Shape(object).height, height * Point, 0.07 * Point) << name;
+  };
+  const std::string mark = "100 200 30 40 rectfill\n";
+  expect("fine.eps",
+         "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 99 199 131 241\n"
+         "%%HiResBoundingBox: 99.5 199.5 130.5 240.5\n%%EndComments\n" +
+             mark,
+         32, 42);
+  expect("binary.eps", BinaryEps(test::EpsFile()), 20, 10);
+  expect("end.eps",
+         "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: (atend)\n%%EndComments\n" + mark +
+             "%%Trailer\n%%BoundingBox: 100 200 130 240\n",
+         30, 40);
+  expect("declared.ps", "%!PS\n%%BoundingBox: 90 190 150 250\n%%EndComments\n" + mark + "showpage",
+         60, 60);
+  expect("sheet.ps", PostScriptFile(), 30, 40);
+  expect("marks.ps", "%!PS\n" + mark + "showpage\n", 30, 40);
+  expect("open.ps", "%!PS\n" + mark, 30, 40);
+}
+
+// A page of the file's area, 40 by 20 points, with a red rectangle in it.
+TEST_F(PlacedItems, a_placed_file_is_drawn_in_its_area) {
+  m_Host.GetDocument().SetBlank({40 * Point, 20 * Point, 7});
+  const ObjectHandle object =
+      Place("fine.eps",
+            "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 90 190 130 210\n"
+            "%%HiResBoundingBox: 100 200 110 205\n%%EndComments\n1 0 0 setrgbcolor\n"
+            "100 200 10 5 rectfill\n");
+  ASSERT_NE(object, 0U);
+  render::ImageOptions options;
+  options.dpi = 72;
+  options.blank = false;
+  const auto images =
+      render::DrawDocument({m_Host.GetDocument(), m_Host.GetFonts(), m_Host.GetNotices()},
+                           render::ImageFormat::Png, options);
+  ASSERT_TRUE(images) << Describe(images.Error());
+  m_Scratch.Write("drawn.png", images->front());
+  cairo_surface_t* surface =
+      cairo_image_surface_create_from_png(m_Scratch.Path("drawn.png").c_str());
+  ASSERT_EQ(cairo_image_surface_get_width(surface), 40);
+  const auto at = [&](int x, int y) {
+    std::uint32_t pixel = 0;
+    std::memcpy(
+        &pixel,
+        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface) + x * 4,
+        sizeof pixel);
+    return pixel & 0xFFFFFF;
+  };
+  EXPECT_EQ(at(15, 7), 0xFF0000U) << "10 to 20 from the left, 10 to 15 from below";
+  for (const auto& [x, y] : {std::pair(8, 7), {22, 7}, {15, 3}, {15, 12}}) {
+    EXPECT_EQ(at(x, y), 0xFFFFFFU) << x << " " << y;
+  }
+  cairo_surface_destroy(surface);
+}
+
 TEST_F(PlacedItems, bounds_of_pdf_are_those_in_the_document_and_of_postscript_before_its_matrix) {
   const ObjectHandle ps = Place("b.ps", PostScriptFile());
   const ObjectHandle pdf = Place("c.pdf", test::PdfFile());
@@ -149,7 +213,10 @@ TEST_F(PlacedItems, files_that_can_t_be_placed_say_why_and_place_nothing) {
   EXPECT_EQ(WhyNot("empty", ""), "it is neither PDF, EPS nor PostScript");
   EXPECT_NE(WhyNot("bad.pdf", "%PDF-1.4\nnothing"), "");
   EXPECT_NE(WhyNot("bad.ps", "%!PS\nnosuchoperator"), "");
-  EXPECT_NE(WhyNot("cut.eps", BinaryEps(test::EpsFile()).substr(0, 20)), "");
+  EXPECT_EQ(WhyNot("cut.eps", BinaryEps(test::EpsFile()).substr(0, 20)),
+            "its PostScript is not all there");
+  EXPECT_EQ(WhyNot("short.eps", BinaryEps(test::EpsFile()).substr(0, 60)),
+            "its PostScript is not all there");
   const auto missing = PlaceFile(m_Host.GetDocument(), m_Scratch.Wide("missing.eps"));
   ASSERT_FALSE(missing);
   EXPECT_EQ(missing.Error().error, ENOENT);
