@@ -26,9 +26,9 @@ std::shared_ptr<const BitmapPixels> PixelsOf(const BITMAPINFOHEADER& header,
   // At most 2^31 rows of 3 * 2^31 bytes, which 64 bits hold.
   const std::size_t row = made->RowBytes();
   const std::size_t size = row * static_cast<std::size_t>(made->height);
-  if (pixels.size() != size || (header.biSizeImage != 0 && header.biSizeImage != size)) {
-    return nullptr;
-  }
+  const bool agrees =
+      header.biSizeImage == 0 || header.biSizeImage == static_cast<std::uint32_t>(size);
+  if (pixels.size() != size || !agrees) return nullptr;
   if (header.biHeight < 0) {
     made->bytes.assign(pixels.begin(), pixels.end());
     return made;

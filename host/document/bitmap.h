@@ -37,7 +37,7 @@ struct BitmapPixels {
 ///     biSize 40, biPlanes 1, biCompression 0, biWidth above 0, biBitCount 24 or 8
 ///     biHeight below 0: the first row is the top one; above 0: the bottom one
 ///     pixels: biHeight rows of biWidth pixels, each padded to whole 4 bytes
-///     biSizeImage: 0, or the number of these bytes
+///     biSizeImage: 0, or the number of these bytes, of which the field holds the low 32 bits
 [[nodiscard]] std::shared_ptr<const BitmapPixels> PixelsOf(const BITMAPINFOHEADER& header,
                                                            std::span<const std::byte> pixels);
 

@@ -30,9 +30,15 @@ class DocumentApplication : public host::Application {
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
   ~DocumentApplication() override;
   void SetGraphicLoader(LoadGraphic loader) { m_LoadGraphic = std::move(loader); }
+  /// Opens a file at a path as the object of `NewGenericEPS`; null if it can't.
+  using OpenEps = std::function<std::unique_ptr<CGenericEPS>(const std::wstring& path)>;
+  void SetEpsOpener(OpenEps opener) { m_OpenEps = std::move(opener); }
   /// Called after the view has made the document a new one (`OnNew`): who keeps something of the
   /// old document drops it.
   void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
+
+  /// Returns the unit of lengths for each GetCurrentUnits; without it that is 0, centimetres.
+  void SetUnitsSource(std::function<int()> units) { m_Units = std::move(units); }
 
   /// The files of the program, not owned; without them there are no plotters, and an import writes
   /// its files to the base directory for temporary ones.
@@ -74,11 +80,14 @@ class DocumentApplication : public host::Application {
 
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  /// Null without an opener (SetEpsOpener).
+  [[nodiscard]] std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
   [[nodiscard]] CVKBitmap* NewVKBitmap() override;
   /// A pointer that NewVKBitmap did not return, or that was given back, changes nothing.
   void DeleteVKBitmap(CVKBitmap* bitmap) override;
   void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
+  [[nodiscard]] int GetCurrentUnits() override { return m_Units ? m_Units() : 0; }
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
 
@@ -101,6 +110,8 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  OpenEps m_OpenEps;
+  std::function<int()> m_Units;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;

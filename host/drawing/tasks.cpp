@@ -100,10 +100,11 @@ class FileOpener {
   explicit FileOpener(const render::DrawingRequest& request) : m_Request(request) {}
 
   Expected<std::unique_ptr<Picture>> operator()(const GraphicShape& shape) const {
-    GraphicKind kind = shape.kind;
-    std::shared_ptr<const std::string> bytes = shape.bytes;
-    if (kind == GraphicKind::Eps) {
-      const auto& converted = m_Request.converted.at(shape.bytes.get());
+    const document::ShownFile shown = document::ShownFileOf(shape);
+    GraphicKind kind = shown.kind;
+    std::shared_ptr<const std::string> bytes = shown.bytes;
+    if (document::IsPostScript(kind)) {
+      const auto& converted = m_Request.converted.at({shape.bytes.get(), shape.whole});
       if (!converted) return converted.Error();
       kind = GraphicKind::Pdf;
       bytes = *converted;
@@ -112,8 +113,9 @@ class FileOpener {
     const ForeignFile watch(name);
     auto picture = OpenPicture(kind, std::move(bytes));
     if (!picture) return picture.Error();
+    std::shared_ptr<const std::string> file = (*picture)->File();
     return std::unique_ptr<Picture>(
-        std::make_unique<WatchedPicture>(std::move(*picture), name, shape.bytes));
+        std::make_unique<WatchedPicture>(std::move(*picture), name, std::move(file)));
   }
 
  private:
