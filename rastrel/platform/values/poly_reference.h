@@ -58,6 +58,8 @@ class PolyReference {
   }
   ~PolyReference() {
     if (m_Object != nullptr) m_Object->ReleaseReference();
+    // An object with a negative count is not the references' to delete.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
   }
 
   /// The object, owned by all its references together; null if there is none.
