@@ -16,7 +16,7 @@ void SweepLeftovers();
 /// Removes the files of conversions in the RIP directory that nobody has changed for a day, which
 /// SweepLeftovers does with the present time: those that a failed or killed conversion left, and
 /// those that a conversion leaves on purpose for that long (docs/formats/conversion-files.md).
-/// They name no owner, but temporary names are told from others by their form. Nothing is removed
+/// They name no owner, and are known by the form of their temporary names. Nothing is removed
 /// while the setting "Keep PS Files" is set. Limits as above. Any thread may call.
 void SweepConversions(std::chrono::system_clock::time_point now);
 
