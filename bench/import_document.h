@@ -1,6 +1,6 @@
 #pragma once
 
-// What the benchmarks of imports have in common: the document that is imported into, and the
+// Shared by the benchmarks of imports: the document that is imported into, and the
 // comparison with the XML parser.
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-// Reading a drawing of any bytes: what must hold for the paths of each format.
+// Reading a drawing of any bytes: the promises that the reader of each format keeps.
 
 #include <cmath>
 #include <cstdint>

@@ -12,19 +12,19 @@ bool KeepsPostScriptFiles() {
   return GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0;
 }
 
-bool WriteAsPostScript(CGenericEPS& object, const std::wstring& path) {
+Expected<void> WriteAsPostScript(CGenericEPS& object, const std::wstring& path) {
   // The framework's file follows the umask, so it only opens a file that is private already.
-  if (!os::CreateForWriting(path, os::Access::Private)) return false;
+  if (auto made = os::CreateForWriting(path, os::Access::Private); !made) return made.Error();
   CFile file;
-  if (!file.Open(path.c_str(), CFile::modeWrite)) return false;
+  if (!file.Open(path.c_str(), CFile::modeWrite)) return FailureOf("the file can't be opened");
   try {
     CStream stream(&file);
-    if (object.ConvertToPS(&stream) == 0) return false;
+    if (object.ConvertToPS(&stream) == 0) return FailureOf("the host can't convert it");
     stream.Flush();
-    return true;
-  } catch (const CStreamException&) {
-    return false;
+  } catch (const CStreamException& failure) {
+    return FailureOf(failure.what());
   }
+  return {};
 }
 
 }  // namespace rastrel::conversion

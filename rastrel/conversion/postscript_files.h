@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "rastrel/platform/os/expected.h"
+
 class CGenericEPS;
 
 namespace rastrel::conversion {
@@ -10,8 +12,8 @@ namespace rastrel::conversion {
 /// "Keep PS Files" of section "RASTREL".
 [[nodiscard]] bool KeepsPostScriptFiles();
 
-/// Lets a placed EPS object write its PostScript into a new file, which is this user's alone. False
+/// Lets a placed EPS object write its PostScript into a new file, which is this user's alone. Fails
 /// if the file can't be made or written, or if the object fails; the file stays as it is then.
-[[nodiscard]] bool WriteAsPostScript(CGenericEPS& object, const std::wstring& path);
+[[nodiscard]] Expected<void> WriteAsPostScript(CGenericEPS& object, const std::wstring& path);
 
 }  // namespace rastrel::conversion

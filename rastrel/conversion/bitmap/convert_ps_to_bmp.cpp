@@ -12,19 +12,18 @@
 #include "rastrel/conversion/cut/cut_lines.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 #include "rastrel/conversion/job_header_writer.h"
+#include "rastrel/conversion/postscript_files.h"
 #include "rastrel/conversion/temporary_names.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
-#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/host/undo_step.h"
 #include "rastrel/platform/host/wait_cursor.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
-#include "rastrel/platform/values/stream.h"
 
 namespace conversion = rastrel::conversion;
 namespace host = rastrel::host;
@@ -111,28 +110,11 @@ class BitmapConversion {
           host::TranslatedText(L"(*v*)Error"));
       return false;
     }
-    return WritePostScriptOf(*eps);
-  }
-
-  bool WritePostScriptOf(CGenericEPS& eps) {
-    // The file is made for this user alone before anything is written to it.
-    const auto made = os::CreateForWriting(m_File, os::Access::Private);
-    CFile file;
-    if (!made || !file.Open(m_File.c_str(), CFile::modeWrite)) {
-      Log(L"[CLQ] the file of a conversion can't be made: %s", m_File);
-      return false;
-    }
-    try {
-      CStream stream(&file);
-      if (eps.ConvertToPS(&stream) != 0) {
-        stream.Flush();
-        return true;
-      }
-      Log(L"[CLQ] the host can't write the EPS file as PostScript: %s", m_Source);
-    } catch (const CStreamException& failure) {
-      Log(L"[CLQ] the PostScript of the EPS file can't be written: %s: %s", m_File, failure.what());
-    }
-    return false;
+    const auto written = conversion::WriteAsPostScript(*eps, m_File);
+    if (!written)
+      Log(L"[CLQ] the EPS file can't be written as PostScript: %s: %s", m_Source,
+          rastrel::Describe(written.Error()));
+    return static_cast<bool>(written);
   }
 
   bool AddHeader() {
@@ -161,7 +143,7 @@ class BitmapConversion {
 
   // With a cut line the PostScript stays.
   void RemoveDrawn() const {
-    if (GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0) return;
+    if (conversion::KeepsPostScriptFiles()) return;
     static_cast<void>(DeleteDirectory(PathWith(L".cfm").c_str()));
     if (m_Params.cut.enabled == 0) static_cast<void>(os::RemoveFile(m_File));
   }

@@ -79,8 +79,8 @@ void AddGraphicsToPane(TemplateImport& import, const PanePlace& pane,
                        const GraphicsDirectory& graphics, const std::wstring& imageDirectory,
                        const std::vector<CR2_GRAPHIC_FRAME>& frames) {
   for (const CR2_GRAPHIC_FRAME& frame : frames) {
-    import.document.store.DBGetPageRange(pane.plate);
-    import.document.store.DBGetSheetLayer(pane.plate);
+    static_cast<void>(import.document.store.DBGetPageRange(pane.plate));
+    static_cast<void>(import.document.store.DBGetSheetLayer(pane.plate));
     static_cast<void>(GetGraphicLocation(graphics, frame.graphic, imageDirectory));
   }
 }

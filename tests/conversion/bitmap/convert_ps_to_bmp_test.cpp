@@ -222,7 +222,8 @@ TEST_F(ConvertPsToBmp, leaves_what_was_written_of_an_eps_file_that_fails) {
         << calls;
   }
   EXPECT_EQ(Changes(), (Lines{PostScriptLeft[0], PostScriptLeft[0]}));
-  EXPECT_TRUE(LogHas("the host can't write the EPS file as PostScript: ROOT/job/sign.ps"));
+  EXPECT_TRUE(LogHas(
+      "the EPS file can't be written as PostScript: ROOT/job/sign.ps: the host can't convert it"));
 }
 
 // --- Ends before the file is drawn ---
