@@ -13,6 +13,7 @@
 #include "rastrel/platform/host/text_compose.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/recording_document.h"
+#include "tests/support/recording_planes.h"
 
 namespace rastrel::test {
 
@@ -191,6 +192,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   RecordingStore m_Store{m_Calls};
   RecordingText m_Text{m_Calls};
   RecordingApplication m_Application{m_Calls, m_Store};
+  RecordingPlaneReader m_Planes{m_Calls};
 
   /// Settings by section and key, as spelled.
   std::map<std::pair<std::wstring, std::wstring>, std::wstring> m_Settings;
@@ -201,6 +203,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   /// Which of the document's libraries the host has; all at first.
   bool m_HasDocument = true;
   bool m_HasGraphicsIO = true;
+  bool m_HasPlaneReader = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -217,6 +220,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
     return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
   }
   host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::PlaneReader* GetPlaneReader() override {
+    return m_HasDocument && m_HasPlaneReader ? &m_Planes : nullptr;
+  }
   host::Application* GetApplication() override { return m_HasDocument ? &m_Application : nullptr; }
 
  private:

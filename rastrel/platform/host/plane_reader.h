@@ -57,14 +57,34 @@ class RASTREL_API CFMDllIF {
   [[nodiscard]] virtual CFMPlane* GetInterface(const InterfaceId& id) = 0;
 };
 
+/// The two functions by which a library gives away a class of its own. A plane reader's library
+/// defines them for `CFMDllIF` and exports them; whoever loads it finds them by the names that the
+/// compiler gave them, so that nothing is linked:
+///
+///     template <>
+///     CFMDllIF* DynamicExport<CFMDllIF>::Create() { return new (std::nothrow) Reader; }
+///     template <>
+///     void DynamicExport<CFMDllIF>::Destroy(CFMDllIF* reader) { delete reader; }
+///
+/// Nothing may be thrown out of either.
+template <typename Interface>
+class RASTREL_API DynamicExport {
+ public:
+  /// Makes an instance, which the caller gives back to `Destroy`; null if that fails.
+  static Interface* Create();
+  /// Destroys an instance of `Create`, once.
+  static void Destroy(Interface* instance);
+};
+
 namespace rastrel::host {
 
 /// A library that is loaded while the program runs; null is none.
 using LibraryHandle = void*;
 
 /// Finds and loads the plane reader's library "cfplane.dll". A host that has its reader built in
-/// returns any handle that is not null, and the two functions. Only the user interface thread
-/// calls.
+/// returns any handle that is not null, and the two functions. A handle that is the loader's own
+/// one of the module that this library is part of is never given back. Only the user interface
+/// thread calls.
 class RASTREL_API PlaneReader {
  public:
   PlaneReader() = default;
