@@ -72,7 +72,14 @@ Expected<void> DrawingMaker::Add(host::ObjectHandle handle) {
   return {};
 }
 
-CutKind KindOf(const PathShape& path) { return path.cutLine ? CutKind::Cut : CutKind::Line; }
+CutKind KindOf(const PathShape& path) {
+  switch (path.cutLine) {
+    case document::CutLine::Cut: return CutKind::Cut;
+    case document::CutLine::Through: return CutKind::CutThrough;
+    case document::CutLine::None: break;
+  }
+  return CutKind::Line;
+}
 
 Expected<CutRun> DrawingMaker::RunOf(const document::SubPath& part, const TM& matrix) const {
   CutRun run;

@@ -99,6 +99,19 @@ TEST(CutDrawing, an_object_has_the_color_of_its_inside_or_else_of_its_outline) {
   EXPECT_EQ(drawing.objects.at(1).color, test::Rgb(4, 5, 6));
 }
 
+TEST(CutDrawing, a_line_is_of_its_paths_kind) {
+  using document::CutLine;
+  for (const auto& [line, kind] :
+       {std::pair(CutLine::None, CutKind::Line), std::pair(CutLine::Cut, CutKind::Cut),
+        std::pair(CutLine::Through, CutKind::CutThrough)}) {
+    Document document;
+    PathShape square = Square(1);
+    square.cutLine = line;
+    Add(document, square);
+    EXPECT_EQ(DrawingOf(document).objects.at(0).kind, kind);
+  }
+}
+
 TEST(CutDrawing, a_point_alone_is_no_line) {
   Document document;
   Add(document, PathShape{.subPaths = {{{1, 1}, {}, false}, {{2, 2}, {LineTo(2, 2)}, true}}});
