@@ -13,6 +13,7 @@
 #include "rastrel/platform/host/text_compose.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/recording_document.h"
+#include "tests/support/recording_placed.h"
 #include "tests/support/recording_planes.h"
 
 namespace rastrel::test {
@@ -107,6 +108,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   std::vector<std::wstring> m_Plotters;
   /// Whether there is a view.
   bool m_HasView = true;
+  /// The PostScript of the placed EPS files that it makes.
+  std::string m_EpsContent = "%!PS-Adobe-3.0 EPSF-3.0\nshowpage\n";
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
@@ -145,6 +148,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   void SetDrillPointObj(const NewWorldPt& place) override;
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
+  CVKBitmap* NewVKBitmap() override;
+  void DeleteVKBitmap(CVKBitmap* bitmap) override;
   CVelumark5View* UIGetActiveView() override;
   /// Null, and written if the script has an answer.
   CWnd* GetWindowHandle(int kind) override;
@@ -171,6 +177,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
 
   std::map<int, CSheetLayer> m_SheetLayers;
   std::unique_ptr<View> m_View;
+  std::vector<std::unique_ptr<RecordingBitmap>> m_Bitmaps;
+  int m_BitmapsMade = 0;
+  int m_EpsMade = 0;
   int m_HourGlasses = 0;
   bool m_DrillPointsOn = false;
 };
