@@ -21,6 +21,7 @@ std::vector<std::string> RecordingHost::LeftOpen() {
   std::vector<std::string> open = m_Store.LeftOpen();
   for (std::string& what : m_Text.LeftOpen()) open.push_back(std::move(what));
   for (std::string& what : m_Application.LeftOpen()) open.push_back(std::move(what));
+  for (std::string& what : m_Planes.LeftOpen()) open.push_back(std::move(what));
   for (const auto& [name, writes] : m_Writes)
     if (writes == 1 && !m_MayStay.contains(name))
       open.push_back("setting " + TextOf(name.first) + ", " + TextOf(name.second));

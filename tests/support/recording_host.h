@@ -13,6 +13,8 @@
 #include "rastrel/platform/host/text_compose.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/recording_document.h"
+#include "tests/support/recording_placed.h"
+#include "tests/support/recording_planes.h"
 
 namespace rastrel::test {
 
@@ -106,6 +108,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   std::vector<std::wstring> m_Plotters;
   /// Whether there is a view.
   bool m_HasView = true;
+  /// The PostScript of the placed EPS files that it makes.
+  std::string m_EpsContent = "%!PS-Adobe-3.0 EPSF-3.0\nshowpage\n";
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
@@ -144,6 +148,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   void SetDrillPointObj(const NewWorldPt& place) override;
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
+  CVKBitmap* NewVKBitmap() override;
+  void DeleteVKBitmap(CVKBitmap* bitmap) override;
   CVelumark5View* UIGetActiveView() override;
   /// Null, and written if the script has an answer.
   CWnd* GetWindowHandle(int kind) override;
@@ -170,6 +177,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
 
   std::map<int, CSheetLayer> m_SheetLayers;
   std::unique_ptr<View> m_View;
+  std::vector<std::unique_ptr<RecordingBitmap>> m_Bitmaps;
+  int m_BitmapsMade = 0;
+  int m_EpsMade = 0;
   int m_HourGlasses = 0;
   bool m_DrillPointsOn = false;
 };
@@ -191,6 +201,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   RecordingStore m_Store{m_Calls};
   RecordingText m_Text{m_Calls};
   RecordingApplication m_Application{m_Calls, m_Store};
+  RecordingPlaneReader m_Planes{m_Calls};
 
   /// Settings by section and key, as spelled.
   std::map<std::pair<std::wstring, std::wstring>, std::wstring> m_Settings;
@@ -201,6 +212,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   /// Which of the document's libraries the host has; all at first.
   bool m_HasDocument = true;
   bool m_HasGraphicsIO = true;
+  bool m_HasPlaneReader = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -217,6 +229,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
     return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
   }
   host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::PlaneReader* GetPlaneReader() override {
+    return m_HasDocument && m_HasPlaneReader ? &m_Planes : nullptr;
+  }
   host::Application* GetApplication() override { return m_HasDocument ? &m_Application : nullptr; }
 
  private:

@@ -14,4 +14,12 @@ Expected<SharedLibrary> SharedLibrary::Open(const char* name) {
 
 void* SharedLibrary::Find(const char* name) const { return ::dlsym(m_Library, name); }
 
+void* OwnModule() {
+  Dl_info information{};
+  void* map = nullptr;
+  static const char hereInThisModule = 0;
+  // The loader's handles are the addresses of its own records.
+  return ::dladdr1(&hereInThisModule, &information, &map, RTLD_DL_LINKMAP) != 0 ? map : nullptr;
+}
+
 }  // namespace rastrel::os

@@ -31,4 +31,9 @@ class SharedLibrary {
   void* m_Library;
 };
 
+/// The module that holds this code, program or shared library, as the loader's own handle: the same
+/// one that opening it by name gives. It is not counted and must not be closed. Null if the loader
+/// doesn't know it. Thread: any.
+[[nodiscard]] void* OwnModule();
+
 }  // namespace rastrel::os

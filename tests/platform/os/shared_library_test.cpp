@@ -1,5 +1,6 @@
 #include "rastrel/platform/os/shared_library.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -27,6 +28,13 @@ TEST(SharedLibrary, says_why_it_can_not_be_had) {
   ASSERT_FALSE(static_cast<bool>(library));
   EXPECT_NE(std::string::npos, library.Error().why.find("libno-such-library.so.1"))
       << library.Error().why;
+}
+
+TEST(OwnModule, is_the_handle_that_the_loader_gives_for_this_program) {
+  void* const handle = ::dlopen(nullptr, RTLD_LAZY | RTLD_NOLOAD);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(rastrel::os::OwnModule(), handle);
+  ::dlclose(handle);
 }
 
 }  // namespace
