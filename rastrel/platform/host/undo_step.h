@@ -7,19 +7,25 @@
 
 namespace rastrel::host {
 
-/// An undo step, open as long as this lives. The name is translated. Used on the user interface
-/// thread.
+/// An undo step, open as long as this lives unless it is left open. The name is translated. Used on
+/// the user interface thread.
 class UndoStep {
  public:
   UndoStep(ObjectStore& store, const wchar_t* name) : m_Store(store) {
     m_Store.UNOpenStep(TranslatedText(name).c_str());
   }
-  ~UndoStep() { m_Store.UNCloseStep(); }
+  ~UndoStep() {
+    if (m_Closes) m_Store.UNCloseStep();
+  }
   UndoStep(const UndoStep&) = delete;
   UndoStep& operator=(const UndoStep&) = delete;
 
+  /// The step stays open when this ends.
+  void LeaveOpen() { m_Closes = false; }
+
  private:
   ObjectStore& m_Store;
+  bool m_Closes = true;
 };
 
 }  // namespace rastrel::host

@@ -78,8 +78,7 @@ TEST_F(CfmBitmap, takes_its_size_from_pixels_and_resolution_without_bounds) {
   m_Params.cut.resolution = 2;
   EXPECT_TRUE(Load());
   // 2 by 1 pixels at 2 dpi are 1 by 0.5 inches.
-  EXPECT_EQ(Calls().Of({"DBInsertBitmap"}),
-            (HostCalls::Lines{"DBInsertBitmap(2.54, 1.27) -> #2"}));
+  EXPECT_EQ(Calls().Of({"DBInsertBitmap"}), (HostCalls::Lines{"DBInsertBitmap(2.54, 1.27) -> #2"}));
 }
 
 TEST_F(CfmBitmap, has_the_language_key_of_a_host_that_has_one) {
