@@ -13,6 +13,7 @@ constexpr int PlateType = 1001;
 constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
 constexpr int ArcTextType = 1004;
+constexpr int BitmapType = 1005;
 
 // Grows to hold points.
 class Box {
@@ -103,6 +104,10 @@ struct BoundsVisitor {
     box.Add(drill.centre.x - radius, drill.centre.y - radius);
     box.Add(drill.centre.x + radius, drill.centre.y + radius);
   }
+  void operator()(const BitmapShape& bitmap) const {
+    box.Add(0, 0);
+    box.Add(bitmap.width, bitmap.height);
+  }
 };
 
 }  // namespace
@@ -124,6 +129,11 @@ bool GraphicShape::operator==(const GraphicShape& other) const {
          (bytes == other.bytes || (bytes && other.bytes && *bytes == *other.bytes));
 }
 
+bool BitmapShape::operator==(const BitmapShape& other) const {
+  return width == other.width && height == other.height &&
+         (pixels == other.pixels || (pixels && other.pixels && *pixels == *other.pixels));
+}
+
 int TypeNumberOf(const Shape& shape) {
   struct Numbers {
     int operator()(const GroupShape&) const { return DBTYPE_GROUP; }
@@ -133,6 +143,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const PlateShape&) const { return PlateType; }
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }
+    int operator()(const BitmapShape&) const { return BitmapType; }
   };
   return std::visit(Numbers(), shape);
 }
@@ -151,7 +162,8 @@ bool HasInside(const PathShape& path) {
 
 bool HasInside(const Shape& shape) {
   if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
-  return !std::holds_alternative<GraphicShape>(shape);
+  return !std::holds_alternative<GraphicShape>(shape) &&
+         !std::holds_alternative<BitmapShape>(shape);
 }
 
 }  // namespace rastrel::document

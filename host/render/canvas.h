@@ -116,6 +116,11 @@ class Canvas {
   /// left corner, to the page's. Fails as Picture::Draw does.
   [[nodiscard]] virtual Expected<void> DrawPicture(const graphics::Picture& picture,
                                                    const TM& place) = 0;
+  /// Draws a bitmap. `place` maps its pixels, counted from its upper left corner, to the page. The
+  /// bitmap must outlive the canvas. Fails with a sentence about it if it has more pixels than the
+  /// canvas can take (graphics::MaximumGraphicPixels).
+  [[nodiscard]] virtual Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
+                                                  const TM& place) = 0;
 };
 
 }  // namespace rastrel::render

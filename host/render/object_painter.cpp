@@ -14,6 +14,7 @@
 namespace rastrel::render {
 
 using document::ArcTextShape;
+using document::BitmapShape;
 using document::CutLine;
 using document::DrillShape;
 using document::GraphicShape;
@@ -339,23 +340,44 @@ void ObjectPainter::operator()(const ArcTextShape& text) {
 
 // --- Placed files ---
 
+// In place of a picture that can't be drawn.
+void ObjectPainter::DrawCrossedBox(double width, double height) {
+  AddRect({0, height, width, 0});
+  m_Outline.MoveTo(OnPage(0, 0));
+  m_Outline.LineTo(OnPage(width, height));
+  m_Outline.MoveTo(OnPage(0, height));
+  m_Outline.LineTo(OnPage(width, 0));
+  m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{EdgeGray});
+}
+
 void ObjectPainter::operator()(const GraphicShape& graphic) {
   const double width = graphic.width * PointsPerCentimetre;
   const double height = graphic.height * PointsPerCentimetre;
   m_Canvas.Begin(Role::Graphic);
   const graphics::Picture* picture = m_Pictures.Get(graphic);
   if (!picture) {
-    AddRect({0, graphic.height, graphic.width, 0});
-    m_Outline.MoveTo(OnPage(0, 0));
-    m_Outline.LineTo(OnPage(graphic.width, graphic.height));
-    m_Outline.MoveTo(OnPage(0, graphic.height));
-    m_Outline.LineTo(OnPage(graphic.width, 0));
-    m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{EdgeGray});
+    DrawCrossedBox(graphic.width, graphic.height);
   } else if (const std::optional<TM> place =
                  Placed({0, height}, width / picture->Width(), height / picture->Height(), {0, 0},
                         {picture->Width(), picture->Height()})) {
     auto drawn = m_Canvas.DrawPicture(*picture, *place);
     if (!drawn && m_Painted) m_Painted = std::move(drawn);
+  }
+  m_Canvas.End();
+}
+
+void ObjectPainter::operator()(const BitmapShape& bitmap) {
+  const double width = bitmap.width * PointsPerCentimetre;
+  const double height = bitmap.height * PointsPerCentimetre;
+  const Point pixels{static_cast<double>(bitmap.pixels->width),
+                     static_cast<double>(bitmap.pixels->height)};
+  m_Canvas.Begin(Role::Graphic);
+  if (const std::optional<TM> place =
+          Placed({0, height}, width / pixels.x, height / pixels.y, {0, 0}, pixels)) {
+    if (const auto drawn = m_Canvas.DrawBitmap(*bitmap.pixels, *place); !drawn) {
+      m_Notices.Add(L"a bitmap can't be drawn: " + os::WideFromUtf8(Describe(drawn.Error())));
+      DrawCrossedBox(bitmap.width, bitmap.height);
+    }
   }
   m_Canvas.End();
 }
