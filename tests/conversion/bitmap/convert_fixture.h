@@ -57,6 +57,12 @@ class ConvertTest : public QueueTest {
   }
   ~ConvertTest() override { ExpectNothingLeft(); }
 
+  /// Puts another queue program there before the conversion.
+  void ReplaceQueue(const std::string& body) {
+    Queue(body);
+    m_Before = TreeSnapshot(Root().Path());
+  }
+
   int Convert(int kind = PS2BMP_POSTSCRIPT, const std::string& name = "job/sign.ps") {
     std::wstring path = Root().Wide(name);
     return ConvertPStoBmp(path.data(), 0, kind, 0, 0, nullptr);
