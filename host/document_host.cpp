@@ -10,6 +10,7 @@
 #include "host/document/notices.h"
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
+#include "host/graphics/placed_file.h"
 #include "host/host_files.h"
 #include "host/load_settings_store.h"
 #include "host/text/font_catalog.h"
@@ -77,6 +78,11 @@ struct DocumentHost::Parts {
       const int letters = GetIntKorvane(L"IMPPDF", L"TextAsGraphics", 0, DS_USER, nullptr);
       return loader.Load(path, {cutLine, letters != 0});
     });
+    application.SetEpsOpener([this](const std::wstring& path) {
+      return door.LetsIn(path) ? graphics::OpenEps(store, notices, path) : nullptr;
+    });
+    store.SetItemSource(
+        [this](ObjectHandle object) { return graphics::ItemOf(store, notices, object); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });

@@ -247,6 +247,10 @@ int DocumentApplication::LoadTHZ(CVelumark5Doc* /*document*/, CWnd* /*window*/, 
   return path && m_LoadGraphic ? m_LoadGraphic(path, m_ExpectsCutLine) : 0;
 }
 
+std::unique_ptr<CGenericEPS> DocumentApplication::NewGenericEPS(const wchar_t* path) {
+  return path && m_OpenEps ? m_OpenEps(path) : nullptr;
+}
+
 CVKBitmap* DocumentApplication::NewVKBitmap() {
   auto bitmap = std::make_unique<Bitmap>();
   Bitmap* const made = bitmap.get();

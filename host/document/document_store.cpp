@@ -24,10 +24,17 @@ class DocumentStore::Element : public DBElement {
   [[nodiscard]] CGenericItem* GetPlaceholderItem() override {
     const auto known = m_Store.m_Items.find(m_Object);
     if (known != m_Store.m_Items.end()) return known->second.get();
-    // A plate of a loaded document, or one that continues another, has had no item yet.
+    // An object of a loaded document, or a plate that continues another, has had no item yet.
     const Object* object = m_Store.m_Document.Find(m_Object);
-    if (!object || !std::holds_alternative<PlateShape>(object->shape)) return nullptr;
-    m_Store.Adopt(m_Object, std::make_unique<PlateItem>(m_Store, m_Object));
+    if (!object) return nullptr;
+    std::unique_ptr<CGenericItem> item;
+    if (std::holds_alternative<PlateShape>(object->shape)) {
+      item = std::make_unique<PlateItem>(m_Store, m_Object);
+    } else if (m_Store.m_MakeItem) {
+      item = m_Store.m_MakeItem(m_Object);
+    }
+    if (!item) return nullptr;
+    m_Store.Adopt(m_Object, std::move(item));
     return m_Store.m_Items[m_Object].get();
   }
 

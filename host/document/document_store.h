@@ -34,6 +34,9 @@ class DocumentStore : public host::ObjectStore {
   /// outlive the store.
   void ReportTo(Notices* notices) { m_Notices = notices; }
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
+  /// Makes the placeholder item of an object that has none yet; null for an object without one.
+  using MakeItem = std::function<std::unique_ptr<CGenericItem>(ObjectHandle object)>;
+  void SetItemSource(MakeItem makeItem) { m_MakeItem = std::move(makeItem); }
   /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
   /// Makes the document a new one (Document::Clear): items, elements and lists of the old one end.
@@ -127,6 +130,7 @@ class DocumentStore : public host::ObjectStore {
   Document& m_Document;
   Notices* m_Notices = nullptr;
   TakeText m_TakeText;
+  MakeItem m_MakeItem;
   std::unordered_map<unsigned long long, List> m_Lists;
   unsigned long long m_LastList = 0;
   std::unordered_map<ObjectHandle, std::unique_ptr<CGenericItem>> m_Items;

@@ -88,6 +88,13 @@ Json JsonOf(const paragraphStruct& paragraph) {
           {"leftPercent", paragraph.leftPercent}, {"rightPercent", paragraph.rightPercent}};
 }
 
+Json JsonOf(const GraphicCut& cut) {
+  return {{"enabled", cut.enabled},
+          {"resolution", cut.resolution},
+          {"colorKind", NameOf(CutColorNames, cut.kind)},
+          {"color", JsonOf(cut.color)}};
+}
+
 // The members that a shape adds to its object. Those of a group are added by the caller, who has
 // the document.
 struct ShapeWriter {
@@ -145,6 +152,9 @@ struct ShapeWriter {
     json["height"] = graphic.height;
     if (graphic.extent) json["extent"] = JsonOf(*graphic.extent);
     if (!graphic.reason.empty()) json["reason"] = Utf8(graphic.reason);
+    if (graphic.cut != GraphicCut()) json["cutData"] = JsonOf(graphic.cut);
+    if (graphic.halfCut != GraphicCut()) json["halfCutData"] = JsonOf(graphic.halfCut);
+    if (graphic.preview) json["preview"] = os::Base64FromBytes(*graphic.preview);
     json["file"] = graphic.bytes ? os::Base64FromBytes(*graphic.bytes) : std::string();
   }
   void operator()(const BitmapShape& bitmap) const {

@@ -110,6 +110,11 @@ struct BoundsVisitor {
   }
 };
 
+bool SameFile(const std::shared_ptr<const std::string>& one,
+              const std::shared_ptr<const std::string>& other) {
+  return one == other || (one && other && *one == *other);
+}
+
 }  // namespace
 
 bool TextShape::operator==(const TextShape& other) const {
@@ -126,7 +131,17 @@ bool TextShape::operator==(const TextShape& other) const {
 bool GraphicShape::operator==(const GraphicShape& other) const {
   return kind == other.kind && name == other.name && width == other.width &&
          height == other.height && extent == other.extent && reason == other.reason &&
-         (bytes == other.bytes || (bytes && other.bytes && *bytes == *other.bytes));
+         cut == other.cut && halfCut == other.halfCut && SameFile(bytes, other.bytes) &&
+         SameFile(preview, other.preview);
+}
+
+ShownFile ShownFileOf(const GraphicShape& graphic) {
+  if (graphic.preview) return {GraphicKind::Png, graphic.preview};
+  return {graphic.kind, graphic.bytes};
+}
+
+bool IsPostScript(GraphicKind kind) {
+  return kind == GraphicKind::Eps || kind == GraphicKind::PostScript;
 }
 
 bool BitmapShape::operator==(const BitmapShape& other) const {
