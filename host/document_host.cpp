@@ -6,11 +6,14 @@
 #include "host/document/document_application.h"
 #include "host/document/document_file.h"
 #include "host/document/document_store.h"
+#include "host/document/knife_lines.h"
 #include "host/document/notices.h"
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
+#include "host/graphics/placed_file.h"
 #include "host/host_files.h"
 #include "host/load_settings_store.h"
+#include "host/plane_library.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
@@ -67,6 +70,7 @@ struct DocumentHost::Parts {
         fonts(notices),
         text(store, fonts, notices),
         graphics(*document, notices, door),
+        knifeLines(store, notices),
         loader(*document, notices) {
     store.ReportTo(&notices);
     application.SetGraphicLoader([this](const std::wstring& path, bool cutLine) {
@@ -75,6 +79,11 @@ struct DocumentHost::Parts {
       const int letters = GetIntKorvane(L"IMPPDF", L"TextAsGraphics", 0, DS_USER, nullptr);
       return loader.Load(path, {cutLine, letters != 0});
     });
+    application.SetEpsOpener([this](const std::wstring& path) {
+      return door.LetsIn(path) ? graphics::OpenEps(store, notices, path) : nullptr;
+    });
+    store.SetItemSource(
+        [this](ObjectHandle object) { return graphics::ItemOf(store, notices, object); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });
@@ -91,6 +100,9 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   GuardedGraphics graphics;
+  KnifeLines knifeLines;
+  PlaneLibrary planes{
+      [this](const Failure& failure) { notices.AddLoss(os::WideFromUtf8(Describe(failure))); }};
   graphics::GraphicLoader loader;
   host::DialogViews* views = nullptr;
 };
@@ -116,6 +128,8 @@ host::Settings& DocumentHost::GetSettings() { return m_Parts->settings; }
 host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
+host::ContourCut* DocumentHost::GetContourCut() { return &m_Parts->knifeLines; }
+host::PlaneReader* DocumentHost::GetPlaneReader() { return &m_Parts->planes; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
 
 void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }

@@ -24,6 +24,9 @@
 /// thread unless their header says otherwise.
 
 #include "rastrel/cfm/directories.h"
+#include "rastrel/conversion/bitmap/convert_ps_to_bmp.h"
+#include "rastrel/conversion/bitmap/queue_program.h"
+#include "rastrel/conversion/cut/generate_cut_data.h"
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/page_size.h"
 #include "rastrel/imports/bright_star_xml_import.h"

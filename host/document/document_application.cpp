@@ -247,6 +247,19 @@ int DocumentApplication::LoadTHZ(CVelumark5Doc* /*document*/, CWnd* /*window*/, 
   return path && m_LoadGraphic ? m_LoadGraphic(path, m_ExpectsCutLine) : 0;
 }
 
+std::unique_ptr<CGenericEPS> DocumentApplication::NewGenericEPS(const wchar_t* path) {
+  return path && m_OpenEps ? m_OpenEps(path) : nullptr;
+}
+
+CVKBitmap* DocumentApplication::NewVKBitmap() {
+  auto bitmap = std::make_unique<Bitmap>();
+  Bitmap* const made = bitmap.get();
+  m_Bitmaps.emplace(made, std::move(bitmap));
+  return made;
+}
+
+void DocumentApplication::DeleteVKBitmap(CVKBitmap* bitmap) { m_Bitmaps.erase(bitmap); }
+
 // --- View, messages ---
 
 CVelumark5View* DocumentApplication::UIGetActiveView() { return m_View.get(); }

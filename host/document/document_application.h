@@ -30,6 +30,9 @@ class DocumentApplication : public host::Application {
   DocumentApplication(Document& document, DocumentStore& store, Notices& notices);
   ~DocumentApplication() override;
   void SetGraphicLoader(LoadGraphic loader) { m_LoadGraphic = std::move(loader); }
+  /// Opens a file at a path as the object of `NewGenericEPS`; null if it can't.
+  using OpenEps = std::function<std::unique_ptr<CGenericEPS>(const std::wstring& path)>;
+  void SetEpsOpener(OpenEps opener) { m_OpenEps = std::move(opener); }
   /// Called after the view has made the document a new one (`OnNew`): who keeps something of the
   /// old document drops it.
   void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
@@ -74,6 +77,11 @@ class DocumentApplication : public host::Application {
 
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  /// Null without an opener (SetEpsOpener).
+  [[nodiscard]] std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
+  [[nodiscard]] CVKBitmap* NewVKBitmap() override;
+  /// A pointer that NewVKBitmap did not return, or that was given back, changes nothing.
+  void DeleteVKBitmap(CVKBitmap* bitmap) override;
   void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
@@ -98,9 +106,11 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  OpenEps m_OpenEps;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;
+  std::map<const CVKBitmap*, std::unique_ptr<Bitmap>> m_Bitmaps;  // that were not given back
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off

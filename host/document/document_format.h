@@ -12,13 +12,26 @@ namespace rastrel::document {
 inline constexpr std::string_view DocumentFormatName = "rastrel-document";
 inline constexpr int DocumentVersion = 1;
 
-inline constexpr std::array<std::pair<GraphicKind, std::string_view>, 6> GraphicKindNames = {{
+inline constexpr std::array<std::pair<GraphicKind, std::string_view>, 7> GraphicKindNames = {{
     {GraphicKind::Svg, "svg"},
     {GraphicKind::Png, "png"},
     {GraphicKind::Jpeg, "jpeg"},
     {GraphicKind::Tiff, "tiff"},
     {GraphicKind::Pdf, "pdf"},
     {GraphicKind::Eps, "eps"},
+    {GraphicKind::PostScript, "ps"},
+}};
+
+inline constexpr std::array<std::pair<CutColor, std::string_view>, 3> CutColorNames = {{
+    {CutColor::Rgb, "rgb"},
+    {CutColor::Cmyk, "cmyk"},
+    {CutColor::Named, "named"},
+}};
+
+inline constexpr std::array<std::pair<CutLine, std::string_view>, 3> CutLineNames = {{
+    {CutLine::None, "none"},
+    {CutLine::Cut, "cut"},
+    {CutLine::Through, "through"},
 }};
 
 inline constexpr std::array<std::pair<FillRule, std::string_view>, 2> FillRuleNames = {{

@@ -45,9 +45,15 @@ CWorldRect RectFrom(const JsonValue& json) {
           json["bottom"].Number()};
 }
 
+// Files of versions that knew one kind of cut line say true or false.
+CutLine CutLineFrom(const JsonValue& json) {
+  if (json.IsText()) return json.Named(CutLineNames);
+  return json.Bool() ? CutLine::Cut : CutLine::None;
+}
+
 PathShape PathFrom(const JsonValue& json) {
   PathShape path;
-  path.cutLine = json["cutLine"].Bool();
+  path.cutLine = CutLineFrom(json["cutLine"]);
   if (json.Has("fillRule")) path.fillRule = json["fillRule"].Named(FillRuleNames);
   if (json.Has("fillsOpen")) path.fillsOpen = json["fillsOpen"].Bool();
   json["subPaths"].Each([&](const JsonValue& part) {
@@ -148,6 +154,22 @@ PlateShape PlateFrom(const JsonValue& json, ObjectHandle own) {
   return plate;
 }
 
+GraphicCut GraphicCutFrom(const JsonValue& json) {
+  GraphicCut cut;
+  cut.enabled = json["enabled"].Bool();
+  cut.resolution = static_cast<int>(
+      json["resolution"].Whole(GraphicCut::LowestResolution, GraphicCut::HighestResolution));
+  cut.kind = json["colorKind"].Named(CutColorNames);
+  cut.color = FullColorFrom(json["color"]);
+  return cut;
+}
+
+std::shared_ptr<const std::string> FileFrom(const JsonValue& json) {
+  auto bytes = os::BytesFromBase64(json.Utf8());
+  if (!bytes) json.Fail("is no base 64");
+  return std::make_shared<const std::string>(std::move(*bytes));
+}
+
 GraphicShape GraphicFrom(const JsonValue& json) {
   GraphicShape graphic;
   graphic.kind = json["fileKind"].Named(GraphicKindNames);
@@ -156,9 +178,10 @@ GraphicShape GraphicFrom(const JsonValue& json) {
   graphic.height = json["height"].NumberAbove0();
   if (json.Has("extent")) graphic.extent = RectFrom(json["extent"]);
   if (json.Has("reason")) graphic.reason = json["reason"].Text();
-  auto bytes = os::BytesFromBase64(json["file"].Utf8());
-  if (!bytes) json["file"].Fail("is no base 64");
-  graphic.bytes = std::make_shared<const std::string>(std::move(*bytes));
+  if (json.Has("cutData")) graphic.cut = GraphicCutFrom(json["cutData"]);
+  if (json.Has("halfCutData")) graphic.halfCut = GraphicCutFrom(json["halfCutData"]);
+  if (json.Has("preview")) graphic.preview = FileFrom(json["preview"]);
+  graphic.bytes = FileFrom(json["file"]);
   return graphic;
 }
 

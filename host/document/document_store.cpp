@@ -24,10 +24,17 @@ class DocumentStore::Element : public DBElement {
   [[nodiscard]] CGenericItem* GetPlaceholderItem() override {
     const auto known = m_Store.m_Items.find(m_Object);
     if (known != m_Store.m_Items.end()) return known->second.get();
-    // A plate of a loaded document, or one that continues another, has had no item yet.
+    // An object of a loaded document, or a plate that continues another, has had no item yet.
     const Object* object = m_Store.m_Document.Find(m_Object);
-    if (!object || !std::holds_alternative<PlateShape>(object->shape)) return nullptr;
-    m_Store.Adopt(m_Object, std::make_unique<PlateItem>(m_Store, m_Object));
+    if (!object) return nullptr;
+    std::unique_ptr<CGenericItem> item;
+    if (std::holds_alternative<PlateShape>(object->shape)) {
+      item = std::make_unique<PlateItem>(m_Store, m_Object);
+    } else if (m_Store.m_MakeItem) {
+      item = m_Store.m_MakeItem(m_Object);
+    }
+    if (!item) return nullptr;
+    m_Store.Adopt(m_Object, std::move(item));
     return m_Store.m_Items[m_Object].get();
   }
 
@@ -91,21 +98,6 @@ ObjectHandle DocumentStore::DBCreateObject(int type) {
   if (type == DBTYPE_POLYARC) return m_Document.Create(PathShape(), attributes);
   if (type == DBTYPE_PARAGRAPH) return m_Document.Create(TextShape(), attributes);
   return 0;
-}
-
-ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attributes*/, int type,
-                                            const host::ElementData& data, int /*parent*/,
-                                            int /*closed*/, int /*reserved*/, int visible,
-                                            bool /*notify*/) {
-  const auto* paragraph = std::get_if<const ParagraphEle*>(&data);
-  TextShape text;
-  if (type != DBTYPE_PARAGRAPH || !paragraph || !*paragraph || !m_TakeText ||
-      !m_TakeText(**paragraph, text)) {
-    return 0;
-  }
-  Attributes attributes = m_Document.NewAttributes();
-  if (visible == 0) attributes.traits &= ~DBTRAIT_VISIBLE;
-  return m_Document.Create(std::move(text), attributes);
 }
 
 int DocumentStore::DBInsertObject(ObjectHandle object, ObjectHandle parent) {
@@ -197,6 +189,9 @@ int DocumentStore::DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds
 // Says once for each placed file why the color or line that is set does not show.
 void DocumentStore::ReportKeptLook(ObjectHandle object) {
   const Object* found = m_Notices ? m_Document.Find(object) : nullptr;
+  if (found && std::holds_alternative<BitmapShape>(found->shape)) {
+    m_Notices->Add(L"a bitmap keeps its own colours");
+  }
   const auto* graphic = found ? std::get_if<GraphicShape>(&found->shape) : nullptr;
   if (!graphic) return;
   m_Notices->Add(L"the placed file \"" + graphic->name + L"\" keeps its own colours and lines: " +
@@ -206,6 +201,7 @@ void DocumentStore::ReportKeptLook(ObjectHandle object) {
 void DocumentStore::DBSetLayer(ObjectHandle object, const CVKColor& color) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->layer = color;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLayer(member, color);
 }
 
 int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
@@ -217,6 +213,7 @@ int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
 void DocumentStore::DBSetLineColor(ObjectHandle object, const CVKColor& color) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineColor = color;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLineColor(member, color);
 }
 
 int DocumentStore::DBGetLineColor(ObjectHandle object, CVKColor& color) {
@@ -234,6 +231,7 @@ int DocumentStore::DBGetLineStyle(ObjectHandle object, LINESTYLE& style) {
 void DocumentStore::DBSetLineStyle(ObjectHandle object, const LINESTYLE& style) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineStyle = style;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLineStyle(member, style);
 }
 
 int DocumentStore::DBGetSheetLayer(ObjectHandle object) {

@@ -34,6 +34,9 @@ class DocumentStore : public host::ObjectStore {
   /// outlive the store.
   void ReportTo(Notices* notices) { m_Notices = notices; }
   void SetTextSource(TakeText takeText) { m_TakeText = std::move(takeText); }
+  /// Makes the placeholder item of an object that has none yet; null for an object without one.
+  using MakeItem = std::function<std::unique_ptr<CGenericItem>(ObjectHandle object)>;
+  void SetItemSource(MakeItem makeItem) { m_MakeItem = std::move(makeItem); }
   /// Makes an item the placeholder of an object.
   void Adopt(ObjectHandle object, std::unique_ptr<CGenericItem> item);
   /// Makes the document a new one (Document::Clear): items, elements and lists of the old one end.
@@ -59,9 +62,13 @@ class DocumentStore : public host::ObjectStore {
   void DBAddToList(host::ListHandle list, ObjectHandle object) override;
 
   [[nodiscard]] ObjectHandle DBCreateObject(int type) override;
+  /// A path has a thin black line and no inside.
   [[nodiscard]] ObjectHandle DBInsertElement(const ELEMENT_ATTRIBUTES* attributes, int type,
                                              const host::ElementData& data, int parent, int closed,
                                              int reserved, int visible, bool notify) override;
+  /// Takes bitmaps that DocumentApplication::NewVKBitmap made; a size must be finite and above 0.
+  [[nodiscard]] ObjectHandle DBInsertBitmap(const CVKBitmap& bitmap, double width,
+                                            double height) override;
   int DBInsertObject(ObjectHandle object, ObjectHandle parent) override;
   void DBDestroyObject(ObjectHandle object) override;
   [[nodiscard]] int DBGetObjectType(ObjectHandle object) override;
@@ -76,6 +83,7 @@ class DocumentStore : public host::ObjectStore {
   void DBSetSelectedList(host::ListHandle list) override;
   int DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds) override;
 
+  // Colors and lines that a group gets are those of all that it holds.
   void DBSetLayer(ObjectHandle object, const CVKColor& color) override;
   int DBGetLayer(ObjectHandle object, CVKColor& color) override;
   void DBSetLineColor(ObjectHandle object, const CVKColor& color) override;
@@ -96,6 +104,13 @@ class DocumentStore : public host::ObjectStore {
   void InvalidateObject(ObjectHandle object, int erase) override;
   void DBApplyTM(ObjectHandle object, const TM& matrix) override;
 
+  /// A path's element is a PathElement, and of a point only its place counts.
+  [[nodiscard]] std::unique_ptr<POLYARC> PA_NewPolyArc() override;
+  void PA_NewSubPoly(POLYARC& arc) override;
+  void PA_AddVertice(POLYARC& arc, int subPoly, int vertex,
+                     const host::PolyArcVertice& values) override;
+  void PA_CloseSubpoly(POLYARC& arc, int subPoly) override;
+
  private:
   class Element;
   using Handles = std::vector<ObjectHandle>;
@@ -115,6 +130,7 @@ class DocumentStore : public host::ObjectStore {
   Document& m_Document;
   Notices* m_Notices = nullptr;
   TakeText m_TakeText;
+  MakeItem m_MakeItem;
   std::unordered_map<unsigned long long, List> m_Lists;
   unsigned long long m_LastList = 0;
   std::unordered_map<ObjectHandle, std::unique_ptr<CGenericItem>> m_Items;

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "host/document/bitmap_png.h"
 #include "host/document/document_file.h"
 #include "host/document/document_format.h"
 #include "rastrel/platform/os/base64.h"
@@ -87,6 +88,13 @@ Json JsonOf(const paragraphStruct& paragraph) {
           {"leftPercent", paragraph.leftPercent}, {"rightPercent", paragraph.rightPercent}};
 }
 
+Json JsonOf(const GraphicCut& cut) {
+  return {{"enabled", cut.enabled},
+          {"resolution", cut.resolution},
+          {"colorKind", NameOf(CutColorNames, cut.kind)},
+          {"color", JsonOf(cut.color)}};
+}
+
 // The members that a shape adds to its object. Those of a group are added by the caller, who has
 // the document.
 struct ShapeWriter {
@@ -95,7 +103,7 @@ struct ShapeWriter {
   void operator()(const GroupShape&) const { json["kind"] = "group"; }
   void operator()(const PathShape& path) const {
     json["kind"] = "path";
-    json["cutLine"] = path.cutLine;
+    json["cutLine"] = NameOf(CutLineNames, path.cutLine);
     if (path.fillRule != FillRule::EvenOdd) json["fillRule"] = NameOf(FillRuleNames, path.fillRule);
     if (path.fillsOpen) json["fillsOpen"] = true;
     Json parts = Json::array();
@@ -144,7 +152,18 @@ struct ShapeWriter {
     json["height"] = graphic.height;
     if (graphic.extent) json["extent"] = JsonOf(*graphic.extent);
     if (!graphic.reason.empty()) json["reason"] = Utf8(graphic.reason);
+    if (graphic.cut != GraphicCut()) json["cutData"] = JsonOf(graphic.cut);
+    if (graphic.halfCut != GraphicCut()) json["halfCutData"] = JsonOf(graphic.halfCut);
+    if (graphic.preview) json["preview"] = os::Base64FromBytes(*graphic.preview);
     json["file"] = graphic.bytes ? os::Base64FromBytes(*graphic.bytes) : std::string();
+  }
+  void operator()(const BitmapShape& bitmap) const {
+    json["kind"] = "graphic";
+    json["fileKind"] = NameOf(GraphicKindNames, GraphicKind::Png);
+    json["name"] = "bitmap.png";
+    json["width"] = bitmap.width;
+    json["height"] = bitmap.height;
+    json["file"] = os::Base64FromBytes(PngOfBitmap(*bitmap.pixels));
   }
   void operator()(const DrillShape& drill) const {
     json["kind"] = "drillPoint";

@@ -13,6 +13,7 @@ constexpr int PlateType = 1001;
 constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
 constexpr int ArcTextType = 1004;
+constexpr int BitmapType = 1005;
 
 // Grows to hold points.
 class Box {
@@ -103,7 +104,16 @@ struct BoundsVisitor {
     box.Add(drill.centre.x - radius, drill.centre.y - radius);
     box.Add(drill.centre.x + radius, drill.centre.y + radius);
   }
+  void operator()(const BitmapShape& bitmap) const {
+    box.Add(0, 0);
+    box.Add(bitmap.width, bitmap.height);
+  }
 };
+
+bool SameFile(const std::shared_ptr<const std::string>& one,
+              const std::shared_ptr<const std::string>& other) {
+  return one == other || (one && other && *one == *other);
+}
 
 }  // namespace
 
@@ -121,7 +131,22 @@ bool TextShape::operator==(const TextShape& other) const {
 bool GraphicShape::operator==(const GraphicShape& other) const {
   return kind == other.kind && name == other.name && width == other.width &&
          height == other.height && extent == other.extent && reason == other.reason &&
-         (bytes == other.bytes || (bytes && other.bytes && *bytes == *other.bytes));
+         cut == other.cut && halfCut == other.halfCut && SameFile(bytes, other.bytes) &&
+         SameFile(preview, other.preview);
+}
+
+ShownFile ShownFileOf(const GraphicShape& graphic) {
+  if (graphic.preview) return {GraphicKind::Png, graphic.preview};
+  return {graphic.kind, graphic.bytes};
+}
+
+bool IsPostScript(GraphicKind kind) {
+  return kind == GraphicKind::Eps || kind == GraphicKind::PostScript;
+}
+
+bool BitmapShape::operator==(const BitmapShape& other) const {
+  return width == other.width && height == other.height &&
+         (pixels == other.pixels || (pixels && other.pixels && *pixels == *other.pixels));
 }
 
 int TypeNumberOf(const Shape& shape) {
@@ -133,6 +158,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const PlateShape&) const { return PlateType; }
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }
+    int operator()(const BitmapShape&) const { return BitmapType; }
   };
   return std::visit(Numbers(), shape);
 }
@@ -145,12 +171,14 @@ BOUNDS BoundsOf(const Shape& shape, const TM& matrix) {
 }
 
 bool HasInside(const PathShape& path) {
-  return !path.cutLine && (path.fillsOpen || std::ranges::any_of(path.subPaths, &SubPath::closed));
+  return path.cutLine == CutLine::None &&
+         (path.fillsOpen || std::ranges::any_of(path.subPaths, &SubPath::closed));
 }
 
 bool HasInside(const Shape& shape) {
   if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
-  return !std::holds_alternative<GraphicShape>(shape);
+  return !std::holds_alternative<GraphicShape>(shape) &&
+         !std::holds_alternative<BitmapShape>(shape);
 }
 
 }  // namespace rastrel::document

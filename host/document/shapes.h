@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "host/document/bitmap.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"
@@ -51,10 +52,18 @@ enum class FillRule {
   NonZero,  ///< those that runs go around more often in one direction than in the other
 };
 
+/// Whether a path is the way of a knife, and how deep that goes. Such a path has no inside and is
+/// drawn as a line of its own kind.
+enum class CutLine {
+  None,     ///< a drawing
+  Cut,      ///< the knife cuts into the material
+  Through,  ///< the knife cuts through the material
+};
+
 /// Lines and curves: a drawing, or the way of a knife.
 struct PathShape {
   std::vector<SubPath> subPaths;
-  bool cutLine = false;  ///< true for the way of a knife, which is drawn as such
+  CutLine cutLine = CutLine::None;
   FillRule fillRule = FillRule::EvenOdd;
   /// Open runs are filled as if a straight line closed them; without it closed ones alone are.
   bool fillsOpen = false;
@@ -127,7 +136,31 @@ struct PlateShape {
 };
 
 /// The kinds of placed file.
-enum class GraphicKind { Svg, Png, Jpeg, Tiff, Pdf, Eps };
+enum class GraphicKind {
+  Svg,
+  Png,
+  Jpeg,
+  Tiff,
+  Pdf,
+  Eps,         ///< also PostScript that was loaded as a drawing
+  PostScript,  ///< placed as a program: its first page counts
+};
+
+/// The kinds of color of a GraphicCut.
+enum class CutColor { Rgb, Cmyk, Named };
+
+/// The cut line that a user chose for a placed file: which of its colors the conversion takes out
+/// of the artwork.
+struct GraphicCut {
+  static constexpr int LowestResolution = 1;
+  static constexpr int HighestResolution = 100'000;
+
+  int resolution = 72;            ///< of the conversion, dots to the inch, within the two above
+  CutColor kind = CutColor::Rgb;  ///< how `color` is given in the artwork
+  bool enabled = false;           ///< a cut line is wanted
+  CVKFullColor color;             ///< black at first
+  bool operator==(const GraphicCut&) const = default;
+};
 
 /// A file of another program, kept whole. Its lower left corner is at the origin before the
 /// object's matrix. Its colors and lines are its own: those of the object do not show.
@@ -140,7 +173,30 @@ struct GraphicShape {
   /// The part of it that is painted, which its bounds are; nothing: all of it.
   std::optional<CWorldRect> extent{};
   std::wstring reason{};  ///< why a drawing is no paths: "it has a gradient"; empty for an image
+  GraphicCut cut{};
+  GraphicCut halfCut{};
+  /// A PNG file that is drawn over its whole box in place of it; null for none.
+  std::shared_ptr<const std::string> preview{};
   bool operator==(const GraphicShape& other) const;
+};
+
+/// The file that is drawn for a placed one: its preview, if it has one.
+struct ShownFile {
+  GraphicKind kind;
+  const std::shared_ptr<const std::string>& bytes;
+};
+[[nodiscard]] ShownFile ShownFileOf(const GraphicShape& graphic);
+/// Whether a file of that kind has to become PDF before it is drawn.
+[[nodiscard]] bool IsPostScript(GraphicKind kind);
+
+/// A bitmap of this host, with its lower left corner at the origin before the object's matrix. Its
+/// pixels are the document's own, so that any process may draw them. A document file has it as a
+/// placed PNG file, and so it comes back as one.
+struct BitmapShape {
+  std::shared_ptr<const BitmapPixels> pixels;  ///< never null in a document
+  double width = 0;                            ///< above 0
+  double height = 0;                           ///< above 0
+  bool operator==(const BitmapShape& other) const;
 };
 
 /// A hole.
@@ -151,7 +207,7 @@ struct DrillShape {
 };
 
 using Shape = std::variant<GroupShape, PathShape, TextShape, ArcTextShape, PlateShape, GraphicShape,
-                           DrillShape>;
+                           DrillShape, BitmapShape>;
 
 /// The attributes that every object has besides its shape.
 struct Attributes {

@@ -22,7 +22,8 @@ OpenedPicture OpenKind(GraphicKind kind, const std::shared_ptr<const std::string
     case GraphicKind::Jpeg: return OpenJpeg(*bytes);
     case GraphicKind::Tiff: return OpenTiff(*bytes);
     case GraphicKind::Pdf: return OpenPdf(bytes);
-    case GraphicKind::Eps: break;
+    case GraphicKind::Eps:
+    case GraphicKind::PostScript: break;
   }
   return FailureOf("it is of no kind that is drawn");
 }

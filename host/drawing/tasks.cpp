@@ -100,9 +100,10 @@ class FileOpener {
   explicit FileOpener(const render::DrawingRequest& request) : m_Request(request) {}
 
   Expected<std::unique_ptr<Picture>> operator()(const GraphicShape& shape) const {
-    GraphicKind kind = shape.kind;
-    std::shared_ptr<const std::string> bytes = shape.bytes;
-    if (kind == GraphicKind::Eps) {
+    const document::ShownFile shown = document::ShownFileOf(shape);
+    GraphicKind kind = shown.kind;
+    std::shared_ptr<const std::string> bytes = shown.bytes;
+    if (document::IsPostScript(kind)) {
       const auto& converted = m_Request.converted.at(shape.bytes.get());
       if (!converted) return converted.Error();
       kind = GraphicKind::Pdf;
@@ -113,7 +114,7 @@ class FileOpener {
     auto picture = OpenPicture(kind, std::move(bytes));
     if (!picture) return picture.Error();
     return std::unique_ptr<Picture>(
-        std::make_unique<WatchedPicture>(std::move(*picture), name, shape.bytes));
+        std::make_unique<WatchedPicture>(std::move(*picture), name, shown.bytes));
   }
 
  private:

@@ -249,7 +249,7 @@ Expected<void> RunDrawing(const std::vector<std::string>& task, const std::strin
 Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
                                   std::shared_ptr<const std::string> bytes,
                                   std::chrono::milliseconds time, interpreter::EpsLetters letters) {
-  if (kind != document::GraphicKind::Eps) return DrawableFile{kind, std::move(bytes)};
+  if (!document::IsPostScript(kind)) return DrawableFile{kind, std::move(bytes)};
   if (bytes->size() > LargestGraphicFile) {
     return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
                      std::to_string(LargestGraphicFile) + " are the most");

@@ -48,8 +48,8 @@ struct DrawableFile {
   document::GraphicKind kind = document::GraphicKind::Png;
   std::shared_ptr<const std::string> bytes;
 };
-/// EPS as PDF, by the interpreter in its own process and in that time, or a minute if that is less;
-/// all else as it is. The failure is a sentence.
+/// EPS and PostScript as PDF, by the interpreter in its own process and in that time, or a minute
+/// if that is less; all else as it is. The failure is a sentence.
 [[nodiscard]] Expected<DrawableFile> DrawableOf(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes,
     std::chrono::milliseconds time = DrawingLimits().epsTime,

@@ -94,15 +94,20 @@ class ResultReader {
     m_Kept = document::CleanMessage(m_Kept.value_or(std::wstring()) + os::WideFromUtf8(more));
   }
 
+  // Nothing where there is no size above 0.
+  [[nodiscard]] std::optional<GraphicSize> Size() const {
+    if (!m_Size || (*m_Size)[0] <= 0 || (*m_Size)[1] <= 0) return std::nullopt;
+    return GraphicSize{(*m_Size)[0] * CentimetresPerPoint, (*m_Size)[1] * CentimetresPerPoint};
+  }
+
   // The file as it is, where it is no paths. Fails if its size can't be had.
   Expected<void> Finish(GraphicShape picture, bool isImage) {
     if (!isImage && !m_Kept) return {};
     m_Graphic.objects.clear();
-    if (!m_Size || (*m_Size)[0] <= 0 || (*m_Size)[1] <= 0) {
-      return FailureOf("its size can't be had");
-    }
-    picture.width = (*m_Size)[0] * CentimetresPerPoint;
-    picture.height = (*m_Size)[1] * CentimetresPerPoint;
+    const auto size = Size();
+    if (!size) return FailureOf("its size can't be had");
+    picture.width = size->width;
+    picture.height = size->height;
     picture.reason = m_Kept.value_or(std::wstring());
     if (m_Extent) {
       const auto& [left, top, right, bottom] = *m_Extent;
@@ -214,6 +219,19 @@ Expected<void> ReadForeign(const std::wstring& path, std::string bytes, const Lo
 }
 
 }  // namespace
+
+Expected<GraphicSize> MeasureGraphic(GraphicKind kind, std::shared_ptr<const std::string> bytes,
+                                     const DrawingLimits& limits) {
+  const auto drawable = DrawableOf(kind, std::move(bytes), limits.epsTime);
+  if (!drawable) return drawable.Error();
+  LoadedGraphic measured;
+  ResultReader reader(measured);
+  const auto ran = Run({"measure", NameOf(drawable->kind)}, *drawable->bytes, limits, reader);
+  if (!ran) return ran.Error();
+  const auto size = reader.Size();
+  if (!size) return FailureOf("its size can't be had");
+  return *size;
+}
 
 Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(const std::wstring& path,
                                                                const LoadOptions& options,

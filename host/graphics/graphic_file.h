@@ -34,6 +34,16 @@ struct LoadedGraphic {
   std::size_t weight = 0;                              ///< bytes of memory, about
 };
 
+/// The true size of a placed file's page, in world units.
+struct GraphicSize {
+  double width = 0;
+  double height = 0;
+};
+/// Measures a file that is drawn as a picture. The failure is a sentence about it.
+[[nodiscard]] Expected<GraphicSize> MeasureGraphic(document::GraphicKind kind,
+                                                   std::shared_ptr<const std::string> bytes,
+                                                   const DrawingLimits& limits);
+
 /// Reads a file by path. The failure is a sentence about it, or the system's error.
 [[nodiscard]] Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(
     const std::wstring& path, const LoadOptions& options, const DrawingLimits& limits);

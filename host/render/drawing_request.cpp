@@ -56,7 +56,7 @@ std::vector<std::shared_ptr<const std::string>> EpsFilesInUse(const Document& do
   std::map<std::string_view, bool> known;
   VisitFiles(document, host::DocumentRoot, page, [&](ObjectHandle handle) {
     const auto& shape = std::get<GraphicShape>(document.Find(handle)->shape);
-    if (shape.kind != GraphicKind::Eps) return;
+    if (shape.preview || !document::IsPostScript(shape.kind)) return;
     if (known.try_emplace(*shape.bytes).second) files.push_back(shape.bytes);
   });
   return files;

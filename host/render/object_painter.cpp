@@ -14,6 +14,8 @@
 namespace rastrel::render {
 
 using document::ArcTextShape;
+using document::BitmapShape;
+using document::CutLine;
 using document::DrillShape;
 using document::GraphicShape;
 using document::PathShape;
@@ -204,33 +206,37 @@ void ObjectPainter::AddPath(const PathShape& path, bool closedAlone) {
 }
 
 void ObjectPainter::operator()(const PathShape& path) {
-  m_Canvas.Begin(path.cutLine ? Role::CutLine : Role::Path);
-  if (path.cutLine) {
+  if (path.cutLine != CutLine::None) {
     AddPath(path, false);
-    DrawLine();
-  } else {
-    const std::optional<Color> inside = ColorOf(m_Attributes->layer);
-    const auto closed = std::ranges::count_if(path.subPaths, &document::SubPath::closed);
-    const bool all = path.fillsOpen || static_cast<std::size_t>(closed) == path.subPaths.size();
-    const bool some = document::HasInside(path);
-    if (inside && some && !all) {
-      AddPath(path, true);
-      m_Canvas.DrawOutline(m_Outline, inside, std::nullopt);
-    }
-    const std::optional<Pen> pen = LinePen();
-    const bool fills = inside && some && all;
-    AddPath(path, false);
-    if (fills || pen) m_Canvas.DrawOutline(m_Outline, fills ? inside : std::nullopt, pen);
+    DrawCutLine(path.cutLine);
+    return;
   }
+  m_Canvas.Begin(Role::Path);
+  const std::optional<Color> inside = ColorOf(m_Attributes->layer);
+  const auto closed = std::ranges::count_if(path.subPaths, &document::SubPath::closed);
+  const bool all = path.fillsOpen || static_cast<std::size_t>(closed) == path.subPaths.size();
+  const bool some = document::HasInside(path);
+  if (inside && some && !all) {
+    AddPath(path, true);
+    m_Canvas.DrawOutline(m_Outline, inside, std::nullopt);
+  }
+  const std::optional<Pen> pen = LinePen();
+  const bool fills = inside && some && all;
+  AddPath(path, false);
+  if (fills || pen) m_Canvas.DrawOutline(m_Outline, fills ? inside : std::nullopt, pen);
   m_Canvas.End();
 }
 
 // Draws the outline as the way of a knife.
-void ObjectPainter::DrawLine() {
-  const std::optional<Color> color = ColorOf(m_Attributes->lineColor);
-  if (!color) return;
-  m_Canvas.DrawOutline(m_Outline, std::nullopt,
-                       Pen{*color, 0, LengthOf(m_Outline) <= MaximumDashedLine});
+void ObjectPainter::DrawCutLine(CutLine kind) {
+  const bool through = kind == CutLine::Through;
+  m_Canvas.Begin(through ? Role::CutThroughLine : Role::CutLine);
+  if (const std::optional<Color> color = ColorOf(m_Attributes->lineColor)) {
+    const Dashes dashes = through ? Dashes::LongAndDot : Dashes::Long;
+    const bool dashed = LengthOf(m_Outline) <= MaximumDashedLine;
+    m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{*color, 0, dashed ? dashes : Dashes::None});
+  }
+  m_Canvas.End();
 }
 
 // --- Plates ---
@@ -334,23 +340,44 @@ void ObjectPainter::operator()(const ArcTextShape& text) {
 
 // --- Placed files ---
 
+// In place of a picture that can't be drawn.
+void ObjectPainter::DrawCrossedBox(double width, double height) {
+  AddRect({0, height, width, 0});
+  m_Outline.MoveTo(OnPage(0, 0));
+  m_Outline.LineTo(OnPage(width, height));
+  m_Outline.MoveTo(OnPage(0, height));
+  m_Outline.LineTo(OnPage(width, 0));
+  m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{EdgeGray});
+}
+
 void ObjectPainter::operator()(const GraphicShape& graphic) {
   const double width = graphic.width * PointsPerCentimetre;
   const double height = graphic.height * PointsPerCentimetre;
   m_Canvas.Begin(Role::Graphic);
   const graphics::Picture* picture = m_Pictures.Get(graphic);
   if (!picture) {
-    AddRect({0, graphic.height, graphic.width, 0});
-    m_Outline.MoveTo(OnPage(0, 0));
-    m_Outline.LineTo(OnPage(graphic.width, graphic.height));
-    m_Outline.MoveTo(OnPage(0, graphic.height));
-    m_Outline.LineTo(OnPage(graphic.width, 0));
-    m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{EdgeGray});
+    DrawCrossedBox(graphic.width, graphic.height);
   } else if (const std::optional<TM> place =
                  Placed({0, height}, width / picture->Width(), height / picture->Height(), {0, 0},
                         {picture->Width(), picture->Height()})) {
     auto drawn = m_Canvas.DrawPicture(*picture, *place);
     if (!drawn && m_Painted) m_Painted = std::move(drawn);
+  }
+  m_Canvas.End();
+}
+
+void ObjectPainter::operator()(const BitmapShape& bitmap) {
+  const double width = bitmap.width * PointsPerCentimetre;
+  const double height = bitmap.height * PointsPerCentimetre;
+  const Point pixels{static_cast<double>(bitmap.pixels->width),
+                     static_cast<double>(bitmap.pixels->height)};
+  m_Canvas.Begin(Role::Graphic);
+  if (const std::optional<TM> place =
+          Placed({0, height}, width / pixels.x, height / pixels.y, {0, 0}, pixels)) {
+    if (const auto drawn = m_Canvas.DrawBitmap(*bitmap.pixels, *place); !drawn) {
+      m_Notices.Add(L"a bitmap can't be drawn: " + os::WideFromUtf8(Describe(drawn.Error())));
+      DrawCrossedBox(bitmap.width, bitmap.height);
+    }
   }
   m_Canvas.End();
 }

@@ -33,6 +33,7 @@ class ObjectPainter {
   void operator()(const document::PlateShape& plate);
   void operator()(const document::GraphicShape& graphic);
   void operator()(const document::DrillShape& drill);
+  void operator()(const document::BitmapShape& bitmap);
 
  private:
   [[nodiscard]] Point OnPage(double x, double y) const;
@@ -44,12 +45,13 @@ class ObjectPainter {
                                          Point lower) const;
   void AddPath(const document::PathShape& path, bool closedAlone);
   void AddRect(const CWorldRect& rect);
+  void DrawCrossedBox(double width, double height);
   void AddEllipse(const document::DrillShape& drill);
   [[nodiscard]] bool IsOnPage(const text::ArcLayout& layout, const TM& place) const;
   void TellReplacedFont(const document::TextRun& run);
   template <typename Shape, typename Layout>
   void TellMissingLetters(const Shape& text, const Layout& layout);
-  void DrawLine();
+  void DrawCutLine(document::CutLine kind);
 
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;

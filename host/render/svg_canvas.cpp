@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
+#include "host/document/bitmap_png.h"
 #include "host/graphics/picture.h"
 #include "host/render/letter_outlines.h"
 #include "host/render/picture_png.h"
@@ -20,6 +22,7 @@ namespace {
 // A hundred times the largest page; numbers stay short.
 constexpr double FarthestPoint = 1e8;
 constexpr double ThinnestPoints = 0.25;
+constexpr double MillimetresPerPoint = 25.4 / 72;
 
 const char* ClassOf(Role role) {
   switch (role) {
@@ -28,6 +31,7 @@ const char* ClassOf(Role role) {
     case Role::Text: return "text";
     case Role::Path: return "path";
     case Role::CutLine: return "cut-line";
+    case Role::CutThroughLine: return "cut-through-line";
     case Role::DrillPoint: return "drill-point";
     case Role::Graphic: return "graphic";
   }
@@ -45,10 +49,11 @@ bool IsUpright(const TM& place) {
   return place.a == 1 && place.b == 0 && place.c == 0 && place.d == 1;
 }
 
-void AppendMatrix(std::string& text, const TM& place) {
+// `decimals` are those of the scale.
+void AppendMatrix(std::string& text, const TM& place, int decimals = 6) {
   text += "transform=\"matrix(";
   for (const double part : {place.a, place.b, place.c, place.d}) {
-    AppendNumber(text, part);
+    AppendNumber(text, part, decimals);
     text += ' ';
   }
   AppendMillimetres(text, place.tx);
@@ -97,6 +102,8 @@ double SvgCanvas::Farthest() const { return FarthestPoint; }
 void SvgCanvas::Begin(Role role) {
   m_Text += "<g class=\"";
   m_Text += ClassOf(role);
+  if (role == Role::CutLine) m_Text += "\" data-layer=\"Cut";
+  if (role == Role::CutThroughLine) m_Text += "\" data-layer=\"Cut through";
   m_Text += "\">\n";
 }
 void SvgCanvas::End() { m_Text += "</g>\n"; }
@@ -109,7 +116,14 @@ void SvgCanvas::AddStroke(const Pen& pen) {
   m_Text += "\" stroke-width=\"";
   AppendMillimetres(m_Text, pen.width > 0 ? pen.width : ThinnestPoints);
   m_Text += '"';
-  if (pen.dashed) m_Text += " stroke-dasharray=\"1.4 0.5\"";
+  const std::span<const double> lengths = LengthsOf(pen.dashes);
+  if (lengths.empty()) return;
+  m_Text += " stroke-dasharray=\"";
+  for (const double& length : lengths) {
+    if (&length != &lengths.front()) m_Text += ' ';
+    AppendMillimetres(m_Text, length);
+  }
+  m_Text += '"';
 }
 
 void SvgCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& inside,
@@ -272,6 +286,25 @@ Expected<void> SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM
   if (!address) return address.Error();
   m_Text += "<use xlink:href=\"#" + *address + "\" ";
   AppendMatrix(m_Text, place);
+  m_Text += "/>\n";
+  return {};
+}
+
+// An image whose unit is a millimetre here, and its pixel in `place`.
+Expected<void> SvgCanvas::DrawBitmap(const document::BitmapPixels& pixels, const TM& place) {
+  const auto [known, added] = m_Pictures.try_emplace(&pixels);
+  if (added) {
+    known->second = "picture-" + std::to_string(m_Pictures.size());
+    m_Text += "<defs><image id=\"" + known->second + "\" width=\"" + std::to_string(pixels.width) +
+              "\" height=\"" + std::to_string(pixels.height) +
+              "\" preserveAspectRatio=\"none\" xlink:href=\"data:image/png;base64," +
+              os::Base64FromBytes(document::PngOfBitmap(pixels)) + "\"/></defs>\n";
+  }
+  TM unit = place;
+  for (double* part : {&unit.a, &unit.b, &unit.c, &unit.d}) *part *= MillimetresPerPoint;
+  m_Text += "<use xlink:href=\"#" + known->second + "\" ";
+  // Of tens of thousands of pixels a row, the last one is still where it belongs.
+  AppendMatrix(m_Text, unit, 12);
   m_Text += "/>\n";
   return {};
 }

@@ -26,13 +26,13 @@ namespace rastrel::render {
 ///         <defs> <path id="circle-1"/> </defs>              the circle, from the text's beginning
 ///         <text> <textPath xlink:href="#circle-1"/> </text>
 ///       </g>
-///       <g class="path"> <path/> </g>                       also class="cut-line"
-///       <g class="drill-point"> <circle/> <path/> </g>      the hole and its cross
-///       <g> ... </g>                                        a group and its objects
-///       <g class="graphic">
+///       <g class="path"> <path/> </g>                       also class="cut-line",
+///       "cut-through-line" <g class="drill-point"> <circle/> <path/> </g>      the hole and its
+///       cross <g> ... </g>                                        a group and its objects <g
+///       class="graphic">
 ///         <defs> <image id="picture-1"/> </defs>            a placed file, at its first use
 ///         <use xlink:href="#picture-1"/>
-///       </g>
+///       </g>                                                also for a bitmap, as PNG
 ///     </svg>
 class SvgCanvas : public Canvas {
  public:
@@ -55,6 +55,8 @@ class SvgCanvas : public Canvas {
   void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) override;
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
+  [[nodiscard]] Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
+                                          const TM& place) override;
 
  private:
   void AddStroke(const Pen& pen);
@@ -67,8 +69,8 @@ class SvgCanvas : public Canvas {
 
   std::string m_Text;
   bool m_Outlines;
-  std::map<const std::string*, std::string> m_Pictures;  // ids of placed files, by their bytes
-  std::size_t m_Circles = 0;                             // that text was set on so far
+  std::map<const void*, std::string> m_Pictures;  // ids of placed files and bitmaps, by content
+  std::size_t m_Circles = 0;                      // that text was set on so far
 };
 
 }  // namespace rastrel::render

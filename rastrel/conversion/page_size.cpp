@@ -4,9 +4,9 @@
 
 #include "rastrel/conversion/job_header_writer.h"
 #include "rastrel/conversion/measure_page.h"
+#include "rastrel/conversion/postscript_files.h"
 #include "rastrel/conversion/qrast.h"
 #include "rastrel/conversion/temporary_names.h"
-#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/host/wait_cursor.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
@@ -55,8 +55,7 @@ int MeasurePage(const wchar_t* path, BOUNDS& bounds, CSemaphore* stop) {
   if (copy.empty()) return 0;
   QRastPageInfo info;
   const bool measured = PrintingThread::RunQRast(copy.c_str(), &info, stop) != 0;
-  if (GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) == 0)
-    static_cast<void>(os::RemoveFile(copy));
+  if (!KeepsPostScriptFiles()) static_cast<void>(os::RemoveFile(copy));
   if (!measured || !IsWhole(info)) return 0;
   bounds.xmin = Centimetres(info.bboxX);
   bounds.ymin = Centimetres(info.bboxY);

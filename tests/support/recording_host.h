@@ -213,6 +213,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   bool m_HasDocument = true;
   bool m_HasGraphicsIO = true;
   bool m_HasPlaneReader = true;
+  bool m_HasContourCut = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -228,7 +229,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   host::GraphicsIO* GetGraphicsIO() override {
     return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
   }
-  host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::ContourCut* GetContourCut() override {
+    return m_HasDocument && m_HasContourCut ? &m_Store : nullptr;
+  }
   host::PlaneReader* GetPlaneReader() override {
     return m_HasDocument && m_HasPlaneReader ? &m_Planes : nullptr;
   }

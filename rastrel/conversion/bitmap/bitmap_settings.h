@@ -1,0 +1,12 @@
+#pragma once
+
+#include "rastrel/conversion/dialogs/ps2bmp_params.h"
+
+namespace rastrel::conversion {
+
+/// Fills `params` from the comments of the file and the user's settings, lets the user edit them in
+/// the dialog, and stores the resolution for the next time. False, with `params` as the dialog
+/// began, if the user cancelled. On the user interface thread. `path` is a library path.
+[[nodiscard]] bool AskBitmapParams(const wchar_t* path, PS2BmpParams& params);
+
+}  // namespace rastrel::conversion
