@@ -98,6 +98,8 @@ class PagePreview::Ticket : public CLQTicket {
  public:
   Ticket(const std::wstring& executable, CWnd& ended) : CLQTicket(executable), m_Ended(ended) {}
   ~Ticket() override { Join(); }
+  // The log is for the conversion itself, whose warnings the command repeats.
+  void Log(const wchar_t* /*format*/, ...) override {}
 
  protected:
   void OnEnd() override { m_Ended.PostMessage(0, 0, 0); }
