@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/document/direct_conversion.h"
+#include "cli/document/page_preview.h"
 #include "rastrel/conversion/bitmap/convert_ps_to_bmp.h"
 #include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
 #include "rastrel/platform/host/application.h"
@@ -106,7 +107,10 @@ ConversionEnd RunBitmapConversion(const InputFile& input, const ConversionReques
                                   ConversionHost& host, ConversionViews& views) {
   if (input.extension == ".pdf") return ConvertOutsideDialog(input, request);
   if (request.window) {
+    PagePreview preview(input.path);
+    views.SetPreview(CPS2BmpDlg::ResourceId, &preview);
     Convert(input);
+    views.SetPreview(CPS2BmpDlg::ResourceId, nullptr);
     return EndOf(views, ConversionEnd::Dismissed);
   }
   const double scale = UnitsPerCentimetre(host);

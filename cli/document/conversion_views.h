@@ -26,6 +26,9 @@ class ConversionViews : public host::DialogViews {
   [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override;
   void ShowMessage(CWnd* parent, const std::wstring& text, const std::wstring& title) override;
   [[nodiscard]] bool CanAsk() override { return m_Views->CanAsk(); }
+  void SetPreview(int dialog, host::DialogPreview* preview) override {
+    m_Views->SetPreview(dialog, preview);
+  }
 
   /// Cancels the dialog on show, and every later one. Any thread.
   void RequestStop();

@@ -37,6 +37,10 @@ QString NumberBox::textFromValue(double value) const {
 }
 
 QValidator::State NumberBox::validate(QString& input, int& position) const {
+  // The base takes a sign in front of 0, too.
+  if (minimum() >= 0 &&
+      (input.contains(QLatin1Char('-')) || input.contains(locale().negativeSign())))
+    return QValidator::Invalid;
   const QString mark = locale().decimalPoint();
   if (decimals() > 0 && mark.size() == 1) {
     input.replace(QLatin1Char('.'), mark[0]);
