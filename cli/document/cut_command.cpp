@@ -23,7 +23,6 @@
 #include "host/document/document.h"
 #include "host/document/document_store.h"
 #include "host/graphics/placed_file.h"
-#include "interpreter/interpreter.h"
 #include "rastrel/conversion/cut/generate_cut_data.h"
 #include "rastrel/conversion/page_size.h"
 #include "rastrel/platform/host/generic_item.h"
@@ -31,7 +30,6 @@
 #include "rastrel/platform/host/placed_graphics.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/values/world.h"
 
 namespace rastrel::cli {
 namespace {
@@ -45,16 +43,9 @@ struct PictureSize {
 };
 
 // The size of the queue program's picture in centimetres, where it is another than that of the
-// placed file: PostScript's is the box that it declares, and a PDF's that of the chosen page.
+// placed file, whose page is the first.
 std::optional<PictureSize> OwnPictureSize(const InputFile& input,
                                           const ConversionRequest& request) {
-  constexpr double centimetresPerPoint = host::CentimetresPerInch / 72;
-  if (input.extension == ".ps") {
-    const auto job = interpreter::OpenJob(input.path);
-    if (!job || !job->declared) return std::nullopt;
-    return PictureSize{job->declared->Width() * centimetresPerPoint,
-                       job->declared->Height() * centimetresPerPoint};
-  }
   if (request.page.value_or(1) == 1) return std::nullopt;
   BOUNDS page{};
   if (GetPSPageSize(os::FromNative(input.path).c_str(), page) == 0)
