@@ -9,10 +9,12 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -308,6 +310,38 @@ class Refusals(Case):
             file = self.file(name, content)
             self.fail_with(9, "can't be read", "convert", file, "--cut-color", "spot:Knife", "-o", "o.png")
             self.fail_with(9, "can't be read", "cut", file, "--cut-color", "spot:Knife", "-o", "o.dxf")
+
+
+class Ends(Case):
+    def start(self):
+        """A conversion that does not end, once the queue program works on it."""
+        file = self.file("endless.ps", HEAD + "{} loop\n")
+        command = subprocess.Popen([PROGRAM, "convert", str(file), "-o", "o.png"], cwd=self.folder,
+                                   env=self.surroundings, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(command.stderr.close)
+        for line in command.stderr:
+            if line.startswith(b"Interpreting"):
+                return command
+        self.fail("the conversion did not begin")
+
+    def test_a_signal_cancels(self):
+        command = self.start()
+        command.send_signal(signal.SIGTERM)
+        self.assertEqual(command.wait(SECONDS), 4)
+        self.assertFalse((self.folder / "o.png").exists())
+        self.assert_nothing_left()
+
+    def test_a_later_command_removes_what_a_killed_one_left(self):
+        command = self.start()
+        command.kill()
+        command.wait(SECONDS)
+        self.assertNotEqual(list((self.home / "jobs").iterdir()), [])
+        for _ in range(SECONDS * 10):  # until the guardian has removed its own files
+            self.run_program("convert", "missing.ps")
+            if not list((self.home / "jobs").iterdir()):
+                break
+            time.sleep(0.1)
+        self.assert_nothing_left()
 
 
 class Lines(Case):
