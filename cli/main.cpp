@@ -77,6 +77,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
+  // A program of its own takes these in.
+  if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut) return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
   if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
@@ -121,6 +123,8 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::PageSize: return PageSizeCommand(invocation);
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
+    case CommandId::Convert:
+    case CommandId::Cut:
     case CommandId::Import:
     case CommandId::Merge:
     case CommandId::View: return RunDocumentProgram(arguments);

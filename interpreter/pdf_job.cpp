@@ -37,6 +37,9 @@ void PdfMessages::Take(std::string_view line) {
   if (Has(line, "requires a password")) m_Lock = Lock::NeedsPassword;
   if (Has(line, "Password did not work")) m_Lock = Lock::WrongPassword;
   if (Has(line, "has no pages")) m_IsEmpty = true;
+  constexpr std::string_view countMark = "greater than the number of pages in the file:";
+  if (const std::size_t count = line.find(countMark); count != line.npos)
+    m_PageCount = PlainLine(Trimmed(line.substr(count + countMark.size())));
   const std::size_t mark = line.find(ErrorMark);
   if (mark != line.npos && m_Error.empty())
     m_Error = PlainLine(Trimmed(line.substr(mark + ErrorMark.size())));
@@ -53,6 +56,8 @@ Failure PdfMessages::WhyNoPage() const {
     case Lock::None: break;
   }
   if (m_IsEmpty) return Refused("The PDF has no page");
+  if (!m_PageCount.empty())
+    return Refused("The PDF has no page of the number that is asked for; it has " + m_PageCount);
   return Refused("The PDF can't be read: it is damaged, incomplete, or no PDF" +
                  (m_Error.empty() ? std::string() : " (Ghostscript: " + m_Error + ")"));
 }

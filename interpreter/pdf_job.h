@@ -20,8 +20,9 @@ class PdfMessages {
  public:
   /// Takes one line.
   void Take(std::string_view line);
-  /// Why a PDF made no page: it is locked, the password is wrong, it has no pages, or it can't be
-  /// read. A sentence without its full stop, with the code BadInput.
+  /// Why a PDF made no page: it is locked, the password is wrong, it has no pages or fewer than the
+  /// one that is asked for, or it can't be read. A sentence without its full stop, with the code
+  /// BadInput.
   [[nodiscard]] Failure WhyNoPage() const;
   /// Whether a password is missing or wrong.
   [[nodiscard]] bool IsLocked() const { return m_Lock != Lock::None; }
@@ -33,6 +34,7 @@ class PdfMessages {
 
   Lock m_Lock = Lock::None;
   bool m_IsEmpty = false;
+  std::string m_PageCount;  // of one that has fewer pages than asked for
   std::string m_Error;
 };
 

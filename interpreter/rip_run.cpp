@@ -79,6 +79,7 @@ Expected<void> RipRun::OpenPdf(RunStart& start) const {
   if (!IsPdf()) return {};
   start.pdf = m_Request.job.file.Get();
   start.pdfBox = m_Request.settings.pdfBox;
+  start.pdfPage = m_Request.settings.pdfPage;
   if (m_Request.settings.passwordFile.empty()) return {};
   auto password = ReadPassword(m_Request.settings.passwordFile);
   if (!password) return password.Error();

@@ -95,7 +95,11 @@ std::vector<std::string> Arguments(const RunStart& start) {
   const bool pdf = start.kind == JobKind::Pdf;
   if (pdf) {
     for (std::string& option : BoxOptions(start.pdfBox)) arguments.push_back(std::move(option));
-    if (start.script.isFirstPage) arguments.emplace_back("-dLastPage=1");
+    if (start.script.isFirstPage) {
+      const std::string page = std::to_string(start.pdfPage);
+      arguments.push_back("-dFirstPage=" + page);
+      arguments.push_back("-dLastPage=" + page);
+    }
   }
   arguments.emplace_back("-f");
   arguments.push_back(At(Setup));

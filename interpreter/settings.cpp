@@ -12,14 +12,16 @@ namespace {
 
 // Large enough for any use, small enough that seconds or mebibytes can be reckoned with.
 constexpr std::uint64_t Maximum = 1000000000000;
+constexpr std::uint64_t MaximumPage = 1000000;
 
-void Read(const char* name, std::uint64_t& value, std::vector<std::string>& complaints) {
+void Read(const char* name, std::uint64_t& value, std::vector<std::string>& complaints,
+          std::uint64_t maximum = Maximum) {
   const std::string text = os::EnvironmentValue(name);
   if (text.empty()) return;
   std::uint64_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error == std::errc() && stop == end && number > 0 && number <= Maximum) {
+  if (error == std::errc() && stop == end && number > 0 && number <= maximum) {
     value = number;
   } else {
     complaints.push_back(std::string(name) + " is not a whole number above 0; " +
@@ -56,6 +58,7 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
   ReadBox(settings.pdfBox, complaints);
+  Read("RASTREL_RIP_PAGE", settings.pdfPage, complaints, MaximumPage);
   settings.passwordFile = os::EnvironmentValue("RASTREL_RIP_PASSWORD_FILE");
   return settings;
 }

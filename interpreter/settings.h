@@ -20,6 +20,9 @@ struct Settings {
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time
   PdfBox pdfBox = PdfBox::Crop;           ///< RASTREL_RIP_BOX: "media", "crop", "trim" or "bleed"
+  /// RASTREL_RIP_PAGE: which page of a PDF counts as the first where a run is of one page, a
+  /// picture or a measure; from 1.
+  std::uint64_t pdfPage = 1;
   /// RASTREL_RIP_PASSWORD_FILE: native path of the file whose first line opens locked PDFs; empty:
   /// none.
   std::string passwordFile;

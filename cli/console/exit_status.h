@@ -18,6 +18,10 @@ enum class ExitStatus : int {
   Cancelled = 4,
   NotInstalled = 5,
   NoMatch = 6,
+  NotPrepared = 7,
+  NoPixels = 8,
+  NoCutLines = 9,
+  NotWritten = 10,
 };
 
 struct ExitStatusRow {
@@ -26,7 +30,7 @@ struct ExitStatusRow {
 };
 
 /// Every status with its meaning, in order.
-inline constexpr std::array<ExitStatusRow, 7> ExitStatuses{{
+inline constexpr std::array<ExitStatusRow, 11> ExitStatuses{{
     {ExitStatus::Done, "Done."},
     {ExitStatus::JobFailed, "The job failed."},
     {ExitStatus::WrongUse, "Wrong use."},
@@ -34,6 +38,10 @@ inline constexpr std::array<ExitStatusRow, 7> ExitStatuses{{
     {ExitStatus::Cancelled, "Cancelled."},
     {ExitStatus::NotInstalled, "Something is not installed."},
     {ExitStatus::NoMatch, "A chart has no entry that matches."},
+    {ExitStatus::NotPrepared, "A conversion's working copy or job header can't be written."},
+    {ExitStatus::NoPixels, "The pixels of a conversion can't be read."},
+    {ExitStatus::NoCutLines, "The cut lines of a conversion can't be read, or there are none to cut."},
+    {ExitStatus::NotWritten, "The result of a conversion can't be drawn or written."},
 }};
 
 /// Ends the command with a status and a message for the user, which RunProgram writes. The message

@@ -32,15 +32,27 @@ std::string UsageOf(const CommandRow& row) {
                                       : std::string(" ") + row.operand);
 }
 
-// `charts`: whether a command is among them that asks a chart, since no other ends with NoMatch.
-std::string ExitStatusText(bool charts) {
+// The kinds of command in a help, since some statuses belong to one kind alone.
+struct Kinds {
+  bool charts = false;       // ask a chart
+  bool conversions = false;  // convert a file in a document
+};
+
+bool HasStatus(const Kinds& kinds, ExitStatus status) {
+  if (status == ExitStatus::NoMatch) return kinds.charts;
+  return status < ExitStatus::NotPrepared || kinds.conversions;
+}
+
+std::string ExitStatusText(const Kinds& kinds) {
   std::string text = "\nexit status:\n";
   for (const ExitStatusRow& row : ExitStatuses) {
-    if (row.status == ExitStatus::NoMatch && !charts) continue;
+    if (!HasStatus(kinds, row.status)) continue;
     text += Row(std::to_string(static_cast<int>(row.status)), row.meaning);
   }
   return text;
 }
+
+bool IsConversion(CommandId id) { return id == CommandId::Convert || id == CommandId::Cut; }
 
 bool IsNamed(const CommandRow& row, std::string_view name) {
   const std::string_view own = row.name;
@@ -53,22 +65,24 @@ std::string SummaryText() {
   std::string text = "usage: rastrel COMMAND [OPTION...]\n\ncommands:\n";
   for (const CommandRow& row : Commands()) text += Row(UsageOf(row), row.description);
   text += "\noptions:\n" + OptionRowText(OptionId::Help) + OptionRowText(OptionId::Version);
-  return text + ExitStatusText(true) + "\n`rastrel help COMMAND` tells of a command's options.\n";
+  return text + ExitStatusText({.charts = true, .conversions = true}) +
+         "\n`rastrel help COMMAND` tells of a command's options.\n";
 }
 
 std::string HelpText(std::string_view name) {
   std::string text;
-  bool charts = false;
+  Kinds kinds;
   if (name.empty()) return text;
   for (const CommandRow& row : Commands()) {
     if (!IsNamed(row, name)) continue;
-    charts = charts || IsNamed(row, "chart");
+    kinds.charts = kinds.charts || IsNamed(row, "chart");
+    kinds.conversions = kinds.conversions || IsConversion(row.id);
     if (!text.empty()) text += "\n";
     text += "usage: rastrel " + UsageOf(row) + (row.options.size() > 1 ? " [OPTION...]" : "") +
             "\n\n" + row.description + "\n\noptions:\n";
     for (const OptionId id : row.options) text += OptionRowText(id);
   }
-  return text.empty() ? text : text + ExitStatusText(charts);
+  return text.empty() ? text : text + ExitStatusText(kinds);
 }
 
 }  // namespace rastrel::cli

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "rastrel/platform/os/text.h"
 
@@ -106,6 +107,30 @@ Expected<Size> ParseSize(std::string_view option, std::string_view text) {
   const auto height = Centimetres(option, sides[1], *unit, text);
   if (!height) return height.Error();
   return Size{.widthCm = *width, .heightCm = *height};
+}
+
+Expected<PartSize> ParsePartSize(std::string_view option, std::string_view text) {
+  constexpr Unit point{"pt", 2.54 / 72};
+  const auto* unit =
+      std::ranges::find_if(Units, [text](const Unit& one) { return text.ends_with(one.name); });
+  if (unit == Units.end() && text.ends_with(point.name)) unit = &point;
+  if (unit == Units.end())
+    return RefusedValue(option, text,
+                        "a size has its unit at its end: cm, mm, in or pt, as in 10x5in");
+  const auto sides = Split(text.substr(0, text.size() - 2), 'x');
+  if (sides.size() != 2 || (sides[0].empty() && sides[1].empty()))
+    return RefusedValue(option, text,
+                        "a size is WIDTHxHEIGHT and a unit, as in 10x5in, or one of the two alone, "
+                        "as in 10xin or x5in");
+  PartSize size;
+  for (const auto& [side, length] :
+       {std::pair(sides[0], &size.widthCm), std::pair(sides[1], &size.heightCm)}) {
+    if (side.empty()) continue;
+    const auto centimetres = Centimetres(option, side, *unit, text);
+    if (!centimetres) return centimetres.Error();
+    *length = *centimetres;
+  }
+  return size;
 }
 
 Expected<std::vector<double>> ParseComponents(std::string_view option, std::string_view list,

@@ -38,6 +38,14 @@ struct Size {
 /// A size with its unit, "10x5in", "25.4x12.7cm", "254x127mm".
 [[nodiscard]] Expected<Size> ParseSize(std::string_view option, std::string_view text);
 
+/// A size of which one side may be open, since it follows from the other.
+struct PartSize {
+  std::optional<double> widthCm;
+  std::optional<double> heightCm;
+};
+/// As ParseSize, also in points, and with one side alone: "10xcm" is a width, "x72pt" a height.
+[[nodiscard]] Expected<PartSize> ParsePartSize(std::string_view option, std::string_view text);
+
 /// The two sides of a color's colon: "rgb:255,0,0" is of the model "rgb". Without a colon all of
 /// the text is the model.
 struct ColorText {

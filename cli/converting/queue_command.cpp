@@ -160,16 +160,6 @@ ExitStatus WriteCancelled(bool json) {
   return ExitStatus::Cancelled;
 }
 
-void WriteWarnings(bool json) {
-  for (const std::string& warning : QueueWarnings().Take()) {
-    if (json) {
-      JsonLine("warning").Add("text", warning).Write();
-    } else {
-      WriteErrorLine("warning: " + warning);
-    }
-  }
-}
-
 [[noreturn]] void Fail() {
   const std::string why = LastErrorOfQueue();
   throw CommandError(ExitStatus::JobFailed,
@@ -208,7 +198,7 @@ ExitStatus QueueCommand(const Invocation& invocation) {
   CQProgressDlg dialog(os::FromNative(copy).c_str(), nullptr);
   const int result = view.Show(dialog);
   if (keep) WriteErrorLine("the working copy is kept in: " + directory.Path());
-  if (!view.IsCancelled()) WriteWarnings(json);
+  if (!view.IsCancelled()) WriteQueueWarnings(json);
   if (result == host::OkCommand)
     return WriteDone(TakeResults(directory.Path(), before, target, existing, input.access), json);
   if (view.IsCancelled()) return WriteCancelled(json);

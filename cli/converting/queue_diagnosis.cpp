@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -17,6 +19,7 @@ constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
 
 constexpr std::string_view ErrorMark = "]ERROR:";
 constexpr std::string_view WarningMark = "]WARNING:";
+constexpr std::string_view RemarkMark = "][CLQ]";
 
 // Whether the mark ends the head of a log entry: "[04/02/2026, 09:08:07][ 512]". A message of the
 // program may hold the mark, too.
@@ -78,6 +81,11 @@ std::string LastErrorOfQueue() {
   return errors.empty() ? std::string() : errors.back();
 }
 
+std::string LastRemarkOfLibrary() {
+  const auto remarks = MessagesAt(RemarkMark, ReadLog());
+  return remarks.empty() ? std::string() : remarks.back();
+}
+
 std::vector<std::string> QueueWarnings::Take() {
   const std::string text = ReadLog();
   const std::size_t from = std::min(m_Taken, text.size());
@@ -87,6 +95,16 @@ std::vector<std::string> QueueWarnings::Take() {
     if (std::ranges::find(warnings, warning) == warnings.end())
       warnings.push_back(std::move(warning));
   return warnings;
+}
+
+void WriteQueueWarnings(bool json) {
+  for (const std::string& warning : QueueWarnings().Take()) {
+    if (json) {
+      JsonLine("warning").Add("text", warning).Write();
+    } else {
+      WriteErrorLine("warning: " + warning);
+    }
+  }
 }
 
 }  // namespace rastrel::cli

@@ -16,6 +16,10 @@ namespace rastrel::cli {
 /// is read from the application log, where the library writes all messages of that program.
 [[nodiscard]] std::string LastErrorOfQueue();
 
+/// The last remark of the library on a conversion since this process began, without its mark; empty
+/// if there is none. From the same log.
+[[nodiscard]] std::string LastRemarkOfLibrary();
+
 /// The queue program's warnings, read from the same log.
 class QueueWarnings {
  public:
@@ -25,5 +29,9 @@ class QueueWarnings {
  private:
   std::size_t m_Taken = 0;  // bytes of the log
 };
+
+/// Writes the warnings of this process's conversions: as lines on standard error or, with `json`, as
+/// JSON lines.
+void WriteQueueWarnings(bool json);
 
 }  // namespace rastrel::cli

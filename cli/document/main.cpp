@@ -8,6 +8,8 @@
 #include "cli/console/help.h"
 #include "cli/console/run_program.h"
 #include "cli/console/standard_streams.h"
+#include "cli/document/convert_command.h"
+#include "cli/document/cut_command.h"
 #include "cli/document/import_command.h"
 #include "cli/document/merge_command.h"
 #include "cli/document/view_command.h"
@@ -19,6 +21,8 @@ using namespace rastrel::cli;
 
 ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
+    case CommandId::Convert: return ConvertCommand(invocation);
+    case CommandId::Cut: return CutCommand(invocation);
     case CommandId::Import: return ImportCommand(invocation);
     case CommandId::Merge: return MergeCommand(invocation);
     case CommandId::View: return ViewCommand(invocation);

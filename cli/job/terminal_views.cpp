@@ -5,6 +5,7 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/job/control_prompt.h"
 #include "cli/job/progress_line.h"
 #include "cli/job/redraw_intervals.h"
 #include "rastrel/platform/os/clock.h"
@@ -81,7 +82,27 @@ class TerminalViews::View : public host::DialogView {
   bool m_Changed = true;
 };
 
+// The questions of a dialog; a stop cancels it like every other.
+class TerminalViews::Asked : public ControlPrompt {
+ public:
+  Asked(TerminalViews& views, host::DialogLogic& dialog, HANDLE input)
+      : ControlPrompt(dialog, input, views.m_Stop.m_hObject), m_Views(views), m_Dialog(dialog) {}
+  void RunModal() override {
+    if (m_Views.m_Stopped) return m_Dialog.Command(host::CancelCommand);
+    ControlPrompt::RunModal();
+    if (IsCancelled()) m_Views.m_Stopped = true;
+  }
+
+ private:
+  TerminalViews& m_Views;
+  host::DialogLogic& m_Dialog;
+};
+
 std::unique_ptr<host::DialogView> TerminalViews::MakeView(host::DialogLogic& dialog) {
+  const HANDLE input = os::StandardHandle(os::StandardStream::Input);
+  if (!m_Json && HasInputControls(dialog) && os::IsTerminalDevice(input) &&
+      os::IsTerminalDevice(os::StandardHandle(ShownOn)))
+    return std::make_unique<Asked>(*this, dialog, input);
   return std::make_unique<View>(*this, dialog);
 }
 

@@ -14,8 +14,9 @@ namespace rastrel::cli {
 /// Shows dialogs on the terminal: title, stage, bar and elapsed time as one line that is drawn over
 /// and over; plain lines where standard error is no terminal; JSON lines on standard
 /// output if asked for. q, Escape, Ctrl-C and a stop request cancel; a dialog that only a person
-/// could end is cancelled by itself, since there is nothing to wait for. The terminal has its old
-/// state when a dialog is over.
+/// could end is cancelled by itself, since there is nothing to wait for. A dialog with controls to
+/// be filled in is asked line by line (ControlPrompt) if input and standard error are terminals,
+/// else it is cancelled, too. The terminal has its old state when a dialog is over.
 class TerminalViews : public host::DialogViews {
  public:
   explicit TerminalViews(bool json) : m_Json(json) {}
@@ -33,6 +34,7 @@ class TerminalViews : public host::DialogViews {
 
  private:
   class View;
+  class Asked;
   bool m_Json;
   std::atomic<bool> m_Stopped = false;
   CSemaphore m_Stop{0, 1};

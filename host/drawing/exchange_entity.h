@@ -45,7 +45,4 @@ class ExchangeEntity {
   std::vector<Pair> m_Pairs;
 };
 
-/// A color of the format's 255 by its number.
-[[nodiscard]] VectorPath::Rgb IndexedColor(int index);
-
 }  // namespace rastrel::drawing

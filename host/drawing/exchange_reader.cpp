@@ -16,6 +16,7 @@
 #include "host/drawing/exchange_pairs.h"
 #include "host/drawing/path_builder.h"
 #include "host/drawing/spline.h"
+#include "host/graphics/indexed_color.h"
 
 namespace rastrel::drawing {
 
@@ -112,7 +113,8 @@ void ExchangeReader::ReadLayer(ExchangePairs& pairs) {
   const bool more = entity.Read(pairs);
   Layer layer;
   const int index = entity.Int(62, 7);
-  layer.color = entity.Has(420) ? TrueColor(entity.Int(420)) : IndexedColor(std::abs(index));
+  layer.color =
+      entity.Has(420) ? TrueColor(entity.Int(420)) : graphics::IndexedColor(std::abs(index));
   layer.hidden = index < 0 || (entity.Int(70) & 1) != 0;
   layer.lineWidth = WidthOfWeight(entity.Int(370));
   m_Layers.insert_or_assign(entity.Text(2), layer);
@@ -166,7 +168,7 @@ VectorPath::Rgb ExchangeReader::ColorOf(const ExchangeEntity& entity,
   const int index = entity.Int(62, ByLayer);
   if (index == ByBlock) return setting.color;
   if (index == ByLayer) return LayerOf(entity, setting).color;
-  return IndexedColor(index);
+  return graphics::IndexedColor(index);
 }
 
 double ExchangeReader::WidthOf(const ExchangeEntity& entity, const Setting& setting) const {

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -26,7 +27,9 @@ void NeedApplication() {
 class WindowViews : public host::DialogViews {
  public:
   [[nodiscard]] std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override {
-    return std::make_unique<DialogWindow>(dialog);
+    const auto preview = m_Previews.find(dialog.GetResource().id);
+    return std::make_unique<DialogWindow>(dialog,
+                                          preview != m_Previews.end() ? preview->second : nullptr);
   }
   void ShowMessage(CWnd* /*parent*/, const std::wstring& text, const std::wstring& title) override {
     QMessageBox box(QMessageBox::Warning, QString::fromStdWString(title),
@@ -35,6 +38,12 @@ class WindowViews : public host::DialogViews {
     box.exec();
   }
   [[nodiscard]] bool CanAsk() override { return true; }
+  void SetPreview(int dialog, host::DialogPreview* preview) override {
+    m_Previews[dialog] = preview;
+  }
+
+ private:
+  std::map<int, host::DialogPreview*> m_Previews;  // by the dialogs' identifiers
 };
 
 }  // namespace

@@ -258,6 +258,37 @@ TEST_F(QueueConvert, a_pdf_fills_a_page_size_too) {
   EXPECT_EQ(Page().At(42, 38), "255,255,255");
 }
 
+// The second page is half as large as the first, and blue.
+const std::string TwoPages =
+    "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+    "2 0 obj<</Type/Pages/Kids[3 0 R 5 0 R]/Count 2>>endobj\n"
+    "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 144 72]/Contents 4 0 R>>endobj\n"
+    "4 0 obj<</Length 27>>stream\n1 0 0 rg 0 0 144 72 re f   \nendstream endobj\n"
+    "5 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 72 72]/Contents 6 0 R>>endobj\n"
+    "6 0 obj<</Length 27>>stream\n0 0 1 rg 0 0 72 72 re f    \nendstream endobj\n"
+    "trailer<</Root 1 0 R>>\n%%EOF\n";
+
+TEST_F(QueueConvert, a_pdfs_picture_is_of_the_page_that_is_chosen) {
+  m_Bench.Job("vkaaaaaa.jhdr", Header());
+  ASSERT_EQ(Run(TwoPages, "vkaaaaaa.pdf").status, 0);
+  EXPECT_EQ(Page().width, 144U);
+  EXPECT_EQ(Page().At(36, 36), "255,0,0");
+  m_Bench.Set("RASTREL_RIP_PAGE", "2");
+  ASSERT_EQ(Run(TwoPages, "vkaaaaaa.pdf").status, 0);
+  EXPECT_EQ(Page().width, 72U);
+  EXPECT_EQ(Page().At(36, 36), "0,0,255");
+}
+
+TEST_F(QueueConvert, a_pdf_without_the_chosen_page_says_how_many_it_has) {
+  m_Bench.Job("vkaaaaaa.jhdr", Header());
+  m_Bench.Set("RASTREL_RIP_PAGE", "3");
+  const ProgramRun outcome = Run(TwoPages, "vkaaaaaa.pdf");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_NE(outcome.reports.find("has no page of the number that is asked for; it has 2"),
+            std::string::npos)
+      << outcome.reports;
+}
+
 TEST_F(QueueConvert, a_pdf_has_any_resolution_too) {
   for (const unsigned resolution : {1U, 3U, 4U}) {
     m_Bench.Job("vkaaaaaa.jhdr", Header("%# KVI_Res= " + std::to_string(resolution) + "\r\n"));

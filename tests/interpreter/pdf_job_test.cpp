@@ -47,6 +47,12 @@ TEST(PdfMessages, damage_is_told_with_its_first_error) {
             "a 'startxref' anywhere in the file)");
 }
 
+TEST(PdfMessages, a_page_beyond_the_last_is_told_with_the_number_of_pages) {
+  EXPECT_EQ(WhyNoPage({"Requested FirstPage is greater than the number of pages in the file: 2",
+                       "   No pages will be processed (FirstPage > LastPage)."}),
+            "The PDF has no page of the number that is asked for; it has 2");
+}
+
 TEST(PdfMessages, messages_that_are_not_known_count_as_damage) {
   EXPECT_EQ(WhyNoPage({}), "The PDF can't be read: it is damaged, incomplete, or no PDF");
   EXPECT_EQ(WhyNoPage({"something new"}),

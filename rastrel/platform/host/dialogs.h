@@ -10,6 +10,7 @@
 #include <variant>
 #include <vector>
 
+#include "rastrel/platform/host/dialog_preview.h"
 #include "rastrel/platform/os/handle.h"
 
 class CWnd;
@@ -40,7 +41,9 @@ class CWnd;
 /// - Controls with a value get it by SetValue, and the entries of a combo box by SetItems, before
 ///   RunModal. Each change of the user's goes to ControlChanged at once, and GetValue returns the
 ///   value on show, also while the user types. A label is the text above its control.
-/// - Radio buttons that follow each other are one group, of which one is checked.
+/// - Radio buttons that follow each other are one group, of which one is checked. If as many edits,
+///   combo boxes and color pickers follow it as it has buttons, each belongs to one button: the
+///   first to the first. A window shows them in one line.
 /// - An ampersand in a control's text is in front of the letter that is its key. A view without
 ///   such keys leaves it out.
 /// - Where no user could press anything (no display, no terminal), a view cancels the dialog once
@@ -190,6 +193,11 @@ class DialogViews {
   /// True if a person can answer a dialog that asks something. By default false: the dialog is not
   /// shown, and its usual answer counts.
   [[nodiscard]] virtual bool CanAsk() { return false; }
+
+  /// Views of the dialog with this identifier, from now on, show the preview's pictures beside the
+  /// controls (dialog_preview.h). Null ends that. The preview must outlive the dialogs shown with
+  /// it. By default nothing: the dialog has no picture.
+  virtual void SetPreview(int /*dialog*/, DialogPreview* /*preview*/) {}
 };
 
 }  // namespace rastrel::host

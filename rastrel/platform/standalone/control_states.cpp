@@ -30,6 +30,11 @@ host::ControlValue FirstValue(const host::DialogControl& control) {
   return {};
 }
 
+// An edit, a combo box or a color picker: it may be named by another control.
+bool IsField(ControlKind kind) {
+  return IsEdit(kind) || kind == ControlKind::ComboBox || kind == ControlKind::ColorPicker;
+}
+
 double NumberOf(const host::DialogControl& control, double number) {
   const double shown = control.kind == ControlKind::IntegerEdit ? std::trunc(number) : number;
   return shown >= control.minimum ? shown : control.minimum;
@@ -136,6 +141,23 @@ bool ControlStates::CanTake(int control, const host::ControlValue& value) const 
   if (const auto* const color = std::get_if<host::PickedColor>(&value))
     return color->type == kind.pickerType && IsInRange(*color);
   return kind.kind == ControlKind::CheckBox;
+}
+
+std::wstring ControlStates::GetName(int control) const {
+  const ControlState* const one = Find(control);
+  if (one == nullptr) return {};
+  if (!one->text.empty() || !IsField(one->control.kind)) return one->text;
+  const auto isOther = [](const ControlState& state) { return !IsField(state.control.kind); };
+  const auto at = m_Controls.begin() + (one - m_Controls.data());
+  const auto end = std::find_if(at, m_Controls.end(), isOther);
+  const auto begin =
+      std::find_if(std::make_reverse_iterator(at), m_Controls.rend(), isOther).base();
+  if (begin == m_Controls.begin()) return {};
+  const ControlState& above = *std::prev(begin);
+  const auto group = GetGroup(above.control.id);
+  if (!group.empty() && std::ssize(group) == end - begin)
+    return group[static_cast<std::size_t>(at - begin)].text;
+  return at == begin && above.control.kind == ControlKind::Text ? above.text : std::wstring();
 }
 
 }  // namespace rastrel::standalone

@@ -53,6 +53,9 @@ class ControlStates {
   [[nodiscard]] const ControlState* Find(int control) const;
   /// The radio buttons of the group that this one belongs to, itself included.
   [[nodiscard]] std::span<const ControlState> GetGroup(int control) const;
+  /// The text that names a control for a person, as it is now: its own, else that of the label
+  /// right above it or of the radio button that it belongs to. Empty if there is none.
+  [[nodiscard]] std::wstring GetName(int control) const;
 
  private:
   [[nodiscard]] ControlState* FindState(int control);

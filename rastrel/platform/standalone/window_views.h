@@ -15,7 +15,7 @@ namespace rastrel::host {
 /// The name of the function that the component exports.
 inline constexpr const char* MakeWindowViewsName = "RastrelMakeWindowViews";
 /// The version of the interface in dialogs.h; a component of another version makes no views.
-inline constexpr int WindowViewsVersion = 3;
+inline constexpr int WindowViewsVersion = 4;
 /// The function's type. It returns the component's views, which it owns until the process ends;
 /// null if no window can be shown, with `reason` set to a static text (UTF-8).
 using MakeWindowViews = DialogViews*(int version, const char** reason);

@@ -4,13 +4,16 @@ usage: terminal_test.py COMMAND SOURCE_TREE
 """
 
 import base64
+import fcntl
 import os
 import pathlib
 import pty
 import re
+import select
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 
 from png_picture import Picture, difference
@@ -111,6 +114,71 @@ class Terminal(unittest.TestCase):
         self.assertEqual(status, 1, shown[-2000:])
         self.assertNotIn(b"written to", shown)
         self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def converse(self, words, *steps):
+        """Waits for each step's text and types its answer. Exit status, and all that was shown."""
+        mine, its = pty.openpty()
+        process = subprocess.Popen([COMMAND, *words], stdin=its, stdout=its, stderr=its,
+                                   cwd=self.place, start_new_session=True,
+                                   env=self.environment("none"),
+                                   preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+        os.close(its)
+        self.addCleanup(os.close, mine)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        whole, shown = b"", b""
+        for text, typed in (*steps, (None, None)):
+            while text is None or text not in shown:
+                self.assertTrue(select.select([mine], [], [], 60)[0], f"{text} does not come")
+                try:
+                    part = os.read(mine, 65536)
+                except OSError:
+                    part = b""
+                if not part and text is None:
+                    return process.wait(timeout=60), whole
+                self.assertTrue(part, f"{text} did not come: {whole}")
+                shown += part
+                whole += part
+            shown = b""
+            os.write(mine, typed)
+        return None
+
+    def ask_for_a_font(self, *answers):
+        """Imports a plate whose font is not there, and answers the question."""
+        (self.place / "plates.cr2").write_text(
+            "<engraving_template><table_size width='12' height='6' origin='bottom left'/>"
+            "<template spacing='0.25'><placement width='4' height='2'/></template><plates><plate>"
+            "<text_frame><placement x='1' y='1' width='2' height='1' origin='top left'/>"
+            "<font face='No\x9bSuch' size='0.3'><line>Ada</line></font></text_frame></plate></plates>"
+            "</engraving_template>", encoding="utf-8")
+        return self.converse(["import", "plates.cr2", "-o", "plates.rdoc"],
+                             *((b"q: cancel the import", answer) for answer in answers))
+
+    def test_a_missing_font_is_asked_for_and_its_name_can_not_steer_the_terminal(self):
+        status, shown = self.ask_for_a_font(b"no such\n", b"?\n", b"dejavu serif\n")
+        self.assertEqual(status, 0, shown)
+        self.assertIn(b'no font, or more than one, begins with "no such"', shown)
+        self.assertIn(b"  DejaVu Sans Mono\r\n", shown, "the list")
+        self.assertNotIn("\x9b".encode(), shown)
+        self.assertIn('"replacement": "DejaVu Serif"', (self.place / "plates.rdoc").read_text())
+
+    def test_an_empty_answer_takes_the_usual_font(self):
+        status, shown = self.ask_for_a_font(b"\n")
+        self.assertEqual(status, 0, shown)
+        self.assertIn('"replacement": "DejaVu Sans"', (self.place / "plates.rdoc").read_text())
+
+    def test_q_and_the_end_of_the_input_cancel_the_import(self):
+        for answer in (b"q\n", b"\x04"):
+            status, shown = self.ask_for_a_font(answer)
+            self.assertNotEqual(status, 0, shown)
+            self.assertNotIn(b"DejaVu Sans stands in", shown)
+
+    def test_ctrl_c_at_the_question_leaves_no_file(self):
+        status, _ = self.ask_for_a_font(b"\x03")
+        self.assertNotEqual(status, 0)
+        self.assertFalse((self.place / "plates.rdoc").exists())
+        self.assertEqual([path.name for path in self.place.iterdir()
+                          if path.name not in ("temporary", "plates.cr2")], [])
 
 
 if __name__ == "__main__":

@@ -28,7 +28,7 @@ constexpr std::array<DialogControl, 12> Controls{{
 }};
 constexpr DialogResource Resource{78, L"(*v*)Controls", Controls};
 
-// Writes down the changes that its view reports, and takes its values back on OK.
+// Writes down the reports of its view, and takes its values back on OK.
 class ControlsDialog : public CDialog {
  public:
   ControlsDialog() : CDialog(Resource, nullptr) {}

@@ -6,12 +6,13 @@
 #include <initializer_list>
 #include <numbers>
 
-#include "host/drawing/exchange_entity.h"
+#include "host/graphics/indexed_color.h"
 #include "tests/host/drawing/path_files.h"
 
 namespace rastrel::drawing {
 namespace {
 
+using graphics::IndexedColor;
 using Rgb = VectorPath::Rgb;
 
 // Pairs of a code and a value, as "10 2.5", as the lines of a file.

@@ -65,8 +65,7 @@ class AskFont(display.DisplayTest):
     def test_enter_takes_the_usual_font(self):
         process, window = self.ask()
         if PICTURES:
-            subprocess.run(["import", "-window", window, f"{PICTURES}/ask-font.png"],
-                           env=self.environment, check=True)
+            self.window_picture(window).save(f"{PICTURES}/ask-font.png")
         self.press("Return")
         self.assertEqual(self.answer(process), "DejaVu Sans")
 

@@ -1,10 +1,49 @@
 """A display without a screen, for tests that show real windows."""
 
+import collections
 import os
+import pathlib
 import shutil
+import struct
 import subprocess
 import sys
+import tempfile
 import unittest
+import zlib
+
+XWD_COLOR = 12  # bytes of an entry of a dump's color map
+XWD_FIELDS = 25  # numbers at its beginning
+
+
+class Picture:
+    """A part of the screen: pixels of four bytes, blue first, in rows from the top."""
+
+    def __init__(self, rows):
+        self.rows = rows
+
+    def colors(self):
+        """How many pixels have a color, by "RRGGBB"."""
+        counts = collections.Counter()
+        for row in self.rows:
+            counts.update(row[at:at + 3] for at in range(0, len(row), 4))
+        return {pixel[::-1].hex().upper(): count for pixel, count in counts.items()}
+
+    def save(self, path):
+        """Writes a PNG file."""
+        lines = []
+        for row in self.rows:
+            line = bytearray(len(row) // 4 * 3)
+            line[0::3], line[1::3], line[2::3] = row[2::4], row[1::4], row[0::4]
+            lines.append(b"\0" + line)
+
+        def chunk(kind, data):
+            return (struct.pack(">I", len(data)) + kind + data
+                    + struct.pack(">I", zlib.crc32(kind + data)))
+
+        header = struct.pack(">IIBBBBB", len(self.rows[0]) // 4, len(self.rows), 8, 2, 0, 0, 0)
+        pathlib.Path(path).write_bytes(
+            b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header)
+            + chunk(b"IDAT", zlib.compress(b"".join(lines))) + chunk(b"IEND", b""))
 
 
 class DisplayTest(unittest.TestCase):
@@ -12,10 +51,11 @@ class DisplayTest(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
+        cls.buffers = tempfile.TemporaryDirectory(prefix="rastrel-screen-")
         read, write = os.pipe()
         cls.display = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
-             "-noreset"],
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1600x1400x24", "-nolisten", "tcp",
+             "-noreset", "-fbdir", cls.buffers.name],
             pass_fds=(write,), stderr=subprocess.DEVNULL)
         os.close(write)
         with os.fdopen(read) as number:
@@ -25,6 +65,28 @@ class DisplayTest(unittest.TestCase):
     def tearDownClass(cls):
         cls.display.terminate()
         cls.display.wait()
+        cls.buffers.cleanup()
+
+    @classmethod
+    def window_picture(cls, window):
+        """The part of the screen that a window takes."""
+        shown = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
+                               env=dict(os.environ, DISPLAY=cls.name), text=True, check=True,
+                               capture_output=True).stdout
+        values = dict(line.split("=") for line in shown.splitlines())
+        return cls.screen(*(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")))
+
+    @classmethod
+    def screen(cls, left, top, width, height):
+        """A part of the screen as it is now. The display keeps its pixels in a file, as a dump of a
+        window: big-endian numbers, a color map, rows of pixels."""
+        dump = (pathlib.Path(cls.buffers.name) / "Xvfb_screen0").read_bytes()
+        numbers = struct.unpack_from(f">{XWD_FIELDS}I", dump)
+        row_bytes = numbers[12]
+        begin = numbers[0] + numbers[19] * XWD_COLOR
+        height, width = min(height, numbers[5] - top), min(width, numbers[4] - left)
+        return Picture([dump[begin + y * row_bytes + left * 4:][:width * 4]
+                        for y in range(top, top + height)])
 
 
 def main(needed):

@@ -91,8 +91,7 @@ class QueueWindow(display.DisplayTest):
 
     def picture(self, name, window):
         if PICTURES:
-            subprocess.run(["import", "-window", window, f"{PICTURES}/{name}.png"],
-                           env=self.environment, check=True)
+            self.window_picture(window).save(f"{PICTURES}/{name}.png")
 
     def wait_for_interpreter(self, process):
         """All that works then."""

@@ -106,8 +106,7 @@ class Windows(display.DisplayTest):
 
     def picture(self, name, window):
         if PICTURES:
-            subprocess.run(["import", "-window", window, f"{PICTURES}/{name}.png"],
-                           env=self.environment, check=True)
+            self.window_picture(window).save(f"{PICTURES}/{name}.png")
 
     def press_cancel(self, window):
         size = dict(line.split("=") for line in

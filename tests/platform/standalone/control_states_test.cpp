@@ -174,4 +174,32 @@ TEST(ControlStates, a_person_can_not_change_a_hidden_or_disabled_control) {
   EXPECT_TRUE(states.CanTake(Cut, true));
 }
 
+TEST(ControlStates, a_field_is_named_by_itself_or_its_label_or_its_radio_button) {
+  static constexpr std::array<DialogControl, 12> Named{{
+      {1, ControlKind::Text, L"Label"},
+      {2, ControlKind::DecimalEdit, L""},
+      {3, ControlKind::DecimalEdit, L""},
+      {4, ControlKind::Radio, L"Red"},
+      {5, ControlKind::Radio, L"Ink"},
+      {6, ControlKind::ColorPicker, L""},
+      {7, ControlKind::ComboBox, L"Own"},
+      {8, ControlKind::CheckBox, L"Check"},
+      {9, ControlKind::ComboBox, L""},
+      {10, ControlKind::Radio, L"Alone"},
+      {11, ControlKind::ComboBox, L""},
+      {12, ControlKind::ComboBox, L""},
+  }};
+  ControlStates states(DialogResource{84, L"", Named});
+  EXPECT_EQ(states.GetName(2), L"Label");
+  EXPECT_EQ(states.GetName(3), L"") << "a label names one field";
+  EXPECT_EQ(states.GetName(6), L"Red");
+  EXPECT_EQ(states.GetName(7), L"Own");
+  EXPECT_EQ(states.GetName(8), L"Check");
+  EXPECT_EQ(states.GetName(9), L"");
+  EXPECT_EQ(states.GetName(11), L"") << "two fields for one button belong to none";
+  EXPECT_EQ(states.GetName(99), L"");
+  states.SetText(1, L"Breite");
+  EXPECT_EQ(states.GetName(2), L"Breite") << "the translation";
+}
+
 }  // namespace

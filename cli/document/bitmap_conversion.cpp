@@ -1,0 +1,128 @@
+#include "cli/document/bitmap_conversion.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "cli/document/direct_conversion.h"
+#include "cli/document/page_preview.h"
+#include "rastrel/conversion/bitmap/convert_ps_to_bmp.h"
+#include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
+#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/standalone/filled_views.h"
+
+namespace rastrel::cli {
+namespace {
+
+using host::PickedColor;
+using host::PickerType;
+using standalone::ControlStates;
+using standalone::FilledValue;
+
+// How many of the host's units a centimetre is.
+double UnitsPerCentimetre(ConversionHost& host) {
+  constexpr int millimetres = 1;
+  constexpr int inches = 2;
+  switch (host.GetApplication()->GetCurrentUnits()) {
+    case millimetres: return 10;
+    case inches: return 1 / host::CentimetresPerInch;
+    default: return 1;
+  }
+}
+
+double NumberOf(const ControlStates& shown, int control) {
+  const host::ControlValue value = shown.GetValue(control);
+  const double* number = std::get_if<double>(&value);
+  return number == nullptr ? 0 : *number;
+}
+
+// A side that is left open keeps the proportions of the file.
+void AddSize(const PartSize& size, double scale, const ControlStates& shown,
+             std::vector<FilledValue>& values) {
+  const double width = NumberOf(shown, CPS2BmpDlg::WidthEdit);
+  const double height = NumberOf(shown, CPS2BmpDlg::HeightEdit);
+  const auto other = [](double length, double own, double others) {
+    return own > 0 ? length / own * others : others;
+  };
+  if (size.heightCm) {
+    values.push_back({CPS2BmpDlg::HeightEdit, *size.heightCm * scale});
+    if (!size.widthCm)
+      values.push_back({CPS2BmpDlg::WidthEdit, other(*size.heightCm * scale, height, width)});
+  }
+  if (size.widthCm) {
+    values.push_back({CPS2BmpDlg::WidthEdit, *size.widthCm * scale});
+    if (!size.heightCm)
+      values.push_back({CPS2BmpDlg::HeightEdit, other(*size.widthCm * scale, width, height)});
+  }
+}
+
+void AddCutLine(const CPS2CutData& cut, std::vector<FilledValue>& values) {
+  if (cut.enabled == 0) return;
+  values.push_back({CPS2BmpDlg::CutLineCheckBox, true});
+  const std::array<double, 4>& parts = cut.color.GetComponents();
+  switch (cut.colorKind) {
+    case CutColorRgb:
+      values.push_back({CPS2BmpDlg::RgbRadio, true});
+      values.push_back({CPS2BmpDlg::RgbPicker, PickedColor{PickerType::Rgb, parts}});
+      break;
+    case CutColorCmyk:
+      values.push_back({CPS2BmpDlg::CmykRadio, true});
+      values.push_back({CPS2BmpDlg::CmykPicker, PickedColor{PickerType::Cmyk, parts}});
+      break;
+    default: {
+      std::wstring name;
+      cut.color.GetColorName(name);
+      values.push_back({CPS2BmpDlg::NamedRadio, true});
+      values.push_back({CPS2BmpDlg::ColorNames, name});
+    }
+  }
+}
+
+std::vector<FilledValue> ValuesOf(const ConversionRequest& request, double scale,
+                                  const ControlStates& shown) {
+  std::vector<FilledValue> values;
+  AddSize(request.size, scale, shown, values);
+  if (request.resolution)
+    values.push_back({CPS2BmpDlg::ResolutionEdit, static_cast<double>(*request.resolution)});
+  AddCutLine(request.cut, values);
+  return values;
+}
+
+// The library's conversion, on a copy of the path that it may write to.
+void Convert(const InputFile& input) {
+  std::wstring path = os::FromNative(input.path);
+  const int kind = input.extension == ".eps" ? PS2BMP_EPS : PS2BMP_POSTSCRIPT;
+  ConvertPStoBmp(path.data(), 0, kind, 0, 0, nullptr);
+}
+
+ConversionEnd EndOf(const ConversionViews& views, ConversionEnd without) {
+  return views.HasWorked() || !views.Message().empty() ? ConversionEnd::Ran : without;
+}
+
+}  // namespace
+
+ConversionEnd RunBitmapConversion(const InputFile& input, const ConversionRequest& request,
+                                  ConversionHost& host, ConversionViews& views) {
+  if (input.extension == ".pdf") return ConvertOutsideDialog(input, request);
+  if (request.window) {
+    PagePreview preview(input.path);
+    views.SetPreview(CPS2BmpDlg::ResourceId, &preview);
+    Convert(input);
+    views.SetPreview(CPS2BmpDlg::ResourceId, nullptr);
+    return EndOf(views, ConversionEnd::Dismissed);
+  }
+  const double scale = UnitsPerCentimetre(host);
+  standalone::FilledViews filled(
+      CPS2BmpDlg::ResourceId,
+      [&](const ControlStates& shown) { return ValuesOf(request, scale, shown); }, views);
+  host.SetDialogViews(&filled);
+  Convert(input);
+  host.SetDialogViews(&views);
+  // A value that it has no form for has cancelled the dialog before any file was made.
+  if (filled.GetRefused()) return ConvertOutsideDialog(input, request);
+  return EndOf(views, ConversionEnd::NotPrepared);
+}
+
+}  // namespace rastrel::cli

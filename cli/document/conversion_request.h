@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "cli/console/options.h"
+#include "cli/console/values.h"
+#include "rastrel/conversion/cut_data.h"
+#include "rastrel/platform/os/expected.h"
+
+namespace rastrel::cli {
+
+/// The form of a conversion's result.
+enum class ResultKind { Png, Tiff, Svg, Pdf, Document, Exchange, Plotter, Json };
+
+/// The file that a conversion makes.
+struct ResultFile {
+  ResultKind kind = ResultKind::Png;
+  std::string path;       ///< as the user gave it; empty: named after the input
+  bool isOutput = false;  ///< standard output
+  std::string extension;  ///< of the kind, with its dot
+};
+
+/// The options of `rastrel convert` and `rastrel cut`.
+struct ConversionRequest {
+  PartSize size;
+  std::optional<std::int32_t> resolution;
+  CPS2CutData cut;
+  CPS2CutData halfCut;
+  std::optional<std::int32_t> page;  ///< of a PDF
+  bool preview = false;
+  bool window = false;  ///< a person answers the dialog
+  bool json = false;
+  ResultFile result;
+};
+
+/// Reads the options of the invocation's command. The failure is a message for the user.
+[[nodiscard]] Expected<ConversionRequest> ReadConversionRequest(const Invocation& invocation);
+
+}  // namespace rastrel::cli

@@ -1,0 +1,184 @@
+#include "cli/document/cut_command.h"
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
+#include "cli/converting/queue_diagnosis.h"
+#include "cli/document/conversion_host.h"
+#include "cli/document/conversion_place.h"
+#include "cli/document/conversion_report.h"
+#include "cli/document/conversion_request.h"
+#include "cli/document/conversion_result.h"
+#include "cli/document/conversion_views.h"
+#include "cli/installation/installation.h"
+#include "cli/installation/job_directory.h"
+#include "host/cutfile/cut_drawing.h"
+#include "host/document/document.h"
+#include "host/document/document_store.h"
+#include "host/graphics/placed_file.h"
+#include "rastrel/conversion/cut/generate_cut_data.h"
+#include "rastrel/conversion/page_size.h"
+#include "rastrel/platform/host/generic_item.h"
+#include "rastrel/platform/host/object_store.h"
+#include "rastrel/platform/host/placed_graphics.h"
+#include "rastrel/platform/mfc/archive.h"
+#include "rastrel/platform/os/path.h"
+
+namespace rastrel::cli {
+namespace {
+
+// Curves become straight lines that lie at most half a pixel beside them.
+constexpr int UsualResolution = 300;
+
+struct PictureSize {
+  double width;
+  double height;
+};
+
+// The size of the queue program's picture in centimetres, where it is another than that of the
+// placed file, whose page is the first.
+std::optional<PictureSize> OwnPictureSize(const InputFile& input,
+                                          const ConversionRequest& request) {
+  if (request.page.value_or(1) == 1) return std::nullopt;
+  BOUNDS page{};
+  if (GetPSPageSize(os::FromNative(input.path).c_str(), page) == 0)
+    throw CommandError(ExitStatus::BadInput,
+                       "page " + std::to_string(*request.page) + " can't be measured");
+  return PictureSize{std::abs(page.xmax - page.xmin), std::abs(page.ymax - page.ymin)};
+}
+
+// The file in the document, with its cut colors.
+host::ObjectHandle Place(ConversionHost& host, const InputFile& input,
+                         const ConversionRequest& request) {
+  document::Document& document = host.GetDocument();
+  const std::wstring path = os::FromNative(input.path);
+  const host::ObjectHandle handle =
+      OrEnd(ExitStatus::BadInput, graphics::PlaceFile(document, path));
+  if (const auto size = OwnPictureSize(input, request)) {
+    auto& shape = std::get<document::GraphicShape>(document.Edit(handle)->shape);
+    shape.width = size->width;
+    shape.height = size->height;
+  }
+  OrEnd(
+      ExitStatus::JobFailed,
+      graphics::SetPlacedCuts(document, handle, {.cut = request.cut, .halfCut = request.halfCut}));
+  const BOUNDS bounds = document.Bounds(handle);
+  document::SignBlank blank = document.Blank();
+  blank.width = bounds.xmax - bounds.xmin;
+  blank.height = bounds.ymax - bounds.ymin;
+  document.SetBlank(blank);
+  return handle;
+}
+
+// By the library's function for the file's kind. 0 for no lines and after any failure.
+host::ObjectHandle Generate(ConversionHost& host, host::ObjectHandle placed, const InputFile& input,
+                            const ConversionRequest& request) {
+  CGenericItem* item = host.GetObjectStore()->DBGetObjectElement(placed)->GetPlaceholderItem();
+  const std::wstring path = os::FromNative(input.path);
+  const int resolution = request.resolution.value_or(UsualResolution);
+  const int preview = request.preview ? 1 : 0;
+  if (auto* eps = dynamic_cast<CGenericEPS*>(item))
+    return GenerateEPSCutData(eps, resolution, preview, path.c_str());
+  if (auto* pdf = dynamic_cast<CGenericPDF*>(item))
+    return GeneratePDFCutData(pdf, resolution, preview, path.c_str());
+  if (auto* postScript = dynamic_cast<CGenericPS*>(item))
+    return GeneratePSCutData(postScript, resolution, preview, path.c_str());
+  throw CommandError(ExitStatus::BadInput, "the file was placed as no PostScript, EPS or PDF");
+}
+
+// The lines as an object of the document, above the picture of the file if that is wanted.
+host::ObjectHandle AddLines(ConversionHost& host, host::ObjectHandle placed,
+                            host::ObjectHandle lines, bool preview) {
+  graphics::PlaceCutResult(dynamic_cast<document::DocumentStore&>(*host.GetObjectStore()), placed,
+                           lines);
+  if (!preview) host.GetDocument().Destroy(placed);
+  host.GetObjectStore()->DSAddObject(lines);
+  return lines;
+}
+
+struct Counts {
+  std::int64_t cut = 0;
+  std::int64_t cutThrough = 0;
+  std::int64_t lines = 0;
+};
+
+Counts CountsOf(const ConversionHost& host) {
+  Counts counts;
+  const auto drawing = OrEnd(ExitStatus::NotWritten, cutfile::CutDrawingOf(host.GetDocument(), 1));
+  for (const cutfile::CutObject& object : drawing.objects) {
+    const auto runs = static_cast<std::int64_t>(object.runs.size());
+    switch (object.kind) {
+      case cutfile::CutKind::Cut: counts.cut += runs; break;
+      case cutfile::CutKind::CutThrough: counts.cutThrough += runs; break;
+      case cutfile::CutKind::Line: counts.lines += runs; break;
+    }
+  }
+  return counts;
+}
+
+ExitStatus WriteDone(const ConversionHost& host, const ResultPlace& place, bool json) {
+  if (!json) {
+    if (!place.path.empty()) WriteOutPath(place.path);
+    return ExitStatus::Done;
+  }
+  const Counts counts = CountsOf(host);
+  JsonLine("done")
+      .Add("exit", 0)
+      .Add("paths", std::vector<std::string>{place.path.empty() ? "-" : place.path})
+      .AddNumber("width_cm", host.GetDocument().Blank().width)
+      .AddNumber("height_cm", host.GetDocument().Blank().height)
+      .Add("cut", counts.cut)
+      .Add("cut_through", counts.cutThrough)
+      .Add("lines", counts.lines)
+      .Write();
+  return ExitStatus::Done;
+}
+
+host::ObjectHandle LinesOrEnd(ConversionHost& host, host::ObjectHandle placed,
+                              const InputFile& input, const ConversionRequest& request) {
+  try {
+    return Generate(host, placed, input, request);
+  } catch (const CArchiveException& failure) {
+    throw CommandError(ExitStatus::NoCutLines,
+                       std::string("the cut lines can't be read: ") + failure.what());
+  }
+}
+
+}  // namespace
+
+ExitStatus CutCommand(const Invocation& invocation) {
+  const ConversionRequest request = OrEnd(ExitStatus::WrongUse, ReadConversionRequest(invocation));
+  const auto pdf = OrEnd(ExitStatus::WrongUse, ApplyPdfOptions(invocation, request));
+  ConversionViews views(request.json);
+  // A request to end is one to cancel, from the first moment on.
+  const auto signals =
+      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&views](int) { views.RequestStop(); }));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
+  ConversionPlace place(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
+  const InputFile input = place.Inspect(invocation);
+  CheckPage(request, input);
+  const ResultPlace target = PlaceOfResult(invocation, request.result, input);
+  ConversionHost host(false);
+  host::SetHost(&host);
+  host.SetDialogViews(&views);
+  const host::ObjectHandle placed = Place(host, input, request);
+  const host::ObjectHandle lines = LinesOrEnd(host, placed, input, request);
+  place.LeaveRipDirectory();
+  const ConversionReport report(ConversionEnd::Ran, views, place);
+  if (report.IsCancelled()) return report.WriteCancelled(request.json);
+  WriteQueueWarnings(request.json);
+  if (lines == 0) report.ThrowWithoutLines();
+  const ConvertedObjects objects{.lines = AddLines(host, placed, lines, request.preview)};
+  ConversionResult(host, objects, place).Write(request.result, target, input);
+  return WriteDone(host, target, request.json);
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,131 @@
+"""Runs `rastrel convert --window` with the real queue program on a display without a screen: the dialog
+shows the page and its cut line, and OK makes the file.
+
+usage: convert_window_test.py COMMAND BUILD_TREE
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+
+import display
+
+COMMAND, TREE = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
+NEEDED = ("Xvfb", "xdotool", "gs")
+PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
+
+# A blue square, and beside it the outline of a red one.
+SIGN = ("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 144 72\n%%EndComments\n"
+        "0 0 1 setrgbcolor 0 0 72 72 rectfill\n"
+        "1 0 0 setrgbcolor 90 18 36 36 rectstroke showpage\n")
+BLUE, RED, MAGENTA, BLACK = "0000FF", "FF0000", "FF00FF", "000000"
+
+
+class ConvertWindow(display.DisplayTest):
+    def setUp(self):
+        place = tempfile.TemporaryDirectory(prefix="rastrel-convert-window-")
+        self.addCleanup(place.cleanup)
+        self.place = pathlib.Path(place.name)
+        for name in ("temporary", "runtime"):
+            (self.place / name).mkdir(mode=0o700)
+        (self.place / "sign.eps").write_text(SIGN, encoding="ascii")
+        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_RESOURCES=TREE,
+                                RASTREL_HOME=str(self.place / "home"), QT_QPA_PLATFORM="xcb",
+                                QT_ACCESSIBILITY="0", LC_ALL="C.UTF-8",
+                                XDG_RUNTIME_DIR=str(self.place / "runtime"),
+                                TMPDIR=str(self.place / "temporary"))
+        # A sanitizer can't see how the toolkit's threads keep each other out.
+        self.environment["TSAN_OPTIONS"] = ":".join(
+            [*filter(None, [os.environ.get("TSAN_OPTIONS")]), "ignore_noninstrumented_modules=1"])
+
+    def xdotool(self, *words, check=True):
+        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
+                              capture_output=True).stdout.strip()
+
+    def press(self, *keys):
+        for key in keys:
+            self.xdotool("key", key)
+
+    def window(self, title):
+        for _ in range(400):
+            found = self.xdotool("search", "--onlyvisible", "--name", title, check=False)
+            if found:
+                self.xdotool("windowfocus", "--sync", found.split()[0])
+                return found.split()[0]
+            time.sleep(0.05)
+        self.fail(f"no window {title}")
+
+    def convert(self):
+        process = subprocess.Popen([COMMAND, "convert", "sign.eps", "-o", "sign.svg", "--window"],
+                                   cwd=self.place, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   text=True, env=self.environment)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process, self.window("^Convert to Bitmap$")
+
+    def see(self, name, window, pixels):
+        """Waits until the window shows so many pixels of each color."""
+        for _ in range(400):
+            picture = self.window_picture(window)
+            colors = picture.colors()
+            if all(colors.get(color, 0) >= count for color, count in pixels.items()):
+                if PICTURES:
+                    picture.save(f"{PICTURES}/{name}.png")
+                return colors
+            time.sleep(0.05)
+        self.fail(f"{name}: {pixels} never came, but {colors}")
+        return None
+
+    def left(self):
+        """Files in the data root's directories of jobs, and of the system."""
+        places = (self.place / "home" / "jobs", self.place / "temporary")
+        return [str(path) for place in places for path in place.rglob("*") if not path.is_dir()]
+
+    def test_the_page_and_its_cut_line_are_shown_and_ok_makes_the_file(self):
+        process, window = self.convert()
+        colors = self.see("convert-page", window, {BLUE: 1000, RED: 50})
+        # The cut line is on from its key on; red is picked in the editor.
+        self.press("alt+l")
+        # The picker of black is not gray any more, once it is enabled.
+        self.see("convert-black", window, {BLACK: colors.get(BLACK, 0) + 150})
+        self.press("Tab", "Tab", "space")
+        self.window("^RGB colour$")
+        self.press("alt+r", "ctrl+a")
+        self.xdotool("type", "--delay", "20", "255")
+        self.press("Return")
+        window = self.window("^Convert to Bitmap$")
+        self.see("convert-cut-line", window, {BLUE: 1000, MAGENTA: 100})
+        self.window("^Convert to Bitmap$")
+        self.press("Return")
+        output, error = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 0, output + error)
+        self.assertTrue((self.place / "sign.svg").exists())
+        self.assertNotIn("warning", error, "a colour that was shown once, and met no paint")
+        self.assertEqual(self.left(), [])
+
+    def test_escape_makes_nothing_and_leaves_nothing(self):
+        process, window = self.convert()
+        self.see("convert-escape", window, {BLUE: 1000})
+        self.press("Escape")
+        process.communicate(timeout=60)
+        self.assertNotEqual(process.returncode, 0)
+        self.assertFalse((self.place / "sign.svg").exists())
+        self.assertEqual(self.left(), [])
+
+    def test_escape_while_the_preview_is_drawn_ends_it(self):
+        (self.place / "sign.eps").write_text(SIGN.replace("showpage", "{ } loop"), encoding="ascii")
+        process, _ = self.convert()
+        time.sleep(0.5)
+        self.press("Escape")
+        process.communicate(timeout=60)
+        self.assertNotEqual(process.returncode, 0)
+        self.assertEqual(self.left(), [])
+
+
+if __name__ == "__main__":
+    display.main(NEEDED)
