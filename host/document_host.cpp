@@ -84,9 +84,16 @@ struct DocumentHost::Parts {
     });
     store.SetItemSource(
         [this](ObjectHandle object) { return graphics::ItemOf(store, notices, object); });
+    application.SetUnitsSource([this] { return static_cast<int>(units.value_or(StoredUnits())); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });
+  }
+
+  [[nodiscard]] Units StoredUnits() {
+    const auto stored = settings.Read(L"RASTREL", L"Units", DS_USER);
+    if (stored == L"1") return Units::Millimetres;
+    return stored == L"2" ? Units::Inches : Units::Centimetres;
   }
 
   WatchedSettings watched;
@@ -105,6 +112,7 @@ struct DocumentHost::Parts {
       [this](const Failure& failure) { notices.AddLoss(os::WideFromUtf8(Describe(failure))); }};
   graphics::GraphicLoader loader;
   host::DialogViews* views = nullptr;
+  std::optional<Units> units;
 };
 
 DocumentHost::DocumentHost() : DocumentHost(std::make_unique<Document>()) {}
@@ -143,6 +151,13 @@ Expected<void> DocumentHost::ReplaceFont(const std::wstring& name,
   return m_Parts->fonts.Replace(name, replacement);
 }
 void DocumentHost::CancelMissingFonts(bool cancel) { m_Parts->text.CancelMissingFonts(cancel); }
+
+void DocumentHost::SetUnits(Units units) { m_Parts->units = units; }
+
+std::optional<std::wstring> DocumentHost::GetLanguageKey() {
+  auto key = m_Parts->settings.Read(L"RASTREL", L"Language", DS_USER);
+  return key && !key->empty() ? std::move(key) : std::nullopt;
+}
 
 Document& DocumentHost::GetDocument() { return *m_Parts->document; }
 const Document& DocumentHost::GetDocument() const { return *m_Parts->document; }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,6 +78,15 @@ class DocumentHost : public standalone::StandaloneHost {
   /// Asks it before each load from now on, of both kinds (LoadTHZ, LoadVEFile). A graphic that it
   /// refuses is not loaded, and a loss in the notices. By default all are loaded.
   void SetReadPolicy(ReadPolicy policy);
+
+  /// The units in which a user reads and types lengths, by the numbers of
+  /// Application::GetCurrentUnits.
+  enum class Units { Centimetres = 0, Millimetres = 1, Inches = 2 };
+  /// Sets the unit. By default it is that of the setting "Units" of section "RASTREL", or else
+  /// centimetres.
+  void SetUnits(Units units);
+  /// The setting "Language" of section "RASTREL"; nothing if it is not there or empty.
+  [[nodiscard]] std::optional<std::wstring> GetLanguageKey() override;
 
   /// The document, the notices and the fonts. Owned by the host.
   [[nodiscard]] Document& GetDocument();

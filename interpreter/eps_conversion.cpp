@@ -175,15 +175,23 @@ Expected<std::string> PdfOf(Expected<ShortRunEnd> ran) {
   return std::move(ran->output);
 }
 
-// PostScript that ends no page: its marks are one, as large as a print of it would be.
-Expected<std::string> PdfOfOpenPage(Conversion& conversion, const std::string& bytes,
-                                    EpsLetters letters) {
+// The page that a file sets, or the box around its marks.
+Expected<PageMeasure> MeasureMarks(Conversion& conversion,
+                                   const std::optional<PageArea>& declared) {
   const auto measured = conversion.Run(
       {"-sDEVICE=bbox", "-sstdout=%stderr", "-dNOEPS", "-c", BeginMeasure}, {"-c", EndMeasure});
   if (!measured) return measured.Error();
   const auto report = LineAfter(measured->messages, MeasureMark);
-  const auto page = report ? MeasuredPage(*report, FindDeclaredBox(bytes, bytes)) : std::nullopt;
+  const auto page = report ? MeasuredPage(*report, declared) : std::nullopt;
   if (!page) return FailureOf("its page can't be measured");
+  return *page;
+}
+
+// PostScript that ends no page: its marks are one, as large as a print of it would be.
+Expected<std::string> PdfOfOpenPage(Conversion& conversion, const std::string& bytes,
+                                    EpsLetters letters) {
+  const auto page = MeasureMarks(conversion, FindDeclaredBox(bytes, bytes));
+  if (!page) return page.Error();
   if (!page->marked) return FailureOf("it has neither marks nor showpage, so there is no page");
   std::vector<std::string> options = PdfOptions(letters);
   options.emplace_back("-dNOEPS");
@@ -253,6 +261,39 @@ Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limi
                                  EpsLetters letters) {
   return Convert(bytes, limits, "EPS", [&](Conversion& conversion) {
     return ConvertPostScript(conversion, bytes, letters);
+  });
+}
+
+Expected<PageArea> PictureArea(const std::string& bytes, const EpsLimits& limits) {
+  const JobLayout layout =
+      FindJobLayout(std::string_view(bytes).substr(0, JobHeadSize), bytes.size());
+  const std::string_view part = std::string_view(bytes).substr(
+      std::min<std::uint64_t>(layout.offset, bytes.size()), layout.length);
+  if (const auto declared = FindDeclaredBox(part, part)) return *declared;
+  PageArea area;
+  const auto measured =
+      Convert(bytes, limits, "PostScript", [&](Conversion& conversion) -> Expected<std::string> {
+        const auto page = MeasureMarks(conversion, std::nullopt);
+        if (!page) return page.Error();
+        area = page->box;
+        return std::string();
+      });
+  if (!measured) return measured.Error();
+  return area;
+}
+
+Expected<std::string> PdfOfArea(const std::string& bytes, const PageArea& area,
+                                const EpsLimits& limits) {
+  return Convert(bytes, limits, "PostScript", [&](Conversion& conversion) {
+    std::vector<std::string> options = PdfOptions(EpsLetters::Keep);
+    options.emplace_back("-dNOEPS");
+    for (std::string& option : PageOptions({area.left, area.bottom, area.right, area.top})) {
+      options.push_back(std::move(option));
+    }
+    const std::vector<std::string> before = options;
+    auto ran = conversion.Run(std::move(options), {"-c", CountPages});
+    const auto pages = ran ? LineAfter(ran->messages, CountMark) : std::nullopt;
+    return PdfOf(pages == "0" ? conversion.Run(before, {"-c", "showpage"}) : std::move(ran));
   });
 }
 

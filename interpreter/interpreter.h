@@ -147,6 +147,19 @@ enum class EpsLetters {
                                                const EpsLimits& limits = {},
                                                EpsLetters letters = EpsLetters::Keep);
 
+/// A short task: the area of a PostScript file's first page that a conversion makes its picture of
+/// (docs/formats/conversion-files.md): the box that its comments declare, or else the page as it is
+/// measured. The interpreter runs only for a measure; the marks of all pages count in that. The
+/// failure is a text for the user.
+[[nodiscard]] Expected<PageArea> PictureArea(const std::string& bytes,
+                                             const EpsLimits& limits = {});
+
+/// A short task: that area, or another, of a PostScript file as PDF: each page is the area,
+/// whatever page the file sets. A file that ends no page is one page. The walls and limits are
+/// those of PdfFromEps. The failure is a text for the user.
+[[nodiscard]] Expected<std::string> PdfOfArea(const std::string& bytes, const PageArea& area,
+                                              const EpsLimits& limits = {});
+
 /// A short task: the first page of a PDF file, its crop box, as a PDF whose letters are paths that
 /// are filled, within the same walls. A page that the interpreter can't read whole is refused, also
 /// where other readers show it. The failure is a text for the user.

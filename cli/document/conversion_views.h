@@ -12,7 +12,7 @@
 namespace rastrel::cli {
 
 /// The views of a conversion that the library runs, dialogs included: on the terminal, or in
-/// windows. They remember for the command, which the library does not tell, whether the queue
+/// windows. They remember, since the library returns none of it, whether the queue
 /// program was started, who cancelled, and the messages that were shown.
 class ConversionViews : public host::DialogViews {
  public:

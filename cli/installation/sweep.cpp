@@ -5,9 +5,11 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "cli/installation/installation.h"
+#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/owner.h"
 #include "rastrel/platform/os/path.h"
@@ -59,7 +61,44 @@ bool RemoveFromSpool(const std::string& name) {
   return static_cast<bool>(os::RemoveEmptyDirectory(os::FromNative(directory)));
 }
 
+constexpr std::chrono::hours ConversionAge{24};
+
+// A name that os::CompleteTemporaryName has completed with six characters, and its ending.
+bool IsTemporaryName(std::string_view name, std::string_view start,
+                     const std::function<bool(std::string_view)>& isEnding) {
+  constexpr std::string_view Drawn = "abcdefghijklmnopqrstuvwxyz012345";
+  constexpr std::size_t Length = 6;
+  if (!name.starts_with(start)) return false;
+  name.remove_prefix(start.size());
+  if (name.size() < Length || name.find_first_not_of(Drawn) < Length) return false;
+  return isEnding(name.substr(Length));
+}
+
+// "vkabcdef.ps" and the files that are named after it, and "vktmpabcdef" of the header's writer.
+bool IsConversionName(std::string_view name) {
+  static const std::set<std::string, std::less<>> endings{".ps",  ".pdf", ".jhdr",
+                                                          ".cfm", ".cut", "_Color.bmp"};
+  return IsTemporaryName(name, "vk", [](auto ending) { return endings.contains(ending); }) ||
+         IsTemporaryName(name, "vktmp", [](auto ending) { return ending.empty(); });
+}
+
+bool RemoveForgotten(const std::string& path, std::chrono::system_clock::time_point now) {
+  const auto changed = os::LastChangeOf(os::FromNative(path));
+  if (!changed) return false;
+  const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(*changed)};
+  if (now - time <= ConversionAge) return false;
+  return os::RemoveFile(os::FromNative(path)) || os::RemoveNativeTree(path);
+}
+
 }  // namespace
+
+void SweepConversions(std::chrono::system_clock::time_point now) {
+  if (GetIntKorvane(L"RASTREL", L"Keep PS Files", 0, DS_USER, nullptr) != 0) return;
+  const std::string place = RipDirectory();
+  SweepPlace(place, [&](const std::string& name) {
+    return IsConversionName(name) && RemoveForgotten(place + "/" + name, now);
+  });
+}
 
 void SweepLeftovers() {
   static std::mutex mutex;
@@ -72,6 +111,7 @@ void SweepLeftovers() {
   for (const std::string& place : {os::DataRoot(), os::DataRoot() + "/Queue", RipDirectory(),
                                    JobsDirectory(), PagesDirectory(), SpoolDirectory()})
     SweepPlace(place, [&](const std::string& name) { return RemoveTemporary(place, name); });
+  SweepConversions(std::chrono::system_clock::now());
 }
 
 void RemoveOwnPages() {

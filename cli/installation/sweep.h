@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 namespace rastrel::cli {
 
 /// Removes the leftovers of killed commands below the data root: their directories in `jobs`, pages
@@ -10,6 +12,13 @@ namespace rastrel::cli {
 /// time. Once in a process for each data root; a fault is left to the next start. Any thread may
 /// call.
 void SweepLeftovers();
+
+/// Removes the files of conversions in the RIP directory that nobody has changed for a day, which
+/// SweepLeftovers does with the present time: those that a failed or killed conversion left, and
+/// those that a conversion leaves on purpose for that long (docs/formats/conversion-files.md).
+/// They name no owner, but temporary names are told from others by their form. Nothing is removed
+/// while the setting "Keep PS Files" is set. Limits as above. Any thread may call.
+void SweepConversions(std::chrono::system_clock::time_point now);
 
 /// Removes pages that the RIP made for this process and that nobody has taken, when its jobs have
 /// ended: their list could not be read.

@@ -37,6 +37,9 @@ class DocumentApplication : public host::Application {
   /// old document drops it.
   void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
 
+  /// Returns the unit of lengths for each GetCurrentUnits; without it that is 0, centimetres.
+  void SetUnitsSource(std::function<int()> units) { m_Units = std::move(units); }
+
   /// The files of the program, not owned; without them there are no plotters, and an import writes
   /// its files to the base directory for temporary ones.
   void SetProgramFiles(ProgramFiles* files) { m_Files = files; }
@@ -84,6 +87,7 @@ class DocumentApplication : public host::Application {
   void DeleteVKBitmap(CVKBitmap* bitmap) override;
   void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
+  [[nodiscard]] int GetCurrentUnits() override { return m_Units ? m_Units() : 0; }
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
   void MessageBoxW(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
 
@@ -107,6 +111,7 @@ class DocumentApplication : public host::Application {
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
   OpenEps m_OpenEps;
+  std::function<int()> m_Units;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;

@@ -178,6 +178,7 @@ GraphicShape GraphicFrom(const JsonValue& json) {
   graphic.height = json["height"].NumberAbove0();
   if (json.Has("extent")) graphic.extent = RectFrom(json["extent"]);
   if (json.Has("reason")) graphic.reason = json["reason"].Text();
+  if (json.Has("whole")) graphic.whole = json["whole"].Bool();
   if (json.Has("cutData")) graphic.cut = GraphicCutFrom(json["cutData"]);
   if (json.Has("halfCutData")) graphic.halfCut = GraphicCutFrom(json["halfCutData"]);
   if (json.Has("preview")) graphic.preview = FileFrom(json["preview"]);

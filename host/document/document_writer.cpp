@@ -152,6 +152,7 @@ struct ShapeWriter {
     json["height"] = graphic.height;
     if (graphic.extent) json["extent"] = JsonOf(*graphic.extent);
     if (!graphic.reason.empty()) json["reason"] = Utf8(graphic.reason);
+    if (graphic.whole) json["whole"] = true;
     if (graphic.cut != GraphicCut()) json["cutData"] = JsonOf(graphic.cut);
     if (graphic.halfCut != GraphicCut()) json["halfCutData"] = JsonOf(graphic.halfCut);
     if (graphic.preview) json["preview"] = os::Base64FromBytes(*graphic.preview);

@@ -131,8 +131,8 @@ bool TextShape::operator==(const TextShape& other) const {
 bool GraphicShape::operator==(const GraphicShape& other) const {
   return kind == other.kind && name == other.name && width == other.width &&
          height == other.height && extent == other.extent && reason == other.reason &&
-         cut == other.cut && halfCut == other.halfCut && SameFile(bytes, other.bytes) &&
-         SameFile(preview, other.preview);
+         whole == other.whole && cut == other.cut && halfCut == other.halfCut &&
+         SameFile(bytes, other.bytes) && SameFile(preview, other.preview);
 }
 
 ShownFile ShownFileOf(const GraphicShape& graphic) {

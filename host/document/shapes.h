@@ -173,6 +173,9 @@ struct GraphicShape {
   /// The part of it that is painted, which its bounds are; nothing: all of it.
   std::optional<CWorldRect> extent{};
   std::wstring reason{};  ///< why a drawing is no paths: "it has a gradient"; empty for an image
+  /// PostScript alone: it is drawn in the area that a conversion makes a picture of, and not in its
+  /// finer bounding box.
+  bool whole = false;
   GraphicCut cut{};
   GraphicCut halfCut{};
   /// A PNG file that is drawn over its whole box in place of it; null for none.

@@ -104,7 +104,7 @@ class FileOpener {
     GraphicKind kind = shown.kind;
     std::shared_ptr<const std::string> bytes = shown.bytes;
     if (document::IsPostScript(kind)) {
-      const auto& converted = m_Request.converted.at(shape.bytes.get());
+      const auto& converted = m_Request.converted.at({shape.bytes.get(), shape.whole});
       if (!converted) return converted.Error();
       kind = GraphicKind::Pdf;
       bytes = *converted;
@@ -113,8 +113,9 @@ class FileOpener {
     const ForeignFile watch(name);
     auto picture = OpenPicture(kind, std::move(bytes));
     if (!picture) return picture.Error();
+    std::shared_ptr<const std::string> file = (*picture)->File();
     return std::unique_ptr<Picture>(
-        std::make_unique<WatchedPicture>(std::move(*picture), name, shown.bytes));
+        std::make_unique<WatchedPicture>(std::move(*picture), name, std::move(file)));
   }
 
  private:

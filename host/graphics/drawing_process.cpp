@@ -236,6 +236,16 @@ Expected<void> DrawingRun::Read(DrawingProcess& process) {
   return {};
 }
 
+Expected<std::string> PdfOfPictureArea(const std::string& bytes, interpreter::EpsLimits limits) {
+  const auto begin = std::chrono::steady_clock::now();
+  const auto area = interpreter::PictureArea(bytes, limits);
+  if (!area) return area.Error();
+  const auto used = std::chrono::steady_clock::now() - begin;
+  limits.time = std::max(limits.time - std::chrono::duration_cast<std::chrono::milliseconds>(used),
+                         std::chrono::milliseconds(0));
+  return interpreter::PdfOfArea(bytes, *area, limits);
+}
+
 }  // namespace
 
 Expected<void> RunDrawing(const std::vector<std::string>& task, const std::string& input,
@@ -248,7 +258,8 @@ Expected<void> RunDrawing(const std::vector<std::string>& task, const std::strin
 
 Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
                                   std::shared_ptr<const std::string> bytes,
-                                  std::chrono::milliseconds time, interpreter::EpsLetters letters) {
+                                  std::chrono::milliseconds time, interpreter::EpsLetters letters,
+                                  EpsPart part) {
   if (!document::IsPostScript(kind)) return DrawableFile{kind, std::move(bytes)};
   if (bytes->size() > LargestGraphicFile) {
     return FailureOf("it has " + std::to_string(bytes->size()) + " bytes; " +
@@ -256,7 +267,8 @@ Expected<DrawableFile> DrawableOf(document::GraphicKind kind,
   }
   interpreter::EpsLimits limits;
   limits.time = std::min(limits.time, time);
-  auto converted = interpreter::PdfFromEps(*bytes, limits, letters);
+  auto converted = part == EpsPart::Area ? PdfOfPictureArea(*bytes, limits)
+                                         : interpreter::PdfFromEps(*bytes, limits, letters);
   if (!converted) return converted.Error();
   return DrawableFile{document::GraphicKind::Pdf,
                       std::make_shared<const std::string>(std::move(*converted))};

@@ -43,16 +43,23 @@ using TakeRecord = std::function<Expected<void>(DrawingRecord kind, std::string 
                                         const std::string& input, const std::string& subject,
                                         const DrawingLimits& limits, const TakeRecord& take);
 
+/// Which part of a PostScript file is drawn.
+enum class EpsPart {
+  Page,  ///< the page, or of EPS its bounding box (interpreter::PdfFromEps)
+  Area,  ///< that of which a conversion makes a picture (interpreter::PictureArea)
+};
+
 /// A placed file in the form that is drawn.
 struct DrawableFile {
   document::GraphicKind kind = document::GraphicKind::Png;
   std::shared_ptr<const std::string> bytes;
 };
 /// EPS and PostScript as PDF, by the interpreter in its own process and in that time, or a minute
-/// if that is less; all else as it is. The failure is a sentence.
+/// if that is less; all else as it is. Of an Area letters are
+/// kept. The failure is a sentence.
 [[nodiscard]] Expected<DrawableFile> DrawableOf(
     document::GraphicKind kind, std::shared_ptr<const std::string> bytes,
     std::chrono::milliseconds time = DrawingLimits().epsTime,
-    interpreter::EpsLetters letters = interpreter::EpsLetters::Keep);
+    interpreter::EpsLetters letters = interpreter::EpsLetters::Keep, EpsPart part = EpsPart::Page);
 
 }  // namespace rastrel::graphics

@@ -221,8 +221,9 @@ Expected<void> ReadForeign(const std::wstring& path, std::string bytes, const Lo
 }  // namespace
 
 Expected<GraphicSize> MeasureGraphic(GraphicKind kind, std::shared_ptr<const std::string> bytes,
-                                     const DrawingLimits& limits) {
-  const auto drawable = DrawableOf(kind, std::move(bytes), limits.epsTime);
+                                     const DrawingLimits& limits, EpsPart part) {
+  const auto drawable =
+      DrawableOf(kind, std::move(bytes), limits.epsTime, interpreter::EpsLetters::Keep, part);
   if (!drawable) return drawable.Error();
   LoadedGraphic measured;
   ResultReader reader(measured);

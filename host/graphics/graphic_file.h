@@ -42,7 +42,8 @@ struct GraphicSize {
 /// Measures a file that is drawn as a picture. The failure is a sentence about it.
 [[nodiscard]] Expected<GraphicSize> MeasureGraphic(document::GraphicKind kind,
                                                    std::shared_ptr<const std::string> bytes,
-                                                   const DrawingLimits& limits);
+                                                   const DrawingLimits& limits,
+                                                   EpsPart part = EpsPart::Page);
 
 /// Reads a file by path. The failure is a sentence about it, or the system's error.
 [[nodiscard]] Expected<std::shared_ptr<const LoadedGraphic>> ReadGraphicFile(

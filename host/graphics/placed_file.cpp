@@ -49,12 +49,16 @@ Expected<GraphicShape> ReadPlacedFile(const std::wstring& path, const DrawingLim
   if (!bytes) return bytes.Error();
   const auto kind = PlacedKindOf(*bytes);
   if (!kind) return FailureOf("it is neither PDF, EPS nor PostScript");
+  if (document::IsPostScript(*kind) && !PostScriptPart(*bytes)) {
+    return FailureOf("its PostScript is not all there");
+  }
   GraphicShape graphic;
   graphic.kind = *kind;
   const os::PathParts parts = os::SplitPath(path);
   graphic.name = parts.name + parts.extension;
   graphic.bytes = std::make_shared<const std::string>(std::move(*bytes));
-  const auto size = MeasureGraphic(graphic.kind, graphic.bytes, limits);
+  graphic.whole = document::IsPostScript(*kind);
+  const auto size = MeasureGraphic(graphic.kind, graphic.bytes, limits, EpsPart::Area);
   if (!size) return size.Error();
   graphic.width = size->width;
   graphic.height = size->height;

@@ -60,7 +60,7 @@ class PlacedGraphic {
   // Makes the object; `item` is this one's owner.
   int Add(CGenericItem* item, int visible, int selectable, ObjectHandle& object) {
     if (m_Object != 0) return 0;
-    const auto size = MeasureGraphic(m_Graphic.kind, m_Graphic.bytes, {});
+    const auto size = MeasureGraphic(m_Graphic.kind, m_Graphic.bytes, {}, EpsPart::Area);
     if (!size) {
       m_Notices.AddLoss(m_Graphic.name + L" can't be placed: " +
                         os::WideFromUtf8(Describe(size.Error())));
@@ -175,6 +175,7 @@ std::unique_ptr<CGenericEPS> OpenEps(DocumentStore& store, Notices& notices,
   }
   GraphicShape graphic;
   graphic.kind = GraphicKind::Eps;
+  graphic.whole = true;
   const os::PathParts parts = os::SplitPath(path);
   graphic.name = parts.name + parts.extension;
   graphic.bytes = std::make_shared<const std::string>(*std::move(bytes));

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "host/document/document_file.h"
@@ -49,15 +50,22 @@ void VisitFiles(const Document& document, ObjectHandle root, std::optional<int> 
   }
 }
 
-// The EPS files that may be drawn, each content once.
-std::vector<std::shared_ptr<const std::string>> EpsFilesInUse(const Document& document,
-                                                              std::optional<int> page) {
-  std::vector<std::shared_ptr<const std::string>> files;
-  std::map<std::string_view, bool> known;
+// An EPS file as it is drawn.
+struct EpsFile {
+  std::shared_ptr<const std::string> bytes;
+  bool whole;
+};
+
+// The EPS files that may be drawn, each content once for each way.
+std::vector<EpsFile> EpsFilesInUse(const Document& document, std::optional<int> page) {
+  std::vector<EpsFile> files;
+  std::set<std::pair<std::string_view, bool>> known;
   VisitFiles(document, host::DocumentRoot, page, [&](ObjectHandle handle) {
     const auto& shape = std::get<GraphicShape>(document.Find(handle)->shape);
     if (shape.preview || !document::IsPostScript(shape.kind)) return;
-    if (known.try_emplace(*shape.bytes).second) files.push_back(shape.bytes);
+    if (known.emplace(*shape.bytes, shape.whole).second) {
+      files.push_back({shape.bytes, shape.whole});
+    }
   });
   return files;
 }
@@ -99,14 +107,16 @@ class EpsConversions {
  public:
   explicit EpsConversions(std::chrono::milliseconds time) : m_Time(time) {}
 
-  ConvertedEps Convert(const std::shared_ptr<const std::string>& file) {
+  ConvertedEps Convert(const EpsFile& file) {
     const auto used = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_Begin);
     if (used >= m_Time) {
       return FailureOf("no time is left for it: all EPS files of a drawing may take " +
                        document::MeasureText(std::chrono::duration<double>(m_Time).count()) +
                        " seconds together");
     }
-    auto converted = graphics::DrawableOf(GraphicKind::Eps, file, m_Time - used);
+    auto converted = graphics::DrawableOf(
+        GraphicKind::Eps, file.bytes, m_Time - used, interpreter::EpsLetters::Keep,
+        file.whole ? graphics::EpsPart::Area : graphics::EpsPart::Page);
     if (!converted) return converted.Error();
     return std::move(converted->bytes);
   }
@@ -182,8 +192,9 @@ Expected<DrawingRequest> ReadDrawingRequest(std::string_view text, const ImageOp
     if (!text.empty()) text.remove_prefix(1);
     const auto bytes = TakeBytes(text);
     if (!bytes) return FailureOf("a converted file is cut off");
-    request.converted.emplace(
-        file.get(), kind == AsPdf ? ConvertedEps(std::make_shared<const std::string>(*bytes))
+    request.converted.emplace(std::pair(file.bytes.get(), file.whole),
+                              kind == AsPdf
+                                  ? ConvertedEps(std::make_shared<const std::string>(*bytes))
                                   : ConvertedEps(FailureOf(std::string(*bytes))));
   }
   return request;

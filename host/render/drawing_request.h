@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/document/document.h"
@@ -47,8 +48,8 @@ using ConvertedEps = Expected<std::shared_ptr<const std::string>>;
 /// The document of a request. Placed files with the same bytes share them.
 struct DrawingRequest {
   std::unique_ptr<document::Document> document;
-  /// By the bytes of the EPS file in `document`.
-  std::unordered_map<const std::string*, ConvertedEps> converted;
+  /// By the bytes of the EPS file in `document`, and by whether it is placed whole.
+  std::map<std::pair<const std::string*, bool>, ConvertedEps> converted;
 };
 [[nodiscard]] Expected<DrawingRequest> ReadDrawingRequest(std::string_view text,
                                                           const ImageOptions& options);

@@ -17,7 +17,7 @@ constexpr std::size_t MaximumPictures = 64;
 const graphics::Picture* PictureCache::Get(const document::GraphicShape& shape) {
   const document::ShownFile shown = document::ShownFileOf(shape);
   const auto found = std::ranges::find_if(m_Entries, [&](const Entry& entry) {
-    return entry.bytes == shown.bytes && entry.kind == shown.kind;
+    return entry.bytes == shown.bytes && entry.kind == shown.kind && entry.whole == shape.whole;
   });
   if (found != m_Entries.end()) {
     m_Entries.splice(m_Entries.begin(), m_Entries, found);
@@ -28,7 +28,8 @@ const graphics::Picture* PictureCache::Get(const document::GraphicShape& shape) 
     m_Notices.Add(L"the placed file \"" + shape.name + L"\" can't be drawn: " +
                   os::WideFromUtf8(Describe(opened.Error())));
   }
-  m_Entries.push_front({shown.bytes, shown.kind, opened ? std::move(*opened) : nullptr});
+  m_Entries.push_front(
+      {shown.bytes, shown.kind, shape.whole, opened ? std::move(*opened) : nullptr});
   MakeRoom();
   return m_Entries.front().picture.get();
 }

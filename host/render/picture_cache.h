@@ -32,6 +32,7 @@ class PictureCache {
   struct Entry {
     std::shared_ptr<const std::string> bytes;
     document::GraphicKind kind;
+    bool whole;
     std::unique_ptr<graphics::Picture> picture;
   };
   void MakeRoom();

@@ -53,6 +53,49 @@ TEST(DocumentHost, it_has_the_parts_that_an_import_needs_and_says_that_it_has_no
   EXPECT_EQ(host.GetTranslation().Translate(L"(*v*)Adding text"), L"Adding text");
 }
 
+TEST(DocumentHost, units_are_those_that_are_set_or_of_the_setting_or_centimetres) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard home("RASTREL_HOME", place.Path("root"));
+  DocumentHost host;
+  host::Application& application = *host.GetApplication();
+  EXPECT_EQ(application.GetCurrentUnits(), 0);
+  const struct {
+    const wchar_t* stored;
+    int units;
+  } settings[] = {{L"1", 1}, {L"2", 2}, {L"0", 0}, {L"3", 0}, {L"-1", 0}, {L"inch", 0}};
+  for (const auto& [stored, units] : settings) {
+    ASSERT_TRUE(host.GetSettings().Write(L"RASTREL", L"Units", stored, DS_USER));
+    EXPECT_EQ(application.GetCurrentUnits(), units) << units;
+  }
+  host.SetUnits(DocumentHost::Units::Inches);
+  EXPECT_EQ(application.GetCurrentUnits(), 2);
+  ASSERT_TRUE(host.GetSettings().Write(L"RASTREL", L"Units", L"1", DS_USER));
+  EXPECT_EQ(application.GetCurrentUnits(), 2);
+}
+
+TEST(DocumentHost, a_language_key_is_that_of_the_setting) {
+  const test::ScratchDirectory place;
+  const test::EnvironmentGuard home("RASTREL_HOME", place.Path("root"));
+  DocumentHost host;
+  EXPECT_EQ(host.GetLanguageKey(), std::nullopt);
+  ASSERT_TRUE(host.GetSettings().Write(L"RASTREL", L"Language", L"DEU", DS_USER));
+  EXPECT_EQ(host.GetLanguageKey(), L"DEU");
+  ASSERT_TRUE(host.GetSettings().Write(L"RASTREL", L"Language", L"", DS_USER));
+  EXPECT_EQ(host.GetLanguageKey(), std::nullopt);
+}
+
+// A conversion clears the flag while it works, and may leave it so: nothing is on show.
+TEST(DocumentHost, a_view_that_may_not_draw_itself_still_makes_new_documents) {
+  DocumentHost host;
+  CVelumark5View* view = host.GetApplication()->UIGetActiveView();
+  ASSERT_NE(view, nullptr);
+  EXPECT_EQ(view, host.GetApplication()->UIGetActiveView());
+  view->SetUpdateAllowed(false);
+  ASSERT_NE(AddLine(host, L"text"), 0U);
+  view->OnNew();
+  EXPECT_EQ(host.GetDocument().ObjectCount(), 0U);
+}
+
 TEST(DocumentHost, settings_for_a_load_stay_in_the_host_and_all_others_go_to_the_file) {
   const test::ScratchDirectory place;
   const test::EnvironmentGuard home("RASTREL_HOME", place.Path("root"));

@@ -130,22 +130,22 @@ class CutLineBuilder {
   bool m_Said = false;
 };
 
-host::ObjectStore* FindStore() {
+}  // namespace
+
+host::ObjectStore* FindCutDocument() {
   host::ObjectStore* const store = host::GetHost().GetObjectStore();
   if (store == nullptr) CAppLog::Instance().Printf(L"[CLQ] the host has no document for cut lines");
   return store;
 }
 
-}  // namespace
-
 ObjectHandle BuildCutObject(const CutObject& object) {
-  host::ObjectStore* const store = FindStore();
+  host::ObjectStore* const store = FindCutDocument();
   return store == nullptr ? 0 : BuildObject(*store, object);
 }
 
 ObjectHandle BuildCutLines(const CCutObjects& objects, const CPS2CutData& cut,
                            const CPS2CutData* halfCut) {
-  host::ObjectStore* const store = FindStore();
+  host::ObjectStore* const store = FindCutDocument();
   return store == nullptr ? 0 : CutLineBuilder(*store, cut, halfCut).Build(objects);
 }
 

@@ -4,7 +4,15 @@
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/platform/values/document_values.h"
 
+namespace rastrel::host {
+class ObjectStore;
+}
+
 namespace rastrel::conversion {
+
+/// The open document of the host in force; null if the host has none, which is written to the
+/// application log.
+[[nodiscard]] host::ObjectStore* FindCutDocument();
 
 /// Makes an object of the host, not in the document, of a cut object: of one polygon its paths, of
 /// several a group of them. 0 if there is no polygon, or if the host has no document or can't make

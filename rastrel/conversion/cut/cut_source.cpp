@@ -11,7 +11,6 @@
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/host/generic_item.h"
-#include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/undo_step.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -141,11 +140,8 @@ CutSource::~CutSource() = default;
 unsigned long long GenerateCutData(CutSource& source, int resolution, bool withPreview,
                                    const wchar_t* path) {
   if (!os::Exists(CExePaths::Instance().m_QueueExe)) return 0;
-  host::ObjectStore* const store = host::GetHost().GetObjectStore();
-  if (store == nullptr) {
-    CAppLog::Instance().Printf(L"[CLQ] the host has no document for cut lines");
-    return 0;
-  }
+  host::ObjectStore* const store = FindCutDocument();
+  if (store == nullptr) return 0;
   const host::UndoStep step(*store, L"(*v*)Cutting");
   if (path == nullptr) return 0;
   return CutRun(source, *store, resolution).Run(path, withPreview);

@@ -39,8 +39,8 @@ class CGenericPS;
 //   preview wanted, and no bitmap         the page directory, the side file
 //   archive ends too early                all
 //
-// The side file, ".jhdr", is the job header of a PDF object. Files that stay are removed by a later
-// run of the queue program.
+// The side file, ".jhdr", is the job header of a PDF object. The library removes files that stay at
+// no later time; the command does, a day later.
 
 /// Makes cut lines of a placed EPS file.
 RASTREL_API unsigned long long GenerateEPSCutData(CGenericEPS* object, int resolution,

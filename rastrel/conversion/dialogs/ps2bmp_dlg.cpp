@@ -46,7 +46,7 @@ constexpr ControlTable ControlsWith(const wchar_t* height, const wchar_t* width)
       {Dialog::ResolutionEdit, ControlKind::IntegerEdit, L"", ResolutionStep, LowestResolution},
       {Dialog::SizeText, ControlKind::Text, L""},
       {Dialog::CutLineCheckBox, ControlKind::CheckBox, L"(*v*)Cut &line"},
-      {Dialog::CutLineText, ControlKind::Text, L"(*v*)Paths in this colour become cut lines."},
+      {Dialog::CutLineText, ControlKind::Text, L"(*v*)Paths in the colour below become cut lines."},
       {Dialog::ColorFrame, ControlKind::Text, L"(*v*)Colour of the cut line"},
       {Dialog::RgbRadio, ControlKind::Radio, L"(*v*)RG&B"},
       {Dialog::CmykRadio, ControlKind::Radio, L"(*v*)&CMYK"},

@@ -30,6 +30,10 @@ Failure FailureOf(const char* operation, std::string subject) {
   return {operation, std::move(subject), error};
 }
 
+std::int64_t Nanoseconds(const timespec& time) {
+  return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
 mode_t FileMode(Access access) { return access == Access::Private ? 0600 : 0666; }
 
 Expected<FileDescriptor> Open(const std::string& path, int flags, mode_t mode) {
@@ -135,8 +139,14 @@ Expected<FileStamp> StampOf(std::wstring_view path) {
   struct stat state {};
   if (::stat(native.c_str(), &state) != 0) return FailureOf("stat", native);
   return FileStamp{.size = static_cast<std::uint64_t>(state.st_size),
-                   .modified = static_cast<std::int64_t>(state.st_mtim.tv_sec) * 1'000'000'000 +
-                               state.st_mtim.tv_nsec};
+                   .modified = Nanoseconds(state.st_mtim)};
+}
+
+Expected<std::int64_t> LastChangeOf(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  struct stat state {};
+  if (::lstat(native.c_str(), &state) != 0) return FailureOf("lstat", native);
+  return Nanoseconds(state.st_ctim);
 }
 
 Expected<void> MakeDirectory(std::wstring_view path, Access access) {

@@ -33,6 +33,9 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 [[nodiscard]] Expected<FileStamp> StampOf(std::wstring_view path);
+/// When the entry itself, a link too, last changed: content, attributes or name, in nanoseconds
+/// since 1970. Unlike the time of the content nobody can set it back.
+[[nodiscard]] Expected<std::int64_t> LastChangeOf(std::wstring_view path);
 
 /// Who may reach a file or directory that is made.
 enum class Access {

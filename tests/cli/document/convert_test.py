@@ -9,10 +9,12 @@ import os
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 
 from png_picture import Picture
 
@@ -58,6 +60,36 @@ def pdf(pages):
 FIRST_PAGE = (200, 100, "1 0 0 rg 10.3 10.7 60.2 30.4 re f 0 0 0.6 RG 2.5 w 10 80 m 60 95 90 60 190 85 c S "
               "/Knife CS 1 SCN 0.5 w 20 20 80 40 re s")
 SECOND_PAGE = (72, 144, "0 0 1 rg 0 0 72 144 re f /Knife CS 1 SCN 36 36 18 18 re s")
+
+
+class Tiff:
+    """A TIFF of one page of compressed strips with differences, read with Python's own library."""
+
+    def __init__(self, path):
+        data = pathlib.Path(path).read_bytes()
+        order, version, place = struct.unpack("<2sHI", data[:8])
+        assert (order, version) == (b"II", 42)
+        fields = {}
+        (count,) = struct.unpack("<H", data[place:place + 2])
+        for number in range(count):
+            tag, kind, values, value = struct.unpack("<HHII", data[place + 2 + 12 * number:][:12])
+            form = {3: "H", 4: "I", 5: "II"}[kind]
+            size = struct.calcsize("<" + form) * values
+            if size > 4:
+                fields[tag] = struct.unpack(f"<{values * len(form)}{form[0]}", data[value:value + size])
+            else:
+                fields[tag] = (value,)
+        assert list(fields) == sorted(fields)
+        assert (fields[259], fields[258], fields[317]) == ((8,), (8, 8, 8), (2,))
+        self.width, self.height = fields[256][0], fields[257][0]
+        self.dpi = fields[282][0] / fields[282][1]
+        body = b"".join(zlib.decompress(data[at:at + size]) for at, size in zip(fields[273], fields[279]))
+        self.rows = []
+        for y in range(self.height):
+            row = bytearray(body[y * self.width * 3:(y + 1) * self.width * 3])
+            for x in range(3, len(row)):
+                row[x] = (row[x] + row[x - 3]) & 255
+            self.rows.append(row)
 
 
 class Case(unittest.TestCase):
@@ -173,6 +205,14 @@ class Bitmaps(Case):
             done = self.succeed("convert", file, "-o", name)
             self.assertEqual(done.stdout.decode(), name + "\n")
             self.assertTrue((self.folder / name).read_bytes().startswith(begin), name)
+
+    def test_a_tiff_has_the_same_pixels_and_the_resolution(self):
+        file = self.file("art.ps", HEAD + ART + "showpage\n")
+        self.succeed("convert", file, "--dpi", 300, "-o", "o.png")
+        self.succeed("convert", file, "--dpi", 300, "-o", "o.tif")
+        tiff, picture = Tiff(self.folder / "o.tif"), Picture(self.folder / "o.png")
+        self.assertEqual((tiff.width, tiff.height, tiff.dpi), (833, 417, 300))
+        self.assertEqual([bytes(row) for row in tiff.rows], [bytes(row) for row in picture.rows])
 
     def test_standard_streams(self):
         page = (HEAD + ART + "showpage\n").encode()

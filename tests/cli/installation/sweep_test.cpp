@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -165,6 +166,51 @@ TEST_F(SweepTest, removes_a_limited_number_at_a_start) {
     GiveOwner("jobs/123-" + std::to_string(number), Gone());
   SweepLeftovers();
   EXPECT_EQ(In("jobs").size(), 50U);
+}
+
+// Nobody can set back when a file was changed, so the time of the sweep is set forward.
+std::chrono::system_clock::time_point InHours(int hours) {
+  return std::chrono::system_clock::now() + std::chrono::hours(hours);
+}
+
+TEST_F(SweepTest, takes_the_files_of_a_conversion_a_day_later) {
+  for (const char* file :
+       {"vkabcdef.ps", "vkabcdef.cut", "vkabcdef_Color.bmp", "vkabcdef.cfm/.info",
+        "vkabcdef.cfm/page.ppm", "vk012345.pdf", "vk012345.jhdr", "vktmpabc012"})
+    Root().Write(std::string("Queue/rip/") + file, "x");
+  const Names before = In("Queue/rip");
+  SweepConversions(InHours(0));
+  SweepConversions(InHours(23));
+  EXPECT_EQ(In("Queue/rip"), before);
+  SweepConversions(InHours(25));
+  EXPECT_EQ(In("Queue/rip"), (Names{"CFM", "System"}));
+}
+
+TEST_F(SweepTest, leaves_other_files_of_the_rip_directory) {
+  for (const char* file : {"vkabcde.ps", "vkabcdefg.ps", "vkABCDEF.ps", "vkabcde6.ps", "vkabcdef",
+                           "vkabcdef.txt", "vkabcdef.ps.old", "akabcdef.ps", "sign.ps",
+                           "vktmpabcdef.ps", "vktmpabcde", "Separation/vkabcdef.cfm/.info"})
+    Root().Write(std::string("Queue/rip/") + file, "x");
+  const Names before = In("Queue/rip");
+  SweepConversions(InHours(1000));
+  EXPECT_EQ(In("Queue/rip"), before);
+  EXPECT_EQ(Root().Read("Queue/rip/Separation/vkabcdef.cfm/.info"), "x");
+}
+
+TEST_F(SweepTest, leaves_the_files_of_conversions_where_the_user_keeps_them) {
+  Root().Write("settings.ini", "[RASTREL]\nKeep PS Files = 1\n");
+  Root().Write("Queue/rip/vkabcdef.ps", "%!PS");
+  SweepConversions(InHours(1000));
+  EXPECT_EQ(Root().Read("Queue/rip/vkabcdef.ps"), "%!PS");
+}
+
+TEST_F(SweepTest, removes_a_link_with_a_conversion_s_name_and_not_its_target) {
+  Root().Write("elsewhere/file", "x");
+  fs::create_directory_symlink(Root().Path("elsewhere"), Root().Path("Queue/rip/vkabcdef.cfm"));
+  fs::create_symlink(Root().Path("elsewhere/file"), Root().Path("Queue/rip/vkabcdef.ps"));
+  SweepConversions(InHours(25));
+  EXPECT_EQ(In("Queue/rip"), (Names{"CFM", "System"}));
+  EXPECT_EQ(Root().Read("elsewhere/file"), "x");
 }
 
 TEST_F(SweepTest, own_pages_are_those_that_name_this_process) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <new>
 
 #include "tests/conversion/bitmap/convert_fixture.h"
 
@@ -21,6 +23,28 @@ TEST_F(ConvertPsToBmpDrawn, is_cancelled_by_the_progress_dialog_and_removes_its_
   EXPECT_EQ(Calls(), AskedCalls + BegunCalls + ClosedCalls);
   EXPECT_EQ(Changes(), Lines());
   EXPECT_EQ(Root().Read("seen/given.ps").substr(0, 3), "%#V") << "the file was there";
+}
+
+/// Views that have no memory for the progress dialog.
+class FullForProgress : public host::DialogViews {
+ public:
+  explicit FullForProgress(host::DialogViews& others) : m_Others(others) {}
+  std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override {
+    if (dialog.GetResource().id == 1003) throw std::bad_alloc();
+    return m_Others.MakeView(dialog);
+  }
+  void ShowMessage(CWnd*, const std::wstring&, const std::wstring&) override {}
+
+ private:
+  host::DialogViews& m_Others;
+};
+
+TEST_F(ConvertPsToBmpDrawn, closes_its_step_when_the_progress_dialog_throws) {
+  FullForProgress views(m_Host.m_Views);
+  m_Host.m_Otherwise = &views;
+  EXPECT_THROW(Convert(), std::bad_alloc);
+  EXPECT_EQ(Calls(), AskedCalls + BegunCalls + ClosedCalls);
+  EXPECT_EQ(Changes(), PostScriptLeft);
 }
 
 TEST_F(ConvertPsToBmpDrawn, leaves_the_file_of_a_program_that_fails) {

@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <random>
 
 #include "rastrel/platform/mfc/archive.h"
+#include "rastrel/platform/os/hex.h"
+#include "rastrel/platform/os/text.h"
 #include "tests/support/allocation_limit.h"
 #include "tests/support/archive_bytes.h"
 #include "tests/support/cut_archive_bytes.h"
@@ -286,6 +290,35 @@ TEST(CutArchive, random_damage_ends_in_a_list_or_in_the_archives_end_of_file) {
   }
 }
 
+std::string Digits(double value) {
+  std::string bytes;
+  for (unsigned index = 8; index-- > 0;)
+    bytes += static_cast<char>(std::bit_cast<std::uint64_t>(value) >> (8 * index) & 255U);
+  return os::HexFromBytes(bytes);
+}
+
+// The lines of write_cut_archive.py for the objects that were read.
+std::string LinesOf(const CCutObjects& objects) {
+  std::string lines;
+  for (const CutObject& object : objects.m_Objects) {
+    lines += "object " + os::Utf8FromWide(object.colorText) + ' ' + Digits(object.number) + ' ' +
+             std::to_string(object.kind) + '\n';
+    for (const auto& polygon : object.polygons->polygons) {
+      lines += "polygon";
+      for (const std::uint32_t value : polygon->values) lines += ' ' + std::to_string(value);
+      lines += ' ' + std::to_string(polygon->flag) + '\n';
+      for (const SubPolyEntry& entry : polygon->entries) {
+        lines += "part " + std::to_string(entry.subPoly->closed) + ' ' +
+                 std::to_string(entry.value) + '\n';
+        for (const Vertex& vertex : entry.subPoly->vertices)
+          lines += Digits(vertex.x) + ' ' + Digits(vertex.y) + ' ' + Digits(vertex.third) + ' ' +
+                   Digits(vertex.fourth) + ' ' + Digits(vertex.fifth) + '\n';
+      }
+    }
+  }
+  return lines;
+}
+
 class CutArchiveFile : public testing::Test {
  protected:
   [[nodiscard]] std::wstring Path(const std::string& name) const { return m_Directory.Wide(name); }
@@ -298,6 +331,23 @@ TEST_F(CutArchiveFile, is_read_and_stays) {
   EXPECT_TRUE(ReadCutArchive(Path("a.cut"), objects));
   EXPECT_EQ(objects.m_Objects.size(), 1U);
   EXPECT_TRUE(m_Directory.Has("a.cut"));
+}
+
+TEST_F(CutArchiveFile, has_each_value_that_a_writer_of_its_own_put_there) {
+  std::size_t bytes = 0;
+  for (int seed = 1; seed <= 12; ++seed) {
+    const std::string command = "python3 -B '" RASTREL_SOURCE_DIR
+                                "/tests/conversion/cut/write_cut_archive.py' " +
+                                std::to_string(seed) + " '" + m_Directory.Path("a.cut") + "' > '" +
+                                m_Directory.Path("lines") + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    CCutObjects objects;
+    ASSERT_TRUE(ReadCutArchive(Path("a.cut"), objects)) << seed;
+    const std::string lines = LinesOf(objects);
+    EXPECT_TRUE(lines == m_Directory.Read("lines")) << "seed " << seed;
+    bytes += lines.size();
+  }
+  EXPECT_GT(bytes, 50'000U) << "archives of some size";
 }
 
 TEST_F(CutArchiveFile, one_that_cant_be_opened_empties_the_list) {

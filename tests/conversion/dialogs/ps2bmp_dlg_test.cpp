@@ -171,7 +171,7 @@ TEST_F(BitmapDialog, begins_with_its_values_and_translates_its_texts_last) {
                                          "text 2007 &Width (cm):",
                                          "text 2008 &Resolution (dpi):",
                                          "text 2023 Cut &line",
-                                         "text 2020 Paths in this colour become cut lines.",
+                                         "text 2020 Paths in the colour below become cut lines.",
                                          "text 2013 Colour of the cut line",
                                          "text 2014 RG&B",
                                          "text 2015 &CMYK",

@@ -92,6 +92,9 @@ std::unique_ptr<Document> FullDocument() {
 
   graphic.extent = CWorldRect{0.5, 3.5, 2.5, 1};
   graphic.reason = L"it has a gradient";
+  graphic.cut = {1200, CutColor::Named, true, ink};
+  graphic.halfCut = {1, CutColor::Rgb, false, {}};
+  graphic.preview = std::make_shared<const std::string>("\x89PNG");
   document->Insert(drawing, host::DocumentRoot);
   document->Insert(document->Create(graphic), host::DocumentRoot);
   return document;
@@ -193,6 +196,18 @@ TEST(DocumentFile, a_fault_is_reported_with_its_place) {
       {"\"radius\": 2.54", "\"radius\": 0", "/objects/4/radius: is not above 0"},
       {"\"kind\": \"arcText\"", "\"kind\": \"text\"", "/objects/4: lacks \"frame\""},
       {"\"file\": \"JSF", "\"file\": \"?SF", "/objects/3/file: is no base 64"},
+      {"\"resolution\": 1200", "\"resolution\": 0",
+       "/objects/6/cutData/resolution: is not between 1 and 100000"},
+      {"\"resolution\": 1200", "\"resolution\": 100001",
+       "/objects/6/cutData/resolution: is not between 1 and 100000"},
+      {"\"resolution\": 1,", "\"resolution\": -1,",
+       "/objects/6/halfCutData/resolution: is not between 1 and 100000"},
+      {"\"resolution\": 1200", "\"resolution\": 1.5", "/objects/6/cutData/resolution: "},
+      {"\"colorKind\": \"named\"", "\"colorKind\": \"spot\"",
+       "/objects/6/cutData/colorKind: unknown word \"spot\""},
+      {"\"enabled\": true", "\"enabled\": 1",
+       "/objects/6/cutData/enabled: is neither true nor false"},
+      {"\"preview\": \"iVBO", "\"preview\": \"?VBO", "/objects/6/preview: is no base 64"},
       {"\"spot\": true", "\"spot\": 1", "spot: is neither true nor false"},
       {"\"name\": \"White\"", "\"name\": \"Black\"", "/palette/1: names a colour twice"},
   };

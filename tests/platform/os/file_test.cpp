@@ -108,6 +108,19 @@ TEST(FileSize, beyond_32_bits_is_returned_whole) {
   EXPECT_EQ(os::FileSize(scratch.Wide("file")), 5'000'000'000U);
 }
 
+TEST(LastChangeOf, is_that_of_the_entry_itself_whatever_its_content_s_time) {
+  const ScratchDirectory scratch;
+  scratch.Write("file", "x");
+  std::filesystem::create_symlink("none", scratch.Path("link"));
+  const auto before = os::LastChangeOf(scratch.Wide("file"));
+  ASSERT_TRUE(before);
+  const timespec times[2] = {{5, 7}, {5, 7}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, scratch.Path("file").c_str(), times, 0), 0);
+  EXPECT_GE(*os::LastChangeOf(scratch.Wide("file")), *before);
+  EXPECT_GE(*os::LastChangeOf(scratch.Wide("link")), *before) << "of the link";
+  EXPECT_EQ(os::LastChangeOf(scratch.Wide("none")).Error().error, ENOENT);
+}
+
 TEST(StampOf, changes_with_size_and_time) {
   const ScratchDirectory scratch;
   scratch.Write("file", "1");
