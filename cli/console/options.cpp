@@ -48,6 +48,8 @@ constexpr std::array OptionTable{
     OptionRow{CutPreview, "--preview", "", "Put the picture of the file below the lines."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
+    OptionRow{AskTerminal, "--ask", "",
+              "Ask for size, resolution and cut line on the terminal, line by line."},
     OptionRow{SaveTicket, "--save-ticket", "TICKET", "Save the printed job as a ticket file."},
     OptionRow{Title, "--title", "NAME", "Name the job that comes on standard input."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
@@ -133,9 +135,9 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Force,
                                   Json,
                                   Help};
-constexpr std::array ConvertOptions{OutputFile, OutputSize, Resolution, CutColor,
-                                    PdfPage,    AskWindow,  Box,        PasswordFile,
-                                    Title,      Force,      Json,       Help};
+constexpr std::array ConvertOptions{OutputFile, OutputSize,  Resolution, CutColor,     PdfPage,
+                                    AskWindow,  AskTerminal, Box,        PasswordFile, Title,
+                                    Force,      Json,        Help};
 constexpr std::array CutOptions{OutputFile, CutColor, HalfCutColor, CutPreview,
                                 Resolution, PdfPage,  Box,          PasswordFile,
                                 Title,      Force,    Json,         Help};

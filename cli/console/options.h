@@ -39,6 +39,7 @@ enum class OptionId {
   PdfPage,
   CutPreview,
   AskWindow,
+  AskTerminal,
   SaveTicket,
   Title,
   Output,

@@ -106,7 +106,7 @@ ConversionEnd EndOf(const ConversionViews& views, ConversionEnd without) {
 ConversionEnd RunBitmapConversion(const InputFile& input, const ConversionRequest& request,
                                   ConversionHost& host, ConversionViews& views) {
   if (input.extension == ".pdf") return ConvertOutsideDialog(input, request);
-  if (request.window) {
+  if (request.window || request.ask) {
     PagePreview preview(input.path);
     views.SetPreview(CPS2BmpDlg::ResourceId, &preview);
     Convert(input);

@@ -99,12 +99,14 @@ Expected<void> ReadNumbers(const Invocation& invocation, ConversionRequest& requ
 
 // A person who is asked says all of it.
 Expected<void> CheckAsked(const Invocation& invocation, const ConversionRequest& request) {
-  if (!request.window) return {};
+  if (!request.window && !request.ask) return {};
+  const std::string asking = request.window ? "--window" : "--ask";
+  if (request.ask && request.window) return FailureOf("--ask and --window exclude each other");
+  if (request.ask && request.json) return FailureOf("--ask: --json has no questions");
   for (const OptionId id : {OptionId::OutputSize, OptionId::Resolution, OptionId::CutColor}) {
     if (invocation.Has(id))
-      return FailureOf(
-          std::string("--window asks for size, resolution and cut line: give it without ") +
-          OptionOf(id).name);
+      return FailureOf(asking + " asks for size, resolution and cut line: give it without " +
+                       OptionOf(id).name);
   }
   return {};
 }
@@ -115,6 +117,7 @@ Expected<ConversionRequest> ReadConversionRequest(const Invocation& invocation) 
   ConversionRequest request;
   request.preview = invocation.Has(OptionId::CutPreview);
   request.window = invocation.Has(OptionId::AskWindow);
+  request.ask = invocation.Has(OptionId::AskTerminal);
   request.json = invocation.Has(OptionId::Json);
   auto result = ReadResult(invocation);
   if (!result) return result.Error();

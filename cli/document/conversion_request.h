@@ -30,7 +30,8 @@ struct ConversionRequest {
   CPS2CutData halfCut;
   std::optional<std::int32_t> page;  ///< of a PDF
   bool preview = false;
-  bool window = false;  ///< a person answers the dialog
+  bool window = false;  ///< a person answers the dialog in a window
+  bool ask = false;     ///< a person answers the dialog on the terminal
   bool json = false;
   ResultFile result;
 };

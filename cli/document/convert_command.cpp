@@ -19,6 +19,8 @@
 #include "cli/installation/job_directory.h"
 #include "host/document/document.h"
 #include "rastrel/platform/host/object_store.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::cli {
 namespace {
@@ -74,6 +76,18 @@ ConvertedObjects ObjectsOrEnd(const ConversionHost& host, const ConversionReport
   return objects;
 }
 
+// Somebody must be there to answer, and something to be asked.
+void CheckAnswers(const ConversionRequest& request, const InputFile& input) {
+  if (!request.ask) return;
+  if (!os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Input)) ||
+      !os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Error)))
+    throw CommandError(ExitStatus::WrongUse,
+                       "--ask: input and standard error are not both a terminal");
+  if (input.extension == ".pdf")
+    throw CommandError(ExitStatus::WrongUse,
+                       "--ask: a PDF has no questions; give --size, --dpi and --cut-color");
+}
+
 }  // namespace
 
 ExitStatus ConvertCommand(const Invocation& invocation) {
@@ -89,8 +103,9 @@ ExitStatus ConvertCommand(const Invocation& invocation) {
   ConversionPlace place(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   const InputFile input = place.Inspect(invocation);
   CheckPage(request, input);
+  CheckAnswers(request, input);
   const ResultPlace target = PlaceOfResult(invocation, request.result, input);
-  ConversionHost host(request.window);
+  ConversionHost host(request.window || request.ask);
   host::SetHost(&host);
   host.SetDialogViews(&views);
   const ConversionEnd end = RunBitmapConversion(input, request, host, views);

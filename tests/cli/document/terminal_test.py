@@ -33,7 +33,8 @@ class Terminal(unittest.TestCase):
     def environment(self, pictures):
         gone = ("DISPLAY", "WAYLAND_DISPLAY", "TMUX", "STY")
         return {**{name: value for name, value in os.environ.items() if name not in gone},
-                "TMPDIR": str(self.temporary), "RASTREL_PICTURES": pictures, "TERM": "xterm"}
+                "TMPDIR": str(self.temporary), "RASTREL_HOME": str(self.place / "home"),
+                "RASTREL_PICTURES": pictures, "TERM": "xterm"}
 
     def on_terminal(self, pictures, *words):
         """Exit status, and all that the terminal got."""
@@ -178,7 +179,43 @@ class Terminal(unittest.TestCase):
         self.assertNotEqual(status, 0)
         self.assertFalse((self.place / "plates.rdoc").exists())
         self.assertEqual([path.name for path in self.place.iterdir()
-                          if path.name not in ("temporary", "plates.cr2")], [])
+                          if path.name not in ("home", "temporary", "plates.cr2")], [])
+
+    def ask_for_a_conversion(self, *steps):
+        (self.place / "sign.eps").write_text(
+            "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 144 72\n%%EndComments\n"
+            "1 0 0 setrgbcolor 18 18 36 36 rectstroke showpage\n")
+        return self.converse(["convert", "sign.eps", "-o", "sign.svg", "--ask"], *steps)
+
+    def test_a_conversion_is_asked_for_line_by_line(self):
+        status, shown = self.ask_for_a_conversion(
+            (b"Height (cm) [2.54]: ", b"5.08\n"), (b"Width (cm) [5.08]: ", b"wide\n"),
+            (b"please", b"10,16\n"), (b"Resolution (dpi) [72]: ", b"100\n"),
+            (b"Cut line, y or n [n]: ", b"y\n"), (b"Number [1]: ", b"\n"),
+            (b"RGB colour [rgb:0,0,0]: ", b"rgb:255,0,0\n"))
+        self.assertEqual(status, 0, shown)
+        self.assertIn(b"234.4 KB", shown, "400 by 200 pixels of 3 bytes")
+        self.assertIn('width="101.6mm"', (self.place / "sign.svg").read_text())
+
+    def test_a_conversion_is_cancelled_by_each_key_and_leaves_nothing(self):
+        for key in (b"q\n", b"\x03", b"\x04"):
+            status, shown = self.ask_for_a_conversion((b"Height (cm) [2.54]: ", b"\n"),
+                                                      (b"Width (cm) [5.08]: ", key))
+            self.assertEqual(status, 4, shown)
+            self.assertIn(b"cancelled", shown)
+            self.assertEqual(sorted(path.name for path in self.place.iterdir()
+                                    if path.name != "home"), ["sign.eps", "temporary"])
+
+    def test_nobody_to_ask_is_said_so(self):
+        for words, reason in (([], "are not both a terminal"), (["--json"], "has no questions"),
+                              (["--dpi", "72"], "give it without --dpi"),
+                              (["--window"], "exclude each other")):
+            (self.place / "sign.eps").write_text("%!PS-Adobe-3.0 EPSF-3.0\nshowpage\n")
+            ended = subprocess.run([COMMAND, "convert", "sign.eps", "--ask", *words],
+                                   stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                                   cwd=self.place, env=self.environment("none"), timeout=60)
+            self.assertEqual(ended.returncode, 2, ended.stderr)
+            self.assertIn(reason, ended.stdout + ended.stderr)
 
 
 if __name__ == "__main__":

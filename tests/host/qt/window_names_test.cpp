@@ -1,0 +1,137 @@
+// The names that a screen reader says for the controls of a window, and the fields that the keys of
+// labels reach.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStringList>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+
+#include "host/qt/color_button.h"
+#include "host/qt/dialog_window.h"
+#include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
+#include "rastrel/platform/standalone/standalone_host.h"
+
+namespace rastrel {
+namespace {
+
+// Looks at the window instead of showing it.
+class LookedAt : public qt::DialogWindow {
+ public:
+  LookedAt(host::DialogLogic& logic, std::function<void(QDialog&)> look)
+      : DialogWindow(logic, nullptr), m_Logic(logic), m_Look(std::move(look)) {}
+  void RunModal() override {
+    m_Look(*this);
+    m_Logic.Command(host::CancelCommand);
+  }
+
+ private:
+  host::DialogLogic& m_Logic;
+  std::function<void(QDialog&)> m_Look;
+};
+
+class LookingHost : public standalone::StandaloneHost, public host::DialogViews {
+ public:
+  explicit LookingHost(std::function<void(QDialog&)> look) : m_Look(std::move(look)) {
+    host::SetHost(this);
+  }
+  ~LookingHost() override { host::SetHost(nullptr); }
+  LookingHost(const LookingHost&) = delete;
+  LookingHost& operator=(const LookingHost&) = delete;
+
+  host::DialogViews& GetDialogViews() override { return *this; }
+  std::unique_ptr<host::DialogView> MakeView(host::DialogLogic& dialog) override {
+    return std::make_unique<LookedAt>(dialog, m_Look);
+  }
+  void ShowMessage(CWnd*, const std::wstring&, const std::wstring&) override {}
+
+ private:
+  std::function<void(QDialog&)> m_Look;
+};
+
+// The conversion's dialog with one name of a color, as it is before it is shown.
+void Look(const std::function<void(QDialog&)>& look) {
+  const LookingHost host(look);
+  PS2BmpParams params;
+  params.width = params.height = 10;
+  CPS2BmpDlg(params, {L"Gold"}, nullptr).DoModal();
+}
+
+TEST(WindowNames, every_field_has_the_name_of_its_label_or_radio_button) {
+  QStringList numbers;
+  QStringList names;
+  QStringList colors;
+  Look([&](QDialog& window) {
+    for (const auto* box : window.findChildren<QDoubleSpinBox*>()) numbers += box->accessibleName();
+    for (const auto* box : window.findChildren<QComboBox*>()) names += box->accessibleName();
+    for (const auto* button : window.findChildren<QPushButton*>()) {
+      if (dynamic_cast<const qt::ColorButton*>(button) != nullptr)
+        colors += button->accessibleName();
+    }
+  });
+  EXPECT_EQ(numbers.join('|').toStdString(), "Height (cm)|Width (cm)|Resolution (dpi)");
+  EXPECT_EQ(names.join('|').toStdString(), "Named colour");
+  EXPECT_EQ(colors.join('|').toStdString(),
+            "RGB colour: R 0  G 0  B 0|CMYK colour: C 100 %  M 100 %  Y 100 %  K 100 %");
+}
+
+TEST(WindowNames, the_key_of_a_label_reaches_its_field_alone) {
+  QStringList labels;
+  Look([&](QDialog& window) {
+    for (const auto* label : window.findChildren<QLabel*>()) {
+      if (label->buddy() == nullptr) continue;
+      labels += label->text();
+      EXPECT_EQ(label->buddy()->accessibleName() + ":", QString(label->text()).remove('&'));
+    }
+  });
+  EXPECT_EQ(labels.join('|').toStdString(), "&Height (cm):|&Width (cm):|&Resolution (dpi):");
+}
+
+TEST(WindowNames, no_two_controls_have_one_key) {
+  QStringList keys;
+  Look([&](QDialog& window) {
+    for (const auto* label : window.findChildren<QLabel*>()) {
+      if (label->buddy() != nullptr) keys += label->text();
+    }
+    for (const auto* button : window.findChildren<QAbstractButton*>()) keys += button->text();
+  });
+  QString letters;
+  for (const QString& text : keys) {
+    const qsizetype at = text.indexOf('&');
+    if (at < 0) continue;
+    const QChar key = text[at + 1].toLower();
+    EXPECT_FALSE(letters.contains(key)) << text.toStdString();
+    letters += key;
+  }
+  EXPECT_EQ(letters.size(), 7) << letters.toStdString();
+}
+
+TEST(WindowNames, one_radio_button_of_the_group_is_checked) {
+  int checked = 0;
+  int buttons = 0;
+  Look([&](QDialog& window) {
+    for (const auto* button : window.findChildren<QRadioButton*>()) {
+      ++buttons;
+      checked += button->isChecked() ? 1 : 0;
+    }
+  });
+  EXPECT_EQ(buttons, 3);
+  EXPECT_EQ(checked, 1);
+}
+
+}  // namespace
+}  // namespace rastrel
+
+int main(int count, char** words) {
+  ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  const QApplication application(count, words);
+  ::testing::InitGoogleTest(&count, words);
+  return RUN_ALL_TESTS();
+}
