@@ -107,6 +107,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   std::vector<std::wstring> m_Plotters;
   /// Whether there is a view.
   bool m_HasView = true;
+  /// The number of planes of each layer of a plane set that `NewGenericCFPlane` makes. The script
+  /// may answer `NewGenericCFPlane` with 0: null.
+  std::vector<int> m_PlanesOfLayers{4};
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
@@ -145,6 +148,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   void SetDrillPointObj(const NewWorldPt& place) override;
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path, int layer,
+                                                     int plane) override;
   CVelumark5View* UIGetActiveView() override;
   /// Null, and written if the script has an answer.
   CWnd* GetWindowHandle(int kind) override;
@@ -172,6 +177,7 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   std::map<int, CSheetLayer> m_SheetLayers;
   std::unique_ptr<View> m_View;
   int m_HourGlasses = 0;
+  int m_CFPlanesMade = 0;
   bool m_DrillPointsOn = false;
 };
 
