@@ -14,10 +14,10 @@ STEEPEST = 0.9  # how far an arrow leans where it passes between two boxes
 # Fill and frame of a box, by the top folder.
 COLORS = {"rastrel": ("#e3edf9", "#3b6ea5"), "host": ("#e9f4e4", "#4c8a3a"),
           "children": ("#fdeedd", "#b8701f"), "cli": ("#f3e6f6", "#8a4a99"),
-          "pages": ("#fbf6d3", "#94861c"), "interpreter": ("#fbf6d3", "#94861c"),
+          "pages": ("#fbf6d3", "#94861c"), "cfplane": ("#fbf6d3", "#94861c"), "interpreter": ("#fbf6d3", "#94861c"),
           "spreadsheet": ("#fbf6d3", "#94861c")}
 # Where a top folder belongs, from left to right.
-COLUMNS = ("children", "interpreter", "pages", "rastrel", "spreadsheet", "host", "cli")
+COLUMNS = ("children", "interpreter", "pages", "cfplane", "rastrel", "spreadsheet", "host", "cli")
 
 
 def column(node):

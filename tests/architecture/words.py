@@ -10,8 +10,8 @@ import sys
 
 import sources
 
-FOLDERS = ("rastrel", "pages", "interpreter", "spreadsheet", "host", "children", "cli", "tests",
-           "bench", "fuzz")
+FOLDERS = ("rastrel", "pages", "cfplane", "interpreter", "spreadsheet", "host", "children", "cli",
+           "tests", "bench", "fuzz")
 TOKEN = re.compile(r'R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'(?!\w)'
                    r'|//[^\n]*|/\*.*?\*/', re.S)
 IDENTIFIER = re.compile(r"\b[A-Za-z_]\w*")

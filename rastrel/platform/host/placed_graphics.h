@@ -83,7 +83,8 @@ class RASTREL_API CVKBitmap {
   CVKBitmap(const CVKBitmap&) = delete;
   CVKBitmap& operator=(const CVKBitmap&) = delete;
 
-  /// Takes a copy of the pixels: rows padded to 4 bytes, each pixel blue, green and red. Non-zero
-  /// for success; 0 for a header that does not agree with the number of bytes.
+  /// Takes a copy of the pixels: rows padded to 4 bytes, each pixel blue, green and red, or with 8
+  /// bits one gray sample, 0 black and 255 white. Non-zero for success; 0 for a header that does
+  /// not agree with the number of bytes.
   virtual int Create(const BITMAPINFOHEADER& header, std::span<const std::byte> pixels) = 0;
 };

@@ -37,11 +37,16 @@ class RASTREL_API CFMPlane {
   virtual int Open(const wchar_t* path) = 0;
   /// Reads the size of the open plane: pixels across, and rows.
   virtual int GetDimensions(std::int32_t& width, std::int32_t& height) = 0;
-  /// Reads the pixels of the open plane as one block, rows from the top, and their header. Both
-  /// belong to the plane until `ReleasePixels`, which must be called once for each success.
+  /// Reads the pixels of the open plane as one block, and their header. The block is as a bitmap
+  /// wants it: rows from the top, each padded to 4 bytes; of 24 bits (blue, green, red) or of 8
+  /// (one gray sample, 0 black and 255 white, without a table of colors), as `biBitCount` says.
+  /// Both belong to the plane until `ReleasePixels`, which must be called once for each success.
   virtual int GetPixels(const BITMAPINFOHEADER*& header, std::span<const std::byte>& pixels) = 0;
   /// Gives them back.
   virtual void ReleasePixels(const BITMAPINFOHEADER* header, std::span<const std::byte> pixels) = 0;
+  /// Why the last operation that failed did, as one line for the log, with the file that is at
+  /// fault. Never null; valid until the next call. By default empty.
+  [[nodiscard]] virtual const wchar_t* GetFailure();
 };
 
 /// A reader: the object that the plane reader's library creates. Only the user interface thread

@@ -3,6 +3,7 @@
 #include "rastrel/platform/host/base_dir.h"
 #include "rastrel/platform/host/dialogs.h"
 #include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/plane_reader.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/tm.h"
 #include "tests/support/bare_document.h"
@@ -43,6 +44,20 @@ TEST(HostDefaults, a_host_has_no_document) {
 TEST(HostDefaults, the_views_of_dialogs_are_the_same_in_each_call) {
   rastrel::test::TestHost bare;
   EXPECT_EQ(&bare.GetDialogViews(), &bare.GetDialogViews());
+}
+
+class BarePlane : public CFMPlane {
+ public:
+  int SetBaseDirectory(const wchar_t*) override { return 1; }
+  int SetLanguageKey(const wchar_t*) override { return 1; }
+  int Open(const wchar_t*) override { return 0; }
+  int GetDimensions(std::int32_t&, std::int32_t&) override { return 0; }
+  int GetPixels(const BITMAPINFOHEADER*&, std::span<const std::byte>&) override { return 0; }
+  void ReleasePixels(const BITMAPINFOHEADER*, std::span<const std::byte>) override {}
+};
+
+TEST(HostDefaults, a_plane_says_nothing_of_its_failures) {
+  EXPECT_STREQ(BarePlane().GetFailure(), L"");
 }
 
 class BareDialog : public host::DialogLogic {
