@@ -6,6 +6,7 @@
 #include "host/document/document_application.h"
 #include "host/document/document_file.h"
 #include "host/document/document_store.h"
+#include "host/document/knife_lines.h"
 #include "host/document/notices.h"
 #include "host/graphics/graphic_loader.h"
 #include "host/graphics/native_graphics.h"
@@ -67,6 +68,7 @@ struct DocumentHost::Parts {
         fonts(notices),
         text(store, fonts, notices),
         graphics(*document, notices, door),
+        knifeLines(store, notices),
         loader(*document, notices) {
     store.ReportTo(&notices);
     application.SetGraphicLoader([this](const std::wstring& path, bool cutLine) {
@@ -91,6 +93,7 @@ struct DocumentHost::Parts {
   text::FontCatalog fonts;
   text::TextEngine text;
   GuardedGraphics graphics;
+  KnifeLines knifeLines;
   graphics::GraphicLoader loader;
   host::DialogViews* views = nullptr;
 };
@@ -116,6 +119,7 @@ host::Settings& DocumentHost::GetSettings() { return m_Parts->settings; }
 host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
+host::ContourCut* DocumentHost::GetContourCut() { return &m_Parts->knifeLines; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
 
 void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }

@@ -21,6 +21,12 @@ inline constexpr std::array<std::pair<GraphicKind, std::string_view>, 6> Graphic
     {GraphicKind::Eps, "eps"},
 }};
 
+inline constexpr std::array<std::pair<CutLine, std::string_view>, 3> CutLineNames = {{
+    {CutLine::None, "none"},
+    {CutLine::Cut, "cut"},
+    {CutLine::Through, "through"},
+}};
+
 inline constexpr std::array<std::pair<FillRule, std::string_view>, 2> FillRuleNames = {{
     {FillRule::EvenOdd, "evenodd"},
     {FillRule::NonZero, "nonzero"},

@@ -45,9 +45,15 @@ CWorldRect RectFrom(const JsonValue& json) {
           json["bottom"].Number()};
 }
 
+// Files of versions that knew one kind of cut line say true or false.
+CutLine CutLineFrom(const JsonValue& json) {
+  if (json.IsText()) return json.Named(CutLineNames);
+  return json.Bool() ? CutLine::Cut : CutLine::None;
+}
+
 PathShape PathFrom(const JsonValue& json) {
   PathShape path;
-  path.cutLine = json["cutLine"].Bool();
+  path.cutLine = CutLineFrom(json["cutLine"]);
   if (json.Has("fillRule")) path.fillRule = json["fillRule"].Named(FillRuleNames);
   if (json.Has("fillsOpen")) path.fillsOpen = json["fillsOpen"].Bool();
   json["subPaths"].Each([&](const JsonValue& part) {

@@ -93,21 +93,6 @@ ObjectHandle DocumentStore::DBCreateObject(int type) {
   return 0;
 }
 
-ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attributes*/, int type,
-                                            const host::ElementData& data, int /*parent*/,
-                                            int /*closed*/, int /*reserved*/, int visible,
-                                            bool /*notify*/) {
-  const auto* paragraph = std::get_if<const ParagraphEle*>(&data);
-  TextShape text;
-  if (type != DBTYPE_PARAGRAPH || !paragraph || !*paragraph || !m_TakeText ||
-      !m_TakeText(**paragraph, text)) {
-    return 0;
-  }
-  Attributes attributes = m_Document.NewAttributes();
-  if (visible == 0) attributes.traits &= ~DBTRAIT_VISIBLE;
-  return m_Document.Create(std::move(text), attributes);
-}
-
 int DocumentStore::DBInsertObject(ObjectHandle object, ObjectHandle parent) {
   return m_Document.Insert(object, parent) ? 1 : 0;
 }
@@ -206,6 +191,7 @@ void DocumentStore::ReportKeptLook(ObjectHandle object) {
 void DocumentStore::DBSetLayer(ObjectHandle object, const CVKColor& color) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->layer = color;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLayer(member, color);
 }
 
 int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
@@ -217,6 +203,7 @@ int DocumentStore::DBGetLayer(ObjectHandle object, CVKColor& color) {
 void DocumentStore::DBSetLineColor(ObjectHandle object, const CVKColor& color) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineColor = color;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLineColor(member, color);
 }
 
 int DocumentStore::DBGetLineColor(ObjectHandle object, CVKColor& color) {
@@ -234,6 +221,7 @@ int DocumentStore::DBGetLineStyle(ObjectHandle object, LINESTYLE& style) {
 void DocumentStore::DBSetLineStyle(ObjectHandle object, const LINESTYLE& style) {
   ReportKeptLook(object);
   if (Attributes* attributes = Edit(object)) attributes->lineStyle = style;
+  for (const ObjectHandle member : m_Document.Members(object)) DBSetLineStyle(member, style);
 }
 
 int DocumentStore::DBGetSheetLayer(ObjectHandle object) {

@@ -59,6 +59,7 @@ class DocumentStore : public host::ObjectStore {
   void DBAddToList(host::ListHandle list, ObjectHandle object) override;
 
   [[nodiscard]] ObjectHandle DBCreateObject(int type) override;
+  /// A path has a thin black line and no inside.
   [[nodiscard]] ObjectHandle DBInsertElement(const ELEMENT_ATTRIBUTES* attributes, int type,
                                              const host::ElementData& data, int parent, int closed,
                                              int reserved, int visible, bool notify) override;
@@ -76,6 +77,7 @@ class DocumentStore : public host::ObjectStore {
   void DBSetSelectedList(host::ListHandle list) override;
   int DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds) override;
 
+  // Colors and lines that a group gets are those of all that it holds.
   void DBSetLayer(ObjectHandle object, const CVKColor& color) override;
   int DBGetLayer(ObjectHandle object, CVKColor& color) override;
   void DBSetLineColor(ObjectHandle object, const CVKColor& color) override;
@@ -95,6 +97,13 @@ class DocumentStore : public host::ObjectStore {
   void DBValidateBounds(ObjectHandle object) override;
   void InvalidateObject(ObjectHandle object, int erase) override;
   void DBApplyTM(ObjectHandle object, const TM& matrix) override;
+
+  /// A path's element is a PathElement, and of a point only its place counts.
+  [[nodiscard]] std::unique_ptr<POLYARC> PA_NewPolyArc() override;
+  void PA_NewSubPoly(POLYARC& arc) override;
+  void PA_AddVertice(POLYARC& arc, int subPoly, int vertex,
+                     const host::PolyArcVertice& values) override;
+  void PA_CloseSubpoly(POLYARC& arc, int subPoly) override;
 
  private:
   class Element;

@@ -95,7 +95,7 @@ struct ShapeWriter {
   void operator()(const GroupShape&) const { json["kind"] = "group"; }
   void operator()(const PathShape& path) const {
     json["kind"] = "path";
-    json["cutLine"] = path.cutLine;
+    json["cutLine"] = NameOf(CutLineNames, path.cutLine);
     if (path.fillRule != FillRule::EvenOdd) json["fillRule"] = NameOf(FillRuleNames, path.fillRule);
     if (path.fillsOpen) json["fillsOpen"] = true;
     Json parts = Json::array();

@@ -145,7 +145,8 @@ BOUNDS BoundsOf(const Shape& shape, const TM& matrix) {
 }
 
 bool HasInside(const PathShape& path) {
-  return !path.cutLine && (path.fillsOpen || std::ranges::any_of(path.subPaths, &SubPath::closed));
+  return path.cutLine == CutLine::None &&
+         (path.fillsOpen || std::ranges::any_of(path.subPaths, &SubPath::closed));
 }
 
 bool HasInside(const Shape& shape) {

@@ -51,10 +51,18 @@ enum class FillRule {
   NonZero,  ///< those that runs go around more often in one direction than in the other
 };
 
+/// Whether a path is the way of a knife, and how deep that goes. Such a path has no inside and is
+/// drawn as a line of its own kind.
+enum class CutLine {
+  None,     ///< a drawing
+  Cut,      ///< the knife cuts into the material
+  Through,  ///< the knife cuts through the material
+};
+
 /// Lines and curves: a drawing, or the way of a knife.
 struct PathShape {
   std::vector<SubPath> subPaths;
-  bool cutLine = false;  ///< true for the way of a knife, which is drawn as such
+  CutLine cutLine = CutLine::None;
   FillRule fillRule = FillRule::EvenOdd;
   /// Open runs are filled as if a straight line closed them; without it closed ones alone are.
   bool fillsOpen = false;

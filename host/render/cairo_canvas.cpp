@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "host/graphics/picture.h"
 #include "host/render/letter_outlines.h"
@@ -17,8 +18,6 @@ namespace {
 // Cairo keeps device coordinates in 24 bits before the binary point; half of that leaves room for
 // the width of lines.
 constexpr double FarthestUnit = 4'000'000;
-
-constexpr double Dashes[] = {4, 1.5};  // points
 
 void SetColor(cairo_t* context, const Color& color) {
   cairo_set_source_rgb(context, color.red, color.green, color.blue);
@@ -65,9 +64,9 @@ CairoCanvas::CairoCanvas(cairo_t* context, const Device& device, bool outlines)
 void CairoCanvas::Stroke(const Pen& pen) {
   SetColor(m_Context, pen.color);
   cairo_set_line_width(m_Context, pen.width > 0 ? pen.width : m_Device.thinnest);
-  if (pen.dashed) cairo_set_dash(m_Context, Dashes, 2, 0);
+  const std::span<const double> lengths = LengthsOf(pen.dashes);
+  cairo_set_dash(m_Context, lengths.data(), static_cast<int>(lengths.size()), 0);
   cairo_stroke(m_Context);
-  if (pen.dashed) cairo_set_dash(m_Context, nullptr, 0, 0);
 }
 
 void CairoCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& inside,

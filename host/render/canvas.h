@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "host/document/shapes.h"
@@ -33,11 +34,21 @@ struct Color {
   double blue = 0;
 };
 
+/// The pattern of a line.
+enum class Dashes {
+  None,
+  Long,        ///< a dash, a gap
+  LongAndDot,  ///< a dash, a gap, a dot, a gap
+};
+
+/// The lengths of a pattern's dashes and gaps in turn, in points; empty for a whole line.
+[[nodiscard]] std::span<const double> LengthsOf(Dashes dashes);
+
 /// How a line is drawn.
 struct Pen {
   Color color;
   double width = 0;  ///< 0 for as thin as the canvas can and the eye still sees
-  bool dashed = false;
+  Dashes dashes = Dashes::None;
 };
 
 /// Lines and curves, as steps and the points that they take: one, three for a curve, none to close.
@@ -70,7 +81,7 @@ struct Outline {
 };
 
 /// The role of an object in the document, for a canvas that keeps it.
-enum class Role { Blank, Pane, Text, Path, CutLine, DrillPoint, Graphic };
+enum class Role { Blank, Pane, Text, Path, CutLine, CutThroughLine, DrillPoint, Graphic };
 
 /// A surface to paint on; later painting covers earlier. Coordinates are finite and within
 /// `Farthest`.

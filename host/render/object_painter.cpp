@@ -14,6 +14,7 @@
 namespace rastrel::render {
 
 using document::ArcTextShape;
+using document::CutLine;
 using document::DrillShape;
 using document::GraphicShape;
 using document::PathShape;
@@ -204,33 +205,37 @@ void ObjectPainter::AddPath(const PathShape& path, bool closedAlone) {
 }
 
 void ObjectPainter::operator()(const PathShape& path) {
-  m_Canvas.Begin(path.cutLine ? Role::CutLine : Role::Path);
-  if (path.cutLine) {
+  if (path.cutLine != CutLine::None) {
     AddPath(path, false);
-    DrawLine();
-  } else {
-    const std::optional<Color> inside = ColorOf(m_Attributes->layer);
-    const auto closed = std::ranges::count_if(path.subPaths, &document::SubPath::closed);
-    const bool all = path.fillsOpen || static_cast<std::size_t>(closed) == path.subPaths.size();
-    const bool some = document::HasInside(path);
-    if (inside && some && !all) {
-      AddPath(path, true);
-      m_Canvas.DrawOutline(m_Outline, inside, std::nullopt);
-    }
-    const std::optional<Pen> pen = LinePen();
-    const bool fills = inside && some && all;
-    AddPath(path, false);
-    if (fills || pen) m_Canvas.DrawOutline(m_Outline, fills ? inside : std::nullopt, pen);
+    DrawCutLine(path.cutLine);
+    return;
   }
+  m_Canvas.Begin(Role::Path);
+  const std::optional<Color> inside = ColorOf(m_Attributes->layer);
+  const auto closed = std::ranges::count_if(path.subPaths, &document::SubPath::closed);
+  const bool all = path.fillsOpen || static_cast<std::size_t>(closed) == path.subPaths.size();
+  const bool some = document::HasInside(path);
+  if (inside && some && !all) {
+    AddPath(path, true);
+    m_Canvas.DrawOutline(m_Outline, inside, std::nullopt);
+  }
+  const std::optional<Pen> pen = LinePen();
+  const bool fills = inside && some && all;
+  AddPath(path, false);
+  if (fills || pen) m_Canvas.DrawOutline(m_Outline, fills ? inside : std::nullopt, pen);
   m_Canvas.End();
 }
 
 // Draws the outline as the way of a knife.
-void ObjectPainter::DrawLine() {
-  const std::optional<Color> color = ColorOf(m_Attributes->lineColor);
-  if (!color) return;
-  m_Canvas.DrawOutline(m_Outline, std::nullopt,
-                       Pen{*color, 0, LengthOf(m_Outline) <= MaximumDashedLine});
+void ObjectPainter::DrawCutLine(CutLine kind) {
+  const bool through = kind == CutLine::Through;
+  m_Canvas.Begin(through ? Role::CutThroughLine : Role::CutLine);
+  if (const std::optional<Color> color = ColorOf(m_Attributes->lineColor)) {
+    const Dashes dashes = through ? Dashes::LongAndDot : Dashes::Long;
+    const bool dashed = LengthOf(m_Outline) <= MaximumDashedLine;
+    m_Canvas.DrawOutline(m_Outline, std::nullopt, Pen{*color, 0, dashed ? dashes : Dashes::None});
+  }
+  m_Canvas.End();
 }
 
 // --- Plates ---

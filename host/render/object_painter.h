@@ -49,7 +49,7 @@ class ObjectPainter {
   void TellReplacedFont(const document::TextRun& run);
   template <typename Shape, typename Layout>
   void TellMissingLetters(const Shape& text, const Layout& layout);
-  void DrawLine();
+  void DrawCutLine(document::CutLine kind);
 
   const document::Document& m_Document;
   const text::FontCatalog& m_Fonts;

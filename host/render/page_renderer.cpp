@@ -72,7 +72,7 @@ void PageRenderer::DrawBlank(Canvas& canvas) const {
   edge.LineTo({0, m_Height});
   edge.Close();
   canvas.Begin(Role::Blank);
-  canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest, false});
+  canvas.DrawOutline(edge, White, Pen{EdgeGray, Thinnest});
   canvas.End();
 }
 

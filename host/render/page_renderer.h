@@ -32,7 +32,8 @@ inline constexpr double LargestPage = 1'000'000;
 /// - Letters have the color of their run, or that of the text.
 /// - Paths are filled by their rule, where they are closed or say that they fill open runs too, and
 ///   outlined as their line style says.
-/// - Cut lines are thin, dashed, in their line color, whatever their style.
+/// - Cut lines are thin, in their line color, whatever their style: dashed, and with a dot between
+///   dashes where they go through the material.
 /// - Drill points are a circle in true size with a cross, thin, in their line color.
 /// - Placed files fill their box; one that can't be drawn is a crossed box, with a notice.
 class PageRenderer {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
 #include "host/graphics/picture.h"
@@ -28,6 +29,7 @@ const char* ClassOf(Role role) {
     case Role::Text: return "text";
     case Role::Path: return "path";
     case Role::CutLine: return "cut-line";
+    case Role::CutThroughLine: return "cut-through-line";
     case Role::DrillPoint: return "drill-point";
     case Role::Graphic: return "graphic";
   }
@@ -97,6 +99,8 @@ double SvgCanvas::Farthest() const { return FarthestPoint; }
 void SvgCanvas::Begin(Role role) {
   m_Text += "<g class=\"";
   m_Text += ClassOf(role);
+  if (role == Role::CutLine) m_Text += "\" data-layer=\"Cut";
+  if (role == Role::CutThroughLine) m_Text += "\" data-layer=\"Cut through";
   m_Text += "\">\n";
 }
 void SvgCanvas::End() { m_Text += "</g>\n"; }
@@ -109,7 +113,14 @@ void SvgCanvas::AddStroke(const Pen& pen) {
   m_Text += "\" stroke-width=\"";
   AppendMillimetres(m_Text, pen.width > 0 ? pen.width : ThinnestPoints);
   m_Text += '"';
-  if (pen.dashed) m_Text += " stroke-dasharray=\"1.4 0.5\"";
+  const std::span<const double> lengths = LengthsOf(pen.dashes);
+  if (lengths.empty()) return;
+  m_Text += " stroke-dasharray=\"";
+  for (const double& length : lengths) {
+    if (&length != &lengths.front()) m_Text += ' ';
+    AppendMillimetres(m_Text, length);
+  }
+  m_Text += '"';
 }
 
 void SvgCanvas::DrawOutline(const Outline& outline, const std::optional<Color>& inside,

@@ -26,10 +26,10 @@ namespace rastrel::render {
 ///         <defs> <path id="circle-1"/> </defs>              the circle, from the text's beginning
 ///         <text> <textPath xlink:href="#circle-1"/> </text>
 ///       </g>
-///       <g class="path"> <path/> </g>                       also class="cut-line"
-///       <g class="drill-point"> <circle/> <path/> </g>      the hole and its cross
-///       <g> ... </g>                                        a group and its objects
-///       <g class="graphic">
+///       <g class="path"> <path/> </g>                       also class="cut-line",
+///       "cut-through-line" <g class="drill-point"> <circle/> <path/> </g>      the hole and its
+///       cross <g> ... </g>                                        a group and its objects <g
+///       class="graphic">
 ///         <defs> <image id="picture-1"/> </defs>            a placed file, at its first use
 ///         <use xlink:href="#picture-1"/>
 ///       </g>

@@ -62,14 +62,17 @@ std::unique_ptr<Document> FullDocument() {
   const ObjectHandle group = document->Create(GroupShape());
   document->Insert(group, host::DocumentRoot);
   PathShape path;
-  path.cutLine = true;
+  path.cutLine = CutLine::Cut;
   path.subPaths.push_back(
       {{0, 0}, {{false, {{{}, {}, {1, 2}}}}, {true, {{{1, 1}, {2, 2}, {3, 0}}}}}, true});
   document->Insert(document->Create(path), group);
+  path.cutLine = CutLine::None;
   path.fillRule = FillRule::NonZero;
   path.fillsOpen = true;
   const ObjectHandle drawing = document->Create(path);
   document->Insert(document->Create(DrillShape{{1, 2}, 0.4064}), group);
+  path.cutLine = CutLine::Through;
+  document->Insert(document->Create(path), group);
 
   GraphicShape graphic;
   graphic.kind = GraphicKind::Eps;
@@ -115,6 +118,25 @@ TEST(DocumentFile, a_file_without_a_rotation_has_none) {
   ASSERT_TRUE(read) << Describe(read.Error());
   EXPECT_EQ((*read)->Rotation(), 0);
   EXPECT_FALSE(ReadDocumentText(With(text, "\"rotation\": -90.5,", "\"rotation\": \"x\",")));
+}
+
+TEST(DocumentFile, a_cut_line_is_also_read_as_true_or_false) {
+  const auto document = std::make_unique<Document>();
+  document->Insert(document->Create(PathShape()), host::DocumentRoot);
+  const std::string text = DocumentText(*document);
+  const auto read = [&](const std::string& value) -> std::string {
+    const auto back = ReadDocumentText(With(text, "\"none\"", value));
+    if (!back) return Describe(back.Error());
+    const auto& path = std::get<PathShape>((*back)->Find((*back)->Members(1).front())->shape);
+    return std::to_string(static_cast<int>(path.cutLine));
+  };
+  EXPECT_EQ(read("false"), std::to_string(static_cast<int>(CutLine::None)));
+  EXPECT_EQ(read("true"), std::to_string(static_cast<int>(CutLine::Cut)));
+  EXPECT_EQ(read("\"none\""), std::to_string(static_cast<int>(CutLine::None)));
+  EXPECT_EQ(read("\"cut\""), std::to_string(static_cast<int>(CutLine::Cut)));
+  EXPECT_EQ(read("\"through\""), std::to_string(static_cast<int>(CutLine::Through)));
+  EXPECT_EQ(read("\"half\""), "/objects/0/cutLine: unknown word \"half\"");
+  EXPECT_NE(read("1").find("/objects/0/cutLine"), std::string::npos);
 }
 
 TEST(DocumentFile, a_document_with_everything_comes_back_as_it_was) {

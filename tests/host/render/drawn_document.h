@@ -78,7 +78,7 @@ class DrawnDocument : public testing::Test {
     Add(document::DrillShape{{1.5, 10.5}, 0.4064}, Colored(Red));
     Add(document::DrillShape{{8.5, 10.5}, 0.3}, Colored(Red));
     document::PathShape cut = Polygon({{1, 5}, {9, 5}, {9, 1}, {1, 1}}, true);
-    cut.cutLine = true;
+    cut.cutLine = document::CutLine::Cut;
     Add(cut, Colored(CVKColor(0xFF00FF, COLORSPACE_RGB, 0, 0)));
     Add(Polygon({{11, 5}, {14, 5}, {12.5, 1}}, true), Colored(Red));
   }

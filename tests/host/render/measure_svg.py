@@ -8,7 +8,7 @@ Prints one line each, in millimetres from the page's lower left corner:
     drill-point X Y DIAMETER
     text X Y LENGTH SIZE FAMILY | CONTENT
     arc-text CENTERX CENTERY RADIUS BEGINNING LENGTH SIZE FAMILY | CONTENT
-    cut-line COLOUR DASHES
+    cut-line COLOUR DASHES, also cut-through-line
     path FILL STROKE WIDTH
     box-of-path LEFT BOTTOM RIGHT TOP of its points, which bound its curves
     graphic LEFT BOTTOM RIGHT TOP
@@ -101,7 +101,7 @@ def measure(page, group):
             yield (kind, x, y, float(element.get("textLength")) * m[0] * page.unit[0],
                    float(element.get("font-size")) * page.unit[1], element.get("font-family"), "|",
                    element.text)
-        elif kind == "cut-line":
+        elif kind in ("cut-line", "cut-through-line"):
             yield kind, element.get("stroke"), element.get("stroke-dasharray", "whole")
         elif kind == "path":
             yield kind, element.get("fill"), element.get("stroke"), element.get("stroke-width")

@@ -193,7 +193,7 @@ TEST_F(HostilePage, coordinates_without_measure_are_drawn_where_the_page_ends) {
   for (const double far : {1e5, 1e9, 1e38, 1e300, 1.7e308}) {
     Add(Polygon({{-far, -far}, {far, -far}, {5, far}}, true), Colored(Red));
     document::PathShape cut = Polygon({{-far, 3}, {far, 4}, {far, -far}}, false);
-    cut.cutLine = true;
+    cut.cutLine = document::CutLine::Cut;
     cut.subPaths[0].segments[0] = {true, {CWorldPoint{far, far}, {-far, far}, {far, far}}};
     Add(cut, Colored(Blue));
     Add(document::DrillShape{{5, 5}, far}, Colored(Red));

@@ -128,17 +128,30 @@ TEST_F(Svg, any_text_makes_a_well_formed_file) {
 
 TEST_F(Svg, a_cut_line_is_dashed_and_thin_in_its_own_color_whatever_its_style) {
   document::PathShape cut = Polygon({{1, 1}, {5, 1}, {5, 5}}, true);
-  cut.cutLine = true;
+  cut.cutLine = document::CutLine::Cut;
   document::Attributes attributes = Colored(Red);
   attributes.lineStyle = {0, LINESTYLE_NONE};
   attributes.layer = Gold;
   Add(cut, attributes);
-  EXPECT_EQ(Measured("cut-line"), std::vector<std::string>{"cut-line #ff0000 1.4 0.5"});
+  EXPECT_EQ(Measured("cut-line"), std::vector<std::string>{"cut-line #ff0000 1.4111 0.5292"});
+  EXPECT_NE(DrawSvg().find("<g class=\"cut-line\" data-layer=\"Cut\">"), std::string::npos);
+}
+
+// Dashes of 6 points and dots of half a point, with gaps of one and a half.
+TEST_F(Svg, a_line_that_is_cut_through_has_a_class_a_layer_and_dashes_of_its_own) {
+  document::PathShape cut = Polygon({{1, 1}, {5, 1}, {5, 5}}, true);
+  cut.cutLine = document::CutLine::Through;
+  Add(cut, Colored(Red));
+  EXPECT_EQ(Measured("cut-through-line"),
+            std::vector<std::string>{"cut-through-line #ff0000 2.1167 0.5292 0.1764 0.5292"});
+  EXPECT_TRUE(Measured("cut-line").empty());
+  EXPECT_NE(DrawSvg().find("<g class=\"cut-through-line\" data-layer=\"Cut through\">"),
+            std::string::npos);
 }
 
 TEST_F(Svg, an_endless_cut_line_is_drawn_whole) {
   document::PathShape cut = Polygon({{1, 1}, {1e7, 1}, {5, 5}}, false);
-  cut.cutLine = true;
+  cut.cutLine = document::CutLine::Cut;
   Add(cut, Colored(Red));
   EXPECT_EQ(Measured("cut-line"), std::vector<std::string>{"cut-line #ff0000 whole"});
 }
