@@ -12,6 +12,7 @@
 #include "host/graphics/native_graphics.h"
 #include "host/host_files.h"
 #include "host/load_settings_store.h"
+#include "host/separation_planes.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
@@ -77,6 +78,8 @@ struct DocumentHost::Parts {
       const int letters = GetIntKorvane(L"IMPPDF", L"TextAsGraphics", 0, DS_USER, nullptr);
       return loader.Load(path, {cutLine, letters != 0});
     });
+    application.SetPlaneOpener(
+        [this](const std::wstring& info) { return OpenPlanes(info, document->Colors()); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });

@@ -23,7 +23,8 @@ void Count(const document::Document& document, host::ObjectHandle root, Document
       ++counts.texts;
     } else if (std::holds_alternative<document::DrillShape>(shape)) {
       ++counts.drillPoints;
-    } else if (std::holds_alternative<document::GraphicShape>(shape)) {
+    } else if (std::holds_alternative<document::GraphicShape>(shape) ||
+               std::holds_alternative<document::SeparationShape>(shape)) {
       ++counts.graphics;
     } else if (std::holds_alternative<document::GroupShape>(shape)) {
       Count(document, member, counts);

@@ -10,6 +10,7 @@
 #include "host/document/document_store.h"
 #include "host/document/notices.h"
 #include "host/document/program_files.h"
+#include "host/document/separation_item.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/view.h"
 
@@ -33,6 +34,9 @@ class DocumentApplication : public host::Application {
   /// Called after the view has made the document a new one (`OnNew`): who keeps something of the
   /// old document drops it.
   void SetNewDocumentHandler(std::function<void()> handler) { m_NewDocument = std::move(handler); }
+
+  /// Opens separated planes; without it there are none.
+  void SetPlaneOpener(PlaneOpener opener) { m_OpenPlanes = std::move(opener); }
 
   /// The files of the program, not owned; without them there are no plotters, and an import writes
   /// its files to the base directory for temporary ones.
@@ -72,6 +76,14 @@ class DocumentApplication : public host::Application {
   void SetXMLDrillPoint(int on, double diameter) override;
   void SetDrillPointObj(const NewWorldPt& place) override;
 
+  /// The first layer of separated planes, by its number, that no object of the document is on.
+  [[nodiscard]] std::optional<int> GetEmptySeparationLayer() override;
+  /// New objects go there from now on, if there is such a layer when they are made.
+  void SetCurrentSheetLayer(int sheetLayer) override;
+  /// Null where the planes can't be opened, which is a loss in the notices.
+  [[nodiscard]] std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path, int layer,
+                                                                   int plane) override;
+
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
   void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
@@ -98,6 +110,7 @@ class DocumentApplication : public host::Application {
   DocumentStore& m_Store;
   Notices& m_Notices;
   LoadGraphic m_LoadGraphic;
+  PlaneOpener m_OpenPlanes;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;

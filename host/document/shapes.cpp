@@ -13,6 +13,7 @@ constexpr int PlateType = 1001;
 constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
 constexpr int ArcTextType = 1004;
+constexpr int SeparationType = 1005;
 
 // Grows to hold points.
 class Box {
@@ -103,6 +104,9 @@ struct BoundsVisitor {
     box.Add(drill.centre.x - radius, drill.centre.y - radius);
     box.Add(drill.centre.x + radius, drill.centre.y + radius);
   }
+  void operator()(const SeparationShape& plane) const {
+    box.Add(CWorldRect{0, plane.Height(), plane.Width(), 0});
+  }
 };
 
 }  // namespace
@@ -124,6 +128,27 @@ bool GraphicShape::operator==(const GraphicShape& other) const {
          (bytes == other.bytes || (bytes && other.bytes && *bytes == *other.bytes));
 }
 
+double SeparationShape::Width() const {
+  return pixelWidth / xResolution * host::CentimetresPerInch;
+}
+
+double SeparationShape::Height() const {
+  return pixelHeight / yResolution * host::CentimetresPerInch;
+}
+
+bool SeparationShape::operator==(const SeparationShape& other) const {
+  if (!(ink == other.ink && page == other.page && pixelWidth == other.pixelWidth &&
+        pixelHeight == other.pixelHeight && xResolution == other.xResolution &&
+        yResolution == other.yResolution)) {
+    return false;
+  }
+  if (pixels == other.pixels) return true;
+  if (!pixels || !other.pixels) return false;
+  const auto own = pixels->Read();
+  const auto others = other.pixels->Read();
+  return own && others && *own == *others;
+}
+
 int TypeNumberOf(const Shape& shape) {
   struct Numbers {
     int operator()(const GroupShape&) const { return DBTYPE_GROUP; }
@@ -133,6 +158,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const PlateShape&) const { return PlateType; }
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }
+    int operator()(const SeparationShape&) const { return SeparationType; }
   };
   return std::visit(Numbers(), shape);
 }
@@ -151,7 +177,8 @@ bool HasInside(const PathShape& path) {
 
 bool HasInside(const Shape& shape) {
   if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
-  return !std::holds_alternative<GraphicShape>(shape);
+  return !std::holds_alternative<GraphicShape>(shape) &&
+         !std::holds_alternative<SeparationShape>(shape);
 }
 
 }  // namespace rastrel::document

@@ -33,6 +33,7 @@ class ObjectPainter {
   void operator()(const document::PlateShape& plate);
   void operator()(const document::GraphicShape& graphic);
   void operator()(const document::DrillShape& drill);
+  void operator()(const document::SeparationShape& plane);
 
  private:
   [[nodiscard]] Point OnPage(double x, double y) const;
@@ -44,6 +45,7 @@ class ObjectPainter {
                                          Point lower) const;
   void AddPath(const document::PathShape& path, bool closedAlone);
   void AddRect(const CWorldRect& rect);
+  void DrawCrossedBox(double width, double height);
   void AddEllipse(const document::DrillShape& drill);
   [[nodiscard]] bool IsOnPage(const text::ArcLayout& layout, const TM& place) const;
   void TellReplacedFont(const document::TextRun& run);

@@ -16,7 +16,7 @@
 /// The file is deleted at the end, whatever the result, unless the setting "Delete" is 0. The
 /// directory of the planes (the file's path with its last ".ps" replaced by ".cfm") stays, since
 /// the objects read their planes from it; it is deleted only if the user gave up.
-/// `CleanOldSepFiles` removes what nobody needs any more.
+/// `CleanOldSepFiles` removes those that nobody needs any more.
 RASTREL_API int GenerateSCObjects();
 
 /// Copies the path of the separation directory, without a closing separator, to `buffer`, which has

@@ -1,4 +1,4 @@
-// The directory of separated files: its path, and what cleaning it removes.
+// The directory of separated files: its path, and the cleaning of it.
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,181 @@
+#include "host/separation_planes.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+#include "cfplane/plane_set.h"
+#include "rastrel/conversion/planes/cfm_dll_if_default.h"
+#include "rastrel/platform/host/base_dir.h"
+#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/os/text.h"
+
+namespace rastrel::document {
+
+namespace {
+
+struct Rgb {
+  int red, green, blue;
+};
+constexpr std::array<Rgb, 6> SpotColors{{{255, 128, 0},      // orange
+                                         {0, 153, 76},       // green
+                                         {127, 0, 204},      // violet
+                                         {140, 90, 40},      // brown
+                                         {0, 180, 180},      // turquoise
+                                         {240, 100, 170}}};  // pink
+
+// A reader with an open file. Pixels are its own while they are looked at.
+class OpenReader {
+ public:
+  [[nodiscard]] static Expected<std::unique_ptr<OpenReader>> Open(const std::wstring& info) {
+    auto opened = std::make_unique<OpenReader>();
+    if (!opened->m_Library) return FailureOf("the reader of separated planes is not installed");
+    opened->m_Set = static_cast<CFMPlaneSet*>(opened->m_Library->GetInterface(PlaneSetInterfaceId));
+    if (opened->m_Set == nullptr)
+      return FailureOf("the reader of separated planes does not read single planes");
+    const CBaseDir programs(PATH_PROGRAMS);
+    static_cast<void>(opened->m_Set->SetBaseDirectory(programs));
+    if (const auto key = host::GetHost().GetLanguageKey())
+      static_cast<void>(opened->m_Set->SetLanguageKey(key->c_str()));
+    if (opened->m_Set->Open(info.c_str()) == 0) return opened->LastFailure(info);
+    return opened;
+  }
+
+  [[nodiscard]] CFMPlaneSet& Set() { return *m_Set; }
+  [[nodiscard]] Failure LastFailure(const std::wstring& info) const {
+    const std::wstring why = m_Set->GetFailure();
+    return FailureOf(os::Utf8FromWide(why.empty() ? L"the planes of " + info + L" can't be read"
+                                                  : std::wstring(why)));
+  }
+
+ private:
+  DynamicLinkBase<CFMDllIFDefault> m_Library;
+  CFMPlaneSet* m_Set = nullptr;
+};
+
+// Pixels in the page directory, which may go before they are read.
+class DirectoryPixels : public PlanePixels {
+ public:
+  /// `width` and `height` are those of the shape.
+  DirectoryPixels(std::wstring info, int layer, int plane, int width, int height)
+      : m_Info(std::move(info)),
+        m_Layer(layer),
+        m_Plane(plane),
+        m_Width(static_cast<std::size_t>(width)),
+        m_Height(static_cast<std::size_t>(height)) {}
+
+  [[nodiscard]] Expected<PlaneBytes> Read() const override {
+    auto reader = OpenReader::Open(m_Info);
+    if (!reader) return reader.Error();
+    CFMPlaneSet& set = (*reader)->Set();
+    const BITMAPINFOHEADER* header = nullptr;
+    std::span<const std::byte> block;
+    if (set.SelectPlane(m_Layer, m_Plane) == 0 || set.GetPixels(header, block) == 0)
+      return (*reader)->LastFailure(m_Info);
+    Expected<PlaneBytes> pixels = WithoutPadding(*header, block);
+    set.ReleasePixels(header, block);
+    return pixels;
+  }
+
+ private:
+  [[nodiscard]] Expected<PlaneBytes> WithoutPadding(const BITMAPINFOHEADER& header,
+                                                    std::span<const std::byte> block) const {
+    const std::size_t stride = (m_Width + 3) / 4 * 4;
+    if (header.biBitCount != 8 || static_cast<std::int64_t>(m_Width) != header.biWidth ||
+        block.size() / stride < m_Height)
+      return FailureOf(os::Utf8FromWide(L"a plane of " + m_Info + L" is no longer as it was"));
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(block.data());
+    if (stride == m_Width) return PlaneBytes(bytes, bytes + m_Width * m_Height);
+    PlaneBytes pixels;
+    pixels.reserve(m_Width * m_Height);
+    for (std::size_t row = 0; row < m_Height; ++row)
+      pixels.insert(pixels.end(), bytes + row * stride, bytes + row * stride + m_Width);
+    return pixels;
+  }
+
+  std::wstring m_Info;
+  int m_Layer;
+  int m_Plane;
+  std::size_t m_Width;
+  std::size_t m_Height;
+};
+
+CVKFullColor NamedCmyk(const std::wstring& name, double c, double m, double y, double k) {
+  CVKFullColor color;
+  color.SetColor(c, m, y, k, COLORSPACE_CMYK);
+  color.SetColorName(name);
+  return color;
+}
+
+// A plane of light takes away the light that it lacks: less red is cyan.
+CVKFullColor InkOfLight(const std::wstring& name) {
+  if (name == L"Red") return NamedCmyk(name, 1, 0, 0, 0);
+  if (name == L"Green") return NamedCmyk(name, 0, 1, 0, 0);
+  if (name == L"Blue") return NamedCmyk(name, 0, 0, 1, 0);
+  return NamedCmyk(name, 0, 0, 0, 1);
+}
+
+class ReaderSet : public PlaneSet {
+ public:
+  ReaderSet(std::wstring info, std::unique_ptr<OpenReader> reader, Palette palette)
+      : m_Info(std::move(info)), m_Reader(std::move(reader)), m_Palette(std::move(palette)) {}
+
+  [[nodiscard]] int LayerCount() override { return m_Reader->Set().GetNumberofLayers(); }
+  [[nodiscard]] int PlaneCount(int layer) override {
+    return m_Reader->Set().GetNumberofPlanes(layer);
+  }
+  [[nodiscard]] std::optional<SeparationShape> Plane(int layer, int plane) override {
+    PlaneDescription found;
+    if (m_Reader->Set().GetPlane(layer, plane, found) == 0) return std::nullopt;
+    const bool sound =
+        found.width > 0 && found.height > 0 && found.width <= MaximumPlaneSide &&
+        found.height <= MaximumPlaneSide &&
+        static_cast<std::uint64_t>(found.width) * static_cast<std::uint64_t>(found.height) <=
+            MaximumPlanePixels &&
+        found.xResolution > 0 && found.yResolution > 0;
+    if (!sound) return std::nullopt;
+    SeparationShape shape;
+    shape.ink = InkOf(layer, plane, found);
+    shape.page = static_cast<int>(found.page);
+    shape.pixelWidth = found.width;
+    shape.pixelHeight = found.height;
+    shape.xResolution = found.xResolution;
+    shape.yResolution = found.yResolution;
+    shape.pixels =
+        std::make_shared<DirectoryPixels>(m_Info, layer, plane, found.width, found.height);
+    return shape;
+  }
+
+ private:
+  [[nodiscard]] CVKFullColor InkOf(int layer, int plane, const PlaneDescription& found) {
+    if (!found.isInk) return InkOfLight(found.name);
+    if (found.isColorKnown)
+      return NamedCmyk(found.name, found.cyan, found.magenta, found.yellow, found.black);
+    if (const PaletteEntry* entry = m_Palette.Find(found.name)) return entry->color;
+    const Rgb& color = SpotColors[SpotsBefore(layer, plane) % SpotColors.size()];
+    return NamedRgb(found.name, color.red, color.green, color.blue);
+  }
+  [[nodiscard]] std::size_t SpotsBefore(int layer, int plane) {
+    std::size_t spots = 0;
+    for (int before = 0; before < plane; ++before) {
+      PlaneDescription found;
+      if (m_Reader->Set().GetPlane(layer, before, found) != 0 && !found.isColorKnown) ++spots;
+    }
+    return spots;
+  }
+
+  std::wstring m_Info;
+  std::unique_ptr<OpenReader> m_Reader;
+  Palette m_Palette;
+};
+
+}  // namespace
+
+Expected<std::unique_ptr<PlaneSet>> OpenPlanes(const std::wstring& info, const Palette& palette) {
+  auto reader = OpenReader::Open(info);
+  if (!reader) return reader.Error();
+  return std::unique_ptr<PlaneSet>(std::make_unique<ReaderSet>(info, *std::move(reader), palette));
+}
+
+}  // namespace rastrel::document
