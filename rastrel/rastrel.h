@@ -24,6 +24,7 @@
 /// thread unless their header says otherwise.
 
 #include "rastrel/cfm/directories.h"
+#include "rastrel/conversion/bitmap/queue_program.h"
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/page_size.h"
 #include "rastrel/conversion/separation/separation_objects.h"

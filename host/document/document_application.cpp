@@ -273,6 +273,15 @@ int DocumentApplication::LoadTHZ(CVelumark5Doc* /*document*/, CWnd* /*window*/, 
   return path && m_LoadGraphic ? m_LoadGraphic(path, m_ExpectsCutLine) : 0;
 }
 
+CVKBitmap* DocumentApplication::NewVKBitmap() {
+  auto bitmap = std::make_unique<Bitmap>();
+  Bitmap* const made = bitmap.get();
+  m_Bitmaps.emplace(made, std::move(bitmap));
+  return made;
+}
+
+void DocumentApplication::DeleteVKBitmap(CVKBitmap* bitmap) { m_Bitmaps.erase(bitmap); }
+
 // --- View, messages ---
 
 CVelumark5View* DocumentApplication::UIGetActiveView() { return m_View.get(); }

@@ -86,6 +86,9 @@ class DocumentApplication : public host::Application {
 
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  [[nodiscard]] CVKBitmap* NewVKBitmap() override;
+  /// A pointer that NewVKBitmap did not return, or that was given back, changes nothing.
+  void DeleteVKBitmap(CVKBitmap* bitmap) override;
   void ExpectCutLine(bool expected) override { m_ExpectsCutLine = expected; }
   [[nodiscard]] CVelumark5View* UIGetActiveView() override;
   void TMessageBox(const wchar_t* text, const wchar_t* caption, unsigned icon) override;
@@ -114,6 +117,7 @@ class DocumentApplication : public host::Application {
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;
+  std::map<const CVKBitmap*, std::unique_ptr<Bitmap>> m_Bitmaps;  // that were not given back
   std::unique_ptr<View> m_View;
   std::unique_ptr<SheetLayers> m_SheetLayers;
   std::optional<double> m_DrillDiameter;  // nothing while drill points are off

@@ -182,6 +182,9 @@ int DocumentStore::DBGetSelectedListBounds(host::ListHandle list, BOUNDS& bounds
 // Says once for each placed file why the color or line that is set does not show.
 void DocumentStore::ReportKeptLook(ObjectHandle object) {
   const Object* found = m_Notices ? m_Document.Find(object) : nullptr;
+  if (found && std::holds_alternative<BitmapShape>(found->shape)) {
+    m_Notices->Add(L"a bitmap keeps its own colours");
+  }
   const auto* graphic = found ? std::get_if<GraphicShape>(&found->shape) : nullptr;
   if (!graphic) return;
   m_Notices->Add(L"the placed file \"" + graphic->name + L"\" keeps its own colours and lines: " +

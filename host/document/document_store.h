@@ -63,6 +63,9 @@ class DocumentStore : public host::ObjectStore {
   [[nodiscard]] ObjectHandle DBInsertElement(const ELEMENT_ATTRIBUTES* attributes, int type,
                                              const host::ElementData& data, int parent, int closed,
                                              int reserved, int visible, bool notify) override;
+  /// Takes bitmaps that DocumentApplication::NewVKBitmap made; a size must be finite and above 0.
+  [[nodiscard]] ObjectHandle DBInsertBitmap(const CVKBitmap& bitmap, double width,
+                                            double height) override;
   int DBInsertObject(ObjectHandle object, ObjectHandle parent) override;
   void DBDestroyObject(ObjectHandle object) override;
   [[nodiscard]] int DBGetObjectType(ObjectHandle object) override;

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "host/document/bitmap_png.h"
 #include "host/document/document_file.h"
 #include "host/document/document_format.h"
 #include "rastrel/platform/os/base64.h"
@@ -146,6 +147,14 @@ struct ShapeWriter {
     if (graphic.extent) json["extent"] = JsonOf(*graphic.extent);
     if (!graphic.reason.empty()) json["reason"] = Utf8(graphic.reason);
     json["file"] = graphic.bytes ? os::Base64FromBytes(*graphic.bytes) : std::string();
+  }
+  void operator()(const BitmapShape& bitmap) const {
+    json["kind"] = "graphic";
+    json["fileKind"] = NameOf(GraphicKindNames, GraphicKind::Png);
+    json["name"] = "bitmap.png";
+    json["width"] = bitmap.width;
+    json["height"] = bitmap.height;
+    json["file"] = os::Base64FromBytes(PngOfBitmap(*bitmap.pixels));
   }
   void operator()(const DrillShape& drill) const {
     json["kind"] = "drillPoint";

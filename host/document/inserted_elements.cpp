@@ -1,4 +1,9 @@
+#include <cmath>
+#include <utility>
+
+#include "host/document/bitmap.h"
 #include "host/document/document_store.h"
+#include "host/document/palette.h"
 #include "host/document/path_element.h"
 
 /// The members of DocumentStore that make objects of elements.
@@ -35,6 +40,13 @@ ObjectHandle DocumentStore::DBInsertElement(const ELEMENT_ATTRIBUTES* /*attribut
   // Lines come from a knife's way: an inside would cover the artwork that they go around.
   attributes.layer = InvisibleColor();
   return m_Document.Create(*std::move(path), attributes);
+}
+
+ObjectHandle DocumentStore::DBInsertBitmap(const CVKBitmap& bitmap, double width, double height) {
+  const auto* own = dynamic_cast<const Bitmap*>(&bitmap);
+  const bool hasSize = std::isfinite(width) && std::isfinite(height) && width > 0 && height > 0;
+  if (!own || !own->Pixels() || !hasSize) return 0;
+  return m_Document.Create(BitmapShape{own->Pixels(), width, height}, m_Document.NewAttributes());
 }
 
 // --- Paths ---

@@ -13,7 +13,8 @@ constexpr int PlateType = 1001;
 constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
 constexpr int ArcTextType = 1004;
-constexpr int SeparationType = 1005;
+constexpr int BitmapType = 1005;
+constexpr int SeparationType = 1006;
 
 // Grows to hold points.
 class Box {
@@ -107,6 +108,10 @@ struct BoundsVisitor {
   void operator()(const SeparationShape& plane) const {
     box.Add(CWorldRect{0, plane.Height(), plane.Width(), 0});
   }
+  void operator()(const BitmapShape& bitmap) const {
+    box.Add(0, 0);
+    box.Add(bitmap.width, bitmap.height);
+  }
 };
 
 }  // namespace
@@ -149,6 +154,11 @@ bool SeparationShape::operator==(const SeparationShape& other) const {
   return own && others && *own == *others;
 }
 
+bool BitmapShape::operator==(const BitmapShape& other) const {
+  return width == other.width && height == other.height &&
+         (pixels == other.pixels || (pixels && other.pixels && *pixels == *other.pixels));
+}
+
 int TypeNumberOf(const Shape& shape) {
   struct Numbers {
     int operator()(const GroupShape&) const { return DBTYPE_GROUP; }
@@ -159,6 +169,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }
     int operator()(const SeparationShape&) const { return SeparationType; }
+    int operator()(const BitmapShape&) const { return BitmapType; }
   };
   return std::visit(Numbers(), shape);
 }
@@ -178,7 +189,8 @@ bool HasInside(const PathShape& path) {
 bool HasInside(const Shape& shape) {
   if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
   return !std::holds_alternative<GraphicShape>(shape) &&
-         !std::holds_alternative<SeparationShape>(shape);
+         !std::holds_alternative<SeparationShape>(shape) &&
+         !std::holds_alternative<BitmapShape>(shape);
 }
 
 }  // namespace rastrel::document

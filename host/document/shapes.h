@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "host/document/bitmap.h"
 #include "host/document/plane_pixels.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
@@ -152,6 +153,16 @@ struct GraphicShape {
   bool operator==(const GraphicShape& other) const;
 };
 
+/// A bitmap of this host, with its lower left corner at the origin before the object's matrix. Its
+/// pixels are the document's own, so that any process may draw them. A document file has it as a
+/// placed PNG file, and so it comes back as one.
+struct BitmapShape {
+  std::shared_ptr<const BitmapPixels> pixels;  ///< never null in a document
+  double width = 0;                            ///< above 0
+  double height = 0;                           ///< above 0
+  bool operator==(const BitmapShape& other) const;
+};
+
 /// A hole.
 struct DrillShape {
   CWorldPoint centre;
@@ -181,7 +192,7 @@ struct SeparationShape {
 };
 
 using Shape = std::variant<GroupShape, PathShape, TextShape, ArcTextShape, PlateShape, GraphicShape,
-                           DrillShape, SeparationShape>;
+                           DrillShape, BitmapShape, SeparationShape>;
 
 /// The attributes that every object has besides its shape.
 struct Attributes {

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <string>
+#include <utility>
 
 #include "host/graphics/picture.h"
+#include "host/render/cairo_objects.h"
 #include "host/render/letter_outlines.h"
 #include "host/render/plane_picture.h"
 #include "host/text/arc_layout.h"
@@ -50,6 +53,37 @@ cairo_matrix_t MatrixOf(const TM& place) {
   cairo_matrix_t matrix;
   cairo_matrix_init(&matrix, place.a, place.b, place.c, place.d, place.tx, place.ty);
   return matrix;
+}
+
+// The pixels as the drawing library has them: 4 bytes each, blue first on this machine.
+Expected<CairoSurface> SurfaceOf(const document::BitmapPixels& pixels) {
+  constexpr int maximumSide = 32'767;  // of the drawing library
+  const auto count =
+      static_cast<std::uint64_t>(pixels.width) * static_cast<std::uint64_t>(pixels.height);
+  if (count > graphics::MaximumGraphicPixels ||
+      std::max(pixels.width, pixels.height) > maximumSide) {
+    return FailureOf("it has " + std::to_string(pixels.width) + " by " +
+                     std::to_string(pixels.height) + " pixels; " +
+                     std::to_string(graphics::MaximumGraphicPixels) + ", and " +
+                     std::to_string(maximumSide) + " a side, are the most");
+  }
+  CairoSurface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels.width, pixels.height));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
+    return FailureOf("there is not enough memory for it");
+  }
+  unsigned char* const bytes = cairo_image_surface_get_data(surface.get());
+  const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface.get()));
+  for (int y = 0; y < pixels.height; ++y) {
+    const std::span<const std::byte> row = pixels.Row(y);
+    unsigned char* const target = bytes + static_cast<std::size_t>(y) * stride;
+    for (std::size_t x = 0; std::cmp_less(x, pixels.width); ++x) {
+      for (std::size_t part = 0; part < 3; ++part) {
+        target[x * 4 + part] = static_cast<unsigned char>(row[pixels.gray ? x : x * 3 + part]);
+      }
+    }
+  }
+  cairo_surface_mark_dirty(surface.get());
+  return surface;
 }
 
 }  // namespace
@@ -161,6 +195,28 @@ Expected<void> CairoCanvas::DrawPicture(const graphics::Picture& picture, const 
   Expected<void> drawn = picture.Draw(m_Context);
   cairo_restore(m_Context);
   return drawn;
+}
+
+Expected<void> CairoCanvas::DrawBitmap(const document::BitmapPixels& pixels, const TM& place) {
+  const auto surface = SurfaceOf(pixels);
+  if (!surface) return surface.Error();
+  const cairo_matrix_t matrix = MatrixOf(place);
+  cairo_save(m_Context);
+  cairo_transform(m_Context, &matrix);
+  cairo_rectangle(m_Context, 0, 0, pixels.width, pixels.height);
+  cairo_clip(m_Context);
+  cairo_set_source_surface(m_Context, surface->get(), 0, 0);
+  if (cairo_surface_get_type(cairo_get_target(m_Context)) == CAIRO_SURFACE_TYPE_IMAGE) {
+    // The image ends at its edge, and does not fade out beyond it.
+    cairo_pattern_set_extend(cairo_get_source(m_Context), CAIRO_EXTEND_PAD);
+    cairo_rectangle(m_Context, 0, 0, pixels.width, pixels.height);
+    cairo_fill(m_Context);
+  } else {
+    // As it is: a file that carries images whole does not resample it then.
+    cairo_paint(m_Context);
+  }
+  cairo_restore(m_Context);
+  return {};
 }
 
 }  // namespace rastrel::render

@@ -30,6 +30,8 @@ class CairoCanvas : public Canvas {
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
   [[nodiscard]] Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) override;
+  [[nodiscard]] Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
+                                          const TM& place) override;
 
  private:
   void Stroke(const Pen& pen);

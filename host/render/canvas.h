@@ -141,6 +141,11 @@ class Canvas {
   /// own coordinates, pixels from its upper left corner, to the page's. Brackets itself. Fails if
   /// there is no memory for it.
   [[nodiscard]] virtual Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) = 0;
+  /// Draws a bitmap. `place` maps its pixels, counted from its upper left corner, to the page. The
+  /// bitmap must outlive the canvas. Fails with a sentence about it if it has more pixels than the
+  /// canvas can take (graphics::MaximumGraphicPixels).
+  [[nodiscard]] virtual Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
+                                                  const TM& place) = 0;
 };
 
 }  // namespace rastrel::render

@@ -14,6 +14,7 @@
 namespace rastrel::render {
 
 using document::ArcTextShape;
+using document::BitmapShape;
 using document::CutLine;
 using document::DrillShape;
 using document::GraphicShape;
@@ -362,6 +363,22 @@ void ObjectPainter::operator()(const GraphicShape& graphic) {
                         {picture->Width(), picture->Height()})) {
     auto drawn = m_Canvas.DrawPicture(*picture, *place);
     if (!drawn && m_Painted) m_Painted = std::move(drawn);
+  }
+  m_Canvas.End();
+}
+
+void ObjectPainter::operator()(const BitmapShape& bitmap) {
+  const double width = bitmap.width * PointsPerCentimetre;
+  const double height = bitmap.height * PointsPerCentimetre;
+  const Point pixels{static_cast<double>(bitmap.pixels->width),
+                     static_cast<double>(bitmap.pixels->height)};
+  m_Canvas.Begin(Role::Graphic);
+  if (const std::optional<TM> place =
+          Placed({0, height}, width / pixels.x, height / pixels.y, {0, 0}, pixels)) {
+    if (const auto drawn = m_Canvas.DrawBitmap(*bitmap.pixels, *place); !drawn) {
+      m_Notices.Add(L"a bitmap can't be drawn: " + os::WideFromUtf8(Describe(drawn.Error())));
+      DrawCrossedBox(bitmap.width, bitmap.height);
+    }
   }
   m_Canvas.End();
 }

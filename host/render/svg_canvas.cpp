@@ -5,6 +5,7 @@
 #include <span>
 #include <utility>
 
+#include "host/document/bitmap_png.h"
 #include "host/graphics/picture.h"
 #include "host/render/cairo_objects.h"
 #include "host/render/letter_outlines.h"
@@ -24,6 +25,7 @@ namespace {
 constexpr double FarthestPoint = 1e8;
 constexpr double ThinnestPoints = 0.25;
 constexpr double MaximumPlanePixels = 16e6;
+constexpr double MillimetresPerPoint = 25.4 / 72;
 
 const char* ClassOf(Role role) {
   switch (role) {
@@ -51,10 +53,11 @@ bool IsUpright(const TM& place) {
   return place.a == 1 && place.b == 0 && place.c == 0 && place.d == 1;
 }
 
-void AppendMatrix(std::string& text, const TM& place) {
+// `decimals` are those of the scale.
+void AppendMatrix(std::string& text, const TM& place, int decimals = 6) {
   text += "transform=\"matrix(";
   for (const double part : {place.a, place.b, place.c, place.d}) {
-    AppendNumber(text, part);
+    AppendNumber(text, part, decimals);
     text += ' ';
   }
   AppendMillimetres(text, place.tx);
@@ -305,6 +308,25 @@ Expected<void> SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM
   if (!address) return address.Error();
   m_Text += "<use xlink:href=\"#" + *address + "\" ";
   AppendMatrix(m_Text, place);
+  m_Text += "/>\n";
+  return {};
+}
+
+// An image whose unit is a millimetre here, and its pixel in `place`.
+Expected<void> SvgCanvas::DrawBitmap(const document::BitmapPixels& pixels, const TM& place) {
+  const auto [known, added] = m_Pictures.try_emplace(&pixels);
+  if (added) {
+    known->second = "picture-" + std::to_string(m_Pictures.size());
+    m_Text += "<defs><image id=\"" + known->second + "\" width=\"" + std::to_string(pixels.width) +
+              "\" height=\"" + std::to_string(pixels.height) +
+              "\" preserveAspectRatio=\"none\" xlink:href=\"data:image/png;base64," +
+              os::Base64FromBytes(document::PngOfBitmap(pixels)) + "\"/></defs>\n";
+  }
+  TM unit = place;
+  for (double* part : {&unit.a, &unit.b, &unit.c, &unit.d}) *part *= MillimetresPerPoint;
+  m_Text += "<use xlink:href=\"#" + known->second + "\" ";
+  // Of tens of thousands of pixels a row, the last one is still where it belongs.
+  AppendMatrix(m_Text, unit, 12);
   m_Text += "/>\n";
   return {};
 }

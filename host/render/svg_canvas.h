@@ -32,7 +32,7 @@ namespace rastrel::render {
 ///       class="graphic">
 ///         <defs> <image id="picture-1"/> </defs>            a placed file, at its first use
 ///         <use xlink:href="#picture-1"/>
-///       </g>
+///       </g>                                                also for a bitmap, as PNG
 ///       <g class="separation" data-layer="Cyan" data-page="1" style="mix-blend-mode:multiply">
 ///         <image/>                                          the ink where it prints
 ///       </g>
@@ -59,6 +59,8 @@ class SvgCanvas : public Canvas {
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
   [[nodiscard]] Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) override;
+  [[nodiscard]] Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
+                                          const TM& place) override;
 
  private:
   void AddStroke(const Pen& pen);
@@ -71,8 +73,8 @@ class SvgCanvas : public Canvas {
 
   std::string m_Text;
   bool m_Outlines;
-  std::map<const std::string*, std::string> m_Pictures;  // ids of placed files, by their bytes
-  std::size_t m_Circles = 0;                             // that text was set on so far
+  std::map<const void*, std::string> m_Pictures;  // ids of placed files and bitmaps, by content
+  std::size_t m_Circles = 0;                      // that text was set on so far
 };
 
 }  // namespace rastrel::render

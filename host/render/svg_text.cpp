@@ -32,7 +32,9 @@ void AppendPoint(std::string& text, const Point& point) {
   AppendMillimetres(text, point.y);
 }
 
-void AppendNumber(std::string& text, double number) { text += os::ShortDecimal(number, 6); }
+void AppendNumber(std::string& text, double number, int decimals) {
+  text += os::ShortDecimal(number, decimals);
+}
 
 void AppendColor(std::string& text, const Color& color) {
   text += '#';

@@ -12,8 +12,8 @@ namespace rastrel::render {
 void AppendMillimetres(std::string& text, double points);
 /// Appends a point's coordinates in millimetres, with a space between them.
 void AppendPoint(std::string& text, const Point& point);
-/// Appends a number without a unit: to a millionth, in the same way.
-void AppendNumber(std::string& text, double number);
+/// Appends a number without a unit in the same way: to a millionth, or with more decimals.
+void AppendNumber(std::string& text, double number, int decimals = 6);
 /// Appends "#rrggbb".
 void AppendColor(std::string& text, const Color& color);
 /// Appends text as the content of an element or a value in double quotes. A character that XML 1.0

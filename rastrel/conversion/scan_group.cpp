@@ -4,6 +4,7 @@
 #include <charconv>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rastrel::conversion {
@@ -21,17 +22,18 @@ class Scanner {
 
   std::optional<std::int32_t> Integer() {
     const bool negative = PassSign();
-    const int base = PassHexadecimalMark() ? 16 : Peek() == '0' ? 8 : 10;
-    std::int64_t number = 0;
-    if (!Take(number, base)) return std::nullopt;
-    if (negative) number = -number;
-    const auto narrow = static_cast<std::int32_t>(number);
-    return narrow == number ? std::optional(narrow) : std::nullopt;
+    return Integer(negative, PassHexadecimalMark() ? 16 : Peek() == '0' ? 8 : 10);
   }
 
-  std::optional<float> Float() {
+  std::optional<std::int32_t> DecimalInteger() {
     const bool negative = PassSign();
-    float number = 0;
+    return Integer(negative, 10);
+  }
+
+  template <typename Number>
+  std::optional<Number> Floating() {
+    const bool negative = PassSign();
+    Number number = 0;
     const bool hexadecimal = PassHexadecimalMark();
     // from_chars would accept names of numbers after the mark.
     if (hexadecimal && std::string_view("iInN").find(Peek()) != std::string_view::npos)
@@ -41,7 +43,21 @@ class Scanner {
     return negative ? -number : number;
   }
 
+  bool PassComma() {
+    if (Peek() != ',') return false;
+    ++m_At;
+    return true;
+  }
+
  private:
+  std::optional<std::int32_t> Integer(bool negative, int base) {
+    std::int64_t number = 0;
+    if (!Take(number, base)) return std::nullopt;
+    if (negative) number = -number;
+    const auto narrow = static_cast<std::int32_t>(number);
+    return narrow == number ? std::optional(narrow) : std::nullopt;
+  }
+
   [[nodiscard]] char Peek() const { return m_At < m_Text.size() ? m_Text[m_At] : '\0'; }
 
   bool PassSign() {
@@ -85,6 +101,15 @@ bool ScanGroup(std::span<Number> numbers, Next next) {
   return true;
 }
 
+template <typename Number, typename Next>
+bool ScanList(std::span<Number> numbers, Scanner& scanner, Next next) {
+  bool first = true;
+  return ScanGroup(numbers, [&]() -> std::optional<Number> {
+    if (!std::exchange(first, false) && !scanner.PassComma()) return std::nullopt;
+    return next();
+  });
+}
+
 }  // namespace
 
 bool ScanIntegers(std::wstring_view text, std::span<std::int32_t> numbers) {
@@ -94,7 +119,17 @@ bool ScanIntegers(std::wstring_view text, std::span<std::int32_t> numbers) {
 
 bool ScanFloats(std::wstring_view text, std::span<float> numbers) {
   Scanner scanner(text);
-  return ScanGroup(numbers, [&scanner] { return scanner.Float(); });
+  return ScanGroup(numbers, [&scanner] { return scanner.Floating<float>(); });
+}
+
+bool ScanIntegerList(std::wstring_view text, std::span<std::int32_t> numbers) {
+  Scanner scanner(text);
+  return ScanList(numbers, scanner, [&scanner] { return scanner.DecimalInteger(); });
+}
+
+bool ScanDecimalList(std::wstring_view text, std::span<double> numbers) {
+  Scanner scanner(text);
+  return ScanList(numbers, scanner, [&scanner] { return scanner.Floating<double>(); });
 }
 
 }  // namespace rastrel::conversion

@@ -16,4 +16,11 @@ namespace rastrel::conversion {
 /// As many of "%f": decimal with or without an exponent, hexadecimal after 0x, infinity, NaN.
 [[nodiscard]] bool ScanFloats(std::wstring_view text, std::span<float> numbers);
 
+/// As many of "%d" as the span is long, with a comma between two, directly after the first:
+/// decimal. False as above.
+[[nodiscard]] bool ScanIntegerList(std::wstring_view text, std::span<std::int32_t> numbers);
+
+/// As many of "%lf" in the same way.
+[[nodiscard]] bool ScanDecimalList(std::wstring_view text, std::span<double> numbers);
+
 }  // namespace rastrel::conversion

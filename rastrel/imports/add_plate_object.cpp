@@ -8,6 +8,7 @@
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/plate_object.h"
+#include "rastrel/platform/host/undo_step.h"
 
 namespace rastrel::imports {
 namespace {
@@ -66,7 +67,7 @@ void AddToDocument(const DocumentHost& document, std::unique_ptr<CGenericPlateOb
   }
   static_cast<void>(plate.release());  // the document's from here on
   {
-    const UndoStep step(document.store, L"(*v*)Create plate object");
+    const host::UndoStep step(document.store, L"(*v*)Create plate object");
     document.store.DSAddObject(object);
   }
   SetPlateAttributes(document, object, request.color, style, page);

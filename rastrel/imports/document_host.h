@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "rastrel/platform/host/object_store.h"
-#include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/values/color.h"
 
 class CGenericPlateObject;
@@ -32,19 +31,5 @@ struct DocumentHost {
 /// The plate object of a handle; null if it is gone or another object.
 [[nodiscard]] CGenericPlateObject* PlateObjectOf(host::ObjectStore& store,
                                                  host::ObjectHandle object);
-
-/// An undo step, open as long as this lives. The name is translated.
-class UndoStep {
- public:
-  UndoStep(host::ObjectStore& store, const wchar_t* name) : m_Store(store) {
-    m_Store.UNOpenStep(host::TranslatedText(name).c_str());
-  }
-  ~UndoStep() { m_Store.UNCloseStep(); }
-  UndoStep(const UndoStep&) = delete;
-  UndoStep& operator=(const UndoStep&) = delete;
-
- private:
-  host::ObjectStore& m_Store;
-};
 
 }  // namespace rastrel::imports

@@ -10,6 +10,7 @@
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/text_compose.h"
+#include "rastrel/platform/host/undo_step.h"
 
 namespace rastrel::imports {
 namespace {
@@ -121,7 +122,7 @@ host::ObjectHandle CloseText(PlacedText& text) {
     return 0;
   }
   document->store.DBSetTrait(object, DBTRAIT_IN_DOCUMENT, 1);
-  const UndoStep step(document->store, L"(*v*)Adding text");
+  const host::UndoStep step(document->store, L"(*v*)Adding text");
   document->store.DSAddSourceObject(object, 2, object);
   return object;
 }

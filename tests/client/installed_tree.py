@@ -101,6 +101,7 @@ def unfinished(prefix, options):
     wanted = ["bin/rastrel", "include/rastrel/rastrel.h", "share/man/man1/rastrel.1",
               "libexec/rastrel/corerast.exe", "libexec/rastrel/coreodalis.exe",
               "share/rastrel/devices.txt", f"{options.libdir}/librastrel.so.{options.version}",
+              f"{options.libdir}/libcfplane.so",
               f"{options.libdir}/cmake/Rastrel/RastrelConfigVersion.cmake"]
     return [f"{name} is not installed" for name in wanted if not (prefix / name).exists()]
 

@@ -12,7 +12,9 @@
 
 #include "tests/support/comma_locale.h"
 
+using rastrel::conversion::ScanDecimalList;
 using rastrel::conversion::ScanFloats;
+using rastrel::conversion::ScanIntegerList;
 using rastrel::conversion::ScanIntegers;
 
 namespace {
@@ -119,6 +121,63 @@ TEST(ScanGroups, agree_with_the_c_library_on_random_text) {
     EXPECT_EQ(ScanIntegers(text, own), haveInts && fits) << narrow;
     if (haveInts && fits) {
       EXPECT_EQ(own, ints) << narrow;
+    }
+  }
+}
+
+TEST(ScanIntegerList, takes_decimals_with_a_comma_right_after_each_but_the_last) {
+  std::array<std::int32_t, 2> numbers{};
+  EXPECT_TRUE(ScanIntegerList(L"2,300", numbers));
+  EXPECT_EQ(numbers, (std::array<std::int32_t, 2>{2, 300}));
+  EXPECT_TRUE(ScanIntegerList(L" 010,\t-0x1", numbers));
+  EXPECT_EQ(numbers, (std::array<std::int32_t, 2>{10, 0})) << "%d knows no other base";
+  for (const wchar_t* text : {L"", L"2", L"2,", L"2 ,300", L"2;300", L"a,300", L"2,a", L",",
+                              L"2,2147483648", L"2,,300"}) {
+    EXPECT_FALSE(ScanIntegerList(text, numbers)) << text;
+  }
+  EXPECT_EQ(numbers, (std::array<std::int32_t, 2>{10, 0})) << "nothing is stored";
+}
+
+TEST(ScanDecimalList, takes_numbers_as_the_settings_have_them) {
+  std::array<double, 4> numbers{};
+  EXPECT_TRUE(ScanDecimalList(L"0.250000, 1.000000, 0.500000, 0.000000,", numbers));
+  EXPECT_EQ(numbers, (std::array<double, 4>{0.25, 1.0, 0.5, 0.0}));
+  EXPECT_TRUE(ScanDecimalList(L"1e-1,2,\n3,.5 and more", numbers));
+  EXPECT_EQ(numbers, (std::array<double, 4>{0.1, 2.0, 3.0, 0.5}));
+  for (const wchar_t* text : {L"", L"0.1", L"0.1, 0.2, 0.3", L"0.1, 0.2, 0.3,", L"0,1 0,2 0,3 0,4",
+                              L"0.1 , 0.2, 0.3, 0.4", L"0.1, x, 0.3, 0.4", L"1, 2, 3, 1e999"}) {
+    EXPECT_FALSE(ScanDecimalList(text, numbers)) << text;
+  }
+  EXPECT_EQ(numbers, (std::array<double, 4>{0.1, 2.0, 3.0, 0.5})) << "nothing is stored";
+}
+
+TEST(ScanLists, agree_with_the_c_library_on_random_text) {
+  std::mt19937 random(11);
+  const std::string alphabet = "01234 ,,,-+.e\t";
+  for (int round = 0; round < 20000; ++round) {
+    std::string narrow;
+    for (auto length = random() % 14; length > 0; --length)
+      narrow += alphabet[random() % alphabet.size()];
+    const std::wstring text(narrow.begin(), narrow.end());
+    std::array<int, 2> ints{};
+    std::array<long long, 2> wide{};
+    const bool fits = std::sscanf(narrow.c_str(), "%lld,%lld", &wide[0], &wide[1]) == 2 &&
+                      std::sscanf(narrow.c_str(), "%d,%d", &ints[0], &ints[1]) == 2 &&
+                      wide[0] == ints[0] && wide[1] == ints[1];
+    std::array<std::int32_t, 2> own{};
+    EXPECT_EQ(ScanIntegerList(text, own), fits) << narrow;
+    if (fits) {
+      EXPECT_EQ(own, ints) << narrow;
+    }
+    std::array<double, 2> doubles{};
+    const bool haveDoubles = std::sscanf(narrow.c_str(), "%lf, %lf", &doubles[0], &doubles[1]) == 2;
+    // An exponent without digits is undefined to the standard, and an overflow infinite to the C
+    // library.
+    if (narrow.find('e') != std::string::npos) continue;
+    std::array<double, 2> ownDoubles{};
+    EXPECT_EQ(ScanDecimalList(text, ownDoubles), haveDoubles) << narrow;
+    if (haveDoubles) {
+      EXPECT_EQ(ownDoubles, doubles) << narrow;
     }
   }
 }

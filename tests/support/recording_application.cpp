@@ -31,6 +31,7 @@ std::vector<std::string> RecordingApplication::LeftOpen() const {
   std::vector<std::string> open;
   if (m_HourGlasses != 0) open.emplace_back("hourglass");
   if (m_DrillPointsOn) open.emplace_back("making of drill points");
+  for (const auto& bitmap : m_Bitmaps) open.push_back("bitmap " + bitmap->Name());
   return open;
 }
 

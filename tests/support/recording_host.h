@@ -13,6 +13,7 @@
 #include "rastrel/platform/host/text_compose.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/recording_document.h"
+#include "tests/support/recording_placed.h"
 #include "tests/support/recording_planes.h"
 
 namespace rastrel::test {
@@ -110,6 +111,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   /// The number of planes of each layer of a plane set that `NewGenericCFPlane` makes. The script
   /// may answer `NewGenericCFPlane` with 0: null.
   std::vector<int> m_PlanesOfLayers{4};
+  /// The PostScript of the placed EPS files that it makes.
+  std::string m_EpsContent = "%!PS-Adobe-3.0 EPSF-3.0\nshowpage\n";
   /// The result of `LoadBaseDir`.
   std::wstring m_LoadBaseDir = L"/import";
 
@@ -150,6 +153,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
               int flag) override;
   std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path, int layer,
                                                      int plane) override;
+  std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
+  CVKBitmap* NewVKBitmap() override;
+  void DeleteVKBitmap(CVKBitmap* bitmap) override;
   CVelumark5View* UIGetActiveView() override;
   /// Null, and written if the script has an answer.
   CWnd* GetWindowHandle(int kind) override;
@@ -176,6 +182,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
 
   std::map<int, CSheetLayer> m_SheetLayers;
   std::unique_ptr<View> m_View;
+  std::vector<std::unique_ptr<RecordingBitmap>> m_Bitmaps;
+  int m_BitmapsMade = 0;
+  int m_EpsMade = 0;
   int m_HourGlasses = 0;
   int m_CFPlanesMade = 0;
   bool m_DrillPointsOn = false;
@@ -210,6 +219,7 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   bool m_HasDocument = true;
   bool m_HasGraphicsIO = true;
   bool m_HasPlaneReader = true;
+  bool m_HasContourCut = true;
 
   /// Allows a setting to keep the value that the library wrote.
   void MayStay(const std::wstring& section, const std::wstring& key);
@@ -225,7 +235,9 @@ class RecordingHost : public host::Host, host::Settings, host::Directories, host
   host::GraphicsIO* GetGraphicsIO() override {
     return m_HasDocument && m_HasGraphicsIO ? &m_Store : nullptr;
   }
-  host::ContourCut* GetContourCut() override { return m_HasDocument ? &m_Store : nullptr; }
+  host::ContourCut* GetContourCut() override {
+    return m_HasDocument && m_HasContourCut ? &m_Store : nullptr;
+  }
   host::PlaneReader* GetPlaneReader() override {
     return m_HasDocument && m_HasPlaneReader ? &m_Planes : nullptr;
   }

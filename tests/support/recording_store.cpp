@@ -194,7 +194,7 @@ ObjectHandle RecordingStore::DBInsertElement(const ELEMENT_ATTRIBUTES* attribute
 }
 
 ObjectHandle RecordingStore::DBInsertBitmap(const CVKBitmap&, double width, double height) {
-  const ObjectHandle object = Make(0, false);
+  const ObjectHandle object = m_Calls.Answer("DBInsertBitmap", 1) != 0 ? Make(0, false) : 0;
   m_Calls.Answered(ObjectText{object}, "DBInsertBitmap", width, height);
   return object;
 }

@@ -10,6 +10,16 @@ namespace {
 // Enough to keep up, few enough to leave the view's loop its turn.
 constexpr std::size_t MessagesAtOnce = 64;
 
+bool ReportsByMessage(ControlKind kind) {
+  return kind == ControlKind::DecimalEdit || kind == ControlKind::IntegerEdit ||
+         kind == ControlKind::ColorPicker;
+}
+
+bool ReportsByCommand(ControlKind kind) {
+  return kind == ControlKind::Radio || kind == ControlKind::CheckBox ||
+         kind == ControlKind::ComboBox;
+}
+
 }  // namespace
 
 CDialog::CDialog(const DialogResource& resource, CWnd* parent)
@@ -59,8 +69,8 @@ std::intptr_t CDialog::SendMessage(unsigned message, std::uintptr_t wParam, std:
   for (const Message& entry : GetMessageMap())
     if (entry.message == message && entry.control == control)
       return entry.handler(*this, wParam, lParam);
-  if (message == CommandMessage && (control == OkCommand || control == CancelCommand))
-    EndDialog(control);
+  if (control == OkCommand) OnOK();
+  if (control == CancelCommand) OnCancel();
   return 0;
 }
 
@@ -72,6 +82,10 @@ bool CDialog::OnInitDialog() {
   DoDataExchange(false);
   return true;
 }
+
+void CDialog::OnOK() { EndDialog(OkCommand); }
+
+void CDialog::OnCancel() { EndDialog(CancelCommand); }
 
 void CDialog::OnLeave() noexcept {}
 
@@ -92,6 +106,18 @@ void CDialog::Command(int control) {
   if (!m_Ended) SendMessage(CommandMessage, static_cast<std::uintptr_t>(control), 0);
 }
 
+void CDialog::ControlChanged(int control) {
+  if (m_Ended) return;
+  for (const DialogControl& known : m_Resource.controls) {
+    if (known.id != control) continue;
+    if (ReportsByMessage(known.kind))
+      SendMessage(EditChangedMessage, static_cast<std::uintptr_t>(control), 0);
+    else if (ReportsByCommand(known.kind))
+      Command(control);
+    return;
+  }
+}
+
 void CDialog::SetText(int control, const std::wstring& text) {
   if (m_pView) m_pView->SetText(control, text);
 }
@@ -102,6 +128,26 @@ void CDialog::SetRange(int control, int lowest, int highest) {
 
 void CDialog::SetPosition(int control, int position) {
   if (m_pView) m_pView->SetPosition(control, position);
+}
+
+void CDialog::SetValue(int control, const ControlValue& value) {
+  if (m_pView) m_pView->SetValue(control, value);
+}
+
+void CDialog::SetItems(int control, std::span<const std::wstring> items) {
+  if (m_pView) m_pView->SetItems(control, items);
+}
+
+void CDialog::SetEnabled(int control, bool enabled) {
+  if (m_pView) m_pView->SetEnabled(control, enabled);
+}
+
+void CDialog::SetVisible(int control, bool visible) {
+  if (m_pView) m_pView->SetVisible(control, visible);
+}
+
+ControlValue CDialog::GetValue(int control) const {
+  return m_pView ? m_pView->GetValue(control) : ControlValue();
 }
 
 void CDialog::TranslateDialog() {

@@ -159,7 +159,9 @@ class DialogView {
   virtual void RunModal() = 0;
 
   /// Sets the value of a control; a value of another type than the control's changes nothing. A
-  /// radio button that is checked clears the others of its group. By default nothing.
+  /// number below the minimum, or none, counts as the minimum; a text that a combo box does not
+  /// have chooses none, and its value is then empty. A radio button that is checked clears the
+  /// others of its group. By default nothing.
   virtual void SetValue(int /*control*/, const ControlValue& /*value*/) {}
   /// Sets the entries of a combo box, of which none is chosen then. By default nothing.
   virtual void SetItems(int /*control*/, std::span<const std::wstring> /*items*/) {}

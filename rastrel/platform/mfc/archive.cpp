@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -95,6 +96,10 @@ void AfxThrowArchiveException(int cause) {
 CArchive::CArchive(CFile* file, unsigned mode)
     : m_File(file), m_Mode((mode & load) != 0 ? load : store) {}
 
+CArchive::CArchive(CFile* file, unsigned mode, int bufferSize) : CArchive(file, mode) {
+  if (IsLoading() && bufferSize > 0) m_ReadBuffer.resize(static_cast<std::size_t>(bufferSize));
+}
+
 CArchive::~CArchive() {
   try {
     Close();
@@ -102,14 +107,31 @@ CArchive::~CArchive() {
   }
 }
 
+unsigned CArchive::TakeBuffered(char* bytes, unsigned count) {
+  const std::size_t taken = std::min<std::size_t>(count, m_Buffered - m_Taken);
+  if (taken > 0) std::memcpy(bytes, m_ReadBuffer.data() + m_Taken, taken);
+  m_Taken += taken;
+  return static_cast<unsigned>(taken);
+}
+
 unsigned CArchive::Read(void* bytes, unsigned count) {
   if (!IsLoading()) AfxThrowArchiveException(CArchiveException::writeOnly);
-  unsigned used = 0;
+  char* const target = static_cast<char*>(bytes);
+  unsigned used = TakeBuffered(target, count);
   while (used < count) {
-    const unsigned got = m_File->Read(static_cast<char*>(bytes) + used, count - used);
-    if (got == 0) break;
-    used += got;
+    // Whatever would fill the buffer goes past it.
+    if (count - used >= m_ReadBuffer.size()) {
+      const unsigned got = m_File->Read(target + used, count - used);
+      if (got == 0) break;
+      used += got;
+    } else {
+      m_Taken = 0;
+      m_Buffered = m_File->Read(m_ReadBuffer.data(), static_cast<unsigned>(m_ReadBuffer.size()));
+      if (m_Buffered == 0) break;
+      used += TakeBuffered(target + used, count - used);
+    }
   }
+  m_BytesRead += used;
   return used;
 }
 

@@ -52,6 +52,9 @@ class RASTREL_API CArchive {
 
   /// `mode` is one of Mode. The file is not owned; it must be open and must outlive the archive.
   CArchive(CFile* file, unsigned mode);
+  /// The same, reading through a buffer of that many bytes: the file is then read further than the
+  /// archive is. Below 1, and for an archive that stores, as without it.
+  CArchive(CFile* file, unsigned mode, int bufferSize);
   /// Closes. A write that fails here is lost: call Close to learn of it.
   ~CArchive();
   CArchive(const CArchive&) = delete;
@@ -63,6 +66,8 @@ class RASTREL_API CArchive {
 
   /// Reads up to `count` raw bytes and returns the number read, which is less only at the end.
   unsigned Read(void* bytes, unsigned count);
+  /// The bytes that all reads so far have taken.
+  [[nodiscard]] std::uint64_t GetBytesRead() const { return m_BytesRead; }
   /// Writes `count` raw bytes. They may be buffered until Close.
   void Write(const void* bytes, unsigned count);
   /// Writes the buffered bytes to the file, which stays open. The destructor calls it too.
@@ -102,6 +107,7 @@ class RASTREL_API CArchive {
 
  private:
   void ReadExactly(void* bytes, std::size_t count);
+  unsigned TakeBuffered(char* bytes, unsigned count);
   template <typename Value>
   void Put(Value value);
   template <typename Value>
@@ -110,6 +116,10 @@ class RASTREL_API CArchive {
   CFile* m_File;
   unsigned m_Mode;
   std::string m_Pending;  // buffered for the file
+  std::string m_ReadBuffer;
+  std::size_t m_Buffered = 0;  // bytes of the file in the buffer
+  std::size_t m_Taken = 0;     // of them, those that were read
+  std::uint64_t m_BytesRead = 0;
 };
 
 /// Writes the length of a text, in characters of its encoding:

@@ -108,6 +108,11 @@ bool IsDirectory(std::wstring_view path) {
   return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISDIR(state.st_mode);
 }
 
+bool IsRegularFile(std::wstring_view path) {
+  struct stat state {};
+  return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISREG(state.st_mode);
+}
+
 bool IsLink(std::wstring_view path) {
   std::string native = ToNative(path);
   while (native.size() > 1 && native.back() == '/') native.pop_back();

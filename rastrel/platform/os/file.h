@@ -15,6 +15,8 @@ namespace rastrel::os {
 [[nodiscard]] bool Exists(std::wstring_view path);
 /// True if it exists and is a directory.
 [[nodiscard]] bool IsDirectory(std::wstring_view path);
+/// True if it exists and is a regular file.
+[[nodiscard]] bool IsRegularFile(std::wstring_view path);
 /// True if the name itself is a link, wherever it leads. A closing separator changes nothing.
 [[nodiscard]] bool IsLink(std::wstring_view path);
 /// True if it exists and this process may read it (`_waccess` mode 4). For the superuser too, a

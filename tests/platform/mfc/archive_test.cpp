@@ -345,3 +345,59 @@ TEST(CArchiveException, every_cause_has_its_message) {
   EXPECT_EQ(CauseOf([] { AfxThrowArchiveException(CArchiveException::badSchema); }),
             CArchiveException::badSchema);
 }
+
+// A file that counts how often it is read.
+class CountedFile : public CMemFile {
+ public:
+  using CMemFile::CMemFile;
+  unsigned Read(void* bytes, unsigned count) override {
+    ++reads;
+    return CMemFile::Read(bytes, count);
+  }
+  int reads = 0;
+};
+
+TEST(CArchiveBuffer, small_reads_of_4096_bytes_are_one_read_of_the_file) {
+  CountedFile file(Bytes(4096, 1));
+  CArchive archive(&file, CArchive::load, 4096);
+  std::uint32_t value = 0;
+  for (int index = 0; index < 1024; ++index) archive >> value;
+  EXPECT_EQ(value, 0x01010101U);
+  EXPECT_EQ(file.reads, 1);
+  EXPECT_EQ(CauseOf([&] { archive >> value; }), CArchiveException::endOfFile);
+}
+
+TEST(CArchiveBuffer, without_one_the_file_is_read_no_further_than_the_archive) {
+  CMemFile file({1, 2, 3, 4, 5});
+  CArchive archive(&file, CArchive::load);
+  std::uint32_t value = 0;
+  archive >> value;
+  std::uint8_t rest = 0;
+  EXPECT_EQ(file.Read(&rest, 1), 1U);
+  EXPECT_EQ(rest, 5);
+}
+
+TEST(CArchiveBuffer, reads_that_cross_its_end_are_whole) {
+  Bytes bytes;
+  for (int index = 0; index < 1000; ++index) bytes.push_back(static_cast<std::uint8_t>(index));
+  for (const int size : {-1, 0, 1, 2, 3, 4, 5, 7, 64, 999, 1000, 1001}) {
+    CMemFile file(bytes);
+    CArchive archive(&file, CArchive::load, size);
+    Bytes read;
+    for (unsigned count = 0; read.size() < bytes.size(); ++count) {
+      Bytes piece(count % 13);
+      piece.resize(archive.Read(piece.data(), static_cast<unsigned>(piece.size())));
+      read.insert(read.end(), piece.begin(), piece.end());
+      EXPECT_EQ(archive.GetBytesRead(), read.size());
+    }
+    EXPECT_EQ(read, bytes) << size;
+  }
+}
+
+TEST(CArchiveBuffer, storing_is_as_without_one) {
+  CMemFile file;
+  CArchive archive(&file, CArchive::store, 4096);
+  archive << std::uint16_t{0x0201};
+  archive.Close();
+  EXPECT_EQ(file.Bytes(), (Bytes{1, 2}));
+}

@@ -467,3 +467,15 @@ TEST(FileLock, a_file_that_can_not_be_made_is_a_failure) {
   ASSERT_FALSE(lock);
   EXPECT_EQ(lock.Error().error, ENOENT);
 }
+
+TEST(IsRegularFile, follows_links_and_is_false_for_any_other_kind) {
+  const ScratchDirectory scratch;
+  scratch.Write("file", "x");
+  ASSERT_EQ(::symlink("file", scratch.Path("link").c_str()), 0);
+  ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
+  EXPECT_TRUE(os::IsRegularFile(scratch.Wide("file")));
+  EXPECT_TRUE(os::IsRegularFile(scratch.Wide("link")));
+  EXPECT_FALSE(os::IsRegularFile(scratch.Wide("pipe")));
+  EXPECT_FALSE(os::IsRegularFile(scratch.Wide()));
+  EXPECT_FALSE(os::IsRegularFile(scratch.Wide("none")));
+}
