@@ -26,6 +26,7 @@
 #include "rastrel/platform/os/program_search.h"
 #include "rastrel/platform/os/text.h"
 #include "rastrel/platform/os/tree.h"
+#include "rastrel/platform/os/trusted_file.h"
 #include "rastrel/platform/standalone/data_root.h"
 #include "spreadsheet/source.h"
 
@@ -105,6 +106,41 @@ void CheckDrawing(Checks& checks) {
     check.text = "rastrel-draw, its walls: limits" + KernelWalls(interpreter::WallsOfThisMachine());
   }
   checks.push_back(check);
+}
+
+// A reader of that name that is found before the installed one; empty if there is none.
+std::string OtherPlaneReader(const std::string& programs) {
+  const std::string beside = programs + "/cfplane.dll";
+  return os::Exists(os::FromNative(beside)) ? beside : os::FindFileOnPath("cfplane.dll");
+}
+
+// The library that reads the pages of a conversion. Only conversions into a document need it.
+void CheckPlaneReader(Checks& checks) {
+  const std::string programs = standalone::FindResources().programs;
+  HealthCheck check{"plane reader", State::Good, "libcfplane.so, installed", {}, {}};
+  if (const std::string other = OtherPlaneReader(programs); !other.empty()) {
+    check.path = other;
+    check.text = "another one, cfplane.dll, which is found before the installed one";
+    if (const auto trusted = os::CheckTrusted(other, os::DataRoot()); !trusted) {
+      check.state = State::Warning;
+      check.text = "not loaded: " + Describe(trusted.Error());
+      check.mend = "take the right to write there from others (chmod), or remove the file";
+    }
+    checks.push_back(check);
+    return;
+  }
+  for (const char* const place : {RASTREL_LIBRARIES_FROM_PROGRAMS, "../../lib"}) {
+    check.path = programs + "/" + place + "/libcfplane.so";
+    if (!programs.empty() && os::Exists(os::FromNative(check.path))) {
+      checks.push_back(check);
+      return;
+    }
+  }
+  checks.push_back({"plane reader",
+                    State::Warning,
+                    "the library libcfplane.so, which reads the pages of conversions, is missing",
+                    {},
+                    "install Rastrel anew"});
 }
 
 void CheckShipped(Checks& checks) {
@@ -385,6 +421,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckInterpreter(checks);
   CheckWalls(checks);
   CheckDrawing(checks);
+  CheckPlaneReader(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);
   CheckProgram(checks, "output engine", CExePaths::Instance().m_OdalisExe);
   CheckProgram(checks, "queue program", CExePaths::Instance().m_QueueExe);

@@ -13,6 +13,7 @@
 #include "host/host_files.h"
 #include "host/load_settings_store.h"
 #include "host/separation_planes.h"
+#include "host/plane_library.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
@@ -97,6 +98,8 @@ struct DocumentHost::Parts {
   text::TextEngine text;
   GuardedGraphics graphics;
   KnifeLines knifeLines;
+  PlaneLibrary planes{
+      [this](const Failure& failure) { notices.AddLoss(os::WideFromUtf8(Describe(failure))); }};
   graphics::GraphicLoader loader;
   host::DialogViews* views = nullptr;
 };
@@ -123,6 +126,7 @@ host::ObjectStore* DocumentHost::GetObjectStore() { return &m_Parts->store; }
 host::TextCompose* DocumentHost::GetTextCompose() { return &m_Parts->text; }
 host::GraphicsIO* DocumentHost::GetGraphicsIO() { return &m_Parts->graphics; }
 host::ContourCut* DocumentHost::GetContourCut() { return &m_Parts->knifeLines; }
+host::PlaneReader* DocumentHost::GetPlaneReader() { return &m_Parts->planes; }
 host::Application* DocumentHost::GetApplication() { return &m_Parts->application; }
 
 void DocumentHost::SetReadPolicy(ReadPolicy policy) { m_Parts->door.SetPolicy(std::move(policy)); }

@@ -32,8 +32,8 @@ class Notices;
 /// (load_settings_store.h).
 ///
 /// It is installed with host::SetHost and holds one document as long as it lives. Messages to the
-/// user are collected in the notices. Only the thread that made it may use it. It has no plane
-/// reading.
+/// user are collected in the notices. Only the thread that made it may use it. Its reader of
+/// separated planes is a library that is loaded by its name (plane_library.h).
 class DocumentHost : public standalone::StandaloneHost {
  public:
   /// With a new, empty document.
@@ -54,6 +54,7 @@ class DocumentHost : public standalone::StandaloneHost {
   [[nodiscard]] host::TextCompose* GetTextCompose() override;
   [[nodiscard]] host::GraphicsIO* GetGraphicsIO() override;
   [[nodiscard]] host::ContourCut* GetContourCut() override;
+  [[nodiscard]] host::PlaneReader* GetPlaneReader() override;
   [[nodiscard]] host::Application* GetApplication() override;
   /// Those that were set, else views that show nothing.
   [[nodiscard]] host::DialogViews& GetDialogViews() override;

@@ -65,6 +65,30 @@ TEST_F(Doctor, says_which_walls_stand_around_the_drawing_program) {
             std::string::npos);
 }
 
+TEST_F(Doctor, says_which_plane_reader_conversions_get) {
+  const std::string installed = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(installed.find("  ok     plane reader: libcfplane.so, installed ("), std::string::npos)
+      << installed;
+  m_Command.Set("RASTREL_RESOURCES", m_Command.Place().Path());
+  EXPECT_NE(m_Command.Run({"doctor"})
+                .output.find("  note   plane reader: the library libcfplane.so, which reads"),
+            std::string::npos);
+}
+
+TEST_F(Doctor, names_a_plane_reader_on_the_search_path_and_one_that_others_may_change) {
+  m_Command.Place().Write("bin/cfplane.dll", "");
+  const std::string reader = m_Command.Place().Path("bin/cfplane.dll");
+  fs::permissions(reader, fs::perms::owner_read);
+  m_Command.Set("PATH", m_Command.Place().Path("bin") + ":/usr/bin:/bin");
+  const std::string found = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(found.find("  ok     plane reader: another one, cfplane.dll"), std::string::npos)
+      << found;
+  EXPECT_NE(found.find(reader), std::string::npos) << found;
+  fs::permissions(reader, fs::perms::owner_read | fs::perms::others_write);
+  const std::string refused = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(refused.find("  note   plane reader: not loaded: "), std::string::npos) << refused;
+}
+
 TEST_F(Doctor, starts_the_interpreter_as_every_run_does) {
   WriteInterpreter(
       "[ \"$GS_OPTIONS$GS_LIB\" = '' ] && [ \"$4\" = -dSAFER ] || exit 4\necho 1.2.3\n");

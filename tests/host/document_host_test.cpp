@@ -49,7 +49,7 @@ TEST(DocumentHost, it_has_the_parts_that_an_import_needs_and_says_that_it_has_no
   EXPECT_NE(host.GetGraphicsIO(), nullptr);
   EXPECT_NE(host.GetApplication(), nullptr);
   EXPECT_NE(host.GetContourCut(), nullptr);
-  EXPECT_EQ(host.GetPlaneReader(), nullptr);
+  EXPECT_NE(host.GetPlaneReader(), nullptr);
   EXPECT_EQ(host.GetTranslation().Translate(L"(*v*)Adding text"), L"Adding text");
 }
 

@@ -1,5 +1,7 @@
 #include "rastrel/platform/os/program_search.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 
 #include "rastrel/platform/os/native_file.h"
@@ -7,7 +9,10 @@
 
 namespace rastrel::os {
 
-std::string FindProgram(std::string_view name) {
+namespace {
+
+// The first path of that name in $PATH that `fits`.
+std::string FindOnPath(std::string_view name, bool (*fits)(const std::string&)) {
   const std::string search = EnvironmentValue("PATH");
   std::string_view rest = search;
   while (!rest.empty()) {
@@ -15,9 +20,20 @@ std::string FindProgram(std::string_view name) {
     rest.remove_prefix(std::min(directory.size() + 1, rest.size()));
     if (!directory.starts_with('/')) continue;
     std::string candidate = std::string(directory) + "/" + std::string(name);
-    if (IsProgram(candidate)) return candidate;
+    if (fits(candidate)) return candidate;
   }
   return {};
 }
+
+bool IsRegularFile(const std::string& path) {
+  struct stat state {};
+  return ::stat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode);
+}
+
+}  // namespace
+
+std::string FindProgram(std::string_view name) { return FindOnPath(name, IsProgram); }
+
+std::string FindFileOnPath(std::string_view name) { return FindOnPath(name, IsRegularFile); }
 
 }  // namespace rastrel::os

@@ -10,4 +10,7 @@ namespace rastrel::os {
 /// directory.
 [[nodiscard]] std::string FindProgram(std::string_view name);
 
+/// The same for a regular file that need not be a program.
+[[nodiscard]] std::string FindFileOnPath(std::string_view name);
+
 }  // namespace rastrel::os

@@ -34,5 +34,16 @@ TEST(FindProgram, a_directory_of_that_name_is_no_program) {
   EXPECT_EQ(FindProgram("tool"), "");
 }
 
+TEST(FindFileOnPath, finds_a_file_that_is_no_program_and_no_directory) {
+  const test::ScratchDirectory directory;
+  directory.Write("a/tool.dll/file", "");
+  directory.Write("b/tool.dll", "");
+  chmod(directory.Path("b/tool.dll").c_str(), 0644);
+  const test::EnvironmentGuard path("PATH",
+                                    "relative:" + directory.Path("a") + ":" + directory.Path("b"));
+  EXPECT_EQ(FindFileOnPath("tool.dll"), directory.Path("b/tool.dll"));
+  EXPECT_EQ(FindFileOnPath("other.dll"), "");
+}
+
 }  // namespace
 }  // namespace rastrel::os
