@@ -77,7 +77,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
-  if (count == 0) return;
+  // The program that opens documents reads it itself.
+  if (count == 0 || invocation.command == CommandId::Separate) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
   if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
     throw CommandError(ExitStatus::WrongUse, "`rastrel " + NameOf(invocation.command) +
@@ -123,6 +124,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Header: return HeaderCommand(invocation);
     case CommandId::Import:
     case CommandId::Merge:
+    case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include "cfplane/plane_set.h"
 #include "rastrel/conversion/planes/cfm_dll_if_default.h"
@@ -14,6 +15,8 @@
 namespace rastrel::document {
 
 namespace {
+
+constexpr const char* NoReader = "the reader of separated planes, libcfplane.so, is not installed";
 
 struct Rgb {
   int red, green, blue;
@@ -30,7 +33,7 @@ class OpenReader {
  public:
   [[nodiscard]] static Expected<std::unique_ptr<OpenReader>> Open(const std::wstring& info) {
     auto opened = std::make_unique<OpenReader>();
-    if (!opened->m_Library) return FailureOf("the reader of separated planes is not installed");
+    if (!opened->m_Library) return FailureOf(NoReader);
     opened->m_Set = static_cast<CFMPlaneSet*>(opened->m_Library->GetInterface(PlaneSetInterfaceId));
     if (opened->m_Set == nullptr)
       return FailureOf("the reader of separated planes does not read single planes");
@@ -116,18 +119,31 @@ CVKFullColor InkOfLight(const std::wstring& name) {
   return NamedCmyk(name, 0, 0, 0, 1);
 }
 
+// The descriptions, read at once: a reader that stayed open would have to end before the host.
 class ReaderSet : public PlaneSet {
  public:
-  ReaderSet(std::wstring info, std::unique_ptr<OpenReader> reader, Palette palette)
-      : m_Info(std::move(info)), m_Reader(std::move(reader)), m_Palette(std::move(palette)) {}
+  using Layers = std::vector<std::vector<PlaneDescription>>;
 
-  [[nodiscard]] int LayerCount() override { return m_Reader->Set().GetNumberofLayers(); }
+  ReaderSet(std::wstring info, CFMPlaneSet& set, Palette palette)
+      : m_Info(std::move(info)), m_Palette(std::move(palette)) {
+    const int layers = set.GetNumberofLayers();
+    for (int layer = 0; layer < layers; ++layer) {
+      std::vector<PlaneDescription>& planes = m_Layers.emplace_back();
+      const int count = set.GetNumberofPlanes(layer);
+      // A plane that can't be described keeps its place, and is none.
+      for (int plane = 0; plane < count; ++plane)
+        static_cast<void>(set.GetPlane(layer, plane, planes.emplace_back()));
+    }
+  }
+
+  [[nodiscard]] int LayerCount() override { return static_cast<int>(m_Layers.size()); }
   [[nodiscard]] int PlaneCount(int layer) override {
-    return m_Reader->Set().GetNumberofPlanes(layer);
+    const bool there = layer >= 0 && layer < LayerCount();
+    return there ? static_cast<int>(m_Layers[static_cast<std::size_t>(layer)].size()) : 0;
   }
   [[nodiscard]] std::optional<SeparationShape> Plane(int layer, int plane) override {
-    PlaneDescription found;
-    if (m_Reader->Set().GetPlane(layer, plane, found) == 0) return std::nullopt;
+    if (plane < 0 || plane >= PlaneCount(layer)) return std::nullopt;
+    const PlaneDescription& found = At(layer, plane);
     const bool sound =
         found.width > 0 && found.height > 0 && found.width <= MaximumPlaneSide &&
         found.height <= MaximumPlaneSide &&
@@ -136,7 +152,7 @@ class ReaderSet : public PlaneSet {
         found.xResolution > 0 && found.yResolution > 0;
     if (!sound) return std::nullopt;
     SeparationShape shape;
-    shape.ink = InkOf(layer, plane, found);
+    shape.ink = InkOf(layer, plane);
     shape.page = static_cast<int>(found.page);
     shape.pixelWidth = found.width;
     shape.pixelHeight = found.height;
@@ -148,34 +164,39 @@ class ReaderSet : public PlaneSet {
   }
 
  private:
-  [[nodiscard]] CVKFullColor InkOf(int layer, int plane, const PlaneDescription& found) {
+  [[nodiscard]] const PlaneDescription& At(int layer, int plane) const {
+    return m_Layers[static_cast<std::size_t>(layer)][static_cast<std::size_t>(plane)];
+  }
+  [[nodiscard]] CVKFullColor InkOf(int layer, int plane) const {
+    const PlaneDescription& found = At(layer, plane);
     if (!found.isInk) return InkOfLight(found.name);
     if (found.isColorKnown)
       return NamedCmyk(found.name, found.cyan, found.magenta, found.yellow, found.black);
     if (const PaletteEntry* entry = m_Palette.Find(found.name)) return entry->color;
-    const Rgb& color = SpotColors[SpotsBefore(layer, plane) % SpotColors.size()];
-    return NamedRgb(found.name, color.red, color.green, color.blue);
-  }
-  [[nodiscard]] std::size_t SpotsBefore(int layer, int plane) {
     std::size_t spots = 0;
-    for (int before = 0; before < plane; ++before) {
-      PlaneDescription found;
-      if (m_Reader->Set().GetPlane(layer, before, found) != 0 && !found.isColorKnown) ++spots;
-    }
-    return spots;
+    for (int before = 0; before < plane; ++before)
+      if (!At(layer, before).isColorKnown) ++spots;
+    const Rgb& color = SpotColors[spots % SpotColors.size()];
+    return NamedRgb(found.name, color.red, color.green, color.blue);
   }
 
   std::wstring m_Info;
-  std::unique_ptr<OpenReader> m_Reader;
   Palette m_Palette;
+  Layers m_Layers;
 };
 
 }  // namespace
 
+Expected<void> CheckPlaneReader() {
+  const DynamicLinkBase<CFMDllIFDefault> reader;
+  if (!reader) return FailureOf(NoReader);
+  return {};
+}
+
 Expected<std::unique_ptr<PlaneSet>> OpenPlanes(const std::wstring& info, const Palette& palette) {
   auto reader = OpenReader::Open(info);
   if (!reader) return reader.Error();
-  return std::unique_ptr<PlaneSet>(std::make_unique<ReaderSet>(info, *std::move(reader), palette));
+  return std::unique_ptr<PlaneSet>(std::make_unique<ReaderSet>(info, (*reader)->Set(), palette));
 }
 
 }  // namespace rastrel::document

@@ -14,4 +14,7 @@ namespace rastrel::document {
 [[nodiscard]] Expected<std::unique_ptr<PlaneSet>> OpenPlanes(const std::wstring& info,
                                                              const Palette& palette);
 
+/// Success if that library is there, else why not.
+[[nodiscard]] Expected<void> CheckPlaneReader();
+
 }  // namespace rastrel::document

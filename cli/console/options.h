@@ -58,6 +58,8 @@ enum class OptionId {
   Format,
   Page,
   PictureDpi,
+  SeparationDpi,
+  PlanesOutput,
   Blank,
   Outlines,
   Strict,
@@ -113,6 +115,7 @@ enum class CommandId {
   Import,
   Merge,
   View,
+  Separate,
   Help,
 };
 

@@ -10,6 +10,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/document/import_command.h"
 #include "cli/document/merge_command.h"
+#include "cli/document/separate_command.h"
 #include "cli/document/view_command.h"
 #include "host/text/library_log.h"
 
@@ -21,6 +22,7 @@ ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Import: return ImportCommand(invocation);
     case CommandId::Merge: return MergeCommand(invocation);
+    case CommandId::Separate: return SeparateCommand(invocation);
     case CommandId::View: return ViewCommand(invocation);
     default: break;
   }
