@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -69,6 +70,14 @@ class DirectoryPixels : public PlanePixels {
         m_Height(static_cast<std::size_t>(height)) {}
 
   [[nodiscard]] Expected<PlaneBytes> Read() const override {
+    PlaneBytes copy;
+    const auto visited = Visit(
+        [&](std::span<const std::uint8_t> pixels) { copy.assign(pixels.begin(), pixels.end()); });
+    if (!visited) return visited.Error();
+    return copy;
+  }
+
+  [[nodiscard]] Expected<void> Visit(const Look& look) const override {
     auto reader = OpenReader::Open(m_Info);
     if (!reader) return reader.Error();
     CFMPlaneSet& set = (*reader)->Set();
@@ -76,25 +85,39 @@ class DirectoryPixels : public PlanePixels {
     std::span<const std::byte> block;
     if (set.SelectPlane(m_Layer, m_Plane) == 0 || set.GetPixels(header, block) == 0)
       return (*reader)->LastFailure(m_Info);
-    Expected<PlaneBytes> pixels = WithoutPadding(*header, block);
+    const Expected<void> shown = Show(*header, block, look);
     set.ReleasePixels(header, block);
-    return pixels;
+    return shown;
+  }
+
+  // Kept, so that a plane which was looked at to be valid is not read again for it.
+  [[nodiscard]] Expected<double> MeanInk() const override {
+    if (!m_MeanInk) {
+      const auto mean = PlanePixels::MeanInk();
+      if (!mean) return mean;
+      m_MeanInk = *mean;
+    }
+    return *m_MeanInk;
   }
 
  private:
-  [[nodiscard]] Expected<PlaneBytes> WithoutPadding(const BITMAPINFOHEADER& header,
-                                                    std::span<const std::byte> block) const {
+  [[nodiscard]] Expected<void> Show(const BITMAPINFOHEADER& header,
+                                    std::span<const std::byte> block, const Look& look) const {
     const std::size_t stride = (m_Width + 3) / 4 * 4;
     if (header.biBitCount != 8 || static_cast<std::int64_t>(m_Width) != header.biWidth ||
         block.size() / stride < m_Height)
       return FailureOf(os::Utf8FromWide(L"a plane of " + m_Info + L" is no longer as it was"));
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(block.data());
-    if (stride == m_Width) return PlaneBytes(bytes, bytes + m_Width * m_Height);
+    if (stride == m_Width) {
+      look({bytes, m_Width * m_Height});
+      return {};
+    }
     PlaneBytes pixels;
     pixels.reserve(m_Width * m_Height);
     for (std::size_t row = 0; row < m_Height; ++row)
       pixels.insert(pixels.end(), bytes + row * stride, bytes + row * stride + m_Width);
-    return pixels;
+    look(pixels);
+    return {};
   }
 
   std::wstring m_Info;
@@ -102,6 +125,7 @@ class DirectoryPixels : public PlanePixels {
   int m_Plane;
   std::size_t m_Width;
   std::size_t m_Height;
+  mutable std::optional<double> m_MeanInk;
 };
 
 CVKFullColor NamedCmyk(const std::wstring& name, double c, double m, double y, double k) {

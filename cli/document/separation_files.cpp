@@ -4,6 +4,8 @@
 #include <array>
 #include <filesystem>
 #include <set>
+#include <span>
+#include <string_view>
 #include <utility>
 
 #include "cli/console/exit_status.h"
@@ -59,18 +61,20 @@ render::TiffPage PageOf(const SeparatedPlane& plane) {
           .yResolution = plane.yResolution};
 }
 
-document::PlaneBytes PixelsOf(SeparationRun& run, const SeparatedPlane& plane) {
+const document::PlanePixels& PixelsOf(SeparationRun& run, const SeparatedPlane& plane) {
   const document::Object& object = *run.Host().GetDocument().Find(plane.object);
-  return OrEnd(ExitStatus::JobFailed,
-               std::get<document::SeparationShape>(object.shape).pixels->Read());
+  return *std::get<document::SeparationShape>(object.shape).pixels;
 }
 
 void WritePage(SeparationRun& run, os::OutputFile& file, const render::PlaneTiff& tiff,
                std::size_t page, const SeparatedPlane& plane) {
-  const document::PlaneBytes pixels = PixelsOf(run, plane);
-  const std::string_view bytes(reinterpret_cast<const char*>(pixels.data()), pixels.size());
-  auto written = file.Write(tiff.Head(page));
-  if (written) written = file.Write(bytes);
+  Expected<void> written;
+  const auto read = PixelsOf(run, plane).Visit([&](std::span<const std::uint8_t> pixels) {
+    const std::string_view bytes(reinterpret_cast<const char*>(pixels.data()), pixels.size());
+    written = file.Write(tiff.Head(page));
+    if (written) written = file.Write(bytes);
+  });
+  OrEnd(ExitStatus::JobFailed, read);
   if (!written) ThrowUnwritten(written.Error());
 }
 

@@ -131,11 +131,8 @@ std::vector<SeparatedPlane> SeparationRun::Planes() {
     plane.xResolution = shape->xResolution;
     plane.yResolution = shape->yResolution;
     plane.color = HexColor(shape->ink);
-    const auto pixels = OrEnd(ExitStatus::JobFailed, shape->pixels->Read());
-    std::uint64_t light = 0;
-    for (const std::uint8_t pixel : pixels) light += pixel;
-    const double count = static_cast<double>(pixels.size());
-    const double ink = 1 - static_cast<double>(light) / 255 / count;
+    const double ink = OrEnd(ExitStatus::JobFailed, shape->pixels->MeanInk());
+    const double count = static_cast<double>(plane.width) * plane.height;
     plane.coverage = ink * 100;
     plane.area =
         ink * count / plane.xResolution / plane.yResolution * SquareCentimetresPerSquareInch;

@@ -52,7 +52,7 @@ class SeparationRun {
   [[nodiscard]] bool Separate(TerminalViews& views);
 
   [[nodiscard]] document::DocumentHost& Host() { return *m_Host; }
-  /// The planes in their order. Reads each for its coverage; ends the command if one can't be read.
+  /// The planes in their order. Ends the command if one can't be read for its coverage.
   [[nodiscard]] std::vector<SeparatedPlane> Planes();
 
  private:

@@ -48,6 +48,25 @@ std::size_t SingleBytesAt(std::span<const std::uint8_t> pixels) {
 
 }  // namespace
 
+Expected<void> PlanePixels::Visit(const Look& look) const {
+  const auto pixels = Read();
+  if (!pixels) return pixels.Error();
+  look(*pixels);
+  return {};
+}
+
+Expected<double> PlanePixels::MeanInk() const {
+  double mean = 0;
+  const auto visited = Visit([&](std::span<const std::uint8_t> pixels) {
+    std::uint64_t light = 0;
+    for (const std::uint8_t pixel : pixels) light += pixel;
+    if (!pixels.empty())
+      mean = 1 - static_cast<double>(light) / 255 / static_cast<double>(pixels.size());
+  });
+  if (!visited) return visited.Error();
+  return mean;
+}
+
 std::string PackPixels(std::span<const std::uint8_t> pixels) {
   std::string packed;
   while (!pixels.empty()) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -28,6 +29,11 @@ class PlanePixels {
   /// All pixels: as many as the shape's width times its height. Fails, with a sentence for the
   /// user, if they can't be read any more.
   [[nodiscard]] virtual Expected<PlaneBytes> Read() const = 0;
+  /// Shows them to a function where they are, without a copy if it can be. Fails as Read does.
+  using Look = std::function<void(std::span<const std::uint8_t>)>;
+  [[nodiscard]] virtual Expected<void> Visit(const Look& look) const;
+  /// The mean ink, 0 to 1. Reads all pixels. Fails as Read does.
+  [[nodiscard]] virtual Expected<double> MeanInk() const;
 };
 
 /// Pixels that are in memory, packed: those of a document file.

@@ -25,6 +25,7 @@ int SeparationItem::Add(int visible, int selectable, int /*reserved*/, ObjectHan
   return 1;
 }
 
-int SeparationItem::IsStateValid() { return m_Shape && m_Shape->pixels->Read() ? 1 : 0; }
+// The mean is kept by those pixels for which it is worth it.
+int SeparationItem::IsStateValid() { return m_Shape && m_Shape->pixels->MeanInk() ? 1 : 0; }
 
 }  // namespace rastrel::document
