@@ -5,17 +5,15 @@
 #include <memory>
 #include <string>
 
+#include "bench/import_document.h"
 #include "bench/measure.h"
 #include "bench/require.h"
 #include "host/document/document.h"
-#include "host/document_host.h"
 #include "rastrel/imports/cr2/cr2_file_import.h"
 #include "rastrel/imports/cr2/cr2_file_import_vers2.h"
 #include "rastrel/imports/cr2/cr2_parse.h"
 #include "rastrel/imports/cr2/zml_parse.h"
-#include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/xml/layer.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
 
@@ -76,10 +74,6 @@ void WritePlatesWithDrawing(const std::string& path, const std::string& drawing,
   out << "</plates></engraving_template>";
 }
 
-void Parse(const std::wstring& path) {
-  bench::Require(static_cast<bool>(LoadXmlFile(path)), "the template was not parsed");
-}
-
 void ReadFirstGeneration(const std::wstring& path) {
   imports::Cr2Document document;
   bench::Require(imports::ParseCr2File(path.c_str(), document) && document.plates.size() == Plates,
@@ -99,38 +93,14 @@ void Import(const std::wstring& path) {
   const Importer importer(path.c_str(), nullptr);
 }
 
-/// An empty document, installed as the host's.
-class OpenDocument {
- public:
-  OpenDocument() { host::SetHost(&m_Host); }
-  ~OpenDocument() { host::SetHost(nullptr); }
-  OpenDocument(const OpenDocument&) = delete;
-  OpenDocument& operator=(const OpenDocument&) = delete;
-  [[nodiscard]] std::size_t ObjectCount() const { return m_Host.GetDocument().ObjectCount(); }
-
- private:
-  document::DocumentHost m_Host;
-};
-
 void Compare(const std::wstring& path, const char* name, void (*read)(const std::wstring&),
              bool fillsDocument) {
-  std::unique_ptr<OpenDocument> document;
-  bench::Compare(
-      {.name = name,
-       .peerName = "their XML alone",
-       .rounds = 9,
-       .limit = 5.0,
-       .clock = bench::Clock::Processor},
-      [&] {
-        document.reset();
-        document = std::make_unique<OpenDocument>();
-      },
-      [&] {
-        read(path);
-        bench::Require((document->ObjectCount() > Plates) == fillsDocument,
-                       "the document does not have the plates' texts");
-      },
-      [&] { Parse(path); });
+  bench::CompareWithXml(name, path,
+                        [&](const std::wstring& file, const document::Document& document) {
+                          read(file);
+                          bench::Require((document.ObjectCount() > Plates) == fillsDocument,
+                                         "the document does not have the plates' texts");
+                        });
 }
 
 /// The drawing on every plate of a template, against a template of one plate.
@@ -138,10 +108,11 @@ void CompareDrawings(const test::ScratchDirectory& folder) {
   WriteDrawing(folder.Path("crest.svg"));
   WritePlatesWithDrawing(folder.Path("many.cr2"), folder.Path("crest.svg"), PlatesWithDrawing);
   WritePlatesWithDrawing(folder.Path("one.cr2"), folder.Path("crest.svg"), 1);
-  std::unique_ptr<OpenDocument> document;
+  std::unique_ptr<bench::OpenDocument> document;
   const auto import = [&](const char* file, std::size_t plates) {
     Import<CCR2FileImport>(folder.Wide(file));
-    bench::Require(document->ObjectCount() > plates * 13, "the drawing is not on every plate");
+    bench::Require(document->Get().ObjectCount() > plates * 13,
+                   "the drawing is not on every plate");
   };
   bench::Compare(
       {.name = "1,000 plates that show one SVG, imported",
@@ -151,7 +122,7 @@ void CompareDrawings(const test::ScratchDirectory& folder) {
        .clock = bench::Clock::Wall},
       [&] {
         document.reset();
-        document = std::make_unique<OpenDocument>();
+        document = std::make_unique<bench::OpenDocument>();
       },
       [&] { import("many.cr2", PlatesWithDrawing); }, [&] { import("one.cr2", 1); });
 }

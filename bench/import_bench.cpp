@@ -3,18 +3,16 @@
 // file to records.
 
 #include <fstream>
-#include <memory>
 #include <string>
 
+#include "bench/import_document.h"
 #include "bench/measure.h"
 #include "bench/require.h"
 #include "host/document/document.h"
-#include "host/document_host.h"
 #include "rastrel/imports/bright_star_xml_import.h"
 #include "rastrel/imports/cro_file_import.h"
 #include "rastrel/imports/llx_file_import.h"
 #include "rastrel/imports/xml_file_import.h"
-#include "rastrel/platform/host/host.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/xml/layer.h"
 #include "tests/support/scratch_directory.h"
@@ -42,24 +40,6 @@ void WritePlates(const std::string& path, int sizes) {
   out << "</ENGRAVINGTEMPLATE></ABB>";
 }
 
-/// An empty document, installed as the host's.
-class OpenDocument {
- public:
-  OpenDocument() { host::SetHost(&m_Host); }
-  ~OpenDocument() { host::SetHost(nullptr); }
-  OpenDocument(const OpenDocument&) = delete;
-  OpenDocument& operator=(const OpenDocument&) = delete;
-  [[nodiscard]] bool IsEmpty() const { return m_Host.GetDocument().HighestPage() == 0; }
-
- private:
-  document::DocumentHost m_Host;
-};
-
-void Import(const std::wstring& path, const OpenDocument& document) {
-  bench::Require(CXMLFileImport(path.c_str()).ImportXMLFile() == 1 && !document.IsEmpty(),
-                 "the plates were not imported");
-}
-
 void Parse(const std::wstring& path) {
   bench::Require(static_cast<bool>(LoadXmlFile(path)), "the plates were not parsed");
 }
@@ -67,19 +47,12 @@ void Parse(const std::wstring& path) {
 void CompareImport(const std::string& folder, int sizes, const char* name) {
   const std::string file = folder + "/plates.xml";
   WritePlates(file, sizes);
-  const std::wstring path = os::FromNative(file);
-  std::unique_ptr<OpenDocument> document;
-  bench::Compare(
-      {.name = name,
-       .peerName = "their XML alone",
-       .rounds = 9,
-       .limit = 5.0,
-       .clock = bench::Clock::Processor},
-      [&] {
-        document.reset();
-        document = std::make_unique<OpenDocument>();
-      },
-      [&] { Import(path, *document); }, [&] { Parse(path); });
+  bench::CompareWithXml(
+      name, os::FromNative(file), [](const std::wstring& path, const document::Document& document) {
+        bench::Require(
+            CXMLFileImport(path.c_str()).ImportXMLFile() == 1 && document.HighestPage() > 0,
+            "the plates were not imported");
+      });
 }
 
 /// Text frames of one template, as its writers make them.
@@ -138,24 +111,12 @@ void CompareReading(const std::string& file, const char* name, Read read) {
 void CompareFrames(const std::string& folder) {
   const std::string file = folder + "/frames.xml";
   WriteFrames(file);
-  const std::wstring path = os::FromNative(file);
-  std::unique_ptr<OpenDocument> document;
-  bench::Compare(
-      {.name = "10,000 frames of a BrightStar template, imported",
-       .peerName = "their XML alone",
-       .rounds = 9,
-       .limit = 5.0,
-       .clock = bench::Clock::Processor},
-      [&] {
-        document.reset();
-        document = std::make_unique<OpenDocument>();
-      },
-      [&] {
-        bench::Require(
-            CBrightStarXMLImport(path.c_str()).ImportXMLFile() == 1 && !document->IsEmpty(),
-            "the frames were not imported");
-      },
-      [&] { Parse(path); });
+  bench::CompareWithXml("10,000 frames of a BrightStar template, imported", os::FromNative(file),
+                        [](const std::wstring& path, const document::Document& document) {
+                          bench::Require(CBrightStarXMLImport(path.c_str()).ImportXMLFile() == 1 &&
+                                             document.HighestPage() > 0,
+                                         "the frames were not imported");
+                        });
 }
 
 void CompareRecords(const std::string& folder) {

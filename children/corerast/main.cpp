@@ -45,18 +45,17 @@ Expected<void> WritePageList(const RunDirectory& directory, unsigned pages) {
   return written;
 }
 
-// The pages are those of the program that started this one. If it ends without having taken them,
-// others may remove them.
-void NameOwner(const std::string& directory) {
-  if (const auto owner = os::IdentityOfProcess(os::StarterProcessId()))
-    static_cast<void>(os::WriteOwner(directory, *owner));
-}
+// The program that started this one. Asked at the beginning: the children of a program that was
+// killed meanwhile are another's, which knows nothing of their pages.
+using Starter = Expected<os::ProcessIdentity>;
+Starter FindStarter() { return os::IdentityOfProcess(os::StarterProcessId()); }
 
-// Hands the pages over. Letting go of them is the last act: whoever ends this program before finds
-// nothing.
-Expected<void> HandOver(const RunDirectory& directory, unsigned pages, Guardian& guardian) {
+// Hands the pages over to the starter. If it ends without having taken them, others may remove
+// them. Letting go of them is the last act: whoever ends this program before finds nothing.
+Expected<void> HandOver(const RunDirectory& directory, unsigned pages, const Starter& starter,
+                        Guardian& guardian) {
   if (const auto removed = directory.RemoveWork(); !removed) return removed;
-  NameOwner(directory.Path());
+  if (starter) static_cast<void>(os::WriteOwner(directory.Path(), *starter));
   if (const auto written = WritePageList(directory, pages); !written) return written;
   if (!guardian.ReleaseAll()) return Failure{"release", "the pages", errno};
   return {};
@@ -100,6 +99,7 @@ Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char*
 
 Expected<void> Rip(const CommandLine& line, const char* program, Reporter& reporter,
                    Guardian& guardian) {
+  const Starter starter = FindStarter();
   auto request = RequestOf(line, program, reporter);
   if (!request) return request.Error();
   const auto directory = RunDirectory::Make(request->ripDirectory, guardian);
@@ -109,7 +109,7 @@ Expected<void> Rip(const CommandLine& line, const char* program, Reporter& repor
   }
   const auto pages = interpreter::PrintPages(std::move(*request), *directory, reporter, guardian);
   if (!pages) return pages.Error();
-  return HandOver(*directory, *pages, guardian);
+  return HandOver(*directory, *pages, starter, guardian);
 }
 
 ExitStatus StatusOf(const Failure& failure, bool install) {

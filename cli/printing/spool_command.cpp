@@ -10,6 +10,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
 #include "cli/printing/spool.h"
+#include "cli/printing/spool_repair.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -118,14 +119,6 @@ void WriteEntry(const SpoolEntry& entry, bool json) {
   json ? WriteOutLines(EntryLine(entry)) : WriteOutRow(EntryRow(entry));
 }
 
-// The pages of a job that is a link lie in a directory of somebody else's, and stay.
-Expected<void> RemoveDirectoryOrLink(const std::string& directory) {
-  const std::wstring path = os::FromNative(directory);
-  if (os::IsLink(path)) return os::RemoveFile(path);
-  if (!os::Exists(path)) return {};
-  return os::RemoveTree(path);
-}
-
 void ShowInDesktop(const std::string& directory) {
   const bool desktop =
       !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
@@ -174,9 +167,9 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
-  for (const std::string& directory : {entry.directory, entry.staged})
-    if (!RemoveDirectoryOrLink(directory))
-      throw CommandError(ExitStatus::JobFailed, "'" + directory + "' can't be removed whole");
+  if (const auto removed = RemoveEntry(entry); !removed)
+    throw CommandError(ExitStatus::JobFailed,
+                       "'" + removed.Error().where + "' can't be removed whole");
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("removed");
     line.Add("text", entry.name).Add("path", entry.directory).Write();

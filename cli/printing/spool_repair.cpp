@@ -87,10 +87,13 @@ Expected<void> FinishMove(const std::string& directory) {
   return {};
 }
 
-Expected<void> RemoveBoth(const SpoolEntry& entry) {
-  for (const std::string& directory : {entry.directory, entry.staged})
-    if (auto removed = RemoveIfThere(directory); !removed) return removed;
-  return {};
+// Pages of a job that was cut off are still where they were made, and its note alone names them. A
+// process that still moves them removes them itself when their place is gone.
+void RemoveUnmovedPages(const std::string& directory) {
+  const auto job = cfm::ReadKeptJob(directory, cfm::UnfinishedJobName);
+  if (!job || (job->mover && os::MayBeAlive(*job->mover))) return;
+  for (const cfm::KeptPage& page : job->pages)
+    if (IsOfRip(page.source)) RemoveSource(page.source);
 }
 
 void Report(const Invocation& invocation, const char* event, const SpoolEntry& entry,
@@ -125,12 +128,24 @@ bool RepairAndReport(const Invocation& invocation, const SpoolEntry& entry) {
                entry.name + " --remove` removes it");
     return false;
   }
-  OrEnd(ExitStatus::JobFailed, RemoveBoth(entry));
+  OrEnd(ExitStatus::JobFailed, RemoveEntry(entry));
   Report(invocation, "removed", entry, "removed " + entry.name);
   return true;
 }
 
 }  // namespace
+
+// The pages of a job that is a link lie in a directory of somebody else's, and stay.
+Expected<void> RemoveEntry(const SpoolEntry& entry) {
+  for (const std::string& directory : {entry.directory, entry.staged}) {
+    const std::wstring path = os::FromNative(directory);
+    const bool isLink = os::IsLink(path);
+    if (!isLink) RemoveUnmovedPages(directory);
+    const auto removed = isLink ? os::RemoveFile(path) : RemoveIfThere(directory);
+    if (!removed) return Failure{"remove", directory, removed.Error().error};
+  }
+  return {};
+}
 
 Expected<void> RepairEntry(const SpoolEntry& entry) {
   if (entry.state != SpoolState::Incomplete) return {};

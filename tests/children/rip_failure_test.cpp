@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/owner.h"
 #include "tests/children/rip_fixture.h"
 
 namespace rastrel::corerast::testing {
@@ -285,6 +286,30 @@ TEST(HostileJob, reads_and_writes_nothing_outside) {
   EXPECT_EQ(outcome.reports.find("OPENED"), std::string::npos) << outcome.reports;
   EXPECT_TRUE(outcome.Says("gs: denied /etc/passwd")) << outcome.reports;
   EXPECT_FALSE(fs::exists(bench.Root() + "/new"));
+}
+
+// Such a program is the RIP's parent no more when the pages are handed over.
+TEST(Starter, that_has_ended_before_the_pages_are_there_is_still_their_owner) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string log = bench.File("reports", "");
+  const std::string starter = bench.File("starter", "");
+  const std::string script =
+      "log=$1 starter=$2; shift 2; \"$@\" 2>\"$log\" &\n"
+      "until grep -q INTERPRETING \"$log\"; do sleep 0.01; done\n"
+      "echo $$ >\"$starter\"\n";
+  const std::string slow = bench.File("job.ps", "%!PS\n1 1 10000000 { pop } for\n" + RedPage);
+  const ProgramRun outcome = bench.RunProgram({"/bin/sh", "-c", script, "sh", log, starter,
+                                               bench.RipDirectory() + "/corerast.exe", "-M", "-Q",
+                                               "-m128", bench.Prefix(), slow});
+  const std::vector<std::string> pages = RipFixture::PagesOf(outcome.output);
+  ASSERT_EQ(pages.size(), 1U) << outcome.output;
+  const auto owner = os::ReadOwner(fs::path(pages[0]).parent_path().string());
+  ASSERT_TRUE(owner) << Describe(owner.Error());
+  std::uint32_t id = 0;
+  std::ifstream(starter) >> id;
+  EXPECT_EQ(owner->id, id);
+  EXPECT_FALSE(os::MayBeAlive(*owner));
 }
 
 TEST(HostileJob, can_not_leave_files_behind) {

@@ -2,8 +2,11 @@
 
 import collections
 import fnmatch
+import os
 import pathlib
 import re
+import shutil
+import time
 
 # A line of leftovers.txt: at most `factor` for each of the ways `per`.
 Known = collections.namedtuple("Known", "place pattern factor per reason")
@@ -41,6 +44,31 @@ def top_entries(added):
                        for other in added)}
 
 
+def remove(directory, limit):
+    """Removes a job's directory. The guardian of a killed job may still be clearing away in it."""
+    end = time.monotonic() + limit
+    while True:
+        try:
+            shutil.rmtree(directory)
+            return
+        except OSError:
+            if time.monotonic() > end:
+                raise
+            time.sleep(0.05)
+
+
+def contents(path):
+    """The names in a directory that was left, for the report."""
+    if not path.is_dir():
+        return ""
+    names = sorted(entries(path))
+    owner = path / ".owner"
+    of = f", of process {owner.read_text().split()[0]}" if owner.is_file() else ""
+    if of.endswith(f" {os.getpid()}"):
+        of += ", this one"  # it adopts the children of killed jobs
+    return f" with {', '.join(names[:12])}{of}" if names else " empty"
+
+
 class Remains:
     """Compares places before and after."""
 
@@ -68,9 +96,11 @@ class Remains:
             if known.place == place and fnmatch.fnmatchcase(name.rstrip("/"), known.pattern):
                 self.counted[known] += 1
                 return
-        numbers = [int(number) for number in re.findall(r"\d+", name)]
+        # Whole words: the name of a run's directory is 32 hexadecimal digits.
+        numbers = [int(number) for number in re.findall(r"(?<![0-9a-z])\d+(?![0-9a-z])", name)]
         of = [f", of job {self.makers[number]}" for number in numbers if number in self.makers]
-        self.faults.append(f"{place}: {directory}/{name} was left{''.join(of)}")
+        self.faults.append(f"{place}: {directory}/{name} was left{''.join(of)}"
+                           f"{contents(pathlib.Path(directory, name))}")
 
     def judge(self, ended):
         """Adds a fault for each line of which there are more than it allows. `ended`: how many jobs

@@ -134,7 +134,7 @@ class Run:
             if fault:
                 self.kinds[job.kind]["faults"] += 1
                 self.add_fault(job, fault, log)
-        shutil.rmtree(directory)
+        remains.remove(directory, self.options.time_limit)
 
     def wait(self, process, job):
         """The status; None for a job that did not end within the limit, which is then ended."""

@@ -6,6 +6,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -98,6 +99,39 @@ class Files(unittest.TestCase):
         (self.place / "trace-71").touch()
         self.assertEqual(self.faults(),
                          [f"root: {self.place}/trace-71 was left, of job 12 (print)"])
+
+    def test_a_directory_that_was_left_shows_its_content_and_no_job_by_its_digits(self):
+        self.remains.makers[2240] = "7 (print)"
+        run = self.place / "9a2240b"
+        (run / "p0001").mkdir(parents=True)
+        self.assertEqual(self.faults(), [f"root: {run}/ was left with p0001/"])
+        (run / ".owner").write_text("71 8812 0ef1\n")
+        self.remains.faults.clear()
+        self.assertEqual(self.faults(), [f"root: {run}/ was left with .owner, p0001/, of process 71"])
+        (run / "p0001").rmdir()
+        (run / ".owner").unlink()
+        self.remains.faults.clear()
+        self.assertEqual(self.faults(), [f"root: {run}/ was left empty"])
+
+    def test_a_directory_that_somebody_still_writes_in_is_removed(self):
+        directory = self.place / "job"
+        directory.mkdir()
+        writing = threading.Event()
+
+        def write():
+            for number in range(200):
+                try:
+                    (directory / str(number)).touch()
+                except FileNotFoundError:
+                    pass  # removed already
+                writing.set()
+
+        writer = threading.Thread(target=write)
+        writer.start()
+        writing.wait()
+        remains.remove(directory, 60)
+        writer.join()
+        self.assertFalse(directory.exists())
 
     def test_a_file_that_was_there_and_is_gone_is_a_fault(self):
         (self.place / "settings").unlink()

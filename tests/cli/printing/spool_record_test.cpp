@@ -171,6 +171,32 @@ TEST_F(SpoolRecord, a_move_whose_page_is_nowhere_changes_nothing) {
   EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out/run"), Names{"p0002"});
 }
 
+TEST_F(SpoolRecord, a_job_that_was_cut_off_is_removed_with_the_pages_that_have_not_moved) {
+  for (const fs::path& place : {Spool() / "cut.cfm", Output() / "cut.cfm"}) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"spool", "remove", "cut"},
+          std::vector<std::string>{"spool", "repair", "cut", "--remove"}}) {
+      WriteInterruptedMove(place, GoneProcess());
+      fs::resize_file(Output() / "run/p0002/page.pgm", 3);  // so that it can't be finished
+      const CommandResult result = m_Command.Run(words);
+      EXPECT_EQ(result.status, 0) << result.error;
+      EXPECT_EQ(result.output, "removed cut\n");
+      EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());
+      EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out"), Names());
+    }
+  }
+}
+
+TEST_F(SpoolRecord, a_removed_job_that_is_a_link_takes_no_pages_along) {
+  const ScratchDirectory elsewhere;
+  WriteInterruptedMove(elsewhere.Path("real"), GoneProcess());
+  fs::create_directory_symlink(elsewhere.Path("real"), Spool() / "cut.cfm");
+  EXPECT_EQ(m_Command.Run({"spool", "remove", "cut"}).status, 0);
+  EXPECT_TRUE(elsewhere.Has("real/p0001/page.pgm"));
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/System/c-out/run"), Names{"p0002"});
+  EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names());
+}
+
 TEST_F(SpoolRecord, a_job_whose_mover_still_runs_is_left_to_it) {
   WriteInterruptedMove(Spool() / "cut.cfm",
                        os::FormatIdentity(*os::IdentityOfProcess(os::CurrentProcessId())));
