@@ -78,7 +78,9 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
   // A program of its own takes these in.
-  if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut) return;
+  if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut ||
+      invocation.command == CommandId::Separate)
+    return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
   if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
@@ -127,6 +129,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Cut:
     case CommandId::Import:
     case CommandId::Merge:
+    case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

@@ -14,6 +14,7 @@
 #include "host/host_files.h"
 #include "host/load_settings_store.h"
 #include "host/plane_library.h"
+#include "host/separation_planes.h"
 #include "host/text/font_catalog.h"
 #include "host/text/text_engine.h"
 #include "host/watched_settings.h"
@@ -85,6 +86,8 @@ struct DocumentHost::Parts {
     store.SetItemSource(
         [this](ObjectHandle object) { return graphics::ItemOf(store, notices, object); });
     application.SetUnitsSource([this] { return static_cast<int>(units.value_or(StoredUnits())); });
+    application.SetPlaneOpener(
+        [this](const std::wstring& info) { return OpenPlanes(info, document->Colors()); });
     application.SetProgramFiles(&files);
     text.SetDialogViews([this] { return views; });
     application.SetNewDocumentHandler([this] { text.Clear(); });

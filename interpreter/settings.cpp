@@ -1,5 +1,6 @@
 #include "interpreter/settings.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -57,6 +58,8 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
+  Read("RASTREL_SEPARATION_DPI", settings.separationDpi, complaints);
+  settings.separationDpi = std::min(settings.separationDpi, MaximumSeparationDpi);
   ReadBox(settings.pdfBox, complaints);
   Read("RASTREL_RIP_PAGE", settings.pdfPage, complaints, MaximumPage);
   settings.passwordFile = os::EnvironmentValue("RASTREL_RIP_PASSWORD_FILE");

@@ -19,6 +19,9 @@ struct Settings {
   std::uint64_t pagePixels = 1600000000;  ///< RASTREL_RIP_PIXELS: of one page
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time
+  /// RASTREL_SEPARATION_DPI: pixels per inch of a file that is separated and selects none; at most
+  /// MaximumSeparationDpi.
+  std::uint64_t separationDpi = 300;
   PdfBox pdfBox = PdfBox::Crop;           ///< RASTREL_RIP_BOX: "media", "crop", "trim" or "bleed"
   /// RASTREL_RIP_PAGE: which page of a PDF counts as the first where a run is of one page, a
   /// picture or a measure; from 1.
@@ -30,6 +33,8 @@ struct Settings {
   /// Reads them. A value of another form is passed over and adds a sentence to `complaints`.
   [[nodiscard]] static Settings FromEnvironment(std::vector<std::string>& complaints);
 };
+
+inline constexpr std::uint64_t MaximumSeparationDpi = 4800;
 
 /// Temporary files that a run may have at a time. The interpreter's own are a handful.
 inline constexpr std::uint64_t WorkFiles = 1000;

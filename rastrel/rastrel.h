@@ -29,6 +29,7 @@
 #include "rastrel/conversion/cut/generate_cut_data.h"
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/conversion/page_size.h"
+#include "rastrel/conversion/separation/separation_objects.h"
 #include "rastrel/imports/bright_star_xml_import.h"
 #include "rastrel/imports/cr2/cr2_file_import.h"
 #include "rastrel/imports/cr2/cr2_file_import_vers2.h"

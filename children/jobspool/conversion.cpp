@@ -133,7 +133,7 @@ class Conversion {
   Expected<unsigned> Interpret(const interpreter::RunDirectory& directory) {
     auto request = RequestOf(m_Source, m_Context);
     if (!request) return request.Error();
-    std::string prefix = SeparationPrefix();
+    std::string prefix = SeparationPrefix(m_Context.settings.separationDpi);
     if (IsPicture()) {
       PictureTask task{{}, m_Source.header.size, Resolution(), m_Source.header.cutLines};
       if (const auto found = FindArea(task); !found) return found.Error();

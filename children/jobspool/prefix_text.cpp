@@ -93,8 +93,9 @@ std::string PicturePrefix(const PictureTask& task) {
          CutLines(task.cutLines) + (dots ? Page(*dots, task) : "") + "end\n";
 }
 
-std::string SeparationPrefix() {
-  return std::string(Start) + "4Color\n300 300 SetXYResolution\nend\n";
+std::string SeparationPrefix(std::uint64_t resolution) {
+  const std::string number = std::to_string(resolution);
+  return std::string(Start) + "4Color\n" + number + " " + number + " SetXYResolution\nend\n";
 }
 
 }  // namespace rastrel::jobspool

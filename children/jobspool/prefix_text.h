@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -27,8 +28,9 @@ inline constexpr int LowestDeviceResolution = 4;
 /// edge to edge by the area, whatever the job asks of its device.
 [[nodiscard]] std::string PicturePrefix(const PictureTask& task);
 
-/// The same for a job that is separated: all pages, in CMYK and spot colors.
-[[nodiscard]] std::string SeparationPrefix();
+/// The same for a job that is separated: all pages, in CMYK and spot colors, at that many pixels per
+/// inch unless it selects others.
+[[nodiscard]] std::string SeparationPrefix(std::uint64_t resolution);
 
 /// The name of a cut line that is a separation, in UTF-8. The RIP finds it in a job in either
 /// encoding (names.ps).

@@ -77,6 +77,10 @@ constexpr std::array OptionTable{
     OptionRow{Page, "--page", "N", "Draw this page only; from 1."},
     OptionRow{PictureDpi, "--dpi", "N",
               "Pixels per inch of a picture, from 1 to 2400; 96 if not given."},
+    OptionRow{SeparationDpi, "--dpi", "N",
+              "Dots per inch of the planes, from 1 to 4800; 300 if not given."},
+    OptionRow{PlanesOutput, "--output", "DIR|FILE",
+              "Write the planes to a directory, or to a .tif, .pdf, .svg, .png or .rdoc file."},
     OptionRow{Blank, "--blank", "WxH",
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
@@ -177,6 +181,8 @@ constexpr std::array MergeOptions{Data,
 constexpr std::array ViewOptions{
     Format,          OutputFile,         Page,        PictureDpi, Blank, Outlines, AllowOutside,
     FontReplacement, CancelMissingFonts, AskInWindow, Force,      Json,  Help};
+constexpr std::array SeparateOptions{PlanesOutput, SeparationDpi, Box,  PasswordFile,
+                                     Title,        Force,         Json, Help};
 constexpr std::array HelpOptions{Help};
 
 constexpr std::array CommandTable{
@@ -253,6 +259,9 @@ constexpr std::array CommandTable{
                MergeOptions},
     CommandRow{CommandId::View, "view", "FILE", false,
                "Show what a template or a document looks like.", ViewOptions},
+    CommandRow{CommandId::Separate, "separate", "FILE", false,
+               "Separate a file into a plane for each ink, and tell how much each covers.",
+               SeparateOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };
@@ -262,9 +271,9 @@ constexpr const char* Place = "operand";
 void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const OptionRow& row = OptionOf(id);
   const bool isSwitch = *row.value == '\0';
-  const std::string names = (id == Help         ? "-h,"
-                             : id == OutputFile ? "-o,"
-                                                : "") +
+  const std::string names = (id == Help                               ? "-h,"
+                             : id == OutputFile || id == PlanesOutput ? "-o,"
+                                                                      : "") +
                             std::string(row.name);
   if (isSwitch) {
     app.add_flag_callback(

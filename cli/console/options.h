@@ -63,6 +63,8 @@ enum class OptionId {
   Format,
   Page,
   PictureDpi,
+  SeparationDpi,
+  PlanesOutput,
   Blank,
   Outlines,
   Strict,
@@ -120,6 +122,7 @@ enum class CommandId {
   Import,
   Merge,
   View,
+  Separate,
   Help,
 };
 

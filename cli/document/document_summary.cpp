@@ -24,6 +24,7 @@ void Count(const document::Document& document, host::ObjectHandle root, Document
     } else if (std::holds_alternative<document::DrillShape>(shape)) {
       ++counts.drillPoints;
     } else if (std::holds_alternative<document::GraphicShape>(shape) ||
+               std::holds_alternative<document::SeparationShape>(shape) ||
                std::holds_alternative<document::BitmapShape>(shape)) {
       ++counts.graphics;
     } else if (std::holds_alternative<document::GroupShape>(shape)) {

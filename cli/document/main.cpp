@@ -12,6 +12,7 @@
 #include "cli/document/cut_command.h"
 #include "cli/document/import_command.h"
 #include "cli/document/merge_command.h"
+#include "cli/document/separate_command.h"
 #include "cli/document/view_command.h"
 #include "host/text/library_log.h"
 
@@ -25,6 +26,7 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::Cut: return CutCommand(invocation);
     case CommandId::Import: return ImportCommand(invocation);
     case CommandId::Merge: return MergeCommand(invocation);
+    case CommandId::Separate: return SeparateCommand(invocation);
     case CommandId::View: return ViewCommand(invocation);
     default: break;
   }

@@ -59,6 +59,8 @@ std::string RipDirectory() { return NativeDirectory(CExePaths::Instance().m_RipD
 
 std::string SpoolDirectory() { return NativeDirectory(CExePaths::Instance().m_CFMDir); }
 
+std::string SeparationDirectory() { return RipDirectory() + "/Separation"; }
+
 std::string ModesDirectory() { return NativeDirectory(CExePaths::Instance().m_PModesDir); }
 
 std::string PagesDirectory() { return NativeDirectory(CExePaths::Instance().m_OutputDir); }

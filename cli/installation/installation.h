@@ -27,6 +27,7 @@ namespace rastrel::cli {
 [[nodiscard]] std::string ModesDirectory();
 [[nodiscard]] std::string PagesDirectory();
 [[nodiscard]] std::string JobsDirectory();
+[[nodiscard]] std::string SeparationDirectory();
 [[nodiscard]] std::string DevicesFile();
 
 /// Why a file can't be made in a directory, as a message; empty if one can. Leaves nothing there.

@@ -32,8 +32,15 @@ void MakeReadable(const std::string& path) {
 }  // namespace
 
 Expected<JobDirectory> JobDirectory::Create(bool keep) {
-  const std::string stem =
-      JobsDirectory() + (keep ? "/kept-" : "/") + std::to_string(os::CurrentProcessId()) + "-";
+  return CreateNamed(JobsDirectory() + (keep ? "/kept-" : "/"), keep);
+}
+
+Expected<JobDirectory> JobDirectory::CreateIn(const std::string& place) {
+  return CreateNamed(place + "/", false);
+}
+
+Expected<JobDirectory> JobDirectory::CreateNamed(const std::string& begin, bool keep) {
+  const std::string stem = begin + std::to_string(os::CurrentProcessId()) + "-";
   Failure failure;
   for (int number = 1; number <= Attempts; ++number) {
     std::string path = stem + std::to_string(number);

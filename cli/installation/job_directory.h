@@ -15,6 +15,8 @@ class JobDirectory {
   /// Makes one whose name begins with this process's id; `keep` leaves it for good. The failure is
   /// a message for the user: the installation lacks its place.
   [[nodiscard]] static Expected<JobDirectory> Create(bool keep);
+  /// The same in another directory, by its native path, that SweepLeftovers looks into.
+  [[nodiscard]] static Expected<JobDirectory> CreateIn(const std::string& place);
   ~JobDirectory();
   JobDirectory(JobDirectory&& other) noexcept;
   JobDirectory& operator=(JobDirectory&&) = delete;
@@ -31,6 +33,7 @@ class JobDirectory {
 
  private:
   JobDirectory(std::string path, bool keep);
+  [[nodiscard]] static Expected<JobDirectory> CreateNamed(const std::string& begin, bool keep);
 
   std::string m_Path;
   bool m_Keep;

@@ -105,11 +105,12 @@ void SweepLeftovers() {
   static std::set<std::string> swept;
   const std::lock_guard lock(mutex);
   if (!swept.insert(os::DataRoot()).second) return;
-  for (const std::string& place : {JobsDirectory(), PagesDirectory()})
+  for (const std::string& place : {JobsDirectory(), PagesDirectory(), SeparationDirectory()})
     SweepPlace(place, [&](const std::string& name) { return RemoveAbandoned(place + "/" + name); });
   SweepPlace(SpoolDirectory(), RemoveFromSpool);
-  for (const std::string& place : {os::DataRoot(), os::DataRoot() + "/Queue", RipDirectory(),
-                                   JobsDirectory(), PagesDirectory(), SpoolDirectory()})
+  for (const std::string& place :
+       {os::DataRoot(), os::DataRoot() + "/Queue", RipDirectory(), JobsDirectory(),
+        PagesDirectory(), SpoolDirectory(), SeparationDirectory()})
     SweepPlace(place, [&](const std::string& name) { return RemoveTemporary(place, name); });
   SweepConversions(std::chrono::system_clock::now());
 }

@@ -4,7 +4,8 @@
 
 namespace rastrel::cli {
 
-/// Removes the leftovers of killed commands below the data root: their directories in `jobs`, pages
+/// Removes the leftovers of killed commands below the data root: their directories in `jobs` and in
+/// the separation directory, pages
 /// that the RIP made for them, names in the spool that they had taken, and hidden temporary files.
 /// Only files that name their owner are removed, and only if that process has certainly ended;
 /// pages that came to the spool in part stay for `rastrel spool repair`. Looks at a limited number

@@ -43,6 +43,7 @@ Attributes Document::NewAttributes() const {
   Attributes attributes;
   const int page = std::max(m_DisplayPage, 1);
   attributes.pages = {page, page};
+  if (m_SheetLayers.contains(m_CurrentSheetLayer)) attributes.sheetLayer = m_CurrentSheetLayer;
   return attributes;
 }
 
@@ -58,6 +59,7 @@ void Document::Clear() {
   m_HighestLayer = 0;
   m_PlateParameters = {};
   m_DisplayPage = 1;
+  m_CurrentSheetLayer = 0;
   Forget();
 }
 

@@ -75,10 +75,14 @@ class Document {
   void RemoveSheetLayer(int number) { m_SheetLayers.erase(number); }
   /// A number above all that layers or objects have had, or the maximum int if that is in use too.
   [[nodiscard]] int NextEmptyLayer() const;
+  /// The sheet layer that new objects go to; 0, as in the beginning, for none. Not saved.
+  [[nodiscard]] int CurrentSheetLayer() const { return m_CurrentSheetLayer; }
+  void SetCurrentSheetLayer(int sheetLayer) { m_CurrentSheetLayer = sheetLayer; }
   /// The page on show, from 1.
   [[nodiscard]] int DisplayPage() const { return m_DisplayPage; }
   void SetDisplayPage(int page) { m_DisplayPage = page; }
-  /// The attributes of a new object: it is on the page on show, or on page 1 when all are.
+  /// The attributes of a new object: it is on the page on show, or on page 1 when all are, and on
+  /// the current sheet layer if there is one of that number.
   [[nodiscard]] Attributes NewAttributes() const;
   /// The highest page that an object of the document is on; 0 without objects.
   [[nodiscard]] int HighestPage() const;
@@ -199,6 +203,7 @@ class Document {
   std::map<int, CSheetLayer> m_SheetLayers;
   int m_HighestLayer = 0;
   int m_DisplayPage = 1;
+  int m_CurrentSheetLayer = 0;
   double m_Rotation = 0;
   std::vector<std::unique_ptr<Object>> m_Objects;  // by handle less FirstHandle; null when gone
   // Lists are taken by sharing these, and far more often than members change.

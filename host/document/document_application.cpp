@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "host/document/measure_text.h"
@@ -152,6 +153,31 @@ int DocumentApplication::GetNextEmptyLayer() { return m_Document.NextEmptyLayer(
 
 void DocumentApplication::AddNewSheetLayer(int sheetLayer) {
   m_Document.AddSheetLayer({sheetLayer, L"Layer " + std::to_wstring(sheetLayer)});
+}
+
+std::optional<int> DocumentApplication::GetEmptySeparationLayer() {
+  constexpr int separationSheet = 1;
+  std::unordered_set<int> used;
+  for (ObjectHandle handle = host::DocumentRoot + 1; handle < m_Document.NextHandle(); ++handle)
+    if (m_Document.Holds(handle)) used.insert(m_Document.Find(handle)->attributes.sheetLayer);
+  for (const auto& [number, layer] : m_Document.SheetLayers())
+    if (layer.sheetType == separationSheet && !used.contains(number)) return number;
+  return std::nullopt;
+}
+
+void DocumentApplication::SetCurrentSheetLayer(int sheetLayer) {
+  m_Document.SetCurrentSheetLayer(sheetLayer);
+}
+
+std::unique_ptr<CGenericCFPlane> DocumentApplication::NewGenericCFPlane(const wchar_t* path,
+                                                                        int layer, int plane) {
+  if (!m_OpenPlanes || path == nullptr) return nullptr;
+  auto set = m_OpenPlanes(path);
+  if (!set) {
+    m_Notices.AddLoss(L"the planes: " + os::WideFromUtf8(Describe(set.Error())));
+    return nullptr;
+  }
+  return std::make_unique<SeparationItem>(m_Store, *std::move(set), layer, plane);
 }
 
 CSheetLayerPalette* DocumentApplication::GetSheetLayerPalette() { return m_SheetLayers.get(); }

@@ -10,6 +10,7 @@
 #include "host/document/document_store.h"
 #include "host/document/notices.h"
 #include "host/document/program_files.h"
+#include "host/document/separation_item.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/view.h"
 
@@ -39,6 +40,8 @@ class DocumentApplication : public host::Application {
 
   /// Returns the unit of lengths for each GetCurrentUnits; without it that is 0, centimetres.
   void SetUnitsSource(std::function<int()> units) { m_Units = std::move(units); }
+  /// Opens separated planes; without it there are none.
+  void SetPlaneOpener(PlaneOpener opener) { m_OpenPlanes = std::move(opener); }
 
   /// The files of the program, not owned; without them there are no plotters, and an import writes
   /// its files to the base directory for temporary ones.
@@ -78,6 +81,14 @@ class DocumentApplication : public host::Application {
   void SetXMLDrillPoint(int on, double diameter) override;
   void SetDrillPointObj(const NewWorldPt& place) override;
 
+  /// The first layer of separated planes, by its number, that no object of the document is on.
+  [[nodiscard]] std::optional<int> GetEmptySeparationLayer() override;
+  /// New objects go there from now on, if there is such a layer when they are made.
+  void SetCurrentSheetLayer(int sheetLayer) override;
+  /// Null where the planes can't be opened, which is a loss in the notices.
+  [[nodiscard]] std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path, int layer,
+                                                                   int plane) override;
+
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
   /// Null without an opener (SetEpsOpener).
@@ -112,6 +123,7 @@ class DocumentApplication : public host::Application {
   LoadGraphic m_LoadGraphic;
   OpenEps m_OpenEps;
   std::function<int()> m_Units;
+  PlaneOpener m_OpenPlanes;
   std::function<void()> m_NewDocument;
   ProgramFiles* m_Files = nullptr;
   bool m_ExpectsCutLine = false;

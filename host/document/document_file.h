@@ -14,7 +14,9 @@
 namespace rastrel::document {
 
 /// The text of a document. The same document has the same bytes. Lengths are written with as many
-/// digits as bring back the same numbers.
+/// digits as bring back the same numbers. Separated planes are read for it: fails if one can't be.
+[[nodiscard]] Expected<std::string> WriteDocumentText(const Document& document);
+/// The same. REQUIRES: the document has no plane whose pixels are elsewhere (plane_pixels.h).
 [[nodiscard]] std::string DocumentText(const Document& document);
 
 /// Reads a text. Unknown members are passed over, so that a later version's files can be read where
@@ -22,7 +24,8 @@ namespace rastrel::document {
 /// place as a JSON pointer (RFC 6901), or "the file", and its `why` the rule that is broken.
 [[nodiscard]] Expected<std::unique_ptr<Document>> ReadDocumentText(std::string_view text);
 
-/// Saves to a path of the library's kind (platform/os/path.h): whole or not at all.
+/// Saves to a path of the library's kind (platform/os/path.h): whole or not at all. Fails as
+/// WriteDocumentText does too.
 [[nodiscard]] Expected<void> SaveDocument(const Document& document, const std::wstring& path);
 /// Loads from a path of the library's kind. Fails as ReadDocumentText does, and with the system's
 /// error where the file can't be read or is larger than LargestDocumentFile.

@@ -186,6 +186,26 @@ GraphicShape GraphicFrom(const JsonValue& json) {
   return graphic;
 }
 
+SeparationShape SeparationFrom(const JsonValue& json) {
+  SeparationShape plane;
+  plane.ink = FullColorFrom(json["ink"]);
+  plane.page = static_cast<int>(json["page"].Whole(1, INT32_MAX));
+  plane.pixelWidth = static_cast<int>(json["pixels"].At(0).Whole(1, MaximumPlaneSide));
+  plane.pixelHeight = static_cast<int>(json["pixels"].At(1).Whole(1, MaximumPlaneSide));
+  plane.xResolution = json["resolution"].At(0).NumberAbove0();
+  plane.yResolution = json["resolution"].At(1).NumberAbove0();
+  const std::uint64_t count =
+      static_cast<std::uint64_t>(plane.pixelWidth) * static_cast<unsigned>(plane.pixelHeight);
+  if (count > MaximumPlanePixels) {
+    json["pixels"].Fail("are more than " + std::to_string(MaximumPlanePixels));
+  }
+  auto packed = os::BytesFromBase64(json["packed"].Utf8());
+  if (!packed) json["packed"].Fail("is no base 64");
+  plane.pixels = KeptPixels::FromPacked(std::move(*packed), count);
+  if (!plane.pixels) json["packed"].Fail("does not hold the plane's pixels");
+  return plane;
+}
+
 Shape ShapeFrom(const JsonValue& json, ObjectHandle own) {
   const std::string& kind = json["kind"].Utf8();
   if (kind == "group") return GroupShape();
@@ -194,6 +214,7 @@ Shape ShapeFrom(const JsonValue& json, ObjectHandle own) {
   if (kind == "arcText") return ArcTextFrom(json);
   if (kind == "plate") return PlateFrom(json, own);
   if (kind == "graphic") return GraphicFrom(json);
+  if (kind == "separation") return SeparationFrom(json);
   if (kind == "drillPoint") {
     return DrillShape{PointFrom(json["centre"]), json["diameter"].NumberAbove0()};
   }

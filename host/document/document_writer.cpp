@@ -99,6 +99,7 @@ Json JsonOf(const GraphicCut& cut) {
 // the document.
 struct ShapeWriter {
   Json& json;
+  Expected<void>& read;  // the first plane that can't be read
 
   void operator()(const GroupShape&) const { json["kind"] = "group"; }
   void operator()(const PathShape& path) const {
@@ -171,6 +172,24 @@ struct ShapeWriter {
     json["centre"] = JsonOf(drill.centre);
     json["diameter"] = drill.diameter;
   }
+  void operator()(const SeparationShape& plane) const {
+    json["kind"] = "separation";
+    json["ink"] = JsonOf(plane.ink);
+    json["page"] = plane.page;
+    json["pixels"] = {plane.pixelWidth, plane.pixelHeight};
+    json["resolution"] = {plane.xResolution, plane.yResolution};
+    json["packed"] = PackedText(plane);
+  }
+
+ private:
+  [[nodiscard]] std::string PackedText(const SeparationShape& plane) const {
+    if (const auto* kept = dynamic_cast<const KeptPixels*>(plane.pixels.get()))
+      return os::Base64FromBytes(kept->Packed());
+    const auto pixels = plane.pixels->Read();
+    if (pixels) return os::Base64FromBytes(PackPixels(*pixels));
+    if (read) read = pixels.Error();
+    return {};
+  }
 };
 
 Json JsonOf(const Attributes& attributes) {
@@ -197,26 +216,26 @@ Json JsonOf(const Attributes& attributes) {
   return json;
 }
 
-Json MembersJson(const Document& document, ObjectHandle root);
+Json MembersJson(const Document& document, ObjectHandle root, Expected<void>& read);
 
-Json ObjectJson(const Document& document, ObjectHandle handle) {
+Json ObjectJson(const Document& document, ObjectHandle handle, Expected<void>& read) {
   const Object& object = *document.Find(handle);
   Json json = {{"id", handle}};
-  std::visit(ShapeWriter{json}, object.shape);
+  std::visit(ShapeWriter{json, read}, object.shape);
   // A plate that was taken out is in no file that a plate could be continued by.
   const auto* plate = std::get_if<PlateShape>(&object.shape);
   if (plate && !document.Holds(plate->continuation)) json["continuation"] = 0;
   json.update(JsonOf(object.attributes));
   if (std::holds_alternative<GroupShape>(object.shape)) {
-    json["members"] = MembersJson(document, handle);
+    json["members"] = MembersJson(document, handle, read);
   }
   return json;
 }
 
-Json MembersJson(const Document& document, ObjectHandle root) {
+Json MembersJson(const Document& document, ObjectHandle root, Expected<void>& read) {
   Json members = Json::array();
   for (const ObjectHandle member : document.Members(root)) {
-    members.push_back(ObjectJson(document, member));
+    members.push_back(ObjectJson(document, member, read));
   }
   return members;
 }
@@ -265,20 +284,23 @@ void AppendIndented(std::string& text, const Json& json, std::string_view indent
 //       {"id": 3, "kind": "group", ...attributes..., "members": [ {"id": 4, ...}, ... ]}
 //      ]
 //     }
-void AppendObjects(std::string& text, const Document& document) {
+Expected<void> AppendObjects(std::string& text, const Document& document) {
+  Expected<void> read;
   text += ",\n \"objects\": [";
   bool first = true;
   for (const ObjectHandle member : document.Members(host::DocumentRoot)) {
     text += first ? "\n  " : ",\n  ";
-    AppendIndented(text, ObjectJson(document, member), "  ");
+    AppendIndented(text, ObjectJson(document, member, read), "  ");
+    if (!read) return read;
     first = false;
   }
   text += first ? "]" : "\n ]";
+  return {};
 }
 
 }  // namespace
 
-std::string DocumentText(const Document& document) {
+Expected<std::string> WriteDocumentText(const Document& document) {
   const SignBlank& blank = document.Blank();
   const PlateParameters& plates = document.Plates();
   Json json = {
@@ -296,13 +318,17 @@ std::string DocumentText(const Document& document) {
   json["sheetLayers"] = SheetLayersJson(document);
   std::string text = json.dump(1, ' ', false, Json::error_handler_t::replace);
   text.resize(text.size() - std::string_view("\n}").size());
-  AppendObjects(text, document);
+  if (const auto read = AppendObjects(text, document); !read) return read.Error();
   text += "\n}\n";
   return text;
 }
 
+std::string DocumentText(const Document& document) { return *WriteDocumentText(document); }
+
 Expected<void> SaveDocument(const Document& document, const std::wstring& path) {
-  return os::ReplaceFile(path, DocumentText(document));
+  const auto text = WriteDocumentText(document);
+  if (!text) return text.Error();
+  return os::ReplaceFile(path, *text);
 }
 
 }  // namespace rastrel::document

@@ -14,6 +14,7 @@ constexpr int GraphicType = 1002;
 constexpr int DrillType = 1003;
 constexpr int ArcTextType = 1004;
 constexpr int BitmapType = 1005;
+constexpr int SeparationType = 1006;
 
 // Grows to hold points.
 class Box {
@@ -104,6 +105,9 @@ struct BoundsVisitor {
     box.Add(drill.centre.x - radius, drill.centre.y - radius);
     box.Add(drill.centre.x + radius, drill.centre.y + radius);
   }
+  void operator()(const SeparationShape& plane) const {
+    box.Add(CWorldRect{0, plane.Height(), plane.Width(), 0});
+  }
   void operator()(const BitmapShape& bitmap) const {
     box.Add(0, 0);
     box.Add(bitmap.width, bitmap.height);
@@ -144,6 +148,27 @@ bool IsPostScript(GraphicKind kind) {
   return kind == GraphicKind::Eps || kind == GraphicKind::PostScript;
 }
 
+double SeparationShape::Width() const {
+  return pixelWidth / xResolution * host::CentimetresPerInch;
+}
+
+double SeparationShape::Height() const {
+  return pixelHeight / yResolution * host::CentimetresPerInch;
+}
+
+bool SeparationShape::operator==(const SeparationShape& other) const {
+  if (!(ink == other.ink && page == other.page && pixelWidth == other.pixelWidth &&
+        pixelHeight == other.pixelHeight && xResolution == other.xResolution &&
+        yResolution == other.yResolution)) {
+    return false;
+  }
+  if (pixels == other.pixels) return true;
+  if (!pixels || !other.pixels) return false;
+  const auto own = pixels->Read();
+  const auto others = other.pixels->Read();
+  return own && others && *own == *others;
+}
+
 bool BitmapShape::operator==(const BitmapShape& other) const {
   return width == other.width && height == other.height &&
          (pixels == other.pixels || (pixels && other.pixels && *pixels == *other.pixels));
@@ -158,6 +183,7 @@ int TypeNumberOf(const Shape& shape) {
     int operator()(const PlateShape&) const { return PlateType; }
     int operator()(const GraphicShape&) const { return GraphicType; }
     int operator()(const DrillShape&) const { return DrillType; }
+    int operator()(const SeparationShape&) const { return SeparationType; }
     int operator()(const BitmapShape&) const { return BitmapType; }
   };
   return std::visit(Numbers(), shape);
@@ -178,6 +204,7 @@ bool HasInside(const PathShape& path) {
 bool HasInside(const Shape& shape) {
   if (const auto* path = std::get_if<PathShape>(&shape)) return HasInside(*path);
   return !std::holds_alternative<GraphicShape>(shape) &&
+         !std::holds_alternative<SeparationShape>(shape) &&
          !std::holds_alternative<BitmapShape>(shape);
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/document/bitmap.h"
+#include "host/document/plane_pixels.h"
 #include "rastrel/platform/values/color.h"
 #include "rastrel/platform/values/document_values.h"
 #include "rastrel/platform/values/paragraph.h"
@@ -209,8 +210,29 @@ struct DrillShape {
   bool operator==(const DrillShape&) const = default;
 };
 
+/// Pixels along a side of a plane, and of a whole plane.
+inline constexpr int MaximumPlaneSide = 400'000;
+inline constexpr std::uint64_t MaximumPlanePixels = 1'600'000'000;
+
+/// The separated plane of one ink, in its true size with its lower left corner at the origin before
+/// the object's matrix. It prints over the objects below: its ink takes light from them. The colors
+/// of the object do not show.
+struct SeparationShape {
+  CVKFullColor ink;         ///< with the ink's name
+  int page = 1;             ///< of the separated file, from 1
+  int pixelWidth = 1;       ///< 1 to MaximumPlaneSide; the product at most MaximumPlanePixels
+  int pixelHeight = 1;      ///< the same
+  double xResolution = 72;  ///< pixels per inch, above 0
+  double yResolution = 72;
+  std::shared_ptr<const PlanePixels> pixels;  ///< never null in a document
+  /// Its size in world units.
+  [[nodiscard]] double Width() const;
+  [[nodiscard]] double Height() const;
+  bool operator==(const SeparationShape& other) const;
+};
+
 using Shape = std::variant<GroupShape, PathShape, TextShape, ArcTextShape, PlateShape, GraphicShape,
-                           DrillShape, BitmapShape>;
+                           DrillShape, BitmapShape, SeparationShape>;
 
 /// The attributes that every object has besides its shape.
 struct Attributes {

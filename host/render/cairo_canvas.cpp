@@ -11,6 +11,7 @@
 #include "host/graphics/picture.h"
 #include "host/render/cairo_objects.h"
 #include "host/render/letter_outlines.h"
+#include "host/render/plane_picture.h"
 #include "host/text/arc_layout.h"
 #include "host/text/text_layout.h"
 
@@ -164,6 +165,25 @@ void CairoCanvas::DrawArcText(const text::ArcLayout& layout, const Color& color,
     layout.DrawLetter(m_Context, i);
     cairo_restore(m_Context);
   }
+}
+
+// Multiplied by a color within a mask, light becomes that which a layer of ink lets through:
+// 1 - cover (1 - color).
+Expected<void> CairoCanvas::DrawPlane(const SeparationPlane& plane, const TM& place) {
+  const PlanePicture picture = CoverOf(plane);
+  if (!picture.surface) return FailureOf(NoMemoryForPlane);
+  const cairo_matrix_t matrix = MatrixOf(place);
+  cairo_save(m_Context);
+  cairo_transform(m_Context, &matrix);
+  cairo_scale(m_Context, static_cast<double>(plane.width) / picture.width,
+              static_cast<double>(plane.height) / picture.height);
+  cairo_rectangle(m_Context, 0, 0, picture.width, picture.height);
+  cairo_clip(m_Context);
+  cairo_set_operator(m_Context, CAIRO_OPERATOR_MULTIPLY);
+  SetColor(m_Context, plane.ink);
+  cairo_mask_surface(m_Context, picture.surface.get(), 0, 0);
+  cairo_restore(m_Context);
+  return {};
 }
 
 Expected<void> CairoCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {

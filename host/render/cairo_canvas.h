@@ -29,6 +29,7 @@ class CairoCanvas : public Canvas {
   void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) override;
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
+  [[nodiscard]] Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) override;
   [[nodiscard]] Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
                                           const TM& place) override;
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "host/document/shapes.h"
@@ -81,7 +82,27 @@ struct Outline {
 };
 
 /// The role of an object in the document, for a canvas that keeps it.
-enum class Role { Blank, Pane, Text, Path, CutLine, CutThroughLine, DrillPoint, Graphic };
+enum class Role {
+  Blank,
+  Pane,
+  Text,
+  Path,
+  CutLine,
+  CutThroughLine,
+  DrillPoint,
+  Graphic,
+  Separation
+};
+
+/// An ink's plane as a canvas draws it.
+struct SeparationPlane {
+  std::wstring name;  ///< of the ink
+  int page = 1;       ///< of the separated file
+  Color ink;          ///< full ink on white
+  int width = 1;      ///< pixels
+  int height = 1;
+  std::span<const std::uint8_t> pixels;  ///< 255 is no ink; rows from the top without padding
+};
 
 /// A surface to paint on; later painting covers earlier. Coordinates are finite and within
 /// `Farthest`.
@@ -116,6 +137,10 @@ class Canvas {
   /// left corner, to the page's. Fails as Picture::Draw does.
   [[nodiscard]] virtual Expected<void> DrawPicture(const graphics::Picture& picture,
                                                    const TM& place) = 0;
+  /// Prints a plane over the painting so far: its ink takes light from it. `place` maps the plane's
+  /// own coordinates, pixels from its upper left corner, to the page's. Brackets itself. Fails if
+  /// there is no memory for it.
+  [[nodiscard]] virtual Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) = 0;
   /// Draws a bitmap. `place` maps its pixels, counted from its upper left corner, to the page. The
   /// bitmap must outlive the canvas. Fails with a sentence about it if it has more pixels than the
   /// canvas can take (graphics::MaximumGraphicPixels).

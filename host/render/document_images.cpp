@@ -53,9 +53,10 @@ Expected<void> DrawAway(const ImageSource& source, ImageFormat format, const Ima
   if (!HasPlacedFiles(source.document)) {
     return DrawImages(source, format, options, OpenNone, take);
   }
-  const std::string request = DrawingRequestText(source.document, options);
+  const auto request = DrawingRequestText(source.document, options);
+  if (!request) return request.Error();
   RecordTaker taker(source.notices, take);
-  return graphics::RunDrawing(DrawingTask(format, options), request, "the page", options.limits,
+  return graphics::RunDrawing(DrawingTask(format, options), *request, "the page", options.limits,
                               std::ref(taker));
 }
 

@@ -163,11 +163,12 @@ std::optional<DrawingTaskParts> ReadDrawingTask(const std::vector<std::string>& 
   return parts;
 }
 
-std::string DrawingRequestText(const Document& document, const ImageOptions& options) {
-  const std::string content = document::DocumentText(document);
+Expected<std::string> DrawingRequestText(const Document& document, const ImageOptions& options) {
+  const auto content = document::WriteDocumentText(document);
+  if (!content) return content.Error();
   std::string text;
-  AppendLength(text, content.size());
-  text += content;
+  AppendLength(text, content->size());
+  text += *content;
   EpsConversions conversions(options.limits.epsTime);
   for (const auto& file : EpsFilesInUse(document, options.page)) {
     const auto converted = conversions.Convert(file);

@@ -32,8 +32,8 @@ namespace rastrel::render {
 [[nodiscard]] std::vector<std::string> DrawingTask(ImageFormat format, const ImageOptions& options);
 /// Its input. Converts EPS files, each by an interpreter in its own process, and all in the time of
 /// DrawingLimits::epsTime; a file for which none is left has that reason.
-[[nodiscard]] std::string DrawingRequestText(const document::Document& document,
-                                             const ImageOptions& options);
+[[nodiscard]] Expected<std::string> DrawingRequestText(const document::Document& document,
+                                                       const ImageOptions& options);
 
 /// The format and options that DrawingTask wrote; nothing for other arguments.
 struct DrawingTaskParts {

@@ -20,6 +20,7 @@ using document::DrillShape;
 using document::GraphicShape;
 using document::PathShape;
 using document::PlateShape;
+using document::SeparationShape;
 using document::TextShape;
 
 namespace {
@@ -340,7 +341,7 @@ void ObjectPainter::operator()(const ArcTextShape& text) {
 
 // --- Placed files ---
 
-// In place of a picture that can't be drawn.
+// In place of an object that can't be drawn.
 void ObjectPainter::DrawCrossedBox(double width, double height) {
   AddRect({0, height, width, 0});
   m_Outline.MoveTo(OnPage(0, 0));
@@ -380,6 +381,36 @@ void ObjectPainter::operator()(const BitmapShape& bitmap) {
     }
   }
   m_Canvas.End();
+}
+
+// --- Separated planes ---
+
+void ObjectPainter::operator()(const SeparationShape& shape) {
+  SeparationPlane plane;
+  shape.ink.GetColorName(plane.name);
+  const double width = shape.Width() * PointsPerCentimetre;
+  const double height = shape.Height() * PointsPerCentimetre;
+  const auto place =
+      Placed({0, height}, width / shape.pixelWidth, height / shape.pixelHeight, {0, 0},
+             {static_cast<double>(shape.pixelWidth), static_cast<double>(shape.pixelHeight)});
+  const std::optional<Color> ink = ColorOf(shape.ink);
+  if (!place || !ink) return;
+  const auto pixels = shape.pixels->Read();
+  if (!pixels) {
+    m_Notices.AddLoss(L"the plane \"" + plane.name + L"\" can't be drawn: " +
+                      os::WideFromUtf8(Describe(pixels.Error())));
+    m_Canvas.Begin(Role::Separation);
+    DrawCrossedBox(shape.Width(), shape.Height());
+    m_Canvas.End();
+    return;
+  }
+  plane.page = shape.page;
+  plane.ink = *ink;
+  plane.width = shape.pixelWidth;
+  plane.height = shape.pixelHeight;
+  plane.pixels = *pixels;
+  auto drawn = m_Canvas.DrawPlane(plane, *place);
+  if (!drawn && m_Painted) m_Painted = std::move(drawn);
 }
 
 // --- Drill points ---

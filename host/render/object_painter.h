@@ -33,6 +33,7 @@ class ObjectPainter {
   void operator()(const document::PlateShape& plate);
   void operator()(const document::GraphicShape& graphic);
   void operator()(const document::DrillShape& drill);
+  void operator()(const document::SeparationShape& plane);
   void operator()(const document::BitmapShape& bitmap);
 
  private:

@@ -7,8 +7,10 @@
 
 #include "host/document/bitmap_png.h"
 #include "host/graphics/picture.h"
+#include "host/render/cairo_objects.h"
 #include "host/render/letter_outlines.h"
 #include "host/render/picture_png.h"
+#include "host/render/plane_picture.h"
 #include "host/render/svg_text.h"
 #include "host/text/arc_layout.h"
 #include "host/text/text_layout.h"
@@ -22,6 +24,7 @@ namespace {
 // A hundred times the largest page; numbers stay short.
 constexpr double FarthestPoint = 1e8;
 constexpr double ThinnestPoints = 0.25;
+constexpr double MaximumPlanePixels = 16e6;
 constexpr double MillimetresPerPoint = 25.4 / 72;
 
 const char* ClassOf(Role role) {
@@ -34,6 +37,7 @@ const char* ClassOf(Role role) {
     case Role::CutThroughLine: return "cut-through-line";
     case Role::DrillPoint: return "drill-point";
     case Role::Graphic: return "graphic";
+    case Role::Separation: return "separation";
   }
   return "";
 }
@@ -279,6 +283,24 @@ Expected<std::string> SvgCanvas::AddressOf(const graphics::Picture& picture) {
   }
   m_Text += "\"/></defs>\n";
   return place->second;
+}
+
+// Ink prints over ink: browsers mix the layers as light that passes through one after the other.
+Expected<void> SvgCanvas::DrawPlane(const SeparationPlane& plane, const TM& place) {
+  const PlanePicture picture = InkOf(plane, MaximumPlanePixels);
+  const std::string png = picture.surface ? PngBytes(picture.surface.get()) : std::string();
+  if (png.empty()) return FailureOf(NoMemoryForPlane);
+  m_Text += "<g class=\"separation\" data-layer=\"";
+  AppendEscaped(m_Text, plane.name);
+  m_Text += "\" data-page=\"" + std::to_string(plane.page) +
+            "\" style=\"mix-blend-mode:multiply\">\n<image width=\"";
+  AppendMillimetres(m_Text, plane.width);
+  m_Text += "\" height=\"";
+  AppendMillimetres(m_Text, plane.height);
+  m_Text += "\" preserveAspectRatio=\"none\" ";
+  AppendMatrix(m_Text, place);
+  m_Text += " xlink:href=\"data:image/png;base64," + os::Base64FromBytes(png) + "\"/>\n</g>\n";
+  return {};
 }
 
 Expected<void> SvgCanvas::DrawPicture(const graphics::Picture& picture, const TM& place) {

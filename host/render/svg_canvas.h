@@ -33,6 +33,9 @@ namespace rastrel::render {
 ///         <defs> <image id="picture-1"/> </defs>            a placed file, at its first use
 ///         <use xlink:href="#picture-1"/>
 ///       </g>                                                also for a bitmap, as PNG
+///       <g class="separation" data-layer="Cyan" data-page="1" style="mix-blend-mode:multiply">
+///         <image/>                                          the ink where it prints
+///       </g>
 ///     </svg>
 class SvgCanvas : public Canvas {
  public:
@@ -55,6 +58,7 @@ class SvgCanvas : public Canvas {
   void DrawArcText(const text::ArcLayout& layout, const Color& color, const TM& place) override;
   [[nodiscard]] Expected<void> DrawPicture(const graphics::Picture& picture,
                                            const TM& place) override;
+  [[nodiscard]] Expected<void> DrawPlane(const SeparationPlane& plane, const TM& place) override;
   [[nodiscard]] Expected<void> DrawBitmap(const document::BitmapPixels& pixels,
                                           const TM& place) override;
 

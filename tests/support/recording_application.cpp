@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "tests/support/recording_host.h"
+#include "tests/support/recording_cf_planes.h"
 
 namespace rastrel::test {
 
@@ -187,6 +188,15 @@ int RecordingApplication::LoadTHZ(CVelumark5Doc* document, CWnd* window, const w
                    path, reserved, flag);
   m_Store.MakeLoaded(loaded);
   return loaded;
+}
+
+std::unique_ptr<CGenericCFPlane> RecordingApplication::NewGenericCFPlane(const wchar_t* path,
+                                                                         int layer, int plane) {
+  const bool made = m_Calls.Answer("NewGenericCFPlane", 1) != 0;
+  const NameText name{made ? "C" + std::to_string(++m_CFPlanesMade) : "none"};
+  m_Calls.Answered(name, "NewGenericCFPlane", path, layer, plane);
+  if (!made) return nullptr;
+  return std::make_unique<RecordingCFPlane>(m_Store, name.name, m_PlanesOfLayers);
 }
 
 CVelumark5View* RecordingApplication::UIGetActiveView() {

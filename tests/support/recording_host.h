@@ -108,6 +108,9 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   std::vector<std::wstring> m_Plotters;
   /// Whether there is a view.
   bool m_HasView = true;
+  /// The number of planes of each layer of a plane set that `NewGenericCFPlane` makes. The script
+  /// may answer `NewGenericCFPlane` with 0: null.
+  std::vector<int> m_PlanesOfLayers{4};
   /// The PostScript of the placed EPS files that it makes.
   std::string m_EpsContent = "%!PS-Adobe-3.0 EPSF-3.0\nshowpage\n";
   /// The result of `LoadBaseDir`.
@@ -148,6 +151,8 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   void SetDrillPointObj(const NewWorldPt& place) override;
   int LoadTHZ(CVelumark5Doc* document, CWnd* window, const wchar_t* path, int reserved,
               int flag) override;
+  std::unique_ptr<CGenericCFPlane> NewGenericCFPlane(const wchar_t* path, int layer,
+                                                     int plane) override;
   std::unique_ptr<CGenericEPS> NewGenericEPS(const wchar_t* path) override;
   CVKBitmap* NewVKBitmap() override;
   void DeleteVKBitmap(CVKBitmap* bitmap) override;
@@ -181,6 +186,7 @@ class RecordingApplication : public host::Application, public CSheetLayerPalette
   int m_BitmapsMade = 0;
   int m_EpsMade = 0;
   int m_HourGlasses = 0;
+  int m_CFPlanesMade = 0;
   bool m_DrillPointsOn = false;
 };
 

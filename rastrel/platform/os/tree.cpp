@@ -68,7 +68,7 @@ Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path) {
   std::vector<DirectoryEntry> entries;
   do {
     if (const auto read = reader->ReadPiece(entries); !read) return FailureAt(native, read.Error());
-    for (const DirectoryEntry& entry : entries) names.push_back(WideFromUtf8(entry.name));
+    for (const DirectoryEntry& entry : entries) names.push_back(FromNative(entry.name));
   } while (!entries.empty());
   return names;
 }

@@ -11,7 +11,8 @@
 /// Whole directories by library path (see path.h). None of these logs; the callers do.
 namespace rastrel::os {
 
-/// The names in a directory, unsorted and without "." and "..". `Failure` if it can't be read.
+/// The names in a directory, unsorted and without "." and "..", as FromNative spells them: after
+/// the directory's path each leads to its entry. `Failure` if it can't be read.
 [[nodiscard]] Expected<std::vector<std::wstring>> ListDirectory(std::wstring_view path);
 
 /// Removes a directory and everything below it. Fails at the first entry that can't be removed; the
