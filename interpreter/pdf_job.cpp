@@ -56,7 +56,8 @@ Failure PdfMessages::WhyNoPage() const {
     case Lock::None: break;
   }
   if (m_IsEmpty) return Refused("The PDF has no page");
-  if (!m_PageCount.empty())
+  // Of a file that it can't read the interpreter counts none.
+  if (!m_PageCount.empty() && m_PageCount != "0")
     return Refused("The PDF has no page of the number that is asked for; it has " + m_PageCount);
   return Refused("The PDF can't be read: it is damaged, incomplete, or no PDF" +
                  (m_Error.empty() ? std::string() : " (Ghostscript: " + m_Error + ")"));

@@ -21,6 +21,7 @@ class RecordingPlaneReader : public host::PlaneReader, CFMDllIF, CFMPlane {
   ~RecordingPlaneReader() override;
 
   HostCalls& m_Calls;
+  RecordingPlaneReader* m_Outer;  // of a host that this one's hides, or null
   /// The result of `SearchPath`; empty for none.
   std::wstring m_FoundPath = L"/programs/cfplane.dll";
   /// The handle of the library.

@@ -19,7 +19,7 @@
 #include "rastrel/platform/host/placed_graphics.h"
 #include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/host/sheet_layer.h"
-#include "rastrel/platform/host/translation.h"
+#include "rastrel/platform/host/undo_step.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
@@ -47,19 +47,6 @@ std::wstring CfmPathOf(std::wstring file) {
     file.replace(at, extension.size(), L".cfm");
   return file;
 }
-
-class UndoStep {
- public:
-  UndoStep(host::ObjectStore& store, const wchar_t* name) : m_Store(store) {
-    m_Store.UNOpenStep(host::TranslatedText(name).c_str());
-  }
-  ~UndoStep() { m_Store.UNCloseStep(); }
-  UndoStep(const UndoStep&) = delete;
-  UndoStep& operator=(const UndoStep&) = delete;
-
- private:
-  host::ObjectStore& m_Store;
-};
 
 struct SeparationLayer {
   int number = 0;
@@ -115,7 +102,7 @@ bool PlaceAll(host::ObjectStore& store, host::Application& application, const st
 
 int PlaceSeparation(host::ObjectStore& store, host::Application& application,
                     const std::wstring& cfm) {
-  const UndoStep step(store, L"(*v*)Separating");
+  const host::UndoStep step(store, L"(*v*)Separating");
   const SeparationLayer layer = EmptyLayer(application);
   const std::wstring info = rastrel::conversion::FindPlaneInfo(cfm);
   const bool placed = PlaceAll(store, application, info, layer.number);
