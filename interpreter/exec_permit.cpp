@@ -56,35 +56,41 @@ StartMessage ReceiveStart(int socket) {
     count = recvmsg(socket, &message.head, MSG_CMSG_CLOEXEC);
   } while (count < 0 && errno == EINTR);
   StartMessage received;
-  if (count != static_cast<ssize_t>(sizeof message.error)) return received;
+  if (count < 0) received.error = errno;
+  if (count <= 0) return received;
   received.error = message.error;
   const cmsghdr* const first = CMSG_FIRSTHDR(&message.head);
   if (first != nullptr && first->cmsg_type == SCM_RIGHTS) {
     int listener = -1;
     std::memcpy(&listener, CMSG_DATA(first), sizeof listener);
     received.listener.Reset(listener);
+  } else if (received.error == 0) {
+    // A listener was sent, and this process had no number left for it.
+    received.error = EMFILE;
   }
   return received;
 }
 
-void PermitExec(const os::FileDescriptor& listener, int socket) {
+int PermitExec(const os::FileDescriptor& listener, int socket) {
   pollfd entries[] = {{listener.Get(), POLLIN, 0}, {socket, POLLIN, 0}};
   while (poll(entries, 2, -1) < 0) {
-    if (errno != EINTR) return;
+    if (errno != EINTR) return errno;
   }
-  if ((entries[0].revents & POLLIN) == 0) return;
+  if ((entries[0].revents & POLLIN) == 0) return 0;
   seccomp_notif_sizes sizes{};
-  if (syscall(SYS_seccomp, SECCOMP_GET_NOTIF_SIZES, 0, &sizes) != 0) return;
+  if (syscall(SYS_seccomp, SECCOMP_GET_NOTIF_SIZES, 0, &sizes) != 0) return errno;
   auto request = RoomFor<seccomp_notif>(sizes.seccomp_notif);
+  // ENOENT: the process was killed meanwhile.
   while (ioctl(listener.Get(), SECCOMP_IOCTL_NOTIF_RECV, request.data()) != 0) {
-    if (errno != EINTR) return;
+    if (errno != EINTR) return errno == ENOENT ? 0 : errno;
   }
   auto answer = RoomFor<seccomp_notif_resp>(sizes.seccomp_notif_resp);
   seccomp_notif_resp permit{};
   std::memcpy(&permit.id, request.data() + offsetof(seccomp_notif, id), sizeof permit.id);
   permit.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
   std::memcpy(answer.data(), &permit, sizeof permit);
-  static_cast<void>(ioctl(listener.Get(), SECCOMP_IOCTL_NOTIF_SEND, answer.data()));
+  if (ioctl(listener.Get(), SECCOMP_IOCTL_NOTIF_SEND, answer.data()) == 0) return 0;
+  return errno == ENOENT ? 0 : errno;
 }
 
 }  // namespace rastrel::interpreter

@@ -13,14 +13,14 @@ namespace rastrel::interpreter {
 /// A message of a starting process.
 struct StartMessage {
   os::FileDescriptor listener;  ///< open if it waits for its permission
-  int error = 0;                ///< of the step that failed
+  int error = 0;                ///< of the step that failed, there or in receiving it
 };
 /// Waits for the next message at the other end of the socket. Empty if that is closed, which the
-/// exec does.
+/// exec does. A message that can't be received is an error: its sender may wait for a permission.
 [[nodiscard]] StartMessage ReceiveStart(int socket);
 
 /// Waits for the exec that the listener reports, and permits it. Returns too if the process at the
-/// other end of `socket` is gone.
-void PermitExec(const os::FileDescriptor& listener, int socket);
+/// other end of `socket` is gone. The result is an error number if the exec still waits, else 0.
+[[nodiscard]] int PermitExec(const os::FileDescriptor& listener, int socket);
 
 }  // namespace rastrel::interpreter

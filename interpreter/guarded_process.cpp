@@ -77,12 +77,13 @@ void BecomeProgram(Launch& launch, int guardian, int starter) noexcept {
   execve(launch.request.executable.c_str(), launch.arguments.data(), launch.environment.data());
 }
 
-// The error number that came from the started process, or 0 once the exec has closed its socket.
+// The error number that came from the started process or of what it needed from this one, or 0 once
+// the exec has closed its socket. After an error the process may still wait, and must be killed.
 int AwaitStart(int socket) {
   for (;;) {
     const StartMessage message = ReceiveStart(socket);
     if (!message.listener.IsOpen()) return message.error;
-    PermitExec(message.listener, socket);
+    if (const int error = PermitExec(message.listener, socket); error != 0) return error;
   }
 }
 
