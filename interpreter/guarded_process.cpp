@@ -77,8 +77,8 @@ void BecomeProgram(Launch& launch, int guardian, int starter) noexcept {
   execve(launch.request.executable.c_str(), launch.arguments.data(), launch.environment.data());
 }
 
-// The error number that came from the started process or of what it needed from this one, or 0 once
-// the exec has closed its socket. After an error the process may still wait, and must be killed.
+// The error number that came from the started process, or of its permission, or 0 once the exec has
+// closed its socket. After an error the process may still wait, and must be killed.
 int AwaitStart(int socket) {
   for (;;) {
     const StartMessage message = ReceiveStart(socket);

@@ -13,7 +13,8 @@ namespace {
 using enum OptionId;
 
 constexpr std::array OptionTable{
-    OptionRow{Printer, "--printer", "NAME", "Deliver to this printer; see `rastrel printers`."},
+    OptionRow{Printer, "--printer", "NAME",
+              "Deliver to this printer; see `rastrel printers`. 'Separation' keeps the job."},
     OptionRow{Mode, "--mode", "FOLDER/NAME", "Use this print mode; see `rastrel modes`."},
     OptionRow{Copies, "--copies", "N", "Deliver the pages N times, one whole run after the other."},
     OptionRow{Pages, "--pages", "LIST", "Deliver these pages only, for instance 1,3-5."},
@@ -259,9 +260,10 @@ constexpr std::array CommandTable{
                MergeOptions},
     CommandRow{CommandId::View, "view", "FILE", false,
                "Show what a template or a document looks like.", ViewOptions},
-    CommandRow{CommandId::Separate, "separate", "FILE", false,
-               "Separate a file into a plane for each ink, and tell how much each covers.",
-               SeparateOptions},
+    CommandRow{
+        CommandId::Separate, "separate", "FILE", true,
+        "Separate a file, or the job printed to 'Separation' last, into a plane for each ink.",
+        SeparateOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };

@@ -1,6 +1,7 @@
 #include "cli/document/separate_command.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,14 +20,18 @@
 #include "cli/installation/job_directory.h"
 #include "cli/job/terminal_views.h"
 #include "host/document/notices.h"
+#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/decimal.h"
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
 
 constexpr int HighestResolution = 4800;
+constexpr std::uint32_t MaximumOutputFile = 260;  // characters that the library reads
 
 // The child that separates takes the resolution from the environment.
 void SetResolution(const Invocation& invocation) {
@@ -36,8 +41,36 @@ void SetResolution(const Invocation& invocation) {
   OrEnd(ExitStatus::JobFailed, os::SetEnvironmentValue("RASTREL_SEPARATION_DPI", dpi.c_str()));
 }
 
+// The job that was printed to the separation printer last. It goes when it was taken, as the
+// setting "Delete" has it.
+class PrintedJob {
+ public:
+  PrintedJob() {
+    wchar_t file[MaximumOutputFile + 1] = {};
+    GetStringKorvane(L"Separation", L"Output File", file, MaximumOutputFile + 1, DS_USER, nullptr);
+    m_File = file;
+    if (m_File.empty() || !os::Exists(m_File))
+      throw CommandError(ExitStatus::BadInput,
+                         "nothing is printed to 'Separation': name a file, or print one with "
+                         "`rastrel print FILE --printer Separation`");
+  }
+  ~PrintedJob() {
+    if (GetIntKorvane(L"Separation", L"Delete", 1, DS_USER, nullptr) != 0)
+      static_cast<void>(os::RemoveFile(m_File));
+  }
+  PrintedJob(const PrintedJob&) = delete;
+  PrintedJob& operator=(const PrintedJob&) = delete;
+
+  [[nodiscard]] std::string Path() const { return os::ToNative(m_File); }
+
+ private:
+  std::wstring m_File;
+};
+
 // The operand's path: of standard input that of a copy in the directory.
-std::string InputPath(const Invocation& invocation, std::optional<JobDirectory>& directory) {
+std::string InputPath(const Invocation& invocation, std::optional<JobDirectory>& directory,
+                      std::optional<PrintedJob>& printed) {
+  if (!invocation.hasOperand) return printed.emplace().Path();
   if (invocation.operand != StandardInputOperand) return invocation.operand;
   directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   return OrEnd(ExitStatus::BadInput,
@@ -110,8 +143,10 @@ ExitStatus SeparateCommand(const Invocation& invocation) {
       OrEnd(ExitStatus::JobFailed, TakeStopSignals([&views](int) { views.RequestStop(); }));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   std::optional<JobDirectory> standardInput;
+  std::optional<PrintedJob> printed;
   const InputFile input =
-      OrEnd(ExitStatus::BadInput, InspectInput(InputPath(invocation, standardInput), "separate"));
+      OrEnd(ExitStatus::BadInput,
+            InspectInput(InputPath(invocation, standardInput, printed), "separate"));
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   const SeparationOutput output = SeparationOutputOf(invocation);
 

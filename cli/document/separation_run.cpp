@@ -45,16 +45,6 @@ class RunSettings : public host::Settings {
   host::Settings& m_Below;
 };
 
-// The separation directory, made if it is missing.
-std::string SeparationPlace() {
-  const std::string place = SeparationDirectory();
-  if (os::IsDirectory(os::FromNative(place))) return place;
-  if (const auto made = os::MakeDirectory(os::FromNative(place), os::Access::Private); !made)
-    throw CommandError(ExitStatus::NotInstalled,
-                       "the separation directory can't be made: " + Describe(made.Error()));
-  return place;
-}
-
 // As the file is named where the library can read such a long path, else as short as can be.
 std::wstring CopyIn(const JobDirectory& directory, const std::string& path,
                     const std::string& name) {
@@ -101,7 +91,9 @@ SeparationHost::SeparationHost(const std::wstring& copy)
 SeparationHost::~SeparationHost() { host::SetHost(nullptr); }
 
 SeparationRun::SeparationRun(const std::string& path, const std::string& name)
-    : m_Directory(OrEnd(ExitStatus::NotInstalled, JobDirectory::CreateIn(SeparationPlace()))),
+    : m_Directory(OrEnd(
+          ExitStatus::NotInstalled,
+          JobDirectory::CreateIn(OrEnd(ExitStatus::NotInstalled, MakeSeparationDirectory())))),
       m_Host(std::make_unique<SeparationHost>(CopyIn(m_Directory, path, name))) {}
 
 bool SeparationRun::Separate(TerminalViews& views) {

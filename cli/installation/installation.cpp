@@ -61,6 +61,14 @@ std::string SpoolDirectory() { return NativeDirectory(CExePaths::Instance().m_CF
 
 std::string SeparationDirectory() { return RipDirectory() + "/Separation"; }
 
+Expected<std::string> MakeSeparationDirectory() {
+  std::string place = SeparationDirectory();
+  if (os::IsDirectory(os::FromNative(place))) return place;
+  if (const auto made = os::MakeDirectory(os::FromNative(place), os::Access::Private); !made)
+    return FailureOf("the separation directory can't be made: " + Describe(made.Error()));
+  return place;
+}
+
 std::string ModesDirectory() { return NativeDirectory(CExePaths::Instance().m_PModesDir); }
 
 std::string PagesDirectory() { return NativeDirectory(CExePaths::Instance().m_OutputDir); }

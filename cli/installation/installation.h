@@ -28,6 +28,8 @@ namespace rastrel::cli {
 [[nodiscard]] std::string PagesDirectory();
 [[nodiscard]] std::string JobsDirectory();
 [[nodiscard]] std::string SeparationDirectory();
+/// Makes it if it is missing, for this user alone. The failure is a message for the user.
+[[nodiscard]] Expected<std::string> MakeSeparationDirectory();
 [[nodiscard]] std::string DevicesFile();
 
 /// Why a file can't be made in a directory, as a message; empty if one can. Leaves nothing there.

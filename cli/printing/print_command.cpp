@@ -19,6 +19,7 @@
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
+#include "cli/printing/separation_print.h"
 #include "cli/printing/spool_transfer.h"
 #include "cli/printing/ticket_file.h"
 #include "cli/printing/whole_prefix.h"
@@ -166,6 +167,7 @@ std::optional<JobDirectory> PlaceOfResult(const Invocation& invocation) {
 }  // namespace
 
 ExitStatus PrintCommand(const Invocation& invocation) {
+  if (PrintsToSeparation(invocation)) return PrintToSeparation(invocation);
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   JobView view(invocation.Has(OptionId::Json));
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));

@@ -17,7 +17,9 @@ import time
 import unittest
 
 COMMAND = sys.argv.pop(1)
+PRINTING = pathlib.Path(COMMAND).parents[2] / "bin/rastrel"
 DPI = 72
+MAXIMUM_PATH = 260  # that GenerateSCObjects reads
 
 # Half the page cyan; a spot over its middle that leaves the cyan below, and yellow that does not.
 PAGE = """<< /PageSize [200 100] >> setpagedevice
@@ -125,6 +127,47 @@ class Separate(unittest.TestCase):
                 self.assertAlmostEqual(found[name]["coverage"], 100 * ink, 9)
                 area = ink * width * height / DPI / DPI * 2.54 * 2.54
                 self.assertAlmostEqual(found[name]["area"], area, 9)
+
+    def print_to_separation(self, source, status=0):
+        ended = subprocess.run([PRINTING, "print", source, "--printer", "Separation"],
+                               capture_output=True, check=False,
+                               env=dict(os.environ, RASTREL_HOME=str(self.home)))
+        self.assertEqual(ended.returncode, status, ended.stderr.decode())
+        return pathlib.Path(ended.stdout.decode().rstrip("\n"))
+
+    def test_a_job_whose_path_is_too_long_for_the_setting_is_not_kept(self):
+        for length in (MAXIMUM_PATH, MAXIMUM_PATH + 1):
+            around = len(str(self.place / "Queue/rip/Separation/page.ps")) + 1
+            self.home = self.place / ("h" * (length - around))
+            kept = self.print_to_separation(self.write("page.ps", "%!PS\n" + PAGE),
+                                            status=0 if length == MAXIMUM_PATH else 1)
+            directory = self.home / "Queue/rip/Separation"
+            self.assertEqual(list(directory.glob("*")),
+                             [kept] if length == MAXIMUM_PATH else [])
+
+    def test_a_job_that_was_printed_to_the_separation_printer_is_separated_once(self):
+        source = self.write("page.ps", "%!PS\n" + PAGE)
+        printed = self.print_to_separation(source)
+        self.assertEqual(printed, self.home / "Queue/rip/Separation/page.ps")
+        self.assertEqual(printed.read_text(), "%!PS\n" + PAGE)
+        self.assert_planes(self.separate("-o", self.place / "out")[:-1], source)
+        self.assert_nothing_left()
+        again = self.run_command()
+        self.assertEqual(again.returncode, 3)
+        self.assertIn("nothing is printed to 'Separation'", again.stderr.decode())
+
+    def test_a_printed_job_stays_where_the_setting_keeps_it_and_goes_where_it_fails(self):
+        good = self.print_to_separation(self.write("page.ps", "%!PS\n" + PAGE))
+        with open(self.home / "settings.ini", "a", encoding="utf-8") as settings:
+            settings.write("Delete = 0\n")
+        self.separate("-o", self.place / "out")
+        self.assertTrue(good.exists())
+        settings = self.home / "settings.ini"
+        settings.write_text(settings.read_text().replace("Delete = 0", "Delete = 1"))
+        bad = self.print_to_separation(self.write("bad.ps", "%!PS\nno.such.operator\n"))
+        self.assertEqual(self.run_command().returncode, 1)
+        self.assertFalse(bad.exists())
+        self.assertTrue(good.exists())
 
     def test_postscript_has_the_planes_of_the_separation_device(self):
         source = self.write("page.ps", "%!PS\n" + PAGE)
