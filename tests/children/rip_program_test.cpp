@@ -177,23 +177,6 @@ TEST(Rip, keeps_a_plane_for_each_spot_color) {
   EXPECT_EQ(PlaneSample(page + "/cyan.tif", 150, 150), 255);
 }
 
-TEST(Rip, prints_eps_that_declares_custom_colors_in_every_kind_of_mode) {
-  REQUIRE_GHOSTSCRIPT();
-  const RipFixture bench;
-  bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 40 40 SetXYResolution\n");
-  const std::string eps = bench.File(
-      "job.eps",
-      "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 72 72\n%%DocumentCustomColors: (Cut Contour)\n"
-      "%%EndComments\n[/Separation (Cut Contour) /DeviceCMYK {0 exch dup 0}] setcolorspace\n"
-      "1 setcolor 0 0 72 72 rectfill\nshowpage\n%%EOF\n");
-  for (const char* mode : {"Own/gray.ps", "TIFF/tiff default.ps"})
-    EXPECT_NE(OnlyPage(bench.Run({bench.Prefix(mode), eps})), "") << mode;
-  const std::string page = OnlyPage(bench.Run({bench.Prefix("CMYK/300 dpi.ps"), eps}));
-  EXPECT_EQ(PlaneNames(CheckedInfo(page)),
-            (Names{"Cyan", "Magenta", "Yellow", "Black", "Cut Contour"}));
-  EXPECT_EQ(PlaneSample(page + "/spot-1.tif", 150, 150), 0);
-}
-
 TEST(Rip, makes_gray_pages_for_one_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;

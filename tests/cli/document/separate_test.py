@@ -34,7 +34,6 @@ showpage
 """
 EPS = """%!PS-Adobe-3.0 EPSF-3.0
 %%BoundingBox: 20 10 120 60
-%%DocumentCustomColors: (Varnish)
 %%EndComments
 0 0.5 0 0 setcmykcolor 20 10 60 50 rectfill
 [ /Separation /Varnish /DeviceCMYK { 0 0 0 4 -1 roll } ] setcolorspace 1 setcolor
