@@ -167,6 +167,10 @@ ExitStatus SpoolSizeCommand(const Invocation& invocation) {
 ExitStatus RemoveSpoolCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const SpoolEntry entry = OrEnd(ExitStatus::BadInput, NeedSpoolEntry(invocation.operand));
+  if (IsOwned(entry.directory))
+    throw CommandError(ExitStatus::BadInput, "the job '" + entry.name +
+                                                 "' in the spool can't be removed: its print is "
+                                                 "under way");
   if (const auto removed = RemoveEntry(entry); !removed)
     throw CommandError(ExitStatus::JobFailed,
                        "'" + removed.Error().where + "' can't be removed whole");

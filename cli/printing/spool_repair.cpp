@@ -135,9 +135,12 @@ bool RepairAndReport(const Invocation& invocation, const SpoolEntry& entry) {
 
 }  // namespace
 
-// The pages of a job that is a link lie in a directory of somebody else's, and stay.
+// The pages of a job that is a link lie in a directory of somebody else's, and stay. The name is
+// given back last, so that no other print takes it while pages of that name are removed.
 Expected<void> RemoveEntry(const SpoolEntry& entry) {
-  for (const std::string& directory : {entry.directory, entry.staged}) {
+  const bool hasName = IsThere(entry.directory);
+  for (const std::string& directory : {entry.staged, entry.directory}) {
+    if (directory == entry.directory && !hasName) break;
     const std::wstring path = os::FromNative(directory);
     const bool isLink = os::IsLink(path);
     if (!isLink) RemoveUnmovedPages(directory);

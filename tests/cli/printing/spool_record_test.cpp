@@ -255,7 +255,7 @@ TEST_F(SpoolRecord, a_spool_on_another_file_system_gets_whole_jobs) {
 }
 
 // The engine waits, and meanwhile the name is taken but nothing of the job can be seen.
-TEST_F(SpoolRecord, a_job_under_way_is_shown_as_such_and_is_not_repaired) {
+TEST_F(SpoolRecord, a_job_under_way_is_shown_as_such_and_is_neither_repaired_nor_removed) {
   m_Command.WriteOdalis("exec sleep 600\n");
   m_Command.Start({"print", "job.ps", "--spool"}, "Start Printing");
   CommandRunner other(CommandRunner::Children::None);
@@ -263,6 +263,10 @@ TEST_F(SpoolRecord, a_job_under_way_is_shown_as_such_and_is_not_repaired) {
   const std::string listed = other.Run({"spool", "list"}).output;
   EXPECT_TRUE(listed.ends_with("\tincomplete: its print is under way\n")) << listed;
   EXPECT_EQ(other.Run({"spool", "repair", "job", "--remove"}).status, 1);
+  const CommandResult removed = other.Run({"spool", "remove", "job"});
+  EXPECT_EQ(removed.status, 3);
+  EXPECT_EQ(removed.error,
+            "rastrel: the job 'job' in the spool can't be removed: its print is under way\n");
   EXPECT_EQ(m_Command.NamesIn("Queue/rip/CFM"), Names{"job.cfm"});
   m_Command.Signal(SIGINT);
   EXPECT_EQ(m_Command.Wait().status, 4);
