@@ -79,13 +79,11 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
                        "--title names a job from standard input: give - in place of the file");
   // A program of its own takes these in.
   if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut ||
-      invocation.command == CommandId::Separate)
+      invocation.command == CommandId::Import || invocation.command == CommandId::Separate ||
+      invocation.command == CommandId::View)
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
-  if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
-    throw CommandError(ExitStatus::WrongUse, "`rastrel " + NameOf(invocation.command) +
-                                                 "` does not read standard input; name a file");
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   const std::string path =

@@ -40,9 +40,9 @@ ExitStatus ImportCommand(const Invocation& invocation) {
   if (!output.empty()) {
     files = DrawOrEnd(*file.host, request, output);
   } else if (!json) {
-    ShowOnTerminal(file, request, invocation.operand);
+    ShowOnTerminal(file, request, file.name);
   }
-  WriteSummary(file, invocation.operand, files, json);
+  WriteSummary(file, file.name, files, json);
   if (!file.host->GetNotices().Losses().empty()) return ExitStatus::JobFailed;
   return file.findings.empty() ? ExitStatus::Done : ExitStatus::BadInput;
 }

@@ -38,7 +38,7 @@ std::string TablePathOf(const Invocation& invocation) {
 }
 
 TemplateFormat MergeableFormat(const Invocation& invocation) {
-  const TemplateFormat format = FormatFor(invocation);
+  const TemplateFormat format = FormatFor(invocation, invocation.operand);
   if (format == TemplateFormat::Document)
     throw CommandError(ExitStatus::WrongUse,
                        invocation.operand + ": a document has no fields; merge takes a template");

@@ -6,12 +6,15 @@
 #include "cli/document/finding.h"
 #include "cli/document/template_format.h"
 #include "host/document_host.h"
+#include "interpreter/task_place.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::cli {
 
 /// A template or document file that was opened as a document.
 struct OpenedFile {
+  std::unique_ptr<interpreter::TaskPlace> place;  ///< of a copy of standard input; null for a file
+  std::string name;                               ///< the file as messages name it
   TemplateFormat format = TemplateFormat::Document;
   std::unique_ptr<document::DocumentHost> host;  ///< never null
   std::string records = {};  ///< lines of JSON (ImportRecordLines), if asked for

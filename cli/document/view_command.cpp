@@ -28,10 +28,10 @@ bool OpenInViewer(const std::string& picture) {
 void Show(const OpenedFile& file, const DrawingRequest& request, const Invocation& invocation) {
   const bool json = invocation.Has(OptionId::Json);
   ShownPicture picture =
-      OrEnd(ExitStatus::JobFailed, ShownPicture::Create(*file.host, request, invocation.operand));
-  if (!json && picture.ShowOnTerminal()) return WriteSummary(file, invocation.operand, {}, json);
+      OrEnd(ExitStatus::JobFailed, ShownPicture::Create(*file.host, request, file.name));
+  if (!json && picture.ShowOnTerminal()) return WriteSummary(file, file.name, {}, json);
   picture.Keep();
-  WriteSummary(file, invocation.operand, {picture.Path()}, json);
+  WriteSummary(file, file.name, {picture.Path()}, json);
   OpenInViewer(picture.Path());
 }
 
@@ -45,7 +45,7 @@ ExitStatus ViewCommand(const Invocation& invocation) {
     Show(file, request, invocation);
   } else {
     const std::vector<std::string> files = DrawOrEnd(*file.host, request, output);
-    WriteSummary(file, invocation.operand, files, invocation.Has(OptionId::Json));
+    WriteSummary(file, file.name, files, invocation.Has(OptionId::Json));
   }
   return file.host->GetNotices().Losses().empty() ? ExitStatus::Done : ExitStatus::JobFailed;
 }

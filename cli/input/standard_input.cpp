@@ -16,7 +16,6 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr const char* Name = "standard input";
 constexpr std::size_t PieceBytes = std::size_t{256} << 10;
 constexpr unsigned OfPipe = 0666;
 constexpr unsigned OwnerBits = 0600;
@@ -67,12 +66,12 @@ Expected<std::string> TakeStandardInput(const std::string& directory, const std:
   const std::string incoming = directory + "/incoming";
   if (const auto copied = Copy(incoming, limit, head); !copied)
     return FailureOf(Describe(copied.Error()));
-  const std::string name = title.empty() ? Name : SafeJobName(title + ".x");
+  const std::string name = title.empty() ? StandardInputName : SafeJobName(title + ".x");
   std::string path = directory + "/" + name + ExtensionOf(head);
   if (const auto named = os::RenameFile(os::FromNative(incoming), os::FromNative(path)); !named)
     return FailureOf(Describe(named.Error()));
   CopiedPath() = path;
-  ShowPathAs(path, Name);
+  ShowPathAs(path, StandardInputName);
   return path;
 }
 

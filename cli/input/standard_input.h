@@ -12,6 +12,9 @@ namespace rastrel::cli {
 /// The operand that means it.
 inline constexpr std::string_view StandardInputOperand = "-";
 
+/// Its name in messages.
+inline constexpr const char* StandardInputName = "standard input";
+
 /// The most that is taken, in bytes.
 inline constexpr std::uint64_t StandardInputLimit = std::uint64_t{4} << 30;
 

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/cli/command_runner.h"
@@ -11,6 +14,7 @@
 namespace rastrel::cli {
 namespace {
 
+namespace fs = std::filesystem;
 using nlohmann::json;
 using test::CommandResult;
 using test::CommandRunner;
@@ -26,6 +30,12 @@ std::string Template(const std::string& inside, const std::string& beside = "<PL
 constexpr const char* Sound =
     "<COLOR>Gold</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT><TEXTCOLOR>Black</TEXTCOLOR>"
     "<TEXT data='Ada'><FONT name='DejaVuSans.ttf' size='0.25'/></TEXT>";
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  EXPECT_TRUE(stream) << path;
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 class Import : public ::testing::Test {
  protected:
@@ -47,6 +57,53 @@ TEST_F(Import, prints_the_count_of_each_kind) {
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_EQ(result.output, "1 page of 60 by 40 cm: 1 plate, 1 text, 0 drill points\n");
   EXPECT_EQ(result.error, "");
+}
+
+TEST_F(Import, takes_a_template_from_standard_input) {
+  m_Command.SetInput(Template(Sound));
+  const auto imported = m_Command.Run({"import", "-", "--json"});
+  EXPECT_EQ(imported.status, 0) << imported.error;
+  EXPECT_EQ(Summary(imported)["file"], "standard input");
+  EXPECT_EQ(Summary(imported)["texts"], 1);
+  const auto viewed = m_Command.Run({"view", "-", "--output", "seen.svg"});
+  EXPECT_EQ(viewed.status, 0) << viewed.error;
+  EXPECT_EQ(RunOn(Template(Sound), {"--output", "named.svg"}).status, 0);
+  EXPECT_EQ(m_Command.Place().Read("seen.svg"), m_Command.Place().Read("named.svg"));
+}
+
+TEST_F(Import, reads_a_document_and_other_templates_from_standard_input_by_their_content) {
+  ASSERT_EQ(RunOn(Template(Sound), {"--output", "plates.rdoc"}).status, 0);
+  for (const auto& [file, format] :
+       {std::pair{m_Command.Place().Path("plates.rdoc"), "document"},
+        std::pair{std::string(RASTREL_SOURCE_DIR) + "/examples/plates/llx/justified-arcs.llx",
+                  "llx"},
+        std::pair{std::string(RASTREL_SOURCE_DIR) + "/examples/plates/cro/door-plates.cro",
+                  "cro"}}) {
+    m_Command.SetInput(ReadFile(file));
+    const auto result = m_Command.Run({"import", "-", "--json"});
+    EXPECT_EQ(Summary(result)["format"], format) << result.error;
+    EXPECT_EQ(Summary(result)["pages"], 1);
+  }
+}
+
+// Relative names belong to the directory where the command runs, as there is no other.
+TEST_F(Import, finds_graphics_of_standard_input_in_the_present_directory) {
+  fs::copy(Examples + "graphics", m_Command.Place().Path("graphics"));
+  std::string text = ReadFile(Examples + "cro/metric-with-graphics.cro");
+  for (std::size_t at = text.find("..\\"); at != text.npos; at = text.find("..\\"))
+    text.erase(at, 3);
+  m_Command.SetInput(text);
+  const auto result = m_Command.Run({"import", "-", "--json"});
+  EXPECT_EQ(result.status, 0) << result.error << result.output;
+  EXPECT_EQ(Summary(result)["paths"], 6);  // two a crest, which is there three times
+}
+
+TEST_F(Import, names_standard_input_where_it_refuses_it) {
+  m_Command.SetInput("<ABB>\n<ENGRAVINGTEMPLATE>\n");
+  const auto result = m_Command.Run({"import", "-"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.error.find("rastrel: standard input"), 0U) << result.error;
+  EXPECT_EQ(result.error.find("rastrel-import-"), std::string::npos) << result.error;
 }
 
 TEST_F(Import, draws_a_picture_of_96_dpi_by_default) {
