@@ -202,6 +202,7 @@ Expected<Device> DeviceOf(const Section& section) {
   auto format = ChoiceOf<FileFormat>(section, "format", false, formats);
   if (!format) return format.Error();
   device.format = *format;
+  device.compression = UsualCompression(device.format);
   auto taken = device.kind == DeviceKind::File ? TakeFileKeys(section, device)
                                                : TakeCommandKeys(section, device);
   if (!taken) return taken.Error();
@@ -217,6 +218,10 @@ const char* ExtensionOf(FileFormat format) {
     case FileFormat::Pdf: return "pdf";
   }
   return "";
+}
+
+Compression UsualCompression(FileFormat format) {
+  return format == FileFormat::Tiff ? Compression::Lzw : Compression::Deflate;
 }
 
 Expected<std::vector<Device>> ReadDevices(std::string_view text) {

@@ -26,6 +26,7 @@ const std::string Devices =
     "[Tiff]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\n"
     "[Png]\nkind = file\nformat = png\npattern = {output}/{job}-{page}.png\n"
     "[Again]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\noverwrite = yes\n"
+    "[Pdf]\nkind = file\nformat = pdf\npattern = {output}/{job}-{page}.pdf\n"
     "[*]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\n";
 
 class Engine : public ::testing::Test {
@@ -217,6 +218,39 @@ TEST_F(Engine, changed_pixels_are_not_delivered) {
   EXPECT_EQ(run->Lines("ERROR: "), (Names{"page 'p1': '" + Pages() +
                                           "/p1/pixels.ppm' has not the "
                                           "checksum of the page's description"}));
+}
+
+// The checks run beside the reading: a plane that was changed is found whichever it is.
+TEST_F(Engine, a_changed_plane_is_not_delivered_whichever_it_is) {
+  for (unsigned plane = 0; plane < 5; ++plane) {
+    auto info = PageOf(pages::PageColor::Separations,
+                       {"Cyan", "Magenta", "Yellow", "Black", "Gold"}, 300, 200);
+    WritePage(Pages() + "/p1", info);
+    const std::string path = Pages() + "/p1/" + info.planes[plane].file;
+    std::string content = ReadFile(path);
+    content[content.size() / 2] = static_cast<char>(content[content.size() / 2] ^ 1);
+    WriteFile(path, content);
+    const auto run = Run({{"p1"}});
+    EXPECT_EQ(run->Status(), NotDelivered);
+    EXPECT_TRUE(OutputNames().empty());
+    EXPECT_EQ(run->Lines("ERROR: "),
+              (Names{"page 'p1': '" + path + "' has not the checksum of the page's description"}));
+  }
+}
+
+TEST_F(Engine, a_page_delivered_twice_has_the_same_bytes) {
+  for (const char* printer : {"Tiff", "Png", "Pdf"}) {
+    fs::remove_all(Output());
+    auto info = PageOf(pages::PageColor::Rgb, {"Red", "Green", "Blue"}, 700, 500);
+    info.printer = printer;
+    WritePage(Pages() + "/p1", info);
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    const Names names = OutputNames();
+    ASSERT_EQ(names.size(), 2u) << printer;
+    EXPECT_TRUE(ReadFile(Output() + "/" + names[0]) == ReadFile(Output() + "/" + names[1]))
+        << printer;
+  }
 }
 
 TEST_F(Engine, planes_become_files_of_their_own) {
