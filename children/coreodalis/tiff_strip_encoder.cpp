@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "children/coreodalis/lzw_encoder.h"
 #include "children/coreodalis/pixel_file.h"
 #include "children/coreodalis/tiff_form.h"
 
@@ -36,6 +37,47 @@ class PlainEncoder final : public BandEncoder {
  private:
   std::size_t m_StripBytes;
   bool m_HasInks;
+};
+
+/// Replaces each sample of a row but the first pixel's by its difference to the sample before.
+void TakeDifferences(std::span<const std::uint8_t> row, std::size_t samples, std::uint8_t* to) {
+  std::copy_n(row.begin(), samples, to);
+  for (std::size_t i = samples; i < row.size(); ++i)
+    to[i] = static_cast<std::uint8_t>(row[i] - row[i - samples]);
+}
+
+/// Strips by LZW with horizontal differences.
+class LzwStripEncoder final : public BandEncoder {
+ public:
+  explicit LzwStripEncoder(const ImageShape& shape)
+      : m_RowBytes(shape.RowBytes()),
+        m_StripBytes(RowsPerStrip(shape) * shape.RowBytes()),
+        m_Samples(shape.planes.size()),
+        m_HasInks(HasInks(shape)) {}
+
+  Expected<void> Encode(Band& band) override {
+    if (m_HasInks) InvertInks(band.rows);
+    band.encoded.clear();
+    for (std::size_t at = 0; at < band.rows.size(); at += m_StripBytes) {
+      const std::size_t before = band.encoded.size();
+      const auto strip =
+          std::span(band.rows).subspan(at, std::min(m_StripBytes, band.rows.size() - at));
+      m_Differences.resize(strip.size());
+      for (std::size_t row = 0; row < strip.size(); row += m_RowBytes)
+        TakeDifferences(strip.subspan(row, m_RowBytes), m_Samples, m_Differences.data() + row);
+      m_Lzw.Encode(m_Differences, band.encoded);
+      band.pieces.push_back(band.encoded.size() - before);
+    }
+    return {};
+  }
+
+ private:
+  std::size_t m_RowBytes;
+  std::size_t m_StripBytes;
+  std::size_t m_Samples;
+  bool m_HasInks;
+  std::vector<std::uint8_t> m_Differences;
+  LzwEncoder m_Lzw;
 };
 
 /// A TIFF file of one strip, which is written anew for each strip. Nothing is kept but the bytes
@@ -125,6 +167,7 @@ class StripEncoder final : public BandEncoder {
 
 std::unique_ptr<BandEncoder> MakeTiffStripEncoder(const ImageShape& shape,
                                                   devices::Compression compression) {
+  if (compression == devices::Compression::Lzw) return std::make_unique<LzwStripEncoder>(shape);
   if (compression == devices::Compression::None) return std::make_unique<PlainEncoder>(shape);
   return std::make_unique<StripEncoder>(shape, compression);
 }
