@@ -58,7 +58,7 @@ std::optional<Bytes> Decode(const Bytes& coded) {
 
 void ExpectReadable(const Bytes& bytes, const char* name) {
   static LzwEncoder encoder;  // one for all, as the strips of a page have
-  Bytes coded = {1, 2, 3};    // what is there already stays
+  Bytes coded = {1, 2, 3};    // bytes before stay
   encoder.Encode(bytes, coded);
   ASSERT_EQ(Bytes(coded.begin(), coded.begin() + 3), (Bytes{1, 2, 3}));
   const auto decoded = Decode(Bytes(coded.begin() + 3, coded.end()));
