@@ -311,6 +311,32 @@ TEST_F(Engine, another_printer_of_the_environment_counts_before_the_pages_own) {
   EXPECT_EQ(OutputNames(), (Names{"Sign-1.tif"})) << same->Report();
 }
 
+TEST_F(Engine, the_devices_compression_is_that_of_the_file) {
+  const std::string section = "[P]\nkind=file\nformat=tiff\npattern={output}/x.tif\n";
+  const std::pair<const char*, std::uint64_t> sizes[] = {
+      {"none", 36'000}, {"lzw", 0}, {"deflate", 0}};
+  std::vector<std::uint64_t> found;
+  for (const auto& [word, least] : sizes) {
+    fs::remove_all(Output());
+    WriteFile(Root() + "/devices.txt", section + "compression = " + word + "\n");
+    // One value all over, so that both compressions make it much smaller than its samples.
+    auto info = WriteRgbPage(Pages() + "/p1", "Sign", 1, "P");
+    info.width = 120;
+    info.height = 100;
+    WriteFile(Pages() + "/p1/pixels.ppm", "P6\n120 100\n255\n" + std::string(36'000, 'x'));
+    info.files = {DescribeFile(Pages() + "/p1", "pixels.ppm")};
+    WriteFile(Pages() + "/p1/.info", pages::FormatPageInfo(info));
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    const std::string content = ReadFile(Output() + "/x.tif");
+    EXPECT_GT(content.size(), least) << word;
+    EXPECT_EQ(ReadTiff(Output() + "/x.tif").pixels, std::vector<std::uint8_t>(36'000, 'x'));
+    found.push_back(content.size());
+  }
+  EXPECT_LT(found[1], 5000u);
+  EXPECT_LT(found[2], 5000u);
+  EXPECT_NE(found[1], found[2]);
+}
+
 TEST_F(Engine, an_unknown_printer_without_a_default_is_named_with_the_file) {
   WriteFile(Root() + "/devices.txt", "[Tiff]\nkind=file\nformat=tiff\npattern={output}/x.tif\n");
   WriteRgbPage(Pages() + "/p1", "Sign", 1, "Plotter");
