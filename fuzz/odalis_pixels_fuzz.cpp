@@ -23,7 +23,7 @@ void ReadRows(Expected<std::unique_ptr<odalis::PixelFile>> file) {
   if (!file) return;
   std::vector<std::uint8_t> row((*file)->RowBytes());
   for (unsigned y = 0; y < (*file)->Height() && y < MaximumRows; ++y) {
-    if (!(*file)->ReadRow(row)) return;
+    if (!(*file)->ReadRows(row)) return;
   }
 }
 

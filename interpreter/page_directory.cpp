@@ -17,7 +17,7 @@ namespace rastrel::interpreter {
 namespace {
 
 os::FileDescriptor CreateFile(const std::string& path) {
-  return os::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  return os::FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
 }
 
 }  // namespace
@@ -59,6 +59,7 @@ Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string
   std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
   made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
   if (!made->m_Pixels.IsOpen()) return Failure{"create", path, errno};
+  made->m_Sum = std::make_unique<GrowingSum>(made->m_Pixels.Get());
   const std::string header = std::string(size.channels == 1 ? "P5\n" : "P6\n") +
                              std::to_string(size.width) + " " + std::to_string(size.height) +
                              "\n255\n";
@@ -71,8 +72,8 @@ Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   const auto written = os::WriteAll(m_Pixels.Get(), text);
   if (!written) return FailureAt(m_Path + "/" + m_PixelName, written.Error());
-  m_Sum.Add(bytes);
   m_Bytes += bytes.size();
+  m_Sum->Grow(m_Bytes);
   return {};
 }
 
@@ -101,7 +102,6 @@ void PageDirectory::FeedPreview(std::span<const std::byte> bytes) {
 }
 
 Expected<void> PageDirectory::Finish(const RunDescription& run) {
-  m_Pixels.Reset();
   const auto pictured = m_Preview.Write(m_Path + "/" + pages::PreviewName);
   if (!pictured) return pictured.Error();
   const auto picture = pages::DescribeFile(m_Path, pages::PreviewName);
@@ -115,7 +115,10 @@ Expected<void> PageDirectory::Finish(const RunDescription& run) {
     info.planes.push_back(
         {m_Size.channels == 1 ? "Gray" : RgbNames[channel], m_PixelName, channel});
   }
-  info.files = {{m_PixelName, m_Bytes, m_Sum.Finish()}, *picture};
+  const auto sum = m_Sum->Finish();
+  if (!sum) return FailureAt(m_Path + "/" + m_PixelName, sum.Error());
+  m_Pixels.Reset();
+  info.files = {{m_PixelName, m_Bytes, *sum}, *picture};
   const auto cut = WriteCutPaths(run, m_Path, info);
   if (!cut) return cut.Error();
   return WritePageInfo(m_Path, info);

@@ -48,6 +48,15 @@ std::string WithoutDoubledSlashes(std::string path) {
   return path;
 }
 
+RenderOrder RenderingOf(const DeliveryOrder& order) {
+  RenderOrder rendering;
+  rendering.format = order.device->format;
+  rendering.compression = order.device->compression;
+  rendering.planar = order.planar;
+  rendering.progress = order.progress;
+  return rendering;
+}
+
 /// The command's arguments, with the fields filled in.
 std::vector<std::string> WordsOf(const devices::Device& device,
                                  const devices::FieldValues& values) {
@@ -80,7 +89,7 @@ Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order)
     targets.push_back({file->Descriptor(), path});
     files.push_back(std::move(*file));
   }
-  auto rendered = Render(source, order.device->format, order.planar, targets, order.progress);
+  auto rendered = Render(source, RenderingOf(order), targets);
   if (!rendered) return rendered.Error();
   order.flushing();
   std::vector<Publisher::Item> items;
@@ -117,7 +126,7 @@ Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& orde
     targets.push_back({file.Get(), path});
     files.push_back(std::move(file));
   }
-  auto rendered = Render(source, order.device->format, order.planar, targets, order.progress);
+  auto rendered = Render(source, RenderingOf(order), targets);
   if (!rendered) return rendered;
   files.clear();
   order.flushing();

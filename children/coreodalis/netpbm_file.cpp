@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -12,7 +11,7 @@
 namespace rastrel::odalis {
 namespace {
 
-constexpr std::size_t BlockBytes = 1u << 18;
+constexpr std::size_t BlockBytes = 1u << 12;
 constexpr std::size_t MaximumHeader = 4096;
 
 bool IsWhitespace(char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; }
@@ -43,13 +42,14 @@ class NetpbmFile final : public PixelFile {
     return {};
   }
 
-  Expected<void> ReadRow(std::span<std::uint8_t> row) override {
-    std::size_t filled = 0;
-    while (filled < row.size()) {
-      if (m_At == m_Filled && !Fill()) return Refuse("ends before its last row");
-      const std::size_t count = std::min(row.size() - filled, m_Filled - m_At);
-      std::memcpy(row.data() + filled, m_Block.data() + m_At, count);
-      m_At += count;
+  Expected<void> ReadRows(std::span<std::uint8_t> rows) override {
+    std::size_t filled = std::min(rows.size(), m_Filled - m_At);
+    std::copy_n(m_Block.begin() + static_cast<std::ptrdiff_t>(m_At), filled, rows.begin());
+    m_At += filled;
+    // Past the block that the header was in, nothing is copied twice.
+    while (filled < rows.size()) {
+      const std::size_t count = Read(rows.data() + filled, rows.size() - filled);
+      if (count == 0) return Refuse("ends before its last row");
       filled += count;
     }
     return {};
@@ -58,14 +58,19 @@ class NetpbmFile final : public PixelFile {
  private:
   Failure Refuse(const char* why) const { return FailureOf("'" + m_Path + "' " + why); }
 
-  bool Fill() {
-    m_At = m_Filled = 0;
+  /// Up to so many bytes; 0 at the end of the file and if it can't be read.
+  std::size_t Read(void* to, std::size_t size) {
     while (true) {
-      const ssize_t count = ::read(m_Descriptor.Get(), m_Block.data(), m_Block.size());
+      const ssize_t count = ::read(m_Descriptor.Get(), to, size);
       if (count < 0 && errno == EINTR) continue;
-      if (count > 0) m_Filled = static_cast<std::size_t>(count);
-      return count > 0;
+      return count > 0 ? static_cast<std::size_t>(count) : 0;
     }
+  }
+
+  bool Fill() {
+    m_At = 0;
+    m_Filled = Read(m_Block.data(), m_Block.size());
+    return m_Filled > 0;
   }
 
   /// The next byte of the header.

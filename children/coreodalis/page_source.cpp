@@ -106,24 +106,36 @@ Expected<std::size_t> PageSource::PartOf(const std::string& directory, const pag
   if (listed == info.files.end()) {
     return FailureOf("the page's description has no file '" + name + "' but a plane in it");
   }
-  auto file = OpenPixelFile(directory, *listed);
-  if (!file) return file.Error();
-  if ((*file)->Width() != m_Shape.width || (*file)->Height() != m_Shape.height) {
+  auto opened = OpenPixelFile(directory, *listed);
+  if (!opened) return opened.Error();
+  std::unique_ptr<PixelFile> file = std::move(opened->file);
+  if (file->Width() != m_Shape.width || file->Height() != m_Shape.height) {
+    if (auto checked = opened->check.Run(); !checked) return checked.Error();
     return FailureOf("'" + directory + "/" + name + "' has not the page's width and height");
   }
-  std::size_t held = (*file)->RowBytes();
+  std::size_t held = file->RowBytes();
   for (const Part& part : m_Parts) held += part.row.size();
   if (held > LargestRow)
     return FailureOf("the page's files have rows of more than 64 MiB together");
-  std::vector<std::uint8_t> row((*file)->RowBytes());
-  m_Parts.push_back({name, std::move(*file), std::move(row)});
+  std::vector<std::uint8_t> row(file->RowBytes());
+  m_Parts.push_back({name, std::move(file), std::move(row)});
+  m_Checks.push_back(std::move(opened->check));
   return m_Parts.size() - 1;
 }
 
+Expected<void> PageSource::ReadRows(std::span<std::uint8_t> rows) {
+  if (m_Straight) return m_Parts.front().file->ReadRows(rows);
+  const std::size_t rowBytes = m_Shape.RowBytes();
+  for (std::size_t at = 0; at < rows.size(); at += rowBytes) {
+    if (auto read = ReadRow(rows.subspan(at, rowBytes)); !read) return read;
+  }
+  return {};
+}
+
+/// From files that hold the planes otherwise than the page has them.
 Expected<void> PageSource::ReadRow(std::span<std::uint8_t> row) {
-  if (m_Straight) return m_Parts.front().file->ReadRow(row);
   for (Part& part : m_Parts) {
-    if (auto read = part.file->ReadRow(part.row); !read) return read;
+    if (auto read = part.file->ReadRows(part.row); !read) return read;
   }
   const std::size_t planes = m_Planes.size();
   for (std::size_t plane = 0; plane < planes; ++plane) {

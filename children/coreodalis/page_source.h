@@ -16,8 +16,8 @@ namespace rastrel::odalis {
 /// The pixels of a page directory as rows of all its planes, wherever they lie.
 class PageSource {
  public:
-  /// Opens every file that holds a plane and checks sizes, checksums and dimensions. `directory` is
-  /// a native path. The failure names the file or the value of the description that is wrong.
+  /// Opens every file that holds a plane and checks sizes and dimensions. `directory` is a native
+  /// path. The failure names the file or the value of the description that is wrong.
   [[nodiscard]] static Expected<PageSource> Open(const std::string& directory,
                                                  const pages::PageInfo& info);
 
@@ -25,8 +25,13 @@ class PageSource {
   /// planes 255 is no ink.
   [[nodiscard]] const ImageShape& Shape() const { return m_Shape; }
 
-  /// The next row, from the top. REQUIRES: the span has Shape().RowBytes(), and rows are left.
-  [[nodiscard]] Expected<void> ReadRow(std::span<std::uint8_t> row);
+  /// The next rows, from the top. REQUIRES: the span has a multiple of Shape().RowBytes(), and so
+  /// many rows are left.
+  [[nodiscard]] Expected<void> ReadRows(std::span<std::uint8_t> rows);
+
+  /// The check sums of the files, which nothing else looks at: who uses the rows runs all of them
+  /// before, after or while it reads.
+  [[nodiscard]] const std::vector<ContentCheck>& Checks() const { return m_Checks; }
 
  private:
   struct Part {
@@ -43,9 +48,11 @@ class PageSource {
   [[nodiscard]] Expected<void> OpenParts(const std::string& directory, const pages::PageInfo& info);
   [[nodiscard]] Expected<std::size_t> PartOf(const std::string& directory,
                                              const pages::PageInfo& info, const std::string& name);
+  [[nodiscard]] Expected<void> ReadRow(std::span<std::uint8_t> row);
 
   ImageShape m_Shape;
   std::vector<Part> m_Parts;
+  std::vector<ContentCheck> m_Checks;
   std::vector<PlanePlace> m_Planes;
   bool m_Straight = false;  ///< one file whose rows are the page's rows
 };

@@ -1,7 +1,5 @@
 #include "children/coreodalis/pdf_writer.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -9,6 +7,8 @@
 #include <set>
 #include <utility>
 
+#include "children/coreodalis/band_queue.h"
+#include "children/coreodalis/deflate_encoder.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/hex.h"
@@ -17,8 +17,6 @@ namespace rastrel::odalis {
 namespace {
 
 constexpr double MaximumSidePoints = 14400;
-constexpr std::size_t BlockBytes = 1u << 16;
-constexpr int FastCompression = 3;
 constexpr std::size_t InksOfOldVersions = 8;  // version 1.4 and before
 constexpr std::size_t MaximumInks = 32;
 constexpr std::size_t MaximumInkName = 100;
@@ -88,6 +86,29 @@ std::string InkProgram(const std::vector<std::string>& inks) {
   return program + " }";
 }
 
+/// Compresses a band's rows, or leaves them as they are. Inks become 255 for all.
+class PdfBandEncoder final : public BandEncoder {
+ public:
+  PdfBandEncoder(const ImageShape& shape, devices::Compression compression)
+      : m_HasInks(HasInks(shape)),
+        m_IsPlain(compression == devices::Compression::None),
+        m_Deflate(compression) {}
+
+  Expected<void> Encode(Band& band) override {
+    if (m_HasInks) {
+      for (std::uint8_t& sample : band.rows) sample = static_cast<std::uint8_t>(255 - sample);
+    }
+    if (!m_IsPlain) return m_Deflate.Encode(band.rows, band);
+    std::swap(band.rows, band.encoded);
+    return {};
+  }
+
+ private:
+  bool m_HasInks;
+  bool m_IsPlain;
+  DeflateEncoder m_Deflate;
+};
+
 /// The file, in order; the number is the object's.
 ///
 ///   %PDF-1.4                  or 1.6
@@ -95,23 +116,21 @@ std::string InkProgram(const std::vector<std::string>& inks) {
 ///   2  pages                  -> 3
 ///   3  page                   -> 4, 5; its size and perhaps a user unit
 ///   4  content                draws 5 over the page
-///   5  image                  -> 6, 7; deflated pixels of a length that is not known yet
-///   6  length of 5
-///   7  function of the inks   for spot inks only
-///   xref, trailer             -> 1
+///   5  image                  -> 6, 7; pixels, deflated or plain, of a length that is not known
+///   yet 6  length of 5 7  function of the inks   for spot inks only xref, trailer             -> 1
 class PdfWriter final : public ImageWriter {
  public:
-  PdfWriter(int descriptor, std::string name, const ImageShape& shape)
-      : m_Descriptor(descriptor), m_Name(std::move(name)), m_Shape(shape), m_Block(BlockBytes) {}
-  ~PdfWriter() override {
-    if (m_Deflating) deflateEnd(&m_Stream);
-  }
-  PdfWriter(const PdfWriter&) = delete;
-  PdfWriter& operator=(const PdfWriter&) = delete;
+  PdfWriter(const ImageOrder& order, const ImageShape& shape, WorkerPool& pool)
+      : m_Descriptor(order.descriptor),
+        m_Name(order.name),
+        m_Shape(shape),
+        m_Compression(order.compression),
+        m_Bands(
+            pool, FormOf(order, shape),
+            [this] { return std::make_unique<PdfBandEncoder>(m_Shape, m_Compression); },
+            [this](const Band& band) { return WriteBand(band); }) {}
 
   Expected<void> WriteHeader() {
-    if (deflateInit(&m_Stream, FastCompression) != Z_OK) return Refuse("out of memory");
-    m_Deflating = true;
     const double width = m_Shape.width * 72.0 / m_Shape.xResolution;
     const double height = m_Shape.height * 72.0 / m_Shape.yResolution;
     // Rounded up to the file's decimals, so that the page keeps its size.
@@ -133,22 +152,18 @@ class PdfWriter final : public ImageWriter {
     m_Offsets.push_back(m_Written);
     Put("5 0 obj\n<< /Type /XObject /Subtype /Image /Width " + std::to_string(m_Shape.width) +
         " /Height " + std::to_string(m_Shape.height) + " /ColorSpace " + ColorSpace() +
-        " /BitsPerComponent 8 /Filter /FlateDecode /Length 6 0 R >>\nstream\n");
+        " /BitsPerComponent 8" + (IsPlain() ? "" : " /Filter /FlateDecode") +
+        " /Length 6 0 R >>\nstream\n");
     m_StreamStart = m_Written;
     return State();
   }
 
-  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
-    m_Row.assign(row.begin(), row.end());
-    if (m_Shape.model == ColorModel::Cmyk || m_Shape.model == ColorModel::Inks) {
-      for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
-    }
-    return Deflate(Z_NO_FLUSH);
-  }
+  Expected<std::span<std::uint8_t>> Room() override { return Named(m_Bands.Room()); }
+  Expected<void> Take(std::size_t bytes) override { return Named(m_Bands.Take(bytes)); }
 
   Expected<void> Finish() override {
-    m_Row.clear();
-    if (auto ended = Deflate(Z_FINISH); !ended) return ended;
+    if (auto written = Named(m_Bands.Finish()); !written) return written;
+    if (!IsPlain()) PutBytes(m_Sum.Bytes());
     const std::uint64_t length = m_Written - m_StreamStart;
     Put("\nendstream\nendobj\n");
     PutObject(std::to_string(length));
@@ -171,6 +186,27 @@ class PdfWriter final : public ImageWriter {
   }
   Expected<void> State() const {
     if (m_Error != 0) return Refuse(DescribeError(m_Error));
+    return {};
+  }
+  /// The same result, whose failure has the file's name.
+  template <typename Result>
+  Result Named(Result result) const {
+    if (result) return result;
+    return Refuse(Describe(result.Error()));
+  }
+
+  [[nodiscard]] bool IsPlain() const { return m_Compression == devices::Compression::None; }
+
+  static BandQueue::Form FormOf(const ImageOrder& order, const ImageShape& shape) {
+    BandQueue::Form form = DeflatedForm(shape.RowBytes(), shape.height, order.share);
+    form.isEncodedAtOnce = order.compression == devices::Compression::None;
+    return form;
+  }
+
+  Expected<void> WriteBand(const Band& band) {
+    m_Sum.Add(band);
+    PutBytes(band.encoded);
+    if (m_Error != 0) return FailureOf(DescribeError(m_Error));
     return {};
   }
 
@@ -200,50 +236,36 @@ class PdfWriter final : public ImageWriter {
     m_Written += bytes.size();
   }
 
+  void PutBytes(std::span<const std::uint8_t> bytes) {
+    Put(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+  }
+
   void PutObject(const std::string& content) {
     m_Offsets.push_back(m_Written);
     Put(std::to_string(m_Offsets.size()) + " 0 obj\n" + content + "\nendobj\n");
   }
 
-  /// Compresses m_Row and writes the result.
-  Expected<void> Deflate(int flush) {
-    m_Stream.next_in = m_Row.data();
-    m_Stream.avail_in = static_cast<uInt>(m_Row.size());
-    int result = Z_OK;
-    do {
-      m_Stream.next_out = m_Block.data();
-      m_Stream.avail_out = static_cast<uInt>(m_Block.size());
-      result = ::deflate(&m_Stream, flush);
-      if (result == Z_STREAM_ERROR) return Refuse("the compression failed");
-      Put(std::string_view(reinterpret_cast<const char*>(m_Block.data()),
-                           m_Block.size() - m_Stream.avail_out));
-    } while (m_Error == 0 &&
-             (m_Stream.avail_out == 0 || (flush == Z_FINISH && result != Z_STREAM_END)));
-    return State();
-  }
-
   int m_Descriptor;
   std::string m_Name;
   ImageShape m_Shape;
-  std::vector<std::uint8_t> m_Block;
-  std::vector<std::uint8_t> m_Row;
-  z_stream m_Stream{};
-  bool m_Deflating = false;
+  devices::Compression m_Compression;
   std::vector<std::uint64_t> m_Offsets;
   std::uint64_t m_Written = 0;
   std::uint64_t m_StreamStart = 0;
+  StreamSum m_Sum;
   int m_Error = 0;
+  BandQueue m_Bands;  ///< last: it uses the others
 };
 
 }  // namespace
 
-Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(int descriptor, const std::string& name,
-                                                     const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakePdfWriter(const ImageOrder& order,
+                                                     const ImageShape& shape, WorkerPool& pool) {
   if (shape.planes.size() > MaximumInks) {
-    return FailureOf("writing '" + name + "': a PDF file can't hold more than " +
+    return FailureOf("writing '" + order.name + "': a PDF file can't hold more than " +
                      std::to_string(MaximumInks) + " inks; use TIFF or planes");
   }
-  auto writer = std::make_unique<PdfWriter>(descriptor, name, shape);
+  auto writer = std::make_unique<PdfWriter>(order, shape, pool);
   if (auto written = writer->WriteHeader(); !written) return written.Error();
   return std::unique_ptr<ImageWriter>(std::move(writer));
 }

@@ -4,9 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "children/coreodalis/netpbm_file.h"
@@ -30,27 +29,27 @@ Expected<os::FileDescriptor> OpenRegular(const std::string& path) {
   return descriptor;
 }
 
-Expected<void> CheckContent(int descriptor, const std::string& path, const pages::PageFile& file) {
+Expected<void> CheckSize(int descriptor, const std::string& path, const pages::PageFile& file) {
   struct stat state {};
   if (::fstat(descriptor, &state) != 0) return Failure{"fstat", path, errno};
   if (static_cast<std::uint64_t>(state.st_size) != file.bytes) {
     return FailureOf("'" + path + "' has " + std::to_string(state.st_size) + " bytes, and " +
                      std::to_string(file.bytes) + " by the page's description");
   }
-  pages::Sha256 sum;
-  std::vector<char> block(HashBlock);
-  while (true) {
-    const ssize_t count = ::read(descriptor, block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Failure{"read", path, errno};
-    if (count == 0) break;
-    sum.Add(block.data(), static_cast<std::size_t>(count));
-  }
-  if (sum.Finish() != file.sha256) {
-    return FailureOf("'" + path + "' has not the checksum of the page's description");
-  }
-  if (::lseek(descriptor, 0, SEEK_SET) != 0) return Failure{"lseek", path, errno};
   return {};
+}
+
+Expected<std::unique_ptr<PixelFile>> ReadHead(os::FileDescriptor descriptor,
+                                              const std::string& path, std::uint64_t bytes) {
+  char magic[2] = {};
+  const ssize_t count = ::pread(descriptor.Get(), magic, sizeof magic, 0);
+  if (count == 2 && magic[0] == 'P' && (magic[1] == '5' || magic[1] == '6')) {
+    return OpenNetpbm(std::move(descriptor), path, bytes);
+  }
+  if (count == 2 && magic[0] == magic[1] && (magic[0] == 'I' || magic[0] == 'M')) {
+    return OpenTiff(std::move(descriptor), path, bytes);
+  }
+  return FailureOf("'" + path + "' holds neither netpbm nor TIFF pixels");
 }
 
 bool IsPlainName(const std::string& name) {
@@ -60,22 +59,45 @@ bool IsPlainName(const std::string& name) {
 
 }  // namespace
 
-Expected<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                   const pages::PageFile& file) {
+ContentCheck::ContentCheck(std::shared_ptr<const os::FileDescriptor> descriptor, std::string path,
+                           pages::PageFile expected)
+    : m_Descriptor(std::move(descriptor)),
+      m_Path(std::move(path)),
+      m_Expected(std::move(expected)) {}
+
+Expected<void> ContentCheck::Run() const {
+  pages::Sha256 sum;
+  std::vector<char> block(HashBlock);
+  for (off_t at = 0;;) {
+    const ssize_t count = ::pread(m_Descriptor->Get(), block.data(), block.size(), at);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Failure{"read", m_Path, errno};
+    if (count == 0) break;
+    sum.Add(block.data(), static_cast<std::size_t>(count));
+    at += count;
+  }
+  if (sum.Finish() != m_Expected.sha256) {
+    return FailureOf("'" + m_Path + "' has not the checksum of the page's description");
+  }
+  return {};
+}
+
+Expected<OpenedPixels> OpenPixelFile(const std::string& directory, const pages::PageFile& file) {
   if (!IsPlainName(file.name)) return FailureOf("'" + file.name + "' is no name of a page's file");
   const std::string path = directory + "/" + file.name;
   auto descriptor = OpenRegular(path);
   if (!descriptor) return descriptor.Error();
-  if (auto checked = CheckContent(descriptor->Get(), path, file); !checked) return checked.Error();
-  char magic[2] = {};
-  const ssize_t count = ::pread(descriptor->Get(), magic, sizeof magic, 0);
-  if (count == 2 && magic[0] == 'P' && (magic[1] == '5' || magic[1] == '6')) {
-    return OpenNetpbm(std::move(*descriptor), path, file.bytes);
+  if (auto checked = CheckSize(descriptor->Get(), path, file); !checked) return checked.Error();
+  os::FileDescriptor second(::fcntl(descriptor->Get(), F_DUPFD_CLOEXEC, 3));
+  if (!second.IsOpen()) return Failure{"dup", path, errno};
+  ContentCheck check(std::make_shared<const os::FileDescriptor>(std::move(second)), path, file);
+  auto opened = ReadHead(std::move(*descriptor), path, file.bytes);
+  if (!opened) {
+    // A file that was changed is no file with a wrong head.
+    if (auto checked = check.Run(); !checked) return checked.Error();
+    return opened.Error();
   }
-  if (count == 2 && magic[0] == magic[1] && (magic[0] == 'I' || magic[0] == 'M')) {
-    return OpenTiff(std::move(*descriptor), path, file.bytes);
-  }
-  return FailureOf("'" + path + "' holds neither netpbm nor TIFF pixels");
+  return OpenedPixels{std::move(*opened), std::move(check)};
 }
 
 }  // namespace rastrel::odalis

@@ -7,6 +7,7 @@
 
 #include "pages/page_info.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/os/file_descriptor.h"
 
 /// One file of pixels in a page directory, read a row at a time. Memory is in proportion to a row
 /// or strip, whatever the file claims to hold.
@@ -27,8 +28,9 @@ class PixelFile {
   /// Bytes of a row: 8 bits a sample, the samples of a pixel side by side.
   [[nodiscard]] std::size_t RowBytes() const { return std::size_t{m_Width} * m_Samples; }
 
-  /// The next row, from the top. REQUIRES: the span has RowBytes(), and rows are left.
-  [[nodiscard]] virtual Expected<void> ReadRow(std::span<std::uint8_t> row) = 0;
+  /// The next rows, from the top. REQUIRES: the span has a multiple of RowBytes(), and so many rows
+  /// are left.
+  [[nodiscard]] virtual Expected<void> ReadRows(std::span<std::uint8_t> rows) = 0;
 
  protected:
   unsigned m_Width = 0;
@@ -36,11 +38,33 @@ class PixelFile {
   unsigned m_Samples = 0;
 };
 
+/// The size and the check sum that a page's file is to have.
+class ContentCheck {
+ public:
+  /// `descriptor` is open for reading; its position neither counts nor changes.
+  ContentCheck(std::shared_ptr<const os::FileDescriptor> descriptor, std::string path,
+               pages::PageFile expected);
+
+  /// Reads the whole file. The failure names it. May run beside a reader of the same file.
+  [[nodiscard]] Expected<void> Run() const;
+
+ private:
+  std::shared_ptr<const os::FileDescriptor> m_Descriptor;
+  std::string m_Path;
+  pages::PageFile m_Expected;
+};
+
+/// A file of pixels whose size is right and whose check sum is not known yet.
+struct OpenedPixels {
+  std::unique_ptr<PixelFile> file;
+  ContentCheck check;
+};
+
 /// Opens a file of a page directory (native path): binary gray or RGB netpbm (P5, P6 with 255 as
 /// the highest value), or TIFF in strips with 8 bits a sample and no color conversion. The file
-/// must be a regular one of that size and checksum; links are not followed. The failure names
-/// the file.
-[[nodiscard]] Expected<std::unique_ptr<PixelFile>> OpenPixelFile(const std::string& directory,
-                                                                 const pages::PageFile& file);
+/// must be a regular one of that size; links are not followed. The failure names the file; where
+/// its content is not as described, that is the failure.
+[[nodiscard]] Expected<OpenedPixels> OpenPixelFile(const std::string& directory,
+                                                   const pages::PageFile& file);
 
 }  // namespace rastrel::odalis

@@ -6,20 +6,90 @@
 #include <csetjmp>
 #include <utility>
 
+#include "children/coreodalis/band_queue.h"
+#include "children/coreodalis/deflate_encoder.h"
+#include "children/coreodalis/png_filter.h"
 #include "rastrel/platform/os/file.h"
 
 namespace rastrel::odalis {
 namespace {
 
 constexpr double InchesPerMetre = 39.3700787402;
-constexpr int FastCompression = 3;
 
+/// CMYK as light, without a profile.
+void ConvertRow(std::span<const std::uint8_t> row, std::uint8_t* to) {
+  const std::uint8_t* from = row.data();
+  for (const std::uint8_t* const end = from + row.size(); from != end; from += 4) {
+    // Samples of ink planes count the bare paper: 255 is no ink.
+    const unsigned paper = from[3];
+    for (unsigned light = 0; light < 3; ++light) {
+      *to++ = static_cast<std::uint8_t>((from[light] * paper + 127) / 255);
+    }
+  }
+}
+
+/// Filters and compresses a band's rows.
+class PngBandEncoder final : public BandEncoder {
+ public:
+  PngBandEncoder(const ImageShape& shape, devices::Compression compression)
+      : m_Width(shape.width),
+        m_IsCmyk(shape.model == ColorModel::Cmyk),
+        m_Samples(m_IsCmyk ? 3 : shape.planes.size()),
+        m_Compression(compression),
+        m_Deflate(compression) {}
+
+  Expected<void> Encode(Band& band) override {
+    if (m_IsCmyk) {
+      Convert(band.above);
+      Convert(band.rows);
+    }
+    const std::size_t rowBytes = m_Width * m_Samples;
+    std::span<const std::uint8_t> above = band.above;
+    m_Filtered.clear();
+    m_Filtered.reserve(band.rows.size() + band.rows.size() / rowBytes + 2 * (rowBytes + 1));
+    for (std::size_t at = 0; at < band.rows.size(); at += rowBytes) {
+      const std::span<const std::uint8_t> row = std::span(band.rows).subspan(at, rowBytes);
+      if (m_Compression == devices::Compression::None) {
+        AppendPlainRow(row, m_Filtered);
+      } else {
+        AppendFilteredRow(row, above, m_Samples, m_Filtered);
+      }
+      above = row;
+    }
+    return m_Deflate.Encode(m_Filtered, band);
+  }
+
+ private:
+  /// In place: a pixel becomes shorter.
+  void Convert(std::vector<std::uint8_t>& rows) const {
+    ConvertRow(rows, rows.data());
+    rows.resize(rows.size() / 4 * 3);
+  }
+
+  std::size_t m_Width;
+  bool m_IsCmyk;
+  std::size_t m_Samples;
+  devices::Compression m_Compression;
+  DeflateEncoder m_Deflate;
+  std::vector<std::uint8_t> m_Filtered;
+};
+
+/// A file whose pixels are one zlib stream, each band in a chunk of its own:
+///
+///     signature  IHDR  pHYs  IDAT (first band)  IDAT ... IDAT (sum)  IEND
+///
+/// The library deflates on one thread only, so that it writes the head and frames the chunks.
 class PngWriter final : public ImageWriter {
  public:
-  PngWriter(int descriptor, std::string name, const ImageShape& shape)
-      : m_Descriptor(descriptor), m_Name(std::move(name)), m_Shape(shape) {
-    if (shape.model == ColorModel::Cmyk) m_Row.resize(std::size_t{shape.width} * 3);
-  }
+  PngWriter(const ImageOrder& order, const ImageShape& shape, WorkerPool& pool)
+      : m_Descriptor(order.descriptor),
+        m_Name(order.name),
+        m_Shape(shape),
+        m_Compression(order.compression),
+        m_Bands(
+            pool, DeflatedForm(shape.RowBytes(), shape.height, order.share),
+            [this] { return std::make_unique<PngBandEncoder>(m_Shape, m_Compression); },
+            [this](const Band& band) { return WriteBand(band); }) {}
   ~PngWriter() override { png_destroy_write_struct(&m_Png, &m_Info); }
   PngWriter(const PngWriter&) = delete;
   PngWriter& operator=(const PngWriter&) = delete;
@@ -28,23 +98,38 @@ class PngWriter final : public ImageWriter {
     m_Png = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, TakeError, TakeWarning);
     if (m_Png) m_Info = png_create_info_struct(m_Png);
     if (!m_Png || !m_Info) return FailureOf("writing '" + m_Name + "': out of memory");
-    return Guarded(&PngWriter::EmitHeader);
+    return Named(Guarded(&PngWriter::EmitHeader));
   }
 
-  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
-    m_Source = row.data();
-    if (m_Shape.model == ColorModel::Cmyk) {
-      ConvertRow(row);
-      m_Source = m_Row.data();
-    }
-    return Guarded(&PngWriter::EmitRow);
-  }
+  Expected<std::span<std::uint8_t>> Room() override { return Named(m_Bands.Room()); }
+  Expected<void> Take(std::size_t bytes) override { return Named(m_Bands.Take(bytes)); }
 
-  Expected<void> Finish() override { return Guarded(&PngWriter::EmitEnd); }
+  Expected<void> Finish() override {
+    if (auto written = Named(m_Bands.Finish()); !written) return written;
+    const std::vector<std::uint8_t> sum = m_Sum.Bytes();
+    if (auto written = Named(WritePixels(sum)); !written) return written;
+    return Named(Guarded(&PngWriter::EmitEnd));
+  }
 
  private:
+  /// The same result, whose failure has the file's name.
+  template <typename Result>
+  Result Named(Result result) const {
+    if (result) return result;
+    return FailureOf("writing '" + m_Name + "': " + Describe(result.Error()));
+  }
+
+  Expected<void> WriteBand(const Band& band) {
+    m_Sum.Add(band);
+    return WritePixels(band.encoded);
+  }
+  Expected<void> WritePixels(std::span<const std::uint8_t> bytes) {
+    m_Chunk = bytes;
+    return Guarded(&PngWriter::EmitPixels);
+  }
+
   Expected<void> Guarded(void (PngWriter::*step)()) {
-    if (!IsDone(step)) return FailureOf("writing '" + m_Name + "': " + m_Error);
+    if (!IsDone(step)) return FailureOf(m_Error);
     return {};
   }
 
@@ -59,7 +144,6 @@ class PngWriter final : public ImageWriter {
   void EmitHeader() {
     png_set_write_fn(m_Png, this, Write, nullptr);
     png_set_user_limits(m_Png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-    png_set_compression_level(m_Png, FastCompression);
     const int type = m_Shape.model == ColorModel::Gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB;
     png_set_IHDR(m_Png, m_Info, m_Shape.width, m_Shape.height, 8, type, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -67,23 +151,14 @@ class PngWriter final : public ImageWriter {
                  PNG_RESOLUTION_METER);
     png_write_info(m_Png, m_Info);
   }
-  void EmitRow() { png_write_row(m_Png, m_Source); }
-  void EmitEnd() { png_write_end(m_Png, m_Info); }
+  void EmitPixels() { EmitChunk("IDAT", m_Chunk); }
+  void EmitEnd() { EmitChunk("IEND", {}); }
+  void EmitChunk(const char* name, std::span<const std::uint8_t> bytes) {
+    png_write_chunk(m_Png, reinterpret_cast<png_const_bytep>(name), bytes.data(), bytes.size());
+  }
 
   static png_uint_32 PerMetre(double perInch) {
     return static_cast<png_uint_32>(std::lround(perInch * InchesPerMetre));
-  }
-
-  void ConvertRow(std::span<const std::uint8_t> row) {
-    const std::uint8_t* from = row.data();
-    std::uint8_t* to = m_Row.data();
-    for (unsigned x = 0; x < m_Shape.width; ++x, from += 4) {
-      // Samples of ink planes count the bare paper: 255 is no ink.
-      const unsigned paper = from[3];
-      for (unsigned light = 0; light < 3; ++light) {
-        *to++ = static_cast<std::uint8_t>((from[light] * paper + 127) / 255);
-      }
-    }
   }
 
   static void Write(png_structp png, png_bytep bytes, png_size_t count) {
@@ -108,22 +183,25 @@ class PngWriter final : public ImageWriter {
   int m_Descriptor;
   std::string m_Name;
   ImageShape m_Shape;
+  devices::Compression m_Compression;
   png_structp m_Png = nullptr;
   png_infop m_Info = nullptr;
-  const std::uint8_t* m_Source = nullptr;
-  std::vector<std::uint8_t> m_Row;
+  std::span<const std::uint8_t> m_Chunk;
+  StreamSum m_Sum;
   std::string m_Error;
   int m_WriteError = 0;
+  BandQueue m_Bands;  ///< last: it uses the others
 };
 
 }  // namespace
 
-Expected<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor, const std::string& name,
-                                                     const ImageShape& shape) {
+Expected<std::unique_ptr<ImageWriter>> MakePngWriter(const ImageOrder& order,
+                                                     const ImageShape& shape, WorkerPool& pool) {
   if (shape.model == ColorModel::Inks) {
-    return FailureOf("writing '" + name + "': a PNG file can't hold spot inks; use TIFF or planes");
+    return FailureOf("writing '" + order.name +
+                     "': a PNG file can't hold spot inks; use TIFF or planes");
   }
-  auto writer = std::make_unique<PngWriter>(descriptor, name, shape);
+  auto writer = std::make_unique<PngWriter>(order, shape, pool);
   if (auto written = writer->WriteHeader(); !written) return written.Error();
   return std::unique_ptr<ImageWriter>(std::move(writer));
 }

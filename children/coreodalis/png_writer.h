@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "children/coreodalis/image.h"
 
@@ -10,8 +9,8 @@ namespace rastrel::odalis {
 /// Writes PNG, gray or RGB, with the resolution in pixels per metre. CMYK is turned into RGB
 /// without a color profile: each light is (255 - ink) * (255 - black) / 255, rounded to the
 /// nearest. Other inks can't be held, which is the failure then.
-[[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakePngWriter(int descriptor,
-                                                                   const std::string& name,
-                                                                   const ImageShape& shape);
+[[nodiscard]] Expected<std::unique_ptr<ImageWriter>> MakePngWriter(const ImageOrder& order,
+                                                                   const ImageShape& shape,
+                                                                   WorkerPool& pool);
 
 }  // namespace rastrel::odalis

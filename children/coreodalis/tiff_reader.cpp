@@ -47,9 +47,11 @@ class TiffReader final : public PixelFile {
     return {};
   }
 
-  Expected<void> ReadRow(std::span<std::uint8_t> row) override {
-    if (TIFFReadScanline(m_Tiff.Get(), row.data(), m_Row++, 0) != 1) {
-      return Refuse(m_Tiff.LastError());
+  Expected<void> ReadRows(std::span<std::uint8_t> rows) override {
+    for (std::size_t at = 0; at < rows.size(); at += RowBytes()) {
+      if (TIFFReadScanline(m_Tiff.Get(), rows.data() + at, m_Row++, 0) != 1) {
+        return Refuse(m_Tiff.LastError());
+      }
     }
     return {};
   }

@@ -7,50 +7,49 @@
 #include <cerrno>
 #include <utility>
 
+#include "children/coreodalis/band_queue.h"
+#include "children/coreodalis/tiff_form.h"
 #include "children/coreodalis/tiff_handle.h"
+#include "children/coreodalis/tiff_strip_encoder.h"
 
 namespace rastrel::odalis {
 namespace {
 
-constexpr std::uint64_t StripBytes = 64u << 10;
-/// LZW can make noise larger, by less than a half; this leaves room below 4 GiB for that.
+/// Bands of several strips, so that handing them on costs little beside encoding them.
+constexpr std::size_t BandBytes = std::size_t{256} << 10;
+/// The compressions can make noise larger, LZW by less than a half; this leaves room below 4 GiB
+/// for that.
 constexpr std::uint64_t BigTiffFrom = 2'800'000'000u;
-
-bool IsInk(ColorModel model) { return model == ColorModel::Cmyk || model == ColorModel::Inks; }
 
 class TiffWriter final : public ImageWriter {
  public:
-  TiffWriter(os::FileDescriptor descriptor, std::string name, const ImageShape& shape)
-      : m_Name(std::move(name)),
+  TiffWriter(os::FileDescriptor descriptor, const ImageOrder& order, const ImageShape& shape,
+             WorkerPool& pool)
+      : m_Name(order.name),
         m_Shape(shape),
-        m_Inverted(IsInk(shape.model)),
-        m_Row(shape.RowBytes()),
-        m_Tiff(std::move(descriptor), m_Name, Mode(shape)) {}
+        m_Compression(order.compression),
+        m_Tiff(std::move(descriptor), m_Name, Mode(shape)),
+        m_Bands(
+            pool, FormOf(order, shape),
+            [this] { return MakeTiffStripEncoder(m_Shape, m_Compression); },
+            [this](const Band& band) { return WriteStrips(band); }) {}
 
   Expected<void> WriteHeader() {
-    if (!m_Tiff.Get()) return Refuse();
+    if (!m_Tiff.Get()) return Refuse(m_Tiff.LastError());
     SetForm();
     SetColors();
-    if (m_Tiff.HasFailed()) return Refuse();
+    if (m_Tiff.HasFailed()) return Refuse(m_Tiff.LastError());
     return {};
   }
 
-  Expected<void> WriteRow(std::span<const std::uint8_t> row) override {
-    // The library changes the row in place for its differences.
-    std::copy(row.begin(), row.end(), m_Row.begin());
-    if (m_Inverted) {
-      for (std::uint8_t& sample : m_Row) sample = static_cast<std::uint8_t>(255 - sample);
-    }
-    if (TIFFWriteScanline(m_Tiff.Get(), m_Row.data(), m_Line++, 0) != 1 || m_Tiff.HasFailed()) {
-      return Refuse();
-    }
-    return {};
-  }
+  Expected<std::span<std::uint8_t>> Room() override { return Named(m_Bands.Room()); }
+  Expected<void> Take(std::size_t bytes) override { return Named(m_Bands.Take(bytes)); }
 
   Expected<void> Finish() override {
+    if (auto written = Named(m_Bands.Finish()); !written) return written;
     const bool flushed = TIFFFlush(m_Tiff.Get()) == 1;
     m_Tiff.Close();
-    if (!flushed || m_Tiff.HasFailed()) return Refuse();
+    if (!flushed || m_Tiff.HasFailed()) return Refuse(m_Tiff.LastError());
     return {};
   }
 
@@ -59,7 +58,38 @@ class TiffWriter final : public ImageWriter {
     return std::uint64_t{shape.RowBytes()} * shape.height > BigTiffFrom ? "w8" : "w";
   }
 
-  Failure Refuse() const { return FailureOf("writing '" + m_Name + "': " + m_Tiff.LastError()); }
+  static BandQueue::Form FormOf(const ImageOrder& order, const ImageShape& shape) {
+    BandQueue::Form form;
+    form.rowBytes = shape.RowBytes();
+    const std::size_t strip = RowsPerStrip(shape) * shape.RowBytes();
+    form.rowsPerBand = std::max<std::size_t>(1, BandBytes / strip) * RowsPerStrip(shape);
+    form.rows = shape.height;
+    form.share = order.share;
+    form.isEncodedAtOnce = order.compression == devices::Compression::None;
+    return form;
+  }
+
+  [[nodiscard]] Failure Refuse(const std::string& why) const {
+    return FailureOf("writing '" + m_Name + "': " + why);
+  }
+
+  /// The same result, whose failure has the file's name.
+  template <typename Result>
+  Result Named(Result result) const {
+    if (result) return result;
+    return Refuse(Describe(result.Error()));
+  }
+
+  Expected<void> WriteStrips(const Band& band) {
+    std::uint8_t* from = const_cast<std::uint8_t*>(band.encoded.data());  // only read
+    for (const std::size_t size : band.pieces) {
+      const auto count = static_cast<tmsize_t>(size);
+      if (TIFFWriteRawStrip(m_Tiff.Get(), m_Strip++, from, count) != count || m_Tiff.HasFailed())
+        return FailureOf(m_Tiff.LastError());
+      from += size;
+    }
+    return {};
+  }
 
   template <typename... Values>
   void Set(std::uint32_t tag, Values... values) {
@@ -67,17 +97,8 @@ class TiffWriter final : public ImageWriter {
   }
 
   void SetForm() {
-    const std::uint64_t rows = std::max<std::uint64_t>(1, StripBytes / m_Shape.RowBytes());
-    Set(TIFFTAG_IMAGEWIDTH, m_Shape.width);
-    Set(TIFFTAG_IMAGELENGTH, m_Shape.height);
-    Set(TIFFTAG_BITSPERSAMPLE, 8);
-    Set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(m_Shape.planes.size()));
-    Set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    SetStripForm(m_Tiff.Get(), m_Shape, m_Compression, m_Shape.height);
     Set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    Set(TIFFTAG_COMPRESSION, COMPRESSION_LZW);
-    Set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    Set(TIFFTAG_ROWSPERSTRIP,
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, m_Shape.height)));
     Set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     Set(TIFFTAG_XRESOLUTION, m_Shape.xResolution);
     Set(TIFFTAG_YRESOLUTION, m_Shape.yResolution);
@@ -112,19 +133,19 @@ class TiffWriter final : public ImageWriter {
 
   std::string m_Name;
   ImageShape m_Shape;
-  bool m_Inverted;
-  std::vector<std::uint8_t> m_Row;
+  devices::Compression m_Compression;
   TiffHandle m_Tiff;
-  std::uint32_t m_Line = 0;
+  std::uint32_t m_Strip = 0;
+  BandQueue m_Bands;  ///< last: it uses the others
 };
 
 }  // namespace
 
-Expected<std::unique_ptr<ImageWriter>> MakeTiffWriter(int descriptor, const std::string& name,
-                                                      const ImageShape& shape) {
-  os::FileDescriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 3));
-  if (!own.IsOpen()) return Failure{"dup", name, errno};
-  auto writer = std::make_unique<TiffWriter>(std::move(own), name, shape);
+Expected<std::unique_ptr<ImageWriter>> MakeTiffWriter(const ImageOrder& order,
+                                                      const ImageShape& shape, WorkerPool& pool) {
+  os::FileDescriptor own(::fcntl(order.descriptor, F_DUPFD_CLOEXEC, 3));
+  if (!own.IsOpen()) return Failure{"dup", order.name, errno};
+  auto writer = std::make_unique<TiffWriter>(std::move(own), order, shape, pool);
   if (auto written = writer->WriteHeader(); !written) return written.Error();
   return std::unique_ptr<ImageWriter>(std::move(writer));
 }

@@ -31,7 +31,7 @@ struct Section {
   std::map<std::string, Value, std::less<>> values;
 };
 
-constexpr std::string_view KnownKeys[] = {"kind",      "format",  "pattern",
+constexpr std::string_view KnownKeys[] = {"kind",      "format",  "compression", "pattern",
                                           "overwrite", "command", "timeout"};
 
 Expected<Section> OpenSection(std::string_view line, std::size_t number) {
@@ -160,6 +160,21 @@ Expected<void> TakeTimeout(const Section& section, Device& device) {
   return {};
 }
 
+Expected<void> TakeCompression(const Section& section, Device& device) {
+  device.compression = UsualCompression(device.format);
+  const Section::Value* value = ValueOf(section, "compression");
+  if (!value) return {};
+  const std::pair<std::string_view, Compression> words[] = {
+      {"lzw", Compression::Lzw}, {"deflate", Compression::Deflate}, {"none", Compression::None}};
+  auto compression = ChoiceOf<Compression>(section, "compression", false, words);
+  if (!compression) return compression.Error();
+  if (*compression == Compression::Lzw && device.format != FileFormat::Tiff) {
+    return AtLine(value->line, Quoted(value->text) + " is for the format 'tiff' alone");
+  }
+  device.compression = *compression;
+  return {};
+}
+
 /// A key of the other kind is a mistake that would otherwise have no effect and no message.
 Expected<void> RefuseKeys(const Section& section, std::initializer_list<const char*> keys,
                           const char* kind) {
@@ -202,6 +217,7 @@ Expected<Device> DeviceOf(const Section& section) {
   auto format = ChoiceOf<FileFormat>(section, "format", false, formats);
   if (!format) return format.Error();
   device.format = *format;
+  if (auto taken = TakeCompression(section, device); !taken) return taken.Error();
   auto taken = device.kind == DeviceKind::File ? TakeFileKeys(section, device)
                                                : TakeCommandKeys(section, device);
   if (!taken) return taken.Error();
@@ -217,6 +233,10 @@ const char* ExtensionOf(FileFormat format) {
     case FileFormat::Pdf: return "pdf";
   }
   return "";
+}
+
+Compression UsualCompression(FileFormat format) {
+  return format == FileFormat::Tiff ? Compression::Lzw : Compression::Deflate;
 }
 
 Expected<std::vector<Device>> ReadDevices(std::string_view text) {

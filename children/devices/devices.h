@@ -21,12 +21,16 @@ enum class DeviceKind {
 /// How a page's file is written.
 enum class FileFormat { Tiff, Png, Pdf };
 
+/// How a page's file is compressed. Not every format knows each.
+enum class Compression { Lzw, Deflate, None };
+
 /// One section of the file.
 struct Device {
   std::string printer;   ///< the section's name; "*" takes every name that has no section
   std::size_t line = 0;  ///< of the section's name, counted from 1
   DeviceKind kind = DeviceKind::File;
   FileFormat format = FileFormat::Tiff;
+  Compression compression = Compression::Lzw;
   Pattern pattern;               ///< kind File: full path of the file; always begins with a root
   bool overwrite = false;        ///< kind File: replace a file of that name
   std::vector<Pattern> command;  ///< kind Command: the program and its arguments
@@ -35,6 +39,9 @@ struct Device {
 
 /// "tif", "png" or "pdf".
 [[nodiscard]] const char* ExtensionOf(FileFormat format);
+
+/// The compression of a section that names none.
+[[nodiscard]] Compression UsualCompression(FileFormat format);
 
 /// Reads the text of a devices file. The failure's reason begins with "line N: ".
 [[nodiscard]] Expected<std::vector<Device>> ReadDevices(std::string_view text);

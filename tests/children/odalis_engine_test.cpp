@@ -26,6 +26,7 @@ const std::string Devices =
     "[Tiff]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\n"
     "[Png]\nkind = file\nformat = png\npattern = {output}/{job}-{page}.png\n"
     "[Again]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\noverwrite = yes\n"
+    "[Pdf]\nkind = file\nformat = pdf\npattern = {output}/{job}-{page}.pdf\n"
     "[*]\nkind = file\nformat = tiff\npattern = {output}/{job}-{page}.tif\n";
 
 class Engine : public ::testing::Test {
@@ -219,6 +220,39 @@ TEST_F(Engine, changed_pixels_are_not_delivered) {
                                           "checksum of the page's description"}));
 }
 
+// The checks run beside the reading: a plane that was changed is found whichever it is.
+TEST_F(Engine, a_changed_plane_is_not_delivered_whichever_it_is) {
+  for (unsigned plane = 0; plane < 5; ++plane) {
+    auto info = PageOf(pages::PageColor::Separations,
+                       {"Cyan", "Magenta", "Yellow", "Black", "Gold"}, 300, 200);
+    WritePage(Pages() + "/p1", info);
+    const std::string path = Pages() + "/p1/" + info.planes[plane].file;
+    std::string content = ReadFile(path);
+    content[content.size() / 2] = static_cast<char>(content[content.size() / 2] ^ 1);
+    WriteFile(path, content);
+    const auto run = Run({{"p1"}});
+    EXPECT_EQ(run->Status(), NotDelivered);
+    EXPECT_TRUE(OutputNames().empty());
+    EXPECT_EQ(run->Lines("ERROR: "),
+              (Names{"page 'p1': '" + path + "' has not the checksum of the page's description"}));
+  }
+}
+
+TEST_F(Engine, a_page_delivered_twice_has_the_same_bytes) {
+  for (const char* printer : {"Tiff", "Png", "Pdf"}) {
+    fs::remove_all(Output());
+    auto info = PageOf(pages::PageColor::Rgb, {"Red", "Green", "Blue"}, 700, 500);
+    info.printer = printer;
+    WritePage(Pages() + "/p1", info);
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    const Names names = OutputNames();
+    ASSERT_EQ(names.size(), 2u) << printer;
+    EXPECT_TRUE(ReadFile(Output() + "/" + names[0]) == ReadFile(Output() + "/" + names[1]))
+        << printer;
+  }
+}
+
 TEST_F(Engine, planes_become_files_of_their_own) {
   WriteRgbPage(Pages() + "/p1", "Sign");
   auto info = PageOf(pages::PageColor::Separations, {"Cyan", "../Spot", "_._Spot"}, 40, 30);
@@ -275,6 +309,32 @@ TEST_F(Engine, another_printer_of_the_environment_counts_before_the_pages_own) {
   EXPECT_EQ(NamesIn(other), (Names{"Sign-1.png"}));
   const auto same = Run({{"p1"}}, {"RASTREL_PRINTER="});
   EXPECT_EQ(OutputNames(), (Names{"Sign-1.tif"})) << same->Report();
+}
+
+TEST_F(Engine, the_devices_compression_is_that_of_the_file) {
+  const std::string section = "[P]\nkind=file\nformat=tiff\npattern={output}/x.tif\n";
+  const std::pair<const char*, std::uint64_t> sizes[] = {
+      {"none", 36'000}, {"lzw", 0}, {"deflate", 0}};
+  std::vector<std::uint64_t> found;
+  for (const auto& [word, least] : sizes) {
+    fs::remove_all(Output());
+    WriteFile(Root() + "/devices.txt", section + "compression = " + word + "\n");
+    // One value all over, so that both compressions make it much smaller than its samples.
+    auto info = WriteRgbPage(Pages() + "/p1", "Sign", 1, "P");
+    info.width = 120;
+    info.height = 100;
+    WriteFile(Pages() + "/p1/pixels.ppm", "P6\n120 100\n255\n" + std::string(36'000, 'x'));
+    info.files = {DescribeFile(Pages() + "/p1", "pixels.ppm")};
+    WriteFile(Pages() + "/p1/.info", pages::FormatPageInfo(info));
+    EXPECT_EQ(Run({{"p1"}})->Status(), Done);
+    const std::string content = ReadFile(Output() + "/x.tif");
+    EXPECT_GT(content.size(), least) << word;
+    EXPECT_EQ(ReadTiff(Output() + "/x.tif").pixels, std::vector<std::uint8_t>(36'000, 'x'));
+    found.push_back(content.size());
+  }
+  EXPECT_LT(found[1], 5000u);
+  EXPECT_LT(found[2], 5000u);
+  EXPECT_NE(found[1], found[2]);
 }
 
 TEST_F(Engine, an_unknown_printer_without_a_default_is_named_with_the_file) {

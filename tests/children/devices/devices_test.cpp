@@ -70,6 +70,43 @@ TEST(ReadDevices, overwrite_is_off_unless_it_says_yes) {
   EXPECT_TRUE(ReadDevices(FileDevice + "overwrite = yes\n")->front().overwrite);
 }
 
+TEST(ReadDevices, a_file_without_a_compression_has_the_formats_usual_one) {
+  const std::string file = "[P]\nkind = file\npattern = {output}/x\nformat = ";
+  EXPECT_EQ(ReadDevices(file + "tiff\n")->front().compression, Compression::Lzw);
+  EXPECT_EQ(ReadDevices(file + "png\n")->front().compression, Compression::Deflate);
+  EXPECT_EQ(ReadDevices(file + "pdf\n")->front().compression, Compression::Deflate);
+}
+
+TEST(ReadDevices, the_compression_is_the_devices_choice) {
+  const std::pair<const char*, Compression> words[] = {
+      {"lzw", Compression::Lzw}, {"deflate", Compression::Deflate}, {"none", Compression::None}};
+  for (const char* format : {"tiff", "png", "pdf"}) {
+    for (const auto& [word, compression] : words) {
+      const std::string value = std::string("compression = ") + word + "\n";
+      const std::string kinds[] = {
+          std::string("[P]\n") + value + "kind = file\npattern = {output}/x\nformat = " + format,
+          std::string("[P]\n") + value + "kind = command\ncommand = lp\nformat = " + format};
+      for (const std::string& text : kinds) {
+        const auto devices = ReadDevices(text);
+        if (compression == Compression::Lzw && std::string(format) != "tiff") {
+          EXPECT_EQ(ReasonOf(text), "line 2: 'lzw' is for the format 'tiff' alone");
+        } else {
+          ASSERT_TRUE(devices) << text;
+          EXPECT_EQ(devices->front().compression, compression) << text;
+        }
+      }
+    }
+  }
+}
+
+TEST(ReadDevices, an_unknown_compression_is_named_with_its_line) {
+  EXPECT_EQ(ReasonOf(FileDevice + "compression = jpeg\n"),
+            "line 5: 'jpeg' is no value of 'compression' (lzw, deflate, none)");
+  EXPECT_EQ(ReasonOf(FileDevice + "compression = LZW\n"),
+            "line 5: 'LZW' is no value of 'compression' (lzw, deflate, none)");
+  EXPECT_EQ(ReasonOf(FileDevice + "compression =\n"), "line 5: the key 'compression' has no value");
+}
+
 TEST(ReadDevices, failures_say_line_and_reason) {
   EXPECT_EQ(ReasonOf("kind = file\n"), "line 1: a key before the first '[printer]'");
   EXPECT_EQ(ReasonOf("[]\n"), "line 1: a printer without a name");
