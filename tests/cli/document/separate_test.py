@@ -179,6 +179,18 @@ class Separate(unittest.TestCase):
         self.assertEqual(source.read_text(), "%!PS\n" + PAGE, "the user's own file is left alone")
         self.assert_nothing_left()
 
+    def test_a_spot_colour_looks_as_its_file_says_else_as_the_palette_or_one_of_a_row(self):
+        spots = (("Gold Ink", "dup 0.2 mul exch dup 0.4 mul exch 0 mul 0"), ("Red", "dup 0 mul dup dup"),
+                 ("Yellow 2", "pop 0 0 0 0"), ("White", "pop 0 0 0 0"))
+        source = self.write("spots.ps", "%!PS\n" + "".join(
+            f"[ /Separation ({name}) /DeviceCMYK {{ {look} }} ] setcolorspace 0.5 setcolor 0 0 9 9 rectfill\n"
+            for name, look in spots) + "showpage\n")
+        colors = {plane["name"]: plane["colour"] for plane in self.separate(source)[:-1]}
+        self.assertEqual(colors["Gold Ink"], "#cc99ff", "0.8, 0.6 and 1 of the light")
+        self.assertEqual(colors["Red"], "#00ffff", "cyan by the file, whatever its name")
+        self.assertEqual(colors["White"], "#ffffff", "of the palette: the file has no ink in it")
+        self.assertEqual(colors["Yellow 2"], "#00994c", "the second of those with no look")
+
     def test_overprint_is_kept(self):
         source = self.write("page.ps", "%!PS\n" + PAGE)
         self.separate(source, "-o", self.place / "out.tif")
