@@ -25,8 +25,8 @@ struct PlaneDescription {
   /// Whether its samples are ink: 255 is none, 0 is full. Otherwise they are light: 0 is black, and
   /// 255 white or the full red, green or blue.
   bool isInk = false;
-  /// Whether the color of the ink is known: cyan, magenta, yellow and black are; the page's files
-  /// don't say how a spot color looks.
+  /// Whether the color of the ink is known: cyan, magenta, yellow and black are, and a spot color
+  /// whose look the page's description has.
   bool isColorKnown = false;
   double cyan = 0;  ///< of the ink at full strength, 0 to 1; the others likewise
   double magenta = 0;

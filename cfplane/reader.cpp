@@ -21,12 +21,18 @@ constexpr double InchesInMetre = 1 / 0.0254;
 
 struct Ink {
   std::string_view name;
-  std::array<double, 4> color;
+  pages::InkColor color;
 };
 constexpr std::array<Ink, 4> ProcessInks{{{"Cyan", {1, 0, 0, 0}},
                                           {"Magenta", {0, 1, 0, 0}},
                                           {"Yellow", {0, 0, 1, 0}},
                                           {"Black", {0, 0, 0, 1}}}};
+
+// Whatever the description says of a process color, it looks as it always does.
+std::optional<pages::InkColor> InkOf(const pages::PagePlane& plane) {
+  const auto process = std::ranges::find(ProcessInks, plane.name, &Ink::name);
+  return process != ProcessInks.end() ? process->color : plane.ink;
+}
 
 std::int32_t PixelsPerMetre(double pixelsPerInch) {
   const double number = std::round(pixelsPerInch * InchesInMetre);
@@ -200,22 +206,21 @@ Expected<void> PageReader::Describe(int layer, int plane, PlaneDescription& desc
   const pages::PageInfo& info = (*page)->info;
   const auto form = PlaneForm(info, static_cast<std::size_t>(plane));
   if (!form) return FailureAt((*page)->directory, form.Error());
-  const std::string& name = info.planes[static_cast<std::size_t>(plane)].name;
+  const pages::PagePlane& listed = info.planes[static_cast<std::size_t>(plane)];
   PlaneDescription found;
-  found.name = os::WideFromUtf8(name);
+  found.name = os::WideFromUtf8(listed.name);
   found.page = info.page;
   found.width = static_cast<std::int32_t>(form->width);
   found.height = static_cast<std::int32_t>(form->height);
   found.xResolution = info.xResolution;
   found.yResolution = info.yResolution;
   found.isInk = info.color == pages::PageColor::Cmyk || info.color == pages::PageColor::Separations;
-  const auto ink = std::ranges::find(ProcessInks, name, &Ink::name);
-  if (found.isInk && ink != ProcessInks.end()) {
+  if (const auto ink = InkOf(listed); found.isInk && ink) {
     found.isColorKnown = true;
-    found.cyan = ink->color[0];
-    found.magenta = ink->color[1];
-    found.yellow = ink->color[2];
-    found.black = ink->color[3];
+    found.cyan = (*ink)[0];
+    found.magenta = (*ink)[1];
+    found.yellow = (*ink)[2];
+    found.black = (*ink)[3];
   }
   description = std::move(found);
   return {};

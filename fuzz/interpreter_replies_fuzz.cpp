@@ -17,6 +17,7 @@
 #include "interpreter/report_lines.h"
 #include "interpreter/segment_text.h"
 #include "interpreter/separations.h"
+#include "interpreter/spot_ink.h"
 #include "rastrel/platform/os/text.h"
 
 namespace {
@@ -48,7 +49,17 @@ void CheckSegments(std::string_view text) {
   }
 }
 
+void CheckInk(std::string_view line) {
+  const std::size_t start = FindSpotInk(line);
+  if (start == line.npos) return;
+  const auto ink = ReadSpotInk(line.substr(start));
+  if (!ink) return;
+  Check(!ink->name.empty() && rastrel::os::Utf8FromUtf8OrAnsi(ink->name) == ink->name);
+  for (const double part : ink->color) Check(part >= 0 && part <= 1);
+}
+
 void CheckLine(const std::string& line, PdfMessages& messages) {
+  CheckInk(line);
   messages.Take(line);
   const std::string plane = PlaneName(line);
   Check(rastrel::os::Utf8FromUtf8OrAnsi(plane) == plane);

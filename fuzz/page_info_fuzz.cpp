@@ -30,6 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Check(!file.name.empty() && file.name != "." && file.name != "..");
     Check(file.name.find('/') == file.name.npos && file.name.find('\0') == file.name.npos);
   }
+  for (const PagePlane& plane : info->planes)
+    for (const double part : plane.ink.value_or(InkColor{})) Check(part >= 0 && part <= 1);
   const std::string text = FormatPageInfo(*info);
   const auto again = ParsePageInfo(text);
   Check(again && FormatPageInfo(*again) == text);

@@ -9,8 +9,9 @@ namespace rastrel::document {
 /// (host::PlaneReader). Fails without that library, and with its own reason for a file that it
 /// can't open. Pixels are read through it as well, each time that they are asked for.
 ///
-/// Inks of unknown color have that of the same name in `palette`, or else one of a row of six:
-/// orange, green, violet, brown, turquoise and pink, in the order of the planes.
+/// A spot color has the look that the page's description gives it. Without one it has that of the
+/// same name in `palette`, or else one of a row of six: orange, green, violet, brown, turquoise and
+/// pink, in the order of the planes.
 [[nodiscard]] Expected<std::unique_ptr<PlaneSet>> OpenPlanes(const std::wstring& info,
                                                              const Palette& palette);
 

@@ -30,6 +30,8 @@ struct RunDescription {
   double yResolution = 72;
   /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.
   std::map<std::string, std::array<std::uint8_t, 256>> transfers;
+  /// The looks of the spot colors of the page that is made next, by their names.
+  std::map<std::string, pages::InkColor> inks;
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 

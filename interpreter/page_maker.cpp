@@ -9,6 +9,7 @@
 namespace rastrel::interpreter {
 namespace {
 
+constexpr std::size_t InkLimit = 64;
 constexpr double SeparationBytesPerPixel = 8;  // four planes and the composite of four
 
 std::string Whole(double value) { return std::to_string(static_cast<long long>(value)); }
@@ -35,6 +36,11 @@ void PageMaker::EndReported() {
   m_Cuts.EndPage();
   // The interpreter may still be writing the files of the page that it has just begun to put out.
   TakeSeparations(m_Ended++);
+}
+
+void PageMaker::AddInk(const SpotInk& ink) {
+  auto& inks = m_Description.inks;
+  if (inks.size() < InkLimit || inks.contains(ink.name)) inks[ink.name] = ink.color;
 }
 
 void PageMaker::TakeLastSeparations() { TakeSeparations(std::numeric_limits<unsigned>::max()); }
@@ -82,6 +88,7 @@ bool PageMaker::TakeSeparations(unsigned complete) {
                                            m_Description, m_Settings.pagePixels);
       if (!made) return Fail(made.Error());
     }
+    m_Description.inks.clear();  // those of the next page come after them
     m_Listener.PageMade(++m_Pages);
   }
   return static_cast<bool>(m_Result);

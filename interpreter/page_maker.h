@@ -10,6 +10,7 @@
 #include "interpreter/interpreter.h"
 #include "interpreter/page_directory.h"
 #include "interpreter/page_stream.h"
+#include "interpreter/spot_ink.h"
 #include "rastrel/platform/os/expected.h"
 
 namespace rastrel::interpreter {
@@ -36,6 +37,9 @@ class PageMaker : public PageReceiver {
   void Announce(double width, double height);
   /// The interpreter begins to put the present page out.
   void EndReported();
+  /// A spot color of the page that is being put out looks so. Of more than 64 colors the rest is
+  /// left out; a page has no more planes.
+  void AddInk(const SpotInk& ink);
   /// Takes over the separations that still wait. The interpreter has ended.
   void TakeLastSeparations();
 

@@ -61,6 +61,7 @@ void RunReports::TakeLine(const std::string& line) {
     TakeReport(*report);
     return;
   }
+  if (TakeSpotInk(line)) return;
   // Its older PDF code is chosen on purpose.
   if (line.find("legacy PDF interpreter") != line.npos) return;
   m_Pdf.Take(line);
@@ -68,6 +69,16 @@ void RunReports::TakeLine(const std::string& line) {
   if (m_IsQuiet && !isError) return;
   if (isError && m_LastError.empty()) m_LastError = line.substr(7);
   m_Listener.Printed(line);
+}
+
+bool RunReports::TakeSpotInk(const std::string& line) {
+  const std::size_t start = FindSpotInk(line);
+  if (start == line.npos) return false;
+  const auto ink = ReadSpotInk(std::string_view(line).substr(start));
+  if (!ink) return false;
+  m_Pages.AddInk(*ink);
+  if (start > 0) TakeLine(line.substr(0, start));
+  return true;
 }
 
 void RunReports::TakeReport(const Report& report) {

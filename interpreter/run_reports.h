@@ -49,6 +49,7 @@ class RunReports {
   static const Entry Handlers[];
 
   void TakeLine(const std::string& line);
+  [[nodiscard]] bool TakeSpotInk(const std::string& line);
   void TakeReport(const Report& report);
   void TakePrinter(const std::string& value);
   void TakeMode(const std::string& value);

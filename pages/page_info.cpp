@@ -101,10 +101,16 @@ bool ReadNumber(std::string_view text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-std::string FormatResolution(double resolution) {
+std::string FormatDecimal(double number) {
   std::array<char, 64> digits;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), resolution);
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number);
   return error == std::errc() ? std::string(digits.data(), end) : std::string("0");
+}
+
+std::string FormatInk(const InkColor& ink) {
+  std::string text;
+  for (const double part : ink) text += (text.empty() ? "" : " ") + FormatDecimal(part);
+  return text;
 }
 
 // Four octal digits.
@@ -230,9 +236,17 @@ class Reader {
       if (!Unescape(TakeField(), plane.file)) return Fail("a bad escape");
       if (!Unescape(m_Text, plane.name)) return Fail("a bad escape");
       if (plane.name.empty()) return Fail("a plane without a name");
+      if (NextIs("ink") && !ReadInk(plane.ink.emplace())) return false;
       planes.push_back(std::move(plane));
     } while (NextIs("plane"));
     return true;
+  }
+
+  bool ReadInk(InkColor& ink) {
+    if (!NextValue("ink")) return false;
+    bool good = !m_Text.ends_with(' ');
+    for (double& part : ink) good = good && ReadNumber(TakeField(), part) && part >= 0 && part <= 1;
+    return (good && m_Text.empty()) || Fail("not four parts of ink from 0 to 1");
   }
 
   bool ReadFiles(std::vector<PageFile>& files) {
@@ -322,8 +336,8 @@ std::string FormatPageInfo(const PageInfo& info) {
   line("page", std::to_string(info.page));
   line("width", std::to_string(info.width));
   line("height", std::to_string(info.height));
-  line("x-resolution", FormatResolution(info.xResolution));
-  line("y-resolution", FormatResolution(info.yResolution));
+  line("x-resolution", FormatDecimal(info.xResolution));
+  line("y-resolution", FormatDecimal(info.yResolution));
   line("bits", std::to_string(info.bits));
   for (const auto& [value, word] : ColorWords) {
     if (info.color == value) line("colour", std::string(word));
@@ -331,6 +345,7 @@ std::string FormatPageInfo(const PageInfo& info) {
   for (const PagePlane& plane : info.planes) {
     line("plane", std::to_string(plane.channel) + " " + Escape(plane.file, true) + " " +
                       Escape(plane.name, false));
+    if (plane.ink) line("ink", FormatInk(*plane.ink));
   }
   for (const PageFile& file : info.files) {
     line("file", std::to_string(file.bytes) + " " + file.sha256 + " " + Escape(file.name, false));

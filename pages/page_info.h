@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,11 +22,16 @@ struct PageFile {
   std::string sha256;  ///< 64 lower-case hexadecimal digits
 };
 
+/// Full ink in cyan, magenta, yellow and black, each from 0 to 1.
+using InkColor = std::array<double, 4>;
+
 /// One color plane, in printing order.
 struct PagePlane {
   std::string name;      ///< "Red", "Cyan", a spot color's name; UTF-8, any character
   std::string file;      ///< the file that holds it
   unsigned channel = 0;  ///< which sample of each pixel of that file
+  /// The look of a spot color where the job says it; nothing of any other plane.
+  std::optional<InkColor> ink{};
 };
 
 struct PageInfo {

@@ -176,6 +176,25 @@ TEST_F(PlaneReader, describes_planes_with_their_names_and_the_inks_that_it_knows
   EXPECT_EQ(gold.name, L"Gold \u00E4") << "as it was";
 }
 
+TEST_F(PlaneReader, describes_a_spot_color_by_the_look_that_its_page_has) {
+  rastrel::pages::PageInfo info = test::WriteSeparatedPage(m_Root, "p", 4, 3);
+  info.planes[4].ink = {{0.2, 0.3, 0.9, 0.1}};
+  info.planes[1].ink = {{0.5, 0.5, 0.5, 0.5}};
+  m_Root.Write("p/.info", rastrel::pages::FormatPageInfo(info));
+  ASSERT_EQ(Open("p"), 1);
+  PlaneDescription gold;
+  ASSERT_EQ(m_Reader.GetPlane(0, 4, gold), 1);
+  EXPECT_TRUE(gold.isColorKnown);
+  EXPECT_EQ(gold.cyan, 0.2);
+  EXPECT_EQ(gold.magenta, 0.3);
+  EXPECT_EQ(gold.yellow, 0.9);
+  EXPECT_EQ(gold.black, 0.1);
+  PlaneDescription magenta;
+  ASSERT_EQ(m_Reader.GetPlane(0, 1, magenta), 1);
+  EXPECT_EQ(magenta.magenta, 1) << "whatever the page says of it";
+  EXPECT_EQ(magenta.cyan + magenta.yellow + magenta.black, 0);
+}
+
 TEST_F(PlaneReader, takes_samples_of_a_picture_as_light) {
   test::WriteRgbPage(m_Root, "p", 1, 1, "abc");
   ASSERT_EQ(Open("p"), 1);

@@ -135,6 +135,23 @@ void ExpectOutlineCut(const std::string& page) {
   EXPECT_EQ(pixels.At(40, 44), "0,0,255");
 }
 
+std::string PdfStream(const std::string& content) {
+  return "<< /Length " + std::to_string(content.size()) + " >>\nstream\n" + content + "\nendstream";
+}
+
+std::string PdfOf(const std::vector<std::string>& objects) {
+  std::string file = "%PDF-1.6\n";
+  std::string table = "0000000000 65535 f \n";
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    const std::string offset = std::to_string(file.size());
+    table += std::string(10 - offset.size(), '0') + offset + " 00000 n \n";
+    file += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+  }
+  const std::string size = std::to_string(objects.size() + 1);
+  return file + "xref\n0 " + size + "\n" + table + "trailer << /Size " + size +
+         " /Root 1 0 R >>\nstartxref\n" + std::to_string(file.size()) + "\n%%EOF\n";
+}
+
 bool RunCommand(const std::string& command) {
   return std::system((command + " </dev/null >/dev/null 2>&1").c_str()) == 0;
 }

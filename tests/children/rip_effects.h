@@ -63,6 +63,11 @@ inline constexpr const char* Spot =
 /// inch.
 void ExpectOutlineCut(const std::string& page);
 
+/// A PDF of these objects, the first of which is its catalog.
+[[nodiscard]] std::string PdfOf(const std::vector<std::string>& objects);
+/// A stream as an object of a PDF.
+[[nodiscard]] std::string PdfStream(const std::string& content);
+
 /// Runs a command line in the shell, in silence; whether it ended well.
 [[nodiscard]] bool RunCommand(const std::string& command);
 /// Whether that program is installed.

@@ -231,32 +231,20 @@ void ExpectSameBox(const Box& box, const Box& other) {
 // that are programs; the color space Cut is a separation.
 std::string HandMadePdf(const std::string& content) {
   const std::string square = "1000 0 0 0 750 750 d1 0 0 750 750 re f";
-  const auto stream = [](const std::string& text) {
-    return "<< /Length " + std::to_string(text.size()) + " >>\nstream\n" + text + "\nendstream";
-  };
   const std::vector<std::string> objects{
       "<< /Type /Catalog /Pages 2 0 R >>",
       "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
       "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R /Resources << /Font "
       "<< /F 5 0 R /T 7 0 R >> /ColorSpace << /Cut [/Separation /CutContour /DeviceCMYK 6 0 R] >> "
       ">> >>",
-      stream(content),
+      PdfStream(content),
       "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
       "<< /FunctionType 2 /Domain [0 1] /C0 [0 0 0 0] /C1 [0 1 0 0] /N 1 >>",
       "<< /Type /Font /Subtype /Type3 /FontBBox [0 0 1000 1000] /FontMatrix [.001 0 0 .001 0 0] "
       "/FirstChar 97 /LastChar 97 /Widths [1000] /Encoding << /Type /Encoding /Differences [97 /a] "
       ">> /CharProcs << /a 8 0 R >> /Resources << >> >>",
-      stream(square)};
-  std::string file = "%PDF-1.4\n";
-  std::string table = "0000000000 65535 f \n";
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    const std::string offset = std::to_string(file.size());
-    table += std::string(10 - offset.size(), '0') + offset + " 00000 n \n";
-    file += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-  }
-  const std::string size = std::to_string(objects.size() + 1);
-  return file + "xref\n0 " + size + "\n" + table + "trailer << /Size " + size +
-         " /Root 1 0 R >>\nstartxref\n" + std::to_string(file.size()) + "\n%%EOF\n";
+      PdfStream(square)};
+  return PdfOf(objects);
 }
 
 Names KindsOf(const std::vector<CutPath>& paths) {

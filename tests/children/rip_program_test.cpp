@@ -177,6 +177,46 @@ TEST(Rip, keeps_a_plane_for_each_spot_color) {
   EXPECT_EQ(PlaneSample(page + "/cyan.tif", 150, 150), 255);
 }
 
+// A box that does not begin at the origin, with the spot in its upper half. It is 72 points wide
+// and high.
+std::string EpsWithCustomColor() {
+  return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 172 272\n"
+         "%%DocumentCustomColors: (Cut Contour)\n%%+ (Never Painted)\n%%EndComments\n"
+         "[/Separation (Cut Contour) /DeviceCMYK {0 exch dup 0}] setcolorspace\n"
+         "1 setcolor 100 236 72 36 rectfill\nshowpage\n%%EOF\n";
+}
+
+TEST(Rip, prints_eps_that_declares_custom_colors_in_its_place_in_every_kind_of_mode) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 72 72 SetXYResolution\n");
+  const std::string eps = bench.File("job.eps", EpsWithCustomColor());
+  const Pixels gray =
+      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix("Own/gray.ps"), eps})) + "/page.pgm");
+  EXPECT_EQ(gray.width, 72U);
+  EXPECT_NE(gray.At(36, 18), "255");
+  EXPECT_EQ(gray.At(36, 54), "255");
+  const Pixels rgb =
+      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix("TIFF/tiff default.ps"), eps})) + "/page.ppm");
+  EXPECT_NE(rgb.At(36, 18), "255,255,255");
+  EXPECT_EQ(rgb.At(36, 54), "255,255,255");
+  const std::string page = OnlyPage(bench.Run({bench.Prefix("CMYK/300 dpi.ps"), eps}));
+  EXPECT_EQ(PlaneNames(CheckedInfo(page)),
+            (Names{"Cyan", "Magenta", "Yellow", "Black", "Cut Contour"}));
+  EXPECT_EQ(PlaneSample(page + "/spot-1.tif", 150, 75), 0);
+  EXPECT_EQ(PlaneSample(page + "/spot-1.tif", 150, 225), 255);
+}
+
+TEST(Rip, keeps_the_planes_of_its_mode_where_eps_declares_custom_colors) {
+  REQUIRE_GHOSTSCRIPT();
+  const RipFixture bench;
+  const std::string page = OnlyPage(bench.Run(
+      {bench.Prefix("Hexachrome/300 dpi.ps"), bench.File("job.eps", EpsWithCustomColor())}));
+  EXPECT_EQ(PlaneNames(CheckedInfo(page)),
+            (Names{"Cyan", "Magenta", "Yellow", "Black", "Cut Contour", "Hexachrome Green",
+                   "Hexachrome Orange"}));
+}
+
 TEST(Rip, makes_gray_pages_for_one_color) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;

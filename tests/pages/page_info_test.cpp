@@ -129,6 +129,27 @@ TEST(PageInfo, may_have_the_access_of_its_job) {
         << wrong;
 }
 
+// Written by hand after docs/formats/page-directory.md.
+TEST(PageInfo, may_have_the_looks_of_its_spot_colors) {
+  pages::PageInfo info = Sample();
+  info.planes[1].ink = {{0.2, 0, 1, 0.0501}};
+  const std::string text =
+      Replaced(SampleText, " Cut Contour\n", " Cut Contour\nink: 0.2 0 1 0.0501\n");
+  EXPECT_EQ(pages::FormatPageInfo(info), text);
+  const auto read = pages::ParsePageInfo(text);
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ(read->planes[0].ink, std::nullopt);
+  EXPECT_EQ(read->planes[1].ink, info.planes[1].ink);
+  for (const char* wrong :
+       {"0.2 0 1", "0.2 0 1 0.0501 0", "0.2 0 1 1.0001", "-0.1 0 1 0", "0.2 0 1 nan", "0.2 0 1 inf",
+        "0.2  0 1 0", "0.2 0 1 0 ", "a 0 1 0", ""})
+    EXPECT_EQ(Complaint(Replaced(text, "0.2 0 1 0.0501", wrong)),
+              "line 14: not four parts of ink from 0 to 1")
+        << wrong;
+  EXPECT_EQ(Complaint(Replaced(text, "ink: 0.2 0 1 0.0501\n", "ink: 0 0 0 1\nink: 0 0 0 1\n")),
+            "line 15: \"file: \" expected");
+}
+
 TEST(PageInfo, is_refused_when_cut_at_any_byte) {
   for (std::size_t length = 0; length < SampleText.size(); ++length) {
     EXPECT_FALSE(pages::ParsePageInfo(SampleText.substr(0, length))) << length;

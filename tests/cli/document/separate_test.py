@@ -18,6 +18,7 @@ import unittest
 
 COMMAND = sys.argv.pop(1)
 PRINTING = pathlib.Path(COMMAND).parents[2] / "bin/rastrel"
+CORPUS = pathlib.Path(__file__).parents[4] / "shared/corpus"
 DPI = 72
 MAXIMUM_PATH = 260  # that GenerateSCObjects reads
 
@@ -34,6 +35,7 @@ showpage
 """
 EPS = """%!PS-Adobe-3.0 EPSF-3.0
 %%BoundingBox: 20 10 120 60
+%%DocumentCustomColors: (Varnish)
 %%EndComments
 0 0.5 0 0 setcmykcolor 20 10 60 50 rectfill
 [ /Separation /Varnish /DeviceCMYK { 0 0 0 4 -1 roll } ] setcolorspace 1 setcolor
@@ -177,6 +179,18 @@ class Separate(unittest.TestCase):
         self.assertEqual(source.read_text(), "%!PS\n" + PAGE, "the user's own file is left alone")
         self.assert_nothing_left()
 
+    def test_a_spot_colour_looks_as_its_file_says_else_as_the_palette_or_one_of_a_row(self):
+        spots = (("Gold Ink", "dup 0.2 mul exch dup 0.4 mul exch 0 mul 0"), ("Red", "dup 0 mul dup dup"),
+                 ("Yellow 2", "pop 0 0 0 0"), ("White", "pop 0 0 0 0"))
+        source = self.write("spots.ps", "%!PS\n" + "".join(
+            f"[ /Separation ({name}) /DeviceCMYK {{ {look} }} ] setcolorspace 0.5 setcolor 0 0 9 9 rectfill\n"
+            for name, look in spots) + "showpage\n")
+        colors = {plane["name"]: plane["colour"] for plane in self.separate(source)[:-1]}
+        self.assertEqual(colors["Gold Ink"], "#cc99ff", "0.8, 0.6 and 1 of the light")
+        self.assertEqual(colors["Red"], "#00ffff", "cyan by the file, whatever its name")
+        self.assertEqual(colors["White"], "#ffffff", "of the palette: the file has no ink in it")
+        self.assertEqual(colors["Yellow 2"], "#00994c", "the second of those with no look")
+
     def test_overprint_is_kept(self):
         source = self.write("page.ps", "%!PS\n" + PAGE)
         self.separate(source, "-o", self.place / "out.tif")
@@ -185,11 +199,31 @@ class Separate(unittest.TestCase):
         self.assertEqual(pages["Cyan"][middle], 0, "full cyan below the spot")
         self.assertLess(pages["Gold Ink"][middle], 255)
 
-    def test_eps_is_cropped_to_its_box(self):
+    def plain(self, source):
+        """A copy without the declaration of its custom colours: with it, the separation device by
+        itself loses the place of a picture that it has cropped, and paints nothing of it."""
+        copy = self.place / "plain.eps"
+        copy.write_bytes(source.read_bytes().replace(b"%%DocumentCustomColors:", b"%%DocumentOthersColors:"))
+        return copy
+
+    def test_eps_that_declares_its_spot_colours_is_cropped_to_its_box(self):
         source = self.write("mark.eps", EPS)
         planes = self.separate(source, "-o", self.place / "out")[:-1]
-        self.assert_planes(planes, source, "-dEPSCrop")
+        self.assertEqual([plane["name"] for plane in planes],
+                         ["Cyan", "Magenta", "Yellow", "Black", "Varnish"])
+        self.assert_planes(planes, self.plain(source), "-dEPSCrop")
         self.assertEqual((planes[0]["width"], planes[0]["height"]), (100, 50))
+        self.assertGreater(planes[4]["coverage"], 5, "the disc of the spot is within the box")
+
+    def test_eps_of_a_drawing_program_that_declares_its_cutting_line_is_separated(self):
+        source = CORPUS / "doseps/coreldraw-x7-cutcontour.eps"
+        if not source.exists():
+            self.skipTest("The corpus of real files is not here.")
+        planes = self.separate(source, "-o", self.place / "out")[:-1]
+        self.assertIn("CutContour", [plane["name"] for plane in planes])
+        self.assert_planes(planes, self.plain(source), "-dEPSCrop")
+        for plane in planes:
+            self.assertGreater(plane["coverage"], 0, plane["name"])
 
     def test_pdf_has_them_too_though_its_copy_has_another_ending(self):
         self.write("page.ps", "%!PS\n" + PAGE)
