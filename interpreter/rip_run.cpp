@@ -62,6 +62,7 @@ bool RipRun::Start() {
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
   start.area = m_Request.area;
+  start.threads = m_Request.settings.threads;
   if (auto opened = OpenPdf(start); !opened) return Fail(opened.Error());
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());

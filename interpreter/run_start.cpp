@@ -77,6 +77,9 @@ std::string SetupText(const RunStart& start) {
          "/rip.area " +
          AreaText(start.area) +
          " def\n"
+         "/rip.threads " +
+         std::to_string(start.threads > 1 ? start.threads : 0) +
+         " def\n"
          "end false setglobal\n";
 }
 
@@ -214,7 +217,7 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   request.temporary = At(Temporary);
   request.directory = directory.Temporary();
   request.limits = {settings.processorSeconds, settings.memoryMebibytes * 1024,
-                    settings.totalMebibytes << 20};
+                    settings.totalMebibytes << 20, start.threads};
   request.descriptors.assign(Place::Count, -1);
   request.descriptors[1] = pipes->reports.writing.Get();
   request.descriptors[2] = pipes->reports.writing.Get();

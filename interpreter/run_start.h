@@ -49,6 +49,7 @@ struct RunStart {
   /// interpreter's own sheet.
   std::optional<PageArea> area{};
   std::string pdfPassword{};  ///< of it; empty: none
+  std::uint64_t threads = 1;  ///< that paint bands of a gray or RGB page; 1: the interpreter's own
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.
