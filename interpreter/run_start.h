@@ -8,6 +8,7 @@
 #include "interpreter/ghostscript.h"
 #include "interpreter/job_kind.h"
 #include "interpreter/page_area.h"
+#include "interpreter/page_plan.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
 
@@ -45,6 +46,7 @@ struct RunStart {
   int pdf = -1;                  ///< the open job file if it is PDF
   PdfBox pdfBox = PdfBox::Crop;  ///< of it
   std::uint64_t pdfPage = 1;     ///< the one that a script of the first page is of
+  PageRange pdfPages{};          ///< of a script of all pages; 0 to 0: all
   /// Of a print: this part of the plane is the page, until the job sets one; nothing: the
   /// interpreter's own sheet.
   std::optional<PageArea> area{};

@@ -62,6 +62,8 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_MEMORY", settings.memoryMebibytes, complaints);
   Read("RASTREL_RIP_THREADS", settings.threads, complaints);
   settings.threads = std::min(settings.threads, MaximumCores);
+  Read("RASTREL_RIP_PROCESSES", settings.processes, complaints);
+  settings.processes = std::min(settings.processes, MaximumCores);
   Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);

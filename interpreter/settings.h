@@ -22,6 +22,9 @@ struct Settings {
   /// RASTREL_RIP_THREADS: threads of the interpreter that paint the bands of a large page in gray
   /// or RGB at the same time; at most MaximumCores.
   std::uint64_t threads = CoreCount();
+  /// RASTREL_RIP_PROCESSES: interpreters that make pages of one job at the same time; at most
+  /// MaximumCores.
+  std::uint64_t processes = CoreCount();
   std::uint64_t pagePixels = 1600000000;  ///< RASTREL_RIP_PIXELS: of one page
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time
