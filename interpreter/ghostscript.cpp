@@ -15,6 +15,9 @@ constexpr const char* ProgramName = "gs";
 // Of address space, for the program, its libraries, and the fonts' caches that it maps.
 constexpr std::uint64_t ProgramBytes = std::uint64_t{1} << 30;
 
+// Of address space, for the stack and the heap that the C library reserves for each further thread.
+constexpr std::uint64_t ThreadBytes = std::uint64_t{160} << 20;
+
 std::vector<std::string> Arguments(const GhostscriptRequest& request) {
   std::vector<std::string> arguments{
       ProgramName, "-q",      "-dBATCH",
@@ -39,7 +42,8 @@ WallRequest WallOf(const GhostscriptRequest& request) {
   WallRequest wall;
   wall.fileBytes = request.limits.fileBytes;
   wall.processorSeconds = request.limits.processorSeconds;
-  wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes;
+  wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes +
+                     (request.limits.threads > 1 ? request.limits.threads * ThreadBytes : 0);
   wall.confined = true;
   wall.programs = IsScript(request.program) ? WallPrograms::Any : WallPrograms::One;
   wall.paths = GhostscriptFiles(request.program);

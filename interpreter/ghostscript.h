@@ -17,6 +17,7 @@ struct GhostscriptLimits {
   std::uint64_t processorSeconds = 0;  ///< of processor time
   std::uint64_t memoryKibibytes = 0;   ///< that PostScript and the page's pixels may take
   std::uint64_t fileBytes = 0;         ///< of any one file that it writes
+  std::uint64_t threads = 1;           ///< of it; each has room of its own in the address space
 };
 
 /// The start of one interpreter. Descriptors stay the caller's.

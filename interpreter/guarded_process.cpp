@@ -143,6 +143,14 @@ void GuardedProcess::Kill() {
   kill(m_Process, SIGKILL);  // for the moment before it has a group
 }
 
+void GuardedProcess::Pause() const {
+  if (m_Process > 0) kill(-m_Process, SIGSTOP);
+}
+
+void GuardedProcess::Resume() const {
+  if (m_Process > 0) kill(-m_Process, SIGCONT);
+}
+
 Expected<ProcessEnd> GuardedProcess::Wait() {
   if (m_Process <= 0) return m_End;
   siginfo_t state{};

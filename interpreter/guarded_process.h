@@ -56,6 +56,9 @@ class GuardedProcess {
   [[nodiscard]] pid_t Number() const { return m_Process; }
   /// Sends SIGKILL to the whole group.
   void Kill();
+  /// Has the whole group rest, or go on.
+  void Pause() const;
+  void Resume() const;
   /// Waits for the end without a limit and takes it over. Later calls return the same. Fails if
   /// other code of this process has taken the end over.
   [[nodiscard]] Expected<ProcessEnd> Wait();

@@ -22,8 +22,9 @@ namespace rastrel::interpreter {
 ///
 /// Order of use: start the guardian before anything is made, put a path under guard before it is
 /// made, let go of it only when it is whole and wanted. Any thread of any process may start one,
-/// and each is used by one thread at a time. Any end of this process counts, whatever its exit
-/// status: a path that is to stay must be let go of first.
+/// and each is used by one thread at a time, but for process groups: any thread may put one under
+/// guard and let go of it. Any end of this process counts, whatever its exit status: a path that is
+/// to stay must be let go of first.
 class Guardian {
  public:
   /// Starts it. A host's handlers and masks of signals stay as they are.

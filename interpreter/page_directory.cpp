@@ -12,6 +12,7 @@
 
 #include "interpreter/cut_paths.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -28,7 +29,7 @@ pages::PageInfo DescribePage(const RunDescription& run, unsigned page) {
   info.printer = run.printer;
   info.mode = run.mode;
   info.access = run.access;
-  info.page = page;
+  info.page = run.pagesBefore + page;
   info.xResolution = run.xResolution;
   info.yResolution = run.yResolution;
   return info;
@@ -99,6 +100,11 @@ void PageDirectory::FeedPreview(std::span<const std::byte> bytes) {
       ++m_RowNumber;
     }
   }
+}
+
+Expected<void> PageDirectory::Remove() {
+  m_Pixels.Reset();
+  return os::RemoveNativeTree(m_Path);
 }
 
 Expected<void> PageDirectory::Finish(const RunDescription& run) {

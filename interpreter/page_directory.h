@@ -26,6 +26,7 @@ struct RunDescription {
   std::string printer;             ///< as the prefix selected it
   std::string mode;                ///< "FOLDER/NAME"
   std::optional<unsigned> access;  ///< permission bits of the job, as in PageInfo
+  unsigned pagesBefore = 0;        ///< of the job, ahead of the run's first
   double xResolution = 72;
   double yResolution = 72;
   /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.
@@ -35,7 +36,7 @@ struct RunDescription {
   CutPaths* cuts = nullptr;  ///< cut paths of the pages, borrowed; null: none
 };
 
-/// A page info with the run's description filled in.
+/// A page info with the run's description filled in. `page` counts from the run's first.
 [[nodiscard]] pages::PageInfo DescribePage(const RunDescription& run, unsigned page);
 
 /// Writes the ".info" file of a finished page, last of all its files.
@@ -54,6 +55,8 @@ class PageDirectory {
   [[nodiscard]] Expected<void> AddPixels(std::span<const std::byte> bytes);
   /// Writes preview and info. Nothing is added afterwards.
   [[nodiscard]] Expected<void> Finish(const RunDescription& run);
+  /// Removes the directory. Nothing else may follow.
+  [[nodiscard]] Expected<void> Remove();
 
  private:
   PageDirectory(std::string path, unsigned page, const PageSize& size);

@@ -17,10 +17,12 @@ std::string Whole(double value) { return std::to_string(static_cast<long long>(v
 }  // namespace
 
 PageMaker::PageMaker(const PageTask& task, const RunDirectory& directory, const Settings& settings,
-                     RunListener& listener, Expected<void>& result)
+                     JobUse& use, std::size_t number, RunListener& listener, Expected<void>& result)
     : m_Task(task),
       m_Directory(directory),
       m_Settings(settings),
+      m_Use(use),
+      m_Number(number),
       m_Listener(listener),
       m_Result(result) {
   m_Description.cuts = &m_Cuts;
@@ -28,7 +30,9 @@ PageMaker::PageMaker(const PageTask& task, const RunDirectory& directory, const 
 
 void PageMaker::Announce(double width, double height) {
   CheckPageSize(width, height);
-  m_PageBytes = width * height * SeparationBytesPerPixel;
+  TakeSeparations(m_Ended);
+  m_PagePixels = width * height;
+  m_PageBytes = m_PagePixels * SeparationBytesPerPixel;
 }
 
 void PageMaker::EndReported() {
@@ -44,6 +48,13 @@ void PageMaker::AddInk(const SpotInk& ink) {
 }
 
 void PageMaker::TakeLastSeparations() { TakeSeparations(std::numeric_limits<unsigned>::max()); }
+
+Expected<void> PageMaker::DropPresent() {
+  if (!m_Page) return {};
+  auto removed = m_Page->Remove();
+  m_Page.reset();
+  return removed;
+}
 
 bool PageMaker::BeginPage(const PageSize& size) {
   if (m_Pages >= m_Task.maximum) return false;
@@ -106,8 +117,12 @@ void PageMaker::CheckPageSize(double width, double height) {
 }
 
 bool PageMaker::CheckTotal(std::uint64_t bytes) {
-  m_TotalBytes += bytes;
-  if (m_TotalBytes <= m_Settings.totalMebibytes << 20) return true;
+  m_Use.AddPages(m_Number, bytes);
+  // Only its own count for the first interpreter of a job, which could make all pages: where they
+  // are too large, it is the one to meet the limit, as if it were alone.
+  const bool isFirst = m_Description.pagesBefore == 0;
+  const std::uint64_t total = isFirst ? m_Use.PagesOf(m_Number) : m_Use.PagesOfAll();
+  if (total <= m_Settings.totalMebibytes << 20) return true;
   return Fail(FailureOf("The job's pages take more than " +
                         std::to_string(m_Settings.totalMebibytes) + " MiB (RASTREL_RIP_SIZE)"));
 }

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <utility>
 
+#include "interpreter/later_pages.h"
 #include "interpreter/password.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/random_digits.h"
@@ -18,31 +19,47 @@ namespace {
 
 constexpr std::size_t PixelBufferSize = 262144;
 constexpr std::size_t WordBytes = 16;
+constexpr const char* UnreadReports = "Nobody reads the reports any more";
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
 constexpr std::int64_t ProgressInterval = 50 * NanosecondsPerMillisecond;
+
+RunPart WithUse(RunPart part, const Settings& settings) {
+  if (!part.use) part.use = std::make_shared<JobUse>(settings.memoryMebibytes << 20);
+  return part;
+}
 
 }  // namespace
 
 RipRun::RipRun(RunRequest request, const RunMode& mode, const RunDirectory& directory,
-               RunListener& listener, Guardian& guardian)
+               RunListener& listener, Guardian& guardian, RunPart part)
     : m_Request(std::move(request)),
       m_Mode(mode),
       m_Directory(directory),
       m_Listener(listener),
       m_Guardian(guardian),
-      m_Pages(mode.Pages(), directory, m_Request.settings, listener, m_Result),
+      m_Part(WithUse(std::move(part), m_Request.settings)),
+      m_Number(m_Part.use->Join()),
+      m_Pages(mode.Pages(), directory, m_Request.settings, *m_Part.use, m_Number, listener,
+              m_Result),
       m_Stream(m_Pages),
       m_Pixels(PixelBufferSize) {
   m_Pages.Description().job = m_Request.title;
   m_Pages.Description().access = m_Request.access;
+  if (m_Part.pages.first > 0) m_Pages.Description().pagesBefore = m_Part.pages.first - 1;
 }
 
 Expected<void> RipRun::Run() {
   if (Start()) {
     while (Step()) {
     }
-    if (!m_Result || HasEnough()) m_Interpreter->process.Kill();
-    JudgeEnd();
+    const bool relieved = m_Result && IsRelieved();
+    if (!relieved) DropLater();
+    if (!m_Result || HasEnough() || relieved) m_Interpreter->process.Kill();
+    if (relieved) {
+      TakeLater();
+    } else {
+      JudgeEnd();
+    }
     if (m_Result) WarnOfDamage();
     WarnOfUnmetColors();
   }
@@ -62,11 +79,13 @@ bool RipRun::Start() {
   start.setsCutColor = m_Request.setsCutColor;
   start.prefix = m_Request.prefix.Get();
   start.area = m_Request.area;
+  start.threads = m_Request.settings.threads;
   if (auto opened = OpenPdf(start); !opened) return Fail(opened.Error());
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());
   m_Interpreter.emplace(std::move(*started));
-  m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Number());
+  m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Number(), *m_Part.use,
+                  m_Number, m_Part.pages.first == 0);
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
   m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Result);
   const JobLayout& layout = m_Request.job.layout;
@@ -80,6 +99,7 @@ Expected<void> RipRun::OpenPdf(RunStart& start) const {
   start.pdf = m_Request.job.file.Get();
   start.pdfBox = m_Request.settings.pdfBox;
   start.pdfPage = m_Request.settings.pdfPage;
+  start.pdfPages = m_Part.pages;
   if (m_Request.settings.passwordFile.empty()) return {};
   auto password = ReadPassword(m_Request.settings.passwordFile);
   if (!password) return password.Error();
@@ -89,10 +109,11 @@ Expected<void> RipRun::OpenPdf(RunStart& start) const {
 
 // One round of waiting and working. False when there is nothing more to wait for.
 bool RipRun::Step() {
+  if (m_Result && IsRelieved()) return Await();
   const bool streaming = m_Interpreter->pixels.IsOpen() || m_Interpreter->reports.IsOpen();
   if (!m_Result || HasEnough() || !streaming) return false;
   if (!Poll()) return false;
-  if (const auto checked = m_Watch->CheckFiles(); !checked) return Fail(checked.Error());
+  if (const auto checked = m_Watch->CheckUse(); !checked) return Fail(checked.Error());
   // A report that was written before a pixel is in its pipe when the pixel has been read,
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
@@ -100,8 +121,71 @@ bool RipRun::Step() {
   if (m_Feed->Descriptor() >= 0) {
     if (const auto sent = m_Feed->Send(); !sent) return Fail(sent.Error());
   }
+  StartLater();
   ShowProgress();
   return true;
+}
+
+// Whether others make all pages that are left.
+bool RipRun::IsRelieved() const {
+  return m_Part.later != nullptr && m_Part.later->Covers(m_Pages.Pages());
+}
+
+// Has others make later pages as soon as their number and size are known, and makes them itself
+// again when that does not go well.
+void RipRun::StartLater() {
+  if (m_Part.later == nullptr) return;
+  if (m_Pages.Counted() > 0) {
+    m_Request.job.layout.pages = m_Pages.Counted();
+    m_Part.later->Start(m_Request, m_Part.use, m_Pages.Counted(), m_Pages.AnnouncedPixels());
+  }
+  if (m_Part.later->IsAmiss()) DropLater();
+}
+
+void RipRun::DropLater() {
+  if (m_Part.later != nullptr) m_Part.later->GiveUp();
+  if (std::exchange(m_Resting, false)) m_Interpreter->process.Resume();
+}
+
+// One round of waiting for the later pages. The interpreter would go on to make them too.
+bool RipRun::Await() {
+  const bool fits = m_Part.use->PagesOfAll() <= m_Request.settings.totalMebibytes << 20;
+  if (m_Part.later->IsAmiss() || !fits) {
+    DropLater();
+    return true;
+  }
+  if (m_Part.later->AreMade()) return false;
+  if (!std::exchange(m_Resting, true)) m_Interpreter->process.Pause();
+  const std::int64_t left = m_Watch->Left();
+  if (left <= 0) return Fail(m_Watch->TimeOver());
+  std::array<pollfd, 2> entries{
+      {{m_Part.later->Descriptor(), POLLIN, 0}, {m_Listener.Pipe(), 0, 0}}};
+  const auto timeout = static_cast<int>(
+      std::min(left, std::int64_t{ProgressInterval}) / NanosecondsPerMillisecond + 1);
+  if (poll(entries.data(), entries.size(), timeout) < 0 && errno != EINTR)
+    return Fail({"poll", {}, errno});
+  if ((entries[1].revents & POLLERR) != 0) return Fail(FailureOf(UnreadReports));
+  m_Part.later->Acknowledge();
+  if (const auto checked = m_Watch->CheckUse(); !checked) return Fail(checked.Error());
+  ShowProgress();
+  return true;
+}
+
+// The interpreter has been killed, perhaps within the first page that is not its own.
+void RipRun::TakeLater() {
+  static_cast<void>(m_Interpreter->process.Wait());
+  if (const auto dropped = m_Pages.DropPresent(); !dropped) {
+    Fail(dropped.Error());
+    return;
+  }
+  const auto last = m_Part.later->TakeOver(m_Pages.Pages());
+  if (!last) {
+    Fail(last.Error());
+    return;
+  }
+  m_Taken = *last;
+  for (unsigned page = m_Pages.Pages() + 1; page <= m_Taken; ++page) m_Listener.PageMade(page);
+  m_Listener.StateReached(RunState::Spooling);
 }
 
 bool RipRun::Poll() {
@@ -122,7 +206,7 @@ bool RipRun::Poll() {
   }
   // A host that was killed can end nothing any more, but nobody reads its pipe either.
   if ((entries[3].revents & POLLERR) != 0) {
-    return Fail(FailureOf("Nobody reads the reports any more"));
+    return Fail(FailureOf(UnreadReports));
   }
   return true;
 }
@@ -171,7 +255,7 @@ bool RipRun::TakePixels() {
 
 RunProgress RipRun::Progress() const {
   return {.job = m_Request.job.layout,
-          .pages = m_Pages.Pages(),
+          .pages = m_Pages.Pages() + (m_Part.later != nullptr ? m_Part.later->Made() : 0),
           .begun = m_Pages.Ended(),
           .measured = !m_Reports->Measure().empty(),
           .sentShare = m_Feed->SentShare(),
@@ -246,10 +330,9 @@ void RipRun::JudgeStatus(const ProcessEnd& end) {
   const std::string& error = m_Reports->LastError();
   if (!end.byItself) {
     const bool isProcessorTime = end.status == SIGXCPU || end.status == SIGKILL;
-    Fail(FailureOf(isProcessorTime
-                       ? "The job took more than " + std::to_string(settings.processorSeconds) +
-                             " seconds of processor time and was ended (RASTREL_RIP_CPU)"
-                       : "Ghostscript was ended by signal " + std::to_string(end.status)));
+    Fail(isProcessorTime
+             ? m_Watch->ProcessorTimeOver()
+             : FailureOf("Ghostscript was ended by signal " + std::to_string(end.status)));
   } else if (error.find("/VMerror") != std::string::npos && end.status != 0) {
     Fail(FailureOf("The job needs more than " + std::to_string(settings.memoryMebibytes) +
                    " MiB of memory (RASTREL_RIP_MEMORY)"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -9,12 +10,24 @@
 
 #include "interpreter/interpreter.h"
 #include "interpreter/job_feed.h"
+#include "interpreter/job_use.h"
 #include "interpreter/page_maker.h"
+#include "interpreter/page_plan.h"
 #include "interpreter/run_mode.h"
 #include "interpreter/run_reports.h"
 #include "interpreter/work_watch.h"
 
 namespace rastrel::interpreter {
+
+class LaterPages;
+
+/// The part of a job that a run makes, where it is not all of it.
+struct RunPart {
+  PageRange pages{};              ///< of a PDF: these alone; 0 to 0: all
+  std::shared_ptr<JobUse> use{};  ///< of all runs of the job; null: this is the only one
+  /// Of the first run of a PDF: takes the later pages off it. Borrowed; null: it makes all.
+  LaterPages* later = nullptr;
+};
 
 /// One job on its way through the interpreter: feeds it, watches its limits, and hands its output
 /// to the reports and the page maker. Single-threaded; used once.
@@ -22,12 +35,14 @@ class RipRun {
  public:
   /// Borrows all but the request.
   RipRun(RunRequest request, const RunMode& mode, const RunDirectory& directory,
-         RunListener& listener, Guardian& guardian);
+         RunListener& listener, Guardian& guardian, RunPart part = {});
 
   /// Runs the job to its end, or until the mode has enough.
   [[nodiscard]] Expected<void> Run();
-  /// Number of pages that were made.
-  [[nodiscard]] unsigned Pages() const { return m_Pages.Pages(); }
+  /// Number of pages that were made, those that were taken off it included.
+  [[nodiscard]] unsigned Pages() const { return std::max(m_Pages.Pages(), m_Taken); }
+  /// Its number in RunPart::use.
+  [[nodiscard]] std::size_t Number() const { return m_Number; }
   /// The prolog's measure; empty if the run was not for that.
   [[nodiscard]] const std::string& Measure() const { return m_Reports->Measure(); }
   /// Whether the job has left the page open that was put out or measured first.
@@ -42,6 +57,11 @@ class RipRun {
   Expected<void> OpenPdf(RunStart& start) const;
   bool Step();
   bool Poll();
+  bool Await();
+  void StartLater();
+  void DropLater();
+  void TakeLater();
+  [[nodiscard]] bool IsRelieved() const;
   bool ReadReports();
   bool ReadPixels();
   bool TakePixels();
@@ -63,6 +83,8 @@ class RipRun {
   RunListener& m_Listener;
   Guardian& m_Guardian;
 
+  const RunPart m_Part;
+  const std::size_t m_Number;
   Expected<void> m_Result;
   PageMaker m_Pages;
   PageStream m_Stream;
@@ -74,6 +96,8 @@ class RipRun {
   std::optional<std::size_t> m_PixelCount;  // of these; 0: the stream's end
   bool m_Flowing = false;                   // the last reading found some, but no buffer full
   std::int64_t m_NextProgress = 0;
+  unsigned m_Taken = 0;    // the last page, if later ones were taken over
+  bool m_Resting = false;  // the interpreter rests until the later pages are there
   bool m_HasEndedNoPage = false;
 };
 

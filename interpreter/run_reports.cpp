@@ -31,6 +31,7 @@ const RunReports::Entry RunReports::Handlers[] = {
     {"LOG", &RunReports::TakeLog},
     {"SIZE", &RunReports::TakeSize},
     {"PAGE", &RunReports::TakePage},
+    {"PAGES", &RunReports::TakeCount},
     {"BOX", &RunReports::TakeMeasure},
     {"OPEN", &RunReports::TakeOpenPage},
     {"JOB", &RunReports::TakeJob},
@@ -131,6 +132,13 @@ void RunReports::TakeSize(const std::string& value) {
 }
 
 void RunReports::TakePage(const std::string&) { m_Pages.EndReported(); }
+
+void RunReports::TakeCount(const std::string& value) {
+  unsigned pages = 0;
+  const char* const end = value.data() + value.size();
+  const auto [stop, error] = std::from_chars(value.data(), end, pages);
+  if (error == std::errc() && stop == end) m_Pages.Count(pages);
+}
 
 void RunReports::TakeMeasure(const std::string& value) {
   if (m_Measure.empty()) m_Measure = value;

@@ -60,6 +60,7 @@ class RunReports {
   void TakeLog(const std::string& value);
   void TakeSize(const std::string& value);
   void TakePage(const std::string& value);
+  void TakeCount(const std::string& value);
   void TakeMeasure(const std::string& value);
   void TakeOpenPage(const std::string& value);
   void TakeJob(const std::string& value);

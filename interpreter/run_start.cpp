@@ -41,6 +41,7 @@ constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "mea
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
 constexpr const char* MediaBoxFile = "mediabox.ps";
+constexpr const char* PdfPagesFile = "pdfpages.ps";
 
 constexpr int PixelPipeSize = 1 << 20;
 
@@ -77,7 +78,17 @@ std::string SetupText(const RunStart& start) {
          "/rip.area " +
          AreaText(start.area) +
          " def\n"
+         "/rip.threads " +
+         std::to_string(start.threads > 1 ? start.threads : 0) +
+         " def\n"
          "end false setglobal\n";
+}
+
+// Of a PDF.
+PageRange PagesOf(const RunStart& start) {
+  if (!start.script.isFirstPage) return start.pdfPages;
+  const auto page = static_cast<unsigned>(start.pdfPage);
+  return {page, page};
 }
 
 std::vector<std::string> Arguments(const RunStart& start) {
@@ -95,10 +106,10 @@ std::vector<std::string> Arguments(const RunStart& start) {
   const bool pdf = start.kind == JobKind::Pdf;
   if (pdf) {
     for (std::string& option : BoxOptions(start.pdfBox)) arguments.push_back(std::move(option));
-    if (start.script.isFirstPage) {
-      const std::string page = std::to_string(start.pdfPage);
-      arguments.push_back("-dFirstPage=" + page);
-      arguments.push_back("-dLastPage=" + page);
+    const PageRange pages = PagesOf(start);
+    if (pages.first > 0) {
+      arguments.push_back("-dFirstPage=" + std::to_string(pages.first));
+      arguments.push_back("-dLastPage=" + std::to_string(pages.last));
     }
   }
   arguments.emplace_back("-f");
@@ -106,6 +117,7 @@ std::vector<std::string> Arguments(const RunStart& start) {
   const auto add = [&](const char* file) { arguments.push_back(At(Prolog) + "/" + file); };
   std::ranges::for_each(start.script.prologFiles, add);
   if (pdf && start.pdfBox == PdfBox::Media) add(MediaBoxFile);
+  if (pdf && !start.script.isFirstPage) add(PdfPagesFile);
   if (start.script.runsPrefix) {
     if (start.prefix >= 0) arguments.push_back(At(Prefix));
     add(BeginFile);
@@ -214,7 +226,7 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   request.temporary = At(Temporary);
   request.directory = directory.Temporary();
   request.limits = {settings.processorSeconds, settings.memoryMebibytes * 1024,
-                    settings.totalMebibytes << 20};
+                    settings.totalMebibytes << 20, start.threads};
   request.descriptors.assign(Place::Count, -1);
   request.descriptors[1] = pipes->reports.writing.Get();
   request.descriptors[2] = pipes->reports.writing.Get();

@@ -8,6 +8,7 @@
 #include "interpreter/ghostscript.h"
 #include "interpreter/job_kind.h"
 #include "interpreter/page_area.h"
+#include "interpreter/page_plan.h"
 #include "interpreter/run_directory.h"
 #include "interpreter/settings.h"
 
@@ -45,10 +46,12 @@ struct RunStart {
   int pdf = -1;                  ///< the open job file if it is PDF
   PdfBox pdfBox = PdfBox::Crop;  ///< of it
   std::uint64_t pdfPage = 1;     ///< the one that a script of the first page is of
+  PageRange pdfPages{};          ///< of a script of all pages; 0 to 0: all
   /// Of a print: this part of the plane is the page, until the job sets one; nothing: the
   /// interpreter's own sheet.
   std::optional<PageArea> area{};
   std::string pdfPassword{};  ///< of it; empty: none
+  std::uint64_t threads = 1;  ///< that paint bands of a gray or RGB page; 1: the interpreter's own
 };
 
 /// A running interpreter and this process's ends of its pipes, all of them non-blocking.

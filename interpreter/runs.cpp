@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "interpreter/interpreter.h"
+#include "interpreter/later_pages.h"
 #include "interpreter/rip_run.h"
 #include "interpreter/run_reports.h"
 
@@ -37,6 +38,40 @@ class Repetition : public RunListener {
 
  protected:
   RunListener& m_Listener;
+};
+
+// Passes all on. A message of the job is one of all its pages: its interpreter is to make them all.
+class FirstListener final : public RunListener {
+ public:
+  FirstListener(RunListener& listener, LaterPages& later) : m_Listener(listener), m_Later(later) {}
+  void StateReached(RunState state) override {
+    m_HasBegun = true;
+    m_Listener.StateReached(state);
+  }
+  void Progressed(unsigned percent) override { m_Listener.Progressed(percent); }
+  void PageMade(unsigned number) override { m_Listener.PageMade(number); }
+  void Warned(const std::string& sentence) override {
+    Complain();
+    m_Listener.Warned(sentence);
+  }
+  void Noted(const std::string& text) override {
+    Complain();
+    m_Listener.Noted(text);
+  }
+  void Printed(const std::string& line) override {
+    Complain();
+    m_Listener.Printed(line);
+  }
+  [[nodiscard]] int Pipe() const override { return m_Listener.Pipe(); }
+
+ private:
+  void Complain() {
+    if (m_HasBegun) m_Later.Complain();
+  }
+
+  RunListener& m_Listener;
+  LaterPages& m_Later;
+  bool m_HasBegun = false;
 };
 
 // The same, of the run that makes the page.
@@ -84,7 +119,9 @@ Expected<unsigned> PrintOpenPage(RunRequest request, const Failure& noPage,
 Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
                               RunListener& listener, Guardian& guardian) {
   const PrintMode mode;
-  RipRun run(std::move(request), mode, directory, listener, guardian);
+  LaterPages later(directory, guardian);
+  FirstListener first(listener, later);
+  RipRun run(std::move(request), mode, directory, first, guardian, {.later = &later});
   const auto ran = run.Run();
   if (ran) return run.Pages();
   if (!run.HasEndedNoPage()) return ran.Error();

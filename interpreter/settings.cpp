@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "rastrel/platform/os/path.h"
@@ -50,11 +51,19 @@ void ReadBox(PdfBox& box, std::vector<std::string>& complaints) {
 
 }  // namespace
 
+std::uint64_t CoreCount() {
+  return std::clamp<std::uint64_t>(std::thread::hardware_concurrency(), 1, MaximumCores);
+}
+
 Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Settings settings;
   Read("RASTREL_RIP_TIMEOUT", settings.timeSeconds, complaints);
   Read("RASTREL_RIP_CPU", settings.processorSeconds, complaints);
   Read("RASTREL_RIP_MEMORY", settings.memoryMebibytes, complaints);
+  Read("RASTREL_RIP_THREADS", settings.threads, complaints);
+  settings.threads = std::min(settings.threads, MaximumCores);
+  Read("RASTREL_RIP_PROCESSES", settings.processes, complaints);
+  settings.processes = std::min(settings.processes, MaximumCores);
   Read("RASTREL_RIP_PIXELS", settings.pagePixels, complaints);
   Read("RASTREL_RIP_SIZE", settings.totalMebibytes, complaints);
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);

@@ -15,7 +15,8 @@ using enum OptionId;
 constexpr std::array OptionTable{
     OptionRow{Printer, "--printer", "NAME",
               "Deliver to this printer; see `rastrel printers`. 'Separation' keeps the job."},
-    OptionRow{Mode, "--mode", "FOLDER/NAME", "Use this print mode; see `rastrel modes`."},
+    OptionRow{Mode, "--mode", "FOLDER/NAME",
+              "Use this print mode; see `rastrel modes`. Screen/preview is quick."},
     OptionRow{Copies, "--copies", "N", "Deliver the pages N times, one whole run after the other."},
     OptionRow{Pages, "--pages", "LIST", "Deliver these pages only, for instance 1,3-5."},
     OptionRow{Spool, "--spool", "", "Keep the pages after printing, for `rastrel reprint`."},

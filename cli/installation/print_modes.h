@@ -8,7 +8,7 @@
 namespace rastrel::cli {
 
 /// The print mode that is used if none is named.
-inline constexpr const char* DefaultMode = "TIFF/tiff default.ps";
+inline constexpr const char* DefaultMode = "RGB/300 dpi.ps";
 
 /// A print mode: a PostScript file in a folder of the modes directory.
 struct PrintMode {

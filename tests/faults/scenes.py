@@ -71,12 +71,15 @@ class Scene:
         return self.name
 
 
+# A print mode of few pixels: each scene runs once for every call that may fail.
+QUICK = ("--mode", "Screen/preview")
+
 SCENES = (
     # With settings, so that a print which lost them shows in its result.
-    Scene("print", ("print", "sign.ps", "--scale", "3x2cm", "--levels", "20,1.5,200",
+    Scene("print", ("print", "sign.ps", *QUICK, "--scale", "3x2cm", "--levels", "20,1.5,200",
                     "--output", "{out}"),
           earlier=(("out/sign-1.tif", b"an earlier sign"),)),
-    Scene("print-spool", ("print", "sign.ps", "--spool", "--output", "{out}")),
+    Scene("print-spool", ("print", "sign.ps", *QUICK, "--spool", "--output", "{out}")),
     Scene("reprint", ("reprint", "kept", "--output", "{out}")),
     Scene("preview", ("preview", "sign.ps", "--dpi", "72", "-o", "{out}/look.png"),
           earlier=(("out/look.png", b"an earlier look"),)),
@@ -156,8 +159,8 @@ def _installed_home(product, place):
     for part in PARTS:
         (place / part).mkdir(parents=True)
     (place / "user" / "kept.ps").write_text(SIGN, encoding="utf-8")
-    status, _, error = run([str(product.command), "print", "kept.ps", "--spool",
-                            "--output", str(place / "out")], place)
+    status, _, error = run([str(product.command), "print", "kept.ps", *QUICK,
+                            "--spool", "--output", str(place / "out")], place)
     if status != 0:
         raise RuntimeError(f"the first print failed, so nothing can be tested:\n{error}")
     (home / "settings.ini").write_text(SETTINGS, encoding="utf-8")

@@ -25,6 +25,8 @@ TEST(Settings, have_the_documented_values_by_default) {
   EXPECT_EQ(settings.pagePixels, 1'600'000'000U);
   EXPECT_EQ(settings.totalMebibytes, 65'536U);
   EXPECT_EQ(settings.workMebibytes, 4096U);
+  EXPECT_EQ(settings.threads, CoreCount());
+  EXPECT_EQ(settings.processes, CoreCount());
   EXPECT_EQ(settings.pdfBox, PdfBox::Crop);
   EXPECT_EQ(settings.passwordFile, "");
   EXPECT_EQ(SidePixels, 400'000U);
@@ -48,6 +50,20 @@ TEST(Settings, each_has_its_variable) {
   EXPECT_EQ(settings.totalMebibytes, 5U);
   EXPECT_EQ(settings.workMebibytes, 1'000'000'000'000U);
   EXPECT_TRUE(complaints.empty());
+}
+
+TEST(Settings, threads_and_processes_are_sixteen_at_most) {
+  for (const auto& [given, threads] :
+       {std::pair{"1", 1U}, std::pair{"15", 15U}, std::pair{"16", 16U}, std::pair{"17", 16U}}) {
+    const test::EnvironmentGuard variable("RASTREL_RIP_THREADS", given);
+    const test::EnvironmentGuard other("RASTREL_RIP_PROCESSES", given);
+    std::vector<std::string> complaints;
+    EXPECT_EQ(Read(complaints).threads, threads);
+    EXPECT_EQ(Read(complaints).processes, threads);
+    EXPECT_TRUE(complaints.empty());
+  }
+  EXPECT_GE(CoreCount(), 1U);
+  EXPECT_LE(CoreCount(), 16U);
 }
 
 TEST(Settings, a_box_is_chosen_by_its_name) {

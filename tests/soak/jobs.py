@@ -20,6 +20,7 @@ SHARE_SIGNALLED = 0.2
 SOURCES = ("one.ps", "good.ps", "many.ps", "sign.eps", "dos.eps", "sign.pdf", "shopfront.ps")
 MEASURED = ("one.ps", "good.ps", "sign.eps", "shopfront.ps")
 CUT = ["--cut-color", "spot:CutContour"]
+QUICK = ["--mode", "Screen/preview"]
 
 
 def may(chance, *options):
@@ -30,7 +31,7 @@ def may(chance, *options):
 def print_file(chance, place):
     printer = chance.choice(("KVI Tiff Screen Preview", "PNG files", "PDF files"))
     where = ["--output", "out"] if chance.random() < 0.8 else []
-    return Plan(["print", place + chance.choice(SOURCES), "--printer", printer, *where,
+    return Plan(["print", place + chance.choice(SOURCES), "--printer", printer, *QUICK, *where,
                  *may(chance, "--json"), *may(chance, "--copies", "2"),
                  *may(chance, "--levels", "0,1.2,255"), *may(chance, "--cut-color", "rgb:255,0,0")],
                 {DONE}, 0.8, bool(where))
@@ -38,7 +39,7 @@ def print_file(chance, place):
 
 def print_several(chance, place):
     files = [place + chance.choice(SOURCES) for _ in range(3)]
-    return Plan(["print", *files, "--output", "out"], {DONE}, 2, True)
+    return Plan(["print", *files, *QUICK, "--output", "out"], {DONE}, 2, True)
 
 
 def print_endless(chance, place):
@@ -47,7 +48,7 @@ def print_endless(chance, place):
 
 def print_and_keep(chance, place):
     name = f"kept-{chance.randrange(inputs.SPOOLED)}.ps"
-    return Plan(["print", place + name, "--spool", "--output", "out"], {DONE}, 0.8, True)
+    return Plan(["print", place + name, "--spool", *QUICK, "--output", "out"], {DONE}, 0.8, True)
 
 
 def reprint(chance, place):

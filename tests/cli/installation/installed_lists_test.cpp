@@ -28,7 +28,7 @@ TEST_F(InstalledLists, have_one_printer_that_is_the_default) {
 }
 
 TEST_F(InstalledLists, have_one_mode_that_is_the_default) {
-  EXPECT_EQ(Defaults("modes"), std::vector<std::string>{"TIFF/tiff default.ps"});
+  EXPECT_EQ(Defaults("modes"), std::vector<std::string>{"RGB/300 dpi.ps"});
 }
 
 }  // namespace

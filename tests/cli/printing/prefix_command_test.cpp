@@ -34,8 +34,7 @@ TEST_F(PrefixCommandTest, is_shown_with_its_last_byte_in_letters) {
   EXPECT_TRUE(text.ends_with("% -- End of $setcutter Override --\n\n<04>\n"));
   EXPECT_EQ(text.find('\x04'), std::string::npos);
   EXPECT_NE(text.find("(KVI Tiff Screen Preview:) SelectPrinter"), std::string::npos);
-  EXPECT_NE(text.find("(%Lumiscript%pmodes/TIFF/tiff default.ps) SelectPrintMode"),
-            std::string::npos);
+  EXPECT_NE(text.find("(%Lumiscript%pmodes/RGB/300 dpi.ps) SelectPrintMode"), std::string::npos);
 }
 
 TEST_F(PrefixCommandTest, is_written_as_it_is_and_as_a_print_has_it) {

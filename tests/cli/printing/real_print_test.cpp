@@ -27,6 +27,12 @@ class RealPrintTest : public ::testing::Test {
   [[nodiscard]] static std::string NameOf(const std::string& path) {
     return fs::path(path).filename();
   }
+  // The line of the job's second page in the spool.
+  nlohmann::json SecondPage() {
+    const auto lines = m_Command.Run({"spool", "show", "job", "--json"}).Lines();
+    if (lines.size() != 3) return {};
+    return nlohmann::json::parse(lines[2]);
+  }
   CommandRunner m_Command{CommandRunner::Children::Real};
 };
 
@@ -183,13 +189,20 @@ TEST_F(RealPrintTest, an_interrupted_job_leaves_no_process_and_no_file) {
 }
 
 TEST_F(RealPrintTest, the_pages_of_a_spool_entry_are_listed_by_their_description) {
-  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
-  const auto lines = m_Command.Run({"spool", "show", "job", "--json"}).Lines();
-  ASSERT_EQ(lines.size(), 3U);
-  const auto page = nlohmann::json::parse(lines[2]);
+  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool", "--mode", "Screen/preview"}).status, 0);
+  const auto page = SecondPage();
   EXPECT_EQ(page["page"], 2);
-  EXPECT_EQ(page["width"], 120);
-  EXPECT_EQ(page["height"], 80);
+  EXPECT_EQ(page["width"], 160);  // 120 points at 96 pixels per inch
+  EXPECT_EQ(page["height"], 107);
+  EXPECT_EQ(page["planes"], nlohmann::json({"Red", "Green", "Blue"}));
+}
+
+// The lowest resolution that is good enough for a sign that is looked at from close by.
+TEST_F(RealPrintTest, a_print_that_names_no_mode_has_300_pixels_per_inch_in_rgb) {
+  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool"}).status, 0);
+  const auto page = SecondPage();
+  EXPECT_EQ(page["width"], 500);  // of 120 points
+  EXPECT_EQ(page["height"], 333);
   EXPECT_EQ(page["planes"], nlohmann::json({"Red", "Green", "Blue"}));
 }
 
