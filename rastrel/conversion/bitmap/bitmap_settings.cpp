@@ -8,6 +8,7 @@
 #include "rastrel/conversion/scan_group.h"
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/values/world.h"
 #include "rastrel/psscan/ps_parser.h"
 
 namespace rastrel::conversion {
@@ -15,7 +16,6 @@ namespace rastrel::conversion {
 namespace {
 
 constexpr double PointsInInch = 72.0;
-constexpr double CentimetresInInch = 2.54;
 
 constexpr const wchar_t* Section = L"Images";
 constexpr const wchar_t* Key = L"EPS dialog data";
@@ -24,7 +24,7 @@ constexpr std::int32_t UsualResolution = 72;
 
 double CentimetresBetween(int one, int other) {
   // The difference of two 32-bit numbers needs more bits.
-  return std::abs(static_cast<double>(one) - other) / PointsInInch * CentimetresInInch;
+  return std::abs(static_cast<double>(one) - other) / PointsInInch * host::CentimetresPerInch;
 }
 
 // A scan without a box succeeds as well, and leaves the rectangle empty.

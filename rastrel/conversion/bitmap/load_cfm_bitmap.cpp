@@ -18,8 +18,6 @@ namespace {
 
 using host::ObjectHandle;
 
-constexpr double CentimetresInInch = 2.54;
-
 bool Fail(const wchar_t* reason, const std::wstring& path) {
   CAppLog::Instance().Printf(L"[CLQ] %s: %s", reason, path);
   return false;
@@ -111,7 +109,7 @@ void Prepare(CFMPlane& plane) {
 }
 
 double CentimetresOf(std::int32_t pixels, std::int32_t resolution) {
-  return static_cast<double>(pixels) / resolution * CentimetresInInch;
+  return static_cast<double>(pixels) / resolution * host::CentimetresPerInch;
 }
 
 bool LoadPlane(CFMPlane& plane, const std::wstring& info, const PS2BmpParams& params,
