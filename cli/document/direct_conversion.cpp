@@ -7,7 +7,6 @@
 
 #include "cli/console/exit_status.h"
 #include "rastrel/conversion/bitmap/load_cfm_bitmap.h"
-#include "rastrel/conversion/cut/cut_archive_reader.h"
 #include "rastrel/conversion/cut/cut_lines.h"
 #include "rastrel/conversion/dialogs/ps2bmp_params.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
@@ -18,7 +17,6 @@
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/settings.h"
-#include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/number_text.h"
 #include "rastrel/platform/os/path.h"
@@ -77,7 +75,8 @@ class DirectConversion {
     if (progress.DoModal() != host::OkCommand) return ConversionEnd::Ran;
     host::ObjectHandle bitmap = 0;
     if (!conversion::LoadCfmBitmap(PathWith(L".cfm"), m_Params, bitmap)) return ConversionEnd::Ran;
-    if (const host::ObjectHandle lines = LoadCutLines(); lines != 0)
+    if (m_Params.cut.enabled == 0) return ConversionEnd::Ran;
+    if (const auto lines = conversion::TakeCutLines(PathWith(L".cut"), m_Params.cut); lines != 0)
       host::GetHost().GetObjectStore()->DSAddObject(lines);
     return ConversionEnd::Ran;
   }
@@ -107,21 +106,6 @@ class DirectConversion {
     const std::wstring header = conversion::JobHeaderText(page, &m_Params.cut, &none, &resolution);
     return static_cast<bool>(
         os::ReplaceFile(PathWith(L".jhdr"), os::AnsiFromWide(header), os::Access::Private));
-  }
-
-  [[nodiscard]] host::ObjectHandle LoadCutLines() const {
-    const std::wstring archive = PathWith(L".cut");
-    if (m_Params.cut.enabled == 0 || !os::Exists(archive)) return 0;
-    CCutObjects objects;
-    try {
-      if (!conversion::ReadCutArchive(archive, objects))
-        CAppLog::Instance().Printf(L"[CLQ] the cut archive can't be read: %s", archive);
-    } catch (const CArchiveException& failure) {
-      CAppLog::Instance().Printf(L"[CLQ] the cut archive is damaged: %s: %s", archive,
-                                 os::WideFromUtf8(failure.what()));
-      return 0;
-    }
-    return conversion::BuildCutLines(objects, m_Params.cut, nullptr);
   }
 
   const InputFile& m_Input;
