@@ -1,11 +1,11 @@
 #include "cli/document/direct_conversion.h"
 
-#include <array>
 #include <cmath>
 #include <optional>
 #include <string>
 
 #include "cli/console/exit_status.h"
+#include "rastrel/conversion/bitmap/bitmap_settings.h"
 #include "rastrel/conversion/bitmap/load_cfm_bitmap.h"
 #include "rastrel/conversion/cut/cut_lines.h"
 #include "rastrel/conversion/dialogs/ps2bmp_params.h"
@@ -16,26 +16,12 @@
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
-#include "rastrel/platform/host/settings.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/number_text.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
-
-constexpr int UsualResolution = 72;
-
-// The resolution that the library's dialog would begin with.
-int StartResolution() {
-  std::array<wchar_t, 79> text{};
-  GetStringKorvane(L"Images", L"EPS dialog data", text.data(), text.size(), DS_USER, nullptr);
-  const std::wstring data = text.data();
-  const std::size_t comma = data.find(L',');
-  const int stored = comma == data.npos ? 0 : os::Int32FromText(data.substr(comma + 1));
-  return stored > 0 ? stored : UsualResolution;
-}
 
 // The whole size, where one side may follow from the proportions of the page.
 std::optional<::PageSize> SizeOf(const InputFile& input, const PartSize& size) {
@@ -66,7 +52,7 @@ class DirectConversion {
     if (m_Size) m_Params.width = m_Size->width;
     if (m_Size) m_Params.height = m_Size->height;
     m_Params.cut = request.cut;
-    m_Params.cut.resolution = request.resolution.value_or(StartResolution());
+    m_Params.cut.resolution = request.resolution.value_or(conversion::KeptResolution());
   }
 
   ConversionEnd Run() {

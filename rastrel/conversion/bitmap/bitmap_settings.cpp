@@ -32,6 +32,14 @@ bool IsEmpty(const CRect& rect) {
   return rect.left == 0 && rect.top == 0 && rect.right == 0 && rect.bottom == 0;
 }
 
+void Keep(const PS2BmpParams& params) {
+  formatstringT<wchar_t> text;
+  text.Format(L"%d,%d", params.mode, params.cut.resolution);
+  static_cast<void>(WriteStringKorvane(Section, Key, text.c_str(), DS_USER, nullptr));
+}
+
+}  // namespace
+
 // The mode is kept beside the resolution, but every conversion begins without one.
 std::int32_t KeptResolution() {
   wchar_t text[SettingSize] = L"";
@@ -40,14 +48,6 @@ std::int32_t KeptResolution() {
   const bool whole = ScanIntegerList(text, modeAndResolution);
   return whole && modeAndResolution[1] > 0 ? modeAndResolution[1] : UsualResolution;
 }
-
-void Keep(const PS2BmpParams& params) {
-  formatstringT<wchar_t> text;
-  text.Format(L"%d,%d", params.mode, params.cut.resolution);
-  static_cast<void>(WriteStringKorvane(Section, Key, text.c_str(), DS_USER, nullptr));
-}
-
-}  // namespace
 
 bool AskBitmapParams(const wchar_t* path, PS2BmpParams& params) {
   CRect bounds;
