@@ -53,15 +53,6 @@ bool ConversionReport::IsCancelled() const {
   return m_End == ConversionEnd::Dismissed && LastRemarkOfLibrary().empty();
 }
 
-ExitStatus ConversionReport::WriteCancelled(bool json) const {
-  if (json) {
-    JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
-  } else {
-    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
-  }
-  return ExitStatus::Cancelled;
-}
-
 void ConversionReport::ThrowWithoutResult() const {
   if (!m_Views.Message().empty()) throw CommandError(ExitStatus::BadInput, m_Views.Message());
   if (!m_Views.HasWorked())

@@ -31,8 +31,6 @@ class ConversionReport {
       : m_End(end), m_Views(views), m_Place(place) {}
 
   [[nodiscard]] bool IsCancelled() const;
-  /// Writes that the command was cancelled; returns its status.
-  [[nodiscard]] ExitStatus WriteCancelled(bool json) const;
   /// Ends the command with the status of the step that failed.
   [[noreturn]] void ThrowWithoutResult() const;
   /// The same for lines.

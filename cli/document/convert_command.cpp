@@ -4,6 +4,7 @@
 #include <string>
 #include <variant>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
@@ -111,7 +112,7 @@ ExitStatus ConvertCommand(const Invocation& invocation) {
   const ConversionEnd end = RunBitmapConversion(input, request, host, views);
   place.LeaveRipDirectory();
   const ConversionReport report(end, views, place);
-  if (report.IsCancelled()) return report.WriteCancelled(request.json);
+  if (report.IsCancelled()) return WriteCancelled(request.json);
   WriteQueueWarnings(request.json);
   const ConvertedObjects objects = ObjectsOrEnd(host, report, request.cut.enabled != 0);
   LayOut(host, objects);

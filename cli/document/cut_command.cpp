@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
@@ -173,7 +174,7 @@ ExitStatus CutCommand(const Invocation& invocation) {
   const host::ObjectHandle lines = LinesOrEnd(host, placed, input, request);
   place.LeaveRipDirectory();
   const ConversionReport report(ConversionEnd::Ran, views, place);
-  if (report.IsCancelled()) return report.WriteCancelled(request.json);
+  if (report.IsCancelled()) return WriteCancelled(request.json);
   WriteQueueWarnings(request.json);
   if (lines == 0) report.ThrowWithoutLines();
   const ConvertedObjects objects{.lines = AddLines(host, placed, lines, request.preview)};
