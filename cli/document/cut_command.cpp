@@ -10,16 +10,8 @@
 #include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/console/stop_signals.h"
 #include "cli/converting/queue_diagnosis.h"
-#include "cli/document/conversion_host.h"
-#include "cli/document/conversion_place.h"
-#include "cli/document/conversion_report.h"
-#include "cli/document/conversion_request.h"
-#include "cli/document/conversion_result.h"
-#include "cli/document/conversion_views.h"
-#include "cli/installation/installation.h"
-#include "cli/installation/job_directory.h"
+#include "cli/document/conversion_session.h"
 #include "host/cutfile/cut_drawing.h"
 #include "host/document/document.h"
 #include "host/document/document_store.h"
@@ -155,31 +147,17 @@ host::ObjectHandle LinesOrEnd(ConversionHost& host, host::ObjectHandle placed,
 }  // namespace
 
 ExitStatus CutCommand(const Invocation& invocation) {
-  const ConversionRequest request = OrEnd(ExitStatus::WrongUse, ReadConversionRequest(invocation));
-  const auto pdf = OrEnd(ExitStatus::WrongUse, ApplyPdfOptions(invocation, request));
-  ConversionViews views(request.json);
-  // A request to end is one to cancel, from the first moment on.
-  const auto signals =
-      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&views](int) { views.RequestStop(); }));
-  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
-  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
-  ConversionPlace place(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
-  const InputFile input = place.Inspect(invocation);
-  CheckPage(request, input);
-  const ResultPlace target = PlaceOfResult(invocation, request.result, input);
-  ConversionHost host(false);
-  host::SetHost(&host);
-  host.SetDialogViews(&views);
-  const host::ObjectHandle placed = Place(host, input, request);
-  const host::ObjectHandle lines = LinesOrEnd(host, placed, input, request);
-  place.LeaveRipDirectory();
-  const ConversionReport report(ConversionEnd::Ran, views, place);
+  ConversionSession session(invocation);
+  const ConversionRequest& request = session.Request();
+  ConversionHost& host = session.Host();
+  const host::ObjectHandle placed = Place(host, session.Input(), request);
+  const host::ObjectHandle lines = LinesOrEnd(host, placed, session.Input(), request);
+  const ConversionReport report = session.End(ConversionEnd::Ran);
   if (report.IsCancelled()) return WriteCancelled(request.json);
   WriteQueueWarnings(request.json);
   if (lines == 0) report.ThrowWithoutLines();
-  const ConvertedObjects objects{.lines = AddLines(host, placed, lines, request.preview)};
-  ConversionResult(host, objects, place).Write(request.result, target, input);
-  return WriteDone(host, target, request.json);
+  session.Write({.lines = AddLines(host, placed, lines, request.preview)});
+  return WriteDone(host, session.Target(), request.json);
 }
 
 }  // namespace rastrel::cli
