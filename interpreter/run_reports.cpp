@@ -31,6 +31,7 @@ const RunReports::Entry RunReports::Handlers[] = {
     {"LOG", &RunReports::TakeLog},
     {"SIZE", &RunReports::TakeSize},
     {"PAGE", &RunReports::TakePage},
+    {"SKIP", &RunReports::TakeSkippedPage},
     {"BOX", &RunReports::TakeMeasure},
     {"OPEN", &RunReports::TakeOpenPage},
     {"JOB", &RunReports::TakeJob},
@@ -120,6 +121,8 @@ void RunReports::TakeSize(const std::string& value) {
 }
 
 void RunReports::TakePage(const std::string&) { m_Pages.EndReported(); }
+
+void RunReports::TakeSkippedPage(const std::string&) { ++m_Skipped; }
 
 void RunReports::TakeMeasure(const std::string& value) {
   if (m_Measure.empty()) m_Measure = value;

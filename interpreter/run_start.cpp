@@ -31,13 +31,14 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses definitions of those before it.
-constexpr std::array PrologFiles{"reports.ps",  "capture.ps",  "names.ps",     "match.ps",
-                                 "pdftext.ps",  "guard.ps",    "device.ps",    "selection.ps",
-                                 "sections.ps", "painting.ps", "lettering.ps", "cutter.ps",
-                                 "picture.ps"};
+constexpr std::array PrologFiles{"reports.ps",   "capture.ps",  "names.ps",    "match.ps",
+                                 "pdftext.ps",   "guard.ps",    "chosen.ps",   "device.ps",
+                                 "selection.ps", "sections.ps", "painting.ps", "lettering.ps",
+                                 "cutter.ps",    "picture.ps"};
 constexpr std::span<const char* const> PictureFiles{PrologFiles};
 constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFiles.size() - 1);
-constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "measure.ps"};
+constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "chosen.ps", "picture.ps",
+                                    "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
 constexpr const char* MediaBoxFile = "mediabox.ps";
@@ -59,6 +60,8 @@ std::string AreaText(const std::optional<PageArea>& area) {
 // afterwards, so the job can't read it again.
 std::string SetupText(const RunStart& start) {
   const bool pdf = start.kind == JobKind::Pdf;
+  // Of a PDF the interpreter itself draws the chosen page alone.
+  const std::uint64_t page = start.script.isFirstPage && !pdf ? start.page : 1;
   return "serverdict begin 0 exitserver true setglobal userdict begin\n" +
          (pdf ? PasswordText(start.pdfPassword) : std::string()) + "/rip.word (" + start.word +
          ") def\n"
@@ -76,6 +79,9 @@ std::string SetupText(const RunStart& start) {
          " def\n"
          "/rip.area " +
          AreaText(start.area) +
+         " def\n"
+         "/rip.page " +
+         std::to_string(page) +
          " def\n"
          "end false setglobal\n";
 }
@@ -96,7 +102,7 @@ std::vector<std::string> Arguments(const RunStart& start) {
   if (pdf) {
     for (std::string& option : BoxOptions(start.pdfBox)) arguments.push_back(std::move(option));
     if (start.script.isFirstPage) {
-      const std::string page = std::to_string(start.pdfPage);
+      const std::string page = std::to_string(start.page);
       arguments.push_back("-dFirstPage=" + page);
       arguments.push_back("-dLastPage=" + page);
     }

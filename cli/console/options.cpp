@@ -45,7 +45,7 @@ constexpr std::array OptionTable{
     OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
     OptionRow{OutputSize, "--size", "WxH",
               "Size of the picture, as 10x5cm; of one side alone as 10xcm or x5cm."},
-    OptionRow{PdfPage, "--page", "N", "The page of a PDF; 1 if not given."},
+    OptionRow{ChosenPage, "--page", "N", "Which page of the file; 1 if not given."},
     OptionRow{CutPreview, "--preview", "", "Put the picture of the file below the lines."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
@@ -140,12 +140,12 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Force,
                                   Json,
                                   Help};
-constexpr std::array ConvertOptions{OutputFile, OutputSize,  Resolution, CutColor,     PdfPage,
+constexpr std::array ConvertOptions{OutputFile, OutputSize,  Resolution, CutColor,     ChosenPage,
                                     AskWindow,  AskTerminal, Box,        PasswordFile, Title,
                                     Force,      Json,        Help};
-constexpr std::array CutOptions{OutputFile, CutColor, HalfCutColor, CutPreview,
-                                Resolution, PdfPage,  Box,          PasswordFile,
-                                Title,      Force,    Json,         Help};
+constexpr std::array CutOptions{OutputFile, CutColor,   HalfCutColor, CutPreview,
+                                Resolution, ChosenPage, Box,          PasswordFile,
+                                Title,      Force,      Json,         Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

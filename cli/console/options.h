@@ -36,7 +36,7 @@ enum class OptionId {
   CutOnly,
   Window,
   OutputSize,
-  PdfPage,
+  ChosenPage,
   CutPreview,
   AskWindow,
   AskTerminal,

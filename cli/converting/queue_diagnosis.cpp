@@ -7,10 +7,10 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
+#include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/process.h"
 
 namespace rastrel::cli {
 namespace {
@@ -49,9 +49,8 @@ std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
 }
 
 std::string ReadLog() {
-  const std::string name =
-      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
-  return os::ReadWholeFile(os::FromNative(name), MaximumOfLog).ValueOr({});
+  if (CAppLog::GetState() != CAppLog::State::Open) return {};
+  return os::ReadWholeFile(CAppLog::Instance().GetFileName(), MaximumOfLog).ValueOr({});
 }
 
 // The texts of all entries that begin with the mark, in order; an empty one is left out.

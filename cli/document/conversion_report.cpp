@@ -6,7 +6,9 @@
 #include "cli/console/standard_streams.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/installation/installation.h"
+#include "rastrel/conversion/page_size.h"
 #include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 namespace {
@@ -41,11 +43,13 @@ Expected<PdfOptions> ApplyPdfOptions(const Invocation& invocation,
   return PdfOptions::Apply(invocation);
 }
 
-void CheckPage(const ConversionRequest& request, const InputFile& input) {
-  if (request.page.value_or(1) == 1 || input.extension == ".pdf") return;
-  throw CommandError(ExitStatus::WrongUse, "--page " + std::to_string(*request.page) +
-                                               ": of PostScript the first page alone can be "
-                                               "converted; pages are chosen of a PDF");
+BOUNDS MeasuredPage(const InputFile& input, const ConversionRequest& request) {
+  BOUNDS page{};
+  if (GetPSPageSize(os::FromNative(input.path).c_str(), page) != 0) return page;
+  const std::string text =
+      "page " + std::to_string(request.page.value_or(1)) + " can't be measured";
+  const std::string why = LastErrorOfQueue();
+  throw CommandError(ExitStatus::BadInput, why.empty() ? text : text + ": " + why);
 }
 
 bool ConversionReport::IsCancelled() const {

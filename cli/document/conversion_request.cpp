@@ -88,9 +88,9 @@ Expected<void> ReadNumbers(const Invocation& invocation, ConversionRequest& requ
     if (!dpi) return dpi.Error();
     request.resolution = *dpi;
   }
-  if (invocation.Has(OptionId::PdfPage)) {
+  if (invocation.Has(OptionId::ChosenPage)) {
     const auto page =
-        WholeNumberOf("--page", invocation.ValueOr(OptionId::PdfPage, ""), 1, MaximumPage);
+        WholeNumberOf("--page", invocation.ValueOr(OptionId::ChosenPage, ""), 1, MaximumPage);
     if (!page) return page.Error();
     request.page = *page;
   }

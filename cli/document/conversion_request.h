@@ -28,7 +28,7 @@ struct ConversionRequest {
   std::optional<std::int32_t> resolution;
   CPS2CutData cut;
   CPS2CutData halfCut;
-  std::optional<std::int32_t> page;  ///< of a PDF
+  std::optional<std::int32_t> page;  ///< from 1
   bool preview = false;
   bool window = false;  ///< a person answers the dialog in a window
   bool ask = false;     ///< a person answers the dialog on the terminal

@@ -25,7 +25,6 @@ void CheckAnswers(const ConversionRequest& request, const InputFile& input) {
 
 ResultPlace CheckedPlace(const Invocation& invocation, const ConversionRequest& request,
                          const InputFile& input) {
-  CheckPage(request, input);
   CheckAnswers(request, input);
   return PlaceOfResult(invocation, request.result, input);
 }

@@ -16,8 +16,8 @@
 #include "host/document/document.h"
 #include "host/document/document_store.h"
 #include "host/graphics/placed_file.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/conversion/cut/generate_cut_data.h"
-#include "rastrel/conversion/page_size.h"
 #include "rastrel/platform/host/generic_item.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/placed_graphics.h"
@@ -35,15 +35,17 @@ struct PictureSize {
   double height;
 };
 
-// The size of the queue program's picture in centimetres, where it is another than that of the
-// placed file, whose page is the first.
-std::optional<PictureSize> OwnPictureSize(const InputFile& input,
+// The size of the queue program's picture in centimetres, where it may be another than that of the
+// placed file. That is the first page of a PDF, and of PostScript the box that its comments declare
+// or the box around the marks of all its pages; the picture is of one page.
+std::optional<PictureSize> OwnPictureSize(const document::GraphicShape& placed,
+                                          const InputFile& input,
                                           const ConversionRequest& request) {
-  if (request.page.value_or(1) == 1) return std::nullopt;
-  BOUNDS page{};
-  if (GetPSPageSize(os::FromNative(input.path).c_str(), page) == 0)
-    throw CommandError(ExitStatus::BadInput,
-                       "page " + std::to_string(*request.page) + " can't be measured");
+  const bool isSame = document::IsPostScript(placed.kind)
+                          ? interpreter::DeclaredArea(*placed.bytes).has_value()
+                          : request.page.value_or(1) == 1;
+  if (isSame) return std::nullopt;
+  const BOUNDS page = MeasuredPage(input, request);
   return PictureSize{std::abs(page.xmax - page.xmin), std::abs(page.ymax - page.ymin)};
 }
 
@@ -54,8 +56,8 @@ host::ObjectHandle Place(ConversionHost& host, const InputFile& input,
   const std::wstring path = os::FromNative(input.path);
   const host::ObjectHandle handle =
       OrEnd(ExitStatus::BadInput, graphics::PlaceFile(document, path));
-  if (const auto size = OwnPictureSize(input, request)) {
-    auto& shape = std::get<document::GraphicShape>(document.Edit(handle)->shape);
+  auto& shape = std::get<document::GraphicShape>(document.Edit(handle)->shape);
+  if (const auto size = OwnPictureSize(shape, input, request)) {
     shape.width = size->width;
     shape.height = size->height;
   }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/console/exit_status.h"
+#include "cli/document/conversion_report.h"
 #include "rastrel/conversion/bitmap/bitmap_settings.h"
 #include "rastrel/conversion/bitmap/load_cfm_bitmap.h"
 #include "rastrel/conversion/cut/cut_lines.h"
@@ -24,15 +25,20 @@ namespace rastrel::cli {
 namespace {
 
 // The whole size, where one side may follow from the proportions of the page.
-std::optional<::PageSize> SizeOf(const InputFile& input, const PartSize& size) {
+std::optional<::PageSize> SizeOf(const InputFile& input, const ConversionRequest& request) {
+  const PartSize& size = request.size;
   if (!size.widthCm && !size.heightCm) return std::nullopt;
   if (size.widthCm && size.heightCm)
     return ::PageSize{.height = *size.heightCm, .width = *size.widthCm};
   BOUNDS bounds{};
-  const bool measured = GetPSPageSize(os::FromNative(input.path).c_str(), bounds) != 0;
+  if (request.page) {
+    bounds = MeasuredPage(input, request);
+  } else {
+    static_cast<void>(GetPSPageSize(os::FromNative(input.path).c_str(), bounds));
+  }
   const double width = std::abs(bounds.xmax - bounds.xmin);
   const double height = std::abs(bounds.ymax - bounds.ymin);
-  if (!measured || !(width > 0) || !(height > 0))
+  if (!(width > 0) || !(height > 0))
     throw CommandError(ExitStatus::BadInput,
                        "--size: the file's own size can't be found, so both sides are needed");
   if (size.widthCm)
@@ -46,7 +52,7 @@ class DirectConversion {
   DirectConversion(const InputFile& input, const ConversionRequest& request)
       : m_Input(input),
         m_Suffix(os::WideFromUtf8(input.extension)),
-        m_Size(SizeOf(input, request.size)) {
+        m_Size(SizeOf(input, request)) {
     m_Params.mode = PS2BMP_CONVERSION;
     m_Params.hasBounds = m_Size ? 1 : 0;
     if (m_Size) m_Params.width = m_Size->width;
