@@ -88,6 +88,8 @@ constexpr std::array OptionTable{
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
+    OptionRow{Jobs, "--jobs", "N",
+              "Work on so many files at a time; as many as there are processors if not given."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{AllowOutside, "--allow-outside", "",
@@ -119,14 +121,14 @@ constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,      Scale,
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
-constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
+constexpr std::array InspectOptions{Json, Tsv, Painted, Jobs, Help};
 constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
 constexpr std::array SymbolOptions{RingSize, Json, Help};
 constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
-constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Jobs, Json, Help};
 constexpr std::array QueueOptions{OptionId::PageSize,
                                   Resolution,
                                   CutColor,

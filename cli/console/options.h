@@ -76,6 +76,7 @@ enum class OptionId {
   AskInWindow,
   Remove,
   Force,
+  Jobs,
   Help,
   Version,
 };

@@ -23,6 +23,7 @@ constexpr const char* ClearRest = "\x1b[K";
 
 std::atomic<bool> s_OutputFailed{false};
 std::atomic<bool> s_OutputIsResult{false};
+thread_local HeldText* t_Held = nullptr;
 
 std::vector<std::pair<std::string, std::string>>& ShownPaths() {
   static std::vector<std::pair<std::string, std::string>> paths;
@@ -36,7 +37,17 @@ std::string Shown(std::string text) {
   return text;
 }
 
+void Hold(HeldText& held, bool isError, std::string_view text) {
+  if (held.pieces.empty() || held.pieces.back().isError != isError)
+    held.pieces.push_back({.isError = isError, .bytes = {}});
+  held.pieces.back().bytes += text;
+}
+
 bool WriteWhole(os::StandardStream stream, std::string_view text) {
+  if (t_Held != nullptr) {
+    Hold(*t_Held, stream == os::StandardStream::Error, text);
+    return true;
+  }
   static std::mutex mutex;
   const std::lock_guard<std::mutex> guard(mutex);
   while (!text.empty()) {
@@ -128,6 +139,17 @@ Expected<void> WriteResultFile(const std::string& path) {
     if (*got == 0) return {};
     if (auto written = WriteResult({piece.data(), *got}); !written) return written;
   }
+}
+
+HeldOutput::HeldOutput() { t_Held = &m_Text; }
+
+HeldOutput::~HeldOutput() { t_Held = nullptr; }
+
+HeldText HeldOutput::Take() { return std::exchange(m_Text, {}); }
+
+void WriteHeld(const HeldText& text) {
+  for (const HeldText::Piece& piece : text.pieces)
+    piece.isError ? ToError(piece.bytes) : ToOutput(piece.bytes);
 }
 
 bool OutputFailed() { return s_OutputFailed; }

@@ -59,6 +59,34 @@ void ShowPathAs(const std::string& path, const std::string& name);
 [[nodiscard]] Expected<void> WriteResultFile(const std::string& path);
 [[nodiscard]] Expected<void> WriteResult(std::string_view bytes);
 
+/// Texts of one thread in their order, for later.
+struct HeldText {
+  struct Piece {
+    bool isError = false;  ///< for standard error, else for standard output
+    std::string bytes;
+  };
+  std::vector<Piece> pieces;
+};
+
+/// Holds back all that its thread writes by the functions above, so that the lines of several
+/// threads don't mix. On the stack of that thread, one at a time.
+class HeldOutput {
+ public:
+  HeldOutput();
+  ~HeldOutput();
+  HeldOutput(const HeldOutput&) = delete;
+  HeldOutput& operator=(const HeldOutput&) = delete;
+
+  /// The texts so far; later ones are held anew.
+  [[nodiscard]] HeldText Take();
+
+ private:
+  HeldText m_Text;
+};
+
+/// Writes held texts, each to its stream.
+void WriteHeld(const HeldText& text);
+
 /// Whether a text could not be written to standard output, other than for a reader that is gone.
 [[nodiscard]] bool OutputFailed();
 
