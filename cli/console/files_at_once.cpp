@@ -39,7 +39,7 @@ class Workers {
   ~Workers() {
     {
       const std::scoped_lock lock(m_Mutex);
-      m_Next = m_Count;
+      m_Ended = true;
     }
     m_Changed.notify_all();
     for (const auto& thread : m_Threads) thread->Join();
@@ -64,8 +64,8 @@ class Workers {
   void Work() {
     std::unique_lock lock(m_Mutex);
     for (;;) {
-      m_Changed.wait(lock, [this] { return m_Next >= m_Count || m_Next < m_Taken + m_Ahead; });
-      if (m_Next >= m_Count) return;
+      m_Changed.wait(lock, [this] { return IsOver() || m_Next < m_Taken + m_Ahead; });
+      if (IsOver()) return;
       const std::size_t index = m_Next++;
       lock.unlock();
       DoneFile file = WorkOn(index);
@@ -75,9 +75,18 @@ class Workers {
     }
   }
 
-  [[nodiscard]] DoneFile WorkOn(std::size_t index) const {
+  [[nodiscard]] bool IsOver() const { return m_Ended || m_Next >= m_Count; }
+
+  // Waits until the files before this one are taken. False if no more are taken.
+  bool WaitForTurn(std::size_t index) {
+    std::unique_lock lock(m_Mutex);
+    m_Changed.wait(lock, [&] { return m_Ended || m_Taken == index; });
+    return !m_Ended;
+  }
+
+  [[nodiscard]] DoneFile WorkOn(std::size_t index) {
     DoneFile file;
-    HeldOutput output;
+    HeldOutput output([this, index] { return WaitForTurn(index); });
     try {
       m_Work.work(index);
     } catch (...) {
@@ -92,6 +101,7 @@ class Workers {
   const FilesWork& m_Work;
   std::mutex m_Mutex;
   std::condition_variable m_Changed;
+  bool m_Ended = false;     // no more files are taken
   std::size_t m_Next = 0;   // the first file that nobody works on
   std::size_t m_Taken = 0;  // files that were taken
   std::map<std::size_t, DoneFile> m_Done;

@@ -28,8 +28,8 @@ struct FilesWork {
 /// Works on files 0 to `count` - 1, up to `atOnce` at a time. Their lines (standard_streams.h)
 /// appear file by file, in the order of the indices, each as soon as those before it are done. So
 /// the output is that of one file after the other. The work runs ahead of the output by a limited
-/// number of files. Other exceptions than CommandError come out of the call. It returns, or throws,
-/// when no work is under way any more.
+/// number of files, and waits where it writes much before its turn. Other exceptions than
+/// CommandError come out of the call. It returns, or throws, when no work is under way any more.
 void WorkOnFiles(std::size_t count, unsigned atOnce, const FilesWork& work);
 
 }  // namespace rastrel::cli

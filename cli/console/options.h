@@ -44,6 +44,7 @@ enum class OptionId {
   Title,
   Output,
   OutputFile,
+  PreviewOutput,
   Json,
   Tsv,
   Painted,

@@ -23,7 +23,7 @@ constexpr const char* ClearRest = "\x1b[K";
 
 std::atomic<bool> s_OutputFailed{false};
 std::atomic<bool> s_OutputIsResult{false};
-thread_local HeldText* t_Held = nullptr;
+thread_local HeldOutput* t_Held = nullptr;
 
 std::vector<std::pair<std::string, std::string>>& ShownPaths() {
   static std::vector<std::pair<std::string, std::string>> paths;
@@ -37,15 +37,9 @@ std::string Shown(std::string text) {
   return text;
 }
 
-void Hold(HeldText& held, bool isError, std::string_view text) {
-  if (held.pieces.empty() || held.pieces.back().isError != isError)
-    held.pieces.push_back({.isError = isError, .bytes = {}});
-  held.pieces.back().bytes += text;
-}
-
 bool WriteWhole(os::StandardStream stream, std::string_view text) {
   if (t_Held != nullptr) {
-    Hold(*t_Held, stream == os::StandardStream::Error, text);
+    t_Held->Hold(stream == os::StandardStream::Error, text);
     return true;
   }
   static std::mutex mutex;
@@ -141,11 +135,28 @@ Expected<void> WriteResultFile(const std::string& path) {
   }
 }
 
-HeldOutput::HeldOutput() { t_Held = &m_Text; }
+HeldOutput::HeldOutput(std::function<bool()> turn) : m_Turn(std::move(turn)) { t_Held = this; }
 
 HeldOutput::~HeldOutput() { t_Held = nullptr; }
 
-HeldText HeldOutput::Take() { return std::exchange(m_Text, {}); }
+void HeldOutput::Hold(bool isError, std::string_view text) {
+  auto& pieces = m_Text.pieces;
+  if (pieces.empty() || pieces.back().isError != isError)
+    pieces.push_back({.isError = isError, .bytes = {}});
+  pieces.back().bytes += text;
+  m_Bytes += text.size();
+  if (m_Bytes <= Limit || !m_Turn) return;
+  const bool isDue = m_Turn();
+  const HeldText held = Take();
+  t_Held = nullptr;
+  if (isDue) WriteHeld(held);
+  t_Held = this;
+}
+
+HeldText HeldOutput::Take() {
+  m_Bytes = 0;
+  return std::exchange(m_Text, {});
+}
 
 void WriteHeld(const HeldText& text) {
   for (const HeldText::Piece& piece : text.pieces)

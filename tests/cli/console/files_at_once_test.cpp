@@ -99,6 +99,40 @@ TEST_F(FilesAtOnceTest, work_runs_ahead_of_a_slow_file_by_a_limited_number) {
   EXPECT_EQ(furthest.load(), ahead - 1);
 }
 
+TEST_F(FilesAtOnceTest, a_file_that_writes_much_waits_for_its_turn_and_loses_nothing) {
+  const std::string line(9999, 'x');
+  constexpr std::size_t lines = 3 * HeldOutput::Limit / 10'000;
+  std::atomic<std::size_t> written = 0;
+  const auto work = [&](std::size_t index) {
+    if (index == 0) {
+      EXPECT_TRUE(WaitUntil([&] { return written > HeldOutput::Limit / 10'000; }));
+      EXPECT_LE(written.load(), HeldOutput::Limit / 10'000 + 1);
+      WriteOutLine("first");
+      return;
+    }
+    for (std::size_t number = 0; number < lines; ++number) {
+      ++written;
+      WriteOutLine(line);
+    }
+  };
+  std::string expected = "first\n";
+  for (std::size_t number = 0; number < lines; ++number) expected += line + "\n";
+  testing::internal::CaptureStdout();
+  WorkOnFiles(2, 2, {.work = work, .failed = Report});
+  EXPECT_TRUE(testing::internal::GetCapturedStdout() == expected);
+}
+
+TEST_F(FilesAtOnceTest, a_file_that_waits_for_its_turn_goes_when_all_work_is_ended) {
+  const auto work = [](std::size_t index) {
+    if (index == 0) throw CommandError(ExitStatus::Cancelled, "cancelled");
+    for (int number = 0; number < 300; ++number) WriteOutLine(std::string(9999, 'x'));
+  };
+  const auto failed = [](std::size_t, const CommandError& error) { throw CommandError(error); };
+  testing::internal::CaptureStdout();
+  EXPECT_THROW(WorkOnFiles(2, 2, {.work = work, .failed = failed}), CommandError);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
 TEST_F(FilesAtOnceTest, a_failure_may_end_all_work) {
   std::atomic<std::size_t> begun = 0;
   const auto work = [&](std::size_t index) {
