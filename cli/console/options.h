@@ -44,6 +44,7 @@ enum class OptionId {
   Title,
   Output,
   OutputFile,
+  PreviewOutput,
   Json,
   Tsv,
   Painted,
@@ -76,6 +77,7 @@ enum class OptionId {
   AskInWindow,
   Remove,
   Force,
+  Jobs,
   Help,
   Version,
 };
