@@ -57,6 +57,9 @@ constexpr std::array OptionTable{
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
     OptionRow{PreviewOutput, "--output", "FILE|DIR",
               "Write to this file, or for each FILE to NAME.png in DIR, or to '{name}.tif'."},
+    OptionRow{
+        ResultOutput, "--output", "FILE|DIR",
+        "Write to this file, or for each FILE to a file of its name in DIR, or to '{name}.svg'."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
     OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
     OptionRow{Painted, "--painted", "",
@@ -144,12 +147,12 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Force,
                                   Json,
                                   Help};
-constexpr std::array ConvertOptions{OutputFile, OutputSize,  Resolution, CutColor,     ChosenPage,
-                                    AskWindow,  AskTerminal, Box,        PasswordFile, Title,
-                                    Force,      Json,        Help};
-constexpr std::array CutOptions{OutputFile, CutColor,   HalfCutColor, CutPreview,
-                                Resolution, ChosenPage, Box,          PasswordFile,
-                                Title,      Force,      Json,         Help};
+constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutColor,     ChosenPage,
+                                    AskWindow,    AskTerminal, Box,        PasswordFile, Title,
+                                    Force,        Jobs,        Json,       Help};
+constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
+                                ChosenPage,   Box,      PasswordFile, Title,      Force,
+                                Jobs,         Json,     Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,
@@ -252,11 +255,12 @@ constexpr std::array CommandTable{
                QueueOptions},
     CommandRow{CommandId::Header, "header", "FILE", false,
                "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
-    CommandRow{CommandId::Convert, "convert", "FILE", false,
-               "Make a bitmap of a PostScript, EPS or PDF file, and cut lines of one colour.",
+    CommandRow{CommandId::Convert, "convert", "FILE...", false,
+               "Make a bitmap of each PostScript, EPS or PDF file, and cut lines of one colour.",
                ConvertOptions},
-    CommandRow{CommandId::Cut, "cut", "FILE", false,
-               "Take the paths of a cut colour out of a file, as lines for a cutter.", CutOptions},
+    CommandRow{CommandId::Cut, "cut", "FILE...", false,
+               "Take the paths of a cut colour out of each file, as lines for a cutter.",
+               CutOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
     CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,
@@ -274,13 +278,22 @@ constexpr std::array CommandTable{
 
 constexpr const char* Place = "operand";
 
+// With the comma that comes before its long name; empty for an option that has none.
+std::string ShortNameOf(OptionId id) {
+  switch (id) {
+    case Help: return "-h,";
+    case OutputFile:
+    case PlanesOutput:
+    case PreviewOutput:
+    case ResultOutput: return "-o,";
+    default: return {};
+  }
+}
+
 void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const OptionRow& row = OptionOf(id);
   const bool isSwitch = *row.value == '\0';
-  const std::string names = (id == Help                                                      ? "-h,"
-                             : id == OutputFile || id == PlanesOutput || id == PreviewOutput ? "-o,"
-                                                                                             : "") +
-                            std::string(row.name);
+  const std::string names = ShortNameOf(id) + row.name;
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);

@@ -45,6 +45,7 @@ enum class OptionId {
   Output,
   OutputFile,
   PreviewOutput,
+  ResultOutput,
   Json,
   Tsv,
   Painted,

@@ -18,6 +18,7 @@ enum class ResultKind { Png, Tiff, Svg, Pdf, Document, Exchange, Plotter, Json }
 struct ResultFile {
   ResultKind kind = ResultKind::Png;
   std::string path;       ///< as the user gave it; empty: named after the input
+  std::string pattern;    ///< of the name after the input (result_names.h); empty: beside no other
   bool isOutput = false;  ///< standard output
   std::string extension;  ///< of the kind, with its dot
 };

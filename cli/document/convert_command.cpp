@@ -9,6 +9,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/document/bitmap_conversion.h"
+#include "cli/document/conversion_files.h"
 #include "cli/document/conversion_session.h"
 #include "host/document/document.h"
 #include "rastrel/platform/host/object_store.h"
@@ -70,6 +71,7 @@ ConvertedObjects ObjectsOrEnd(const ConversionHost& host, const ConversionReport
 }  // namespace
 
 ExitStatus ConvertCommand(const Invocation& invocation) {
+  if (invocation.operands.size() > 1) return ConvertFileByFile(invocation);
   ConversionSession session(invocation);
   const ConversionRequest& request = session.Request();
   const ConversionEnd end =

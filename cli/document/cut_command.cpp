@@ -11,6 +11,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/converting/queue_diagnosis.h"
+#include "cli/document/conversion_files.h"
 #include "cli/document/conversion_session.h"
 #include "host/cutfile/cut_drawing.h"
 #include "host/document/document.h"
@@ -149,6 +150,7 @@ host::ObjectHandle LinesOrEnd(ConversionHost& host, host::ObjectHandle placed,
 }  // namespace
 
 ExitStatus CutCommand(const Invocation& invocation) {
+  if (invocation.operands.size() > 1) return ConvertFileByFile(invocation);
   ConversionSession session(invocation);
   const ConversionRequest& request = session.Request();
   ConversionHost& host = session.Host();

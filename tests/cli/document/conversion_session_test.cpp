@@ -28,7 +28,7 @@ class ConversionSessionTest : public test::LibraryTest {
     m_Invocation.command = CommandId::Convert;
     m_Invocation.operand = m_Place.Path("art.ps");
     m_Invocation.hasOperand = true;
-    m_Invocation.options[OptionId::OutputFile] = m_Place.Path("art.png");
+    m_Invocation.options[OptionId::ResultOutput] = m_Place.Path("art.png");
   }
 
   test::ScratchDirectory m_Place;

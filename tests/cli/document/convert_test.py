@@ -371,6 +371,118 @@ class Ends(Case):
         self.assert_nothing_left()
 
 
+class Several(Case):
+    PAGE = HEAD + ART + knife() + "showpage\n"
+
+    def two(self):
+        wide = self.file("wide.ps", self.PAGE)
+        tall = self.file("tall.ps", "%!PS\n%%BoundingBox: 0 0 50 150\n" + ART + knife() + "showpage\n")
+        return wide, tall
+
+    def sizes(self, *names):
+        return [(picture.width, picture.height)
+                for picture in (Picture(self.folder / name) for name in names)]
+
+    def test_each_has_a_result_of_its_name_and_they_are_told_in_order(self):
+        done = self.succeed("convert", *self.two())
+        self.assertEqual(done.stdout, b"wide.png\ntall.png\n")
+        self.assertEqual(self.sizes("wide.png", "tall.png"), [(200, 100), (50, 150)])
+        lines = done.stderr.decode().splitlines()
+        self.assertEqual([line.split("/")[-1] for line in lines], ["wide.ps", "tall.ps"])
+
+    def test_a_directory_is_made_and_takes_them(self):
+        done = self.succeed("convert", *self.two(), "-o", "out/", "--jobs", 1)
+        self.assertEqual(done.stdout, b"out/wide.png\nout/tall.png\n")
+        self.assertEqual(self.sizes("out/wide.png", "out/tall.png"), [(200, 100), (50, 150)])
+
+    def test_a_pattern_names_them(self):
+        (self.folder / "out").mkdir()
+        self.succeed("convert", *self.two(), "-o", "out/{name}-small.tif", "--dpi", 36)
+        self.assertEqual(sorted(path.name for path in (self.folder / "out").iterdir()),
+                         ["tall-small.tif", "wide-small.tif"])
+        self.assertEqual(Tiff(self.folder / "out/wide-small.tif").width, 100)
+
+    def test_one_file_may_go_to_a_directory_or_by_a_pattern_too(self):
+        wide, _ = self.two()
+        (self.folder / "out").mkdir()
+        self.assertEqual(self.succeed("convert", wide, "-o", "out").stdout, b"out/wide.png\n")
+        self.assertEqual(self.succeed("convert", wide, "-o", "{name}.svg").stdout, b"wide.svg\n")
+
+    def test_cut_takes_them_too(self):
+        done = self.succeed("cut", *self.two(), "--cut-color", "spot:Knife", "-o", "{name}.json")
+        self.assertEqual(done.stdout, b"wide.json\ntall.json\n")
+        heights = [json.loads((self.folder / name).read_text())["height"] for name in ("wide.json", "tall.json")]
+        self.assertAlmostEqual(heights[1] / heights[0], 1.5)
+
+    def test_a_bad_one_does_not_keep_the_others_back(self):
+        wide, tall = self.two()
+        bad = self.file("bad.ps", HEAD + "(unfinished\n")
+        done = self.fail_with(3, "missing.ps", "convert", wide, "missing.ps", bad, tall)
+        self.assertEqual(done.stdout, b"wide.png\ntall.png\n")
+        self.assertIn(b"the conversion failed", done.stderr)
+        self.fail_with(1, "the conversion failed", "convert", bad, "missing.ps", wide, "--force")
+
+    def test_json_has_an_object_for_each_after_one_that_names_it(self):
+        wide, tall = self.two()
+        done = self.fail_with(3, "missing.ps", "convert", wide, "missing.ps", tall, "--json")
+        objects = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([(thing["event"], pathlib.Path((thing.get("paths") or [thing.get("path", "")])[0]).name)
+                          for thing in objects if thing["event"] in ("job", "done", "failed")],
+                         [("job", "wide.ps"), ("done", "wide.png"), ("job", "missing.ps"), ("failed", ""),
+                          ("job", "tall.ps"), ("done", "tall.png")])
+
+    def test_one_result_for_two_files_is_refused_before_any_work(self):
+        (self.folder / "other").mkdir()
+        wide, _ = self.two()
+        same = self.file("other/wide.ps", self.PAGE)
+        for options in ((), ("-o", "out/"), ("-o", "{name}.svg"), ("--force",)):
+            self.fail_with(2, "would both become", "convert", wide, same, *options)
+        self.fail_with(2, "would both become", "convert", *self.two(), wide)
+        self.fail_with(2, "need a directory", "convert", *self.two(), "-o", "one.png")
+        self.fail_with(2, "standard output takes one file", "convert", *self.two(), "-o", "-")
+        self.fail_with(2, "--window asks for one file", "convert", *self.two(), "--window")
+        self.fail_with(2, "--jobs", "convert", *self.two(), "--jobs", 0)
+        self.assertFalse((self.folder / "out").exists())
+        self.assertEqual(list(self.folder.glob("*.png")) + list(self.folder.glob("*.svg")), [])
+
+    def test_what_no_option_named_is_not_replaced(self):
+        (self.folder / "out").mkdir()
+        mine = self.file("out/wide.png", "mine")
+        done = self.fail_with(2, "out/wide.png", "convert", *self.two(), "-o", "out")
+        self.assertEqual(mine.read_text(), "mine")
+        self.assertEqual(done.stdout, b"out/tall.png\n")
+        self.succeed("convert", *self.two(), "-o", "out", "--force")
+        self.assertEqual(Picture(mine).width, 200)
+
+    def test_standard_input_may_be_one_of_them(self):
+        wide, _ = self.two()
+        done = self.succeed("convert", wide, "-", "--title", "sheet", input=self.PAGE.encode())
+        self.assertEqual(done.stdout, b"wide.png\nsheet.png\n")
+
+    def test_a_page_is_chosen_of_each(self):
+        files = [self.file(name, HEAD + TWO_PAGES) for name in ("a.ps", "b.ps")]
+        self.succeed("convert", *files, "--page", 2)
+        bare = self.bare(files[0], "-sPageList=2", size=(200, 100), dpi=72)
+        for name in "a.png", "b.png":
+            self.assert_equal_within_one_level(Picture(self.folder / name), bare)
+
+    def test_a_signal_ends_all(self):
+        files = [self.file(f"endless{i}.ps", HEAD + "{} loop\n") for i in range(3)]
+        command = subprocess.Popen([PROGRAM, "convert", *map(str, files), "--jobs", "2"], cwd=self.folder,
+                                   env=self.surroundings, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(command.stderr.close)
+        for _ in range(SECONDS * 10):  # until two work at a time
+            if len(list((self.home / "jobs").glob("*/*.ps"))) == 2:
+                break
+            time.sleep(0.1)
+        else:
+            self.fail("the conversions did not begin")
+        command.send_signal(signal.SIGINT)
+        self.assertEqual(command.wait(SECONDS), 4)
+        self.assertEqual(list(self.folder.glob("*.png")), [])
+        self.assert_nothing_left()
+
+
 class Lines(Case):
     # Two knives: 20 to 100 points across and 20 to 60 up, and a triangle.
     TWO = ART + knife() + knife("Deep", ("120 20", "180 20", "180 80", "120 20"))
