@@ -5,11 +5,6 @@
 
 #include "rastrel/platform/host/plane_reader.h"
 
-/// The identifier of `CFMPlane`, by which a conversion asks a reader for the plane that it opens:
-/// {20D77C57-E591-4554-9341-193D5265AEAD}.
-inline constexpr InterfaceId PlaneInterfaceId{
-    0x20D77C57, 0xE591, 0x4554, {0x93, 0x41, 0x19, 0x3D, 0x52, 0x65, 0xAE, 0xAD}};
-
 /// The identifier of `CFMPlaneSet`: {C7E7BFA7-21E9-4E88-BAB7-9FF8E963AEBA}.
 inline constexpr InterfaceId PlaneSetInterfaceId{
     0xC7E7BFA7, 0x21E9, 0x4E88, {0xBA, 0xB7, 0x9F, 0xF8, 0xE9, 0x63, 0xAE, 0xBA}};

@@ -84,6 +84,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
+  // Each file is a run of its own, and takes it in itself.
+  if (invocation.command == CommandId::Preview && invocation.operands.size() > 1) return;
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   const std::string path =

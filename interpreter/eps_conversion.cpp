@@ -264,12 +264,16 @@ Expected<std::string> PdfFromEps(const std::string& bytes, const EpsLimits& limi
   });
 }
 
-Expected<PageArea> PictureArea(const std::string& bytes, const EpsLimits& limits) {
+std::optional<PageArea> DeclaredArea(const std::string& bytes) {
   const JobLayout layout =
       FindJobLayout(std::string_view(bytes).substr(0, JobHeadSize), bytes.size());
   const std::string_view part = std::string_view(bytes).substr(
       std::min<std::uint64_t>(layout.offset, bytes.size()), layout.length);
-  if (const auto declared = FindDeclaredBox(part, part)) return *declared;
+  return FindDeclaredBox(part, part);
+}
+
+Expected<PageArea> PictureArea(const std::string& bytes, const EpsLimits& limits) {
+  if (const auto declared = DeclaredArea(bytes)) return *declared;
   PageArea area;
   const auto measured =
       Convert(bytes, limits, "PostScript", [&](Conversion& conversion) -> Expected<std::string> {

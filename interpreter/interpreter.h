@@ -104,13 +104,16 @@ struct FirstPages {
   bool isOpen = false;  ///< the job did not end its page, which may have no marks
 };
 
-/// Makes a page directory of the job's first page, whether the job ends that page or not; if not,
-/// with a warning. EPS is not cropped. The rest of the job is not waited for. Fails as PrintPages.
+/// Makes a page directory of the job's first page, or of the one that Settings::page chooses,
+/// whether the job ends that page or not; if not, with a warning. EPS is not cropped. The rest of
+/// the job is not waited for. Fails as PrintPages, also for a page that the job doesn't have: the
+/// sentence says how many it has.
 [[nodiscard]] Expected<FirstPages> PrintFirstPage(RunRequest request, const RunDirectory& directory,
                                                   RunListener& listener, Guardian& guardian);
 
-/// Measures the job's first page; nothing is drawn, and the prefix does not run. A page that the
-/// job does not end counts, with a warning, if it has marks. Fails as PrintPages.
+/// Measures the job's first page, or the one that Settings::page chooses; nothing is drawn, and the
+/// prefix does not run. A page that the job does not end counts, with a warning, if it has marks.
+/// Fails as PrintFirstPage.
 [[nodiscard]] Expected<PageMeasure> MeasureFirstPage(RunRequest request,
                                                      const RunDirectory& directory,
                                                      RunListener& listener, Guardian& guardian);
@@ -146,6 +149,10 @@ enum class EpsLetters {
 [[nodiscard]] Expected<std::string> PdfFromEps(const std::string& bytes,
                                                const EpsLimits& limits = {},
                                                EpsLetters letters = EpsLetters::Keep);
+
+/// The area that the comments of a PostScript file declare; nothing if they declare none. Runs no
+/// interpreter.
+[[nodiscard]] std::optional<PageArea> DeclaredArea(const std::string& bytes);
 
 /// A short task: the area of a PostScript file's first page that a conversion makes its picture of
 /// (docs/formats/conversion-files.md): the box that its comments declare, or else the page as it is

@@ -80,6 +80,7 @@ bool RipRun::Start() {
   start.prefix = m_Request.prefix.Get();
   start.area = m_Request.area;
   start.threads = m_Request.settings.threads;
+  start.page = m_Request.settings.page;
   if (auto opened = OpenPdf(start); !opened) return Fail(opened.Error());
   auto started = StartRun(start, m_Directory, m_Request.settings, m_Guardian);
   if (!started) return Fail(started.Error());
@@ -98,7 +99,6 @@ Expected<void> RipRun::OpenPdf(RunStart& start) const {
   if (!IsPdf()) return {};
   start.pdf = m_Request.job.file.Get();
   start.pdfBox = m_Request.settings.pdfBox;
-  start.pdfPage = m_Request.settings.pdfPage;
   start.pdfPages = m_Part.pages;
   if (m_Request.settings.passwordFile.empty()) return {};
   auto password = ReadPassword(m_Request.settings.passwordFile);
@@ -305,6 +305,10 @@ void RipRun::JudgeEnd() {
 
 Failure RipRun::WhyNoPage() const {
   if (IsPdf()) return m_Reports->Pdf().WhyNoPage();
+  if (const unsigned skipped = m_Reports->SkippedPages(); skipped > 0)
+    return FailureOf("The job has no page " + std::to_string(m_Request.settings.page) +
+                         "; it has " + std::to_string(skipped),
+                     FailureCode::BadProgram);
   return FailureOf("The job makes no page", FailureCode::BadProgram);
 }
 

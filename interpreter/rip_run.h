@@ -49,6 +49,10 @@ class RipRun {
   [[nodiscard]] bool HasOpenPage() const { return m_Reports->HasOpenPage(); }
   /// Whether the run has failed for nothing but that PostScript has ended no page.
   [[nodiscard]] bool HasEndedNoPage() const { return m_HasEndedNoPage; }
+  /// Whether the run has failed for want of the chosen page, and an open page was passed over.
+  [[nodiscard]] bool HasPassedOpenPage() const {
+    return m_HasEndedNoPage && m_Reports->SkippedPages() > 0 && m_Reports->HasOpenPage();
+  }
   /// The request, for another run of the same job.
   [[nodiscard]] RunRequest TakeRequest() { return std::move(m_Request); }
 

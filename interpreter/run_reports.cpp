@@ -32,6 +32,7 @@ const RunReports::Entry RunReports::Handlers[] = {
     {"SIZE", &RunReports::TakeSize},
     {"PAGE", &RunReports::TakePage},
     {"PAGES", &RunReports::TakeCount},
+    {"SKIP", &RunReports::TakeSkippedPage},
     {"BOX", &RunReports::TakeMeasure},
     {"OPEN", &RunReports::TakeOpenPage},
     {"JOB", &RunReports::TakeJob},
@@ -139,6 +140,8 @@ void RunReports::TakeCount(const std::string& value) {
   const auto [stop, error] = std::from_chars(value.data(), end, pages);
   if (error == std::errc() && stop == end) m_Pages.Count(pages);
 }
+
+void RunReports::TakeSkippedPage(const std::string&) { ++m_Skipped; }
 
 void RunReports::TakeMeasure(const std::string& value) {
   if (m_Measure.empty()) m_Measure = value;

@@ -37,6 +37,8 @@ class RunReports {
   [[nodiscard]] const PdfMessages& Pdf() const { return m_Pdf; }
   /// Whether the job has left the page open that was put out or measured first.
   [[nodiscard]] bool HasOpenPage() const { return m_HasOpenPage; }
+  /// How many pages the job has put out before the chosen one, which come to nothing.
+  [[nodiscard]] unsigned SkippedPages() const { return m_Skipped; }
   /// The prolog's measure (see measure.ps), or empty.
   [[nodiscard]] const std::string& Measure() const { return m_Measure; }
 
@@ -61,6 +63,7 @@ class RunReports {
   void TakeSize(const std::string& value);
   void TakePage(const std::string& value);
   void TakeCount(const std::string& value);
+  void TakeSkippedPage(const std::string& value);
   void TakeMeasure(const std::string& value);
   void TakeOpenPage(const std::string& value);
   void TakeJob(const std::string& value);
@@ -77,6 +80,7 @@ class RunReports {
   PdfMessages m_Pdf;
   bool m_Started = false;
   bool m_HasOpenPage = false;
+  unsigned m_Skipped = 0;
 };
 
 }  // namespace rastrel::interpreter

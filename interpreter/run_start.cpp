@@ -31,13 +31,14 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses definitions of those before it.
-constexpr std::array PrologFiles{"reports.ps",  "capture.ps",  "names.ps",     "match.ps",
-                                 "pdftext.ps",  "guard.ps",    "device.ps",    "selection.ps",
-                                 "sections.ps", "painting.ps", "lettering.ps", "cutter.ps",
-                                 "picture.ps"};
+constexpr std::array PrologFiles{"reports.ps",   "capture.ps",  "names.ps",    "match.ps",
+                                 "pdftext.ps",   "guard.ps",    "chosen.ps",   "device.ps",
+                                 "selection.ps", "sections.ps", "painting.ps", "lettering.ps",
+                                 "cutter.ps",    "picture.ps"};
 constexpr std::span<const char* const> PictureFiles{PrologFiles};
 constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFiles.size() - 1);
-constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "picture.ps", "measure.ps"};
+constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "chosen.ps", "picture.ps",
+                                    "measure.ps"};
 constexpr const char* BeginFile = "begin.ps";
 constexpr const char* FinishFile = "finish.ps";
 constexpr const char* MediaBoxFile = "mediabox.ps";
@@ -60,6 +61,8 @@ std::string AreaText(const std::optional<PageArea>& area) {
 // afterwards, so the job can't read it again.
 std::string SetupText(const RunStart& start) {
   const bool pdf = start.kind == JobKind::Pdf;
+  // Of a PDF the interpreter itself draws the chosen page alone.
+  const std::uint64_t page = start.script.isFirstPage && !pdf ? start.page : 1;
   return "serverdict begin 0 exitserver true setglobal userdict begin\n" +
          (pdf ? PasswordText(start.pdfPassword) : std::string()) + "/rip.word (" + start.word +
          ") def\n"
@@ -81,13 +84,16 @@ std::string SetupText(const RunStart& start) {
          "/rip.threads " +
          std::to_string(start.threads > 1 ? start.threads : 0) +
          " def\n"
+         "/rip.page " +
+         std::to_string(page) +
+         " def\n"
          "end false setglobal\n";
 }
 
 // Of a PDF.
 PageRange PagesOf(const RunStart& start) {
   if (!start.script.isFirstPage) return start.pdfPages;
-  const auto page = static_cast<unsigned>(start.pdfPage);
+  const auto page = static_cast<unsigned>(start.page);
   return {page, page};
 }
 

@@ -45,7 +45,7 @@ struct RunStart {
   int prefix = -1;               ///< the open prefix file; -1: none
   int pdf = -1;                  ///< the open job file if it is PDF
   PdfBox pdfBox = PdfBox::Crop;  ///< of it
-  std::uint64_t pdfPage = 1;     ///< the one that a script of the first page is of
+  std::uint64_t page = 1;        ///< the one that a script of the first page is of
   PageRange pdfPages{};          ///< of a script of all pages; 0 to 0: all
   /// Of a print: this part of the plane is the page, until the job sets one; nothing: the
   /// interpreter's own sheet.

@@ -91,12 +91,24 @@ Expected<PageMeasure> MeasureOf(const RipRun& run, const std::optional<PageArea>
   return *page;
 }
 
+// The failure of a job without the chosen page, whose last page it left open: a measure knows
+// whether that one has marks and so counts.
+Failure WithoutChosenPage(RunRequest request, const Failure& failure, const RunDirectory& directory,
+                          RunListener& listener, Guardian& guardian) {
+  Repetition unheard(listener);
+  const MeasureMode measuring;
+  RipRun measured(std::move(request), measuring, directory, unheard, guardian);
+  const auto ran = measured.Run();
+  return ran ? failure : ran.Error();
+}
+
 // A job that has ended no page: `noPage` if it has no marks either.
 Expected<unsigned> PrintOpenPage(RunRequest request, const Failure& noPage,
                                  const RunDirectory& directory, RunListener& listener,
                                  Guardian& guardian) {
   if (const auto dropped = DropEndOfJob(request.job); !dropped)
     return FailureOf("The job can't be read: " + Describe(dropped.Error()), FailureCode::BadInput);
+  request.settings.page = 1;  // there is but one
   Repetition unheard(listener);
   const MeasureMode measuring;
   RipRun measured(std::move(request), measuring, directory, unheard, guardian);
@@ -137,10 +149,13 @@ Expected<void> RunInstallJob(RunRequest request, const RunDirectory& directory,
 
 Expected<FirstPages> PrintFirstPage(RunRequest request, const RunDirectory& directory,
                                     RunListener& listener, Guardian& guardian) {
-  return RunIn<PictureMode>(std::move(request), directory, listener, guardian,
-                            [](const RipRun& run) {
-                              return FirstPages{run.Pages(), run.HasOpenPage()};
-                            });
+  const PictureMode mode;
+  RipRun run(std::move(request), mode, directory, listener, guardian);
+  const auto ran = run.Run();
+  if (ran) return FirstPages{run.Pages(), run.HasOpenPage()};
+  if (run.HasPassedOpenPage())
+    return WithoutChosenPage(run.TakeRequest(), ran.Error(), directory, listener, guardian);
+  return ran.Error();
 }
 
 Expected<PageMeasure> MeasureFirstPage(RunRequest request, const RunDirectory& directory,

@@ -70,7 +70,7 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_SEPARATION_DPI", settings.separationDpi, complaints);
   settings.separationDpi = std::min(settings.separationDpi, MaximumSeparationDpi);
   ReadBox(settings.pdfBox, complaints);
-  Read("RASTREL_RIP_PAGE", settings.pdfPage, complaints, MaximumPage);
+  Read("RASTREL_RIP_PAGE", settings.page, complaints, MaximumPage);
   settings.passwordFile = os::EnvironmentValue("RASTREL_RIP_PASSWORD_FILE");
   return settings;
 }

@@ -32,9 +32,9 @@ struct Settings {
   /// MaximumSeparationDpi.
   std::uint64_t separationDpi = 300;
   PdfBox pdfBox = PdfBox::Crop;  ///< RASTREL_RIP_BOX: "media", "crop", "trim" or "bleed"
-  /// RASTREL_RIP_PAGE: which page of a PDF counts as the first where a run is of one page, a
-  /// picture or a measure; from 1.
-  std::uint64_t pdfPage = 1;
+  /// RASTREL_RIP_PAGE: which page of the job counts as the first where a run is of one page, a
+  /// picture or a measure; from 1. Of PostScript those that it puts out count, in their order.
+  std::uint64_t page = 1;
   /// RASTREL_RIP_PASSWORD_FILE: native path of the file whose first line opens locked PDFs; empty:
   /// none.
   std::string passwordFile;

@@ -46,7 +46,7 @@ constexpr std::array OptionTable{
     OptionRow{OptionId::Window, "--window", "", "Show progress in a window, not on the terminal."},
     OptionRow{OutputSize, "--size", "WxH",
               "Size of the picture, as 10x5cm; of one side alone as 10xcm or x5cm."},
-    OptionRow{PdfPage, "--page", "N", "The page of a PDF; 1 if not given."},
+    OptionRow{ChosenPage, "--page", "N", "Which page of the file; 1 if not given."},
     OptionRow{CutPreview, "--preview", "", "Put the picture of the file below the lines."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
@@ -56,6 +56,11 @@ constexpr std::array OptionTable{
     OptionRow{Title, "--title", "NAME", "Name the job that comes on standard input."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
+    OptionRow{PreviewOutput, "--output", "FILE|DIR",
+              "Write to this file, or for each FILE to NAME.png in DIR, or to '{name}.tif'."},
+    OptionRow{
+        ResultOutput, "--output", "FILE|DIR",
+        "Write to this file, or for each FILE to a file of its name in DIR, or to '{name}.svg'."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
     OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
     OptionRow{Painted, "--painted", "",
@@ -89,6 +94,8 @@ constexpr std::array OptionTable{
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
+    OptionRow{Jobs, "--jobs", "N",
+              "Work on so many files at a time; as many as there are processors if not given."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{AllowOutside, "--allow-outside", "",
@@ -115,19 +122,19 @@ constexpr std::array PrefixOptions{
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
 constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,      Scale,      Levels,
                                     LevelsRed, LevelsGreen, LevelsBlue,   LevelsGray, CutColor,
-                                    KeepPs,    Box,         PasswordFile, Title,      OutputFile,
-                                    Force,     Json,        Help};
+                                    KeepPs,    Box,         PasswordFile, Title,      PreviewOutput,
+                                    Force,     Jobs,        Json,         Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
-constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
+constexpr std::array InspectOptions{Json, Tsv, Painted, Jobs, Help};
 constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
 constexpr std::array SymbolOptions{RingSize, Json, Help};
 constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
-constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Jobs, Json, Help};
 constexpr std::array QueueOptions{OptionId::PageSize,
                                   Resolution,
                                   CutColor,
@@ -141,12 +148,12 @@ constexpr std::array QueueOptions{OptionId::PageSize,
                                   Force,
                                   Json,
                                   Help};
-constexpr std::array ConvertOptions{OutputFile, OutputSize,  Resolution, CutColor,     PdfPage,
-                                    AskWindow,  AskTerminal, Box,        PasswordFile, Title,
-                                    Force,      Json,        Help};
-constexpr std::array CutOptions{OutputFile, CutColor, HalfCutColor, CutPreview,
-                                Resolution, PdfPage,  Box,          PasswordFile,
-                                Title,      Force,    Json,         Help};
+constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutColor,     ChosenPage,
+                                    AskWindow,    AskTerminal, Box,        PasswordFile, Title,
+                                    Force,        Jobs,        Json,       Help};
+constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
+                                ChosenPage,   Box,      PasswordFile, Title,      Force,
+                                Jobs,         Json,     Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,
@@ -190,8 +197,8 @@ constexpr std::array HelpOptions{Help};
 constexpr std::array CommandTable{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
                PrintOptions},
-    CommandRow{CommandId::Preview, "preview", "FILE", false,
-               "Make a picture of a file at a resolution of its own, or of its colour planes.",
+    CommandRow{CommandId::Preview, "preview", "FILE...", false,
+               "Make a picture of each file at a resolution of its own, or of its colour planes.",
                PreviewOptions},
     CommandRow{CommandId::Prefix, "prefix", "FILE", false,
                "Show the PostScript that goes to the RIP ahead of a file.", PrefixOptions},
@@ -249,11 +256,12 @@ constexpr std::array CommandTable{
                QueueOptions},
     CommandRow{CommandId::Header, "header", "FILE", false,
                "Show a file's job header, or write one in front of a copy of it.", HeaderOptions},
-    CommandRow{CommandId::Convert, "convert", "FILE", false,
-               "Make a bitmap of a PostScript, EPS or PDF file, and cut lines of one colour.",
+    CommandRow{CommandId::Convert, "convert", "FILE...", false,
+               "Make a bitmap of each PostScript, EPS or PDF file, and cut lines of one colour.",
                ConvertOptions},
-    CommandRow{CommandId::Cut, "cut", "FILE", false,
-               "Take the paths of a cut colour out of a file, as lines for a cutter.", CutOptions},
+    CommandRow{CommandId::Cut, "cut", "FILE...", false,
+               "Take the paths of a cut colour out of each file, as lines for a cutter.",
+               CutOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
     CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,
@@ -271,13 +279,22 @@ constexpr std::array CommandTable{
 
 constexpr const char* Place = "operand";
 
+// With the comma that comes before its long name; empty for an option that has none.
+std::string ShortNameOf(OptionId id) {
+  switch (id) {
+    case Help: return "-h,";
+    case OutputFile:
+    case PlanesOutput:
+    case PreviewOutput:
+    case ResultOutput: return "-o,";
+    default: return {};
+  }
+}
+
 void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const OptionRow& row = OptionOf(id);
   const bool isSwitch = *row.value == '\0';
-  const std::string names = (id == Help                               ? "-h,"
-                             : id == OutputFile || id == PlanesOutput ? "-o,"
-                                                                      : "") +
-                            std::string(row.name);
+  const std::string names = ShortNameOf(id) + row.name;
   if (isSwitch) {
     app.add_flag_callback(
         names, [&result, id] { result.options[id]; }, row.description);

@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
@@ -149,15 +150,6 @@ ExitStatus WriteDone(const std::vector<std::string>& paths, bool json) {
     for (const std::string& path : paths) WriteOutPath(path);
   }
   return ExitStatus::Done;
-}
-
-ExitStatus WriteCancelled(bool json) {
-  if (json) {
-    JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
-  } else {
-    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
-  }
-  return ExitStatus::Cancelled;
 }
 
 [[noreturn]] void Fail() {

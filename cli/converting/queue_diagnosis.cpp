@@ -7,15 +7,18 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/installation/installation.h"
+#include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
 
 constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
+
+constexpr std::size_t MaximumWarnings = 1000;
 
 constexpr std::string_view ErrorMark = "]ERROR:";
 constexpr std::string_view WarningMark = "]WARNING:";
@@ -49,9 +52,8 @@ std::size_t EndOfEntry(std::string_view log, std::size_t begin) {
 }
 
 std::string ReadLog() {
-  const std::string name =
-      RipDirectory() + "/Rastrel-" + std::to_string(os::CurrentProcessId()) + ".log";
-  return os::ReadWholeFile(os::FromNative(name), MaximumOfLog).ValueOr({});
+  if (CAppLog::GetState() != CAppLog::State::Open) return {};
+  return os::ReadWholeFile(CAppLog::Instance().GetFileName(), MaximumOfLog).ValueOr({});
 }
 
 // The texts of all entries that begin with the mark, in order; an empty one is left out.
@@ -64,6 +66,14 @@ std::vector<std::string> MessagesAt(std::string_view mark, std::string_view log)
     if (begin < end) messages.emplace_back(log.substr(begin, end - begin));
   }
   return messages;
+}
+
+// The text after a keyword at the line's beginning; empty if the line begins otherwise.
+std::string TextAfter(std::wstring_view keyword, std::wstring_view line) {
+  if (!line.starts_with(keyword)) return {};
+  line.remove_prefix(keyword.size());
+  line.remove_prefix(std::min(line.find_first_not_of(L" \t"), line.size()));
+  return os::Utf8FromWide(std::wstring(line.substr(0, line.find_first_of(L"\r\n"))));
 }
 
 }  // namespace
@@ -95,6 +105,15 @@ std::vector<std::string> QueueWarnings::Take() {
     if (std::ranges::find(warnings, warning) == warnings.end())
       warnings.push_back(std::move(warning));
   return warnings;
+}
+
+void QueueMessages::Add(std::wstring_view line) {
+  if (std::string error = TextAfter(L"ERROR:", line); !error.empty())
+    m_LastError = std::move(error);
+  std::string warning = TextAfter(L"WARNING:", line);
+  if (warning.empty() || m_Warnings.size() >= MaximumWarnings) return;
+  if (std::ranges::find(m_Warnings, warning) == m_Warnings.end())
+    m_Warnings.push_back(std::move(warning));
 }
 
 void WriteQueueWarnings(bool json) {

@@ -9,7 +9,7 @@
 #include "cli/document/page_preview.h"
 #include "rastrel/conversion/bitmap/convert_ps_to_bmp.h"
 #include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
-#include "rastrel/platform/host/application.h"
+#include "rastrel/platform/host/length_units.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/filled_views.h"
 
@@ -21,17 +21,6 @@ using host::PickerType;
 using standalone::ControlStates;
 using standalone::FilledValue;
 
-// How many of the host's units a centimetre is.
-double UnitsPerCentimetre(ConversionHost& host) {
-  constexpr int millimetres = 1;
-  constexpr int inches = 2;
-  switch (host.GetApplication()->GetCurrentUnits()) {
-    case millimetres: return 10;
-    case inches: return 1 / host::CentimetresPerInch;
-    default: return 1;
-  }
-}
-
 double NumberOf(const ControlStates& shown, int control) {
   const host::ControlValue value = shown.GetValue(control);
   const double* number = std::get_if<double>(&value);
@@ -39,22 +28,22 @@ double NumberOf(const ControlStates& shown, int control) {
 }
 
 // A side that is left open keeps the proportions of the file.
-void AddSize(const PartSize& size, double scale, const ControlStates& shown,
-             std::vector<FilledValue>& values) {
+void AddSize(const PartSize& size, const ControlStates& shown, std::vector<FilledValue>& values) {
+  const host::LengthUnit unit = host::CurrentLengthUnit();
   const double width = NumberOf(shown, CPS2BmpDlg::WidthEdit);
   const double height = NumberOf(shown, CPS2BmpDlg::HeightEdit);
   const auto other = [](double length, double own, double others) {
     return own > 0 ? length / own * others : others;
   };
   if (size.heightCm) {
-    values.push_back({CPS2BmpDlg::HeightEdit, *size.heightCm * scale});
-    if (!size.widthCm)
-      values.push_back({CPS2BmpDlg::WidthEdit, other(*size.heightCm * scale, height, width)});
+    const double length = host::FromCentimetres(*size.heightCm, unit);
+    values.push_back({CPS2BmpDlg::HeightEdit, length});
+    if (!size.widthCm) values.push_back({CPS2BmpDlg::WidthEdit, other(length, height, width)});
   }
   if (size.widthCm) {
-    values.push_back({CPS2BmpDlg::WidthEdit, *size.widthCm * scale});
-    if (!size.heightCm)
-      values.push_back({CPS2BmpDlg::HeightEdit, other(*size.widthCm * scale, width, height)});
+    const double length = host::FromCentimetres(*size.widthCm, unit);
+    values.push_back({CPS2BmpDlg::WidthEdit, length});
+    if (!size.heightCm) values.push_back({CPS2BmpDlg::HeightEdit, other(length, width, height)});
   }
 }
 
@@ -80,10 +69,9 @@ void AddCutLine(const CPS2CutData& cut, std::vector<FilledValue>& values) {
   }
 }
 
-std::vector<FilledValue> ValuesOf(const ConversionRequest& request, double scale,
-                                  const ControlStates& shown) {
+std::vector<FilledValue> ValuesOf(const ConversionRequest& request, const ControlStates& shown) {
   std::vector<FilledValue> values;
-  AddSize(request.size, scale, shown, values);
+  AddSize(request.size, shown, values);
   if (request.resolution)
     values.push_back({CPS2BmpDlg::ResolutionEdit, static_cast<double>(*request.resolution)});
   AddCutLine(request.cut, values);
@@ -113,10 +101,9 @@ ConversionEnd RunBitmapConversion(const InputFile& input, const ConversionReques
     views.SetPreview(CPS2BmpDlg::ResourceId, nullptr);
     return EndOf(views, ConversionEnd::Dismissed);
   }
-  const double scale = UnitsPerCentimetre(host);
   standalone::FilledViews filled(
-      CPS2BmpDlg::ResourceId,
-      [&](const ControlStates& shown) { return ValuesOf(request, scale, shown); }, views);
+      CPS2BmpDlg::ResourceId, [&](const ControlStates& shown) { return ValuesOf(request, shown); },
+      views);
   host.SetDialogViews(&filled);
   Convert(input);
   host.SetDialogViews(&views);

@@ -6,7 +6,9 @@
 #include "cli/console/standard_streams.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/installation/installation.h"
+#include "rastrel/conversion/page_size.h"
 #include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 namespace {
@@ -41,25 +43,18 @@ Expected<PdfOptions> ApplyPdfOptions(const Invocation& invocation,
   return PdfOptions::Apply(invocation);
 }
 
-void CheckPage(const ConversionRequest& request, const InputFile& input) {
-  if (request.page.value_or(1) == 1 || input.extension == ".pdf") return;
-  throw CommandError(ExitStatus::WrongUse, "--page " + std::to_string(*request.page) +
-                                               ": of PostScript the first page alone can be "
-                                               "converted; pages are chosen of a PDF");
+BOUNDS MeasuredPage(const InputFile& input, const ConversionRequest& request) {
+  BOUNDS page{};
+  if (GetPSPageSize(os::FromNative(input.path).c_str(), page) != 0) return page;
+  const std::string text =
+      "page " + std::to_string(request.page.value_or(1)) + " can't be measured";
+  const std::string why = LastErrorOfQueue();
+  throw CommandError(ExitStatus::BadInput, why.empty() ? text : text + ": " + why);
 }
 
 bool ConversionReport::IsCancelled() const {
   if (m_Views.IsCancelled()) return true;
   return m_End == ConversionEnd::Dismissed && LastRemarkOfLibrary().empty();
-}
-
-ExitStatus ConversionReport::WriteCancelled(bool json) const {
-  if (json) {
-    JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
-  } else {
-    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
-  }
-  return ExitStatus::Cancelled;
 }
 
 void ConversionReport::ThrowWithoutResult() const {

@@ -10,6 +10,7 @@
 #include "cli/input/input_file.h"
 #include "cli/input/pdf_options.h"
 #include "rastrel/platform/os/expected.h"
+#include "rastrel/platform/values/rect.h"
 
 namespace rastrel::cli {
 
@@ -18,9 +19,9 @@ namespace rastrel::cli {
 [[nodiscard]] Expected<PdfOptions> ApplyPdfOptions(const Invocation& invocation,
                                                    const ConversionRequest& request);
 
-/// Ends the command (WrongUse) if --page names another page than the first of a file that is no
-/// PDF.
-void CheckPage(const ConversionRequest& request, const InputFile& input);
+/// The box of the page that --page chooses, or of the first, in centimetres, as the queue program
+/// measures it. Ends the command (BadInput) with the reason if it can't be measured.
+[[nodiscard]] BOUNDS MeasuredPage(const InputFile& input, const ConversionRequest& request);
 
 /// Why a conversion has no result. The library returns no reason: its log, its files and the
 /// dialogs that it showed name the step that failed.
@@ -31,8 +32,6 @@ class ConversionReport {
       : m_End(end), m_Views(views), m_Place(place) {}
 
   [[nodiscard]] bool IsCancelled() const;
-  /// Writes that the command was cancelled; returns its status.
-  [[nodiscard]] ExitStatus WriteCancelled(bool json) const;
   /// Ends the command with the status of the step that failed.
   [[noreturn]] void ThrowWithoutResult() const;
   /// The same for lines.

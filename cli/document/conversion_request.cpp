@@ -5,9 +5,11 @@
 #include <filesystem>
 #include <span>
 #include <tuple>
+#include <utility>
 
 #include "cli/console/standard_streams.h"
 #include "cli/converting/conversion_settings.h"
+#include "cli/input/result_names.h"
 
 namespace rastrel::cli {
 namespace {
@@ -47,14 +49,16 @@ std::string ListOf(std::span<const Extension> extensions) {
 Expected<ResultFile> ReadResult(const Invocation& invocation) {
   const std::span<const Extension> extensions = ExtensionsOf(invocation);
   ResultFile result;
-  result.path = invocation.ValueOr(OptionId::OutputFile, "");
+  result.path = invocation.ValueOr(OptionId::ResultOutput, "");
   result.isOutput = result.path == StandardOutputName;
   const Extension* found = extensions.data();
-  if (!result.path.empty() && !result.isOutput) {
-    const std::string name = std::filesystem::path(result.path).extension();
+  const std::string given = IsResultDirectory(result.path) ? std::string() : result.path;
+  if (NamesEachResult(result.path)) result.pattern = std::exchange(result.path, {});
+  if (!given.empty() && !result.isOutput) {
+    const std::string name = std::filesystem::path(given).extension();
     const auto named = std::ranges::find(extensions, name, &Extension::name);
     if (named == extensions.end())
-      return FailureOf("-o " + result.path + ": its name has to end in " + ListOf(extensions));
+      return FailureOf("-o " + given + ": its name has to end in " + ListOf(extensions));
     found = &*named;
   }
   result.kind = found->kind;
@@ -88,9 +92,9 @@ Expected<void> ReadNumbers(const Invocation& invocation, ConversionRequest& requ
     if (!dpi) return dpi.Error();
     request.resolution = *dpi;
   }
-  if (invocation.Has(OptionId::PdfPage)) {
+  if (invocation.Has(OptionId::ChosenPage)) {
     const auto page =
-        WholeNumberOf("--page", invocation.ValueOr(OptionId::PdfPage, ""), 1, MaximumPage);
+        WholeNumberOf("--page", invocation.ValueOr(OptionId::ChosenPage, ""), 1, MaximumPage);
     if (!page) return page.Error();
     request.page = *page;
   }

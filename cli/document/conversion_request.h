@@ -18,6 +18,7 @@ enum class ResultKind { Png, Tiff, Svg, Pdf, Document, Exchange, Plotter, Json }
 struct ResultFile {
   ResultKind kind = ResultKind::Png;
   std::string path;       ///< as the user gave it; empty: named after the input
+  std::string pattern;    ///< of the name after the input (result_names.h); empty: beside no other
   bool isOutput = false;  ///< standard output
   std::string extension;  ///< of the kind, with its dot
 };
@@ -28,7 +29,7 @@ struct ConversionRequest {
   std::optional<std::int32_t> resolution;
   CPS2CutData cut;
   CPS2CutData halfCut;
-  std::optional<std::int32_t> page;  ///< of a PDF
+  std::optional<std::int32_t> page;  ///< from 1
   bool preview = false;
   bool window = false;  ///< a person answers the dialog in a window
   bool ask = false;     ///< a person answers the dialog on the terminal

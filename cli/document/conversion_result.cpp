@@ -10,6 +10,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/unwritten_file.h"
+#include "cli/input/result_names.h"
 #include "cli/input/standard_input.h"
 #include "host/cutfile/cut_drawing.h"
 #include "host/cutfile/exchange_writer.h"
@@ -23,6 +24,7 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::cli {
 namespace {
@@ -59,7 +61,12 @@ ResultPlace PlaceOfResult(const Invocation& invocation, const ResultFile& result
     return {};
   }
   ResultPlace place{result.path, os::Existing::Followed};
-  if (result.path.empty()) place = {input.safeName + result.extension, UnnamedExisting(invocation)};
+  if (result.path.empty())
+    place = {ResultNameFor(result.pattern, input.safeName, result.extension),
+             UnnamedExisting(invocation)};
+  // A failure shows with the place itself.
+  if (result.pattern.ends_with('/'))
+    static_cast<void>(os::MakePath(os::FromNative(result.pattern)));
   if (const auto free = os::CheckPlace(place.path, place.existing); !free)
     ThrowUnwritten(free.Error());
   return place;

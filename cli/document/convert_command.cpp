@@ -1,26 +1,18 @@
 #include "cli/document/convert_command.h"
 
-#include <filesystem>
 #include <string>
 #include <variant>
+#include <vector>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/console/stop_signals.h"
 #include "cli/converting/queue_diagnosis.h"
 #include "cli/document/bitmap_conversion.h"
-#include "cli/document/conversion_host.h"
-#include "cli/document/conversion_place.h"
-#include "cli/document/conversion_report.h"
-#include "cli/document/conversion_request.h"
-#include "cli/document/conversion_result.h"
-#include "cli/document/conversion_views.h"
-#include "cli/installation/installation.h"
-#include "cli/installation/job_directory.h"
+#include "cli/document/conversion_files.h"
+#include "cli/document/conversion_session.h"
 #include "host/document/document.h"
 #include "rastrel/platform/host/object_store.h"
-#include "rastrel/platform/os/pipe.h"
-#include "rastrel/platform/os/terminal.h"
 
 namespace rastrel::cli {
 namespace {
@@ -76,49 +68,23 @@ ConvertedObjects ObjectsOrEnd(const ConversionHost& host, const ConversionReport
   return objects;
 }
 
-// Somebody must be there to answer, and something to be asked.
-void CheckAnswers(const ConversionRequest& request, const InputFile& input) {
-  if (!request.ask) return;
-  if (!os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Input)) ||
-      !os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Error)))
-    throw CommandError(ExitStatus::WrongUse,
-                       "--ask: input and standard error are not both a terminal");
-  if (input.extension == ".pdf")
-    throw CommandError(ExitStatus::WrongUse,
-                       "--ask: a PDF has no questions; give --size, --dpi and --cut-color");
-}
-
 }  // namespace
 
 ExitStatus ConvertCommand(const Invocation& invocation) {
-  const ConversionRequest request = OrEnd(ExitStatus::WrongUse, ReadConversionRequest(invocation));
-  const auto pdf = OrEnd(ExitStatus::WrongUse, ApplyPdfOptions(invocation, request));
-  ConversionViews views(request.json);
-  // A request to end is one to cancel, from the first moment on.
-  const auto signals =
-      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&views](int) { views.RequestStop(); }));
-  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
-  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
-  if (request.window) OrEnd(ExitStatus::NotInstalled, views.UseWindow());
-  ConversionPlace place(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
-  const InputFile input = place.Inspect(invocation);
-  CheckPage(request, input);
-  CheckAnswers(request, input);
-  const ResultPlace target = PlaceOfResult(invocation, request.result, input);
-  ConversionHost host(request.window || request.ask);
-  host::SetHost(&host);
-  host.SetDialogViews(&views);
-  const ConversionEnd end = RunBitmapConversion(input, request, host, views);
-  place.LeaveRipDirectory();
-  const ConversionReport report(end, views, place);
-  if (report.IsCancelled()) return report.WriteCancelled(request.json);
+  if (invocation.operands.size() > 1) return ConvertFileByFile(invocation);
+  ConversionSession session(invocation);
+  const ConversionRequest& request = session.Request();
+  const ConversionEnd end =
+      RunBitmapConversion(session.Input(), request, session.Host(), session.Views());
+  const ConversionReport report = session.End(end);
+  if (report.IsCancelled()) return WriteCancelled(request.json);
   WriteQueueWarnings(request.json);
-  const ConvertedObjects objects = ObjectsOrEnd(host, report, request.cut.enabled != 0);
-  LayOut(host, objects);
+  const ConvertedObjects objects = ObjectsOrEnd(session.Host(), report, request.cut.enabled != 0);
+  LayOut(session.Host(), objects);
   if (request.result.kind == ResultKind::Tiff && objects.lines != 0)
     report.Note(request.json, "a TIFF has no cut lines; .svg, .pdf and .rdoc have them");
-  ConversionResult(host, objects, place).Write(request.result, target, input);
-  return WriteDone(host, objects, target, request.json);
+  session.Write(objects);
+  return WriteDone(session.Host(), objects, session.Target(), request.json);
 }
 
 }  // namespace rastrel::cli

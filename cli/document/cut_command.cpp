@@ -7,24 +7,18 @@
 #include <variant>
 #include <vector>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/console/stop_signals.h"
 #include "cli/converting/queue_diagnosis.h"
-#include "cli/document/conversion_host.h"
-#include "cli/document/conversion_place.h"
-#include "cli/document/conversion_report.h"
-#include "cli/document/conversion_request.h"
-#include "cli/document/conversion_result.h"
-#include "cli/document/conversion_views.h"
-#include "cli/installation/installation.h"
-#include "cli/installation/job_directory.h"
+#include "cli/document/conversion_files.h"
+#include "cli/document/conversion_session.h"
 #include "host/cutfile/cut_drawing.h"
 #include "host/document/document.h"
 #include "host/document/document_store.h"
 #include "host/graphics/placed_file.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/conversion/cut/generate_cut_data.h"
-#include "rastrel/conversion/page_size.h"
 #include "rastrel/platform/host/generic_item.h"
 #include "rastrel/platform/host/object_store.h"
 #include "rastrel/platform/host/placed_graphics.h"
@@ -42,15 +36,17 @@ struct PictureSize {
   double height;
 };
 
-// The size of the queue program's picture in centimetres, where it is another than that of the
-// placed file, whose page is the first.
-std::optional<PictureSize> OwnPictureSize(const InputFile& input,
+// The size of the queue program's picture in centimetres, where it may be another than that of the
+// placed file. That is the first page of a PDF, and of PostScript the box that its comments declare
+// or the box around the marks of all its pages; the picture is of one page.
+std::optional<PictureSize> OwnPictureSize(const document::GraphicShape& placed,
+                                          const InputFile& input,
                                           const ConversionRequest& request) {
-  if (request.page.value_or(1) == 1) return std::nullopt;
-  BOUNDS page{};
-  if (GetPSPageSize(os::FromNative(input.path).c_str(), page) == 0)
-    throw CommandError(ExitStatus::BadInput,
-                       "page " + std::to_string(*request.page) + " can't be measured");
+  const bool isSame = document::IsPostScript(placed.kind)
+                          ? interpreter::DeclaredArea(*placed.bytes).has_value()
+                          : request.page.value_or(1) == 1;
+  if (isSame) return std::nullopt;
+  const BOUNDS page = MeasuredPage(input, request);
   return PictureSize{std::abs(page.xmax - page.xmin), std::abs(page.ymax - page.ymin)};
 }
 
@@ -61,8 +57,8 @@ host::ObjectHandle Place(ConversionHost& host, const InputFile& input,
   const std::wstring path = os::FromNative(input.path);
   const host::ObjectHandle handle =
       OrEnd(ExitStatus::BadInput, graphics::PlaceFile(document, path));
-  if (const auto size = OwnPictureSize(input, request)) {
-    auto& shape = std::get<document::GraphicShape>(document.Edit(handle)->shape);
+  auto& shape = std::get<document::GraphicShape>(document.Edit(handle)->shape);
+  if (const auto size = OwnPictureSize(shape, input, request)) {
     shape.width = size->width;
     shape.height = size->height;
   }
@@ -154,31 +150,18 @@ host::ObjectHandle LinesOrEnd(ConversionHost& host, host::ObjectHandle placed,
 }  // namespace
 
 ExitStatus CutCommand(const Invocation& invocation) {
-  const ConversionRequest request = OrEnd(ExitStatus::WrongUse, ReadConversionRequest(invocation));
-  const auto pdf = OrEnd(ExitStatus::WrongUse, ApplyPdfOptions(invocation, request));
-  ConversionViews views(request.json);
-  // A request to end is one to cancel, from the first moment on.
-  const auto signals =
-      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&views](int) { views.RequestStop(); }));
-  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
-  OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
-  ConversionPlace place(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
-  const InputFile input = place.Inspect(invocation);
-  CheckPage(request, input);
-  const ResultPlace target = PlaceOfResult(invocation, request.result, input);
-  ConversionHost host(false);
-  host::SetHost(&host);
-  host.SetDialogViews(&views);
-  const host::ObjectHandle placed = Place(host, input, request);
-  const host::ObjectHandle lines = LinesOrEnd(host, placed, input, request);
-  place.LeaveRipDirectory();
-  const ConversionReport report(ConversionEnd::Ran, views, place);
-  if (report.IsCancelled()) return report.WriteCancelled(request.json);
+  if (invocation.operands.size() > 1) return ConvertFileByFile(invocation);
+  ConversionSession session(invocation);
+  const ConversionRequest& request = session.Request();
+  ConversionHost& host = session.Host();
+  const host::ObjectHandle placed = Place(host, session.Input(), request);
+  const host::ObjectHandle lines = LinesOrEnd(host, placed, session.Input(), request);
+  const ConversionReport report = session.End(ConversionEnd::Ran);
+  if (report.IsCancelled()) return WriteCancelled(request.json);
   WriteQueueWarnings(request.json);
   if (lines == 0) report.ThrowWithoutLines();
-  const ConvertedObjects objects{.lines = AddLines(host, placed, lines, request.preview)};
-  ConversionResult(host, objects, place).Write(request.result, target, input);
-  return WriteDone(host, target, request.json);
+  session.Write({.lines = AddLines(host, placed, lines, request.preview)});
+  return WriteDone(host, session.Target(), request.json);
 }
 
 }  // namespace rastrel::cli

@@ -1,13 +1,13 @@
 #include "cli/document/direct_conversion.h"
 
-#include <array>
 #include <cmath>
 #include <optional>
 #include <string>
 
 #include "cli/console/exit_status.h"
+#include "cli/document/conversion_report.h"
+#include "rastrel/conversion/bitmap/bitmap_settings.h"
 #include "rastrel/conversion/bitmap/load_cfm_bitmap.h"
-#include "rastrel/conversion/cut/cut_archive_reader.h"
 #include "rastrel/conversion/cut/cut_lines.h"
 #include "rastrel/conversion/dialogs/ps2bmp_params.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
@@ -17,38 +17,28 @@
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
-#include "rastrel/platform/host/settings.h"
-#include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/number_text.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
 
-constexpr int UsualResolution = 72;
-
-// The resolution that the library's dialog would begin with.
-int StartResolution() {
-  std::array<wchar_t, 79> text{};
-  GetStringKorvane(L"Images", L"EPS dialog data", text.data(), text.size(), DS_USER, nullptr);
-  const std::wstring data = text.data();
-  const std::size_t comma = data.find(L',');
-  const int stored = comma == data.npos ? 0 : os::Int32FromText(data.substr(comma + 1));
-  return stored > 0 ? stored : UsualResolution;
-}
-
 // The whole size, where one side may follow from the proportions of the page.
-std::optional<::PageSize> SizeOf(const InputFile& input, const PartSize& size) {
+std::optional<::PageSize> SizeOf(const InputFile& input, const ConversionRequest& request) {
+  const PartSize& size = request.size;
   if (!size.widthCm && !size.heightCm) return std::nullopt;
   if (size.widthCm && size.heightCm)
     return ::PageSize{.height = *size.heightCm, .width = *size.widthCm};
   BOUNDS bounds{};
-  const bool measured = GetPSPageSize(os::FromNative(input.path).c_str(), bounds) != 0;
+  if (request.page) {
+    bounds = MeasuredPage(input, request);
+  } else {
+    static_cast<void>(GetPSPageSize(os::FromNative(input.path).c_str(), bounds));
+  }
   const double width = std::abs(bounds.xmax - bounds.xmin);
   const double height = std::abs(bounds.ymax - bounds.ymin);
-  if (!measured || !(width > 0) || !(height > 0))
+  if (!(width > 0) || !(height > 0))
     throw CommandError(ExitStatus::BadInput,
                        "--size: the file's own size can't be found, so both sides are needed");
   if (size.widthCm)
@@ -62,13 +52,13 @@ class DirectConversion {
   DirectConversion(const InputFile& input, const ConversionRequest& request)
       : m_Input(input),
         m_Suffix(os::WideFromUtf8(input.extension)),
-        m_Size(SizeOf(input, request.size)) {
+        m_Size(SizeOf(input, request)) {
     m_Params.mode = PS2BMP_CONVERSION;
     m_Params.hasBounds = m_Size ? 1 : 0;
     if (m_Size) m_Params.width = m_Size->width;
     if (m_Size) m_Params.height = m_Size->height;
     m_Params.cut = request.cut;
-    m_Params.cut.resolution = request.resolution.value_or(StartResolution());
+    m_Params.cut.resolution = request.resolution.value_or(conversion::KeptResolution());
   }
 
   ConversionEnd Run() {
@@ -77,7 +67,8 @@ class DirectConversion {
     if (progress.DoModal() != host::OkCommand) return ConversionEnd::Ran;
     host::ObjectHandle bitmap = 0;
     if (!conversion::LoadCfmBitmap(PathWith(L".cfm"), m_Params, bitmap)) return ConversionEnd::Ran;
-    if (const host::ObjectHandle lines = LoadCutLines(); lines != 0)
+    if (m_Params.cut.enabled == 0) return ConversionEnd::Ran;
+    if (const auto lines = conversion::TakeCutLines(PathWith(L".cut"), m_Params.cut); lines != 0)
       host::GetHost().GetObjectStore()->DSAddObject(lines);
     return ConversionEnd::Ran;
   }
@@ -107,21 +98,6 @@ class DirectConversion {
     const std::wstring header = conversion::JobHeaderText(page, &m_Params.cut, &none, &resolution);
     return static_cast<bool>(
         os::ReplaceFile(PathWith(L".jhdr"), os::AnsiFromWide(header), os::Access::Private));
-  }
-
-  [[nodiscard]] host::ObjectHandle LoadCutLines() const {
-    const std::wstring archive = PathWith(L".cut");
-    if (m_Params.cut.enabled == 0 || !os::Exists(archive)) return 0;
-    CCutObjects objects;
-    try {
-      if (!conversion::ReadCutArchive(archive, objects))
-        CAppLog::Instance().Printf(L"[CLQ] the cut archive can't be read: %s", archive);
-    } catch (const CArchiveException& failure) {
-      CAppLog::Instance().Printf(L"[CLQ] the cut archive is damaged: %s: %s", archive,
-                                 os::WideFromUtf8(failure.what()));
-      return 0;
-    }
-    return conversion::BuildCutLines(objects, m_Params.cut, nullptr);
   }
 
   const InputFile& m_Input;

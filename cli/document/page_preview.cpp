@@ -11,9 +11,8 @@
 #include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
 #include "rastrel/conversion/temporary_names.h"
 #include "rastrel/job/exe_paths.h"
-#include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/dialogs.h"
-#include "rastrel/platform/host/host.h"
+#include "rastrel/platform/host/length_units.h"
 #include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -28,17 +27,6 @@ constexpr std::uint64_t MaxPictureBytes = std::uint64_t{3} * MaxPreviewSide * Ma
 constexpr std::uint64_t MaxArchiveBytes = std::uint64_t{64} << 20;
 constexpr int ResolutionWithoutSize = 36;  // of a file whose size is not known yet
 constexpr const wchar_t* Suffix = L".ps";
-
-double CentimetresPerUnit() {
-  constexpr int millimetres = 1;
-  constexpr int inches = 2;
-  host::Application* const application = host::GetHost().GetApplication();
-  switch (application != nullptr ? application->GetCurrentUnits() : 0) {
-    case millimetres: return 0.1;
-    case inches: return host::CentimetresPerInch;
-    default: return 1;
-  }
-}
 
 double NumberOf(host::DialogView& view, int control) {
   const host::ControlValue value = view.GetValue(control);
@@ -120,9 +108,9 @@ PagePreview::Wanted PagePreview::WantedFrom(host::DialogView& view, int width, i
   Wanted wanted;
   wanted.cut = CutFrom(view);
   wanted.cut.resolution = ResolutionWithoutSize;
-  const double scale = CentimetresPerUnit();
-  const PageSize page{.height = NumberOf(view, CPS2BmpDlg::HeightEdit) * scale,
-                      .width = NumberOf(view, CPS2BmpDlg::WidthEdit) * scale};
+  const host::LengthUnit unit = host::CurrentLengthUnit();
+  const PageSize page{.height = host::ToCentimetres(NumberOf(view, CPS2BmpDlg::HeightEdit), unit),
+                      .width = host::ToCentimetres(NumberOf(view, CPS2BmpDlg::WidthEdit), unit)};
   if (page.width > 0 && page.height > 0) {
     wanted.page = page;
     wanted.cut.resolution = ResolutionFor(page, width, height);

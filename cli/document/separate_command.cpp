@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/console/cancelled.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
@@ -75,15 +76,6 @@ std::string InputPath(const Invocation& invocation, std::optional<JobDirectory>&
   directory.emplace(OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false)));
   return OrEnd(ExitStatus::BadInput,
                TakeStandardInput(directory->Path(), invocation.ValueOr(OptionId::Title, "")));
-}
-
-ExitStatus WriteCancelled(bool json) {
-  if (json) {
-    JsonLine("cancelled").Add("exit", static_cast<int>(ExitStatus::Cancelled)).Write();
-  } else {
-    WriteErrorLine("rastrel: cancelled; what was unfinished has been removed");
-  }
-  return ExitStatus::Cancelled;
 }
 
 void WriteJson(const std::vector<SeparatedPlane>& planes) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "cli/console/command_runs.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/job/control_prompt.h"
@@ -146,6 +147,7 @@ void TerminalViews::View::SetPosition(int, int position) {
 }
 
 void TerminalViews::View::ShowStage(const std::string& stage) {
+  if (IsOneOfSeveral()) return;
   if (m_Views.m_Json) {
     JsonLine("state").Add("text", stage).Write();
   } else if (!m_Live) {
@@ -156,6 +158,7 @@ void TerminalViews::View::ShowStage(const std::string& stage) {
 void TerminalViews::View::ShowPercent(int percent) {
   const int before = m_View.percent.value_or(0);
   m_View.percent = percent;
+  if (IsOneOfSeveral()) return;
   if (m_Views.m_Json) {
     JsonLine("progress").Add("percent", static_cast<std::int64_t>(percent)).Write();
   } else if (!m_Live && percent / PercentStep != before / PercentStep) {

@@ -6,16 +6,18 @@
 #include "rastrel/conversion/prepend.h"
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::conversion {
 
 namespace {
 
-constexpr double CentimetresInInch = 2.54;
 constexpr double PointsInInch = 72.0;
 constexpr std::uint32_t FlatnessSize = 8;  // wide characters, terminator included
 
-double PointsOf(double centimetres) { return centimetres / CentimetresInInch * PointsInInch; }
+double PointsOf(double centimetres) {
+  return centimetres / host::CentimetresPerInch * PointsInInch;
+}
 
 template <typename... Arguments>
 std::wstring Formatted(const wchar_t* format, const Arguments&... arguments) {

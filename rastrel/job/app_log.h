@@ -40,6 +40,9 @@ class CAppLog {
   /// has a message of its own for that. Before the first use of the log.
   static void SetLostTextHandler(LostTextHandler handler);
 
+  /// Library path of the file, whether or not it could be opened.
+  [[nodiscard]] const std::wstring& GetFileName() const { return m_FileName; }
+
   virtual ~CAppLog();
   CAppLog(const CAppLog&) = delete;
   CAppLog& operator=(const CAppLog&) = delete;

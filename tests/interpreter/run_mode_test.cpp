@@ -69,7 +69,7 @@ TEST(RunModes, run_their_own_files_of_the_prolog) {
   print.emplace_back("picture.ps");
   EXPECT_EQ(files(PictureMode()), print);
   EXPECT_EQ(files(MeasureMode()),
-            (std::vector<std::string>{"reports.ps", "guard.ps", "picture.ps", "measure.ps"}));
+            (std::vector<std::string>{"reports.ps", "guard.ps", "chosen.ps", "picture.ps", "measure.ps"}));
 }
 
 }  // namespace

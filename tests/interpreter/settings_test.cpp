@@ -81,14 +81,14 @@ TEST(Settings, a_box_is_chosen_by_its_name) {
 
 TEST(Settings, a_page_is_chosen_by_its_number) {
   std::vector<std::string> complaints;
-  EXPECT_EQ(Read(complaints).pdfPage, 1U);
+  EXPECT_EQ(Read(complaints).page, 1U);
   for (const auto& [text, page] : {std::pair("2", 2U), std::pair("1000000", 1'000'000U)}) {
     const test::EnvironmentGuard chosen("RASTREL_RIP_PAGE", text);
-    EXPECT_EQ(Read(complaints).pdfPage, page);
+    EXPECT_EQ(Read(complaints).page, page);
     EXPECT_TRUE(complaints.empty());
   }
   const test::EnvironmentGuard beyond("RASTREL_RIP_PAGE", "1000001");
-  EXPECT_EQ(Read(complaints).pdfPage, 1U);
+  EXPECT_EQ(Read(complaints).page, 1U);
   EXPECT_EQ(complaints,
             std::vector<std::string>{"RASTREL_RIP_PAGE is not a whole number above 0; 1 is used."});
 }

@@ -8,6 +8,7 @@
 #include "rastrel/conversion/scan_group.h"
 #include "rastrel/job/format_string.h"
 #include "rastrel/platform/host/settings.h"
+#include "rastrel/platform/values/world.h"
 #include "rastrel/psscan/ps_parser.h"
 
 namespace rastrel::conversion {
@@ -15,7 +16,6 @@ namespace rastrel::conversion {
 namespace {
 
 constexpr double PointsInInch = 72.0;
-constexpr double CentimetresInInch = 2.54;
 
 constexpr const wchar_t* Section = L"Images";
 constexpr const wchar_t* Key = L"EPS dialog data";
@@ -24,21 +24,12 @@ constexpr std::int32_t UsualResolution = 72;
 
 double CentimetresBetween(int one, int other) {
   // The difference of two 32-bit numbers needs more bits.
-  return std::abs(static_cast<double>(one) - other) / PointsInInch * CentimetresInInch;
+  return std::abs(static_cast<double>(one) - other) / PointsInInch * host::CentimetresPerInch;
 }
 
 // A scan without a box succeeds as well, and leaves the rectangle empty.
 bool IsEmpty(const CRect& rect) {
   return rect.left == 0 && rect.top == 0 && rect.right == 0 && rect.bottom == 0;
-}
-
-// The mode is kept beside the resolution, but every conversion begins without one.
-std::int32_t KeptResolution() {
-  wchar_t text[SettingSize] = L"";
-  GetStringKorvane(Section, Key, text, SettingSize, DS_USER, nullptr);
-  std::array<std::int32_t, 2> modeAndResolution{PS2BMP_CONVERSION, UsualResolution};
-  const bool whole = ScanIntegerList(text, modeAndResolution);
-  return whole && modeAndResolution[1] > 0 ? modeAndResolution[1] : UsualResolution;
 }
 
 void Keep(const PS2BmpParams& params) {
@@ -48,6 +39,15 @@ void Keep(const PS2BmpParams& params) {
 }
 
 }  // namespace
+
+// The mode is kept beside the resolution, but every conversion begins without one.
+std::int32_t KeptResolution() {
+  wchar_t text[SettingSize] = L"";
+  GetStringKorvane(Section, Key, text, SettingSize, DS_USER, nullptr);
+  std::array<std::int32_t, 2> modeAndResolution{PS2BMP_CONVERSION, UsualResolution};
+  const bool whole = ScanIntegerList(text, modeAndResolution);
+  return whole && modeAndResolution[1] > 0 ? modeAndResolution[1] : UsualResolution;
+}
 
 bool AskBitmapParams(const wchar_t* path, PS2BmpParams& params) {
   CRect bounds;

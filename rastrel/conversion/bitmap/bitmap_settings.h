@@ -1,8 +1,14 @@
 #pragma once
 
+#include <cstdint>
+
 #include "rastrel/conversion/dialogs/ps2bmp_params.h"
 
 namespace rastrel::conversion {
+
+/// The resolution that the user chose last, in dots per inch; 72 if none is stored or it is not
+/// above 0.
+[[nodiscard]] std::int32_t KeptResolution();
 
 /// Fills `params` from the comments of the file and the user's settings, lets the user edit them in
 /// the dialog, and stores the resolution for the next time. False, with `params` as the dialog

@@ -8,7 +8,6 @@
 #include "rastrel/conversion/bitmap/bitmap_settings.h"
 #include "rastrel/conversion/bitmap/load_cfm_bitmap.h"
 #include "rastrel/conversion/bitmap/queue_program.h"
-#include "rastrel/conversion/cut/cut_archive_reader.h"
 #include "rastrel/conversion/cut/cut_lines.h"
 #include "rastrel/conversion/dialogs/q_progress_dlg.h"
 #include "rastrel/conversion/job_header_writer.h"
@@ -21,7 +20,6 @@
 #include "rastrel/platform/host/translation.h"
 #include "rastrel/platform/host/undo_step.h"
 #include "rastrel/platform/host/wait_cursor.h"
-#include "rastrel/platform/mfc/archive.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/text.h"
 
@@ -58,7 +56,8 @@ class BitmapConversion {
     host::ObjectHandle bitmap = 0;
     if (!conversion::LoadCfmBitmap(PathWith(L".cfm"), m_Params, bitmap)) return;
     RemoveDrawn();
-    const host::ObjectHandle cutLines = m_Params.cut.enabled != 0 ? LoadCutLines() : 0;
+    const host::ObjectHandle cutLines =
+        m_Params.cut.enabled != 0 ? conversion::TakeCutLines(PathWith(L".cut"), m_Params.cut) : 0;
     AllowUpdate(true);
     m_Store.DBSelect(bitmap);
     if (cutLines == 0) return;
@@ -146,28 +145,6 @@ class BitmapConversion {
     if (conversion::KeepsPostScriptFiles()) return;
     static_cast<void>(DeleteDirectory(PathWith(L".cfm").c_str()));
     if (m_Params.cut.enabled == 0) static_cast<void>(os::RemoveFile(m_File));
-  }
-
-  // The object of the cut lines, not in the document yet; 0 if there are none.
-  host::ObjectHandle LoadCutLines() const {
-    const std::wstring archive = PathWith(L".cut");
-    if (!os::Exists(archive)) return 0;
-    CCutObjects objects;
-    const bool whole = ReadCutLines(archive, objects);
-    static_cast<void>(os::RemoveFile(archive));
-    return whole ? conversion::BuildCutLines(objects, m_Params.cut, nullptr) : 0;
-  }
-
-  // False if the archive ends too early. One that can't be read has no objects.
-  static bool ReadCutLines(const std::wstring& archive, CCutObjects& objects) {
-    try {
-      if (!conversion::ReadCutArchive(archive, objects))
-        Log(L"[CLQ] the cut archive can't be read: %s", archive);
-      return true;
-    } catch (const CArchiveException& failure) {
-      Log(L"[CLQ] the cut archive is damaged: %s: %s", archive, failure.what());
-      return false;
-    }
   }
 
   host::Application& m_Application;

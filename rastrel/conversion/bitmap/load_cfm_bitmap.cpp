@@ -18,12 +18,6 @@ namespace {
 
 using host::ObjectHandle;
 
-constexpr double CentimetresInInch = 2.54;
-
-// {20D77C57-E591-4554-9341-193D5265AEAD}
-constexpr InterfaceId PlaneInterface{
-    0x20D77C57, 0xE591, 0x4554, {0x93, 0x41, 0x19, 0x3D, 0x52, 0x65, 0xAE, 0xAD}};
-
 bool Fail(const wchar_t* reason, const std::wstring& path) {
   CAppLog::Instance().Printf(L"[CLQ] %s: %s", reason, path);
   return false;
@@ -115,7 +109,7 @@ void Prepare(CFMPlane& plane) {
 }
 
 double CentimetresOf(std::int32_t pixels, std::int32_t resolution) {
-  return static_cast<double>(pixels) / resolution * CentimetresInInch;
+  return static_cast<double>(pixels) / resolution * host::CentimetresPerInch;
 }
 
 bool LoadPlane(CFMPlane& plane, const std::wstring& info, const PS2BmpParams& params,
@@ -148,7 +142,7 @@ bool LoadCfmBitmap(const std::wstring& cfmPath, const PS2BmpParams& params, Obje
   if (info.empty()) return Fail(L"there is no page in", cfmPath);
   const DynamicLinkBase<CFMDllIFDefault> reader;
   if (!reader) return Fail(L"there is no plane reader for", info);
-  CFMPlane* const plane = reader->GetInterface(PlaneInterface);
+  CFMPlane* const plane = reader->GetInterface(PlaneInterfaceId);
   if (plane == nullptr) return Fail(L"the plane reader is of another version for", info);
   Prepare(*plane);
   return LoadPlane(*plane, info, params, object);

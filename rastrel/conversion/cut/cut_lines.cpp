@@ -3,11 +3,14 @@
 #include <memory>
 #include <vector>
 
+#include "rastrel/conversion/cut/cut_archive_reader.h"
 #include "rastrel/job/app_log.h"
 #include "rastrel/platform/host/application.h"
 #include "rastrel/platform/host/contour_cut.h"
 #include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/object_store.h"
+#include "rastrel/platform/mfc/archive.h"
+#include "rastrel/platform/os/file.h"
 
 namespace rastrel::conversion {
 
@@ -130,6 +133,19 @@ class CutLineBuilder {
   bool m_Said = false;
 };
 
+// False if the archive ends too early. One that can't be read otherwise has no objects.
+bool ReadLogged(const std::wstring& archive, CCutObjects& objects) {
+  try {
+    if (!ReadCutArchive(archive, objects))
+      CAppLog::Instance().Printf(L"[CLQ] the cut archive can't be read: %s", archive);
+    return true;
+  } catch (const CArchiveException& failure) {
+    CAppLog::Instance().Printf(L"[CLQ] the cut archive is damaged: %s: %s", archive,
+                               failure.what());
+    return false;
+  }
+}
+
 }  // namespace
 
 host::ObjectStore* FindCutDocument() {
@@ -147,6 +163,14 @@ ObjectHandle BuildCutLines(const CCutObjects& objects, const CPS2CutData& cut,
                            const CPS2CutData* halfCut) {
   host::ObjectStore* const store = FindCutDocument();
   return store == nullptr ? 0 : CutLineBuilder(*store, cut, halfCut).Build(objects);
+}
+
+ObjectHandle TakeCutLines(const std::wstring& archive, const CPS2CutData& cut) {
+  if (!os::Exists(archive)) return 0;
+  CCutObjects objects;
+  const bool whole = ReadLogged(archive, objects);
+  static_cast<void>(os::RemoveFile(archive));
+  return whole ? BuildCutLines(objects, cut, nullptr) : 0;
 }
 
 }  // namespace rastrel::conversion

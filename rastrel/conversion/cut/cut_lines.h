@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "rastrel/conversion/cut/cut_objects.h"
 #include "rastrel/conversion/cut_data.h"
 #include "rastrel/platform/values/document_values.h"
@@ -27,5 +29,10 @@ namespace rastrel::conversion {
 /// user interface thread.
 [[nodiscard]] host::ObjectHandle BuildCutLines(const CCutObjects& objects, const CPS2CutData& cut,
                                                const CPS2CutData* halfCut);
+
+/// The same of the archive at a library path, by its cut lines alone, and deletes the archive. 0 as
+/// well if there is no archive, or one that ends too early; the application log has the reason why
+/// one could not be read.
+[[nodiscard]] host::ObjectHandle TakeCutLines(const std::wstring& archive, const CPS2CutData& cut);
 
 }  // namespace rastrel::conversion

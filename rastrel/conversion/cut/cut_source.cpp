@@ -15,14 +15,13 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/platform/values/world.h"
 
 namespace rastrel::conversion {
 
 namespace {
 
 using host::ObjectHandle;
-
-constexpr double CentimetresInInch = 2.54;
 
 // The path without its extension.
 std::wstring StemOf(const std::wstring& path) {
@@ -82,9 +81,9 @@ class CutRun {
       static_cast<void>(os::CreateForWriting(file, os::Access::Private));
     }
     const PageSize page{.height = m_Place.height, .width = m_Place.width};
-    const int resolution =
-        LimitedResolution(m_Place.width / CentimetresInInch, m_Place.height / CentimetresInInch,
-                          m_Resolution, header.belowLimit);
+    const int resolution = LimitedResolution(m_Place.width / host::CentimetresPerInch,
+                                             m_Place.height / host::CentimetresPerInch,
+                                             m_Resolution, header.belowLimit);
     if (WriteJobHeader(file.c_str(), header.hasPageSize ? &page : nullptr, &m_Cut, &m_HalfCut,
                        &resolution))
       return true;

@@ -9,8 +9,6 @@
 #include "rastrel/conversion/dialogs/bitmap_size.h"
 #include "rastrel/conversion/scan_group.h"
 #include "rastrel/job/format_string.h"
-#include "rastrel/platform/host/application.h"
-#include "rastrel/platform/host/host.h"
 #include "rastrel/platform/host/settings.h"
 
 using namespace rastrel::host;
@@ -20,9 +18,6 @@ namespace conversion = rastrel::conversion;
 namespace {
 
 using Dialog = CPS2BmpDlg;
-
-// The numbers of Application::GetCurrentUnits.
-enum Unit : int { Centimetres = 0, Millimetres = 1, Inches = 2 };
 
 constexpr double LengthStep = 0.1;
 constexpr double LowestLength = 0;
@@ -68,30 +63,12 @@ constexpr DialogResource CentimetreResource{Dialog::ResourceId, Title, InCentime
 constexpr DialogResource MillimetreResource{Dialog::ResourceId, Title, InMillimetres};
 constexpr DialogResource InchResource{Dialog::ResourceId, Title, InInches};
 
-int CurrentUnit() {
-  Application* application = GetHost().GetApplication();
-  return application != nullptr ? application->GetCurrentUnits() : Centimetres;
-}
-
-const DialogResource& ResourceFor(int unit) {
+const DialogResource& ResourceFor(LengthUnit unit) {
   switch (unit) {
-    case Millimetres: return MillimetreResource;
-    case Inches: return InchResource;
+    case LengthUnit::Millimetres: return MillimetreResource;
+    case LengthUnit::Inches: return InchResource;
     default: return CentimetreResource;
   }
-}
-
-constexpr double MillimetresInCentimetre = 10;
-constexpr double CentimetresInInch = 2.54;
-
-double InUnit(double centimetres, int unit) {
-  if (unit == Millimetres) return centimetres * MillimetresInCentimetre;
-  return unit == Inches ? centimetres / CentimetresInInch : centimetres;
-}
-
-double InCentimetresFrom(double length, int unit) {
-  if (unit == Millimetres) return length / MillimetresInCentimetre;
-  return unit == Inches ? length * CentimetresInInch : length;
 }
 
 constexpr const wchar_t* InkSection = L"Preferences";
@@ -143,9 +120,10 @@ std::optional<PickedColor> ColorOf(const ControlValue& value, PickerType type) {
 }  // namespace
 
 CPS2BmpDlg::CPS2BmpDlg(PS2BmpParams params, std::vector<CString> colorNames, CWnd* parent)
-    : CPS2BmpDlg(CurrentUnit(), std::move(params), std::move(colorNames), parent) {}
+    : CPS2BmpDlg(CurrentLengthUnit(), std::move(params), std::move(colorNames), parent) {}
 
-CPS2BmpDlg::CPS2BmpDlg(int unit, PS2BmpParams params, std::vector<CString> colorNames, CWnd* parent)
+CPS2BmpDlg::CPS2BmpDlg(LengthUnit unit, PS2BmpParams params, std::vector<CString> colorNames,
+                       CWnd* parent)
     : CDialog(ResourceFor(unit), parent),
       m_Unit(unit),
       m_Params(std::move(params)),
@@ -178,8 +156,8 @@ void CPS2BmpDlg::DoDataExchange(bool fromControls) {
     for (const int edit : {HeightEdit, WidthEdit, ResolutionEdit}) TakeEdit(edit);
     return;
   }
-  SetValue(HeightEdit, InUnit(m_Params.height, m_Unit));
-  SetValue(WidthEdit, InUnit(m_Params.width, m_Unit));
+  SetValue(HeightEdit, FromCentimetres(m_Params.height, m_Unit));
+  SetValue(WidthEdit, FromCentimetres(m_Params.width, m_Unit));
   SetValue(ResolutionEdit, static_cast<double>(m_Params.cut.resolution));
 }
 
@@ -246,7 +224,7 @@ void CPS2BmpDlg::TakeEdit(int control) {
     return;
   }
   if (const auto length = NumberOf(GetValue(control), LowestLength))
-    (control == HeightEdit ? m_Params.height : m_Params.width) = InCentimetresFrom(*length, m_Unit);
+    (control == HeightEdit ? m_Params.height : m_Params.width) = ToCentimetres(*length, m_Unit);
 }
 
 std::intptr_t CPS2BmpDlg::OnEditChanged(int control) {

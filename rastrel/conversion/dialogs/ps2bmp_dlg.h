@@ -5,6 +5,7 @@
 
 #include "rastrel/conversion/dialogs/dialog.h"
 #include "rastrel/conversion/dialogs/ps2bmp_params.h"
+#include "rastrel/platform/host/length_units.h"
 #include "rastrel/platform/mfc/string.h"
 
 /// Asks for the size and resolution of a bitmap that a PostScript file is converted to, and for an
@@ -52,7 +53,8 @@ class CPS2BmpDlg : public CDialog {
   [[nodiscard]] const PS2BmpParams& GetParams() const { return m_Params; }
 
  private:
-  CPS2BmpDlg(int unit, PS2BmpParams params, std::vector<CString> colorNames, CWnd* parent);
+  CPS2BmpDlg(rastrel::host::LengthUnit unit, PS2BmpParams params, std::vector<CString> colorNames,
+             CWnd* parent);
   [[nodiscard]] bool HasNames() const { return !m_ColorNames.empty(); }
   void InitPickers();
   void InitNames();
@@ -65,7 +67,7 @@ class CPS2BmpDlg : public CDialog {
   std::intptr_t OnColorKind(int control);
   std::intptr_t OnCutLine();
 
-  int m_Unit;  // as Application::GetCurrentUnits has it
+  rastrel::host::LengthUnit m_Unit;
   PS2BmpParams m_Params;
   std::vector<CString> m_ColorNames;
   std::wstring m_SizeText;

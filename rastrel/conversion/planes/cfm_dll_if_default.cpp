@@ -12,7 +12,7 @@ std::string DecoratedName::Around(const char* className) const {
 template <typename Library>
 struct DynamicLinkBase<Library>::Binding {
   host::PlaneReader* reader = nullptr;  // that loaded it
-  host::LibraryHandle library = nullptr;
+  host::LibraryHandle module = nullptr;
   host::PlaneReader::CreateFunction create = nullptr;
   host::PlaneReader::DestroyFunction destroy = nullptr;
   unsigned users = 0;
@@ -36,14 +36,14 @@ bool DynamicLinkBase<Library>::Bind() {
     ++shared.users;
     return true;
   }
-  Binding bound{.reader = reader, .library = reader->LoadLibrary(path.c_str()), .users = 1};
-  if (bound.library == nullptr) return false;
+  Binding bound{.reader = reader, .module = reader->LoadLibrary(path.c_str()), .users = 1};
+  if (bound.module == nullptr) return false;
   bound.create =
-      reader->GetCreateFunction(bound.library, CreateName.Around(Library::ClassName).c_str());
+      reader->GetCreateFunction(bound.module, CreateName.Around(Library::ClassName).c_str());
   bound.destroy =
-      reader->GetDestroyFunction(bound.library, DestroyName.Around(Library::ClassName).c_str());
+      reader->GetDestroyFunction(bound.module, DestroyName.Around(Library::ClassName).c_str());
   if (bound.create == nullptr || bound.destroy == nullptr) {
-    reader->FreeLibrary(bound.library);
+    reader->FreeLibrary(bound.module);
     return false;
   }
   shared = bound;
@@ -55,8 +55,8 @@ void DynamicLinkBase<Library>::Release() {
   Binding& shared = Shared();
   if (--shared.users > 0) return;
   // Freeing the own module would take this code away. Its functions stay bound for the next user.
-  if (shared.library == rastrel::os::OwnModule()) return;
-  shared.reader->FreeLibrary(shared.library);
+  if (shared.module == rastrel::os::OwnModule()) return;
+  shared.reader->FreeLibrary(shared.module);
   shared = {};
 }
 

@@ -19,6 +19,11 @@ struct InterfaceId {
   bool operator==(const InterfaceId&) const = default;
 };
 
+/// The identifier of `CFMPlane`, by which a conversion asks a reader for the plane that it opens:
+/// {20D77C57-E591-4554-9341-193D5265AEAD}.
+inline constexpr InterfaceId PlaneInterfaceId{
+    0x20D77C57, 0xE591, 0x4554, {0x93, 0x41, 0x19, 0x3D, 0x52, 0x65, 0xAE, 0xAD}};
+
 /// One separated plane, read from its ".info" file. It belongs to the reader that returned it and
 /// ends with it. Every operation returns non-zero for success. Paths and keys are wide and end with
 /// a zero. Only the user interface thread uses it.

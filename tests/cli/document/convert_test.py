@@ -30,7 +30,7 @@ ART = """0.9 0.95 1 setrgbcolor 0 0 200 100 rectfill
 0 0 0.6 setrgbcolor 2.5 setlinewidth 10 80 moveto 60 95 90 60 190 85 curveto stroke
 /Helvetica findfont 14 scalefont setfont 0 setgray 80 8 moveto (Sign) show
 """
-SPOT = """[/Separation (%s) /DeviceCMYK {dup 0 exch 0 0}] setcolorspace 1 setcolor
+SPOT = """[/Separation (%s) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor
 %s newpath %s moveto %s lineto %s lineto %s lineto closepath stroke
 """
 HEAD = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 200 100\n%%DocumentCustomColors: (Knife)\n%%EndComments\n"
@@ -62,6 +62,11 @@ def pdf(pages):
 FIRST_PAGE = (200, 100, "1 0 0 rg 10.3 10.7 60.2 30.4 re f 0 0 0.6 RG 2.5 w 10 80 m 60 95 90 60 190 85 c S "
               "/Knife CS 1 SCN 0.5 w 20 20 80 40 re s")
 SECOND_PAGE = (72, 144, "0 0 1 rg 0 0 72 144 re f /Knife CS 1 SCN 36 36 18 18 re s")
+
+
+SECOND_KNIFE = knife(corners=("36 36", "54 36", "54 54", "36 54"))
+TWO_PAGES = (f"save {ART} {knife()} showpage restore\nsave 0 0 1 setrgbcolor 0 0 72 100 rectfill "
+             f"{SECOND_KNIFE} showpage restore\n")
 
 
 class Tiff:
@@ -168,6 +173,21 @@ class Bitmaps(Case):
             bare = self.bare(file, f"-dFirstPage={page}", f"-dLastPage={page}", dpi=216)
             self.assert_equal_within_one_level(Picture(self.folder / "out.png"), bare)
 
+    def test_a_page_of_postscript_is_that_of_bare_ghostscript(self):
+        file = self.file("art.ps", HEAD + TWO_PAGES)
+        for page in 1, 2:
+            self.succeed("convert", file, "--dpi", 216, "-o", "out.png", "--page", page)
+            bare = self.bare(file, f"-sPageList={page}", size=(600, 300), dpi=216)
+            self.assert_equal_within_one_level(Picture(self.folder / "out.png"), bare)
+
+    def test_a_page_of_postscript_without_a_declared_size_has_its_own(self):
+        file = self.file("open.ps", "%!PS\n<</PageSize [72 144]>> setpagedevice\n" + ART + "showpage\n"
+                         "<</PageSize [144 36]>> setpagedevice\n" + ART + "showpage\n")
+        for options, size in (((), (144, 36)), (("--size", "4xin"), (288, 72))):
+            self.succeed("convert", file, "--dpi", 72, "-o", "out.png", "--page", 2, *options)
+            picture = Picture(self.folder / "out.png")
+            self.assertEqual((picture.width, picture.height), size)
+
     def test_a_size_may_have_any_unit_and_one_side(self):
         files = [self.file("art.ps", HEAD + ART + "showpage\n"), self.file("art.pdf", pdf([FIRST_PAGE]))]
         for file in files:
@@ -251,7 +271,6 @@ class Refusals(Case):
         file = self.file("art.ps", HEAD + ART + "showpage\n")
         for words, *options in (("has to end in", "-o", "x.jpg"), ("--size 0x1cm", "--size", "0x1cm"),
                                 ("--dpi 0", "--dpi", 0), ("--page 0", "--page", 0),
-                                ("pages are chosen of a PDF", "--page", 2),
                                 ("--window asks", "--window", "--dpi", 72)):
             self.fail_with(2, words, "convert", file, *options)
         self.fail_with(2, "a cut colour is needed", "cut", file)
@@ -269,9 +288,17 @@ class Refusals(Case):
         self.succeed("convert", file, "--force")
         self.assertEqual(Picture(mine).width, 200)
 
-    def test_a_page_that_a_pdf_lacks(self):
-        file = self.file("art.pdf", pdf([FIRST_PAGE]))
-        self.fail_with(1, "it has 1", "convert", file, "--page", 2)
+    def test_a_page_that_a_file_lacks(self):
+        for file, words in ((self.file("art.pdf", pdf([FIRST_PAGE])), "it has 1"),
+                            (self.file("art.ps", HEAD + TWO_PAGES), "The job has no page 3; it has 2"),
+                            (self.file("open.ps", "%!PS\n" + TWO_PAGES), "The job has no page 3; it has 2"),
+                            (self.file("art.eps", EPS_HEAD + ART + "showpage\n"), "no page 3; it has 1")):
+            self.fail_with(1, words, "convert", file, "--page", 3, "-o", "o.png")
+            self.assertFalse((self.folder / "o.png").exists())
+        self.fail_with(3, "page 3 can't be measured: The job has no page 3; it has 2",
+                       "convert", "open.ps", "--page", 3, "--size", "4xin")
+        for name, status in (("art.ps", 1), ("open.ps", 3)):
+            self.fail_with(status, "no page 3; it has 2", "cut", name, "--page", 3, "--cut-color", "spot:Knife")
 
     def test_separated_eps_is_refused_by_name(self):
         dcs = ("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 10 10\n%%CyanPlate: a.c\n%%MagentaPlate: a.m\n"
@@ -344,6 +371,118 @@ class Ends(Case):
         self.assert_nothing_left()
 
 
+class Several(Case):
+    PAGE = HEAD + ART + knife() + "showpage\n"
+
+    def two(self):
+        wide = self.file("wide.ps", self.PAGE)
+        tall = self.file("tall.ps", "%!PS\n%%BoundingBox: 0 0 50 150\n" + ART + knife() + "showpage\n")
+        return wide, tall
+
+    def sizes(self, *names):
+        return [(picture.width, picture.height)
+                for picture in (Picture(self.folder / name) for name in names)]
+
+    def test_each_has_a_result_of_its_name_and_they_are_told_in_order(self):
+        done = self.succeed("convert", *self.two())
+        self.assertEqual(done.stdout, b"wide.png\ntall.png\n")
+        self.assertEqual(self.sizes("wide.png", "tall.png"), [(200, 100), (50, 150)])
+        lines = done.stderr.decode().splitlines()
+        self.assertEqual([line.split("/")[-1] for line in lines], ["wide.ps", "tall.ps"])
+
+    def test_a_directory_is_made_and_takes_them(self):
+        done = self.succeed("convert", *self.two(), "-o", "out/", "--jobs", 1)
+        self.assertEqual(done.stdout, b"out/wide.png\nout/tall.png\n")
+        self.assertEqual(self.sizes("out/wide.png", "out/tall.png"), [(200, 100), (50, 150)])
+
+    def test_a_pattern_names_them(self):
+        (self.folder / "out").mkdir()
+        self.succeed("convert", *self.two(), "-o", "out/{name}-small.tif", "--dpi", 36)
+        self.assertEqual(sorted(path.name for path in (self.folder / "out").iterdir()),
+                         ["tall-small.tif", "wide-small.tif"])
+        self.assertEqual(Tiff(self.folder / "out/wide-small.tif").width, 100)
+
+    def test_one_file_may_go_to_a_directory_or_by_a_pattern_too(self):
+        wide, _ = self.two()
+        (self.folder / "out").mkdir()
+        self.assertEqual(self.succeed("convert", wide, "-o", "out").stdout, b"out/wide.png\n")
+        self.assertEqual(self.succeed("convert", wide, "-o", "{name}.svg").stdout, b"wide.svg\n")
+
+    def test_cut_takes_them_too(self):
+        done = self.succeed("cut", *self.two(), "--cut-color", "spot:Knife", "-o", "{name}.json")
+        self.assertEqual(done.stdout, b"wide.json\ntall.json\n")
+        heights = [json.loads((self.folder / name).read_text())["height"] for name in ("wide.json", "tall.json")]
+        self.assertAlmostEqual(heights[1] / heights[0], 1.5)
+
+    def test_a_bad_one_does_not_keep_the_others_back(self):
+        wide, tall = self.two()
+        bad = self.file("bad.ps", HEAD + "(unfinished\n")
+        done = self.fail_with(3, "missing.ps", "convert", wide, "missing.ps", bad, tall)
+        self.assertEqual(done.stdout, b"wide.png\ntall.png\n")
+        self.assertIn(b"the conversion failed", done.stderr)
+        self.fail_with(1, "the conversion failed", "convert", bad, "missing.ps", wide, "--force")
+
+    def test_json_has_an_object_for_each_after_one_that_names_it(self):
+        wide, tall = self.two()
+        done = self.fail_with(3, "missing.ps", "convert", wide, "missing.ps", tall, "--json")
+        objects = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([(thing["event"], pathlib.Path((thing.get("paths") or [thing.get("path", "")])[0]).name)
+                          for thing in objects if thing["event"] in ("job", "done", "failed")],
+                         [("job", "wide.ps"), ("done", "wide.png"), ("job", "missing.ps"), ("failed", ""),
+                          ("job", "tall.ps"), ("done", "tall.png")])
+
+    def test_one_result_for_two_files_is_refused_before_any_work(self):
+        (self.folder / "other").mkdir()
+        wide, _ = self.two()
+        same = self.file("other/wide.ps", self.PAGE)
+        for options in ((), ("-o", "out/"), ("-o", "{name}.svg"), ("--force",)):
+            self.fail_with(2, "would both become", "convert", wide, same, *options)
+        self.fail_with(2, "would both become", "convert", *self.two(), wide)
+        self.fail_with(2, "need a directory", "convert", *self.two(), "-o", "one.png")
+        self.fail_with(2, "standard output takes one file", "convert", *self.two(), "-o", "-")
+        self.fail_with(2, "--window asks for one file", "convert", *self.two(), "--window")
+        self.fail_with(2, "--jobs", "convert", *self.two(), "--jobs", 0)
+        self.assertFalse((self.folder / "out").exists())
+        self.assertEqual(list(self.folder.glob("*.png")) + list(self.folder.glob("*.svg")), [])
+
+    def test_what_no_option_named_is_not_replaced(self):
+        (self.folder / "out").mkdir()
+        mine = self.file("out/wide.png", "mine")
+        done = self.fail_with(2, "out/wide.png", "convert", *self.two(), "-o", "out")
+        self.assertEqual(mine.read_text(), "mine")
+        self.assertEqual(done.stdout, b"out/tall.png\n")
+        self.succeed("convert", *self.two(), "-o", "out", "--force")
+        self.assertEqual(Picture(mine).width, 200)
+
+    def test_standard_input_may_be_one_of_them(self):
+        wide, _ = self.two()
+        done = self.succeed("convert", wide, "-", "--title", "sheet", input=self.PAGE.encode())
+        self.assertEqual(done.stdout, b"wide.png\nsheet.png\n")
+
+    def test_a_page_is_chosen_of_each(self):
+        files = [self.file(name, HEAD + TWO_PAGES) for name in ("a.ps", "b.ps")]
+        self.succeed("convert", *files, "--page", 2)
+        bare = self.bare(files[0], "-sPageList=2", size=(200, 100), dpi=72)
+        for name in "a.png", "b.png":
+            self.assert_equal_within_one_level(Picture(self.folder / name), bare)
+
+    def test_a_signal_ends_all(self):
+        files = [self.file(f"endless{i}.ps", HEAD + "{} loop\n") for i in range(3)]
+        command = subprocess.Popen([PROGRAM, "convert", *map(str, files), "--jobs", "2"], cwd=self.folder,
+                                   env=self.surroundings, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(command.stderr.close)
+        for _ in range(SECONDS * 10):  # until two work at a time
+            if len(list((self.home / "jobs").glob("*/*.ps"))) == 2:
+                break
+            time.sleep(0.1)
+        else:
+            self.fail("the conversions did not begin")
+        command.send_signal(signal.SIGINT)
+        self.assertEqual(command.wait(SECONDS), 4)
+        self.assertEqual(list(self.folder.glob("*.png")), [])
+        self.assert_nothing_left()
+
+
 class Lines(Case):
     # Two knives: 20 to 100 points across and 20 to 60 up, and a triangle.
     TWO = ART + knife() + knife("Deep", ("120 20", "180 20", "180 80", "120 20"))
@@ -377,6 +516,30 @@ class Lines(Case):
         lines = self.cut(self.file("art.pdf", pdf([FIRST_PAGE, SECOND_PAGE])), "--page", 2)
         self.assertAlmostEqual(lines["height"], 144 * 2.54 / 72, delta=0.01)
         self.assert_box(lines["objects"][0], 36, 36, 54, 54)
+
+    def test_a_page_of_postscript(self):
+        lines = self.cut(self.file("art.ps", HEAD + TWO_PAGES), "--page", 2)
+        self.assertAlmostEqual(lines["height"], 100 * 2.54 / 72, delta=0.01)
+        self.assert_box(lines["objects"][0], 36, 36, 54, 54)
+
+    def test_a_page_of_postscript_without_a_declared_size(self):
+        content = ("%!PS\n<</PageSize [200 100]>> setpagedevice\n" + knife() + "showpage\n"
+                   "<</PageSize [72 144]>> setpagedevice\n" + SECOND_KNIFE + "showpage\n")
+        file = self.file("open.ps", content)
+        lines = self.cut(file)
+        self.assertAlmostEqual(lines["height"], 100 * 2.54 / 72, delta=0.01)
+        self.assert_box(lines["objects"][0], 20, 20, 100, 60)
+        lines = self.cut(file, "--page", 2)
+        self.assertAlmostEqual(lines["height"], 144 * 2.54 / 72, delta=0.01)
+        self.assert_box(lines["objects"][0], 36, 36, 54, 54)
+
+    def test_a_preview_is_of_the_chosen_page(self):
+        file = self.file("art.ps", HEAD + TWO_PAGES)
+        for name, page in (("one.rdoc", 1), ("two.rdoc", 2)):
+            self.succeed("cut", file, "--cut-color", "spot:Knife", "--dpi", 72, "--preview", "--page", page,
+                         "-o", name.replace("rdoc", "svg"))
+        self.assertNotEqual(*(re.search(r"<image.*?>", (self.folder / name).read_text(), re.S).group()
+                              for name in ("one.svg", "two.svg")))
 
     def test_each_form_tells_the_kinds_apart(self):
         file = self.file("art.ps", HEAD + self.TWO + "showpage\n")
