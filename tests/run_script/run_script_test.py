@@ -250,8 +250,14 @@ class RunScript(unittest.TestCase):
         ended = subprocess.run([str(self.checkout / "run"), "build"], env=environment, stderr=terminal,
                                stdout=subprocess.PIPE, check=False)
         os.close(terminal)
-        shown = os.read(screen, 65536).decode()
+        shown = b""
+        try:
+            while piece := os.read(screen, 65536):
+                shown += piece
+        except OSError:  # the end of what was on the terminal
+            pass
         os.close(screen)
+        shown = shown.decode()
         self.assertEqual(ended.returncode, 0, shown)
         clear = "\r\033[K"
         long_line = "run: 100 % building, 2 of 2: Building " + "b" * 200
@@ -267,6 +273,14 @@ class RunScript(unittest.TestCase):
         self.assertEqual(ended.returncode, 0, ended.stderr)
         self.assertIn("run: 9 % packages: Fetching\nrun: 50 % packages: Preparing\n", ended.stderr)
         self.assertIn("Unpacking\n", ended.stderr)
+
+    def test_half_as_many_tests_again_run_at_once_as_there_are_processors(self):
+        (self.tools / "nproc").unlink()
+        (self.tools / "nproc").write_text("#!/bin/sh\necho $PLAY_PROCESSORS\n", encoding="utf-8")
+        (self.tools / "nproc").chmod(0o755)
+        for processors, at_once in ((1, 2), (2, 3), (3, 5), (8, 12)):
+            self.run_script("test", PLAY_PROCESSORS=str(processors))
+            self.assertTrue(self.log()[-1].endswith(f" -j {at_once}"), self.log()[-1])
 
     def test_another_build_tree_is_used_where_one_is_given(self):
         tree = self.place / "my tree"
