@@ -434,6 +434,15 @@ class TestsAreBuilt(Tree):
         compiled = {str((self.root / "tests/a_test.cpp").resolve())}
         self.assertEqual(tests_are_built.check(self.root, compiled), ["tests/b_test.cpp: not built"])
 
+    def test_a_test_that_is_joined_with_others_is_compiled(self):
+        for name in ("a", "b", "c"):
+            self.write(f"tests/{name}_test.cpp", "")
+        joined = "".join(f'#include "{self.root}/tests/{name}_test.cpp"\n' for name in ("a", "b"))
+        self.write("build/x.dir/Unity/unity_0_cxx.cxx", joined)
+        commands = [{"directory": str(self.root / "build"), "file": "x.dir/Unity/unity_0_cxx.cxx"}]
+        self.assertEqual(tests_are_built.check(self.root, tests_are_built.compiled_sources(commands)),
+                         ["tests/c_test.cpp: not built"])
+
 
 class ExportedSymbols(unittest.TestCase):
     def test_all_that_belongs_to_a_class_of_the_interface_is_fine(self):

@@ -17,10 +17,20 @@ def check(root, compiled):
             if file.endswith("_test.cpp") and str(root / file) not in compiled]
 
 
-def main():
-    commands = json.loads((pathlib.Path(sys.argv[2]) / "compile_commands.json").read_text())
+def compiled_sources(commands):
+    """Full paths of what the build compiles, with the sources that a joining one includes."""
     compiled = {str(pathlib.Path(command["directory"], command["file"]).resolve())
                 for command in commands}
+    for joining in [file for file in compiled if pathlib.Path(file).parent.name == "Unity"]:
+        file = pathlib.Path(joining)
+        compiled |= {str(pathlib.Path(name).resolve()) for _, _, name in
+                     sources.includes(file.parent, file.name)}
+    return compiled
+
+
+def main():
+    commands = json.loads((pathlib.Path(sys.argv[2]) / "compile_commands.json").read_text())
+    compiled = compiled_sources(commands)
     sources.finish(check(sys.argv[1], compiled), "every test source is built")
 
 

@@ -10,7 +10,7 @@ import shutil
 import subprocess
 
 BUILD_LIMIT = 1800  # seconds for what one change makes necessary
-PRESET = "dev"
+PRESET = "separate"  # one change compiles one source
 
 
 def files_of(root):

@@ -195,6 +195,93 @@ class RunScript(unittest.TestCase):
         self.assertEqual(ended.stdout, "100% tests passed\n")
         self.assertTrue(self.log()[-1].endswith(" -R Some name"))
 
+    def play(self, tool, text, status=0):
+        (self.place / f"{tool}.text").write_text(text, encoding="utf-8")
+        (self.tools / tool).write_text(f'#!/bin/sh\ncat "$PLAY/{tool}.text"\nexit {status}\n',
+                                       encoding="utf-8")
+
+    def test_building_and_testing_say_how_far_they_are_at_each_twentieth(self):
+        self.play("ninja", "[0/2] Re-checking globbed directories...\n[1/2] Re-running CMake...\n"
+                  "-- Configuring done\n" + "".join(f"[{n}/200] Building {n}.o\n" for n in range(1, 201)))
+        self.play("ctest", "".join(f"        Start {n:2}: suite.case\n {n:2}/40 Test {'#' + str(n):>4}: "
+                                   "suite.case ....   Passed    0.01 sec\n" for n in range(1, 41)) +
+                  "\n100% tests passed, 0 tests failed out of 40\n")
+        ended = self.run_script("test")
+        self.assertEqual(ended.returncode, 0, ended.stderr)
+        said = [line for line in ended.stderr.splitlines() if " % " in line]
+        building = [line for line in said if "building" in line]
+        self.assertEqual(building[0], "run: 0 % building, 1 of 200: Building 1.o")
+        self.assertEqual(building[1], "run: 5 % building, 10 of 200: Building 10.o")
+        self.assertEqual(building[-1], "run: 100 % building, 200 of 200: Building 200.o")
+        self.assertEqual(len(building), 21)
+        testing = [line for line in said if "testing" in line]
+        self.assertEqual(testing, ["run: 2 % testing, 1 of 40"] +
+                         [f"run: {5 * step} % testing, {2 * step} of 40" for step in range(1, 21)])
+        self.assertIn("-- Configuring done", ended.stderr)
+        self.assertEqual(ended.stdout, "\n100% tests passed, 0 tests failed out of 40\n")
+
+    def test_all_that_a_failing_build_says_is_shown(self):
+        failing = "FAILED: b.o \nc++ -c b.cpp\nb.cpp:1: error: x\n[1/2] in the output of a command\n"
+        self.play("ninja", f"[1/2] Building a.o\n[2/2] Building b.o\n{failing}"
+                  "ninja: build stopped: subcommand failed.\n", status=1)
+        ended = self.run_script("test")
+        self.assertEqual(ended.returncode, 1)
+        self.assertIn(failing, ended.stderr)
+        self.assertIn("ninja: build stopped: subcommand failed.\n", ended.stderr)
+        self.assertFalse([line for line in self.log() if line.startswith("ctest")])
+
+    def test_failing_and_skipped_tests_are_shown_whole_and_the_status_is_theirs(self):
+        passed = "1/3 Test #7: a.passes .......   Passed    0.01 sec"
+        failed = ("2/3 Test #8: a.fails ........***Failed    0.01 sec\n"
+                  "1/3 Test #7: in the test's output .. Passed  0 sec\nexpected 1, was 2\n\n")
+        skipped = "3/3 Test #9: a.is_skipped ...***Skipped   0.00 sec\n"
+        summary = "\n50% tests passed, 1 tests failed out of 3\n"
+        self.play("ctest", f"    Start 7: a.passes\n{passed}\n{failed}{skipped}{summary}", status=8)
+        ended = self.run_script("test")
+        self.assertEqual(ended.returncode, 8)
+        self.assertEqual(ended.stdout, failed + skipped + summary)
+        self.assertIn("run: 66 % testing, 2 of 3, 1 failed\n", ended.stderr)
+        self.assertIn("run: 100 % testing, 3 of 3, 1 failed\n", ended.stderr)
+
+    def test_on_a_terminal_progress_is_one_line_that_is_gone_in_the_end(self):
+        self.play("ninja", "[1/2] Building a.o\n[2/2] Building " + "b" * 200 + "\n")
+        screen, terminal = os.openpty()
+        environment = {"PATH": str(self.tools), "PLAY": str(self.place), "HOME": str(self.place)}
+        ended = subprocess.run([str(self.checkout / "run"), "build"], env=environment, stderr=terminal,
+                               stdout=subprocess.PIPE, check=False)
+        os.close(terminal)
+        shown = b""
+        try:
+            while piece := os.read(screen, 65536):
+                shown += piece
+        except OSError:  # the end of what was on the terminal
+            pass
+        os.close(screen)
+        shown = shown.decode()
+        self.assertEqual(ended.returncode, 0, shown)
+        clear = "\r\033[K"
+        long_line = "run: 100 % building, 2 of 2: Building " + "b" * 200
+        self.assertTrue(shown.endswith(f"{clear}run: 50 % building, 1 of 2: Building a.o"
+                                       f"{clear}{long_line[:79]}{clear}"), shown)
+
+    def test_packages_come_with_a_percentage(self):
+        self.install("build", "run", without=["ghostscript"])
+        played = TOOLS["apt-get"].replace("*install*) ", "*install*) echo Unpacking; "
+                                          "echo dlstatus:1:9.5:Fetching; echo pmstatus:gs:50.00:Preparing; ")
+        (self.tools / "apt-get").write_text(f"#!/bin/sh\n{played}\n", encoding="utf-8")
+        ended = self.run_script("print", "x.ps")
+        self.assertEqual(ended.returncode, 0, ended.stderr)
+        self.assertIn("run: 9 % packages: Fetching\nrun: 50 % packages: Preparing\n", ended.stderr)
+        self.assertIn("Unpacking\n", ended.stderr)
+
+    def test_half_as_many_tests_again_run_at_once_as_there_are_processors(self):
+        (self.tools / "nproc").unlink()
+        (self.tools / "nproc").write_text("#!/bin/sh\necho $PLAY_PROCESSORS\n", encoding="utf-8")
+        (self.tools / "nproc").chmod(0o755)
+        for processors, at_once in ((1, 2), (2, 3), (3, 5), (8, 12)):
+            self.run_script("test", PLAY_PROCESSORS=str(processors))
+            self.assertTrue(self.log()[-1].endswith(f" -j {at_once}"), self.log()[-1])
+
     def test_another_build_tree_is_used_where_one_is_given(self):
         tree = self.place / "my tree"
         ended = self.run_script("print", "x.ps", RASTREL_BUILD_TREE=str(tree))
