@@ -2,66 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <random>
 #include <vector>
+
+#include "tests/support/literal_lzw.h"
 
 namespace rastrel::odalis {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Reads codes as the TIFF format has them, with a plain list of strings. Empty if a code is none,
-/// or the end code is missing or not in the last byte.
-std::optional<Bytes> Decode(const Bytes& coded) {
-  std::vector<Bytes> strings;
-  Bytes bytes;
-  std::optional<Bytes> last;
-  std::size_t bit = 0;
-  unsigned width = 9;
-  while (bit + width <= coded.size() * 8) {
-    unsigned code = 0;
-    for (unsigned i = 0; i < width; ++i, ++bit)
-      code = code << 1 | ((coded[bit / 8] >> (7 - bit % 8)) & 1u);
-    if (code == 257) {
-      return (bit + 7) / 8 == coded.size() ? std::optional(bytes) : std::nullopt;
-    }
-    if (code == 256) {
-      strings.clear();
-      for (unsigned value = 0; value < 258; ++value)
-        strings.push_back({static_cast<std::uint8_t>(value)});
-      last.reset();
-      width = 9;
-      continue;
-    }
-    Bytes string;
-    if (code < strings.size()) {
-      string = strings[code];
-    } else if (last && code == strings.size()) {
-      string = *last;
-      string.push_back(last->front());
-    } else {
-      return std::nullopt;
-    }
-    if (last) {
-      strings.push_back(*last);
-      strings.back().push_back(string.front());
-    }
-    bytes.insert(bytes.end(), string.begin(), string.end());
-    last = string;
-    // One code early.
-    while (strings.size() + 1 >= (1u << width) && width < 12) ++width;
-    if (strings.size() > 4095) return std::nullopt;
-  }
-  return std::nullopt;
-}
-
 void ExpectReadable(const Bytes& bytes, const char* name) {
   static LzwEncoder encoder;  // one for all, as the strips of a page have
   Bytes coded = {1, 2, 3};    // bytes before stay
   encoder.Encode(bytes, coded);
   ASSERT_EQ(Bytes(coded.begin(), coded.begin() + 3), (Bytes{1, 2, 3}));
-  const auto decoded = Decode(Bytes(coded.begin() + 3, coded.end()));
+  const auto decoded = test::DecodeLzw(Bytes(coded.begin() + 3, coded.end()));
   ASSERT_TRUE(decoded) << name << ", " << bytes.size() << " bytes";
   EXPECT_TRUE(*decoded == bytes) << name << ", " << bytes.size() << " bytes";
 }
