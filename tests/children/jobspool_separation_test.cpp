@@ -243,7 +243,7 @@ class CutLinesTruth : public ::testing::Test {
     EXPECT_EQ(plane.Columns(), Width / 72 * Resolution * m_Finer);
     EXPECT_EQ(m_Host.m_Calls.Count("ChangeObjectsToContourCut"), 1U);
     if (m_Finer == 1) {
-      EXPECT_LE(CompareInside(lines, plane), HalfAPixel);
+      EXPECT_LE(CompareInside(lines, plane), m_Limit);
       return;
     }
     const Distances distances = Compare(lines, plane);
@@ -274,7 +274,8 @@ class CutLinesTruth : public ::testing::Test {
         GenerateEPSCutData(&object, Resolution, 0, m_Root.Directory().Wide("art.eps").c_str()), 0U);
     ExpectTruth(Separation("art.eps", "-dEPSCrop"));
   }
-  void Ps(const std::string& art) {
+  // `painted`: the art of the plane, if it is another.
+  void Ps(const std::string& art, const std::string& painted = {}) {
     const std::string size = "-dFIXEDMEDIA -dDEVICEWIDTHPOINTS=300 -dDEVICEHEIGHTPOINTS=200";
     m_Root.Directory().Write("art.ps", "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 300 200\n" +
                                            PostScriptArt(art) + "showpage\n%%EOF\n");
@@ -283,6 +284,8 @@ class CutLinesTruth : public ::testing::Test {
     object.m_Bounds = {.xmax = Width * CentimetresPerPoint, .ymax = Height * CentimetresPerPoint};
     EXPECT_NE(GeneratePSCutData(&object, Resolution, 0, m_Root.Directory().Wide("art.ps").c_str()),
               0U);
+    if (!painted.empty())
+      m_Root.Directory().Write("art.ps", "%!PS\n" + PostScriptArt(painted) + "showpage\n");
     ExpectTruth(Separation("art.ps", size));
   }
   void Pdf(const std::string& art) {
@@ -312,6 +315,7 @@ class CutLinesTruth : public ::testing::Test {
   test::CheckedHost m_Host;
   CPS2CutData m_Cut;
   int m_Finer = Finer;
+  double m_Limit = HalfAPixel;  // pixels
 };
 
 const std::string RectanglePs =
@@ -350,6 +354,16 @@ TEST_F(CutLinesTruth, a_rotated_path_of_postscript_is_where_its_ink_is) { Ps(Rot
 TEST_F(CutLinesTruth, outlines_of_text_of_postscript_are_where_their_ink_is) {
   CompareByPixel();
   Ps(TextPs);
+}
+
+// Letters that are shown are fitted to whole pixels; their outlines, filled without growing by half
+// a pixel, are not.
+TEST_F(CutLinesTruth, outlines_of_text_are_where_the_ink_of_filled_outlines_is) {
+  CompareByPixel();
+  m_Limit = 0.15;
+  const std::string letters = "/Helvetica findfont 90 scalefont setfont 40 60 moveto (Bag8) ";
+  Ps(letters + "show",
+     letters + "false charpath 0.01 setflat 0 0 .setfilladjust2 fill 0.5 0.5 .setfilladjust2");
 }
 
 TEST_F(CutLinesTruth, a_rectangle_of_a_pdf_is_where_its_ink_is) { Pdf(RectanglePdf); }
