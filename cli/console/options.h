@@ -87,6 +87,8 @@ struct OptionRow {
   const char* name;         ///< with its dashes
   const char* value;        ///< the placeholder of the value in the help; empty for a switch
   const char* description;  ///< one sentence
+  const char* choices =
+      "";  ///< the values that it may have, separated by blanks; empty: others too
 };
 
 enum class CommandId {
@@ -125,6 +127,7 @@ enum class CommandId {
   Merge,
   View,
   Separate,
+  Completion,
   Help,
 };
 
