@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/console/completion.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/help.h"
 #include "cli/console/options.h"
@@ -44,6 +45,11 @@ ExitStatus HelpCommand(const std::string& name) {
     throw CommandError(ExitStatus::WrongUse,
                        "there is no command '" + name + "'; see `rastrel help`");
   WriteOutLines(text);
+  return ExitStatus::Done;
+}
+
+ExitStatus CompletionCommand(const std::string& shell) {
+  WriteOutLines(OrEnd(ExitStatus::WrongUse, CompletionScript(shell)));
   return ExitStatus::Done;
 }
 
@@ -131,6 +137,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Merge:
     case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
+    case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

@@ -4,20 +4,15 @@
 #include <array>
 #include <charconv>
 
+#include "rastrel/platform/os/dos_eps.h"
+
 namespace rastrel::interpreter {
 namespace {
 
 constexpr std::string_view UniversalExit = "\x1b%-12345X";
-constexpr std::string_view BinaryMagic = "\xC5\xD0\xD3\xC6";
 constexpr std::size_t BinaryHeaderSize = 12;  // up to the PostScript section's length
 constexpr std::size_t PdfHeaderReach = 1024;
 constexpr std::string_view Whitespace = " \t\r\n\f\v\x04";
-
-std::uint32_t LittleEndian(std::string_view bytes) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 4; i-- > 0;) value = (value << 8) | static_cast<unsigned char>(bytes[i]);
-  return value;
-}
 
 std::string_view FirstLine(std::string_view text) {
   return text.substr(0, text.find_first_of("\r\n"));
@@ -85,9 +80,10 @@ void FindPostScript(std::string_view head, JobLayout& layout) {
 }
 
 bool FindBinaryEps(std::string_view head, std::uint64_t fileSize, JobLayout& layout) {
-  if (!head.starts_with(BinaryMagic) || head.size() < BinaryHeaderSize) return false;
-  layout.offset = LittleEndian(head.substr(4));
-  layout.length = LittleEndian(head.substr(8));
+  if (!os::IsDosEps(head) || head.size() < BinaryHeaderSize) return false;
+  const os::DosEpsPart part = os::ReadDosEpsHead(head).postScript;
+  layout.offset = part.place;
+  layout.length = part.size;
   layout.kind = JobKind::Eps;
   const bool inside = layout.offset >= BinaryHeaderSize && layout.length > 0 &&
                       layout.offset <= fileSize && layout.length <= fileSize - layout.offset;

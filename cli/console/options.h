@@ -88,6 +88,8 @@ struct OptionRow {
   const char* name;         ///< with its dashes
   const char* value;        ///< the placeholder of the value in the help; empty for a switch
   const char* description;  ///< one sentence
+  const char* choices =
+      "";  ///< the values that it may have, separated by blanks; empty: others too
 };
 
 enum class CommandId {
@@ -126,6 +128,7 @@ enum class CommandId {
   Merge,
   View,
   Separate,
+  Completion,
   Help,
 };
 

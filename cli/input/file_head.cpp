@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "rastrel/platform/os/dos_eps.h"
+
 namespace rastrel::cli {
 namespace {
 
@@ -23,7 +25,7 @@ struct Signature {
 constexpr std::array Signatures{
     Signature{"%PDF-"sv, "a PDF file"sv},
     Signature{"%!"sv, "PostScript"sv},
-    Signature{"\xC5\xD0\xD3\xC6"sv, "an EPS file"sv},
+    Signature{os::DosEpsSignature, "an EPS file"sv},
     Signature{"PK\x03\x04"sv, "a zip file, as spreadsheets are"sv},
     Signature{"\xD0\xCF\x11\xE0"sv, "an office document of the old binary form"sv},
     Signature{"{\\rtf"sv, "a text document (RTF)"sv},

@@ -9,6 +9,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/input/file_head.h"
 #include "cli/input/input_file.h"
+#include "rastrel/platform/os/dos_eps.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
@@ -28,7 +29,7 @@ std::string& CopiedPath() {
 // Some readers ask for an extension, and none is in the way of the others.
 const char* ExtensionOf(std::string_view head) {
   constexpr std::array<std::pair<std::string_view, const char*>, 3> beginnings{
-      {{"%PDF-", ".pdf"}, {"%!", ".ps"}, {"\xC5\xD0\xD3\xC6", ".eps"}}};
+      {{"%PDF-", ".pdf"}, {"%!", ".ps"}, {os::DosEpsSignature, ".eps"}}};
   for (const auto& [beginning, extension] : beginnings)
     if (head.starts_with(beginning)) return extension;
   return MayBeXml(head) ? ".xml" : "";

@@ -5,6 +5,7 @@
 #include <set>
 #include <string_view>
 
+#include "rastrel/platform/os/dos_eps.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/random_access_file.h"
 #include "rastrel/platform/os/text.h"
@@ -16,8 +17,6 @@
 
 namespace rastrel::cli {
 namespace {
-
-constexpr std::size_t DosHeaderSize = 30;
 
 // Names that the comments declare, and those that they define, in file order.
 struct CommentNames {
@@ -107,18 +106,13 @@ CommentNames ReadNames(const std::wstring& path) {
   return names;
 }
 
-std::uint32_t WordAt(std::string_view bytes, std::size_t offset) {
-  std::uint32_t word = 0;
-  for (std::size_t index = 4; index-- > 0;)
-    word = word << 8 | static_cast<unsigned char>(bytes[offset + index]);
-  return word;
-}
+FileSection SectionOf(const os::DosEpsPart& part) { return {part.place, part.size}; }
 
 // The file's first bytes; those that it doesn't have are zeros.
 Expected<std::string> HeadOf(const std::string& path, const std::wstring& wide) {
   auto file = os::RandomAccessFile::Open(wide);
   if (!file) return file.Error();
-  std::string head(DosHeaderSize, '\0');
+  std::string head(os::DosEpsHeadSize, '\0');
   const auto got = file->ReadAt(0, head);
   if (!got) return Failure{"read", path, got.Error().error};
   if (*got == 0) head.clear();
@@ -139,12 +133,13 @@ void SetKind(Inspection& result, const std::string& head, CPSParser& parser) {
     result.reason = head.empty() ? "it is empty" : "it has no \"%!PS\"";
     return;
   }
-  if (head.starts_with("\xC5\xD0\xD3\xC6")) {
+  if (os::IsDosEps(head)) {
+    const os::DosEpsHead parts = os::ReadDosEpsHead(head);
     result.kind = FileKind::DosEps;
     result.reason = "it begins with a DOS EPS header";
-    result.postScript = {WordAt(head, 4), WordAt(head, 8)};
-    result.metafile = {WordAt(head, 12), WordAt(head, 16)};
-    result.tiff = {WordAt(head, 20), WordAt(head, 24)};
+    result.postScript = SectionOf(parts.postScript);
+    result.metafile = SectionOf(parts.metafile);
+    result.tiff = SectionOf(parts.tiff);
   } else if (parser.IsEpsFile()) {
     result.kind = FileKind::Eps;
     result.reason = "its first line says EPSF";

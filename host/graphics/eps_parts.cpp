@@ -5,21 +5,11 @@
 #include <cstdint>
 
 #include "host/graphics/picture.h"
+#include "rastrel/platform/os/dos_eps.h"
 
 namespace rastrel::graphics {
 
 namespace {
-
-constexpr std::string_view BinaryMark = "\xC5\xD0\xD3\xC6";
-constexpr std::size_t BinaryHeadSize = 30;
-
-std::uint64_t NumberAt(std::string_view bytes, std::size_t place) {
-  std::uint64_t number = 0;
-  for (std::size_t i = 4; i > 0; --i) {
-    number = number << 8 | static_cast<unsigned char>(bytes[place + i - 1]);
-  }
-  return number;
-}
 
 // The first line, without its end, which is taken off with it.
 std::string_view TakeLine(std::string_view& rest) {
@@ -32,17 +22,16 @@ std::string_view TakeLine(std::string_view& rest) {
 }  // namespace
 
 std::optional<std::string_view> PostScriptPart(std::string_view file) {
-  if (!file.starts_with(BinaryMark)) {
+  if (!os::IsDosEps(file)) {
     if (KindOf(file) == document::GraphicKind::Eps) return file;
     return std::nullopt;
   }
-  if (file.size() < BinaryHeadSize) return std::nullopt;
-  const std::uint64_t offset = NumberAt(file, 4);
-  const std::uint64_t length = NumberAt(file, 8);
-  if (offset < BinaryHeadSize || offset > file.size() || length > file.size() - offset) {
+  if (file.size() < os::DosEpsHeadSize) return std::nullopt;
+  const auto [place, size] = os::ReadDosEpsHead(file).postScript;
+  if (place < os::DosEpsHeadSize || place > file.size() || size > file.size() - place) {
     return std::nullopt;
   }
-  const std::string_view part = file.substr(offset, length);
+  const std::string_view part = file.substr(place, size);
   return part.starts_with("%!") ? std::optional(part) : std::nullopt;
 }
 
@@ -65,7 +54,7 @@ std::optional<document::GraphicKind> PlacedKindOf(std::string_view file) {
   const auto kind = KindOf(file);
   if (kind == document::GraphicKind::Pdf) return kind;
   if (kind != document::GraphicKind::Eps) return std::nullopt;
-  if (file.starts_with(BinaryMark)) return kind;
+  if (os::IsDosEps(file)) return kind;
   const bool encapsulated = TakeLine(file).find("EPSF") != std::string_view::npos;
   return encapsulated ? kind : document::GraphicKind::PostScript;
 }

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "host/document/document_format.h"
+#include "rastrel/platform/os/dos_eps.h"
 
 namespace rastrel::graphics {
 
@@ -42,7 +43,7 @@ bool IsSvg(std::string_view bytes) {
 
 // PostScript, encapsulated or not. Printer drivers put an end of transmission in front.
 bool IsPostScript(std::string_view bytes) {
-  if (bytes.starts_with("\xC5\xD0\xD3\xC6")) return true;
+  if (os::IsDosEps(bytes)) return true;
   if (bytes.starts_with('\x04')) bytes.remove_prefix(1);
   return bytes.starts_with("%!");
 }

@@ -4,10 +4,11 @@
 #include <array>
 #include <string_view>
 
+#include "rastrel/platform/os/dos_eps.h"
+
 namespace rastrel::psscan {
 namespace {
 
-constexpr std::string_view DosSignature = "\xC5\xD0\xD3\xC6";
 constexpr std::size_t HeaderSize = 20;
 constexpr std::string_view Mark = "%!PS";
 // The length that a "%" takes from the search: the four bytes that are compared, and one more.
@@ -15,16 +16,6 @@ constexpr std::size_t Group = Mark.size() + 1;
 
 constexpr bool IsLetter(char byte) {
   return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
-}
-
-// Little-endian; bytes that the file doesn't have are 0.
-std::uint32_t WordAt(std::string_view header, std::size_t offset) {
-  std::uint32_t word = 0;
-  for (std::size_t index = 4; index-- > 0;) {
-    const std::size_t at = offset + index;
-    word = word << 8 | (at < header.size() ? static_cast<unsigned char>(header[at]) : 0U);
-  }
-  return word;
 }
 
 // A sliding match would find marks that other programs miss.
@@ -48,9 +39,10 @@ bool FindStart(LineReader& in, Start& start) {
   const std::string_view header = in.Ahead(HeaderSize).substr(0, HeaderSize);
   if (in.Failed()) return false;
   if (header.starts_with("%!")) return true;
-  if (header.starts_with(DosSignature)) {
-    start.dosOffset = WordAt(header, 4);
-    start.dosLength = WordAt(header, 8);
+  if (os::IsDosEps(header)) {
+    const os::DosEpsPart part = os::ReadDosEpsHead(header).postScript;
+    start.dosOffset = part.place;
+    start.dosLength = part.size;
     start.offset = start.dosOffset;
     in.Seek(start.offset);
     return true;

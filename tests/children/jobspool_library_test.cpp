@@ -44,10 +44,7 @@ class LibraryQueue : public ::testing::Test {
  protected:
   void SetUp() override {
     REQUIRE_GHOSTSCRIPT();
-    const std::string queue = m_Root.Directory().Path("Queue");
-    fs::create_directories(queue + "/rip");
-    fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/JobSpool.exe", queue + "/JobSpool.exe");
-    fs::copy(RASTREL_SOURCE_DIR "/share/rip", queue + "/rip", fs::copy_options::recursive);
+    PutQueueProgram(m_Root.Directory());
   }
 
   // Puts the header in front of a file of that content and converts it.

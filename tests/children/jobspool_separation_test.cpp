@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -21,8 +20,6 @@
 
 namespace rastrel::jobspool::testing {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int Resolution = 90;  // of the job, dots per inch
 // Pixels of the separation in one of the job, for lines. Text is compared pixel by pixel: its
@@ -214,10 +211,7 @@ class CutLinesTruth : public ::testing::Test {
  protected:
   void SetUp() override {
     REQUIRE_GHOSTSCRIPT();
-    const std::string queue = m_Root.Directory().Path("Queue");
-    fs::create_directories(queue + "/rip");
-    fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/JobSpool.exe", queue + "/JobSpool.exe");
-    fs::copy(RASTREL_SOURCE_DIR "/share/rip", queue + "/rip", fs::copy_options::recursive);
+    PutQueueProgram(m_Root.Directory());
     // A hundredth of a millimetre, so that only the place of the lines is left.
     m_Host.m_Settings[{L"RASTREL", L"Flatness"}] = L"1";
     m_Cut.colorKind = CutColorNamed;

@@ -56,6 +56,14 @@ std::vector<std::string> QueueFixture::Leftovers() const {
   return names;
 }
 
+void PutQueueProgram(const test::ScratchDirectory& root) {
+  namespace fs = std::filesystem;
+  const std::string queue = root.Path("Queue");
+  fs::create_directories(queue + "/rip");
+  fs::copy_file(RASTREL_BINARY_DIR "/libexec/rastrel/JobSpool.exe", queue + "/JobSpool.exe");
+  fs::copy(RASTREL_SOURCE_DIR "/share/rip", queue + "/rip", fs::copy_options::recursive);
+}
+
 std::string Header(const std::string& lines) {
   return "%#Velumark Header 2.0\r\n%#Begin Job: 0\r\n%# Title: MyJob\r\n%#Type=Print\r\n" + lines +
          "%#End Job\r\n";

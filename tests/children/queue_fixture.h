@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/children/rip_fixture.h"
+#include "tests/support/scratch_directory.h"
 
 /// Tools of the queue program's tests: a data root with the program in it, and its runs.
 namespace rastrel::jobspool::testing {
@@ -35,6 +36,10 @@ class QueueFixture : public corerast::testing::RipFixture {
   /// Every path below the RIP's directory but its programs and System, and all below c-out.
   [[nodiscard]] std::vector<std::string> Leftovers() const;
 };
+
+/// Puts the built queue program and the RIP's shipped files into a data root of the library, which
+/// starts that program then.
+void PutQueueProgram(const test::ScratchDirectory& root);
 
 /// A block as the library writes it; `lines` are those between type and end, each with its CR LF.
 [[nodiscard]] std::string Header(const std::string& lines = {});

@@ -6,7 +6,6 @@ usage: ask_font_test.py PROGRAM BUILD_TREE
 With RASTREL_TEST_PICTURES the window is saved there, for a person to look at.
 """
 
-import os
 import pathlib
 import shutil
 import subprocess
@@ -18,24 +17,13 @@ import display
 
 PROGRAM, TREE = sys.argv.pop(1), sys.argv.pop(1)
 NEEDED = ("Xvfb", "xdotool")
-PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
 
 
 class AskFont(display.DisplayTest):
     def setUp(self):
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-font-"))
         self.addCleanup(shutil.rmtree, self.home)
-        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_HOME=str(self.home),
-                                RASTREL_RESOURCES=TREE, QT_QPA_PLATFORM="xcb",
-                                QT_ACCESSIBILITY="0", XDG_RUNTIME_DIR=str(self.home))
-        # As for the progress window: the toolkit's own threads are none of a sanitizer's business.
-        for name, option in (("ASAN_OPTIONS", "detect_leaks=0"),
-                             ("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")):
-            self.environment[name] = ":".join([*filter(None, [os.environ.get(name)]), option])
-
-    def xdotool(self, *words, check=True):
-        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
-                              capture_output=True).stdout.strip()
+        self.make_environment(self.home, TREE, self.home, leaks=False)
 
     def ask(self):
         """Starts the program and returns it with its window, which has the keyboard."""
@@ -57,15 +45,9 @@ class AskFont(display.DisplayTest):
     def answer(self, process):
         return process.communicate(timeout=60)[0].strip()
 
-    def press(self, *keys):
-        # As from a keyboard: a key that goes to a window by name stays down when the window goes first.
-        for key in keys:
-            self.xdotool("key", key)
-
     def test_enter_takes_the_usual_font(self):
         process, window = self.ask()
-        if PICTURES:
-            self.window_picture(window).save(f"{PICTURES}/ask-font.png")
+        self.save_picture("ask-font", window)
         self.press("Return")
         self.assertEqual(self.answer(process), "DejaVu Sans")
 

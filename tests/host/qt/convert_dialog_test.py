@@ -6,7 +6,6 @@ usage: convert_dialog_test.py PROGRAM BUILD_TREE
 With RASTREL_TEST_PICTURES the window of each state is saved there, for a person to look at.
 """
 
-import os
 import pathlib
 import shutil
 import subprocess
@@ -18,7 +17,6 @@ import display
 
 PROGRAM, TREE = sys.argv.pop(1), sys.argv.pop(1)
 NEEDED = ("Xvfb", "xdotool")
-PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
 SCALES = ("1", "2")
 START = f"{595 / 72 * 2.54:.17g}"  # the width that the program begins with
 
@@ -31,17 +29,7 @@ class ConvertDialog(display.DisplayTest):
     def setUp(self):
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-convert-"))
         self.addCleanup(shutil.rmtree, self.home)
-        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_HOME=str(self.home),
-                                RASTREL_RESOURCES=TREE, QT_QPA_PLATFORM="xcb", LC_ALL="C.UTF-8",
-                                QT_ACCESSIBILITY="0", XDG_RUNTIME_DIR=str(self.home))
-        # As for the progress window: the toolkit's own threads are none of a sanitizer's business.
-        for name, option in (("ASAN_OPTIONS", "detect_leaks=0"),
-                             ("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")):
-            self.environment[name] = ":".join([*filter(None, [os.environ.get(name)]), option])
-
-    def xdotool(self, *words, check=True):
-        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
-                              capture_output=True).stdout.strip()
+        self.make_environment(self.home, TREE, self.home, leaks=False, LC_ALL="C.UTF-8")
 
     def window(self, title):
         """The window with that title, which has the keyboard."""
@@ -94,17 +82,12 @@ class ConvertDialog(display.DisplayTest):
             missing.discard(process.stdout.readline().strip())
         self.fail(f"{key}: {missing} did not come")
 
-    def geometry(self, window):
-        shown = self.xdotool("getwindowgeometry", "--shell", window)
-        values = dict(line.split("=") for line in shown.splitlines())
-        return [int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")]
-
     def picture(self, name, window):
         """Looks at the window: how many pixels have a color."""
         time.sleep(0.3)
         picture = self.window_picture(window)
-        if PICTURES:
-            picture.save(f"{PICTURES}/{name}.png")
+        if display.PICTURES:
+            picture.save(f"{display.PICTURES}/{name}.png")
         return picture.colors()
 
     def test_enter_takes_the_start_values_as_they_were_set(self):

@@ -15,7 +15,6 @@ import display
 
 COMMAND, TREE = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
 NEEDED = ("Xvfb", "xdotool", "gs")
-PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
 
 # A blue square, and beside it the outline of a red one.
 SIGN = ("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 144 72\n%%EndComments\n"
@@ -32,22 +31,8 @@ class ConvertWindow(display.DisplayTest):
         for name in ("temporary", "runtime"):
             (self.place / name).mkdir(mode=0o700)
         (self.place / "sign.eps").write_text(SIGN, encoding="ascii")
-        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_RESOURCES=TREE,
-                                RASTREL_HOME=str(self.place / "home"), QT_QPA_PLATFORM="xcb",
-                                QT_ACCESSIBILITY="0", LC_ALL="C.UTF-8",
-                                XDG_RUNTIME_DIR=str(self.place / "runtime"),
-                                TMPDIR=str(self.place / "temporary"))
-        # A sanitizer can't see how the toolkit's threads keep each other out.
-        self.environment["TSAN_OPTIONS"] = ":".join(
-            [*filter(None, [os.environ.get("TSAN_OPTIONS")]), "ignore_noninstrumented_modules=1"])
-
-    def xdotool(self, *words, check=True):
-        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
-                              capture_output=True).stdout.strip()
-
-    def press(self, *keys):
-        for key in keys:
-            self.xdotool("key", key)
+        self.make_environment(self.place / "home", TREE, self.place / "runtime", LC_ALL="C.UTF-8",
+                              TMPDIR=str(self.place / "temporary"))
 
     def window(self, title):
         for _ in range(400):
@@ -74,8 +59,8 @@ class ConvertWindow(display.DisplayTest):
             picture = self.window_picture(window)
             colors = picture.colors()
             if all(colors.get(color, 0) >= count for color, count in pixels.items()):
-                if PICTURES:
-                    picture.save(f"{PICTURES}/{name}.png")
+                if display.PICTURES:
+                    picture.save(f"{display.PICTURES}/{name}.png")
                 return colors
             time.sleep(0.05)
         self.fail(f"{name}: {pixels} never came, but {colors}")

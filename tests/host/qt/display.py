@@ -11,6 +11,7 @@ import tempfile
 import unittest
 import zlib
 
+PICTURES = os.environ.get("RASTREL_TEST_PICTURES")  # where windows are saved, for a person to look at
 XWD_COLOR = 12  # bytes of an entry of a dump's color map
 XWD_FIELDS = 25  # numbers at its beginning
 
@@ -47,7 +48,8 @@ class Picture:
 
 
 class DisplayTest(unittest.TestCase):
-    """Its tests share one display, whose name is `name`."""
+    """Its tests share one display, whose name is `name`. A program that shows a window gets
+    `environment`, which make_environment makes."""
 
     @classmethod
     def setUpClass(cls):
@@ -67,14 +69,52 @@ class DisplayTest(unittest.TestCase):
         cls.display.wait()
         cls.buffers.cleanup()
 
+    def make_environment(self, home, tree, runtime, *, leaks=True, **more):
+        """The environment of a program of the build tree that has its data root at `home`, and a
+        private directory for the toolkit. `leaks`: a sanitizer looks for them."""
+        # The toolkit's own threads and locks are none of a sanitizer's business: it can't see how they
+        # keep each other out, and a leak check crashes itself in those that are left behind.
+        sanitizers = {"TSAN_OPTIONS": "ignore_noninstrumented_modules=1"}
+        if not leaks:
+            sanitizers["ASAN_OPTIONS"] = "detect_leaks=0"
+        for name, option in sanitizers.items():
+            sanitizers[name] = ":".join([*filter(None, [os.environ.get(name)]), option])
+        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_HOME=str(home),
+                                RASTREL_RESOURCES=str(tree), QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="0",
+                                XDG_RUNTIME_DIR=str(runtime), **sanitizers, **more)
+
+    def xdotool(self, *words, check=True):
+        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
+                              capture_output=True).stdout.strip()
+
+    def press(self, *keys):
+        # As from a keyboard: a key that goes to a window by name stays down when the window goes first.
+        for key in keys:
+            self.xdotool("key", key)
+
+    def press_cancel(self, window):
+        """Clicks the one button of a progress window, which is at the lower right."""
+        _, _, width, height = self.geometry(window)
+        self.xdotool("mousemove", "--window", window, str(width - 40), str(height - 20), "click", "1")
+
     @classmethod
-    def window_picture(cls, window):
-        """The part of the screen that a window takes."""
+    def geometry(cls, window):
+        """Left, top, width and height of a window, in pixels of the screen."""
         shown = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
                                env=dict(os.environ, DISPLAY=cls.name), text=True, check=True,
                                capture_output=True).stdout
         values = dict(line.split("=") for line in shown.splitlines())
-        return cls.screen(*(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")))
+        return [int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")]
+
+    def save_picture(self, name, window):
+        """Saves the window, if a person wants to look at it."""
+        if PICTURES:
+            self.window_picture(window).save(f"{PICTURES}/{name}.png")
+
+    @classmethod
+    def window_picture(cls, window):
+        """The part of the screen that a window takes."""
+        return cls.screen(*cls.geometry(window))
 
     @classmethod
     def screen(cls, left, top, width, height):

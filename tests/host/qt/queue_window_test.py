@@ -17,7 +17,6 @@ import display
 
 COMMAND, TREE = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
 NEEDED = ("Xvfb", "xdotool", "gs")
-PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
 
 ENDLESS = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 72 72\n0 0 72 72 rectfill\n{ } loop\nshowpage\n"
 SHORT = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 72 72\n0 0 72 72 rectfill\nshowpage\n"
@@ -31,13 +30,8 @@ class QueueWindow(display.DisplayTest):
         self.root = self.place / "home"
         for name in ("output", "temporary", "runtime"):
             (self.place / name).mkdir(mode=0o700)
-        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_HOME=str(self.root),
-                                RASTREL_RESOURCES=TREE, QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="0",
-                                XDG_RUNTIME_DIR=str(self.place / "runtime"),
-                                TMPDIR=str(self.place / "temporary"))
-        # A sanitizer can't see how the toolkit's threads keep each other out.
-        self.environment["TSAN_OPTIONS"] = ":".join(
-            [*filter(None, [os.environ.get("TSAN_OPTIONS")]), "ignore_noninstrumented_modules=1"])
+        self.make_environment(self.root, TREE, self.place / "runtime",
+                              TMPDIR=str(self.place / "temporary"))
 
     def start(self, content, **extra):
         (self.place / "sign.ps").write_text(content, encoding="ascii")
@@ -74,24 +68,9 @@ class QueueWindow(display.DisplayTest):
             time.sleep(0.05)
         return self.fail(f"{what} never came")
 
-    def xdotool(self, *words, check=True):
-        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
-                              capture_output=True).stdout.strip()
-
     def window(self):
         return self.wait_until("the window", lambda: self.xdotool(
             "search", "--onlyvisible", "--name", "Processing", check=False)).split()[0]
-
-    def press_cancel(self, window):
-        size = dict(line.split("=") for line in
-                    self.xdotool("getwindowgeometry", "--shell", window).splitlines())
-        # The one button stands at the lower right.
-        self.xdotool("mousemove", "--window", window, str(int(size["WIDTH"]) - 40),
-                     str(int(size["HEIGHT"]) - 20), "click", "1")
-
-    def picture(self, name, window):
-        if PICTURES:
-            self.window_picture(window).save(f"{PICTURES}/{name}.png")
 
     def wait_for_interpreter(self, process):
         """All that works then."""
@@ -116,7 +95,7 @@ class QueueWindow(display.DisplayTest):
         working = self.wait_for_interpreter(process)
         self.assertIn("JobSpool.exe", working.values())
         time.sleep(0.3)
-        self.picture("queue-window", window)
+        self.save_picture("queue-window", window)
         self.press_cancel(window)
         self.assert_cancelled(process, working)
 

@@ -19,7 +19,6 @@ import display
 
 PROGRAM, TREE = sys.argv.pop(1), sys.argv.pop(1)
 NEEDED = ("Xvfb", "xdotool")
-PICTURES = os.environ.get("RASTREL_TEST_PICTURES")
 
 SLOW = """#!/bin/sh
 echo $$ >>"$RASTREL_HOME/children"
@@ -57,14 +56,7 @@ class Windows(display.DisplayTest):
     def setUp(self):
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="rastrel-windows-"))
         self.addCleanup(shutil.rmtree, self.home)
-        self.environment = dict(os.environ, DISPLAY=self.name, RASTREL_HOME=str(self.home),
-                                RASTREL_RESOURCES=TREE, QT_QPA_PLATFORM="xcb",
-                                QT_ACCESSIBILITY="0", XDG_RUNTIME_DIR=str(self.home))
-        # The toolkit's own threads and locks are none of a sanitizer's business: it can't see how they
-        # keep each other out, and a leak check crashes itself in those that are left behind.
-        for name, option in (("ASAN_OPTIONS", "detect_leaks=0"),
-                             ("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")):
-            self.environment[name] = ":".join([*filter(None, [os.environ.get(name)]), option])
+        self.make_environment(self.home, TREE, self.home, leaks=False)
         self.file = self.home / "sign.ps"
         self.file.write_text("%!PS\nshowpage\n")
 
@@ -84,10 +76,6 @@ class Windows(display.DisplayTest):
         self.addCleanup(process.kill)
         return process
 
-    def xdotool(self, *words, check=True):
-        return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
-                              capture_output=True).stdout.strip()
-
     def window(self):
         for _ in range(200):
             found = self.xdotool("search", "--onlyvisible", "--name", "Processing", check=False)
@@ -103,17 +91,6 @@ class Windows(display.DisplayTest):
                 return
             time.sleep(0.05)
         self.fail(f"{name} did not come")
-
-    def picture(self, name, window):
-        if PICTURES:
-            self.window_picture(window).save(f"{PICTURES}/{name}.png")
-
-    def press_cancel(self, window):
-        size = dict(line.split("=") for line in
-                    self.xdotool("getwindowgeometry", "--shell", window).splitlines())
-        # The one button stands at the lower right.
-        self.xdotool("mousemove", "--window", window, str(int(size["WIDTH"]) - 40),
-                     str(int(size["HEIGHT"]) - 20), "click", "1")
 
     def key(self, window, name):
         # As from a keyboard: a key that goes to a window by name stays down when the window goes first.
@@ -133,7 +110,7 @@ class Windows(display.DisplayTest):
             self.wait_for("half")
             window = self.window()
             time.sleep(0.3)
-            self.picture(f"{how.__name__}-{turn}", window)
+            self.save_picture(f"{how.__name__}-{turn}", window)
             how(window)
             line = process.stdout.readline()
             self.assertRegex(line, "^result 2 cancelled 1")
@@ -163,7 +140,7 @@ class Windows(display.DisplayTest):
         process = self.start(QUICK)
         window = self.window()
         time.sleep(0.2)
-        self.picture("start", window)
+        self.save_picture("start", window)
         output, _ = process.communicate(timeout=30)
         self.assertRegex(output, r"result 1 cancelled 0\nresult 1 cancelled 0 threads \+0 "
                                  r"descriptors \+0\n")
@@ -175,7 +152,7 @@ class Windows(display.DisplayTest):
             self.wait_for("half")
             window = self.window()
             time.sleep(0.3)
-            self.picture(f"scale-{scale}", window)
+            self.save_picture(f"scale-{scale}", window)
             size = self.xdotool("getwindowgeometry", "--shell", window)
             sizes.append(int(re.search(r"WIDTH=(\d+)", size).group(1)))
             process.kill()
