@@ -2,6 +2,9 @@
 // pages: whole processes, turn by turn, with the same compression on both sides. The documents are
 // made here, each page of text, areas, curves and a picture.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <random>
@@ -227,6 +230,15 @@ std::string PdfOf(const bench::DataRoot& root, const std::string& postScript) {
   return pdf;
 }
 
+/// Whether the command makes the pages of PostScript in several interpreters.
+bool HasParallelPages(const bench::DataRoot& root) {
+  const std::string help = root.File("help", "");
+  const int file = ::open(help.c_str(), O_WRONLY | O_CLOEXEC);
+  bench::Run({Command, "print", "--help"}, {.output = file});
+  ::close(file);
+  return root.Read("help").find("--parallel-pages") != std::string::npos;
+}
+
 }  // namespace
 
 int main() {
@@ -237,7 +249,7 @@ int main() {
   const std::string sheet = root.File("sheet.ps", LargeSheet());
   const std::string pdf = PdfOf(root, pages);
   const std::string rgb = "RGB/300 dpi";
-  const std::vector<Work> works = {
+  std::vector<Work> works = {
       {"print 20 pages of PDF", pdf, rgb, "tiff24nc", {}, "lzw", 0.6},
       {"print 20 pages of PDF", pdf, rgb, "tiff24nc", {}, "none", 0.8},
       {"print 20 pages of PostScript", pages, rgb, "tiff24nc", {}, "lzw", 0.8},
@@ -246,6 +258,12 @@ int main() {
       {"print 1 page A4", page, rgb, "tiff24nc", {}, "none", 1.3},
       {"print A1 in CMYK with a spot", sheet, "CMYK/300 dpi", "tiffsep", {}, "lzw", 1.1},
   };
+  if (HasParallelPages(root)) {
+    const std::string name = "print 20 pages of PostScript, --parallel-pages";
+    for (const auto& [compression, limit] : {std::pair{"lzw", 0.65}, std::pair{"none", 0.9}}) {
+      works.push_back({name, pages, rgb, "tiff24nc", {"--parallel-pages"}, compression, limit});
+    }
+  }
   for (const Work& work : works) {
     Measurement measurement(root, work);
     measurement.Run();
