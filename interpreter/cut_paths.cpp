@@ -177,11 +177,13 @@ void CutPaths::Grow(std::uint64_t bytes) {
 void CutPaths::BeginPage() {
   m_Bytes -= m_Present.bytes;
   m_Present = {};
+  m_Unsettled = false;
   m_Open = 0;
 }
 
 void CutPaths::EndPage() {
   ++m_Ended;
+  Settle();
   m_Open = 0;
   if (m_Present.paths.empty()) {
     BeginPage();
@@ -195,6 +197,15 @@ void CutPaths::TakeColor(const std::string& text) {
   if (m_Set && m_Colors.size() <= MaximumColors) m_Colors.push_back(text);
 }
 
+// A clip comes after the first path that has it, so a path's clip is known when the next one
+// begins.
+void CutPaths::Settle() {
+  if (!std::exchange(m_Unsettled, false)) return;
+  const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
+  if (isNew) Grow(m_Clip.size() + sizeof(Path));
+  m_Present.paths.back().clip = clip->second;
+}
+
 // A path, clip or mark of a failure begins.
 void CutPaths::Begin(char letter) {
   m_Open = 0;
@@ -203,12 +214,13 @@ void CutPaths::Begin(char letter) {
     m_Open = 'K';
   } else if (letter == 'X') {
     m_Lost = true;
+    m_Unsettled = false;
     if (!m_Present.paths.empty()) m_Present.paths.pop_back();
   } else {
-    const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
-    if (isNew) Grow(m_Clip.size() + sizeof(Path));
-    m_Present.paths.push_back({letter, {}, clip->second});
+    Settle();
+    m_Present.paths.push_back({letter, {}, 0});
     Grow(sizeof(Path));
+    m_Unsettled = true;
     m_Open = 'P';
   }
 }
@@ -222,12 +234,17 @@ void CutPaths::Append(std::string_view text) {
   }
 }
 
-// Capital letters begin an item; the text before the first one belongs to the open item.
+// Capital letters begin an item; the text before the first one belongs to the open item. They are
+// looked for in one pass: a search for a set of letters takes a call for each character.
 void CutPaths::TakePiece(std::string_view piece) {
+  const auto isLetter = [](char one) {
+    return one == 'S' || one == 'F' || one == 'E' || one == 'T' || one == 'K' || one == 'X';
+  };
   while (!piece.empty()) {
-    const std::size_t next = piece.find_first_of("SFETKX");
+    const auto next =
+        static_cast<std::size_t>(std::ranges::find_if(piece, isLetter) - piece.begin());
     Append(piece.substr(0, next));
-    if (next == piece.npos) break;
+    if (next == piece.size()) break;
     Begin(piece[next]);
     piece.remove_prefix(next + 1);
   }

@@ -56,6 +56,7 @@ class CutPaths {
   void TakeColor(const std::string& text);
   void TakePiece(std::string_view piece);
   void Begin(char letter);
+  void Settle();
   void Append(std::string_view text);
   void Grow(std::uint64_t bytes);
 
@@ -64,8 +65,9 @@ class CutPaths {
   std::set<std::string> m_Met;        // those of them that a path has
   bool m_Lost = false;                // a path could not be read
   Page m_Present;
-  char m_Open = 0;     // the open item: 'P' the last path, 'K' the clip, 0 nothing
-  std::string m_Clip;  // segments of the clip in force
+  bool m_Unsettled = false;  // the last path has no clip yet
+  char m_Open = 0;           // the open item: 'P' the last path, 'K' the clip, 0 nothing
+  std::string m_Clip;        // segments of the clip in force
   std::uint64_t m_Bytes = 0;
   unsigned m_Ended = 0;
   std::map<unsigned, Page> m_Pages;  // ended ones that have paths

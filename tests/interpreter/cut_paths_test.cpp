@@ -22,10 +22,12 @@ pages::PageInfo PageInfoOf(unsigned page) {
 
 const std::string WholePage = "K m 0 0 l 200 0 l 200 100 l 0 100 h ";
 
-// Kind, line width and the color's number; segments. In two pieces.
+// Kind, line width and the color's number; segments; the clip. In pieces.
 void Draw(CutPaths& paths, const std::string& head, const std::string& segments) {
-  EXPECT_TRUE(paths.Add({"CUT", WholePage + head + " "}));
+  EXPECT_TRUE(paths.Add({"CUT", head + " "}));
   EXPECT_TRUE(paths.Add({"CUT", segments}));
+  EXPECT_TRUE(paths.Add({"CUT", WholePage.substr(0, 9)}));
+  EXPECT_TRUE(paths.Add({"CUT", WholePage.substr(9)}));
 }
 
 // Cut paths with the color gray 0.2 set.
@@ -83,6 +85,27 @@ TEST(CutPaths, that_failed_on_their_way_are_left_out) {
   EXPECT_EQ(paths.Take(PageInfoOf(1)).find("path\n"), std::string::npos);
 }
 
+TEST(CutPaths, keep_the_clip_of_a_path_that_failed_for_those_after_it) {
+  CutPaths paths = WithGray();
+  EXPECT_TRUE(
+      paths.Add({"CUT", "S 0 0 m 1 1 l 2 2 K m 0 0 l 9 0 l 9 9 h X S 0 0 m 20 20 l 30 20 "}));
+  paths.EndPage();
+  EXPECT_NE(paths.Take(PageInfoOf(1))
+                .find("paths: 1\npath\nkind: stroke\ncolour: gray 0.2\n"
+                      "line-width: 0\nclip: outside\n"),
+            std::string::npos);
+}
+
+TEST(CutPaths, of_the_next_page_have_the_clip_of_the_last_one_until_another_comes) {
+  CutPaths paths = WithGray();
+  Draw(paths, "S 0 0", "m 0 0 l 2 0 ");
+  paths.EndPage();
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 4 0 "}));
+  paths.EndPage();
+  for (const unsigned page : {1U, 2U})
+    EXPECT_NE(paths.Take(PageInfoOf(page)).find("clip: inside\n"), std::string::npos) << page;
+}
+
 TEST(CutPaths, belong_to_the_page_that_ends_after_them) {
   CutPaths paths = WithGray();
   Draw(paths, "S 0 0", "m 0 0 l 2 0 ");
@@ -110,10 +133,10 @@ TEST(CutPaths, keep_a_colors_name_on_its_line) {
 TEST(CutPaths, say_how_they_lie_to_the_clip_and_list_those_that_cross_one) {
   CutPaths paths = WithGray();
   const std::string clip = "K m 20 20 l 120 20 l 120 80 l 20 80 h ";
-  EXPECT_TRUE(paths.Add({"CUT", clip + "S 0 0 m 20 20 l 120 80 "}));
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 20 20 l 120 80 " + clip}));
   EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 10 100 S 0 0 m 20 20 l 121 80 "}));
-  EXPECT_TRUE(paths.Add({"CUT", WholePage + "S 0 0 m 0 0 l 10 100 "}));
-  EXPECT_TRUE(paths.Add({"CUT", clip + "S 0 0 m 20 20 l 20 81 "}));
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 10 100 " + WholePage}));
+  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 20 20 l 20 81 " + clip}));
   paths.EndPage();
   const std::string path = "path\nkind: stroke\ncolour: gray 0.2\nline-width: 0\nclip: ";
   EXPECT_EQ(paths.Take(PageInfoOf(1)),
@@ -145,7 +168,7 @@ TEST(CutPaths, are_refused_beyond_their_limit) {
     EXPECT_LE(taken, CutPaths::Limit);
     EXPECT_GT(taken, CutPaths::Limit / 2);
     paths.BeginPage();
-    EXPECT_TRUE(paths.Add({"CUT", "K S 0 0 "}));
+    EXPECT_TRUE(paths.Add({"CUT", "S 0 0 K "}));
   }
 }
 
