@@ -1,16 +1,22 @@
 #include "cli/document/bitmap_conversion.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/document/conversion_report.h"
 #include "cli/document/direct_conversion.h"
 #include "cli/document/page_preview.h"
+#include "interpreter/interpreter.h"
+#include "rastrel/conversion/bitmap/bitmap_settings.h"
 #include "rastrel/conversion/bitmap/convert_ps_to_bmp.h"
 #include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
 #include "rastrel/platform/host/length_units.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
 #include "rastrel/platform/standalone/filled_views.h"
 
 namespace rastrel::cli {
@@ -89,18 +95,52 @@ ConversionEnd EndOf(const ConversionViews& views, ConversionEnd without) {
   return views.HasWorked() || !views.Message().empty() ? ConversionEnd::Ran : without;
 }
 
+// The spot colors that a PDF paints; none if that can't be found out.
+std::vector<CString> SpotsOf(const InputFile& input) {
+  std::vector<CString> names;
+  const auto spots = interpreter::PaintedSpots(input.path, std::nullopt);
+  if (!spots) return names;
+  for (const std::string& spot : *spots) names.emplace_back(os::WideFromUtf8(spot).c_str());
+  return names;
+}
+
+// The library's dialog, of a file that the library's conversion does not know. A person's answers
+// become the options.
+ConversionEnd AskAndConvert(const InputFile& input, const ConversionRequest& request) {
+  const BOUNDS page = MeasuredPage(input, request);
+  PS2BmpParams params;
+  params.hasBounds = 1;
+  params.width = std::abs(page.xmax - page.xmin);
+  params.height = std::abs(page.ymax - page.ymin);
+  params.cut.resolution = conversion::KeptResolution();
+  if (!conversion::EditBitmapParams(params, SpotsOf(input))) return ConversionEnd::Dismissed;
+  ConversionRequest answered = request;
+  answered.size = {.widthCm = params.width, .heightCm = params.height};
+  answered.resolution = params.cut.resolution;
+  answered.cut = params.cut;
+  return ConvertOutsideDialog(input, answered);
+}
+
+ConversionEnd RunAsked(const InputFile& input, const ConversionRequest& request,
+                       ConversionViews& views) {
+  PagePreview preview(input.path);
+  views.SetPreview(CPS2BmpDlg::ResourceId, &preview);
+  ConversionEnd end = ConversionEnd::Dismissed;
+  if (input.extension == ".pdf") {
+    end = AskAndConvert(input, request);
+  } else {
+    Convert(input);
+  }
+  views.SetPreview(CPS2BmpDlg::ResourceId, nullptr);
+  return EndOf(views, end);
+}
+
 }  // namespace
 
 ConversionEnd RunBitmapConversion(const InputFile& input, const ConversionRequest& request,
                                   ConversionHost& host, ConversionViews& views) {
+  if (request.window || request.ask) return RunAsked(input, request, views);
   if (input.extension == ".pdf") return ConvertOutsideDialog(input, request);
-  if (request.window || request.ask) {
-    PagePreview preview(input.path);
-    views.SetPreview(CPS2BmpDlg::ResourceId, &preview);
-    Convert(input);
-    views.SetPreview(CPS2BmpDlg::ResourceId, nullptr);
-    return EndOf(views, ConversionEnd::Dismissed);
-  }
   standalone::FilledViews filled(
       CPS2BmpDlg::ResourceId, [&](const ControlStates& shown) { return ValuesOf(request, shown); },
       views);

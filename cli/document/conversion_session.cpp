@@ -11,21 +11,18 @@
 namespace rastrel::cli {
 namespace {
 
-// Somebody must be there to answer, and something to be asked.
-void CheckAnswers(const ConversionRequest& request, const InputFile& input) {
+// Somebody must be there to answer.
+void CheckAnswers(const ConversionRequest& request) {
   if (!request.ask) return;
   if (!os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Input)) ||
       !os::IsTerminalDevice(os::StandardHandle(os::StandardStream::Error)))
     throw CommandError(ExitStatus::WrongUse,
                        "--ask: input and standard error are not both a terminal");
-  if (input.extension == ".pdf")
-    throw CommandError(ExitStatus::WrongUse,
-                       "--ask: a PDF has no questions; give --size, --dpi and --cut-color");
 }
 
 ResultPlace CheckedPlace(const Invocation& invocation, const ConversionRequest& request,
                          const InputFile& input) {
-  CheckAnswers(request, input);
+  CheckAnswers(request);
   return PlaceOfResult(invocation, request.result, input);
 }
 

@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cmath>
-#include <vector>
+#include <utility>
 
 #include "rastrel/conversion/dialogs/ps2bmp_dlg.h"
 #include "rastrel/conversion/scan_group.h"
@@ -57,6 +57,10 @@ bool AskBitmapParams(const wchar_t* path, PS2BmpParams& params) {
   params.cut.resolution = KeptResolution();
   params.width = CentimetresBetween(bounds.left, bounds.right);
   params.height = CentimetresBetween(bounds.top, bounds.bottom);
+  return EditBitmapParams(params, std::move(names));
+}
+
+bool EditBitmapParams(PS2BmpParams& params, std::vector<CString> names) {
   CPS2BmpDlg dialog(params, std::move(names), nullptr);
   if (dialog.DoModal() != host::OkCommand) return false;
   params = dialog.GetParams();

@@ -197,6 +197,31 @@ class Terminal(unittest.TestCase):
         self.assertIn(b"234.4 KB", shown, "400 by 200 pixels of 3 bytes")
         self.assertIn('width="101.6mm"', (self.place / "sign.svg").read_text())
 
+    def ask_for_a_pdf(self, *steps):
+        """A page of 144 by 72 points with a frame in the spot colour Knife."""
+        objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+                   "<</Type/Page/Parent 2 0 R/MediaBox[0 0 144 72]/Contents 4 0 R/Resources<</ColorSpace<</K "
+                   "[/Separation/Knife/DeviceCMYK<</FunctionType 2/Domain[0 1]/C0[0 0 0 0]/C1[0 1 0 0]/N 1>>]"
+                   ">>>>>>", "<</Length 32>>stream\n/K CS 1 SCN 2 w 18 18 36 36 re S\nendstream"]
+        body = "".join(f"{number} 0 obj{thing}endobj\n" for number, thing in enumerate(objects, 1))
+        (self.place / "sign.pdf").write_text(f"%PDF-1.4\n{body}trailer<</Root 1 0 R>>\n%%EOF\n")
+        return self.converse(["convert", "sign.pdf", "-o", "sign.svg", "--ask"], *steps)
+
+    def test_a_pdf_is_asked_for_with_its_own_size_and_spot_colours(self):
+        status, shown = self.ask_for_a_pdf(
+            (b"Height (cm) [2.54]: ", b"5.08\n"), (b"Width (cm) [5.08]: ", b"10.16\n"),
+            (b"Resolution (dpi) [72]: ", b"100\n"), (b"Cut line, y or n [n]: ", b"y\n"),
+            (b"Number [1]: ", b"3\n"), (b"Knife", b"\n"))
+        self.assertEqual(status, 0, shown)
+        svg = (self.place / "sign.svg").read_text()
+        self.assertIn('width="101.6mm"', svg)
+        self.assertIn('class="cut-line"', svg)
+
+    def test_a_pdf_may_be_cancelled_at_its_questions(self):
+        status, shown = self.ask_for_a_pdf((b"Height (cm) [2.54]: ", b"q\n"))
+        self.assertEqual(status, 4, shown)
+        self.assertFalse((self.place / "sign.svg").exists())
+
     def test_a_conversion_is_cancelled_by_each_key_and_leaves_nothing(self):
         for key in (b"q\n", b"\x03", b"\x04"):
             status, shown = self.ask_for_a_conversion((b"Height (cm) [2.54]: ", b"\n"),

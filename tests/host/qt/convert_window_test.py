@@ -43,8 +43,8 @@ class ConvertWindow(display.DisplayTest):
             time.sleep(0.05)
         self.fail(f"no window {title}")
 
-    def convert(self):
-        process = subprocess.Popen([COMMAND, "convert", "sign.eps", "-o", "sign.svg", "--window"],
+    def convert(self, name="sign.eps"):
+        process = subprocess.Popen([COMMAND, "convert", name, "-o", "sign.svg", "--window"],
                                    cwd=self.place, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                    text=True, env=self.environment)
         self.addCleanup(process.stdout.close)
@@ -91,6 +91,23 @@ class ConvertWindow(display.DisplayTest):
         self.assertEqual(process.returncode, 0, output + error)
         self.assertTrue((self.place / "sign.svg").exists())
         self.assertNotIn("warning", error, "a colour that was shown once, and met no paint")
+        self.assertEqual(self.left(), [])
+
+    def test_a_pdf_has_its_size_and_its_preview(self):
+        content = "0 0 1 rg 0 0 72 72 re f /K CS 1 SCN 90 18 36 36 re S"
+        objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+                   "<</Type/Page/Parent 2 0 R/MediaBox[0 0 144 72]/Contents 4 0 R/Resources<</ColorSpace<</K "
+                   "[/Separation/Knife/DeviceRGB<</FunctionType 2/Domain[0 1]/C0[1 1 1]/C1[1 0 0]/N 1>>]>>>>>>",
+                   f"<</Length {len(content)}>>stream\n{content}\nendstream"]
+        body = "".join(f"{number} 0 obj{thing}endobj\n" for number, thing in enumerate(objects, 1))
+        (self.place / "sign.pdf").write_text(f"%PDF-1.4\n{body}trailer<</Root 1 0 R>>\n%%EOF\n")
+        process, window = self.convert("sign.pdf")
+        self.see("convert-pdf", window, {BLUE: 1000, RED: 50})
+        self.press("Return")
+        output, error = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 0, output + error)
+        svg = (self.place / "sign.svg").read_text()
+        self.assertIn('width="50.8mm"', svg)
         self.assertEqual(self.left(), [])
 
     def test_escape_makes_nothing_and_leaves_nothing(self):
