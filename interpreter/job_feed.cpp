@@ -14,19 +14,28 @@ constexpr std::size_t BufferSize = 65536;
 }  // namespace
 
 JobFeed::JobFeed(int file, std::uint64_t offset, std::uint64_t length, os::FileDescriptor pipe)
-    : m_File(file), m_Offset(offset), m_Length(length), m_Pipe(std::move(pipe)) {}
+    : JobFeed(file, {{offset, length}}, std::move(pipe)) {}
+
+JobFeed::JobFeed(int file, std::vector<FilePart> parts, os::FileDescriptor pipe)
+    : m_File(file), m_Parts(std::move(parts)), m_Length(0), m_Pipe(std::move(pipe)) {
+  for (const FilePart& part : m_Parts) m_Length += part.length;
+}
 
 Expected<void> JobFeed::Refill() {
-  m_Buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(BufferSize, m_Length - m_Read)));
+  while (m_Parts[m_Part].length == 0) ++m_Part;
+  FilePart& part = m_Parts[m_Part];
+  m_Buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(BufferSize, part.length)));
   ssize_t count = 0;
   do {
-    count = pread(m_File, m_Buffer.data(), m_Buffer.size(), static_cast<off_t>(m_Offset + m_Read));
+    count = pread(m_File, m_Buffer.data(), m_Buffer.size(), static_cast<off_t>(part.offset));
   } while (count < 0 && errno == EINTR);
   if (count < 0) {
     return FailureOf("The job can't be read: " + DescribeError(errno), FailureCode::BadInput);
   }
   if (count == 0) m_Length = m_Read;  // the file has become shorter
   m_Buffer.resize(static_cast<std::size_t>(count));
+  part.offset += static_cast<std::uint64_t>(count);
+  part.length -= static_cast<std::uint64_t>(count);
   m_Read += static_cast<std::uint64_t>(count);
   m_Sent = 0;
   return {};

@@ -49,12 +49,11 @@ Expected<RunRequest> ShareOf(const RunRequest& request, std::size_t interpreters
 // One range: the run that makes it, on a thread of its own, and its reports.
 class LaterPages::Range final : public RunListener {
  public:
-  Range(PageRange pages, RunDirectory directory, RunRequest request, std::shared_ptr<JobUse> use,
-        os::FileDescriptor listening, os::FileDescriptor heard, int signal)
-      : m_Pages(pages),
+  Range(RunPart part, RunDirectory directory, RunRequest request, os::FileDescriptor listening,
+        os::FileDescriptor heard, int signal)
+      : m_Part(std::move(part)),
         m_Directory(std::move(directory)),
         m_Request(std::move(request)),
-        m_Use(std::move(use)),
         m_Listening(std::move(listening)),
         m_Heard(std::move(heard)),
         m_Signal(signal) {}
@@ -69,10 +68,13 @@ class LaterPages::Range final : public RunListener {
     m_Listening.Reset();
     if (m_Thread != nullptr) std::exchange(m_Thread, nullptr)->Join();
     if (const auto number = m_Number.load(); number >= 0)
-      m_Use->Drop(static_cast<std::size_t>(number));
+      m_Part.use->Drop(static_cast<std::size_t>(number));
   }
 
-  [[nodiscard]] const PageRange& Pages() const { return m_Pages; }
+  [[nodiscard]] const PageRange& Pages() const { return m_Part.pages; }
+  // Before the job; complete once it has begun.
+  [[nodiscard]] const std::vector<RunText>& Beginning() const { return m_Beginning; }
+  [[nodiscard]] bool HasBegun() const { return m_HasBegun; }
   [[nodiscard]] const RunDirectory& Directory() const { return m_Directory; }
   [[nodiscard]] unsigned Made() const { return m_Made; }
   [[nodiscard]] bool IsAmiss() const { return m_IsAmiss; }
@@ -81,26 +83,29 @@ class LaterPages::Range final : public RunListener {
   void StateReached(RunState) override { m_HasBegun = true; }
   void Progressed(unsigned) override {}
   void PageMade(unsigned) override { ++m_Made; }
-  // Prolog and prefix have said the same to the first run.
-  void Warned(const std::string&) override { Complain(m_HasBegun); }
-  void Noted(const std::string&) override { Complain(m_HasBegun); }
-  void Printed(const std::string&) override { Complain(m_HasBegun); }
+  // Prolog and prefix say the same to each run.
+  void Warned(const std::string& text) override { Take({&RunListener::Warned, text}); }
+  void Noted(const std::string& text) override { Take({&RunListener::Noted, text}); }
+  void Printed(const std::string& text) override { Take({&RunListener::Printed, text}); }
   [[nodiscard]] int Pipe() const override { return m_Heard.Get(); }
 
  private:
   void Work(Guardian& guardian) {
     try {
       const PrintMode mode;
-      RipRun run(std::move(m_Request), mode, m_Directory, *this, guardian,
-                 {.pages = m_Pages, .use = m_Use, .later = nullptr});
+      RipRun run(std::move(m_Request), mode, m_Directory, *this, guardian, m_Part);
       m_Number = static_cast<std::ptrdiff_t>(run.Number());
       const auto ran = run.Run();
-      Complain(!ran || run.Pages() != m_Pages.Count());
+      Complain(!ran || run.Pages() != m_Part.pages.Count());
     } catch (const std::exception&) {
       Complain(true);
     }
     m_IsDone = true;
     Signal();
+  }
+  void Take(RunText text) {
+    if (!m_HasBegun) m_Beginning.push_back(std::move(text));
+    Complain(m_HasBegun);
   }
   void Complain(bool isAmiss) {
     if (!isAmiss) return;
@@ -109,10 +114,9 @@ class LaterPages::Range final : public RunListener {
   }
   void Signal() const { static_cast<void>(eventfd_write(m_Signal, 1)); }
 
-  const PageRange m_Pages;
+  const RunPart m_Part;
   const RunDirectory m_Directory;
   RunRequest m_Request;
-  const std::shared_ptr<JobUse> m_Use;
   os::FileDescriptor m_Listening;
   const os::FileDescriptor m_Heard;
   const int m_Signal;
@@ -121,7 +125,8 @@ class LaterPages::Range final : public RunListener {
   std::atomic<unsigned> m_Made{0};
   std::atomic<bool> m_IsAmiss{false};
   std::atomic<bool> m_IsDone{false};
-  bool m_HasBegun = false;  // of the run's thread
+  std::atomic<bool> m_HasBegun{false};
+  std::vector<RunText> m_Beginning;  // of the run's thread until it has begun
 };
 
 LaterPages::LaterPages(const RunDirectory& directory, Guardian& guardian)
@@ -136,25 +141,47 @@ void LaterPages::Start(const RunRequest& request, const std::shared_ptr<JobUse>&
   if (plan.empty()) return;
   m_Signal = os::FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   // Where the machine has no more to give, one interpreter makes all.
-  if (!m_Signal.IsOpen() || !Begin(request, use, plan)) GiveUp();
+  bool isWell = m_Signal.IsOpen();
+  for (const PageRange& range : plan) {
+    isWell = isWell && Begin(request, plan.size() + 1, {.pages = range, .use = use});
+  }
+  if (!isWell) GiveUp();
 }
 
-Expected<void> LaterPages::Begin(const RunRequest& request, const std::shared_ptr<JobUse>& use,
-                                 const std::vector<PageRange>& plan) {
-  for (const PageRange& pages : plan) {
-    auto share = ShareOf(request, plan.size() + 1);
-    if (!share) return share.Error();
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", {}, errno};
-    os::FileDescriptor listening(ends[0]);
-    os::FileDescriptor heard(ends[1]);
-    auto directory = RunDirectory::MakeIn(m_Directory.Path(), m_Guardian);
-    if (!directory) return directory.Error();
-    m_Ranges.push_back(std::make_unique<Range>(pages, std::move(*directory), std::move(*share), use,
-                                               std::move(listening), std::move(heard),
-                                               m_Signal.Get()));
-    if (!m_Ranges.back()->Start(m_Guardian)) return FailureOf("no thread");
+bool LaterPages::StartAll(const RunRequest& request, const std::shared_ptr<JobUse>& use,
+                          const DscPages& pages, const std::vector<PageRange>& plan) {
+  m_HasStarted = true;
+  m_Signal = os::FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  bool isWell = m_Signal.IsOpen();
+  for (const PageRange& range : plan) {
+    const FilePart& first = pages.pages[range.first - 1];
+    const FilePart& last = pages.pages[range.last - 1];
+    const FilePart own{first.offset, last.offset + last.length - first.offset};
+    isWell = isWell && Begin(request, plan.size(),
+                             {.pages = range, .parts = {pages.head, own, pages.tail}, .use = use});
   }
+  if (!isWell) GiveUp();
+  return isWell;
+}
+
+bool LaterPages::HaveBegun() const { return !m_Ranges.empty() && m_Ranges.front()->HasBegun(); }
+
+const std::vector<RunText>& LaterPages::Beginning() const { return m_Ranges.front()->Beginning(); }
+
+Expected<void> LaterPages::Begin(const RunRequest& request, std::size_t interpreters,
+                                 RunPart part) {
+  auto share = ShareOf(request, interpreters);
+  if (!share) return share.Error();
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", {}, errno};
+  os::FileDescriptor listening(ends[0]);
+  os::FileDescriptor heard(ends[1]);
+  auto directory = RunDirectory::MakeIn(m_Directory.Path(), m_Guardian);
+  if (!directory) return directory.Error();
+  m_Ranges.push_back(std::make_unique<Range>(std::move(part), std::move(*directory),
+                                             std::move(*share), std::move(listening),
+                                             std::move(heard), m_Signal.Get()));
+  if (!m_Ranges.back()->Start(m_Guardian)) return FailureOf("no thread");
   return {};
 }
 

@@ -5,11 +5,20 @@
 #include <string>
 #include <vector>
 
+#include "interpreter/dsc_pages.h"
 #include "interpreter/interpreter.h"
 #include "interpreter/job_use.h"
 #include "interpreter/page_plan.h"
 
 namespace rastrel::interpreter {
+
+struct RunPart;
+
+/// A text of a run, for its listener.
+struct RunText {
+  void (RunListener::*hear)(const std::string&);
+  std::string text;
+};
 
 /// Takes the later pages of a PDF off the run that makes the first ones: further interpreters make
 /// ranges of them at the same time, each within its own walls and limits, under the same guardian,
@@ -35,6 +44,15 @@ class LaterPages {
   /// for `use`.
   void Start(const RunRequest& request, const std::shared_ptr<JobUse>& use, unsigned pages,
              double pixels);
+  /// Starts a run for each range of a PostScript job; together they make all pages. False if the
+  /// machine has no more to give: nothing runs then.
+  [[nodiscard]] bool StartAll(const RunRequest& request, const std::shared_ptr<JobUse>& use,
+                              const DscPages& pages, const std::vector<PageRange>& plan);
+  /// Whether the first of those has begun with the job; and the notes and warnings of prolog and
+  /// prefix before that, once that is so.
+  [[nodiscard]] bool HaveBegun() const;
+  [[nodiscard]] const std::vector<RunText>& Beginning() const;
+
   /// An interpreter has printed something: the first is to make all pages.
   void Complain() { m_IsAmiss = true; }
   /// Ends the others, and removes their pages.
@@ -60,8 +78,8 @@ class LaterPages {
  private:
   class Range;
 
-  [[nodiscard]] Expected<void> Begin(const RunRequest& request, const std::shared_ptr<JobUse>& use,
-                                     const std::vector<PageRange>& plan);
+  [[nodiscard]] Expected<void> Begin(const RunRequest& request, std::size_t interpreters,
+                                     RunPart part);
 
   const RunDirectory& m_Directory;
   Guardian& m_Guardian;

@@ -26,4 +26,18 @@ std::vector<PageRange> PlanRanges(const JobWork& work, const Settings& settings)
   return ranges;
 }
 
+std::vector<PageRange> EqualRanges(unsigned pages, const Settings& settings) {
+  const std::uint64_t count = std::min(
+      {std::uint64_t{pages}, settings.processes, settings.memoryMebibytes / ShareMebibytes});
+  if (count < 2) return {};
+  std::vector<PageRange> ranges;
+  unsigned made = 0;
+  for (auto left = static_cast<unsigned>(count); left > 0; --left) {
+    const unsigned share = (pages - made + left - 1) / left;
+    ranges.push_back({made + 1, made + share});
+    made += share;
+  }
+  return ranges;
+}
+
 }  // namespace rastrel::interpreter

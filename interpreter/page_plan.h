@@ -41,4 +41,8 @@ inline constexpr std::uint64_t ShareMebibytes = 256;
 /// interpreters.
 [[nodiscard]] std::vector<PageRange> PlanRanges(const JobWork& work, const Settings& settings);
 
+/// Ranges of the same size, in order, of all pages, for as many interpreters as the settings allow,
+/// where a user has asked for it. Empty if that is one.
+[[nodiscard]] std::vector<PageRange> EqualRanges(unsigned pages, const Settings& settings);
+
 }  // namespace rastrel::interpreter

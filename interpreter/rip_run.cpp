@@ -90,8 +90,9 @@ bool RipRun::Start() {
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
   m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Result);
   const JobLayout& layout = m_Request.job.layout;
-  m_Feed.emplace(m_Request.job.file.Get(), layout.offset, layout.length,
-                 std::move(m_Interpreter->job));
+  auto parts = m_Part.parts;
+  if (parts.empty()) parts = {{layout.offset, layout.length}};
+  m_Feed.emplace(m_Request.job.file.Get(), std::move(parts), std::move(m_Interpreter->job));
   return true;
 }
 

@@ -23,7 +23,8 @@ class LaterPages;
 
 /// The part of a job that a run makes, where it is not all of it.
 struct RunPart {
-  PageRange pages{};              ///< of a PDF: these alone; 0 to 0: all
+  PageRange pages{};              ///< these alone; 0 to 0: all
+  std::vector<FilePart> parts{};  ///< of PostScript: the job's parts for these; empty: all of it
   std::shared_ptr<JobUse> use{};  ///< of all runs of the job; null: this is the only one
   /// Of the first run of a PDF: takes the later pages off it. Borrowed; null: it makes all.
   LaterPages* later = nullptr;

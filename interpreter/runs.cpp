@@ -4,6 +4,7 @@
 
 #include "interpreter/interpreter.h"
 #include "interpreter/later_pages.h"
+#include "interpreter/parallel_pages.h"
 #include "interpreter/rip_run.h"
 #include "interpreter/run_reports.h"
 
@@ -38,6 +39,34 @@ class Repetition : public RunListener {
 
  protected:
   RunListener& m_Listener;
+};
+
+// Hears of a job that has been run in parts, and is run again as a whole: its beginning has been
+// passed on.
+class SecondListener final : public Repetition {
+ public:
+  SecondListener(RunListener& listener, const HeardBeginning& heard)
+      : Repetition(listener), m_Heard(heard) {}
+  void StateReached(RunState state) override {
+    const bool heard = (state == RunState::Interpreting && m_Heard.isInterpreting) ||
+                       (state == RunState::Converting && m_Heard.isConverting);
+    m_Heard.isInterpreting = false;
+    if (!heard) m_Listener.StateReached(state);
+  }
+  void Progressed(unsigned percent) override { m_Listener.Progressed(percent); }
+  void PageMade(unsigned number) override { m_Listener.PageMade(number); }
+  void Warned(const std::string& text) override {
+    if (!m_Heard.isInterpreting) m_Listener.Warned(text);
+  }
+  void Noted(const std::string& text) override {
+    if (!m_Heard.isInterpreting) m_Listener.Noted(text);
+  }
+  void Printed(const std::string& text) override {
+    if (!m_Heard.isInterpreting) m_Listener.Printed(text);
+  }
+
+ private:
+  HeardBeginning m_Heard;
 };
 
 // Passes all on. A message of the job is one of all its pages: its interpreter is to make them all.
@@ -130,9 +159,12 @@ Expected<unsigned> PrintOpenPage(RunRequest request, const Failure& noPage,
 
 Expected<unsigned> PrintPages(RunRequest request, const RunDirectory& directory,
                               RunListener& listener, Guardian& guardian) {
+  HeardBeginning heard;
+  if (auto made = PrintInParts(request, directory, listener, guardian, heard)) return *made;
   const PrintMode mode;
   LaterPages later(directory, guardian);
-  FirstListener first(listener, later);
+  SecondListener second(listener, heard);
+  FirstListener first(second, later);
   RipRun run(std::move(request), mode, directory, first, guardian, {.later = &later});
   const auto ran = run.Run();
   if (ran) return run.Pages();

@@ -69,6 +69,7 @@ Settings Settings::FromEnvironment(std::vector<std::string>& complaints) {
   Read("RASTREL_RIP_TEMP", settings.workMebibytes, complaints);
   Read("RASTREL_SEPARATION_DPI", settings.separationDpi, complaints);
   settings.separationDpi = std::min(settings.separationDpi, MaximumSeparationDpi);
+  settings.parallelPages = os::EnvironmentValue("RASTREL_RIP_PARALLEL_PAGES") == "1";
   ReadBox(settings.pdfBox, complaints);
   Read("RASTREL_RIP_PAGE", settings.page, complaints, MaximumPage);
   settings.passwordFile = os::EnvironmentValue("RASTREL_RIP_PASSWORD_FILE");

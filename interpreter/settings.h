@@ -25,6 +25,9 @@ struct Settings {
   /// RASTREL_RIP_PROCESSES: interpreters that make pages of one job at the same time; at most
   /// MaximumCores.
   std::uint64_t processes = CoreCount();
+  /// RASTREL_RIP_PARALLEL_PAGES: "1" lets several interpreters make pages of PostScript whose
+  /// comments say which part of it is which page.
+  bool parallelPages = false;
   std::uint64_t pagePixels = 1600000000;  ///< RASTREL_RIP_PIXELS: of one page
   std::uint64_t totalMebibytes = 65536;   ///< RASTREL_RIP_SIZE: of all pages of a run
   std::uint64_t workMebibytes = 4096;     ///< RASTREL_RIP_TEMP: of temporary files at a time

@@ -40,6 +40,8 @@ constexpr std::array OptionTable{
               "crop media trim bleed"},
     OptionRow{PasswordFile, "--password-file", "FILE",
               "Open locked PDFs with the password in this file's first line."},
+    OptionRow{ParallelPages, "--parallel-pages", "",
+              "Make pages of PostScript at the same time, where its comments tell them apart."},
     OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
               "Take what has this colour as lines that are cut half through."},
     OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},
@@ -116,9 +118,9 @@ constexpr std::array OptionTable{
 };
 
 constexpr std::array PrintOptions{
-    Printer,    Mode,   Copies,       Pages,       Spool,      KeepPs,     Planar,
-    Scale,      Levels, LevelsRed,    LevelsGreen, LevelsBlue, LevelsGray, CutColor,
-    SaveTicket, Box,    PasswordFile, Title,       Output,     Json,       Help};
+    Printer,      Mode,          Copies,      Pages,      Spool,      KeepPs,   Planar,     Scale,
+    Levels,       LevelsRed,     LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Box,
+    PasswordFile, ParallelPages, Title,       Output,     Json,       Help};
 constexpr std::array PrefixOptions{
     Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};

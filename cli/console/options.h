@@ -31,6 +31,7 @@ enum class OptionId {
   PageSize,
   Box,
   PasswordFile,
+  ParallelPages,
   HalfCutColor,
   Dsc,
   CutOnly,

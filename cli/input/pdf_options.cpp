@@ -27,6 +27,10 @@ Expected<PdfOptions> PdfOptions::Apply(const Invocation& invocation) {
       return set.Error();
     }
   }
+  if (invocation.Has(OptionId::ParallelPages)) {
+    if (auto set = os::SetEnvironmentValue("RASTREL_RIP_PARALLEL_PAGES", "1"); !set)
+      return set.Error();
+  }
   if (invocation.Has(OptionId::PasswordFile)) {
     const std::string path = invocation.ValueOr(OptionId::PasswordFile, "");
     auto password = interpreter::SharedPassword::Read(path);

@@ -9,7 +9,7 @@ namespace rastrel::cli {
 
 struct Invocation;
 
-/// The options --box and --password-file, in force for the children that this process starts while
+/// The options --box, --password-file and --parallel-pages, in force for the children that this process starts while
 /// it lives.
 class PdfOptions {
  public:

@@ -26,12 +26,12 @@ constexpr std::size_t MaximumPath = 260;  // characters that GenerateSCObjects r
 constexpr unsigned MaximumCopies = 10'000;
 
 // They change pages, of which there are none yet.
-constexpr std::array PageOptions{OptionId::Mode,         OptionId::Copies,     OptionId::Pages,
-                                 OptionId::Spool,        OptionId::KeepPs,     OptionId::Planar,
-                                 OptionId::Scale,        OptionId::Levels,     OptionId::LevelsRed,
-                                 OptionId::LevelsGreen,  OptionId::LevelsBlue, OptionId::LevelsGray,
-                                 OptionId::CutColor,     OptionId::SaveTicket, OptionId::Box,
-                                 OptionId::PasswordFile, OptionId::Output};
+constexpr std::array PageOptions{
+    OptionId::Mode,          OptionId::Copies,      OptionId::Pages,      OptionId::Spool,
+    OptionId::KeepPs,        OptionId::Planar,      OptionId::Scale,      OptionId::Levels,
+    OptionId::LevelsRed,     OptionId::LevelsGreen, OptionId::LevelsBlue, OptionId::LevelsGray,
+    OptionId::CutColor,      OptionId::SaveTicket,  OptionId::Box,        OptionId::PasswordFile,
+    OptionId::ParallelPages, OptionId::Output};
 
 void RefusePageOptions(const Invocation& invocation) {
   for (const OptionId id : PageOptions)
