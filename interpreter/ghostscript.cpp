@@ -4,6 +4,7 @@
 
 #include "interpreter/ghostscript_files.h"
 #include "interpreter/interpreter.h"
+#include "interpreter/warm_start.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/program_search.h"
 
@@ -35,15 +36,15 @@ std::vector<std::string> Environment(const std::string& temporary) {
   return environment;
 }
 
+// Without the interpreter's own files.
 WallRequest WallOf(const GhostscriptRequest& request) {
   WallRequest wall;
   wall.fileBytes = request.limits.fileBytes;
   wall.processorSeconds = request.limits.processorSeconds;
   wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes;
   wall.confined = true;
-  wall.programs = IsScript(request.program) ? WallPrograms::Any : WallPrograms::One;
-  wall.paths = GhostscriptFiles(request.program);
-  wall.paths.insert(wall.paths.end(), request.files.begin(), request.files.end());
+  wall.programs = WallPrograms::One;
+  wall.paths = request.files;
   return wall;
 }
 
@@ -59,6 +60,12 @@ Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Gua
   process.directory = request.directory;
   process.descriptors = request.descriptors;
   process.wall = WallOf(request);
+  if (request.isSmall) {
+    if (auto started = StartWarm(process, guardian)) return std::move(*started);
+  }
+  if (IsScript(request.program)) process.wall.programs = WallPrograms::Any;
+  std::vector<WallPath> own = GhostscriptFiles(request.program);
+  process.wall.paths.insert(process.wall.paths.begin(), own.begin(), own.end());
   return GuardedProcess::Start(process, guardian);
 }
 
