@@ -36,7 +36,6 @@ std::vector<std::string> Environment(const std::string& temporary) {
   return environment;
 }
 
-// Without the interpreter's own files.
 WallRequest WallOf(const GhostscriptRequest& request) {
   WallRequest wall;
   wall.fileBytes = request.limits.fileBytes;
@@ -52,7 +51,7 @@ WallRequest WallOf(const GhostscriptRequest& request) {
 
 std::string FindGhostscript() { return os::FindProgram(ProgramName); }
 
-Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Guardian& guardian) {
+ProcessRequest ProcessOf(const GhostscriptRequest& request) {
   ProcessRequest process;
   process.executable = request.program;
   process.arguments = Arguments(request);
@@ -60,6 +59,11 @@ Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Gua
   process.directory = request.directory;
   process.descriptors = request.descriptors;
   process.wall = WallOf(request);
+  return process;
+}
+
+Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Guardian& guardian) {
+  ProcessRequest process = ProcessOf(request);
   if (request.isSmall) {
     if (auto started = StartWarm(process, guardian)) return std::move(*started);
   }

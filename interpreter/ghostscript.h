@@ -38,6 +38,9 @@ struct GhostscriptRequest {
   bool isSmall = false;
 };
 
+/// The request as a process: arguments, environment and walls without the interpreter's own files.
+[[nodiscard]] ProcessRequest ProcessOf(const GhostscriptRequest& request);
+
 /// Starts it with a cleaned environment, within all walls that the machine has (wall.h), and under
 /// guard from before its first instruction. Any thread of any process may; see GuardedProcess.
 [[nodiscard]] Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request,

@@ -31,12 +31,17 @@ struct Revision {
   long date;
 };
 
-// The text of a question to the interpreter goes here; else it goes to the descriptors.
-std::string* s_Answer = nullptr;
+// The output of a text of this program's own, as long as it is not known whether it has failed.
+struct Held {
+  std::string output;
+  std::string messages;
+};
+Held* s_Held = nullptr;
 
 int WriteTo(int descriptor, const char* bytes, int count) {
-  if (s_Answer != nullptr) {
-    s_Answer->append(bytes, static_cast<std::size_t>(count));
+  if (s_Held != nullptr) {
+    std::string& text = descriptor == STDOUT_FILENO ? s_Held->output : s_Held->messages;
+    text.append(bytes, static_cast<std::size_t>(count));
     return count;
   }
   int written = 0;
@@ -48,6 +53,10 @@ int WriteTo(int descriptor, const char* bytes, int count) {
     written += static_cast<int>(now);
   }
   return count;
+}
+
+void WriteAll(int descriptor, const std::string& text) {
+  WriteTo(descriptor, text.data(), static_cast<int>(text.size()));
 }
 
 int WriteOutput(void*, const char* bytes, int count) {
@@ -126,17 +135,28 @@ int Library::RunString(const std::string& text) {
   return m_Functions.runString(m_Instance, text.c_str(), 0, &m_ExitCode);
 }
 
-// As the program does: the file may be read for as long as it runs.
+// Flushes the job's output, as the program does after each file. A job can redefine the
+// operators for it. Then nothing is printed here, and the interpreter's end does it.
+bool Library::Flush() {
+  Held held;
+  s_Held = &held;
+  const int code = RunString("{ systemdict /flush get exec } stopped pop");
+  s_Held = nullptr;
+  if (code != 0) return false;
+  WriteAll(STDOUT_FILENO, held.output);
+  WriteAll(STDERR_FILENO, held.messages);
+  return true;
+}
+
+// As the program does: the file may be read for as long as it runs. After another code than 0 no
+// text may be run: the interpreter would go on where the job has ended.
 int Library::RunFile(const std::string& path) {
   if (const int code = m_Functions.addControlPath(m_Instance, PermitReading, path.c_str());
       code < 0) {
     return code;
   }
-  const int code = RunString(Hex(path) + ".runfile");
-  const int exitCode = m_ExitCode;
-  RunString("systemdict /flush get exec");
-  m_ExitCode = exitCode;
-  if (code != 0) return code;
+  if (const int code = RunString(Hex(path) + ".runfile"); code != 0) return code;
+  m_IsSound = Flush() && m_IsSound;
   return m_Functions.removeControlPath(m_Instance, PermitReading, path.c_str());
 }
 
@@ -150,17 +170,18 @@ int Library::RunArguments(const std::vector<std::string>& script) {
     const int code = isText ? RunString(Hex(argument) + ".runstring") : RunFile(argument);
     if (code != 0) return code;
   }
-  return RunString("systemdict /start get exec\n");
+  return 0;
 }
 
 int Library::Run(const std::vector<std::string>& script) {
   int code = RunArguments(script);
-  if (code == Fatal) SayUnrecoverable();
-  if (!HasQuietDevice()) {
+  if (code != 0 || !m_IsSound || !Flush() || !HasQuietDevice()) {
+    if (code == 0 && m_IsSound) code = RunString("systemdict /start get exec\n");
+    const int exitCode = m_ExitCode;
     const int end = m_Functions.exit(m_Instance);
+    m_ExitCode = exitCode;
+    if (code == Fatal) SayUnrecoverable();
     if (code == 0 || code == Quit) code = end;
-  } else {
-    RunString("systemdict /flush get exec");
   }
   std::fflush(nullptr);
   if (code == 0 || code == Quit || code == Info) return 0;
@@ -169,14 +190,14 @@ int Library::Run(const std::vector<std::string>& script) {
 
 // A job may have set another device than it began with.
 bool Library::HasQuietDevice() {
-  std::string answer;
-  RunString("systemdict /flush get exec");
-  s_Answer = &answer;
-  RunString(
-      "{ systemdict /currentpagedevice get exec /OutputDevice get 64 string cvs "
-      "(%stderr) (w) file dup 3 -1 roll writestring flushfile } stopped pop");
-  s_Answer = nullptr;
-  return std::ranges::find(QuietDevices, answer) != QuietDevices.end();
+  Held held;
+  s_Held = &held;
+  const int code = RunString(
+      "systemdict /currentpagedevice get exec /OutputDevice get 64 string cvs "
+      "(%stderr) (w) file dup 3 -1 roll writestring flushfile");
+  s_Held = nullptr;
+  m_IsSound = code == 0;
+  return std::ranges::find(QuietDevices, held.messages) != QuietDevices.end();
 }
 
 // As the program says it.

@@ -43,12 +43,14 @@ class Library {
   int RunString(const std::string& text);
   int RunFile(const std::string& path);
   int RunArguments(const std::vector<std::string>& script);
+  [[nodiscard]] bool Flush();
   [[nodiscard]] bool HasQuietDevice();
   void SayUnrecoverable() const;
 
   Functions m_Functions;
   void* m_Instance = nullptr;
-  int m_ExitCode = 0;  // of the last text that was run
+  int m_ExitCode = 0;     // of the last text that was run
+  bool m_IsSound = true;  // texts of this program's own still run in it
 };
 
 }  // namespace rastrel::interpreter::warm
