@@ -28,12 +28,12 @@ constexpr int LookInterval = 5000;       // milliseconds between looks at the so
 
 // A signal might reach another process that has the number by now, so the one to end is asked by
 // the name of its socket.
-void EndLeastUsed(const WarmPlace& place) {
-  const std::vector<std::string> living = place.Living();
-  if (living.size() < MaximumWarmInterpreters) return;
+void EndLeastUsed(const WarmPlace& place, const std::string& own) {
+  std::vector<std::string> others = place.Living();
+  std::erase(others, own);
   // One without a name ends after the jobs that it has.
-  for (std::size_t i = 0; i + MaximumWarmInterpreters <= living.size(); ++i) {
-    place.Remove(living[i]);
+  for (std::size_t i = 0; i + MaximumWarmInterpreters <= others.size(); ++i) {
+    place.Remove(others[i]);
   }
 }
 
@@ -62,7 +62,7 @@ Expected<Keeper> Keeper::Make(WarmPlace place, const WarmOptions& options, Lifet
   std::string name = WarmName(base.identity);
   auto lock = place.Lock(name + ".lock", false);
   if (!lock) return lock.Error();
-  EndLeastUsed(place);
+  EndLeastUsed(place, name);
   auto raised = Raised(std::move(*lock));
   if (!raised) return raised.Error();
   return Keeper(std::move(place), std::move(name), std::move(base), lifetime, std::move(*raised));

@@ -27,7 +27,7 @@ struct TestJob {
   std::string content{};               ///< of its file
   std::vector<std::string> options{};  ///< before the file
   std::vector<std::string> after{};    ///< arguments after the file
-  GhostscriptLimits limits{60, std::uint64_t{256} << 10, std::uint64_t{64} << 20};
+  GhostscriptLimits limits{60, std::uint64_t{64} << 10, std::uint64_t{64} << 20};
 };
 
 /// How it ended, and all that it left.
