@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/console/completion.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/help.h"
 #include "cli/console/options.h"
@@ -47,6 +48,11 @@ ExitStatus HelpCommand(const std::string& name) {
   return ExitStatus::Done;
 }
 
+ExitStatus CompletionCommand(const std::string& shell) {
+  WriteOutLines(OrEnd(ExitStatus::WrongUse, CompletionScript(shell)));
+  return ExitStatus::Done;
+}
+
 // Options alone, or nothing, or the first word of a command.
 ExitStatus RunWithoutCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Help)) return HelpCommand(invocation.group);
@@ -83,6 +89,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
+  // Each file is a run of its own, and takes it in itself.
+  if (invocation.command == CommandId::Preview && invocation.operands.size() > 1) return;
   if (invocation.command == CommandId::Import || invocation.command == CommandId::View)
     throw CommandError(ExitStatus::WrongUse, "`rastrel " + NameOf(invocation.command) +
                                                  "` does not read standard input; name a file");
@@ -131,6 +139,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Merge:
     case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
+    case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
   }

@@ -35,7 +35,8 @@ constexpr std::array OptionTable{
     OptionRow{Resolution, "--dpi", "N", "Dots per inch of the conversion, from 1 to 4800."},
     OptionRow{OptionId::PageSize, "--page-size", "WxH", "Size of the page, as 21x29.7cm."},
     OptionRow{Box, "--box", "BOX",
-              "The box of a PDF's page that counts: crop (the default), media, trim or bleed."},
+              "The box of a PDF's page that counts: crop (the default), media, trim or bleed.",
+              "crop media trim bleed"},
     OptionRow{PasswordFile, "--password-file", "FILE",
               "Open locked PDFs with the password in this file's first line."},
     OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
@@ -55,6 +56,8 @@ constexpr std::array OptionTable{
     OptionRow{Title, "--title", "NAME", "Name the job that comes on standard input."},
     OptionRow{Output, "--output", "DIR", "Put the finished files into this directory."},
     OptionRow{OutputFile, "--output", "FILE", "Write to this file, as it is; -o for short."},
+    OptionRow{PreviewOutput, "--output", "FILE|DIR",
+              "Write to this file, or for each FILE to NAME.png in DIR, or to '{name}.tif'."},
     OptionRow{Json, "--json", "", "Print one JSON object a line in place of text."},
     OptionRow{Tsv, "--tsv", "", "Print a table with tabs between its columns."},
     OptionRow{Painted, "--painted", "",
@@ -74,7 +77,8 @@ constexpr std::array OptionTable{
               "Make the text that the library makes: stored numbers, sheets joined. The default."},
     OptionRow{AsShown, "--as-shown", "",
               "Make a text of what a person sees in the cells, sheet by sheet."},
-    OptionRow{Format, "--format", "NAME", "Read the file as this format, whatever it looks like."},
+    OptionRow{Format, "--format", "NAME", "Read the file as this format, whatever it looks like.",
+              "abb bright-star cro llx cr2 zml document"},
     OptionRow{Page, "--page", "N", "Draw this page only; from 1."},
     OptionRow{PictureDpi, "--dpi", "N",
               "Pixels per inch of a picture, from 1 to 2400; 96 if not given."},
@@ -88,6 +92,8 @@ constexpr std::array OptionTable{
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
+    OptionRow{Jobs, "--jobs", "N",
+              "Work on so many files at a time; as many as there are processors if not given."},
     OptionRow{Strict, "--strict", "",
               "Tell of all that the format does not know, lacks, or can't have as asked."},
     OptionRow{AllowOutside, "--allow-outside", "",
@@ -114,19 +120,19 @@ constexpr std::array PrefixOptions{
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
 constexpr std::array PreviewOptions{Dpi,       Planar,      CutOnly,      Scale,      Levels,
                                     LevelsRed, LevelsGreen, LevelsBlue,   LevelsGray, CutColor,
-                                    KeepPs,    Box,         PasswordFile, Title,      OutputFile,
-                                    Force,     Json,        Help};
+                                    KeepPs,    Box,         PasswordFile, Title,      PreviewOutput,
+                                    Force,     Jobs,        Json,         Help};
 constexpr std::array ReprintOptions{Pages, Copies, Printer, Output, Json, Help};
 constexpr std::array ListingOptions{Json, Help};
 constexpr std::array RepairOptions{Remove, Json, Help};
-constexpr std::array InspectOptions{Json, Tsv, Painted, Help};
+constexpr std::array InspectOptions{Json, Tsv, Painted, Jobs, Help};
 constexpr std::array TrademarkOptions{Mark, Quality, Json, Help};
 constexpr std::array SymbolOptions{RingSize, Json, Help};
 constexpr std::array FontOptions{Node, Json, Help};
 constexpr std::array CopyrightOptions{RingStyle,  StyleSize, EngravingFont, Rows,
                                       FingerSize, Json,      Help};
 constexpr std::array SheetOptions{OutputFile, OptionId::Sheet, List, Faithful, AsShown, Json, Help};
-constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Json, Help};
+constexpr std::array PageSizeOptions{Dsc, Box, PasswordFile, Jobs, Json, Help};
 constexpr std::array QueueOptions{OptionId::PageSize,
                                   Resolution,
                                   CutColor,
@@ -189,8 +195,8 @@ constexpr std::array HelpOptions{Help};
 constexpr std::array CommandTable{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
                PrintOptions},
-    CommandRow{CommandId::Preview, "preview", "FILE", false,
-               "Make a picture of a file at a resolution of its own, or of its colour planes.",
+    CommandRow{CommandId::Preview, "preview", "FILE...", false,
+               "Make a picture of each file at a resolution of its own, or of its colour planes.",
                PreviewOptions},
     CommandRow{CommandId::Prefix, "prefix", "FILE", false,
                "Show the PostScript that goes to the RIP ahead of a file.", PrefixOptions},
@@ -264,6 +270,9 @@ constexpr std::array CommandTable{
         CommandId::Separate, "separate", "FILE", true,
         "Separate a file, or the job printed to 'Separation' last, into a plane for each ink.",
         SeparateOptions},
+    CommandRow{CommandId::Completion, "completion", "SHELL", false,
+               "Print a script that completes the command's arguments in a shell: bash.",
+               HelpOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
 };
@@ -273,9 +282,9 @@ constexpr const char* Place = "operand";
 void AddOption(CLI::App& app, OptionId id, Invocation& result) {
   const OptionRow& row = OptionOf(id);
   const bool isSwitch = *row.value == '\0';
-  const std::string names = (id == Help                               ? "-h,"
-                             : id == OutputFile || id == PlanesOutput ? "-o,"
-                                                                      : "") +
+  const std::string names = (id == Help                                                      ? "-h,"
+                             : id == OutputFile || id == PlanesOutput || id == PreviewOutput ? "-o,"
+                                                                                             : "") +
                             std::string(row.name);
   if (isSwitch) {
     app.add_flag_callback(

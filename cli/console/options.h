@@ -44,6 +44,7 @@ enum class OptionId {
   Title,
   Output,
   OutputFile,
+  PreviewOutput,
   Json,
   Tsv,
   Painted,
@@ -76,6 +77,7 @@ enum class OptionId {
   AskInWindow,
   Remove,
   Force,
+  Jobs,
   Help,
   Version,
 };
@@ -85,6 +87,8 @@ struct OptionRow {
   const char* name;         ///< with its dashes
   const char* value;        ///< the placeholder of the value in the help; empty for a switch
   const char* description;  ///< one sentence
+  const char* choices =
+      "";  ///< the values that it may have, separated by blanks; empty: others too
 };
 
 enum class CommandId {
@@ -123,6 +127,7 @@ enum class CommandId {
   Merge,
   View,
   Separate,
+  Completion,
   Help,
 };
 

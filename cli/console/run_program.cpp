@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "cli/console/command_runs.h"
 #include "cli/console/error_message.h"
 #include "cli/console/standard_streams.h"
 #include "rastrel/job/app_log.h"
@@ -20,6 +21,7 @@ ExitStatus RunGuarded(int count, const char* const* arguments,
   const bool json = std::any_of(arguments + std::min(count, 1), arguments + count,
                                 [](std::string_view word) { return word == "--json"; });
   try {
+    EndWithCommandRuns();
     return run(ParseArguments(count, arguments));
   } catch (const CommandError& error) {
     WriteErrorMessage(error, json);

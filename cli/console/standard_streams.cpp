@@ -23,6 +23,7 @@ constexpr const char* ClearRest = "\x1b[K";
 
 std::atomic<bool> s_OutputFailed{false};
 std::atomic<bool> s_OutputIsResult{false};
+thread_local HeldOutput* t_Held = nullptr;
 
 std::vector<std::pair<std::string, std::string>>& ShownPaths() {
   static std::vector<std::pair<std::string, std::string>> paths;
@@ -37,6 +38,10 @@ std::string Shown(std::string text) {
 }
 
 bool WriteWhole(os::StandardStream stream, std::string_view text) {
+  if (t_Held != nullptr) {
+    t_Held->Hold(stream == os::StandardStream::Error, text);
+    return true;
+  }
   static std::mutex mutex;
   const std::lock_guard<std::mutex> guard(mutex);
   while (!text.empty()) {
@@ -128,6 +133,34 @@ Expected<void> WriteResultFile(const std::string& path) {
     if (*got == 0) return {};
     if (auto written = WriteResult({piece.data(), *got}); !written) return written;
   }
+}
+
+HeldOutput::HeldOutput(std::function<bool()> turn) : m_Turn(std::move(turn)) { t_Held = this; }
+
+HeldOutput::~HeldOutput() { t_Held = nullptr; }
+
+void HeldOutput::Hold(bool isError, std::string_view text) {
+  auto& pieces = m_Text.pieces;
+  if (pieces.empty() || pieces.back().isError != isError)
+    pieces.push_back({.isError = isError, .bytes = {}});
+  pieces.back().bytes += text;
+  m_Bytes += text.size();
+  if (m_Bytes <= Limit || !m_Turn) return;
+  const bool isDue = m_Turn();
+  const HeldText held = Take();
+  t_Held = nullptr;
+  if (isDue) WriteHeld(held);
+  t_Held = this;
+}
+
+HeldText HeldOutput::Take() {
+  m_Bytes = 0;
+  return std::exchange(m_Text, {});
+}
+
+void WriteHeld(const HeldText& text) {
+  for (const HeldText::Piece& piece : text.pieces)
+    piece.isError ? ToError(piece.bytes) : ToOutput(piece.bytes);
 }
 
 bool OutputFailed() { return s_OutputFailed; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +60,43 @@ void ShowPathAs(const std::string& path, const std::string& name);
 /// that is gone is no failure. Fails with a message for the user.
 [[nodiscard]] Expected<void> WriteResultFile(const std::string& path);
 [[nodiscard]] Expected<void> WriteResult(std::string_view bytes);
+
+/// Texts of one thread in their order, for later.
+struct HeldText {
+  struct Piece {
+    bool isError = false;  ///< for standard error, else for standard output
+    std::string bytes;
+  };
+  std::vector<Piece> pieces;
+};
+
+/// Holds back all that its thread writes by the functions above, so that the lines of several
+/// threads don't mix. On the stack of that thread, one at a time.
+class HeldOutput {
+ public:
+  /// Bytes that are held, about.
+  static constexpr std::size_t Limit = std::size_t{1} << 20;
+
+  /// `turn` is called when more than the limit is held: it waits until this thread's texts are due,
+  /// and they are written then. If it returns false, they are dropped. Without it all is held.
+  explicit HeldOutput(std::function<bool()> turn = {});
+  ~HeldOutput();
+  HeldOutput(const HeldOutput&) = delete;
+  HeldOutput& operator=(const HeldOutput&) = delete;
+
+  /// Adds a text; the functions above call it.
+  void Hold(bool isError, std::string_view text);
+  /// The texts so far; later ones are held anew.
+  [[nodiscard]] HeldText Take();
+
+ private:
+  std::function<bool()> m_Turn;
+  HeldText m_Text;
+  std::size_t m_Bytes = 0;
+};
+
+/// Writes held texts, each to its stream.
+void WriteHeld(const HeldText& text);
 
 /// Whether a text could not be written to standard output, other than for a reader that is gone.
 [[nodiscard]] bool OutputFailed();

@@ -3,11 +3,17 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "cli/console/error_message.h"
+#include "cli/console/files_at_once.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
@@ -52,7 +58,7 @@ std::optional<BOUNDS> BoundsOfComments(const wchar_t* path) {
   return InCentimetres(points);
 }
 
-// The signals that ask for an end stop the measuring that runs, and let none follow.
+// The signals that ask for an end stop all measuring that runs, and let none follow.
 class Stop {
  public:
   /// Begins to take them. The failure is a message for the user.
@@ -62,24 +68,49 @@ class Stop {
     m_Signals = *std::move(signals);
     return {};
   }
-  [[nodiscard]] bool IsMade() const { return m_Made; }
-  [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
+
+  /// A measuring that runs as long as this object lives.
+  class Stoppable {
+   public:
+    explicit Stoppable(Stop& stop) : m_Stop(stop) {
+      const std::scoped_lock lock(m_Stop.m_Mutex);
+      m_Stop.m_Running.insert(&m_Semaphore);
+      if (m_Stop.m_Made) m_Semaphore.Unlock();
+    }
+    ~Stoppable() {
+      const std::scoped_lock lock(m_Stop.m_Mutex);
+      m_Stop.m_Running.erase(&m_Semaphore);
+    }
+    Stoppable(const Stoppable&) = delete;
+    Stoppable& operator=(const Stoppable&) = delete;
+    [[nodiscard]] CSemaphore* Semaphore() { return &m_Semaphore; }
+    [[nodiscard]] bool IsStopped() const { return m_Stop.m_Made; }
+
+   private:
+    Stop& m_Stop;
+    CSemaphore m_Semaphore{0, 1};
+  };
 
  private:
   void Make() {
+    const std::scoped_lock lock(m_Mutex);
     m_Made = true;
-    m_Semaphore.Unlock();
+    for (CSemaphore* running : m_Running) running->Unlock();
   }
   std::atomic<bool> m_Made = false;
-  CSemaphore m_Semaphore{0, 1};
+  std::mutex m_Mutex;
+  std::set<CSemaphore*> m_Running;
   std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
 };
 
-BOUNDS Measured(const wchar_t* path, Stop& stop) {
+BOUNDS Measured(const wchar_t* path, Stop& stop, QueueMessages& messages) {
   BOUNDS bounds;
-  if (conversion::MeasurePage(path, bounds, stop.Semaphore()) == 0) {
-    if (stop.IsMade()) throw CommandError(ExitStatus::Cancelled, "cancelled");
-    const std::string why = LastErrorOfQueue();
+  Stop::Stoppable running(stop);
+  const auto onLine = [&messages](const std::wstring& line) { messages.Add(line); };
+  if (running.IsStopped() ||
+      conversion::MeasurePage(path, bounds, running.Semaphore(), onLine) == 0) {
+    if (running.IsStopped()) throw CommandError(ExitStatus::Cancelled, "cancelled");
+    const std::string& why = messages.LastError();
     throw CommandError(ExitStatus::JobFailed, why.empty() ? "its page can't be measured"
                                                           : "its page can't be measured: " + why);
   }
@@ -117,8 +148,8 @@ void WriteBounds(const std::string& file, const BOUNDS& bounds, const char* sour
                source);
 }
 
-void WriteWarnings(const std::string& file, QueueWarnings& warnings, bool json) {
-  for (const std::string& warning : warnings.Take()) {
+void WriteWarnings(const std::string& file, const QueueMessages& messages, bool json) {
+  for (const std::string& warning : messages.Warnings()) {
     if (json) {
       JsonLine("warning").Add("path", file).Add("text", warning).Write();
     } else {
@@ -127,22 +158,23 @@ void WriteWarnings(const std::string& file, QueueWarnings& warnings, bool json) 
   }
 }
 
-void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop,
-                 QueueWarnings& warnings) {
+void MeasureFile(const std::string& file, const Invocation& invocation, Stop& stop) {
   const bool json = invocation.Has(OptionId::Json);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(file, "measure"));
   const Reachable reachable = Reach(input);
   std::optional<BOUNDS> declared;
   if (invocation.Has(OptionId::Dsc)) declared = BoundsOfComments(reachable.path.c_str());
   if (declared) WriteBounds(file, *declared, "comments", json);
-  const BOUNDS measured = Measured(reachable.path.c_str(), stop);
+  QueueMessages messages;
+  const BOUNDS measured = Measured(reachable.path.c_str(), stop, messages);
   if (!declared || Differ(*declared, measured)) WriteBounds(file, measured, "measured", json);
-  WriteWarnings(file, warnings, json);
+  WriteWarnings(file, messages, json);
 }
 
 }  // namespace
 
 ExitStatus PageSizeCommand(const Invocation& invocation) {
+  const unsigned atOnce = OrEnd(ExitStatus::WrongUse, FilesAtOnce(invocation));
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   const bool json = invocation.Has(OptionId::Json);
   Stop stop;
@@ -150,16 +182,14 @@ ExitStatus PageSizeCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   OrEnd(ExitStatus::NotInstalled, CheckQueueProgram());
   ExitStatus status = ExitStatus::Done;
-  QueueWarnings warnings;
-  for (const std::string& file : invocation.operands) {
-    try {
-      MeasureFile(file, invocation, stop, warnings);
-    } catch (const CommandError& error) {
-      if (error.Status() == ExitStatus::Cancelled) throw;
-      WriteErrorMessage({error.Status(), file + ": " + error.what()}, json);
-      if (status != ExitStatus::BadInput) status = error.Status();
-    }
-  }
+  const std::vector<std::string>& files = invocation.operands;
+  const auto failed = [&](std::size_t index, const CommandError& error) {
+    if (error.Status() == ExitStatus::Cancelled) throw CommandError(error);
+    WriteErrorMessage({error.Status(), files[index] + ": " + error.what()}, json);
+    if (status != ExitStatus::BadInput) status = error.Status();
+  };
+  const auto measure = [&](std::size_t index) { MeasureFile(files[index], invocation, stop); };
+  WorkOnFiles(files.size(), atOnce, {.work = measure, .failed = failed});
   return status;
 }
 

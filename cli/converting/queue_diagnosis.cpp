@@ -11,11 +11,14 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/text.h"
 
 namespace rastrel::cli {
 namespace {
 
 constexpr std::uint64_t MaximumOfLog = std::uint64_t{64} << 20;
+
+constexpr std::size_t MaximumWarnings = 1000;
 
 constexpr std::string_view ErrorMark = "]ERROR:";
 constexpr std::string_view WarningMark = "]WARNING:";
@@ -66,6 +69,14 @@ std::vector<std::string> MessagesAt(std::string_view mark, std::string_view log)
   return messages;
 }
 
+// The text after a keyword at the line's beginning; empty if the line begins otherwise.
+std::string TextAfter(std::wstring_view keyword, std::wstring_view line) {
+  if (!line.starts_with(keyword)) return {};
+  line.remove_prefix(keyword.size());
+  line.remove_prefix(std::min(line.find_first_not_of(L" \t"), line.size()));
+  return os::Utf8FromWide(std::wstring(line.substr(0, line.find_first_of(L"\r\n"))));
+}
+
 }  // namespace
 
 Expected<void> CheckQueueProgram() {
@@ -95,6 +106,15 @@ std::vector<std::string> QueueWarnings::Take() {
     if (std::ranges::find(warnings, warning) == warnings.end())
       warnings.push_back(std::move(warning));
   return warnings;
+}
+
+void QueueMessages::Add(std::wstring_view line) {
+  if (std::string error = TextAfter(L"ERROR:", line); !error.empty())
+    m_LastError = std::move(error);
+  std::string warning = TextAfter(L"WARNING:", line);
+  if (warning.empty() || m_Warnings.size() >= MaximumWarnings) return;
+  if (std::ranges::find(m_Warnings, warning) == m_Warnings.end())
+    m_Warnings.push_back(std::move(warning));
 }
 
 void WriteQueueWarnings(bool json) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rastrel/platform/os/expected.h"
@@ -30,8 +31,24 @@ class QueueWarnings {
   std::size_t m_Taken = 0;  // bytes of the log
 };
 
-/// Writes the warnings of this process's conversions: as lines on standard error or, with `json`, as
-/// JSON lines.
+/// The messages of one run of the queue program, by its lines. For runs at the same time, whose
+/// lines in the log are mixed.
+class QueueMessages {
+ public:
+  /// Takes a line of the program.
+  void Add(std::wstring_view line);
+  /// The last error message; empty if there was none.
+  [[nodiscard]] const std::string& LastError() const { return m_LastError; }
+  /// The warnings in order, each once; the first thousand.
+  [[nodiscard]] const std::vector<std::string>& Warnings() const { return m_Warnings; }
+
+ private:
+  std::string m_LastError;
+  std::vector<std::string> m_Warnings;
+};
+
+/// Writes the warnings of this process's conversions: as lines on standard error or, with `json`,
+/// as JSON lines.
 void WriteQueueWarnings(bool json);
 
 }  // namespace rastrel::cli

@@ -1,5 +1,6 @@
 #include "cli/job/job_view.h"
 
+#include "cli/console/command_runs.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/job/event_writer.h"
@@ -44,6 +45,7 @@ void JobView::OnEvent(const JobEvent& event) {
 }
 
 void JobView::ShowPlain(const JobEvent& event) {
+  if (IsOneOfSeveral() && event.kind != JobEventKind::Warning) return;
   const std::string who = OriginatorName(event.originator);
   switch (event.kind) {
     case JobEventKind::State:

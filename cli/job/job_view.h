@@ -11,7 +11,8 @@ namespace rastrel::cli {
 class ProgressLine;
 
 /// How a running job is shown: as JSON lines on standard output, as a live line on a terminal, or
-/// as plain lines on standard error. Any thread.
+/// as plain lines on standard error; a run of one of several files shows its warnings alone there.
+/// Any thread.
 class JobView : public JobObserver {
  public:
   explicit JobView(bool json);

@@ -1,10 +1,13 @@
 #include "cli/printing/preview_command.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <string>
 
+#include "cli/console/command_runs.h"
+#include "cli/console/json_line.h"
 #include "cli/console/options.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/terminal_picture.h"
@@ -18,6 +21,7 @@
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/preview_files.h"
+#include "cli/printing/preview_target.h"
 #include "cli/printing/whole_prefix.h"
 #include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
@@ -27,17 +31,6 @@ namespace rastrel::cli {
 namespace {
 
 constexpr std::size_t PicturesShown = 4;
-constexpr const char* CantBeWritten = "the preview can't be written to";
-
-devices::FileFormat FormatOf(const std::string& target) {
-  if (target == StandardOutputName) return devices::FileFormat::Png;
-  const std::string extension = std::filesystem::path(target).extension();
-  if (extension == ".tif" || extension == ".tiff") return devices::FileFormat::Tiff;
-  if (extension == ".png") return devices::FileFormat::Png;
-  throw CommandError(ExitStatus::WrongUse,
-                     "a preview needs the name of its file, which ends in "
-                     ".tif, .tiff or .png, as in -o out.tif");
-}
 
 // A printer that makes files of the format below the directory of the job.
 std::string PrinterFor(devices::FileFormat format) {
@@ -52,22 +45,12 @@ std::string PrinterFor(devices::FileFormat format) {
                                                    " files below {output}, which a preview needs");
 }
 
-// Only the first file's name is known before the job has run.
-void CheckTarget(const std::string& target) {
-  const std::filesystem::path folder = std::filesystem::path(target).parent_path();
-  std::error_code error;
-  if (!folder.empty() && !std::filesystem::is_directory(folder, error))
-    throw CommandError(ExitStatus::WrongUse, "the preview can't be put into '" + folder.string() +
-                                                 "': no such directory");
-  if (const auto place = os::CheckPlace(target, os::Existing::Followed); !place)
-    ThrowUnwritten(CantBeWritten, place.Error());
-}
-
 // The files are outputs to all observers only now.
-void Deliver(PreviewFiles& files, const Invocation& invocation, JobRecord& record, JobView& view) {
+void Deliver(PreviewFiles& files, os::Existing first, os::Existing others, JobRecord& record,
+             JobView& view) {
   if (!files.Fault().empty()) throw CommandError(ExitStatus::JobFailed, files.Fault());
-  if (const auto delivered = files.Deliver(UnnamedExisting(invocation)); !delivered)
-    ThrowUnwritten(CantBeWritten, delivered.Error());
+  if (const auto delivered = files.Deliver(first, others); !delivered)
+    ThrowUnwrittenPreview(delivered.Error());
   for (const std::string& name : files.Names()) {
     JobEvent event;
     event.kind = JobEventKind::Output;
@@ -93,22 +76,46 @@ void ShowFirst(const PreviewFiles& files) {
   }
 }
 
-}  // namespace
+// The settings of the jobs, checked before anything runs.
+void FillTicket(PreviewTicket& ticket, const Invocation& invocation) {
+  OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
+  OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
+}
 
-ExitStatus PreviewCommand(const Invocation& invocation) {
+// A file is a run of its own: the engine learns from the environment where its files go.
+ExitStatus PreviewSeveral(const Invocation& invocation) {
+  // A pipe with a password is read once, and all runs have it.
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
+  const bool json = invocation.Has(OptionId::Json);
+  PreviewTicket ticket;
+  FillTicket(ticket, invocation);
+  CheckPreviewNames(invocation);
+  const std::string any = TargetOfPreview(invocation, "name").path;
+  static_cast<void>(FormatOfPreview(any));
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+  const auto begin = [json](const std::string& file) {
+    if (!json) return WriteErrorLine("drawing: " + file);
+    JsonLine line("job");
+    line.Add("originator", "system").Add("text", "drawing").Add("path", file).Write();
+  };
+  return RunFileByFile(invocation, std::array{OptionId::PasswordFile}, begin);
+}
+
+ExitStatus PreviewOne(const Invocation& invocation) {
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
   JobView view(invocation.Has(OptionId::Json));
   const auto stop = OrEnd(ExitStatus::JobFailed, StopRequest::Create(&view));
   PreviewTicket ticket;
-  OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Preview));
-  OrEnd(ExitStatus::WrongUse, ApplyPreview(ticket, invocation));
-  std::string target = invocation.ValueOr(OptionId::OutputFile, "");
-  const bool toOutput = target == StandardOutputName;
-  const devices::FileFormat format = FormatOf(target);
+  FillTicket(ticket, invocation);
+  const std::string name =
+      SafeJobName(std::filesystem::path(invocation.operand).filename().string());
+  PreviewTarget target = TargetOfPreview(invocation, name);
+  const bool toOutput = target.path == StandardOutputName;
+  const devices::FileFormat format = FormatOfPreview(target.path);
   if (toOutput) {
     OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
   } else {
-    CheckTarget(target);
+    CheckPreviewTarget(invocation, target);
   }
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
@@ -129,19 +136,26 @@ ExitStatus PreviewCommand(const Invocation& invocation) {
   ticket.SetJobFile(os::FromNative(copy));
   ticket.m_JobData.PrinterName = os::WideFromUtf8(printer);
   if (toOutput) {
-    target = directory.Path() + "/preview.png";
-    ShowPathAs(target, "standard output");
+    target.path = directory.Path() + "/preview.png";
+    ShowPathAs(target.path, "standard output");
   }
-  PreviewFiles files(target, input.safeName, directory.Path() + "/finished");
+  PreviewFiles files(target.path, input.safeName, directory.Path() + "/finished");
   ticket.SetFilter([&files](JobEvent& event) { return !files.Hold(event); });
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, *stop);
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
-  if (end == JobEnd::Done) Deliver(files, invocation, record, view);
+  if (end == JobEnd::Done)
+    Deliver(files, target.existing, UnnamedExisting(invocation), record, view);
   const ExitStatus status = ReportEnd(end, ticket, record, view, 0);
   if (end == JobEnd::Done && toOutput) WriteTheOne(files);
   if (end == JobEnd::Done && !toOutput && !view.IsJson()) ShowFirst(files);
   return status;
+}
+
+}  // namespace
+
+ExitStatus PreviewCommand(const Invocation& invocation) {
+  return invocation.operands.size() > 1 ? PreviewSeveral(invocation) : PreviewOne(invocation);
 }
 
 }  // namespace rastrel::cli

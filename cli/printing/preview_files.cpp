@@ -60,9 +60,9 @@ bool PreviewFiles::Hold(JobEvent& event) {
   return false;
 }
 
-Expected<void> PreviewFiles::Deliver(os::Existing others) {
+Expected<void> PreviewFiles::Deliver(os::Existing first, os::Existing others) {
   const auto existingOf = [&](const std::string& name) {
-    return name == m_Target ? os::Existing::Followed : others;
+    return name == m_Target ? first : others;
   };
   // Before the first is moved, as that may be a long copy.
   for (const std::string& name : m_Names) {

@@ -16,7 +16,7 @@ namespace rastrel::cli {
 /// Called on one thread at a time.
 class PreviewFiles {
  public:
-  /// `target` is the native path that the user gave, and ends in an extension. The engine's file
+  /// `target` is the native path of the first file, and ends in an extension. The engine's file
   /// names begin with `jobName`. `directory` is where files wait, native; it is made if need be.
   PreviewFiles(const std::string& target, std::string jobName, std::string directory);
 
@@ -28,9 +28,9 @@ class PreviewFiles {
   /// The first file that could not be held, as a message; empty if there was none.
   [[nodiscard]] const std::string& Fault() const { return m_Fault; }
 
-  /// Gives the files their names. The target is replaced if it is there; `others` is for the other
-  /// names. Fails without a change; the failure is one of OutputFile.
-  [[nodiscard]] Expected<void> Deliver(os::Existing others);
+  /// Gives the files their names; `first` is for the target, `others` for the other names. Fails
+  /// without a change; the failure is one of OutputFile.
+  [[nodiscard]] Expected<void> Deliver(os::Existing first, os::Existing others);
 
   /// The names of the files, in the order in which they came.
   [[nodiscard]] const std::vector<std::string>& Names() const { return m_Names; }

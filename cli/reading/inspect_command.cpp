@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "cli/console/files_at_once.h"
 #include "cli/console/standard_streams.h"
 #include "cli/reading/inspection.h"
 #include "cli/reading/inspection_text.h"
@@ -144,17 +145,18 @@ ExitStatus InspectCommand(const Invocation& invocation) {
   if (output.json && output.table)
     throw CommandError(ExitStatus::WrongUse, "--json and --tsv exclude each other");
   output.color = !output.json && !output.table && TerminalShowsColor();
-  ExitStatus status = ExitStatus::Done;
-  if (output.table) WriteOutLines(InspectionTableHead());
+  const unsigned atOnce = OrEnd(ExitStatus::WrongUse, FilesAtOnce(invocation));
+  std::vector<std::string> files;
   for (const std::string& operand : invocation.operands)
-    for (const std::string& file : FilesOfOperand(operand)) {
-      try {
-        InspectOne(file, output);
-      } catch (const CommandError& error) {
-        WriteErrorLine("rastrel: " + file + ": " + error.what());
-        if (status != ExitStatus::BadInput) status = error.Status();
-      }
-    }
+    std::ranges::move(FilesOfOperand(operand), std::back_inserter(files));
+  if (output.table) WriteOutLines(InspectionTableHead());
+  ExitStatus status = ExitStatus::Done;
+  const auto failed = [&](std::size_t index, const CommandError& error) {
+    WriteErrorLine("rastrel: " + files[index] + ": " + error.what());
+    if (status != ExitStatus::BadInput) status = error.Status();
+  };
+  const auto inspect = [&](std::size_t index) { InspectOne(files[index], output); };
+  WorkOnFiles(files.size(), atOnce, {.work = inspect, .failed = failed});
   return status;
 }
 

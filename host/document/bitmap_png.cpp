@@ -1,192 +1,101 @@
 #include "host/document/bitmap_png.h"
 
-#include <zlib.h>
+#include <png.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include <csetjmp>
+#include <new>
 
 namespace rastrel::document {
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+constexpr std::size_t ChunkSize = std::size_t{1} << 18;
 
-void AppendBigEndian(std::string& text, std::uint32_t value) {
-  for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xFF);
-}
-
-// A chunk (ISO 15948, 5.3). Numbers have the most significant byte first:
-//
-//     +-----------+---------+--------------+-----------+
-//     | length    | type    | body         | check sum |
-//     | 4 bytes   | 4 bytes | length bytes | 4 bytes   |
-//     +-----------+---------+--------------+-----------+
-//                 |<-- the sum is of these -->|
-void AppendChunk(std::string& png, std::string_view type, std::string_view body) {
-  AppendBigEndian(png, static_cast<std::uint32_t>(body.size()));
-  const std::size_t begin = png.size();
-  png += type;
-  png += body;
-  // NOLINTNEXTLINE: the library's bytes are unsigned
-  const auto* summed = reinterpret_cast<const Bytef*>(png.data() + begin);
-  AppendBigEndian(
-      png, static_cast<std::uint32_t>(crc32_z(crc32_z(0, nullptr, 0), summed, png.size() - begin)));
-}
-
-std::string HeadOf(const BitmapPixels& pixels) {
-  constexpr char trueColor = 2;
-  std::string body;
-  AppendBigEndian(body, static_cast<std::uint32_t>(pixels.width));
-  AppendBigEndian(body, static_cast<std::uint32_t>(pixels.height));
-  body += '\x8';  // bits of a sample
-  body += pixels.gray ? '\0' : trueColor;
-  body.append(3, '\0');  // the one compression, the one set of filters, no interlacing
-  return body;
-}
-
-// Pixels to the metre across and down, and the unit 1.
-std::string ResolutionOf(const PngForm& form) {
-  constexpr double inchesPerMetre = 1 / 0.0254;
-  std::string body;
-  for (const double dpi : {form.dpiX, form.dpiY}) {
-    const double rounded = std::round(dpi * inchesPerMetre);
-    AppendBigEndian(body, static_cast<std::uint32_t>(std::clamp(rounded, 1.0, 2147483647.0)));
-  }
-  return body + '\1';
-}
-
-// Filters rows (ISO 15948, 9): each by the one of three filters whose bytes are the smallest, taken
-// as signed. Sheets of even color are mostly zeros by one of them.
-class RowFilter {
+// A bitmap on its way into a file. The library leaves a step that fails by a jump over its own
+// frames and those of the step, which therefore own nothing.
+class Writer {
  public:
-  explicit RowFilter(const BitmapPixels& pixels)
+  Writer(const BitmapPixels& pixels, const PngForm& form)
       : m_Pixels(pixels),
-        m_Length(static_cast<std::size_t>(pixels.width) * pixels.BytesPerPixel()),
-        m_Above(m_Length),
-        m_Row(m_Length) {
-    for (Bytes& filtered : m_Filtered) filtered.resize(m_Length + 1);
-    m_Filtered[1][0] = 1;
-    m_Filtered[2][0] = 2;
+        m_Form(form),
+        m_Png(png_create_write_struct(PNG_LIBPNG_VER_STRING, this, Fail, nullptr)) {
+    if (m_Png != nullptr) m_Info = png_create_info_struct(m_Png);
   }
+  ~Writer() { png_destroy_write_struct(&m_Png, &m_Info); }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
 
-  // The row with the filter's number ahead; valid until the next call. Rows come in order.
-  Bytes& Filtered(int row) {
-    std::swap(m_Above, m_Row);
-    TakeRow(m_Pixels.Row(row));
-    const std::size_t step = m_Pixels.BytesPerPixel();
-    for (std::size_t i = 0; i < m_Length; ++i) m_Filtered[0][i + 1] = m_Row[i];
-    for (std::size_t i = 0; i < std::min(step, m_Length); ++i) m_Filtered[1][i + 1] = m_Row[i];
-    for (std::size_t i = step; i < m_Length; ++i) {
-      m_Filtered[1][i + 1] = static_cast<unsigned char>(m_Row[i] - m_Row[i - step]);
+  // The file; empty if there is no memory for it.
+  std::string Write() {
+    if (m_Png == nullptr || m_Info == nullptr || !Run(&Writer::WriteHead)) return {};
+    for (int row = 0; row < m_Pixels.height; ++row) {
+      m_Row = m_Pixels.Row(row).data();
+      if (!Run(&Writer::WriteRow)) return {};
     }
-    for (std::size_t i = 0; i < m_Length; ++i) {
-      m_Filtered[2][i + 1] = static_cast<unsigned char>(m_Row[i] - m_Above[i]);
-    }
-    return *std::ranges::min_element(m_Filtered, {}, SizeOf);
+    return Run(&Writer::WriteEnd) ? std::move(m_File) : std::string();
   }
 
  private:
-  // Colors are blue first in a bitmap, and red first in the file.
-  void TakeRow(std::span<const std::byte> row) {
-    if (m_Pixels.gray) {
-      std::ranges::transform(row, m_Row.begin(),
-                             [](std::byte one) { return static_cast<unsigned char>(one); });
-      return;
-    }
-    for (std::size_t i = 0; i < m_Length; i += 3) {
-      m_Row[i] = static_cast<unsigned char>(row[i + 2]);
-      m_Row[i + 1] = static_cast<unsigned char>(row[i + 1]);
-      m_Row[i + 2] = static_cast<unsigned char>(row[i]);
-    }
+  bool Run(void (Writer::*step)()) {
+    if (setjmp(png_jmpbuf(m_Png)) != 0) return false;
+    (this->*step)();
+    return true;
   }
 
-  static std::uint64_t SizeOf(const Bytes& filtered) {
-    std::uint64_t size = 0;
-    for (std::size_t i = 1; i < filtered.size(); ++i) {
-      const int byte = filtered[i];
-      size += static_cast<unsigned>(byte < 128 ? byte : 256 - byte);
-    }
-    return size;
+  void WriteHead() {
+    png_set_write_fn(m_Png, this, Append, nullptr);
+    png_set_user_limits(m_Png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_compression_level(m_Png, std::clamp(m_Form.level, 1, 9));
+    png_set_compression_strategy(m_Png, 0);  // also after filters: sheets have long even runs
+    png_set_compression_buffer_size(m_Png, ChunkSize);
+    // Sheets of even color are mostly zeros by one of these.
+    png_set_filter(m_Png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE | PNG_FILTER_SUB | PNG_FILTER_UP);
+    png_set_IHDR(m_Png, m_Info, static_cast<png_uint_32>(m_Pixels.width),
+                 static_cast<png_uint_32>(m_Pixels.height), 8,
+                 m_Pixels.gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (m_Form.dpiX > 0 && m_Form.dpiY > 0)
+      png_set_pHYs(m_Png, m_Info, PerMetre(m_Form.dpiX), PerMetre(m_Form.dpiY),
+                   PNG_RESOLUTION_METER);
+    png_write_info(m_Png, m_Info);
+    if (!m_Pixels.gray) png_set_bgr(m_Png);  // blue is first in a bitmap
   }
+  // NOLINTNEXTLINE: the library's bytes are unsigned
+  void WriteRow() { png_write_row(m_Png, reinterpret_cast<png_const_bytep>(m_Row)); }
+  void WriteEnd() { png_write_end(m_Png, nullptr); }
+
+  static png_uint_32 PerMetre(double dpi) {
+    constexpr double inchesPerMetre = 1 / 0.0254;
+    return static_cast<png_uint_32>(
+        std::clamp(std::round(dpi * inchesPerMetre), 1.0, double{PNG_UINT_31_MAX}));
+  }
+
+  static void Append(png_structp png, png_bytep bytes, png_size_t count) {
+    try {
+      // NOLINTNEXTLINE: the library's bytes are unsigned
+      static_cast<Writer*>(png_get_io_ptr(png))
+          ->m_File.append(reinterpret_cast<char*>(bytes), count);
+      return;
+    } catch (const std::bad_alloc&) {
+    }
+    png_error(png, "there is no memory");  // outside of the handler, which it jumps over
+  }
+  static void Fail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
 
   const BitmapPixels& m_Pixels;
-  std::size_t m_Length;
-  Bytes m_Above;  // zeros above the first row
-  Bytes m_Row;
-  std::array<Bytes, 3> m_Filtered;  // none, the pixel on the left taken off, the one above
-};
-
-// A stream of compressed bytes that are put into chunks as they come.
-class ImageData {
- public:
-  ImageData(std::string& png, int level)
-      : m_Png(png), m_Ready(deflateInit(&m_Stream, level) == Z_OK), m_Chunk(ChunkSize, '\0') {
-    BeginChunk();
-  }
-  ~ImageData() {
-    if (m_Ready) deflateEnd(&m_Stream);
-  }
-  ImageData(const ImageData&) = delete;
-  ImageData& operator=(const ImageData&) = delete;
-
-  [[nodiscard]] bool IsReady() const { return m_Ready; }
-  void Add(Bytes& row) {
-    for (std::size_t begin = 0; begin < row.size(); begin += MaximumPiece) {
-      m_Stream.next_in = row.data() + begin;
-      m_Stream.avail_in = static_cast<uInt>(std::min(row.size() - begin, MaximumPiece));
-      while (m_Stream.avail_in > 0) Run(Z_NO_FLUSH);
-    }
-  }
-  void Finish() {
-    while (Run(Z_FINISH) == Z_OK) continue;
-    EndChunk();
-  }
-
- private:
-  static constexpr std::size_t ChunkSize = std::size_t{1} << 18;
-  // The compression counts bytes in 32 bits.
-  static constexpr std::size_t MaximumPiece = std::size_t{1} << 30;
-
-  int Run(int flush) {
-    if (m_Stream.avail_out == 0) {
-      EndChunk();
-      BeginChunk();
-    }
-    return deflate(&m_Stream, flush);
-  }
-  void BeginChunk() {
-    // NOLINTNEXTLINE: the library's bytes are unsigned
-    m_Stream.next_out = reinterpret_cast<Bytef*>(m_Chunk.data());
-    m_Stream.avail_out = static_cast<uInt>(ChunkSize);
-  }
-  void EndChunk() {
-    const std::size_t used = ChunkSize - m_Stream.avail_out;
-    if (used > 0) AppendChunk(m_Png, "IDAT", std::string_view(m_Chunk).substr(0, used));
-  }
-
-  std::string& m_Png;
-  z_stream m_Stream{};
-  bool m_Ready;
-  std::string m_Chunk;
+  const PngForm& m_Form;
+  png_structp m_Png;
+  png_infop m_Info = nullptr;
+  const std::byte* m_Row = nullptr;
+  std::string m_File;
 };
 
 }  // namespace
 
 std::string PngOfBitmap(const BitmapPixels& pixels, const PngForm& form) {
-  std::string png = "\x89PNG\r\n\x1A\n";
-  AppendChunk(png, "IHDR", HeadOf(pixels));
-  if (form.dpiX > 0 && form.dpiY > 0) AppendChunk(png, "pHYs", ResolutionOf(form));
-  ImageData data(png, std::clamp(form.level, 1, 9));
-  if (!data.IsReady()) return {};
-  RowFilter filter(pixels);
-  for (int row = 0; row < pixels.height; ++row) data.Add(filter.Filtered(row));
-  data.Finish();
-  AppendChunk(png, "IEND", {});
-  return png;
+  return Writer(pixels, form).Write();
 }
 
 }  // namespace rastrel::document

@@ -3,11 +3,12 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
+
+#include "host/render/tiff_fields.h"
 
 namespace rastrel::render {
 namespace {
@@ -16,16 +17,7 @@ using document::BitmapPixels;
 
 constexpr std::size_t StripBytes = std::size_t{1} << 18;
 constexpr int CompressionLevel = 3;
-constexpr double RationalUnit = 10'000;
-
-void Append16(std::string& text, unsigned value) {
-  text += static_cast<char>(value & 0xFF);
-  text += static_cast<char>(value >> 8 & 0xFF);
-}
-void Append32(std::string& text, std::uint64_t value) {
-  Append16(text, static_cast<unsigned>(value & 0xFFFF));
-  Append16(text, static_cast<unsigned>(value >> 16 & 0xFFFF));
-}
+constexpr double LowestResolution = 1e-4;  // that a rational number can say
 
 // A row as differences from the pixel on the left (predictor 2), red first.
 void AppendRow(std::string& strip, const BitmapPixels& pixels, int row) {
@@ -53,44 +45,11 @@ bool Compress(const std::string& strip, std::string& file) {
   return state == Z_OK;
 }
 
-// The fields of a page, in the order of their tags.
-class Fields {
- public:
-  void Short(unsigned tag, unsigned value) { Add(tag, 3, 1, value); }
-  void Long(unsigned tag, std::uint64_t value) { Add(tag, 4, 1, value); }
-  // Of several values that lie elsewhere.
-  void At(unsigned tag, unsigned type, std::size_t count, std::uint64_t offset) {
-    Add(tag, type, count, offset);
-  }
-  [[nodiscard]] std::string Take() const {
-    std::string text;
-    Append16(text, m_Count);
-    text += m_Text;
-    Append32(text, 0);
-    return text;
-  }
-
- private:
-  void Add(unsigned tag, unsigned type, std::uint64_t count, std::uint64_t value) {
-    Append16(m_Text, tag);
-    Append16(m_Text, type);
-    Append32(m_Text, count);
-    Append32(m_Text, value);
-    ++m_Count;
-  }
-  unsigned m_Count = 0;
-  std::string m_Text;
-};
-
 struct Strips {
   int rows;  // of each but the last
-  std::vector<std::uint64_t> offsets;
-  std::vector<std::uint64_t> sizes;
+  std::vector<std::uint32_t> offsets;
+  std::vector<std::uint32_t> sizes;
 };
-
-std::uint64_t RationalOf(double dpi) {
-  return static_cast<std::uint64_t>(std::clamp(std::round(dpi * RationalUnit), 1.0, 4294967295.0));
-}
 
 // The values that don't fit into a field, and then the fields:
 //
@@ -98,48 +57,43 @@ std::uint64_t RationalOf(double dpi) {
 //     | 3 x 2 bytes, 2 more | 2 x 4 bytes  | 2 x 4 bytes  | 4 bytes each  | 4 bytes each|        |
 void AppendFields(std::string& file, const BitmapPixels& pixels, const Strips& strips, double dpiX,
                   double dpiY) {
-  constexpr unsigned deflate = 8;
-  constexpr unsigned blackIsZero = 1;
-  constexpr unsigned rgb = 2;
-  constexpr unsigned typeShort = 3;
-  constexpr unsigned typeLong = 4;
-  constexpr unsigned typeRational = 5;
-  const std::uint64_t bits = file.size();
-  for (int sample = 0; sample < 3; ++sample) Append16(file, 8);
-  Append16(file, 0);
-  const std::uint64_t resolutions = file.size();
-  for (const double dpi : {dpiX, dpiY}) {
-    Append32(file, RationalOf(dpi));
-    Append32(file, static_cast<std::uint64_t>(RationalUnit));
-  }
-  const std::uint64_t offsets = file.size();
-  for (const std::uint64_t offset : strips.offsets) Append32(file, offset);
-  const std::uint64_t sizes = file.size();
-  for (const std::uint64_t size : strips.sizes) Append32(file, size);
-  const std::size_t count = strips.offsets.size();
-  const std::uint64_t place = file.size();
-  Fields fields;
-  fields.Long(256, static_cast<std::uint64_t>(pixels.width));
-  fields.Long(257, static_cast<std::uint64_t>(pixels.height));
+  constexpr std::uint16_t deflate = 8;
+  constexpr std::uint16_t blackIsZero = 1;
+  constexpr std::uint16_t rgb = 2;
+  const auto place = [&file] { return static_cast<std::uint32_t>(file.size()); };
+  const std::uint32_t bits = place();
+  for (int sample = 0; sample < 3; ++sample) AppendTiffNumber(file, 8, 2);
+  AppendTiffNumber(file, 0, 2);
+  const std::uint32_t resolutions = place();
+  for (const double dpi : {dpiX, dpiY}) AppendTiffRational(file, std::max(dpi, LowestResolution));
+  const std::uint32_t offsets = place();
+  for (const std::uint32_t offset : strips.offsets) AppendTiffNumber(file, offset, 4);
+  const std::uint32_t sizes = place();
+  for (const std::uint32_t size : strips.sizes) AppendTiffNumber(file, size, 4);
+  const auto count = static_cast<std::uint32_t>(strips.offsets.size());
+  const std::uint32_t directory = place();
+  TiffFields fields;
+  fields.Long(256, static_cast<std::uint32_t>(pixels.width));
+  fields.Long(257, static_cast<std::uint32_t>(pixels.height));
   if (pixels.gray) {
     fields.Short(258, 8);
   } else {
-    fields.At(258, typeShort, 3, bits);
+    fields.Add(258, TiffType::Short, 3, bits);
   }
   fields.Short(259, deflate);
   fields.Short(262, pixels.gray ? blackIsZero : rgb);
-  fields.At(273, typeLong, count, count == 1 ? strips.offsets.front() : offsets);
+  fields.Add(273, TiffType::Long, count, count == 1 ? strips.offsets.front() : offsets);
   fields.Short(277, pixels.gray ? 1 : 3);
-  fields.Long(278, static_cast<std::uint64_t>(strips.rows));
-  fields.At(279, typeLong, count, count == 1 ? strips.sizes.front() : sizes);
-  fields.At(282, typeRational, 1, resolutions);
-  fields.At(283, typeRational, 1, resolutions + 8);
+  fields.Long(278, static_cast<std::uint32_t>(strips.rows));
+  fields.Add(279, TiffType::Long, count, count == 1 ? strips.sizes.front() : sizes);
+  fields.Add(282, TiffType::Rational, 1, resolutions);
+  fields.Add(283, TiffType::Rational, 1, resolutions + 8);
   fields.Short(284, 1);  // samples side by side
   fields.Short(296, 2);  // inches
   fields.Short(317, 2);  // the predictor
-  file += fields.Take();
+  file += fields.Bytes(0);
   std::string head;
-  Append32(head, place);
+  AppendTiffNumber(head, directory, 4);
   std::ranges::copy(head, file.begin() + 4);
 }
 
@@ -157,9 +111,9 @@ Expected<std::string> TiffOfBitmap(const BitmapPixels& pixels, double dpiX, doub
     strip.clear();
     for (int one = row; one < std::min(row + strips.rows, pixels.height); ++one)
       AppendRow(strip, pixels, one);
-    strips.offsets.push_back(file.size());
+    strips.offsets.push_back(static_cast<std::uint32_t>(file.size()));
     if (!Compress(strip, file)) return FailureOf("there is no memory for the TIFF");
-    strips.sizes.push_back(file.size() - strips.offsets.back());
+    strips.sizes.push_back(static_cast<std::uint32_t>(file.size() - strips.offsets.back()));
     if (file.size() % 2 != 0) file += '\0';  // fields begin at even places
     if (file.size() + strips.offsets.size() * 8 + 1024 > maximum)
       return FailureOf("the picture takes more than a TIFF can hold, 4 GiB");

@@ -1,6 +1,7 @@
 #include "host/render/picture_png.h"
 
 #include <cairo.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -19,16 +20,6 @@ constexpr double PointsPerInch = 72;
 constexpr double PictureDpi = 300;
 constexpr double MaximumPixels = 16e6;
 constexpr double MaximumSide = 32'000;  // cairo's pictures end at 32767
-
-// The check sum of PNG chunks (ISO 15948, annex D).
-std::uint32_t CheckSum(std::string_view bytes) {
-  std::uint32_t sum = 0xFFFFFFFF;
-  for (const char byte : bytes) {
-    sum ^= static_cast<unsigned char>(byte);
-    for (int bit = 0; bit < 8; ++bit) sum = (sum & 1) != 0 ? sum >> 1 ^ 0xEDB88320 : sum >> 1;
-  }
-  return ~sum;
-}
 
 void AppendBigEndian(std::string& text, std::uint32_t value) {
   for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xFF);
@@ -52,7 +43,9 @@ std::string ResolutionChunk(double dpi) {
   std::string chunk;
   AppendBigEndian(chunk, 9);
   chunk += body;
-  AppendBigEndian(chunk, CheckSum(body));
+  // NOLINTNEXTLINE: the library's bytes are unsigned
+  const auto* summed = reinterpret_cast<const Bytef*>(body.data());
+  AppendBigEndian(chunk, static_cast<std::uint32_t>(crc32_z(0, summed, body.size())));
   return chunk;
 }
 

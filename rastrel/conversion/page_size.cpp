@@ -48,13 +48,14 @@ double Centimetres(float inches) {
 
 namespace rastrel::conversion {
 
-int MeasurePage(const wchar_t* path, BOUNDS& bounds, CSemaphore* stop) {
+int MeasurePage(const wchar_t* path, BOUNDS& bounds, CSemaphore* stop,
+                const MeasureLineHandler& onLine) {
   if (path == nullptr) return 0;
   BeginWaitCursor();
   const std::wstring copy = MakeCopy(path);
   if (copy.empty()) return 0;
   QRastPageInfo info;
-  const bool measured = PrintingThread::RunQRast(copy.c_str(), &info, stop) != 0;
+  const bool measured = PrintingThread::RunQRast(copy.c_str(), &info, stop, onLine) != 0;
   if (!KeepsPostScriptFiles()) static_cast<void>(os::RemoveFile(copy));
   if (!measured || !IsWhole(info)) return 0;
   bounds.xmin = Centimetres(info.bboxX);

@@ -1,5 +1,7 @@
 #include "rastrel/conversion/qrast.h"
 
+#include <utility>
+
 #include "rastrel/job/app_log.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -29,11 +31,13 @@ constexpr rastrel::printing::ChildMessages Messages{
 
 }  // namespace
 
-CQRast::CQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop)
+CQRast::CQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop,
+               QRastLineHandler onLine)
     : ChildSupervisor(std::make_unique<CCPHelper>(CExePaths::Instance().m_QueueExe), Messages),
       m_pFile(file),
       m_pPageInfo(pageInfo),
-      m_pStop(stop) {}
+      m_pStop(stop),
+      m_OnLine(std::move(onLine)) {}
 
 CQRast::~CQRast() = default;
 
@@ -42,7 +46,7 @@ bool CQRast::Run() {
   if (!MakePipes(Pipes)) return false;  // 1
   AddArguments();
   if (!StartProcess()) return false;  // 2
-  m_pStderrParser = std::make_unique<CQRastStderrParser>(&m_hStderrRead, m_pPageInfo);
+  m_pStderrParser = std::make_unique<CQRastStderrParser>(&m_hStderrRead, m_pPageInfo, m_OnLine);
   if (!StartReaders()) {  // 4
     Terminate();
     return false;
@@ -77,13 +81,14 @@ void CQRast::LogExitStatus() {
   CAppLog::Instance().Printf(L"[QRast]: Exe exited with status %i", m_ExitStatus);
 }
 
-int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop) {
+int RunQRast(const wchar_t* file, QRastPageInfo* pageInfo, CSemaphore* stop,
+             const QRastLineHandler& onLine) {
   if (file == nullptr) return 0;
   if (!os::Exists(CExePaths::Instance().m_QueueExe)) {
     CAppLog::Instance().Write("[QRast] qrast executable missing.");
     return 0;
   }
-  CQRast supervisor(file, pageInfo, stop);
+  CQRast supervisor(file, pageInfo, stop, onLine);
   return supervisor.Run() ? 1 : 0;
 }
 

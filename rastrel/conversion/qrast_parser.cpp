@@ -1,4 +1,7 @@
 #include "rastrel/conversion/qrast.h"
+
+#include <utility>
+
 #include "rastrel/conversion/scan_group.h"
 #include "rastrel/job/app_log.h"
 
@@ -28,14 +31,16 @@ void StoreBox(std::wstring_view text, QRastPageInfo& info) {
 
 }  // namespace
 
-CQRastStderrParser::CQRastStderrParser(HANDLE* pipe, QRastPageInfo* pageInfo)
-    : CBaseStderrParser(pipe), m_pPageInfo(pageInfo) {}
+CQRastStderrParser::CQRastStderrParser(HANDLE* pipe, QRastPageInfo* pageInfo,
+                                       QRastLineHandler onLine)
+    : CBaseStderrParser(pipe), m_pPageInfo(pageInfo), m_OnLine(std::move(onLine)) {}
 
 CQRastStderrParser::~CQRastStderrParser() = default;
 
 void CQRastStderrParser::ParseLine(const std::wstring& line) {
   if (line.empty()) return;
   CAppLog::Instance().Write(line.c_str());
+  if (m_OnLine) m_OnLine(line);
   if (line.starts_with(Tag)) ParseRecord(std::wstring_view(line).substr(Tag.size()));
 }
 

@@ -99,6 +99,7 @@ def compile_moved_headers(options, prefix, place):
 def unfinished(prefix, options):
     """What an installed tree lacks."""
     wanted = ["bin/rastrel", "include/rastrel/rastrel.h", "share/man/man1/rastrel.1",
+              "share/bash-completion/completions/rastrel",
               "libexec/rastrel/corerast.exe", "libexec/rastrel/coreodalis.exe",
               "share/rastrel/devices.txt", f"{options.libdir}/librastrel.so.{options.version}",
               f"{options.libdir}/libcfplane.so",

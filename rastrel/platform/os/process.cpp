@@ -1,6 +1,7 @@
 #include "rastrel/platform/os/process.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -179,9 +180,21 @@ Expected<ChildProcess> Spawn(const SpawnRequest& request) {
 
 Expected<ExitState> TakeExitState(HANDLE process) { return TakeEndFromReaper(process, false); }
 
-Expected<ExitState> Terminate(HANDLE process) {
-  if (process > 0 && Calls().pidfd_send_signal(process, SIGKILL, nullptr, 0) != 0 && errno != ESRCH)
+Expected<void> SendSignal(HANDLE process, int signal) {
+  if (process > 0 && Calls().pidfd_send_signal(process, signal, nullptr, 0) != 0 && errno != ESRCH)
     return Failure{"pidfd_send_signal", "process handle " + std::to_string(process), errno};
+  return {};
+}
+
+Expected<void> EndWithStarter(std::uint32_t starter) {
+  // The reaper between the two ends with the starter.
+  if (::prctl(PR_SET_PDEATHSIG, SIGTERM) != 0) return Failure{"prctl", {}, errno};
+  if (StarterProcessId() != starter) return Failure{"prctl", {}, ESRCH};
+  return {};
+}
+
+Expected<ExitState> Terminate(HANDLE process) {
+  if (const auto sent = SendSignal(process, SIGKILL); !sent) return sent.Error();
   auto end = TakeEndFromReaper(process, true);
   ReleaseEndedChildren();
   return end;

@@ -56,6 +56,14 @@ struct ExitState {
 /// child that had ended by itself before from one that was killed here.
 [[nodiscard]] Expected<ExitState> Terminate(HANDLE process);
 
+/// Sends a child a signal, for instance SIGINT. One that has ended gets none, which is no failure.
+[[nodiscard]] Expected<void> SendSignal(HANDLE process, int signal);
+
+/// From now on this process gets SIGTERM when the one that started it (StarterProcessId, reaper.h)
+/// ends, however that happens. Fails with ESRCH if that is not `starter` any more: it has ended
+/// already.
+[[nodiscard]] Expected<void> EndWithStarter(std::uint32_t starter);
+
 /// Waits until nothing of the children that have ended is left in this process: the thread of each
 /// ends within microseconds. For who closes a child's handle, off the road on which somebody waits
 /// for the child's status.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -9,6 +10,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/console/help.h"
+#include "cli/input/pdf_options.h"
 
 namespace rastrel::cli {
 namespace {
@@ -95,6 +97,19 @@ TEST(Options, the_manual_has_every_exit_status_in_the_same_words) {
     ASSERT_NE(found, lines.end()) << entry;
     EXPECT_EQ(*std::next(found), row.meaning);
   }
+}
+
+TEST(Options, the_choices_of_a_box_are_the_boxes_that_are_taken) {
+  std::istringstream words(OptionOf(OptionId::Box).choices);
+  int count = 0;
+  for (std::string word; words >> word; ++count) {
+    Invocation invocation;
+    invocation.options[OptionId::Box] = word;
+    EXPECT_TRUE(PdfOptions::Apply(invocation)) << word;
+    EXPECT_NE(std::string(OptionOf(OptionId::Box).description).find(word), std::string::npos);
+  }
+  EXPECT_EQ(count, 4);
+  ASSERT_EQ(::unsetenv("RASTREL_RIP_BOX"), 0);
 }
 
 TEST(Options, the_help_of_a_command_has_each_of_its_options) {

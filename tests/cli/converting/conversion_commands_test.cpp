@@ -112,6 +112,90 @@ TEST_F(Conversions, pagesize_is_stopped_by_a_signal_and_leaves_nothing) {
   }
 }
 
+// `file` is the working copy, whose path is a library path in a measuring. `wait_for` waits, a
+// limited time, for a file below the data root.
+constexpr const char* Measuring = R"(
+file="$RASTREL_HOME/Queue/rip/${3##*[\\/]}"
+wait_for() {
+  n=0
+  while [ ! -e "$RASTREL_HOME/$1" ] && [ $n -lt 20000 ]; do sleep 0.01; n=$((n + 1)); done
+}
+)";
+
+TEST_F(Conversions, pagesize_measures_several_files_at_a_time_and_keeps_their_order) {
+  m_Command.Place().Write("first.ps", "%!PS\n% first\n");
+  m_Command.Place().Write("second.ps", "%!PS\n% second\n");
+  // The first waits for the second, which can come only at the same time.
+  m_Command.WriteQueue(std::string(Measuring) + R"(
+if grep -q first "$file"; then wait_for second; box="0 11 8.5 0"; else
+  touch "$RASTREL_HOME/second"; box="0 1 2 0"; fi
+[ -e "$RASTREL_HOME/second" ] || exit 2
+echo "QRAST:bbox $box" >&2
+)");
+  const CommandResult result = Run({"pagesize", "--jobs", "2", "first.ps", "second.ps"});
+  EXPECT_EQ(result.output,
+            "first.ps: 21.590 x 27.940 cm at 0.000, 0.000 (612.00 x 792.00 pt), measured\n"
+            "second.ps: 5.080 x 2.540 cm at 0.000, 0.000 (144.00 x 72.00 pt), measured\n")
+      << result.error;
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(Conversions, pagesize_gives_each_file_its_own_messages) {
+  std::vector<std::string> words{"pagesize", "--jobs", "4"};
+  std::string expected;
+  for (int number = 1; number <= 8; ++number) {
+    const std::string name = "f" + std::to_string(number) + ".ps";
+    m_Command.Place().Write(name, "%!PS\n%" + std::to_string(number) + "\n");
+    words.push_back(name);
+    expected +=
+        "rastrel: " + name + ": its page can't be measured: bad " + std::to_string(number) + "\n";
+  }
+  m_Command.WriteQueue(
+      std::string(Measuring) +
+      "n=$(grep -o '^%[1-8]' \"$file\")\necho \"ERROR: bad ${n#%}\" >&2\nexit 2\n");
+  const CommandResult failed = Run(words);
+  EXPECT_EQ(failed.error, expected);
+  EXPECT_EQ(failed.status, 1);
+
+  m_Command.WriteQueue(std::string(Measuring) +
+                       "n=$(grep -o '^%[1-8]' \"$file\")\necho QRAST:bbox 0 1 1 0 >&2\n"
+                       "echo \"WARNING: low ${n#%}\" >&2\necho \"WARNING: low ${n#%}\" >&2\n");
+  words.emplace_back("--json");
+  std::vector<std::string> seen;
+  for (const std::string& line : Run(words).Lines()) {
+    const auto object = nlohmann::json::parse(line);
+    seen.push_back(
+        object["path"].get<std::string>() + " " +
+        (object["event"] == "warning" ? object["text"] : object["event"]).get<std::string>());
+  }
+  std::vector<std::string> wanted;
+  for (int number = 1; number <= 8; ++number) {
+    const std::string name = "f" + std::to_string(number) + ".ps ";
+    wanted.push_back(name + "pagesize");
+    wanted.push_back(name + "low " + std::to_string(number));
+  }
+  EXPECT_EQ(seen, wanted);
+}
+
+TEST_F(Conversions, pagesize_stops_all_that_it_measures) {
+  m_Command.WriteQueue("touch \"$RASTREL_HOME/begun.$$\"\nexec sleep 1000\n");
+  const auto begun = [&] {
+    std::size_t count = 0;
+    for (const std::string& name : m_Command.NamesIn("."))
+      count += name.starts_with("begun.") ? 1 : 0;
+    return count;
+  };
+  std::vector<std::string> words{"pagesize", "--jobs", "2"};
+  words.insert(words.end(), 5, "sign.eps");
+  m_Command.Start(words, "");
+  ASSERT_TRUE(test::WaitUntil([&] { return begun() == 2; }));
+  m_Command.Signal(SIGINT);
+  const CommandResult result = m_Command.Wait();
+  EXPECT_EQ(result.status, 4);
+  EXPECT_EQ(result.error, "rastrel: cancelled\n");
+  EXPECT_EQ(begun(), 2U) << "no other file is begun";
+}
+
 TEST_F(Conversions, need_the_queue_program) {
   EXPECT_EQ(Run({"pagesize", "sign.eps"}).status, 5);
   const CommandResult result = Run({"queue", "sign.eps"});

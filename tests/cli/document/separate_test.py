@@ -298,33 +298,32 @@ class Separate(unittest.TestCase):
         self.assertEqual(sorted(path.name for path in self.place.iterdir()),
                          ["bad.ps", "home", "none.txt", "page.ps"])
 
-    def test_a_killed_command_is_swept_by_the_next(self):
-        source = self.write("slow.ps", "%!PS\n{ } loop\n")
-        child = subprocess.Popen([COMMAND, "separate", source], stdout=subprocess.DEVNULL,
-                                 stderr=subprocess.DEVNULL,
-                                 env=dict(os.environ, RASTREL_HOME=str(self.home)))
-        separation = self.home / "Queue/rip/Separation"
-        for _ in range(3000):
-            if list(separation.glob("*/slow.ps")):
-                break
-            time.sleep(0.02)
-        self.assertTrue(list(separation.glob("*/slow.ps")), "the copy came")
-        child.send_signal(signal.SIGKILL)
-        child.wait()
-        self.assertTrue(list(separation.iterdir()), "what a killed command leaves")
-        self.separate(self.write("page.ps", "%!PS\n" + PAGE))
-        self.assertEqual(list(separation.iterdir()), [])
-
-    def test_an_interrupt_cancels_and_leaves_nothing(self):
+    def start_slow_command(self):
+        """A command on a file that does not end, once its working copy is there."""
         source = self.write("slow.ps", "%!PS\n{ } loop\n")
         child = subprocess.Popen([COMMAND, "separate", source], stdout=subprocess.DEVNULL,
                                  stderr=subprocess.PIPE,
                                  env=dict(os.environ, RASTREL_HOME=str(self.home)))
-        separation = self.home / "Queue/rip/Separation"
+        self.addCleanup(child.stderr.close)
         for _ in range(3000):
-            if list(separation.glob("*/slow.ps")):
-                break
+            if list((self.home / "Queue/rip/Separation").glob("*/slow.ps")):
+                return child
             time.sleep(0.02)
+        child.kill()
+        child.wait()
+        return self.fail("the working copy never came")
+
+    def test_a_killed_command_is_swept_by_the_next(self):
+        child = self.start_slow_command()
+        child.kill()
+        child.wait()
+        separation = self.home / "Queue/rip/Separation"
+        self.assertTrue(list(separation.iterdir()), "the leftovers of a killed command")
+        self.separate(self.write("page.ps", "%!PS\n" + PAGE))
+        self.assertEqual(list(separation.iterdir()), [])
+
+    def test_an_interrupt_cancels_and_leaves_nothing(self):
+        child = self.start_slow_command()
         child.send_signal(signal.SIGINT)
         _, errors = child.communicate(timeout=250)
         self.assertEqual(child.returncode, 4, errors)

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <sstream>
 #include <string>
 
+#include "cli/console/options.h"
 #include "rastrel/xml/layer.h"
 #include "tests/support/scratch_directory.h"
 
@@ -19,6 +22,17 @@ TEST(TemplateFormat, plate_xml_and_bright_star_differ_by_the_children_of_the_tem
             TemplateFormat::Abb);
   EXPECT_EQ(*OfContent(L"<A><ENGRAVINGTEMPLATE><TEXTFRAME/></ENGRAVINGTEMPLATE></A>"),
             TemplateFormat::BrightStar);
+}
+
+TEST(TemplateFormat, the_choices_of_the_option_are_all_formats) {
+  std::istringstream words(OptionOf(OptionId::Format).choices);
+  std::set<TemplateFormat> formats;
+  for (std::string word; words >> word;) {
+    const auto format = FormatNamed(word);
+    ASSERT_TRUE(format) << word;
+    formats.insert(*format);
+  }
+  EXPECT_EQ(formats.size(), 7U);
 }
 
 TEST(TemplateFormat, a_template_with_plates_and_text_frames_needs_a_format) {

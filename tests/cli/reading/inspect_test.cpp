@@ -89,6 +89,27 @@ TEST(Inspect, a_file_that_can_not_be_read_is_reported_and_the_others_follow) {
             "rastrel: missing.eps: open 'missing.eps': No such file or directory (2)\n");
 }
 
+TEST(Inspect, several_files_at_a_time_are_listed_as_one_after_the_other_is) {
+  CommandRunner command(CommandRunner::Children::None);
+  std::vector<std::string> words{"inspect", "--painted", "--json"};
+  for (int number = 0; number < 6; ++number) {
+    const std::string name = "sign" + std::to_string(number) + ".eps";
+    command.Place().Write(name, Sign + (number == 2 ? "no_such_operator\n" : ""));
+    words.push_back(name);
+  }
+  words.emplace_back("missing.eps");
+  auto oneByOne = words;
+  oneByOne.insert(oneByOne.end(), {"--jobs", "1"});
+  words.insert(words.end(), {"--jobs", "4"});
+  const auto expected = command.Run(oneByOne);
+  EXPECT_EQ(expected.Lines().size(), 6U) << expected.error;
+  EXPECT_EQ(expected.status, 3);
+  const auto result = command.Run(words);
+  EXPECT_EQ(result.output, expected.output);
+  EXPECT_EQ(result.error, expected.error);
+  EXPECT_EQ(result.status, 3);
+}
+
 TEST(Inspect, json_and_a_table_exclude_each_other) {
   CommandRunner command(CommandRunner::Children::None);
   EXPECT_EQ(command.Run({"inspect", "--json", "--tsv", "x"}).status, 2);

@@ -1,4 +1,4 @@
-// Ends `inspect --painted` from outside while the interpreter is at work on an endless job.
+// Ends `inspect --painted` from outside while two interpreters are at work on an endless job each.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -40,8 +40,8 @@ pid_t StartInspecting(const std::string& job, const std::string& temporary) {
   const pid_t process = fork();
   if (process == 0) {
     setenv("TMPDIR", temporary.c_str(), 1);
-    execl(RASTREL_COMMAND, "rastrel", "inspect", "--painted", job.c_str(),
-          static_cast<char*>(nullptr));
+    execl(RASTREL_COMMAND, "rastrel", "inspect", "--painted", "--jobs", "2", job.c_str(),
+          job.c_str(), static_cast<char*>(nullptr));
     _exit(127);
   }
   return process;
@@ -57,7 +57,7 @@ TEST_P(PaintedKill, leaves_no_process_and_no_file) {
   const pid_t command = StartInspecting(place.Path("endless.ps"), temporary.Path());
   const auto interprets = [&] {
     const auto names = NamesWith(temporary.Path());
-    return std::find(names.begin(), names.end(), "gs\n") != names.end();
+    return std::count(names.begin(), names.end(), "gs\n") == 2;
   };
   ASSERT_TRUE(test::WaitUntil(interprets));
   EXPECT_FALSE(fs::is_empty(temporary.Path()));

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/system_calls.h"
 #include "tests/platform/os/running_child.h"
 #include "tests/support/environment_guard.h"
@@ -386,6 +388,29 @@ TEST(Terminate, a_signal_that_may_not_be_sent_is_a_failure_and_no_endless_wait) 
   ASSERT_FALSE(state);
   EXPECT_EQ(state.Error().what, "pidfd_send_signal");
   EXPECT_EQ(state.Error().error, EPERM);
+}
+
+TEST(SendSignal, reaches_the_child_and_not_one_that_has_ended) {
+  const RunningChild child(Shell("exec sleep 30"));
+  ASSERT_TRUE(child.Started());
+  ASSERT_TRUE(os::SendSignal(child.Process(), SIGINT));
+  const os::ExitState state = child.WaitForEnd();
+  EXPECT_FALSE(state.byItself);
+  EXPECT_EQ(state.status, SIGINT);
+  EXPECT_TRUE(os::SendSignal(child.Process(), SIGINT)) << "nobody is left to get it";
+  const os::SystemCallsGuard guard;
+  os::Calls().pidfd_send_signal = [](int, int, siginfo_t*, unsigned) { return errno = EPERM, -1; };
+  const auto sent = os::SendSignal(child.Process(), SIGINT);
+  ASSERT_FALSE(sent);
+  EXPECT_EQ(sent.Error().error, EPERM);
+}
+
+TEST(EndWithStarter, fails_if_another_process_has_started_this_one) {
+  const auto bound = os::EndWithStarter(os::CurrentProcessId());
+  ASSERT_FALSE(bound);
+  EXPECT_EQ(bound.Error().error, ESRCH);
+  EXPECT_TRUE(os::EndWithStarter(os::StarterProcessId()));
+  ASSERT_EQ(::prctl(PR_SET_PDEATHSIG, 0), 0);
 }
 
 TEST(CanOpenProcess, is_true_for_living_processes_only) {
