@@ -177,10 +177,8 @@ int Library::Run(const std::vector<std::string>& script) {
   int code = RunArguments(script);
   if (code != 0 || !m_IsSound || !Flush() || !HasQuietDevice()) {
     if (code == 0 && m_IsSound) code = RunString("systemdict /start get exec\n");
-    const int exitCode = m_ExitCode;
-    const int end = m_Functions.exit(m_Instance);
-    m_ExitCode = exitCode;
     if (code == Fatal) SayUnrecoverable();
+    const int end = m_Functions.exit(m_Instance);
     if (code == 0 || code == Quit) code = end;
   }
   std::fflush(nullptr);
