@@ -1,10 +1,10 @@
 // Many small EPS files, measured and previewed by one call of the command, against Ghostscript
 // started once for each; and the first call of all, which finds no interpreter that is ready,
-// against one start. The wall clock counts, since a user waits. The files differ, and are what
-// drawing programs write: text, curves, colors, a picture.
+// against one start. The wall clock counts, since a user waits. The files differ, and hold
+// text, curves, colors and a picture, as drawing programs write them.
 //
-// The calls of many files are from the second on: what one call leaves ready serves the next within
-// a minute, and the first of them has its own row.
+// The median of the calls of many files is one that found an interpreter ready, which the call
+// before it has left. The first call has its own row.
 #include <cstdlib>
 #include <filesystem>
 #include <string>
