@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -75,12 +76,17 @@ Expected<os::FileDescriptor> WarmPlace::Connect(const std::string& name) const {
 Expected<os::FileDescriptor> WarmPlace::Listen(const std::string& name) const {
   auto made = MakeSocket(SOCK_NONBLOCK);
   if (!made) return made;
-  Remove(name);
-  const sockaddr_un address = AddressOf(Descriptor(), name);
+  // It gets its name when it listens: a socket that does not yet would refuse connections.
+  const std::string early = name + ".new";
+  Remove(early);
+  const sockaddr_un address = AddressOf(Descriptor(), early);
   if (bind(made->Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    return Failure{"bind", name, errno};
+    return Failure{"bind", early, errno};
   }
-  if (listen(made->Get(), WaitingConnections) != 0) return Failure{"listen", name, errno};
+  if (listen(made->Get(), WaitingConnections) != 0) return Failure{"listen", early, errno};
+  if (renameat(Descriptor(), early.c_str(), Descriptor(), name.c_str()) != 0) {
+    return Failure{"rename", early, errno};
+  }
   return made;
 }
 

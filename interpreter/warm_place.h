@@ -14,6 +14,7 @@ namespace rastrel::interpreter {
 ///     rastrel-warm    the program
 ///     start.lock      locked while an interpreter starts or ends, so that these are one by one
 ///     NAME            the socket of the interpreter of that name (WarmName)
+///     NAME.new        that socket before it listens
 ///     NAME.lock       locked by it as long as it lives; its time is that of the last job
 ///     NAME.wish       a job that one was wanted for, and when
 ///

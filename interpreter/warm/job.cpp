@@ -94,14 +94,18 @@ void AwaitLeave(int connection) {
   if (!reply || reply->news != WarmNews::Ready) End(0);
 }
 
-// Has the kernel kill this process as soon as nobody holds the other end of the connection.
-bool EndWith(int connection) {
-  if (fcntl(connection, F_SETOWN, getpid()) != 0 || fcntl(connection, F_SETSIG, SIGKILL) != 0 ||
-      fcntl(connection, F_SETFL, O_ASYNC) != 0) {
-    return false;
-  }
+// Has the kernel kill this process, once that is switched on, when nobody holds the other end of
+// the connection any more.
+bool PrepareToEndWith(int connection) {
+  return fcntl(connection, F_SETOWN, getpid()) == 0 && fcntl(connection, F_SETSIG, SIGKILL) == 0;
+}
+
+// Any message would kill it as well, so this comes after the last. The process has leave to begin:
+// a failure is one of the job from here on.
+void EndWith(int connection) {
+  if (fcntl(connection, F_SETFL, O_ASYNC) != 0) End(1);
   pollfd entry{connection, 0, 0};
-  return poll(&entry, 1, 0) == 0;  // it may have been closed before
+  if (poll(&entry, 1, 0) != 0) End(1);  // it was closed before
 }
 
 }  // namespace
@@ -118,9 +122,10 @@ void LiveAsJob(os::FileDescriptor accepted, const JobBase& base, Library& librar
   {
     auto wall = WallOf(request.job, base);
     if (!wall) Refuse(connection, wall.Error().error);
+    if (!PrepareToEndWith(connection)) Refuse(connection, errno);
     if (!SayReady(connection)) Refuse(connection, errno);
     AwaitLeave(connection);
-    if (!EndWith(connection)) End(0);
+    EndWith(connection);
     wall->Enter();
   }
   const int status = library.Run(request.job.script);
