@@ -93,6 +93,30 @@ void CheckWalls(Checks& checks) {
   checks.push_back(check);
 }
 
+// The interpreter that is kept ready. All works without it.
+void CheckWarm(Checks& checks) {
+  HealthCheck check{"warm interpreter", State::Good, {}, {}, {}};
+  switch (interpreter::StateOfWarm()) {
+    case interpreter::WarmState::Ready: check.text = "small jobs may have one"; break;
+    case interpreter::WarmState::Off: check.text = "switched off (RASTREL_WARM)"; break;
+    case interpreter::WarmState::NoLibrary:
+      check.text = "none: gs on the path is not the machine's own, so that each job starts it";
+      break;
+    case interpreter::WarmState::NoProgram:
+      check.state = State::Warning;
+      check.text = "the program rastrel-warm is missing in the data root; each job starts gs";
+      check.mend = "install Rastrel anew, or set RASTREL_RESOURCES to where its programs are";
+      break;
+    case interpreter::WarmState::Closed:
+      check.state = State::Warning;
+      check.path = os::DataRoot() + "/warm";
+      check.text = "its directory is missing, or not this user's alone; each job starts gs";
+      check.mend = "remove the directory, and run `rastrel doctor` again";
+      break;
+  }
+  checks.push_back(check);
+}
+
 // The program that reads and draws placed files. Only documents need it.
 void CheckDrawing(Checks& checks) {
   const std::string programs = standalone::FindResources().programs;
@@ -420,6 +444,7 @@ std::vector<HealthCheck> ExamineInstallation() {
   CheckXmlLibrary(checks);
   CheckInterpreter(checks);
   CheckWalls(checks);
+  CheckWarm(checks);
   CheckDrawing(checks);
   CheckPlaneReader(checks);
   CheckProgram(checks, "RIP", CExePaths::Instance().m_RipExe);

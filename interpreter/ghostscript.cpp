@@ -4,6 +4,7 @@
 
 #include "interpreter/ghostscript_files.h"
 #include "interpreter/interpreter.h"
+#include "interpreter/warm_start.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/program_search.h"
 
@@ -45,9 +46,8 @@ WallRequest WallOf(const GhostscriptRequest& request) {
   wall.memoryBytes = request.limits.memoryKibibytes * 1024 + ProgramBytes +
                      (request.limits.threads > 1 ? request.limits.threads * ThreadBytes : 0);
   wall.confined = true;
-  wall.programs = IsScript(request.program) ? WallPrograms::Any : WallPrograms::One;
-  wall.paths = GhostscriptFiles(request.program);
-  wall.paths.insert(wall.paths.end(), request.files.begin(), request.files.end());
+  wall.programs = WallPrograms::One;
+  wall.paths = request.files;
   return wall;
 }
 
@@ -55,7 +55,7 @@ WallRequest WallOf(const GhostscriptRequest& request) {
 
 std::string FindGhostscript() { return os::FindProgram(ProgramName); }
 
-Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Guardian& guardian) {
+ProcessRequest ProcessOf(const GhostscriptRequest& request) {
   ProcessRequest process;
   process.executable = request.program;
   process.arguments = Arguments(request);
@@ -63,6 +63,17 @@ Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Gua
   process.directory = request.directory;
   process.descriptors = request.descriptors;
   process.wall = WallOf(request);
+  return process;
+}
+
+Expected<GuardedProcess> StartGhostscript(const GhostscriptRequest& request, Guardian& guardian) {
+  ProcessRequest process = ProcessOf(request);
+  if (request.isSmall) {
+    if (auto started = StartWarm(process, guardian)) return std::move(*started);
+  }
+  if (IsScript(request.program)) process.wall.programs = WallPrograms::Any;
+  std::vector<WallPath> own = GhostscriptFiles(request.program);
+  process.wall.paths.insert(process.wall.paths.begin(), own.begin(), own.end());
   return GuardedProcess::Start(process, guardian);
 }
 

@@ -34,7 +34,13 @@ struct GhostscriptRequest {
   /// All that this job may open besides the interpreter's own files and the descriptors, in the
   /// forms that its arguments name.
   std::vector<WallPath> files;
+  /// The job is a small one, of WarmJobBytes at most, whose start counts: a warm interpreter may
+  /// do it (warm_start.h).
+  bool isSmall = false;
 };
+
+/// The request as a process: arguments, environment and walls without the interpreter's own files.
+[[nodiscard]] ProcessRequest ProcessOf(const GhostscriptRequest& request);
 
 /// Starts it with a cleaned environment, within all walls that the machine has (wall.h), and under
 /// guard from before its first instruction. Any thread of any process may; see GuardedProcess.

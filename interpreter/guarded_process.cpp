@@ -1,6 +1,7 @@
 #include "interpreter/guarded_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 
 #include "interpreter/exec_permit.h"
 #include "interpreter/signal_block.h"
+#include "interpreter/warm_message.h"
 #include "rastrel/platform/os/system_calls.h"
 
 namespace rastrel::interpreter {
@@ -126,9 +128,17 @@ Expected<GuardedProcess> GuardedProcess::Start(const ProcessRequest& request, Gu
   return started;
 }
 
+GuardedProcess GuardedProcess::OfWarm(pid_t process, os::FileDescriptor descriptor,
+                                      os::FileDescriptor connection, Guardian& guardian) {
+  GuardedProcess started(process, descriptor.Release(), guardian);
+  started.m_Connection = std::move(connection);
+  return started;
+}
+
 GuardedProcess::GuardedProcess(GuardedProcess&& other) noexcept
     : m_Process(std::exchange(other.m_Process, -1)),
       m_Descriptor(std::move(other.m_Descriptor)),
+      m_Connection(std::move(other.m_Connection)),
       m_Guardian(other.m_Guardian),
       m_End(std::move(other.m_End)) {}
 
@@ -139,6 +149,11 @@ GuardedProcess::~GuardedProcess() {
 
 void GuardedProcess::Kill() {
   if (m_Process <= 0) return;
+  // A warm interpreter that was killed keeps no number for its job's process: if that one has ended
+  // as well, the number may be another's.
+  if (IsWarm() && syscall(SYS_pidfd_send_signal, m_Descriptor.Get(), SIGKILL, nullptr, 0) != 0) {
+    return;
+  }
   kill(-m_Process, SIGKILL);
   kill(m_Process, SIGKILL);  // for the moment before it has a group
 }
@@ -153,6 +168,7 @@ void GuardedProcess::Resume() const {
 
 Expected<ProcessEnd> GuardedProcess::Wait() {
   if (m_Process <= 0) return m_End;
+  if (IsWarm()) return WaitForWarm();
   siginfo_t state{};
   const auto process = static_cast<id_t>(m_Process);
   const auto wait = [&](int options) {
@@ -170,6 +186,25 @@ Expected<ProcessEnd> GuardedProcess::Wait() {
   } else {
     m_End = Failure{"waitid", "process " + std::to_string(m_Process), errno};
   }
+  m_Process = -1;
+  return m_End;
+}
+
+// The warm interpreter keeps the ended process's number until the connection is closed.
+Expected<ProcessEnd> GuardedProcess::WaitForWarm() {
+  pollfd entry{m_Descriptor.Get(), POLLIN, 0};
+  while (poll(&entry, 1, -1) < 0 && errno == EINTR) {
+  }
+  Kill();  // the rest of its group
+  if (!m_Guardian->ReleaseGroup(m_Process)) errno = 0;
+  // Where neither the process nor the warm interpreter has said how it ended, both were killed.
+  m_End = ProcessEnd{false, SIGKILL};
+  const auto received = ReceiveWarm(m_Connection.Get());
+  if (const auto reply = received ? WarmReplyOf(*received) : Expected<WarmReply>(WarmReply{})) {
+    if (reply->news == WarmNews::Exited) m_End = ProcessEnd{true, reply->value};
+    if (reply->news == WarmNews::Killed) m_End = ProcessEnd{false, reply->value};
+  }
+  m_Connection.Reset();
   m_Process = -1;
   return m_End;
 }

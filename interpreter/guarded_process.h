@@ -43,6 +43,11 @@ class GuardedProcess {
   /// is a failure with the exec's error number.
   [[nodiscard]] static Expected<GuardedProcess> Start(const ProcessRequest& request,
                                                       Guardian& guardian);
+  /// The process of a warm interpreter's job (warm_start.h), which is under guard already and was
+  /// given leave to begin. `connection` is the one to it: the process ends when its last copy is
+  /// closed, so also with this process.
+  [[nodiscard]] static GuardedProcess OfWarm(pid_t process, os::FileDescriptor descriptor,
+                                             os::FileDescriptor connection, Guardian& guardian);
   /// Kills the group if it still runs, and waits for its end.
   ~GuardedProcess();
   GuardedProcess(GuardedProcess&& other) noexcept;
@@ -62,13 +67,17 @@ class GuardedProcess {
   /// Waits for the end without a limit and takes it over. Later calls return the same. Fails if
   /// other code of this process has taken the end over.
   [[nodiscard]] Expected<ProcessEnd> Wait();
+  /// Whether a warm interpreter has started it.
+  [[nodiscard]] bool IsWarm() const { return m_Connection.IsOpen(); }
 
  private:
   GuardedProcess(pid_t process, int descriptor, Guardian& guardian)
       : m_Process(process), m_Descriptor(descriptor), m_Guardian(&guardian) {}
+  [[nodiscard]] Expected<ProcessEnd> WaitForWarm();
 
   pid_t m_Process;
   os::FileDescriptor m_Descriptor;
+  os::FileDescriptor m_Connection;  // to a warm interpreter, whose child the process is
   Guardian* m_Guardian;
   Expected<ProcessEnd> m_End{ProcessEnd{}};
 };

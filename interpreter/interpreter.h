@@ -41,6 +41,17 @@ namespace rastrel::interpreter {
 /// task; fails with its reason where it does not start, or finds its resources and fonts not.
 [[nodiscard]] Expected<std::string> TryGhostscript();
 
+/// Whether small jobs may be done by an interpreter that is kept ready (warm_start.h), for a
+/// person.
+enum class WarmState {
+  Ready,      ///< they may
+  Off,        ///< RASTREL_WARM is 0
+  NoProgram,  ///< the data root has no program for it yet
+  NoLibrary,  ///< the machine's Ghostscript is no library
+  Closed,     ///< the directory in the data root is missing or not this user's alone
+};
+[[nodiscard]] WarmState StateOfWarm();
+
 /// How far a run is.
 enum class RunState {
   Interpreting,  ///< prolog and prefix have run, the job begins

@@ -11,6 +11,7 @@
 
 #include "interpreter/later_pages.h"
 #include "interpreter/password.h"
+#include "interpreter/warm_start.h"
 #include "rastrel/platform/os/clock.h"
 #include "rastrel/platform/os/random_digits.h"
 
@@ -77,6 +78,7 @@ bool RipRun::Start() {
   RunStart start{program, m_Request.ripDirectory, *word, m_Mode.Script()};
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor;
+  start.isSmall = m_Request.job.layout.length <= WarmJobBytes;
   start.prefix = m_Request.prefix.Get();
   start.area = m_Request.area;
   start.threads = m_Request.settings.threads;

@@ -244,6 +244,7 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
     request.descriptors[Prolog + i] = directories[i].Get();
   }
   request.files = FilesOf(request.descriptors);
+  request.isSmall = start.isSmall;
   auto started = StartGhostscript(request, guardian);
   if (!started) return started.Error();
   RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),

@@ -42,6 +42,7 @@ struct RunStart {
   const RunScript& script;
   JobKind kind = JobKind::PostScript;
   bool setsCutColor = false;     ///< the prefix may set a cut color
+  bool isSmall = false;          ///< a job as GhostscriptRequest has it
   int prefix = -1;               ///< the open prefix file; -1: none
   int pdf = -1;                  ///< the open job file if it is PDF
   PdfBox pdfBox = PdfBox::Crop;  ///< of it

@@ -1,6 +1,8 @@
 #include "interpreter/short_run.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -12,6 +14,7 @@
 #include "interpreter/disk_use.h"
 #include "interpreter/ghostscript.h"
 #include "interpreter/settings.h"
+#include "interpreter/warm_start.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/pipe.h"
@@ -25,6 +28,8 @@ namespace {
 constexpr std::chrono::milliseconds LookInterval{100};
 constexpr std::size_t PipeSize = 65'536;
 constexpr std::size_t MaximumMessages = 4096;
+// The place's directory as the interpreter sees it: a name that is the same for every run.
+constexpr const char* TemporaryName = "/dev/fd/3";
 constexpr std::size_t MaximumLine = 500;  // bytes of a line that a person reads
 
 struct Pipe {
@@ -54,6 +59,13 @@ struct Running {
   os::FileDescriptor messages;
 };
 
+// A file that starts count for. Without one the run is a check of the interpreter's own start.
+bool IsSmall(int input) {
+  struct stat state {};
+  return input >= 0 && fstat(input, &state) == 0 &&
+         static_cast<std::uint64_t>(state.st_size) <= WarmJobBytes;
+}
+
 std::uint64_t SecondsOf(std::chrono::milliseconds time) {
   return static_cast<std::uint64_t>(std::chrono::ceil<std::chrono::seconds>(time).count()) + 1;
 }
@@ -67,12 +79,16 @@ Expected<Running> Start(const ShortRun& run, TaskPlace& place) {
   }
   auto messages = MakePipe();
   if (!messages) return messages.Error();
+  const os::FileDescriptor temporary(
+      open(place.Directory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!temporary.IsOpen()) return Failure{"open", place.Directory(), errno};
   GhostscriptRequest request;
   request.program = run.program;
   request.arguments = run.arguments;
-  request.temporary = place.Directory();
+  request.temporary = TemporaryName;
   request.directory = place.Directory();
-  request.descriptors = {run.input, output.writing.Get(), messages->writing.Get()};
+  request.descriptors = {run.input, output.writing.Get(), messages->writing.Get(), temporary.Get()};
+  request.isSmall = IsSmall(run.input);
   request.limits = {SecondsOf(run.time), run.memoryKibibytes, run.workBytes};
   request.files = run.files;
   request.files.push_back({place.Directory(), WallAccess::Write});

@@ -153,7 +153,7 @@ RipFixture::RipFixture(const std::string& rootName) : m_Root(m_Scratch.Path(root
   fs::copy(RASTREL_SOURCE_DIR "/share/rip", RipDirectory(),
            fs::copy_options::recursive | fs::copy_options::overwrite_existing);
   m_Environment = {"RASTREL_HOME=" + m_Root, "PATH=" + os::EnvironmentValue("PATH"),
-                   "HOME=" + os::EnvironmentValue("HOME")};
+                   "HOME=" + os::EnvironmentValue("HOME"), "RASTREL_WARM=0"};
 }
 
 RipFixture::~RipFixture() = default;

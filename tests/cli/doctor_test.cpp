@@ -54,6 +54,26 @@ TEST_F(Doctor, says_which_walls_there_are_as_json) {
   EXPECT_TRUE(found);
 }
 
+TEST_F(Doctor, says_whether_small_jobs_may_have_an_interpreter_that_is_kept_ready) {
+  m_Command.Set("RASTREL_WARM", "0");
+  const std::string off = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(off.find("  ok     warm interpreter: switched off (RASTREL_WARM)"), std::string::npos)
+      << off;
+  m_Command.Set("RASTREL_WARM", "1");
+  const std::string on = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(on.find("  ok     warm interpreter: small jobs may have one"), std::string::npos) << on;
+  fs::permissions(m_Command.Root() + "/warm", fs::perms::others_read, fs::perm_options::add);
+  const std::string open = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(open.find("warm interpreter: its directory is missing, or not this user's alone"),
+            std::string::npos)
+      << open;
+  WriteInterpreter("exec /usr/bin/gs \"$@\"\n");
+  const std::string script = m_Command.Run({"doctor"}).output;
+  EXPECT_NE(script.find("warm interpreter: none: gs on the path is not the machine's own"),
+            std::string::npos)
+      << script;
+}
+
 TEST_F(Doctor, says_which_walls_stand_around_the_drawing_program) {
   const std::string output = m_Command.Run({"doctor"}).output;
   const std::string walls = WallsText().substr(std::string("guardian, ").size());

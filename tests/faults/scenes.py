@@ -117,7 +117,8 @@ def environment(slot):
     kept = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH") if name in os.environ}
     return {**kept, "LANG": "C.UTF-8", "RASTREL_HOME": str(slot / "home"),
             "TMPDIR": str(slot / "tmp"), "HOME": str(slot / "tmp"),
-            "XDG_CACHE_HOME": str(slot / "tmp" / "cache")}
+            "XDG_CACHE_HOME": str(slot / "tmp" / "cache"),
+            "RASTREL_WARM": "0"}  # an interpreter that is kept ready outlives its run
 
 
 def run(command, slot, limit=RUN_LIMIT):

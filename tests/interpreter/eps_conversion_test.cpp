@@ -226,9 +226,9 @@ TEST(EpsConversion, an_interpreter_that_is_not_waited_for_is_ended_and_its_end_t
 // Options from outside could take the interpreter out of its safer mode.
 TEST(EpsConversion, the_users_options_for_the_interpreter_stay_outside) {
   const test::ScratchDirectory directory;
-  directory.Write(
-      "gs",
-      "#!/bin/sh\necho \"Error: $1 $4 $5 [$GS_OPTIONS$GS_LIB] $LC_ALL $TMPDIR\" >&2\nexit 3\n");
+  directory.Write("gs",
+                  "#!/bin/sh\necho \"Error: $1 $4 $5 [$GS_OPTIONS$GS_LIB] $LC_ALL $TMPDIR "
+                  "$(readlink $TMPDIR)\" >&2\nexit 3\n");
   std::filesystem::permissions(directory.Path("gs"), std::filesystem::perms::owner_all);
   const test::EnvironmentGuard path("PATH", directory.Path() + ":/usr/bin:/bin");
   const test::EnvironmentGuard options("GS_OPTIONS", "-dNOSAFER");
@@ -236,7 +236,8 @@ TEST(EpsConversion, the_users_options_for_the_interpreter_stay_outside) {
   const test::EnvironmentGuard temporary("TMPDIR", directory.Path());
   const std::string refusal = Refusal(EpsFile());
   EXPECT_TRUE(
-      refusal.starts_with("the interpreter ended with 3: Error: -q -dSAFER -K1048576 [] C " +
+      refusal.starts_with("the interpreter ended with 3: Error: -q -dSAFER -K1048576 [] C "
+                          "/dev/fd/3 " +
                           directory.Path() + "/rastrel-"))
       << refusal;
 }

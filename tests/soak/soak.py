@@ -67,7 +67,9 @@ class Run:
         variables = {name: value for name, value in os.environ.items()
                      if not name.startswith(("RASTREL_", "XDG_", "DISPLAY", "WAYLAND", "TERM"))}
         variables.update({"RASTREL_HOME": str(root), "HOME": str(self.place / "home"),
-                          "TMPDIR": str(self.place / "temporary"), processes.MARK: str(number)})
+                          "TMPDIR": str(self.place / "temporary"), processes.MARK: str(number),
+                          # An interpreter that is kept ready would outlive its job, as it should.
+                          "RASTREL_WARM": "0"})
         return variables
 
     def prepare(self):

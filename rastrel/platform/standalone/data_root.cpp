@@ -15,8 +15,12 @@
 namespace rastrel::standalone {
 namespace {
 
-constexpr const wchar_t* Folders[] = {L"Queue/rip/System/pmodes", L"Queue/rip/System/c-out",
-                                      L"Queue/rip/CFM", L"drive_c/tmp", L"jobs"};
+constexpr const wchar_t* Folders[] = {L"Queue/rip/System/pmodes",
+                                      L"Queue/rip/System/c-out",
+                                      L"Queue/rip/CFM",
+                                      L"drive_c/tmp",
+                                      L"jobs",
+                                      L"warm"};
 constexpr const wchar_t* RecordName = L"Queue/.installed";
 constexpr std::uint64_t LargestRecord = std::uint64_t{16} << 20;
 // The maximum depth of shipped folders. Those that ship are three deep.
@@ -63,6 +67,8 @@ class RootLayout {
     const Expected<std::vector<std::wstring>> names = os::ListDirectory(source);
     if (!names) return KeepFirst(m_Result, names.Error());
     for (const std::wstring& name : *names) {
+      // The children find it there (interpreter/warm_place.h).
+      if (name == L"rastrel-warm") InstallFile(source + name, L"warm/" + name);
       if (!name.ends_with(L".exe")) continue;
       const bool queue = name == L"JobSpool.exe";
       InstallFile(source + name, (queue ? L"Queue/" : L"Queue/rip/") + name);
