@@ -120,7 +120,7 @@ class Lines {
   std::uint64_t m_At = 0;
 };
 
-// The first or last words of a text that are no comments.
+// The names and numbers of a text, without its comments.
 std::vector<std::string> WordsOf(std::string_view text) {
   std::vector<std::string> words;
   while (!text.empty()) {

@@ -12,10 +12,10 @@ struct HeardBeginning {
   bool isConverting = false;
 };
 
-/// Makes the pages of PostScript whose comments tell them apart in several interpreters at the same
+/// Makes the pages of PostScript whose comments name them in several interpreters at the same
 /// time, each with the job's head, its own pages and the tail, if the user has asked for that. The
 /// result is that of PrintPages, or nothing: then no page is there, and the job is to be run as a
-/// whole. `listener` is told why in a warning, unless there is but one interpreter to be had;
+/// whole. A warning to `listener` says why, unless there is but one interpreter to be had;
 /// `heard` is its other news.
 ///
 /// Nothing is the result for jobs that are no such PostScript, and as soon as any interpreter says

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "interpreter/cut_paths.h"
+#include "interpreter/job_file.h"
 #include "interpreter/plane_file.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/text.h"
@@ -178,6 +179,45 @@ Expected<void> MoveChanged(const std::string& source, const std::string& target,
   return {};
 }
 
+// Bytes of a number as a file has it, the lowest first.
+std::uint32_t NumberIn(std::string_view bytes) {
+  std::uint32_t number = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;)
+    number = (number << 8) | static_cast<unsigned char>(bytes[i]);
+  return number;
+}
+
+// The interpreter has counted the page from the first that it has made. Sets the number to that of
+// the job's page, in the entry of a TIFF file's directory that holds it:
+//
+//     0        2           4                   8           10          12
+//     | tag    | kind (3)  | values: 2         | number    | pages     |
+//
+// The number counts from 0. A file without the entry stays as it is.
+Expected<void> NumberPlane(const std::string& path, unsigned page) {
+  constexpr std::size_t EntrySize = 12;
+  constexpr std::uint32_t PageNumberTag = 297;
+  const os::FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  if (!file.IsOpen()) return Failure{"open", path, errno};
+  const auto header = ReadPart(file.Get(), 0, 8);
+  if (!header) return FailureAt(path, header.Error());
+  if (header->size() < 8 || !header->starts_with("II")) return {};
+  const std::uint64_t directory = NumberIn(std::string_view(*header).substr(4));
+  const auto count = ReadPart(file.Get(), directory, 2);
+  if (!count) return FailureAt(path, count.Error());
+  const auto entries = ReadPart(file.Get(), directory + 2, NumberIn(*count) * EntrySize);
+  if (!entries) return FailureAt(path, entries.Error());
+  for (std::size_t at = 0; at + EntrySize <= entries->size(); at += EntrySize) {
+    if (NumberIn(std::string_view(*entries).substr(at, 2)) != PageNumberTag) continue;
+    const char number[]{static_cast<char>((page - 1) & 0xff),
+                        static_cast<char>(((page - 1) >> 8) & 0xff)};
+    const auto place = static_cast<off_t>(directory + 2 + at + 8);
+    if (pwrite(file.Get(), number, sizeof number, place) != sizeof number)
+      return Failure{"write", path, errno};
+  }
+  return {};
+}
+
 // Moves a plane to its page and takes it into the info.
 Expected<void> TakePlane(const PlaneFile& plane, const RunDescription& run,
                          const std::string& workDirectory, const std::string& directory,
@@ -201,6 +241,9 @@ Expected<void> TakePlane(const PlaneFile& plane, const RunDescription& run,
     if (!moved) return moved.Error();
   } else if (rename(source.c_str(), target.c_str()) != 0) {
     return Failure{"rename", source, errno};
+  }
+  if (run.pagesBefore > 0) {
+    if (const auto numbered = NumberPlane(target, info.page); !numbered) return numbered;
   }
   const auto described = pages::DescribeFile(directory, name);
   if (!described) return described.Error();

@@ -41,7 +41,7 @@ constexpr std::array OptionTable{
     OptionRow{PasswordFile, "--password-file", "FILE",
               "Open locked PDFs with the password in this file's first line."},
     OptionRow{ParallelPages, "--parallel-pages", "",
-              "Make pages of PostScript at the same time, where its comments tell them apart."},
+              "Make pages of PostScript at the same time, where its comments name them."},
     OptionRow{HalfCutColor, "--half-cut-color", "COLOR",
               "Take what has this colour as lines that are cut half through."},
     OptionRow{Dsc, "--dsc", "", "Tell what the file's comments say of its bounds, too."},

@@ -1,4 +1,4 @@
-// PostScript whose comments tell its pages apart, in several interpreters where the user asks for
+// PostScript whose comments name its pages, in several interpreters where the user asks for
 // it: pages and status are those of the job as a whole, whatever it does.
 
 #include <gtest/gtest.h>
@@ -106,7 +106,7 @@ TEST_F(ParallelPages, of_a_sound_job_are_those_of_the_whole) {
   }
 }
 
-// Nothing tells that such a page is another without the second, so this is the user's choice.
+// Such a page differs without the second, and nothing reports it: so this is the user's choice.
 TEST_F(ParallelPages, that_use_earlier_ones_in_silence_differ_from_those_of_the_whole) {
   const std::string job =
       Document("letters 0 65 put", "letters 0 get 0 gt { 1 0 0 setrgbcolor box } if");

@@ -126,7 +126,7 @@ TEST(DscPages, that_leave_the_jobs_encapsulation_are_refused) {
   }
 }
 
-// Lines and words that lie across the pieces in which a file is read.
+// Lines and names that lie across the pieces in which a file is read.
 TEST(DscPages, are_found_wherever_they_lie) {
   for (std::size_t size = 262130; size < 262150; ++size) {
     const std::string padding = "%" + std::string(size - Head.size(), '-') + "\n";
