@@ -28,14 +28,15 @@ def graphic(number, name, file):
 
 
 def processes_with(temporary):
-    """Processes whose temporary directory is that one, or lies below it."""
+    """Processes whose temporary directory is that one, or that work below it, as the interpreter does."""
     found = []
     for process in pathlib.Path("/proc").iterdir():
         try:
             variables = (process / "environ").read_bytes() if process.name.isdigit() else b""
+            works = variables and os.readlink(process / "cwd").startswith(str(temporary))
         except OSError:
             continue
-        if any(entry.startswith(b"TMPDIR=" + os.fsencode(temporary)) for entry in variables.split(b"\0")):
+        if works or any(entry.startswith(b"TMPDIR=" + os.fsencode(temporary)) for entry in variables.split(b"\0")):
             found.append((process / "comm").read_text().strip() if (process / "comm").exists() else "")
     return found
 

@@ -54,6 +54,7 @@ class PageFiles(unittest.TestCase):
         environment = {name: value for name, value in os.environ.items()
                        if not name.startswith("RASTREL_")}
         environment["RASTREL_HOME"] = str(home or self.root)
+        environment["RASTREL_WARM"] = "0"  # an interpreter that is kept would outlive its data root's copies
         environment["PATH"] = path or environment["PATH"]
         return subprocess.run([COMMAND, *map(str, words)], capture_output=True, text=True,
                               encoding="utf-8", cwd=self.place, env=environment, timeout=LIMIT,

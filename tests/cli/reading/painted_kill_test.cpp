@@ -22,15 +22,20 @@ namespace fs = std::filesystem;
 
 constexpr const char* EndlessJob = "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 99 99\n{} loop\n";
 
-// Processes that were started with that temporary directory, or one below it: the command, its
-// guardian, and the interpreter. A zombie has no environment.
+// Processes that were started with that temporary directory, or work in one below it: the command,
+// its guardian, and the interpreter. A zombie has no environment and no working directory.
 std::vector<std::string> NamesWith(const std::string& temporary) {
   std::vector<std::string> names;
   std::error_code error;
   for (fs::directory_iterator entry("/proc", error), last; !error && entry != last;
        entry.increment(error)) {
     const std::string variables = '\0' + test::ProcessFile(entry->path(), "environ");
-    if (variables.find(std::string(1, '\0') + "TMPDIR=" + temporary) == variables.npos) continue;
+    std::error_code unreadable;
+    const std::string work = fs::read_symlink(entry->path() / "cwd", unreadable).string();
+    if (variables.find(std::string(1, '\0') + "TMPDIR=" + temporary) == variables.npos &&
+        !work.starts_with(temporary + "/")) {
+      continue;
+    }
     names.push_back(test::ProcessFile(entry->path(), "comm"));
   }
   return names;
