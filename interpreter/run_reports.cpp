@@ -151,7 +151,8 @@ void RunReports::TakeMeasure(const std::string& value) {
 void RunReports::TakeOpenPage(const std::string&) {
   if (m_Pages.Ended() > 0 || !m_Measure.empty()) return;
   m_HasOpenPage = true;
-  m_Listener.Warned(OpenPageNote);
+  // Of pages that were passed over, the job has ended those at least.
+  if (m_Skipped == 0) m_Listener.Warned(OpenPageNote);
 }
 
 void RunReports::TakeJob(const std::string&) {

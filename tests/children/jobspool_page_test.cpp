@@ -90,6 +90,7 @@ TEST_F(QueuePage, that_the_job_does_not_have_is_refused_with_the_number_that_it_
     const ProgramRun drawn = Draw(page, Pages);
     EXPECT_EQ(drawn.status, 1);
     EXPECT_TRUE(drawn.Says(refusal)) << drawn.reports;
+    EXPECT_EQ(drawn.reports.find("does not end its page"), std::string::npos) << drawn.reports;
   }
 }
 
