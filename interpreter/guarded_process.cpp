@@ -129,9 +129,11 @@ Expected<GuardedProcess> GuardedProcess::Start(const ProcessRequest& request, Gu
 }
 
 GuardedProcess GuardedProcess::OfWarm(pid_t process, os::FileDescriptor descriptor,
-                                      os::FileDescriptor connection, Guardian& guardian) {
+                                      os::FileDescriptor connection, os::FileDescriptor lifetime,
+                                      Guardian& guardian) {
   GuardedProcess started(process, descriptor.Release(), guardian);
   started.m_Connection = std::move(connection);
+  started.m_Lifetime = std::move(lifetime);
   return started;
 }
 
@@ -139,6 +141,7 @@ GuardedProcess::GuardedProcess(GuardedProcess&& other) noexcept
     : m_Process(std::exchange(other.m_Process, -1)),
       m_Descriptor(std::move(other.m_Descriptor)),
       m_Connection(std::move(other.m_Connection)),
+      m_Lifetime(std::move(other.m_Lifetime)),
       m_Guardian(other.m_Guardian),
       m_End(std::move(other.m_End)) {}
 
@@ -205,6 +208,7 @@ Expected<ProcessEnd> GuardedProcess::WaitForWarm() {
     if (reply->news == WarmNews::Killed) m_End = ProcessEnd{false, reply->value};
   }
   m_Connection.Reset();
+  m_Lifetime.Reset();
   m_Process = -1;
   return m_End;
 }

@@ -44,10 +44,11 @@ class GuardedProcess {
   [[nodiscard]] static Expected<GuardedProcess> Start(const ProcessRequest& request,
                                                       Guardian& guardian);
   /// The process of a warm interpreter's job (warm_start.h), which is under guard already and was
-  /// given leave to begin. `connection` is the one to it: the process ends when its last copy is
-  /// closed, so also with this process.
+  /// given leave to begin. `connection` is the one to it. The process ends when the last copy of
+  /// `lifetime` is closed, so also with this process.
   [[nodiscard]] static GuardedProcess OfWarm(pid_t process, os::FileDescriptor descriptor,
-                                             os::FileDescriptor connection, Guardian& guardian);
+                                             os::FileDescriptor connection,
+                                             os::FileDescriptor lifetime, Guardian& guardian);
   /// Kills the group if it still runs, and waits for its end.
   ~GuardedProcess();
   GuardedProcess(GuardedProcess&& other) noexcept;
@@ -78,6 +79,7 @@ class GuardedProcess {
   pid_t m_Process;
   os::FileDescriptor m_Descriptor;
   os::FileDescriptor m_Connection;  // to a warm interpreter, whose child the process is
+  os::FileDescriptor m_Lifetime;    // of that process: a pipe's writing end
   Guardian* m_Guardian;
   Expected<ProcessEnd> m_End{ProcessEnd{}};
 };

@@ -61,7 +61,9 @@ inline constexpr std::size_t MaximumWarmDescriptors = 16;
 
 /// Kinds of messages of the warm interpreter.
 enum class WarmNews : std::uint32_t {
-  Ready = 1,    ///< the job's process waits for the word to begin; its pidfd is beside the message
+  /// The job's process waits for the word to begin. Beside the message are its pidfd and the writing
+  /// end of a pipe: when the last copy of that closes, the process is killed.
+  Ready = 1,
   Refused = 2,  ///< nothing of the job was done and nothing will be; `value` is an error number
   Exited = 3,   ///< the job's process called exit with `value`
   Killed = 4,   ///< the signal `value` ended the job's process

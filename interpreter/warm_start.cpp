@@ -98,7 +98,7 @@ std::optional<GuardedProcess> HandOver(os::FileDescriptor connection, const Warm
   auto received = ReceiveWarm(connection.Get());
   if (!received) return std::nullopt;
   const auto reply = WarmReplyOf(*received);
-  if (!reply || reply->news != WarmNews::Ready || received->files.size() != 1) return std::nullopt;
+  if (!reply || reply->news != WarmNews::Ready || received->files.size() != 2) return std::nullopt;
   const pid_t process = ProcessOf(received->files.front().Get());
   if (process == 0 || !guardian.GuardGroup(process)) return std::nullopt;
   if (!SendWarm(connection.Get(), WarmReply{WarmNews::Ready, 0})) {
@@ -106,7 +106,7 @@ std::optional<GuardedProcess> HandOver(os::FileDescriptor connection, const Warm
     return std::nullopt;
   }
   return GuardedProcess::OfWarm(process, std::move(received->files.front()), std::move(connection),
-                                guardian);
+                                std::move(received->files.back()), guardian);
 }
 
 // In a process forked from any: system calls only.

@@ -1,13 +1,13 @@
 #include "interpreter/warm/job.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <utility>
@@ -81,10 +81,29 @@ Expected<Wall> WallOf(const WarmJob& job, const JobBase& base) {
   return Wall::Build(request);
 }
 
+// Whoever asked holds the writing end of a pipe as long as it lives. When the last copy is closed
+// the kernel kills this process. The connection can't serve for that: its signal may come late for
+// a message that was taken already.
+bool EndWith(int readingEnd) {
+  return fcntl(readingEnd, F_SETOWN, getpid()) == 0 && fcntl(readingEnd, F_SETSIG, SIGKILL) == 0 &&
+         fcntl(readingEnd, F_SETFL, O_ASYNC) == 0;
+}
+
+// Says so on the connection with the two files that whoever asked needs. The reading end stays open
+// until this process ends.
 bool SayReady(int connection) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return false;
+  const os::FileDescriptor low(ends[0]);
+  const os::FileDescriptor writingEnd(ends[1]);
+  const int readingEnd = fcntl(low.Get(), F_DUPFD_CLOEXEC, connection + 1);
+  if (readingEnd < 0 || !EndWith(readingEnd)) return false;
   const os::FileDescriptor self(static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0)));
-  const int file = self.Get();
-  return file >= 0 && SendWarm(connection, WarmReply{WarmNews::Ready, 0}, {&file, 1});
+  if (!self.IsOpen()) return false;
+  const std::array files{self.Get(), writingEnd.Get()};
+  if (SendWarm(connection, WarmReply{WarmNews::Ready, 0}, files)) return true;
+  fcntl(readingEnd, F_SETFL, 0);  // so that it can still refuse
+  return false;
 }
 
 // Returns when whoever asked has this process under guard.
@@ -92,20 +111,6 @@ void AwaitLeave(int connection) {
   const auto received = ReceiveWarm(connection);
   const auto reply = received ? WarmReplyOf(*received) : Expected<WarmReply>(FailureOf("none"));
   if (!reply || reply->news != WarmNews::Ready) End(0);
-}
-
-// Has the kernel kill this process, once that is switched on, when nobody holds the other end of
-// the connection any more.
-bool PrepareToEndWith(int connection) {
-  return fcntl(connection, F_SETOWN, getpid()) == 0 && fcntl(connection, F_SETSIG, SIGKILL) == 0;
-}
-
-// Any message would kill it as well, so this comes after the last. The process has leave to begin:
-// a failure is one of the job from here on.
-void EndWith(int connection) {
-  if (fcntl(connection, F_SETFL, O_ASYNC) != 0) End(1);
-  pollfd entry{connection, 0, 0};
-  if (poll(&entry, 1, 0) != 0) End(1);  // it was closed before
 }
 
 }  // namespace
@@ -122,10 +127,8 @@ void LiveAsJob(os::FileDescriptor accepted, const JobBase& base, Library& librar
   {
     auto wall = WallOf(request.job, base);
     if (!wall) Refuse(connection, wall.Error().error);
-    if (!PrepareToEndWith(connection)) Refuse(connection, errno);
     if (!SayReady(connection)) Refuse(connection, errno);
     AwaitLeave(connection);
-    EndWith(connection);
     wall->Enter();
   }
   const int status = library.Run(request.job.script);

@@ -67,6 +67,16 @@ bool TestEnd::IsAs(const TestEnd& other) const {
          output == other.output && messages == other.messages && files == other.files;
 }
 
+std::ostream& operator<<(std::ostream& stream, const TestEnd& end) {
+  stream << (end.warm ? "warm, " : "by exec, ") << (end.end.byItself ? "status " : "signal ")
+         << end.end.status << '\n'
+         << end.messages;
+  for (const auto& [name, content] : end.files) {
+    stream << name << ": " << content.size() << " bytes\n";
+  }
+  return stream;
+}
+
 WarmFixture::WarmFixture() {
   fs::create_directory(Directory());
   fs::permissions(Directory(), fs::perms::owner_all);

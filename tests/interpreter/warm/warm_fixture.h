@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,9 @@ struct TestEnd {
   /// Equal but for who did it.
   [[nodiscard]] bool IsAs(const TestEnd& other) const;
 };
+
+/// Who did it, how it ended, its messages and the names and sizes of its files.
+std::ostream& operator<<(std::ostream& stream, const TestEnd& end);
 
 /// A job that was started and not waited for.
 struct RunningJob {

@@ -91,10 +91,10 @@ TEST(WarmIsolation, the_job_after_each_harm_is_as_from_a_fresh_start) {
     const TestEnd exec = WithoutMemory(WarmFixture::RunByExec(harmful));
     const TestEnd harmed = WithoutMemory(WarmFixture::Run(harmful));
     EXPECT_TRUE(harmed.warm);
-    EXPECT_TRUE(harmed.IsAs(exec)) << harmed.messages << "----\n" << exec.messages;
+    EXPECT_TRUE(harmed.IsAs(exec)) << harmed << "----\n" << exec;
     const TestEnd after = WarmFixture::Run(JobOf(Page));
     EXPECT_TRUE(after.warm);
-    EXPECT_TRUE(after.IsAs(fresh)) << after.messages << "----\n" << fresh.messages;
+    EXPECT_TRUE(after.IsAs(fresh)) << after << "----\n" << fresh;
   }
 }
 
@@ -115,7 +115,7 @@ TEST(WarmIsolation, jobs_in_random_order_are_each_as_from_a_fresh_start) {
     const std::size_t at = random() % jobs.size();
     const TestEnd end = WithoutMemory(WarmFixture::Run(jobs[at]));
     EXPECT_TRUE(end.warm);
-    EXPECT_TRUE(end.IsAs(fresh[at])) << i << ": " << jobs[at].content << end.messages;
+    EXPECT_TRUE(end.IsAs(fresh[at])) << i << ": " << jobs[at].content << end;
   }
 }
 
@@ -267,8 +267,9 @@ TEST(WarmWalls, stand_around_the_job_and_not_around_the_waiting_process) {
     open.push_back(entry.path().filename());
   }
   std::ranges::sort(open);
-  // The four of the job, the connection, and the job's file as the interpreter has it open.
-  EXPECT_EQ(open.size(), 6U);
+  // The four of the job, the connection, the pipe of whoever asked, and the job's file as the
+  // interpreter has it open.
+  EXPECT_EQ(open.size(), 7U);
   EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(process) + "/cwd"),
             fs::path(running->place.Directory()));
 }

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "interpreter/interpreter.h"
 #include "tests/interpreter/warm/warm_fixture.h"
@@ -270,7 +271,7 @@ TEST(WarmRequest, without_the_leave_to_begin_does_nothing) {
     ASSERT_TRUE(SendWarm(connection.Get(), FormatWarmJob(request), std::array{file.Get()}));
     auto received = ReceiveWarm(connection.Get());
     ASSERT_TRUE(received);
-    ASSERT_EQ(received->files.size(), 1U);
+    ASSERT_EQ(received->files.size(), 2U);
     process = std::move(received->files.front());
   }
   ASSERT_TRUE(test::WaitUntil([&] {
@@ -278,6 +279,30 @@ TEST(WarmRequest, without_the_leave_to_begin_does_nothing) {
     return poll(&entry, 1, 0) == 1;
   }));
   EXPECT_EQ(fs::file_size(scratch.Path("printed")), 0U);
+}
+
+// The kernel may signal a message after it was read: as the one that gives leave to begin, so a
+// later one must not end the job.
+TEST(WarmRequest, followed_by_another_message_is_done_to_its_end) {
+  REQUIRE_WARM();
+  WarmFixture fixture;
+  const TestJob job = JobAt(72);
+  fixture.Warm(job);
+  WarmJob request = RequestOf(job);
+  request.script = {"-c", "0 1 3000000 { pop } for quit"};
+  const os::FileDescriptor connection = Connected(fixture, job);
+  ASSERT_TRUE(SendWarm(connection.Get(), FormatWarmJob(request), std::array{STDERR_FILENO}));
+  const auto ready = ReceiveWarm(connection.Get());
+  ASSERT_TRUE(ready && ready->files.size() == 2);
+  ASSERT_TRUE(SendWarm(connection.Get(), WarmReply{WarmNews::Ready, 0}));
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  ASSERT_TRUE(SendWarm(connection.Get(), WarmReply{WarmNews::Ready, 0}));
+  const auto ended = ReceiveWarm(connection.Get());
+  ASSERT_TRUE(ended);
+  const auto reply = WarmReplyOf(*ended);
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(reply->news, WarmNews::Exited);
+  EXPECT_EQ(reply->value, 0);
 }
 
 // ---- Its end ----
