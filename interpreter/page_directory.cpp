@@ -60,7 +60,6 @@ Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string
   std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
   made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
   if (!made->m_Pixels.IsOpen()) return Failure{"create", path, errno};
-  made->m_Sum = std::make_unique<GrowingSum>(made->m_Pixels.Get());
   const std::string header = std::string(size.channels == 1 ? "P5\n" : "P6\n") +
                              std::to_string(size.width) + " " + std::to_string(size.height) +
                              "\n255\n";
@@ -74,7 +73,7 @@ Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
   const auto written = os::WriteAll(m_Pixels.Get(), text);
   if (!written) return FailureAt(m_Path + "/" + m_PixelName, written.Error());
   m_Bytes += bytes.size();
-  m_Sum->Grow(m_Bytes);
+  m_Sum.Add(bytes);
   return {};
 }
 
@@ -121,10 +120,8 @@ Expected<void> PageDirectory::Finish(const RunDescription& run) {
     info.planes.push_back(
         {m_Size.channels == 1 ? "Gray" : RgbNames[channel], m_PixelName, channel});
   }
-  const auto sum = m_Sum->Finish();
-  if (!sum) return FailureAt(m_Path + "/" + m_PixelName, sum.Error());
   m_Pixels.Reset();
-  info.files = {{m_PixelName, m_Bytes, *sum}, *picture};
+  info.files = {{m_PixelName, m_Bytes, m_Sum.Finish()}, *picture};
   const auto cut = WriteCutPaths(run, m_Path, info);
   if (!cut) return cut.Error();
   return WritePageInfo(m_Path, info);

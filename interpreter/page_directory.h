@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "interpreter/growing_sum.h"
 #include "interpreter/page_stream.h"
 #include "interpreter/preview.h"
 #include "pages/page_info.h"
+#include "pages/page_sum.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -69,11 +69,11 @@ class PageDirectory {
   std::string m_PixelName;
   os::FileDescriptor m_Pixels;
   std::uint64_t m_Bytes = 0;
+  pages::PageSum m_Sum;  // of the pixel file, taken while the bytes are in the processor's cache
   Preview m_Preview;
   std::vector<std::byte> m_Row;  // the present row, as far as it has come, if the preview wants it
   unsigned m_RowNumber = 0;
   std::size_t m_RowFilled = 0;
-  std::unique_ptr<GrowingSum> m_Sum;  // last: it reads the pixel file
 };
 
 }  // namespace rastrel::interpreter

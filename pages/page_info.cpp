@@ -14,7 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include "pages/sha256.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/hex.h"
 
@@ -254,10 +253,8 @@ class Reader {
       if (!NextValue("file")) return false;
       PageFile file;
       if (!ReadNumber(TakeField(), file.bytes)) return Fail("a bad size");
-      file.sha256 = TakeField();
-      const bool hexadecimal =
-          file.sha256.find_first_not_of("0123456789abcdef") == std::string::npos;
-      if (file.sha256.size() != 64 || !hexadecimal) return Fail("a bad check sum");
+      file.sum = TakeField();
+      if (!SumKindOf(file.sum)) return Fail("a bad check sum");
       if (!Unescape(m_Text, file.name)) return Fail("a bad escape");
       if (!IsPlainName(file.name)) return Fail("not a plain file name");
       files.push_back(std::move(file));
@@ -305,11 +302,12 @@ std::string PageName(unsigned page) {
   return "p" + digits;
 }
 
-Expected<PageFile> DescribeFile(const std::string& directory, const std::string& name) {
+Expected<PageFile> DescribeFile(const std::string& directory, const std::string& name,
+                                SumKind kind) {
   const std::string path = directory + "/" + name;
   const os::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.IsOpen()) return Failure{"open", path, errno};
-  Sha256 sum;
+  PageSum sum(kind);
   PageFile described{name, 0, {}};
   std::vector<std::byte> buffer(262144);
   while (true) {
@@ -320,7 +318,7 @@ Expected<PageFile> DescribeFile(const std::string& directory, const std::string&
     sum.Add(std::span(buffer).first(static_cast<std::size_t>(count)));
     described.bytes += static_cast<std::uint64_t>(count);
   }
-  described.sha256 = sum.Finish();
+  described.sum = sum.Finish();
   return described;
 }
 
@@ -348,7 +346,7 @@ std::string FormatPageInfo(const PageInfo& info) {
     if (plane.ink) line("ink", FormatInk(*plane.ink));
   }
   for (const PageFile& file : info.files) {
-    line("file", std::to_string(file.bytes) + " " + file.sha256 + " " + Escape(file.name, false));
+    line("file", std::to_string(file.bytes) + " " + file.sum + " " + Escape(file.name, false));
   }
   return text + "\nend\n";
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "pages/page_sum.h"
 #include "rastrel/platform/os/expected.h"
 
 /// The ".info" file of a page directory: the page's form and the files that hold it. The format is
@@ -19,7 +20,7 @@ enum class PageColor { Gray, Rgb, Cmyk, Separations };
 struct PageFile {
   std::string name;  ///< plain file name, no separator
   std::uint64_t bytes = 0;
-  std::string sha256;  ///< 64 lower-case hexadecimal digits
+  std::string sum;  ///< of either kind (page_sum.h)
 };
 
 /// Full ink in cyan, magenta, yellow and black, each from 0 to 1.
@@ -63,8 +64,8 @@ inline constexpr const char* CutPathsName = "cut-paths";
 [[nodiscard]] std::string PageName(unsigned page);
 
 /// Reads a file of a page directory to its end for its size and check sum. `directory` is native.
-[[nodiscard]] Expected<PageFile> DescribeFile(const std::string& directory,
-                                              const std::string& name);
+[[nodiscard]] Expected<PageFile> DescribeFile(const std::string& directory, const std::string& name,
+                                              SumKind kind = SumKind::Xxh3);
 
 /// The file's text.
 [[nodiscard]] std::string FormatPageInfo(const PageInfo& info);

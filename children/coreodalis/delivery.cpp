@@ -89,7 +89,12 @@ Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order)
     targets.push_back({file->Descriptor(), path});
     files.push_back(std::move(*file));
   }
-  auto rendered = Render(source, RenderingOf(order), targets);
+  RenderOrder rendering = RenderingOf(order);
+  rendering.progress = [&](double share) {
+    for (OutputFile& file : files) file.BeginFlush();
+    order.progress(share);
+  };
+  auto rendered = Render(source, rendering, targets);
   if (!rendered) return rendered.Error();
   order.flushing();
   std::vector<Publisher::Item> items;

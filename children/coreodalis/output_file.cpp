@@ -18,6 +18,7 @@ namespace {
 
 constexpr unsigned HighestNumber = 1'000'000;
 constexpr int HiddenNameTries = 100;
+constexpr off_t FlushedPart = off_t{4} << 20;
 
 /// A name in the directory that says whose it is, so that a sweep knows it for a leftover.
 std::string HiddenPath(const std::string& directory) {
@@ -112,6 +113,7 @@ OutputFile::OutputFile(os::FileDescriptor descriptor, std::string directory, std
 
 OutputFile::OutputFile(OutputFile&& other) noexcept
     : m_Descriptor(std::move(other.m_Descriptor)),
+      m_FlushBegun(other.m_FlushBegun),
       m_Directory(std::move(other.m_Directory)),
       m_Hidden(std::exchange(other.m_Hidden, {})),
       m_HidesReplaced(other.m_HidesReplaced),
@@ -145,6 +147,17 @@ Expected<OutputFile> OutputFile::Create(const std::string& directory,
     if (error != EEXIST) return Failure{"create", hidden, error};
   }
   return FailureOf("no free name for a file in '" + directory + "'");
+}
+
+void OutputFile::BeginFlush() {
+  struct stat state {};
+  if (::fstat(m_Descriptor.Get(), &state) != 0) return;
+  const off_t end = state.st_size / FlushedPart * FlushedPart;
+  if (end <= m_FlushBegun) return;
+  // A failure shows in Flush.
+  static_cast<void>(::sync_file_range(m_Descriptor.Get(), m_FlushBegun, end - m_FlushBegun,
+                                      SYNC_FILE_RANGE_WRITE));
+  m_FlushBegun = end;
 }
 
 Expected<void> OutputFile::Flush() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <functional>
 #include <map>
 #include <span>
@@ -33,6 +35,9 @@ class OutputFile {
   /// Open for reading and writing; belongs to this object.
   [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
 
+  /// Lets the system begin to write its buffers while more is added, so that Flush waits for the
+  /// last of them alone. Costs a system call where a few megabytes have come since.
+  void BeginFlush();
   /// Has the system write its buffers; the moment at which a full disk shows.
   [[nodiscard]] Expected<void> Flush();
 
@@ -54,6 +59,7 @@ class OutputFile {
              interpreter::Guardian& guardian);
 
   os::FileDescriptor m_Descriptor;
+  off_t m_FlushBegun = 0;  ///< up to this byte
   std::string m_Directory;
   std::string m_Hidden;          ///< path of the hidden file; empty: it has no name
   bool m_HidesReplaced = false;  ///< the hidden file is the one that was replaced

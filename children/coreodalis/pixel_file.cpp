@@ -10,7 +10,7 @@
 
 #include "children/coreodalis/netpbm_file.h"
 #include "children/coreodalis/tiff_reader.h"
-#include "pages/sha256.h"
+#include "pages/page_sum.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::odalis {
@@ -66,17 +66,17 @@ ContentCheck::ContentCheck(std::shared_ptr<const os::FileDescriptor> descriptor,
       m_Expected(std::move(expected)) {}
 
 Expected<void> ContentCheck::Run() const {
-  pages::Sha256 sum;
-  std::vector<char> block(HashBlock);
+  pages::PageSum sum(pages::SumKindOf(m_Expected.sum).value_or(pages::SumKind::Xxh3));
+  std::vector<std::byte> block(HashBlock);
   for (off_t at = 0;;) {
     const ssize_t count = ::pread(m_Descriptor->Get(), block.data(), block.size(), at);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return Failure{"read", m_Path, errno};
     if (count == 0) break;
-    sum.Add(block.data(), static_cast<std::size_t>(count));
+    sum.Add(std::span(block).first(static_cast<std::size_t>(count)));
     at += count;
   }
-  if (sum.Finish() != m_Expected.sha256) {
+  if (sum.Finish() != m_Expected.sum) {
     return FailureOf("'" + m_Path + "' has not the checksum of the page's description");
   }
   return {};

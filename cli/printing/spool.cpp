@@ -54,9 +54,10 @@ Expected<unsigned> CheckPage(const std::string& directory, bool sums) {
                      "it has " + std::to_string(stamp->size) + " bytes in place of " +
                          std::to_string(file.bytes)};
     if (!sums) continue;
-    const auto found = pages::DescribeFile(directory, file.name);
+    const auto found = pages::DescribeFile(
+        directory, file.name, pages::SumKindOf(file.sum).value_or(pages::SumKind::Xxh3));
     if (!found) return found.Error();
-    if (found->sha256 != file.sha256)
+    if (found->sum != file.sum)
       return Failure{"compare", path, 0, "its content is not the one that was made"};
   }
   return info->page;

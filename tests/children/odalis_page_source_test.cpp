@@ -104,7 +104,7 @@ void Replace(const std::string& directory, PageInfo& info, const std::string& co
 const Spoilt NetpbmFaults[] = {
     {"No such file", [](auto& d, auto&) { unlink((d + "/pixels.ppm").c_str()); }},
     {"bytes, and", [](auto& d, auto&) { WriteFile(d + "/pixels.ppm", "P6"); }},
-    {"checksum", [](auto&, auto& i) { i.files[0].sha256[0] ^= 1; }},
+    {"checksum", [](auto&, auto& i) { i.files[0].sum[0] ^= 1; }},
     {"symbolic links",
      [](auto& d, auto&) {
        std::filesystem::rename(d + "/pixels.ppm", d + "/real");
@@ -186,7 +186,7 @@ TEST(PageSource, a_changed_file_with_a_head_that_cannot_be_is_a_changed_file) {
     PageInfo info = PageOf(PageColor::Rgb, {"Red", "Green", "Blue"}, 5, 4);
     WritePage(directory.Path(), info);
     Replace(directory.Path(), info, content + std::string(60, 'x'));
-    info.files[0].sha256[0] ^= 1;
+    info.files[0].sum[0] ^= 1;
     std::vector<std::uint8_t> pixels;
     EXPECT_EQ(
         ReadAll(directory.Path(), info, pixels),

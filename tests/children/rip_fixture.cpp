@@ -304,7 +304,7 @@ pages::PageInfo CheckedInfo(const std::string& pageDirectory) {
       continue;
     }
     EXPECT_EQ(present->bytes, file.bytes) << file.name;
-    EXPECT_EQ(present->sha256, file.sha256) << file.name;
+    EXPECT_EQ(present->sum, file.sum) << file.name;
   }
   return *info;
 }

@@ -92,7 +92,7 @@ TEST(PageInfo, comes_back_as_it_was) {
   ASSERT_EQ(read->files.size(), 2U);
   EXPECT_EQ(read->files[1].name, "spot 1.tif");
   EXPECT_EQ(read->files[1].bytes, 18446744073709551615U);
-  EXPECT_EQ(read->files[1].sha256, SecondSum);
+  EXPECT_EQ(read->files[1].sum, SecondSum);
 }
 
 TEST(PageInfo, brings_every_byte_of_a_text_back) {
