@@ -38,5 +38,7 @@ endif()
 
 find_program(RASTREL_CCACHE ccache)
 if(RASTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${RASTREL_CCACHE})
+  # It keeps nothing of a source with precompiled headers unless it may be lax about their macros.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+    CCACHE_SLOPPINESS=pch_defines,time_macros ${RASTREL_CCACHE})
 endif()
