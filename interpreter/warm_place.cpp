@@ -80,6 +80,7 @@ Expected<os::FileDescriptor> WarmPlace::Listen(const std::string& name) const {
   const std::string early = name + ".new";
   Remove(early);
   const sockaddr_un address = AddressOf(Descriptor(), early);
+  if (fchmod(made->Get(), S_IRUSR | S_IWUSR) != 0) return Failure{"fchmod", early, errno};
   if (bind(made->Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     return Failure{"bind", early, errno};
   }

@@ -32,6 +32,8 @@ class OtherUsers : public ::testing::Test {
   void ExpectPrivateRoot() const {
     EXPECT_EQ(ModeOf(m_Command.Root()), 0700U);
     for (const auto& entry : fs::recursive_directory_iterator(m_Command.Root())) {
+      // A warm interpreter that starts meanwhile makes and renames its own.
+      if (!fs::exists(fs::symlink_status(entry.path()))) continue;
       // Finished files are the job's, wherever they lie.
       if (entry.path().parent_path() == m_Command.Root() + "/output") continue;
       const bool runs = entry.is_directory() || entry.path().extension() == ".exe" ||
