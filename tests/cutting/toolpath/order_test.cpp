@@ -140,7 +140,7 @@ TEST(OrderLines, the_way_is_near_the_shortest_of_all_orders) {
   double shortest = 0;
   for (int round = 0; round < 60; ++round) {
     std::vector<Contour> contours;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 5; ++i) {
       const Point at{place(random), place(random)};
       contours.push_back(i % 2 == 0 ? Line(at, {place(random), place(random)})
                                     : Rectangle(at.x, at.y, at.x + 0.01, at.y + 0.01));
