@@ -12,6 +12,8 @@ namespace {
 
 constexpr double MiterLimit = 4;
 constexpr double LeastTolerance = 0.001;
+// Of the offset: a corner becomes some seventy lines at most, however wide the kerf is.
+constexpr double ArcTolerance = 0.001;
 
 ClipperLib::JoinType JoinOf(Corners corners) {
   switch (corners) {
@@ -43,7 +45,8 @@ std::vector<Contour> Offset(const Contour& contour, double distance, Corners cor
   ClipperLib::Paths outlines;
   ClipperLib::SimplifyPolygon(ClipperPathOf(Flatten(contour, tolerance / 2)), outlines,
                               ClipperLib::pftNonZero);
-  ClipperLib::ClipperOffset offset(MiterLimit, tolerance / 4 * ClipperUnits);
+  const double arcs = std::max(tolerance / 4, std::abs(distance) * ArcTolerance);
+  ClipperLib::ClipperOffset offset(MiterLimit, arcs * ClipperUnits);
   offset.AddPaths(outlines, JoinOf(corners), ClipperLib::etClosedPolygon);
   ClipperLib::Paths moved;
   offset.Execute(moved, distance * ClipperUnits);
