@@ -113,6 +113,19 @@ constexpr std::array OptionTable{
     OptionRow{CancelMissingFonts, "--cancel-missing-fonts", "",
               "Ask for no font in place of a missing one: give the text or the import up."},
     OptionRow{AskInWindow, "--window", "", "Ask for missing fonts in a window."},
+    OptionRow{Kerf, "--kerf", "LENGTH",
+              "Width of the cut, as 0.2mm: outlines move out by half of it, and holes in."},
+    OptionRow{CornerForm, "--corners", "FORM",
+              "Outer corners that the kerf makes: round (the default), square or pointed.",
+              "round square pointed"},
+    OptionRow{Overcut, "--overcut", "LENGTH", "Go on past the start of closed paths by so much."},
+    OptionRow{LeadIn, "--lead-in", "LENGTH", "Begin closed paths so far off, in the waste."},
+    OptionRow{Bridges, "--bridges", "N,LENGTH",
+              "Leave N places of each closed path uncut, each so wide, as 4,1mm."},
+    OptionRow{WeedBox, "--weed-box", "LENGTH", "Cut a box around all paths, so far from them."},
+    OptionRow{WeedLines, "--weed-lines", "LENGTH",
+              "Cut the waste into pieces, by lines so far from each other."},
+    OptionRow{NoOrder, "--no-order", "", "Leave the paths in their order."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -158,7 +171,8 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                Json, Help};
+                                Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
+                                WeedLines, NoOrder, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

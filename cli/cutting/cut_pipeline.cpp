@@ -17,8 +17,8 @@ constexpr std::array Stages{
     // Rules: which paint means which operation.
     // Clean paths: check and heal.
     // Registration marks, and fits of measured ones.
-    // Tool paths: kerf, overcut, bridges, weeding.
-    // Order.
+    // Tool paths: kerf, weeding, order, overcut, bridges, lead-in.
+    CutStage{WorkToolPaths},
     // The file in the form of its ending.
     CutStage{WriteCutJob},
 };

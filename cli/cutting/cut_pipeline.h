@@ -54,4 +54,9 @@ void RunPipeline(CutRun& run);
 [[nodiscard]] Expected<void> ReadCutJob(CutRun& run);
 [[nodiscard]] Expected<void> WriteCutJob(CutRun& run);
 
+/// Kerf, weeding, order, overcut, bridges and lead-in, by the options and each path's settings. A
+/// cut job that is written as one (.json, or standard output) is left as it is unless one of the
+/// options is there.
+[[nodiscard]] Expected<void> WorkToolPaths(CutRun& run);
+
 }  // namespace rastrel::cli
