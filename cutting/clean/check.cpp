@@ -71,7 +71,7 @@ class Checker {
         const ContourPlace other = m_Survey.flat.contours[*m_Survey.sameAs[i]].place;
         Add({FaultKind::Duplicate, place, other, given.start, LengthOf(given)});
         m_Left[i] = true;
-      } else if (IsTiny(m_Survey.flat, contour, m_Survey.limits.tinySize)) {
+      } else if (IsTiny(given, contour.operation, m_Survey.limits.tinySize)) {
         Add({FaultKind::Tiny, place, place, given.start, LengthOf(given)});
         m_Tiny.push_back(i);
       }

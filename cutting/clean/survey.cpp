@@ -84,7 +84,9 @@ WayOfWorking WorkingOf(const CutPath& path) {
        bits(settings.bridgeWidth)}};
 }
 
-std::vector<std::size_t> GroupsOf(const CutJob& job) {
+}  // namespace
+
+std::vector<std::size_t> WaysOfWorking(const CutJob& job) {
   std::map<WayOfWorking, std::size_t> groups;
   std::vector<std::size_t> ofPath;
   ofPath.reserve(job.paths.size());
@@ -92,8 +94,6 @@ std::vector<std::size_t> GroupsOf(const CutJob& job) {
     ofPath.push_back(groups.try_emplace(WorkingOf(path), groups.size()).first->second);
   return ofPath;
 }
-
-}  // namespace
 
 CheckLimits UsableLimits(CheckLimits limits) {
   for (double* value : {&limits.joining, &limits.tolerance, &limits.tinySize, &limits.spikeWidth,
@@ -108,7 +108,7 @@ bool IsOutline(Operation operation) {
 
 JobEnds EndsOf(const CutJob& job, const FlatJob& flat, double joining,
                const std::vector<bool>& left) {
-  const std::vector<std::size_t> groups = GroupsOf(job);
+  const std::vector<std::size_t> groups = WaysOfWorking(job);
   JobEnds found;
   for (std::size_t i = 0; i < flat.contours.size(); ++i) {
     const FlatContour& contour = flat.contours[i];
@@ -122,14 +122,10 @@ JobEnds EndsOf(const CutJob& job, const FlatJob& flat, double joining,
   return found;
 }
 
-bool IsTiny(const FlatJob& flat, const FlatContour& contour, double tinySize) {
-  if (contour.operation == Operation::Drill) return false;
-  Box box;
-  for (std::uint32_t i = 0; i < contour.lines; ++i) {
-    box.Add(BoxOf(flat.lines[contour.firstLine + i]));
-    if (box.Width() >= tinySize || box.Height() >= tinySize) return false;
-  }
-  return true;
+bool IsTiny(const Contour& contour, Operation operation, double tinySize) {
+  if (operation == Operation::Drill) return false;
+  const Box box = BoxOf(contour);
+  return box.Width() < tinySize && box.Height() < tinySize;
 }
 
 Survey SurveyOf(CutJob job, const CheckLimits& limits) {

@@ -48,7 +48,10 @@ struct JobEnds {
 [[nodiscard]] JobEnds EndsOf(const CutJob& job, const FlatJob& flat, double joining,
                              const std::vector<bool>& left);
 
-/// Whether a contour is smaller than tools can do; drilled ones never are.
-[[nodiscard]] bool IsTiny(const FlatJob& flat, const FlatContour& contour, double tinySize);
+/// Whether a usable contour of an operation is smaller than tools can do; drilled ones never are.
+[[nodiscard]] bool IsTiny(const Contour& contour, Operation operation, double tinySize);
+
+/// For each path a number that is the same for those with the same operation and settings.
+[[nodiscard]] std::vector<std::size_t> WaysOfWorking(const CutJob& job);
 
 }  // namespace rastrel::cutting::clean
