@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "cutting/job/cut_job.h"
+
+namespace rastrel::cutting {
+
+/// The outside of a corner, where the tool's way is wider than the outline.
+enum class Corners {
+  Round,   ///< an arc: everywhere half a kerf from the outline
+  Square,  ///< cut off at half a kerf from the corner
+  Pointed  ///< a corner again; where that is beyond 4 times half a kerf from it, cut off
+};
+
+struct KerfReport {
+  struct Place {
+    std::size_t path = 0;     ///< index in the job
+    std::size_t contour = 0;  ///< index in the path, before the offset
+    Point place{};            ///< middle of its box
+    double area = 0;          ///< square millimetres, never negative
+  };
+  std::size_t moved = 0;          ///< closed contours that were offset
+  std::size_t open = 0;           ///< open ones with a kerf, which have no waste side: as before
+  std::size_t offSheet = 0;       ///< ones that are on no sheet (IsOnAnySheet): as before
+  std::vector<Place> vanished{};  ///< holes narrower than the kerf: gone
+};
+
+/// Moves each closed contour of a path with a tool by half of its settings' kerf into the waste: an
+/// outline outward and a hole inward, by its nesting among the contours of the same operation.
+/// `tolerance`, at least 0.001 mm, is how far the result may be off the true offset.
+///
+/// The result is made of straight lines, for the offset of a cubic curve is none; a contour runs as
+/// it did and begins near its old start. A hole may fall into several, and an outline that comes
+/// round to itself gets a hole. What crosses itself is taken as the outline of all that it winds
+/// round. Settings::kerf is 0 afterwards, so that a job that is read back is not offset twice.
+/// Any thread.
+[[nodiscard]] CutJob OffsetByKerf(CutJob job, Corners corners, double tolerance,
+                                  KerfReport& report);
+
+}  // namespace rastrel::cutting
