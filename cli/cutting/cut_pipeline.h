@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/console/exit_status.h"
 #include "cli/console/options.h"
 #include "cutting/job/cut_job.h"
 #include "rastrel/platform/os/expected.h"
@@ -24,6 +25,8 @@ struct CutRun {
   const Invocation& invocation;
   cutting::CutJob job{};
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
+  bool ended = false;                  ///< a stage has reported, and no other follows
+  ExitStatus status = ExitStatus::Done;  ///< of the command
 
   /// A sentence for the person, without its full stop: on standard error, or with --json as an
   /// object "note". It may hold text from a file.
@@ -44,5 +47,13 @@ void RunPipeline(CutRun& run);
 /// job to the name of --output in the form of its ending.
 [[nodiscard]] Expected<void> ReadCutJob(CutRun& run);
 [[nodiscard]] Expected<void> WriteCutJob(CutRun& run);
+
+/// The stage of clean paths (cutting/clean): --heal mends the job's paths and says how, and --check
+/// reports the faults that there are, with a picture of them in the file of --output, and ends the
+/// run.
+[[nodiscard]] Expected<void> CleanCutJob(CutRun& run);
+
+/// Writes a file whole and lists it as written. Throws CommandError.
+void WriteCutText(CutRun& run, const std::string& path, const std::string& text);
 
 }  // namespace rastrel::cli
