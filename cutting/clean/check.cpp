@@ -109,8 +109,9 @@ class Checker {
     }
     for (const ContactRun& run : m_Survey.crossings) {
       const bool own = run.on == run.of;
-      Add({own ? FaultKind::SelfCrossing : FaultKind::Crossing, PlaceOf(run.on), PlaceOf(run.of),
-           run.crossing, m_Survey.flat.contours[run.on].length});
+      for (const Point place : run.crossings)
+        Add({own ? FaultKind::SelfCrossing : FaultKind::Crossing, PlaceOf(run.on), PlaceOf(run.of),
+             place, m_Survey.flat.contours[run.on].length});
     }
   }
 

@@ -25,7 +25,8 @@ struct Touch {
 struct Crossing {
   std::uint32_t on = 0;
   std::uint32_t of = 0;
-  double at = 0;
+  double at = 0;    ///< along `on`
+  double atOf = 0;  ///< along `of`
   Point point;
 };
 
@@ -106,14 +107,15 @@ class Finder {
     const FlatLine& a = m_Job.lines[first];
     const FlatLine& b = m_Job.lines[second];
     const double at = b.at + Distance(Millimeters(b.from), *point);
+    const double atOf = a.at + Distance(Millimeters(a.from), *point);
     if (a.contour == b.contour) {
       // A loop of less than the tolerance is none.
-      const double loop = at - a.at - Distance(Millimeters(a.from), *point);
+      const double loop = at - atOf;
       const FlatContour& contour = m_Job.contours[a.contour];
       const double rest = contour.closed ? contour.length - loop : loop;
       if (std::min(loop, rest) < CornerTolerances * m_Tolerance) return;
     }
-    crossings.push_back({b.contour, a.contour, at, *point});
+    crossings.push_back({b.contour, a.contour, at, atOf, *point});
   }
 
   const FlatJob& m_Job;
@@ -139,6 +141,7 @@ class Runs {
     } else {
       m_Runs.push_back({.on = touch.on, .of = touch.of, .from = contact.from, .to = contact.to});
       m_Sums.emplace_back();
+      m_Crossings.emplace_back();
     }
     m_Sums.back().beside += contact.beside;
     m_Sums.back().distance += contact.distance;
@@ -154,13 +157,10 @@ class Runs {
                          .from = crossing.at,
                          .to = crossing.at,
                          .spread = std::numeric_limits<double>::infinity(),
-                         .crossings = 1,
-                         .crossing = crossing.point});
+                         .crossings = {crossing.point}});
       return;
     }
-    --run;
-    ++run->crossings;
-    run->crossing = crossing.point;
+    AddTo(static_cast<std::size_t>(run - 1 - m_Runs.begin()), crossing);
   }
 
   void MoveTo(std::vector<ContactRun>& runs) {
@@ -174,15 +174,38 @@ class Runs {
       run.spread = sums.beside > 0
                        ? std::sqrt(std::max(0.0, sums.square / sums.beside - mean * mean))
                        : std::numeric_limits<double>::infinity();
-      runs.push_back(run);
+      for (const Crossing& crossing : m_Crossings[i]) run.crossings.push_back(crossing.point);
+      runs.push_back(std::move(run));
     }
     runs.insert(runs.end(), m_Alone.begin(), m_Alone.end());
     m_Runs.clear();
     m_Sums.clear();
+    m_Crossings.clear();
     m_Alone.clear();
   }
 
  private:
+  // One that goes back where another came from takes it away: they are near each other along both
+  // contours.
+  void AddTo(std::size_t run, const Crossing& crossing) {
+    std::vector<Crossing>& crossings = m_Crossings[run];
+    const std::size_t looked = std::min<std::size_t>(crossings.size(), 8);
+    for (std::size_t i = 1; i <= looked; ++i) {
+      const auto other = crossings.end() - static_cast<std::ptrdiff_t>(i);
+      const double way = Way(m_Job.contours[crossing.on], crossing.at, other->at);
+      const double wayOf = Way(m_Job.contours[crossing.of], crossing.atOf, other->atOf);
+      if (wayOf > 4 * way + 400 * m_Gap) continue;
+      crossings.erase(other);
+      return;
+    }
+    crossings.push_back(crossing);
+  }
+
+  static double Way(const FlatContour& contour, double a, double b) {
+    const double way = std::abs(a - b);
+    return contour.closed ? std::min(way, contour.length - way) : way;
+  }
+
   void JoinThroughStart() {
     const FlatContour& on = m_Job.contours[m_Runs.front().on];
     if (!on.closed || m_Runs.size() < 2) return;
@@ -190,20 +213,21 @@ class Runs {
     ContactRun& last = m_Runs.back();
     if (first.from > m_Gap || last.to < on.length - m_Gap) return;
     last.to = first.to;
-    if (first.crossings > 0) last.crossing = first.crossing;
-    last.crossings += first.crossings;
     m_Sums.back().beside += m_Sums.front().beside;
     m_Sums.back().distance += m_Sums.front().distance;
     m_Sums.back().square += m_Sums.front().square;
+    for (const Crossing& crossing : m_Crossings.front()) AddTo(m_Runs.size() - 1, crossing);
     m_Runs.erase(m_Runs.begin());
     m_Sums.erase(m_Sums.begin());
+    m_Crossings.erase(m_Crossings.begin());
   }
 
   const FlatJob& m_Job;
   const double m_Gap;
   std::vector<ContactRun> m_Runs;
   std::vector<Sums> m_Sums;
-  std::vector<ContactRun> m_Alone;  ///< crossings outside any run
+  std::vector<std::vector<Crossing>> m_Crossings;  ///< of each run
+  std::vector<ContactRun> m_Alone;                 ///< crossings outside any run
 };
 
 std::vector<ContactRun> RunsOf(const FlatJob& job, double tolerance, std::vector<Touch>& touches,

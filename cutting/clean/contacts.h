@@ -18,9 +18,9 @@ struct ContactRun {
   /// Standard deviation of the distance between the two, left of `of` positive: near 0 where they
   /// lie on each other or side by side, and a third of the tolerance and more where they touch.
   double spread = 0;
-  /// How often they cross there; counted on the later contour alone.
-  std::uint32_t crossings = 0;
-  Point crossing{};  ///< one of them
+  /// Where they cross there; on the later contour alone. Two crossings by which a line goes to and
+  /// fro within the tolerance are none.
+  std::vector<Point> crossings{};
 };
 
 struct Contacts {

@@ -36,7 +36,7 @@ class Search {
     m_Tree.emplace(m_Lines);
     for (const auto* runs : {&survey.crossings, &survey.overlaps}) {
       for (const ContactRun& run : *runs) {
-        if (run.crossings % 2 == 1) m_Crossed.emplace_back(run.of, PathOf(run.on));
+        if (!run.crossings.empty()) m_Crossed.emplace_back(run.of, PathOf(run.on));
         const double end = survey.flat.contours[run.on].length;
         m_Touched.push_back({run.on, run.from, run.to >= run.from ? run.to : end});
       }

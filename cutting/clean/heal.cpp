@@ -186,7 +186,7 @@ class Healer {
         return;
       const FlatContour& on = survey.flat.contours[run.on];
       found.push_back(
-          {first, second, crosses ? run.crossing : PointAlong(survey.flat, on, run.from)});
+          {first, second, crosses ? run.crossings.front() : PointAlong(survey.flat, on, run.from)});
     };
     for (const ContactRun& run : survey.crossings) add(run, true);
     for (const ContactRun& run : survey.overlaps) add(run, false);

@@ -63,7 +63,7 @@ void TakeRuns(Survey& survey, const std::vector<ContactRun>& runs, double tolera
     if (run.on < run.of || survey.sameAs[run.on] || survey.sameAs[run.of]) continue;
     if (run.length >= survey.limits.overlapLength && run.spread <= SpreadOfOverlap * tolerance)
       survey.overlaps.push_back(run);
-    else if (run.crossings % 2 == 1 && IsOutline(survey.flat.contours[run.on].operation))
+    else if (!run.crossings.empty() && IsOutline(survey.flat.contours[run.on].operation))
       survey.crossings.push_back(run);
   }
 }

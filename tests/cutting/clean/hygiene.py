@@ -294,7 +294,7 @@ def main():
     for i in range(60):
         makers = [FAULTS[i % len(FAULTS)]]
         if i >= 40:
-            makers.append(FAULTS[(i // 10 + 3 * i + 1) % len(FAULTS)])
+            makers.append(FAULTS[(i + i // 10 + 1) % len(FAULTS)])
         write(f"faulty{i:02}", *faulty_job(rng, makers))
     for i in range(200):
         write(f"sound{i:03}", sound_job(rng), [])
