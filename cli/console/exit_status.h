@@ -22,6 +22,7 @@ enum class ExitStatus : int {
   NoPixels = 8,
   NoCutLines = 9,
   NotWritten = 10,
+  FaultsFound = 11,
 };
 
 struct ExitStatusRow {
@@ -30,7 +31,7 @@ struct ExitStatusRow {
 };
 
 /// Every status with its meaning, in order.
-inline constexpr std::array<ExitStatusRow, 11> ExitStatuses{{
+inline constexpr std::array<ExitStatusRow, 12> ExitStatuses{{
     {ExitStatus::Done, "Done."},
     {ExitStatus::JobFailed, "The job failed."},
     {ExitStatus::WrongUse, "Wrong use."},
@@ -42,6 +43,7 @@ inline constexpr std::array<ExitStatusRow, 11> ExitStatuses{{
     {ExitStatus::NoPixels, "The pixels of a conversion can't be read."},
     {ExitStatus::NoCutLines, "The cut lines of a conversion can't be read, or there are none to cut."},
     {ExitStatus::NotWritten, "The result of a conversion can't be drawn or written."},
+    {ExitStatus::FaultsFound, "Paths to cut have faults."},
 }};
 
 /// Ends the command with a status and a message for the user, which RunProgram writes. The message

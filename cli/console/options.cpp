@@ -51,6 +51,11 @@ constexpr std::array OptionTable{
               "Size of the picture, as 10x5cm; of one side alone as 10xcm or x5cm."},
     OptionRow{ChosenPage, "--page", "N", "Which page of the file; 1 if not given."},
     OptionRow{CutPreview, "--preview", "", "Put the picture of the file below the lines."},
+    OptionRow{Check, "--check", "",
+              "Report faults of the paths, with their places; -o draws them as SVG."},
+    OptionRow{Heal, "--heal", "",
+              "Join ends, drop copies, crumbs and needles, and say what was done."},
+    OptionRow{Unite, "--unite", "", "With --heal: make one outline of areas that overlap."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
     OptionRow{AskTerminal, "--ask", "",
@@ -171,6 +176,7 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
+                                OptionId::Check, Heal, Unite,
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
                                 WeedLines, NoOrder, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,

@@ -44,8 +44,8 @@ ExitStatus CutJobCommand(const Invocation& invocation) {
     OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
   CutRun run(invocation);
   RunPipeline(run);
-  WriteDone(run);
-  return ExitStatus::Done;
+  if (!run.ended) WriteDone(run);
+  return run.status;
 }
 
 }  // namespace rastrel::cli

@@ -16,6 +16,7 @@ constexpr std::array Stages{
     CutStage{ReadCutJob},
     // Rules: which paint means which operation.
     // Clean paths: check and heal.
+    CutStage{CleanCutJob},
     // Registration marks, and fits of measured ones.
     // Tool paths: kerf, weeding, order, overcut, bridges, lead-in.
     CutStage{WorkToolPaths},
@@ -37,7 +38,10 @@ void CutRun::Note(std::string_view sentence) const { WriteRemark(invocation, "no
 void CutRun::Warn(std::string_view sentence) const { WriteRemark(invocation, "warning", sentence); }
 
 void RunPipeline(CutRun& run) {
-  for (const CutStage stage : Stages) OrEndByCode(ExitStatus::JobFailed, stage(run));
+  for (const CutStage stage : Stages) {
+    OrEndByCode(ExitStatus::JobFailed, stage(run));
+    if (run.ended) return;
+  }
 }
 
 }  // namespace rastrel::cli

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/console/exit_status.h"
 #include "cli/console/options.h"
 #include "cutting/job/cut_job.h"
 #include "interpreter/interpreter.h"
@@ -32,6 +33,8 @@ struct CutRun {
   CaptureWish wish{};  ///< set by a stage before the reading
   cutting::CutJob job{};
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
+  bool ended = false;                  ///< a stage has reported, and no other follows
+  ExitStatus status = ExitStatus::Done;  ///< of the command
 
   /// A sentence for the person, without its full stop: on standard error, or with --json as an
   /// object "note". It may hold text from a file.
@@ -58,5 +61,12 @@ void RunPipeline(CutRun& run);
 /// cut job that is written as one (.json, or standard output) is left as it is unless one of the
 /// options is there.
 [[nodiscard]] Expected<void> WorkToolPaths(CutRun& run);
+/// The stage of clean paths (cutting/clean): --heal mends the job's paths and says how, and --check
+/// reports the faults that there are, with a picture of them in the file of --output, and ends the
+/// run.
+[[nodiscard]] Expected<void> CleanCutJob(CutRun& run);
+
+/// Writes a file whole and lists it as written. Throws CommandError.
+void WriteCutText(CutRun& run, const std::string& path, const std::string& text);
 
 }  // namespace rastrel::cli

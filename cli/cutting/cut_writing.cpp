@@ -46,29 +46,29 @@ const Form& FormOf(const std::string& path) {
                      "can't write '" + path + "': its form is none of " + known);
 }
 
-void Write(const std::string& path, const std::string& text) {
-  auto file = os::OutputFile::Create(path, os::Existing::Followed);
-  if (!file) ThrowUnwritten(file.Error());
-  if (const auto written = file->Write(text); !written) ThrowUnwritten(written.Error());
-  if (const auto named = file->Commit(); !named) ThrowUnwritten(named.Error());
-}
-
 }  // namespace
 
-Expected<void> WriteCutJob(CutRun& run) {
-  const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
-  if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");
+void WriteCutText(CutRun& run, const std::string& path, const std::string& text) {
   std::error_code ignored;
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
     throw CommandError(ExitStatus::WrongUse,
                        "the result would take the place of '" + path + "', which it is made of");
+  auto file = os::OutputFile::Create(path, os::Existing::Followed);
+  if (!file) ThrowUnwritten(file.Error());
+  if (const auto written = file->Write(text); !written) ThrowUnwritten(written.Error());
+  if (const auto named = file->Commit(); !named) ThrowUnwritten(named.Error());
+  run.written.push_back(path);
+}
+
+Expected<void> WriteCutJob(CutRun& run) {
+  const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
+  if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");
   const auto text = FormOf(path).write(run);
   if (!text) return text.Error();
   if (path == StandardOutputName) {
     OrEnd(ExitStatus::JobFailed, WriteResult(*text));
   } else {
-    Write(path, *text);
-    run.written.push_back(path);
+    WriteCutText(run, path, *text);
   }
   return {};
 }
