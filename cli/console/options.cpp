@@ -51,6 +51,14 @@ constexpr std::array OptionTable{
               "Size of the picture, as 10x5cm; of one side alone as 10xcm or x5cm."},
     OptionRow{ChosenPage, "--page", "N", "Which page of the file; 1 if not given."},
     OptionRow{CutPreview, "--preview", "", "Put the picture of the file below the lines."},
+    OptionRow{DxfVersion, "--dxf-version", "r12|r2000",
+              "Version of a DXF file: r2000 (the default), with splines, or r12, with lines alone.",
+              "r12 r2000"},
+    OptionRow{CutOrigin, "--origin", "CORNER|center|first-mark",
+              "The place that the cutter counts from; lower-left if not given.",
+              "lower-left lower-right upper-left upper-right center first-mark"},
+    OptionRow{Tolerance, "--tolerance", "LENGTH",
+              "How far a line may lie beside the curve that it replaces; 0.02mm if not given."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
     OptionRow{AskTerminal, "--ask", "",
@@ -158,7 +166,7 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                Json, Help};
+                                DxfVersion, CutOrigin, Tolerance, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

@@ -13,7 +13,7 @@ namespace rastrel::cutting {
 namespace {
 
 // ",-8388608,-8388608;"
-constexpr std::size_t LongestPosition = 19;
+constexpr std::size_t MaximumPosition = 19;
 constexpr std::size_t MinimumBytes = 20;
 constexpr long long FarthestOfLanguage = 8'388'608;
 constexpr int MaximumPen = 99;
@@ -92,7 +92,7 @@ class Plotter {
   void GoTo(const Unit& unit) {
     const std::size_t bytes = m_Text.Size() - m_InstructionStart;
     if (m_Points < m_Options.pointsOfInstruction &&
-        bytes + LongestPosition <= m_Options.bytesOfInstruction) {
+        bytes + MaximumPosition <= m_Options.bytesOfInstruction) {
       m_Text.Add(',');
       AddPoint(unit);
     } else {

@@ -20,8 +20,8 @@ namespace {
 
 constexpr double PointsPerMillimetre = 72 / 25.4;
 // The sides that readers take. A larger page has a larger unit.
-constexpr double ShortestSide = 3;
-constexpr double LongestSide = 14'400;
+constexpr double MinimumSide = 3;
+constexpr double MaximumSide = 14'400;
 constexpr int Decimals = 4;
 constexpr double MaximumLineWidth = 100;
 constexpr std::size_t MaximumNameBytes = 127;
@@ -158,9 +158,9 @@ struct PageSize {
 };
 
 PageSize SizeOf(const Box& box) {
-  const double width = std::max(box.Width() * PointsPerMillimetre, ShortestSide);
-  const double height = std::max(box.Height() * PointsPerMillimetre, ShortestSide);
-  const double unit = std::max(1.0, std::ceil(std::max(width, height) / LongestSide));
+  const double width = std::max(box.Width() * PointsPerMillimetre, MinimumSide);
+  const double height = std::max(box.Height() * PointsPerMillimetre, MinimumSide);
+  const double unit = std::max(1.0, std::ceil(std::max(width, height) / MaximumSide));
   return {width / unit, height / unit, unit};
 }
 
