@@ -45,8 +45,10 @@ Expected<void> CheckSettings(const ToolSettings& settings, std::size_t index) {
   const auto isFit = [](const std::optional<double>& value) {
     return !value || (*value > 0 && *value <= MaximumSetting);
   };
-  if (!isFit(settings.speed)) return PathFault(index, "has a speed that is not above 0");
-  if (!isFit(settings.force)) return PathFault(index, "has a force that is not above 0");
+  if (!isFit(settings.speed))
+    return PathFault(index, "has a speed that is not above 0 and at most 1000000");
+  if (!isFit(settings.force))
+    return PathFault(index, "has a force that is not above 0 and at most 1000000");
   if (settings.passes < 1 || settings.passes > MaximumPasses)
     return PathFault(index, "is followed less than once or more than 99 times");
   return {};

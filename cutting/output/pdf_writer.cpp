@@ -158,9 +158,11 @@ struct PageSize {
 };
 
 PageSize SizeOf(const Box& box) {
+  // A page of 200 inches in millimetres is a little longer in points.
+  constexpr double rounding = 1e-9;
   const double width = std::max(box.Width() * PointsPerMillimetre, MinimumSide);
   const double height = std::max(box.Height() * PointsPerMillimetre, MinimumSide);
-  const double unit = std::max(1.0, std::ceil(std::max(width, height) / MaximumSide));
+  const double unit = std::max(1.0, std::ceil(std::max(width, height) / MaximumSide - rounding));
   return {width / unit, height / unit, unit};
 }
 
