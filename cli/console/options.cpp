@@ -56,6 +56,14 @@ constexpr std::array OptionTable{
     OptionRow{Heal, "--heal", "",
               "Join ends, drop copies, crumbs and needles, and say what was done."},
     OptionRow{Unite, "--unite", "", "With --heal: make one outline of areas that overlap."},
+    OptionRow{DxfVersion, "--dxf-version", "r12|r2000",
+              "Version of a DXF file: r2000 (the default), with splines, or r12, with lines alone.",
+              "r12 r2000"},
+    OptionRow{CutOrigin, "--origin", "CORNER|center|first-mark",
+              "The place that the cutter counts from; lower-left if not given.",
+              "lower-left lower-right upper-left upper-right center first-mark"},
+    OptionRow{Tolerance, "--tolerance", "LENGTH",
+              "How far a line may lie beside the curve that it replaces; 0.02mm if not given."},
     OptionRow{AskWindow, "--window", "",
               "Ask for size, resolution and cut line in a window, and show progress there."},
     OptionRow{AskTerminal, "--ask", "",
@@ -178,7 +186,8 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 // Those of rastrel-cutting, in the order of its stages.
                                 OptionId::Check, Heal, Unite,
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
-                                WeedLines, NoOrder, Json, Help};
+                                WeedLines, NoOrder,
+                                DxfVersion, CutOrigin, Tolerance, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

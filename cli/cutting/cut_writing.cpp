@@ -6,6 +6,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/unwritten_file.h"
+#include "cli/cutting/cut_form_options.h"
 #include "cli/cutting/cut_pipeline.h"
 #include "cutting/job/job_file.h"
 #include "rastrel/platform/os/output_file.h"
@@ -22,9 +23,22 @@ struct Form {
 
 Expected<std::string> WriteJson(const CutRun& run) { return cutting::JobFileText(run.job); }
 
+template <cutting::CutForm form>
+Expected<std::string> WriteForm(const CutRun& run) {
+  return cutting::WriteCutFile(run.job, form, CutFormOptions(run.invocation));
+}
+
 // One form a line. The first is that of standard output.
 constexpr std::array Forms{
     Form{".json", WriteJson},
+    Form{".plt", WriteForm<cutting::CutForm::Hpgl>},
+    Form{".hpgl", WriteForm<cutting::CutForm::Hpgl>},
+    Form{".dxf", WriteForm<cutting::CutForm::Dxf>},
+    Form{".svg", WriteForm<cutting::CutForm::Svg>},
+    Form{".pdf", WriteForm<cutting::CutForm::Pdf>},
+    Form{".gcode", WriteForm<cutting::CutForm::Gcode>},
+    Form{".nc", WriteForm<cutting::CutForm::Gcode>},
+    Form{".ngc", WriteForm<cutting::CutForm::Gcode>},
 };
 
 std::string EndingOf(const std::string& path) {

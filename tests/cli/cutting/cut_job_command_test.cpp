@@ -59,7 +59,9 @@ TEST_F(CutJobCommand, an_unknown_ending_is_refused_with_the_known_ones) {
   runner.Place().Write("in.json", cutting::JobFileText(job));
   const CommandResult result = runner.Run({"cut", "in.json", "-o", "out.xyz"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_NE(result.error.find("can't write 'out.xyz': its form is none of .json"),
+  EXPECT_NE(result.error.find(
+                "can't write 'out.xyz': its form is none of .json, .plt, .hpgl, .dxf, .svg, "
+                ".pdf, .gcode, .nc, .ngc"),
             std::string::npos)
       << result.error;
 }
@@ -71,6 +73,59 @@ TEST_F(CutJobCommand, the_job_does_not_take_its_own_place) {
   EXPECT_EQ(runner.Run({"cut", "in.json", "--cut-color", "spot:A", "-o", "out.json"}).status, 2);
   EXPECT_EQ(runner.Run({"cut", "in.json", "in.json", "-o", "out.json"}).status, 2);
   EXPECT_EQ(runner.Run({"cut", "missing.json", "-o", "out.json"}).status, 3);
+}
+
+TEST_F(CutJobCommand, the_ending_chooses_the_form) {
+  runner.Place().Write("in.json", cutting::JobFileText(job));
+  const auto begins = [&](const char* name, const char* begin) {
+    const CommandResult result = runner.Run({"cut", "in.json", "-o", name});
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_TRUE(runner.Place().Read(name).starts_with(begin)) << name;
+  };
+  for (const char* name : {"out.plt", "out.hpgl", "OUT.PLT"}) begins(name, "IN;\nSP2;\nPU40,80;\n");
+  begins("out.dxf", "  0\r\nSECTION\r\n  2\r\nHEADER\r\n  9\r\n$ACADVER\r\n  1\r\nAC1015\r\n");
+  begins("out.svg", "<?xml");
+  begins("out.pdf", "%PDF-1.6\n");
+  for (const char* name : {"out.gcode", "out.nc", "out.ngc"})
+    begins(name, "G21\nG90\nM5\nF600\nG0 X1 Y2\nM3 S100\n");
+}
+
+TEST_F(CutJobCommand, version_origin_and_tolerance_are_the_forms_own) {
+  job.marks.push_back(
+      {.center = {1, 2}, .shape = cutting::RegistrationMark::Shape::Circle, .size = 5});
+  runner.Place().Write("in.json", cutting::JobFileText(job));
+  EXPECT_EQ(runner.Run({"cut", "in.json", "-o", "out.dxf", "--dxf-version", "r12"}).status, 0);
+  EXPECT_NE(runner.Place().Read("out.dxf").find("AC1009"), std::string::npos);
+  const CommandResult plotted = runner.Run(
+      {"cut", "in.json", "-o", "out.plt", "--origin", "first-mark", "--tolerance", "10mm"});
+  EXPECT_EQ(plotted.status, 0) << plotted.error;
+  EXPECT_EQ(runner.Place().Read("out.plt"), "IN;\nSP2;\nPU0,0;\nPD240,240,0,0;\nPU;\nSP0;\n");
+}
+
+TEST_F(CutJobCommand, values_that_these_options_can_not_have_are_refused) {
+  runner.Place().Write("in.json", cutting::JobFileText(job));
+  const auto refused = [&](const char* option, const char* value, const char* text) {
+    const CommandResult result = runner.Run({"cut", "in.json", "-o", "out.dxf", option, value});
+    EXPECT_EQ(result.status, 2) << value;
+    EXPECT_NE(result.error.find(text), std::string::npos) << result.error;
+    EXPECT_FALSE(runner.Place().Has("out.dxf"));
+  };
+  refused("--dxf-version", "r13", "--dxf-version can't be 'r13'; it is one of r12 r2000");
+  refused("--origin", "middle", "--origin can't be 'middle'; it is one of lower-left");
+  for (const char* value : {"0", "-1", "0.00009", "10.1", "nan", "inf", "0.1in", "x", "0.1mmm"})
+    refused("--tolerance", value, "--tolerance is a length of 0.0001 to 10 mm, and not '");
+  for (const char* value : {"0.0001", "10", "0.5mm"})
+    EXPECT_EQ(runner.Run({"cut", "in.json", "-o", "out.gcode", "--tolerance", value}).status, 0);
+}
+
+TEST_F(CutJobCommand, an_origin_at_a_mark_that_is_not_there_makes_no_file) {
+  runner.Place().Write("in.json", cutting::JobFileText(job));
+  const CommandResult result =
+      runner.Run({"cut", "in.json", "-o", "out.plt", "--origin", "first-mark"});
+  EXPECT_NE(result.status, 0);
+  EXPECT_EQ(result.error,
+            "rastrel: the origin is to be the first mark, but the job has no marks\n");
+  EXPECT_FALSE(runner.Place().Has("out.plt"));
 }
 
 }  // namespace
