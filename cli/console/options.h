@@ -78,6 +78,10 @@ enum class OptionId {
   CancelMissingFonts,
   AskInWindow,
   Remove,
+  CutDevice,
+  ListDevices,
+  ShowDevice,
+  CheckDevice,
   Force,
   Jobs,
   Help,
@@ -129,6 +133,7 @@ enum class CommandId {
   Merge,
   View,
   Separate,
+  Send,
   Completion,
   Help,
 };
