@@ -87,7 +87,7 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   // A program of its own takes these in.
   if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut ||
       invocation.command == CommandId::Import || invocation.command == CommandId::Separate ||
-      invocation.command == CommandId::View)
+      invocation.command == CommandId::Send || invocation.command == CommandId::View)
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
@@ -135,6 +135,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Cut:
       if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
       return RunDocumentProgram(arguments);
+    case CommandId::Send: return RunCuttingProgram(arguments);
     case CommandId::Convert:
     case CommandId::Import:
     case CommandId::Merge:

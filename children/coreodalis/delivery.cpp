@@ -8,6 +8,7 @@
 
 #include "children/coreodalis/command_device.h"
 #include "children/coreodalis/render.h"
+#include "children/shared/delivery_command.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
 namespace rastrel::odalis {
@@ -139,8 +140,8 @@ Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& orde
     devices::FieldValues values = order.values;
     values.plane = order.planar ? source.Shape().planes[i] : AllPlanes;
     values.file = paths[i];
-    auto run = RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
-                          order.device->timeoutSeconds);
+    auto run = children::RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
+                                    order.device->timeoutSeconds);
     if (!run) return run;
   }
   return {};

@@ -110,6 +110,11 @@ constexpr std::array OptionTable{
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
+    OptionRow{CutDevice, "--device", "NAME",
+              "The cutter: a name that `send --list` has, or the path of a device file."},
+    OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
+    OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
+    OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},
     OptionRow{Force, "--force", "", "Replace files that have the name of a result."},
     OptionRow{Jobs, "--jobs", "N",
               "Work on so many files at a time; as many as there are processors if not given."},
@@ -188,6 +193,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
                                 WeedLines, NoOrder,
                                 DxfVersion, CutOrigin, Tolerance, Json, Help};
+constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,
@@ -307,6 +313,9 @@ constexpr std::array CommandTable{
         CommandId::Separate, "separate", "FILE", true,
         "Separate a file, or the job printed to 'Separation' last, into a plane for each ink.",
         SeparateOptions},
+    CommandRow{CommandId::Send, "send", "FILE", true,
+               "Bring a cut file, or a cut job, to a cutter: a port, a line, a directory.",
+               SendOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
                "Print a script that completes the command's arguments in a shell: bash.",
                HelpOptions},

@@ -92,6 +92,10 @@ enum class OptionId {
   WeedLines,
   NoOrder,
   Remove,
+  CutDevice,
+  ListDevices,
+  ShowDevice,
+  CheckDevice,
   Force,
   Jobs,
   Help,
@@ -143,6 +147,7 @@ enum class CommandId {
   Merge,
   View,
   Separate,
+  Send,
   Completion,
   Help,
 };
