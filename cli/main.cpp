@@ -16,6 +16,7 @@
 #include "cli/converting/header_command.h"
 #include "cli/converting/page_size_command.h"
 #include "cli/converting/queue_command.h"
+#include "cli/cutting_program.h"
 #include "cli/doctor.h"
 #include "cli/document_program.h"
 #include "cli/input/standard_input.h"
@@ -131,8 +132,10 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::PageSize: return PageSizeCommand(invocation);
     case CommandId::Queue: return QueueCommand(invocation);
     case CommandId::Header: return HeaderCommand(invocation);
-    case CommandId::Convert:
     case CommandId::Cut:
+      if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
+      return RunDocumentProgram(arguments);
+    case CommandId::Convert:
     case CommandId::Import:
     case CommandId::Merge:
     case CommandId::Separate:

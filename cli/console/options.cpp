@@ -156,8 +156,9 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
                                     AskWindow,    AskTerminal, Box,        PasswordFile, Title,
                                     Force,        Jobs,        Json,       Help};
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
-                                ChosenPage,   Box,      PasswordFile, Title,      Force,
-                                Jobs,         Json,     Help};
+                                ChosenPage, Box, PasswordFile, Title, Force, Jobs,
+                                // Those of rastrel-cutting, in the order of its stages.
+                                Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

@@ -12,7 +12,8 @@ import sys
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 # Folders whose sources are held to the rules of a library that others build on.
-PRODUCT = ("rastrel", "pages", "cfplane", "interpreter", "spreadsheet", "host", "children", "cli")
+PRODUCT = ("rastrel", "pages", "cfplane", "interpreter", "spreadsheet", "cutting", "host", "children",
+           "cli")
 EVERYTHING = PRODUCT + ("tests", "bench", "fuzz", "examples")
 
 

@@ -1,0 +1,51 @@
+#include "cli/cutting/cut_job_command.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
+#include "cli/cutting/cut_pipeline.h"
+
+namespace rastrel::cli {
+namespace {
+
+void CheckUse(const Invocation& invocation) {
+  for (const OptionId id : {OptionId::CutColor, OptionId::HalfCutColor, OptionId::CutPreview})
+    if (invocation.Has(id))
+      throw CommandError(ExitStatus::WrongUse,
+                         std::string(OptionOf(id).name) +
+                             " goes with no rules and no cut job; name the colour in a rule");
+  if (invocation.operands.size() > 1)
+    throw CommandError(ExitStatus::WrongUse, "give one FILE: a cut job is made of one file");
+}
+
+void WriteDone(const CutRun& run) {
+  if (!run.invocation.Has(OptionId::Json)) {
+    for (const std::string& path : run.written) WriteOutPath(path);
+    return;
+  }
+  JsonLine("done")
+      .Add("exit", 0)
+      .Add("paths", run.written)
+      .AddNumber("width_mm", run.job.width)
+      .AddNumber("height_mm", run.job.height)
+      .Add("cut_paths", static_cast<std::int64_t>(run.job.paths.size()))
+      .Write();
+}
+
+}  // namespace
+
+ExitStatus CutJobCommand(const Invocation& invocation) {
+  CheckUse(invocation);
+  // The done report would come in the middle of the result.
+  if (invocation.ValueOr(OptionId::ResultOutput, "") == StandardOutputName)
+    OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
+  CutRun run(invocation);
+  RunPipeline(run);
+  WriteDone(run);
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli

@@ -1,0 +1,23 @@
+// The program `rastrel-cutting`: the commands of `rastrel` that make files for cutters. `rastrel`
+// starts it in its own place.
+
+#include "cli/console/exit_status.h"
+#include "cli/console/run_program.h"
+#include "cli/cutting/cut_job_command.h"
+
+namespace {
+
+using namespace rastrel::cli;
+
+ExitStatus Run(const Invocation& invocation) {
+  switch (invocation.command) {
+    case CommandId::Cut: return CutJobCommand(invocation);
+    default: break;
+  }
+  throw CommandError(ExitStatus::WrongUse,
+                     "this program is a part of `rastrel`; see `rastrel help cut`");
+}
+
+}  // namespace
+
+int main(int count, char** arguments) { return RunProgram(count, arguments, Run); }

@@ -1,0 +1,43 @@
+#include "cli/cutting_program.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "rastrel/platform/os/process.h"
+#include "rastrel/platform/standalone/data_root.h"
+
+namespace rastrel::cli {
+namespace {
+
+using enum OptionId;
+
+// What `rastrel cut` takes for the lines of a cut color.
+constexpr std::array ColorOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
+                                  ChosenPage,   Box,      PasswordFile, Title,      Force,
+                                  Jobs,         Json,     Help};
+
+bool IsJobName(std::string_view name) { return name.ends_with(".json"); }
+
+}  // namespace
+
+bool WantsCuttingProgram(const Invocation& invocation) {
+  const auto isOther = [](const auto& option) {
+    return std::ranges::find(ColorOptions, option.first) == ColorOptions.end();
+  };
+  return std::ranges::any_of(invocation.options, isOther) ||
+         std::ranges::any_of(invocation.operands, IsJobName);
+}
+
+ExitStatus RunCuttingProgram(const std::vector<std::string>& arguments) {
+  const std::string programs = standalone::FindResources().programs;
+  if (programs.empty())
+    throw CommandError(ExitStatus::NotInstalled,
+                       "rastrel-cutting, which makes files for cutters, is not installed");
+  const Failure failure = os::ReplaceProcess(programs + "/rastrel-cutting", arguments);
+  throw CommandError(
+      ExitStatus::NotInstalled,
+      "rastrel-cutting, which makes files for cutters, can't be started: " + Describe(failure));
+}
+
+}  // namespace rastrel::cli
