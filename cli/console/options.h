@@ -77,6 +77,11 @@ enum class OptionId {
   FontReplacement,
   CancelMissingFonts,
   AskInWindow,
+  CutMarks,
+  Measured,
+  Measurements,
+  Residual,
+  FitKind,
   Remove,
   Force,
   Jobs,
@@ -157,6 +162,7 @@ struct Invocation {
   std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
   std::map<OptionId, std::string> options;  ///< those that were given, with their values
   std::vector<std::string> fonts;           ///< the values of FontReplacement, in their order
+  std::vector<std::string> measured;        ///< the values of Measured, in their order
 
   [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
   /// The option's value, or `fallback` if it was not given.

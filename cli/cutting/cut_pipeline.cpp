@@ -5,6 +5,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/frame_stages.h"
 
 namespace rastrel::cli {
 namespace {
@@ -17,8 +18,12 @@ constexpr std::array Stages{
     // Rules: which paint means which operation.
     // Clean paths: check and heal.
     // Registration marks, and fits of measured ones.
+    CutStage{AddMarks},
+    CutStage{FitToMeasuredMarks},
     // Tool paths: kerf, overcut, bridges, weeding.
     // Order.
+    // The origin of files for cutters: the first mark.
+    CutStage{CountFromFirstMark},
     // The file in the form of its ending.
     CutStage{WriteCutJob},
 };

@@ -39,6 +39,9 @@ using CutStage = Expected<void> (*)(CutRun& run);
 /// Runs all stages. Throws CommandError.
 void RunPipeline(CutRun& run);
 
+/// Whether the result of that name is a cut job: "-", or a name that ends in .json.
+[[nodiscard]] bool IsCutJobName(const std::string& path);
+
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
 /// into the run's job, by its content: a cut job (docs/formats/cut-job.md). WriteCutJob writes the
 /// job to the name of --output in the form of its ending.

@@ -55,6 +55,10 @@ void Write(const std::string& path, const std::string& text) {
 
 }  // namespace
 
+bool IsCutJobName(const std::string& path) {
+  return path == StandardOutputName || EndingOf(path) == ".json";
+}
+
 Expected<void> WriteCutJob(CutRun& run) {
   const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
   if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");

@@ -16,7 +16,7 @@ struct FrameMap {
 
   /// Whether w is the same everywhere: parallel lines stay parallel.
   [[nodiscard]] bool IsAffine() const { return m[6] == 0 && m[7] == 0; }
-  /// w at a point. The map has no image of points where it is 0, and turns what is beyond inside
+  /// w at a point. The map has no image of points where it is 0, and turns all beyond them inside
   /// out.
   [[nodiscard]] double Weight(Point point) const { return m[6] * point.x + m[7] * point.y + m[8]; }
   [[nodiscard]] Point Apply(Point point) const;

@@ -47,8 +47,8 @@ Expected<void> CheckNumbers(const Points& printed, const Points& measured) {
   if (printed.size() < 2)
     return BadMarks("a fit takes 2 marks at least, and the job has " +
                     std::to_string(printed.size()));
-  if (printed.size() > MaximumMarks)
-    return BadMarks("a fit takes " + std::to_string(MaximumMarks) +
+  if (printed.size() > MaximumFittedMarks)
+    return BadMarks("a fit takes " + std::to_string(MaximumFittedMarks) +
                     " marks at most, and the job has " + std::to_string(printed.size()));
   const auto isBad = [](Point point) { return !std::isfinite(point.x) || !std::isfinite(point.y); };
   for (std::size_t i = 0; i < printed.size(); ++i)
@@ -151,8 +151,8 @@ std::optional<Stray> FindStray(MapKind kind, const Points& printed, const Points
   return best;
 }
 
-// Tries the maps with the least freedom first: most sheets are only turned and stretched, and what
-// fits with less is the more certain. Each needs one mark more than fix it, and the stray.
+// Tries the maps with the least freedom first: most sheets are only turned and stretched, and a
+// fit with less is the more certain. Each needs one mark more than fix it, and the stray.
 std::optional<Stray> FindStray(const Points& printed, const Points& measured, double limit) {
   for (const MapKind kind : {MapKind::Similar, MapKind::Affine, MapKind::Projective}) {
     if (printed.size() < MarksFor(kind) + 2) return std::nullopt;

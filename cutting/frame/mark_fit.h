@@ -27,7 +27,7 @@ enum class MapKind {
 inline constexpr double UsualResidual = 0.3;
 
 /// At most so many marks are measured.
-inline constexpr std::size_t MaximumMarks = 256;
+inline constexpr std::size_t MaximumFittedMarks = 256;
 
 struct MarkFit {
   FrameMap map;  ///< from the page to the measured frame; Weight is above 0 at all marks
@@ -48,8 +48,8 @@ struct MarkFit {
 /// exactly: their residuals are 0.
 ///
 /// Fails, with the marks' numbers from 1, if:
-/// - there are fewer than 2 marks, or than `kind` takes, or more than MaximumMarks, or not as many
-/// measured as printed
+/// - there are fewer than 2 marks, or than `kind` takes, or more than MaximumFittedMarks, or not as
+/// many measured as printed
 ///   ones, or a number is not finite;
 /// - two marks are measured less than half or more than twice as far apart as they are printed;
 /// - all marks lie on one line (three and more; within a hundredth of their spread), or so many of
@@ -68,6 +68,10 @@ struct MarkFit {
 /// A report for a person: the kind of map, turn, scales, and the residual of each mark. Lines
 /// without their end.
 [[nodiscard]] std::vector<std::string> Describe(const MarkFit& fit);
+
+/// Reads a decimal number with a point and perhaps a sign, at most a million. Nothing else: no
+/// unit, no exponent, no whitespace.
+[[nodiscard]] std::optional<double> ParseMillimetres(std::string_view text);
 
 /// Reads "X,Y": two decimal numbers, millimetres, with a point and perhaps a sign. Blanks around
 /// them count for nothing. Fails for anything else: units, a comma as decimal point, exponents,

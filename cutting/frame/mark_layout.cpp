@@ -127,9 +127,9 @@ Expected<std::vector<RegistrationMark>> Placed(const Box& box, const MarkOptions
   std::size_t count = options.count == 3 ? 3 : 4;
   for (; count < static_cast<std::size_t>(options.count); ++count) ++rim.Longest().extra;
   while (options.spacing > 0 && rim.Longest().Step() > options.spacing + 1e-9) {
-    if (count++ == MaximumMarks)
+    if (count++ == MaximumFittedMarks)
       return BadOptions("marks that are at most " + os::ShortDecimal(options.spacing, 3) +
-                        " mm apart are more than " + std::to_string(MaximumMarks) + " here");
+                        " mm apart are more than " + std::to_string(MaximumFittedMarks) + " here");
     ++rim.Longest().extra;
   }
   return rim.Marks();

@@ -55,7 +55,8 @@ struct MarkedJob {
 /// `spacing` apart. A corner mark that is not in a corner opens outward.
 ///
 /// Fails if a number is out of its range, if the job has marks already, if the page has no extent,
-/// if the marks would touch each other, or if more than MaximumMarks (mark_fit.h) would be needed.
+/// if the marks would touch each other, or if more than MaximumFittedMarks (mark_fit.h) would be
+/// needed.
 [[nodiscard]] Expected<MarkedJob> WithMarks(CutJob job, const MarkOptions& options);
 
 /// The job with its first mark at the origin: the frame of files for cutters, which begin at that

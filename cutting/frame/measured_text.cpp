@@ -60,6 +60,13 @@ Expected<double> CoordinateOf(std::string_view number, std::string_view text) {
 
 }  // namespace
 
+std::optional<double> ParseMillimetres(std::string_view text) {
+  if (!IsDecimal(text)) return std::nullopt;
+  const double value = os::DoubleFromText(text);
+  if (!(std::abs(value) <= MaximumPlace)) return std::nullopt;
+  return value;
+}
+
 Expected<Point> ParseMeasured(std::string_view text) {
   const auto comma = text.find(',');
   if (comma == text.npos) return Wrong(text, "two numbers with a comma between them are needed");
@@ -92,8 +99,8 @@ Expected<std::vector<Point>> ParseMeasurements(std::string_view text, const std:
     if (row.empty() || row.front() == '#') continue;
     const auto point = ParseMeasured(row);
     if (!point) return at(point.Error());
-    if (points.size() == MaximumMarks)
-      return at(FailureOf("at most " + std::to_string(MaximumMarks) + " marks are measured",
+    if (points.size() == MaximumFittedMarks)
+      return at(FailureOf("at most " + std::to_string(MaximumFittedMarks) + " marks are measured",
                           FailureCode::BadInput));
     points.push_back(*point);
   }
