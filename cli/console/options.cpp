@@ -99,6 +99,8 @@ constexpr std::array OptionTable{
     OptionRow{CutMarks, "--marks", "SHAPE:SIZE,...",
               "Put registration marks around the page: corner, cross or circle; then gap=, count=, "
               "spacing=, edge=."},
+    OptionRow{CutPrint, "--print", "FILE",
+              "Write the page without its cut paths, and with its marks, as a .tif file."},
     OptionRow{Measured, "--measured", "X,Y",
               "Where the cutter has found a mark, in mm; once for each mark, in their order."},
     OptionRow{Measurements, "--measurements", "FILE",
@@ -170,7 +172,8 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                CutMarks, Measured, Measurements, Residual, FitKind, Json, Help};
+                                CutMarks, CutPrint, Measured, Measurements, Residual, FitKind, Json,
+                                Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,

@@ -78,6 +78,7 @@ enum class OptionId {
   CancelMissingFonts,
   AskInWindow,
   CutMarks,
+  CutPrint,
   Measured,
   Measurements,
   Residual,

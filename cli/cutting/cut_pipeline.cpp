@@ -19,6 +19,7 @@ constexpr std::array Stages{
     // Clean paths: check and heal.
     // Registration marks, and fits of measured ones.
     CutStage{AddMarks},
+    CutStage{PrintWithMarks},
     CutStage{FitToMeasuredMarks},
     // Tool paths: kerf, overcut, bridges, weeding.
     // Order.

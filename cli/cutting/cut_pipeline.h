@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cli/console/options.h"
+#include "cli/cutting/marked_picture.h"
 #include "cutting/job/cut_job.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
@@ -31,6 +33,8 @@ struct CutRun {
   const Invocation& invocation;
   CaptureWish wish{};  ///< set by a stage before the reading
   cutting::CutJob job{};
+  std::optional<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
+  PictureMargins margins{};              ///< by which the picture grows for marks
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
 
   /// A sentence for the person, without its full stop: on standard error, or with --json as an

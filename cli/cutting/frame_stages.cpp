@@ -1,18 +1,25 @@
 #include "cli/cutting/frame_stages.h"
 
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "cli/console/exit_status.h"
+#include "cli/console/unwritten_file.h"
 #include "cutting/frame/mark_fit.h"
 #include "cutting/frame/mark_layout.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 namespace {
 
+constexpr double InchMillimetres = 25.4;
 // 256 places are a few kilobytes.
 constexpr std::size_t MaximumMeasurementBytes = 1 << 20;
 
@@ -67,6 +74,10 @@ bool IsMeasured(const Invocation& invocation) {
   return invocation.Has(OptionId::Measured) || invocation.Has(OptionId::Measurements);
 }
 
+std::uint32_t PixelsOf(double length, double pixel) {
+  return pixel > 0 ? static_cast<std::uint32_t>(std::lround(length / pixel)) : 0;
+}
+
 std::string Millimetres(double length) { return os::ShortDecimal(length, 2) + " mm"; }
 
 }  // namespace
@@ -78,14 +89,45 @@ Expected<void> AddMarks(CutRun& run) {
                        "--marks puts new marks on the page, which no cutter has measured yet");
   const auto options = cutting::ParseMarks(run.invocation.ValueOr(OptionId::CutMarks, ""));
   if (!options) throw CommandError(ExitStatus::WrongUse, "--marks: " + Describe(options.Error()));
-  auto marked = cutting::WithMarks(std::move(run.job), *options);
+  cutting::MarkOptions placed = *options;
+  if (run.picture) {
+    placed.pixelWidth = InchMillimetres / run.picture->xResolution;
+    placed.pixelHeight = InchMillimetres / run.picture->yResolution;
+  }
+  auto marked = cutting::WithMarks(std::move(run.job), placed);
   if (!marked) return marked.Error();
   run.job = std::move(marked->job);
   const cutting::PageGrowth& growth = marked->growth;
+  run.margins = {.left = PixelsOf(growth.left, placed.pixelWidth),
+                 .bottom = PixelsOf(growth.bottom, placed.pixelHeight),
+                 .right = PixelsOf(growth.right, placed.pixelWidth),
+                 .top = PixelsOf(growth.top, placed.pixelHeight)};
   run.Note(std::to_string(run.job.marks.size()) + " marks; the page grows by " +
            Millimetres(growth.left) + " at the left, " + Millimetres(growth.bottom) +
            " at the bottom, " + Millimetres(growth.right) + " at the right and " +
            Millimetres(growth.top) + " at the top");
+  return {};
+}
+
+Expected<void> PrintWithMarks(CutRun& run) {
+  if (!run.invocation.Has(OptionId::CutPrint)) return {};
+  const std::string path = run.invocation.ValueOr(OptionId::CutPrint, "");
+  if (!run.picture)
+    throw CommandError(ExitStatus::WrongUse,
+                       "--print needs a PostScript, EPS or PDF file: a cut job has no picture");
+  if (!path.ends_with(".tif") && !path.ends_with(".tiff"))
+    throw CommandError(ExitStatus::WrongUse,
+                       "can't print to '" + path + "': the name of a .tif file is needed");
+  std::error_code ignored;
+  if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
+    throw CommandError(ExitStatus::WrongUse,
+                       "the print would take the place of '" + path + "', which it is made of");
+  auto file = os::OutputFile::Create(path, os::Existing::Followed);
+  if (!file) ThrowUnwritten(file.Error());
+  if (auto written = WriteMarkedPicture(*run.picture, run.margins, run.job.marks, *file); !written)
+    return written;
+  if (const auto named = file->Commit(); !named) ThrowUnwritten(named.Error());
+  run.written.push_back(path);
   return {};
 }
 

@@ -8,6 +8,9 @@ namespace rastrel::cli {
 /// --marks: puts registration marks around the page, and notes how much it has grown.
 [[nodiscard]] Expected<void> AddMarks(CutRun& run);
 
+/// --print: writes the picture of the page, with its marks, as a TIFF.
+[[nodiscard]] Expected<void> PrintWithMarks(CutRun& run);
+
 /// --measured and --measurements: maps the job to the places where the cutter has found its marks,
 /// and notes the map and the residual of each. The job has no marks then: it lies in the cutter's
 /// frame.
