@@ -109,6 +109,20 @@ constexpr std::array OptionTable{
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{CutMarks, "--marks", "SHAPE:SIZE,...",
+              "Put registration marks around the page: corner, cross or circle; then gap=, count=, "
+              "spacing=, edge=."},
+    OptionRow{CutPrint, "--print", "FILE",
+              "Write the page without its cut paths, and with its marks, as a .tif file."},
+    OptionRow{Measured, "--measured", "X,Y",
+              "Where the cutter has found a mark, in mm; once for each mark, in their order."},
+    OptionRow{Measurements, "--measurements", "FILE",
+              "Read these places from a file, a line for each mark."},
+    OptionRow{Residual, "--residual", "MM",
+              "How far a mark may be from its place, from 0.01 to 10; 0.3 if not given."},
+    OptionRow{FitKind, "--fit", "KIND",
+              "The map that the marks give; the widest that their number fixes if not given.",
+              "similar affine projective"},
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{CutDevice, "--device", "NAME",
               "The cutter: a name that `send --list` has, or the path of a device file."},
@@ -192,6 +206,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 OptionId::Check, Heal, Unite,
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
                                 WeedLines, NoOrder,
+                                CutMarks, CutPrint, Measured, Measurements, Residual, FitKind,
                                 DxfVersion, CutOrigin, Tolerance, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
@@ -346,12 +361,12 @@ void AddOption(CLI::App& app, OptionId id, Invocation& result) {
         names, [&result, id] { result.options[id]; }, row.description);
     return;
   }
-  if (id == FontReplacement) {
+  if (id == FontReplacement || id == Measured) {
     app.add_option_function<std::vector<std::string>>(
            names,
            [&result, id](const std::vector<std::string>& values) {
              result.options[id] = values.back();
-             result.fonts = values;
+             (id == FontReplacement ? result.fonts : result.measured) = values;
            },
            row.description)
         ->allow_extra_args(false);

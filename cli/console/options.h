@@ -91,6 +91,12 @@ enum class OptionId {
   WeedBox,
   WeedLines,
   NoOrder,
+  CutMarks,
+  CutPrint,
+  Measured,
+  Measurements,
+  Residual,
+  FitKind,
   Remove,
   CutDevice,
   ListDevices,
@@ -176,6 +182,7 @@ struct Invocation {
   std::vector<std::string> operands;  ///< of a command that takes several; `operand` is the first
   std::map<OptionId, std::string> options;  ///< those that were given, with their values
   std::vector<std::string> fonts;           ///< the values of FontReplacement, in their order
+  std::vector<std::string> measured;        ///< the values of Measured, in their order
 
   [[nodiscard]] bool Has(OptionId id) const { return options.contains(id); }
   /// The option's value, or `fallback` if it was not given.

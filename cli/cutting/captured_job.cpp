@@ -1,5 +1,7 @@
 #include "cli/cutting/captured_job.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,11 +22,20 @@ namespace rastrel::cli {
 namespace {
 
 // Coordinates are whole 1/256 pixels: 144 pixels per inch give 0.0007 mm, and a page of whole
-// points has whole pixels. The pixels stay blank, and go with the directory. (RGB, since the PDF
-// code that cut paths are taken from knows no page in gray.)
-constexpr std::string_view Prefix =
-    "serverdict begin 0 exitserver\n3Color 144 dup SetXYResolution (Frameless) DeviceSelect\n"
-    "InitRIP\n\x04";
+// points has whole pixels. They go with the directory. (RGB, since the PDF code that cut paths are
+// taken from knows no page in gray.)
+// A picture that is printed has a resolution of its own.
+constexpr int UsualResolution = 144;
+constexpr int PrintResolution = 300;
+constexpr int MaximumResolution = 4800;
+
+// Pixels are made if they are printed. A frameless page is blank.
+std::string PrefixOf(int resolution, bool isPrinted) {
+  return "serverdict begin 0 exitserver\n3Color " + std::to_string(resolution) +
+         " dup SetXYResolution " + (isPrinted ? "" : "(Frameless) DeviceSelect") +
+         "\nInitRIP\n\x04";
+}
+
 constexpr const char* PrefixName = "capture.psp";
 constexpr int MaximumPage = 1'000'000;
 
@@ -56,6 +67,35 @@ Failure ForPerson(const std::string& operand, Failure failure) {
   return failure;
 }
 
+int ResolutionOf(const Invocation& invocation) {
+  if (!invocation.Has(OptionId::CutPrint)) return UsualResolution;
+  if (!invocation.Has(OptionId::Resolution)) return PrintResolution;
+  const auto number =
+      WholeNumberOf("--dpi", invocation.ValueOr(OptionId::Resolution, ""), 1, MaximumResolution);
+  return static_cast<int>(OrEnd(ExitStatus::WrongUse, number));
+}
+
+// Its pixels are the end of the file.
+Expected<PagePicture> PictureOf(const std::string& directory) {
+  const auto info = pages::ReadPageInfo(directory);
+  if (!info) return info.Error();
+  const pages::PagePlane& plane = info->planes.front();
+  if (info->color != pages::PageColor::Rgb || info->bits != 8)
+    return FailureOf("the page has no picture of three colours");
+  auto file = os::RandomAccessFile::Open(os::FromNative(directory + "/" + plane.file));
+  if (!file) return file.Error();
+  const auto listed = std::ranges::find(info->files, plane.file, &pages::PageFile::name);
+  const std::uint64_t pixels = std::uint64_t{info->width} * info->height * 3;
+  if (listed == info->files.end() || listed->bytes < pixels)
+    return FailureOf("the picture of the page is cut short");
+  return PagePicture{.file = *std::move(file),
+                     .offset = listed->bytes - pixels,
+                     .width = info->width,
+                     .height = info->height,
+                     .xResolution = info->xResolution,
+                     .yResolution = info->yResolution};
+}
+
 Expected<interpreter::RunRequest> RequestOf(const CutRun& run, const CaptureWish& wish,
                                             const std::string& directory) {
   interpreter::RunRequest request;
@@ -70,7 +110,11 @@ Expected<interpreter::RunRequest> RequestOf(const CutRun& run, const CaptureWish
     request.settings.page = static_cast<std::uint64_t>(OrEnd(ExitStatus::WrongUse, page));
   }
   const std::string prefix = directory + "/" + PrefixName;
-  if (auto made = os::ReplaceFile(os::FromNative(prefix), Prefix); !made) return made.Error();
+  if (auto made = os::ReplaceFile(
+          os::FromNative(prefix),
+          PrefixOf(ResolutionOf(run.invocation), run.invocation.Has(OptionId::CutPrint)));
+      !made)
+    return made.Error();
   auto opened = interpreter::OpenPrefix(prefix);
   if (!opened) return opened.Error();
   request.prefix = std::move(opened->file);
@@ -105,8 +149,7 @@ Expected<unsigned> MakePage(interpreter::RunRequest request,
   return wanted;
 }
 
-Expected<cutting::CutJob> Capture(const CutRun& run, const CaptureWish& wish,
-                                  const std::string& place) {
+Expected<cutting::CutJob> Capture(CutRun& run, const CaptureWish& wish, const std::string& place) {
   auto request = RequestOf(run, wish, place);
   if (!request) return request.Error();
   auto guardian = interpreter::Guardian::Start(interpreter::HeldStreams::Error);
@@ -115,8 +158,13 @@ Expected<cutting::CutJob> Capture(const CutRun& run, const CaptureWish& wish,
   if (!directory) return directory.Error();
   const auto page = MakePage(*std::move(request), *directory, run, *guardian);
   if (!page) return page.Error();
-  const std::string file =
-      directory->Path() + "/" + pages::PageName(*page) + "/" + pages::CutPathsName;
+  const std::string pageDirectory = directory->Path() + "/" + pages::PageName(*page);
+  if (run.invocation.Has(OptionId::CutPrint)) {
+    auto picture = PictureOf(pageDirectory);
+    if (!picture) return picture.Error();
+    run.picture = *std::move(picture);
+  }
+  const std::string file = pageDirectory + "/" + pages::CutPathsName;
   const auto text = os::ReadWholeFile(os::FromNative(file), cutting::MaximumCutPathsBytes);
   if (!text) return text.Error();
   return cutting::ReadCutPaths(*text, pages::CutPathsName);
@@ -124,7 +172,7 @@ Expected<cutting::CutJob> Capture(const CutRun& run, const CaptureWish& wish,
 
 }  // namespace
 
-Expected<cutting::CutJob> CapturedJob(const CutRun& run, const CaptureWish& wish) {
+Expected<cutting::CutJob> CapturedJob(CutRun& run, const CaptureWish& wish) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(run.invocation));
   const auto place = JobDirectory::Create(false);

@@ -14,6 +14,8 @@ struct CaptureWish;
 /// page (--page, --box and --password-file count) with their paint, in millimetres. Text becomes
 /// its outlines. Warnings of the interpreter go to the run's person. The file is only read. A file
 /// that is none of these, or fails as a program, is BadInput.
-[[nodiscard]] Expected<cutting::CutJob> CapturedJob(const CutRun& run, const CaptureWish& wish);
+///
+/// With --print the run gets the picture of the page, of --dpi pixels an inch, without these paths.
+[[nodiscard]] Expected<cutting::CutJob> CapturedJob(CutRun& run, const CaptureWish& wish);
 
 }  // namespace rastrel::cli

@@ -5,6 +5,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/frame_stages.h"
 
 namespace rastrel::cli {
 namespace {
@@ -18,8 +19,13 @@ constexpr std::array Stages{
     // Clean paths: check and heal.
     CutStage{CleanCutJob},
     // Registration marks, and fits of measured ones.
+    CutStage{AddMarks},
+    CutStage{PrintWithMarks},
+    CutStage{FitToMeasuredMarks},
     // Tool paths: kerf, weeding, order, overcut, bridges, lead-in.
     CutStage{WorkToolPaths},
+    // The origin of files for cutters: the first mark.
+    CutStage{CountFromFirstMark},
     // The file in the form of its ending.
     CutStage{WriteCutJob},
 };

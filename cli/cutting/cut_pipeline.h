@@ -1,11 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cli/console/exit_status.h"
 #include "cli/console/options.h"
+#include "cli/cutting/marked_picture.h"
 #include "cutting/job/cut_job.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
@@ -32,6 +34,8 @@ struct CutRun {
   const Invocation& invocation;
   CaptureWish wish{};  ///< set by a stage before the reading
   cutting::CutJob job{};
+  std::optional<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
+  PictureMargins margins{};              ///< by which the picture grows for marks
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
   bool ended = false;                  ///< a stage has reported, and no other follows
   ExitStatus status = ExitStatus::Done;  ///< of the command
@@ -49,6 +53,9 @@ using CutStage = Expected<void> (*)(CutRun& run);
 
 /// Runs all stages. Throws CommandError.
 void RunPipeline(CutRun& run);
+
+/// Whether the result of that name is a cut job: "-", or a name that ends in .json.
+[[nodiscard]] bool IsCutJobName(const std::string& path);
 
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
 /// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", else the

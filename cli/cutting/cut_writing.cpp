@@ -62,6 +62,10 @@ const Form& FormOf(const std::string& path) {
 
 }  // namespace
 
+bool IsCutJobName(const std::string& path) {
+  return path == StandardOutputName || EndingOf(path) == ".json";
+}
+
 void WriteCutText(CutRun& run, const std::string& path, const std::string& text) {
   std::error_code ignored;
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))

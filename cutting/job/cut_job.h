@@ -77,7 +77,7 @@ struct CutPath {
 /// A registration mark that is printed for the cutter's eye.
 struct RegistrationMark {
   enum class Shape { Corner, Cross, Circle };
-  Point center;
+  Point center;  ///< the place that is measured: of a corner its outer tip
   Shape shape = Shape::Circle;
   double size = 0;      ///< width and height, millimetres
   double rotation = 0;  ///< of a corner, degrees counterclockwise from one that opens to the upper
