@@ -74,7 +74,7 @@ std::string Quoted(std::string_view text) { return "'" + std::string(text) + "'"
 
 std::string TextOf(Range range, std::string_view unit) {
   const std::string suffix = unit.empty() ? "" : " " + std::string(unit);
-  return os::ShortestDecimal(range.least) + " to " + os::ShortestDecimal(range.greatest) + suffix;
+  return os::ShortDecimal(range.least, 4) + " to " + os::ShortDecimal(range.greatest, 4) + suffix;
 }
 
 // Reads on after a fault, and keeps that which comes first in the file.
