@@ -68,6 +68,7 @@ enum class OptionId {
   PictureDpi,
   SeparationDpi,
   PlanesOutput,
+  CutRules,
   Blank,
   Outlines,
   Strict,

@@ -5,6 +5,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/rules_stage.h"
 
 namespace rastrel::cli {
 namespace {
@@ -12,9 +13,12 @@ namespace {
 // In the order in which they run. A row has a line of its own, with a comment above it, so that
 // rows are added at several places at the same time.
 constexpr std::array Stages{
+    // The rule file, which says which paints are wanted.
+    CutStage{ReadRuleFile},
     // The file's paths, or a cut job.
     CutStage{ReadCutJob},
     // Rules: which paint means which operation.
+    CutStage{ApplyRules},
     // Clean paths: check and heal.
     // Registration marks, and fits of measured ones.
     // Tool paths: kerf, overcut, bridges, weeding.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,10 @@
 #include "cutting/job/cut_job.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
+
+namespace rastrel::cutting {
+class RuleSet;
+}
 
 /// The way of a cut job through `rastrel cut`:
 ///
@@ -29,7 +34,8 @@ struct CutRun {
   explicit CutRun(const Invocation& given) : invocation(given) {}
 
   const Invocation& invocation;
-  CaptureWish wish{};  ///< set by a stage before the reading
+  CaptureWish wish{};                               ///< set by a stage before the reading
+  std::shared_ptr<const cutting::RuleSet> rules{};  ///< of --rules; null without it
   cutting::CutJob job{};
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
 
