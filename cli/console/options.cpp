@@ -105,6 +105,8 @@ constexpr std::array OptionTable{
               "Dots per inch of the planes, from 1 to 4800; 300 if not given."},
     OptionRow{PlanesOutput, "--output", "DIR|FILE",
               "Write the planes to a directory, or to a .tif, .pdf, .svg, .png or .rdoc file."},
+    OptionRow{CutRules, "--rules", "FILE",
+              "Let the rules of this file say which paint means which operation."},
     OptionRow{Blank, "--blank", "WxH",
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
@@ -203,6 +205,7 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
+                                CutRules,
                                 OptionId::Check, Heal, Unite,
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
                                 WeedLines, NoOrder,

@@ -74,6 +74,7 @@ enum class OptionId {
   PictureDpi,
   SeparationDpi,
   PlanesOutput,
+  CutRules,
   Blank,
   Outlines,
   Strict,

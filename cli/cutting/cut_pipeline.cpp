@@ -6,6 +6,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/cutting/frame_stages.h"
+#include "cli/cutting/rules_stage.h"
 
 namespace rastrel::cli {
 namespace {
@@ -13,9 +14,12 @@ namespace {
 // In the order in which they run. A row has a line of its own, with a comment above it, so that
 // rows are added at several places at the same time.
 constexpr std::array Stages{
+    // The rule file, which says which paints are wanted.
+    CutStage{ReadRuleFile},
     // The file's paths, or a cut job.
     CutStage{ReadCutJob},
     // Rules: which paint means which operation.
+    CutStage{ApplyRules},
     // Clean paths: check and heal.
     CutStage{CleanCutJob},
     // Registration marks, and fits of measured ones.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,10 @@
 #include "cutting/job/cut_job.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
+
+namespace rastrel::cutting {
+class RuleSet;
+}
 
 /// The way of a cut job through `rastrel cut`:
 ///
@@ -32,7 +37,8 @@ struct CutRun {
   explicit CutRun(const Invocation& given) : invocation(given) {}
 
   const Invocation& invocation;
-  CaptureWish wish{};  ///< set by a stage before the reading
+  CaptureWish wish{};                               ///< set by a stage before the reading
+  std::shared_ptr<const cutting::RuleSet> rules{};  ///< of --rules; null without it
   cutting::CutJob job{};
   std::optional<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
   PictureMargins margins{};              ///< by which the picture grows for marks
