@@ -37,22 +37,17 @@ class Finder {
 
   // False if the work is at its limit.
   bool Search(const LineTree& tree) {
-    const std::size_t lookLimit = 600 * m_Job.lines.size() + 20'000'000;
+    const std::size_t lookLimit = 300 * m_Job.lines.size() + 10'000'000;
     const std::size_t touchLimit = 16 * m_Job.lines.size() + 200'000;
-    std::size_t looked = 0;
-    for (const std::uint32_t number : tree.Order()) {
-      const FlatLine& line = m_Job.lines[number];
-      if (m_Left[line.contour]) continue;
-      Box box = BoxOf(line);
-      box = {box.left - m_Tolerance, box.bottom - m_Tolerance, box.right + m_Tolerance,
-             box.top + m_Tolerance};
-      looked += tree.ForEachNear(box, [&](std::uint32_t other) {
-        if (other > number) Compare(number, other);
-      });
-      if (looked > lookLimit || touches.size() > touchLimit || crossings.size() > touchLimit)
-        return false;
-    }
-    return true;
+    return tree.ForEachPair(
+        m_Tolerance,
+        [&](std::uint32_t first, std::uint32_t second) {
+          Compare(std::min(first, second), std::max(first, second));
+        },
+        [&](std::size_t looked) {
+          return looked <= lookLimit && touches.size() <= touchLimit &&
+                 crossings.size() <= touchLimit;
+        });
   }
 
   std::vector<Touch> touches;
@@ -62,7 +57,7 @@ class Finder {
   void Compare(std::uint32_t first, std::uint32_t second) {
     const FlatLine& a = m_Job.lines[first];
     const FlatLine& b = m_Job.lines[second];
-    if (m_Left[b.contour]) return;
+    if (m_Left[a.contour] || m_Left[b.contour]) return;
     if (a.contour == b.contour) return CompareOwn(first, second);
     if (m_Job.contours[a.contour].operation != m_Job.contours[b.contour].operation) return;
     constexpr double Infinity = std::numeric_limits<double>::infinity();
@@ -78,7 +73,7 @@ class Finder {
     const double corner = CornerTolerances * m_Tolerance;
     const double low = a.at + a.length + corner - b.at;
     const double high = contour.closed ? contour.length + a.at - corner - b.at : b.length;
-    Add(b, a, low, high);
+    if (low < b.length && high > 0) Add(b, a, low, high);
     const bool neighbors =
         second == first + 1 || (contour.closed && second - first == contour.lines - 1);
     if (!neighbors) AddCrossing(first, second);

@@ -98,8 +98,10 @@ bool IsUsable(const Contour& contour) {
 
 FlatJob FlatLinesOf(const CutJob& job, double tolerance) {
   const std::size_t limit = LineLimit(job);
+  const std::size_t reserved = std::min(limit, MaximumLines) / 64;
   for (double coarse = tolerance;; coarse *= 4) {
     FlatJob flat{.contours = {}, .lines = {}, .tolerance = coarse};
+    flat.lines.reserve(reserved);
     bool fits = true;
     ForEachContour(job, [&](ContourPlace place, const Contour& contour) {
       if (fits) AddContour(flat, place, job.paths[place.path].operation, contour);

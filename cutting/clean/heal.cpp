@@ -40,12 +40,14 @@ class Healer {
       m_Result.repairs.push_back({RepairKind::RemovedSpike, spike.place, spike.place,
                                   spike.spike.tip, spike.spike.length});
     DropDuplicates(survey);
-    const bool joined = Join(survey);
+    Join(survey);
     DropTiny();
     // A contour in pieces is seen to be a duplicate when it is whole.
-    if (joined || m_Unite) {
+    if (m_Unite) {
       survey = TakeSurvey();
       DropDuplicates(survey);
+    } else if (!m_Joined.empty()) {
+      DropDuplicates(SurveyOf(LikeJoined(), m_Limits));
     }
     if (m_Unite) {
       DropCovered(survey);
@@ -108,7 +110,7 @@ class Healer {
     }
   }
 
-  bool Join(const Survey& survey) {
+  void Join(const Survey& survey) {
     std::vector<bool> left(survey.flat.contours.size());
     for (std::size_t i = 0; i < left.size(); ++i) {
       const ContourPlace place = survey.flat.contours[i].place;
@@ -123,7 +125,6 @@ class Healer {
                                   Between(first.point, second.point), pair.gap});
     }
     for (const Chain& chain : ChainsOf(ends.ends, ends.pairs)) JoinChain(survey.flat, chain);
-    return !ends.pairs.empty();
   }
 
   void JoinChain(const FlatJob& flat, const Chain& chain) {
@@ -144,6 +145,34 @@ class Healer {
     joined.closed = chain.closes;
     At(home) = std::move(joined);
     IsDropped(home) = false;
+    m_Joined.push_back(home);
+  }
+
+  // The job with only those contours that may lie where a joined one does: their boxes begin at
+  // the same places.
+  CutJob LikeJoined() {
+    std::vector<double> lefts;
+    std::vector<double> bottoms;
+    for (const ContourPlace place : m_Joined) {
+      const Box box = BoxOf(At(place));
+      lefts.push_back(box.left);
+      bottoms.push_back(box.bottom);
+    }
+    std::ranges::sort(lefts);
+    std::ranges::sort(bottoms);
+    const auto has = [&](const std::vector<double>& values, double value) {
+      const auto first = std::ranges::lower_bound(values, value - 2 * m_Limits.tolerance);
+      return first != values.end() && *first <= value + 2 * m_Limits.tolerance;
+    };
+    CutJob like = m_Result.job;
+    for (CutPath& path : like.paths) {
+      for (Contour& contour : path.contours) {
+        if (contour.segments.empty()) continue;
+        const Box box = BoxOf(contour);
+        if (!has(lefts, box.left) || !has(bottoms, box.bottom)) contour = {};
+      }
+    }
+    return like;
   }
 
   void DropTiny() {
@@ -262,6 +291,7 @@ class Healer {
   CheckLimits m_Limits;
   bool m_Unite;
   HealResult m_Result;
+  std::vector<ContourPlace> m_Joined;
   std::vector<std::vector<bool>> m_Dropped;  ///< by path and contour
 };
 

@@ -44,6 +44,15 @@ std::vector<std::uint32_t> OrderOf(std::span<const FlatLine> lines) {
   return order;
 }
 
+void Widen(Box& box, const Box& other) {
+  if (box.IsEmpty()) {
+    box = other;
+    return;
+  }
+  box = {std::min(box.left, other.left), std::min(box.bottom, other.bottom),
+         std::max(box.right, other.right), std::max(box.top, other.top)};
+}
+
 }  // namespace
 
 Box BoxOf(const FlatLine& line) {
@@ -56,11 +65,13 @@ Box BoxOf(const FlatLine& line) {
 LineTree::LineTree(std::span<const FlatLine> lines) {
   if (lines.empty()) return;
   m_Order = OrderOf(lines);
+  m_Boxes.reserve(m_Order.size());
+  for (const std::uint32_t number : m_Order) m_Boxes.push_back(BoxOf(lines[number]));
   std::size_t below = m_Order.size();
   do {
     std::vector<Box> level((below + Fan - 1) / Fan);
     for (std::size_t i = 0; i < below; ++i)
-      level[i / Fan].Add(m_Levels.empty() ? BoxOf(lines[m_Order[i]]) : m_Levels.back()[i]);
+      Widen(level[i / Fan], m_Levels.empty() ? m_Boxes[i] : m_Levels.back()[i]);
     below = level.size();
     m_Levels.push_back(std::move(level));
   } while (below > 1);
