@@ -19,8 +19,8 @@ constexpr long long FarthestOfLanguage = 8'388'608;
 constexpr int MaximumPen = 99;
 
 struct Unit {
-  long long x = 0;
-  long long y = 0;
+  int x = 0;
+  int y = 0;
   bool operator==(const Unit&) const = default;
 };
 
@@ -62,7 +62,7 @@ class Plotter {
       return;
     }
     const auto rounded = [](double value) {
-      return static_cast<long long>(value + (value < 0 ? -0.5 : 0.5));
+      return static_cast<int>(value + (value < 0 ? -0.5 : 0.5));
     };
     const Unit unit{rounded(exact.x), rounded(exact.y)};
     if (!m_HasFirst) {
