@@ -11,6 +11,8 @@ namespace rastrel::cutting {
 namespace {
 
 constexpr double LeastTolerance = 0.0001;
+// Half of the tolerance is for lines beside curves, and the other for the rounding of positions.
+constexpr double ToleranceOfLines = 0.5;
 constexpr int MaximumPasses = 99;
 constexpr double MaximumSetting = 1e6;
 
@@ -103,14 +105,15 @@ Expected<std::string> WriteCutFile(const CutJob& job, CutForm form, const CutFil
   if (auto checked = Check(job, form, options); !checked) return checked.Error();
   const auto toDevice = TransformOf(job, options.placement);
   if (!toDevice) return toDevice.Error();
+  const double tolerance = options.tolerance * ToleranceOfLines;
   switch (form) {
-    case CutForm::Hpgl: return HpglText(job, *toDevice, options.tolerance, options.hpgl);
-    case CutForm::Dxf: return DxfText(job, *toDevice, options.tolerance, options.dxf);
+    case CutForm::Hpgl: return HpglText(job, *toDevice, tolerance, options.hpgl);
+    case CutForm::Dxf: return DxfText(job, *toDevice, tolerance, options.dxf);
     case CutForm::Svg: return SvgText(job, *toDevice);
     case CutForm::Pdf: return PdfText(job, *toDevice, options.pdf);
     case CutForm::Gcode: break;
   }
-  return GcodeText(job, *toDevice, options.tolerance, options.gcode);
+  return GcodeText(job, *toDevice, tolerance, options.gcode);
 }
 
 }  // namespace rastrel::cutting

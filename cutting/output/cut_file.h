@@ -27,8 +27,10 @@ enum class CutForm { Hpgl, Dxf, Svg, Pdf, Gcode };
 [[nodiscard]] std::optional<CutForm> CutFormOfFile(std::string_view name);
 
 struct CutFileOptions {
-  double tolerance = 0.02;  ///< of forms without curves: how far a line may lie beside one, mm
-  Placement placement{};    ///< where a device counts from, and along which axes
+  /// Of forms without curves: how far a path may lie beside a curve, mm. Lines take half of it, and
+  /// the other half is for positions that are rounded (those of HPGL may take 0.018 mm).
+  double tolerance = 0.02;
+  Placement placement{};  ///< where a device counts from, and along which axes
   HpglOptions hpgl{};
   DxfVersion dxf = DxfVersion::R2000;
   PdfOptions pdf{};

@@ -19,8 +19,8 @@ constexpr long long FarthestOfLanguage = 8'388'608;
 constexpr int MaximumPen = 99;
 
 struct Unit {
-  long long x = 0;
-  long long y = 0;
+  int x = 0;
+  int y = 0;
   bool operator==(const Unit&) const = default;
 };
 
@@ -37,7 +37,8 @@ class Plotter {
       : m_ToUnits{toDevice.a * options.unitsPerMillimetre, toDevice.b * options.unitsPerMillimetre,
                   toDevice.c * options.unitsPerMillimetre, toDevice.d * options.unitsPerMillimetre,
                   toDevice.e * options.unitsPerMillimetre, toDevice.f * options.unitsPerMillimetre},
-        m_Options(options) {}
+        m_Options(options),
+        m_Limit(static_cast<double>(options.farthest) + 0.5) {}
 
   TextOutput& Text() { return m_Text; }
   [[nodiscard]] bool IsTooFar() const { return m_TooFar; }
@@ -52,15 +53,16 @@ class Plotter {
 
  private:
   void Take(Point point) {
-    const double limit = static_cast<double>(m_Options.farthest) + 0.5;
-    const Point exact = m_ToUnits.Apply(point);
+    // A call for each of a million points takes as long as writing their digits.
+    const Transform& t = m_ToUnits;
+    const Point exact{t.a * point.x + t.c * point.y + t.e, t.b * point.x + t.d * point.y + t.f};
     // Not a number is too far, too.
-    if (!(std::abs(exact.x) < limit && std::abs(exact.y) < limit)) {
+    if (!(std::abs(exact.x) < m_Limit && std::abs(exact.y) < m_Limit)) {
       m_TooFar = true;
       return;
     }
     const auto rounded = [](double value) {
-      return static_cast<long long>(value + (value < 0 ? -0.5 : 0.5));
+      return static_cast<int>(value + (value < 0 ? -0.5 : 0.5));
     };
     const Unit unit{rounded(exact.x), rounded(exact.y)};
     if (!m_HasFirst) {
@@ -111,6 +113,7 @@ class Plotter {
 
   Transform m_ToUnits;
   const HpglOptions& m_Options;
+  double m_Limit;  // that rounds to a position too far
   TextOutput m_Text;
   Unit m_First;
   Unit m_Last;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <concepts>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -35,7 +36,8 @@ class TextOutput {
     return *this;
   }
 
-  TextOutput& AddInteger(long long value) {
+  template <std::integral Integer>
+  TextOutput& AddInteger(Integer value) {
     Room(MaximumPiece);
     char* const begin = m_Buffer.data() + m_Used;
     m_Used +=
