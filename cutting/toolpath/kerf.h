@@ -21,9 +21,12 @@ struct KerfReport {
     Point place{};            ///< middle of its box
     double area = 0;          ///< square millimetres, never negative
   };
-  std::size_t moved = 0;          ///< closed contours that were offset
-  std::size_t open = 0;           ///< open ones with a kerf, which have no waste side: as before
-  std::size_t offSheet = 0;       ///< ones that are on no sheet (IsOnAnySheet): as before
+  std::size_t moved = 0;     ///< closed contours that were offset
+  std::size_t open = 0;      ///< open ones with a kerf, which have no waste side: as before
+  std::size_t offSheet = 0;  ///< ones that are on no sheet (IsOnAnySheet): as before
+  /// Ones that cross themselves too often, or have too many details within the kerf, to be offset
+  /// in reasonable time (tangle.h): as before.
+  std::size_t tangled = 0;
   std::vector<Place> vanished{};  ///< holes narrower than the kerf: gone
 };
 
