@@ -16,7 +16,7 @@ using namespace rastrel;
 using bench::Require;
 
 constexpr int SegmentsOfPath = 10;
-// Checking and healing take the other half of what a whole run may take.
+// Checking and healing take the other half of the time of a whole run.
 constexpr double HighestRatio = 4;
 // n log n makes 1.22 of eight times as many; the rest is memory that is further away.
 constexpr double HighestGrowth = 1.6;

@@ -19,7 +19,7 @@ struct ClosingReport {
   std::size_t fewerBridges = 0;    ///< contours with fewer bridges than asked, or none: too short
 };
 
-/// What the tool does where a closed contour begins and ends, by the settings of its path. An open
+/// The work at the places where a closed contour begins and ends, by the settings of its path. An open
 /// contour is returned as it is.
 ///
 ///   overcut   it goes on past its start by that length, once round at most, and becomes open

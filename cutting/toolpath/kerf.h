@@ -37,7 +37,7 @@ struct KerfReport {
 ///
 /// The result is made of straight lines, for the offset of a cubic curve is none; a contour runs as
 /// it did and begins near its old start. A hole may fall into several, and an outline that comes
-/// round to itself gets a hole. What crosses itself is taken as the outline of all that it winds
+/// round to itself gets a hole. A contour that crosses itself is the outline of all that it winds
 /// round. Settings::kerf is 0 afterwards, so that a job that is read back is not offset twice.
 /// Any thread.
 [[nodiscard]] CutJob OffsetByKerf(CutJob job, Corners corners, double tolerance,

@@ -74,7 +74,7 @@ class TwoOpt {
 
  private:
   [[nodiscard]] Point Before(std::size_t i) const { return i == 0 ? m_from : m_ends[i - 1].out; }
-  // What turning the stops first..last round would save.
+  // The way that turning the stops first..last round would save.
   [[nodiscard]] double Gain(std::size_t first, std::size_t last) const;
   void Reverse(std::size_t first, std::size_t last);
   bool TryAt(std::size_t i);
