@@ -121,6 +121,9 @@ void WarnOfKerf(const CutRun& run, const cutting::KerfReport& kerf) {
   if (kerf.open > 0)
     run.Warn(Counted(kerf.open, "open path has", "open paths have") +
              " no side of the waste: the kerf moves closed ones alone");
+  if (kerf.tangled > 0)
+    run.Warn(Counted(kerf.tangled, "path has", "paths have") +
+             " too many crossings or details within the kerf, which is not worked there");
   if (kerf.offSheet > 0)
     run.Warn(Counted(kerf.offSheet, "path lies", "paths lie") +
              " beyond 100 m, where the kerf is not worked");

@@ -19,8 +19,8 @@ struct ClosingReport {
   std::size_t fewerBridges = 0;    ///< contours with fewer bridges than asked, or none: too short
 };
 
-/// What the tool does where a closed contour begins and ends, by the settings of its path. An open
-/// contour is returned as it is.
+/// The work at the places where a closed contour begins and ends, by the settings of its path. An
+/// open contour is returned as it is.
 ///
 ///   overcut   it goes on past its start by that length, once round at most, and becomes open
 ///   bridges   it is left out at `bridges` places of `bridgeWidth` each, spread evenly; one moves

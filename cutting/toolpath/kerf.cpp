@@ -5,6 +5,7 @@
 
 #include "cutting/toolpath/clipper_path.h"
 #include "cutting/toolpath/nesting.h"
+#include "cutting/toolpath/tangle.h"
 #include "cutting/toolpath/tool_line.h"
 
 namespace rastrel::cutting {
@@ -67,13 +68,17 @@ KerfReport::Place PlaceOf(const Contour& contour, std::size_t path, std::size_t 
 }
 
 // Whether the contour is to be offset; one that can't be is counted.
-bool CanOffset(const Contour& contour, KerfReport& report) {
+bool CanOffset(const Contour& contour, double half, double tolerance, KerfReport& report) {
   if (!contour.closed) {
     ++report.open;
     return false;
   }
   if (!IsOnAnySheet(contour)) {
     ++report.offSheet;
+    return false;
+  }
+  if (IsTangled(BoxesOfLines(Flatten(contour, tolerance / 2), true), half)) {
+    ++report.tangled;
     return false;
   }
   return true;
@@ -97,14 +102,14 @@ CutJob OffsetByKerf(CutJob job, Corners corners, double tolerance, KerfReport& r
     inPath = i > 0 && lines[i - 1].path == line.path ? inPath + 1 : 0;
     CutPath& path = job.paths[line.path];
     if (!(path.settings.kerf > 0)) continue;
-    if (!CanOffset(line.contour, report)) {
+    const double half = std::min(path.settings.kerf, MaximumCoordinate) / 2;
+    const double used = std::max(tolerance, LeastTolerance);
+    if (!CanOffset(line.contour, half, used, report)) {
       path.contours.push_back(line.contour);
       continue;
     }
-    const double half = std::min(path.settings.kerf, MaximumCoordinate) / 2;
     const bool isHole = line.depth % 2 == 1;
-    const std::vector<Contour> moved =
-        Offset(line.contour, isHole ? -half : half, corners, std::max(tolerance, LeastTolerance));
+    const std::vector<Contour> moved = Offset(line.contour, isHole ? -half : half, corners, used);
     if (moved.empty()) {
       report.vanished.push_back(PlaceOf(line.contour, line.path, inPath));
     } else {

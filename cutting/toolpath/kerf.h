@@ -21,9 +21,12 @@ struct KerfReport {
     Point place{};            ///< middle of its box
     double area = 0;          ///< square millimetres, never negative
   };
-  std::size_t moved = 0;          ///< closed contours that were offset
-  std::size_t open = 0;           ///< open ones with a kerf, which have no waste side: as before
-  std::size_t offSheet = 0;       ///< ones that are on no sheet (IsOnAnySheet): as before
+  std::size_t moved = 0;     ///< closed contours that were offset
+  std::size_t open = 0;      ///< open ones with a kerf, which have no waste side: as before
+  std::size_t offSheet = 0;  ///< ones that are on no sheet (IsOnAnySheet): as before
+  /// Ones that cross themselves too often, or have too many details within the kerf, to be offset
+  /// in reasonable time (tangle.h): as before.
+  std::size_t tangled = 0;
   std::vector<Place> vanished{};  ///< holes narrower than the kerf: gone
 };
 
@@ -34,7 +37,7 @@ struct KerfReport {
 ///
 /// The result is made of straight lines, for the offset of a cubic curve is none; a contour runs as
 /// it did and begins near its old start. A hole may fall into several, and an outline that comes
-/// round to itself gets a hole. What crosses itself is taken as the outline of all that it winds
+/// round to itself gets a hole. A contour that crosses itself is the outline of all that it winds
 /// round. Settings::kerf is 0 afterwards, so that a job that is read back is not offset twice.
 /// Any thread.
 [[nodiscard]] CutJob OffsetByKerf(CutJob job, Corners corners, double tolerance,

@@ -209,14 +209,13 @@ double TravelOf(const std::vector<ToolLine>& lines, const std::vector<TourStop>&
   return travel;
 }
 
-ToolLine Applied(const ToolLine& line, const TourStop& stop) {
-  ToolLine result = line;
+ToolLine Applied(ToolLine line, const TourStop& stop) {
   if (line.contour.closed) {
-    if (stop.start != 0) result.contour = StartedAt(line.contour, stop.start);
+    if (stop.start != 0) line.contour = StartedAt(line.contour, stop.start);
   } else if (stop.reversed) {
-    result.contour = Reversed(line.contour);
+    line.contour = Reversed(line.contour);
   }
-  return result;
+  return line;
 }
 
 }  // namespace
@@ -263,7 +262,8 @@ OrderResult OrderLines(const CutJob& job, std::vector<ToolLine> lines, Point sta
   std::ranges::stable_sort(all, [&](const TourStop& a, const TourStop& b) {
     return RankOf(job.paths[lines[a.contour].path]) < RankOf(job.paths[lines[b.contour].path]);
   });
-  for (const TourStop& stop : all) result.lines.push_back(Applied(lines[stop.contour], stop));
+  for (const TourStop& stop : all)
+    result.lines.push_back(Applied(std::move(lines[stop.contour]), stop));
   result.travelAfter = TravelOf(result.lines, start);
   return result;
 }

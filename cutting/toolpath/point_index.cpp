@@ -63,12 +63,20 @@ std::uint32_t PointIndex::Build(std::uint32_t begin, std::uint32_t end, std::uin
             .right = 0,
             .parent = parent,
             .remaining = end - begin};
+  const bool isLeaf = end - begin <= LeafSize;
+  Box& box = node.box;
+  box = {m_entries[begin].place.x, m_entries[begin].place.y, m_entries[begin].place.x,
+         m_entries[begin].place.y};
   for (std::uint32_t i = begin; i < end; ++i) {
-    node.box.Add(m_entries[i].place);
-    m_leaves[i] = index;
+    const Point place = m_entries[i].place;
+    box.left = std::min(box.left, place.x);
+    box.right = std::max(box.right, place.x);
+    box.bottom = std::min(box.bottom, place.y);
+    box.top = std::max(box.top, place.y);
+    if (isLeaf) m_leaves[i] = index;
   }
   m_nodes.push_back(node);
-  if (end - begin <= LeafSize) return index;
+  if (isLeaf) return index;
   const bool isWide = node.box.Width() >= node.box.Height();
   const std::uint32_t middle = begin + (end - begin) / 2;
   std::nth_element(m_entries.begin() + begin, m_entries.begin() + middle, m_entries.begin() + end,

@@ -19,6 +19,13 @@ struct Ends {
   Point out;
 };
 
+// All places are on a sheet, so the squares can't overflow, against which Distance is careful.
+double Way(Point a, Point b) {
+  const double x = b.x - a.x;
+  const double y = b.y - a.y;
+  return std::sqrt(x * x + y * y);
+}
+
 Ends EndsOf(const Contour& contour, const TourStop& stop) {
   if (contour.closed) {
     const Point place = StartAt(contour, stop.start);
@@ -67,7 +74,7 @@ class TwoOpt {
 
  private:
   [[nodiscard]] Point Before(std::size_t i) const { return i == 0 ? m_from : m_ends[i - 1].out; }
-  // What turning the stops first..last round would save.
+  // The way that turning the stops first..last round would save.
   [[nodiscard]] double Gain(std::size_t first, std::size_t last) const;
   void Reverse(std::size_t first, std::size_t last);
   bool TryAt(std::size_t i);
@@ -117,11 +124,9 @@ void TwoOpt::FindNeighbors() {
 }
 
 double TwoOpt::Gain(std::size_t first, std::size_t last) const {
-  double gain =
-      Distance(Before(first), m_ends[first].in) - Distance(Before(first), m_ends[last].out);
+  double gain = Way(Before(first), m_ends[first].in) - Way(Before(first), m_ends[last].out);
   if (last + 1 < m_ends.size()) {
-    gain += Distance(m_ends[last].out, m_ends[last + 1].in) -
-            Distance(m_ends[first].in, m_ends[last + 1].in);
+    gain += Way(m_ends[last].out, m_ends[last + 1].in) - Way(m_ends[first].in, m_ends[last + 1].in);
   }
   return gain;
 }
@@ -194,18 +199,17 @@ std::vector<TourStop> FindTour(std::span<const Contour* const> contours, Point f
 
 void ChooseStarts(std::span<const Contour* const> contours, Point from,
                   std::vector<TourStop>& tour) {
-  const auto cost = [&](std::size_t i, const TourStop& stop, Point before) {
-    const Ends ends = EndsOf(*contours[stop.contour], stop);
-    double way = Distance(before, ends.in);
-    if (i + 1 < tour.size())
-      way += Distance(ends.out, EndsOf(*contours[tour[i + 1].contour], tour[i + 1]).in);
-    return way;
-  };
   for (int sweep = 0; sweep < StartSweeps; ++sweep) {
     Point before = from;
     for (std::size_t i = 0; i < tour.size(); ++i) {
       const Contour& contour = *contours[tour[i].contour];
-      double least = cost(i, tour[i], before);
+      const bool isLast = i + 1 == tour.size();
+      const Point next = isLast ? Point{} : EndsOf(*contours[tour[i + 1].contour], tour[i + 1]).in;
+      const auto cost = [&](const TourStop& stop) {
+        const Ends ends = EndsOf(contour, stop);
+        return Way(before, ends.in) + (isLast ? 0 : Way(ends.out, next));
+      };
+      double least = cost(tour[i]);
       const std::size_t count = contour.closed ? StartCount(contour) : 2;
       for (std::size_t k = 0; k < count; ++k) {
         TourStop other{.contour = tour[i].contour};
@@ -214,7 +218,7 @@ void ChooseStarts(std::span<const Contour* const> contours, Point from,
         } else {
           other.reversed = k == 1;
         }
-        const double way = cost(i, other, before);
+        const double way = cost(other);
         if (way + LeastGain >= least) continue;
         least = way;
         tour[i] = other;

@@ -6,6 +6,7 @@
 
 #include "cutting/toolpath/clipper_path.h"
 #include "cutting/toolpath/nesting.h"
+#include "cutting/toolpath/tangle.h"
 
 namespace rastrel::cutting {
 namespace {
@@ -61,6 +62,19 @@ std::vector<std::vector<Point>> BlockedArea(const CutJob& job, double clearance)
     result.push_back(std::move(points));
   }
   return result;
+}
+
+bool IsTangledJob(const CutJob& job, double clearance) {
+  std::vector<Box> boxes;
+  for (const CutPath& path : job.paths) {
+    if (!HasTool(path.operation)) continue;
+    for (const Contour& contour : path.contours) {
+      if (!IsOnAnySheet(contour)) continue;
+      for (const Box& box : BoxesOfLines(Flatten(contour, FlatteningTolerance), contour.closed))
+        boxes.push_back(box);
+    }
+  }
+  return IsTangled(std::move(boxes), clearance);
 }
 
 // A straight line across the page: at a height, or upright at a distance from the left.
@@ -199,6 +213,8 @@ Expected<CutJob> AddWeeding(CutJob job, const WeedingOptions& options) {
     return FailureOf("the weeding lines would be more than " + std::to_string(MaximumWeedLines) +
                          "; give a larger step",
                      FailureCode::BadInput);
+  if (IsTangledJob(job, options.clearance))
+    return FailureOf("the paths cross each other too often for weeding", FailureCode::BadInput);
   const std::vector<std::vector<Point>> blocked = BlockedArea(job, options.clearance);
   CutPath path = WeedingPath(job);
   if (options.step) {

@@ -21,7 +21,8 @@ struct WeedingOptions {
 /// clearance.
 ///
 /// Fails if a step or gap is not finite, the step is not above 0, a gap is below 0, or there would
-/// be more than MaximumWeedLines lines. Any thread.
+/// be more than MaximumWeedLines lines, or millions of pieces of them, or if the paths cross each
+/// other too often (tangle.h). Any thread.
 [[nodiscard]] Expected<CutJob> AddWeeding(CutJob job, const WeedingOptions& options);
 
 constexpr int MaximumWeedLines = 10'000;

@@ -156,6 +156,31 @@ TEST(OffsetByKerf, contours_on_no_sheet_stay_and_are_counted) {
   EXPECT_EQ(report.vanished.size(), 1U);
 }
 
+TEST(OffsetByKerf, a_scribble_of_thousands_of_crossings_stays_and_is_counted) {
+  std::mt19937 random(1);
+  std::uniform_real_distribution<double> place(0, 100);
+  std::vector<Point> points;
+  for (int i = 0; i < 20'000; ++i) points.push_back({place(random), place(random)});
+  KerfReport report;
+  const CutJob job = JobOf({Polygon(points), Rectangle(200, 0, 220, 10)}, 2);
+  const CutJob moved = Offset(job, Corners::Pointed, report);
+  EXPECT_EQ(moved.paths.at(0).contours.at(0), Polygon(points));
+  EXPECT_EQ(moved.paths.at(0).contours.at(1), Rectangle(199, -1, 221, 11));
+  EXPECT_EQ(report.tangled, 1U);
+}
+
+TEST(OffsetByKerf, an_outline_of_ten_thousand_lines_is_moved) {
+  std::vector<Point> points;
+  for (int i = 0; i < 10'000; ++i) {
+    const double angle = 2 * std::numbers::pi * i / 10'000;
+    points.push_back({500 * std::cos(angle), 500 * std::sin(angle)});
+  }
+  KerfReport report;
+  const CutJob moved = Offset(JobOf({Polygon(points)}, 0.2), Corners::Round, report);
+  EXPECT_EQ(report.moved, 1U);
+  EXPECT_NEAR(BoxOf(moved.paths.at(0)).right, 500.1, 0.01);
+}
+
 // Pixels of 0.05 mm: whether their middle is within the contours, by the even-odd rule.
 struct Raster {
   static constexpr double Pixel = 0.05;

@@ -138,7 +138,7 @@ TEST(OrderLines, the_way_is_near_the_shortest_of_all_orders) {
   std::uniform_real_distribution<double> place(0, 100);
   double found = 0;
   double shortest = 0;
-  for (int round = 0; round < 60; ++round) {
+  for (int round = 0; round < 30; ++round) {
     std::vector<Contour> contours;
     for (int i = 0; i < 5; ++i) {
       const Point at{place(random), place(random)};
