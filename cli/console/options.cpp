@@ -99,6 +99,8 @@ constexpr std::array OptionTable{
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{CutDevice, "--device", "NAME",
               "The cutter: a name that `send --list` has, or the path of a device file."},
+    OptionRow{CutPicture, "--picture", "FILE",
+              "Draw how the job is cut, with order and direction: .svg or .png."},
     OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
     OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
     OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},
@@ -163,7 +165,7 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                Json, Help};
+                                CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};

@@ -79,6 +79,7 @@ enum class OptionId {
   AskInWindow,
   Remove,
   CutDevice,
+  CutPicture,
   ListDevices,
   ShowDevice,
   CheckDevice,

@@ -6,6 +6,7 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/cut_pipeline.h"
 
 namespace rastrel::cli {
@@ -45,7 +46,7 @@ ExitStatus CutJobCommand(const Invocation& invocation) {
   CutRun run(invocation);
   RunPipeline(run);
   WriteDone(run);
-  return ExitStatus::Done;
+  return invocation.Has(OptionId::CutDevice) ? SendCutJob(run) : ExitStatus::Done;
 }
 
 }  // namespace rastrel::cli

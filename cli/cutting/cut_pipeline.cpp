@@ -5,6 +5,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/cut_delivery.h"
 
 namespace rastrel::cli {
 namespace {
@@ -21,6 +22,8 @@ constexpr std::array Stages{
     // Order.
     // The file in the form of its ending.
     CutStage{WriteCutJob},
+    // A picture of the job for a person.
+    CutStage{WriteCutPicture},
 };
 
 void WriteRemark(const Invocation& invocation, const char* kind, std::string_view sentence) {

@@ -57,6 +57,10 @@ void Write(const std::string& path, const std::string& text) {
 
 Expected<void> WriteCutJob(CutRun& run) {
   const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
+  // The result may be the picture, or go to a device.
+  if (!run.invocation.Has(OptionId::ResultOutput) &&
+      (run.invocation.Has(OptionId::CutPicture) || run.invocation.Has(OptionId::CutDevice)))
+    return {};
   if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");
   std::error_code ignored;
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
