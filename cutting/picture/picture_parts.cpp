@@ -167,6 +167,8 @@ class Maker {
         rest -= step;
         continue;
       }
+      // Not at a corner, where a direction is no direction.
+      if (step > 4 * m_Parts.unit) rest = step / 2;
       const double x = (to.x - from.x) / step * m_Parts.unit * 0.6;
       const double y = (to.y - from.y) / step * m_Parts.unit * 0.6;
       const Point at{from.x + (to.x - from.x) * rest / step,
