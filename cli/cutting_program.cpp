@@ -12,7 +12,7 @@ namespace {
 
 using enum OptionId;
 
-// What `rastrel cut` takes for the lines of a cut color.
+// The options of `rastrel cut` for the lines of a cut color.
 constexpr std::array ColorOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                   ChosenPage,   Box,      PasswordFile, Title,      Force,
                                   Jobs,         Json,     Help};

@@ -21,7 +21,7 @@ namespace {
 
 constexpr double PointsPerInch = 72;
 constexpr std::string_view SeparationWord = "separation ";
-constexpr std::size_t MaximumColors = 10000;  // of a run; a prefix sets one
+constexpr std::size_t MaximumColors = 1000000;  // of a run; a prefix sets one, rules take many
 
 // A point's ten-thousandth is far below any cutter's step.
 std::string Number(double value) { return os::ShortDecimal(value, 4); }
@@ -40,12 +40,6 @@ std::string Escape(std::string_view text) {
     }
   }
   return escaped;
-}
-
-std::string_view KindWord(char letter) {
-  if (letter == 'S') return "stroke";
-  if (letter == 'F') return "fill";
-  return letter == 'E' ? "eofill" : "text";
 }
 
 // Turns segments in pixels from the top left into lines in points from the bottom left.
@@ -169,6 +163,12 @@ std::optional<PathHead> ReadHead(std::string_view& text) {
 
 }  // namespace
 
+std::string_view CutKindWord(char letter) {
+  if (letter == 'S') return "stroke";
+  if (letter == 'F') return "fill";
+  return letter == 'E' ? "eofill" : "text";
+}
+
 void CutPaths::Grow(std::uint64_t bytes) {
   m_Present.bytes += bytes;
   m_Bytes += bytes;
@@ -195,6 +195,17 @@ void CutPaths::EndPage() {
 void CutPaths::TakeColor(const std::string& text) {
   m_Set = !text.empty();
   if (m_Set && m_Colors.size() <= MaximumColors) m_Colors.push_back(text);
+}
+
+std::optional<std::size_t> CutPaths::NumberOf(const std::string& color) {
+  const auto [entry, isNew] = m_Numbers.try_emplace(color, m_Colors.size());
+  if (!isNew) return entry->second;
+  if (m_Colors.size() < MaximumColors) {
+    m_Colors.push_back(color);
+    return entry->second;
+  }
+  m_Numbers.erase(entry);
+  return {};
 }
 
 // A clip comes after the first path that has it, so a path's clip is known when the next one
@@ -281,7 +292,7 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
     SegmentWriter writer(info);
     ClipJudge judge(clips.Shape(path.clip));
     if (!writer.Add(text, &judge) || writer.Lines().empty()) continue;
-    blocks += "path\nkind: " + std::string(KindWord(path.kind)) +
+    blocks += "path\nkind: " + std::string(CutKindWord(path.kind)) +
               "\ncolour: " + Escape(m_Colors[head->color]) +
               "\nline-width: " + Number(head->width * scale) +
               "\nclip: " + clips.Word(judge.Position(), path.clip) +
@@ -297,7 +308,7 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
 std::vector<std::string> CutPaths::UnmetColors() const {
   std::vector<std::string> unmet;
   for (const std::string& color : m_Colors) {
-    if (m_Lost || unmet.size() == UnmetLimit) break;
+    if (m_Asked || m_Lost || unmet.size() == UnmetLimit) break;
     if (!m_Met.contains(color) && std::ranges::find(unmet, color) == unmet.end()) {
       unmet.push_back(color);
     }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -11,6 +12,9 @@
 #include "interpreter/report_lines.h"
 
 namespace rastrel::interpreter {
+
+/// "stroke", "fill", "eofill" or "text" for the reports' S, F, E and T.
+[[nodiscard]] std::string_view CutKindWord(char letter);
 
 /// The paths that the prolog takes out of the picture, from its reports to the file "cut-paths" of
 /// each page (docs/formats/cut-paths.md). Pages are counted from 1 as the interpreter ends them.
@@ -23,6 +27,12 @@ class CutPaths {
   void BeginPage();
   /// The present page is put out.
   void EndPage();
+  /// The prolog asks which colors are for cutting: each page gets the file, and a color that no
+  /// path has is no fault.
+  void TakeAskedColors() { m_Set = m_Asked = true; }
+  /// The number that paths of a wanted color have in the reports, the same for the same text.
+  /// Nothing if there are too many.
+  [[nodiscard]] std::optional<std::size_t> NumberOf(const std::string& color);
   /// Takes a report. Those of other things are passed over. False if the limit was passed.
   [[nodiscard]] bool Add(const Report& report);
 
@@ -60,7 +70,9 @@ class CutPaths {
   void Append(std::string_view text);
   void Grow(std::uint64_t bytes);
 
-  bool m_Set = false;                 // a cut color is
+  bool m_Asked = false;                          // the colors are asked for
+  std::map<std::string, std::size_t> m_Numbers;  // of the asked ones
+  bool m_Set = false;                            // a cut color is
   std::vector<std::string> m_Colors;  // all that were set, by their number in the reports
   std::set<std::string> m_Met;        // those of them that a path has
   bool m_Lost = false;                // a path could not be read

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,6 +82,17 @@ class RunListener {
   [[nodiscard]] virtual int Pipe() const { return -1; }
 };
 
+/// A paint that a job is about to use for the first time, in the terms of
+/// docs/formats/cut-paths.md.
+struct AskedPaint {
+  std::string kind;      ///< "stroke", "fill", "eofill" or "text"
+  std::string color;     ///< "rgb 1.0 0.0 0.0", "cmyk ...", "gray ...", "separation NAME"; UTF-8
+  double lineWidth = 0;  ///< in points of the page; 0 but of strokes, and where it is not asked for
+};
+
+/// Whether all that is painted so is taken out of the picture, as a cut path of the page.
+using WantsCut = std::function<bool(const AskedPaint&)>;
+
 /// The job and the limits of one run. Owns its files.
 struct RunRequest {
   std::string ripDirectory;        ///< holds System/prolog and System/pmodes
@@ -89,7 +101,11 @@ struct RunRequest {
   JobFile job;                     ///< the part of it that the interpreter is given
   os::FileDescriptor prefix;       ///< PostScript that runs first; closed: none
   bool setsCutColor = false;       ///< the prefix sets a cut color
-  Settings settings;               ///< the limits
+  /// Decides which paints are cut paths, in place of the prefix's cut colors. Empty: these decide.
+  /// Called on the run's thread, once or a few times for each paint.
+  WantsCut wantsCut{};
+  bool asksLineWidth = false;  ///< paints that differ in their line widths alone are asked for too
+  Settings settings;           ///< the limits
   /// Of a print of an open page: its area. Set by PrintPages.
   std::optional<PageArea> area{};
 };

@@ -77,8 +77,11 @@ bool RipRun::Start() {
   if (!word) return Fail(word.Error());
   RunStart start{program, m_Request.ripDirectory, *word, m_Mode.Script()};
   start.kind = m_Request.job.layout.kind;
-  start.setsCutColor = m_Request.setsCutColor;
-  start.isSmall = m_Request.job.layout.length <= WarmJobBytes;
+  start.setsCutColor = m_Request.setsCutColor || m_Request.wantsCut;
+  start.asks = static_cast<bool>(m_Request.wantsCut);
+  start.asksWidth = m_Request.asksLineWidth;
+  // A warm interpreter has no way for answers.
+  start.isSmall = !start.asks && m_Request.job.layout.length <= WarmJobBytes;
   start.prefix = m_Request.prefix.Get();
   start.area = m_Request.area;
   start.threads = m_Request.settings.threads;
@@ -90,7 +93,8 @@ bool RipRun::Start() {
   m_Watch.emplace(m_Directory, m_Request.settings, m_Interpreter->process.Number(), *m_Part.use,
                   m_Number, m_Part.pages.first == 0);
   // Where systemdict stays open for the prolog, the interpreter begins with a warning of it.
-  m_Reports.emplace(*word, m_Request.setsCutColor, m_Pages, m_Listener, m_Result);
+  m_Reports.emplace(*word, start.setsCutColor, m_Pages, m_Listener, m_Result);
+  if (start.asks) m_Reports->AnswerBy({m_Request.wantsCut, std::move(m_Interpreter->answers)});
   const JobLayout& layout = m_Request.job.layout;
   auto parts = m_Part.parts;
   if (parts.empty()) parts = {{layout.offset, layout.length}};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <utility>
 
 namespace rastrel::interpreter {
@@ -37,6 +38,7 @@ const RunReports::Entry RunReports::Handlers[] = {
     {"OPEN", &RunReports::TakeOpenPage},
     {"JOB", &RunReports::TakeJob},
     {"NOCUT", &RunReports::TakeCutFailure},
+    {"ASK", &RunReports::TakeQuestion},
 };
 
 RunReports::RunReports(std::string word, bool isQuietBefore, PageMaker& pages,
@@ -50,6 +52,11 @@ RunReports::RunReports(std::string word, bool isQuietBefore, PageMaker& pages,
 void RunReports::Add(std::string_view bytes) {
   m_Lines.Add(bytes);
   while (const auto line = m_Lines.Next()) TakeLine(*line);
+}
+
+void RunReports::AnswerBy(CutAnswers answers) {
+  m_Answers.emplace(std::move(answers));
+  m_Pages.Cuts().TakeAskedColors();
 }
 
 void RunReports::Finish() {
@@ -158,6 +165,14 @@ void RunReports::TakeOpenPage(const std::string&) {
 void RunReports::TakeJob(const std::string&) {
   m_Started = true;
   m_Listener.StateReached(RunState::Interpreting);
+}
+
+void RunReports::TakeQuestion(const std::string& value) {
+  if (!m_Answers) return;
+  const RunDescription& run = m_Pages.Description();
+  const double scale = 72 / std::sqrt(run.xResolution * run.yResolution);
+  if (auto answered = m_Answers->Answer(value, scale, m_Pages.Cuts()); !answered)
+    KeepFirst(m_Result, answered.Error());
 }
 
 void RunReports::TakeCutFailure(const std::string&) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "interpreter/cut_answers.h"
 #include "interpreter/page_maker.h"
 #include "interpreter/pdf_job.h"
 #include "interpreter/report_lines.h"
@@ -25,6 +27,8 @@ class RunReports {
 
   /// Takes bytes of the stream.
   void Add(std::string_view bytes);
+  /// Questions of the prolog are answered so.
+  void AnswerBy(CutAnswers answers);
   /// The stream has ended.
   void Finish();
 
@@ -68,6 +72,7 @@ class RunReports {
   void TakeOpenPage(const std::string& value);
   void TakeJob(const std::string& value);
   void TakeCutFailure(const std::string& value);
+  void TakeQuestion(const std::string& value);
 
   std::string m_Word;
   bool m_IsQuiet;
@@ -77,6 +82,7 @@ class RunReports {
   LineCutter m_Lines;
   std::string m_LastError;
   std::string m_Measure;
+  std::optional<CutAnswers> m_Answers;
   PdfMessages m_Pdf;
   bool m_Started = false;
   bool m_HasOpenPage = false;

@@ -31,10 +31,10 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses definitions of those before it.
-constexpr std::array PrologFiles{"reports.ps",   "capture.ps",  "names.ps",    "match.ps",
-                                 "pdftext.ps",   "guard.ps",    "chosen.ps",   "device.ps",
-                                 "selection.ps", "sections.ps", "painting.ps", "lettering.ps",
-                                 "cutter.ps",    "picture.ps"};
+constexpr std::array PrologFiles{"reports.ps",   "capture.ps",   "names.ps",    "match.ps",
+                                 "asking.ps",    "pdftext.ps",   "guard.ps",    "chosen.ps",
+                                 "device.ps",    "selection.ps", "sections.ps", "painting.ps",
+                                 "lettering.ps", "cutter.ps",    "picture.ps"};
 constexpr std::span<const char* const> PictureFiles{PrologFiles};
 constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFiles.size() - 1);
 constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "chosen.ps", "picture.ps",
@@ -77,6 +77,12 @@ std::string SetupText(const RunStart& start) {
          "/%04d.tif) def\n"
          "/rip.ispdf " +
          (pdf ? "true" : "false") +
+         " def\n"
+         "/rip.asks " +
+         (start.asks ? "true" : "false") +
+         " def\n"
+         "/rip.askswidth " +
+         (start.asksWidth ? "true" : "false") +
          " def\n"
          "/rip.area " +
          AreaText(start.area) +
@@ -175,11 +181,13 @@ struct Pipes {
   Pipe reports;
   Pipe setup;
   Pipe job;
+  Pipe answers;
 };
 
 Expected<Pipes> MakePipes(const std::string& setupText) {
   Pipes pipes;
-  for (Pipe* const pipe : {&pipes.pixels, &pipes.reports, &pipes.setup, &pipes.job}) {
+  for (Pipe* const pipe :
+       {&pipes.pixels, &pipes.reports, &pipes.setup, &pipes.job, &pipes.answers}) {
     auto made = MakePipe();
     if (!made) return made.Error();
     *pipe = std::move(*made);
@@ -234,6 +242,7 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   request.limits = {settings.processorSeconds, settings.memoryMebibytes * 1024,
                     settings.totalMebibytes << 20, start.threads};
   request.descriptors.assign(Place::Count, -1);
+  if (start.asks) request.descriptors[0] = pipes->answers.reading.Get();
   request.descriptors[1] = pipes->reports.writing.Get();
   request.descriptors[2] = pipes->reports.writing.Get();
   request.descriptors[Pixels] = pipes->pixels.writing.Get();
@@ -248,7 +257,8 @@ Expected<RunningInterpreter> StartRun(const RunStart& start, const RunDirectory&
   auto started = StartGhostscript(request, guardian);
   if (!started) return started.Error();
   RunningInterpreter interpreter{std::move(*started), std::move(pipes->pixels.reading),
-                                 std::move(pipes->reports.reading), os::FileDescriptor()};
+                                 std::move(pipes->reports.reading), os::FileDescriptor(),
+                                 std::move(pipes->answers.writing)};
   for (const os::FileDescriptor* const end : {&interpreter.pixels, &interpreter.reports})
     if (auto made = MakeNonBlocking(*end); !made) return made.Error();
   if (start.pdf < 0) {

@@ -42,6 +42,8 @@ struct RunStart {
   const RunScript& script;
   JobKind kind = JobKind::PostScript;
   bool setsCutColor = false;     ///< the prefix may set a cut color
+  bool asks = false;             ///< which paints are for cutting is asked for (asking.ps)
+  bool asksWidth = false;        ///< ... by their line widths too
   bool isSmall = false;          ///< a job as GhostscriptRequest has it
   int prefix = -1;               ///< the open prefix file; -1: none
   int pdf = -1;                  ///< the open job file if it is PDF
@@ -61,6 +63,8 @@ struct RunningInterpreter {
   os::FileDescriptor pixels;   ///< read: the pages of the gray and RGB devices
   os::FileDescriptor reports;  ///< read: everything that it prints
   os::FileDescriptor job;      ///< write: the job's PostScript; closed for PDF
+  os::FileDescriptor
+      answers;  ///< write: to the questions of the prolog; blocks, and is read at once
 };
 
 /// Starts it in job-server mode with file access controls on. The job reaches no file but the print

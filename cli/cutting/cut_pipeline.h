@@ -6,6 +6,7 @@
 
 #include "cli/console/options.h"
 #include "cutting/job/cut_job.h"
+#include "interpreter/interpreter.h"
 #include "rastrel/platform/os/expected.h"
 
 /// The way of a cut job through `rastrel cut`:
@@ -17,11 +18,18 @@
 /// rows of cli/console/options.cpp.
 namespace rastrel::cli {
 
+/// Which paints of a file become paths of the job, decided while the file is interpreted.
+struct CaptureWish {
+  interpreter::WantsCut wants{};  ///< empty: all of them
+  bool asksLineWidth = false;     ///< as RunRequest has it
+};
+
 /// One run of `rastrel cut`. Belongs to one thread.
 struct CutRun {
   explicit CutRun(const Invocation& given) : invocation(given) {}
 
   const Invocation& invocation;
+  CaptureWish wish{};  ///< set by a stage before the reading
   cutting::CutJob job{};
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
 
@@ -40,8 +48,9 @@ using CutStage = Expected<void> (*)(CutRun& run);
 void RunPipeline(CutRun& run);
 
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
-/// into the run's job, by its content: a cut job (docs/formats/cut-job.md). WriteCutJob writes the
-/// job to the name of --output in the form of its ending.
+/// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", else the
+/// wanted paths of a PostScript, EPS or PDF file. WriteCutJob writes the job to the name of
+/// --output in the form of its ending.
 [[nodiscard]] Expected<void> ReadCutJob(CutRun& run);
 [[nodiscard]] Expected<void> WriteCutJob(CutRun& run);
 
