@@ -128,6 +128,8 @@ constexpr std::array OptionTable{
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{CutDevice, "--device", "NAME",
               "The cutter: a name that `send --list` has, or the path of a device file."},
+    OptionRow{CutPicture, "--picture", "FILE",
+              "Draw how the job is cut, with order and direction: .svg or .png."},
     OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
     OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
     OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},
@@ -210,7 +212,8 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
                                 WeedLines, NoOrder,
                                 CutMarks, CutPrint, Measured, Measurements, Residual, FitKind,
-                                DxfVersion, CutOrigin, Tolerance, Json, Help};
+                                DxfVersion, CutOrigin, Tolerance,
+                                CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};

@@ -100,6 +100,7 @@ enum class OptionId {
   FitKind,
   Remove,
   CutDevice,
+  CutPicture,
   ListDevices,
   ShowDevice,
   CheckDevice,

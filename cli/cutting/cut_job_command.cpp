@@ -6,6 +6,7 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/cut_pipeline.h"
 
 namespace rastrel::cli {
@@ -44,8 +45,9 @@ ExitStatus CutJobCommand(const Invocation& invocation) {
     OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
   CutRun run(invocation);
   RunPipeline(run);
-  if (!run.ended) WriteDone(run);
-  return run.status;
+  if (run.ended) return run.status;
+  WriteDone(run);
+  return invocation.Has(OptionId::CutDevice) ? SendCutJob(run) : run.status;
 }
 
 }  // namespace rastrel::cli

@@ -7,6 +7,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/cutting/frame_stages.h"
 #include "cli/cutting/rules_stage.h"
+#include "cli/cutting/cut_delivery.h"
 
 namespace rastrel::cli {
 namespace {
@@ -32,6 +33,8 @@ constexpr std::array Stages{
     CutStage{CountFromFirstMark},
     // The file in the form of its ending.
     CutStage{WriteCutJob},
+    // A picture of the job for a person.
+    CutStage{WriteCutPicture},
 };
 
 void WriteRemark(const Invocation& invocation, const char* kind, std::string_view sentence) {

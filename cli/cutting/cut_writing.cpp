@@ -79,6 +79,10 @@ void WriteCutText(CutRun& run, const std::string& path, const std::string& text)
 }
 
 Expected<void> WriteCutJob(CutRun& run) {
+  // The result may be the picture, or go to a device.
+  if (!run.invocation.Has(OptionId::ResultOutput) &&
+      (run.invocation.Has(OptionId::CutPicture) || run.invocation.Has(OptionId::CutDevice)))
+    return {};
   const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
   if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");
   const auto text = FormOf(path).write(run);

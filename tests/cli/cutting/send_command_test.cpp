@@ -156,6 +156,23 @@ TEST_F(SendCommand, an_installed_device_is_shown) {
   EXPECT_NE(result.output.find("format = \"gcode\"\n"), std::string::npos) << result.output;
 }
 
+TEST_F(SendCommand, cut_sends_its_result_to_a_device_and_draws_it) {
+  WriteDevice("hpgl", Program("cat > got"));
+  const CommandResult result =
+      runner.Run({"cut", "job.json", "--device", "./device.toml", "--picture", "cut.svg"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.output, "cut.svg\n");
+  EXPECT_NE(runner.Place().Read("got").find("PU400,400;"), std::string::npos);
+  EXPECT_NE(runner.Place().Read("cut.svg").find(">cut: 1 contour, 40 mm<"), std::string::npos);
+}
+
+TEST_F(SendCommand, a_picture_of_another_form_is_refused) {
+  const CommandResult result = runner.Run({"cut", "job.json", "--picture", "cut.gif"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.error,
+            "rastrel: can't write 'cut.gif': a picture's name ends in .svg or .png\n");
+}
+
 TEST_F(SendCommand, options_that_exclude_each_other_are_wrong_use) {
   EXPECT_EQ(runner.Run({"send"}).status, 2);
   EXPECT_EQ(runner.Run({"send", "job.plt"}).status, 2);
