@@ -135,6 +135,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Cut:
       if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
       return RunDocumentProgram(arguments);
+    case CommandId::RulesCheck: return RunCuttingProgram(arguments);
     case CommandId::Convert:
     case CommandId::Import:
     case CommandId::Merge:

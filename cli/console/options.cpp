@@ -162,6 +162,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 // Those of rastrel-cutting, in the order of its stages.
                                 CutRules,  // rules
                                 Json, Help};
+constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,
@@ -270,6 +271,9 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::Cut, "cut", "FILE...", false,
                "Take the paths of a cut colour out of each file, as lines for a cutter.",
                CutOptions},
+    CommandRow{CommandId::RulesCheck, "rules check", "RULES JOB...", false,
+               "Show which paths of a job, with their colours, each rule of a file takes.",
+               RulesOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
     CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,

@@ -118,6 +118,7 @@ enum class CommandId {
   Header,
   Convert,
   Cut,
+  RulesCheck,
   Notes,
   Cars,
   ChartTrademark,

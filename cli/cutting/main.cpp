@@ -4,6 +4,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
 #include "cli/cutting/cut_job_command.h"
+#include "cli/cutting/rules_command.h"
 
 namespace {
 
@@ -12,6 +13,7 @@ using namespace rastrel::cli;
 ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Cut: return CutJobCommand(invocation);
+    case CommandId::RulesCheck: return CheckRulesCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,
