@@ -136,6 +136,7 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
       if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
       return RunDocumentProgram(arguments);
     case CommandId::Send: return RunCuttingProgram(arguments);
+    case CommandId::RulesCheck: return RunCuttingProgram(arguments);
     case CommandId::Convert:
     case CommandId::Import:
     case CommandId::Merge:

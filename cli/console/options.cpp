@@ -215,6 +215,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 DxfVersion, CutOrigin, Tolerance,
                                 CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
+constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
 constexpr std::array ImportOptions{Format,
@@ -323,6 +324,9 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::Cut, "cut", "FILE...", false,
                "Take the paths of a cut colour out of each file, as lines for a cutter.",
                CutOptions},
+    CommandRow{CommandId::RulesCheck, "rules check", "RULES JOB...", false,
+               "Show which paths of a job, with their colours, each rule of a file takes.",
+               RulesOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
     CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,

@@ -143,6 +143,7 @@ enum class CommandId {
   Header,
   Convert,
   Cut,
+  RulesCheck,
   Notes,
   Cars,
   ChartTrademark,

@@ -5,6 +5,7 @@
 #include "cli/console/run_program.h"
 #include "cli/cutting/cut_job_command.h"
 #include "cli/cutting/send_command.h"
+#include "cli/cutting/rules_command.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Cut: return CutJobCommand(invocation);
     case CommandId::Send: return SendCommand(invocation);
+    case CommandId::RulesCheck: return CheckRulesCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,

@@ -1,9 +1,8 @@
-// `rastrel cut --rules`.
+// `rastrel rules check` with a cut job.
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "cutting/job/job_file.h"
 #include "tests/cli/command_runner.h"
@@ -11,84 +10,66 @@
 namespace rastrel::test {
 namespace {
 
-constexpr const char* Rules =
-    "[[rule]]\nname = \"contour\"\nspot = \"Cut*\"\noperation = \"cut\"\nspeed = \"50 mm/s\"\n"
-    "[[rule]]\nname = \"folds\"\nrgb = \"#ff0000\"\npaint = \"stroke\"\noperation = \"crease\"\n"
-    "[[rule]]\nname = \"holes\"\nspot = \"Drill\"\noperation = \"drill\"\n";
-
-// A contour, a red stroke, a red area, and a blue stroke.
-constexpr const char* Art =
-    "%!PS\n<< /PageSize [144 72] >> setpagedevice\n"
-    "[/Separation (CutContour) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor\n"
-    "0 0 moveto 0 36 36 72 72 72 curveto stroke\n"
-    "1 0.004 0 setrgbcolor 36 36 moveto 72 36 lineto stroke 1 1 9 9 rectfill\n"
-    "0 0 1 setrgbcolor 36 36 moveto 72 36 lineto stroke\nshowpage\n";
-
-TEST(CutRules, each_path_gets_the_operation_of_the_first_rule_that_fits) {
-  CommandRunner runner{CommandRunner::Children::Real};
-  runner.Place().Write("art.ps", Art);
-  runner.Place().Write("rules.toml", Rules);
-  const CommandResult result =
-      runner.Run({"cut", "art.ps", "--rules", "rules.toml", "-o", "job.json"});
-  EXPECT_EQ(result.status, 0) << result.error;
-  EXPECT_EQ(result.error, "warning: the rule 'holes' took nothing\n");
-  const auto job = cutting::ReadJobFile(runner.Place().Read("job.json"), "job.json");
-  ASSERT_TRUE(job);
-  ASSERT_EQ(job->paths.size(), 2U);
-  EXPECT_EQ(job->paths[0].operation, cutting::Operation::Cut);
-  EXPECT_EQ(job->paths[0].rule, "contour");
-  EXPECT_EQ(job->paths[0].settings.speed, 50);
-  EXPECT_TRUE(job->paths[0].contours.at(0).segments.at(0).isCurve);
-  EXPECT_EQ(job->paths[1].operation, cutting::Operation::Crease);
-  EXPECT_EQ(job->paths[1].rule, "folds");
+cutting::CutPath Line(double length, cutting::PaintColor color) {
+  cutting::CutPath path;
+  path.contours = {{.start = {0, 0}, .segments = {cutting::LineTo({length, 0})}}};
+  path.paint.color = std::move(color);
+  return path;
 }
 
-TEST(CutRules, a_line_width_chooses_among_strokes_of_one_color) {
-  CommandRunner runner{CommandRunner::Children::Real};
-  runner.Place().Write("art.ps",
-                       "%!PS\n0 setgray 1 setlinewidth 1 1 moveto 9 9 lineto stroke\n"
-                       "4 setlinewidth 2 2 moveto 9 9 lineto stroke\nshowpage\n");
-  runner.Place().Write("rules.toml",
-                       "[[rule]]\nname = \"fine\"\nline-width = { max = 0.5 }\n"
-                       "operation = \"engrave\"\n");
-  const CommandResult result =
-      runner.Run({"cut", "art.ps", "--rules", "rules.toml", "-o", "job.json"});
-  EXPECT_EQ(result.status, 0) << result.error;
-  const auto job = cutting::ReadJobFile(runner.Place().Read("job.json"), "job.json");
-  ASSERT_TRUE(job);
-  ASSERT_EQ(job->paths.size(), 1U);
-  EXPECT_NEAR(job->paths[0].paint.lineWidth, 25.4 / 72, 1e-4);
-}
+class RulesCommand : public testing::Test {
+ protected:
+  RulesCommand() {
+    cutting::CutJob job;
+    job.width = 100;
+    job.height = 50;
+    const auto rgb = [](double red) {
+      return cutting::PaintColor{.model = cutting::ColorModel::Rgb, .components = {red, 0, 0}};
+    };
+    job.paths = {Line(10, {.model = cutting::ColorModel::Spot, .name = "CutContour"})};
+    for (int i = 1; i <= 5; ++i) job.paths.push_back(Line(10 * i, rgb(i * 51 / 255.0)));
+    runner.Place().Write("job.json", cutting::JobFileText(job));
+    runner.Place().Write("rules.toml",
+                         "[[rule]]\nname = \"Contour\"\nspot = \"cut*\"\noperation = \"cut\"\n"
+                         "[[rule]]\nname = \"Fold\"\nspot = \"Fold\"\noperation = \"crease\"\n");
+  }
 
-TEST(CutRules, rules_change_the_operations_of_a_job) {
   CommandRunner runner{CommandRunner::Children::None};
-  cutting::CutJob job{.width = 10, .height = 10, .paths = {}};
-  job.paths.push_back(
-      {.contours = {}, .paint = {.color = {cutting::ColorModel::Spot, {}, "Cut here"}}});
-  job.paths.push_back(
-      {.contours = {}, .paint = {.color = {cutting::ColorModel::Spot, {}, "Varnish"}}});
-  runner.Place().Write("in.json", cutting::JobFileText(job));
-  runner.Place().Write("rules.toml", Rules);
-  const CommandResult result =
-      runner.Run({"cut", "in.json", "--rules", "rules.toml", "-o", "out.json"});
-  EXPECT_EQ(result.status, 0) << result.error;
-  const auto read = cutting::ReadJobFile(runner.Place().Read("out.json"), "out.json");
-  ASSERT_TRUE(read);
-  EXPECT_EQ(read->paths.at(0).rule, "contour");
-  EXPECT_EQ(read->paths.at(1).operation, cutting::Operation::Print);
+};
+
+TEST_F(RulesCommand, shows_the_paths_of_each_rule_and_those_of_none) {
+  const CommandResult result = runner.Run({"rules", "check", "rules.toml", "job.json"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output,
+            "rule\toperation\tpaths\tcontours\tmm\tcolours\n"
+            "Contour\tcut\t1\t1\t10\tCutContour (1 paths, 10 mm)\n"
+            "Fold\tcrease\t0\t0\t0\t\n"
+            "(no rule)\t\t5\t5\t150\t#ff0000 (1 paths, 50 mm), #cc0000 (1 paths, 40 mm), "
+            "#990000 (1 paths, 30 mm), #660000 (1 paths, 20 mm), and 1 more\n");
+  EXPECT_EQ(result.error, "warning: the rule 'Fold' took nothing\n");
 }
 
-TEST(CutRules, a_bad_rule_is_told_with_its_line_before_any_work) {
-  CommandRunner runner{CommandRunner::Children::None};
-  runner.Place().Write("rules.toml", "[[rule]]\nname = \"x\"\noperation = \"saw\"\n");
-  const CommandResult bad =
-      runner.Run({"cut", "missing.ps", "--rules", "rules.toml", "-o", "job.json"});
-  EXPECT_EQ(bad.status, 3);
-  EXPECT_NE(bad.error.find("rules.toml:3:"), std::string::npos) << bad.error;
-  const CommandResult missing =
-      runner.Run({"cut", "missing.ps", "--rules", "none.toml", "-o", "job.json"});
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_NE(missing.error.find("none.toml"), std::string::npos) << missing.error;
+TEST_F(RulesCommand, gives_an_object_for_each_rule) {
+  const CommandResult result = runner.Run({"rules", "check", "rules.toml", "job.json", "--json"});
+  const std::string contour =
+      R"x({"event":"rule","name":"Contour","operation":"cut","paths":1,"contours":1,)x"
+      R"x("length_mm":10.0,"colours":["CutContour (1 paths, 10 mm)"]})x";
+  EXPECT_NE(result.output.find(contour), std::string::npos) << result.output;
+  EXPECT_EQ(result.LastLine(), R"x({"event":"done","exit":0})x");
+}
+
+TEST_F(RulesCommand, a_bad_rule_file_is_refused_with_line_and_reason) {
+  runner.Place().Write("rules.toml", "[[rule]]\nname = \"x\"\noperation = \"cut\"\nspott = 1\n");
+  const CommandResult result = runner.Run({"rules", "check", "rules.toml", "job.json"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.error, "rastrel: rules.toml:4:1: unknown key 'spott'; did you mean 'spot'?\n");
+  EXPECT_EQ(result.output, "");
+}
+
+TEST_F(RulesCommand, needs_a_rule_file_and_one_job) {
+  EXPECT_EQ(runner.Run({"rules", "check", "rules.toml"}).status, 2);
+  EXPECT_EQ(runner.Run({"rules", "check", "rules.toml", "job.json", "job.json"}).status, 2);
+  EXPECT_EQ(runner.Run({"rules", "check", "none.toml", "job.json"}).status, 3);
 }
 
 }  // namespace

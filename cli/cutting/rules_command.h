@@ -1,0 +1,12 @@
+#pragma once
+
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
+
+namespace rastrel::cli {
+
+/// `rastrel rules check RULES JOB`: a row for each rule with the paths of the job that it takes,
+/// and one for those that no rule takes. Nothing is written but the report.
+[[nodiscard]] ExitStatus CheckRulesCommand(const Invocation& invocation);
+
+}  // namespace rastrel::cli
