@@ -41,7 +41,8 @@ inline constexpr std::array<ExitStatusRow, 12> ExitStatuses{{
     {ExitStatus::NoMatch, "A chart has no entry that matches."},
     {ExitStatus::NotPrepared, "A conversion's working copy or job header can't be written."},
     {ExitStatus::NoPixels, "The pixels of a conversion can't be read."},
-    {ExitStatus::NoCutLines, "The cut lines of a conversion can't be read, or there are none to cut."},
+    {ExitStatus::NoCutLines,
+     "The cut lines of a conversion can't be read, or there are none to cut."},
     {ExitStatus::NotWritten, "The result of a conversion can't be drawn or written."},
     {ExitStatus::FaultsFound, "Paths to cut have faults."},
 }};

@@ -207,13 +207,10 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                CutRules,
-                                OptionId::Check, Heal, Unite,
-                                Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges, WeedBox,
-                                WeedLines, NoOrder,
-                                CutMarks, CutPrint, Measured, Measurements, Residual, FitKind,
-                                DxfVersion, CutOrigin, Tolerance,
-                                CutPicture, CutDevice, Json, Help};
+                                CutRules, OptionId::Check, Heal, Unite, Kerf, CornerForm, Overcut,
+                                LeadIn, OptionId::Bridges, WeedBox, WeedLines, NoOrder, CutMarks,
+                                CutPrint, Measured, Measurements, Residual, FitKind, DxfVersion,
+                                CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,

@@ -5,9 +5,9 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/frame_stages.h"
 #include "cli/cutting/rules_stage.h"
-#include "cli/cutting/cut_delivery.h"
 
 namespace rastrel::cli {
 namespace {

@@ -4,8 +4,8 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
 #include "cli/cutting/cut_job_command.h"
-#include "cli/cutting/send_command.h"
 #include "cli/cutting/rules_command.h"
+#include "cli/cutting/send_command.h"
 
 namespace {
 

@@ -186,7 +186,8 @@ bool Reader::ReadPaint(Paint& paint) {
   if (!KindFrom(kind)) return Fail("the kind is unknown: '" + std::string(kind) + "'");
   if (!Value("colour", color)) return false;
   const auto plain = Unescaped(color);
-  if (!plain || !ColorFrom(*plain)) return Fail("the colour can't be read: '" + std::string(color) + "'");
+  if (!plain || !ColorFrom(*plain))
+    return Fail("the colour can't be read: '" + std::string(color) + "'");
   if (!Number("line-width", width)) return false;
   paint = *PaintFrom(kind, *plain, width);
   return true;
