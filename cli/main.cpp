@@ -136,7 +136,9 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
       if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
       return RunDocumentProgram(arguments);
     case CommandId::Send: return RunCuttingProgram(arguments);
-    case CommandId::RulesCheck: return RunCuttingProgram(arguments);
+    case CommandId::RulesCheck:
+    case CommandId::RulesList:
+    case CommandId::RulesShow: return RunCuttingProgram(arguments);
     case CommandId::Convert:
     case CommandId::Import:
     case CommandId::Merge:

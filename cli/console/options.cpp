@@ -105,8 +105,9 @@ constexpr std::array OptionTable{
               "Dots per inch of the planes, from 1 to 4800; 300 if not given."},
     OptionRow{PlanesOutput, "--output", "DIR|FILE",
               "Write the planes to a directory, or to a .tif, .pdf, .svg, .png or .rdoc file."},
-    OptionRow{CutRules, "--rules", "FILE",
-              "Let the rules of this file say which paint means which operation."},
+    OptionRow{CutRules, "--rules", "RULES",
+              "Let these rules say which paint means which operation: a file, or a name that "
+              "`rules list` has."},
     OptionRow{Blank, "--blank", "WxH",
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
@@ -212,6 +213,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 CutPrint, Measured, Measurements, Residual, FitKind, DxfVersion,
                                 CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
+constexpr std::array ShowOptions{Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
@@ -324,6 +326,10 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::RulesCheck, "rules check", "RULES JOB...", false,
                "Show which paths of a job, with their colours, each rule of a file takes.",
                RulesOptions},
+    CommandRow{CommandId::RulesList, "rules list", "", false,
+               "List the rule files that have a name.", ListingOptions},
+    CommandRow{CommandId::RulesShow, "rules show", "RULES", false, "Print a rule file.",
+               ShowOptions},
     CommandRow{CommandId::Import, "import", "FILE", false,
                "Lay an engraving template out as a document, and draw or save it.", ImportOptions},
     CommandRow{CommandId::Merge, "merge", "TEMPLATE", false,

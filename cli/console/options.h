@@ -144,6 +144,8 @@ enum class CommandId {
   Convert,
   Cut,
   RulesCheck,
+  RulesList,
+  RulesShow,
   Notes,
   Cars,
   ChartTrademark,

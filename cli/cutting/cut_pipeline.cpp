@@ -29,12 +29,12 @@ constexpr std::array Stages{
     CutStage{FitToMeasuredMarks},
     // Tool paths: kerf, weeding, order, overcut, bridges, lead-in.
     CutStage{WorkToolPaths},
+    // A picture of the job for a person, in the page's own frame.
+    CutStage{WriteCutPicture},
     // The origin of files for cutters: the first mark.
     CutStage{CountFromFirstMark},
     // The file in the form of its ending.
     CutStage{WriteCutJob},
-    // A picture of the job for a person.
-    CutStage{WriteCutPicture},
 };
 
 void WriteRemark(const Invocation& invocation, const char* kind, std::string_view sentence) {

@@ -16,6 +16,8 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::Cut: return CutJobCommand(invocation);
     case CommandId::Send: return SendCommand(invocation);
     case CommandId::RulesCheck: return CheckRulesCommand(invocation);
+    case CommandId::RulesList: return ListRulesCommand(invocation);
+    case CommandId::RulesShow: return ShowRulesCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,

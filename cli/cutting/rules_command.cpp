@@ -1,5 +1,6 @@
 #include "cli/cutting/rules_command.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,11 +10,10 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/rule_place.h"
 #include "cutting/rules/rule_report.h"
 #include "cutting/rules/rules.h"
 #include "rastrel/platform/os/decimal.h"
-#include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 namespace {
@@ -21,14 +21,6 @@ namespace {
 // Of a row for people; programs get more.
 constexpr std::size_t ShownColors = 4;
 constexpr std::size_t JsonColors = 100;
-
-Expected<cutting::RuleSet> RulesOf(const std::string& path) {
-  const auto text = os::ReadWholeFile(os::FromNative(path), cutting::MaximumRuleBytes);
-  if (text) return cutting::ReadRules(*text, path);
-  Failure failure = FailureAt(path, text.Error());
-  failure.code = FailureCode::BadInput;
-  return failure;
-}
 
 std::string CountAndLength(const cutting::PathSum& sum) {
   return std::to_string(sum.paths) + " paths, " + os::ShortDecimal(sum.length, 1) + " mm";
@@ -78,12 +70,38 @@ void WriteObjects(const cutting::RuleReport& report) {
   JsonLine("done").Add("exit", 0).Write();
 }
 
+void WriteFound(const FoundRules& found, bool json) {
+  const auto rules = RulesNamed(found.path);
+  const std::string text = rules ? rules->Description() : Describe(rules.Error());
+  if (!json) return WriteOutRow({found.name, text});
+  JsonLine("rules")
+      .Add("name", found.name)
+      .Add("path", found.path)
+      .Add(rules ? "description" : "fault", text)
+      .Write();
+}
+
 }  // namespace
+
+ExitStatus ListRulesCommand(const Invocation& invocation) {
+  for (const FoundRules& found : AllFoundRules()) WriteFound(found, invocation.Has(OptionId::Json));
+  return ExitStatus::Done;
+}
+
+ExitStatus ShowRulesCommand(const Invocation& invocation) {
+  const std::string text = OrEndByCode(ExitStatus::JobFailed, RuleText(invocation.operand));
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    WriteOutLine(std::string_view(text).substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return ExitStatus::Done;
+}
 
 ExitStatus CheckRulesCommand(const Invocation& invocation) {
   if (invocation.operands.size() != 2)
     throw CommandError(ExitStatus::WrongUse, "give a rule file and one job: RULES JOB");
-  const auto rules = RulesOf(invocation.operands.front());
+  const auto rules = RulesNamed(invocation.operands.front());
   if (!rules) OrEndByCode(ExitStatus::JobFailed, Expected<void>(rules.Error()));
   Invocation ofJob = invocation;
   ofJob.operand = invocation.operands.back();

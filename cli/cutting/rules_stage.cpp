@@ -6,11 +6,10 @@
 #include <string>
 #include <utility>
 
+#include "cli/cutting/rule_place.h"
 #include "cutting/capture/cut_paths_file.h"
 #include "cutting/rules/rule_report.h"
 #include "cutting/rules/rules.h"
-#include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
 namespace {
@@ -31,14 +30,7 @@ bool IsCut(const cutting::RuleSet& rules, const interpreter::AskedPaint& asked) 
 
 Expected<void> ReadRuleFile(CutRun& run) {
   if (!run.invocation.Has(OptionId::CutRules)) return {};
-  const std::string path = run.invocation.ValueOr(OptionId::CutRules, "");
-  const auto text = os::ReadWholeFile(os::FromNative(path), cutting::MaximumRuleBytes);
-  if (!text) {
-    Failure failure = FailureAt(path, text.Error());
-    failure.code = FailureCode::BadInput;
-    return failure;
-  }
-  auto read = cutting::ReadRules(*text, path);
+  auto read = RulesNamed(run.invocation.ValueOr(OptionId::CutRules, ""));
   if (!read) return read.Error();
   const auto rules = std::make_shared<const cutting::RuleSet>(*std::move(read));
   run.rules = rules;

@@ -53,7 +53,7 @@ std::string Bytes(const fs::path& path) {
 // The date in a plane's file, and the check sum that follows from it, are the run's own.
 std::string WithoutDates(const fs::path& path) {
   static const std::regex Date("[0-9]{4}:[0-9]{2}:[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}");
-  static const std::regex Sum("[0-9a-f]{64}");
+  static const std::regex Sum("[0-9a-f]{32}");
   const std::string bytes = Bytes(path);
   if (path.extension() == ".tif") return std::regex_replace(bytes, Date, "");
   if (path.filename() == ".info") return std::regex_replace(bytes, Sum, "");
