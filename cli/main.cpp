@@ -136,6 +136,8 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
       if (WantsCuttingProgram(invocation)) return RunCuttingProgram(arguments);
       return RunDocumentProgram(arguments);
     case CommandId::Send: return RunCuttingProgram(arguments);
+    case CommandId::Nest:
+    case CommandId::Tile:
     case CommandId::RulesCheck:
     case CommandId::RulesList:
     case CommandId::RulesShow: return RunCuttingProgram(arguments);

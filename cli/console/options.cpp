@@ -105,6 +105,18 @@ constexpr std::array OptionTable{
               "Dots per inch of the planes, from 1 to 4800; 300 if not given."},
     OptionRow{PlanesOutput, "--output", "DIR|FILE",
               "Write the planes to a directory, or to a .tif, .pdf, .svg, .png or .rdoc file."},
+    OptionRow{SheetSize, "--sheet", "WxH|roll:W",
+              "Place the pieces on sheets of this size with its unit, or on a roll so wide."},
+    OptionRow{NestGap, "--gap", "LENGTH", "Keep pieces so far from each other; 0 if not given."},
+    OptionRow{
+        OptionId::NestTurns, "--rotate", "none|90|any",
+        "Turn pieces not at all, by quarters (the default), or by any multiple of 45 degrees.",
+        "none 90 any"},
+    OptionRow{NestEffort, "--effort", "N",
+              "Try so many layouts besides rows of boxes, 0 to 10000; 8 if not given."},
+    OptionRow{PanelSize, "--panel", "WxH", "Split the job into panels of this size with its unit."},
+    OptionRow{PanelOverlap, "--overlap", "LENGTH",
+              "Let panels beside each other share so much; 0 if not given."},
     OptionRow{CutRules, "--rules", "RULES",
               "Let these rules say which paint means which operation: a file, or a name that "
               "`rules list` has."},
@@ -214,6 +226,11 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
+constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies, OptionId::NestTurns,
+                                 NestEffort,   CutRules,  ChosenPage, Box,    PasswordFile,
+                                 NoOrder,      Json,      Help};
+constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
+                                 Box,          PasswordFile, NoOrder,      Json,     Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
@@ -326,6 +343,10 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::RulesCheck, "rules check", "RULES JOB...", false,
                "Show which paths of a job, with their colours, each rule of a file takes.",
                RulesOptions},
+    CommandRow{CommandId::Nest, "nest", "FILE...", false,
+               "Place the pieces of cut jobs on sheets or a roll with little waste.", NestOptions},
+    CommandRow{CommandId::Tile, "tile", "FILE", false,
+               "Split a cut job that is larger than the cutter into panels.", TileOptions},
     CommandRow{CommandId::RulesList, "rules list", "", false,
                "List the rule files that have a name.", ListingOptions},
     CommandRow{CommandId::RulesShow, "rules show", "RULES", false, "Print a rule file.",

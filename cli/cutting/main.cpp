@@ -4,6 +4,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
 #include "cli/cutting/cut_job_command.h"
+#include "cli/cutting/nest_command.h"
 #include "cli/cutting/rules_command.h"
 #include "cli/cutting/send_command.h"
 
@@ -15,6 +16,8 @@ ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Cut: return CutJobCommand(invocation);
     case CommandId::Send: return SendCommand(invocation);
+    case CommandId::Nest: return NestCommand(invocation);
+    case CommandId::Tile: return TileCommand(invocation);
     case CommandId::RulesCheck: return CheckRulesCommand(invocation);
     case CommandId::RulesList: return ListRulesCommand(invocation);
     case CommandId::RulesShow: return ShowRulesCommand(invocation);

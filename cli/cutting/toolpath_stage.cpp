@@ -9,6 +9,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/values.h"
 #include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/length_value.h"
 #include "cutting/toolpath/toolpath.h"
 #include "rastrel/platform/os/decimal.h"
 
@@ -21,32 +22,9 @@ using cutting::Operation;
 constexpr std::array StageOptions{OptionId::Kerf,      OptionId::CornerForm, OptionId::Overcut,
                                   OptionId::LeadIn,    OptionId::Bridges,    OptionId::WeedBox,
                                   OptionId::WeedLines, OptionId::NoOrder};
-constexpr double MaximumLength = 10'000;  // millimetres, ten metres
 constexpr std::int32_t MaximumBridges = 1'000;
 
-struct LengthUnit {
-  std::string_view name;
-  double millimetres;
-};
-constexpr std::array LengthUnits{LengthUnit{"mm", 1}, LengthUnit{"cm", 10}, LengthUnit{"in", 25.4}};
-
-// A length above 0 with its unit, or in millimetres without one.
-double LengthOf(std::string_view option, std::string_view text, std::string_view part) {
-  const auto unit = std::ranges::find_if(
-      LengthUnits, [part](const LengthUnit& one) { return part.ends_with(one.name); });
-  const bool hasUnit = unit != LengthUnits.end();
-  const auto number = NumberOf(hasUnit ? part.substr(0, part.size() - unit->name.size()) : part);
-  const double length = number.value_or(0) * (hasUnit ? unit->millimetres : 1);
-  if (!(length > 0) || length > MaximumLength)
-    throw CommandError(ExitStatus::WrongUse,
-                       Describe(RefusedValue(option, text,
-                                             "'" + std::string(part) +
-                                                 "' is no length above 0 and up to 10 m, as "
-                                                 "0.2mm")));
-  return length;
-}
-
-double LengthOf(const Invocation& invocation, OptionId id) {
+double ValueOf(const Invocation& invocation, OptionId id) {
   const std::string text = invocation.ValueOr(id, "");
   return LengthOf(OptionOf(id).name, text, text);
 }
@@ -70,7 +48,7 @@ bool Concerns(OptionId id, const CutPath& path) {
 
 void SetAll(CutRun& run, OptionId id, double cutting::ToolSettings::*member) {
   if (!run.invocation.Has(id)) return;
-  const double length = LengthOf(run.invocation, id);
+  const double length = ValueOf(run.invocation, id);
   for (CutPath& path : run.job.paths)
     if (Concerns(id, path)) path.settings.*member = length;
 }
@@ -178,9 +156,9 @@ Expected<void> WorkToolPaths(CutRun& run) {
   options.corners = CornersOf(run.invocation);
   options.order = !run.invocation.Has(OptionId::NoOrder);
   if (run.invocation.Has(OptionId::WeedBox))
-    options.weeding.boxGap = LengthOf(run.invocation, OptionId::WeedBox);
+    options.weeding.boxGap = ValueOf(run.invocation, OptionId::WeedBox);
   if (run.invocation.Has(OptionId::WeedLines))
-    options.weeding.step = LengthOf(run.invocation, OptionId::WeedLines);
+    options.weeding.step = ValueOf(run.invocation, OptionId::WeedLines);
   Expected<cutting::ToolPathResult> result = cutting::MakeToolPaths(run.job, options);
   if (!result) return result.Error();
   run.job = std::move(result->job);

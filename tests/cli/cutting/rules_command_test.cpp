@@ -125,7 +125,7 @@ TEST_F(RulesCommand, refuses_a_name_that_no_rules_have) {
       << result.error;
 }
 
-// What a shop calls its spot colors, with the operation that the word means.
+// Names of spot colors, as shops choose them, each with its operation.
 TEST(ReadyRules, take_plain_words_for_the_operations_that_they_mean) {
   const auto rules = cutting::ReadRules(
       FileContent(RASTREL_SOURCE_DIR "/share/cut-rules/shop-words.toml"), "shop-words");

@@ -1,0 +1,38 @@
+#include "cli/cutting/many_results.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "cli/console/exit_status.h"
+#include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/rules_stage.h"
+
+namespace rastrel::cli {
+
+std::string NumberedName(const std::string& path, std::size_t number) {
+  const std::filesystem::path name(path);
+  return (name.parent_path() /
+          (name.stem().string() + "-" + std::to_string(number) + name.extension().string()))
+      .string();
+}
+
+cutting::CutJob JobOfFile(const Invocation& invocation, const std::string& file) {
+  Invocation own = invocation;
+  own.operand = file;
+  own.operands = {file};
+  CutRun run(own);
+  for (const CutStage stage : {CutStage{ReadRuleFile}, CutStage{ReadCutJob}, CutStage{ApplyRules}})
+    OrEndByCode(ExitStatus::JobFailed, stage(run));
+  return std::move(run.job);
+}
+
+void WriteJobAs(const Invocation& invocation, cutting::CutJob job, const std::string& name) {
+  Invocation own = invocation;
+  own.options[OptionId::ResultOutput] = name;
+  CutRun run(own);
+  run.job = std::move(job);
+  for (const CutStage stage : {CutStage{WorkToolPaths}, CutStage{WriteCutJob}})
+    OrEndByCode(ExitStatus::JobFailed, stage(run));
+}
+
+}  // namespace rastrel::cli

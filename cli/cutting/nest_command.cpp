@@ -1,0 +1,202 @@
+#include "cli/cutting/nest_command.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
+#include "cli/console/values.h"
+#include "cli/cutting/length_value.h"
+#include "cli/cutting/many_results.h"
+#include "cutting/nest/nest.h"
+#include "cutting/panel/panel.h"
+#include "rastrel/platform/os/decimal.h"
+
+namespace rastrel::cli {
+namespace {
+
+constexpr std::string_view RollPrefix = "roll:";
+constexpr std::int32_t MaximumCopies = 1000;  // as many as pieces
+constexpr double MillimetresInCentimetre = 10;
+
+std::string NeededValue(const Invocation& invocation, OptionId id) {
+  std::string value = invocation.ValueOr(id, "");
+  if (value.empty())
+    throw CommandError(ExitStatus::WrongUse, std::string(OptionOf(id).name) + " is needed");
+  return value;
+}
+
+std::string NameOfResults(const Invocation& invocation) {
+  std::string name = NeededValue(invocation, OptionId::ResultOutput);
+  if (name == StandardOutputName)
+    throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file here");
+  return name;
+}
+
+double LengthOr0(const Invocation& invocation, OptionId id) {
+  const std::string text = invocation.ValueOr(id, "0");
+  return text == "0" ? 0 : LengthOf(OptionOf(id).name, text, text);
+}
+
+cutting::NestTurns TurnsOf(const Invocation& invocation) {
+  const std::string turns = invocation.ValueOr(OptionId::NestTurns, "90");
+  if (turns == "none") return cutting::NestTurns::None;
+  if (turns == "90") return cutting::NestTurns::Quarters;
+  if (turns == "any") return cutting::NestTurns::Any;
+  throw CommandError(ExitStatus::WrongUse,
+                     Describe(RefusedValue("--rotate", turns, "pieces turn by none, 90 or any")));
+}
+
+cutting::NestOptions NestOptionsOf(const Invocation& invocation) {
+  cutting::NestOptions options;
+  const std::string sheet = NeededValue(invocation, OptionId::SheetSize);
+  options.roll = sheet.starts_with(RollPrefix);
+  if (options.roll) {
+    options.width = cutting::MaximumNestLength;
+    options.height = LengthOf("--sheet", sheet, std::string_view(sheet).substr(RollPrefix.size()));
+  } else {
+    const auto size = OrEnd(ExitStatus::WrongUse, ParseSize("--sheet", sheet));
+    options.width = size.widthCm * MillimetresInCentimetre;
+    options.height = size.heightCm * MillimetresInCentimetre;
+  }
+  options.gap = LengthOr0(invocation, OptionId::NestGap);
+  options.turns = TurnsOf(invocation);
+  options.effort = OrEnd(ExitStatus::WrongUse,
+                         WholeNumberOf("--effort", invocation.ValueOr(OptionId::NestEffort, "8"), 0,
+                                       cutting::MaximumNestEffort));
+  return options;
+}
+
+struct Pieces {
+  std::vector<cutting::CutJob> jobs;
+  std::vector<cutting::NestInput> inputs;
+};
+
+void ReadPieces(const Invocation& invocation, Pieces& pieces) {
+  const std::int32_t copies =
+      OrEnd(ExitStatus::WrongUse,
+            WholeNumberOf("--copies", invocation.ValueOr(OptionId::Copies, "1"), 1, MaximumCopies));
+  for (const std::string& file : invocation.operands)
+    pieces.jobs.push_back(JobOfFile(invocation, file));
+  for (std::size_t i = 0; i < pieces.jobs.size(); ++i)
+    pieces.inputs.push_back({invocation.operands[i], &pieces.jobs[i], copies});
+}
+
+void WritePlacements(const Invocation& invocation, const Pieces& pieces,
+                     const cutting::NestResult& result) {
+  for (const cutting::NestPlacement& placed : result.placements) {
+    const std::string& file = pieces.inputs[placed.input].name;
+    const auto copy = static_cast<std::int64_t>(placed.copy) + 1;
+    const auto sheet = static_cast<std::int64_t>(placed.sheet) + 1;
+    if (invocation.Has(OptionId::Json)) {
+      const cutting::Transform& map = placed.transform;
+      JsonLine("piece")
+          .Add("file", file)
+          .Add("copy", copy)
+          .Add("sheet", sheet)
+          .AddNumber("turn_degrees", placed.turn)
+          .AddNumber("a", map.a)
+          .AddNumber("b", map.b)
+          .AddNumber("c", map.c)
+          .AddNumber("d", map.d)
+          .AddNumber("x_mm", map.e)
+          .AddNumber("y_mm", map.f)
+          .Write();
+    } else {
+      WriteOutRow({file, std::to_string(copy), std::to_string(sheet),
+                   os::ShortDecimal(placed.turn, 1), os::ShortDecimal(placed.transform.e, 2),
+                   os::ShortDecimal(placed.transform.f, 2)});
+    }
+  }
+}
+
+void WriteNestDone(const Invocation& invocation, const cutting::NestResult& result,
+                   const std::vector<std::string>& names) {
+  if (invocation.Has(OptionId::Json)) {
+    JsonLine line("done");
+    line.Add("exit", 0).Add("paths", names).AddNumber("waste_percent", result.wastePercent);
+    if (result.usedLengths.size() == 1) line.AddNumber("used_mm", result.usedLengths.front());
+    line.Write();
+    return;
+  }
+  for (std::size_t sheet = 0; sheet < names.size(); ++sheet)
+    WriteErrorLine("note: sheet " + std::to_string(sheet + 1) + " is used up to " +
+                   os::ShortDecimal(result.usedLengths[sheet], 1) + " mm");
+  WriteErrorLine("note: " + os::ShortDecimal(result.wastePercent, 1) + " % is waste");
+  for (const std::string& name : names) WriteOutPath(name);
+}
+
+// One result keeps the name that was asked for.
+std::vector<std::string> NamesOf(const std::string& name, std::size_t count) {
+  if (count == 1) return {name};
+  std::vector<std::string> names;
+  for (std::size_t i = 1; i <= count; ++i) names.push_back(NumberedName(name, i));
+  return names;
+}
+
+void WritePanel(const Invocation& invocation, const cutting::Panel& panel,
+                const std::string& name) {
+  const auto number = static_cast<std::int64_t>(panel.number);
+  if (!invocation.Has(OptionId::Json)) {
+    WriteOutRow({std::to_string(number), os::ShortDecimal(panel.area.left, 2),
+                 os::ShortDecimal(panel.area.bottom, 2), os::ShortDecimal(panel.area.Width(), 2),
+                 os::ShortDecimal(panel.area.Height(), 2), name});
+    return;
+  }
+  JsonLine("panel")
+      .Add("number", number)
+      .Add("column", static_cast<std::int64_t>(panel.column) + 1)
+      .Add("row", static_cast<std::int64_t>(panel.row) + 1)
+      .AddNumber("left_mm", panel.area.left)
+      .AddNumber("bottom_mm", panel.area.bottom)
+      .AddNumber("width_mm", panel.area.Width())
+      .AddNumber("height_mm", panel.area.Height())
+      .Add("path", name)
+      .Write();
+}
+
+}  // namespace
+
+ExitStatus NestCommand(const Invocation& invocation) {
+  const std::string output = NameOfResults(invocation);
+  cutting::NestOptions options = NestOptionsOf(invocation);
+  Pieces pieces;
+  ReadPieces(invocation, pieces);
+  std::atomic<bool> isStopped = false;
+  const auto signals =
+      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&isStopped](int) { isStopped = true; }));
+  options.goOn = [&isStopped](int) { return !isStopped; };
+  const auto result = cutting::Nest(pieces.inputs, options);
+  if (!result) OrEndByCode(ExitStatus::JobFailed, Expected<void>(result.Error()));
+  if (isStopped) return ExitStatus::Cancelled;
+  const auto names = NamesOf(output, result->usedLengths.size());
+  for (std::size_t sheet = 0; sheet < names.size(); ++sheet)
+    WriteJobAs(invocation, cutting::SheetJob(pieces.inputs, options, *result, sheet), names[sheet]);
+  WritePlacements(invocation, pieces, *result);
+  WriteNestDone(invocation, *result, names);
+  return ExitStatus::Done;
+}
+
+ExitStatus TileCommand(const Invocation& invocation) {
+  const std::string output = NameOfResults(invocation);
+  const auto size = OrEnd(ExitStatus::WrongUse,
+                          ParseSize("--panel", NeededValue(invocation, OptionId::PanelSize)));
+  const cutting::PanelOptions options{.width = size.widthCm * MillimetresInCentimetre,
+                                      .height = size.heightCm * MillimetresInCentimetre,
+                                      .overlap = LengthOr0(invocation, OptionId::PanelOverlap)};
+  const auto panels = cutting::SplitIntoPanels(JobOfFile(invocation, invocation.operand), options);
+  if (!panels) OrEndByCode(ExitStatus::JobFailed, Expected<void>(panels.Error()));
+  const auto names = NamesOf(output, panels->size());
+  for (std::size_t i = 0; i < panels->size(); ++i) {
+    WriteJobAs(invocation, (*panels)[i].job, names[i]);
+    WritePanel(invocation, (*panels)[i], names[i]);
+  }
+  if (invocation.Has(OptionId::Json)) JsonLine("done").Add("exit", 0).Add("paths", names).Write();
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli
