@@ -40,6 +40,12 @@ std::vector<Finding> Findings::Take() {
   return std::exchange(m_All, {});
 }
 
+std::string NameWithin(std::string_view name, std::size_t bytes) {
+  if (name.size() <= bytes) return std::string(name);
+  while (bytes > 0 && (static_cast<unsigned char>(name[bytes]) & 0xC0) == 0x80) --bytes;
+  return std::string(name.substr(0, bytes));
+}
+
 void FitPageToPaths(CutJob& job) {
   Box box;
   for (const CutPath& path : job.paths) box.Add(BoxOf(path));

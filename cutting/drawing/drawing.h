@@ -67,6 +67,9 @@ class DrawingLimits {
   std::size_t m_Work;
 };
 
+/// The begin of a text in UTF-8, of so many bytes at most and without a part of a character.
+[[nodiscard]] std::string NameWithin(std::string_view name, std::size_t bytes);
+
 /// Moves the job so that its page is the box around all its paths.
 void FitPageToPaths(CutJob& job);
 

@@ -120,7 +120,7 @@ bool Reader::Fail(int line, std::string why) {
 
 std::string Reader::NameOf(std::string_view text) const {
   const std::string plain = os::Utf8FromUtf8OrAnsi(text);
-  return m_File.isUtf8 ? plain : WithCharacters(plain);
+  return NameWithin(m_File.isUtf8 ? plain : WithCharacters(plain), MaximumTextBytes);
 }
 
 // Objects of another space and invisible ones are left out, as nobody sees them in the drawing.

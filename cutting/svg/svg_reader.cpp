@@ -207,7 +207,7 @@ bool Reader::DrawShape(const XmlNode& element, const Context& context) {
   if (!m_Limits.TakeSegments(count * (isFilled && isStroked ? 2 : 1)) ||
       m_Job.paths.size() + 2 > MaximumPaths)
     return Fail(element, "the drawing has too many paths");
-  const std::string layer = os::Utf8FromUtf8OrAnsi(context.layer.substr(0, MaximumTextBytes / 2));
+  const std::string layer = NameWithin(context.layer, MaximumTextBytes);
   if (isFilled) {
     // An area's outline is closed.
     std::vector<Contour> outline = *contours;

@@ -71,6 +71,13 @@ TEST(DrawingLimits, the_file_and_the_repeated_segments_are_allowed_and_no_more) 
   EXPECT_FALSE(limits.TakeSegments(1));
 }
 
+TEST(Drawing, a_name_is_cut_between_characters) {
+  EXPECT_EQ(NameWithin("Fräse", 6), "Fräse");
+  EXPECT_EQ(NameWithin("Fräse", 4), "Frä");
+  EXPECT_EQ(NameWithin("Fräse", 3), "Fr");
+  EXPECT_EQ(NameWithin("Fräse", 0), "");
+}
+
 TEST(Drawing, the_page_is_the_box_around_the_paths) {
   CutJob job;
   job.paths.push_back(
