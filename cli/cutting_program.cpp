@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "rastrel/platform/os/process.h"
@@ -17,7 +19,13 @@ constexpr std::array ColorOptions{ResultOutput, CutColor, HalfCutColor, CutPrevi
                                   ChosenPage,   Box,      PasswordFile, Title,      Force,
                                   Jobs,         Json,     Help};
 
-bool IsJobName(std::string_view name) { return name.ends_with(".json"); }
+// Cut jobs, and drawings that are read without the interpreter.
+bool IsJobName(std::string_view name) {
+  std::string lower(name.substr(name.size() - std::min<std::size_t>(name.size(), 5)));
+  for (char& letter : lower)
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+  return name.ends_with(".json") || lower.ends_with(".svg") || lower.ends_with(".dxf");
+}
 
 }  // namespace
 

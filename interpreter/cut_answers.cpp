@@ -6,8 +6,10 @@
 #include <string_view>
 #include <utility>
 
+#include "interpreter/pdf_text.h"
 #include "interpreter/segment_text.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/hex.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -15,6 +17,15 @@ namespace {
 // The digits that the file of cut paths has, so that a width that is decided on now and one that
 // is read there are the same.
 double Rounded(double points) { return std::round(points * 10000) / 10000; }
+
+// The bytes of hexadecimal digits as a text string of a PDF.
+std::string LayerFrom(std::string_view digits) {
+  std::string bytes;
+  for (std::size_t at = 0; at + 1 < digits.size(); at += 2)
+    if (const auto byte = os::ByteFromHex(digits[at], digits[at + 1]))
+      bytes += static_cast<char>(*byte);
+  return Utf8FromPdfText(bytes);
+}
 
 std::optional<AskedPaint> ReadQuestion(std::string_view question, double scale) {
   if (question.size() < 2) return {};
@@ -24,6 +35,10 @@ std::optional<AskedPaint> ReadQuestion(std::string_view question, double scale) 
   const auto width = ReadNumber(NextWord(question));
   if (!width || question.empty()) return {};
   question.remove_prefix(1);
+  const std::size_t end = question.find(' ');
+  if (end == question.npos) return {};
+  paint.layer = LayerFrom(question.substr(0, end));
+  question.remove_prefix(end + 1);
   paint.lineWidth = Rounded(*width * scale);
   paint.color = std::string(question);
   return paint;
@@ -38,7 +53,7 @@ Expected<void> CutAnswers::Answer(const std::string& question, double scale, Cut
   const auto paint = ReadQuestion(question, scale);
   std::size_t answer = 0;
   if (paint && m_Wants(*paint)) {
-    const auto number = cuts.NumberOf(paint->color);
+    const auto number = cuts.NumberOf(paint->color, paint->layer);
     if (!number) return FailureOf("The job has too many colours that are cut");
     answer = *number + 1;
   }

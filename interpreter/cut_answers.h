@@ -14,7 +14,8 @@ class CutAnswers {
  public:
   CutAnswers(WantsCut wants, os::FileDescriptor pipe);
 
-  /// Answers "S 2.0 rgb 1.0 0.0 0.0": kind, line width in pixels, color. `scale` is points a pixel.
+  /// Answers "S 2.0 - rgb 1.0 0.0 0.0": kind, line width in pixels, the layer's name in hexadecimal
+  /// digits or "-", color. `scale` is points a pixel.
   /// Fails if the interpreter can't be reached or wants too many colors.
   [[nodiscard]] Expected<void> Answer(const std::string& question, double scale, CutPaths& cuts);
 

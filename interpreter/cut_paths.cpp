@@ -161,6 +161,19 @@ std::optional<PathHead> ReadHead(std::string_view& text) {
   return head;
 }
 
+Expected<void> WritePageFile(const std::string& directory, const char* name,
+                             const std::string& text, pages::PageInfo& info) {
+  const std::string path = directory + "/" + name;
+  const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!file.IsOpen()) return Failure{"create", path, errno};
+  const auto written = os::WriteAll(file.Get(), text);
+  if (!written) return FailureAt(path, written.Error());
+  const auto described = pages::DescribeFile(directory, name);
+  if (!described) return described.Error();
+  info.files.push_back(*described);
+  return {};
+}
+
 }  // namespace
 
 std::string_view CutKindWord(char letter) {
@@ -197,11 +210,13 @@ void CutPaths::TakeColor(const std::string& text) {
   if (m_Set && m_Colors.size() <= MaximumColors) m_Colors.push_back(text);
 }
 
-std::optional<std::size_t> CutPaths::NumberOf(const std::string& color) {
-  const auto [entry, isNew] = m_Numbers.try_emplace(color, m_Colors.size());
+std::optional<std::size_t> CutPaths::NumberOf(const std::string& color, const std::string& layer) {
+  const auto [entry, isNew] = m_Numbers.try_emplace({color, layer}, m_Colors.size());
   if (!isNew) return entry->second;
   if (m_Colors.size() < MaximumColors) {
     m_Colors.push_back(color);
+    m_Layers.resize(m_Colors.size());
+    m_Layers.back() = layer;
     return entry->second;
   }
   m_Numbers.erase(entry);
@@ -283,6 +298,8 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
   const double scale = PointsPerInch / std::sqrt(info.xResolution * info.yResolution);
   PageClips clips(info, page.clips);
   std::string blocks;
+  std::string layers;
+  bool hasLayer = false;
   unsigned count = 0;
   for (const Path& path : page.paths) {
     std::string_view text = path.text;
@@ -298,7 +315,16 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
               "\nclip: " + clips.Word(judge.Position(), path.clip) +
               "\nclosed: " + writer.Closed() + "\n" + writer.Lines() + "end-path\n";
     ++count;
+    if (m_Layers.empty()) continue;
+    const std::string layer =
+        head->color < m_Layers.size() ? Escape(m_Layers[head->color]) : std::string();
+    hasLayer = hasLayer || !layer.empty();
+    layers += layer + "\n";
   }
+  m_TakenLayers.clear();
+  if (hasLayer)
+    m_TakenLayers =
+        "Rastrel cut layers 1\npaths: " + std::to_string(count) + "\n" + layers + "end\n";
   return "Rastrel cut paths 1\nunit: point\nwidth: " +
          Number(info.width * PointsPerInch / info.xResolution) +
          "\nheight: " + Number(info.height * PointsPerInch / info.yResolution) + "\n" +
@@ -319,15 +345,12 @@ std::vector<std::string> CutPaths::UnmetColors() const {
 Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,
                              pages::PageInfo& info) {
   if (run.cuts == nullptr || !run.cuts->Wanted(info.page)) return {};
-  const std::string path = directory + "/" + pages::CutPathsName;
-  const os::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!file.IsOpen()) return Failure{"create", path, errno};
-  const auto written = os::WriteAll(file.Get(), run.cuts->Take(info));
-  if (!written) return FailureAt(path, written.Error());
-  const auto described = pages::DescribeFile(directory, pages::CutPathsName);
-  if (!described) return described.Error();
-  info.files.push_back(*described);
-  return {};
+  const std::string paths = run.cuts->Take(info);
+  if (auto written = WritePageFile(directory, pages::CutPathsName, paths, info); !written)
+    return written;
+  const std::string layers = run.cuts->TakeLayers();
+  if (layers.empty()) return {};
+  return WritePageFile(directory, pages::CutLayersName, layers, info);
 }
 
 }  // namespace rastrel::interpreter

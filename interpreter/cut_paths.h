@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "interpreter/page_directory.h"
@@ -30,9 +31,10 @@ class CutPaths {
   /// The prolog asks which colors are for cutting: each page gets the file, and a color that no
   /// path has is no fault.
   void TakeAskedColors() { m_Set = m_Asked = true; }
-  /// The number that paths of a wanted color have in the reports, the same for the same text.
-  /// Nothing if there are too many.
-  [[nodiscard]] std::optional<std::size_t> NumberOf(const std::string& color);
+  /// The number that paths of a wanted color in a layer have in the reports, the same for the same
+  /// texts. Nothing if there are too many.
+  [[nodiscard]] std::optional<std::size_t> NumberOf(const std::string& color,
+                                                    const std::string& layer);
   /// Takes a report. Those of other things are passed over. False if the limit was passed.
   [[nodiscard]] bool Add(const Report& report);
 
@@ -44,6 +46,9 @@ class CutPaths {
   /// The file's text for an ended page, whose number, size and resolution are in `info`. Forgets
   /// the page's paths.
   [[nodiscard]] std::string Take(const pages::PageInfo& info);
+  /// The text of the file "cut-layers" for the page that was taken last; empty if none of its paths
+  /// is in a layer.
+  [[nodiscard]] std::string TakeLayers() { return std::exchange(m_TakenLayers, {}); }
   /// The colors that were set and that no path of a page taken so far has: "separation Cut",
   /// "rgb 1.0 0.0 0.0", each once, UnmetLimit at most. None if a path could not be read, whose
   /// color is not known.
@@ -70,12 +75,14 @@ class CutPaths {
   void Append(std::string_view text);
   void Grow(std::uint64_t bytes);
 
-  bool m_Asked = false;                          // the colors are asked for
-  std::map<std::string, std::size_t> m_Numbers;  // of the asked ones
-  bool m_Set = false;                            // a cut color is
+  bool m_Asked = false;                                                  // the colors are asked for
+  std::map<std::pair<std::string, std::string>, std::size_t> m_Numbers;  // of the asked ones
+  bool m_Set = false;                                                    // a cut color is
   std::vector<std::string> m_Colors;  // all that were set, by their number in the reports
-  std::set<std::string> m_Met;        // those of them that a path has
-  bool m_Lost = false;                // a path could not be read
+  std::vector<std::string> m_Layers;  // of the asked colors, by the same number
+  std::string m_TakenLayers;
+  std::set<std::string> m_Met;  // those of them that a path has
+  bool m_Lost = false;          // a path could not be read
   Page m_Present;
   bool m_Unsettled = false;  // the last path has no clip yet
   char m_Open = 0;           // the open item: 'P' the last path, 'K' the clip, 0 nothing
@@ -85,7 +92,7 @@ class CutPaths {
   std::map<unsigned, Page> m_Pages;  // ended ones that have paths
 };
 
-/// Writes the file into a page's directory, if the run looks for cut paths, and adds it to the
+/// Writes the files into a page's directory, if the run looks for cut paths, and adds them to the
 /// info's files.
 [[nodiscard]] Expected<void> WriteCutPaths(const RunDescription& run, const std::string& directory,
                                            pages::PageInfo& info);

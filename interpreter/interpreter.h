@@ -88,6 +88,7 @@ struct AskedPaint {
   std::string kind;      ///< "stroke", "fill", "eofill" or "text"
   std::string color;     ///< "rgb 1.0 0.0 0.0", "cmyk ...", "gray ...", "separation NAME"; UTF-8
   double lineWidth = 0;  ///< in points of the page; 0 but of strokes, and where it is not asked for
+  std::string layer{};   ///< name of the optional content group of a PDF; UTF-8; empty: none
 };
 
 /// Whether all that is painted so is taken out of the picture, as a cut path of the page.

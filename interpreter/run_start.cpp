@@ -31,10 +31,10 @@ enum Place : std::size_t {
 };
 
 // In this order: each uses definitions of those before it.
-constexpr std::array PrologFiles{"reports.ps",   "capture.ps",   "names.ps",    "match.ps",
-                                 "asking.ps",    "pdftext.ps",   "guard.ps",    "chosen.ps",
-                                 "device.ps",    "selection.ps", "sections.ps", "painting.ps",
-                                 "lettering.ps", "cutter.ps",    "picture.ps"};
+constexpr std::array PrologFiles{"reports.ps",   "capture.ps",   "names.ps",     "match.ps",
+                                 "pdflayers.ps", "asking.ps",    "pdftext.ps",   "guard.ps",
+                                 "chosen.ps",    "device.ps",    "selection.ps", "sections.ps",
+                                 "painting.ps",  "lettering.ps", "cutter.ps",    "picture.ps"};
 constexpr std::span<const char* const> PictureFiles{PrologFiles};
 constexpr std::span<const char* const> PrintFiles = PictureFiles.first(PrologFiles.size() - 1);
 constexpr std::array MeasuringFiles{"reports.ps", "guard.ps", "chosen.ps", "picture.ps",

@@ -56,9 +56,11 @@ struct PageInfo {
 /// Name of the file in a page directory.
 inline constexpr const char* PageInfoName = ".info";
 
-/// Name of the picture in a page directory, and of the cut paths if it has any.
+/// Name of the picture in a page directory, of the cut paths if it has any, and of their layers if
+/// one of them is in a layer.
 inline constexpr const char* PreviewName = "preview.png";
 inline constexpr const char* CutPathsName = "cut-paths";
+inline constexpr const char* CutLayersName = "cut-layers";
 
 /// The name of a page's directory: "p0001" for 1. Five and more digits where they are needed.
 [[nodiscard]] std::string PageName(unsigned page);

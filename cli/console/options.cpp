@@ -55,6 +55,13 @@ constexpr std::array OptionTable{
               "Report faults of the paths, with their places; -o draws them as SVG."},
     OptionRow{Heal, "--heal", "",
               "Join ends, drop copies, crumbs and needles, and say what was done."},
+    OptionRow{Joining, "--joining", "LENGTH",
+              "With --check or --heal: how far apart ends that belong together lie; 0.1 mm if not "
+              "given."},
+    OptionRow{TinySize, "--tiny", "LENGTH",
+              "With --check or --heal: a smaller piece is tiny; 0.3 mm if not given."},
+    OptionRow{SpikeWidth, "--spike", "LENGTH",
+              "With --check or --heal: a needle is at most so wide; 0.05 mm if not given."},
     OptionRow{Unite, "--unite", "", "With --heal: make one outline of areas that overlap."},
     OptionRow{DxfVersion, "--dxf-version", "r12|r2000",
               "Version of a DXF file: r2000 (the default), with splines, or r12, with lines alone.",
@@ -220,10 +227,11 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                CutRules, OptionId::Check, Heal, Unite, Kerf, CornerForm, Overcut,
-                                LeadIn, OptionId::Bridges, WeedBox, WeedLines, NoOrder, CutMarks,
-                                CutPrint, Measured, Measurements, Residual, FitKind, DxfVersion,
-                                CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
+                                CutRules, OptionId::Check, Heal, Joining, TinySize, SpikeWidth,
+                                Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
+                                WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Measured,
+                                Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
+                                CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
 constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies, OptionId::NestTurns,

@@ -1,6 +1,7 @@
 #include "cli/cutting/captured_job.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -149,6 +150,25 @@ Expected<unsigned> MakePage(interpreter::RunRequest request,
   return wanted;
 }
 
+Expected<std::string> PageText(const std::string& pageDirectory, const char* name) {
+  return os::ReadWholeFile(os::FromNative(pageDirectory + "/" + name),
+                           cutting::MaximumCutPathsBytes);
+}
+
+// The layers have a file of their own, if there are any.
+Expected<cutting::CutJob> JobIn(const std::string& pageDirectory) {
+  const auto paths = PageText(pageDirectory, pages::CutPathsName);
+  if (!paths) return paths.Error();
+  auto job = cutting::ReadCutPaths(*paths, pages::CutPathsName);
+  if (!job) return job;
+  const auto layers = PageText(pageDirectory, pages::CutLayersName);
+  if (!layers && layers.Error().error == ENOENT) return job;
+  if (!layers) return layers.Error();
+  const auto read = cutting::ReadCutLayers(*layers, pages::CutLayersName, *job);
+  if (!read) return read.Error();
+  return job;
+}
+
 Expected<cutting::CutJob> Capture(CutRun& run, const CaptureWish& wish, const std::string& place) {
   auto request = RequestOf(run, wish, place);
   if (!request) return request.Error();
@@ -164,10 +184,7 @@ Expected<cutting::CutJob> Capture(CutRun& run, const CaptureWish& wish, const st
     if (!picture) return picture.Error();
     run.picture = *std::move(picture);
   }
-  const std::string file = pageDirectory + "/" + pages::CutPathsName;
-  const auto text = os::ReadWholeFile(os::FromNative(file), cutting::MaximumCutPathsBytes);
-  if (!text) return text.Error();
-  return cutting::ReadCutPaths(*text, pages::CutPathsName);
+  return JobIn(pageDirectory);
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/length_value.h"
 #include "cutting/clean/fault_picture.h"
 #include "cutting/clean/heal.h"
+#include "cutting/rules/rules.h"
 #include "rastrel/platform/os/decimal.h"
 
 namespace rastrel::cli {
@@ -74,9 +76,24 @@ void WarnIfIncomplete(const CutRun& run, bool complete) {
   if (!complete) run.Warn("so many lines lie close together that not all of them were compared");
 }
 
+// The options go before the rule file's defaults.
+CheckLimits LimitsOf(const CutRun& run) {
+  CheckLimits limits;
+  if (run.rules) limits.joining = run.rules->Defaults().joining;
+  const auto set = [&](OptionId id, double& limit) {
+    if (!run.invocation.Has(id)) return;
+    const std::string text = run.invocation.ValueOr(id, "");
+    limit = LengthOf(OptionOf(id).name, text, text);
+  };
+  set(OptionId::Joining, limits.joining);
+  set(OptionId::TinySize, limits.tinySize);
+  set(OptionId::SpikeWidth, limits.spikeWidth);
+  return limits;
+}
+
 void HealJob(CutRun& run) {
-  HealResult result =
-      Heal(std::move(run.job), {.faults = {}, .unite = run.invocation.Has(OptionId::Unite)});
+  HealResult result = Heal(std::move(run.job),
+                           {.faults = LimitsOf(run), .unite = run.invocation.Has(OptionId::Unite)});
   run.job = std::move(result.job);
   for (const Repair& repair : result.repairs) {
     if (run.invocation.Has(OptionId::Json))
@@ -88,7 +105,7 @@ void HealJob(CutRun& run) {
 }
 
 Expected<void> CheckJob(CutRun& run) {
-  const CheckReport report = Check(run.job);
+  const CheckReport report = Check(run.job, LimitsOf(run));
   if (run.invocation.Has(OptionId::ResultOutput)) {
     const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
     if (!path.ends_with(".svg"))
@@ -108,6 +125,11 @@ Expected<void> CheckJob(CutRun& run) {
 Expected<void> CleanCutJob(CutRun& run) {
   if (run.invocation.Has(OptionId::Unite) && !run.invocation.Has(OptionId::Heal))
     throw CommandError(ExitStatus::WrongUse, "--unite is a part of --heal");
+  const bool isClean = run.invocation.Has(OptionId::Heal) || run.invocation.Has(OptionId::Check);
+  for (const OptionId id : {OptionId::Joining, OptionId::TinySize, OptionId::SpikeWidth})
+    if (run.invocation.Has(id) && !isClean)
+      throw CommandError(ExitStatus::WrongUse,
+                         std::string(OptionOf(id).name) + " goes with --check or --heal");
   if (run.invocation.Has(OptionId::Heal)) HealJob(run);
   if (run.invocation.Has(OptionId::Check)) return CheckJob(run);
   return {};

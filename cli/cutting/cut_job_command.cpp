@@ -27,9 +27,10 @@ void WriteDone(const CutRun& run) {
     for (const std::string& path : run.written) WriteOutPath(path);
     return;
   }
-  JsonLine("done")
-      .Add("exit", 0)
-      .Add("paths", run.written)
+  // The end of a job that goes to a device is the device's.
+  JsonLine line(run.invocation.Has(OptionId::CutDevice) ? "written" : "done");
+  if (!run.invocation.Has(OptionId::CutDevice)) line.Add("exit", 0);
+  line.Add("paths", run.written)
       .AddNumber("width_mm", run.job.width)
       .AddNumber("height_mm", run.job.height)
       .Add("cut_paths", static_cast<std::int64_t>(run.job.paths.size()))

@@ -64,8 +64,8 @@ void RunPipeline(CutRun& run);
 [[nodiscard]] bool IsCutJobName(const std::string& path);
 
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
-/// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", else the
-/// wanted paths of a PostScript, EPS or PDF file. WriteCutJob writes the job to the name of
+/// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", a drawing if
+/// it ends in ".svg" or ".dxf", else the wanted paths of a PostScript, EPS or PDF file. WriteCutJob writes the job to the name of
 /// --output in the form of its ending.
 [[nodiscard]] Expected<void> ReadCutJob(CutRun& run);
 [[nodiscard]] Expected<void> WriteCutJob(CutRun& run);

@@ -4,6 +4,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/cutting/captured_job.h"
 #include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/drawing_input.h"
 #include "cutting/job/job_file.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -23,7 +24,9 @@ Expected<cutting::CutJob> ReadJob(const std::string& path) {
 
 Expected<void> ReadCutJob(CutRun& run) {
   const std::string& path = run.invocation.operand;
-  auto job = path.ends_with(".json") ? ReadJob(path) : CapturedJob(run, run.wish);
+  auto job = path.ends_with(".json") ? ReadJob(path)
+             : IsDrawingName(path)   ? JobOfDrawing(run)
+                                     : CapturedJob(run, run.wish);
   if (!job) return job.Error();
   run.job = *std::move(job);
   return {};

@@ -9,6 +9,7 @@
 #include "cli/cutting/cut_form_options.h"
 #include "cli/cutting/cut_pipeline.h"
 #include "cutting/job/job_file.h"
+#include "cutting/rules/rules.h"
 #include "rastrel/platform/os/output_file.h"
 
 namespace rastrel::cli {
@@ -25,7 +26,10 @@ Expected<std::string> WriteJson(const CutRun& run) { return cutting::JobFileText
 
 template <cutting::CutForm form>
 Expected<std::string> WriteForm(const CutRun& run) {
-  return cutting::WriteCutFile(run.job, form, CutFormOptions(run.invocation));
+  cutting::CutFileOptions options = CutFormOptions(run.invocation);
+  if (run.rules && !run.invocation.Has(OptionId::Tolerance))
+    options.tolerance = run.rules->Defaults().tolerance;
+  return cutting::WriteCutFile(run.job, form, options);
 }
 
 // One form a line. The first is that of standard output.

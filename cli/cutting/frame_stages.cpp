@@ -11,6 +11,7 @@
 #include "cli/console/unwritten_file.h"
 #include "cutting/frame/mark_fit.h"
 #include "cutting/frame/mark_layout.h"
+#include "cutting/rules/rules.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/output_file.h"
@@ -23,8 +24,10 @@ constexpr double InchMillimetres = 25.4;
 // 256 places are a few kilobytes.
 constexpr std::size_t MaximumMeasurementBytes = 1 << 20;
 
-double ResidualLimit(const Invocation& invocation) {
-  if (!invocation.Has(OptionId::Residual)) return cutting::UsualResidual;
+double ResidualLimit(const CutRun& run) {
+  const Invocation& invocation = run.invocation;
+  if (!invocation.Has(OptionId::Residual))
+    return run.rules ? run.rules->Defaults().residual : cutting::UsualResidual;
   const std::string text = invocation.ValueOr(OptionId::Residual, "");
   const auto limit = cutting::ParseMillimetres(text);
   if (!limit || *limit < 0.01 || *limit > 10)
@@ -139,7 +142,7 @@ Expected<void> FitToMeasuredMarks(CutRun& run) {
                                                      " needs marks that are measured (--measured)");
     return {};
   }
-  const double limit = ResidualLimit(run.invocation);
+  const double limit = ResidualLimit(run);
   const auto kind = ChosenKind(run.invocation);
   const auto measured = MeasuredPlaces(run.invocation);
   if (!measured) return measured.Error();

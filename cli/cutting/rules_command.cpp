@@ -23,7 +23,8 @@ constexpr std::size_t ShownColors = 4;
 constexpr std::size_t JsonColors = 100;
 
 std::string CountAndLength(const cutting::PathSum& sum) {
-  return std::to_string(sum.paths) + " paths, " + os::ShortDecimal(sum.length, 1) + " mm";
+  return std::to_string(sum.paths) + (sum.paths == 1 ? " path, " : " paths, ") +
+         os::ShortDecimal(sum.length, 1) + " mm";
 }
 
 std::vector<std::string> ColorTexts(const cutting::RuleSum& rule, std::size_t maximum) {

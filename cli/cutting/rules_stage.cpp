@@ -20,8 +20,9 @@ bool LooksAtWidth(const cutting::Rule& rule) {
 
 // Whether a rule gives the paint a tool.
 bool IsCut(const cutting::RuleSet& rules, const interpreter::AskedPaint& asked) {
-  const auto paint = cutting::PaintFrom(asked.kind, asked.color, asked.lineWidth);
+  auto paint = cutting::PaintFrom(asked.kind, asked.color, asked.lineWidth);
   if (!paint) return false;
+  paint->layer = asked.layer;
   const cutting::Rule* const rule = rules.RuleFor(*paint);
   return rule != nullptr && cutting::HasTool(rule->operation);
 }

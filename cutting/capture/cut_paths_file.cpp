@@ -15,7 +15,7 @@ namespace rastrel::cutting {
 namespace {
 
 constexpr double MillimetersPerPoint = 25.4 / 72;
-constexpr double MaximumNumber = 1e9;  // points; far beyond any page
+constexpr double MaximumNumber = 1e9;           // points; far beyond any page
 constexpr std::string_view SeparationWord = "separation ";
 
 std::string_view NextWord(std::string_view& text) {
@@ -92,6 +92,7 @@ class Reader {
   Reader(std::string_view text, const std::string& name) : m_Rest(text), m_Name(name) {}
 
   Expected<CutJob> Read();
+  Expected<void> ReadLayers(CutJob& job);
 
  private:
   bool Next();
@@ -105,6 +106,7 @@ class Reader {
   bool ReadSegments(std::vector<Contour>& contours);
   bool TakeSegment(std::vector<Contour>& contours);
   bool ReadAll(CutJob& job);
+  bool ReadAllLayers(CutJob& job);
   bool Fail(std::string why);
   [[nodiscard]] static Point Scaled(double x, double y) {
     return {x * MillimetersPerPoint, y * MillimetersPerPoint};
@@ -248,6 +250,26 @@ bool Reader::ReadAll(CutJob& job) {
   return m_Rest.empty() || Fail("the file goes on after its end");
 }
 
+bool Reader::ReadAllLayers(CutJob& job) {
+  std::uint64_t paths = 0;
+  if (!Expect("Rastrel cut layers 1") || !Count("paths", paths)) return false;
+  if (paths != job.paths.size()) return Fail("it is of another number of paths");
+  for (CutPath& path : job.paths) {
+    if (!Next()) return false;
+    auto layer = Unescaped(m_Line);
+    if (!layer) return Fail("the layer can't be read: '" + std::string(m_Line) + "'");
+    path.paint.layer = os::Utf8FromUtf8OrAnsi(*layer);
+  }
+  if (!Expect("end")) return false;
+  ++m_Number;
+  return m_Rest.empty() || Fail("the file goes on after its end");
+}
+
+Expected<void> Reader::ReadLayers(CutJob& job) {
+  if (!ReadAllLayers(job)) return m_Failure;
+  return {};
+}
+
 Expected<CutJob> Reader::Read() {
   CutJob job;
   if (!ReadAll(job)) return m_Failure;
@@ -267,6 +289,10 @@ std::optional<Paint> PaintFrom(std::string_view kind, std::string_view color, do
 
 Expected<CutJob> ReadCutPaths(std::string_view text, const std::string& name) {
   return Reader(text, name).Read();
+}
+
+Expected<void> ReadCutLayers(std::string_view text, const std::string& name, CutJob& job) {
+  return Reader(text, name).ReadLayers(job);
 }
 
 }  // namespace rastrel::cutting

@@ -27,4 +27,9 @@ inline constexpr std::size_t MaximumCutPathsBytes = std::size_t{1} << 30;
 /// proportion to the text.
 [[nodiscard]] Expected<CutJob> ReadCutPaths(std::string_view text, const std::string& name);
 
+/// Sets the layers of the job's paths by the text of the file "cut-layers", which lies beside. A
+/// text of another form, or of another number of paths, fails likewise.
+[[nodiscard]] Expected<void> ReadCutLayers(std::string_view text, const std::string& name,
+                                           CutJob& job);
+
 }  // namespace rastrel::cutting

@@ -35,7 +35,13 @@ class AskedPaints : public testing::Test {
 
   // A page of 72 by 72 points at 72 pixels per inch in RGB.
   Expected<unsigned> Print(const std::string& body, const WantsCut& wants, bool asksWidth = false) {
-    place.Write("job.ps", "%!PS\n<< /PageSize [72 72] >> setpagedevice\n" + body + "\nshowpage\n");
+    return PrintJob("%!PS\n<< /PageSize [72 72] >> setpagedevice\n" + body + "\nshowpage\n", wants,
+                    asksWidth);
+  }
+
+  Expected<unsigned> PrintJob(const std::string& text, const WantsCut& wants,
+                              bool asksWidth = false) {
+    place.Write("job.ps", text);
     place.Write("job.psp",
                 "serverdict begin 0 exitserver\n3Color 72 dup SetXYResolution InitRIP\n\x04");
     auto guardian = Guardian::Start(HeldStreams::Error);
@@ -52,6 +58,7 @@ class AskedPaints : public testing::Test {
     request.prefix = std::move(prefix->file);
     request.settings.timeSeconds = 60;
     request.wantsCut = [&, wants](const AskedPaint& paint) {
+      layers.push_back(paint.layer);
       asked.push_back(paint.kind + " " + std::to_string(static_cast<int>(paint.lineWidth)) + " " +
                       paint.color);
       return wants(paint);
@@ -61,6 +68,9 @@ class AskedPaints : public testing::Test {
     if (!pages) return pages;
     const std::string page = made->Path() + "/" + pages::PageName(1);
     cuts = *os::ReadWholeFile(os::FromNative(page + "/" + pages::CutPathsName), 1 << 26);
+    const auto found =
+        os::ReadWholeFile(os::FromNative(page + "/" + pages::CutLayersName), 1 << 20);
+    if (found) cutLayers = *found;
     for (const auto& file : std::filesystem::directory_iterator(page)) {
       const std::string name = file.path().filename().string();
       if (name != pages::CutPathsName && name != ".info")
@@ -81,9 +91,47 @@ class AskedPaints : public testing::Test {
   test::ScratchDirectory place;
   Ear ear;
   std::vector<std::string> asked;
+  std::vector<std::string> layers;
+  std::string cutLayers;
   std::string cuts;
   std::string planes;
 };
+
+// A PDF of one page with three groups, of which the last is hidden, a membership and two forms.
+std::string LayeredPdf(const std::string& content) {
+  const std::string form = "5 5 m 9 9 l S /OC /cut BDC 6 6 m 9 9 l S";
+  const std::string box = "<< /Type /XObject /Subtype /Form /BBox [0 0 72 72] ";
+  const auto stream = [](const std::string& head, const std::string& data) {
+    return head + "/Length " + std::to_string(data.size()) + " >>\nstream\n" + data + "\nendstream";
+  };
+  const std::vector<std::string> bodies{
+      "<< /Type /Catalog /Pages 2 0 R /OCProperties << /OCGs [5 0 R 6 0 R 7 0 R] /D << /OFF [7 0 "
+      "R] >> >> >>",
+      "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 72 72] /Contents 4 0 R /Resources << "
+      "/Properties "
+      "<< /cut 5 0 R /fold 6 0 R /hidden 7 0 R /either 8 0 R >> /XObject << /Plain 9 0 R /Folded "
+      "10 "
+      "0 R >> >> >>",
+      stream("<< ", content),
+      "<< /Type /OCG /Name (Cut lines) >>",
+      "<< /Type /OCG /Name <FEFF00460061006C007A20AC> >>",
+      "<< /Type /OCG /Name (Hidden) >>",
+      "<< /Type /OCMD /OCGs [5 0 R 7 0 R] /P /AnyOn >>",
+      stream(box, form),
+      stream(box + "/OC 6 0 R ", form)};
+  std::string text = "%PDF-1.5\n";
+  std::string table;
+  for (std::size_t i = 0; i < bodies.size(); ++i) {
+    std::string place = std::to_string(text.size());
+    table += std::string(10 - place.size(), '0') + place + " 00000 n \n";
+    text += std::to_string(i + 1) + " 0 obj\n" + bodies[i] + "\nendobj\n";
+  }
+  const std::string count = std::to_string(bodies.size() + 1);
+  const std::string start = std::to_string(text.size());
+  return text + "xref\n0 " + count + "\n0000000000 65535 f \n" + table + "trailer\n<< /Size " +
+         count + " /Root 1 0 R >>\nstartxref\n" + start + "\n%%EOF\n";
+}
 
 bool All(const AskedPaint&) { return true; }
 bool None(const AskedPaint&) { return false; }
@@ -137,6 +185,52 @@ TEST_F(AskedPaints, paints_that_change_by_turns_get_their_own_answers) {
   EXPECT_EQ(colors[0], "rgb 1.0 0.0 0.0");
   EXPECT_EQ(colors[1], "separation A");
   EXPECT_EQ(colors[99], "separation A");
+}
+
+TEST_F(AskedPaints, the_layers_of_a_pdf_are_asked_for_and_kept_beside_the_paths) {
+  const auto pages = PrintJob(
+      LayeredPdf(
+          "1 1 m 2 2 l S /OC /cut BDC 1 1 m 2 2 l S /Span BMC 1 1 m 2 2 l S EMC /OC /fold BDC "
+          "1 1 m 2 2 l S EMC 1 1 m 2 2 l S EMC 1 1 m 2 2 l S /OC /hidden BDC 1 1 m 2 2 l S "
+          "EMC /OC /either BDC 1 1 m 2 2 l S EMC /OC /none BDC 1 1 m 2 2 l S EMC"),
+      All);
+  ASSERT_TRUE(pages) << Describe(pages.Error());
+  EXPECT_EQ(layers, (Texts{"", "Cut lines", "Falz\u20AC"})) << "each is asked for once";
+  EXPECT_EQ(cutLayers,
+            "Rastrel cut layers 1\npaths: 8\n\nCut lines\nCut lines\nFalz\u20AC\nCut lines\n\n"
+            "Cut lines\n\nend\n");
+}
+
+TEST_F(AskedPaints, a_form_is_in_the_layer_that_it_belongs_to_or_is_painted_in) {
+  const auto pages = PrintJob(
+      LayeredPdf("/OC /cut BDC /Folded Do 1 1 m 2 2 l S EMC /Plain Do 1 1 m 2 2 l S"), All);
+  ASSERT_TRUE(pages) << Describe(pages.Error());
+  // The content that a form leaves open ends with it.
+  EXPECT_EQ(cutLayers,
+            "Rastrel cut layers 1\npaths: 6\nFalz\u20AC\nCut lines\nCut lines\n\nCut lines\n\n"
+            "end\n");
+}
+
+TEST_F(AskedPaints, a_layer_alone_decides_where_the_paint_is_the_same) {
+  const auto pages =
+      PrintJob(LayeredPdf("1 1 m 2 2 l S /OC /cut BDC 1 1 m 2 2 l S EMC 1 1 m 2 2 l S "
+                          "/OC /fold BDC 1 1 m 2 2 l S EMC"),
+               [](const AskedPaint& paint) { return paint.layer == "Cut lines"; });
+  ASSERT_TRUE(pages) << Describe(pages.Error());
+  EXPECT_EQ(Colors().size(), 1U);
+}
+
+TEST_F(AskedPaints, content_that_ends_more_often_than_it_begins_does_no_harm) {
+  const auto pages = PrintJob(
+      LayeredPdf("EMC EMC 1 1 m 2 2 l S /OC /cut BDC 1 1 m 2 2 l S EMC EMC 1 1 m 2 2 l S"), All);
+  ASSERT_TRUE(pages) << Describe(pages.Error());
+  EXPECT_EQ(cutLayers, "Rastrel cut layers 1\npaths: 3\n\nCut lines\n\nend\n");
+}
+
+TEST_F(AskedPaints, without_layers_there_is_no_file_of_them) {
+  ASSERT_TRUE(PrintJob(LayeredPdf("1 1 m 2 2 l S"), All));
+  EXPECT_EQ(Colors().size(), 1U);
+  EXPECT_TRUE(cutLayers.empty());
 }
 
 TEST_F(AskedPaints, a_line_width_is_asked_for_where_rules_look_at_it) {

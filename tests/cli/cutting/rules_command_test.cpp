@@ -53,10 +53,10 @@ TEST_F(RulesCommand, shows_the_paths_of_each_rule_and_those_of_none) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output,
             "rule\toperation\tpaths\tcontours\tmm\tcolours\n"
-            "Contour\tcut\t1\t1\t10\tCutContour (1 paths, 10 mm)\n"
+            "Contour\tcut\t1\t1\t10\tCutContour (1 path, 10 mm)\n"
             "Fold\tcrease\t0\t0\t0\t\n"
-            "(no rule)\t\t5\t5\t150\t#ff0000 (1 paths, 50 mm), #cc0000 (1 paths, 40 mm), "
-            "#990000 (1 paths, 30 mm), #660000 (1 paths, 20 mm), and 1 more\n");
+            "(no rule)\t\t5\t5\t150\t#ff0000 (1 path, 50 mm), #cc0000 (1 path, 40 mm), "
+            "#990000 (1 path, 30 mm), #660000 (1 path, 20 mm), and 1 more\n");
   EXPECT_EQ(result.error, "warning: the rule 'Fold' took nothing\n");
 }
 
@@ -64,7 +64,7 @@ TEST_F(RulesCommand, gives_an_object_for_each_rule) {
   const CommandResult result = runner.Run({"rules", "check", "rules.toml", "job.json", "--json"});
   const std::string contour =
       R"x({"event":"rule","name":"Contour","operation":"cut","paths":1,"contours":1,)x"
-      R"x("length_mm":10.0,"colours":["CutContour (1 paths, 10 mm)"]})x";
+      R"x("length_mm":10.0,"colours":["CutContour (1 path, 10 mm)"]})x";
   EXPECT_NE(result.output.find(contour), std::string::npos) << result.output;
   EXPECT_EQ(result.LastLine(), R"x({"event":"done","exit":0})x");
 }

@@ -166,6 +166,16 @@ TEST_F(SendCommand, cut_sends_its_result_to_a_device_and_draws_it) {
   EXPECT_NE(runner.Place().Read("cut.svg").find(">cut: 1 contour, 40 mm<"), std::string::npos);
 }
 
+TEST_F(SendCommand, a_cut_that_is_sent_ends_with_one_done) {
+  WriteDevice("hpgl", Program("cat > got"));
+  const CommandResult result = runner.Run(
+      {"cut", "job.json", "--device", "./device.toml", "--picture", "cut.svg", "--json"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  const std::size_t done = result.output.find(R"({"event":"done")");
+  EXPECT_EQ(done, result.output.rfind(R"({"event":"done")")) << result.output;
+  EXPECT_LT(result.output.find(R"({"event":"written","paths":["cut.svg"])"), done) << result.output;
+}
+
 TEST_F(SendCommand, a_picture_of_another_form_is_refused) {
   const CommandResult result = runner.Run({"cut", "job.json", "--picture", "cut.gif"});
   EXPECT_EQ(result.status, 2);

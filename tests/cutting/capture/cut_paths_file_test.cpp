@@ -119,5 +119,34 @@ TEST(CutPathsFile, components_keep_to_their_range) {
   EXPECT_FALSE(PaintFrom("fill", "gray 0 0", 0));
 }
 
+TEST(CutLayers, they_belong_to_the_paths_in_their_order) {
+  CutJob job;
+  job.paths.resize(3);
+  const auto read =
+      ReadCutLayers("Rastrel cut layers 1\npaths: 3\nCut\n\nSch\u00FC%25%0A\nend\n", "layers", job);
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ(job.paths[0].paint.layer, "Cut");
+  EXPECT_EQ(job.paths[1].paint.layer, "");
+  EXPECT_EQ(job.paths[2].paint.layer, "Sch\u00FC%\n");
+}
+
+TEST(CutLayers, faults_have_their_line_and_reason) {
+  const auto fault = [](const std::string& text) {
+    CutJob job;
+    job.paths.resize(2);
+    const auto read = ReadCutLayers(text, "layers", job);
+    return read ? "read" : Describe(read.Error());
+  };
+  const std::string head = "Rastrel cut layers 1\n";
+  EXPECT_EQ(fault(head + "paths: 2\na\nb\nend\n"), "read");
+  EXPECT_EQ(fault(head + "paths: 1\na\nend\n"), "layers:2:1: it is of another number of paths");
+  EXPECT_EQ(fault(head + "paths: 3\na\nb\nc\nend\n"),
+            "layers:2:1: it is of another number of paths");
+  EXPECT_EQ(fault(head + "paths: 2\na\n%4\nend\n"), "layers:4:1: the layer can't be read: '%4'");
+  EXPECT_EQ(fault(head + "paths: 2\na\nb\n"), "layers:5:1: the file ends too early");
+  EXPECT_EQ(fault(head + "paths: 2\na\nb\nend\nx"), "layers:6:1: the file goes on after its end");
+  EXPECT_NE(fault("Rastrel cut layers 2\n"), "read");
+}
+
 }  // namespace
 }  // namespace rastrel::cutting
