@@ -34,6 +34,7 @@
 #include "cli/reading/chart_command.h"
 #include "cli/reading/inspect_command.h"
 #include "cli/reading/notes_command.h"
+#include "cli/server_program.h"
 #include "cli/sheet/sheet_command.h"
 
 namespace {
@@ -87,7 +88,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   // A program of its own takes these in.
   if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut ||
       invocation.command == CommandId::Import || invocation.command == CommandId::Separate ||
-      invocation.command == CommandId::Send || invocation.command == CommandId::View)
+      invocation.command == CommandId::Send || invocation.command == CommandId::View ||
+      invocation.command == CommandId::JobsAdd)
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");
@@ -146,6 +148,19 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Merge:
     case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
+    case CommandId::Serve:
+    case CommandId::JobsAdd:
+    case CommandId::JobsList:
+    case CommandId::JobsShow:
+    case CommandId::JobsHold:
+    case CommandId::JobsRelease:
+    case CommandId::JobsCancel:
+    case CommandId::JobsMove:
+    case CommandId::JobsPriority:
+    case CommandId::JobsReprint:
+    case CommandId::JobsAccept:
+    case CommandId::JobsRemove:
+    case CommandId::JobsExport: return RunServerProgram(arguments);
     case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

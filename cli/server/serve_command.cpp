@@ -1,0 +1,30 @@
+#include "cli/server/serve_command.h"
+
+#include <memory>
+#include <string>
+
+#include "cli/console/standard_streams.h"
+#include "cli/console/stop_signals.h"
+#include "cli/server/open_queue.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/signals.h"
+#include "rastrel/platform/os/wait.h"
+#include "server/queue/server_lock.h"
+
+namespace rastrel::cli {
+
+ExitStatus ServeCommand(const Invocation&) {
+  const HANDLE stop = OrEnd(ExitStatus::JobFailed, os::CreateSemaphoreHandle(0));
+  const auto signals =
+      OrEnd(ExitStatus::JobFailed,
+            TakeStopSignals([stop](int) { static_cast<void>(os::ReleaseSemaphoreHandle(stop)); }));
+  const auto queue = OpenJobQueue();
+  const auto lock = OrEnd(ExitStatus::JobFailed, server::LockServer(os::DataRoot()));
+  static_cast<void>(OrEnd(ExitStatus::JobFailed, queue->RecoverClaims(true)));
+  WriteErrorLine("rastrel: serving " + os::DataRoot());
+  OrEnd(ExitStatus::JobFailed, os::AcquireSemaphoreHandle(stop));
+  WriteErrorLine("rastrel: stopping");
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli
