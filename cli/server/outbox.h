@@ -24,8 +24,8 @@ class Outbox {
 
   /// Whether an earlier run made all files whole.
   [[nodiscard]] bool IsWhole() const;
-  /// Makes an empty directory for the files, and returns its path. Removes those of earlier
-  /// left.
+  /// Makes an empty directory for the files, and returns its path. Removes those of
+  /// earlier attempts.
   [[nodiscard]] Expected<std::string> Begin();
   /// All files are whole: has them and their names written to the disk.
   [[nodiscard]] Expected<void> Finish();
