@@ -87,17 +87,20 @@ TicketEnd FillOutbox(server::JobQueue& queue, const server::Job& job, Outbox& ou
 
 // Files below the output directory: made aside, and moved when all are whole.
 Expected<void> DeliverFiles(server::JobQueue& queue, const server::Job& job, bool overwrite) {
-  Outbox outbox(queue.DirectoryOf(job.id));
+  Outbox outbox(queue.DirectoryOf(job.id), job.device);
   const TicketEnd end = FillOutbox(queue, job, outbox);
   if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
-  return FinishJob(queue, job,
-                   OrEnd(ExitStatus::JobFailed, outbox.MoveTo(OutputDirectory(), overwrite)));
+  const auto paths = OrEnd(ExitStatus::JobFailed, outbox.MoveTo(OutputDirectory(), overwrite));
+  if (auto finished = FinishJob(queue, job, paths); !finished) return finished;
+  // Not before: without it the files would be made, and delivered, again.
+  static_cast<void>(outbox.Clear());
+  return {};
 }
 
 // To a device of the server's settings, by the ways of server/delivery.
 Expected<void> DeliverByWay(server::JobQueue& queue, const server::Job& job,
                             const server::DeviceSettings& device) {
-  Outbox outbox(queue.DirectoryOf(job.id));
+  Outbox outbox(queue.DirectoryOf(job.id), job.device);
   const TicketEnd end = FillOutbox(queue, job, outbox);
   if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
   auto reported = DeliverToDevice(queue, job, device, OrEnd(ExitStatus::JobFailed, outbox.Files()));

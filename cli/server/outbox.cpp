@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <system_error>
 #include <utility>
@@ -93,9 +94,11 @@ Expected<void> RemoveAttempts(const std::string& directory) {
 
 }  // namespace
 
-Outbox::Outbox(std::string directory) : m_Directory(std::move(directory)) {}
+Outbox::Outbox(std::string directory, const std::string& device)
+    : m_Directory(std::move(directory)),
+      m_Whole(m_Directory + "/outbox-" + std::to_string(std::hash<std::string>()(device))) {}
 
-bool Outbox::IsWhole() const { return os::IsDirectory(os::FromNative(m_Directory + "/outbox")); }
+bool Outbox::IsWhole() const { return os::IsDirectory(os::FromNative(m_Whole)); }
 
 Expected<std::string> Outbox::Begin() {
   const std::wstring own = os::FromNative(m_Directory);
@@ -114,35 +117,30 @@ Expected<std::string> Outbox::Begin() {
 
 Expected<void> Outbox::Finish() {
   if (auto flushed = os::FlushTree(m_Making); !flushed) return flushed;
-  if (auto named =
-          os::RenameFile(os::FromNative(m_Making), os::FromNative(m_Directory + "/outbox"));
-      !named)
+  if (auto named = os::RenameFile(os::FromNative(m_Making), os::FromNative(m_Whole)); !named)
     return named;
   return os::FlushNamesIn(m_Directory);
 }
 
 Expected<std::vector<std::string>> Outbox::MoveTo(const std::string& target, bool overwrite) {
-  const std::string place = m_Directory + "/outbox";
-  const auto files = FilesBelow(place);
+  const auto files = FilesBelow(m_Whole);
   if (!files) return files.Error();
   std::vector<std::string> moved;
   for (const std::string& file : *files) {
-    auto path = Move(place + "/" + file, target + "/" + file, overwrite);
+    auto path = Move(m_Whole + "/" + file, target + "/" + file, overwrite);
     if (!path) return path.Error();
     moved.push_back(*std::move(path));
   }
-  if (auto removed = os::RemoveNativeTree(place); !removed) return removed.Error();
   return moved;
 }
 
 Expected<std::vector<std::string>> Outbox::Files() const {
-  const std::string place = m_Directory + "/outbox";
-  auto files = FilesBelow(place);
+  auto files = FilesBelow(m_Whole);
   if (!files) return files;
-  for (std::string& file : *files) file = place + "/" + file;
+  for (std::string& file : *files) file = m_Whole + "/" + file;
   return files;
 }
 
-Expected<void> Outbox::Clear() { return os::RemoveNativeTree(m_Directory + "/outbox"); }
+Expected<void> Outbox::Clear() { return os::RemoveNativeTree(m_Whole); }
 
 }  // namespace rastrel::cli

@@ -12,15 +12,16 @@ namespace rastrel::cli {
 /// when all are whole and on the disk; then each is moved to its place, in one step.
 ///
 ///     jobs/7/making-0f3a.../sign-1.tif   the engine writes; begun again after a kill
-///     jobs/7/outbox/sign-1.tif           all are whole: from here on they are only moved
+///     jobs/7/outbox-42.../sign-1.tif     all are whole: from here on they are only moved
 ///     OUTPUT/sign-1.tif                  delivered; it is in the outbox no more
 ///
 /// Each attempt makes files in a directory of its own, since the engine of a killed worker may
 /// write a moment longer.
 class Outbox {
  public:
-  /// `directory` is the job's own, by native path, which is made if it is missing.
-  explicit Outbox(std::string directory);
+  /// `directory` is the job's own, by native path, which is made if it is missing. Files that were
+  /// made for one device go to no other, after the job was moved.
+  Outbox(std::string directory, const std::string& device);
 
   /// Whether an earlier run made all files whole.
   [[nodiscard]] bool IsWhole() const;
@@ -44,6 +45,7 @@ class Outbox {
 
  private:
   std::string m_Directory;
+  std::string m_Whole;
   std::string m_Making;  // of this attempt
 };
 
