@@ -34,6 +34,7 @@
 #include "cli/reading/chart_command.h"
 #include "cli/reading/inspect_command.h"
 #include "cli/reading/notes_command.h"
+#include "cli/server_program.h"
 #include "cli/sheet/sheet_command.h"
 
 namespace {
@@ -80,7 +81,8 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   const auto count = invocation.operands.empty()
                          ? static_cast<std::ptrdiff_t>(IsStandardInput(invocation.operand))
                          : std::ranges::count_if(invocation.operands, IsStandardInput);
-  if (!TakesFiles(invocation.command)) return;
+  // A queued job may have any title.
+  if (!TakesFiles(invocation.command) || invocation.command == CommandId::JobsAdd) return;
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
@@ -146,6 +148,19 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::Merge:
     case CommandId::Separate:
     case CommandId::View: return RunDocumentProgram(arguments);
+    case CommandId::Serve:
+    case CommandId::JobsAdd:
+    case CommandId::JobsList:
+    case CommandId::JobsShow:
+    case CommandId::JobsHold:
+    case CommandId::JobsRelease:
+    case CommandId::JobsCancel:
+    case CommandId::JobsMove:
+    case CommandId::JobsPriority:
+    case CommandId::JobsReprint:
+    case CommandId::JobsAccept:
+    case CommandId::JobsRemove:
+    case CommandId::JobsExport: return RunServerProgram(arguments);
     case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

@@ -182,6 +182,24 @@ constexpr std::array OptionTable{
     OptionRow{WeedLines, "--weed-lines", "LENGTH",
               "Cut the waste into pieces, by lines so far from each other."},
     OptionRow{NoOrder, "--no-order", "", "Leave the paths in their order."},
+    OptionRow{QueueDevice, "--device", "NAME",
+              "The device: its name in the server's settings or in `printers`."},
+    OptionRow{QueueOwner, "--owner", "NAME", "Jobs of this user alone."},
+    OptionRow{QueueState, "--state", "LIST",
+              "Jobs in these states alone, with commas: queued, held, interpreting, ready, "
+              "delivering, done, failed, canceled, uncertain, quarantined."},
+    OptionRow{QueueText, "--text", "TEXT", "Jobs with this text in their titles, in any case."},
+    OptionRow{QueueFrom, "--from", "DATE", "Jobs of this day, as 2026-03-31, or later."},
+    OptionRow{QueueUntil, "--until", "DATE", "Jobs of this day or earlier."},
+    OptionRow{QueueSort, "--sort", "COLUMN", "Sort by this column; by id if not given.",
+              "id submitted ended title owner device state priority pages"},
+    OptionRow{QueueAscending, "--ascending", "", "Sort from the least to the greatest."},
+    OptionRow{QueueLimit, "--limit", "N",
+              "At most so many jobs, from 1 to 1000000; 100 if not given."},
+    OptionRow{QueueOffset, "--offset", "N", "Pass over so many jobs first."},
+    OptionRow{QueuePriority, "--priority", "N",
+              "From 1, the last, to 100, the first; 50 if not given."},
+    OptionRow{QueueHold, "--hold", "", "Let the job wait until it is released."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -279,6 +297,19 @@ constexpr std::array ViewOptions{
 constexpr std::array SeparateOptions{PlanesOutput, SeparationDpi, Box,  PasswordFile,
                                      Title,        Force,         Json, Help};
 constexpr std::array HelpOptions{Help};
+constexpr std::array JobsAddOptions{QueueDevice, Mode,     Copies,    Pages,       Planar,
+                                    Scale,       Levels,   LevelsRed, LevelsGreen, LevelsBlue,
+                                    LevelsGray,  CutColor, Box,       Title,       QueuePriority,
+                                    QueueHold,   Json,     Help};
+constexpr std::array JobsListOptions{QueueState, QueueOwner,  QueueDevice, QueueText,
+                                     QueueFrom,  QueueUntil,  QueueSort,   QueueAscending,
+                                     QueueLimit, QueueOffset, Json,        Help};
+constexpr std::array JobsExportOptions{
+    QueueState,     QueueOwner, QueueDevice, QueueText,  QueueFrom, QueueUntil, QueueSort,
+    QueueAscending, QueueLimit, QueueOffset, OutputFile, Force,     Help};
+constexpr std::array JobsMoveOptions{QueueDevice, Json, Help};
+constexpr std::array JobsPriorityOptions{QueuePriority, Json, Help};
+constexpr std::array JobsReprintOptions{Pages, Json, Help};
 
 constexpr std::array CommandTable{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
@@ -373,6 +404,34 @@ constexpr std::array CommandTable{
     CommandRow{CommandId::Send, "send", "FILE", true,
                "Bring a cut file, or a cut job, to a cutter: a port, a line, a directory.",
                SendOptions},
+    CommandRow{CommandId::Serve, "serve", "", false,
+               "Run the print shop's server: it interprets and delivers the jobs of the queue.",
+               HelpOptions},
+    CommandRow{CommandId::JobsAdd, "jobs add", "FILE...", false,
+               "Put files into the server's queue, each as a job.", JobsAddOptions},
+    CommandRow{CommandId::JobsList, "jobs list", "", false,
+               "List the jobs of the server's queue, the newest first.", JobsListOptions},
+    CommandRow{CommandId::JobsShow, "jobs show", "JOB", false, "Show a job with its story.",
+               ListingOptions},
+    CommandRow{CommandId::JobsHold, "jobs hold", "JOB...", false,
+               "Hold jobs: they wait until they are released.", ListingOptions},
+    CommandRow{CommandId::JobsRelease, "jobs release", "JOB...", false,
+               "Release held jobs, and run failed, canceled and uncertain ones again.",
+               ListingOptions},
+    CommandRow{CommandId::JobsCancel, "jobs cancel", "JOB...", false,
+               "Cancel jobs; one that runs ends soon.", ListingOptions},
+    CommandRow{CommandId::JobsMove, "jobs move", "JOB...", false, "Move jobs to another device.",
+               JobsMoveOptions},
+    CommandRow{CommandId::JobsPriority, "jobs priority", "JOB...", false,
+               "Give jobs another priority.", JobsPriorityOptions},
+    CommandRow{CommandId::JobsReprint, "jobs reprint", "JOB", false,
+               "Deliver kept pages of a job again, as a job of its own.", JobsReprintOptions},
+    CommandRow{CommandId::JobsAccept, "jobs accept", "JOB...", false,
+               "Say that an uncertain delivery came out: the job is done.", ListingOptions},
+    CommandRow{CommandId::JobsRemove, "jobs remove", "JOB...", false,
+               "Take jobs out of the queue, with their files and kept pages.", ListingOptions},
+    CommandRow{CommandId::JobsExport, "jobs export", "", false,
+               "Write jobs as a table (CSV) for spreadsheets.", JobsExportOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
                "Print a script that completes the command's arguments in a shell: bash.",
                HelpOptions},

@@ -22,7 +22,7 @@ enum class JobState {
   Interpreting,  ///< the RIP makes its pages
   Ready,         ///< its pages are made and kept; waits for its device
   Delivering,    ///< the output engine, or the way to the device, works on it
-  Done,          ///< delivered; told only after the last byte is safe
+  Done,          ///< delivered; set only after the last byte is safe
   Failed,        ///< ended with an error; may be released again
   Canceled,      ///< ended by a person
   Uncertain,     ///< its delivery was cut off: a person decides whether it is sent again
@@ -43,12 +43,17 @@ enum class JobWork {
   Merge,  ///< fill a template from a table and print each plate
 };
 
+/// "print", "cut", "merge".
+[[nodiscard]] const char* NameOf(JobWork work);
+/// The work of a name; false if there is none.
+[[nodiscard]] bool WorkOf(const std::string& name, JobWork& work);
+
 /// The options of a job, by the long names of the command's options without dashes ("mode",
 /// "scale", "levels", "copies", "pages", "planar", "cut-color", "rules", "data", ...). A flag has
 /// the value "". They are checked when the job is submitted, by the same code as the command's.
 using JobOptions = std::map<std::string, std::string>;
 
-/// Who brings a job, and what it is.
+/// A job as it is brought.
 struct JobRequest {
   std::string path;    ///< the file, which is copied into the queue; stays as it is
   std::string title;   ///< shown name; by default the file's name
@@ -59,6 +64,9 @@ struct JobRequest {
   JobOptions options;
   int priority = 50;  ///< 1 (last) to 100 (first)
   bool hold = false;  ///< begins as Held
+  /// Not empty: Submit with a key that a job has already returns that job's number, and takes
+  /// nothing. For who can't know whether it submitted before it was killed.
+  std::string key{};
 };
 
 /// One row of the queue.
@@ -77,7 +85,8 @@ struct Job {
   Time submitted = 0;
   Time started = 0;  ///< its RIP
   Time ended = 0;
-  int attempts = 0;             ///< runs begun
+  int attempts = 0;             ///< interpretations and deliveries begun
+  int failures = 0;             ///< since a person released it
   int percent = 0;              ///< of the run that is on
   int pages = 0;                ///< made by the RIP
   std::string ink;              ///< coverage as JSON: an object a page, ink name to share 0..1

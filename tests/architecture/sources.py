@@ -12,7 +12,7 @@ import sys
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 # Folders whose sources are held to the rules of a library that others build on.
-PRODUCT = ("rastrel", "pages", "cfplane", "interpreter", "spreadsheet", "cutting", "host", "children",
+PRODUCT = ("rastrel", "pages", "cfplane", "interpreter", "spreadsheet", "cutting", "server", "host", "children",
            "cli")
 EVERYTHING = PRODUCT + ("tests", "bench", "fuzz", "examples")
 

@@ -1,0 +1,145 @@
+#include "cli/server/jobs_change.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "cli/console/json_line.h"
+#include "cli/console/standard_streams.h"
+#include "cli/console/values.h"
+#include "cli/input/input_file.h"
+#include "cli/installation/print_modes.h"
+#include "cli/printing/job_settings.h"
+#include "cli/printing/page_ranges.h"
+#include "cli/server/open_queue.h"
+#include "cli/server/worker.h"
+#include "server/queue/server_lock.h"
+
+namespace rastrel::cli {
+namespace {
+
+using server::JobId;
+using server::JobQueue;
+
+// The options of a print that a job keeps.
+constexpr std::array KeptOptions{OptionId::Mode,       OptionId::Copies,      OptionId::Pages,
+                                 OptionId::Planar,     OptionId::Scale,       OptionId::Levels,
+                                 OptionId::LevelsRed,  OptionId::LevelsGreen, OptionId::LevelsBlue,
+                                 OptionId::LevelsGray, OptionId::CutColor,    OptionId::Box};
+
+constexpr const char* DefaultDevice = "*";
+
+// By the code that reads them again when the job runs.
+void CheckOptions(const Invocation& invocation) {
+  CJobData settings;
+  OrEnd(ExitStatus::WrongUse, ApplySettings(settings, invocation, TicketKind::Print));
+  static_cast<void>(
+      OrEnd(ExitStatus::WrongUse, ParseCopies(invocation.ValueOr(OptionId::Copies, "1"))));
+  if (invocation.Has(OptionId::Pages))
+    static_cast<void>(
+        OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, ""))));
+  if (invocation.Has(OptionId::Mode))
+    static_cast<void>(
+        OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, ""))));
+}
+
+server::JobRequest RequestOf(const Invocation& invocation) {
+  server::JobRequest request;
+  request.owner = server::OwnUserName();
+  request.source = "command";
+  request.device = invocation.ValueOr(OptionId::QueueDevice, DefaultDevice);
+  request.title = invocation.ValueOr(OptionId::Title, "");
+  request.hold = invocation.Has(OptionId::QueueHold);
+  request.priority =
+      OrEnd(ExitStatus::WrongUse,
+            WholeNumberOf("--priority", invocation.ValueOr(OptionId::QueuePriority, "50"), 1, 100));
+  for (const OptionId id : KeptOptions)
+    if (invocation.Has(id)) request.options[OptionOf(id).name + 2] = invocation.ValueOr(id, "");
+  return request;
+}
+
+void ReportJob(const Invocation& invocation, const char* event, JobId id) {
+  if (invocation.Has(OptionId::Json)) {
+    JsonLine(event).Add("id", id).Write();
+  } else {
+    WriteOutLine(std::to_string(id));
+  }
+}
+
+Expected<void> RemoveJob(JobQueue& queue, JobId id) {
+  const auto spool = queue.Remove(id);
+  if (!spool) return spool.Error();
+  if (!spool->empty()) RemoveKeptPages(*spool);
+  return {};
+}
+
+Expected<void> Change(JobQueue& queue, const Invocation& invocation, JobId id) {
+  switch (invocation.command) {
+    case CommandId::JobsHold: return queue.Hold(id);
+    case CommandId::JobsRelease: return queue.Release(id);
+    case CommandId::JobsCancel: return queue.Cancel(id);
+    case CommandId::JobsMove: return queue.Move(id, invocation.ValueOr(OptionId::QueueDevice, ""));
+    case CommandId::JobsPriority:
+      return queue.SetPriority(
+          id, OrEnd(ExitStatus::WrongUse,
+                    WholeNumberOf("--priority", invocation.ValueOr(OptionId::QueuePriority, ""), 1,
+                                  100)));
+    case CommandId::JobsAccept: return queue.AcceptAsDone(id);
+    default: return RemoveJob(queue, id);
+  }
+}
+
+void CheckChange(const Invocation& invocation) {
+  if (invocation.command == CommandId::JobsMove && !invocation.Has(OptionId::QueueDevice))
+    throw CommandError(ExitStatus::WrongUse, "name the device: --device NAME");
+  if (invocation.command == CommandId::JobsPriority && !invocation.Has(OptionId::QueuePriority))
+    throw CommandError(ExitStatus::WrongUse, "name the priority: --priority N");
+}
+
+}  // namespace
+
+ExitStatus AddJobsCommand(const Invocation& invocation) {
+  const auto queue = OpenJobQueue();
+  CheckOptions(invocation);
+  server::JobRequest request = RequestOf(invocation);
+  // All are looked at before the first is taken.
+  for (const std::string& path : invocation.operands)
+    static_cast<void>(OrEnd(ExitStatus::BadInput, InspectInput(path)));
+  for (const std::string& path : invocation.operands) {
+    request.path = path;
+    ReportJob(invocation, "added", OrEndByCode(ExitStatus::JobFailed, queue->Submit(request)));
+  }
+  return ExitStatus::Done;
+}
+
+ExitStatus ChangeJobsCommand(const Invocation& invocation) {
+  CheckChange(invocation);
+  std::vector<JobId> ids;
+  for (const std::string& operand : invocation.operands) ids.push_back(JobNumber(operand));
+  const auto queue = OpenJobQueue();
+  ExitStatus worst = ExitStatus::Done;
+  for (const JobId id : ids) {
+    const auto done = Change(*queue, invocation, id);
+    if (done) {
+      ReportJob(invocation, "changed", id);
+      continue;
+    }
+    worst = ExitStatus::JobFailed;
+    WriteErrorLine("rastrel: " + Describe(done.Error()));
+  }
+  return worst;
+}
+
+ExitStatus ReprintJobCommand(const Invocation& invocation) {
+  std::vector<int> pages;
+  if (invocation.Has(OptionId::Pages))
+    for (const std::int32_t page :
+         OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, ""))))
+      pages.push_back(page + 1);
+  const JobId id = JobNumber(invocation.operand);
+  const auto queue = OpenJobQueue();
+  ReportJob(invocation, "added", OrEndByCode(ExitStatus::JobFailed, queue->Reprint(id, pages)));
+  return ExitStatus::Done;
+}
+
+}  // namespace rastrel::cli
