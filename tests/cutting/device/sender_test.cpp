@@ -6,11 +6,13 @@
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -181,6 +183,46 @@ TEST_F(SenderTest, a_cancelled_job_leaves_the_old_file_whole) {
   EXPECT_EQ(NamesIn(m_Directory.Path()), std::vector<std::string>{"job.plt"});
 }
 
+/// Runs a sender in a process of its own that is killed after so many reports of its progress.
+/// Returns whether it got that far.
+bool IsKilledAfter(int reports, const Device& device, const std::string& bytes) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    int seen = 0;
+    SendControl control;
+    control.onProgress = [&](const SendProgress&) {
+      if (++seen == reports) ::raise(SIGKILL);
+    };
+    static_cast<void>(Send(device, bytes, "sign", control));
+    ::_exit(0);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
+
+constexpr std::size_t FourPieces = (std::size_t{3} << 20) + 1;
+
+TEST_F(SenderTest, a_killed_sender_leaves_the_file_before_or_a_whole_one) {
+  const std::string bytes = Bytes(FourPieces);
+  for (int reports = 1; reports <= 5; ++reports) {
+    std::ofstream(In("job.plt")) << "old";
+    // The fourth report is that of the last byte, ahead of the file's new name.
+    EXPECT_EQ(IsKilledAfter(reports, FileDevice(In("job.plt")), bytes), reports <= 4);
+    EXPECT_EQ(Content(In("job.plt")) == "old", reports <= 4) << reports;
+    EXPECT_EQ(Content(In("job.plt")) == bytes, reports > 4) << reports;
+  }
+}
+
+TEST_F(SenderTest, a_killed_sender_leaves_no_file_in_a_directory_or_a_whole_one) {
+  const std::string bytes = Bytes(FourPieces);
+  for (int reports = 1; reports <= 5; ++reports) {
+    EXPECT_EQ(IsKilledAfter(reports, DirectoryDevice(), bytes), reports <= 4);
+    EXPECT_EQ(std::filesystem::exists(In("sign.plt")), reports > 4) << reports;
+  }
+  EXPECT_EQ(Content(In("sign.plt")), bytes);
+}
+
 TEST_F(SenderTest, a_directory_gets_a_new_file_for_each_job) {
   ASSERT_TRUE(Send(DirectoryDevice(), "1", "/x/sign.pdf", {}));
   const auto second = Send(DirectoryDevice(), "2", "/x/sign.pdf", {});
@@ -299,6 +341,19 @@ TEST(NetworkSender, a_device_that_closes_half_way_is_told_with_its_bytes) {
   const std::string begin =
       "'" + device.Where() + "' took " + std::to_string(last) + " of 30000000 bytes: ";
   EXPECT_EQ(Reason(result).substr(0, begin.size()), begin);
+}
+
+TEST(NetworkSender, a_killed_sender_ends_the_connection_after_a_part_in_order) {
+  const std::string bytes = Bytes(30000000);
+  for (const int reports : {1, 3}) {
+    std::string got;
+    {
+      NetworkDevice device([&](int connection) { got = ReadFrom(connection); }, 4096);
+      EXPECT_TRUE(IsKilledAfter(reports, device.AsDevice(), bytes));
+    }
+    EXPECT_LT(got.size(), bytes.size());
+    EXPECT_EQ(got, bytes.substr(0, got.size()));
+  }
 }
 
 TEST(NetworkSender, a_device_that_resets_is_told_with_its_bytes) {
