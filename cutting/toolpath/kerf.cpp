@@ -48,7 +48,7 @@ Contour ContourOf(const ClipperLib::Path& path, Point start, bool counterclockwi
   if (!counterclockwise) std::ranges::reverse(points);
   const auto nearest = std::ranges::min_element(
       points, {}, [&](const Point& point) { return Distance(point, start); });
-  std::ranges::rotate(points, nearest);
+  std::rotate(points.begin(), nearest, points.end());
   Contour contour{.start = points.front(), .segments = {}, .closed = true};
   for (std::size_t i = 1; i < points.size(); ++i) contour.segments.push_back(LineTo(points[i]));
   return contour;
