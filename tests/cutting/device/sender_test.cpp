@@ -183,8 +183,7 @@ TEST_F(SenderTest, a_cancelled_job_leaves_the_old_file_whole) {
   EXPECT_EQ(NamesIn(m_Directory.Path()), std::vector<std::string>{"job.plt"});
 }
 
-/// Runs a sender in a process of its own that is killed after so many reports of its progress.
-/// Returns whether it got that far.
+/// Whether a sender in a process of its own came to be killed at this report of its progress.
 bool IsKilledAfter(int reports, const Device& device, const std::string& bytes) {
   const pid_t child = ::fork();
   if (child == 0) {
@@ -201,10 +200,8 @@ bool IsKilledAfter(int reports, const Device& device, const std::string& bytes) 
   return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
 }
 
-constexpr std::size_t FourPieces = (std::size_t{3} << 20) + 1;
-
 TEST_F(SenderTest, a_killed_sender_leaves_the_file_before_or_a_whole_one) {
-  const std::string bytes = Bytes(FourPieces);
+  const std::string bytes = Bytes((3 << 20) + 1);
   for (int reports = 1; reports <= 5; ++reports) {
     std::ofstream(In("job.plt")) << "old";
     // The fourth report is that of the last byte, ahead of the file's new name.
@@ -215,7 +212,7 @@ TEST_F(SenderTest, a_killed_sender_leaves_the_file_before_or_a_whole_one) {
 }
 
 TEST_F(SenderTest, a_killed_sender_leaves_no_file_in_a_directory_or_a_whole_one) {
-  const std::string bytes = Bytes(FourPieces);
+  const std::string bytes = Bytes((3 << 20) + 1);
   for (int reports = 1; reports <= 5; ++reports) {
     EXPECT_EQ(IsKilledAfter(reports, DirectoryDevice(), bytes), reports <= 4);
     EXPECT_EQ(std::filesystem::exists(In("sign.plt")), reports > 4) << reports;
