@@ -79,9 +79,9 @@ class Search {
   [[nodiscard]] double FreePlace(std::uint32_t contour) const {
     const double length = m_Survey.flat.contours[contour].length;
     double at = length / 2;
-    const auto touched = std::ranges::equal_range(m_Touched, contour, {}, &Touched::contour);
-    for (const Touched& run : touched) {
-      if (at >= run.from && at <= run.to) at = run.to + (length - run.to) / 2;
+    auto run = std::ranges::lower_bound(m_Touched, contour, {}, &Touched::contour);
+    for (; run != m_Touched.end() && run->contour == contour; ++run) {
+      if (at >= run->from && at <= run->to) at = run->to + (length - run->to) / 2;
     }
     return at;
   }

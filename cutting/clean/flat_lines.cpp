@@ -12,6 +12,7 @@ __extension__ using Wide = __int128;
 constexpr std::size_t MaximumLines = 4'000'000;
 constexpr std::size_t SpareLines = 200'000;
 constexpr std::size_t LinesOfASegment = 256;
+constexpr std::size_t UsualLinesOfASegment = 4;
 
 bool IsUsablePoint(Point point) {
   return std::abs(point.x) <= Farthest && std::abs(point.y) <= Farthest;
@@ -26,22 +27,26 @@ void ForEachContour(const CutJob& job, const Visit& visit) {
   }
 }
 
-std::size_t LineLimit(const CutJob& job) {
+std::size_t SegmentsOf(const CutJob& job) {
   std::size_t segments = 0;
   ForEachContour(
       job, [&](ContourPlace, const Contour& contour) { segments += contour.segments.size() + 1; });
-  return std::max(segments, std::min(MaximumLines, segments * LinesOfASegment + SpareLines));
+  return segments;
 }
 
-void AddLine(FlatJob& flat, FlatContour& contour, Point from, Point to) {
-  FlatLine line{.from = OnGrid(from), .to = OnGrid(to)};
-  if (line.from == line.to) return;
-  line.at = contour.length;
-  line.length = Distance(Millimeters(line.from), Millimeters(line.to));
-  line.contour = static_cast<std::uint32_t>(flat.contours.size());
-  contour.length += line.length;
+void AddLine(FlatJob& flat, FlatContour& contour, GridPoint from, GridPoint to) {
+  if (from == to) return;
+  const auto x = static_cast<double>(to.x - from.x);
+  const auto y = static_cast<double>(to.y - from.y);
+  // At most 8·10²⁴ under the root: nothing to be careful of.
+  const double length = std::sqrt(x * x + y * y) / GridUnits;
+  flat.lines.push_back({.from = from,
+                        .to = to,
+                        .at = contour.length,
+                        .length = length,
+                        .contour = static_cast<std::uint32_t>(flat.contours.size())});
+  contour.length += length;
   ++contour.lines;
-  flat.lines.push_back(line);
 }
 
 void AddContour(FlatJob& flat, ContourPlace place, Operation operation, const Contour& contour) {
@@ -52,13 +57,14 @@ void AddContour(FlatJob& flat, ContourPlace place, Operation operation, const Co
   if (IsUsable(contour)) {
     const std::vector<Point> points = Flatten(contour, flat.tolerance);
     // Points that fall together on the grid are passed over.
-    std::size_t last = 0;
+    const GridPoint first = OnGrid(points.front());
+    GridPoint last = first;
     for (std::size_t i = 1; i < points.size(); ++i) {
-      if (OnGrid(points[i]) == OnGrid(points[last])) continue;
-      AddLine(flat, added, points[last], points[i]);
-      last = i;
+      const GridPoint point = OnGrid(points[i]);
+      AddLine(flat, added, last, point);
+      last = point;
     }
-    if (contour.closed) AddLine(flat, added, points[last], points.front());
+    if (contour.closed) AddLine(flat, added, last, first);
   }
   flat.contours.push_back(added);
 }
@@ -66,7 +72,11 @@ void AddContour(FlatJob& flat, ContourPlace place, Operation operation, const Co
 }  // namespace
 
 GridPoint OnGrid(Point point) {
-  return {std::llround(point.x * GridUnits), std::llround(point.y * GridUnits)};
+  // A conversion to whole numbers is one instruction, which the library's rounding is not.
+  const auto rounded = [](double value) {
+    return static_cast<std::int64_t>(value + (value < 0 ? -0.5 : 0.5));
+  };
+  return {rounded(point.x * GridUnits), rounded(point.y * GridUnits)};
 }
 
 Point Millimeters(GridPoint point) {
@@ -97,11 +107,12 @@ bool IsUsable(const Contour& contour) {
 }
 
 FlatJob FlatLinesOf(const CutJob& job, double tolerance) {
-  const std::size_t limit = LineLimit(job);
-  const std::size_t reserved = std::min(limit, MaximumLines) / 64;
+  const std::size_t segments = SegmentsOf(job);
+  const std::size_t limit =
+      std::max(segments, std::min(MaximumLines, segments * LinesOfASegment + SpareLines));
   for (double coarse = tolerance;; coarse *= 4) {
     FlatJob flat{.contours = {}, .lines = {}, .tolerance = coarse};
-    flat.lines.reserve(reserved);
+    flat.lines.reserve(std::min(limit, segments * UsualLinesOfASegment));
     bool fits = true;
     ForEachContour(job, [&](ContourPlace place, const Contour& contour) {
       if (fits) AddContour(flat, place, job.paths[place.path].operation, contour);

@@ -16,41 +16,31 @@ std::uint64_t Spread(std::uint64_t value) {
   return (value | (value << 1U)) & 0x5555555555555555U;
 }
 
-// Place of the line's middle along the curve through all quarters of quarters of the page.
-std::uint64_t PlaceOf(const FlatLine& line, GridPoint corner, unsigned shift) {
-  const auto x = static_cast<std::uint64_t>((line.from.x - corner.x + line.to.x - corner.x) / 2);
-  const auto y = static_cast<std::uint64_t>((line.from.y - corner.y + line.to.y - corner.y) / 2);
-  return Spread(x >> shift) | (Spread(y >> shift) << 1U);
+template <typename Any>
+void Widen(Any& box, const Any& other) {
+  box.left = std::min(box.left, other.left);
+  box.bottom = std::min(box.bottom, other.bottom);
+  box.right = std::max(box.right, other.right);
+  box.top = std::max(box.top, other.top);
 }
 
-std::vector<std::uint32_t> OrderOf(std::span<const FlatLine> lines) {
-  GridPoint low = lines.front().from;
-  GridPoint high = low;
-  for (const FlatLine& line : lines) {
-    low = {std::min({low.x, line.from.x, line.to.x}), std::min({low.y, line.from.y, line.to.y})};
-    high = {std::max({high.x, line.from.x, line.to.x}), std::max({high.y, line.from.y, line.to.y})};
-  }
-  unsigned shift = 0;
-  const std::int64_t size = std::max(high.x - low.x, high.y - low.y);
-  while ((size >> shift) > 0xffffffffLL) ++shift;
+// Places of the boxes' middles along the curve through all quarters of quarters of the page, each
+// with the number of its box.
+std::vector<std::pair<std::uint64_t, std::uint32_t>> PlacesOf(const std::vector<Box>& boxes) {
+  Box page = boxes.front();
+  for (const Box& box : boxes) Widen(page, box);
+  const double size = std::max({page.right - page.left, page.top - page.bottom, 1e-6});
+  const double scale = 0xffffffff / size / 2;
   std::vector<std::pair<std::uint64_t, std::uint32_t>> places;
-  places.reserve(lines.size());
-  for (const FlatLine& line : lines)
-    places.emplace_back(PlaceOf(line, low, shift), static_cast<std::uint32_t>(places.size()));
-  std::ranges::sort(places);
-  std::vector<std::uint32_t> order;
-  order.reserve(places.size());
-  for (const auto& place : places) order.push_back(place.second);
-  return order;
-}
-
-void Widen(Box& box, const Box& other) {
-  if (box.IsEmpty()) {
-    box = other;
-    return;
+  places.reserve(boxes.size());
+  for (const Box& box : boxes) {
+    const double x = (box.left - page.left + box.right - page.left) * scale;
+    const double y = (box.bottom - page.bottom + box.top - page.bottom) * scale;
+    places.emplace_back(
+        Spread(static_cast<std::uint64_t>(x)) | (Spread(static_cast<std::uint64_t>(y)) << 1U),
+        static_cast<std::uint32_t>(places.size()));
   }
-  box = {std::min(box.left, other.left), std::min(box.bottom, other.bottom),
-         std::max(box.right, other.right), std::max(box.top, other.top)};
+  return places;
 }
 
 }  // namespace
@@ -64,17 +54,45 @@ Box BoxOf(const FlatLine& line) {
 
 LineTree::LineTree(std::span<const FlatLine> lines) {
   if (lines.empty()) return;
-  m_Order = OrderOf(lines);
-  m_Boxes.reserve(m_Order.size());
-  for (const std::uint32_t number : m_Order) m_Boxes.push_back(BoxOf(lines[number]));
-  std::size_t below = m_Order.size();
-  do {
-    std::vector<Box> level((below + Fan - 1) / Fan);
-    for (std::size_t i = 0; i < below; ++i)
-      Widen(level[i / Fan], m_Levels.empty() ? m_Boxes[i] : m_Levels.back()[i]);
-    below = level.size();
+  std::vector<Leaf> leaves;
+  std::vector<Box> leafBoxes;
+  m_Boxes.reserve(lines.size());
+  leaves.reserve(lines.size() / 2);
+  leafBoxes.reserve(lines.size() / 2);
+  for (std::uint32_t line = 0; line < lines.size(); ++line) {
+    const Box box = BoxOf(lines[line]);
+    m_Boxes.emplace_back(box);
+    const bool goesOn = !leaves.empty() && line - leaves.back().first < Fan &&
+                        lines[line].contour == lines[line - 1].contour;
+    if (goesOn) {
+      ++leaves.back().end;
+      Widen(leafBoxes.back(), box);
+    } else {
+      leaves.push_back({line, line + 1});
+      leafBoxes.push_back(box);
+    }
+  }
+  auto places = PlacesOf(leafBoxes);
+  std::ranges::sort(places);
+  m_Leaves.reserve(leaves.size());
+  std::vector<SmallBox>& first = m_Levels.emplace_back();
+  first.reserve(leaves.size());
+  for (const auto& place : places) {
+    m_Leaves.push_back(leaves[place.second]);
+    first.emplace_back(leafBoxes[place.second]);
+  }
+  while (m_Levels.back().size() > 1) {
+    const std::vector<SmallBox>& below = m_Levels.back();
+    std::vector<SmallBox> level;
+    level.reserve((below.size() + Fan - 1) / Fan);
+    for (std::size_t i = 0; i < below.size(); ++i) {
+      if (i % Fan == 0)
+        level.push_back(below[i]);
+      else
+        Widen(level.back(), below[i]);
+    }
     m_Levels.push_back(std::move(level));
-  } while (below > 1);
+  }
 }
 
 }  // namespace rastrel::cutting::clean

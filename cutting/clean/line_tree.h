@@ -12,90 +12,146 @@ namespace rastrel::cutting::clean {
 
 /// The boxes of lines in a tree, for finding those near a box. The lines must outlive it.
 ///
-/// Lines are sorted along a space-filling curve, so that neighbors in the order are neighbors on
-/// the page; four boxes of a level make one of the next:
+/// A leaf has up to four lines that follow each other in one contour, so they are near each other
+/// in memory and on the page. Leaves are sorted along a space-filling curve, so that neighbors in
+/// the order are neighbors on the page; four boxes of a level make one of the next:
 ///
-///     lines   ....|....|....|....|..
-///     level 0   o    o    o    o   o
-///     level 1   o----o----o----o   o
-///     level 2   o------------------o
+///     lines     ....  ...  ....  .  ....
+///     level 0    o     o    o    o   o
+///     level 1    o-----o----o----o   o
+///     level 2    o-------------------o
 class LineTree {
  public:
+  /// Lines of one contour follow each other.
   explicit LineTree(std::span<const FlatLine> lines);
 
-  /// Calls `visit(number, other)` once for each two lines whose boxes are at most `distance` apart.
+  /// Calls `visit(number, other)` once for each two lines whose boxes are at most `distance` apart,
+  /// and for some whose boxes are farther by less than a millionth of their place.
   /// Asks `proceed(looked)` from time to time, with the number of boxes looked at, and returns
   /// false if it has said no.
   template <typename Visit, typename Proceed>
   bool ForEachPair(double distance, const Visit& visit, const Proceed& proceed) const {
-    std::size_t looked = 0;
-    for (std::size_t leaf = 0; leaf * Fan < m_Order.size(); ++leaf) {
-      PairsOf(leaf, m_Levels.size() - 1, 0, distance, visit, looked);
-      if (!proceed(looked)) return false;
-    }
-    return true;
+    PairSearch<Visit, Proceed> search{*this, SmallBox::Above(distance), visit, proceed};
+    return m_Levels.empty() || search.Within(m_Levels.size() - 1, 0);
   }
 
-  /// Calls `visit(number)` for each line whose box meets `box`. Returns the number of boxes looked
-  /// at.
+  /// Calls `visit(number)` for each line whose box meets `box`, and for some that almost do.
+  /// Returns the number of boxes looked at.
   template <typename Visit>
-  std::size_t ForEachNear(const Box& box, const Visit& visit) const {
+  std::size_t ForEachNear(const Box& given, const Visit& visit) const {
     if (m_Levels.empty()) return 0;
     std::size_t looked = 0;
+    const SmallBox box(given);
     const auto descend = [&](const auto& self, std::size_t level, std::size_t node) -> void {
       ++looked;
       if (!AreNear(m_Levels[level][node], box, 0)) return;
-      const std::size_t count = level == 0 ? m_Order.size() : m_Levels[level - 1].size();
-      for (std::size_t child = node * Fan; child < count && child < (node + 1) * Fan; ++child) {
-        if (level > 0)
-          self(self, level - 1, child);
-        else if (AreNear(m_Boxes[child], box, 0))
-          visit(m_Order[child]);
+      if (level == 0) {
+        for (std::uint32_t line = m_Leaves[node].first; line < m_Leaves[node].end; ++line) {
+          if (AreNear(m_Boxes[line], box, 0)) visit(line);
+        }
+        return;
       }
+      for (std::size_t child = node * Fan; child < ChildrenEnd(level, node); ++child)
+        self(self, level - 1, child);
     };
-    for (std::size_t node = 0; node < m_Levels.back().size(); ++node)
-      descend(descend, m_Levels.size() - 1, node);
+    descend(descend, m_Levels.size() - 1, 0);
     return looked;
   }
 
  private:
   static constexpr std::size_t Fan = 4;
 
-  static bool AreNear(const Box& a, const Box& b, double distance) {
+  /// At least as large as the box that it is made of, in half of the memory: a tree of a large job
+  /// is then read from the processor's caches.
+  struct SmallBox {
+    explicit SmallBox(const Box& box)
+        : left(Below(box.left)),
+          bottom(Below(box.bottom)),
+          right(Above(box.right)),
+          top(Above(box.top)) {}
+    static float Above(double value) { return static_cast<float>(value + Rounding(value)); }
+    static float Below(double value) { return static_cast<float>(value - Rounding(value)); }
+    /// More than the conversion and the sum of such numbers lose.
+    static double Rounding(double value) { return (value < 0 ? -value : value) * 2.5e-7; }
+    float left, bottom, right, top;
+  };
+
+  /// Numbers of lines.
+  struct Leaf {
+    std::uint32_t first = 0;
+    std::uint32_t end = 0;
+  };
+
+  // Goes down on both sides at once, so that two parts of the page that are apart are told apart
+  // by one look, and not by one for each leaf.
+  template <typename Visit, typename Proceed>
+  struct PairSearch {
+    const LineTree& tree;
+    float distance;
+    const Visit& visit;
+    const Proceed& proceed;
+    std::size_t looked = 0;
+
+    // The pairs of which both lines are below the node.
+    bool Within(std::size_t level, std::size_t node) {
+      ++looked;
+      if (level == 0) {
+        const Leaf leaf = tree.m_Leaves[node];
+        for (std::uint32_t line = leaf.first; line < leaf.end; ++line)
+          VisitNear(line, {line + 1, leaf.end});
+        return proceed(looked);
+      }
+      const std::size_t end = tree.ChildrenEnd(level, node);
+      for (std::size_t child = node * Fan; child < end; ++child) {
+        if (!Within(level - 1, child)) return false;
+        for (std::size_t other = child + 1; other < end; ++other) {
+          if (!Between(level - 1, child, other)) return false;
+        }
+      }
+      return true;
+    }
+
+    // The pairs of one line below each of two nodes.
+    bool Between(std::size_t level, std::size_t node, std::size_t other) {
+      ++looked;
+      const SmallBox& otherBox = tree.m_Levels[level][other];
+      if (!AreNear(tree.m_Levels[level][node], otherBox, distance)) return true;
+      if (level == 0) {
+        const Leaf leaf = tree.m_Leaves[node];
+        for (std::uint32_t line = leaf.first; line < leaf.end; ++line) {
+          if (AreNear(tree.m_Boxes[line], otherBox, distance))
+            VisitNear(line, tree.m_Leaves[other]);
+        }
+        return proceed(looked);
+      }
+      for (std::size_t child = node * Fan; child < tree.ChildrenEnd(level, node); ++child) {
+        if (!AreNear(tree.m_Levels[level - 1][child], otherBox, distance)) continue;
+        for (std::size_t k = other * Fan; k < tree.ChildrenEnd(level, other); ++k) {
+          if (!Between(level - 1, child, k)) return false;
+        }
+      }
+      return true;
+    }
+
+    void VisitNear(std::uint32_t line, Leaf leaf) const {
+      for (std::uint32_t other = leaf.first; other < leaf.end; ++other) {
+        if (AreNear(tree.m_Boxes[line], tree.m_Boxes[other], distance)) visit(line, other);
+      }
+    }
+  };
+
+  static bool AreNear(const SmallBox& a, const SmallBox& b, float distance) {
     return a.left <= b.right + distance && a.right >= b.left - distance &&
            a.bottom <= b.top + distance && a.top >= b.bottom - distance;
   }
 
-  // The pairs of a leaf's lines with those of a node, and of leaves after the leaf alone.
-  template <typename Visit>
-  void PairsOf(std::size_t leaf, std::size_t level, std::size_t node, double distance,
-               const Visit& visit, std::size_t& looked) const {
-    ++looked;
-    if (!AreNear(m_Levels[level][node], m_Levels[0][leaf], distance)) return;
-    if (level == 0) return PairsOfLeaves(leaf, node, distance, visit);
-    // The last leaf of child c of a node at this level.
-    const std::size_t leaves = std::size_t{1} << (2 * (level - 1));
-    for (std::size_t child = node * Fan;
-         child < m_Levels[level - 1].size() && child < (node + 1) * Fan; ++child) {
-      if ((child + 1) * leaves > leaf) PairsOf(leaf, level - 1, child, distance, visit, looked);
-    }
+  [[nodiscard]] std::size_t ChildrenEnd(std::size_t level, std::size_t node) const {
+    return std::min((node + 1) * Fan, m_Levels[level - 1].size());
   }
 
-  template <typename Visit>
-  void PairsOfLeaves(std::size_t leaf, std::size_t other, double distance,
-                     const Visit& visit) const {
-    const std::size_t end = std::min(m_Order.size(), (leaf + 1) * Fan);
-    const std::size_t otherEnd = std::min(m_Order.size(), (other + 1) * Fan);
-    for (std::size_t i = leaf * Fan; i < end; ++i) {
-      for (std::size_t j = other == leaf ? i + 1 : other * Fan; j < otherEnd; ++j) {
-        if (AreNear(m_Boxes[i], m_Boxes[j], distance)) visit(m_Order[i], m_Order[j]);
-      }
-    }
-  }
-
-  std::vector<std::uint32_t> m_Order;
-  std::vector<Box> m_Boxes;                ///< of the lines, in this order
-  std::vector<std::vector<Box>> m_Levels;  ///< the last has one box
+  std::vector<Leaf> m_Leaves;
+  std::vector<SmallBox> m_Boxes;                ///< of the lines
+  std::vector<std::vector<SmallBox>> m_Levels;  ///< the first has the leaves', the last has one box
 };
 
 /// Of one line.

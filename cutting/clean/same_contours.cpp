@@ -57,8 +57,9 @@ std::size_t SmallestStart(const std::vector<Corner>& ring) {
 std::vector<Corner> Canonical(const Contour& contour) {
   std::vector<Corner> corners = CornersOf(contour);
   if (contour.closed && !corners.empty())
-    std::ranges::rotate(corners,
-                        corners.begin() + static_cast<std::ptrdiff_t>(SmallestStart(corners)));
+    std::rotate(corners.begin(),
+                corners.begin() + static_cast<std::ptrdiff_t>(SmallestStart(corners)),
+                corners.end());
   return corners;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <polyclipping/clipper.hpp>
+#include <span>
 
 namespace rastrel::cutting::clean {
 namespace {
@@ -109,10 +110,10 @@ class Outlines {
   United united;
 
  private:
-  [[nodiscard]] std::ranges::subrange<std::vector<Origin>::const_iterator> OriginsOf(
-      const clip::IntPoint& point) const {
-    const auto found = std::ranges::equal_range(m_Origins, FromClip(point), {}, &Origin::place);
-    return {found.begin(), found.end()};
+  [[nodiscard]] std::span<const Origin> OriginsOf(const clip::IntPoint& point) const {
+    const GridPoint place = FromClip(point);
+    const auto first = std::ranges::lower_bound(m_Origins, place, {}, &Origin::place);
+    return {first, std::ranges::upper_bound(first, m_Origins.end(), place, {}, &Origin::place)};
   }
 
   // Whether the outline follows the ring for so many steps, onward or back.

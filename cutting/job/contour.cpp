@@ -7,7 +7,8 @@
 namespace rastrel::cutting {
 namespace {
 
-constexpr int MaximumLines = 1024;
+// A quarter of a circle of 100 m, which is as far as a sheet reaches, within 0.002 mm.
+constexpr int MaximumLines = 4096;
 
 Point Between(Point a, Point b, double t) { return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t}; }
 

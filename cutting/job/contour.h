@@ -66,7 +66,8 @@ struct Transform {
 
 /// Points from the start to the end, with straight lines between them that lie at most `tolerance`
 /// beside the curves. The first point of a closed contour is not repeated. No two in a row are
-/// equal. `tolerance` is above 0; a curve becomes 1,024 lines at most.
+/// equal. `tolerance` is above 0; a curve becomes 4,096 lines at most, which is
+/// enough for a quarter of a circle of 100 m within 0.0021 mm.
 [[nodiscard]] std::vector<Point> Flatten(const Contour& contour, double tolerance);
 
 /// The closed contour's own line back to its start counts. Curves are measured to 0.01 %.

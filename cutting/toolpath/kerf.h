@@ -28,12 +28,21 @@ struct KerfReport {
   /// in reasonable time (tangle.h): as before.
   std::size_t tangled = 0;
   std::vector<Place> vanished{};  ///< holes narrower than the kerf: gone
+  /// The sum of the squares of the corners of the contours that were offset. The first contour that
+  /// makes it more than MaximumWork is as before, and so are all after it: the job has not got its
+  /// kerf.
+  double work = 0;
+  static constexpr double MaximumWork = 1e10;  ///< one contour of 100,000 corners, or 100 of 10,000
+
+  [[nodiscard]] bool IsTooMuch() const { return work > MaximumWork; }
 };
 
 /// Moves each closed contour of a path with a tool by half of its settings' kerf into the waste: an
 /// outline outward and a hole inward, by its nesting among the contours of the same operation.
 /// `tolerance`, at least 0.001 mm, is how far the result may be off the true offset; round corners
 /// of a kerf above 10 mm may be off by a thousandth of its half.
+///
+/// Lines of the outline are thinned first, by at most a tenth of the tolerance (thinning.h).
 ///
 /// The result is made of straight lines, for the offset of a cubic curve is none; a contour runs as
 /// it did and begins near its old start. A hole may fall into several, and an outline that comes

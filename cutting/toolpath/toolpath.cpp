@@ -64,6 +64,10 @@ CutJob Assembled(const CutJob& job, const std::vector<ToolLine>& lines, ClosingR
 Expected<ToolPathResult> MakeToolPaths(CutJob job, const ToolPathOptions& options) {
   ToolPathResult result;
   job = OffsetByKerf(std::move(job), options.corners, options.tolerance, result.report.kerf);
+  if (result.report.kerf.IsTooMuch())
+    return FailureOf(
+        "the kerf is worked on one path of 100,000 corners, or on 100 of 10,000; this job has more",
+        FailureCode::BadInput);
   const std::size_t cutPaths = job.paths.size();
   Expected<CutJob> weeded = AddWeeding(std::move(job), options.weeding);
   if (!weeded) return weeded.Error();

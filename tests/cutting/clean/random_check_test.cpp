@@ -213,7 +213,7 @@ TEST(CheckOfHostileJobs, flattens_curves_of_a_kilometer_within_bounds) {
                       .segments = {CurveTo({1e6, y}, {-1e6, y + 5}, {1e6, y + 5})},
                       .closed = false});
   }
-  // 1,024 lines each would be 1.5 million.
+  // 4,096 lines each would be 6 million.
   EXPECT_EQ(Check(JobOf(curves)).contours, 1500U);
 }
 

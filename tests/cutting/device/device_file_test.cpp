@@ -50,7 +50,7 @@ std::string TextOfFile(const std::filesystem::path& path) {
   return text.str();
 }
 
-TEST(DeviceFile, AShortFileHasTheDefaults) {
+TEST(DeviceFile, a_short_file_has_the_defaults) {
   const auto device = ReadDevice(Small, "knife.toml");
   ASSERT_TRUE(device);
   Device expected;
@@ -59,7 +59,7 @@ TEST(DeviceFile, AShortFileHasTheDefaults) {
   EXPECT_EQ(*device, expected);
 }
 
-TEST(DeviceFile, EveryKeyIsTaken) {
+TEST(DeviceFile, every_key_is_taken) {
   const auto device = ReadDevice(Full(), "knife.toml");
   ASSERT_TRUE(device) << Describe(device.Error());
   EXPECT_EQ(device->width, 600);
@@ -93,7 +93,7 @@ TEST(DeviceFile, EveryKeyIsTaken) {
   EXPECT_EQ(device->reach.timeoutSeconds, 5);
 }
 
-TEST(DeviceFile, AFaultHasItsLineAndReason) {
+TEST(DeviceFile, a_fault_has_its_line_and_reason) {
   EXPECT_EQ(FaultOf("format = 'hpgl'\n"), "knife.toml:1:1: the device needs a name");
   EXPECT_EQ(FaultOf("name = 'x'\n"), "knife.toml:1:1: the device needs a format");
   EXPECT_EQ(FaultOf("name = 'x'\nformat = 'hpg'\n"),
@@ -107,7 +107,7 @@ TEST(DeviceFile, AFaultHasItsLineAndReason) {
             "knife.toml:3:16: units-per-mm must be 40 or 100");
 }
 
-TEST(DeviceFile, AToolThatCannotBeIsAFault) {
+TEST(DeviceFile, a_tool_that_cannot_be_is_a_fault) {
   const auto fault = [](const std::string& lines) { return FaultOf(std::string(Small) + lines); };
   EXPECT_EQ(fault("[[tool]]\npen = 1\n"), "knife.toml:3:1: the tool needs a name");
   EXPECT_EQ(fault("[[tool]]\nname = 'a'\n[[tool]]\nname = 'a'\n"),
@@ -123,7 +123,7 @@ TEST(DeviceFile, AToolThatCannotBeIsAFault) {
   EXPECT_NE(fault("[[tool]]\nname = 'a'\npen = 100\n"), "");
 }
 
-TEST(DeviceFile, AHundredthToolIsAFault) {
+TEST(DeviceFile, a_hundredth_tool_is_a_fault) {
   std::string text(Small);
   for (int i = 0; i < 98; ++i) text += "[[tool]]\nname = 't" + std::to_string(i) + "'\n";
   EXPECT_EQ(FaultOf(text), "");
@@ -133,7 +133,7 @@ TEST(DeviceFile, AHundredthToolIsAFault) {
   EXPECT_NE(FaultOf(text), "");
 }
 
-TEST(DeviceFile, AWayOfReachingNeedsItsKeysAndNoOthers) {
+TEST(DeviceFile, a_way_of_reaching_needs_its_keys_and_no_others) {
   EXPECT_EQ(FaultOfReach(""), "knife.toml:3:1: the table needs 'by'");
   EXPECT_EQ(FaultOfReach("by = 'file'\n"),
             "knife.toml:3:1: a device that is reached so needs 'path'");
@@ -158,7 +158,7 @@ TEST(DeviceFile, AWayOfReachingNeedsItsKeysAndNoOthers) {
   }
 }
 
-TEST(DeviceFile, EveryKeyOfThePageIsAKeyOfTheCode) {
+TEST(DeviceFile, every_key_of_the_page_is_a_key_of_the_code) {
   const std::string page = TextOfFile(RASTREL_SOURCE_DIR "/docs/formats/cut-device.md");
   std::set<std::string> told;
   for (std::size_t at = 0; (at = page.find("\n| `", at)) != std::string::npos; at += 4) {
@@ -168,7 +168,7 @@ TEST(DeviceFile, EveryKeyOfThePageIsAKeyOfTheCode) {
   EXPECT_EQ(told, std::set<std::string>(keys.begin(), keys.end()));
 }
 
-TEST(DeviceFile, EveryKeyThatIsListedIsRead) {
+TEST(DeviceFile, every_key_that_is_listed_is_read) {
   // The same file with one key given twice as a table of its own: a key that is read complains of
   // its type, and one that is not is unknown.
   for (const std::string& key : DeviceKeys()) {
@@ -191,7 +191,7 @@ TEST(DeviceFile, EveryKeyThatIsListedIsRead) {
   }
 }
 
-TEST(DeviceFile, TheReadyFilesAreSound) {
+TEST(DeviceFile, the_ready_files_are_sound) {
   int files = 0;
   for (const auto& entry :
        std::filesystem::directory_iterator(RASTREL_SOURCE_DIR "/share/cut-devices")) {
@@ -201,7 +201,7 @@ TEST(DeviceFile, TheReadyFilesAreSound) {
   EXPECT_EQ(files, 4);
 }
 
-TEST(DeviceFile, AFileThatIsCutAtAnyByteIsReadOrRefused) {
+TEST(DeviceFile, a_file_that_is_cut_at_any_byte_is_read_or_refused) {
   const std::string text = Full();
   for (std::size_t size = 0; size < text.size(); ++size) {
     const auto device = ReadDevice(text.substr(0, size), "knife.toml");
@@ -209,7 +209,7 @@ TEST(DeviceFile, AFileThatIsCutAtAnyByteIsReadOrRefused) {
   }
 }
 
-TEST(FittedJob, APathWithoutSettingsGetsThoseOfItsTool) {
+TEST(FittedJob, a_path_without_settings_gets_those_of_its_tool) {
   auto device = *ReadDevice(
       std::string(Small) + "[[tool]]\nname = 'k'\noperations = ['cut']\nspeed = 9\nforce = 7\n",
       "knife.toml");
@@ -223,7 +223,7 @@ TEST(FittedJob, APathWithoutSettingsGetsThoseOfItsTool) {
   EXPECT_EQ(FittedTo(device, job)->paths[0].settings.speed, 4);
 }
 
-TEST(FittedJob, SpeedAndForceAreHeldToTheLimits) {
+TEST(FittedJob, speed_and_force_are_held_to_the_limits) {
   Device device;
   device.limits.maximumSpeed = 100;
   device.limits.maximumForce = 50;
@@ -236,7 +236,7 @@ TEST(FittedJob, SpeedAndForceAreHeldToTheLimits) {
   EXPECT_EQ(fitted->paths[0].settings.force, 50);
 }
 
-TEST(FittedJob, AToolThatTheDeviceLacksIsRefused) {
+TEST(FittedJob, a_tool_that_the_device_lacks_is_refused) {
   auto device = *ReadDevice(std::string(Small) + "[[tool]]\nname = 'k'\n", "knife.toml");
   CutJob job = JobOf(10, 10);
   job.paths[0].settings.tool = "saw";
@@ -245,7 +245,7 @@ TEST(FittedJob, AToolThatTheDeviceLacksIsRefused) {
   EXPECT_EQ(Describe(fitted.Error()), "'Knife' has no tool 'saw'");
 }
 
-TEST(FittedJob, AJobThatIsLargerThanTheDeviceIsRefused) {
+TEST(FittedJob, a_job_that_is_larger_than_the_device_is_refused) {
   Device device;
   device.name = "Knife";
   device.width = 100;

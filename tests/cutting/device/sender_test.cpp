@@ -6,11 +6,13 @@
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -150,7 +152,7 @@ std::string Reason(const Expected<SendResult>& result) {
   return result ? "" : Describe(result.Error());
 }
 
-TEST_F(SenderTest, AFileTakesThePlaceOfTheOneBefore) {
+TEST_F(SenderTest, a_file_takes_the_place_of_the_one_before) {
   std::ofstream(In("job.plt")) << "old";
   const auto result = Send(FileDevice(In("job.plt")), "new", "a", {});
   ASSERT_TRUE(result) << Reason(result);
@@ -160,7 +162,7 @@ TEST_F(SenderTest, AFileTakesThePlaceOfTheOneBefore) {
   EXPECT_EQ(NamesIn(m_Directory.Path()), std::vector<std::string>{"job.plt"});
 }
 
-TEST_F(SenderTest, ALinkInTheFilesPlaceIsReplacedAndNotFollowed) {
+TEST_F(SenderTest, a_link_in_the_files_place_is_replaced_and_not_followed) {
   std::ofstream(In("precious")) << "kept";
   std::filesystem::create_symlink(In("precious"), In("job.plt"));
   ASSERT_TRUE(Send(FileDevice(In("job.plt")), "new", "a", {}));
@@ -168,7 +170,7 @@ TEST_F(SenderTest, ALinkInTheFilesPlaceIsReplacedAndNotFollowed) {
   EXPECT_FALSE(std::filesystem::is_symlink(In("job.plt")));
 }
 
-TEST_F(SenderTest, ACancelledJobLeavesTheOldFileWhole) {
+TEST_F(SenderTest, a_cancelled_job_leaves_the_old_file_whole) {
   std::ofstream(In("job.plt")) << "old";
   int asked = 0;
   SendControl control;
@@ -181,7 +183,44 @@ TEST_F(SenderTest, ACancelledJobLeavesTheOldFileWhole) {
   EXPECT_EQ(NamesIn(m_Directory.Path()), std::vector<std::string>{"job.plt"});
 }
 
-TEST_F(SenderTest, ADirectoryGetsANewFileForEachJob) {
+/// Whether a sender in a process of its own came to be killed at this report of its progress.
+bool IsKilledAfter(int reports, const Device& device, const std::string& bytes) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    int seen = 0;
+    SendControl control;
+    control.onProgress = [&](const SendProgress&) {
+      if (++seen == reports) ::raise(SIGKILL);
+    };
+    static_cast<void>(Send(device, bytes, "sign", control));
+    ::_exit(0);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
+
+TEST_F(SenderTest, a_killed_sender_leaves_the_file_before_or_a_whole_one) {
+  const std::string bytes = Bytes((3 << 20) + 1);
+  for (int reports = 1; reports <= 5; ++reports) {
+    std::ofstream(In("job.plt")) << "old";
+    // The fourth report is that of the last byte, ahead of the file's new name.
+    EXPECT_EQ(IsKilledAfter(reports, FileDevice(In("job.plt")), bytes), reports <= 4);
+    EXPECT_EQ(Content(In("job.plt")) == "old", reports <= 4) << reports;
+    EXPECT_EQ(Content(In("job.plt")) == bytes, reports > 4) << reports;
+  }
+}
+
+TEST_F(SenderTest, a_killed_sender_leaves_no_file_in_a_directory_or_a_whole_one) {
+  const std::string bytes = Bytes((3 << 20) + 1);
+  for (int reports = 1; reports <= 5; ++reports) {
+    EXPECT_EQ(IsKilledAfter(reports, DirectoryDevice(), bytes), reports <= 4);
+    EXPECT_EQ(std::filesystem::exists(In("sign.plt")), reports > 4) << reports;
+  }
+  EXPECT_EQ(Content(In("sign.plt")), bytes);
+}
+
+TEST_F(SenderTest, a_directory_gets_a_new_file_for_each_job) {
   ASSERT_TRUE(Send(DirectoryDevice(), "1", "/x/sign.pdf", {}));
   const auto second = Send(DirectoryDevice(), "2", "/x/sign.pdf", {});
   ASSERT_TRUE(second);
@@ -190,14 +229,14 @@ TEST_F(SenderTest, ADirectoryGetsANewFileForEachJob) {
   EXPECT_EQ(Content(In("sign-2.plt")), "2");
 }
 
-TEST_F(SenderTest, AJobsNameNeverLeavesTheDirectory) {
+TEST_F(SenderTest, a_jobs_name_never_leaves_the_directory) {
   EXPECT_EQ(DeviceFileName("../../etc/passwd", "dxf"), "passwd.dxf");
   EXPECT_EQ(DeviceFileName("..", "dxf").find('/'), std::string::npos);
   EXPECT_EQ(DeviceFileName("", "gcode"), "untitled.nc");
   EXPECT_EQ(DeviceFileName("a\nb.pdf", "hpgl"), "a_b.plt");
 }
 
-TEST_F(SenderTest, AnAbsentDirectoryIsNamed) {
+TEST_F(SenderTest, an_absent_directory_is_named) {
   Device device = DirectoryDevice();
   device.reach.path = In("none");
   const auto result = Send(device, "x", "a", {});
@@ -205,34 +244,34 @@ TEST_F(SenderTest, AnAbsentDirectoryIsNamed) {
   EXPECT_NE(Reason(result).find("none"), std::string::npos) << Reason(result);
 }
 
-TEST_F(SenderTest, AFullDiskIsToldAndHasNoFile) {
+TEST_F(SenderTest, a_full_disk_is_told_and_has_no_file) {
   // The node takes nothing, as a full disk does.
   const auto result = Send(FileDevice("/dev/full"), "x", "a", {});
   ASSERT_FALSE(result);
   EXPECT_EQ(Reason(result), "'/dev/full' took 0 of 1 bytes: No space left on device");
 }
 
-TEST_F(SenderTest, APipeWithoutAReaderIsRefusedAtOnce) {
+TEST_F(SenderTest, a_pipe_without_a_reader_is_refused_at_once) {
   ASSERT_EQ(::mkfifo(In("pipe").c_str(), 0600), 0);
   const auto result = Send(FileDevice(In("pipe")), "x", "a", {});
   ASSERT_FALSE(result);
   EXPECT_EQ(result.Error().error, ENXIO);
 }
 
-TEST_F(SenderTest, APipeGetsTheBytes) {
+TEST_F(SenderTest, a_pipe_gets_the_bytes) {
   ASSERT_EQ(::mkfifo(In("pipe").c_str(), 0600), 0);
   const FileDescriptor reader(::open(In("pipe").c_str(), O_RDONLY | O_NONBLOCK));
   ASSERT_TRUE(Send(FileDevice(In("pipe")), "IN;", "a", {}));
   EXPECT_EQ(ReadFrom(reader.Get()), "IN;");
 }
 
-TEST_F(SenderTest, ADeviceThatIsNotReachedIsRefused) {
+TEST_F(SenderTest, a_device_that_is_not_reached_is_refused) {
   Device device;
   device.name = "drawing";
   EXPECT_EQ(Reason(Send(device, "x", "a", {})), "'drawing' has no way that bytes can be sent by");
 }
 
-TEST(NetworkSender, ADeviceGetsEveryByteAndProgressGrows) {
+TEST(NetworkSender, a_device_gets_every_byte_and_progress_grows) {
   std::string got;
   const std::string bytes = Bytes(3000000);
   std::vector<std::uint64_t> steps;
@@ -250,14 +289,14 @@ TEST(NetworkSender, ADeviceGetsEveryByteAndProgressGrows) {
   EXPECT_EQ(steps.back(), bytes.size());
 }
 
-TEST(NetworkSender, AnEmptyJobIsSent) {
+TEST(NetworkSender, an_empty_job_is_sent) {
   NetworkDevice device([](int connection) { ReadFrom(connection); });
   const auto result = Send(device.AsDevice(), "", "a", {});
   ASSERT_TRUE(result) << Reason(result);
   EXPECT_EQ(result->progress.taken, 0u);
 }
 
-TEST(NetworkSender, ASmallChunkGetsThroughWhole) {
+TEST(NetworkSender, a_small_chunk_gets_through_whole) {
   std::string got;
   const std::string bytes = Bytes(20000);
   {
@@ -269,7 +308,7 @@ TEST(NetworkSender, ASmallChunkGetsThroughWhole) {
   EXPECT_EQ(got, bytes);
 }
 
-TEST(NetworkSender, ADeviceThatNeverReadsIsToldWithItsBytes) {
+TEST(NetworkSender, a_device_that_never_reads_is_told_with_its_bytes) {
   Gate gate;
   NetworkDevice device([&](int) { gate.Wait(); }, 4096, &gate);
   const std::string bytes = Bytes(30000000);
@@ -283,7 +322,7 @@ TEST(NetworkSender, ADeviceThatNeverReadsIsToldWithItsBytes) {
                                 " of 30000000 bytes: it took nothing for 1 seconds");
 }
 
-TEST(NetworkSender, ADeviceThatClosesHalfWayIsToldWithItsBytes) {
+TEST(NetworkSender, a_device_that_closes_half_way_is_told_with_its_bytes) {
   std::size_t read = 0;
   NetworkDevice device([&](int connection) { read = ReadFrom(connection, 100000).size(); }, 4096);
   const std::string bytes = Bytes(30000000);
@@ -301,7 +340,20 @@ TEST(NetworkSender, ADeviceThatClosesHalfWayIsToldWithItsBytes) {
   EXPECT_EQ(Reason(result).substr(0, begin.size()), begin);
 }
 
-TEST(NetworkSender, ADeviceThatResetsIsToldWithItsBytes) {
+TEST(NetworkSender, a_killed_sender_ends_the_connection_after_a_part_in_order) {
+  const std::string bytes = Bytes(30000000);
+  for (const int reports : {1, 3}) {
+    std::string got;
+    {
+      NetworkDevice device([&](int connection) { got = ReadFrom(connection); }, 4096);
+      EXPECT_TRUE(IsKilledAfter(reports, device.AsDevice(), bytes));
+    }
+    EXPECT_LT(got.size(), bytes.size());
+    EXPECT_EQ(got, bytes.substr(0, got.size()));
+  }
+}
+
+TEST(NetworkSender, a_device_that_resets_is_told_with_its_bytes) {
   NetworkDevice device([&](int connection) {
     ReadFrom(connection, 10);
     const linger none{1, 0};
@@ -312,7 +364,7 @@ TEST(NetworkSender, ADeviceThatResetsIsToldWithItsBytes) {
   EXPECT_NE(Reason(result).find(" of 30000000 bytes: "), std::string::npos) << Reason(result);
 }
 
-TEST(NetworkSender, APortWithoutADeviceIsRefused) {
+TEST(NetworkSender, a_port_without_a_device_is_refused) {
   int port = 0;
   {
     const FileDescriptor socket(::socket(AF_INET, SOCK_STREAM, 0));
@@ -334,7 +386,7 @@ TEST(NetworkSender, APortWithoutADeviceIsRefused) {
             "connect '127.0.0.1:" + std::to_string(port) + "': Connection refused (111)");
 }
 
-TEST(NetworkSender, ANameThatIsNoHostIsTold) {
+TEST(NetworkSender, a_name_that_is_no_host_is_told) {
   Device device;
   device.reach.by = Reach::Tcp;
   device.reach.host = "no such host";
@@ -343,7 +395,7 @@ TEST(NetworkSender, ANameThatIsNoHostIsTold) {
   EXPECT_EQ(Reason(result).find("find 'no such host:9100': "), 0u) << Reason(result);
 }
 
-TEST(NetworkSender, AnswersOfTheDeviceDoNotStopIt) {
+TEST(NetworkSender, answers_of_the_device_do_not_stop_it) {
   std::string got;
   const std::string bytes = Bytes(2000000);
   {
@@ -360,7 +412,7 @@ TEST(NetworkSender, AnswersOfTheDeviceDoNotStopIt) {
   EXPECT_EQ(got, bytes);
 }
 
-TEST(NetworkSender, ACancelledJobIsNotSentOn) {
+TEST(NetworkSender, a_cancelled_job_is_not_sent_on) {
   std::string got;
   Gate gate;
   const std::string bytes = Bytes(30000000);
@@ -382,7 +434,7 @@ TEST(NetworkSender, ACancelledJobIsNotSentOn) {
   EXPECT_LT(got.size(), bytes.size());
 }
 
-TEST(NetworkSender, APausedJobOutlastsTheTimeoutAndGoesOn) {
+TEST(NetworkSender, a_paused_job_outlasts_the_timeout_and_goes_on) {
   std::string got;
   const std::string bytes = Bytes(1000000);
   bool wasPaused = false;
@@ -407,7 +459,7 @@ TEST(NetworkSender, APausedJobOutlastsTheTimeoutAndGoesOn) {
   EXPECT_EQ(got, bytes);
 }
 
-TEST(NetworkSender, AnOrderComesByItsDescriptor) {
+TEST(NetworkSender, an_order_comes_by_its_descriptor) {
   Gate order;
   Gate held;
   NetworkDevice device([&](int) { held.Wait(); }, 4096, &held);
@@ -449,7 +501,7 @@ struct Line {
   std::string path;
 };
 
-TEST(SerialSender, EveryByteArrivesAsItIs) {
+TEST(SerialSender, every_byte_arrives_as_it_is) {
   Line line;
   std::string bytes;
   for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
@@ -459,7 +511,7 @@ TEST(SerialSender, EveryByteArrivesAsItIs) {
   EXPECT_EQ(ReadFrom(line.device.Get(), bytes.size()), bytes);
 }
 
-TEST(SerialSender, TheLineGetsTheDevicesSettings) {
+TEST(SerialSender, the_line_gets_the_devices_settings) {
   Line line;
   Device device = line.AsDevice(FlowControl::Software);
   device.reach.baud = 19200;
@@ -478,7 +530,7 @@ TEST(SerialSender, TheLineGetsTheDevicesSettings) {
   EXPECT_EQ(settings.c_oflag & OPOST, 0u);
 }
 
-TEST(SerialSender, ADeviceThatStopsForEverIsToldWithItsBytes) {
+TEST(SerialSender, a_device_that_stops_for_ever_is_told_with_its_bytes) {
   Line line;
   const auto settled = OpenSerial(line.AsDevice(FlowControl::Software).reach);
   ASSERT_TRUE(settled);
@@ -491,7 +543,7 @@ TEST(SerialSender, ADeviceThatStopsForEverIsToldWithItsBytes) {
   EXPECT_TRUE(reason.ends_with(" of 100000 bytes: it took nothing for 1 seconds")) << reason;
 }
 
-TEST(SerialSender, ADeviceThatStopsAndGoesOnGetsEveryByte) {
+TEST(SerialSender, a_device_that_stops_and_goes_on_gets_every_byte) {
   Line line;
   const std::string bytes = Bytes(200000);
   std::string got;
@@ -512,7 +564,7 @@ TEST(SerialSender, ADeviceThatStopsAndGoesOnGetsEveryByte) {
   EXPECT_EQ(got, bytes);
 }
 
-TEST(SerialSender, ALineThatHangsUpIsTold) {
+TEST(SerialSender, a_line_that_hangs_up_is_told) {
   Line line;
   std::thread cutter([&] {
     ReadFrom(line.device.Get(), 1000);
@@ -524,7 +576,7 @@ TEST(SerialSender, ALineThatHangsUpIsTold) {
   EXPECT_NE(Reason(result).find(" of 5000000 bytes: "), std::string::npos) << Reason(result);
 }
 
-TEST(SerialSender, AFileIsNoSerialPort) {
+TEST(SerialSender, a_file_is_no_serial_port) {
   const auto directory = os::PrivateDirectory::Make("line-");
   const std::string path = directory->Path() + "/file";
   std::ofstream(path) << "kept";
@@ -536,7 +588,7 @@ TEST(SerialSender, AFileIsNoSerialPort) {
   EXPECT_EQ(Content(path), "kept");
 }
 
-TEST(SerialSender, AnAbsentPortIsNamed) {
+TEST(SerialSender, an_absent_port_is_named) {
   DeviceReach reach;
   reach.path = "/dev/no-such-port";
   const auto opened = OpenSerial(reach);

@@ -8,6 +8,7 @@
 #include <numbers>
 #include <random>
 
+#include "cutting/toolpath/toolpath.h"
 #include "tests/cutting/toolpath/distance_transform.h"
 #include "tests/cutting/toolpath/shapes.h"
 
@@ -179,6 +180,51 @@ TEST(OffsetByKerf, an_outline_of_ten_thousand_lines_is_moved) {
   const CutJob moved = Offset(JobOf({Polygon(points)}, 0.2), Corners::Round, report);
   EXPECT_EQ(report.moved, 1U);
   EXPECT_NEAR(BoxOf(moved.paths.at(0)).right, 500.1, 0.01);
+}
+
+// Corners that no thinning takes away, on a ring so wide that the job is no scribble.
+Contour JaggedRing(int corners) {
+  std::vector<Point> points;
+  for (int i = 0; i < corners; ++i) {
+    const double angle = 2 * std::numbers::pi * i / corners;
+    const double radius = 3000 + (i % 2) * 0.1;
+    points.push_back({radius * std::cos(angle), radius * std::sin(angle)});
+  }
+  return Polygon(points);
+}
+
+TEST(OffsetByKerf, an_outline_of_a_hundred_thousand_lines_is_moved_within_the_tolerance) {
+  std::vector<Point> points;
+  for (int i = 0; i < 100'000; ++i) {
+    const double angle = 2 * std::numbers::pi * i / 100'000;
+    points.push_back({500 * std::cos(angle), 500 * std::sin(angle)});
+  }
+  const std::vector<Contour> moved = OffsetOf({Polygon(points)}, 0.2, Corners::Round);
+  ASSERT_EQ(moved.size(), 1U);
+  EXPECT_LT(moved[0].segments.size(), 10'000U);
+  for (const Segment& segment : moved[0].segments)
+    ASSERT_NEAR(std::hypot(segment.end.x, segment.end.y), 500.1, Tolerance);
+}
+
+TEST(OffsetByKerf, work_up_to_the_limit_is_done_and_beyond_it_the_contour_stays) {
+  const CutJob job = JobOf({Rectangle(10, 10, 30, 20)}, 2);
+  for (const double spare : {17, 16, 15}) {
+    KerfReport report;
+    report.work = KerfReport::MaximumWork - spare;
+    const bool fits = spare >= 16;  // the square of four corners
+    const CutJob moved = Offset(job, Corners::Pointed, report);
+    EXPECT_EQ(moved.paths.at(0).contours.at(0),
+              fits ? Rectangle(9, 9, 31, 21) : Rectangle(10, 10, 30, 20));
+    EXPECT_EQ(report.IsTooMuch(), !fits);
+  }
+}
+
+TEST(OffsetByKerf, a_job_with_more_corners_than_can_be_worked_is_refused) {
+  const auto result = MakeToolPaths(JobOf({JaggedRing(100'002)}, 0.2), {});
+  ASSERT_FALSE(result);
+  EXPECT_EQ(Describe(result.Error()),
+            "the kerf is worked on one path of 100,000 corners, or on 100 of 10,000; this job has "
+            "more");
 }
 
 // Pixels of 0.05 mm: whether their middle is within the contours, by the even-odd rule.
