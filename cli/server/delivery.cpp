@@ -10,6 +10,7 @@
 #include "cli/job/job_run.h"
 #include "cli/printing/page_ranges.h"
 #include "cli/printing/spool.h"
+#include "cli/server/device_delivery.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
 #include "cli/server/outbox.h"
@@ -73,18 +74,39 @@ Expected<void> FinishJob(server::JobQueue& queue, const server::Job& job,
   return queue.SetDone(job.id);
 }
 
+// Has the engine make all files of the job in the outbox, unless an earlier run did. Another end
+// than Done if it could not.
+TicketEnd FillOutbox(server::JobQueue& queue, const server::Job& job, Outbox& outbox) {
+  if (outbox.IsWhole()) return {TicketEnd::Kind::Done, 0, ""};
+  const std::string place = OrEnd(ExitStatus::JobFailed, outbox.Begin());
+  JobRecord record;
+  TicketEnd end = RunEngine(queue, job, place, record);
+  if (end.kind == TicketEnd::Kind::Done) OrEnd(ExitStatus::JobFailed, outbox.Finish());
+  return end;
+}
+
 // Files below the output directory: made aside, and moved when all are whole.
 Expected<void> DeliverFiles(server::JobQueue& queue, const server::Job& job, bool overwrite) {
   Outbox outbox(queue.DirectoryOf(job.id));
-  if (!outbox.IsWhole()) {
-    const std::string place = OrEnd(ExitStatus::JobFailed, outbox.Begin());
-    JobRecord record;
-    const TicketEnd end = RunEngine(queue, job, place, record);
-    if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
-    OrEnd(ExitStatus::JobFailed, outbox.Finish());
-  }
+  const TicketEnd end = FillOutbox(queue, job, outbox);
+  if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
   return FinishJob(queue, job,
                    OrEnd(ExitStatus::JobFailed, outbox.MoveTo(OutputDirectory(), overwrite)));
+}
+
+// To a device of the server's settings, by the ways of server/delivery.
+Expected<void> DeliverByWay(server::JobQueue& queue, const server::Job& job,
+                            const server::DeviceSettings& device) {
+  Outbox outbox(queue.DirectoryOf(job.id));
+  const TicketEnd end = FillOutbox(queue, job, outbox);
+  if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
+  auto reported = DeliverToDevice(queue, job, device, OrEnd(ExitStatus::JobFailed, outbox.Files()));
+  if (!reported) return reported;
+  // Files that a person may want again are made again of the kept pages.
+  const auto after = queue.Find(job.id);
+  if (after && *after && (*after)->state != server::JobState::Delivering)
+    static_cast<void>(outbox.Clear());
+  return {};
 }
 
 // To a program, or to paths of their own: whatever the engine does can't be taken back.
@@ -109,13 +131,16 @@ Expected<void> DeliverJob(server::JobQueue& queue, const server::Job& job) {
   try {
     static_cast<void>(OutputDirectory());
     const auto settings = OrEnd(ExitStatus::WrongUse, server::SettingsOf(os::DataRoot()));
-    if (settings.DeviceNamed(job.device).way != server::DeviceWay::Files)
-      throw CommandError(ExitStatus::NotInstalled,
-                         "this server has no way to devices of that kind yet");
+    const server::DeviceSettings device = settings.DeviceNamed(job.device);
     const devices::Device section = SectionOf(job.device);
-    if (section.kind == devices::DeviceKind::File &&
-        section.pattern.BeginsWith(devices::Field::Output))
-      return DeliverFiles(queue, job, section.overwrite);
+    const bool isBelowOutput = section.kind == devices::DeviceKind::File &&
+                               section.pattern.BeginsWith(devices::Field::Output);
+    if (device.way != server::DeviceWay::Files) {
+      if (isBelowOutput) return DeliverByWay(queue, job, device);
+      throw CommandError(ExitStatus::NotInstalled,
+                         "devices.txt makes no files below {output} for '" + job.device + "'");
+    }
+    if (isBelowOutput) return DeliverFiles(queue, job, section.overwrite);
     return DeliverAtOnce(queue, job);
   } catch (const CommandError& error) {
     return queue.SetFailed(job.id, static_cast<int>(error.Status()), error.what());

@@ -135,4 +135,14 @@ Expected<std::vector<std::string>> Outbox::MoveTo(const std::string& target, boo
   return moved;
 }
 
+Expected<std::vector<std::string>> Outbox::Files() const {
+  const std::string place = m_Directory + "/outbox";
+  auto files = FilesBelow(place);
+  if (!files) return files;
+  for (std::string& file : *files) file = place + "/" + file;
+  return files;
+}
+
+Expected<void> Outbox::Clear() { return os::RemoveNativeTree(m_Directory + "/outbox"); }
+
 }  // namespace rastrel::cli

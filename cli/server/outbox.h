@@ -36,6 +36,12 @@ class Outbox {
   [[nodiscard]] Expected<std::vector<std::string>> MoveTo(const std::string& target,
                                                           bool overwrite);
 
+  /// The files, by full native paths, in order. For a way that takes them from there; Clear
+  /// follows. REQUIRES: IsWhole.
+  [[nodiscard]] Expected<std::vector<std::string>> Files() const;
+  /// Removes the outbox with all in it.
+  [[nodiscard]] Expected<void> Clear();
+
  private:
   std::string m_Directory;
   std::string m_Making;  // of this attempt

@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""Runs `rastrel serve` with a data root of its own, and jobs through it.
+
+usage: serve_test.py RASTREL"""
+
+import json
+import os
+import pathlib
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+COMMAND = ""
+WAIT = 120  # seconds, for whatever is waited for
+PAGES = """%!PS-Adobe-3.0
+%%BoundingBox: 0 0 40 30
+%%Pages: 2
+<< /PageSize [40 30] >> setpagedevice
+%%Page: 1 1
+0.2 setgray 0 0 20 30 rectfill showpage
+%%Page: 2 2
+0.7 setgray 10 5 20 20 rectfill showpage
+%%EOF
+"""
+
+
+class Serve(unittest.TestCase):
+    def setUp(self):
+        place = tempfile.TemporaryDirectory(prefix="rastrel-serve-", ignore_cleanup_errors=True)
+        self.addCleanup(place.cleanup)
+        self.place = pathlib.Path(place.name)
+        self.root = self.place / "root"
+        self.environment = dict(os.environ, RASTREL_HOME=str(self.root), LC_ALL="C.UTF-8")
+        self.environment.pop("RASTREL_OUTPUT", None)
+        self.page = self.place / "page.ps"
+        self.page.write_text(PAGES)
+        self.server = None
+
+    def tearDown(self):
+        if self.server is not None and self.server.poll() is None:
+            self.server.kill()
+            self.server.wait()
+
+    def run_command(self, *arguments, status=0):
+        done = subprocess.run([COMMAND, *arguments], env=self.environment, capture_output=True,
+                              text=True, timeout=WAIT, check=False)
+        self.assertEqual(done.returncode, status, done.stderr)
+        return done.stdout if status == 0 else done.stderr
+
+    def serve(self):
+        self.server = subprocess.Popen([COMMAND, "serve"], env=self.environment,
+                                       stderr=subprocess.DEVNULL)
+
+    def stop(self):
+        self.server.send_signal(signal.SIGTERM)
+        self.assertEqual(self.server.wait(timeout=WAIT), 0)
+
+    def add(self, *options, title="sign"):
+        return self.run_command("jobs", "add", str(self.page), "--mode", "Screen/preview", "--title",
+                                title, *options).strip()
+
+    def job(self, number):
+        return json.loads(self.run_command("jobs", "show", number, "--json").splitlines()[0])
+
+    def await_state(self, number, *states):
+        limit = time.monotonic() + WAIT
+        while self.job(number)["state"] not in states:
+            self.assertLess(time.monotonic(), limit, self.job(number))
+            time.sleep(0.05)
+        return self.job(number)
+
+    def output(self):
+        return {path.name: path.read_bytes() for path in (self.root / "output").iterdir()}
+
+    def test_a_job_delivers_the_files_that_print_makes(self):
+        self.serve()
+        number = self.add()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual((job["state"], job["pages"]), ("done", 2), job)
+        by_server = self.output()
+        self.assertEqual(sorted(by_server), ["sign-1.tif", "sign-2.tif"])
+        copy = self.place / "sign.ps"
+        copy.write_text(PAGES)
+        by_print = self.place / "by-print"
+        self.run_command("print", str(copy), "--mode", "Screen/preview", "--output", str(by_print))
+        for name, content in by_server.items():
+            self.assertEqual(content, (by_print / name).read_bytes(), name)
+        # Another page once more, with no RIP.
+        again = self.run_command("jobs", "reprint", number, "--pages", "2").strip()
+        self.await_state(again, "done")
+        self.assertEqual(sorted(self.output()), ["sign-1.tif", "sign-2-2.tif", "sign-2.tif"])
+        self.stop()
+
+    def test_a_held_job_waits_and_a_failed_one_says_why(self):
+        held = self.add("--hold")
+        self.page.write_text("%!PS\n/nothing-of-that-name cvx exec\n")
+        failed = self.add()
+        self.serve()
+        job = self.await_state(failed, "failed", "done")
+        self.assertEqual(job["state"], "failed")
+        self.assertIn("undefined", job["message"])
+        self.assertEqual(self.job(held)["state"], "held")
+        self.run_command("jobs", "release", held)
+        self.await_state(held, "done")
+        self.stop()
+
+    def test_a_stopped_server_leaves_its_jobs_to_the_next(self):
+        self.serve()
+        numbers = [self.add(title=f"sign{count}") for count in range(4)]
+        self.stop()
+        self.serve()
+        for number in numbers:
+            self.await_state(number, "done")
+        self.assertEqual(len(self.output()), 8)
+        self.stop()
+
+    def test_a_device_of_the_settings_gets_the_bytes(self):
+        listener = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(listener.close)
+        taken = []
+
+        def take():
+            line, _ = listener.accept()
+            with line:
+                while piece := line.recv(65536):
+                    taken.append(piece)
+
+        thread = threading.Thread(target=take, daemon=True)
+        thread.start()
+        self.run_command("printers")
+        (self.root / "server.toml").write_text(
+            f'[[device]]\nname = "Line"\nkind = "socket"\n'
+            f'address = "127.0.0.1:{listener.getsockname()[1]}"\n')
+        self.serve()
+        number = self.add("--device", "Line")
+        job = self.await_state(number, "done", "failed", "uncertain")
+        self.assertEqual(job["state"], "done", job)
+        thread.join(WAIT)
+        self.assertEqual(b"".join(taken).count(b"II*\0") + b"".join(taken).count(b"MM\0*"), 2)
+        self.stop()
+
+    def test_a_second_server_is_refused(self):
+        self.serve()
+        self.await_state(self.add(), "done")
+        self.assertIn("another server of this data root runs", self.run_command("serve", status=1))
+        self.stop()
+
+    def test_a_fault_of_the_settings_keeps_the_server_from_starting(self):
+        self.run_command("printers")
+        (self.root / "server.toml").write_text("worker = 1\n")
+        self.assertIn("server.toml:1:1", self.run_command("serve", status=2))
+
+
+if __name__ == "__main__":
+    COMMAND = sys.argv.pop(1)
+    unittest.main()
