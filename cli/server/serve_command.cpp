@@ -10,6 +10,7 @@
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/wait.h"
+#include "server/folders/folder_watch.h"
 #include "server/queue/server_lock.h"
 #include "server/run/scheduler.h"
 #include "server/settings/server_settings.h"
@@ -38,6 +39,9 @@ ExitStatus ServeCommand(const Invocation&) {
   // One line for each part; they stop in the other order.
   server::Scheduler scheduler(*queue, settings, Workers());
   OrEnd(ExitStatus::JobFailed, scheduler.Start());
+  server::FolderWatch folders(os::DataRoot(), *queue,
+                              [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
+  OrEnd(ExitStatus::JobFailed, folders.Start());
   WriteErrorLine("rastrel: serving " + os::DataRoot());
   OrEnd(ExitStatus::JobFailed, os::AcquireSemaphoreHandle(stop));
   WriteErrorLine("rastrel: stopping");

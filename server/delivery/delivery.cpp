@@ -23,6 +23,8 @@ namespace rastrel::server {
 namespace {
 
 constexpr auto LockInterval = std::chrono::milliseconds(100);
+/// A week: no device is waited for longer.
+constexpr int UnlimitedSeconds = 604800;
 
 Expected<std::int64_t> SizeOfAll(const std::vector<std::string>& files) {
   std::int64_t total = 0;
@@ -123,7 +125,9 @@ Expected<DeliveryEnd> Deliver(const std::string& dataRoot, const DeliveryDevice&
                               const Delivery& delivery, DeliveryProgress& progress, int cancel) {
   const auto total = SizeOfAll(delivery.files);
   if (!total) return total.Error();
-  const WayRequest request{device, delivery, *total, progress, cancel};
+  DeliveryDevice limited = device;
+  if (limited.timeoutSeconds == 0) limited.timeoutSeconds = UnlimitedSeconds;
+  const WayRequest request{limited, delivery, *total, progress, cancel};
   const auto lock = LockDevice(dataRoot, device.name, cancel);
   if (!lock) return lock.Error();
   if (!lock->IsOpen()) return EndOf(CanceledEnd(), request, 0);

@@ -29,7 +29,7 @@ struct DeliveryDevice {
   std::string queue{};                 ///< Queue: its name
   std::string format{};                ///< Queue: MIME type; empty: by each file's ending
   /// Seconds. Socket: in which at least one byte has to be taken. Program: of one file. Queue: of
-  /// one call, and from the last byte to the job's end there.
+  /// one call, and from the last byte to the job's end there. 0 is a week.
   int timeoutSeconds = 600;
   int retries = 3;        ///< attempts after the first
   int pauseSeconds = 10;  ///< before the first retry; each further pause is twice as long

@@ -43,7 +43,6 @@ class QueueJob {
  public:
   explicit QueueJob(const WayRequest& request) : m_Request(request) {}
   ~QueueJob() {
-    if (m_Info) ::cupsFreeDestInfo(m_Info);
     if (m_Destination) ::cupsFreeDests(1, m_Destination);
     if (m_Http) ::httpClose(m_Http);
   }
@@ -58,10 +57,9 @@ class QueueJob {
     }
     const std::string& title =
         m_Request.delivery.title.empty() ? m_Request.delivery.name : m_Request.delivery.title;
-    const ipp_status_t status =
-        ::cupsCreateDestJob(m_Http, m_Destination, m_Info, &m_Job, title.c_str(), 0, nullptr);
+    m_Job = ::cupsCreateJob(m_Http, Queue(), title.c_str(), 0, nullptr);
     // Without a job nothing can come out: the documents are sent after it.
-    if (status > IPP_STATUS_OK_EVENTS_COMPLETE || m_Job <= 0) {
+    if (m_Job <= 0) {
       return {.message = InQueue("took no job: " + LastMessage())};
     }
     if (const std::string why = SendAll(); !why.empty()) return CutOff(why);
@@ -73,6 +71,7 @@ class QueueJob {
     const char* const text = ::cupsLastErrorString();
     return os::CleanLine(text ? text : "no reason is known");
   }
+  const char* Queue() const { return m_Request.device.queue.c_str(); }
   std::string InQueue(const std::string& text) const {
     return "the queue '" + m_Request.device.queue + "' " + text;
   }
@@ -84,6 +83,10 @@ class QueueJob {
     const DeliveryDevice& device = m_Request.device;
     const char* const host = device.host.empty() ? ::cupsServer() : device.host.c_str();
     const int port = device.host.empty() ? ::ippPort() : device.port;
+    // The library names a queue's address by the server of this thread, whatever the connection.
+    if (!device.host.empty()) {
+      ::cupsSetServer((device.host + ":" + std::to_string(device.port)).c_str());
+    }
     m_Http = ::httpConnect2(host, port, nullptr, AF_UNSPEC, ::cupsEncryption(), 1,
                             ConnectMilliseconds, nullptr);
     if (!m_Http) return {.message = InQueue("can't be reached: " + LastMessage())};
@@ -97,8 +100,6 @@ class QueueJob {
                                  "complete that was never written"),
               .isFinal = true};
     }
-    m_Info = ::cupsCopyDestInfo(m_Http, m_Destination);
-    if (!m_Info) return {.message = InQueue("says nothing of itself: " + LastMessage())};
     return {};
   }
 
@@ -117,8 +118,8 @@ class QueueJob {
     if (!file.IsOpen()) return Describe(Failure{"open", path, errno});
     const std::string name = path.substr(path.rfind('/') + 1);
     const std::string format = FormatOf(path, m_Request.device.format);
-    if (::cupsStartDestDocument(m_Http, m_Destination, m_Info, m_Job, name.c_str(), format.c_str(),
-                                0, nullptr, isLast ? 1 : 0) != HTTP_STATUS_CONTINUE) {
+    if (::cupsStartDocument(m_Http, Queue(), m_Job, name.c_str(), format.c_str(), isLast ? 1 : 0) !=
+        HTTP_STATUS_CONTINUE) {
       return InQueue("refused a document: " + LastMessage());
     }
     std::array<char, BlockBytes> block;
@@ -135,7 +136,7 @@ class QueueJob {
       m_Sent += count;
       m_Request.progress.OnSent(m_Sent);
     }
-    if (::cupsFinishDestDocument(m_Http, m_Destination, m_Info) > IPP_STATUS_OK_EVENTS_COMPLETE) {
+    if (::cupsFinishDocument(m_Http, Queue()) > IPP_STATUS_OK_EVENTS_COMPLETE) {
       return InQueue("refused a document: " + LastMessage());
     }
     return {};
@@ -226,7 +227,6 @@ class QueueJob {
   const WayRequest& m_Request;
   http_t* m_Http = nullptr;
   cups_dest_t* m_Destination = nullptr;
-  cups_dinfo_t* m_Info = nullptr;
   int m_Job = 0;
   std::int64_t m_Sent = 0;
 };

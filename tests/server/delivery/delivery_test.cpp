@@ -371,6 +371,19 @@ TEST_F(SocketDelivery, all_files_go_through_one_connection_in_order) {
   EXPECT_TRUE(std::ranges::is_sorted(watch.sent));
 }
 
+TEST_F(SocketDelivery, no_time_limit_is_not_one_of_no_time) {
+  std::string got;
+  DeliveryEnd end;
+  {
+    Port port([&](int socket) { got = ReadUpTo(socket); });
+    auto device = Device(DeviceKind::Socket, port.Address());
+    device.timeoutSeconds = 0;
+    end = Run(device, {Write("1", "one")});
+  }
+  EXPECT_EQ(end.fate, DeliveryFate::Delivered) << end.message;
+  EXPECT_EQ(got, "one");
+}
+
 TEST_F(SocketDelivery, a_slow_device_gets_all) {
   std::string got;
   DeliveryEnd end;
