@@ -32,6 +32,24 @@ TEST(ServerSettings, AnEmptyFileHasTheDefaults) {
   EXPECT_FALSE(device.againAfterCutOff);
 }
 
+TEST(ServerSettings, TheNetworkPrinterListensOnThisMachineByDefault) {
+  const NetworkPrinterSettings usual = ReadSettings("", "server.toml")->printer;
+  EXPECT_TRUE(usual.on);
+  EXPECT_EQ(usual.address, "127.0.0.1");
+  EXPECT_EQ(usual.port, 8631);
+  const NetworkPrinterSettings other =
+      ReadSettings("[printer]\non = false\naddress = '::'\nport = 1024\n", "server.toml")->printer;
+  EXPECT_FALSE(other.on);
+  EXPECT_EQ(other.address, "::");
+  EXPECT_EQ(other.port, 1024);
+  EXPECT_NE(FaultOf("[printer]\nport = 1023\n"), "");
+  EXPECT_EQ(FaultOf("[printer]\nport = 65535\n"), "");
+  EXPECT_NE(FaultOf("[printer]\nport = 65536\n"), "");
+  EXPECT_NE(FaultOf("[printer]\naddress = ''\n"), "");
+  EXPECT_NE(FaultOf("[printer]\naddress = 'a b'\n"), "");
+  EXPECT_NE(FaultOf("[printer]\nother = 1\n"), "");
+}
+
 TEST(ServerSettings, ADeviceHasWhatItsTableSays) {
   const auto settings = ReadSettings(
       "[[device]]\nname = 'Plotter'\nkind = 'socket'\naddress = 'plotter:9100'\ntimeout = 5\n"
