@@ -81,15 +81,15 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   const auto count = invocation.operands.empty()
                          ? static_cast<std::ptrdiff_t>(IsStandardInput(invocation.operand))
                          : std::ranges::count_if(invocation.operands, IsStandardInput);
-  if (!TakesFiles(invocation.command)) return;
+  // A queued job may have any title.
+  if (!TakesFiles(invocation.command) || invocation.command == CommandId::JobsAdd) return;
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
   // A program of its own takes these in.
   if (invocation.command == CommandId::Convert || invocation.command == CommandId::Cut ||
       invocation.command == CommandId::Import || invocation.command == CommandId::Separate ||
-      invocation.command == CommandId::Send || invocation.command == CommandId::View ||
-      invocation.command == CommandId::JobsAdd)
+      invocation.command == CommandId::Send || invocation.command == CommandId::View)
     return;
   if (count == 0) return;
   if (count > 1) throw CommandError(ExitStatus::WrongUse, "standard input can be read only once");

@@ -11,9 +11,8 @@
 #include "cli/installation/print_modes.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
-#include "cli/printing/spool.h"
 #include "cli/server/open_queue.h"
-#include "rastrel/platform/os/tree.h"
+#include "cli/server/worker.h"
 #include "server/queue/server_lock.h"
 
 namespace rastrel::cli {
@@ -67,12 +66,11 @@ void ReportJob(const Invocation& invocation, const char* event, JobId id) {
   }
 }
 
-// Pages that no job has any more.
-Expected<void> RemovePages(const Expected<std::string>& spool) {
+Expected<void> RemoveJob(JobQueue& queue, JobId id) {
+  const auto spool = queue.Remove(id);
   if (!spool) return spool.Error();
-  if (spool->empty()) return {};
-  const auto entry = FindSpoolEntry(*spool);
-  return entry ? os::RemoveNativeTree(entry->directory) : Expected<void>();
+  if (!spool->empty()) RemoveKeptPages(*spool);
+  return {};
 }
 
 Expected<void> Change(JobQueue& queue, const Invocation& invocation, JobId id) {
@@ -87,7 +85,7 @@ Expected<void> Change(JobQueue& queue, const Invocation& invocation, JobId id) {
                     WholeNumberOf("--priority", invocation.ValueOr(OptionId::QueuePriority, ""), 1,
                                   100)));
     case CommandId::JobsAccept: return queue.AcceptAsDone(id);
-    default: return RemovePages(queue.Remove(id));
+    default: return RemoveJob(queue, id);
   }
 }
 

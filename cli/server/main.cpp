@@ -1,11 +1,16 @@
 // The program `rastrel-server`: the print shop's server, and the commands on its queue. `rastrel`
 // starts it in its own place.
 
+#include <cstddef>
+#include <span>
+#include <string_view>
+
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
 #include "cli/server/jobs_change.h"
 #include "cli/server/jobs_view.h"
 #include "cli/server/serve_command.h"
+#include "cli/server/worker.h"
 
 namespace {
 
@@ -34,4 +39,9 @@ ExitStatus Run(const Invocation& invocation) {
 
 }  // namespace
 
-int main(int count, char** arguments) { return RunProgram(count, arguments, Run); }
+int main(int count, char** arguments) {
+  const std::span words(arguments, static_cast<std::size_t>(count));
+  if (count == 2 && std::string_view(words[1]) == InterpretingWorker) return RunInterpreter();
+  if (count == 3 && std::string_view(words[1]) == DeliveringWorker) return RunDeliverer(words[2]);
+  return RunProgram(count, arguments, Run);
+}

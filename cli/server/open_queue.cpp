@@ -10,7 +10,15 @@ namespace rastrel::cli {
 
 std::unique_ptr<server::JobQueue> OpenJobQueue() {
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
-  return OrEnd(ExitStatus::NotInstalled, server::JobQueue::Open(os::DataRoot()));
+  const auto settings = OrEnd(ExitStatus::WrongUse, server::SettingsOf(os::DataRoot()));
+  return OrEnd(ExitStatus::NotInstalled,
+               server::JobQueue::Open(os::DataRoot(), PolicyOf(settings)));
+}
+
+server::QueuePolicy PolicyOf(const server::ServerSettings& settings) {
+  return {.quarantineAfter = settings.quarantineAfter,
+          .readyJobs = settings.readyJobs,
+          .againAfterCutOff = settings.AgainAfterCutOff()};
 }
 
 server::JobId JobNumber(const std::string& text) {

@@ -6,12 +6,39 @@
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
 #include "cli/server/open_queue.h"
+#include "cli/server/worker.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/wait.h"
+#include "server/printer/printer_service.h"
 #include "server/queue/server_lock.h"
+#include "server/run/scheduler.h"
+#include "server/settings/server_settings.h"
 
 namespace rastrel::cli {
+
+namespace {
+
+server::WorkerProgram Workers() {
+  return {.executable = os::ExecutablePath(),
+          .interpret = InterpretingWorker,
+          .deliver = DeliveringWorker,
+          .removePages = RemoveKeptPages};
+}
+
+// The printer on the network, unless the settings turn it off.
+std::unique_ptr<server::PrinterService> StartedPrinter(
+    const server::NetworkPrinterSettings& settings) {
+  if (!settings.on) return nullptr;
+  const std::string own = os::ExecutablePath();
+  auto printer = std::make_unique<server::PrinterService>(
+      own.substr(0, own.rfind('/')) + "/rastrel-printer",
+      [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
+  OrEnd(ExitStatus::JobFailed, printer->Start());
+  return printer;
+}
+
+}  // namespace
 
 ExitStatus ServeCommand(const Invocation&) {
   const HANDLE stop = OrEnd(ExitStatus::JobFailed, os::CreateSemaphoreHandle(0));
@@ -20,7 +47,11 @@ ExitStatus ServeCommand(const Invocation&) {
             TakeStopSignals([stop](int) { static_cast<void>(os::ReleaseSemaphoreHandle(stop)); }));
   const auto queue = OpenJobQueue();
   const auto lock = OrEnd(ExitStatus::JobFailed, server::LockServer(os::DataRoot()));
-  static_cast<void>(OrEnd(ExitStatus::JobFailed, queue->RecoverClaims(true)));
+  const auto settings = OrEnd(ExitStatus::WrongUse, server::SettingsOf(os::DataRoot()));
+  // One line for each part; they stop in the other order.
+  server::Scheduler scheduler(*queue, settings, Workers());
+  OrEnd(ExitStatus::JobFailed, scheduler.Start());
+  const auto printer = StartedPrinter(settings.printer);
   WriteErrorLine("rastrel: serving " + os::DataRoot());
   OrEnd(ExitStatus::JobFailed, os::AcquireSemaphoreHandle(stop));
   WriteErrorLine("rastrel: stopping");

@@ -91,7 +91,7 @@ Expected<std::unique_ptr<Database>> Database::Open(const std::string& path, Safe
   if (code != SQLITE_OK) return FailureIn(handle, path, "open");
   sqlite3_extended_result_codes(handle, 1);
   sqlite3_busy_timeout(handle, BusyMilliseconds);
-  // What the file holds is no program: no functions of it run, and its schema is not trusted.
+  // The file is data: no function of it runs, and its schema is not trusted.
   sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   const std::string synchronous = safety == Safety::Full ? "FULL" : "NORMAL";

@@ -53,7 +53,7 @@ enum class JobWork {
 /// the value "". They are checked when the job is submitted, by the same code as the command's.
 using JobOptions = std::map<std::string, std::string>;
 
-/// Who brings a job, and what it is.
+/// A job as it is brought.
 struct JobRequest {
   std::string path;    ///< the file, which is copied into the queue; stays as it is
   std::string title;   ///< shown name; by default the file's name
@@ -85,7 +85,7 @@ struct Job {
   Time submitted = 0;
   Time started = 0;  ///< its RIP
   Time ended = 0;
-  int attempts = 0;             ///< runs begun
+  int attempts = 0;             ///< interpretations and deliveries begun
   int failures = 0;             ///< since a person released it
   int percent = 0;              ///< of the run that is on
   int pages = 0;                ///< made by the RIP

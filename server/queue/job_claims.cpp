@@ -1,5 +1,6 @@
 #include <fcntl.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -39,12 +40,34 @@ SELECT (SELECT min(id) FROM jobs, highest
   WHERE owners.name IS NOT NULL
   ORDER BY ifnull(turns.turn, 0), first LIMIT 1)";
 
+// The same while a device has as many ready jobs as it may: its jobs are passed over, which the
+// index knows nothing of.
+constexpr const char* NextOfOtherDevices = R"(
+SELECT id FROM jobs LEFT JOIN turns ON turns.stage = 'interpret' AND turns.owner = jobs.owner
+  WHERE state = 'queued' AND device NOT IN (
+    SELECT device FROM jobs WHERE state = 'ready' GROUP BY device HAVING count(*) >= ?)
+  ORDER BY priority DESC, ifnull(turns.turn, 0), id LIMIT 1)";
+
 // Few jobs wait for one device at a time.
 constexpr const char* NextToDeliver = R"(
 SELECT id FROM jobs LEFT JOIN turns ON turns.stage = 'deliver' AND turns.owner = jobs.owner
   WHERE device = ?1 AND state = 'ready'
     AND NOT EXISTS (SELECT 1 FROM jobs WHERE device = ?1 AND state = 'delivering')
   ORDER BY priority DESC, ifnull(turns.turn, 0), id LIMIT 1)";
+
+Expected<JobId> FirstNumber(Query& query) {
+  const JobId number = query.Next() ? query.Number(0) : 0;
+  if (auto fine = query.End(); !fine) return fine.Error();
+  return number;
+}
+
+// Whether a device has that many ready jobs.
+Expected<bool> AnyDeviceHas(Database& database, int limit) {
+  Query full = database.Prepare(
+      "SELECT 1 FROM jobs WHERE state = 'ready' GROUP BY device HAVING count(*) >= ? LIMIT 1");
+  const auto found = FirstNumber(full.Bind(std::int64_t{limit}));
+  return found ? Expected<bool>(*found != 0) : Expected<bool>(found.Error());
+}
 
 Expected<void> Take(Database& rows, JobId id, const Stage& stage, const std::string& self) {
   auto taken = rows.Prepare(
@@ -71,19 +94,25 @@ Expected<void> Take(Database& rows, JobId id, const Stage& stage, const std::str
   return AddEvent(rows, id, "state", NameOf(stage.to));
 }
 
-Expected<std::optional<Job>> ClaimBy(JobQueue::Parts& parts, const char* query, const Stage& stage,
-                                     const std::string& device) {
+// The number of the next job; 0 if there is none.
+using FindNext = std::function<Expected<JobId>(Database&)>;
+
+Expected<std::optional<Job>> ClaimBy(JobQueue::Parts& parts, const FindNext& find,
+                                     const Stage& stage) {
   if (parts.self.empty()) return FailureOf("this process can't be told from others: no claim");
+  {
+    // Whoever finds nothing has waited for no writer.
+    const auto lock = parts.views->Lock();
+    const auto seen = find(*parts.views);
+    if (!seen) return seen.Error();
+    if (*seen == 0) return std::optional<Job>();
+  }
   Database& rows = *parts.rows;
   Change change(rows);
   if (auto begun = change.State(); !begun) return begun.Error();
-  JobId id = 0;
-  {
-    Query next = rows.Prepare(query);
-    if (!device.empty()) next.Bind(device);
-    if (next.Next()) id = next.Number(0);
-    if (auto fine = next.End(); !fine) return fine.Error();
-  }
+  const auto next = find(rows);
+  if (!next) return next.Error();
+  const JobId id = *next;
   if (id == 0) return std::optional<Job>();
   if (auto taken = Take(rows, id, stage, parts.self); !taken) return taken.Error();
   std::optional<Job> job;
@@ -173,11 +202,35 @@ Expected<void> SweepJobs(Database& rows, const std::string& jobs) {
 }  // namespace
 
 Expected<std::optional<Job>> JobQueue::ClaimToInterpret() {
-  return ClaimBy(*m_Parts, NextToInterpret, Interpretation, "");
+  const int limit = m_Parts->policy.readyJobs;
+  const auto find = [limit](Database& database) -> Expected<JobId> {
+    const auto isFull = limit > 0 ? AnyDeviceHas(database, limit) : Expected<bool>(false);
+    if (!isFull) return isFull.Error();
+    Query next = database.Prepare(*isFull ? NextOfOtherDevices : NextToInterpret);
+    if (*isFull) next.Bind(std::int64_t{limit});
+    return FirstNumber(next);
+  };
+  return ClaimBy(*m_Parts, find, Interpretation);
 }
 
 Expected<std::optional<Job>> JobQueue::ClaimToDeliver(const std::string& device) {
-  return ClaimBy(*m_Parts, NextToDeliver, Delivery, device);
+  const auto find = [&device](Database& database) {
+    Query next = database.Prepare(NextToDeliver);
+    return FirstNumber(next.Bind(device));
+  };
+  return ClaimBy(*m_Parts, find, Delivery);
+}
+
+Expected<std::vector<std::string>> JobQueue::DevicesToServe() {
+  Database& views = *m_Parts->views;
+  const auto lock = views.Lock();
+  Query rows = views.Prepare(
+      "SELECT DISTINCT device FROM jobs WHERE state = 'ready' AND device NOT IN "
+      "(SELECT device FROM jobs WHERE state = 'delivering')");
+  std::vector<std::string> devices;
+  while (rows.Next()) devices.push_back(rows.Text(0));
+  if (auto fine = rows.End(); !fine) return fine.Error();
+  return devices;
 }
 
 Expected<int> JobQueue::RecoverClaims(bool atStart) {

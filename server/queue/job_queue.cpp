@@ -147,6 +147,16 @@ Expected<std::int64_t> JobQueue::Count(const JobFilter& filter) {
   return count;
 }
 
+Expected<std::int64_t> JobQueue::EndedBytes() {
+  Database& views = *m_Parts->views;
+  const auto lock = views.Lock();
+  Query sum =
+      views.Prepare("SELECT total(bytes) FROM jobs WHERE state IN ('done', 'failed', 'canceled')");
+  const std::int64_t bytes = sum.Next() ? sum.Number(0) : 0;
+  if (auto fine = sum.End(); !fine) return fine.Error();
+  return bytes;
+}
+
 Expected<std::vector<JobEvent>> JobQueue::Events(std::int64_t after, JobId job, int limit) {
   Database& views = *m_Parts->views;
   const auto lock = views.Lock();

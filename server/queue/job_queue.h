@@ -31,10 +31,12 @@ struct JobFilter {
   int limit = 100;
 };
 
-/// What the server's settings say of the queue.
+/// The part of the server's settings that the queue needs.
 struct QueuePolicy {
-  int quarantineAfter = 3;                 ///< failures of a job; 0: never
-  std::set<std::string> againAfterCutOff;  ///< devices that get a delivery again by itself
+  int quarantineAfter = 3;  ///< failures of a job; 0: never
+  /// Jobs that are interpreted ahead for each device; 0: as many as there are.
+  int readyJobs = 0;
+  std::set<std::string> againAfterCutOff{};  ///< devices that get a delivery again by itself
 };
 
 /// A change that was refused since the job's state does not allow it has the Failure's reason
@@ -64,6 +66,9 @@ class JobQueue {
   [[nodiscard]] Expected<std::optional<Job>> ClaimToInterpret();
   [[nodiscard]] Expected<std::optional<Job>> ClaimToDeliver(const std::string& device);
 
+  /// Devices that have a job to deliver and work on none.
+  [[nodiscard]] Expected<std::vector<std::string>> DevicesToServe();
+
   /// The steps of a run, by the process that claimed the job; refused to any other.
   [[nodiscard]] Expected<void> SetProgress(JobId id, int percent);
   [[nodiscard]] Expected<void> AddMessage(JobId id, const std::string& line);
@@ -87,7 +92,7 @@ class JobQueue {
   /// Whether a person canceled a job that runs: its worker ends it, and calls SetCanceled.
   [[nodiscard]] Expected<bool> IsCancelAsked(JobId id);
 
-  /// What a person does.
+  /// The actions of a person.
   [[nodiscard]] Expected<void> Hold(JobId id);
   /// Of Held; also of Failed, Canceled, Uncertain, Quarantined: again.
   [[nodiscard]] Expected<void> Release(JobId id);
@@ -105,8 +110,11 @@ class JobQueue {
   /// Jobs that a process which is no longer there had claimed: interpreting ones are queued again,
   /// delivering ones are Ready again, or Uncertain if bytes may have gone (Ready where the policy
   /// says so). A worker that died counts as a failure of its job, unless all died: `atStart`, which
-  /// also removes what cut-off submissions left. Returns how many there were.
+  /// also removes the leftovers of cut-off submissions. Returns how many there were.
   [[nodiscard]] Expected<int> RecoverClaims(bool atStart = false);
+
+  /// Bytes of the files of jobs that have ended.
+  [[nodiscard]] Expected<std::int64_t> EndedBytes();
 
   /// Events after a number, oldest first, at most `limit`. Of one job unless `job` is 0.
   [[nodiscard]] Expected<std::vector<JobEvent>> Events(std::int64_t after, JobId job, int limit);
@@ -114,7 +122,7 @@ class JobQueue {
   /// A descriptor that becomes readable when anything changed, by any process; read it to rest it
   /// (RestBell). Valid as long as the queue. -1 where it can't be had: then look every second.
   [[nodiscard]] int Bell() const;
-  /// Reads what the bell has, without waiting.
+  /// Takes all that rang, without waiting.
   void RestBell() const;
 
   /// The directory of a job in the queue: its file, and its worker's own files.

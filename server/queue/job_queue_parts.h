@@ -9,7 +9,7 @@
 
 namespace rastrel::server {
 
-/// What the sources of JobQueue share.
+/// The members of a queue, which its sources share.
 struct JobQueue::Parts {
   std::string directory;  ///< DATA ROOT/server
   QueuePolicy policy;

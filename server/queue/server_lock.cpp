@@ -7,16 +7,32 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include "rastrel/platform/os/deadline.h"
 
 namespace rastrel::server {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto TakeoverLimit = 5s;
+
+}  // namespace
 
 Expected<os::FileDescriptor> LockServer(const std::string& dataRoot) {
   const std::string path = dataRoot + "/server/lock";
   os::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!file.IsOpen()) return Failure{"open", path, errno};
-  if (::flock(file.Get(), LOCK_EX | LOCK_NB) == 0) return file;
-  if (errno == EWOULDBLOCK) return FailureOf("another server of this data root runs");
-  return Failure{"lock", path, errno};
+  // Of a server that was killed, the processes that watched its workers end a moment later.
+  const auto limit = os::Deadline::After(TakeoverLimit);
+  while (::flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK) return Failure{"lock", path, errno};
+    if (limit.HasPassed()) return FailureOf("another server of this data root runs");
+    std::this_thread::sleep_for(10ms);
+  }
+  return file;
 }
 
 std::string OwnUserName() {

@@ -8,8 +8,8 @@
 namespace rastrel::server {
 
 /// Takes the place of the one server of a data root, as long as the descriptor is open: it ends
-/// with the process, whatever ends that. Fails with "another server of this data root runs".
-/// REQUIRES: its queue was opened once.
+/// with the process, whatever ends that. Waits 5 s for one that is just ending, and fails then with
+/// "another server of this data root runs". REQUIRES: its queue was opened once.
 [[nodiscard]] Expected<os::FileDescriptor> LockServer(const std::string& dataRoot);
 
 /// The name of the user that this process runs as; its number where it has no name.

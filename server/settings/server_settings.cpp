@@ -93,7 +93,7 @@ bool IsListenAddress(const std::string& address) {
 void TakePrinter(TomlTable& root, NetworkPrinterSettings& printer) {
   auto table = root.Table("printer");
   if (!table) return;
-  printer.on = table->Truth("on").value_or(printer.on);
+  printer.on = table->Truth("on").value_or(true);
   printer.address = table->Text("address").value_or(printer.address);
   if (!IsListenAddress(printer.address))
     table->Fail("address", "the address is to be a host's name or number");

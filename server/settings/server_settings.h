@@ -8,7 +8,7 @@
 
 #include "rastrel/platform/os/expected.h"
 
-/// What the shop's server is told to do: "server.toml" of the data root. People write it; the
+/// The settings of the shop's server: "server.toml" of the data root. People write it; the
 /// server reads it when it starts. docs/formats/server-settings.md has its keys.
 namespace rastrel::server {
 
@@ -32,16 +32,16 @@ struct DeviceSettings {
   bool againAfterCutOff = false;  ///< a cut-off delivery is sent again, and is not Uncertain
 };
 
-/// What is kept of jobs that have ended. 0 is no limit.
+/// How long jobs that have ended are kept. 0 is no limit.
 struct Retention {
   int days = 30;
   int jobs = 10000;
-  int megabytes = 0;  ///< of files and kept pages together
+  int megabytes = 0;  ///< of their files
 };
 
 /// The printer on the network.
 struct NetworkPrinterSettings {
-  bool on = true;
+  bool on = false;                    ///< true if the file has the section [printer]
   std::string address = "127.0.0.1";  ///< other machines reach it only at another one, with TLS
   int port = 8631;
 };

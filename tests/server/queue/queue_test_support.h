@@ -8,6 +8,7 @@
 #include <string>
 
 #include "rastrel/platform/os/private_directory.h"
+#include "server/queue/database.h"
 #include "server/queue/job_queue.h"
 
 namespace rastrel::server {
@@ -51,6 +52,13 @@ class QueueTest : public testing::Test {
     const auto job = m_Queue->Find(id);
     EXPECT_TRUE(job && *job);
     return job && *job ? **job : Job();
+  }
+
+  /// An empty queue again.
+  void Clear() {
+    const auto database = Database::Open(Root() + "/server/queue.db", Database::Safety::Normal);
+    ASSERT_TRUE(database);
+    ASSERT_TRUE((*database)->Execute("DELETE FROM jobs"));
   }
 
   [[nodiscard]] std::string StateName(JobId id) { return NameOf(Get(id).state); }

@@ -34,7 +34,8 @@ TEST(ServerSettings, AnEmptyFileHasTheDefaults) {
 
 TEST(ServerSettings, TheNetworkPrinterListensOnThisMachineByDefault) {
   const NetworkPrinterSettings usual = ReadSettings("", "server.toml")->printer;
-  EXPECT_TRUE(usual.on);
+  EXPECT_FALSE(usual.on);
+  EXPECT_TRUE(ReadSettings("[printer]\n", "server.toml")->printer.on);
   EXPECT_EQ(usual.address, "127.0.0.1");
   EXPECT_EQ(usual.port, 8631);
   const NetworkPrinterSettings other =
@@ -163,8 +164,12 @@ TEST(ServerSettings, PageAndReaderAgreeOnTheKeys) {
     const std::size_t place = static_cast<std::size_t>(one->position());
     const bool ofDevice = code.rfind("DeviceSettings DeviceOf", place) != code.npos &&
                           code.find("void TakeDevices", 0) > place;
-    const bool ofRetention = code.find("void TakeRetention") < place && object == "table";
+    const bool ofPrinter = code.find("void TakePrinter") < place &&
+                           place < code.find("ServerSettings::DeviceNamed") && object == "table";
+    const bool ofRetention =
+        code.find("void TakeRetention") < place && object == "table" && !ofPrinter;
     known.insert((object == "root" ? ""
+                  : ofPrinter      ? "printer."
                   : ofRetention    ? "retention."
                   : ofDevice       ? "device."
                                    : "?.") +

@@ -1,0 +1,112 @@
+#include <optional>
+#include <string>
+
+#include "cli/console/exit_status.h"
+#include "cli/console/options.h"
+#include "cli/input/input_file.h"
+#include "cli/input/pdf_options.h"
+#include "cli/installation/job_directory.h"
+#include "cli/installation/print_modes.h"
+#include "cli/installation/sweep.h"
+#include "cli/job/job_run.h"
+#include "cli/printing/job_settings.h"
+#include "cli/printing/spool_transfer.h"
+#include "cli/printing/whole_prefix.h"
+#include "cli/server/job_observer.h"
+#include "cli/server/job_options.h"
+#include "cli/server/worker.h"
+#include "rastrel/job/exe_paths.h"
+#include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/text.h"
+#include "rastrel/platform/standalone/data_root.h"
+
+namespace rastrel::cli {
+namespace {
+
+// While it lives no page is delivered: the engine's place is taken by a program that does nothing.
+class NoDelivery {
+ public:
+  NoDelivery() : m_Engine(CExePaths::Instance().m_OdalisExe) {
+    CExePaths::Instance().m_OdalisExe =
+        os::FromNative(standalone::FindResources().programs + "/rastrel-keep-pages");
+  }
+  ~NoDelivery() { CExePaths::Instance().m_OdalisExe = m_Engine; }
+  NoDelivery(const NoDelivery&) = delete;
+  NoDelivery& operator=(const NoDelivery&) = delete;
+
+ private:
+  std::wstring m_Engine;
+};
+
+std::string PagesNote(const server::JobQueue& queue, const server::Job& job) {
+  return queue.DirectoryOf(job.id) + "/pages";
+}
+
+// Pages of an earlier run of this job that was killed before the queue knew of them.
+void RemoveEarlierPages(const server::JobQueue& queue, const server::Job& job) {
+  const std::wstring note = os::FromNative(PagesNote(queue, job));
+  const auto name = os::ReadWholeFile(note, 1024);
+  if (!name) return;
+  RemoveKeptPages(*name);
+  static_cast<void>(os::RemoveFile(note));
+}
+
+void Fill(CJobTicket& ticket, const server::Job& job, const Invocation& invocation,
+          const std::string& copy) {
+  ticket.m_JobName = os::WideFromUtf8(job.title);
+  ticket.SetJobFile(os::FromNative(copy));
+  OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Print));
+  const PrintMode mode =
+      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
+  CJobData& settings = ticket.m_JobData;
+  settings.PrinterName = os::WideFromUtf8(job.device);
+  settings.PrintModeFolder = os::WideFromUtf8(mode.folder);
+  settings.PrintModeName = os::WideFromUtf8(mode.name);
+  settings.SpoolRequested = true;
+  settings.SpoolAllowed = true;
+}
+
+Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
+  const Invocation invocation = InvocationOf(job);
+  const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(job.file));
+  RemoveEarlierPages(queue, job);
+  auto spool =
+      OrEnd(ExitStatus::JobFailed, SpoolReservation::Create("job-" + std::to_string(job.id)));
+  OrEnd(ExitStatus::JobFailed,
+        os::ReplaceFile(os::FromNative(PagesNote(queue, job)), spool.Name(), os::Access::Private));
+  const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(false));
+  const std::string copy = OrEndByCode(
+      ExitStatus::JobFailed, directory.CopyIn(input.path, spool.Name() + input.extension));
+  PrintTicket ticket;
+  Fill(ticket, job, invocation, copy);
+  JobRecord record;
+  TicketEnd end;
+  {
+    const StagedSpool staged;
+    const NoDelivery none;
+    end = RunTicket(queue, job, ticket, ticket, record);
+    RemoveOwnPages();
+  }
+  if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
+  const auto pages = static_cast<int>(ticket.m_CFMFile.Entries.size());
+  OrEnd(ExitStatus::JobFailed, spool.Publish(ticket.m_CFMFile));
+  return queue.SetReady(job.id, spool.Name(), pages, "");
+}
+
+}  // namespace
+
+Expected<void> InterpretJob(server::JobQueue& queue, const server::Job& job) {
+  try {
+    if (job.work != server::JobWork::Print)
+      throw CommandError(ExitStatus::WrongUse,
+                         std::string("the server can't do work of the kind '") +
+                             server::NameOf(job.work) + "' yet");
+    return Interpret(queue, job);
+  } catch (const CommandError& error) {
+    return queue.SetFailed(job.id, static_cast<int>(error.Status()), error.what());
+  }
+}
+
+}  // namespace rastrel::cli
