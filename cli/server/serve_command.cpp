@@ -5,6 +5,7 @@
 
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
+#include "cli/installation/installation.h"
 #include "cli/server/open_queue.h"
 #include "cli/server/worker.h"
 #include "rastrel/platform/os/path.h"
@@ -30,6 +31,8 @@ server::WorkerProgram Workers() {
 std::unique_ptr<server::PrinterService> StartedPrinter(
     const server::NetworkPrinterSettings& settings) {
   if (!settings.on) return nullptr;
+  // It offers the devices and the print modes, which a new data root gets at first use.
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string own = os::ExecutablePath();
   auto printer = std::make_unique<server::PrinterService>(
       own.substr(0, own.rfind('/')) + "/rastrel-printer",
