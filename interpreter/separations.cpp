@@ -247,7 +247,7 @@ Expected<void> TakePlane(const PlaneFile& plane, const RunDescription& run,
   }
   const auto described = pages::DescribeFile(directory, name);
   if (!described) return described.Error();
-  pages::PagePlane& taken = info.planes.emplace_back(plane.name, name, 0);
+  pages::PagePlane& taken = info.planes.emplace_back(pages::PagePlane{plane.name, name, 0});
   const auto ink = run.inks.find(plane.name);
   if (plane.rank >= ProcessFiles.size() && ink != run.inks.end()) taken.ink = ink->second;
   info.files.push_back(*described);

@@ -26,6 +26,18 @@ constexpr std::uint64_t LargestRecord = std::uint64_t{16} << 20;
 // The maximum depth of shipped folders. Those that ship are three deep.
 constexpr int DeepestFolder = 16;
 
+constexpr std::uint64_t LargestShipped = std::uint64_t{64} << 20;
+
+// Whether the file has the content of the shipped one.
+bool IsCopy(const std::wstring& shipped, const os::FileStamp& ofShipped, const std::wstring& path,
+            const os::FileStamp& ofPath) {
+  if (ofShipped == ofPath) return true;  // a copy keeps the time
+  if (ofShipped.size != ofPath.size) return false;
+  const auto content = os::ReadWholeFile(shipped, LargestShipped);
+  const auto present = os::ReadWholeFile(path, LargestShipped);
+  return content && present && *content == *present;
+}
+
 // Brings one root up to date. Keeps the first failure and goes on.
 class RootLayout {
  public:
@@ -98,6 +110,9 @@ class RootLayout {
     const std::string name = os::ToNative(path).substr(os::ToNative(m_Root).size());
     const Expected<os::FileStamp> present = os::StampOf(path);
     if (present) {
+      // The record is written last, so that a first use that was cut off leaves copies without it.
+      if (!m_Record.contains(name) && IsCopy(source, *shipped, path, *present))
+        m_Record[name] = *present;
       const auto recorded = m_Record.find(name);
       const bool ours = recorded != m_Record.end() && recorded->second == *present;
       if (!ours || *present == *shipped) return;

@@ -112,6 +112,17 @@ TEST_F(DataRootLayout, a_later_version_replaces_files_that_nobody_touched) {
   EXPECT_EQ(Read("devices.txt"), "devices version 2");
 }
 
+TEST_F(DataRootLayout, copies_whose_record_was_never_written_are_recorded_and_replaced_later) {
+  ASSERT_TRUE(LayOut());
+  const std::string record = Read("Queue/.installed");
+  fs::remove(m_Path + "/Queue/.installed");
+  ASSERT_TRUE(LayOut());
+  EXPECT_EQ(Read("Queue/.installed"), record);
+  m_Shipped.Write("libexec/rastrel/corerast.exe", "rip version 2");
+  ASSERT_TRUE(LayOut());
+  EXPECT_EQ(Read("Queue/rip/corerast.exe"), "rip version 2");
+}
+
 TEST_F(DataRootLayout, a_file_that_a_user_changed_is_left_alone) {
   ASSERT_TRUE(LayOut());
   Write("devices.txt", "my own devices");
