@@ -148,7 +148,7 @@ void NetworkPrinter::DescribeDriver(pappl_pr_driver_data_t& data, ipp_t** attrib
   data.quality_default = IPP_QUALITY_NORMAL;
   data.scaling_default = PAPPL_SCALING_NONE;
   data.sides_supported = data.sides_default = PAPPL_SIDES_ONE_SIDED;
-  data.orient_default = IPP_ORIENT_NONE;
+  data.orient_default = IPP_ORIENT_PORTRAIT;
   SetResolutions(m_Modes, data);
   SetMedia(data);
   SetModes(m_Modes, data, attributes);
