@@ -5,12 +5,14 @@
 
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
+#include "cli/installation/installation.h"
 #include "cli/server/open_queue.h"
 #include "cli/server/worker.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/wait.h"
 #include "server/folders/folder_watch.h"
+#include "server/printer/printer_service.h"
 #include "server/queue/server_lock.h"
 #include "server/run/scheduler.h"
 #include "server/settings/server_settings.h"
@@ -24,6 +26,20 @@ server::WorkerProgram Workers() {
           .interpret = InterpretingWorker,
           .deliver = DeliveringWorker,
           .removePages = RemoveKeptPages};
+}
+
+// The printer on the network, unless the settings turn it off.
+std::unique_ptr<server::PrinterService> StartedPrinter(
+    const server::NetworkPrinterSettings& settings) {
+  if (!settings.on) return nullptr;
+  // It offers the devices and the print modes, which a new data root gets at first use.
+  OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
+  const std::string own = os::ExecutablePath();
+  auto printer = std::make_unique<server::PrinterService>(
+      own.substr(0, own.rfind('/')) + "/rastrel-printer",
+      [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
+  OrEnd(ExitStatus::JobFailed, printer->Start());
+  return printer;
 }
 
 }  // namespace
@@ -42,6 +58,7 @@ ExitStatus ServeCommand(const Invocation&) {
   server::FolderWatch folders(os::DataRoot(), *queue,
                               [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
   OrEnd(ExitStatus::JobFailed, folders.Start());
+  const auto printer = StartedPrinter(settings.printer);
   WriteErrorLine("rastrel: serving " + os::DataRoot());
   OrEnd(ExitStatus::JobFailed, os::AcquireSemaphoreHandle(stop));
   WriteErrorLine("rastrel: stopping");

@@ -82,6 +82,25 @@ void TakeRetention(TomlTable& root, Retention& retention) {
   table->Finish();
 }
 
+// "127.0.0.1", "::1", "0.0.0.0", a host's name: what a listener is bound to.
+bool IsListenAddress(const std::string& address) {
+  constexpr std::string_view Allowed =
+      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-:";
+  return !address.empty() && address.size() <= 255 &&
+         address.find_first_not_of(Allowed) == address.npos;
+}
+
+void TakePrinter(TomlTable& root, NetworkPrinterSettings& printer) {
+  auto table = root.Table("printer");
+  if (!table) return;
+  printer.on = table->Truth("on").value_or(true);
+  printer.address = table->Text("address").value_or(printer.address);
+  if (!IsListenAddress(printer.address))
+    table->Fail("address", "the address is to be a host's name or number");
+  TakeWhole(*table, "port", 1024, 65535, printer.port);
+  table->Finish();
+}
+
 }  // namespace
 
 DeviceSettings ServerSettings::DeviceNamed(const std::string& name) const {
@@ -109,6 +128,7 @@ Expected<ServerSettings> ReadSettings(std::string_view text, const std::string& 
   TakeWhole(root, "quarantine-after", 0, 1000, settings.quarantineAfter);
   TakeWhole(root, "job-megabytes", 0, 1'000'000'000, settings.jobMegabytes);
   TakeRetention(root, settings.retention);
+  TakePrinter(root, settings.printer);
   TakeDevices(root, settings);
   root.Finish();
   if (auto fine = file->Check(); !fine) return fine.Error();

@@ -39,12 +39,20 @@ struct Retention {
   int megabytes = 0;  ///< of their files
 };
 
+/// The printer on the network.
+struct NetworkPrinterSettings {
+  bool on = false;                    ///< true if the file has the section [printer]
+  std::string address = "127.0.0.1";  ///< other machines reach it only at another one, with TLS
+  int port = 8631;
+};
+
 struct ServerSettings {
   int workers = 0;          ///< jobs interpreted at a time; 0: as many as processors
   int readyJobs = 8;        ///< interpreted ahead for each device
   int quarantineAfter = 3;  ///< failures; 0: never
   int jobMegabytes = 0;     ///< largest file of a job; 0: no limit
   Retention retention;
+  NetworkPrinterSettings printer;
   std::vector<DeviceSettings> devices;
 
   /// The device of that name, or the defaults under it.

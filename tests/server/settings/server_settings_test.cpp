@@ -32,6 +32,25 @@ TEST(ServerSettings, AnEmptyFileHasTheDefaults) {
   EXPECT_FALSE(device.againAfterCutOff);
 }
 
+TEST(ServerSettings, TheNetworkPrinterListensOnThisMachineByDefault) {
+  const NetworkPrinterSettings usual = ReadSettings("", "server.toml")->printer;
+  EXPECT_FALSE(usual.on);
+  EXPECT_TRUE(ReadSettings("[printer]\n", "server.toml")->printer.on);
+  EXPECT_EQ(usual.address, "127.0.0.1");
+  EXPECT_EQ(usual.port, 8631);
+  const NetworkPrinterSettings other =
+      ReadSettings("[printer]\non = false\naddress = '::'\nport = 1024\n", "server.toml")->printer;
+  EXPECT_FALSE(other.on);
+  EXPECT_EQ(other.address, "::");
+  EXPECT_EQ(other.port, 1024);
+  EXPECT_NE(FaultOf("[printer]\nport = 1023\n"), "");
+  EXPECT_EQ(FaultOf("[printer]\nport = 65535\n"), "");
+  EXPECT_NE(FaultOf("[printer]\nport = 65536\n"), "");
+  EXPECT_NE(FaultOf("[printer]\naddress = ''\n"), "");
+  EXPECT_NE(FaultOf("[printer]\naddress = 'a b'\n"), "");
+  EXPECT_NE(FaultOf("[printer]\nother = 1\n"), "");
+}
+
 TEST(ServerSettings, ADeviceHasWhatItsTableSays) {
   const auto settings = ReadSettings(
       "[[device]]\nname = 'Plotter'\nkind = 'socket'\naddress = 'plotter:9100'\ntimeout = 5\n"
@@ -145,8 +164,12 @@ TEST(ServerSettings, PageAndReaderAgreeOnTheKeys) {
     const std::size_t place = static_cast<std::size_t>(one->position());
     const bool ofDevice = code.rfind("DeviceSettings DeviceOf", place) != code.npos &&
                           code.find("void TakeDevices", 0) > place;
-    const bool ofRetention = code.find("void TakeRetention") < place && object == "table";
+    const bool ofPrinter = code.find("void TakePrinter") < place &&
+                           place < code.find("ServerSettings::DeviceNamed") && object == "table";
+    const bool ofRetention =
+        code.find("void TakeRetention") < place && object == "table" && !ofPrinter;
     known.insert((object == "root" ? ""
+                  : ofPrinter      ? "printer."
                   : ofRetention    ? "retention."
                   : ofDevice       ? "device."
                                    : "?.") +
