@@ -100,6 +100,7 @@ enum class OptionId {
   NoOrder,
   CutMarks,
   CutPrint,
+  CutOutput,
   Measured,
   Measurements,
   Residual,

@@ -1,0 +1,224 @@
+// A print through the device and the cutter's file of the same interpretation: one frame for both.
+
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "cutting/job/job_file.h"
+#include "tests/cli/command_runner.h"
+
+namespace rastrel::test {
+namespace {
+
+using cutting::CutJob;
+using cutting::Point;
+
+constexpr double Inch = 25.4;
+constexpr double Pixel = Inch / 300;
+
+// A rectangle of the sign's ink around which the contour is cut. The page is of no whole pixels.
+std::string Sign(const std::string& ink) {
+  return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 101 83\n%%EndComments\n" + ink +
+         " 20.3 15.7 60 48 rectfill\n"
+         "[/Separation (CutContour) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor\n"
+         "0.3 setlinewidth 20.3 15.7 60 48 rectstroke\nshowpage\n%%EOF\n";
+}
+
+constexpr const char* GoldInk =
+    "[/Separation (Old Gold) /DeviceCMYK {dup 0.2 mul exch dup 0.4 mul exch 0.9 mul 0}]"
+    " setcolorspace 1 setcolor";
+
+constexpr const char* Rules =
+    "[[rule]]\nname = \"contour\"\nspot = \"CutContour\"\noperation = \"cut\"\n";
+
+// The delivered planes, in ink: 255 is all.
+struct Planes {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t samples = 0;
+  std::vector<std::uint8_t> ink;  // pixel by pixel, rows from the top
+
+  [[nodiscard]] double At(std::uint32_t x, std::uint32_t y, std::size_t plane) const {
+    return ink[(std::size_t{y} * width + x) * samples + plane];
+  }
+};
+
+Planes Read(const std::string& path) {
+  Planes planes;
+  TIFF* file = TIFFOpen(path.c_str(), "r");
+  if (file == nullptr) return planes;
+  std::uint16_t meaning = 0;
+  TIFFGetField(file, TIFFTAG_IMAGEWIDTH, &planes.width);
+  TIFFGetField(file, TIFFTAG_IMAGELENGTH, &planes.height);
+  TIFFGetField(file, TIFFTAG_SAMPLESPERPIXEL, &planes.samples);
+  TIFFGetField(file, TIFFTAG_PHOTOMETRIC, &meaning);
+  std::vector<std::uint8_t> row(static_cast<std::size_t>(TIFFScanlineSize(file)));
+  for (std::uint32_t y = 0; y < planes.height; ++y) {
+    EXPECT_EQ(TIFFReadScanline(file, row.data(), y), 1);
+    for (const std::uint8_t sample : row)
+      planes.ink.push_back(
+          meaning == PHOTOMETRIC_SEPARATED ? sample : static_cast<std::uint8_t>(255 - sample));
+  }
+  TIFFClose(file);
+  return planes;
+}
+
+struct InkSum {
+  double sum = 0;
+  Point center{};
+};
+
+// All ink of a plane in a box around a place, in millimetres from the lower left.
+InkSum InkAround(const Planes& planes, std::size_t plane, Point middle, double halfWidth,
+                 double halfHeight) {
+  InkSum found;
+  for (std::uint32_t y = 0; y < planes.height; ++y) {
+    for (std::uint32_t x = 0; x < planes.width; ++x) {
+      const Point at{(x + 0.5) * Pixel, (planes.height - y - 0.5) * Pixel};
+      if (std::abs(at.x - middle.x) > halfWidth || std::abs(at.y - middle.y) > halfHeight) continue;
+      const double ink = planes.At(x, y, plane);
+      found.sum += ink;
+      found.center.x += ink * at.x;
+      found.center.y += ink * at.y;
+    }
+  }
+  if (found.sum > 0) found.center = {found.center.x / found.sum, found.center.y / found.sum};
+  return found;
+}
+
+class PrintByRules : public testing::Test {
+ protected:
+  void Write(const std::string& ink) const {
+    runner.Place().Write("sign.eps", Sign(ink));
+    runner.Place().Write("rules.toml", Rules);
+  }
+
+  // Prints with circles around the page, and reads the delivered planes.
+  Planes Print(const std::string& mode, const std::string& marks, const std::string& cut) {
+    std::filesystem::remove_all(runner.Place().Path("out"));
+    const CommandResult result =
+        runner.Run({"print", "sign.eps", "--rules", "rules.toml", "--marks", marks, "--mode", mode,
+                    "--cut-output", cut, "--output", "out"});
+    EXPECT_EQ(result.status, 0) << result.error;
+    return Read(runner.Place().Path("out/sign-1.tif"));
+  }
+
+  [[nodiscard]] CutJob Job(const std::string& name) const {
+    const auto job = cutting::ReadJobFile(runner.Place().Read(name), name);
+    EXPECT_TRUE(job);
+    return job ? *job : CutJob{};
+  }
+
+  // The marks are within a quarter of a pixel of their places, in that plane; others have none.
+  static void ExpectMarks(const Planes& planes, const CutJob& job, const std::vector<bool>& inked) {
+    ASSERT_EQ(planes.samples, inked.size());
+    for (const cutting::RegistrationMark& mark : job.marks) {
+      for (std::size_t plane = 0; plane < inked.size(); ++plane) {
+        const InkSum found = InkAround(planes, plane, mark.center, 3.5, 3.5);
+        // A disc of 5 mm.
+        const double whole = 255 * 3.14159265 * 2.5 * 2.5 / (Pixel * Pixel);
+        EXPECT_NEAR(found.sum, inked[plane] ? whole : 0, whole / 500) << plane;
+        if (!inked[plane]) continue;
+        EXPECT_LE(Distance(found.center, mark.center), Pixel / 4) << plane;
+      }
+    }
+  }
+
+  // The ink that was painted within the contour, to the pixel, and nothing of the contour itself.
+  static void ExpectInkInContour(const Planes& planes, std::size_t plane, const CutJob& job) {
+    ASSERT_EQ(job.paths.size(), 1U);
+    const cutting::Box box = BoxOf(job.paths[0]);
+    const Point middle{(box.left + box.right) / 2, (box.bottom + box.top) / 2};
+    const InkSum found =
+        InkAround(planes, plane, middle, box.Width() / 2 + 1, box.Height() / 2 + 1);
+    EXPECT_LE(std::abs(found.center.x - middle.x), Pixel / 2);
+    EXPECT_LE(std::abs(found.center.y - middle.y), Pixel / 2);
+    const double area = box.Width() * box.Height() / (Pixel * Pixel) * 255;
+    EXPECT_NEAR(found.sum, area, area / 50);
+  }
+
+  CommandRunner runner{CommandRunner::Children::Real};
+};
+
+TEST_F(PrintByRules, has_marks_and_ink_of_rgb_where_the_cut_job_has_them) {
+  Write("0 setgray");
+  const Planes planes = Print("RGB/300 dpi", "circle:5mm,gap=3.3mm,count=5", "sign.json");
+  const CutJob job = Job("sign.json");
+  EXPECT_EQ(job.marks.size(), 5U);
+  ExpectMarks(planes, job, {true, true, true});
+  ExpectInkInContour(planes, 1, job);
+}
+
+TEST_F(PrintByRules, has_marks_of_cmyk_in_black_alone) {
+  Write("1 0 0 0 setcmykcolor");
+  const Planes planes = Print("CMYK/300 dpi", "circle:5mm", "sign.json");
+  const CutJob job = Job("sign.json");
+  ExpectMarks(planes, job, {false, false, false, true});
+  ExpectInkInContour(planes, 0, job);
+}
+
+TEST_F(PrintByRules, keeps_the_plane_of_a_spot_color_and_has_none_of_the_contour) {
+  Write(GoldInk);
+  const Planes planes = Print("CMYK/300 dpi", "circle:5mm", "sign.json");
+  const CutJob job = Job("sign.json");
+  ExpectMarks(planes, job, {false, false, false, true, false});
+  ExpectInkInContour(planes, 4, job);
+}
+
+TEST_F(PrintByRules, has_marks_in_all_separations_if_they_are_wanted_so) {
+  Write(GoldInk);
+  const Planes planes = Print("CMYK/300 dpi", "circle:5mm,ink=all", "sign.json");
+  ExpectMarks(planes, Job("sign.json"), {true, true, true, true, true});
+}
+
+TEST_F(PrintByRules, gives_the_cutter_a_file_that_begins_at_the_first_mark) {
+  Write("0 setgray");
+  static_cast<void>(Print("Screen/preview", "circle:5mm", "sign.json"));
+  const CutJob job = Job("sign.json");
+  static_cast<void>(Print("Screen/preview", "circle:5mm", "sign.plt"));
+  // The pen goes down in the lower left corner of the contour first or comes by it: 40 units a mm.
+  const std::string text = runner.Place().Read("sign.plt");
+  const std::size_t up = text.find("PU", text.find("SP"));
+  ASSERT_NE(up, std::string::npos) << text;
+  int x = 0;
+  int y = 0;
+  ASSERT_EQ(std::sscanf(text.c_str() + up, "PU%d,%d", &x, &y), 2) << text;
+  const cutting::Box box = BoxOf(job.paths.at(0));
+  const Point first = job.marks.at(0).center;
+  const double left = (box.left - first.x) * 40;
+  const double right = (box.right - first.x) * 40;
+  const double bottom = (box.bottom - first.y) * 40;
+  const double top = (box.top - first.y) * 40;
+  EXPECT_LE(std::min(std::abs(x - left), std::abs(x - right)), 1) << text;
+  EXPECT_LE(std::min(std::abs(y - bottom), std::abs(y - top)), 1) << text;
+}
+
+TEST_F(PrintByRules, refuses_options_that_part_the_print_from_the_cutter) {
+  Write("0 setgray");
+  for (const std::vector<std::string>& more : {std::vector<std::string>{"--scale", "A4"},
+                                               {"--pages", "1"},
+                                               {"--cut-color", "rgb:1,2,3"},
+                                               {"--printer", "Separation"},
+                                               {"second.eps"}}) {
+    std::vector<std::string> arguments{"print",      "sign.eps",     "--rules",
+                                       "rules.toml", "--cut-output", "sign.json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    EXPECT_EQ(runner.Run(arguments).status, 2) << more.front();
+  }
+  EXPECT_EQ(runner.Run({"cut", "sign.eps", "--mode", "CMYK/300 dpi", "-o", "a.json"}).status, 2);
+  EXPECT_EQ(
+      runner.Run({"cut", "sign.eps", "--print", "a.tif", "--mode", "CMYK/300 dpi", "-o", "a.json"})
+          .status,
+      3);
+  EXPECT_FALSE(runner.Place().Has("sign.json"));
+  EXPECT_FALSE(runner.Place().Has("a.tif"));
+}
+
+}  // namespace
+}  // namespace rastrel::test
