@@ -230,11 +230,13 @@ constexpr std::array CutOptions{
     FitKind, DxfVersion, CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
-constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies, OptionId::NestTurns,
-                                 NestEffort,   CutRules,  ChosenPage, Box,    PasswordFile,
-                                 NoOrder,      Json,      Help};
+constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,
+                                 NestEffort,   CutRules,  ChosenPage, Box,      PasswordFile,
+                                 CutPrint,     Mode,      Resolution, CutMarks, NoOrder,
+                                 Json,         Help};
 constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
-                                 Box,          PasswordFile, NoOrder,      Json,     Help};
+                                 Box,          PasswordFile, CutPrint,     Mode,     Resolution,
+                                 CutMarks,     NoOrder,      Json,         Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};

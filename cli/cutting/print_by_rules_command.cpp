@@ -58,6 +58,9 @@ Invocation PagePrint(const Invocation& invocation, const std::string& print) {
 }  // namespace
 
 ExitStatus PrintByRulesCommand(const Invocation& invocation) {
+  if (!invocation.Has(OptionId::CutRules) && !invocation.Has(OptionId::CutMarks) &&
+      !invocation.Has(OptionId::CutOutput))
+    return PrintCommand(invocation);
   CheckUse(invocation);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());

@@ -199,6 +199,89 @@ TEST_F(PrintByRules, gives_the_cutter_a_file_that_begins_at_the_first_mark) {
   EXPECT_LE(std::min(std::abs(y - bottom), std::abs(y - top)), 1) << text;
 }
 
+// Each contour of the job holds the sign's ink, and nowhere else is any but that of the marks.
+void ExpectInkInAllContours(const Planes& planes, std::size_t plane, const CutJob& job) {
+  for (const cutting::CutPath& path : job.paths) {
+    const cutting::Box box = BoxOf(path);
+    const Point middle{(box.left + box.right) / 2, (box.bottom + box.top) / 2};
+    const InkSum found =
+        InkAround(planes, plane, middle, box.Width() / 2 + 0.5, box.Height() / 2 + 0.5);
+    EXPECT_LE(std::abs(found.center.x - middle.x), 0.1);
+    EXPECT_LE(std::abs(found.center.y - middle.y), 0.1);
+    const double area = box.Width() * box.Height() / (Pixel * Pixel) * 255;
+    EXPECT_NEAR(found.sum, area, area / 50);
+  }
+}
+
+TEST_F(PrintByRules, nests_pictures_where_the_cut_file_has_their_contours) {
+  Write(GoldInk);
+  runner.Place().Write("wide.eps", Sign("1 0 0 0 setcmykcolor"));
+  const CommandResult nested =
+      runner.Run({"nest", "sign.eps", "wide.eps", "--copies", "2", "--sheet", "roll:45mm", "--gap",
+                  "2mm", "--rules", "rules.toml", "--mode", "CMYK/300 dpi", "--marks", "circle:5mm",
+                  "--print", "sheet.pdf", "-o", "sheet.json"});
+  ASSERT_EQ(nested.status, 0) << nested.error;
+  const CutJob job = Job("sheet.json");
+  ASSERT_EQ(job.paths.size(), 4U);
+  ASSERT_EQ(job.marks.size(), 4U);
+  const CommandResult printed =
+      runner.Run({"print", "sheet.pdf", "--mode", "CMYK/300 dpi", "--output", "out"});
+  ASSERT_EQ(printed.status, 0) << printed.error;
+  const Planes planes = Read(runner.Place().Path("out/sheet-1.tif"));
+  ASSERT_EQ(planes.samples, 5);
+  CutJob gold{.width = 0, .height = 0, .paths = {job.paths[0], job.paths[1]}};
+  CutJob cyan{.width = 0, .height = 0, .paths = {job.paths[2], job.paths[3]}};
+  ExpectInkInAllContours(planes, 4, gold);
+  ExpectInkInAllContours(planes, 0, cyan);
+  for (const cutting::RegistrationMark& mark : job.marks)
+    EXPECT_LE(Distance(InkAround(planes, 3, mark.center, 3.5, 3.5).center, mark.center), Pixel / 4);
+}
+
+TEST_F(PrintByRules, prints_each_panel_in_the_frame_of_its_own_marks) {
+  Write("0 setgray");
+  // The sign's contour is from 7.16 to 28.33 mm across, so that the seam parts it.
+  const CommandResult tiled =
+      runner.Run({"tile", "sign.eps", "--panel", "20x40mm", "--overlap", "4mm", "--rules",
+                  "rules.toml", "--dpi", "300", "--marks", "circle:5mm", "--print", "panel.pdf",
+                  "-o", "panel.json", "--json"});
+  ASSERT_EQ(tiled.status, 0) << tiled.error;
+  EXPECT_NE(tiled.output.find("\"print\":\"panel-1.pdf\""), std::string::npos) << tiled.output;
+  for (const std::string name : {"panel-1", "panel-2"}) {
+    const CutJob job = Job(name + ".json");
+    const CommandResult printed = runner.Run({"print", name + ".pdf", "--output", "out"});
+    ASSERT_EQ(printed.status, 0) << printed.error;
+    const Planes planes = Read(runner.Place().Path("out/" + name + "-1.tif"));
+    ASSERT_EQ(job.marks.size(), 4U);
+    for (const cutting::RegistrationMark& mark : job.marks)
+      EXPECT_LE(Distance(InkAround(planes, 0, mark.center, 3.5, 3.5).center, mark.center),
+                Pixel / 4);
+    // Up to the seam the ink is there as far as the path is cut, and goes on for half the overlap.
+    ASSERT_FALSE(job.paths.empty());
+    const cutting::Box box = BoxOf(job.paths[0]);
+    const bool isLeft = name == "panel-1";
+    const double outer = isLeft ? box.right + 2 : box.left - 2;
+    const double inner = isLeft ? box.left : box.right;
+    const Point middle{(outer + inner) / 2, (box.bottom + box.top) / 2};
+    const InkSum found =
+        InkAround(planes, 0, middle, std::abs(outer - inner) / 2 + 0.5, box.Height() / 2 + 0.5);
+    EXPECT_NEAR(found.center.x, middle.x, 0.1) << name;
+    EXPECT_NEAR(found.center.y, middle.y, 0.1) << name;
+  }
+}
+
+TEST_F(PrintByRules, nests_no_cut_job_with_a_print) {
+  runner.Place().Write("job.json", cutting::JobFileText({.width = 9, .height = 9, .paths = {}}));
+  EXPECT_EQ(
+      runner.Run({"nest", "job.json", "--sheet", "10x10cm", "--print", "a.pdf", "-o", "b.json"})
+          .status,
+      2);
+  EXPECT_EQ(runner.Run({"tile", "job.json", "--panel", "5x5cm", "--print", "a.png", "-o", "b.json"})
+                .status,
+            2);
+  EXPECT_FALSE(runner.Place().Has("a.pdf"));
+  EXPECT_FALSE(runner.Place().Has("b.json"));
+}
+
 TEST_F(PrintByRules, refuses_options_that_part_the_print_from_the_cutter) {
   Write("0 setgray");
   for (const std::vector<std::string>& more : {std::vector<std::string>{"--scale", "A4"},
