@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -280,6 +281,55 @@ TEST_F(PrintByRules, nests_no_cut_job_with_a_print) {
             2);
   EXPECT_FALSE(runner.Place().Has("a.pdf"));
   EXPECT_FALSE(runner.Place().Has("b.json"));
+}
+
+// A page of 100 by 80 points with a gray field and a contour in a separation.
+std::string PdfSign() {
+  const std::string content = "0 g 20 15 60 48 re f /S CS 1 SCN 0.3 w 20 15 60 48 re S";
+  const std::vector<std::string> objects{
+      "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 100 80] /Contents 4 0 R /Resources << "
+      "/ColorSpace << /S [/Separation /CutContour /DeviceCMYK << /FunctionType 2 /Domain [0 1] "
+      "/C0 [0 0 0 0] /C1 [0 1 0 0] /N 1 >>] >> >> >>",
+      "<< /Length " + std::to_string(content.size()) + " >>\nstream\n" + content + "\nendstream"};
+  std::string pdf = "%PDF-1.4\n";
+  std::string table = "0000000000 65535 f \n";
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    const std::string offset = std::to_string(pdf.size());
+    table += std::string(10 - offset.size(), '0') + offset + " 00000 n \n";
+    pdf += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+  }
+  const std::string count = std::to_string(objects.size() + 1);
+  return pdf + "xref\n0 " + count + "\n" + table + "trailer\n<< /Size " + count +
+         " /Root 1 0 R >>\nstartxref\n" + std::to_string(pdf.size()) + "\n%%EOF\n";
+}
+
+TEST_F(PrintByRules, takes_paths_of_a_pdf_in_gray_and_in_cmyk) {
+  runner.Place().Write("sign.pdf", PdfSign());
+  runner.Place().Write("rules.toml", Rules);
+  const std::string modes = runner.Root() + "/Queue/rip/System/pmodes/Gray";
+  std::filesystem::create_directories(modes);
+  std::ofstream(modes + "/300 dpi.ps")
+      << "%!PS\n%%Title: Gray\n8 SetBPS\n1Color\n300 300 SetXYResolution\n";
+  for (const std::string mode : {"Gray/300 dpi", "CMYK/300 dpi"}) {
+    std::filesystem::remove_all(runner.Place().Path("out"));
+    const CommandResult result =
+        runner.Run({"print", "sign.pdf", "--rules", "rules.toml", "--marks", "circle:5mm", "--mode",
+                    mode, "--cut-output", "sign.json", "--output", "out"});
+    ASSERT_EQ(result.status, 0) << result.error;
+    const Planes planes = Read(runner.Place().Path("out/sign-1.tif"));
+    const bool isGray = mode.starts_with("Gray");
+    const CutJob job = Job("sign.json");
+    ExpectMarks(planes, job,
+                isGray ? std::vector<bool>{true} : std::vector<bool>{false, false, false, true});
+    ExpectInkInContour(planes, isGray ? 0 : 3, job);
+    // The same without rules: a cut color that the page does not have.
+    EXPECT_EQ(runner
+                  .Run({"print", "sign.pdf", "--cut-color", "rgb:1,2,3", "--mode", mode, "--output",
+                        "plain"})
+                  .status,
+              0);
+  }
 }
 
 TEST_F(PrintByRules, refuses_options_that_part_the_print_from_the_cutter) {
