@@ -33,6 +33,8 @@ class PixelFile {
 
   /// The place of the first sample in the file.
   [[nodiscard]] std::uint64_t FirstSampleAt() const { return m_Runs.front().offset; }
+  /// Whether all samples lie one after the other from there on.
+  [[nodiscard]] bool IsInOnePiece() const { return m_Runs.size() == 1; }
 
   /// Fills `bytes` with the next samples. The failure of a file that ends before is EIO.
   /// REQUIRES: as many are left.

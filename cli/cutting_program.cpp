@@ -37,6 +37,10 @@ bool WantsCuttingProgram(const Invocation& invocation) {
          std::ranges::any_of(invocation.operands, IsJobName);
 }
 
+bool PrintsByRules(const Invocation& invocation) {
+  return invocation.Has(CutRules) || invocation.Has(CutMarks) || invocation.Has(CutOutput);
+}
+
 ExitStatus RunCuttingProgram(const std::vector<std::string>& arguments) {
   const std::string programs = standalone::FindResources().programs;
   if (programs.empty())

@@ -106,7 +106,9 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
 
 ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::string>& arguments) {
   switch (invocation.command) {
-    case CommandId::Print: return PrintCommand(invocation);
+    case CommandId::Print:
+      if (PrintsByRules(invocation)) return RunCuttingProgram(arguments);
+      return PrintCommand(invocation);
     case CommandId::Preview: return PreviewCommand(invocation);
     case CommandId::Prefix: return PrefixCommand(invocation);
     case CommandId::Reprint: return ReprintCommand(invocation);

@@ -133,9 +133,12 @@ constexpr std::array OptionTable{
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{CutMarks, "--marks", "SHAPE:SIZE,...",
               "Put registration marks around the page: corner, cross or circle; then gap=, count=, "
-              "spacing=, edge=."},
-    OptionRow{CutPrint, "--print", "FILE",
-              "Write the page without its cut paths, and with its marks, as a .tif file."},
+              "spacing=, edge=, ink=."},
+    OptionRow{
+        CutPrint, "--print", "FILE",
+        "Write the page without its cut paths, and with its marks: .pdf, which prints, or .tif."},
+    OptionRow{CutOutput, "--cut-output", "FILE",
+              "Write what the rules take for the cutter; the file's ending says the form."},
     OptionRow{Measured, "--measured", "X,Y",
               "Where the cutter has found a mark, in mm; once for each mark, in their order."},
     OptionRow{Measurements, "--measurements", "FILE",
@@ -205,9 +208,10 @@ constexpr std::array OptionTable{
 };
 
 constexpr std::array PrintOptions{
-    Printer,      Mode,          Copies,      Pages,      Spool,      KeepPs,   Planar,     Scale,
-    Levels,       LevelsRed,     LevelsGreen, LevelsBlue, LevelsGray, CutColor, SaveTicket, Box,
-    PasswordFile, ParallelPages, Title,       Output,     Json,       Help};
+    Printer,    Mode,     Copies,       Pages,         Spool,      KeepPs,     Planar,
+    Scale,      Levels,   LevelsRed,    LevelsGreen,   LevelsBlue, LevelsGray, CutColor,
+    SaveTicket, Box,      PasswordFile, ParallelPages, Title,      Output,     Json,
+    CutRules,   CutMarks, CutOutput,    ChosenPage,    Help};
 constexpr std::array PrefixOptions{
     Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
@@ -247,16 +251,25 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 // Those of rastrel-cutting, in the order of its stages.
                                 CutRules, OptionId::Check, Heal, Joining, TinySize, SpikeWidth,
                                 Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
-                                WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Measured,
+                                WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured,
                                 Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
                                 CutPicture, CutDevice, Json, Help};
+constexpr std::array CutOptions{
+    ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution, ChosenPage, Box, PasswordFile,
+    Title, Force, Jobs,
+    // Those of rastrel-cutting, in the order of its stages.
+    CutRules, OptionId::Check, Heal, Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
+    WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured, Measurements, Residual,
+    FitKind, DxfVersion, CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
-constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies, OptionId::NestTurns,
-                                 NestEffort,   CutRules,  ChosenPage, Box,    PasswordFile,
-                                 NoOrder,      Json,      Help};
+constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,
+                                 NestEffort,   CutRules,  ChosenPage, Box,      PasswordFile,
+                                 CutPrint,     Mode,      Resolution, CutMarks, NoOrder,
+                                 Json,         Help};
 constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
-                                 Box,          PasswordFile, NoOrder,      Json,     Help};
+                                 Box,          PasswordFile, CutPrint,     Mode,     Resolution,
+                                 CutMarks,     NoOrder,      Json,         Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};

@@ -103,6 +103,7 @@ enum class OptionId {
   NoOrder,
   CutMarks,
   CutPrint,
+  CutOutput,
   Measured,
   Measurements,
   Residual,

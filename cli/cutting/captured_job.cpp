@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "cli/input/pdf_options.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
+#include "cli/installation/print_modes.h"
 #include "cutting/capture/cut_paths_file.h"
 #include "interpreter/guardian.h"
 #include "pages/page_info.h"
@@ -30,11 +32,29 @@ constexpr int UsualResolution = 144;
 constexpr int PrintResolution = 300;
 constexpr int MaximumResolution = 4800;
 
+int ResolutionOf(const Invocation& invocation) {
+  if (!invocation.Has(OptionId::CutPrint)) return UsualResolution;
+  if (!invocation.Has(OptionId::Resolution)) return PrintResolution;
+  const auto number =
+      WholeNumberOf("--dpi", invocation.ValueOr(OptionId::Resolution, ""), 1, MaximumResolution);
+  return static_cast<int>(OrEnd(ExitStatus::WrongUse, number));
+}
+
 // Pixels are made if they are printed. A frameless page is blank.
-std::string PrefixOf(int resolution, bool isPrinted) {
-  return "serverdict begin 0 exitserver\n3Color " + std::to_string(resolution) +
-         " dup SetXYResolution " + (isPrinted ? "" : "(Frameless) DeviceSelect") +
-         "\nInitRIP\n\x04";
+std::string PrefixOf(const Invocation& invocation) {
+  constexpr const char* Begin = "serverdict begin 0 exitserver\n";
+  constexpr const char* End = "\nInitRIP\n\x04";
+  const bool isPrinted = invocation.Has(OptionId::CutPrint);
+  if (!invocation.Has(OptionId::Mode))
+    return Begin + ("3Color " + std::to_string(ResolutionOf(invocation))) + " dup SetXYResolution" +
+           (isPrinted ? "" : " (Frameless) DeviceSelect") + End;
+  if (!isPrinted || invocation.Has(OptionId::Resolution))
+    throw CommandError(ExitStatus::WrongUse,
+                       "--mode is of the picture that --print makes, and has its own resolution");
+  const PrintMode mode =
+      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, "")));
+  return Begin + ("(%Lumiscript%pmodes/" + mode.folder + "/" + mode.name) + ") SelectPrintMode" +
+         End;
 }
 
 constexpr const char* PrefixName = "capture.psp";
@@ -68,35 +88,6 @@ Failure ForPerson(const std::string& operand, Failure failure) {
   return failure;
 }
 
-int ResolutionOf(const Invocation& invocation) {
-  if (!invocation.Has(OptionId::CutPrint)) return UsualResolution;
-  if (!invocation.Has(OptionId::Resolution)) return PrintResolution;
-  const auto number =
-      WholeNumberOf("--dpi", invocation.ValueOr(OptionId::Resolution, ""), 1, MaximumResolution);
-  return static_cast<int>(OrEnd(ExitStatus::WrongUse, number));
-}
-
-// Its pixels are the end of the file.
-Expected<PagePicture> PictureOf(const std::string& directory) {
-  const auto info = pages::ReadPageInfo(directory);
-  if (!info) return info.Error();
-  const pages::PagePlane& plane = info->planes.front();
-  if (info->color != pages::PageColor::Rgb || info->bits != 8)
-    return FailureOf("the page has no picture of three colours");
-  auto file = os::RandomAccessFile::Open(os::FromNative(directory + "/" + plane.file));
-  if (!file) return file.Error();
-  const auto listed = std::ranges::find(info->files, plane.file, &pages::PageFile::name);
-  const std::uint64_t pixels = std::uint64_t{info->width} * info->height * 3;
-  if (listed == info->files.end() || listed->bytes < pixels)
-    return FailureOf("the picture of the page is cut short");
-  return PagePicture{.file = *std::move(file),
-                     .offset = listed->bytes - pixels,
-                     .width = info->width,
-                     .height = info->height,
-                     .xResolution = info->xResolution,
-                     .yResolution = info->yResolution};
-}
-
 Expected<interpreter::RunRequest> RequestOf(const CutRun& run, const CaptureWish& wish,
                                             const std::string& directory) {
   interpreter::RunRequest request;
@@ -111,10 +102,7 @@ Expected<interpreter::RunRequest> RequestOf(const CutRun& run, const CaptureWish
     request.settings.page = static_cast<std::uint64_t>(OrEnd(ExitStatus::WrongUse, page));
   }
   const std::string prefix = directory + "/" + PrefixName;
-  if (auto made = os::ReplaceFile(
-          os::FromNative(prefix),
-          PrefixOf(ResolutionOf(run.invocation), run.invocation.Has(OptionId::CutPrint)));
-      !made)
+  if (auto made = os::ReplaceFile(os::FromNative(prefix), PrefixOf(run.invocation)); !made)
     return made.Error();
   auto opened = interpreter::OpenPrefix(prefix);
   if (!opened) return opened.Error();
@@ -180,9 +168,9 @@ Expected<cutting::CutJob> Capture(CutRun& run, const CaptureWish& wish, const st
   if (!page) return page.Error();
   const std::string pageDirectory = directory->Path() + "/" + pages::PageName(*page);
   if (run.invocation.Has(OptionId::CutPrint)) {
-    auto picture = PictureOf(pageDirectory);
+    auto picture = OpenPagePicture(pageDirectory);
     if (!picture) return picture.Error();
-    run.picture = *std::move(picture);
+    run.picture = std::make_shared<PagePicture>(*std::move(picture));
   }
   return JobIn(pageDirectory);
 }

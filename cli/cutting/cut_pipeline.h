@@ -40,8 +40,9 @@ struct CutRun {
   CaptureWish wish{};                               ///< set by a stage before the reading
   std::shared_ptr<const cutting::RuleSet> rules{};  ///< of --rules; null without it
   cutting::CutJob job{};
-  std::optional<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
-  PictureMargins margins{};              ///< by which the picture grows for marks
+  std::shared_ptr<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
+  PictureMargins margins{};                ///< by which the picture grows for marks
+  bool marksInAllInks = false;             ///< print them in each plane, and not in black alone
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
   bool ended = false;                  ///< a stage has reported, and no other follows
   ExitStatus status = ExitStatus::Done;  ///< of the command

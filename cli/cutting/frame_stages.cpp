@@ -100,6 +100,7 @@ Expected<void> AddMarks(CutRun& run) {
   auto marked = cutting::WithMarks(std::move(run.job), placed);
   if (!marked) return marked.Error();
   run.job = std::move(marked->job);
+  run.marksInAllInks = placed.inAllInks;
   const cutting::PageGrowth& growth = marked->growth;
   run.margins = {.left = PixelsOf(growth.left, placed.pixelWidth),
                  .bottom = PixelsOf(growth.bottom, placed.pixelHeight),
@@ -118,13 +119,21 @@ Expected<void> PrintWithMarks(CutRun& run) {
   if (!run.picture)
     throw CommandError(ExitStatus::WrongUse,
                        "--print needs a PostScript, EPS or PDF file: a cut job has no picture");
-  if (!path.ends_with(".tif") && !path.ends_with(".tiff"))
+  const bool isPdf = path.ends_with(".pdf");
+  if (!isPdf && !path.ends_with(".tif") && !path.ends_with(".tiff"))
     throw CommandError(ExitStatus::WrongUse,
-                       "can't print to '" + path + "': the name of a .tif file is needed");
+                       "can't print to '" + path + "': the name of a .pdf or .tif file is needed");
   std::error_code ignored;
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
     throw CommandError(ExitStatus::WrongUse,
                        "the print would take the place of '" + path + "', which it is made of");
+  if (isPdf) {
+    const auto written = WritePrintFile(
+        MarkedPage(run.picture, run.margins, run.job.marks, run.marksInAllInks), path);
+    if (!written) return written;
+    run.written.push_back(path);
+    return {};
+  }
   auto file = os::OutputFile::Create(path, os::Existing::Followed);
   if (!file) ThrowUnwritten(file.Error());
   if (auto written = WriteMarkedPicture(*run.picture, run.margins, run.job.marks, *file); !written)

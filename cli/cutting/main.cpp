@@ -5,6 +5,7 @@
 #include "cli/console/run_program.h"
 #include "cli/cutting/cut_job_command.h"
 #include "cli/cutting/nest_command.h"
+#include "cli/cutting/print_by_rules_command.h"
 #include "cli/cutting/rules_command.h"
 #include "cli/cutting/send_command.h"
 
@@ -15,6 +16,7 @@ using namespace rastrel::cli;
 ExitStatus Run(const Invocation& invocation) {
   switch (invocation.command) {
     case CommandId::Cut: return CutJobCommand(invocation);
+    case CommandId::Print: return PrintByRulesCommand(invocation);
     case CommandId::Send: return SendCommand(invocation);
     case CommandId::Nest: return NestCommand(invocation);
     case CommandId::Tile: return TileCommand(invocation);

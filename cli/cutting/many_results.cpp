@@ -5,6 +5,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/cutting/cut_pipeline.h"
+#include "cli/cutting/frame_stages.h"
 #include "cli/cutting/rules_stage.h"
 
 namespace rastrel::cli {
@@ -16,14 +17,17 @@ std::string NumberedName(const std::string& path, std::size_t number) {
       .string();
 }
 
-cutting::CutJob JobOfFile(const Invocation& invocation, const std::string& file) {
+CutPage PageOfFile(const Invocation& invocation, const std::string& file) {
   Invocation own = invocation;
   own.operand = file;
   own.operands = {file};
   CutRun run(own);
   for (const CutStage stage : {CutStage{ReadRuleFile}, CutStage{ReadCutJob}, CutStage{ApplyRules}})
     OrEndByCode(ExitStatus::JobFailed, stage(run));
-  return std::move(run.job);
+  if (invocation.Has(OptionId::CutPrint) && !run.picture)
+    throw CommandError(ExitStatus::WrongUse,
+                       "'" + file + "' is a cut job, which has no picture that --print could make");
+  return {std::move(run.job), std::move(run.picture)};
 }
 
 void WriteJobAs(const Invocation& invocation, cutting::CutJob job, const std::string& name) {
@@ -31,8 +35,10 @@ void WriteJobAs(const Invocation& invocation, cutting::CutJob job, const std::st
   own.options[OptionId::ResultOutput] = name;
   CutRun run(own);
   run.job = std::move(job);
-  for (const CutStage stage : {CutStage{WorkToolPaths}, CutStage{WriteCutJob}})
-    OrEndByCode(ExitStatus::JobFailed, stage(run));
+  OrEndByCode(ExitStatus::JobFailed, WorkToolPaths(run));
+  if (invocation.Has(OptionId::CutMarks))
+    OrEndByCode(ExitStatus::JobFailed, CountFromFirstMark(run));
+  OrEndByCode(ExitStatus::JobFailed, WriteCutJob(run));
 }
 
 }  // namespace rastrel::cli

@@ -108,13 +108,6 @@ class TiffHead {
   std::string m_Text;
 };
 
-Expected<void> ReadRow(PagePicture& picture, std::uint64_t row, std::span<char> bytes) {
-  const auto read = picture.file.ReadAt(picture.offset + row * bytes.size(), bytes);
-  if (!read) return read.Error();
-  if (*read < bytes.size()) return FailureOf("the picture of the page is cut short");
-  return {};
-}
-
 void Ink(std::string& row, const std::vector<std::uint8_t>& coverage) {
   for (std::size_t x = 0; x < coverage.size(); ++x) {
     if (coverage[x] == 0) continue;
@@ -130,6 +123,9 @@ void Ink(std::string& row, const std::vector<std::uint8_t>& coverage) {
 Expected<void> WriteMarkedPicture(PagePicture& picture, const PictureMargins& margins,
                                   const std::vector<cutting::RegistrationMark>& marks,
                                   os::OutputFile& file) {
+  if (picture.inks.process != cutting::ProcessColors::Rgb)
+    return FailureOf("a .tif file takes the page in RGB: print to a .pdf file, or in a mode of RGB",
+                     FailureCode::BadInput);
   const std::uint64_t width = std::uint64_t{margins.left} + picture.width + margins.right;
   const std::uint64_t height = std::uint64_t{margins.top} + picture.height + margins.bottom;
   if (width == 0 || height == 0) return FailureOf("the picture of the page has no pixels");
@@ -150,7 +146,7 @@ Expected<void> WriteMarkedPicture(PagePicture& picture, const PictureMargins& ma
     if (y >= margins.top && y < std::uint64_t{margins.top} + picture.height) {
       const std::span<char> inside =
           std::span(row).subspan(margins.left * Samples, picture.width * Samples);
-      if (auto read = ReadRow(picture, y - margins.top, inside); !read) return read;
+      if (auto read = picture.Read(y - margins.top, 0, inside); !read) return read;
     }
     if (raster.CoverageOf(y, coverage)) Ink(row, coverage);
     if (auto written = file.Write(row); !written) return written;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "cli/console/stop_signals.h"
 #include "cli/console/values.h"
 #include "cli/cutting/length_value.h"
+#include "cli/cutting/many_prints.h"
 #include "cli/cutting/many_results.h"
 #include "cutting/nest/nest.h"
 #include "cutting/panel/panel.h"
@@ -73,6 +75,7 @@ cutting::NestOptions NestOptionsOf(const Invocation& invocation) {
 
 struct Pieces {
   std::vector<cutting::CutJob> jobs;
+  std::vector<std::shared_ptr<PagePicture>> pictures;  // with --print
   std::vector<cutting::NestInput> inputs;
 };
 
@@ -80,8 +83,11 @@ void ReadPieces(const Invocation& invocation, Pieces& pieces) {
   const std::int32_t copies =
       OrEnd(ExitStatus::WrongUse,
             WholeNumberOf("--copies", invocation.ValueOr(OptionId::Copies, "1"), 1, MaximumCopies));
-  for (const std::string& file : invocation.operands)
-    pieces.jobs.push_back(JobOfFile(invocation, file));
+  for (const std::string& file : invocation.operands) {
+    CutPage page = PageOfFile(invocation, file);
+    pieces.jobs.push_back(std::move(page.job));
+    pieces.pictures.push_back(std::move(page.picture));
+  }
   for (std::size_t i = 0; i < pieces.jobs.size(); ++i)
     pieces.inputs.push_back({invocation.operands[i], &pieces.jobs[i], copies});
 }
@@ -123,7 +129,7 @@ void WriteNestDone(const Invocation& invocation, const cutting::NestResult& resu
     line.Write();
     return;
   }
-  for (std::size_t sheet = 0; sheet < names.size(); ++sheet)
+  for (std::size_t sheet = 0; sheet < result.usedLengths.size(); ++sheet)
     WriteErrorLine("note: sheet " + std::to_string(sheet + 1) + " is used up to " +
                    os::ShortDecimal(result.usedLengths[sheet], 1) + " mm");
   WriteErrorLine("note: " + os::ShortDecimal(result.wastePercent, 1) + " % is waste");
@@ -138,8 +144,8 @@ std::vector<std::string> NamesOf(const std::string& name, std::size_t count) {
   return names;
 }
 
-void WritePanel(const Invocation& invocation, const cutting::Panel& panel,
-                const std::string& name) {
+void WritePanel(const Invocation& invocation, const cutting::Panel& panel, const std::string& name,
+                const std::string& print) {
   const auto number = static_cast<std::int64_t>(panel.number);
   if (!invocation.Has(OptionId::Json)) {
     WriteOutRow({std::to_string(number), os::ShortDecimal(panel.area.left, 2),
@@ -147,22 +153,24 @@ void WritePanel(const Invocation& invocation, const cutting::Panel& panel,
                  os::ShortDecimal(panel.area.Height(), 2), name});
     return;
   }
-  JsonLine("panel")
-      .Add("number", number)
+  JsonLine line("panel");
+  line.Add("number", number)
       .Add("column", static_cast<std::int64_t>(panel.column) + 1)
       .Add("row", static_cast<std::int64_t>(panel.row) + 1)
       .AddNumber("left_mm", panel.area.left)
       .AddNumber("bottom_mm", panel.area.bottom)
       .AddNumber("width_mm", panel.area.Width())
       .AddNumber("height_mm", panel.area.Height())
-      .Add("path", name)
-      .Write();
+      .Add("path", name);
+  if (!print.empty()) line.Add("print", print);
+  line.Write();
 }
 
 }  // namespace
 
 ExitStatus NestCommand(const Invocation& invocation) {
   const std::string output = NameOfResults(invocation);
+  const std::string print = PrintNameOf(invocation);
   cutting::NestOptions options = NestOptionsOf(invocation);
   Pieces pieces;
   ReadPieces(invocation, pieces);
@@ -173,9 +181,20 @@ ExitStatus NestCommand(const Invocation& invocation) {
   const auto result = cutting::Nest(pieces.inputs, options);
   if (!result) OrEndByCode(ExitStatus::JobFailed, Expected<void>(result.Error()));
   if (isStopped) return ExitStatus::Cancelled;
-  const auto names = NamesOf(output, result->usedLengths.size());
-  for (std::size_t sheet = 0; sheet < names.size(); ++sheet)
-    WriteJobAs(invocation, cutting::SheetJob(pieces.inputs, options, *result, sheet), names[sheet]);
+  auto names = NamesOf(output, result->usedLengths.size());
+  const auto prints = NamesOf(print, names.size());
+  for (std::size_t sheet = 0; sheet < names.size(); ++sheet) {
+    const auto marked =
+        WithMarksOf(invocation, cutting::SheetJob(pieces.inputs, options, *result, sheet),
+                    pieces.pictures.front().get());
+    WriteJobAs(invocation, marked.job, names[sheet]);
+    if (!print.empty())
+      OrEndByCode(ExitStatus::JobFailed,
+                  WritePrintFile(SheetPage(invocation, pieces.inputs, options, *result, sheet,
+                                           pieces.pictures, marked),
+                                 prints[sheet]));
+  }
+  if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   WritePlacements(invocation, pieces, *result);
   WriteNestDone(invocation, *result, names);
   return ExitStatus::Done;
@@ -188,13 +207,23 @@ ExitStatus TileCommand(const Invocation& invocation) {
   const cutting::PanelOptions options{.width = size.widthCm * MillimetresInCentimetre,
                                       .height = size.heightCm * MillimetresInCentimetre,
                                       .overlap = LengthOr0(invocation, OptionId::PanelOverlap)};
-  const auto panels = cutting::SplitIntoPanels(JobOfFile(invocation, invocation.operand), options);
+  const std::string print = PrintNameOf(invocation);
+  const CutPage page = PageOfFile(invocation, invocation.operand);
+  const auto panels = cutting::SplitIntoPanels(page.job, options);
   if (!panels) OrEndByCode(ExitStatus::JobFailed, Expected<void>(panels.Error()));
-  const auto names = NamesOf(output, panels->size());
+  auto names = NamesOf(output, panels->size());
+  const auto prints = NamesOf(print, panels->size());
   for (std::size_t i = 0; i < panels->size(); ++i) {
-    WriteJobAs(invocation, (*panels)[i].job, names[i]);
-    WritePanel(invocation, (*panels)[i], names[i]);
+    const cutting::Panel& panel = (*panels)[i];
+    const auto marked = WithMarksOf(invocation, panel.job, page.picture.get());
+    WriteJobAs(invocation, marked.job, names[i]);
+    if (!print.empty())
+      OrEndByCode(
+          ExitStatus::JobFailed,
+          WritePrintFile(PanelPage(invocation, panel, options, page.picture, marked), prints[i]));
+    WritePanel(invocation, panel, names[i], print.empty() ? "" : prints[i]);
   }
+  if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   if (invocation.Has(OptionId::Json)) JsonLine("done").Add("exit", 0).Add("paths", names).Write();
   return ExitStatus::Done;
 }

@@ -19,11 +19,12 @@ struct MarkOptions {
   /// The page's pixels: it grows by whole ones. 0: by any length. Of pages that are no pixels.
   double pixelWidth = 0;
   double pixelHeight = 0;
+  bool inAllInks = false;  ///< printed in each separation, and not in black alone
 };
 
-/// Reads "SHAPE[:SIZE][,gap=LENGTH][,count=N][,spacing=LENGTH][,edge=LENGTH]", with "corner",
-/// "cross" or "circle". Lengths have mm, cm, in or pt after them; without a unit they are
-/// millimetres. Fails with the part that is wrong, and why.
+/// Reads "SHAPE[:SIZE][,gap=LENGTH][,count=N][,spacing=LENGTH][,edge=LENGTH]
+/// [,ink=black|all]", with "corner", "cross" or "circle". Lengths have mm, cm, in or pt after them;
+/// without a unit they are millimetres. Fails with the part that is wrong, and why.
 [[nodiscard]] Expected<MarkOptions> ParseMarks(std::string_view text);
 
 /// How much longer the page is at each side, millimetres.

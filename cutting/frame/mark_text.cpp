@@ -75,16 +75,23 @@ Expected<void> ReadCount(MarkOptions& options, std::string_view part, std::strin
   return {};
 }
 
+Expected<void> ReadInk(MarkOptions& options, std::string_view part, std::string_view value) {
+  if (value != "black" && value != "all") return Wrong(part, "the ink is black or all");
+  options.inAllInks = value == "all";
+  return {};
+}
+
 Expected<void> ReadPart(MarkOptions& options, std::string_view part) {
   const auto equals = part.find('=');
   const std::string_view key = part.substr(0, equals);
   const std::string_view value = equals == part.npos ? "" : part.substr(equals + 1);
   if (key == "count") return ReadCount(options, part, value);
+  if (key == "ink") return ReadInk(options, part, value);
   double* length = nullptr;
   if (key == "gap") length = &options.gap;
   if (key == "spacing") length = &options.spacing;
   if (key == "edge") length = &options.edge;
-  if (length == nullptr) return Wrong(part, "gap, count, spacing and edge are known");
+  if (length == nullptr) return Wrong(part, "gap, count, spacing, edge and ink are known");
   const auto read = LengthOf(value);
   if (!read) return Wrong(part, "a length in mm, cm, in or pt is needed");
   *length = *read;

@@ -233,4 +233,22 @@ CutJob SheetJob(const std::vector<NestInput>& inputs, const NestOptions& options
   return job;
 }
 
+std::vector<Contour> RoomOf(const NestInput& input, const NestOptions& options,
+                            const NestPlacement& placement) {
+  const PieceShape shape = nest::ShapeOf(*input.job, options.gap, {placement.turn});
+  const auto onSheet = [&](const ClipperLib::IntPoint& point) {
+    return Point{static_cast<double>(point.X) / nest::UnitsPerMillimetre + placement.transform.e,
+                 static_cast<double>(point.Y) / nest::UnitsPerMillimetre + placement.transform.f};
+  };
+  std::vector<Contour> room;
+  for (const ClipperLib::Path& outline : shape.turns.front().outlines) {
+    if (outline.empty()) continue;
+    Contour contour{.start = onSheet(outline.front()), .segments = {}, .closed = true};
+    for (std::size_t i = 1; i < outline.size(); ++i)
+      contour.segments.push_back(LineTo(onSheet(outline[i])));
+    room.push_back(std::move(contour));
+  }
+  return room;
+}
+
 }  // namespace rastrel::cutting

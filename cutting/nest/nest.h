@@ -71,4 +71,9 @@ inline constexpr double MaximumNestLength = 100'000;  ///< of a sheet's side and
 [[nodiscard]] CutJob SheetJob(const std::vector<NestInput>& inputs, const NestOptions& options,
                               const NestResult& result, std::size_t sheet);
 
+/// The room that a placed piece takes on its sheet: its outlines, grown by half of the gap, as
+/// closed contours that may lie in each other. The print of the piece may reach so far.
+[[nodiscard]] std::vector<Contour> RoomOf(const NestInput& input, const NestOptions& options,
+                                          const NestPlacement& placement);
+
 }  // namespace rastrel::cutting

@@ -211,8 +211,8 @@ TEST(ParseMarks, says_which_part_is_wrong) {
             "'gap=-1' is wrong for marks: a length in mm, cm, in or pt is needed");
   EXPECT_EQ(why("circle,count=9"), "'count=9' is wrong for marks: the count is 3 to 8");
   EXPECT_EQ(why("circle,color=red"),
-            "'color=red' is wrong for marks: gap, count, spacing and edge are known");
-  EXPECT_EQ(why("circle,"), "'' is wrong for marks: gap, count, spacing and edge are known");
+            "'color=red' is wrong for marks: gap, count, spacing, edge and ink are known");
+  EXPECT_EQ(why("circle,"), "'' is wrong for marks: gap, count, spacing, edge and ink are known");
 }
 
 TEST(MarkShape, has_the_area_of_its_ink) {
