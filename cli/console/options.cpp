@@ -254,13 +254,6 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured,
                                 Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
                                 CutPicture, CutDevice, Json, Help};
-constexpr std::array CutOptions{
-    ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution, ChosenPage, Box, PasswordFile,
-    Title, Force, Jobs,
-    // Those of rastrel-cutting, in the order of its stages.
-    CutRules, OptionId::Check, Heal, Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
-    WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured, Measurements, Residual,
-    FitKind, DxfVersion, CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
 constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,
