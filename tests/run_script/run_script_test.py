@@ -62,7 +62,7 @@ class RunScript(unittest.TestCase):
         for name, body in TOOLS.items():
             (self.tools / name).write_text(f"#!/bin/sh\n{body}\n", encoding="utf-8")
             (self.tools / name).chmod(0o755)
-        self.install("build", "cut", "host", "run", "test")
+        self.install("build", "cut", "host", "run", "serve", "test")
         (self.place / "wanted").write_text("", encoding="utf-8")
 
     def packages(self, *groups):
@@ -129,7 +129,7 @@ class RunScript(unittest.TestCase):
         self.assertFalse([line for line in self.log() if line.startswith("apt-get")])
 
     def test_missing_packages_are_named_and_installed_and_no_others(self):
-        self.install("build", "cut", "run", without=["ghostscript"])
+        self.install("build", "cut", "run", "serve", without=["ghostscript"])
         ended = self.run_script("print", "x.ps")
         self.assertEqual(ended.returncode, 0, ended.stderr)
         self.assertIn("needed and not installed: ghostscript\n", ended.stderr)
@@ -140,20 +140,20 @@ class RunScript(unittest.TestCase):
         self.assertNotIn("sudo", self.log())
 
     def test_printing_does_not_ask_for_what_only_tests_need(self):
-        self.install("build", "cut", "run")
+        self.install("build", "cut", "run", "serve")
         ended = self.run_script("print", "x.ps")
         self.assertEqual(ended.returncode, 0, ended.stderr)
         self.assertNotIn("not installed", ended.stderr)
 
     def test_who_is_not_root_installs_through_sudo_and_is_told_so(self):
-        self.install("build", "cut", "run", without=["cmake"])
+        self.install("build", "cut", "run", "serve", without=["cmake"])
         ended = self.run_script("print", "x.ps", user="1000")
         self.assertEqual(ended.returncode, 0, ended.stderr)
         self.assertIn("through sudo", ended.stderr)
         self.assertEqual(self.log()[0], "sudo")
 
     def test_without_root_and_sudo_the_packages_are_listed(self):
-        self.install("build", "cut", "run", without=["cmake"])
+        self.install("build", "cut", "run", "serve", without=["cmake"])
         (self.tools / "sudo").unlink()
         ended = self.run_script("print", "x.ps", user="1000")
         self.assertEqual(ended.returncode, 1)
@@ -161,7 +161,7 @@ class RunScript(unittest.TestCase):
         self.assertEqual(self.log(), [])
 
     def test_empty_package_lists_are_fetched_first(self):
-        self.install("build", "cut", "run", without=["cmake"])
+        self.install("build", "cut", "run", "serve", without=["cmake"])
         (self.place / "lists-are-empty").touch()
         ended = self.run_script("print", "x.ps")
         self.assertEqual(ended.returncode, 0, ended.stderr)
@@ -169,7 +169,7 @@ class RunScript(unittest.TestCase):
         self.assertEqual(calls, ["update", "cmake"])
 
     def test_without_a_network_it_stops_and_says_so(self):
-        self.install("build", "cut", "run", without=["cmake"])
+        self.install("build", "cut", "run", "serve", without=["cmake"])
         (self.place / "no-network").touch()
         ended = self.run_script("print", "x.ps")
         self.assertEqual(ended.returncode, 1)
@@ -265,7 +265,7 @@ class RunScript(unittest.TestCase):
                                        f"{clear}{long_line[:79]}{clear}"), shown)
 
     def test_packages_come_with_a_percentage(self):
-        self.install("build", "cut", "run", without=["ghostscript"])
+        self.install("build", "cut", "run", "serve", without=["ghostscript"])
         played = TOOLS["apt-get"].replace("*install*) ", "*install*) echo Unpacking; "
                                           "echo dlstatus:1:9.5:Fetching; echo pmstatus:gs:50.00:Preparing; ")
         (self.tools / "apt-get").write_text(f"#!/bin/sh\n{played}\n", encoding="utf-8")
