@@ -10,6 +10,7 @@
 #include "cli/job/job_run.h"
 #include "cli/printing/page_ranges.h"
 #include "cli/printing/spool.h"
+#include "cli/server/cut_run.h"
 #include "cli/server/device_delivery.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
@@ -74,13 +75,14 @@ Expected<void> FinishJob(server::JobQueue& queue, const server::Job& job,
   return queue.SetDone(job.id);
 }
 
-// Has the engine make all files of the job in the outbox, unless an earlier run did. Another end
-// than Done if it could not.
+// Has the engine, or the cut, make all files of the job in the outbox, unless an earlier run did.
+// Another end than Done if it could not.
 TicketEnd FillOutbox(server::JobQueue& queue, const server::Job& job, Outbox& outbox) {
   if (outbox.IsWhole()) return {TicketEnd::Kind::Done, 0, ""};
   const std::string place = OrEnd(ExitStatus::JobFailed, outbox.Begin());
   JobRecord record;
-  TicketEnd end = RunEngine(queue, job, place, record);
+  const TicketEnd end = job.work == server::JobWork::Cut ? RunCut(queue, job, place)
+                                                         : RunEngine(queue, job, place, record);
   if (end.kind == TicketEnd::Kind::Done) OrEnd(ExitStatus::JobFailed, outbox.Finish());
   return end;
 }
@@ -135,6 +137,9 @@ Expected<void> DeliverJob(server::JobQueue& queue, const server::Job& job) {
     static_cast<void>(OutputDirectory());
     const auto settings = OrEnd(ExitStatus::WrongUse, server::SettingsOf(os::DataRoot()));
     const server::DeviceSettings device = settings.DeviceNamed(job.device);
+    if (job.work == server::JobWork::Cut)
+      return device.way == server::DeviceWay::Files ? DeliverFiles(queue, job, false)
+                                                    : DeliverByWay(queue, job, device);
     const devices::Device section = SectionOf(job.device);
     const bool isBelowOutput = section.kind == devices::DeviceKind::File &&
                                section.pattern.BeginsWith(devices::Field::Output);

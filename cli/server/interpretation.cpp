@@ -99,6 +99,8 @@ Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
 
 Expected<void> InterpretJob(server::JobQueue& queue, const server::Job& job) {
   try {
+    // A cut is made when its device is free: it takes no pages of the RIP.
+    if (job.work == server::JobWork::Cut) return queue.SetReady(job.id, "", 0, "");
     if (job.work != server::JobWork::Print)
       throw CommandError(ExitStatus::WrongUse,
                          std::string("the server can't do work of the kind '") +

@@ -27,6 +27,16 @@ PAGES = """%!PS-Adobe-3.0
 0.7 setgray 10 5 20 20 rectfill showpage
 %%EOF
 """
+# A disc of 20 points that is cut.
+CUT = """%!PS-Adobe-3.0
+%%BoundingBox: 0 0 40 30
+%%Pages: 1
+<< /PageSize [40 30] >> setpagedevice
+%%Page: 1 1
+[/Separation (CutContour) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor
+20 15 10 0 360 arc closepath stroke showpage
+%%EOF
+"""
 
 
 class Serve(unittest.TestCase):
@@ -117,6 +127,43 @@ class Serve(unittest.TestCase):
         for number in numbers:
             self.await_state(number, "done")
         self.assertEqual(len(self.output()), 8)
+        self.stop()
+
+    def hot_folder(self, text):
+        folder = self.place / "hot"
+        folder.mkdir()
+        (folder / ".rastrel-folder.toml").write_text(text)
+        self.run_command("jobs", "list")  # makes the data root
+        (self.root / "server" / "folders.toml").write_text(f'[[folder]]\npath = "{folder}"\n')
+        return folder
+
+    def await_file(self, path):
+        limit = time.monotonic() + WAIT
+        while not path.exists():
+            self.assertLess(time.monotonic(), limit, path)
+            time.sleep(0.05)
+
+    def test_a_file_that_is_dropped_into_a_cutting_folder_is_cut_by_its_rules(self):
+        folder = self.hot_folder('device = "Cutter"\nwork = "cut"\nrules = "shop-words"\n')
+        self.serve()
+        drawing = self.place / "disc.ps"
+        drawing.write_text(CUT)
+        expected = self.place / "expected.hpgl"
+        self.run_command("cut", str(drawing), "--rules", "shop-words", "-o", str(expected))
+        os.rename(drawing, folder / "disc.ps")
+        self.await_file(folder / "done" / "disc.ps.report.json")
+        self.assertEqual(self.output(), {"disc.hpgl": expected.read_bytes()})
+        self.assertGreater(len(expected.read_bytes()), 100)
+        self.stop()
+
+    def test_a_cut_without_rules_fails_and_says_so(self):
+        folder = self.hot_folder('device = "Cutter"\nwork = "cut"\n')
+        self.serve()
+        self.page.rename(folder / "page.ps")
+        self.await_file(folder / "failed" / "page.ps.report.json")
+        job = self.job("1")
+        self.assertEqual((job["state"], job["message"]),
+                         ("failed", "a cut needs rules: which paths are cut"))
         self.stop()
 
     def test_a_device_of_the_settings_gets_the_bytes(self):
