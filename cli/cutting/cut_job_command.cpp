@@ -7,6 +7,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/cutting/cut_delivery.h"
+#include "cli/cutting/cut_files.h"
 #include "cli/cutting/cut_pipeline.h"
 
 namespace rastrel::cli {
@@ -18,8 +19,6 @@ void CheckUse(const Invocation& invocation) {
       throw CommandError(ExitStatus::WrongUse,
                          std::string(OptionOf(id).name) +
                              " goes with no rules and no cut job; name the colour in a rule");
-  if (invocation.operands.size() > 1)
-    throw CommandError(ExitStatus::WrongUse, "give one FILE: a cut job is made of one file");
 }
 
 void WriteDone(const CutRun& run) {
@@ -41,10 +40,13 @@ void WriteDone(const CutRun& run) {
 
 ExitStatus CutJobCommand(const Invocation& invocation) {
   CheckUse(invocation);
+  if (invocation.operands.size() > 1) return CutFileByFile(invocation);
   // The done report would come in the middle of the result.
   if (invocation.ValueOr(OptionId::ResultOutput, "") == StandardOutputName)
     OrEnd(ExitStatus::WrongUse, KeepOutputForResult());
-  CutRun run(invocation);
+  const CutFile file = TakeCutFile(invocation);
+  CutRun run(file.invocation);
+  run.replacesResult = !file.hasMadeName || invocation.Has(OptionId::Force);
   RunPipeline(run);
   if (run.ended) return run.status;
   WriteDone(run);

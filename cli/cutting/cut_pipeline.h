@@ -44,6 +44,7 @@ struct CutRun {
   PictureMargins margins{};                ///< by which the picture grows for marks
   bool marksInAllInks = false;             ///< print them in each plane, and not in black alone
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
+  bool replacesResult = true;          ///< the file of --output, if there is one already
   bool ended = false;                  ///< a stage has reported, and no other follows
   ExitStatus status = ExitStatus::Done;  ///< of the command
 
@@ -65,8 +66,9 @@ void RunPipeline(CutRun& run);
 [[nodiscard]] bool IsCutJobName(const std::string& path);
 
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
-/// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", a drawing if
-/// it ends in ".svg" or ".dxf", else the wanted paths of a PostScript, EPS or PDF file. WriteCutJob writes the job to the name of
+/// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", a drawing
+/// if it ends in ".svg" or ".dxf", else the wanted paths of a PostScript, EPS or PDF file.
+/// WriteCutJob writes the job to the name of
 /// --output in the form of its ending.
 [[nodiscard]] Expected<void> ReadCutJob(CutRun& run);
 [[nodiscard]] Expected<void> WriteCutJob(CutRun& run);

@@ -75,7 +75,10 @@ void WriteCutText(CutRun& run, const std::string& path, const std::string& text)
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
     throw CommandError(ExitStatus::WrongUse,
                        "the result would take the place of '" + path + "', which it is made of");
-  auto file = os::OutputFile::Create(path, os::Existing::Followed);
+  const bool isRefused =
+      !run.replacesResult && path == run.invocation.ValueOr(OptionId::ResultOutput, "");
+  auto file =
+      os::OutputFile::Create(path, isRefused ? os::Existing::Refused : os::Existing::Followed);
   if (!file) ThrowUnwritten(file.Error());
   if (const auto written = file->Write(text); !written) ThrowUnwritten(written.Error());
   if (const auto named = file->Commit(); !named) ThrowUnwritten(named.Error());

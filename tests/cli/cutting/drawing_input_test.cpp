@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tests/cli/command_runner.h"
 
@@ -53,6 +54,43 @@ TEST_F(DrawingInput, a_drawing_becomes_a_cutters_file) {
   const CommandResult result = runner.Run({"cut", "plan.DXF", "-o", "plan.plt"});
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_NE(runner.Place().Read("plan.plt").find("PD400,0"), std::string::npos);
+}
+
+TEST_F(DrawingInput, several_files_become_a_result_each_and_a_bad_one_keeps_none_back) {
+  runner.Place().Write("bad.svg", "<svg");
+  const CommandResult result =
+      runner.Run({"cut", "plan.DXF", "bad.svg", "sign.svg", "--rules", "rules.toml", "-o", "out/"});
+  EXPECT_EQ(result.status, 3) << result.error;
+  EXPECT_NE(result.error.find("cutting: bad.svg"), std::string::npos) << result.error;
+  EXPECT_NE(runner.Place().Read("out/plan.plt").find("PD400,0"), std::string::npos);
+  EXPECT_NE(runner.Place().Read("out/sign.plt").find("PD"), std::string::npos);
+  const CommandResult named =
+      runner.Run({"cut", "plan.DXF", "sign.svg", "--rules", "rules.toml", "-o", "{name}-cut.svg"});
+  EXPECT_EQ(named.status, 0) << named.error;
+  EXPECT_NE(runner.Place().Read("plan-cut.svg").find("<svg"), std::string::npos);
+}
+
+TEST_F(DrawingInput, a_result_that_the_user_did_not_name_is_replaced_by_force_alone) {
+  runner.Place().Write("out/plan.plt", "mine");
+  const CommandResult kept = runner.Run({"cut", "plan.DXF", "-o", "out"});
+  EXPECT_NE(kept.status, 0);
+  EXPECT_NE(kept.error.find("only --force replaces"), std::string::npos) << kept.error;
+  EXPECT_EQ(runner.Place().Read("out/plan.plt"), "mine");
+  EXPECT_EQ(runner.Run({"cut", "plan.DXF", "-o", "out", "--force"}).status, 0);
+  EXPECT_NE(runner.Place().Read("out/plan.plt"), "mine");
+}
+
+TEST_F(DrawingInput, several_files_refuse_one_result_and_options_of_one_file) {
+  for (const std::vector<std::string>& more : {std::vector<std::string>{"-o", "one.plt"},
+                                               {"-o", "-"},
+                                               {},
+                                               {"-o", "out/", "--picture", "a.png"}}) {
+    std::vector<std::string> arguments{"cut", "plan.DXF", "sign.svg", "--rules", "rules.toml"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    EXPECT_EQ(runner.Run(arguments).status, 2) << more.size();
+  }
+  EXPECT_EQ(runner.Run({"cut", "plan.DXF", "plan.DXF", "--rules", "rules.toml", "-o", "o/"}).status,
+            2);
 }
 
 TEST_F(DrawingInput, drawings_are_nested_and_split) {
