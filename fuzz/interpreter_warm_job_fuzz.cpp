@@ -1,5 +1,5 @@
-// Requests to a warm interpreter out of any bytes. One that can be read is written again as the same
-// bytes, and names no file that did not come.
+// Requests to a warm interpreter out of any bytes. One that can be read is written again as the
+// same bytes, and names no file that did not come.
 
 #include <cstddef>
 #include <cstdint>

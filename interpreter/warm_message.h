@@ -61,7 +61,8 @@ inline constexpr std::size_t MaximumWarmDescriptors = 16;
 
 /// Kinds of messages of the warm interpreter.
 enum class WarmNews : std::uint32_t {
-  /// The job's process waits for the word to begin. Beside the message are its pidfd and the writing
+  /// The job's process waits for the word to begin. Beside the message are its pidfd and the
+  /// writing
   /// end of a pipe: when the last copy of that closes, the process is killed.
   Ready = 1,
   Refused = 2,  ///< nothing of the job was done and nothing will be; `value` is an error number

@@ -28,8 +28,8 @@ inline constexpr int LowestDeviceResolution = 4;
 /// edge to edge by the area, whatever the job asks of its device.
 [[nodiscard]] std::string PicturePrefix(const PictureTask& task);
 
-/// The same for a job that is separated: all pages, in CMYK and spot colors, at that many pixels per
-/// inch unless it selects others.
+/// The same for a job that is separated: all pages, in CMYK and spot colors, at that many pixels
+/// per inch unless it selects others.
 [[nodiscard]] std::string SeparationPrefix(std::uint64_t resolution);
 
 /// The name of a cut line that is a separation, in UTF-8. The RIP finds it in a job in either

@@ -61,7 +61,7 @@ CutFile TakeCutFile(const Invocation& invocation) {
     own.options[ResultOutput] =
         ResultNameFor(output, JobNameOfOperand(invocation, invocation.operand), DefaultEnding);
     file.hasMadeName = true;
-    // One that can't be made is told when the result is written.
+    // If it can't be made, writing the result fails and says so.
     if (output.ends_with('/')) static_cast<void>(os::MakePath(os::FromNative(output)));
   }
   if (own.operand != StandardInputOperand) return file;

@@ -9,8 +9,8 @@ namespace rastrel::cli {
 
 struct Invocation;
 
-/// The options --box, --password-file and --parallel-pages, in force for the children that this process starts while
-/// it lives.
+/// The options --box, --password-file and --parallel-pages, in force for the children that this
+/// process starts while it lives.
 class PdfOptions {
  public:
   /// Reads them, and waits for a password file that is a pipe: so before stop signals are taken. An

@@ -15,7 +15,7 @@ namespace rastrel::cutting {
 namespace {
 
 constexpr double MillimetersPerPoint = 25.4 / 72;
-constexpr double MaximumNumber = 1e9;           // points; far beyond any page
+constexpr double MaximumNumber = 1e9;  // points; far beyond any page
 constexpr std::string_view SeparationWord = "separation ";
 
 std::string_view NextWord(std::string_view& text) {

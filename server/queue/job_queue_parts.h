@@ -51,7 +51,7 @@ struct JobStanding {
 /// "job 7 is done".
 [[nodiscard]] Failure RefusedIn(JobId id, JobState state);
 
-/// Changes the state, and tells it in the job's story. A job that ends, or no longer runs, loses
+/// Changes the state, with an event in the job's story. A job that ends, or no longer runs, loses
 /// its claim and wish; `message` replaces its message.
 [[nodiscard]] Expected<void> SetState(Database& database, JobId id, JobState state,
                                       const std::string& message);

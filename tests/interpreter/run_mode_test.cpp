@@ -68,8 +68,8 @@ TEST(RunModes, run_their_own_files_of_the_prolog) {
   EXPECT_EQ(files(InstallMode()), print);
   print.emplace_back("picture.ps");
   EXPECT_EQ(files(PictureMode()), print);
-  EXPECT_EQ(files(MeasureMode()),
-            (std::vector<std::string>{"reports.ps", "guard.ps", "chosen.ps", "picture.ps", "measure.ps"}));
+  EXPECT_EQ(files(MeasureMode()), (std::vector<std::string>{"reports.ps", "guard.ps", "chosen.ps",
+                                                            "picture.ps", "measure.ps"}));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "tests/support/recording_host.h"
 #include "tests/support/recording_cf_planes.h"
+#include "tests/support/recording_host.h"
 
 namespace rastrel::test {
 

@@ -74,8 +74,8 @@ TEST_F(NestCommand, places_every_copy_on_a_roll_and_says_where) {
 
 TEST_F(NestCommand, makes_a_file_for_each_sheet) {
   Write("a.json", Plate(90, 90));
-  const CommandResult result = runner.Run(
-      {"nest", "a.json", "--sheet", "100x100mm", "--copies", "2", "-o", "out.json"});
+  const CommandResult result =
+      runner.Run({"nest", "a.json", "--sheet", "100x100mm", "--copies", "2", "-o", "out.json"});
   ASSERT_EQ(result.status, 0) << result.error;
   EXPECT_EQ(Read("out-1.json").paths.size(), 1U);
   EXPECT_EQ(Read("out-2.json").paths.size(), 1U);

@@ -16,7 +16,7 @@ int main(int count, char** arguments) {
   if (!host) return 3;
   const auto format = target.ends_with(".svg")   ? render::ImageFormat::Svg
                       : target.ends_with(".pdf") ? render::ImageFormat::Pdf
-                                                  : render::ImageFormat::Png;
+                                                 : render::ImageFormat::Png;
   const auto written = render::SaveImages(
       {(*host)->GetDocument(), (*host)->GetFonts(), (*host)->GetNotices()}, format, {}, target);
   return written ? 0 : 4;
