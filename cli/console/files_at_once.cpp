@@ -50,14 +50,20 @@ class Workers {
   // False if the system had no thread to give.
   [[nodiscard]] bool Any() const { return !m_Threads.empty(); }
 
-  // Waits for the next file in order.
+  // Waits for the next file in order. MoveOn follows.
   [[nodiscard]] DoneFile Take() {
     std::unique_lock lock(m_Mutex);
     m_Changed.wait(lock, [this] { return m_Done.contains(m_Taken); });
-    DoneFile file = std::move(m_Done.extract(m_Taken++).mapped());
-    lock.unlock();
+    return std::move(m_Done.extract(m_Taken).mapped());
+  }
+  // All lines of that file are written. Not before: a file that waits for its turn writes its own
+  // from now on.
+  void MoveOn() {
+    {
+      const std::scoped_lock lock(m_Mutex);
+      ++m_Taken;
+    }
     m_Changed.notify_all();
-    return file;
   }
 
  private:
@@ -77,7 +83,7 @@ class Workers {
 
   [[nodiscard]] bool IsOver() const { return m_Ended || m_Next >= m_Count; }
 
-  // Waits until the files before this one are taken. False if no more are taken.
+  // Waits until the lines of the files before this one are written. False if no more are taken.
   bool WaitForTurn(std::size_t index) {
     std::unique_lock lock(m_Mutex);
     m_Changed.wait(lock, [&] { return m_Ended || m_Taken == index; });
@@ -103,7 +109,7 @@ class Workers {
   std::condition_variable m_Changed;
   bool m_Ended = false;     // no more files are taken
   std::size_t m_Next = 0;   // the first file that nobody works on
-  std::size_t m_Taken = 0;  // files that were taken
+  std::size_t m_Taken = 0;  // files that were taken and whose lines are written
   std::map<std::size_t, DoneFile> m_Done;
   std::vector<std::unique_ptr<os::Thread>> m_Threads;  // last: they use the others
 };
@@ -140,6 +146,7 @@ void WorkOnFiles(std::size_t count, unsigned atOnce, const FilesWork& work) {
     } catch (const CommandError& error) {
       work.failed(index, error);
     }
+    workers.MoveOn();
   }
 }
 
