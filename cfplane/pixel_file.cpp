@@ -12,6 +12,7 @@
 
 #include "cfplane/pixel_block.h"
 #include "cfplane/tiff_directory.h"
+#include "pages/plain_tiff.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
 
@@ -89,7 +90,25 @@ Expected<void> PixelFile::ReadHead() {
     return read;
   const std::string_view text(head.data(), taken);
   const bool isNetpbm = text.starts_with("P5") || text.starts_with("P6");
-  return isNetpbm ? ReadNetpbm(text) : ReadTiff();
+  if (isNetpbm) return ReadNetpbm(text);
+  return TakePlainTiff(std::as_bytes(std::span(text))) ? Expected<void>() : ReadTiff();
+}
+
+// A page as the RIP keeps it; its strips follow one another.
+bool PixelFile::TakePlainTiff(std::span<const std::byte> begin) {
+  const auto found = pages::FindPlainTiff(begin);
+  if (!found) return false;
+  const pages::PlainTiff& picture = found->picture;
+  if (picture.width > MaximumSide || picture.height > MaximumSide) return false;
+  if (found->pixelsAt + picture.PixelBytes() != m_Size) return false;
+  const std::string head = pages::PlainTiffHead(picture).value_or("");
+  std::vector<std::byte> own(head.size());
+  if (!ReadAt(0, own) || !std::ranges::equal(own, std::as_bytes(std::span(head)))) return false;
+  m_Width = picture.width;
+  m_Height = picture.height;
+  m_Samples = picture.samples;
+  m_Runs = {{found->pixelsAt, picture.PixelBytes()}};
+  return true;
 }
 
 Expected<void> PixelFile::ReadNetpbm(std::string_view head) {
