@@ -12,6 +12,9 @@ namespace {
 constexpr std::uint32_t TagStripOffsets = 273;
 constexpr std::uint32_t TagStripByteCounts = 279;
 constexpr std::uint32_t TagCompression = 259;
+constexpr std::uint32_t TagWidth = 256;
+constexpr std::uint32_t TagHeight = 257;
+constexpr std::uint32_t TagRowsPerStrip = 278;
 
 // Little-endian numbers of a file; 0 where there are none.
 class TiffBytes {
@@ -67,21 +70,35 @@ std::optional<std::string> PlaneNameBytes(std::string_view fileName) {
   return name;
 }
 
-std::optional<bool> PlaneHasInk(std::string_view bytes) {
+std::optional<bool> PlaneHasInk(std::string_view bytes, const PlanePart& part) {
   const TiffBytes tiff(bytes);
   const auto offsets = tiff.Values(TagStripOffsets);
   const auto counts = tiff.Values(TagStripByteCounts);
+  const auto widths = tiff.Values(TagWidth);
+  const auto heights = tiff.Values(TagHeight);
+  const auto strips = tiff.Values(TagRowsPerStrip);
   const bool isPlain = tiff.Values(TagCompression) == std::vector<std::uint32_t>{1};
   if (!bytes.starts_with(std::string_view("II*\0", 4)) || !isPlain || offsets.empty() ||
-      offsets.size() != counts.size())
+      offsets.size() != counts.size() || widths.empty() || heights.empty())
     return std::nullopt;
+  const std::size_t width = widths.front();
+  const std::uint64_t height = heights.front();
+  const std::uint64_t rowsPerStrip = strips.empty() ? height : strips.front();
+  if (width == 0 || rowsPerStrip == 0) return std::nullopt;
+  const std::uint64_t firstRow = height - std::min<std::uint64_t>(height, part.rows);
+  bool hasInk = false;
   for (std::size_t strip = 0; strip < offsets.size(); ++strip) {
     if (offsets[strip] > bytes.size() || bytes.size() - offsets[strip] < counts[strip])
       return std::nullopt;
-    if (bytes.substr(offsets[strip], counts[strip]).find_first_not_of('\xFF') != bytes.npos)
-      return true;
+    const std::string_view rows = bytes.substr(offsets[strip], counts[strip]);
+    for (std::size_t at = 0; at < rows.size() && !hasInk; at += width) {
+      const std::uint64_t row = strip * rowsPerStrip + at / width;
+      if (row < firstRow) continue;
+      const std::string_view samples = rows.substr(at, std::min<std::size_t>(width, part.columns));
+      hasInk = samples.find_first_not_of('\xFF') != samples.npos;
+    }
   }
-  return false;
+  return hasInk;
 }
 
 }  // namespace rastrel::interpreter

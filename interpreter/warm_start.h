@@ -37,7 +37,8 @@ inline constexpr std::uint64_t WarmJobBytes = std::uint64_t{4} << 20;
 
 /// The options of the request's interpreter, if a warm one gives the same pages from them: the
 /// program is the machine's own Ghostscript, and the device one that writes nothing before the job
-/// does.
+/// does. A file's own page belongs after the first -c: with options of its own a file would have
+/// an interpreter of its own, and take the place of one that others share.
 [[nodiscard]] std::optional<WarmOptions> WarmOptionsOf(const ProcessRequest& request);
 
 /// Starts a warm interpreter that outlives this process, in a session of its own and with none of

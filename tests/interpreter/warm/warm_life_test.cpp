@@ -113,7 +113,6 @@ TEST(WarmWish, of_other_devices_programs_and_options_there_is_none) {
   EXPECT_FALSE(with([](ProcessRequest& r) { r.arguments.erase(r.arguments.begin() + 2); }));
   EXPECT_FALSE(with([](ProcessRequest& r) { r.arguments.resize(3); }));
   EXPECT_FALSE(with([](ProcessRequest& r) { r.arguments[1] = "-dWRITESYSTEMDICT"; }));
-  EXPECT_FALSE(with([](ProcessRequest& r) { r.arguments[1] = "-dDEVICEWIDTHPOINTS=9"; }));
   EXPECT_TRUE(with([](ProcessRequest& r) { r.arguments.push_back("-dWRITESYSTEMDICT"); }));
   EXPECT_FALSE(with([](ProcessRequest& r) { r.executable = "/bin/sh"; }));
   EXPECT_FALSE(with([](ProcessRequest& r) { r.executable = "/none"; }));
