@@ -7,8 +7,8 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/server/csv_table.h"
 #include "cli/server/job_filter.h"
+#include "cli/server/job_table.h"
 #include "cli/server/open_queue.h"
 #include "rastrel/platform/os/output_file.h"
 
@@ -150,17 +150,8 @@ ExitStatus ShowJobCommand(const Invocation& invocation) {
 ExitStatus ExportJobsCommand(const Invocation& invocation) {
   const server::JobFilter filter = FilterOf(invocation);
   const auto queue = OpenJobQueue();
-  std::string table =
-      CsvRow({"job", "title", "owner", "source", "device", "work", "state", "priority", "bytes",
-              "pages", "submitted", "started", "ended", "attempts", "result", "ink", "message"});
-  ForEachJob(*queue, filter, [&table](const Job& job) {
-    table +=
-        CsvRow({std::to_string(job.id), job.title, job.owner, job.source, job.device,
-                server::NameOf(job.work), server::NameOf(job.state), std::to_string(job.priority),
-                std::to_string(job.bytes), std::to_string(job.pages), TimeText(job.submitted),
-                TimeText(job.started), TimeText(job.ended), std::to_string(job.attempts),
-                std::to_string(job.result), job.ink, job.message});
-  });
+  std::string table = JobTableHead();
+  ForEachJob(*queue, filter, [&table](const Job& job) { table += JobTableRow(job); });
   const std::string path = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);
   if (path == StandardOutputName) {
     WriteOutData(table);

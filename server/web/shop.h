@@ -23,6 +23,11 @@ struct Shop {
   std::function<Expected<void>(const JobRequest&)> check;
   /// Pages as people write them, "1-3,5", as numbers from 1.
   std::function<Expected<std::vector<int>>(const std::string&)> pagesOf;
+  /// Names of the print modes that a job may name.
+  std::function<std::vector<std::string>()> modes;
+  /// The table of jobs that `rastrel jobs export` writes: the row of names, and that of a job.
+  std::function<std::string()> tableHead;
+  std::function<std::string(const Job&)> tableRow;
   /// Removes kept pages by their name in the spool.
   std::function<void(const std::string& spool)> removePages;
 };

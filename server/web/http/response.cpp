@@ -59,8 +59,8 @@ Response JsonResponse(int status, std::string text) {
 
 Response ErrorResponse(int status, std::string_view code, std::string_view message) {
   return JsonResponse(
-      status, JsonText({{"error",
-                         {{"code", std::string(code)}, {"message", os::CleanLine(message)}}}}));
+      status,
+      JsonText({{"error", {{"code", std::string(code)}, {"message", os::CleanLine(message)}}}}));
 }
 
 Response RedirectResponse(std::string path) {
