@@ -162,7 +162,11 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::JobsReprint:
     case CommandId::JobsAccept:
     case CommandId::JobsRemove:
-    case CommandId::JobsExport: return RunServerProgram(arguments);
+    case CommandId::JobsExport:
+    case CommandId::UsersList:
+    case CommandId::UsersAdd:
+    case CommandId::UsersRole:
+    case CommandId::UsersRemove: return RunServerProgram(arguments);
     case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;

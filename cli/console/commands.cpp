@@ -119,6 +119,9 @@ constexpr std::array JobsExportOptions{
 constexpr std::array JobsMoveOptions{QueueDevice, Json, Help};
 constexpr std::array JobsPriorityOptions{QueuePriority, Json, Help};
 constexpr std::array JobsReprintOptions{Pages, Json, Help};
+constexpr std::array ServeOptions{OpenBrowser, Help};
+constexpr std::array UsersAddOptions{UserRole, NewPasswordFile, Help};
+constexpr std::array UsersRoleOptions{UserRole, Help};
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
@@ -215,7 +218,7 @@ constexpr std::array CommandRows{
                SendOptions},
     CommandRow{CommandId::Serve, "serve", "", false,
                "Run the print shop's server: it interprets and delivers the jobs of the queue.",
-               HelpOptions},
+               ServeOptions},
     CommandRow{CommandId::JobsAdd, "jobs add", "FILE...", false,
                "Put files into the server's queue, each as a job.", JobsAddOptions},
     CommandRow{CommandId::JobsList, "jobs list", "", false,
@@ -241,6 +244,15 @@ constexpr std::array CommandRows{
                "Take jobs out of the queue, with their files and kept pages.", ListingOptions},
     CommandRow{CommandId::JobsExport, "jobs export", "", false,
                "Write jobs as a table (CSV) for spreadsheets.", JobsExportOptions},
+    CommandRow{CommandId::UsersList, "users list", "", false,
+               "List the users of the server's HTTP interface.", ListingOptions},
+    CommandRow{CommandId::UsersAdd, "users add", "NAME", false,
+               "Add a user of the HTTP interface, or give one another password and role.",
+               UsersAddOptions},
+    CommandRow{CommandId::UsersRole, "users role", "NAME", false,
+               "Give a user of the HTTP interface another role.", UsersRoleOptions},
+    CommandRow{CommandId::UsersRemove, "users remove", "NAME...", false,
+               "Remove users of the HTTP interface.", HelpOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
                "Print a script that completes the command's arguments in a shell: bash.",
                HelpOptions},

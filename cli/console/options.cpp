@@ -203,6 +203,12 @@ constexpr std::array OptionTable{
     OptionRow{QueuePriority, "--priority", "N",
               "From 1, the last, to 100, the first; 50 if not given."},
     OptionRow{QueueHold, "--hold", "", "Let the job wait until it is released."},
+    OptionRow{UserRole, "--role", "ROLE",
+              "What the user may do: see its own jobs, print too, or manage all.",
+              "see print manage"},
+    OptionRow{NewPasswordFile, "--password-file", "FILE",
+              "Take the password from this file's first line."},
+    OptionRow{OpenBrowser, "--open", "", "Open the page of the server in the browser."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };

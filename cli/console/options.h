@@ -128,6 +128,9 @@ enum class OptionId {
   QueueOffset,
   QueuePriority,
   QueueHold,
+  UserRole,
+  NewPasswordFile,
+  OpenBrowser,
   Help,
   Version,
 };
@@ -196,6 +199,10 @@ enum class CommandId {
   JobsAccept,
   JobsRemove,
   JobsExport,
+  UsersList,
+  UsersAdd,
+  UsersRole,
+  UsersRemove,
   Completion,
   Help,
 };
