@@ -37,11 +37,11 @@ std::optional<Fit> FitOf(std::string_view pattern, const std::vector<std::string
   Fit fit;
   for (std::size_t index = 0; index < wanted.size(); ++index) {
     const std::string_view part = wanted[index];
+    if (index >= parts.size()) return std::nullopt;
     if (IsRest(part)) {
       fit.places[std::string(part.substr(1, part.size() - 5))] = Joined(parts, index);
       return fit;
     }
-    if (index >= parts.size()) return std::nullopt;
     if (IsPlace(part)) {
       if (parts[index].empty()) return std::nullopt;
       fit.places[std::string(part.substr(1, part.size() - 2))] = parts[index];
