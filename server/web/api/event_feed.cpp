@@ -27,8 +27,11 @@ constexpr milliseconds MarkInterval{1000};
 constexpr int EventsAtOnce = 500;
 // A reader with so much to take still gets its next events later.
 constexpr std::size_t FullReader = 65536;
+constexpr milliseconds FullLimit{30000};
 
 }  // namespace
+
+EventFeed::EventFeed(JobQueue& queue) : m_Queue(queue) {}
 
 EventFeed::~EventFeed() {
   {
@@ -102,7 +105,13 @@ void EventFeed::Pump() {
 
 // Returns whether there may be more for this reader.
 bool EventFeed::Give(Reader& reader, Read& read) {
-  if (!reader.stream->IsOpen() || reader.stream->WaitingBytes() > FullReader) return false;
+  if (!reader.stream->IsOpen()) return false;
+  if (reader.stream->WaitingBytes() > FullReader) {
+    if (reader.fullSince == Clock::time_point()) reader.fullSince = Clock::now();
+    if (Clock::now() - reader.fullSince > FullLimit) reader.stream->Drop();
+    return false;
+  }
+  reader.fullSince = {};
   const std::pair key(reader.owner, reader.after);
   auto found = read.find(key);
   if (found == read.end()) {

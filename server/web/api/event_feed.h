@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -28,9 +29,11 @@ namespace rastrel::server::web {
 ///
 ///     event: changed                                  jobs came, went or have another priority
 ///     data: {}
+///
+/// A reader that does not keep up with the events for half a minute is dropped.
 class EventFeed {
  public:
-  explicit EventFeed(JobQueue& queue) : m_Queue(queue) {}
+  explicit EventFeed(JobQueue& queue);
   /// Ends all streams.
   ~EventFeed();
   EventFeed(const EventFeed&) = delete;
@@ -49,6 +52,8 @@ class EventFeed {
     std::string owner;
     std::int64_t after = 0;
     std::string mark;
+    /// Since when it has much to take and doesn't; the epoch while it takes.
+    std::chrono::steady_clock::time_point fullSince{};
   };
   using Read = std::map<std::pair<std::string, std::int64_t>, std::pair<std::string, std::int64_t>>;
 

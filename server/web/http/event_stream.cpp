@@ -13,6 +13,8 @@ bool EventStream::Send(std::string_view text) {
     if (!m_Open) return false;
     if (m_Waiting.size() - m_Taken + text.size() > WaitingLimit) {
       m_Open = false;
+      m_Waiting.clear();
+      m_Taken = 0;
     } else {
       m_Waiting.erase(0, std::exchange(m_Taken, 0));
       m_Waiting += text;
@@ -32,6 +34,15 @@ void EventStream::Close() {
     wake = m_Wake;
   }
   if (wake) wake();
+}
+
+void EventStream::Drop() {
+  {
+    const std::lock_guard lock(m_Mutex);
+    m_Waiting.clear();
+    m_Taken = 0;
+  }
+  Close();
 }
 
 void EventStream::Abandon() {

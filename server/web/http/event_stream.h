@@ -17,10 +17,12 @@ class EventStream {
   static constexpr std::size_t WaitingLimit = 262144;
 
   /// Adds text to what waits. False once the stream is closed, or if the reader is too slow, which
-  /// closes it.
+  /// drops it.
   bool Send(std::string_view text);
   /// No more comes: what waits is given still.
   void Close();
+  /// No more comes, and what waits is given up: the reader is too slow.
+  void Drop();
   /// The reader has gone: nothing is kept any more.
   void Abandon();
   [[nodiscard]] bool IsOpen() const;
