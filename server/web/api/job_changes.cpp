@@ -11,7 +11,6 @@
 namespace rastrel::server::web {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Change = std::function<Expected<void>(JobQueue&, JobId)>;
 
 // The job as it is after the change.
@@ -28,24 +27,12 @@ Response MakeChange(Shop& shop, const Request& request, const Change& change) {
   return ShowAgain(shop, request);
 }
 
-// A field of a body that is a JSON object, or of a form. A number counts as its text.
-std::optional<std::string> FieldOf(const Request& request, const std::string& name) {
-  for (const auto& [key, value] : request.form)
-    if (key == name) return value;
-  const Json object = Json::parse(request.body, nullptr, false);
-  if (!object.is_object() || !object.contains(name)) return std::nullopt;
-  const Json& value = object[name];
-  if (value.is_string()) return value.get<std::string>();
-  if (value.is_number_integer()) return value.dump();
-  return std::nullopt;
-}
-
 Response Missing(const char* what) {
   return ErrorResponse(400, "bad-request", std::string("give a JSON object with ") + what);
 }
 
 Response Move(Shop& shop, const Request& request) {
-  const auto device = FieldOf(request, "device");
+  const auto device = BodyField(request, "device");
   if (!device) return Missing("the text \"device\"");
   const auto devices = shop.devices();
   if (!devices) return ErrorResponse(500, "failed", "the devices can't be read");
@@ -57,7 +44,7 @@ Response Move(Shop& shop, const Request& request) {
 }
 
 Response SetPriority(Shop& shop, const Request& request) {
-  const auto text = FieldOf(request, "priority");
+  const auto text = BodyField(request, "priority");
   const auto priority = text ? WholeNumber(*text, 1, 100) : std::nullopt;
   if (!priority) return Missing("the number \"priority\", from 1 to 100");
   return MakeChange(shop, request, [&](JobQueue& queue, JobId id) {
@@ -68,7 +55,7 @@ Response SetPriority(Shop& shop, const Request& request) {
 Response Reprint(Shop& shop, const Request& request) {
   FoundJob found = JobOf(shop, request);
   if (!found.job) return std::move(found.refusal);
-  const std::string text = FieldOf(request, "pages").value_or("");
+  const std::string text = BodyField(request, "pages").value_or("");
   std::vector<int> pages;
   if (!text.empty()) {
     auto named = shop.pagesOf(text);

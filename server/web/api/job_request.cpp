@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "server/queue/day_time.h"
@@ -81,6 +82,18 @@ std::optional<std::int64_t> WholeNumber(std::string_view text, std::int64_t leas
   if (read.ec != std::errc() || read.ptr != end || number < least || number > greatest)
     return std::nullopt;
   return number;
+}
+
+std::optional<std::string> BodyField(const Request& request, const std::string& name) {
+  for (const auto& [key, value] : request.form)
+    if (key == name) return value;
+  // Not an ordered one: that looks through all members for each.
+  const auto object = nlohmann::json::parse(request.body, nullptr, false);
+  if (!object.is_object() || !object.contains(name)) return std::nullopt;
+  const auto& value = object[name];
+  if (value.is_string()) return value.get<std::string>();
+  if (value.is_number_integer()) return value.dump();
+  return std::nullopt;
 }
 
 Expected<JobFilter> FilterOf(const Request& request, int usualLimit, int greatestLimit) {

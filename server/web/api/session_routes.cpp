@@ -5,6 +5,7 @@
 #include <string>
 
 #include "server/web/api/job_json.h"
+#include "server/web/api/job_request.h"
 #include "server/web/http/address_text.h"
 
 namespace rastrel::server::web {
@@ -19,29 +20,22 @@ Response ShowCaller(const Caller& caller) {
                                    {"csrf", caller.byCookie ? Json(caller.formToken) : Json()}}));
 }
 
-std::string FieldOf(const Request& request, const Json& object, const char* name) {
-  if (!request.Form(name).empty()) return request.Form(name);
-  if (!object.is_object() || !object.contains(name) || !object[name].is_string()) return {};
-  return object[name].get<std::string>();
-}
-
 // A path of this server and of no other: "//host" is another's.
 bool IsOwnPath(const std::string& path) {
   return path.starts_with('/') && !path.starts_with("//") && PathOf(path.substr(0, path.find('?')));
 }
 
 Response SignIn(Gate& gate, const Request& request) {
-  const Json object = Json::parse(request.body, nullptr, false);
-  const std::string token = FieldOf(request, object, "token");
-  const std::string name = FieldOf(request, object, "name");
+  const std::string token = BodyField(request, "token").value_or("");
+  const std::string name = BodyField(request, "name").value_or("");
   Caller caller;
   std::string secret;
   std::optional<Response> refused;
   if (!token.empty()) {
     refused = gate.SignInByToken(request, token, caller, secret);
   } else if (!name.empty()) {
-    refused =
-        gate.SignInByPassword(request, name, FieldOf(request, object, "password"), caller, secret);
+    refused = gate.SignInByPassword(
+        request, name, BodyField(request, "password").value_or(""), caller, secret);
   } else {
     refused = ErrorResponse(400, "bad-request", "give token, or name and password");
   }
