@@ -21,7 +21,8 @@ constexpr auto StartLimit = 30s;
 constexpr auto LookInterval = 100ms;
 
 bool HasDesktop() {
-  return !os::EnvironmentValue("DISPLAY").empty() || !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
+  return !os::EnvironmentValue("DISPLAY").empty() ||
+         !os::EnvironmentValue("WAYLAND_DISPLAY").empty();
 }
 
 Expected<std::string> CodeOf(const std::string& socket, const std::function<bool()>& stops) {

@@ -82,11 +82,10 @@ ExitStatus AddUserCommand(const Invocation& invocation) {
   const std::string& name = invocation.operand;
   OrEnd(ExitStatus::WrongUse, server::web::CheckUserName(name));
   const auto role = RoleOf(invocation);
-  const std::string password =
-      OrEnd(ExitStatus::BadInput,
-            invocation.Has(OptionId::NewPasswordFile)
-                ? PasswordOfFile(invocation.ValueOr(OptionId::NewPasswordFile, ""))
-                : AskForPassword(name));
+  const std::string password = OrEnd(
+      ExitStatus::BadInput, invocation.Has(OptionId::NewPasswordFile)
+                                ? PasswordOfFile(invocation.ValueOr(OptionId::NewPasswordFile, ""))
+                                : AskForPassword(name));
   OrEnd(ExitStatus::BadInput, server::web::CheckPassword(password));
   const std::string hash = OrEnd(ExitStatus::JobFailed, server::web::HashOfPassword(password));
   UserList list;

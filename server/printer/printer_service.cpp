@@ -24,7 +24,8 @@ constexpr seconds EndLimit{10};
 Expected<os::ChildProcess> StartProgram(const std::string& program) {
   os::SpawnRequest request;
   request.executable = program;
-  request.arguments = {program.substr(program.rfind('/') + 1), std::to_string(os::CurrentProcessId())};
+  request.arguments = {program.substr(program.rfind('/') + 1),
+                       std::to_string(os::CurrentProcessId())};
   request.environment = os::EnvironmentEntries();
   return os::Spawn(request);
 }

@@ -14,8 +14,8 @@ class Thread;
 
 namespace rastrel::server {
 
-/// Keeps a program of the server running: starts it, and starts it again when it ends, after pauses that
-/// double from one second to a minute. A run of a minute or more makes the pause short again.
+/// Keeps a program of the server running: starts it, and starts it again when it ends, after pauses
+/// that double from one second to a minute. A run of a minute or more makes the pause short again.
 class PrinterService {
  public:
   /// Called, on the service's thread, with one clean line for the server's log.

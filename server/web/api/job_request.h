@@ -20,8 +20,7 @@ namespace rastrel::server::web {
 
 /// A field of a body that is a form or a JSON object. A whole number counts as its text; nothing if
 /// there is no such field, or if it is anything else.
-[[nodiscard]] std::optional<std::string> BodyField(const Request& request,
-                                                   const std::string& name);
+[[nodiscard]] std::optional<std::string> BodyField(const Request& request, const std::string& name);
 
 /// The filter of the query's fields: state, owner, device, text, from, until, order, descending,
 /// offset, limit. It shows no other owner's jobs than the caller may see. The failure is a reason

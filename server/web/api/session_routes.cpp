@@ -34,8 +34,8 @@ Response SignIn(Gate& gate, const Request& request) {
   if (!token.empty()) {
     refused = gate.SignInByToken(request, token, caller, secret);
   } else if (!name.empty()) {
-    refused = gate.SignInByPassword(
-        request, name, BodyField(request, "password").value_or(""), caller, secret);
+    refused = gate.SignInByPassword(request, name, BodyField(request, "password").value_or(""),
+                                    caller, secret);
   } else {
     refused = ErrorResponse(400, "bad-request", "give token, or name and password");
   }

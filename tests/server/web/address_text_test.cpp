@@ -24,9 +24,10 @@ TEST(PathOf, decodes_once) {
 }
 
 TEST(PathOf, refuses_what_can_be_read_in_two_ways) {
-  for (const char* path : {"", "a", "http://host/", "*", "//a", "/a//b", "/.", "/..", "/a/../b",
-                           "/%2e%2e/b", "/%2E/b", "/a%2fb", "/a%5cb", "/a\\b", "/a%00b", "/a%0ab",
-                           "/%7f", "/%", "/%4", "/%4g", "/%g4", "/%c3", "/%ff", "/%ed%a0%80"})
+  for (const char* path : {"",       "a",     "http://host/", "*",         "//a",    "/a//b",
+                           "/.",     "/..",   "/a/../b",      "/%2e%2e/b", "/%2E/b", "/a%2fb",
+                           "/a%5cb", "/a\\b", "/a%00b",       "/a%0ab",    "/%7f",   "/%",
+                           "/%4",    "/%4g",  "/%g4",         "/%c3",      "/%ff",   "/%ed%a0%80"})
     EXPECT_EQ(Path(path), "refused") << path;
 }
 
@@ -74,7 +75,8 @@ TEST(HostNameOf, parts_name_and_port) {
   EXPECT_EQ(HostNameOf("127.0.0.1:8632")->port, "8632");
   EXPECT_EQ(HostNameOf("[::1]:80")->name, "::1");
   EXPECT_EQ(HostNameOf("[::1]:80")->port, "80");
-  for (const char* bad : {"", ":80", "a:", "a:b", "a:123456", "[::1", "[::1]80", "a b", "a@b", "a/b"})
+  for (const char* bad :
+       {"", ":80", "a:", "a:b", "a:123456", "[::1", "[::1]80", "a b", "a@b", "a/b"})
     EXPECT_FALSE(HostNameOf(bad)) << bad;
 }
 

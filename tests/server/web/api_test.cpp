@@ -105,8 +105,8 @@ TEST_F(ApiTest, prints_kept_pages_again) {
 
 TEST_F(ApiTest, takes_a_file_as_it_is_and_gives_it_back) {
   const std::string file = "%!PS\n\r\n" + std::string("\0\xff", 2) + "showpage";
-  const Answer made = Ask("POST /api/v1/jobs?title=A%20sign&priority=70&hold=1&copies=2&key=k", file,
-                          "Content-Type: application/pdf\r\n");
+  const Answer made = Ask("POST /api/v1/jobs?title=A%20sign&priority=70&hold=1&copies=2&key=k",
+                          file, "Content-Type: application/pdf\r\n");
   ASSERT_EQ(made.status, 201) << made.body;
   const Json job = Json::parse(made.body);
   EXPECT_EQ(job["title"], "A sign");
@@ -136,7 +136,8 @@ TEST_F(ApiTest, takes_a_form_with_a_file) {
   const std::string form =
       "--B\r\nContent-Disposition: form-data; name=\"title\"\r\n\r\n\r\n"
       "--B\r\nContent-Disposition: form-data; name=\"device\"\r\n\r\nPlotter\r\n"
-      "--B\r\nContent-Disposition: form-data; name=\"file\"; filename=\"C:\\signs\\big.eps\"\r\n\r\n"
+      "--B\r\nContent-Disposition: form-data; name=\"file\"; "
+      "filename=\"C:\\signs\\big.eps\"\r\n\r\n"
       "%!PS\r\n--B--\r\n";
   const Answer made =
       Ask("POST /api/v1/jobs", form, "Content-Type: multipart/form-data; boundary=B\r\n");
@@ -153,7 +154,8 @@ TEST_F(ApiTest, refuses_files_with_faults_of_their_fields) {
   EXPECT_EQ(Ask("POST /api/v1/jobs?device=None", file).status, 400);
   EXPECT_EQ(Ask("POST /api/v1/jobs?priority=0", file).status, 400);
   const auto form = [&](const std::string& body) {
-    return Ask("POST /api/v1/jobs", body, "Content-Type: multipart/form-data; boundary=B\r\n").status;
+    return Ask("POST /api/v1/jobs", body, "Content-Type: multipart/form-data; boundary=B\r\n")
+        .status;
   };
   EXPECT_EQ(form("--B--\r\n"), 400);
   EXPECT_EQ(form("nothing"), 400);
@@ -254,8 +256,8 @@ TEST_F(OwnersTest, a_job_of_another_is_as_one_that_is_not_there) {
 }
 
 TEST_F(OwnersTest, lists_and_counts_have_the_own_jobs_alone) {
-  for (const Fields& query : {Fields{}, Fields{{"text", "secret"}}, Fields{{"owner", "bob"}},
-                              Fields{{"owner", ""}}}) {
+  for (const Fields& query :
+       {Fields{}, Fields{{"text", "secret"}}, Fields{{"owner", "bob"}}, Fields{{"owner", ""}}}) {
     const Response list = Call(Role::See, Method::Get, "/api/v1/jobs", query);
     EXPECT_EQ(list.text.find("secret"), std::string::npos);
     const Json object = Json::parse(list.text);
@@ -282,8 +284,7 @@ TEST_F(OwnersTest, events_are_those_of_the_own_jobs) {
   Request request;
   request.caller = {"ada", Role::See, false, ""};
   request.query = {{"after", "0"}};
-  const Response answer =
-      m_Router.Find(Method::Get, "/api/v1/events").route->handler(request);
+  const Response answer = m_Router.Find(Method::Get, "/api/v1/events").route->handler(request);
   ASSERT_TRUE(answer.stream);
   ASSERT_TRUE(m_Queue->SetPriority(m_Other, 9));
   ASSERT_TRUE(m_Queue->Cancel(m_Other));
@@ -313,9 +314,9 @@ TEST_F(OwnersTest, the_actions_that_are_offered_are_those_that_the_queue_takes) 
   const Response answer = Call(Role::Print, Method::Get, "/api/v1/jobs/" + std::to_string(m_Own));
   EXPECT_EQ(Json::parse(answer.text)["actions"],
             Json({"hold", "cancel", "move", "priority", "reprint", "remove"}));
-  EXPECT_EQ(Call(Role::Print, Method::Post, "/api/v1/jobs/" + std::to_string(m_Own) + "/release")
-                .status,
-            409);
+  EXPECT_EQ(
+      Call(Role::Print, Method::Post, "/api/v1/jobs/" + std::to_string(m_Own) + "/release").status,
+      409);
 }
 
 // The least role of each route of the interface.

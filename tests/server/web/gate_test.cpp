@@ -151,10 +151,12 @@ TEST_F(GateTest, a_session_changes_with_its_token_alone) {
 }
 
 TEST_F(GateTest, a_change_from_another_site_is_refused) {
-  for (const auto& [name, value] :
-       {std::pair("origin", "http://evil.example"), {"origin", "null"},
-        {"origin", "https://127.0.0.1:8632"}, {"origin", "http://127.0.0.1:8633"},
-        {"sec-fetch-site", "cross-site"}, {"sec-fetch-site", "same-site"}}) {
+  for (const auto& [name, value] : {std::pair("origin", "http://evil.example"),
+                                    {"origin", "null"},
+                                    {"origin", "https://127.0.0.1:8632"},
+                                    {"origin", "http://127.0.0.1:8633"},
+                                    {"sec-fetch-site", "cross-site"},
+                                    {"sec-fetch-site", "same-site"}}) {
     Request request = InSession(Method::Post);
     request.headers.emplace_back(name, value);
     EXPECT_EQ(Status(request, Role::Manage), 403) << name << " " << value;

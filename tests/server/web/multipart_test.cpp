@@ -73,7 +73,8 @@ TEST(MultipartReader, reports_a_form_that_is_cut_off_anywhere) {
 TEST(MultipartReader, refuses_parts_without_names) {
   EXPECT_NE(Take("--B\r\n\r\nx\r\n--B--", 8).failure, "");
   EXPECT_NE(Take("--B\r\nContent-Disposition: form-data\r\n\r\nx\r\n--B--", 8).failure, "");
-  EXPECT_NE(Take("--B\r\nContent-Disposition: attachment; name=a\r\n\r\nx\r\n--B--", 8).failure, "");
+  EXPECT_NE(Take("--B\r\nContent-Disposition: attachment; name=a\r\n\r\nx\r\n--B--", 8).failure,
+            "");
   EXPECT_NE(Take("--Bx\r\n", 8).failure, "");
 }
 

@@ -31,8 +31,9 @@ class Schema {
   [[nodiscard]] std::string FaultOf(const Json& schema, const Json& value,
                                     const std::string& at) const {
     if (schema.contains("$ref"))
-      return FaultOf(m_Description.at(Json::json_pointer(schema["$ref"].get<std::string>().substr(1))),
-                     value, at);
+      return FaultOf(
+          m_Description.at(Json::json_pointer(schema["$ref"].get<std::string>().substr(1))), value,
+          at);
     if (schema.contains("type") && !HasType(schema["type"], value)) return at + " has another type";
     if (schema.contains("enum") && !Contains(schema["enum"], value))
       return at + " is " + value.dump();

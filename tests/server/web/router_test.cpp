@@ -12,10 +12,14 @@ namespace {
 class RouterTest : public testing::Test {
  protected:
   RouterTest() {
-    for (const auto& [method, pattern] :
-         {std::pair(Method::Get, "/jobs"), {Method::Post, "/jobs"}, {Method::Get, "/jobs/{id}"},
-          {Method::Delete, "/jobs/{id}"}, {Method::Get, "/jobs/new"},
-          {Method::Get, "/jobs/{id}/file"}, {Method::Get, "/static/{path...}"}, {Method::Get, "/"}})
+    for (const auto& [method, pattern] : {std::pair(Method::Get, "/jobs"),
+                                          {Method::Post, "/jobs"},
+                                          {Method::Get, "/jobs/{id}"},
+                                          {Method::Delete, "/jobs/{id}"},
+                                          {Method::Get, "/jobs/new"},
+                                          {Method::Get, "/jobs/{id}/file"},
+                                          {Method::Get, "/static/{path...}"},
+                                          {Method::Get, "/"}})
       m_Router.Add({method, pattern, Role::See, Body::None, {}});
   }
   [[nodiscard]] std::string PatternOf(Method method, std::string_view path) const {
@@ -77,9 +81,9 @@ TEST(RangeOf, takes_one_range_of_bytes) {
 }
 
 TEST(RangeOf, takes_anything_else_as_the_whole) {
-  for (const char* header : {"", "bytes", "bytes=", "bytes=-", "bytes=a-b", "bytes=9-0",
-                             "bytes=0-1,3-4", "lines=0-1", "bytes=0-x", "bytes=+1-2",
-                             "bytes=0-99999999999999999999999"})
+  for (const char* header :
+       {"", "bytes", "bytes=", "bytes=-", "bytes=a-b", "bytes=9-0", "bytes=0-1,3-4", "lines=0-1",
+        "bytes=0-x", "bytes=+1-2", "bytes=0-99999999999999999999999"})
     EXPECT_EQ(Range(header, 100), "whole 0-99") << header;
 }
 

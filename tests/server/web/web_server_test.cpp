@@ -105,8 +105,8 @@ TEST_F(WebServerTest, the_body_of_a_refused_request_is_no_request) {
   Start();
   TestClient client = Tcp();
   const std::string hidden = "GET /api/v1/health HTTP/1.1\r\n" + Host() + "\r\n";
-  client.Send("DELETE /api/v1/jobs/1 HTTP/1.1\r\n" + Host() + "Content-Length: " +
-              std::to_string(hidden.size()) + "\r\n\r\n" + hidden);
+  client.Send("DELETE /api/v1/jobs/1 HTTP/1.1\r\n" + Host() +
+              "Content-Length: " + std::to_string(hidden.size()) + "\r\n\r\n" + hidden);
   const std::string all = client.ReadUntil("");
   EXPECT_EQ(AnswerOf(all).status, 401);
   EXPECT_EQ(all.find("serving"), all.npos);
@@ -140,7 +140,8 @@ TEST_F(WebServerTest, small_bodies_are_limited) {
     TestClient client = Local();
     std::array<char, 16> size{};
     std::snprintf(size.data(), size.size(), "%zx\r\n", bytes);
-    client.Send(path + " HTTP/1.1\r\nHost: a\r\nConnection: close\r\nTransfer-Encoding: chunked\r\n\r\n" +
+    client.Send(path +
+                " HTTP/1.1\r\nHost: a\r\nConnection: close\r\nTransfer-Encoding: chunked\r\n\r\n" +
                 size.data() + R"({"priority":8)" + std::string(bytes - 14, ' ') + "}\r\n0\r\n\r\n");
     return AnswerOf(client.ReadUntil("")).status;
   };

@@ -124,7 +124,10 @@ class WebTest : public testing::Test {
             .dataRoot = Root(),
             .pageFiles = Root(),
             .settings = settings,
-            .devices = [] { return std::vector<std::string>{"Plotter", "Proofs"}; },
+            .devices =
+                [] {
+                  return std::vector<std::string>{"Plotter", "Proofs"};
+                },
             .check = [](const JobRequest& request) -> Expected<void> {
               return request.options.contains("nonsense")
                          ? Expected<void>(FailureOf("a print has no option 'nonsense'"))
