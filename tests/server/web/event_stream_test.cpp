@@ -72,7 +72,7 @@ TEST_F(WebTest, a_reader_that_takes_nothing_is_closed_and_others_go_on) {
   Start();
   const JobId id = Submit("ada");
   ASSERT_TRUE(m_Queue->ClaimToInterpret());
-  // More than what sockets hold.
+  // More bytes than sockets hold.
   for (int line = 0; line < 3000; ++line)
     ASSERT_TRUE(m_Queue->AddMessage(id, std::string(2000, 'x')));
   TestClient stalled = Local();

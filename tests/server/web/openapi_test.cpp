@@ -23,7 +23,7 @@ std::string LowerName(Method method) {
   return method == Method::Get ? "get" : method == Method::Post ? "post" : "delete";
 }
 
-// Enough of JSON Schema for the description: what is wrong, or an empty text.
+// Enough of JSON Schema for the description: the fault of a value, or an empty text.
 class Schema {
  public:
   explicit Schema(const Json& description) : m_Description(description) {}

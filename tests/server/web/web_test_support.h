@@ -31,7 +31,7 @@ struct Answer {
   std::string body;
 };
 
-/// A connection of a test, which says what it likes.
+/// A connection of a test, which sends any bytes.
 class TestClient {
  public:
   [[nodiscard]] static TestClient Local(const std::string& path) {
@@ -63,7 +63,7 @@ class TestClient {
     }
     return true;
   }
-  /// What comes until the text `end` is there, or the other end closes.
+  /// The bytes until the text `end` is there, or the other end closes.
   std::string ReadUntil(std::string_view end) {
     std::array<char, 4096> piece{};
     while (m_Read.find(end) == m_Read.npos || end.empty()) {
@@ -73,7 +73,7 @@ class TestClient {
     }
     return m_Read;
   }
-  /// Whether the other end has closed, without waiting for more than what is there.
+  /// Whether the other end has closed, without waiting.
   bool IsClosed() {
     std::array<char, 4096> piece{};
     for (;;) {
