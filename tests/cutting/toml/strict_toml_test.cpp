@@ -46,6 +46,11 @@ TEST(StrictToml, ValuesAreTakenByTheirTypes) {
   EXPECT_EQ(Fault(file), "");
 }
 
+TEST(StrictToml, a_table_header_without_a_key_is_an_error_of_its_place) {
+  for (const char* text : {"[{", "[[{", "[ ,", "[=]", "a.{ = 1"})
+    EXPECT_TRUE(ParseFault(text).starts_with("knife.toml:1:")) << text;
+}
+
 TEST(StrictToml, AnAbsentKeyIsNoFault) {
   const TomlFile file = Parsed("");
   TomlTable root = file.Root();
