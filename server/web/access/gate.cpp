@@ -183,6 +183,11 @@ std::optional<Response> Gate::SignInByPassword(const Request& request, const std
   return Begin(request, user.name, user.role, caller, secret);
 }
 
+bool Gate::IsStillIn(const std::string& cookie, bool isSecure) {
+  LookAtUsers();
+  return m_Sessions.IsAlive(cookie, isSecure);
+}
+
 void Gate::SignOut(const Request& request) {
   if (request.caller.byCookie) m_Sessions.End(request.Cookie(SessionCookie));
 }

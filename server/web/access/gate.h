@@ -58,6 +58,9 @@ class Gate {
                                                          const std::string& name,
                                                          const std::string& password,
                                                          Caller& caller, std::string& secret);
+  /// Whether the request would be let in still: its session may have ended since, or its user may
+  /// have been changed. For answers that go on for long.
+  [[nodiscard]] bool IsStillIn(const std::string& cookie, bool isSecure);
   /// Ends the session that the request came by, if any.
   void SignOut(const Request& request);
   /// See Sessions.

@@ -21,17 +21,27 @@ Expected<std::string> Sessions::Begin(const std::string& name, Role role, bool i
   return secret;
 }
 
+Sessions::Place Sessions::PlaceOf(const std::string& secret, bool isSecure, Clock::time_point now) {
+  const auto found = m_Sessions.find(secret);
+  if (found == m_Sessions.end() || found->second.isSecure != isSecure) return m_Sessions.end();
+  if (now - found->second.used <= IdleLimit && now - found->second.began <= WholeLimit)
+    return found;
+  m_Sessions.erase(found);
+  return m_Sessions.end();
+}
+
 std::optional<Caller> Sessions::Find(const std::string& secret, bool isSecure,
                                      Clock::time_point now) {
   const std::lock_guard lock(m_Mutex);
-  const auto found = m_Sessions.find(secret);
-  if (found == m_Sessions.end() || found->second.isSecure != isSecure) return std::nullopt;
-  if (now - found->second.used > IdleLimit || now - found->second.began > WholeLimit) {
-    m_Sessions.erase(found);
-    return std::nullopt;
-  }
+  const auto found = PlaceOf(secret, isSecure, now);
+  if (found == m_Sessions.end()) return std::nullopt;
   found->second.used = now;
   return found->second.caller;
+}
+
+bool Sessions::IsAlive(const std::string& secret, bool isSecure, Clock::time_point now) {
+  const std::lock_guard lock(m_Mutex);
+  return PlaceOf(secret, isSecure, now) != m_Sessions.end();
 }
 
 void Sessions::End(const std::string& secret) {

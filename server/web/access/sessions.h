@@ -29,6 +29,9 @@ class Sessions {
   /// The caller of a secret, whose time begins again.
   [[nodiscard]] std::optional<Caller> Find(const std::string& secret, bool isSecure,
                                            Clock::time_point now = Clock::now());
+  /// Whether a secret counts still; its time goes on.
+  [[nodiscard]] bool IsAlive(const std::string& secret, bool isSecure,
+                             Clock::time_point now = Clock::now());
   void End(const std::string& secret);
   /// All of a user: the role or the password is another now.
   void EndOf(const std::string& name);
@@ -46,6 +49,9 @@ class Sessions {
     Clock::time_point began;
     Clock::time_point used;
   };
+
+  using Place = std::map<std::string, Session>::iterator;
+  [[nodiscard]] Place PlaceOf(const std::string& secret, bool isSecure, Clock::time_point now);
 
   std::mutex m_Mutex;
   std::map<std::string, Session> m_Sessions;

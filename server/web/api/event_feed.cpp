@@ -8,10 +8,11 @@
 #include <cerrno>
 #include <chrono>
 #include <nlohmann/json.hpp>
-#include <set>
+#include <utility>
 #include <vector>
 
 #include "rastrel/platform/os/thread.h"
+#include "server/web/access/gate.h"
 #include "server/web/api/job_json.h"
 #include "server/web/api/job_request.h"
 
@@ -52,8 +53,8 @@ Expected<void> EventFeed::Start() {
   return {};
 }
 
-Expected<std::shared_ptr<EventStream>> EventFeed::Open(const std::string& owner,
-                                                       std::int64_t after) {
+Expected<std::shared_ptr<EventStream>> EventFeed::Open(const std::string& owner, std::int64_t after,
+                                                       std::function<bool()> mayRead) {
   if (after < 0) {
     const auto last = m_Queue.LastEvent();
     if (!last) return last.Error();
@@ -66,7 +67,7 @@ Expected<std::shared_ptr<EventStream>> EventFeed::Open(const std::string& owner,
   stream->Send(": connected\n\n");
   {
     const std::lock_guard lock(m_Mutex);
-    m_Readers.push_back({stream, owner, after, *mark});
+    m_Readers.push_back({stream, owner, after, *mark, std::move(mayRead)});
   }
   static_cast<void>(::eventfd_write(m_Wake, 1));
   return stream;
@@ -86,6 +87,7 @@ void EventFeed::Run() {
     m_Readers.remove_if([](const Reader& reader) { return !reader.stream->IsOpen(); });
     Pump();
     if (Clock::now() >= nextMark) {
+      EndRefused();
       GiveMarks();
       nextMark = Clock::now() + MarkInterval;
     }
@@ -130,6 +132,11 @@ bool EventFeed::Give(Reader& reader, Read& read) {
   return true;
 }
 
+void EventFeed::EndRefused() {
+  for (Reader& reader : m_Readers)
+    if (reader.mayRead && !reader.mayRead()) reader.stream->Drop();
+}
+
 void EventFeed::GiveMarks() {
   std::map<std::string, std::string> marks;
   for (Reader& reader : m_Readers) {
@@ -146,25 +153,29 @@ void EventFeed::Beat() {
   for (Reader& reader : m_Readers) reader.stream->Send(": beat\n\n");
 }
 
-void AddEvents(Router& router, EventFeed& feed) {
-  router.Add(
-      {Method::Get, "/api/v1/events", Role::See, Body::None, [&feed](const Request& request) {
-         const std::string& header = request.Header("last-event-id");
-         const std::string& text = header.empty() ? request.Query("after") : header;
-         std::int64_t after = -1;
-         if (!text.empty()) {
-           const auto number = WholeNumber(text, 0, INT64_MAX);
-           if (!number)
-             return ErrorResponse(400, "bad-request", "the last event is no whole number");
-           after = *number;
-         }
-         auto stream = feed.Open(request.caller.VisibleOwner(), after);
-         if (!stream) return AnswerTo(stream.Error());
-         Response response;
-         response.stream = *std::move(stream);
-         response.Add("Content-Type", "text/event-stream");
-         return response;
-       }});
+void AddEvents(Router& router, EventFeed& feed, const IsStillIn& isStillIn) {
+  const auto open = [&feed, isStillIn](const Request& request) {
+    const std::string& header = request.Header("last-event-id");
+    const std::string& text = header.empty() ? request.Query("after") : header;
+    std::int64_t after = -1;
+    if (!text.empty()) {
+      const auto number = WholeNumber(text, 0, INT64_MAX);
+      if (!number) return ErrorResponse(400, "bad-request", "the last event is no whole number");
+      after = *number;
+    }
+    std::function<bool()> mayRead;
+    if (request.caller.byCookie)
+      mayRead = [isStillIn, cookie = request.Cookie(SessionCookie), isSecure = request.isSecure] {
+        return isStillIn(cookie, isSecure);
+      };
+    auto stream = feed.Open(request.caller.VisibleOwner(), after, std::move(mayRead));
+    if (!stream) return AnswerTo(stream.Error());
+    Response response;
+    response.stream = *std::move(stream);
+    response.Add("Content-Type", "text/event-stream");
+    return response;
+  };
+  router.Add({Method::Get, "/api/v1/events", Role::See, Body::None, open});
 }
 
 }  // namespace rastrel::server::web

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -42,9 +43,10 @@ class EventFeed {
   /// Once, before Open.
   [[nodiscard]] Expected<void> Start();
   /// The events of an owner's jobs, of all if it is empty, after a number; those from now on if it
-  /// is negative.
+  /// is negative. The stream ends when `mayRead`, which is asked about every second, says no.
   [[nodiscard]] Expected<std::shared_ptr<EventStream>> Open(const std::string& owner,
-                                                            std::int64_t after);
+                                                            std::int64_t after,
+                                                            std::function<bool()> mayRead = {});
 
  private:
   struct Reader {
@@ -52,6 +54,7 @@ class EventFeed {
     std::string owner;
     std::int64_t after = 0;
     std::string mark;
+    std::function<bool()> mayRead;
     /// Since when it has much to take and doesn't; the epoch while it takes.
     std::chrono::steady_clock::time_point fullSince{};
   };
@@ -60,6 +63,7 @@ class EventFeed {
   void Run();
   void Pump();
   [[nodiscard]] bool Give(Reader& reader, Read& read);
+  void EndRefused();
   void GiveMarks();
   void Beat();
 
@@ -71,7 +75,10 @@ class EventFeed {
   std::unique_ptr<os::Thread> m_Thread;
 };
 
-/// GET /api/v1/events. The feed outlives the router.
-void AddEvents(Router& router, EventFeed& feed);
+/// Whether a request would be let in still.
+using IsStillIn = std::function<bool(const std::string& cookie, bool isSecure)>;
+/// GET /api/v1/events. The feed outlives the router. `isStillIn` is asked of streams that came by a
+/// session's cookie, on the feed's thread.
+void AddEvents(Router& router, EventFeed& feed, const IsStillIn& isStillIn);
 
 }  // namespace rastrel::server::web

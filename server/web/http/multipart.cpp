@@ -100,7 +100,8 @@ Expected<bool> MultipartReader::TakeContent() {
     if (auto given = Give(std::string_view(m_Held).substr(0, end)); !given) return given.Error();
     m_Held.erase(0, end + m_Delimiter.size());
     if (m_State == State::Value) {
-      if (!IsUtf8(m_Value)) return Bad("the field '" + m_Name + "' of the form is no UTF-8");
+      if (!IsUtf8(m_Value) || m_Value.find('\0') != m_Value.npos)
+        return Bad("the field '" + m_Name + "' of the form is no UTF-8, or has a zero byte");
       if (auto done = m_Sink.field(m_Name, std::move(m_Value)); !done) return done.Error();
     }
     m_State = State::AfterBoundary;

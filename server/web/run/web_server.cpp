@@ -142,7 +142,9 @@ void WebServer::Parts::AddRoutes() {
   AddJobEntry(router, shop);
   AddJobChanges(router, shop);
   AddDevices(router, shop);
-  AddEvents(router, feed);
+  AddEvents(router, feed, [this](const std::string& cookie, bool isSecure) {
+    return gate.IsStillIn(cookie, isSecure);
+  });
   AddPages(router, shop);
   AddPreviews(router, shop);
 }

@@ -208,7 +208,7 @@ class OwnersTest : public WebTest {
     AddJobViews(m_Router, m_Shop);
     AddJobChanges(m_Router, m_Shop);
     AddDevices(m_Router, m_Shop);
-    AddEvents(m_Router, m_Feed);
+    AddEvents(m_Router, m_Feed, [](const std::string&, bool) { return true; });
     EXPECT_TRUE(m_Feed.Start());
     m_Own = Submit("ada", "own");
     m_Other = Submit("bob", "secret");

@@ -76,6 +76,10 @@ TEST(MultipartReader, refuses_parts_without_names) {
   EXPECT_NE(Take("--B\r\nContent-Disposition: attachment; name=a\r\n\r\nx\r\n--B--", 8).failure,
             "");
   EXPECT_NE(Take("--Bx\r\n", 8).failure, "");
+  const std::string head = "--B\r\nContent-Disposition: form-data; name=a\r\n\r\n";
+  EXPECT_EQ(Take(head + "v\r\n--B--", 8).failure, "");
+  EXPECT_NE(Take(head + std::string("v\0\r\n--B--", 9), 8).failure, "");
+  EXPECT_NE(Take(head + "\xff\r\n--B--", 8).failure, "");
 }
 
 TEST(MultipartReader, holds_its_limits) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <chrono>
 #include <filesystem>
@@ -238,6 +239,60 @@ TEST_F(WebServerTest, events_go_on_after_the_last_one_that_was_seen) {
   EXPECT_EQ(text.find("\"held\""), text.npos);
   EXPECT_NE(text.find("id: " + std::to_string((*events)[2].number) + "\n"), text.npos);
   EXPECT_EQ(Ask("GET /api/v1/events", "", "Last-Event-ID: x\r\n").status, 400);
+}
+
+TEST_F(WebServerTest, the_events_of_a_session_end_with_it) {
+  Start();
+  const std::string token = R"({"token":")" + Token() + R"("})";
+  const Answer begun = AskPort("POST /api/v1/session", Host(), token);
+  ASSERT_EQ(begun.status, 200);
+  const std::size_t at = begun.head.find("rastrel-session=");
+  const std::string cookie = "Cookie: " + begun.head.substr(at, 80) + "\r\n";
+  const std::size_t csrf = begun.body.find("\"csrf\":\"") + 8;
+  TestClient reader = Tcp();
+  reader.Send("GET /api/v1/events HTTP/1.1\r\n" + Host() + cookie + "\r\n");
+  EXPECT_NE(reader.ReadUntil(": connected\n").find("200 OK"), std::string::npos);
+  TestClient other = Tcp();
+  other.Send("GET /api/v1/events HTTP/1.1\r\n" + Host() + "Authorization: Bearer " + Token() +
+             "\r\n\r\n");
+  EXPECT_NE(other.ReadUntil(": connected\n").find("200 OK"), std::string::npos);
+  EXPECT_EQ(AskPort("DELETE /api/v1/session",
+                    Host() + cookie + "X-CSRF-Token: " + begun.body.substr(csrf, 64) + "\r\n")
+                .status,
+            204);
+  EXPECT_TRUE(
+      WaitUntil([&] { return reader.Received().ends_with("\r\n0\r\n\r\n") || reader.IsClosed(); }));
+  EXPECT_FALSE(other.IsClosed());
+}
+
+// Runs in a process of its own: 0 if the other end closed without an answer.
+int AskAsNobody(const char* path) {
+  constexpr uid_t Nobody = 65534;
+  if (::setresuid(Nobody, Nobody, Nobody) != 0) return 2;
+  sockaddr_un place{};
+  place.sun_family = AF_UNIX;
+  std::strncpy(place.sun_path, path, sizeof place.sun_path - 1);
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  if (::connect(socket, reinterpret_cast<sockaddr*>(&place), sizeof place) != 0) return 3;
+  constexpr std::string_view Text = "GET /api/v1/health HTTP/1.1\r\nHost: localhost\r\n\r\n";
+  static_cast<void>(::send(socket, Text.data(), Text.size(), MSG_NOSIGNAL));
+  char byte = 0;
+  return ::recv(socket, &byte, 1, 0) <= 0 ? 0 : 1;
+}
+
+TEST_F(WebServerTest, another_user_is_closed_out_of_the_socket_whatever_its_mode) {
+  if (::getuid() != 0) GTEST_SKIP() << "only root becomes another user";
+  Start();
+  for (const std::string& path : {Root(), Root() + "/server"})
+    ASSERT_EQ(::chmod(path.c_str(), 0755), 0);
+  const std::string path = SocketPath(Root());
+  ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(AskAsNobody(path.c_str()));
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(Ask("GET /api/v1/health").status, 200);
 }
 
 TEST_F(WebServerTest, a_removed_job_shows_as_a_change) {
