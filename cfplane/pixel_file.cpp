@@ -160,13 +160,25 @@ Expected<void> PixelFile::Read(std::span<std::byte> bytes) {
         static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), run.bytes - m_Taken));
     if (auto read = ReadAt(run.offset + m_Taken, bytes.first(count)); !read) return read;
     bytes = bytes.subspan(count);
-    m_Taken += count;
-    if (m_Taken == run.bytes) {
-      ++m_Run;
-      m_Taken = 0;
-    }
+    Take(count);
   }
   return {};
+}
+
+void PixelFile::Skip(std::uint64_t bytes) {
+  while (bytes > 0) {
+    const std::uint64_t count = std::min(bytes, m_Runs[m_Run].bytes - m_Taken);
+    bytes -= count;
+    Take(count);
+  }
+}
+
+// Bytes of the present run.
+void PixelFile::Take(std::uint64_t bytes) {
+  m_Taken += bytes;
+  if (m_Taken < m_Runs[m_Run].bytes) return;
+  ++m_Run;
+  m_Taken = 0;
 }
 
 Expected<void> PixelFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes) {

@@ -39,6 +39,9 @@ class PixelFile {
   /// Fills `bytes` with the next samples. The failure of a file that ends before is EIO.
   /// REQUIRES: as many are left.
   [[nodiscard]] Expected<void> Read(std::span<std::byte> bytes);
+  /// Passes the next samples over without reading them.
+  /// REQUIRES: as many are left.
+  void Skip(std::uint64_t bytes);
 
  private:
   // Samples that lie one after the other in the file.
@@ -58,6 +61,7 @@ class PixelFile {
                                           const std::vector<std::uint32_t>& counts,
                                           std::uint64_t rowsPerStrip);
   [[nodiscard]] Expected<void> ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
+  void Take(std::uint64_t bytes);
 
   os::FileDescriptor m_File;
   std::string m_Path;

@@ -80,7 +80,8 @@ server::web::Shop ShopOf(server::JobQueue& queue, const server::ServerSettings& 
           .modes = Modes,
           .tableHead = JobTableHead,
           .tableRow = JobTableRow,
-          .removePages = RemoveKeptPages};
+          .removePages = RemoveKeptPages,
+          .spool = SpoolDirectory()};
 }
 
 }  // namespace rastrel::cli

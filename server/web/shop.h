@@ -30,6 +30,7 @@ struct Shop {
   std::function<std::string(const Job&)> tableRow;
   /// Removes kept pages by their name in the spool.
   std::function<void(const std::string& spool)> removePages;
+  std::string spool{};  ///< native: the directory of kept pages; empty: its place in the data root
 };
 
 }  // namespace rastrel::server::web

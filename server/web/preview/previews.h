@@ -5,7 +5,7 @@
 
 namespace rastrel::server::web {
 
-/// Adds pictures of jobs. The shop outlives the router.
-inline void AddPreviews(Router&, Shop&) {}
+/// Adds pictures of jobs, below /api/v1/jobs/{id}/pages. The shop outlives the router.
+void AddPreviews(Router& router, Shop& shop);
 
 }  // namespace rastrel::server::web
