@@ -98,7 +98,6 @@ void AddStaticFiles(Router& router, Shop& shop) {
            return Show(*files, request, name.empty() ? request.Place("name") : name);
          }});
   };
-  add("/", "index.html");
   add("/static/{name}", "");
   add("/api/v1/openapi.json", "openapi.json");
   router.Add({Method::Get, "/api/v1/health", Role::Nobody, Body::None, [&shop](const Request&) {

@@ -6,7 +6,7 @@
 namespace rastrel::server::web {
 
 /// The files of the page, for everybody: they show nothing of the shop. Each file of the shop's
-/// `pageFiles`, without its folders, is /static/NAME, and index.html the first page, "/". Their
+/// `pageFiles`, without its folders, is /static/NAME. Their
 /// names and contents are those of the start: a file that came or changed since is found after the
 /// next one.
 ///

@@ -321,20 +321,20 @@ TEST_F(WebServerTest, stops_while_readers_and_senders_are_connected) {
 
 TEST_F(WebServerTest, pages_have_tags) {
   Start();
-  const Answer page = Ask("GET /");
+  const Answer page = Ask("GET /static/index.html");
   EXPECT_EQ(page.status, 200);
   EXPECT_EQ(page.body, "<!doctype html>shop");
   const std::size_t at = page.head.find("ETag: ") + 6;
   const std::string tag = page.head.substr(at, page.head.find("\r\n", at) - at);
   EXPECT_EQ(Ask("GET /static/index.html", "", "If-None-Match: " + tag + "\r\n").status, 304);
-  EXPECT_EQ(Ask("GET /", "", "If-None-Match: \"x\"\r\n").status, 200);
+  EXPECT_EQ(Ask("GET /static/index.html", "", "If-None-Match: \"x\"\r\n").status, 200);
   EXPECT_EQ(Ask("GET /static/none.js").status, 404);
   EXPECT_EQ(Ask("GET /static/server.toml").status, 404);
 }
 
 TEST_F(WebServerTest, head_has_no_body) {
   Start();
-  const Answer answer = Ask("HEAD /");
+  const Answer answer = Ask("HEAD /static/index.html");
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.body, "");
   EXPECT_NE(answer.head.find("Content-Length: 19\r\n"), std::string::npos);
