@@ -1,5 +1,6 @@
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "cli/console/exit_status.h"
 #include "cli/console/options.h"
@@ -14,6 +15,7 @@
 #include "cli/printing/whole_prefix.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
+#include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -38,6 +40,9 @@ class NoDelivery {
  private:
   std::wstring m_Engine;
 };
+
+// The page of a picture, while it is interpreted.
+constexpr std::string_view PageName = "picture.pdf";
 
 std::string PagesNote(const server::JobQueue& queue, const server::Job& job) {
   return queue.DirectoryOf(job.id) + "/pages";
@@ -70,7 +75,10 @@ void Fill(CJobTicket& ticket, const server::Job& job, const Invocation& invocati
 Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   const Invocation invocation = InvocationOf(job);
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
-  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(job.file));
+  const QueuedInput queued = OrEnd(
+      ExitStatus::BadInput,
+      QueuedInput::Prepare(job.file, queue.DirectoryOf(job.id) + "/" + std::string(PageName)));
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(queued.Path()));
   RemoveEarlierPages(queue, job);
   auto spool =
       OrEnd(ExitStatus::JobFailed, SpoolReservation::Create("job-" + std::to_string(job.id)));

@@ -7,11 +7,11 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/values.h"
-#include "cli/input/input_file.h"
 #include "cli/installation/print_modes.h"
 #include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
 #include "cli/server/open_queue.h"
+#include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "server/queue/server_lock.h"
 
@@ -104,7 +104,7 @@ ExitStatus AddJobsCommand(const Invocation& invocation) {
   server::JobRequest request = RequestOf(invocation);
   // All are looked at before the first is taken.
   for (const std::string& path : invocation.operands)
-    static_cast<void>(OrEnd(ExitStatus::BadInput, InspectInput(path)));
+    OrEnd(ExitStatus::BadInput, CheckQueuedInput(path));
   for (const std::string& path : invocation.operands) {
     request.path = path;
     ReportJob(invocation, "added", OrEndByCode(ExitStatus::JobFailed, queue->Submit(request)));
