@@ -142,7 +142,9 @@ Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& orde
     values.file = paths[i];
     auto run = children::RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
                                     order.device->timeoutSeconds);
-    if (!run) return run;
+    if (run) continue;
+    if (i > 0 || run.Error().error == EINTR) order.unsure();
+    return run;
   }
   return {};
 }

@@ -23,6 +23,9 @@ struct DeliveryOrder {
   /// Called with the paths of the files that are in their places now; not for a command. New files
   /// go with an end of this process before it has returned: nobody knows of them.
   std::function<void(const std::vector<std::string>&)> delivered;
+  /// Called before a failure is returned, if something of the page may have come out all the same:
+  /// its program was ended before it could say so, or that of an earlier plane took its file.
+  std::function<void()> unsure = [] {};
 };
 
 /// Brings pages to devices. Each page arrives at most once: its files appear whole or not at all.

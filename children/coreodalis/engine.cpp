@@ -182,6 +182,7 @@ class Engine {
     order.delivered = [](const std::vector<std::string>& paths) {
       for (const std::string& path : paths) ReportOutput(path);
     };
+    order.unsure = [page = info->page] { ReportUnsure(page); };
     if (auto delivered = m_Delivery.Deliver(*source, order); !delivered) return delivered;
     ++m_Printed;
     ReportPage(info->page);
