@@ -1,8 +1,3 @@
-#define TOML_EXCEPTIONS 0
-#define TOML_HEADER_ONLY 1
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,6 +9,7 @@
 
 #include "cutting/rules/rule_text.h"
 #include "cutting/rules/rules.h"
+#include "cutting/toml/toml_library.h"
 #include "rastrel/platform/os/decimal.h"
 
 namespace rastrel::cutting {

@@ -7,10 +7,7 @@
 #include <cstdint>
 #include <utility>
 
-#define TOML_EXCEPTIONS 0
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
-
+#include "cutting/toml/toml_library.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/shown_text.h"
 
