@@ -24,6 +24,8 @@ namespace {
 
 constexpr std::size_t TailBytes = 4096;
 constexpr std::size_t LastLineLimit = 300;
+// A shell adds the number of the signal that ended a program of its script.
+constexpr int ShellSignalStatus = 128;
 constexpr int TakenInterval = 250;  // milliseconds
 
 struct Pipe {
@@ -173,7 +175,8 @@ class Running {
     const int status = Reap();
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
     if (WIFEXITED(status)) {
-      return Failed("ended with status " + std::to_string(WEXITSTATUS(status)));
+      const std::string how = "ended with status " + std::to_string(WEXITSTATUS(status));
+      return WEXITSTATUS(status) > ShellSignalStatus ? Interrupted(how) : Failed(how);
     }
     return Interrupted("was ended by signal " + std::to_string(WTERMSIG(status)));
   }

@@ -14,7 +14,7 @@ namespace rastrel::cli {
 /// PostScript, EPS, PDF, PNG and JPEG. A picture is not read to its end here.
 [[nodiscard]] Expected<void> CheckQueuedInput(const std::string& path);
 
-/// What the RIP gets for a file of the queue: the file itself, or for a picture a PDF page with the
+/// The file that the RIP gets for one of the queue: the same, or for a picture a PDF page with the
 /// same pixels, at `pagePath`, which is replaced. `pagePath` goes with this object.
 class QueuedInput {
  public:

@@ -130,6 +130,8 @@ TEST_F(CommandDevice, a_page_is_unsure_if_its_command_was_ended_before_it_could_
   const Names page{"3"};
   EXPECT_EQ(Run(Script("kill -9 $$\n"))->Lines("UNSURE: "), page);
   EXPECT_EQ(Run(Script("sleep 600\n"), "timeout = 1\n")->Lines("UNSURE: "), page);
+  EXPECT_EQ(Run(Script("sh -c 'kill -9 $$'\nexit $?\n"))->Lines("UNSURE: "), page);
+  EXPECT_EQ(Run(Script("exit 128\n"))->Lines("UNSURE: "), Names{});
   EXPECT_EQ(Run(Script("exit 1\n"))->Lines("UNSURE: "), Names{});
   EXPECT_EQ(Run("/no/such/program")->Lines("UNSURE: "), Names{});
 }
