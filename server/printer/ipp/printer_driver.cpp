@@ -53,6 +53,8 @@ bool StartPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, u
 }
 bool WriteRow(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned,
               const unsigned char* row) {
+  // A few bytes may repeat rows for hours.
+  if (::papplJobIsCanceled(job)) return false;
   return Accept(job, RasterOf(job).AddRow(row));
 }
 bool EndPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned) {
