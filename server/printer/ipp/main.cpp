@@ -18,6 +18,7 @@
 #include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/tree.h"
 #include "server/printer/ipp/network_printer.h"
+#include "server/printer/ipp/whole_documents.h"
 #include "server/settings/server_settings.h"
 
 namespace rastrel::server {
@@ -88,6 +89,7 @@ Expected<void> Serve() {
   const std::string spool = directory + "/spool";
   if (auto made = os::MakePath(os::FromNative(spool), os::Access::Private); !made) return made;
 
+  if (!SeesCutDocuments()) return FailureOf("the print system's library has no httpRead2");
   LimitDocuments(settings->jobMegabytes * Megabyte);
   ShopPrinter shop(**queue, spool, settings->jobMegabytes * Megabyte);
   NetworkPrinter printer(shop, settings->printer, *devices, OfferedModes(root), directory);
