@@ -52,9 +52,16 @@ class Shop:
         return done.stdout if status == 0 else done.stderr
 
     def start(self):
+        """Returns when the server serves: until then a signal to stop simply ends it."""
+        before = self.served()
         with open(self.log, "ab") as log:
             self.server = subprocess.Popen([self.command, "serve"], env=self.environment, stdout=log,
                                            stderr=log, stdin=subprocess.DEVNULL)
+
+        wait_for(lambda: self.served() > before or self.server.poll() is not None, "the server")
+
+    def served(self):
+        return self.log.read_text(errors="replace").count("rastrel: serving") if self.log.exists() else 0
 
     def stop(self):
         self.server.send_signal(signal.SIGTERM)
@@ -68,7 +75,7 @@ class Shop:
             self.server.wait()
 
     def log_end(self):
-        return self.log.read_text(errors="replace")[-4000:]
+        return self.log.read_text(errors="replace")[-1500:]
 
     def jobs(self):
         return {job["id"]: job for job in map(json.loads, self.run(
