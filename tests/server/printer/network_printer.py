@@ -258,6 +258,26 @@ def check_restart(printer):
     printer.row(7)
 
 
+def check_held(printer):
+    """A job that its sender holds is there after a kill, and comes once it is released."""
+    number = printer.send(PS, "application/postscript", "ATTR keyword job-hold-until indefinite")
+    record = os.path.join(printer.root, "server/printer/printers.conf")
+
+    def is_written():
+        with open(record, encoding="utf-8") as file:
+            return any(f'id="{number}"' in line and 'state="4"' in line for line in file)
+    wait_for("the record of the held job", is_written)
+    printer.stop(kill=True)
+    printer.start()
+    printer.waits_as(number, "pending-held", strict=False)
+    printer.row(7)
+    printer.ask("Release-Job", number)
+    row = printer.row(8)
+    assert content(row) == PS
+    printer.move_on(row["id"], "done")
+    printer.waits_as(number, "completed", strict=False)
+
+
 def main(program, share):
     if not shutil.which("ipptool"):
         print("ipptool is not installed")
@@ -266,7 +286,8 @@ def main(program, share):
     printer = None
     try:
         printer = Printer(program, share, root)
-        for check in (check_documents, check_declared_type_is_not_trusted, check_pictures, check_cut_off, check_restart):
+        for check in (check_documents, check_declared_type_is_not_trusted, check_pictures, check_cut_off, check_restart,
+                      check_held):
             print(check.__name__)
             check(printer)
     finally:
