@@ -58,6 +58,9 @@ def main():
     if not can_run():
         print("skipped: a private print system needs cupsd, lpadmin and the superuser")
         return 77
+    if not pathlib.Path("/usr/lib/cups/backend/socket").exists():
+        print("skipped: the print system has no way to printers at sockets (Debian's package cups)")
+        return 77
     with tempfile.TemporaryDirectory(prefix="rastrel-cups-", ignore_cleanup_errors=True) as name:
         place = pathlib.Path(name)
         place.chmod(0o755)
