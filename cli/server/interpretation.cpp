@@ -1,5 +1,7 @@
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/console/exit_status.h"
 #include "cli/console/options.h"
@@ -12,6 +14,8 @@
 #include "cli/printing/job_settings.h"
 #include "cli/printing/spool_transfer.h"
 #include "cli/printing/whole_prefix.h"
+#include "cli/server/ink_coverage.h"
+#include "cli/server/ink_text.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
 #include "cli/server/worker.h"
@@ -67,6 +71,22 @@ void Fill(CJobTicket& ticket, const server::Job& job, const Invocation& invocati
   settings.SpoolAllowed = true;
 }
 
+// The ink of the kept pages. Pages that can't be measured are printed all the same.
+std::string InkText(server::JobQueue& queue, const server::Job& job, const SpoolReservation& spool,
+                    const CCFMFile& pages) {
+  std::vector<PageInk> inks;
+  for (const CCFMFileEntry& page : pages.Entries) {
+    const std::string title = os::ToNative(std::wstring(page.FileName));
+    auto ink = MeasureInk(spool.Directory() + "/" + title);
+    if (!ink) {
+      static_cast<void>(queue.AddMessage(job.id, "the ink is not known: " + Describe(ink.Error())));
+      return {};
+    }
+    inks.push_back(*std::move(ink));
+  }
+  return TextOfInk(inks);
+}
+
 Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   const Invocation invocation = InvocationOf(job);
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
@@ -92,7 +112,7 @@ Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
   const auto pages = static_cast<int>(ticket.m_CFMFile.Entries.size());
   OrEnd(ExitStatus::JobFailed, spool.Publish(ticket.m_CFMFile));
-  return queue.SetReady(job.id, spool.Name(), pages, "");
+  return queue.SetReady(job.id, spool.Name(), pages, InkText(queue, job, spool, ticket.m_CFMFile));
 }
 
 }  // namespace

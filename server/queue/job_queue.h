@@ -37,6 +37,7 @@ struct QueuePolicy {
   /// Jobs that are interpreted ahead for each device; 0: as many as there are.
   int readyJobs = 0;
   std::set<std::string> againAfterCutOff{};  ///< devices that get a delivery again by itself
+  std::int64_t jobBytes = 0;                 ///< the largest file that a job may be; 0: no limit
 };
 
 /// A change that was refused since the job's state does not allow it has the Failure's reason
@@ -52,7 +53,8 @@ class JobQueue {
   JobQueue& operator=(const JobQueue&) = delete;
 
   /// Copies the file into the queue (hidden, flushed, renamed) and adds the row. The job is there
-  /// whole, or not at all. Rings the bell of a server that runs.
+  /// whole, or not at all. Rings the bell of a server that runs. A file that is larger than the
+  /// policy lets is refused as bad input.
   [[nodiscard]] Expected<JobId> Submit(const JobRequest& request);
 
   [[nodiscard]] Expected<std::optional<Job>> Find(JobId id);

@@ -37,6 +37,24 @@ CUT = """%!PS-Adobe-3.0
 20 15 10 0 360 arc closepath stroke showpage
 %%EOF
 """
+# Strips of a page of 48 points: a quarter in cyan, a quarter in half magenta, an eighth in yellow, a sixteenth in
+# black, and an eighth in a spot colour. The second page is empty.
+INKS = """%!PS-Adobe-3.0
+%%BoundingBox: 0 0 48 48
+%%Pages: 2
+<< /PageSize [48 48] >> setpagedevice
+%%Page: 1 1
+1 0 0 0 setcmykcolor 0 0 12 48 rectfill
+0 0.5 0 0 setcmykcolor 12 0 12 48 rectfill
+0 0 1 0 setcmykcolor 24 0 12 24 rectfill
+0 0 0 1 setcmykcolor 36 0 12 12 rectfill
+[/Separation (Gold) /DeviceCMYK {0 exch dup 0.3 mul exch 0}] setcolorspace 1 setcolor
+36 12 12 24 rectfill
+showpage
+%%Page: 2 2
+showpage
+%%EOF
+"""
 
 
 class Serve(unittest.TestCase):
@@ -105,6 +123,37 @@ class Serve(unittest.TestCase):
         self.await_state(again, "done")
         self.assertEqual(sorted(self.output()), ["sign-1.tif", "sign-2-2.tif", "sign-2.tif"])
         self.stop()
+
+    def test_a_job_has_the_ink_of_its_pages(self):
+        self.page.write_text(INKS)
+        number = self.run_command("jobs", "add", str(self.page), "--mode", "CMYK/300 dpi", "--title",
+                                  "inks").strip()
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual(job["state"], "done", job)
+        first, second = job["ink"]
+        expected = {"Cyan": 1 / 4, "Magenta": 1 / 8, "Yellow": 1 / 8, "Black": 1 / 16, "Gold": 1 / 8}
+        for name, share in expected.items():
+            self.assertAlmostEqual(first.get(name, -1), share, delta=0.001, msg=name)
+            self.assertEqual(second.get(name, 0), 0, name)
+        self.assertEqual(sorted(first), sorted(expected))
+        table = self.run_command("jobs", "export").splitlines()
+        cell = dict(zip(table[0].split(","), table[1].split(",")))["ink"]
+        sums = {name: float(share) for name, share in
+                (ink.rsplit(" ", 1) for ink in cell.split("; "))}
+        self.assertEqual(sums, first)
+        self.assertIn("ink of page 1\tCyan 25.0 %, Magenta 12.4 %",
+                      self.run_command("jobs", "show", number))
+        self.stop()
+
+    def test_a_file_larger_than_the_settings_say_is_refused(self):
+        self.run_command("printers")
+        (self.root / "server.toml").write_text("job-megabytes = 1\n")
+        for size, status in ((999_999, 0), (1_000_000, 0), (1_000_001, 3)):
+            self.page.write_bytes(b"%!PS\n" + b"%" * (size - 5))
+            text = self.run_command("jobs", "add", str(self.page), status=status)
+        self.assertIn("has 1000001 bytes, and a job of this server may have 1000000", text)
+        self.assertEqual(len(self.run_command("jobs", "list", "--json").splitlines()), 2)
 
     def test_a_held_job_waits_and_a_failed_one_says_why(self):
         held = self.add("--hold")
