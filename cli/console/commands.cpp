@@ -119,6 +119,15 @@ constexpr std::array JobsExportOptions{
 constexpr std::array JobsMoveOptions{QueueDevice, Json, Help};
 constexpr std::array JobsPriorityOptions{QueuePriority, Json, Help};
 constexpr std::array JobsReprintOptions{Pages, Json, Help};
+constexpr std::array BatchConvertOptions{
+    BatchOutput, OutputSize, Resolution,   CutColor, ChosenPage, Box, PasswordFile,
+    Force,       Jobs,       PieceSeconds, Resume,   Json,       Help};
+constexpr std::array BatchPreviewOptions{
+    BatchOutput, Dpi,        CutOnly,      Scale,    Levels, LevelsRed,
+    LevelsGreen, LevelsBlue, LevelsGray,   CutColor, Box,    PasswordFile,
+    Force,       Jobs,       PieceSeconds, Resume,   Json,   Help};
+constexpr std::array BatchPageSizeOptions{BatchOutput,  Dsc,    Box,  PasswordFile, Jobs,
+                                          PieceSeconds, Resume, Json, Help};
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
@@ -241,6 +250,14 @@ constexpr std::array CommandRows{
                "Take jobs out of the queue, with their files and kept pages.", ListingOptions},
     CommandRow{CommandId::JobsExport, "jobs export", "", false,
                "Write jobs as a table (CSV) for spreadsheets.", JobsExportOptions},
+    CommandRow{CommandId::BatchConvert, "batch convert", "FILE...", false,
+               "Make a bitmap of each of many files, and go on after a kill.", BatchConvertOptions},
+    CommandRow{CommandId::BatchPreview, "batch preview", "FILE...", false,
+               "Make a preview of each of many files, and go on after a kill.",
+               BatchPreviewOptions},
+    CommandRow{CommandId::BatchPageSize, "batch pagesize", "FILE...", false,
+               "Measure the first pages of many files, and go on after a kill.",
+               BatchPageSizeOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
                "Print a script that completes the command's arguments in a shell: bash.",
                HelpOptions},

@@ -203,6 +203,12 @@ constexpr std::array OptionTable{
     OptionRow{QueuePriority, "--priority", "N",
               "From 1, the last, to 100, the first; 50 if not given."},
     OptionRow{QueueHold, "--hold", "", "Let the job wait until it is released."},
+    OptionRow{BatchOutput, "--output", "DIR",
+              "The directory of the results, and of the batch's record until all are there."},
+    OptionRow{PieceSeconds, "--piece-seconds", "N",
+              "Cut the work into pieces of about so many seconds, from 1 to 3600; 5 if not given."},
+    OptionRow{Resume, "--resume", "",
+              "Go on with a batch that was cut off: the same files and options."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -213,6 +219,7 @@ constexpr const char* Place = "operand";
 std::string ShortNameOf(OptionId id) {
   switch (id) {
     case Help: return "-h,";
+    case BatchOutput:
     case OutputFile:
     case PlanesOutput:
     case PreviewOutput:

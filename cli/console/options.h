@@ -128,6 +128,9 @@ enum class OptionId {
   QueueOffset,
   QueuePriority,
   QueueHold,
+  BatchOutput,
+  PieceSeconds,
+  Resume,
   Help,
   Version,
 };
@@ -196,6 +199,9 @@ enum class CommandId {
   JobsAccept,
   JobsRemove,
   JobsExport,
+  BatchConvert,
+  BatchPreview,
+  BatchPageSize,
   Completion,
   Help,
 };
