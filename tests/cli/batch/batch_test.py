@@ -194,6 +194,29 @@ class Batch(unittest.TestCase):
         self.assertEqual(batch.returncode, 0, text)
         self.assertEqual(len(self.content(self.results)), 3)
 
+    def test_a_file_whose_run_dies_each_time_has_failed_and_the_rest_goes_on(self):
+        files = self.make_pages(3)
+        pathlib.Path(files[1]).write_text(PAGE.format(width=20, loops=2_000_000_000))
+        batch = self.start("batch", "convert", *files, "-o", str(self.results), "--jobs", "1")
+        limit = time.monotonic() + WAIT
+        killed = set()
+        while batch.poll() is None:
+            self.assertLess(time.monotonic(), limit)
+            for process in below(batch.pid):
+                try:
+                    words = pathlib.Path(f"/proc/{process}/cmdline").read_bytes().split(b"\0")
+                except OSError:
+                    continue
+                if words[1:2] == [b"convert"] and files[1].encode() in words:
+                    os.kill(process, signal.SIGKILL)
+                    killed.add(process)
+            time.sleep(0.01)
+        _, text = batch.communicate(timeout=WAIT)
+        self.assertEqual(batch.returncode, 1, text)
+        self.assertEqual(len(killed), 3, text)
+        self.assertRegex(text, r"page1\.eps: its run was ended by signal 9, 3 times")
+        self.assertEqual(sorted(self.content(self.results)), ["page0.png", "page2.png"])
+
     def test_standard_input_and_no_directory_are_refused(self):
         files = self.make_pages(1)
         self.assertIn("-o DIR", self.run_command("batch", "convert", *files, status=2).stderr)
