@@ -56,7 +56,7 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
                                 WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured,
                                 Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
-                                CutPicture, CutDevice, Json, Help};
+                                CutPicture, CutShow, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
 constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,

@@ -153,6 +153,8 @@ constexpr std::array OptionTable{
               "The cutter: a name that `send --list` has, or the path of a device file."},
     OptionRow{CutPicture, "--picture", "FILE",
               "Draw how the job is cut, with order and direction: .svg or .png."},
+    OptionRow{CutShow, "--show", "",
+              "Show print and knife in a window, and go on when it is closed."},
     OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
     OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
     OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},

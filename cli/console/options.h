@@ -111,6 +111,7 @@ enum class OptionId {
   Remove,
   CutDevice,
   CutPicture,
+  CutShow,
   ListDevices,
   ShowDevice,
   CheckDevice,

@@ -8,6 +8,7 @@
 #include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/frame_stages.h"
 #include "cli/cutting/rules_stage.h"
+#include "cli/cutting/show_stage.h"
 
 namespace rastrel::cli {
 namespace {
@@ -15,6 +16,8 @@ namespace {
 // In the order in which they run. A row has a line of its own, with a comment above it, so that
 // rows are added at several places at the same time.
 constexpr std::array Stages{
+    // Whether there can be a window, before anything takes time.
+    CutStage{CheckWindow},
     // The rule file, which says which paints are wanted.
     CutStage{ReadRuleFile},
     // The file's paths, or a cut job.
@@ -31,6 +34,8 @@ constexpr std::array Stages{
     CutStage{WorkToolPaths},
     // A picture of the job for a person, in the page's own frame.
     CutStage{WriteCutPicture},
+    // The same in a window, with the print below.
+    CutStage{ShowCut},
     // The origin of files for cutters: the first mark.
     CutStage{CountFromFirstMark},
     // The file in the form of its ending.
