@@ -8,9 +8,9 @@
 namespace rastrel::cutting {
 namespace {
 
-constexpr double Farthest = 1e6;  // millimetres
-constexpr double NumberWidth = 28;
-constexpr double NumberHeight = 16;
+constexpr double Farthest = 1e6;    // millimetres
+constexpr double NumberWidth = 64;  // six digits
+constexpr double NumberHeight = 32;
 constexpr double ArrowLength = 24;
 constexpr double ArrowPlace = 0.45;  // the middle of a rectangle's way is a corner
 

@@ -88,7 +88,7 @@ class CutScene {
   /// The nearest shown stroke within `radius`. The later one where two are equally near, since it
   /// is drawn above.
   [[nodiscard]] std::optional<StrokeHit> Nearest(Point at, double radius) const;
-  /// Numbers in sight that have room: of those in one cell of 28 x 16 pixels the first. `maximum`
+  /// Numbers in sight that have room: of those in one cell of 64 x 32 pixels the first. `maximum`
   /// at most.
   [[nodiscard]] std::vector<StrokeNumber> Numbers(const Box& box, double mmPerPixel,
                                                   std::size_t maximum) const;

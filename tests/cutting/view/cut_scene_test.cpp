@@ -135,8 +135,8 @@ TEST(CutScene, a_hit_is_the_nearest_place_within_the_radius) {
 
 TEST(CutScene, numbers_that_would_lie_on_each_other_give_way_to_the_first) {
   const auto scene = CutScene::Of(
-      Job({{.contours = {Line({1, 1}, {2, 2}), Line({2, 1}, {2, 2}), Line({30, 1}, {31, 2})}}}));
-  const auto far = scene->Numbers({0, 0, 100, 50}, 1, 100);  // cells of 28 x 16 mm
+      Job({{.contours = {Line({1, 1}, {2, 2}), Line({2, 1}, {2, 2}), Line({64, 1}, {65, 2})}}}));
+  const auto far = scene->Numbers({0, 0, 100, 50}, 1, 100);  // cells of 64 x 32 mm
   ASSERT_EQ(far.size(), 2U);
   EXPECT_EQ(far[0].stroke, 0U);
   EXPECT_EQ(far[1].stroke, 2U);
