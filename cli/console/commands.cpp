@@ -59,10 +59,11 @@ constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview
                                 CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
-constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,
-                                 NestEffort,   CutRules,  ChosenPage, Box,      PasswordFile,
-                                 CutPrint,     Mode,      Resolution, CutMarks, NoOrder,
-                                 Json,         Help};
+constexpr std::array NestOptions{
+    ResultOutput, SheetSize,   NestGap,  Copies,     OptionId::NestTurns,
+    NestEffort,   NestSeconds, CutRules, ChosenPage, Box,
+    PasswordFile, CutPrint,    Mode,     Resolution, CutMarks,
+    NoOrder,      Json,        Help};
 constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
                                  Box,          PasswordFile, CutPrint,     Mode,     Resolution,
                                  CutMarks,     NoOrder,      Json,         Help};

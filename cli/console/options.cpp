@@ -121,6 +121,8 @@ constexpr std::array OptionTable{
         "none 90 any"},
     OptionRow{NestEffort, "--effort", "N",
               "Try so many layouts besides rows of boxes, 0 to 10000; 8 if not given."},
+    OptionRow{NestSeconds, "--seconds", "N",
+              "Look for better layouts so long, 1 to 3600; 60 at most if not given."},
     OptionRow{PanelSize, "--panel", "WxH", "Split the job into panels of this size with its unit."},
     OptionRow{PanelOverlap, "--overlap", "LENGTH",
               "Let panels beside each other share so much; 0 if not given."},

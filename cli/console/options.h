@@ -82,6 +82,7 @@ enum class OptionId {
   NestGap,
   NestTurns,
   NestEffort,
+  NestSeconds,
   PanelSize,
   PanelOverlap,
   Blank,

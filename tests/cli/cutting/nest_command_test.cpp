@@ -103,7 +103,9 @@ TEST_F(NestCommand, refuses_values_that_it_can_not_use) {
         {"-o", "out.json", "--sheet", "100x100mm", "--rotate", "30"},
         {"-o", "out.json", "--sheet", "100x100mm", "--copies", "0"},
         {"-o", "out.json", "--sheet", "100x100mm", "--gap", "-1mm"},
-        {"-o", "out.json", "--sheet", "100x100mm", "--effort", "10001"}}) {
+        {"-o", "out.json", "--sheet", "100x100mm", "--effort", "10001"},
+        {"-o", "out.json", "--sheet", "100x100mm", "--seconds", "0"},
+        {"-o", "out.json", "--sheet", "100x100mm", "--seconds", "3601"}}) {
     std::vector<std::string> arguments{"nest", "a.json"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     EXPECT_EQ(runner.Run(arguments).status, 2) << options.back();
