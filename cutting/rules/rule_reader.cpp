@@ -14,6 +14,7 @@
 
 #include "cutting/rules/rule_text.h"
 #include "cutting/rules/rules.h"
+#include "cutting/toml/toml_text.h"
 #include "rastrel/platform/os/decimal.h"
 
 namespace rastrel::cutting {
@@ -309,7 +310,7 @@ void RuleReader::ReadKinds(const toml::table& table, Rule& rule) {
       rule.takesText = true;
     } else if (!kind.empty()) {
       Fault(*table.get("paint"), "a paint is 'stroke', 'fill' or 'text', and not " + Quoted(kind) +
-                                     Suggestion(kind, Kinds));
+                                     Suggestion(kind, {Kinds.begin(), Kinds.end()}));
     }
   }
 }
@@ -438,6 +439,7 @@ Expected<RuleSet> ReadRules(std::string_view text, const std::string& name) {
     failure.where = name;
     return failure;
   }
+  if (auto shallow = CheckTomlDepth(text, name); !shallow) return shallow.Error();
   const toml::parse_result parsed = toml::parse(text);
   if (parsed) return RuleReader(name).Read(parsed.table());
   Failure failure = FailureOf(std::string(parsed.error().description()), FailureCode::BadInput);
