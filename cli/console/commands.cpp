@@ -11,10 +11,10 @@ namespace {
 using enum OptionId;
 
 constexpr std::array PrintOptions{
-    Printer,    Mode,     Copies,       Pages,         Spool,      KeepPs,     Planar,
-    Scale,      Levels,   LevelsRed,    LevelsGreen,   LevelsBlue, LevelsGray, CutColor,
-    SaveTicket, Box,      PasswordFile, ParallelPages, Title,      Output,     Json,
-    CutRules,   CutMarks, CutOutput,    ChosenPage,    Help};
+    Printer,    Mode,     Copies,       Pages,           Spool,      KeepPs,     Planar,
+    Scale,      Levels,   LevelsRed,    LevelsGreen,     LevelsBlue, LevelsGray, CutColor,
+    SaveTicket, Box,      PasswordFile, ParallelPages,   Title,      Output,     Json,
+    CutRules,   CutMarks, CutOutput,    OptionId::Bleed, ChosenPage, Help};
 constexpr std::array PrefixOptions{
     Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
@@ -52,21 +52,21 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                CutRules, OptionId::Check, Heal, Joining, TinySize, SpikeWidth,
-                                Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
-                                WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured,
-                                Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
-                                CutPicture, CutDevice, Json, Help};
+                                CutRules, OptionId::Bleed, OptionId::Check, Heal, Joining, TinySize,
+                                SpikeWidth, Unite, Kerf, CornerForm, Overcut, LeadIn,
+                                OptionId::Bridges, WeedBox, WeedLines, NoOrder, CutMarks, CutPrint,
+                                Mode, Measured, Measurements, Residual, FitKind, DxfVersion,
+                                CutOrigin, Tolerance, CutPicture, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
 constexpr std::array NestOptions{
-    ResultOutput, SheetSize,   NestGap,  Copies,     OptionId::NestTurns,
-    NestEffort,   NestSeconds, CutRules, ChosenPage, Box,
-    PasswordFile, CutPrint,    Mode,     Resolution, CutMarks,
-    NoOrder,      Json,        Help};
-constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
-                                 Box,          PasswordFile, CutPrint,     Mode,     Resolution,
-                                 CutMarks,     NoOrder,      Json,         Help};
+    ResultOutput, Manifest,    SheetSize,  NestGap,    Copies,  OptionId::NestTurns,
+    NestEffort,   NestSeconds, CutRules,   ChosenPage, Box,     PasswordFile,
+    CutPrint,     Mode,        Resolution, CutMarks,   NoOrder, Json,
+    Help};
+constexpr std::array TileOptions{
+    ResultOutput, Manifest, CutPicture, PanelSize,  PanelOverlap, CutRules, ChosenPage, Box,
+    PasswordFile, CutPrint, Mode,       Resolution, CutMarks,     NoOrder,  Json,       Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};

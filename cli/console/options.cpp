@@ -133,6 +133,10 @@ constexpr std::array OptionTable{
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{Manifest, "--manifest", "FILE",
+              "Write what lies where, and in which files, as JSON to this file, .json."},
+    OptionRow{OptionId::Bleed, "--bleed", "LENGTH",
+              "Say where the print reaches less than this over a cut; with --rules."},
     OptionRow{CutMarks, "--marks", "SHAPE:SIZE,...",
               "Put registration marks around the page: corner, cross or circle; then gap=, count=, "
               "spacing=, edge=, ink=."},
@@ -153,8 +157,10 @@ constexpr std::array OptionTable{
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{CutDevice, "--device", "NAME",
               "The cutter: a name that `send --list` has, or the path of a device file."},
-    OptionRow{CutPicture, "--picture", "FILE",
-              "Draw how the job is cut, with order and direction: .svg or .png."},
+    OptionRow{
+        CutPicture, "--picture", "FILE",
+        "Draw how the job is cut, with order and direction, or which panel goes where: .svg or "
+        ".png."},
     OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
     OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
     OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},

@@ -83,6 +83,8 @@ enum class OptionId {
   NestTurns,
   NestEffort,
   NestSeconds,
+  Bleed,
+  Manifest,
   PanelSize,
   PanelOverlap,
   Blank,

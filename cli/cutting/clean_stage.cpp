@@ -55,6 +55,8 @@ void WriteEntry(const char* event, const Entry& entry) {
 void WriteReport(const CutRun& run, const CheckReport& report) {
   if (!run.invocation.Has(OptionId::Json)) {
     for (const Fault& fault : report.faults) WriteOutLine(SentenceOf(fault));
+    if (run.invocation.Has(OptionId::Bleed))
+      WriteOutLine(Counted(run.bleedGaps, "place") + " without the bleed");
     WriteOutLine(Counted(report.faults.size(), "fault") + " in " +
                  Counted(report.contours, "contour") + " of " + Counted(report.paths, "path") +
                  ", " + os::ShortDecimal(report.length / 1000, 3) + " m");
@@ -64,6 +66,7 @@ void WriteReport(const CutRun& run, const CheckReport& report) {
   JsonLine("done")
       .Add("exit", static_cast<std::int64_t>(run.status))
       .Add("faults", static_cast<std::int64_t>(report.faults.size()))
+      .Add("bleed_gaps", static_cast<std::int64_t>(run.bleedGaps))
       .Add("cut_paths", static_cast<std::int64_t>(report.paths))
       .Add("contours", static_cast<std::int64_t>(report.contours))
       .AddNumber("length_mm", report.length)
@@ -114,7 +117,8 @@ Expected<void> CheckJob(CutRun& run) {
     WriteCutText(run, path, FaultPicture(run.job, report));
   }
   run.ended = true;
-  run.status = report.faults.empty() ? ExitStatus::Done : ExitStatus::FaultsFound;
+  run.status =
+      report.faults.empty() && run.bleedGaps == 0 ? ExitStatus::Done : ExitStatus::FaultsFound;
   WriteReport(run, report);
   WarnIfIncomplete(run, report.complete);
   return {};

@@ -5,6 +5,7 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/cutting/bleed_stage.h"
 #include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/frame_stages.h"
 #include "cli/cutting/rules_stage.h"
@@ -21,6 +22,8 @@ constexpr std::array Stages{
     CutStage{ReadCutJob},
     // Rules: which paint means which operation.
     CutStage{ApplyRules},
+    // How far the print reaches over the cuts.
+    CutStage{CheckPrintBleed},
     // Clean paths: check and heal.
     CutStage{CleanCutJob},
     // Registration marks, and fits of measured ones.

@@ -11,6 +11,7 @@
 #include "cli/console/standard_streams.h"
 #include "cli/console/values.h"
 #include "cli/cutting/length_value.h"
+#include "cli/cutting/manifest.h"
 #include "cli/cutting/many_prints.h"
 #include "cli/cutting/many_results.h"
 #include "cli/cutting/nest_watch.h"
@@ -168,6 +169,14 @@ std::vector<std::string> NamesOf(const std::string& name, std::size_t count) {
   return names;
 }
 
+std::vector<ResultFiles> FilesOf(const std::vector<std::string>& names, const std::string& print,
+                                 const std::vector<std::string>& prints) {
+  std::vector<ResultFiles> files;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    files.push_back({names[i], print.empty() ? "" : prints[i]});
+  return files;
+}
+
 void WritePanel(const Invocation& invocation, const cutting::Panel& panel, const std::string& name,
                 const std::string& print) {
   const auto number = static_cast<std::int64_t>(panel.number);
@@ -209,6 +218,7 @@ ExitStatus NestCommand(const Invocation& invocation) {
   const std::string print = PrintNameOf(invocation);
   cutting::NestOptions options = NestOptionsOf(invocation);
   const std::int32_t seconds = SecondsOf(invocation);
+  CheckManifestNames(invocation);
   Pieces pieces;
   ReadPieces(invocation, pieces);
   const auto result = Search(invocation, pieces, options, seconds);
@@ -226,6 +236,7 @@ ExitStatus NestCommand(const Invocation& invocation) {
                                            pieces.pictures, marked),
                                  prints[sheet]));
   }
+  WriteNestManifest(invocation, pieces.inputs, options, *result, FilesOf(names, print, prints));
   if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   WritePlacements(invocation, pieces, *result);
   WriteNestDone(invocation, *result, names);
@@ -240,6 +251,7 @@ ExitStatus TileCommand(const Invocation& invocation) {
                                       .height = size.heightCm * MillimetresInCentimetre,
                                       .overlap = LengthOr0(invocation, OptionId::PanelOverlap)};
   const std::string print = PrintNameOf(invocation);
+  CheckManifestNames(invocation);
   const CutPage page = PageOfFile(invocation, invocation.operand);
   const auto panels = cutting::SplitIntoPanels(page.job, options);
   if (!panels) OrEndByCode(ExitStatus::JobFailed, Expected<void>(panels.Error()));
@@ -255,6 +267,7 @@ ExitStatus TileCommand(const Invocation& invocation) {
           WritePrintFile(PanelPage(invocation, panel, options, page.picture, marked), prints[i]));
     WritePanel(invocation, panel, names[i], print.empty() ? "" : prints[i]);
   }
+  WriteAssembly(invocation, page.job, options, *panels, FilesOf(names, print, prints));
   if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   if (invocation.Has(OptionId::Json)) JsonLine("done").Add("exit", 0).Add("paths", names).Write();
   return ExitStatus::Done;
