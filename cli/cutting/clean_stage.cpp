@@ -63,11 +63,12 @@ void WriteReport(const CutRun& run, const CheckReport& report) {
     return;
   }
   for (const Fault& fault : report.faults) WriteEntry("fault", fault);
-  JsonLine("done")
-      .Add("exit", static_cast<std::int64_t>(run.status))
-      .Add("faults", static_cast<std::int64_t>(report.faults.size()))
-      .Add("bleed_gaps", static_cast<std::int64_t>(run.bleedGaps))
-      .Add("cut_paths", static_cast<std::int64_t>(report.paths))
+  JsonLine line("done");
+  line.Add("exit", static_cast<std::int64_t>(run.status))
+      .Add("faults", static_cast<std::int64_t>(report.faults.size()));
+  if (run.invocation.Has(OptionId::Bleed))
+    line.Add("bleed_gaps", static_cast<std::int64_t>(run.bleedGaps));
+  line.Add("cut_paths", static_cast<std::int64_t>(report.paths))
       .Add("contours", static_cast<std::int64_t>(report.contours))
       .AddNumber("length_mm", report.length)
       .AddFlag("complete", report.complete)
