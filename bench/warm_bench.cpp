@@ -25,6 +25,7 @@ constexpr int Rounds = 3;
 constexpr int FirstRounds = 11;
 constexpr double MeasureLimit = 0.15;
 constexpr double PreviewLimit = 0.2;
+constexpr double PaintedLimit = 0.2;
 constexpr double FirstLimit = 1.2;
 constexpr const char* Command = RASTREL_BINARY_DIR "/bin/rastrel";
 
@@ -110,4 +111,14 @@ int main() {
         Call({"preview", "-o", pictures + "/"}, files);
       },
       [&] { RunBare(files, "png16m", pictures + "/gs.png"); });
+  bench::Compare(
+      {.name = "200 small EPS inspected for painted spots in one call",
+       .peerName = "Ghostscript's separations, a start each",
+       .rounds = Rounds,
+       .limit = PaintedLimit},
+      nothing,
+      [&] {
+        Call({"inspect", "--painted"}, files);
+      },
+      [&] { RunBare(files, "tiffsep", pictures + "/p%d.tif"); });
 }

@@ -12,6 +12,7 @@
 
 #include "cfplane/pixel_block.h"
 #include "cfplane/tiff_directory.h"
+#include "pages/plain_tiff.h"
 #include "rastrel/platform/os/pipe.h"
 #include "rastrel/platform/os/system_calls.h"
 
@@ -89,7 +90,25 @@ Expected<void> PixelFile::ReadHead() {
     return read;
   const std::string_view text(head.data(), taken);
   const bool isNetpbm = text.starts_with("P5") || text.starts_with("P6");
-  return isNetpbm ? ReadNetpbm(text) : ReadTiff();
+  if (isNetpbm) return ReadNetpbm(text);
+  return TakePlainTiff(std::as_bytes(std::span(text))) ? Expected<void>() : ReadTiff();
+}
+
+// A page as the RIP keeps it; its strips follow one another.
+bool PixelFile::TakePlainTiff(std::span<const std::byte> begin) {
+  const auto found = pages::FindPlainTiff(begin);
+  if (!found) return false;
+  const pages::PlainTiff& picture = found->picture;
+  if (picture.width > MaximumSide || picture.height > MaximumSide) return false;
+  if (found->pixelsAt + picture.PixelBytes() != m_Size) return false;
+  const std::string head = pages::PlainTiffHead(picture).value_or("");
+  std::vector<std::byte> own(head.size());
+  if (!ReadAt(0, own) || !std::ranges::equal(own, std::as_bytes(std::span(head)))) return false;
+  m_Width = picture.width;
+  m_Height = picture.height;
+  m_Samples = picture.samples;
+  m_Runs = {{found->pixelsAt, picture.PixelBytes()}};
+  return true;
 }
 
 Expected<void> PixelFile::ReadNetpbm(std::string_view head) {
@@ -160,13 +179,25 @@ Expected<void> PixelFile::Read(std::span<std::byte> bytes) {
         static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), run.bytes - m_Taken));
     if (auto read = ReadAt(run.offset + m_Taken, bytes.first(count)); !read) return read;
     bytes = bytes.subspan(count);
-    m_Taken += count;
-    if (m_Taken == run.bytes) {
-      ++m_Run;
-      m_Taken = 0;
-    }
+    Take(count);
   }
   return {};
+}
+
+void PixelFile::Skip(std::uint64_t bytes) {
+  while (bytes > 0) {
+    const std::uint64_t count = std::min(bytes, m_Runs[m_Run].bytes - m_Taken);
+    bytes -= count;
+    Take(count);
+  }
+}
+
+// Bytes of the present run.
+void PixelFile::Take(std::uint64_t bytes) {
+  m_Taken += bytes;
+  if (m_Taken < m_Runs[m_Run].bytes) return;
+  ++m_Run;
+  m_Taken = 0;
 }
 
 Expected<void> PixelFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes) {

@@ -14,7 +14,8 @@
 namespace rastrel::planes {
 
 /// A file of a page directory that holds pixels, read from the first row to the last: a binary
-/// netpbm picture (P5, P6) or an uncompressed gray TIFF file, both of 8 bits. Its head is checked
+/// netpbm picture (P5, P6), a TIFF file as pages/plain_tiff.h has it, or another uncompressed gray
+/// one, all of 8 bits. Its head is checked
 /// when it is opened: from then on the sizes are those that the file has room for. It is read and
 /// not mapped, so that a file that is cut short meanwhile is a failure and no signal. Move only.
 class PixelFile {
@@ -39,6 +40,9 @@ class PixelFile {
   /// Fills `bytes` with the next samples. The failure of a file that ends before is EIO.
   /// REQUIRES: as many are left.
   [[nodiscard]] Expected<void> Read(std::span<std::byte> bytes);
+  /// Passes the next samples over without reading them.
+  /// REQUIRES: as many are left.
+  void Skip(std::uint64_t bytes);
 
  private:
   // Samples that lie one after the other in the file.
@@ -53,11 +57,13 @@ class PixelFile {
   [[nodiscard]] Expected<void> CheckSize(const pages::PageFile& listed);
   [[nodiscard]] Expected<void> ReadHead();
   [[nodiscard]] Expected<void> ReadNetpbm(std::string_view head);
+  [[nodiscard]] bool TakePlainTiff(std::span<const std::byte> begin);
   [[nodiscard]] Expected<void> ReadTiff();
   [[nodiscard]] Expected<void> TakeStrips(const std::vector<std::uint32_t>& offsets,
                                           const std::vector<std::uint32_t>& counts,
                                           std::uint64_t rowsPerStrip);
   [[nodiscard]] Expected<void> ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
+  void Take(std::uint64_t bytes);
 
   os::FileDescriptor m_File;
   std::string m_Path;

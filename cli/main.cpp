@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/batch/batch_command.h"
+#include "cli/batch/batch_piece.h"
 #include "cli/console/completion.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/help.h"
@@ -82,7 +84,11 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
                          ? static_cast<std::ptrdiff_t>(IsStandardInput(invocation.operand))
                          : std::ranges::count_if(invocation.operands, IsStandardInput);
   // A queued job may have any title.
-  if (!TakesFiles(invocation.command) || invocation.command == CommandId::JobsAdd) return;
+  if (!TakesFiles(invocation.command) || invocation.command == CommandId::JobsAdd ||
+      invocation.command == CommandId::BatchConvert ||
+      invocation.command == CommandId::BatchPreview ||
+      invocation.command == CommandId::BatchPageSize)
+    return;
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
                        "--title names a job from standard input: give - in place of the file");
@@ -162,7 +168,14 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::JobsReprint:
     case CommandId::JobsAccept:
     case CommandId::JobsRemove:
-    case CommandId::JobsExport: return RunServerProgram(arguments);
+    case CommandId::JobsExport:
+    case CommandId::UsersList:
+    case CommandId::UsersAdd:
+    case CommandId::UsersRole:
+    case CommandId::UsersRemove: return RunServerProgram(arguments);
+    case CommandId::BatchConvert:
+    case CommandId::BatchPreview:
+    case CommandId::BatchPageSize: return BatchCommand(invocation);
     case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
@@ -181,6 +194,8 @@ ExitStatus Run(Invocation invocation, const std::vector<std::string>& arguments)
 }  // namespace
 
 int main(int count, char** arguments) {
+  if (count > 1 && std::string_view(arguments[1]) == BatchPieceWord)
+    return RunBatchPiece(count, arguments);
   const std::vector<std::string> copy(arguments, arguments + count);
   return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });

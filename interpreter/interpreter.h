@@ -105,6 +105,9 @@ struct RunRequest {
   /// Decides which paints are cut paths, in place of the prefix's cut colors. Empty: these decide.
   /// Called on the run's thread, once or a few times for each paint.
   WantsCut wantsCut{};
+  /// Gray and RGB pixels are kept as TIFF, which a device without compression gets as it is, and
+  /// not as netpbm.
+  bool keepsTiff = false;
   bool asksLineWidth = false;  ///< paints that differ in their line widths alone are asked for too
   Settings settings;           ///< the limits
   /// Of a print of an open page: its area. Set by PrintPages.

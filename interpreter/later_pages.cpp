@@ -35,6 +35,7 @@ Expected<RunRequest> ShareOf(const RunRequest& request, std::size_t interpreters
   share.ripDirectory = request.ripDirectory;
   share.title = request.title;
   share.access = request.access;
+  share.keepsTiff = request.keepsTiff;
   share.job = {std::move(*job), request.job.layout, request.job.declared};
   share.prefix = std::move(*prefix);
   share.setsCutColor = request.setsCutColor;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "interpreter/cut_paths.h"
+#include "pages/plain_tiff.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/tree.h"
 
@@ -19,6 +20,16 @@ namespace {
 
 os::FileDescriptor CreateFile(const std::string& path) {
   return os::FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+}
+
+std::string NetpbmHead(const PageSize& size) {
+  return std::string(size.channels == 1 ? "P5\n" : "P6\n") + std::to_string(size.width) + " " +
+         std::to_string(size.height) + "\n255\n";
+}
+
+pages::PlainTiff TiffOf(const PageSize& size, const RunDescription& run) {
+  return {size.width, size.height, size.channels, pages::TiffResolutionOf(run.xResolution),
+          pages::TiffResolutionOf(run.yResolution)};
 }
 
 }  // namespace
@@ -48,24 +59,41 @@ PageDirectory::PageDirectory(std::string path, unsigned page, const PageSize& si
     : m_Path(std::move(path)),
       m_Page(page),
       m_Size(size),
-      m_PixelName(size.channels == 1 ? "page.pgm" : "page.ppm"),
       m_Preview(size),
       m_Row(size.RowBytes()) {}
 
 Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string& runDirectory,
-                                                               unsigned page,
-                                                               const PageSize& size) {
+                                                               unsigned page, const PageSize& size,
+                                                               const RunDescription& run) {
   const std::string path = runDirectory + "/" + pages::PageName(page);
   if (mkdir(path.c_str(), 0700) != 0) return Failure{"mkdir", path, errno};
   std::unique_ptr<PageDirectory> made(new PageDirectory(path, page, size));
-  made->m_Pixels = CreateFile(path + "/" + made->m_PixelName);
-  if (!made->m_Pixels.IsOpen()) return Failure{"create", path, errno};
-  const std::string header = std::string(size.channels == 1 ? "P5\n" : "P6\n") +
-                             std::to_string(size.width) + " " + std::to_string(size.height) +
-                             "\n255\n";
-  const auto written = made->Write(std::as_bytes(std::span(header)));
-  if (!written) return written.Error();
+  if (const auto written = made->WriteHead(run); !written) return written.Error();
   return made;
+}
+
+Expected<void> PageDirectory::WriteHead(const RunDescription& run) {
+  const auto tiff = run.keepsTiff ? pages::PlainTiffHead(TiffOf(m_Size, run)) : std::nullopt;
+  m_PixelName = tiff ? "page.tif" : m_Size.channels == 1 ? "page.pgm" : "page.ppm";
+  m_Head = tiff.value_or(NetpbmHead(m_Size));
+  m_Pixels = CreateFile(m_Path + "/" + m_PixelName);
+  if (!m_Pixels.IsOpen()) return Failure{"create", m_Path, errno};
+  return Write(std::as_bytes(std::span(m_Head)));
+}
+
+// The interpreter's reports and its pixels come by two ways, so that the resolution may be known
+// only now. It changes no other byte.
+Expected<void> PageDirectory::CorrectHead(const RunDescription& run) {
+  if (m_PixelName != "page.tif") return {};
+  const auto head = pages::PlainTiffHead(TiffOf(m_Size, run));
+  if (!head || *head == m_Head) return {};
+  const std::string path = m_Path + "/" + m_PixelName;
+  if (::pwrite(m_Pixels.Get(), head->data(), head->size(), 0) != static_cast<ssize_t>(head->size()))
+    return Failure{"write", path, errno};
+  auto described = pages::DescribeFile(m_Path, m_PixelName);
+  if (!described) return described.Error();
+  m_CorrectedSum = described->sum;
+  return {};
 }
 
 Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
@@ -120,8 +148,10 @@ Expected<void> PageDirectory::Finish(const RunDescription& run) {
     info.planes.push_back(
         {m_Size.channels == 1 ? "Gray" : RgbNames[channel], m_PixelName, channel});
   }
+  if (const auto corrected = CorrectHead(run); !corrected) return corrected;
   m_Pixels.Reset();
-  info.files = {{m_PixelName, m_Bytes, m_Sum.Finish()}, *picture};
+  const std::string sum = m_Sum.Finish();
+  info.files = {{m_PixelName, m_Bytes, m_CorrectedSum.empty() ? sum : m_CorrectedSum}, *picture};
   const auto cut = WriteCutPaths(run, m_Path, info);
   if (!cut) return cut.Error();
   return WritePageInfo(m_Path, info);

@@ -26,6 +26,7 @@ struct RunDescription {
   std::string printer;             ///< as the prefix selected it
   std::string mode;                ///< "FOLDER/NAME"
   std::optional<unsigned> access;  ///< permission bits of the job, as in PageInfo
+  bool keepsTiff = false;          ///< as in RunRequest
   unsigned pagesBefore = 0;        ///< of the job, ahead of the run's first
   double xResolution = 72;
   double yResolution = 72;
@@ -43,13 +44,15 @@ struct RunDescription {
 [[nodiscard]] Expected<void> WritePageInfo(const std::string& directory,
                                            const pages::PageInfo& info);
 
-/// Makes the directory of one page whose pixels come as a stream: "page.ppm" or "page.pgm",
-/// "preview.png" and ".info". Paths are native; everything lies below the guarded run directory.
+/// Makes the directory of one page whose pixels come as a stream: "page.tif" where the run keeps
+/// TIFF and the page is not too large for it, else "page.ppm" or "page.pgm"; "preview.png" and
+/// ".info". Paths are native; everything lies below the guarded run directory.
 class PageDirectory {
  public:
-  /// Creates directory and pixel file.
+  /// Creates directory and pixel file. Of the run, only `keepsTiff` and the resolution count yet.
   [[nodiscard]] static Expected<std::unique_ptr<PageDirectory>> Create(
-      const std::string& runDirectory, unsigned page, const PageSize& size);
+      const std::string& runDirectory, unsigned page, const PageSize& size,
+      const RunDescription& run);
 
   /// Appends pixels.
   [[nodiscard]] Expected<void> AddPixels(std::span<const std::byte> bytes);
@@ -60,6 +63,8 @@ class PageDirectory {
 
  private:
   PageDirectory(std::string path, unsigned page, const PageSize& size);
+  [[nodiscard]] Expected<void> WriteHead(const RunDescription& run);
+  [[nodiscard]] Expected<void> CorrectHead(const RunDescription& run);
   [[nodiscard]] Expected<void> Write(std::span<const std::byte> bytes);
   void FeedPreview(std::span<const std::byte> bytes);
 
@@ -67,9 +72,11 @@ class PageDirectory {
   unsigned m_Page;
   PageSize m_Size;
   std::string m_PixelName;
+  std::string m_Head;  // of the pixel file
   os::FileDescriptor m_Pixels;
   std::uint64_t m_Bytes = 0;
   pages::PageSum m_Sum;  // of the pixel file, taken while the bytes are in the processor's cache
+  std::string m_CorrectedSum;  // in place of it, if the head was written anew
   Preview m_Preview;
   std::vector<std::byte> m_Row;  // the present row, as far as it has come, if the preview wants it
   unsigned m_RowNumber = 0;

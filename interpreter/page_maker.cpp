@@ -61,7 +61,7 @@ bool PageMaker::BeginPage(const PageSize& size) {
   ShowConverting();
   CheckPageSize(size.width, size.height);
   if (!m_Result || !m_Task.keeps) return static_cast<bool>(m_Result);
-  auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size);
+  auto page = PageDirectory::Create(m_Directory.Path(), m_Pages + 1, size, m_Description);
   if (!page) return Fail(page.Error());
   m_Page = std::move(*page);
   return true;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <set>
@@ -36,14 +37,27 @@ std::vector<std::string> PageOptions(const std::optional<PageArea>& area) {
   if (!area) return {option("-r", HighestResolution)};
   const double width = area->right - area->left + 2;
   const double height = area->top - area->bottom + 2;
+  const std::string begin = "/BeginPage {pop " + text(1.0 - area->left) + " " +
+                            text(1.0 - area->bottom) + " translate}>> setpagedevice";
   const double scale = std::min(1.0, PixelsAcross / std::max(width, height));
+  // With options that all such files have, so that a warm interpreter takes them. A page is fixed
+  // as the options of its size would do it: its size is the one medium, and that size alone may be
+  // set where the media are fixed.
+  if (scale == 1) {
+    const auto pixels = [](double points) { return std::to_string(std::lround(points)); };
+    const std::string size = "[" + text(width) + " cvr " + text(height) + " cvr]";
+    return {option("-r", HighestResolution), "-dFIXEDMEDIA", "-c",
+            "<</InputAttributes <<0 <</PageSize " + size + ">> >> /PageSize " + size +
+                " /HWSize [" + pixels(width) + " " + pixels(height) +
+                "] /Policies <</PageSize 13>> >> setpagedevice <</Policies <</PageSize 0>> " +
+                begin};
+  }
   return {option("-r", HighestResolution * scale),
           option("-dDEVICEWIDTHPOINTS=", width),
           option("-dDEVICEHEIGHTPOINTS=", height),
           "-dFIXEDMEDIA",
           "-c",
-          "<</BeginPage {pop " + text(1.0 - area->left) + " " + text(1.0 - area->bottom) +
-              " translate}>> setpagedevice"};
+          "<<" + begin};
 }
 
 Failure CanNotPaint(const std::string& reason) {

@@ -143,7 +143,8 @@ std::optional<WarmOptions> WarmOptionsOf(const ProcessRequest& request) {
   if (std::find(request.arguments.begin(), script, "-dWRITESYSTEMDICT") != script) {
     return std::nullopt;
   }
-  // A page of one file's own: no other job would have the same options.
+  // A page of one file's own, with a resolution of its own perhaps: no other job would have the
+  // same options.
   if (std::any_of(request.arguments.begin(), script, [](const std::string& argument) {
         return argument.starts_with("-dDEVICEWIDTHPOINTS=");
       })) {

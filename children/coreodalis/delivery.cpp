@@ -80,9 +80,32 @@ Expected<void> Delivery::Deliver(PageSource& source, const DeliveryOrder& order)
                                                          : ToCommand(source, order);
 }
 
-Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order) {
-  const auto paths = FilePaths(order, source.Shape().planes);
+/// The page's own file, where it has the bytes that the device gets, and this is its last use.
+std::optional<OutputFile> Delivery::TakePageFile(const PageSource& source,
+                                                 const DeliveryOrder& order,
+                                                 const std::string& path) {
+  const devices::Device& device = *order.device;
+  const bool isWanted = order.isPagesLast && !order.planar &&
+                        device.format == devices::FileFormat::Tiff &&
+                        device.compression == devices::Compression::None;
+  const int descriptor = isWanted ? source.FileAsTiff() : -1;
+  if (descriptor < 0) return std::nullopt;
+  return OutputFile::Take(descriptor, DirectoryOf(path), m_Guardian, order.permissions);
+}
+
+Expected<std::vector<OutputFile>> Delivery::WriteFiles(PageSource& source,
+                                                       const DeliveryOrder& order,
+                                                       const std::vector<std::string>& paths) {
   std::vector<OutputFile> files;
+  if (auto taken = TakePageFile(source, order, paths.front())) {
+    taken->BeginFlush();  // while the check reads
+    for (const ContentCheck& check : source.Checks()) {
+      if (auto checked = check.Run(); !checked) return checked.Error();
+    }
+    order.progress(1);
+    files.push_back(*std::move(taken));
+    return files;
+  }
   std::vector<RenderTarget> targets;
   for (const std::string& path : paths) {
     auto file = OutputFile::Create(DirectoryOf(path), m_Guardian, order.permissions);
@@ -97,11 +120,18 @@ Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order)
   };
   auto rendered = Render(source, rendering, targets);
   if (!rendered) return rendered.Error();
+  return files;
+}
+
+Expected<void> Delivery::ToFiles(PageSource& source, const DeliveryOrder& order) {
+  const auto paths = FilePaths(order, source.Shape().planes);
+  auto files = WriteFiles(source, order, paths);
+  if (!files) return files.Error();
   order.flushing();
   std::vector<Publisher::Item> items;
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (auto flushed = files[i].Flush(); !flushed) return flushed.Error();
-    items.push_back({&files[i], paths[i]});
+  for (std::size_t i = 0; i < files->size(); ++i) {
+    if (auto flushed = (*files)[i].Flush(); !flushed) return flushed.Error();
+    items.push_back({&(*files)[i], paths[i]});
   }
   // A replaced file could not come back, so that only files with new names are put under guard. A
   // path that can't be, or a guardian that is gone, is no reason to lose a page.
@@ -142,7 +172,9 @@ Expected<void> Delivery::ToCommand(PageSource& source, const DeliveryOrder& orde
     values.file = paths[i];
     auto run = children::RunCommand(WordsOf(*order.device, values), paths[i], m_Guardian,
                                     order.device->timeoutSeconds);
-    if (!run) return run;
+    if (run) continue;
+    if (i > 0 || run.Error().error == EINTR) order.unsure();
+    return run;
   }
   return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,14 +16,19 @@ namespace rastrel::odalis {
 /// One page's delivery: the device, the fields of its pattern and how to report.
 struct DeliveryOrder {
   const devices::Device* device = nullptr;
-  devices::FieldValues values;           ///< all but plane and file
-  bool planar = false;                   ///< each plane as a file of its own
-  unsigned permissions = 0600;           ///< of files that are made, less the umask
+  devices::FieldValues values;  ///< all but plane and file
+  bool planar = false;          ///< each plane as a file of its own
+  unsigned permissions = 0600;  ///< of files that are made, less the umask
+  /// Nobody needs the page after this delivery: its own file may become the device's.
+  bool isPagesLast = false;
   std::function<void(double)> progress;  ///< called with the share of this delivery that is done
   std::function<void()> flushing;        ///< called when the files are written and not yet in place
   /// Called with the paths of the files that are in their places now; not for a command. New files
   /// go with an end of this process before it has returned: nobody knows of them.
   std::function<void(const std::vector<std::string>&)> delivered;
+  /// Called before a failure is returned, if something of the page may have come out all the same:
+  /// its program was ended before it could say so, or that of an earlier plane took its file.
+  std::function<void()> unsure = [] {};
 };
 
 /// Brings pages to devices. Each page arrives at most once: its files appear whole or not at all.
@@ -35,6 +41,12 @@ class Delivery {
 
  private:
   [[nodiscard]] Expected<void> ToFiles(PageSource& source, const DeliveryOrder& order);
+  [[nodiscard]] Expected<std::vector<OutputFile>> WriteFiles(PageSource& source,
+                                                             const DeliveryOrder& order,
+                                                             const std::vector<std::string>& paths);
+  [[nodiscard]] std::optional<OutputFile> TakePageFile(const PageSource& source,
+                                                       const DeliveryOrder& order,
+                                                       const std::string& path);
   [[nodiscard]] Expected<void> ToCommand(PageSource& source, const DeliveryOrder& order);
 
   interpreter::Guardian& m_Guardian;

@@ -58,6 +58,7 @@ class Engine {
         m_Output(OutputDirectory()),
         m_Printer(os::EnvironmentValue("RASTREL_PRINTER")),
         m_Job(os::EnvironmentValue("RASTREL_JOB")),
+        m_PagesAreRemoved(os::EnvironmentValue("RASTREL_PAGES") == "removed"),
         m_Date(Today()),
         m_Delivery(guardian) {}
 
@@ -71,7 +72,7 @@ class Engine {
     }
     for (std::size_t i = 0; i < m_Document.entries.size(); ++i) {
       PagePlace& place = *m_PlaceOfEntry[i];
-      if (auto printed = PrintEntry(m_Document.entries[i], place); !printed) {
+      if (auto printed = PrintEntry(i, place); !printed) {
         return Give(ExitStatus::NotDelivered, printed.Error());
       }
       if (place.isRemoved && place.lastEntry == i) Remove(place);
@@ -146,17 +147,21 @@ class Engine {
     return {};
   }
 
-  Expected<void> PrintEntry(const PageEntry& entry, PagePlace& place) {
+  Expected<void> PrintEntry(std::size_t number, PagePlace& place) {
+    const PageEntry& entry = m_Document.entries[number];
     if (entry.type == TicketType::Delete) return {};
+    const bool isRemovedThen = (place.isRemoved || m_PagesAreRemoved) && place.lastEntry == number;
     for (unsigned copy = 0; copy < entry.copies; ++copy) {
-      if (auto printed = PrintOnce(entry, place); !printed) {
+      const bool isLast = isRemovedThen && copy + 1 == entry.copies;
+      if (auto printed = PrintOnce(entry, place, isLast); !printed) {
         return FailureOf("page '" + std::string(entry.title) + "': " + Describe(printed.Error()));
       }
     }
     return {};
   }
 
-  Expected<void> PrintOnce(const PageEntry& entry, PagePlace& place) {
+  /// `isLast`: the page is removed after that.
+  Expected<void> PrintOnce(const PageEntry& entry, PagePlace& place, bool isLast) {
     const auto info = pages::ReadPageInfo(place.native);
     if (!info) return InfoFailure(place, info.Error());
     DeliveryOrder order;
@@ -174,6 +179,7 @@ class Engine {
     order.values.copy = ++place.delivered;
     order.values.date = m_Date;
     order.permissions = info->access.value_or(0600);
+    order.isPagesLast = isLast;
     order.planar = m_Options.planar;
     order.progress = [this](double share) { ReportShare(share); };
     order.flushing = [this] {
@@ -182,6 +188,7 @@ class Engine {
     order.delivered = [](const std::vector<std::string>& paths) {
       for (const std::string& path : paths) ReportOutput(path);
     };
+    order.unsure = [page = info->page] { ReportUnsure(page); };
     if (auto delivered = m_Delivery.Deliver(*source, order); !delivered) return delivered;
     ++m_Printed;
     ReportPage(info->page);
@@ -215,7 +222,8 @@ class Engine {
   EngineOptions m_Options;
   std::string m_Output;
   std::string m_Printer;
-  std::string m_Job;  ///< its name, if the library says one
+  std::string m_Job;       ///< its name, if the library says one
+  bool m_PagesAreRemoved;  ///< all of them, by the library after this run
   std::string m_Date;
   std::string m_DevicesPath;
   Delivery m_Delivery;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -60,6 +61,10 @@ int RenameHidden(const std::string& hidden, const std::string& path) {
   ::unlink(path.c_str());
   errno = error;
   return -1;
+}
+
+bool HasAccessList(int descriptor) {
+  return ::fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) >= 0;
 }
 
 // A link to one is none.
@@ -147,6 +152,30 @@ Expected<OutputFile> OutputFile::Create(const std::string& directory,
     if (error != EEXIST) return Failure{"create", hidden, error};
   }
   return FailureOf("no free name for a file in '" + directory + "'");
+}
+
+std::optional<OutputFile> OutputFile::Take(int descriptor, const std::string& directory,
+                                           interpreter::Guardian& guardian, unsigned permissions) {
+  // As a new file there would be. It goes without having had a name.
+  const auto made = Create(directory, guardian, permissions);
+  if (!made) return std::nullopt;
+  struct stat fresh {};
+  struct stat given {};
+  if (::fstat(made->Descriptor(), &fresh) != 0 || ::fstat(descriptor, &given) != 0)
+    return std::nullopt;
+  if (fresh.st_dev != given.st_dev || fresh.st_uid != given.st_uid ||
+      fresh.st_gid != given.st_gid || given.st_nlink != 1 || HasAccessList(made->Descriptor()))
+    return std::nullopt;
+  os::FileDescriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 3));
+  const std::string hidden = HiddenPath(directory);
+  if (!own.IsOpen() || !guardian.Guard(hidden)) return std::nullopt;
+  if (LinkAnonymous(own.Get(), hidden) != 0) {
+    static_cast<void>(guardian.Release(hidden));
+    return std::nullopt;
+  }
+  OutputFile taken(std::move(own), directory, hidden, guardian);
+  if (::fchmod(taken.Descriptor(), fresh.st_mode & 07777) != 0) return std::nullopt;
+  return taken;
 }
 
 void OutputFile::BeginFlush() {

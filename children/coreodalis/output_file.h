@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -26,13 +27,20 @@ class OutputFile {
                                                    interpreter::Guardian& guardian,
                                                    unsigned permissions,
                                                    bool allowAnonymous = true);
+  /// The file that is open for reading as `descriptor`, in the directory as well, as if it had been
+  /// made there: nothing where a new file would have another owner, group or access list, or where
+  /// it can't have a name there, on another file system say. Its permissions become those of a new
+  /// one, and its other names stay.
+  [[nodiscard]] static std::optional<OutputFile> Take(int descriptor, const std::string& directory,
+                                                      interpreter::Guardian& guardian,
+                                                      unsigned permissions);
   ~OutputFile();
   OutputFile(OutputFile&& other) noexcept;
   OutputFile& operator=(OutputFile&& other) = delete;
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  /// Open for reading and writing; belongs to this object.
+  /// Open for reading, and for writing if it was made here; belongs to this object.
   [[nodiscard]] int Descriptor() const { return m_Descriptor.Get(); }
 
   /// Lets the system begin to write its buffers while more is added, so that Flush waits for the

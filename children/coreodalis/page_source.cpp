@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "children/coreodalis/plain_tiff_file.h"
+
 namespace rastrel::odalis {
 namespace {
 
@@ -121,6 +123,13 @@ Expected<std::size_t> PageSource::PartOf(const std::string& directory, const pag
   m_Parts.push_back({name, std::move(file), std::move(row)});
   m_Checks.push_back(std::move(opened->check));
   return m_Parts.size() - 1;
+}
+
+int PageSource::FileAsTiff() const {
+  if (!m_Straight) return -1;
+  const auto wanted = PlainTiffOf(m_Shape);
+  const PixelFile& file = *m_Parts.front().file;
+  return wanted && file.AsPlainTiff() == wanted ? file.Descriptor() : -1;
 }
 
 Expected<void> PageSource::ReadRows(std::span<std::uint8_t> rows) {

@@ -29,6 +29,10 @@ class PageSource {
   /// many rows are left.
   [[nodiscard]] Expected<void> ReadRows(std::span<std::uint8_t> rows);
 
+  /// The page's only file, if it has the very bytes that a TIFF device without compression gets;
+  /// its descriptor is open for reading and belongs to this object. -1: it has another form.
+  [[nodiscard]] int FileAsTiff() const;
+
   /// The check sums of the files, which nothing else looks at: who uses the rows runs all of them
   /// before, after or while it reads.
   [[nodiscard]] const std::vector<ContentCheck>& Checks() const { return m_Checks; }

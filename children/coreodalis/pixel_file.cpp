@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "children/coreodalis/netpbm_file.h"
+#include "children/coreodalis/plain_tiff_file.h"
 #include "children/coreodalis/tiff_reader.h"
 #include "pages/page_sum.h"
 #include "rastrel/platform/os/file_descriptor.h"
@@ -47,6 +48,7 @@ Expected<std::unique_ptr<PixelFile>> ReadHead(os::FileDescriptor descriptor,
     return OpenNetpbm(std::move(descriptor), path, bytes);
   }
   if (count == 2 && magic[0] == magic[1] && (magic[0] == 'I' || magic[0] == 'M')) {
+    if (auto plain = OpenPlainTiff(descriptor, path, bytes)) return plain;
     return OpenTiff(std::move(descriptor), path, bytes);
   }
   return FailureOf("'" + path + "' holds neither netpbm nor TIFF pixels");

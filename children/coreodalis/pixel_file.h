@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "pages/page_info.h"
+#include "pages/plain_tiff.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 
@@ -31,6 +33,11 @@ class PixelFile {
   /// The next rows, from the top. REQUIRES: the span has a multiple of RowBytes(), and so many rows
   /// are left.
   [[nodiscard]] virtual Expected<void> ReadRows(std::span<std::uint8_t> rows) = 0;
+
+  /// The picture, if the whole file is a plain TIFF of it; and the file, which belongs to this
+  /// object.
+  [[nodiscard]] virtual std::optional<pages::PlainTiff> AsPlainTiff() const { return std::nullopt; }
+  [[nodiscard]] virtual int Descriptor() const { return -1; }
 
  protected:
   unsigned m_Width = 0;

@@ -43,6 +43,7 @@ void ReportOutput(std::string_view path) {
   os::WriteToStandardError("OUTPUT: " + line + "\n");
 }
 void ReportPage(unsigned page) { Write("PAGE: ", std::to_string(page)); }
+void ReportUnsure(unsigned page) { Write("UNSURE: ", std::to_string(page)); }
 void ReportNote(std::string_view text) { Write("NOTE: ", text); }
 
 void Progress::Report(double share) {

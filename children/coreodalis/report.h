@@ -19,6 +19,8 @@ void ReportWarning(std::string_view text);
 void ReportOutput(std::string_view path);
 /// A page that is delivered now, by its number in its job: "PAGE: n".
 void ReportPage(unsigned page);
+/// A page whose delivery failed, and of which something may have come out: "UNSURE: n".
+void ReportUnsure(unsigned page);
 /// Any other text for the job's log.
 void ReportNote(std::string_view text);
 

@@ -1,17 +1,10 @@
 #include "children/coreodalis/tiff_form.h"
 
-#include <algorithm>
+#include "pages/plain_tiff.h"
 
 namespace rastrel::odalis {
-namespace {
-
-constexpr std::uint64_t StripBytes = 64u << 10;
-
-}  // namespace
-
 std::uint32_t RowsPerStrip(const ImageShape& shape) {
-  const std::uint64_t rows = std::max<std::uint64_t>(1, StripBytes / shape.RowBytes());
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, shape.height));
+  return pages::RowsPerStripOf(shape.RowBytes(), shape.height);
 }
 
 void SetStripForm(TIFF* tiff, const ImageShape& shape, devices::Compression compression,

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "children/coreodalis/band_queue.h"
+#include "children/coreodalis/plain_tiff_file.h"
 #include "children/coreodalis/tiff_form.h"
 #include "children/coreodalis/tiff_handle.h"
 #include "children/coreodalis/tiff_strip_encoder.h"
@@ -143,6 +144,9 @@ class TiffWriter final : public ImageWriter {
 
 Expected<std::unique_ptr<ImageWriter>> MakeTiffWriter(const ImageOrder& order,
                                                       const ImageShape& shape, WorkerPool& pool) {
+  // The same bytes whether they are written here or the page's own file is handed on.
+  if (order.compression == devices::Compression::None && PlainTiffOf(shape))
+    return MakePlainTiffWriter(order, shape);
   os::FileDescriptor own(::fcntl(order.descriptor, F_DUPFD_CLOEXEC, 3));
   if (!own.IsOpen()) return Failure{"dup", order.name, errno};
   auto writer = std::make_unique<TiffWriter>(std::move(own), order, shape, pool);

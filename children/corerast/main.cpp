@@ -87,6 +87,7 @@ Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char*
   if (!job) return job.Error();
   request.job = std::move(*job);
   request.access = AccessOf(request.job.file.Get());
+  request.keepsTiff = true;
   request.title = std::filesystem::path(line.job).stem().string();
   if (line.prefix.empty()) return request;
   auto prefix = interpreter::OpenPrefix(line.prefix);

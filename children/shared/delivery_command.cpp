@@ -24,6 +24,8 @@ namespace {
 
 constexpr std::size_t TailBytes = 4096;
 constexpr std::size_t LastLineLimit = 300;
+// A shell adds the number of the signal that ended a program of its script.
+constexpr int ShellSignalStatus = 128;
 constexpr int TakenInterval = 250;  // milliseconds
 
 struct Pipe {
@@ -121,7 +123,7 @@ class Running {
         {process.Get(), POLLIN, 0}, {m_Output.Get(), POLLIN, 0}, {watch.stop, POLLIN, 0}};
     while ((entries[0].revents & POLLIN) == 0) {
       if (deadline.HasPassed()) {
-        return Failed("was ended after " + std::to_string(timeoutSeconds) + " seconds");
+        return Interrupted("was ended after " + std::to_string(timeoutSeconds) + " seconds");
       }
       if (entries[2].revents != 0) return Failure{"run", m_Program, ECANCELED};
       if (::poll(entries, 3, WaitTime(deadline, watch)) < 0 && errno != EINTR) {
@@ -173,9 +175,17 @@ class Running {
     const int status = Reap();
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
     if (WIFEXITED(status)) {
-      return Failed("ended with status " + std::to_string(WEXITSTATUS(status)));
+      const std::string how = "ended with status " + std::to_string(WEXITSTATUS(status));
+      return WEXITSTATUS(status) > ShellSignalStatus ? Interrupted(how) : Failed(how);
     }
-    return Failed("was ended by signal " + std::to_string(WTERMSIG(status)));
+    return Interrupted("was ended by signal " + std::to_string(WTERMSIG(status)));
+  }
+
+  /// It did not say itself how far it came.
+  Failure Interrupted(const std::string& how) const {
+    Failure failure = Failed(how);
+    failure.error = EINTR;
+    return failure;
   }
 
   Failure Failed(const std::string& how) const {

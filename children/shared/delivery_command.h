@@ -23,8 +23,10 @@ struct CommandWatch {
 /// group of its own, which the guardian kills if the engine is ended.
 ///
 /// The failure says how it ended and the last line that it printed. `timeoutSeconds`: its group is
-/// killed after that; 0 is never. A stopped one fails with
-/// ECANCELED. REQUIRES: the thread lives as long as the program.
+/// killed after that; 0 is never. One that was ended so, or by any other signal, or has a status
+/// above 128, by which a script says that of its own programs, fails with EINTR: how far it came is
+/// not known. A stopped one fails with ECANCELED. REQUIRES: the thread lives as long as the
+/// program.
 [[nodiscard]] Expected<void> RunCommand(const std::vector<std::string>& words,
                                         const std::string& file, interpreter::Guardian& guardian,
                                         unsigned timeoutSeconds, const CommandWatch& watch = {});

@@ -11,10 +11,10 @@ namespace {
 using enum OptionId;
 
 constexpr std::array PrintOptions{
-    Printer,    Mode,     Copies,       Pages,         Spool,      KeepPs,     Planar,
-    Scale,      Levels,   LevelsRed,    LevelsGreen,   LevelsBlue, LevelsGray, CutColor,
-    SaveTicket, Box,      PasswordFile, ParallelPages, Title,      Output,     Json,
-    CutRules,   CutMarks, CutOutput,    ChosenPage,    Help};
+    Printer,    Mode,     Copies,       Pages,           Spool,      KeepPs,     Planar,
+    Scale,      Levels,   LevelsRed,    LevelsGreen,     LevelsBlue, LevelsGray, CutColor,
+    SaveTicket, Box,      PasswordFile, ParallelPages,   Title,      Output,     Json,
+    CutRules,   CutMarks, CutOutput,    OptionId::Bleed, ChosenPage, Help};
 constexpr std::array PrefixOptions{
     Printer,  Mode,    Scale, Levels, LevelsRed, LevelsGreen, LevelsBlue, LevelsGray,
     CutColor, Preview, Dpi,   Planar, CutOnly,   Title,       OutputFile, Help};
@@ -52,20 +52,21 @@ constexpr std::array ConvertOptions{ResultOutput, OutputSize,  Resolution, CutCo
 constexpr std::array CutOptions{ResultOutput, CutColor, HalfCutColor, CutPreview, Resolution,
                                 ChosenPage, Box, PasswordFile, Title, Force, Jobs,
                                 // Those of rastrel-cutting, in the order of its stages.
-                                CutRules, OptionId::Check, Heal, Joining, TinySize, SpikeWidth,
-                                Unite, Kerf, CornerForm, Overcut, LeadIn, OptionId::Bridges,
-                                WeedBox, WeedLines, NoOrder, CutMarks, CutPrint, Mode, Measured,
-                                Measurements, Residual, FitKind, DxfVersion, CutOrigin, Tolerance,
-                                CutPicture, CutDevice, Json, Help};
+                                CutRules, OptionId::Bleed, OptionId::Check, Heal, Joining, TinySize,
+                                SpikeWidth, Unite, Kerf, CornerForm, Overcut, LeadIn,
+                                OptionId::Bridges, WeedBox, WeedLines, NoOrder, CutMarks, CutPrint,
+                                Mode, Measured, Measurements, Residual, FitKind, DxfVersion,
+                                CutOrigin, Tolerance, CutPicture, CutShow, CutDevice, Json, Help};
 constexpr std::array SendOptions{CutDevice, ListDevices, ShowDevice, CheckDevice, Json, Help};
 constexpr std::array ShowOptions{Help};
-constexpr std::array NestOptions{ResultOutput, SheetSize, NestGap,    Copies,   OptionId::NestTurns,
-                                 NestEffort,   CutRules,  ChosenPage, Box,      PasswordFile,
-                                 CutPrint,     Mode,      Resolution, CutMarks, NoOrder,
-                                 Json,         Help};
-constexpr std::array TileOptions{ResultOutput, PanelSize,    PanelOverlap, CutRules, ChosenPage,
-                                 Box,          PasswordFile, CutPrint,     Mode,     Resolution,
-                                 CutMarks,     NoOrder,      Json,         Help};
+constexpr std::array NestOptions{
+    ResultOutput, Manifest,    SheetSize,  NestGap,    Copies,  OptionId::NestTurns,
+    NestEffort,   NestSeconds, CutRules,   ChosenPage, Box,     PasswordFile,
+    CutPrint,     Mode,        Resolution, CutMarks,   NoOrder, Json,
+    Help};
+constexpr std::array TileOptions{
+    ResultOutput, Manifest, CutPicture, PanelSize,  PanelOverlap, CutRules, ChosenPage, Box,
+    PasswordFile, CutPrint, Mode,       Resolution, CutMarks,     NoOrder,  Json,       Help};
 constexpr std::array RulesOptions{ChosenPage, Box, PasswordFile, Json, Help};
 constexpr std::array HeaderOptions{OptionId::PageSize, Resolution, CutColor,
                                    HalfCutColor,       OutputFile, Help};
@@ -119,6 +120,18 @@ constexpr std::array JobsExportOptions{
 constexpr std::array JobsMoveOptions{QueueDevice, Json, Help};
 constexpr std::array JobsPriorityOptions{QueuePriority, Json, Help};
 constexpr std::array JobsReprintOptions{Pages, Json, Help};
+constexpr std::array ServeOptions{OpenBrowser, Help};
+constexpr std::array UsersAddOptions{UserRole, NewPasswordFile, Help};
+constexpr std::array UsersRoleOptions{UserRole, Help};
+constexpr std::array BatchConvertOptions{
+    BatchOutput, OutputSize, Resolution,   CutColor, ChosenPage, Box, PasswordFile,
+    Force,       Jobs,       PieceSeconds, Resume,   Json,       Help};
+constexpr std::array BatchPreviewOptions{
+    BatchOutput, Dpi,        CutOnly,      Scale,    Levels, LevelsRed,
+    LevelsGreen, LevelsBlue, LevelsGray,   CutColor, Box,    PasswordFile,
+    Force,       Jobs,       PieceSeconds, Resume,   Json,   Help};
+constexpr std::array BatchPageSizeOptions{BatchOutput,  Dsc,    Box,  PasswordFile, Jobs,
+                                          PieceSeconds, Resume, Json, Help};
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
@@ -215,7 +228,7 @@ constexpr std::array CommandRows{
                SendOptions},
     CommandRow{CommandId::Serve, "serve", "", false,
                "Run the print shop's server: it interprets and delivers the jobs of the queue.",
-               HelpOptions},
+               ServeOptions},
     CommandRow{CommandId::JobsAdd, "jobs add", "FILE...", false,
                "Put files into the server's queue, each as a job.", JobsAddOptions},
     CommandRow{CommandId::JobsList, "jobs list", "", false,
@@ -241,6 +254,23 @@ constexpr std::array CommandRows{
                "Take jobs out of the queue, with their files and kept pages.", ListingOptions},
     CommandRow{CommandId::JobsExport, "jobs export", "", false,
                "Write jobs as a table (CSV) for spreadsheets.", JobsExportOptions},
+    CommandRow{CommandId::UsersList, "users list", "", false,
+               "List the users of the server's HTTP interface.", ListingOptions},
+    CommandRow{CommandId::UsersAdd, "users add", "NAME", false,
+               "Add a user of the HTTP interface, or give one another password and role.",
+               UsersAddOptions},
+    CommandRow{CommandId::UsersRole, "users role", "NAME", false,
+               "Give a user of the HTTP interface another role.", UsersRoleOptions},
+    CommandRow{CommandId::UsersRemove, "users remove", "NAME...", false,
+               "Remove users of the HTTP interface.", HelpOptions},
+    CommandRow{CommandId::BatchConvert, "batch convert", "FILE...", false,
+               "Make a bitmap of each of many files, and go on after a kill.", BatchConvertOptions},
+    CommandRow{CommandId::BatchPreview, "batch preview", "FILE...", false,
+               "Make a preview of each of many files, and go on after a kill.",
+               BatchPreviewOptions},
+    CommandRow{CommandId::BatchPageSize, "batch pagesize", "FILE...", false,
+               "Measure the first pages of many files, and go on after a kill.",
+               BatchPageSizeOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
                "Print a script that completes the command's arguments in a shell: bash.",
                HelpOptions},

@@ -128,7 +128,7 @@ std::string KindOfOperand(const CommandRow& row) {
 }
 
 bool HasShortOutput(OptionId id) {
-  constexpr std::array outputs{OptionId::OutputFile, OptionId::PreviewOutput,
+  constexpr std::array outputs{OptionId::BatchOutput, OptionId::OutputFile, OptionId::PreviewOutput,
                                OptionId::PlanesOutput};
   return std::ranges::find(outputs, id) != outputs.end();
 }

@@ -47,6 +47,11 @@ JsonLine& JsonLine::Add(const char* name, const std::vector<std::int64_t>& numbe
   return *this;
 }
 
+JsonLine& JsonLine::AddJson(const char* name, std::string_view json) {
+  m_Object->json[name] = nlohmann::ordered_json::parse(json, nullptr, false);
+  return *this;
+}
+
 JsonLine& JsonLine::AddIfAny(const char* name, std::string_view text) {
   return text.empty() ? *this : Add(name, text);
 }

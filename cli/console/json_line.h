@@ -24,6 +24,8 @@ class JsonLine {
   JsonLine& AddFlag(const char* name, bool flag);
   JsonLine& Add(const char* name, const std::vector<std::string>& texts);
   JsonLine& Add(const char* name, const std::vector<std::int64_t>& numbers);
+  /// Adds a value that is JSON already. REQUIRES: it is well formed.
+  JsonLine& AddJson(const char* name, std::string_view json);
   /// Adds the text unless it is empty.
   JsonLine& AddIfAny(const char* name, std::string_view text);
 

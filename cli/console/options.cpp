@@ -121,6 +121,8 @@ constexpr std::array OptionTable{
         "none 90 any"},
     OptionRow{NestEffort, "--effort", "N",
               "Try so many layouts besides rows of boxes, 0 to 10000; 8 if not given."},
+    OptionRow{NestSeconds, "--seconds", "N",
+              "Look for better layouts so long, 1 to 3600; 60 at most if not given."},
     OptionRow{PanelSize, "--panel", "WxH", "Split the job into panels of this size with its unit."},
     OptionRow{PanelOverlap, "--overlap", "LENGTH",
               "Let panels beside each other share so much; 0 if not given."},
@@ -131,6 +133,10 @@ constexpr std::array OptionTable{
               "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
+    OptionRow{Manifest, "--manifest", "FILE",
+              "Write what lies where, and in which files, as JSON to this file, .json."},
+    OptionRow{OptionId::Bleed, "--bleed", "LENGTH",
+              "Say where the print reaches less than this over a cut; with --rules."},
     OptionRow{CutMarks, "--marks", "SHAPE:SIZE,...",
               "Put registration marks around the page: corner, cross or circle; then gap=, count=, "
               "spacing=, edge=, ink=."},
@@ -151,8 +157,12 @@ constexpr std::array OptionTable{
     OptionRow{Remove, "--remove", "", "Remove what can't be finished."},
     OptionRow{CutDevice, "--device", "NAME",
               "The cutter: a name that `send --list` has, or the path of a device file."},
-    OptionRow{CutPicture, "--picture", "FILE",
-              "Draw how the job is cut, with order and direction: .svg or .png."},
+    OptionRow{
+        CutPicture, "--picture", "FILE",
+        "Draw how the job is cut, with order and direction, or which panel goes where: .svg or "
+        ".png."},
+    OptionRow{CutShow, "--show", "",
+              "Show print and knife in a window, and go on when it is closed."},
     OptionRow{ListDevices, "--list", "", "List the devices: name, form, way, title."},
     OptionRow{ShowDevice, "--show", "NAME", "Print the file of a device."},
     OptionRow{CheckDevice, "--check", "DEVICE", "Read a device file, and report its first fault."},
@@ -203,6 +213,18 @@ constexpr std::array OptionTable{
     OptionRow{QueuePriority, "--priority", "N",
               "From 1, the last, to 100, the first; 50 if not given."},
     OptionRow{QueueHold, "--hold", "", "Let the job wait until it is released."},
+    OptionRow{UserRole, "--role", "ROLE",
+              "What the user may do: see its own jobs, print too, or manage all.",
+              "see print manage"},
+    OptionRow{NewPasswordFile, "--password-file", "FILE",
+              "Take the password from this file's first line."},
+    OptionRow{OpenBrowser, "--open", "", "Open the page of the server in the browser."},
+    OptionRow{BatchOutput, "--output", "DIR",
+              "The directory of the results, and of the batch's record until all are there."},
+    OptionRow{PieceSeconds, "--piece-seconds", "N",
+              "Cut the work into pieces of about so many seconds, from 1 to 3600; 5 if not given."},
+    OptionRow{Resume, "--resume", "",
+              "Go on with a batch that was cut off: the same files and options."},
     OptionRow{Help, "--help", "", "Print this help."},
     OptionRow{Version, "--version", "", "Print the version."},
 };
@@ -213,6 +235,7 @@ constexpr const char* Place = "operand";
 std::string ShortNameOf(OptionId id) {
   switch (id) {
     case Help: return "-h,";
+    case BatchOutput:
     case OutputFile:
     case PlanesOutput:
     case PreviewOutput:

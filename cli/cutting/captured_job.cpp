@@ -32,8 +32,14 @@ constexpr int UsualResolution = 144;
 constexpr int PrintResolution = 300;
 constexpr int MaximumResolution = 4800;
 
+// Whether the pixels of the page are wanted besides its paths.
+bool WantsPicture(const Invocation& invocation) {
+  return invocation.Has(OptionId::CutPrint) || invocation.Has(OptionId::CutShow) ||
+         invocation.Has(OptionId::Bleed);
+}
+
 int ResolutionOf(const Invocation& invocation) {
-  if (!invocation.Has(OptionId::CutPrint)) return UsualResolution;
+  if (!WantsPicture(invocation)) return UsualResolution;
   if (!invocation.Has(OptionId::Resolution)) return PrintResolution;
   const auto number =
       WholeNumberOf("--dpi", invocation.ValueOr(OptionId::Resolution, ""), 1, MaximumResolution);
@@ -44,13 +50,15 @@ int ResolutionOf(const Invocation& invocation) {
 std::string PrefixOf(const Invocation& invocation) {
   constexpr const char* Begin = "serverdict begin 0 exitserver\n";
   constexpr const char* End = "\nInitRIP\n\x04";
-  const bool isPrinted = invocation.Has(OptionId::CutPrint);
+  const bool isPrinted = WantsPicture(invocation);
   if (!invocation.Has(OptionId::Mode))
     return Begin + ("3Color " + std::to_string(ResolutionOf(invocation))) + " dup SetXYResolution" +
            (isPrinted ? "" : " (Frameless) DeviceSelect") + End;
   if (!isPrinted || invocation.Has(OptionId::Resolution))
-    throw CommandError(ExitStatus::WrongUse,
-                       "--mode is of the picture that --print makes, and has its own resolution");
+    throw CommandError(
+        ExitStatus::WrongUse,
+        "--mode is of the picture that --print makes or --show shows, and has its own "
+        "resolution");
   const PrintMode mode =
       OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, "")));
   return Begin + ("(%Lumiscript%pmodes/" + mode.folder + "/" + mode.name) + ") SelectPrintMode" +
@@ -167,7 +175,7 @@ Expected<cutting::CutJob> Capture(CutRun& run, const CaptureWish& wish, const st
   const auto page = MakePage(*std::move(request), *directory, run, *guardian);
   if (!page) return page.Error();
   const std::string pageDirectory = directory->Path() + "/" + pages::PageName(*page);
-  if (run.invocation.Has(OptionId::CutPrint)) {
+  if (WantsPicture(run.invocation)) {
     auto picture = OpenPagePicture(pageDirectory);
     if (!picture) return picture.Error();
     run.picture = std::make_shared<PagePicture>(*std::move(picture));

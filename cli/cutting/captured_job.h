@@ -15,7 +15,8 @@ struct CaptureWish;
 /// its outlines. Warnings of the interpreter go to the run's person. The file is only read. A file
 /// that is none of these, or fails as a program, is BadInput.
 ///
-/// With --print the run gets the picture of the page, of --dpi pixels an inch, without these paths.
+/// With --print or --show the run gets the picture of the page, of --dpi pixels an inch, without
+/// these paths.
 [[nodiscard]] Expected<cutting::CutJob> CapturedJob(CutRun& run, const CaptureWish& wish);
 
 }  // namespace rastrel::cli

@@ -55,16 +55,20 @@ void WriteEntry(const char* event, const Entry& entry) {
 void WriteReport(const CutRun& run, const CheckReport& report) {
   if (!run.invocation.Has(OptionId::Json)) {
     for (const Fault& fault : report.faults) WriteOutLine(SentenceOf(fault));
+    if (run.invocation.Has(OptionId::Bleed))
+      WriteOutLine(Counted(run.bleedGaps, "place") + " without the bleed");
     WriteOutLine(Counted(report.faults.size(), "fault") + " in " +
                  Counted(report.contours, "contour") + " of " + Counted(report.paths, "path") +
                  ", " + os::ShortDecimal(report.length / 1000, 3) + " m");
     return;
   }
   for (const Fault& fault : report.faults) WriteEntry("fault", fault);
-  JsonLine("done")
-      .Add("exit", static_cast<std::int64_t>(run.status))
-      .Add("faults", static_cast<std::int64_t>(report.faults.size()))
-      .Add("cut_paths", static_cast<std::int64_t>(report.paths))
+  JsonLine line("done");
+  line.Add("exit", static_cast<std::int64_t>(run.status))
+      .Add("faults", static_cast<std::int64_t>(report.faults.size()));
+  if (run.invocation.Has(OptionId::Bleed))
+    line.Add("bleed_gaps", static_cast<std::int64_t>(run.bleedGaps));
+  line.Add("cut_paths", static_cast<std::int64_t>(report.paths))
       .Add("contours", static_cast<std::int64_t>(report.contours))
       .AddNumber("length_mm", report.length)
       .AddFlag("complete", report.complete)
@@ -114,7 +118,8 @@ Expected<void> CheckJob(CutRun& run) {
     WriteCutText(run, path, FaultPicture(run.job, report));
   }
   run.ended = true;
-  run.status = report.faults.empty() ? ExitStatus::Done : ExitStatus::FaultsFound;
+  run.status =
+      report.faults.empty() && run.bleedGaps == 0 ? ExitStatus::Done : ExitStatus::FaultsFound;
   WriteReport(run, report);
   WarnIfIncomplete(run, report.complete);
   return {};

@@ -22,7 +22,7 @@ using enum OptionId;
 constexpr const char* DefaultEnding = ".plt";
 
 // Each of them makes one file, or goes to one device.
-constexpr std::array OptionsOfOne{CutPicture, CutPrint, CutDevice, Measured, Measurements};
+constexpr std::array OptionsOfOne{CutPicture, CutShow, CutPrint, CutDevice, Measured, Measurements};
 
 void CheckSeveral(const Invocation& invocation) {
   for (const OptionId id : OptionsOfOne)

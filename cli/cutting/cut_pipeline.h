@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,6 +43,7 @@ struct CutRun {
   cutting::CutJob job{};
   std::shared_ptr<PagePicture> picture{};  ///< of the interpreted page, if --print wants it
   PictureMargins margins{};                ///< by which the picture grows for marks
+  std::size_t bleedGaps = 0;               ///< places where --bleed finds too little print
   bool marksInAllInks = false;             ///< print them in each plane, and not in black alone
   std::vector<std::string> written{};  ///< paths of the files that were written; "-" for the output
   bool replacesResult = true;          ///< the file of --output, if there is one already

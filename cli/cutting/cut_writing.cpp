@@ -86,9 +86,10 @@ void WriteCutText(CutRun& run, const std::string& path, const std::string& text)
 }
 
 Expected<void> WriteCutJob(CutRun& run) {
-  // The result may be the picture, or go to a device.
+  // The result may be the picture, go to a device, or be looked at alone.
   if (!run.invocation.Has(OptionId::ResultOutput) &&
-      (run.invocation.Has(OptionId::CutPicture) || run.invocation.Has(OptionId::CutDevice)))
+      (run.invocation.Has(OptionId::CutPicture) || run.invocation.Has(OptionId::CutShow) ||
+       run.invocation.Has(OptionId::CutDevice)))
     return {};
   const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
   if (path.empty()) throw CommandError(ExitStatus::WrongUse, "-o needs the name of a file, or -");

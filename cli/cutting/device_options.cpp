@@ -28,9 +28,9 @@ cutting::HpglOptions HpglOf(const Device& device) {
 cutting::GcodeTable GcodeOf(const Device& device) {
   cutting::GcodeTable table;
   const std::pair<const char*, std::string*> texts[] = {
-      {"start", &table.start},      {"settings", &table.settings}, {"tool-on", &table.toolOn},
-      {"tool-off", &table.toolOff}, {"rapid", &table.rapid},       {"line", &table.line},
-      {"end", &table.end}};
+      {"start", &table.start},        {"settings", &table.settings}, {"tool-on", &table.toolOn},
+      {"tool-off", &table.toolOff},   {"rapid", &table.rapid},       {"line", &table.line},
+      {"arc-right", &table.arcRight}, {"arc-left", &table.arcLeft},  {"end", &table.end}};
   for (const auto& [key, text] : texts) {
     const auto given = device.gcode.texts.find(key);
     if (given != device.gcode.texts.end()) *text = given->second;

@@ -1,19 +1,20 @@
 #include "cli/cutting/nest_command.h"
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/console/stop_signals.h"
 #include "cli/console/values.h"
 #include "cli/cutting/length_value.h"
+#include "cli/cutting/manifest.h"
 #include "cli/cutting/many_prints.h"
 #include "cli/cutting/many_results.h"
+#include "cli/cutting/nest_watch.h"
 #include "cutting/nest/nest.h"
 #include "cutting/panel/panel.h"
 #include "rastrel/platform/os/decimal.h"
@@ -24,6 +25,7 @@ namespace {
 constexpr std::string_view RollPrefix = "roll:";
 constexpr std::int32_t MaximumCopies = 1000;  // as many as pieces
 constexpr double MillimetresInCentimetre = 10;
+constexpr std::int32_t MaximumSeconds = 3600;
 
 std::string NeededValue(const Invocation& invocation, OptionId id) {
   std::string value = invocation.ValueOr(id, "");
@@ -67,10 +69,20 @@ cutting::NestOptions NestOptionsOf(const Invocation& invocation) {
   }
   options.gap = LengthOr0(invocation, OptionId::NestGap);
   options.turns = TurnsOf(invocation);
+  // A time that is asked for is used.
+  const std::string effort = invocation.Has(OptionId::NestSeconds)
+                                 ? std::to_string(cutting::MaximumNestEffort)
+                                 : std::string("8");
   options.effort = OrEnd(ExitStatus::WrongUse,
-                         WholeNumberOf("--effort", invocation.ValueOr(OptionId::NestEffort, "8"), 0,
-                                       cutting::MaximumNestEffort));
+                         WholeNumberOf("--effort", invocation.ValueOr(OptionId::NestEffort, effort),
+                                       0, cutting::MaximumNestEffort));
   return options;
+}
+
+std::int32_t SecondsOf(const Invocation& invocation) {
+  return OrEnd(ExitStatus::WrongUse,
+               WholeNumberOf("--seconds", invocation.ValueOr(OptionId::NestSeconds, "60"), 1,
+                             MaximumSeconds));
 }
 
 struct Pieces {
@@ -124,7 +136,12 @@ void WriteNestDone(const Invocation& invocation, const cutting::NestResult& resu
                    const std::vector<std::string>& names) {
   if (invocation.Has(OptionId::Json)) {
     JsonLine line("done");
-    line.Add("exit", 0).Add("paths", names).AddNumber("waste_percent", result.wastePercent);
+    line.Add("exit", 0)
+        .Add("paths", names)
+        .AddNumber("waste_percent", result.wastePercent)
+        .Add("layouts", static_cast<std::int64_t>(result.layouts))
+        .AddFlag("time_ended", result.wasEnded)
+        .AddNumber("thinned_by_mm", result.thinnedBy);
     if (result.usedLengths.size() == 1) line.AddNumber("used_mm", result.usedLengths.front());
     line.Write();
     return;
@@ -133,6 +150,14 @@ void WriteNestDone(const Invocation& invocation, const cutting::NestResult& resu
     WriteErrorLine("note: sheet " + std::to_string(sheet + 1) + " is used up to " +
                    os::ShortDecimal(result.usedLengths[sheet], 1) + " mm");
   WriteErrorLine("note: " + os::ShortDecimal(result.wastePercent, 1) + " % is waste");
+  if (result.wasEnded)
+    WriteErrorLine("note: the time ended the search after " + std::to_string(result.layouts) +
+                   " layouts; another run may try more or fewer");
+  if (result.thinned > 0)
+    WriteErrorLine("note: " + std::to_string(result.thinned) +
+                   (result.thinned == 1 ? " file's outline was" : " files' outlines were") +
+                   " thinned for the search, outward by up to " +
+                   os::ShortDecimal(result.thinnedBy, 2) + " mm");
   for (const std::string& name : names) WriteOutPath(name);
 }
 
@@ -142,6 +167,14 @@ std::vector<std::string> NamesOf(const std::string& name, std::size_t count) {
   std::vector<std::string> names;
   for (std::size_t i = 1; i <= count; ++i) names.push_back(NumberedName(name, i));
   return names;
+}
+
+std::vector<ResultFiles> FilesOf(const std::vector<std::string>& names, const std::string& print,
+                                 const std::vector<std::string>& prints) {
+  std::vector<ResultFiles> files;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    files.push_back({names[i], print.empty() ? "" : prints[i]});
+  return files;
 }
 
 void WritePanel(const Invocation& invocation, const cutting::Panel& panel, const std::string& name,
@@ -166,21 +199,30 @@ void WritePanel(const Invocation& invocation, const cutting::Panel& panel, const
   line.Write();
 }
 
+// Nothing if a signal ended it.
+std::optional<cutting::NestResult> Search(const Invocation& invocation, const Pieces& pieces,
+                                          cutting::NestOptions& options, std::int32_t seconds) {
+  NestWatch watch(invocation, seconds);
+  options.goOn = [&watch](const cutting::NestProgress& progress) { return watch.GoOn(progress); };
+  auto result = cutting::Nest(pieces.inputs, options);
+  options.goOn = {};
+  if (!result) OrEndByCode(ExitStatus::JobFailed, Expected<void>(result.Error()));
+  if (watch.IsStopped()) return std::nullopt;
+  return *std::move(result);
+}
+
 }  // namespace
 
 ExitStatus NestCommand(const Invocation& invocation) {
   const std::string output = NameOfResults(invocation);
   const std::string print = PrintNameOf(invocation);
   cutting::NestOptions options = NestOptionsOf(invocation);
+  const std::int32_t seconds = SecondsOf(invocation);
+  CheckManifestNames(invocation);
   Pieces pieces;
   ReadPieces(invocation, pieces);
-  std::atomic<bool> isStopped = false;
-  const auto signals =
-      OrEnd(ExitStatus::JobFailed, TakeStopSignals([&isStopped](int) { isStopped = true; }));
-  options.goOn = [&isStopped](int) { return !isStopped; };
-  const auto result = cutting::Nest(pieces.inputs, options);
-  if (!result) OrEndByCode(ExitStatus::JobFailed, Expected<void>(result.Error()));
-  if (isStopped) return ExitStatus::Cancelled;
+  const auto result = Search(invocation, pieces, options, seconds);
+  if (!result) return ExitStatus::Cancelled;
   auto names = NamesOf(output, result->usedLengths.size());
   const auto prints = NamesOf(print, names.size());
   for (std::size_t sheet = 0; sheet < names.size(); ++sheet) {
@@ -194,6 +236,7 @@ ExitStatus NestCommand(const Invocation& invocation) {
                                            pieces.pictures, marked),
                                  prints[sheet]));
   }
+  WriteNestManifest(invocation, pieces.inputs, options, *result, FilesOf(names, print, prints));
   if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   WritePlacements(invocation, pieces, *result);
   WriteNestDone(invocation, *result, names);
@@ -208,6 +251,7 @@ ExitStatus TileCommand(const Invocation& invocation) {
                                       .height = size.heightCm * MillimetresInCentimetre,
                                       .overlap = LengthOr0(invocation, OptionId::PanelOverlap)};
   const std::string print = PrintNameOf(invocation);
+  CheckManifestNames(invocation);
   const CutPage page = PageOfFile(invocation, invocation.operand);
   const auto panels = cutting::SplitIntoPanels(page.job, options);
   if (!panels) OrEndByCode(ExitStatus::JobFailed, Expected<void>(panels.Error()));
@@ -223,6 +267,7 @@ ExitStatus TileCommand(const Invocation& invocation) {
           WritePrintFile(PanelPage(invocation, panel, options, page.picture, marked), prints[i]));
     WritePanel(invocation, panel, names[i], print.empty() ? "" : prints[i]);
   }
+  WriteAssembly(invocation, page.job, options, *panels, FilesOf(names, print, prints));
   if (!print.empty()) names.insert(names.end(), prints.begin(), prints.end());
   if (invocation.Has(OptionId::Json)) JsonLine("done").Add("exit", 0).Add("paths", names).Write();
   return ExitStatus::Done;

@@ -47,8 +47,8 @@ Invocation CutInvocation(const Invocation& invocation, const std::string& print,
 Invocation PagePrint(const Invocation& invocation, const std::string& print) {
   Invocation page = invocation;
   for (const OptionId id :
-       {OptionId::CutRules, OptionId::CutMarks, OptionId::CutOutput, OptionId::ChosenPage,
-        OptionId::Box, OptionId::PasswordFile, OptionId::ParallelPages})
+       {OptionId::CutRules, OptionId::CutMarks, OptionId::CutOutput, OptionId::Bleed,
+        OptionId::ChosenPage, OptionId::Box, OptionId::PasswordFile, OptionId::ParallelPages})
     page.options.erase(id);
   page.operand = print;
   page.operands = {print};
@@ -59,7 +59,7 @@ Invocation PagePrint(const Invocation& invocation, const std::string& print) {
 
 ExitStatus PrintByRulesCommand(const Invocation& invocation) {
   if (!invocation.Has(OptionId::CutRules) && !invocation.Has(OptionId::CutMarks) &&
-      !invocation.Has(OptionId::CutOutput))
+      !invocation.Has(OptionId::CutOutput) && !invocation.Has(OptionId::Bleed))
     return PrintCommand(invocation);
   CheckUse(invocation);
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(invocation.operand));

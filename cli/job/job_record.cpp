@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t LinesBesideErrors = 4;
 constexpr std::size_t LineLimit = 300;  // bytes kept of a line
+constexpr std::string_view UnsureLine = "UNSURE: ";
 
 void Keep(std::deque<std::string>& lines, std::string text) {
   if (text.size() > LineLimit) {
@@ -82,6 +83,7 @@ void JobRecord::OnEvent(const JobEvent& event) {
       break;
     case JobEventKind::Page:
       if (event.originator == JTO_RIP) m_PagesMade = std::max(m_PagesMade, *event.page);
+      if (event.originator == JTO_ODALIS) m_MayHaveDelivered = true;
       break;
     case JobEventKind::Output: m_Outputs.push_back(event.path); break;
     case JobEventKind::Error:
@@ -97,7 +99,11 @@ void JobRecord::OnEvent(const JobEvent& event) {
 
 void JobRecord::TakeLog(const JobEvent& event) {
   if (event.originator == JTO_RIP) return Keep(m_Rip.lines, event.text);
-  if (event.originator == JTO_ODALIS) return Keep(m_Odalis.lines, event.text);
+  if (event.originator == JTO_ODALIS) {
+    if (!event.text.starts_with(UnsureLine)) return Keep(m_Odalis.lines, event.text);
+    m_MayHaveDelivered = true;
+    return;
+  }
   if (const auto status = StatusIn(event.text, "Rip exited with status "))
     m_Rip.exitStatus = status;
   if (const auto status = StatusIn(event.text, "Odalis exited with status "))

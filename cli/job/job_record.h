@@ -35,6 +35,8 @@ class JobRecord : public JobObserver {
   void OnEvent(const JobEvent& event) override;
 
   [[nodiscard]] const std::vector<std::string>& Outputs() const { return m_Outputs; }
+  /// Whether the engine brought a page to its device, or can't say that it did not.
+  [[nodiscard]] bool MayHaveDelivered() const { return m_MayHaveDelivered || !m_Outputs.empty(); }
   /// The highest page number that the RIP reported.
   [[nodiscard]] int PagesMade() const { return m_PagesMade; }
   [[nodiscard]] const ChildRecord& Rip() const { return m_Rip; }
@@ -50,6 +52,7 @@ class JobRecord : public JobObserver {
 
   std::vector<std::string> m_Outputs;
   int m_PagesMade = 0;
+  bool m_MayHaveDelivered = false;
   ChildRecord m_Rip;
   ChildRecord m_Odalis;
   JobStage m_Stage = JobStage::Start;

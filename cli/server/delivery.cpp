@@ -121,8 +121,9 @@ Expected<void> DeliverAtOnce(server::JobQueue& queue, const server::Job& job) {
   const TicketEnd end = RunEngine(queue, job, OutputDirectory(), record);
   if (end.kind == TicketEnd::Kind::Done) return FinishJob(queue, job, record.Outputs());
   if (end.kind == TicketEnd::Kind::Stopped) return {};
-  // The engine says by its status that a page failed; ended otherwise, it may have sent one.
-  const bool sentNothing = record.Outputs().empty() && record.Odalis().exitStatus.value_or(0) > 0;
+  // The engine says by its status that a page failed, and by its lines whether one came out; ended
+  // otherwise, it may have sent one.
+  const bool sentNothing = !record.MayHaveDelivered() && record.Odalis().exitStatus.value_or(0) > 0;
   if (sentNothing) return ReportUndone(queue, job, end);
   return queue.SetUncertain(job.id, -1,
                             end.kind == TicketEnd::Kind::Canceled

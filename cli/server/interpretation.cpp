@@ -1,5 +1,8 @@
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "cli/console/exit_status.h"
 #include "cli/console/options.h"
@@ -12,8 +15,11 @@
 #include "cli/printing/job_settings.h"
 #include "cli/printing/spool_transfer.h"
 #include "cli/printing/whole_prefix.h"
+#include "cli/server/ink_coverage.h"
+#include "cli/server/ink_text.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
+#include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/platform/os/file.h"
@@ -38,6 +44,9 @@ class NoDelivery {
  private:
   std::wstring m_Engine;
 };
+
+// The page of a picture, while it is interpreted.
+constexpr std::string_view PageName = "picture.pdf";
 
 std::string PagesNote(const server::JobQueue& queue, const server::Job& job) {
   return queue.DirectoryOf(job.id) + "/pages";
@@ -67,10 +76,29 @@ void Fill(CJobTicket& ticket, const server::Job& job, const Invocation& invocati
   settings.SpoolAllowed = true;
 }
 
+// The ink of the kept pages. Pages that can't be measured are printed all the same.
+std::string InkText(server::JobQueue& queue, const server::Job& job, const SpoolReservation& spool,
+                    const CCFMFile& pages) {
+  std::vector<PageInk> inks;
+  for (const CCFMFileEntry& page : pages.Entries) {
+    const std::string title = os::ToNative(std::wstring(page.FileName));
+    auto ink = MeasureInk(spool.Directory() + "/" + title);
+    if (!ink) {
+      static_cast<void>(queue.AddMessage(job.id, "the ink is not known: " + Describe(ink.Error())));
+      return {};
+    }
+    inks.push_back(*std::move(ink));
+  }
+  return TextOfInk(inks);
+}
+
 Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   const Invocation invocation = InvocationOf(job);
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
-  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(job.file));
+  const QueuedInput queued = OrEnd(
+      ExitStatus::BadInput,
+      QueuedInput::Prepare(job.file, queue.DirectoryOf(job.id) + "/" + std::string(PageName)));
+  const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(queued.Path()));
   RemoveEarlierPages(queue, job);
   auto spool =
       OrEnd(ExitStatus::JobFailed, SpoolReservation::Create("job-" + std::to_string(job.id)));
@@ -92,7 +120,7 @@ Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   if (end.kind != TicketEnd::Kind::Done) return ReportUndone(queue, job, end);
   const auto pages = static_cast<int>(ticket.m_CFMFile.Entries.size());
   OrEnd(ExitStatus::JobFailed, spool.Publish(ticket.m_CFMFile));
-  return queue.SetReady(job.id, spool.Name(), pages, "");
+  return queue.SetReady(job.id, spool.Name(), pages, InkText(queue, job, spool, ticket.m_CFMFile));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/console/values.h"
+#include "server/queue/day_time.h"
 
 namespace rastrel::cli {
 namespace {
@@ -30,31 +31,10 @@ std::vector<server::JobState> StatesOf(const std::string& text) {
   return states;
 }
 
-// The beginning of a day, `later` days after the one that is named.
 server::Time DayOf(OptionId option, const std::string& text, int later) {
-  std::tm day{};
-  const auto parts = Split(text, '-');
-  const std::string why = "give a day as YYYY-MM-DD";
-  if (parts.size() != 3) Refuse(option, text, why);
-  std::array<int, 3> numbers{};
-  constexpr std::array<std::size_t, 3> Lengths{4, 2, 2};
-  for (std::size_t index = 0; index < numbers.size(); ++index) {
-    if (parts[index].size() != Lengths.at(index) ||
-        !std::ranges::all_of(parts[index], [](char one) { return one >= '0' && one <= '9'; }))
-      Refuse(option, text, why);
-    numbers.at(index) = std::stoi(std::string(parts[index]));
-  }
-  day.tm_year = numbers[0] - 1900;
-  day.tm_mon = numbers[1] - 1;
-  day.tm_mday = numbers[2] + later;
-  day.tm_isdst = -1;
-  const std::time_t seconds = std::mktime(&day);
-  std::tm check{};
-  const std::time_t first = seconds - std::time_t{later} * 86400 + (later == 0 ? 0 : 43200);
-  // The 31st of April would count as the 1st of May.
-  if (seconds == -1 || ::localtime_r(&first, &check) == nullptr || check.tm_mon != numbers[1] - 1)
-    Refuse(option, text, "there is no such day");
-  return std::int64_t{seconds} * 1000;
+  const auto day = server::BeginOfDay(text, later);
+  if (!day) Refuse(option, text, day.Error().why);
+  return *day;
 }
 
 }  // namespace

@@ -3,6 +3,10 @@
 #include <array>
 
 #include "cli/console/exit_status.h"
+#include "cli/console/values.h"
+#include "cli/installation/print_modes.h"
+#include "cli/printing/job_settings.h"
+#include "cli/printing/page_ranges.h"
 
 namespace rastrel::cli {
 namespace {
@@ -29,6 +33,19 @@ Invocation InvocationOf(const server::Job& job) {
     if (!isTaken) throw CommandError(ExitStatus::WrongUse, "a print has no option '" + name + "'");
   }
   return invocation;
+}
+
+void CheckPrintOptions(const Invocation& invocation) {
+  CJobData settings;
+  OrEnd(ExitStatus::WrongUse, ApplySettings(settings, invocation, TicketKind::Print));
+  static_cast<void>(
+      OrEnd(ExitStatus::WrongUse, ParseCopies(invocation.ValueOr(OptionId::Copies, "1"))));
+  if (invocation.Has(OptionId::Pages))
+    static_cast<void>(
+        OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, ""))));
+  if (invocation.Has(OptionId::Mode))
+    static_cast<void>(
+        OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, ""))));
 }
 
 }  // namespace rastrel::cli

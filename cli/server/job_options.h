@@ -9,4 +9,8 @@ namespace rastrel::cli {
 /// print doesn't have.
 [[nodiscard]] Invocation InvocationOf(const server::Job& job);
 
+/// Checks the values of a print's options by the code that reads them when the job runs. Throws
+/// CommandError(WrongUse) for the first that is wrong.
+void CheckPrintOptions(const Invocation& invocation);
+
 }  // namespace rastrel::cli

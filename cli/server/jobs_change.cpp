@@ -7,11 +7,10 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/values.h"
-#include "cli/input/input_file.h"
-#include "cli/installation/print_modes.h"
-#include "cli/printing/job_settings.h"
 #include "cli/printing/page_ranges.h"
+#include "cli/server/job_options.h"
 #include "cli/server/open_queue.h"
+#include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "server/queue/server_lock.h"
 
@@ -28,20 +27,6 @@ constexpr std::array KeptOptions{OptionId::Mode,       OptionId::Copies,      Op
                                  OptionId::LevelsGray, OptionId::CutColor,    OptionId::Box};
 
 constexpr const char* DefaultDevice = "*";
-
-// By the code that reads them again when the job runs.
-void CheckOptions(const Invocation& invocation) {
-  CJobData settings;
-  OrEnd(ExitStatus::WrongUse, ApplySettings(settings, invocation, TicketKind::Print));
-  static_cast<void>(
-      OrEnd(ExitStatus::WrongUse, ParseCopies(invocation.ValueOr(OptionId::Copies, "1"))));
-  if (invocation.Has(OptionId::Pages))
-    static_cast<void>(
-        OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, ""))));
-  if (invocation.Has(OptionId::Mode))
-    static_cast<void>(
-        OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, ""))));
-}
 
 server::JobRequest RequestOf(const Invocation& invocation) {
   server::JobRequest request;
@@ -100,11 +85,11 @@ void CheckChange(const Invocation& invocation) {
 
 ExitStatus AddJobsCommand(const Invocation& invocation) {
   const auto queue = OpenJobQueue();
-  CheckOptions(invocation);
+  CheckPrintOptions(invocation);
   server::JobRequest request = RequestOf(invocation);
   // All are looked at before the first is taken.
   for (const std::string& path : invocation.operands)
-    static_cast<void>(OrEnd(ExitStatus::BadInput, InspectInput(path)));
+    OrEnd(ExitStatus::BadInput, CheckQueuedInput(path));
   for (const std::string& path : invocation.operands) {
     request.path = path;
     ReportJob(invocation, "added", OrEndByCode(ExitStatus::JobFailed, queue->Submit(request)));

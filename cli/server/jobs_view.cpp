@@ -1,14 +1,15 @@
 #include "cli/server/jobs_view.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
-#include "cli/server/csv_table.h"
 #include "cli/server/job_filter.h"
+#include "cli/server/job_table.h"
 #include "cli/server/open_queue.h"
 #include "rastrel/platform/os/output_file.h"
 
@@ -39,7 +40,6 @@ void WriteJobObject(const Job& job) {
       .Add("failures", job.failures)
       .Add("percent", job.percent)
       .Add("pages", job.pages)
-      .AddIfAny("ink", job.ink)
       .AddIfAny("spool", job.spool)
       .Add("sent", job.sentBytes)
       .Add("result", job.result)
@@ -47,7 +47,11 @@ void WriteJobObject(const Job& job) {
   std::vector<std::string> options;
   for (const auto& [name, value] : job.options)
     options.push_back(value.empty() ? name : name + "=" + value);
-  line.Add("options", options).Write();
+  line.Add("options", options);
+  // Text that is none, of a database that somebody changed, is left out.
+  if (const auto inks = InksOfText(job.ink); inks && !inks->empty())
+    line.AddJson("ink", TextOfInk(*inks));
+  line.Write();
 }
 
 void WriteField(const char* name, const std::string& value) {
@@ -71,7 +75,9 @@ void WriteFields(const Job& job) {
   WriteField("ended", TimeText(job.ended));
   WriteField("attempts", std::to_string(job.attempts));
   WriteField("pages", std::to_string(job.pages));
-  WriteField("ink", job.ink);
+  const auto inks = InksOfText(job.ink);
+  for (std::size_t page = 0; inks && page < inks->size(); ++page)
+    WriteField(("ink of page " + std::to_string(page + 1)).c_str(), ShownInk((*inks)[page]));
   WriteField("spool", job.spool);
 }
 
@@ -150,17 +156,8 @@ ExitStatus ShowJobCommand(const Invocation& invocation) {
 ExitStatus ExportJobsCommand(const Invocation& invocation) {
   const server::JobFilter filter = FilterOf(invocation);
   const auto queue = OpenJobQueue();
-  std::string table =
-      CsvRow({"job", "title", "owner", "source", "device", "work", "state", "priority", "bytes",
-              "pages", "submitted", "started", "ended", "attempts", "result", "ink", "message"});
-  ForEachJob(*queue, filter, [&table](const Job& job) {
-    table +=
-        CsvRow({std::to_string(job.id), job.title, job.owner, job.source, job.device,
-                server::NameOf(job.work), server::NameOf(job.state), std::to_string(job.priority),
-                std::to_string(job.bytes), std::to_string(job.pages), TimeText(job.submitted),
-                TimeText(job.started), TimeText(job.ended), std::to_string(job.attempts),
-                std::to_string(job.result), job.ink, job.message});
-  });
+  std::string table = JobTableHead();
+  ForEachJob(*queue, filter, [&table](const Job& job) { table += JobTableRow(job); });
   const std::string path = invocation.ValueOr(OptionId::OutputFile, StandardOutputName);
   if (path == StandardOutputName) {
     WriteOutData(table);

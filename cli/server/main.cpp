@@ -10,6 +10,7 @@
 #include "cli/server/jobs_change.h"
 #include "cli/server/jobs_view.h"
 #include "cli/server/serve_command.h"
+#include "cli/server/users_command.h"
 #include "cli/server/worker.h"
 
 namespace {
@@ -31,6 +32,10 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::JobsAccept:
     case CommandId::JobsRemove: return ChangeJobsCommand(invocation);
     case CommandId::JobsReprint: return ReprintJobCommand(invocation);
+    case CommandId::UsersList: return ListUsersCommand(invocation);
+    case CommandId::UsersAdd: return AddUserCommand(invocation);
+    case CommandId::UsersRole:
+    case CommandId::UsersRemove: return ChangeUserCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,

@@ -1,12 +1,18 @@
 #include "cli/server/open_queue.h"
 
 #include <charconv>
+#include <cstdint>
 
 #include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/path.h"
 
 namespace rastrel::cli {
+namespace {
+
+constexpr std::int64_t BytesInMegabyte = 1'000'000;
+
+}  // namespace
 
 std::unique_ptr<server::JobQueue> OpenJobQueue() {
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
@@ -18,7 +24,8 @@ std::unique_ptr<server::JobQueue> OpenJobQueue() {
 server::QueuePolicy PolicyOf(const server::ServerSettings& settings) {
   return {.quarantineAfter = settings.quarantineAfter,
           .readyJobs = settings.readyJobs,
-          .againAfterCutOff = settings.AgainAfterCutOff()};
+          .againAfterCutOff = settings.AgainAfterCutOff(),
+          .jobBytes = std::int64_t{settings.jobMegabytes} * BytesInMegabyte};
 }
 
 server::JobId JobNumber(const std::string& text) {

@@ -1,13 +1,16 @@
 #include "cli/server/serve_command.h"
 
+#include <array>
 #include <memory>
 #include <string>
 
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
 #include "cli/installation/installation.h"
+#include "cli/server/browser.h"
 #include "cli/server/open_queue.h"
 #include "cli/server/worker.h"
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/signals.h"
 #include "rastrel/platform/os/wait.h"
@@ -28,23 +31,23 @@ server::WorkerProgram Workers() {
           .removePages = RemoveKeptPages};
 }
 
-// The printer on the network, unless the settings turn it off.
-std::unique_ptr<server::PrinterService> StartedPrinter(
-    const server::NetworkPrinterSettings& settings) {
-  if (!settings.on) return nullptr;
+// A program beside this one, unless the settings turn it off.
+std::unique_ptr<server::PrinterService> StartedProgram(bool on, const char* program,
+                                                       const char* name) {
+  if (!on) return nullptr;
   // It offers the devices and the print modes, which a new data root gets at first use.
   OrEnd(ExitStatus::NotInstalled, MakeSureOfDataRoot());
   const std::string own = os::ExecutablePath();
-  auto printer = std::make_unique<server::PrinterService>(
-      own.substr(0, own.rfind('/')) + "/rastrel-printer",
-      [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
-  OrEnd(ExitStatus::JobFailed, printer->Start());
-  return printer;
+  auto service = std::make_unique<server::PrinterService>(
+      own.substr(0, own.rfind('/') + 1) + program,
+      [](const std::string& line) { WriteErrorLine("rastrel: " + line); }, name);
+  OrEnd(ExitStatus::JobFailed, service->Start());
+  return service;
 }
 
 }  // namespace
 
-ExitStatus ServeCommand(const Invocation&) {
+ExitStatus ServeCommand(const Invocation& invocation) {
   const HANDLE stop = OrEnd(ExitStatus::JobFailed, os::CreateSemaphoreHandle(0));
   const auto signals =
       OrEnd(ExitStatus::JobFailed,
@@ -52,14 +55,24 @@ ExitStatus ServeCommand(const Invocation&) {
   const auto queue = OpenJobQueue();
   const auto lock = OrEnd(ExitStatus::JobFailed, server::LockServer(os::DataRoot()));
   const auto settings = OrEnd(ExitStatus::WrongUse, server::SettingsOf(os::DataRoot()));
+  const bool opens = invocation.Has(OptionId::OpenBrowser);
+  if (opens && !settings.web.on)
+    throw CommandError(ExitStatus::WrongUse,
+                       "there is no page: server.toml has no section [web] that is on");
   // One line for each part; they stop in the other order.
   server::Scheduler scheduler(*queue, settings, Workers());
   OrEnd(ExitStatus::JobFailed, scheduler.Start());
   server::FolderWatch folders(os::DataRoot(), *queue,
                               [](const std::string& line) { WriteErrorLine("rastrel: " + line); });
   OrEnd(ExitStatus::JobFailed, folders.Start());
-  const auto printer = StartedPrinter(settings.printer);
+  const auto printer =
+      StartedProgram(settings.printer.on, "rastrel-printer", "the network printer");
+  const auto web = StartedProgram(settings.web.on, "rastrel-web", "the HTTP interface");
   WriteErrorLine("rastrel: serving " + os::DataRoot());
+  if (opens)
+    OpenInBrowser(settings.web, [stop] {
+      return os::WaitReadable(std::array{stop}, os::Deadline::After({})) == os::WaitSignaledBase;
+    });
   OrEnd(ExitStatus::JobFailed, os::AcquireSemaphoreHandle(stop));
   WriteErrorLine("rastrel: stopping");
   return ExitStatus::Done;

@@ -23,8 +23,8 @@ constexpr std::array<std::string_view, 6> Reaches{"none",    "file", "directory"
                                                   "program", "tcp",  "serial"};
 constexpr std::array<std::string_view, 3> Parities{"none", "even", "odd"};
 constexpr std::array<std::string_view, 3> Flows{"none", "rts-cts", "xon-xoff"};
-constexpr std::array<std::string_view, 7> GcodeTexts{"start", "settings", "tool-on", "tool-off",
-                                                     "rapid", "line",     "end"};
+constexpr std::array<std::string_view, 9> GcodeTexts{
+    "start", "settings", "tool-on", "tool-off", "arc-right", "arc-left", "rapid", "line", "end"};
 constexpr std::array<int, 14> Bauds{1200,   2400,   4800,   9600,   19200,  38400,  57600,
                                     115200, 230400, 460800, 500000, 576000, 921600, 1000000};
 

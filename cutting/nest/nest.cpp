@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
-#include <random>
 
 #include "cutting/nest/layout.h"
 #include "cutting/nest/piece_shape.h"
+#include "cutting/nest/search.h"
 
 namespace rastrel::cutting {
 namespace {
@@ -64,43 +63,13 @@ Expected<PieceShape> ShapeOfInput(const NestInput& input, const NestOptions& opt
     return Refused(input.name + ": a path lies more than 100 m from the page");
   if (ToolBoxOf(*input.job).IsEmpty()) return Refused(input.name + ": it has no path for a tool");
   PieceShape shape = nest::ShapeOf(*input.job, options.gap, TurnsOf(options.turns));
+  if (shape.corners > MaximumNestCorners)
+    return Refused(input.name + ": its tool paths have more than 1000000 corners");
   const auto fits = [&](const nest::TurnedShape& turned) { return nest::Fits(turned, sheet); };
   if (std::ranges::none_of(shape.turns, fits))
     return Refused(input.name + ": it fits on no sheet, however it is turned");
   return shape;
 }
-
-// Orders of the pieces to begin with: large ones first, in three senses.
-std::vector<std::vector<std::size_t>> FirstOrders(const std::vector<PieceShape>& shapes,
-                                                  const std::vector<std::size_t>& shapeOfPiece) {
-  const auto byArea = [](const PieceShape& shape) { return shape.area; };
-  const auto byHeight = [](const PieceShape& shape) {
-    return static_cast<double>(shape.turns[0].top - shape.turns[0].bottom);
-  };
-  const auto bySide = [](const PieceShape& shape) {
-    return static_cast<double>(std::max(shape.turns[0].top - shape.turns[0].bottom,
-                                        shape.turns[0].right - shape.turns[0].left));
-  };
-  std::vector<std::vector<std::size_t>> orders;
-  const auto add = [&](const auto& sizeOf) {
-    std::vector<std::size_t> order(shapeOfPiece.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
-      return sizeOf(shapes[shapeOfPiece[a]]) > sizeOf(shapes[shapeOfPiece[b]]);
-    });
-    orders.push_back(std::move(order));
-  };
-  add(byArea);
-  add(bySide);
-  add(byHeight);
-  return orders;
-}
-
-struct Search {
-  Layout best;
-  int layouts = 0;
-  bool rows = true;
-};
 
 // The best of rows of boxes. A roll has a maximum length.
 Expected<Layout> BestRows(const std::vector<PieceShape>& shapes,
@@ -110,37 +79,6 @@ Expected<Layout> BestRows(const std::vector<PieceShape>& shapes,
   if (narrow && (!best || narrow->IsBetterThan(*best))) best = std::move(narrow);
   if (!best) return Refused("the pieces need more than 100 m of the roll");
   return *std::move(best);
-}
-
-// Climbs from the best of the first orders by exchanging two pieces at a time. The generator's
-// numbers are the same everywhere, which the standard library's distributions are not.
-void Improve(Search& search, const std::vector<PieceShape>& shapes,
-             const std::vector<std::size_t>& shapeOfPiece, const SheetSize& sheet,
-             const NestOptions& options) {
-  const auto orders = FirstOrders(shapes, shapeOfPiece);
-  nest::OutlinePacker packer(shapes, shapeOfPiece, sheet);
-  std::mt19937_64 random(1);
-  std::vector<std::size_t> bestOrder = orders.front();
-  std::optional<Layout> bestOfOrders;
-  const auto goOn = [&] { return !options.goOn || options.goOn(search.layouts); };
-  for (int i = 0; i < options.effort; ++i) {
-    const bool isFirst = static_cast<std::size_t>(i) < orders.size();
-    std::vector<std::size_t> order = isFirst ? orders[static_cast<std::size_t>(i)] : bestOrder;
-    if (!isFirst) std::swap(order[random() % order.size()], order[random() % order.size()]);
-    std::optional<Layout> layout = packer.Pack(order, goOn);
-    if (!layout) {
-      if (!goOn()) return;
-      continue;
-    }
-    ++search.layouts;
-    if (bestOfOrders && bestOfOrders->IsBetterThan(*layout)) continue;
-    bestOrder = std::move(order);
-    if (layout->IsBetterThan(search.best)) {
-      search.best = *layout;
-      search.rows = false;
-    }
-    bestOfOrders = std::move(layout);
-  }
 }
 
 Transform PlacingOf(const nest::TurnedShape& shape, const nest::Placed& placed) {
@@ -169,9 +107,13 @@ SheetSize SizeOf(const NestOptions& options) {
           .roll = options.roll};
 }
 
-NestResult ResultOf(const Search& search, const std::vector<NestInput>& inputs,
+NestResult ResultOf(const nest::Search& search, const std::vector<NestInput>& inputs,
                     const std::vector<PieceShape>& shapes, const NestOptions& options) {
-  NestResult result{.layouts = search.layouts, .rows = search.rows};
+  NestResult result{.layouts = search.layouts, .rows = search.rows, .wasEnded = search.wasEnded};
+  for (const PieceShape& shape : shapes) {
+    result.thinned += shape.thinnedBy > 0 ? 1 : 0;
+    result.thinnedBy = std::max(result.thinnedBy, shape.thinnedBy);
+  }
   std::size_t piece = 0;
   double area = 0;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
@@ -213,8 +155,8 @@ Expected<NestResult> Nest(const std::vector<NestInput>& inputs, const NestOption
   }
   auto rows = BestRows(shapes, shapeOfPiece, sheet);
   if (!rows) return rows.Error();
-  Search search{.best = *std::move(rows)};
-  Improve(search, shapes, shapeOfPiece, sheet, options);
+  nest::Search search{.best = *std::move(rows)};
+  nest::Improve(search, shapes, shapeOfPiece, sheet, options);
   return ResultOf(search, inputs, shapes, options);
 }
 

@@ -17,6 +17,10 @@ constexpr double Reserve = 0.005;       // millimetres; for all roundings to a m
 // The time of a layout grows with the square of an outline's corners.
 constexpr std::size_t EnoughCorners = 48;
 constexpr std::size_t MaximumCorners = 200;
+// Beyond these a line is hulls before anything else is made of it: to grow a saw of 100,000 teeth
+// takes hours.
+constexpr std::size_t CornersBeforeHulls = 4000;
+constexpr std::size_t HullsInLine = 500;
 
 Path Rounded(const std::vector<Point>& points) {
   Path path;
@@ -93,6 +97,30 @@ bool Contains(const Paths& outer, const Paths& inner) {
   return rest.empty();
 }
 
+double DistanceToLine(IntPoint point, IntPoint from, IntPoint to) {
+  const auto dx = static_cast<double>(to.X - from.X);
+  const auto dy = static_cast<double>(to.Y - from.Y);
+  const auto px = static_cast<double>(point.X - from.X);
+  const auto py = static_cast<double>(point.Y - from.Y);
+  const double square = dx * dx + dy * dy;
+  const double along = square > 0 ? std::clamp((px * dx + py * dy) / square, 0.0, 1.0) : 0;
+  return std::hypot(px - along * dx, py - along * dy);
+}
+
+// How far a corner of `outlines` is from the lines of `simple` at most.
+double FurthestFrom(const Paths& simple, const Paths& outlines) {
+  double furthest = 0;
+  for (const Path& outline : outlines)
+    for (const IntPoint point : outline) {
+      double nearest = 1e300;
+      for (const Path& path : simple)
+        for (std::size_t i = 0; i < path.size() && nearest > furthest; ++i)
+          nearest = std::min(nearest, DistanceToLine(point, path[i], path[(i + 1) % path.size()]));
+      furthest = std::max(furthest, nearest);
+    }
+  return furthest;
+}
+
 // Fewer corners, with nothing of the outlines left outside.
 Paths Simplified(const Paths& outlines) {
   for (const double step : {0.05, 0.2, 0.5, 1.0}) {
@@ -108,10 +136,68 @@ Paths Simplified(const Paths& outlines) {
   return {HullOf(outlines)};
 }
 
+// Hulls of some hundred parts of the line, each from the last corner of the one before: all of the
+// line is within them, however its corners zigzag. A part that is straight has none. `joints` gets
+// the ends of the parts.
+Paths HullsAlong(const Path& line, Path& joints) {
+  const std::size_t step = line.size() / HullsInLine + 1;
+  Paths hulls;
+  for (std::size_t first = 0; first + 1 < line.size(); first += step) {
+    const auto begin = line.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end =
+        line.begin() + static_cast<std::ptrdiff_t>(std::min(first + step + 1, line.size()));
+    joints.push_back(*begin);
+    Path hull = HullOf({Path(begin, end)});
+    if (hull.size() > 2) hulls.push_back(std::move(hull));
+  }
+  joints.push_back(line.back());
+  return hulls;
+}
+
+// The outlines around all of a closed line with many corners: the hulls of its parts, and the area
+// that the joints of these go around.
+Paths AroundLine(Path line) {
+  line.push_back(line.front());
+  Path joints;
+  Paths around = HullsAlong(line, joints);
+  Paths within;
+  ClipperLib::SimplifyPolygon(joints, within, ClipperLib::pftNonZero);
+  within = Outer(within);
+  around.insert(around.end(), within.begin(), within.end());
+  ClipperLib::SimplifyPolygons(around, ClipperLib::pftNonZero);
+  return Outer(around);
+}
+
+double AreaOf(const Paths& outlines) {
+  double area = 0;
+  for (const Path& path : outlines)
+    area += ClipperLib::Area(path) / (UnitsPerMillimetre * UnitsPerMillimetre);
+  return area;
+}
+
 struct Lines {
-  Paths closed;  // of the closed cuts, united
-  Paths other;   // of all other tool paths
+  Paths closed;             // of the closed cuts, united
+  Paths other;              // of all other tool paths
+  Paths hulls;              // in place of those with many corners
+  double added = 0;         // area by which thinned outlines are too large, square millimetres
+  std::size_t corners = 0;  // before that
 };
+
+void AddLine(Lines& lines, Path line, bool isOutline) {
+  const bool isLong = line.size() > CornersBeforeHulls;
+  if (isLong && isOutline) {
+    const Paths around = AroundLine(line);
+    lines.added += AreaOf(around) - AreaOf({line});
+    lines.closed.insert(lines.closed.end(), around.begin(), around.end());
+  } else if (isLong) {
+    Path joints;
+    const Paths along = HullsAlong(line, joints);
+    lines.hulls.insert(lines.hulls.end(), along.begin(), along.end());
+    lines.other.push_back(std::move(joints));
+  } else {
+    (isOutline ? lines.closed : lines.other).push_back(std::move(line));
+  }
+}
 
 Lines LinesOf(const CutJob& job) {
   Lines lines;
@@ -119,11 +205,13 @@ Lines LinesOf(const CutJob& job) {
     if (!HasTool(path.operation)) continue;
     for (const Contour& contour : path.contours) {
       Path line = Rounded(Flatten(contour, FlatTolerance));
+      lines.corners += line.size();
+      if (lines.corners > MaximumNestCorners) return lines;
       const bool isOutline =
           path.operation == Operation::Cut && contour.closed && ClipperLib::Area(line) != 0;
       if (isOutline && !ClipperLib::Orientation(line)) ClipperLib::ReversePath(line);
       if (!isOutline && contour.closed && !line.empty()) line.push_back(line.front());
-      (isOutline ? lines.closed : lines.other).push_back(std::move(line));
+      AddLine(lines, std::move(line), isOutline);
     }
   }
   ClipperLib::SimplifyPolygons(lines.closed, ClipperLib::pftNonZero);
@@ -159,40 +247,19 @@ void SetBox(TurnedShape& shape, const CutJob& job, const Transform& turning) {
   shape.top = static_cast<cInt>(std::ceil(box.top * UnitsPerMillimetre));
 }
 
-Path Turned(const Path& path, const Transform& turning) {
+// Turns that differ by a quarter differ by nothing else: only the rest of the angle is rounded.
+Path Turned(const Path& path, double degrees) {
+  const double rest = std::fmod(degrees, 90);
+  const Transform turning = Turning(rest);
   Path turned;
   turned.reserve(path.size());
   for (const IntPoint point : path) {
     const Point at = turning.Apply({static_cast<double>(point.X), static_cast<double>(point.Y)});
-    turned.emplace_back(std::llround(at.x), std::llround(at.y));
+    IntPoint whole(std::llround(at.x), std::llround(at.y));
+    for (double quarter = rest; quarter < degrees; quarter += 90) whole = {-whole.Y, whole.X};
+    turned.push_back(whole);
   }
   return turned;
-}
-
-std::size_t LowestOf(const Path& path) {
-  const auto lower = [](IntPoint a, IntPoint b) { return a.Y < b.Y || (a.Y == b.Y && a.X < b.X); };
-  return static_cast<std::size_t>(std::ranges::min_element(path, lower) - path.begin());
-}
-
-// The edges of both in the order of their directions.
-Path ConvexSum(const Path& a, const Path& b) {
-  const std::size_t firstA = LowestOf(a);
-  const std::size_t firstB = LowestOf(b);
-  Path sum;
-  sum.reserve(a.size() + b.size());
-  for (std::size_t i = 0, j = 0; i < a.size() || j < b.size();) {
-    const IntPoint fromA = a[(firstA + i) % a.size()];
-    const IntPoint toA = a[(firstA + i + 1) % a.size()];
-    const IntPoint fromB = b[(firstB + j) % b.size()];
-    const IntPoint toB = b[(firstB + j + 1) % b.size()];
-    sum.emplace_back(fromA.X + fromB.X, fromA.Y + fromB.Y);
-    const cInt turn = (toA.X - fromA.X) * (toB.Y - fromB.Y) - (toA.Y - fromA.Y) * (toB.X - fromB.X);
-    const bool takeA = j == b.size() || (i < a.size() && turn >= 0);
-    const bool takeB = i == a.size() || (j < b.size() && turn <= 0);
-    if (takeA) ++i;
-    if (takeB) ++j;
-  }
-  return sum;
 }
 
 }  // namespace
@@ -209,42 +276,30 @@ Transform Turning(double degrees) {
 
 PieceShape ShapeOf(const CutJob& job, double gap, const std::vector<double>& turns) {
   Lines lines = LinesOf(job);
-  if (lines.closed.empty()) lines = {.closed = {Rectangle(ToolBoxOf(job))}, .other = {}};
-  PieceShape piece;
-  for (const Path& path : lines.closed)
-    piece.area += ClipperLib::Area(path) / (UnitsPerMillimetre * UnitsPerMillimetre);
+  PieceShape piece{.corners = lines.corners};
+  if (lines.corners > MaximumNestCorners) return piece;
+  if (lines.closed.empty()) {
+    lines = {};
+    lines.closed = {Rectangle(ToolBoxOf(job))};
+  }
+  piece.area = AreaOf(lines.closed) - lines.added;
+  lines.closed.insert(lines.closed.end(), lines.hulls.begin(), lines.hulls.end());
   const double growth = gap / 2 + FlatTolerance + Reserve;
-  const Paths outlines = Simplified(Grown(lines.closed, lines.other, growth));
+  const Paths grown = Grown(lines.closed, lines.other, growth);
+  const Paths outlines = Simplified(grown);
+  if (CornersOf(outlines) < CornersOf(grown))
+    piece.thinnedBy = FurthestFrom(outlines, grown) / UnitsPerMillimetre;
   for (const double degrees : turns) {
     TurnedShape shape{.turn = degrees, .outlines = {}, .convex = {}};
     const Transform turning = Turning(degrees);
     for (const Path& outline : outlines) {
-      shape.outlines.push_back(Turned(outline, turning));
+      shape.outlines.push_back(Turned(outline, degrees));
       shape.convex.push_back(IsConvex(shape.outlines.back()));
     }
     SetBox(shape, job, turning);
     piece.turns.push_back(std::move(shape));
   }
   return piece;
-}
-
-Paths Forbidden(const TurnedShape& standing, const TurnedShape& moving) {
-  Paths forbidden;
-  for (std::size_t i = 0; i < moving.outlines.size(); ++i) {
-    Path turned = moving.outlines[i];
-    for (IntPoint& point : turned) point = {-point.X, -point.Y};
-    for (std::size_t j = 0; j < standing.outlines.size(); ++j) {
-      if (moving.convex[i] && standing.convex[j]) {
-        forbidden.push_back(ConvexSum(standing.outlines[j], turned));
-        continue;
-      }
-      Paths sum;
-      ClipperLib::MinkowskiSum(turned, standing.outlines[j], sum, true);
-      for (Path& path : sum)
-        if (ClipperLib::Orientation(path)) forbidden.push_back(std::move(path));
-    }
-  }
-  return forbidden;
 }
 
 }  // namespace rastrel::cutting::nest

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cutting/job/cut_job.h"
+#include "cutting/nest/nest.h"
 
 /// The room that a piece takes, in whole micrometres, which polygons are exact in.
 namespace rastrel::cutting::nest {
@@ -22,8 +23,10 @@ struct TurnedShape {
 };
 
 struct PieceShape {
-  std::vector<TurnedShape> turns;
-  double area = 0;  ///< within the outlines themselves, square millimetres
+  std::vector<TurnedShape> turns{};
+  double area = 0;       ///< within the outlines themselves, square millimetres
+  double thinnedBy = 0;  ///< how far corners that were left out lie outside, millimetres; 0: none
+  std::size_t corners = 0;  ///< of all flat tool paths; none are turned if these are too many
 };
 
 /// About the origin. Exact for multiples of 90 degrees, so that boxes stay boxes.
@@ -31,9 +34,5 @@ struct PieceShape {
 
 /// `turns` has a value at least. The job has a path for a tool.
 [[nodiscard]] PieceShape ShapeOf(const CutJob& job, double gap, const std::vector<double>& turns);
-
-/// Where the reference point of `moving` may not be, strictly inside, while that of `standing` is
-/// at the origin. Counterclockwise contours that may overlap.
-[[nodiscard]] ClipperLib::Paths Forbidden(const TurnedShape& standing, const TurnedShape& moving);
 
 }  // namespace rastrel::cutting::nest

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cutting/output/arc_fit.h"
 #include "cutting/output/flat_points.h"
 #include "cutting/output/text_output.h"
 #include "rastrel/platform/os/decimal.h"
@@ -17,11 +18,11 @@ namespace {
 constexpr int MaximumDecimals = 6;
 constexpr double MaximumNumber = 1e9;
 
-enum class Name { Width, Height, Power, Force, Speed, Feed, Tool, Operation, X, Y };
+enum class Name { Width, Height, Power, Force, Speed, Feed, Tool, Operation, X, Y, I, J };
 
 // In the order of Name.
-constexpr std::array<std::string_view, 10> Names{"width", "height", "power",     "force", "speed",
-                                                 "feed",  "tool",   "operation", "x",     "y"};
+constexpr std::array<std::string_view, 12> Names{
+    "width", "height", "power", "force", "speed", "feed", "tool", "operation", "x", "y", "i", "j"};
 
 struct Piece {
   std::string text;  // ahead of the value
@@ -41,6 +42,9 @@ using NameRange = std::pair<Name, Name>;
 constexpr NameRange PageNames{Name::Width, Name::Height};
 constexpr NameRange SettingsNames{Name::Power, Name::Operation};
 constexpr NameRange AllNames{Name::Power, Name::Y};
+constexpr NameRange ArcNames{Name::Power, Name::J};
+// Of the tolerance; the rest is for decimals.
+constexpr double PartForArcs = 0.9;
 
 Failure Fault(std::string_view key, std::string why) {
   return FailureOf("the G-code text '" + std::string(key) + "' " + std::move(why));
@@ -78,7 +82,7 @@ Expected<Pattern> PatternOf(std::string_view key, std::string text, NameRange ra
 }
 
 struct Patterns {
-  Pattern start, settings, toolOn, toolOff, rapid, line, end;
+  Pattern start, settings, toolOn, toolOff, rapid, line, arcRight, arcLeft, end;
 };
 
 Expected<Patterns> PatternsOf(const GcodeTable& table) {
@@ -89,13 +93,15 @@ Expected<Patterns> PatternsOf(const GcodeTable& table) {
     NameRange range;
     Pattern& pattern;
   };
-  const std::array<Source, 7> sources{
+  const std::array<Source, 9> sources{
       Source{"start", table.start, PageNames, patterns.start},
       Source{"settings", table.settings, SettingsNames, patterns.settings},
       Source{"toolOn", table.toolOn, SettingsNames, patterns.toolOn},
       Source{"toolOff", table.toolOff, SettingsNames, patterns.toolOff},
       Source{"rapid", table.rapid, AllNames, patterns.rapid},
       Source{"line", table.line, AllNames, patterns.line},
+      Source{"arcRight", table.arcRight, ArcNames, patterns.arcRight},
+      Source{"arcLeft", table.arcLeft, ArcNames, patterns.arcLeft},
       Source{"end", table.end, PageNames, patterns.end}};
   for (const Source& source : sources) {
     auto pattern = PatternOf(source.key, source.text, source.range);
@@ -125,6 +131,7 @@ struct Position {
 struct Values {
   std::array<std::string, 8> texts;  // up to Operation
   Position position;
+  Position center;  // from an arc's start
 };
 
 class Program {
@@ -132,6 +139,7 @@ class Program {
   Program(const Patterns& patterns, const GcodeTable& table, const Transform& toDevice)
       : m_Patterns(patterns),
         m_ToSteps(toDevice),
+        m_HasArcs(!table.arcRight.empty()),
         m_Decimals(table.decimals),
         m_Scale(std::pow(10, table.decimals)) {}
 
@@ -162,7 +170,7 @@ class Program {
     m_Begun = false;
     bool hasFirst = false;
     Position first;
-    ForEachFlatPoint(contour, tolerance, [&](Point point) {
+    const auto take = [&](Point point) {
       const Position position = PositionOf(point);
       if (!hasFirst) {
         first = m_Values.position = position;
@@ -170,7 +178,12 @@ class Program {
       } else if (position != m_Values.position) {
         GoTo(position);
       }
-    });
+    };
+    if (m_HasArcs) {
+      DrawWithArcs(contour, tolerance, take);
+    } else {
+      ForEachFlatPoint(contour, tolerance, take);
+    }
     if (contour.closed && m_Values.position != first) GoTo(first);
     if (!m_Begun && isDrilled) GoTo(first);
     if (m_Begun) Write(m_Text, m_Patterns.toolOff);
@@ -182,19 +195,55 @@ class Program {
   std::string& Text(Name name) { return m_Values.texts[static_cast<std::size_t>(name)]; }
   void Set(Name name, double value) { Text(name) = os::ShortDecimal(value, 3); }
 
-  [[nodiscard]] Position PositionOf(Point point) const {
-    const Point moved = m_ToSteps.Apply(point);
-    return {std::llround(moved.x * m_Scale), std::llround(moved.y * m_Scale)};
+  [[nodiscard]] Position StepsOf(Point onDevice) const {
+    return {std::llround(onDevice.x * m_Scale), std::llround(onDevice.y * m_Scale)};
+  }
+
+  [[nodiscard]] Position PositionOf(Point point) const { return StepsOf(m_ToSteps.Apply(point)); }
+
+  void Begin() {
+    if (m_Begun) return;
+    Write(m_Text, m_Patterns.rapid);
+    Write(m_Text, m_Patterns.toolOn);
+    m_Begun = true;
   }
 
   void GoTo(const Position& position) {
-    if (!m_Begun) {
-      Write(m_Text, m_Patterns.rapid);
-      Write(m_Text, m_Patterns.toolOn);
-      m_Begun = true;
-    }
+    Begin();
     m_Values.position = position;
     Write(m_Text, m_Patterns.line);
+  }
+
+  template <typename Take>
+  void DrawWithArcs(const Contour& contour, double tolerance, Take take) {
+    take(contour.start);
+    Point from = contour.start;
+    for (const Segment& segment : contour.segments) {
+      if (segment.isCurve)
+        DrawArcs(from, segment, tolerance);
+      else
+        take(segment.end);
+      from = segment.end;
+    }
+  }
+
+  // Arcs are fitted on the device, where a mirrored page turns them round.
+  void DrawArcs(Point from, const Segment& curve, double tolerance) {
+    const Segment moved = CurveTo(m_ToSteps.Apply(curve.first), m_ToSteps.Apply(curve.second),
+                                  m_ToSteps.Apply(curve.end));
+    for (const FittedPart& part : ArcsOf(m_ToSteps.Apply(from), moved, tolerance * PartForArcs)) {
+      const Position end = StepsOf(part.end);
+      if (end == m_Values.position) continue;
+      if (!part.isArc) {
+        GoTo(end);
+        continue;
+      }
+      Begin();
+      const Position center = StepsOf(part.center);
+      m_Values.center = {center.x - m_Values.position.x, center.y - m_Values.position.y};
+      m_Values.position = end;
+      Write(m_Text, part.isLeft ? m_Patterns.arcLeft : m_Patterns.arcRight);
+    }
   }
 
   void Write(TextOutput& text, const Pattern& pattern) {
@@ -204,6 +253,10 @@ class Program {
         text.AddDecimal(static_cast<double>(m_Values.position.x) / m_Scale, m_Decimals);
       else if (piece.name == Name::Y)
         text.AddDecimal(static_cast<double>(m_Values.position.y) / m_Scale, m_Decimals);
+      else if (piece.name == Name::I)
+        text.AddDecimal(static_cast<double>(m_Values.center.x) / m_Scale, m_Decimals);
+      else if (piece.name == Name::J)
+        text.AddDecimal(static_cast<double>(m_Values.center.y) / m_Scale, m_Decimals);
       else
         text.Add(Text(piece.name));
     }
@@ -212,6 +265,7 @@ class Program {
 
   const Patterns& m_Patterns;
   Transform m_ToSteps;
+  bool m_HasArcs;
   int m_Decimals;
   double m_Scale;
   TextOutput m_Text;
@@ -233,6 +287,8 @@ Expected<void> Check(const GcodeTable& table) {
   if (!isFit(table.fullPower)) return FailureOf("the full power of G-code is above 0");
   if (!isFit(table.speed) || !isFit(table.force))
     return FailureOf("the speed and the force of G-code are above 0");
+  if (table.arcRight.empty() != table.arcLeft.empty())
+    return FailureOf("G-code has the texts of arcs to the right and to the left, or none of them");
   return {};
 }
 

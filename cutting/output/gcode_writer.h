@@ -13,6 +13,7 @@ namespace rastrel::cutting {
 ///     start, end                  {width} {height}: of the page, mm
 ///     settings, toolOn, toolOff   {power} {force} {speed} {feed} {tool} {operation}
 ///     rapid, line                 these, and {x} {y}: of the device, mm
+///     arcRight, arcLeft           these, and {i} {j}: from the arc's start to its center, mm
 ///
 /// {speed} is in millimetres a second, {feed} in millimetres a minute, {force} is the settings'
 /// own, and {power} its part of `fullPower` in percent. A byte of a tool's name that is no ASCII
@@ -25,6 +26,10 @@ struct GcodeTable {
   std::string toolOff = "M5";
   std::string rapid = "G0 X{x} Y{y}";  ///< to a contour's start, the tool is off
   std::string line = "G1 X{x} Y{y}";   ///< the tool is on
+  /// An arc of less than a half circle, clockwise and counterclockwise, with the tool on: "G2 X{x}
+  /// Y{y} I{i} J{j}" and "G3 ...". With both curves become arcs, else straight lines.
+  std::string arcRight;
+  std::string arcLeft;
   std::string end = "G0 X0 Y0\nM2";
   int decimals = 3;  ///< of positions, 0 to 6
   double fullPower = 1000;
@@ -35,7 +40,7 @@ struct GcodeTable {
 
 /// A program for a laser or a router. `toDevice` goes from the page's millimetres to the device's.
 /// Fails for a text with another name in braces, a brace without its counterpart, and for numbers
-/// that the table can't have.
+/// that the table can't have, and for one text of an arc without the other.
 [[nodiscard]] Expected<std::string> GcodeText(const CutJob& job, const Transform& toDevice,
                                               double tolerance, const GcodeTable& table);
 

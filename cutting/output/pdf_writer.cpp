@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "cutting/frame/mark_shape.h"
 #include "cutting/output/drawn_contour.h"
 #include "cutting/output/operation_look.h"
 #include "cutting/output/text_output.h"
@@ -136,6 +137,17 @@ void AddPath(TextOutput& text, const CutPath& path, const Transform& toPage) {
   if (drawn) text.Add("S\n");
 }
 
+// In black: no separation of an operation has them.
+void AddMarks(TextOutput& text, const CutJob& job, const Transform& toPage) {
+  if (job.marks.empty()) return;
+  text.Add("q 0 0 0 1 k\n");
+  for (const RegistrationMark& mark : job.marks) {
+    for (const Contour& contour : InkOf(mark)) AddContour(text, contour, toPage);
+    text.Add("f\n");
+  }
+  text.Add("Q\n");
+}
+
 std::string ContentOf(const CutJob& job, const Transform& toPage, double lineWidth) {
   TextOutput text;
   text.Add("/G gs 1 J 1 j ").AddDecimal(lineWidth, Decimals).Add(" w\n");
@@ -147,6 +159,7 @@ std::string ContentOf(const CutJob& job, const Transform& toPage, double lineWid
     chosen = path.operation;
     AddPath(text, path, toPage);
   }
+  AddMarks(text, job, toPage);
   return text.Take();
 }
 

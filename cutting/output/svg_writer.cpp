@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "cutting/frame/mark_shape.h"
 #include "cutting/output/drawn_contour.h"
 #include "cutting/output/operation_look.h"
 #include "cutting/output/text_output.h"
@@ -59,6 +60,18 @@ void AddGroup(TextOutput& text, const CutJob& job, Operation operation,
   text.Add("</g>\n");
 }
 
+void AddMarks(TextOutput& text, const CutJob& job, const Transform& toDrawing) {
+  if (job.marks.empty()) return;
+  text.Add("<g id=\"registration\" fill=\"#000000\" stroke=\"none\">\n");
+  text.Add("<title>Registration marks</title>\n");
+  for (const RegistrationMark& mark : job.marks) {
+    text.Add("<path d=\"");
+    for (const Contour& contour : InkOf(mark)) AddContour(text, contour, toDrawing);
+    text.Add("\"/>\n");
+  }
+  text.Add("</g>\n");
+}
+
 }  // namespace
 
 std::string SvgText(const CutJob& job, const Transform& toDevice) {
@@ -76,6 +89,7 @@ std::string SvgText(const CutJob& job, const Transform& toDevice) {
   text.AddDecimal(box.Height(), Decimals).Add("mm\" viewBox=\"0 0 ");
   text.AddDecimal(box.Width(), Decimals).Add(' ').AddDecimal(box.Height(), Decimals).Add("\">\n");
   for (const Operation operation : ToolOperationsOf(job)) AddGroup(text, job, operation, toDrawing);
+  AddMarks(text, job, toDrawing);
   text.Add("</svg>\n");
   return text.Take();
 }

@@ -34,4 +34,9 @@ struct PictureParts {
 
 [[nodiscard]] Expected<PictureParts> PartsOfPicture(const CutJob& job);
 
+/// In millimetres.
+[[nodiscard]] std::string SvgOfParts(const PictureParts& picture);
+/// `pixels` along the longer edge. Fails for numbers beyond the limits of cut_picture.h.
+[[nodiscard]] Expected<std::string> PngOfParts(const PictureParts& picture, int pixels);
+
 }  // namespace rastrel::cutting

@@ -75,14 +75,12 @@ cairo_status_t Append(void* text, const unsigned char* bytes, unsigned count) {
 
 }  // namespace
 
-Expected<std::string> CutPicturePng(const CutJob& job, int pixels) {
+Expected<std::string> PngOfParts(const PictureParts& picture, int pixels) {
   if (pixels < SmallestPicture || pixels > LargestPicture) {
     return FailureOf("a picture has " + std::to_string(SmallestPicture) + " to " +
                      std::to_string(LargestPicture) + " pixels along its longer edge");
   }
-  const auto picture = PartsOfPicture(job);
-  if (!picture) return picture.Error();
-  const Box& box = picture->box;
+  const Box& box = picture.box;
   const double scale = pixels / std::max(box.Width(), box.Height());
   const auto edge = [&](double length) {
     return std::clamp(static_cast<int>(std::ceil(length * scale)), 1, pixels);
@@ -97,7 +95,7 @@ Expected<std::string> CutPicturePng(const CutJob& job, int pixels) {
   cairo_translate(context.get(), -box.left, -box.top);
   cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                          CAIRO_FONT_WEIGHT_NORMAL);
-  for (const auto& part : picture->parts) {
+  for (const auto& part : picture.parts) {
     std::visit([&](const auto& one) { Draw(context.get(), one); }, part);
   }
   std::string png;
@@ -109,6 +107,12 @@ Expected<std::string> CutPicturePng(const CutJob& job, int pixels) {
     return FailureOf(std::string("the picture can't be drawn: ") + cairo_status_to_string(status));
   }
   return png;
+}
+
+Expected<std::string> CutPicturePng(const CutJob& job, int pixels) {
+  const auto picture = PartsOfPicture(job);
+  if (!picture) return picture.Error();
+  return PngOfParts(*picture, pixels);
 }
 
 }  // namespace rastrel::cutting

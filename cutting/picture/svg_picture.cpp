@@ -66,10 +66,12 @@ class SvgText {
 
 }  // namespace
 
+std::string SvgOfParts(const PictureParts& picture) { return SvgText(picture).Take(picture); }
+
 Expected<std::string> CutPictureSvg(const CutJob& job) {
   const auto picture = PartsOfPicture(job);
   if (!picture) return picture.Error();
-  return SvgText(*picture).Take(*picture);
+  return SvgOfParts(*picture);
 }
 
 }  // namespace rastrel::cutting

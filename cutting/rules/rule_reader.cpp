@@ -1,8 +1,3 @@
-#define TOML_EXCEPTIONS 0
-#define TOML_HEADER_ONLY 1
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,6 +9,8 @@
 
 #include "cutting/rules/rule_text.h"
 #include "cutting/rules/rules.h"
+#include "cutting/toml/toml_library.h"
+#include "cutting/toml/toml_text.h"
 #include "rastrel/platform/os/decimal.h"
 
 namespace rastrel::cutting {
@@ -309,7 +306,7 @@ void RuleReader::ReadKinds(const toml::table& table, Rule& rule) {
       rule.takesText = true;
     } else if (!kind.empty()) {
       Fault(*table.get("paint"), "a paint is 'stroke', 'fill' or 'text', and not " + Quoted(kind) +
-                                     Suggestion(kind, Kinds));
+                                     Suggestion(kind, {Kinds.begin(), Kinds.end()}));
     }
   }
 }
@@ -438,6 +435,7 @@ Expected<RuleSet> ReadRules(std::string_view text, const std::string& name) {
     failure.where = name;
     return failure;
   }
+  if (auto shallow = CheckTomlDepth(text, name); !shallow) return shallow.Error();
   const toml::parse_result parsed = toml::parse(text);
   if (parsed) return RuleReader(name).Read(parsed.table());
   Failure failure = FailureOf(std::string(parsed.error().description()), FailureCode::BadInput);

@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <numeric>
 
 #include "rastrel/platform/os/hex.h"
 
@@ -15,25 +14,6 @@ constexpr std::array Lengths{Unit{"mm", 1}, Unit{"cm", 10}, Unit{"in", 25.4},
                              Unit{"pt", 25.4 / 72}};
 constexpr std::array Speeds{Unit{"mm/s", 1}, Unit{"cm/s", 10}, Unit{"in/s", 25.4},
                             Unit{"m/min", 1000.0 / 60}};
-
-// Words of a rule file are short; a longer one is no slip of the hand.
-constexpr std::size_t MaximumMisspelt = 32;
-
-// Insertions, deletions and replacements from one to the other.
-std::size_t EditDistance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t replaced = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
 
 }  // namespace
 
@@ -62,19 +42,6 @@ std::optional<std::vector<double>> HexColor(std::string_view text) {
     components.push_back(*byte / 255.0);
   }
   return components;
-}
-
-std::string Suggestion(std::string_view word, std::span<const std::string_view> candidates) {
-  if (word.size() > MaximumMisspelt) return "";
-  std::string_view nearest;
-  std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
-  for (const std::string_view candidate : candidates) {
-    const std::size_t distance = EditDistance(word, candidate);
-    if (distance >= least) continue;
-    least = distance;
-    nearest = candidate;
-  }
-  return nearest.empty() ? "" : "; did you mean '" + std::string(nearest) + "'?";
 }
 
 }  // namespace rastrel::cutting

@@ -27,8 +27,4 @@ struct Unit {
 /// "#rrggbb" as three components from 0 to 1. Nothing if the text is another.
 [[nodiscard]] std::optional<std::vector<double>> HexColor(std::string_view text);
 
-/// The candidate that a misspelt word probably was, as "; did you mean 'that'?", or "".
-[[nodiscard]] std::string Suggestion(std::string_view word,
-                                     std::span<const std::string_view> candidates);
-
 }  // namespace rastrel::cutting

@@ -7,10 +7,8 @@
 #include <cstdint>
 #include <utility>
 
-#define TOML_EXCEPTIONS 0
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
-
+#include "cutting/toml/toml_library.h"
+#include "cutting/toml/toml_text.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/shown_text.h"
 
@@ -24,67 +22,13 @@ struct TomlState {
 
 namespace {
 
-/// Parts of a dotted key. The library ends a tree of tables by a call a level, so its depth has to
-/// have a limit before it is built.
-constexpr int KeyPartLimit = 16;
 /// A value that is shown in a message is cut after so many bytes.
 constexpr std::size_t ShownLimit = 60;
-
-bool IsKeyByte(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '-' || c == '"' || c == '\'';
-}
-
-/// The line with a key of too many parts; 0 if there is none.
-int LineOfDeepKey(std::string_view text) {
-  int line = 1;
-  int joints = 0;
-  char before = ' ';
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '\n') ++line;
-    if (c == '\n' || c == ',' || c == '=' || c == '[' || c == '{') joints = 0;
-    if (c == '.' && IsKeyByte(before) && ++joints >= KeyPartLimit) return line;
-    if (c != ' ' && c != '\t') before = c;
-  }
-  return 0;
-}
 
 std::string Shown(std::string_view text) {
   std::string shown = os::CleanLine(text.substr(0, ShownLimit));
   if (text.size() > ShownLimit) shown += "...";
   return shown;
-}
-
-/// How many letters have to be changed, added or taken away; for short words.
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t above = row[j];
-      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-      diagonal = above;
-    }
-  }
-  return row[b.size()];
-}
-
-template <typename Names>
-std::string Suggestion(std::string_view word, const Names& names) {
-  if (word.size() > ShownLimit) return {};
-  std::string best;
-  std::size_t bestDistance = 3;
-  for (const auto& name : names) {
-    const std::size_t distance = EditDistance(word, name);
-    if (distance < bestDistance && distance < word.size()) {
-      bestDistance = distance;
-      best = name;
-    }
-  }
-  return best.empty() ? "" : "; did you mean '" + best + "'?";
 }
 
 void KeepFault(TomlState& state, const toml::source_position& at, std::string why) {
@@ -224,7 +168,7 @@ std::optional<std::size_t> TomlTable::Choice(std::string_view key,
   std::string list;
   for (const std::string_view name : names) list += (list.empty() ? "" : ", ") + std::string(name);
   Fail(key, std::string(key) + " is '" + Shown(*text) + "' and must be one of " + list +
-                Suggestion(*text, names));
+                Suggestion(*text, {names.begin(), names.end()}));
   return std::nullopt;
 }
 
@@ -285,9 +229,9 @@ void TomlTable::Finish() {
     if (!unknown || key.source().begin < unknown->source().begin) unknown = &key;
   }
   if (!unknown) return;
-  KeepFault(
-      *m_State, unknown->source().begin,
-      "there is no key '" + Shown(unknown->str()) + "' here" + Suggestion(unknown->str(), m_Asked));
+  KeepFault(*m_State, unknown->source().begin,
+            "there is no key '" + Shown(unknown->str()) + "' here" +
+                Suggestion(unknown->str(), {m_Asked.begin(), m_Asked.end()}));
 }
 
 Expected<TomlFile> TomlFile::Parse(std::string_view text, std::string name) {
@@ -297,11 +241,7 @@ Expected<TomlFile> TomlFile::Parse(std::string_view text, std::string name) {
     KeepFault(*state, {}, "the file has more than " + std::to_string(TomlFileLimit) + " bytes");
     return state->fault.Error();
   }
-  if (const int line = LineOfDeepKey(text)) {
-    KeepFault(*state, {static_cast<toml::source_index>(line), 1},
-              "a key has more than " + std::to_string(KeyPartLimit) + " parts");
-    return state->fault.Error();
-  }
+  if (auto shallow = CheckTomlDepth(text, state->name); !shallow) return shallow.Error();
   toml::parse_result result = toml::parse(text);
   if (!result) {
     KeepFault(*state, result.error().source().begin,

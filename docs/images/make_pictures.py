@@ -13,6 +13,7 @@ import argparse
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 import tempfile
 
@@ -60,9 +61,9 @@ def path_as_postscript(lines):
 
 def overlay(page):
     """A job that shows the page's pixels, pale, with its cut paths over them."""
-    header, size, _, samples = (page / "page.ppm").read_bytes().split(b"\n", 3)
-    assert header == b"P6"
-    width, height = size.decode().split()
+    pixels = (page / "page.tif").read_bytes()  # docs/formats/page-directory.md
+    width, height = struct.unpack_from("<I", pixels, 18)[0], struct.unpack_from("<I", pixels, 30)[0]
+    samples = pixels[-3 * width * height:]
     cut = (page / "cut-paths").read_text(encoding="utf-8").splitlines()
     sides = [line.split(": ")[1] for line in cut if line.startswith(("width", "height"))]
     return f"""%!PS

@@ -1,11 +1,15 @@
-// The component's one exported function, and the views that it returns.
+// The component's two exported functions, and the views that the first returns.
 
 #include <QApplication>
 #include <QMessageBox>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "cutting/view/cut_scene.h"
+#include "cutting/view/cut_window.h"
+#include "host/qt/cut_window.h"
 #include "host/qt/dialog_window.h"
 #include "host/qt/display.h"
 #include "rastrel/platform/standalone/window_views.h"
@@ -63,4 +67,27 @@ RastrelMakeWindowViews(int version, const char** reason) {
   rastrel::qt::NeedApplication();
   static rastrel::qt::WindowViews views;
   return &views;
+}
+
+extern "C" __attribute__((visibility("default"))) bool RastrelShowCutWindow(
+    int version, const std::vector<rastrel::cutting::ShownSheet>& sheets, const char** reason) {
+  static std::string why;
+  const auto refuse = [reason](const rastrel::Failure& failure) {
+    why = failure.why;
+    *reason = why.c_str();
+    return false;
+  };
+  if (version != rastrel::cutting::CutWindowVersion)
+    return refuse(rastrel::FailureOf("rastrel-window.so is of another version"));
+  if (const auto usable = rastrel::qt::CheckDisplay(); !usable) return refuse(usable.Error());
+  if (sheets.empty()) return true;
+  std::vector<rastrel::cutting::CutScene> scenes;
+  for (const rastrel::cutting::ShownSheet& sheet : sheets) {
+    auto scene = rastrel::cutting::CutScene::Of(sheet.job);
+    if (!scene) return refuse(scene.Error());
+    scenes.push_back(*std::move(scene));
+  }
+  rastrel::qt::NeedApplication();
+  rastrel::qt::CutWindow(sheets, scenes).exec();
+  return true;
 }

@@ -102,6 +102,12 @@ void CRealReprintingThread::AddArguments() {
 // ticket's; without one a variable of the host's own must not count.
 bool CRealReprintingThread::StartWithInput() {
   m_pProcess->SetVariable("RASTREL_JOB", os::Utf8FromWide(m_pTicket->m_JobName));
+  // All types of pages say "reprint". The files of those that go with the job are the engine's to
+  // give away.
+  const CJobData& settings = m_pTicket->m_JobData;
+  const bool areKept =
+      m_pTicket->GetCFMFileExists() || (settings.SpoolRequested && settings.SpoolAllowed);
+  m_pProcess->SetVariable("RASTREL_PAGES", areKept ? "kept" : "removed");
   m_pProcess->m_hStdInput = m_hStdinRead;
   const bool started = StartProcess();
   os::CloseHandle(m_hStdinRead);

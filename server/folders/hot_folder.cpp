@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::int64_t Second = 1000000000;
 constexpr int QuietSeconds = 30;
+constexpr int LinkSeconds = 5;
 constexpr std::uint64_t SettingsLimit = 262144;
 
 /// Whether changes by other machines are not reported here: NFS, SMB, CIFS, SMB 2, FUSE, 9P.
@@ -31,6 +32,11 @@ bool MustBePolled(const std::string& path) {
   struct statfs state {};
   if (::statfs(path.c_str(), &state) != 0) return true;
   return std::ranges::find(Shares, static_cast<std::uint32_t>(state.f_type)) != Shares.end();
+}
+
+bool IsLink(const std::string& path) {
+  struct stat state {};
+  return ::lstat(path.c_str(), &state) == 0 && S_ISLNK(state.st_mode);
 }
 
 }  // namespace
@@ -54,6 +60,12 @@ void HotFolder::Tell(const std::string& message) {
 
 std::int64_t HotFolder::Look(std::int64_t now) {
   m_Telling.clear();
+  if (IsLink(m_Path)) {
+    // Whoever could put a link in the folder's place would choose whose files are taken and moved.
+    Tell(Describe(FailureOf("'" + m_Path + "' is a link; a hot folder is a directory itself")));
+    m_Told = m_Telling;
+    return LinkSeconds * Second;
+  }
   const auto settings = ReadSettings();
   TellOfSettings(settings);
   bool hasWaiting = !settings;
@@ -98,7 +110,7 @@ void HotFolder::TellOfSettings(const Expected<FolderSettings>& settings) {
 }
 
 Expected<bool> HotFolder::TakeWhole(const FolderSettings& settings, std::int64_t now) {
-  auto reader = os::DirectoryReader::Open(AT_FDCWD, m_Path.c_str(), true);
+  auto reader = os::DirectoryReader::Open(AT_FDCWD, m_Path.c_str(), false);
   if (!reader) return FailureAt(m_Path, reader.Error());
   std::set<std::string> present;
   bool hasWaiting = false;
@@ -115,6 +127,11 @@ Expected<bool> HotFolder::TakeWhole(const FolderSettings& settings, std::int64_t
       if (!S_ISREG(state.st_mode) || state.st_size == 0) continue;
       if (!IsOwnerAllowed(state.st_uid, m_Path, settings)) continue;
       present.insert(entry.name);
+      // It has another name elsewhere, and whoever dropped it may not be allowed to read it.
+      if (state.st_nlink != 1) {
+        hasWaiting = true;
+        continue;
+      }
       if (!IsWhole(entry.name, state, settings, now)) {
         hasWaiting = true;
         continue;

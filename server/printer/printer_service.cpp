@@ -24,7 +24,8 @@ constexpr seconds EndLimit{10};
 Expected<os::ChildProcess> StartProgram(const std::string& program) {
   os::SpawnRequest request;
   request.executable = program;
-  request.arguments = {"rastrel-printer", std::to_string(os::CurrentProcessId())};
+  request.arguments = {program.substr(program.rfind('/') + 1),
+                       std::to_string(os::CurrentProcessId())};
   request.environment = os::EnvironmentEntries();
   return os::Spawn(request);
 }
@@ -42,8 +43,8 @@ seconds NextPause(seconds last, seconds ran) {
   return std::min(last * 2, LongestPause);
 }
 
-PrinterService::PrinterService(std::string program, OnMessage onMessage)
-    : m_Program(std::move(program)), m_OnMessage(std::move(onMessage)) {}
+PrinterService::PrinterService(std::string program, OnMessage onMessage, std::string name)
+    : m_Program(std::move(program)), m_Name(std::move(name)), m_OnMessage(std::move(onMessage)) {}
 
 PrinterService::~PrinterService() { Stop(); }
 
@@ -54,7 +55,7 @@ Expected<void> PrinterService::Start() {
   m_Thread = os::Thread::Start([this] { Keep(); });
   if (m_Thread) return {};
   os::CloseHandle(m_Stop);
-  return FailureOf("there is no thread for the network printer");
+  return FailureOf("there is no thread for " + m_Name);
 }
 
 void PrinterService::Stop() {
@@ -76,7 +77,7 @@ void PrinterService::Keep() {
     const auto began = std::chrono::steady_clock::now();
     auto child = StartProgram(m_Program);
     if (!child) {
-      m_OnMessage("the network printer can't be started: " + Describe(child.Error()));
+      m_OnMessage(m_Name + " can't be started: " + Describe(child.Error()));
     } else {
       const std::array handles{m_Stop, child->process};
       if (os::WaitReadable(handles, os::Deadline::Never()) == os::WaitSignaledBase) {
@@ -84,7 +85,7 @@ void PrinterService::Keep() {
         os::CloseHandle(child->process);
         return;
       }
-      m_OnMessage("the network printer ended: " + EndOf(child->process));
+      m_OnMessage(m_Name + " ended: " + EndOf(child->process));
       os::CloseHandle(child->process);
     }
     pause = NextPause(

@@ -14,15 +14,17 @@ class Thread;
 
 namespace rastrel::server {
 
-/// Keeps rastrel-printer running: starts it, and starts it again when it ends, after pauses that
-/// double from one second to a minute. A run of a minute or more makes the pause short again.
+/// Keeps a program of the server running: starts it, and starts it again when it ends, after pauses
+/// that double from one second to a minute. A run of a minute or more makes the pause short again.
 class PrinterService {
  public:
   /// Called, on the service's thread, with one clean line for the server's log.
   using OnMessage = std::function<void(const std::string& line)>;
 
-  /// `program` is the native path of rastrel-printer, which takes its settings from the data root.
-  PrinterService(std::string program, OnMessage onMessage);
+  /// `program` is the native path of rastrel-printer, or of another such, which takes its settings
+  /// from the data root. Messages call it `name`.
+  PrinterService(std::string program, OnMessage onMessage,
+                 std::string name = "the network printer");
   /// Stops.
   ~PrinterService();
   PrinterService(const PrinterService&) = delete;
@@ -41,6 +43,7 @@ class PrinterService {
   [[nodiscard]] bool WaitsForStop(std::chrono::nanoseconds time) const;
 
   std::string m_Program;
+  std::string m_Name;
   OnMessage m_OnMessage;
   HANDLE m_Stop = INVALID_HANDLE_VALUE;
   std::unique_ptr<os::Thread> m_Thread;

@@ -19,7 +19,7 @@ Expected<Bell> Bell::Open(const std::string& path) {
 void Bell::Ring() {
   // A full disk keeps a bell from ringing only at its first time. The server looks now and then by
   // itself.
-  static_cast<void>(::pwrite(m_File.Get(), "!", 1, 0));
+  [[maybe_unused]] const ssize_t rung = ::pwrite(m_File.Get(), "!", 1, 0);
 }
 
 int Bell::Descriptor() {

@@ -111,11 +111,14 @@ Expected<std::unique_ptr<JobQueue>> JobQueue::Open(const std::string& dataRoot,
   return std::unique_ptr<JobQueue>(new JobQueue(std::move(parts)));
 }
 
-Expected<std::optional<Job>> JobQueue::Find(JobId id) {
+Expected<std::optional<Job>> JobQueue::Find(JobId id, const std::string& owner) {
   Database& views = *m_Parts->views;
   const auto lock = views.Lock();
-  Query row = views.Prepare(std::string("SELECT ") + JobColumns + " FROM jobs WHERE id = ?");
-  if (row.Bind(id).Next()) return std::optional(JobOfRow(row));
+  Query row = views.Prepare(std::string("SELECT ") + JobColumns + " FROM jobs WHERE id = ?" +
+                            (owner.empty() ? "" : " AND owner = ?"));
+  row.Bind(id);
+  if (!owner.empty()) row.Bind(owner);
+  if (row.Next()) return std::optional(JobOfRow(row));
   if (auto fine = row.End(); !fine) return fine.Error();
   return std::optional<Job>();
 }
@@ -157,19 +160,45 @@ Expected<std::int64_t> JobQueue::EndedBytes() {
   return bytes;
 }
 
-Expected<std::vector<JobEvent>> JobQueue::Events(std::int64_t after, JobId job, int limit) {
+Expected<std::vector<JobEvent>> JobQueue::Events(std::int64_t after, JobId job, int limit,
+                                                 const std::string& owner) {
   Database& views = *m_Parts->views;
   const auto lock = views.Lock();
   Query rows =
       views.Prepare(std::string("SELECT number, job, time, kind, text FROM events WHERE ") +
-                    (job == 0 ? "" : "job = ? AND ") + "number > ? ORDER BY number LIMIT ?");
+                    (job == 0 ? "" : "job = ? AND ") +
+                    (owner.empty() ? "" : "job IN (SELECT id FROM jobs WHERE owner = ?) AND ") +
+                    "number > ? ORDER BY number LIMIT ?");
   if (job != 0) rows.Bind(job);
+  if (!owner.empty()) rows.Bind(owner);
   rows.Bind(after).Bind(std::int64_t{limit});
   std::vector<JobEvent> events;
   while (rows.Next())
     events.push_back({rows.Number(0), rows.Number(1), rows.Number(2), rows.Text(3), rows.Text(4)});
   if (auto fine = rows.End(); !fine) return fine.Error();
   return events;
+}
+
+Expected<std::int64_t> JobQueue::LastEvent() {
+  Database& views = *m_Parts->views;
+  const auto lock = views.Lock();
+  Query last = views.Prepare("SELECT coalesce(max(number), 0) FROM events");
+  const std::int64_t number = last.Next() ? last.Number(0) : 0;
+  if (auto fine = last.End(); !fine) return fine.Error();
+  return number;
+}
+
+Expected<std::string> JobQueue::Mark(const std::string& owner) {
+  Database& views = *m_Parts->views;
+  const auto lock = views.Lock();
+  Query sums = views.Prepare(
+      std::string("SELECT count(*) || ' ' || coalesce(sum(id), 0) || ' ' || coalesce(sum(id % "
+                  "1000003 * priority), 0) FROM jobs") +
+      (owner.empty() ? "" : " WHERE owner = ?"));
+  if (!owner.empty()) sums.Bind(owner);
+  const std::string mark = sums.Next() ? sums.Text(0) : std::string();
+  if (auto fine = sums.End(); !fine) return fine.Error();
+  return mark;
 }
 
 int JobQueue::Bell() const { return m_Parts->bell.Descriptor(); }

@@ -37,6 +37,7 @@ struct QueuePolicy {
   /// Jobs that are interpreted ahead for each device; 0: as many as there are.
   int readyJobs = 0;
   std::set<std::string> againAfterCutOff{};  ///< devices that get a delivery again by itself
+  std::int64_t jobBytes = 0;                 ///< the largest file that a job may be; 0: no limit
 };
 
 /// A change that was refused since the job's state does not allow it has the Failure's reason
@@ -52,10 +53,12 @@ class JobQueue {
   JobQueue& operator=(const JobQueue&) = delete;
 
   /// Copies the file into the queue (hidden, flushed, renamed) and adds the row. The job is there
-  /// whole, or not at all. Rings the bell of a server that runs.
+  /// whole, or not at all. Rings the bell of a server that runs. A file that is larger than the
+  /// policy lets is refused as bad input.
   [[nodiscard]] Expected<JobId> Submit(const JobRequest& request);
 
-  [[nodiscard]] Expected<std::optional<Job>> Find(JobId id);
+  /// Nothing if there is no such job, or if it is another owner's and `owner` is not empty.
+  [[nodiscard]] Expected<std::optional<Job>> Find(JobId id, const std::string& owner = {});
   [[nodiscard]] Expected<std::vector<Job>> List(const JobFilter& filter);
   [[nodiscard]] Expected<std::int64_t> Count(const JobFilter& filter);
 
@@ -116,8 +119,15 @@ class JobQueue {
   /// Bytes of the files of jobs that have ended.
   [[nodiscard]] Expected<std::int64_t> EndedBytes();
 
-  /// Events after a number, oldest first, at most `limit`. Of one job unless `job` is 0.
-  [[nodiscard]] Expected<std::vector<JobEvent>> Events(std::int64_t after, JobId job, int limit);
+  /// Events after a number, oldest first, at most `limit`. Of one job unless `job` is 0, and of one
+  /// owner's jobs unless `owner` is empty.
+  [[nodiscard]] Expected<std::vector<JobEvent>> Events(std::int64_t after, JobId job, int limit,
+                                                       const std::string& owner = {});
+  /// The number of the newest event; 0 if there is none.
+  [[nodiscard]] Expected<std::int64_t> LastEvent();
+  /// A text that is another one when jobs came, went or got another priority, of all owners if
+  /// `owner` is empty: changes of which no event speaks.
+  [[nodiscard]] Expected<std::string> Mark(const std::string& owner);
 
   /// A descriptor that becomes readable when anything changed, by any process; read it to rest it
   /// (RestBell). Valid as long as the queue. -1 where it can't be had: then look every second.

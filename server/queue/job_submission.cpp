@@ -71,10 +71,21 @@ class Incoming {
   bool m_Kept = false;
 };
 
+Expected<void> CheckSize(const std::string& path, std::int64_t bytes, std::int64_t limit) {
+  if (limit == 0 || bytes <= limit) return {};
+  return FailureOf("'" + path + "' has " + std::to_string(bytes) +
+                       " bytes, and a job of this server may have " + std::to_string(limit),
+                   FailureCode::BadInput);
+}
+
 // Copies the file and has it written to the disk. Returns its size.
-Expected<std::int64_t> CopyToDisk(const std::string& path, const std::string& copy) {
+Expected<std::int64_t> CopyToDisk(const std::string& path, const std::string& copy,
+                                  std::int64_t limit) {
   const auto source = os::OpenRegularFile(os::FromNative(path));
   if (!source) return FailureAt(path, source.Error());
+  struct stat state {};
+  if (::fstat(source->Get(), &state) != 0) return Failure{"fstat", path, errno};
+  if (auto fits = CheckSize(path, state.st_size, limit); !fits) return fits.Error();
   const auto target = os::CreateForWriting(os::FromNative(copy), os::Access::Private);
   if (!target) return target.Error();
   os::PrepareCopy(target->Get(), source->Get(), 0);
@@ -82,6 +93,8 @@ Expected<std::int64_t> CopyToDisk(const std::string& path, const std::string& co
   if (auto copied = os::AppendContent(target->Get(), source->Get()); !copied)
     return FailureAt(copied.Error().what == "read" ? path : copy, copied.Error());
   const off_t bytes = ::lseek(target->Get(), 0, SEEK_CUR);
+  // It may have grown meanwhile.
+  if (auto fits = CheckSize(path, bytes, limit); !fits) return fits.Error();
   if (::fsync(target->Get()) != 0) return Failure{"fsync", copy, errno};
   return std::int64_t{bytes};
 }
@@ -142,7 +155,8 @@ Expected<JobId> JobQueue::Submit(const JobRequest& request) {
   Incoming incoming(m_Parts->directory + "/jobs");
   if (auto made = incoming.Make(); !made) return made.Error();
   const std::string name = QueuedName(request.path);
-  const auto bytes = CopyToDisk(request.path, incoming.Path() + "/" + name);
+  const auto bytes =
+      CopyToDisk(request.path, incoming.Path() + "/" + name, m_Parts->policy.jobBytes);
   if (!bytes) return bytes.Error();
   if (auto flushed = os::FlushNamesIn(incoming.Path()); !flushed) return flushed.Error();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "cutting/toml/strict_toml.h"
 #include "rastrel/platform/os/file.h"
@@ -16,6 +17,7 @@ using cutting::TomlTable;
 
 constexpr std::size_t MaximumDevices = 1000;
 constexpr std::size_t MaximumName = 1024;
+constexpr std::size_t MaximumNames = 100;
 constexpr int MaximumSeconds = 604800;
 // In the order of DeviceWay.
 constexpr std::array<std::string_view, 5> Ways{"files", "folder", "program", "socket", "queue"};
@@ -101,6 +103,42 @@ void TakePrinter(TomlTable& root, NetworkPrinterSettings& printer) {
   table->Finish();
 }
 
+bool IsThisMachine(const std::string& address) {
+  return address == "localhost" || address == "::1" ||
+         (address.starts_with("127.") && address.find_first_not_of("0123456789.") == address.npos);
+}
+
+// Host names are compared in lower case.
+void TakeNames(TomlTable& table, WebSettings& web) {
+  web.names = table.Texts("names", MaximumNames).value_or(web.names);
+  for (std::string& name : web.names) {
+    if (!IsListenAddress(name)) table.Fail("names", "each is to be a host's name or number");
+    for (char& one : name)
+      if (one >= 'A' && one <= 'Z') one = static_cast<char>(one - 'A' + 'a');
+  }
+}
+
+void TakeWeb(TomlTable& root, WebSettings& web) {
+  auto table = root.Table("web");
+  if (!table) return;
+  web.on = table->Truth("on").value_or(true);
+  web.address = table->Text("address").value_or(web.address);
+  if (!IsListenAddress(web.address))
+    table->Fail("address", "the address is to be a host's name or number");
+  TakeWhole(*table, "port", 1024, 65535, web.port);
+  web.certificate = table->Text("certificate").value_or("");
+  web.key = table->Text("key").value_or("");
+  TakeNames(*table, web);
+  for (const auto& [key, path] : {std::pair("certificate", web.certificate), {"key", web.key}})
+    if (!path.empty() && path.front() != '/')
+      table->Fail(key, "the file is to be named by its full path");
+  if (web.certificate.empty() != web.key.empty())
+    table->Fail(web.key.empty() ? "certificate" : "key", "TLS needs both certificate and key");
+  if (web.certificate.empty() && !IsThisMachine(web.address))
+    table->Fail("address", "an address that other machines reach needs certificate and key");
+  table->Finish();
+}
+
 }  // namespace
 
 DeviceSettings ServerSettings::DeviceNamed(const std::string& name) const {
@@ -129,6 +167,7 @@ Expected<ServerSettings> ReadSettings(std::string_view text, const std::string& 
   TakeWhole(root, "job-megabytes", 0, 1'000'000'000, settings.jobMegabytes);
   TakeRetention(root, settings.retention);
   TakePrinter(root, settings.printer);
+  TakeWeb(root, settings.web);
   TakeDevices(root, settings);
   root.Finish();
   if (auto fine = file->Check(); !fine) return fine.Error();

@@ -46,6 +46,16 @@ struct NetworkPrinterSettings {
   int port = 8631;
 };
 
+/// The HTTP interface.
+struct WebSettings {
+  bool on = false;                    ///< true if the file has the section [web]
+  std::string address = "127.0.0.1";  ///< another than this machine's own needs TLS
+  int port = 8632;
+  std::string certificate;         ///< full native path, PEM; empty: no TLS
+  std::string key;                 ///< ...
+  std::vector<std::string> names;  ///< host names that browsers may use, besides the address
+};
+
 struct ServerSettings {
   int workers = 0;          ///< jobs interpreted at a time; 0: as many as processors
   int readyJobs = 8;        ///< interpreted ahead for each device
@@ -53,6 +63,7 @@ struct ServerSettings {
   int jobMegabytes = 0;     ///< largest file of a job; 0: no limit
   Retention retention;
   NetworkPrinterSettings printer;
+  WebSettings web;
   std::vector<DeviceSettings> devices;
 
   /// The device of that name, or the defaults under it.

@@ -40,6 +40,24 @@ TEST(PixelFile, reads_netpbm_pictures_of_one_and_three_samples) {
   EXPECT_EQ(Samples(Netpbm("P6", 5, 3, CountingBytes(45))), CountingBytes(45));
 }
 
+TEST(PixelFile, passes_samples_over_also_across_strips) {
+  const ScratchDirectory root;
+  // Strips of two rows of three samples, the last of which lies first.
+  const std::string content = GrayTiff(
+      {.width = 3, .height = 5, .rowsPerStrip = 2, .isBackwards = true}, CountingBytes(15));
+  root.Write("f", content);
+  auto file = PixelFile::Open(root.Path(), {"f", content.size(), {}});
+  ASSERT_TRUE(file);
+  std::string samples(4, '\0');
+  const auto bytes = std::as_writable_bytes(std::span(samples));
+  file->Skip(0);
+  file->Skip(5);
+  ASSERT_TRUE(file->Read(bytes.first(2)));  // the last of a strip, and the first of the next
+  file->Skip(6);                            // to the one after that
+  ASSERT_TRUE(file->Read(bytes.subspan(2)));
+  EXPECT_EQ(samples, "\6\7\16\17");
+}
+
 TEST(PixelFile, reads_a_netpbm_head_with_comments_and_any_whitespace) {
   EXPECT_EQ(Samples("P5 # a comment\n# 9 9\n\t2\r\n1 255\nab"), "ab");
 }

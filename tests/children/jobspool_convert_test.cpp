@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using corerast::testing::CheckedInfo;
 using corerast::testing::Pixels;
-using corerast::testing::ReadNetpbm;
+using corerast::testing::ReadPixels;
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -101,7 +101,7 @@ class QueueConvert : public ::testing::Test {
     EXPECT_NE(outcome.reports.find("\nERROR: "), std::string::npos);
     EXPECT_EQ(m_Bench.Leftovers(), std::vector<std::string>{"vkaaaaaa.ps"});
   }
-  [[nodiscard]] Pixels Page() const { return ReadNetpbm(m_Stem + ".cfm/page.ppm"); }
+  [[nodiscard]] Pixels Page() const { return ReadPixels(m_Stem + ".cfm/page.ppm"); }
 
   QueueFixture m_Bench;
   std::string m_Stem;
@@ -565,7 +565,7 @@ TEST(QueueBitmap, holds_rows_of_every_width_from_the_bottom) {
     ASSERT_TRUE(WriteBitmapFile(scratch.Path("page.ppm"), path, 254));
     const Bitmap bitmap = ReadBitmap(path);
     EXPECT_EQ(bitmap.dotsPerMetre, 10000U);
-    const Pixels pixels = ReadNetpbm(scratch.Path("page.ppm"));
+    const Pixels pixels = ReadPixels(scratch.Path("page.ppm"));
     for (unsigned y = 0; y < 3; ++y) {
       for (unsigned x = 0; x < width; ++x) ASSERT_EQ(bitmap.At(x, y), pixels.At(x, y));
     }

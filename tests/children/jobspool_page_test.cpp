@@ -13,7 +13,7 @@ namespace rastrel::jobspool::testing {
 namespace {
 
 using corerast::testing::Pixels;
-using corerast::testing::ReadNetpbm;
+using corerast::testing::ReadPixels;
 
 // Each page takes its changes back, as pages by comments do; all have marks of their own.
 const std::string Pages =
@@ -47,7 +47,7 @@ class QueuePage : public ::testing::Test {
   }
   // Its color at a point.
   [[nodiscard]] std::string At(unsigned x, unsigned y) const {
-    return ReadNetpbm(Path(".cfm/page.ppm")).At(x, 99 - y);
+    return ReadPixels(Path(".cfm/page.ppm")).At(x, 99 - y);
   }
   [[nodiscard]] std::string Path(const std::string& suffix) const {
     return m_Bench.RipDirectory() + "/vkaaaaaa" + suffix;

@@ -126,6 +126,23 @@ TEST_F(CommandDevice, a_command_that_dies_of_a_signal_is_reported) {
             (Names{"page 'p1': the command '" + script + "' was ended by signal 11"}));
 }
 
+TEST_F(CommandDevice, a_page_is_unsure_if_its_command_was_ended_before_it_could_say_how_it_went) {
+  const Names page{"3"};
+  EXPECT_EQ(Run(Script("kill -9 $$\n"))->Lines("UNSURE: "), page);
+  EXPECT_EQ(Run(Script("sleep 600\n"), "timeout = 1\n")->Lines("UNSURE: "), page);
+  EXPECT_EQ(Run(Script("sh -c 'kill -9 $$'\nexit $?\n"))->Lines("UNSURE: "), page);
+  EXPECT_EQ(Run(Script("exit 128\n"))->Lines("UNSURE: "), Names{});
+  EXPECT_EQ(Run(Script("exit 1\n"))->Lines("UNSURE: "), Names{});
+  EXPECT_EQ(Run("/no/such/program")->Lines("UNSURE: "), Names{});
+}
+
+TEST_F(CommandDevice, a_page_is_unsure_if_the_command_failed_after_an_earlier_plane) {
+  const std::string second = Script("test $1 = Red\n") + " {plane}";
+  EXPECT_EQ(Run(second, "", true)->Lines("UNSURE: "), Names{"3"});
+  const std::string first = Script("test $1 != Red\n") + " {plane}";
+  EXPECT_EQ(Run(first, "", true)->Lines("UNSURE: "), Names{});
+}
+
 TEST_F(CommandDevice, a_command_that_cannot_be_started_is_reported) {
   const auto missing = Run("/no/such/program {file}");
   EXPECT_EQ(missing->Status(), 1);

@@ -176,7 +176,7 @@ TEST(CutCapture, has_the_same_bytes_as_one_that_saves_no_step) {
     ASSERT_EQ(made.size(), expected.size());
     for (std::size_t page = 0; page < made.size(); ++page) {
       EXPECT_EQ(TextOf(made[page] + "/cut-paths"), TextOf(expected[page] + "/cut-paths"));
-      EXPECT_EQ(TextOf(made[page] + "/page.ppm"), TextOf(expected[page] + "/page.ppm"));
+      EXPECT_EQ(TextOf(made[page] + "/page.tif"), TextOf(expected[page] + "/page.tif"));
       paths += CutPathsOf(made[page]).size();
     }
   }

@@ -48,7 +48,7 @@ TEST(CutterEffect, leaves_other_colors_in_the_picture) {
     const std::string page =
         OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut())), Outline(color));
     EXPECT_TRUE(CutPathsOf(page).empty());
-    EXPECT_TRUE(HasRed(ReadNetpbm(page + "/page.ppm")));
+    EXPECT_TRUE(HasRed(ReadPixels(page + "/page.tif")));
   }
 }
 
@@ -98,7 +98,7 @@ TEST(CutterEffect, leaves_separations_of_long_names_in_the_picture) {
       Outline("[/Separation (" + std::string(100, 'x') +
               ") cvn /DeviceRGB {dup 0 gt {pop 1 0 0} {1 1 1} ifelse}] setcolorspace 1 setcolor"));
   EXPECT_TRUE(CutPathsOf(page).empty());
-  EXPECT_EQ(ReadNetpbm(page + "/page.ppm").At(70, 124), "255,0,0");
+  EXPECT_EQ(ReadPixels(page + "/page.tif").At(70, 124), "255,0,0");
 }
 
 TEST(CutterEffect, warns_of_a_color_that_nothing_is_painted_in) {
@@ -140,7 +140,7 @@ TEST(CutterEffect, of_none_keeps_the_outline_and_makes_no_file) {
   const std::string page = OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(CJobData())),
                                     Outline("1 0 0 setrgbcolor"));
   EXPECT_FALSE(std::filesystem::exists(page + "/cut-paths"));
-  EXPECT_EQ(ReadNetpbm(page + "/page.ppm").At(70, 124), "255,0,0");
+  EXPECT_EQ(ReadPixels(page + "/page.tif").At(70, 124), "255,0,0");
 }
 
 // Every operator that paints; each is said to have drawn a number of paths.
@@ -185,7 +185,7 @@ TEST(CutterEffect, covers_every_painting_operator) {
     Names kinds;
     for (const CutPath& path : CutPathsOf(pages[i])) kinds.push_back(path.kind);
     EXPECT_EQ(kinds, cases[i].second);
-    EXPECT_FALSE(HasRed(ReadNetpbm(pages[i] + "/page.ppm")));
+    EXPECT_FALSE(HasRed(ReadPixels(pages[i] + "/page.tif")));
   }
 }
 
@@ -311,7 +311,7 @@ TEST(DeviceSelect, of_frameless_leaves_the_picture_blank_and_keeps_the_cut_paths
        std::vector<std::wstring>{L"", L"(Frameless) DeviceSelect \nInitRIP \n\n"}) {
     const std::string page =
         OnlyPage(bench, PrefixOf(bench, prefix::CutDataSection(RedCut()) + start), job);
-    const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+    const Pixels pixels = ReadPixels(page + "/page.tif");
     EXPECT_EQ(pixels.width, 144U);
     const bool white = std::ranges::all_of(pixels.samples, [](char c) { return c == '\xFF'; });
     EXPECT_EQ(white, !start.empty());
@@ -426,7 +426,7 @@ TEST(CutterEffect, of_a_font_of_programs_keeps_their_marks_in_the_cut_color) {
   EXPECT_TRUE(paths[0].Passes(20, 100, 0.5));
   EXPECT_TRUE(paths[0].Passes(35, 115, 0.5));
   EXPECT_TRUE(paths[1].Passes(40, 100, 0.5));
-  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_FALSE(HasRed(pixels));
   EXPECT_EQ(pixels.At(67, 36), "0,0,255");
 }
@@ -446,7 +446,7 @@ TEST(CutterEffect, leaves_patterns_in_the_picture) {
     if (settings.CutterEnabled) {
       EXPECT_EQ(CutPathsOf(page).size(), 1U);
     }
-    return ReadNetpbm(page + "/page.ppm");
+    return ReadPixels(page + "/page.tif");
   };
   const Pixels with = picture(RedCut());
   const Pixels without = picture(CJobData());

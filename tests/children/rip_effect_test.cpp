@@ -35,7 +35,7 @@ std::vector<int> GrayUnder(const CJobData& settings) {
   const RipFixture bench;
   const std::string page = OnlyPage(bench, PrefixOf(bench, prefix::LevelsSection(settings)),
                                     Page(72, 72, "0.5 setgray 0 0 72 72 rectfill"));
-  std::istringstream text(ReadNetpbm(page + "/page.ppm").At(36, 36));
+  std::istringstream text(ReadPixels(page + "/page.tif").At(36, 36));
   std::vector<int> samples;
   for (std::string number; std::getline(text, number, ',');) samples.push_back(std::stoi(number));
   return samples;
@@ -153,7 +153,7 @@ Pixels PlainPage(const RipFixture& bench, const std::string& resolution, const s
   std::string text{std::istreambuf_iterator<char>(stream), {}};
   const std::size_t comment = text.find('#');
   text.erase(comment, text.find('\n', comment) + 1 - comment);
-  return ReadNetpbm(bench.File("plain.ppm", text));
+  return ReadPixels(bench.File("plain.ppm", text));
 }
 
 TEST(Strokes, have_the_pixels_of_an_interpreter_started_at_their_resolution) {
@@ -167,7 +167,7 @@ TEST(Strokes, have_the_pixels_of_an_interpreter_started_at_their_resolution) {
     const std::string y = by == std::string::npos ? x : resolution.substr(by + 1);
     const std::string mode = "3Color " + x + " " + y + " SetXYResolution";
     const Pixels made =
-        ReadNetpbm(Pages(bench.Run({PrefixOf(bench, L"", mode), job}), 1).front() + "/page.ppm");
+        ReadPixels(Pages(bench.Run({PrefixOf(bench, L"", mode), job}), 1).front() + "/page.tif");
     const Pixels expected = PlainPage(bench, resolution, job);
     ASSERT_EQ(made.width, expected.width);
     ASSERT_EQ(made.height, expected.height);
@@ -181,7 +181,7 @@ TEST(Strokes, are_adjusted_as_the_job_says) {
   const RipFixture bench;
   const std::string prefix = PrefixOf(bench, L"", "3Color 300 300 SetXYResolution");
   const auto samples = [&](const std::string& start) {
-    return ReadNetpbm(OnlyPage(bench, prefix, Page(130, 144, start + ThinDrawing)) + "/page.ppm")
+    return ReadPixels(OnlyPage(bench, prefix, Page(130, 144, start + ThinDrawing)) + "/page.tif")
         .samples;
   };
   const std::string unadjusted = samples("false setstrokeadjust\n");
@@ -226,7 +226,7 @@ TEST(ScalingEffect, of_a_custom_size_is_its_pixels_with_the_drawing_inside) {
   const std::string page =
       OnlyPage(bench, PrefixOf(bench, prefix::ScalingSection(CustomSize(25.4, 12.7)), Mode100),
                Page(300, 300, "1 0 0 setrgbcolor 0 0 300 300 rectfill"));
-  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_EQ(pixels.width, 1000U);
   EXPECT_EQ(pixels.height, 500U);
   EXPECT_EQ(pixels.At(245, 250), "255,255,255");
@@ -248,7 +248,7 @@ bool RedAtTheCorners(const RipFixture& bench, const std::wstring& section, const
                      const std::string& job) {
   const std::string page =
       Pages(bench.Run({PrefixOf(bench, section, Mode100), bench.File(name, job)}), 1).front();
-  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_EQ(pixels.width, 1000U);
   EXPECT_EQ(pixels.height, 500U);
   EXPECT_EQ(pixels.At(500, 250), "255,0,0");

@@ -129,7 +129,7 @@ void ExpectOutlineCut(const std::string& page) {
   for (const auto& [x, y] : {std::pair(20, 20), {120, 20}, {120, 70}, {20, 70}}) {
     EXPECT_TRUE(paths[0].Passes(x, y, half)) << x << " " << y;
   }
-  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_FALSE(HasRed(pixels));
   EXPECT_EQ(pixels.At(70, 124), "255,255,255");
   EXPECT_EQ(pixels.At(40, 44), "0,0,255");

@@ -35,7 +35,7 @@ void ExpectRedPage(const RipFixture& bench, const std::string& job) {
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
   const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 1U) << outcome.reports;
-  const Pixels pixels = ReadNetpbm(pages[0] + "/page.ppm");
+  const Pixels pixels = ReadPixels(pages[0] + "/page.tif");
   EXPECT_EQ(pixels.width, 72U);
   EXPECT_EQ(pixels.At(36, 36), "255,0,0");
   const pages::PageInfo info = CheckedInfo(pages[0]);
@@ -194,7 +194,7 @@ TEST(HostileJob, keeps_the_selection_over_two_jobs_in_one_file) {
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   for (const std::string& page : pages) {
     EXPECT_EQ(CheckedInfo(page).printer, "KVI Tiff Screen Preview");
-    EXPECT_EQ(ReadNetpbm(page + "/page.ppm").width, 72U);
+    EXPECT_EQ(ReadPixels(page + "/page.tif").width, 72U);
   }
 }
 

@@ -121,7 +121,26 @@ std::string Pixels::At(unsigned x, unsigned y) const {
   return text;
 }
 
-Pixels ReadNetpbm(const std::string& path) {
+Pixels ReadTiff(const std::string& path) {
+  Pixels pixels;
+  TIFF* const file = TIFFOpen(path.c_str(), "r");
+  if (file == nullptr) return pixels;
+  std::uint16_t channels = 0;
+  TIFFGetField(file, TIFFTAG_IMAGEWIDTH, &pixels.width);
+  TIFFGetField(file, TIFFTAG_IMAGELENGTH, &pixels.height);
+  TIFFGetField(file, TIFFTAG_SAMPLESPERPIXEL, &channels);
+  pixels.channels = channels;
+  std::string row(static_cast<std::size_t>(TIFFScanlineSize64(file)), '\0');
+  for (unsigned line = 0; line < pixels.height; ++line) {
+    EXPECT_EQ(TIFFReadScanline(file, row.data(), line), 1) << path;
+    pixels.samples += row;
+  }
+  TIFFClose(file);
+  return pixels;
+}
+
+Pixels ReadPixels(const std::string& path) {
+  if (path.ends_with(".tif")) return ReadTiff(path);
   std::istringstream file(ReadFile(path));
   Pixels pixels;
   std::string kind;

@@ -33,7 +33,8 @@ struct Pixels {
   /// "255,0,0"; "outside" if there is no such pixel.
   [[nodiscard]] std::string At(unsigned x, unsigned y) const;
 };
-[[nodiscard]] Pixels ReadNetpbm(const std::string& path);
+/// Reads netpbm, or TIFF by the TIFF library.
+[[nodiscard]] Pixels ReadPixels(const std::string& path);
 
 /// A sample of a TIFF file of one plane; -1 if there is no such file.
 [[nodiscard]] int PlaneSample(const std::string& path, unsigned x, unsigned y);

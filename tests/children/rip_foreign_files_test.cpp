@@ -106,7 +106,7 @@ TEST(ForeignFile, of_inkscape_loses_its_outlines_to_the_cut_paths) {
   for (const auto& [x, y] : {std::pair(20, 20), {120, 20}, {120, 70}, {20, 70}}) {
     EXPECT_TRUE(paths[0].Passes(x - left, y - bottom, 0.5)) << x << " " << y;
   }
-  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+  EXPECT_FALSE(HasRed(ReadPixels(page + "/page.tif")));
 }
 
 // The numbers before a word that ends a segment: "1 2 m", "1 2 3 4 5 6 C". A reading of the file's
@@ -205,7 +205,7 @@ Box PaintedBox(const std::string& file) {
   const std::string picture = file + ".ppm";
   EXPECT_TRUE(RunCommand(Ghostscript + "-sDEVICE=pgmraw -r1200 -dLastPage=1 -sOutputFile=- " +
                          Quoted(file) + " | LC_ALL=C sed '2{/^#/d}' > " + Quoted(picture) + " #"));
-  const Pixels pixels = ReadNetpbm(picture);
+  const Pixels pixels = ReadPixels(picture);
   Box box;
   for (unsigned y = 0; y < pixels.height; ++y) {
     const std::string_view row(pixels.samples.data() + std::size_t{y} * pixels.width, pixels.width);
@@ -272,7 +272,7 @@ TEST(PdfText, in_the_cut_color_becomes_outlines_where_it_would_be_painted) {
     ASSERT_FALSE(paths.empty());
     for (const std::string& kind : KindsOf(paths)) EXPECT_EQ(kind, "text");
     ExpectSameBox(BoxOf(paths), PaintedBox(pdf));
-    EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+    EXPECT_FALSE(HasRed(ReadPixels(page + "/page.tif")));
   }
 }
 
@@ -309,7 +309,7 @@ TEST(PdfText, is_taken_out_in_every_rendering_mode_as_far_as_it_has_the_color) {
     const std::string prefix = PrefixOf(bench, prefix::CutterSection(RedCut()));
     const std::string page = Pages(bench.Run({prefix, pdf}), 1).front();
     EXPECT_EQ(KindsOf(CutPathsOf(page)), one.kinds);
-    const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+    const Pixels pixels = ReadPixels(page + "/page.tif");
     EXPECT_EQ(HasRed(pixels), one.red);
     bool blue = false;
     for (std::size_t i = 0; i + 2 < pixels.samples.size(); i += 3) {
@@ -331,7 +331,7 @@ TEST(PdfText, of_a_separation_is_taken_out) {
   const std::vector<CutPath> paths = CutPathsOf(page);
   EXPECT_EQ(KindsOf(paths), (Names{"text"}));
   ExpectSameBox(BoxOf(paths), PaintedBox(pdf));
-  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+  EXPECT_FALSE(HasRed(ReadPixels(page + "/page.tif")));
 }
 
 // Text in embedded fonts, as the writers of PDF files embed it, on two pages.
@@ -355,7 +355,7 @@ TEST(PdfText, of_other_programs_files_is_taken_out) {
       const std::vector<CutPath> paths = CutPathsOf(page);
       ASSERT_FALSE(paths.empty());
       ExpectSameBox(BoxOf(paths), PaintedBox(job));
-      EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+      EXPECT_FALSE(HasRed(ReadPixels(page + "/page.tif")));
     }
   }
 }
@@ -383,7 +383,7 @@ TEST(PdfText, that_can_not_be_taken_out_is_warned_of) {
   EXPECT_TRUE(outcome.Says(warning)) << outcome.reports;
   const std::string page = Pages(outcome, 1).front();
   EXPECT_TRUE(CutPathsOf(page).empty());
-  EXPECT_TRUE(HasRed(ReadNetpbm(page + "/page.ppm")));
+  EXPECT_TRUE(HasRed(ReadPixels(page + "/page.tif")));
 }
 
 // Its ink's box, as it was measured when the file was collected: 11.214 19.728 194.04 28.746.
@@ -399,7 +399,7 @@ TEST(PdfText, of_a_real_file_in_a_spot_color_is_taken_out) {
   ASSERT_EQ(KindsOf(paths), (Names{"text"}));
   EXPECT_EQ(paths[0].color, "separation PANTONE 485 M");
   ExpectSameBox(BoxOf(paths), {11.214, 19.728, 194.04, 28.746});
-  EXPECT_FALSE(HasRed(ReadNetpbm(page + "/page.ppm")));
+  EXPECT_FALSE(HasRed(ReadPixels(page + "/page.tif")));
 }
 
 }  // namespace

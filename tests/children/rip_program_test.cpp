@@ -62,13 +62,13 @@ TEST(Rip, makes_one_directory_a_page) {
   EXPECT_EQ(fs::path(pages[0]).filename(), "p0001");
   EXPECT_EQ(fs::path(pages[1]).filename(), "p0002");
   EXPECT_EQ(fs::path(pages[0]).parent_path(), fs::path(pages[1]).parent_path());
-  EXPECT_EQ(NamesIn(pages[0]), (Names{".info", "page.ppm", "preview.png"}));
-  const Pixels first = ReadNetpbm(pages[0] + "/page.ppm");
+  EXPECT_EQ(NamesIn(pages[0]), (Names{".info", "page.tif", "preview.png"}));
+  const Pixels first = ReadPixels(pages[0] + "/page.tif");
   EXPECT_EQ(first.width, 144U);
   EXPECT_EQ(first.height, 72U);
   EXPECT_EQ(first.At(10, 10), "255,0,0");
   EXPECT_EQ(first.At(100, 10), "255,255,255");
-  EXPECT_EQ(ReadNetpbm(pages[1] + "/page.ppm").At(71, 71), "0,0,255");
+  EXPECT_EQ(ReadPixels(pages[1] + "/page.tif").At(71, 71), "0,0,255");
 }
 
 TEST(Rip, describes_its_files_in_the_info) {
@@ -142,7 +142,7 @@ TEST(Rip, takes_the_resolution_from_the_print_mode) {
   const std::string job = bench.File("job.ps", OnePage("1 0 0 setrgbcolor"));
   for (const auto& [mode, resolution] : modes) {
     const std::string page = OnlyPage(bench.Run({bench.Prefix(mode), job}));
-    EXPECT_EQ(ReadNetpbm(page + "/page.ppm").width, resolution) << mode;
+    EXPECT_EQ(ReadPixels(page + "/page.tif").width, resolution) << mode;
     EXPECT_EQ(CheckedInfo(page).xResolution, resolution) << mode;
   }
 }
@@ -192,12 +192,12 @@ TEST(Rip, prints_eps_that_declares_custom_colors_in_its_place_in_every_kind_of_m
   bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 72 72 SetXYResolution\n");
   const std::string eps = bench.File("job.eps", EpsWithCustomColor());
   const Pixels gray =
-      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix("Own/gray.ps"), eps})) + "/page.pgm");
+      ReadPixels(OnlyPage(bench.Run({bench.Prefix("Own/gray.ps"), eps})) + "/page.tif");
   EXPECT_EQ(gray.width, 72U);
   EXPECT_NE(gray.At(36, 18), "255");
   EXPECT_EQ(gray.At(36, 54), "255");
   const Pixels rgb =
-      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix("TIFF/tiff default.ps"), eps})) + "/page.ppm");
+      ReadPixels(OnlyPage(bench.Run({bench.Prefix("TIFF/tiff default.ps"), eps})) + "/page.tif");
   EXPECT_NE(rgb.At(36, 18), "255,255,255");
   EXPECT_EQ(rgb.At(36, 54), "255,255,255");
   const std::string page = OnlyPage(bench.Run({bench.Prefix("CMYK/300 dpi.ps"), eps}));
@@ -223,7 +223,7 @@ TEST(Rip, makes_gray_pages_for_one_color) {
   bench.File("root/Queue/rip/System/pmodes/Own/gray.ps", "%!PS\n1Color 40 40 SetXYResolution\n");
   const std::string page = OnlyPage(
       bench.Run({bench.Prefix("Own/gray.ps"), bench.File("job.ps", OnePage("0.2 setgray"))}));
-  const Pixels pixels = ReadNetpbm(page + "/page.pgm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_EQ(pixels.width, 40U);
   EXPECT_EQ(pixels.At(20, 20), "51");
   EXPECT_EQ(CheckedInfo(page).color, pages::PageColor::Gray);
@@ -236,7 +236,7 @@ TEST(Rip, crops_eps_to_its_bounding_box) {
       "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 150 230\n%%EndComments\n"
       "0 1 0 setrgbcolor 100 200 25 30 rectfill\n%%EOF\n";
   const Pixels pixels =
-      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", eps)})) + "/page.ppm");
+      ReadPixels(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", eps)})) + "/page.tif");
   EXPECT_EQ(pixels.width, 50U);
   EXPECT_EQ(pixels.height, 30U);
   EXPECT_EQ(pixels.At(10, 15), "0,255,0");
@@ -250,7 +250,7 @@ TEST(Rip, crops_eps_behind_lines_of_a_host) {
       "%%Title: from a host\n%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 150 230\n"
       "%%EndComments\n0 1 0 setrgbcolor 100 200 25 30 rectfill showpage\n";
   const Pixels pixels =
-      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", eps)})) + "/page.ppm");
+      ReadPixels(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", eps)})) + "/page.tif");
   EXPECT_EQ(pixels.width, 50U);
   EXPECT_EQ(pixels.height, 30U);
 }
@@ -266,7 +266,7 @@ TEST(Rip, takes_the_postscript_section_of_binary_eps) {
   file +=
       std::string(3, '\0') + std::string(16, '\0') + "\xFF\xFF" + eps + std::string(100, '\xAA');
   const Pixels pixels =
-      ReadNetpbm(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", file)})) + "/page.ppm");
+      ReadPixels(OnlyPage(bench.Run({bench.Prefix(), bench.File("job.eps", file)})) + "/page.tif");
   EXPECT_EQ(pixels.width, 40U);
   EXPECT_EQ(pixels.At(20, 10), "0,0,255");
 }
@@ -282,11 +282,11 @@ TEST(Rip, prints_pdf_behind_the_prefix) {
   const ProgramRun outcome = bench.Run({bench.Prefix("RGB/300 dpi.ps"), pdf});
   const Names pages = RipFixture::PagesOf(outcome.output);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
-  const Pixels first = ReadNetpbm(pages[0] + "/page.ppm");
+  const Pixels first = ReadPixels(pages[0] + "/page.tif");
   EXPECT_EQ(first.width, 600U);
   EXPECT_EQ(first.height, 300U);
   EXPECT_EQ(first.At(50, 150), "255,0,0");
-  EXPECT_EQ(ReadNetpbm(pages[1] + "/page.ppm").At(150, 150), "0,0,255");
+  EXPECT_EQ(ReadPixels(pages[1] + "/page.tif").At(150, 150), "0,0,255");
   EXPECT_EQ(CheckedInfo(pages[0]).printer, "KVI Tiff Screen Preview");
 }
 
@@ -361,9 +361,9 @@ TEST(Rip, fits_pages_into_a_custom_size) {
   const std::string job =
       "%!PS\n<< /PageSize [200 100] >> setpagedevice 1 0 0 setrgbcolor 0 0 100 100 rectfill "
       "showpage\n";
-  const Pixels pixels = ReadNetpbm(
+  const Pixels pixels = ReadPixels(
       OnlyPage(bench.Run({bench.Prefix("Own/100.ps", "KVI", section), bench.File("job.ps", job)})) +
-      "/page.ppm");
+      "/page.tif");
   EXPECT_EQ(pixels.width, 1000U);
   EXPECT_EQ(pixels.height, 500U);
   EXPECT_EQ(pixels.At(480, 250), "255,0,0");
@@ -397,7 +397,7 @@ TEST(Rip, applies_the_tables_of_a_levels_section) {
   const std::string page = OnlyPage(bench.Run({bench.Prefix("TIFF/tiff default.ps", "KVI", section),
                                                bench.File("job.ps", OnePage("0.5 setgray"))}));
   // 0.5 is 128 of 255 in the tables; half of it is 64. A device may be one off.
-  const Pixels pixels = ReadNetpbm(page + "/page.ppm");
+  const Pixels pixels = ReadPixels(page + "/page.tif");
   EXPECT_TRUE(pixels.At(36, 36) == "63,127,127" || pixels.At(36, 36) == "64,128,128")
       << pixels.At(36, 36);
 }

@@ -129,7 +129,7 @@ class RipRanges : public ::testing::Test {
     const auto files = FilesOf(run);
     unsigned different = 0;
     for (const auto& [name, bytes] : FilesOf(other)) {
-      if (!name.ends_with("page.ppm")) continue;
+      if (!name.ends_with("page.tif")) continue;
       const auto found = files.find(name);
       if (found == files.end() || found->second != bytes) ++different;
     }

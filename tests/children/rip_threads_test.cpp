@@ -68,9 +68,9 @@ TEST_P(RipThreads, paint_the_same_pixels_as_one) {
 
 // Separations are painted by the interpreter's own thread: several would gain nothing there.
 INSTANTIATE_TEST_SUITE_P(Modes, RipThreads,
-                         ::testing::Values(ThreadCase{"3Color 600 600 SetXYResolution", "page.ppm",
+                         ::testing::Values(ThreadCase{"3Color 600 600 SetXYResolution", "page.tif",
                                                       "gs: threads 3", "gs: threads 0"},
-                                           ThreadCase{"1Color 600 600 SetXYResolution", "page.pgm",
+                                           ThreadCase{"1Color 600 600 SetXYResolution", "page.tif",
                                                       "gs: threads 3", "gs: threads 0"},
                                            ThreadCase{"4Color 300 300 SetXYResolution",
                                                       "preview.png", "gs: threads none",

@@ -182,6 +182,35 @@ TEST_F(ChildStart, gives_the_engine_no_other_name_if_the_job_has_none) {
   EXPECT_EQ(Root().Read("name"), "");
 }
 
+/// Whether a spool is requested and allowed, and the word that the engine gets.
+struct KeptCase {
+  bool isRequested = false;
+  bool isAllowed = false;
+  const char* heard = "removed";
+};
+
+class KeptPages : public ChildStart, public ::testing::WithParamInterface<KeptCase> {};
+
+INSTANTIATE_TEST_SUITE_P(Spool, KeptPages,
+                         ::testing::Values(KeptCase{}, KeptCase{true, false, "removed"},
+                                           KeptCase{false, true, "removed"},
+                                           KeptCase{true, true, "kept"}),
+                         [](const auto& test) {
+                           return std::string(test.param.isRequested ? "requested"
+                                                                     : "not_requested") +
+                                  (test.param.isAllowed ? "_allowed" : "_not_allowed");
+                         });
+
+// The page list says "reprint" of every page, so that the engine can't know it from there.
+TEST_P(KeptPages, are_told_to_the_engine) {
+  const rastrel::test::EnvironmentGuard guard("RASTREL_PAGES", "the host's");
+  Engine("printf '%s' \"$RASTREL_PAGES\" > \"$RASTREL_HOME/kept\"; cat > /dev/null\n");
+  m_Ticket.m_JobData.SpoolRequested = GetParam().isRequested;
+  m_Ticket.m_JobData.SpoolAllowed = GetParam().isAllowed;
+  Print();
+  EXPECT_EQ(Root().Read("kept"), GetParam().heard);
+}
+
 TEST_F(ChildStart, leaves_a_host_without_standard_streams_working) {
   const std::array<int, 3> saved = {::dup(0), ::dup(1), ::dup(2)};
   for (const int stream : {0, 1, 2}) ::close(stream);

@@ -10,15 +10,14 @@ leads to a file is refused. Skipped (status 77) where there is no cupsd, or the 
 import json
 import os
 import pathlib
-import shutil
 import socket
 import subprocess
 import sys
 import tempfile
 import threading
-import time
 
-WAIT = 120  # seconds, for whatever is waited for
+from support.print_system import WAIT, answers, can_run, free_port, start_print_system, wait_for
+
 PAGE = """%!PS-Adobe-3.0
 %%BoundingBox: 0 0 40 30
 %%Pages: 1
@@ -27,62 +26,11 @@ PAGE = """%!PS-Adobe-3.0
 0.2 setgray 0 0 20 30 rectfill showpage
 %%EOF
 """
-FILES = """ServerRoot {0}/etc
-RequestRoot {0}/requests
-CacheDir {0}/cache
-StateDir {0}/state
-TempDir {0}/temp
-AccessLog {0}/access.log
-ErrorLog {0}/error.log
-PageLog {0}/page.log
-ServerKeychain {0}/keys
-SystemGroup root
-FileDevice Yes
-"""
-SERVER = """Listen 127.0.0.1:{0}
-Browsing Off
-DefaultAuthType None
-WebInterface No
-<Location />
-  Order deny,allow
-  Allow 127.0.0.1
-</Location>
-<Policy default>
-  <Limit All>
-    Order deny,allow
-    Allow 127.0.0.1
-  </Limit>
-</Policy>
-"""
 DEVICES = """[*]
 kind = file
 format = png
 pattern = {output}/{job}-{page}.png
 """
-
-
-def free_port():
-    with socket.socket() as one:
-        one.bind(("127.0.0.1", 0))
-        return one.getsockname()[1]
-
-
-def wait_for(condition, name):
-    end = time.monotonic() + WAIT
-    while time.monotonic() < end:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.1)
-    raise SystemExit(f"{name} did not come within {WAIT} seconds")
-
-
-def answers(port):
-    try:
-        socket.create_connection(("127.0.0.1", port), 1).close()
-        return True
-    except OSError:
-        return False
 
 
 class Listener:
@@ -105,21 +53,13 @@ class Listener:
                 self.jobs.append(got)
 
 
-def start_print_system(place, port):
-    for name in ("etc", "requests", "cache", "state", "temp", "keys"):
-        (place / name).mkdir(parents=True)
-    (place / "etc/cups-files.conf").write_text(FILES.format(place))
-    (place / "etc/cupsd.conf").write_text(SERVER.format(port))
-    place.chmod(0o755)
-    return subprocess.Popen(["cupsd", "-f", "-c", str(place / "etc/cupsd.conf"),
-                             "-s", str(place / "etc/cups-files.conf")],
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-
-
 def main():
     command = sys.argv[1]
-    if not shutil.which("cupsd") or not shutil.which("lpadmin") or os.geteuid() != 0:
+    if not can_run():
         print("skipped: a private print system needs cupsd, lpadmin and the superuser")
+        return 77
+    if not pathlib.Path("/usr/lib/cups/backend/socket").exists():
+        print("skipped: the print system has no way to printers at sockets (Debian's package cups)")
         return 77
     with tempfile.TemporaryDirectory(prefix="rastrel-cups-", ignore_cleanup_errors=True) as name:
         place = pathlib.Path(name)

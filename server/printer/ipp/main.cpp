@@ -1,6 +1,7 @@
 // rastrel-printer: the printers of the network, which bring documents into the queue of the data
 // root. `rastrel serve` starts it and starts it again. It ends with its starter.
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/tree.h"
 #include "server/printer/ipp/network_printer.h"
+#include "server/printer/ipp/whole_documents.h"
 #include "server/settings/server_settings.h"
 
 namespace rastrel::server {
@@ -24,6 +26,8 @@ namespace {
 
 constexpr std::uint64_t DevicesLimit = 262144;
 constexpr std::int64_t Megabyte = 1'000'000;
+constexpr std::int64_t DocumentLimit = 1
+                                       << 30;  // with a smaller limit of jobs, which is held later
 
 // Names of the settings' devices, then those of devices.txt but for the one that takes every name.
 Expected<std::vector<std::string>> DevicesOf(const std::string& root,
@@ -52,6 +56,19 @@ void EndOnSignals(NetworkPrinter& printer, const sigset_t& signals) {
   }).detach();
 }
 
+// The library writes a document as it comes, unpacked, and only then it is looked at. A few
+// megabytes that unpack to more than any job may have end at this size, and their job with them. No
+// file that this process writes for itself is as large.
+void LimitDocuments(std::int64_t jobLimit) {
+  if (jobLimit == 0) return;
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_FSIZE, &limit) != 0) return;
+  limit.rlim_cur =
+      std::min<rlim_t>(limit.rlim_max, static_cast<rlim_t>(std::max(jobLimit + 1, DocumentLimit)));
+  static_cast<void>(::setrlimit(RLIMIT_FSIZE, &limit));
+}
+
 Expected<void> Serve() {
   sigset_t signals;
   ::sigemptyset(&signals);
@@ -72,6 +89,8 @@ Expected<void> Serve() {
   const std::string spool = directory + "/spool";
   if (auto made = os::MakePath(os::FromNative(spool), os::Access::Private); !made) return made;
 
+  if (!SeesCutDocuments()) return FailureOf("the print system's library has no httpRead2");
+  LimitDocuments(settings->jobMegabytes * Megabyte);
   ShopPrinter shop(**queue, spool, settings->jobMegabytes * Megabyte);
   NetworkPrinter printer(shop, settings->printer, *devices, OfferedModes(root), directory);
   EndOnSignals(printer, signals);

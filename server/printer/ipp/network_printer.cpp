@@ -33,6 +33,10 @@ void SetMessage(pappl_job_t* job, const std::string& text) {
   ::papplJobSetMessage(job, "%s", os::CleanLine(text).c_str());
 }
 
+std::pair<int, int> KeyOf(pappl_job_t* job) {
+  return {::papplPrinterGetID(::papplJobGetPrinter(job)), ::papplJobGetID(job)};
+}
+
 bool Refuse(pappl_job_t* job, const Failure& failure) {
   SetMessage(job, Describe(failure));
   if (failure.code == FailureCode::BadInput)
@@ -170,22 +174,30 @@ Expected<JobId> NetworkPrinter::Submit(pappl_job_t* job) {
 // The library works on one job of a printer at a time. The next ones go to the queue at once all
 // the same, so that they are interpreted ahead, in the order of their numbers.
 void NetworkPrinter::SubmitAhead() {
-  Jobs waiting;
+  struct {
+    Jobs waiting;
+    std::set<JobKey> held;
+  } found;
+  using Found = decltype(found);
   ::papplSystemIteratePrinters(
       m_System,
       [](pappl_printer_t* printer, void* data) {
         ::papplPrinterIterateActiveJobs(
             printer,
             [](pappl_job_t* job, void* jobs) {
-              if (IsWaiting(job)) static_cast<Jobs*>(jobs)->push_back(job);
+              if (IsWaiting(job)) static_cast<Found*>(jobs)->waiting.push_back(job);
+              if (::papplJobGetState(job) == IPP_JSTATE_HELD)
+                static_cast<Found*>(jobs)->held.insert(KeyOf(job));
             },
             data, 1, 0);
       },
-      &waiting);
-  std::ranges::sort(waiting, {}, [](pappl_job_t* job) { return ::papplJobGetID(job); });
-  bool added = false;
-  for (pappl_job_t* job : waiting) {
-    const JobKey key{::papplPrinterGetID(::papplJobGetPrinter(job)), ::papplJobGetID(job)};
+      &found);
+  std::ranges::sort(found.waiting, {}, [](pappl_job_t* job) { return ::papplJobGetID(job); });
+  // A job that its sender holds is in no queue, and the library does not write it down by itself.
+  bool added = m_Held != found.held;
+  m_Held = std::move(found.held);
+  for (pappl_job_t* job : found.waiting) {
+    const JobKey key = KeyOf(job);
     {
       const std::lock_guard lock(m_Mutex);
       if (m_Submitted.contains(key)) continue;

@@ -58,6 +58,7 @@ class NetworkPrinter {
   bool m_Awake = false;
   std::mutex m_SaveMutex;
   std::mutex m_Mutex;
+  std::set<JobKey> m_Held;              // by their senders; of the thread that looks
   std::map<JobKey, JobId> m_Submitted;  // jobs that wait for their turn at the printer
 };
 

@@ -8,6 +8,7 @@
 
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/shown_text.h"
 #include "server/printer/ipp/job_attributes.h"
 #include "server/printer/ipp/network_printer.h"
 #include "server/printer/ipp/raster_job.h"
@@ -52,6 +53,8 @@ bool StartPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, u
 }
 bool WriteRow(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned,
               const unsigned char* row) {
+  // A few bytes may repeat rows for hours.
+  if (::papplJobIsCanceled(job)) return false;
   return Accept(job, RasterOf(job).AddRow(row));
 }
 bool EndPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned) {
@@ -64,6 +67,14 @@ bool EndRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
   if (whole) return ThePrinter->EndRaster(job, raster->Path());
   static_cast<void>(os::RemoveFile(os::FromNative(raster->Path())));
   return false;
+}
+
+// There is no lamp and no display: whoever looks after the server reads it in the log.
+void Identify(pappl_printer_t* printer, pappl_identify_actions_t, const char* message) {
+  std::string line = "rastrel: a sender asks which printer is '" +
+                     std::string(::papplPrinterGetName(printer)) + "'";
+  if (message && *message) line += ": " + std::string(message);
+  os::WriteToStandardError(os::CleanLine(line) + "\n");
 }
 
 bool OpenDevice(pappl_device_t*, const char*, const char*) { return true; }
@@ -115,14 +126,24 @@ void SetResolutions(const std::vector<OfferedMode>& modes, pappl_pr_driver_data_
   data.y_default = data.y_resolution[0];
 }
 
+// What the library has no member for, or answers for printers of two sides alone: a sender's wishes
+// are taken as they are, and colors as the mode makes them.
+void SetPlainAnswers(ipp_t* attributes) {
+  ::ippAddString(attributes, IPP_TAG_PRINTER, IPP_CONST_TAG(IPP_TAG_KEYWORD),
+                 "pwg-raster-document-sheet-back", nullptr, "normal");
+  ::ippAddBoolean(attributes, IPP_TAG_PRINTER, "preferred-attributes-supported", 0);
+  for (const char* name : {"print-rendering-intent-default", "print-rendering-intent-supported"})
+    ::ippAddString(attributes, IPP_TAG_PRINTER, IPP_CONST_TAG(IPP_TAG_KEYWORD), name, nullptr,
+                   "auto");
+}
+
 void SetModes(const std::vector<OfferedMode>& modes, pappl_pr_driver_data_t& data,
-              ipp_t** attributes) {
+              ipp_t* attributes) {
   if (modes.empty()) return;
   data.vendor[data.num_vendor++] = ModeAttribute;
-  *attributes = ::ippNew();
   std::vector<const char*> keywords;
   for (const OfferedMode& mode : modes) keywords.push_back(mode.keyword.c_str());
-  ::ippAddStrings(*attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "rastrel-mode-supported",
+  ::ippAddStrings(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "rastrel-mode-supported",
                   static_cast<int>(keywords.size()), nullptr, keywords.data());
 }
 
@@ -151,7 +172,11 @@ void NetworkPrinter::DescribeDriver(pappl_pr_driver_data_t& data, ipp_t** attrib
   data.orient_default = IPP_ORIENT_PORTRAIT;
   SetResolutions(m_Modes, data);
   SetMedia(data);
-  SetModes(m_Modes, data, attributes);
+  data.identify_cb = Identify;
+  data.identify_default = data.identify_supported = PAPPL_IDENTIFY_ACTIONS_DISPLAY;
+  *attributes = ::ippNew();
+  SetPlainAnswers(*attributes);
+  SetModes(m_Modes, data, *attributes);
 }
 
 void AddShopDriver(pappl_system_t* system, NetworkPrinter& printer) {

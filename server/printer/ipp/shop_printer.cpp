@@ -41,6 +41,15 @@ JobRequest RequestOf(const ReceivedDocument& document) {
 ShopPrinter::ShopPrinter(JobQueue& queue, std::string spool, std::int64_t jobLimit)
     : m_Queue(queue), m_Spool(std::move(spool)), m_JobLimit(jobLimit) {}
 
+bool ShopPrinter::IsTooLarge(const ByteFile& file) const {
+  return m_JobLimit != 0 && file.Size() > static_cast<std::uint64_t>(m_JobLimit);
+}
+
+Failure ShopPrinter::TooLarge() const {
+  return FailureOf("the document is larger than " + std::to_string(m_JobLimit) + " bytes",
+                   FailureCode::BadInput);
+}
+
 Expected<JobId> ShopPrinter::Submit(const ReceivedDocument& document) {
   const std::lock_guard lock(m_Mutex);
   return SubmitOnce(document);
@@ -49,9 +58,7 @@ Expected<JobId> ShopPrinter::Submit(const ReceivedDocument& document) {
 Expected<JobId> ShopPrinter::SubmitOnce(const ReceivedDocument& document) {
   const auto file = ByteFile::Open(document.path);
   if (!file) return file.Error();
-  if (m_JobLimit != 0 && file->Size() > static_cast<std::uint64_t>(m_JobLimit))
-    return FailureOf("the document is larger than " + std::to_string(m_JobLimit) + " bytes",
-                     FailureCode::BadInput);
+  if (IsTooLarge(*file)) return TooLarge();
   const auto head = file->Read(
       0, static_cast<std::size_t>(std::min<std::uint64_t>(DocumentHeadSize, file->Size())));
   if (!head) return head.Error();
@@ -81,7 +88,9 @@ Expected<std::string> ShopPrinter::Convert(const std::string& path, bool jpeg, i
 }
 
 Expected<JobId> ShopPrinter::SubmitOwn(const ReceivedDocument& document) {
-  auto id = m_Queue.Submit(RequestOf(document));
+  const auto file = ByteFile::Open(document.path);
+  if (!file) return file.Error();
+  auto id = IsTooLarge(*file) ? Expected<JobId>(TooLarge()) : m_Queue.Submit(RequestOf(document));
   static_cast<void>(os::RemoveFile(os::FromNative(document.path)));
   return id;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "rastrel/platform/os/expected.h"
+#include "server/printer/byte_file.h"
 #include "server/printer/print_modes.h"
 #include "server/queue/job_queue.h"
 
@@ -33,13 +34,16 @@ class ShopPrinter {
   /// job. Pictures become PDF. Fails, with the reason, for a format that is not printed and for a
   /// file that is too large.
   [[nodiscard]] Expected<JobId> Submit(const ReceivedDocument& document);
-  /// Puts a finished file of this program's own into the queue, and removes it.
+  /// Puts a finished file of this program's own into the queue, and removes it. Fails for one that
+  /// is too large.
   [[nodiscard]] Expected<JobId> SubmitOwn(const ReceivedDocument& document);
 
   [[nodiscard]] JobQueue& Queue() { return m_Queue; }
   [[nodiscard]] const std::string& Spool() const { return m_Spool; }
 
  private:
+  [[nodiscard]] bool IsTooLarge(const ByteFile& file) const;
+  [[nodiscard]] Failure TooLarge() const;
   [[nodiscard]] Expected<JobId> SubmitOnce(const ReceivedDocument& document);
   [[nodiscard]] Expected<std::string> Convert(const std::string& path, bool jpeg, int number) const;
 

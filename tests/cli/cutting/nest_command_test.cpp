@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 
@@ -82,6 +83,51 @@ TEST_F(NestCommand, makes_a_file_for_each_sheet) {
   EXPECT_NE(result.error.find("note: 19 % is waste\n"), std::string::npos) << result.error;
 }
 
+TEST_F(NestCommand, lists_sheets_and_pieces_in_a_manifest) {
+  Write("a.json", Plate(90, 90));
+  const CommandResult result = runner.Run({"nest", "a.json", "--sheet", "100x100mm", "--copies",
+                                           "2", "-o", "out.json", "--manifest", "list.json"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto list = nlohmann::json::parse(runner.Place().Read("list.json"));
+  EXPECT_EQ(list.at("sheets").size(), 2U);
+  EXPECT_EQ(list.at("sheets").at(1).at("file"), "out-2.json");
+  EXPECT_EQ(list.at("sheets").at(1).at("used_mm"), 90);
+  EXPECT_EQ(list.at("pieces").at(1).at("copy"), 2);
+  EXPECT_EQ(list.at("pieces").at(1).at("sheet"), 2);
+  EXPECT_EQ(list.at("pieces").at(1).at("matrix").size(), 6U);
+  EXPECT_EQ(runner
+                .Run({"nest", "a.json", "--sheet", "100x100mm", "-o", "out.json", "--manifest",
+                      "list.txt"})
+                .status,
+            2);
+  EXPECT_EQ(
+      runner
+          .Run({"nest", "a.json", "--sheet", "100x100mm", "-o", "out.json", "--manifest", "a.json"})
+          .status,
+      2);
+}
+
+TEST_F(NestCommand, of_a_large_job_lists_and_draws_which_panel_goes_where) {
+  Write("large.json", Plate(180, 90));
+  const CommandResult result =
+      runner.Run({"tile", "large.json", "--panel", "100x100mm", "--overlap", "20mm", "-o",
+                  "panel.json", "--manifest", "list.json", "--picture", "panels.svg"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto list = nlohmann::json::parse(runner.Place().Read("list.json"));
+  ASSERT_EQ(list.at("panels").size(), 2U);
+  EXPECT_EQ(list.at("overlap_mm"), 20);
+  EXPECT_EQ(list.at("panels").at(1).at("left_mm"), 80);
+  EXPECT_EQ(list.at("panels").at(1).at("file"), "panel-2.json");
+  const std::string picture = runner.Place().Read("panels.svg");
+  EXPECT_NE(picture.find(">1</text>"), std::string::npos) << picture;
+  EXPECT_NE(picture.find(">column 2, row 1, 100 x 90 mm</text>"), std::string::npos) << picture;
+  EXPECT_EQ(runner
+                .Run({"tile", "large.json", "--panel", "100x100mm", "-o", "panel.json", "--picture",
+                      "panels.jpg"})
+                .status,
+            2);
+}
+
 TEST_F(NestCommand, names_a_piece_that_fits_nowhere_and_writes_nothing) {
   Write("small.json", Plate(10, 10));
   Write("large.json", Plate(300, 300));
@@ -103,7 +149,9 @@ TEST_F(NestCommand, refuses_values_that_it_can_not_use) {
         {"-o", "out.json", "--sheet", "100x100mm", "--rotate", "30"},
         {"-o", "out.json", "--sheet", "100x100mm", "--copies", "0"},
         {"-o", "out.json", "--sheet", "100x100mm", "--gap", "-1mm"},
-        {"-o", "out.json", "--sheet", "100x100mm", "--effort", "10001"}}) {
+        {"-o", "out.json", "--sheet", "100x100mm", "--effort", "10001"},
+        {"-o", "out.json", "--sheet", "100x100mm", "--seconds", "0"},
+        {"-o", "out.json", "--sheet", "100x100mm", "--seconds", "3601"}}) {
     std::vector<std::string> arguments{"nest", "a.json"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     EXPECT_EQ(runner.Run(arguments).status, 2) << options.back();

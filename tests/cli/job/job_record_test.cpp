@@ -38,6 +38,19 @@ TEST(JobRecord, remembers_files_pages_and_exit_statuses) {
   EXPECT_EQ(record.Outputs(), std::vector<std::string>({"/a.tif"}));
 }
 
+TEST(JobRecord, a_page_may_have_come_out_once_the_engine_says_so) {
+  for (const wchar_t* line :
+       {L"[Odalis]PAGE: 1", L"[Odalis]OUTPUT: /a.tif", L"[Odalis]UNSURE: 1"}) {
+    JobRecord record;
+    TakeLine(record, L"[Rip]PAGE: 1");
+    TakeLine(record, L"[Rip]UNSURE: 1");
+    TakeLine(record, L"[Odalis]page 1");
+    EXPECT_FALSE(record.MayHaveDelivered());
+    TakeLine(record, line);
+    EXPECT_TRUE(record.MayHaveDelivered());
+  }
+}
+
 TEST(JobRecord, a_child_can_not_speak_for_the_library_about_its_own_end) {
   JobRecord record;
   TakeLine(record, L"[Rip]Rip exited with status 0");

@@ -110,6 +110,35 @@ TEST(Inspect, several_files_at_a_time_are_listed_as_one_after_the_other_is) {
   EXPECT_EQ(result.status, 3);
 }
 
+// An EPS of that box: squares of 10 points in the spots Low and High at its lower left and upper
+// right corner, and Above and Beside outside of it.
+std::string BoxedEps(int left, int bottom, int right, int top) {
+  const auto square = [](const std::string& spot, int x, int y) {
+    return "[/Separation (" + spot + ") /DeviceGray {1 exch sub}] setcolorspace 1 setcolor " +
+           std::to_string(x) + " " + std::to_string(y) + " 10 10 rectfill\n";
+  };
+  return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: " + std::to_string(left) + " " +
+         std::to_string(bottom) + " " + std::to_string(right) + " " + std::to_string(top) +
+         "\n%%EndComments\n" + square("Low", left, bottom) + square("High", right - 10, top - 10) +
+         square("Above", left, top + 3) + square("Beside", right + 3, bottom) + "showpage\n";
+}
+
+// Small ones and large ones are painted on sheets of other sizes, and larger ones made smaller.
+TEST(Inspect, ink_within_the_declared_box_is_painted_and_other_ink_is_not) {
+  CommandRunner command(CommandRunner::Children::None);
+  struct Box {
+    int left, bottom, right, top;
+  };
+  for (const Box& box : {Box{-50, 20, 48, 120}, Box{0, 0, 298, 298}, Box{0, 0, 299, 298},
+                         Box{10, 10, 1508, 1508}, Box{7, 9, 4000, 200}}) {
+    command.Place().Write("boxed.eps", BoxedEps(box.left, box.bottom, box.right, box.top));
+    const auto result = command.Run({"inspect", "--painted", "--json", "boxed.eps"});
+    ASSERT_EQ(result.status, 0) << result.error;
+    const auto object = nlohmann::json::parse(result.output);
+    EXPECT_EQ(object["painted"], (std::vector<std::string>{"High", "Low"})) << box.right;
+  }
+}
+
 TEST(Inspect, json_and_a_table_exclude_each_other) {
   CommandRunner command(CommandRunner::Children::None);
   EXPECT_EQ(command.Run({"inspect", "--json", "--tsv", "x"}).status, 2);

@@ -8,12 +8,14 @@ import os
 import pathlib
 import signal
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
 import threading
 import time
 import unittest
+import zlib
 
 COMMAND = ""
 WAIT = 120  # seconds, for whatever is waited for
@@ -37,6 +39,66 @@ CUT = """%!PS-Adobe-3.0
 20 15 10 0 360 arc closepath stroke showpage
 %%EOF
 """
+# Strips of a page of 48 points: a quarter in cyan, a quarter in half magenta, an eighth in yellow, a sixteenth in
+# black, and an eighth in a spot colour. The second page is empty.
+INKS = """%!PS-Adobe-3.0
+%%BoundingBox: 0 0 48 48
+%%Pages: 2
+<< /PageSize [48 48] >> setpagedevice
+%%Page: 1 1
+1 0 0 0 setcmykcolor 0 0 12 48 rectfill
+0 0.5 0 0 setcmykcolor 12 0 12 48 rectfill
+0 0 1 0 setcmykcolor 24 0 12 24 rectfill
+0 0 0 1 setcmykcolor 36 0 12 12 rectfill
+[/Separation (Gold) /DeviceCMYK {0 exch dup 0.3 mul exch 0}] setcolorspace 1 setcolor
+36 12 12 24 rectfill
+showpage
+%%Page: 2 2
+showpage
+%%EOF
+"""
+
+
+def png(width, height, samples):
+    """A picture of RGB samples."""
+    def chunk(name, body):
+        return struct.pack(">I", len(body)) + name + body + struct.pack(">I", zlib.crc32(name + body))
+
+    rows = b"".join(b"\0" + samples[start:start + 3 * width]
+                    for start in range(0, 3 * width * height, 3 * width))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
+def pdf(width, height, samples):
+    """A page as large as the picture of RGB samples that covers it: a pixel is a point."""
+    picture = (f"<< /Type /XObject /Subtype /Image /Width {width} /Height {height} /ColorSpace /DeviceRGB "
+               f"/BitsPerComponent 8 /Length {len(samples)} >>\nstream\n").encode() + samples + b"\nendstream"
+    drawing = f"{width} 0 0 {height} 0 0 cm /P Do".encode()
+    objects = [b"<< /Type /Catalog /Pages 2 0 R >>", b"<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+               f"<< /Type /Page /Parent 2 0 R /MediaBox [0 0 {width} {height}] /Contents 4 0 R "
+               "/Resources << /XObject << /P 5 0 R >> >> >>".encode(),
+               f"<< /Length {len(drawing)} >>\nstream\n".encode() + drawing + b"\nendstream", picture]
+    text, places = b"%PDF-1.4\n", []
+    for number, content in enumerate(objects, 1):
+        places.append(len(text))
+        text += f"{number} 0 obj\n".encode() + content + b"\nendobj\n"
+    table = "xref\n0 6\n0000000000 65535 f \n" + "".join(f"{place:010} 00000 n \n" for place in places)
+    return text + (table + f"trailer << /Size 6 /Root 1 0 R >>\nstartxref\n{len(text)}\n%%EOF\n").encode()
+
+
+def pixels(tiff):
+    """Width, height and the strips' bytes, as they are stored, of a little-endian file."""
+    start, = struct.unpack_from("<I", tiff, 4)
+    count, = struct.unpack_from("<H", tiff, start)
+    values = {}
+    for index in range(count):
+        tag, kind, number, value = struct.unpack_from("<HHII", tiff, start + 2 + 12 * index)
+        values[tag] = (value & 0xFFFF if kind == 3 else value, number)
+    (offset, strips), (length, _) = values[273], values[279]
+    assert strips == 1, strips
+    return values[256][0].to_bytes(2, "little") + values[257][0].to_bytes(2, "little") + \
+        tiff[offset:offset + length]
 
 
 class Serve(unittest.TestCase):
@@ -106,6 +168,37 @@ class Serve(unittest.TestCase):
         self.assertEqual(sorted(self.output()), ["sign-1.tif", "sign-2-2.tif", "sign-2.tif"])
         self.stop()
 
+    def test_a_job_has_the_ink_of_its_pages(self):
+        self.page.write_text(INKS)
+        number = self.run_command("jobs", "add", str(self.page), "--mode", "CMYK/300 dpi", "--title",
+                                  "inks").strip()
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual(job["state"], "done", job)
+        first, second = job["ink"]
+        expected = {"Cyan": 1 / 4, "Magenta": 1 / 8, "Yellow": 1 / 8, "Black": 1 / 16, "Gold": 1 / 8}
+        for name, share in expected.items():
+            self.assertAlmostEqual(first.get(name, -1), share, delta=0.001, msg=name)
+            self.assertEqual(second.get(name, 0), 0, name)
+        self.assertEqual(sorted(first), sorted(expected))
+        table = self.run_command("jobs", "export").splitlines()
+        cell = dict(zip(table[0].split(","), table[1].split(",")))["ink"]
+        sums = {name: float(share) for name, share in
+                (ink.rsplit(" ", 1) for ink in cell.split("; "))}
+        self.assertEqual(sums, first)
+        self.assertIn("ink of page 1\tCyan 25.0 %, Magenta 12.4 %",
+                      self.run_command("jobs", "show", number))
+        self.stop()
+
+    def test_a_file_larger_than_the_settings_say_is_refused(self):
+        self.run_command("printers")
+        (self.root / "server.toml").write_text("job-megabytes = 1\n")
+        for size, status in ((999_999, 0), (1_000_000, 0), (1_000_001, 3)):
+            self.page.write_bytes(b"%!PS\n" + b"%" * (size - 5))
+            text = self.run_command("jobs", "add", str(self.page), status=status)
+        self.assertIn("has 1000001 bytes, and a job of this server may have 1000000", text)
+        self.assertEqual(len(self.run_command("jobs", "list", "--json").splitlines()), 2)
+
     def test_a_held_job_waits_and_a_failed_one_says_why(self):
         held = self.add("--hold")
         self.page.write_text("%!PS\n/nothing-of-that-name cvx exec\n")
@@ -156,6 +249,33 @@ class Serve(unittest.TestCase):
         self.assertGreater(len(expected.read_bytes()), 100)
         self.stop()
 
+    def test_a_picture_is_printed_from_a_hot_folder_as_from_the_command(self):
+        folder = self.hot_folder('device = "Plotter"\nmode = "Screen/preview"\n')
+        self.serve()
+        picture = self.place / "sign.png"
+        picture.write_bytes(png(3, 2, bytes(range(18))))
+        number = self.run_command("jobs", "add", str(picture), "--device", "Plotter", "--mode",
+                                  "Screen/preview").strip()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual((job["state"], job["pages"]), ("done", 1), job)
+        by_command = self.output()["sign-1.tif"]
+        # A pixel is a point: as a page of PDF that has the samples as they are.
+        page = self.place / "page.pdf"
+        page.write_bytes(pdf(3, 2, bytes(range(18))))
+        by_print = self.place / "by-print"
+        self.run_command("print", str(page), "--mode", "Screen/preview", "--output", str(by_print))
+        self.assertEqual(pixels(by_command), pixels((by_print / "page-1.tif").read_bytes()))
+        self.assertGreater(len(set(pixels(by_command))), 6)
+        picture.rename(folder / "sign.png")
+        self.await_file(folder / "done" / "sign.png.report.json")
+        self.assertEqual(self.output()["sign-1-2.tif"], by_command)
+        damaged = self.place / "damaged.png"
+        damaged.write_bytes(png(3, 2, bytes(17)))
+        number = self.run_command("jobs", "add", str(damaged)).strip()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual((job["state"], job["message"]), ("failed", "the PNG file's data is damaged"))
+        self.stop()
+
     def test_a_cut_without_rules_fails_and_says_so(self):
         folder = self.hot_folder('device = "Cutter"\nwork = "cut"\n')
         self.serve()
@@ -195,6 +315,27 @@ class Serve(unittest.TestCase):
         self.serve()
         self.await_state(self.add(), "done")
         self.assertIn("another server of this data root runs", self.run_command("serve", status=1))
+        self.stop()
+
+    def test_a_command_that_may_have_sent_a_page_leaves_its_job_uncertain(self):
+        sent = self.place / "sent"
+        self.run_command("printers")
+        programs = {"Killed": f"echo $1 >> {sent}; kill -9 $$", "Second": f"test $1 = 1 && echo $1 >> {sent}",
+                    "Refuses": "exit 1"}
+        sections = ""
+        for name, text in programs.items():
+            program = self.place / name
+            program.write_text(f"#!/bin/sh\n{text}\n")
+            program.chmod(0o700)
+            sections += f"[{name}]\nkind = command\nformat = png\ncommand = {program} {{page}}\n"
+        (self.root / "devices.txt").write_text(sections)
+        self.serve()
+        states = {}
+        for name in programs:
+            states[name] = self.await_state(self.add("--device", name), "done", "failed",
+                                            "uncertain")["state"]
+        self.assertEqual(states, {"Killed": "uncertain", "Second": "uncertain", "Refuses": "failed"})
+        self.assertEqual(sent.read_text(), "1\n1\n")
         self.stop()
 
     def test_a_fault_of_the_settings_keeps_the_server_from_starting(self):

@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <polyclipping/clipper.hpp>
+#include <numbers>
+#include <utility>
 
+#include "cutting/nest/layout.h"
+#include "cutting/nest/piece_shape.h"
+#include "tests/cutting/nest/exact_layout.h"
 #include "tests/cutting/nest/sign_shop_shapes.h"
 
 namespace rastrel::cutting {
@@ -16,9 +20,6 @@ using test::JobOf;
 using test::Letter;
 using test::Plate;
 using test::SignShopShapes;
-
-// Nanometres: finer by a thousand than the units that layouts are made in.
-constexpr double Units = 1e6;
 
 std::vector<NestInput> InputsOf(const std::vector<CutJob>& jobs) {
   std::vector<NestInput> inputs;
@@ -36,63 +37,9 @@ NestOptions Roll(double height, double gap, NestTurns turns, int effort) {
           .effort = effort};
 }
 
-ClipperLib::Paths OutlineOf(const NestInput& input, const NestPlacement& placement, double growth) {
-  ClipperLib::ClipperOffset offset(2, Units / 1e6);
-  for (const CutPath& path : input.job->paths)
-    for (const Contour& contour : path.contours) {
-      ClipperLib::Path line;
-      for (const Point& point : Flatten(Transformed(contour, placement.transform), 0.001))
-        line.emplace_back(std::llround(point.x * Units), std::llround(point.y * Units));
-      if (!ClipperLib::Orientation(line)) ClipperLib::ReversePath(line);
-      offset.AddPath(line, ClipperLib::jtMiter, ClipperLib::etClosedPolygon);
-    }
-  ClipperLib::Paths grown;
-  offset.MiterLimit = 2;
-  offset.Execute(grown, growth * Units);
-  return grown;
-}
-
-bool Overlap(const ClipperLib::Paths& a, const ClipperLib::Paths& b) {
-  ClipperLib::Clipper clipper;
-  clipper.AddPaths(a, ClipperLib::ptSubject, true);
-  clipper.AddPaths(b, ClipperLib::ptClip, true);
-  ClipperLib::Paths common;
-  clipper.Execute(ClipperLib::ctIntersection, common, ClipperLib::pftNonZero,
-                  ClipperLib::pftNonZero);
-  return !common.empty();
-}
-
-// Grows one of two pieces by the gap less a micrometre, with round corners.
-ClipperLib::Paths WithGap(const NestInput& input, const NestPlacement& placement, double gap) {
-  ClipperLib::ClipperOffset offset(2, 0.0002 * Units);
-  offset.AddPaths(OutlineOf(input, placement, 0), ClipperLib::jtRound, ClipperLib::etClosedPolygon);
-  ClipperLib::Paths grown;
-  offset.Execute(grown, (gap - 0.001) * Units);
-  return grown;
-}
-
 void ExpectApartAndInside(const std::vector<NestInput>& inputs, const NestOptions& options,
                           const NestResult& result) {
-  std::vector<ClipperLib::Paths> plain;
-  for (const NestPlacement& placement : result.placements) {
-    plain.push_back(OutlineOf(inputs[placement.input], placement, 0));
-    for (const ClipperLib::Path& path : plain.back())
-      for (const ClipperLib::IntPoint& point : path) {
-        EXPECT_GE(point.X, 0);
-        EXPECT_GE(point.Y, 0);
-        EXPECT_LE(point.Y, options.height * Units);
-        EXPECT_LE(point.X, result.usedLengths[placement.sheet] * Units);
-      }
-  }
-  for (std::size_t i = 0; i < plain.size(); ++i) {
-    const NestPlacement& one = result.placements[i];
-    const ClipperLib::Paths grown =
-        options.gap > 0 ? WithGap(inputs[one.input], one, options.gap) : plain[i];
-    for (std::size_t j = i + 1; j < plain.size(); ++j) {
-      if (one.sheet != result.placements[j].sheet) continue;
-      EXPECT_FALSE(Overlap(grown, plain[j])) << i << " and " << j;
-    }
-  }
+  EXPECT_EQ(test::FaultOf(inputs, options, result).value_or("none"), "none");
 }
 
 // Rows across the roll in the order of the pieces' lengths, as a person cuts plates.
@@ -125,6 +72,23 @@ TEST(Nest, of_a_days_shapes_keeps_them_apart_and_is_shorter_than_rows) {
   EXPECT_LE(result->usedLengths[0], LengthOfRows(jobs, 600, 3) + 0.001);
   EXPECT_EQ(result->layouts, 1);
   ExpectApartAndInside(inputs, options, *result);
+}
+
+TEST(Nest, the_exact_test_notices_two_micrometres_too_little_and_a_place_beyond_the_sheet) {
+  const std::vector<CutJob> jobs{JobOf(Plate(10, 10)), JobOf(Disc(5))};
+  const auto inputs = InputsOf(jobs);
+  const NestOptions options = Roll(10, 1, NestTurns::None, 0);
+  const auto fault = [&](double x, double y) {
+    const NestResult result{
+        .placements = {{.input = 0}, {.input = 1, .transform = {.e = x, .f = y}}},
+        .usedLengths = {30}};
+    return test::FaultOf(inputs, options, result).value_or("none");
+  };
+  EXPECT_EQ(fault(11, 0), "none");
+  EXPECT_EQ(fault(10.998, 0), "pieces 0 and 1 are too near");
+  EXPECT_EQ(fault(20, 0), "none");
+  EXPECT_EQ(fault(20.001, 0), "piece 1 lies beyond its sheet");
+  EXPECT_EQ(fault(15, -0.001), "piece 1 lies beyond its sheet");
 }
 
 TEST(Nest, turned_shapes_stay_apart) {
@@ -249,7 +213,7 @@ TEST(Nest, refuses_what_it_has_no_piece_or_no_room_for) {
 TEST(Nest, gives_rows_of_boxes_if_it_is_ended_at_once) {
   const std::vector<CutJob> jobs = SignShopShapes(20);
   NestOptions options = Roll(600, 3, NestTurns::None, 5);
-  options.goOn = [](int) { return false; };
+  options.goOn = [](const NestProgress&) { return false; };
   const auto inputs = InputsOf(jobs);
   const auto result = Nest(inputs, options);
   ASSERT_TRUE(result);
@@ -266,6 +230,107 @@ TEST(Nest, outlines_that_cross_themselves_or_have_no_area_are_placed) {
   const auto result = Nest(InputsOf(jobs), Roll(50, 1, NestTurns::Any, 3));
   ASSERT_TRUE(result) << Describe(result.Error());
   EXPECT_EQ(result->placements.size(), 5U);
+}
+
+// A circle about the radius, with teeth of a tenth of a millimetre.
+CutJob Toothed(std::size_t corners, double radius) {
+  std::vector<Point> points;
+  for (std::size_t i = 0; i < corners; ++i) {
+    const double angle =
+        2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(corners);
+    const double r = radius - (i % 2 == 0 ? 0 : 0.1);
+    points.push_back({radius + r * std::cos(angle), radius + r * std::sin(angle)});
+  }
+  return JobOf(test::Polygon(points));
+}
+
+TEST(Nest, thins_an_outline_of_many_corners_outward_and_says_by_how_much) {
+  const std::vector<CutJob> jobs{Toothed(2000, 50), Toothed(2000, 50), JobOf(Plate(40, 40))};
+  const auto inputs = InputsOf(jobs);
+  const NestOptions options = Roll(120, 1, NestTurns::Quarters, 3);
+  const auto result = Nest(inputs, options);
+  ASSERT_TRUE(result) << Describe(result.Error());
+  EXPECT_EQ(result->thinned, 2U);
+  EXPECT_GT(result->thinnedBy, 0);
+  // Three times the largest step: a corner's mitre, and the cleaning's moves.
+  EXPECT_LT(result->thinnedBy, 3);
+  ExpectApartAndInside(inputs, options, *result);
+  const std::vector<CutJob> plain{JobOf(Plate(40, 40))};
+  EXPECT_EQ(Nest(InputsOf(plain), options)->thinned, 0U);
+}
+
+TEST(Nest, keeps_pieces_out_of_outlines_of_thousands_of_corners) {
+  // Sides of corners in a row, teeth, and a plate that would fit between the arms of an L.
+  std::vector<Point> square;
+  const Point ends[] = {{0, 0}, {90, 0}, {90, 30}, {30, 30}, {30, 90}, {0, 90}, {0, 0}};
+  for (std::size_t side = 0; side + 1 < std::size(ends); ++side)
+    for (int i = 0; i < 1000; ++i) {
+      const double t = i / 1000.0;
+      square.push_back({ends[side].x + t * (ends[side + 1].x - ends[side].x),
+                        ends[side].y + t * (ends[side + 1].y - ends[side].y)});
+    }
+  const std::vector<CutJob> jobs{JobOf(test::Polygon(square)), Toothed(4500, 45),
+                                 JobOf(Plate(50, 50))};
+  const auto inputs = InputsOf(jobs);
+  const NestOptions options = Roll(90, 0, NestTurns::Quarters, 3);
+  const auto result = Nest(inputs, options);
+  ASSERT_TRUE(result) << Describe(result.Error());
+  ExpectApartAndInside(inputs, options, *result);
+  // The L's box holds the plate, so that both need little more than the two boxes.
+  EXPECT_LT(result->usedLengths[0], 90 + 90 + 2);
+  // Of the areas: 90*90 - 60*60, a disc of 45 mm, and 50*50.
+  const double used = 90 * result->usedLengths[0];
+  EXPECT_NEAR(result->wastePercent, 100 * (1 - (4500 + 6354 + 2500) / used), 0.5);
+}
+
+TEST(Nest, takes_as_many_corners_as_its_limit_and_no_more) {
+  const auto withCorners = [](std::size_t corners) {
+    std::vector<Point> points{{0, 10}};
+    for (std::size_t i = 1; i < corners; ++i)
+      points.push_back({static_cast<double>(i) * 0.01, i % 2 == 0 ? 0.0 : 1.0});
+    std::vector<CutJob> jobs{JobOf(test::Polygon(points))};
+    // Scored lines cost no time, and count as well.
+    jobs.front().paths.front().operation = Operation::Engrave;
+    return jobs;
+  };
+  NestOptions options{.width = 20'000, .height = 20, .effort = 0};
+  for (const std::size_t corners : {MaximumNestCorners - 1, MaximumNestCorners}) {
+    const auto jobs = withCorners(corners);
+    EXPECT_TRUE(Nest(InputsOf(jobs), options)) << corners;
+  }
+  const auto jobs = withCorners(MaximumNestCorners + 1);
+  const auto refused = Nest(InputsOf(jobs), options);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(Describe(refused.Error()), "job0: its tool paths have more than 1000000 corners");
+}
+
+TEST(Nest, a_layout_that_takes_over_the_first_pieces_is_that_made_from_the_first) {
+  const std::vector<CutJob> jobs = SignShopShapes(12);
+  std::vector<nest::PieceShape> shapes;
+  std::vector<std::size_t> pieces;
+  for (const CutJob& job : jobs) {
+    shapes.push_back(nest::ShapeOf(job, 2, {0, 90, 180, 270}));
+    pieces.push_back(pieces.size());
+  }
+  const nest::SheetSize roll{.width = 10'000'000, .height = 300'000, .gap = 2000, .roll = true};
+  const auto goOn = [] { return true; };
+  std::vector<std::size_t> order = pieces;
+  nest::OutlinePacker keeping(shapes, pieces, roll);
+  const auto first = keeping.Pack(order, roll.width, goOn);
+  ASSERT_TRUE(first);
+  keeping.Keep(order, *first);
+  std::swap(order[7], order[10]);
+  nest::OutlinePacker fresh(shapes, pieces, roll);
+  const auto kept = keeping.Pack(order, roll.width, goOn);
+  const auto anew = fresh.Pack(order, roll.width, goOn);
+  ASSERT_TRUE(kept && anew);
+  EXPECT_EQ(kept->used, anew->used);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    EXPECT_EQ(kept->pieces[i].at, anew->pieces[i].at) << i;
+    EXPECT_EQ(kept->pieces[i].turn, anew->pieces[i].turn) << i;
+  }
+  EXPECT_FALSE(fresh.Pack(order, anew->used.front() - 1, goOn));
+  EXPECT_TRUE(fresh.Pack(order, anew->used.front(), goOn));
 }
 
 }  // namespace

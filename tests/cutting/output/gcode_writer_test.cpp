@@ -184,5 +184,58 @@ TEST(GcodeText, a_machine_that_follows_it_stays_on_every_path_and_ends_with_the_
   EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02 + 0.001);
 }
 
+GcodeTable WithArcs() {
+  GcodeTable table;
+  table.arcRight = "G2 X{x} Y{y} I{i} J{j}";
+  table.arcLeft = "G3 X{x} Y{y} I{i} J{j}";
+  return table;
+}
+
+// A circle of 30 mm, of four cubic curves.
+CutJob Circle() { return JobOf({PathOf(Operation::Cut, {test::Circle({30, 30}, 30)})}); }
+
+TEST(GcodeText, a_circle_becomes_eight_arcs_about_its_middle) {
+  const std::string text = Text(Circle(), WithArcs());
+  std::size_t arcs = 0;
+  for (std::size_t at = 0; (at = text.find("G3 ", at)) != std::string::npos; ++at) ++arcs;
+  EXPECT_EQ(arcs, 8U) << text;
+  EXPECT_EQ(text.find("G2 "), std::string::npos);
+  EXPECT_EQ(text.find("G1 "), std::string::npos);
+  const Machine machine = Follow(text);
+  EXPECT_EQ(machine.fault, "");
+  for (const Move& move : machine.moves)
+    if (move.on) {
+      EXPECT_NEAR(Distance(move.to, Point{30, 30}), 30, 0.02);
+    }
+}
+
+TEST(GcodeText, a_mirrored_page_turns_arcs_round) {
+  const auto text = GcodeText(Circle(), {.a = -1, .e = 100}, 0.02, WithArcs());
+  ASSERT_TRUE(text);
+  EXPECT_NE(text->find("G2 "), std::string::npos);
+  EXPECT_EQ(text->find("G3 "), std::string::npos);
+}
+
+TEST(GcodeText, a_machine_that_follows_its_arcs_stays_on_every_curve) {
+  // A plate; an S, a loop with a narrow turn, a cusp, a straight curve, and one that stays put.
+  CutJob job = test::Plate();
+  for (const Segment& curve :
+       {CurveTo({40, 0}, {-10, 50}, {60, 60}), CurveTo({90, 40}, {-60, 40}, {30, 0}),
+        CurveTo({60, 60}, {0, 60}, {60, 0}), CurveTo({10, 10}, {20, 20}, {30, 30}),
+        CurveTo({0, 0}, {0, 0}, {0, 0})})
+    job.paths.push_back(PathOf(Operation::Cut, {Contour{.start = {0, 0}, .segments = {curve}}}));
+  const Machine machine = Follow(Text(job, WithArcs()));
+  EXPECT_EQ(machine.fault, "");
+  EXPECT_FALSE(machine.on);
+  EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02 + 0.001);
+}
+
+TEST(GcodeText, an_arc_to_one_side_alone_is_refused) {
+  GcodeTable table = WithArcs();
+  table.arcLeft.clear();
+  EXPECT_EQ(Fault(test::Plate(), table),
+            "G-code has the texts of arcs to the right and to the left, or none of them");
+}
+
 }  // namespace
 }  // namespace rastrel::cutting

@@ -71,6 +71,38 @@ TEST(SvgText, mirrored_and_swapped_axes_move_the_page_and_the_origin_does_not) {
   EXPECT_TRUE(Has(text, "M0 0L10 120"));
 }
 
+// A cross of 10 mm has bars of 1 mm: from 15 to 25 and from 19.5 to 20.5.
+CutJob WithCross() {
+  CutJob job = JobOf({PathOf(Operation::Cut, {Rectangle(40, 40, 60, 60)})});
+  job.marks = {{.center = {20, 20}, .shape = RegistrationMark::Shape::Cross, .size = 10}};
+  return job;
+}
+
+TEST(SvgText, registration_marks_are_a_black_group_after_the_paths) {
+  const std::string text = Written(WithCross(), CutForm::Svg);
+  const std::size_t group = text.find("<g id=\"registration\" fill=\"#000000\" stroke=\"none\">");
+  ASSERT_NE(group, std::string::npos) << text;
+  EXPECT_GT(group, text.find("<g id=\"cut\""));
+  // 80 mm high, with y from the top.
+  for (const char* place : {"25 ", "15 ", " 55", " 65", "19.5 ", "20.5 ", " 59.5", " 60.5"})
+    EXPECT_NE(text.find(place, group), std::string::npos) << place << text;
+  EXPECT_FALSE(Has(Written(JobOf({PathOf(Operation::Cut, {Rectangle(1, 1, 2, 2)})}), CutForm::Svg),
+                   "registration"));
+}
+
+TEST(PdfText, registration_marks_are_filled_in_black_and_in_no_separation) {
+  const std::string text = Written(WithCross(), CutForm::Pdf);
+  const std::size_t ink = text.find("q 0 0 0 1 k\n");
+  ASSERT_NE(ink, std::string::npos) << text;
+  const std::size_t end = text.find("f\nQ\n", ink);
+  ASSERT_NE(end, std::string::npos);
+  // 25 mm are 70.8661 points, and 19.5 mm 55.2756.
+  for (const char* place : {"70.8661 ", "55.2756 "})
+    EXPECT_LT(text.find(place, ink), end) << place << text;
+  EXPECT_FALSE(
+      Has(Written(JobOf({PathOf(Operation::Cut, {Rectangle(1, 1, 2, 2)})}), CutForm::Pdf), " k\n"));
+}
+
 TEST(SvgText, points_are_left_out_but_those_of_a_drill) {
   const std::vector<Contour> points{Line({{1, 1}})};
   EXPECT_FALSE(Has(Written(JobOf({PathOf(Operation::Cut, points)}), CutForm::Svg), "<path"));

@@ -183,6 +183,14 @@ TEST(ReadRules, text_that_is_no_toml_is_refused_at_its_place) {
   EXPECT_NE(Refusal("a = " + std::string(100'000, '[')), "");
 }
 
+TEST(ReadRules, a_key_of_a_hundred_thousand_parts_is_refused_and_ends_no_program) {
+  std::string key = "a";
+  for (int part = 0; part < 100'000; ++part) key += ".a";
+  EXPECT_EQ(Refusal("description = \"\"\n" + key + " = 1\n"),
+            "r.toml:2:1: a key has more than 16 parts");
+  EXPECT_EQ(Refusal("a.b = 1\n"), "r.toml:1:1: unknown key 'a'");
+}
+
 TEST(ReadRules, a_file_cut_at_any_byte_is_read_or_refused) {
   const std::string text =
       "[defaults]\nkerf = \"1 mm\"\n[[rule]]\nname = \"a\"\nrgb = [\"#ff0000\", [1, 2, 3]]\n"

@@ -46,6 +46,25 @@ TEST(StrictToml, ValuesAreTakenByTheirTypes) {
   EXPECT_EQ(Fault(file), "");
 }
 
+// The library's own test of such a letter had no answer, so that the sanitizers ended here.
+TEST(StrictToml, LettersBeyondAsciiAreFaultsWhereAKeyIsUnquotedAndTextInQuotes) {
+  for (const char* text : {"\xC3\xA4 = 1\n", "key \xC3\xA4 = 1\n", "key = \xCA\x95\n"}) {
+    const auto file = TomlFile::Parse(text, "file");
+    ASSERT_FALSE(file);
+    EXPECT_EQ(file.Error().line, 1);
+  }
+  const auto file =
+      TomlFile::Parse("\"\xC3\xA4\" = \"\"\"\\\n  \xC3\xB6\"\"\"  # \xC3\xBC\n", "file");
+  ASSERT_TRUE(file) << Describe(file.Error());
+  auto root = file->Root();
+  EXPECT_EQ(root.Text("\xC3\xA4"), "\xC3\xB6");
+}
+
+TEST(StrictToml, a_table_header_without_a_key_is_an_error_of_its_place) {
+  for (const char* text : {"[{", "[[{", "[ ,", "[=]", "a.{ = 1"})
+    EXPECT_TRUE(ParseFault(text).starts_with("knife.toml:1:")) << text;
+}
+
 TEST(StrictToml, AnAbsentKeyIsNoFault) {
   const TomlFile file = Parsed("");
   TomlTable root = file.Root();

@@ -160,6 +160,43 @@ TEST_F(HotFolderTest, hidden_and_unfinished_names_links_pipes_and_folders_are_le
             (Names{"a.part", "a.pdf~", "a.tmp", "empty.ps", "link.ps", "pipe.ps", "sub"}));
 }
 
+TEST_F(HotFolderTest, a_file_with_another_name_elsewhere_waits_until_it_has_one) {
+  Settings("settle = 0\n");
+  const std::string elsewhere = m_Place.Path() + "/private";
+  std::ofstream(elsewhere) << "%!mine";
+  std::filesystem::create_hard_link(elsewhere, Path() + "/a.ps");
+  HotFolder folder = Folder();
+  EXPECT_EQ(folder.Look(0), 5 * Second);
+  EXPECT_EQ(Titles(), Names{});
+  EXPECT_EQ(NamesIn(), Names{"a.ps"});
+  std::filesystem::remove(elsewhere);
+  static_cast<void>(folder.Look(0));
+  EXPECT_EQ(Titles(), Names{"a.ps"});
+}
+
+TEST_F(HotFolderTest, a_link_in_the_folders_place_is_not_followed) {
+  Settings("settle = 0\n");
+  HotFolder folder = Folder();
+  const std::string other = m_Place.Path() + "/other";
+  std::filesystem::rename(Path(), other);
+  std::filesystem::create_directory_symlink(other, Path());
+  std::ofstream(other + "/a.ps") << "%!a";
+  static_cast<void>(folder.Look(0));
+  static_cast<void>(folder.Look(0));
+  EXPECT_EQ(lines, Names{"'" + Path() + "' is a link; a hot folder is a directory itself"});
+  EXPECT_EQ(Titles(), Names{});
+  EXPECT_TRUE(std::filesystem::exists(other + "/a.ps"));
+  // Nor is a note of missing settings put there.
+  std::filesystem::remove(other + "/.rastrel-folder.toml");
+  static_cast<void>(folder.Look(0));
+  EXPECT_FALSE(std::filesystem::exists(other + "/rastrel-folder-error.txt"));
+  std::filesystem::remove(Path());
+  std::filesystem::rename(other, Path());
+  Settings("settle = 0\n");
+  static_cast<void>(folder.Look(0));
+  EXPECT_EQ(Titles(), Names{"a.ps"});
+}
+
 TEST_F(HotFolderTest, only_names_of_the_patterns_are_taken_whatever_their_case) {
   Settings("settle = 0\nnames = [\"*.pdf\", \"job?.ps\"]\n");
   for (const char* name : {"a.PDF", "job1.ps", "job12.ps", "a.txt"}) Write(name, "x");

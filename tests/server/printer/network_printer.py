@@ -215,9 +215,38 @@ def check_pictures(printer):
     printer.row(5)
 
 
+def check_cut_off(printer):
+    """A sender that goes in the middle of its document leaves no job, whatever it was."""
+    def number_of(name, value, tag):
+        return struct.pack(">BH", tag, len(name)) + name + struct.pack(">H", len(value)) + value
+
+    uri = f"ipp://127.0.0.1:{printer.port}/ipp/print/Big-plotter".encode()
+    request = (struct.pack(">BBHIB", 2, 0, 2, 1, 1) + number_of(b"attributes-charset", b"utf-8", 0x47)
+               + number_of(b"attributes-natural-language", b"en", 0x48) + number_of(b"printer-uri", uri, 0x45)
+               + number_of(b"document-format", b"application/postscript", 0x49) + b"\3")
+    before = len(printer.rows())
+    document = PS + b"%" * 200000
+    chunk_of = b"%x\r\n" % len(request) + request + b"\r\n"
+    for head, body in ((b"Content-Length: %d" % (len(request) + len(document)), request + document[:100000]),
+                       (b"Content-Length: %d" % (len(request) + len(document)), request + document[:-1]),
+                       (b"Transfer-Encoding: chunked", chunk_of + b"1000\r\n" + document[:100]),
+                       (b"Transfer-Encoding: chunked", chunk_of + b"64\r\n" + document[:100] + b"\r\n")):
+        with socket.create_connection(("127.0.0.1", printer.port), LIMIT) as line:
+            line.sendall(b"POST /ipp/print/Big-plotter HTTP/1.1\r\nHost: localhost\r\n"
+                         b"Content-Type: application/ipp\r\n" + head + b"\r\n\r\n" + body)
+            line.shutdown(socket.SHUT_WR)
+            while line.recv(65536):
+                pass
+    # One after them comes alone.
+    number = printer.send(PS, "application/postscript")
+    row = printer.row(before + 1)
+    printer.move_on(row["id"], "done")
+    printer.waits_as(number, "completed")
+
+
 def check_restart(printer):
     number = printer.send(PS, "application/postscript")
-    row = printer.row(6)
+    row = printer.row(7)
     printer.waits_as(number, "processing")
     for kill in (False, True):
         printer.stop(kill)
@@ -226,7 +255,27 @@ def check_restart(printer):
         printer.waits_as(number, "processing", strict=False)
     printer.move_on(row["id"], "done")
     printer.waits_as(number, "completed", strict=False)
-    printer.row(6)
+    printer.row(7)
+
+
+def check_held(printer):
+    """A job that its sender holds is there after a kill, and comes once it is released."""
+    number = printer.send(PS, "application/postscript", "ATTR keyword job-hold-until indefinite")
+    record = os.path.join(printer.root, "server/printer/printers.conf")
+
+    def is_written():
+        with open(record, encoding="utf-8") as file:
+            return any(f'id="{number}"' in line and 'state="4"' in line for line in file)
+    wait_for("the record of the held job", is_written)
+    printer.stop(kill=True)
+    printer.start()
+    printer.waits_as(number, "pending-held", strict=False)
+    printer.row(7)
+    printer.ask("Release-Job", number)
+    row = printer.row(8)
+    assert content(row) == PS
+    printer.move_on(row["id"], "done")
+    printer.waits_as(number, "completed", strict=False)
 
 
 def main(program, share):
@@ -237,7 +286,8 @@ def main(program, share):
     printer = None
     try:
         printer = Printer(program, share, root)
-        for check in (check_documents, check_declared_type_is_not_trusted, check_pictures, check_restart):
+        for check in (check_documents, check_declared_type_is_not_trusted, check_pictures, check_cut_off, check_restart,
+                      check_held):
             print(check.__name__)
             check(printer)
     finally:

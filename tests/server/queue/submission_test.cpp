@@ -66,6 +66,29 @@ TEST_F(Submission, ADirectoryOrAPipeMakesNoJob) {
   EXPECT_TRUE(fs::is_empty(Root() + "/server/jobs"));
 }
 
+TEST_F(Submission, AFileMayBeAsLargeAsThePolicySays) {
+  const auto queue = OpenQueue({.jobBytes = 100});
+  JobRequest request = Request();
+  for (const std::size_t bytes : {99, 100}) {
+    request.path = MakeFile("large.ps", std::string(bytes, '%'));
+    EXPECT_TRUE(queue->Submit(request)) << bytes;
+  }
+  request.path = MakeFile("large.ps", std::string(101, '%'));
+  const auto refused = queue->Submit(request);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.Error().code, FailureCode::BadInput);
+  EXPECT_EQ(Describe(refused.Error()), "'" + request.path +
+                                           "' has 101 bytes, and a job of this server may have "
+                                           "100");
+  EXPECT_EQ(queue->Count({}).ValueOr(-1), 2);
+}
+
+TEST_F(Submission, WithoutALimitAFileMayBeOfAnySize) {
+  JobRequest request = Request();
+  request.path = MakeFile("large.ps", std::string(2'000'000, '%'));
+  EXPECT_TRUE(m_Queue->Submit(request));
+}
+
 TEST_F(Submission, PrioritiesReachFrom1To100) {
   JobRequest request = Request();
   for (const int priority : {1, 2, 99, 100}) {

@@ -51,6 +51,52 @@ TEST(ServerSettings, TheNetworkPrinterListensOnThisMachineByDefault) {
   EXPECT_NE(FaultOf("[printer]\nother = 1\n"), "");
 }
 
+TEST(ServerSettings, the_http_interface_is_for_this_machine_unless_it_has_tls) {
+  const WebSettings usual = ReadSettings("", "server.toml")->web;
+  EXPECT_FALSE(usual.on);
+  EXPECT_EQ(usual.address, "127.0.0.1");
+  EXPECT_EQ(usual.port, 8632);
+  EXPECT_TRUE(ReadSettings("[web]\n", "server.toml")->web.on);
+  EXPECT_FALSE(ReadSettings("[web]\non = false\n", "server.toml")->web.on);
+  const std::string tls = "certificate = '/c.pem'\nkey = '/k.pem'\n";
+  for (const char* own : {"127.0.0.1", "127.8.8.8", "::1", "localhost"})
+    EXPECT_EQ(FaultOf(std::string("[web]\naddress = '") + own + "'\n"), "") << own;
+  for (const char* other : {"0.0.0.0", "::", "10.0.0.1", "shop.example", "127.example", "::2"}) {
+    const std::string text = std::string("[web]\naddress = '") + other + "'\n";
+    EXPECT_TRUE(FaultOf(text).starts_with("server.toml:2:11: ")) << other;
+    EXPECT_EQ(FaultOf(text + tls), "") << other;
+  }
+}
+
+TEST(ServerSettings, tls_has_a_certificate_and_a_key_by_full_paths) {
+  EXPECT_NE(FaultOf("[web]\ncertificate = '/c.pem'\n"), "");
+  EXPECT_NE(FaultOf("[web]\nkey = '/k.pem'\n"), "");
+  EXPECT_NE(FaultOf("[web]\ncertificate = 'c.pem'\nkey = '/k.pem'\n"), "");
+  EXPECT_NE(FaultOf("[web]\ncertificate = '/c.pem'\nkey = 'k.pem'\n"), "");
+}
+
+TEST(ServerSettings, names_of_the_http_interface_are_host_names) {
+  const auto settings =
+      ReadSettings("[web]\nnames = ['Shop.Example', '10.0.0.1']\n", "server.toml");
+  ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->web.names, (std::vector<std::string>{"shop.example", "10.0.0.1"}));
+  EXPECT_NE(FaultOf("[web]\nnames = ['a b']\n"), "");
+  EXPECT_NE(FaultOf("[web]\nnames = ['']\n"), "");
+  EXPECT_NE(FaultOf("[web]\nnames = 'a'\n"), "");
+  const auto count = [](int names) {
+    std::string text = "[web]\nnames = [";
+    for (int name = 0; name < names; ++name) text += "'a',";
+    return FaultOf(text + "]\n");
+  };
+  EXPECT_EQ(count(99), "");
+  EXPECT_EQ(count(100), "");
+  EXPECT_NE(count(101), "");
+  EXPECT_EQ(FaultOf("[web]\nport = 1024\n"), "");
+  EXPECT_NE(FaultOf("[web]\nport = 1023\n"), "");
+  EXPECT_EQ(FaultOf("[web]\nport = 65535\n"), "");
+  EXPECT_NE(FaultOf("[web]\nport = 65536\n"), "");
+}
+
 TEST(ServerSettings, ADeviceHasWhatItsTableSays) {
   const auto settings = ReadSettings(
       "[[device]]\nname = 'Plotter'\nkind = 'socket'\naddress = 'plotter:9100'\ntimeout = 5\n"
@@ -157,7 +203,7 @@ TEST(ServerSettings, PageAndReaderAgreeOnTheKeys) {
   std::ifstream reader(RASTREL_SOURCE_DIR "/server/settings/server_settings.cpp");
   const std::string code{std::istreambuf_iterator<char>(reader), {}};
   const std::regex taken(
-      "(?:TakeWhole\\(\\*?(\\w+), |(\\w+)(?:\\.|->)(?:Text|Truth|Choice)\\()\"([a-z-]+)\"");
+      "(?:TakeWhole\\(\\*?(\\w+), |(\\w+)(?:\\.|->)(?:Text|Texts|Truth|Choice)\\()\"([a-z-]+)\"");
   std::set<std::string> known;
   for (std::sregex_iterator one(code.begin(), code.end(), taken), last; one != last; ++one) {
     const std::string object = (*one)[1].str() + (*one)[2].str();
@@ -165,11 +211,14 @@ TEST(ServerSettings, PageAndReaderAgreeOnTheKeys) {
     const bool ofDevice = code.rfind("DeviceSettings DeviceOf", place) != code.npos &&
                           code.find("void TakeDevices", 0) > place;
     const bool ofPrinter = code.find("void TakePrinter") < place &&
-                           place < code.find("ServerSettings::DeviceNamed") && object == "table";
+                           place < code.find("bool IsThisMachine") && object == "table";
+    const bool ofWeb = code.find("void TakeNames") < place &&
+                       place < code.find("ServerSettings::DeviceNamed") && object == "table";
     const bool ofRetention =
-        code.find("void TakeRetention") < place && object == "table" && !ofPrinter;
+        code.find("void TakeRetention") < place && object == "table" && !ofPrinter && !ofWeb;
     known.insert((object == "root" ? ""
                   : ofPrinter      ? "printer."
+                  : ofWeb          ? "web."
                   : ofRetention    ? "retention."
                   : ofDevice       ? "device."
                                    : "?.") +
