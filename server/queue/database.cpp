@@ -107,11 +107,16 @@ Expected<std::unique_ptr<Database>> Database::Open(const std::string& path, Safe
   sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   const std::string synchronous = safety == Safety::Full ? "FULL" : "NORMAL";
-  const auto done =
-      database->Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = " + synchronous +
-                        "; PRAGMA foreign_keys = ON;");
-  if (!done) return done.Error();
-  return database;
+  const std::string settings = "PRAGMA journal_mode = WAL; PRAGMA synchronous = " + synchronous +
+                               "; PRAGMA foreign_keys = ON;";
+  // Where others make or close the same file, the change to the write-ahead log fails at once
+  // without asking the handler whether to wait.
+  for (int tries = 0;; ++tries) {
+    const auto done = database->Execute(settings);
+    if (done) return database;
+    const bool isBusy = (sqlite3_extended_errcode(handle) & 0xff) == SQLITE_BUSY;
+    if (!isBusy || WaitForTurn(nullptr, tries) == 0) return done.Error();
+  }
 }
 
 Database::~Database() {

@@ -3,7 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "queue_test_support.h"
 #include "server/queue/database.h"
@@ -31,6 +35,28 @@ class QueueFile : public QueueTest {
 
 TEST_F(QueueFile, OnlyItsUserMayReadIt) {
   EXPECT_EQ(fs::status(Root() + "/server").permissions(), fs::perms(0700));
+}
+
+// Who makes the file and who opens it meanwhile: the change to the write-ahead log asks nobody to
+// wait.
+TEST_F(QueueFile, MayBeMadeByManyAtTheSameTime) {
+  constexpr int Rounds = 25;
+  constexpr int Openers = 12;
+  for (int round = 0; round < Rounds; ++round) {
+    const std::string path = Root() + "/new" + std::to_string(round) + ".db";
+    std::atomic<int> ready = 0;
+    std::vector<std::string> faults(Openers);
+    std::vector<std::thread> openers;
+    for (std::string& fault : faults)
+      openers.emplace_back([&] {
+        ++ready;
+        while (ready < Openers) std::this_thread::yield();
+        const auto database = Database::Open(path, Database::Safety::Full);
+        if (!database) fault = Describe(database.Error());
+      });
+    for (std::thread& opener : openers) opener.join();
+    for (const std::string& fault : faults) ASSERT_EQ(fault, "") << round;
+  }
 }
 
 TEST_F(QueueFile, CommitsReachTheDisk) {
