@@ -3,8 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <csignal>
+#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
@@ -44,13 +44,12 @@ TEST_F(QueueFile, MayBeMadeByManyAtTheSameTime) {
   constexpr int Openers = 12;
   for (int round = 0; round < Rounds; ++round) {
     const std::string path = Root() + "/new" + std::to_string(round) + ".db";
-    std::atomic<int> ready = 0;
+    std::latch start(Openers);
     std::vector<std::string> faults(Openers);
     std::vector<std::thread> openers;
     for (std::string& fault : faults)
       openers.emplace_back([&] {
-        ++ready;
-        while (ready < Openers) std::this_thread::yield();
+        start.arrive_and_wait();
         const auto database = Database::Open(path, Database::Safety::Full);
         if (!database) fault = Describe(database.Error());
       });
