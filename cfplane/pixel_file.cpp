@@ -91,19 +91,19 @@ Expected<void> PixelFile::ReadHead() {
   const std::string_view text(head.data(), taken);
   const bool isNetpbm = text.starts_with("P5") || text.starts_with("P6");
   if (isNetpbm) return ReadNetpbm(text);
-  return TakePlainTiff(std::as_bytes(std::span(text))) ? Expected<void>() : ReadTiff();
+  return TakePlainTiff() ? Expected<void>() : ReadTiff();
 }
 
 // A page as the RIP keeps it; its strips follow one another.
-bool PixelFile::TakePlainTiff(std::span<const std::byte> begin) {
-  const auto found = pages::FindPlainTiff(begin);
+bool PixelFile::TakePlainTiff() {
+  const auto found = pages::FindWholePlainTiff(
+      [this](std::uint64_t offset, std::span<std::byte> bytes) {
+        return static_cast<bool>(ReadAt(offset, bytes));
+      },
+      m_Size);
   if (!found) return false;
   const pages::PlainTiff& picture = found->picture;
   if (picture.width > MaximumSide || picture.height > MaximumSide) return false;
-  if (found->pixelsAt + picture.PixelBytes() != m_Size) return false;
-  const std::string head = pages::PlainTiffHead(picture).value_or("");
-  std::vector<std::byte> own(head.size());
-  if (!ReadAt(0, own) || !std::ranges::equal(own, std::as_bytes(std::span(head)))) return false;
   m_Width = picture.width;
   m_Height = picture.height;
   m_Samples = picture.samples;

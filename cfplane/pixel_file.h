@@ -57,7 +57,7 @@ class PixelFile {
   [[nodiscard]] Expected<void> CheckSize(const pages::PageFile& listed);
   [[nodiscard]] Expected<void> ReadHead();
   [[nodiscard]] Expected<void> ReadNetpbm(std::string_view head);
-  [[nodiscard]] bool TakePlainTiff(std::span<const std::byte> begin);
+  [[nodiscard]] bool TakePlainTiff();
   [[nodiscard]] Expected<void> ReadTiff();
   [[nodiscard]] Expected<void> TakeStrips(const std::vector<std::uint32_t>& offsets,
                                           const std::vector<std::uint32_t>& counts,

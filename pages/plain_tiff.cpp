@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <string_view>
+#include <vector>
 
 namespace rastrel::pages {
 namespace {
@@ -195,6 +196,18 @@ std::optional<FoundPlainTiff> FindPlainTiff(std::span<const std::byte> begin) {
       [](char made, std::byte found) { return static_cast<std::byte>(made) == found; });
   if (!same) return std::nullopt;
   return FoundPlainTiff{picture, expected->size()};
+}
+
+std::optional<FoundPlainTiff> FindWholePlainTiff(const ReadFileAt& readAt,
+                                                 std::uint64_t fileBytes) {
+  std::vector<std::byte> begin(FixedHeadBytes);
+  if (fileBytes < begin.size() || !readAt(0, begin)) return std::nullopt;
+  const auto found = FindPlainTiff(begin);
+  if (!found || found->pixelsAt + found->picture.PixelBytes() != fileBytes) return std::nullopt;
+  const std::string head = PlainTiffHead(found->picture).value_or("");
+  begin.resize(head.size());
+  if (!readAt(0, begin)) return std::nullopt;
+  return std::ranges::equal(begin, std::as_bytes(std::span(head))) ? found : std::nullopt;
 }
 
 }  // namespace rastrel::pages

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -54,13 +55,20 @@ inline constexpr std::uint64_t PlainTiffLimit = 2'800'000'000;
 [[nodiscard]] std::optional<std::string> PlainTiffHead(const PlainTiff& picture);
 
 /// The picture whose head begins with these bytes of a file, `FixedHeadBytes` or more; nothing if
-/// they begin no such head. A reader then holds the whole head against PlainTiffHead, strips
-/// included, and the file's size against both.
+/// they begin no such head. The strips that follow are not looked at.
 struct FoundPlainTiff {
   PlainTiff picture;
   std::uint64_t pixelsAt = 0;  ///< from the file's begin
 };
 inline constexpr std::size_t FixedHeadBytes = 224;
 [[nodiscard]] std::optional<FoundPlainTiff> FindPlainTiff(std::span<const std::byte> begin);
+
+/// Fills the span with the file's bytes from the offset on; false if it can't.
+using ReadFileAt = std::function<bool(std::uint64_t offset, std::span<std::byte> bytes)>;
+
+/// The picture of a file of so many bytes; nothing if it is not, to the last byte of its head and
+/// in its size, the file that PlainTiffHead and the pixels make.
+[[nodiscard]] std::optional<FoundPlainTiff> FindWholePlainTiff(const ReadFileAt& readAt,
+                                                               std::uint64_t fileBytes);
 
 }  // namespace rastrel::pages

@@ -113,17 +113,15 @@ std::optional<pages::PlainTiff> PlainTiffOf(const ImageShape& shape) {
 
 std::unique_ptr<PixelFile> OpenPlainTiff(os::FileDescriptor& descriptor, const std::string& path,
                                          std::uint64_t bytes) {
-  std::vector<std::byte> begin(pages::FixedHeadBytes);
-  if (!ReadAt(descriptor.Get(), 0, begin)) return nullptr;
-  const auto found = pages::FindPlainTiff(begin);
-  if (!found || found->picture.PixelBytes() + found->pixelsAt != bytes) return nullptr;
+  const auto found = pages::FindWholePlainTiff(
+      [&descriptor](std::uint64_t offset, std::span<std::byte> into) {
+        return ReadAt(descriptor.Get(), offset, into);
+      },
+      bytes);
+  if (!found) return nullptr;
   const pages::PlainTiff& picture = found->picture;
   if (picture.width > MaximumSide || picture.height > MaximumSide) return nullptr;
   if (picture.RowBytes() > LargestRow) return nullptr;
-  const std::string head = pages::PlainTiffHead(picture).value_or("");
-  begin.resize(head.size());
-  if (!ReadAt(descriptor.Get(), 0, begin)) return nullptr;
-  if (!std::ranges::equal(begin, std::as_bytes(std::span(head)))) return nullptr;
   return std::make_unique<PlainTiffFile>(std::move(descriptor), path, *found);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace rastrel::pages {
@@ -113,6 +114,33 @@ TEST(PlainTiff, a_head_that_is_cut_or_changed_in_a_byte_is_not_found) {
     changed[at] = static_cast<char>(changed[at] ^ 0x40);
     const auto found = Find(changed);
     EXPECT_FALSE(found && found->picture == picture) << at;
+  }
+}
+
+TEST(PlainTiff, a_file_is_whole_with_its_last_strip_and_its_last_pixel_only) {
+  // Three strips, so that their places and lengths lie after the fixed part of the head.
+  const PlainTiff picture{100, 500, 3, {300, 1}, {300, 1}};
+  const std::string file =
+      PlainTiffHead(picture).value_or("") + std::string(picture.PixelBytes(), 'x');
+  const auto isWhole = [&](const std::string& bytes, std::uint64_t size) {
+    const ReadFileAt readAt = [&](std::uint64_t offset, std::span<std::byte> into) {
+      if (offset > bytes.size() || into.size() > bytes.size() - offset) return false;
+      std::memcpy(into.data(), bytes.data() + offset, into.size());
+      return true;
+    };
+    return FindWholePlainTiff(readAt, size).has_value();
+  };
+  EXPECT_TRUE(isWhole(file, file.size()));
+  EXPECT_FALSE(isWhole(file, file.size() - 1));
+  EXPECT_FALSE(isWhole(file, file.size() + 1));
+  const std::size_t headBytes = file.size() - picture.PixelBytes();
+  ASSERT_GT(headBytes, FixedHeadBytes);
+  for (std::size_t size = 0; size < headBytes; ++size)
+    EXPECT_FALSE(isWhole(file.substr(0, size), size)) << size;
+  for (std::size_t at = FixedHeadBytes; at < headBytes; ++at) {
+    std::string changed = file;
+    changed[at] = static_cast<char>(changed[at] ^ 1);
+    EXPECT_FALSE(isWhole(changed, changed.size())) << at;
   }
 }
 
