@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
@@ -9,6 +10,7 @@
 
 #include "pages/plain_tiff.h"
 #include "tests/children/odalis_fixture.h"
+#include "tests/support/access_list.h"
 
 // Pages that are plain TIFF files, on their way to a device that takes them as they are: the file
 // itself is handed on where nobody needs the page afterwards, and copied everywhere else.
@@ -215,6 +217,16 @@ TEST_F(TakenPage, is_copied_to_a_directory_that_gives_its_files_another_group) {
   EXPECT_EQ(run->Status(), Done) << run->Report();
   EXPECT_FALSE(IsTaken(Delivered()));
   EXPECT_EQ(StateOf(Delivered()).st_gid, 1U);
+}
+
+TEST_F(TakenPage, is_copied_to_a_directory_that_gives_its_files_an_access_list) {
+  fs::create_directories(Output());
+  if (!rastrel::test::GiveAccessList(Output(), 6, "system.posix_acl_default"))
+    GTEST_SKIP() << "this file system has no access lists";
+  const auto run = Run({Removed});
+  EXPECT_EQ(run->Status(), Done) << run->Report();
+  EXPECT_FALSE(IsTaken(Delivered())) << "the page's own file has no such list";
+  EXPECT_GE(::getxattr(Delivered().c_str(), "system.posix_acl_access", nullptr, 0), 0);
 }
 
 TEST_F(TakenPage, is_copied_to_another_file_system) {

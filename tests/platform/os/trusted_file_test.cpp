@@ -1,13 +1,13 @@
 #include "rastrel/platform/os/trusted_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
+#include "tests/support/access_list.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_directory.h"
 
@@ -15,25 +15,6 @@ namespace rastrel::os {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Gives a file an access list in the kernel's form, with user 1234 on it. `rights`: 4 read,
-// 2 write and 1 execute, of that user and of the mask. False, with errno, if it can't have one.
-//
-//   version 4 | entries: tag 2, rights 2, user or group 4 bytes, the lowest byte first
-bool GiveAccessList(const std::string& path, char rights) {
-  std::string list("\2\0\0\0", 4);
-  const auto add = [&list](char tag, char bits, const std::string& id) {
-    list += {tag, 0, bits, 0};
-    list += id;
-  };
-  const std::string none(4, '\xFF');
-  add(0x01, 7, none);                               // the owner
-  add(0x02, rights, std::string("\xD2\4\0\0", 4));  // user 1234
-  add(0x04, 5, none);                               // the group
-  add(0x10, rights, none);                          // the mask
-  add(0x20, 5, none);                               // all others
-  return ::setxattr(path.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) == 0;
-}
 
 class TrustedFile : public testing::Test {
  protected:
@@ -103,10 +84,10 @@ TEST_F(TrustedFile, is_none_that_a_user_of_its_access_list_may_write_to) {
   Set("top/bin/tool", 0775);
   ASSERT_EQ(Complaint(), "");
   const std::string path = m_Place.Path("top/bin/tool");
-  if (!GiveAccessList(path, 7))
+  if (!rastrel::test::GiveAccessList(path, 7))
     GTEST_SKIP() << "the file system keeps no access lists: " << std::strerror(errno);
   EXPECT_EQ(Complaint(), Refusal("top/bin/tool", "other users of its group may write to it"));
-  ASSERT_TRUE(GiveAccessList(path, 5));
+  ASSERT_TRUE(rastrel::test::GiveAccessList(path, 5));
   EXPECT_EQ(Complaint(), "") << "who may only read it changes nothing";
 }
 
