@@ -1,7 +1,9 @@
 #include "server/queue/database.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -101,6 +103,9 @@ Expected<std::unique_ptr<Database>> Database::Open(const std::string& path, Safe
   const int code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
   std::unique_ptr<Database> database(new Database(handle, path));
   if (code != SQLITE_OK) return FailureIn(handle, path, "open");
+  // Before the first write: the log and its index take the file's mode. By its name, since closing
+  // another descriptor of the file would drop the locks that SQLite has on it.
+  if (::chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0) return Failure{"chmod", path, errno};
   sqlite3_extended_result_codes(handle, 1);
   sqlite3_busy_handler(handle, WaitForTurn, nullptr);
   // The file is data: no function of it runs, and its schema is not trusted.

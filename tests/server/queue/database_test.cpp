@@ -37,6 +37,22 @@ TEST_F(QueueFile, OnlyItsUserMayReadIt) {
   EXPECT_EQ(fs::status(Root() + "/server").permissions(), fs::perms(0700));
 }
 
+TEST_F(QueueFile, ItsLogsToo) {
+  const mode_t mask = ::umask(0);
+  const auto queue = JobQueue::Open(Root());
+  ::umask(mask);
+  ASSERT_TRUE(queue);
+  for (const std::string suffix : {"", "-wal", "-shm"})
+    EXPECT_EQ(fs::status(Path() + suffix).permissions(), fs::perms(0600)) << suffix;
+}
+
+TEST_F(QueueFile, OfAnOlderVersionBecomesItsUsersOwn) {
+  ASSERT_EQ(WhyNotOpened(), "");
+  fs::permissions(Path(), fs::perms(0644));
+  ASSERT_EQ(WhyNotOpened(), "");
+  EXPECT_EQ(fs::status(Path()).permissions(), fs::perms(0600));
+}
+
 // Who makes the file and who opens it meanwhile: the change to the write-ahead log asks nobody to
 // wait.
 TEST_F(QueueFile, MayBeMadeByManyAtTheSameTime) {
