@@ -9,7 +9,7 @@ function card(device) {
   const waits = element(
     'a',
     { href: `/jobs?device=${encodeURIComponent(device.name)}` },
-    t('{0} waiting', device.waiting),
+    t('Waiting: {0}', device.waiting),
   );
   return element(
     'li',

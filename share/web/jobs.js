@@ -99,7 +99,7 @@ export function showJobs() {
       const nothing = document.getElementById('no-jobs');
       if (nothing) nothing.hidden = list.jobs.length > 0;
       const total = document.getElementById('total');
-      if (total) total.textContent = t('{0} jobs', list.total);
+      if (total) total.textContent = t('Jobs: {0}', list.total);
     });
     // Not more often than a person can see.
     setTimeout(() => {

@@ -2,6 +2,7 @@
 #include <string>
 #include <utility>
 
+#include "server/web/api/device_state.h"
 #include "server/web/api/job_json.h"
 #include "server/web/api/job_request.h"
 #include "server/web/api/job_routes.h"
@@ -22,24 +23,13 @@ const char* NameOfWay(DeviceWay way) {
   return "files";
 }
 
-// As far as the caller sees its jobs.
-Expected<Json> JsonOf(Shop& shop, const Request& request, const std::string& name) {
-  JobFilter filter;
-  filter.owner = request.caller.VisibleOwner();
-  filter.device = name;
-  filter.limit = 1;
-  filter.states = {JobState::Delivering};
-  const auto now = shop.queue.List(filter);
-  if (!now) return now.Error();
-  filter.states = {JobState::Queued, JobState::Interpreting, JobState::Ready};
-  const auto waiting = shop.queue.Count(filter);
-  if (!waiting) return waiting.Error();
+Json JsonOf(Shop& shop, const std::string& name, const DeviceState& state) {
   return Json{{"name", name},
               {"way", NameOfWay(shop.settings.DeviceNamed(name).way)},
-              {"state", now->empty() ? "idle" : "working"},
-              {"job", now->empty() ? Json() : Json(now->front().id)},
-              {"percent", now->empty() ? 0 : now->front().percent},
-              {"waiting", *waiting}};
+              {"state", state.job ? "working" : "idle"},
+              {"job", state.job ? Json(state.job->id) : Json()},
+              {"percent", state.job ? state.job->percent : 0},
+              {"waiting", state.waiting}};
 }
 
 Response ListDevices(Shop& shop, const Request& request) {
@@ -47,9 +37,9 @@ Response ListDevices(Shop& shop, const Request& request) {
   if (!names) return ErrorResponse(500, "failed", "the devices can't be read");
   Json list = Json::array();
   for (const std::string& name : *names) {
-    auto device = JsonOf(shop, request, name);
-    if (!device) return AnswerTo(device.Error());
-    list.push_back(*std::move(device));
+    const auto state = StateOfDevice(shop, request, name);
+    if (!state) return AnswerTo(state.Error());
+    list.push_back(JsonOf(shop, name, *state));
   }
   return JsonResponse(200, TextOf({{"devices", std::move(list)}}));
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "server/web/api/device_state.h"
 #include "server/web/api/job_request.h"
 #include "server/web/pages/html.h"
 #include "server/web/pages/job_table.h"
@@ -77,25 +78,17 @@ std::string DeviceList(Shop& shop, const Request& request, const Words& words) {
   if (!names || names->empty()) return "<p>" + words("No device is set up.") + "</p>\n";
   std::string list = "<ul class=\"devices\">\n";
   for (const std::string& name : *names) {
-    JobFilter filter;
-    filter.owner = request.caller.VisibleOwner();
-    filter.device = name;
-    filter.limit = 1;
-    filter.states = {JobState::Delivering};
-    const auto now = shop.queue.List(filter);
-    filter.states = {JobState::Queued, JobState::Interpreting, JobState::Ready};
-    const auto waiting = shop.queue.Count(filter);
-    const bool works = now && !now->empty();
-    list += std::string("<li class=\"device device-") + (works ? "working" : "idle") + "\"><h3>" +
-            Isolated(name) + "</h3><span class=\"doing\">";
-    if (works) {
-      const std::string id = std::to_string(now->front().id);
+    const auto state = StateOfDevice(shop, request, name).ValueOr({});
+    list += std::string("<li class=\"device device-") + (state.job ? "working" : "idle") +
+            "\"><h3>" + Isolated(name) + "</h3><span class=\"doing\">";
+    if (state.job) {
+      const std::string id = std::to_string(state.job->id);
       list += "<a href=\"/jobs/" + id + "\">" + words("Job {0}", id) + "</a>";
     } else {
       list += words("idle");
     }
     list += "</span><a href=\"/jobs?device=" + QueryValue(name) + "\">" +
-            words("{0} waiting", std::to_string(waiting.ValueOr(0))) + "</a></li>\n";
+            words("Waiting: {0}", std::to_string(state.waiting)) + "</a></li>\n";
   }
   return list + "</ul>\n";
 }
@@ -155,7 +148,7 @@ std::string Paging(const Request& request, const Words& words, int offset, std::
     links += "<a rel=\"next\" href=\"/jobs?" + Escaped(QueryWith(request, offset + JobsOfPage)) +
              "\">" + words("Older") + "</a>";
   return "<nav class=\"paging\" aria-label=\"" + words("Further jobs") + "\"><span id=\"total\">" +
-         words("{0} jobs", std::to_string(total)) + "</span> " + links + "</nav>\n";
+         words("Jobs: {0}", std::to_string(total)) + "</span> " + links + "</nav>\n";
 }
 
 }  // namespace
