@@ -1,10 +1,8 @@
 #include "cli/web/shop_parts.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "children/devices/devices.h"
 #include "cli/console/exit_status.h"
 #include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
@@ -13,30 +11,12 @@
 #include "cli/server/job_options.h"
 #include "cli/server/job_table.h"
 #include "cli/server/worker.h"
-#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/standalone/data_root.h"
+#include "server/run/device_names.h"
 
 namespace rastrel::cli {
 namespace {
-
-constexpr std::uint64_t DevicesLimit = 262144;
-
-// Names of the settings' devices, then those of devices.txt but for the one that takes every name.
-Expected<std::vector<std::string>> DevicesOf(const server::ServerSettings& settings) {
-  std::vector<std::string> names;
-  for (const server::DeviceSettings& device : settings.devices) names.push_back(device.name);
-  const std::string path = DevicesFile();
-  if (!os::Exists(os::FromNative(path))) return names;
-  const auto text = os::ReadWholeFile(os::FromNative(path), DevicesLimit);
-  if (!text) return FailureAt(path, text.Error());
-  const auto sections = devices::ReadDevices(*text);
-  if (!sections) return FailureAt(path, sections.Error());
-  for (const devices::Device& section : *sections)
-    if (section.printer != "*" && std::ranges::find(names, section.printer) == names.end())
-      names.push_back(section.printer);
-  return names;
-}
 
 // The file's own name is hidden and says its sender nothing.
 Expected<void> CheckJob(const server::JobRequest& request) {
@@ -74,7 +54,7 @@ server::web::Shop ShopOf(server::JobQueue& queue, const server::ServerSettings& 
           .dataRoot = os::DataRoot(),
           .pageFiles = standalone::FindResources().files + "/web",
           .settings = settings,
-          .devices = [settings] { return DevicesOf(settings); },
+          .devices = [settings] { return server::DeviceNames(DevicesFile(), settings); },
           .check = CheckJob,
           .pagesOf = PagesOf,
           .modes = Modes,

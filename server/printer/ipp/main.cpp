@@ -1,8 +1,7 @@
 // rastrel-printer: the printers of the network, which bring documents into the queue of the data
-// root. `rastrel serve` starts it and starts it again. It ends with its starter.
+// root.
 
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,39 +10,20 @@
 #include <string>
 #include <thread>
 
-#include "children/devices/devices.h"
-#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/process.h"
-#include "rastrel/platform/os/reaper.h"
 #include "rastrel/platform/os/tree.h"
 #include "server/printer/ipp/network_printer.h"
 #include "server/printer/ipp/whole_documents.h"
+#include "server/run/device_names.h"
+#include "server/run/helper_program.h"
 #include "server/settings/server_settings.h"
 
 namespace rastrel::server {
 namespace {
 
-constexpr std::uint64_t DevicesLimit = 262144;
 constexpr std::int64_t Megabyte = 1'000'000;
 constexpr std::int64_t DocumentLimit = 1
                                        << 30;  // with a smaller limit of jobs, which is held later
-
-// Names of the settings' devices, then those of devices.txt but for the one that takes every name.
-Expected<std::vector<std::string>> DevicesOf(const std::string& root,
-                                             const ServerSettings& settings) {
-  std::vector<std::string> names;
-  for (const DeviceSettings& device : settings.devices) names.push_back(device.name);
-  const std::string path = root + "/devices.txt";
-  const auto text = os::ReadWholeFile(os::FromNative(path), DevicesLimit);
-  if (!text) return names.empty() ? Expected<std::vector<std::string>>(text.Error()) : names;
-  const auto sections = devices::ReadDevices(*text);
-  if (!sections) return FailureAt(path, sections.Error());
-  for (const devices::Device& section : *sections)
-    if (section.printer != "*" && std::ranges::find(names, section.printer) == names.end())
-      names.push_back(section.printer);
-  return names;
-}
 
 // The signals that end the process are taken by one thread, which writes the record first: jobs
 // that are under way are found again by it.
@@ -69,20 +49,14 @@ void LimitDocuments(std::int64_t jobLimit) {
   static_cast<void>(::setrlimit(RLIMIT_FSIZE, &limit));
 }
 
-Expected<void> Serve() {
-  sigset_t signals;
-  ::sigemptyset(&signals);
-  ::sigaddset(&signals, SIGTERM);
-  ::sigaddset(&signals, SIGINT);
-  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  static_cast<void>(::umask(077));
-
+Expected<void> Serve(const sigset_t& signals) {
   const std::string root = os::DataRoot();
   const auto settings = SettingsOf(root);
   if (!settings) return settings.Error();
-  const auto devices = DevicesOf(root, *settings);
+  const std::string devicesFile = root + "/devices.txt";
+  const auto devices = DeviceNames(devicesFile, *settings);
   if (!devices) return devices.Error();
+  if (devices->empty()) return FailureOf("no device is set up in server.toml or " + devicesFile);
   const auto queue = JobQueue::Open(root);
   if (!queue) return queue.Error();
   const std::string directory = root + "/server/printer";
@@ -101,13 +75,6 @@ Expected<void> Serve() {
 }  // namespace rastrel::server
 
 int main(int count, char** arguments) {
-  // With a starter's number it ends with it; by hand it has none.
-  if (count == 2) {
-    const auto starter = static_cast<std::uint32_t>(std::strtoul(arguments[1], nullptr, 10));
-    if (!rastrel::os::EndWithStarter(starter)) return EXIT_FAILURE;
-  }
-  const auto served = rastrel::server::Serve();
-  if (served) return EXIT_SUCCESS;
-  rastrel::os::WriteToStandardError("rastrel-printer: " + rastrel::Describe(served.Error()) + "\n");
-  return EXIT_FAILURE;
+  return rastrel::server::RunHelperProgram(count, arguments, "rastrel-printer",
+                                           rastrel::server::Serve);
 }
