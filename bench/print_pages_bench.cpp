@@ -249,7 +249,9 @@ bool HasParallelPages(const bench::DataRoot& root) {
 
 }  // namespace
 
-int main() {
+// With an argument only the works whose name or compression holds it.
+int main(int count, char** arguments) {
+  const std::string wanted = count > 1 ? arguments[1] : "";
   const bench::DataRoot root;
   static_cast<void>(root.File("devices.txt", Devices()));
   const std::string pages = root.File("pages.ps", Document(20));
@@ -278,6 +280,7 @@ int main() {
     }
   }
   for (const Work& work : works) {
+    if ((work.name + ", " + work.compression).find(wanted) == std::string::npos) continue;
     Measurement measurement(root, work);
     measurement.Run();
     measurement.PrintSize();
