@@ -94,6 +94,9 @@ struct AskedPaint {
 /// Whether all that is painted so is taken out of the picture, as a cut path of the page.
 using WantsCut = std::function<bool(const AskedPaint&)>;
 
+/// By the printer's name, as the prefix selects it.
+using TakesTiff = std::function<bool(const std::string& printer)>;
+
 /// The job and the limits of one run. Owns its files.
 struct RunRequest {
   std::string ripDirectory;        ///< holds System/prolog and System/pmodes
@@ -108,6 +111,9 @@ struct RunRequest {
   /// Gray and RGB pixels are kept as TIFF, which a device without compression gets as it is, and
   /// not as netpbm.
   bool keepsTiff = false;
+  /// Whether the printer with this name gets the pages' TIFF files as they are, so that they are
+  /// brought to the disk while they are made. Empty: none does. Called on any thread of the run.
+  TakesTiff takesTiff{};
   bool asksLineWidth = false;  ///< paints that differ in their line widths alone are asked for too
   Settings settings;           ///< the limits
   /// Of a print of an open page: its area. Set by PrintPages.

@@ -36,6 +36,7 @@ Expected<RunRequest> ShareOf(const RunRequest& request, std::size_t interpreters
   share.title = request.title;
   share.access = request.access;
   share.keepsTiff = request.keepsTiff;
+  share.takesTiff = request.takesTiff;
   share.job = {std::move(*job), request.job.layout, request.job.declared};
   share.prefix = std::move(*prefix);
   share.setsCutColor = request.setsCutColor;

@@ -27,6 +27,8 @@ std::string NetpbmHead(const PageSize& size) {
          std::to_string(size.height) + "\n255\n";
 }
 
+constexpr const char* TiffName = "page.tif";
+
 pages::PlainTiff TiffOf(const PageSize& size, const RunDescription& run) {
   return {size.width, size.height, size.channels, pages::TiffResolutionOf(run.xResolution),
           pages::TiffResolutionOf(run.yResolution)};
@@ -74,7 +76,7 @@ Expected<std::unique_ptr<PageDirectory>> PageDirectory::Create(const std::string
 
 Expected<void> PageDirectory::WriteHead(const RunDescription& run) {
   const auto tiff = run.keepsTiff ? pages::PlainTiffHead(TiffOf(m_Size, run)) : std::nullopt;
-  m_PixelName = tiff ? "page.tif" : m_Size.channels == 1 ? "page.pgm" : "page.ppm";
+  m_PixelName = tiff ? TiffName : m_Size.channels == 1 ? "page.pgm" : "page.ppm";
   m_Head = tiff.value_or(NetpbmHead(m_Size));
   m_Pixels = CreateFile(m_Path + "/" + m_PixelName);
   if (!m_Pixels.IsOpen()) return Failure{"create", m_Path, errno};
@@ -84,7 +86,7 @@ Expected<void> PageDirectory::WriteHead(const RunDescription& run) {
 // The interpreter's reports and its pixels come by two ways, so that the resolution may be known
 // only now. It changes no other byte.
 Expected<void> PageDirectory::CorrectHead(const RunDescription& run) {
-  if (m_PixelName != "page.tif") return {};
+  if (m_PixelName != TiffName) return {};
   const auto head = pages::PlainTiffHead(TiffOf(m_Size, run));
   if (!head || *head == m_Head) return {};
   const std::string path = m_Path + "/" + m_PixelName;
@@ -108,6 +110,10 @@ Expected<void> PageDirectory::Write(std::span<const std::byte> bytes) {
 Expected<void> PageDirectory::AddPixels(std::span<const std::byte> bytes) {
   FeedPreview(bytes);
   return Write(bytes);
+}
+
+void PageDirectory::BeginFlush() {
+  if (m_PixelName == TiffName) m_FlushAhead.Begin(m_Pixels.Get(), m_Bytes);
 }
 
 void PageDirectory::FeedPreview(std::span<const std::byte> bytes) {

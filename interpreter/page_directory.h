@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "pages/page_sum.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/flush_ahead.h"
 
 /// Page directories: "p0001" and so on below the run's directory.
 namespace rastrel::interpreter {
@@ -27,7 +29,8 @@ struct RunDescription {
   std::string mode;                ///< "FOLDER/NAME"
   std::optional<unsigned> access;  ///< permission bits of the job, as in PageInfo
   bool keepsTiff = false;          ///< as in RunRequest
-  unsigned pagesBefore = 0;        ///< of the job, ahead of the run's first
+  std::function<bool(const std::string& printer)> takesTiff;  ///< as in RunRequest
+  unsigned pagesBefore = 0;  ///< of the job, ahead of the run's first
   double xResolution = 72;
   double yResolution = 72;
   /// New samples by the old ones for planes with these names, whose levels the interpreter leaves.
@@ -56,6 +59,9 @@ class PageDirectory {
 
   /// Appends pixels.
   [[nodiscard]] Expected<void> AddPixels(std::span<const std::byte> bytes);
+  /// Begins to bring the added pixels to the disk, and waits for none. Does nothing unless the
+  /// pixels are kept as TIFF.
+  void BeginFlush();
   /// Writes preview and info. Nothing is added afterwards.
   [[nodiscard]] Expected<void> Finish(const RunDescription& run);
   /// Removes the directory. Nothing else may follow.
@@ -75,6 +81,7 @@ class PageDirectory {
   std::string m_Head;  // of the pixel file
   os::FileDescriptor m_Pixels;
   std::uint64_t m_Bytes = 0;
+  os::FlushAhead m_FlushAhead;
   pages::PageSum m_Sum;  // of the pixel file, taken while the bytes are in the processor's cache
   std::string m_CorrectedSum;  // in place of it, if the head was written anew
   Preview m_Preview;

@@ -70,8 +70,11 @@ bool PageMaker::BeginPage(const PageSize& size) {
 bool PageMaker::AddPixels(std::span<const std::byte> bytes) {
   if (!CheckTotal(bytes.size())) return false;
   if (!m_Page) return true;
-  const auto added = m_Page->AddPixels(bytes);
-  return added || Fail(added.Error());
+  if (const auto added = m_Page->AddPixels(bytes); !added) return Fail(added.Error());
+  // The name of the printer may come after the first pixels.
+  if (m_Description.takesTiff && m_Description.takesTiff(m_Description.printer))
+    m_Page->BeginFlush();
+  return true;
 }
 
 bool PageMaker::EndPage() {

@@ -47,6 +47,7 @@ RipRun::RipRun(RunRequest request, const RunMode& mode, const RunDirectory& dire
   m_Pages.Description().job = m_Request.title;
   m_Pages.Description().access = m_Request.access;
   m_Pages.Description().keepsTiff = m_Request.keepsTiff;
+  m_Pages.Description().takesTiff = m_Request.takesTiff;
   if (m_Part.pages.first > 0) m_Pages.Description().pagesBefore = m_Part.pages.first - 1;
 }
 

@@ -19,7 +19,6 @@ namespace {
 
 constexpr unsigned HighestNumber = 1'000'000;
 constexpr int HiddenNameTries = 100;
-constexpr off_t FlushedPart = off_t{4} << 20;
 
 /// A name in the directory that says whose it is, so that a sweep knows it for a leftover.
 std::string HiddenPath(const std::string& directory) {
@@ -118,7 +117,7 @@ OutputFile::OutputFile(os::FileDescriptor descriptor, std::string directory, std
 
 OutputFile::OutputFile(OutputFile&& other) noexcept
     : m_Descriptor(std::move(other.m_Descriptor)),
-      m_FlushBegun(other.m_FlushBegun),
+      m_FlushAhead(other.m_FlushAhead),
       m_Directory(std::move(other.m_Directory)),
       m_Hidden(std::exchange(other.m_Hidden, {})),
       m_HidesReplaced(other.m_HidesReplaced),
@@ -181,12 +180,7 @@ std::optional<OutputFile> OutputFile::Take(int descriptor, const std::string& di
 void OutputFile::BeginFlush() {
   struct stat state {};
   if (::fstat(m_Descriptor.Get(), &state) != 0) return;
-  const off_t end = state.st_size / FlushedPart * FlushedPart;
-  if (end <= m_FlushBegun) return;
-  // A failure shows in Flush.
-  static_cast<void>(::sync_file_range(m_Descriptor.Get(), m_FlushBegun, end - m_FlushBegun,
-                                      SYNC_FILE_RANGE_WRITE));
-  m_FlushBegun = end;
+  m_FlushAhead.Begin(m_Descriptor.Get(), static_cast<std::uint64_t>(state.st_size));
 }
 
 Expected<void> OutputFile::Flush() {

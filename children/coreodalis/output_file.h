@@ -12,6 +12,7 @@
 #include "interpreter/guardian.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/flush_ahead.h"
 
 /// Files that appear in their directory only when they are whole.
 namespace rastrel::odalis {
@@ -67,7 +68,7 @@ class OutputFile {
              interpreter::Guardian& guardian);
 
   os::FileDescriptor m_Descriptor;
-  off_t m_FlushBegun = 0;  ///< up to this byte
+  os::FlushAhead m_FlushAhead;
   std::string m_Directory;
   std::string m_Hidden;          ///< path of the hidden file; empty: it has no name
   bool m_HidesReplaced = false;  ///< the hidden file is the one that was replaced

@@ -14,6 +14,7 @@
 
 #include "children/corerast/command_line.h"
 #include "children/corerast/page_list.h"
+#include "children/corerast/taken_tiff.h"
 #include "children/shared/arguments.h"
 #include "children/shared/exit_status.h"
 #include "children/shared/reporter.h"
@@ -88,6 +89,7 @@ Expected<interpreter::RunRequest> RequestOf(const CommandLine& line, const char*
   request.job = std::move(*job);
   request.access = AccessOf(request.job.file.Get());
   request.keepsTiff = true;
+  request.takesTiff = PrintersThatTakeTiff();
   request.title = std::filesystem::path(line.job).stem().string();
   if (line.prefix.empty()) return request;
   auto prefix = interpreter::OpenPrefix(line.prefix);
