@@ -58,6 +58,13 @@ RenderOrder RenderingOf(const DeliveryOrder& order) {
   return rendering;
 }
 
+Expected<void> RunChecks(const PageSource& source) {
+  for (const ContentCheck& check : source.Checks()) {
+    if (auto checked = check.Run(); !checked) return checked;
+  }
+  return {};
+}
+
 /// The command's arguments, with the fields filled in.
 std::vector<std::string> WordsOf(const devices::Device& device,
                                  const devices::FieldValues& values) {
@@ -97,11 +104,11 @@ Expected<std::vector<OutputFile>> Delivery::WriteFiles(PageSource& source,
                                                        const DeliveryOrder& order,
                                                        const std::vector<std::string>& paths) {
   std::vector<OutputFile> files;
+  const bool isUnchanged = source.IsUnchanged();  // before the second name, which is a change
   if (auto taken = TakePageFile(source, order, paths.front())) {
     taken->BeginFlush();  // while the check reads
-    for (const ContentCheck& check : source.Checks()) {
-      if (auto checked = check.Run(); !checked) return checked.Error();
-    }
+    if (auto checked = isUnchanged ? Expected<void>() : RunChecks(source); !checked)
+      return checked.Error();
     order.progress(1);
     files.push_back(*std::move(taken));
     return files;

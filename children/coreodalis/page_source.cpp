@@ -1,9 +1,12 @@
 #include "children/coreodalis/page_source.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "children/coreodalis/plain_tiff_file.h"
@@ -70,6 +73,16 @@ Expected<ImageShape> ShapeOf(const pages::PageInfo& info) {
   return shape;
 }
 
+std::optional<timespec> TimeOfChange(const std::string& path) {
+  struct stat state {};
+  if (::lstat(path.c_str(), &state) != 0) return std::nullopt;
+  return state.st_ctim;
+}
+
+bool IsBefore(const timespec& left, const timespec& right) {
+  return std::tie(left.tv_sec, left.tv_nsec) < std::tie(right.tv_sec, right.tv_nsec);
+}
+
 }  // namespace
 
 Expected<PageSource> PageSource::Open(const std::string& directory, const pages::PageInfo& info) {
@@ -77,6 +90,7 @@ Expected<PageSource> PageSource::Open(const std::string& directory, const pages:
   auto shape = ShapeOf(info);
   if (!shape) return shape.Error();
   source.m_Shape = std::move(*shape);
+  source.m_Described = TimeOfChange(directory + "/" + pages::PageInfoName);
   if (auto opened = source.OpenParts(directory, info); !opened) return opened.Error();
   return source;
 }
@@ -130,6 +144,14 @@ int PageSource::FileAsTiff() const {
   const auto wanted = PlainTiffOf(m_Shape);
   const PixelFile& file = *m_Parts.front().file;
   return wanted && file.AsPlainTiff() == wanted ? file.Descriptor() : -1;
+}
+
+bool PageSource::IsUnchanged() const {
+  return m_Described && std::ranges::all_of(m_Parts, [this](const Part& part) {
+           struct stat state {};
+           return ::fstat(part.file->Descriptor(), &state) == 0 &&
+                  IsBefore(state.st_ctim, *m_Described);
+         });
 }
 
 Expected<void> PageSource::ReadRows(std::span<std::uint8_t> rows) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -33,6 +35,11 @@ class PageSource {
   /// its descriptor is open for reading and belongs to this object. -1: it has another form.
   [[nodiscard]] int FileAsTiff() const;
 
+  /// No file of the page was changed since its description was written, by the file system's times
+  /// of the last change: the bytes are those that their sums were taken of. False if that can't be
+  /// known, as of files that were changed in the same instant. Linking a file is a change.
+  [[nodiscard]] bool IsUnchanged() const;
+
   /// The check sums of the files, which nothing else looks at: who uses the rows runs all of them
   /// before, after or while it reads.
   [[nodiscard]] const std::vector<ContentCheck>& Checks() const { return m_Checks; }
@@ -58,7 +65,8 @@ class PageSource {
   std::vector<Part> m_Parts;
   std::vector<ContentCheck> m_Checks;
   std::vector<PlanePlace> m_Planes;
-  bool m_Straight = false;  ///< one file whose rows are the page's rows
+  std::optional<timespec> m_Described;  ///< when the description was changed last
+  bool m_Straight = false;              ///< one file whose rows are the page's rows
 };
 
 }  // namespace rastrel::odalis

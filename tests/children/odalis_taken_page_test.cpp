@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "pages/plain_tiff.h"
 #include "tests/children/odalis_fixture.h"
@@ -71,6 +74,20 @@ class TakenPage : public ::testing::Test {
   void Describe() {
     m_Info.files = {DescribeFile(Page(), "page.tif")};
     WriteFile(Page() + "/.info", pages::FormatPageInfo(m_Info));
+  }
+
+  // Until a change of a file has another time than the page's file.
+  void WaitForLaterChanges() const {
+    const std::string path = Root() + "/clock";
+    const auto timeOf = [](const struct stat& state) {
+      return std::pair(state.st_ctim.tv_sec, state.st_ctim.tv_nsec);
+    };
+    WriteFile(path, "");
+    const auto begun = timeOf(StateOf(path));
+    while (timeOf(StateOf(path)) <= begun) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      WriteFile(path, "");
+    }
   }
 
   std::unique_ptr<EngineRun> Run(const Names& settings,
@@ -182,6 +199,37 @@ TEST_F(TakenPage, whose_file_was_changed_is_not_delivered) {
       << run->Report();
   EXPECT_EQ(NamesIn(Output()), Names{});
   EXPECT_EQ(StateOf(PageFile()).st_nlink, 1U);
+}
+
+TEST_F(TakenPage, whose_file_was_changed_after_a_while_is_not_delivered) {
+  // The file system's clock has gone on, so that the times alone say which change was later.
+  WaitForLaterChanges();
+  Describe();
+  WaitForLaterChanges();
+  std::string file = ReadFile(PageFile());
+  file.back() = static_cast<char>(file.back() ^ 1);
+  WriteFile(PageFile(), file);
+  const auto run = Run({Removed});
+  EXPECT_EQ(run->Status(), NotDelivered);
+  EXPECT_EQ(NamesIn(Output()), Names{});
+}
+
+TEST_F(TakenPage, whose_file_is_older_than_its_description_is_not_read_again) {
+  m_Info.files.front().sum = std::string(32, '0');
+  WaitForLaterChanges();
+  WriteFile(Page() + "/.info", pages::FormatPageInfo(m_Info));
+  const auto run = Run({Removed});
+  EXPECT_EQ(run->Status(), Done) << run->Report();
+  EXPECT_TRUE(IsTaken(Delivered()));
+}
+
+TEST_F(TakenPage, that_is_copied_is_always_read_and_held_against_its_sum) {
+  m_Info.files.front().sum = std::string(32, '0');
+  WaitForLaterChanges();
+  WriteFile(Page() + "/.info", pages::FormatPageInfo(m_Info));
+  const auto run = Run({"RASTREL_PAGES=kept"});
+  EXPECT_EQ(run->Status(), NotDelivered);
+  EXPECT_EQ(NamesIn(Output()), Names{});
 }
 
 TEST_F(TakenPage, is_not_taken_where_the_device_compresses_or_planes_are_kept_apart) {
