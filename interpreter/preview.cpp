@@ -68,12 +68,14 @@ Preview::Preview(const PageSize& page)
       m_Width(Scaled(page.width, std::max(page.width, page.height))),
       m_Height(Scaled(page.height, std::max(page.width, page.height))),
       m_Sums(std::size_t{m_Width} * m_Height * page.channels),
-      m_Counts(std::size_t{m_Width} * m_Height) {
+      m_RowCounts(m_Height),
+      m_ColumnCounts(m_Width) {
   for (unsigned column = 0; column < page.width; ++column) {
     const unsigned cell = CellOf(column, m_Width, page.width);
     if (!IsSample(column, cell, m_Width, page.width)) continue;
     m_Columns.push_back(column);
     m_ColumnCells.push_back(cell);
+    ++m_ColumnCounts[cell];
   }
 }
 
@@ -82,23 +84,30 @@ bool Preview::Wants(unsigned row) const {
 }
 
 void Preview::AddRow(unsigned row, std::span<const std::byte> samples) {
-  const std::size_t first = std::size_t{CellOf(row, m_Height, m_Page.height)} * m_Width;
-  const std::size_t channels = m_Page.channels;
-  for (std::size_t i = 0; i < m_Columns.size(); ++i) {
-    const std::size_t cell = first + m_ColumnCells[i];
-    const std::byte* const pixel = samples.data() + m_Columns[i] * channels;
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-      m_Sums[cell * channels + channel] += std::to_integer<std::uint32_t>(pixel[channel]);
+  const unsigned cellRow = CellOf(row, m_Height, m_Page.height);
+  std::uint32_t* const sums = m_Sums.data() + std::size_t{cellRow} * m_Width * m_Page.channels;
+  ++m_RowCounts[cellRow];
+  const auto add = [&]<std::size_t Channels>() {
+    for (std::size_t i = 0; i < m_Columns.size(); ++i) {
+      std::uint32_t* const cell = sums + m_ColumnCells[i] * Channels;
+      const std::byte* const pixel = samples.data() + m_Columns[i] * Channels;
+      for (std::size_t channel = 0; channel < Channels; ++channel)
+        cell[channel] += std::to_integer<std::uint32_t>(pixel[channel]);
     }
-    ++m_Counts[cell];
-  }
+  };
+  // With the number known, a pixel is a few steps without a loop.
+  m_Page.channels == 3 ? add.template operator()<3>() : add.template operator()<1>();
 }
 
 Expected<void> Preview::Write(const std::string& path) const {
   std::vector<png_byte> pixels(m_Sums.size());
-  for (std::size_t i = 0; i < pixels.size(); ++i) {
-    const std::uint32_t count = std::max(1U, m_Counts[i / m_Page.channels]);
-    pixels[i] = static_cast<png_byte>((m_Sums[i] + count / 2) / count);
+  std::size_t at = 0;
+  for (const std::uint32_t rowCount : m_RowCounts) {
+    for (const std::uint32_t columnCount : m_ColumnCounts) {
+      const std::uint32_t count = std::max(1U, rowCount * columnCount);
+      for (unsigned channel = 0; channel < m_Page.channels; ++channel, ++at)
+        pixels[at] = static_cast<png_byte>((m_Sums[at] + count / 2) / count);
+    }
   }
   std::vector<png_bytep> rows(m_Height);
   for (std::size_t row = 0; row < rows.size(); ++row) {

@@ -37,7 +37,9 @@ class Preview {
   std::vector<unsigned> m_Columns;      // the source columns that count, in order
   std::vector<unsigned> m_ColumnCells;  // the cell that each belongs to
   std::vector<std::uint32_t> m_Sums;    // channels of each cell
-  std::vector<std::uint32_t> m_Counts;  // samples of each cell
+  // A cell has a sample where one of its rows that have come crosses one of its columns.
+  std::vector<std::uint32_t> m_RowCounts;     // of each row of cells
+  std::vector<std::uint32_t> m_ColumnCounts;  // of each column of cells
 };
 
 }  // namespace rastrel::interpreter
