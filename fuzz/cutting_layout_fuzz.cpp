@@ -1,63 +1,24 @@
 // Nesting and panels of any contours: each piece lies on its sheet and no layout takes long, and
 // the panels of a page have all of its paths.
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 #include "cutting/nest/nest.h"
 #include "cutting/panel/panel.h"
+#include "fuzz/contour_source.h"
 
 namespace {
 
 using namespace rastrel::cutting;
-
-// Takes the input apart, and is all zeros at its end.
-class Source {
- public:
-  Source(const std::uint8_t* data, std::size_t size) : m_Data(data), m_Size(size) {}
-  [[nodiscard]] bool IsEmpty() const { return m_Size == 0; }
-  std::uint8_t Byte() {
-    if (m_Size == 0) return 0;
-    --m_Size;
-    return *m_Data++;
-  }
-  // Small numbers by a byte, and any by eight.
-  double Number() {
-    const std::uint8_t first = Byte();
-    if (first < 250 || m_Size < sizeof(double)) return first;
-    double value = 0;
-    std::memcpy(&value, m_Data, sizeof(double));
-    m_Data += sizeof(double);
-    m_Size -= sizeof(double);
-    return value;
-  }
-  Point Place() {
-    const double x = Number();
-    return {x, Number()};
-  }
-
- private:
-  const std::uint8_t* m_Data;
-  std::size_t m_Size;
-};
+using rastrel::fuzz::ContourFrom;
+using rastrel::fuzz::Source;
 
 CutPath PathFrom(Source& source) {
   const std::uint8_t head = source.Byte();
-  Contour contour{.start = source.Place(), .segments = {}, .closed = (head & 1) != 0};
-  for (int i = head >> 4; i > 0; --i) {
-    const Point end = source.Place();
-    if ((head & 2) == 0) {
-      contour.segments.push_back(LineTo(end));
-    } else {
-      const Point first = source.Place();
-      contour.segments.push_back(CurveTo(first, source.Place(), end));
-    }
-  }
-  CutPath path{.contours = {std::move(contour)}};
+  CutPath path{.contours = {ContourFrom(head, source)}};
   path.operation = (head & 12) == 12 ? Operation::Engrave : Operation::Cut;
   return path;
 }

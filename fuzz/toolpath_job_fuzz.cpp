@@ -2,58 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "cutting/toolpath/toolpath.h"
+#include "fuzz/contour_source.h"
 
 namespace {
 
 using namespace rastrel::cutting;
-
-// Takes the input apart, and is all zeros at its end.
-class Source {
- public:
-  Source(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
-  [[nodiscard]] bool IsEmpty() const { return m_size == 0; }
-  std::uint8_t Byte() {
-    if (m_size == 0) return 0;
-    --m_size;
-    return *m_data++;
-  }
-  // Small numbers by a byte, and any by eight.
-  double Number() {
-    const std::uint8_t first = Byte();
-    if (first < 250 || m_size < sizeof(double)) return first;
-    double value = 0;
-    std::memcpy(&value, m_data, sizeof(double));
-    m_data += sizeof(double);
-    m_size -= sizeof(double);
-    return value;
-  }
-  Point Place() {
-    const double x = Number();
-    return {x, Number()};
-  }
-
- private:
-  const std::uint8_t* m_data;
-  std::size_t m_size;
-};
-
-Contour ContourFrom(Source& source) {
-  const std::uint8_t head = source.Byte();
-  Contour contour{.start = source.Place(), .segments = {}, .closed = (head & 1) != 0};
-  for (int i = head >> 4; i > 0; --i) {
-    const Point end = source.Place();
-    if ((head & 2) == 0) {
-      contour.segments.push_back(LineTo(end));
-    } else {
-      const Point first = source.Place();
-      contour.segments.push_back(CurveTo(first, source.Place(), end));
-    }
-  }
-  return contour;
-}
+using rastrel::fuzz::ContourFrom;
+using rastrel::fuzz::Source;
 
 }  // namespace
 
