@@ -43,8 +43,8 @@ constexpr NameRange PageNames{Name::Width, Name::Height};
 constexpr NameRange SettingsNames{Name::Power, Name::Operation};
 constexpr NameRange AllNames{Name::Power, Name::Y};
 constexpr NameRange ArcNames{Name::Power, Name::J};
-// Of the tolerance; the rest is for decimals.
-constexpr double PartForArcs = 0.9;
+// Of the tolerance; the rest is for the decimals of a position.
+constexpr double PartForCurves = 0.9;
 
 Failure Fault(std::string_view key, std::string why) {
   return FailureOf("the G-code text '" + std::string(key) + "' " + std::move(why));
@@ -182,7 +182,7 @@ class Program {
     if (m_HasArcs) {
       DrawWithArcs(contour, tolerance, take);
     } else {
-      ForEachFlatPoint(contour, tolerance, take);
+      ForEachFlatPoint(contour, tolerance * PartForCurves, take);
     }
     if (contour.closed && m_Values.position != first) GoTo(first);
     if (!m_Begun && isDrilled) GoTo(first);
@@ -231,7 +231,7 @@ class Program {
   void DrawArcs(Point from, const Segment& curve, double tolerance) {
     const Segment moved = CurveTo(m_ToSteps.Apply(curve.first), m_ToSteps.Apply(curve.second),
                                   m_ToSteps.Apply(curve.end));
-    for (const FittedPart& part : ArcsOf(m_ToSteps.Apply(from), moved, tolerance * PartForArcs)) {
+    for (const FittedPart& part : ArcsOf(m_ToSteps.Apply(from), moved, tolerance * PartForCurves)) {
       const Position end = StepsOf(part.end);
       if (end == m_Values.position) continue;
       if (!part.isArc) {

@@ -181,7 +181,7 @@ TEST(GcodeText, a_machine_that_follows_it_stays_on_every_path_and_ends_with_the_
   EXPECT_EQ(machine.fault, "");
   EXPECT_FALSE(machine.on);
   for (const Move& move : machine.moves) EXPECT_NE(move.rapid, move.on);
-  EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02 + 0.001);
+  EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02);
 }
 
 GcodeTable WithArcs() {
@@ -227,7 +227,7 @@ TEST(GcodeText, a_machine_that_follows_its_arcs_stays_on_every_curve) {
   const Machine machine = Follow(Text(job, WithArcs()));
   EXPECT_EQ(machine.fault, "");
   EXPECT_FALSE(machine.on);
-  EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02 + 0.001);
+  EXPECT_LE(test::Distance(Worked(machine), test::ToolContours(job)), 0.02);
 }
 
 TEST(GcodeText, an_arc_to_one_side_alone_is_refused) {
