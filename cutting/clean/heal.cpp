@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <numeric>
 #include <utility>
@@ -148,28 +149,34 @@ class Healer {
     m_Joined.push_back(home);
   }
 
-  // The job with only those contours that may lie where a joined one does: their boxes begin at
-  // the same places.
+  // The job with only those contours that may lie where a joined one does: the corners of their
+  // boxes lie in the same cells of a grid. A row of plates has many that begin as far to the left,
+  // and as many that begin as high: only both together tell them apart.
   CutJob LikeJoined() {
-    std::vector<double> lefts;
-    std::vector<double> bottoms;
+    using Cell = std::pair<std::int64_t, std::int64_t>;
+    const double reach = 2 * m_Limits.tolerance;
+    const auto cellOf = [&](double left, double bottom) {
+      return Cell{static_cast<std::int64_t>(std::floor(left / (2 * reach))),
+                  static_cast<std::int64_t>(std::floor(bottom / (2 * reach)))};
+    };
+    std::vector<Cell> cells;
     for (const ContourPlace place : m_Joined) {
       const Box box = BoxOf(At(place));
-      lefts.push_back(box.left);
-      bottoms.push_back(box.bottom);
+      for (const double x : {-reach, reach}) {
+        for (const double y : {-reach, reach})
+          cells.push_back(cellOf(box.left + x, box.bottom + y));
+      }
     }
-    std::ranges::sort(lefts);
-    std::ranges::sort(bottoms);
-    const auto has = [&](const std::vector<double>& values, double value) {
-      const auto first = std::ranges::lower_bound(values, value - 2 * m_Limits.tolerance);
-      return first != values.end() && *first <= value + 2 * m_Limits.tolerance;
-    };
+    std::ranges::sort(cells);
     CutJob like = m_Result.job;
     for (CutPath& path : like.paths) {
       for (Contour& contour : path.contours) {
         if (contour.segments.empty()) continue;
-        const Box box = BoxOf(contour);
-        if (!has(lefts, box.left) || !has(bottoms, box.bottom)) contour = {};
+        const auto isLike = [&] {
+          const Box box = BoxOf(contour);
+          return std::ranges::binary_search(cells, cellOf(box.left, box.bottom));
+        };
+        if (!IsUsable(contour) || !isLike()) contour = {};
       }
     }
     return like;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <string>
 
@@ -99,6 +100,31 @@ TEST(Heal, drops_a_duplicate_that_comes_of_joining) {
                   Line({{60, 40}, {10, 40}, {10, 10}})}));
   EXPECT_EQ(RepairsOf(result), "joined@1 joined@1 dropped-duplicate@1");
   EXPECT_EQ(result.job, JobOf({Rectangle(10, 10, 50, 30)}));
+}
+
+TEST(Heal, drops_a_duplicate_that_comes_of_joining_wherever_it_lies) {
+  const double tolerance = CheckLimits{}.tolerance;
+  for (int step = 0; step < 60; ++step) {
+    const double x = step * tolerance / 5 - 5 * tolerance;
+    const double y = -x / 3;
+    for (const double aside : {-0.4 * tolerance, 0.4 * tolerance}) {
+      const Contour first = Line({{x + aside, y}, {x + 50 + aside, y}, {x + 50 + aside, y + 30}});
+      const Contour second = Line({{x + 50 + aside, y + 30}, {x + aside, y + 30}, {x + aside, y}});
+      CutJob job = JobOf({Rectangle(x, y, 50, 30), first, second});
+      job.width = job.height = 0;
+      EXPECT_EQ(RepairsOf(Heal(job)), "joined@1 joined@1 dropped-duplicate@1") << step;
+    }
+  }
+}
+
+TEST(Heal, looks_past_ignored_paths_of_any_numbers_after_joining) {
+  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  CutJob job = JobOf({Rectangle(10, 10, 50, 30), Line({{10, 10}, {60, 10}, {60, 40}}),
+                      Line({{60, 40}, {10, 40}, {10, 10}})});
+  job.paths.push_back(
+      {.contours = {Line({{Infinity, 0}, {0, std::nan("")}}), Line({{1e300, 0}, {0, 0}})},
+       .operation = Operation::Ignore});
+  EXPECT_EQ(RepairsOf(Heal(job)), "joined@1 joined@1 dropped-duplicate@1");
 }
 
 TEST(Heal, drops_crumbs_and_what_has_no_length) {
