@@ -15,11 +15,9 @@
 namespace rastrel::cli {
 namespace {
 
-constexpr int PicturePixels = 2400;
-
 Expected<std::string> PictureOf(const cutting::CutJob& job, const std::string& path) {
   if (path.ends_with(".svg")) return cutting::CutPictureSvg(job);
-  if (path.ends_with(".png")) return cutting::CutPicturePng(job, PicturePixels);
+  if (path.ends_with(".png")) return cutting::CutPicturePng(job, CutPicturePixels);
   throw CommandError(ExitStatus::WrongUse,
                      "can't write '" + path + "': a picture's name ends in .svg or .png");
 }

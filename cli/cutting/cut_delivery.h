@@ -6,6 +6,9 @@
 
 namespace rastrel::cli {
 
+/// Longer side of a picture of the job as PNG.
+inline constexpr int CutPicturePixels = 2400;
+
 /// The stage of --picture: a picture of how the job is cut, as .svg or .png.
 [[nodiscard]] Expected<void> WriteCutPicture(CutRun& run);
 

@@ -6,9 +6,11 @@
 #include "cli/console/exit_status.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/unwritten_file.h"
+#include "cli/cutting/cut_delivery.h"
 #include "cli/cutting/cut_form_options.h"
 #include "cli/cutting/cut_pipeline.h"
 #include "cutting/job/job_file.h"
+#include "cutting/picture/cut_picture.h"
 #include "cutting/rules/rules.h"
 #include "rastrel/platform/os/output_file.h"
 
@@ -32,6 +34,14 @@ Expected<std::string> WriteForm(const CutRun& run) {
   return cutting::WriteCutFile(run.job, form, options);
 }
 
+Expected<std::string> WritePng(const CutRun& run) {
+  return cutting::CutPicturePng(run.job, CutPicturePixels);
+}
+Expected<std::string> WritePictureSvg(const CutRun& run) { return cutting::CutPictureSvg(run.job); }
+
+// An SVG is a file for a cutter unless its name says that it is for a person.
+constexpr std::string_view PictureSvgName = "preview.svg";
+
 // One form a line. The first is that of standard output.
 constexpr std::array Forms{
     Form{".json", WriteJson},
@@ -43,13 +53,17 @@ constexpr std::array Forms{
     Form{".gcode", WriteForm<cutting::CutForm::Gcode>},
     Form{".nc", WriteForm<cutting::CutForm::Gcode>},
     Form{".ngc", WriteForm<cutting::CutForm::Gcode>},
+    Form{".png", WritePng},
+    Form{PictureSvgName, WritePictureSvg},
 };
 
 std::string EndingOf(const std::string& path) {
-  std::string ending = std::filesystem::path(path).extension().string();
-  for (char& letter : ending)
+  std::string name = std::filesystem::path(path).filename().string();
+  for (char& letter : name)
     if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  return ending;
+  if (name == PictureSvgName || name.ends_with("." + std::string(PictureSvgName)))
+    return std::string(PictureSvgName);
+  return std::filesystem::path(name).extension().string();
 }
 
 const Form& FormOf(const std::string& path) {

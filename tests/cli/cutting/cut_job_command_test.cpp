@@ -66,6 +66,20 @@ TEST_F(CutJobCommand, an_unknown_ending_is_refused_with_the_known_ones) {
       << result.error;
 }
 
+TEST_F(CutJobCommand, a_preview_is_the_picture_that_picture_draws) {
+  runner.Place().Write("in.json", cutting::JobFileText(job));
+  for (const std::string name :
+       {"preview.svg", "sign.preview.svg", "Sign.Preview.SVG", "any.png"}) {
+    const std::string other = name.ends_with(".png") ? "other.png" : "other.svg";
+    ASSERT_EQ(runner.Run({"cut", "in.json", "-o", name}).status, 0) << name;
+    ASSERT_EQ(runner.Run({"cut", "in.json", "--picture", other}).status, 0) << name;
+    EXPECT_EQ(runner.Place().Read(name), runner.Place().Read(other)) << name;
+  }
+  ASSERT_EQ(runner.Run({"cut", "in.json", "-o", "mypreview.svg"}).status, 0);
+  EXPECT_NE(runner.Place().Read("mypreview.svg"), runner.Place().Read("other.svg"))
+      << "a file for a cutter";
+}
+
 TEST_F(CutJobCommand, the_job_does_not_take_its_own_place) {
   runner.Place().Write("in.json", cutting::JobFileText(job));
   EXPECT_EQ(runner.Run({"cut", "in.json", "-o", "in.json"}).status, 2);
