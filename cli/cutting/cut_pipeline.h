@@ -66,6 +66,8 @@ void RunPipeline(CutRun& run);
 
 /// Whether the result of that name is a cut job: "-", or a name that ends in .json.
 [[nodiscard]] bool IsCutJobName(const std::string& path);
+/// Whether it is a picture for a person, which shows the page in its own frame.
+[[nodiscard]] bool IsCutPictureName(const std::string& path);
 
 /// The parts of the pipeline, for commands that use them alone. ReadCutJob reads the command's file
 /// into the run's job: a cut job (docs/formats/cut-job.md) if its name ends in ".json", a drawing

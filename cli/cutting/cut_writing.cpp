@@ -84,6 +84,11 @@ bool IsCutJobName(const std::string& path) {
   return path == StandardOutputName || EndingOf(path) == ".json";
 }
 
+bool IsCutPictureName(const std::string& path) {
+  const std::string ending = EndingOf(path);
+  return ending == ".png" || ending == PictureSvgName;
+}
+
 void WriteCutText(CutRun& run, const std::string& path, const std::string& text) {
   std::error_code ignored;
   if (std::filesystem::equivalent(path, run.invocation.operand, ignored))
