@@ -191,6 +191,8 @@ std::optional<ProcessIdentity> ParseIdentity(std::string_view line) {
   if (fields.size() != 5 || !ReadNumber(fields[0], identity.id) ||
       !ReadNumber(fields[1], identity.start) || identity.id == 0)
     return std::nullopt;
+  // No machine has an empty part, and one at the end would not come back.
+  if (std::ranges::any_of(fields, &std::string_view::empty)) return std::nullopt;
   identity.boot = fields[2];
   identity.space = fields[3];
   identity.machine = fields[4];

@@ -69,8 +69,9 @@ TEST(Owner, an_identity_is_one_line_and_back) {
   const auto own = ParseIdentity(FormatIdentity(Own()));
   ASSERT_TRUE(own);
   EXPECT_EQ(*own, Own());
-  for (const char* text : {"", "1", "1 2 b s", "1 2 b s m more", "0 2 b s m", "x 2 b s m",
-                           "1 -2 b s m", "99999999999 2 b s m"})
+  for (const char* text :
+       {"", "1", "1 2 b s", "1 2 b s m more", "0 2 b s m", "x 2 b s m", "1 -2 b s m",
+        "99999999999 2 b s m", "1 2  s m", "1 2 b  m", "1 2 b s  "})
     EXPECT_FALSE(ParseIdentity(text)) << text;
 }
 
