@@ -97,7 +97,7 @@ Expected<void> Take(Database& rows, JobId id, const Stage& stage, const std::str
 // The number of the next job; 0 if there is none.
 using FindNext = std::function<Expected<JobId>(Database&)>;
 
-Expected<std::optional<Job>> ClaimBy(JobQueue::Parts& parts, const FindNext& find,
+Expected<std::optional<Job>> ClaimBy(JobQueue::Parts& parts, Database& rows, const FindNext& find,
                                      const Stage& stage) {
   if (parts.self.empty()) return FailureOf("this process can't be told from others: no claim");
   {
@@ -107,7 +107,6 @@ Expected<std::optional<Job>> ClaimBy(JobQueue::Parts& parts, const FindNext& fin
     if (!seen) return seen.Error();
     if (*seen == 0) return std::optional<Job>();
   }
-  Database& rows = *parts.rows;
   Change change(rows);
   if (auto begun = change.State(); !begun) return begun.Error();
   const auto next = find(rows);
@@ -210,7 +209,9 @@ Expected<std::optional<Job>> JobQueue::ClaimToInterpret() {
     if (*isFull) next.Bind(std::int64_t{limit});
     return FirstNumber(next);
   };
-  return ClaimBy(*m_Parts, find, Interpretation);
+  // A power cut may take this back: then the job waits again, as it does when its claim is found
+  // dead. So the RIP starts without waiting for the disk.
+  return ClaimBy(*m_Parts, *m_Parts->quick, find, Interpretation);
 }
 
 Expected<std::optional<Job>> JobQueue::ClaimToDeliver(const std::string& device) {
@@ -218,7 +219,8 @@ Expected<std::optional<Job>> JobQueue::ClaimToDeliver(const std::string& device)
     Query next = database.Prepare(NextToDeliver);
     return FirstNumber(next.Bind(device));
   };
-  return ClaimBy(*m_Parts, find, Delivery);
+  // What is sent must never be sent as new again.
+  return ClaimBy(*m_Parts, *m_Parts->rows, find, Delivery);
 }
 
 Expected<std::vector<std::string>> JobQueue::DevicesToServe() {

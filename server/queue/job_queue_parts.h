@@ -14,7 +14,7 @@ struct JobQueue::Parts {
   std::string directory;  ///< DATA ROOT/server
   QueuePolicy policy;
   std::unique_ptr<Database> rows;   ///< changes that reach the disk
-  std::unique_ptr<Database> quick;  ///< progress, which a power cut may take back
+  std::unique_ptr<Database> quick;  ///< what a power cut may take back: progress, interpretation
   std::unique_ptr<Database> views;  ///< reads only
   server::Bell bell;
   std::string self;  ///< identity of this process, for its claims
