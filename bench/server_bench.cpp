@@ -1,9 +1,5 @@
 // Jobs through the server's queue against `rastrel print` of each, file by file; jobs for a slow
-// device; and a page of a long list of jobs. Whole processes, turn by turn.
-
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+// device. Whole processes, turn by turn.
 
 #include <filesystem>
 #include <string>
@@ -14,7 +10,7 @@
 #include "bench/measure.h"
 #include "bench/program.h"
 #include "bench/require.h"
-#include "server/queue/database.h"
+#include "bench/running_server.h"
 #include "server/queue/job_queue.h"
 
 namespace {
@@ -23,7 +19,6 @@ namespace bench = rastrel::bench;
 namespace server = rastrel::server;
 
 constexpr const char* Command = RASTREL_BINARY_DIR "/bin/rastrel";
-constexpr const char* Server = RASTREL_BINARY_DIR "/libexec/rastrel/rastrel-server";
 constexpr const char* Mode = "Screen/preview";
 constexpr double LimitOfSmallJobs = 0.6;
 constexpr double LimitOfSlowDevice = 0.65;
@@ -37,26 +32,6 @@ constexpr const char* LongPage =
 constexpr const char* Devices =
     "[Slow]\nkind = command\nformat = png\ncommand = /bin/sleep 1\n"
     "[*]\nkind = file\nformat = tiff\ncompression = none\npattern = {output}/{job}-{page}.tif\n";
-
-/// A server that runs while this lives.
-class RunningServer {
- public:
-  RunningServer() : m_Id(::fork()) {
-    if (m_Id == 0) {
-      ::execl(Server, "rastrel", "serve", nullptr);
-      ::_exit(1);
-    }
-  }
-  ~RunningServer() {
-    ::kill(m_Id, SIGTERM);
-    ::waitpid(m_Id, nullptr, 0);
-  }
-  RunningServer(const RunningServer&) = delete;
-  RunningServer& operator=(const RunningServer&) = delete;
-
- private:
-  pid_t m_Id;
-};
 
 /// Waits until as many jobs as that are done.
 void AwaitDone(server::JobQueue& queue, std::int64_t jobs) {
@@ -85,35 +60,6 @@ void MeasureJobs(const bench::DataRoot& root, server::JobQueue& queue, const std
   bench::Compare({name, "`rastrel print` of each", rounds, limit}, clean, ours, peer);
 }
 
-/// A page of a list, filtered and sorted, out of many jobs.
-double MillisecondsOfPage(const std::string& directory, int jobs) {
-  std::filesystem::create_directory(directory);
-  const auto queue = server::JobQueue::Open(directory);
-  bench::Require(static_cast<bool>(queue), "the queue can't be opened");
-  const auto rows =
-      server::Database::Open(directory + "/server/queue.db", server::Database::Safety::Normal);
-  bench::Require(rows && (*rows)->Execute(
-                             "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
-                             "i < " +
-                             std::to_string(jobs) +
-                             ") INSERT INTO jobs (title, owner, source, device, work, options, "
-                             "priority, state, file, bytes, submitted) SELECT 'sign ' || (i * 7919 "
-                             "% 100003), 'owner' || (i % 7), 'web', 'Plotter', 'print', '{}', 50, "
-                             "CASE WHEN i % 10 = 0 THEN 'failed' ELSE 'done' END, '', 1000, i "
-                             "FROM n"),
-                 "the rows can't be made");
-  server::JobFilter filter;
-  filter.states = {server::JobState::Done};
-  filter.owner = "owner3";
-  filter.orderBy = "title";
-  std::vector<double> times;
-  for (int turn = 0; turn < 9; ++turn)
-    times.push_back(bench::Milliseconds(bench::Clock::Wall, [&] {
-      bench::Require((*queue)->List(filter).ValueOr({}).size() == 100, "the page is not whole");
-    }));
-  return bench::Median(times);
-}
-
 }  // namespace
 
 int main() {
@@ -125,15 +71,11 @@ int main() {
   const auto queue = server::JobQueue::Open(root.Path());
   bench::Require(static_cast<bool>(queue), "the queue can't be opened");
   {
-    const RunningServer running;
+    const bench::RunningServer running;
     MeasureJobs(root, **queue, "200 small jobs through the server", "*", small, 200, 1,
                 LimitOfSmallJobs);
     MeasureJobs(root, **queue, "five jobs for a slow device", "Slow", slow, 5, 3,
                 LimitOfSlowDevice);
   }
-  const double few = MillisecondsOfPage(root.Path("few"), 1000);
-  const double many = MillisecondsOfPage(root.Path("many"), 100'000);
-  bench::Print({"a page of 100 out of 100,000 jobs, filtered and sorted", many, "ms",
-                "out of 1,000 jobs", few, 0});
   return 0;
 }
