@@ -175,6 +175,8 @@ constexpr std::array OptionTable{
               "Place graphics of other directories than the template's, too."},
     OptionRow{Data, "--data", "TABLE",
               "The table: .csv, .xlsx, .ods or .fods; a plate for each row."},
+    OptionRow{MergeTemplateFile, "--template", "FILE",
+              "The template that a table's rows fill: each job is a merge."},
     OptionRow{OnlyBad, "--only-bad", "REPORT",
               "Merge those rows alone that are bad in this report, the output of `merge --json`."},
     OptionRow{FontReplacement, "--font", "NAME=FONT",

@@ -93,6 +93,7 @@ enum class OptionId {
   AllowOutside,
   Data,
   OnlyBad,
+  MergeTemplateFile,
   FontReplacement,
   CancelMissingFonts,
   AskInWindow,

@@ -39,6 +39,13 @@ CUT = """%!PS-Adobe-3.0
 20 15 10 0 360 arc closepath stroke showpage
 %%EOF
 """
+# A plate of an inch by half of one, with a field; and its table, whose third row has no text.
+BADGE = """<ABB>
+<ENGRAVINGTEMPLATE><PLATES/>
+<PLATE><COLOR>Gold</COLOR><WIDTH>1</WIDTH><HEIGHT>0.5</HEIGHT><TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME>
+<TEXT data='{Name}'><FONT name='DejaVuSans.ttf' size='0.25'/></TEXT></PLATE></ENGRAVINGTEMPLATE></ABB>
+"""
+NAMES = "Name,Team\nAda,a\nBob,b\n,c\n"
 # Strips of a page of 48 points: a quarter in cyan, a quarter in half magenta, an eighth in yellow, a sixteenth in
 # black, and an eighth in a spot colour. The second page is empty.
 INKS = """%!PS-Adobe-3.0
@@ -284,6 +291,85 @@ class Serve(unittest.TestCase):
         job = self.job("1")
         self.assertEqual((job["state"], job["message"]),
                          ("failed", "a cut needs rules: which paths are cut"))
+        self.stop()
+
+    def merge_files(self):
+        template, table = self.place / "badge.xml", self.place / "names.csv"
+        template.write_text(BADGE)
+        table.write_text(NAMES)
+        return template, table
+
+    def merged_by_commands(self, template, table):
+        """What `rastrel merge` and `rastrel print` make, a blank of a plate's size a row."""
+        pages = self.place / "names.pdf"
+        self.run_command("merge", str(template), "--data", str(table), "--blank", "1x0.5in", "-o", str(pages))
+        by_print = self.place / "by-print"
+        self.run_command("print", str(pages), "--mode", "Screen/preview", "--output", str(by_print))
+        files = [pixels((by_print / f"names-{page}.tif").read_bytes()) for page in (1, 2, 3)]
+        self.assertEqual(len(set(files)), 3)
+        return files
+
+    def test_a_merge_prints_a_page_for_each_row_as_the_commands_do(self):
+        template, table = self.merge_files()
+        number = self.run_command("jobs", "add", "--template", str(template), "--data", str(table), "--blank",
+                                  "1x0.5in", "--mode", "Screen/preview").strip()
+        expected = self.merged_by_commands(template, table)
+        table.unlink()  # the queue has its own
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual((job["state"], job["pages"], job["title"]), ("done", 3, "names.csv"), job)
+        output = self.output()
+        self.assertEqual(sorted(output), [f"names-{page}.tif" for page in (1, 2, 3)])
+        self.assertEqual([pixels(output[f"names-{page}.tif"]) for page in (1, 2, 3)], expected)
+        story = self.run_command("jobs", "show", number)
+        self.assertIn('row 4: placed on page 3; no value for "Name"', story)
+        self.assertNotIn("row 2", story)
+        self.assertIn("message\t3 pages of 2.54 by 1.27 cm: 3 plates, 2 texts, 0 drill points\n", story)
+        self.assertFalse((self.root / "server" / "jobs" / number / "merged.pdf").exists())
+        again = self.run_command("jobs", "reprint", number, "--pages", "2").strip()
+        self.await_state(again, "done")
+        self.assertEqual(pixels(self.output()["names-2-2.tif"]), expected[1])
+        self.stop()
+
+    def test_a_merge_that_can_not_be_made_fails_with_its_row_or_line(self):
+        template, table = self.merge_files()
+        bad_row = self.run_command("jobs", "add", str(table), "--template", str(template), "--blank",
+                                   "1x0.4in").strip()
+        table.write_text('Name,Team\nAda,a\n"Bob,b\n')
+        bad_table = self.run_command("jobs", "add", str(table), "--template", str(template)).strip()
+        table.write_text("Team\na\n")
+        bad_heading = self.run_command("jobs", "add", str(template), "--data", str(table)).strip()
+        self.serve()
+        reasons = {bad_row: "row 2: not placed; a plate of 2.54 by 1.27 cm does not fit",
+                   bad_table: "names.csv: line 3: a value in double quotes has no end",
+                   bad_heading: 'badge.xml:4: the table has no heading "Name"'}
+        for number, reason in reasons.items():
+            job = self.await_state(number, "done", "failed")
+            self.assertEqual(job["state"], "failed", job)
+            self.assertTrue(job["message"].startswith(reason), job["message"])
+        self.stop()
+
+    def test_a_merge_is_refused_unless_its_two_files_are_named(self):
+        template, table = self.merge_files()
+        both = ("--template", str(template), "--data", str(table))
+        self.assertIn("name a file", self.run_command("jobs", "add", status=2))
+        self.assertIn("name a file", self.run_command("jobs", "add", "--data", str(table), status=2))
+        self.assertIn("no file beside them", self.run_command("jobs", "add", str(table), *both, status=2))
+        self.assertIn("is of a merge", self.run_command("jobs", "add", str(self.page), "--blank", "1x1in", status=2))
+        template.unlink()
+        self.assertIn("badge.xml", self.run_command("jobs", "add", *both, status=3))
+        self.assertEqual(self.run_command("jobs", "list", "--json"), "")
+
+    def test_a_table_that_is_dropped_into_a_merging_folder_fills_its_template(self):
+        template, table = self.merge_files()
+        folder = self.hot_folder(f'device = "Plotter"\nwork = "merge"\ntemplate = "{template}"\n'
+                                 'blank = "1x0.5in"\nmode = "Screen/preview"\n')
+        expected = self.merged_by_commands(template, table)
+        self.serve()
+        table.rename(folder / "names.csv")
+        self.await_file(folder / "done" / "names.csv.report.json")
+        output = self.output()
+        self.assertEqual([pixels(output[f"names-{page}.tif"]) for page in (1, 2, 3)], expected)
         self.stop()
 
     def test_a_device_of_the_settings_gets_the_bytes(self):
