@@ -1,8 +1,9 @@
 #include "cli/server/child_run.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "cli/server/worker.h"
@@ -20,7 +21,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto LookInterval = 200ms;
-constexpr std::size_t MaximumText = std::size_t{64} << 10;
+constexpr std::size_t MaximumLine = 4096;
+constexpr std::size_t FirstLines = 100;
+constexpr std::size_t LastLines = 10;
 
 // The child and the pipe of its lines.
 struct Child {
@@ -53,9 +56,40 @@ Expected<Child> Start(const std::string& program, const std::vector<std::string>
   return child;
 }
 
+// Takes output in pieces, and keeps the wanted lines of it.
+class LineKeeper {
+ public:
+  LineKeeper(ChildRun& run, const LineFilter& isWanted) : m_Run(run), m_IsWanted(isWanted) {}
+
+  void Take(std::string_view piece) {
+    for (const char one : piece) {
+      if (one == '\n')
+        EndLine();
+      else if (m_Line.size() < MaximumLine)
+        m_Line += one;
+    }
+  }
+  void EndLine() {
+    if (!m_Line.empty() && m_IsWanted(m_Line)) Keep(std::move(m_Line));
+    m_Line.clear();
+  }
+
+ private:
+  void Keep(std::string line) {
+    m_Run.lines.push_back(std::move(line));
+    if (m_Run.lines.size() <= FirstLines + LastLines) return;
+    m_Run.lines.erase(m_Run.lines.begin() + FirstLines);
+    ++m_Run.omitted;
+  }
+
+  ChildRun& m_Run;
+  const LineFilter& m_IsWanted;
+  std::string m_Line;
+};
+
 // Reads the child's lines to their end. False if it is to end before.
 bool ReadLines(server::JobQueue& queue, const server::Job& job, const Child& child,
-               std::string& text) {
+               LineKeeper& lines) {
   for (;;) {
     if (IsStopAsked() || queue.IsCancelAsked(job.id).ValueOr(false)) return false;
     const std::array handles{child.lines.Get()};
@@ -63,30 +97,23 @@ bool ReadLines(server::JobQueue& queue, const server::Job& job, const Child& chi
     std::array<char, 4096> bytes;
     const std::size_t count =
         os::ReadSome(child.lines.Get(), bytes.data(), bytes.size()).ValueOr(0);
-    if (count == 0) return true;
-    if (text.size() < MaximumText) text.append(bytes.data(), count);
+    if (count == 0) break;
+    lines.Take({bytes.data(), count});
   }
-}
-
-std::vector<std::string> LinesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    if (end > begin) lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return lines;
+  lines.EndLine();
+  return true;
 }
 
 }  // namespace
 
 Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
-                            const std::string& program, const std::vector<std::string>& arguments) {
+                            const std::string& program, const std::vector<std::string>& arguments,
+                            const LineFilter& isWanted) {
   const auto child = Start(program, arguments);
   if (!child) return child.Error();
-  std::string text;
   ChildRun run;
-  if (!ReadLines(queue, job, *child, text)) {
+  LineKeeper lines(run, isWanted);
+  if (!ReadLines(queue, job, *child, lines)) {
     static_cast<void>(os::Terminate(child->process.Get()));
     run.end = queue.IsCancelAsked(job.id).ValueOr(false) ? ChildRun::End::Canceled
                                                          : ChildRun::End::Stopped;
@@ -97,7 +124,6 @@ Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
   const auto state = os::TakeExitState(child->process.Get());
   if (!state) return state.Error();
   run.state = *state;
-  run.lines = LinesOf(text);
   return run;
 }
 

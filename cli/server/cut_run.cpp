@@ -14,7 +14,6 @@ namespace {
 
 using enum TicketEnd::Kind;
 
-constexpr std::size_t MaximumMessages = 100;
 constexpr std::array TakenOptions{"rules", "box"};
 
 std::vector<std::string> ArgumentsOf(const server::Job& job, const std::string& result) {
@@ -42,12 +41,12 @@ TicketEnd EndOf(const ChildRun& run) {
 
 TicketEnd RunCut(server::JobQueue& queue, const server::Job& job, const std::string& directory) {
   const std::string result = directory + "/" + SafeJobName(job.title) + ".hpgl";
-  const ChildRun run = OrEnd(ExitStatus::JobFailed,
-                             RunChild(queue, job, "rastrel-cutting", ArgumentsOf(job, result)));
+  const ChildRun run =
+      OrEnd(ExitStatus::JobFailed, RunChild(queue, job, "rastrel-cutting", ArgumentsOf(job, result),
+                                            [](const std::string&) { return true; }));
   if (run.end != ChildRun::End::ByItself)
     return {run.end == ChildRun::End::Canceled ? Canceled : Stopped, 0, ""};
-  const std::size_t told = std::min(run.lines.size(), MaximumMessages);
-  for (std::size_t i = 0; i < told; ++i) static_cast<void>(queue.AddMessage(job.id, run.lines[i]));
+  for (const std::string& line : run.lines) static_cast<void>(queue.AddMessage(job.id, line));
   return EndOf(run);
 }
 

@@ -17,7 +17,6 @@ namespace {
 
 using enum TicketEnd::Kind;
 
-constexpr std::size_t MaximumMessages = 100;
 constexpr std::string_view Program = "rastrel: ";
 constexpr std::string_view WrittenTo = "; written to ";
 constexpr std::array PassedOptions{"sheet", "blank"};
@@ -48,9 +47,10 @@ std::string Shown(std::string line, const server::Job& job) {
   return line;
 }
 
-// "row 7: placed on page 1": nothing that a person has to know.
-bool IsPlain(const std::string& line) {
-  return IsOfRow(line) && line.find(": placed on page") != line.npos && line.find(';') == line.npos;
+// "row 7: placed on page 1": a person has no need of it.
+bool IsWanted(const std::string& line) {
+  return !IsOfRow(line) || line.find(": placed on page") == line.npos ||
+         line.find(';') != line.npos;
 }
 
 std::string ReasonOf(const std::vector<std::string>& lines) {
@@ -65,21 +65,12 @@ std::string ReasonOf(const std::vector<std::string>& lines) {
   return lines.empty() ? "the merge failed" : lines.back();
 }
 
-void Tell(server::JobQueue& queue, const server::Job& job, const std::vector<std::string>& lines) {
-  std::size_t told = 0;
-  std::size_t untold = 0;
-  for (const std::string& line : lines) {
-    if (IsPlain(line)) continue;
-    if (told == MaximumMessages) {
-      ++untold;
-      continue;
-    }
-    ++told;
+void Tell(server::JobQueue& queue, const server::Job& job, const ChildRun& run) {
+  for (const std::string& line : run.lines)
     static_cast<void>(queue.AddMessage(job.id, Shown(line, job)));
-  }
-  if (untold > 0)
-    static_cast<void>(
-        queue.AddMessage(job.id, "and " + std::to_string(untold) + " lines more of the merge"));
+  if (run.omitted > 0)
+    static_cast<void>(queue.AddMessage(
+        job.id, std::to_string(run.omitted) + " more lines of the merge are left out"));
 }
 
 }  // namespace
@@ -111,11 +102,11 @@ TicketEnd MakeMergedPages(server::JobQueue& queue, const server::Job& job,
                           const std::string& result) {
   // Of an earlier run of the job that was killed.
   static_cast<void>(os::RemoveFile(os::FromNative(result)));
-  const ChildRun run = OrEnd(ExitStatus::JobFailed,
-                             RunChild(queue, job, "rastrel-document", ArgumentsOf(job, result)));
+  const ChildRun run = OrEnd(ExitStatus::JobFailed, RunChild(queue, job, "rastrel-document",
+                                                             ArgumentsOf(job, result), IsWanted));
   if (run.end != ChildRun::End::ByItself)
     return {run.end == ChildRun::End::Canceled ? Canceled : Stopped, 0, ""};
-  Tell(queue, job, run.lines);
+  Tell(queue, job, run);
   if (!run.state.byItself)
     return {Failed, static_cast<int>(ExitStatus::JobFailed),
             "the merge was ended by signal " + std::to_string(run.state.status)};

@@ -349,6 +349,24 @@ class Serve(unittest.TestCase):
             self.assertTrue(job["message"].startswith(reason), job["message"])
         self.stop()
 
+    def test_the_last_row_of_a_long_merge_is_heard_of(self):
+        template, table = self.merge_files()
+        # The lines of the rows before it are more than a pipe holds, and so are those of rows without a value.
+        table.write_text("Name,Team\n" + "Ada,a\n" * 3000 + ",b\n" * 200)
+        number = self.run_command("jobs", "add", "--template", str(template), "--data", str(table),
+                                  "--mode", "Screen/preview", "--pages", "1").strip()
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual(job["state"], "done", job)
+        story = self.run_command("jobs", "show", number)
+        rows = [line for line in story.splitlines() if '; no value for "Name"' in line]
+        self.assertTrue(rows[0].split("\t")[2].startswith("row 3002: "), rows[0])
+        self.assertTrue(rows[-1].split("\t")[2].startswith("row 3201: "), rows[-1])
+        # Of 200 rows and the summary the first hundred and the last ten.
+        self.assertEqual(len(rows), 109)
+        self.assertIn("91 more lines of the merge are left out", story)
+        self.stop()
+
     def test_a_merge_is_refused_unless_its_two_files_are_named(self):
         template, table = self.merge_files()
         both = ("--template", str(template), "--data", str(table))
