@@ -272,7 +272,7 @@ constexpr std::array CommandRows{
                "Measure the first pages of many files, and go on after a kill.",
                BatchPageSizeOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
-               "Print a script that completes the command's arguments in a shell: bash.",
+               "Print a script that completes the command's arguments in a shell: bash, fish, zsh.",
                HelpOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},
