@@ -172,7 +172,10 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::UsersList:
     case CommandId::UsersAdd:
     case CommandId::UsersRole:
-    case CommandId::UsersRemove: return RunServerProgram(arguments);
+    case CommandId::UsersRemove:
+    case CommandId::FolderList:
+    case CommandId::FolderAdd:
+    case CommandId::FolderRemove: return RunServerProgram(arguments);
     case CommandId::BatchConvert:
     case CommandId::BatchPreview:
     case CommandId::BatchPageSize: return BatchCommand(invocation);

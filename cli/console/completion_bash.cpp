@@ -43,7 +43,7 @@ _rastrel_offer_kind() {
   one\ of\ *) _rastrel_offer ${1#one of } ;;
   ?*)
     # The first column of the listing, without its title.
-    mapfile -t names < <(command rastrel $1 2>/dev/null | cut -f 1 | grep -vxE '\*|job|user')
+    mapfile -t names < <(command rastrel $1 2>/dev/null | cut -f 1 | grep -vxE '\*|job|user|folder')
     _rastrel_offer "${names[@]}"
     ;;
   esac

@@ -35,7 +35,7 @@ end
 
 # The first column of a listing, without its title.
 function __rastrel_listing
-    command rastrel $argv 2>/dev/null | cut -f 1 | string match -rv '^(\*|job|user)$'
+    command rastrel $argv 2>/dev/null | cut -f 1 | string match -rv '^(\*|job|user|folder)$'
 end
 
 complete -c rastrel -e

@@ -51,6 +51,7 @@ std::string KindOfValue(const OptionRow& row) {
 std::string KindOfOperand(const CommandRow& row) {
   const std::string_view operand = row.operand;
   switch (row.id) {
+    case CommandId::FolderRemove: return "folder list";
     case CommandId::Help: {
       std::string words = "one of";
       for (const std::string& name : FirstWords()) words += " " + name;

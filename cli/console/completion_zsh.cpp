@@ -20,7 +20,7 @@ _rastrel_offer_kind() {
     ;;
   ?*)
     # The first column of the listing, without its title.
-    names=(${(f)"$(command rastrel ${=1} 2>/dev/null | cut -f 1 | grep -vxE '\*|job|user')"})
+    names=(${(f)"$(command rastrel ${=1} 2>/dev/null | cut -f 1 | grep -vxE '\*|job|user|folder')"})
     compadd -a names
     ;;
   esac

@@ -7,6 +7,7 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
+#include "cli/server/folder_command.h"
 #include "cli/server/jobs_change.h"
 #include "cli/server/jobs_view.h"
 #include "cli/server/serve_command.h"
@@ -36,6 +37,9 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::UsersAdd: return AddUserCommand(invocation);
     case CommandId::UsersRole:
     case CommandId::UsersRemove: return ChangeUserCommand(invocation);
+    case CommandId::FolderList: return ListFoldersCommand(invocation);
+    case CommandId::FolderAdd: return AddFolderCommand(invocation);
+    case CommandId::FolderRemove: return RemoveFolderCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,

@@ -36,6 +36,7 @@ extern const char* const JobColumns;
 
 /// A job's columns that decide on a change of it.
 struct JobStanding {
+  std::string title;
   JobState state = JobState::Queued;
   std::string claim;
   std::string wish;  ///< "", "hold" or "cancel": for a job that runs

@@ -124,9 +124,8 @@ class Serve(unittest.TestCase):
         self.assertEqual(done.returncode, status, done.stderr)
         return done.stdout if status == 0 else done.stderr
 
-    def serve(self):
-        self.server = subprocess.Popen([COMMAND, "serve"], env=self.environment,
-                                       stderr=subprocess.DEVNULL)
+    def serve(self, log=subprocess.DEVNULL):
+        self.server = subprocess.Popen([COMMAND, "serve"], env=self.environment, stderr=log)
 
     def stop(self):
         self.server.send_signal(signal.SIGTERM)
@@ -342,6 +341,53 @@ class Serve(unittest.TestCase):
         self.run_command("printers")
         (self.root / "server.toml").write_text("worker = 1\n")
         self.assertIn("server.toml:1:1", self.run_command("serve", status=2))
+
+    def test_a_fault_that_comes_to_the_settings_is_told_once_and_jobs_wait_until_it_goes(self):
+        settings = self.root / "server.toml"
+        log = self.place / "log"
+        folder = self.hot_folder('device = "TIFF"\nmode = "Screen/preview"\nsettle = 0\npoll = 1\n')
+        with log.open("wb") as output:
+            self.serve(output)
+        self.await_text(log, "serving")
+        settings.write_text("worker = 1\n")
+        (folder / "one.ps").write_text(PAGES)
+        self.await_text(log, "no job is begun until this is mended")
+        (folder / "two.ps").write_text(PAGES)
+        # The scheduler looks once a second, and at each change of the queue.
+        time.sleep(3)
+        self.assertFalse((self.root / "output").exists())
+        settings.write_text("workers = 1\n")
+        for number in ("1", "2"):
+            self.await_state(number, "done")
+        self.stop()
+        lines = log.read_text().splitlines()
+        self.assertEqual([line for line in lines if "worker" in line],
+                         [line for line in lines if "server.toml:1:1" in line], lines)
+        self.assertEqual(len([line for line in lines if "server.toml:1:1" in line]), 1, lines)
+        self.assertIn("rastrel: jobs go on", lines)
+
+    def await_text(self, path, text):
+        limit = time.monotonic() + WAIT
+        while text not in path.read_text():
+            self.assertLess(time.monotonic(), limit, path.read_text())
+            time.sleep(0.05)
+
+    def test_a_refused_job_is_called_by_its_title_wherever_it_is_read(self):
+        folder = self.hot_folder('device = "TIFF"\nsettle = 0\n')
+        (folder / "two signs.pdf").write_bytes(b"no such document")
+        self.serve()
+        report = folder / "failed" / "two signs.pdf.report.txt"
+        limit = time.monotonic() + WAIT
+        while not report.exists():
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.05)
+        self.assertIn("can't print 'two signs.pdf': it is neither", self.job("1")["message"])
+        self.assertIn("can't print 'two signs.pdf': it is neither", report.read_text())
+        for text in (report.read_text(), self.run_command("jobs", "show", "1"),
+                     self.run_command("jobs", "list"), self.run_command("jobs", "export")):
+            self.assertNotIn("job.pdf", text)
+            self.assertNotIn(str(self.root), text)
+        self.stop()
 
 
 if __name__ == "__main__":
