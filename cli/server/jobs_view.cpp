@@ -8,6 +8,7 @@
 
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
+#include "cli/server/ink_text.h"
 #include "cli/server/job_filter.h"
 #include "cli/server/job_table.h"
 #include "cli/server/open_queue.h"

@@ -11,6 +11,7 @@
 #include "cli/server/jobs_change.h"
 #include "cli/server/jobs_view.h"
 #include "cli/server/serve_command.h"
+#include "cli/server/server_health.h"
 #include "cli/server/users_command.h"
 #include "cli/server/worker.h"
 
@@ -40,6 +41,7 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::FolderList: return ListFoldersCommand(invocation);
     case CommandId::FolderAdd: return AddFolderCommand(invocation);
     case CommandId::FolderRemove: return RemoveFolderCommand(invocation);
+    case CommandId::Doctor: return ServerHealthCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,
