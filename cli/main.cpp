@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/batch/array_task.h"
 #include "cli/batch/batch_command.h"
 #include "cli/batch/batch_piece.h"
 #include "cli/console/completion.h"
@@ -196,6 +197,8 @@ ExitStatus Run(Invocation invocation, const std::vector<std::string>& arguments)
 int main(int count, char** arguments) {
   if (count > 1 && std::string_view(arguments[1]) == BatchPieceWord)
     return RunBatchPiece(count, arguments);
+  if (count > 1 && std::string_view(arguments[1]) == ArrayTaskWord)
+    return RunArrayTask(count, arguments);
   const std::vector<std::string> copy(arguments, arguments + count);
   return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });

@@ -124,14 +124,35 @@ constexpr std::array ServeOptions{OpenBrowser, Help};
 constexpr std::array UsersAddOptions{UserRole, NewPasswordFile, Help};
 constexpr std::array UsersRoleOptions{UserRole, Help};
 constexpr std::array BatchConvertOptions{
-    BatchOutput, OutputSize, Resolution,   CutColor, ChosenPage, Box, PasswordFile,
-    Force,       Jobs,       PieceSeconds, Resume,   Json,       Help};
-constexpr std::array BatchPreviewOptions{
-    BatchOutput, Dpi,        CutOnly,      Scale,    Levels, LevelsRed,
-    LevelsGreen, LevelsBlue, LevelsGray,   CutColor, Box,    PasswordFile,
-    Force,       Jobs,       PieceSeconds, Resume,   Json,   Help};
-constexpr std::array BatchPageSizeOptions{BatchOutput,  Dsc,    Box,  PasswordFile, Jobs,
-                                          PieceSeconds, Resume, Json, Help};
+    BatchOutput,    OutputSize,   Resolution,     CutColor,      ChosenPage, Box,
+    PasswordFile,   Force,        Jobs,           PieceSeconds,  Resume,     BatchOn,
+    BatchPartition, BatchAccount, BatchTimeLimit, BatchLicenses, Json,       Help};
+constexpr std::array BatchPreviewOptions{BatchOutput,   Dpi,
+                                         CutOnly,       Scale,
+                                         Levels,        LevelsRed,
+                                         LevelsGreen,   LevelsBlue,
+                                         LevelsGray,    CutColor,
+                                         Box,           PasswordFile,
+                                         Force,         Jobs,
+                                         PieceSeconds,  Resume,
+                                         BatchOn,       BatchPartition,
+                                         BatchAccount,  BatchTimeLimit,
+                                         BatchLicenses, Json,
+                                         Help};
+constexpr std::array BatchPageSizeOptions{BatchOutput,
+                                          Dsc,
+                                          Box,
+                                          PasswordFile,
+                                          Jobs,
+                                          PieceSeconds,
+                                          Resume,
+                                          BatchOn,
+                                          BatchPartition,
+                                          BatchAccount,
+                                          BatchTimeLimit,
+                                          BatchLicenses,
+                                          Json,
+                                          Help};
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",

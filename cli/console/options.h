@@ -138,6 +138,11 @@ enum class OptionId {
   BatchOutput,
   PieceSeconds,
   Resume,
+  BatchOn,
+  BatchPartition,
+  BatchAccount,
+  BatchTimeLimit,
+  BatchLicenses,
   Help,
   Version,
 };
