@@ -149,7 +149,7 @@ BareStart StartBare(const std::string& rip, const StartWatch& watch) {
 }
 
 /// A job's RIP speaks to the library alone: its start is seen, and from there to its first word it
-/// takes what a bare one takes.
+/// takes as long as a bare one.
 void MeasureStart(const bench::DataRoot& root, const Connection& connection) {
   const std::string rip = root.Path("Queue/rip/corerast.exe");
   const StartWatch watch(rip);

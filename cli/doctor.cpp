@@ -5,10 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/console/json_line.h"
 #include "cli/console/options.h"
 #include "cli/console/shell_word.h"
-#include "cli/console/standard_streams.h"
 #include "cli/input/xml_input.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
@@ -16,6 +14,7 @@
 #include "cli/installation/printers.h"
 #include "cli/installation/sweep.h"
 #include "cli/printing/spool.h"
+#include "cli/server_program.h"
 #include "interpreter/interpreter.h"
 #include "rastrel/job/exe_paths.h"
 #include "rastrel/job/print_check.h"
@@ -406,31 +405,6 @@ void CheckLeftovers(Checks& checks) {
   if (checks.size() == before) checks.push_back({"leftover", State::Good, "none", {}, {}});
 }
 
-const char* StateWord(State state) {
-  switch (state) {
-    case State::Good: return "good";
-    case State::Warning: return "warning";
-    case State::Bad: return "bad";
-  }
-  return "";
-}
-
-void WriteCheck(const HealthCheck& check, bool json) {
-  if (json) {
-    JsonLine line("check");
-    line.Add("name", check.name).Add("state", StateWord(check.state)).Add("text", check.text);
-    line.AddIfAny("path", check.path).AddIfAny("mend", check.mend).Write();
-    return;
-  }
-  const char* mark = check.state == State::Good      ? "  ok     "
-                     : check.state == State::Warning ? "  note   "
-                                                     : "  WRONG  ";
-  std::string text = mark + check.name + ": " + check.text;
-  if (!check.path.empty()) text += " (" + check.path + ")";
-  WriteOutLine(text);
-  if (!check.mend.empty()) WriteOutLine("           -> " + check.mend);
-}
-
 }  // namespace
 
 std::vector<HealthCheck> ExamineInstallation() {
@@ -460,11 +434,26 @@ std::vector<HealthCheck> ExamineInstallation() {
 }
 
 ExitStatus DoctorCommand(const Invocation& invocation) {
-  const Checks checks = ExamineInstallation();
-  for (const HealthCheck& check : checks) WriteCheck(check, invocation.Has(OptionId::Json));
-  const bool bad = std::ranges::any_of(
-      checks, [](const HealthCheck& check) { return check.state == State::Bad; });
-  return bad ? ExitStatus::NotInstalled : ExitStatus::Done;
+  const bool json = invocation.Has(OptionId::Json);
+  const bool bad = WriteChecks(ExamineInstallation(), json);
+  // The server's program writes its own, and ends as this command does.
+  std::vector<std::string> arguments{"rastrel", "doctor"};
+  if (json) arguments.emplace_back("--json");
+  const auto server = AskServerProgram(arguments);
+  bool serverBad = false;
+  if (!server)
+    serverBad =
+        WriteChecks({{"server",
+                      State::Bad,
+                      Describe(server.Error()),
+                      {},
+                      "install Rastrel anew, or set RASTREL_RESOURCES to where its programs are"}},
+                    json);
+  else if (!*server)
+    WriteChecks({{"server", State::Good, "not installed", {}, {}}}, json);
+  return bad || serverBad || (server && *server && **server != ExitStatus::Done)
+             ? ExitStatus::NotInstalled
+             : ExitStatus::Done;
 }
 
 }  // namespace rastrel::cli

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/batch/array_task.h"
 #include "cli/batch/batch_command.h"
 #include "cli/batch/batch_piece.h"
 #include "cli/console/completion.h"
@@ -172,7 +173,10 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::UsersList:
     case CommandId::UsersAdd:
     case CommandId::UsersRole:
-    case CommandId::UsersRemove: return RunServerProgram(arguments);
+    case CommandId::UsersRemove:
+    case CommandId::FolderList:
+    case CommandId::FolderAdd:
+    case CommandId::FolderRemove: return RunServerProgram(arguments);
     case CommandId::BatchConvert:
     case CommandId::BatchPreview:
     case CommandId::BatchPageSize: return BatchCommand(invocation);
@@ -196,6 +200,8 @@ ExitStatus Run(Invocation invocation, const std::vector<std::string>& arguments)
 int main(int count, char** arguments) {
   if (count > 1 && std::string_view(arguments[1]) == BatchPieceWord)
     return RunBatchPiece(count, arguments);
+  if (count > 1 && std::string_view(arguments[1]) == ArrayTaskWord)
+    return RunArrayTask(count, arguments);
   const std::vector<std::string> copy(arguments, arguments + count);
   return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });

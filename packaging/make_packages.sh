@@ -33,6 +33,8 @@ version=${RASTREL_PACKAGE_VERSION:-$(version_of)}
 copy_sources
 cp -R -- "$root/packaging/debian" "$directory/source/debian"
 cp -- "$root/packaging/systemd/rastrel-server.service" "$directory/source/debian/rastrel-server.rastrel-server.service"
+cp -- "$root/packaging/systemd/user/rastrel-server.service" \
+  "$directory/source/debian/rastrel-server.rastrel-server.user.service"
 cat >"$directory/source/debian/changelog" <<CHANGES
 rastrel ($version) unstable; urgency=medium
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "cli/batch/batch_record.h"
 #include "cli/batch/gathered_results.h"
 #include "cli/batch/local_pieces.h"
+#include "cli/batch/slurm_pieces.h"
 #include "cli/console/cancelled.h"
 #include "cli/console/files_at_once.h"
 #include "cli/console/json_line.h"
@@ -32,6 +34,8 @@ namespace {
 constexpr const char* DefaultSeconds = "5";
 constexpr int MaximumSeconds = 3600;
 constexpr const char* ResultExtension = ".png";
+constexpr const char* OnLocal = "local";
+constexpr const char* OnSlurm = "slurm";
 
 // A command that a batch can do, and its result for each file.
 struct BatchWork {
@@ -51,8 +55,11 @@ const BatchWork& WorkOf(const Invocation& invocation) {
 // Options of the batch itself. --force is each run's: a file that is done again replaces its own
 // result, and others were looked for before the first.
 bool IsOwnOption(OptionId id) {
-  constexpr std::array Own{OptionId::Jobs, OptionId::BatchOutput, OptionId::PieceSeconds,
-                           OptionId::Resume, OptionId::Force};
+  constexpr std::array Own{OptionId::Jobs,           OptionId::BatchOutput,
+                           OptionId::PieceSeconds,   OptionId::Resume,
+                           OptionId::Force,          OptionId::BatchOn,
+                           OptionId::BatchPartition, OptionId::BatchAccount,
+                           OptionId::BatchTimeLimit, OptionId::BatchLicenses};
   return std::ranges::find(Own, id) != Own.end();
 }
 
@@ -123,14 +130,52 @@ void WriteSummary(const GatheredResults& results, std::size_t files, std::size_t
   WriteErrorLine(line);
 }
 
-}  // namespace
+// A value for the cluster, which is a word of an option there.
+std::string WishOf(const Invocation& invocation, OptionId id) {
+  const std::string value = invocation.ValueOr(id, "");
+  if (!invocation.Has(id)) return value;
+  if (value.empty())
+    throw CommandError(ExitStatus::WrongUse, std::string(OptionOf(id).name) + " is empty");
+  return value;
+}
 
-ExitStatus BatchCommand(const Invocation& invocation) {
+// Fails before there is a record if nobody can do the work.
+std::unique_ptr<PieceRunner> RunnerOf(const Invocation& invocation) {
   const unsigned atOnce = OrEnd(ExitStatus::WrongUse, FilesAtOnce(invocation));
   const int seconds = OrEnd(
       ExitStatus::WrongUse,
       WholeNumberOf("--piece-seconds", invocation.ValueOr(OptionId::PieceSeconds, DefaultSeconds),
                     1, MaximumSeconds));
+  const SlurmWishes wishes{.partition = WishOf(invocation, OptionId::BatchPartition),
+                           .account = WishOf(invocation, OptionId::BatchAccount),
+                           .timeLimit = WishOf(invocation, OptionId::BatchTimeLimit),
+                           .licenses = WishOf(invocation, OptionId::BatchLicenses),
+                           .atOnce = invocation.Has(OptionId::Jobs) ? atOnce : 0};
+  if (invocation.ValueOr(OptionId::BatchOn, OnLocal) == OnSlurm)
+    return std::make_unique<SlurmPieces>(wishes, seconds);
+  for (const OptionId id : {OptionId::BatchPartition, OptionId::BatchAccount,
+                            OptionId::BatchTimeLimit, OptionId::BatchLicenses})
+    if (invocation.Has(id))
+      throw CommandError(ExitStatus::WrongUse,
+                         std::string(OptionOf(id).name) + " is for --on slurm");
+  return std::make_unique<LocalPieces>(atOnce, seconds);
+}
+
+// A batch that could not begin leaves no record that the next one would have to resume.
+ExitStatus RunPieces(PieceRunner& runner, const BatchRecord& record, GatheredResults& results) {
+  try {
+    return runner.Run(record, results);
+  } catch (const CommandError&) {
+    // The first message counts.
+    if (results.Ended() == 0) static_cast<void>(record.Remove());
+    throw;
+  }
+}
+
+}  // namespace
+
+ExitStatus BatchCommand(const Invocation& invocation) {
+  const auto runner = RunnerOf(invocation);
   const bool json = invocation.Has(OptionId::Json);
   const std::string directory = DirectoryOf(invocation);
   const bool resume = invocation.Has(OptionId::Resume);
@@ -140,13 +185,13 @@ ExitStatus BatchCommand(const Invocation& invocation) {
   const BatchRecord record = OrEnd(
       ExitStatus::JobFailed, BatchRecord::Begin(directory, PlanOf(invocation, directory), resume));
   const std::size_t files = invocation.operands.size();
-  GatheredResults results(files,
-                          !json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error)));
+  const bool shows = !json && os::IsTerminal(os::StandardHandle(os::StandardStream::Error));
+  GatheredResults results(files, shows);
   auto known = OrEnd(ExitStatus::JobFailed, record.LoadAll());
   const std::size_t earlier = known.size();
   for (auto& [index, result] : known) results.Add(index, std::move(result));
-  const ExitStatus end = RunLocalPieces(record, results, atOnce, seconds);
-  ClearProgress();
+  const ExitStatus end = RunPieces(*runner, record, results);
+  if (shows) ClearProgress();
   WriteSummary(results, files, earlier, json);
   if (end == ExitStatus::Cancelled) {
     WriteErrorLine("the batch goes on with the same command and --resume");

@@ -1,5 +1,6 @@
 #include "cli/batch/batch_piece.h"
 
+#include <chrono>
 #include <cstddef>
 #include <exception>
 #include <limits>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "cli/batch/batch_record.h"
+#include "cli/batch/lost_file.h"
 #include "cli/console/command_runs.h"
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
@@ -17,8 +19,6 @@
 
 namespace rastrel::cli {
 namespace {
-
-constexpr int Attempts = 3;
 
 bool WantsJson(const BatchPlan& plan) {
   for (const std::string& word : plan.words)
@@ -34,7 +34,7 @@ FileResult RunFile(CommandRuns& runs, const BatchPlan& plan, const std::string& 
     HeldOutput held;
     const auto status = runs.Run(arguments, false);
     if (status) return {static_cast<int>(*status), held.Take()};
-    if (attempt < Attempts && !runs.IsStopped()) continue;
+    if (attempt < PieceAttempts && !runs.IsStopped()) continue;
     WriteErrorMessage({ExitStatus::JobFailed, file + ": " + Describe(status.Error()) + ", " +
                                                   std::to_string(attempt) + " times"},
                       WantsJson(plan));
@@ -51,20 +51,27 @@ ExitStatus RunPiece(std::span<const char* const> words) {
   const auto count = static_cast<std::size_t>(
       OrEnd(ExitStatus::WrongUse, WholeNumberOf("COUNT", words[4], 1, Maximum)));
   const BatchRecord record = OrEnd(ExitStatus::BadInput, BatchRecord::Open(words[2]));
+  return DoPiece(record, {first, count});
+}
+
+}  // namespace
+
+ExitStatus DoPiece(const BatchRecord& record, const BatchPiece& piece) {
   const auto& files = record.Plan().files;
+  const auto [first, count] = piece;
   if (first >= files.size() || count > files.size() - first)
     throw CommandError(ExitStatus::WrongUse, "the batch has not so many files");
   const auto runs = OrEnd(ExitStatus::JobFailed, CommandRuns::Create());
+  const auto begin = std::chrono::steady_clock::now();
   std::vector<FileResult> results;
   for (std::size_t index = first; index < first + count && !runs->IsStopped(); ++index) {
     FileResult result = RunFile(*runs, record.Plan(), files[index]);
     if (!runs->IsStopped() || result.status == 0) results.push_back(std::move(result));
   }
-  if (!results.empty()) OrEnd(ExitStatus::JobFailed, record.Store(first, results));
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+  if (!results.empty()) OrEnd(ExitStatus::JobFailed, record.Store(first, results, took.count()));
   return runs->IsStopped() ? ExitStatus::Cancelled : ExitStatus::Done;
 }
-
-}  // namespace
 
 int RunBatchPiece(int count, const char* const* arguments) {
   try {

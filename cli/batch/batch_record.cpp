@@ -1,5 +1,6 @@
 #include "cli/batch/batch_record.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <nlohmann/json.hpp>
@@ -165,7 +166,8 @@ std::string BatchRecord::PieceFile(std::size_t first) const {
          std::string(PieceExtension);
 }
 
-Expected<void> BatchRecord::Store(std::size_t first, const std::vector<FileResult>& results) const {
+Expected<void> BatchRecord::Store(std::size_t first, const std::vector<FileResult>& results,
+                                  double seconds) const {
   Json files = Json::array();
   for (const FileResult& result : results) {
     Json text = Json::array();
@@ -173,7 +175,7 @@ Expected<void> BatchRecord::Store(std::size_t first, const std::vector<FileResul
       text.push_back(Json::array({piece.isError, os::HexFromBytes(piece.bytes)}));
     files.push_back({{"status", result.status}, {"text", text}});
   }
-  const Json file{{"format", PieceFormat}, {"version", 1}, {"files", files}};
+  const Json file{{"format", PieceFormat}, {"version", 1}, {"seconds", seconds}, {"files", files}};
   return os::ReplaceFile(os::FromNative(PieceFile(first)), file.dump() + "\n", os::Access::Private);
 }
 
@@ -185,6 +187,13 @@ std::vector<FileResult> BatchRecord::Load(std::size_t first) const {
     if (!ReadResult(one, results.emplace_back())) return {};
   if (first > m_Plan.files.size() || results.size() > m_Plan.files.size() - first) return {};
   return results;
+}
+
+double BatchRecord::SecondsOf(std::size_t first) const {
+  const Json file = ReadJson(PieceFile(first));
+  if (!IsOf(file, PieceFormat)) return 0;
+  const Json seconds = file.value("seconds", Json());
+  return seconds.is_number() ? std::max(0.0, seconds.get<double>()) : 0;
 }
 
 Expected<std::map<std::size_t, FileResult>> BatchRecord::LoadAll() const {

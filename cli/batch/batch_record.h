@@ -44,11 +44,14 @@ class BatchRecord {
   [[nodiscard]] const std::string& Directory() const { return m_Directory; }
   [[nodiscard]] const std::string& Results() const { return m_Results; }
 
-  /// Notes that the files from `first` on have ended so. On the disk after success.
-  [[nodiscard]] Expected<void> Store(std::size_t first,
-                                     const std::vector<FileResult>& results) const;
+  /// Notes that the files from `first` on have ended so, after so many seconds of work. On the disk
+  /// after success.
+  [[nodiscard]] Expected<void> Store(std::size_t first, const std::vector<FileResult>& results,
+                                     double seconds = 0) const;
   /// The results of the piece that begins with `first`; none if it was not stored, or not whole.
   [[nodiscard]] std::vector<FileResult> Load(std::size_t first) const;
+  /// The seconds that were stored with that piece; 0 without one.
+  [[nodiscard]] double SecondsOf(std::size_t first) const;
   /// All that was stored, by the files' indices.
   [[nodiscard]] Expected<std::map<std::size_t, FileResult>> LoadAll() const;
 

@@ -9,9 +9,10 @@
 #include <vector>
 
 #include "cli/batch/batch_piece.h"
+#include "cli/batch/lost_file.h"
 #include "cli/batch/piece_cutter.h"
 #include "cli/console/command_runs.h"
-#include "cli/console/error_message.h"
+#include "cli/console/standard_streams.h"
 #include "rastrel/platform/os/thread.h"
 
 namespace rastrel::cli {
@@ -55,22 +56,7 @@ class Workers {
     if (m_Runs.IsStopped()) return;
     for (std::size_t i = ended; i < piece.count; ++i)
       if (!m_Cutter.Again(piece.first + i))
-        m_Results.Add(piece.first + i, Lost(piece, i, why, said));
-  }
-
-  // The result of a file whose piece died each time.
-  FileResult Lost(const BatchPiece& piece, std::size_t i, const std::string& why,
-                  const HeldText& said) const {
-    HeldOutput held;
-    WriteHeld(said);
-    const BatchPlan& plan = m_Record.Plan();
-    const bool json = std::ranges::find(plan.words, "--json") != plan.words.end();
-    WriteErrorMessage(
-        {ExitStatus::JobFailed, plan.files[piece.first + i] + ": its work ended " +
-                                    std::to_string(PieceCutter::Attempts) +
-                                    " times without a result" + (why.empty() ? "" : ": " + why)},
-        json);
-    return {static_cast<int>(ExitStatus::JobFailed), held.Take()};
+        m_Results.Add(piece.first + i, LostFile(m_Record.Plan(), piece.first + i, why, said));
   }
 
   const BatchRecord& m_Record;
@@ -81,12 +67,11 @@ class Workers {
 
 }  // namespace
 
-ExitStatus RunLocalPieces(const BatchRecord& record, GatheredResults& results, unsigned atOnce,
-                          double seconds) {
+ExitStatus LocalPieces::Run(const BatchRecord& record, GatheredResults& results) {
   const auto runs = OrEnd(ExitStatus::JobFailed, CommandRuns::Create());
-  Workers workers(record, results, *runs, atOnce, seconds);
+  Workers workers(record, results, *runs, m_AtOnce, m_Seconds);
   std::vector<std::unique_ptr<os::Thread>> threads;
-  for (unsigned number = 0; number < atOnce; ++number)
+  for (unsigned number = 0; number < m_AtOnce; ++number)
     if (auto thread = os::Thread::Start([&workers] { workers.Work(); }))
       threads.push_back(std::move(thread));
   // Without a thread to be had the work is done here.

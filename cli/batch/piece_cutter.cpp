@@ -45,7 +45,7 @@ void PieceCutter::Measured(std::size_t files, double seconds) {
 
 bool PieceCutter::Again(std::size_t file) {
   const std::scoped_lock lock(m_Mutex);
-  if (++m_Attempts[file] >= Attempts) return false;
+  if (++m_Attempts[file] >= PieceAttempts) return false;
   m_Again.push_back(file);
   return true;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/batch/gathered_results.h"
+#include "cli/batch/lost_file.h"
 
 namespace rastrel::cli {
 
@@ -22,8 +23,6 @@ struct BatchPiece {
 /// the attempt limit. Any thread.
 class PieceCutter {
  public:
-  static constexpr int Attempts = 3;
-
   /// `results` is not owned, and outlives this.
   PieceCutter(const GatheredResults& results, std::size_t files, double seconds, unsigned workers)
       : m_Results(results),

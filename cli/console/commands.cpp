@@ -107,10 +107,28 @@ constexpr std::array ViewOptions{
 constexpr std::array SeparateOptions{PlanesOutput, SeparationDpi, Box,  PasswordFile,
                                      Title,        Force,         Json, Help};
 constexpr std::array HelpOptions{Help};
-constexpr std::array JobsAddOptions{QueueDevice, Mode,     Copies,    Pages,       Planar,
-                                    Scale,       Levels,   LevelsRed, LevelsGreen, LevelsBlue,
-                                    LevelsGray,  CutColor, Box,       Title,       QueuePriority,
-                                    QueueHold,   Json,     Help};
+constexpr std::array JobsAddOptions{QueueDevice,
+                                    Mode,
+                                    Copies,
+                                    Pages,
+                                    Planar,
+                                    Scale,
+                                    Levels,
+                                    LevelsRed,
+                                    LevelsGreen,
+                                    LevelsBlue,
+                                    LevelsGray,
+                                    CutColor,
+                                    Box,
+                                    Title,
+                                    QueuePriority,
+                                    QueueHold,
+                                    MergeTemplateFile,
+                                    Data,
+                                    OptionId::Sheet,
+                                    Blank,
+                                    Json,
+                                    Help};
 constexpr std::array JobsListOptions{QueueState, QueueOwner,  QueueDevice, QueueText,
                                      QueueFrom,  QueueUntil,  QueueSort,   QueueAscending,
                                      QueueLimit, QueueOffset, Json,        Help};
@@ -124,14 +142,35 @@ constexpr std::array ServeOptions{OpenBrowser, Help};
 constexpr std::array UsersAddOptions{UserRole, NewPasswordFile, Help};
 constexpr std::array UsersRoleOptions{UserRole, Help};
 constexpr std::array BatchConvertOptions{
-    BatchOutput, OutputSize, Resolution,   CutColor, ChosenPage, Box, PasswordFile,
-    Force,       Jobs,       PieceSeconds, Resume,   Json,       Help};
-constexpr std::array BatchPreviewOptions{
-    BatchOutput, Dpi,        CutOnly,      Scale,    Levels, LevelsRed,
-    LevelsGreen, LevelsBlue, LevelsGray,   CutColor, Box,    PasswordFile,
-    Force,       Jobs,       PieceSeconds, Resume,   Json,   Help};
-constexpr std::array BatchPageSizeOptions{BatchOutput,  Dsc,    Box,  PasswordFile, Jobs,
-                                          PieceSeconds, Resume, Json, Help};
+    BatchOutput,    OutputSize,   Resolution,     CutColor,      ChosenPage, Box,
+    PasswordFile,   Force,        Jobs,           PieceSeconds,  Resume,     BatchOn,
+    BatchPartition, BatchAccount, BatchTimeLimit, BatchLicenses, Json,       Help};
+constexpr std::array BatchPreviewOptions{BatchOutput,   Dpi,
+                                         CutOnly,       Scale,
+                                         Levels,        LevelsRed,
+                                         LevelsGreen,   LevelsBlue,
+                                         LevelsGray,    CutColor,
+                                         Box,           PasswordFile,
+                                         Force,         Jobs,
+                                         PieceSeconds,  Resume,
+                                         BatchOn,       BatchPartition,
+                                         BatchAccount,  BatchTimeLimit,
+                                         BatchLicenses, Json,
+                                         Help};
+constexpr std::array BatchPageSizeOptions{BatchOutput,
+                                          Dsc,
+                                          Box,
+                                          PasswordFile,
+                                          Jobs,
+                                          PieceSeconds,
+                                          Resume,
+                                          BatchOn,
+                                          BatchPartition,
+                                          BatchAccount,
+                                          BatchTimeLimit,
+                                          BatchLicenses,
+                                          Json,
+                                          Help};
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",
@@ -229,8 +268,10 @@ constexpr std::array CommandRows{
     CommandRow{CommandId::Serve, "serve", "", false,
                "Run the print shop's server: it interprets and delivers the jobs of the queue.",
                ServeOptions},
-    CommandRow{CommandId::JobsAdd, "jobs add", "FILE...", false,
-               "Put files into the server's queue, each as a job.", JobsAddOptions},
+    CommandRow{
+        CommandId::JobsAdd, "jobs add", "FILE...", true,
+        "Put files into the server's queue, each as a job; with --template or --data as merges.",
+        JobsAddOptions},
     CommandRow{CommandId::JobsList, "jobs list", "", false,
                "List the jobs of the server's queue, the newest first.", JobsListOptions},
     CommandRow{CommandId::JobsShow, "jobs show", "JOB", false, "Show a job with its story.",
@@ -263,6 +304,14 @@ constexpr std::array CommandRows{
                "Give a user of the HTTP interface another role.", UsersRoleOptions},
     CommandRow{CommandId::UsersRemove, "users remove", "NAME...", false,
                "Remove users of the HTTP interface.", HelpOptions},
+    CommandRow{CommandId::FolderList, "folder list", "", false,
+               "List the hot folders of the server, and what keeps one from working.",
+               ListingOptions},
+    CommandRow{CommandId::FolderAdd, "folder add", "DIR", false,
+               "Make a directory a hot folder: files that are dropped into it become jobs.",
+               HelpOptions},
+    CommandRow{CommandId::FolderRemove, "folder remove", "DIR", false,
+               "Let a directory be no hot folder any more; it stays with all in it.", HelpOptions},
     CommandRow{CommandId::BatchConvert, "batch convert", "FILE...", false,
                "Make a bitmap of each of many files, and go on after a kill.", BatchConvertOptions},
     CommandRow{CommandId::BatchPreview, "batch preview", "FILE...", false,
@@ -272,7 +321,7 @@ constexpr std::array CommandRows{
                "Measure the first pages of many files, and go on after a kill.",
                BatchPageSizeOptions},
     CommandRow{CommandId::Completion, "completion", "SHELL", false,
-               "Print a script that completes the command's arguments in a shell: bash.",
+               "Print a script that completes the command's arguments in a shell: bash, fish, zsh.",
                HelpOptions},
     CommandRow{CommandId::Help, "help", "COMMAND", true, "Print a summary, or tell of one command.",
                HelpOptions},

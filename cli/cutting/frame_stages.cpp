@@ -169,7 +169,8 @@ Expected<void> FitToMeasuredMarks(CutRun& run) {
 
 Expected<void> CountFromFirstMark(CutRun& run) {
   const std::string path = run.invocation.ValueOr(OptionId::ResultOutput, "");
-  if (!IsCutJobName(path) && !IsCutPictureName(path)) run.job = cutting::Rebased(std::move(run.job));
+  if (!IsCutJobName(path) && !IsCutPictureName(path))
+    run.job = cutting::Rebased(std::move(run.job));
   return {};
 }
 

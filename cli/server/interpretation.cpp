@@ -19,6 +19,7 @@
 #include "cli/server/ink_text.h"
 #include "cli/server/job_observer.h"
 #include "cli/server/job_options.h"
+#include "cli/server/merged_pages.h"
 #include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "rastrel/job/exe_paths.h"
@@ -47,6 +48,8 @@ class NoDelivery {
 
 // The page of a picture, while it is interpreted.
 constexpr std::string_view PageName = "picture.pdf";
+// The pages of a merge, while they are interpreted.
+constexpr std::string_view MergedName = "merged.pdf";
 
 std::string PagesNote(const server::JobQueue& queue, const server::Job& job) {
   return queue.DirectoryOf(job.id) + "/pages";
@@ -92,12 +95,13 @@ std::string InkText(server::JobQueue& queue, const server::Job& job, const Spool
   return TextOfInk(inks);
 }
 
-Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
+// The pages of `file`, which is the job's own or was made of it.
+Expected<void> Interpret(server::JobQueue& queue, const server::Job& job, const std::string& file) {
   const Invocation invocation = InvocationOf(job);
   const PdfOptions pdf = OrEnd(ExitStatus::WrongUse, PdfOptions::Apply(invocation));
-  const QueuedInput queued = OrEnd(
-      ExitStatus::BadInput,
-      QueuedInput::Prepare(job.file, queue.DirectoryOf(job.id) + "/" + std::string(PageName)));
+  const QueuedInput queued =
+      OrEnd(ExitStatus::BadInput,
+            QueuedInput::Prepare(file, queue.DirectoryOf(job.id) + "/" + std::string(PageName)));
   const InputFile input = OrEnd(ExitStatus::BadInput, InspectInput(queued.Path()));
   RemoveEarlierPages(queue, job);
   auto spool =
@@ -123,17 +127,25 @@ Expected<void> Interpret(server::JobQueue& queue, const server::Job& job) {
   return queue.SetReady(job.id, spool.Name(), pages, InkText(queue, job, spool, ticket.m_CFMFile));
 }
 
+Expected<void> InterpretMerge(server::JobQueue& queue, const server::Job& job) {
+  // Wrong options of the print end the job before the merge's time is spent.
+  CheckPrintOptions(InvocationOf(job));
+  const std::string pages = queue.DirectoryOf(job.id) + "/" + std::string(MergedName);
+  const TicketEnd end = MakeMergedPages(queue, job, pages);
+  const auto reported = end.kind == TicketEnd::Kind::Done ? Interpret(queue, job, pages)
+                                                          : ReportUndone(queue, job, end);
+  static_cast<void>(os::RemoveFile(os::FromNative(pages)));
+  return reported;
+}
+
 }  // namespace
 
 Expected<void> InterpretJob(server::JobQueue& queue, const server::Job& job) {
   try {
     // A cut is made when its device is free: it takes no pages of the RIP.
     if (job.work == server::JobWork::Cut) return queue.SetReady(job.id, "", 0, "");
-    if (job.work != server::JobWork::Print)
-      throw CommandError(ExitStatus::WrongUse,
-                         std::string("the server can't do work of the kind '") +
-                             server::NameOf(job.work) + "' yet");
-    return Interpret(queue, job);
+    if (job.work == server::JobWork::Merge) return InterpretMerge(queue, job);
+    return Interpret(queue, job, job.file);
   } catch (const CommandError& error) {
     return queue.SetFailed(job.id, static_cast<int>(error.Status()), error.what());
   }

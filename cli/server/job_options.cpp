@@ -1,6 +1,9 @@
 #include "cli/server/job_options.h"
 
+#include <algorithm>
 #include <array>
+#include <string>
+#include <string_view>
 
 #include "cli/console/exit_status.h"
 #include "cli/console/values.h"
@@ -18,12 +21,21 @@ constexpr std::array TakenOptions{
     OptionId::LevelsBlue,   OptionId::LevelsGray, OptionId::CutColor,  OptionId::Box,
     OptionId::ParallelPages};
 
+// Of a merge beside those of its print; the names are the command's.
+constexpr std::array<std::string_view, 4> MergeOptions{"template", "data", "sheet", "blank"};
+
+bool IsOfMerge(const server::Job& job, const std::string& name) {
+  return job.work == server::JobWork::Merge &&
+         std::ranges::find(MergeOptions, name) != MergeOptions.end();
+}
+
 }  // namespace
 
 Invocation InvocationOf(const server::Job& job) {
   Invocation invocation;
   invocation.command = CommandId::Print;
   for (const auto& [name, value] : job.options) {
+    if (IsOfMerge(job, name)) continue;
     bool isTaken = false;
     for (const OptionId id : TakenOptions)
       if (name == OptionOf(id).name + 2) {

@@ -1,7 +1,9 @@
 #include "cli/server/jobs_change.h"
 
 #include <array>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "cli/console/json_line.h"
@@ -9,6 +11,7 @@
 #include "cli/console/values.h"
 #include "cli/printing/page_ranges.h"
 #include "cli/server/job_options.h"
+#include "cli/server/merged_pages.h"
 #include "cli/server/open_queue.h"
 #include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
@@ -26,6 +29,9 @@ constexpr std::array KeptOptions{OptionId::Mode,       OptionId::Copies,      Op
                                  OptionId::LevelsRed,  OptionId::LevelsGreen, OptionId::LevelsBlue,
                                  OptionId::LevelsGray, OptionId::CutColor,    OptionId::Box};
 
+// Beside these a job that is a merge keeps the full path of its template or table.
+constexpr std::array KeptOfMerge{OptionId::Sheet, OptionId::Blank};
+
 constexpr const char* DefaultDevice = "*";
 
 server::JobRequest RequestOf(const Invocation& invocation) {
@@ -41,6 +47,46 @@ server::JobRequest RequestOf(const Invocation& invocation) {
   for (const OptionId id : KeptOptions)
     if (invocation.Has(id)) request.options[OptionOf(id).name + 2] = invocation.ValueOr(id, "");
   return request;
+}
+
+std::string FullPath(const std::string& path) {
+  std::error_code error;
+  const auto full = std::filesystem::absolute(path, error);
+  if (error || path.empty())
+    throw CommandError(ExitStatus::BadInput, "'" + path + "' is no path of a file");
+  return full.string();
+}
+
+// The files that become jobs. With --template and --data and no file, the table is the job's own.
+std::vector<std::string> FilesOf(const Invocation& invocation) {
+  const bool both = invocation.Has(OptionId::MergeTemplateFile) && invocation.Has(OptionId::Data);
+  if (both && !invocation.operands.empty())
+    throw CommandError(ExitStatus::WrongUse,
+                       "--template and --data are a job already; name no file beside them");
+  if (both) return {invocation.ValueOr(OptionId::Data, "")};
+  if (invocation.operands.empty())
+    throw CommandError(ExitStatus::WrongUse,
+                       "name a file, or a merge's two: --template FILE --data TABLE");
+  return invocation.operands;
+}
+
+// Makes the jobs merges if they are to be.
+void TakeMerge(const Invocation& invocation, server::JobRequest& request) {
+  const bool hasTemplate = invocation.Has(OptionId::MergeTemplateFile);
+  if (!hasTemplate && !invocation.Has(OptionId::Data)) {
+    for (const OptionId id : KeptOfMerge)
+      if (invocation.Has(id))
+        throw CommandError(ExitStatus::WrongUse, std::string(OptionOf(id).name) +
+                                                     " is of a merge; add --template or --data");
+    return;
+  }
+  request.work = server::JobWork::Merge;
+  const OptionId named = hasTemplate ? OptionId::MergeTemplateFile : OptionId::Data;
+  const std::string path = FullPath(invocation.ValueOr(named, ""));
+  OrEnd(ExitStatus::BadInput, CheckMergeInput(path));
+  request.options[OptionOf(named).name + 2] = path;
+  for (const OptionId id : KeptOfMerge)
+    if (invocation.Has(id)) request.options[OptionOf(id).name + 2] = invocation.ValueOr(id, "");
 }
 
 void ReportJob(const Invocation& invocation, const char* event, JobId id) {
@@ -87,10 +133,13 @@ ExitStatus AddJobsCommand(const Invocation& invocation) {
   const auto queue = OpenJobQueue();
   CheckPrintOptions(invocation);
   server::JobRequest request = RequestOf(invocation);
+  const std::vector<std::string> files = FilesOf(invocation);
+  TakeMerge(invocation, request);
+  const bool isMerge = request.work == server::JobWork::Merge;
   // All are looked at before the first is taken.
-  for (const std::string& path : invocation.operands)
-    OrEnd(ExitStatus::BadInput, CheckQueuedInput(path));
-  for (const std::string& path : invocation.operands) {
+  for (const std::string& path : files)
+    OrEnd(ExitStatus::BadInput, isMerge ? CheckMergeInput(path) : CheckQueuedInput(path));
+  for (const std::string& path : files) {
     request.path = path;
     ReportJob(invocation, "added", OrEndByCode(ExitStatus::JobFailed, queue->Submit(request)));
   }

@@ -7,9 +7,11 @@
 
 #include "cli/console/exit_status.h"
 #include "cli/console/run_program.h"
+#include "cli/server/folder_command.h"
 #include "cli/server/jobs_change.h"
 #include "cli/server/jobs_view.h"
 #include "cli/server/serve_command.h"
+#include "cli/server/server_health.h"
 #include "cli/server/users_command.h"
 #include "cli/server/worker.h"
 
@@ -36,6 +38,10 @@ ExitStatus Run(const Invocation& invocation) {
     case CommandId::UsersAdd: return AddUserCommand(invocation);
     case CommandId::UsersRole:
     case CommandId::UsersRemove: return ChangeUserCommand(invocation);
+    case CommandId::FolderList: return ListFoldersCommand(invocation);
+    case CommandId::FolderAdd: return AddFolderCommand(invocation);
+    case CommandId::FolderRemove: return RemoveFolderCommand(invocation);
+    case CommandId::Doctor: return ServerHealthCommand(invocation);
     default: break;
   }
   throw CommandError(ExitStatus::WrongUse,

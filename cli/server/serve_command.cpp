@@ -28,7 +28,11 @@ server::WorkerProgram Workers() {
   return {.executable = os::ExecutablePath(),
           .interpret = InterpretingWorker,
           .deliver = DeliveringWorker,
-          .removePages = RemoveKeptPages};
+          .removePages = RemoveKeptPages,
+          .check = []() -> Expected<void> {
+            const auto settings = server::SettingsOf(os::DataRoot());
+            return settings ? Expected<void>() : settings.Error();
+          }};
 }
 
 // A program beside this one, unless the settings turn it off.

@@ -63,4 +63,8 @@ class DeliveryProgress {
                                             const DeliveryDevice& device, const Delivery& delivery,
                                             DeliveryProgress& progress, int cancel);
 
+/// Whether a device of the kind Queue is there: its print system can be reached within five seconds
+/// and has the queue, which leads to no file. Fails with the reason.
+[[nodiscard]] Expected<void> FindPrintQueue(const DeliveryDevice& device);
+
 }  // namespace rastrel::server

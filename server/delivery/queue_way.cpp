@@ -19,6 +19,7 @@ namespace rastrel::server {
 namespace {
 
 constexpr int ConnectMilliseconds = 30000;
+constexpr int FindSeconds = 5;
 constexpr int AskMilliseconds = 500;
 constexpr std::size_t BlockBytes = 65536;
 
@@ -38,6 +39,14 @@ std::string FormatOf(const std::string& path, const std::string& wanted) {
   return "application/octet-stream";
 }
 
+// For a search, which delivers nothing.
+class Unwatched : public DeliveryProgress {
+ public:
+  Expected<void> OnSending(std::int64_t) override { return {}; }
+  void OnSent(std::int64_t) override {}
+  void OnMessage(const std::string&) override {}
+};
+
 /// One job at a queue, by a connection of its own.
 class QueueJob {
  public:
@@ -48,6 +57,12 @@ class QueueJob {
   }
   QueueJob(const QueueJob&) = delete;
   QueueJob& operator=(const QueueJob&) = delete;
+
+  /// Looks for the queue, and sends nothing.
+  Expected<void> Find() {
+    const WayEnd end = Open(FindSeconds * 1000);
+    return end.message.empty() ? Expected<void>() : FailureOf(end.message);
+  }
 
   WayEnd Run() {
     WayEnd end = Open();
@@ -79,7 +94,7 @@ class QueueJob {
   /// Called when the server has been silent for the time limit of a call: gives the call up.
   static int GiveUp(http_t*, void*) { return 0; }
 
-  WayEnd Open() {
+  WayEnd Open(int connectMilliseconds = ConnectMilliseconds) {
     const DeliveryDevice& device = m_Request.device;
     const char* const host = device.host.empty() ? ::cupsServer() : device.host.c_str();
     const int port = device.host.empty() ? ::ippPort() : device.port;
@@ -88,7 +103,7 @@ class QueueJob {
       ::cupsSetServer((device.host + ":" + std::to_string(device.port)).c_str());
     }
     m_Http = ::httpConnect2(host, port, nullptr, AF_UNSPEC, ::cupsEncryption(), 1,
-                            ConnectMilliseconds, nullptr);
+                            connectMilliseconds, nullptr);
     if (!m_Http) return {.message = InQueue("can't be reached: " + LastMessage())};
     ::httpSetTimeout(m_Http, device.timeoutSeconds, GiveUp, nullptr);
     m_Destination = ::cupsGetNamedDest(m_Http, device.queue.c_str(), nullptr);
@@ -234,5 +249,14 @@ class QueueJob {
 }  // namespace
 
 WayEnd DeliverToQueue(const WayRequest& request) { return QueueJob(request).Run(); }
+
+Expected<void> FindPrintQueue(const DeliveryDevice& device) {
+  Unwatched nobody;
+  DeliveryDevice asked = device;
+  asked.timeoutSeconds = FindSeconds;
+  const Delivery nothing;
+  const WayRequest request{asked, nothing, 0, nobody, -1};
+  return QueueJob(request).Find();
+}
 
 }  // namespace rastrel::server

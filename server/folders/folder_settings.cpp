@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t MaximumEntries = 1000;
 constexpr std::array<std::string_view, 3> WorkNames{"print", "cut", "merge"};
 constexpr std::array<std::string_view, 2> AfterNames{"move", "delete"};
-constexpr std::array<const char*, 8> TextOptions{"mode", "scale", "levels",   "pages",
-                                                 "box",  "rules", "template", "data"};
+constexpr std::array<const char*, 10> TextOptions{"mode",  "scale",    "levels", "pages", "box",
+                                                  "rules", "template", "data",   "sheet", "blank"};
 
 void ReadOptions(cutting::TomlTable& root, FolderSettings& settings) {
   for (const char* key : TextOptions) {
@@ -23,6 +23,25 @@ void ReadOptions(cutting::TomlTable& root, FolderSettings& settings) {
   if (const auto copies = root.Whole("copies", 1, 9999)) {
     settings.options["copies"] = std::to_string(*copies);
   }
+}
+
+// A dropped table fills the template, or a dropped template takes the table.
+void CheckMerge(cutting::TomlTable& root, const FolderSettings& settings) {
+  const auto named = settings.options.find("template");
+  const auto data = settings.options.find("data");
+  const auto end = settings.options.end();
+  if (settings.work != JobWork::Merge) {
+    for (const char* key : {"template", "data", "sheet", "blank"})
+      if (settings.options.contains(key))
+        root.Fail(key, "is of folders with work = \"merge\" alone");
+    return;
+  }
+  if (named != end && data != end)
+    root.Fail("data", "the dropped file is the table, or the template; name the other one alone");
+  if (named == end && data == end)
+    root.Fail("work", "a merge needs 'template', or 'data' where templates are dropped");
+  if (named != end && !named->second.starts_with('/')) root.Fail("template", "needs its full path");
+  if (data != end && !data->second.starts_with('/')) root.Fail("data", "needs its full path");
 }
 
 }  // namespace
@@ -36,6 +55,7 @@ Expected<FolderSettings> ReadFolderSettings(std::string_view text, const std::st
   if (settings.device.empty()) root.Fail("device", "a folder needs the name of its device");
   settings.work = static_cast<JobWork>(root.Choice("work", WorkNames).value_or(0));
   ReadOptions(root, settings);
+  CheckMerge(root, settings);
   settings.owner = root.Text("owner").value_or("");
   settings.priority = root.Whole("priority", 1, 100).value_or(settings.priority);
   settings.hold = root.Truth("hold").value_or(false);

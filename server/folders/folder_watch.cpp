@@ -24,12 +24,36 @@ constexpr std::uint64_t ListLimit = 262144;
 constexpr std::int64_t QuietTime = 30'000'000'000;
 constexpr unsigned Whole = IN_CLOSE_WRITE | IN_MOVED_TO;
 constexpr unsigned Kinds = Whole | IN_MODIFY | IN_ONLYDIR;
+// Of the directory with the list, where the queue writes all the time: names that come and go, and
+// a list that an editor wrote in its place.
+constexpr unsigned ListKinds = Whole | IN_MOVED_FROM | IN_DELETE | IN_ONLYDIR;
+constexpr const char* ListName = "folders.toml";
+
+// Reads all events that wait, and calls `take` with each and its name.
+template <typename Take>
+void ForEachEvent(int descriptor, const Take& take) {
+  alignas(inotify_event) std::array<char, 65536> bytes;
+  for (;;) {
+    const ssize_t count = ::read(descriptor, bytes.data(), bytes.size());
+    if (count <= 0) return;
+    for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
+      inotify_event event;
+      std::memcpy(&event, bytes.data() + at, sizeof event);
+      at += sizeof event;
+      // Padded with zeros.
+      const std::string padded(bytes.data() + at, event.len);
+      take(event, std::string(padded.c_str()));
+      at += event.len;
+    }
+  }
+}
 
 }  // namespace
 
 FolderWatch::FolderWatch(std::string dataRoot, JobQueue& queue,
                          std::function<void(const std::string&)> onMessage)
-    : m_List(std::move(dataRoot) + "/server/folders.toml"),
+    : m_Directory(std::move(dataRoot) + "/server"),
+      m_List(m_Directory + "/" + ListName),
       m_Queue(queue),
       m_OnMessage(std::move(onMessage)) {}
 
@@ -40,6 +64,7 @@ Expected<void> FolderWatch::Start() {
   if (!m_Stop.IsOpen()) return Failure{"eventfd", "", errno};
   // Without reports of changes each folder is looked at again and again.
   m_Changes.Reset(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  m_ListChanges.Reset(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
   m_Thread = os::Thread::Start([this] { Run(); });
   if (!m_Thread) return FailureOf("no thread can be had for the hot folders");
   return {};
@@ -55,14 +80,29 @@ void FolderWatch::Stop() {
 
 void FolderWatch::Run() {
   for (;;) {
+    WatchList();
     ReadList();
-    const auto wait = std::chrono::nanoseconds(LookAtAll());
-    std::array<pollfd, 2> entries{{{m_Stop.Get(), POLLIN, 0}, {m_Changes.Get(), POLLIN, 0}}};
-    static_cast<void>(
-        ::poll(entries.data(), entries.size(), os::Deadline::After(wait).PollTimeout()));
-    if (entries[0].revents != 0) return;
+    if (!WaitForChange(os::Deadline::After(std::chrono::nanoseconds(LookAtAll())))) return;
     TakeChanges();
   }
+}
+
+bool FolderWatch::WaitForChange(os::Deadline look) {
+  for (;;) {
+    std::array<pollfd, 3> entries{{{m_Stop.Get(), POLLIN, 0},
+                                   {m_Changes.Get(), POLLIN, 0},
+                                   {m_ListChanges.Get(), POLLIN, 0}}};
+    static_cast<void>(::poll(entries.data(), entries.size(), look.PollTimeout()));
+    if (entries[0].revents != 0) return false;
+    if (entries[2].revents != 0 && TakeListChanges()) return true;
+    if (entries[1].revents != 0 || look.HasPassed()) return true;
+  }
+}
+
+// The same directory again changes nothing; one that came back in its place is watched anew.
+void FolderWatch::WatchList() {
+  if (!m_ListChanges.IsOpen()) return;
+  static_cast<void>(::inotify_add_watch(m_ListChanges.Get(), m_Directory.c_str(), ListKinds));
 }
 
 void FolderWatch::ReadList() {
@@ -100,22 +140,19 @@ std::int64_t FolderWatch::LookAtAll() {
   return wait;
 }
 
+// Other names in that directory are the queue's, which writes there all the time.
+bool FolderWatch::TakeListChanges() {
+  bool isChanged = false;
+  ForEachEvent(m_ListChanges.Get(), [&](const inotify_event& event, const std::string& name) {
+    isChanged = isChanged || (event.mask & IN_Q_OVERFLOW) != 0 || name == ListName;
+  });
+  return isChanged;
+}
+
 void FolderWatch::TakeChanges() {
-  alignas(inotify_event) std::array<char, 65536> bytes;
-  for (;;) {
-    const ssize_t count = ::read(m_Changes.Get(), bytes.data(), bytes.size());
-    if (count <= 0) return;
-    for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
-      inotify_event event;
-      std::memcpy(&event, bytes.data() + at, sizeof event);
-      at += sizeof event;
-      if (event.len > 0) {
-        const std::string padded(bytes.data() + at, event.len);
-        Note(event.wd, event.mask, padded.c_str());
-      }
-      at += event.len;
-    }
-  }
+  ForEachEvent(m_Changes.Get(), [&](const inotify_event& event, const std::string& name) {
+    if (!name.empty()) Note(event.wd, event.mask, name);
+  });
 }
 
 void FolderWatch::Note(int number, unsigned kind, const std::string& name) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/file_descriptor.h"
 #include "rastrel/platform/os/thread.h"
@@ -14,7 +15,8 @@
 namespace rastrel::server {
 
 /// All hot folders of a data root, those that `server/folders.toml` names, on a thread of its own.
-/// The file is read again at each look, so that a folder may be added while the server runs.
+/// The file is read again at each look, and as soon as it has changed where the system reports
+/// that, so that a folder may be added while the server runs.
 class FolderWatch {
  public:
   /// The queue stays the caller's. `onMessage` gets lines for people, on the watch's thread.
@@ -36,16 +38,22 @@ class FolderWatch {
   };
   void Run();
   void ReadList();
+  void WatchList();
+  /// False when the thread is to end.
+  [[nodiscard]] bool WaitForChange(os::Deadline look);
+  [[nodiscard]] bool TakeListChanges();
   [[nodiscard]] std::int64_t LookAtAll();
   void TakeChanges();
   void Note(int number, unsigned kind, const std::string& name);
 
+  std::string m_Directory;  // of the list
   std::string m_List;
   JobQueue& m_Queue;
   std::function<void(const std::string&)> m_OnMessage;
   std::string m_LastTrouble;
   std::vector<Watched> m_Folders;
   os::FileDescriptor m_Changes;
+  os::FileDescriptor m_ListChanges;
   os::FileDescriptor m_Stop;
   std::unique_ptr<os::Thread> m_Thread;
 };

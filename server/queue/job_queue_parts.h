@@ -14,7 +14,7 @@ struct JobQueue::Parts {
   std::string directory;  ///< DATA ROOT/server
   QueuePolicy policy;
   std::unique_ptr<Database> rows;   ///< changes that reach the disk
-  std::unique_ptr<Database> quick;  ///< what a power cut may take back: progress, interpretation
+  std::unique_ptr<Database> quick;  ///< changes that a power cut may take back
   std::unique_ptr<Database> views;  ///< reads only
   server::Bell bell;
   std::string self;  ///< identity of this process, for its claims
@@ -36,6 +36,7 @@ extern const char* const JobColumns;
 
 /// A job's columns that decide on a change of it.
 struct JobStanding {
+  std::string title;
   JobState state = JobState::Queued;
   std::string claim;
   std::string wish;  ///< "", "hold" or "cancel": for a job that runs

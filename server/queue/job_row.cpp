@@ -86,7 +86,8 @@ Expected<void> AddEvent(Database& database, JobId job, const char* kind, const s
 
 Expected<JobStanding> StandingOf(Database& database, JobId id) {
   Query row = database.Prepare(
-      "SELECT state, claim, wish, spool, device, failures, pages, sending, sent FROM jobs "
+      "SELECT state, claim, wish, spool, device, failures, pages, sending, sent, title FROM "
+      "jobs "
       "WHERE id = ?");
   if (row.Bind(id).Next()) {
     JobStanding standing;
@@ -99,6 +100,7 @@ Expected<JobStanding> StandingOf(Database& database, JobId id) {
     standing.pages = static_cast<int>(row.Number(6));
     standing.sending = row.Number(7);
     standing.sent = row.Number(8);
+    standing.title = row.Text(9);
     return standing;
   }
   if (auto fine = row.End(); !fine) return fine.Error();

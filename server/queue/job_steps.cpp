@@ -3,6 +3,7 @@
 #include <string>
 
 #include "server/queue/job_queue_parts.h"
+#include "server/queue/shown_text.h"
 
 namespace rastrel::server {
 namespace {
@@ -53,8 +54,9 @@ Expected<void> JobQueue::SetProgress(JobId id, int percent) {
 }
 
 Expected<void> JobQueue::AddMessage(JobId id, const std::string& line) {
-  return MakeStep(*m_Parts, *m_Parts->quick, id, Runs, [&](Database& rows, const JobStanding&) {
-    return AddEvent(rows, id, "message", line.substr(0, MaximumLine));
+  return MakeStep(*m_Parts, *m_Parts->quick, id, Runs, [&](Database& rows, const JobStanding& job) {
+    return AddEvent(rows, id, "message",
+                    WithTitle(line, DirectoryOf(id), job.title).substr(0, MaximumLine));
   });
 }
 
@@ -115,7 +117,8 @@ Expected<void> JobQueue::SetFailed(JobId id, int result, const std::string& mess
                    .Run();
     const int limit = m_Parts->policy.quarantineAfter;
     const bool isEnough = limit > 0 && failures >= limit;
-    return set ? SetState(rows, id, isEnough ? JobState::Quarantined : JobState::Failed, message)
+    return set ? SetState(rows, id, isEnough ? JobState::Quarantined : JobState::Failed,
+                          WithTitle(message, DirectoryOf(id), job.title))
                : set;
   });
 }
@@ -123,9 +126,11 @@ Expected<void> JobQueue::SetFailed(JobId id, int result, const std::string& mess
 Expected<void> JobQueue::SetUncertain(JobId id, std::int64_t sentBytes,
                                       const std::string& message) {
   return MakeStep(*m_Parts, *m_Parts->rows, id, {JobState::Delivering},
-                  [&](Database& rows, const JobStanding&) {
+                  [&](Database& rows, const JobStanding& job) {
                     auto set = SetNumber(rows, id, "sent", sentBytes);
-                    return set ? SetState(rows, id, JobState::Uncertain, message) : set;
+                    return set ? SetState(rows, id, JobState::Uncertain,
+                                          WithTitle(message, DirectoryOf(id), job.title))
+                               : set;
                   });
 }
 

@@ -35,6 +35,12 @@ Expected<os::FileDescriptor> LockServer(const std::string& dataRoot) {
   return file;
 }
 
+bool IsServerRunning(const std::string& dataRoot) {
+  const std::string path = dataRoot + "/server/lock";
+  const os::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+  return file.IsOpen() && ::flock(file.Get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 std::string OwnUserName() {
   passwd entry{};
   passwd* found = nullptr;

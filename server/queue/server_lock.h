@@ -12,6 +12,9 @@ namespace rastrel::server {
 /// "another server of this data root runs". REQUIRES: its queue was opened once.
 [[nodiscard]] Expected<os::FileDescriptor> LockServer(const std::string& dataRoot);
 
+/// Whether a server of the data root runs. False if that can't be known.
+[[nodiscard]] bool IsServerRunning(const std::string& dataRoot);
+
 /// The name of the user that this process runs as; its number where it has no name.
 [[nodiscard]] std::string OwnUserName();
 

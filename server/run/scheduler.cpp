@@ -56,11 +56,13 @@ struct Scheduler::Parts {
   Clock::time_point nextRetention = Clock::now();
   Clock::time_point nextStart = Clock::now();
   Clock::duration pause = ShortestPause;
+  std::string trouble{};  // of the last check, as it was logged
 
   void Run();
   void Wait();
   void TakeEnds();
   void TakeEnd(const Worker& worker, const os::ExitState& end);
+  [[nodiscard]] bool MayStart();
   void StartMissing();
   void StartWorker(const std::string& device);
   void KeepHouse();
@@ -114,16 +116,28 @@ void Scheduler::Parts::TakeEnd(const Worker& worker, const os::ExitState& end) {
   if (const auto done = queue.RecoverClaims(); !done) Log(Describe(done.Error()));
 }
 
+// A trouble is logged once, however long it lasts, and so is its end.
+bool Scheduler::Parts::MayStart() {
+  if (!program.check) return true;
+  const auto fine = program.check();
+  std::string found = fine ? std::string() : Describe(fine.Error());
+  if (found != trouble)
+    Log(found.empty() ? "jobs go on" : "no job is begun until this is mended: " + found);
+  trouble = std::move(found);
+  return trouble.empty();
+}
+
 void Scheduler::Parts::StartMissing() {
   if (Clock::now() < nextStart) return;
   JobFilter waiting;
   waiting.states = {JobState::Queued};
   const std::int64_t queued = queue.Count(waiting).ValueOr(0);
   const int limit = settings.workers > 0 ? settings.workers : DefaultWorkers();
-  while (Interpreters() < std::min<std::int64_t>(limit, queued) && Clock::now() >= nextStart)
-    StartWorker("");
   const auto devices = queue.DevicesToServe();
   if (!devices) return Log(Describe(devices.Error()));
+  if ((queued > 0 || !devices->empty()) && !MayStart()) return;
+  while (Interpreters() < std::min<std::int64_t>(limit, queued) && Clock::now() >= nextStart)
+    StartWorker("");
   for (const std::string& device : *devices)
     if (std::ranges::find(workers, device, &Worker::device) == workers.end() &&
         Clock::now() >= nextStart)

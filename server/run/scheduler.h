@@ -19,6 +19,9 @@ struct WorkerProgram {
   std::string deliver;
   /// Removes kept pages by their name in the spool.
   std::function<void(const std::string& spool)> removePages;
+  /// Whether workers can be started, with the reason why not: a worker reads the settings anew,
+  /// and one that can't would end at once, again and again. Empty: always.
+  std::function<Expected<void>()> check{};
 };
 
 /// Runs the queue's jobs by workers, processes of their own that claim job after job: several that

@@ -4,16 +4,15 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "pages/plain_tiff.h"
 #include "tests/children/odalis_fixture.h"
 #include "tests/support/access_list.h"
+#include "tests/support/wait_until.h"
 
 // Pages that are plain TIFF files, on their way to a device that takes them as they are: the file
 // itself is handed on where nobody needs the page afterwards, and copied everywhere else.
@@ -84,10 +83,10 @@ class TakenPage : public ::testing::Test {
     };
     WriteFile(path, "");
     const auto begun = timeOf(StateOf(path));
-    while (timeOf(StateOf(path)) <= begun) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_TRUE(rastrel::test::WaitUntil([&] {
       WriteFile(path, "");
-    }
+      return timeOf(StateOf(path)) > begun;
+    }));
   }
 
   std::unique_ptr<EngineRun> Run(const Names& settings,

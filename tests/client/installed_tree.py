@@ -100,6 +100,7 @@ def unfinished(prefix, options):
     """What an installed tree lacks."""
     wanted = ["bin/rastrel", "include/rastrel/rastrel.h", "share/man/man1/rastrel.1",
               "share/bash-completion/completions/rastrel",
+              "share/fish/vendor_completions.d/rastrel.fish", "share/zsh/vendor-completions/_rastrel",
               "libexec/rastrel/corerast.exe", "libexec/rastrel/coreodalis.exe",
               "share/rastrel/devices.txt", f"{options.libdir}/librastrel.so.{options.version}",
               f"{options.libdir}/libcfplane.so",

@@ -49,6 +49,8 @@ def removes_what_was_installed(options, place):
     # The folders of the system stay; an installation finds them there.
     plain = {"bin", "include", "lib", "libexec", "share", "share/man", "share/man/man1",
              "share/bash-completion", "share/bash-completion/completions",
+             "share/fish", "share/fish/vendor_completions.d", "share/zsh",
+             "share/zsh/vendor-completions",
              options.libdir, f"{options.libdir}/cmake", f"{options.libdir}/pkgconfig"}
     faults += [f"{name} was left" for name in after if name not in before and name not in plain]
     faults += [f"{name} is gone or another" for name in before if after.get(name, 0) != before[name]]

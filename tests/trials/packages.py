@@ -57,6 +57,13 @@ def say(text):
     print(f"packages: {text}", flush=True)
 
 
+# Where each shell, and each service manager, looks.
+PLACES = ("/usr/share/bash-completion/completions/rastrel", "/usr/share/fish/vendor_completions.d/rastrel.fish",
+          "/usr/share/zsh/vendor-completions/_rastrel", "/lib/systemd/system/rastrel-server.service",
+          "/usr/lib/systemd/user/rastrel-server.service")
+SETTINGS = "# of the shop\nworkers = 1\n"
+
+
 class Root:
     """A root directory with a Debian of its own."""
 
@@ -155,16 +162,25 @@ def main():
             say("the earlier packages are installed and used")
             root.install(packages_in(given.old))
             serve_a_job(root)
-            (root.path / "var/lib/rastrel/server.toml").write_text("workers = 1\n")
+            (root.path / "var/lib/rastrel/server.toml").write_text(SETTINGS)
+            spool = root.run("cd /var/lib/rastrel && find . -path '*CFM*' -type f | sort | xargs -r sha256sum")
             root.run("chown rastrel /var/lib/rastrel/server.toml && chmod 600 /var/lib/rastrel/server.toml")
             jobs = root.run("RASTREL_HOME=/var/lib/rastrel rastrel jobs list --json", user="rastrel")
         say("the packages are installed")
         root.install(packages_in(packages))
         if given.old:
             now = root.run("RASTREL_HOME=/var/lib/rastrel rastrel jobs list --json", user="rastrel")
-            if now != jobs or not root.has("/var/lib/rastrel/server.toml"):
+            if now != jobs or (root.path / "var/lib/rastrel/server.toml").read_text() != SETTINGS:
                 sys.exit(f"packages: the queue or the settings did not survive the upgrade:\n{jobs}\n---\n{now}")
+            kept = root.run("cd /var/lib/rastrel && find . -path '*CFM*' -type f | sort | xargs -r sha256sum")
+            if not spool.strip() or kept != spool:
+                sys.exit(f"packages: the kept pages did not survive the upgrade:\n{spool}\n---\n{kept}")
             root.run("RASTREL_HOME=/var/lib/rastrel rastrel jobs reprint 1", user="rastrel")
+        missing = [place for place in PLACES if not root.has(place)]
+        if missing:
+            sys.exit(f"packages: not installed: {missing}")
+        if root.has("/etc/systemd/user/default.target.wants/rastrel-server.service"):
+            sys.exit("packages: a server starts for every user who signs in")
         say("a new user prints, measures and converts")
         use_the_command(root)
         say("the service's user serves a job")

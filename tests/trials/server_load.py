@@ -3,17 +3,21 @@
 
 usage: server_load.py RASTREL [JOBS [GIBIBYTES]]
 
-JOBS small jobs (10,000) come from 50 processes at once, some of them by IPP; none may be lost or doubled, and the server's
-memory may not grow with them. A file of so many GIBIBYTES (5; 0 leaves it out) is taken by the command, as there is no limit,
+JOBS small jobs (10,000) come from 50 processes at once, some of them by IPP; then half as many by the HTTP interface, over
+connections that stay, and a tenth by the command. None may be lost or doubled, and the server's memory may not grow with
+them; it is told before and after. A file of so many GIBIBYTES (5; 0 leaves it out) is taken by the command, as there is no limit,
 and one over the limit is refused by the printer; neither takes memory. On a disk that is full a job is refused in clear
 words, all that the queue has said yes to is there, and work goes on once there is room. While 50 senders bring a byte a
-second, others print. The median and the 99th percentile of a submission are told."""
+second, others print. The median and the 99th percentile of a submission are told of each way."""
 
 import collections
 import contextlib
+import http.client
+import json
 import os
 import pathlib
 import resource
+import socket
 import subprocess
 import sys
 import tempfile
@@ -28,15 +32,38 @@ DEVICES = "[Sign]\nkind = file\nformat = png\npattern = {output}/{job}-{page}.pn
 PAGE = b"%!PS\n<< /PageSize [40 30] >> setpagedevice 0 0 20 30 rectfill showpage\n"
 CLIENTS = 50
 BY_IPP = 50  # jobs that come by IPP meanwhile
+BY_HTTP = 10  # connections of the HTTP interface at once
+BY_COMMAND = 4  # commands at once
 GROWTH = 48 * 1024  # kilobytes that the memory of a process of the server may grow with the load
 SLOW = 15  # seconds that the slow senders take at least
 DISK = 160  # megabytes of the disk that is filled
 
 
+class LocalConnection(http.client.HTTPConnection):
+    """A connection over a Unix socket."""
+
+    def __init__(self, path):
+        super().__init__("127.0.0.1", timeout=240)
+        self.path = str(path)
+
+    def connect(self):
+        self.sock = socket.socket(socket.AF_UNIX)
+        self.sock.settimeout(self.timeout)
+        self.sock.connect(self.path)
+
+
+def figures(times):
+    """Of seconds."""
+    times = sorted(times)
+    return (f"median {times[len(times) // 2] * 1000:.2f} ms, 99th percentile {times[len(times) * 99 // 100] * 1000:.2f} ms, "
+            f"longest {times[-1] * 1000:.2f} ms")
+
+
 class Load:
     def __init__(self, command, place, settings=""):
         self.port = free_port()
-        self.shop = Shop(command, place, DEVICES, f"{settings}[printer]\nport = {self.port}\n")
+        self.shop = Shop(command, place, DEVICES, f"{settings}[printer]\nport = {self.port}\n[web]\nport = {free_port()}\n")
+        self.socket = self.shop.root / "server/web.sock"
         self.client = pathlib.Path(command).resolve().parent.parent / "tests/submit_client"
         self.uri = f"ipp://localhost:{self.port}/ipp/print/Sign".encode()
         self.page = self.shop.place / "page.ps"
@@ -47,10 +74,14 @@ class Load:
         return ipp.post(self.port, ipp.request(self.uri, name=name.encode(), form=b"application/postscript"), *pieces)
 
     def memory(self):
-        return {**self.shop.memory("rastrel-server"), **self.shop.memory("rastrel-printer")}
+        return {process: size for program in ("rastrel-server", "rastrel-printer", "rastrel-web")
+                for process, size in self.shop.memory(program).items()}
 
     def check_memory(self, before, name):
-        for process, size in self.memory().items():
+        after = self.memory()
+        print(f"{name}: the server's {len(after)} processes held {sum(before.values()) / 1024:.1f} MiB before and "
+              f"{sum(after.values()) / 1024:.1f} MiB after")
+        for process, size in after.items():
             if size > before.get(process, size) + GROWTH:
                 self.faults.append(f"{name}: a process grew from {before[process]} to {size} KiB")
 
@@ -67,7 +98,7 @@ class Load:
             out, error = client.communicate()
             if client.returncode != 0:
                 self.faults.append(f"a client ended with {client.returncode}: {error}")
-            times += [int(line) / 1000 for line in out.split()]
+            times += [int(line) / 1_000_000 for line in out.split()]
         took = time.monotonic() - begun
         if any(by_ipp):
             self.faults.append(f"by IPP: {[hex(status) for status in by_ipp if status]}")
@@ -85,9 +116,70 @@ class Load:
         if broken:
             self.faults.append(f"jobs whose files are not whole: {broken[:9]}")
         self.check_memory(before, "the jobs")
-        times.sort()
-        print(f"{len(times)} submissions from {CLIENTS} processes at once in {took:.1f} s: median {times[len(times) // 2]:.2f} ms, "
-              f"99th percentile {times[len(times) * 99 // 100]:.2f} ms, longest {times[-1]:.2f} ms")
+        print(f"{len(times)} submissions from {CLIENTS} processes at once in {took:.1f} s: {figures(times)}")
+
+    def check_titles(self, prefix, count):
+        titles = collections.Counter(job["title"] for job in self.shop.jobs().values() if job["title"].startswith(prefix))
+        expected = {f"{prefix}{number}" for number in range(count)}
+        if set(titles) != expected or sum(titles.values()) != count:
+            self.faults.append(f"{prefix}: {len(expected - set(titles))} of {count} jobs are lost, "
+                               f"{sum(titles.values()) - len(titles)} doubled")
+
+    def submit_all(self, prefix, count, at_once, opened):
+        """Jobs PREFIX0 to COUNT - 1 from threads; `opened` makes a thread's function that submits one by its title, and
+        returns what went wrong. The seconds of each."""
+        times = [0.0] * count
+        faults = []
+
+        def work(first):
+            submit = opened()
+            for number in range(first, count, at_once):
+                begun = time.monotonic()
+                fault = submit(f"{prefix}{number}")
+                times[number] = time.monotonic() - begun
+                if fault:
+                    faults.append(f"{prefix}{number}: {fault}")
+                    return
+        threads = [threading.Thread(target=work, args=(first,)) for first in range(at_once)]
+        begun = time.monotonic()
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        took = time.monotonic() - begun
+        self.faults += faults[:3]
+        self.check_titles(prefix, count)
+        return times, took
+
+    def many_by_http(self, jobs):
+        wait_for(self.socket.exists, "the HTTP interface")
+
+        def opened():
+            connection = LocalConnection(self.socket)
+
+            def submit(title):
+                connection.request("POST", f"/api/v1/jobs?title={title}&device=Sign&hold=true", PAGE,
+                                   {"Content-Type": "application/postscript"})
+                answer = connection.getresponse()
+                body = answer.read()
+                if answer.status == 201 and json.loads(body)["title"] == title:
+                    return None
+                return f"status {answer.status}: {body[:300]}"
+            return submit
+        before = self.memory()
+        times, took = self.submit_all("http", jobs, BY_HTTP, opened)
+        self.check_memory(before, "jobs by HTTP")
+        print(f"{jobs} submissions by HTTP over {BY_HTTP} connections in {took:.1f} s: {figures(times)}")
+
+    def many_by_command(self, jobs):
+        def submit(title):
+            done = subprocess.run([self.shop.command, "jobs", "add", str(self.page), "--device", "Sign", "--title", title,
+                                   "--hold"], env=self.shop.environment, capture_output=True, text=True, check=False)
+            return done.stderr if done.returncode != 0 else None
+        before = self.memory()
+        times, took = self.submit_all("command", jobs, BY_COMMAND, lambda: submit)
+        self.check_memory(before, "jobs by the command")
+        print(f"{jobs} submissions by the command, {BY_COMMAND} at a time, in {took:.1f} s: {figures(times)}")
 
     def huge_file(self, gibibytes):
         huge = self.shop.place / "huge.ps"
@@ -208,6 +300,8 @@ def main():
         try:
             wait_for(lambda: answers(load.port), "the printer on the network")
             load.many_jobs(jobs)
+            load.many_by_http(jobs // 2)
+            load.many_by_command(jobs // 10)
             load.slow_senders()
             if gibibytes:
                 load.too_large_by_ipp()

@@ -121,7 +121,7 @@ bool EventFeed::Give(Reader& reader, Read& read) {
     if (!events) return false;
     std::string text;
     for (const JobEvent& event : *events)
-      text += EventText(event.number, event.kind, TextOf(JsonOf(event)));
+      text += EventText(event.number, event.kind, TextOf(JsonOf(event, reader.owner)));
     const std::int64_t last = events->empty() ? reader.after : events->back().number;
     found = read.emplace(key, std::pair(std::move(text), last)).first;
   }

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "server/web/api/job_request.h"
+
 namespace rastrel::server::web {
 namespace {
 
@@ -61,16 +63,16 @@ Json JsonOf(const Job& job, const Caller& caller) {
           {"keptPages", !job.spool.empty()},
           {"sent", job.sentBytes},
           {"result", job.result},
-          {"message", job.message},
+          {"message", MessageFor(caller.VisibleOwner(), job.message)},
           {"actions", ActionsOf(job, caller)}};
 }
 
-Json JsonOf(const JobEvent& event) {
+Json JsonOf(const JobEvent& event, const std::string& owner) {
   return {{"number", event.number},
           {"job", event.job},
           {"time", event.time},
           {"kind", event.kind},
-          {"text", event.text}};
+          {"text", MessageFor(owner, event.text)}};
 }
 
 std::string TextOf(const Json& value) {

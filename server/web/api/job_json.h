@@ -14,8 +14,9 @@ namespace rastrel::server::web {
 /// "priority", "reprint", "remove".
 [[nodiscard]] std::vector<std::string> ActionsOf(const Job& job, const Caller& caller);
 
+/// `owner`: Caller::VisibleOwner.
 [[nodiscard]] nlohmann::ordered_json JsonOf(const Job& job, const Caller& caller);
-[[nodiscard]] nlohmann::ordered_json JsonOf(const JobEvent& event);
+[[nodiscard]] nlohmann::ordered_json JsonOf(const JobEvent& event, const std::string& owner);
 
 /// The text of a value; bytes that are no UTF-8 are replaced.
 [[nodiscard]] std::string TextOf(const nlohmann::ordered_json& value);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "server/queue/day_time.h"
+#include "server/queue/shown_text.h"
 
 namespace rastrel::server::web {
 namespace {
@@ -113,6 +114,10 @@ Expected<JobFilter> FilterOf(const Request& request, int usualLimit, int greates
         TakeNumber(request, "limit", 1, greatestLimit, filter.limit)})
     if (!taken) return taken.Error();
   return filter;
+}
+
+std::string MessageFor(const std::string& owner, const std::string& message) {
+  return owner.empty() ? message : WithoutFolders(message);
 }
 
 FoundJob JobOf(Shop& shop, const Request& request) {

@@ -28,6 +28,11 @@ namespace rastrel::server::web {
 [[nodiscard]] Expected<JobFilter> FilterOf(const Request& request, int usualLimit,
                                            int greatestLimit);
 
+/// A message of a job or its story, for one who sees the jobs of `owner` alone
+/// (Caller::VisibleOwner): it names files without the folders of this machine. Whoever manages all
+/// jobs reads all of it.
+[[nodiscard]] std::string MessageFor(const std::string& owner, const std::string& message);
+
 /// The job of the path's {id}, if the caller may see it; else the answer: 404, whether there is
 /// none or it is another's.
 struct FoundJob {

@@ -44,7 +44,10 @@ Response TableOfJobs(Shop& shop, const Request& request) {
     filter->limit = std::min(left, RowsAtOnce);
     const auto jobs = shop.queue.List(*filter);
     if (!jobs) return AnswerTo(jobs.Error());
-    for (const Job& job : *jobs) table += shop.tableRow(job);
+    for (Job job : *jobs) {
+      job.message = MessageFor(request.caller.VisibleOwner(), job.message);
+      table += shop.tableRow(job);
+    }
     if (jobs->size() < static_cast<std::size_t>(filter->limit)) break;
     left -= filter->limit;
     filter->offset += filter->limit;
@@ -76,7 +79,8 @@ Response ShowEvents(Shop& shop, const Request& request) {
                                         request.caller.VisibleOwner());
   if (!events) return AnswerTo(events.Error());
   Json list = Json::array();
-  for (const JobEvent& event : *events) list.push_back(JsonOf(event));
+  for (const JobEvent& event : *events)
+    list.push_back(JsonOf(event, request.caller.VisibleOwner()));
   const bool isFull = static_cast<std::int64_t>(events->size()) == limit;
   return JsonResponse(200, TextOf({{"events", std::move(list)}, {"more", isFull}}));
 }

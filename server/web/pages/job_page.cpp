@@ -59,13 +59,15 @@ std::string Pages(const Job& job, const Request& request, const Words& words) {
          "</div>\n</div>\n</div>\n";
 }
 
-std::string Story(Shop& shop, const Job& job, const Words& words) {
+std::string Story(Shop& shop, const Request& request, const Job& job, const Words& words) {
   std::string story = "<ol id=\"story\">\n";
   const auto events = shop.queue.Events(0, job.id, EventsOfPage);
   if (events)
     for (const JobEvent& event : *events) {
       if (event.kind == "progress") continue;
-      const std::string text = event.kind == "state" ? words(event.text) : Isolated(event.text);
+      const std::string text =
+          event.kind == "state" ? words(event.text)
+                                : Isolated(MessageFor(request.caller.VisibleOwner(), event.text));
       story += "<li class=\"" + Escaped(event.kind) + "\">" + TimeElement(event.time) + " " + text +
                "</li>\n";
     }
@@ -91,7 +93,8 @@ Response JobPage(Shop& shop, const Request& request, const Words& words) {
   const std::string body =
       "<h1>" + Isolated(job.title) + " <span class=\"number\">" + words("Job {0}", id) +
       "</span></h1>\n<p id=\"state\">" + StateMarkup(job, words) + "</p>\n<p id=\"message\"" +
-      (job.message.empty() ? " hidden" : "") + ">" + Escaped(job.message) +
+      (job.message.empty() ? " hidden" : "") + ">" +
+      Escaped(MessageFor(request.caller.VisibleOwner(), job.message)) +
       "</p>\n<div id=\"actions\" class=\"buttons\" role=\"group\" aria-label=\"" +
       words("What to do with it") +
       "\"></div>\n<section aria-labelledby=\"pages-title\">\n<h2 id=\"pages-title\">" +
@@ -100,7 +103,7 @@ Response JobPage(Shop& shop, const Request& request, const Words& words) {
       words("Settings") + "</h2>\n" + Facts(job, words) + "<p><a href=\"/api/v1/jobs/" + id +
       "/file\">" + words("Its file") +
       "</a></p>\n</section>\n<section aria-labelledby=\"story-title\">\n<h2 id=\"story-title\">" +
-      words("Story") + "</h2>\n" + Story(shop, job, words) + "</section>\n";
+      words("Story") + "</h2>\n" + Story(shop, request, job, words) + "</section>\n";
   return PageResponse(200, request, words,
                       {Escaped(job.title), "job", " data-job=\"" + id + "\"", body});
 }

@@ -172,7 +172,8 @@ Response OverviewPage(Shop& shop, const Request& request, const Words& words) {
                            words("Devices") + "</h2>\n" + DeviceList(shop, request, words) +
                            "</section>\n<section aria-labelledby=\"open\">\n<h2 id=\"open\">" +
                            words("Jobs that are not over") + "</h2>\n" +
-                           JobTable(*jobs, words("Jobs that are not over"), query, words) +
+                           JobTable(*jobs, words("Jobs that are not over"), query,
+                                    request.caller.VisibleOwner(), words) +
                            "<p><a href=\"/jobs\">" + words("All jobs") + "</a></p>\n</section>\n"});
 }
 
@@ -183,14 +184,14 @@ Response JobsPage(Shop& shop, const Request& request, const Words& words) {
   if (!jobs) return Unusable(request, words, jobs.Error());
   const auto total = shop.queue.Count(*filter);
   if (!total) return Unusable(request, words, total.Error());
-  return PageResponse(
-      200, request, words,
-      {words("All jobs"),
-       "jobs",
-       {},
-       "<h1>" + words("All jobs") + "</h1>\n" + FilterForm(shop, request, words) +
-           JobTable(*jobs, words("All jobs"), QueryWith(request, filter->offset), words) +
-           Paging(request, words, filter->offset, *total)});
+  return PageResponse(200, request, words,
+                      {words("All jobs"),
+                       "jobs",
+                       {},
+                       "<h1>" + words("All jobs") + "</h1>\n" + FilterForm(shop, request, words) +
+                           JobTable(*jobs, words("All jobs"), QueryWith(request, filter->offset),
+                                    request.caller.VisibleOwner(), words) +
+                           Paging(request, words, filter->offset, *total)});
 }
 
 Response DevicesPage(Shop& shop, const Request& request, const Words& words) {

@@ -109,6 +109,10 @@ class Batch(unittest.TestCase):
                                                  "failed": 0, "earlier": 0})
         self.assertEqual(self.content(self.results), {})
 
+    def test_a_standard_error_that_is_no_terminal_gets_no_control_sequence(self):
+        done = self.run_command("batch", "pagesize", *self.make_pages(2), "-o", str(self.results))
+        self.assertEqual(done.stderr, "2 of 2 files are done\n")
+
     def test_a_file_that_fails_is_told_and_the_rest_goes_on(self):
         files = self.make_pages(5)
         pathlib.Path(files[2]).write_text("no PostScript\n")

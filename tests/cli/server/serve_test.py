@@ -39,6 +39,13 @@ CUT = """%!PS-Adobe-3.0
 20 15 10 0 360 arc closepath stroke showpage
 %%EOF
 """
+# A plate of an inch by half of one, with a field; and its table, whose third row has no text.
+BADGE = """<ABB>
+<ENGRAVINGTEMPLATE><PLATES/>
+<PLATE><COLOR>Gold</COLOR><WIDTH>1</WIDTH><HEIGHT>0.5</HEIGHT><TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME>
+<TEXT data='{Name}'><FONT name='DejaVuSans.ttf' size='0.25'/></TEXT></PLATE></ENGRAVINGTEMPLATE></ABB>
+"""
+NAMES = "Name,Team\nAda,a\nBob,b\n,c\n"
 # Strips of a page of 48 points: a quarter in cyan, a quarter in half magenta, an eighth in yellow, a sixteenth in
 # black, and an eighth in a spot colour. The second page is empty.
 INKS = """%!PS-Adobe-3.0
@@ -124,9 +131,8 @@ class Serve(unittest.TestCase):
         self.assertEqual(done.returncode, status, done.stderr)
         return done.stdout if status == 0 else done.stderr
 
-    def serve(self):
-        self.server = subprocess.Popen([COMMAND, "serve"], env=self.environment,
-                                       stderr=subprocess.DEVNULL)
+    def serve(self, log=subprocess.DEVNULL):
+        self.server = subprocess.Popen([COMMAND, "serve"], env=self.environment, stderr=log)
 
     def stop(self):
         self.server.send_signal(signal.SIGTERM)
@@ -286,6 +292,103 @@ class Serve(unittest.TestCase):
                          ("failed", "a cut needs rules: which paths are cut"))
         self.stop()
 
+    def merge_files(self):
+        template, table = self.place / "badge.xml", self.place / "names.csv"
+        template.write_text(BADGE)
+        table.write_text(NAMES)
+        return template, table
+
+    def merged_by_commands(self, template, table):
+        """What `rastrel merge` and `rastrel print` make, a blank of a plate's size a row."""
+        pages = self.place / "names.pdf"
+        self.run_command("merge", str(template), "--data", str(table), "--blank", "1x0.5in", "-o", str(pages))
+        by_print = self.place / "by-print"
+        self.run_command("print", str(pages), "--mode", "Screen/preview", "--output", str(by_print))
+        files = [pixels((by_print / f"names-{page}.tif").read_bytes()) for page in (1, 2, 3)]
+        self.assertEqual(len(set(files)), 3)
+        return files
+
+    def test_a_merge_prints_a_page_for_each_row_as_the_commands_do(self):
+        template, table = self.merge_files()
+        number = self.run_command("jobs", "add", "--template", str(template), "--data", str(table), "--blank",
+                                  "1x0.5in", "--mode", "Screen/preview").strip()
+        expected = self.merged_by_commands(template, table)
+        table.unlink()  # the queue has its own
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual((job["state"], job["pages"], job["title"]), ("done", 3, "names.csv"), job)
+        output = self.output()
+        self.assertEqual(sorted(output), [f"names-{page}.tif" for page in (1, 2, 3)])
+        self.assertEqual([pixels(output[f"names-{page}.tif"]) for page in (1, 2, 3)], expected)
+        story = self.run_command("jobs", "show", number)
+        self.assertIn('row 4: placed on page 3; no value for "Name"', story)
+        self.assertNotIn("row 2", story)
+        self.assertIn("message\t3 pages of 2.54 by 1.27 cm: 3 plates, 2 texts, 0 drill points\n", story)
+        self.assertFalse((self.root / "server" / "jobs" / number / "merged.pdf").exists())
+        again = self.run_command("jobs", "reprint", number, "--pages", "2").strip()
+        self.await_state(again, "done")
+        self.assertEqual(pixels(self.output()["names-2-2.tif"]), expected[1])
+        self.stop()
+
+    def test_a_merge_that_can_not_be_made_fails_with_its_row_or_line(self):
+        template, table = self.merge_files()
+        bad_row = self.run_command("jobs", "add", str(table), "--template", str(template), "--blank",
+                                   "1x0.4in").strip()
+        table.write_text('Name,Team\nAda,a\n"Bob,b\n')
+        bad_table = self.run_command("jobs", "add", str(table), "--template", str(template)).strip()
+        table.write_text("Team\na\n")
+        bad_heading = self.run_command("jobs", "add", str(template), "--data", str(table)).strip()
+        self.serve()
+        reasons = {bad_row: "row 2: not placed; a plate of 2.54 by 1.27 cm does not fit",
+                   bad_table: "names.csv: line 3: a value in double quotes has no end",
+                   bad_heading: 'badge.xml:4: the table has no heading "Name"'}
+        for number, reason in reasons.items():
+            job = self.await_state(number, "done", "failed")
+            self.assertEqual(job["state"], "failed", job)
+            self.assertTrue(job["message"].startswith(reason), job["message"])
+        self.stop()
+
+    def test_the_last_row_of_a_long_merge_is_heard_of(self):
+        template, table = self.merge_files()
+        # The lines of the rows before it are more than a pipe holds, and so are those of rows without a value.
+        table.write_text("Name,Team\n" + "Ada,a\n" * 3000 + ",b\n" * 200)
+        number = self.run_command("jobs", "add", "--template", str(template), "--data", str(table),
+                                  "--mode", "Screen/preview", "--pages", "1").strip()
+        self.serve()
+        job = self.await_state(number, "done", "failed")
+        self.assertEqual(job["state"], "done", job)
+        story = self.run_command("jobs", "show", number)
+        rows = [line for line in story.splitlines() if '; no value for "Name"' in line]
+        self.assertTrue(rows[0].split("\t")[2].startswith("row 3002: "), rows[0])
+        self.assertTrue(rows[-1].split("\t")[2].startswith("row 3201: "), rows[-1])
+        # Of 200 rows and the summary the first hundred and the last ten.
+        self.assertEqual(len(rows), 109)
+        self.assertIn("91 more lines of the merge are left out", story)
+        self.stop()
+
+    def test_a_merge_is_refused_unless_its_two_files_are_named(self):
+        template, table = self.merge_files()
+        both = ("--template", str(template), "--data", str(table))
+        self.assertIn("name a file", self.run_command("jobs", "add", status=2))
+        self.assertIn("name a file", self.run_command("jobs", "add", "--data", str(table), status=2))
+        self.assertIn("no file beside them", self.run_command("jobs", "add", str(table), *both, status=2))
+        self.assertIn("is of a merge", self.run_command("jobs", "add", str(self.page), "--blank", "1x1in", status=2))
+        template.unlink()
+        self.assertIn("badge.xml", self.run_command("jobs", "add", *both, status=3))
+        self.assertEqual(self.run_command("jobs", "list", "--json"), "")
+
+    def test_a_table_that_is_dropped_into_a_merging_folder_fills_its_template(self):
+        template, table = self.merge_files()
+        folder = self.hot_folder(f'device = "Plotter"\nwork = "merge"\ntemplate = "{template}"\n'
+                                 'blank = "1x0.5in"\nmode = "Screen/preview"\n')
+        expected = self.merged_by_commands(template, table)
+        self.serve()
+        table.rename(folder / "names.csv")
+        self.await_file(folder / "done" / "names.csv.report.json")
+        output = self.output()
+        self.assertEqual([pixels(output[f"names-{page}.tif"]) for page in (1, 2, 3)], expected)
+        self.stop()
+
     def test_a_device_of_the_settings_gets_the_bytes(self):
         listener = socket.create_server(("127.0.0.1", 0))
         self.addCleanup(listener.close)
@@ -342,6 +445,53 @@ class Serve(unittest.TestCase):
         self.run_command("printers")
         (self.root / "server.toml").write_text("worker = 1\n")
         self.assertIn("server.toml:1:1", self.run_command("serve", status=2))
+
+    def test_a_fault_that_comes_to_the_settings_is_told_once_and_jobs_wait_until_it_goes(self):
+        settings = self.root / "server.toml"
+        log = self.place / "log"
+        folder = self.hot_folder('device = "TIFF"\nmode = "Screen/preview"\nsettle = 0\npoll = 1\n')
+        with log.open("wb") as output:
+            self.serve(output)
+        self.await_text(log, "serving")
+        settings.write_text("worker = 1\n")
+        (folder / "one.ps").write_text(PAGES)
+        self.await_text(log, "no job is begun until this is mended")
+        (folder / "two.ps").write_text(PAGES)
+        # The scheduler looks once a second, and at each change of the queue.
+        time.sleep(3)
+        self.assertFalse((self.root / "output").exists())
+        settings.write_text("workers = 1\n")
+        for number in ("1", "2"):
+            self.await_state(number, "done")
+        self.stop()
+        lines = log.read_text().splitlines()
+        self.assertEqual([line for line in lines if "worker" in line],
+                         [line for line in lines if "server.toml:1:1" in line], lines)
+        self.assertEqual(len([line for line in lines if "server.toml:1:1" in line]), 1, lines)
+        self.assertIn("rastrel: jobs go on", lines)
+
+    def await_text(self, path, text):
+        limit = time.monotonic() + WAIT
+        while text not in path.read_text():
+            self.assertLess(time.monotonic(), limit, path.read_text())
+            time.sleep(0.05)
+
+    def test_a_refused_job_is_called_by_its_title_wherever_it_is_read(self):
+        folder = self.hot_folder('device = "TIFF"\nsettle = 0\n')
+        (folder / "two signs.pdf").write_bytes(b"no such document")
+        self.serve()
+        report = folder / "failed" / "two signs.pdf.report.txt"
+        limit = time.monotonic() + WAIT
+        while not report.exists():
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.05)
+        self.assertIn("can't print 'two signs.pdf': it is neither", self.job("1")["message"])
+        self.assertIn("can't print 'two signs.pdf': it is neither", report.read_text())
+        for text in (report.read_text(), self.run_command("jobs", "show", "1"),
+                     self.run_command("jobs", "list"), self.run_command("jobs", "export")):
+            self.assertNotIn("job.pdf", text)
+            self.assertNotIn(str(self.root), text)
+        self.stop()
 
 
 if __name__ == "__main__":

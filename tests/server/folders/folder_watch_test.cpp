@@ -50,5 +50,29 @@ TEST(FolderWatch, files_that_are_dropped_while_it_runs_become_jobs) {
   EXPECT_EQ(messages, 0);
 }
 
+// Ten lists, each of which has to be read before the next is written: the looks that come by
+// themselves, every half minute, would take longer than the test waits.
+TEST(FolderWatch, a_list_that_changes_is_read_at_once) {
+  const auto place = *os::PrivateDirectory::Make("rastrel-watch-");
+  auto queue = JobQueue::Open(place.Path());
+  ASSERT_TRUE(queue);
+  std::atomic<int> messages{0};
+  FolderWatch watch(place.Path(), **queue, [&](const std::string&) { ++messages; });
+  ASSERT_TRUE(watch.Start());
+  const std::string list = place.Path() + "/server/folders.toml";
+  constexpr int Lists = 10;
+  int written = 0;
+  EXPECT_TRUE(test::WaitUntil([&] {
+    if (messages < written) return false;
+    if (written == Lists) return true;
+    // Each has another fault, in place and under its name by turns.
+    const std::string path = written % 2 == 0 ? list : list + ".new";
+    std::ofstream(path) << "fault" << written++ << " = 1\n";
+    if (path != list) std::filesystem::rename(path, list);
+    return false;
+  })) << written;
+  watch.Stop();
+}
+
 }  // namespace
 }  // namespace rastrel::server

@@ -435,6 +435,34 @@ TEST(FolderSettings, limits_are_held_at_both_ends) {
     EXPECT_FALSE(reads(bad)) << bad;
   }
 }
+TEST(FolderSettings, a_merge_names_its_template_or_its_table_and_not_both) {
+  const auto read = [](const std::string& lines) {
+    return ReadFolderSettings("device = \"x\"\n" + lines, "f");
+  };
+  const std::string merge = "work = \"merge\"\n";
+  const auto tables = read(merge + "template = \"/shop/badge.xml\"\nsheet = \"2\"\n");
+  ASSERT_TRUE(tables) << Describe(tables.Error());
+  EXPECT_EQ(tables->work, JobWork::Merge);
+  EXPECT_EQ(tables->options, (JobOptions{{"template", "/shop/badge.xml"}, {"sheet", "2"}}));
+  EXPECT_TRUE(read(merge + "data = \"/shop/names.csv\"\nblank = \"8x3cm\"\n"));
+
+  const auto both = read(merge + "template = \"/a\"\ndata = \"/b\"\n");
+  ASSERT_FALSE(both);
+  EXPECT_NE(Describe(both.Error()).find("f:4"), std::string::npos) << Describe(both.Error());
+  const auto neither = read(merge);
+  ASSERT_FALSE(neither);
+  EXPECT_NE(Describe(neither.Error()).find("needs 'template'"), std::string::npos);
+  EXPECT_FALSE(read(merge + "template = \"badge.xml\"\n"));
+  EXPECT_FALSE(read(merge + "data = \"\"\n"));
+}
+
+TEST(FolderSettings, the_keys_of_a_merge_are_refused_where_none_is_made) {
+  for (const char* key : {"template", "data", "sheet", "blank"})
+    for (const char* work : {"print", "cut"})
+      EXPECT_FALSE(ReadFolderSettings(
+          "device = \"x\"\nwork = \"" + std::string(work) + "\"\n" + key + " = \"/a\"\n", "f"))
+          << work << " " << key;
+}
 
 }  // namespace
 }  // namespace rastrel::server

@@ -137,6 +137,19 @@ std::vector<ActionRow> Actions() {
   };
 }
 
+TEST_F(States, messages_of_a_run_call_the_jobs_file_by_its_title) {
+  const JobId id = Submit(Request());
+  ASSERT_EQ(Interpret(), id);
+  const std::string file = Get(id).file;
+  const std::string title = Get(id).title;
+  ASSERT_TRUE(m_Queue->AddMessage(id, "RIP: reads " + file));
+  ASSERT_TRUE(m_Queue->SetFailed(id, 3, "can't print '" + file + "'"));
+  EXPECT_EQ(Get(id).message, "can't print '" + title + "'");
+  const auto events = m_Queue->Events(0, id, 100);
+  ASSERT_TRUE(events);
+  for (const JobEvent& event : *events) EXPECT_EQ(event.text.find(file), event.text.npos);
+}
+
 TEST_F(States, APersonMayDoWhatTheStateAllowsAndNothingElse) {
   for (const ActionRow& row : Actions())
     for (const JobState state : AllStates) {

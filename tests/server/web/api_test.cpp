@@ -269,6 +269,22 @@ TEST_F(OwnersTest, lists_and_counts_have_the_own_jobs_alone) {
   EXPECT_EQ(Json::parse(Call(Role::Manage, Method::Get, "/api/v1/jobs").text)["total"], 2);
 }
 
+TEST_F(OwnersTest, folders_of_the_server_are_shown_to_those_who_manage_alone) {
+  ASSERT_EQ((*m_Queue->ClaimToDeliver("Plotter"))->id, m_Own);
+  ASSERT_TRUE(m_Queue->AddMessage(m_Own, "delivered /srv/the shop/own-1.tif"));
+  ASSERT_TRUE(m_Queue->SetFailed(m_Own, 1, "can't write '/srv/the shop/own-2.tif'"));
+  const std::string own = "/api/v1/jobs/" + std::to_string(m_Own);
+  for (const std::string& path : {own, own + "/events", std::string("/api/v1/jobs")}) {
+    const std::string all = Call(Role::Manage, Method::Get, path).text;
+    EXPECT_NE(all.find("/srv/the shop/own-"), all.npos) << all;
+    for (const Role role : {Role::See, Role::Print}) {
+      const std::string text = Call(role, Method::Get, path).text;
+      EXPECT_EQ(text.find("/srv"), text.npos) << text;
+      EXPECT_NE(text.find("own-"), text.npos) << text;
+    }
+  }
+}
+
 TEST_F(OwnersTest, devices_show_the_own_jobs_alone) {
   ASSERT_EQ((*m_Queue->ClaimToDeliver("Plotter"))->id, m_Own);
   ASSERT_TRUE(m_Queue->SetDone(m_Own));

@@ -1,0 +1,130 @@
+#include "cli/server/child_run.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "cli/server/worker.h"
+#include "rastrel/platform/os/deadline.h"
+#include "rastrel/platform/os/file_descriptor.h"
+#include "rastrel/platform/os/native_file.h"
+#include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/pipe.h"
+#include "rastrel/platform/os/wait.h"
+#include "rastrel/platform/standalone/data_root.h"
+
+namespace rastrel::cli {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto LookInterval = 200ms;
+constexpr std::size_t MaximumLine = 4096;
+constexpr std::size_t FirstLines = 100;
+constexpr std::size_t LastLines = 10;
+
+// The child and the pipe of its lines.
+struct Child {
+  os::FileDescriptor process;
+  os::FileDescriptor lines;
+};
+
+Expected<Child> Start(const std::string& program, const std::vector<std::string>& arguments) {
+  HANDLE reading = INVALID_HANDLE_VALUE;
+  HANDLE writing = INVALID_HANDLE_VALUE;
+  if (auto made = os::CreatePipe(reading, writing, 0); !made) return made.Error();
+  Child child{{}, os::FileDescriptor(reading)};
+  const os::FileDescriptor childsEnd(writing);
+  const auto nothing = os::OpenForReading(L"/dev/null");
+  if (!nothing) return nothing.Error();
+  os::SpawnRequest request;
+  request.executable = standalone::FindResources().programs + "/" + program;
+  request.arguments = arguments;
+  request.environment = os::EnvironmentEntries();
+  // It ends with this process (command_runs.h).
+  std::erase_if(request.environment,
+                [](const auto& one) { return one.starts_with("RASTREL_STARTER="); });
+  request.environment.push_back("RASTREL_STARTER=" + std::to_string(os::CurrentProcessId()));
+  request.standardInput = nothing->Get();
+  request.standardOutput = childsEnd.Get();
+  request.standardError = childsEnd.Get();
+  const auto spawned = os::Spawn(request);
+  if (!spawned) return spawned.Error();
+  child.process = os::FileDescriptor(spawned->process);
+  return child;
+}
+
+// Takes output in pieces, and keeps the wanted lines of it.
+class LineKeeper {
+ public:
+  LineKeeper(ChildRun& run, const LineFilter& isWanted) : m_Run(run), m_IsWanted(isWanted) {}
+
+  void Take(std::string_view piece) {
+    for (const char one : piece) {
+      if (one == '\n')
+        EndLine();
+      else if (m_Line.size() < MaximumLine)
+        m_Line += one;
+    }
+  }
+  void EndLine() {
+    if (!m_Line.empty() && m_IsWanted(m_Line)) Keep(std::move(m_Line));
+    m_Line.clear();
+  }
+
+ private:
+  void Keep(std::string line) {
+    m_Run.lines.push_back(std::move(line));
+    if (m_Run.lines.size() <= FirstLines + LastLines) return;
+    m_Run.lines.erase(m_Run.lines.begin() + FirstLines);
+    ++m_Run.omitted;
+  }
+
+  ChildRun& m_Run;
+  const LineFilter& m_IsWanted;
+  std::string m_Line;
+};
+
+// Reads the child's lines to their end. False if it is to end before.
+bool ReadLines(server::JobQueue& queue, const server::Job& job, const Child& child,
+               LineKeeper& lines) {
+  for (;;) {
+    if (IsStopAsked() || queue.IsCancelAsked(job.id).ValueOr(false)) return false;
+    const std::array handles{child.lines.Get()};
+    if (os::WaitReadable(handles, os::Deadline::After(LookInterval)) == os::WaitTimeout) continue;
+    std::array<char, 4096> bytes;
+    const std::size_t count =
+        os::ReadSome(child.lines.Get(), bytes.data(), bytes.size()).ValueOr(0);
+    if (count == 0) break;
+    lines.Take({bytes.data(), count});
+  }
+  lines.EndLine();
+  return true;
+}
+
+}  // namespace
+
+Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
+                            const std::string& program, const std::vector<std::string>& arguments,
+                            const LineFilter& isWanted) {
+  const auto child = Start(program, arguments);
+  if (!child) return child.Error();
+  ChildRun run;
+  LineKeeper lines(run, isWanted);
+  if (!ReadLines(queue, job, *child, lines)) {
+    static_cast<void>(os::Terminate(child->process.Get()));
+    run.end = queue.IsCancelAsked(job.id).ValueOr(false) ? ChildRun::End::Canceled
+                                                         : ChildRun::End::Stopped;
+    return run;
+  }
+  const std::array handles{child->process.Get()};
+  static_cast<void>(os::WaitReadable(handles, os::Deadline::Never()));
+  const auto state = os::TakeExitState(child->process.Get());
+  if (!state) return state.Error();
+  run.state = *state;
+  return run;
+}
+
+}  // namespace rastrel::cli
