@@ -26,6 +26,7 @@ constexpr double Radians = 3.14159265358979323846 / 180;
 constexpr double FullTurn = 360 * Radians;
 constexpr int DeepestBlock = 32;
 constexpr std::size_t MaximumInsertions = 100'000;
+constexpr std::size_t MaximumBlockText = std::size_t{64} << 20;  // read again for each insertion
 constexpr std::size_t MaximumNotedKinds = 16;
 constexpr std::size_t MaximumKindLength = 32;
 constexpr double SplineTolerance = 1e-5;  // world units
@@ -91,6 +92,7 @@ class ExchangeReader {
   std::map<std::string_view, Block> m_Blocks;
   std::vector<std::size_t> m_Entities;  // places of the sections' first
   std::size_t m_Insertions = 0;
+  std::size_t m_BlockText = 0;
   std::set<std::string> m_LeftOut;
 };
 
@@ -188,8 +190,10 @@ void ExchangeReader::DrawAll(std::size_t place, const Setting& setting) {
   pairs.GoTo(place);
   ExchangeEntity entity;
   bool more = pairs.Next();
-  while (more && m_Sink.Taken()) {
+  while (more && m_Sink.Taken() && m_BlockText <= MaximumBlockText) {
+    const std::size_t begun = pairs.Place();
     more = entity.Read(pairs);
+    if (setting.depth > 0) m_BlockText += std::max(pairs.Place(), begun) - begun;
     if (entity.Kind() == "ENDSEC" || entity.Kind() == "ENDBLK" || entity.Kind() == "EOF") return;
     constexpr int onPaper = 67;
     constexpr int invisible = 60;
@@ -382,6 +386,10 @@ Expected<void> ExchangeReader::Read() {
   if (m_Insertions > MaximumInsertions) {
     return FailureOf("its blocks are drawn more than " + std::to_string(MaximumInsertions) +
                      " times");
+  }
+  if (m_BlockText > MaximumBlockText) {
+    return FailureOf("its blocks are drawn so often that they have more than " +
+                     std::to_string(MaximumBlockText >> 20) + " MiB of text together");
   }
   if (!m_LeftOut.empty()) {
     std::string names;

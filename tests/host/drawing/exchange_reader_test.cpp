@@ -358,6 +358,18 @@ TEST(Dxf, blocks_that_multiply_are_refused) {
   EXPECT_EQ(Read(Drawing(many)).refusal, "it draws nothing");
 }
 
+TEST(Dxf, a_large_block_that_is_drawn_often_is_refused) {
+  std::string remarks;
+  for (int i = 0; i < 200; ++i) remarks += "999\n" + std::string(96, 'x') + "\n";
+  const std::string block = Section("BLOCKS", Block("b", remarks + Line + remarks));
+  const auto drawn = [&](const char* columns) {
+    return Read(Drawing(Pairs({"0 INSERT", "2 b", "70 100", columns, "44 1", "45 1"}), block));
+  };
+  EXPECT_EQ(drawn("71 10").refusal, "") << "1,000 times 40 KB";
+  EXPECT_EQ(drawn("71 40").refusal,
+            "its blocks are drawn so often that they have more than 64 MiB of text together");
+}
+
 // --- Damaged files ---
 
 TEST(Dxf, other_entities_are_noted_once_each) {
