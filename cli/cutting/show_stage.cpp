@@ -7,31 +7,16 @@
 
 #include "cli/cutting/shown_print.h"
 #include "cutting/view/cut_window.h"
-#include "rastrel/platform/os/file.h"
-#include "rastrel/platform/os/path.h"
-#include "rastrel/platform/os/shared_library.h"
-#include "rastrel/platform/standalone/data_root.h"
+#include "rastrel/platform/standalone/window_component.h"
 
 namespace rastrel::cli {
 namespace {
 
 using cutting::ShownSheet;
 
-Expected<cutting::ShowCutWindow*> LoadWindow() {
-  const std::string programs = standalone::FindResources().programs;
-  const std::string component = programs + "/rastrel-window.so";
-  if (programs.empty() || !os::Exists(os::FromNative(component)))
-    return FailureOf("rastrel-window.so is not installed");
-  const auto library = os::SharedLibrary::Open(component.c_str());
-  if (!library) return library.Error();
-  cutting::ShowCutWindow* show = nullptr;
-  if (!library->Bind(show, cutting::ShowCutWindowName))
-    return FailureOf("rastrel-window.so is of another kind");
-  return show;
-}
-
 void Show(const std::vector<ShownSheet>& sheets) {
-  const auto show = LoadWindow();
+  const auto show =
+      standalone::FindInWindowComponent<cutting::ShowCutWindow>(cutting::ShowCutWindowName);
   const char* reason = nullptr;
   if (show && (*show)(cutting::CutWindowVersion, sheets, &reason)) return;
   const std::string why = !show               ? Describe(show.Error())
