@@ -6,10 +6,8 @@ usage: cut_show_test.py COMMAND BUILD_TREE
 
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
-import time
 
 import display
 
@@ -41,26 +39,11 @@ class CutShow(display.DisplayTest):
         self.make_environment(self.place / "home", TREE, self.place / "runtime", leaks=False)
 
     def start(self, *words, **extra):
-        process = subprocess.Popen([COMMAND, "cut", "sign.eps", "--rules", "rules.toml", "--show", *words],
-                                   cwd=self.place, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                   text=True, env=dict(self.environment, **extra))
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.stderr.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        return process
-
-    def wait_until(self, what, condition):
-        for _ in range(600):
-            found = condition()
-            if found:
-                return found
-            time.sleep(0.05)
-        return self.fail(f"{what} never came")
+        return self.started([COMMAND, "cut", "sign.eps", "--rules", "rules.toml", "--show", *words],
+                            self.place, **extra)
 
     def window(self):
-        return self.wait_until("the window", lambda: self.xdotool(
-            "search", "--onlyvisible", "--name", "sign.eps - print and knife", check=False)).split()[0]
+        return self.window_named("sign.eps - print and knife")
 
     def test_print_and_path_are_seen_and_the_result_comes_when_the_window_is_closed(self):
         process = self.start("-o", "sign.json")

@@ -8,6 +8,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -86,6 +87,30 @@ class DisplayTest(unittest.TestCase):
     def xdotool(self, *words, check=True):
         return subprocess.run(["xdotool", *words], env=self.environment, text=True, check=check,
                               capture_output=True).stdout.strip()
+
+    def started(self, command, place, **extra):
+        """A program with its output and errors as pipes, which has ended when the test has."""
+        process = subprocess.Popen(command, cwd=place, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   text=True, env=dict(self.environment, **extra))
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def wait_until(self, what, condition):
+        """The condition's first result that is true."""
+        for _ in range(600):
+            found = condition()
+            if found:
+                return found
+            time.sleep(0.05)
+        return self.fail(f"{what} never came")
+
+    def window_named(self, title):
+        """The number of the window, once it is seen."""
+        return self.wait_until("the window", lambda: self.xdotool(
+            "search", "--onlyvisible", "--name", title, check=False)).split()[0]
 
     def press(self, *keys):
         # As from a keyboard: a key that goes to a window by name stays down when the window goes first.

@@ -8,7 +8,6 @@ import os
 import pathlib
 import shutil
 import signal
-import subprocess
 import sys
 import tempfile
 import time
@@ -35,14 +34,8 @@ class QueueWindow(display.DisplayTest):
 
     def start(self, content, **extra):
         (self.place / "sign.ps").write_text(content, encoding="ascii")
-        process = subprocess.Popen([COMMAND, "queue", "--window", "--output", "output", "sign.ps"],
-                                   cwd=self.place, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                   text=True, env=dict(self.environment, **extra))
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.stderr.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        return process
+        return self.started([COMMAND, "queue", "--window", "--output", "output", "sign.ps"],
+                            self.place, **extra)
 
     def processes(self, process):
         """Name by number of all that the command has started, and that these have."""
@@ -60,17 +53,8 @@ class QueueWindow(display.DisplayTest):
             parents += of_one
         return found
 
-    def wait_until(self, what, condition):
-        for _ in range(300):
-            found = condition()
-            if found:
-                return found
-            time.sleep(0.05)
-        return self.fail(f"{what} never came")
-
     def window(self):
-        return self.wait_until("the window", lambda: self.xdotool(
-            "search", "--onlyvisible", "--name", "Processing", check=False)).split()[0]
+        return self.window_named("Processing")
 
     def wait_for_interpreter(self, process):
         """All that works then."""
