@@ -1,6 +1,7 @@
 #pragma once
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@ class RunningServer {
  public:
   RunningServer() : m_Id(::fork()) {
     if (m_Id == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // also where the bench is killed
       ::execl(RASTREL_BINARY_DIR "/libexec/rastrel/rastrel-server", "rastrel", "serve", nullptr);
       ::_exit(1);
     }
