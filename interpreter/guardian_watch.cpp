@@ -68,27 +68,29 @@ class Watch {
  public:
   explicit Watch(int descriptor) : m_Descriptor(descriptor) {}
 
-  void Run() {
-    Receive();
+  // False if something was to be guarded that there was no memory for.
+  bool Run() {
+    const bool keptAll = Receive();
     for (char* at = m_Groups.Begin(); at != m_Groups.End(); at += sizeof(Group)) EndGroup(At(at));
     for (char* at = m_Paths.Begin(); at != m_Paths.End(); at += std::strlen(at) + 1) {
       RemoveGuarded(at);
     }
+    return keptAll;
   }
 
  private:
   // Returns when the last copy of the other end is closed. Messages sent before that are all seen.
-  // Ends as well if there is no memory for one: its sender learns that at the next message, and
-  // clears away by itself.
-  void Receive() {
+  // False, and at once, if there is no memory for one: its sender learns that at the next message,
+  // and clears away by itself.
+  bool Receive() {
     static char message[MessageLimit + 1];
     while (true) {
       const ssize_t count = recv(m_Descriptor, message, MessageLimit, 0);
       if (count < 0 && errno == EINTR) continue;
-      if (count <= 0) return;
+      if (count <= 0) return count == 0;
       const auto size = static_cast<std::size_t>(count) - 1;
       message[count] = '\0';
-      if (!Obey(static_cast<GuardianOrder>(message[0]), message + 1, size)) return;
+      if (!Obey(static_cast<GuardianOrder>(message[0]), message + 1, size)) return false;
     }
   }
 
@@ -100,7 +102,9 @@ class Watch {
       case GuardianOrder::GuardGroup: {
         const pid_t leader = LeaderIn(text);
         const Group group{leader, static_cast<int>(syscall(SYS_pidfd_open, leader, 0))};
-        return m_Groups.Append(&group, sizeof group);
+        const bool kept = m_Groups.Append(&group, sizeof group);
+        if (!kept) EndGroup(group);
+        return kept;
       }
       case GuardianOrder::ReleaseGroup: ReleaseGroup(LeaderIn(text)); return true;
     }
@@ -217,8 +221,8 @@ void RunGuardian(int socket, HeldStreams held) noexcept {
   socket = fcntl(socket, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);  // none of the streams may be it
   KeepOnly(socket, held);
   if (chdir("/") != 0) errno = 0;  // only so as not to hold a directory
-  Watch(socket).Run();
-  _exit(0);
+  // The starter takes this status for its word that nothing is left to be removed.
+  _exit(Watch(socket).Run() ? 0 : 1);
 }
 
 }  // namespace rastrel::interpreter

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -46,6 +47,18 @@ Guardian StartGuardian() {
   auto guardian = Guardian::Start(HeldStreams::Error);
   if (!guardian) _exit(9);
   return std::move(*guardian);
+}
+
+// One that gets no memory from the system. This process has its usual limit again
+// afterwards.
+Guardian StartGuardianWithoutMemory() {
+  rlimit usual{};
+  getrlimit(RLIMIT_AS, &usual);
+  const rlimit none{0, usual.rlim_max};
+  setrlimit(RLIMIT_AS, &none);
+  Guardian guardian = StartGuardian();
+  setrlimit(RLIMIT_AS, &usual);
+  return guardian;
 }
 
 TEST(Guardian, removes_files_that_a_killed_process_was_making) {
@@ -111,6 +124,30 @@ TEST(Guardian, removes_a_link_and_not_its_target) {
   }
   EXPECT_FALSE(directory.Has("one"));
   EXPECT_EQ(directory.Read("kept/file"), "x");
+}
+
+TEST(Guardian, without_memory_for_a_path_leaves_its_removal_to_the_starter) {
+  const test::ScratchDirectory directory;
+  RunApart([&] {
+    Guardian guardian = StartGuardianWithoutMemory();
+    if (!guardian.Guard(directory.Path("half"))) _exit(9);
+    directory.Write("half/deep/file", "x");
+    directory.Write("other", "y");
+  });
+  EXPECT_FALSE(directory.Has("half"));
+  EXPECT_EQ(directory.Read("other"), "y");
+}
+
+TEST(Guardian, without_memory_for_a_group_ends_it) {
+  Guardian guardian = StartGuardianWithoutMemory();
+  const pid_t leader = fork();
+  if (leader == 0) {
+    setpgid(0, 0);
+    while (true) pause();
+  }
+  setpgid(leader, leader);
+  EXPECT_TRUE(guardian.GuardGroup(leader));
+  EXPECT_TRUE(test::WaitUntil([&] { return waitpid(leader, nullptr, WNOHANG) == leader; }));
 }
 
 TEST(Guardian, refuses_paths_that_depend_on_a_directory) {
