@@ -53,11 +53,12 @@ std::uint64_t RightsFor(WallAccess access) {
   return 0;
 }
 
-// False if there is no memory for it. A place that no rule can name, such as a pipe, needs none,
-// and one that the kernel refuses to name stays closed.
+// False if there is no memory for it, or the place can't be looked at: an interpreter that it was
+// closed to would take it for one that is not there. A place that no rule can name, such as a pipe,
+// needs none, and one that the kernel refuses to name stays closed.
 bool AddRule(int rules, int place, std::uint64_t rights) {
   struct stat state {};
-  if (fstat(place, &state) != 0) return true;
+  if (fstat(place, &state) != 0) return false;
   if (!S_ISDIR(state.st_mode)) rights &= RightsOnFiles;
   const landlock_path_beneath_attr rule{rights, place};
   return syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0 ||
