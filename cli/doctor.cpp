@@ -313,7 +313,7 @@ void CheckProlog(Checks& checks) {
 }
 
 void CheckModes(Checks& checks) {
-  const auto modes = ListModes();
+  const auto [modes, read] = ListModes();
   HealthCheck check{
       "print modes", State::Good, std::to_string(modes.size()) + " found", ModesDirectory(), {}};
   const bool hasDefault = std::ranges::any_of(
@@ -322,6 +322,11 @@ void CheckModes(Checks& checks) {
     check.state = modes.empty() ? State::Bad : State::Warning;
     check.text += ", but not '" + std::string(DefaultMode) + "', which is used where none is named";
     check.mend = "install Rastrel anew";
+  }
+  if (!read) {
+    check.state = State::Bad;
+    check.text += ", and not all can be read: " + Describe(read.Error());
+    check.mend = "see to it that the directory can be read";
   }
   checks.push_back(check);
 }

@@ -59,8 +59,7 @@ std::string PrefixOf(const Invocation& invocation) {
         ExitStatus::WrongUse,
         "--mode is of the picture that --print makes or --show shows, and has its own "
         "resolution");
-  const PrintMode mode =
-      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, "")));
+  const PrintMode mode = ModeOrEnd(invocation.ValueOr(OptionId::Mode, ""));
   return Begin + ("(%Lumiscript%pmodes/" + mode.folder + "/" + mode.name) + ") SelectPrintMode" +
          End;
 }

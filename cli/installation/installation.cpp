@@ -39,7 +39,8 @@ Expected<void> CheckLayout() {
 Expected<void> MakeSureOfDataRoot() {
   if (auto laidOut = LayOutQuietly(); !laidOut) return laidOut;
   if (const auto laidOut = standalone::DataRootState(); !laidOut) {
-    const bool isIncomplete = !os::Exists(os::FromNative(DevicesFile())) || ListModes().empty();
+    const bool isIncomplete =
+        !os::Exists(os::FromNative(DevicesFile())) || ListModes().modes.empty();
     if (LacksSpace(laidOut.Error()) || isIncomplete) return CheckLayout();
   }
   if (const auto files = job::CheckPrintFiles(); !files) return Unusable(Describe(files.Error()));

@@ -29,8 +29,8 @@ ExitStatus ListPrintersCommand(const Invocation& invocation) {
 
 ExitStatus ListModesCommand(const Invocation& invocation) {
   OrEnd(ExitStatus::NotInstalled, LayOutQuietly());
-  const std::vector<PrintMode> modes = ListModes();
-  if (modes.empty()) OrEnd(ExitStatus::NotInstalled, CheckLayout());
+  const auto [modes, read] = ListModes();
+  if (modes.empty() && read) OrEnd(ExitStatus::NotInstalled, CheckLayout());
   for (const PrintMode& mode : modes) {
     const std::string name = mode.folder + "/" + mode.name;
     const bool isDefault = name == DefaultMode;
@@ -43,6 +43,7 @@ ExitStatus ListModesCommand(const Invocation& invocation) {
       WriteOutRow({name, description + (isDefault ? " (default)" : "")});
     }
   }
+  OrEnd(ExitStatus::NotInstalled, read);
   return ExitStatus::Done;
 }
 

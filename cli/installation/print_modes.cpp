@@ -1,10 +1,12 @@
 #include "cli/installation/print_modes.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <tuple>
 #include <utility>
 
+#include "cli/console/exit_status.h"
 #include "cli/installation/installation.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
@@ -38,10 +40,17 @@ void ReadComments(const std::string& path, PrintMode& mode) {
   mode.description = CommentIn(head, "%%Description:");
 }
 
-std::vector<std::string> NamesIn(const std::string& directory) {
+// None where there is no directory of that name. One that can't be read is a failure, since a mode
+// in it would otherwise be taken for a wrong name.
+Expected<std::vector<std::string>> NamesIn(const std::string& directory) {
   std::vector<std::string> names;
-  if (const auto entries = os::ListDirectory(os::FromNative(directory)))
-    for (const std::wstring& entry : *entries) names.push_back(os::Utf8FromWide(entry));
+  const auto entries = os::ListDirectory(os::FromNative(directory));
+  if (!entries) {
+    const int error = entries.Error().error;
+    if (error == ENOENT || error == ENOTDIR) return names;
+    return entries.Error();
+  }
+  for (const std::wstring& entry : *entries) names.push_back(os::Utf8FromWide(entry));
   return names;
 }
 
@@ -51,27 +60,8 @@ std::string Lower(const std::string& text) {
 
 std::string FullName(const PrintMode& mode) { return mode.folder + "/" + mode.name; }
 
-}  // namespace
-
-std::vector<PrintMode> ListModes() {
-  std::vector<PrintMode> modes;
-  const std::string root = ModesDirectory();
-  for (const std::string& folder : NamesIn(root)) {
-    for (const std::string& name : NamesIn(root + "/" + folder)) {
-      const std::string path = root + "/" + folder + "/" + name;
-      if (name.starts_with('.') || os::IsDirectory(os::FromNative(path))) continue;
-      PrintMode mode{.folder = folder, .name = name, .title = {}, .description = {}};
-      ReadComments(path, mode);
-      modes.push_back(std::move(mode));
-    }
-  }
-  std::ranges::sort(modes, {},
-                    [](const PrintMode& mode) { return std::tie(mode.folder, mode.name); });
-  return modes;
-}
-
 Expected<PrintMode> FindMode(const std::string& text) {
-  const std::vector<PrintMode> modes = ListModes();
+  const auto [modes, read] = ListModes();
   const std::string lower = Lower(text);
   const auto isExactly = [&](const PrintMode& mode) { return FullName(mode) == text; };
   const auto isSpelledOtherwise = [&](const PrintMode& mode) {
@@ -81,11 +71,43 @@ Expected<PrintMode> FindMode(const std::string& text) {
   auto found = std::ranges::find_if(modes, isExactly);
   if (found == modes.end()) found = std::ranges::find_if(modes, isSpelledOtherwise);
   if (found != modes.end()) return *found;
+  if (!read) return read.Error();
   std::string known;
   for (const PrintMode& mode : modes) known += (known.empty() ? "'" : ", '") + FullName(mode) + "'";
   const std::string why = text.find('/') == text.npos ? " (a mode is given as FOLDER/NAME)" : "";
   return FailureOf("there is no print mode '" + text + "'" + why + "; there are " +
-                   (known.empty() ? "none" : known));
+                       (known.empty() ? "none" : known),
+                   FailureCode::BadInput);
+}
+
+}  // namespace
+
+ModeList ListModes() {
+  ModeList list;
+  const std::string root = ModesDirectory();
+  const auto namesIn = [&list](const std::string& directory) {
+    auto names = NamesIn(directory);
+    if (!names && list.read) list.read = names.Error();
+    return std::move(names).ValueOr({});
+  };
+  for (const std::string& folder : namesIn(root)) {
+    for (const std::string& name : namesIn(root + "/" + folder)) {
+      const std::string path = root + "/" + folder + "/" + name;
+      if (name.starts_with('.') || os::IsDirectory(os::FromNative(path))) continue;
+      PrintMode mode{.folder = folder, .name = name, .title = {}, .description = {}};
+      ReadComments(path, mode);
+      list.modes.push_back(std::move(mode));
+    }
+  }
+  std::ranges::sort(list.modes, {},
+                    [](const PrintMode& mode) { return std::tie(mode.folder, mode.name); });
+  return list;
+}
+
+PrintMode ModeOrEnd(const std::string& text) {
+  Expected<PrintMode> mode = FindMode(text);
+  const bool isWrongName = !mode && mode.Error().code == FailureCode::BadInput;
+  return OrEnd(isWrongName ? ExitStatus::WrongUse : ExitStatus::NotInstalled, std::move(mode));
 }
 
 }  // namespace rastrel::cli

@@ -18,11 +18,18 @@ struct PrintMode {
   std::string description;  ///< its "%%Description:", may be empty
 };
 
-/// All of them, by folder and name.
-[[nodiscard]] std::vector<PrintMode> ListModes();
+struct ModeList {
+  std::vector<PrintMode> modes;  ///< by folder and name
+  /// Fails if the modes directory or a folder of it can't be read, with the first one that can't.
+  /// One that is not there has no modes.
+  Expected<void> read;
+};
+
+[[nodiscard]] ModeList ListModes();
 
 /// The mode that "FOLDER/NAME" names; the extension may be left out, and case does not count where
-/// no mode is spelled so. Fails, with the modes that there are, if there is none such.
-[[nodiscard]] Expected<PrintMode> FindMode(const std::string& text);
+/// no mode is spelled so. Ends the command if there is none: with WrongUse and the modes that there
+/// are, or with NotInstalled where some can't be read.
+[[nodiscard]] PrintMode ModeOrEnd(const std::string& text);
 
 }  // namespace rastrel::cli

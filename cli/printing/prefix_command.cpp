@@ -52,8 +52,7 @@ void Select(CJobData& settings, const Invocation& invocation) {
   if (invocation.Has(OptionId::Printer))
     OrEnd(ExitStatus::WrongUse,
           CheckPrinter(OrEnd(ExitStatus::NotInstalled, ReadPrinters()), printer));
-  const PrintMode mode =
-      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
+  const PrintMode mode = ModeOrEnd(invocation.ValueOr(OptionId::Mode, DefaultMode));
   settings.PrinterName = os::WideFromUtf8(printer);
   settings.PrintModeFolder = os::WideFromUtf8(mode.folder);
   settings.PrintModeName = os::WideFromUtf8(mode.name);

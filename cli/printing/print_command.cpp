@@ -66,8 +66,7 @@ PrintRequest CheckRequest(const Invocation& invocation) {
   if (invocation.Has(OptionId::Printer))
     OrEnd(ExitStatus::WrongUse,
           CheckPrinter(OrEnd(ExitStatus::NotInstalled, ReadPrinters()), request.printer));
-  request.mode =
-      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
+  request.mode = ModeOrEnd(invocation.ValueOr(OptionId::Mode, DefaultMode));
   return request;
 }
 

@@ -69,8 +69,7 @@ void Fill(CJobTicket& ticket, const server::Job& job, const Invocation& invocati
   ticket.m_JobName = os::WideFromUtf8(job.title);
   ticket.SetJobFile(os::FromNative(copy));
   OrEnd(ExitStatus::WrongUse, ApplySettings(ticket.m_JobData, invocation, TicketKind::Print));
-  const PrintMode mode =
-      OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, DefaultMode)));
+  const PrintMode mode = ModeOrEnd(invocation.ValueOr(OptionId::Mode, DefaultMode));
   CJobData& settings = ticket.m_JobData;
   settings.PrinterName = os::WideFromUtf8(job.device);
   settings.PrintModeFolder = os::WideFromUtf8(mode.folder);

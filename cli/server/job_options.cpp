@@ -56,8 +56,7 @@ void CheckPrintOptions(const Invocation& invocation) {
     static_cast<void>(
         OrEnd(ExitStatus::WrongUse, ParsePages(invocation.ValueOr(OptionId::Pages, ""))));
   if (invocation.Has(OptionId::Mode))
-    static_cast<void>(
-        OrEnd(ExitStatus::WrongUse, FindMode(invocation.ValueOr(OptionId::Mode, ""))));
+    static_cast<void>(ModeOrEnd(invocation.ValueOr(OptionId::Mode, "")));
 }
 
 }  // namespace rastrel::cli

@@ -43,7 +43,7 @@ Expected<std::vector<int>> PagesOf(const std::string& text) {
 
 std::vector<std::string> Modes() {
   std::vector<std::string> names;
-  for (const PrintMode& mode : ListModes()) names.push_back(mode.folder + "/" + mode.name);
+  for (const PrintMode& mode : ListModes().modes) names.push_back(mode.folder + "/" + mode.name);
   return names;
 }
 
