@@ -14,7 +14,11 @@ INJECTOR_REFUSED = 77  # the exit status of a test that is skipped
 # A failing call of these keeps files from being removed; that they stay is no fault.
 CLEARING_CALLS = ("unlink", "unlinkat", "rmdir", "getdents64")
 # These directories are opened by the command for that only.
-CLEARED_DIRECTORY = re.compile(r"^SLOT/home/(jobs/N|Queue/rip/System/c-out/RUN)/?( \(flags\))?$")
+CLEARED_DIRECTORY = re.compile(r"^SLOT/(home/jobs/N|home/Queue/rip/System/c-out/RUN"
+                               r"|out//?\.rastrel-[^/]*\.tmp)/?( \(flags\))?$")
+
+# What a run says of pages that it could not keep, and the job's name.
+ASKS_FOR_REPAIR = re.compile(r"`rastrel spool repair ([\w.-]+)` finishes or removes")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -149,11 +153,28 @@ class Subject:
         else:
             found += self.expected.after_error(now)
         cleared_wrongly = call.name in CLEARING_CALLS or CLEARED_DIRECTORY.search(call.detail)
+        if any(finding.startswith("left over") for finding in found):
+            found = self.after_repair(slot, error, found)
         if report.limit or cleared_wrongly:  # a killed process could not clear up
             found = [finding for finding in found if not finding.startswith("left over")]
         if found or not succeeded:
             found += self.second_run(slot)
         return Outcome(report.failed, succeeded, list(dict.fromkeys(found)), error)
+
+    def after_repair(self, slot, error, found):
+        """What is left to be found once the user has done what the run's message asks for: pages
+        that could not be kept are not cleared away, since they may be all that there is of a job,
+        but the spool's own command has to make them whole or remove them."""
+        told = ASKS_FOR_REPAIR.search(error)
+        if not told:
+            return found
+        repair = [str(self.product.command), "spool", "repair", told[1]]
+        status, _, _ = scenes.run(repair, slot)
+        if status != 0:
+            status, _, error = scenes.run([*repair, "--remove"], slot)
+        if status != 0:
+            return [*found, f"no repair: {error.strip()}"]
+        return list(self.expected.after_error(Tree.read(slot)))
 
     def second_run(self, slot):
         """An undisturbed run in the slot that a disturbed one left."""
