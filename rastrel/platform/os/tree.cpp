@@ -33,8 +33,11 @@ std::size_t FirstElement(std::wstring_view path) {
 }
 
 // Somebody else may make the same directory between the two questions.
-bool IsThereOrMade(std::wstring_view path, Access access) {
-  return path.empty() || Exists(path) || MakeDirectory(path, access) || IsDirectory(path);
+Expected<void> MakeElement(std::wstring_view path, Access access) {
+  if (path.empty() || Exists(path)) return {};
+  auto made = MakeDirectory(path, access);
+  if (!made && IsDirectory(path)) return {};
+  return made;
 }
 
 std::uint64_t SizeOf(int parent, const char* name, bool followLink, unsigned depth) {
@@ -81,7 +84,7 @@ Expected<void> MakePath(std::wstring_view path, Access access) {
   while (begin < path.size()) {
     const std::size_t end = std::min(path.find_first_of(L"/\\", begin), path.size());
     const std::wstring_view element = path.substr(0, end);
-    if (!IsThereOrMade(element, access)) return Failure{"mkdir", ToNative(element), errno};
+    if (auto made = MakeElement(element, access); !made) return made;
     begin = end + 1;
   }
   return {};

@@ -440,6 +440,16 @@ TEST(MakePath, a_file_in_the_way_fails_and_the_directories_before_it_stay) {
   EXPECT_FALSE(os::MakePath(L"/proc/none/x"));
 }
 
+TEST(MakePath, fails_with_the_reason_for_which_the_directory_could_not_be_made) {
+  const ScratchDirectory scratch;
+  scratch.Write("file", "x");
+  EXPECT_EQ(os::MakePath(scratch.Wide("file/sub")).Error().error, ENOTDIR);
+  const std::wstring tooLong(300, L'n');
+  EXPECT_EQ(os::MakePath(scratch.Wide() + L"/" + tooLong).Error().error, ENAMETOOLONG);
+  // The system takes no directory there, whoever asks.
+  EXPECT_NE(os::MakePath(L"/sys/rastrel").Error().error, ENOENT);
+}
+
 TEST(MakePath, a_relative_path_starts_in_the_present_directory) {
   const ScratchDirectory scratch;
   const fs::path old = fs::current_path();
