@@ -83,4 +83,11 @@ inline void OrEndByCode(ExitStatus otherwise, const Expected<void>& result) {
   OrEnd(badInput ? ExitStatus::BadInput : otherwise, result);
 }
 
+/// The same for a name that the user gave: a failure of the name itself (BadInput) is wrong use,
+/// and any other the machine's.
+inline void OrEndAsNamed(const Expected<void>& result) {
+  const bool isOfName = !result && result.Error().code == FailureCode::BadInput;
+  OrEnd(isOfName ? ExitStatus::WrongUse : ExitStatus::JobFailed, result);
+}
+
 }  // namespace rastrel::cli

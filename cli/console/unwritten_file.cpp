@@ -1,5 +1,7 @@
 #include "cli/console/unwritten_file.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "cli/console/options.h"
@@ -8,6 +10,11 @@ namespace rastrel::cli {
 
 os::Existing UnnamedExisting(const Invocation& invocation) {
   return invocation.Has(OptionId::Force) ? os::Existing::Replaced : os::Existing::Refused;
+}
+
+bool IsMachineTrouble(int error) {
+  constexpr std::array Troubles{EIO, ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM};
+  return std::ranges::find(Troubles, error) != Troubles.end();
 }
 
 std::string WhyUnwritten(const Failure& failure) {

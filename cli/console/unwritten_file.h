@@ -15,6 +15,9 @@ struct Invocation;
 /// replaced with --force only.
 [[nodiscard]] os::Existing UnnamedExisting(const Invocation& invocation);
 
+/// Whether the machine fails, a full disk say, and not the name of a file.
+[[nodiscard]] bool IsMachineTrouble(int error);
+
 /// Why a file can't be made, from a failure of OutputFile or CheckPlace, without the file's name.
 [[nodiscard]] std::string WhyUnwritten(const Failure& failure);
 

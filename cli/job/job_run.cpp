@@ -8,6 +8,7 @@
 #include "cli/console/json_line.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/stop_signals.h"
+#include "cli/console/unwritten_file.h"
 #include "cli/job/failure_report.h"
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/native_file.h"
@@ -141,9 +142,13 @@ Expected<void> SetUpOutput(const std::string& directory, const std::string& prin
   if (!output.empty() && output.front() != '/') output = os::CurrentDirectory() + "/" + output;
   if (!directory.empty()) {
     const std::wstring wide = os::FromNative(output);
-    if (!os::MakePath(wide) || !os::IsDirectory(wide))
-      return FailureOf("the files can't be put into '" + output +
-                       "': no such directory, and it can't be made");
+    auto there = os::MakePath(wide);
+    if (there) there = os::CheckDirectory(wide);
+    const std::string fault = "the files can't be put into '" + output + "': ";
+    if (!there && IsMachineTrouble(there.Error().error))
+      return FailureOf(fault + DescribeError(there.Error().error));
+    if (!there)
+      return FailureOf(fault + "no such directory, and it can't be made", FailureCode::BadInput);
   }
   if (!output.empty()) static_cast<void>(os::SetEnvironmentValue(OutputVariable, output.c_str()));
   if (!printer.empty())

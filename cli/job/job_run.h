@@ -68,7 +68,8 @@ template <typename Ticket>
 void SetUpAccess(unsigned access);
 
 /// Makes the environment of the output engine: where files go, and the printer. Empty texts leave
-/// it as it is. Fails with a message for the user if the directory can't be made.
+/// it as it is. Fails with a message for the user if the directory can't be made: with BadInput,
+/// unless the machine fails.
 [[nodiscard]] Expected<void> SetUpOutput(const std::string& directory, const std::string& printer);
 
 }  // namespace rastrel::cli

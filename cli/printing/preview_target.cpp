@@ -8,6 +8,7 @@
 #include "cli/console/unwritten_file.h"
 #include "cli/input/input_file.h"
 #include "cli/input/standard_input.h"
+#include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/path.h"
 #include "rastrel/platform/os/tree.h"
 
@@ -72,11 +73,13 @@ void CheckPreviewTarget(const Invocation& invocation, const PreviewTarget& targe
   const std::string output = ValueOf(invocation);
   const bool made = !output.ends_with('/') || os::MakePath(os::FromNative(output));
   const fs::path folder = fs::path(target.path).parent_path();
-  std::error_code error;
-  if (!folder.empty() && !fs::is_directory(folder, error))
-    throw CommandError(ExitStatus::WrongUse, "the preview can't be put into '" + folder.string() +
-                                                 "': no such directory" +
-                                                 (made ? "" : ", and it can't be made"));
+  const auto there = os::CheckDirectory(os::FromNative(folder.empty() ? "." : folder.string()));
+  const std::string fault = "the preview can't be put into '" + folder.string() + "': ";
+  if (!there && IsMachineTrouble(there.Error().error))
+    throw CommandError(ExitStatus::JobFailed, fault + DescribeError(there.Error().error));
+  if (!there)
+    throw CommandError(ExitStatus::WrongUse,
+                       fault + "no such directory" + (made ? "" : ", and it can't be made"));
   if (const auto place = os::CheckPlace(target.path, target.existing); !place)
     ThrowUnwrittenPreview(place.Error());
 }

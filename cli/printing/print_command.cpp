@@ -173,9 +173,9 @@ ExitStatus PrintCommand(const Invocation& invocation) {
   const PrintRequest request = CheckRequest(invocation);
   // The pages' own description names the printer; a variable that is set would count for more.
   const std::optional<JobDirectory> result = PlaceOfResult(invocation);
-  OrEnd(ExitStatus::WrongUse,
-        SetUpOutput(result ? result->Path() + "/output" : invocation.ValueOr(OptionId::Output, ""),
-                    request.printer));
+  OrEndAsNamed(
+      SetUpOutput(result ? result->Path() + "/output" : invocation.ValueOr(OptionId::Output, ""),
+                  request.printer));
   std::optional<KeepFilesHost> keeping;
   if (invocation.Has(OptionId::KeepPs)) keeping.emplace();
 

@@ -103,7 +103,7 @@ ExitStatus ReprintCommand(const Invocation& invocation) {
   if (invocation.Has(OptionId::Pages)) ticket.m_Pages = pages;
   if (invocation.Has(OptionId::Copies)) ticket.m_Copies = copies;
   CheckSelection(ticket);
-  OrEnd(ExitStatus::WrongUse, SetUpOutput(invocation.ValueOr(OptionId::Output, ""), printer));
+  OrEndAsNamed(SetUpOutput(invocation.ValueOr(OptionId::Output, ""), printer));
   const auto count = static_cast<int>(ticket.m_CFMFile.Entries.size());
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, *stop);

@@ -112,6 +112,14 @@ bool IsDirectory(std::wstring_view path) {
   return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISDIR(state.st_mode);
 }
 
+Expected<void> CheckDirectory(std::wstring_view path) {
+  const std::string native = ToNative(path);
+  struct stat state {};
+  if (::stat(native.c_str(), &state) != 0) return Failure{"stat", native, errno};
+  if (!S_ISDIR(state.st_mode)) return Failure{"stat", native, ENOTDIR};
+  return {};
+}
+
 bool IsRegularFile(std::wstring_view path) {
   struct stat state {};
   return ::stat(ToNative(path).c_str(), &state) == 0 && S_ISREG(state.st_mode);

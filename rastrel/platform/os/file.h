@@ -15,6 +15,8 @@ namespace rastrel::os {
 [[nodiscard]] bool Exists(std::wstring_view path);
 /// True if it exists and is a directory.
 [[nodiscard]] bool IsDirectory(std::wstring_view path);
+/// The same with the reason: ENOENT, ENOTDIR, or why it can't be looked at.
+[[nodiscard]] Expected<void> CheckDirectory(std::wstring_view path);
 /// True if it exists and is a regular file.
 [[nodiscard]] bool IsRegularFile(std::wstring_view path);
 /// True if the name itself is a link, wherever it leads. A closing separator changes nothing.

@@ -78,6 +78,16 @@ TEST(IsDirectory, follows_links) {
   EXPECT_FALSE(os::IsDirectory(scratch.Wide("none")));
 }
 
+TEST(CheckDirectory, says_why_a_path_leads_to_none) {
+  const ScratchDirectory scratch;
+  scratch.Write("file", "x");
+  ASSERT_EQ(::symlink("loop", scratch.Path("loop").c_str()), 0);
+  EXPECT_TRUE(os::CheckDirectory(scratch.Wide()));
+  EXPECT_EQ(os::CheckDirectory(scratch.Wide("none")).Error().error, ENOENT);
+  EXPECT_EQ(os::CheckDirectory(scratch.Wide("file")).Error().error, ENOTDIR);
+  EXPECT_EQ(os::CheckDirectory(scratch.Wide("loop")).Error().error, ELOOP);
+}
+
 TEST(IsReadable, agrees_with_the_kernel) {
   const ScratchDirectory scratch;
   scratch.Write("file", "x");
