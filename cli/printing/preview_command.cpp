@@ -17,6 +17,7 @@
 #include "cli/installation/installation.h"
 #include "cli/installation/job_directory.h"
 #include "cli/installation/printers.h"
+#include "cli/installation/sweep.h"
 #include "cli/job/job_run.h"
 #include "cli/job/keep_files_host.h"
 #include "cli/printing/job_settings.h"
@@ -49,6 +50,10 @@ std::string PrinterFor(devices::FileFormat format) {
 void Deliver(PreviewFiles& files, os::Existing first, os::Existing others, JobRecord& record,
              JobView& view) {
   if (!files.Fault().empty()) throw CommandError(ExitStatus::JobFailed, files.Fault());
+  // An engine whose reports could not be read counts as a good one, and a device may put all pages
+  // into one file.
+  if (files.Names().empty() && record.PagesMade() > 0)
+    throw CommandError(ExitStatus::JobFailed, "the output engine told of no file");
   if (const auto delivered = files.Deliver(first, others); !delivered)
     ThrowUnwrittenPreview(delivered.Error());
   for (const std::string& name : files.Names()) {
@@ -128,7 +133,7 @@ ExitStatus PreviewOne(const Invocation& invocation) {
     view.Say("note", "planes have the RIP's own resolution; --dpi has no effect on them");
 
   const JobDirectory directory = OrEnd(ExitStatus::NotInstalled, JobDirectory::Create(keep));
-  OrEnd(ExitStatus::WrongUse, SetUpOutput(directory.Path() + "/output", printer));
+  OrEnd(ExitStatus::JobFailed, SetUpOutput(directory.Path() + "/output", printer));
   SetUpAccess(input.access);
   ticket.m_JobName = os::WideFromUtf8(input.safeName);
   const std::string copy = OrEndByCode(
@@ -143,6 +148,7 @@ ExitStatus PreviewOne(const Invocation& invocation) {
   ticket.SetFilter([&files](JobEvent& event) { return !files.Hold(event); });
   JobRecord record;
   const JobEnd end = RunJob(ticket, record, view, *stop);
+  RemoveOwnPages();
   if (keep) view.Say("kept", "the working copy and its prefix are kept in", directory.Path());
   if (end == JobEnd::Done)
     Deliver(files, target.existing, UnnamedExisting(invocation), record, view);

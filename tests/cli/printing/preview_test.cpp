@@ -144,6 +144,17 @@ TEST_F(PreviewTest, a_run_that_fails_leaves_the_old_files) {
   EXPECT_EQ(m_Command.Place().Read("out.tif"), "old");
 }
 
+TEST_F(PreviewTest, of_an_engine_that_tells_of_no_file_fails_and_leaves_the_old_one) {
+  m_Command.Place().Write("out.tif", "old");
+  m_Command.WriteOdalis("cat >/dev/null\necho 1 >\"$RASTREL_OUTPUT/job-1.tif\"\n");
+  const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.error.find("the output engine told of no file"), std::string::npos)
+      << result.error;
+  EXPECT_EQ(m_Command.Place().Read("out.tif"), "old");
+  EXPECT_EQ(m_Command.NamesIn("jobs"), Names());
+}
+
 TEST_F(PreviewTest, its_files_are_outputs_with_their_names_in_json) {
   const CommandResult result = m_Command.Run({"preview", "job.ps", "-o", "out.tif", "--json"});
   EXPECT_EQ(result.status, 0) << result.error;
