@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <set>
+#include <string_view>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -39,6 +42,21 @@ std::set<std::string> EntryNames() {
       if (name.ends_with(Extension) && name.size() > Extension.size() && !name.starts_with('.'))
         names.insert(name.substr(0, name.size() - Extension.size()));
   return names;
+}
+
+// Whether EntryNames has the name. Of a plain one only its directories are looked at, since a
+// server asks for one job after another of thousands. Others are compared: the library takes a
+// backslash for a separator, and decodes letters.
+bool IsEntryName(const std::string& name) {
+  if (name.empty() || name.starts_with('.')) return false;
+  const auto isPlain = [](char c) { return c > ' ' && c <= '~' && c != '/' && c != '\\'; };
+  if (!std::ranges::all_of(name, isPlain)) return EntryNames().contains(name);
+  // A native path, since paths of the library find names that differ in case.
+  const auto isIn = [&name](const std::string& place) {
+    std::error_code error;
+    return std::filesystem::is_directory(place + "/" + name + std::string(Extension), error);
+  };
+  return isIn(SpoolDirectory()) || isIn(PagesDirectory());
 }
 
 // The number of the page, or why its files are not those that its description lists.
@@ -154,8 +172,7 @@ std::vector<SpoolEntry> ListSpool() {
 }
 
 std::optional<SpoolEntry> FindSpoolEntry(const std::string& name) {
-  // Looked up among the names that are there, so that no text leads out of the spool.
-  if (EntryNames().contains(name)) return EntryOf(name);
+  if (IsEntryName(name)) return EntryOf(name);
   return std::nullopt;
 }
 

@@ -154,5 +154,25 @@ TEST_F(SpoolReservationTest, no_text_leads_out_of_the_spool) {
     EXPECT_FALSE(FindSpoolEntry(name)) << name;
 }
 
+TEST_F(SpoolReservationTest, an_entry_is_found_by_the_names_that_the_list_has_and_by_no_other) {
+  const test::ScratchDirectory& root = m_Library.Directory();
+  const std::string spool = "Queue/rip/CFM/";
+  for (const char* name : {"sign", "two words", "Schild \303\244", "a\\b", ".hidden", "", "x.cfm"})
+    root.Write(spool + name + ".cfm/p1/page", "x");
+  root.Write("Queue/rip/System/c-out/staged.cfm/p1/page", "x");
+  root.Write(spool + "file.cfm", "x");
+  root.Write(spool + "other/p1/page", "x");
+  ASSERT_EQ(symlink("sign.cfm", root.Path(spool + "link.cfm").c_str()), 0);
+  std::set<std::string> listed;
+  for (const SpoolEntry& entry : ListSpool()) listed.insert(entry.name);
+  EXPECT_TRUE(listed.contains("staged"));
+  std::set<std::string> asked{
+      "SIGN",  "sign.cfm", "sign/p1", "a/b",    "b", ".hidden", "file",
+      "other", "link",     "..",      "./sign", "x", "hidden",  std::string("sign\0", 5)};
+  asked.insert(listed.begin(), listed.end());
+  for (const std::string& name : asked)
+    EXPECT_EQ(FindSpoolEntry(name).has_value(), listed.contains(name)) << name;
+}
+
 }  // namespace
 }  // namespace rastrel::cli
