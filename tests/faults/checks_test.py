@@ -36,7 +36,7 @@ class Place(unittest.TestCase):
         run = subprocess.run([INJECTOR, "--report", str(report), "--ours", "/usr/bin",
                               "--ours", "/bin", *options, "--", *command],
                              cwd=self.place / "slot", capture_output=True, text=True, check=False,
-                             timeout=60)
+                             timeout=60, env={**os.environ, "LC_ALL": "C"})
         if run.returncode == 1:
             self.skipTest("no process may follow another here")
         self.assertEqual(run.returncode, 0, run.stderr)

@@ -107,7 +107,9 @@ def environment_of(surroundings, place, more):
     home = place / surroundings.folder
     for name in ("home", "tmp"):
         (home / name).mkdir(parents=True, exist_ok=True)
-    variables = {**os.environ, "HOME": str(home / "home"), "TMPDIR": str(home / "tmp")}
+    # As ctest sets it before all tests (cmake/TestEnvironment.cmake).
+    variables = {**os.environ, "RASTREL_WARM": "0", "HOME": str(home / "home"),
+                 "TMPDIR": str(home / "tmp")}
     for name in [name for name in variables if name.startswith("XDG_")]:
         del variables[name]
     for name, value in {**surroundings.variables, **more}.items():

@@ -194,7 +194,8 @@ def theirs(folder, path):
     office = subprocess.Popen(
         ["soffice", "--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to",
          FILTER, "--outdir", out, path], start_new_session=True, stdout=subprocess.DEVNULL,
-        stderr=subprocess.DEVNULL)
+        # Its numbers and dates are those of its locale.
+        stderr=subprocess.DEVNULL, env={**os.environ, "LC_ALL": "C.UTF-8"})
     try:
         office.wait(120)
     except subprocess.TimeoutExpired:

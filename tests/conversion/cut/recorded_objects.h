@@ -40,7 +40,7 @@ class RecordedPlaced : public Base {
     if (m_OnPreview) m_OnPreview();
     const std::wstring whole = path;
     return m_Calls.Answered(m_Calls.Answer("CreatePreviewBmp", 1), "object.CreatePreviewBmp",
-                            L"..." + whole.substr(whole.find(L"_")));
+                            L"..." + whole.substr(whole.rfind(L"_")));
   }
 };
 

@@ -4,6 +4,7 @@
 // usage: convert_dialog [no-bounds] [names] [preview]
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <memory>
 #include <span>
@@ -150,6 +151,7 @@ int main(int count, char** words) {
   const auto& parts = cut.color.GetComponents();
   std::wstring name;
   static_cast<void>(cut.color.GetColorName(name));
+  std::setlocale(LC_NUMERIC, "C");  // the windows have taken the user's, with its decimal mark
   std::printf("ended\nresult %d\nsize %.17g %.17g\nresolution %d\ncut %d\nkind %d\n", result,
               params.width, params.height, cut.resolution, cut.enabled, cut.colorKind);
   std::printf("color %g %g %g %g\nname %s\n", parts[0], parts[1], parts[2], parts[3],
