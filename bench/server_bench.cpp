@@ -25,13 +25,32 @@ constexpr double LimitOfSlowDevice = 0.65;
 
 constexpr const char* SmallPage =
     "%!PS\n<< /PageSize [72 72] >> setpagedevice\n0.5 setgray 9 9 54 54 rectfill showpage\n";
-// Takes the RIP about as long as the device.
-constexpr const char* LongPage =
-    "%!PS\n<< /PageSize [72 72] >> setpagedevice\n"
-    "0 1 1000000 { 1000 mod 1000 div setgray 9 9 54 54 rectfill } for showpage\n";
+constexpr double DeviceMilliseconds = 1000;
+constexpr int FirstSteps = 500'000;
+
+/// A page that takes the RIP the longer, the more steps it has.
+std::string LongPage(int steps) {
+  return "%!PS\n<< /PageSize [72 72] >> setpagedevice\n0 1 " + std::to_string(steps) +
+         " { 1000 mod 1000 div setgray 9 9 54 54 rectfill } for showpage\n";
+}
+
 constexpr const char* Devices =
     "[Slow]\nkind = command\nformat = png\ncommand = /bin/sleep 1\n"
     "[*]\nkind = file\nformat = tiff\ncompression = none\npattern = {output}/{job}-{page}.tif\n";
+
+/// A page that takes the RIP about as long as the slow device takes, on this machine.
+std::string PageForTheDevice(const bench::DataRoot& root) {
+  const auto milliseconds = [&root](const std::string& page) {
+    const std::string file = root.File("timed.ps", page);
+    return bench::Run({Command, "print", file, "--mode", Mode, "--printer", "*", "--output",
+                       root.Path("timed")})
+        .milliseconds;
+  };
+  static_cast<void>(milliseconds(SmallPage));  // lays the data root out
+  const double without = milliseconds(SmallPage);
+  const double steps = milliseconds(LongPage(FirstSteps)) - without;
+  return LongPage(static_cast<int>(FirstSteps * (DeviceMilliseconds - without) / steps));
+}
 
 /// Waits until as many jobs as that are done.
 void AwaitDone(server::JobQueue& queue, std::int64_t jobs) {
@@ -65,9 +84,9 @@ void MeasureJobs(const bench::DataRoot& root, server::JobQueue& queue, const std
 int main() {
   const bench::DataRoot root;
   const std::string small = root.File("small.ps", SmallPage);
-  const std::string slow = root.File("slow.ps", LongPage);
   static_cast<void>(bench::Run({Command, "printers"}));
   root.Write("devices.txt", Devices);
+  const std::string slow = root.File("slow.ps", PageForTheDevice(root));
   const auto queue = server::JobQueue::Open(root.Path());
   bench::Require(static_cast<bool>(queue), "the queue can't be opened");
   {
