@@ -93,6 +93,8 @@ enum class OptionId {
   AllowOutside,
   Data,
   OnlyBad,
+  ListFields,
+  PicturePixels,
   MergeTemplateFile,
   FontReplacement,
   CancelMissingFonts,

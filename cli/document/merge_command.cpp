@@ -1,11 +1,13 @@
 #include "cli/document/merge_command.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
+#include "cli/console/json_line.h"
 #include "cli/console/long_output.h"
 #include "cli/console/standard_streams.h"
 #include "cli/document/document_summary.h"
@@ -15,6 +17,8 @@
 #include "cli/document/merge_table.h"
 #include "cli/document/merge_template.h"
 #include "cli/document/open_template.h"
+#include "cli/document/plate_blank.h"
+#include "cli/document/template_fields.h"
 #include "cli/document/template_tree.h"
 #include "cli/input/xml_input.h"
 #include "cli/sheet/failed_spreadsheet.h"
@@ -45,22 +49,56 @@ TemplateFormat MergeableFormat(const Invocation& invocation) {
   return format;
 }
 
-MergeTemplate ReadMergeTemplate(const std::string& path, TemplateFormat format,
-                                const MergeTable& table) {
-  const XmlNode root = LoadTemplate(format, ReaderPath(path));
-  if (!root) {
-    const auto state = xml::TakeXmlFailure();
-    throw CommandError(
-        ExitStatus::BadInput,
-        state ? path + ": can't be read"
-              : Describe(FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error())));
-  }
-  auto merge = MergeTemplate::Read(root, format, table);
-  if (merge) return *std::move(merge);
-  const Failure& failure = merge.Error();
+XmlNode LoadOrEnd(const std::string& path, TemplateFormat format) {
+  XmlNode root = LoadTemplate(format, ReaderPath(path));
+  if (root) return root;
+  const auto state = xml::TakeXmlFailure();
+  throw CommandError(
+      ExitStatus::BadInput,
+      state ? path + ": can't be read"
+            : Describe(FailureAt(os::Utf8FromWide(os::FromNative(path)), state.Error())));
+}
+
+template <typename T>
+T OfTemplate(const std::string& path, Expected<T> value) {
+  if (value) return *std::move(value);
+  const Failure& failure = value.Error();
   throw CommandError(
       ExitStatus::BadInput,
       path + (failure.line > 0 ? ":" + std::to_string(failure.line) : "") + ": " + failure.why);
+}
+
+MergeTemplate ReadMergeTemplate(const std::string& path, TemplateFormat format,
+                                const MergeTable& table) {
+  return OfTemplate(path, MergeTemplate::Read(LoadOrEnd(path, format), format, table));
+}
+
+void WriteField(const TemplateField& field, bool json) {
+  const auto maximum = static_cast<std::int64_t>(field.maximum);
+  if (json) {
+    JsonLine("merge-field")
+        .Add("name", field.heading)
+        .Add("kind", NameOf(field.kind))
+        .Add("maximum", maximum)
+        .Write();
+    return;
+  }
+  WriteOutLine(field.heading + ": " + NameOf(field.kind) +
+               (maximum > 0 ? ", at most " + std::to_string(maximum) + " characters" : ""));
+}
+
+ExitStatus ListTheFields(const Invocation& invocation) {
+  for (const OptionId other : {OptionId::Data, OptionId::OutputFile, OptionId::OnlyBad})
+    if (invocation.Has(other))
+      throw CommandError(ExitStatus::WrongUse,
+                         std::string("--fields takes no ") + OptionOf(other).name);
+  OrEnd(ExitStatus::BadInput, CheckTemplateFile(invocation.operand));
+  OrEnd(ExitStatus::NotInstalled, CheckXmlParser());
+  const TemplateFormat format = MergeableFormat(invocation);
+  const auto fields = OfTemplate(
+      invocation.operand, MergeTemplate::FieldsOf(LoadOrEnd(invocation.operand, format), format));
+  for (const TemplateField& field : fields) WriteField(field, invocation.Has(OptionId::Json));
+  return ExitStatus::Done;
 }
 
 // The rows that are to be merged.
@@ -96,6 +134,7 @@ ExitStatus StatusOf(const OpenedFile& file, const std::vector<RowReport>& report
 }  // namespace
 
 ExitStatus MergeCommand(const Invocation& invocation) {
+  if (invocation.Has(OptionId::ListFields)) return ListTheFields(invocation);
   const std::string output = invocation.ValueOr(OptionId::OutputFile, "");
   const DrawingRequest request = OrEnd(ExitStatus::WrongUse, DrawingRequestOf(invocation, output));
   const std::string tablePath = TablePathOf(invocation);
@@ -111,8 +150,10 @@ ExitStatus MergeCommand(const Invocation& invocation) {
   const MergeTemplate merge = ReadMergeTemplate(invocation.operand, format, table);
   const std::vector<MergeRow> rows = WantedRows(invocation, table);
   std::vector<RowReport> reports = BeginReports(merge, table, rows);
+  const Invocation sized =
+      WithPlateBlank({invocation, *workspace, progress, format, merge, rows, tablePath});
   const OpenedFile file =
-      RunMerge({invocation, *workspace, progress, format, merge, rows, tablePath}, reports);
+      RunMerge({sized, *workspace, progress, format, merge, rows, tablePath}, reports);
   std::vector<std::string> files;
   if (!output.empty()) {
     progress.Enter("drawing");
