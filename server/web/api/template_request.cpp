@@ -70,7 +70,8 @@ Expected<PlateRequest> PlateRequestOf(const Request& request) {
     } else if (name == "blank") {
       plate.blank = value;
     } else if (name == "action") {
-      plate.action = value;
+      // The first counts, as for the audit log.
+      if (plate.action.empty()) plate.action = value;
     } else {
       plate.rest.form.emplace_back(std::move(name), std::move(value));
     }

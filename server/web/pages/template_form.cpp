@@ -36,9 +36,9 @@ std::string FieldMarkup(const TemplateField& field, std::size_t place, const Req
     if (note.field == field.name)
       notes += (notes.empty() ? "" : " ") + NoteText(request.caller, words, note);
   std::string markup = "<div class=\"field\"><label for=\"" + id + "\">" + Isolated(field.name) +
-                       "</label><input id=\"" + id + "\" name=\"value." + Escaped(field.name) +
+                       "</label><input id=\"" + id + "\" name=\"value." + KeptInField(field.name) +
                        "\" value=\"" +
-                       (typed == view.values.end() ? std::string() : Escaped(typed->second)) +
+                       (typed == view.values.end() ? std::string() : KeptInField(typed->second)) +
                        "\" autocomplete=\"off\"";
   if (field.kind == "number") markup += " inputmode=\"decimal\"";
   markup += " aria-describedby=\"" + id + "-hint " + id + "-note\"";

@@ -81,10 +81,17 @@ Gate::Settings GateSettings(const Shop& shop, const WebServer::Settings& setting
   return {shop.dataRoot, settings.ownName, token, std::move(names)};
 }
 
-// What changes something, and who is not let in.
+// Pictures of plates are asked for by POST, with each letter that is typed.
+bool IsPictureOfPlate(const Request& request) {
+  const bool isForm = request.path.starts_with("/templates/") && request.Form("action") == "show";
+  return isForm ||
+         (request.path.starts_with("/api/v1/templates/") && request.path.ends_with("/picture"));
+}
+
+// Requests that change something, and senders that are not let in.
 bool IsForAudit(const Request& request, const Response& response) {
-  return request.method != Method::Get || response.status == 401 || response.status == 403 ||
-         response.status == 421;
+  const bool isRefused = response.status == 401 || response.status == 403 || response.status == 421;
+  return isRefused || (request.method != Method::Get && !IsPictureOfPlate(request));
 }
 
 }  // namespace

@@ -129,11 +129,15 @@ std::string TableOf(const std::vector<TemplateField>& fields, const FieldValues&
 
 std::string TitleOfPlate(const std::string& templateName, const std::vector<TemplateField>& fields,
                          const FieldValues& values) {
-  std::string title = templateName.substr(0, templateName.rfind('.'));
-  for (const TemplateField& field : fields)
-    if (const std::string& value = ValueOf(values, field.name); !value.empty())
-      return title + ": " + value;
-  return title;
+  const std::string title = templateName.substr(0, templateName.rfind('.'));
+  std::string shown;
+  for (const TemplateField& field : fields) {
+    const std::string& value = ValueOf(values, field.name);
+    if (value.empty()) continue;
+    if (field.kind == "text") return title + ": " + value;
+    if (shown.empty()) shown = value;
+  }
+  return shown.empty() ? title : title + ": " + shown;
 }
 
 }  // namespace rastrel::server::web

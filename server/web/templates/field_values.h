@@ -46,7 +46,8 @@ inline constexpr std::size_t FieldsLimit = 80;
 [[nodiscard]] std::string TableOf(const std::vector<TemplateField>& fields,
                                   const FieldValues& values);
 
-/// A title: the template's name without its extension, and the first value.
+/// A title: the template's name without its extension, and the first value, of a text if there is
+/// one.
 [[nodiscard]] std::string TitleOfPlate(const std::string& templateName,
                                        const std::vector<TemplateField>& fields,
                                        const FieldValues& values);

@@ -6,7 +6,7 @@
 
 namespace rastrel::server::web {
 
-/// Reads what `rastrel merge --json` said of one row: the notes, pages and size of a picture.
+/// Reads the lines of `rastrel merge --json` on one row: the notes, pages and size of a picture.
 /// Other lines are passed over. A text that has no room is a note of the field whose value it is.
 void ReadMergeLines(std::string_view lines, const FieldValues& values, PlatePicture& picture);
 

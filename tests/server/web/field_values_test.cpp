@@ -72,6 +72,10 @@ TEST(FieldValues, the_table_has_each_value_in_its_column_whatever_it_holds) {
 TEST(FieldValues, a_title_has_the_first_value) {
   EXPECT_EQ(TitleOfPlate("door.badge.xml", TestFields, {{"Long", "Ada"}}), "door.badge: Ada");
   EXPECT_EQ(TitleOfPlate("badge.xml", TestFields, {}), "badge");
+  EXPECT_EQ(TitleOfPlate("badge.xml", {{"Width", "number", 0}, {"Name", "text", 0}},
+                         {{"Width", "3"}, {"Name", "Ada"}}),
+            "badge: Ada");
+  EXPECT_EQ(TitleOfPlate("badge.xml", TestFields, {{"Width", "3"}}), "badge: 3");
 }
 
 TEST(FieldValues, fields_are_read_of_their_lines_alone) {

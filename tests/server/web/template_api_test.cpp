@@ -243,6 +243,24 @@ TEST_F(TemplateSessionTest, a_forged_form_does_nothing) {
   EXPECT_EQ(m_Merge.Count("merge"), 0);
 }
 
+TEST_F(TemplateSessionTest, the_audit_log_has_jobs_and_forged_forms_and_no_pictures) {
+  const std::string values = "value.Name=Ada&csrf=" + m_Session.token;
+  EXPECT_EQ(Send("/api/v1/templates/badge.xml/picture", values).status, 200);
+  EXPECT_EQ(Send("/templates/badge.xml", values + "&action=show").status, 200);
+  const std::string before = ContentOf(AuditPath(Root()));
+  EXPECT_EQ(before.find("badge.xml"), before.npos) << before;
+  EXPECT_EQ(Send("/api/v1/templates/badge.xml/picture", "value.Name=Ada").status, 403);
+  EXPECT_EQ(Send("/templates/badge.xml", values + "&action=print").status, 303);
+  EXPECT_EQ(Send("/api/v1/templates/badge.xml/jobs", values).status, 201);
+  // Of two buttons the first counts, so that none hides a job.
+  EXPECT_EQ(Send("/templates/badge.xml", values + "&action=show&action=print").status, 200);
+  EXPECT_EQ(Jobs(), 2);
+  const std::string after = ContentOf(AuditPath(Root()));
+  for (const char* path : {"/api/v1/templates/badge.xml/picture", "\"/templates/badge.xml\"",
+                           "/api/v1/templates/badge.xml/jobs"})
+    EXPECT_NE(after.find(path), after.npos) << path << after;
+}
+
 TEST_F(TemplateSessionTest, a_form_with_its_token_makes_the_job_and_leads_to_it) {
   const Answer made =
       Send("/templates/badge.xml", "value.Name=Ada&action=print&csrf=" + m_Session.token);

@@ -97,7 +97,7 @@ TEST_F(TemplatesTest, a_person_who_asks_too_often_waits_and_others_do_not) {
   EXPECT_FALSE(third.picture);
   EXPECT_EQ(third.delay, PictureDelay::TooOften);
   EXPECT_GT(third.wait.count(), 0);
-  // What is there already costs nothing.
+  // A picture that is there already costs nothing.
   EXPECT_TRUE(Draw("ada", "2").picture);
   EXPECT_TRUE(Draw("bob", "3").picture);
 }
