@@ -20,6 +20,11 @@ COMMAND = ""
 WAIT = 60  # seconds, for whatever is waited for
 PAGE = "%!PS-Adobe-3.0\n<< /PageSize [40 30] >> setpagedevice 0 0 20 30 rectfill showpage\n"
 
+BADGE = """<ABB><ENGRAVINGTEMPLATE><PLATES/><PLATE><COLOR>Gold</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>
+<TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME><TEXT line="1" data="{Name}"><FONT name="DejaVuSans.ttf"
+size="0.3"/></TEXT><FILE>{Logo}</FILE></PLATE></ENGRAVINGTEMPLATE></ABB>
+"""
+
 
 def free_port():
     with socket.socket() as probe:
@@ -117,6 +122,42 @@ class Web(unittest.TestCase):
         self.assertEqual([(line["status"], line["path"]) for line in audit][:3],
                          [(401, "/api/v1/jobs"), (201, "/api/v1/jobs"), (200, path + "/release")])
         self.assertNotIn(token, (self.root / "server/audit.log").read_text())
+
+    def test_a_template_is_filled_in_drawn_and_printed(self):
+        self.settings()
+        templates = self.root / "templates"
+        templates.mkdir()
+        (templates / "badge.xml").write_text(BADGE)
+        (templates / "broken.xml").write_text("<ABB><ENGRAVINGTEMPLATE>")
+        self.serve()
+        names = [one["name"] for one in json.loads(self.by_socket("/api/v1/templates")[1])["templates"]]
+        self.assertEqual(names, ["badge.xml", "broken.xml"])
+        status, body = self.by_socket("/api/v1/templates/broken.xml")
+        self.assertEqual((status, json.loads(body)["error"]["code"]), (400, "bad-template"))
+        path = "/api/v1/templates/badge.xml"
+        self.assertEqual([(one["name"], one["kind"]) for one in json.loads(self.by_socket(path)[1])["fields"]],
+                         [("Name", "text"), ("Logo", "file")])
+        picture = self.place / "badge.png"
+        status, _ = self.by_socket(path + "/picture", "--header", "Accept: image/png", "--output", str(picture),
+                                   "--data-urlencode", "value.Name=Ada & <Byron>")
+        self.assertEqual(status, 200)
+        self.assertEqual(picture.read_bytes()[:24], b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" +
+                         (900).to_bytes(4, "big") + (300).to_bytes(4, "big"))
+        # A value may name a file beside the template, and none elsewhere.
+        (self.place / "secret.svg").write_text("<svg/>")
+        for value in ("../secret.svg", str(self.place / "secret.svg"), "C:\\secret.svg"):
+            status, body = self.by_socket(path + "/picture", "--json", json.dumps({"values": {"Logo": value}}))
+            self.assertEqual((status, json.loads(body)["notes"][0]["code"]), (200, "no-name"), value)
+        status, body = self.by_socket(path + "/jobs", "--data", "value.Name=Ada", "--data", "mode=Screen/preview")
+        self.assertEqual(status, 201, body)
+        status, body = self.by_socket(path + "/tables?mode=Screen/preview&blank=plate", "--form",
+                                      "file=Name,Logo\nAda,\nEve,\n;filename=names.csv")
+        self.assertEqual(status, 201, body)
+        for job, pages in ((1, 1), (2, 2)):
+            self.wait_for(lambda: json.loads(self.by_socket(f"/api/v1/jobs/{job}")[1])["state"] in ("done", "failed"))
+            made = json.loads(self.by_socket(f"/api/v1/jobs/{job}")[1])
+            self.assertEqual((made["state"], made["pages"], made["work"]), ("done", pages, "merge"), made)
+        self.assertEqual(list((self.root / "server/web/uploads").iterdir()), [])
 
     def test_the_browser_gets_a_code_for_one_session(self):
         self.settings()
