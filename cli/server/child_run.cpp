@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -30,13 +31,14 @@ constexpr std::size_t MaximumOutput = 4 * 1024 * 1024;
 struct Child {
   os::FileDescriptor process;
   os::FileDescriptor lines;
+  std::uint32_t id = 0;
 };
 
 Expected<Child> Start(const std::string& program, const std::vector<std::string>& arguments) {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
   if (auto made = os::CreatePipe(reading, writing, 0); !made) return made.Error();
-  Child child{{}, os::FileDescriptor(reading)};
+  Child child{{}, os::FileDescriptor(reading), 0};
   const os::FileDescriptor childsEnd(writing);
   const auto nothing = os::OpenForReading(L"/dev/null");
   if (!nothing) return nothing.Error();
@@ -54,6 +56,7 @@ Expected<Child> Start(const std::string& program, const std::vector<std::string>
   const auto spawned = os::Spawn(request);
   if (!spawned) return spawned.Error();
   child.process = os::FileDescriptor(spawned->process);
+  child.id = spawned->id;
   return child;
 }
 
@@ -129,9 +132,11 @@ Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
 }
 
 Expected<ToolRun> RunTool(const std::string& program, const std::vector<std::string>& arguments,
-                          os::Deadline deadline) {
+                          os::Deadline deadline, const os::ProcessLimits& limits) {
   const auto child = Start(program, arguments);
   if (!child) return child.Error();
+  // One that has ended already needs none.
+  static_cast<void>(os::LimitProcess(child->id, limits));
   ToolRun run;
   const auto end = [&](const char* why) {
     static_cast<void>(os::Terminate(child->process.Get()));

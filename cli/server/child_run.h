@@ -8,6 +8,7 @@
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/process_limits.h"
 #include "server/queue/job_queue.h"
 
 namespace rastrel::cli {
@@ -40,10 +41,10 @@ struct ToolRun {
   std::string output;
 };
 
-/// Runs a program as RunChild does, for no job. Fails also if it has not ended before the deadline,
-/// or wrote more; it is ended then. Any thread.
+/// Runs a program as RunChild does, for no job, and with limits. Fails also if it has not ended
+/// before the deadline, or wrote more; it is ended then. Any thread.
 [[nodiscard]] Expected<ToolRun> RunTool(const std::string& program,
                                         const std::vector<std::string>& arguments,
-                                        os::Deadline deadline);
+                                        os::Deadline deadline, const os::ProcessLimits& limits);
 
 }  // namespace rastrel::cli

@@ -1,6 +1,7 @@
 #include "cli/web/shop_parts.h"
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +18,7 @@
 #include "cli/server/worker.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/process_limits.h"
 #include "rastrel/platform/standalone/data_root.h"
 #include "server/run/device_names.h"
 
@@ -56,11 +58,16 @@ std::vector<std::string> Modes() {
   return names;
 }
 
+// Of a plate that is drawn: far more than any needs. Placed files are drawn within walls of their
+// own.
+constexpr os::ProcessLimits MergeLimits{
+    .memoryBytes = std::uint64_t{4} << 30U, .processorSeconds = 30, .fileBytes = 256'000'000};
+
 Expected<server::web::MergeRun> RunMerge(const std::vector<std::string>& arguments,
                                          std::chrono::milliseconds limit) {
   std::vector<std::string> all{"rastrel-document"};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  auto run = RunTool("rastrel-document", all, os::Deadline::After(limit));
+  auto run = RunTool("rastrel-document", all, os::Deadline::After(limit), MergeLimits);
   if (!run) return run.Error();
   constexpr int OfSignals = 128;
   const int status = run->state.byItself ? run->state.status : OfSignals + run->state.status;

@@ -44,7 +44,8 @@ std::string FieldMarkup(const TemplateField& field, std::size_t place, const Req
   markup += " aria-describedby=\"" + id + "-hint " + id + "-note\"";
   if (!notes.empty()) markup += " aria-invalid=\"true\"";
   return markup + "><p class=\"hint\" id=\"" + id + "-hint\">" + hint +
-         "</p><p class=\"note\" id=\"" + id + "-note\">" + notes + "</p></div>\n";
+         "</p><p class=\"note\" aria-live=\"polite\" id=\"" + id + "-note\">" + notes +
+         "</p></div>\n";
 }
 
 std::string Chosen(const Fields& fields, std::string_view name) {
