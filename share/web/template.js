@@ -128,7 +128,26 @@ class PlateForm {
   }
 }
 
+// A template with a fault has no picture; one that was too busy is asked for once more.
+function prepareSamples() {
+  for (const picture of document.querySelectorAll('.sample img')) {
+    const again = () => {
+      if (picture.dataset.again) {
+        picture.remove();
+        return;
+      }
+      picture.dataset.again = 'yes';
+      setTimeout(() => {
+        picture.src = `${picture.src}?again`;
+      }, 3000);
+    };
+    picture.addEventListener('error', again);
+    if (picture.complete && picture.naturalWidth === 0) again();
+  }
+}
+
 export function prepareTemplate() {
+  prepareSamples();
   const form = document.getElementById('plate');
   const main = document.querySelector('main[data-template]');
   if (!form || !main) return;

@@ -84,6 +84,26 @@ Response ShowPicture(Templates& templates, const Request& request) {
               {"notes", JsonOf(request.caller, picture.notes)}}));
 }
 
+Response ShowSample(Templates& templates, const Request& request) {
+  const auto file = templates.Find(request.Place("name"));
+  if (!file) return ErrorResponse(404, "not-found", "there is no such template");
+  const std::string tag = '"' + file->stamp + '"';
+  Response response;
+  response.status = 304;
+  if (request.Header("if-none-match") != tag) {
+    FoundTemplate found = TemplateOf(templates, request);
+    if (!found.form) return std::move(found.refusal);
+    const auto drawn = templates.Sample(request.caller.name, *found.form);
+    if (!drawn.picture) return AnswerToDelay(drawn);
+    if (drawn.picture->png.empty())
+      return ErrorResponse(404, "no-pages", "there is no picture of the template");
+    response = TextResponse(200, "image/png", drawn.picture->png);
+  }
+  response.Add("ETag", tag);
+  response.Add("Cache-Control", "private, no-cache");
+  return response;
+}
+
 Response AddPlate(Shop& shop, Templates& templates, const Request& request) {
   FoundTemplate found = TemplateOf(templates, request);
   if (!found.form) return std::move(found.refusal);
@@ -112,6 +132,8 @@ void AddTemplates(Router& router, Shop& shop, Templates& templates) {
               [&templates](const Request&) { return ListTemplates(templates); }});
   router.Add({Method::Get, all + "/{name}", Role::See, Body::None,
               [&templates](const Request& request) { return ShowTemplate(templates, request); }});
+  router.Add({Method::Get, all + "/{name}/sample.png", Role::See, Body::None,
+              [&templates](const Request& request) { return ShowSample(templates, request); }});
   router.Add({Method::Post, all + "/{name}/picture", Role::See, Body::Small,
               [&templates](const Request& request) { return ShowPicture(templates, request); }});
   router.Add(

@@ -44,8 +44,10 @@ Response ListPage(Templates& templates, const Request& request, const Words& wor
   } else {
     body += "<ul class=\"templates\">\n";
     for (const TemplateFile& file : *files)
-      body += "<li><a href=\"/templates/" + QueryValue(file.name) + "\">" + Isolated(file.name) +
-              "</a> " + TimeElement(file.modified) + "</li>\n";
+      body += "<li><a href=\"/templates/" + QueryValue(file.name) +
+              "\"><span class=\"sample\"><img src=\"/api/v1/templates/" + QueryValue(file.name) +
+              "/sample.png\" alt=\"\" loading=\"lazy\"></span>" + Isolated(file.name) + "</a> " +
+              TimeElement(file.modified) + "</li>\n";
     body += "</ul>\n";
   }
   return PageResponse(200, request, words, {words("Templates"), "templates", {}, body});

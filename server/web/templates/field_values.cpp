@@ -127,6 +127,16 @@ std::string TableOf(const std::vector<TemplateField>& fields, const FieldValues&
   return table + "\r\n";
 }
 
+FieldValues SampleValues(const std::vector<TemplateField>& fields) {
+  FieldValues values;
+  for (const TemplateField& field : fields) {
+    if (field.kind == "number") values[field.name] = "1";
+    if (field.kind != "text") continue;
+    if (FaultOf(field, field.name).code.empty()) values[field.name] = field.name;
+  }
+  return values;
+}
+
 std::string TitleOfPlate(const std::string& templateName, const std::vector<TemplateField>& fields,
                          const FieldValues& values) {
   const std::string title = templateName.substr(0, templateName.rfind('.'));

@@ -46,6 +46,9 @@ inline constexpr std::size_t FieldsLimit = 80;
 [[nodiscard]] std::string TableOf(const std::vector<TemplateField>& fields,
                                   const FieldValues& values);
 
+/// Values that show where each goes: texts are the names of their fields, numbers 1.
+[[nodiscard]] FieldValues SampleValues(const std::vector<TemplateField>& fields);
+
 /// A title: the template's name without its extension, and the first value, of a text if there is
 /// one.
 [[nodiscard]] std::string TitleOfPlate(const std::string& templateName,

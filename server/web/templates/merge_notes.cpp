@@ -52,6 +52,15 @@ std::string FieldOf(std::string text, const FieldValues& values) {
   return field;
 }
 
+// The field whose value a sentence begins with, or has in quotes; empty for none.
+std::string FieldNamedBy(const std::string& sentence, const FieldValues& values) {
+  for (const auto& [name, value] : values)
+    if (!value.empty() && (sentence.starts_with(value + " ") || sentence.starts_with(value + ":") ||
+                           sentence.find('"' + value + '"') != sentence.npos))
+      return name;
+  return {};
+}
+
 class LineReader {
  public:
   LineReader(const FieldValues& values, PlatePicture& picture)
@@ -60,8 +69,7 @@ class LineReader {
   void Read(const Json& line) {
     const std::string event = TextIn(line, "event");
     if (event == "merge-row") return ReadRow(line);
-    if (event == "note") return Add("", "note", TextIn(line, "text"));
-    if (event == "left-out") return Add("", "left-out", TextIn(line, "text"));
+    if (event == "note" || event == "left-out") return AddSentence(event, TextIn(line, "text"));
     if (event == "failed") return Add("", "refused", TextIn(line, "text"));
     if (event != "document") return;
     m_Picture.pages = static_cast<int>(std::clamp(NumberIn(line, "pages"), 0.0, 1e6));
@@ -84,10 +92,19 @@ class LineReader {
             WholeIn(text, "percent"));
       }
     for (const std::string& font : TextsIn(row, "missing_fonts")) Add("", "missing-font", font);
-    for (const std::string& note : TextsIn(row, "notes")) Add("", "note", note);
+    for (const std::string& note : TextsIn(row, "notes")) AddSentence("note", note);
   }
 
-  void Add(std::string field, const char* code, std::string value) {
+  // A loss is told as a note of its row, too: once is enough.
+  void AddSentence(const std::string& code, const std::string& sentence) {
+    const auto known = std::ranges::find(m_Picture.notes, sentence, &FieldNote::value);
+    if (known == m_Picture.notes.end())
+      Add(FieldNamedBy(sentence, m_Values), code, sentence);
+    else if (code == "left-out")
+      known->code = code;
+  }
+
+  void Add(std::string field, const std::string& code, std::string value) {
     if (m_Picture.notes.size() < NoteLimit)
       m_Picture.notes.push_back({std::move(field), code, std::move(value)});
   }

@@ -57,10 +57,10 @@ void AppendPart(std::string& key, std::string_view part) {
   key += part;
 }
 
-std::string KeyOf(const std::string& person, const TemplateForm& form, const FieldValues& values,
+std::string KeyOf(const std::string& owner, const TemplateForm& form, const FieldValues& values,
                   const std::string& blank) {
   std::string key;
-  for (const std::string& part : {person, form.file.path, form.file.stamp, blank})
+  for (const std::string& part : {owner, form.file.path, form.file.stamp, blank})
     AppendPart(key, part);
   for (const auto& [name, value] : values) {
     AppendPart(key, name);
@@ -149,8 +149,18 @@ Expected<TemplateForm> Templates::Form(const std::string& name) {
 
 Templates::Drawn Templates::Draw(const std::string& person, const TemplateForm& form,
                                  const FieldValues& values, const std::string& blank) {
+  return Take("of " + person, person, form, values, blank, {});
+}
+
+Templates::Drawn Templates::Sample(const std::string& person, const TemplateForm& form) {
+  return Take("", person, form, SampleValues(form.fields), "plate", m_Limits.wait);
+}
+
+Templates::Drawn Templates::Take(const std::string& owner, const std::string& person,
+                                 const TemplateForm& form, const FieldValues& values,
+                                 const std::string& blank, std::chrono::milliseconds wait) {
   Drawn drawn;
-  std::string key = KeyOf(person, form, values, blank);
+  std::string key = KeyOf(owner, form, values, blank);
   drawn.picture = Cached(key);
   if (drawn.picture) return drawn;
   drawn.wait = m_Rate.Take(person);
@@ -158,8 +168,8 @@ Templates::Drawn Templates::Draw(const std::string& person, const TemplateForm& 
     drawn.delay = PictureDelay::TooOften;
     return drawn;
   }
-  Turn turn(*this, person);
-  if (!turn.Take({})) {
+  Turn turn(*this, owner);
+  if (!turn.Take(wait)) {
     drawn.delay = PictureDelay::Busy;
     drawn.wait = RateLimit::Duration(1000);
     return drawn;

@@ -52,7 +52,8 @@ class Templates {
     RateLimit::Duration interval{250};
     int runs = 2;                           ///< of the program at a time, and one for each person
     std::chrono::milliseconds time{20000};  ///< of a run
-    std::chrono::milliseconds wait{3000};   ///< for another's run, where fields are read
+    /// For another's run, where fields are read and samples are drawn.
+    std::chrono::milliseconds wait{3000};
     std::size_t cacheBytes = 32'000'000;
   };
 
@@ -81,6 +82,10 @@ class Templates {
   [[nodiscard]] Drawn Draw(const std::string& person, const TemplateForm& form,
                            const FieldValues& values, const std::string& blank);
 
+  /// Draws a plate whose texts are the names of their fields, on a blank as large as the plate. It
+  /// is the same for everybody, so that nothing of a person is in it; `person` is who asks.
+  [[nodiscard]] Drawn Sample(const std::string& person, const TemplateForm& form);
+
   /// Writes the table of one row to a new private file; whoever asked removes it.
   [[nodiscard]] Expected<std::string> WriteTable(const TemplateForm& form,
                                                  const FieldValues& values) const;
@@ -97,6 +102,10 @@ class Templates {
   };
   class Turn;
 
+  // `owner` is the person that the picture is for, empty for everybody; `wait` for others' runs.
+  [[nodiscard]] Drawn Take(const std::string& owner, const std::string& person,
+                           const TemplateForm& form, const FieldValues& values,
+                           const std::string& blank, std::chrono::milliseconds wait);
   [[nodiscard]] std::shared_ptr<const PlatePicture> Cached(const std::string& key);
   void Keep(std::string key, std::shared_ptr<const PlatePicture> picture);
   [[nodiscard]] Expected<PlatePicture> DrawNow(const TemplateForm& form, const FieldValues& values,

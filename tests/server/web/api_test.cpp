@@ -365,6 +365,7 @@ TEST_F(WebTest, each_route_has_its_role) {
       {"DELETE /api/v1/jobs/{id}", Role::Print},
       {"GET /api/v1/templates", Role::See},
       {"GET /api/v1/templates/{name}", Role::See},
+      {"GET /api/v1/templates/{name}/sample.png", Role::See},
       {"POST /api/v1/templates/{name}/picture", Role::See},
       {"POST /api/v1/templates/{name}/jobs", Role::Print},
       {"POST /api/v1/templates/{name}/tables", Role::Print},

@@ -69,6 +69,14 @@ TEST(FieldValues, the_table_has_each_value_in_its_column_whatever_it_holds) {
   EXPECT_EQ(TableOf({{"One", "text", 0}}, {{"One", "=1+1"}}), "\"One\"\r\n\"=1+1\"\r\n");
 }
 
+TEST(FieldValues, a_sample_has_the_names_of_texts_that_fit_and_is_without_a_fault) {
+  const std::vector<TemplateField> fields{{"Name", "text", 4},  {"Names", "text", 4},
+                                          {"W", "number", 0},   {"Logo", "file", 0},
+                                          {"Tone", "color", 0}, {"a\nb", "text", 0}};
+  EXPECT_EQ(SampleValues(fields), (FieldValues{{"Name", "Name"}, {"W", "1"}}));
+  EXPECT_TRUE(FaultsOf(fields, SampleValues(fields)).empty());
+}
+
 TEST(FieldValues, a_title_has_the_first_value) {
   EXPECT_EQ(TitleOfPlate("door.badge.xml", TestFields, {{"Long", "Ada"}}), "door.badge: Ada");
   EXPECT_EQ(TitleOfPlate("badge.xml", TestFields, {}), "badge");
@@ -126,9 +134,22 @@ TEST(MergeNotes, what_is_not_as_it_should_be_is_told_and_other_shapes_are_passed
   EXPECT_EQ(picture.heightCm, 0);
 }
 
+TEST(MergeNotes, a_sentence_is_told_once_and_at_the_field_whose_value_it_names) {
+  EXPECT_EQ(Notes("{\"event\":\"note\",\"text\":\"no.svg can't be placed\"}\n"
+                  "{\"event\":\"left-out\",\"text\":\"no.svg can't be placed\"}\n",
+                  {{"Logo", "no.svg"}, {"Name", "n"}, {"Other", ""}}),
+            "Logo: left-out no.svg can't be placed");
+  EXPECT_EQ(Notes("{\"event\":\"left-out\",\"text\":\"the file \\\"no.svg\\\" is none\"}",
+                  {{"Logo", "no.svg"}}),
+            "Logo: left-out the file \"no.svg\" is none");
+  EXPECT_EQ(Notes("{\"event\":\"note\",\"text\":\"no place\"}", {{"Logo", "n"}}),
+            ": note no place");
+}
+
 TEST(MergeNotes, no_more_than_fifty_are_kept) {
   std::string lines;
-  for (int i = 0; i < 51; ++i) lines += "{\"event\":\"note\",\"text\":\"n\"}\n";
+  for (int i = 0; i < 51; ++i)
+    lines += "{\"event\":\"note\",\"text\":\"n" + std::to_string(i) + "\"}\n";
   PlatePicture picture;
   ReadMergeLines(lines, {}, picture);
   EXPECT_EQ(picture.notes.size(), 50U);

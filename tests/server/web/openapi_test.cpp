@@ -128,6 +128,9 @@ class OpenApiTest : public WebTest {
     EXPECT_EQ(Check("get", one, badge, 200)["fields"].size(), 2U);
     Check("get", one, all + "/none.xml", 404);
     Check("get", one, all + "/broken.xml", 400);
+    Check("get", one + "/sample.png", badge + "/sample.png", 200);
+    Check("get", one + "/sample.png", all + "/broken.xml/sample.png", 400);
+    Check("get", one + "/sample.png", all + "/none.xml/sample.png", 404);
     EXPECT_EQ(Check("post", one + "/picture", badge + "/picture", 200, values)["pages"], 1);
     EXPECT_EQ(Check("post", one + "/picture", badge + "/picture", 200, "{}")["picture"], Json());
     Check("post", one + "/picture", badge + "/picture", 400, "[]");

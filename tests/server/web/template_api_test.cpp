@@ -63,6 +63,25 @@ TEST_F(TemplateApiTest, draws_a_picture_of_the_values_of_json_or_of_a_form) {
   EXPECT_NE(raw.head.find("no-store"), std::string::npos);
 }
 
+TEST_F(TemplateApiTest, the_sample_has_the_names_of_the_fields_and_is_drawn_once_for_all) {
+  const std::string path = std::string("GET ") + Badge + "/sample.png";
+  const Answer first = Ask(path);
+  EXPECT_EQ(first.status, 200);
+  EXPECT_EQ(first.body, "PNG of \"Name\",\"Width\"\r\n\"Name\",\"1\"\r\n");
+  const std::size_t begin = first.head.find("ETag: ") + 6;
+  const std::string tag = first.head.substr(begin, first.head.find("\r\n", begin) - begin);
+  EXPECT_EQ(Ask(path, "", "If-None-Match: " + tag + "\r\n").status, 304);
+  EXPECT_EQ(Ask(path, "", "If-None-Match: \"other\"\r\n").status, 200);
+  EXPECT_EQ(m_Merge.Count("-o"), 1);
+  EXPECT_NE(first.head.find("Cache-Control: private, no-cache"), std::string::npos);
+  std::ofstream(Root() + "/templates/badge.xml", std::ios::app) << " ";
+  EXPECT_EQ(Ask(path, "", "If-None-Match: " + tag + "\r\n").status, 200);
+  EXPECT_EQ(m_Merge.Count("-o"), 2);
+  m_Merge.state->draws = false;
+  std::ofstream(Root() + "/templates/badge.xml", std::ios::app) << " ";
+  EXPECT_EQ(Ask(path).status, 404);
+}
+
 TEST_F(TemplateApiTest, makes_a_merge_job_of_the_values) {
   const Json job =
       Post(std::string(Badge) + "/jobs",
@@ -192,7 +211,8 @@ TEST_F(TemplateApiTest, a_drawing_that_does_not_end_is_a_failure_without_the_pro
 }
 
 TEST_F(TemplateApiTest, without_sign_in_there_is_nothing) {
-  for (const char* request : {"GET /api/v1/templates", "GET /api/v1/templates/badge.xml"})
+  for (const char* request : {"GET /api/v1/templates", "GET /api/v1/templates/badge.xml",
+                              "GET /api/v1/templates/badge.xml/sample.png"})
     EXPECT_EQ(AskPort(request, Host()).status, 401) << request;
   for (const char* rest : {"/picture", "/jobs", "/tables"})
     EXPECT_EQ(AskPort(std::string("POST ") + Badge + rest, Host(), "{}").status, 401) << rest;

@@ -87,6 +87,16 @@ TEST_F(TemplatesTest, nobody_gets_a_picture_that_was_drawn_for_another) {
             m_Templates->Draw("a", form, {{"Name", "b"}, {"c", ""}}, "plate").picture);
 }
 
+TEST_F(TemplatesTest, a_sample_is_everybodys_and_none_of_a_persons_pictures_is) {
+  const TemplateForm form = Badge();
+  const auto sample = m_Templates->Sample("ada", form).picture;
+  EXPECT_EQ(m_Templates->Sample("bob", form).picture, sample);
+  // The same values typed by a person are that person's; nobody's name is everybody's.
+  for (const char* person : {"ada", "", "of ada"})
+    EXPECT_NE(m_Templates->Draw(person, form, SampleValues(form.fields), "plate").picture, sample);
+  EXPECT_EQ(m_Merge.Count("-o"), 4);
+}
+
 TEST_F(TemplatesTest, a_person_who_asks_too_often_waits_and_others_do_not) {
   m_Limits.atOnce = 2;
   m_Limits.interval = 3600s;

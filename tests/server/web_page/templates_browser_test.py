@@ -51,9 +51,11 @@ def fill_in(browser, shop, pictures):
     browser.open(f"{shop.address}/templates?again")
     ready(browser, "the list")
     check_form(browser, "the list of templates")
-    take_pictures(browser, pictures, "templates")
     assert browser.run("document.querySelectorAll('ul.templates a').length") == 2
+    browser.wait("[...document.querySelectorAll('.sample img')].filter((one) => one.naturalWidth === 300).length === 2",
+                 "the samples, of one by one inch", LIMIT)
     assert browser.run("window.hacked") is None
+    take_pictures(browser, pictures, "templates")
     browser.run("document.querySelector('a[href=\"/templates/badge.xml\"]').click()")
     browser.wait("location.pathname === '/templates/badge.xml' && document.body.dataset.ready === 'yes'", "the form",
                  LIMIT)
