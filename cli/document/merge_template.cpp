@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -215,7 +216,8 @@ class TemplateCutter : public xml::XmlPieces {
     while (heading.ends_with(' ')) heading.pop_back();
     NoteField(heading);
     if (heading.empty() && !m_Table) return Refuse("a field has no name: {}");
-    const Expected<std::size_t> column = m_Table ? m_Table->ColumnOf(heading) : PlaceOf(heading);
+    const Expected<std::size_t> column =
+        m_Table ? m_Table->ColumnOf(heading) : m_Places.at(heading);
     if (!column) {
       if (m_Missing.empty()) {
         m_Missing = Describe(column.Error());
@@ -236,12 +238,12 @@ class TemplateCutter : public xml::XmlPieces {
   void NoteField(const std::string& heading) {
     std::vector<std::wstring_view> path;
     for (const Level& level : m_Path) path.push_back(level.name);
-    AddField(m_Fields, heading, PlaceOfField(m_Row.format, path, m_Attribute));
-  }
-
-  [[nodiscard]] std::size_t PlaceOf(const std::string& heading) const {
-    return static_cast<std::size_t>(std::ranges::find(m_Fields, heading, &TemplateField::heading) -
-                                    m_Fields.begin());
+    const FieldPlace place = PlaceOfField(m_Row.format, path, m_Attribute);
+    const auto [known, isNew] = m_Places.emplace(heading, m_Fields.size());
+    if (isNew)
+      m_Fields.push_back({heading, place.kind, place.maximum});
+    else
+      JoinPlace(m_Fields[known->second], place);
   }
 
   [[nodiscard]] bool IsIn(const std::array<std::wstring_view, 2>& path) const {
@@ -283,7 +285,8 @@ class TemplateCutter : public xml::XmlPieces {
   Pieces* m_Target = nullptr;
   std::size_t m_Rows = 0;  // the section of the plates
   std::set<std::size_t> m_Columns;
-  std::vector<TemplateField> m_Fields;  // each once
+  std::vector<TemplateField> m_Fields;                    // each once
+  std::unordered_map<std::string, std::size_t> m_Places;  // of these, by their headings
   std::array<std::string, 2> m_Markup;  // the last pieces of the document's own text
   std::string m_Attribute;              // whose value is at hand; empty for text
   std::string m_Missing;                // why the first field that has no column has none

@@ -99,16 +99,10 @@ FieldPlace PlaceOfField(TemplateFormat format, const std::vector<std::wstring_vi
   return {};
 }
 
-void AddField(std::vector<TemplateField>& fields, const std::string& heading,
-              const FieldPlace& place) {
-  const auto found = std::ranges::find(fields, heading, &TemplateField::heading);
-  if (found == fields.end()) {
-    fields.push_back({heading, place.kind, place.maximum});
-    return;
-  }
-  if (Strictness(place.kind) > Strictness(found->kind)) found->kind = place.kind;
-  if (place.maximum > 0 && (found->maximum == 0 || place.maximum < found->maximum))
-    found->maximum = place.maximum;
+void JoinPlace(TemplateField& field, const FieldPlace& place) {
+  if (Strictness(place.kind) > Strictness(field.kind)) field.kind = place.kind;
+  if (place.maximum > 0 && (field.maximum == 0 || place.maximum < field.maximum))
+    field.maximum = place.maximum;
 }
 
 }  // namespace rastrel::cli

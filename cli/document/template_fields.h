@@ -41,8 +41,7 @@ struct TemplateField {
                                       const std::vector<std::wstring_view>& path,
                                       std::string_view attribute);
 
-/// Adds a field at a place to those that were found before.
-void AddField(std::vector<TemplateField>& fields, const std::string& heading,
-              const FieldPlace& place);
+/// Tells a field of a further place.
+void JoinPlace(TemplateField& field, const FieldPlace& place);
 
 }  // namespace rastrel::cli

@@ -38,9 +38,17 @@ struct FakeMerge {
                         R"({"event":"document","pages":1,"width_cm":7.62,"height_cm":2.54})"
                         "\n";
     bool draws = true;
+    int fields = 0;  ///< not 0: so many fields in place of those
     bool fails = false;
   };
   std::shared_ptr<State> state = std::make_shared<State>();
+
+  static std::string ManyFields(int count) {
+    std::string lines;
+    for (int i = 0; i < count; ++i)
+      lines += R"({"event":"merge-field","kind":"text","name":"F)" + std::to_string(i) + "\"}\n";
+    return lines;
+  }
 
   [[nodiscard]] int Count(const std::string& option) const {
     const std::lock_guard lock(state->mutex);
@@ -57,6 +65,7 @@ struct FakeMerge {
     if (std::ranges::find(arguments, "--fields") != arguments.end()) {
       if (arguments[1].ends_with("broken.xml"))
         return MergeRun{3, R"({"event":"failed","text":"/root/x/broken.xml:3: it has a fault."})"};
+      if (state->fields > 0) return MergeRun{0, ManyFields(state->fields)};
       return MergeRun{0, R"({"event":"merge-field","name":"Name","kind":"text","maximum":255})"
                          "\n"
                          R"({"event":"merge-field","name":"Width","kind":"number","maximum":0})"

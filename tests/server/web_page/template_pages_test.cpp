@@ -152,6 +152,20 @@ TEST_F(TemplatePagesTest, a_template_with_a_fault_shows_the_fault_and_no_form) {
   EXPECT_TRUE(Has(none, "There is no such template."));
 }
 
+TEST_F(TemplatePagesTest, a_template_with_more_fields_than_can_be_filled_in_takes_a_table) {
+  WriteTemplate(m_Directory, "most.xml");
+  WriteTemplate(m_Directory, "more.xml");
+  m_Merge.state->fields = 80;
+  const auto most = Ask("/templates/most.xml");
+  EXPECT_TRUE(Has(most, "id=\"field-80\""));
+  m_Merge.state->fields = 81;
+  const auto more = Ask("/templates/more.xml");
+  EXPECT_EQ(more.status, 200);
+  EXPECT_FALSE(Has(more, "id=\"field-1\""));
+  EXPECT_TRUE(Has(more, "more fields than can be filled in here; bring a table."));
+  EXPECT_TRUE(Has(more, "action=\"/templates/more.xml/table\""));
+}
+
 TEST_F(TemplatePagesTest, speaks_german_where_the_browser_asks_for_it) {
   const auto page = Send({{"value.Width", "wide"}, {"action", "show"}}, "de-DE,de;q=0.9");
   EXPECT_TRUE(Has(page, "lang=\"de\""));
