@@ -41,7 +41,7 @@ struct TemplateField {
                                       const std::vector<std::wstring_view>& path,
                                       std::string_view attribute);
 
-/// Tells a field of a further place.
+/// Adds a further place of a field.
 void JoinPlace(TemplateField& field, const FieldPlace& place);
 
 }  // namespace rastrel::cli

@@ -89,9 +89,9 @@ MHD_Response* Empty() {
   return MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
 }
 
-// Any page of ours is shown in its own window, loads nothing of others, and tells nobody else where
-// its reader came from. With "no-referrer" a browser would send a form of ours with the origin
-// "null", which is that of anybody.
+// Any page of ours is shown in its own window, loads nothing of others, and says to nobody else
+// where its reader came from. With "no-referrer" a browser would send a form of ours with the
+// origin "null", which is that of anybody.
 constexpr std::pair<const char*, const char*> SecurityHeaders[] = {
     {"Content-Security-Policy",
      "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; "
