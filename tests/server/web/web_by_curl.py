@@ -222,6 +222,8 @@ class Web(unittest.TestCase):
         users = self.root / "server/users.toml"
         self.assertEqual(users.stat().st_mode & 0o777, 0o600)
         self.assertNotIn("correct", users.read_text())
+        (self.root / "templates").mkdir()
+        (self.root / "templates" / "badge.xml").write_text(BADGE)
         self.serve()
         safe = ["--cacert", str(certificate), "--insecure"]
 
@@ -248,6 +250,23 @@ class Web(unittest.TestCase):
         self.assertEqual(json.loads(self.curl("/api/v1/jobs", *bob, scheme="https")[1])["total"], 0)
         self.assertEqual(self.curl("/api/v1/jobs/1", *bob, scheme="https")[0], 404)
         self.assertEqual(self.curl("/api/v1/jobs/1", *ada, scheme="https")[0], 200)
+        # Who only sees gets pictures of plates and no jobs; a plate's job is its owner's.
+        badge = "/api/v1/templates/badge.xml"
+        values = ["--header", "Content-Type: application/json", "--data", '{"values": {"Name": "Eve"}, "hold": true}']
+        shown = ["--header", "Content-Type: application/json", "--data", '{"values": {"Name": "Eve"}}']
+        for who in (ada, bob):
+            self.assertEqual(self.curl(badge, *who, scheme="https")[0], 200)
+            status, body = self.curl(badge + "/picture", *who, *shown, scheme="https")
+            self.assertEqual((status, json.loads(body)["notes"]), (200, []))
+        self.assertEqual(self.curl(badge + "/jobs", *bob, *values, scheme="https")[0], 403)
+        self.assertEqual(self.curl(badge + "/tables", *bob, "--form", f"file=@{self.page}", scheme="https")[0], 403)
+        status, body = self.curl(badge + "/jobs", *ada, *values, scheme="https")
+        self.assertEqual((status, json.loads(body)["owner"]), (201, "ada"))
+        self.assertEqual(json.loads(body)["options"]["template"], "badge.xml")
+        plate = f"/api/v1/jobs/{json.loads(body)['id']}"
+        self.assertEqual(self.curl(plate, *bob, scheme="https")[0], 404)
+        self.assertEqual(self.curl(plate + "/file", *bob, scheme="https")[0], 404)
+        self.assertIn("Eve", self.curl(plate + "/file", *ada, scheme="https")[1])
         self.rastrel("users", "role", "ada", "--role", "see")
         self.assertEqual(self.curl("/api/v1/jobs/1", *ada, scheme="https")[0], 401)
         self.rastrel("users", "remove", "bob")
