@@ -21,6 +21,7 @@ struct TemplateView {
   std::vector<FieldNote> notes;
   std::shared_ptr<const PlatePicture> picture;  ///< null: none was asked for
   std::string refusal;                          ///< a sentence on the whole, in English or foreign
+  int status = 200;                             ///< of the page
 };
 
 /// The markup of the page: the form, the picture, and the place for a table.

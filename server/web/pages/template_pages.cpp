@@ -67,7 +67,7 @@ class TemplatePages {
     if (request.caller.role == Role::Nobody) return ToSignIn(request.path);
     auto view = Begin(request);
     if (!view) return NoTemplate(request);
-    return Page(200, request, *view);
+    return Page(view->status, request, *view);
   }
 
   // The form with a button.
@@ -75,7 +75,7 @@ class TemplatePages {
     if (request.caller.role == Role::Nobody) return ToSignIn(request.path);
     auto view = Begin(request);
     if (!view) return NoTemplate(request);
-    if (!view->refusal.empty()) return Page(400, request, *view);
+    if (!view->refusal.empty()) return Page(view->status, request, *view);
     auto plate = PlateRequestOf(request);
     if (!plate) {
       view->refusal = plate.Error().why;
@@ -116,10 +116,12 @@ class TemplatePages {
     TemplateView view;
     view.file = *std::move(file);
     FoundTemplate found = TemplateOf(m_Templates, request);
-    if (found.form)
+    if (found.form) {
       view.fields = found.form->fields;
-    else
+    } else {
       view.refusal = ReasonOf(found.refusal);
+      view.status = found.refusal.status;
+    }
     return view;
   }
 

@@ -145,6 +145,7 @@ TEST_F(TemplatePagesTest, what_the_program_says_is_text) {
 
 TEST_F(TemplatePagesTest, a_template_with_a_fault_shows_the_fault_and_no_form) {
   const auto page = Ask("/templates/broken.xml");
+  EXPECT_EQ(page.status, 400);
   EXPECT_TRUE(Has(page, "broken.xml:3: it has a fault"));
   EXPECT_FALSE(Has(page, "<form id=\"plate\""));
   const auto none = Ask("/templates/none.xml");
