@@ -315,8 +315,8 @@ class TemplateOwnersTest : public WebTest {
   TemplateOwnersTest() : m_Shop(MakeShop()) {
     WriteTemplate(Root() + "/templates", "badge.xml");
     WriteTemplate(Root() + "/templates", "broken.xml");
-    std::filesystem::create_directories(Root() + "/work");
-    m_Templates = std::make_unique<Templates>(Root() + "/templates", Root() + "/work", m_Merge,
+    std::filesystem::create_directories(Root() + "/drawn");
+    m_Templates = std::make_unique<Templates>(Root() + "/templates", Root() + "/drawn", m_Merge,
                                               Templates::Limits());
     AddTemplates(m_Router, m_Shop, *m_Templates);
     AddTemplatePages(m_Router, m_Shop, *m_Templates);

@@ -33,7 +33,7 @@ class TemplatesTest : public testing::Test {
 
   os::PrivateDirectory m_Place = *os::PrivateDirectory::Make("rastrel-templates-");
   std::string m_Directory = m_Place.Path() + "/templates";
-  std::string m_Work = m_Place.Path() + "/work";
+  std::string m_Work = m_Place.Path() + "/drawn";
   FakeMerge m_Merge;
   Templates::Limits m_Limits;
   std::unique_ptr<Templates> m_Templates;
@@ -49,7 +49,7 @@ TEST_F(TemplatesTest, the_fields_are_read_once_for_each_state_of_the_file) {
 }
 
 TEST_F(TemplatesTest, a_template_that_is_none_starts_no_program) {
-  for (const char* name : {"none.xml", "../work", "/etc/passwd", "badge.txt"}) {
+  for (const char* name : {"none.xml", "../drawn", "/etc/passwd", "badge.txt"}) {
     const auto form = m_Templates->Form(name);
     ASSERT_FALSE(form);
     EXPECT_EQ(form.Error().code, FailureCode::BadInput);

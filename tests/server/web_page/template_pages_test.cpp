@@ -27,8 +27,8 @@ class TemplatePagesTest : public test::ShopFixture {
     WriteTemplate(m_Directory, "badge.xml");
     WriteTemplate(m_Directory, "broken.xml");
     WriteTemplate(m_Directory, HostileName);
-    std::filesystem::create_directories(m_Place.Path() + "/work");
-    m_Templates = std::make_unique<Templates>(m_Directory, m_Place.Path() + "/work", m_Merge,
+    std::filesystem::create_directories(m_Place.Path() + "/drawn");
+    m_Templates = std::make_unique<Templates>(m_Directory, m_Place.Path() + "/drawn", m_Merge,
                                               Templates::Limits());
     AddTemplatePages(m_Router, m_Shop, *m_Templates);
   }
