@@ -222,6 +222,8 @@ enum class CommandId {
   BatchConvert,
   BatchPreview,
   BatchPageSize,
+  BatchPrint,
+  BatchMerge,
   Completion,
   Help,
 };

@@ -99,7 +99,8 @@ Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
   if (request.page > 0) options.page = request.page;
   options.outlines = request.outlines;
   options.dpi = request.dpi;
-  return render::SaveImages(source, FormatOf(request.kind), options, output, request.numbered);
+  return render::SaveImages(source, FormatOf(request.kind), options, output, request.numbered,
+                            request.single);
 }
 
 std::vector<std::string> DrawOrEnd(document::DocumentHost& host, const DrawingRequest& request,

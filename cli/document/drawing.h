@@ -25,6 +25,7 @@ struct DrawingRequest {
   int dpi = 96;  ///< pixels per inch of a picture
   bool outlines = false;
   os::Existing numbered = os::Existing::Refused;  ///< for the files of several pages
+  os::Existing single = os::Existing::Followed;   ///< for the file of one
 };
 
 /// Reads the options of drawing; the kind by the extension of `output`, .svg, .pdf, .png, .json
