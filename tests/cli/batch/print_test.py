@@ -98,7 +98,7 @@ class Print(unittest.TestCase):
     def test_files_and_names_are_those_of_the_command(self):
         _, error = self.check_same(self.make_files(4), "--printer", "Proofs", "--mode", "RGB/300 dpi.ps")
         self.assertEqual(sorted(self.content("many")), [f"sign {n}-{page}.png" for n in range(4) for page in (1, 2)])
-        self.assertIn("4 of 4 files are done", error)
+        self.assertEqual(error, "4 of 4 files are done\n")
 
     def test_copies_have_the_names_that_the_command_gives_them(self):
         self.check_same(self.make_files(2, pages=1), "--copies", "2")
