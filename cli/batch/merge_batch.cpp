@@ -53,11 +53,19 @@ Words Part(const char* word, const std::string& value, const Words& words) {
   return part;
 }
 
-// Runs a part on this machine. Its lines are the user's.
+// Runs a part on this machine. Its lines are the user's, unless a signal ended it: then the batch
+// says so itself.
 ExitStatus RunPart(const Words& words) {
   const auto runs = OrEnd(ExitStatus::JobFailed, CommandRuns::Create());
-  const auto status = runs->Run(words, false);
+  HeldText lines;
+  const auto status = [&] {
+    HeldOutput held;
+    auto ended = runs->Run(words, false);
+    lines = held.Take();
+    return ended;
+  }();
   if (runs->IsStopped()) return ExitStatus::Cancelled;
+  WriteHeld(lines);
   if (!status) throw CommandError(ExitStatus::JobFailed, "merge: " + Describe(status.Error()));
   return *status;
 }

@@ -136,6 +136,23 @@ class Merge(unittest.TestCase):
         self.merge("plain/badge.png", "--dpi", "300")
         self.assertEqual(self.content("many"), self.content("plain"))
 
+    def test_a_signal_ends_it_and_it_goes_on(self):
+        arguments = ("batch", "merge", "badge.xml", "--data", "names.csv", "-o", "many/badge.png", "--dpi", "300", "--jobs",
+                     "1")
+        batch = self.start(*arguments)
+        limit = time.monotonic() + WAIT
+        while not list(self.place.glob("many/.rastrel-batch/piece-0.json")):
+            self.assertIsNone(batch.poll(), "it ended before the signal")
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.005)
+        batch.send_signal(signal.SIGTERM)
+        out, error = batch.communicate(timeout=WAIT)
+        self.assertEqual((batch.returncode, out), (4, ""), error)
+        self.assertIn("--resume", error)
+        _, error = self.run_command(*arguments, "--resume")
+        self.assertRegex(error, r"^3 of 3 pages are done; [12] of an earlier run\n$")
+        self.assertEqual(len(self.content("many")), 3)
+
     def test_a_page_that_is_killed_is_done_again(self):
         batch = self.start("batch", "merge", "badge.xml", "--data", "names.csv", "-o", "many/badge.png", "--dpi", "300")
         limit = time.monotonic() + WAIT
