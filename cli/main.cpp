@@ -11,8 +11,10 @@
 #include "cli/batch/batch_command.h"
 #include "cli/batch/batch_piece.h"
 #include "cli/console/completion.h"
+#include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/help.h"
+#include "cli/console/merge_parts.h"
 #include "cli/console/options.h"
 #include "cli/console/run_program.h"
 #include "cli/console/standard_streams.h"
@@ -88,7 +90,7 @@ void ReadStandardInput(Invocation& invocation, std::optional<JobDirectory>& dire
   if (!TakesFiles(invocation.command) || invocation.command == CommandId::JobsAdd ||
       invocation.command == CommandId::BatchConvert ||
       invocation.command == CommandId::BatchPreview ||
-      invocation.command == CommandId::BatchPageSize)
+      invocation.command == CommandId::BatchPageSize || invocation.command == CommandId::BatchPrint)
     return;
   if (count == 0 && invocation.Has(OptionId::Title))
     throw CommandError(ExitStatus::WrongUse,
@@ -179,7 +181,9 @@ ExitStatus RunCommand(const Invocation& invocation, const std::vector<std::strin
     case CommandId::FolderRemove: return RunServerProgram(arguments);
     case CommandId::BatchConvert:
     case CommandId::BatchPreview:
-    case CommandId::BatchPageSize: return BatchCommand(invocation);
+    case CommandId::BatchPageSize:
+    case CommandId::BatchPrint:
+    case CommandId::BatchMerge: return BatchCommand(invocation);
     case CommandId::Completion: return CompletionCommand(invocation.operand);
     case CommandId::Help: return HelpCommand(invocation.operand);
     case CommandId::None: break;
@@ -195,6 +199,20 @@ ExitStatus Run(Invocation invocation, const std::vector<std::string>& arguments)
   return RunCommand(invocation, arguments);
 }
 
+bool IsMergePart(std::string_view word) {
+  return word == MergeCountWord || word == MergePageWord || word == MergeReportWord;
+}
+
+// Returns only if the program that opens documents can't be started.
+int StartMergePart(const std::vector<std::string>& arguments) {
+  try {
+    return static_cast<int>(RunDocumentProgram(arguments));
+  } catch (const CommandError& error) {
+    WriteErrorMessage(error, false);
+    return static_cast<int>(error.Status());
+  }
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -203,6 +221,7 @@ int main(int count, char** arguments) {
   if (count > 1 && std::string_view(arguments[1]) == ArrayTaskWord)
     return RunArrayTask(count, arguments);
   const std::vector<std::string> copy(arguments, arguments + count);
+  if (count > 1 && IsMergePart(arguments[1])) return StartMergePart(copy);
   return RunProgram(count, arguments,
                     [&](const Invocation& invocation) { return Run(invocation, copy); });
 }

@@ -69,20 +69,28 @@ Json ReadJson(const std::string& path) {
   return text ? Json::parse(*text, nullptr, false) : Json();
 }
 
+// One that is missing is false.
+bool ReadFlag(const Json& file, const char* name, bool& flag) {
+  const Json value = file.value(name, Json(false));
+  if (!value.is_boolean()) return false;
+  flag = value.get<bool>();
+  return true;
+}
+
 std::optional<BatchPlan> ReadPlan(const std::string& directory) {
   const Json file = ReadJson(directory + PlanFile);
   BatchPlan plan;
   if (!IsOf(file, PlanFormat) || !ReadList(file.value("words", Json()), plan.words) ||
-      !ReadList(file.value("files", Json()), plan.files))
+      !ReadList(file.value("files", Json()), plan.files) ||
+      !ReadFlag(file, "staged", plan.staged) || !ReadFlag(file, "replaces", plan.replaces))
     return std::nullopt;
   return plan;
 }
 
 Expected<void> WritePlan(const std::string& directory, const BatchPlan& plan) {
-  const Json file{{"format", PlanFormat},
-                  {"version", 1},
-                  {"words", HexList(plan.words)},
-                  {"files", HexList(plan.files)}};
+  const Json file{{"format", PlanFormat},         {"version", 1},
+                  {"words", HexList(plan.words)}, {"files", HexList(plan.files)},
+                  {"staged", plan.staged},        {"replaces", plan.replaces}};
   return os::ReplaceFile(os::FromNative(directory + PlanFile), file.dump() + "\n",
                          os::Access::Private);
 }

@@ -19,7 +19,11 @@ inline constexpr const char* BatchRecordName = ".rastrel-batch";
 /// The work of a batch: each file is a run of `rastrel WORDS -- FILE`.
 struct BatchPlan {
   std::vector<std::string> words;  ///< the command, and its options for each file
-  std::vector<std::string> files;  ///< native paths, as given
+  std::vector<std::string> files;  ///< native paths, as given; or other names of parts of the work
+  /// Each run has its results in a directory of its own first (staged_results.h), which is its last
+  /// option, `--output=DIR`.
+  bool staged = false;
+  bool replaces = false;  ///< staged results replace others of their names
   bool operator==(const BatchPlan&) const = default;
 };
 

@@ -81,7 +81,6 @@ class Arrays {
         m_Cutter(results, record.Plan().files.size(), seconds) {}
 
   void Work() {
-    EndEarlier();
     OrEnd(ExitStatus::JobFailed, os::ReplaceFile(os::FromNative(m_Record.Directory() + ScriptFile),
                                                  ScriptText, os::Access::Private));
     while (!m_IsStopped) {
@@ -92,14 +91,6 @@ class Arrays {
   }
 
  private:
-  // A batch that was killed may have left an array.
-  void EndEarlier() {
-    for (const std::string& name : OrEnd(ExitStatus::JobFailed, ArrayNames(m_Record))) {
-      OrEnd(ExitStatus::JobFailed, m_Cluster.Cancel(name));
-      OrEnd(ExitStatus::JobFailed, RemoveArrayPlan(m_Record, name));
-    }
-  }
-
   void Do(std::vector<BatchPiece> pieces) {
     const std::string name =
         "rastrel-batch-" + OrEnd(ExitStatus::JobFailed, os::RandomDigits(NameBytes));

@@ -64,7 +64,8 @@ std::string KindOfOperand(const CommandRow& row) {
     case CommandId::PageSize:
     case CommandId::BatchConvert:
     case CommandId::BatchPreview:
-    case CommandId::BatchPageSize: return "files ps eps pdf";
+    case CommandId::BatchPageSize:
+    case CommandId::BatchPrint: return "files ps eps pdf";
     case CommandId::Inspect: return "files ps eps";
     case CommandId::JobsAdd: return "files ps eps pdf png jpg jpeg";
     case CommandId::Sheet: return "files xlsx ods fods";

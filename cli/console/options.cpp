@@ -130,7 +130,8 @@ constexpr std::array OptionTable{
               "Let these rules say which paint means which operation: a file, or a name that "
               "`rules list` has."},
     OptionRow{Blank, "--blank", "WxH",
-              "Lay out on a blank of this size, for instance 60x40cm or 24x16in."},
+              "Lay out on a blank of this size, for instance 60x40cm or 24x16in; merges also take "
+              "'plate', as large as the plates of a row."},
     OptionRow{Outlines, "--outlines", "",
               "Draw letters as outlines, so that no font is needed to see them."},
     OptionRow{Manifest, "--manifest", "FILE",
@@ -179,6 +180,11 @@ constexpr std::array OptionTable{
               "The template that a table's rows fill: each job is a merge."},
     OptionRow{OnlyBad, "--only-bad", "REPORT",
               "Merge those rows alone that are bad in this report, the output of `merge --json`."},
+    OptionRow{ListFields, "--fields", "",
+              "List the fields of the template, with what goes into each; no table is needed."},
+    OptionRow{PicturePixels, "--pixels", "N",
+              "Draw pictures as large as fits into N by N pixels, at 300 per inch at most; 1 to "
+              "20000."},
     OptionRow{FontReplacement, "--font", "NAME=FONT",
               "Use this font where the one of that name is missing; may be given several times."},
     OptionRow{CancelMissingFonts, "--cancel-missing-fonts", "",

@@ -93,6 +93,8 @@ enum class OptionId {
   AllowOutside,
   Data,
   OnlyBad,
+  ListFields,
+  PicturePixels,
   MergeTemplateFile,
   FontReplacement,
   CancelMissingFonts,
@@ -222,6 +224,8 @@ enum class CommandId {
   BatchConvert,
   BatchPreview,
   BatchPageSize,
+  BatchPrint,
+  BatchMerge,
   Completion,
   Help,
 };

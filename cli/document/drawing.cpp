@@ -1,7 +1,9 @@
 #include "cli/document/drawing.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <filesystem>
 #include <utility>
 
@@ -18,6 +20,8 @@ namespace {
 
 constexpr int MaximumDpi = 2400;
 constexpr int MaximumPage = 1'000'000;
+constexpr int MaximumPixels = 20000;
+constexpr int HighestFittedDpi = 300;
 
 struct Extension {
   const char* name;
@@ -43,6 +47,13 @@ render::ImageFormat FormatOf(DrawingKind kind) {
     case DrawingKind::Pdf: return render::ImageFormat::Pdf;
     default: return render::ImageFormat::Png;
   }
+}
+
+// The resolution at which a blank fits into so many pixels each way.
+int FittedDpi(const document::SignBlank& blank, int pixels) {
+  const double inches = std::max(blank.width, blank.height) / 2.54;
+  const double dpi = inches > 0 ? std::floor(pixels / inches) : HighestFittedDpi;
+  return static_cast<int>(std::clamp(dpi, 1.0, double{HighestFittedDpi}));
 }
 
 // Saved under a name of its own first: the host looks a name up in any case, as library paths are,
@@ -82,6 +93,13 @@ Expected<DrawingRequest> DrawingRequestOf(const Invocation& invocation, const st
     if (!number) return number.Error();
     request.dpi = *number;
   }
+  const std::string pixels = invocation.ValueOr(OptionId::PicturePixels, "");
+  if (!pixels.empty()) {
+    if (!dpi.empty()) return FailureOf("--pixels and --dpi say the size of a picture both");
+    const auto number = WholeNumberOf("--pixels", pixels, 1, MaximumPixels);
+    if (!number) return number.Error();
+    request.pixels = *number;
+  }
   request.outlines = invocation.Has(OptionId::Outlines);
   request.numbered = UnnamedExisting(invocation);
   return request;
@@ -98,8 +116,10 @@ Expected<std::vector<std::string>> WriteDrawing(document::DocumentHost& host,
   render::ImageOptions options;
   if (request.page > 0) options.page = request.page;
   options.outlines = request.outlines;
-  options.dpi = request.dpi;
-  return render::SaveImages(source, FormatOf(request.kind), options, output, request.numbered);
+  options.dpi =
+      request.pixels > 0 ? FittedDpi(source.document.Blank(), request.pixels) : request.dpi;
+  return render::SaveImages(source, FormatOf(request.kind), options, output, request.numbered,
+                            request.single);
 }
 
 std::vector<std::string> DrawOrEnd(document::DocumentHost& host, const DrawingRequest& request,

@@ -21,10 +21,12 @@ enum class DrawingKind {
 /// How a file is made of a document.
 struct DrawingRequest {
   DrawingKind kind = DrawingKind::Document;
-  int page = 0;  ///< from 1; 0 for all
-  int dpi = 96;  ///< pixels per inch of a picture
+  int page = 0;    ///< from 1; 0 for all
+  int dpi = 96;    ///< pixels per inch of a picture
+  int pixels = 0;  ///< not 0: the sides that a picture fits into, in place of `dpi`
   bool outlines = false;
   os::Existing numbered = os::Existing::Refused;  ///< for the files of several pages
+  os::Existing single = os::Existing::Followed;   ///< for the file of one
 };
 
 /// Reads the options of drawing; the kind by the extension of `output`, .svg, .pdf, .png, .json

@@ -12,6 +12,7 @@
 #include "cli/document/cut_command.h"
 #include "cli/document/import_command.h"
 #include "cli/document/merge_command.h"
+#include "cli/document/merge_part.h"
 #include "cli/document/separate_command.h"
 #include "cli/document/view_command.h"
 #include "host/text/library_log.h"
@@ -45,5 +46,6 @@ void EndWith(const std::string& message) {
 
 int main(int count, char** arguments) {
   rastrel::text::GuardLibraryLog(EndWith);
-  return RunProgram(count, arguments, Run);
+  const int part = RunMergePart(count, arguments);
+  return part >= 0 ? part : RunProgram(count, arguments, Run);
 }

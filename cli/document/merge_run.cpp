@@ -28,7 +28,7 @@ class MergeRun {
     std::string extension = name.extension();
     if (!HasReaderExtension(task.format, task.invocation.operand))
       extension = "." + std::string(ReaderExtensions(task.format));
-    m_Source.file = OrEnd(ExitStatus::JobFailed, task.workspace.MakeFolder("merged")) + "/" +
+    m_Source.file = OrEnd(ExitStatus::JobFailed, task.workspace.MakeFolder(task.folder)) + "/" +
                     name.stem().string() + extension;
   }
 

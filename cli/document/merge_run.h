@@ -21,7 +21,8 @@ struct MergeTask {
   TemplateFormat format;
   const MergeTemplate& merge;
   const std::vector<MergeRow>& rows;
-  std::string tablePath;  ///< for messages
+  std::string tablePath;          ///< for messages
+  const char* folder = "merged";  ///< of the workspace, which is made for the merged files
 };
 
 /// Imports the template with the values of all rows into one document, and completes the reports,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -76,7 +77,8 @@ bool HasUnwritableCharacters(std::string_view value) {
 // Takes a template piece by piece and sorts the pieces into sections.
 class TemplateCutter : public xml::XmlPieces {
  public:
-  TemplateCutter(TemplateFormat format, const MergeTable& table, MergeTemplate& result)
+  // Without a table each field is a column of its own, and `Fields` has them.
+  TemplateCutter(TemplateFormat format, const MergeTable* table, MergeTemplate& result)
       : m_Row(*std::ranges::find(Repeats, format, &RepeatRow::format)),
         m_Table(table),
         m_Result(result) {
@@ -104,6 +106,9 @@ class TemplateCutter : public xml::XmlPieces {
   }
 
   void Markup(std::string_view bytes) override {
+    // The name of an attribute comes by itself, between a blank and the sign of its value.
+    m_Markup[0].swap(m_Markup[1]);
+    m_Markup[1] = bytes;
     // Comments may have line ends, and a row is one line.
     std::string& text = Last();
     for (const char byte : bytes) text += byte == '\n' || byte == '\r' ? ' ' : byte;
@@ -113,8 +118,11 @@ class TemplateCutter : public xml::XmlPieces {
     if (!m_State) return;
     if (place == xml::XmlTextPlace::Namespace || IsDrawing())
       return xml::AppendXmlText(Last(), text, true);
+    m_Attribute = place == xml::XmlTextPlace::Attribute ? m_Markup[0] : std::string();
     Split(text, place != xml::XmlTextPlace::Attribute);
   }
+
+  [[nodiscard]] std::vector<TemplateField>& Fields() { return m_Fields; }
 
   [[nodiscard]] Expected<void> Finish() {
     if (!m_State) return m_State;
@@ -123,8 +131,8 @@ class TemplateCutter : public xml::XmlPieces {
       return FailureOf("there is no " + Shown(m_Row.plate[1]) + " in " + Shown(m_Row.plate[0]) +
                        " to repeat for each row");
     if (m_Columns.empty())
-      return FailureOf("no text of the template has a field; a field is a heading in braces. " +
-                       TableHeadings());
+      return FailureOf("no text of the template has a field; a field is a heading in braces" +
+                       (m_Table ? ". " + TableHeadings() : std::string()));
     m_Result.m_Columns.assign(m_Columns.begin(), m_Columns.end());
     return {};
   }
@@ -206,8 +214,10 @@ class TemplateCutter : public xml::XmlPieces {
   void Field(std::string heading, bool content) {
     while (heading.starts_with(' ')) heading.erase(0, 1);
     while (heading.ends_with(' ')) heading.pop_back();
-    if (std::ranges::find(m_Fields, heading) == m_Fields.end()) m_Fields.push_back(heading);
-    const auto column = m_Table.ColumnOf(heading);
+    NoteField(heading);
+    if (heading.empty() && !m_Table) return Refuse("a field has no name: {}");
+    const Expected<std::size_t> column =
+        m_Table ? m_Table->ColumnOf(heading) : m_Places.at(heading);
     if (!column) {
       if (m_Missing.empty()) {
         m_Missing = Describe(column.Error());
@@ -223,6 +233,17 @@ class TemplateCutter : public xml::XmlPieces {
     m_Target->back().column = *column;
     m_Target->back().hasReferences = content && m_Row.hasReferences && IsInFont();
     m_Columns.insert(*column);
+  }
+
+  void NoteField(const std::string& heading) {
+    std::vector<std::wstring_view> path;
+    for (const Level& level : m_Path) path.push_back(level.name);
+    const FieldPlace place = PlaceOfField(m_Row.format, path, m_Attribute);
+    const auto [known, isNew] = m_Places.emplace(heading, m_Fields.size());
+    if (isNew)
+      m_Fields.push_back({heading, place.kind, place.maximum});
+    else
+      JoinPlace(m_Fields[known->second], place);
   }
 
   [[nodiscard]] bool IsIn(const std::array<std::wstring_view, 2>& path) const {
@@ -245,25 +266,30 @@ class TemplateCutter : public xml::XmlPieces {
   }
 
   [[nodiscard]] std::string TableHeadings() const {
-    return "The table has the headings " + ListOf(m_Table.headings);
+    return "The table has the headings " + ListOf(m_Table->headings);
   }
 
   [[nodiscard]] Failure MissingHeadings() const {
+    std::vector<std::string> fields;
+    for (const TemplateField& field : m_Fields) fields.push_back(field.heading);
     Failure failure = FailureOf(m_Missing + ". " + TableHeadings() +
-                                "; the template has the fields " + ListOf(m_Fields));
+                                "; the template has the fields " + ListOf(fields));
     failure.line = m_MissingLine;
     return failure;
   }
 
   const RepeatRow& m_Row;
-  const MergeTable& m_Table;
+  const MergeTable* m_Table;
   MergeTemplate& m_Result;
   std::vector<Level> m_Path;
   Pieces* m_Target = nullptr;
   std::size_t m_Rows = 0;  // the section of the plates
   std::set<std::size_t> m_Columns;
-  std::vector<std::string> m_Fields;  // headings that fields name, each once
-  std::string m_Missing;              // why the first field that has no column has none
+  std::vector<TemplateField> m_Fields;                    // each once
+  std::unordered_map<std::string, std::size_t> m_Places;  // of these, by their headings
+  std::array<std::string, 2> m_Markup;  // the last pieces of the document's own text
+  std::string m_Attribute;              // whose value is at hand; empty for text
+  std::string m_Missing;                // why the first field that has no column has none
   int m_MissingLine = 0;
   Expected<void> m_State;
 };
@@ -271,10 +297,19 @@ class TemplateCutter : public xml::XmlPieces {
 Expected<MergeTemplate> MergeTemplate::Read(const XmlNode& root, TemplateFormat format,
                                             const MergeTable& table) {
   MergeTemplate result;
-  TemplateCutter cutter(format, table, result);
+  TemplateCutter cutter(format, &table, result);
   xml::WriteXml(root, cutter);
   if (auto cut = cutter.Finish(); !cut) return cut.Error();
   return result;
+}
+
+Expected<std::vector<TemplateField>> MergeTemplate::FieldsOf(const XmlNode& root,
+                                                             TemplateFormat format) {
+  MergeTemplate result;
+  TemplateCutter cutter(format, nullptr, result);
+  xml::WriteXml(root, cutter);
+  if (auto cut = cutter.Finish(); !cut) return cut.Error();
+  return std::move(cutter.Fields());
 }
 
 void MergeTemplate::AppendPieces(std::string& target, const Pieces& pieces, const MergeRow& row) {

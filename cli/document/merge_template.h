@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/document/merge_table.h"
+#include "cli/document/template_fields.h"
 #include "cli/document/template_format.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/xml/node.h"
@@ -31,6 +32,10 @@ class MergeTemplate {
   /// field.
   [[nodiscard]] static Expected<MergeTemplate> Read(const XmlNode& root, TemplateFormat format,
                                                     const MergeTable& table);
+  /// The fields of a template without a table, each once, in the order in which they come first.
+  /// Fails as Read does, but for headings.
+  [[nodiscard]] static Expected<std::vector<TemplateField>> FieldsOf(const XmlNode& root,
+                                                                     TemplateFormat format);
 
   /// Whether the format has one plate or none, so that each row is a document of its own.
   [[nodiscard]] bool IsDocumentARow() const { return m_IsDocumentARow; }

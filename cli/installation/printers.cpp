@@ -42,6 +42,25 @@ Expected<void> CheckPrinter(const std::vector<devices::Device>& devices, const s
                    (known.empty() ? "none" : known));
 }
 
+Expected<void> CheckTakesSeveral(const std::vector<devices::Device>& devices,
+                                 const std::string& name) {
+  if (auto known = CheckPrinter(devices, name); !known) return known;
+  const devices::Device& device = *std::ranges::find(devices, name, &devices::Device::printer);
+  const std::string printer = "the printer '" + name + "' ";
+  if (device.kind == devices::DeviceKind::Command)
+    return FailureOf(printer +
+                     "gives its pages to a program, which can't take two jobs at once: print to it "
+                     "by `rastrel print`, one file after the other");
+  if (!device.pattern.BeginsWith(devices::Field::Output))
+    return FailureOf(printer +
+                     "has a directory of its own, and a batch puts its pages into that of "
+                     "-o: its pattern has to begin with {output}");
+  if (!device.pattern.Has(devices::Field::Job))
+    return FailureOf(printer +
+                     "gives the pages of all jobs the same names: its pattern has no {job}");
+  return {};
+}
+
 std::string DescribeDevice(const devices::Device& device) {
   const std::string format =
       std::string(device.printer == "*" ? "any name that a host uses and no other section bears: "

@@ -21,6 +21,12 @@ inline constexpr const char* DefaultPrinter = "KVI Tiff Screen Preview";
 [[nodiscard]] Expected<void> CheckPrinter(const std::vector<devices::Device>& devices,
                                           const std::string& name);
 
+/// Fails, with a sentence for the user, unless the printer takes the pages of several files at the
+/// same time and has a directory of the user's for them: its pages are files whose names begin with
+/// {output} and hold {job}.
+[[nodiscard]] Expected<void> CheckTakesSeveral(const std::vector<devices::Device>& devices,
+                                               const std::string& name);
+
 /// "TIFF files" or "PDF, given to a program: /usr/bin/lp".
 [[nodiscard]] std::string DescribeDevice(const devices::Device& device);
 

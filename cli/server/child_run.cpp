@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -24,18 +25,20 @@ constexpr auto LookInterval = 200ms;
 constexpr std::size_t MaximumLine = 4096;
 constexpr std::size_t FirstLines = 100;
 constexpr std::size_t LastLines = 10;
+constexpr std::size_t MaximumOutput = 4 * 1024 * 1024;
 
 // The child and the pipe of its lines.
 struct Child {
   os::FileDescriptor process;
   os::FileDescriptor lines;
+  std::uint32_t id = 0;
 };
 
 Expected<Child> Start(const std::string& program, const std::vector<std::string>& arguments) {
   HANDLE reading = INVALID_HANDLE_VALUE;
   HANDLE writing = INVALID_HANDLE_VALUE;
   if (auto made = os::CreatePipe(reading, writing, 0); !made) return made.Error();
-  Child child{{}, os::FileDescriptor(reading)};
+  Child child{{}, os::FileDescriptor(reading), 0};
   const os::FileDescriptor childsEnd(writing);
   const auto nothing = os::OpenForReading(L"/dev/null");
   if (!nothing) return nothing.Error();
@@ -53,6 +56,7 @@ Expected<Child> Start(const std::string& program, const std::vector<std::string>
   const auto spawned = os::Spawn(request);
   if (!spawned) return spawned.Error();
   child.process = os::FileDescriptor(spawned->process);
+  child.id = spawned->id;
   return child;
 }
 
@@ -121,6 +125,37 @@ Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
   }
   const std::array handles{child->process.Get()};
   static_cast<void>(os::WaitReadable(handles, os::Deadline::Never()));
+  const auto state = os::TakeExitState(child->process.Get());
+  if (!state) return state.Error();
+  run.state = *state;
+  return run;
+}
+
+Expected<ToolRun> RunTool(const std::string& program, const std::vector<std::string>& arguments,
+                          os::Deadline deadline, const os::ProcessLimits& limits) {
+  const auto child = Start(program, arguments);
+  if (!child) return child.Error();
+  // One that has ended already needs none.
+  static_cast<void>(os::LimitProcess(child->id, limits));
+  ToolRun run;
+  const auto end = [&](const char* why) {
+    static_cast<void>(os::Terminate(child->process.Get()));
+    return FailureOf(program + " " + why);
+  };
+  for (;;) {
+    const std::array handles{child->lines.Get()};
+    if (os::WaitReadable(handles, deadline) != os::WaitSignaledBase)
+      return end("has not ended in time");
+    std::array<char, 4096> bytes;
+    const std::size_t count =
+        os::ReadSome(child->lines.Get(), bytes.data(), bytes.size()).ValueOr(0);
+    if (count == 0) break;
+    run.output.append(bytes.data(), count);
+    if (run.output.size() > MaximumOutput) return end("wrote too much");
+  }
+  const std::array handles{child->process.Get()};
+  if (os::WaitReadable(handles, deadline) != os::WaitSignaledBase)
+    return end("has not ended in time");
   const auto state = os::TakeExitState(child->process.Get());
   if (!state) return state.Error();
   run.state = *state;

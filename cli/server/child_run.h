@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/expected.h"
 #include "rastrel/platform/os/process.h"
+#include "rastrel/platform/os/process_limits.h"
 #include "server/queue/job_queue.h"
 
 namespace rastrel::cli {
@@ -32,5 +34,17 @@ using LineFilter = std::function<bool(const std::string&)>;
                                           const std::string& program,
                                           const std::vector<std::string>& arguments,
                                           const LineFilter& isWanted);
+
+/// All that a program wrote, both streams together, at most 4 MiB, and its end.
+struct ToolRun {
+  os::ExitState state{};
+  std::string output;
+};
+
+/// Runs a program as RunChild does, for no job, and with limits. Fails also if it has not ended
+/// before the deadline, or wrote more; it is ended then. Any thread.
+[[nodiscard]] Expected<ToolRun> RunTool(const std::string& program,
+                                        const std::vector<std::string>& arguments,
+                                        os::Deadline deadline, const os::ProcessLimits& limits);
 
 }  // namespace rastrel::cli

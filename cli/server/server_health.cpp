@@ -116,6 +116,17 @@ void CheckHotFolders(Checks& checks, const std::string& root,
   for (const std::string& folder : *folders) checks.push_back(CheckHotFolder(folder, known));
 }
 
+// The directory that server.toml names; without one, that of the data root need not be there.
+HealthCheck CheckTemplates(const std::string& folder) {
+  HealthCheck check{"templates", State::Good, "the folder is there", folder, {}};
+  const std::wstring path = os::FromNative(folder);
+  if (!os::IsDirectory(path))
+    return Bad(check, "the folder is missing", "make or mount it, or name another in server.toml");
+  if (!os::IsReadable(path))
+    return Bad(check, "it can't be read", "give the server's user the right to read there (chmod)");
+  return check;
+}
+
 void CheckParts(Checks& checks, const std::string& root, const server::ServerSettings& settings) {
   const bool isServing = server::IsServerRunning(root);
   if (settings.printer.on)
@@ -125,6 +136,8 @@ void CheckParts(Checks& checks, const std::string& root, const server::ServerSet
     checks.push_back(CheckPort("page's port", settings.web.address, settings.web.port, isServing));
   if (settings.web.on && !settings.web.certificate.empty())
     checks.push_back(CheckCertificate(settings.web, Milliseconds() / 1000));
+  if (settings.web.on && !settings.web.templates.empty())
+    checks.push_back(CheckTemplates(settings.web.templates));
   for (const server::DeviceSettings& device : settings.devices)
     checks.push_back(CheckDevice(device));
 }

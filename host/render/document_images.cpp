@@ -75,13 +75,12 @@ Expected<std::vector<std::string>> DrawDocument(const ImageSource& source, Image
 
 Expected<std::vector<std::string>> SaveImages(const ImageSource& source, ImageFormat format,
                                               const ImageOptions& options, const std::string& path,
-                                              os::Existing numbered) {
+                                              os::Existing numbered, os::Existing single) {
   std::vector<std::string> paths;
   std::vector<os::OutputFile> files;
   const auto take = [&](const std::string& image, int number) -> Expected<void> {
     paths.push_back(number == 0 ? path : os::NumberedPath(path, static_cast<unsigned>(number)));
-    auto file =
-        os::OutputFile::Create(paths.back(), number == 0 ? os::Existing::Followed : numbered);
+    auto file = os::OutputFile::Create(paths.back(), number == 0 ? single : numbered);
     if (!file) return file.Error();
     if (auto written = file->Write(image); !written) return written;
     files.push_back(*std::move(file));

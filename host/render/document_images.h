@@ -49,13 +49,14 @@ struct ImageSource {
                                                               ImageFormat format,
                                                               const ImageOptions& options);
 
-/// Draws the pictures and writes them: one to `path`, which is replaced as a whole; several to
-/// `path` with "-1", "-2" and so on before the extension, for which `numbered` says whether an
-/// entry of that name is replaced. Paths are native: a name that differs from another in case alone
-/// is another. Returns the paths. Fails as DrawDocument does, and as OutputFile
-/// where a file can't be written; then none has its name, and old files stay.
+/// Draws the pictures and writes them: one to `path`, for which `single` says whether an entry of
+/// that name is replaced; several to `path` with "-1", "-2" and so on before the extension, for
+/// which `numbered` says it. Paths are native: a name that differs from another in case alone is
+/// another. Returns the paths. Fails as DrawDocument does, and as OutputFile where a file can't be
+/// written; then none has its name, and old files stay.
 [[nodiscard]] Expected<std::vector<std::string>> SaveImages(
     const ImageSource& source, ImageFormat format, const ImageOptions& options,
-    const std::string& path, os::Existing numbered = os::Existing::Refused);
+    const std::string& path, os::Existing numbered = os::Existing::Refused,
+    os::Existing single = os::Existing::Followed);
 
 }  // namespace rastrel::render

@@ -128,10 +128,13 @@ void TakeWeb(TomlTable& root, WebSettings& web) {
   TakeWhole(*table, "port", 1024, 65535, web.port);
   web.certificate = table->Text("certificate").value_or("");
   web.key = table->Text("key").value_or("");
+  web.templates = table->Text("templates").value_or("");
   TakeNames(*table, web);
   for (const auto& [key, path] : {std::pair("certificate", web.certificate), {"key", web.key}})
     if (!path.empty() && path.front() != '/')
       table->Fail(key, "the file is to be named by its full path");
+  if (!web.templates.empty() && web.templates.front() != '/')
+    table->Fail("templates", "the directory is to be named by its full path");
   if (web.certificate.empty() != web.key.empty())
     table->Fail(web.key.empty() ? "certificate" : "key", "TLS needs both certificate and key");
   if (web.certificate.empty() && !IsThisMachine(web.address))

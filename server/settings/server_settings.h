@@ -54,6 +54,7 @@ struct WebSettings {
   std::string certificate;         ///< full native path, PEM; empty: no TLS
   std::string key;                 ///< ...
   std::vector<std::string> names;  ///< host names that browsers may use, besides the address
+  std::string templates;  ///< directory, full native path; empty: "templates" of the data root
 };
 
 struct ServerSettings {

@@ -7,6 +7,7 @@
 #include "rastrel/platform/os/expected.h"
 #include "server/queue/job_queue.h"
 #include "server/settings/server_settings.h"
+#include "server/web/templates/run_merge.h"
 
 namespace rastrel::server::web {
 
@@ -30,6 +31,8 @@ struct Shop {
   std::function<std::string(const Job&)> tableRow;
   /// Removes kept pages by their name in the spool.
   std::function<void(const std::string& spool)> removePages;
+  /// Runs `rastrel merge`, for templates; empty: there are none.
+  RunMerge runMerge{};
   std::string spool{};  ///< native: the directory of kept pages; empty: its place in the data root
 };
 

@@ -35,6 +35,21 @@ export const get = (path) => send('GET', path);
 export const post = (path, body = {}) => send('POST', path, body);
 export const remove = (path) => send('DELETE', path);
 
+// A picture of a plate: the answer, or the milliseconds after which it can be asked for again.
+export async function drawPlate(name, body) {
+  const response = await fetch(`${root}templates/${name}/picture`, {
+    method: 'POST',
+    headers: { 'X-CSRF-Token': formToken(), 'Content-Type': 'application/json' },
+    body: JSON.stringify(body),
+    credentials: 'same-origin',
+  });
+  if (response.status === 429 || response.status === 503) {
+    return { wait: 1000 * (Number(response.headers.get('Retry-After')) || 1) };
+  }
+  if (!response.ok) throw new Error(await failureOf(response));
+  return { answer: await response.json() };
+}
+
 // Sends a form with a file; `onProgress` gets a share from 0 to 1. Only this old kind of request
 // says how much of a body has gone.
 export function upload(fields, file, onProgress) {

@@ -6,6 +6,7 @@ import { showDevices } from './devices.js';
 import { showJob } from './job.js';
 import { showJobs } from './jobs.js';
 import { prepareKeys } from './keys.js';
+import { prepareTemplate } from './template.js';
 import { loadWords } from './text.js';
 import { prepareUpload } from './upload.js';
 
@@ -44,6 +45,7 @@ async function start() {
   showJobs();
   showDevices(document.body.dataset.page === 'devices');
   showJob();
+  prepareTemplate();
   document.body.dataset.ready = 'yes';
 }
 

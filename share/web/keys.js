@@ -6,6 +6,7 @@ import { t } from './text.js';
 const shortcuts = [
   ['g', 'Overview', () => location.assign('/')],
   ['j', 'All jobs', () => location.assign('/jobs')],
+  ['t', 'Templates', () => location.assign('/templates')],
   ['d', 'Devices', () => location.assign('/devices')],
   ['u', 'Bring a file', () => document.querySelector('#upload input[type="file"]')?.focus()],
   ['/', 'Search', () => document.querySelector('input[name="text"]')?.focus()],

@@ -4,7 +4,7 @@
 usage: batch_slurm.py RASTREL [FILES [SECONDS]]
 
 FILES small pages (200) are converted with --on local and --on slurm, in pieces of SECONDS (5): each byte, each line and the
-status have to be the same. Then a task is killed while it works, a batch is ended by SIGINT and goes on, and tasks
+status have to be the same. So are the pages of a merge, and files that are printed. Then a task is killed while it works, a batch is ended by SIGINT and goes on, and tasks
 share a licence; with 200 files and more, also 24 pages of long work. The times are told. Skipped (status 77), with the reason, where
 no controller can be started."""
 
@@ -25,6 +25,10 @@ PAGE = """%!PS-Adobe-3.0 EPSF-3.0
 {loops} {{ 1 pop }} repeat
 0.5 setgray 0 0 20 30 rectfill showpage
 %%EOF
+"""
+PLATE = """<ABB><ENGRAVINGTEMPLATE><PLATES/><PLATE><COLOR>Gold</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>
+<TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME>
+<TEXT line="1" data="{Name}"><FONT name="DejaVuSans.ttf" size="0.3"/></TEXT></PLATE></ENGRAVINGTEMPLATE></ABB>
 """
 CONFIGURATION = """ClusterName=sign
 SlurmctldHost={host}(127.0.0.1)
@@ -152,16 +156,17 @@ class Batches:
             names.append(name)
         return names
 
-    def start(self, files, results, *options):
-        return subprocess.Popen([self.command, "batch", "convert", *files, "-o", results, *options], cwd=self.place,
+    def start(self, files, results, *options, work="convert"):
+        return subprocess.Popen([self.command, "batch", work, *files, "-o", results, *options], cwd=self.place,
                                 env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
-    def run(self, files, results, *options):
+    def run(self, files, results, *options, work="convert"):
         """(status, lines, errors), and the seconds that it took."""
         begun = time.monotonic()
-        batch = self.start(files, results, *options)
+        batch = self.start(files, results, *options, work=work)
         out, error = batch.communicate(timeout=900)
-        return (batch.returncode, out.replace(f"{results}/", "DIR/"), error), time.monotonic() - begun
+        directory = results.partition("/")[0]
+        return (batch.returncode, out.replace(f"{directory}/", "DIR/"), error), time.monotonic() - begun
 
     def content(self, results):
         return {path.name: path.read_bytes() for path in (self.place / results).iterdir()}
@@ -188,6 +193,19 @@ class Batches:
         self.hold("long pages are the same", (slurm, self.content("long-slurm")) == (local, self.content("long-local")))
         print(f"{count} pages of {local_took / count * os.cpu_count():.1f} s of work each: {local_took:.1f} s here, "
               f"{slurm_took:.1f} s by the controller")
+
+    def merge_and_print(self, rows):
+        (self.place / "badge.xml").write_text(PLATE)
+        (self.place / "names.csv").write_text("Name\n" + "".join(f"Ä {row}\n" for row in range(rows)))
+        template = ["badge.xml", "--data", "names.csv", "--dpi", "300"]
+        for work, files, name in (("merge", template, "/badge.png"), ("print", self.pages(12), "")):
+            local, local_took = self.run(files, f"{work}-local{name}", work=work)
+            slurm, slurm_took = self.run(files, f"{work}-slurm{name}", "--on", "slurm", work=work)
+            self.hold(f"{work} is done", local[0] == 0, str(local)[-500:])
+            self.hold(f"lines and status of {work} are the same", slurm == local, f"{str(local)[-300:]}\n{str(slurm)[-300:]}")
+            content = self.content(f"{work}-local")
+            self.hold(f"each byte of {work} is the same", content and self.content(f"{work}-slurm") == content)
+            print(f"{work}, {len(content)} results: {local_took:.1f} s here, {slurm_took:.1f} s by the controller")
 
     def tasks(self):
         """{number of a task: its process}. Copies of the process, which start its children, are younger."""
@@ -265,6 +283,7 @@ def main():
             controller.start()
             batches = Batches(command, place / "work ü")
             batches.compare(count, seconds)
+            batches.merge_and_print(120 if count < 200 else 3000)
             batches.killed_task()
             batches.interrupted(controller)
             batches.licences()

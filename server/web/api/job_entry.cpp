@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "rastrel/platform/os/shown_text.h"
+#include "server/web/api/brought_job.h"
 #include "server/web/api/job_json.h"
 #include "server/web/api/job_request.h"
 #include "server/web/api/job_routes.h"
@@ -39,7 +40,9 @@ void TakeOptions(const Fields& fields, JobOptions& options) {
       options[name] = name == "planar" ? std::string() : value;
 }
 
-Expected<JobRequest> RequestOf(const Request& request) {
+}  // namespace
+
+Expected<JobRequest> BroughtJob(const Request& request) {
   JobRequest job;
   job.path = request.file.path;
   job.title = TitleOf(request);
@@ -64,18 +67,14 @@ Expected<JobRequest> RequestOf(const Request& request) {
   return job;
 }
 
-Response AddJob(Shop& shop, const Request& request) {
-  if (request.file.path.empty())
-    return ErrorResponse(400, "bad-request", "the request brings no file");
-  const auto job = RequestOf(request);
-  if (!job) return AnswerTo(job.Error());
+Response SubmitJob(Shop& shop, const Request& request, const JobRequest& job) {
   const auto devices = shop.devices();
   if (!devices) return ErrorResponse(500, "failed", "the devices can't be read");
-  if (job->device != UsualDevice && std::ranges::find(*devices, job->device) == devices->end())
-    return ErrorResponse(400, "bad-request", "there is no device '" + job->device + "'");
-  if (auto fine = shop.check(*job); !fine)
+  if (job.device != UsualDevice && std::ranges::find(*devices, job.device) == devices->end())
+    return ErrorResponse(400, "bad-request", "there is no device '" + job.device + "'");
+  if (auto fine = shop.check(job); !fine)
     return ErrorResponse(400, "bad-request", fine.Error().why);
-  const auto id = shop.queue.Submit(*job);
+  const auto id = shop.queue.Submit(job);
   if (!id) return AnswerTo(id.Error());
   const auto made = shop.queue.Find(*id, request.caller.VisibleOwner());
   if (!made) return AnswerTo(made.Error());
@@ -83,6 +82,16 @@ Response AddJob(Shop& shop, const Request& request) {
   Response response = JsonResponse(201, TextOf(JsonOf(**made, request.caller)));
   response.Add("Location", "/api/v1/jobs/" + std::to_string(*id));
   return response;
+}
+
+namespace {
+
+Response AddJob(Shop& shop, const Request& request) {
+  if (request.file.path.empty())
+    return ErrorResponse(400, "bad-request", "the request brings no file");
+  const auto job = BroughtJob(request);
+  if (!job) return AnswerTo(job.Error());
+  return SubmitJob(shop, request, *job);
 }
 
 }  // namespace

@@ -41,7 +41,8 @@ std::vector<std::string> ActionsOf(const Job& job, const Caller& caller) {
 
 Json JsonOf(const Job& job, const Caller& caller) {
   Json options = Json::object();
-  for (const auto& [name, value] : job.options) options[name] = value;
+  for (const auto& [name, value] : job.options)
+    options[name] = OptionFor(caller.VisibleOwner(), name, value);
   return {{"id", job.id},
           {"title", job.title},
           {"owner", job.owner},

@@ -120,6 +120,11 @@ std::string MessageFor(const std::string& owner, const std::string& message) {
   return owner.empty() ? message : WithoutFolders(message);
 }
 
+std::string OptionFor(const std::string& owner, const std::string& name, const std::string& value) {
+  const bool isFile = name == "template" || name == "data";
+  return owner.empty() || !isFile ? value : value.substr(value.rfind('/') + 1);
+}
+
 FoundJob JobOf(Shop& shop, const Request& request) {
   const std::string& text = request.Place("id");
   FoundJob found;

@@ -33,6 +33,10 @@ namespace rastrel::server::web {
 /// jobs reads all of it.
 [[nodiscard]] std::string MessageFor(const std::string& owner, const std::string& message);
 
+/// The value of a job's option, for the same: of a template or a table the file's name alone.
+[[nodiscard]] std::string OptionFor(const std::string& owner, const std::string& name,
+                                    const std::string& value);
+
 /// The job of the path's {id}, if the caller may see it; else the answer: 404, whether there is
 /// none or it is another's.
 struct FoundJob {

@@ -89,15 +89,16 @@ MHD_Response* Empty() {
   return MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
 }
 
-// Any page of ours is shown in its own window, loads nothing of others, and says nobody where it
-// was come from.
+// Any page of ours is shown in its own window, loads nothing of others, and says to nobody else
+// where its reader came from. With "no-referrer" a browser would send a form of ours with the
+// origin "null", which is that of anybody.
 constexpr std::pair<const char*, const char*> SecurityHeaders[] = {
     {"Content-Security-Policy",
      "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; "
      "form-action 'self'; frame-ancestors 'none'"},
     {"X-Content-Type-Options", "nosniff"},
     {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
+    {"Referrer-Policy", "same-origin"},
     {"Cross-Origin-Opener-Policy", "same-origin"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
 };

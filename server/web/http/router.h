@@ -19,7 +19,8 @@ enum class Body {
 };
 
 /// Called on one of the server's workers, a bounded number: it may use the queue and files, and
-/// does not wait for anything that takes longer. Several run at once.
+/// does not wait for anything that takes longer; pictures of plates do, of which two at a time
+/// leave workers for the others (Templates::Limits). Several run at once.
 using Handler = std::function<Response(const Request&)>;
 
 struct Route {

@@ -1,16 +1,20 @@
 #include "server/web/pages/html.h"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 
 #include "rastrel/platform/os/hex.h"
 #include "rastrel/platform/os/shown_text.h"
+#include "server/web/http/address_text.h"
 
 namespace rastrel::server::web {
 
-std::string Escaped(std::string_view text) {
+namespace {
+
+std::string WithReferences(std::string_view text) {
   std::string escaped;
-  for (const char one : os::CleanLine(text)) {
+  for (const char one : text) {
     switch (one) {
       case '&': escaped += "&amp;"; break;
       case '<': escaped += "&lt;"; break;
@@ -21,6 +25,23 @@ std::string Escaped(std::string_view text) {
     }
   }
   return escaped;
+}
+
+}  // namespace
+
+std::string Escaped(std::string_view text) { return WithReferences(os::CleanLine(text)); }
+
+std::string KeptInField(std::string_view text) {
+  const bool isText = IsUtf8(text) && std::ranges::none_of(text, [](char one) {
+                        const auto byte = static_cast<unsigned char>(one);
+                        return byte < 0x20 || byte == 0x7F;
+                      });
+  // U+0080 to U+009F have a byte C2 in front, and nothing else of these two bytes.
+  bool hasControl = false;
+  for (std::size_t i = 0; i + 1 < text.size(); ++i)
+    hasControl =
+        hasControl || (text[i] == '\xC2' && static_cast<unsigned char>(text[i + 1]) < 0xA0);
+  return isText && !hasControl ? WithReferences(text) : Escaped(text);
 }
 
 std::string Isolated(std::string_view text) { return "<bdi>" + Escaped(text) + "</bdi>"; }

@@ -12,7 +12,12 @@ namespace rastrel::server::web {
 /// turns the text after it around or is invisible, and with references for & < > " and '.
 [[nodiscard]] std::string Escaped(std::string_view text);
 
-/// The same in an element that keeps its direction to itself.
+/// A person's own text in the value of a field, or the name of a field that is sent back: the same
+/// characters, with the references of Escaped. Text with control characters, or that is no UTF-8,
+/// is cleaned all the same.
+[[nodiscard]] std::string KeptInField(std::string_view text);
+
+/// As Escaped, in an element that keeps its direction to itself.
 [[nodiscard]] std::string Isolated(std::string_view text);
 
 /// A value of an address' query, percent-encoded but for letters, digits and -._

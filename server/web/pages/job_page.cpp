@@ -19,7 +19,7 @@ std::string Fact(const Words& words, const char* label, const char* field,
          "</dd></div>\n";
 }
 
-std::string Facts(const Job& job, const Words& words) {
+std::string Facts(const Job& job, const std::string& owner, const Words& words) {
   std::string facts = "<dl class=\"facts\">\n" +
                       Fact(words, "Owner", "owner", Isolated(job.owner)) +
                       Fact(words, "Device", "device", Isolated(job.device)) +
@@ -30,8 +30,8 @@ std::string Facts(const Job& job, const Words& words) {
                       Fact(words, "Ended", "ended", TimeElement(job.ended)) +
                       Fact(words, "Attempts", "attempts", std::to_string(job.attempts));
   for (const auto& [name, value] : job.options)
-    facts += "<div><dt>" + Escaped(name) + "</dt><dd>" + Isolated(value.empty() ? "✓" : value) +
-             "</dd></div>\n";
+    facts += "<div><dt>" + Escaped(name) + "</dt><dd>" +
+             Isolated(value.empty() ? "✓" : OptionFor(owner, name, value)) + "</dd></div>\n";
   return facts + "</dl>\n";
 }
 
@@ -100,8 +100,8 @@ Response JobPage(Shop& shop, const Request& request, const Words& words) {
       "\"></div>\n<section aria-labelledby=\"pages-title\">\n<h2 id=\"pages-title\">" +
       words("Pages") + "</h2>\n" + Pages(job, request, words) +
       "</section>\n<section aria-labelledby=\"facts-title\">\n<h2 id=\"facts-title\">" +
-      words("Settings") + "</h2>\n" + Facts(job, words) + "<p><a href=\"/api/v1/jobs/" + id +
-      "/file\">" + words("Its file") +
+      words("Settings") + "</h2>\n" + Facts(job, request.caller.VisibleOwner(), words) +
+      "<p><a href=\"/api/v1/jobs/" + id + "/file\">" + words("Its file") +
       "</a></p>\n</section>\n<section aria-labelledby=\"story-title\">\n<h2 id=\"story-title\">" +
       words("Story") + "</h2>\n" + Story(shop, request, job, words) + "</section>\n";
   return PageResponse(200, request, words,

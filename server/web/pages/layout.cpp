@@ -7,7 +7,8 @@ namespace {
 
 std::string NavigationLink(const Words& words, const Layout& layout, const char* name,
                            const char* address, const char* text) {
-  const bool isCurrent = layout.name == name;
+  const bool isCurrent =
+      layout.name == name || (layout.name == "template" && name == std::string_view("templates"));
   return std::string("<li><a href=\"") + address + "\"" +
          (isCurrent ? " aria-current=\"page\"" : "") + ">" + words(text) + "</a></li>";
 }
@@ -34,6 +35,7 @@ std::string Header(const Request& request, const Words& words, const Layout& lay
     header += "<nav aria-label=\"" + words("Main") + "\"><ul>" +
               NavigationLink(words, layout, "overview", "/", "Overview") +
               NavigationLink(words, layout, "jobs", "/jobs", "All jobs") +
+              NavigationLink(words, layout, "templates", "/templates", "Templates") +
               NavigationLink(words, layout, "devices", "/devices", "Devices") + "</ul></nav>\n";
     header += "<p class=\"account\">" + Isolated(request.caller.name) + "</p>\n";
   }

@@ -11,7 +11,8 @@ namespace rastrel::server::web {
 /// One page for a browser.
 struct Layout {
   std::string title;  ///< escaped
-  std::string name;   ///< "overview", "jobs", "job", "devices", "sign-in": for script and style
+  std::string name;   ///< "overview", "jobs", "job", "devices", "templates", "template", "sign-in":
+                      ///< for script and style
   std::string attributes;  ///< of `main`, such as ` data-job="3"`
   std::string body;        ///< markup
 };

@@ -19,11 +19,14 @@
 #include "server/web/api/job_routes.h"
 #include "server/web/api/session_routes.h"
 #include "server/web/api/static_files.h"
+#include "server/web/api/template_routes.h"
 #include "server/web/http/address_text.h"
 #include "server/web/http/http_server.h"
 #include "server/web/http/listening_socket.h"
 #include "server/web/pages/pages.h"
+#include "server/web/pages/template_pages.h"
 #include "server/web/preview/previews.h"
+#include "server/web/templates/templates.h"
 
 namespace rastrel::server::web {
 namespace {
@@ -78,10 +81,17 @@ Gate::Settings GateSettings(const Shop& shop, const WebServer::Settings& setting
   return {shop.dataRoot, settings.ownName, token, std::move(names)};
 }
 
-// What changes something, and who is not let in.
+// Pictures of plates are asked for by POST, with each letter that is typed.
+bool IsPictureOfPlate(const Request& request) {
+  const bool isForm = request.path.starts_with("/templates/") && request.Form("action") == "show";
+  return isForm ||
+         (request.path.starts_with("/api/v1/templates/") && request.path.ends_with("/picture"));
+}
+
+// Requests that change something, and senders that are not let in.
 bool IsForAudit(const Request& request, const Response& response) {
-  return request.method != Method::Get || response.status == 401 || response.status == 403 ||
-         response.status == 421;
+  const bool isRefused = response.status == 401 || response.status == 403 || response.status == 421;
+  return isRefused || (request.method != Method::Get && !IsPictureOfPlate(request));
 }
 
 }  // namespace
@@ -105,6 +115,7 @@ struct WebServer::Parts {
   AuditLog audit;
   Router router;
   std::string uploads;
+  std::unique_ptr<Templates> templates;
   int port = 0;
   EventFeed feed;
   WorkerPool workers;
@@ -147,6 +158,8 @@ void WebServer::Parts::AddRoutes() {
   });
   AddPages(router, shop);
   AddPreviews(router, shop);
+  AddTemplates(router, shop, *templates);
+  AddTemplatePages(router, shop, *templates);
 }
 
 WebServer::WebServer(std::unique_ptr<Parts> parts) : m_Parts(std::move(parts)) {}
@@ -177,6 +190,9 @@ Expected<std::unique_ptr<WebServer>> WebServer::Start(Shop shop, Settings settin
   parts->lock = *std::move(lock);
   parts->uploads = *uploads;
   parts->port = PortOf(door->socket.Get());
+  const std::string& named = shop.settings.web.templates;
+  parts->templates = std::make_unique<Templates>(named.empty() ? root + "/templates" : named,
+                                                 *uploads, shop.runMerge, settings.templates);
   parts->AddRoutes();
   if (auto started = parts->feed.Start(); !started) return started.Error();
   if (auto started = parts->workers.Start(); !started) return started.Error();

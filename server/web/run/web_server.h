@@ -8,6 +8,7 @@
 #include "server/web/access/gate.h"
 #include "server/web/http/limits.h"
 #include "server/web/shop.h"
+#include "server/web/templates/templates.h"
 
 namespace rastrel::server::web {
 
@@ -24,6 +25,7 @@ class WebServer {
     WebSettings web;      ///< port 0 is any free one
     Limits limits;
     Gate::Rates rates;
+    Templates::Limits templates{};
   };
 
   /// Makes a token, and serves. Fails if another process serves this data root's interface, if the

@@ -31,6 +31,16 @@ TEST_F(BatchRecordTest, a_piece_reads_the_plan_with_names_of_any_bytes) {
   EXPECT_EQ(opened->Plan(), m_Plan);
 }
 
+TEST_F(BatchRecordTest, a_piece_reads_whether_results_are_staged_and_replace_others) {
+  m_Plan.staged = true;
+  m_Plan.replaces = true;
+  ASSERT_TRUE(BatchRecord::Begin(Place(), m_Plan, false));
+  const auto opened = BatchRecord::Open(Place());
+  ASSERT_TRUE(opened);
+  EXPECT_TRUE(opened->Plan().staged);
+  EXPECT_TRUE(opened->Plan().replaces);
+}
+
 TEST_F(BatchRecordTest, results_come_back_as_they_were_stored) {
   const auto record = BatchRecord::Begin(Place(), m_Plan, false);
   ASSERT_TRUE(record);

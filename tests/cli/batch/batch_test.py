@@ -113,6 +113,10 @@ class Batch(unittest.TestCase):
         done = self.run_command("batch", "pagesize", *self.make_pages(2), "-o", str(self.results))
         self.assertEqual(done.stderr, "2 of 2 files are done\n")
 
+    def test_many_files_have_one_line_of_progress_where_no_terminal_is(self):
+        done = self.run_command("batch", "pagesize", *self.make_pages(30), "-o", str(self.results))
+        self.assertEqual(done.stderr, "30 of 30 files are done\n")
+
     def test_a_file_that_fails_is_told_and_the_rest_goes_on(self):
         files = self.make_pages(5)
         pathlib.Path(files[2]).write_text("no PostScript\n")

@@ -161,6 +161,36 @@ class OnSlurm(unittest.TestCase):
         self.assertTrue((self.cluster / "cancelled-1").exists())
         self.assertEqual(len(self.content(self.results)), 5)
 
+    def leave_an_array(self, files):
+        batch = self.start("convert", *files, "-o", "results", "--on", "slurm", fault="wait")
+        limit = time.monotonic() + WAIT
+        while not self.arrays():
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.01)
+        batch.kill()
+        batch.communicate(timeout=WAIT)
+        return self.arrays()[0]["options"]["--job-name"]
+
+    def test_a_batch_that_goes_on_here_ends_the_array_that_it_left(self):
+        files = self.make_pages(5)
+        self.leave_an_array(files)
+        self.run_batch("convert", *files, "-o", "results", "--on", "local", "--resume")
+        self.assertTrue((self.cluster / "cancelled-1").exists())
+        self.assertEqual(len(self.content(self.results)), 5)
+
+    def test_without_the_programs_that_end_an_array_the_command_that_does_is_told(self):
+        files = self.make_pages(2)
+        name = self.leave_an_array(files)
+        path = self.environment["PATH"]
+        self.environment["PATH"] = str(self.cluster)
+        _, error = self.run_batch("convert", *files, "-o", "results", "--resume", status=5)
+        self.assertIn(f"scancel --name={name}", error)
+        self.assertTrue((self.results / f".rastrel-batch/array-{name}.json").exists())
+        self.assertEqual(list(self.results.glob("*.png")), [])
+        self.environment["PATH"] = path
+        self.run_batch("convert", *files, "-o", "results", "--resume")
+        self.assertEqual(len(self.content(self.results)), 2)
+
 
 if __name__ == "__main__":
     COMMAND = sys.argv.pop(1)

@@ -198,5 +198,61 @@ TEST(MergeTemplate, a_row_that_ends_early_has_empty_values) {
             std::string::npos);
 }
 
+// "Name text 255; Width number 0": the fields of a template, or why there are none.
+std::string FieldsOf(const std::wstring& document, TemplateFormat format) {
+  const auto fields = MergeTemplate::FieldsOf(LoadXmlString(document), format);
+  if (!fields) return std::to_string(fields.Error().line) + ": " + fields.Error().why;
+  std::string shown;
+  for (const TemplateField& field : *fields)
+    shown += (shown.empty() ? "" : "; ") + field.heading + " " + NameOf(field.kind) + " " +
+             std::to_string(field.maximum);
+  return shown;
+}
+
+TEST(TemplateFields, say_what_goes_into_each_place_of_plate_xml) {
+  EXPECT_EQ(FieldsOf(Abb(L"<PLATE><COLOR>{Tone}</COLOR><WIDTH>{Width}</WIDTH>"
+                         L"<TEXT line='{Line}' data='{Name}, {Team}'><FONT name='{Font}' "
+                         L"size='{Size}'/></TEXT></PLATE>"),
+                     TemplateFormat::Abb),
+            "Tone color 0; Width number 0; Line number 0; Name text 255; Team text 255; "
+            "Font value 0; Size number 0");
+}
+
+TEST(TemplateFields, say_what_goes_into_the_places_of_the_other_formats) {
+  EXPECT_EQ(FieldsOf(L"<E><TEMPLATEGRAPHIC name='a'><FILE>{Logo}</FILE></TEMPLATEGRAPHIC>"
+                     L"<PLATES><PLATE><TEXT>{Sign}</TEXT><GRAPHIC>{Which}</GRAPHIC></PLATE>"
+                     L"</PLATES></E>",
+                     TemplateFormat::Cro),
+            "Logo file 0; Sign text 100000; Which value 0");
+  EXPECT_EQ(FieldsOf(L"<E><PLATE><GRAPHIC><FILE>{Logo}</FILE><X>{X}</X></GRAPHIC>"
+                     L"<ARCTEXT><RADIUS>{R}</RADIUS><TEXT>{Town}</TEXT></ARCTEXT></PLATE></E>",
+                     TemplateFormat::Llx),
+            "Logo file 0; X number 0; R number 0; Town text 4096");
+  EXPECT_EQ(FieldsOf(L"<B><TEXTFRAME UPPERXLOC='{Left}'><LINE>{Room}</LINE></TEXTFRAME></B>",
+                     TemplateFormat::BrightStar),
+            "Left number 0; Room text 0");
+  EXPECT_EQ(FieldsOf(L"<T><graphics><graphic_location name='c'><file>{Crest}</file>"
+                     L"</graphic_location></graphics><plates><plate><text_frame>"
+                     L"<font face='{Face}' size='{Size}'><line>{Name}<span>{Title}</span></line>"
+                     L"</font></text_frame></plate></plates></T>",
+                     TemplateFormat::Zml),
+            "Crest file 0; Face value 0; Size number 0; Name text 0; Title text 0");
+}
+
+TEST(TemplateFields, a_field_in_several_places_is_listed_once_as_the_strictest) {
+  EXPECT_EQ(
+      FieldsOf(Abb(L"<PLATE><TEXT data='{A}'/><WIDTH>{ A }</WIDTH></PLATE>"), TemplateFormat::Abb),
+      "A number 255");
+}
+
+TEST(TemplateFields, a_template_with_a_fault_or_without_fields_has_none) {
+  EXPECT_EQ(FieldsOf(Abb(L"<PLATE><TEXT data='x {{'/></PLATE>"), TemplateFormat::Abb),
+            "0: no text of the template has a field; a field is a heading in braces");
+  EXPECT_EQ(FieldsOf(Abb(L"<PLATE>{}</PLATE>"), TemplateFormat::Abb), "1: a field has no name: {}");
+  EXPECT_EQ(FieldsOf(L"<A><ENGRAVINGTEMPLATE><PLATES>{A}</PLATES><PLATE/></ENGRAVINGTEMPLATE></A>",
+                     TemplateFormat::Abb),
+            "1: the field {A} is outside <PLATE>, which is repeated for each row");
+}
+
 }  // namespace
 }  // namespace rastrel::cli

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <numbers>
@@ -255,6 +256,59 @@ TEST_F(Merge, nothing_is_left_of_its_work) {
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_TRUE(m_Command.NamesIn("jobs").empty());
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_Command.Place().Path()), {}), 3);
+}
+
+TEST_F(Merge, the_fields_are_listed_without_a_table) {
+  m_Command.Place().Write("badge.xml", Badge);
+  const auto text = m_Command.Run({"merge", "badge.xml", "--fields"});
+  EXPECT_EQ(text.status, 0) << text.error;
+  EXPECT_EQ(text.output, "Name: text, at most 255 characters\n");
+  const auto lines = m_Command.Run({"merge", "badge.xml", "--fields", "--json"});
+  EXPECT_EQ(json::parse(lines.Lines().at(0)),
+            json({{"event", "merge-field"}, {"name", "Name"}, {"kind", "text"}, {"maximum", 255}}));
+  EXPECT_EQ(m_Command.Run({"merge", "badge.xml", "--fields", "--data", "names.csv"}).status, 2);
+  m_Command.Place().Write("plain.xml",
+                          "<ABB><ENGRAVINGTEMPLATE><PLATES/><PLATE/></ENGRAVINGTEMPLATE></ABB>");
+  const auto none = m_Command.Run({"merge", "plain.xml", "--fields"});
+  EXPECT_EQ(none.status, 3);
+  EXPECT_NE(none.error.find("plain.xml: no text of the template has a field"), std::string::npos)
+      << none.error;
+}
+
+TEST_F(Merge, a_blank_as_large_as_the_plate_has_a_page_for_each_row) {
+  const auto result = RunOn(Badge, "Name\nAda\nBob\n", {"--blank", "plate", "--json"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(Row(result, 0)["pages"], json({1}));
+  EXPECT_EQ(Row(result, 1)["pages"], json({2}));
+  // Three by one inch.
+  EXPECT_NEAR(Row(result, 2)["width_cm"].get<double>(), 7.62, 1e-5);
+  EXPECT_NEAR(Row(result, 2)["height_cm"].get<double>(), 2.54, 1e-5);
+}
+
+TEST_F(Merge, a_picture_is_as_large_as_fits_into_the_pixels) {
+  // The width and height of the PNG file's header.
+  const auto sideOf = [&](std::size_t place) {
+    const std::string png = m_Command.Place().Read("badge.png");
+    std::uint32_t side = 0;
+    for (std::size_t i = place; i < place + 4; ++i)
+      side = side * 256 + static_cast<unsigned char>(png.at(i));
+    return side;
+  };
+  // 200 by 3 inches is 66.7: at 66 pixels per inch the plate has 198 by 66.
+  EXPECT_EQ(RunOn(Badge, "Name\nAda\n", {"--blank", "plate", "--pixels", "200", "-o", "badge.png"})
+                .status,
+            0);
+  EXPECT_EQ(sideOf(16), 198U);
+  EXPECT_EQ(sideOf(20), 66U);
+  // No finer than 300 per inch.
+  EXPECT_EQ(RunOn(Badge, "Name\nAda\n",
+                  {"--blank", "plate", "--pixels", "20000", "-o", "badge.png", "--force"})
+                .status,
+            0);
+  EXPECT_EQ(sideOf(16), 900U);
+  for (const char* pixels : {"0", "20001", "wide"})
+    EXPECT_EQ(RunOn(Badge, "Name\nAda\n", {"--pixels", pixels, "-o", "b.png"}).status, 2) << pixels;
+  EXPECT_EQ(RunOn(Badge, "Name\nAda\n", {"--pixels", "9", "--dpi", "9", "-o", "b.png"}).status, 2);
 }
 
 }  // namespace

@@ -102,6 +102,19 @@ class ServerDoctor(unittest.TestCase):
         self.settings("[web]\non = false\n")
         self.assertEqual(self.rows("page's port", False), [])
 
+    def test_the_folder_of_templates_is_there(self):
+        with socket.socket() as free:
+            free.bind(("127.0.0.1", 0))
+            port = free.getsockname()[1]
+        folder = self.place / "shop templates"
+        self.settings(f"[web]\nport = {port}\ntemplates = '{folder}'\n")
+        self.one("templates", "bad", "the folder is missing")
+        folder.mkdir()
+        self.one("templates", "good", "the folder is there")
+        # That of the data root need not be there.
+        self.settings(f"[web]\nport = {port}\n")
+        self.assertEqual(self.rows("templates", False), [])
+
     def certificate(self, first, last, key_mode=0o600):
         """Settings with a certificate of these dates, in seconds."""
         text = base64.b64decode(CERTIFICATE)

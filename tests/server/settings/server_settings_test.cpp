@@ -69,6 +69,10 @@ TEST(ServerSettings, the_http_interface_is_for_this_machine_unless_it_has_tls) {
 }
 
 TEST(ServerSettings, tls_has_a_certificate_and_a_key_by_full_paths) {
+  EXPECT_EQ(ReadSettings("[web]\n", "server.toml")->web.templates, "");
+  EXPECT_EQ(ReadSettings("[web]\ntemplates = '/shop/templates'\n", "server.toml")->web.templates,
+            "/shop/templates");
+  EXPECT_NE(FaultOf("[web]\ntemplates = 'templates'\n"), "");
   EXPECT_NE(FaultOf("[web]\ncertificate = '/c.pem'\n"), "");
   EXPECT_NE(FaultOf("[web]\nkey = '/k.pem'\n"), "");
   EXPECT_NE(FaultOf("[web]\ncertificate = 'c.pem'\nkey = '/k.pem'\n"), "");

@@ -363,6 +363,12 @@ TEST_F(WebTest, each_route_has_its_role) {
       {"POST /api/v1/jobs/{id}/priority", Role::Print},
       {"POST /api/v1/jobs/{id}/reprint", Role::Print},
       {"DELETE /api/v1/jobs/{id}", Role::Print},
+      {"GET /api/v1/templates", Role::See},
+      {"GET /api/v1/templates/{name}", Role::See},
+      {"GET /api/v1/templates/{name}/sample.png", Role::See},
+      {"POST /api/v1/templates/{name}/picture", Role::See},
+      {"POST /api/v1/templates/{name}/jobs", Role::Print},
+      {"POST /api/v1/templates/{name}/tables", Role::Print},
   };
   Start();
   std::map<std::string, Role> found;

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "tests/server/web/template_test_support.h"
 #include "tests/server/web/web_test_support.h"
 
 namespace rastrel::server::web {
@@ -84,7 +85,12 @@ class Schema {
 
 class OpenApiTest : public WebTest {
  protected:
-  OpenApiTest() : m_Description(Description()) { Start(); }
+  OpenApiTest() : m_Description(Description()) {
+    m_RunMerge = FakeMerge{};
+    WriteTemplate(Root() + "/templates", "badge.xml");
+    WriteTemplate(Root() + "/templates", "broken.xml");
+    Start();
+  }
 
   /// Asks, and holds the answer against the description of its status.
   Json Check(const std::string& method, const std::string& pattern, const std::string& path,
@@ -111,6 +117,30 @@ class OpenApiTest : public WebTest {
               "")
         << path << answer.body;
     return value;
+  }
+
+  void CheckTemplates() {
+    const std::string all = "/api/v1/templates";
+    const std::string one = all + "/{name}";
+    const std::string badge = all + "/badge.xml";
+    const std::string values = R"({"values":{"Name":"Ada"}})";
+    EXPECT_EQ(Check("get", all, all, 200)["templates"].size(), 2U);
+    EXPECT_EQ(Check("get", one, badge, 200)["fields"].size(), 2U);
+    Check("get", one, all + "/none.xml", 404);
+    Check("get", one, all + "/broken.xml", 400);
+    Check("get", one + "/sample.png", badge + "/sample.png", 200);
+    Check("get", one + "/sample.png", all + "/broken.xml/sample.png", 400);
+    Check("get", one + "/sample.png", all + "/none.xml/sample.png", 404);
+    EXPECT_EQ(Check("post", one + "/picture", badge + "/picture", 200, values)["pages"], 1);
+    EXPECT_EQ(Check("post", one + "/picture", badge + "/picture", 200, "{}")["picture"], Json());
+    Check("post", one + "/picture", badge + "/picture", 400, "[]");
+    Check("post", one + "/picture", all + "/none.xml/picture", 404, values);
+    EXPECT_EQ(Check("post", one + "/jobs", badge + "/jobs", 201, values)["work"], "merge");
+    Check("post", one + "/jobs", badge + "/jobs", 400, "{}");
+    Check("post", one + "/jobs", badge + "/jobs", 400, R"({"values":{"Name":"a"},"device":"x"})");
+    Check("post", one + "/tables", badge + "/tables", 201, "Name,Team\nAda,A\n");
+    Check("post", one + "/tables", badge + "/tables?blank=wide", 400, "Name\nAda\n");
+    Check("post", one + "/tables", all + "/none.xml/tables", 404, "Name\nAda\n");
   }
 
   Json m_Description;
@@ -171,6 +201,7 @@ TEST_F(OpenApiTest, describes_each_answer) {
   Check("post", job + "/cancel", own + "/cancel", 200);
   Check("get", "/api/v1/devices", "/api/v1/devices", 200);
   Check("get", "/api/v1/modes", "/api/v1/modes", 200);
+  CheckTemplates();
   Check("delete", job, own, 204);
   Check("delete", job, own, 404);
   // A stream has no end, and the description itself is one of the page's files.

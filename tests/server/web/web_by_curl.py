@@ -20,6 +20,11 @@ COMMAND = ""
 WAIT = 60  # seconds, for whatever is waited for
 PAGE = "%!PS-Adobe-3.0\n<< /PageSize [40 30] >> setpagedevice 0 0 20 30 rectfill showpage\n"
 
+BADGE = """<ABB><ENGRAVINGTEMPLATE><PLATES/><PLATE><COLOR>Gold</COLOR><WIDTH>3</WIDTH><HEIGHT>1</HEIGHT>
+<TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME><TEXT line="1" data="{Name}"><FONT name="DejaVuSans.ttf"
+size="0.3"/></TEXT><FILE>{Logo}</FILE></PLATE></ENGRAVINGTEMPLATE></ABB>
+"""
+
 
 def free_port():
     with socket.socket() as probe:
@@ -118,6 +123,42 @@ class Web(unittest.TestCase):
                          [(401, "/api/v1/jobs"), (201, "/api/v1/jobs"), (200, path + "/release")])
         self.assertNotIn(token, (self.root / "server/audit.log").read_text())
 
+    def test_a_template_is_filled_in_drawn_and_printed(self):
+        self.settings()
+        templates = self.root / "templates"
+        templates.mkdir()
+        (templates / "badge.xml").write_text(BADGE)
+        (templates / "broken.xml").write_text("<ABB><ENGRAVINGTEMPLATE>")
+        self.serve()
+        names = [one["name"] for one in json.loads(self.by_socket("/api/v1/templates")[1])["templates"]]
+        self.assertEqual(names, ["badge.xml", "broken.xml"])
+        status, body = self.by_socket("/api/v1/templates/broken.xml")
+        self.assertEqual((status, json.loads(body)["error"]["code"]), (400, "bad-template"))
+        path = "/api/v1/templates/badge.xml"
+        self.assertEqual([(one["name"], one["kind"]) for one in json.loads(self.by_socket(path)[1])["fields"]],
+                         [("Name", "text"), ("Logo", "file")])
+        picture = self.place / "badge.png"
+        status, _ = self.by_socket(path + "/picture", "--header", "Accept: image/png", "--output", str(picture),
+                                   "--data-urlencode", "value.Name=Ada & <Byron>")
+        self.assertEqual(status, 200)
+        self.assertEqual(picture.read_bytes()[:24], b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" +
+                         (900).to_bytes(4, "big") + (300).to_bytes(4, "big"))
+        # A value may name a file beside the template, and none elsewhere.
+        (self.place / "secret.svg").write_text("<svg/>")
+        for value in ("../secret.svg", str(self.place / "secret.svg"), "C:\\secret.svg"):
+            status, body = self.by_socket(path + "/picture", "--json", json.dumps({"values": {"Logo": value}}))
+            self.assertEqual((status, json.loads(body)["notes"][0]["code"]), (200, "no-name"), value)
+        status, body = self.by_socket(path + "/jobs", "--data", "value.Name=Ada", "--data", "mode=Screen/preview")
+        self.assertEqual(status, 201, body)
+        status, body = self.by_socket(path + "/tables?mode=Screen/preview&blank=plate", "--form",
+                                      "file=Name,Logo\nAda,\nEve,\n;filename=names.csv")
+        self.assertEqual(status, 201, body)
+        for job, pages in ((1, 1), (2, 2)):
+            self.wait_for(lambda: json.loads(self.by_socket(f"/api/v1/jobs/{job}")[1])["state"] in ("done", "failed"))
+            made = json.loads(self.by_socket(f"/api/v1/jobs/{job}")[1])
+            self.assertEqual((made["state"], made["pages"], made["work"]), ("done", pages, "merge"), made)
+        self.assertEqual(list((self.root / "server/web/uploads").iterdir()), [])
+
     def test_the_browser_gets_a_code_for_one_session(self):
         self.settings()
         self.serve("--open")
@@ -181,6 +222,8 @@ class Web(unittest.TestCase):
         users = self.root / "server/users.toml"
         self.assertEqual(users.stat().st_mode & 0o777, 0o600)
         self.assertNotIn("correct", users.read_text())
+        (self.root / "templates").mkdir()
+        (self.root / "templates" / "badge.xml").write_text(BADGE)
         self.serve()
         safe = ["--cacert", str(certificate), "--insecure"]
 
@@ -207,6 +250,23 @@ class Web(unittest.TestCase):
         self.assertEqual(json.loads(self.curl("/api/v1/jobs", *bob, scheme="https")[1])["total"], 0)
         self.assertEqual(self.curl("/api/v1/jobs/1", *bob, scheme="https")[0], 404)
         self.assertEqual(self.curl("/api/v1/jobs/1", *ada, scheme="https")[0], 200)
+        # Who only sees gets pictures of plates and no jobs; a plate's job is its owner's.
+        badge = "/api/v1/templates/badge.xml"
+        values = ["--header", "Content-Type: application/json", "--data", '{"values": {"Name": "Eve"}, "hold": true}']
+        shown = ["--header", "Content-Type: application/json", "--data", '{"values": {"Name": "Eve"}}']
+        for who in (ada, bob):
+            self.assertEqual(self.curl(badge, *who, scheme="https")[0], 200)
+            status, body = self.curl(badge + "/picture", *who, *shown, scheme="https")
+            self.assertEqual((status, json.loads(body)["notes"]), (200, []))
+        self.assertEqual(self.curl(badge + "/jobs", *bob, *values, scheme="https")[0], 403)
+        self.assertEqual(self.curl(badge + "/tables", *bob, "--form", f"file=@{self.page}", scheme="https")[0], 403)
+        status, body = self.curl(badge + "/jobs", *ada, *values, scheme="https")
+        self.assertEqual((status, json.loads(body)["owner"]), (201, "ada"))
+        self.assertEqual(json.loads(body)["options"]["template"], "badge.xml")
+        plate = f"/api/v1/jobs/{json.loads(body)['id']}"
+        self.assertEqual(self.curl(plate, *bob, scheme="https")[0], 404)
+        self.assertEqual(self.curl(plate + "/file", *bob, scheme="https")[0], 404)
+        self.assertIn("Eve", self.curl(plate + "/file", *ada, scheme="https")[1])
         self.rastrel("users", "role", "ada", "--role", "see")
         self.assertEqual(self.curl("/api/v1/jobs/1", *ada, scheme="https")[0], 401)
         self.rastrel("users", "remove", "bob")

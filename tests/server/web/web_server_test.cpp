@@ -72,7 +72,7 @@ TEST_F(WebServerTest, every_answer_has_the_headers_of_security) {
     for (const char* header :
          {"\r\nContent-Security-Policy: default-src 'self'; ", "frame-ancestors 'none'",
           "\r\nX-Content-Type-Options: nosniff\r\n", "\r\nX-Frame-Options: DENY\r\n",
-          "\r\nReferrer-Policy: no-referrer\r\n", "\r\nCache-Control: no-"})
+          "\r\nReferrer-Policy: same-origin\r\n", "\r\nCache-Control: no-"})
       EXPECT_NE(answer.head.find(header), std::string::npos) << path << header << answer.head;
   }
 }

@@ -137,7 +137,8 @@ class WebTest : public testing::Test {
             .modes = [] { return std::vector<std::string>{"RGB/300 dpi.ps"}; },
             .tableHead = [] { return std::string("job\r\n"); },
             .tableRow = [](const Job& job) { return std::to_string(job.id) + "\r\n"; },
-            .removePages = [](const std::string&) {}};
+            .removePages = [](const std::string&) {},
+            .runMerge = m_RunMerge};
   }
   void Start() {
     auto server = WebServer::Start(MakeShop(), m_Settings);
@@ -188,6 +189,7 @@ class WebTest : public testing::Test {
   os::PrivateDirectory m_Place;
   std::unique_ptr<JobQueue> m_Queue;
   int m_JobMegabytes = 0;
+  RunMerge m_RunMerge;
   WebServer::Settings m_Settings;
   std::unique_ptr<WebServer> m_Server;
 };

@@ -27,6 +27,21 @@ TEST(Escaped, bytes_that_are_no_text_are_replaced) {
   EXPECT_EQ(Escaped("\xFF<"), "\xEF\xBF\xBD&lt;");
 }
 
+TEST(KeptInField, has_the_same_characters_with_references) {
+  EXPECT_EQ(KeptInField("A \"B\" & <c>'"), "A &quot;B&quot; &amp; &lt;c&gt;&#39;");
+  // A mark of direction, a soft hyphen: the writer's own.
+  EXPECT_EQ(KeptInField("\xE2\x80\x8F\xC2\xAD\xC3\xBC"), "\xE2\x80\x8F\xC2\xAD\xC3\xBC");
+  EXPECT_EQ(KeptInField(""), "");
+}
+
+TEST(KeptInField, cleans_text_with_control_characters_or_of_no_encoding) {
+  EXPECT_EQ(KeptInField("a\x1b[2J<"), "a\\x1b[2J&lt;");
+  EXPECT_EQ(KeptInField("a\nb"), "a\\x0ab");
+  EXPECT_EQ(KeptInField("a\xC2\x9B"), Escaped("a\xC2\x9B"));
+  EXPECT_EQ(KeptInField("\xFF<"), Escaped("\xFF<"));
+  EXPECT_EQ(KeptInField("\x7F"), Escaped("\x7F"));
+}
+
 TEST(Isolated, keeps_its_direction_to_itself) {
   EXPECT_EQ(Isolated("<b>"), "<bdi>&lt;b&gt;</bdi>");
 }

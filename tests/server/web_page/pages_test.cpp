@@ -69,6 +69,24 @@ TEST_F(ShopPages, hostile_owners_devices_messages_and_queries_are_text) {
   EXPECT_TRUE(Has(list, "value=\"&quot;&gt;&lt;s&gt;\""));
 }
 
+TEST_F(ShopPages, the_template_of_a_merge_is_named_without_its_folder_but_to_who_manages) {
+  m_Root.Write("names.csv", "Name\nAda\n");
+  JobRequest request;
+  request.path = m_Root.Path("names.csv");
+  request.title = "names";
+  request.source = "web";
+  request.device = "Plotter";
+  request.owner = "ada";
+  request.work = JobWork::Merge;
+  request.options = {{"template", "/srv/shop/badge.xml"}, {"mode", "RGB/300 dpi.ps"}};
+  const std::string page = At(m_Queue->Submit(request).ValueOr(0));
+  EXPECT_TRUE(Has(Ask(page, {}, Role::See), "<bdi>badge.xml</bdi>"));
+  EXPECT_FALSE(Has(Ask(page, {}, Role::See), "/srv/shop"));
+  // The name of another option is no path.
+  EXPECT_TRUE(Has(Ask(page, {}, Role::See), "<bdi>RGB/300 dpi.ps</bdi>"));
+  EXPECT_TRUE(Has(Ask(page), "<bdi>/srv/shop/badge.xml</bdi>"));
+}
+
 TEST_F(ShopPages, nothing_on_a_page_is_inline) {
   const JobId id = Submit();
   for (const std::string& path : {std::string("/"), std::string("/jobs"), At(id),
