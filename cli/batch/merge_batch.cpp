@@ -19,6 +19,7 @@
 #include "rastrel/platform/os/file.h"
 #include "rastrel/platform/os/output_file.h"
 #include "rastrel/platform/os/path.h"
+#include "rastrel/platform/os/tree.h"
 
 namespace rastrel::cli {
 namespace {
