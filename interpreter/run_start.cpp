@@ -13,6 +13,7 @@
 #include "interpreter/pdf_job.h"
 #include "rastrel/platform/os/decimal.h"
 #include "rastrel/platform/os/file.h"
+#include "rastrel/platform/os/pipe.h"
 
 namespace rastrel::interpreter {
 namespace {
@@ -140,17 +141,6 @@ std::vector<std::string> Arguments(const RunStart& start) {
   return arguments;
 }
 
-struct Pipe {
-  os::FileDescriptor reading;
-  os::FileDescriptor writing;
-};
-
-Expected<Pipe> MakePipe() {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return Failure{"pipe", {}, errno};
-  return Pipe{os::FileDescriptor(ends[0]), os::FileDescriptor(ends[1])};
-}
-
 Expected<os::FileDescriptor> OpenDirectory(const std::string& path) {
   os::FileDescriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory.IsOpen()) return Failure{"open", path, errno};
@@ -177,18 +167,18 @@ Expected<void> MakeNonBlocking(const os::FileDescriptor& descriptor) {
 }
 
 struct Pipes {
-  Pipe pixels;
-  Pipe reports;
-  Pipe setup;
-  Pipe job;
-  Pipe answers;
+  os::Pipe pixels;
+  os::Pipe reports;
+  os::Pipe setup;
+  os::Pipe job;
+  os::Pipe answers;
 };
 
 Expected<Pipes> MakePipes(const std::string& setupText) {
   Pipes pipes;
-  for (Pipe* const pipe :
+  for (os::Pipe* const pipe :
        {&pipes.pixels, &pipes.reports, &pipes.setup, &pipes.job, &pipes.answers}) {
-    auto made = MakePipe();
+    auto made = os::MakePipe(0);
     if (!made) return made.Error();
     *pipe = std::move(*made);
   }

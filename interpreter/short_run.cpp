@@ -32,18 +32,6 @@ constexpr std::size_t MaximumMessages = 4096;
 constexpr const char* TemporaryName = "/dev/fd/3";
 constexpr std::size_t MaximumLine = 500;  // bytes of a line that a person reads
 
-struct Pipe {
-  os::FileDescriptor reading;
-  os::FileDescriptor writing;
-};
-
-Expected<Pipe> MakePipe() {
-  HANDLE reading = INVALID_HANDLE_VALUE;
-  HANDLE writing = INVALID_HANDLE_VALUE;
-  if (const auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made.Error();
-  return Pipe{os::FileDescriptor(reading), os::FileDescriptor(writing)};
-}
-
 // Appends the bytes that wait in the pipe. False at its end.
 bool Take(const os::FileDescriptor& source, std::string& text) {
   std::array<char, PipeSize> buffer;
@@ -71,13 +59,13 @@ std::uint64_t SecondsOf(std::chrono::milliseconds time) {
 }
 
 Expected<Running> Start(const ShortRun& run, TaskPlace& place) {
-  Pipe output;
+  os::Pipe output;
   if (run.outputLimit > 0) {
-    auto made = MakePipe();
+    auto made = os::MakePipe(PipeSize);
     if (!made) return made.Error();
     output = std::move(*made);
   }
-  auto messages = MakePipe();
+  auto messages = os::MakePipe(PipeSize);
   if (!messages) return messages.Error();
   const os::FileDescriptor temporary(
       open(place.Directory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -97,21 +97,18 @@ Expected<DrawingProcess> Start(const std::vector<std::string>& task, const std::
     if (IsPassedOn(entry)) request.environment.push_back(std::move(entry));
   }
   request.directory = "/";
-  HANDLE outputRead = INVALID_HANDLE_VALUE;
-  HANDLE outputWrite = INVALID_HANDLE_VALUE;
-  if (auto made = os::CreatePipe(outputRead, outputWrite, PipeSize); !made) return made.Error();
-  os::FileDescriptor output(outputRead);
-  const os::FileDescriptor childOutput(outputWrite);
+  auto output = os::MakePipe(PipeSize);
+  if (!output) return output.Error();
   HANDLE inputRead = INVALID_HANDLE_VALUE;
   HANDLE inputWrite = INVALID_HANDLE_VALUE;
   if (auto made = os::CreateInput(inputRead, inputWrite, input); !made) return made.Error();
   const os::FileDescriptor childInput(inputRead);
   const os::FileDescriptor ownInput(inputWrite);
   request.standardInput = inputRead;
-  request.standardOutput = outputWrite;
+  request.standardOutput = output->writing.Get();
   auto child = os::Spawn(request);
   if (!child) return child.Error();
-  DrawingProcess process(*child, std::move(output));
+  DrawingProcess process(*child, std::move(output->reading));
   // A program that has ended already says by its end why.
   static_cast<void>(os::WriteInput(inputWrite, input));
   return process;

@@ -84,6 +84,13 @@ Expected<void> CreatePipe(HANDLE& readEnd, HANDLE& writeEnd, std::size_t size) {
   return {};
 }
 
+Expected<Pipe> MakePipe(std::size_t size) {
+  HANDLE reading = INVALID_HANDLE_VALUE;
+  HANDLE writing = INVALID_HANDLE_VALUE;
+  if (auto made = CreatePipe(reading, writing, size); !made) return made.Error();
+  return Pipe{FileDescriptor(reading), FileDescriptor(writing)};
+}
+
 Expected<void> CreateInput(HANDLE& readEnd, HANDLE& writeEnd, std::string_view content) {
   auto ends = OpenPipe();
   if (!ends) return ends.Error();

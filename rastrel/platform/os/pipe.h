@@ -15,6 +15,15 @@ namespace rastrel::os {
 /// it up to a page and limits it, which is no failure. A failure leaves both handles untouched.
 [[nodiscard]] Expected<void> CreatePipe(HANDLE& readEnd, HANDLE& writeEnd, std::size_t size);
 
+/// Both ends of a pipe.
+struct Pipe {
+  FileDescriptor reading;
+  FileDescriptor writing;
+};
+
+/// The same with owners for the ends.
+[[nodiscard]] Expected<Pipe> MakePipe(std::size_t size);
+
 /// Makes the standard input of a child that is to receive `content` in one write that never blocks
 /// on the child. It is a pipe that holds all of it or, if the system's limit on pipes is lower, an
 /// unlinked file in memory that already has the content. The child sees the same in both: the
