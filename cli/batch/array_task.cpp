@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <exception>
 #include <filesystem>
 #include <limits>
 #include <span>
@@ -15,6 +14,7 @@
 #include "cli/batch/batch_record.h"
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
+#include "cli/console/run_program.h"
 #include "cli/console/values.h"
 #include "rastrel/platform/os/path.h"
 
@@ -39,7 +39,7 @@ Expected<Task> OpenTask(const std::string& results, const std::string& name) {
   return Task{*std::move(record), *std::move(plan)};
 }
 
-int RunTask(std::span<const char* const> words) {
+ExitStatus RunTask(std::span<const char* const> words) {
   if (words.size() != 4) throw CommandError(ExitStatus::WrongUse, "a task has two arguments");
   auto task = OpenTask(words[2], words[3]);
   for (int look = 1; !task && look < Looks; ++look) {
@@ -48,27 +48,20 @@ int RunTask(std::span<const char* const> words) {
   }
   std::error_code error;
   if (task) std::filesystem::current_path(task->plan.directory, error);
-  if (!task || error) return NotSharedStatus;
+  if (!task || error) return static_cast<ExitStatus>(NotSharedStatus);
   const auto number = static_cast<std::size_t>(
       OrEnd(ExitStatus::WrongUse, WholeNumberOf(TaskNumber, os::EnvironmentValue(TaskNumber), 0,
                                                 std::numeric_limits<int>::max())));
   if (number >= task->plan.pieces.size())
     throw CommandError(ExitStatus::WrongUse, "the array has not so many pieces");
-  return static_cast<int>(DoPiece(task->record, task->plan.pieces[number]));
+  return DoPiece(task->record, task->plan.pieces[number]);
 }
 
 }  // namespace
 
 int RunArrayTask(int count, const char* const* arguments) {
-  try {
-    return RunTask(std::span(arguments, static_cast<std::size_t>(count)));
-  } catch (const CommandError& error) {
-    WriteErrorMessage(error, false);
-    return static_cast<int>(error.Status());
-  } catch (const std::exception& error) {
-    WriteErrorMessage({ExitStatus::JobFailed, error.what()}, false);
-    return static_cast<int>(ExitStatus::JobFailed);
-  }
+  return RunReported(
+      [&] { return RunTask(std::span(arguments, static_cast<std::size_t>(count))); });
 }
 
 }  // namespace rastrel::cli

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <exception>
 #include <limits>
 #include <memory>
 #include <span>
@@ -17,6 +16,7 @@
 #include "cli/console/error_message.h"
 #include "cli/console/exit_status.h"
 #include "cli/console/json_line.h"
+#include "cli/console/run_program.h"
 #include "cli/console/standard_streams.h"
 #include "cli/console/values.h"
 #include "rastrel/platform/os/shown_text.h"
@@ -113,15 +113,8 @@ ExitStatus DoPiece(const BatchRecord& record, const BatchPiece& piece) {
 }
 
 int RunBatchPiece(int count, const char* const* arguments) {
-  try {
-    return static_cast<int>(RunPiece(std::span(arguments, static_cast<std::size_t>(count))));
-  } catch (const CommandError& error) {
-    WriteErrorMessage(error, false);
-    return static_cast<int>(error.Status());
-  } catch (const std::exception& error) {
-    WriteErrorMessage({ExitStatus::JobFailed, error.what()}, false);
-    return static_cast<int>(ExitStatus::JobFailed);
-  }
+  return RunReported(
+      [&] { return RunPiece(std::span(arguments, static_cast<std::size_t>(count))); });
 }
 
 }  // namespace rastrel::cli

@@ -25,28 +25,25 @@ constexpr std::chrono::milliseconds StopInterval{100};
 class Stream {
  public:
   [[nodiscard]] Expected<void> Open() {
-    HANDLE reading = INVALID_HANDLE_VALUE;
-    HANDLE writing = INVALID_HANDLE_VALUE;
-    if (auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made;
-    m_Reading = os::FileDescriptor(reading);
-    m_Writing = os::FileDescriptor(writing);
+    auto made = os::MakePipe(PipeSize);
+    if (!made) return made.Error();
+    m_Pipe = *std::move(made);
     return {};
   }
-  [[nodiscard]] os::FileDescriptor& Writing() { return m_Writing; }
-  [[nodiscard]] HANDLE Reading() const { return m_Reading.Get(); }
+  [[nodiscard]] os::FileDescriptor& Writing() { return m_Pipe.writing; }
+  [[nodiscard]] HANDLE Reading() const { return m_Pipe.reading.Get(); }
   [[nodiscard]] std::string& Text() { return m_Text; }
 
   void Take() {
     std::array<char, PipeSize> bytes;
-    const auto got = os::ReadSome(m_Reading.Get(), bytes.data(), bytes.size());
+    const auto got = os::ReadSome(m_Pipe.reading.Get(), bytes.data(), bytes.size());
     const std::size_t count = got.ValueOr(0);
-    if (count == 0) return m_Reading.Reset();
+    if (count == 0) return m_Pipe.reading.Reset();
     m_Text.append(bytes.data(), std::min(count, MaximumText - m_Text.size()));
   }
 
  private:
-  os::FileDescriptor m_Reading;
-  os::FileDescriptor m_Writing;
+  os::Pipe m_Pipe;
   std::string m_Text;
 };
 

@@ -39,27 +39,25 @@ class Relay {
 
   /// Makes the pipe. The program's end is in Writing() until it is closed.
   [[nodiscard]] Expected<void> Open() {
-    HANDLE reading = INVALID_HANDLE_VALUE;
-    HANDLE writing = INVALID_HANDLE_VALUE;
-    if (auto made = os::CreatePipe(reading, writing, PipeSize); !made) return made;
-    m_Reading = os::FileDescriptor(reading);
-    m_Writing = os::FileDescriptor(writing);
+    auto made = os::MakePipe(PipeSize);
+    if (!made) return made.Error();
+    m_Pipe = *std::move(made);
     return {};
   }
-  [[nodiscard]] os::FileDescriptor& Writing() { return m_Writing; }
-  [[nodiscard]] HANDLE Reading() const { return m_Reading.Get(); }
+  [[nodiscard]] os::FileDescriptor& Writing() { return m_Pipe.writing; }
+  [[nodiscard]] HANDLE Reading() const { return m_Pipe.reading.Get(); }
 
   /// Takes the bytes that wait in the pipe, and closes it at its end.
   void Take() {
     std::array<char, PipeSize> bytes;
-    const auto got = os::ReadSome(m_Reading.Get(), bytes.data(), bytes.size());
+    const auto got = os::ReadSome(m_Pipe.reading.Get(), bytes.data(), bytes.size());
     if (const std::size_t count = got.ValueOr(0); count > 0) {
       m_Text.append(bytes.data(), count);
       const std::size_t end = m_Text.rfind('\n');
       if (end != m_Text.npos) return Pass(end + 1);
       return m_Text.size() < MaximumLine ? void() : Pass(m_Text.size());
     }
-    m_Reading.Reset();
+    m_Pipe.reading.Reset();
     if (!m_Text.empty()) Pass(m_Text.size());
   }
 
@@ -70,8 +68,7 @@ class Relay {
   }
 
   void (*m_Write)(std::string_view);
-  os::FileDescriptor m_Reading;
-  os::FileDescriptor m_Writing;
+  os::Pipe m_Pipe;
   std::string m_Text;  // the begin of a line
 };
 
@@ -80,14 +77,6 @@ struct Relays {
   Relay output{WriteOutData};
   Relay error{WriteErrorLines};
 };
-
-std::vector<std::string> EnvironmentOfRun() {
-  const std::string variable = std::string(StarterVariable) + "=";
-  std::vector<std::string> entries = os::EnvironmentEntries();
-  std::erase_if(entries, [&](const std::string& entry) { return entry.starts_with(variable); });
-  entries.push_back(variable + std::to_string(os::CurrentProcessId()));
-  return entries;
-}
 
 Expected<os::FileDescriptor> Start(const std::vector<std::string>& arguments,
                                    bool readsStandardInput, Relays& relays) {
@@ -146,6 +135,14 @@ std::vector<std::string> ArgumentsFor(const Invocation& invocation, const std::s
 }
 
 }  // namespace
+
+std::vector<std::string> EnvironmentOfRun() {
+  const std::string variable = std::string(StarterVariable) + "=";
+  std::vector<std::string> entries = os::EnvironmentEntries();
+  std::erase_if(entries, [&](const std::string& entry) { return entry.starts_with(variable); });
+  entries.push_back(variable + std::to_string(os::CurrentProcessId()));
+  return entries;
+}
 
 Expected<std::unique_ptr<CommandRuns>> CommandRuns::Create() {
   std::unique_ptr<CommandRuns> runs(new CommandRuns);

@@ -54,6 +54,10 @@ class CommandRuns {
   std::unique_ptr<os::StopSignals> m_Signals;  // last: its thread uses the others
 };
 
+/// This process's environment for a program of the installation that is to end with this process:
+/// every one that begins with RunProgram does.
+[[nodiscard]] std::vector<std::string> EnvironmentOfRun();
+
 /// In a program that CommandRuns started: ends it with that one. Else it does nothing. REQUIRES: no
 /// other thread runs yet.
 void EndWithCommandRuns();

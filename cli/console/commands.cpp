@@ -1,6 +1,8 @@
 // The table of commands, each with its options.
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <span>
 
 #include "cli/console/options.h"
@@ -143,64 +145,32 @@ constexpr std::array JobsReprintOptions{Pages, Json, Help};
 constexpr std::array ServeOptions{OpenBrowser, Help};
 constexpr std::array UsersAddOptions{UserRole, NewPasswordFile, Help};
 constexpr std::array UsersRoleOptions{UserRole, Help};
-constexpr std::array BatchConvertOptions{
-    BatchOutput,    OutputSize,   Resolution,     CutColor,      ChosenPage, Box,
-    PasswordFile,   Force,        Jobs,           PieceSeconds,  Resume,     BatchOn,
-    BatchPartition, BatchAccount, BatchTimeLimit, BatchLicenses, Json,       Help};
-constexpr std::array BatchPreviewOptions{BatchOutput,   Dpi,
-                                         CutOnly,       Scale,
-                                         Levels,        LevelsRed,
-                                         LevelsGreen,   LevelsBlue,
-                                         LevelsGray,    CutColor,
-                                         Box,           PasswordFile,
-                                         Force,         Jobs,
-                                         PieceSeconds,  Resume,
-                                         BatchOn,       BatchPartition,
-                                         BatchAccount,  BatchTimeLimit,
-                                         BatchLicenses, Json,
-                                         Help};
-constexpr std::array BatchPageSizeOptions{BatchOutput,
-                                          Dsc,
-                                          Box,
-                                          PasswordFile,
-                                          Jobs,
-                                          PieceSeconds,
-                                          Resume,
-                                          BatchOn,
-                                          BatchPartition,
-                                          BatchAccount,
-                                          BatchTimeLimit,
-                                          BatchLicenses,
-                                          Json,
-                                          Help};
-constexpr std::array BatchPrintOptions{
-    Printer,      Mode,           Copies,        Pages,        Planar,   Scale,   Levels,
-    LevelsRed,    LevelsGreen,    LevelsBlue,    LevelsGray,   CutColor, Box,     PasswordFile,
-    BatchOutput,  Force,          Jobs,          PieceSeconds, Resume,   BatchOn, BatchPartition,
-    BatchAccount, BatchTimeLimit, BatchLicenses, Json,         Help};
-constexpr std::array BatchMergeOptions{Data,
-                                       OptionId::Sheet,
-                                       Format,
-                                       OutputFile,
-                                       PictureDpi,
-                                       Blank,
-                                       Outlines,
-                                       Strict,
-                                       OnlyBad,
-                                       AllowOutside,
-                                       FontReplacement,
-                                       CancelMissingFonts,
-                                       Force,
-                                       Jobs,
-                                       PieceSeconds,
-                                       Resume,
-                                       BatchOn,
-                                       BatchPartition,
-                                       BatchAccount,
-                                       BatchTimeLimit,
-                                       BatchLicenses,
-                                       Json,
-                                       Help};
+// The options of every batch, after its own.
+constexpr std::array OptionsOfBatches{Jobs,           PieceSeconds, Resume,         BatchOn,
+                                      BatchPartition, BatchAccount, BatchTimeLimit, BatchLicenses,
+                                      Json,           Help};
+
+template <std::size_t Count>
+constexpr auto WithBatchOptions(const std::array<OptionId, Count>& own) {
+  std::array<OptionId, Count + OptionsOfBatches.size()> all{};
+  std::copy(OptionsOfBatches.begin(), OptionsOfBatches.end(),
+            std::copy(own.begin(), own.end(), all.begin()));
+  return all;
+}
+
+constexpr auto BatchConvertOptions = WithBatchOptions(std::array{
+    BatchOutput, OutputSize, Resolution, CutColor, ChosenPage, Box, PasswordFile, Force});
+constexpr auto BatchPreviewOptions =
+    WithBatchOptions(std::array{BatchOutput, Dpi, CutOnly, Scale, Levels, LevelsRed, LevelsGreen,
+                                LevelsBlue, LevelsGray, CutColor, Box, PasswordFile, Force});
+constexpr auto BatchPageSizeOptions =
+    WithBatchOptions(std::array{BatchOutput, Dsc, Box, PasswordFile});
+constexpr auto BatchPrintOptions = WithBatchOptions(
+    std::array{Printer, Mode, Copies, Pages, Planar, Scale, Levels, LevelsRed, LevelsGreen,
+               LevelsBlue, LevelsGray, CutColor, Box, PasswordFile, BatchOutput, Force});
+constexpr auto BatchMergeOptions = WithBatchOptions(
+    std::array{Data, OptionId::Sheet, Format, OutputFile, PictureDpi, Blank, Outlines, Strict,
+               OnlyBad, AllowOutside, FontReplacement, CancelMissingFonts, Force});
 
 constexpr std::array CommandRows{
     CommandRow{CommandId::Print, "print", "FILE...", false, "Print PostScript, EPS or PDF files.",

@@ -15,14 +15,9 @@
 namespace rastrel::cli {
 namespace {
 
-ExitStatus RunGuarded(int count, const char* const* arguments,
-                      const std::function<ExitStatus(const Invocation&)>& run) {
-  // An error in the arguments themselves is reported in the form that they ask for, too.
-  const bool json = std::any_of(arguments + std::min(count, 1), arguments + count,
-                                [](std::string_view word) { return word == "--json"; });
+ExitStatus RunGuarded(bool json, const std::function<ExitStatus()>& run) {
   try {
-    EndWithCommandRuns();
-    return run(ParseArguments(count, arguments));
+    return run();
   } catch (const CommandError& error) {
     WriteErrorMessage(error, json);
     return error.Status();
@@ -45,12 +40,22 @@ void ReportLostLog(std::string_view /*text*/, const Failure& why) {
 int RunProgram(int count, const char* const* arguments,
                const std::function<ExitStatus(const Invocation&)>& run) {
   CAppLog::SetLostTextHandler(ReportLostLog);
-  const ExitStatus status = RunGuarded(count, arguments, run);
+  // An error in the arguments themselves is reported in the form that they ask for, too.
+  const bool json = std::any_of(arguments + std::min(count, 1), arguments + count,
+                                [](std::string_view word) { return word == "--json"; });
+  const ExitStatus status = RunGuarded(json, [&] {
+    EndWithCommandRuns();
+    return run(ParseArguments(count, arguments));
+  });
   if (status == ExitStatus::Done && OutputFailed()) {
     WriteErrorLine("rastrel: standard output could not be written");
     return static_cast<int>(ExitStatus::JobFailed);
   }
   return static_cast<int>(status);
+}
+
+int RunReported(const std::function<ExitStatus()>& run) {
+  return static_cast<int>(RunGuarded(false, run));
 }
 
 }  // namespace rastrel::cli

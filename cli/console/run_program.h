@@ -15,4 +15,8 @@ namespace rastrel::cli {
 [[nodiscard]] int RunProgram(int count, const char* const* arguments,
                              const std::function<ExitStatus(const Invocation&)>& run);
 
+/// Runs a piece of a program that has no command line of the user's: `run`, with its exception as a
+/// message as above. Returns the exit status.
+[[nodiscard]] int RunReported(const std::function<ExitStatus()>& run);
+
 }  // namespace rastrel::cli

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/console/command_runs.h"
 #include "cli/server/worker.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/file_descriptor.h"
@@ -35,29 +36,20 @@ struct Child {
 };
 
 Expected<Child> Start(const std::string& program, const std::vector<std::string>& arguments) {
-  HANDLE reading = INVALID_HANDLE_VALUE;
-  HANDLE writing = INVALID_HANDLE_VALUE;
-  if (auto made = os::CreatePipe(reading, writing, 0); !made) return made.Error();
-  Child child{{}, os::FileDescriptor(reading), 0};
-  const os::FileDescriptor childsEnd(writing);
+  auto lines = os::MakePipe(0);
+  if (!lines) return lines.Error();
   const auto nothing = os::OpenForReading(L"/dev/null");
   if (!nothing) return nothing.Error();
   os::SpawnRequest request;
   request.executable = standalone::FindResources().programs + "/" + program;
   request.arguments = arguments;
-  request.environment = os::EnvironmentEntries();
-  // It ends with this process (command_runs.h).
-  std::erase_if(request.environment,
-                [](const auto& one) { return one.starts_with("RASTREL_STARTER="); });
-  request.environment.push_back("RASTREL_STARTER=" + std::to_string(os::CurrentProcessId()));
+  request.environment = EnvironmentOfRun();
   request.standardInput = nothing->Get();
-  request.standardOutput = childsEnd.Get();
-  request.standardError = childsEnd.Get();
+  request.standardOutput = lines->writing.Get();
+  request.standardError = lines->writing.Get();
   const auto spawned = os::Spawn(request);
   if (!spawned) return spawned.Error();
-  child.process = os::FileDescriptor(spawned->process);
-  child.id = spawned->id;
-  return child;
+  return Child{os::FileDescriptor(spawned->process), std::move(lines->reading), spawned->id};
 }
 
 // Takes output in pieces, and keeps the wanted lines of it.
@@ -131,13 +123,13 @@ Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
   return run;
 }
 
-Expected<ToolRun> RunTool(const std::string& program, const std::vector<std::string>& arguments,
+Expected<LimitedRun> RunLimited(const std::string& program, const std::vector<std::string>& arguments,
                           os::Deadline deadline, const os::ProcessLimits& limits) {
   const auto child = Start(program, arguments);
   if (!child) return child.Error();
   // One that has ended already needs none.
   static_cast<void>(os::LimitProcess(child->id, limits));
-  ToolRun run;
+  LimitedRun run;
   const auto end = [&](const char* why) {
     static_cast<void>(os::Terminate(child->process.Get()));
     return FailureOf(program + " " + why);

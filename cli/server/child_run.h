@@ -36,14 +36,14 @@ using LineFilter = std::function<bool(const std::string&)>;
                                           const LineFilter& isWanted);
 
 /// All that a program wrote, both streams together, at most 4 MiB, and its end.
-struct ToolRun {
+struct LimitedRun {
   os::ExitState state{};
   std::string output;
 };
 
 /// Runs a program as RunChild does, for no job, and with limits. Fails also if it has not ended
 /// before the deadline, or wrote more; it is ended then. Any thread.
-[[nodiscard]] Expected<ToolRun> RunTool(const std::string& program,
+[[nodiscard]] Expected<LimitedRun> RunLimited(const std::string& program,
                                         const std::vector<std::string>& arguments,
                                         os::Deadline deadline, const os::ProcessLimits& limits);
 

@@ -67,7 +67,7 @@ Expected<server::web::MergeRun> RunMerge(const std::vector<std::string>& argumen
                                          std::chrono::milliseconds limit) {
   std::vector<std::string> all{"rastrel-document"};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  auto run = RunTool("rastrel-document", all, os::Deadline::After(limit), MergeLimits);
+  auto run = RunLimited("rastrel-document", all, os::Deadline::After(limit), MergeLimits);
   if (!run) return run.Error();
   constexpr int OfSignals = 128;
   const int status = run->state.byItself ? run->state.status : OfSignals + run->state.status;

@@ -13,12 +13,12 @@ using namespace std::chrono_literals;
 // Programs are looked for in a directory of the installation: from there to the shell.
 const std::string Shell = "../../../../../../../../../../../../../../../../bin/sh";
 
-Expected<ToolRun> RunScript(const std::string& script, std::chrono::milliseconds limit = 60s,
+Expected<LimitedRun> RunScript(const std::string& script, std::chrono::milliseconds limit = 60s,
                             const os::ProcessLimits& limits = {}) {
-  return RunTool(Shell, {"sh", "-c", script}, os::Deadline::After(limit), limits);
+  return RunLimited(Shell, {"sh", "-c", script}, os::Deadline::After(limit), limits);
 }
 
-TEST(RunTool, has_both_streams_and_the_end) {
+TEST(RunLimited, has_both_streams_and_the_end) {
   const auto run = RunScript("echo out; echo err >&2; exit 3");
   ASSERT_TRUE(run) << Describe(run.Error());
   EXPECT_EQ(run->output, "out\nerr\n");
@@ -26,7 +26,7 @@ TEST(RunTool, has_both_streams_and_the_end) {
   EXPECT_EQ(run->state.status, 3);
 }
 
-TEST(RunTool, ends_a_program_whose_time_is_over_whether_it_writes_or_not) {
+TEST(RunLimited, ends_a_program_whose_time_is_over_whether_it_writes_or_not) {
   for (const char* script : {"exec sleep 1000", "exec >&-; exec 2>&-; exec sleep 1000",
                              "while :; do echo x; sleep 0.01; done"}) {
     const auto run = RunScript(script, 300ms);
@@ -35,13 +35,13 @@ TEST(RunTool, ends_a_program_whose_time_is_over_whether_it_writes_or_not) {
   }
 }
 
-TEST(RunTool, ends_a_program_that_writes_without_end) {
+TEST(RunLimited, ends_a_program_that_writes_without_end) {
   const auto run = RunScript("exec yes");
   ASSERT_FALSE(run);
   EXPECT_NE(run.Error().why.find("wrote too much"), std::string::npos);
 }
 
-TEST(RunTool, a_program_has_no_more_than_its_limits) {
+TEST(RunLimited, a_program_has_no_more_than_its_limits) {
   const auto run = RunScript(
       "for i in $(seq 1000); do [ $(ulimit -f) = 100 ] && break; sleep 0.05; done; ulimit -f; "
       "ulimit -t",
@@ -51,8 +51,8 @@ TEST(RunTool, a_program_has_no_more_than_its_limits) {
   EXPECT_EQ(run->output, "100\n5\n");
 }
 
-TEST(RunTool, a_program_that_is_not_there_is_a_failure) {
-  EXPECT_FALSE(RunTool("rastrel-nothing", {"x"}, os::Deadline::After(1s), {}));
+TEST(RunLimited, a_program_that_is_not_there_is_a_failure) {
+  EXPECT_FALSE(RunLimited("rastrel-nothing", {"x"}, os::Deadline::After(1s), {}));
 }
 
 }  // namespace
