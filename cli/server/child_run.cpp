@@ -123,8 +123,9 @@ Expected<ChildRun> RunChild(server::JobQueue& queue, const server::Job& job,
   return run;
 }
 
-Expected<LimitedRun> RunLimited(const std::string& program, const std::vector<std::string>& arguments,
-                          os::Deadline deadline, const os::ProcessLimits& limits) {
+Expected<LimitedRun> RunLimited(const std::string& program,
+                                const std::vector<std::string>& arguments, os::Deadline deadline,
+                                const os::ProcessLimits& limits) {
   const auto child = Start(program, arguments);
   if (!child) return child.Error();
   // One that has ended already needs none.

@@ -44,7 +44,8 @@ struct LimitedRun {
 /// Runs a program as RunChild does, for no job, and with limits. Fails also if it has not ended
 /// before the deadline, or wrote more; it is ended then. Any thread.
 [[nodiscard]] Expected<LimitedRun> RunLimited(const std::string& program,
-                                        const std::vector<std::string>& arguments,
-                                        os::Deadline deadline, const os::ProcessLimits& limits);
+                                              const std::vector<std::string>& arguments,
+                                              os::Deadline deadline,
+                                              const os::ProcessLimits& limits);
 
 }  // namespace rastrel::cli

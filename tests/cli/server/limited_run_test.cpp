@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 const std::string Shell = "../../../../../../../../../../../../../../../../bin/sh";
 
 Expected<LimitedRun> RunScript(const std::string& script, std::chrono::milliseconds limit = 60s,
-                            const os::ProcessLimits& limits = {}) {
+                               const os::ProcessLimits& limits = {}) {
   return RunLimited(Shell, {"sh", "-c", script}, os::Deadline::After(limit), limits);
 }
 
