@@ -111,6 +111,12 @@ TEST(DscPages, without_the_ends_of_prolog_and_pages_are_refused) {
 TEST(DscPages, that_are_not_within_save_and_restore_are_refused) {
   const std::string reason = "page 1 is not within a save and its restore";
   EXPECT_EQ(ReasonOf(With("/level save def\n", "")), reason);
+  EXPECT_EQ(
+      ReasonOf(With("%%PageBoundingBox: 0 0 9 9\n/level save def\n0 0 9 9 rectfill\nlevel restore "
+                    "showpage\n",
+                    "")),
+      reason)
+      << "of a page of comments alone";
   EXPECT_EQ(ReasonOf(With("/level save def\n", "/x 1 def /level save def\n")), reason);
   EXPECT_EQ(ReasonOf(With("level restore showpage", "showpage")), reason);
   EXPECT_EQ(ReasonOf(With("level restore showpage", "level restore showpage /x 1 def")), reason);

@@ -103,6 +103,13 @@ TEST(PrintfText, fills_texts_with_zeros_too_if_it_is_told_to) {
   EXPECT_EQ(Typed(L"%05s|%5s|%-5s|%-05d|", L"ab", L"ab", L"ab", 5), L"000ab|   ab|ab   |5    |");
 }
 
+// The standard's rule: an exponent below -4, or of the precision and more, has an exponent's form.
+TEST(PrintfText, keeps_the_zeros_of_a_general_number_in_both_its_forms) {
+  EXPECT_EQ(Typed(L"%#g|%#g|%#g", 1.0, 0.0001, 0.00001), L"1.00000|0.000100000|1.00000e-05");
+  EXPECT_EQ(Typed(L"%#g|%#g|%#.1g", 123456.0, 1234567.0, 0.5), L"123456.|1.23457e+06|0.5");
+  EXPECT_EQ(Typed(L"%#g", std::numeric_limits<double>::infinity()), L"inf");
+}
+
 TEST(PrintfText, prints_what_is_no_number) {
   const double infinite = std::numeric_limits<double>::infinity();
   EXPECT_EQ(Typed(L"%f|%F|%05.1f|%e", infinite, infinite, -infinite, -infinite),

@@ -33,6 +33,10 @@ mount --bind /mnt "$tree"
 umount /mnt
 mount -t tmpfs -o size=512m,mode=1777 scratch /dev/shm
 export HOME=/tmp/home TMPDIR=/tmp
+if [ -n "${{RASTREL_CHANGE-}}" ] && [ -d "$tree/change" ]; then
+  mount -t tmpfs -o size=1m,mode=755 scratch "$tree/change"
+  echo "$RASTREL_CHANGE" >"$tree/change/number"
+fi
 cd "$tree"
 ulimit -c 0
 ulimit -v {memory}

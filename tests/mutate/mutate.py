@@ -4,15 +4,23 @@ The lines are drawn at random, the same for the same --seed. Each change is buil
 of the checkout, build/mutate. One line a change goes to standard output, and at the end how many were
 noticed. The status is 1 if one was not noticed that tests/mutate/accepted.txt does not list.
 
-usage: mutate.py ROOT [COUNT] [--seed N] [--only REGEX] [--headers] [--everywhere] [--list]
+From AT_ONCE_FROM changes on, all of them are built at once with switches (see switches.py), which takes the
+time of one build for all; those that can't have a switch, or are not noticed with theirs, are then tried
+one at a time like a few.
+
+usage: mutate.py ROOT [COUNT] [--seed N] [--only REGEX] [--headers] [--everywhere] [--one-by-one] [--list]
 """
 
 import argparse
+import collections
+import concurrent.futures
+import itertools
 import os
 import pathlib
 import re
 import signal
 import sys
+import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "architecture"))
@@ -22,10 +30,14 @@ import confinement  # noqa: E402
 import mutants  # noqa: E402
 import programs  # noqa: E402
 import sources as project  # noqa: E402
+import switches  # noqa: E402
 import workspace as workspaces  # noqa: E402
 
 HERE = pathlib.Path(__file__).resolve().parent
 LONGEST_SHOWN = 110  # characters of a line
+AT_ONCE_FROM = 15
+BUILDS = 6  # with switches; each takes out what did not compile
+COMPILER_ERROR = re.compile(r"^(\S+?):(\d+)(?::\d+)?: (?:fatal )?error", re.M)
 
 
 def shown(text):
@@ -54,6 +66,7 @@ class Run:
         self.missed = []
         self.uncompiled = 0
         self.untested = 0
+        self.measuring = collections.defaultdict(threading.Lock)  # by a test's name
 
     def _usable(self, tests):
         """Those of the tests that work without a change."""
@@ -77,7 +90,7 @@ class Run:
                                                        for target in test.targets}))
         if not built:
             # A build step may run what was built; then it is the step that noticed.
-            compiler = re.search(r"^\S+?:\d+(:\d+)?: (fatal )?error", messages, re.M)
+            compiler = COMPILER_ERROR.search(messages)
             return (False, "") if compiler else (True, "the build")
         for test in tests:
             noticed = self.suite.notices(test)
@@ -103,10 +116,72 @@ class Run:
         if not compiled:
             self.uncompiled += 1
             return False
+        self._count(mutant, noticed)
+        return True
+
+    def _count(self, mutant, noticed):
         (self.noticed if noticed else self.missed).append(mutant)
         outcome = f"noticed by {noticed}" if noticed else "NOT NOTICED"
         print(line_of(mutant, outcome), flush=True)
-        return True
+
+    def _build_switches(self, sources, numbered):
+        """Builds everything with as many of the changes as compile; returns their numbers."""
+        forms = collections.defaultdict(int)
+        for _ in range(BUILDS):
+            texts, put = switches.put_in(sources, numbered, forms)
+            self.workspace.put_switches(texts)
+            say(f"building {len(put)} changes at once, {len(numbered) - len(put)} are left for later")
+            built, messages = self.workspace.build([], "-k", "0")
+            if built:
+                return set(put)
+            faults = {(os.path.relpath(file, self.workspace.copy), int(line))
+                      for file, line in COMPILER_ERROR.findall(messages)}
+            blamed = {number for number, (file, first, last) in put.items()
+                      if any(file == name and first <= line <= last for name, line in faults)}
+            # An error far from its change: all changes of that source are blamed.
+            files = {name for name, line in faults
+                     if not any(put[number][0] == name and put[number][1] <= line <= put[number][2]
+                                for number in blamed)}
+            blamed |= {number for number, (file, _, _) in put.items() if file in files}
+            if not blamed:
+                sys.exit(f"mutate: the checkout does not build with switches:\n{messages[-4000:]}")
+            for number in blamed:
+                forms[number] += 1
+        sys.exit("mutate: the changes can't be built at once; --one-by-one does without")
+
+    def try_at_once(self, sources, candidates):
+        """Tries the changes with switches, some at the same time. Returns those that have to be tried by
+        themselves."""
+        numbered = dict(enumerate(candidates, 1))
+        built = self._build_switches(sources, numbered)
+        asked = {}
+        for number in sorted(built):
+            file = numbered[number].file
+            nearest = self.suite.nearest(file)
+            asked[number] = nearest + (self.suite.others(file, nearest) if self.everywhere else [])
+        # Many tests wait.
+        with concurrent.futures.ThreadPoolExecutor(self.workspace.jobs * 2) as pool:
+            for number, noticed in zip(asked, pool.map(self._noticed_with_switch, asked.items())):
+                if noticed:
+                    self._count(numbered[number], noticed)
+                    del numbered[number]
+                else:
+                    say(f"with its switch not noticed: {numbered[number].file}:{numbered[number].line}")
+        say(f"{len(numbered)} changes are to be tried by themselves")
+        return list(numbered.values())
+
+    def _noticed_with_switch(self, entry):
+        number, tests = entry
+        for test in tests:
+            with self.measuring[test.name]:
+                first = test.seconds is None
+                self.suite.measure(test)
+            if first and not test.usable:
+                say(f"{test.name} fails or takes over {programs.SLOWEST} s as it is: left out")
+            noticed = test.usable and self.suite.notices(test, number)
+            if noticed:
+                return noticed
+        return ""
 
     def summary(self):
         done = len(self.noticed) + len(self.missed)
@@ -129,6 +204,8 @@ def arguments():
     parser.add_argument("--everywhere", action="store_true",
                         help="ask all test programs that link a source, where its folder's notice "
                              "nothing")
+    parser.add_argument("--one-by-one", action="store_true",
+                        help="build each change by itself, however many they are")
     parser.add_argument("--list", action="store_true", help="only list the changes")
     return parser.parse_args()
 
@@ -161,8 +238,12 @@ def main():
 
     # SIGTERM restores the changed source, too, and ends the running test.
     signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
+    # A shell starts work in the background with interrupts ignored, and tests of interrupts would inherit it.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     os.nice(5)
-    workspace = workspaces.Workspace(root, os.cpu_count() or 2)
+    at_once = options.count >= AT_ONCE_FROM and not options.one_by_one
+    workspace = workspaces.Workspace(root, os.cpu_count() or 2,
+                                     workspaces.AT_ONCE if at_once else workspaces.ONE_BY_ONE)
     say(f"{options.count} changes, seed {options.seed}, in {workspace.copy}")
     workspace.prepare()
     try:
@@ -170,11 +251,15 @@ def main():
     except confinement.Unavailable as reason:
         sys.exit(f"mutate: changed programs can't be confined here, so none is run: {reason}")
     run = Run(workspace, programs.Suite(workspace), options.everywhere)
-    tried = 0
-    for mutant in drawn(options, sources, table):
-        if tried == options.count:
+    order = drawn(options, sources, table)
+    if at_once:
+        by_file = {source.file: source for source in sources}
+        left = run.try_at_once(by_file, list(itertools.islice(order, options.count)))
+        order = itertools.chain(left, order)
+    for mutant in order:
+        if len(run.noticed) + len(run.missed) == options.count:
             break
-        tried += run.try_one(mutant)
+        run.try_one(mutant)
     print(run.summary())
     for mutant in run.missed:
         print(f"NOT NOTICED: {mutant.file}: {mutant.before}  =>  {mutant.after}")

@@ -2,6 +2,8 @@
 
 import os
 import pathlib
+import re
+import subprocess
 import tempfile
 import unittest
 
@@ -10,6 +12,7 @@ import confinement
 import cpp_tokens
 import mutants
 import programs
+import switches
 import workspace
 
 
@@ -118,6 +121,127 @@ class Changes(unittest.TestCase):
         alone, = mutants.draw([mutants.Source("a.cpp", text)], 3)
         others = [mutants.Source(f"{name}.cpp", text) for name in "abcdef"]
         self.assertIn(alone, list(mutants.draw(others, 3)))
+
+
+def with_switches(text, kind=None):
+    """The text with switches of as many of its changes as don't meet, and the numbers of those."""
+    source = mutants.Source("a.cpp", text)
+    found = [mutant for mutant in source.mutants() if kind in (None, mutant.kind)]
+    numbered = dict(enumerate(found, 1))
+    texts, put = switches.put_in({"a.cpp": source}, numbered, dict.fromkeys(numbered, 0))
+    return texts.get("a.cpp", text), sorted(put)
+
+
+def squeezed(text):
+    return re.sub(r"\s", "", text.replace("::rastrel_change::", ""))
+
+
+class Switches(unittest.TestCase):
+    def assert_switched(self, text, wanted, kind=None):
+        function = "void f() " if text.startswith("{") else ""
+        made, _ = with_switches(function + text, kind)
+        self.assertEqual(squeezed(made), squeezed(function + wanted))
+
+    def test_a_condition_is_asked_both_ways(self):
+        self.assert_switched("{ if (a < b) c; }",
+                             "{ if (Is(1) ? static_cast<bool>(a <= b) : static_cast<bool>(a < b)) c; }",
+                             "comparison")
+
+    def test_statements_stand_twice(self):
+        self.assert_switched("{ a(); }", "{ { if (Is(1)) { {} } else { a(); } } }")
+        self.assert_switched("{ if (a()) b += c; else d; }",
+                             "{ if (a()) { if (Is(1)) { b -= c; } else { b += c; } } else d; }",
+                             "arithmetic")
+        self.assert_switched("{ return a; }", "{ { if (Is(1)) { return {}; } return a; } }")
+
+    def test_a_value_stands_twice(self):
+        self.assert_switched("{ int a = 1; }", "{ int a = (IsNow(1) ? (2) : (1)); }")
+        self.assert_switched("{ const A a(b, 1); }", "{ const A a(b, (IsNow(1) ? (2) : (1))); }")
+
+    def test_a_constant_of_the_compilers_is_computed_at_the_start(self):
+        self.assert_switched("constexpr int A = 1;", "const int A = (IsNow(1) ? (2) : (1));")
+        self.assert_switched("class A { static constexpr int B = 1; };",
+                             "class A { static inline const int B = (IsNow(1) ? (2) : (1)); };")
+
+    def test_a_change_in_a_lambda_stays_in_it(self):
+        self.assert_switched("{ f([&](int a) { return a + b; }); }",
+                             "{ f([&](int a) { { if (Is(1)) { return a - b; } return a + b; } }); }",
+                             "arithmetic")
+
+    def test_lines_stay_where_they_are(self):
+        text = "void f() {\n  f(a +\n    b);\n  g(1);\n}\n"
+        made, put = with_switches(text)
+        self.assertEqual(made.count("\n"), text.count("\n"))
+        self.assertEqual(made.splitlines()[3].strip()[0], "{")
+        self.assertTrue(put)
+
+    def test_of_changes_that_meet_one_has_a_switch(self):
+        _, put = with_switches("void f() { f(a + b); }")
+        self.assertEqual(len(put), 1)
+
+    def test_a_switch_does_as_its_change_does(self):
+        program = """#include <stdio.h>
+constexpr int First = 3;
+static int Scaled(int a) {
+  for (int i = 0; i < a; ++i) {
+    if (i == 2 && a > 1) continue;
+    a += i * 2;
+    if (a >= 40) break;
+  }
+  const auto half = [&](int b) -> int { return b / 2 + First; };
+  switch (a % 4) {
+    case 1: return half(a);
+    default: break;
+  }
+  return a > 9 ? a - 1 : half(a + 1);
+}
+int main() {
+  int sum = 0;
+  for (int i = First; i <= 9; ++i) sum = sum * 3 + Scaled(i);
+  printf("%d\\n", sum);
+}
+"""
+        source = mutants.Source("a.cpp", program)
+        changes = [mutant for mutant in source.mutants() if mutant.kind != "call" and mutant.line > 1]
+        with tempfile.TemporaryDirectory() as place:
+            folder = pathlib.Path(place)
+            compared = 0
+            header = switches.write_header(folder)
+            rest = dict(enumerate(changes, 1))
+            while rest:  # of changes that meet, one a round
+                texts, put = switches.put_in({"a.cpp": source}, rest, dict.fromkeys(rest, 0))
+                if not put:
+                    break
+                path = folder / "switched.cpp"
+                path.write_text(switches.with_header(texts["a.cpp"], header, path))
+                switched = self.compiled(path)
+                self.assertIsNotNone(switched)
+                self.assertEqual(self.output(switched, {}), self.output(self.plain(folder, program), {}))
+                for number in put:
+                    mutant = rest.pop(number)
+                    changed_text = (program[:mutant.start] + mutant.replacement + program[mutant.end:])
+                    alone = self.plain(folder, changed_text)
+                    if alone is None:
+                        continue
+                    compared += 1
+                    self.assertEqual(self.output(switched, {switches.VARIABLE: str(number)}),
+                                     self.output(alone, {}), mutant)
+            self.assertGreater(compared, 20)
+
+    def plain(self, folder, text):
+        path = folder / "plain.cpp"
+        path.write_text(text)
+        return self.compiled(path)
+
+    def compiled(self, path):
+        made = path.with_suffix("")
+        ended = subprocess.run(["c++", "-std=c++20", "-w", "-o", str(made), str(path)], check=False)
+        return made if ended.returncode == 0 else None
+
+    def output(self, program, variables):
+        ended = subprocess.run(["timeout", "5", str(program)], env={**os.environ, **variables}, check=False,
+                               capture_output=True, text=True)
+        return ended.returncode, ended.stdout
 
 
 class Tests(unittest.TestCase):

@@ -9,6 +9,7 @@ import re
 import shlex
 
 import confinement
+import switches
 
 PROGRAM = re.compile(r"^tests/tests_(\w+): CXX_EXECUTABLE_LINKER")
 ADD_TEST = re.compile(r"^add_test\(\[=\[(.+?)\]=\] (.*)\)$")
@@ -114,6 +115,13 @@ def all_failures(output):
     return sorted(set(re.findall(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)(?=[ ,]|$)", output, re.M)))
 
 
+def sources_joined_in(path):
+    """The sources that are compiled as one in a file of the build."""
+    if "/Unity/" not in path or not path.endswith(".cxx"):
+        return []
+    return re.findall(r'^#include "(.+)"', pathlib.Path(path).read_text(encoding="utf-8"), re.M)
+
+
 class Suite:
     """All tests of a workspace."""
 
@@ -135,7 +143,8 @@ class Suite:
         """Whether the source is part of a test program, or of a target that is built with it."""
         target = test.targets[0]
         if target not in self._inputs:
-            self._inputs[target] = set(self.workspace.ninja_lists("inputs", target))
+            inputs = self.workspace.ninja_lists("inputs", target)
+            self._inputs[target] = set(inputs).union(*map(sources_joined_in, inputs))
         return str(self.workspace.copy / file) in self._inputs[target]
 
     def nearest(self, file):
@@ -164,19 +173,21 @@ class Suite:
         known = bool(test.failing) and "[==========]" in ended.output.rsplit("[ RUN", 1)[-1]
         test.usable = ended.status in (0, SKIPPED) or ended.status is not None and known
 
-    def notices(self, test):
-        """The name of the test that fails now, or ""."""
+    def notices(self, test, switch=None):
+        """The name of the test that fails now, or with the change of a number switched on; "" if none does."""
         limit = time_limit(test.seconds)
         options = ["--gtest_fail_fast"] if test.is_program else []
         if test.failing:
             options.append("--gtest_filter=-" + ":".join(test.failing))
-        ended = self._run(test, options, limit)
+        ended = self._run(test, options, limit, switch)
         if ended.status in (0, SKIPPED):
             return ""
         name = first_failure(ended.output) if test.is_program else ""
         late = f" (not done after {limit:.0f} s)" if ended.status is None else ""
         return f"{test.name}{': ' if name else ''}{name}{late}"
 
-    def _run(self, test, options, limit):
+    def _run(self, test, options, limit, switch=None):
         environment = dict(self.workspace.environment, **test.environment)
+        if switch is not None:
+            environment[switches.VARIABLE] = str(switch)
         return confinement.run(self.workspace.copy, [*test.command, *options], limit, environment)

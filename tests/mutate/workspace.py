@@ -9,8 +9,11 @@ import pathlib
 import shutil
 import subprocess
 
+import switches
+
 BUILD_LIMIT = 1800  # seconds for what one change makes necessary
-PRESET = "separate"  # one change compiles one source
+# One change at a time compiles one source; many at once compile nearly all, which is quicker joined.
+ONE_BY_ONE, AT_ONCE = "separate", "dev"
 
 
 def files_of(root):
@@ -55,10 +58,12 @@ def synchronize(root, copy):
 
 
 class Workspace:
-    def __init__(self, root, jobs):
+    def __init__(self, root, jobs, preset=ONE_BY_ONE):
         self.root = pathlib.Path(root).resolve()
         self.copy = self.root / "build" / "mutate"
-        self.tree = self.copy / "build" / PRESET
+        self.preset = preset
+        self.tree = self.copy / "build" / preset
+        self.switched = {}  # texts with switches, by file
         self.jobs = jobs
         self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.copy), CCACHE_NOHASHDIR="1")
 
@@ -66,12 +71,12 @@ class Workspace:
         self.copy.mkdir(parents=True, exist_ok=True)
         synchronize(self.root, self.copy)
         if not (self.tree / "build.ninja").exists():
-            subprocess.run(["cmake", "--preset", PRESET], cwd=self.copy, env=self.environment,
+            subprocess.run(["cmake", "--preset", self.preset], cwd=self.copy, env=self.environment,
                            check=True, stdout=subprocess.DEVNULL)
 
-    def build(self, targets):
+    def build(self, targets, *options):
         """(True, "") or (False, the compiler's messages)."""
-        command = ["ninja", "-C", str(self.tree), "-j", str(self.jobs), *targets]
+        command = ["ninja", "-C", str(self.tree), "-j", str(self.jobs), *options, *targets]
         try:
             ended = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, text=True,
                                    stderr=subprocess.STDOUT, check=False, timeout=BUILD_LIMIT,
@@ -92,5 +97,19 @@ class Workspace:
                         encoding="utf-8")
 
     def restore(self, mutant):
-        """The checkout's text again, with a new time, so that it is built again."""
-        shutil.copyfile(self.root / mutant.file, self.copy / mutant.file)
+        """The text before the change again, with a new time, so that it is built again."""
+        if mutant.file in self.switched:
+            (self.copy / mutant.file).write_text(self.switched[mutant.file], encoding="utf-8")
+        else:
+            shutil.copyfile(self.root / mutant.file, self.copy / mutant.file)
+
+    def put_switches(self, texts):
+        """Gives the sources of these texts their switches, and takes those of all others out."""
+        header = switches.write_header(self.copy)
+        before, self.switched = self.switched, {
+            file: switches.with_header(text, header, self.copy / file) for file, text in texts.items()}
+        for file in before.keys() - self.switched.keys():
+            shutil.copyfile(self.root / file, self.copy / file)
+        for file, text in self.switched.items():
+            if before.get(file) != text:
+                (self.copy / file).write_text(text, encoding="utf-8")

@@ -219,6 +219,8 @@ def main():
     if not tests:
         print("no test of that name is built")
         return 1
+    # A shell starts work in the background with interrupts ignored, and tests of interrupts would inherit it.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     failed = sum(run_in(name, sample_of(tests, name) if options.sample else tests, options.jobs)
                  for name in options.only or ALL)
     return 1 if failed else 0

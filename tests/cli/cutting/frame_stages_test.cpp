@@ -57,6 +57,13 @@ TEST_F(FrameStages, marks_go_around_the_page_and_the_growth_is_said) {
             "right and 17 mm at the top\n");
 }
 
+TEST_F(FrameStages, the_growth_is_said_in_hundredths_of_a_millimetre) {
+  const CommandResult result =
+      runner.Run({"cut", "in.json", "--marks", "circle:4.3333mm", "-o", "third.json"});
+  EXPECT_EQ(result.error.substr(0, result.error.find(" at")),
+            "note: 4 marks; the page grows by 16.33 mm");
+}
+
 TEST_F(FrameStages, measured_marks_map_the_paths_to_the_cutter) {
   // A quarter turn counterclockwise: (x, y) to (200 - y, x).
   const CommandResult result = Fit({"--measured", "195.5,4.5", "--measured", "195.5,229.5",

@@ -83,6 +83,15 @@ TEST_F(NestCommand, makes_a_file_for_each_sheet) {
   EXPECT_NE(result.error.find("note: 19 % is waste\n"), std::string::npos) << result.error;
 }
 
+TEST_F(NestCommand, says_of_each_sheet_how_far_it_is_used_in_tenths_of_a_millimetre) {
+  Write("a.json", Plate(90.3456, 70));
+  const CommandResult result =
+      runner.Run({"nest", "a.json", "--sheet", "100x100mm", "--rotate", "none", "-o", "out.json"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  EXPECT_NE(result.error.find("note: sheet 1 is used up to 90.3 mm\n"), std::string::npos)
+      << result.error;
+}
+
 TEST_F(NestCommand, lists_sheets_and_pieces_in_a_manifest) {
   Write("a.json", Plate(90, 90));
   const CommandResult result = runner.Run({"nest", "a.json", "--sheet", "100x100mm", "--copies",

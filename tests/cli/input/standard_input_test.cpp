@@ -57,6 +57,14 @@ TEST_F(StandardInput, becomes_a_private_file_named_by_its_content) {
   EXPECT_EQ(fs::status(m_Place.Path("standard input.ps")).permissions(), fs::perms(0600));
 }
 
+TEST(AccessOf, a_file_has_its_own_with_both_for_the_owner_and_one_that_is_gone_the_owners_alone) {
+  const test::ScratchDirectory place;
+  place.Write("job.ps", "%!PS\n");
+  fs::permissions(place.Path("job.ps"), fs::perms(0444));
+  EXPECT_EQ(AccessOf(place.Path("job.ps")), 0644U);
+  EXPECT_EQ(AccessOf(place.Path("none.ps")), 0600U);
+}
+
 TEST_F(StandardInput, has_the_title_for_a_name_but_never_leaves_its_directory) {
   EXPECT_EQ(Take("%!PS\n", "shop 1.5"), "shop 1.5.ps");
   EXPECT_EQ(Take("%!PS\n", "../../etc/passwd"), "_.._etc_passwd.ps");

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "rastrel/conversion/separation/separation_objects.h"
 #include "tests/support/library_fixture.h"
@@ -149,8 +150,10 @@ TEST_F(SeparationDirectory, cleaning_counts_entries_that_can_not_be_removed) {
                                            fs::perms::others_exec);
   {
     const OrdinaryUser user;
-    // For a user who owns it all the directory itself has to forbid it.
-    if (::geteuid() != 65534) fs::permissions(Root().Path(folder), fs::perms(0500));
+    // For a user who owns it all the directory itself has to forbid it; another one can't change
+    // it.
+    std::error_code notOwned;
+    fs::permissions(Root().Path(folder), fs::perms(0500), notOwned);
     EXPECT_EQ(CleanOldSepFiles(), 2);
   }
   fs::permissions(Root().Path(folder), fs::perms::owner_all);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cutting/dxf/dxf_color.h"
+#include "cutting/dxf/spline.h"
 
 namespace rastrel::cutting {
 namespace {
@@ -49,6 +50,31 @@ std::string FindingsOf(const Drawing& drawing) {
   std::string texts;
   for (const Finding& finding : drawing.findings) texts += finding.text + "\n";
   return texts;
+}
+
+TEST(DxfReader, an_old_polyline_is_closed_by_its_flag) {
+  const char* vertices =
+      "0 VERTEX;8 A;10 0;20 0;0 VERTEX;8 A;10 5;20 0;0 VERTEX;8 A;10 5;20 5;0 SEQEND;";
+  for (const bool isClosed : {false, true}) {
+    const Drawing drawing =
+        Read(File("0 POLYLINE;8 A;66 1;70 " + std::string(isClosed ? "1;" : "0;") + vertices));
+    ASSERT_EQ(drawing.job.paths.size(), 1U) << FindingsOf(drawing);
+    ASSERT_EQ(drawing.job.paths[0].contours.size(), 1U);
+    EXPECT_EQ(drawing.job.paths[0].contours[0].closed, isClosed);
+  }
+}
+
+TEST(Spline, has_a_knot_for_each_control_point_and_for_its_order) {
+  Spline spline{.degree = 1, .knots = {0, 0, 1, 1}, .controls = {{0, 0}, {1, 1}}};
+  EXPECT_TRUE(IsSound(spline));
+  spline.knots.push_back(1);
+  EXPECT_FALSE(IsSound(spline));
+  spline.knots = {0, 0, 1};
+  EXPECT_FALSE(IsSound(spline));
+  spline = {.degree = 2, .knots = {0, 0, 1, 1, 1}, .controls = {{0, 0}, {1, 1}}};
+  EXPECT_FALSE(IsSound(spline)) << "of degree 2 it has three points at least";
+  spline = {.degree = 1, .knots = {0, 0, 1, 1}, .controls = {{0, 0}, {1, 1}}, .weights = {1}};
+  EXPECT_FALSE(IsSound(spline));
 }
 
 TEST(DxfReader, a_line_has_its_layer_and_the_layers_color_and_width) {

@@ -51,6 +51,18 @@ std::string FailureFor(const std::string& text) {
   return Describe(job.Error());
 }
 
+TEST(JobFile, a_setting_of_one_is_no_setting_by_default) {
+  CutJob job = FullJob();
+  ToolSettings& settings = job.paths[0].settings;
+  settings.passes = 2;
+  settings.order = 1;
+  settings.kerf = settings.overcut = settings.leadIn = settings.bridgeWidth = 1;
+  settings.bridges = 1;
+  const auto read = ReadJobFile(JobFileText(job), "j.json");
+  ASSERT_TRUE(read) << Describe(read.Error());
+  EXPECT_EQ(*read, job);
+}
+
 TEST(JobFile, a_job_is_read_back_as_it_was) {
   const CutJob job = FullJob();
   const auto read = ReadJobFile(JobFileText(job), "j.json");

@@ -100,6 +100,17 @@ TEST(SvgReader, sheets_go_before_attributes_and_the_style_attribute_before_sheet
             "2: the selector 'g .cut' of a style sheet is not read (1)\n");
 }
 
+TEST(SvgReader, an_at_rule_without_an_end_ends_the_sheet) {
+  for (const char* rule : {"@import url(shop.css)", "@media print { .cut { stroke: red }"}) {
+    const Drawing drawing = Read(Page("<style>.cut { stroke: #00f } " + std::string(rule) +
+                                      "</style><path d='M0 0H1' class='cut' fill='none'/>"));
+    ASSERT_EQ(drawing.job.paths.size(), 1U);
+    EXPECT_EQ(drawing.job.paths[0].paint.color.components, (std::vector<double>{0, 0, 1}));
+    EXPECT_EQ(FindingsOf(drawing),
+              "2: rules of a style sheet that begin with '@' are not read (1)\n");
+  }
+}
+
 TEST(SvgReader, every_form_of_a_color_is_read) {
   const auto color = [](const std::string& text) {
     return Read(Page("<path d='M0 0H1' fill='none' color='#00f' stroke='" + text + "'/>"))

@@ -54,6 +54,12 @@ TEST(Document, an_object_stands_in_one_place) {
   EXPECT_FALSE(document.Insert(group, drill)) << "a drill point holds nothing";
 }
 
+TEST(Document, of_objects_that_stand_nowhere_none_is_removed) {
+  Document document;
+  EXPECT_FALSE(document.Remove(12345));
+  EXPECT_FALSE(document.Remove(document.Create(GroupShape())));
+}
+
 TEST(Document, a_group_can_not_be_put_into_itself) {
   Document document;
   const ObjectHandle outer = document.Create(GroupShape());

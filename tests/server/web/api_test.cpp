@@ -126,6 +126,9 @@ TEST_F(ApiTest, takes_a_file_as_it_is_and_gives_it_back) {
   const Answer piece = Ask("GET " + path, "", "Range: bytes=2-3\r\n");
   EXPECT_EQ(piece.status, 206);
   EXPECT_EQ(piece.body, file.substr(2, 2));
+  EXPECT_NE(piece.head.find("Content-Range: bytes 2-3/" + std::to_string(file.size()) + "\r\n"),
+            std::string::npos)
+      << piece.head;
   EXPECT_EQ(Ask("GET " + path, "", "Range: bytes=1000-\r\n").status, 416);
   // The same key again is the same job.
   const Answer again = Ask("POST /api/v1/jobs?key=k", file);

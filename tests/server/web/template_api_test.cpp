@@ -49,6 +49,19 @@ TEST_F(TemplateApiTest, lists_templates_and_shows_their_fields) {
   EXPECT_EQ(shown["fields"][0], Json({{"name", "Name"}, {"kind", "text"}, {"maximum", 255}}));
 }
 
+TEST_F(TemplateApiTest, a_folder_that_can_not_be_read_is_an_error_of_the_server) {
+  std::filesystem::remove_all(Root() + "/templates");
+  std::ofstream(Root() + "/templates") << "no folder";
+  EXPECT_EQ(Ask("GET /api/v1/templates").status, 500);
+}
+
+TEST_F(TemplateApiTest, the_page_says_of_a_picture_that_fails_that_it_can_not_be_drawn) {
+  m_Merge.state->fails = true;
+  const Answer page = Ask("POST /templates/badge.xml", "action=draw&value.Name=Ada", FormType);
+  EXPECT_EQ(page.status, 500);
+  EXPECT_NE(page.body.find("The picture can not be drawn now."), std::string::npos) << page.body;
+}
+
 TEST_F(TemplateApiTest, draws_a_picture_of_the_values_of_json_or_of_a_form) {
   const std::string path = std::string(Badge) + "/picture";
   const std::string wanted = "PNG of \"Name\",\"Width\"\r\n\"A & B\",\"2\"\r\n";
