@@ -5,8 +5,8 @@ usage: server_load.py RASTREL [JOBS [GIBIBYTES]]
 
 JOBS small jobs (10,000) come from 50 processes at once, some of them by IPP; then half as many by the HTTP interface, over
 connections that stay, and a tenth by the command. None may be lost or doubled, and the server's memory may not grow with
-them; it is told before and after. A file of so many GIBIBYTES (5; 0 leaves it out) is taken by the command, as there is no limit,
-and one over the limit is refused by the printer; neither takes memory. On a disk that is full a job is refused in clear
+them; it is told before and after. A file of so many GIBIBYTES (5; 0 leaves it out) is taken by the command where the settings
+name no limit, and one over a limit is refused by the printer; neither takes memory. On a disk that is full a job is refused in clear
 words, all that the queue has said yes to is there, and work goes on once there is room. While 50 senders bring a byte a
 second, others print. The median and the 99th percentile of a submission are told of each way."""
 
@@ -290,6 +290,18 @@ def full_disk(command, place):
     return faults
 
 
+def without_limit(command, place, gibibytes):
+    place.mkdir()
+    load = Load(command, place, "")
+    load.shop.start()
+    try:
+        load.huge_file(gibibytes)
+        load.shop.stop()
+    finally:
+        load.shop.kill()
+    return load.faults
+
+
 def main():
     command = sys.argv[1]
     jobs = int(sys.argv[2]) if len(sys.argv) > 2 else 10000
@@ -305,10 +317,11 @@ def main():
             load.slow_senders()
             if gibibytes:
                 load.too_large_by_ipp()
-                load.huge_file(gibibytes)
             load.shop.stop()
         finally:
             load.shop.kill()
+        if gibibytes:
+            load.faults += without_limit(command, pathlib.Path(name) / "unlimited", gibibytes)
         load.faults += full_disk(command, pathlib.Path(name))
         if load.faults:
             print("\n".join(load.faults), load.shop.log_end(), sep="\n")
