@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "cli/console/exit_status.h"
-#include "cli/input/input_file.h"
 #include "cli/installation/installation.h"
 #include "cli/installation/print_modes.h"
 #include "cli/printing/page_ranges.h"
@@ -15,6 +14,7 @@
 #include "cli/server/job_options.h"
 #include "cli/server/job_table.h"
 #include "cli/server/merged_pages.h"
+#include "cli/server/queued_input.h"
 #include "cli/server/worker.h"
 #include "rastrel/platform/os/deadline.h"
 #include "rastrel/platform/os/path.h"
@@ -38,9 +38,10 @@ Expected<void> CheckJob(const server::JobRequest& request) {
   } catch (const CommandError& error) {
     return FailureOf(error.what(), FailureCode::BadInput);
   }
-  if (!InspectInput(request.path))
-    return FailureOf("the file is neither PostScript (\"%!\" at its start), nor EPS, nor PDF",
-                     FailureCode::BadInput);
+  if (!CheckQueuedInput(request.path))
+    return FailureOf(
+        "the file is neither PostScript (\"%!\" at its start), nor EPS, PDF, PNG or JPEG",
+        FailureCode::BadInput);
   return {};
 }
 

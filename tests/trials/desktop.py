@@ -3,13 +3,14 @@
 
 usage: desktop.py RASTREL [short]
 
-A document goes to the server by `lp` through a print system of the trial's own, by ipptool, by a hot folder and by
-`rastrel jobs add`. Each has to deliver the very file that `rastrel print` makes (and for a picture, that the others make),
+A document goes to the server by `lp` through a print system of the trial's own, by ipptool, by a hot folder, by
+`rastrel jobs add`, by the HTTP interface, and by the page in a browser where there is one. Each has to deliver the very file that `rastrel print` makes (and for a picture, that the others make),
 and the queue holds the document's own bytes where nothing on the way had to change it. Then the print system's own tests of
 IPP printers are run, with documents that are made here. What they expect and this printer does not offer is in
 NOT_OFFERED, with the reason; any other complaint fails the trial. Skipped (status 77) where no print system can be run.
-`short` leaves out lp and the long test."""
+A table says what came of each. `short` leaves out lp, the browser and the long test."""
 
+import contextlib
 import os
 import pathlib
 import re
@@ -17,9 +18,14 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import urllib.parse
+import urllib.request
 
-from support.print_system import answers, can_run, free_port, start_print_system
-from support.shop import Shop, wait_for
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "server/web_page"))
+
+import browser as browsers  # noqa: E402
+from support.print_system import answers, can_run, free_port, start_print_system  # noqa: E402
+from support.shop import Shop, wait_for  # noqa: E402
 
 TESTS = pathlib.Path("/usr/share/cups/ipptool")
 DEVICES = "[Sign]\nkind = file\nformat = png\npattern = {output}/{job}-{page}.png\n"
@@ -70,8 +76,10 @@ KINDS = {".ps": "application/postscript", ".eps": "application/postscript", ".pd
 
 
 class Desk:
-    def __init__(self, shop, uri, place):
+    def __init__(self, shop, uri, web, place):
         self.shop, self.uri, self.place = shop, uri, place
+        self.web = f"http://127.0.0.1:{web}"
+        self.page = None  # a browser that has signed in
         self.hot = shop.hot_folder("hot", 'device = "Sign"\nsettle = 1\npoll = 1\n')
         self.test = place / "send.test"
         self.test.write_text(SEND)
@@ -88,6 +96,28 @@ class Desk:
     def send(self, document, name):
         subprocess.run(["ipptool", "-d", f"title={name}", "-d", f"filetype={KINDS[document.suffix]}",
                         "-f", str(document), self.uri, str(self.test)], check=True)
+
+    def token(self):
+        return (self.shop.root / "server/web.token").read_text().strip()
+
+    def http(self, document, name):
+        query = urllib.parse.urlencode({"title": name, "device": "Sign"})
+        urllib.request.urlopen(urllib.request.Request(
+            f"{self.web}/api/v1/jobs?{query}", data=document.read_bytes(),
+            headers={"Authorization": f"Bearer {self.token()}", "Content-Type": KINDS[document.suffix]})).close()
+
+    def sign_in(self, page):
+        self.page = page
+        page.surroundings()
+        page.open(f"{self.web}/login?next=/#token={self.token()}")
+        page.wait("location.pathname === '/' && document.body.dataset.ready === 'yes'", "the overview")
+
+    def browser(self, document, name):
+        named = self.place / (name + document.suffix)
+        shutil.copyfile(document, named)
+        self.page.choose_file("#upload input[type=file]", str(named))
+        self.page.run("document.querySelector('#upload select[name=device]').value = 'Sign'")
+        self.page.run("document.querySelector('#upload button').click()")
 
     def lp(self, document, name):
         subprocess.run(["lp", "-d", "sign", "-t", name, "-o", "media=Custom.4x6in", str(document)], check=True, env=self.environment,
@@ -114,9 +144,9 @@ def delivered_by(shop, bring, document, name):
 
 
 def check_documents(shop, desk, documents, ways):
-    faults = []
+    faults, rows = [], [["document", *(way.__name__ for way in ways)]]
     for document in documents:
-        expected = None
+        expected, row = None, [document.name]
         if document.suffix in (".ps", ".eps", ".pdf"):
             by_print = shop.place / "by-print" / document.stem
             shop.run("print", str(document), "--printer", "Sign", "--output", str(by_print))
@@ -128,10 +158,17 @@ def check_documents(shop, desk, documents, ways):
                 kept = shop.place / f"{document.stem}-{way.__name__}.png"
                 kept.write_bytes(made)
                 faults.append(f"{document.name} by {way.__name__} is another picture")
-            is_own = way in (desk.add, desk.drop) or (way == desk.send and document.suffix not in (".jpg", ".png"))
-            if is_own and shop.job_file(number) != document.read_bytes():
+            is_own = way in (desk.add, desk.drop, desk.http, desk.browser) or (
+                way == desk.send and document.suffix not in (".jpg", ".png"))
+            is_same = shop.job_file(number) == document.read_bytes()
+            if is_own and not is_same:
                 faults.append(f"{document.name} by {way.__name__}: the queue has other bytes")
-        print(f"{document.name}: the same by {', '.join(way.__name__ for way in ways)}")
+            row.append(("same file" if made == expected else "OTHER") + (", own bytes" if is_same else ""))
+        rows.append(row)
+    print("What is delivered, held against `rastrel print` (a picture's against the first way), and whether the queue holds\n"
+          "the document's own bytes:")
+    for row in rows:
+        print("".join(f"{cell:<22}" for cell in row).rstrip(), flush=True)
     return faults
 
 
@@ -190,19 +227,23 @@ def main():
     with tempfile.TemporaryDirectory(prefix="rastrel-desktop-", ignore_cleanup_errors=True) as name:
         place = pathlib.Path(name)
         place.chmod(0o755)
-        port = free_port()
-        shop = Shop(command, place, DEVICES, f"[printer]\nport = {port}\n")
-        desk = Desk(shop, f"ipp://localhost:{port}/ipp/print/Sign", place)
+        port, web = free_port(), free_port()
+        shop = Shop(command, place, DEVICES, f"[printer]\nport = {port}\n[web]\nport = {web}\n")
+        desk = Desk(shop, f"ipp://localhost:{port}/ipp/print/Sign", web, place)
         documents = make_documents(place / "documents")
         processes = []
         shop.start()
         try:
             wait_for(lambda: answers(port), "the printer on the network")
-            ways = [desk.add, desk.drop, desk.send]
-            if not short:
-                start_queue(desk, place, processes)
-                ways.append(desk.lp)
-            faults = check_documents(shop, desk, documents, ways)
+            ways = [desk.add, desk.drop, desk.send, desk.http]
+            with contextlib.ExitStack() as stack:
+                if not short:
+                    start_queue(desk, place, processes)
+                    ways.append(desk.lp)
+                if not short and browsers.program():
+                    desk.sign_in(stack.enter_context(browsers.Browser()))
+                    ways.append(desk.browser)
+                faults = check_documents(shop, desk, documents, ways)
             folder = make_test_documents(place, documents)
             faults += check_protocol(desk.uri, folder, ["ipp-1.1"] if short else
                                      ["ipp-1.1", "ipp-2.0", "ipp-everywhere"])

@@ -58,11 +58,12 @@ std::string UploadForm(Shop& shop, const Request& request, const Words& words) {
     for (const std::string& mode : shop.modes()) modes += Option(mode, Escaped(mode), "");
   return "<section aria-labelledby=\"bring\">\n<h2 id=\"bring\">" + words("Bring files") +
          "</h2>\n<form id=\"upload\" hidden>\n<p class=\"drop-hint\">" +
-         words("Drop PostScript, EPS or PDF files anywhere on this page, or choose some.") +
+         words("Drop PostScript, EPS, PDF, PNG or JPEG files anywhere on this page, or choose some.") +
          "</p>\n" +
          Field(words("Files"),
                "<input type=\"file\" name=\"file\" multiple "
-               "accept=\".ps,.eps,.pdf,application/pdf,application/postscript\">") +
+               "accept=\".ps,.eps,.pdf,.png,.jpg,.jpeg,application/pdf,application/postscript,"
+               "image/png,image/jpeg\">") +
          Field(words("Device"), DeviceChoice(shop, words("the usual one"), "")) +
          Field(words("Print mode"), modes + "</select>") +
          Field(words("Copies"), "<input type=\"number\" name=\"copies\" min=\"1\" max=\"999\">") +

@@ -15,6 +15,7 @@ import sys
 import tempfile
 import time
 import unittest
+import zlib
 
 COMMAND = ""
 WAIT = 60  # seconds, for whatever is waited for
@@ -122,6 +123,25 @@ class Web(unittest.TestCase):
         self.assertEqual([(line["status"], line["path"]) for line in audit][:3],
                          [(401, "/api/v1/jobs"), (201, "/api/v1/jobs"), (200, path + "/release")])
         self.assertNotIn(token, (self.root / "server/audit.log").read_text())
+
+    def test_a_picture_is_printed_and_what_is_no_document_is_refused(self):
+        self.settings()
+        self.serve()
+        def chunk(kind, data):
+            return len(data).to_bytes(4, "big") + kind + data + zlib.crc32(kind + data).to_bytes(4, "big")
+        picture = self.place / "logo.png"
+        picture.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", bytes([0, 0, 0, 2, 0, 0, 0, 1, 8, 0, 0, 0, 0]))
+                            + chunk(b"IDAT", zlib.compress(b"\0\0\xff")) + chunk(b"IEND", b""))
+        status, body = self.by_socket("/api/v1/jobs", "--form", f"file=@{picture}")
+        self.assertEqual(status, 201, body)
+        path = f"/api/v1/jobs/{json.loads(body)['id']}"
+        self.wait_for(lambda: json.loads(self.by_socket(path)[1])["state"] in ("done", "failed"))
+        self.assertEqual(json.loads(self.by_socket(path)[1])["state"], "done")
+        text = self.place / "letter.txt"
+        text.write_text("Dear shop")
+        status, body = self.by_socket("/api/v1/jobs", "--form", f"file=@{text}")
+        self.assertEqual(status, 400)
+        self.assertIn("nor EPS, PDF, PNG or JPEG", json.loads(body)["error"]["message"])
 
     def test_a_template_is_filled_in_drawn_and_printed(self):
         self.settings()
