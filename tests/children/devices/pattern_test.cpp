@@ -75,6 +75,7 @@ TEST(SplitWords, quotes_and_backslashes_keep_blanks) {
   EXPECT_EQ(*SplitWords("a'b'\"c\"d"), (Words{"abcd"}));
   EXPECT_EQ(*SplitWords("'\\n' \"\\n\\\"\\\\\""), (Words{"\\n", "\\n\"\\"}));
   EXPECT_EQ(*SplitWords("'' \"\""), (Words{"", ""}));
+  EXPECT_EQ(*SplitWords("a\\"), (Words{"a\\"}));
   EXPECT_EQ(*SplitWords("$HOME;`x`|y"), (Words{"$HOME;`x`|y"}));
   EXPECT_TRUE(SplitWords("")->empty());
   EXPECT_FALSE(SplitWords("'a"));

@@ -14,6 +14,14 @@ TEST(CodePage, of_central_europe_has_its_letters) {
   EXPECT_EQ(os::WideFromCodePage(1250, "\xA3\xF3\xDF\x9F"), L"\u0141\u00F3\u00DF\u017A");
 }
 
+// The first syllable or ideograph of each, as the pages' own tables have it.
+TEST(CodePage, of_two_bytes_is_its_own) {
+  EXPECT_EQ(os::WideFromCodePage(949, "\xB0\xA1"), L"\uAC00");
+  EXPECT_EQ(os::WideFromCodePage(950, "\xA4\x40"), L"\u4E00");
+  EXPECT_EQ(os::WideFromCodePage(936, "\xB0\xA1"), L"\u554A");
+  EXPECT_EQ(os::WideFromCodePage(932, "\x88\x9F"), L"\u4E9C");
+}
+
 TEST(CodePage, keeps_bytes_that_it_lacks) {
   EXPECT_EQ(os::WideFromCodePage(1250, "a\x81\x83\x88\x90\x98z"),
             L"a\u0081\u0083\u0088\u0090\u0098z");
