@@ -252,7 +252,8 @@ class Switch:
             if token.text in ("const", "auto", "static", "constexpr"):
                 return True
             if token.kind == "word" and before is not None and (
-                    before.kind == "word" or before.text == ">" or before.text in ("*", "&") and before is not words[0]):
+                    before.kind == "word" or before.text == ">" or
+                    before.text in ("*", "&") and before is not words[0]):
                 return True
             if token.text in ("(", "{", "["):
                 return False
@@ -263,7 +264,8 @@ class Switch:
         text = self.places.text
         if text(first) == "return":
             changed = self._changed(first, last)
-            return changed and self._made(first, last, f"{{ if ({self.on}) {{ {changed} }} {self._joined(first, last)} }}")
+            return changed and self._made(
+                first, last, f"{{ if ({self.on}) {{ {changed} }} {self._joined(first, last)} }}")
         if text(first) in ("using", "static_assert", "template", "typedef", "friend"):
             return None
         sign = self._assigned(first, last)
@@ -271,7 +273,8 @@ class Switch:
         if self._declares(first, sign - 1 if sign else last) or in_scope:
             return self._declaration(first, last, sign, in_scope, block)
         changed = self._changed(first, last)
-        return changed and self._made(first, last, f"{{ if ({self.on}) {{ {changed} }} else {{ {self._joined(first, last)} }} }}")
+        return changed and self._made(
+            first, last, f"{{ if ({self.on}) {{ {changed} }} else {{ {self._joined(first, last)} }} }}")
 
     def _declaration(self, first, last, sign, in_scope, block):
         text = self.places.text
