@@ -39,11 +39,12 @@ class CommandDevice : public ::testing::Test {
     run->Finish();
     return run;
   }
+  std::string ScriptPath() const { return Root() + "/script"; }
+  /// The word of a command that runs this text.
   std::string Script(const std::string& body) const {
-    const std::string path = Root() + "/script";
-    WriteFile(path, "#!/bin/sh\n" + body);
-    chmod(path.c_str(), 0755);
-    return path;
+    WriteFile(ScriptPath(), "#!/bin/sh\n" + body);
+    chmod(ScriptPath().c_str(), 0755);
+    return "'" + ScriptPath() + "'";
   }
   bool PageIsThere() const { return !NamesIn(Root() + "/pages/p1").empty(); }
 
@@ -89,12 +90,12 @@ TEST_F(CommandDevice, is_not_found_in_a_relative_directory_of_the_path) {
 
 TEST_F(CommandDevice, that_others_may_change_is_not_run) {
   const std::string script = Script("touch '" + Root() + "/ran'\n");
-  chmod(script.c_str(), 0757);
+  chmod(ScriptPath().c_str(), 0757);
   EXPECT_EQ(ReadFile(Root() + "/ran"), "");
   const auto run = Start(script);
   run->Finish();
   EXPECT_NE(run->Status(), 0);
-  EXPECT_NE(run->Report().find("trust '" + script + "': every user may write to it"),
+  EXPECT_NE(run->Report().find("trust '" + ScriptPath() + "': every user may write to it"),
             std::string::npos)
       << run->Report();
   EXPECT_FALSE(std::filesystem::exists(Root() + "/ran"));
@@ -114,8 +115,8 @@ TEST_F(CommandDevice, a_failing_command_is_reported_with_status_and_last_line) {
   const std::string script = Script("echo first\necho 'out of paper' >&2\necho\nexit 3\n");
   const auto run = Run(script);
   EXPECT_EQ(run->Status(), 1);
-  EXPECT_EQ(run->Lines("ERROR: "),
-            (Names{"page 'p1': the command '" + script + "' ended with status 3: out of paper"}));
+  EXPECT_EQ(run->Lines("ERROR: "), (Names{"page 'p1': the command '" + ScriptPath() +
+                                          "' ended with status 3: out of paper"}));
   EXPECT_EQ(NamesIn(Scratch()), Names{});
   EXPECT_TRUE(PageIsThere());
 }
@@ -123,7 +124,7 @@ TEST_F(CommandDevice, a_failing_command_is_reported_with_status_and_last_line) {
 TEST_F(CommandDevice, a_command_that_dies_of_a_signal_is_reported) {
   const std::string script = Script("kill -11 $$\n");
   EXPECT_EQ(Run(script)->Lines("ERROR: "),
-            (Names{"page 'p1': the command '" + script + "' was ended by signal 11"}));
+            (Names{"page 'p1': the command '" + ScriptPath() + "' was ended by signal 11"}));
 }
 
 TEST_F(CommandDevice, a_page_is_unsure_if_its_command_was_ended_before_it_could_say_how_it_went) {
@@ -149,7 +150,8 @@ TEST_F(CommandDevice, a_command_that_cannot_be_started_is_reported) {
   EXPECT_EQ(
       missing->Lines("ERROR: "),
       (Names{"page 'p1': start the command '/no/such/program': No such file or directory (2)"}));
-  EXPECT_NE(Run(Root() + "/devices.txt")->Report().find("Permission denied"), std::string::npos);
+  EXPECT_NE(Run("'" + Root() + "/devices.txt'")->Report().find("Permission denied"),
+            std::string::npos);
 }
 
 TEST_F(CommandDevice, a_name_without_a_path_is_looked_for) {
@@ -162,7 +164,7 @@ TEST_F(CommandDevice, a_command_that_takes_too_long_is_ended_with_its_children) 
   const auto run = Run(script, "timeout = 1\n");
   EXPECT_EQ(run->Status(), 1);
   EXPECT_EQ(run->Lines("ERROR: "),
-            (Names{"page 'p1': the command '" + script + "' was ended after 1 seconds"}));
+            (Names{"page 'p1': the command '" + ScriptPath() + "' was ended after 1 seconds"}));
   const pid_t child = std::stoi(ReadFile(Root() + "/id"));
   EXPECT_TRUE(test::WaitUntil([child] { return kill(child, 0) != 0; }));
   EXPECT_EQ(NamesIn(Scratch()), Names{});
@@ -172,7 +174,7 @@ TEST_F(CommandDevice, a_flood_of_words_neither_blocks_nor_fills_memory) {
   const std::string script =
       Script("head -c 50000000 /dev/zero | tr '\\0' x\necho\necho end\nexit 9\n");
   EXPECT_EQ(Run(script)->Lines("ERROR: "),
-            (Names{"page 'p1': the command '" + script + "' ended with status 9: end"}));
+            (Names{"page 'p1': the command '" + ScriptPath() + "' ended with status 9: end"}));
 }
 
 TEST_F(CommandDevice, a_grandchild_that_keeps_the_output_open_does_not_hold_the_engine) {

@@ -121,7 +121,7 @@ TEST_F(CpHelper, argument_0_is_the_executables_path) {
   fs::create_symlink("/bin/sh", m_Scratch.Path("named-shell"));
   CCPHelper helper(m_Scratch.Wide("named-shell"));
   helper.AddArgument(L"-c");
-  helper.AddArgument(L"printf %s $0");
+  helper.AddArgument(L"IFS=; printf %s $0");
   EXPECT_EQ(m_Scratch.Path("named-shell"), OutputOf(helper));
 }
 

@@ -11,6 +11,7 @@ import csv
 import glob
 import json
 import os
+import pathlib
 import re
 import shutil
 import signal
@@ -192,7 +193,7 @@ def theirs(folder, path):
     out = os.path.join(folder, "out")
     shutil.rmtree(out, ignore_errors=True)
     office = subprocess.Popen(
-        ["soffice", "--headless", f"-env:UserInstallation=file://{folder}/profile", "--convert-to",
+        ["soffice", "--headless", f"-env:UserInstallation={pathlib.Path(folder).absolute().as_uri()}/profile", "--convert-to",
          FILTER, "--outdir", out, path], start_new_session=True, stdout=subprocess.DEVNULL,
         # Its numbers and dates are those of its locale.
         stderr=subprocess.DEVNULL, env={**os.environ, "LC_ALL": "C.UTF-8"})

@@ -78,7 +78,7 @@ class DeliveryTest : public testing::Test {
   std::string Script(const std::string& text) const {
     const std::string path = Write("program", "#!/bin/sh\n" + text + "\n");
     EXPECT_EQ(::chmod(path.c_str(), 0700), 0);
-    return path;
+    return '"' + path + '"';  // a word of a command
   }
   static std::string Content(const std::string& path) {
     std::ostringstream text;
@@ -219,7 +219,7 @@ class ProgramDelivery : public DeliveryTest {};
 
 TEST_F(ProgramDelivery, a_program_gets_each_file_as_its_input) {
   const std::string out = Root() + "/out";
-  const auto device = Device(DeviceKind::Program, Script("cat >> \"$1\"") + " " + out);
+  const auto device = Device(DeviceKind::Program, Script("cat >> \"$1\"") + " \"" + out + '"');
   const DeliveryEnd end = Run(device, {Write("1", "one"), Write("2", "two")});
   EXPECT_EQ(end.fate, DeliveryFate::Delivered);
   EXPECT_EQ(end.sentBytes, 6);
@@ -287,7 +287,7 @@ TEST_F(ProgramDelivery, a_canceled_one_is_killed) {
 TEST_F(ProgramDelivery, a_refused_start_of_the_sending_runs_nothing) {
   watch.isRefused = true;
   const std::string mark = Root() + "/mark";
-  const auto device = Device(DeviceKind::Program, Script("touch \"$1\"") + " " + mark);
+  const auto device = Device(DeviceKind::Program, Script("touch \"$1\"") + " \"" + mark + '"');
   const DeliveryEnd end = Run(device, {Write("1", "one")});
   EXPECT_EQ(end.fate, DeliveryFate::Canceled);
   EXPECT_EQ(end.message, "job 7 was canceled");
@@ -295,7 +295,7 @@ TEST_F(ProgramDelivery, a_refused_start_of_the_sending_runs_nothing) {
 }
 
 TEST_F(ProgramDelivery, a_missing_program_fails_with_its_name) {
-  const auto device = Device(DeviceKind::Program, Root() + "/none");
+  const auto device = Device(DeviceKind::Program, '"' + Root() + "/none\"");
   const DeliveryEnd end = Run(device, {Write("1", "one")});
   EXPECT_EQ(end.fate, DeliveryFate::Failed);
   EXPECT_NE(end.message.find(Root() + "/none"), std::string::npos) << end.message;
