@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
+#include <sstream>
 #include <string>
+
+#include "cutting/svg/svg_color.h"
 
 namespace rastrel::cutting {
 namespace {
@@ -109,6 +114,45 @@ TEST(SvgReader, an_at_rule_without_an_end_ends_the_sheet) {
     EXPECT_EQ(FindingsOf(drawing),
               "2: rules of a style sheet that begin with '@' are not read (1)\n");
   }
+}
+
+// The sum of "name=rrggbb" lines in the order of names, taken of the table of another program
+// (Qt's).
+TEST(SvgColor, each_name_of_the_standard_has_its_color) {
+  std::istringstream names(
+      "aliceblue antiquewhite aqua aquamarine azure beige bisque black blanchedalmond blue "
+      "blueviolet brown burlywood cadetblue chartreuse chocolate coral cornflowerblue "
+      "cornsilk crimson cyan darkblue darkcyan darkgoldenrod darkgray darkgreen darkgrey "
+      "darkkhaki darkmagenta darkolivegreen darkorange darkorchid darkred darksalmon "
+      "darkseagreen darkslateblue darkslategray darkslategrey darkturquoise darkviolet "
+      "deeppink deepskyblue dimgray dimgrey dodgerblue firebrick floralwhite forestgreen "
+      "fuchsia gainsboro ghostwhite gold goldenrod gray green greenyellow grey honeydew "
+      "hotpink indianred indigo ivory khaki lavender lavenderblush lawngreen lemonchiffon "
+      "lightblue lightcoral lightcyan lightgoldenrodyellow lightgray lightgreen lightgrey "
+      "lightpink lightsalmon lightseagreen lightskyblue lightslategray lightslategrey "
+      "lightsteelblue lightyellow lime limegreen linen magenta maroon mediumaquamarine "
+      "mediumblue mediumorchid mediumpurple mediumseagreen mediumslateblue mediumspringgreen "
+      "mediumturquoise mediumvioletred midnightblue mintcream mistyrose moccasin navajowhite "
+      "navy oldlace olive olivedrab orange orangered orchid palegoldenrod palegreen "
+      "paleturquoise palevioletred papayawhip peachpuff peru pink plum powderblue purple red "
+      "rosybrown royalblue saddlebrown salmon sandybrown seagreen seashell sienna silver "
+      "skyblue slateblue slategray slategrey snow springgreen steelblue tan teal thistle "
+      "tomato turquoise violet wheat white whitesmoke yellow yellowgreen ");
+  std::uint64_t sum = 1469598103934665603U;
+  int count = 0;
+  for (std::string name; names >> name; ++count) {
+    const auto color = SvgColorOf(name);
+    ASSERT_TRUE(color) << name;
+    std::string line = name + "=";
+    for (const double part : color->color.components) {
+      const auto byte = static_cast<unsigned>(std::lround(part * 255));
+      for (const unsigned digit : {byte / 16, byte % 16}) line += "0123456789abcdef"[digit];
+    }
+    for (const char letter : line + "\n")
+      sum = (sum ^ static_cast<unsigned char>(letter)) * 1099511628211U;
+  }
+  EXPECT_EQ(count, 147);
+  EXPECT_EQ(sum, 0x6bb44941641ce728U);
 }
 
 TEST(SvgReader, every_form_of_a_color_is_read) {

@@ -120,6 +120,16 @@ TEST(CutScene, an_outline_has_no_points_within_half_a_pixel_but_its_ends) {
   EXPECT_NEAR(coarse.back().x, 100.1, 1e-4);
 }
 
+TEST(CutScene, an_outline_keeps_the_points_of_its_every_direction) {
+  for (const Point end : {Point{100, 0}, Point{0, 100}, Point{-70, 70}}) {
+    Contour contour{.start = {0, 0}, .segments = {}};
+    for (int i = 1; i <= 100; ++i)
+      contour.segments.push_back(LineTo({end.x * i / 100, end.y * i / 100}));
+    const auto scene = CutScene::Of(Job({{.contours = {contour}}}));
+    EXPECT_EQ(scene->Outline(0, 0.5).size(), 101U) << end.x << ", " << end.y;
+  }
+}
+
 TEST(CutScene, a_hit_is_the_nearest_place_within_the_radius) {
   const auto scene =
       CutScene::Of(Job({{.contours = {Line({0, 0}, {10, 0}), Line({0, 4}, {10, 4})}}}));

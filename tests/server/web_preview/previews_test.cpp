@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -57,6 +58,20 @@ TEST_F(PreviewRoutes, pages_are_described_with_size_and_inks) {
   EXPECT_EQ(page["inks"][0], (nlohmann::json{{"name", "Red"}, {"colour", "#ff0000"}}));
   EXPECT_EQ(page["inks"][1],
             (nlohmann::json{{"name", "Green"}, {"colour", "#00ff00"}, {"coverage", 0.25}}));
+}
+
+TEST_F(PreviewRoutes, of_more_than_a_thousand_pages_all_are_counted_and_a_thousand_described) {
+  std::vector<std::string> names;
+  for (const std::size_t count : {999U, 1000U, 1001U}) {
+    while (names.size() < count) {
+      const std::string number = std::to_string(names.size() + 1);
+      names.push_back("p" + std::string(4 - number.size(), '0') + number);
+      test::WriteRgbPage(m_Root, "many.cfm/" + names.back(), 1, 1, "abc");
+    }
+    const auto pages = nlohmann::json::parse(Ask(At(Keep("many", names, "ada", ""), "")).text);
+    EXPECT_EQ(pages["count"], count);
+    EXPECT_EQ(pages["pages"].size(), std::min<std::size_t>(count, 1000));
+  }
 }
 
 TEST_F(PreviewRoutes, a_job_without_pages_says_why) {
