@@ -21,7 +21,6 @@
 #include <sstream>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "cutting/device/connection.h"
 #include "rastrel/platform/os/file_descriptor.h"
@@ -501,32 +500,6 @@ struct Line {
   FileDescriptor port;    // keeps the line from hanging up
   std::string path;
 };
-
-TEST(SerialSender, a_line_has_the_speed_of_its_device) {
-  for (const auto& [baud, speed] : std::vector<std::pair<int, speed_t>>{{1200, B1200},
-                                                                        {2400, B2400},
-                                                                        {4800, B4800},
-                                                                        {9600, B9600},
-                                                                        {19200, B19200},
-                                                                        {38400, B38400},
-                                                                        {57600, B57600},
-                                                                        {115200, B115200},
-                                                                        {230400, B230400},
-                                                                        {460800, B460800},
-                                                                        {500000, B500000},
-                                                                        {576000, B576000},
-                                                                        {921600, B921600},
-                                                                        {1000000, B1000000}}) {
-    Line line;
-    Device device = line.AsDevice(FlowControl::None);
-    device.reach.baud = baud;
-    const auto result = Send(device, "IN;", "a", {});
-    ASSERT_TRUE(result) << Reason(result);
-    termios settings{};
-    ASSERT_EQ(::tcgetattr(line.port.Get(), &settings), 0);
-    EXPECT_EQ(::cfgetospeed(&settings), speed) << baud;
-  }
-}
 
 TEST(SerialSender, every_byte_arrives_as_it_is) {
   Line line;
