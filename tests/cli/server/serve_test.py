@@ -205,6 +205,13 @@ class Serve(unittest.TestCase):
         self.assertIn("has 1000001 bytes, and a job of this server may have 1000000", text)
         self.assertEqual(len(self.run_command("jobs", "list", "--json").splitlines()), 2)
 
+    def test_a_list_is_as_long_as_was_asked_for_and_is_not_cut_where_a_piece_of_it_ends(self):
+        files = [str(self.page)] * 1001  # a thousand are read at a time
+        self.run_command("jobs", "add", *files, "--hold", "--mode", "Screen/preview")
+        for limit, lines in ((1000, 1000), (1001, 1001), (1002, 1001)):
+            listed = self.run_command("jobs", "list", "--limit", str(limit), "--json").splitlines()
+            self.assertEqual(len({json.loads(line)["id"] for line in listed}), lines, limit)
+
     def test_a_held_job_waits_and_a_failed_one_says_why(self):
         held = self.add("--hold")
         self.page.write_text("%!PS\n/nothing-of-that-name cvx exec\n")

@@ -195,6 +195,7 @@ TEST(CheckOfHostileJobs, ends_where_all_lines_go_through_one_point) {
   const CheckReport report = Check(JobOf(star));
   EXPECT_FALSE(report.complete);
   EXPECT_LE(report.faults.size(), MaximumFaults);
+  EXPECT_FALSE(Heal(JobOf(star)).complete);
 }
 
 TEST(CheckOfHostileJobs, ends_where_all_ends_are_in_one_place) {
