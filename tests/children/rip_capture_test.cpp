@@ -171,8 +171,8 @@ TEST(CutCapture, has_the_same_bytes_as_one_that_saves_no_step) {
     const ProgramRun other = plain.Run({PrefixOf(plain, section), plain.File("job.ps", text)});
     ASSERT_EQ(one.status, 0) << one.reports << text;
     ASSERT_EQ(other.status, 0) << other.reports;
-    const Names made = RipFixture::PagesOf(one.output);
-    const Names expected = RipFixture::PagesOf(other.output);
+    const Names made = RipFixture::PagesOf(one);
+    const Names expected = RipFixture::PagesOf(other);
     ASSERT_EQ(made.size(), expected.size());
     for (std::size_t page = 0; page < made.size(); ++page) {
       EXPECT_EQ(TextOf(made[page] + "/cut-paths"), TextOf(expected[page] + "/cut-paths"));

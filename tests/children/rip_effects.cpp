@@ -31,7 +31,7 @@ std::string Page(unsigned width, unsigned height, const std::string& drawing) {
 
 Names Pages(const ProgramRun& outcome, std::size_t count) {
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  Names pages = RipFixture::PagesOf(outcome.output);
+  Names pages = RipFixture::PagesOf(outcome);
   EXPECT_EQ(pages.size(), count) << outcome.reports;
   pages.resize(count);
   for (const std::string& page : pages) static_cast<void>(CheckedInfo(page));

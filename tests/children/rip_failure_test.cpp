@@ -33,7 +33,7 @@ void ExpectFailure(const RipFixture& bench, const ProgramRun& outcome, int statu
 void ExpectRedPage(const RipFixture& bench, const std::string& job) {
   const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 1U) << outcome.reports;
   const Pixels pixels = ReadPixels(pages[0] + "/page.tif");
   EXPECT_EQ(pixels.width, 72U);
@@ -190,7 +190,7 @@ TEST(HostileJob, keeps_the_selection_over_two_jobs_in_one_file) {
                           "\x04%!PS\n(b:) SelectPrinter\n" +
                           "(%Lumiscript%pmodes/RGB/300 dpi.ps) SelectPrintMode\n" + RedPage;
   const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", job)});
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   for (const std::string& page : pages) {
     EXPECT_EQ(CheckedInfo(page).printer, "KVI Tiff Screen Preview");
@@ -302,7 +302,7 @@ TEST(Starter, that_has_ended_before_the_pages_are_there_is_still_their_owner) {
   const ProgramRun outcome = bench.RunProgram({"/bin/sh", "-c", script, "sh", log, starter,
                                                bench.RipDirectory() + "/corerast.exe", "-M", "-Q",
                                                "-m128", bench.Prefix(), slow});
-  const std::vector<std::string> pages = RipFixture::PagesOf(outcome.output);
+  const std::vector<std::string> pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 1U) << outcome.output;
   const auto owner = os::ReadOwner(fs::path(pages[0]).parent_path().string());
   ASSERT_TRUE(owner) << Describe(owner.Error());

@@ -240,6 +240,7 @@ ProgramRun RipFixture::RunProgram(std::vector<std::string> words,
     });
   }
   ProgramRun outcome;
+  outcome.root = m_Root;
   Drain(started, outcome);
   if (killer.joinable()) killer.join();
   int status = 0;
@@ -252,6 +253,7 @@ ProgramRun RipFixture::RunProgram(std::vector<std::string> words,
 ProgramRun RipFixture::RunAndLeave(std::vector<std::string> words, const std::string& text) const {
   const Started started = Start(RipDirectory(), std::move(words), m_Environment);
   ProgramRun outcome;
+  outcome.root = m_Root;
   std::vector<char> buffer(4096);
   while (outcome.reports.find(text) == std::string::npos) {
     const ssize_t count = read(started.reports, buffer.data(), buffer.size());
@@ -267,15 +269,18 @@ ProgramRun RipFixture::RunAndLeave(std::vector<std::string> words, const std::st
   return outcome;
 }
 
-std::vector<std::string> RipFixture::PagesOf(const std::string& pageList) {
+std::vector<std::string> RipFixture::PagesOf(const ProgramRun& run) {
   CCFM2 document;
-  document.m_Text = os::WideFromUtf8(pageList);
+  document.m_Text = os::WideFromUtf8(run.output);
   std::vector<std::string> pages;
   if (!document.Parse()) return pages;
   for (const auto& page : document.m_Pages) {
     std::wstring path = page->m_Directory;
     path += page->m_Title;
-    pages.push_back(os::ToNative(path));
+    // A directory that the list can't name plainly is on a drive, which lies in the data root.
+    const std::size_t drive = path.starts_with(L"R:") ? 2 : 0;
+    const std::string place = os::ToNative(path.substr(drive));
+    pages.push_back(drive == 0 ? place : run.root + "/drive_r" + place);
   }
   return pages;
 }

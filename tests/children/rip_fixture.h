@@ -18,6 +18,7 @@ struct ProgramRun {
   int status = 0;         ///< exit status, or the signal's number
   std::string output;     ///< standard output to its end
   std::string reports;    ///< standard error to its end
+  std::string root;       ///< the program's data root, which is none of this process
 
   /// Whether a whole line of the reports is that text.
   [[nodiscard]] bool Says(const std::string& line) const;
@@ -74,8 +75,8 @@ class RipFixture {
   [[nodiscard]] ProgramRun RunAndLeave(std::vector<std::string> words,
                                        const std::string& text) const;
 
-  /// Native directories of the pages that a page list names, by the library's own reader.
-  [[nodiscard]] static std::vector<std::string> PagesOf(const std::string& pageList);
+  /// Native directories of the pages that a run's page list names, by the library's own reader.
+  [[nodiscard]] static std::vector<std::string> PagesOf(const ProgramRun& run);
   /// Paths below "System/c-out", relative to it.
   [[nodiscard]] std::vector<std::string> Remains() const;
   /// Ids and names of living processes that this fixture's runs have started.

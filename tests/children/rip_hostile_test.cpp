@@ -44,7 +44,7 @@ class Fortress {
     const std::string path = m_Bench.File(name, job);
     const auto before = test::TreeSnapshot(Beside(""));
     ProgramRun outcome = m_Bench.Run({m_Prefix, path});
-    m_Pages = RipFixture::PagesOf(outcome.output);
+    m_Pages = RipFixture::PagesOf(outcome);
     if (outcome.output.empty()) {
       EXPECT_EQ(m_Bench.Remains(), Names{});
     }

@@ -45,7 +45,7 @@ void KillAtRandomMoments(const std::string& mode, unsigned runs) {
     const std::size_t added = bench.Remains().size() - before;
     if (added != 0) {
       EXPECT_EQ(added, wholeRemains);
-      const Names pages = RipFixture::PagesOf(outcome.output);
+      const Names pages = RipFixture::PagesOf(outcome);
       EXPECT_EQ(pages.size(), 3U);
       for (const std::string& page : pages) EXPECT_GT(CheckedInfo(page).width, 0U);
       latest = std::max(1000.0, latest * 0.8);

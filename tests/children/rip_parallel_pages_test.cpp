@@ -46,7 +46,7 @@ std::string Bytes(const fs::path& path) {
 
 std::map<std::string, std::string> FilesOf(const ProgramRun& run) {
   std::map<std::string, std::string> files;
-  for (const std::string& page : RipFixture::PagesOf(run.output)) {
+  for (const std::string& page : RipFixture::PagesOf(run)) {
     for (const auto& file : fs::directory_iterator(page))
       files[fs::path(page).filename().string() + "/" + file.path().filename().string()] =
           Bytes(file.path());
@@ -70,7 +70,7 @@ class ParallelPages : public ::testing::Test {
     ProgramRun parts = RunAs("1", job, prefix);
     EXPECT_EQ(parts.status, whole.status) << parts.reports;
     EXPECT_TRUE(FilesOf(parts) == FilesOf(whole)) << parts.reports;
-    EXPECT_EQ(RipFixture::PagesOf(parts.output).size(), RipFixture::PagesOf(whole.output).size());
+    EXPECT_EQ(RipFixture::PagesOf(parts).size(), RipFixture::PagesOf(whole).size());
     EXPECT_EQ(m_Bench.Processes(), Names());
     return parts;
   }
@@ -93,7 +93,7 @@ int Times(const ProgramRun& run, const std::string& line) {
 TEST_F(ParallelPages, of_a_sound_job_are_those_of_the_whole) {
   const ProgramRun parts = ExpectSame(Document());
   EXPECT_EQ(parts.status, 0);
-  EXPECT_EQ(RipFixture::PagesOf(parts.output).size(), 6U);
+  EXPECT_EQ(RipFixture::PagesOf(parts).size(), 6U);
   EXPECT_EQ(parts.reports.find("WARNING"), std::string::npos) << parts.reports;
   std::size_t at = 0;
   for (const std::string line : {"INFO: INITIALISING\n", "print mode TIFF/tiff default.ps\n",

@@ -48,7 +48,7 @@ Names PlaneNames(const pages::PageInfo& info) {
 // The only page of a run that went well; an empty text if it did not.
 std::string OnlyPage(const ProgramRun& outcome) {
   EXPECT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   EXPECT_EQ(pages.size(), 1U) << outcome.output;
   return pages.size() == 1 ? pages.front() : "";
 }
@@ -57,7 +57,7 @@ TEST(Rip, makes_one_directory_a_page) {
   const RipFixture bench;
   const ProgramRun outcome = bench.Run({bench.Prefix(), bench.File("job.ps", TwoPages)});
   ASSERT_EQ(outcome.status, 0) << outcome.reports;
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 2U) << outcome.output;
   EXPECT_EQ(fs::path(pages[0]).filename(), "p0001");
   EXPECT_EQ(fs::path(pages[1]).filename(), "p0002");
@@ -76,7 +76,7 @@ TEST(Rip, describes_its_files_in_the_info) {
   const RipFixture bench;
   const ProgramRun outcome =
       bench.Run({bench.Prefix("RGB/300 dpi.ps", "Shop (window)"), bench.File("job.ps", TwoPages)});
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   const pages::PageInfo info = CheckedInfo(pages[1]);
   EXPECT_EQ(info.job, "job12");
@@ -280,7 +280,7 @@ TEST(Rip, prints_pdf_behind_the_prefix) {
                               "' '" + source + "' </dev/null >/dev/null 2>&1";
   ASSERT_EQ(std::system(command.c_str()), 0);
   const ProgramRun outcome = bench.Run({bench.Prefix("RGB/300 dpi.ps"), pdf});
-  const Names pages = RipFixture::PagesOf(outcome.output);
+  const Names pages = RipFixture::PagesOf(outcome);
   ASSERT_EQ(pages.size(), 2U) << outcome.reports;
   const Pixels first = ReadPixels(pages[0] + "/page.tif");
   EXPECT_EQ(first.width, 600U);

@@ -63,7 +63,7 @@ std::string WithoutDates(const fs::path& path) {
 // All files of the pages, by the page's place in the list and the file's name.
 std::map<std::string, std::string> FilesOf(const ProgramRun& run) {
   std::map<std::string, std::string> files;
-  for (const std::string& page : RipFixture::PagesOf(run.output)) {
+  for (const std::string& page : RipFixture::PagesOf(run)) {
     for (const auto& file : fs::directory_iterator(page)) {
       files[fs::path(page).filename().string() + "/" + file.path().filename().string()] =
           WithoutDates(file.path());
@@ -111,7 +111,7 @@ class RipRanges : public ::testing::Test {
     EXPECT_EQ(several.status, one.status);
     EXPECT_EQ(ReportsOf(several), ReportsOf(one));
     EXPECT_TRUE(FilesOf(several) == FilesOf(one));
-    EXPECT_EQ(RipFixture::PagesOf(several.output).size(), RipFixture::PagesOf(one.output).size());
+    EXPECT_EQ(RipFixture::PagesOf(several).size(), RipFixture::PagesOf(one).size());
     EXPECT_EQ(m_Bench.Processes(), Names());
   }
   // Puts a script in the interpreter's place that does this before all others than the first
@@ -158,7 +158,7 @@ TEST_F(RipRanges, in_gray_that_are_fitted_have_the_bytes_of_one_interpreter) {
 
 TEST_F(RipRanges, are_listed_in_the_order_of_the_pages) {
   const ProgramRun run = RunWith("3", m_Bench.Prefix(), Pdf());
-  const Names pages = RipFixture::PagesOf(run.output);
+  const Names pages = RipFixture::PagesOf(run);
   ASSERT_EQ(pages.size(), PageCount);
   std::size_t at = 0;
   for (unsigned page = 1; page <= PageCount; ++page) {
@@ -288,7 +288,7 @@ TEST_F(RipRanges, killed_at_any_moment_leave_no_file_and_no_process) {
       ++killed;
     } else {
       EXPECT_EQ(added, whole);
-      EXPECT_EQ(RipFixture::PagesOf(outcome.output).size(), PageCount);
+      EXPECT_EQ(RipFixture::PagesOf(outcome).size(), PageCount);
       latest = std::max(1000.0, latest * 0.8);
     }
     EXPECT_EQ(m_Bench.Processes(), Names());

@@ -51,7 +51,7 @@ class RipThreads : public ::testing::TestWithParam<ThreadCase> {
     const ProgramRun outcome = m_Bench.Run({prefix, job});
     EXPECT_EQ(outcome.status, 0) << outcome.reports;
     EXPECT_TRUE(outcome.Says(line)) << outcome.reports;
-    const auto pages = RipFixture::PagesOf(outcome.output);
+    const auto pages = RipFixture::PagesOf(outcome);
     return pages.size() == 1 ? Bytes(pages.front() + "/" + GetParam().pixels) : std::string();
   }
 

@@ -93,7 +93,7 @@ RipResult RunOf(WarmedRip& warm, const std::vector<std::string>& paths, const ch
     if (!line.starts_with("PROGRESS")) run.reports.push_back(line);
   }
   std::ranges::sort(run.reports);
-  for (const std::string& page : RipFixture::PagesOf(ended.output)) {
+  for (const std::string& page : RipFixture::PagesOf(ended)) {
     for (const auto& entry : fs::directory_iterator(page)) {
       const std::string name = entry.path().filename();
       if (name.ends_with(".ppm") || name.ends_with(".pgm") || name.ends_with(".png"))
