@@ -289,14 +289,15 @@ def work(browser, shop, place, pictures):
     assert not browser.messages, browser.messages
 
 
-def main():
+def run_in_browser(work, prefix):
+    """Calls work(browser, shop, place, pictures) with a shop of its own; what went wrong is told with the page's and the
+    server's words. Returns the exit status."""
     if program() is None:
         print("skipped: there is no chromium")
         return 77
-    rastrel = sys.argv[1]
     pictures = sys.argv[3] if len(sys.argv) > 3 else None
-    with tempfile.TemporaryDirectory(prefix="rastrel-page-") as place:
-        shop = Shop(rastrel, place)
+    with tempfile.TemporaryDirectory(prefix=prefix) as place:
+        shop = Shop(sys.argv[1], place)
         try:
             with Browser() as browser:
                 try:
@@ -313,4 +314,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_in_browser(work, "rastrel-page-"))

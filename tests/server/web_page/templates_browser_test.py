@@ -6,11 +6,9 @@ it leaves pictures of the pages there: light, dark, and as wide as a phone.
 import json
 import os
 import sys
-import tempfile
 import time
 
-from browser import Browser, program
-from browser_test import LIMIT, STATE, Shop, check_form, ready, take_pictures
+from browser_test import LIMIT, STATE, check_form, ready, run_in_browser, take_pictures
 
 BADGE = """<ABB><ENGRAVINGTEMPLATE><PLATES/><PLATE><COLOR>Gold</COLOR><WIDTH>{Width}</WIDTH><HEIGHT>1</HEIGHT>
 <TEXTCOLOR>Black</TEXTCOLOR><TEXTFRAME>5</TEXTFRAME><TEXT line="1" data="{Name}"><FONT name="DejaVuSans.ttf"
@@ -170,7 +168,16 @@ def sign_in_without_scripts(browser, shop):
     browser.surroundings()
 
 
+def put_templates(place):
+    templates = os.path.join(place, "root", "templates")
+    os.makedirs(templates)
+    for name in ("badge.xml", HOSTILE):
+        with open(os.path.join(templates, name), "w", encoding="utf-8") as file:
+            file.write(BADGE)
+
+
 def work(browser, shop, place, pictures):
+    put_templates(place)
     sign_in_without_scripts(browser, shop)
     fill_in(browser, shop, pictures)
     bring_table(browser, shop, place)
@@ -180,32 +187,5 @@ def work(browser, shop, place, pictures):
     assert not faults and len(browser.messages) == 1, browser.messages
 
 
-def main():
-    if program() is None:
-        print("skipped: there is no chromium")
-        return 77
-    pictures = sys.argv[3] if len(sys.argv) > 3 else None
-    with tempfile.TemporaryDirectory(prefix="rastrel-templates-") as place:
-        shop = Shop(sys.argv[1], place)
-        templates = os.path.join(place, "root", "templates")
-        os.makedirs(templates)
-        for name in ("badge.xml", HOSTILE):
-            with open(os.path.join(templates, name), "w", encoding="utf-8") as file:
-                file.write(BADGE)
-        try:
-            with Browser() as browser:
-                try:
-                    work(browser, shop, place, pictures)
-                except BaseException:
-                    print(browser.messages, browser.run("document.body.innerText"))
-                    raise
-        except BaseException:
-            print(shop.said())
-            raise
-        finally:
-            shop.stop()
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_in_browser(work, "rastrel-templates-"))
