@@ -268,6 +268,15 @@ class Tests(unittest.TestCase):
         self.assertEqual(test.targets, ["bin/rastrel"])
         self.assertEqual(test.environment, {"A": "b=c", "D": "e"})
 
+    def test_the_sources_of_a_joined_one_are_found(self):
+        with tempfile.TemporaryDirectory() as place:
+            joined = pathlib.Path(place) / "Unity" / "unity_0_cxx.cxx"
+            joined.parent.mkdir()
+            joined.write_text('/* made */\n\n#include "/src/a.cpp"\n\n#include "/src/b.cpp"\n')
+            self.assertEqual(programs.sources_joined_in(str(joined)), ["/src/a.cpp", "/src/b.cpp"])
+        self.assertEqual(programs.sources_joined_in("Unity/../x/Unity/unity_0_cxx.cxx.o"), [])
+        self.assertEqual(programs.sources_joined_in("/src/a.cpp"), [])
+
     def test_the_failing_test_is_named_and_a_crash_is_the_open_tests(self):
         passed = "[ RUN      ] A.one\n[       OK ] A.one (1 ms)\n"
         failed = "[ RUN      ] A.two\nwrong\n[  FAILED  ] A.two (1 ms)\n"
@@ -318,6 +327,13 @@ class Confinement(unittest.TestCase):
         self.assertIsNone(ended.status)
         self.assertLess(ended.seconds, 20)
         self.assertNotEqual(self.run_shell("sleep 3; test -e late").status, 0)
+
+    def test_a_program_without_the_environment_finds_the_number_of_the_change(self):
+        (self.tree / "change").mkdir()
+        command = ["env", "-i", "sh", "-c", f"cat {self.tree}/change/number"]
+        ended = confinement.run(self.tree, command, 20, {**os.environ, switches.VARIABLE: "17"})
+        self.assertEqual((ended.status, ended.output.strip()), (0, "17"))
+        self.assertEqual(list((self.tree / "change").iterdir()), [])
 
     def test_memory_has_a_limit(self):
         self.assertEqual(self.run_shell("ulimit -v").output.strip(), str(confinement.MEMORY_LIMIT))
