@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "rastrel/platform/os/shared_library.h"
 #include "rastrel/platform/os/text.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/scratch_directory.h"
@@ -265,6 +266,15 @@ TEST(ExecutablePath, is_the_file_of_this_program_and_holds_this_code) {
   EXPECT_EQ(os::ExecutablePath(), std::filesystem::read_symlink("/proc/self/exe").string());
   // The tests hold the library's objects themselves.
   EXPECT_EQ(os::ModulePath(), os::ExecutablePath());
+}
+
+// The library's code as a host has it that loads a shared object with the library in it.
+TEST(ModulePath, is_the_shared_object_that_holds_the_code) {
+  const auto module = os::SharedLibrary::Open(RASTREL_TEST_MODULE);
+  ASSERT_TRUE(static_cast<bool>(module)) << module.Error().why;
+  const char* (*path)() = nullptr;
+  ASSERT_TRUE(module->Bind(path, "PathOfThisModule"));
+  EXPECT_EQ(std::string(path()), std::filesystem::canonical(RASTREL_TEST_MODULE).string());
 }
 
 TEST(CurrentDirectory, follows_the_process) {
