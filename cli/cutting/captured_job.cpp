@@ -135,7 +135,6 @@ Expected<unsigned> MakePage(interpreter::RunRequest request,
     if (!made) return made.Error();
     return 1U;
   }
-  request.settings.page = 1;
   const auto pages = interpreter::PrintPages(std::move(request), directory, listener, guardian);
   if (!pages) return pages.Error();
   if (wanted > *pages)
