@@ -345,6 +345,16 @@ TEST_F(CommandTest, a_ticket_holds_and_is_released_and_prints_from_its_pages_alo
   EXPECT_EQ(m_Command.Run({"reprint", "t"}).status, 3);
 }
 
+TEST_F(CommandTest, a_ticket_shows_its_spooled_pages) {
+  ASSERT_EQ(m_Command.Run({"print", "job.ps", "--spool", "--save-ticket", "t"}).status, 0);
+  const std::string spool = m_Command.Root() + "/Queue/rip/CFM/job.cfm/";
+  const CommandResult shown = m_Command.Run({"ticket", "show", "t"});
+  EXPECT_NE(shown.output.find(spool + "p0001\n"), std::string::npos) << shown.output;
+  EXPECT_NE(shown.output.find(spool + "p0002\n"), std::string::npos) << shown.output;
+  const auto json = nlohmann::json::parse(m_Command.Run({"ticket", "show", "t", "--json"}).output);
+  EXPECT_EQ(json["paths"], nlohmann::json({spool + "p0001", spool + "p0002"}));
+}
+
 TEST_F(CommandTest, a_ticket_without_pages_says_why_it_can_not_be_reprinted) {
   ASSERT_EQ(m_Command.Run({"print", "job.ps", "--save-ticket", "t"}).status, 0);
   const CommandResult result = m_Command.Run({"reprint", "t"});

@@ -75,6 +75,23 @@ TEST_F(SupervisedChild, puts_the_rips_text_after_the_documents_own) {
   EXPECT_EQ(m_Document.m_Text, L"before after");
 }
 
+// The listener is slower than the RIP, so its end comes long before its lines have been reported.
+TEST_F(SupervisedChild, has_all_words_of_the_rip_reported_before_its_status) {
+  m_Ticket.m_Told.Listen([](const std::string& line) {
+    if (line.starts_with("Warning")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  });
+  Rip("for n in 1 2 3 4 5 6 7 8; do echo \"WARNING: $n\" >&2; done\nexit 2\n");
+  EXPECT_FALSE(RunRip(nullptr));
+  Lines told = m_Ticket.m_Told.All();
+  std::erase_if(told, [](const std::string& line) {
+    return !line.starts_with("Warning") && !line.starts_with("Error");
+  });
+  ASSERT_EQ(told.size(), 9U);
+  EXPECT_EQ(told.at(7), "Warning \"8\" rip");
+  EXPECT_EQ(Errors(), Lines{"rip: rip status 2"});
+  EXPECT_TRUE(told.back().starts_with("Error"));
+}
+
 TEST_F(SupervisedChild, leaves_the_documents_text_if_the_rip_writes_none) {
   m_Document.m_Text = L"before";
   Rip("exit 0\n");

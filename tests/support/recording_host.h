@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -31,6 +32,8 @@ class RecordingText : public host::TextCompose {
   std::vector<std::wstring> m_ReplaceableItems;
   /// The result of `GetTextFrame`; without it the frame that the paragraph was opened with.
   std::optional<CWorldRect> m_Frame;
+  /// Takes records out of what `GetCurParagraph` answers.
+  std::function<void(CurrentParagraph&)> m_Withhold;
 
   std::vector<std::string> LeftOpen() const;
   /// Writes the fields that changed since the last line.

@@ -83,6 +83,7 @@ void RecordingText::GetCurParagraph(CurrentParagraph& current) {
              .lines = &m_Now->lines,
              .line = &m_Now->line,
              .style = &m_Now->style};
+  if (m_Withhold) m_Withhold(current);
 }
 
 void RecordingText::CloseParagraph(int keep, const ParagraphInfo& info) {

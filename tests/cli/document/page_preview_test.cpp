@@ -219,6 +219,24 @@ TEST_F(PagePreviewTest, draws_the_cut_line_over_the_page) {
   EXPECT_EQ(Files(), m_Files);
 }
 
+TEST_F(PagePreviewTest, draws_the_cut_line_of_a_named_colour) {
+  UseQueueProgram();
+  Root().Write("job/sign.eps",
+               "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 72 36\n%%EndComments\n"
+               "[/Separation (Kiss cut) /DeviceCMYK {0 exch 0 0}] setcolorspace 1 setcolor\n"
+               "45 9 18 18 rectstroke showpage\n");
+  PagePreview preview(Root().Path("job/sign.eps"));
+  m_View.m_Values[CPS2BmpDlg::CutLineCheckBox] = true;
+  m_View.m_Values[CPS2BmpDlg::RgbRadio] = false;
+  m_View.m_Values[CPS2BmpDlg::NamedRadio] = true;
+  m_View.m_Values[CPS2BmpDlg::ColorNames] = std::wstring(L"Kiss cut");
+  preview.Request(m_View, 144, 144);
+  const auto picture = Next(preview);
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(picture->note, L"The cut line is drawn in magenta.");
+  EXPECT_NEAR(static_cast<double>(CountOf(*picture, Magenta)), 4 * 36 * 2, 20);
+}
+
 TEST_F(PagePreviewTest, draws_the_last_of_the_requests_that_come_during_a_run) {
   Queue(
       "echo run >>\"$RASTREL_HOME/runs\"\nname=\"${3%.ps}\"\nmkdir \"$name.cfm\"\n"

@@ -7,9 +7,11 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStringList>
+#include <array>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -124,6 +126,46 @@ TEST(WindowNames, one_radio_button_of_the_group_is_checked) {
   });
   EXPECT_EQ(buttons, 3);
   EXPECT_EQ(checked, 1);
+}
+
+// A dialog of a text and a bar.
+class BarDialog : public host::DialogLogic {
+ public:
+  enum Id { Text = 10, Bar };
+  [[nodiscard]] const host::DialogResource& GetResource() const override {
+    static constexpr std::array<host::DialogControl, 2> controls{
+        {{Text, host::ControlKind::Text, L"(*v*)Stage"}, {Bar, host::ControlKind::Progress, L""}}};
+    static constexpr host::DialogResource resource{83, L"(*v*)Trial", controls};
+    return resource;
+  }
+  [[nodiscard]] CWnd* GetParent() const override { return nullptr; }
+  [[nodiscard]] HANDLE GetPostedHandle() const override { return INVALID_HANDLE_VALUE; }
+  std::size_t HandleMessages() override { return 0; }
+  void Command(int control) override { m_Result = control; }
+  [[nodiscard]] bool HasEnded() const override { return m_Result != 0; }
+  [[nodiscard]] bool MayEndByItself() const override { return false; }
+  void ControlChanged(int /*control*/) override {}
+
+ private:
+  int m_Result = 0;
+};
+
+TEST(WindowBar, has_the_range_and_place_that_the_dialog_gives_it) {
+  const LookingHost host([](QDialog&) {});
+  BarDialog dialog;
+  qt::DialogWindow window(dialog, nullptr);
+  const auto* bar = window.findChild<QProgressBar*>();
+  ASSERT_NE(bar, nullptr);
+  window.SetRange(BarDialog::Bar, 3, 7);
+  EXPECT_EQ(bar->minimum(), 3);
+  EXPECT_EQ(bar->maximum(), 7);
+  window.SetPosition(BarDialog::Bar, 5);
+  EXPECT_EQ(bar->value(), 5);
+  window.SetPosition(BarDialog::Bar, 8);
+  EXPECT_EQ(bar->value(), 7) << "never beyond its end";
+  window.SetRange(BarDialog::Text, 0, 1);
+  window.SetPosition(BarDialog::Text, 0);
+  EXPECT_EQ(bar->maximum(), 7) << "a text has none";
 }
 
 }  // namespace

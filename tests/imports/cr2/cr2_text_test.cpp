@@ -233,6 +233,24 @@ TEST_F(Cr2Text, a_frame_that_the_host_opens_no_text_in_is_passed_over) {
                 "edPasteString(\"A\", 1, 0, null, false)", "TerminateNewText(null, 1)"}));
 }
 
+TEST_F(Cr2Text, a_frame_whose_text_lacks_a_record_is_passed_over) {
+  using Current = CurrentParagraph;
+  AddBlock(Block({L"A"}));
+  for (const std::function<void(Current&)>& withhold : {
+           std::function<void(Current&)>([](Current& now) { now.paragraph = nullptr; }),
+           std::function<void(Current&)>([](Current& now) { now.lines = nullptr; }),
+           std::function<void(Current&)>([](Current& now) { now.line = nullptr; }),
+           std::function<void(Current&)>([](Current& now) { now.style = nullptr; }),
+       }) {
+    m_Host.m_Text.m_Withhold = withhold;
+    AddText();
+    EXPECT_FALSE(Calls().Has("edPasteString(\"A\", 1, 0, null, false)"));
+  }
+  m_Host.m_Text.m_Withhold = nullptr;
+  AddText();
+  EXPECT_TRUE(Calls().Has("edPasteString(\"A\", 1, 0, null, false)"));
+}
+
 TEST_F(Cr2Text, a_frame_without_blocks_is_an_empty_text) {
   AddText();
   EXPECT_EQ(Calls().Text(), Opened() + LaidOutText() + Terminated());

@@ -106,6 +106,9 @@ TEST(CBaseDir, the_directory_is_made_only_if_that_is_asked_for) {
   const EnvironmentGuard resources("RASTREL_RESOURCES", "/no/resources");
   const CBaseDir named(PATH_PROGRAMS, L"other", false);
   EXPECT_FALSE(scratch.Has("other"));
+  const EnvironmentGuard temporary("TMPDIR", scratch.Path("temporary"));
+  const CBaseDir temporaries(PATH_TEMP);
+  EXPECT_FALSE(scratch.Has("temporary"));
   const CBaseDir made(PATH_PROGRAMS, L"other\\below", true);
   EXPECT_TRUE(scratch.Has("other/below"));
 }
