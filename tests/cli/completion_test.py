@@ -174,6 +174,7 @@ class Bash(Asked, AllShells):
         self.assertEqual(self.replies("print", "--password-file", "=", "x"), files)
         self.assertEqual(self.replies("print", "--output", ""), ["compopt -o dirnames"])
         self.assertEqual(self.replies("batch", "convert", "-o", ""), ["compopt -o dirnames"])
+        self.assertEqual(self.replies("folder", "add", ""), ["compopt -o dirnames"])
         self.assertEqual(self.replies("printers", ""), [])
 
     def test_files_of_the_right_types_are_offered_and_all_if_there_are_none(self):

@@ -130,6 +130,15 @@ TEST_F(NestCommand, of_a_large_job_lists_and_draws_which_panel_goes_where) {
   const std::string picture = runner.Place().Read("panels.svg");
   EXPECT_NE(picture.find(">1</text>"), std::string::npos) << picture;
   EXPECT_NE(picture.find(">column 2, row 1, 100 x 90 mm</text>"), std::string::npos) << picture;
+  Write("odd.json", Plate(180.26, 90.26));
+  EXPECT_EQ(runner
+                .Run({"tile", "odd.json", "--panel", "200x200mm", "-o", "odd-panel.json",
+                      "--picture", "odd.svg"})
+                .status,
+            0);
+  EXPECT_NE(runner.Place().Read("odd.svg").find(">column 1, row 1, 180.3 x 90.3 mm</text>"),
+            std::string::npos)
+      << runner.Place().Read("odd.svg");
   EXPECT_EQ(runner
                 .Run({"tile", "large.json", "--panel", "100x100mm", "-o", "panel.json", "--picture",
                       "panels.jpg"})

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "pages/page_info.h"
 #include "tests/cli/command_runner.h"
 
 namespace rastrel::test {
@@ -55,6 +56,21 @@ TEST_F(SpoolCommand, list_has_name_pages_bytes_and_date) {
             "banner\t1 page\t5 bytes\t1970-01-02 00:00:00\n"
             "going\t0 pages\t0 bytes\t1970-01-01 00:00:00\tincomplete: under way, or cut off\n"
             "sign\t2 pages\t1234 bytes\t1970-01-01 23:59:59\n");
+}
+
+TEST_F(SpoolCommand, show_rounds_a_resolution_to_hundredths) {
+  pages::PageInfo info;
+  info.page = 1;
+  info.width = info.height = 1;
+  info.color = pages::PageColor::Gray;
+  info.planes = {{"Gray", "gray.tif", 0}};
+  info.files = {{"gray.tif", 1, std::string(64, '1')}};
+  info.xResolution = 1270.004;
+  info.yResolution = 72.126;
+  fs::create_directories(Spool() / "sign.cfm/p1");
+  std::ofstream(Spool() / "sign.cfm/p1" / pages::PageInfoName) << pages::FormatPageInfo(info);
+  const std::string output = m_Command.Run({"spool", "show", "sign"}).output;
+  EXPECT_NE(output.find("\t1270 x 72.13 dpi\t"), std::string::npos) << output;
 }
 
 // The file has a first line without an end.

@@ -171,6 +171,10 @@ class ServerDoctor(unittest.TestCase):
         self.one("hot folder", "bad", "missing")
         folder.symlink_to(self.place)
         self.one("hot folder", "bad", "a link")
+        # Not even the administrator can write there.
+        (self.root / "server" / "folders.toml").write_text("[[folder]]\npath = '/proc'\n")
+        row = self.rows("hot folder", True)[0]
+        self.assertIn("give the server's user the right to write there", row["mend"])
         (self.root / "server" / "folders.toml").write_text("[[folder]]\npath = '/a'\nway = 1\n")
         self.one("hot folders", "bad", "folders.toml:3:1")
 

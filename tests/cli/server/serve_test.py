@@ -299,6 +299,14 @@ class Serve(unittest.TestCase):
                          ("failed", "a cut needs rules: which paths are cut"))
         self.stop()
 
+    def test_a_queued_job_is_shown_with_its_size_and_one_that_is_not_there_is_named(self):
+        number = self.run_command("jobs", "add", str(self.page)).strip()
+        self.assertIn(f"bytes\t{self.page.stat().st_size}\n", self.run_command("jobs", "show", number))
+        held = subprocess.run([COMMAND, "jobs", "hold", number, "77"], env=self.environment, capture_output=True,
+                              text=True, timeout=WAIT, check=False)
+        self.assertEqual((held.returncode, held.stdout, held.stderr), (1, number + "\n", "rastrel: there is no job 77\n"))
+        self.assertEqual(self.job(number)["state"], "held")
+
     def merge_files(self):
         template, table = self.place / "badge.xml", self.place / "names.csv"
         template.write_text(BADGE)

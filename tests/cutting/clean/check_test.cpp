@@ -141,6 +141,19 @@ TEST(Check, finds_a_duplicate_that_lies_within_the_tolerance_beside) {
   EXPECT_NE(beside(0.021), "duplicate@1");
 }
 
+// Twenty circles of nearly half a kilometre are more lines of a quarter of the tolerance than are
+// kept, so that they are flattened four times as coarse.
+TEST(Check, of_more_curves_than_it_keeps_lines_of_has_a_tolerance_four_times_as_large) {
+  const auto beside = [](double distance, int circles) {
+    std::vector<Contour> contours{Rectangle(10, 10, 50, 30), Rectangle(10, 10 + distance, 50, 30)};
+    for (int i = 0; i < circles; ++i) contours.push_back(Circle({0, 0}, 400'000 - 1000.0 * i));
+    return FaultsOf(JobOf(contours)).starts_with("duplicate@1");
+  };
+  EXPECT_FALSE(beside(0.05, 1));
+  EXPECT_TRUE(beside(0.05, 20));
+  EXPECT_FALSE(beside(0.09, 20));
+}
+
 TEST(Check, keeps_the_same_line_of_two_operations) {
   CutJob job = JobOf({Rectangle(10, 10, 50, 30), Rectangle(10, 10, 50, 30)});
   job.paths[1].operation = Operation::Crease;

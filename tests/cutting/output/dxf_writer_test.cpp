@@ -159,6 +159,17 @@ TEST(DxfText, a_spline_of_two_curves_has_threefold_inner_knots) {
       << text;
 }
 
+// Of the table STYLE the groups of the published reference: flags, fixed height, width, slant,
+// mirroring, the height that was used last, and the font's file.
+TEST(DxfText, the_text_style_has_all_its_groups) {
+  const std::string text = DxfText({}, {}, 0.02, DxfVersion::R2000);
+  EXPECT_NE(text.find("AcDbTextStyleTableRecord\r\n  2\r\nStandard\r\n 70\r\n0\r\n 40\r\n0.0\r\n"
+                      " 41\r\n1.0\r\n 50\r\n0.0\r\n 71\r\n0\r\n 42\r\n1.0\r\n  3\r\ntxt\r\n"
+                      "  4\r\n\r\n"),
+            std::string::npos)
+      << text;
+}
+
 TEST(DxfText, every_handle_is_there_once_and_below_the_seed) {
   const std::string text = DxfText(test::Plate(), {}, 0.02, DxfVersion::R2000);
   std::istringstream lines(text);

@@ -113,6 +113,19 @@ TEST(Document, a_step_that_was_opened_without_history_does_not_continue_the_step
   EXPECT_FALSE(document.Holds(second));
 }
 
+TEST(Document, an_object_that_is_destroyed_ends_the_history) {
+  Document document;
+  const ObjectHandle first = AddDrill(document, 1);
+  const ObjectHandle second = AddDrill(document, 2);
+  document.OpenStep(L"taken out");
+  document.Remove(second);
+  document.CloseStep();
+  document.Destroy(second);
+  EXPECT_TRUE(document.StepNames().empty());
+  EXPECT_FALSE(document.Undo());
+  EXPECT_EQ(document.Members(host::DocumentRoot), std::vector{first});
+}
+
 TEST(Document, a_step_without_changes_leaves_what_could_be_done_again) {
   Document document;
   document.OpenStep(L"added");

@@ -182,6 +182,12 @@ TEST_F(LlxLayoutTest, a_text_without_a_font_is_set_in_the_usual_one_without_a_no
   EXPECT_TRUE(m_Host.GetNotices().Texts().empty());
 }
 
+TEST_F(LlxLayoutTest, line_ends_within_a_text_on_a_circle_are_blanks) {
+  ASSERT_TRUE(Llx(m_Size + "<ARCTEXT><RADIUS>1</RADIUS><HEIGHT>0.25</HEIGHT>"
+                           "<TEXT>a&#13;b&#10;c</TEXT></ARCTEXT>"));
+  EXPECT_EQ(OnlyArc().run.text, L"a b c");
+}
+
 TEST_F(LlxLayoutTest, a_missing_font_is_replaced_with_a_notice) {
   ASSERT_TRUE(Llx(m_Size + Arc("<FONT>NoSuchFont.ttf</FONT>")));
   EXPECT_EQ(OnlyArc().run.font, L"NoSuchFont");

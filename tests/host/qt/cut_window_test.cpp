@@ -125,6 +125,28 @@ TEST_F(CutWindowTest, the_print_lies_under_the_paths_in_their_operations_colors)
   EXPECT_LT(OffFrom(QColor(0, 0xa0, 0), {20, 70}), 110);
 }
 
+// Counts how often a widget is drawn.
+class Draws : public QObject {
+ public:
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    if (event->type() == QEvent::Paint) ++count;
+    return false;
+  }
+  int count = 0;
+};
+
+TEST_F(CutWindowTest, the_picture_is_drawn_anew_when_a_layer_is_taken_off_or_put_on) {
+  ColorAt({5, 95});
+  QApplication::processEvents();
+  Draws draws;
+  Canvas().installEventFilter(&draws);
+  qt::CutTiles::Layers layers;
+  layers.print = false;
+  Canvas().SetLayers(layers);
+  QApplication::processEvents();
+  EXPECT_GT(draws.count, 0);
+}
+
 TEST_F(CutWindowTest, without_the_print_the_page_is_white_and_around_it_is_not) {
   Box("&Print").setChecked(false);
   EXPECT_EQ(ColorAt({5, 95}), QColor(Qt::white));

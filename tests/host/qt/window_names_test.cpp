@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -15,6 +16,8 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "host/qt/color_button.h"
 #include "host/qt/dialog_window.h"
@@ -149,6 +152,44 @@ class BarDialog : public host::DialogLogic {
  private:
   int m_Result = 0;
 };
+
+// A dialog of one list of fonts.
+class FontDialog : public host::DialogLogic {
+ public:
+  static constexpr int List = 10;
+  [[nodiscard]] const host::DialogResource& GetResource() const override {
+    static constexpr std::array<host::DialogControl, 1> controls{
+        {{List, host::ControlKind::Fonts, L""}}};
+    static constexpr host::DialogResource resource{84, L"(*v*)Trial", controls};
+    return resource;
+  }
+  [[nodiscard]] CWnd* GetParent() const override { return nullptr; }
+  [[nodiscard]] HANDLE GetPostedHandle() const override { return INVALID_HANDLE_VALUE; }
+  std::size_t HandleMessages() override { return 0; }
+  void Command(int /*control*/) override {}
+  [[nodiscard]] bool HasEnded() const override { return false; }
+  [[nodiscard]] bool MayEndByItself() const override { return false; }
+  [[nodiscard]] std::vector<std::wstring> GetEntries(int /*control*/) const override {
+    return {L"Arial", L"Times"};
+  }
+};
+
+TEST(WindowFonts, have_the_sample_below_their_list) {
+  const LookingHost host([](QDialog&) {});
+  FontDialog dialog;
+  qt::DialogWindow window(dialog, nullptr);
+  window.show();
+  QApplication::processEvents();
+  const auto* list = window.findChild<QListWidget*>();
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->count(), 2);
+  const QLabel* sample = nullptr;
+  for (const auto* label : window.findChildren<QLabel*>())
+    if (label->text() == QLatin1String("AaBbCc 0123456")) sample = label;
+  ASSERT_NE(sample, nullptr);
+  EXPECT_GE(sample->geometry().top(), list->geometry().bottom());
+  EXPECT_EQ(sample->width(), list->width());
+}
 
 TEST(WindowBar, has_the_range_and_place_that_the_dialog_gives_it) {
   const LookingHost host([](QDialog&) {});

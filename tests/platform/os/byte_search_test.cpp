@@ -93,6 +93,16 @@ TEST(ByteSearch, a_pair_must_stand_inside) {
     }
 }
 
+TEST(ByteSearch, a_pair_of_the_last_two_bytes_is_found) {
+  GuardedText text;
+  for (const os::ByteSearch& search : os::AllSearches())
+    for (std::size_t size = 2; size < 300; ++size) {
+      const char* const begin = text.Put(std::string(size - 2, 'x') + "%B");
+      EXPECT_EQ(search.pair(begin, text.End(), '%', 'B', 'D'), text.End() - 2) << search.name;
+      EXPECT_EQ(search.pair(begin, text.End(), '%', 'D', 'B'), text.End() - 2) << search.name;
+    }
+}
+
 TEST(ByteSearch, nothing_that_breaks_marked_lines_is_passed_over) {
   std::mt19937 random(2);
   GuardedText text;

@@ -387,6 +387,27 @@ TEST_F(HotFolderTest, names_in_any_bytes_and_of_any_length_come_through) {
   EXPECT_EQ(NamesIn("done").size(), 6u);
 }
 
+// A report adds 12 bytes to a name, and a number up to 7.
+TEST_F(HotFolderTest, a_name_without_room_for_its_report_becomes_that_of_its_job) {
+  Settings("settle = 0\n");
+  const std::string fits = std::string(232, 'a') + ".ps";
+  const std::string isLong = std::string(233, 'b') + ".ps";
+  Write(fits, "%!a");
+  Write(isLong, "%!b");
+  HotFolder folder = Folder();
+  static_cast<void>(folder.Look(0));
+  ASSERT_EQ(Jobs().size(), 2u);
+  const Job& renamed = Jobs()[Jobs()[0].title.starts_with('b') ? 0 : 1];
+  const std::string name = "job-" + std::to_string(renamed.id);
+  EndNext(true);
+  EndNext(true);
+  static_cast<void>(folder.Look(0));
+  Names expected{fits, fits + ".report.json", fits + ".report.txt",
+                 name, name + ".report.json", name + ".report.txt"};
+  std::ranges::sort(expected);
+  EXPECT_EQ(NamesIn("done"), expected);
+}
+
 TEST_F(HotFolderTest, a_folder_that_vanishes_and_comes_back_goes_on) {
   HotFolder folder = Folder();
   std::filesystem::remove_all(Path());

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 #include "tests/server/printer/printer_test_support.h"
@@ -76,6 +77,17 @@ TEST_F(PngTest, EachFilterIsUndone) {
       "\4\x01\x00\x02\x00"s;  // nearest of 14, 26 and 13 to 27: 26
   ASSERT_TRUE(PdfFromPng(Source(Png(2, 5, 8, 4, rows)), Target()));
   EXPECT_EQ(Inflated(StreamOf(TargetBytes(), 3)), "\x0A\x14\x0B\x16\x0C\x18\x0D\x1A\x0E\x1C"s);
+}
+
+// A chunk is read in pieces of 64 KiB.
+TEST_F(PngTest, AChunkOfOnePieceMoreAndOneLessByteIsReadWhole) {
+  for (const unsigned size : {65535U, 65536U, 65537U, 131073U}) {
+    std::mt19937 random(size);
+    std::string row(1, '\0');
+    for (unsigned i = 0; i < size; ++i) row += static_cast<char>(random());
+    ASSERT_TRUE(PdfFromPng(Source(Png(size, 1, 8, 0, row)), Target())) << size;
+    EXPECT_TRUE(Inflated(StreamOf(TargetBytes(), 3)) == row) << size;
+  }
 }
 
 TEST_F(PngTest, RefusesAnInterlacedFile) {

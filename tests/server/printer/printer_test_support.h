@@ -47,7 +47,7 @@ inline std::string StreamOf(const std::string& pdf, int object) {
 }
 
 inline std::string Inflated(const std::string& bytes) {
-  std::string out(1 << 16, '\0');
+  std::string out(1 << 20, '\0');
   uLongf size = out.size();
   const int result = ::uncompress(reinterpret_cast<Bytef*>(out.data()), &size,
                                   reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
