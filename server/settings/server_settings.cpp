@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 #include "cutting/toml/strict_toml.h"
@@ -37,13 +38,18 @@ bool IsSocketAddress(const std::string& address) {
 }
 
 void CheckAddress(TomlTable& table, const DeviceSettings& device) {
-  const bool isPath = device.way == DeviceWay::Folder || device.way == DeviceWay::Program;
+  const bool isProgram = device.way == DeviceWay::Program;
+  const bool isPath = device.way == DeviceWay::Folder || isProgram;
+  // A program may be a word in quotation marks (WordsOf in server/delivery).
+  const bool isQuoted = isProgram && device.address.starts_with('"');
   if (device.way == DeviceWay::Files) {
     if (table.Has("address")) table.Fail("address", "a device of kind 'files' has no address");
   } else if (device.address.empty()) {
     table.Fail("address", "the device needs an address");
-  } else if (isPath && device.address.front() != '/') {
+  } else if (isPath && !std::string_view(device.address).substr(isQuoted).starts_with('/')) {
     table.Fail("address", "the address is to be a full path");
+  } else if (isProgram && std::ranges::count(device.address, '"') % 2 != 0) {
+    table.Fail("address", "a quotation mark of the address has no end");
   } else if (device.way == DeviceWay::Socket && !IsSocketAddress(device.address)) {
     table.Fail("address", "the address is to be host:port");
   }

@@ -188,7 +188,7 @@ address = "{folder}"
 [[device]]
 name = "P"
 kind = "program"
-address = "{program} -q"
+address = '"{program}" -q'
 [[device]]
 name = "S"
 kind = "socket"

@@ -158,6 +158,13 @@ TEST(ServerSettings, AnAddressFitsItsKind) {
     EXPECT_NE(with(kind, "address = 'a'\n"), "");
     EXPECT_NE(with(kind, ""), "");
   }
+  for (const char* address : {"\"/a b\" -q", "\"/a b\"", "/a \"b c\""})
+    EXPECT_EQ(with("program", (std::string("address = '") + address + "'\n").c_str()), "")
+        << address;
+  for (const char* address : {"\"a b\" -q", "\"/a b", "\"\"/a", "\""})
+    EXPECT_NE(with("program", (std::string("address = '") + address + "'\n").c_str()), "")
+        << address;
+  EXPECT_NE(with("folder", "address = '\"/a\"'\n"), "");
   for (const char* address : {"a:1", "a:65535", "[::1]:9100"})
     EXPECT_EQ(with("socket", (std::string("address = '") + address + "'\n").c_str()), "");
   for (const char* address : {"a", "a:", ":9100", "a:0", "a:65536", "a:9x", "a:123456"})
