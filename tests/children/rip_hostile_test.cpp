@@ -42,7 +42,7 @@ class Fortress {
   // Runs the job, which is among the other jobs.
   ProgramRun Run(const std::string& job, const std::string& name = "jobs/job.ps") {
     const std::string path = m_Bench.File(name, job);
-    const auto before = test::TreeSnapshot(Beside(""));
+    auto before = test::TreeSnapshot(Beside(""));
     ProgramRun outcome = m_Bench.Run({m_Prefix, path});
     m_Pages = RipFixture::PagesOf(outcome);
     if (outcome.output.empty()) {
@@ -50,7 +50,10 @@ class Fortress {
     }
     EXPECT_EQ(m_Bench.Processes(), Names{});
     fs::remove_all(m_Bench.RipDirectory() + "/System/c-out");
-    EXPECT_EQ(test::TreeSnapshot(Beside("")), before);
+    auto after = test::TreeSnapshot(Beside(""));
+    // The link that a list names the pages by in a root with letters beyond ASCII.
+    for (auto* tree : {&before, &after}) tree->erase("root/drive_r");
+    EXPECT_EQ(after, before);
     return outcome;
   }
   [[nodiscard]] std::size_t PageCount() const { return m_Pages.size(); }

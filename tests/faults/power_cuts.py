@@ -48,8 +48,9 @@ class Disk:
     def of(slot):
         disk = Disk()
         for folder, folders, files in os.walk(slot):
-            disk.folders.update(os.path.join(folder, name) for name in folders)
-            for name in files:
+            linked = [name for name in folders if os.path.islink(os.path.join(folder, name))]
+            disk.folders.update(os.path.join(folder, name) for name in folders if name not in linked)
+            for name in files + linked:
                 path = os.path.join(folder, name)
                 if os.path.islink(path):
                     disk.links[path] = os.readlink(path)

@@ -369,7 +369,7 @@ TEST(GuardedProcess, can_not_write_more_than_its_limit) {
   auto guardian = Guardian::Start(HeldStreams::Error);
   ASSERT_TRUE(guardian);
   ProcessRequest request =
-      Shell("exec dd if=/dev/zero of=" + directory.Path("big") + " bs=65536 count=100");
+      Shell("exec dd if=/dev/zero of='" + directory.Path("big") + "' bs=65536 count=100");
   request.wall.fileBytes = 100000;
   auto process = GuardedProcess::Start(request, *guardian);
   ASSERT_TRUE(process);

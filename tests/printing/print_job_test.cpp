@@ -73,8 +73,7 @@ TEST_F(PrintJob, with_spooling_moves_the_pages_to_the_spool) {
   EXPECT_EQ(Tree("job"), Lines{"sign.ps"});
   ASSERT_EQ(m_Ticket.m_CFMFile.Entries.size(), 2U);
   const std::string directory = SpoolDirectory() + "\\";
-  EXPECT_EQ(m_Ticket.m_CFMFile.Entries[0].Directory,
-            std::wstring(directory.begin(), directory.end()));
+  EXPECT_EQ(m_Ticket.m_CFMFile.Entries[0].Directory, rastrel::os::WideFromUtf8(directory));
   EXPECT_EQ(m_Ticket.m_CFMFile.Entries[0].FileName, L"A");
   EXPECT_EQ(m_Ticket.m_CFMFile.Entries[1].FileName, L"B");
 }

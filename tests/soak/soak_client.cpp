@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <clocale>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -47,10 +48,19 @@ void Line(const std::string& text) {
   std::fflush(stdout);
 }
 
+// A path's own conversion knows ASCII alone.
+std::wstring WideOf(const fs::path& path) {
+  const std::string bytes = path.string();
+  std::wstring wide(bytes.size() + 1, L'\0');
+  const std::size_t size = std::mbstowcs(wide.data(), bytes.c_str(), wide.size());
+  wide.resize(size == static_cast<std::size_t>(-1) ? 0 : size);
+  return wide;
+}
+
 struct Inputs {
   fs::path files;
   fs::path work;
-  std::wstring Wide(const char* name) const { return (files / name).wstring(); }
+  std::wstring Wide(const char* name) const { return WideOf(files / name); }
 };
 
 // How a job of a kind ended. An empty fault is none.
@@ -102,8 +112,8 @@ class JobFile {
 void Fill(CJobTicket& ticket, const JobFile& file, const std::string& name) {
   ticket.OpenLog([](const wchar_t*) {});
   ticket.m_JobName = std::wstring(name.begin(), name.end()).c_str();
-  ticket.m_JobFile.Directory = (file.Path().parent_path().wstring() + L"/").c_str();
-  ticket.m_JobFile.FileName = file.Path().filename().wstring().c_str();
+  ticket.m_JobFile.Directory = (WideOf(file.Path().parent_path()) + L"/").c_str();
+  ticket.m_JobFile.FileName = WideOf(file.Path().filename()).c_str();
   ticket.m_JobData.PrinterName = L"KVI Tiff Screen Preview";
   ticket.m_JobData.PrintModeFolder = L"TIFF";
   ticket.m_JobData.PrintModeName = L"tiff default.ps";
@@ -231,10 +241,10 @@ Result Workbook(const Inputs& inputs) {
   std::vector<tagEXCEL_XML_FILE*> files;
   for (std::size_t i = 0; i < records.size(); ++i) {
     records[i].type = static_cast<std::int32_t>(i + 1);
-    (folder / names[i]).wstring().copy(records[i].path, tagEXCEL_XML_FILE::PathSize - 1);
+    WideOf(folder / names[i]).copy(records[i].path, tagEXCEL_XML_FILE::PathSize - 1);
     files.push_back(&records[i]);
   }
-  CMSExcelXMLImport import(folder.wstring().c_str());
+  CMSExcelXMLImport import(WideOf(folder).c_str());
   const bool good = import.ParseXmlFiles(files) && fs::exists(folder / "content.txt");
   fs::remove_all(folder);
   return Ended("workbook", good, "no text was made");
@@ -330,6 +340,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: soak_client JOBS SEED INPUTS WORK\n");
     return 2;
   }
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // for WideOf
   const int jobs = std::atoi(argv[1]);
   const auto seed = static_cast<unsigned>(std::atoi(argv[2]));
   const Inputs inputs{argv[3], argv[4]};

@@ -9,6 +9,7 @@
 
 #include "rastrel/platform/os/path.h"
 #include "rastrel/xml/limits.h"
+#include "rastrel/xml/save.h"
 #include "rastrel/xml/stream.h"
 #include "tests/support/processor_time.h"
 #include "tests/xml/xml_fixture.h"
@@ -255,8 +256,10 @@ TEST_F(XmlRefusal, nothing_outside_is_read) {
       "<!DOCTYPE a [<!ENTITY % e SYSTEM 'file://" + m_Files.Path("a.dtd") + "'>%e;]><a>&e;</a>",
       "a document type is not accepted");
   // An inclusion is an element like any other.
-  const XmlNode root = LoadFile("<a xmlns:x='http://www.w3.org/2001/XInclude'><x:include href='" +
-                                file + "' parse='text'/></a>");
+  std::string address;
+  AppendXmlText(address, file, true);
+  const XmlNode root = LoadFile("<a xmlns:x='http://www.w3.org/2001/XInclude'><x:include href=\"" +
+                                address + "\" parse='text'/></a>");
   EXPECT_EQ(Text(root), L"(none)");
   EXPECT_TRUE(static_cast<bool>(FirstChildNamed(root, L"include")));
 }

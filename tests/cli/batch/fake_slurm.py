@@ -53,7 +53,9 @@ def sbatch(arguments):
         options[name] = value
     array = len(list(PLACE.glob("array-*"))) + 1
     count = int(options["--array"].partition("-")[2].partition("%")[0]) + 1
-    (PLACE / f"array-{array}").write_text(json.dumps({"options": options, "words": arguments}))
+    begun = PLACE / f".array-{array}"
+    begun.write_text(json.dumps({"options": options, "words": arguments}))
+    begun.rename(PLACE / f"array-{array}")
     for task in range(count):
         note(array, task, "PENDING")
     words = ["/bin/sh", *arguments]

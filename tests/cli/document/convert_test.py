@@ -321,7 +321,9 @@ class Refusals(Case):
         shutil.copy(queue / "JobSpool.exe", queue / "Whole.exe")
         script = queue / "JobSpool.exe"
         script.unlink()
-        script.write_text('#!/bin/sh\nfor file do :; done\nfile=$(printf %s "$file" | tr "\\\\" /)\nstem=${file%.*}\n'
+        # The file's name is in small letters, which the directories above it need not be.
+        script.write_text('#!/bin/sh\nfor file do :; done\nfile=$(printf %s "$file" | tr "\\\\" /)\n'
+                          f'file="{self.home}/jobs/${{file##*/jobs/}}"\nstem=${{file%.*}}\n'
                           f'"{queue}/Whole.exe" "$@" 2>"{self.folder}/reports"\nstatus=$?\n{commands}\n'
                           f'cat "{self.folder}/reports" >&2\nexit $status\n')
         script.chmod(0o700)

@@ -10,6 +10,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from xml.sax.saxutils import escape
 
 COMMAND = os.path.abspath(sys.argv.pop(1))
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
@@ -31,7 +32,8 @@ class DamagedFont(unittest.TestCase):
         (self.place / "plates.xml").write_text(TEMPLATE)
         (self.place / "fonts.conf").write_text(
             '<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "fonts.dtd">'
-            f"<fontconfig><dir>{self.place}/fonts</dir><cachedir>{self.place}/cache</cachedir></fontconfig>")
+            f"<fontconfig><dir>{escape(str(self.place))}/fonts</dir>"
+            f"<cachedir>{escape(str(self.place))}/cache</cachedir></fontconfig>")
 
     def draw(self, name):
         return subprocess.run([COMMAND, "import", "plates.xml", "-o", name], cwd=self.place,

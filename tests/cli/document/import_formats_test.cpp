@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "rastrel/xml/save.h"
 #include "tests/cli/command_runner.h"
 
 namespace rastrel::cli {
@@ -23,18 +24,24 @@ constexpr const char* Crest =
     "<svg xmlns='http://www.w3.org/2000/svg' width='20mm' height='20mm' viewBox='0 0 20 20'>"
     "<rect width='20' height='20' fill='#ff0000'/></svg>";
 
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  xml::AppendXmlText(escaped, text, false);
+  return escaped;
+}
+
 std::string Cr2(const std::string& file, const std::string& cutLine = "") {
   return "<engraving_template><table_size width='12' height='6' origin='top left'/>"
          "<template><placement width='4' height='2'/>" +
-         cutLine + "</template><graphics><graphic_location name='g'><file>" + file +
+         cutLine + "</template><graphics><graphic_location name='g'><file>" + Escaped(file) +
          "</file></graphic_location></graphics><plates><plate><graphic_frame><graphic>g</graphic>"
          "<placement x='0.5' y='0.5' width='1' height='1'/></graphic_frame></plate></plates>"
          "</engraving_template>";
 }
 
 std::string Llx(const std::string& file) {
-  return "<A><ENGRAVINGTEMPLATE><PLATE><WIDTH>4</WIDTH><HEIGHT>2</HEIGHT><GRAPHIC><FILE>" + file +
-         "</FILE><WIDTH>1</WIDTH></GRAPHIC></PLATE></ENGRAVINGTEMPLATE></A>";
+  return "<A><ENGRAVINGTEMPLATE><PLATE><WIDTH>4</WIDTH><HEIGHT>2</HEIGHT><GRAPHIC><FILE>" +
+         Escaped(file) + "</FILE><WIDTH>1</WIDTH></GRAPHIC></PLATE></ENGRAVINGTEMPLATE></A>";
 }
 
 class ImportFormats : public ::testing::Test {

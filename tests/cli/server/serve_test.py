@@ -438,14 +438,14 @@ class Serve(unittest.TestCase):
     def test_a_command_that_may_have_sent_a_page_leaves_its_job_uncertain(self):
         sent = self.place / "sent"
         self.run_command("printers")
-        programs = {"Killed": f"echo $1 >> {sent}; kill -9 $$", "Second": f"test $1 = 1 && echo $1 >> {sent}",
+        programs = {"Killed": f"echo $1 >> '{sent}'; kill -9 $$", "Second": f"test $1 = 1 && echo $1 >> '{sent}'",
                     "Refuses": "exit 1"}
         sections = ""
         for name, text in programs.items():
             program = self.place / name
             program.write_text(f"#!/bin/sh\n{text}\n")
             program.chmod(0o700)
-            sections += f"[{name}]\nkind = command\nformat = png\ncommand = {program} {{page}}\n"
+            sections += f"[{name}]\nkind = command\nformat = png\ncommand = '{program}' {{page}}\n"
         (self.root / "devices.txt").write_text(sections)
         self.serve()
         states = {}

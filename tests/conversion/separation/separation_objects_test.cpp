@@ -272,16 +272,18 @@ TEST_F(SeparationObjects, without_a_document_nothing_happens_and_the_log_says_wh
 }
 
 /// A path of that many characters, with the file in it.
+// Characters, of which one may be several bytes.
 std::string PathOfLength(const ScratchDirectory& root, std::size_t length) {
   std::string path = root.Path() + "/long";
-  while (path.size() + 100 < length) path += "/" + std::string(50, 'd');
-  return path + "/" + std::string(length - path.size() - 4, 'n') + ".ps";
+  const std::size_t bytes = path.size() - rastrel::os::FromNative(path).size() + length;
+  while (path.size() + 100 < bytes) path += "/" + std::string(50, 'd');
+  return path + "/" + std::string(bytes - path.size() - 4, 'n') + ".ps";
 }
 
 TEST_F(SeparationObjects, reads_260_characters_of_the_files_path) {
   for (const std::size_t length : {259, 260, 261}) {
     const std::string path = PathOfLength(Root(), length);
-    ASSERT_EQ(path.size(), length);
+    ASSERT_EQ(rastrel::os::FromNative(path).size(), length);
     std::filesystem::remove_all(Root().Path("long"));
     Root().Write(std::filesystem::path(path).lexically_relative(Root().Path()).string(), "%!PS\n");
     SetOutputFile(rastrel::os::FromNative(path));

@@ -5,6 +5,7 @@
 #include "rastrel/imports/cr2/cr2_file_import.h"
 #include "rastrel/imports/cr2/cr2_file_import_vers2.h"
 #include "rastrel/platform/os/text.h"
+#include "rastrel/xml/save.h"
 #include "tests/imports/cr2/build_transcript.h"
 #include "tests/imports/cr2/cr2_fixture.h"
 
@@ -36,6 +37,8 @@ class CrownTrophyImport : public TemplateTest {
 
 TEST_F(CrownTrophyImport, of_a_cr2_from_the_file_to_the_last_call) {
   const std::wstring logo = Write("<svg/>", "logo.svg");
+  std::string escapedLogo;
+  rastrel::xml::AppendXmlText(escapedLogo, rastrel::os::Utf8FromWide(logo), false);
   ImportCr2(
       "<engraving_template><table_size width='24' height='12' origin='bottom left' margins='1'/>"
       "<template spacing='0.5'><placement width='4' height='2'/>"
@@ -43,7 +46,7 @@ TEST_F(CrownTrophyImport, of_a_cr2_from_the_file_to_the_last_call) {
       "<cutline stroke='hairline'><file>cut.svg</file>"
       "<placement x='1' y='1' width='2' height='1' origin='bottom left'/></cutline></template>"
       "<graphics><graphic_location name='logo'><file>" +
-      rastrel::os::Utf8FromWide(logo) +
+      escapedLogo +
       "</file></graphic_location></graphics>"
       "<plates><plate><graphic_frame><graphic>logo</graphic>"
       "<placement x='1' y='0.5' width='2' height='4' origin='top left' "

@@ -61,9 +61,10 @@ TEST_F(PrinterServiceTest, StartsAProgramAgainThatEnded) {
 TEST_F(PrinterServiceTest, EndsTheProgramWhenItStops) {
   const std::string started = m_Place.Path() + "/started";
   const std::string ended = m_Place.Path() + "/ended";
-  PrinterService service(Program("trap 'touch " + ended + "; exit 0' TERM\ntouch " + started +
-                                 "\nwhile :; do sleep 0.05; done\n"),
-                         Keep());
+  PrinterService service(
+      Program("ended='" + ended + "'\ntrap 'touch \"$ended\"; exit 0' TERM\ntouch '" + started +
+              "'\nwhile :; do sleep 0.05; done\n"),
+      Keep());
   ASSERT_TRUE(service.Start());
   const auto limit = std::chrono::steady_clock::now() + WaitLimit;
   while (!std::filesystem::exists(started) && std::chrono::steady_clock::now() < limit)
