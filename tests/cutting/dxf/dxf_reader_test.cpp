@@ -77,6 +77,28 @@ TEST(Spline, has_a_knot_for_each_control_point_and_for_its_order) {
   EXPECT_FALSE(IsSound(spline));
 }
 
+// With the knots 0 and 1, four of each, its control points are those of one curve.
+TEST(DxfReader, a_spline_of_one_curve_is_that_curve) {
+  const std::string begin = "0 SPLINE;8 A;70 8;71 3;40 0;40 0;40 0;40 0;40 1;40 1;40 1;40 1;";
+  const std::string points = "10 0;20 1;30 0;10 1;20 0;30 0;10 2;20 3;30 0;10 4;20 2;30 0;";
+  for (const std::string weights : {"", "41 1;41 1;41 1;41 1;"}) {
+    const Drawing drawing = Read(File(begin + weights + points));
+    ASSERT_EQ(drawing.job.paths.size(), 1U);
+    const Contour& contour = drawing.job.paths[0].contours.at(0);
+    EXPECT_FALSE(contour.closed);
+    ASSERT_EQ(contour.segments.size(), 1U);
+    ASSERT_TRUE(contour.segments[0].isCurve);
+    // The page begins where the drawing does.
+    const Segment& curve = contour.segments[0];
+    const auto at = [&](double x, double y) {
+      return Point{contour.start.x + x, contour.start.y + y};
+    };
+    EXPECT_LT(Distance(curve.first, at(1, -1)), 1e-9);
+    EXPECT_LT(Distance(curve.second, at(2, 2)), 1e-9);
+    EXPECT_LT(Distance(curve.end, at(4, 1)), 1e-9);
+  }
+}
+
 TEST(DxfReader, a_line_has_its_layer_and_the_layers_color_and_width) {
   const Drawing drawing =
       Read(File(Line, "0 TABLE;2 LAYER;0 LAYER;2 A;70 0;62 1;370 25;0 ENDTAB;"));

@@ -178,6 +178,10 @@ TEST(Rebased, has_the_first_mark_at_the_origin_and_all_else_right_and_above) {
   EXPECT_EQ(rebased.paths[0].contours[0].start, (Point{22.5, 22.5}));
   EXPECT_EQ(rebased.width, 229.5);
   EXPECT_EQ(Rebased(Page(200, 100)), Page(200, 100));
+  CutJob beyond = Page(10, 20);
+  beyond.marks.push_back({.center = {30, 50}});
+  EXPECT_EQ(Rebased(beyond).width, 0);
+  EXPECT_EQ(Rebased(beyond).height, 0);
 }
 
 TEST(ParseMarks, reads_shape_size_and_lengths_with_units) {

@@ -170,6 +170,27 @@ TEST(DxfText, the_text_style_has_all_its_groups) {
       << text;
 }
 
+// By the published reference each block begins and ends with an entity that has a handle, the
+// handle of its record as its owner, and the paper's ones the mark of paper.
+TEST(DxfText, both_blocks_begin_and_end_with_their_entities) {
+  const std::string text = DxfText({}, {}, 0.02, DxfVersion::R2000);
+  const std::size_t begin = text.find("  2\r\nBLOCKS\r\n");
+  ASSERT_NE(begin, std::string::npos);
+  std::istringstream lines(text.substr(begin, text.find("ENDSEC", begin) - begin));
+  std::vector<std::string> codes;
+  for (std::string code, value; std::getline(lines, code) && std::getline(lines, value);)
+    codes.push_back(std::to_string(std::atoi(code.c_str())) +
+                    (std::atoi(code.c_str()) == 0 ? " " + value : ""));
+  codes.erase(codes.begin());
+  const std::vector<std::string> expected{
+      "0 BLOCK\r",  "5",  "330",        "100", "8",   "100", "2",   "70",  "10",        "20", "30",
+      "3",          "1",  "0 ENDBLK\r", "5",   "330", "100", "8",   "100", "0 BLOCK\r", "5",  "330",
+      "100",        "67", "8",          "100", "2",   "70",  "10",  "20",  "30",        "3",  "1",
+      "0 ENDBLK\r", "5",  "330",        "100", "67",  "8",   "100", "0"};
+  codes.resize(std::min(codes.size(), expected.size() - 1));
+  EXPECT_EQ(codes, std::vector<std::string>(expected.begin(), expected.end() - 1));
+}
+
 TEST(DxfText, every_handle_is_there_once_and_below_the_seed) {
   const std::string text = DxfText(test::Plate(), {}, 0.02, DxfVersion::R2000);
   std::istringstream lines(text);

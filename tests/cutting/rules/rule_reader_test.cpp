@@ -204,7 +204,13 @@ TEST(ReadRules, a_file_cut_at_any_byte_is_read_or_refused) {
 
 TEST(Measured, takes_fixed_numbers_with_a_known_unit) {
   EXPECT_EQ(Measured("2", LengthUnits()), 2);
+  EXPECT_EQ(Measured("2 mm", LengthUnits()), 2);
   EXPECT_EQ(Measured("2  cm", LengthUnits()), 20);
+  EXPECT_EQ(Measured("2in", LengthUnits()), 50.8);
+  EXPECT_EQ(Measured("144pt", LengthUnits()), 144 * (25.4 / 72));
+  EXPECT_EQ(Measured("6 mm/s", SpeedUnits()), 6);
+  EXPECT_EQ(Measured("6 cm/s", SpeedUnits()), 60);
+  EXPECT_EQ(Measured("2 in/s", SpeedUnits()), 50.8);
   EXPECT_EQ(Measured("6 m/min", SpeedUnits()), 100);
   for (const char* bad : {"", " 2", "2 ", "mm", "2 MM", "1e3", "0x2", "2 mm mm", "2,5 mm"})
     EXPECT_FALSE(Measured(bad, LengthUnits())) << bad;

@@ -284,6 +284,26 @@ TEST(SvgReader, uses_within_uses_are_read_to_their_limit) {
   EXPECT_NE(nested(17), "read");
 }
 
+// A file is at most 256 elements deep, and more only by uses. The root, the uses, and the path are
+// five of the thousand here.
+TEST(SvgReader, elements_within_elements_are_read_to_their_limit_through_uses) {
+  const auto group = [](int number, int depth, const std::string& innermost) {
+    std::string text = "<g id='u" + std::to_string(number) + "'>";
+    for (int i = 1; i < depth; ++i) text += "<g>";
+    text += innermost;
+    for (int i = 0; i < depth; ++i) text += "</g>";
+    return text;
+  };
+  const auto nested = [&](int groups) {
+    return FaultOf(Page(group(0, 250, "<path d='M0 0H1'/>") + group(1, 250, "<use href='#u0'/>") +
+                        group(2, 250, "<use href='#u1'/>") +
+                        group(3, groups - 750, "<use href='#u2'/>") + "<use href='#u3'/>"));
+  };
+  EXPECT_EQ(nested(993), "read");
+  EXPECT_EQ(nested(994), "read");
+  EXPECT_NE(nested(995), "read");
+}
+
 TEST(SvgReader, a_small_file_makes_no_large_job) {
   // Ten levels of ten uses are ten thousand million paths.
   std::string text = "<defs><path id='u0' d='M0 0h1v1h1v1h1v1h1'/>";

@@ -46,6 +46,17 @@ TEST(AddWeeding, without_options_or_cuts_nothing_is_added) {
   EXPECT_EQ(*AddWeeding(creases, {.boxGap = 5, .step = 10}), creases);
 }
 
+TEST(AddWeeding, a_scribble_of_thousands_of_crossings_is_refused) {
+  std::mt19937 random(1);
+  std::uniform_real_distribution<double> place(0, 100);
+  Contour scribble{.start = {0, 0}, .segments = {}};
+  for (int i = 0; i < 20'000; ++i)
+    scribble.segments.push_back(LineTo({place(random), place(random)}));
+  const Expected<CutJob> result = AddWeeding(JobOf({scribble}), {.boxGap = 5, .step = 10});
+  ASSERT_FALSE(result);
+  EXPECT_EQ(Describe(result.Error()), "the paths cross each other too often for weeding");
+}
+
 TEST(AddWeeding, a_box_lies_around_all_cuts_by_its_gap) {
   EXPECT_EQ(
       WeedingOf(JobOf({Rectangle(50, 60, 70, 90), Rectangle(100, 60, 120, 80)}), {.boxGap = 5}),

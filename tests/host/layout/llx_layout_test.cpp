@@ -104,11 +104,12 @@ TEST_F(LlxLayoutTest, a_graphic_turns_counter_clockwise_about_its_point) {
 }
 
 TEST_F(LlxLayoutTest, a_graphic_without_a_size_has_its_own_and_with_one_side_its_proportions) {
-  ASSERT_TRUE(
-      Llx(m_Size + Graphic("") + Graphic("<WIDTH>1</WIDTH>") + Graphic("<HEIGHT>1</HEIGHT>")));
-  const double widths[] = {20 / 28.35, 1 * Inch, 2 * Inch};
-  ASSERT_EQ(Graphics().size(), 3U);
-  for (std::size_t i = 0; i < 3; ++i) {
+  ASSERT_TRUE(Llx(m_Size + Graphic("") + Graphic("<WIDTH>1</WIDTH>") +
+                  Graphic("<HEIGHT>1</HEIGHT>") + Graphic("<WIDTH>0.25</WIDTH>") +
+                  Graphic("<HEIGHT>0.25</HEIGHT>")));
+  const double widths[] = {20 / 28.35, 1 * Inch, 2 * Inch, 0.25 * Inch, 0.5 * Inch};
+  ASSERT_EQ(Graphics().size(), 5U);
+  for (std::size_t i = 0; i < 5; ++i) {
     const BOUNDS box = Graphics()[i];
     EXPECT_NEAR(box.xmax - box.xmin, widths[i], 1e-3);
     EXPECT_NEAR(box.ymax - box.ymin, widths[i] / 2, 1e-3);
