@@ -42,7 +42,8 @@ std::string Escape(std::string_view text) {
   return escaped;
 }
 
-// Turns segments in pixels from the top left into lines in points from the bottom left.
+// Turns segments in pixels from the top left into lines in points from the bottom left. A page may
+// have hundreds of thousands of paths, so one writer serves them all and keeps its memory.
 class SegmentWriter {
  public:
   explicit SegmentWriter(const pages::PageInfo& info)
@@ -50,9 +51,13 @@ class SegmentWriter {
         m_YScale(PointsPerInch / info.yResolution),
         m_Height(info.height) {}
 
-  // False if the text is none of the prolog's making. The judge, if there is one, gets all
-  // points that lines are made of.
-  bool Add(std::string_view text, ClipJudge* judge) {
+  // Writes one path. False if the text is none of the prolog's making. The judge, if there is one,
+  // gets all points that lines are made of.
+  bool Write(std::string_view text, ClipJudge* judge) {
+    m_Lines.clear();
+    m_Closed.clear();
+    m_Start = {};
+    m_Drawing = false;
     SegmentReader reader(text);
     while (const auto segment = reader.Next()) Take(*segment, judge);
     return reader.AtEnd();
@@ -77,21 +82,24 @@ class SegmentWriter {
       return;
     }
     if (!m_Drawing) Begin(judge);
-    Write(segment.letter, segment.Points(), judge);
+    WriteLine(segment.letter, segment.Points(), judge);
   }
 
   // A move that nothing follows draws nothing, so moves wait for the first segment.
   void Begin(ClipJudge* judge) {
-    Write('m', std::span(&m_Start, 1), judge);
+    WriteLine('m', std::span(&m_Start, 1), judge);
     m_Closed += m_Closed.empty() ? "0" : " 0";
     m_Drawing = true;
   }
 
-  void Write(char letter, std::span<const PixelPoint> points, ClipJudge* judge) {
+  void WriteLine(char letter, std::span<const PixelPoint> points, ClipJudge* judge) {
     m_Lines += letter;
     for (const PixelPoint& point : points) {
       if (judge != nullptr) judge->Add(point);
-      m_Lines += " " + Number(point.x * m_XScale) + " " + Number((m_Height - point.y) * m_YScale);
+      m_Lines += ' ';
+      m_Lines += Number(point.x * m_XScale);
+      m_Lines += ' ';
+      m_Lines += Number((m_Height - point.y) * m_YScale);
     }
     m_Lines += '\n';
   }
@@ -132,7 +140,7 @@ class PageClips {
  private:
   void Write(std::size_t index) {
     SegmentWriter writer(m_Info);
-    static_cast<void>(writer.Add(*m_Texts[index], nullptr));
+    static_cast<void>(writer.Write(*m_Texts[index], nullptr));
     m_Numbers[index] = ++m_Count;
     m_Blocks += "clip\n" + writer.Lines() + "end-clip\n";
   }
@@ -297,6 +305,8 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
   }
   const double scale = PointsPerInch / std::sqrt(info.xResolution * info.yResolution);
   PageClips clips(info, page.clips);
+  SegmentWriter writer(info);
+  std::vector<std::string> colors(m_Colors.size());  // as they are written, once they are met
   std::string blocks;
   std::string layers;
   bool hasLayer = false;
@@ -305,15 +315,24 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
     std::string_view text = path.text;
     const auto head = ReadHead(text);
     if (!head || head->color >= m_Colors.size()) continue;
-    m_Met.insert(m_Colors[head->color]);
-    SegmentWriter writer(info);
+    std::string& color = colors[head->color];
+    if (color.empty()) {
+      m_Met.insert(m_Colors[head->color]);
+      color = "\ncolour: " + Escape(m_Colors[head->color]) + "\nline-width: ";
+    }
     ClipJudge judge(clips.Shape(path.clip));
-    if (!writer.Add(text, &judge) || writer.Lines().empty()) continue;
-    blocks += "path\nkind: " + std::string(CutKindWord(path.kind)) +
-              "\ncolour: " + Escape(m_Colors[head->color]) +
-              "\nline-width: " + Number(head->width * scale) +
-              "\nclip: " + clips.Word(judge.Position(), path.clip) +
-              "\nclosed: " + writer.Closed() + "\n" + writer.Lines() + "end-path\n";
+    if (!writer.Write(text, &judge) || writer.Lines().empty()) continue;
+    for (const std::string_view part :
+         {std::string_view("path\nkind: "), CutKindWord(path.kind), std::string_view(color)})
+      blocks += part;
+    blocks += Number(head->width * scale);
+    blocks += "\nclip: ";
+    blocks += clips.Word(judge.Position(), path.clip);
+    blocks += "\nclosed: ";
+    for (const std::string_view part :
+         {std::string_view(writer.Closed()), std::string_view("\n"),
+          std::string_view(writer.Lines()), std::string_view("end-path\n")})
+      blocks += part;
     ++count;
     if (m_Layers.empty()) continue;
     const std::string layer =
@@ -325,10 +344,12 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
   if (hasLayer)
     m_TakenLayers =
         "Rastrel cut layers 1\npaths: " + std::to_string(count) + "\n" + layers + "end\n";
-  return "Rastrel cut paths 1\nunit: point\nwidth: " +
-         Number(info.width * PointsPerInch / info.xResolution) +
-         "\nheight: " + Number(info.height * PointsPerInch / info.yResolution) + "\n" +
-         clips.Blocks() + "paths: " + std::to_string(count) + "\n" + blocks + "end\n";
+  blocks += "end\n";
+  blocks.insert(0, "Rastrel cut paths 1\nunit: point\nwidth: " +
+                       Number(info.width * PointsPerInch / info.xResolution) +
+                       "\nheight: " + Number(info.height * PointsPerInch / info.yResolution) +
+                       "\n" + clips.Blocks() + "paths: " + std::to_string(count) + "\n");
+  return blocks;
 }
 
 std::vector<std::string> CutPaths::UnmetColors() const {

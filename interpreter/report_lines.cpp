@@ -16,11 +16,11 @@ std::optional<Report> ReadReport(std::string_view line, std::string_view word) {
   Report report{std::string(line.substr(0, blank)), {}};
   const std::string_view digits = line.substr(blank + 1);
   if (digits.size() % 2 != 0) return {};
-  report.value.reserve(digits.size() / 2);
+  report.value.resize(digits.size() / 2);
   for (std::size_t i = 0; i < digits.size(); i += 2) {
     const auto byte = os::ByteFromHex(digits[i], digits[i + 1], os::HexCase::Lower);
     if (!byte) return {};
-    report.value += static_cast<char>(*byte);
+    report.value[i / 2] = static_cast<char>(*byte);
   }
   return report;
 }
@@ -36,9 +36,8 @@ std::optional<std::string> LineCutter::Next() {
   const std::size_t rest = m_Text.size() - m_Start;
   // Megabytes of cut paths come through here, and find_first_of takes a call for each byte of them.
   const std::string_view waiting = std::string_view(m_Text).substr(m_Start);
-  const auto end =
-      std::ranges::find_if(waiting, [](char one) { return one == '\n' || one == '\r'; });
-  auto length = static_cast<std::size_t>(end - waiting.begin());
+  std::size_t length = std::min(waiting.find('\n'), rest);
+  length = std::min(waiting.substr(0, length).find('\r'), length);
   if (length == rest && rest < Limit) return {};
   length = std::min(length, Limit);
   std::string line = m_Text.substr(m_Start, length);
