@@ -21,7 +21,7 @@ import tempfile
 import urllib.parse
 import urllib.request
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "server/web_page"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "server/web/pages"))
 
 import browser as browsers  # noqa: E402
 from support.print_system import answers, can_run, free_port, start_print_system  # noqa: E402
