@@ -88,6 +88,7 @@ TEST(SvgText, registration_marks_are_a_black_group_after_the_paths) {
     EXPECT_NE(text.find(place, group), std::string::npos) << place << text;
   EXPECT_FALSE(Has(Written(JobOf({PathOf(Operation::Cut, {Rectangle(1, 1, 2, 2)})}), CutForm::Svg),
                    "registration"));
+  EXPECT_NE(text.find("<title>Registration marks</title>"), std::string::npos);
 }
 
 TEST(PdfText, registration_marks_are_filled_in_black_and_in_no_separation) {

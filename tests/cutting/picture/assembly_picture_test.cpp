@@ -45,6 +45,23 @@ TEST(AssemblyPicture, has_the_number_of_each_panel_and_an_edge_around_it) {
   EXPECT_NE(picture->find("width=\"202mm\" height=\"102mm\""), std::string::npos) << *picture;
 }
 
+// Of 0.35 of the panel's height, or so that 0.6 of a size for each letter take 0.8 of its width.
+TEST(AssemblyPicture, numbers_fill_their_panel_in_height_or_width) {
+  const auto sizeOf = [](double width, double height, const char* number) {
+    const auto picture = AssemblyPictureSvg(Sign(), {{.column = 0,
+                                                      .row = 0,
+                                                      .area = BoxFrom(0, 0, width, height),
+                                                      .number = number,
+                                                      .note = ""}});
+    EXPECT_TRUE(picture);
+    const std::size_t at = picture->find("font-size=\"");
+    return std::stod(picture->substr(at + 11));
+  };
+  EXPECT_NEAR(sizeOf(200, 20, "1"), 7, 0.01);
+  EXPECT_NEAR(sizeOf(9, 100, "1"), 12, 0.01);
+  EXPECT_NEAR(sizeOf(9, 100, "12"), 6, 0.01);
+}
+
 TEST(AssemblyPicture, neighbors_have_edges_of_different_colors) {
   const auto picture = AssemblyPictureSvg(Sign(), FourPanels());
   ASSERT_TRUE(picture);

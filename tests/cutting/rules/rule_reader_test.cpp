@@ -169,6 +169,9 @@ TEST(ReadRules, conditions_that_nothing_can_meet_are_refused) {
   EXPECT_EQ(RefusalOf("line-width = { min = 2 }\npaint = \"fill\""),
             "r.toml:4:14: 'line-width' goes with the paint 'stroke' alone");
   EXPECT_EQ(RefusalOf("difference = 3"), "r.toml:4:14: 'difference' needs 'rgb' or 'cmyk'");
+  EXPECT_EQ(RefusalOf("rgb = \"#ff0000\"\ndifference = 100"), "");
+  EXPECT_EQ(RefusalOf("rgb = \"#ff0000\"\ndifference = 100.5"),
+            "r.toml:5:14: 'difference' must be a number, 0 to 100");
 }
 
 TEST(ReadRules, tool_settings_of_a_print_are_refused) {

@@ -117,6 +117,19 @@ TEST(CheckBleed, one_pixel_too_little_is_enough) {
   }
 }
 
+// A kilometre of creases, which nothing is looked for along, leaves the steps along the cut short.
+TEST(CheckBleed, a_short_gap_is_found_however_long_other_operations_are) {
+  Page page;
+  page.Fill(7, 7, 63, 53);
+  page.Fill(60, 32, 63, 33, 0);
+  CutJob job = JobOf({Rectangle(10, 10, 60, 50)});
+  std::vector<Contour> creases(10'000, Rectangle(5, 5, 30, 30));
+  job.paths.push_back({.contours = std::move(creases), .operation = Operation::Crease});
+  const std::vector<BleedGap> gaps = CheckBleed(job, page.View(), 2);
+  ASSERT_EQ(gaps.size(), 1U);
+  EXPECT_NEAR(gaps[0].from.y, 32.5, 2);
+}
+
 TEST(CheckBleed, open_paths_and_other_operations_have_none) {
   Page page;
   page.Fill(10, 10, 60, 50);

@@ -485,6 +485,36 @@ TEST_F(CroLayoutTest, a_graphic_that_only_a_wrong_place_names_leaves_nothing) {
             L"the graphic \"a\" of plate 1: its place or size is none that a plate could have");
 }
 
+// Two of the three holes are a group of the drawing's own.
+TEST_F(CroLayoutTest, a_graphic_with_groups_of_its_own_keeps_them_on_each_plate) {
+  auto* application = dynamic_cast<document::DocumentApplication*>(m_Host.GetApplication());
+  ASSERT_NE(application, nullptr);
+  application->SetGraphicLoader([&](const std::wstring&, bool) {
+    const auto group = Doc().Create(document::GroupShape());
+    Doc().Insert(group, host::DocumentRoot);
+    for (const double x : {0.0, 3.0})
+      Doc().Insert(Doc().Create(document::DrillShape{{x, 0}, 2}), group);
+    const auto alone = Doc().Create(document::DrillShape{{6, 0}, 2});
+    Doc().Insert(alone, host::DocumentRoot);
+    Doc().Select(group);
+    Doc().Select(alone);
+    return 1;
+  });
+  ASSERT_TRUE(Cro(Size("9", "3") + Graphic("a", "<ORIGIN>bottom left</ORIGIN>") +
+                  Plates({"<GRAPHIC>a</GRAPHIC>", "<GRAPHIC>a</GRAPHIC>"})));
+  const auto groups = All<document::GroupShape>();
+  ASSERT_EQ(groups.size(), 2U);
+  for (const auto* group : groups) {
+    const auto& members = std::get<document::GroupShape>(group->shape).members;
+    ASSERT_EQ(members.size(), 2U);
+    std::size_t inner = 0;
+    for (const auto member : members)
+      if (const auto* own = std::get_if<document::GroupShape>(&Doc().Find(member)->shape))
+        inner = own->members.size();
+    EXPECT_EQ(inner, 2U);
+  }
+}
+
 TEST_F(CroLayoutTest, a_graphic_of_several_objects_is_a_group_on_each_plate) {
   document::Document drawing;
   for (const double x : {0.0, 3.0}) {

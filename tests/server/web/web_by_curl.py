@@ -123,6 +123,10 @@ class Web(unittest.TestCase):
         self.assertEqual([(line["status"], line["path"]) for line in audit][:3],
                          [(401, "/api/v1/jobs"), (201, "/api/v1/jobs"), (200, path + "/release")])
         self.assertNotIn(token, (self.root / "server/audit.log").read_text())
+        self.assertEqual({line["from"] for line in audit}, {"127.0.0.1"})
+        self.assertEqual(self.by_socket(path, "--request", "DELETE")[0], 204)
+        last = json.loads((self.root / "server/audit.log").read_text().splitlines()[-1])
+        self.assertEqual((last["status"], last["from"]), (204, "local"))
 
     def test_a_picture_is_printed_and_what_is_no_document_is_refused(self):
         self.settings()
