@@ -77,6 +77,15 @@ TEST_F(OpenOfficeImport, a_table_becomes_lines_of_cells_with_a_tab_behind_each) 
             "a\t1.5\t\nc\td");
 }
 
+// A row is handed on whole up to 65,536 bytes.
+TEST_F(OpenOfficeImport, tens_of_thousands_of_empty_cells_are_as_many_tabs) {
+  for (const std::size_t count : {65535U, 65536U, 65537U, 100000U}) {
+    const Text text =
+        ImportRows(Row(Cell("a") + EmptyCell(std::to_string(count)) + Cell("b")) + Row(Cell("c")));
+    EXPECT_TRUE(text == "a\t" + std::string(count, '\t') + "b\t\nc") << count;
+  }
+}
+
 TEST_F(OpenOfficeImport, the_text_has_a_mark_and_ends_lines_by_cr_lf) {
   ImportRows(Row(Cell("\xC3\xA4")) + Row(Cell("b")));
   EXPECT_EQ(m_Directory.Read("out.txt"), "\xEF\xBB\xBF\xC3\xA4\t\r\nb");

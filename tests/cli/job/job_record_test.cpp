@@ -57,6 +57,17 @@ TEST(JobRecord, a_child_can_not_speak_for_the_library_about_its_own_end) {
   EXPECT_FALSE(record.Rip().exitStatus);
 }
 
+TEST(JobRecord, keeps_the_errors_of_the_engine_apart_from_the_rips) {
+  JobRecord record;
+  JobEvent event;
+  event.kind = JobEventKind::Error;
+  event.originator = JTO_ODALIS;
+  event.text = "no paper";
+  record.OnEvent(event);
+  EXPECT_EQ(record.Odalis().LastMessages(), std::vector<std::string>({"no paper"}));
+  EXPECT_TRUE(record.Rip().LastMessages().empty());
+}
+
 TEST(JobRecord, keeps_the_last_messages_with_errors_first) {
   JobRecord record;
   for (int line = 1; line <= 100; ++line) TakeLine(record, L"[Rip]line " + std::to_wstring(line));

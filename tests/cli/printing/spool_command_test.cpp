@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "pages/page_info.h"
 #include "tests/cli/command_runner.h"
@@ -71,6 +72,16 @@ TEST_F(SpoolCommand, show_rounds_a_resolution_to_hundredths) {
   std::ofstream(Spool() / "sign.cfm/p1" / pages::PageInfoName) << pages::FormatPageInfo(info);
   const std::string output = m_Command.Run({"spool", "show", "sign"}).output;
   EXPECT_NE(output.find("\t1270 x 72.13 dpi\t"), std::string::npos) << output;
+}
+
+TEST_F(SpoolCommand, list_has_the_same_in_json) {
+  Write("sign.cfm/p1/page", 1234);
+  Record("sign", "pages: 1\npage: 1 1234 p1\n");
+  const auto entry = nlohmann::json::parse(m_Command.Run({"spool", "list", "--json"}).output);
+  EXPECT_EQ(entry["text"], "sign");
+  EXPECT_EQ(entry["pages"], 1);
+  EXPECT_EQ(entry["bytes"], 1234);
+  EXPECT_EQ(entry["state"], "kept");
 }
 
 // The file has a first line without an end.

@@ -210,6 +210,17 @@ TEST(Panels, paths_beyond_the_page_are_covered_and_marks_stay_with_the_panels_th
   EXPECT_EQ((*panels)[1].job.marks[0].center, (Point{40, 90}));
 }
 
+TEST(Panels, marks_have_their_place_from_the_lower_left_corner_of_their_panel) {
+  CutJob job = JobOf(100, 200, {});
+  job.marks = {{.center = {30, 170}, .size = 10}};
+  const auto panels = SplitIntoPanels(job, {.width = 100, .height = 100, .overlap = 0});
+  ASSERT_TRUE(panels);
+  ASSERT_EQ(panels->size(), 2U);
+  EXPECT_TRUE((*panels)[0].job.marks.empty());
+  ASSERT_EQ((*panels)[1].job.marks.size(), 1U);
+  EXPECT_EQ((*panels)[1].job.marks[0].center, (Point{30, 70}));
+}
+
 TEST(Panels, sizes_out_of_their_range_are_refused) {
   const CutJob job = JobOf(100, 100, {});
   const auto why = [&](const CutJob& of, const PanelOptions& options) {

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSlider>
 #include <QTreeWidget>
 #include <algorithm>
@@ -123,6 +124,22 @@ TEST_F(CutWindowTest, the_print_lies_under_the_paths_in_their_operations_colors)
   EXPECT_EQ(ColorAt({95, 5}), QColor(0x80, 0x80, 0));
   EXPECT_LT(OffFrom(QColor(0xff, 0, 0), {60, 50}), 150);
   EXPECT_LT(OffFrom(QColor(0, 0xa0, 0), {20, 70}), 110);
+}
+
+TEST_F(CutWindowTest, the_keys_step_a_stroke_on_and_back) {
+  auto& slider = Named<QSlider>("Place of the knife on its way");
+  const auto press = [&](Qt::Key key) {
+    for (auto* const shortcut : m_Window->findChildren<QShortcut*>())
+      if (shortcut->key() == QKeySequence(Qt::CTRL | key)) Q_EMIT shortcut->activated();
+  };
+  std::vector<int> places;
+  for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Left, Qt::Key_Right}) {
+    press(key);
+    places.push_back(slider.value());
+  }
+  EXPECT_LT(places[0], places[1]);
+  EXPECT_EQ(places[2], places[0]);
+  EXPECT_EQ(places[3], places[1]);
 }
 
 // Counts how often a widget is drawn.
