@@ -132,11 +132,10 @@ class RecordingTicket : public CJobTicket {
   void Attach() {
     Present() = this;
     OpenLog([](const wchar_t* text) {
-      std::string line = os::Utf8FromWide(text);
+      const std::string line = os::Utf8FromWide(text);
       const bool ended = line.ends_with("\r\n");
-      line.resize(line.size() - (ended ? 2 : 0));
-      if (RecordingTicket* ticket = Present())
-        ticket->m_Told.Add("Log " + line + (ended ? "" : "(no end)"));
+      const std::string shown = ended ? line.substr(0, line.size() - 2) : line + "(no end)";
+      if (RecordingTicket* ticket = Present()) ticket->m_Told.Add("Log " + shown);
     });
   }
 
