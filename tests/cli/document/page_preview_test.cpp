@@ -219,7 +219,7 @@ TEST_F(PagePreviewTest, draws_the_cut_line_over_the_page) {
   EXPECT_EQ(Files(), m_Files);
 }
 
-TEST_F(PagePreviewTest, draws_the_cut_line_of_a_named_colour) {
+TEST_F(PagePreviewTest, draws_the_cut_line_of_a_named_color) {
   UseQueueProgram();
   Root().Write("job/sign.eps",
                "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 72 36\n%%EndComments\n"

@@ -1,4 +1,4 @@
-// Tells where the shared object is that this code is in.
+// Says where the shared object is that this code is in.
 
 #include <string>
 
