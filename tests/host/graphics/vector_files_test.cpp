@@ -223,6 +223,23 @@ TEST_F(VectorFile, a_line_on_the_bounding_box_of_an_eps_stays_a_path) {
 
 // --- Drawings that stay pictures ---
 
+TEST_F(VectorFile, a_picture_has_the_extent_of_its_marks_from_edge_to_edge) {
+  const std::string gradient =
+      "<linearGradient id='g'><stop offset='0' stop-color='red'/>"
+      "<stop offset='1' stop-color='blue'/></linearGradient>";
+  const auto objects =
+      Loaded(Svg(gradient + "<rect x='0' y='0' width='4' height='2' fill='url(#g)'/>"));
+  ASSERT_EQ(objects.size(), 1U);
+  const auto extent = std::get<document::GraphicShape>(objects[0].shape).extent;
+  ASSERT_TRUE(extent);
+  // An edge may be one of a point's pixels too far.
+  constexpr double Pixel = 2.54 / 72;
+  EXPECT_NEAR(extent->left, 0, 1e-6);
+  EXPECT_NEAR(extent->top, 5, 1e-6);
+  EXPECT_NEAR(extent->right, 4, Pixel);
+  EXPECT_NEAR(extent->bottom, 3, Pixel);
+}
+
 TEST_F(VectorFile, what_paths_can_not_express_stays_a_picture_with_its_reason) {
   const std::string rect = "<rect x='2' y='1' width='6' height='3' ";
   const std::string mixed = "it has opacity, a mask, a filter or a pattern";
