@@ -178,6 +178,15 @@ class ServerDoctor(unittest.TestCase):
         (self.root / "server" / "folders.toml").write_text("[[folder]]\npath = '/a'\nway = 1\n")
         self.one("hot folders", "bad", "folders.toml:3:1")
 
+    def test_the_first_command_of_all_may_add_a_hot_folder(self):
+        folder = self.place / "hot"
+        folder.mkdir()
+        self.root = self.place / "new root"
+        self.environment["RASTREL_HOME"] = str(self.root)
+        self.run_command("folder", "add", str(folder))
+        self.assertTrue((self.root / "devices.txt").exists(), "the data root is laid out")
+        self.assertEqual(self.root.stat().st_mode & 0o777, 0o700)
+
     def test_devices_of_each_kind_are_looked_at(self):
         folder, program = self.place / "plots", self.place / "plot"
         self.settings(f"""
