@@ -396,8 +396,9 @@ TEST_F(HotFolderTest, a_name_without_room_for_its_report_becomes_that_of_its_job
   Write(isLong, "%!b");
   HotFolder folder = Folder();
   static_cast<void>(folder.Look(0));
-  ASSERT_EQ(Jobs().size(), 2u);
-  const Job& renamed = Jobs()[Jobs()[0].title.starts_with('b') ? 0 : 1];
+  const std::vector<Job> jobs = Jobs();
+  ASSERT_EQ(jobs.size(), 2u);
+  const Job& renamed = jobs[jobs[0].title.starts_with('b') ? 0 : 1];
   const std::string name = "job-" + std::to_string(renamed.id);
   EndNext(true);
   EndNext(true);
