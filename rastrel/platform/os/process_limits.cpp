@@ -12,9 +12,13 @@ namespace rastrel::os {
 
 Expected<void> LimitProcess(std::uint32_t id, const ProcessLimits& limits) {
   const std::pair<__rlimit_resource, std::uint64_t> wanted[] = {
-      {RLIMIT_AS, limits.memoryBytes},
-      {RLIMIT_CPU, limits.processorSeconds},
-      {RLIMIT_FSIZE, limits.fileBytes}};
+// A sanitizer maps terabytes of addresses at its start, and keeps hardly any of them.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    {RLIMIT_AS, limits.memoryBytes},
+#endif
+    {RLIMIT_CPU, limits.processorSeconds},
+    {RLIMIT_FSIZE, limits.fileBytes}
+  };
   for (const auto& [resource, value] : wanted) {
     if (value == 0) continue;
     rlimit limit{};

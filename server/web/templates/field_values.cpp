@@ -82,9 +82,11 @@ const std::string& ValueOf(const FieldValues& values, const std::string& name) {
 
 }  // namespace
 
-Expected<std::vector<TemplateField>> FieldsOfLines(std::string_view lines) {
+Expected<std::vector<TemplateField>> FieldsOfLines(std::string_view lines, int status) {
   std::vector<TemplateField> fields;
-  std::string reason = "it has no fields";
+  std::string reason = status == 0
+                           ? "it has no fields"
+                           : "reading it ended early, with status " + std::to_string(status);
   while (!lines.empty()) {
     const std::size_t end = std::min(lines.find('\n'), lines.size());
     const Json object = Json::parse(lines.substr(0, end), nullptr, false);

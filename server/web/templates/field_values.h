@@ -32,9 +32,11 @@ inline constexpr std::size_t ValueLimit = 4096;
 /// Fields of a template that can be filled in one by one.
 inline constexpr std::size_t FieldsLimit = 80;
 
-/// The fields of the lines of JSON. Lines of other events are passed over; the failure is the
-/// message of the event "failed", or says that there is none.
-[[nodiscard]] Expected<std::vector<TemplateField>> FieldsOfLines(std::string_view lines);
+/// The fields of the lines of JSON of a run that ended with `status` (see MergeRun). Lines of other
+/// events are passed over; the failure is the message of the event "failed", or says that there is
+/// none, or that the run ended before its lines.
+[[nodiscard]] Expected<std::vector<TemplateField>> FieldsOfLines(std::string_view lines,
+                                                                 int status);
 
 /// The faults of values, in the order of the fields; none: a plate can be tried. Codes:
 /// "not-text", "control", "too-long" (value: the most), "not-a-number", "no-name",

@@ -138,7 +138,7 @@ Expected<TemplateForm> Templates::Form(const std::string& name) {
   if (!turn.Take(m_Limits.wait)) return FailureOf("too much is drawn at present");
   const auto run = m_Run({"merge", file->path, "--fields", "--json"}, m_Limits.time);
   if (!run) return run.Error();
-  auto fields = FieldsOfLines(run->output);
+  auto fields = FieldsOfLines(run->output, run->status);
   if (!fields) return fields.Error();
   const std::lock_guard lock(m_Mutex);
   m_Forms.remove_if([&](const CachedForm& form) { return form.name == name; });

@@ -90,14 +90,17 @@ TEST(FieldValues, fields_are_read_of_their_lines_alone) {
   const auto fields = FieldsOfLines(
       "noise\n[1]\n{\"event\":\"other\",\"name\":\"x\"}\n"
       "{\"event\":\"merge-field\",\"name\":\"Name\",\"kind\":\"text\",\"maximum\":255}\n"
-      "{\"event\":\"merge-field\",\"name\":7,\"kind\":[],\"maximum\":-1}");
+      "{\"event\":\"merge-field\",\"name\":7,\"kind\":[],\"maximum\":-1}",
+      0);
   ASSERT_TRUE(fields);
   ASSERT_EQ(fields->size(), 2U);
   EXPECT_EQ(fields->front().maximum, 255U);
   EXPECT_EQ(fields->back().name, "");
   EXPECT_EQ(fields->back().maximum, 0U);
-  EXPECT_EQ(FieldsOfLines("{\"event\":\"failed\",\"text\":\"why\"}").Error().why, "why");
-  EXPECT_FALSE(FieldsOfLines(""));
+  EXPECT_EQ(FieldsOfLines("{\"event\":\"failed\",\"text\":\"why\"}", 3).Error().why, "why");
+  EXPECT_EQ(FieldsOfLines("", 0).Error().why, "it has no fields");
+  // 128 and the signal that ended it.
+  EXPECT_EQ(FieldsOfLines("", 137).Error().why, "reading it ended early, with status 137");
 }
 
 std::string Notes(const std::string& lines, const FieldValues& values) {
