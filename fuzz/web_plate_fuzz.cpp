@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     request.form = *form;
     CheckRequest(request);
   }
-  static_cast<void>(FieldsOfLines(text));
+  static_cast<void>(FieldsOfLines(text, static_cast<int>(text.size() % 2)));
   PlatePicture picture;
   ReadMergeLines(text, {{"Name", "Ada"}}, picture);
   Expect(picture.notes.size() <= 50 && picture.pages >= 0);
