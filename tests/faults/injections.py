@@ -18,7 +18,7 @@ CLEARED_DIRECTORY = re.compile(r"^SLOT/(home/jobs/N|home/Queue/rip/System/c-out/
                                r"|out//?\.rastrel-[^/]*\.tmp)/?( \(flags\))?$")
 
 # What a run says of pages that it could not keep, and the job's name.
-ASKS_FOR_REPAIR = re.compile(r"`rastrel spool repair ([\w.-]+)` finishes or removes")
+ASKS_FOR_REPAIR = re.compile(r"`rastrel spool repair ([\w.-]+)` (?:finishes or removes|moves them)")
 
 
 @dataclasses.dataclass(frozen=True)
