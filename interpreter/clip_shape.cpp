@@ -79,14 +79,18 @@ void ClipShape::KeepConvexOnly() {
   const bool convex = count >= 3 && (left == 0) != (right == 0) && turningsBack <= 2;
   if (!convex) m_Corners.clear();
   m_Turn = left > 0 ? 1 : -1;
+  for (std::size_t i = 0; i < m_Corners.size(); ++i) {
+    const PixelPoint& a = m_Corners[i];
+    const PixelPoint& b = m_Corners[(i + 1) % m_Corners.size()];
+    m_Margins.push_back(-Rounding * std::hypot(b.x - a.x, b.y - a.y));
+  }
 }
 
 bool ClipShape::Holds(const PixelPoint& point) const {
   for (std::size_t i = 0; i < m_Corners.size(); ++i) {
     const PixelPoint& a = m_Corners[i];
     const PixelPoint& b = m_Corners[(i + 1) % m_Corners.size()];
-    const double length = std::hypot(b.x - a.x, b.y - a.y);
-    if (Turn(a, b, point) * m_Turn < -Rounding * length) return false;
+    if (Turn(a, b, point) * m_Turn < m_Margins[i]) return false;
   }
   return !m_Corners.empty();
 }

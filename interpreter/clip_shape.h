@@ -50,6 +50,7 @@ class ClipShape {
 
   PixelBox m_Box;
   std::vector<PixelPoint> m_Corners;  // in turn; empty: nothing is sure to be inside
+  std::vector<double> m_Margins;      // of the edge from each corner: as far out still counts
   double m_Turn = 0;                  // 1 or -1: on which side of its edges the inside lies
 };
 

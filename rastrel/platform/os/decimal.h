@@ -10,6 +10,9 @@ namespace rastrel::os {
 /// "0", without a sign. Infinities and NaN are written as the standard library does: "inf", "nan".
 [[nodiscard]] std::string ShortDecimal(double value, int places);
 
+/// Appends the same to a text, without a string of its own.
+void AppendShortDecimal(std::string& text, double value, int places);
+
 /// The shortest text that reads back as exactly this number: "0.1", "3", "-0", "1e+22". It has an
 /// exponent where that is shorter. For people. Infinities and NaN are "inf" and "nan".
 [[nodiscard]] std::string ShortestDecimal(double value);
