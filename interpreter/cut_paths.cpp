@@ -23,8 +23,9 @@ constexpr double PointsPerInch = 72;
 constexpr std::string_view SeparationWord = "separation ";
 constexpr std::size_t MaximumColors = 1000000;  // of a run; a prefix sets one, rules take many
 
-// A point's ten-thousandth is far below any cutter's step.
-std::string Number(double value) { return os::ShortDecimal(value, 4); }
+constexpr int Places = 4;  // a point's ten-thousandth is far below any cutter's step
+
+std::string Number(double value) { return os::ShortDecimal(value, Places); }
 
 // Control characters, '%' and bytes that are no UTF-8 as %XX, so that a text keeps to its line.
 std::string Escape(std::string_view text) {
@@ -42,8 +43,7 @@ std::string Escape(std::string_view text) {
   return escaped;
 }
 
-// Turns segments in pixels from the top left into lines in points from the bottom left. A page may
-// have hundreds of thousands of paths, so one writer serves them all and keeps its memory.
+// Turns segments in pixels from the top left into lines in points from the bottom left.
 class SegmentWriter {
  public:
   explicit SegmentWriter(const pages::PageInfo& info)
@@ -51,67 +51,63 @@ class SegmentWriter {
         m_YScale(PointsPerInch / info.yResolution),
         m_Height(info.height) {}
 
-  // Writes one path. False if the text is none of the prolog's making. The judge, if there is one,
-  // gets all points that lines are made of.
-  bool Write(std::string_view text, ClipJudge* judge) {
-    m_Lines.clear();
-    m_Closed.clear();
-    m_Start = {};
-    m_Drawing = false;
-    SegmentReader reader(text);
-    while (const auto segment = reader.Next()) Take(*segment, judge);
-    return reader.AtEnd();
+  // Calls line(letter, points) for each line of the path's. A move that nothing follows draws
+  // nothing, so moves wait for the first segment, and a part without one begins where the part
+  // before it began.
+  template <typename Line>
+  static void Visit(const SegmentView& path, Line&& line) {
+    PixelPoint start;
+    bool drawing = false;
+    auto points = path.points;
+    for (const char letter : path.letters) {
+      if (letter == 'h') {
+        if (drawing) line('h', points.first(0));
+        drawing = false;
+        continue;
+      }
+      const auto own = points.first(letter == 'c' ? 3 : 1);
+      points = points.subspan(own.size());
+      if (letter == 'm') {
+        start = own.front();
+        drawing = false;
+        continue;
+      }
+      if (!drawing) line('m', std::span<const PixelPoint>(&start, 1));
+      drawing = true;
+      line(letter, own);
+    }
   }
 
-  [[nodiscard]] const std::string& Lines() const { return m_Lines; }
-  // "1 0": whether each part of the path is closed.
-  [[nodiscard]] const std::string& Closed() const { return m_Closed; }
+  // Appends the lines of a path.
+  void Write(const SegmentView& path, std::string& text) const {
+    Visit(path, [&](char letter, std::span<const PixelPoint> points) {
+      text += letter;
+      for (const PixelPoint& point : points) {
+        text += ' ';
+        os::AppendShortDecimal(text, point.x * m_XScale, Places);
+        text += ' ';
+        os::AppendShortDecimal(text, (m_Height - point.y) * m_YScale, Places);
+      }
+      text += '\n';
+    });
+  }
 
  private:
-  void Take(const Segment& segment, ClipJudge* judge) {
-    if (segment.letter == 'm') {
-      m_Start = segment.storage[0];
-      m_Drawing = false;
-      return;
-    }
-    if (segment.letter == 'h') {
-      if (!m_Drawing) return;
-      m_Lines += "h\n";
-      m_Closed.back() = '1';
-      m_Drawing = false;  // a part without a move begins where this one began
-      return;
-    }
-    if (!m_Drawing) Begin(judge);
-    WriteLine(segment.letter, segment.Points(), judge);
-  }
-
-  // A move that nothing follows draws nothing, so moves wait for the first segment.
-  void Begin(ClipJudge* judge) {
-    WriteLine('m', std::span(&m_Start, 1), judge);
-    m_Closed += m_Closed.empty() ? "0" : " 0";
-    m_Drawing = true;
-  }
-
-  void WriteLine(char letter, std::span<const PixelPoint> points, ClipJudge* judge) {
-    m_Lines += letter;
-    for (const PixelPoint& point : points) {
-      if (judge != nullptr) judge->Add(point);
-      m_Lines += ' ';
-      m_Lines += Number(point.x * m_XScale);
-      m_Lines += ' ';
-      m_Lines += Number((m_Height - point.y) * m_YScale);
-    }
-    m_Lines += '\n';
-  }
-
   double m_XScale;
   double m_YScale;
   double m_Height;
-  PixelPoint m_Start;
-  bool m_Drawing = false;
-  std::string m_Lines;
-  std::string m_Closed;
 };
+
+// "1 0": whether each part of the path is closed; empty if it draws nothing. The judge gets all
+// points that lines are made of.
+void FindClosed(const SegmentView& path, ClipJudge& judge, std::string& closed) {
+  closed.clear();
+  SegmentWriter::Visit(path, [&](char letter, std::span<const PixelPoint> points) {
+    if (letter == 'm') closed += closed.empty() ? "0" : " 0";
+    if (letter == 'h') closed.back() = '1';
+    for (const PixelPoint& point : points) judge.Add(point);
+  });
+}
 
 // The clips of a page, which are written ahead of its paths if one of these crosses them.
 class PageClips {
@@ -139,10 +135,12 @@ class PageClips {
 
  private:
   void Write(std::size_t index) {
-    SegmentWriter writer(m_Info);
-    static_cast<void>(writer.Write(*m_Texts[index], nullptr));
+    SegmentList segments;
+    static_cast<void>(segments.Append(*m_Texts[index]));
     m_Numbers[index] = ++m_Count;
-    m_Blocks += "clip\n" + writer.Lines() + "end-clip\n";
+    m_Blocks += "clip\n";
+    SegmentWriter(m_Info).Write(segments.All(), m_Blocks);
+    m_Blocks += "end-clip\n";
   }
 
   const pages::PageInfo& m_Info;
@@ -198,7 +196,9 @@ void CutPaths::Grow(std::uint64_t bytes) {
 void CutPaths::BeginPage() {
   m_Bytes -= m_Present.bytes;
   m_Present = {};
-  m_Unsettled = false;
+  m_ClipIndex.reset();
+  m_Kind = 0;
+  m_Text.clear();
   m_Open = 0;
 }
 
@@ -210,6 +210,7 @@ void CutPaths::EndPage() {
     BeginPage();
   } else {
     m_Pages[m_Ended] = std::exchange(m_Present, {});
+    m_ClipIndex.reset();
   }
 }
 
@@ -231,13 +232,30 @@ std::optional<std::size_t> CutPaths::NumberOf(const std::string& color, const st
   return {};
 }
 
+std::size_t CutPaths::PresentClip() {
+  if (!m_ClipIndex) {
+    const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
+    if (isNew) Grow(m_Clip.size() + sizeof(Path));
+    m_ClipIndex = clip->second;
+  }
+  return *m_ClipIndex;
+}
+
 // A clip comes after the first path that has it, so a path's clip is known when the next one
-// begins.
+// begins. Its text is read then and not with the page's end, for which a user waits.
 void CutPaths::Settle() {
-  if (!std::exchange(m_Unsettled, false)) return;
-  const auto [clip, isNew] = m_Present.clips.try_emplace(m_Clip, m_Present.clips.size());
-  if (isNew) Grow(m_Clip.size() + sizeof(Path));
-  m_Present.paths.back().clip = clip->second;
+  const char kind = std::exchange(m_Kind, 0);
+  if (kind == 0) return;
+  std::string_view text = m_Text;
+  const auto head = ReadHead(text);
+  const SegmentList::Mark start = m_Present.segments.End();
+  if (head && m_Present.segments.Append(text)) {
+    const SegmentList::Mark end = m_Present.segments.End();
+    m_Present.paths.push_back({kind, head->width, head->color, PresentClip(), end});
+    Grow(sizeof(Path) + end.letters - start.letters +
+         (end.points - start.points) * sizeof(PixelPoint));
+  }
+  m_Text.clear();
 }
 
 // A path, clip or mark of a failure begins.
@@ -245,27 +263,22 @@ void CutPaths::Begin(char letter) {
   m_Open = 0;
   if (letter == 'K') {
     m_Clip.clear();
+    m_ClipIndex.reset();
     m_Open = 'K';
   } else if (letter == 'X') {
     m_Lost = true;
-    m_Unsettled = false;
-    if (!m_Present.paths.empty()) m_Present.paths.pop_back();
+    m_Kind = 0;
+    m_Text.clear();
   } else {
     Settle();
-    m_Present.paths.push_back({letter, {}, 0});
-    Grow(sizeof(Path));
-    m_Unsettled = true;
+    m_Kind = letter;
     m_Open = 'P';
   }
 }
 
 void CutPaths::Append(std::string_view text) {
-  if (m_Open == 'K') {
-    m_Clip += text;
-  } else if (m_Open == 'P') {
-    m_Present.paths.back().text += text;
-    Grow(text.size());
-  }
+  if (m_Open == 'K') m_Clip += text;
+  if (m_Open == 'P') m_Text += text;
 }
 
 // Capital letters begin an item; the text before the first one belongs to the open item. They are
@@ -287,7 +300,7 @@ void CutPaths::TakePiece(std::string_view piece) {
 bool CutPaths::Add(const Report& report) {
   if (report.key == "CUTTER") TakeColor(report.value);
   if (report.key == "CUT") TakePiece(report.value);
-  return m_Bytes <= Limit && m_Clip.size() <= Limit;
+  return m_Bytes + m_Text.size() <= Limit && m_Clip.size() <= Limit;
 }
 
 bool CutPaths::TakesSeparation(std::string_view name) const {
@@ -305,38 +318,40 @@ std::string CutPaths::Take(const pages::PageInfo& info) {
   }
   const double scale = PointsPerInch / std::sqrt(info.xResolution * info.yResolution);
   PageClips clips(info, page.clips);
-  SegmentWriter writer(info);
+  const SegmentWriter writer(info);
   std::vector<std::string> colors(m_Colors.size());  // as they are written, once they are met
   std::string blocks;
   std::string layers;
+  std::string closed;
   bool hasLayer = false;
   unsigned count = 0;
+  SegmentList::Mark start;
   for (const Path& path : page.paths) {
-    std::string_view text = path.text;
-    const auto head = ReadHead(text);
-    if (!head || head->color >= m_Colors.size()) continue;
-    std::string& color = colors[head->color];
+    const SegmentView segments = page.segments.Between(std::exchange(start, path.end), path.end);
+    if (path.color >= m_Colors.size()) continue;
+    std::string& color = colors[path.color];
     if (color.empty()) {
-      m_Met.insert(m_Colors[head->color]);
-      color = "\ncolour: " + Escape(m_Colors[head->color]) + "\nline-width: ";
+      m_Met.insert(m_Colors[path.color]);
+      color = "\ncolour: " + Escape(m_Colors[path.color]) + "\nline-width: ";
     }
     ClipJudge judge(clips.Shape(path.clip));
-    if (!writer.Write(text, &judge) || writer.Lines().empty()) continue;
+    FindClosed(segments, judge, closed);
+    if (closed.empty()) continue;
     for (const std::string_view part :
          {std::string_view("path\nkind: "), CutKindWord(path.kind), std::string_view(color)})
       blocks += part;
-    blocks += Number(head->width * scale);
+    os::AppendShortDecimal(blocks, path.width * scale, Places);
     blocks += "\nclip: ";
     blocks += clips.Word(judge.Position(), path.clip);
     blocks += "\nclosed: ";
-    for (const std::string_view part :
-         {std::string_view(writer.Closed()), std::string_view("\n"),
-          std::string_view(writer.Lines()), std::string_view("end-path\n")})
-      blocks += part;
+    blocks += closed;
+    blocks += '\n';
+    writer.Write(segments, blocks);
+    blocks += "end-path\n";
     ++count;
     if (m_Layers.empty()) continue;
     const std::string layer =
-        head->color < m_Layers.size() ? Escape(m_Layers[head->color]) : std::string();
+        path.color < m_Layers.size() ? Escape(m_Layers[path.color]) : std::string();
     hasLayer = hasLayer || !layer.empty();
     layers += layer + "\n";
   }

@@ -11,6 +11,7 @@
 
 #include "interpreter/page_directory.h"
 #include "interpreter/report_lines.h"
+#include "interpreter/segment_text.h"
 
 namespace rastrel::interpreter {
 
@@ -58,12 +59,14 @@ class CutPaths {
  private:
   struct Path {
     char kind = 'S';
-    std::string text;      // line width, color's number, segments "m 1 2 l 3 4 h"; in pixels from
-                           // the top left
-    std::size_t clip = 0;  // index of the page's clips
+    double width = 0;       // of the line, in pixels
+    std::size_t color = 0;  // its number
+    std::size_t clip = 0;   // index of the page's clips
+    SegmentList::Mark end;  // of its segments, which begin where those of the path before it end
   };
   struct Page {
     std::vector<Path> paths;
+    SegmentList segments;                      // in pixels from the top left
     std::map<std::string, std::size_t> clips;  // segments, with the index
     std::uint64_t bytes = 0;
   };
@@ -72,6 +75,7 @@ class CutPaths {
   void TakePiece(std::string_view piece);
   void Begin(char letter);
   void Settle();
+  [[nodiscard]] std::size_t PresentClip();
   void Append(std::string_view text);
   void Grow(std::uint64_t bytes);
 
@@ -84,9 +88,11 @@ class CutPaths {
   std::set<std::string> m_Met;  // those of them that a path has
   bool m_Lost = false;          // a path could not be read
   Page m_Present;
-  bool m_Unsettled = false;  // the last path has no clip yet
-  char m_Open = 0;           // the open item: 'P' the last path, 'K' the clip, 0 nothing
-  std::string m_Clip;        // segments of the clip in force
+  char m_Kind = 0;     // of the last path, while it may still get a clip or fail; 0: there is none
+  std::string m_Text;  // its text: line width, color's number, segments
+  char m_Open = 0;     // the open item: 'P' the last path, 'K' the clip, 0 nothing
+  std::string m_Clip;  // segments of the clip in force
+  std::optional<std::size_t> m_ClipIndex;  // of the page's clips, once a path has that clip
   std::uint64_t m_Bytes = 0;
   unsigned m_Ended = 0;
   std::map<unsigned, Page> m_Pages;  // ended ones that have paths

@@ -3,11 +3,14 @@
 #include <array>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "interpreter/clip_shape.h"
 
-/// Paths as the prolog reports them: words with blanks between them, "m 1 2 l 3 4 h".
+/// Paths as the prolog reports them: words with blanks between them, "m 1A0 200 l 3B0 4A0 h". Their
+/// coordinates are ReadCoordinate's.
 namespace rastrel::interpreter {
 
 /// Takes the next word off the text; empty at its end.
@@ -15,6 +18,12 @@ namespace rastrel::interpreter {
 
 /// A finite number that is the whole word.
 [[nodiscard]] std::optional<double> ReadNumber(std::string_view word);
+
+/// A coordinate in pixels, made of the whole number of 1/256 pixels that the word is, to the base
+/// of 14 (capture.ps): "100" is 0.765625. Negative ones are the unsigned numbers of the same 32 or
+/// 64 bits. Nothing if the word is none, or beyond the interpreter's own range of 31 bits and a
+/// sign.
+[[nodiscard]] std::optional<double> ReadCoordinate(std::string_view word);
 
 /// One segment: 'm', 'l', 'c' or 'h', with 1, 1, 3 or no points.
 struct Segment {
@@ -39,6 +48,33 @@ class SegmentReader {
  private:
   std::string_view m_Rest;
   bool m_AtEnd = false;
+};
+
+/// Segments of a path: their letters in turn, and the points of all of them.
+struct SegmentView {
+  std::string_view letters;
+  std::span<const PixelPoint> points;
+};
+
+/// Segments of many paths, one after another, without a block of memory for each.
+class SegmentList {
+ public:
+  /// A place between two segments.
+  struct Mark {
+    std::size_t letters = 0;
+    std::size_t points = 0;
+  };
+
+  /// Appends those of a text. False, and unchanged, if it is none of the prolog's making.
+  [[nodiscard]] bool Append(std::string_view text);
+  [[nodiscard]] Mark End() const { return {m_Letters.size(), m_Points.size()}; }
+  /// Valid until the next change.
+  [[nodiscard]] SegmentView Between(const Mark& first, const Mark& last) const;
+  [[nodiscard]] SegmentView All() const { return Between({}, End()); }
+
+ private:
+  std::string m_Letters;
+  std::vector<PixelPoint> m_Points;
 };
 
 }  // namespace rastrel::interpreter

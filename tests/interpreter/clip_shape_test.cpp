@@ -8,13 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "tests/interpreter/reported_path.h"
+
 namespace rastrel::interpreter {
 namespace {
 
 const std::string Box = "m 10 10 l 90 10 l 90 60 l 10 60 h ";
 
 ClipPosition PositionOf(const std::string& clip, const std::vector<PixelPoint>& points) {
-  const ClipShape shape(clip);
+  const ClipShape shape(test::Reported(clip));
   ClipJudge judge(shape);
   for (const PixelPoint& point : points) judge.Add(point);
   return judge.Position();

@@ -6,8 +6,12 @@
 
 #include <string>
 
+#include "tests/interpreter/reported_path.h"
+
 namespace rastrel::interpreter {
 namespace {
+
+using test::Reported;
 
 // A page of 200 by 100 pixels at 144 and 72 pixels per inch: 100 by 100 points.
 pages::PageInfo PageInfoOf(unsigned page) {
@@ -20,12 +24,12 @@ pages::PageInfo PageInfoOf(unsigned page) {
   return info;
 }
 
-const std::string WholePage = "K m 0 0 l 200 0 l 200 100 l 0 100 h ";
+const std::string WholePage = Reported("K m 0 0 l 200 0 l 200 100 l 0 100 h ");
 
 // Kind, line width and the color's number; segments; the clip. In pieces.
 void Draw(CutPaths& paths, const std::string& head, const std::string& segments) {
   EXPECT_TRUE(paths.Add({"CUT", head + " "}));
-  EXPECT_TRUE(paths.Add({"CUT", segments}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported(segments)}));
   EXPECT_TRUE(paths.Add({"CUT", WholePage.substr(0, 9)}));
   EXPECT_TRUE(paths.Add({"CUT", WholePage.substr(9)}));
 }
@@ -76,19 +80,45 @@ TEST(CutPaths, that_draw_nothing_or_can_not_be_read_make_no_block) {
   EXPECT_EQ(paths.Take(PageInfoOf(1)), Start + "paths: 0\nend\n");
 }
 
+// Where a piece ends means nothing, not even within a number.
+TEST(CutPaths, are_the_same_in_pieces_of_any_size) {
+  const std::string text = Reported("S 1.5 0 m 1 1 l 20.5 -2 E 0 0 m 9 9 c 1 2 3 4 5 6 h ") +
+                           WholePage +
+                           Reported("T 0 0 m 1 1 X F 0 0 m 0 0 l 7 7 K m 0 0 l 9 0 l 9 9 h ");
+  const auto fileOf = [&](std::size_t piece) {
+    CutPaths paths = WithGray();
+    for (std::size_t at = 0; at < text.size(); at += piece)
+      EXPECT_TRUE(paths.Add({"CUT", text.substr(at, piece)}));
+    paths.EndPage();
+    return paths.Take(PageInfoOf(1));
+  };
+  const std::string whole = fileOf(text.size());
+  EXPECT_NE(whole.find("paths: 3\n"), std::string::npos) << whole;
+  for (std::size_t piece = 1; piece < 40; ++piece) EXPECT_EQ(fileOf(piece), whole) << piece;
+}
+
 TEST(CutPaths, that_failed_on_their_way_are_left_out) {
   CutPaths paths = WithGray();
   Draw(paths, "E 0 0", "m 1 1 l 2 2 X ");
   EXPECT_TRUE(paths.Add({"CUT", "X "}));
-  EXPECT_TRUE(paths.Add({"CUT", "m 1 1 l 2 2 "}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported("m 1 1 l 2 2 ")}));
   paths.EndPage();
   EXPECT_EQ(paths.Take(PageInfoOf(1)).find("path\n"), std::string::npos);
 }
 
+TEST(CutPaths, before_one_that_failed_at_its_beginning_stay) {
+  CutPaths paths = WithGray();
+  Draw(paths, "S 0 0", "m 1 1 l 2 2 ");
+  EXPECT_TRUE(paths.Add({"CUT", "S "}));
+  EXPECT_TRUE(paths.Add({"CUT", "X X "}));
+  paths.EndPage();
+  EXPECT_NE(paths.Take(PageInfoOf(1)).find("paths: 1\n"), std::string::npos);
+}
+
 TEST(CutPaths, keep_the_clip_of_a_path_that_failed_for_those_after_it) {
   CutPaths paths = WithGray();
-  EXPECT_TRUE(
-      paths.Add({"CUT", "S 0 0 m 1 1 l 2 2 K m 0 0 l 9 0 l 9 9 h X S 0 0 m 20 20 l 30 20 "}));
+  EXPECT_TRUE(paths.Add(
+      {"CUT", Reported("S 0 0 m 1 1 l 2 2 K m 0 0 l 9 0 l 9 9 h X S 0 0 m 20 20 l 30 20 ")}));
   paths.EndPage();
   EXPECT_NE(paths.Take(PageInfoOf(1))
                 .find("paths: 1\npath\nkind: stroke\ncolour: gray 0.2\n"
@@ -100,7 +130,7 @@ TEST(CutPaths, of_the_next_page_have_the_clip_of_the_last_one_until_another_come
   CutPaths paths = WithGray();
   Draw(paths, "S 0 0", "m 0 0 l 2 0 ");
   paths.EndPage();
-  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 4 0 "}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported("S 0 0 m 0 0 l 4 0 ")}));
   paths.EndPage();
   for (const unsigned page : {1U, 2U})
     EXPECT_NE(paths.Take(PageInfoOf(page)).find("clip: inside\n"), std::string::npos) << page;
@@ -132,11 +162,11 @@ TEST(CutPaths, keep_a_colors_name_on_its_line) {
 
 TEST(CutPaths, say_how_they_lie_to_the_clip_and_list_those_that_cross_one) {
   CutPaths paths = WithGray();
-  const std::string clip = "K m 20 20 l 120 20 l 120 80 l 20 80 h ";
-  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 20 20 l 120 80 " + clip}));
-  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 10 100 S 0 0 m 20 20 l 121 80 "}));
-  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 0 0 l 10 100 " + WholePage}));
-  EXPECT_TRUE(paths.Add({"CUT", "S 0 0 m 20 20 l 20 81 " + clip}));
+  const std::string clip = Reported("K m 20 20 l 120 20 l 120 80 l 20 80 h ");
+  EXPECT_TRUE(paths.Add({"CUT", Reported("S 0 0 m 20 20 l 120 80 ") + clip}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported("S 0 0 m 0 0 l 10 100 S 0 0 m 20 20 l 121 80 ")}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported("S 0 0 m 0 0 l 10 100 ") + WholePage}));
+  EXPECT_TRUE(paths.Add({"CUT", Reported("S 0 0 m 20 20 l 20 81 ") + clip}));
   paths.EndPage();
   const std::string path = "path\nkind: stroke\ncolour: gray 0.2\nline-width: 0\nclip: ";
   EXPECT_EQ(paths.Take(PageInfoOf(1)),
