@@ -15,6 +15,10 @@ std::optional<Report> ReadReport(std::string_view line, std::string_view word) {
   if (blank == line.npos || blank == 0) return {};
   Report report{std::string(line.substr(0, blank)), {}};
   const std::string_view digits = line.substr(blank + 1);
+  if (digits.starts_with('=')) {
+    report.value = digits.substr(1);
+    return report;
+  }
   if (digits.size() % 2 != 0) return {};
   report.value.resize(digits.size() / 2);
   for (std::size_t i = 0; i < digits.size(); i += 2) {

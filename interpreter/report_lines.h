@@ -13,7 +13,7 @@ struct Report {
 };
 
 /// Reads one line of the interpreter's error stream. It is a report only if it has the form
-/// "<word> <KEY> <hexadecimal digits>" with the run's secret word.
+/// "<word> <KEY> <hexadecimal digits>" or "<word> <KEY> =<text>" with the run's secret word.
 [[nodiscard]] std::optional<Report> ReadReport(std::string_view line, std::string_view word);
 
 /// Cuts a stream into lines at line feeds and carriage returns. A line longer than Limit comes in

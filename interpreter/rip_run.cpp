@@ -19,6 +19,7 @@ namespace rastrel::interpreter {
 namespace {
 
 constexpr std::size_t PixelBufferSize = 262144;
+constexpr std::size_t ReportPipeSize = 65536;  // of a pipe that is not set otherwise
 constexpr std::size_t WordBytes = 16;
 constexpr const char* UnreadReports = "Nobody reads the reports any more";
 constexpr std::int64_t NanosecondsPerMillisecond = 1000000;
@@ -80,6 +81,8 @@ bool RipRun::Start() {
   RunStart start{program, m_Request.ripDirectory, *word, m_Mode.Script()};
   start.kind = m_Request.job.layout.kind;
   start.setsCutColor = m_Request.setsCutColor || m_Request.wantsCut;
+  // Paths come by the megabyte, and hardly anything else does.
+  if (start.setsCutColor) start.reportLink = m_ReportLink.emplace(m_Directory.Planes()).Name();
   start.asks = static_cast<bool>(m_Request.wantsCut);
   start.asksWidth = m_Request.asksLineWidth;
   // A warm interpreter has no way for answers.
@@ -127,7 +130,7 @@ bool RipRun::Step() {
   // and one reading of ReadReports takes a pipe's whole content. So a page's reports are known
   // before its pixels count.
   if (!ReadPixels() || !ReadReports() || !TakePixels()) return false;
-  if (m_Feed->Descriptor() >= 0) {
+  if (!m_ReportLink && m_Feed->Descriptor() >= 0) {
     if (const auto sent = m_Feed->Send(); !sent) return Fail(sent.Error());
   }
   StartLater();
@@ -201,15 +204,15 @@ bool RipRun::Poll() {
   const std::int64_t left = m_Watch->Left();
   if (left <= 0) return Fail(m_Watch->TimeOver());
   // The interpreter writes pixels row by row. While they flow, a moment's rest lets the pipe gather
-  // some, which costs either side far less than to be woken for each.
+  // some, which costs either side far less than to be woken for each. So it is with cut paths.
   const int pixels = m_Flowing ? -1 : m_Interpreter->pixels.Get();
-  std::array<pollfd, 4> entries{{{m_Interpreter->reports.Get(), POLLIN, 0},
-                                 {pixels, POLLIN, 0},
-                                 {m_Feed->Descriptor(), POLLOUT, 0},
-                                 {m_Listener.Pipe(), 0, 0}}};
-  const auto timeout = static_cast<int>(
-      std::min<std::int64_t>(left / NanosecondsPerMillisecond + 1,
-                             m_Flowing ? 1 : WorkWatch::Interval / NanosecondsPerMillisecond));
+  const int job = m_ReportLink ? -1 : m_Feed->Descriptor();
+  const int reports = m_ReportsFlow ? -1 : m_Interpreter->reports.Get();
+  std::array<pollfd, 4> entries{
+      {{reports, POLLIN, 0}, {pixels, POLLIN, 0}, {job, POLLOUT, 0}, {m_Listener.Pipe(), 0, 0}}};
+  const auto timeout = static_cast<int>(std::min<std::int64_t>(
+      left / NanosecondsPerMillisecond + 1,
+      m_Flowing || m_ReportsFlow ? 1 : WorkWatch::Interval / NanosecondsPerMillisecond));
   if (poll(entries.data(), entries.size(), timeout) < 0 && errno != EINTR) {
     return Fail({"poll", {}, errno});
   }
@@ -221,7 +224,8 @@ bool RipRun::Poll() {
 }
 
 bool RipRun::ReadReports() {
-  std::array<char, 65536> buffer;
+  std::array<char, ReportPipeSize> buffer;
+  std::size_t total = 0;
   while (m_Interpreter->reports.IsOpen()) {
     const ssize_t count = read(m_Interpreter->reports.Get(), buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) continue;
@@ -232,11 +236,28 @@ bool RipRun::ReadReports() {
       m_Reports->Finish();
       break;
     }
+    total += static_cast<std::size_t>(count);
     m_Reports->Add({buffer.data(), static_cast<std::size_t>(count)});
     // A flood of messages must not keep the pixels and the clock waiting.
     if (static_cast<std::size_t>(count) == buffer.size()) break;
   }
+  FindReportsFlow(total);
+  // The prolog has opened it. No job has begun, since none is sent as long as there is the link.
+  if (m_ReportLink && m_Reports->HasProlog()) {
+    if (const auto removed = m_ReportLink->Remove(); !removed) return Fail(removed.Error());
+    m_ReportLink.reset();
+  }
   return static_cast<bool>(m_Result);
+}
+
+// An interpreter that asks often is not kept waiting for its answers, nor one whose pipe would fill
+// in that moment.
+void RipRun::FindReportsFlow(std::size_t taken) {
+  const std::uint64_t questions = m_Reports->Questions();
+  m_SinceQuestion = questions == m_Questions ? m_SinceQuestion + taken : 0;
+  m_Questions = questions;
+  const bool asksSeldom = questions == 0 || m_SinceQuestion > ReportPipeSize;
+  m_ReportsFlow = asksSeldom && taken > ReportPipeSize / 64 && taken < ReportPipeSize / 2;
 }
 
 bool RipRun::ReadPixels() {

@@ -13,6 +13,7 @@
 #include "interpreter/job_use.h"
 #include "interpreter/page_maker.h"
 #include "interpreter/page_plan.h"
+#include "interpreter/report_link.h"
 #include "interpreter/run_mode.h"
 #include "interpreter/run_reports.h"
 #include "interpreter/work_watch.h"
@@ -68,6 +69,7 @@ class RipRun {
   void TakeLater();
   [[nodiscard]] bool IsRelieved() const;
   bool ReadReports();
+  void FindReportsFlow(std::size_t taken);
   bool ReadPixels();
   bool TakePixels();
   void ShowProgress();
@@ -93,12 +95,16 @@ class RipRun {
   Expected<void> m_Result;
   PageMaker m_Pages;
   PageStream m_Stream;
+  std::optional<ReportLink> m_ReportLink;
   std::optional<RunReports> m_Reports;
   std::optional<RunningInterpreter> m_Interpreter;
   std::optional<JobFeed> m_Feed;
   std::optional<WorkWatch> m_Watch;
   std::vector<std::byte> m_Pixels;          // read and not taken yet
   std::optional<std::size_t> m_PixelCount;  // of these; 0: the stream's end
+  std::uint64_t m_Questions = 0;            // that were answered before the last reading
+  std::uint64_t m_SinceQuestion = 0;        // bytes of reports
+  bool m_ReportsFlow = false;               // the last reading found more than a few of them
   bool m_Flowing = false;                   // the last reading found some, but no buffer full
   std::int64_t m_NextProgress = 0;
   unsigned m_Taken = 0;    // the last page, if later ones were taken over

@@ -23,6 +23,7 @@ bool ReadPair(const std::string& text, double& first, double& second) {
 
 // The reports of share/rip/System/prolog. Those of cut paths are the page maker's.
 const RunReports::Entry RunReports::Handlers[] = {
+    {"PROLOG", &RunReports::TakeProlog},
     {"PRINTER", &RunReports::TakePrinter},
     {"MODE", &RunReports::TakeMode},
     {"NOMODE", &RunReports::TakeMissingMode},
@@ -100,6 +101,8 @@ void RunReports::TakeReport(const Report& report) {
   }
 }
 
+void RunReports::TakeProlog(const std::string&) { m_HasProlog = true; }
+
 void RunReports::TakePrinter(const std::string& value) {
   m_Pages.Description().printer = value;
   m_Listener.Noted("printer " + value);
@@ -169,6 +172,7 @@ void RunReports::TakeJob(const std::string&) {
 
 void RunReports::TakeQuestion(const std::string& value) {
   if (!m_Answers) return;
+  ++m_Questions;
   const RunDescription& run = m_Pages.Description();
   const double scale = 72 / std::sqrt(run.xResolution * run.yResolution);
   if (auto answered = m_Answers->Answer(value, scale, m_Pages.Cuts()); !answered)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,9 +30,13 @@ class RunReports {
   void Add(std::string_view bytes);
   /// Questions of the prolog are answered so.
   void AnswerBy(CutAnswers answers);
+  /// How many were, so far.
+  [[nodiscard]] std::uint64_t Questions() const { return m_Questions; }
   /// The stream has ended.
   void Finish();
 
+  /// Whether the prolog's first file has run, so reports can come.
+  [[nodiscard]] bool HasProlog() const { return m_HasProlog; }
   /// Whether prolog and prefix have run.
   [[nodiscard]] bool HasStarted() const { return m_Started; }
   /// The first error that the interpreter has printed, without "Error: "; may be empty.
@@ -57,6 +62,7 @@ class RunReports {
   void TakeLine(const std::string& line);
   [[nodiscard]] bool TakeSpotInk(const std::string& line);
   void TakeReport(const Report& report);
+  void TakeProlog(const std::string& value);
   void TakePrinter(const std::string& value);
   void TakeMode(const std::string& value);
   void TakeMissingMode(const std::string& value);
@@ -83,7 +89,9 @@ class RunReports {
   std::string m_LastError;
   std::string m_Measure;
   std::optional<CutAnswers> m_Answers;
+  std::uint64_t m_Questions = 0;
   PdfMessages m_Pdf;
+  bool m_HasProlog = false;
   bool m_Started = false;
   bool m_HasOpenPage = false;
   unsigned m_Skipped = 0;

@@ -70,6 +70,9 @@ std::string SetupText(const RunStart& start) {
          "/rip.modes (" +
          At(Modes) +
          "/) def\n"
+         "/rip.errorfile (" +
+         (start.reportLink.empty() ? std::string("%stderr") : At(Planes) + "/" + start.reportLink) +
+         ") def\n"
          "/rip.pixelfile (" +
          At(Pixels) +
          ") def\n"

@@ -40,6 +40,7 @@ struct RunStart {
   std::string ripDirectory;  ///< native path; holds System/prolog and System/pmodes
   std::string word;          ///< the secret word of the run's reports
   const RunScript& script;
+  std::string reportLink{};  ///< in the directory of the planes (ReportLink); empty: none
   JobKind kind = JobKind::PostScript;
   bool setsCutColor = false;     ///< the prefix may set a cut color
   bool asks = false;             ///< which paints are for cutting is asked for (asking.ps)

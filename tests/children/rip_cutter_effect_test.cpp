@@ -278,7 +278,8 @@ TEST(CutterEffect, can_not_be_forged_in_reports) {
   REQUIRE_GHOSTSCRIPT();
   const RipFixture bench;
   const std::string lines =
-      "(%stderr) (w) file dup (CUT 53\nSEG 6d2031\nENDCUT \nCUTTER 61\n\\n SEG 6d\n) "
+      "(%stderr) (w) file dup (CUT 53\nSEG 6d2031\nENDCUT \nCUTTER 61\n\\n SEG 6d\nCUT =S 0 0 m 1 "
+      "1 l 2 2 \n) "
       "writestring flushfile\n";
   ExpectOutlineCut(OnlyPage(bench, PrefixOf(bench, prefix::CutterSection(RedCut())),
                             "%!PS\n" + lines + Outline("1 0 0 setrgbcolor").substr(5)));

@@ -21,6 +21,13 @@ TEST(ReportLine, is_one_that_begins_with_the_secret_word) {
   EXPECT_EQ(Read("0123abcd X 00ff0a"), "X=" + std::string("\0\xff\n", 3));
 }
 
+TEST(ReportLine, has_its_text_as_it_is_after_an_equals_sign) {
+  EXPECT_EQ(Read("0123abcd CUT =S 0 1 m 12 3A "), "CUT=S 0 1 m 12 3A ");
+  EXPECT_EQ(Read("0123abcd CUT ="), "CUT=");
+  EXPECT_EQ(Read("0123abcd CUT ==4b"), "CUT==4b");
+  EXPECT_EQ(Read("0123abcd CUT 4b=4b"), "(text)");
+}
+
 TEST(ReportLine, is_nothing_else) {
   for (const char* const line :
        {"", "PAGE ", " 0123abcd PAGE ", "0123abce PAGE ", "0123abcdPAGE ", "0123abcd", "0123abcd ",
